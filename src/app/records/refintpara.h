@@ -1,0 +1,14 @@
+// RefIntPara: the window of one peak for two-dimensional integration, and its result.
+#pragma once
+
+struct RefIntPara {
+    int nRadius = 0;           ///< radius of the peak disc, pixels
+    int nBackground = 0;       ///< width of the background ring, pixels
+    int nX = 0;                ///< column of the centre on the raw frame
+    int nY = 0;                ///< row of the centre
+    int nBackgroundCount = 0;  ///< pixels summed in the ring
+    int nPeakCount = 0;        ///< pixels summed in the disc
+    float fBackgroundSum = 0;
+    float fPeakSum = 0;
+    float fIntensity = 0;      ///< 0 when the window does not lie wholly inside the frame
+};

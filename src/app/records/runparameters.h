@@ -1,0 +1,47 @@
+// The panel parameters of the runs as plain records, with the pages' start values.
+#pragma once
+
+/// Page "Peak Search". Radii in pixels of the raw frame.
+struct PeakHuntingParameters {
+    double m_dfPeakRadius = 5;             ///< sigma of the narrow Gaussian
+    double m_dfBackgroundRadius = 10;      ///< sigma of the wide Gaussian
+    double m_dfSmoothRadius = 0.5;         ///< sigma of the smoothing the intensities are taken from
+    double m_dfPeakThreshold = 1;          ///< least value of the band-passed image at a peak
+    double m_dfIntegrationRadius = 15;     ///< disc, truncated to int when used
+    double m_dfIntegrationBackground = 3;  ///< ring width, truncated to int when used
+};
+
+/// Groups "Apply Stretching", "Resolution Range" and "Intensity Range" of the merging page.
+/// The stretching values themselves stand in the data set.
+struct MappingParameters {
+    bool m_bApplyStretching = false;
+    double m_dfResolutionMin = 0;      ///< Å⁻¹
+    double m_dfResolutionMax = 1;      ///< Å⁻¹
+    double m_dfIntensityMin = 0;       ///< of dfIPoint
+    double m_dfIntensityMax = 32768;
+};
+
+/// Group "Peak Merging". Lengths in pixels of the frame; times the pixel size in reciprocal space.
+struct PeakMergingParameters {
+    double m_dfMin3DDistance = 10;
+    double m_dfMax2DDistance = 5;
+    double m_dfMin2DLength = 0;
+    double m_dfMax3DLength = 30;
+    bool m_bIntegrate2D = true;               ///< "2D Integration", else "Point"
+    bool m_bIntegrateThroughFrames = false;   ///< "3D Integration", else "Maximum"
+};
+
+/// Group "Unit Cell Range", Å.
+struct CellHuntingParameters {
+    double m_dfCellRangeMin = 3;
+    double m_dfCellRangeMax = 30;
+};
+
+/// Group "Peak Indexing" and the box "Reflection Grouping".
+struct IndexingParameters {
+    double m_dfIndexThreshold = 0.05;
+    int m_nSpaceGroup = 1;              ///< 1 to 230
+    bool m_bOutputIndexing = false;
+    bool m_bOutputStatistics = false;
+    bool m_bOutputRefinedCell = false;
+};

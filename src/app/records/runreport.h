@@ -1,0 +1,29 @@
+// CRunReport: how a run tells the world what happens, and asks whether to go on.
+#pragma once
+
+#include <QString>
+#include <Qt>
+
+/// What a run says and asks while it works. Window, batch driver and tests each derive their own;
+/// the functions here do nothing, so a plain CRunReport is a silent one.
+///
+/// Colours of log lines: Qt::blue a run's start and regular end, Qt::black results and
+/// information, Qt::red errors and early ends.
+class CRunReport {
+public:
+    virtual ~CRunReport() = default;
+
+    /// A new line of the message log.
+    virtual void addMessage(const QString& /*strText*/, Qt::GlobalColor /*color*/ = Qt::black) {}
+    /// HTML text put at the end of the log, without a new paragraph.
+    virtual void addHtml(const QString& /*strHtml*/, Qt::GlobalColor /*color*/ = Qt::black) {}
+
+    /// Shows the progress display. `bTaskBar`: on the program's task bar entry too.
+    virtual void startProgress(const QString& /*strFormat*/, int /*nMinimum*/, int /*nMaximum*/,
+                               bool /*bTaskBar*/ = false) {}
+    virtual void setProgress(int /*nValue*/) {}
+    virtual void endProgress() {}
+
+    /// Lets waiting events be handled. Returns false once the run has been asked to stop.
+    virtual bool goOn() { return true; }
+};
