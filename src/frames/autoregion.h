@@ -1,0 +1,14 @@
+// findBeamRegion: a reference region for shift evaluation where no user places one.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+
+#include <QRect>
+
+/// Finds the direct beam of a series and a square region around it.
+///
+/// @param rcRegion  raw frame pixels, wholly inside every frame looked at; the side is 256, more
+///                  where the beam wanders far over the series, less in small frames
+/// @return false, with a red line and rcRegion untouched, when no frame can be read or no region fits
+bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion);

@@ -1,0 +1,15 @@
+// estimatePeakThreshold: a threshold for peak hunting from the noise of the band-passed frames.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
+#include "app/records/runreport.h"
+#include "frames/peakfilters.h"
+
+/// Eight robust standard deviations of the band-passed image, median over frames of the series.
+///
+/// @param parameters   the radii count, the threshold does not
+/// @param dfThreshold  in units of the band-passed image
+/// @return false, with a red line and dfThreshold untouched, when no frame can be read or all are blank
+bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
+                           CPeakFilters& filters, CRunReport& report, double& dfThreshold);

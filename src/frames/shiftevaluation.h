@@ -1,0 +1,37 @@
+// Shift evaluation: the drift of the pattern over the series, and the direct beam.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+#include "imaging/imgobj.h"
+
+#include <QPointF>
+#include <QRectF>
+
+#include <functional>
+
+struct ShiftEvaluationOptions {
+    bool bKeepPartial = true;  ///< a run that ends early keeps and saves the shifts it found; else it
+                               ///< leaves everything as it was
+    bool bSave = true;         ///< write the shift file beside the project
+};
+
+/// Called after each frame: index from 0, its shift, the aligned and filtered region for the view.
+using FnShiftFrameDone = std::function<void(int nFrame, const QPointF& ptShift,
+                                            const CImgObj<float>& imgAligned)>;
+
+/// Measures each frame's shift against the running sum of the aligned frames before it, and the
+/// direct beam on that sum.
+///
+/// Replaces m_listShift, m_dfCenterX, m_dfCenterY (raw pixels of the first frame) and the shift file
+/// ".sc". The correlation works on low frequencies of a square region, amplitude-compressed.
+/// A region that does not lie wholly inside a frame (frames of another size, the first included) ends
+/// the run there with a red line naming the frame, as a frame that cannot be loaded does: a shift
+/// measured on pixels of another frame would be a wrong number. A side that is odd is lowered by one
+/// pixel, with a line, as spectra are centred by halves; a side below 16 pixels is refused.
+/// The report's goOn() asked to stop ends the run early likewise.
+///
+/// @param rcRegion  raw frame pixels; x, y and width truncated to whole pixels; its height is not read
+/// @return true only if all frames were reached
+bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
+                        const ShiftEvaluationOptions& options = {}, const FnShiftFrameDone& fnFrameDone = {});
