@@ -1,0 +1,37 @@
+// loadFrame: the one way by which frames enter memory.
+#pragma once
+
+#include "app/records/runreport.h"
+#include "imaging/imagelist.h"
+
+#include <QList>
+#include <QPoint>
+#include <QString>
+
+/// Reads one frame file and appends its images to `vecImage`, with the hot pixels repaired.
+///
+/// The suffix, in lower case, chooses the reader: "dm3", "mrc", and for any other what `QImage` reads.
+/// An MRC stack gives one image per section, the hot pixels repaired on the first alone. A picture gives
+/// 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g.
+///
+/// A failure logs "%1: failed to load" with `strFileName` in red and then, in red, why. An MRC file that
+/// can be opened but has no section that can be read is no failure: the result is 1 with no image added,
+/// and a red line says why. A stack that ends early gives its whole sections and a black line.
+/// Pictures of 2^31 pixels or more are refused, and those over 2^26 pixels when the file is too short
+/// for any packing to hold them.
+///
+/// Calls can run side by side when each has its own list and report.
+///
+/// @param vecImage      the frame's images; unchanged on failure. When memory runs out all its images
+///                      are freed and "Error: %1" is logged in red.
+/// @param listHotPixel  column, row
+/// @return 1 on success, 0 on failure
+int loadFrame(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
+              CRunReport& report);
+
+/// Same as `loadFrame`, but reads at most the first image of the file, for runs that use no other.
+int loadFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
+                   CRunReport& report);
+
+/// Frees all images of the list and empties it.
+void releaseFrameImages(ImageList& vecImage);
