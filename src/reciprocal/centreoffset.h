@@ -1,0 +1,30 @@
+// How far the direct beam would have to move to suit the indexed reflections best.
+#pragma once
+
+#include "app/records/peak3d.h"
+
+#include <QList>
+
+/// A joint linear fit of basis and beam.
+struct CentreOffset {
+    bool bValid = false;
+    double dfX = 0;       ///< pixels to add to the direct beam, columns
+    double dfY = 0;       ///< rows
+    double dfErrorX = 0;  ///< standard errors, pixels
+    double dfErrorY = 0;
+    double dfRms = 0;     ///< of the distances left after the fit, Å⁻¹
+};
+
+/// Fits r = h·a* + k·b* + l·c* + s·Rx(θ)·Rz(φ)·(dx, dy, 0) by least squares over the three vectors
+/// (nine numbers) and the offset (dx, dy), where r is the measured point of a reflection with the
+/// indices (h, k, l) and s the pixel size. Difference vectors do not see a wrong beam, so a cell may
+/// be found in spite of it; the points then miss the lattice by one vector that turns with the
+/// frames, which is what this fit measures. The Ewald curvature is left out: it changes the term
+/// by the cosine of the scattering angle.
+///
+/// @param listIndexed   reflections with indices, points (Å⁻¹) and tilt of the strongest frame
+/// @param dfPixelSize   Å⁻¹ per pixel
+/// @param dfRotationAxis  degrees
+/// @return not valid with fewer than 6 reflections, or where they do not determine the eleven
+///         unknowns (all at one tilt, or in one plane)
+CentreOffset fitCentreOffset(const QList<Peak3D>& listIndexed, double dfPixelSize, double dfRotationAxis);

@@ -1,0 +1,23 @@
+// Difference vectors: the vectors between all pairs of reflections, and the piles that they form.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+
+#include <QList>
+
+/// The vectors v and −v between all pairs of reflections whose length lies within the limits (included).
+///
+/// A vector is carried in a Peak3D: the point is the vector, dfDStar its length (Å⁻¹), dfIPoint the
+/// smaller of the two intensities. Of more than 300000 vectors the strongest are kept, strongest first
+/// and in order of pairs among equals; the others are never stored, so that memory stays bounded.
+/// A run that was stopped gives an empty list.
+QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLength, float fMinLength,
+                                   CRunReport& report);
+
+/// The centres of the piles of vectors, shortest first, with the summed weight in dfIPoint.
+///
+/// Each vector is averaged with all that lie within `fTolerance` (Å⁻¹) and differ in length by less than
+/// half of it; then the lighter of two neighbours goes, and every pile below a tenth of the heaviest.
+/// Both v and −v stay in the result. A run that was stopped gives an empty list.
+QList<Peak3D> averageDifferenceVectors(const QList<Peak3D>& listVector, float fTolerance, CRunReport& report);

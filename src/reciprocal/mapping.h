@@ -1,0 +1,43 @@
+// Mapping: all peaks of the frames into reciprocal space, and the filter of what is shown and merged.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
+#include "app/records/runreport.h"
+#include "reciprocal/geometry/rotationgeometry.h"
+
+/// The direct beam positions of a data set.
+BeamCentres beamCentres(const DataSet& dataSet);
+
+/// The tilt in degrees that frame `nFrame` of `nFrames` is turned by: its overall tilt plus the share of
+/// the relaxation, which grows linearly from 0 on the first frame.
+double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames);
+
+/// Maps one raw frame position into reciprocal space.
+///
+/// @param peak        in: dfX2D, dfY2D in raw pixels; out: the corrected position, the point (Å⁻¹,
+///                    laboratory frame), dfDStar and indices of 0. All else stays.
+/// @param ptCentre    direct beam on the peak's frame, raw pixels
+/// @param matrixAxis  rotationZ of the axis' azimuth
+/// @param matrixTilt  rotationX of the frame's tilt
+void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching);
+
+/// Rewrites the mapped fields of all peaks of m_listPeakFrame; earlier indices are discarded.
+///
+/// Returns false with a red line, and changes nothing, when the number of frames of the peaks differs
+/// from that of the shifts, or when tilt angles are missing. With a wavelength of 0 the points are not
+/// numbers; the filter below then drops them.
+bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, CRunReport& report);
+
+/// What passes the limits: per frame (same shape as the input) and as one flat list, frame by frame.
+struct PeaksShown {
+    QList<QList<Peak3D>> m_listPeakFrameShown;
+    QList<Peak3D> m_listPeakFlat;
+};
+
+/// The peaks whose dfIPoint and dfDStar lie within the limits, bounds included.
+PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const MappingParameters& parameters);
+
+/// Replaces m_listPeakFrameShown by what passes the limits and returns the flat list for the raw view.
+QList<Peak3D> showPeaksIn3D(DataSet& dataSet, const MappingParameters& parameters);
