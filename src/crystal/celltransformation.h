@@ -1,0 +1,26 @@
+// Cell transformation: a 3×3 matrix applied to the committed basis, in reciprocal or in real space.
+#pragma once
+
+#include "app/records/runreport.h"
+#include "app/records/vec3d.h"
+#include "crystal/cellmessage.h"
+#include "crystal/matrix3.h"
+
+#include <QList>
+
+enum class TransformationSpace {
+    Reciprocal,  ///< rows of M·B, B the rows a*, b*, c*
+    Real         ///< the rows of M make the new a, b, c from the old ones
+};
+
+/// Applies `matrix` to the basis `listCellFound` (a*, b*, c* in Å⁻¹) and says the new cell in the log.
+///
+/// A matrix of negative determinant turns the hand of the basis. In real space it is accepted, as it is
+/// in reciprocal space, since an exchange of two axes is a sound wish; only a matrix with a determinant of
+/// no more than 1e-7 in size is refused there as singular. A singular matrix in reciprocal space ends in a
+/// warning, and the co-planar basis stands in `listCell`.
+///
+/// @return false, with `listCell` untouched, without a committed basis or with a singular real-space matrix
+bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix, TransformationSpace space,
+                       QList<Vec3D>& listCell, CRunReport& report,
+                       const QString& strLatticeHost = latticeServiceHost());

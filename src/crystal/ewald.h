@@ -1,0 +1,38 @@
+// Ewald geometry: from a point of reciprocal space back to tilt, frame and pixel.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+#include "app/records/vec3d.h"
+
+#include <QList>
+#include <QPointF>
+
+/// What the way back to the frames needs of a data set.
+struct FramePositionGeometry {
+    QList<double> listOverallTilt;  ///< degrees, one per frame
+    QList<QPointF> listShift;       ///< pixels, one per frame
+    double dfCenterX = 0;           ///< direct beam on the first frame, pixels
+    double dfCenterY = 0;
+    double dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
+    double dfRotationAxis = 0;      ///< degrees
+    double dfWavelength = 0.0251;   ///< Å
+};
+
+/// The tilt in radians at which the Ewald sphere cuts `g` (Å⁻¹, laboratory frame at tilt 0, x rotation
+/// axis, z beam, sphere centre (0, 0, 1/λ) before the tilt).
+///
+/// Solves A·sin θ + B·cos θ + C = 0 with A = −2·g.y/λ, B = 2·g.z/λ, C = |g|²; of the two solutions the
+/// first is taken if it lies inside ±π/2, else the second. 
+/// @return false, with `dfTilt` untouched, if the sphere does not reach the point, if the point lies on
+///         the rotation axis, or if the numbers are not finite
+bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);
+
+/// Index of the frame with the tilt nearest to `dfFrameAngle` (degrees), the lowest of equals; -1 for an
+/// empty list.
+int calClosestFrame(double dfFrameAngle, const QList<double>& listOverallTilt);
+
+/// Fills in dfFrameTilt, nFrame, dfX2D and dfY2D (raw pixels) of each peak from its fX3D, fY3D, fZ3D.
+/// The stretching correction is not turned back.
+/// @return false, with `listPeak` as it was and a line in the log, at the first peak without a tilt or frame
+bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geometry, CRunReport& report);

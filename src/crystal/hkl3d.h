@@ -1,0 +1,16 @@
+// An HKL list as points of reciprocal space.
+#pragma once
+
+#include "app/records/hklref.h"
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+#include "app/records/vec3d.h"
+
+#include <QList>
+
+/// Makes one record per entry of `listHKL`: the point h·a* + k·b* + l·c* (Å⁻¹, single precision), d*, the
+/// indices, the intensity as dfIPoint, frame 0 and a running nID from 0.
+/// @param listPeak  replaced; the caller shows it and keeps it as the merged list
+/// @return false, with `listPeak` untouched and a red line in the log, without a cell
+bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
+               CRunReport& report);

@@ -1,0 +1,19 @@
+// The .ipf file: indexed peaks by frame.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+
+#include <QList>
+#include <QString>
+#include <QVector>
+
+/// Writes one line per peak, frame by frame and in list order; the frame number is the index of the
+/// list in `vecPeakOnFrame`, counted from 1.
+/// @return false if the name is empty or the file can't be written
+bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName);
+
+/// Writes DIR/NAME.ipf and says in the log whether that went well. Always true.
+bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
+                                      const QString& strProjectDir, const QString& strProjectName,
+                                      CRunReport& report);

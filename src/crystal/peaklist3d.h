@@ -1,0 +1,12 @@
+// Text file of exported 3D peaks.
+#pragma once
+
+#include "app/records/peak3d.h"
+
+#include <QList>
+#include <QString>
+
+/// Writes a header and one line per peak; `bWithHKL` puts the real indices before each line. Frames count
+/// from 0 in this file.
+/// @return false if the name is empty or the file can't be written
+bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, bool bWithHKL);

@@ -1,0 +1,45 @@
+// Reflection lists: what a data set could have shown, and what is fit for refinement.
+#pragma once
+
+#include "app/records/hklref.h"
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+#include "app/records/vec3d.h"
+#include "crystal/ewald.h"
+
+#include <QList>
+
+/// The d* (Å⁻¹) below which 95% of the reflections lie: element trunc(0.95·n) of the sorted d*. 0 for an
+/// empty list.
+float getEffectiveDStar(const QList<Peak3D>& listPeak);
+
+/// Most lattice points that an enumeration visits: about a cell of 115 Å at d* = 1 Å⁻¹. Bigger ones are
+/// refused, as the list alone would fill the memory.
+constexpr double g_dfMaxLatticePoints = 1e8;
+
+/// The reflections, intensity 0, with d* below getEffectiveDStar() that the rotation swept through.
+///
+/// A point counts as swept if its angle in the plane normal to the rotation axis, or that plus 180
+/// degrees, lies inside the tilt range less 2 degrees at both ends. The order is h, k, l ascending, l
+/// fastest. The range is taken from the first and last tilt as numbers: a passage through ±180 degrees is
+/// not followed.
+///
+/// @param listCell         a*, b*, c* in Å⁻¹; any other count gives an empty list
+/// @param listOverallTilt  degrees; an empty list gives an empty list
+/// @return empty, with a red line in the log, for more than g_dfMaxLatticePoints lattice points and for
+///         vectors that are 0 or not finite
+QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+                                 const QList<double>& listOverallTilt, CRunReport& report);
+
+/// The same with a test on the slope g.z/g.y in place of the angle; points with g.y = 0 are dropped.
+QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+                                const QList<double>& listOverallTilt, CRunReport& report);
+
+/// The entries of `listAll` whose indices are not among those of `listObserved`, in order.
+QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRef>& listObserved);
+
+/// The reflections fit for tilt refinement: farther than `dfdRA` pixels from the rotation axis, dfIPoint
+/// above `dfInt`, and the fitted frame less than 2 frames behind the frame of the record. A kept
+/// reflection gets its dfTiltFit. An empty list, with a red line, for fewer than 2 tilts.
+QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, double dfInt,
+                                const FramePositionGeometry& geometry, CRunReport& report);
