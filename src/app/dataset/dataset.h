@@ -55,3 +55,7 @@ struct DataSet {
     bool m_bRunning = false;
     bool m_bHuntingRunning = false;
 };
+
+/// Takes leave of the data set: frees the images of the current frame and empties hot pixels, peaks, shifts,
+/// cells, indexed peaks and the hunting mask. Geometry, groups and merged lists stay until they are replaced.
+void clearDataSet(DataSet& data);

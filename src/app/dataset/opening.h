@@ -1,0 +1,52 @@
+// Opening: makes a data set from a project file or from a plain list of images.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
+#include "app/records/runreport.h"
+
+#include <QString>
+#include <QStringList>
+
+/// What the first of some files says about how to open them all, by its suffix in any case.
+enum class OpenKind {
+    nothing,         ///< no files
+    reflectionList,  ///< "txt": the first file, for the 3D view
+    project,         ///< "ed3d": the first file
+    images           ///< all of them, as frames
+};
+OpenKind openKind(const QStringList& listFile);
+
+/// The side file of a project: its base name with the extension if that file exists, else the fixed name,
+/// which need not exist.
+QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName);
+
+/// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
+/// what was found.
+///
+/// A stretching amplitude of at least 0.01 is taken over, with the file's azimuth plus 90 modulo 180, and
+/// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are. The rotation
+/// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
+/// (roundToPages()). m_strWorkingDir becomes the folder of the first frame, if there is one.
+///
+/// The caller then calls finishOpening().
+///
+/// @return false when the project cannot be read; nothing but the log has then changed
+[[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
+                               CRunReport& report);
+
+/// Whether peaks and shifts are there for every frame of the data set, and it has frames: the peaks can be
+/// mapped into reciprocal space.
+bool countsAgree(const DataSet& data);
+
+/// Reads the project's unit cell file, if there is one with three vectors, and puts that cell in force.
+/// Belongs after the mapping of the peaks. Where the counts do not agree it says so, and reads nothing.
+/// @return whether a cell was loaded
+bool loadUnitCellAtOpening(DataSet& data, CRunReport& report);
+
+/// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
+/// tilt 0, geometry as it was. The project's folder is m_strWorkingDir, which the caller sets to the folder
+/// of the first file, as for every opening; if it is empty it becomes that folder here.
+///
+/// @return false for an empty list; nothing has then changed
+bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report);

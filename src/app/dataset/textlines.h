@@ -1,0 +1,28 @@
+// Text lines: reads the small text files that stand beside the frames.
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+/// The largest text file that is read, bytes.
+constexpr qint64 g_nMaxTextFile = 2000000000;
+
+/// Reads a file whole.
+///
+/// @param nLimit      a longer file is refused
+/// @param pstrReason  may be null; on failure names the file and what is wrong
+/// @return false when the file cannot be opened or read, or is too large; `bytesFile` is then as it was
+[[nodiscard]] bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit,
+                                 QString* pstrReason = nullptr);
+
+/// The lines of a text that are not empty. LF, CR LF and CR end a line. A byte order mark is dropped;
+/// UTF-16 and UTF-32 text that begins with one becomes Latin-1, all other bytes stay as they are.
+QList<QByteArray> splitTextLines(const QByteArray& bytesText);
+
+/// The lines of a file that are not empty, comments included.
+[[nodiscard]] bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine,
+                                 QString* pstrReason = nullptr);
+
+/// Drops every line that begins with "#".
+void dropComments(QList<QByteArray>& listLine);
