@@ -1,0 +1,46 @@
+// CAcmlFft: the two-dimensional Fourier transform of frames, with a plan kept for one size.
+#pragma once
+
+#include "imaging/complex.h"
+
+#include <memory>
+
+/// An in-place complex 2D transform over FFTW's one-dimensional plans in single precision: all rows,
+/// then all columns, each a block at a time through an aligned scratch buffer of the plan.
+///
+/// Data stay in natural layout (zero frequency at element (0, 0)). Forward has the kernel exp(−2πi(…))
+/// and no scaling, backward divides by width × height, so that forward and backward give back the
+/// input. Equal input gives equal output to the last bit in every run, wherever the buffer lies: the
+/// plans are estimated, not measured, and only ever see the scratch buffer.
+///
+/// One object serves one thread at a time; several objects may run side by side.
+class CAcmlFft {
+public:
+    CAcmlFft();
+    ~CAcmlFft();
+    CAcmlFft(const CAcmlFft&) = delete;
+    CAcmlFft& operator=(const CAcmlFft&) = delete;
+
+    /// Makes the plan for nWidth × nHeight elements (any sides from 1 on).
+    /// @return 2 when a plan of just this size stands, 1 when it was made, 0 when it could not be
+    ///         made; no plan stands then
+    int Init(int nWidth, int nHeight);
+
+    /// Transforms nWidth × nHeight elements in place; makes the plan first when the size differs.
+    /// @param nDirection  −1 forward, any other value backward
+    /// @return 1, or 0 with the data as they were: null data or no plan
+    int Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection);
+
+    /// Lets the plan go.
+    void Free();
+
+    /// Size of the plan that stands, 0 when none.
+    int Width() const { return m_nWidth; }
+    int Height() const { return m_nHeight; }
+
+private:
+    struct Plan;
+    int m_nWidth = 0;
+    int m_nHeight = 0;
+    std::unique_ptr<Plan> m_pComm;
+};

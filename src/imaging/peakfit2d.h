@@ -1,0 +1,23 @@
+// FitPeak2D: fit of a two-dimensional Lorentzian to a spot on a frame.
+#pragma once
+
+#include "imaging/imgobj.h"
+
+#include <vector>
+
+/// Fits I(x, y) = A / (1 + (x − x0)²/Bx + (y − y0)²/By) to the box of nHalfSize pixels around (x, y).
+///
+/// The box is cut off at the edges of the image. Pixels at or above dfSaturation, and those that are
+/// not finite, do not enter. The fit starts at (x, y) with Bx = By = 1.
+/// @param x, y  column and row in image pixels, whole numbers being pixel centres; the start goes in,
+///              the fitted centre comes out
+/// @return 11 values: A, x0, Bx, y0, By (centre relative to the box, squared half widths), their
+///         standard errors in this order (+infinity where the box has no more than 5 pixels), and
+///         info of CLmdifFit::Run. All are −1, and x and y stay, when the box is empty or the start
+///         is not a number
+std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize, double dfSaturation);
+
+/// FitPeak2D for each position in turn; the positions are replaced by the fitted ones.
+/// @return one result per position; empty, with nothing changed, when the lists differ in length or are empty
+std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vector<double>& vecX,
+                                             std::vector<double>& vecY, int nHalfSize, double dfSaturation);
