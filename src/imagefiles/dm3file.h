@@ -96,11 +96,12 @@ public:
     const TagDirectory& root() const { return m_root; }
     bool needsSwap() const { return bSwap; }
 
-    static constexpr int MAX_DEPTH = 64;  ///< real files have about ten levels
+    static constexpr int MAX_DEPTH = 64;  ///< groups within groups; real files have about ten
 
 private:
     int parse(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason);
-    int readInt(const Tag* pTag, int& nValue) const;
+    void clear();
+    bool readInt(const Tag* pTag, int& nValue) const;
 
     bool bSwap = false;  ///< the data are big-endian; the tag structure is so always
     uint32_t nRootLength = 0;

@@ -1,0 +1,293 @@
+#include "imagefiles/mrcfile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+
+#include "imagefiles/pixelconvert.h"
+
+namespace {
+
+constexpr size_t HEADER_SIZE = 1024;
+
+struct MrcHeader {
+    int32_t nX, nY, nZ, nMode;
+};
+
+MrcHeader headerFromBytes(const uint8_t* p)
+{
+    return {qFromLittleEndian<int32_t>(p), qFromLittleEndian<int32_t>(p + 4),
+            qFromLittleEndian<int32_t>(p + 8), qFromLittleEndian<int32_t>(p + 12)};
+}
+
+/// Bytes per pixel; 0 for a mode that is not read.
+size_t pixelSize(int nMode)
+{
+    switch (nMode) {
+        case 0:
+            return 1;
+        case 1:
+        case 6:
+            return 2;
+        case 2:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+/// What the header and the length of the file allow to be read.
+struct SectionPlan {
+    int64_t nCount = 0;  ///< sections
+    size_t nBytes = 0;   ///< per section
+};
+
+SectionPlan planSections(const MrcHeader& header, uint64_t nFileSize, int nMaxSections, QString& strReason)
+{
+    SectionPlan plan;
+    const size_t nPixelSize = pixelSize(header.nMode);
+    if (nPixelSize == 0) {
+        strReason = QStringLiteral("MODE %1 is not read").arg(header.nMode);
+        return plan;
+    }
+    if (header.nZ < 1) {
+        strReason = QStringLiteral("%1 sections").arg(header.nZ);
+        return plan;
+    }
+    if (header.nX < 1 || header.nY < 1) {
+        strReason = QStringLiteral("%1 x %2 pixels").arg(header.nX).arg(header.nY);
+        return plan;
+    }
+    const int64_t nPixels = static_cast<int64_t>(header.nX) * header.nY;
+    if (nPixels > std::numeric_limits<int>::max()) {
+        strReason =
+            QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(header.nX).arg(header.nY);
+        return plan;
+    }
+    plan.nBytes = static_cast<size_t>(nPixels) * nPixelSize;
+    const int64_t nWanted = std::min(header.nZ, std::max(nMaxSections, 0));
+    const int64_t nWhole = static_cast<int64_t>((nFileSize - HEADER_SIZE) / plan.nBytes);
+    plan.nCount = std::min(nWanted, nWhole);
+    if (plan.nCount < nWanted)
+        strReason = QStringLiteral("truncated: %1 bytes hold %2 of %3 sections of %4 x %5 pixels")
+                        .arg(nFileSize)
+                        .arg(nWhole)
+                        .arg(header.nZ)
+                        .arg(header.nX)
+                        .arg(header.nY);
+    return plan;
+}
+
+template <class T>
+void rowsToImage(const uint8_t* pSection, int nWidth, int nHeight, float* pfImage)
+{
+    const size_t nWidthSize = static_cast<size_t>(nWidth);
+    for (size_t y = 0; y < static_cast<size_t>(nHeight); ++y)
+        convertPixels<T, Q_BYTE_ORDER == Q_BIG_ENDIAN>(pSection + y * nWidthSize * sizeof(T), nWidthSize,
+                                                       pfImage + (nHeight - 1 - y) * nWidthSize);
+}
+
+std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcHeader& header)
+{
+    auto pImage = std::make_unique<CImgObj<float>>();
+    if (!pImage->Create(header.nX, header.nY))
+        throw std::bad_alloc();
+    switch (header.nMode) {
+        case 0:
+            rowsToImage<int8_t>(pSection, header.nX, header.nY, pImage->Data());
+            break;
+        case 1:
+            rowsToImage<int16_t>(pSection, header.nX, header.nY, pImage->Data());
+            break;
+        case 2:
+            rowsToImage<float>(pSection, header.nX, header.nY, pImage->Data());
+            break;
+        case 6:
+            rowsToImage<uint16_t>(pSection, header.nX, header.nY, pImage->Data());
+            break;
+    }
+    return pImage;
+}
+
+QString truncatedHeader(int64_t nBytes)
+{
+    return QStringLiteral("truncated: %1 of %2 header bytes").arg(nBytes).arg(HEADER_SIZE);
+}
+
+void takeOver(ImageList& vecRead, ImageList& vecImage)
+{
+    vecImage.reserve(vecImage.size() + vecRead.size());
+    std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
+}
+
+template <class T>
+constexpr int modeOf();
+template <>
+constexpr int modeOf<float>()
+{
+    return 2;
+}
+template <>
+constexpr int modeOf<short>()
+{
+    return 1;
+}
+template <>
+constexpr int modeOf<unsigned short>()
+{
+    return 6;
+}
+
+void floatToBytes(float fValue, uint8_t* p)
+{
+    uint32_t nBits;
+    std::memcpy(&nBits, &fValue, sizeof(nBits));
+    qToLittleEndian(nBits, p);
+}
+
+void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* pHeader)
+{
+    std::memset(pHeader, 0, HEADER_SIZE);
+    const struct {
+        int nOffset;
+        int32_t nValue;
+    } aField[] = {{0, nX},  {4, nY},  {8, nZ}, {12, nMode}, {28, nX},
+                  {32, nY}, {36, nZ}, {64, 1}, {68, 2},     {72, 3}};
+    for (const auto& field : aField)
+        qToLittleEndian(field.nValue, pHeader + field.nOffset);
+    floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell: one unit per pixel
+    floatToBytes(static_cast<float>(nY), pHeader + 44);
+    floatToBytes(static_cast<float>(nZ), pHeader + 48);
+    pHeader[212] = 0x44;  // machine stamp: little-endian
+    pHeader[213] = 0x41;
+}
+
+int saveWhole(const QString& strFileName, const uint8_t* pData, size_t nSize)
+{
+    QSaveFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly))
+        return 0;
+    const qint64 nBytes = static_cast<qint64>(nSize);
+    if (nBytes > 0 && file.write(reinterpret_cast<const char*>(pData), nBytes) != nBytes) {
+        file.cancelWriting();
+        return 0;
+    }
+    return file.commit() ? 1 : 0;
+}
+
+}  // namespace
+
+int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, int nMaxSections)
+{
+    QString strUnused;
+    QString& strReason = pReason ? *pReason : strUnused;
+    strReason.clear();
+
+    if (QFileInfo::exists(strFileName) && !QFileInfo(strFileName).isFile()) {
+        strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
+        return 0;
+    }
+    QFile file(strFileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        strReason = file.errorString();
+        return 0;
+    }
+    uint8_t aHeader[HEADER_SIZE];
+    const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), HEADER_SIZE);
+    if (nHeaderBytes < static_cast<qint64>(HEADER_SIZE)) {
+        strReason = nHeaderBytes < 0 ? file.errorString() : truncatedHeader(nHeaderBytes);
+        return 0;
+    }
+
+    const MrcHeader header = headerFromBytes(aHeader);
+    const uint64_t nFileSize =
+        std::max(static_cast<uint64_t>(file.size()), static_cast<uint64_t>(HEADER_SIZE));
+    const SectionPlan plan = planSections(header, nFileSize, nMaxSections, strReason);
+    if (plan.nCount == 0)
+        return 1;
+
+    ImageList vecRead;
+    const std::unique_ptr<uint8_t[]> pSection(
+        new uint8_t[plan.nBytes]);  // not zeroed: it costs as much as reading
+    const qint64 nBytes = static_cast<qint64>(plan.nBytes);
+    for (int64_t z = 0; z < plan.nCount; ++z) {
+        if (file.read(reinterpret_cast<char*>(pSection.get()), nBytes) != nBytes) {
+            strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
+                            .arg(QString::number(z + 1), QString::number(header.nZ), file.errorString());
+            break;
+        }
+        vecRead.push_back(imageFromSection(pSection.get(), header));
+    }
+    takeOver(vecRead, vecImage);
+    return 1;
+}
+
+int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QString* pReason, int nMaxSections)
+{
+    QString strUnused;
+    QString& strReason = pReason ? *pReason : strUnused;
+    strReason.clear();
+    if (!pData || nSize < HEADER_SIZE) {
+        strReason = truncatedHeader(pData ? static_cast<int64_t>(nSize) : 0);
+        return 0;
+    }
+    const MrcHeader header = headerFromBytes(pData);
+    const SectionPlan plan = planSections(header, nSize, nMaxSections, strReason);
+    ImageList vecRead;
+    for (int64_t z = 0; z < plan.nCount; ++z)
+        vecRead.push_back(
+            imageFromSection(pData + HEADER_SIZE + static_cast<size_t>(z) * plan.nBytes, header));
+    takeOver(vecRead, vecImage);
+    return 1;
+}
+
+template <class T>
+int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName)
+{
+    if (vecImage.empty())
+        return 0;
+    const auto widthOf = [](const CImgObj<T>* pImage) { return pImage ? pImage->Width() : 0; };
+    const auto heightOf = [](const CImgObj<T>* pImage) { return pImage ? pImage->Height() : 0; };
+    const int nWidth = widthOf(vecImage.front());
+    const int nHeight = heightOf(vecImage.front());
+    for (const CImgObj<T>* pImage : vecImage)
+        if (widthOf(pImage) != nWidth || heightOf(pImage) != nHeight)
+            return saveWhole(strFileName, nullptr, 0);
+
+    const size_t nRowBytes = static_cast<size_t>(nWidth) * sizeof(T);
+    const size_t nSize = HEADER_SIZE + vecImage.size() * static_cast<size_t>(nHeight) * nRowBytes;
+    const std::unique_ptr<uint8_t[]> pOutput(new (std::nothrow) uint8_t[nSize]);
+    if (!pOutput)
+        return 0;
+    headerToBytes(nWidth, nHeight, static_cast<int32_t>(vecImage.size()), modeOf<T>(), pOutput.get());
+    uint8_t* pRow = pOutput.get() + HEADER_SIZE;
+    for (const CImgObj<T>* pImage : vecImage)
+        for (int y = nHeight - 1; y >= 0; --y, pRow += nRowBytes) {
+            const T* pSource = pImage->Data() + static_cast<size_t>(y) * static_cast<size_t>(nWidth);
+            if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN)
+                std::memcpy(pRow, pSource, nRowBytes);
+            else
+                qToLittleEndian<T>(pSource, nWidth, pRow);
+        }
+    return saveWhole(strFileName, pOutput.get(), nSize);
+}
+
+template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&);
+template int WriteMRC<short>(const std::vector<const CImgObj<short>*>&, const QString&);
+template int WriteMRC<unsigned short>(const std::vector<const CImgObj<unsigned short>*>&, const QString&);
+
+int WriteMRC(const ImageList& vecImage, const QString& strFileName)
+{
+    std::vector<const CImgObj<float>*> vecPointer;
+    vecPointer.reserve(vecImage.size());
+    for (const auto& pImage : vecImage)
+        vecPointer.push_back(pImage.get());
+    return WriteMRC<float>(vecPointer, strFileName);
+}

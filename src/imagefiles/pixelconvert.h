@@ -1,0 +1,57 @@
+// Conversion of pixels as they lie in a file to float.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+/// One element of type `T` from its bytes at any address, which are reversed when `bSwap` is set.
+template <class T, bool bSwap>
+inline T elementFromBytes(const uint8_t* p)
+{
+    T value;
+    if constexpr (!bSwap || sizeof(T) == 1) {
+        std::memcpy(&value, p, sizeof(T));
+    } else if constexpr (sizeof(T) == 2) {
+        uint16_t n;
+        std::memcpy(&n, p, 2);
+        n = static_cast<uint16_t>((n >> 8) | (n << 8));
+        std::memcpy(&value, &n, 2);
+    } else if constexpr (sizeof(T) == 4) {
+        uint32_t n;
+        std::memcpy(&n, p, 4);
+        n = __builtin_bswap32(n);
+        std::memcpy(&value, &n, 4);
+    } else {
+        static_assert(sizeof(T) == 8, "elements have 1, 2, 4 or 8 bytes");
+        uint64_t n;
+        std::memcpy(&n, p, 8);
+        n = __builtin_bswap64(n);
+        std::memcpy(&value, &n, 8);
+    }
+    return value;
+}
+
+/// Converts `nCount` elements of type `T` from `pSource` (any address) to `pTarget`; the two don't overlap.
+///
+/// The inner loop has a fixed length: that is what lets the compiler use vector instructions at -O2.
+template <class T, bool bSwap>
+void convertPixels(const uint8_t* __restrict pSource, size_t nCount, float* __restrict pTarget)
+{
+    if constexpr (std::is_same_v<T, float> && !bSwap) {
+        std::memcpy(pTarget, pSource, nCount * sizeof(float));
+    } else {
+        constexpr size_t BLOCK = 64;
+        size_t nDone = 0;
+        for (; nDone + BLOCK <= nCount; nDone += BLOCK) {
+            const uint8_t* __restrict pIn = pSource + nDone * sizeof(T);
+            float* __restrict pOut = pTarget + nDone;
+            for (size_t i = 0; i < BLOCK; ++i)
+                pOut[i] = static_cast<float>(elementFromBytes<T, bSwap>(pIn + i * sizeof(T)));
+        }
+        for (; nDone < nCount; ++nDone)
+            pTarget[nDone] = static_cast<float>(elementFromBytes<T, bSwap>(pSource + nDone * sizeof(T)));
+    }
+}
