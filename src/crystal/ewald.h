@@ -4,16 +4,14 @@
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
 #include "app/records/vec3d.h"
+#include "reciprocal/geometry/rotationgeometry.h"
 
 #include <QList>
-#include <QPointF>
 
 /// What the way back to the frames needs of a data set.
 struct FramePositionGeometry {
     QList<double> listOverallTilt;  ///< degrees, one per frame
-    QList<QPointF> listShift;       ///< pixels, one per frame
-    double dfCenterX = 0;           ///< direct beam on the first frame, pixels
-    double dfCenterY = 0;
+    BeamCentres centres;            ///< direct beam of each frame, raw pixels
     double dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
     double dfRotationAxis = 0;      ///< degrees
     double dfWavelength = 0.0251;   ///< Å
@@ -23,7 +21,7 @@ struct FramePositionGeometry {
 /// axis, z beam, sphere centre (0, 0, 1/λ) before the tilt).
 ///
 /// Solves A·sin θ + B·cos θ + C = 0 with A = −2·g.y/λ, B = 2·g.z/λ, C = |g|²; of the two solutions the
-/// first is taken if it lies inside ±π/2, else the second. 
+/// first is taken if it lies inside ±π/2, else the second.
 /// @return false, with `dfTilt` untouched, if the sphere does not reach the point, if the point lies on
 ///         the rotation axis, or if the numbers are not finite
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);
