@@ -1,0 +1,19 @@
+// writeFrame: simulated frames in the file formats of microscope cameras.
+#pragma once
+
+#include "simulate/simulationparameters.h"
+
+#include <QByteArray>
+
+#include <vector>
+
+/// File name extension without the dot.
+QString frameExtension(FrameFormat format);
+
+/// The bytes of an MRC file with one section, rows bottom up. Values are rounded and clipped to
+/// the range of the pixel type.
+QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, FrameFormat format);
+
+/// Writes one frame whole or not at all. PNG: one grey step is 4 counts, clipped at 255.
+bool writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
+                FrameFormat format);

@@ -1,0 +1,20 @@
+// Truth file: the truth of a simulated series as JSON, and the project beside it.
+#pragma once
+
+#include "simulate/simulatedseries.h"
+
+/// Writes BASE_truth.json. Spots are rows of numbers under the names in "spotColumns".
+bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
+
+/// Reads what writeTruthFile wrote: cell, bases, tilts, shifts, spots and the geometry.
+/// @return false with a reason, the series then as it was
+bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString& strError);
+
+/// The text of the .ed3d project.
+QString projectText(const SimulatedSeries& series);
+
+/// Name of a frame's file without folder; blanks cannot stand in a project.
+QString frameFileName(const SimulatedSeries& series, int nFrame);
+
+/// Writes frames, project, "hotpixels.txt" and truth file into the folder of the parameters.
+bool writeSeries(const SimulatedSeries& series, QString& strError);
