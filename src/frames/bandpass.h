@@ -1,0 +1,39 @@
+// The band-passed and the smoothed image of a frame, through its spectrum.
+#pragma once
+
+#include "app/records/runparameters.h"
+#include "frames/peakfilters.h"
+#include "imaging/acmlfft.h"
+#include "imaging/complex.h"
+#include "imaging/imgobj.h"
+
+#include <QtGlobal>
+
+/// Spectrum of a frame in natural layout.
+///
+/// One pixel without a usable number (infinite, NaN, or beyond 1e30 in size) would spoil every
+/// pixel of the filtered frame; such pixels take part with the mean of the others, or 0 if there
+/// are none. The mean goes around the transform rather than through it, so that a constant frame
+/// has a zero frequency and exact zeros elsewhere at every size.
+/// @return the number of pixels so replaced; -1, with nothing written, for an image without pixels
+qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, CImgObj<COMPLEX>& imgSpectrum);
+
+/// Smoothed and band-passed image of a frame from its spectrum, by filters that fit its size.
+///
+/// Both filters are real and even, so smoothed + i * band-passed takes one backward transform. The
+/// zero frequency is added as a constant after it: a constant frame stays exactly constant.
+/// @param imgSpectrum  natural layout, not changed
+/// @param imgProduct   work space
+/// @param pSmooth, pBandPass  take the images where given
+/// @return false, with nothing written, for no pixels or filters of another size
+bool filterSpectrum(const CImgObj<COMPLEX>& imgSpectrum, const CPeakFilters& filters, CAcmlFft& fft,
+                    CImgObj<COMPLEX>& imgProduct, CImgObj<float>* pSmooth, CImgObj<float>* pBandPass);
+
+/// The band-passed image of a frame from its spectrum; values below -100 become 0.
+///
+/// @param filters  brought up to date for the parameters and the size; only read if they fit already
+/// @param pSmooth  takes the smoothed frame where given
+/// @return false, with nothing written, for an image without pixels
+bool calBandPassImage(const CImgObj<COMPLEX>& imgSpectrum, const PeakHuntingParameters& parameters,
+                      CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgProduct,
+                      CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth = nullptr);

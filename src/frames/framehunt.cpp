@@ -1,0 +1,43 @@
+#include "frames/framehunt.h"
+
+#include "app/records/refintpara.h"
+#include "frames/integration.h"
+#include "frames/localmaxima.h"
+#include "frames/peakmask.h"
+
+#include <algorithm>
+
+namespace {
+
+const double g_dfCandidateFraction = 0.01;  // of the pixels of a frame
+
+// Truncated; what the spin boxes cannot hold is brought into a range that an int can.
+int wholePixels(double df)
+{
+    return df >= 0 ? int(std::min(df, 1e8)) : 0;
+}
+
+}  // namespace
+
+FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                     const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work)
+{
+    FramePeaks peaks;
+    const qint64 nBad = frameSpectrum(imgFrame, work.fft, work.imgSpectrum);
+    if (nBad < 0 || !calBandPassImage(work.imgSpectrum, parameters, filters, work.fft, work.imgProduct,
+                                      work.imgBandPass, &work.imgSmooth))
+        return peaks;
+    peaks.nBadPixels = nBad;
+    FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX, peaks.listY,
+                    g_dfCandidateFraction);
+    removeMaskedPeaks(mask, peaks.listX, peaks.listY);
+    peaks.listIPoint = SampleAtPositions(work.imgSmooth, peaks.listX, peaks.listY);
+    std::vector<RefIntPara> vecWindow;
+    MakeIntegrationWindows(peaks.listX, peaks.listY, wholePixels(parameters.m_dfIntegrationRadius),
+                           wholePixels(parameters.m_dfIntegrationBackground), vecWindow);
+    IntegratePeaks(work.imgSmooth, vecWindow);
+    peaks.listI2D.reserve(int(vecWindow.size()));
+    for (const RefIntPara& window : vecWindow)
+        peaks.listI2D.append(double(window.fIntensity));
+    return peaks;
+}

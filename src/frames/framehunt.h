@@ -1,0 +1,37 @@
+// huntFrame: the diffraction spots of one frame with their intensities.
+#pragma once
+
+#include "app/dataset/maskdata.h"
+#include "app/records/runparameters.h"
+#include "frames/bandpass.h"
+#include "frames/peakfilters.h"
+#include "imaging/acmlfft.h"
+#include "imaging/imgobj.h"
+
+#include <QList>
+
+/// What is found on one frame: lists of equal length, in row-major order of the positions.
+struct FramePeaks {
+    QList<double> listX;       ///< column on the raw frame, pixels, whole numbers
+    QList<double> listY;       ///< row
+    QList<double> listIPoint;  ///< smoothed frame at the position
+    QList<double> listI2D;     ///< disc less ring on the smoothed frame; 0 at the frame's edge
+    qint64 nBadPixels = 0;     ///< pixels that held no usable number (frameSpectrum)
+};
+
+/// Work images of one hunting thread, kept from frame to frame so that they are allocated once.
+struct FrameHuntWork {
+    CAcmlFft fft;
+    CImgObj<COMPLEX> imgSpectrum;
+    CImgObj<COMPLEX> imgProduct;
+    CImgObj<float> imgSmooth;    ///< the smoothed frame
+    CImgObj<float> imgBandPass;  ///< the band-passed frame
+};
+
+/// Hunts one frame: the one path of the run and of the live preview.
+///
+/// Strict local maxima of the band-passed frame at or above the threshold, outside the mask. More than
+/// 1 % of the pixels as candidates give no peaks. An image without pixels has none either.
+/// @param filters  made to fit; if they fit already they are only read, so threads may share them
+FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                     const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work);

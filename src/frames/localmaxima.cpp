@@ -1,0 +1,33 @@
+#include "frames/localmaxima.h"
+
+void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX,
+                     QList<double>& listY, double dfFraction)
+{
+    listX.clear();
+    listY.clear();
+    const int nWidth = img.Width();
+    const int nHeight = img.Height();
+    if (!img.Data() || nWidth < 3 || nHeight < 3)
+        return;
+    const qint64 nLimit = qint64(dfFraction * (double(nWidth) * double(nHeight)));
+    for (int nRow = 1; nRow < nHeight - 1; ++nRow) {
+        const float* pRow = img.Data() + size_t(nRow) * size_t(nWidth);
+        const float* pAbove = pRow - nWidth;
+        const float* pBelow = pRow + nWidth;
+        for (int n = 1; n < nWidth - 1; ++n) {
+            const float v = pRow[n];
+            if (!(v >= fThreshold))
+                continue;
+            if (v > pRow[n - 1] && v > pRow[n + 1] && v > pAbove[n] && v > pBelow[n] && v > pAbove[n - 1] &&
+                v > pAbove[n + 1] && v > pBelow[n + 1] && v > pBelow[n - 1]) {
+                if (listX.size() > nLimit) {
+                    listX.clear();
+                    listY.clear();
+                    return;
+                }
+                listX.append(n);
+                listY.append(nRow);
+            }
+        }
+    }
+}

@@ -1,0 +1,63 @@
+#include "frames/peakfilters.h"
+
+#include "imaging/acmlfft.h"
+#include "imaging/complex.h"
+#include "imaging/imageconversion.h"
+#include "imaging/imagefilters.h"
+
+#include <QtGlobal>
+
+namespace {
+
+// The transform of an image that is real and even: its real part.
+void makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& imgFilter)
+{
+    const int nWidth = imgKernel.Width();
+    const int nHeight = imgKernel.Height();
+    CImgObj<COMPLEX> imgSpectrum;
+    ComplexFromFloat(imgKernel, imgSpectrum);
+    fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1);
+    imgFilter.Create(nWidth, nHeight);
+    ComplexToFloat(imgSpectrum.Data(), imgFilter.Data(), nWidth * nHeight, 2);
+}
+
+}  // namespace
+
+bool CPeakFilters::fits(const PeakHuntingParameters& parameters, int nWidth, int nHeight) const
+{
+    return m_nFilterWidth == nWidth && m_nFilterHeight == nHeight &&
+           m_dfFilterPeakRadius == parameters.m_dfPeakRadius &&
+           m_dfFilterBackgroundRadius == parameters.m_dfBackgroundRadius &&
+           m_dfFilterSmoothRadius == parameters.m_dfSmoothRadius;
+}
+
+bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int nHeight,
+                       CPeakFilters& filters)
+{
+    if (nWidth < 1 || nHeight < 1)
+        return false;
+    if (filters.fits(parameters, nWidth, nHeight))
+        return true;
+    const bool bResized = filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight;
+    CAcmlFft fft;
+    CImgObj<float> imgKernel;
+    if (bResized || filters.m_dfFilterSmoothRadius != parameters.m_dfSmoothRadius) {
+        MakeGaussian(imgKernel, nWidth, nHeight, float(parameters.m_dfSmoothRadius));
+        makeFilter(imgKernel, fft, filters.m_imgFilterSmooth);
+    }
+    if (bResized || filters.m_dfFilterPeakRadius != parameters.m_dfPeakRadius ||
+        filters.m_dfFilterBackgroundRadius != parameters.m_dfBackgroundRadius) {
+        CImgObj<float> imgWide;
+        MakeGaussian(imgKernel, nWidth, nHeight, float(parameters.m_dfPeakRadius));
+        MakeGaussian(imgWide, nWidth, nHeight, float(parameters.m_dfBackgroundRadius));
+        for (qint64 i = 0; i < qint64(nWidth) * nHeight; ++i)
+            imgKernel.Data()[i] -= imgWide.Data()[i];
+        makeFilter(imgKernel, fft, filters.m_imgFilterBandPass);
+    }
+    filters.m_dfFilterPeakRadius = parameters.m_dfPeakRadius;
+    filters.m_dfFilterBackgroundRadius = parameters.m_dfBackgroundRadius;
+    filters.m_dfFilterSmoothRadius = parameters.m_dfSmoothRadius;
+    filters.m_nFilterWidth = nWidth;
+    filters.m_nFilterHeight = nHeight;
+    return true;
+}

@@ -1,0 +1,277 @@
+#include "frames/peakhunting.h"
+
+#include "app/dataset/peaklistfile.h"
+#include "app/records/timestamp.h"
+#include "frames/badpixels.h"
+#include "frames/frameloader.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <condition_variable>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <shared_mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// Keeps what a frame's loader says in another thread until that frame's turn.
+class CDeferredReport : public CRunReport {
+public:
+    void addMessage(const QString& strText, Qt::GlobalColor color) override
+    {
+        m_vecLine.emplace_back(strText, color);
+    }
+    void sayTo(CRunReport& report) const
+    {
+        for (const auto& line : m_vecLine)
+            report.addMessage(line.first, line.second);
+    }
+
+private:
+    std::vector<std::pair<QString, Qt::GlobalColor>> m_vecLine;
+};
+
+struct HuntedFrame {
+    bool bHunted = false;
+    ImageList vecImage;
+    FramePeaks peaks;
+    CDeferredReport report;
+};
+
+// Loads and hunts single frames; the threads of a run share one.
+class CFrameHunter {
+public:
+    CFrameHunter(const DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters)
+        : m_listFile(dataSet.m_listFrameFile),
+          m_listHotPixel(dataSet.m_listHotPixel),
+          m_mask(dataSet.m_maskPeakHunting),
+          m_parameters(parameters),
+          m_filters(filters)
+    {
+    }
+
+    // No exception leaves it: a frame that memory has no room for is one that was not hunted.
+    HuntedFrame hunt(int nFrame, FrameHuntWork& work)
+    {
+        HuntedFrame frame;
+        try {
+            const QString& strFile = m_listFile[nFrame];
+            if (!loadFrame(frame.vecImage, strFile, m_listHotPixel, frame.report))
+                return frame;
+            if (frame.vecImage.empty()) {
+                frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
+                return frame;
+            }
+            frame.peaks = huntImage(*frame.vecImage.front(), work);
+            if (frame.peaks.nBadPixels > 0)
+                frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Qt::black);
+            frame.bHunted = true;
+        } catch (const std::exception& e) {
+            releaseFrameImages(frame.vecImage);
+            frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        }
+        return frame;
+    }
+
+private:
+    FramePeaks huntImage(const CImgObj<float>& img, FrameHuntWork& work)
+    {
+        {
+            std::shared_lock<std::shared_mutex> lock(m_mutex);
+            if (m_filters.fits(m_parameters, img.Width(), img.Height()))
+                return huntFrame(img, m_parameters, m_mask, m_filters, work);
+        }
+        // The first frame, or one of another size: the filters are remade while nobody reads them.
+        std::unique_lock<std::shared_mutex> lock(m_mutex);
+        return huntFrame(img, m_parameters, m_mask, m_filters, work);
+    }
+
+    // copies: the data set may change under the run through waiting events
+    const QStringList m_listFile;
+    const QList<QPoint> m_listHotPixel;
+    const MaskData m_mask;
+    const PeakHuntingParameters m_parameters;
+    CPeakFilters& m_filters;
+    std::shared_mutex m_mutex;
+};
+
+// Hands out the frames of a series in order, hunted by some threads that run only so far ahead that
+// no more than one frame a thread is in memory. With one job all is done by the caller's thread.
+class CHuntSequence {
+public:
+    CHuntSequence(CFrameHunter& hunter, int nFrames, int nJobs) : m_hunter(hunter), m_nFrames(nFrames)
+    {
+        m_nAhead = std::max(1, std::min(nJobs, nFrames));
+        if (m_nAhead < 2)
+            return;
+        try {
+            for (int i = 0; i < m_nAhead; ++i)
+                m_vecThread.emplace_back([this] { work(); });
+        } catch (const std::exception&) {
+            // fewer threads than asked for do the same work, and none leaves it to the caller
+        }
+    }
+
+    ~CHuntSequence()
+    {
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_bStop = true;
+        }
+        m_changed.notify_all();
+        for (std::thread& thread : m_vecThread)
+            thread.join();
+    }
+
+    // Frames in order, each once; taking frame n frees the place of those before it.
+    HuntedFrame take(int nFrame)
+    {
+        if (m_vecThread.empty())
+            return m_hunter.hunt(nFrame, m_work);
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_nTaken = nFrame;
+        m_changed.notify_all();
+        m_changed.wait(lock, [&] { return m_mapDone.count(nFrame) > 0; });
+        HuntedFrame frame = std::move(m_mapDone[nFrame]);
+        m_mapDone.erase(nFrame);
+        return frame;
+    }
+
+private:
+    void work()
+    {
+        FrameHuntWork workImages;
+        std::unique_lock<std::mutex> lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock, [&] {
+                return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead;
+            });
+            if (m_bStop || m_nNext >= m_nFrames)
+                return;
+            const int nFrame = m_nNext++;
+            lock.unlock();
+            HuntedFrame frame = m_hunter.hunt(nFrame, workImages);
+            lock.lock();
+            m_mapDone.emplace(nFrame, std::move(frame));
+            m_changed.notify_all();
+        }
+    }
+
+    CFrameHunter& m_hunter;
+    FrameHuntWork m_work;
+    int m_nFrames;
+    int m_nAhead;
+    int m_nNext = 0;
+    int m_nTaken = 0;
+    bool m_bStop = false;
+    std::map<int, HuntedFrame> m_mapDone;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::thread> m_vecThread;
+};
+
+QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)
+{
+    QList<Peak3D> listPeak;
+    listPeak.reserve(peaks.listX.size());
+    for (int i = 0; i < peaks.listX.size(); ++i) {
+        Peak3D peak;
+        peak.dfX2D = peaks.listX[i];
+        peak.dfY2D = peaks.listY[i];
+        peak.dfIPoint = peaks.listIPoint[i];
+        peak.dfI2D = peaks.listI2D[i];
+        peak.nFrame = nFrame;
+        peak.nID = nNextID++;
+        listPeak.append(peak);
+    }
+    return listPeak;
+}
+
+// Peaks of all frames; false when stopped or at a frame that could not be hunted.
+bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                CRunReport& report, const PeakHuntingOptions& options, QList<QList<Peak3D>>& listFound)
+{
+    const auto bGoOn = [&] { return report.goOn() && dataSet.m_bHuntingRunning; };
+    const int nFrames = dataSet.m_listFrameFile.size();
+    if (!bGoOn())
+        return false;
+    CFrameHunter hunter(dataSet, parameters, filters);
+    CHuntSequence sequence(hunter, nFrames, options.nJobs);
+    int nNextID = 0;
+    for (int i = 0; i < nFrames; ++i) {
+        report.setProgress(i + 1);
+        HuntedFrame frame = sequence.take(i);
+        frame.report.sayTo(report);
+        dataSet.m_vecFrameImage = std::move(frame.vecImage);
+        if (!frame.bHunted)
+            return false;
+        const QList<Peak3D> listPeak = peakRecords(frame.peaks, i, nNextID);
+        report.addMessage(QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),
+                          Qt::black);
+        listFound.append(listPeak);
+        if (options.fnFrameDone)
+            options.fnFrameDone(i, listPeak);
+        if (!bGoOn())
+            return false;
+    }
+    return true;
+}
+
+void savePeakList(const DataSet& dataSet, CRunReport& report)
+{
+    const QString strPath = QDir(dataSet.m_strProjectDir).absolutePath() + QLatin1Char('/') +
+                            dataSet.m_strProjectName + QStringLiteral(".pk");
+    QString strReason;
+    if (writePeakList(dataSet, strPath, &strReason))
+        report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Qt::black);
+    else
+        report.addMessage(QStringLiteral("Updating peak list file failed."), Qt::red);
+    if (!strReason.isEmpty())
+        report.addMessage(strReason, Qt::red);
+}
+
+}  // namespace
+
+bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                    CRunReport& report, const PeakHuntingOptions& options)
+{
+    if (dataSet.m_bHuntingRunning) {
+        dataSet.m_bHuntingRunning = false;
+        return false;
+    }
+    const int nFrames = dataSet.m_listFrameFile.size();
+    if (nFrames < 1) {
+        report.addMessage(QStringLiteral("There are no frames to search for peaks."), Qt::red);
+        return false;
+    }
+    struct FlagGuard {
+        bool& bFlag;
+        explicit FlagGuard(bool& b) : bFlag(b) { bFlag = true; }
+        ~FlagGuard() { bFlag = false; }
+    } guard(dataSet.m_bHuntingRunning);
+
+    QElapsedTimer timer;
+    timer.start();
+    report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()), Qt::blue);
+    report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
+    QList<QList<Peak3D>> listFound;
+    const bool bFinished = huntSeries(dataSet, parameters, filters, report, options, listFound);
+    report.endProgress();
+    if (!bFinished) {
+        report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()), Qt::red);
+        return false;
+    }
+    dataSet.m_listPeakFrame = listFound;
+    if (options.bSave)
+        savePeakList(dataSet, report);
+    if (options.fnAfterStored)
+        options.fnAfterStored();
+    report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer), Qt::blue);
+    return true;
+}

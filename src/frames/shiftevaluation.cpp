@@ -1,0 +1,256 @@
+#include "frames/shiftevaluation.h"
+
+#include "app/dataset/shiftfile.h"
+#include "app/records/timestamp.h"
+#include "frames/badpixels.h"
+#include "frames/frameloader.h"
+#include "frames/summedmapbeam.h"
+#include "imaging/acmlfft.h"
+#include "imaging/complex.h"
+#include "imaging/correlation.h"
+#include "imaging/imageconversion.h"
+#include "imaging/imagefilters.h"
+#include "imaging/imageregion.h"
+#include "imaging/imageshifts.h"
+#include "imaging/peakfit2d.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace {
+
+const int g_nLeastSide = 16;          // keeps the ring mask and the correlation's peak box in the region
+const double g_dfSaturation = 100000.0;
+const int g_nFitHalfSize = 64;
+
+int wholePixel(double df)
+{
+    return std::fabs(df) < 1e9 ? int(df) : -1000000000;
+}
+
+// The square that is compared, in raw pixels of every frame.
+struct Square {
+    int nX = 0;
+    int nY = 0;
+    int nSide = 0;
+};
+
+// Spectra of the regions and their running sum.
+class CRegionSum {
+public:
+    explicit CRegionSum(const Square& square) : m_square(square), m_nCount(square.nSide * square.nSide)
+    {
+        const int nSide = square.nSide;
+        m_imgRegion.Create(nSide, nSide);
+        m_imgMask.Create(nSide, nSide);
+        MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nSide / 8);
+    }
+
+    bool cut(const CImgObj<float>& imgFrame)
+    {
+        return CopyRegion(imgFrame.Data(), imgFrame.Width(), imgFrame.Height(), m_imgRegion.Data(),
+                          m_square.nX, m_square.nY, m_square.nSide, m_square.nSide) != 0;
+    }
+
+    qint64 repair() { return replaceBadPixels(m_imgRegion); }
+
+    // Aligns the region that was cut with the sum and adds it; returns its shift.
+    QPointF add()
+    {
+        const int nSide = m_square.nSide;
+        ComplexFromFloat(m_imgRegion, m_imgFrameFT);
+        m_fft.Transform(m_imgFrameFT.Data(), nSide, nSide, -1);
+        ShiftCenter(m_imgFrameFT.Data(), nSide, nSide);
+        MultiplyByMask(m_imgFrameFT.Data(), reinterpret_cast<const char*>(m_imgMask.Data()), m_nCount);
+        if (!m_imgSumFT.Data()) {
+            m_imgSumFT.Copy(m_imgFrameFT);
+            return QPointF(0, 0);
+        }
+        double dfPeak = 0;
+        double dfX = 0;
+        double dfY = 0;
+        Correlate(m_imgSumFT.Data(), m_imgFrameFT.Data(), nSide, nSide, 1, dfPeak, dfX, dfY, true);
+        FourierShift(m_imgFrameFT.Data(), nSide, nSide, -dfX, -dfY, true);
+        AddComplex(m_imgSumFT.Data(), m_imgFrameFT.Data(), m_nCount);
+        return QPointF(dfX, dfY);
+    }
+
+    void scale(double df) { ScaleComplex(m_imgSumFT.Data(), m_nCount, df); }
+    const CImgObj<COMPLEX>& sum() const { return m_imgSumFT; }
+
+    std::unique_ptr<CImgObj<float>> alignedRegion() { return imageOf(m_imgFrameFT); }
+    std::unique_ptr<CImgObj<float>> summedMap() { return imageOf(m_imgSumFT); }
+
+private:
+    std::unique_ptr<CImgObj<float>> imageOf(const CImgObj<COMPLEX>& imgCentredFT)
+    {
+        const int nSide = m_square.nSide;
+        m_imgWork.Copy(imgCentredFT);
+        ShiftCenter(m_imgWork.Data(), nSide, nSide);
+        m_fft.Transform(m_imgWork.Data(), nSide, nSide, 1);
+        auto pImage = std::make_unique<CImgObj<float>>();
+        pImage->Create(nSide, nSide);
+        ComplexToFloat(m_imgWork.Data(), pImage->Data(), m_nCount, 2);
+        return pImage;
+    }
+
+    Square m_square;
+    int m_nCount;
+    CAcmlFft m_fft;
+    CImgObj<float> m_imgRegion;
+    CImgObj<unsigned char> m_imgMask;
+    CImgObj<COMPLEX> m_imgFrameFT;  // centred layout, masked
+    CImgObj<COMPLEX> m_imgSumFT;    // centred layout
+    CImgObj<COMPLEX> m_imgWork;
+};
+
+// The shifts of the frames up to the last or to the first that ends the run.
+QList<QPointF> measureSeries(DataSet& dataSet, const Square& square, CRegionSum& sum, CRunReport& report,
+                             const FnShiftFrameDone& fnFrameDone)
+{
+    QList<QPointF> listShift;
+    const QStringList listFile = dataSet.m_listFrameFile;
+    for (int i = 0; i < listFile.size(); ++i) {
+        report.setProgress(i + 1);
+        {
+            ImageList vecImage;
+            if (!loadFirstImage(vecImage, listFile[i], dataSet.m_listHotPixel, report)) {
+                report.addMessage(QStringLiteral("Failed to load %1. Stop.").arg(listFile[i]), Qt::red);
+                break;
+            }
+            if (vecImage.empty()) {
+                report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(listFile[i]), Qt::red);
+                break;
+            }
+            const CImgObj<float>& imgFrame = *vecImage.front();
+            if (!sum.cut(imgFrame)) {
+                report.addMessage(QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
+                                                 "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
+                                      .arg(square.nSide)
+                                      .arg(square.nX)
+                                      .arg(square.nY)
+                                      .arg(i + 1)
+                                      .arg(imgFrame.Width())
+                                      .arg(imgFrame.Height())
+                                      .arg(listFile[i]),
+                                  Qt::red);
+                break;
+            }
+        }
+        const qint64 nBad = sum.repair();
+        if (nBad > 0)
+            report.addMessage(badPixelLine(i, nBad), Qt::black);
+        const QPointF ptShift = sum.add();
+        listShift.append(ptShift);
+        releaseFrameImages(dataSet.m_vecFrameImage);
+        dataSet.m_vecFrameImage.push_back(sum.alignedRegion());
+        if (fnFrameDone)
+            fnFrameDone(i, ptShift, *dataSet.m_vecFrameImage.front());
+        if (!report.goOn())
+            break;
+    }
+    return listShift;
+}
+
+// The direct beam on the summed map, raw pixels.
+QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum, CRunReport& report)
+{
+    int nX = 0;
+    int nY = 0;
+    findBeamInSummedMap(sum.sum(), nX, nY);
+    report.addMessage(
+        QStringLiteral("Direct beam position from summed map: (%L1, %L2)").arg(dfX + nX).arg(dfY + nY), Qt::black);
+    double dfFitX = nX;
+    double dfFitY = nY;
+    const std::vector<double> vecFit =
+        FitPeak2D(*sum.summedMap(), dfFitX, dfFitY, g_nFitHalfSize, g_dfSaturation);
+    report.addMessage(QStringLiteral("Direct beam position from fitting of the summed map:  (%L1, %L2), err=(%L3, "
+                                     "%L4), code=%L5.")
+                          .arg(dfX + dfFitX, 8, 'f', 2)
+                          .arg(dfY + dfFitY, 8, 'f', 2)
+                          .arg(vecFit[6], 6, 'f', 3)
+                          .arg(vecFit[8], 6, 'f', 3)
+                          .arg(vecFit[10]),
+                      Qt::black);
+    const auto isInside = [&](double df) { return df >= 0 && df <= square.nSide; };
+    if (!isInside(dfFitX) || !isInside(dfFitY)) {
+        report.addMessage(QStringLiteral("The fit left the reference region; the position from the summed map is used."),
+                          Qt::red);
+        return QPointF(dfX + nX, dfY + nY);
+    }
+    return QPointF(dfX + dfFitX, dfY + dfFitY);
+}
+
+void saveShifts(const DataSet& dataSet, CRunReport& report)
+{
+    const QString strPath = QDir(dataSet.m_strProjectDir).absolutePath() + QLatin1Char('/') +
+                            dataSet.m_strProjectName + QStringLiteral(".sc");
+    QString strReason;
+    if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}, &strReason)) {
+        report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Qt::black);
+        return;
+    }
+    report.addMessage(QStringLiteral("Updating shift data file failed."), Qt::red);
+    if (!strReason.isEmpty())
+        report.addMessage(strReason, Qt::red);
+}
+
+}  // namespace
+
+bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
+                        const ShiftEvaluationOptions& options, const FnShiftFrameDone& fnFrameDone)
+{
+    report.addMessage(QStringLiteral("Reference region: (%L1, %L2) %L3×%L4")
+                          .arg(rcRegion.x())
+                          .arg(rcRegion.y())
+                          .arg(rcRegion.width())
+                          .arg(rcRegion.height()),
+                      Qt::black);
+    const int nFrames = dataSet.m_listFrameFile.size();
+    if (nFrames == 0)
+        return false;
+    Square square{wholePixel(rcRegion.x()), wholePixel(rcRegion.y()), wholePixel(rcRegion.width())};
+    if (square.nSide < g_nLeastSide) {
+        report.addMessage(QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide),
+                          Qt::red);
+        return false;
+    }
+    if (square.nSide % 2 != 0) {
+        --square.nSide;
+        report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide), Qt::black);
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()), Qt::blue);
+    report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
+    CRegionSum sum(square);
+    const QList<QPointF> listShift = measureSeries(dataSet, square, sum, report, fnFrameDone);
+    report.endProgress();
+
+    const bool bReachedEnd = listShift.size() == nFrames;
+    if (!bReachedEnd)
+        report.addMessage(QStringLiteral("%1>Image shift evaluation ended after %L2 of %L3 frames.")
+                              .arg(currentTimeStamp())
+                              .arg(listShift.size())
+                              .arg(nFrames),
+                          Qt::red);
+    if (!bReachedEnd && !options.bKeepPartial)
+        return false;
+    dataSet.m_listShift = listShift;
+    if (listShift.isEmpty())
+        return false;
+    sum.scale(1.0 / nFrames);
+    const QPointF ptBeam = locateBeam(square, rcRegion.x(), rcRegion.y(), sum, report);
+    dataSet.m_dfCenterX = ptBeam.x();
+    dataSet.m_dfCenterY = ptBeam.y();
+    if (options.bSave)
+        saveShifts(dataSet, report);
+    report.addMessage(timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
+                      Qt::blue);
+    return bReachedEnd;
+}

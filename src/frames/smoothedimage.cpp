@@ -1,0 +1,28 @@
+#include "frames/smoothedimage.h"
+
+#include "frames/badpixels.h"
+#include "frames/bandpass.h"
+#include "imagefiles/mrcfile.h"
+
+#include <QFileInfo>
+
+bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                         CPeakFilters& filters, const QString& strFileName, CRunReport& report)
+{
+    CAcmlFft fft;
+    CImgObj<COMPLEX> imgSpectrum, imgProduct;
+    CImgObj<float> imgSmooth;
+    if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0) {
+        report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
+        return false;
+    }
+    updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
+    filterSpectrum(imgSpectrum, filters, fft, imgProduct, &imgSmooth, nullptr);
+    const QFileInfo info(strFileName);
+    const QString strTarget = info.absolutePath() + QStringLiteral("/N") + info.baseName() + QStringLiteral(".mrc");
+    if (!WriteMRC<float>({&imgSmooth}, strTarget)) {
+        report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Qt::red);
+        return false;
+    }
+    return true;
+}
