@@ -42,18 +42,24 @@ struct Square {
 // Spectra of the regions and their running sum.
 class CRegionSum {
 public:
-    explicit CRegionSum(const Square& square) : m_square(square), m_nCount(square.nSide * square.nSide)
-    {
-        const int nSide = square.nSide;
-        m_imgRegion.Create(nSide, nSide);
-        m_imgMask.Create(nSide, nSide);
-        MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nSide / 8);
-    }
+    explicit CRegionSum(const Square& square) : m_square(square) {}
 
+    // The region of a frame; false, with the former one kept, when it does not lie inside.
     bool cut(const CImgObj<float>& imgFrame)
     {
-        return CopyRegion(imgFrame.Data(), imgFrame.Width(), imgFrame.Height(), m_imgRegion.Data(),
-                          m_square.nX, m_square.nY, m_square.nSide, m_square.nSide) != 0;
+        const int nSide = m_square.nSide;
+        if (m_square.nX < 0 || m_square.nY < 0 || nSide > imgFrame.Width() - m_square.nX ||
+            nSide > imgFrame.Height() - m_square.nY)
+            return false;
+        if (!m_imgRegion.Data()) {
+            m_nCount = nSide * nSide;
+            m_imgRegion.Create(nSide, nSide);
+            m_imgMask.Create(nSide, nSide);
+            MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nSide / 8);
+        }
+        CopyRegion(imgFrame.Data(), imgFrame.Width(), imgFrame.Height(), m_imgRegion.Data(), m_square.nX,
+                   m_square.nY, nSide, nSide);
+        return true;
     }
 
     qint64 repair() { return replaceBadPixels(m_imgRegion); }
@@ -99,7 +105,7 @@ private:
     }
 
     Square m_square;
-    int m_nCount;
+    int m_nCount = 0;
     CAcmlFft m_fft;
     CImgObj<float> m_imgRegion;
     CImgObj<unsigned char> m_imgMask;

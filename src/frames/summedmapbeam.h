@@ -1,6 +1,7 @@
 // findBeamInSummedMap: coarse position of the direct beam from a summed spectrum.
 #pragma once
 
+#include "imaging/complex.h"
 #include "imaging/imgobj.h"
 
 /// The first maximum of the image behind a spectrum after a Gaussian blur of sigma 20 pixels.
