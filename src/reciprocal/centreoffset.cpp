@@ -1,5 +1,8 @@
 #include "reciprocal/centreoffset.h"
 
+#include "crystal/reflectionindices.h"
+
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -88,9 +91,9 @@ CentreOffset fitCentreOffset(const QList<Peak3D>& listIndexed, double dfPixelSiz
         const double aPoint[3] = {peak.fX3D, peak.fY3D, peak.fZ3D};
         for (int nAxis = 0; nAxis < 3; ++nAxis) {
             Row row{};
-            row[nAxis * 3] = peak.dfH;
-            row[nAxis * 3 + 1] = peak.dfK;
-            row[nAxis * 3 + 2] = peak.dfL;
+            row[nAxis * 3] = roundedIndex(peak.dfH);
+            row[nAxis * 3 + 1] = roundedIndex(peak.dfK);
+            row[nAxis * 3 + 2] = roundedIndex(peak.dfL);
             row[9] = aX[nAxis];
             row[10] = aY[nAxis];
             for (int i = 0; i < UNKNOWNS; ++i) {

@@ -22,7 +22,7 @@ struct CentreOffset {
 /// frames, which is what this fit measures. The Ewald curvature is left out: it changes the term
 /// by the cosine of the scattering angle.
 ///
-/// @param listIndexed   reflections with indices, points (Å⁻¹) and tilt of the strongest frame
+/// @param listIndexed   reflections with indices (rounded here), points (Å⁻¹) and tilt of the strongest frame
 /// @param dfPixelSize   Å⁻¹ per pixel
 /// @param dfRotationAxis  degrees
 /// @return not valid with fewer than 6 reflections, or where they do not determine the eleven

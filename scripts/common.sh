@@ -1,0 +1,39 @@
+# Shared by the scripts: where the project is, and what it needs from Debian 12.
+# shellcheck shell=bash
+set -euo pipefail
+
+PROJECT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+JOBS=${JOBS:-$(nproc)}
+
+PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libfftw3-dev libcminpack-dev)
+PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev)
+
+# need_packages NAME...: installs those that are missing.
+need_packages() {
+    local missing=() name
+    for name in "$@"; do
+        dpkg-query -W -f '${Status}' "$name" 2>/dev/null | grep -q 'install ok installed' || missing+=("$name")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local root=()
+    [ "$(id -u)" -eq 0 ] || root=(sudo)
+    echo "Installing: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    "${root[@]}" apt-get update -q
+    "${root[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# build PRESET FOLDER OPTIONS -- TARGET...: configures and builds, quietly unless something fails.
+build() {
+    local preset=$1 folder=$2
+    shift 2
+    local options=()
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do options+=("$1"); shift; done
+    [ $# -gt 0 ] && shift
+    (cd "$PROJECT" && cmake --preset "$preset" "${options[@]}" >"/tmp/tessera-configure-$$.log" 2>&1) || {
+        cat "/tmp/tessera-configure-$$.log"
+        return 1
+    }
+    rm -f "/tmp/tessera-configure-$$.log"
+    ninja -C "$folder" -j "$JOBS" "$@" | tail -n 1
+}

@@ -1,0 +1,495 @@
+#include "tools/batch/batchroad.h"
+
+#include "app/dataset/maskfile.h"
+#include "app/dataset/opening.h"
+#include "app/dataset/pagerounding.h"
+#include "app/dataset/peaklistfile.h"
+#include "app/dataset/shiftfile.h"
+#include "app/dataset/unitcellfile.h"
+#include "crystal/cellarithmetic.h"
+#include "crystal/cellrefinement.h"
+#include "crystal/crystalparacal.h"
+#include "crystal/reflectionindices.h"
+#include "frames/autoregion.h"
+#include "frames/autothreshold.h"
+#include "frames/peakhunting.h"
+#include "frames/shiftevaluation.h"
+#include "reciprocal/cellhunting.h"
+#include "reciprocal/centreoffset.h"
+#include "reciprocal/indexing.h"
+#include "reciprocal/mapping.h"
+#include "reciprocal/merging.h"
+#include "tools/batch/filestamp.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QJsonArray>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+namespace {
+
+const double NO_LIMIT = std::numeric_limits<double>::infinity();
+
+void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
+{
+    if (dfGiven) {
+        dfTarget = *dfGiven;
+    }
+}
+
+int countPeaks(const QList<QList<Peak3D>>& listPeakFrame)
+{
+    int nCount = 0;
+    for (const QList<Peak3D>& listPeak : listPeakFrame) {
+        nCount += listPeak.size();
+    }
+    return nCount;
+}
+
+/// One flag per running number of a peak: whether it is in the group.
+std::vector<char> groupFlags(const DataSet& dataSet, int nGroup)
+{
+    std::vector<char> vecFlag(size_t(countPeaks(dataSet.m_listPeakFrame)), 0);
+    const int nFrames = std::min(dataSet.m_listPeakFrame.size(), dataSet.m_vecPeakGroup.size());
+    for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
+        const QList<Peak3D>& listPeak = dataSet.m_listPeakFrame[nFrame];
+        const QVector<QList<int>>& vecGroup = dataSet.m_vecPeakGroup[nFrame];
+        for (int i = 0; i < listPeak.size() && i < vecGroup.size(); ++i) {
+            const int nID = listPeak[i].nID;
+            if (nID >= 0 && size_t(nID) < vecFlag.size() && vecGroup[i].contains(nGroup)) {
+                vecFlag[size_t(nID)] = 1;
+            }
+        }
+    }
+    return vecFlag;
+}
+
+QJsonArray toArray(const double* pdfValue, int nCount)
+{
+    QJsonArray array;
+    for (int i = 0; i < nCount; ++i) {
+        array.append(pdfValue[i]);
+    }
+    return array;
+}
+
+}  // namespace
+
+CBatchRoad::CBatchRoad(const BatchOptions& options, CBatchReport& report) : m_options(options), m_report(report) {}
+
+bool CBatchRoad::fail(const QString& strText)
+{
+    m_report.addMessage(strText, Qt::red);
+    return false;
+}
+
+QString CBatchRoad::resultBase() const
+{
+    if (m_dataSet.m_strProjectName.isEmpty()) {
+        return {};
+    }
+    return m_dataSet.m_strProjectDir + QLatin1Char('/') + m_dataSet.m_strProjectName;
+}
+
+bool CBatchRoad::run()
+{
+    m_summary[QStringLiteral("stage")] = QStringLiteral("none");
+    bool bReached = open();
+    for (int nStage = int(BatchStage::Shifts); bReached && nStage <= int(m_options.stageTo); ++nStage) {
+        const BatchStage stage = BatchStage(nStage);
+        // Merged reflections have no file: a later start makes them anew from the peak list.
+        if (stage < m_options.stageFrom && stage != BatchStage::Merge) {
+            continue;
+        }
+        QElapsedTimer timer;
+        timer.start();
+        roundParameters();
+        bReached = runStage(stage);
+        m_times[batchStageName(stage)] = double(timer.elapsed()) / 1000;
+        if (bReached) {
+            m_summary[QStringLiteral("stage")] = batchStageName(stage);
+        }
+    }
+    m_summary[QStringLiteral("reached")] = bReached;
+    m_summary[QStringLiteral("seconds")] = m_times;
+    return bReached;
+}
+
+bool CBatchRoad::open()
+{
+    if (!openInput()) {
+        return false;
+    }
+    takeGeometry();
+    m_summary[QStringLiteral("name")] = m_dataSet.m_strProjectName;
+    m_summary[QStringLiteral("frames")] = m_dataSet.m_listFrameFile.size();
+    if (m_dataSet.m_listFrameFile.isEmpty()) {
+        return fail(QStringLiteral("%1: no frames in the file list.").arg(m_options.listInput.first()));
+    }
+    if (!prepareResultFolder()) {
+        return false;
+    }
+    if (!m_options.strMaskFile.isEmpty()) {
+        QString strReason;
+        if (readMaskFile(m_dataSet.m_maskPeakHunting, m_options.strMaskFile, &strReason) == 0) {
+            m_report.addMessage(
+                QStringLiteral("Error occured when loading %1 as mask file.").arg(m_options.strMaskFile), Qt::red);
+            return fail(strReason);
+        }
+    }
+    if (m_options.stageFrom <= BatchStage::Peaks && !checkFrameFiles()) {
+        return false;
+    }
+    return loadEarlierStages();
+}
+
+bool CBatchRoad::openInput()
+{
+    m_dataSet.m_strWorkingDir = QFileInfo(m_options.listInput.first()).absolutePath();
+    if (m_options.isProject()) {
+        return openProject(m_dataSet, m_mapping, m_options.listInput.first(), m_report);
+    }
+    QStringList listFile;
+    for (const QString& strFile : m_options.listInput) {
+        listFile.append(QFileInfo(strFile).absoluteFilePath());
+    }
+    return openImageFiles(m_dataSet, listFile, m_report);
+}
+
+void CBatchRoad::takeGeometry()
+{
+    takeOver(m_options.dfWavelength, m_dataSet.m_dfWavelength);
+    takeOver(m_options.dfPixelSize, m_dataSet.m_dfPixelSize);
+    if (m_options.dfRotationAxis) {
+        m_dataSet.m_dfRotationAxis = wrappedAxis(*m_options.dfRotationAxis);
+    }
+    takeOver(m_options.dfTiltRelaxation, m_dataSet.m_dfTiltRelaxation);
+    takeOver(m_options.dfStretchAmplitude, m_dataSet.m_dfStretchAmplitude);
+    takeOver(m_options.dfStretchAzimuth, m_dataSet.m_dfStretchAzimuth);
+    if (m_options.bApplyStretching) {
+        m_mapping.m_bApplyStretching = *m_options.bApplyStretching;
+    } else if (m_options.dfStretchAmplitude) {
+        m_mapping.m_bApplyStretching = true;
+    }
+    if (m_options.dfTiltStart || m_options.dfTiltStep) {
+        const double dfStart = m_options.dfTiltStart.value_or(0);
+        const double dfStep = m_options.dfTiltStep.value_or(0.1);
+        for (int i = 0; i < m_dataSet.m_listOverallTilt.size(); ++i) {
+            m_dataSet.m_listStageTilt[i] = m_dataSet.m_listOverallTilt[i] = dfStart + i * dfStep;
+        }
+    }
+}
+
+bool CBatchRoad::prepareResultFolder()
+{
+    if (!m_options.strOutDir.isEmpty()) {
+        m_dataSet.m_strProjectDir = QFileInfo(m_options.strOutDir).absoluteFilePath();
+        if (!QDir().mkpath(m_dataSet.m_strProjectDir)) {
+            return fail(QStringLiteral("%1: the folder cannot be made.").arg(m_dataSet.m_strProjectDir));
+        }
+    }
+    const QFileInfo folder(m_dataSet.m_strProjectDir);
+    if (!folder.isDir() || !folder.isWritable()) {
+        return fail(QStringLiteral("%1: the folder cannot be written.").arg(m_dataSet.m_strProjectDir));
+    }
+    return true;
+}
+
+bool CBatchRoad::checkFrameFiles()
+{
+    QStringList listMissing;
+    for (const QString& strFile : m_dataSet.m_listFrameFile) {
+        if (!QFileInfo(strFile).isReadable()) {
+            listMissing.append(strFile);
+        }
+    }
+    if (listMissing.isEmpty()) {
+        return true;
+    }
+    return fail(QStringLiteral("%1 of %2 frames cannot be read, first %3")
+                    .arg(listMissing.size()).arg(m_dataSet.m_listFrameFile.size()).arg(listMissing.first()));
+}
+
+bool CBatchRoad::loadEarlierStages()
+{
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    const bool bElsewhere = !m_options.strOutDir.isEmpty() || !m_options.isProject();
+    QString strReason;
+    // Opening a project has read what lies beside it; results in another folder come on top.
+    if (m_options.stageFrom > BatchStage::Shifts) {
+        const QString strFile = resultBase() + QStringLiteral(".sc");
+        if (bElsewhere && QFileInfo::exists(strFile) &&
+            loadShiftFile(m_dataSet, strFile, m_report, &strReason) == 0) {
+            return fail(QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
+        }
+        if (m_options.stageTo >= BatchStage::Merge && m_dataSet.m_listShift.size() != nFrames) {
+            return fail(QStringLiteral("%1: no shift data for the %2 frames; run the stage shifts first.")
+                            .arg(strFile).arg(nFrames));
+        }
+    }
+    takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
+    takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
+    if (m_options.stageFrom > BatchStage::Peaks) {
+        const QString strFile = resultBase() + QStringLiteral(".pk");
+        if (bElsewhere && QFileInfo::exists(strFile) &&
+            readPeakList(m_dataSet, strFile, m_report, &strReason) == 0) {
+            return fail(QStringLiteral("%1: no peaks loaded. %2").arg(strFile, strReason));
+        }
+        if (m_dataSet.m_listPeakFrame.size() != nFrames) {
+            return fail(QStringLiteral("%1: no peak list for the %2 frames; run the stage peaks first.")
+                            .arg(strFile).arg(nFrames));
+        }
+    }
+    if (m_options.stageFrom > BatchStage::Cell && m_options.strCellFile.isEmpty()) {
+        return loadCell(sideFileName(m_dataSet, QStringLiteral("uc"), QStringLiteral("unitcell.txt")));
+    }
+    return true;
+}
+
+bool CBatchRoad::loadCell(const QString& strFileName)
+{
+    QString strReason;
+    const QList<Vec3D> listCell = readUnitCellFile(strFileName, &strReason);
+    if (listCell.size() != 3) {
+        m_report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName),
+                            Qt::red);
+        return fail(strReason);
+    }
+    m_dataSet.m_listCellFound = listCell;
+    updateUnitCell(m_dataSet);
+    m_report.addMessage(QStringLiteral("Unit cell loaded from %1.").arg(strFileName), Qt::black);
+    return true;
+}
+
+void CBatchRoad::roundParameters()
+{
+    roundToPages(m_dataSet);
+    roundToPages(m_options.hunting);
+    roundToPages(m_mapping);
+    roundToPages(m_options.merging);
+    roundToPages(m_options.cell);
+    roundToPages(m_options.indexing);
+}
+
+bool CBatchRoad::runStage(BatchStage stage)
+{
+    switch (stage) {
+    case BatchStage::Shifts:
+        return runShifts();
+    case BatchStage::Peaks:
+        return runPeaks();
+    case BatchStage::Merge:
+        return runMerge();
+    case BatchStage::Cell:
+        return runCell();
+    case BatchStage::Index:
+        return runIndex();
+    }
+    return false;
+}
+
+bool CBatchRoad::runShifts()
+{
+    QRect rcRegion;
+    if (m_options.rcRegion) {
+        rcRegion = *m_options.rcRegion;
+    } else if (!findBeamRegion(m_dataSet, m_report, rcRegion)) {
+        return false;
+    }
+    const QString strFile = resultBase() + QStringLiteral(".sc");
+    const FileStamp stamp = FileStamp::of(strFile);
+    ShiftEvaluationOptions options;
+    options.bKeepPartial = false;
+    if (!runShiftEvaluation(m_dataSet, QRectF(rcRegion), m_report, options)) {
+        return fail(QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
+    }
+    takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
+    takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
+    double dfMaximum = 0;
+    for (const QPointF& ptShift : m_dataSet.m_listShift) {
+        dfMaximum = std::max({dfMaximum, std::abs(ptShift.x()), std::abs(ptShift.y())});
+    }
+    m_summary[QStringLiteral("region")] = QJsonArray{rcRegion.x(), rcRegion.y(), rcRegion.width()};
+    m_summary[QStringLiteral("centre")] = QJsonArray{m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY};
+    m_summary[QStringLiteral("maxShift")] = dfMaximum;
+    return replacedSince(stamp, strFile);
+}
+
+bool CBatchRoad::runPeaks()
+{
+    CPeakFilters filters;
+    PeakHuntingParameters& parameters = m_options.hunting;
+    if (m_options.dfPeakThreshold) {
+        parameters.m_dfPeakThreshold = *m_options.dfPeakThreshold;
+    } else if (!m_options.bWindowDefaults) {
+        double dfThreshold = 0;
+        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, dfThreshold)) {
+            return false;
+        }
+        // What the page would show, but never so little that it rounds to nothing.
+        parameters.m_dfPeakThreshold = std::max(dfThreshold, 0.01);
+    }
+    roundToPages(parameters);
+    const QString strFile = resultBase() + QStringLiteral(".pk");
+    const FileStamp stamp = FileStamp::of(strFile);
+    PeakHuntingOptions options;
+    options.nJobs = m_options.nJobs > 0 ? m_options.nJobs : int(std::max(1u, std::thread::hardware_concurrency()));
+    if (!runPeakHunting(m_dataSet, parameters, filters, m_report, options)) {
+        return false;
+    }
+    const int nPeaks = countPeaks(m_dataSet.m_listPeakFrame);
+    m_summary[QStringLiteral("peakThreshold")] = parameters.m_dfPeakThreshold;
+    m_summary[QStringLiteral("peaks")] = nPeaks;
+    if (nPeaks == 0) {
+        return fail(QStringLiteral("No peaks were found on any frame."));
+    }
+    return replacedSince(stamp, strFile);
+}
+
+bool CBatchRoad::runMerge()
+{
+    // Limits that the user left alone let everything pass; beyond what the pages can show, so not rounded.
+    if (!m_options.bWindowDefaults) {
+        m_mapping.m_dfResolutionMin = 0;
+        m_mapping.m_dfResolutionMax = NO_LIMIT;
+        m_mapping.m_dfIntensityMin = -NO_LIMIT;
+        m_mapping.m_dfIntensityMax = NO_LIMIT;
+    }
+    takeOver(m_options.dfResolutionMin, m_mapping.m_dfResolutionMin);
+    takeOver(m_options.dfResolutionMax, m_mapping.m_dfResolutionMax);
+    takeOver(m_options.dfIntensityMin, m_mapping.m_dfIntensityMin);
+    takeOver(m_options.dfIntensityMax, m_mapping.m_dfIntensityMax);
+    if (!transformPeaksTo3D(m_dataSet, m_mapping, m_report)) {
+        return false;
+    }
+    showPeaksIn3D(m_dataSet, m_mapping);
+    std::vector<char> vecFlag;
+    if (m_options.nGroup >= 0) {
+        vecFlag = groupFlags(m_dataSet, m_options.nGroup);
+    }
+    const PeakMergingResult result = peakReduction3D(m_dataSet, m_options.merging, vecFlag, m_report);
+    if (!result.bFinished) {
+        return false;
+    }
+    m_summary[QStringLiteral("peaksMerged")] = result.nPeaks;
+    m_summary[QStringLiteral("peaksOutsideLimits")] = result.nOutsideLimits;
+    m_summary[QStringLiteral("chains")] = m_dataSet.m_listPeakChain.size();
+    m_summary[QStringLiteral("reflections")] = m_dataSet.m_listPeakMerged.size();
+    if (m_dataSet.m_listPeakMerged.isEmpty()) {
+        return fail(QStringLiteral("No reflections came out of the merging."));
+    }
+    return true;
+}
+
+bool CBatchRoad::runCell()
+{
+    const QString strFile = resultBase() + QStringLiteral(".uc");
+    const FileStamp stamp = FileStamp::of(strFile);
+    if (!m_options.strCellFile.isEmpty()) {
+        QString strReason;
+        if (!loadCell(m_options.strCellFile)) {
+            return false;
+        }
+        if (!saveUnitCellFile(m_dataSet, strFile, &strReason)) {
+            return fail(strReason);
+        }
+    } else if (!runUnitCellHunting(m_dataSet, m_dataSet.m_listPeakMerged, m_options.cell, m_report, true)) {
+        return false;
+    }
+    m_summary[QStringLiteral("cell")] = cellObject();
+    return replacedSince(stamp, strFile);
+}
+
+bool CBatchRoad::runIndex()
+{
+    if (m_options.stageFrom > BatchStage::Cell && !m_options.strCellFile.isEmpty() &&
+        !loadCell(m_options.strCellFile)) {
+        return false;
+    }
+    const QString astrFile[] = {resultBase() + QStringLiteral(".hkl"), resultBase() + QStringLiteral(".p4p"),
+                                resultBase() + QStringLiteral(".ipf")};
+    const FileStamp aStamp[] = {FileStamp::of(astrFile[0]), FileStamp::of(astrFile[1]), FileStamp::of(astrFile[2])};
+    const IndexingResult result =
+        runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing, m_report);
+    if (result.status != IndexingStatus::Finished) {
+        return false;
+    }
+    QList<Peak3D> listWhole = result.listIndexed;
+    for (Peak3D& peak : listWhole) {
+        peak.setHKL(roundedIndex(peak.dfH), roundedIndex(peak.dfK), roundedIndex(peak.dfL));
+    }
+    const double dfShare = result.listSelection.isEmpty()
+                               ? 0
+                               : double(result.listIndexed.size()) / result.listSelection.size();
+    m_summary[QStringLiteral("cell")] = cellObject();
+    m_summary[QStringLiteral("indexed")] = result.listIndexed.size();
+    m_summary[QStringLiteral("indexedShare")] = dfShare;
+    m_summary[QStringLiteral("duplicated")] = result.listDuplicatedID.size();
+    m_summary[QStringLiteral("unindexed")] = result.listUnindexedID.size();
+    m_summary[QStringLiteral("onEdge")] = result.listOnEdgeID.size();
+    refineCell(listWhole);
+    reportCentreOffset(listWhole);
+    for (int i = 0; i < 3; ++i) {
+        if (!replacedSince(aStamp[i], astrFile[i])) {
+            return fail(QStringLiteral("%1 was not written.").arg(astrFile[i]));
+        }
+    }
+    return true;
+}
+
+void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
+{
+    double a = 0, b = 0, c = 0, dfAlpha = 0, dfBeta = 0, dfGamma = 0;
+    if (listIndexed.size() < 7) {
+        m_report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."), Qt::red);
+        return;
+    }
+    if (!cellParametersFromList(m_dataSet.m_listCell, a, b, c, dfAlpha, dfBeta, dfGamma)) {
+        return;
+    }
+    CellRefinement refinement;
+    if (!unitCellRefinement(listIndexed, a, b, c, dfAlpha, dfBeta, dfGamma, m_report, &refinement)) {
+        return;
+    }
+    m_summary[QStringLiteral("refined")] =
+        QJsonObject{{QStringLiteral("parameters"), toArray(refinement.dfCell, 6)},
+                    {QStringLiteral("standardErrors"), toArray(refinement.dfCellStdErr, 6)},
+                    {QStringLiteral("rmsDStar"), refinement.dfRmsAfter[0]}};
+}
+
+void CBatchRoad::reportCentreOffset(const QList<Peak3D>& listIndexed)
+{
+    const CentreOffset offset =
+        fitCentreOffset(listIndexed, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
+    if (!offset.bValid) {
+        m_report.addMessage(QStringLiteral("The indexed reflections do not determine the direct beam."));
+        return;
+    }
+    m_report.addMessage(QStringLiteral("The indexed reflections fit best with the direct beam moved by "
+                                       "(%1, %2) pixels, err=(%3, %4).")
+                            .arg(offset.dfX, 0, 'f', 2).arg(offset.dfY, 0, 'f', 2)
+                            .arg(offset.dfErrorX, 0, 'f', 2).arg(offset.dfErrorY, 0, 'f', 2));
+    if (std::hypot(offset.dfX, offset.dfY) > 1) {
+        m_report.addMessage(
+            QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."), Qt::red);
+    }
+    m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset.dfX, offset.dfY};
+}
+
+QJsonObject CBatchRoad::cellObject() const
+{
+    double adfCell[6] = {};
+    if (!cellParametersFromList(m_dataSet.m_listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3], adfCell[4],
+                                adfCell[5])) {
+        return {};
+    }
+    CCrystalParaCal calculator;
+    calculator.setUnitCell(adfCell[0], adfCell[1], adfCell[2], adfCell[3], adfCell[4], adfCell[5]);
+    return {{QStringLiteral("parameters"), toArray(adfCell, 6)},
+            {QStringLiteral("volume"), calculator.getVolume()}};
+}

@@ -1,0 +1,52 @@
+// CBatchRoad: the stages from frames to result files, without a user to place, tune or look.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "tools/batch/batchoptions.h"
+#include "tools/batch/batchreport.h"
+
+#include <QJsonObject>
+#include <QString>
+
+/// Walks the stages that the options ask for, each through the same function as the window, and
+/// gathers what was found. A stage that fails says why in red, ends the walk and has written nothing.
+class CBatchRoad {
+public:
+    CBatchRoad(const BatchOptions& options, CBatchReport& report);
+
+    /// @return whether the last stage asked for was reached and its files stand
+    bool run();
+
+    /// What was found up to the end of the walk.
+    QJsonObject summary() const { return m_summary; }
+
+    /// Folder, slash and base name of the result files; empty while no input has been opened.
+    QString resultBase() const;
+
+private:
+    bool open();
+    bool openInput();
+    void takeGeometry();
+    bool prepareResultFolder();
+    bool checkFrameFiles();
+    bool loadEarlierStages();
+    bool loadCell(const QString& strFileName);
+    bool runStage(BatchStage stage);
+    bool runShifts();
+    bool runPeaks();
+    bool runMerge();
+    bool runCell();
+    bool runIndex();
+    void refineCell(const QList<Peak3D>& listIndexed);
+    void reportCentreOffset(const QList<Peak3D>& listIndexed);
+    void roundParameters();
+    bool fail(const QString& strText);
+    QJsonObject cellObject() const;
+
+    BatchOptions m_options;
+    CBatchReport& m_report;
+    DataSet m_dataSet;
+    MappingParameters m_mapping;
+    QJsonObject m_summary;
+    QJsonObject m_times;
+};
