@@ -29,11 +29,13 @@ QString sideFileName(const DataSet& data, const QString& strExtension, const QSt
 /// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
 /// (roundToPages()). m_strWorkingDir becomes the folder of the first frame, if there is one.
 ///
-/// The caller then calls finishOpening().
+/// The caller then maps the peaks if countsAgree(), and calls loadUnitCellAtOpening() in any case.
 ///
+/// @param plistReason  may be null; gets a line for each side file that is there but was not used, or only
+///                     in part. The same for the other functions here
 /// @return false when the project cannot be read; nothing but the log has then changed
 [[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
-                               CRunReport& report);
+                               CRunReport& report, QStringList* plistReason = nullptr);
 
 /// Whether peaks and shifts are there for every frame of the data set, and it has frames: the peaks can be
 /// mapped into reciprocal space.
@@ -42,11 +44,12 @@ bool countsAgree(const DataSet& data);
 /// Reads the project's unit cell file, if there is one with three vectors, and puts that cell in force.
 /// Belongs after the mapping of the peaks. Where the counts do not agree it says so, and reads nothing.
 /// @return whether a cell was loaded
-bool loadUnitCellAtOpening(DataSet& data, CRunReport& report);
+bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
 
 /// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
 /// tilt 0, geometry as it was. The project's folder is m_strWorkingDir, which the caller sets to the folder
 /// of the first file, as for every opening; if it is empty it becomes that folder here.
 ///
 /// @return false for an empty list; nothing has then changed
-bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report);
+bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,
+                    QStringList* plistReason = nullptr);

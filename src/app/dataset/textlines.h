@@ -16,8 +16,12 @@ constexpr qint64 g_nMaxTextFile = 2000000000;
 [[nodiscard]] bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit,
                                  QString* pstrReason = nullptr);
 
-/// The lines of a text that are not empty. LF, CR LF and CR end a line. A byte order mark is dropped;
-/// UTF-16 and UTF-32 text that begins with one becomes Latin-1, all other bytes stay as they are.
+/// The text without a byte order mark. UTF-16 and UTF-32 text that begins with one becomes Latin-1, all
+/// other bytes stay as they are.
+QByteArray withoutByteOrderMark(const QByteArray& bytesText);
+
+/// The lines of a text that are not empty. LF, CR LF and CR end a line; a byte order mark
+/// is dropped as by withoutByteOrderMark().
 QList<QByteArray> splitTextLines(const QByteArray& bytesText);
 
 /// The lines of a file that are not empty, comments included.

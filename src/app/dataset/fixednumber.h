@@ -1,0 +1,12 @@
+// Fixed notation: numbers of text files, right aligned, in the C locale.
+#pragma once
+
+#include <QByteArray>
+
+/// Appends a number with so many decimals, right aligned in nWidth characters if it has fewer. The digits
+/// are those of printf in the C locale: the exact value rounded, a tie to the even digit.
+/// @return the number of characters before alignment
+int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth = 0);
+
+/// Appends a whole number likewise.
+int appendInt(QByteArray& strText, int nValue, int nWidth = 0);

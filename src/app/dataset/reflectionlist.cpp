@@ -1,0 +1,76 @@
+#include "app/dataset/reflectionlist.h"
+
+#include "app/dataset/textlines.h"
+#include "app/dataset/textscanner.h"
+
+#include <cmath>
+
+static bool scanReflection(const QByteArray& strLine, Vec3D& vecPoint, HKLRef& reflection)
+{
+    CTextScanner scanner(strLine);
+    int nSerial;
+    float aValue[8];  // h k l, x y z, a number of unknown meaning, the intensity
+    if (!scanner.readInt(nSerial))
+        return false;
+    for (float& fValue : aValue)
+        if (!scanner.readFloat(fValue) || !std::isfinite(fValue))
+            return false;
+    for (int i = 0; i < 3; ++i)
+        if (std::abs(aValue[i]) >= 2147483648.f)
+            return false;
+    QByteArray strWord;
+    if (!scanner.readWord(strWord) || strWord.contains('s'))
+        return false;
+    reflection = {int(aValue[0]), int(aValue[1]), int(aValue[2]), aValue[7]};
+    vecPoint = {aValue[3], aValue[4], aValue[5]};
+    return true;
+}
+
+int readReflectionLines(const QList<QByteArray>& listLine, QList<Vec3D>& listPoint,
+                        QList<HKLRef>& listReflection)
+{
+    listPoint.clear();
+    listReflection.clear();
+    Vec3D vecPoint;
+    HKLRef reflection;
+    for (const QByteArray& strLine : listLine)
+        if (scanReflection(strLine, vecPoint, reflection)) {
+            listPoint.append(vecPoint);
+            listReflection.append(reflection);
+        }
+    return listPoint.size();
+}
+
+bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection,
+                        QString* pstrReason)
+{
+    QList<QByteArray> listLine;
+    if (!readTextLines(strFileName, listLine, pstrReason))
+        return false;
+    QList<Vec3D> listNewPoint;
+    QList<HKLRef> listNewReflection;
+    if (readReflectionLines(listLine, listNewPoint, listNewReflection) == 0) {
+        if (pstrReason)
+            *pstrReason = QStringLiteral("%1: no line holds a reflection").arg(strFileName);
+        return false;
+    }
+    listPoint = listNewPoint;
+    listReflection = listNewReflection;
+    return true;
+}
+
+QList<Peak3D> peaksOfReflectionList(const QList<Vec3D>& listPoint, const QList<HKLRef>& listReflection)
+{
+    QList<Peak3D> listPeak;
+    const int n = qMin(listPoint.size(), listReflection.size());
+    listPeak.reserve(n);
+    for (int i = 0; i < n; ++i) {
+        Peak3D peak;
+        peak.setPoint(listPoint[i]);
+        peak.dfDStar = length(listPoint[i]);
+        peak.dfIPoint = listReflection[i].dfI;
+        peak.nID = i;
+        listPeak.append(peak);
+    }
+    return listPeak;
+}

@@ -1,0 +1,116 @@
+#include "app/dataset/shiftfile.h"
+
+#include "app/dataset/fixednumber.h"
+#include "app/dataset/textlines.h"
+#include "app/dataset/textscanner.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <cmath>
+
+static bool fail(QString* pstrReason, const QString& strReason)
+{
+    if (pstrReason)
+        *pstrReason = strReason;
+    return false;
+}
+
+bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
+{
+    dropComments(listLine);
+    if (listLine.size() < 2)
+        return fail(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
+    ShiftData shiftRead;
+    CTextScanner scannerCenter(listLine[0]);
+    if (!scannerCenter.readDouble(shiftRead.dfCenterX) || !scannerCenter.readDouble(shiftRead.dfCenterY) ||
+        !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY))
+        return fail(pstrReason, QStringLiteral("the first line holds no direct beam"));
+    for (int i = 1; i < listLine.size(); ++i) {
+        CTextScanner scanner(listLine[i]);
+        int nSerial;
+        double dfX, dfY;
+        if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
+            !std::isfinite(dfX) || !std::isfinite(dfY))
+            continue;
+        if (nSerial != shiftRead.listShift.size() + 1)
+            return fail(pstrReason, QStringLiteral("serial %1 where %2 should be")
+                                        .arg(nSerial)
+                                        .arg(shiftRead.listShift.size() + 1));
+        shiftRead.listShift.append(QPointF(dfX, dfY));
+    }
+    shift = shiftRead;
+    return true;
+}
+
+bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason)
+{
+    QList<QByteArray> listLine;
+    if (!readTextLines(strFileName, listLine, pstrReason))
+        return false;
+    QString strReason;
+    return readShiftLines(listLine, shift, &strReason) ||
+           fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, strReason));
+}
+
+int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
+{
+    ShiftData shift;
+    if (!readShiftFile(strFileName, shift, pstrReason))
+        return 0;
+    if (shift.listShift.size() != data.m_listFrameFile.size()) {
+        report.addMessage(QStringLiteral("ED shift data is not used because the ED shift data is from %1 "
+                                         "frames, while there are %2 frames in the current dataset.")
+                              .arg(shift.listShift.size())
+                              .arg(data.m_listFrameFile.size()),
+                          Qt::red);
+        fail(pstrReason, QStringLiteral("%1: %2 frames instead of %3")
+                             .arg(strFileName)
+                             .arg(shift.listShift.size())
+                             .arg(data.m_listFrameFile.size()));
+        return 0;
+    }
+    data.m_dfCenterX = shift.dfCenterX;
+    data.m_dfCenterY = shift.dfCenterY;
+    data.m_listShift = shift.listShift;
+    return 1;
+}
+
+// Copies a shift file of more frames out of the way of the one to come.
+static bool keepLongerFile(const QString& strFileName, int nNewFrames, QString* pstrReason)
+{
+    ShiftData shiftOld;
+    if (!QFile::exists(strFileName) || !readShiftFile(strFileName, shiftOld) ||
+        shiftOld.listShift.size() <= nNewFrames)
+        return true;
+    const QString strKept = strFileName + QLatin1Char('~');
+    QByteArray bytesOld;
+    if (!readFileBytes(strFileName, bytesOld, g_nMaxTextFile, pstrReason))
+        return false;
+    QSaveFile file(strKept);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytesOld) != bytesOld.size() || !file.commit())
+        return fail(pstrReason, QStringLiteral("%1: %2").arg(strKept, file.errorString()));
+    return true;
+}
+
+bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
+{
+    if (strFileName.isEmpty())
+        return fail(pstrReason, QStringLiteral("no name for the shift file"));
+    if (!keepLongerFile(strFileName, shift.listShift.size(), pstrReason))
+        return false;
+    QByteArray strText;
+    appendFixed(strText, shift.dfCenterX, 2, 8);
+    appendFixed(strText, shift.dfCenterY, 2, 8);
+    strText.append('\n');
+    for (int i = 0; i < shift.listShift.size(); ++i) {
+        appendInt(strText, i + 1, 4);
+        appendFixed(strText, shift.listShift[i].x(), 2, 8);
+        appendFixed(strText, shift.listShift[i].y(), 2, 8);
+        strText.append('\n');
+    }
+    QSaveFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text) || file.write(strText) < 0 || !file.commit())
+        return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));
+    return true;
+}
