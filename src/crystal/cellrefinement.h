@@ -9,12 +9,12 @@
 /// What a refinement found beside the six parameters. Arrays of cells go a, b, c (Å), α, β, γ (degrees);
 /// coefficients go A to F (Å⁻²).
 struct CellRefinement {
-    int nInfo = 0;                         ///< result of the fit; 0 if none took place
+    int nInfo = 0;  ///< result of the fit; 0 if none took place
     double dfCell[6] = {};
     double dfCellStdErr[6] = {};
     double dfCoefficient[6] = {};
     double dfCoefficientStdErr[6] = {};
-    double dfRmsBefore[2] = {};            ///< root mean square of the d* errors (Å⁻¹), sum of their sizes/Σd*
+    double dfRmsBefore[2] = {};  ///< root mean square of the d* errors (Å⁻¹), sum of their sizes/Σd*
     double dfRmsAfter[2] = {};
 };
 

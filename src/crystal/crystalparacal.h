@@ -20,7 +20,7 @@ public:
     double m_dfS33 = 0;  ///< (a·b·sin γ)²
     double m_dfS13 = 0;  ///< (cos γ·cos α − cos β)·a·b²·c
     double m_dfVolume = 0;
-    double m_dfA = 0;    ///< Å
+    double m_dfA = 0;  ///< Å
     double m_dfB = 0;
     double m_dfC = 0;
     double m_dfAlpha = 0;  ///< degrees

@@ -30,10 +30,10 @@ public:
     int Run(LmderFunction fcn, int m, void* pData = nullptr);
 
     int m_nParam;
-    std::vector<double> m_vecParam;       ///< start values, then fitted values
-    std::vector<double> m_vecStdErr;      ///< e.s.d. of each parameter after a fit
+    std::vector<double> m_vecParam;   ///< start values, then fitted values
+    std::vector<double> m_vecStdErr;  ///< e.s.d. of each parameter after a fit
     int m_nMaxFev = 10000;
-    double m_dfEpsFcn = 0;                ///< read only by a finite-difference form
+    double m_dfEpsFcn = 0;  ///< read only by a finite-difference form
     int m_nMode = 1;
     double m_dfFactor = 100.0;
     std::vector<double> m_vecCovariance;  ///< n×n, row by row

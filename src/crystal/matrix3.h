@@ -56,7 +56,8 @@ public:
     {
         if (nColumn < 0 || nColumn > 2)
             return {};
-        return {float(m_dfElement[nColumn]), float(m_dfElement[nColumn + 3]), float(m_dfElement[nColumn + 6])};
+        return {float(m_dfElement[nColumn]), float(m_dfElement[nColumn + 3]),
+                float(m_dfElement[nColumn + 6])};
     }
 
     double determinant() const
@@ -85,9 +86,10 @@ public:
     CMatrix3 inverted() const
     {
         const double* p = m_dfElement;
-        const CMatrix3 adjugate(p[4] * p[8] - p[5] * p[7], p[2] * p[7] - p[1] * p[8], p[1] * p[5] - p[2] * p[4],
-                                p[5] * p[6] - p[3] * p[8], p[0] * p[8] - p[2] * p[6], p[2] * p[3] - p[0] * p[5],
-                                p[3] * p[7] - p[4] * p[6], p[1] * p[6] - p[0] * p[7], p[0] * p[4] - p[1] * p[3]);
+        const CMatrix3 adjugate(
+            p[4] * p[8] - p[5] * p[7], p[2] * p[7] - p[1] * p[8], p[1] * p[5] - p[2] * p[4],
+            p[5] * p[6] - p[3] * p[8], p[0] * p[8] - p[2] * p[6], p[2] * p[3] - p[0] * p[5],
+            p[3] * p[7] - p[4] * p[6], p[1] * p[6] - p[0] * p[7], p[0] * p[4] - p[1] * p[3]);
         return adjugate.scaled(1.0 / determinant());
     }
     /// This matrix times `other`.
@@ -97,7 +99,8 @@ public:
         for (int nRow = 0; nRow < 3; ++nRow)
             for (int nColumn = 0; nColumn < 3; ++nColumn)
                 result.at(nRow, nColumn) = at(nRow, 0) * other.at(0, nColumn) +
-                                           at(nRow, 1) * other.at(1, nColumn) + at(nRow, 2) * other.at(2, nColumn);
+                                           at(nRow, 1) * other.at(1, nColumn) +
+                                           at(nRow, 2) * other.at(2, nColumn);
         return result;
     }
     /// This matrix times the column `v`: components to double, each row's sum in double, the result

@@ -427,8 +427,8 @@ int laueGroupNumber(int nNumber)
         return 164;
     }
     static constexpr int aRange[][2] = {// last group of the range, Laue group
-                                        {2, 2},     {15, 10},   {74, 47},   {88, 83},   {142, 123}, {148, 147},
-                                        {176, 175}, {194, 191}, {206, 200}, {230, 221}};
+                                        {2, 2},     {15, 10},   {74, 47},   {88, 83},   {142, 123},
+                                        {148, 147}, {176, 175}, {194, 191}, {206, 200}, {230, 221}};
     for (const auto& range : aRange)
         if (nNumber <= range[0])
             return range[1];
@@ -459,11 +459,12 @@ CSymOp multiplied(const CSymOp& first, const CSymOp& second)
     for (int i = 0; i < 3; ++i) {
         const double* pRow = first.dfRotation + 3 * i;
         for (int j = 0; j < 3; ++j)
-            product.dfRotation[3 * i + j] = pRow[0] * second.dfRotation[j] + pRow[1] * second.dfRotation[3 + j] +
+            product.dfRotation[3 * i + j] = pRow[0] * second.dfRotation[j] +
+                                            pRow[1] * second.dfRotation[3 + j] +
                                             pRow[2] * second.dfRotation[6 + j];
-        product.dfTranslation[i] = reducedTranslation(pRow[0] * second.dfTranslation[0] +
-                                                      pRow[1] * second.dfTranslation[1] +
-                                                      pRow[2] * second.dfTranslation[2] + first.dfTranslation[i]);
+        product.dfTranslation[i] =
+            reducedTranslation(pRow[0] * second.dfTranslation[0] + pRow[1] * second.dfTranslation[1] +
+                               pRow[2] * second.dfTranslation[2] + first.dfTranslation[i]);
     }
     return product;
 }

@@ -8,7 +8,7 @@ public:
     /// Copies a 6×6 covariance matrix of A to F, row by row.
     void setCovariance(const double* pMatrix);
 
-    double calA() const;      ///< Å
+    double calA() const;  ///< Å
     double calB() const;
     double calC() const;
     double calAlpha() const;  ///< radians
@@ -16,7 +16,7 @@ public:
     double calGamma() const;
 
     // Variances by propagation of errors, gᵀ·M·g with the exact partial derivatives g.
-    double varA() const;      ///< Å²
+    double varA() const;  ///< Å²
     double varB() const;
     double varC() const;
     double varAlpha() const;  ///< radian²

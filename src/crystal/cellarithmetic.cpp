@@ -1,0 +1,61 @@
+#include "crystal/cellarithmetic.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double g_dfDegreesPerRadian = 180.0 / 3.141592653589793;
+
+Vec3D divided(const Vec3D& v, float f)
+{
+    return {v.x / f, v.y / f, v.z / f};
+}
+
+// Rounding can push the cosine of parallel vectors just past 1.
+double angleDegrees(const Vec3D& vec1, const Vec3D& vec2, float fLength1, float fLength2)
+{
+    const float fCosine = std::clamp(dot(vec1, vec2) / (fLength1 * fLength2), -1.f, 1.f);
+    return double(std::acos(fCosine)) * g_dfDegreesPerRadian;
+}
+
+}  // namespace
+
+bool reciprocalToDirectBasis(const Vec3D& vecAStar, const Vec3D& vecBStar, const Vec3D& vecCStar, Vec3D& vecA,
+                             Vec3D& vecB, Vec3D& vecC)
+{
+    const Vec3D vecBC = cross(vecBStar, vecCStar);
+    const Vec3D vecCA = cross(vecCStar, vecAStar);
+    const Vec3D vecAB = cross(vecAStar, vecBStar);
+    const float fVolume = dot(vecAStar, vecBC);
+    if (fVolume == 0.f || !std::isfinite(fVolume))
+        return false;
+    vecA = divided(vecBC, fVolume);
+    vecB = divided(vecCA, fVolume);
+    vecC = divided(vecAB, fVolume);
+    return true;
+}
+
+void basisToCellParameters(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& vecC, double& dfA, double& dfB,
+                           double& dfC, double& dfAlpha, double& dfBeta, double& dfGamma)
+{
+    const float fA = length(vecA), fB = length(vecB), fC = length(vecC);
+    dfA = double(fA);
+    dfB = double(fB);
+    dfC = double(fC);
+    dfAlpha = angleDegrees(vecB, vecC, fB, fC);
+    dfBeta = angleDegrees(vecA, vecC, fA, fC);
+    dfGamma = angleDegrees(vecA, vecB, fA, fB);
+}
+
+bool cellParametersFromList(const QList<Vec3D>& listCell, double& dfA, double& dfB, double& dfC,
+                            double& dfAlpha, double& dfBeta, double& dfGamma)
+{
+    if (listCell.size() != 3)
+        return false;
+    Vec3D vecA, vecB, vecC;
+    if (!reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], vecA, vecB, vecC))
+        return false;
+    basisToCellParameters(vecA, vecB, vecC, dfA, dfB, dfC, dfAlpha, dfBeta, dfGamma);
+    return true;
+}

@@ -1,0 +1,178 @@
+#include "crystal/cellrefinement.h"
+
+#include "crystal/lmderfit.h"
+#include "crystal/uclscell.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr double g_dfRadiansPerDegree = 0.017453292519943295;
+constexpr double g_dfDegreesPerRadian = 180 / 3.141592653589793;
+constexpr int g_nParam = 6;
+
+// One reflection as the fit sees it: the row of the Jacobian and the measured d*.
+struct FitRow {
+    double dfTerm[g_nParam];  // h², k², l², h·k, k·l, h·l
+    double dfDStar;
+
+    double form(const double* pCoef) const
+    {
+        return pCoef[0] * dfTerm[0] + pCoef[1] * dfTerm[1] + pCoef[2] * dfTerm[2] + pCoef[3] * dfTerm[3] +
+               pCoef[4] * dfTerm[4] + pCoef[5] * dfTerm[5];
+    }
+};
+
+using FitData = std::vector<FitRow>;
+
+FitData fitData(const QList<Peak3D>& listPeak)
+{
+    FitData data;
+    data.reserve(std::size_t(listPeak.size()));
+    for (const Peak3D& peak : listPeak) {
+        const double h = peak.dfH, k = peak.dfK, l = peak.dfL;
+        data.push_back({{h * h, k * k, l * l, h * k, k * l, h * l}, peak.dfDStar});
+    }
+    return data;
+}
+
+int residuals(void* pData, int m, int n, const double* x, double* fvec, double* fjac, int ldfjac, int iflag)
+{
+    const FitData& data = *static_cast<const FitData*>(pData);
+    if (iflag == 1) {
+        for (int i = 0; i < m; ++i) {
+            const FitRow& row = data[std::size_t(i)];
+            fvec[i] = row.form(x) - row.dfDStar * row.dfDStar;
+        }
+    } else if (iflag == 2) {
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i)
+                fjac[std::size_t(j) * std::size_t(ldfjac) + std::size_t(i)] = data[std::size_t(i)].dfTerm[j];
+    }
+    return 0;
+}
+
+// Root mean square of the d* errors, and the sum of their sizes over the sum of d*.
+void figuresOfMerit(const FitData& data, const double* pCoef, double* pFigure)
+{
+    double dfSquares = 0, dfSizes = 0, dfDStars = 0;
+    for (const FitRow& row : data) {
+        const double dfError = std::sqrt(row.form(pCoef)) - row.dfDStar;
+        dfSquares += dfError * dfError;
+        dfSizes += std::fabs(dfError);
+        dfDStars += row.dfDStar;
+    }
+    pFigure[0] = std::sqrt(dfSquares / double(data.size()));
+    pFigure[1] = dfSizes / dfDStars;
+}
+
+void startCoefficients(double a, double b, double c, double dfAlpha, double dfBeta, double dfGamma,
+                       double* pCoef)
+{
+    const double dfCosA = std::cos(dfAlpha), dfCosB = std::cos(dfBeta), dfCosC = std::cos(dfGamma);
+    const double dfSinA = std::sin(dfAlpha), dfSinB = std::sin(dfBeta), dfSinC = std::sin(dfGamma);
+    const double dfV2 =
+        a * a * b * b * c * c *
+        (1 - dfCosA * dfCosA - dfCosB * dfCosB - dfCosC * dfCosC + 2 * dfCosA * dfCosB * dfCosC);
+    pCoef[0] = b * b * c * c * dfSinA * dfSinA / dfV2;
+    pCoef[1] = a * a * c * c * dfSinB * dfSinB / dfV2;
+    pCoef[2] = a * a * b * b * dfSinC * dfSinC / dfV2;
+    pCoef[3] = 2 * a * b * c * c * (dfCosA * dfCosB - dfCosC) / dfV2;
+    pCoef[4] = 2 * a * a * b * c * (dfCosB * dfCosC - dfCosA) / dfV2;
+    pCoef[5] = 2 * a * b * b * c * (dfCosC * dfCosA - dfCosB) / dfV2;
+}
+
+void cellOf(const CUclsCell& cell, double* pCell)
+{
+    pCell[0] = cell.calA();
+    pCell[1] = cell.calB();
+    pCell[2] = cell.calC();
+    pCell[3] = cell.calAlpha() * g_dfDegreesPerRadian;
+    pCell[4] = cell.calBeta() * g_dfDegreesPerRadian;
+    pCell[5] = cell.calGamma() * g_dfDegreesPerRadian;
+}
+
+QString sixNumbers(const double* p)
+{
+    return QStringLiteral("%L1, %L2, %L3, %L4, %L5, %L6")
+        .arg(p[0])
+        .arg(p[1])
+        .arg(p[2])
+        .arg(p[3])
+        .arg(p[4])
+        .arg(p[5]);
+}
+
+QString twoNumbers(const double* p)
+{
+    return QStringLiteral("%L1, %L2").arg(p[0]).arg(p[1]);
+}
+
+}  // namespace
+
+bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, double& c, double& alpha,
+                        double& beta, double& gamma, CRunReport& report, CellRefinement* pResult)
+{
+    CellRefinement result;
+    double aCoef[g_nParam];
+    startCoefficients(a, b, c, alpha * g_dfRadiansPerDegree, beta * g_dfRadiansPerDegree,
+                      gamma * g_dfRadiansPerDegree, aCoef);
+    report.addMessage(QStringLiteral("Unit cell refinement: %1 points.").arg(listPeak.size()));
+    if (listPeak.size() < 6) {
+        report.addMessage(QStringLiteral("Too few peaks for refinement."), Qt::red);
+        return false;
+    }
+
+    FitData data = fitData(listPeak);
+    figuresOfMerit(data, aCoef, result.dfRmsBefore);
+    CUclsCell cell;
+    cell.setCoefficients(aCoef[0], aCoef[1], aCoef[2], aCoef[3], aCoef[4], aCoef[5]);
+    double aCellBefore[6];
+    cellOf(cell, aCellBefore);
+    report.addMessage(QStringLiteral("Unit cell before UCLS refinement: ") + sixNumbers(aCellBefore));
+    report.addMessage(QStringLiteral("A-F before UCLS refinement: ") + sixNumbers(aCoef));
+    report.addMessage(QStringLiteral("RMS of the d* errors before fitting: ") +
+                      twoNumbers(result.dfRmsBefore));
+
+    CLmderFit fit(g_nParam);
+    fit.SetParams(std::vector<double>(aCoef, aCoef + g_nParam));
+    result.nInfo = fit.Run(residuals, listPeak.size(), &data);
+
+    std::copy(fit.m_vecParam.begin(), fit.m_vecParam.end(), result.dfCoefficient);
+    std::copy(fit.m_vecStdErr.begin(), fit.m_vecStdErr.end(), result.dfCoefficientStdErr);
+    const double* p = result.dfCoefficient;
+    cell.setCoefficients(p[0], p[1], p[2], p[3], p[4], p[5]);
+    cell.setCovariance(fit.m_vecCovariance.data());
+    cellOf(cell, result.dfCell);
+    result.dfCellStdErr[0] = std::sqrt(cell.varA());
+    result.dfCellStdErr[1] = std::sqrt(cell.varB());
+    result.dfCellStdErr[2] = std::sqrt(cell.varC());
+    result.dfCellStdErr[3] = std::sqrt(cell.varAlpha()) * g_dfDegreesPerRadian;
+    result.dfCellStdErr[4] = std::sqrt(cell.varBeta()) * g_dfDegreesPerRadian;
+    result.dfCellStdErr[5] = std::sqrt(cell.varGamma()) * g_dfDegreesPerRadian;
+    figuresOfMerit(data, result.dfCoefficient, result.dfRmsAfter);
+
+    report.addMessage(QStringLiteral("A-F after UCLS refinement: ") + sixNumbers(result.dfCoefficient) +
+                      QStringLiteral("; result = %L1").arg(result.nInfo));
+    report.addMessage(QStringLiteral("A-F UCLS esd: ") + sixNumbers(result.dfCoefficientStdErr));
+    report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.dfCell));
+    report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.dfCellStdErr));
+    report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
+    if (pResult)
+        *pResult = result;
+
+    // A form that isn't positive definite has no direct cell; the cell that came in stays.
+    if (!std::all_of(result.dfCell, result.dfCell + 6, [](double df) { return std::isfinite(df); }))
+        return false;
+    a = result.dfCell[0];
+    b = result.dfCell[1];
+    c = result.dfCell[2];
+    alpha = result.dfCell[3];
+    beta = result.dfCell[4];
+    gamma = result.dfCell[5];
+    return true;
+}

@@ -1,0 +1,35 @@
+#include "crystal/celltransformation.h"
+
+#include <cmath>
+
+bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix, TransformationSpace space,
+                       QList<Vec3D>& listCell, CRunReport& report, const QString& strLatticeHost)
+{
+    if (listCellFound.size() != 3) {
+        report.addMessage(QStringLiteral("Unit cell information is missing."));
+        return false;
+    }
+    CMatrix3 matBasis;
+    for (int n = 0; n < 3; ++n)
+        matBasis.setRow(n + 1, listCellFound[n]);
+
+    if (space == TransformationSpace::Reciprocal) {
+        const CMatrix3 matNew = matrix.multiplied(matBasis);
+        listCell = {matNew.getRow(1), matNew.getRow(2), matNew.getRow(3)};
+    } else {
+        // Written so that a determinant that is no number is refused too.
+        if (!(std::fabs(matrix.determinant()) > 1e-7)) {
+            report.addMessage(QStringLiteral("TransformUnitCell: singlular matrix!"), Qt::red);
+            return false;
+        }
+        const CMatrix3 matNew = matBasis.transposed().multiplied(matrix.inverted());
+        listCell = {matNew.getColumn(0), matNew.getColumn(1), matNew.getColumn(2)};
+    }
+
+    const QString strHtml = unitCellHtml(QStringLiteral("Transformed unit cell"), listCell, strLatticeHost);
+    if (strHtml.isEmpty())
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+    else
+        report.addHtml(strHtml);
+    return true;
+}

@@ -1,0 +1,35 @@
+#include "crystal/hkl3d.h"
+
+#include "crystal/cellarithmetic.h"
+
+#include <QString>
+
+bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
+               CRunReport& report)
+{
+    if (listCell.size() != 3) {
+        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Qt::red);
+        return false;
+    }
+    Vec3D vecA, vecB, vecC;
+    if (!reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], vecA, vecB, vecC)) {
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        return false;
+    }
+    QList<Peak3D> listNew;
+    listNew.reserve(listHKL.size());
+    for (const HKL5& hkl : listHKL) {
+        const Vec3D g = scaled(listCell[0], float(hkl.nH)) + scaled(listCell[1], float(hkl.nK)) +
+                        scaled(listCell[2], float(hkl.nL));
+        Peak3D peak;
+        peak.setPoint(g);
+        peak.dfDStar = double(length(g));
+        peak.setHKL(hkl.nH, hkl.nK, hkl.nL);
+        peak.dfIPoint = double(hkl.fI);
+        peak.nFrame = 0;
+        peak.nID = listNew.size();
+        listNew.append(peak);
+    }
+    listPeak = listNew;
+    return true;
+}

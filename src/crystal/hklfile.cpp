@@ -1,0 +1,157 @@
+#include "crystal/hklfile.h"
+
+#include "app/records/timestamp.h"
+#include "crystal/cellarithmetic.h"
+#include "crystal/reflectionindices.h"
+#include "crystal/reflectionlists.h"
+#include "crystal/textfile.h"
+
+#include <QFile>
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace {
+
+bool isOrigin(const HKLRef& hkl)
+{
+    return hkl.nH == 0 && hkl.nK == 0 && hkl.nL == 0;
+}
+
+// A power of ten that brings the largest intensity between 10000 and 99999.9; 1 up to that.
+double intensityScale(const QList<HKLRef>& listObserved)
+{
+    float fMax = 0;
+    for (const HKLRef& hkl : listObserved)
+        if (!isOrigin(hkl) && float(hkl.dfI) > fMax)
+            fMax = float(hkl.dfI);
+    if (!(fMax > 10000.f) || !std::isfinite(fMax))
+        return 1;
+    return std::pow(10.0, 4 - int(std::log10(double(fMax))));
+}
+
+// Walks over one line, number by number, in the C locale whatever the process has set.
+class LineReader {
+public:
+    explicit LineReader(const QByteArray& baLine) : m_p(baLine.constData()), m_pEnd(m_p + baLine.size()) {}
+
+    bool readInt(int& n)
+    {
+        toNumber();
+        const auto result = std::from_chars(m_p, m_pEnd, n);
+        m_p = result.ptr;
+        return result.ec == std::errc();
+    }
+
+    bool readFloat(float& f)
+    {
+        toNumber();
+        double df = 0;
+        const auto resultFloat = std::from_chars(m_p, m_pEnd, f);
+        if (resultFloat.ec != std::errc::result_out_of_range)
+            return resultFloat.ec == std::errc();
+        // Too small for single precision is 0; too large is no intensity.
+        if (std::from_chars(m_p, m_pEnd, df).ec != std::errc() || std::fabs(df) > 1)
+            return false;
+        f = float(df);
+        return true;
+    }
+
+private:
+    void toNumber()
+    {
+        while (m_p != m_pEnd && (*m_p == ' ' || (*m_p >= '\t' && *m_p <= '\r')))
+            ++m_p;
+        if (m_pEnd - m_p > 1 && *m_p == '+' && m_p[1] != '-')
+            ++m_p;
+    }
+
+    const char* m_p;
+    const char* m_pEnd;
+};
+
+}  // namespace
+
+QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& listMissing)
+{
+    const double dfScale = intensityScale(listObserved);
+    QString strText;
+    strText.reserve(29 * (listObserved.size() + listMissing.size() + 1));
+    for (const HKLRef& hkl : listObserved) {
+        if (isOrigin(hkl))
+            continue;
+        // Cut at the seventh character, so that the columns hold.
+        const QString strIntensity = QStringLiteral("%1").arg(dfScale * hkl.dfI, 7, 'f', 1).left(7);
+        strText += QStringLiteral(" %1 %2 %3 %4 %5\n")
+                       .arg(hkl.nH, 3)
+                       .arg(hkl.nK, 3)
+                       .arg(hkl.nL, 3)
+                       .arg(strIntensity)
+                       .arg(1.0, 7, 'f', 1);
+    }
+    for (const HKLRef& hkl : listMissing)
+        if (!isOrigin(hkl))
+            strText += QString::asprintf("%4d%4d%4d%8d%8.1f\n", hkl.nH, hkl.nK, hkl.nL, 0, 1.0);
+    strText += QString::asprintf("%4d%4d%4d%8.1f%8.1f\n", 0, 0, 0, 0.0, 0.0);
+    return strText;
+}
+
+bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
+                                 const QList<double>& listOverallTilt, const QString& strProjectDir,
+                                 const QString& strProjectName, CRunReport& report)
+{
+    const float fDStar = getEffectiveDStar(listIndexedPeak);
+    const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
+    const QList<HKLRef> listMissing = missingReflections(
+        calAllReflections2(listIndexedPeak, listCell, listOverallTilt, report), listObserved);
+    const QString strHKL = hklFileText(listObserved, listMissing);
+    report.addMessage(
+        QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
+    report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
+
+    const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
+    const QString strHKLFile = strBase + QStringLiteral(".hkl");
+    const bool bHKLWritten = writeTextFile(strHKLFile, strHKL);
+    if (bHKLWritten)
+        report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
+    else
+        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strHKLFile), Qt::red);
+
+    const QString strP4PFile = strBase + QStringLiteral(".p4p");
+    double a, b, c, alpha, beta, gamma;
+    QString strP4P;
+    if (cellParametersFromList(listCell, a, b, c, alpha, beta, gamma))
+        strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")
+                     .arg(a, 8, 'f', 3)
+                     .arg(b, 8, 'f', 3)
+                     .arg(c, 8, 'f', 3)
+                     .arg(alpha, 8, 'f', 2)
+                     .arg(beta, 8, 'f', 2)
+                     .arg(gamma, 8, 'f', 2);
+    const bool bP4PWritten = writeTextFile(strP4PFile, strP4P);
+    if (!bP4PWritten)
+        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strP4PFile), Qt::red);
+    else if (!strP4P.isEmpty())
+        report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
+    return bHKLWritten && bP4PWritten;
+}
+
+QList<HKL5> readHKLFile(const QString& strFileName)
+{
+    QList<HKL5> listHKL;
+    QFile file(strFileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return listHKL;
+    while (!file.atEnd()) {
+        const QByteArray baLine = file.readLine();
+        if (baLine.isEmpty())
+            break;  // a read error; what was read stays
+        LineReader reader(baLine);
+        HKL5 hkl;
+        if (reader.readInt(hkl.nH) && reader.readInt(hkl.nK) && reader.readInt(hkl.nL) &&
+            reader.readFloat(hkl.fI))
+            listHKL.append(hkl);
+    }
+    return listHKL;
+}

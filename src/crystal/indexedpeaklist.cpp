@@ -1,0 +1,36 @@
+#include "crystal/indexedpeaklist.h"
+
+#include "app/records/timestamp.h"
+#include "crystal/reflectionindices.h"
+#include "crystal/textfile.h"
+
+bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName)
+{
+    QString strText = QStringLiteral("# Frame.no    H    K    L    d*    x    y     I_point    I_2D\n");
+    for (int nFrame = 0; nFrame < vecPeakOnFrame.size(); ++nFrame)
+        for (const Peak3D& peak : vecPeakOnFrame[nFrame])
+            strText += QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9\n")
+                           .arg(nFrame + 1, 4)
+                           .arg(truncatedInt(peak.dfH), 4)
+                           .arg(truncatedInt(peak.dfK), 4)
+                           .arg(truncatedInt(peak.dfL), 4)
+                           .arg(peak.dfDStar, 10, 'f', 6)
+                           .arg(truncatedInt(peak.dfX2D), 5)
+                           .arg(truncatedInt(peak.dfY2D), 5)
+                           .arg(peak.dfIPoint, 10, 'f', 1)
+                           .arg(peak.dfI2D, 10, 'f', 1);
+    return writeTextFile(strFileName, strText);
+}
+
+bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
+                                      const QString& strProjectDir, const QString& strProjectName,
+                                      CRunReport& report)
+{
+    const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName + QStringLiteral(".ipf");
+    const QString strMessage =
+        writeIndexedPeakList(vecPeakIndexedOnFrame, strFile)
+            ? QStringLiteral("%1>List of the indexed peaks on the frames output to file: %2")
+            : QStringLiteral("%1>Failed to save file: %2");
+    report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
+    return true;
+}

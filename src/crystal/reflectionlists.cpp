@@ -1,0 +1,177 @@
+#include "crystal/reflectionlists.h"
+
+#include "crystal/reflectionset.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+
+double dotDouble(const Vec3D& a, const Vec3D& b)
+{
+    return double(a.x) * double(b.x) + double(a.y) * double(b.y) + double(a.z) * double(b.z);
+}
+
+// The tilt range less 2 degrees at both ends, in radians.
+struct SweptRange {
+    double dfLow;
+    double dfHigh;
+};
+
+SweptRange sweptRange(const QList<double>& listOverallTilt)
+{
+    const float fFirst = float(listOverallTilt.first()), fLast = float(listOverallTilt.last());
+    return {(double(std::min(fFirst, fLast)) + 2.0) * g_dfPi / 180,
+            (double(std::max(fFirst, fLast)) - 2.0) * g_dfPi / 180};
+}
+
+// Walks all lattice points with d* below the effective d* of the observed reflections, in the order of
+// h, k, l, and keeps those that `keep(g)` accepts.
+template <class Keep>
+QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+                                    const QList<double>& listOverallTilt, CRunReport& report,
+                                    const Keep& keep)
+{
+    QList<HKLRef> listAll;
+    const float fDStar = getEffectiveDStar(listPeak);
+    const float fLimit = fDStar * fDStar;
+    if (listOverallTilt.isEmpty() || listCell.size() != 3 || fDStar == 0.f)
+        return listAll;
+
+    const float aMax[3] = {std::trunc(2 * fDStar / length(listCell[0])),
+                           std::trunc(2 * fDStar / length(listCell[1])),
+                           std::trunc(2 * fDStar / length(listCell[2]))};
+    const double dfPoints = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1) * (2 * double(aMax[2]) + 1);
+    if (!(std::fabs(dfPoints) <= g_dfMaxLatticePoints)) {
+        report.addMessage(QStringLiteral("Too many lattice points up to d* = %1 Å⁻¹ for the list of expected "
+                                         "reflections: %2, the limit is %3.")
+                              .arg(double(fDStar))
+                              .arg(dfPoints)
+                              .arg(g_dfMaxLatticePoints),
+                          Qt::red);
+        return listAll;
+    }
+    const int nHMax = int(aMax[0]), nKMax = int(aMax[1]), nLMax = int(aMax[2]);
+
+    // On a row of l only the piece inside the sphere is visited. It is found in double with a margin of
+    // 1e-4 of the squared limit and one step at both ends, far above the rounding of the single-precision
+    // test below, which alone decides.
+    const double dfWideLimit = double(fLimit) * (1 + 1e-4);
+    const double dfStep2 = dotDouble(listCell[2], listCell[2]);
+    for (int h = -nHMax; h <= nHMax; ++h) {
+        const Vec3D vecH = scaled(listCell[0], float(h));
+        for (int k = -nKMax; k <= nKMax; ++k) {
+            const Vec3D vecHK = vecH + scaled(listCell[1], float(k));
+            const double dfMiddle = -dotDouble(vecHK, listCell[2]) / dfStep2;
+            const double dfNearest2 = dotDouble(vecHK, vecHK) - dfMiddle * dfMiddle * dfStep2;
+            if (dfNearest2 > dfWideLimit)
+                continue;
+            const double dfHalf = std::sqrt((dfWideLimit - dfNearest2) / dfStep2) + 1;
+            const int nFrom = int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax)));
+            const int nTo = int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)));
+            for (int l = nFrom; l <= nTo; ++l) {
+                const Vec3D g = vecHK + scaled(listCell[2], float(l));
+                if (squaredLength(g) < fLimit && keep(g))
+                    listAll.append({h, k, l, 0.0});
+            }
+        }
+    }
+    return listAll;
+}
+
+}  // namespace
+
+float getEffectiveDStar(const QList<Peak3D>& listPeak)
+{
+    if (listPeak.isEmpty())
+        return 0.f;
+    std::vector<double> vecDStar;
+    vecDStar.reserve(std::size_t(listPeak.size()));
+    for (const Peak3D& peak : listPeak)
+        vecDStar.push_back(peak.dfDStar);
+    // What is no number goes to the end, as it has no place in an order.
+    std::stable_sort(vecDStar.begin(), vecDStar.end(),
+                     [](double df1, double df2) { return std::isnan(df2) ? !std::isnan(df1) : df1 < df2; });
+    return float(vecDStar[std::size_t(0.95 * double(vecDStar.size()))]);
+}
+
+QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+                                 const QList<double>& listOverallTilt, CRunReport& report)
+{
+    if (listOverallTilt.isEmpty())
+        return {};
+    const SweptRange range = sweptRange(listOverallTilt);
+    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, [&range](const Vec3D& g) {
+        // Adding 0 turns a negative zero positive, so a point on the axis has the angle 0.
+        const double dfPhi = std::atan2(double(g.z) + 0.0, double(g.y) + 0.0);
+        double dfPsi = dfPhi + g_dfPi;
+        if (dfPsi > g_dfPi)
+            dfPsi -= 2 * g_dfPi;
+        else if (dfPsi < -g_dfPi)
+            dfPsi += 2 * g_dfPi;
+        return (range.dfLow < dfPhi && dfPhi < range.dfHigh) || (range.dfLow < dfPsi && dfPsi < range.dfHigh);
+    });
+}
+
+QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+                                const QList<double>& listOverallTilt, CRunReport& report)
+{
+    if (listOverallTilt.isEmpty())
+        return {};
+    const SweptRange range = sweptRange(listOverallTilt);
+    const double dfLow = std::tan(range.dfLow), dfHigh = std::tan(range.dfHigh);
+    const double dfLowBack = std::tan(range.dfLow + g_dfPi), dfHighBack = std::tan(range.dfHigh + g_dfPi);
+    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, [=](const Vec3D& g) {
+        const double dfSlope = double(g.z) / double(g.y);
+        if (g.y > 0)
+            return dfLow < dfSlope && dfSlope < dfHigh;
+        if (g.y < 0)
+            return dfLowBack < dfSlope && dfSlope < dfHighBack;
+        return false;
+    });
+}
+
+QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRef>& listObserved)
+{
+    const CReflectionSet setObserved(listObserved);
+    QList<HKLRef> listMissing;
+    for (const HKLRef& hkl : listAll)
+        if (!setObserved.contains(hkl))
+            listMissing.append(hkl);
+    return listMissing;
+}
+
+QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, double dfInt,
+                                const FramePositionGeometry& geometry, CRunReport& report)
+{
+    const int nTilts = geometry.listOverallTilt.size();
+    if (nTilts < 2) {
+        report.addMessage(QStringLiteral("Count of overall tilt is %1 in filterReflections.").arg(nTilts),
+                          Qt::red);
+        return {};
+    }
+    const double dfStep = geometry.listOverallTilt[1] - geometry.listOverallTilt[0];
+    QList<Peak3D> listKept;
+    for (const Peak3D& peak : listPeak) {
+        const float fDistance = calDistanceToRotationAxis(geometry.centres, geometry.dfRotationAxis,
+                                                          peak.nFrame, QPointF(peak.dfX2D, peak.dfY2D));
+        const double dfBehind = peak.dfFrameFit - (double(peak.nFrame) + 1);
+        if (double(fDistance) > dfdRA && peak.dfIPoint > dfInt && dfBehind < 2.0) {
+            listKept.append(peak);
+            listKept.last().dfTiltFit = peak.dfFrameTilt + dfBehind * dfStep;
+        }
+    }
+    report.addMessage(
+        QStringLiteral(
+            "Filtering gvecPeak: %1 remained after filtering %2 reflections with dRA=%3 and Int=%4.")
+            .arg(listKept.size())
+            .arg(listPeak.size())
+            .arg(dfdRA)
+            .arg(dfInt));
+    return listKept;
+}
