@@ -1,0 +1,47 @@
+// tessera-compare: holds the results of a simulated series against its truth.
+#include "simulate/seriescomparison.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QJsonDocument>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tessera-compare"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Compares the peak list (.pk), unit cell (.uc) and indexed peaks (.ipf) of a simulated series "
+        "with its truth.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable files."));
+    parser.addHelpOption();
+    parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
+    parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));
+    parser.addPositionalArgument(QStringLiteral("BASE"),
+                                 QStringLiteral("folder and base name of the results, no extension"));
+    if (!parser.parse(app.arguments())) {
+        std::fprintf(stderr, "%s\n", qPrintable(parser.errorText()));
+        return 2;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
+    const QStringList listArgument = parser.positionalArguments();
+    if (listArgument.size() != 2) {
+        std::fprintf(stderr, "Two arguments are needed: TRUTH BASE\n");
+        return 2;
+    }
+    SeriesComparison comparison;
+    QString strError;
+    if (!compareSeriesFiles(listArgument[0], listArgument[1], comparison, strError)) {
+        std::fprintf(stderr, "%s\n", qPrintable(strError));
+        return 2;
+    }
+    const QByteArray text = parser.isSet(QStringLiteral("json"))
+                                ? QJsonDocument(comparisonToJson(comparison)).toJson()
+                                : comparisonToText(comparison).toUtf8();
+    std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+    return comparison.lattice.isRight() ? 0 : 1;
+}

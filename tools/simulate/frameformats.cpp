@@ -1,0 +1,94 @@
+#include "simulate/frameformats.h"
+
+#include "simulate/dm3writer.h"
+
+#include <QImage>
+#include <QSaveFile>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace {
+constexpr int g_nCountsPerGrey = 4;
+
+template <typename T>
+T rounded(float f)
+{
+    const double df = std::floor(double(f) + 0.5);
+    return T(std::clamp(df, double(std::numeric_limits<T>::min()), double(std::numeric_limits<T>::max())));
+}
+
+template <typename T>
+void appendPixels(const std::vector<float>& listPixel, int nWidth, int nHeight, QByteArray& data)
+{
+    for (int y = nHeight - 1; y >= 0; --y)
+        for (int x = 0; x < nWidth; ++x) {
+            const float f = listPixel[size_t(y) * nWidth + x];
+            const T value = qToLittleEndian(std::is_floating_point<T>::value ? T(f) : rounded<T>(f));
+            data.append(reinterpret_cast<const char*>(&value), int(sizeof(T)));
+        }
+}
+
+bool writePng(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight)
+{
+    QImage image(nWidth, nHeight, QImage::Format_Grayscale8);
+    for (int y = 0; y < nHeight; ++y)
+        for (int x = 0; x < nWidth; ++x)
+            image.scanLine(y)[x] = rounded<uchar>(listPixel[size_t(y) * nWidth + x] / g_nCountsPerGrey);
+    QSaveFile file(strFileName);
+    return file.open(QIODevice::WriteOnly) && image.save(&file, "PNG") && file.commit();
+}
+}  // namespace
+
+QString frameExtension(FrameFormat format)
+{
+    switch (format) {
+    case FrameFormat::Dm3:
+        return QStringLiteral("dm3");
+    case FrameFormat::Png8:
+        return QStringLiteral("png");
+    default:
+        return QStringLiteral("mrc");
+    }
+}
+
+QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, FrameFormat format)
+{
+    const int nMode = format == FrameFormat::Mrc16 ? 1 : format == FrameFormat::MrcU16 ? 6 : 2;
+    QByteArray data(1024, '\0');
+    const auto put = [&](int nOffset, qint32 nValue) { qToLittleEndian(nValue, data.data() + nOffset); };
+    put(0, nWidth);
+    put(4, nHeight);
+    put(8, 1);
+    put(12, nMode);
+    put(28, nWidth);
+    put(32, nHeight);
+    put(36, 1);
+    put(64, 1);  // columns, rows, sections
+    put(68, 2);
+    put(72, 3);
+    data[212] = 0x44;
+    data[213] = 0x41;
+    data.reserve(1024 + nWidth * nHeight * 4);
+    if (nMode == 1)
+        appendPixels<qint16>(listPixel, nWidth, nHeight, data);
+    else if (nMode == 6)
+        appendPixels<quint16>(listPixel, nWidth, nHeight, data);
+    else
+        appendPixels<float>(listPixel, nWidth, nHeight, data);
+    return data;
+}
+
+bool writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
+                FrameFormat format)
+{
+    if (format == FrameFormat::Png8)
+        return writePng(strFileName, listPixel, nWidth, nHeight);
+    const QByteArray data = format == FrameFormat::Dm3 ? encodeDm3(listPixel, nWidth, nHeight)
+                                                       : encodeMrc(listPixel, nWidth, nHeight, format);
+    QSaveFile file(strFileName);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit();
+}

@@ -1,0 +1,283 @@
+#include "simulate/seriescomparison.h"
+
+#include "simulate/structurefactor.h"
+#include "simulate/truthfile.h"
+
+#include <QFile>
+#include <QJsonArray>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace {
+// The matrix with whole elements, and how far the given one lies from it.
+Matrix3 roundedMatrix(const Matrix3& mat, double& dfMisfit)
+{
+    Matrix3 result = mat;
+    dfMisfit = 0;
+    for (Vector3& row : result)
+        for (double& df : row) {
+            const double dfWhole = std::round(df);
+            dfMisfit = std::max(dfMisfit, std::abs(df - dfWhole));
+            df = dfWhole;
+        }
+    return result;
+}
+
+bool isPrimitiveVector(const Vector3& vec)
+{
+    return std::gcd(std::gcd(int(vec[0]), int(vec[1])), int(vec[2])) == 1;
+}
+
+constexpr double g_dfLargestMisfit = 0.2;
+
+// Sorted by frame, the spots or peaks of each.
+template <typename T>
+std::vector<std::vector<T>> byFrame(const std::vector<T>& list, int nFrames)
+{
+    std::vector<std::vector<T>> listFrame(nFrames);
+    for (const T& item : list)
+        if (item.nFrame >= 0 && item.nFrame < nFrames)
+            listFrame[item.nFrame].push_back(item);
+    return listFrame;
+}
+
+template <typename T>
+const T* nearest(const std::vector<T>& list, double dfX, double dfY, double dfRadius)
+{
+    const T* pBest = nullptr;
+    double dfBest = dfRadius * dfRadius;
+    for (const T& item : list) {
+        const double df = (item.dfX - dfX) * (item.dfX - dfX) + (item.dfY - dfY) * (item.dfY - dfY);
+        if (df <= dfBest) {
+            dfBest = df;
+            pBest = &item;
+        }
+    }
+    return pBest;
+}
+
+// Rows of blank-separated words without comments; false when the file does not open.
+bool readRows(const QString& strFileName, std::vector<QStringList>& listRow)
+{
+    QFile file(strFileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return false;
+    QString strText = QString::fromUtf8(file.readAll());
+    if (strText.startsWith(QChar(0xfeff)))
+        strText.remove(0, 1);
+    for (const QString& strLine : strText.split(QLatin1Char('\n'))) {
+        const QString str = strLine.simplified();
+        if (!str.isEmpty() && !str.startsWith(QLatin1Char('#')))
+            listRow.push_back(str.split(QLatin1Char(' ')));
+    }
+    return true;
+}
+
+bool readCell(const QString& strFileName, Matrix3& mat)
+{
+    std::vector<QStringList> listRow;
+    if (!readRows(strFileName, listRow) || listRow.size() < 3)
+        return false;
+    for (int i = 0; i < 3; ++i) {
+        if (listRow[i].size() < 4)
+            return false;
+        for (int j = 0; j < 3; ++j) {
+            bool bGood = false;
+            mat[i][j] = listRow[i][j + 1].toDouble(&bGood);
+            if (!bGood)
+                return false;
+        }
+    }
+    return true;
+}
+
+QString relationText(LatticeMatch::Relation relation)
+{
+    switch (relation) {
+    case LatticeMatch::Same:
+        return QStringLiteral("same");
+    case LatticeMatch::Centred:
+        return QStringLiteral("centred");
+    case LatticeMatch::Supercell:
+        return QStringLiteral("supercell");
+    case LatticeMatch::Subcell:
+        return QStringLiteral("subcell");
+    default:
+        return QStringLiteral("none");
+    }
+}
+}  // namespace
+
+LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const Matrix3& matPrimitive)
+{
+    LatticeMatch match;
+    const Matrix3 matTruePrimitive = matPrimitive * matTrue;
+    if (!(std::abs(determinantOf(matFound)) > 1e-9))
+        return match;
+    // Found basis on the primitive one: whole numbers when it holds lattice points only.
+    const Matrix3 matRatio = matFound * inverseOf(matTruePrimitive);
+    double dfMisfit = 0;
+    const Matrix3 matWhole = roundedMatrix(matRatio, dfMisfit);
+    const int nWhole = int(std::lround(std::abs(determinantOf(matWhole))));
+    Matrix3 matFoundOnPrimitive;  // exact
+    if (dfMisfit < g_dfLargestMisfit && nWhole >= 1) {
+        match.relation = nWhole == 1 ? LatticeMatch::Same : LatticeMatch::Subcell;
+        match.nIndex = nWhole;
+        match.dfMisfit = dfMisfit;
+        matFoundOnPrimitive = matWhole;
+    } else {
+        // The other way round: every true point has whole indices on the found basis.
+        const Matrix3 matBack = roundedMatrix(inverseOf(matRatio), dfMisfit);
+        const int nBack = int(std::lround(std::abs(determinantOf(matBack))));
+        if (!(dfMisfit < g_dfLargestMisfit) || nBack < 2)
+            return match;
+        // The rows of its transpose are the found direct axes on the true primitive direct cell.
+        const Matrix3 matDirect = transposed(matBack);
+        const bool bTrueAxes = std::all_of(matDirect.begin(), matDirect.end(), isPrimitiveVector);
+        match.relation = bTrueAxes && nBack <= 4 ? LatticeMatch::Centred : LatticeMatch::Supercell;
+        match.nIndex = nBack;
+        match.dfMisfit = dfMisfit;
+        matFoundOnPrimitive = inverseOf(matBack);
+    }
+    match.matToTrue = matFoundOnPrimitive * matPrimitive;
+    const Matrix3 matBrought = inverseOf(match.matToTrue) * matFound;
+    match.adfCell = cellOfReciprocalBasis(matBrought);
+    const std::array<double, 6> adfTrue = cellOfReciprocalBasis(matTrue);
+    for (int i = 0; i < 3; ++i) {
+        match.adfLengthError[i] = 100 * (match.adfCell[i] / adfTrue[i] - 1);
+        match.adfAngleError[i] = match.adfCell[3 + i] - adfTrue[3 + i];
+    }
+    return match;
+}
+
+SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vector<ReadPeak>& listPeak,
+                                  const std::vector<ReadPeak>& listIndexed, const Matrix3* pmatFound,
+                                  double dfRadius)
+{
+    SeriesComparison comparison;
+    const int nFrames = truth.parameters.nFrames;
+    const auto listSpot = byFrame(truth.listSpot, nFrames);
+    const auto listPeakFrame = byFrame(listPeak, nFrames);
+    comparison.nPeaks = int(listPeak.size());
+    comparison.nIndexed = int(listIndexed.size());
+    comparison.bCellRead = pmatFound != nullptr;
+    if (pmatFound)
+        comparison.lattice = matchLattice(*pmatFound, truth.matBasis, truth.matPrimitive);
+
+    for (const ReadPeak& peak : listIndexed) {
+        const TruthSpot* pSpot = peak.nFrame >= 0 && peak.nFrame < nFrames
+                                     ? nearest(listSpot[peak.nFrame], peak.dfX, peak.dfY, dfRadius)
+                                     : nullptr;
+        if (!pSpot) {
+            ++comparison.nIndexedStray;
+            continue;
+        }
+        const Vector3 vec =
+            Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} * comparison.lattice.matToTrue;
+        const bool bRight = comparison.lattice.relation != LatticeMatch::None &&
+                            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) < 1e-6;
+        ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
+    }
+
+    for (int n = 0; n < nFrames; ++n)
+        for (const TruthSpot& spot : listSpot[n]) {
+            const bool bFound = nearest(listPeakFrame[n], spot.dfX, spot.dfY, dfRadius) != nullptr;
+            for (int i = 0; i < 3; ++i)
+                if (spot.dfSignalToNoise >= comparison.adfRatio[i]) {
+                    ++comparison.anSpots[i];
+                    comparison.anFound[i] += bFound;
+                }
+        }
+    return comparison;
+}
+
+bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, SeriesComparison& comparison,
+                        QString& strError)
+{
+    SimulatedSeries truth;
+    if (!readTruthFile(strTruthFile, truth, strError))
+        return false;
+    std::vector<QStringList> listRow;
+    if (!readRows(strBase + QStringLiteral(".pk"), listRow)) {
+        strError = QStringLiteral("cannot open %1.pk").arg(strBase);
+        return false;
+    }
+    std::vector<ReadPeak> listPeak, listIndexed;
+    for (const QStringList& row : listRow)
+        if (row.size() >= 6)
+            listPeak.push_back({row[1].toInt(), row[3].toDouble(), row[4].toDouble(), 0, 0, 0});
+    listRow.clear();
+    readRows(strBase + QStringLiteral(".ipf"), listRow);
+    for (const QStringList& row : listRow)
+        if (row.size() >= 7)
+            listIndexed.push_back({row[0].toInt() - 1, row[5].toDouble(), row[6].toDouble(), row[1].toInt(),
+                                   row[2].toInt(), row[3].toInt()});
+    Matrix3 matFound{};
+    const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
+    comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
+    return true;
+}
+
+QJsonObject comparisonToJson(const SeriesComparison& comparison)
+{
+    const auto array = [](const auto& list) {
+        QJsonArray result;
+        for (double df : list)
+            result.append(df);
+        return result;
+    };
+    QJsonArray arrayFound;
+    for (int i = 0; i < 3; ++i)
+        arrayFound.append(QJsonObject{{QStringLiteral("snr"), comparison.adfRatio[i]},
+                                      {QStringLiteral("spots"), comparison.anSpots[i]},
+                                      {QStringLiteral("found"), comparison.anFound[i]},
+                                      {QStringLiteral("share"), comparison.foundShare(i)}});
+    const LatticeMatch& lattice = comparison.lattice;
+    return {{QStringLiteral("cellRead"), comparison.bCellRead},
+            {QStringLiteral("latticeRight"), lattice.isRight()},
+            {QStringLiteral("relation"), relationText(lattice.relation)},
+            {QStringLiteral("volumeRatio"), lattice.nIndex},
+            {QStringLiteral("misfit"), lattice.dfMisfit},
+            {QStringLiteral("cell"), array(lattice.adfCell)},
+            {QStringLiteral("lengthErrorPercent"), array(lattice.adfLengthError)},
+            {QStringLiteral("angleErrorDegrees"), array(lattice.adfAngleError)},
+            {QStringLiteral("peaks"), comparison.nPeaks},
+            {QStringLiteral("indexed"), comparison.nIndexed},
+            {QStringLiteral("indexedRight"), comparison.nIndexedRight},
+            {QStringLiteral("indexedWrong"), comparison.nIndexedWrong},
+            {QStringLiteral("indexedStray"), comparison.nIndexedStray},
+            {QStringLiteral("rightShare"), comparison.rightShare()},
+            {QStringLiteral("found"), arrayFound}};
+}
+
+QString comparisonToText(const SeriesComparison& comparison)
+{
+    const LatticeMatch& lattice = comparison.lattice;
+    QString str = QStringLiteral("lattice  %1 (%2, volume ratio %3, misfit %4)\n")
+                      .arg(lattice.isRight() ? QStringLiteral("right") : QStringLiteral("WRONG"),
+                           comparison.bCellRead ? relationText(lattice.relation) : QStringLiteral("no cell"))
+                      .arg(lattice.nIndex)
+                      .arg(lattice.dfMisfit, 0, 'f', 3);
+    str += QStringLiteral("errors   a %1 %  b %2 %  c %3 %  alpha %4°  beta %5°  gamma %6°\n")
+               .arg(lattice.adfLengthError[0], 0, 'f', 3)
+               .arg(lattice.adfLengthError[1], 0, 'f', 3)
+               .arg(lattice.adfLengthError[2], 0, 'f', 3)
+               .arg(lattice.adfAngleError[0], 0, 'f', 3)
+               .arg(lattice.adfAngleError[1], 0, 'f', 3)
+               .arg(lattice.adfAngleError[2], 0, 'f', 3);
+    str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
+               .arg(comparison.nIndexedRight)
+               .arg(comparison.nIndexed)
+               .arg(100 * comparison.rightShare(), 0, 'f', 2)
+               .arg(comparison.nIndexedWrong)
+               .arg(comparison.nIndexedStray);
+    for (int i = 0; i < 3; ++i)
+        str += QStringLiteral("found    %1 of %2 spots with a ratio of %3 and more (%4 %)\n")
+                   .arg(comparison.anFound[i])
+                   .arg(comparison.anSpots[i])
+                   .arg(comparison.adfRatio[i])
+                   .arg(100 * comparison.foundShare(i), 0, 'f', 2);
+    return str;
+}

@@ -1,0 +1,217 @@
+// tessera-simulate: makes rotation series with known truth.
+#include "simulate/crystalstructures.h"
+#include "simulate/structurefactor.h"
+#include "simulate/truthfile.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+
+#include <cmath>
+#include <cstdio>
+#include <set>
+#include <tuple>
+
+namespace {
+// An option with a number: where its value goes.
+struct NumberOption {
+    const char* pName;
+    const char* pHelp;
+    double* pdf;
+};
+struct WholeOption {
+    const char* pName;
+    const char* pHelp;
+    int* pn;
+};
+
+void listCrystals()
+{
+    for (const CrystalStructure& structure : crystalStructures())
+        std::printf("%-11s %-11s %8.4f %8.4f %8.4f %7.2f %7.2f %7.2f  %s\n", qPrintable(structure.strName),
+                    qPrintable(structure.strSpaceGroup), structure.adfCell[0], structure.adfCell[1],
+                    structure.adfCell[2], structure.adfCell[3], structure.adfCell[4], structure.adfCell[5],
+                    qPrintable(structure.strSource));
+}
+
+// What a preset changes from the defaults.
+bool applyPreset(const QString& strPreset, SimulationParameters& p)
+{
+    if (strPreset == QLatin1String("clean")) {
+        p.dfDrift = 0;
+        p.nHotPixels = 0;
+        p.dfBackground = 2;
+        p.dfReadNoise = 0.5;
+    } else if (strPreset == QLatin1String("hard")) {
+        p.dfDrift = 15;
+        p.nHotPixels = 40;
+        p.dfBackground = 25;
+        p.dfReadNoise = 4;
+        p.dfMosaicity = 0.2;
+        p.dfSaturation = 6000;
+        p.dfStretchAmplitude = 1.5;
+        p.dfStretchAzimuth = 65;
+        p.spotShape = SpotShape::Moffat;
+    } else if (strPreset == QLatin1String("beamtilt")) {
+        p.nBeamTilt = 20;
+        p.dfTiltStep = 0.1;
+        p.nFrames = 300;
+        p.dfTiltStart = -15;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+int fail(const QString& strMessage)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(strMessage));
+    return 2;
+}
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tessera-simulate"));
+    SimulationParameters p;
+    int nSeed = int(p.nSeed);
+    const NumberOption aNumber[] = {
+        {"pixel-size", "Pixel size, 1/Å per pixel; 512 pixels of 0.004 reach 1.02 1/Å.", &p.dfPixelSize},
+        {"wavelength", "Wavelength, Å.", &p.dfWavelength},
+        {"axis", "Azimuth of the rotation axis on the frame, degrees.", &p.dfAxis},
+        {"tilt-start", "Tilt of the first frame, degrees.", &p.dfTiltStart},
+        {"tilt-step", "Tilt step, degrees. Fine steps spread a reflection over more frames; 120 frames of 0.5 "
+                      "cover 60 degrees, of 1.0 cover 120, with most reflections on one or two frames.",
+         &p.dfTiltStep},
+        {"beam-x", "Direct beam on the first frame, column, pixels.", &p.dfCenterX},
+        {"beam-y", "Direct beam on the first frame, row, pixels.", &p.dfCenterY},
+        {"drift", "Largest excursion of the beam over the series, pixels.", &p.dfDrift},
+        {"exposure", "Counts on a frame of a reflection of mean |F|² in Bragg position.", &p.dfExposure},
+        {"beam-counts", "Counts of the direct beam.", &p.dfBeamCounts},
+        {"beam-sigma", "Size of the direct beam, pixels.", &p.dfBeamSigma},
+        {"background", "Background far from the beam, counts per pixel; five times that at the beam.",
+         &p.dfBackground},
+        {"read-noise", "Read noise, counts, standard deviation.", &p.dfReadNoise},
+        {"rocking", "Standard deviation of the rocking curve in the excitation error, 1/Å: shape, precession.",
+         &p.dfRocking},
+        {"mosaicity", "Standard deviation of the mosaic spread, degrees.", &p.dfMosaicity},
+        {"spot-sigma", "Size of a spot, pixels.", &p.dfSpotSigma},
+        {"saturation", "Counts at which a pixel saturates; 0 never.", &p.dfSaturation},
+        {"stretch-amp", "Elliptic distortion, per cent.", &p.dfStretchAmplitude},
+        {"stretch-azimuth", "Azimuth along which the pattern is longer, degrees.", &p.dfStretchAzimuth},
+    };
+    const WholeOption aWhole[] = {
+        {"frames", "Number of frames.", &p.nFrames},
+        {"size", "Pixels per side.", &p.nSize},
+        {"orientation", "Seed of the crystal's orientation.", &p.nOrientation},
+        {"seed", "Seed of drift, noise and hot pixels.", &nSeed},
+        {"hot-pixels", "Number of hot pixels.", &p.nHotPixels},
+        {"beam-tilt", "Beam tilt steps per goniometer step; below 2 none.", &p.nBeamTilt},
+    };
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Simulates a rotation series of electron diffraction frames: frames, project (.ed3d), hotpixels.txt "
+        "and the truth as JSON.\nIntensities are kinematical; the rocking curve is a Gaussian in the "
+        "excitation error, averaged over each frame's tilt slice.\n"
+        "Exit status: 0 done, 1 not written, 2 wrong call."));
+    parser.addHelpOption();
+    const auto add = [&](const QString& strName, const QString& strHelp, const QString& strDefault) {
+        parser.addOption({strName, QStringLiteral("%1 Default %2.").arg(strHelp, strDefault),
+                          QStringLiteral("value"), strDefault});
+    };
+    parser.addOption({QStringLiteral("list"), QStringLiteral("List the crystals and their sources.")});
+    parser.addOption({QStringLiteral("demo"),
+                      QStringLiteral("Start from a preset: clean, hard (drift, noise, saturation, distortion) or "
+                                     "beamtilt (fine steps by beam tilt); other options still count."),
+                      QStringLiteral("preset")});
+    add(QStringLiteral("crystal"), QStringLiteral("Crystal, one of --list."), p.strCrystal);
+    add(QStringLiteral("format"), QStringLiteral("Frames: mrc16, mrcu16, mrcfloat, dm3 or png8."),
+        QStringLiteral("mrc16"));
+    add(QStringLiteral("spot-shape"), QStringLiteral("gaussian, or moffat with its long tails."),
+        QStringLiteral("gaussian"));
+    add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
+    parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
+                      QStringLiteral("folder")});
+    for (const NumberOption& option : aNumber)
+        add(QLatin1String(option.pName), QString::fromUtf8(option.pHelp), QString::number(*option.pdf));
+    for (const WholeOption& option : aWhole)
+        add(QLatin1String(option.pName), QString::fromUtf8(option.pHelp), QString::number(*option.pn));
+
+    if (!parser.parse(app.arguments()))
+        return fail(parser.errorText());
+    if (parser.isSet(QStringLiteral("help"))) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
+    if (parser.isSet(QStringLiteral("list"))) {
+        listCrystals();
+        return 0;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        return fail(QStringLiteral("Unexpected argument: %1").arg(parser.positionalArguments().first()));
+    if (parser.isSet(QStringLiteral("demo")) && !applyPreset(parser.value(QStringLiteral("demo")), p))
+        return fail(QStringLiteral("No preset of the name %1").arg(parser.value(QStringLiteral("demo"))));
+    for (const NumberOption& option : aNumber) {
+        if (!parser.isSet(QLatin1String(option.pName)))
+            continue;
+        bool bGood = false;
+        *option.pdf = parser.value(QLatin1String(option.pName)).toDouble(&bGood);
+        if (!bGood || !std::isfinite(*option.pdf))
+            return fail(QStringLiteral("--%1 needs a number").arg(QLatin1String(option.pName)));
+    }
+    for (const WholeOption& option : aWhole) {
+        if (!parser.isSet(QLatin1String(option.pName)))
+            continue;
+        bool bGood = false;
+        *option.pn = parser.value(QLatin1String(option.pName)).toInt(&bGood);
+        if (!bGood)
+            return fail(QStringLiteral("--%1 needs a whole number").arg(QLatin1String(option.pName)));
+    }
+    p.nSeed = std::uint64_t(nSeed);
+    // A frame of another size keeps the beam near its middle.
+    if (!parser.isSet(QStringLiteral("beam-x")))
+        p.dfCenterX += (p.nSize - 512) / 2.0;
+    if (!parser.isSet(QStringLiteral("beam-y")))
+        p.dfCenterY += (p.nSize - 512) / 2.0;
+    p.strCrystal = parser.value(QStringLiteral("crystal"));
+    p.strName = parser.value(QStringLiteral("name"));
+    p.strDirectory = parser.value(QStringLiteral("out"));
+    if (p.strDirectory.isEmpty())
+        return fail(QStringLiteral("--out is needed"));
+    if (p.strName.isEmpty() || p.strName.contains(QLatin1Char('/')))
+        return fail(QStringLiteral("--name must be a file name"));
+    const QStringList listFormat = QStringLiteral("mrc16 mrcu16 mrcfloat dm3 png8").split(QLatin1Char(' '));
+    const int nFormat = listFormat.indexOf(parser.value(QStringLiteral("format")));
+    if (nFormat < 0)
+        return fail(QStringLiteral("--format must be one of %1").arg(listFormat.join(QStringLiteral(", "))));
+    p.format = FrameFormat(nFormat);
+    if (parser.isSet(QStringLiteral("spot-shape"))) {
+        const QString strShape = parser.value(QStringLiteral("spot-shape"));
+        if (strShape != QLatin1String("gaussian") && strShape != QLatin1String("moffat"))
+            return fail(QStringLiteral("--spot-shape must be gaussian or moffat"));
+        p.spotShape = strShape == QLatin1String("moffat") ? SpotShape::Moffat : SpotShape::Gaussian;
+    }
+
+    SimulatedSeries series;
+    QString strError;
+    if (!simulateSeries(p, series, strError))
+        return fail(strError);
+    if (!writeSeries(series, strError)) {
+        std::fprintf(stderr, "%s\n", qPrintable(strError));
+        return 1;
+    }
+    std::set<std::tuple<int, int, int>> setStrong;
+    int nStrong = 0;
+    for (const TruthSpot& spot : series.listSpot)
+        if (spot.dfSignalToNoise >= 5) {
+            ++nStrong;
+            setStrong.insert({spot.nH, spot.nK, spot.nL});
+        }
+    std::printf("%d frames of %s in %s: %.1f spots a frame with a signal-to-noise ratio of 5 and more, "
+                "%d reflections\n",
+                p.nFrames, qPrintable(p.strCrystal), qPrintable(QDir::toNativeSeparators(p.strDirectory)),
+                double(nStrong) / p.nFrames, int(setStrong.size()));
+    return 0;
+}

@@ -1,0 +1,233 @@
+#include "simulate/truthfile.h"
+
+#include "simulate/crystalstructures.h"
+#include "simulate/frameformats.h"
+#include "simulate/frameimage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <algorithm>
+
+namespace {
+QString number(double df, int nDecimals)
+{
+    return QString::number(df, 'f', nDecimals);
+}
+
+template <typename Container>
+QJsonArray jsonArray(const Container& list)
+{
+    QJsonArray array;
+    for (double df : list)
+        array.append(df);
+    return array;
+}
+
+QJsonArray jsonMatrix(const Matrix3& mat)
+{
+    return {jsonArray(mat[0]), jsonArray(mat[1]), jsonArray(mat[2])};
+}
+
+bool readNumbers(const QJsonValue& value, int nCount, double* padf)
+{
+    const QJsonArray array = value.toArray();
+    if (array.size() != nCount)
+        return false;
+    for (int i = 0; i < nCount; ++i) {
+        if (!array[i].isDouble())
+            return false;
+        padf[i] = array[i].toDouble();
+    }
+    return true;
+}
+
+bool readMatrix(const QJsonValue& value, Matrix3& mat)
+{
+    const QJsonArray array = value.toArray();
+    return array.size() == 3 && readNumbers(array[0], 3, mat[0].data()) &&
+           readNumbers(array[1], 3, mat[1].data()) && readNumbers(array[2], 3, mat[2].data());
+}
+
+bool writeBytes(const QString& strFileName, const QByteArray& data)
+{
+    QSaveFile file(strFileName);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit();
+}
+
+const QStringList& spotColumns()
+{
+    static const QStringList list = QStringLiteral("frame x y h k l counts snr excitation").split(QLatin1Char(' '));
+    return list;
+}
+}  // namespace
+
+bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
+{
+    const SimulationParameters& p = series.parameters;
+    QJsonObject root;
+    root[QStringLiteral("crystal")] = p.strCrystal;
+    if (const CrystalStructure* pStructure = findCrystalStructure(p.strCrystal)) {
+        root[QStringLiteral("spaceGroup")] = pStructure->strSpaceGroup;
+        root[QStringLiteral("source")] = pStructure->strSource;
+    }
+    root[QStringLiteral("cell")] = jsonArray(series.adfCell);
+    root[QStringLiteral("reciprocalBasis")] = jsonMatrix(series.matBasis);
+    root[QStringLiteral("primitiveIndices")] = jsonMatrix(series.matPrimitive);
+    root[QStringLiteral("size")] = p.nSize;
+    root[QStringLiteral("wavelength")] = p.dfWavelength;
+    root[QStringLiteral("pixelSize")] = p.dfPixelSize;
+    root[QStringLiteral("rotationAxis")] = p.dfAxis;
+    root[QStringLiteral("stretchAmplitude")] = p.dfStretchAmplitude;
+    root[QStringLiteral("stretchAzimuth")] = p.dfStretchAzimuth;
+    root[QStringLiteral("spotSigma")] = p.dfSpotSigma;
+    root[QStringLiteral("seed")] = double(p.nSeed);
+    root[QStringLiteral("orientationSeed")] = p.nOrientation;
+    root[QStringLiteral("beam")] = QJsonArray{p.dfCenterX, p.dfCenterY};
+    root[QStringLiteral("stage")] = jsonArray(series.listStage);
+    root[QStringLiteral("beamTilt")] = jsonArray(series.listBeamTilt);
+    root[QStringLiteral("overall")] = jsonArray(series.listOverall);
+    QJsonArray arrayShift;
+    for (const auto& shift : series.listShift)
+        arrayShift.append(jsonArray(shift));
+    root[QStringLiteral("shifts")] = arrayShift;
+    root[QStringLiteral("spotColumns")] = QJsonArray::fromStringList(spotColumns());
+
+    // The spots are written by hand: a line each, with the digits that matter.
+    QByteArray data = QJsonDocument(root).toJson();
+    data.truncate(data.lastIndexOf('}'));
+    data = data.trimmed() + ",\n    \"spots\": [";
+    bool bFirst = true;
+    for (const TruthSpot& spot : series.listSpot) {
+        data += bFirst ? "\n" : ",\n";
+        bFirst = false;
+        data += QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
+                    .arg(spot.nFrame)
+                    .arg(number(spot.dfX, 3), number(spot.dfY, 3))
+                    .arg(spot.nH)
+                    .arg(spot.nK)
+                    .arg(spot.nL)
+                    .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2), number(spot.dfExcitation, 6))
+                    .toLatin1();
+    }
+    data += "\n]\n}\n";
+    return writeBytes(strFileName, data);
+}
+
+bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString& strError)
+{
+    QFile file(strFileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        strError = QStringLiteral("cannot open %1").arg(strFileName);
+        return false;
+    }
+    QJsonParseError error;
+    const QJsonObject root = QJsonDocument::fromJson(file.readAll(), &error).object();
+    SimulatedSeries result;
+    SimulationParameters& p = result.parameters;
+    double adfBeam[2] = {0, 0};
+    const QJsonArray arrayOverall = root[QStringLiteral("overall")].toArray();
+    const QJsonArray arrayStage = root[QStringLiteral("stage")].toArray();
+    const QJsonArray arrayBeamTilt = root[QStringLiteral("beamTilt")].toArray();
+    const QJsonArray arrayShift = root[QStringLiteral("shifts")].toArray();
+    const int nFrames = arrayOverall.size();
+    bool bGood = error.error == QJsonParseError::NoError &&
+                 readNumbers(root[QStringLiteral("cell")], 6, result.adfCell.data()) &&
+                 readMatrix(root[QStringLiteral("reciprocalBasis")], result.matBasis) &&
+                 readMatrix(root[QStringLiteral("primitiveIndices")], result.matPrimitive) &&
+                 readNumbers(root[QStringLiteral("beam")], 2, adfBeam) && arrayShift.size() == nFrames &&
+                 arrayStage.size() == nFrames && arrayBeamTilt.size() == nFrames &&
+                 root[QStringLiteral("spotColumns")] == QJsonArray::fromStringList(spotColumns());
+    for (int n = 0; bGood && n < nFrames; ++n) {
+        std::array<double, 2> shift{};
+        bGood = readNumbers(arrayShift[n], 2, shift.data());
+        result.listShift.push_back(shift);
+        result.listOverall.push_back(arrayOverall[n].toDouble());
+        result.listStage.push_back(arrayStage[n].toDouble());
+        result.listBeamTilt.push_back(arrayBeamTilt[n].toDouble());
+    }
+    for (const QJsonValue& value : root[QStringLiteral("spots")].toArray()) {
+        double adf[9];
+        if (!bGood || !readNumbers(value, 9, adf) || adf[0] < 0 || adf[0] >= nFrames) {
+            bGood = false;
+            break;
+        }
+        result.listSpot.push_back({int(adf[0]), adf[1], adf[2], int(adf[3]), int(adf[4]), int(adf[5]), adf[6],
+                                   adf[7], adf[8]});
+    }
+    if (!bGood) {
+        strError = QStringLiteral("%1 is no truth file").arg(strFileName);
+        return false;
+    }
+    p.strCrystal = root[QStringLiteral("crystal")].toString();
+    p.nFrames = nFrames;
+    p.nSize = root[QStringLiteral("size")].toInt();
+    p.dfWavelength = root[QStringLiteral("wavelength")].toDouble();
+    p.dfPixelSize = root[QStringLiteral("pixelSize")].toDouble();
+    p.dfAxis = root[QStringLiteral("rotationAxis")].toDouble();
+    p.dfStretchAmplitude = root[QStringLiteral("stretchAmplitude")].toDouble();
+    p.dfStretchAzimuth = root[QStringLiteral("stretchAzimuth")].toDouble();
+    p.dfSpotSigma = root[QStringLiteral("spotSigma")].toDouble();
+    p.nOrientation = root[QStringLiteral("orientationSeed")].toInt();
+    p.nSeed = std::uint64_t(root[QStringLiteral("seed")].toDouble());
+    p.dfCenterX = adfBeam[0];
+    p.dfCenterY = adfBeam[1];
+    series = std::move(result);
+    return true;
+}
+
+QString frameFileName(const SimulatedSeries& series, int nFrame)
+{
+    return QStringLiteral("%1_%2.%3")
+        .arg(QString(series.parameters.strName).replace(QLatin1Char(' '), QLatin1Char('_')))
+        .arg(nFrame + 1, 4, 10, QLatin1Char('0'))
+        .arg(frameExtension(series.parameters.format));
+}
+
+QString projectText(const SimulatedSeries& series)
+{
+    const SimulationParameters& p = series.parameters;
+    QString str = QStringLiteral("# Simulated series of %1\n").arg(p.strCrystal);
+    str += QStringLiteral("WAVELENGTH %1\n").arg(number(p.dfWavelength, 6));
+    str += QStringLiteral("ROTATIONAXIS %1\n").arg(number(p.dfAxis, 4));
+    str += QStringLiteral("CCDPIXELSIZE %1\n").arg(number(p.dfPixelSize, 8));
+    str += QStringLiteral("STRETCHINGAMP %1\n").arg(number(p.dfStretchAmplitude, 4));
+    str += QStringLiteral("STRETCHINGAZIMUTH %1\n").arg(number(p.dfStretchAzimuth, 4));
+    str += QStringLiteral("FILELIST\n");
+    for (int n = 0; n < p.nFrames; ++n)
+        str += QStringLiteral("FILE %1 %2 %3 %4\n")
+                   .arg(frameFileName(series, n), number(series.listStage[n], 4),
+                        number(series.listBeamTilt[n], 4), number(series.listOverall[n], 4));
+    return str + QStringLiteral("ENDFILELIST\n");
+}
+
+bool writeSeries(const SimulatedSeries& series, QString& strError)
+{
+    const SimulationParameters& p = series.parameters;
+    const QDir dir(p.strDirectory);
+    if (!dir.mkpath(QStringLiteral("."))) {
+        strError = QStringLiteral("cannot make the folder %1").arg(p.strDirectory);
+        return false;
+    }
+    const auto failed = [&](const QString& strName) {
+        strError = QStringLiteral("cannot write %1").arg(dir.filePath(strName));
+        return false;
+    };
+    for (int n = 0; n < p.nFrames; ++n)
+        if (!writeFrame(dir.filePath(frameFileName(series, n)), renderFrame(series, n), p.nSize, p.nSize, p.format))
+            return failed(frameFileName(series, n));
+    QString strHot;
+    for (size_t i = 0; i < series.listHotPixel.size(); ++i)
+        strHot += QStringLiteral("%1 %2 %3\n").arg(i + 1).arg(series.listHotPixel[i].x()).arg(series.listHotPixel[i].y());
+    if (!writeBytes(dir.filePath(QStringLiteral("hotpixels.txt")), strHot.toLatin1()))
+        return failed(QStringLiteral("hotpixels.txt"));
+    if (!writeTruthFile(dir.filePath(p.strName + QStringLiteral("_truth.json")), series))
+        return failed(p.strName + QStringLiteral("_truth.json"));
+    if (!writeBytes(dir.filePath(p.strName + QStringLiteral(".ed3d")), projectText(series).toUtf8()))
+        return failed(p.strName + QStringLiteral(".ed3d"));
+    return true;
+}
