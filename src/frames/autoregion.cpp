@@ -1,0 +1,238 @@
+#include "frames/autoregion.h"
+
+#include "frames/badpixels.h"
+#include "frames/frameloader.h"
+#include "frames/seriessample.h"
+
+#include <QPointF>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+const int g_nFramesLookedAt = 24;
+const int g_nMapSide = 256;     // frames are reduced to maps of at most this side
+const int g_nUsualSide = 256;   // of the region, pixels of the frame
+const int g_nLeastSide = 16;
+const int g_nBeamMargin = 64;   // between the beam anywhere on its way and the region's edge
+
+float medianOf(std::vector<float>& vec)
+{
+    const auto middle = vec.begin() + std::ptrdiff_t(vec.size() / 2);
+    std::nth_element(vec.begin(), middle, vec.end());
+    return *middle;
+}
+
+// A small map of a frame.
+struct Map {
+    int nWidth = 0;
+    int nHeight = 0;
+    std::vector<float> vec;
+
+    float& at(int nX, int nY) { return vec[size_t(nY) * size_t(nWidth) + size_t(nX)]; }
+    float at(int nX, int nY) const { return vec[size_t(nY) * size_t(nWidth) + size_t(nX)]; }
+};
+
+// Medians of blocks: single hot pixels are gone, and so are those without a number.
+Map reduced(const CImgObj<float>& img, int nBlock)
+{
+    Map map;
+    map.nWidth = img.Width() / nBlock;
+    map.nHeight = img.Height() / nBlock;
+    map.vec.resize(size_t(map.nWidth) * size_t(map.nHeight));
+    std::vector<float> vecBlock;
+    // at full size the medians of 3 x 3 pixels do the same
+    const int nBefore = nBlock > 1 ? 0 : 1;
+    const int nAfter = nBlock > 1 ? nBlock : 2;
+    for (int nY = 0; nY < map.nHeight; ++nY) {
+        for (int nX = 0; nX < map.nWidth; ++nX) {
+            vecBlock.clear();
+            for (int r = std::max(nY * nBlock - nBefore, 0); r < std::min(nY * nBlock + nAfter, img.Height()); ++r) {
+                const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
+                for (int c = std::max(nX * nBlock - nBefore, 0); c < std::min(nX * nBlock + nAfter, img.Width()); ++c)
+                    if (isUsablePixel(pRow[c]))
+                        vecBlock.push_back(pRow[c]);
+            }
+            map.at(nX, nY) = vecBlock.empty() ? 0.f : medianOf(vecBlock);
+        }
+    }
+    return map;
+}
+
+// Takes out lines of the detector that stand out of their neighbourhood over the whole frame, such as
+// the interpolated rows and columns between the chips.
+void flattenLines(Map& map, bool bRows)
+{
+    const int nLines = bRows ? map.nHeight : map.nWidth;
+    const int nLength = bRows ? map.nWidth : map.nHeight;
+    std::vector<float> vecMedian, vecLine;
+    for (int i = 0; i < nLines; ++i) {
+        vecLine.clear();
+        for (int j = 0; j < nLength; ++j)
+            vecLine.push_back(bRows ? map.at(j, i) : map.at(i, j));
+        vecMedian.push_back(medianOf(vecLine));
+    }
+    const int nReach = std::max(3, nLines / 20);
+    for (int i = 0; i < nLines; ++i) {
+        std::vector<float> vecNear(vecMedian.begin() + std::max(i - nReach, 0),
+                                   vecMedian.begin() + std::min(i + nReach + 1, nLines));
+        const float fExcess = vecMedian[size_t(i)] - medianOf(vecNear);
+        for (int j = 0; j < nLength; ++j)
+            (bRows ? map.at(j, i) : map.at(i, j)) -= fExcess;
+    }
+}
+
+// Roots of what stands above the background, in units of its spread: the light of the beam's
+// surroundings counts beside its core, which may be clipped, wrapped or behind a stop.
+void compress(Map& map)
+{
+    std::vector<float> vec = map.vec;
+    const float fMedian = medianOf(vec);
+    for (float& f : vec)
+        f = std::fabs(f - fMedian);
+    const float fSpread = std::max(1.4826f * medianOf(vec), 1e-6f * (1.f + std::fabs(fMedian)));
+    for (float& f : map.vec)
+        f = std::sqrt(std::max(f - fMedian, 0.f) / fSpread);
+}
+
+Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
+{
+    Map result = map;
+    const int nReach = int(vecKernel.size()) - 1;
+    const int nLength = bX ? map.nWidth : map.nHeight;
+    for (int nY = 0; nY < map.nHeight; ++nY) {
+        for (int nX = 0; nX < map.nWidth; ++nX) {
+            const int n = bX ? nX : nY;
+            float fSum = 0.f;
+            for (int d = std::max(-nReach, -n); d <= std::min(nReach, nLength - 1 - n); ++d)
+                fSum += vecKernel[size_t(std::abs(d))] * (bX ? map.at(nX + d, nY) : map.at(nX, nY + d));
+            result.at(nX, nY) = fSum;
+        }
+    }
+    return result;
+}
+
+Map blurred(const Map& map, double dfSigma)
+{
+    std::vector<float> vecKernel;
+    for (int i = 0; i <= int(std::ceil(3 * dfSigma)); ++i)
+        vecKernel.push_back(float(std::exp(-0.5 * i * i / (dfSigma * dfSigma))));
+    return blurredAlong(blurredAlong(map, vecKernel, true), vecKernel, false);
+}
+
+// The first maximum no further than dfReach from a point.
+QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
+{
+    QPointF ptBest = ptNear;
+    float fBest = -1.f;
+    for (int nY = 0; nY < map.nHeight; ++nY)
+        for (int nX = 0; nX < map.nWidth; ++nX)
+            if (map.at(nX, nY) > fBest && std::hypot(nX - ptNear.x(), nY - ptNear.y()) <= dfReach) {
+                fBest = map.at(nX, nY);
+                ptBest = QPointF(nX, nY);
+            }
+    return ptBest;
+}
+
+// Median of each entry and its two neighbours on both sides: a strong reflection beside the beam on a
+// frame or two does not count.
+std::vector<float> smoothedTrack(const std::vector<float>& vec)
+{
+    std::vector<float> vecResult;
+    const int n = int(vec.size());
+    for (int i = 0; i < n; ++i) {
+        std::vector<float> vecNear(vec.begin() + std::max(i - 2, 0), vec.begin() + std::min(i + 3, n));
+        vecResult.push_back(medianOf(vecNear));
+    }
+    return vecResult;
+}
+
+// The even side of the region, for frames of a least side and a beam that wanders over dfWander pixels.
+int regionSide(int nFrameSide, double dfWander)
+{
+    int nSide = g_nUsualSide;
+    while (nSide < nFrameSide && dfWander + 2 * g_nBeamMargin > nSide)
+        nSide *= 2;
+    return nSide <= nFrameSide ? nSide : nFrameSide - nFrameSide % 2;
+}
+
+}  // namespace
+
+bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
+{
+    int nWidth = 0;
+    int nHeight = 0;
+    int nBlock = 1;
+    std::vector<Map> vecMap;
+    for (int nFrame : sampleFrameIndices(dataSet.m_listFrameFile.size(), g_nFramesLookedAt)) {
+        if (!report.goOn())
+            return false;
+        ImageList vecImage;
+        CRunReport silent;  // a file that cannot be read is told of by the run that needs it
+        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile[nFrame], dataSet.m_listHotPixel, silent) ||
+            vecImage.empty() || !vecImage.front()->Data())
+            continue;
+        const CImgObj<float>& imgFrame = *vecImage.front();
+        if (vecMap.empty()) {
+            nWidth = imgFrame.Width();
+            nHeight = imgFrame.Height();
+            nBlock = (std::max(nWidth, nHeight) + g_nMapSide - 1) / g_nMapSide;
+            if (std::min(nWidth, nHeight) < std::max(g_nLeastSide, nBlock))
+                continue;
+        }
+        if (imgFrame.Width() != nWidth || imgFrame.Height() != nHeight)
+            continue;
+        Map map = reduced(imgFrame, nBlock);
+        flattenLines(map, true);
+        flattenLines(map, false);
+        compress(map);
+        vecMap.push_back(std::move(map));
+    }
+    if (vecMap.empty()) {
+        report.addMessage(QStringLiteral("The direct beam was not searched: no frame of at least %L1×%L1 pixels "
+                                         "could be read.")
+                              .arg(g_nLeastSide),
+                          Qt::red);
+        return false;
+    }
+
+    // Each frame has one vote, spread over its map; the beam gets it from all, a reflection from few.
+    const int nMapSide = std::max(vecMap[0].nWidth, vecMap[0].nHeight);
+    Map mapVotes = vecMap[0];
+    std::fill(mapVotes.vec.begin(), mapVotes.vec.end(), 0.f);
+    for (const Map& map : vecMap) {
+        const Map mapWide = blurred(map, std::max(1.5, 0.03 * nMapSide));
+        const float fMost = *std::max_element(mapWide.vec.begin(), mapWide.vec.end());
+        for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i)
+            mapVotes.vec[i] += mapWide.vec[i] / fMost;
+    }
+    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(0, 0), 2.0 * nMapSide);
+
+    std::vector<float> vecX, vecY;
+    for (const Map& map : vecMap) {
+        const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.15 * nMapSide);
+        vecX.push_back(float((pt.x() + 0.5) * nBlock - 0.5));
+        vecY.push_back(float((pt.y() + 0.5) * nBlock - 0.5));
+    }
+    vecX = smoothedTrack(vecX);
+    vecY = smoothedTrack(vecY);
+    const auto rangeX = std::minmax_element(vecX.begin(), vecX.end());
+    const auto rangeY = std::minmax_element(vecY.begin(), vecY.end());
+    const double dfWander = double(std::max(*rangeX.second - *rangeX.first, *rangeY.second - *rangeY.first));
+    const double dfX = 0.5 * double(*rangeX.first + *rangeX.second);
+    const double dfY = 0.5 * double(*rangeY.first + *rangeY.second);
+    report.addMessage(QStringLiteral("Direct beam found near (%L1, %L2), within %L3 pixels over the series.")
+                          .arg(dfX, 0, 'f', 0)
+                          .arg(dfY, 0, 'f', 0)
+                          .arg(dfWander, 0, 'f', 0),
+                      Qt::black);
+
+    const int nSide = regionSide(std::min(nWidth, nHeight), dfWander);
+    const auto start = [nSide](double dfCentre, int nLength) {
+        return std::max(0, std::min(int(std::lround(dfCentre)) - nSide / 2, nLength - nSide));
+    };
+    rcRegion = QRect(start(dfX, nWidth), start(dfY, nHeight), nSide, nSide);
+    return true;
+}

@@ -1,0 +1,112 @@
+#include "frames/autothreshold.h"
+
+#include "frames/bandpass.h"
+#include "frames/frameloader.h"
+#include "frames/seriessample.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+const int g_nFramesLookedAt = 12;
+const qint64 g_nPixelsLookedAt = 60000;
+const double g_dfDeviations = 8;   // fewer let in noise that spoils the merging, more lose weak reflections
+const double g_dfLeastQuanta = 5;  // counts that must fall together to be a peak
+
+float medianOf(std::vector<float>& vec)
+{
+    const auto middle = vec.begin() + std::ptrdiff_t(vec.size() / 2);
+    std::nth_element(vec.begin(), middle, vec.end());
+    return *middle;
+}
+
+// Pixels spread over the image. The odd step keeps them from standing in a few columns only.
+std::vector<float> samplePixels(const CImgObj<float>& img)
+{
+    const qint64 nPixels = qint64(img.Width()) * img.Height();
+    const qint64 nStep = std::max<qint64>(1, nPixels / g_nPixelsLookedAt) | 1;
+    std::vector<float> vec;
+    for (qint64 i = 0; i < nPixels; i += nStep)
+        if (std::isfinite(img.Data()[i]))
+            vec.push_back(img.Data()[i]);
+    return vec;
+}
+
+double robustDeviation(const CImgObj<float>& imgBandPass)
+{
+    std::vector<float> vec = samplePixels(imgBandPass);
+    if (vec.empty())
+        return 0;
+    const float fMedian = medianOf(vec);
+    for (float& f : vec)
+        f = std::fabs(f - fMedian);
+    return 1.4826 * double(medianOf(vec));
+}
+
+// The least step between pixel values: one count, one grey level, or next to nothing in real numbers.
+double leastStep(const CImgObj<float>& imgFrame)
+{
+    std::vector<float> vec = samplePixels(imgFrame);
+    std::sort(vec.begin(), vec.end());
+    double dfStep = 0;
+    for (size_t i = 1; i < vec.size(); ++i) {
+        const double df = double(vec[i]) - double(vec[i - 1]);
+        if (df > 0 && (dfStep == 0 || df < dfStep))
+            dfStep = df;
+    }
+    return dfStep;
+}
+
+// Value at its pixel of a unit impulse after the band-pass.
+double impulseResponse(const CPeakFilters& filters)
+{
+    const CImgObj<float>& img = filters.m_imgFilterBandPass;
+    const qint64 nPixels = qint64(img.Width()) * img.Height();
+    double dfSum = 0;
+    for (qint64 i = 0; i < nPixels; ++i)
+        dfSum += double(img.Data()[i]);
+    return std::fabs(dfSum) / double(nPixels);
+}
+
+}  // namespace
+
+bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
+                           CPeakFilters& filters, CRunReport& report, double& dfThreshold)
+{
+    CAcmlFft fft;
+    CImgObj<COMPLEX> imgSpectrum, imgProduct;
+    CImgObj<float> imgBandPass;
+    std::vector<float> vecThreshold;
+    for (int nFrame : sampleFrameIndices(dataSet.m_listFrameFile.size(), g_nFramesLookedAt)) {
+        if (!report.goOn())
+            return false;
+        ImageList vecImage;
+        CRunReport silent;  // a file that cannot be read is told of by the run that needs it
+        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile[nFrame], dataSet.m_listHotPixel, silent) ||
+            vecImage.empty())
+            continue;
+        const CImgObj<float>& imgFrame = *vecImage.front();
+        if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0)
+            continue;
+        updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
+        filterSpectrum(imgSpectrum, filters, fft, imgProduct, nullptr, &imgBandPass);
+        // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
+        const double dfFrame = std::max(g_dfDeviations * robustDeviation(imgBandPass),
+                                        g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));
+        if (dfFrame > 0)  // not for a blank frame
+            vecThreshold.push_back(float(dfFrame));
+    }
+    if (vecThreshold.empty()) {
+        report.addMessage(QStringLiteral("No peak threshold was found: no frame could be read, or all are blank."),
+                          Qt::red);
+        return false;
+    }
+    dfThreshold = double(medianOf(vecThreshold));
+    report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
+                          .arg(dfThreshold)
+                          .arg(vecThreshold.size()),
+                      Qt::black);
+    return true;
+}
