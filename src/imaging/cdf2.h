@@ -53,11 +53,11 @@ private:
     double m_dfU5, m_dfC5_1, m_dfC5_2, m_dfC5_3, m_dfC5_4, m_dfC5_5;
     double m_dfC8;
 
-    std::vector<double> m_vecSumRe, m_vecSumIm;    // pair sums and differences of the odd butterfly
+    std::vector<double> m_vecSumRe, m_vecSumIm;  // pair sums and differences of the odd butterfly
     std::vector<double> m_vecDiffRe, m_vecDiffIm;
-    std::vector<double> m_vecTrigRe, m_vecTrigIm;  // cos and sin of 2πj/radix, for m_nTrigRadix
+    std::vector<double> m_vecTrigRe, m_vecTrigIm;        // cos and sin of 2πj/radix, for m_nTrigRadix
     std::vector<double> m_vecTwiddleRe, m_vecTwiddleIm;  // exp(−2πij/length)
-    std::vector<Z> m_vecZ;                         // the values of one butterfly
+    std::vector<Z> m_vecZ;                               // the values of one butterfly
     int m_nTrigRadix = 0;
 
     int m_nActualRadix[20];

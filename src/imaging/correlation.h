@@ -8,7 +8,7 @@
 #include <memory>
 
 /// Correlates two images of one size in Fourier space. Made for one call: tables and plan go with it.
-class CCorrelation : private CDF2 {
+class CCorrelation {
 public:
     /// 0 plain cross-correlation, 1 amplitude-compressed correlation, 2 phase correlation.
     void SetMethod(int nMethod) { m_nMethod = nMethod; }
@@ -19,7 +19,8 @@ public:
     /// Method 0 gives v, 1 gives v / (√|v| + 10000), 2 gives v / (|v| + 100000000), and another method
     /// gives v. Where |v|² leaves the range of a float, |v| is formed in double precision.
     /// @return null when a or b is null or a side is below 1
-    std::unique_ptr<COMPLEX[]> CrossSpectrum(int nWidth, int nHeight, const COMPLEX* pA, const COMPLEX* pB) const;
+    std::unique_ptr<COMPLEX[]> CrossSpectrum(int nWidth, int nHeight, const COMPLEX* pA,
+                                             const COMPLEX* pB) const;
 
     /// The cross spectrum of copies of a and b, or with bInverse their correlation map.
     ///
@@ -38,11 +39,13 @@ public:
     /// @param dfPeak  value of the map at its first maximum
     /// @param fDX, fDY  position of the peak, pixels from element (0, 0)
     /// @return 1, or 0 with nothing changed for a null map or a side below 1
-    int FindCorrelationPeak(float* pMap, int nWidth, int nHeight, double& dfPeak, float& fDX, float& fDY) const;
+    int FindCorrelationPeak(float* pMap, int nWidth, int nHeight, double& dfPeak, float& fDX,
+                            float& fDY) const;
 
 private:
     void Transform(COMPLEX* pData, int nWidth, int nHeight, bool bForward);
 
+    CDF2 m_df2;
     CAcmlFft m_fft;
     int m_nMethod = 0;
 };
@@ -55,4 +58,5 @@ private:
 /// @return the correlation map with its zero-shift point at (width/2, height/2), integer halves; null
 ///         for an unknown method, null input or a side below 1, with the outputs as they were
 std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWidth, int nHeight, int nMethod,
-                                   double& dfPeak, double& dfShiftX, double& dfShiftY, bool bTransformed = false);
+                                   double& dfPeak, double& dfShiftX, double& dfShiftY,
+                                   bool bTransformed = false);

@@ -51,5 +51,5 @@ int FloatToByte(const float* pSource, unsigned char* pTarget, int n, float fLow,
 /// FloatToByte with the limits of GetContrastLimits. Samples without a finite one among them give
 /// fOutMin everywhere and the result 0.
 /// @return 1, or 0 for a null buffer, n < 1, nBins < 1 or no finite sample
-int FloatToByteScaled(const float* pSource, unsigned char* pTarget, int n, float fPLow, float fPHigh, int nBins,
-                      float fOutMin, float fOutMax);
+int FloatToByteScaled(const float* pSource, unsigned char* pTarget, int n, float fPLow, float fPHigh,
+                      int nBins, float fOutMin, float fOutMax);

@@ -96,7 +96,10 @@ public:
     }
 
     /// Becomes a copy of another image. @return 1, or 0 for a null or empty source; then nothing changes
-    int Copy(const CImgObj& imgSource) { return Set(imgSource.m_pData, imgSource.m_nWidth, imgSource.m_nHeight); }
+    int Copy(const CImgObj& imgSource)
+    {
+        return Set(imgSource.m_pData, imgSource.m_nWidth, imgSource.m_nHeight);
+    }
     int Copy(const CImgObj* pSource) { return pSource ? Copy(*pSource) : 0; }
 
     /// A copy of the rectangle of w × h elements with its top left corner at (x, y).

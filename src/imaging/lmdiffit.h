@@ -14,7 +14,8 @@ class CLmdifFit {
 public:
     /// Writes m residuals for n parameters. Called with nFlag 0 it returns 0 and does nothing; a
     /// negative result ends the fit, and Run returns it.
-    using Residuals = int (*)(void* pContext, int m, int n, const double* pPara, double* pResidual, int nFlag);
+    using Residuals = int (*)(void* pContext, int m, int n, const double* pPara, double* pResidual,
+                              int nFlag);
 
     /// Refines the start parameters in place against m residuals.
     ///

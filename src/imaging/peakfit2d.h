@@ -15,7 +15,8 @@
 ///         standard errors in this order (+infinity where the box has no more than 5 pixels), and
 ///         info of CLmdifFit::Run. All are −1, and x and y stay, when the box is empty or the start
 ///         is not a number
-std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize, double dfSaturation);
+std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize,
+                              double dfSaturation);
 
 /// FitPeak2D for each position in turn; the positions are replaced by the fitted ones.
 /// @return one result per position; empty, with nothing changed, when the lists differ in length or are empty

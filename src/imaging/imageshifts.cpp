@@ -1,0 +1,121 @@
+#include "imaging/imageshifts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+template <typename T>
+int shiftCenter(T* pData, int nWidth, int nHeight)
+{
+    if (!pData || nWidth < 1 || nHeight < 1)
+        return 0;
+    if (nWidth % 2 || nHeight % 2)
+        throw L"ShiftCenter: Width and Height should both be even!";
+    const int nHalfX = nWidth / 2;
+    for (int y = 0; y < nHeight / 2; y++) {
+        T* pUpper = pData + std::size_t(y) * std::size_t(nWidth);
+        T* pLower = pData + std::size_t(y + nHeight / 2) * std::size_t(nWidth);
+        std::swap_ranges(pUpper, pUpper + nHalfX, pLower + nHalfX);
+        std::swap_ranges(pUpper + nHalfX, pUpper + nWidth, pLower);
+    }
+    return 1;
+}
+
+// Remainder in 0 .. nSize − 1.
+int wrapped(int nShift, int nSize)
+{
+    const int nRest = nShift % nSize;
+    return nRest < 0 ? nRest + nSize : nRest;
+}
+
+template <typename T>
+int cyclicShift(T* pData, int nWidth, int nHeight, int nDX, int nDY)
+{
+    if (!pData || nWidth < 1 || nHeight < 1)
+        return 0;
+    const int nX = wrapped(nDX, nWidth);
+    const int nY = wrapped(nDY, nHeight);
+    if (nX == 0 && nY == 0)
+        return 1;
+    const std::size_t nRow = std::size_t(nWidth);
+    const std::vector<T> vecOld(pData, pData + nRow * std::size_t(nHeight));
+    const std::size_t nRight = std::size_t(nX);  // columns that the shift brings in from the right edge
+    for (int y = 0; y < nHeight; y++) {
+        const T* pOld = vecOld.data() + std::size_t(y) * nRow;
+        T* pNew = pData + (std::size_t(y) + std::size_t(nY)) % std::size_t(nHeight) * nRow;
+        std::memcpy(pNew + nRight, pOld, (nRow - nRight) * sizeof(T));
+        std::memcpy(pNew, pOld + (nRow - nRight), nRight * sizeof(T));
+    }
+    return 1;
+}
+
+}  // namespace
+
+int ShiftCenter(float* pData, int nWidth, int nHeight)
+{
+    return shiftCenter(pData, nWidth, nHeight);
+}
+
+int ShiftCenter(COMPLEX* pData, int nWidth, int nHeight)
+{
+    return shiftCenter(pData, nWidth, nHeight);
+}
+
+int CyclicShift(float* pData, int nWidth, int nHeight, int nDX, int nDY)
+{
+    return cyclicShift(pData, nWidth, nHeight, nDX, nDY);
+}
+
+int CyclicShift(COMPLEX* pData, int nWidth, int nHeight, int nDX, int nDY)
+{
+    return cyclicShift(pData, nWidth, nHeight, nDX, nDY);
+}
+
+int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double dfDY, bool bCentred)
+{
+    if (!pData || nWidth < 1 || nHeight < 1)
+        return 0;
+    if (!bCentred)
+        ShiftCenter(pData, nWidth, nHeight);
+
+    const double dfTwoPi = 2.0 * std::acos(-1.0);
+    const auto element = [&](int c, int r) -> COMPLEX& {
+        return pData[std::size_t(r) * std::size_t(nWidth) + std::size_t(c)];
+    };
+    const auto turn = [&](int c, int r) {
+        COMPLEX& value = element(c, r);
+        const double dfU = c - nWidth / 2;
+        const double dfV = r - nHeight / 2;
+        const double dfAngle = -dfTwoPi * (dfU * dfDX / nWidth + dfV * dfDY / nHeight);
+        const double dfCos = std::cos(dfAngle);
+        const double dfSin = std::sin(dfAngle);
+        value = {float(value.re * dfCos - value.im * dfSin), float(value.re * dfSin + value.im * dfCos)};
+    };
+
+    if (nWidth % 2 || nHeight % 2) {
+        for (int r = 0; r < nHeight; r++)
+            for (int c = 0; c < nWidth; c++)
+                turn(c, r);
+        return 1;
+    }
+    for (int r = 1; r < nHeight / 2; r++)
+        for (int c = 1; c < nWidth; c++) {
+            turn(c, r);
+            const COMPLEX value = element(c, r);
+            element(nWidth - c, nHeight - r) = {value.re, -value.im};
+        }
+    for (int c = 1; c < nWidth; c++) {
+        turn(c, 0);
+        turn(c, nHeight / 2);
+    }
+    for (int r = 0; r < nHeight; r++)
+        turn(0, r);
+
+    if (!bCentred)
+        ShiftCenter(pData, nWidth, nHeight);
+    return 1;
+}
