@@ -1,0 +1,219 @@
+// What a series that is broken somewhere gets from the driver: a line that names it, status 1, and
+// the result files of earlier runs as they were.
+#include "batchprogram.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+
+namespace {
+
+const int SIDE = 128;
+const int FRAMES = 5;
+
+/// An MRC file by the format: 1024 header bytes, then the sections.
+QByteArray mrcBytes(int nWidth, int nHeight, int nSections, int nMode, const QByteArray& bytesPixel)
+{
+    QByteArray bytes(1024, '\0');
+    const int anHead[] = {nWidth, nHeight, nSections, nMode};
+    std::memcpy(bytes.data(), anHead, sizeof anHead);
+    return bytes + bytesPixel;
+}
+
+/// A beam in the middle and spots that move with the frame, on a ripple.
+QByteArray framePixels(int nFrame, int nSide)
+{
+    QByteArray bytes(nSide * nSide * 4, '\0');
+    float* pPixel = reinterpret_cast<float*>(bytes.data());
+    for (int y = 0; y < nSide; ++y) {
+        for (int x = 0; x < nSide; ++x) {
+            const auto spot = [&](double dfX, double dfY, double dfHeight) {
+                return dfHeight * std::exp(-(std::pow(x - dfX, 2) + std::pow(y - dfY, 2)) / 5);
+            };
+            pPixel[y * nSide + x] =
+                float(20 + 3 * std::sin(7.1 * x + 3.3 * y + nFrame) + spot(nSide / 2, nSide / 2, 2000) +
+                      spot(30 + nFrame, 40, 300) + spot(90, 35 + nFrame, 200) + spot(40, 95, 250));
+        }
+    }
+    return bytes;
+}
+
+QByteArray floatPixels(float fValue)
+{
+    QByteArray bytes(SIDE * SIDE * 4, '\0');
+    float* pPixel = reinterpret_cast<float*>(bytes.data());
+    std::fill(pPixel, pPixel + SIDE * SIDE, fValue);
+    return bytes;
+}
+
+class Series {
+public:
+    Series()
+    {
+        QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 10\nCCDPIXELSIZE 0.01\nFILELIST\n";
+        for (int i = 0; i < FRAMES; ++i) {
+            writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, framePixels(i, SIDE)));
+            bytesProject += "FILE f" + QByteArray::number(i) + ".mrc 0 0 " + QByteArray::number(i) + "\n";
+        }
+        write("s.ed3d", bytesProject + "ENDFILELIST\n");
+    }
+    QString path(const QString& strName) const { return m_dir.filePath(strName); }
+    void write(const QString& strName, const QByteArray& bytes) const { writeBytes(path(strName), bytes); }
+    QByteArray read(const QString& strName) const { return readBytes(path(strName)); }
+    void writeFrame(int nFrame, const QByteArray& bytes) const
+    {
+        write(QStringLiteral("f%1.mrc").arg(nFrame), bytes);
+    }
+    void replaceInProject(const QByteArray& bytesOld, const QByteArray& bytesNew) const
+    {
+        QByteArray bytes = read("s.ed3d");
+        ASSERT_TRUE(bytes.contains(bytesOld));
+        write("s.ed3d", bytes.replace(bytesOld, bytesNew));
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+const QByteArray PIXELS = framePixels(2, SIDE);
+
+struct BadCase {
+    const char* pszName;
+    std::function<void(const Series&)> fnBreak;
+    QStringList listArgument;
+    const char* pszMessage;  ///< has to stand in the log
+};
+
+const BadCase aBad[] = {
+    {"frame missing", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }, {}, "f2.mrc"},
+    {"frame of no bytes", [](const Series& s) { s.writeFrame(2, ""); }, {}, "f2.mrc: failed to load"},
+    {"frame cut in its header", [](const Series& s) { s.writeFrame(2, "short"); }, {}, "f2.mrc: failed to load"},
+    {"frame cut in its pixels",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); }, {},
+     "No image found in"},
+    {"negative size", [](const Series& s) { s.writeFrame(2, mrcBytes(-5, SIDE, 1, 2, PIXELS)); }, {}, "f2.mrc"},
+    {"huge size", [](const Series& s) { s.writeFrame(2, mrcBytes(2000000000, 2000000000, 1, 2, PIXELS)); }, {},
+     "f2.mrc"},
+    {"huge number of sections",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(1, 1, 2147483647, 2, PIXELS)); }, {}, "f2.mrc"},
+    {"unknown mode", [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 77, PIXELS)); }, {},
+     "f2.mrc"},
+    {"frame of another size",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); }, {"--region", "32,32,64"},
+     "f2.mrc"},
+    {"all frames blank",
+     [](const Series& s) {
+         for (int i = 0; i < FRAMES; ++i) {
+             s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(0)));
+         }
+     },
+     {}, "blank"},
+    {"all frames without numbers",
+     [](const Series& s) {
+         for (int i = 0; i < FRAMES; ++i) {
+             s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
+         }
+     },
+     {}, ""},
+    {"no wavelength", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }, {},
+     "Could not find keyword \"WAVELENGTH\" in the input file."},
+    {"wavelength 0", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); }, {},
+     "Error reading ed3d file"},
+    {"pixel size NaN", [](const Series& s) { s.replaceInProject("CCDPIXELSIZE 0.01", "CCDPIXELSIZE nan"); }, {},
+     "Error reading ed3d file"},
+    {"axis infinite", [](const Series& s) { s.replaceInProject("ROTATIONAXIS 10", "ROTATIONAXIS inf"); }, {},
+     "Error reading ed3d file"},
+    {"no end of the list", [](const Series& s) { s.replaceInProject("ENDFILELIST", "END"); }, {},
+     "Could not find a file list in the input file."},
+    {"empty list", [](const Series& s) { s.write("s.ed3d", "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
+                                                          "FILELIST\nENDFILELIST\n"); }, {}, "no frames"},
+    {"project missing", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }, {}, "Could not load file"},
+    {"mask of two corners", [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); }, {"--mask", "%/m.msk"},
+     "as mask file"},
+    {"cell in a wrong order", [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
+     {"--cell", "%/c.uc", "--from", "index"}, ""},
+    {"shifts of another series", [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
+     {"--from", "merge"}, "ED shift data is not used because the ED shift data is from 2 frames"},
+    {"peaks out of order",
+     [](const Series& s) {
+         s.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
+         s.write("s.pk", "2 0 0 1 1 1 1 8000000000000000\n");
+     },
+     {"--from", "merge"}, "s.pk: no peak list"},
+    {"folder that cannot be made", [](const Series& s) { s.write("file", "x"); }, {"--out", "%/file/sub"},
+     "the folder cannot be made"},
+};
+
+}  // namespace
+
+TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
+{
+    for (const BadCase& bad : aBad) {
+        SCOPED_TRACE(bad.pszName);
+        Series series;
+        const QStringList listResult = {"s.uc", "s.hkl", "s.p4p", "s.ipf"};
+        for (const QString& strName : listResult) {
+            series.write(strName, "earlier");
+        }
+        bad.fnBreak(series);
+        const QByteArray bytesShift = series.read("s.sc");
+        const QByteArray bytesPeaks = series.read("s.pk");
+        QStringList listArgument = {series.path("s.ed3d")};
+        for (QString strArgument : bad.listArgument) {
+            listArgument.append(strArgument.replace(QStringLiteral("%/"), series.path("")));
+        }
+        const BatchOutcome outcome = runBatch(listArgument);
+        EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
+        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(bad.pszMessage))) << outcome.strText.toStdString();
+        for (const QString& strName : listResult) {
+            EXPECT_EQ(series.read(strName), "earlier") << strName.toStdString();
+        }
+        // Shifts are written only by a run that reached the last frame; peaks likewise.
+        if (!outcome.strText.contains(QStringLiteral("Image shift evaluation finished"))) {
+            EXPECT_EQ(series.read("s.sc"), bytesShift);
+        }
+        if (!outcome.strText.contains(QStringLiteral("Peak hunting finished"))) {
+            EXPECT_EQ(series.read("s.pk"), bytesPeaks);
+        }
+        const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
+        EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
+    }
+}
+
+TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
+{
+    Series series;
+    const QString strProject = series.path("s.ed3d");
+    const struct {
+        QStringList listArgument;
+        const char* pszMessage;
+    } aRow[] = {
+        {{}, "no project and no images given"},
+        {{strProject, strProject}, "one project at a time"},
+        {{strProject, "--no-such-option"}, "no-such-option"},
+        {{strProject, "--from", "indexing"}, "not one of"},
+        {{strProject, "--from", "cell", "--to", "peaks"}, "lies before"},
+        {{strProject, "--peak-radius", "wide"}, "--peak-radius wide"},
+        {{strProject, "--peak-radius", "nan"}, "--peak-radius nan"},
+        {{strProject, "--index-threshold", "0.6"}, "from 0.01 to 0.5"},
+        {{strProject, "--space-group", "231"}, "from 1 to 230"},
+        {{strProject, "--region", "1,2"}, "X,Y,SIZE"},
+        {{strProject, "--region", "1,2,65"}, "X,Y,SIZE"},
+        {{strProject, "--jobs", "0"}, "--jobs 0"},
+        {{strProject, "--cell-min", "30", "--cell-max", "3"}, "--cell-min"},
+        {{strProject, "--tilt-step", "1"}, "--tilt-step"},
+        {{strProject, "--group", "1"}, "--from merge"},
+        {{series.path("f0.mrc")}, "--wavelength"},
+    };
+    for (const auto& row : aRow) {
+        const BatchOutcome outcome = runBatch(row.listArgument);
+        EXPECT_EQ(outcome.nStatus, 2) << outcome.strText.toStdString();
+        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(row.pszMessage)))
+            << row.listArgument.join(' ').toStdString() << ": " << outcome.strText.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(series.path("s.log")));
+}
