@@ -1,0 +1,114 @@
+#include "reciprocal/indexing.h"
+
+#include "app/records/timestamp.h"
+#include "crystal/cellarithmetic.h"
+#include "crystal/cellrefinement.h"
+#include "crystal/hklfile.h"
+#include "crystal/indexedpeaklist.h"
+#include "crystal/indexingtable.h"
+#include "crystal/reflectionconditions.h"
+#include "crystal/reflectionindices.h"
+#include "reciprocal/basissolver.h"
+#include "reciprocal/duplicates.h"
+#include "reciprocal/indexedpeaks.h"
+#include "reciprocal/reflectiongroups.h"
+
+namespace {
+
+/// Sorts the selection into indexed, unindexed and edge reflections.
+void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisValid)
+{
+    for (const Peak3D& peak : qAsConst(result.listSelection)) {
+        // Without a valid basis the indices are none, whatever numbers stand there.
+        if (!bBasisValid || !isCloseToInteger(peak, fThreshold)) {
+            result.listUnindexedID.append(peak.nID);
+        } else if ((peak.nFrame == 0 && nFrames > 2) || (peak.nFrame == nFrames - 1 && nFrames >= 3)) {
+            result.listOnEdgeID.append(peak.nID);
+        } else {
+            result.listIndexed.append(peak);
+            result.listRounded.append(peak);
+            result.listRounded.last().setHKL(roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL));
+        }
+    }
+    const QList<QList<Peak3D>> listSplit = takeDuplicateReflections(result.listIndexed);
+    result.listIndexed = listSplit[0];
+    for (const Peak3D& peak : listSplit[1])
+        result.listDuplicatedID.append(peak.nID);
+}
+
+}  // namespace
+
+IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
+                           const IndexingParameters& parameters, CRunReport& report)
+{
+    IndexingResult result;
+    if (dataSet.m_listCell.size() != 3) {
+        report.addMessage(QStringLiteral("Unit cell is not ready."), Qt::red);
+        result.status = IndexingStatus::NoCell;
+        return result;
+    }
+    if (listSelection.isEmpty()) {
+        report.addMessage(QStringLiteral("%1> No reflections to index.").arg(currentTimeStamp()), Qt::black);
+        result.status = IndexingStatus::NothingSelected;
+        return result;
+    }
+    double a = 0, b = 0, c = 0, alpha = 0, beta = 0, gamma = 0;
+    if (!cellParametersFromList(dataSet.m_listCell, a, b, c, alpha, beta, gamma)) {
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        result.status = IndexingStatus::CoPlanarBasis;
+        return result;
+    }
+    if (!report.goOn())
+        return result;
+
+    const float fThreshold = float(parameters.m_dfIndexThreshold);
+    result.listSelection = listSelection;
+    CBasisSolver solver;
+    solver.setBasis(dataSet.m_listCell[0], dataSet.m_listCell[1], dataSet.m_listCell[2]);
+    if (!indexReflections(result.listSelection, dataSet.m_listCell, fThreshold, 1.f / 3.f, report))
+        return {};
+    sortOut(result, fThreshold, frameCount(dataSet), solver.isValid());
+    assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
+    if (!report.goOn())
+        return {};
+
+    // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
+    buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
+    if (parameters.m_bOutputIndexing) {
+        outputIndexingResultsToWindow(result.listIndexed, report);
+        outputIndexingResultsToFile(result.listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
+                                    dataSet.m_strProjectDir, dataSet.m_strProjectName, report);
+        outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
+                                         dataSet.m_strProjectName, report);
+    }
+    report.addMessage(
+        QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")
+            .arg(currentTimeStamp())
+            .arg(a, 6, 'f', 3)
+            .arg(b, 6, 'f', 3)
+            .arg(c, 6, 'f', 3)
+            .arg(alpha, 6, 'f', 2)
+            .arg(beta, 6, 'f', 2)
+            .arg(gamma, 6, 'f', 2),
+        Qt::black);
+    const int nIndexed = result.listIndexed.size();
+    const int nSelected = result.listSelection.size();
+    report.addMessage(QStringLiteral("%1> %L2 out of %L3 (%L4%) were indexed.")
+                          .arg(currentTimeStamp())
+                          .arg(nIndexed)
+                          .arg(nSelected)
+                          .arg(100.0 * nIndexed / nSelected, 6, 'f', 3),
+                      Qt::black);
+    if (parameters.m_bOutputStatistics) {
+        outputReflectionStatistics(result.listIndexed, 0.0, report);
+        testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup, report);
+    }
+    if (parameters.m_bOutputRefinedCell) {
+        if (result.listRounded.size() < 7)
+            report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."), Qt::red);
+        else
+            unitCellRefinement(result.listRounded, a, b, c, alpha, beta, gamma, report);
+    }
+    result.status = IndexingStatus::Finished;
+    return result;
+}

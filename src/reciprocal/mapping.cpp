@@ -1,0 +1,86 @@
+#include "reciprocal/mapping.h"
+
+BeamCentres beamCentres(const DataSet& dataSet)
+{
+    return {dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY};
+}
+
+double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames)
+{
+    return dataSet.m_listOverallTilt[nFrame] + nFrame * dataSet.m_dfTiltRelaxation / nFrames;
+}
+
+void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching)
+{
+    QPointF ptCentred(peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y());
+    if (bApplyStretching)
+        ptCentred = applyStretching(ptCentred, dataSet.m_dfStretchAmplitude, dataSet.m_dfStretchAzimuth);
+    peak.dfX2DCorrected = ptCentred.x();
+    peak.dfY2DCorrected = ptCentred.y();
+    const Vec3D vecFlat = {float(dataSet.m_dfPixelSize * ptCentred.x()),
+                           float(dataSet.m_dfPixelSize * ptCentred.y()), 0.f};
+    const Vec3D vecPoint =
+        rotated(matrixTilt, ewaldPoint(rotated(matrixAxis, vecFlat), dataSet.m_dfWavelength));
+    peak.setPoint(vecPoint);
+    peak.dfDStar = double(length(vecPoint));
+    peak.setHKL(0, 0, 0);  // indices of an earlier geometry mean nothing now
+}
+
+bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, CRunReport& report)
+{
+    const int nFrames = dataSet.m_listPeakFrame.size();
+    if (nFrames != dataSet.m_listShift.size()) {
+        report.addMessage(QStringLiteral("The number of frames for peaks does not match that of the shift "
+                                         "correction data. Stop."),
+                          Qt::red);
+        return false;
+    }
+    if (nFrames > dataSet.m_listOverallTilt.size()) {
+        report.addMessage(
+            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."),
+            Qt::red);
+        return false;
+    }
+    const BeamCentres centres = beamCentres(dataSet);
+    const CMatrix3 matrixAxis = rotationZ(dataSet.m_dfRotationAxis);
+    QList<QList<Peak3D>> listMapped;
+    listMapped.reserve(nFrames);
+    for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
+        const CMatrix3 matrixTilt = rotationX(relaxedTilt(dataSet, nFrame, nFrames));
+        const QPointF ptCentre = frameCentre(centres, nFrame);
+        QList<Peak3D> listPeak;
+        listPeak.reserve(dataSet.m_listPeakFrame[nFrame].size());
+        for (Peak3D peak : dataSet.m_listPeakFrame[nFrame]) {
+            mapPeakTo3D(peak, ptCentre, matrixAxis, matrixTilt, dataSet, parameters.m_bApplyStretching);
+            peak.dfFrameTilt = dataSet.m_listOverallTilt[nFrame];
+            listPeak.append(peak);
+        }
+        listMapped.append(listPeak);
+    }
+    dataSet.m_listPeakFrame = listMapped;
+    return true;
+}
+
+PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const MappingParameters& parameters)
+{
+    PeaksShown shown;
+    shown.m_listPeakFrameShown.reserve(listPeakFrame.size());
+    for (const QList<Peak3D>& listPeak : listPeakFrame) {
+        QList<Peak3D> listKept;
+        for (const Peak3D& peak : listPeak)
+            if (peak.dfIPoint >= parameters.m_dfIntensityMin && peak.dfIPoint <= parameters.m_dfIntensityMax &&
+                peak.dfDStar <= parameters.m_dfResolutionMax && peak.dfDStar >= parameters.m_dfResolutionMin)
+                listKept.append(peak);
+        shown.m_listPeakFlat.append(listKept);
+        shown.m_listPeakFrameShown.append(listKept);
+    }
+    return shown;
+}
+
+QList<Peak3D> showPeaksIn3D(DataSet& dataSet, const MappingParameters& parameters)
+{
+    PeaksShown shown = filterPeaksShown(dataSet.m_listPeakFrame, parameters);
+    dataSet.m_listPeakFrameShown = shown.m_listPeakFrameShown;
+    return shown.m_listPeakFlat;
+}

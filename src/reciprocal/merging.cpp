@@ -1,0 +1,272 @@
+#include "reciprocal/merging.h"
+
+#include "frames/intensitycurves.h"
+#include "reciprocal/mapping.h"
+#include "reciprocal/nearestpeak.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+
+double intensity(const Peak3D& peak, int nIntensityMode)
+{
+    return nIntensityMode == 1 ? peak.dfI2D : peak.dfIPoint;
+}
+
+/// A peak of a chain with its position turned back into raw pixels.
+Peak3D atRawPosition(Peak3D peak, const BeamCentres& centres)
+{
+    const QPointF ptCentre = frameCentre(centres, peak.nFrame);
+    peak.dfX2D += ptCentre.x();
+    peak.dfY2D += ptCentre.y();
+    return peak;
+}
+
+/// The weighted mean of a chain and its strongest peak.
+struct ChainMean {
+    Peak3D peakBest;
+    float fBestWeight = -10000.0f;
+    double dfWeightSum = 0;
+    Vec3D vecPositionSum;
+};
+
+ChainMean meanOfChain(const QList<Peak3D>& listChain, const BeamCentres& centres, int nIntensityMode)
+{
+    ChainMean mean;
+    for (const Peak3D& peak : listChain) {
+        const float fWeight = float(intensity(peak, nIntensityMode));
+        if (!(fWeight > 0))
+            continue;
+        mean.vecPositionSum = mean.vecPositionSum + scaled(peak.point(), fWeight);
+        mean.dfWeightSum += double(fWeight);
+        if (fWeight > mean.fBestWeight) {
+            mean.peakBest = atRawPosition(peak, centres);
+            mean.fBestWeight = fWeight;
+        }
+    }
+    return mean;
+}
+
+void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
+{
+    const Vec3D vecMean = scaledDouble(mean.vecPositionSum, 1 / mean.dfWeightSum);
+    peakOut.setPoint(vecMean);
+    peakOut.dfDStar = double(length(vecMean));
+    peakOut.dfIPoint = dfIntensity;
+    peakOut.dfX2D = mean.peakBest.dfX2D;
+    peakOut.dfY2D = mean.peakBest.dfY2D;
+    peakOut.dfX2DCorrected = mean.peakBest.dfX2DCorrected;
+    peakOut.dfY2DCorrected = mean.peakBest.dfY2DCorrected;
+    peakOut.nFrame = mean.peakBest.nFrame;
+    peakOut.dfFrameTilt = mean.peakBest.dfFrameTilt;
+    peakOut.setHKL(0, 0, 0);
+    peakOut.nID = 0;
+    peakOut.nRGroup = 0;
+}
+
+bool isSelected(const std::vector<char>& vecSelected, int nID)
+{
+    return vecSelected.empty() || (nID >= 0 && size_t(nID) < vecSelected.size() && vecSelected[size_t(nID)]);
+}
+
+int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<char>& vecSelected)
+{
+    int nCount = 0;
+    for (const QList<Peak3D>& listPeak : listPeakFrame)
+        for (const Peak3D& peak : listPeak)
+            nCount += isSelected(vecSelected, peak.nID);
+    return nCount;
+}
+
+/// The chosen peaks of each frame, positions relative to the direct beam. No stretching enters here.
+std::vector<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vector<char>& vecSelected)
+{
+    const BeamCentres centres = beamCentres(dataSet);
+    std::vector<QList<Peak3D>> vecWorking;
+    for (int nFrame = 0; nFrame < dataSet.m_listPeakFrameShown.size(); ++nFrame) {
+        const QPointF ptCentre = frameCentre(centres, nFrame);
+        QList<Peak3D> listPeak;
+        for (Peak3D peak : dataSet.m_listPeakFrameShown[nFrame]) {
+            if (!isSelected(vecSelected, peak.nID))
+                continue;
+            peak.dfX2D -= ptCentre.x();
+            peak.dfY2D -= ptCentre.y();
+            listPeak.append(peak);
+        }
+        vecWorking.push_back(listPeak);
+    }
+    return vecWorking;
+}
+
+/// Links the peaks over the frames. Chains come in the order in which they were closed, those still open
+/// at the end last. Returns false when the run was stopped.
+bool linkChains(const DataSet& dataSet, const PeakMergingParameters& parameters,
+                const std::vector<QList<Peak3D>>& vecWorking, QList<QList<Peak3D>>& listChain,
+                CRunReport& report)
+{
+    const int nFrames = int(vecWorking.size());
+    const double dfMaxDistanceToPlane = parameters.m_dfMin3DDistance * dataSet.m_dfPixelSize;
+    std::vector<QList<Peak3D>> vecOpen;
+    CNearestPeak nearest(parameters.m_dfMax2DDistance);
+    report.startProgress(QStringLiteral("%p%"), 0, (nFrames - 1) / 10);
+    for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
+        if (nFrame % 10 == 0 || nFrame == nFrames - 1) {
+            report.setProgress(nFrame / 10);
+            if (!report.goOn()) {
+                report.endProgress();
+                return false;
+            }
+        }
+        // The frame lies in the plane through the rotation axis at its tilt; a chain is over once that
+        // plane has moved away from its last peak.
+        const double dfTilt = relaxedTilt(dataSet, nFrame, nFrames) * g_dfPi / 180;
+        const double dfSin = std::sin(dfTilt);
+        const double dfCos = std::cos(dfTilt);
+        size_t nStillOpen = 0;
+        for (size_t n = 0; n < vecOpen.size(); ++n) {
+            const Peak3D& peakLast = vecOpen[n].constLast();
+            const double dfDistance = std::fabs(-dfSin * double(peakLast.fY3D) + dfCos * double(peakLast.fZ3D));
+            if (dfDistance > dfMaxDistanceToPlane)
+                listChain.append(vecOpen[n]);
+            else if (nStillOpen++ != n)
+                vecOpen[nStillOpen - 1].swap(vecOpen[n]);
+        }
+        vecOpen.resize(nStillOpen);
+
+        // Last peaks as they are before this frame: what joins or begins a chain now is no target yet.
+        nearest.clear();
+        for (size_t n = 0; n < vecOpen.size(); ++n)
+            nearest.add(vecOpen[n].constLast().dfX2D, vecOpen[n].constLast().dfY2D, int(n));
+        nearest.prepare();
+        for (const Peak3D& peak : vecWorking[size_t(nFrame)]) {
+            const int nChain = nearest.find(peak.dfX2D, peak.dfY2D);
+            if (nChain >= 0)
+                vecOpen[size_t(nChain)].append(peak);
+            else
+                vecOpen.push_back({peak});
+        }
+    }
+    for (const QList<Peak3D>& listOpen : vecOpen)
+        listChain.append(listOpen);
+    report.endProgress();
+    return report.goOn();
+}
+
+}  // namespace
+
+bool mergeReflectionsMax(Peak3D& peakOut, const QList<Peak3D>& listChain, const BeamCentres& centres,
+                         int nIntensityMode)
+{
+    const ChainMean mean = meanOfChain(listChain, centres, nIntensityMode);
+    if (!(mean.dfWeightSum > 0))
+        return false;
+    fillMerged(peakOut, mean, double(mean.fBestWeight));
+    return true;
+}
+
+bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listChain,
+                                     const BeamCentres& centres, int nIntensityMode)
+{
+    if (listChain.size() < 2)
+        return false;
+    // The mean goes by the point intensity in either mode.
+    const ChainMean mean = meanOfChain(listChain, centres, 0);
+    if (!(mean.dfWeightSum > 0))
+        return false;
+
+    QList<Peak3D> listByTilt = listChain;
+    std::stable_sort(listByTilt.begin(), listByTilt.end(), [](const Peak3D& a, const Peak3D& b) {
+        return a.dfFrameTilt < b.dfFrameTilt || (std::isnan(b.dfFrameTilt) && !std::isnan(a.dfFrameTilt));
+    });
+    float fIntegral = 0;
+    for (int n = 0; n + 1 < listByTilt.size(); ++n) {
+        const Peak3D& peakP = listByTilt[n];
+        const Peak3D& peakQ = listByTilt[n + 1];
+        const double dfStep = double(length(peakQ.point() - peakP.point()));
+        fIntegral += float((intensity(peakP, nIntensityMode) + intensity(peakQ, nIntensityMode)) * (dfStep * 0.5));
+    }
+    fillMerged(peakOut, mean, double(fIntegral * 100.f));
+    return true;
+}
+
+PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
+                                  const std::vector<char>& vecSelected, CRunReport& report)
+{
+    PeakMergingResult result;
+    const int nFrames = dataSet.m_listPeakFrameShown.size();
+    if (nFrames != dataSet.m_listShift.size()) {
+        report.addMessage(QStringLiteral("The number of frames for peaks does not match that of the shift "
+                                         "correction data. Stop."),
+                          Qt::red);
+        return result;
+    }
+    if (nFrames > dataSet.m_listOverallTilt.size()) {
+        report.addMessage(
+            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."),
+            Qt::red);
+        return result;
+    }
+    if (!report.goOn())
+        return result;
+
+    const std::vector<QList<Peak3D>> vecWorking = workingLists(dataSet, vecSelected);
+    QList<QList<Peak3D>> listChain;
+    if (!linkChains(dataSet, parameters, vecWorking, listChain, report))
+        return result;
+
+    const BeamCentres centres = beamCentres(dataSet);
+    const int nIntensityMode = parameters.m_bIntegrate2D ? 1 : 0;
+    const double dfMax = parameters.m_dfMax3DLength * dataSet.m_dfPixelSize;
+    const double dfMin = parameters.m_dfMin2DLength * dataSet.m_dfPixelSize;
+    QList<Peak3D> listAll;
+    QList<Peak3D> listMerged;
+    for (int nChain = 0; nChain < listChain.size(); ++nChain) {
+        const QList<Peak3D>& chain = listChain[nChain];
+        result.nPeaks += chain.size();
+        const double dfLength = double(length(chain.constFirst().point() - chain.constLast().point()));
+        if (dfMin <= dfLength && dfLength <= dfMax) {
+            Peak3D peakMerged;
+            const bool bMerged = parameters.m_bIntegrateThroughFrames
+                                     ? mergeReflectionsLineIntegration(peakMerged, chain, centres, nIntensityMode)
+                                     : mergeReflectionsMax(peakMerged, chain, centres, nIntensityMode);
+            if (bMerged) {
+                peakMerged.nID = nChain;
+                listAll.append(peakMerged);
+                listMerged.append(peakMerged);
+            }
+        } else if (dfLength > dfMax) {
+            for (const Peak3D& peak : chain) {
+                Peak3D peakStreak = atRawPosition(peak, centres);
+                peakStreak.nID = nChain;
+                result.listStreakIndex.append(listAll.size());
+                listAll.append(peakStreak);
+            }
+        } else {
+            report.addMessage(
+                QStringLiteral("Abnormal chain length: %1, min:%2").arg(dfLength).arg(dfMin), Qt::black);
+        }
+    }
+    fitIntensityProfileForSharpPeaks(listChain, dataSet.m_listBeamTiltBreak, nIntensityMode, listMerged);
+
+    dataSet.m_listPeakChain = listChain;
+    dataSet.m_nIntensityMode = nIntensityMode;
+    dataSet.m_listPeakMergedShown = listAll;
+    dataSet.m_listPeakMerged = listMerged;
+    result.bFinished = true;
+    result.nOutsideLimits =
+        std::max(0, countSelected(dataSet.m_listPeakFrame, vecSelected) - result.nPeaks);
+    if (result.nOutsideLimits > 0)
+        report.addMessage(
+            QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
+                .arg(result.nOutsideLimits),
+            Qt::black);
+    report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
+                          .arg(result.nPeaks)
+                          .arg(listChain.size())
+                          .arg(listAll.size()),
+                      Qt::black);
+    return result;
+}
