@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <set>
@@ -37,11 +38,13 @@ void listCrystals()
 // What a preset changes from the defaults.
 bool applyPreset(const QString& strPreset, SimulationParameters& p)
 {
-    if (strPreset == QLatin1String("clean")) {
-        p.dfDrift = 0;
-        p.nHotPixels = 0;
+    if (strPreset == QLatin1String("clean") || strPreset == QLatin1String("demo")) {
         p.dfBackground = 2;
         p.dfReadNoise = 0.5;
+        if (strPreset == QLatin1String("demo"))
+            return true;
+        p.dfDrift = 0;
+        p.nHotPixels = 0;
     } else if (strPreset == QLatin1String("hard")) {
         p.dfDrift = 15;
         p.nHotPixels = 40;
@@ -123,7 +126,9 @@ int main(int argc, char** argv)
     };
     parser.addOption({QStringLiteral("list"), QStringLiteral("List the crystals and their sources.")});
     parser.addOption({QStringLiteral("demo"),
-                      QStringLiteral("Start from a preset: clean, hard (drift, noise, saturation, distortion) or "
+                      QStringLiteral("The demonstration: as --preset clean, but with drift and hot pixels.")});
+    parser.addOption({QStringLiteral("preset"),
+                      QStringLiteral("Start from clean, demo, hard (drift, noise, saturation, distortion) or "
                                      "beamtilt (fine steps by beam tilt); other options still count."),
                       QStringLiteral("preset")});
     add(QStringLiteral("crystal"), QStringLiteral("Crystal, one of --list."), p.strCrystal);
@@ -151,8 +156,10 @@ int main(int argc, char** argv)
     }
     if (!parser.positionalArguments().isEmpty())
         return fail(QStringLiteral("Unexpected argument: %1").arg(parser.positionalArguments().first()));
-    if (parser.isSet(QStringLiteral("demo")) && !applyPreset(parser.value(QStringLiteral("demo")), p))
-        return fail(QStringLiteral("No preset of the name %1").arg(parser.value(QStringLiteral("demo"))));
+    if (parser.isSet(QStringLiteral("demo")))
+        applyPreset(QStringLiteral("demo"), p);
+    if (parser.isSet(QStringLiteral("preset")) && !applyPreset(parser.value(QStringLiteral("preset")), p))
+        return fail(QStringLiteral("No preset of the name %1").arg(parser.value(QStringLiteral("preset"))));
     for (const NumberOption& option : aNumber) {
         if (!parser.isSet(QLatin1String(option.pName)))
             continue;
@@ -202,16 +209,20 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 1;
     }
+    // What a hunt can expect to see, and whether the strongest spots fit the pixels.
     std::set<std::tuple<int, int, int>> setStrong;
+    double dfMost = 0;
     int nStrong = 0;
-    for (const TruthSpot& spot : series.listSpot)
+    for (const TruthSpot& spot : series.listSpot) {
+        dfMost = std::max(dfMost, spot.dfCounts);
         if (spot.dfSignalToNoise >= 5) {
             ++nStrong;
             setStrong.insert({spot.nH, spot.nK, spot.nL});
         }
+    }
     std::printf("%d frames of %s in %s: %.1f spots a frame with a signal-to-noise ratio of 5 and more, "
-                "%d reflections\n",
+                "%d reflections; the strongest spot has %.0f counts\n",
                 p.nFrames, qPrintable(p.strCrystal), qPrintable(QDir::toNativeSeparators(p.strDirectory)),
-                double(nStrong) / p.nFrames, int(setStrong.size()));
+                double(nStrong) / p.nFrames, int(setStrong.size()), dfMost);
     return 0;
 }

@@ -24,12 +24,12 @@ struct SimulationParameters {
     double dfCenterX = 259.4;          ///< direct beam on the first frame, pixels
     double dfCenterY = 252.3;
     double dfDrift = 6;                ///< largest excursion of the beam over the series, pixels
-    double dfExposure = 4000;          ///< counts on a frame of a reflection of mean |F|², exactly in Bragg position
+    double dfExposure = 8000;          ///< counts on a frame of a reflection of mean |F|², exactly in Bragg position
     double dfBeamCounts = 150000;      ///< counts of the direct beam
     double dfBeamSigma = 2.0;          ///< pixels
-    double dfBackground = 12;          ///< counts per pixel far from the beam
+    double dfBackground = 8;           ///< counts per pixel far from the beam
     double dfReadNoise = 1.5;          ///< counts, standard deviation
-    double dfRocking = 0.003;          ///< σ of the rocking curve from shape and precession, Å⁻¹
+    double dfRocking = 0.005;          ///< σ of the rocking curve from shape and precession, Å⁻¹
     double dfMosaicity = 0.1;          ///< σ of the mosaic spread, degrees
     double dfSpotSigma = 1.5;          ///< pixels
     SpotShape spotShape = SpotShape::Gaussian;
