@@ -165,8 +165,11 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     if (pResult)
         *pResult = result;
 
-    // A form that isn't positive definite has no direct cell; the cell that came in stays.
-    if (!std::all_of(result.dfCell, result.dfCell + 6, [](double df) { return std::isfinite(df); }))
+    // A form that isn't positive definite has no direct cell, though two negative numbers may make a root
+    // that looks like a length; the cell that came in stays.
+    const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
+    if (!bDefinite ||
+        !std::all_of(result.dfCell, result.dfCell + 6, [](double df) { return std::isfinite(df); }))
         return false;
     a = result.dfCell[0];
     b = result.dfCell[1];

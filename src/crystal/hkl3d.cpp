@@ -1,8 +1,7 @@
 #include "crystal/hkl3d.h"
 
 #include "crystal/cellarithmetic.h"
-
-#include <QString>
+#include "crystal/hklfile.h"
 
 bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
                CRunReport& report)
@@ -32,4 +31,18 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
     }
     listPeak = listNew;
     return true;
+}
+
+bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
+                   CRunReport& report)
+{
+    if (listCell.size() != 3) {
+        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Qt::red);
+        return false;
+    }
+    if (strFileName.isEmpty())
+        return false;
+    const QList<HKL5> listHKL = readHKLFile(strFileName);
+    report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));
+    return showHKL3D(listHKL, listCell, listPeak, report);
 }

@@ -7,6 +7,7 @@
 #include "app/records/vec3d.h"
 
 #include <QList>
+#include <QString>
 
 /// Makes one record per entry of `listHKL`: the point h·a* + k·b* + l·c* (Å⁻¹, single precision), d*, the
 /// indices, the intensity as dfIPoint, frame 0 and a running nID from 0.
@@ -14,3 +15,10 @@
 /// @return false, with `listPeak` untouched and a red line in the log, without a cell
 bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
                CRunReport& report);
+
+/// Reads the HKL file `strFileName` and makes its points with showHKL3D(). An empty name, as of a cancelled
+/// dialog, does nothing.
+/// @return false, with `listPeak` untouched, without a cell or a name; a file that can't be read gives an
+///         empty list
+bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
+                   CRunReport& report);

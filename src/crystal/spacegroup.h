@@ -44,10 +44,10 @@ std::string spaceGroupCode(int nNumber);
 /// The code that generatorsOfSpaceGroup() reads: spaceGroupCode() but for the corrected entries.
 ///
 /// 39 (A b m 2): the third generator is the mirror b normal to y, not a twofold axis along y, which
-/// would make a group of the class 222. 131 (P 42/m m c): 42 along z and 2 along y at the origin,
-/// without the shifts of the printed entry, which belong to another choice and close to a group of
-/// 4/m m m with other absences. Source: International Tables for Crystallography, Vol. A, general
-/// positions of Nos. 39 (former symbol A b m 2, now A e m 2) and 131.
+/// would make a group of the class 222. 131 (P 42/m m c): 42 along z and 2 along y, both without a shift
+/// in the plane; the tabulated shifts make the plane normal to z a glide plane n.
+/// Source: International Tables for Crystallography, Vol. A, general positions of Nos. 39 (now A e m 2)
+/// and 131.
 std::string decodedSpaceGroupCode(int nNumber);
 
 /// Number of the space group that stands for the Laue class of group `nNumber`; -1 outside 1 to 230.

@@ -1,0 +1,226 @@
+#include "crystal/spacegroup.h"
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wall"
+#pragma GCC diagnostic ignored "-Wextra"
+#pragma GCC diagnostic ignored "-Wshadow"
+#include <gemmi/symmetry.hpp>
+#pragma GCC diagnostic pop
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+
+// The truth is gemmi's table of settings, which is built from Hall symbols, not from explicit ones.
+
+namespace {
+
+std::vector<gemmi::Op> asGemmi(const std::vector<CSymOp>& vecOperation)
+{
+    std::vector<gemmi::Op> vecOp;
+    for (const CSymOp& op : vecOperation) {
+        gemmi::Op out;
+        for (int i = 0; i < 3; ++i) {
+            for (int j = 0; j < 3; ++j)
+                out.rot[i][j] = int(std::lround(op.dfRotation[3 * i + j] * gemmi::Op::DEN));
+            out.tran[i] = int(std::lround(op.dfTranslation[i] * gemmi::Op::DEN)) % gemmi::Op::DEN;
+        }
+        vecOp.push_back(out);
+    }
+    std::sort(vecOp.begin(), vecOp.end());
+    return vecOp;
+}
+
+// The tabulated setting with the same operations, or none.
+const gemmi::SpaceGroup* settingOf(int nNumber, const std::vector<CSymOp>& vecOperation)
+{
+    const std::vector<gemmi::Op> vecOp = asGemmi(vecOperation);
+    for (const gemmi::SpaceGroup& setting : gemmi::spacegroup_tables::main)
+        if (setting.number == nNumber && setting.operations().all_ops_sorted() == vecOp)
+            return &setting;
+    return nullptr;
+}
+
+bool sameOperation(const CSymOp& op1, const CSymOp& op2)
+{
+    for (int n = 0; n < 9; ++n)
+        if (std::fabs(op1.dfRotation[n] - op2.dfRotation[n]) > 1e-6)
+            return false;
+    for (int n = 0; n < 3; ++n) {
+        const double df = std::fabs(op1.dfTranslation[n] - op2.dfTranslation[n]);
+        if (df > 1e-6 && std::fabs(df - 1) > 1e-6)
+            return false;
+    }
+    return true;
+}
+
+CSymOp plainProduct(const CSymOp& first, const CSymOp& second)
+{
+    CSymOp op;
+    for (int i = 0; i < 3; ++i) {
+        double dfT = first.dfTranslation[i];
+        for (int j = 0; j < 3; ++j) {
+            op.dfRotation[3 * i + j] = 0;
+            for (int k = 0; k < 3; ++k)
+                op.dfRotation[3 * i + j] += first.dfRotation[3 * i + k] * second.dfRotation[3 * k + j];
+            dfT += first.dfRotation[3 * i + j] * second.dfTranslation[j];
+        }
+        if (dfT < 0)
+            dfT += 1;
+        if (dfT >= 1)
+            dfT -= 1;
+        if (std::fabs(dfT - 1) < 1e-6)
+            dfT = 0;
+        op.dfTranslation[i] = dfT;
+    }
+    return op;
+}
+
+std::vector<CSymOp> plainlyClosed(std::vector<CSymOp> vecOp)
+{
+    const auto add = [&vecOp](const CSymOp& op) {
+        for (const CSymOp& other : vecOp)
+            if (sameOperation(op, other))
+                return false;
+        vecOp.push_back(op);
+        return true;
+    };
+    for (bool bChanged = true; bChanged;) {
+        bChanged = false;
+        for (std::size_t i = 0; i < vecOp.size(); ++i)
+            for (std::size_t j = i; j < vecOp.size(); ++j) {
+                bChanged |= add(plainProduct(vecOp[i], vecOp[j]));
+                bChanged |= add(plainProduct(vecOp[j], vecOp[i]));
+            }
+    }
+    return vecOp;
+}
+
+}  // namespace
+
+TEST(SpaceGroup, EveryGroupIsATabulatedSettingOfItsSymbol)
+{
+    // Where the tables give two origins, the codes take the first, but for 222.
+    for (int n = 1; n <= 230; ++n) {
+        const std::vector<CSymOp> vecOperation = operationsOfSpaceGroup(n);
+        const gemmi::SpaceGroup* pSetting = settingOf(n, vecOperation);
+        ASSERT_NE(pSetting, nullptr) << n << ' ' << spaceGroupSymbol(n) << ", " << vecOperation.size();
+        std::string strFull = spaceGroupSymbol(n);
+        if (n >= 3 && n <= 15)  // monoclinic, unique axis b: the full symbol names all three axes
+            strFull = strFull.substr(0, 1) + " 1" + strFull.substr(1) + " 1";
+        EXPECT_EQ(strFull, pSetting->hm) << n;
+        const char chExpected = spaceGroupSymbol(n)[0] == 'R' ? 'H' : n == 222 ? '2' : '1';
+        EXPECT_TRUE(pSetting->ext == '\0' || pSetting->ext == chExpected) << n << ' ' << pSetting->ext;
+    }
+}
+
+TEST(SpaceGroup, AbsencesAreThoseOfTheHallSymbols)
+{
+    CSpaceGroup spaceGroup;
+    for (int n = 1; n <= 230; ++n) {
+        ASSERT_TRUE(spaceGroup.setSpaceGroup(n));
+        const gemmi::SpaceGroup* pSetting = settingOf(n, spaceGroup.vecOperation);
+        ASSERT_NE(pSetting, nullptr) << n;
+        const gemmi::GroupOps ops = pSetting->operations();
+        int nWrong = 0;
+        for (int h = -6; h <= 6; ++h)
+            for (int k = -6; k <= 6; ++k)
+                for (int l = -6; l <= 6; ++l)
+                    nWrong += spaceGroup.isAbsent(h, k, l) != ops.is_systematically_absent({{h, k, l}});
+        EXPECT_EQ(nWrong, 0) << n << ' ' << spaceGroupSymbol(n);
+    }
+}
+
+TEST(SpaceGroup, LaueGroupHoldsTheRotationsOfTheGroupAndTheInversionAndNoMore)
+{
+    for (int n = 1; n <= 230; ++n) {
+        const auto rotations = [](int nNumber, bool bWithInversion) {
+            std::set<std::vector<double>> set;
+            for (const CSymOp& op : operationsOfSpaceGroup(nNumber))
+                for (int nSign : {1, -1}) {
+                    std::vector<double> vecR;
+                    for (double df : op.dfRotation)
+                        vecR.push_back(nSign * df + 0.0);
+                    if (nSign == 1 || bWithInversion)
+                        set.insert(vecR);
+                }
+            return set;
+        };
+        const int nLaue = laueGroupNumber(n);
+        EXPECT_EQ(rotations(n, true), rotations(nLaue, false)) << n << ' ' << nLaue;
+        EXPECT_EQ(gemmi::find_spacegroup_by_number(n)->laue_class(),
+                  gemmi::find_spacegroup_by_number(nLaue)->laue_class())
+            << n;
+    }
+    for (int n : {0, 231, -5})
+        EXPECT_EQ(laueGroupNumber(n), -1);
+}
+
+TEST(SpaceGroup, FastClosingGivesThePlainLoopsListInItsOrder)
+{
+    for (int n = 1; n <= 230; ++n) {
+        const std::vector<CSymOp> vecFast = operationsOfSpaceGroup(n),
+                                  vecPlain = plainlyClosed(generatorsOfSpaceGroup(n));
+        ASSERT_EQ(vecFast.size(), vecPlain.size()) << n;
+        for (std::size_t i = 0; i < vecFast.size(); ++i)
+            ASSERT_TRUE(sameOperation(vecFast[i], vecPlain[i])) << n << ", operation " << i;
+    }
+}
+
+TEST(SpaceGroup, OrdersOfKnownGroups)
+{
+    const std::map<int, std::size_t> mapOrder{{1, 1},     {2, 2},     {14, 4},   {62, 8},
+                                              {146, 9},   {166, 36},  {230, 96}, {225, 192},
+                                              {226, 192}, {227, 192}, {228, 192}};
+    for (const auto& [nNumber, nOrder] : mapOrder)
+        EXPECT_EQ(operationsOfSpaceGroup(nNumber).size(), nOrder) << nNumber;
+    EXPECT_EQ(operationsOfSpaceGroup(231).size(), 1u);
+}
+
+TEST(SpaceGroup, CodesStandAsTabulatedAndTwoAreDecodedCorrected)
+{
+    EXPECT_EQ(spaceGroupCode(39), "03aHDDbHHHcHDH0");
+    EXPECT_EQ(spaceGroupCode(131), "13bDDHgDHHcHDD0");
+    EXPECT_EQ(spaceGroupCode(227), "07aHDDaDHDbHDDcDDHdHHHeFBFhBBB1KKK");
+    for (int n = 0; n <= 231; ++n)
+        EXPECT_EQ(decodedSpaceGroupCode(n) == spaceGroupCode(n), n != 39 && n != 131) << n;
+    for (int n : {0, 231}) {
+        EXPECT_TRUE(spaceGroupCode(n).empty());
+        EXPECT_TRUE(spaceGroupSymbol(n).empty());
+    }
+}
+
+TEST(SpaceGroup, OutsideNumbersLeaveTheGroupInPlace)
+{
+    CSpaceGroup spaceGroup;
+    EXPECT_FALSE(spaceGroup.isAbsent(1, 0, 0));
+    ASSERT_TRUE(spaceGroup.setSpaceGroup(225));
+    const auto vecBefore = asGemmi(spaceGroup.vecOperation);
+    for (int n : {0, 231, -1})
+        EXPECT_FALSE(spaceGroup.setSpaceGroup(n));
+    EXPECT_EQ(spaceGroup.nNumber, 225);
+    EXPECT_EQ(asGemmi(spaceGroup.vecOperation), vecBefore);
+    EXPECT_TRUE(spaceGroup.isAbsent(1, 1, 0));
+    EXPECT_FALSE(spaceGroup.isAbsent(1, 1, 1));
+    EXPECT_TRUE(spaceGroup.isAbsent(2147483647, 0, 0));  // odd, and no overflow
+}
+
+TEST(SymTable, PointIndexIsTestedBeforeTheTranslations)
+{
+    const CSymTable table;
+    const auto textOf = [&table](int nPoint, int nX, int nY, int nZ) -> std::string {
+        try {
+            table.operation(nPoint, nX, nY, nZ);
+        } catch (const std::exception& e) {
+            return e.what();
+        }
+        return {};
+    };
+    EXPECT_EQ(textOf(14, 11, 0, 0), "Point symmetry index out of range!");
+    EXPECT_EQ(textOf(-1, 0, 0, 0), "Point symmetry index out of range!");
+    EXPECT_EQ(textOf(0, 0, 0, 11), "Translation vector index out of range!");
+    EXPECT_EQ(textOf(13, 10, 0, 10), "");
+    EXPECT_EQ(table.operation(0, 0, 8, 10).dfTranslation[1], -0.375);
+}
