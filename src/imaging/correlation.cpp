@@ -185,10 +185,21 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
     int nFineX = 0;
     int nFineY = 0;
-    IndexToXY(FindMaximumIndex(vecEnlarged.data(), nSide * nSide), nSide, nSide, &nFineX, &nFineY);
+    if (bSmall) {
+        // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
+        constexpr int nCentre = nHalfBox * nEnlarge;
+        std::vector<float> vecCentre(std::size_t(2 * nEnlarge + 1) * std::size_t(2 * nEnlarge + 1));
+        CopyRegion(vecEnlarged.data(), nSide, nSide, vecCentre.data(), nCentre - nEnlarge, nCentre - nEnlarge,
+                   2 * nEnlarge + 1, 2 * nEnlarge + 1);
+        FindMaximum(vecCentre.data(), 2 * nEnlarge + 1, 2 * nEnlarge + 1, nullptr, &nFineX, &nFineY);
+        nFineX += nCentre - nEnlarge;
+        nFineY += nCentre - nEnlarge;
+    } else {
+        IndexToXY(FindMaximumIndex(vecEnlarged.data(), nSide * nSide), nSide, nSide, &nFineX, &nFineY);
+    }
     fDX = float(nFineX) / float(nEnlarge) + float(nCornerX) - float(nWrapX);
     fDY = float(nFineY) / float(nEnlarge) + float(nCornerY) - float(nWrapY);
-    if (bSmall) {  // the box may hold the peak more than once
+    if (bSmall) {
         fDX = intoSide(fDX, nWidth);
         fDY = intoSide(fDY, nHeight);
     }
@@ -216,7 +227,8 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     double dfValue = 0.0;
     float fDX = 0.f;
     float fDY = 0.f;
-    correlation.FindCorrelationPeak(pMap.get(), nWidth, nHeight, dfValue, fDX, fDY);
+    std::vector<float> vecSearch(pMap.get(), pMap.get() + nCount);  // the search moves its map
+    correlation.FindCorrelationPeak(vecSearch.data(), nWidth, nHeight, dfValue, fDX, fDY);
     if (fDX > float(nWidth / 2))
         fDX -= float(nWidth);
     if (fDY > float(nHeight / 2))

@@ -73,8 +73,13 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     const int nStartX = truncated(dfStartX);
     const int nStartY = truncated(dfStartY);
     const bool bInside = nStartX >= 0 && nStartX < nWidth && nStartY >= 0 && nStartY < nHeight;
-    const double dfHeight =
-        bInside ? double(pPixel[std::size_t(nStartY) * std::size_t(nWidth) + std::size_t(nStartX)]) : 1.0;
+    double dfHeight = 1.0;
+    if (bInside) {
+        const float fPixel =
+            img.Data()[std::size_t(nTop + nStartY) * std::size_t(img.Width()) + std::size_t(nLeft + nStartX)];
+        if (std::isfinite(fPixel))
+            dfHeight = fPixel;
+    }
     std::vector<double> vecPara{dfHeight, dfStartX, 1.0, dfStartY, 1.0};
 
     CLmdifFit fit;

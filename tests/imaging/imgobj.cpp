@@ -1,0 +1,127 @@
+// The image container and its conversions.
+#include "imaging/imgobj.h"
+#include "imaging/imageconversion.h"
+#include "imaging/imageregion.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+namespace {
+
+void fillWithIndex(CImgObj<float>& img, int nWidth, int nHeight)
+{
+    ASSERT_EQ(img.Create(nWidth, nHeight), 1);
+    std::iota(img.Data(), img.Data() + nWidth * nHeight, 0.f);
+}
+
+}  // namespace
+
+TEST(CImgObj, CreateKeepsContentsOnlyAtTheSameSize)
+{
+    CImgObj<float> img;
+    fillWithIndex(img, 4, 3);
+    const float* pBefore = img.Data();
+    EXPECT_EQ(img.Create(4, 3), 1);
+    EXPECT_EQ(img.Data(), pBefore);
+    EXPECT_EQ(img.Data()[11], 11.f);
+    EXPECT_EQ(img.Create(3, 4), 1);
+    EXPECT_EQ(img.Width() * 10 + img.Height(), 34);
+    for (const auto& size : {std::pair<int, int>{-1, 4}, {4, 0}, {65536, 32768}, {INT_MAX, INT_MAX}}) {
+        img.Create(2, 2);
+        EXPECT_EQ(img.Create(size.first, size.second), 0);
+        EXPECT_EQ(img.Data(), nullptr);
+        EXPECT_EQ(img.Width() + img.Height(), 0);
+    }
+    EXPECT_EQ(img.Create(0, 0), 1) << "an empty image has this size already";
+}
+
+TEST(CImgObj, SetAndCopyTakeOverOrLeaveAlone)
+{
+    CImgObj<short> img;
+    const unsigned char aByte[6] = {0, 1, 127, 128, 200, 255};
+    ASSERT_EQ(img.Set(aByte, 3, 2), 1);
+    EXPECT_EQ(std::vector<short>(img.Data(), img.Data() + 6), (std::vector<short>{0, 1, 127, 128, 200, 255}));
+    CImgObj<short> imgEmpty;
+    EXPECT_EQ(img.Set(static_cast<const short*>(nullptr), 1, 1), 0);
+    EXPECT_EQ(img.Copy(imgEmpty), 0);
+    EXPECT_EQ(img.Copy(static_cast<const CImgObj<short>*>(nullptr)), 0);
+    ASSERT_EQ(img.Width(), 3);
+    EXPECT_EQ(img.Data()[5], 255);
+
+    CImgObj<short> imgCopy;
+    EXPECT_EQ(imgCopy.Copy(&img), 1);
+    EXPECT_EQ(imgCopy.Copy(imgCopy), 1);
+    imgCopy.Data()[5] = 1;
+    EXPECT_EQ(img.Data()[5], 255) << "copies share nothing";
+    CImgObj<short> imgMoved(std::move(imgCopy));
+    EXPECT_EQ(imgMoved.Data()[5], 1);
+    EXPECT_EQ(imgCopy.Data(), nullptr);
+    img = std::move(imgMoved);
+    EXPECT_EQ(img.Data()[5], 1);
+    img.Clear();
+    EXPECT_EQ(std::accumulate(img.Data(), img.Data() + 6, 0), 0);
+    imgEmpty.Clear();
+}
+
+TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
+{
+    CImgObj<float> img;
+    fillWithIndex(img, 7, 5);
+    const struct {
+        int x, y, w, h;
+        bool bInside;
+    } aRow[] = {{0, 0, 7, 5, true},   {2, 1, 3, 4, true},   {6, 4, 1, 1, true},       {-1, 0, 3, 3, false},
+                {0, -1, 3, 3, false}, {5, 0, 3, 3, false},  {0, 3, 3, 3, false},      {7, 0, 1, 1, false},
+                {0, 0, -1, 2, false}, {1, 1, 2, -3, false}, {3, 3, INT_MAX, 1, false}};
+    for (const auto& row : aRow) {
+        const CImgObj<float> imgSub = img.SubImage(row.x, row.y, row.w, row.h);
+        ASSERT_EQ(imgSub.Data() != nullptr, row.bInside) << row.x << " " << row.y << " " << row.w;
+        std::vector<float> vecRegion(36, -1.f);
+        const int nCopied = CopyRegion(img.Data(), 7, 5, vecRegion.data(), row.x, row.y, row.w, row.h);
+        EXPECT_EQ(nCopied, row.bInside || row.h < 1 ? 1 : 0);
+        for (int i = 0; i < 36; i++) {
+            const bool bUsed = row.bInside && i < row.w * row.h;
+            const float fExpected = bUsed ? float((row.y + i / row.w) * 7 + row.x + i % row.w) : -1.f;
+            ASSERT_EQ(vecRegion[i], fExpected);
+            if (bUsed) {
+                ASSERT_EQ(imgSub.Data()[i], fExpected);
+            }
+        }
+    }
+}
+
+TEST(FlipVertical, TurnsTheOrderOfRows)
+{
+    for (int nHeight : {1, 4, 5}) {
+        std::vector<unsigned char> vec(std::size_t(nHeight) * 3);
+        std::iota(vec.begin(), vec.end(), static_cast<unsigned char>(0));
+        FlipVertical(vec.data(), 3, nHeight);
+        for (int i = 0; i < nHeight * 3; i++)
+            EXPECT_EQ(vec[i], (nHeight - 1 - i / 3) * 3 + i % 3);
+    }
+}
+
+TEST(ImageConversion, GivesAmplitudePhaseAndParts)
+{
+    CImgObj<float> imgReal;
+    CImgObj<COMPLEX> imgComplex;
+    EXPECT_EQ(ComplexFromFloat(imgReal, imgComplex), 0);
+    fillWithIndex(imgReal, 3, 2);
+    ASSERT_EQ(ComplexFromFloat(imgReal, imgComplex), 1);
+    EXPECT_EQ(imgComplex.Width() * 10 + imgComplex.Height(), 32);
+    EXPECT_EQ(imgComplex.Data()[5].re, 5.f);
+    EXPECT_EQ(imgComplex.Data()[5].im, 0.f);
+
+    const COMPLEX value{-3.f, 4.f};
+    const float afExpected[] = {5.f, float(std::acos(-0.6)), -3.f, 4.f, 99.f};
+    for (int nMode = 0; nMode < 5; nMode++) {
+        float f = 99.f;
+        EXPECT_EQ(ComplexToFloat(&value, &f, 1, nMode), nMode < 4);
+        EXPECT_FLOAT_EQ(f, afExpected[nMode]) << nMode;
+    }
+    EXPECT_EQ(ComplexToFloat(nullptr, imgReal.Data(), 1, 0), 0);
+}

@@ -1,0 +1,85 @@
+// Shifts of images by whole pixels and fractions.
+#include "imaging/acmlfft.h"
+#include "imaging/imageshifts.h"
+#include "testimages.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <numeric>
+
+namespace {
+
+std::vector<float> numbered(int nWidth, int nHeight)
+{
+    std::vector<float> vec(std::size_t(nWidth) * std::size_t(nHeight));
+    std::iota(vec.begin(), vec.end(), 0.f);
+    return vec;
+}
+
+}  // namespace
+
+TEST(ShiftCenter, MovesElementZeroToTheCentreAndBack)
+{
+    for (const auto& size : {std::pair<int, int>{2, 2}, {6, 4}, {4, 10}}) {
+        const auto vecOld = numbered(size.first, size.second);
+        auto vec = vecOld;
+        ASSERT_EQ(ShiftCenter(vec.data(), size.first, size.second), 1);
+        for (int y = 0; y < size.second; y++)
+            for (int x = 0; x < size.first; x++)
+                EXPECT_EQ(
+                    vec[(y + size.second / 2) % size.second * size.first + (x + size.first / 2) % size.first],
+                    vecOld[y * size.first + x]);
+        ShiftCenter(vec.data(), size.first, size.second);
+        EXPECT_EQ(vec, vecOld);
+    }
+    auto vecOdd = numbered(5, 4);
+    EXPECT_THROW(ShiftCenter(vecOdd.data(), 5, 4), const wchar_t*);
+    EXPECT_THROW(ShiftCenter(vecOdd.data(), 4, 5), const wchar_t*);
+    EXPECT_EQ(vecOdd, numbered(5, 4));
+    EXPECT_EQ(ShiftCenter(static_cast<float*>(nullptr), 5, 4), 0);
+}
+
+TEST(CyclicShift, PutsEveryPixelWhereTheRemainderSays)
+{
+    const int nWidth = 7;
+    const int nHeight = 5;
+    const auto vecOld = numbered(nWidth, nHeight);
+    for (int nDX : {0, 1, -1, 7, -8, 20, INT_MAX, INT_MIN})
+        for (int nDY : {0, 2, -1, 5, -13, INT_MAX, INT_MIN}) {
+            auto vec = vecOld;
+            ASSERT_EQ(CyclicShift(vec.data(), nWidth, nHeight, nDX, nDY), 1);
+            for (long y = 0; y < nHeight; y++)
+                for (long x = 0; x < nWidth; x++) {
+                    const long nX = ((x + nDX) % nWidth + nWidth) % nWidth;
+                    const long nY = ((y + nDY) % nHeight + nHeight) % nHeight;
+                    ASSERT_EQ(vec[nY * nWidth + nX], vecOld[y * nWidth + x]) << nDX << " " << nDY;
+                }
+        }
+}
+
+TEST(FourierShift, GivesTheImageOfTheMovedFormula)
+{
+    CAcmlFft fft;
+    const struct {
+        int nWidth, nHeight;
+        double dfDX, dfDY;
+        bool bCentred;
+    } aRow[] = {{32, 16, 0.3, -1.7, false}, {32, 16, 0.3, -1.7, true}, {18, 24, -5.25, 8.5, false},
+                {16, 16, 3.0, -2.0, false}, {17, 21, 0.6, 2.4, true},  {16, 16, 0.0, 0.0, true}};
+    for (const auto& row : aRow) {
+        auto vec = asComplex(waveImage(row.nWidth, row.nHeight, 0.0, 0.0));
+        const auto vecMoved = waveImage(row.nWidth, row.nHeight, row.dfDX, row.dfDY);
+        const int nHalfX = row.bCentred ? row.nWidth / 2 : 0;
+        const int nHalfY = row.bCentred ? row.nHeight / 2 : 0;
+        fft.Transform(vec.data(), row.nWidth, row.nHeight, -1);
+        CyclicShift(vec.data(), row.nWidth, row.nHeight, nHalfX, nHalfY);
+        ASSERT_EQ(FourierShift(vec.data(), row.nWidth, row.nHeight, row.dfDX, row.dfDY, row.bCentred), 1);
+        CyclicShift(vec.data(), row.nWidth, row.nHeight, -nHalfX, -nHalfY);
+        fft.Transform(vec.data(), row.nWidth, row.nHeight, 1);
+        for (std::size_t i = 0; i < vec.size(); i++) {
+            ASSERT_NEAR(vec[i].re, vecMoved[i], 2e-5) << row.nWidth << " x " << row.nHeight << " at " << i;
+            ASSERT_NEAR(vec[i].im, 0.f, 2e-5);
+        }
+    }
+}
