@@ -40,6 +40,9 @@ Vec3D rotated(const CMatrix3& matrix, const Vec3D& v)
 
 Vec3D ewaldPoint(const Vec3D& vecFlat, double dfWavelength)
 {
+    // The beam itself is the origin by definition; 1/λ rounded to single would leave it some 1e-6 off.
+    if (vecFlat == Vec3D())
+        return {};
     const double dfK = 1 / dfWavelength;
     const Vec3D vecFromCentre = {vecFlat.x, vecFlat.y, vecFlat.z - float(dfK)};
     const double dfLength = double(length(vecFromCentre));

@@ -38,6 +38,7 @@ CMatrix3 rotationX(double dfDegrees);
 Vec3D rotated(const CMatrix3& matrix, const Vec3D& v);
 
 /// Lifts a point of the flat pattern onto the Ewald sphere, along the line to the sphere's centre.
+/// The direct beam, (0, 0, 0), stays where it is.
 ///
 /// @param vecFlat       relative to the direct beam, Å⁻¹, x along the rotation axis, z = 0
 /// @param dfWavelength  Å; 0 leaves the components undefined (not a number)
