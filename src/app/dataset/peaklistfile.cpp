@@ -113,7 +113,8 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
             continue;
         PeakLine line;
         if (!scanPeakLine(pLine, p, line)) {
-            report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName), Qt::red);
+            report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName),
+                              Qt::red);
             setReason(pstrReason, strFileName,
                       QStringLiteral("text line %1 holds no peak: \"%2\"")
                           .arg(nLine)
@@ -202,7 +203,8 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
         pstrReason->clear();
     QSaveFile file(strFileName);
     if (strFileName.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        setReason(pstrReason, strFileName, strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
+        setReason(pstrReason, strFileName,
+                  strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
         return 0;
     }
     const QVector<QVector<QList<int>>> vecPeakGroup =

@@ -87,7 +87,8 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
         const QString strKeyword = QLatin1String(row.strKeyword);
         if (!findNumber(listLine, strKeyword, *row.pdfValue)) {
             if (row.bMustBe)
-                return fail(QStringLiteral("Could not find keyword \"%1\" in the input file.").arg(strKeyword));
+                return fail(
+                    QStringLiteral("Could not find keyword \"%1\" in the input file.").arg(strKeyword));
             continue;
         }
         if (!std::isfinite(*row.pdfValue))

@@ -30,7 +30,8 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
         double adf[3];
         bool bGood = strLine.startsWith(g_aVectorLabel[i]);
         for (double& df : adf)
-            bGood = bGood && scanner.readDouble(df) && std::abs(df) <= double(std::numeric_limits<float>::max());
+            bGood =
+                bGood && scanner.readDouble(df) && std::abs(df) <= double(std::numeric_limits<float>::max());
         if (!bGood) {
             setReason(pstrReason,
                       QStringLiteral("no vector %1 in its place").arg(QLatin1String(g_aVectorLabel[i])));
@@ -81,8 +82,9 @@ QByteArray unitCellText(const QList<Vec3D>& listCell)
 bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason)
 {
     if (data.m_listCell.size() != 3 || strFileName.isEmpty()) {
-        setReason(pstrReason, strFileName.isEmpty() ? QStringLiteral("no name for the unit cell file")
-                                                    : QStringLiteral("%1: no cell to write").arg(strFileName));
+        setReason(pstrReason, strFileName.isEmpty()
+                                  ? QStringLiteral("no name for the unit cell file")
+                                  : QStringLiteral("%1: no cell to write").arg(strFileName));
         return false;
     }
     const QByteArray strText = unitCellText(data.m_listCell);

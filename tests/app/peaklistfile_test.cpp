@@ -1,0 +1,195 @@
+#include "app/dataset/peaklistfile.h"
+#include "recordingreport.h"
+#include "textfiles.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <cmath>
+
+static Peak3D peakAt(double dfX, double dfY, double dfI, double dfI2D)
+{
+    Peak3D peak;
+    peak.dfX2D = dfX;
+    peak.dfY2D = dfY;
+    peak.dfIPoint = dfI;
+    peak.dfI2D = dfI2D;
+    return peak;
+}
+
+// What one reading must leave in the data set: per frame "x y I I2D id mask" of each peak.
+static QString storeText(const DataSet& data)
+{
+    QStringList listFrame;
+    for (int nFrame = 0; nFrame < data.m_listPeakFrame.size(); ++nFrame) {
+        QStringList listPeak;
+        for (int i = 0; i < data.m_listPeakFrame[nFrame].size(); ++i) {
+            const Peak3D& peak = data.m_listPeakFrame[nFrame][i];
+            EXPECT_EQ(peak.nFrame, nFrame);
+            QStringList listGroup;
+            for (int nGroup : data.m_vecPeakGroup[nFrame][i])
+                listGroup.append(QString::number(nGroup));
+            listPeak.append(QStringLiteral("%1 %2 %3 %4 #%5 {%6}")
+                                .arg(peak.dfX2D, 0, 'g', 11)
+                                .arg(peak.dfY2D, 0, 'g', 11)
+                                .arg(peak.dfIPoint)
+                                .arg(peak.dfI2D)
+                                .arg(peak.nID)
+                                .arg(listGroup.join(',')));
+        }
+        listFrame.append(listPeak.join("; "));
+    }
+    return listFrame.join(" | ");
+}
+
+TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
+{
+    const QString strBad = "red Wrong file format for peak list: f.pk";
+    const QString strFrames =
+        "red This peak list file does not match the current ed3d file in frame numbers.";
+    const QString strOld = "9 9 9 9 #0 {7}";  // stays when the result is 0
+    const struct {
+        const char* strCase;
+        QByteArray bytesFile;
+        int nResult;
+        QString strStore;
+        QStringList listMessage;
+    } aRow[] = {
+        {"six, seven and eight words",
+         "1 0 0 1.5 2 3\n2 1 0 4 5 6 8000000000000001\n3 1 1 7 8 9 10 C000000000000000",
+         1,
+         "1.5 2 3 3 #0 {} | 4 5 6 6 #1 {0,63}; 7 8 9 10 #2 {0,1}",
+         {}},
+        {"line ends, comments, any white space, byte order mark",
+         "\xEF\xBB\xBF# head\r\n\r\n1 0 0 1 2 3\r# between\r\t2\t1  0 4 5 6 \n\n",
+         1,
+         "1 2 3 3 #0 {} | 4 5 6 6 #1 {}",
+         {}},
+        {"frames in any order",
+         "1 1 5 1 1 1\n2 0 5 2 2 2\n3 1 5 3 3 3",
+         1,
+         "2 2 2 2 #1 {} | 1 1 1 1 #0 {}; 3 3 3 3 #2 {}",
+         {}},
+        {"mask of 17 digits, mask that is none",
+         "1 0 0 1 1 1 80000000000000001\n2 0 1 1 1 1 zebra",
+         1,
+         "1 1 1 1 #0 {0}; 1 1 1 1 #1 {} | ",
+         {}},
+        {"five words", "1 0 0 1 2 3\n2 0 1 4 5\n3 0 2 6 7 8", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"nine words", "1 0 0 1 2 3\n2 0 1 4 5 6 7 8 9", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"a word for a number", "1 0 0 1 2 3\n2 0 1 4 y 6", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"a decimal comma", "1 0 0 1 2 3\n2 0 1 4,5 1 6", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"numbers that touch, so that words are missing",
+         "1 0 0 1 2 3\n       2    0     1   12.012345.6      5.0         5.0 8000000000000000",
+         1,
+         "1 2 3 3 #0 {} | ",
+         {strBad}},
+        {"a frame below 0", "1 0 0 1 2 3\n2 -1 1 4 5 6", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"a position that is none", "1 0 0 1 2 3\n2 0 1 nan 5 6", 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"a NUL byte", QByteArray("1 0 0 1 2 3\n2 0 1 4 \0 6", 24), 1, "1 2 3 3 #0 {} | ", {strBad}},
+        {"a broken first line", "x\n1 0 0 1 2 3", 0, strOld, {strBad}},
+        {"the first serial is 2", "2 0 0 1 2 3", 0, strOld, {}},
+        {"a serial twice", "1 0 0 1 2 3\n1 0 1 1 2 3", 0, strOld, {}},
+        {"nothing", "", 0, strOld, {}},
+        {"comments alone", "# a\n#b", 0, strOld, {}},
+        {"a frame beyond the data set", "1 0 0 1 2 3\n2 2 0 1 2 3", 0, strOld, {strFrames}},
+        {"the last frame an int can hold", "1 2147483647 0 1 2 3", 0, strOld, {strFrames}},
+        {"single precision", "1 0 0 0.1 16777217 3", 1, "0.10000000149 16777216 3 3 #0 {} | ", {}},
+    };
+    for (const auto& row : aRow) {
+        SCOPED_TRACE(row.strCase);
+        DataSet data;
+        setFrames(data, 2);
+        data.m_listPeakFrame = {{peakAt(9, 9, 9, 9)}};
+        data.m_listPeakFrame[0][0].nFrame = 0;
+        data.m_vecPeakGroup = {{{7}}};
+        CRecordingReport report;
+        QString strReason;
+        EXPECT_EQ(readPeakListBytes(data, row.bytesFile, "f.pk", report, &strReason), row.nResult);
+        EXPECT_EQ(storeText(data), row.strStore);
+        EXPECT_EQ(report.m_listMessage, row.listMessage);
+        EXPECT_EQ(strReason.startsWith("f.pk: "), row.nResult == 0 || !row.listMessage.isEmpty())
+            << strReason.toStdString();
+        EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..0", "end"}));
+    }
+}
+
+TEST(PeakList, NeedsFramesUpToItsLastAndLeavesFurtherOnesEmpty)
+{
+    const struct {
+        int nFrames;
+        int nResult;
+    } aRow[] = {{9, 0}, {10, 1}, {20, 1}, {0, 0}};
+    for (const auto& row : aRow) {
+        DataSet data;
+        setFrames(data, row.nFrames);
+        CRunReport report;
+        EXPECT_EQ(readPeakListBytes(data, "1 9 0 1 2 3\n", "f.pk", report), row.nResult) << row.nFrames;
+        EXPECT_EQ(data.m_listPeakFrame.size(), row.nResult ? row.nFrames : 0);
+        EXPECT_EQ(data.m_vecPeakGroup.size(), data.m_listPeakFrame.size());
+    }
+}
+
+TEST(PeakList, MovesTheBarEveryThousandLines)
+{
+    QByteArray bytesFile;
+    for (int i = 1; i <= 2500; ++i)
+        bytesFile += QByteArray::number(i) + " 0 0 1 2 3\n";
+    DataSet data;
+    setFrames(data, 1);
+    CRecordingReport report;
+    EXPECT_EQ(readPeakListBytes(data, bytesFile, "f.pk", report), 1);
+    EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..2", "1", "2", "end"}));
+    EXPECT_EQ(report.m_nGoOn, 2);
+    EXPECT_EQ(data.m_listPeakFrame[0].size(), 2500);
+}
+
+TEST(PeakList, IsWrittenInColumnsAndReadsBack)
+{
+    QTemporaryDir folder;
+    const QString strFile = folder.filePath("a.pk");
+    DataSet data;
+    setFrames(data, 3);
+    data.m_listPeakFrame = {{peakAt(12, 7.25, 100.04, 1234.56), peakAt(511.96, 0, -3.5, -0.04)},
+                            {},
+                            {peakAt(4095, 4095, 999999.9, 999999999.9)}};
+    data.m_vecPeakGroup = {{{0, 1}, {}}, {}, {{0, 64}}};
+    QString strReason;
+    ASSERT_EQ(writePeakList(data, strFile, &strReason), 1);
+    EXPECT_EQ(strReason, QString());
+    EXPECT_EQ(bytesOf(strFile),
+              "       1    0     0   12.0    7.2    100.0      1234.6 C000000000000000\n"
+              "       2    0     1  512.0    0.0     -3.5        -0.0 0000000000000000\n"
+              "       3    2     0 4095.0 4095.0 999999.9 999999999.9 8000000000000000\n");
+    CRunReport report;
+    ASSERT_EQ(readPeakList(data, strFile, report), 1);
+    EXPECT_EQ(storeText(data),
+              "12 7.1999998093 100 1234.6 #0 {0,1}; 512 0 -3.5 0 #1 {} |  | "
+              "4095 4095 1e+06 1e+09 #2 {0}");
+}
+
+TEST(PeakList, LeavesGroupsOfOtherPeaksAsideAndCountsLinesTooWide)
+{
+    QTemporaryDir folder;
+    const QString strFile = folder.filePath("a.pk");
+    DataSet data;
+    setFrames(data, 2);
+    data.m_listPeakFrame = {{peakAt(1, 1, 1, 1)}, {peakAt(2, 2, 1e9, 2)}};
+    data.m_vecPeakGroup = {{{5}, {5}}, {{5}}};  // of a list with two peaks on frame 0
+    QString strReason;
+    ASSERT_EQ(writePeakList(data, strFile, &strReason), 1);
+    EXPECT_EQ(bytesOf(strFile).count(" 8000000000000000\n"), 2);
+    EXPECT_TRUE(strReason.contains("1 lines")) << strReason.toStdString();
+    CRecordingReport report;
+    EXPECT_EQ(readPeakList(data, strFile, report), 1);
+    EXPECT_EQ(report.m_listMessage.size(), 1) << "the touching line ends the list instead of being misread";
+    EXPECT_EQ(data.m_listPeakFrame[1].size(), 0);
+
+    const QByteArray bytesBefore = bytesOf(strFile);
+    for (const QString& strBad : {QString(), folder.filePath("none/a.pk"), folder.path()}) {
+        EXPECT_EQ(writePeakList(data, strBad, &strReason), 0);
+        EXPECT_FALSE(strReason.isEmpty());
+    }
+    EXPECT_EQ(bytesOf(strFile), bytesBefore);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("a.pk")) << "no half files";
+}
