@@ -166,10 +166,14 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
         *pResult = result;
 
     // A form that isn't positive definite has no direct cell, though two negative numbers may make a root
-    // that looks like a length; the cell that came in stays.
+    // that looks like a length. A fit of numbers that aren't finite found nothing. The cell that came in
+    // stays.
+    const auto allFinite = [](const double* pFirst, std::size_t nCount) {
+        return std::all_of(pFirst, pFirst + nCount, [](double df) { return std::isfinite(df); });
+    };
     const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
-    if (!bDefinite ||
-        !std::all_of(result.dfCell, result.dfCell + 6, [](double df) { return std::isfinite(df); }))
+    if (!bDefinite || !allFinite(result.dfCell, 6) ||
+        !allFinite(fit.m_vecResidual.data(), fit.m_vecResidual.size()))
         return false;
     a = result.dfCell[0];
     b = result.dfCell[1];

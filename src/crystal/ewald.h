@@ -18,10 +18,15 @@ struct FramePositionGeometry {
 };
 
 /// The tilt in radians at which the Ewald sphere cuts `g` (Å⁻¹, laboratory frame at tilt 0, x rotation
-/// axis, z beam, sphere centre (0, 0, 1/λ) before the tilt).
+/// axis, z beam).
 ///
 /// Solves A·sin θ + B·cos θ + C = 0 with A = −2·g.y/λ, B = 2·g.z/λ, C = |g|²; of the two solutions the
 /// first is taken if it lies inside ±π/2, else the second.
+///
+/// The condition is that of a sphere about (0, 0, −1/λ), while ewaldPoint() lifts to the sphere about
+/// (0, 0, +1/λ). So this is the tilt at which the Friedel mate −g is cut in the frame of the mapping; it
+/// lies about λ·|g|² divided by the distance of g from the axis, in radians, away from the tilt at which
+/// the mapping put g: 0.7 degrees at 0.5 Å⁻¹ and 0.0251 Å. For that tilt pass −g.
 /// @return false, with `dfTilt` untouched, if the sphere does not reach the point, if the point lies on
 ///         the rotation axis, or if the numbers are not finite
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);
@@ -31,6 +36,8 @@ bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);
 int calClosestFrame(double dfFrameAngle, const QList<double>& listOverallTilt);
 
 /// Fills in dfFrameTilt, nFrame, dfX2D and dfY2D (raw pixels) of each peak from its fX3D, fY3D, fZ3D.
-/// The stretching correction is not turned back.
+/// The tilt is that of calEwaldTilt(), with what is said there about the sphere; the pixel is where the line
+/// from (0, 0, 1/λ) through the turned point meets the flat pattern. The stretching correction is not
+/// turned back.
 /// @return false, with `listPeak` as it was and a line in the log, at the first peak without a tilt or frame
 bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geometry, CRunReport& report);

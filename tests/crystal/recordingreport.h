@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+#include <ostream>
+
 struct RecordingReport : CRunReport {
     void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override
     {
@@ -30,4 +32,14 @@ inline Peak3D reflection(double h, double k, double l, double dfIPoint = 0, doub
     peak.dfIPoint = dfIPoint;
     peak.dfDStar = dfDStar;
     return peak;
+}
+
+// So that a failed comparison shows the texts.
+inline void PrintTo(const QString& str, std::ostream* pStream)
+{
+    *pStream << '"' << str.toStdString() << '"';
+}
+inline void PrintTo(const QByteArray& ba, std::ostream* pStream)
+{
+    *pStream << '"' << ba.toStdString() << '"';
 }

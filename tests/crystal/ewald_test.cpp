@@ -1,0 +1,180 @@
+#include "crystal/ewald.h"
+
+#include "crystal/recordingreport.h"
+#include "crystal/reflectionlists.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+const double g_dfPi = std::acos(-1.0);
+
+struct Truth {
+    Vec3D vecPoint;
+    double dfX, dfY;  // raw pixels
+    int nFrame;
+};
+
+// A point on the sphere about (0, 0, -1/λ) of frame `nFrame`, from two angles rather than by matrices: the
+// scattering angle, and the azimuth against the rotation axis. Its pixel lies on the line from (0, 0, 1/λ).
+Truth truthOf(double dfTwoTheta, double dfAzimuth, const FramePositionGeometry& g, int nFrame)
+{
+    const double dfK = 1 / g.dfWavelength;
+    const double dfFlat = dfK * std::sin(dfTwoTheta), dfDepth = dfK * (1 - std::cos(dfTwoTheta));
+    const double v = dfFlat * std::sin(dfAzimuth), dfRadius = std::hypot(v, dfDepth);
+    const double dfTurn = std::atan2(-dfDepth, v) + g.listOverallTilt[nFrame] * g_dfPi / 180;
+    const double dfPixels = dfFlat * dfK / (dfK + dfDepth) / g.dfPixelSize;
+    const double dfOnFrame = dfAzimuth - g.dfRotationAxis * g_dfPi / 180;
+    return {{float(dfFlat * std::cos(dfAzimuth)), float(dfRadius * std::cos(dfTurn)),
+             float(dfRadius * std::sin(dfTurn))},
+            g.centres.m_dfCenterX + g.centres.m_listShift[nFrame].x() + dfPixels * std::cos(dfOnFrame),
+            g.centres.m_dfCenterY + g.centres.m_listShift[nFrame].y() + dfPixels * std::sin(dfOnFrame),
+            nFrame};
+}
+
+FramePositionGeometry geometryOfSeries()
+{
+    FramePositionGeometry g;
+    for (int n = 0; n < 121; ++n) {
+        g.listOverallTilt.append(-60 + n);
+        g.centres.m_listShift.append(QPointF(0.3 * n, -0.1 * n));
+    }
+    g.centres.m_dfCenterX = 511.5;
+    g.centres.m_dfCenterY = 498.25;
+    g.dfRotationAxis = 37.4;
+    g.dfPixelSize = 0.002;
+    return g;
+}
+
+}  // namespace
+
+TEST(EwaldTilt, TheTiltSolvesTheConditionOfTheSphere)
+{
+    std::mt19937 generator(3);
+    std::uniform_real_distribution<float> uniform(-1.5f, 1.5f);
+    int nFound = 0;
+    for (int n = 0; n < 4000; ++n) {
+        const Vec3D g = n % 8 == 0   ? Vec3D{uniform(generator), uniform(generator), 0}
+                        : n % 8 == 1 ? Vec3D{uniform(generator), 0, uniform(generator)}
+                                     : Vec3D{uniform(generator), uniform(generator), uniform(generator)};
+        const double dfLambda = n % 2 ? 0.0251 : 1.5406, dfK = 1 / dfLambda;
+        double dfTilt = 1e9;
+        // Turned back by the tilt the point lies on the sphere about (0, 0, -1/λ): |g|² = -2·z/λ.
+        const double dfC = double(g.x) * double(g.x) + double(g.y) * double(g.y) + double(g.z) * double(g.z);
+        const double dfReach = 2 * dfK * std::hypot(double(g.y), double(g.z));
+        const bool bFound = calEwaldTilt(dfLambda, g, dfTilt);
+        if (std::fabs(dfC - dfReach) > 1e-5 * dfReach) {
+            ASSERT_EQ(bFound, dfC < dfReach) << g.x << ' ' << g.y << ' ' << g.z;
+        }
+        if (!bFound) {
+            EXPECT_EQ(dfTilt, 1e9);
+            continue;
+        }
+        ++nFound;
+        const double dfZ = -double(g.y) * std::sin(dfTilt) + double(g.z) * std::cos(dfTilt);
+        EXPECT_NEAR(-2 * dfK * dfZ, dfC, 1e-6 * (dfReach + 1)) << g.x << ' ' << g.y << ' ' << g.z;
+    }
+    EXPECT_GT(nFound, 2000);
+}
+
+TEST(EwaldTilt, PointsThatNoTiltBringsToTheSphere)
+{
+    const float fNaN = std::nanf("");
+    for (const Vec3D& g : {Vec3D{0, 0, 0},
+                           {0.5f, 0, 0},
+                           {10.f, 0.01f, 0.f},
+                           {10.f, 0.f, 0.01f},
+                           {0, 100.f, 0},
+                           {fNaN, 1, 1}}) {
+        double dfTilt = 0;
+        EXPECT_FALSE(calEwaldTilt(0.0251, g, dfTilt)) << g.x << ' ' << g.y << ' ' << g.z;
+        EXPECT_FALSE(calEwaldTilt(0, g, dfTilt));
+    }
+}
+
+TEST(ClosestFrame, LowestOfEqualsAndNoneOfNone)
+{
+    EXPECT_EQ(calClosestFrame(0.5, {0, 1, 2}), 0);
+    EXPECT_EQ(calClosestFrame(1.51, {0, 1, 2}), 2);
+    EXPECT_EQ(calClosestFrame(-90, {3, -4, 5, -4}), 1);
+    EXPECT_EQ(calClosestFrame(0, {}), -1);
+}
+
+TEST(FramePosition, FindsFrameTiltAndPixelOfAPointOnTheSphere)
+{
+    const FramePositionGeometry g = geometryOfSeries();
+    QList<Peak3D> list;
+    std::vector<Truth> vecTruth;
+    std::mt19937 generator(5);
+    std::uniform_real_distribution<double> uniform(0, 1);
+    for (int n = 0; n < 500; ++n) {
+        // Off the axis by 0.1 Å⁻¹ or more: nearer, a second tilt in reach cuts the point as well.
+        const double dfFlat = 0.2 + uniform(generator),
+                     dfAzimuth = std::asin(0.1 / dfFlat) + uniform(generator);
+        vecTruth.push_back(
+            truthOf(std::asin(dfFlat * g.dfWavelength), n % 2 ? dfAzimuth : -dfAzimuth, g, n % 121));
+        list.append(Peak3D());
+        list.last().setPoint(vecTruth.back().vecPoint);
+    }
+    RecordingReport report;
+    ASSERT_TRUE(calFramePosition(list, g, report));
+    for (int n = 0; n < list.size(); ++n) {
+        const Truth& t = vecTruth[std::size_t(n)];
+        EXPECT_EQ(list[n].nFrame, t.nFrame);
+        EXPECT_NEAR(list[n].dfFrameTilt, g.listOverallTilt[t.nFrame], 1e-3);
+        EXPECT_NEAR(list[n].dfX2D, t.dfX, 5e-3);
+        EXPECT_NEAR(list[n].dfY2D, t.dfY, 5e-3);
+    }
+}
+
+TEST(FramePosition, AFailureLeavesTheListAndSaysWhy)
+{
+    FramePositionGeometry g = geometryOfSeries();
+    Peak3D peakGood = reflection(1, 2, 3), peakAxis = reflection(-1, 0.5, 2);
+    peakGood.setPoint({0.1f, 0.4f, 0.002f});
+    peakAxis.setPoint({0.3f, 0, 0});
+    RecordingReport report;
+    QList<Peak3D> list{peakGood, peakAxis};
+    EXPECT_FALSE(calFramePosition(list, g, report));
+    EXPECT_EQ(report.listLine, QStringList{"Reflection (-1.000,0.500,2.000) is not cut by Ewald sphere."});
+    EXPECT_EQ(list[0].nFrame, -1);
+    g.listOverallTilt.clear();
+    list.removeLast();
+    EXPECT_FALSE(calFramePosition(list, g, report));
+    EXPECT_TRUE(report.listLine[1].startsWith("Frame No. from tilt angle "));
+    EXPECT_TRUE(report.listLine[1].endsWith(" degrees is out of range!"));
+    EXPECT_EQ(list[0].dfX2D, 0);
+}
+
+TEST(FilterReflections, KeepsStrongOnesAwayFromTheAxis)
+{
+    FramePositionGeometry g = geometryOfSeries();
+    g.dfRotationAxis = 0;
+    const auto peakAt = [&g](double dfAway, double dfIntensity, double dfFrameFit) {
+        Peak3D peak = reflection(1, 1, 1, dfIntensity);
+        peak.nFrame = 10;
+        peak.dfX2D = 700;
+        peak.dfY2D = g.centres.m_dfCenterY + g.centres.m_listShift[10].y() + dfAway;
+        peak.dfFrameFit = dfFrameFit;
+        peak.dfFrameTilt = -50;
+        return peak;
+    };
+    RecordingReport report;
+    const QList<Peak3D> list{peakAt(150, 600, 11.5), peakAt(-150, 600, 2), peakAt(99, 600, 11),
+                             peakAt(150, 500, 11),   peakAt(150, 600, 13), peakAt(150, 600, 12.9)};
+    const QList<Peak3D> listKept = filterReflections(list, 100.0, 500.0, g, report);
+    ASSERT_EQ(listKept.size(), 3);  // the test on the fitted frame has no absolute value
+    EXPECT_NEAR(listKept[0].dfTiltFit, -49.5, 1e-12);
+    EXPECT_NEAR(listKept[1].dfTiltFit, -59, 1e-12);
+    EXPECT_NEAR(listKept[2].dfTiltFit, -48.1, 1e-12);
+    g.listOverallTilt = {1};
+    EXPECT_TRUE(filterReflections(list, 0, 0, g, report).isEmpty());
+    EXPECT_EQ(
+        report.listLine,
+        (QStringList{"Filtering gvecPeak: 3 remained after filtering 6 reflections with dRA=100 and Int=500.",
+                     "Count of overall tilt is 1 in filterReflections."}));
+    EXPECT_EQ(report.listColor, (QList<Qt::GlobalColor>{Qt::black, Qt::red}));
+}

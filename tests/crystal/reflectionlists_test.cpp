@@ -1,0 +1,210 @@
+#include "crystal/reflectionlists.h"
+
+#include "crystal/hkl3d.h"
+#include "crystal/recordingreport.h"
+#include "crystal/reflectionindices.h"
+#include "crystal/reflectionset.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+const QList<Vec3D> g_listTriclinic{{0.11f, 0.02f, -0.01f}, {-0.03f, 0.08f, 0.015f}, {0.005f, -0.01f, 0.13f}};
+
+QList<Peak3D> reaching(double dfDStar)
+{
+    return {reflection(0, 0, 1, 1, dfDStar)};
+}
+
+// All points of the box, each judged by its direction: swept if the tilt range holds the direction of the
+// point or its opposite in the plane normal to the axis.
+QList<HKLRef> plainEnumeration(float fDStar, const QList<Vec3D>& cell, double dfLow, double dfHigh)
+{
+    QList<HKLRef> list;
+    const int nMax[3] = {int(2 * fDStar / length(cell[0])), int(2 * fDStar / length(cell[1])),
+                         int(2 * fDStar / length(cell[2]))};
+    for (int h = -nMax[0]; h <= nMax[0]; ++h)
+        for (int k = -nMax[1]; k <= nMax[1]; ++k)
+            for (int l = -nMax[2]; l <= nMax[2]; ++l) {
+                const Vec3D g =
+                    scaled(cell[0], float(h)) + scaled(cell[1], float(k)) + scaled(cell[2], float(l));
+                if (!(squaredLength(g) < fDStar * fDStar))
+                    continue;
+                const double dfAngle = std::atan2(double(g.z), double(g.y)) * 180 / std::acos(-1.0);
+                bool bSwept = false;
+                for (double dfTurn : {-180.0, 0.0, 180.0})
+                    bSwept |= dfLow < dfAngle + dfTurn && dfAngle + dfTurn < dfHigh &&
+                              std::fabs(dfAngle + dfTurn) <= 180;
+                if (bSwept)
+                    list.append({h, k, l, 0});
+            }
+    return list;
+}
+
+bool sameList(const QList<HKLRef>& list1, const QList<HKLRef>& list2)
+{
+    return std::equal(list1.begin(), list1.end(), list2.begin(), list2.end(),
+                      [](const HKLRef& r1, const HKLRef& r2) {
+                          return r1.nH == r2.nH && r1.nK == r2.nK && r1.nL == r2.nL && r1.dfI == r2.dfI;
+                      });
+}
+
+}  // namespace
+
+TEST(ReflectionIndices, HalvesGoAwayFromZeroAndNothingOverflows)
+{
+    const struct {
+        double dfIndex;
+        int nRounded;
+    } aRow[] = {{0.5, 1},
+                {-0.5, -1},
+                {2.5, 3},
+                {-2.5, -3},
+                {1.499, 1},
+                {-1.499, -1},
+                {-0.4, 0},
+                {1e300, std::numeric_limits<int>::max()},
+                {-1e300, std::numeric_limits<int>::min()},
+                {std::nan(""), 0}};
+    for (const auto& row : aRow) {
+        EXPECT_EQ(roundIndex(row.dfIndex), row.nRounded) << row.dfIndex;
+        EXPECT_EQ(getRoundedHKLRef({reflection(0, row.dfIndex, 0, 7)})[0].nK, row.nRounded);
+    }
+    EXPECT_TRUE(isCloseToInteger(Vec3D{0.5f, -1.5f, 2.49f}, 0.5f));
+    EXPECT_TRUE(isCloseToInteger(Vec3D{1.25f, 0, 0}, 0.25f));
+    EXPECT_FALSE(isCloseToInteger(Vec3D{0, 0, -3.2501f}, 0.25f));
+    EXPECT_FALSE(isCloseToInteger(Vec3D{std::nanf(""), 0, 0}, 0.5f));
+}
+
+TEST(ReflectionSet, AnswersWhatTheLinearSearchAnswers)
+{
+    std::mt19937 generator(9);
+    std::uniform_int_distribution<int> uniform(-12, 12);
+    QList<HKLRef> list{{2147483647, -2147483647 - 1, 0, 0}};
+    for (int n = 0; n < 900; ++n)
+        list.append({uniform(generator), uniform(generator), uniform(generator), 0});
+    const CReflectionSet set(list);
+    CReflectionSet setGrown;
+    int nNew = 0;
+    EXPECT_FALSE(setGrown.contains(0, 0, 0));
+    for (const HKLRef& hkl : list)
+        nNew += setGrown.insert(hkl.nH, hkl.nK, hkl.nL);
+    EXPECT_EQ(nNew, set.size());
+    for (int n = 0; n < 3000; ++n) {
+        const HKLRef hkl{uniform(generator), uniform(generator), uniform(generator), 5};
+        ASSERT_EQ(set.contains(hkl), reflectionExistInList(hkl, list));
+        ASSERT_EQ(setGrown.contains(hkl), set.contains(hkl));
+    }
+    EXPECT_TRUE(set.contains(list[0]));
+}
+
+TEST(EffectiveDStar, ElementAtNinetyFivePercent)
+{
+    EXPECT_EQ(getEffectiveDStar({}), 0.f);
+    EXPECT_EQ(
+        getEffectiveDStar({reflection(0, 0, 0, 0, 3), reflection(0, 0, 0, 0, 9), reflection(0, 0, 0, 0, 1)}),
+        9.f);
+    QList<Peak3D> list;
+    for (int n = 0; n < 100; ++n)
+        list.append(reflection(0, 0, 0, 0, (37 * n) % 100));
+    EXPECT_EQ(getEffectiveDStar(list), 95.f);
+    list[50].dfDStar = std::nan("");
+    EXPECT_TRUE(std::isfinite(getEffectiveDStar(list)));
+}
+
+TEST(AllReflections, SameAsThePlainTripleLoop)
+{
+    const QList<QList<Vec3D>> listCells{
+        g_listTriclinic,
+        {{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
+        {{0.2f, 0, 0}, {0.19f, 0.03f, 0}, {0.1f, 0.02f, 0.04f}}};  // very skew
+    const QList<QList<double>> listTilts{{-50, 0, 63}, {63, -50}, {0, 1, 170},
+                                         {-179, 179},  {10, 13},  {100, 178.5}};
+    RecordingReport report;
+    for (const QList<Vec3D>& cell : listCells)
+        for (const QList<double>& tilts : listTilts) {
+            const double dfLow = std::min(tilts.first(), tilts.last()) + 2,
+                         dfHigh = std::max(tilts.first(), tilts.last()) - 2;
+            const QList<HKLRef> list = calAllReflections2(reaching(0.61), cell, tilts, report);
+            EXPECT_TRUE(sameList(list, plainEnumeration(0.61f, cell, dfLow, dfHigh)))
+                << dfLow << ' ' << dfHigh << ' ' << list.size();
+            EXPECT_EQ(list.isEmpty(), dfLow > dfHigh);
+        }
+    EXPECT_TRUE(report.listLine.isEmpty());
+}
+
+TEST(AllReflections, SlopeFormAgreesWhereItsTangentsDo)
+{
+    RecordingReport report;
+    const QList<double> tilts{-50, 63};
+    QList<HKLRef> listOffAxis;
+    for (const HKLRef& hkl : calAllReflections2(reaching(0.6), g_listTriclinic, tilts, report))
+        if (hkl.nH != 0 || hkl.nK != 0 || hkl.nL != 0)
+            listOffAxis.append(hkl);
+    ASSERT_GT(listOffAxis.size(), 100);
+    EXPECT_TRUE(sameList(calAllReflections(reaching(0.6), g_listTriclinic, tilts, report), listOffAxis));
+}
+
+TEST(AllReflections, OriginCountsWhenTheRangeHoldsZero)
+{
+    RecordingReport report;
+    EXPECT_EQ(calAllReflections2(reaching(0.01), g_listTriclinic, {-10, 10}, report).size(), 1);
+    EXPECT_EQ(calAllReflections2(reaching(0.01), g_listTriclinic, {5, 30}, report).size(), 0);
+}
+
+TEST(AllReflections, HugeAndBrokenInputIsRefusedNotEnumerated)
+{
+    const float fNaN = std::nanf(""), fInf = std::numeric_limits<float>::infinity();
+    const QList<QList<Vec3D>> listBad{{{1e-9f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}},
+                                      {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}},
+                                      {{fNaN, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}},
+                                      {{1e-3f, 0, 0}, {0, 1e-3f, 0}, {0, 0, 1e-3f}}};
+    for (const QList<Vec3D>& cell : listBad) {
+        RecordingReport report;
+        EXPECT_TRUE(calAllReflections2(reaching(1), cell, {-50, 50}, report).isEmpty());
+        ASSERT_EQ(report.listLine.size(), 1);
+        EXPECT_TRUE(report.listLine[0].startsWith("Too many lattice points"));
+        EXPECT_EQ(report.listColor[0], Qt::red);
+    }
+    RecordingReport report;
+    EXPECT_TRUE(calAllReflections2(reaching(double(fInf)), g_listTriclinic, {-50, 50}, report).isEmpty());
+    EXPECT_TRUE(calAllReflections2(reaching(std::nan("")), g_listTriclinic, {-50, 50}, report).isEmpty());
+    EXPECT_EQ(report.listLine.size(), 2);
+    EXPECT_TRUE(calAllReflections2({}, listBad[1], {-50, 50}, report).isEmpty());
+    EXPECT_TRUE(calAllReflections2(reaching(1), {}, {-50, 50}, report).isEmpty());
+    EXPECT_TRUE(calAllReflections2(reaching(1), g_listTriclinic, {}, report).isEmpty());
+    EXPECT_TRUE(calAllReflections(reaching(1), g_listTriclinic, {}, report).isEmpty());
+    EXPECT_EQ(report.listLine.size(), 2);
+}
+
+TEST(MissingReflections, KeepsTheOrderAndTellsFriedelMatesApart)
+{
+    const QList<HKLRef> listMissing =
+        missingReflections({{3, 0, 0, 0}, {1, 2, 3, 0}, {-1, -2, -3, 0}, {0, 0, 0, 0}}, {{1, 2, 3, 99}});
+    ASSERT_EQ(listMissing.size(), 3);
+    EXPECT_EQ(listMissing[0].nH, 3);
+    EXPECT_EQ(listMissing[1].nL, -3);
+}
+
+TEST(HKL3D, PointsOfTheLattice)
+{
+    RecordingReport report;
+    QList<Peak3D> list{reflection(9, 9, 9)};
+    EXPECT_FALSE(showHKL3D({{1, 2, 3, 4.5f, 0}}, {}, list, report));
+    EXPECT_FALSE(showHKL3D({{1, 2, 3, 4.5f, 0}}, {{1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, list, report));
+    EXPECT_EQ(list[0].dfH, 9);
+    EXPECT_EQ(report.listLine,
+              (QStringList{"Unit cell is not ready. Stop.", "Warning: co-planar reciprocal basis vectors!"}));
+    ASSERT_TRUE(showHKL3D({{1, 0, 0, 1, 0}, {-1, 2, 3, 4.5f, 0}}, {{0.5f, 0, 0}, {0, 0.25f, 0}, {0, 0, 1}},
+                          list, report));
+    ASSERT_EQ(list.size(), 2);
+    EXPECT_EQ(list[1].point(), (Vec3D{-0.5f, 0.5f, 3}));
+    EXPECT_NEAR(list[1].dfDStar, std::sqrt(9.5), 1e-6);
+    EXPECT_EQ(list[1].dfIPoint, 4.5);
+    EXPECT_EQ(list[1].nID, 1);
+    EXPECT_EQ(list[1].nFrame, 0);
+}
