@@ -14,6 +14,7 @@
 #include "frames/autothreshold.h"
 #include "frames/peakhunting.h"
 #include "frames/shiftevaluation.h"
+#include "frames/shiftjumps.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/centreoffset.h"
 #include "reciprocal/indexing.h"
@@ -34,6 +35,7 @@
 namespace {
 
 const double NO_LIMIT = std::numeric_limits<double>::infinity();
+const double SHIFT_JUMP = 10;  ///< pixels from the neighbours that no drift makes in one frame
 
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
 {
@@ -317,6 +319,16 @@ bool CBatchRoad::runShifts()
     m_summary[QStringLiteral("region")] = QJsonArray{rcRegion.x(), rcRegion.y(), rcRegion.width()};
     m_summary[QStringLiteral("centre")] = QJsonArray{m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY};
     m_summary[QStringLiteral("maxShift")] = dfMaximum;
+    QJsonArray arrayJump;
+    for (int nFrame : findShiftJumps(m_dataSet.m_listShift, SHIFT_JUMP)) {
+        m_report.addMessage(QStringLiteral("Warning: the shift of frame #%1, (%2, %3), stands apart from its "
+                                           "neighbours.")
+                                .arg(nFrame + 1).arg(m_dataSet.m_listShift[nFrame].x(), 0, 'f', 2)
+                                .arg(m_dataSet.m_listShift[nFrame].y(), 0, 'f', 2),
+                            Qt::red);
+        arrayJump.append(nFrame + 1);
+    }
+    m_summary[QStringLiteral("shiftJumps")] = arrayJump;
     return replacedSince(stamp, strFile);
 }
 
