@@ -136,15 +136,26 @@ QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
     return ptBest;
 }
 
-// Median of each entry and its two neighbours on both sides: a strong reflection beside the beam on a
-// frame or two does not count.
+// Medians of each entry and its neighbours, up to two on both sides: a strong reflection beside the beam
+// on a frame or two does not count. The ends follow the slope behind them where their own values do.
+// Source: Tukey (1977), Exploratory Data Analysis, ch. 7 (running medians, end-value rule).
 std::vector<float> smoothedTrack(const std::vector<float>& vec)
 {
-    std::vector<float> vecResult;
+    std::vector<float> vecResult = vec;
     const int n = int(vec.size());
-    for (int i = 0; i < n; ++i) {
-        std::vector<float> vecNear(vec.begin() + std::max(i - 2, 0), vec.begin() + std::min(i + 3, n));
-        vecResult.push_back(medianOf(vecNear));
+    for (int i = 1; i < n - 1; ++i) {
+        const int nReach = std::min({2, i, n - 1 - i});
+        std::vector<float> vecNear(vec.begin() + i - nReach, vec.begin() + i + nReach + 1);
+        vecResult[size_t(i)] = medianOf(vecNear);
+    }
+    const auto smoothEnd = [&](int nEnd, int nNext, int nThird) {
+        const float fNext = vecResult[size_t(nNext)];
+        std::vector<float> vecThree{vec[size_t(nEnd)], fNext, 3 * fNext - 2 * vecResult[size_t(nThird)]};
+        vecResult[size_t(nEnd)] = medianOf(vecThree);
+    };
+    if (n > 2) {
+        smoothEnd(0, 1, 2);
+        smoothEnd(n - 1, n - 2, n - 3);
     }
     return vecResult;
 }
