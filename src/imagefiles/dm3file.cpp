@@ -7,6 +7,7 @@
 #include <limits>
 #include <new>
 
+#include "imagefiles/filebuffer.h"
 #include "imagefiles/pixelconvert.h"
 
 namespace {
@@ -258,11 +259,6 @@ void pixelsToFloat(int nDataType, const uint8_t* pSource, size_t nCount, float* 
     }
 }
 
-std::shared_ptr<uint8_t> makeBuffer(size_t nSize)
-{
-    return std::shared_ptr<uint8_t>(new uint8_t[nSize], std::default_delete<uint8_t[]>());
-}
-
 int imageFromFile(const DM3File& file, CImgObj<float>& image, QString* pReason)
 {
     if (!file.GetImage(nullptr, pReason))  // everything is checked before the old image goes
@@ -320,7 +316,7 @@ int DM3File::Read(const QString& strFileName, QString* pReason)
         strReason = QStringLiteral("%1 bytes; the format ends at 4294967295").arg(nSize);
         return 0;
     }
-    const std::shared_ptr<uint8_t> pFile = makeBuffer(static_cast<size_t>(nSize));
+    const std::shared_ptr<uint8_t> pFile = makeFileBuffer(static_cast<size_t>(nSize));
     if (file.read(reinterpret_cast<char*>(pFile.get()), nSize) != nSize) {
         strReason = QStringLiteral("cannot be read whole: %1").arg(file.errorString());
         return 0;
@@ -338,7 +334,7 @@ int DM3File::readBytes(const uint8_t* pData, size_t nSize, QString* pReason)
         strReason = QStringLiteral("%1 bytes; the format ends at 4294967295").arg(nSize);
         return 0;
     }
-    const std::shared_ptr<uint8_t> pFile = makeBuffer(nSize);
+    const std::shared_ptr<uint8_t> pFile = makeFileBuffer(nSize);
     if (nSize > 0)
         std::memcpy(pFile.get(), pData, nSize);
     return parse(pFile, nSize, strReason);

@@ -1,7 +1,8 @@
 // Conversion of pixels as they lie in a file to float.
 #pragma once
 
-#include <algorithm>
+#include <QtEndian>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -15,20 +16,20 @@ inline T elementFromBytes(const uint8_t* p)
     if constexpr (!bSwap || sizeof(T) == 1) {
         std::memcpy(&value, p, sizeof(T));
     } else if constexpr (sizeof(T) == 2) {
-        uint16_t n;
+        quint16 n;
         std::memcpy(&n, p, 2);
-        n = static_cast<uint16_t>((n >> 8) | (n << 8));
+        n = qbswap(n);
         std::memcpy(&value, &n, 2);
     } else if constexpr (sizeof(T) == 4) {
-        uint32_t n;
+        quint32 n;
         std::memcpy(&n, p, 4);
-        n = __builtin_bswap32(n);
+        n = qbswap(n);
         std::memcpy(&value, &n, 4);
     } else {
         static_assert(sizeof(T) == 8, "elements have 1, 2, 4 or 8 bytes");
-        uint64_t n;
+        quint64 n;
         std::memcpy(&n, p, 8);
-        n = __builtin_bswap64(n);
+        n = qbswap(n);
         std::memcpy(&value, &n, 8);
     }
     return value;

@@ -1,0 +1,124 @@
+// Reading of MRC and DM3 frames against a plain read of the same file into memory.
+//
+// Compare the rows of one run that have the same arguments: side in pixels, then bytes per pixel
+// (2 unsigned 16-bit, 4 float). The files are in the page cache, so that this is the readers' own cost.
+
+#include "imagefiles/dm3file.h"
+#include "imagefiles/mrcfile.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QByteArray>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <memory>
+
+namespace {
+
+QByteArray big(quint32 nValue, int nBytes = 4)
+{
+    QByteArray bytes(4, 0);
+    qToBigEndian(nValue, bytes.data());
+    return bytes.right(nBytes);
+}
+
+QByteArray little(qint32 nValue)
+{
+    QByteArray bytes(4, 0);
+    qToLittleEndian(nValue, bytes.data());
+    return bytes;
+}
+
+QByteArray group(const QByteArray& strLabel, quint32 nChildren)
+{
+    return '\x14' + big(static_cast<quint32>(strLabel.size()), 2) + strLabel + QByteArray(2, 0) +
+           big(nChildren);
+}
+
+QByteArray entry(const QByteArray& strLabel, const QByteArray& bytesInfo, const QByteArray& data)
+{
+    return '\x15' + big(static_cast<quint32>(strLabel.size()), 2) + strLabel + "%%%%" +
+           big(static_cast<quint32>(bytesInfo.size() / 4)) + bytesInfo + data;
+}
+
+/// A frame file of `nSide` × `nSide` pixels in a folder that lasts as long as the program.
+QString frameFile(bool bDm3, int nSide, int nPixelBytes)
+{
+    static const QTemporaryDir dir;
+    const QString strFileName =
+        dir.filePath(QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(bDm3 ? "dm3" : "mrc"));
+    if (QFile::exists(strFileName))
+        return strFileName;
+    QByteArray pixels(nSide * nSide * nPixelBytes, 0);
+    for (int i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<char>(i % 61);  // no NaN, no denormal of consequence
+    QByteArray bytes;
+    if (bDm3) {
+        const quint32 nPixels = static_cast<quint32>(nSide * nSide);
+        bytes = big(3) + big(0) + big(1) + QByteArray(2, 0) + big(1) + group("ImageList", 1) + group("", 3) +
+                entry("Data", big(20) + big(nPixelBytes == 2 ? 4 : 6) + big(nPixels), pixels) +
+                entry("DataType", big(5), little(nPixelBytes == 2 ? 10 : 2)) + group("Dimensions", 2) +
+                entry("", big(5), little(nSide)) + entry("", big(5), little(nSide));
+    } else {
+        bytes = little(nSide) + little(nSide) + little(1) + little(nPixelBytes == 2 ? 6 : 2) +
+                QByteArray(1008, 0) + pixels;
+    }
+    QFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(strFileName));
+    return strFileName;
+}
+
+void sizes(benchmark::internal::Benchmark* pBenchmark)
+{
+    for (int nSide : {1024, 2048})
+        for (int nPixelBytes : {2, 4})
+            pBenchmark->Args({nSide, nPixelBytes});
+    pBenchmark->Unit(benchmark::kMicrosecond);
+}
+
+void imageFilesPlainRead(benchmark::State& state)
+{
+    const QString strFileName =
+        frameFile(false, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        QFile file(strFileName);
+        file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+        const std::unique_ptr<char[]> pBuffer(new char[static_cast<size_t>(file.size())]);
+        if (file.read(pBuffer.get(), file.size()) != file.size())
+            state.SkipWithError("not read");
+        benchmark::DoNotOptimize(pBuffer.get());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesPlainRead)->Apply(sizes);
+
+void imageFilesReadMRC(benchmark::State& state)
+{
+    const QString strFileName =
+        frameFile(false, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        ImageList vecImage;
+        if (ReadMRC(strFileName, vecImage) != 1 || vecImage.size() != 1)
+            state.SkipWithError("not read");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadMRC)->Apply(sizes);
+
+void imageFilesReadDM3(benchmark::State& state)
+{
+    const QString strFileName =
+        frameFile(true, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        CImgObj<float> image;
+        if (ReadDM3(image, strFileName) != 1)
+            state.SkipWithError("not read");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadDM3)->Apply(sizes);
+
+}  // namespace
