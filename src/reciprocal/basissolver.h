@@ -21,6 +21,10 @@ public:
                 float((dfX * dfCofactor[3] + dfY * dfCofactor[4] + dfZ * dfCofactor[5]) / dfDeterminant),
                 float((dfX * dfCofactor[6] + dfY * dfCofactor[7] + dfZ * dfCofactor[8]) / dfDeterminant)};
     }
+    /// Nine elements, rows b*×c*, c*×a*, a*×b*.
+    const double* cofactors() const { return dfCofactor; }
+    /// a*·(b*×c*), Å⁻³.
+    double determinant() const { return dfDeterminant; }
 
 private:
     double dfCofactor[9] = {};  ///< rows b*×c*, c*×a*, a*×b*

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -33,6 +34,85 @@ struct IndexSum {
     float fWeight = 0;
 };
 
+// Steps to neighbours are solved four at a time; each operation rounds as in CBasisSolver::solve().
+constexpr int g_nLanes = 4;
+typedef float FloatLanes __attribute__((vector_size(4 * g_nLanes)));
+typedef double DoubleLanes __attribute__((vector_size(8 * g_nLanes)));
+typedef int32_t IntLanes __attribute__((vector_size(4 * g_nLanes)));
+typedef int64_t LongLanes __attribute__((vector_size(8 * g_nLanes)));
+
+struct SolvedSteps {
+    float fStepX[g_nLanes], fStepY[g_nLanes], fStepZ[g_nLanes];  ///< in
+    float fH[g_nLanes], fK[g_nLanes], fL[g_nLanes];              ///< fractional indices of the steps
+    float fWeight[g_nLanes];
+    int32_t nWhole[g_nLanes];                                    ///< not 0: the step is whole
+    bool bLarge;                                                 ///< an index is too large for the fast test
+};
+
+__attribute__((always_inline)) inline void solveSteps(SolvedSteps& steps, const CBasisSolver& solver,
+                                                      float fThreshold)
+{
+    FloatLanes laneX, laneY, laneZ;
+    std::memcpy(&laneX, steps.fStepX, sizeof(laneX));
+    std::memcpy(&laneY, steps.fStepY, sizeof(laneY));
+    std::memcpy(&laneZ, steps.fStepZ, sizeof(laneZ));
+    const DoubleLanes laneDX = __builtin_convertvector(laneX, DoubleLanes);
+    const DoubleLanes laneDY = __builtin_convertvector(laneY, DoubleLanes);
+    const DoubleLanes laneDZ = __builtin_convertvector(laneZ, DoubleLanes);
+    float* const apOut[3] = {steps.fH, steps.fK, steps.fL};
+    IntLanes laneWhole = IntLanes{} - 1;
+    LongLanes laneLarge = {};
+    for (int n = 0; n < 3; ++n) {
+        const double* pRow = solver.cofactors() + 3 * n;
+        const DoubleLanes laneIndex =
+            (laneDX * pRow[0] + laneDY * pRow[1] + laneDZ * pRow[2]) / solver.determinant();
+        const FloatLanes laneSingle = __builtin_convertvector(laneIndex, FloatLanes);
+        std::memcpy(apOut[n], &laneSingle, sizeof(laneSingle));
+        const DoubleLanes laneValue = __builtin_convertvector(laneSingle, DoubleLanes);
+        laneLarge |= ~((laneValue < 1e9) & (laneValue > -1e9));
+        const DoubleLanes laneOutwards = laneValue < 0 ? laneValue - 0.5 : laneValue + 0.5;
+        const DoubleLanes laneRounded =
+            __builtin_convertvector(__builtin_convertvector(laneOutwards, IntLanes), DoubleLanes);
+        const FloatLanes laneOff = __builtin_convertvector(laneValue - laneRounded, FloatLanes);
+        laneWhole &= (laneOff <= fThreshold) & (laneOff >= -fThreshold);
+    }
+    const FloatLanes laneSquare = laneX * laneX + laneY * laneY + laneZ * laneZ;
+    FloatLanes laneLength;
+    for (int n = 0; n < g_nLanes; ++n)
+        laneLength[n] = std::sqrt(laneSquare[n]);
+    const FloatLanes laneWeight =
+        __builtin_convertvector(1 / (__builtin_convertvector(laneLength, DoubleLanes) + 0.001), FloatLanes);
+    std::memcpy(steps.fWeight, &laneWeight, sizeof(laneWeight));
+    std::memcpy(steps.nWhole, &laneWhole, sizeof(laneWhole));
+    steps.bLarge = false;
+    for (int n = 0; n < g_nLanes; ++n)
+        steps.bLarge = steps.bLarge || laneLarge[n] != 0;
+}
+
+using SolveSteps = void (*)(SolvedSteps&, const CBasisSolver&, float);
+
+void solveStepsPlain(SolvedSteps& steps, const CBasisSolver& solver, float fThreshold)
+{
+    solveSteps(steps, solver, fThreshold);
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) void solveStepsWide(SolvedSteps& steps, const CBasisSolver& solver,
+                                                    float fThreshold)
+{
+    solveSteps(steps, solver, fThreshold);
+}
+#endif
+
+SolveSteps chosenSolveSteps()
+{
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx2"))
+        return solveStepsWide;
+#endif
+    return solveStepsPlain;
+}
+
 /// The state of one spreading, with the reflections in order of d*.
 class CIndexSpreading {
 public:
@@ -50,6 +130,8 @@ private:
     }
     /// Adds what indexed neighbour j says about i. False, with the sum as it was, if the step is not whole.
     bool addNeighbour(int i, int j, IndexSum& sum) const;
+    /// addNeighbour() for a list of neighbours, in its order.
+    IndexSum sumOver(int i, const int* pNear, size_t nNear) const;
     IndexSum sumOfIndexedNeighbours(int i);
     IndexSum sumOfWholeSteps(int i);
 
@@ -73,6 +155,7 @@ private:
     std::vector<std::vector<int>> m_vecWholeStep;
     std::vector<char> m_vecTried;           ///< 0 not yet, 1 failed, 2 failed and whole steps kept
     size_t m_nKept = 0;
+    const SolveSteps m_pSolveSteps = chosenSolveSteps();
 };
 
 CIndexSpreading::CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver, float fThreshold,
@@ -138,6 +221,34 @@ bool CIndexSpreading::addNeighbour(int i, int j, IndexSum& sum) const
     return true;
 }
 
+IndexSum CIndexSpreading::sumOver(int i, const int* pNear, size_t nNear) const
+{
+    IndexSum sum;
+    SolvedSteps steps = {};
+    const Vec3D vecPoint = m_vecPoint[size_t(i)];
+    for (size_t nFirst = 0; nFirst < nNear; nFirst += g_nLanes) {
+        const size_t nLanes = std::min(size_t(g_nLanes), nNear - nFirst);
+        for (size_t n = 0; n < nLanes; ++n) {
+            const Vec3D vecStep = vecPoint - m_vecPoint[size_t(pNear[nFirst + n])];
+            steps.fStepX[n] = vecStep.x;
+            steps.fStepY[n] = vecStep.y;
+            steps.fStepZ[n] = vecStep.z;
+        }
+        m_pSolveSteps(steps, m_solver, m_fThreshold);
+        for (size_t n = 0; n < nLanes; ++n) {
+            if (steps.bLarge) {
+                addNeighbour(i, pNear[nFirst + n], sum);
+            } else if (steps.nWhole[n]) {
+                const Vec3D& vecRounded = m_vecRounded[size_t(pNear[nFirst + n])];
+                sum.vecHKL = sum.vecHKL +
+                             scaled(Vec3D{steps.fH[n], steps.fK[n], steps.fL[n]} + vecRounded, steps.fWeight[n]);
+                sum.fWeight += steps.fWeight[n];
+            }
+        }
+    }
+    return sum;
+}
+
 IndexSum CIndexSpreading::sumOfIndexedNeighbours(int i)
 {
     const float fX = m_vecPoint[size_t(i)].x;
@@ -156,10 +267,7 @@ IndexSum CIndexSpreading::sumOfIndexedNeighbours(int i)
     const int nEnd = std::min(m_vecEnd[size_t(i)], m_nIndexedEnd);
     for (int j = i + 1; j < nEnd; ++j)
         look(j);
-    IndexSum sum;
-    for (size_t n = 0; n < nNear; ++n)
-        addNeighbour(i, m_vecNear[n], sum);
-    return sum;
+    return sumOver(i, m_vecNear.data(), nNear);
 }
 
 IndexSum CIndexSpreading::sumOfWholeSteps(int i)

@@ -1,0 +1,111 @@
+// Merging, cell search and indexing at the sizes of large data sets.
+#include "reciprocal/cellhunting.h"
+#include "reciprocal/differencevectors.h"
+#include "reciprocal/indexing.h"
+#include "reciprocal/mapping.h"
+#include "reciprocal/merging.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+/// Reflections of a cell with edges in Å at right angles, d* up to a limit, in random order of intensity.
+QList<Peak3D> lattice(float fA, float fB, float fC, float fMaxDStar, float fNoise, int nMost)
+{
+    std::mt19937 random(3);
+    std::normal_distribution<float> noise(0, fNoise);
+    QList<Peak3D> listPeak;
+    const int nH = int(fMaxDStar * fA), nK = int(fMaxDStar * fB), nL = int(fMaxDStar * fC);
+    for (int h = -nH; h <= nH; ++h)
+        for (int k = -nK; k <= nK; ++k)
+            for (int l = -nL; l <= nL; ++l) {
+                Peak3D peak;
+                peak.setPoint({float(h) / fA + noise(random), float(k) / fB + noise(random),
+                               float(l) / fC + noise(random)});
+                peak.dfDStar = double(length(peak.point()));
+                if (peak.dfDStar > double(fMaxDStar) || (h == 0 && k == 0 && l == 0))
+                    continue;
+                peak.dfIPoint = double(float(1 + random() % 100000));
+                peak.nFrame = 1;
+                peak.nID = listPeak.size();
+                listPeak.append(peak);
+            }
+    std::shuffle(listPeak.begin(), listPeak.end(), random);
+    return listPeak.mid(0, nMost);
+}
+
+void BM_Merging(benchmark::State& state)
+{
+    const int nFrames = 200;
+    std::mt19937 random(1);
+    DataSet data;
+    data.m_dfCenterX = data.m_dfCenterY = 1024;
+    for (int n = 0; n < nFrames; ++n) {
+        data.m_listOverallTilt.append(-50 + 0.5 * n);
+        data.m_listShift.append(QPointF());
+        data.m_listPeakFrame.append(QList<Peak3D>());
+        for (int i = 0; i < state.range(0) / nFrames; ++i) {
+            Peak3D peak;
+            peak.dfX2D = random() % 20480 * 0.1;
+            peak.dfY2D = random() % 20480 * 0.1;
+            peak.nFrame = n;
+            peak.dfIPoint = peak.dfI2D = random() % 1000;
+            data.m_listPeakFrame[n].append(peak);
+        }
+    }
+    CRunReport report;
+    MappingParameters mapping;
+    mapping.m_dfResolutionMax = 100;
+    transformPeaksTo3D(data, mapping, report);
+    showPeaksIn3D(data, mapping);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(peakReduction3D(data, PeakMergingParameters(), {}, report));
+    state.counters["chains"] = data.m_listPeakChain.size();
+}
+BENCHMARK(BM_Merging)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+/// The full number of difference vectors; small cells make few and heavy piles, large ones many.
+void BM_CellSearch(benchmark::State& state)
+{
+    const float fEdge = float(state.range(0));
+    const QList<Peak3D> list =
+        lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 1.2f, 1e-3f, int(state.range(1)));
+    CRunReport report;
+    int nVectors = 0;
+    for (auto _ : state) {
+        DataSet data;
+        runUnitCellHunting(data, list, CellHuntingParameters(), report, false);
+        benchmark::DoNotOptimize(data);
+    }
+    nVectors = calDifferenceVectors(list, 1 / 3.f, 1 / 30.f, report).size();
+    state.counters["vectors"] = nVectors;
+    state.counters["reflections"] = list.size();
+}
+BENCHMARK(BM_CellSearch)
+    ->Args({6, 20000})
+    ->Args({8, 20000})
+    ->Args({12, 20000})
+    ->Args({20, 20000})
+    ->Args({30, 2000})
+    ->Unit(benchmark::kMillisecond);
+
+/// The edge in Å decides how far 20 000 reflections reach, and with it how many are neighbours.
+void BM_Indexing(benchmark::State& state)
+{
+    const float fEdge = float(state.range(0));
+    const QList<Peak3D> list = lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 17.5f / fEdge, 2e-4f, 20000);
+    const QList<Vec3D> listBasis = {{1.004f / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
+    CRunReport report;
+    for (auto _ : state) {
+        QList<Peak3D> listIndexed = list;
+        indexReflections(listIndexed, listBasis, 0.05f, 1.f / 3, report);
+        benchmark::DoNotOptimize(listIndexed);
+    }
+    state.counters["reflections"] = list.size();
+}
+BENCHMARK(BM_Indexing)->Arg(10)->Arg(17)->Arg(30)->Arg(60)->Unit(benchmark::kMillisecond);
+
+}  // namespace

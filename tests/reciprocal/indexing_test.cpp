@@ -1,0 +1,314 @@
+#include "reciprocal/basissolver.h"
+#include "reciprocal/duplicates.h"
+#include "reciprocal/indexedpeaks.h"
+#include "reciprocal/indexing.h"
+#include "reciprocal/plainloops.h"
+#include "reciprocal/reflectiongroups.h"
+#include "reciprocal/runlog.h"
+#include "reciprocal/simulatedlattice.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gemmi/symmetry.hpp>
+
+#include <limits>
+#include <map>
+#include <set>
+
+namespace {
+
+bool all(int, int, int)
+{
+    return true;
+}
+
+/// Stretches reciprocal space by 1 %, so that far reflections are not whole by plain division.
+QList<Peak3D> distorted(QList<Peak3D> list)
+{
+    for (Peak3D& peak : list)
+        placeAt(peak, scaled(peak.point(), 1.01f));
+    return list;
+}
+
+Peak3D reflection(double dfH, double dfK, double dfL, double dfI = 1, int nID = 0)
+{
+    Peak3D peak;
+    peak.setHKL(dfH, dfK, dfL);
+    peak.dfIPoint = dfI;
+    peak.nID = nID;
+    return peak;
+}
+
+}  // namespace
+
+TEST(BasisSolver, SolvesAndRefusesLargeCells)
+{
+    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(7, 9, 11, 80, 95, 110));
+    CBasisSolver solver;
+    EXPECT_EQ(solver.solve({1, 1, 1}), Vec3D());
+    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
+    ASSERT_TRUE(solver.isValid());
+    const Vec3D hkl = solver.solve(scaled(listBasis[0], 2) + scaled(listBasis[1], -3.5f) + listBasis[2]);
+    EXPECT_NEAR(hkl.x, 2, 1e-5);
+    EXPECT_NEAR(hkl.y, -3.5, 1e-5);
+    EXPECT_NEAR(hkl.z, 1, 1e-5);
+    solver.setBasis({0.0099f, 0, 0}, {0, 0.01f, 0}, {0, 0, 0.01f});  // over 1e6 Å³
+    EXPECT_FALSE(solver.isValid());
+}
+
+TEST(Indexing, SpreadsThroughADistortedLattice)
+{
+    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(9, 12, 15, 84, 97, 103));
+    QList<Peak3D> list = distorted(simulatedReflections(listBasis, 1.0, 1e-4, all));
+    std::map<int, Peak3D> mapTruth;
+    CBasisSolver solver;
+    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
+    int nByDivision = 0;
+    for (Peak3D& peak : list) {
+        mapTruth[peak.nID] = peak;
+        nByDivision += isCloseToInteger(solver.solve(peak.point()), 0.05f);
+        peak.setHKL(0, 0, 0);
+    }
+    CRunReport report;
+    ASSERT_TRUE(indexReflections(list, listBasis, 0.05f, 1.f / 3, report));
+    int nRight = 0;
+    for (const Peak3D& peak : list) {
+        const Peak3D& truth = mapTruth[peak.nID];
+        nRight += roundIndex(peak.dfH) == roundIndex(truth.dfH) && roundIndex(peak.dfK) == roundIndex(truth.dfK) &&
+                  roundIndex(peak.dfL) == roundIndex(truth.dfL) && isCloseToInteger(peak, 0.05f);
+    }
+    EXPECT_GT(list.size(), 3000);
+    EXPECT_LT(nByDivision, list.size() / 2);
+    EXPECT_EQ(nRight, list.size());
+}
+
+TEST(Indexing, IsThePlainLoopToTheLastBit)
+{
+    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 84, 97, 103));
+    QList<Peak3D> list = distorted(simulatedReflections(listBasis, 0.8, 1e-3, all));
+    std::mt19937 random(11);
+    for (int n = 0; n < 300; ++n) {  // a second crystal and noise, so that passes repeat
+        Peak3D peak = list[int(random() % unsigned(list.size()))];
+        placeAt(peak, n % 2 ? peak.point() + Vec3D{0.03f, 0.02f, -0.01f}
+                            : Vec3D{float(random() % 1000) / 900, float(random() % 1000) / 900, 0.1f});
+        list.append(peak);
+    }
+    CRunReport report;
+    int nMostPasses = 0;
+    for (float fThreshold : {0.05f, 0.12f, 0.5f})
+        for (float fRadius : {1.f / 3, 0.12f, 5.f}) {
+            QList<Peak3D> listFast = list;
+            QList<Peak3D> listPlain = list;
+            ASSERT_TRUE(indexReflections(listFast, listBasis, fThreshold, fRadius, report));
+            nMostPasses = std::max(nMostPasses, plainIndexing(listPlain, listBasis, fThreshold, fRadius));
+            EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fThreshold << " " << fRadius;
+        }
+    EXPECT_GE(nMostPasses, 3);
+}
+
+TEST(Indexing, StrangePointsAreLeftAlone)
+{
+    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 90, 90, 90));
+    QList<Peak3D> list = simulatedReflections(listBasis, 0.4, 0, all);
+    const int nGood = list.size();
+    for (float f : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e30f}) {
+        Peak3D peak;
+        placeAt(peak, {f, f, 0});
+        list.prepend(peak);
+    }
+    CRunReport report;
+    ASSERT_TRUE(indexReflections(list, listBasis, 0.05f, 1.f / 3, report));
+    ASSERT_EQ(list.size(), nGood + 3);
+    for (int n = 0; n < nGood; ++n)
+        EXPECT_TRUE(isCloseToInteger(list[n], 0.05f));
+    QList<Peak3D> listSame = list;
+    ASSERT_TRUE(indexReflections(listSame, {listBasis[0]}, 0.05f, 1.f / 3, report));
+    CRunLog log;
+    log.m_nStopAfter = 0;
+    EXPECT_FALSE(indexReflections(listSame, listBasis, 0.05f, 1.f / 3, log));
+    EXPECT_TRUE(bitsOf(listSame) == bitsOf(list));
+}
+
+TEST(Duplicates, TheStrongestStaysAndFriedelMatesAreApart)
+{
+    const QList<QList<Peak3D>> listSplit = takeDuplicateReflections(
+        {reflection(1, 2, 3, 5, 0), reflection(-1, -2, -3, 9, 1), reflection(1.04, 1.96, 3, 8, 2),
+         reflection(0.98, 2, 3, 8, 3), reflection(0, 0, 4, 1, 4)});
+    ASSERT_EQ(listSplit.size(), 2);
+    const auto ids = [](const QList<Peak3D>& list) {
+        QList<int> listID;
+        for (const Peak3D& peak : list)
+            listID.append(peak.nID);
+        return listID;
+    };
+    EXPECT_EQ(ids(listSplit[0]), QList<int>({2, 1, 4}));
+    EXPECT_EQ(ids(listSplit[1]), QList<int>({0, 3}));
+    EXPECT_TRUE(takeDuplicateReflections({})[0].isEmpty());
+}
+
+// The groups are the orbits under the Laue class: as many as there are asymmetric indices, and all members of
+// one group have the same.
+TEST(ReflectionGroups, AreTheOrbitsOfTheLaueClass)
+{
+    for (int nNumber : {1, 2, 14, 19, 62, 79, 92, 123, 144, 150, 151, 157, 160, 167, 173, 182, 198, 205, 225, 230}) {
+        const gemmi::SpaceGroup* pGroup = gemmi::find_spacegroup_by_number(nNumber);
+        const gemmi::ReciprocalAsu asu(pGroup);
+        const gemmi::GroupOps operations = pGroup->operations();
+        QList<Peak3D> list = {reflection(0.5, 0, 0)};
+        for (int h = -4; h <= 4; ++h)
+            for (int k = -4; k <= 4; ++k)
+                for (int l = -4; l <= 4; ++l)
+                    list.append(reflection(h + 0.03, k - 0.03, l));
+        const int nCount = list.size();
+        CRunReport report;
+        assignReflectionGroups(list, nNumber, 0.05f, report);
+        ASSERT_EQ(list.size(), nCount);
+        EXPECT_EQ(list[0].nRGroup, 0);
+        std::map<int, std::set<std::array<int, 3>>> mapGroup;
+        std::set<std::array<int, 3>> setAsu;
+        for (int n = 1; n < nCount; ++n) {
+            EXPECT_GE(list[n].nRGroup, list[n - 1].nRGroup);
+            const auto hkl = asu.to_asu({roundIndex(list[n].dfH), roundIndex(list[n].dfK), roundIndex(list[n].dfL)},
+                                        operations).first;
+            mapGroup[list[n].nRGroup].insert(hkl);
+            setAsu.insert(hkl);
+        }
+        EXPECT_EQ(mapGroup.size(), setAsu.size()) << nNumber;
+        EXPECT_EQ(mapGroup.rbegin()->first, int(setAsu.size())) << nNumber;
+        for (const auto& group : mapGroup)
+            EXPECT_EQ(group.second.size(), 1u) << nNumber;
+    }
+}
+
+namespace {
+
+/// A data set of 10 frames whose reflections have chains of two peaks.
+DataSet indexedSeries(const QList<Vec3D>& listCell, const QList<Peak3D>& listReflection)
+{
+    DataSet data;
+    data.m_listCell = listCell;
+    data.m_dfCenterX = 100;
+    for (int n = 0; n < 10; ++n) {
+        data.m_listShift.append(QPointF(n, 0));
+        data.m_listOverallTilt.append(n);
+    }
+    for (const Peak3D& peak : listReflection) {
+        Peak3D member;
+        member.nFrame = 4;
+        member.dfX2D = 7;
+        data.m_listPeakChain.append({member, member});
+        data.m_listPeakChain.last()[1].nFrame = peak.nFrame;
+    }
+    data.m_listPeakMerged = listReflection;
+    return data;
+}
+
+}  // namespace
+
+TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
+{
+    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
+    QList<Peak3D> list = simulatedReflections(listCell, 0.5, 0, all);
+    const int nGood = list.size();
+    list[10].nFrame = 0;
+    list[11].nFrame = 9;
+    Peak3D duplicate = list[20];
+    duplicate.nID = list.size();
+    duplicate.dfIPoint = list[20].dfIPoint / 2;
+    list.append(duplicate);
+    Peak3D stray = list[30];
+    stray.nID = list.size();
+    placeAt(stray, stray.point() + scaled(listCell[0], 0.5f));
+    list.append(stray);
+    DataSet data = indexedSeries(listCell, list);
+    QTemporaryDir dir;
+    data.m_strProjectDir = dir.path();
+    data.m_strProjectName = "series";
+    IndexingParameters parameters;
+    parameters.m_nSpaceGroup = 14;
+    parameters.m_bOutputIndexing = true;
+    parameters.m_bOutputStatistics = true;
+    CRunLog log;
+    const IndexingResult result = runIndexing(data, list, parameters, log);
+    ASSERT_EQ(result.status, IndexingStatus::Finished);
+    EXPECT_EQ(result.listOnEdgeID.size(), 2);
+    EXPECT_EQ(result.listDuplicatedID, QList<int>({nGood}));
+    EXPECT_EQ(result.listUnindexedID, QList<int>({nGood + 1}));
+    EXPECT_EQ(result.listIndexed.size(), nGood - 2);
+    EXPECT_EQ(result.listRounded.size(), nGood - 1);
+    EXPECT_EQ(result.listSelection.size(), nGood + 2);
+    EXPECT_EQ(data.m_listPeakMerged[30].nRGroup, 0);  // the merged list stays as it was
+
+    ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);
+    EXPECT_EQ(data.m_vecPeakIndexedOnFrame[4].size(), nGood - 2);
+    EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
+    for (const Peak3D& peak : data.m_vecPeakIndexedOnFrame[5]) {
+        EXPECT_EQ(peak.dfX2D, 7 + 100 + 5);
+        EXPECT_EQ(peak.dfH, roundIndex(list[peak.nID].dfH));
+    }
+    EXPECT_EQ(data.m_vecReflectionFrame[size_t(list[0].nID)], 5);
+    EXPECT_EQ(data.m_vecReflectionFrame[10], -1);
+
+    const int nCell = log.find(">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å");
+    const int nCount = log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2));
+    EXPECT_GE(nCell, 0);
+    EXPECT_EQ(nCount, nCell + 1);
+    EXPECT_GT(log.find("Reflection condition for hkl:"), nCount);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
+              QStringList({"series.hkl", "series.ipf", "series.p4p"}));
+}
+
+TEST(RunIndexing, EveryRefusalLeavesTheDataSet)
+{
+    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
+    const QList<Peak3D> list = simulatedReflections(listCell, 0.3, 0, all);
+    const struct { QList<Vec3D> listCell; QList<Peak3D> list; int nStop; IndexingStatus status; const char* szLine; }
+        aRow[] = {{{}, list, -1, IndexingStatus::NoCell, "Unit cell is not ready."},
+                  {listCell, {}, -1, IndexingStatus::NothingSelected, "> No reflections to index."},
+                  {{listCell[0], listCell[0], listCell[0]}, list, -1, IndexingStatus::CoPlanarBasis,
+                   "Warning: co-planar reciprocal basis vectors!"},
+                  {listCell, list, 2, IndexingStatus::Stopped, ""}};
+    for (const auto& row : aRow) {
+        DataSet data = indexedSeries(row.listCell, list);
+        data.m_vecReflectionFrame = {42};
+        CRunLog log;
+        log.m_nStopAfter = row.nStop;
+        EXPECT_EQ(runIndexing(data, row.list, IndexingParameters(), log).status, row.status) << row.szLine;
+        EXPECT_EQ(log.m_listLine.join("").right(int(qstrlen(row.szLine))), QString(row.szLine));
+        EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>({42}));
+        EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty());
+    }
+}
+
+TEST(RunIndexing, ACellBeyondTheSolverIndexesNothing)
+{
+    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(101, 101, 101, 90, 90, 90));
+    const QList<Peak3D> list = simulatedReflections(listCell, 0.03, 0, all);
+    DataSet data = indexedSeries(listCell, list);
+    CRunLog log;
+    const IndexingResult result = runIndexing(data, list, IndexingParameters(), log);
+    EXPECT_EQ(result.listUnindexedID.size(), list.size());
+    EXPECT_TRUE(result.listIndexed.isEmpty());
+}
+
+TEST(IndexedPeaks, AbnormalIDsAndFramesDoNoHarm)
+{
+    DataSet data = indexedSeries({}, {reflection(1, 0, 0), reflection(0.01, 0, 0)});
+    data.m_listPeakChain[0][1].nFrame = 10;  // beyond the series
+    data.m_vecReflectionFrame = {42};
+    CRunLog log;
+    buildIndexedPeaksOnFrame(data, {reflection(1, 0, 0, 1, 0), reflection(0.01, 0, 0, 1, 1),
+                                    reflection(3, 0, 0, 1, 77), reflection(2, 0, 0, 1, -5)}, log);
+    EXPECT_EQ(log.m_listLine, QStringList("Abnormal min ID: -5"));
+    EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>({42}));
+    ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);
+    int nPeaks = 0;
+    for (const QList<Peak3D>& listFrame : data.m_vecPeakIndexedOnFrame)
+        nPeaks += listFrame.size();
+    EXPECT_EQ(nPeaks, 1);
+    buildIndexedPeaksOnFrame(data, {reflection(1, 0, 0, 1, std::numeric_limits<int>::max())}, log);
+    EXPECT_TRUE(log.m_listLine.last().startsWith("Abnormal max ID"));
+}
