@@ -122,11 +122,11 @@ Map blurred(const Map& map, double dfSigma)
     return blurredAlong(blurredAlong(map, vecKernel, true), vecKernel, false);
 }
 
-// The first maximum no further than dfReach from a point.
+// The first maximum no further than dfReach from a point; the point itself where nothing is above 0.
 QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
 {
     QPointF ptBest = ptNear;
-    float fBest = -1.f;
+    float fBest = 0.f;
     for (int nY = 0; nY < map.nHeight; ++nY)
         for (int nX = 0; nX < map.nWidth; ++nX)
             if (map.at(nX, nY) > fBest && std::hypot(nX - ptNear.x(), nY - ptNear.y()) <= dfReach) {
@@ -219,11 +219,12 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
         for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i)
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
     }
-    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(0, 0), 2.0 * nMapSide);
+    const QPointF ptCoarse = 
+        maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2), nMapSide);
 
     std::vector<float> vecX, vecY;
     for (const Map& map : vecMap) {
-        const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.15 * nMapSide);
+        const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.2 * nMapSide);
         vecX.push_back(float((pt.x() + 0.5) * nBlock - 0.5));
         vecY.push_back(float((pt.y() + 0.5) * nBlock - 0.5));
     }

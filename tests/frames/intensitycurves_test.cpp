@@ -37,10 +37,8 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
         {{4, 5, 6}, {1, 5, 2}, true, 5, 7},    // the maximum starts a series
         {{3, 4, 5}, {1, 5, 5}, true, 1, 4},    // of equal maxima the first
         {{8, 9, 10}, {1, 2, 5}, true, 8, 11},  // past the last frame
-        {{9.9}, {1}, true, 8, 11},             // frame number 9
         {{10, 11}, {1, 5}, false, 0, 0},
         {{0, 1}, {5, 1}, false, 0, 0},
-        {{1, 2}, {5}, false, 0, 0},
         {{}, {}, false, 0, 0},
     };
     for (const auto& row : aRow) {
@@ -49,18 +47,6 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
         EXPECT_EQ(nLower, row.nLower);
         EXPECT_EQ(nUpper, row.nUpper);
     }
-    int nLower = 0, nUpper = 0;  // no flag at all: one series
-    EXPECT_TRUE(getContinuousBeamTiltSeriesBound({0, 0, 0}, {2}, {1}, nLower, nUpper));
-    EXPECT_EQ(nLower, 1);
-    EXPECT_EQ(nUpper, 4);
-}
-
-TEST(ExtractSubChain, TakesBothBoundsAndFractionsByTheirFrame)
-{
-    const QVector<double> vecFrame{2.9, 3, 5, 7.4, 8}, vecInt{1, 2, 3, 4, 5};
-    EXPECT_EQ(extractSubChain(vecFrame, vecInt, 3, 7),
-              (QList<QPointF>{{3, 2}, {5, 3}, {7.4, 4}}));
-    EXPECT_TRUE(extractSubChain(vecFrame, {1, 2}, 0, 99).isEmpty());
 }
 
 TEST(FitIntensity, GivesBackALorentzianAndTheInputsMarks)
@@ -81,10 +67,6 @@ TEST(FitIntensity, GivesBackALorentzianAndTheInputsMarks)
     EXPECT_NEAR(std::fabs(listPara[8]), 1.6, 1e-6);
     for (int i = 9; i < 12; ++i)
         EXPECT_LT(listPara[i], 1e-3);
-
-    listPara = {1, 2};
-    fitIntensity(listPoint.mid(0, 2), listPara);
-    EXPECT_EQ(listPara, (QList<double>{1, 2}));
 }
 
 TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
