@@ -44,17 +44,19 @@ std::vector<std::vector<T>> byFrame(const std::vector<T>& list, int nFrames)
 }
 
 template <typename T>
-const T* nearest(const std::vector<T>& list, double dfX, double dfY, double dfRadius)
+bool isWithin(const T& item, double dfX, double dfY, double dfRadius)
 {
-    const T* pBest = nullptr;
-    double dfBest = dfRadius * dfRadius;
-    for (const T& item : list) {
-        const double df = (item.dfX - dfX) * (item.dfX - dfX) + (item.dfY - dfY) * (item.dfY - dfY);
-        if (df <= dfBest) {
-            dfBest = df;
-            pBest = &item;
-        }
-    }
+    return (item.dfX - dfX) * (item.dfX - dfX) + (item.dfY - dfY) * (item.dfY - dfY) <= dfRadius * dfRadius;
+}
+
+// Where spots lie on top of each other a peak stands for the strongest, not for a faint one that
+// happens to be nearer.
+const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, double dfY, double dfRadius)
+{
+    const TruthSpot* pBest = nullptr;
+    for (const TruthSpot& spot : list)
+        if (isWithin(spot, dfX, dfY, dfRadius) && (!pBest || spot.dfCounts > pBest->dfCounts))
+            pBest = &spot;
     return pBest;
 }
 
@@ -168,7 +170,7 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
 
     for (const ReadPeak& peak : listIndexed) {
         const TruthSpot* pSpot = peak.nFrame >= 0 && peak.nFrame < nFrames
-                                     ? nearest(listSpot[peak.nFrame], peak.dfX, peak.dfY, dfRadius)
+                                     ? strongestSpot(listSpot[peak.nFrame], peak.dfX, peak.dfY, dfRadius)
                                      : nullptr;
         if (!pSpot) {
             ++comparison.nIndexedStray;
@@ -183,7 +185,10 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
 
     for (int n = 0; n < nFrames; ++n)
         for (const TruthSpot& spot : listSpot[n]) {
-            const bool bFound = nearest(listPeakFrame[n], spot.dfX, spot.dfY, dfRadius) != nullptr;
+            const bool bFound =
+                std::any_of(listPeakFrame[n].begin(), listPeakFrame[n].end(), [&](const ReadPeak& peak) {
+                    return isWithin(peak, spot.dfX, spot.dfY, dfRadius);
+                });
             for (int i = 0; i < 3; ++i)
                 if (spot.dfSignalToNoise >= comparison.adfRatio[i]) {
                     ++comparison.anSpots[i];

@@ -47,7 +47,7 @@ struct SeriesComparison {
     bool bCellRead = false;
     int nPeaks = 0;               ///< in the peak list
     int nIndexed = 0;             ///< rows of the .ipf file
-    int nIndexedRight = 0;        ///< with the indices of the truth spot nearest on that frame
+    int nIndexedRight = 0;        ///< with the indices of the strongest truth spot within the radius
     int nIndexedWrong = 0;
     int nIndexedStray = 0;        ///< no truth spot within the radius
     std::array<double, 3> adfRatio{5, 10, 20};  ///< signal-to-noise limits

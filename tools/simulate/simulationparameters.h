@@ -25,8 +25,8 @@ struct SimulationParameters {
     double dfCenterY = 252.3;
     double dfDrift = 6;                ///< largest excursion of the beam over the series, pixels
     double dfExposure = 8000;          ///< counts on a frame of a reflection of mean |F|², exactly in Bragg position
-    double dfBeamCounts = 150000;      ///< counts of the direct beam
-    double dfBeamSigma = 2.0;          ///< pixels
+    double dfBeamCounts = 600000;      ///< counts of the direct beam
+    double dfBeamSigma = 3.0;          ///< pixels
     double dfBackground = 8;           ///< counts per pixel far from the beam
     double dfReadNoise = 1.5;          ///< counts, standard deviation
     double dfRocking = 0.005;          ///< σ of the rocking curve from shape and precession, Å⁻¹

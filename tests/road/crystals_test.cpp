@@ -1,0 +1,158 @@
+// The crystals that series are simulated from, against another library and closed forms.
+#include "simulate/scatteringfactors.h"
+#include "simulate/structurefactor.h"
+
+#include <gemmi/c4322.hpp>
+#include <gemmi/it92.hpp>
+#include <gemmi/sfcalc.hpp>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Structure factors by gemmi: its own operations, scattering factors and sum.
+class Reference {
+public:
+    explicit Reference(const CrystalStructure& structure) : m_calculator(m_small.cell)
+    {
+        const std::array<double, 6>& c = structure.adfCell;
+        m_small.cell.set(c[0], c[1], c[2], c[3], c[4], c[5]);
+        std::string strGroup = structure.strSpaceGroup.toStdString();
+        if (strGroup == "F d -3 m" || strGroup == "I 41/a m d")
+            strGroup += ":1";
+        const gemmi::SpaceGroup* pGroup = gemmi::find_spacegroup_by_name(strGroup, c[3], c[5]);
+        if (!pGroup)
+            throw std::runtime_error("no group " + strGroup);
+        m_nOperations = pGroup->operations().order();
+        m_small.cell.set_cell_images_from_spacegroup(pGroup);
+        for (const AtomSite& atom : structure.listSite) {
+            gemmi::SmallStructure::Site site;
+            site.element = gemmi::Element(atom.strElement.toStdString());
+            site.fract = gemmi::Fractional(atom.dfX, atom.dfY, atom.dfZ);
+            site.occ = 1.0 / (1 + m_small.cell.is_special_position(site.fract, 0.4));
+            site.u_iso = 0.5 / gemmi::u_to_b();
+            m_small.sites.push_back(site);
+        }
+    }
+    std::complex<double> value(int h, int k, int l)
+    {
+        return m_calculator.calculate_sf_from_small_structure(m_small, {{h, k, l}});
+    }
+    int operationCount() const { return m_nOperations; }
+
+private:
+    gemmi::SmallStructure m_small;
+    gemmi::StructureFactorCalculator<gemmi::C4322<double>> m_calculator;
+    int m_nOperations = 0;
+};
+
+}  // namespace
+
+TEST(Crystals, StructureFactorsAreThoseOfAnotherLibrary)
+{
+    for (const CrystalStructure& structure : crystalStructures()) {
+        const CStructureFactor crystal(structure, 0.5);
+        Reference reference(structure);
+        EXPECT_EQ(crystal.operationCount(), reference.operationCount()) << structure.strName.toStdString();
+        for (int h = -3; h <= 5; h += 2)
+            for (int k = -4; k <= 6; ++k)
+                for (int l = 0; l <= 9; l += 3)
+                    ASSERT_LT(std::abs(crystal.value(h, k, l) - reference.value(h, k, l)), 1e-6)
+                        << structure.strName.toStdString() << ' ' << h << ' ' << k << ' ' << l;
+    }
+}
+
+TEST(Crystals, CellsHoldTheirFormulaUnits)
+{
+    const struct { const char* pName; int nAtoms; double dfVolume; } aRow[] = {
+        {"silicon", 8, 160.19},   {"pyrope", 160, 1504.67}, {"sodalite", 46, 700.70},  // Na8Al6Si6O24Cl2
+        {"beryl", 58, 675.97},    {"quartz", 9, 113.13},    {"calcite", 30, 367.85},
+        {"akermanite", 24, 307.55}, {"anatase", 12, 136.25}, {"forsterite", 28, 289.58},
+        {"natrolite", 152, 2246.15},  // 8 Na2Al2Si3O10 2H2O without the hydrogen
+        {"diopside", 40, 438.6},  {"kyanite", 32, 293.6}};
+    EXPECT_EQ(crystalStructures().size(), std::size(aRow));
+    for (const auto& row : aRow) {
+        const CrystalStructure* pStructure = findCrystalStructure(QLatin1String(row.pName));
+        ASSERT_TRUE(pStructure) << row.pName;
+        const CStructureFactor crystal(*pStructure);
+        EXPECT_EQ(crystal.atomCount(), row.nAtoms) << row.pName;
+        EXPECT_NEAR(1 / determinantOf(crystal.reciprocalBasis()), row.dfVolume, 0.1) << row.pName;
+        const auto adfCell = cellOfReciprocalBasis(crystal.reciprocalBasis());
+        for (int i = 0; i < 6; ++i)
+            EXPECT_NEAR(adfCell[i], pStructure->adfCell[i], 1e-9) << row.pName;
+    }
+}
+
+TEST(Crystals, SiliconFollowsTheDiamondRule)
+{
+    const CStructureFactor silicon(*findCrystalStructure(QStringLiteral("silicon")), 0);
+    const auto f = [](int nSum) { return electronScatteringFactor(QStringLiteral("Si"), std::sqrt(nSum) / 5.4310 / 2); };
+    EXPECT_NEAR(std::abs(silicon.value(1, 1, 1)), 4 * std::sqrt(2.0) * f(3), 1e-9);
+    EXPECT_NEAR(std::abs(silicon.value(2, 2, 0)), 8 * f(8), 1e-9);
+    EXPECT_NEAR(std::abs(silicon.value(2, 2, 2)), 0, 1e-9);
+    EXPECT_NEAR(std::abs(silicon.value(1, 0, 0)), 0, 1e-9);
+    for (const Reflection& r : silicon.reflections(1.2)) {
+        const bool bOdd = r.nH & r.nK & r.nL & 1, bEven = !((r.nH | r.nK | r.nL) & 1);
+        EXPECT_TRUE(bOdd || (bEven && (r.nH + r.nK + r.nL) % 4 == 0)) << r.nH << r.nK << r.nL;
+    }
+}
+
+TEST(Crystals, ListsLeaveOutWhatSymmetryForbidsAndNothingElse)
+{
+    // Conditions of the International Tables, volume A; what they allow must be there.
+    const struct { const char* pName; bool (*isAllowed)(int, int, int); } aRow[] = {
+        {"quartz", [](int h, int k, int l) { return h != 0 || k != 0 || l % 3 == 0; }},
+        {"forsterite", [](int h, int k, int l) {
+             return (h != 0 || k % 2 == 0) && (k != 0 || (h + l) % 2 == 0) && (h != 0 || k != 0 || l % 2 == 0);
+         }},
+        {"diopside", [](int h, int k, int l) { return (h + k) % 2 == 0 && (k != 0 || l % 2 == 0); }},
+        {"natrolite", [](int h, int k, int l) {
+             return (h + k) % 2 == 0 && (k + l) % 2 == 0 && (h != 0 || (k + l) % 4 == 0) &&
+                    (k != 0 || (h + l) % 4 == 0);
+         }},
+        {"kyanite", [](int, int, int) { return true; }}};
+    for (const auto& row : aRow) {
+        const CStructureFactor crystal(*findCrystalStructure(QLatin1String(row.pName)));
+        int nAllowed = 0;
+        for (int h = -30; h <= 30; ++h)
+            for (int k = -30; k <= 30; ++k)
+                for (int l = -30; l <= 30; ++l) {
+                    const double df = lengthOf(Vector3{double(h), double(k), double(l)} * crystal.reciprocalBasis());
+                    nAllowed += df > 0 && df < 0.8 && row.isAllowed(h, k, l);
+                }
+        const auto list = crystal.reflections(0.8);
+        for (const Reflection& r : list)
+            EXPECT_TRUE(row.isAllowed(r.nH, r.nK, r.nL)) << row.pName << ' ' << r.nH << ' ' << r.nK << ' ' << r.nL;
+        EXPECT_NEAR(double(list.size()), nAllowed, 0.01 * nAllowed) << row.pName;  // a few are 0 by chance
+    }
+}
+
+TEST(ScatteringFactor, FollowsTheMottBetheFormula)
+{
+    // f_e = (m e² / 2 h² in Å⁻¹) (Z - f_x)/s² from X-ray factors, a table of its own.
+    for (const char* p : {"Be", "C", "O", "Na", "Mg", "Al", "Si", "Cl", "Ca", "Ti"}) {
+        const gemmi::Element element(p);
+        for (double dfS : {0.3, 0.5, 0.8, 1.2}) {
+            const double dfX = gemmi::IT92<double>::get(element.elem).calculate_sf(dfS * dfS);
+            const double dfExpected = 0.0239336 * (element.atomic_number() - dfX) / (dfS * dfS);
+            EXPECT_NEAR(electronScatteringFactor(QLatin1String(p), dfS), dfExpected, 0.02 * dfExpected) << p << dfS;
+        }
+    }
+    EXPECT_TRUE(std::isnan(electronScatteringFactor(QStringLiteral("Xx"), 0.1)));
+}
+
+TEST(Symmetry, TripletsReadAndPrimitiveBasesHaveTheVolumeOfTheCentring)
+{
+    SymmetryOperation operation;
+    ASSERT_TRUE(parseTriplet(QStringLiteral("-y, x-y, z+2/3"), operation));
+    const Vector3 vec = applyOperation(operation, {0.1, 0.2, 0.5});
+    EXPECT_NEAR(vec[0], 0.8, 1e-12);
+    EXPECT_NEAR(vec[1], 0.9, 1e-12);
+    EXPECT_NEAR(vec[2], 0.5 + 2.0 / 3 - 1, 1e-12);
+    for (const char* p : {"", "x,y", "x,y,", "x,y,w", "x,y,z+1/5", "x,y,z+1/0"})
+        EXPECT_FALSE(parseTriplet(QLatin1String(p), operation)) << p;
+    const struct { const char* pName; double dfVolume; } aRow[] = {
+        {"silicon", 4}, {"pyrope", 2}, {"calcite", 3}, {"natrolite", 4}, {"diopside", 2}, {"kyanite", 1}};
+    for (const auto& row : aRow)
+        EXPECT_DOUBLE_EQ(determinantOf(CStructureFactor(*findCrystalStructure(QLatin1String(row.pName))).primitiveBasis()),
+                         row.dfVolume) << row.pName;
+}
