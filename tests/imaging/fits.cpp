@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -105,7 +106,9 @@ TEST(FitPeak2D, FindsPureLorentziansWhereverTheBoxLies)
     for (const auto& row : aRow) {
         SCOPED_TRACE(row.dfX);
         const std::vector<double> vecTruth{1000.0, row.dfX, 6.0, row.dfY, 11.0};
-        const auto img = spotOnFrame(vecTruth, 60, 50);
+        auto img = spotOnFrame(vecTruth, 60, 50);
+        for (int i = 0; i < 60 * 50; i++)  // the detector gives no more than its limit
+            img.Data()[i] = std::min(img.Data()[i], float(row.dfSaturation));
         double x = row.dfStartX;
         double y = row.dfStartY;
         const auto vec = FitPeak2D(img, x, y, row.nHalfSize, row.dfSaturation);
