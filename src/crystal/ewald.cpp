@@ -12,7 +12,7 @@ bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt)
     const double dfB = 2 * double(g.z) * dfK;
     const double dfC = double(dot(g, g));
     const double dfS = dfA * dfA + dfB * dfB;
-    const double dfX = (dfS - dfC * dfC) * dfB * dfB;
+    const double dfX = (dfS - dfC * dfC) * (dfB * dfB);
     if (!(dfX >= 0) || (dfA == 0 && dfB == 0))
         return false;
 
@@ -76,9 +76,9 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
                 QStringLiteral("Frame No. from tilt angle %L1 degrees is out of range!").arg(dfDegrees));
             return false;
         }
-        const QPointF ptCentre = frameCentre(geometry.centres, nFrame);
-        peak.dfX2D = double(u.x * fScale) / geometry.dfPixelSize + ptCentre.x();
-        peak.dfY2D = double(u.y * fScale) / geometry.dfPixelSize + ptCentre.y();
+        const QPointF& ptShift = geometry.centres.m_listShift[nFrame];
+        peak.dfX2D = double(u.x * fScale) / geometry.dfPixelSize + ptShift.x() + geometry.centres.m_dfCenterX;
+        peak.dfY2D = double(u.y * fScale) / geometry.dfPixelSize + geometry.centres.m_dfCenterY + ptShift.y();
         peak.nFrame = nFrame;
     }
     listPeak = listWork;

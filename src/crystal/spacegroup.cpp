@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <set>
 
 // The truth is gemmi's table of settings, which is built from Hall symbols, not from explicit ones.
@@ -100,36 +99,28 @@ std::vector<CSymOp> plainlyClosed(std::vector<CSymOp> vecOp)
 
 }  // namespace
 
-TEST(SpaceGroup, EveryGroupIsATabulatedSettingOfItsSymbol)
+TEST(SpaceGroup, EveryGroupIsATabulatedSettingOfItsSymbolWithItsAbsences)
 {
     // Where the tables give two origins, the codes take the first, but for 222.
-    for (int n = 1; n <= 230; ++n) {
-        const std::vector<CSymOp> vecOperation = operationsOfSpaceGroup(n);
-        const gemmi::SpaceGroup* pSetting = settingOf(n, vecOperation);
-        ASSERT_NE(pSetting, nullptr) << n << ' ' << spaceGroupSymbol(n) << ", " << vecOperation.size();
-        std::string strFull = spaceGroupSymbol(n);
-        if (n >= 3 && n <= 15)  // monoclinic, unique axis b: the full symbol names all three axes
-            strFull = strFull.substr(0, 1) + " 1" + strFull.substr(1) + " 1";
-        EXPECT_EQ(strFull, pSetting->hm) << n;
-        const char chExpected = spaceGroupSymbol(n)[0] == 'R' ? 'H' : n == 222 ? '2' : '1';
-        EXPECT_TRUE(pSetting->ext == '\0' || pSetting->ext == chExpected) << n << ' ' << pSetting->ext;
-    }
-}
-
-TEST(SpaceGroup, AbsencesAreThoseOfTheHallSymbols)
-{
     CSpaceGroup spaceGroup;
     for (int n = 1; n <= 230; ++n) {
         ASSERT_TRUE(spaceGroup.setSpaceGroup(n));
         const gemmi::SpaceGroup* pSetting = settingOf(n, spaceGroup.vecOperation);
-        ASSERT_NE(pSetting, nullptr) << n;
+        ASSERT_NE(pSetting, nullptr) << n << ", " << spaceGroup.vecOperation.size();
+        std::string strFull = spaceGroupSymbol(n);
+        if (n >= 3 && n <= 15)  // monoclinic, unique axis b: the full symbol names all three axes
+            strFull = strFull.substr(0, 1) + " 1" + strFull.substr(1) + " 1";
+        EXPECT_EQ(strFull, pSetting->hm) << n;
+        const char chExpected = strFull[0] == 'R' ? 'H' : n == 222 ? '2' : '1';
+        EXPECT_TRUE(pSetting->ext == '\0' || pSetting->ext == chExpected) << n << ' ' << pSetting->ext;
+
         const gemmi::GroupOps ops = pSetting->operations();
         int nWrong = 0;
         for (int h = -6; h <= 6; ++h)
             for (int k = -6; k <= 6; ++k)
                 for (int l = -6; l <= 6; ++l)
                     nWrong += spaceGroup.isAbsent(h, k, l) != ops.is_systematically_absent({{h, k, l}});
-        EXPECT_EQ(nWrong, 0) << n << ' ' << spaceGroupSymbol(n);
+        EXPECT_EQ(nWrong, 0) << n;
     }
 }
 
@@ -150,9 +141,6 @@ TEST(SpaceGroup, LaueGroupHoldsTheRotationsOfTheGroupAndTheInversionAndNoMore)
         };
         const int nLaue = laueGroupNumber(n);
         EXPECT_EQ(rotations(n, true), rotations(nLaue, false)) << n << ' ' << nLaue;
-        EXPECT_EQ(gemmi::find_spacegroup_by_number(n)->laue_class(),
-                  gemmi::find_spacegroup_by_number(nLaue)->laue_class())
-            << n;
     }
     for (int n : {0, 231, -5})
         EXPECT_EQ(laueGroupNumber(n), -1);
@@ -167,16 +155,6 @@ TEST(SpaceGroup, FastClosingGivesThePlainLoopsListInItsOrder)
         for (std::size_t i = 0; i < vecFast.size(); ++i)
             ASSERT_TRUE(sameOperation(vecFast[i], vecPlain[i])) << n << ", operation " << i;
     }
-}
-
-TEST(SpaceGroup, OrdersOfKnownGroups)
-{
-    const std::map<int, std::size_t> mapOrder{{1, 1},     {2, 2},     {14, 4},   {62, 8},
-                                              {146, 9},   {166, 36},  {230, 96}, {225, 192},
-                                              {226, 192}, {227, 192}, {228, 192}};
-    for (const auto& [nNumber, nOrder] : mapOrder)
-        EXPECT_EQ(operationsOfSpaceGroup(nNumber).size(), nOrder) << nNumber;
-    EXPECT_EQ(operationsOfSpaceGroup(231).size(), 1u);
 }
 
 TEST(SpaceGroup, CodesStandAsTabulatedAndTwoAreDecodedCorrected)
