@@ -118,7 +118,7 @@ const BadCase aBad[] = {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
          }
      },
-     {}, ""},
+     {}, "blank"},
     {"no wavelength", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }, {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
     {"wavelength 0", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); }, {},
@@ -135,7 +135,7 @@ const BadCase aBad[] = {
     {"mask of two corners", [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); }, {"--mask", "%/m.msk"},
      "as mask file"},
     {"cell in a wrong order", [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
-     {"--cell", "%/c.uc", "--from", "index"}, ""},
+     {"--cell", "%/c.uc"}, "c.uc as unit cell data"},
     {"shifts of another series", [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
      {"--from", "merge"}, "ED shift data is not used because the ED shift data is from 2 frames"},
     {"peaks out of order",
@@ -164,7 +164,7 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         const QByteArray bytesPeaks = series.read("s.pk");
         QStringList listArgument = {series.path("s.ed3d")};
         for (QString strArgument : bad.listArgument) {
-            listArgument.append(strArgument.replace(QStringLiteral("%/"), series.path("")));
+            listArgument.append(strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
         }
         const BatchOutcome outcome = runBatch(listArgument);
         EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();

@@ -1,0 +1,132 @@
+// The stages apart and together, one thread and several, on a simulated series.
+#include "batchprogram.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+const char* const aszResult[] = {"sc", "pk", "uc", "hkl", "p4p", "ipf"};
+
+class Stages : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        const BatchOutcome outcome =
+            runProgram("tessera-simulate", {"--crystal", "quartz", "--frames", "40", "--size", "256", "--tilt-start",
+                                            "-20", "--tilt-step", "1", "--pixel-size", "0.008", "--out",
+                                            m_dir.path(), "--name", "q"});
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+    }
+    BatchOutcome batch(const QString& strOut, const QStringList& listMore = {}) const
+    {
+        return runBatch(QStringList{m_dir.filePath("q.ed3d"), "--out", m_dir.filePath(strOut)} + listMore);
+    }
+    QByteArray result(const QString& strOut, const QString& strSuffix) const
+    {
+        return readBytes(m_dir.filePath(strOut + "/q." + strSuffix));
+    }
+    void expectSameFiles(const QString& strOne, const QString& strOther) const
+    {
+        for (const char* pszSuffix : aszResult) {
+            const QByteArray bytes = result(strOne, pszSuffix);
+            EXPECT_FALSE(bytes.isEmpty()) << pszSuffix;
+            EXPECT_EQ(bytes, result(strOther, pszSuffix)) << pszSuffix;
+        }
+    }
+    QTemporaryDir m_dir;
+};
+
+}  // namespace
+
+TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
+{
+    ASSERT_EQ(batch("one", {"--jobs", "1"}).nStatus, 0);
+    ASSERT_EQ(batch("five", {"--jobs", "5"}).nStatus, 0);
+    expectSameFiles("one", "five");
+}
+
+// A list on disk has one decimal, so a run that starts from it may differ from one that goes through;
+// two that start from the same files may not.
+TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
+{
+    const BatchOutcome through = batch("through", {"--to", "peaks", "--json", m_dir.filePath("peaks.json")});
+    ASSERT_EQ(through.nStatus, 0) << through.strText.toStdString();
+    const QJsonObject summary = QJsonDocument::fromJson(readBytes(m_dir.filePath("peaks.json"))).object();
+    EXPECT_EQ(summary["stage"].toString(), "peaks");
+    EXPECT_EQ(summary["peaks"].toInt(), result("through", "pk").count('\n'));
+    EXPECT_TRUE(result("through", "uc").isEmpty());
+    EXPECT_TRUE(result("through", "hkl").isEmpty());
+
+    // Shifts and peaks each by itself.
+    ASSERT_EQ(batch("apart", {"--to", "shifts"}).nStatus, 0);
+    EXPECT_TRUE(result("apart", "pk").isEmpty());
+    ASSERT_EQ(batch("apart", {"--from", "peaks", "--to", "peaks"}).nStatus, 0);
+    EXPECT_EQ(result("apart", "sc"), result("through", "sc"));
+    EXPECT_EQ(result("apart", "pk"), result("through", "pk"));
+
+    ASSERT_EQ(batch("through", {"--from", "merge"}).nStatus, 0);
+    const QByteArray bytesPeaks = result("apart", "pk");
+    ASSERT_EQ(batch("apart", {"--from", "merge", "--to", "cell"}).nStatus, 0);
+    ASSERT_EQ(batch("apart", {"--from", "index", "--space-group", "154", "--statistics"}).nStatus, 0);
+    EXPECT_EQ(result("apart", "pk"), bytesPeaks);
+    EXPECT_EQ(result("apart", "uc"), result("through", "uc"));
+    // The space group orders the reflections by groups; the reflections are the same.
+    QList<QByteArray> listOne = result("through", "hkl").split('\n');
+    QList<QByteArray> listOther = result("apart", "hkl").split('\n');
+    std::sort(listOne.begin(), listOne.end());
+    std::sort(listOther.begin(), listOther.end());
+    EXPECT_EQ(listOne, listOther);
+    EXPECT_GT(listOne.size(), 20);
+}
+
+TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
+{
+    ASSERT_EQ(batch("g", {"--to", "peaks"}).nStatus, 0);
+    // Every second peak goes to group 3 alone.
+    QList<QByteArray> listLine = result("g", "pk").split('\n');
+    int nInGroup = 0;
+    for (int i = 0; i + 1 < listLine.size(); i += 2) {
+        listLine[i].replace("8000000000000000", "1000000000000000");
+        ++nInGroup;
+    }
+    writeBytes(m_dir.filePath("g/q.pk"), listLine.join('\n'));
+    const auto merged = [&](const QStringList& listMore) {
+        EXPECT_EQ(batch("g", QStringList{"--from", "merge", "--to", "merge", "--json", m_dir.filePath("m.json")} +
+                                 listMore).nStatus, 0);
+        return QJsonDocument::fromJson(readBytes(m_dir.filePath("m.json"))).object();
+    };
+    EXPECT_EQ(merged({})["peaksMerged"].toInt(), listLine.size() - 1);
+    EXPECT_EQ(merged({"--group", "3"})["peaksMerged"].toInt(), nInGroup);
+    const QJsonObject limited = merged({"--resolution-max", "0.5"});
+    EXPECT_GT(limited["peaksOutsideLimits"].toInt(), 0);
+    EXPECT_EQ(limited["peaksMerged"].toInt() + limited["peaksOutsideLimits"].toInt(), listLine.size() - 1);
+}
+
+TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
+{
+    ASSERT_EQ(batch("project").nStatus, 0);
+    QStringList listArgument;
+    for (const QString& strFile : QDir(m_dir.path()).entryList({"*.mrc"}, QDir::Files, QDir::Name)) {
+        listArgument.append(m_dir.filePath(strFile));
+    }
+    ASSERT_EQ(listArgument.size(), 40);
+    QByteArray bytesAxis;
+    for (const QByteArray& bytesLine : readBytes(m_dir.filePath("q.ed3d")).split('\n')) {
+        if (bytesLine.startsWith("ROTATIONAXIS")) {
+            bytesAxis = bytesLine.mid(12).trimmed();
+        }
+    }
+    const BatchOutcome outcome =
+        runBatch(listArgument + QStringList{"--wavelength", "0.0251", "--pixel-size", "0.008", "--axis", bytesAxis,
+                                            "--tilt-start", "-20", "--tilt-step", "1", "--out",
+                                            m_dir.filePath("images")});
+    ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+    const QString strBase = QFileInfo(listArgument.first()).completeBaseName();
+    for (const char* pszSuffix : aszResult) {
+        EXPECT_EQ(readBytes(m_dir.filePath("images/" + strBase + '.' + pszSuffix)), result("project", pszSuffix))
+            << pszSuffix;
+    }
+}
