@@ -226,16 +226,16 @@ TEST(PageRounding, RoundsAsASpinBoxDoes)
         double dfValue;
         int nDecimals;
         double dfMinimum, dfMaximum, dfExpected;
-    } aRow[] = {{0.00838, 6, 0, 10000, 0.00838},
-                {0.0012345678, 6, 0, 10000, 0.001235},
-                {-140.55, 1, -180, 180, -140.6},  // the double lies beyond the tie
-                {0.15, 1, 0, 1, 0.1},             // and here before it
-                {0.125, 2, 0, 1, 0.13},           // a true tie goes away from zero
-                {-0.375, 2, -1, 1, -0.38},
+        // -140.55 lies beyond its tie as a double, 0.15 and 2.675 before it; 0.125 and -0.375 are true ties
+    } aRow[] = {{0.00838, 6, 0, 1e4, 0.00838},
+                {0.0012345678, 6, 0, 1e4, 0.001235},
+                {-140.55, 1, -180, 180, -140.6},
+                {0.15, 1, 0, 1, 0.1},
                 {2.675, 2, 0, 10, 2.67},
+                {0.125, 2, 0, 1, 0.13},
+                {-0.375, 2, -1, 1, -0.38},
                 {1e9, 2, 0, 1000, 1000},
                 {-0.004, 2, 0, 1000, 0},
-                {180.04, 1, -180, 180, 180},
                 {180.06, 1, -180, 180, 180},
                 {std::nan(""), 2, 0.01, 0.5, 0.01},
                 {INFINITY, 2, 0, 100, 100}};
@@ -259,51 +259,50 @@ TEST(PageRounding, WrapsAngles)
 TEST(PageRounding, HoldsEachParameterAsItsPageDoes)
 {
     DataSet data;
-    data.m_dfCenterX = 248.126;
-    data.m_dfCenterY = -1;
-    data.m_dfRotationAxis = -139.26;
-    data.m_dfTiltRelaxation = 0.26;
-    data.m_dfPixelSize = 0.00838049;
-    data.m_dfWavelength = 0.02507934;
-    data.m_dfStretchAmplitude = 1.4192;
-    data.m_dfStretchAzimuth = 181;
+    PeakHuntingParameters hunting;
+    MappingParameters mapping;
+    PeakMergingParameters merging;
+    CellHuntingParameters cell;
+    IndexingParameters indexing;
+    indexing.m_nSpaceGroup = 231;
+    const struct {
+        double* pdfTarget;
+        double dfValue, dfExpected;
+    } aRow[] = {{&data.m_dfCenterX, 248.126, 248.13},
+                {&data.m_dfCenterY, -1, 0},
+                {&data.m_dfRotationAxis, -139.26, -139.3},
+                {&data.m_dfTiltRelaxation, 0.26, 0.3},
+                {&data.m_dfPixelSize, 0.00838049, 0.00838},
+                {&data.m_dfWavelength, 0.02507934, 0.025079},
+                {&data.m_dfStretchAmplitude, 1.4192, 1.42},
+                {&data.m_dfStretchAzimuth, 181, 180},
+                {&hunting.m_dfPeakRadius, 5.006, 5.01},
+                {&hunting.m_dfBackgroundRadius, 2000, 1000},
+                {&hunting.m_dfPeakThreshold, -0.006, -0.01},
+                {&hunting.m_dfIntegrationRadius, 15.06, 15.1},
+                {&hunting.m_dfIntegrationBackground, 3.14, 3.1},
+                {&mapping.m_dfResolutionMin, -0.1, 0},
+                {&mapping.m_dfResolutionMax, 1.006, 1.01},
+                {&mapping.m_dfIntensityMin, -2e5, -1e5},
+                {&mapping.m_dfIntensityMax, 2e6, 1e6},
+                {&merging.m_dfMin3DDistance, 10.006, 10.01},
+                {&merging.m_dfMax2DDistance, -1, 0},
+                {&merging.m_dfMin2DLength, -2, -1},
+                {&merging.m_dfMax3DLength, 1001, 1000},
+                {&cell.m_dfCellRangeMin, 0.5, 1},
+                {&cell.m_dfCellRangeMax, 30.06, 30.1},
+                {&indexing.m_dfIndexThreshold, 0.7, 0.5}};
+    for (const auto& row : aRow)
+        *row.pdfTarget = row.dfValue;
     for (int i = 0; i < 2; ++i) {  // the second time changes nothing
         roundToPages(data);
-        EXPECT_EQ(data.m_dfCenterX, 248.13);
-        EXPECT_EQ(data.m_dfCenterY, 0);
-        EXPECT_EQ(data.m_dfRotationAxis, -139.3);
-        EXPECT_EQ(data.m_dfTiltRelaxation, 0.3);
-        EXPECT_EQ(data.m_dfPixelSize, 0.00838);
-        EXPECT_EQ(data.m_dfWavelength, 0.025079);
-        EXPECT_EQ(data.m_dfStretchAmplitude, 1.42);
-        EXPECT_EQ(data.m_dfStretchAzimuth, 180);
+        roundToPages(hunting);
+        roundToPages(mapping);
+        roundToPages(merging);
+        roundToPages(cell);
+        roundToPages(indexing);
+        for (const auto& row : aRow)
+            EXPECT_EQ(*row.pdfTarget, row.dfExpected) << row.dfValue;
     }
-    PeakHuntingParameters hunting{5.006, 2000, 0.504, -0.006, 15.06, 3.14};
-    roundToPages(hunting);
-    EXPECT_EQ(hunting.m_dfPeakRadius, 5.01);
-    EXPECT_EQ(hunting.m_dfBackgroundRadius, 1000);
-    EXPECT_EQ(hunting.m_dfSmoothRadius, 0.5);
-    EXPECT_EQ(hunting.m_dfPeakThreshold, -0.01);
-    EXPECT_EQ(hunting.m_dfIntegrationRadius, 15.1);
-    EXPECT_EQ(hunting.m_dfIntegrationBackground, 3.1);
-    MappingParameters mapping{true, -0.1, 1.006, -2e5, 2e6};
-    roundToPages(mapping);
-    EXPECT_EQ(mapping.m_dfResolutionMin, 0);
-    EXPECT_EQ(mapping.m_dfResolutionMax, 1.01);
-    EXPECT_EQ(mapping.m_dfIntensityMin, -1e5);
-    EXPECT_EQ(mapping.m_dfIntensityMax, 1e6);
-    PeakMergingParameters merging{10.006, -1, -2, 1001};
-    roundToPages(merging);
-    EXPECT_EQ(merging.m_dfMin3DDistance, 10.01);
-    EXPECT_EQ(merging.m_dfMax2DDistance, 0);
-    EXPECT_EQ(merging.m_dfMin2DLength, -1);
-    EXPECT_EQ(merging.m_dfMax3DLength, 1000);
-    CellHuntingParameters cell{0.5, 30.06};
-    roundToPages(cell);
-    EXPECT_EQ(cell.m_dfCellRangeMin, 1);
-    EXPECT_EQ(cell.m_dfCellRangeMax, 30.1);
-    IndexingParameters indexing{0.7, 0};
-    roundToPages(indexing);
-    EXPECT_EQ(indexing.m_dfIndexThreshold, 0.5);
-    EXPECT_EQ(indexing.m_nSpaceGroup, 1);
+    EXPECT_EQ(indexing.m_nSpaceGroup, 230);
 }

@@ -37,46 +37,12 @@ static void expectAsScanf(const char* strText)
 
 TEST(TextScanner, TakesWhatScanfTakes)
 {
-    for (const char* strText :
-         {"12",
-          " \t-7.25x",
-          "+3",
-          "+ 3",
-          "-",
-          "+-3",
-          "--3",
-          ".5",
-          "5.",
-          ".",
-          "1e3",
-          "1E-3",
-          "0x1.8p1",
-          "0x",
-          "0xg",
-          "0X.8",
-          "inf",
-          "-INFINITY",
-          "nan",
-          "in",
-          "1,5",
-          "1e400",
-          "-1e400",
-          "1e-400",
-          "1e39",
-          "1e-46",
-          "3e-45",
-          "0.1",
-          "16777217",
-          "2147483647",
-          "-2147483648",
-          "007",
-          "",
-          "  ",
-          "abc",
-          "1.5.6",
-          "12-3",
-          "0.000000000000000000000000000000000000000000000000000000000000000000000000000000000000001"})
-        expectAsScanf(strText);
+    const QByteArray strTexts =
+        "12| \t-7.25x|+3|+ 3|-|+-3|--3|.5|5.|.|1e3|1E-3|0x1.8p1|0x|0xg|0X.8|inf|-INFINITY|nan|in|1,5|1e400|"
+        "-1e400|1e-400|1e39|1e-46|3e-45|0.1|16777217|2147483647|-2147483648|007||  |abc|1.5.6|12-3|"
+        "0.00000000000000000000000000000000000000000000000000001";
+    for (const QByteArray& strText : strTexts.split('|'))
+        expectAsScanf(strText.constData());
     std::mt19937 random(5);
     const char aCharacter[] = "0123456789.-+ 59";
     for (int i = 0; i < 20000; ++i) {

@@ -116,7 +116,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
             report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName),
                               Qt::red);
             setReason(pstrReason, strFileName,
-                      QStringLiteral("text line %1 holds no peak: \"%2\"")
+                      QStringLiteral("non-empty line %1 holds no peak: \"%2\"")
                           .arg(nLine)
                           .arg(QString::fromLatin1(pLine, int(qMin<ptrdiff_t>(p - pLine, 100)))));
             break;
@@ -124,7 +124,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         if (size_t(line.nSerial) != vecLine.size() + 1) {
             report.endProgress();
             setReason(pstrReason, strFileName,
-                      QStringLiteral("text line %1 has the serial %2 where %3 should be")
+                      QStringLiteral("non-empty line %1 has the serial %2 where %3 should be")
                           .arg(nLine)
                           .arg(line.nSerial)
                           .arg(vecLine.size() + 1));

@@ -14,10 +14,10 @@
 /// I2D are rounded to single precision. Peaks keep their order in the file on each frame; nID is the
 /// place in the file.
 ///
-/// A line of another form says so in red and ends the list; the peaks before it are used. That
-/// includes a number that touches the next one, a frame number below 0 and a position that is not finite, so that
-/// neither gets into the store. A serial out of order, no peak at all, or a frame beyond the data
-/// set (with a red line) leave the data set as it was.
+/// A line of another form says so in red and ends the list; the peaks before it are used. So does a
+/// number that touches the next one, which would else be read wrongly, a frame number below 0 and a
+/// position that is not finite: none of them gets into the store. A serial out of order, no peak at all, or
+/// a frame beyond the data set (with a red line) leave the data set as it was.
 ///
 /// Numbers are read as in the C locale, whatever that of the process.
 ///

@@ -15,8 +15,8 @@
 /// FILELIST and ENDFILELIST stand the frames: "FILE name stage beam overall", tilts in degrees, the name
 /// without blanks and relative to the folder of the project.
 ///
-/// Beyond a missing keyword or list, refused are numbers that are not finite; a wavelength or pixel size that is
-/// not above 0 at the six decimals the program works with, or above 10000; a line of more than
+/// Refused are, beyond a missing keyword or list, numbers that are not finite; a wavelength or pixel size
+/// that is not above 0 at the six decimals the program works with, or above 10000; a line of more than
 /// 1023 characters that is no comment (a cut line would shift its rest into a line of its own); NUL
 /// bytes; and files above 64 MB, which are pictures that were taken for a project. Frames that do not
 /// exist are noticed when they are loaded.

@@ -27,7 +27,8 @@ struct ShiftData {
 [[nodiscard]] bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason = nullptr);
 
 /// The same for lines, without the name in the reason.
-[[nodiscard]] bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason = nullptr);
+[[nodiscard]] bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift,
+                                  QString* pstrReason = nullptr);
 
 /// Reads a shift file into the data set: centre and shifts, if it has one shift per frame. Else says in
 /// red that it does not fit, and the old shifts stay.

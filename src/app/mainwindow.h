@@ -1,0 +1,218 @@
+// MainWindow: the hub of the workbench. It owns the data set and every panel; the slots of a
+// subsystem lie in that subsystem's folder (mainwindow_*.cpp).
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
+#include "frames/peakfilters.h"
+
+#include <QLocale>
+#include <QMainWindow>
+#include <QMap>
+#include <QPointer>
+#include <QTimer>
+
+#include <functional>
+#include <vector>
+
+class BaseImgView;
+class CellPage;
+class CircleItem;
+class CrossItem;
+class CRunReport;
+class FramesPage;
+class MergingPage;
+class MessageEdit;
+class OriginalImgScene;
+class PeakSearchPage;
+class RefinementPage;
+class ShiftPage;
+class TabWidget;
+class TextDataWidget;
+class TextItem;
+class View3DPage;
+class WindowActions;
+class WindowReport;
+class QComboBox;
+class QDockWidget;
+class QGraphicsLineItem;
+class QGraphicsPolygonItem;
+class QProgressBar;
+class QPushButton;
+class QSlider;
+class QSpinBox;
+
+class QToolBox;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget* pParent = nullptr);
+    ~MainWindow() override;
+
+    /// Opens projects, images or a text reflection list by the suffix of the first file.
+    void openFiles(const QStringList& listFile);
+    /// Rereads the recent list into the File menu.
+    void updateRecentMenu();
+
+protected:
+    void closeEvent(QCloseEvent* pEvent) override;
+    void dragEnterEvent(QDragEnterEvent* pEvent) override;
+    void dropEvent(QDropEvent* pEvent) override;
+
+public slots:
+    // Shell: src/app
+    void open();
+    void openRecentFile();
+    void copyWindow();
+    void zoomIn();
+    void zoomOut();
+    void paletteChanged();
+    void about();
+    void updateControls(int nPageIndex);
+    void updateScale(int nIndex);
+    void toolBoxPageChanged(int nIndex);
+    void statusBarMessage(const QString& str);
+
+    // Frame list and navigation: src/frames/mainwindow_framelist.cpp
+    void fillFileTable();
+    void switchToImgIndex(int nIndex);
+    void currentFileChangedInFileList(int nCurrentRow);
+    void refreshImageView();
+    void playImageForward();
+    void playImageBackward();
+    void stopImagePlay();
+    void playOneImage();
+    void imagePlayIntervalChanged(int nNewInterval);
+
+    // Side files: src/frames/mainwindow_sidefiles.cpp, src/reciprocal/mainwindow_cell.cpp
+    void saveEDShift();
+    void loadEDShift();
+    void loadRawPeaks();
+    void saveRawPeaks();
+    void exportUnitCell();
+    void loadUnitCell();
+    void loadPeakHuntingMask();
+    void clearPeakHuntingMask();
+    void showPeakHuntingMask(bool bShow);
+
+    // Runs: src/frames/mainwindow_shiftevaluation.cpp, mainwindow_peakhunting.cpp
+    void selSizeChanged2();
+    void selRectChanged(QRectF rectSel);
+    void runShiftEvaluation();
+    void runPeakHunting();
+    void testCurrentPatternForPeaks();
+    void peakHuntingParametersChanged();
+    void visualMoniteringPeakHuntingToggled(bool bEnabled);
+    void outputSmoothedImage(QString strFileName);
+
+    // Overlay of the frame view: src/frameview/mainwindow_marks.cpp
+    void showCrossMarks(const QList<QPointF>& listPos, const QColor& color, int nSize);
+    void clearCrossMarks();
+    void showCircleMarks(const QList<QPointF>& listPos);
+    void clearCircleMarks();
+    void showPeakText();
+    void clearTextMarks();
+    void enableShowPeaks(bool bShow);
+    void mouseMoving(QPointF posF);
+
+    // Mapping: src/reciprocal/mainwindow_mapping.cpp
+    void transformPeaksTo3D();
+    void showPeaksIn3D();
+    void recalculate3DPeakPositionsAndUpdateView();
+    void peakReduction3D();
+    void showRotationAxisLine();
+    void updateUnitCell();
+    void updateUnitCellInfo();
+
+private:
+    friend class WindowReport;
+
+    // Built once by the constructor, in this order.
+    void fillNameMaps();
+    void createActions();
+    void createMenus();
+    void createControlDock();
+    void createOtherDocks();
+    void createToolBar();
+    void createViews();
+    void connectPages();
+    void readSettings();
+    void writeSettings();
+
+    /// Copies the panel parameters between widgets and members. Every run begins with true.
+    void syncParametersWithControls(bool bFromPanel);
+    /// Connects or cuts the panel signals whose slots recompute something.
+    void connectPanelSignals(bool bConnect);
+
+    bool openProject(const QString& strFileName);
+    void openImageFiles(const QStringList& listFile);
+    void clearDataSet();
+    void showFirstFrame();
+    void enterRecentSeries(const QStringList& listFile);
+
+    bool loadShiftFile(const QString& strFileName);
+    void fillShiftTable();
+    void fillMaskTable();
+    void makeMaskItems();
+    void clearMaskItems();
+    void refreshPeakMarks();
+
+    /// What all runs that a button starts and stops have in common: stops the play, reads the pages,
+    /// takes a second click as the wish to stop, holds the flag and the button while `fnRun` works,
+    /// and afterwards shows the frame that was asked for meanwhile.
+    /// @param pButton  null for a run without a button of its own
+    void runWithButton(bool& bFlag, QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
+    void setButtonStatus(QPushButton* pButton, int nStatus);
+    bool isRunning() const { return m_nRunDepth > 0; }
+
+    DataSet m_dataSet;
+    PeakHuntingParameters m_hunting;
+    MappingParameters m_mapping;
+    PeakMergingParameters m_merging;
+    CellHuntingParameters m_cellHunting;
+    IndexingParameters m_indexing;
+    CPeakFilters m_peakFilters;
+    QLocale m_locale = QLocale::system();
+
+    QMap<int, QString> m_mapTabName;
+    QMap<int, QString> m_mapPageName;
+    QMap<int, QString> m_mapColumnName;
+    std::vector<double> m_vecScale;
+    int m_nScaleIndex = 3;
+    int m_nToolBoxPage = 0;
+    int m_nPlayDirection = 0;
+    int m_nRunDepth = 0;        ///< runs under way, one inside the other
+    int m_nFrameAsked = 0;      ///< frame number asked for during a run; 0 none
+    bool m_bCloseAsked = false; ///< the window was closed during a run
+    bool m_bPanelConnected = false;
+    QTimer m_timerPlay;
+
+    TabWidget* m_pTabWidget = nullptr;
+    QToolBox* m_pToolBox = nullptr;
+    MessageEdit* m_pMessageEdit = nullptr;
+    QProgressBar* m_pProgressBar = nullptr;
+    QSlider* m_pFrameSlider = nullptr;
+    QSpinBox* m_pFrameSpin = nullptr;
+    QComboBox* m_pScaleCombo = nullptr;
+    OriginalImgScene* m_pFrameScene = nullptr;
+    BaseImgView* m_pFrameView = nullptr;
+    TextDataWidget* m_pTextData = nullptr;
+    QGraphicsLineItem* m_pAxisLine = nullptr;
+    QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
+    WindowActions* m_pActions = nullptr;
+
+    FramesPage* m_pFramesPage = nullptr;
+    ShiftPage* m_pShiftPage = nullptr;
+    PeakSearchPage* m_pPeakSearchPage = nullptr;
+    MergingPage* m_pMergingPage = nullptr;
+    CellPage* m_pCellPage = nullptr;
+    RefinementPage* m_pRefinementPage = nullptr;
+    View3DPage* m_pView3DPage = nullptr;
+
+    QList<CrossItem*> m_listCrossMark;
+    QList<CircleItem*> m_listCircleMark;
+    QList<TextItem*> m_listTextMark;
+    QList<QGraphicsPolygonItem*> m_listMaskItem;
+};
