@@ -19,39 +19,39 @@
 /// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
 /// lies further down the road standing; counts of frames are checked where the data are used.
 struct DataSet {
-    QString m_strWorkingDir;               ///< start folder of every file dialog
+    QString m_strWorkingDir;  ///< start folder of every file dialog
     QString m_strProjectDir;
     QString m_strProjectName;
-    QStringList m_listFrameFile;           ///< full path of each frame in series order
-    QList<double> m_listStageTilt;         ///< degrees, one per frame
+    QStringList m_listFrameFile;    ///< full path of each frame in series order
+    QList<double> m_listStageTilt;  ///< degrees, one per frame
     QList<double> m_listBeamTilt;
-    QList<double> m_listOverallTilt;       ///< the angle that the geometry uses
-    QList<int> m_listBeamTiltBreak;        ///< 1 where a beam tilt series starts
-    QList<QPoint> m_listHotPixel;          ///< pixels to repair on every frame
-    double m_dfWavelength = 0.0251;        ///< Å
-    double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
-    double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
-    double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
-    double m_dfStretchAmplitude = 0;       ///< per cent
-    double m_dfStretchAzimuth = 0;         ///< degrees
-    QList<QPointF> m_listShift;            ///< pixels with respect to the first frame
-    double m_dfCenterX = 0;                ///< direct beam on the first frame, pixels
+    QList<double> m_listOverallTilt;  ///< the angle that the geometry uses
+    QList<int> m_listBeamTiltBreak;   ///< 1 where a beam tilt series starts
+    QList<QPoint> m_listHotPixel;     ///< pixels to repair on every frame
+    double m_dfWavelength = 0.0251;   ///< Å
+    double m_dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
+    double m_dfRotationAxis = 0;      ///< degrees, counter-clockwise on the screen from 3 o'clock
+    double m_dfTiltRelaxation = 0;    ///< degrees, spread evenly over the series
+    double m_dfStretchAmplitude = 0;  ///< per cent
+    double m_dfStretchAzimuth = 0;    ///< degrees
+    QList<QPointF> m_listShift;       ///< pixels with respect to the first frame
+    double m_dfCenterX = 0;           ///< direct beam on the first frame, pixels
     double m_dfCenterY = 0;
-    QList<Vec3D> m_listCellFound;          ///< a*, b*, c* as found or loaded; any count but 3: no cell
-    QList<Vec3D> m_listCell;               ///< the cell in force
-    QList<QList<Peak3D>> m_listPeakFrame;  ///< all peaks per frame
+    QList<Vec3D> m_listCellFound;                 ///< a*, b*, c* as found or loaded; any count but 3: no cell
+    QList<Vec3D> m_listCell;                      ///< the cell in force
+    QList<QList<Peak3D>> m_listPeakFrame;         ///< all peaks per frame
     QVector<QVector<QList<int>>> m_vecPeakGroup;  ///< group numbers per frame and peak
     QList<QList<Peak3D>> m_listPeakFrameShown;    ///< after the intensity and resolution limits
-    QList<Peak3D> m_listPeakMergedShown;   ///< reflections and the single peaks of streaks
-    QList<Peak3D> m_listPeakMerged;        ///< reflections only
-    QList<QList<Peak3D>> m_listPeakChain;  ///< per nID the frame peaks, centre-relative
+    QList<Peak3D> m_listPeakMergedShown;          ///< reflections and the single peaks of streaks
+    QList<Peak3D> m_listPeakMerged;               ///< reflections only
+    QList<QList<Peak3D>> m_listPeakChain;         ///< per nID the frame peaks, centre-relative
     QVector<QList<Peak3D>> m_vecPeakIndexedOnFrame;
-    std::vector<int> m_vecReflectionFrame; ///< per nID the frame where the reflection is strongest
-    int m_nIntensityMode = 0;              ///< 0 dfIPoint, 1 dfI2D
-    ImageList m_vecFrameImage;             ///< images of the current frame
+    std::vector<int> m_vecReflectionFrame;  ///< per nID the frame where the reflection is strongest
+    int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
+    ImageList m_vecFrameImage;              ///< images of the current frame
     MaskData m_maskPeakHunting;
     CSpaceGroup m_spaceGroup;
-    bool m_bAutoContrastOnLoad = true;     ///< the next display derives the contrast limits
+    bool m_bAutoContrastOnLoad = true;  ///< the next display derives the contrast limits
     bool m_bRunning = false;
     bool m_bHuntingRunning = false;
 };

@@ -27,18 +27,18 @@ public:
     /// The same for the content of a file; `strFileName` gives folder and name and need not exist.
     [[nodiscard]] bool readBytes(const QByteArray& bytesFile, const QString& strFileName);
 
-    double wavelength() const { return m_dfWavelength; }                ///< Å
-    double rotationAxis() const { return m_dfRotationAxis; }            ///< degrees
-    double pixelSize() const { return m_dfPixelSize; }                  ///< Å⁻¹ per pixel
-    double stretchingAmplitude() const { return m_dfStretchAmplitude; } ///< per cent
-    double stretchingAzimuth() const { return m_dfStretchAzimuth; }     ///< degrees, as in the file
-    const QStringList& frameFiles() const { return m_listFrameFile; }   ///< full paths in series order
-    const QList<double>& stageTilts() const { return m_listStageTilt; } ///< degrees, one per frame
+    double wavelength() const { return m_dfWavelength; }                 ///< Å
+    double rotationAxis() const { return m_dfRotationAxis; }             ///< degrees
+    double pixelSize() const { return m_dfPixelSize; }                   ///< Å⁻¹ per pixel
+    double stretchingAmplitude() const { return m_dfStretchAmplitude; }  ///< per cent
+    double stretchingAzimuth() const { return m_dfStretchAzimuth; }      ///< degrees, as in the file
+    const QStringList& frameFiles() const { return m_listFrameFile; }    ///< full paths in series order
+    const QList<double>& stageTilts() const { return m_listStageTilt; }  ///< degrees, one per frame
     const QList<double>& beamTilts() const { return m_listBeamTilt; }
     const QList<double>& overallTilts() const { return m_listOverallTilt; }
-    const QString& baseName() const { return m_strBaseName; }           ///< without folder and suffix
-    const QString& folder() const { return m_strFolder; }               ///< absolute
-    const QString& errorText() const { return m_strError; }             ///< empty after a good read
+    const QString& baseName() const { return m_strBaseName; }  ///< without folder and suffix
+    const QString& folder() const { return m_strFolder; }      ///< absolute
+    const QString& errorText() const { return m_strError; }    ///< empty after a good read
 
 private:
     bool fail(const QString& strError);

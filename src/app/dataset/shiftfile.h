@@ -11,7 +11,7 @@
 
 /// The content of a shift file. Pixels of the raw frame.
 struct ShiftData {
-    double dfCenterX = 0;      ///< direct beam on the first frame
+    double dfCenterX = 0;  ///< direct beam on the first frame
     double dfCenterY = 0;
     QList<QPointF> listShift;  ///< per frame, with respect to the first
 };
