@@ -18,24 +18,35 @@ TEST(LatticeMatch, TellsBasesOfOneLatticeFromOthers)
 {
     const Truth truth;
     const Matrix3 matPrimitive = truth.matPrimitive * truth.matBasis;
-    const struct { const char* pCase; Matrix3 matFound; LatticeMatch::Relation relation; int nIndex; } aRow[] = {
+    const struct {
+        const char* pCase;
+        Matrix3 matFound;
+        LatticeMatch::Relation relation;
+        int nIndex;
+    } aRow[] = {
         {"primitive", matPrimitive, LatticeMatch::Same, 1},
-        {"other basis", Matrix3{Vector3{1, 2, 0}, Vector3{0, 1, -1}, Vector3{0, 0, -1}} * matPrimitive, LatticeMatch::Same, 1},
+        {"other basis", Matrix3{Vector3{1, 2, 0}, Vector3{0, 1, -1}, Vector3{0, 0, -1}} * matPrimitive,
+         LatticeMatch::Same, 1},
         {"conventional", truth.matBasis, LatticeMatch::Centred, 2},
-        {"axis doubled", Matrix3{Vector3{0.5, 0, 0}, Vector3{0, 1, 0}, Vector3{0, 0, 1}} * matPrimitive, LatticeMatch::Supercell, 2},
-        {"axis halved", Matrix3{Vector3{1, 0, 0}, Vector3{0, 2, 0}, Vector3{0, 0, 1}} * matPrimitive, LatticeMatch::Subcell, 2},
+        {"axis doubled", Matrix3{Vector3{0.5, 0, 0}, Vector3{0, 1, 0}, Vector3{0, 0, 1}} * matPrimitive,
+         LatticeMatch::Supercell, 2},
+        {"axis halved", Matrix3{Vector3{1, 0, 0}, Vector3{0, 2, 0}, Vector3{0, 0, 1}} * matPrimitive,
+         LatticeMatch::Subcell, 2},
         {"co-planar", {matPrimitive[0], matPrimitive[1], matPrimitive[0]}, LatticeMatch::None, 0},
-        {"unrelated", Matrix3{Vector3{1.3, 0, 0.4}, Vector3{0, 0.7, 0}, Vector3{0.2, 0, 1.4}} * matPrimitive, LatticeMatch::None, 0}};
+        {"unrelated", Matrix3{Vector3{1.3, 0, 0.4}, Vector3{0, 0.7, 0}, Vector3{0.2, 0, 1.4}} * matPrimitive,
+         LatticeMatch::None, 0}};
     for (const auto& row : aRow) {
         const LatticeMatch match = matchLattice(row.matFound, truth.matBasis, truth.matPrimitive);
         EXPECT_EQ(match.relation, row.relation) << row.pCase;
         EXPECT_EQ(match.nIndex, row.nIndex) << row.pCase;
-        EXPECT_EQ(match.isRight(), row.relation == LatticeMatch::Same || row.relation == LatticeMatch::Centred);
+        EXPECT_EQ(match.isRight(),
+                  row.relation == LatticeMatch::Same || row.relation == LatticeMatch::Centred);
         if (row.relation == LatticeMatch::None)
             continue;
         // Indices brought over name the same vector.
         const Vector3 vecIndex{2, -3, 1};
-        EXPECT_LT(lengthOf(vecIndex * row.matFound - vecIndex * match.matToTrue * truth.matBasis), 1e-12) << row.pCase;
+        EXPECT_LT(lengthOf(vecIndex * row.matFound - vecIndex * match.matToTrue * truth.matBasis), 1e-12)
+            << row.pCase;
         for (int i = 0; i < 3; ++i) {
             EXPECT_NEAR(match.adfLengthError[i], 0, 1e-9) << row.pCase;
             EXPECT_NEAR(match.adfAngleError[i], 0, 1e-9) << row.pCase;
@@ -47,8 +58,9 @@ TEST(LatticeMatch, TellsErrorsInTheTrueSetting)
 {
     const Truth truth;
     Matrix3 matOff = reciprocalBasisOfCell({9.746 * 1.01, 8.899, 5.251, 90, 106.13, 90});
-    const LatticeMatch match = matchLattice(Matrix3{Vector3{0, 1, 1}, Vector3{1, 0, 0}, Vector3{0, 0, 1}} *
-                                                (truth.matPrimitive * matOff), truth.matBasis, truth.matPrimitive);
+    const LatticeMatch match = matchLattice(
+        Matrix3{Vector3{0, 1, 1}, Vector3{1, 0, 0}, Vector3{0, 0, 1}} * (truth.matPrimitive * matOff),
+        truth.matBasis, truth.matPrimitive);
     ASSERT_EQ(match.relation, LatticeMatch::Same);
     EXPECT_NEAR(match.adfLengthError[0], 1, 1e-9);
     EXPECT_NEAR(match.adfLengthError[1], 0, 1e-9);
@@ -68,11 +80,11 @@ TEST(SeriesComparison, CountsRightWrongStrayAndFound)
                        {1, 100, 100, 0, 2, 1, 60, 6, 0},
                        {1, 10, 10, 3, 1, 0, 10, 2, 0}};
     // On the primitive basis (1,1,0), (-1,1,0), (0,0,1): 110 is 1 0 0, 200 is 1 -1 0, 021 is 1 1 1.
-    const std::vector<ReadPeak> listIndexed = {{0, 101.5, 100, 1, 0, 0},   // right
-                                               {0, 150, 98, 1, 1, 0},      // wrong
-                                               {1, 101, 101, 1, 1, 1},     // right
-                                               {1, 10, 15, 1, 0, 0},       // stray
-                                               {5, 10, 10, 1, 0, 0}};      // no such frame
+    const std::vector<ReadPeak> listIndexed = {{0, 101.5, 100, 1, 0, 0},  // right
+                                               {0, 150, 98, 1, 1, 0},     // wrong
+                                               {1, 101, 101, 1, 1, 1},    // right
+                                               {1, 10, 15, 1, 0, 0},      // stray
+                                               {5, 10, 10, 1, 0, 0}};     // no such frame
     const Matrix3 matFound = truth.matPrimitive * truth.matBasis;
     const SeriesComparison c = compareWithTruth(series, listIndexed, listIndexed, &matFound);
     EXPECT_EQ(c.nIndexed, 5);

@@ -2,10 +2,10 @@
 #include "simulate/scatteringfactors.h"
 #include "simulate/structurefactor.h"
 
+#include <gtest/gtest.h>
 #include <gemmi/c4322.hpp>
 #include <gemmi/it92.hpp>
 #include <gemmi/sfcalc.hpp>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -63,12 +63,16 @@ TEST(Crystals, StructureFactorsAreThoseOfAnotherLibrary)
 
 TEST(Crystals, CellsHoldTheirFormulaUnits)
 {
-    const struct { const char* pName; int nAtoms; double dfVolume; } aRow[] = {
-        {"silicon", 8, 160.19},   {"pyrope", 160, 1504.67}, {"sodalite", 46, 700.70},  // Na8Al6Si6O24Cl2
-        {"beryl", 58, 675.97},    {"quartz", 9, 113.13},    {"calcite", 30, 367.85},
-        {"akermanite", 24, 307.55}, {"anatase", 12, 136.25}, {"forsterite", 28, 289.58},
+    const struct {
+        const char* pName;
+        int nAtoms;
+        double dfVolume;
+    } aRow[] = {
+        {"silicon", 8, 160.19},      {"pyrope", 160, 1504.67}, {"sodalite", 46, 700.70},  // Na8Al6Si6O24Cl2
+        {"beryl", 58, 675.97},       {"quartz", 9, 113.13},    {"calcite", 30, 367.85},
+        {"akermanite", 24, 307.55},  {"anatase", 12, 136.25},  {"forsterite", 28, 289.58},
         {"natrolite", 152, 2246.15},  // 8 Na2Al2Si3O10 2H2O without the hydrogen
-        {"diopside", 40, 438.6},  {"kyanite", 32, 293.6}};
+        {"diopside", 40, 438.6},     {"kyanite", 32, 293.6}};
     EXPECT_EQ(crystalStructures().size(), std::size(aRow));
     for (const auto& row : aRow) {
         const CrystalStructure* pStructure = findCrystalStructure(QLatin1String(row.pName));
@@ -85,7 +89,9 @@ TEST(Crystals, CellsHoldTheirFormulaUnits)
 TEST(Crystals, SiliconFollowsTheDiamondRule)
 {
     const CStructureFactor silicon(*findCrystalStructure(QStringLiteral("silicon")), 0);
-    const auto f = [](int nSum) { return electronScatteringFactor(QStringLiteral("Si"), std::sqrt(nSum) / 5.4310 / 2); };
+    const auto f = [](int nSum) {
+        return electronScatteringFactor(QStringLiteral("Si"), std::sqrt(nSum) / 5.4310 / 2);
+    };
     EXPECT_NEAR(std::abs(silicon.value(1, 1, 1)), 4 * std::sqrt(2.0) * f(3), 1e-9);
     EXPECT_NEAR(std::abs(silicon.value(2, 2, 0)), 8 * f(8), 1e-9);
     EXPECT_NEAR(std::abs(silicon.value(2, 2, 2)), 0, 1e-9);
@@ -99,29 +105,36 @@ TEST(Crystals, SiliconFollowsTheDiamondRule)
 TEST(Crystals, ListsLeaveOutWhatSymmetryForbidsAndNothingElse)
 {
     // Conditions of the International Tables, volume A; what they allow must be there.
-    const struct { const char* pName; bool (*isAllowed)(int, int, int); } aRow[] = {
-        {"quartz", [](int h, int k, int l) { return h != 0 || k != 0 || l % 3 == 0; }},
-        {"forsterite", [](int h, int k, int l) {
-             return (h != 0 || k % 2 == 0) && (k != 0 || (h + l) % 2 == 0) && (h != 0 || k != 0 || l % 2 == 0);
-         }},
-        {"diopside", [](int h, int k, int l) { return (h + k) % 2 == 0 && (k != 0 || l % 2 == 0); }},
-        {"natrolite", [](int h, int k, int l) {
-             return (h + k) % 2 == 0 && (k + l) % 2 == 0 && (h != 0 || (k + l) % 4 == 0) &&
-                    (k != 0 || (h + l) % 4 == 0);
-         }},
-        {"kyanite", [](int, int, int) { return true; }}};
+    const struct {
+        const char* pName;
+        bool (*isAllowed)(int, int, int);
+    } aRow[] = {{"quartz", [](int h, int k, int l) { return h != 0 || k != 0 || l % 3 == 0; }},
+                {"forsterite",
+                 [](int h, int k, int l) {
+                     return (h != 0 || k % 2 == 0) && (k != 0 || (h + l) % 2 == 0) &&
+                            (h != 0 || k != 0 || l % 2 == 0);
+                 }},
+                {"diopside", [](int h, int k, int l) { return (h + k) % 2 == 0 && (k != 0 || l % 2 == 0); }},
+                {"natrolite",
+                 [](int h, int k, int l) {
+                     return (h + k) % 2 == 0 && (k + l) % 2 == 0 && (h != 0 || (k + l) % 4 == 0) &&
+                            (k != 0 || (h + l) % 4 == 0);
+                 }},
+                {"kyanite", [](int, int, int) { return true; }}};
     for (const auto& row : aRow) {
         const CStructureFactor crystal(*findCrystalStructure(QLatin1String(row.pName)));
         int nAllowed = 0;
         for (int h = -30; h <= 30; ++h)
             for (int k = -30; k <= 30; ++k)
                 for (int l = -30; l <= 30; ++l) {
-                    const double df = lengthOf(Vector3{double(h), double(k), double(l)} * crystal.reciprocalBasis());
+                    const double df =
+                        lengthOf(Vector3{double(h), double(k), double(l)} * crystal.reciprocalBasis());
                     nAllowed += df > 0 && df < 0.8 && row.isAllowed(h, k, l);
                 }
         const auto list = crystal.reflections(0.8);
         for (const Reflection& r : list)
-            EXPECT_TRUE(row.isAllowed(r.nH, r.nK, r.nL)) << row.pName << ' ' << r.nH << ' ' << r.nK << ' ' << r.nL;
+            EXPECT_TRUE(row.isAllowed(r.nH, r.nK, r.nL))
+                << row.pName << ' ' << r.nH << ' ' << r.nK << ' ' << r.nL;
         EXPECT_NEAR(double(list.size()), nAllowed, 0.01 * nAllowed) << row.pName;  // a few are 0 by chance
     }
 }
@@ -134,7 +147,8 @@ TEST(ScatteringFactor, FollowsTheMottBetheFormula)
         for (double dfS : {0.3, 0.5, 0.8, 1.2}) {
             const double dfX = gemmi::IT92<double>::get(element.elem).calculate_sf(dfS * dfS);
             const double dfExpected = 0.0239336 * (element.atomic_number() - dfX) / (dfS * dfS);
-            EXPECT_NEAR(electronScatteringFactor(QLatin1String(p), dfS), dfExpected, 0.02 * dfExpected) << p << dfS;
+            EXPECT_NEAR(electronScatteringFactor(QLatin1String(p), dfS), dfExpected, 0.02 * dfExpected)
+                << p << dfS;
         }
     }
     EXPECT_TRUE(std::isnan(electronScatteringFactor(QStringLiteral("Xx"), 0.1)));
@@ -150,9 +164,14 @@ TEST(Symmetry, TripletsReadAndPrimitiveBasesHaveTheVolumeOfTheCentring)
     EXPECT_NEAR(vec[2], 0.5 + 2.0 / 3 - 1, 1e-12);
     for (const char* p : {"", "x,y", "x,y,", "x,y,w", "x,y,z+1/5", "x,y,z+1/0"})
         EXPECT_FALSE(parseTriplet(QLatin1String(p), operation)) << p;
-    const struct { const char* pName; double dfVolume; } aRow[] = {
-        {"silicon", 4}, {"pyrope", 2}, {"calcite", 3}, {"natrolite", 4}, {"diopside", 2}, {"kyanite", 1}};
+    const struct {
+        const char* pName;
+        double dfVolume;
+    } aRow[] = {{"silicon", 4},   {"pyrope", 2},   {"calcite", 3},
+                {"natrolite", 4}, {"diopside", 2}, {"kyanite", 1}};
     for (const auto& row : aRow)
-        EXPECT_DOUBLE_EQ(determinantOf(CStructureFactor(*findCrystalStructure(QLatin1String(row.pName))).primitiveBasis()),
-                         row.dfVolume) << row.pName;
+        EXPECT_DOUBLE_EQ(
+            determinantOf(CStructureFactor(*findCrystalStructure(QLatin1String(row.pName))).primitiveBasis()),
+            row.dfVolume)
+            << row.pName;
 }

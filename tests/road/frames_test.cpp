@@ -8,8 +8,8 @@
 #include "simulate/randomsource.h"
 #include "simulate/truthfile.h"
 
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <functional>
@@ -88,7 +88,8 @@ TEST(Frames, SpotsHoldTheirCountsAndTheNoiseIsTheOneTold)
                 }
                 if (std::none_of(series.listHotPixel.begin(), series.listHotPixel.end(),
                                  [&](const QPoint& pt) { return pt == QPoint(x, y); })) {
-                    dfDeviation += std::pow(listNoisy[i] - listWith[i], 2) / (listWith[i] + p.dfReadNoise * p.dfReadNoise);
+                    dfDeviation += std::pow(listNoisy[i] - listWith[i], 2) /
+                                   (listWith[i] + p.dfReadNoise * p.dfReadNoise);
                     ++nPixels;
                 }
             }
@@ -120,13 +121,18 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
     const SimulatedSeries series = simulated(p);
     const std::vector<float> listPixel = renderFrame(series, 2);
     QTemporaryDir dir;
-    const struct { FrameFormat format; std::function<double(float)> expected; } aRow[] = {
-        {FrameFormat::Mrc16, [](float f) { return std::clamp(std::floor(double(f) + 0.5), -32768.0, 32767.0); }},
+    const struct {
+        FrameFormat format;
+        std::function<double(float)> expected;
+    } aRow[] = {
+        {FrameFormat::Mrc16,
+         [](float f) { return std::clamp(std::floor(double(f) + 0.5), -32768.0, 32767.0); }},
         {FrameFormat::MrcU16, [](float f) { return std::clamp(std::floor(double(f) + 0.5), 0.0, 65535.0); }},
         {FrameFormat::MrcFloat, [](float f) { return double(f); }},
         {FrameFormat::Dm3, [](float f) { return std::floor(double(f) + 0.5); }},
         // A grey step is 4 counts on writing and 64 on reading.
-        {FrameFormat::Png8, [](float f) { return 64 * std::clamp(std::floor(double(f / 4) + 0.5), 0.0, 255.0); }}};
+        {FrameFormat::Png8,
+         [](float f) { return 64 * std::clamp(std::floor(double(f / 4) + 0.5), 0.0, 255.0); }}};
     for (const auto& row : aRow) {
         const QString strFile = dir.filePath(QStringLiteral("frame.") + frameExtension(row.format));
         ASSERT_TRUE(writeFrame(strFile, listPixel, p.nSize, p.nSize, row.format));
@@ -136,13 +142,15 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
         ASSERT_EQ(listImage.size(), 1u);
         ASSERT_EQ(listImage[0]->Width(), p.nSize);
         for (size_t i = 0; i < listPixel.size(); ++i)
-            ASSERT_EQ(listImage[0]->Data()[i], float(row.expected(listPixel[i]))) << int(row.format) << ' ' << i;
+            ASSERT_EQ(listImage[0]->Data()[i], float(row.expected(listPixel[i])))
+                << int(row.format) << ' ' << i;
     }
     // Oblong, and with big-endian data.
     const std::vector<float> listOblong(listPixel.begin(), listPixel.begin() + 50 * 30);
     const QByteArray bytes = encodeDm3(listOblong, 50, 30, true);
     CImgObj<float> image;
-    ASSERT_EQ(readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), image), 1);
+    ASSERT_EQ(readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), image),
+              1);
     EXPECT_EQ(image.Width(), 50);
     EXPECT_EQ(image.Height(), 30);
     EXPECT_EQ(image.Data()[777], std::floor(listOblong[777] + 0.5f));

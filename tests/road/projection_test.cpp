@@ -48,7 +48,11 @@ TEST(Projection, SpotsObeyBraggsLawAndTurnAboutTheAxis)
                                Vector3{-0.2, -0.3, -0.15}, Vector3{0.0, 0.4, 0.1}}) {
         double dfTilt = 0;
         const double dfGuess = std::atan2(vec[2], vec[1]) * 180 / PI;
-        if (!exactTilt(projection, vec, dfGuess > 90 ? dfGuess - 180 : dfGuess < -90 ? dfGuess + 180 : dfGuess, dfTilt))
+        if (!exactTilt(projection, vec,
+                       dfGuess > 90    ? dfGuess - 180
+                       : dfGuess < -90 ? dfGuess + 180
+                                       : dfGuess,
+                       dfTilt))
             continue;
         ++nChecked;
         const Vector3 vecTurned = projection.turned(vec, dfTilt);
@@ -79,11 +83,13 @@ TEST(Projection, DistortionLengthensAlongItsAzimuthAsSeenOnTheScreen)
 
 TEST(Projection, MeanRockingCurveIsTheNumericalMean)
 {
-    for (const auto& [dfFirst, dfLast] : {std::pair(-0.004, 0.009), {0.012, 0.003}, {0.002, 0.002 + 1e-10}, {-0.02, 0.02}}) {
+    for (const auto& [dfFirst, dfLast] :
+         {std::pair(-0.004, 0.009), {0.012, 0.003}, {0.002, 0.002 + 1e-10}, {-0.02, 0.02}}) {
         const double dfWidth = 0.005;
         double dfSum = 0;
         for (int i = 0; i < 4000; ++i)
-            dfSum += std::exp(-0.5 * std::pow((dfFirst + (i + 0.5) / 4000 * (dfLast - dfFirst)) / dfWidth, 2));
+            dfSum +=
+                std::exp(-0.5 * std::pow((dfFirst + (i + 0.5) / 4000 * (dfLast - dfFirst)) / dfWidth, 2));
         EXPECT_NEAR(meanRockingCurve(dfFirst, dfLast, dfWidth), dfSum / 4000, 1e-6);
     }
 }
@@ -92,8 +98,9 @@ TEST(Projection, MeanRockingCurveIsTheNumericalMean)
 // must come back to its lattice point.
 TEST(Mapping, BringsSimulatedSpotsBackToTheirLatticePoints)
 {
-    const struct { double dfAxis, dfStretch, dfAzimuth, dfRelaxation; } aRow[] = {
-        {-38.5, 0, 0, 0}, {140.5, 1.42, 82, 0}, {90, 3, 10, 0}, {0, 0, 0, 2.5}};
+    const struct {
+        double dfAxis, dfStretch, dfAzimuth, dfRelaxation;
+    } aRow[] = {{-38.5, 0, 0, 0}, {140.5, 1.42, 82, 0}, {90, 3, 10, 0}, {0, 0, 0, 2.5}};
     for (const auto& row : aRow) {
         SimulationParameters p = parametersOf("diopside");
         p.dfAxis = row.dfAxis;
@@ -140,7 +147,8 @@ TEST(Mapping, BringsSimulatedSpotsBackToTheirLatticePoints)
         ASSERT_TRUE(transformPeaksTo3D(data, mapping, report));
         for (int n = 0; n < nFrames; ++n) {
             const Peak3D& peak = data.m_listPeakFrame[n][0];
-            ASSERT_LT(lengthOf(Vector3{peak.fX3D, peak.fY3D, peak.fZ3D} - listExpected[n]), 1e-5) << row.dfAxis << ' ' << n;
+            ASSERT_LT(lengthOf(Vector3{peak.fX3D, peak.fY3D, peak.fZ3D} - listExpected[n]), 1e-5)
+                << row.dfAxis << ' ' << n;
         }
     }
 }
@@ -158,7 +166,10 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
         SimulatedSeries series;
         QString strError;
         ASSERT_TRUE(simulateSeries(p, series, strError));
-        struct Total { double dfCounts = 0; int nFirst = 1 << 30, nLast = 0, nFrames = 0; };
+        struct Total {
+            double dfCounts = 0;
+            int nFirst = 1 << 30, nLast = 0, nFrames = 0;
+        };
         std::map<std::array<int, 3>, Total> mapTotal;
         for (const auto& list : series.listDrawn)
             for (const TruthSpot& spot : list) {
@@ -172,16 +183,21 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
         const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
         std::vector<double> listConstant;
         for (const auto& [index, total] : mapTotal) {
-            const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} * series.matBasis;
+            const Vector3 vec =
+                Vector3{double(index[0]), double(index[1]), double(index[2])} * series.matBasis;
             double dfTilt = 0;
             const double dfMiddle = p.dfTiltStart + (total.nFirst + total.nLast) / 2.0 * dfStep;
-            if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 || lengthOf(vec) > 0.9 ||
-                std::hypot(vec[1], vec[2]) < 0.3 || !exactTilt(projection, vec, dfMiddle, dfTilt))
+            if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 ||
+                lengthOf(vec) > 0.9 || std::hypot(vec[1], vec[2]) < 0.3 ||
+                !exactTilt(projection, vec, dfMiddle, dfTilt))
                 continue;
             EXPECT_EQ(total.nFrames, total.nLast - total.nFirst + 1);
-            const double dfSpeed = std::abs(projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -
-                                            projection.excitationError(projection.turned(vec, dfTilt - 0.01))) / 0.02;
-            listConstant.push_back(total.dfCounts * dfStep * dfSpeed / std::norm(crystal.value(index[0], index[1], index[2])));
+            const double dfSpeed =
+                std::abs(projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -
+                         projection.excitationError(projection.turned(vec, dfTilt - 0.01))) /
+                0.02;
+            listConstant.push_back(total.dfCounts * dfStep * dfSpeed /
+                                   std::norm(crystal.value(index[0], index[1], index[2])));
         }
         ASSERT_GT(listConstant.size(), 100u);
         const auto range = std::minmax_element(listConstant.begin(), listConstant.end());

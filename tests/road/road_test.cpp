@@ -1,9 +1,9 @@
 // The whole road on simulated series: frames in, cell and indices out, held against the truth.
 #include "simulate/seriescomparison.h"
 
+#include <gtest/gtest.h>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -20,9 +20,9 @@ int runProgram(const char* pName, const QStringList& listArgument, QString& strO
 
 struct RoadCase {
     const char* pCrystal;
-    const char* pOptions;      ///< of the simulator
+    const char* pOptions;  ///< of the simulator
     const char* pBatchOptions;
-    int nReflections;          ///< indexed peaks on the frames, at least
+    int nReflections;  ///< indexed peaks on the frames, at least
 };
 
 std::ostream& operator<<(std::ostream& stream, const RoadCase& road)
@@ -44,15 +44,23 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
     const RoadCase& road = GetParam();
     QTemporaryDir dir;
     QString strOutput;
-    ASSERT_EQ(runProgram("tessera-simulate", QStringList{QStringLiteral("--crystal"), QLatin1String(road.pCrystal),
-                                                         QStringLiteral("--out"), dir.path()} + words(road.pOptions),
-                         strOutput), 0) << strOutput.toStdString();
-    ASSERT_EQ(runProgram("tessera-batch", QStringList{dir.filePath(QStringLiteral("series.ed3d"))} + words(road.pBatchOptions),
-                         strOutput), 0) << strOutput.toStdString();
+    ASSERT_EQ(runProgram("tessera-simulate",
+                         QStringList{QStringLiteral("--crystal"), QLatin1String(road.pCrystal),
+                                     QStringLiteral("--out"), dir.path()} +
+                             words(road.pOptions),
+                         strOutput),
+              0)
+        << strOutput.toStdString();
+    ASSERT_EQ(runProgram("tessera-batch",
+                         QStringList{dir.filePath(QStringLiteral("series.ed3d"))} + words(road.pBatchOptions),
+                         strOutput),
+              0)
+        << strOutput.toStdString();
     SeriesComparison c;
     QString strError;
     ASSERT_TRUE(compareSeriesFiles(dir.filePath(QStringLiteral("series_truth.json")),
-                                   dir.filePath(QStringLiteral("series")), c, strError)) << strError.toStdString();
+                                   dir.filePath(QStringLiteral("series")), c, strError))
+        << strError.toStdString();
     SCOPED_TRACE(comparisonToText(c).toStdString());
     EXPECT_TRUE(c.lattice.isRight());
     for (int i = 0; i < 3; ++i) {
@@ -67,15 +75,15 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
 
 INSTANTIATE_TEST_SUITE_P(
     Crystals, Road,
-    testing::Values(
-        RoadCase{"silicon", "", "", 250},                                     // cubic F
-        RoadCase{"pyrope", "--format mrcu16", "", 3000},                      // cubic I
-        RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},             // hexagonal P
-        RoadCase{"calcite", "--format mrcfloat", "", 700},                    // rhombohedral R
-        RoadCase{"akermanite", "--spot-shape moffat", "", 2000},              // tetragonal P
-        RoadCase{"anatase", "--axis 90", "", 400},                            // tetragonal I
-        RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "", 3000},  // orthorhombic F
-        RoadCase{"forsterite", "--beam-tilt 10", "", 1500},                   // orthorhombic P
-        RoadCase{"diopside", "--drift 15", "", 1200},                         // monoclinic C
-        RoadCase{"kyanite", "--orientation 7", "", 1400}),                    // triclinic
+    testing::Values(RoadCase{"silicon", "", "", 250},                          // cubic F
+                    RoadCase{"pyrope", "--format mrcu16", "", 3000},           // cubic I
+                    RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},  // hexagonal P
+                    RoadCase{"calcite", "--format mrcfloat", "", 700},         // rhombohedral R
+                    RoadCase{"akermanite", "--spot-shape moffat", "", 2000},   // tetragonal P
+                    RoadCase{"anatase", "--axis 90", "", 400},                 // tetragonal I
+                    RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "",
+                             3000},                                      // orthorhombic F
+                    RoadCase{"forsterite", "--beam-tilt 10", "", 1500},  // orthorhombic P
+                    RoadCase{"diopside", "--drift 15", "", 1200},        // monoclinic C
+                    RoadCase{"kyanite", "--orientation 7", "", 1400}),   // triclinic
     [](const testing::TestParamInfo<RoadCase>& one) { return std::string(one.param.pCrystal); });

@@ -14,7 +14,8 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Compares the peak list (.pk), unit cell (.uc) and indexed peaks (.ipf) of a simulated series "
-        "with its truth.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable files."));
+        "with its truth.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable "
+        "files."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
     parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));

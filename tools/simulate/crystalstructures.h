@@ -15,11 +15,11 @@ struct AtomSite {
 
 /// A crystal as published, in the setting of the source.
 struct CrystalStructure {
-    QString strName;                  ///< what the option --crystal takes
-    QString strSpaceGroup;            ///< Hermann-Mauguin symbol
-    QString strSource;                ///< where cell and coordinates were published
-    std::array<double, 6> adfCell;    ///< a, b, c in Å, alpha, beta, gamma in degrees
-    QStringList listGenerator;        ///< triplets that make the whole group, centring included
+    QString strName;                ///< what the option --crystal takes
+    QString strSpaceGroup;          ///< Hermann-Mauguin symbol
+    QString strSource;              ///< where cell and coordinates were published
+    std::array<double, 6> adfCell;  ///< a, b, c in Å, alpha, beta, gamma in degrees
+    QStringList listGenerator;      ///< triplets that make the whole group, centring included
     std::vector<AtomSite> listSite;
 };
 

@@ -9,8 +9,7 @@ namespace {
 constexpr quint32 g_nTypeInt16 = 2, g_nTypeInt32 = 3, g_nTypeArray = 20;
 constexpr quint32 g_nPixelInt32 = 7;  // the image's own code for signed 32-bit pixels
 
-class TagWriter
-{
+class TagWriter {
 public:
     explicit TagWriter(bool bBigEndianData) : m_bBigEndianData(bBigEndianData) {}
 

@@ -46,12 +46,12 @@ bool writePng(const QString& strFileName, const std::vector<float>& listPixel, i
 QString frameExtension(FrameFormat format)
 {
     switch (format) {
-    case FrameFormat::Dm3:
-        return QStringLiteral("dm3");
-    case FrameFormat::Png8:
-        return QStringLiteral("png");
-    default:
-        return QStringLiteral("mrc");
+        case FrameFormat::Dm3:
+            return QStringLiteral("dm3");
+        case FrameFormat::Png8:
+            return QStringLiteral("png");
+        default:
+            return QStringLiteral("mrc");
     }
 }
 

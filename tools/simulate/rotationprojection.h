@@ -9,16 +9,15 @@
 /// Laboratory frame: x the rotation axis, z from the crystal towards the source, so that the beam
 /// runs along -z; the Ewald sphere passes through the origin with its centre at (0, 0, 1/lambda).
 /// Image x runs right, y down; the axis has the direction (cos, -sin) of its azimuth.
-class CRotationProjection
-{
+class CRotationProjection {
 public:
     /// @param dfWavelength      Å
     /// @param dfPixelSize       Å⁻¹ per pixel
     /// @param dfAxis            azimuth of the rotation axis, degrees
     /// @param dfStretchAmplitude, dfStretchAzimuth  elliptic distortion as the project file tells
     ///        it, per cent and degrees: the pattern is longer along the azimuth by the amplitude
-    CRotationProjection(double dfWavelength, double dfPixelSize, double dfAxis,
-                        double dfStretchAmplitude = 0, double dfStretchAzimuth = 0);
+    CRotationProjection(double dfWavelength, double dfPixelSize, double dfAxis, double dfStretchAmplitude = 0,
+                        double dfStretchAzimuth = 0);
 
     /// The reciprocal vector of a lattice point when the crystal stands at a tilt (degrees).
     Vector3 turned(const Vector3& vecLattice, double dfTilt) const;

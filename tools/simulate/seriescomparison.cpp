@@ -98,16 +98,16 @@ bool readCell(const QString& strFileName, Matrix3& mat)
 QString relationText(LatticeMatch::Relation relation)
 {
     switch (relation) {
-    case LatticeMatch::Same:
-        return QStringLiteral("same");
-    case LatticeMatch::Centred:
-        return QStringLiteral("centred");
-    case LatticeMatch::Supercell:
-        return QStringLiteral("supercell");
-    case LatticeMatch::Subcell:
-        return QStringLiteral("subcell");
-    default:
-        return QStringLiteral("none");
+        case LatticeMatch::Same:
+            return QStringLiteral("same");
+        case LatticeMatch::Centred:
+            return QStringLiteral("centred");
+        case LatticeMatch::Supercell:
+            return QStringLiteral("supercell");
+        case LatticeMatch::Subcell:
+            return QStringLiteral("subcell");
+        default:
+            return QStringLiteral("none");
     }
 }
 }  // namespace
@@ -178,17 +178,17 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
         }
         const Vector3 vec =
             Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} * comparison.lattice.matToTrue;
-        const bool bRight = comparison.lattice.relation != LatticeMatch::None &&
-                            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) < 1e-6;
+        const bool bRight =
+            comparison.lattice.relation != LatticeMatch::None &&
+            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) < 1e-6;
         ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
     }
 
     for (int n = 0; n < nFrames; ++n)
         for (const TruthSpot& spot : listSpot[n]) {
-            const bool bFound =
-                std::any_of(listPeakFrame[n].begin(), listPeakFrame[n].end(), [&](const ReadPeak& peak) {
-                    return isWithin(peak, spot.dfX, spot.dfY, dfRadius);
-                });
+            const bool bFound = std::any_of(
+                listPeakFrame[n].begin(), listPeakFrame[n].end(),
+                [&](const ReadPeak& peak) { return isWithin(peak, spot.dfX, spot.dfY, dfRadius); });
             for (int i = 0; i < 3; ++i)
                 if (spot.dfSignalToNoise >= comparison.adfRatio[i]) {
                     ++comparison.anSpots[i];

@@ -18,19 +18,20 @@ struct ReadPeak {
 /// How the lattice that a reciprocal basis spans stands to the true one.
 struct LatticeMatch {
     enum Relation {
-        None,        ///< no cell, or one without a simple relation to the true one
-        Same,        ///< another basis of the same lattice
-        Centred,     ///< a centred cell: the true lattice, on axes that are true lattice vectors
-        Supercell,   ///< a direct axis is a multiple of a true one: all reflections index, but too many indices
-        Subcell      ///< the direct cell is too small: only some reflections index
+        None,       ///< no cell, or one without a simple relation to the true one
+        Same,       ///< another basis of the same lattice
+        Centred,    ///< a centred cell: the true lattice, on axes that are true lattice vectors
+        Supercell,  ///< a direct axis is a multiple of a true one: all reflections index, but too many
+                    ///< indices
+        Subcell     ///< the direct cell is too small: only some reflections index
     };
     Relation relation = None;
-    int nIndex = 0;                   ///< ratio of the volumes
-    Matrix3 matToTrue{};              ///< row of found indices times this = indices on the true conventional cell
-    std::array<double, 6> adfCell{};  ///< the found cell brought to the true setting
+    int nIndex = 0;       ///< ratio of the volumes
+    Matrix3 matToTrue{};  ///< row of found indices times this = indices on the true conventional cell
+    std::array<double, 6> adfCell{};         ///< the found cell brought to the true setting
     std::array<double, 3> adfLengthError{};  ///< per cent
     std::array<double, 3> adfAngleError{};   ///< degrees
-    double dfMisfit = 0;              ///< largest distance of a matrix element from a whole number
+    double dfMisfit = 0;                     ///< largest distance of a matrix element from a whole number
     bool isRight() const { return relation == Same || relation == Centred; }
 };
 
@@ -45,14 +46,14 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
 struct SeriesComparison {
     LatticeMatch lattice;
     bool bCellRead = false;
-    int nPeaks = 0;               ///< in the peak list
-    int nIndexed = 0;             ///< rows of the .ipf file
-    int nIndexedRight = 0;        ///< with the indices of the strongest truth spot within the radius
+    int nPeaks = 0;         ///< in the peak list
+    int nIndexed = 0;       ///< rows of the .ipf file
+    int nIndexedRight = 0;  ///< with the indices of the strongest truth spot within the radius
     int nIndexedWrong = 0;
-    int nIndexedStray = 0;        ///< no truth spot within the radius
+    int nIndexedStray = 0;                      ///< no truth spot within the radius
     std::array<double, 3> adfRatio{5, 10, 20};  ///< signal-to-noise limits
-    std::array<int, 3> anSpots{}; ///< truth spots at or above each limit
-    std::array<int, 3> anFound{}; ///< of these, with a peak within the radius
+    std::array<int, 3> anSpots{};               ///< truth spots at or above each limit
+    std::array<int, 3> anFound{};               ///< of these, with a peak within the radius
     double rightShare() const { return nIndexed > 0 ? double(nIndexedRight) / nIndexed : 0; }
     double foundShare(int nLimit) const
     {

@@ -84,8 +84,9 @@ int main(int argc, char** argv)
         {"wavelength", "Wavelength, Å.", &p.dfWavelength},
         {"axis", "Azimuth of the rotation axis on the frame, degrees.", &p.dfAxis},
         {"tilt-start", "Tilt of the first frame, degrees.", &p.dfTiltStart},
-        {"tilt-step", "Tilt step, degrees. Fine steps spread a reflection over more frames; 120 frames of 0.5 "
-                      "cover 60 degrees, of 1.0 cover 120, with most reflections on one or two frames.",
+        {"tilt-step",
+         "Tilt step, degrees. Fine steps spread a reflection over more frames; 120 frames of 0.5 "
+         "cover 60 degrees, of 1.0 cover 120, with most reflections on one or two frames.",
          &p.dfTiltStep},
         {"beam-x", "Direct beam on the first frame, column, pixels.", &p.dfCenterX},
         {"beam-y", "Direct beam on the first frame, row, pixels.", &p.dfCenterY},
@@ -96,7 +97,8 @@ int main(int argc, char** argv)
         {"background", "Background far from the beam, counts per pixel; five times that at the beam.",
          &p.dfBackground},
         {"read-noise", "Read noise, counts, standard deviation.", &p.dfReadNoise},
-        {"rocking", "Standard deviation of the rocking curve in the excitation error, 1/Å: shape, precession.",
+        {"rocking",
+         "Standard deviation of the rocking curve in the excitation error, 1/Å: shape, precession.",
          &p.dfRocking},
         {"mosaicity", "Standard deviation of the mosaic spread, degrees.", &p.dfMosaicity},
         {"spot-sigma", "Size of a spot, pixels.", &p.dfSpotSigma},
@@ -125,8 +127,9 @@ int main(int argc, char** argv)
                           QStringLiteral("value"), strDefault});
     };
     parser.addOption({QStringLiteral("list"), QStringLiteral("List the crystals and their sources.")});
-    parser.addOption({QStringLiteral("demo"),
-                      QStringLiteral("The demonstration: as --preset clean, but with drift and hot pixels.")});
+    parser.addOption(
+        {QStringLiteral("demo"),
+         QStringLiteral("The demonstration: as --preset clean, but with drift and hot pixels.")});
     parser.addOption({QStringLiteral("preset"),
                       QStringLiteral("Start from clean, demo, hard (drift, noise, saturation, distortion) or "
                                      "beamtilt (fine steps by beam tilt); other options still count."),
@@ -220,9 +223,10 @@ int main(int argc, char** argv)
             setStrong.insert({spot.nH, spot.nK, spot.nL});
         }
     }
-    std::printf("%d frames of %s in %s: %.1f spots a frame with a signal-to-noise ratio of 5 and more, "
-                "%d reflections; the strongest spot has %.0f counts\n",
-                p.nFrames, qPrintable(p.strCrystal), qPrintable(QDir::toNativeSeparators(p.strDirectory)),
-                double(nStrong) / p.nFrames, int(setStrong.size()), dfMost);
+    std::printf(
+        "%d frames of %s in %s: %.1f spots a frame with a signal-to-noise ratio of 5 and more, "
+        "%d reflections; the strongest spot has %.0f counts\n",
+        p.nFrames, qPrintable(p.strCrystal), qPrintable(QDir::toNativeSeparators(p.strDirectory)),
+        double(nStrong) / p.nFrames, int(setStrong.size()), dfMost);
     return 0;
 }

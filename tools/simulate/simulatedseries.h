@@ -10,23 +10,23 @@
 
 /// One spot as it must show on its frame.
 struct TruthSpot {
-    int nFrame = 0;                 ///< from 0
-    double dfX = 0, dfY = 0;        ///< pixels; whole numbers are pixel centres
+    int nFrame = 0;           ///< from 0
+    double dfX = 0, dfY = 0;  ///< pixels; whole numbers are pixel centres
     int nH = 0, nK = 0, nL = 0;
-    double dfCounts = 0;            ///< expected counts of the spot in its disc, without background
-    double dfSignalToNoise = 0;     ///< counts / sqrt(counts + background + read noise variance) in the disc
-    double dfExcitation = 0;        ///< excitation error at the middle of the frame's slice, Å⁻¹
+    double dfCounts = 0;         ///< expected counts of the spot in its disc, without background
+    double dfSignalToNoise = 0;  ///< counts / sqrt(counts + background + read noise variance) in the disc
+    double dfExcitation = 0;     ///< excitation error at the middle of the frame's slice, Å⁻¹
 };
 
 /// A series with its truth.
 struct SimulatedSeries {
     SimulationParameters parameters;
-    std::array<double, 6> adfCell{};         ///< Å, degrees
-    Matrix3 matBasis{};                      ///< a*, b*, c* in the rows, laboratory frame at tilt 0, Å⁻¹
-    Matrix3 matPrimitive{};                  ///< primitive reciprocal basis as rows of indices
-    std::vector<double> listStage, listBeamTilt, listOverall;   ///< degrees, one per frame
-    std::vector<std::array<double, 2>> listShift;               ///< pixels, the first is 0
-    std::vector<TruthSpot> listSpot;         ///< frame by frame; those with a ratio of at least 0.5
+    std::array<double, 6> adfCell{};  ///< Å, degrees
+    Matrix3 matBasis{};               ///< a*, b*, c* in the rows, laboratory frame at tilt 0, Å⁻¹
+    Matrix3 matPrimitive{};           ///< primitive reciprocal basis as rows of indices
+    std::vector<double> listStage, listBeamTilt, listOverall;  ///< degrees, one per frame
+    std::vector<std::array<double, 2>> listShift;              ///< pixels, the first is 0
+    std::vector<TruthSpot> listSpot;                ///< frame by frame; those with a ratio of at least 0.5
     std::vector<std::vector<TruthSpot>> listDrawn;  ///< per frame, all spots that leave any count
     std::vector<QPoint> listHotPixel;
 };

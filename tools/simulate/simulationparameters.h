@@ -13,32 +13,32 @@ enum class SpotShape { Gaussian, Moffat };
 struct SimulationParameters {
     QString strCrystal = QStringLiteral("natrolite");
     int nFrames = 120;
-    int nSize = 512;                   ///< pixels per side
-    double dfPixelSize = 0.004;        ///< Å⁻¹ per pixel: 512 pixels reach 1.02 Å⁻¹
-    double dfWavelength = 0.0251;      ///< Å, 200 kV
-    double dfAxis = -38.5;             ///< azimuth of the rotation axis, degrees
-    double dfTiltStart = -30;          ///< degrees
-    double dfTiltStep = 0.5;           ///< degrees
-    int nOrientation = 1;              ///< seed of the crystal's orientation
-    std::uint64_t nSeed = 1;           ///< seed of drift, noise and hot pixels
-    double dfCenterX = 259.4;          ///< direct beam on the first frame, pixels
+    int nSize = 512;               ///< pixels per side
+    double dfPixelSize = 0.004;    ///< Å⁻¹ per pixel: 512 pixels reach 1.02 Å⁻¹
+    double dfWavelength = 0.0251;  ///< Å, 200 kV
+    double dfAxis = -38.5;         ///< azimuth of the rotation axis, degrees
+    double dfTiltStart = -30;      ///< degrees
+    double dfTiltStep = 0.5;       ///< degrees
+    int nOrientation = 1;          ///< seed of the crystal's orientation
+    std::uint64_t nSeed = 1;       ///< seed of drift, noise and hot pixels
+    double dfCenterX = 259.4;      ///< direct beam on the first frame, pixels
     double dfCenterY = 252.3;
-    double dfDrift = 6;                ///< largest excursion of the beam over the series, pixels
-    double dfExposure = 8000;          ///< counts on a frame of a reflection of mean |F|², exactly in Bragg position
-    double dfBeamCounts = 600000;      ///< counts of the direct beam
-    double dfBeamSigma = 3.0;          ///< pixels
-    double dfBackground = 8;           ///< counts per pixel far from the beam
-    double dfReadNoise = 1.5;          ///< counts, standard deviation
-    double dfRocking = 0.005;          ///< σ of the rocking curve from shape and precession, Å⁻¹
-    double dfMosaicity = 0.1;          ///< σ of the mosaic spread, degrees
-    double dfSpotSigma = 1.5;          ///< pixels
+    double dfDrift = 6;        ///< largest excursion of the beam over the series, pixels
+    double dfExposure = 8000;  ///< counts on a frame of a reflection of mean |F|², exactly in Bragg position
+    double dfBeamCounts = 600000;  ///< counts of the direct beam
+    double dfBeamSigma = 3.0;      ///< pixels
+    double dfBackground = 8;       ///< counts per pixel far from the beam
+    double dfReadNoise = 1.5;      ///< counts, standard deviation
+    double dfRocking = 0.005;      ///< σ of the rocking curve from shape and precession, Å⁻¹
+    double dfMosaicity = 0.1;      ///< σ of the mosaic spread, degrees
+    double dfSpotSigma = 1.5;      ///< pixels
     SpotShape spotShape = SpotShape::Gaussian;
-    double dfSaturation = 0;           ///< counts at which a pixel saturates; 0 never
+    double dfSaturation = 0;  ///< counts at which a pixel saturates; 0 never
     int nHotPixels = 8;
-    double dfStretchAmplitude = 0;     ///< per cent
-    double dfStretchAzimuth = 0;       ///< degrees, along which the pattern is longer
-    int nBeamTilt = 0;                 ///< beam tilt steps per goniometer step; below 2 none
+    double dfStretchAmplitude = 0;  ///< per cent
+    double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
+    int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
     FrameFormat format = FrameFormat::Mrc16;
-    QString strDirectory;              ///< made when missing
+    QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");
 };

@@ -7,7 +7,10 @@
 namespace {
 constexpr double g_dfPi = 3.14159265358979323846;
 
-double radians(double dfDegrees) { return dfDegrees * g_dfPi / 180; }
+double radians(double dfDegrees)
+{
+    return dfDegrees * g_dfPi / 180;
+}
 
 // Special positions give the same atom by several operations.
 bool isSamePlace(const Vector3& a, const Vector3& b)
@@ -41,8 +44,7 @@ std::array<double, 6> cellOfReciprocalBasis(const Matrix3& matBasis)
         const Vector3& vecB = matDirect[(i + 1) % 3];
         const Vector3& vecC = matDirect[(i + 2) % 3];
         adfCell[i] = lengthOf(matDirect[i]);
-        adfCell[3 + i] =
-            std::acos(dotProduct(vecB, vecC) / (lengthOf(vecB) * lengthOf(vecC))) * 180 / g_dfPi;
+        adfCell[3 + i] = std::acos(dotProduct(vecB, vecC) / (lengthOf(vecB) * lengthOf(vecC))) * 180 / g_dfPi;
     }
     return adfCell;
 }

@@ -23,8 +23,7 @@ struct Reflection {
 };
 
 /// The atoms of one cell, and what they scatter.
-class CStructureFactor
-{
+class CStructureFactor {
 public:
     /// @param dfDisplacement  isotropic B of all atoms, Å²
     explicit CStructureFactor(const CrystalStructure& structure, double dfDisplacement = 0.5);

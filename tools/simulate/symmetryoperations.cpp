@@ -107,9 +107,9 @@ Matrix3 primitiveIndexBasis(const std::vector<SymmetryOperation>& listOperation)
     for (int h = -3; h <= 3; ++h)
         for (int k = -3; k <= 3; ++k)
             for (int l = -3; l <= 3; ++l) {
-                const bool bAllowed = std::all_of(listCentring.begin(), listCentring.end(), [&](const auto& t) {
-                    return (h * t[0] + k * t[1] + l * t[2]) % g_nParts == 0;
-                });
+                const bool bAllowed = std::all_of(
+                    listCentring.begin(), listCentring.end(),
+                    [&](const auto& t) { return (h * t[0] + k * t[1] + l * t[2]) % g_nParts == 0; });
                 if (bAllowed && (h != 0 || k != 0 || l != 0))
                     listPoint.push_back({double(h), double(k), double(l)});
             }

@@ -61,7 +61,8 @@ bool writeBytes(const QString& strFileName, const QByteArray& data)
 
 const QStringList& spotColumns()
 {
-    static const QStringList list = QStringLiteral("frame x y h k l counts snr excitation").split(QLatin1Char(' '));
+    static const QStringList list =
+        QStringLiteral("frame x y h k l counts snr excitation").split(QLatin1Char(' '));
     return list;
 }
 }  // namespace
@@ -105,14 +106,15 @@ bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
     for (const TruthSpot& spot : series.listSpot) {
         data += bFirst ? "\n" : ",\n";
         bFirst = false;
-        data += QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
-                    .arg(spot.nFrame)
-                    .arg(number(spot.dfX, 3), number(spot.dfY, 3))
-                    .arg(spot.nH)
-                    .arg(spot.nK)
-                    .arg(spot.nL)
-                    .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2), number(spot.dfExcitation, 6))
-                    .toLatin1();
+        data +=
+            QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
+                .arg(spot.nFrame)
+                .arg(number(spot.dfX, 3), number(spot.dfY, 3))
+                .arg(spot.nH)
+                .arg(spot.nK)
+                .arg(spot.nL)
+                .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2), number(spot.dfExcitation, 6))
+                .toLatin1();
     }
     data += "\n]\n}\n";
     return writeBytes(strFileName, data);
@@ -156,8 +158,8 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
             bGood = false;
             break;
         }
-        result.listSpot.push_back({int(adf[0]), adf[1], adf[2], int(adf[3]), int(adf[4]), int(adf[5]), adf[6],
-                                   adf[7], adf[8]});
+        result.listSpot.push_back(
+            {int(adf[0]), adf[1], adf[2], int(adf[3]), int(adf[4]), int(adf[5]), adf[6], adf[7], adf[8]});
     }
     if (!bGood) {
         strError = QStringLiteral("%1 is no truth file").arg(strFileName);
@@ -218,11 +220,15 @@ bool writeSeries(const SimulatedSeries& series, QString& strError)
         return false;
     };
     for (int n = 0; n < p.nFrames; ++n)
-        if (!writeFrame(dir.filePath(frameFileName(series, n)), renderFrame(series, n), p.nSize, p.nSize, p.format))
+        if (!writeFrame(dir.filePath(frameFileName(series, n)), renderFrame(series, n), p.nSize, p.nSize,
+                        p.format))
             return failed(frameFileName(series, n));
     QString strHot;
     for (size_t i = 0; i < series.listHotPixel.size(); ++i)
-        strHot += QStringLiteral("%1 %2 %3\n").arg(i + 1).arg(series.listHotPixel[i].x()).arg(series.listHotPixel[i].y());
+        strHot += QStringLiteral("%1 %2 %3\n")
+                      .arg(i + 1)
+                      .arg(series.listHotPixel[i].x())
+                      .arg(series.listHotPixel[i].y());
     if (!writeBytes(dir.filePath(QStringLiteral("hotpixels.txt")), strHot.toLatin1()))
         return failed(QStringLiteral("hotpixels.txt"));
     if (!writeTruthFile(dir.filePath(p.strName + QStringLiteral("_truth.json")), series))
