@@ -1,4 +1,4 @@
-# tessera_core_library(NAME LINKS target... )
+# tessera_core_library(NAME SOURCES pattern... LINKS target...)
 #
 # A static library of the computing core, made of the sources beside the calling CMakeLists.txt
 # that match the given patterns. The core knows no widget: a library that reaches Qt Widgets,
@@ -6,6 +6,7 @@
 function(tessera_core_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${ARG_SOURCES})
+  list(FILTER sources EXCLUDE REGEX "/mainwindow_[^/]*$")  # slots beside the core they call
   add_library(${name} STATIC ${sources})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS})

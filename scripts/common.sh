@@ -5,8 +5,9 @@ set -euo pipefail
 PROJECT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 JOBS=${JOBS:-$(nproc)}
 
-PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libfftw3-dev libcminpack-dev)
-PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev)
+PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libfftw3-dev libcminpack-dev
+              fonts-dejavu-core)
+PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev xvfb xauth)
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {

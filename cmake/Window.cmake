@@ -1,0 +1,28 @@
+# The window: scenes and views, the pages and MainWindow, and the program `tessera`.
+# All slots of MainWindow belong to one class, so their sources, which lie in the folders of their
+# subsystems, make one library.
+find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
+
+file(GLOB frameview_sources CONFIGURE_DEPENDS src/frameview/*.cpp src/frameview/*.h)
+list(FILTER frameview_sources EXCLUDE REGEX "/mainwindow_[^/]*$")
+if(NOT frameview_sources)
+  return()
+endif()
+add_library(tessera_frameview STATIC ${frameview_sources})
+set_target_properties(tessera_frameview PROPERTIES AUTOMOC ON)
+target_include_directories(tessera_frameview PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tessera_frameview PUBLIC tessera_imaging Qt5::Widgets)
+
+if(NOT EXISTS ${PROJECT_SOURCE_DIR}/src/app/main.cpp)
+  return()
+endif()
+file(GLOB window_sources CONFIGURE_DEPENDS src/app/*.cpp src/app/*.h src/*/mainwindow_*.cpp src/*/pages/*.cpp
+  src/*/pages/*.h)
+list(FILTER window_sources EXCLUDE REGEX "/main\\.cpp$")
+add_library(tessera_window STATIC ${window_sources} resources/tessera.qrc)
+set_target_properties(tessera_window PROPERTIES AUTOMOC ON AUTORCC ON)
+target_include_directories(tessera_window PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_reciprocal Qt5::Widgets)
+
+add_executable(tessera src/app/main.cpp)
+target_link_libraries(tessera PRIVATE tessera_window)
