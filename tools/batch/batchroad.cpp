@@ -153,14 +153,21 @@ bool CBatchRoad::open()
 bool CBatchRoad::openInput()
 {
     m_dataSet.m_strWorkingDir = QFileInfo(m_options.listInput.first()).absolutePath();
+    QStringList listReason;
+    bool bOpened = false;
     if (m_options.isProject()) {
-        return openProject(m_dataSet, m_mapping, m_options.listInput.first(), m_report);
+        bOpened = openProject(m_dataSet, m_mapping, m_options.listInput.first(), m_report, &listReason);
+    } else {
+        QStringList listFile;
+        for (const QString& strFile : m_options.listInput) {
+            listFile.append(QFileInfo(strFile).absoluteFilePath());
+        }
+        bOpened = openImageFiles(m_dataSet, listFile, m_report, &listReason);
     }
-    QStringList listFile;
-    for (const QString& strFile : m_options.listInput) {
-        listFile.append(QFileInfo(strFile).absoluteFilePath());
+    for (const QString& strReason : listReason) {
+        m_report.addMessage(strReason);
     }
-    return openImageFiles(m_dataSet, listFile, m_report);
+    return bOpened;
 }
 
 void CBatchRoad::takeGeometry()
