@@ -13,10 +13,10 @@
 namespace {
 
 const int g_nFramesLookedAt = 24;
-const int g_nMapSide = 256;     // frames are reduced to maps of at most this side
-const int g_nUsualSide = 256;   // of the region, pixels of the frame
+const int g_nMapSide = 256;    // frames are reduced to maps of at most this side
+const int g_nUsualSide = 256;  // of the region, pixels of the frame
 const int g_nLeastSide = 16;
-const int g_nBeamMargin = 64;   // between the beam anywhere on its way and the region's edge
+const int g_nBeamMargin = 64;  // between the beam anywhere on its way and the region's edge
 
 float medianOf(std::vector<float>& vec)
 {
@@ -49,9 +49,11 @@ Map reduced(const CImgObj<float>& img, int nBlock)
     for (int nY = 0; nY < map.nHeight; ++nY) {
         for (int nX = 0; nX < map.nWidth; ++nX) {
             vecBlock.clear();
-            for (int r = std::max(nY * nBlock - nBefore, 0); r < std::min(nY * nBlock + nAfter, img.Height()); ++r) {
+            for (int r = std::max(nY * nBlock - nBefore, 0); r < std::min(nY * nBlock + nAfter, img.Height());
+                 ++r) {
                 const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
-                for (int c = std::max(nX * nBlock - nBefore, 0); c < std::min(nX * nBlock + nAfter, img.Width()); ++c)
+                for (int c = std::max(nX * nBlock - nBefore, 0);
+                     c < std::min(nX * nBlock + nAfter, img.Width()); ++c)
                     if (isUsablePixel(pRow[c]))
                         vecBlock.push_back(pRow[c]);
             }
@@ -202,10 +204,11 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
         vecMap.push_back(std::move(map));
     }
     if (vecMap.empty()) {
-        report.addMessage(QStringLiteral("The direct beam was not searched: no frame of at least %L1×%L1 pixels "
-                                         "could be read.")
-                              .arg(g_nLeastSide),
-                          Qt::red);
+        report.addMessage(
+            QStringLiteral("The direct beam was not searched: no frame of at least %L1×%L1 pixels "
+                           "could be read.")
+                .arg(g_nLeastSide),
+            Qt::red);
         return false;
     }
 
@@ -219,12 +222,13 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
         for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i)
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
     }
-    const QPointF ptCoarse = 
+    const QPointF ptCoarse =
         maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2), nMapSide);
 
     std::vector<float> vecX, vecY;
     for (const Map& map : vecMap) {
-        const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.2 * nMapSide);
+        const QPointF pt =
+            maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.2 * nMapSide);
         vecX.push_back(float((pt.x() + 0.5) * nBlock - 0.5));
         vecY.push_back(float((pt.y() + 0.5) * nBlock - 0.5));
     }

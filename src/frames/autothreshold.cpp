@@ -99,8 +99,9 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
             vecThreshold.push_back(float(dfFrame));
     }
     if (vecThreshold.empty()) {
-        report.addMessage(QStringLiteral("No peak threshold was found: no frame could be read, or all are blank."),
-                          Qt::red);
+        report.addMessage(
+            QStringLiteral("No peak threshold was found: no frame could be read, or all are blank."),
+            Qt::red);
         return false;
     }
     dfThreshold = double(medianOf(vecThreshold));

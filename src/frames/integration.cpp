@@ -72,8 +72,8 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
     for (RefIntPara& window : vecWindow) {
         const int nR = std::max(window.nRadius, 0);
         const qint64 nReach = qint64(nR) + std::max(window.nBackground, 0);
-        if (!img.Data() || window.nX - nReach < 0 || window.nX + nReach >= nWidth ||
-            window.nY - nReach < 0 || window.nY + nReach >= nHeight) {
+        if (!img.Data() || window.nX - nReach < 0 || window.nX + nReach >= nWidth || window.nY - nReach < 0 ||
+            window.nY + nReach >= nHeight) {
             window.fPeakSum = 0.f;
             window.fIntensity = 0.f;
             continue;

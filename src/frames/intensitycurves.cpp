@@ -62,8 +62,7 @@ QList<QPointF> extractSubChain(const QVector<double>& vecFrame, const QVector<do
 }
 
 QList<QPointF> getBeamTiltSeriesDataForFitting(const QList<int>& listBeamTiltBreak,
-                                               const QVector<double>& vecFrame,
-                                               const QVector<double>& vecInt)
+                                               const QVector<double>& vecFrame, const QVector<double>& vecInt)
 {
     int nLower = 0;
     int nUpper = 0;

@@ -1,7 +1,7 @@
 #include "frames/localmaxima.h"
 
-void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX,
-                     QList<double>& listY, double dfFraction)
+void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
+                     double dfFraction)
 {
     listX.clear();
     listY.clear();

@@ -15,7 +15,7 @@ public:
     double m_dfFilterPeakRadius = -1;    ///< sigma in pixels that the filters were made for
     double m_dfFilterBackgroundRadius = -1;
     double m_dfFilterSmoothRadius = -1;
-    int m_nFilterWidth = 0;              ///< frame size that the filters were made for
+    int m_nFilterWidth = 0;  ///< frame size that the filters were made for
     int m_nFilterHeight = 0;
 
     /// Whether both filters were made for exactly these values.

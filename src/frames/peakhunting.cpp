@@ -74,7 +74,8 @@ public:
             frame.bHunted = true;
         } catch (const std::exception& e) {
             releaseFrameImages(frame.vecImage);
-            frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+            frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())),
+                                    Qt::red);
         }
         return frame;
     }
@@ -149,9 +150,8 @@ private:
         FrameHuntWork workImages;
         std::unique_lock<std::mutex> lock(m_mutex);
         for (;;) {
-            m_changed.wait(lock, [&] {
-                return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead;
-            });
+            m_changed.wait(lock,
+                           [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead; });
             if (m_bStop || m_nNext >= m_nFrames)
                 return;
             const int nFrame = m_nNext++;
@@ -212,8 +212,8 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
         if (!frame.bHunted)
             return false;
         const QList<Peak3D> listPeak = peakRecords(frame.peaks, i, nNextID);
-        report.addMessage(QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),
-                          Qt::black);
+        report.addMessage(
+            QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4), Qt::black);
         listFound.append(listPeak);
         if (options.fnFrameDone)
             options.fnFrameDone(i, listPeak);
@@ -272,6 +272,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
         savePeakList(dataSet, report);
     if (options.fnAfterStored)
         options.fnAfterStored();
-    report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer), Qt::blue);
+    report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),
+                      Qt::blue);
     return true;
 }

@@ -23,7 +23,7 @@
 
 namespace {
 
-const int g_nLeastSide = 16;          // keeps the ring mask and the correlation's peak box in the region
+const int g_nLeastSide = 16;  // keeps the ring mask and the correlation's peak box in the region
 const double g_dfSaturation = 100000.0;
 const int g_nFitHalfSize = 64;
 
@@ -134,16 +134,17 @@ QList<QPointF> measureSeries(DataSet& dataSet, const Square& square, CRegionSum&
             }
             const CImgObj<float>& imgFrame = *vecImage.front();
             if (!sum.cut(imgFrame)) {
-                report.addMessage(QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
-                                                 "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
-                                      .arg(square.nSide)
-                                      .arg(square.nX)
-                                      .arg(square.nY)
-                                      .arg(i + 1)
-                                      .arg(imgFrame.Width())
-                                      .arg(imgFrame.Height())
-                                      .arg(listFile[i]),
-                                  Qt::red);
+                report.addMessage(
+                    QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
+                                   "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
+                        .arg(square.nSide)
+                        .arg(square.nX)
+                        .arg(square.nY)
+                        .arg(i + 1)
+                        .arg(imgFrame.Width())
+                        .arg(imgFrame.Height())
+                        .arg(listFile[i]),
+                    Qt::red);
                 break;
             }
         }
@@ -169,23 +170,26 @@ QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum
     int nY = 0;
     findBeamInSummedMap(sum.sum(), nX, nY);
     report.addMessage(
-        QStringLiteral("Direct beam position from summed map: (%L1, %L2)").arg(dfX + nX).arg(dfY + nY), Qt::black);
+        QStringLiteral("Direct beam position from summed map: (%L1, %L2)").arg(dfX + nX).arg(dfY + nY),
+        Qt::black);
     double dfFitX = nX;
     double dfFitY = nY;
     const std::vector<double> vecFit =
         FitPeak2D(*sum.summedMap(), dfFitX, dfFitY, g_nFitHalfSize, g_dfSaturation);
-    report.addMessage(QStringLiteral("Direct beam position from fitting of the summed map:  (%L1, %L2), err=(%L3, "
-                                     "%L4), code=%L5.")
-                          .arg(dfX + dfFitX, 8, 'f', 2)
-                          .arg(dfY + dfFitY, 8, 'f', 2)
-                          .arg(vecFit[6], 6, 'f', 3)
-                          .arg(vecFit[8], 6, 'f', 3)
-                          .arg(vecFit[10]),
-                      Qt::black);
+    report.addMessage(
+        QStringLiteral("Direct beam position from fitting of the summed map:  (%L1, %L2), err=(%L3, "
+                       "%L4), code=%L5.")
+            .arg(dfX + dfFitX, 8, 'f', 2)
+            .arg(dfY + dfFitY, 8, 'f', 2)
+            .arg(vecFit[6], 6, 'f', 3)
+            .arg(vecFit[8], 6, 'f', 3)
+            .arg(vecFit[10]),
+        Qt::black);
     const auto isInside = [&](double df) { return df >= 0 && df <= square.nSide; };
     if (!isInside(dfFitX) || !isInside(dfFitY)) {
-        report.addMessage(QStringLiteral("The fit left the reference region; the position from the summed map is used."),
-                          Qt::red);
+        report.addMessage(
+            QStringLiteral("The fit left the reference region; the position from the summed map is used."),
+            Qt::red);
         return QPointF(dfX + nX, dfY + nY);
     }
     return QPointF(dfX + dfFitX, dfY + dfFitY);
@@ -196,7 +200,8 @@ void saveShifts(const DataSet& dataSet, CRunReport& report)
     const QString strPath = QDir(dataSet.m_strProjectDir).absolutePath() + QLatin1Char('/') +
                             dataSet.m_strProjectName + QStringLiteral(".sc");
     QString strReason;
-    if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}, &strReason)) {
+    if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
+                       &strReason)) {
         report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Qt::black);
         return;
     }
@@ -221,13 +226,15 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
         return false;
     Square square{wholePixel(rcRegion.x()), wholePixel(rcRegion.y()), wholePixel(rcRegion.width())};
     if (square.nSide < g_nLeastSide) {
-        report.addMessage(QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide),
-                          Qt::red);
+        report.addMessage(
+            QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide),
+            Qt::red);
         return false;
     }
     if (square.nSide % 2 != 0) {
         --square.nSide;
-        report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide), Qt::black);
+        report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide),
+                          Qt::black);
     }
 
     QElapsedTimer timer;
@@ -256,7 +263,8 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     dataSet.m_dfCenterY = ptBeam.y();
     if (options.bSave)
         saveShifts(dataSet, report);
-    report.addMessage(timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
-                      Qt::blue);
+    report.addMessage(
+        timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
+        Qt::blue);
     return bReachedEnd;
 }

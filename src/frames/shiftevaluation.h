@@ -17,8 +17,8 @@ struct ShiftEvaluationOptions {
 };
 
 /// Called after each frame: index from 0, its shift, the aligned and filtered region for the view.
-using FnShiftFrameDone = std::function<void(int nFrame, const QPointF& ptShift,
-                                            const CImgObj<float>& imgAligned)>;
+using FnShiftFrameDone =
+    std::function<void(int nFrame, const QPointF& ptShift, const CImgObj<float>& imgAligned)>;
 
 /// Measures each frame's shift against the running sum of the aligned frames before it, and the
 /// direct beam on that sum.
@@ -31,7 +31,10 @@ using FnShiftFrameDone = std::function<void(int nFrame, const QPointF& ptShift,
 /// pixel, with a line, as spectra are centred by halves; a side below 16 pixels is refused.
 /// The report's goOn() asked to stop ends the run early likewise.
 ///
-/// @param rcRegion  raw frame pixels; x, y and width truncated to whole pixels; its height is not read
+/// A fit of the beam that leaves the region is not believed: a red line, and the coarse position stands.
+///
+/// @param rcRegion  raw frame pixels; meant to be whole: x, y and width are truncated where pixels are cut,
+///                  while the direct beam adds x and y as given; its height is not read
 /// @return true only if all frames were reached
 bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
                         const ShiftEvaluationOptions& options = {}, const FnShiftFrameDone& fnFrameDone = {});

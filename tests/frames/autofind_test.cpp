@@ -34,7 +34,8 @@ CImgObj<float> frameOf(const Trouble& trouble, int nFrame, std::mt19937& random)
             df = -3000;
         if (dfR < trouble.dfStopPixels || (trouble.dfStopPixels > 0 && std::abs(x - dfBeamX) < 6 && y < 300))
             df = 0;
-        return trouble.dfScale * (df + noise(random) + 20000 * gaussian(x - 60 * nFrame - 90, y - 70 * nFrame - 60, 2));
+        return trouble.dfScale *
+               (df + noise(random) + 20000 * gaussian(x - 60 * nFrame - 90, y - 70 * nFrame - 60, 2));
     });
     for (int n = 0; trouble.bBadDetector && n < 3000; ++n)
         img.Data()[n < 60 ? n * 5923 + 13 : (n % 560) * 640 + 130 + n / 560] = n < 60 ? 3e7f : 400.f;
@@ -58,7 +59,8 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         ASSERT_TRUE(findBeamRegion(series.dataSet, report, rc)) << row.pWhat;
         EXPECT_EQ(rc.size(), QSize(row.nSide, row.nSide)) << row.pWhat;
         const double dfTolerance = row.dfStopPixels > 0 ? 30 : 8;  // a stop's arm hides one side of the halo
-        EXPECT_NEAR(rc.x() + row.nSide / 2, 230 + row.dfWander / 2, dfTolerance + (row.nSide - 256) / 4) << row.pWhat;
+        EXPECT_NEAR(rc.x() + row.nSide / 2, 230 + row.dfWander / 2, dfTolerance + (row.nSide - 256) / 4)
+            << row.pWhat;
         EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat << report.log().toStdString();
     }
     FrameSeries series;  // small and blank: there is one region only
@@ -95,7 +97,8 @@ TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)
 TEST(EstimatePeakThreshold, HoldsForSparseCountsAndForPictures)
 {
     // counting detectors: nearly all pixels 0; pictures: steps of 64 on a dead background
-    for (const auto& [dfRate, dfStep, dfSpot] : {std::tuple(0.0003, 1, 4), {0.02, 1, 6}, {0.0, 64, 5}, {0.3, 64, 12}}) {
+    for (const auto& [dfRate, dfStep, dfSpot] :
+         {std::tuple(0.0003, 1, 4), {0.02, 1, 6}, {0.0, 64, 5}, {0.3, 64, 12}}) {
         std::mt19937 random(29);
         std::poisson_distribution<int> photons(std::max(dfRate, 1e-12));
         const CImgObj<float> img = makeImage(200, 200, [&](int x, int y) {

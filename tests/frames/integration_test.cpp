@@ -20,7 +20,8 @@ TEST(IntegratePeaks, EqualsTheDirectSumToTheLastBit)
     std::normal_distribution<float> noise(1000.f, 300.f);
     const int nW = 70;
     const CImgObj<float> img = makeImage(nW, 66, [&](int, int) { return noise(random); });
-    for (const auto& [nR, nB] : {std::pair(15, 3), std::pair(2, 1), std::pair(0, 4), std::pair(7, 0), std::pair(0, 0)}) {
+    for (const auto& [nR, nB] :
+         {std::pair(15, 3), std::pair(2, 1), std::pair(0, 4), std::pair(7, 0), std::pair(0, 0)}) {
         const RefIntPara window = integrated(img, 30, 33, nR, nB);
         float fDisc = 0.f, fRing = 0.f;
         int nDisc = 0, nRing = 0;
@@ -49,11 +50,14 @@ TEST(IntegratePeaks, FindsASpotOnlyWhereTheWindowFits)
     const struct {
         int nX, nY;
         bool bFits;
-    } aRow[] = {{18, 40, true}, {17, 40, false}, {nW - 19, 40, true}, {nW - 18, 40, false},
-                {40, 18, true}, {40, 17, false}, {40, nH - 19, true}, {40, nH - 18, false}, {40, 2000000000, false}};
+    } aRow[] = {{18, 40, true},       {17, 40, false},      {nW - 19, 40, true},
+                {nW - 18, 40, false}, {40, 18, true},       {40, 17, false},
+                {40, nH - 19, true},  {40, nH - 18, false}, {40, 2000000000, false}};
     for (const auto& row : aRow) {
-        const CImgObj<float> img = makeImage(nW, nH, [&](int x, int y) { return x == row.nX && y == row.nY ? 520 : 20; });
-        EXPECT_NEAR(integrated(img, row.nX, row.nY, 15, 3).fIntensity, row.bFits ? 500 : 0, 0.01) << row.nX << " " << row.nY;
+        const CImgObj<float> img =
+            makeImage(nW, nH, [&](int x, int y) { return x == row.nX && y == row.nY ? 520 : 20; });
+        EXPECT_NEAR(integrated(img, row.nX, row.nY, 15, 3).fIntensity, row.bFits ? 500 : 0, 0.01)
+            << row.nX << " " << row.nY;
     }
 }
 

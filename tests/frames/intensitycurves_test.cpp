@@ -33,17 +33,16 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
         bool bFound;
         int nLower, nUpper;
     } aRow[] = {
-        {{2, 3, 4}, {1, 5, 2}, true, 1, 4},
-        {{4, 5, 6}, {1, 5, 2}, true, 5, 7},    // the maximum starts a series
+        {{2, 3, 4}, {1, 5, 2}, true, 1, 4},   {{4, 5, 6}, {1, 5, 2}, true, 5, 7},  // the maximum starts a
+                                                                                   // series
         {{3, 4, 5}, {1, 5, 5}, true, 1, 4},    // of equal maxima the first
         {{8, 9, 10}, {1, 2, 5}, true, 8, 11},  // past the last frame
-        {{10, 11}, {1, 5}, false, 0, 0},
-        {{0, 1}, {5, 1}, false, 0, 0},
-        {{}, {}, false, 0, 0},
+        {{10, 11}, {1, 5}, false, 0, 0},      {{0, 1}, {5, 1}, false, 0, 0},      {{}, {}, false, 0, 0},
     };
     for (const auto& row : aRow) {
         int nLower = 0, nUpper = 0;
-        EXPECT_EQ(getContinuousBeamTiltSeriesBound(listBreak, row.vecFrame, row.vecInt, nLower, nUpper), row.bFound);
+        EXPECT_EQ(getContinuousBeamTiltSeriesBound(listBreak, row.vecFrame, row.vecInt, nLower, nUpper),
+                  row.bFound);
         EXPECT_EQ(nLower, row.nLower);
         EXPECT_EQ(nUpper, row.nUpper);
     }

@@ -40,7 +40,10 @@ struct HuntingSeries : FrameSeries {
         peakOld.nFrame = 77;
         dataSet.m_listPeakFrame = {{peakOld}};
     }
-    bool stillOld() const { return dataSet.m_listPeakFrame.size() == 1 && dataSet.m_listPeakFrame[0][0].nFrame == 77; }
+    bool stillOld() const
+    {
+        return dataSet.m_listPeakFrame.size() == 1 && dataSet.m_listPeakFrame[0][0].nFrame == 77;
+    }
 };
 
 TEST(PeakHunting, FindsTheSpotsWithTheirIntensitiesInOrder)
@@ -76,7 +79,8 @@ TEST(PeakHunting, FindsTheSpotsWithTheirIntensitiesInOrder)
             for (int d = -2; d <= 2; ++d)
                 for (int e = -2; e <= 2; ++e)
                     dfPoint += 2 / M_PI * gaussian(d, e, 0.5) *
-                               (40 + 0.02 * (peak.dfX2D + d) + 0.01 * (peak.dfY2D + e) + dfHeight * gaussian(d, e, g_dfSpot));
+                               (40 + 0.02 * (peak.dfX2D + d) + 0.01 * (peak.dfY2D + e) +
+                                dfHeight * gaussian(d, e, g_dfSpot));
             EXPECT_NEAR(peak.dfIPoint, dfPoint, 0.01);
         }
         EXPECT_EQ(nPeak, listPeak.size()) << nFrame;
@@ -104,7 +108,8 @@ TEST(PeakHunting, IsTheSameForEveryNumberOfJobs)
             EXPECT_EQ(series.dataSet.m_vecFrameImage[0]->Width(), nFrame == 3 ? 200 : 192);
         };
         options.fnAfterStored = [&] {
-            report.addMessage(QString("%1 lists mapped").arg(series.dataSet.m_listPeakFrame.size()), Qt::black);
+            report.addMessage(QString("%1 lists mapped").arg(series.dataSet.m_listPeakFrame.size()),
+                              Qt::black);
         };
         ASSERT_TRUE(runPeakHunting(series.dataSet, parameters(), filters, report, options));
         EXPECT_EQ(listShown.size(), 14);
@@ -132,7 +137,8 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
             EXPECT_TRUE(series.stillOld());
             EXPECT_TRUE(series.content("series.pk").isNull());
             EXPECT_FALSE(series.dataSet.m_bHuntingRunning);
-            EXPECT_TRUE(report.log().endsWith("red >Peak hunting did not finish.")) << report.log().toStdString();
+            EXPECT_TRUE(report.log().endsWith("red >Peak hunting did not finish."))
+                << report.log().toStdString();
             EXPECT_EQ(report.log().count("peaks found"), nFramesSaid);
         };
         for (int nGoOn : {0, 3, 8}) {  // the question before the first frame, then one after each

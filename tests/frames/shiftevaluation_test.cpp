@@ -60,8 +60,9 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
         EXPECT_EQ(series.content("series.sc").count('\n'), 1 + g_listDrift.size());
         EXPECT_TRUE(report.log().startsWith(QString("Reference region: (40, 30) %1×1\n").arg(dfSide)));
         EXPECT_TRUE(report.log().endsWith("blue >Image shift evaluation finished in time."));
-        EXPECT_TRUE(QRegularExpression("summed map: \\(103, 9[67]\\)\\n.*fitting of the summed map:  \\(  103[.][23].*\\n"
-                                       "Shift correction data saved to ")
+        EXPECT_TRUE(QRegularExpression(
+                        "summed map: \\(103, 9[67]\\)\\n.*fitting of the summed map:  \\(  103[.][23].*\\n"
+                        "Shift correction data saved to ")
                         .match(report.log())
                         .hasMatch())
             << report.log().toStdString();
@@ -75,7 +76,8 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksFor)
         int nReached;
         const char* pLine;
     } aRow[] = {
-        {[](DriftSeries& s, RecordingReport&) { QFile::remove(s.dataSet.m_listFrameFile[3]); }, 3, "red Failed to load "},
+        {[](DriftSeries& s, RecordingReport&) { QFile::remove(s.dataSet.m_listFrameFile[3]); }, 3,
+         "red Failed to load "},
         {[](DriftSeries&, RecordingReport& r) { r.nGoOnLeft = 1; }, 2, "ended after 2 of 6 frames."},
         {[](DriftSeries& s, RecordingReport&) {
              const CImgObj<float> img = makeImage(20, 30, [](int, int) { return 1; });
