@@ -1,0 +1,44 @@
+// BaseImgView: the view on a frame scene; the wheel asks for another zoom factor.
+#pragma once
+
+#include <QGraphicsView>
+#include <QPoint>
+
+/// Shows a scene at a zoom factor that the owner sets; the wheel only asks for the next one.
+///
+/// The pointer is tracked without a button held, so that the scene can report the pixel under it.
+/// A context menu made of the view's actions waits until the right button is let go, and stays away
+/// when the pointer was dragged: dragging with the right button reads pixel values.
+class BaseImgView : public QGraphicsView {
+    Q_OBJECT
+
+public:
+    explicit BaseImgView(QWidget* pParent = nullptr);
+    explicit BaseImgView(QGraphicsScene* pScene, QWidget* pParent = nullptr);
+
+    /// Screen pixels per frame pixel.
+    double scaleFactor() const { return transform().m11(); }
+    /// Sets the factor, above 0, and emits scaleChanged. A factor within 0.001 of the present one
+    /// changes nothing.
+    void setScaleFactor(double dfScale);
+
+signals:
+    void scaleChanged(double scale);
+    void zoomIn();
+    void zoomOut();
+
+protected:
+    bool event(QEvent* pEvent) override;
+    void mousePressEvent(QMouseEvent* pEvent) override;
+    void mouseMoveEvent(QMouseEvent* pEvent) override;
+    void mouseReleaseEvent(QMouseEvent* pEvent) override;
+    void wheelEvent(QWheelEvent* pEvent) override;
+
+private:
+    void init();
+
+    QPoint m_ptRightPress;
+    bool m_bRightHeld = false;
+    bool m_bRightDragged = false;
+    bool m_bMenuPending = false;  ///< the menu was asked for by the press and waits for the release
+};

@@ -1,0 +1,11 @@
+// CrossItem: an upright cross on a peak position.
+#pragma once
+
+#include "frameview/markitem.h"
+
+/// The size is the length of one arm; the centre lies in the middle of the pixel.
+class CrossItem : public MarkItem {
+public:
+    using MarkItem::MarkItem;
+    void paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption, QWidget* pWidget) override;
+};

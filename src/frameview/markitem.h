@@ -1,0 +1,29 @@
+// MarkItem: what the marks on a frame have in common, a size and a pen.
+#pragma once
+
+#include <QColor>
+#include <QGraphicsItem>
+#include <QPen>
+
+/// A mark at a position on the frame; its position is the corner of the pixel that it marks.
+///
+/// The bounding rectangle is the square of the side `size` around the position. Paint may reach beyond
+/// it (see the derived marks), so a view that shows marks repaints as a whole, as BaseImgView does.
+class MarkItem : public QGraphicsItem {
+public:
+    explicit MarkItem(QGraphicsItem* pParent = nullptr);
+
+    /// Pixels; what it measures is the derived mark's. Schedules a repaint, as do the two below.
+    void setSize(float fSize);
+    void setColor(const QColor& color);
+    void setPenWidth(double dfWidth);
+
+    float size() const { return m_fSize; }
+    const QPen& pen() const { return m_pen; }
+
+    QRectF boundingRect() const override;
+
+protected:
+    float m_fSize = 0.f;
+    QPen m_pen;
+};

@@ -1,0 +1,23 @@
+// TextItem: a line of text with a background.
+#pragma once
+
+#include <QColor>
+#include <QGraphicsSimpleTextItem>
+
+/// Text on a scene, filled behind with a background colour (transparent at the start).
+class TextItem : public QGraphicsSimpleTextItem {
+public:
+    explicit TextItem(QGraphicsItem* pParent = nullptr);
+
+    void setBackground(const QColor& color);
+    void setBrushColor(const QColor& color);
+    /// @param dfPointSize  above 0; another value changes nothing
+    void setFontSize(double dfPointSize);
+
+    const QColor& background() const { return m_colorBackground; }
+
+    void paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption, QWidget* pWidget) override;
+
+private:
+    QColor m_colorBackground;
+};
