@@ -71,8 +71,7 @@ BENCHMARK(BM_Merging)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
 void BM_CellSearch(benchmark::State& state)
 {
     const float fEdge = float(state.range(0));
-    const QList<Peak3D> list =
-        lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 1.2f, 1e-3f, int(state.range(1)));
+    const QList<Peak3D> list = lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 1.2f, 1e-3f, int(state.range(1)));
     CRunReport report;
     int nVectors = 0;
     for (auto _ : state) {
@@ -97,7 +96,8 @@ void BM_Indexing(benchmark::State& state)
 {
     const float fEdge = float(state.range(0));
     const QList<Peak3D> list = lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 17.5f / fEdge, 2e-4f, 20000);
-    const QList<Vec3D> listBasis = {{1.004f / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
+    const QList<Vec3D> listBasis = {
+        {1.004f / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
     CRunReport report;
     for (auto _ : state) {
         QList<Peak3D> listIndexed = list;

@@ -21,7 +21,6 @@ inline bool numbersDescending(double dfA, double dfB)
 /// Ascending by dfDStar; records of equal d* keep their order.
 inline void sortByDStar(QList<Peak3D>& listPeak)
 {
-    std::stable_sort(listPeak.begin(), listPeak.end(), [](const Peak3D& a, const Peak3D& b) {
-        return numbersAscending(a.dfDStar, b.dfDStar);
-    });
+    std::stable_sort(listPeak.begin(), listPeak.end(),
+                     [](const Peak3D& a, const Peak3D& b) { return numbersAscending(a.dfDStar, b.dfDStar); });
 }

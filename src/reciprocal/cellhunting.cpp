@@ -66,7 +66,8 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     }
     if (!report.goOn())
         return false;
-    report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()), Qt::blue);
+    report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()),
+                      Qt::blue);
     // The smallest cell edge gives the greatest length.
     const QList<Peak3D> listDifference =
         calDifferenceVectors(listSelection, float(1 / parameters.m_dfCellRangeMin),

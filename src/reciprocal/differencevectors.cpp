@@ -37,7 +37,8 @@ struct Selection {
 
 /// Counts, among the first nCount places of the arrays, the points at a distance within the limits.
 int64_t countInRange(const std::vector<float>& vecX, const std::vector<float>& vecY,
-                     const std::vector<float>& vecZ, size_t nCount, const Vec3D& vecPoint, const Limits& limits)
+                     const std::vector<float>& vecZ, size_t nCount, const Vec3D& vecPoint,
+                     const Limits& limits)
 {
     int64_t nFound = 0;
     for (size_t n = 0; n < nCount; ++n) {
@@ -78,8 +79,8 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
                 return false;
         }
         const int nPeak = vecByIntensity[size_t(n)];
-        const bool bNewRank =
-            n == 0 || numbersDescending(listPeak[vecByIntensity[size_t(n - 1)]].dfIPoint, listPeak[nPeak].dfIPoint);
+        const bool bNewRank = n == 0 || numbersDescending(listPeak[vecByIntensity[size_t(n - 1)]].dfIPoint,
+                                                          listPeak[nPeak].dfIPoint);
         if (bNewRank) {
             if (n > 0)
                 closeRank();

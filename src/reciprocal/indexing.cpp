@@ -27,7 +27,8 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
         } else {
             result.listIndexed.append(peak);
             result.listRounded.append(peak);
-            result.listRounded.last().setHKL(roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL));
+            result.listRounded.last().setHKL(roundIndex(peak.dfH), roundIndex(peak.dfK),
+                                             roundIndex(peak.dfL));
         }
     }
     const QList<QList<Peak3D>> listSplit = takeDuplicateReflections(result.listIndexed);
@@ -101,11 +102,13 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                       Qt::black);
     if (parameters.m_bOutputStatistics) {
         outputReflectionStatistics(result.listIndexed, 0.0, report);
-        testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup, report);
+        testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup,
+                                 report);
     }
     if (parameters.m_bOutputRefinedCell) {
         if (result.listRounded.size() < 7)
-            report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."), Qt::red);
+            report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
+                              Qt::red);
         else
             unitCellRefinement(result.listRounded, a, b, c, alpha, beta, gamma, report);
     }

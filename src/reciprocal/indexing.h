@@ -21,12 +21,12 @@ enum class IndexingStatus { Finished, NoCell, NothingSelected, CoPlanarBasis, St
 /// What an indexing run hands to the views and the peak table.
 struct IndexingResult {
     IndexingStatus status = IndexingStatus::Stopped;
-    QList<Peak3D> listIndexed;      ///< indexed, not on an edge, without duplicates, in order of groups
-    QList<Peak3D> listRounded;      ///< with whole indices, duplicates included: input of cell refinement
-    QList<Peak3D> listSelection;    ///< the whole selection by d*, with real indices
-    QList<int> listDuplicatedID;    ///< nID for the point group "Duplicated"
-    QList<int> listUnindexedID;     ///< nID for the point group "Unindexed"
-    QList<int> listOnEdgeID;        ///< nID for "On edge": strongest on the first or last frame
+    QList<Peak3D> listIndexed;    ///< indexed, not on an edge, without duplicates, in order of groups
+    QList<Peak3D> listRounded;    ///< with whole indices, duplicates included: input of cell refinement
+    QList<Peak3D> listSelection;  ///< the whole selection by d*, with real indices
+    QList<int> listDuplicatedID;  ///< nID for the point group "Duplicated"
+    QList<int> listUnindexedID;   ///< nID for the point group "Unindexed"
+    QList<int> listOnEdgeID;      ///< nID for "On edge": strongest on the first or last frame
 };
 
 /// Indexes the selected reflections with the cell in force.

@@ -45,8 +45,8 @@ struct SolvedSteps {
     float fStepX[g_nLanes], fStepY[g_nLanes], fStepZ[g_nLanes];  ///< in
     float fH[g_nLanes], fK[g_nLanes], fL[g_nLanes];              ///< fractional indices of the steps
     float fWeight[g_nLanes];
-    int32_t nWhole[g_nLanes];                                    ///< not 0: the step is whole
-    bool bLarge;                                                 ///< an index is too large for the fast test
+    int32_t nWhole[g_nLanes];  ///< not 0: the step is whole
+    bool bLarge;               ///< an index is too large for the fast test
 };
 
 __attribute__((always_inline)) inline void solveSteps(SolvedSteps& steps, const CBasisSolver& solver,
@@ -116,7 +116,8 @@ SolveSteps chosenSolveSteps()
 /// The state of one spreading, with the reflections in order of d*.
 class CIndexSpreading {
 public:
-    CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver, float fThreshold, float fRadius);
+    CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver, float fThreshold,
+                    float fRadius);
 
     /// One pass over all reflections. nIndexed: how many were indexed in it. False when stopped.
     bool pass(int& nIndexed, CRunReport& report);
@@ -144,22 +145,22 @@ private:
     std::vector<double> m_vecDStar;
     std::vector<int> m_vecBegin, m_vecEnd;  ///< the window on d* of each reflection
     std::vector<Vec3D> m_vecHKL;
-    std::vector<Vec3D> m_vecRounded;        ///< of the indexed ones
+    std::vector<Vec3D> m_vecRounded;  ///< of the indexed ones
     std::vector<char> m_vecIndexed;
-    int m_nIndexedEnd = 0;                  ///< one past the last indexed reflection
+    int m_nIndexedEnd = 0;  ///< one past the last indexed reflection
     // The points again, apart and not a number until indexed: then the distance test fails by itself.
     std::vector<float> m_vecX, m_vecY, m_vecZ;
     std::vector<int> m_vecNear;
     // Whether a step is whole does not change, so a reflection that failed keeps the neighbours with whole
     // steps, indexed or not, for the next passes, as long as there is room.
     std::vector<std::vector<int>> m_vecWholeStep;
-    std::vector<char> m_vecTried;           ///< 0 not yet, 1 failed, 2 failed and whole steps kept
+    std::vector<char> m_vecTried;  ///< 0 not yet, 1 failed, 2 failed and whole steps kept
     size_t m_nKept = 0;
     const SolveSteps m_pSolveSteps = chosenSolveSteps();
 };
 
-CIndexSpreading::CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver, float fThreshold,
-                                 float fRadius)
+CIndexSpreading::CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver,
+                                 float fThreshold, float fRadius)
     : m_nCount(listSorted.size()),
       m_solver(solver),
       m_fThreshold(fThreshold),
@@ -240,8 +241,8 @@ IndexSum CIndexSpreading::sumOver(int i, const int* pNear, size_t nNear) const
                 addNeighbour(i, pNear[nFirst + n], sum);
             } else if (steps.nWhole[n]) {
                 const Vec3D& vecRounded = m_vecRounded[size_t(pNear[nFirst + n])];
-                sum.vecHKL = sum.vecHKL +
-                             scaled(Vec3D{steps.fH[n], steps.fK[n], steps.fL[n]} + vecRounded, steps.fWeight[n]);
+                sum.vecHKL = sum.vecHKL + scaled(Vec3D{steps.fH[n], steps.fK[n], steps.fL[n]} + vecRounded,
+                                                 steps.fWeight[n]);
                 sum.fWeight += steps.fWeight[n];
             }
         }

@@ -69,7 +69,8 @@ PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const Map
     for (const QList<Peak3D>& listPeak : listPeakFrame) {
         QList<Peak3D> listKept;
         for (const Peak3D& peak : listPeak)
-            if (peak.dfIPoint >= parameters.m_dfIntensityMin && peak.dfIPoint <= parameters.m_dfIntensityMax &&
+            if (peak.dfIPoint >= parameters.m_dfIntensityMin &&
+                peak.dfIPoint <= parameters.m_dfIntensityMax &&
                 peak.dfDStar <= parameters.m_dfResolutionMax && peak.dfDStar >= parameters.m_dfResolutionMin)
                 listKept.append(peak);
         shown.m_listPeakFlat.append(listKept);

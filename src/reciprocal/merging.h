@@ -10,10 +10,10 @@
 
 /// What a merge leaves beside the lists of the data set.
 struct PeakMergingResult {
-    bool bFinished = false;        ///< false: refused or stopped, and the data set is as it was
-    QList<int> listStreakIndex;    ///< places of the streaks' peaks in m_listPeakMergedShown
-    int nPeaks = 0;                ///< peaks in all chains
-    int nOutsideLimits = 0;        ///< chosen peaks that the intensity or resolution limits kept out
+    bool bFinished = false;      ///< false: refused or stopped, and the data set is as it was
+    QList<int> listStreakIndex;  ///< places of the streaks' peaks in m_listPeakMergedShown
+    int nPeaks = 0;              ///< peaks in all chains
+    int nOutsideLimits = 0;      ///< chosen peaks that the intensity or resolution limits kept out
 };
 
 /// Links the peaks of m_listPeakFrameShown into chains, frame by frame, and merges each chain.

@@ -59,7 +59,7 @@ struct Contribution {
     float fX, fY, fZ;     ///< the vector itself
     float fSX, fSY, fSZ;  ///< weight times the vector
     double dfWeight;
-    int nIndex;           ///< place in the list sorted by d*
+    int nIndex;  ///< place in the list sorted by d*
 };
 
 /// Position sums and weight of one vector.
@@ -72,8 +72,8 @@ struct PileSum {
 /// added where they lie within the tolerance and the lane's window.
 ///
 /// A lane that a candidate does not concern adds −0, which changes no number, so that no lane branches.
-/// bFloatWeights: all weights are single-precision numbers, and then the sum in double, rounded, is the sum in
-/// single precision (rounding twice is innocent with more than twice the digits).
+/// bFloatWeights: all weights are single-precision numbers, and then the sum in double, rounded, is the sum
+/// in single precision (rounding twice is innocent with more than twice the digits).
 template <bool bFloatWeights>
 __attribute__((always_inline)) inline void addLanes(const Contribution* const* pOwn, int nLanes,
                                                     const Contribution* pCandidate,

@@ -28,8 +28,8 @@ CVectorGrid::CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide)
         const Vec3D& v = vecPoint[n];
         if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
             continue;
-        const uint64_t nKey = (cubeNumber(v.x, dfSide) << (2 * g_nBits)) | (cubeNumber(v.y, dfSide) << g_nBits) |
-                              cubeNumber(v.z, dfSide);
+        const uint64_t nKey = (cubeNumber(v.x, dfSide) << (2 * g_nBits)) |
+                              (cubeNumber(v.y, dfSide) << g_nBits) | cubeNumber(v.z, dfSide);
         vecEntry.emplace_back(nKey, int(n));
     }
     std::sort(vecEntry.begin(), vecEntry.end());

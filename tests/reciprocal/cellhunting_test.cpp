@@ -1,5 +1,5 @@
-#include "reciprocal/basisvectors.h"
 #include "reciprocal/cellhunting.h"
+#include "reciprocal/basisvectors.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/plainloops.h"
 #include "reciprocal/runlog.h"
@@ -90,8 +90,7 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
         return list;
     };
     const QList<Peak3D> aList[] = {
-        randomCloud(6000, 7),
-        calDifferenceVectors(listLattice, 1 / 3.f, 1 / 30.f, report),
+        randomCloud(6000, 7), calDifferenceVectors(listLattice, 1 / 3.f, 1 / 30.f, report),
         wholeNumbers(calDifferenceVectors(listLattice, 1 / 3.f, 1 / 30.f, report), 1.0 / 3),  // no floats
     };
     for (const QList<Peak3D>& list : aList)
@@ -135,7 +134,8 @@ TEST(BasisVectors, AreShortestAcuteAndRightHanded)
     EXPECT_EQ(list[2], Vec3D({0.02f, 0, -0.15f}));
     EXPECT_GT(dot(cross(list[0], list[1]), list[2]), 0);
 
-    list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0), vectorRecord(0.1f, 0.2f, 0)});
+    list =
+        findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0), vectorRecord(0.1f, 0.2f, 0)});
     EXPECT_EQ(list.size(), 2);  // one plane
     list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0.2f, 0, 0), vectorRecord(-0.3f, 0, 0)});
     ASSERT_EQ(list.size(), 2);  // one line: the last one tried, as it stands
@@ -145,16 +145,20 @@ TEST(BasisVectors, AreShortestAcuteAndRightHanded)
 
 TEST(CellHunting, FindsTheReducedCellOfSimulatedCrystals)
 {
-    const struct { double a, b, c, al, be, ga; char cCentring; double dfNoise; } aRow[] = {
-        {7.3, 9.1, 12.4, 81, 77, 68, 'P', 0}, {7.3, 9.1, 12.4, 81, 77, 68, 'P', 1.5e-3},
-        {11.2, 7.7, 14.3, 90, 106, 90, 'C', 1e-3}, {10.9, 10.9, 10.9, 90, 90, 90, 'F', 1e-3},
-        {9.2, 10.4, 15.1, 90, 90, 90, 'I', 1e-3}, {5.2, 5.2, 14.1, 90, 90, 120, 'P', 1e-3}};
+    const struct {
+        double a, b, c, al, be, ga;
+        char cCentring;
+        double dfNoise;
+    } aRow[] = {{7.3, 9.1, 12.4, 81, 77, 68, 'P', 0},      {7.3, 9.1, 12.4, 81, 77, 68, 'P', 1.5e-3},
+                {11.2, 7.7, 14.3, 90, 106, 90, 'C', 1e-3}, {10.9, 10.9, 10.9, 90, 90, 90, 'F', 1e-3},
+                {9.2, 10.4, 15.1, 90, 90, 90, 'I', 1e-3},  {5.2, 5.2, 14.1, 90, 90, 120, 'P', 1e-3}};
     for (const auto& row : aRow) {
         const gemmi::UnitCell cell(row.a, row.b, row.c, row.al, row.be, row.ga);
         const auto allowed = [&](int h, int k, int l) {
             const bool bSame = (h + k) % 2 == 0 && (k + l) % 2 == 0;
-            return row.cCentring == 'C' ? (h + k) % 2 == 0
-                 : row.cCentring == 'I' ? (h + k + l) % 2 == 0 : row.cCentring == 'P' || bSame;
+            return row.cCentring == 'C'   ? (h + k) % 2 == 0
+                   : row.cCentring == 'I' ? (h + k + l) % 2 == 0
+                                          : row.cCentring == 'P' || bSame;
         };
         DataSet data;
         CRunLog log;
@@ -178,7 +182,8 @@ TEST(CellHunting, FindsTheReducedCellOfSimulatedCrystals)
         for (int n = 0; n < 3; ++n) {
             const Vec3D hkl = solver.solve(data.m_listCell[n]);
             EXPECT_TRUE(isCloseToInteger(hkl, 0.03f)) << row.cCentring << row.a;
-            EXPECT_TRUE(allowed(roundIndex(double(hkl.x)), roundIndex(double(hkl.y)), roundIndex(double(hkl.z))));
+            EXPECT_TRUE(
+                allowed(roundIndex(double(hkl.x)), roundIndex(double(hkl.y)), roundIndex(double(hkl.z))));
             matIndex[n][0] = roundedIndex(double(hkl.x));
             matIndex[n][1] = roundedIndex(double(hkl.y));
             matIndex[n][2] = roundedIndex(double(hkl.z));
@@ -213,11 +218,14 @@ TEST(CellHunting, WithoutAResultTheFormerCellStays)
         peak.dfIPoint = 0;
     CRunLog logStop;
     logStop.m_nStopAfter = 2;
-    const struct { QList<Peak3D> list; CRunLog log; const char* szLine; } aRow[] = {
-        {{}, CRunLog(), "> No reflections were selected for unit cell hunting."},
-        {listLattice.mid(0, 2), CRunLog(), "Unit cell not found."},
-        {listDark, CRunLog(), "Unit cell not found."},
-        {listLattice, logStop, ">Calculating difference vectors..."}};
+    const struct {
+        QList<Peak3D> list;
+        CRunLog log;
+        const char* szLine;
+    } aRow[] = {{{}, CRunLog(), "> No reflections were selected for unit cell hunting."},
+                {listLattice.mid(0, 2), CRunLog(), "Unit cell not found."},
+                {listDark, CRunLog(), "Unit cell not found."},
+                {listLattice, logStop, ">Calculating difference vectors..."}};
     for (auto row : aRow) {
         EXPECT_FALSE(runUnitCellHunting(data, row.list, CellHuntingParameters(), row.log, true));
         EXPECT_TRUE(row.log.m_listLine.last().endsWith(row.szLine)) << row.szLine;

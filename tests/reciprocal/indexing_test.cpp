@@ -1,7 +1,7 @@
+#include "reciprocal/indexing.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
-#include "reciprocal/indexing.h"
 #include "reciprocal/plainloops.h"
 #include "reciprocal/reflectiongroups.h"
 #include "reciprocal/runlog.h"
@@ -77,7 +77,8 @@ TEST(Indexing, SpreadsThroughADistortedLattice)
     int nRight = 0;
     for (const Peak3D& peak : list) {
         const Peak3D& truth = mapTruth[peak.nID];
-        nRight += roundIndex(peak.dfH) == roundIndex(truth.dfH) && roundIndex(peak.dfK) == roundIndex(truth.dfK) &&
+        nRight += roundIndex(peak.dfH) == roundIndex(truth.dfH) &&
+                  roundIndex(peak.dfK) == roundIndex(truth.dfK) &&
                   roundIndex(peak.dfL) == roundIndex(truth.dfL) && isCloseToInteger(peak, 0.05f);
     }
     EXPECT_GT(list.size(), 3000);
@@ -153,7 +154,8 @@ TEST(Duplicates, TheStrongestStaysAndFriedelMatesAreApart)
 // one group have the same.
 TEST(ReflectionGroups, AreTheOrbitsOfTheLaueClass)
 {
-    for (int nNumber : {1, 2, 14, 19, 62, 79, 92, 123, 144, 150, 151, 157, 160, 167, 173, 182, 198, 205, 225, 230}) {
+    for (int nNumber :
+         {1, 2, 14, 19, 62, 79, 92, 123, 144, 150, 151, 157, 160, 167, 173, 182, 198, 205, 225, 230}) {
         const gemmi::SpaceGroup* pGroup = gemmi::find_spacegroup_by_number(nNumber);
         const gemmi::ReciprocalAsu asu(pGroup);
         const gemmi::GroupOps operations = pGroup->operations();
@@ -171,8 +173,10 @@ TEST(ReflectionGroups, AreTheOrbitsOfTheLaueClass)
         std::set<std::array<int, 3>> setAsu;
         for (int n = 1; n < nCount; ++n) {
             EXPECT_GE(list[n].nRGroup, list[n - 1].nRGroup);
-            const auto hkl = asu.to_asu({roundIndex(list[n].dfH), roundIndex(list[n].dfK), roundIndex(list[n].dfL)},
-                                        operations).first;
+            const auto hkl =
+                asu.to_asu({roundIndex(list[n].dfH), roundIndex(list[n].dfK), roundIndex(list[n].dfL)},
+                           operations)
+                    .first;
             mapGroup[list[n].nRGroup].insert(hkl);
             setAsu.insert(hkl);
         }
@@ -265,12 +269,20 @@ TEST(RunIndexing, EveryRefusalLeavesTheDataSet)
 {
     const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
     const QList<Peak3D> list = simulatedReflections(listCell, 0.3, 0, all);
-    const struct { QList<Vec3D> listCell; QList<Peak3D> list; int nStop; IndexingStatus status; const char* szLine; }
-        aRow[] = {{{}, list, -1, IndexingStatus::NoCell, "Unit cell is not ready."},
-                  {listCell, {}, -1, IndexingStatus::NothingSelected, "> No reflections to index."},
-                  {{listCell[0], listCell[0], listCell[0]}, list, -1, IndexingStatus::CoPlanarBasis,
-                   "Warning: co-planar reciprocal basis vectors!"},
-                  {listCell, list, 2, IndexingStatus::Stopped, ""}};
+    const struct {
+        QList<Vec3D> listCell;
+        QList<Peak3D> list;
+        int nStop;
+        IndexingStatus status;
+        const char* szLine;
+    } aRow[] = {{{}, list, -1, IndexingStatus::NoCell, "Unit cell is not ready."},
+                {listCell, {}, -1, IndexingStatus::NothingSelected, "> No reflections to index."},
+                {{listCell[0], listCell[0], listCell[0]},
+                 list,
+                 -1,
+                 IndexingStatus::CoPlanarBasis,
+                 "Warning: co-planar reciprocal basis vectors!"},
+                {listCell, list, 2, IndexingStatus::Stopped, ""}};
     for (const auto& row : aRow) {
         DataSet data = indexedSeries(row.listCell, list);
         data.m_vecReflectionFrame = {42};
@@ -300,8 +312,10 @@ TEST(IndexedPeaks, AbnormalIDsAndFramesDoNoHarm)
     data.m_listPeakChain[0][1].nFrame = 10;  // beyond the series
     data.m_vecReflectionFrame = {42};
     CRunLog log;
-    buildIndexedPeaksOnFrame(data, {reflection(1, 0, 0, 1, 0), reflection(0.01, 0, 0, 1, 1),
-                                    reflection(3, 0, 0, 1, 77), reflection(2, 0, 0, 1, -5)}, log);
+    buildIndexedPeaksOnFrame(data,
+                             {reflection(1, 0, 0, 1, 0), reflection(0.01, 0, 0, 1, 1),
+                              reflection(3, 0, 0, 1, 77), reflection(2, 0, 0, 1, -5)},
+                             log);
     EXPECT_EQ(log.m_listLine, QStringList("Abnormal min ID: -5"));
     EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>({42}));
     ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);

@@ -123,9 +123,11 @@ TEST(Mapping, AWavelengthOfZeroLeavesNothingToShow)
 
 TEST(Mapping, TheLimitsAreIncluded)
 {
-    const struct { double dfI, dfDStar; bool bShown; } aRow[] = {
-        {0, 0.5, true}, {32768, 1, true}, {32768.01, 0.5, false}, {-0.01, 0.5, false}, {5, 1.0001, false},
-        {5, 0, true}, {std::nan(""), 0.5, false}};
+    const struct {
+        double dfI, dfDStar;
+        bool bShown;
+    } aRow[] = {{0, 0.5, true},     {32768, 1, true}, {32768.01, 0.5, false},    {-0.01, 0.5, false},
+                {5, 1.0001, false}, {5, 0, true},     {std::nan(""), 0.5, false}};
     for (const auto& row : aRow) {
         Peak3D peak;
         peak.dfIPoint = row.dfI;
@@ -142,8 +144,10 @@ TEST(Stretching, MakesAnEllipseTurnedAsSeenOnTheScreen)
 {
     for (double dfAzimuth : {0.0, 30.0, 135.0}) {
         const double dfRad = dfAzimuth * g_dfPi / 180;
-        const QPointF ptLong = applyStretching(QPointF(10 * std::cos(dfRad), -10 * std::sin(dfRad)), 20, dfAzimuth);
-        const QPointF ptShort = applyStretching(QPointF(10 * std::sin(dfRad), 10 * std::cos(dfRad)), 20, dfAzimuth);
+        const QPointF ptLong =
+            applyStretching(QPointF(10 * std::cos(dfRad), -10 * std::sin(dfRad)), 20, dfAzimuth);
+        const QPointF ptShort =
+            applyStretching(QPointF(10 * std::sin(dfRad), 10 * std::cos(dfRad)), 20, dfAzimuth);
         EXPECT_NEAR(std::hypot(ptLong.x(), ptLong.y()), 12, 1e-12);
         EXPECT_NEAR(std::hypot(ptShort.x(), ptShort.y()), 8, 1e-12);
         EXPECT_NEAR(ptLong.x(), 12 * std::cos(dfRad), 1e-12);
@@ -186,9 +190,11 @@ TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
 
 TEST(Outsiders, TheWedgeHasTwoSidesAndAMargin)
 {
-    const struct { double dfAngle; bool bInside; } aRow[] = {
-        {27.9, true}, {28.1, false}, {-27.9, true}, {-28.1, false}, {-152.1, true}, {152.1, true}, {90, false},
-        {180, true}, {151.9, false}};
+    const struct {
+        double dfAngle;
+        bool bInside;
+    } aRow[] = {{27.9, true},  {28.1, false}, {-27.9, true}, {-28.1, false}, {-152.1, true},
+                {152.1, true}, {90, false},   {180, true},   {151.9, false}};
     for (const auto& row : aRow) {
         Peak3D peak;
         peak.setPoint({0.3f, float(0.2 * std::cos(row.dfAngle * g_dfPi / 180)),

@@ -1,5 +1,5 @@
-#include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "reciprocal/mapping.h"
 #include "reciprocal/runlog.h"
 
 #include <gtest/gtest.h>
@@ -60,7 +60,8 @@ QList<QList<int>> plainChains(const DataSet& data, const PeakMergingParameters& 
         QList<QList<Peak3D>> listStay;
         for (const QList<Peak3D>& chain : listOpen) {
             const Peak3D& t = chain.last();
-            const double dfD = std::fabs(-std::sin(dfTilt) * double(t.fY3D) + std::cos(dfTilt) * double(t.fZ3D));
+            const double dfD =
+                std::fabs(-std::sin(dfTilt) * double(t.fY3D) + std::cos(dfTilt) * double(t.fZ3D));
             (dfD > parameters.m_dfMin3DDistance * data.m_dfPixelSize ? listClosed : listStay).append(chain);
         }
         listOpen = listStay;
@@ -71,8 +72,8 @@ QList<QList<int>> plainChains(const DataSet& data, const PeakMergingParameters& 
             int nBest = -1;
             for (int c = 0; c < listStay.size(); ++c) {
                 const Peak3D& t = listStay[c].last();
-                const double dfSquare = (q.dfX2D - t.dfX2D) * (q.dfX2D - t.dfX2D) +
-                                        (q.dfY2D - t.dfY2D) * (q.dfY2D - t.dfY2D);
+                const double dfSquare =
+                    (q.dfX2D - t.dfX2D) * (q.dfX2D - t.dfX2D) + (q.dfY2D - t.dfY2D) * (q.dfY2D - t.dfY2D);
                 if (dfSquare < dfBest) {
                     dfBest = dfSquare;
                     nBest = c;
@@ -104,10 +105,10 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 0, -30, 0, {-30, 0, 11}, 3);  // more than 10 pixels from the plane
     addPeak(data, 1, 51, 50, {70, 50, 0}, 1);
     addPeak(data, 1, 11, 10, {11, 12, 0}, 6);
-    addPeak(data, 1, 15, 10, {12, 12, 0}, 0);   // exactly 5 pixels from the chain's end: not near enough
+    addPeak(data, 1, 15, 10, {12, 12, 0}, 0);  // exactly 5 pixels from the chain's end: not near enough
     addPeak(data, 2, 52, 50, {90, 50, 0}, 1);
     addPeak(data, 2, 12, 10, {12, 14, 0}, 6);
-    addPeak(data, 2, 12, 12, {12, 14, 0}, -5);  // joins the same chain; a weight below 0 doesn't count
+    addPeak(data, 2, 12, 12, {12, 14, 0}, -5);     // joins the same chain; a weight below 0 doesn't count
     addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: outside the limits
     CRunLog log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
@@ -166,7 +167,10 @@ TEST(Merging, TheIntegralThroughTheFramesIsATrapezoid)
 TEST(Merging, LengthLimitsDecideWhatAChainIs)
 {
     // Binary fractions, so that a length of exactly the limit is one.
-    const struct { float fLength; int nMerged, nShown; } aRow[] = {{16, 1, 1}, {16.001f, 0, 2}, {0, 1, 1}};
+    const struct {
+        float fLength;
+        int nMerged, nShown;
+    } aRow[] = {{16, 1, 1}, {16.001f, 0, 2}, {0, 1, 1}};
     for (const auto& row : aRow) {
         DataSet data = flatSeries(2);
         data.m_dfPixelSize = 1.0 / 1024;

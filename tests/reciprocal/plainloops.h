@@ -18,8 +18,8 @@ inline std::vector<uint64_t> bitsOf(const QList<Peak3D>& listPeak)
 {
     std::vector<uint64_t> vecBits;
     for (const Peak3D& peak : listPeak)
-        for (double df : {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D), peak.dfIPoint, peak.dfDStar,
-                          peak.dfH, peak.dfK, peak.dfL, double(peak.nID)}) {
+        for (double df : {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D), peak.dfIPoint,
+                          peak.dfDStar, peak.dfH, peak.dfK, peak.dfL, double(peak.nID)}) {
             uint64_t nBits;
             std::memcpy(&nBits, &df, sizeof(df));
             vecBits.push_back(nBits);

@@ -34,8 +34,8 @@ inline void placeAt(Peak3D& peak, const Vec3D& v)
 /// All reflections up to dfMaxDStar that pass the filter on h, k, l; the truth in dfH, dfK, dfL, intensities
 /// from 1 on with many weak ones, points with Gaussian noise (Å⁻¹), nID counting up.
 template <class Filter>
-QList<Peak3D> simulatedReflections(const QList<Vec3D>& listBasis, double dfMaxDStar, double dfNoise, Filter filter,
-                                   unsigned nSeed = 1)
+QList<Peak3D> simulatedReflections(const QList<Vec3D>& listBasis, double dfMaxDStar, double dfNoise,
+                                   Filter filter, unsigned nSeed = 1)
 {
     std::mt19937 random(nSeed);
     std::normal_distribution<double> noise(0, 1);

@@ -1,4 +1,5 @@
-// Rotation geometry: from a place on a frame to a point of reciprocal space, and the small services around it.
+// Rotation geometry: from a place on a frame to a point of reciprocal space, and the small services around
+// it.
 #pragma once
 
 #include "app/records/peak3d.h"
