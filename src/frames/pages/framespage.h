@@ -1,0 +1,33 @@
+// FramesPage: the tool box page "Frames" with the file table, the geometry and the auto play.
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QDoubleSpinBox;
+class QPushButton;
+class QSpinBox;
+class QTableWidget;
+
+/// The series as a table of files, the geometry of the experiment, the contrast limits and the auto play.
+///
+/// The page holds controls alone; MainWindow connects them and fills the table.
+class FramesPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit FramesPage(QWidget* pParent = nullptr);
+
+    QTableWidget* m_pFileTable;             ///< Name, Stage, Beam, Overall; a row per frame
+    QDoubleSpinBox* m_pWavelengthSpin;      ///< Å
+    QDoubleSpinBox* m_pPixelSizeSpin;       ///< Å⁻¹ per pixel
+    QDoubleSpinBox* m_pRotationAxisSpin;    ///< degrees
+    QCheckBox* m_pShowAxisCheck;            ///< "Show On EDP"
+    QDoubleSpinBox* m_pContrastMinSpin;     ///< pixel values shown as black
+    QDoubleSpinBox* m_pContrastMaxSpin;     ///< and as white
+    QDoubleSpinBox* m_pTiltRelaxationSpin;  ///< degrees over the whole series
+    QSpinBox* m_pPlayDelaySpin;             ///< ms
+    QPushButton* m_pPlayForwardButton;
+    QPushButton* m_pPlayBackwardButton;
+    QPushButton* m_pPlayStopButton;
+};

@@ -1,0 +1,30 @@
+// PeakSearchPage: the tool box page "Peak Search" with the hunting parameters and the mask.
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QDoubleSpinBox;
+class QPushButton;
+class QTableWidget;
+
+/// The controls of peak hunting; MainWindow connects them and fills the table. Radii in pixels.
+class PeakSearchPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PeakSearchPage(QWidget* pParent = nullptr);
+
+    QDoubleSpinBox* m_pPeakRadiusSpin;
+    QDoubleSpinBox* m_pBackgroundRadiusSpin;
+    QDoubleSpinBox* m_pThresholdSpin;
+    QDoubleSpinBox* m_pSmoothRadiusSpin;  ///< "Integration Radius", hidden; the smoothing radius
+    QTableWidget* m_pMaskTable;           ///< corners of each polygon; a row per polygon
+    QPushButton* m_pLoadMaskButton;
+    QPushButton* m_pClearMaskButton;
+    QCheckBox* m_pShowMaskCheck;
+    QCheckBox* m_pShowPeaksCheck;          ///< "Show Found Peaks"
+    QDoubleSpinBox* m_pIntegrationRadiusSpin;      ///< disc of the 2D integration
+    QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
+    QPushButton* m_pRunButton;
+};
