@@ -5,7 +5,7 @@
 #include "imaging/imgobj.h"
 
 #include <QGraphicsScene>
-#include <QtGui/qrgb.h>
+#include <QRgb>
 #include <QSize>
 #include <QVector>
 

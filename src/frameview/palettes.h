@@ -1,7 +1,7 @@
 // Palettes: the colour tables that turn display bytes into colours.
 #pragma once
 
-#include <QtGui/qrgb.h>
+#include <QRgb>
 #include <QVector>
 
 /// The table of 256 opaque colours of one palette, indexed by the display byte.

@@ -38,4 +38,5 @@ private:
     void clampToBound();
 
     QRectF m_rectBound;
+    bool m_bClamping = false;
 };

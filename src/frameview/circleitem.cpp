@@ -1,0 +1,11 @@
+#include "frameview/circleitem.h"
+
+#include <QPainter>
+
+void CircleItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    const int nCorner = int(-m_fSize);
+    const int nSide = int(2.f * m_fSize + 1.f);
+    pPainter->setPen(m_pen);
+    pPainter->drawArc(nCorner, nCorner, nSide, nSide, 0, 360 * 16);
+}

@@ -1,0 +1,21 @@
+#include "frameview/markoverlay.h"
+
+CViewUpdatePause::CViewUpdatePause(QGraphicsScene* pScene)
+{
+    if (!pScene)
+        return;
+    for (QGraphicsView* pView : pScene->views()) {
+        m_listView.append({pView, pView->viewportUpdateMode()});
+        pView->setViewportUpdateMode(QGraphicsView::NoViewportUpdate);
+    }
+}
+
+CViewUpdatePause::~CViewUpdatePause()
+{
+    for (const auto& pair : m_listView) {
+        if (!pair.first)
+            continue;
+        pair.first->setViewportUpdateMode(pair.second);
+        pair.first->viewport()->update();
+    }
+}
