@@ -41,8 +41,10 @@ class QProgressBar;
 class QPushButton;
 class QSlider;
 class QSpinBox;
-
+class QTableView;
 class QToolBox;
+class QwtPlot;
+class QwtPlotCurve;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -166,6 +168,13 @@ private:
     void runWithButton(bool& bFlag, QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
     void setButtonStatus(QPushButton* pButton, int nStatus);
     bool isRunning() const { return m_nRunDepth > 0; }
+    /// Whether the call comes from the event pump of a run: what it would change is in use.
+    bool isPumping() const { return m_nRunDepth > 0 && m_nPumpDepth > 0; }
+    /// For what must not happen under a run: with one under way, says so in log and status bar.
+    /// @param strWhat  what was asked for, such as "Opening files"
+    bool refuseDuringRun(const QString& strWhat);
+    /// What the user asked for during the run that has just ended.
+    void catchUpAfterRun();
 
     DataSet m_dataSet;
     PeakHuntingParameters m_hunting;
@@ -184,9 +193,13 @@ private:
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
     int m_nRunDepth = 0;        ///< runs under way, one inside the other
+    int m_nPumpDepth = 0;       ///< reports that are handling events for a run
     int m_nFrameAsked = 0;      ///< frame number asked for during a run; 0 none
     bool m_bCloseAsked = false; ///< the window was closed during a run
+    bool m_bRemapAsked = false; ///< a mapping parameter was changed during a run
+    bool m_bShowAsked = false;  ///< a limit of what is shown in 3D was changed during a run
     bool m_bPanelConnected = false;
+    QList<QMetaObject::Connection> m_listPanelConnection;
     QTimer m_timerPlay;
 
     TabWidget* m_pTabWidget = nullptr;
@@ -200,6 +213,9 @@ private:
     BaseImgView* m_pFrameView = nullptr;
     TextDataWidget* m_pTextData = nullptr;
     QGraphicsLineItem* m_pAxisLine = nullptr;
+    QTableView* m_pPeakTableView = nullptr;
+    QwtPlot* m_pCurvePlot = nullptr;
+    QwtPlotCurve* m_pCurve = nullptr;
     QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
 

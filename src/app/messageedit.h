@@ -1,0 +1,24 @@
+// MessageEdit: the message log of the window.
+#pragma once
+
+#include <QColor>
+#include <QString>
+#include <QTextBrowser>
+#include <QTextCharFormat>
+
+/// A log of coloured lines on a light ground, whatever the colours of the desktop.
+class MessageEdit : public QTextBrowser {
+    Q_OBJECT
+
+public:
+    explicit MessageEdit(QWidget* pParent = nullptr);
+
+    /// Appends a paragraph in that colour and moves the cursor to the end.
+    void addMessage(const QString& strText, const QColor& color = Qt::black);
+    /// Puts HTML text at the end, without a new paragraph. Links open in the user's browser.
+    void addHtml(const QString& strText, const QColor& color = Qt::black);
+
+private:
+    QTextCharFormat m_format;
+    QString m_strFontFamily;
+};

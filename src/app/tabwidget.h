@@ -1,0 +1,13 @@
+// TabWidget: the central widget, a page for each view of the data set.
+#pragma once
+
+#include <QTabWidget>
+
+class TabWidget : public QTabWidget {
+    Q_OBJECT
+
+public:
+    explicit TabWidget(QWidget* pParent = nullptr);
+
+    QSize minimumSizeHint() const override;
+};
