@@ -1,0 +1,105 @@
+#include "frames/pages/framespage.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nRowHeight = 20;  // pixels
+
+QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals, double dfStep,
+                         const QString& strSuffix = {})
+{
+    auto* pSpin = new QDoubleSpinBox(pParent);
+    pSpin->setDecimals(nDecimals);
+    pSpin->setRange(dfLimitLow, dfLimitHigh);
+    pSpin->setSingleStep(dfStep);
+    pSpin->setSuffix(strSuffix);
+    pSpin->setAlignment(Qt::AlignRight);
+    return pSpin;
+}
+
+QTableWidget* makeFileTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 4, pParent);
+    pTable->setHorizontalHeaderLabels({FramesPage::tr("Name"), FramesPage::tr("Stage"), FramesPage::tr("Beam"),
+                                       FramesPage::tr("Overall")});
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->setAlternatingRowColors(true);
+    pTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    pTable->setToolTip(FramesPage::tr("File names of the images in the series"));
+    return pTable;
+}
+
+}  // namespace
+
+FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+
+    auto* pFiles = new QGroupBox(tr("Files"), this);
+    auto* pFilesLayout = new QVBoxLayout(pFiles);
+    m_pFileTable = makeFileTable(pFiles);
+    pFilesLayout->addWidget(m_pFileTable);
+    pPageLayout->addWidget(pFiles, 1);
+
+    m_pWavelengthSpin = makeSpin(this, 0, 10000, 6, 0.0005, QStringLiteral(" Å"));
+    m_pPixelSizeSpin = makeSpin(this, 0, 10000, 6, 0.00005, QStringLiteral(" Å⁻¹"));
+    m_pRotationAxisSpin = makeSpin(this, -180, 180, 1, 0.1, QStringLiteral("°"));
+    m_pShowAxisCheck = new QCheckBox(tr("Show On EDP"), this);
+    m_pTiltRelaxationSpin = makeSpin(this, -180, 180, 1, 1, QStringLiteral("°"));
+
+    auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
+    m_pContrastMinSpin = makeSpin(pContrast, -1000000, 1000000, 2, 10);
+    m_pContrastMaxSpin = makeSpin(pContrast, -1000000, 1000000, 2, 10);
+    auto* pContrastLayout = new QGridLayout(pContrast);
+    pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
+    pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);
+    pContrastLayout->addWidget(new QLabel(tr("Max."), pContrast), 1, 0);
+    pContrastLayout->addWidget(m_pContrastMaxSpin, 1, 1);
+    pContrastLayout->setColumnStretch(1, 100);
+
+    auto* pGrid = new QGridLayout;
+    pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
+    pGrid->addWidget(m_pWavelengthSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Pixel Size"), this), 1, 0);
+    pGrid->addWidget(m_pPixelSizeSpin, 1, 1);
+    pGrid->addWidget(new QLabel(tr("Rotation Axis At"), this), 2, 0);
+    pGrid->addWidget(m_pRotationAxisSpin, 2, 1);
+    pGrid->addWidget(m_pShowAxisCheck, 2, 2);
+    pGrid->addWidget(pContrast, 3, 0, 2, 3);
+    pGrid->addWidget(new QLabel(tr("Tilt Relaxation"), this), 5, 0);
+    pGrid->addWidget(m_pTiltRelaxationSpin, 5, 1);
+    pGrid->setColumnStretch(1, 100);
+    pPageLayout->addLayout(pGrid);
+
+    auto* pPlay = new QGroupBox(tr("Auto Play"), this);
+    auto* pPlayLayout = new QHBoxLayout(pPlay);
+    m_pPlayDelaySpin = new QSpinBox(pPlay);
+    m_pPlayDelaySpin->setRange(0, 1000000);
+    m_pPlayDelaySpin->setSingleStep(10);
+    m_pPlayDelaySpin->setSuffix(QStringLiteral(" ms"));
+    m_pPlayDelaySpin->setMaximumWidth(70);
+    m_pPlayDelaySpin->setAlignment(Qt::AlignRight);
+    m_pPlayForwardButton = new QPushButton(QStringLiteral("►"), pPlay);
+    m_pPlayBackwardButton = new QPushButton(QStringLiteral("◄"), pPlay);
+    m_pPlayStopButton = new QPushButton(QStringLiteral("■"), pPlay);
+    pPlayLayout->addWidget(new QLabel(tr("Delay"), pPlay));
+    pPlayLayout->addWidget(m_pPlayDelaySpin);
+    for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
+        pPlayLayout->addWidget(pButton);
+    pPageLayout->addWidget(pPlay);
+}

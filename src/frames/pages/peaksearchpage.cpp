@@ -1,0 +1,119 @@
+#include "frames/pages/peaksearchpage.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFont>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QIcon>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nRowHeight = 20;        // pixels
+const int g_nRunButtonHeight = 30;  // pixels
+
+QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, double dfStep,
+                         const QString& strSuffix)
+{
+    auto* pSpin = new QDoubleSpinBox(pParent);
+    pSpin->setRange(dfLimitLow, dfLimitHigh);
+    pSpin->setSingleStep(dfStep);
+    pSpin->setSuffix(strSuffix);
+    pSpin->setAlignment(Qt::AlignRight);
+    pSpin->setGroupSeparatorShown(true);
+    return pSpin;
+}
+
+QDoubleSpinBox* makeRadiusSpin(QWidget* pParent, double dfStep)
+{
+    return makeSpin(pParent, 0, 1000, dfStep, QStringLiteral(" pix."));
+}
+
+QTableWidget* makeMaskTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 1, pParent);
+    pTable->setHorizontalHeaderLabels({PeakSearchPage::tr("Point Counts")});
+    pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->setAlternatingRowColors(true);
+    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    pTable->setToolTip(PeakSearchPage::tr("Masks for areas to exclude in peak hunting"));
+    return pTable;
+}
+
+}  // namespace
+
+PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+    auto* pSearch = new QGroupBox(tr("Peak Search && Intensity Extraction"), this);
+    auto* pGrid = new QGridLayout(pSearch);
+    pPageLayout->addWidget(pSearch);
+
+    m_pPeakRadiusSpin = makeRadiusSpin(pSearch, 0.5);
+    m_pBackgroundRadiusSpin = makeRadiusSpin(pSearch, 0.5);
+    m_pThresholdSpin = makeSpin(pSearch, -100000, 1000000, 0.1, {});
+    // A preview costs transforms of the whole frame: one for each finished edit, not for each key.
+    for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
+        pSpin->setKeyboardTracking(false);
+    m_pSmoothRadiusSpin = makeRadiusSpin(pSearch, 0.1);
+    auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
+    pGrid->addWidget(new QLabel(tr("Peak Radius"), pSearch), 0, 0);
+    pGrid->addWidget(m_pPeakRadiusSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Background Radius"), pSearch), 1, 0);
+    pGrid->addWidget(m_pBackgroundRadiusSpin, 1, 1);
+    pGrid->addWidget(new QLabel(tr("(Peak- B.G.) Threshold"), pSearch), 2, 0);
+    pGrid->addWidget(m_pThresholdSpin, 2, 1);
+    pGrid->addWidget(pSmoothLabel, 3, 0);
+    pGrid->addWidget(m_pSmoothRadiusSpin, 3, 1);
+    pSmoothLabel->hide();
+    m_pSmoothRadiusSpin->hide();
+
+    auto* pMask = new QGroupBox(tr("Mask"), pSearch);
+    auto* pMaskLayout = new QVBoxLayout(pMask);
+    m_pMaskTable = makeMaskTable(pMask);
+    pMaskLayout->addWidget(m_pMaskTable);
+    auto* pMaskButtons = new QHBoxLayout;
+    m_pLoadMaskButton = new QPushButton(tr("Load..."), pMask);
+    m_pLoadMaskButton->setToolTip(tr("Load mask data from a file"));
+    m_pClearMaskButton = new QPushButton(tr("Clear"), pMask);
+    m_pClearMaskButton->setToolTip(tr("Clear all mask data"));
+    m_pShowMaskCheck = new QCheckBox(tr("Show"), pMask);
+    m_pShowMaskCheck->setToolTip(tr("Show masks as overlay"));
+    pMaskButtons->addWidget(m_pLoadMaskButton);
+    pMaskButtons->addWidget(m_pClearMaskButton);
+    pMaskButtons->addWidget(m_pShowMaskCheck);
+    pMaskLayout->addLayout(pMaskButtons);
+    pGrid->addWidget(pMask, 4, 0, 1, 2);
+
+    m_pShowPeaksCheck = new QCheckBox(tr("Show Found Peaks"), pSearch);
+    pGrid->addWidget(m_pShowPeaksCheck, 5, 0, 1, 2);
+
+    auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
+    auto* pIntegrationLayout = new QGridLayout(pIntegration);
+    m_pIntegrationRadiusSpin = makeRadiusSpin(pIntegration, 0.1);
+    m_pIntegrationBackgroundSpin = makeRadiusSpin(pIntegration, 0.1);
+    m_pIntegrationRadiusSpin->setDecimals(1);
+    m_pIntegrationBackgroundSpin->setDecimals(1);
+    pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
+    pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
+    pIntegrationLayout->addWidget(new QLabel(tr("Background"), pIntegration), 1, 0);
+    pIntegrationLayout->addWidget(m_pIntegrationBackgroundSpin, 1, 1);
+    pIntegrationLayout->setColumnStretch(1, 1);
+    pGrid->addWidget(pIntegration, 6, 0, 1, 2);
+
+    m_pRunButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Run"), pSearch);
+    m_pRunButton->setStatusTip(tr("Hunting peaks in diffraction patterns"));
+    m_pRunButton->setMinimumHeight(g_nRunButtonHeight);
+    QFont font = m_pRunButton->font();
+    font.setWeight(QFont::Bold);
+    m_pRunButton->setFont(font);
+    pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);
+    pGrid->setColumnStretch(1, 1);
+}

@@ -1,0 +1,90 @@
+#include "frames/pages/shiftpage.h"
+
+#include <QAction>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QIcon>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nRowHeight = 20;       // pixels
+const int g_nRunButtonHeight = 30;  // pixels
+
+QTableWidget* makeShiftTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 2, pParent);
+    pTable->setHorizontalHeaderLabels({QStringLiteral("x"), QStringLiteral("y")});
+    pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->setAlternatingRowColors(true);
+    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    pTable->setToolTip(ShiftPage::tr("Shift of the images with respect to the first one"));
+    return pTable;
+}
+
+QDoubleSpinBox* makeCenterSpin(QWidget* pParent)
+{
+    auto* pSpin = new QDoubleSpinBox(pParent);
+    pSpin->setRange(0, 100000);
+    pSpin->setDecimals(2);
+    pSpin->setAlignment(Qt::AlignRight);
+    pSpin->setGroupSeparatorShown(true);
+    return pSpin;
+}
+
+}  // namespace
+
+ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+
+    auto* pRegion = new QGroupBox(tr("Reference Region"), this);
+    auto* pRegionLayout = new QHBoxLayout(pRegion);
+    auto* pToolBar = new QToolBar(pRegion);
+    pToolBar->addActions(listSizeAction);
+    pRegionLayout->addStretch();
+    pRegionLayout->addWidget(pToolBar);
+    pRegionLayout->addStretch();
+    pPageLayout->addWidget(pRegion);
+
+    m_pRunButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Run"), this);
+    m_pRunButton->setStatusTip(tr("Run shift evaluation"));
+    m_pRunButton->setMinimumHeight(g_nRunButtonHeight);
+    m_pRunButton->setEnabled(false);
+    pPageLayout->addWidget(m_pRunButton);
+
+    auto* pShift = new QGroupBox(tr("Shift (Pixels)"), this);
+    auto* pShiftLayout = new QVBoxLayout(pShift);
+    m_pShiftTable = makeShiftTable(pShift);
+    pShiftLayout->addWidget(m_pShiftTable, 1);
+
+    auto* pCenter = new QGroupBox(tr("Center (Direct Beam) At"), pShift);
+    auto* pCenterLayout = new QGridLayout(pCenter);
+    m_pCenterXSpin = makeCenterSpin(pCenter);
+    m_pCenterYSpin = makeCenterSpin(pCenter);
+    pCenterLayout->addWidget(new QLabel(tr("X"), pCenter), 0, 0);
+    pCenterLayout->addWidget(m_pCenterXSpin, 0, 1);
+    pCenterLayout->addWidget(new QLabel(tr("Y"), pCenter), 0, 2);
+    pCenterLayout->addWidget(m_pCenterYSpin, 0, 3);
+    pCenterLayout->setColumnStretch(1, 1);
+    pCenterLayout->setColumnStretch(3, 1);
+    pShiftLayout->addWidget(pCenter);
+
+    auto* pButtonLayout = new QHBoxLayout;
+    m_pLoadButton = new QPushButton(tr("Load..."), pShift);
+    m_pLoadButton->setToolTip(tr("Load data of shift corrections from a file"));
+    m_pExportButton = new QPushButton(tr("Export..."), pShift);
+    m_pExportButton->setToolTip(tr("Save data of shift corrections in the above list to a file"));
+    pButtonLayout->addWidget(m_pLoadButton);
+    pButtonLayout->addWidget(m_pExportButton);
+    pShiftLayout->addLayout(pButtonLayout);
+    pPageLayout->addWidget(pShift, 1);
+}
