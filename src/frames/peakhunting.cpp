@@ -268,7 +268,9 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
         return false;
     }
     dataSet.m_listPeakFrame = listFound;
-    if (options.bSave)
+    const bool bAnyPeak = std::any_of(listFound.begin(), listFound.end(),
+                                      [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
+    if (options.bSave && (bAnyPeak || options.bSaveEmpty))
         savePeakList(dataSet, report);
     if (options.fnAfterStored)
         options.fnAfterStored();

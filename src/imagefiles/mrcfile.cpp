@@ -1,5 +1,6 @@
 #include "imagefiles/mrcfile.h"
 
+#include "app/records/wholefile.h"
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -192,7 +193,7 @@ int saveWhole(const QString& strFileName, const uint8_t* pData, size_t nSize)
         file.cancelWriting();
         return 0;
     }
-    return file.commit() ? 1 : 0;
+    return commitWhole(file) ? 1 : 0;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tools/batch/batchoptions.h"
 
+#include "app/dataset/pagerounding.h"
+
 #include <QCommandLineParser>
 #include <QFileInfo>
 
@@ -164,7 +166,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"to", "Last stage to run.", "stage", "index"},
         {"out", "Folder of the result files; default: beside the project.", "folder"},
         {"region", "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
-                   "default auto, 256 or larger round the beam found on the frames.", "X,Y,SIZE"},
+                   "default auto, 256 or larger round the beam found on the frames; the window has none of "
+                   "its own, so --window-defaults leaves this auto.", "X,Y,SIZE"},
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
         {"space-group", "Number of the space group for the reflection groups, 1 to 230; default 1.", "number"},
@@ -231,8 +234,14 @@ QString contradiction(const BatchOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(batchStageName(o.stageTo), batchStageName(o.stageFrom));
     }
-    if (o.cell.m_dfCellRangeMin >= o.cell.m_dfCellRangeMax) {
+    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >= spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
         return QStringLiteral("--cell-min has to be below --cell-max");
+    }
+    for (const QString& strFile : o.listInput + QStringList{o.strMaskFile, o.strCellFile}) {
+        if (!strFile.isEmpty() && !o.strJsonFile.isEmpty() &&
+            QFileInfo(strFile).absoluteFilePath() == QFileInfo(o.strJsonFile).absoluteFilePath()) {
+            return QStringLiteral("--json %1 would overwrite an input file").arg(o.strJsonFile);
+        }
     }
     if (o.nGroup >= 0 && o.stageFrom < BatchStage::Merge) {
         return QStringLiteral("--group chooses from a peak list: it goes with --from merge, cell or index");
@@ -282,6 +291,11 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     options.strMaskFile = parser.value(QStringLiteral("mask"));
     options.strCellFile = parser.value(QStringLiteral("cell"));
     options.strJsonFile = parser.value(QStringLiteral("json"));
+    for (const char* pszName : {"out", "mask", "cell", "json"}) {
+        if (parser.isSet(QLatin1String(pszName)) && parser.value(QLatin1String(pszName)).isEmpty()) {
+            strError = QStringLiteral("--%1: no name given").arg(QLatin1String(pszName));
+        }
+    }
     options.bWindowDefaults = parser.isSet(QStringLiteral("window-defaults"));
     options.stageFrom = BatchStage(choice(parser, QStringLiteral("from"), batchStageNames(), 0, strError));
     options.stageTo = BatchStage(choice(parser, QStringLiteral("to"), batchStageNames(), 4, strError));

@@ -7,11 +7,8 @@
 
 CBatchReport::CBatchReport() : m_bTerminal(isatty(STDERR_FILENO) != 0) {}
 
-void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
+void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor)
 {
-    if (color == Qt::red) {
-        ++m_nRed;
-    }
     clearProgressLine();
     m_strLog += strText + QLatin1Char('\n');
     const QByteArray bytes = (strText + QLatin1Char('\n')).toUtf8();
@@ -22,7 +19,7 @@ void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
 void CBatchReport::addHtml(const QString& strHtml, Qt::GlobalColor color)
 {
     // A terminal follows no links: the anchors go, with their text.
-    static const QRegularExpression anchor(QStringLiteral("<a [^>]*>.*</a>"));
+    static const QRegularExpression anchor(QStringLiteral("<a [^>]*>.*?</a>"));
     static const QRegularExpression tag(QStringLiteral("<[^>]*>"));
     QString strText = strHtml;
     strText.remove(anchor);

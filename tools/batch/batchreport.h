@@ -6,7 +6,7 @@
 #include <QString>
 
 /// Lines go to the standard output as they come; where the standard error is a terminal, progress
-/// shows there in one line. Red lines are counted, since some failures only show in the log.
+/// shows there in one line.
 class CBatchReport : public CRunReport {
 public:
     CBatchReport();
@@ -18,7 +18,6 @@ public:
     void endProgress() override;
 
     const QString& log() const { return m_strLog; }
-    int redCount() const { return m_nRed; }
 
 private:
     void clearProgressLine();
@@ -27,7 +26,6 @@ private:
     QString m_strFormat;
     int m_nMinimum = 0;
     int m_nMaximum = 0;
-    int m_nRed = 0;
     bool m_bTerminal = false;
     bool m_bLineShown = false;
 };

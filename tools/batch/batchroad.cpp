@@ -20,6 +20,7 @@
 #include "reciprocal/indexing.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "tools/batch/filekeeper.h"
 #include "tools/batch/filestamp.h"
 
 #include <QDir>
@@ -41,6 +42,14 @@ void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
 {
     if (dfGiven) {
         dfTarget = *dfGiven;
+    }
+}
+
+/// A limit as its box would hold it; the range has been seen to on the command line.
+void takeLimit(const std::optional<double>& dfGiven, double& dfTarget)
+{
+    if (dfGiven) {
+        dfTarget = spinBoxValue(*dfGiven, 2, *dfGiven, *dfGiven);
     }
 }
 
@@ -92,7 +101,7 @@ bool CBatchRoad::fail(const QString& strText)
 
 QString CBatchRoad::resultBase() const
 {
-    if (m_dataSet.m_strProjectName.isEmpty()) {
+    if (!m_bOpened) {
         return {};
     }
     return m_dataSet.m_strProjectDir + QLatin1Char('/') + m_dataSet.m_strProjectName;
@@ -128,6 +137,7 @@ bool CBatchRoad::open()
         return false;
     }
     takeGeometry();
+    m_strInputDir = m_dataSet.m_strProjectDir;
     m_summary[QStringLiteral("name")] = m_dataSet.m_strProjectName;
     m_summary[QStringLiteral("frames")] = m_dataSet.m_listFrameFile.size();
     if (m_dataSet.m_listFrameFile.isEmpty()) {
@@ -206,6 +216,7 @@ bool CBatchRoad::prepareResultFolder()
     if (!folder.isDir() || !folder.isWritable()) {
         return fail(QStringLiteral("%1: the folder cannot be written.").arg(m_dataSet.m_strProjectDir));
     }
+    m_bOpened = true;
     return true;
 }
 
@@ -226,38 +237,64 @@ bool CBatchRoad::checkFrameFiles()
 
 bool CBatchRoad::loadEarlierStages()
 {
-    const int nFrames = m_dataSet.m_listFrameFile.size();
-    const bool bElsewhere = !m_options.strOutDir.isEmpty() || !m_options.isProject();
-    QString strReason;
-    // Opening a project has read what lies beside it; results in another folder come on top.
-    if (m_options.stageFrom > BatchStage::Shifts) {
-        const QString strFile = resultBase() + QStringLiteral(".sc");
-        if (bElsewhere && QFileInfo::exists(strFile) &&
-            loadShiftFile(m_dataSet, strFile, m_report, &strReason) == 0) {
-            return fail(QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
-        }
-        if (m_options.stageTo >= BatchStage::Merge && m_dataSet.m_listShift.size() != nFrames) {
-            return fail(QStringLiteral("%1: no shift data for the %2 frames; run the stage shifts first.")
-                            .arg(strFile).arg(nFrames));
-        }
+    if (m_options.stageFrom > BatchStage::Shifts && !loadShifts()) {
+        return false;
     }
     takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
     takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
-    if (m_options.stageFrom > BatchStage::Peaks) {
-        const QString strFile = resultBase() + QStringLiteral(".pk");
-        if (bElsewhere && QFileInfo::exists(strFile) &&
-            readPeakList(m_dataSet, strFile, m_report, &strReason) == 0) {
-            return fail(QStringLiteral("%1: no peaks loaded. %2").arg(strFile, strReason));
-        }
-        if (m_dataSet.m_listPeakFrame.size() != nFrames) {
-            return fail(QStringLiteral("%1: no peak list for the %2 frames; run the stage peaks first.")
-                            .arg(strFile).arg(nFrames));
-        }
+    if (m_options.stageFrom > BatchStage::Peaks && !loadPeaks()) {
+        return false;
     }
     if (m_options.stageFrom > BatchStage::Cell && m_options.strCellFile.isEmpty()) {
-        return loadCell(sideFileName(m_dataSet, QStringLiteral("uc"), QStringLiteral("unitcell.txt")));
+        return loadCell(earlierCellFile());
     }
     return true;
+}
+
+// Opening a project has read what lies beside it; results in another folder come on top.
+bool CBatchRoad::loadShifts()
+{
+    const QString strFile = resultBase() + QStringLiteral(".sc");
+    QString strReason;
+    if (QFileInfo::exists(strFile) && loadShiftFile(m_dataSet, strFile, m_report, &strReason) == 0) {
+        return fail(QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
+    }
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    if (m_options.stageTo >= BatchStage::Merge && m_dataSet.m_listShift.size() != nFrames) {
+        return fail(QStringLiteral("No shift data for the %1 frames in %2 or %3; run the stage shifts first.")
+                        .arg(nFrames).arg(m_dataSet.m_strProjectDir, m_strInputDir));
+    }
+    return true;
+}
+
+bool CBatchRoad::loadPeaks()
+{
+    const QString strFile = resultBase() + QStringLiteral(".pk");
+    QString strReason;
+    const bool bRead = m_strInputDir == m_dataSet.m_strProjectDir && m_options.isProject();
+    if (!bRead && QFileInfo::exists(strFile) && readPeakList(m_dataSet, strFile, m_report, &strReason) == 0) {
+        return fail(QStringLiteral("%1: no peaks loaded. %2").arg(strFile, strReason));
+    }
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    if (m_dataSet.m_listPeakFrame.size() != nFrames) {
+        return fail(QStringLiteral("No peak list for the %1 frames in %2 or %3; run the stage peaks first.")
+                        .arg(nFrames).arg(m_dataSet.m_strProjectDir, m_strInputDir));
+    }
+    return true;
+}
+
+QString CBatchRoad::earlierCellFile() const
+{
+    const QString strOwn = QStringLiteral(".uc");
+    for (const QString& strFolder : {m_dataSet.m_strProjectDir, m_strInputDir}) {
+        for (const QString& strName : {m_dataSet.m_strProjectName + strOwn, QStringLiteral("unitcell.txt")}) {
+            const QString strFile = strFolder + QLatin1Char('/') + strName;
+            if (QFileInfo::exists(strFile)) {
+                return strFile;
+            }
+        }
+    }
+    return resultBase() + strOwn;
 }
 
 bool CBatchRoad::loadCell(const QString& strFileName)
@@ -317,8 +354,16 @@ bool CBatchRoad::runShifts()
     if (!runShiftEvaluation(m_dataSet, QRectF(rcRegion), m_report, options)) {
         return fail(QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
     }
-    takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
-    takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
+    if (!replacedSince(stamp, strFile)) {
+        return false;
+    }
+    if (m_options.dfCenterX || m_options.dfCenterY) {
+        takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
+        takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
+        if (!writeShifts(strFile)) {
+            return false;
+        }
+    }
     double dfMaximum = 0;
     for (const QPointF& ptShift : m_dataSet.m_listShift) {
         dfMaximum = std::max({dfMaximum, std::abs(ptShift.x()), std::abs(ptShift.y())});
@@ -336,7 +381,18 @@ bool CBatchRoad::runShifts()
         arrayJump.append(nFrame + 1);
     }
     m_summary[QStringLiteral("shiftJumps")] = arrayJump;
-    return replacedSince(stamp, strFile);
+    return true;
+}
+
+bool CBatchRoad::writeShifts(const QString& strFileName)
+{
+    QString strReason;
+    if (!writeShiftFile(strFileName, {m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY, m_dataSet.m_listShift},
+                        &strReason)) {
+        return fail(strReason);
+    }
+    m_report.addMessage(QStringLiteral("Shift correction data with the given center saved to %1.").arg(strFileName));
+    return true;
 }
 
 bool CBatchRoad::runPeaks()
@@ -357,6 +413,7 @@ bool CBatchRoad::runPeaks()
     const QString strFile = resultBase() + QStringLiteral(".pk");
     const FileStamp stamp = FileStamp::of(strFile);
     PeakHuntingOptions options;
+    options.bSaveEmpty = false;
     options.nJobs = m_options.nJobs > 0 ? m_options.nJobs : int(std::max(1u, std::thread::hardware_concurrency()));
     if (!runPeakHunting(m_dataSet, parameters, filters, m_report, options)) {
         return false;
@@ -379,10 +436,10 @@ bool CBatchRoad::runMerge()
         m_mapping.m_dfIntensityMin = -NO_LIMIT;
         m_mapping.m_dfIntensityMax = NO_LIMIT;
     }
-    takeOver(m_options.dfResolutionMin, m_mapping.m_dfResolutionMin);
-    takeOver(m_options.dfResolutionMax, m_mapping.m_dfResolutionMax);
-    takeOver(m_options.dfIntensityMin, m_mapping.m_dfIntensityMin);
-    takeOver(m_options.dfIntensityMax, m_mapping.m_dfIntensityMax);
+    takeLimit(m_options.dfResolutionMin, m_mapping.m_dfResolutionMin);
+    takeLimit(m_options.dfResolutionMax, m_mapping.m_dfResolutionMax);
+    takeLimit(m_options.dfIntensityMin, m_mapping.m_dfIntensityMin);
+    takeLimit(m_options.dfIntensityMax, m_mapping.m_dfIntensityMax);
     if (!transformPeaksTo3D(m_dataSet, m_mapping, m_report)) {
         return false;
     }
@@ -430,9 +487,8 @@ bool CBatchRoad::runIndex()
         !loadCell(m_options.strCellFile)) {
         return false;
     }
-    const QString astrFile[] = {resultBase() + QStringLiteral(".hkl"), resultBase() + QStringLiteral(".p4p"),
-                                resultBase() + QStringLiteral(".ipf")};
-    const FileStamp aStamp[] = {FileStamp::of(astrFile[0]), FileStamp::of(astrFile[1]), FileStamp::of(astrFile[2])};
+    CFileKeeper keeper({resultBase() + QStringLiteral(".hkl"), resultBase() + QStringLiteral(".p4p"),
+                        resultBase() + QStringLiteral(".ipf")});
     const IndexingResult result =
         runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing, m_report);
     if (result.status != IndexingStatus::Finished) {
@@ -453,11 +509,18 @@ bool CBatchRoad::runIndex()
     m_summary[QStringLiteral("onEdge")] = result.listOnEdgeID.size();
     refineCell(listWhole);
     reportCentreOffset(listWhole);
-    for (int i = 0; i < 3; ++i) {
-        if (!replacedSince(aStamp[i], astrFile[i])) {
-            return fail(QStringLiteral("%1 was not written.").arg(astrFile[i]));
-        }
+    const bool bAny = std::any_of(listWhole.begin(), listWhole.end(), [](const Peak3D& peak) {
+        return peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
+    });
+    if (!bAny) {
+        return fail(QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
     }
+    QString strMissing;
+    if (!keeper.allReplaced(strMissing)) {
+        return fail(QStringLiteral("%1 was not written; the files of the stage are as they were before.")
+                        .arg(strMissing));
+    }
+    keeper.done();
     return true;
 }
 

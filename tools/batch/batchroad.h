@@ -30,7 +30,11 @@ private:
     bool prepareResultFolder();
     bool checkFrameFiles();
     bool loadEarlierStages();
+    bool loadShifts();
+    bool loadPeaks();
     bool loadCell(const QString& strFileName);
+    QString earlierCellFile() const;
+    bool writeShifts(const QString& strFileName);
     bool runStage(BatchStage stage);
     bool runShifts();
     bool runPeaks();
@@ -49,4 +53,6 @@ private:
     MappingParameters m_mapping;
     QJsonObject m_summary;
     QJsonObject m_times;
+    QString m_strInputDir;  ///< folder of the project or the first image; results may go elsewhere
+    bool m_bOpened = false;
 };

@@ -1,4 +1,5 @@
 // tessera-batch: the whole road from frames to result files, without a window.
+#include "app/records/wholefile.h"
 #include "tools/batch/batchoptions.h"
 #include "tools/batch/batchreport.h"
 #include "tools/batch/batchroad.h"
@@ -6,21 +7,32 @@
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QLocale>
-#include <QSaveFile>
 
 #include <cstdio>
+#include <exception>
 
 namespace {
 
-/// Whole or not at all; says on the standard error what is wrong.
 bool writeFile(const QString& strFileName, const QByteArray& bytes)
 {
-    QSaveFile file(strFileName);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) {
+    QString strReason;
+    if (writeWholeFile(strFileName, bytes, false, &strReason)) {
         return true;
     }
-    std::fprintf(stderr, "%s: %s\n", strFileName.toUtf8().constData(),
-                 file.errorString().toUtf8().constData());
+    std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
+    return false;
+}
+
+/// Walks the road. What no stage expects, such as memory that is not there, ends it like bad data.
+bool walk(CBatchRoad& road, CBatchReport& report)
+{
+    try {
+        return road.run();
+    } catch (const std::exception& error) {
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromUtf8(error.what())), Qt::red);
+    } catch (const wchar_t* pszError) {
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszError).trimmed()), Qt::red);
+    }
     return false;
 }
 
@@ -47,13 +59,15 @@ int main(int argc, char* argv[])
 
     CBatchReport report;
     CBatchRoad road(*options, report);
-    bool bReached = road.run();
+    bool bReached = walk(road, report);
     const QString strBase = road.resultBase();
     if (!strBase.isEmpty()) {
         bReached = writeFile(strBase + QStringLiteral(".log"), report.log().toUtf8()) && bReached;
     }
     if (!options->strJsonFile.isEmpty()) {
-        bReached = writeFile(options->strJsonFile, QJsonDocument(road.summary()).toJson()) && bReached;
+        QJsonObject summary = road.summary();
+        summary[QStringLiteral("reached")] = bReached;
+        bReached = writeFile(options->strJsonFile, QJsonDocument(summary).toJson()) && bReached;
     }
     return bReached ? 0 : 1;
 }

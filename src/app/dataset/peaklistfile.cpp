@@ -4,13 +4,14 @@
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
 #include "app/records/groupmask.h"
-
-#include <QSaveFile>
+#include "app/records/wholefile.h"
 
 #include <cmath>
 #include <vector>
 
 namespace {
+
+const qint64 g_nMaxPeakList = 2000000000;  ///< bytes: what a QByteArray holds, some 28 million peaks
 
 struct PeakLine {
     int nSerial;
@@ -64,7 +65,8 @@ bool scanPeakLine(const char* pBegin, const char* pEnd, PeakLine& line)
             return false;
         line.nMask = maskOfText(strMask);
     }
-    return line.nFrame >= 0 && std::isfinite(line.fX) && std::isfinite(line.fY);
+    return line.nFrame >= 0 && std::isfinite(line.fX) && std::isfinite(line.fY) && std::isfinite(line.fI) &&
+           std::isfinite(line.fI2D);
 }
 
 bool isLineEnd(char c)
@@ -92,7 +94,8 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
     const QByteArray bytesText = withoutByteOrderMark(bytesFile);
     const int nLines = countLines(bytesText);
     std::vector<PeakLine> vecLine;
-    vecLine.reserve(size_t(nLines));
+    // The shortest line that holds a peak has 12 characters; what has more lines than that is no list.
+    vecLine.reserve(size_t(qMin(nLines, bytesText.size() / 12)));
 
     report.startProgress(QStringLiteral("%p%"), 1, nLines / 1000);
     int nLine = 0;
@@ -192,7 +195,7 @@ int readPeakList(DataSet& data, const QString& strFileName, CRunReport& report, 
     if (pstrReason)
         pstrReason->clear();
     QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxTextFile, pstrReason))
+    if (!readFileBytes(strFileName, bytesFile, g_nMaxPeakList, pstrReason))
         return 0;
     return readPeakListBytes(data, bytesFile, strFileName, report, pstrReason);
 }
@@ -244,10 +247,8 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
         }
     }
     file.write(strText);
-    if (!file.commit()) {  // which also fails after a failed write
-        setReason(pstrReason, strFileName, file.errorString());
+    if (!commitWhole(file, pstrReason))
         return 0;
-    }
     if (nTooWide > 0)
         setReason(pstrReason, strFileName,
                   QStringLiteral("%1 lines hold a number as wide as its field and cannot be read back")

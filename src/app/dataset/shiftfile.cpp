@@ -3,9 +3,9 @@
 #include "app/dataset/fixednumber.h"
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
+#include "app/records/wholefile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <cmath>
 
@@ -87,10 +87,7 @@ static bool keepLongerFile(const QString& strFileName, int nNewFrames, QString* 
     QByteArray bytesOld;
     if (!readFileBytes(strFileName, bytesOld, g_nMaxTextFile, pstrReason))
         return false;
-    QSaveFile file(strKept);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytesOld) != bytesOld.size() || !file.commit())
-        return fail(pstrReason, QStringLiteral("%1: %2").arg(strKept, file.errorString()));
-    return true;
+    return writeWholeFile(strKept, bytesOld, false, pstrReason);
 }
 
 bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
@@ -109,8 +106,5 @@ bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString*
         appendFixed(strText, shift.listShift[i].y(), 2, 8);
         strText.append('\n');
     }
-    QSaveFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text) || file.write(strText) < 0 || !file.commit())
-        return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));
-    return true;
+    return writeWholeFile(strFileName, strText, true, pstrReason);
 }

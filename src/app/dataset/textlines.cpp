@@ -1,6 +1,7 @@
 #include "app/dataset/textlines.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTextCodec>
 
 static bool fail(QString* pstrReason, const QString& strReason)
@@ -12,6 +13,9 @@ static bool fail(QString* pstrReason, const QString& strReason)
 
 bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit, QString* pstrReason)
 {
+    const QFileInfo info(strFileName);
+    if (info.exists() && !info.isFile())
+        return fail(pstrReason, QStringLiteral("%1: not a file").arg(strFileName));  // a pipe may never answer
     QFile file(strFileName);
     if (!file.open(QIODevice::ReadOnly))
         return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));

@@ -5,8 +5,9 @@
 #include <QList>
 #include <QString>
 
-/// The largest text file that is read, bytes.
-constexpr qint64 g_nMaxTextFile = 2000000000;
+/// The largest text file that is read line by line, bytes: some hundred thousand lines, so that a file
+/// that is none of ours does not fill the memory with its lines.
+constexpr qint64 g_nMaxTextFile = 32000000;
 
 /// Reads a file whole.
 ///

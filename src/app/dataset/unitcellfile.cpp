@@ -3,10 +3,10 @@
 #include "app/dataset/fixednumber.h"
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
+#include "app/records/wholefile.h"
 #include "crystal/cellarithmetic.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <cmath>
 #include <limits>
@@ -88,11 +88,8 @@ bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrRe
         return false;
     }
     const QByteArray strText = unitCellText(data.m_listCell);
-    QSaveFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly) || file.write(strText) < 0 || !file.commit()) {
-        setReason(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));
+    if (!writeWholeFile(strFileName, strText, false, pstrReason))
         return false;
-    }
     data.m_strWorkingDir = QFileInfo(strFileName).absolutePath();
     return true;
 }
