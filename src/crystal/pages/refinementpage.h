@@ -1,0 +1,35 @@
+// RefinementPage: the tool box page "Unit Cell Refinement".
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QDoubleSpinBox;
+class QPushButton;
+
+/// The limits of the reflections that the refinement of the cell uses, and its buttons.
+///
+/// The page holds controls alone; MainWindow connects them.
+class RefinementPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit RefinementPage(QWidget* pParent = nullptr);
+
+    /// Enables the limits, the options and "Run". On at start.
+    void setRefinementAlive(bool bAlive);
+    /// Enables "Run from HKL list...". On at start.
+    void setRunFromListAlive(bool bAlive);
+
+    QDoubleSpinBox* m_pSpinRefineIntensityLow;
+    QDoubleSpinBox* m_pSpinRefineIntensityHigh;
+    QDoubleSpinBox* m_pSpinRefineDStarLow;   ///< Å⁻¹
+    QDoubleSpinBox* m_pSpinRefineDStarHigh;  ///< Å⁻¹
+    QCheckBox* m_pCheckRefine2D;
+    QCheckBox* m_pCheckOutputPeakList;
+    QPushButton* m_pButtonRunRefinement;
+    QPushButton* m_pButtonRunRefinementFromList;
+
+private:
+    QWidget* m_pLimits;  ///< the two groups
+};

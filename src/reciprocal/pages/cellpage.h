@@ -1,0 +1,85 @@
+// CellPage: the tool box page "Unit Cell Determination and Indexing".
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QComboBox;
+class QDoubleSpinBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QTableWidget;
+
+/// The search for the unit cell, the cell in force and its transformation, and the indexing.
+///
+/// The page holds controls alone; MainWindow connects them and fills the table and the six cell fields.
+/// Each setAlive method enables the groups of one stage; all are on at start.
+class CellPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit CellPage(QWidget* pParent = nullptr);
+
+    /// "Selection Used for Processing" and "Unit Cell Determination".
+    void setSearchAlive(bool bAlive);
+    /// "Unit Cell Transformation".
+    void setTransformationAlive(bool bAlive);
+    /// "Peak Indexing" and "Reflection Grouping".
+    void setIndexingAlive(bool bAlive);
+
+    /// Swaps the range and the search button for the groups of the manual assignment, or back.
+    void showManual(bool bManual);
+    /// Names rows and columns of the matrix after the space that is checked; then unchecks "Test".
+    void updateCellTransformMatrixLabels();
+
+    QTableWidget* m_pTableReflectionSelection;  ///< Label, Count, colour; groups of the merged 3D view
+
+    QRadioButton* m_pRadioCellAuto;  ///< checked at start
+    QRadioButton* m_pRadioCellManual;
+    QGroupBox* m_pGroupCellRange;
+    QDoubleSpinBox* m_pSpinCellRangeMin;  ///< Å
+    QDoubleSpinBox* m_pSpinCellRangeMax;  ///< Å
+    QPushButton* m_pButtonSearchCell;
+    QGroupBox* m_pGroupAssignViewingDirection;  ///< hidden at start
+    QPushButton* m_pButtonAssignRA;             ///< "a*"
+    QPushButton* m_pButtonAssignRB;
+    QPushButton* m_pButtonAssignRC;
+    QDoubleSpinBox* m_pSpinManualLengthA;  ///< length of a*, Å⁻¹
+    QDoubleSpinBox* m_pSpinManualLengthB;
+    QDoubleSpinBox* m_pSpinManualLengthC;
+
+    QLineEdit* m_apEditCell[6];  ///< a, b, c in Å, α, β, γ in degrees; read-only
+    QPushButton* m_pButtonLoadCell;
+    QPushButton* m_pButtonExportCell;
+
+    QRadioButton* m_pRadioSpaceReciprocal;  ///< checked at start
+    QRadioButton* m_pRadioSpaceReal;
+    QLineEdit* m_apEditMatrix[3][3];  ///< [row][column]; 1 on the diagonal, else 0
+    QPushButton* m_pButtonTest;       ///< checkable
+    QPushButton* m_pButtonTransform;
+
+    QDoubleSpinBox* m_pSpinIndexThreshold;  ///< largest distance of an index from a whole number
+    QCheckBox* m_pCheckOutputIndexing;
+    QCheckBox* m_pCheckOutputStatistics;
+    QCheckBox* m_pCheckOutputRefinedCell;  ///< in no layout and hidden: out of the user's reach
+    QPushButton* m_pButtonIndexMergedPeaks;
+    QComboBox* m_pComboReflectionGrouping;  ///< 230 space groups; the item data is the number
+
+private:
+    QGroupBox* makeSelection();
+    QGroupBox* makeDetermination();
+    QGroupBox* makeCell();
+    QGroupBox* makeTransformation();
+    QGroupBox* makeIndexing();
+
+    QGroupBox* m_pGroupSelection;
+    QGroupBox* m_pGroupDetermination;
+    QGroupBox* m_pGroupTransformation;
+    QGroupBox* m_pGroupIndexing;
+    QLabel* m_pLabelGrouping;
+    QLabel* m_apLabelColumn[3];
+    QLabel* m_apLabelRow[3];
+};
