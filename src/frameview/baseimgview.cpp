@@ -35,7 +35,7 @@ void BaseImgView::setScaleFactor(double dfScale)
     emit scaleChanged(dfScale);
 }
 
-bool BaseImgView::event(QEvent* pEvent)
+bool BaseImgView::viewportEvent(QEvent* pEvent)
 {
     // Where the platform opens menus on the press, the menu would swallow every drag.
     if (pEvent->type() == QEvent::ContextMenu && contextMenuPolicy() == Qt::ActionsContextMenu &&
@@ -46,7 +46,7 @@ bool BaseImgView::event(QEvent* pEvent)
         pEvent->accept();
         return true;
     }
-    return QGraphicsView::event(pEvent);
+    return QGraphicsView::viewportEvent(pEvent);
 }
 
 void BaseImgView::mousePressEvent(QMouseEvent* pEvent)

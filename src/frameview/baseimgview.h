@@ -28,7 +28,7 @@ signals:
     void zoomOut();
 
 protected:
-    bool event(QEvent* pEvent) override;
+    bool viewportEvent(QEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
     void mouseMoveEvent(QMouseEvent* pEvent) override;
     void mouseReleaseEvent(QMouseEvent* pEvent) override;

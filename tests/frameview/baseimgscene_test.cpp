@@ -1,0 +1,186 @@
+#include "frameview/baseimgscene.h"
+
+#include "frameview/palettes.h"
+#include "testscenes.h"
+
+#include <gtest/gtest.h>
+
+#include <QTimer>
+
+namespace {
+
+// The scene with an overlay, which only a derived scene can show.
+class COverlayScene : public BaseImgScene {
+public:
+    void showOverlay(int w, int h, unsigned char byte)
+    {
+        m_vecOverlay.push_back(std::make_unique<CImgObj<unsigned char>>());
+        m_vecOverlay[0]->Create(w, h);
+        std::fill_n(m_vecOverlay[0]->Data(), w * h, byte);
+        m_bOverlay = true;
+        updateOverlay();
+    }
+};
+
+}  // namespace
+
+TEST(BaseImgScene, DrawsEachPixelThroughThePalette)
+{
+    for (int nWidth : {1, 5, 6, 7, 8}) {  // rows that need padding elsewhere
+        BaseImgScene scene;
+        scene.setShowProgress(false);
+        // Values 7 apart from 1000, so that byte and value differ by a shift only.
+        const auto byteAt = [&](int x, int y) { return (y * nWidth + x) * 7; };
+        scene.setImagesLimits(makeFrame(nWidth, 4, [&](int x, int y) { return 1000 + byteAt(x, y); }),
+                              {{1000, 1255}});
+        EXPECT_EQ(scene.imageSize(), QSize(nWidth, 4));
+        for (int nPalette : {0, 2, 3, 1}) {
+            EXPECT_EQ(scene.setPalette(nPalette), nPalette);
+            const QImage picture = drawn(scene);
+            ASSERT_EQ(picture.size(), QSize(nWidth, 4));
+            for (int y = 0; y < 4; y++)
+                for (int x = 0; x < nWidth; x++)
+                    EXPECT_EQ(picture.pixel(x, y), paletteTable(nPalette)->at(byteAt(x, y)))
+                        << nWidth << ": " << x << ' ' << y << ", palette " << nPalette;
+        }
+        EXPECT_EQ(scene.setPalette(4), 1);
+        EXPECT_EQ(scene.setPalette(-1), 1);
+    }
+}
+
+TEST(BaseImgScene, LimitsAndOutputRangesSetTheContrast)
+{
+    BaseImgScene scene;
+    scene.setShowProgress(false);
+    const ImageList vecImage = makeFrame(4, 1, [](int x, int) { return 100.0 * x; });  // 0 100 200 300
+    const struct {
+        RangeList vecLimit, vecOut;
+        int aByte[4];
+    } aRow[] = {{{{100, 151}}, {}, {0, 0, 255, 255}},
+                {{{0, 300}}, {{50, 110}}, {50, 70, 90, 110}},
+                {{{0, 300}}, {{50, 110}, {0, 1}}, {0, 85, 170, 255}},  // another count: 0 to 255
+                {{{300, 0}}, {}, {255, 170, 85, 0}},                   // limits the wrong way round invert
+                {{{70, 70}}, {}, {0, 0, 0, 0}}};
+    for (const auto& row : aRow) {
+        scene.setImagesLimits(vecImage, row.vecLimit, row.vecOut);
+        const QImage picture = drawn(scene);
+        for (int x = 0; x < 4; x++)
+            EXPECT_EQ(qRed(picture.pixel(x, 0)), row.aByte[x]) << &row - aRow << ' ' << x;
+    }
+    // The automatic limits leave a thousandth of a ramp of 10000 out at either end.
+    scene.setImagesAuto(makeFrame(100, 100, [](int x, int y) { return 100 * y + x; }));
+    const QImage picture = drawn(scene);
+    EXPECT_EQ(qRed(picture.pixel(5, 0)), 0);
+    EXPECT_GT(qRed(picture.pixel(99, 0)), 0);
+    EXPECT_NEAR(qRed(picture.pixel(0, 50)), 127, 1);
+    EXPECT_LT(qRed(picture.pixel(0, 99)), 255);
+    EXPECT_EQ(qRed(picture.pixel(95, 99)), 255);
+}
+
+TEST(BaseImgScene, SwitchesAmongTheImagesOfAFrame)
+{
+    BaseImgScene scene;
+    scene.setShowProgress(false);
+    EXPECT_EQ(scene.imageSize(), QSize(-1, -1));
+    EXPECT_FALSE(scene.switchToIndex(0));
+    ImageList vecImage = makeFrame(9, 5, [](int, int) { return 10; });
+    vecImage.push_back(makeImage(3, 4, [](int, int) { return 20; }));
+    vecImage.push_back(nullptr);  // keeps its number
+    vecImage.push_back(makeImage(3, 4, [](int, int) { return 40; }));
+    const RangeList vecLimit(4, {0, 255});
+    scene.setImagesLimits(vecImage, vecLimit);
+    EXPECT_EQ(scene.currentIndex(), 0);
+    EXPECT_EQ(scene.sceneRect(), QRectF(0, 0, 9, 5));
+    EXPECT_TRUE(scene.switchToIndex(1));
+    EXPECT_EQ(scene.sceneRect(), QRectF(0, 0, 3, 4));
+    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 20);
+    EXPECT_TRUE(scene.switchToIndex(2));
+    EXPECT_EQ(drawn(scene).pixelColor(1, 1), QColor(Qt::magenta));  // nothing drawn
+    EXPECT_TRUE(scene.switchToIndex(3));
+    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 40);
+    EXPECT_FALSE(scene.switchToIndex(4));
+    EXPECT_FALSE(scene.switchToIndex(-1));
+    EXPECT_EQ(scene.currentIndex(), 3);
+
+    scene.setImagesLimits(vecImage, {{0, 1}});  // counts differ: everything stays
+    EXPECT_EQ(scene.currentIndex(), 3);
+    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 40);
+    scene.setImagesLimits(vecImage, vecLimit);  // a redraw comes back to the first
+    EXPECT_EQ(scene.currentIndex(), 0);
+    EXPECT_EQ(qRed(drawn(scene).pixel(8, 4)), 10);
+
+    scene.clearImages();
+    EXPECT_EQ(scene.currentIndex(), -1);
+    CImgObj<unsigned char> imgByte;
+    imgByte.Create(2, 2);
+    std::fill_n(imgByte.Data(), 4, 77);
+    scene.addImage(imgByte);
+    std::fill_n(imgByte.Data(), 4, 99);  // the scene has its own copy
+    scene.setPalette(1);
+    EXPECT_EQ(qRed(drawn(scene).pixel(1, 1)), 255 - 77);
+    EXPECT_EQ(scene.images().size(), 1u);
+}
+
+TEST(BaseImgScene, AFrameThatComesInDuringTheProgressWins)
+{
+    BaseImgScene scene;
+    ImageList vecLong;
+    for (int i = 0; i < 3; i++)
+        vecLong.push_back(makeImage(8, 8, [](int, int) { return 1; }));
+    const ImageList vecOther = makeFrame(4, 4, [](int, int) { return 200; });
+    QTimer::singleShot(0, [&] {
+        vecLong.clear();
+        scene.setShowProgress(false);
+        scene.setImagesLimits(vecOther, {{0, 255}});
+    });
+    scene.setImagesLimits(vecLong, RangeList(3, {0, 255}));
+    ASSERT_EQ(scene.images().size(), 1u);
+    EXPECT_EQ(qRed(drawn(scene).pixel(3, 3)), 200);
+}
+
+TEST(BaseImgScene, OverlayLiesOverTheFrame)
+{
+    COverlayScene scene;
+    scene.setShowProgress(false);
+    scene.setImagesLimits(makeFrame(6, 6, [](int, int) { return 100; }), {{0, 255}});
+    scene.showOverlay(3, 6, 200);
+    // Green 200 with alpha a over grey 100, up to the rounding of premultiplied colours.
+    const auto expectBlend = [&](int nAlpha) {
+        const QColor color = drawn(scene).pixelColor(1, 1);
+        EXPECT_NEAR(color.green(), 100 + (200 - 100) * nAlpha / 255.0, 2) << nAlpha;
+        EXPECT_NEAR(color.red(), 100 - 100 * nAlpha / 255.0, 2) << nAlpha;
+        EXPECT_EQ(drawn(scene).pixelColor(4, 1), QColor(100, 100, 100));
+    };
+    expectBlend(160);
+    EXPECT_TRUE(scene.setOverlayAlpha(40));
+    EXPECT_FALSE(scene.setOverlayAlpha(256));
+    EXPECT_FALSE(scene.setOverlayAlpha(-1));
+    expectBlend(40);
+    scene.addImage(*scene.images()[0]);
+    scene.switchToIndex(1);  // no overlay for this image
+    EXPECT_EQ(drawn(scene).pixelColor(1, 1), QColor(100, 100, 100));
+}
+
+TEST(BaseImgScene, LabelIsShownWhereTold)
+{
+    BaseImgScene scene;
+    scene.setShowProgress(false);
+    scene.setImagesLimits(makeFrame(80, 60, [](int, int) { return 0; }), {{0, 255}});
+    const auto greenArea = [&] {
+        QRect rect;
+        const QImage picture = drawn(scene);
+        for (int y = 0; y < 60; y++)
+            for (int x = 0; x < 80; x++)
+                if (picture.pixelColor(x, y).green() > 60)
+                    rect |= QRect(x, y, 1, 1);
+        return rect;
+    };
+    scene.setLabel(30, 20, QStringLiteral("I=5\n(1, 2)"));
+    EXPECT_TRUE(greenArea().isEmpty());
+    scene.setLabelVisible(true);
+    EXPECT_TRUE(scene.isLabelVisible());
+    EXPECT_TRUE(QRect(30, 20, 40, 30).contains(greenArea())) << "label reaches elsewhere";
+    EXPECT_GE(greenArea().height(), 8);  // two lines
+    scene.setLabelVisible(false);
+    EXPECT_TRUE(greenArea().isEmpty());
+}

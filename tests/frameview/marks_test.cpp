@@ -1,0 +1,143 @@
+#include "frameview/baseimgscene.h"
+#include "frameview/baseimgview.h"
+#include "frameview/circleitem.h"
+#include "frameview/crossitem.h"
+#include "frameview/markoverlay.h"
+#include "frameview/textitem.h"
+#include "testscenes.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+#include <cmath>
+#include <set>
+
+namespace {
+
+class Marks : public testing::Test {
+protected:
+    Marks()
+    {
+        m_scene.setShowProgress(false);
+        m_scene.setImagesLimits(makeFrame(60, 50, [](int, int) { return 0; }), {{0, 255}});
+    }
+    template <typename TItem>
+    TItem* mark(QPointF pt, float fSize, const QColor& color)
+    {
+        auto* pItem = new TItem;
+        pItem->setSize(fSize);
+        pItem->setColor(color);
+        pItem->setPenWidth(1.0);
+        pItem->setPos(pt);
+        return pItem;
+    }
+    // Pixels of a colour, (x, y).
+    std::set<std::pair<int, int>> pixels(const QColor& color)
+    {
+        std::set<std::pair<int, int>> setPixel;
+        const QImage picture = drawn(m_scene);
+        for (int y = 0; y < picture.height(); y++)
+            for (int x = 0; x < picture.width(); x++)
+                if (picture.pixelColor(x, y) == color)
+                    setPixel.insert({x, y});
+        return setPixel;
+    }
+    BaseImgScene m_scene;
+};
+
+class CCountingView : public BaseImgView {
+public:
+    using BaseImgView::BaseImgView;
+    int m_nPaint = 0;
+
+protected:
+    void paintEvent(QPaintEvent* pEvent) override
+    {
+        m_nPaint++;
+        BaseImgView::paintEvent(pEvent);
+    }
+};
+
+}  // namespace
+
+TEST_F(Marks, CrossHasItsArmsAroundTheMiddleOfThePixel)
+{
+    QList<CrossItem*> list;
+    replaceMarks(&m_scene, list, {mark<CrossItem>({20, 30}, 5, Qt::green)});
+    std::set<std::pair<int, int>> setExpected;
+    for (int i = -5; i <= 5; i++) {
+        setExpected.insert({20 + i, 30});
+        setExpected.insert({20, 30 + i});
+    }
+    EXPECT_EQ(pixels(Qt::green), setExpected);
+    EXPECT_EQ(list[0]->boundingRect(), QRectF(-2.5, -2.5, 5, 5));
+    list[0]->setColor(Qt::yellow);
+    EXPECT_EQ(pixels(Qt::yellow), setExpected);
+    replaceMarks(&m_scene, list);
+    EXPECT_TRUE(pixels(Qt::yellow).empty());
+}
+
+TEST_F(Marks, CircleHasItsRadiusAroundTheMiddleOfThePixel)
+{
+    QList<CircleItem*> list;
+    replaceMarks(&m_scene, list, {mark<CircleItem>({20, 30}, 7, Qt::green)});
+    const auto setPixel = pixels(Qt::green);
+    for (const auto& pixel : setPixel)
+        EXPECT_NEAR(std::hypot(pixel.first - 20, pixel.second - 30), 7.5, 0.75);
+    std::set<int> setOctant;
+    for (const auto& pixel : setPixel)
+        setOctant.insert(int(std::floor(std::atan2(pixel.second - 30, pixel.first - 20) / (M_PI / 8))));
+    EXPECT_GE(setOctant.size(), 16u);  // closed
+    replaceMarks(&m_scene, list);
+}
+
+TEST_F(Marks, TextIsFilledBehindWithItsBackground)
+{
+    TextItem item;
+    item.setText(QStringLiteral("1,2"));
+    item.setFontSize(9.0);
+    item.setFontSize(0.0);  // no size: ignored
+    EXPECT_EQ(item.font().pointSizeF(), 9.0);
+    item.setBrushColor(Qt::green);
+    item.setPos(10, 10);
+    m_scene.addItem(&item);
+    EXPECT_TRUE(pixels(QColor(0, 0, 90)).empty());
+    item.setBackground(QColor(0, 0, 90));
+    const auto setPixel = pixels(QColor(0, 0, 90));
+    EXPECT_EQ(setPixel.count({10, 10}), 1u);
+    for (const auto& pixel : setPixel)
+        EXPECT_TRUE(item.sceneBoundingRect().adjusted(-1, -1, 1, 1).contains(pixel.first, pixel.second));
+    m_scene.removeItem(&item);
+}
+
+TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
+{
+    CCountingView view(&m_scene);
+    view.resize(200, 200);
+    view.show();
+    QCoreApplication::processEvents();
+    const QImage pictureBefore = view.viewport()->grab().toImage();
+    QList<CrossItem*> list;
+    for (int nRound = 0; nRound < 3; nRound++) {
+        QList<CrossItem*> listNew;
+        for (int i = 0; i < 2000; i++)
+            listNew.append(mark<CrossItem>({double(i % 60), double(i * 7 % 50)}, 5, Qt::green));
+        view.m_nPaint = 0;
+        replaceMarks(&m_scene, list, listNew);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(view.m_nPaint, 1);
+        EXPECT_EQ(list.size(), 2000);
+        EXPECT_EQ(view.viewportUpdateMode(), QGraphicsView::FullViewportUpdate);
+    }
+    EXPECT_NE(view.viewport()->grab().toImage(), pictureBefore);
+    view.m_nPaint = 0;
+    replaceMarks(&m_scene, list);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view.m_nPaint, 1);
+    EXPECT_TRUE(list.isEmpty());
+    EXPECT_EQ(view.viewport()->grab().toImage(), pictureBefore);
+    replaceMarks(&m_scene, list);  // nothing to do: no repaint
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view.m_nPaint, 2);  // the grab above
+}

@@ -1,0 +1,31 @@
+#include "frameview/palettes.h"
+
+#include <gtest/gtest.h>
+
+TEST(Palettes, RampsStartAndEndWhereTheyShould)
+{
+    const struct {
+        int nPalette, i;
+        QRgb rgb;
+    } aRow[] = {{0, 0, 0xFF000000},   {0, 200, 0xFFC8C8C8}, {1, 0, 0xFFFFFFFF},   {1, 200, 0xFF373737},
+                {2, 0, 0xFF0000FF},   {2, 63, 0xFF00FCFF},  {2, 64, 0xFF00FFFF},  {2, 127, 0xFF00FF03},
+                {2, 128, 0xFF00FF00}, {2, 191, 0xFFFCFF00}, {2, 192, 0xFFFFFF00}, {2, 255, 0xFFFF0300},
+                {3, 0, 0xFFFF0300},   {3, 255, 0xFF0000FF}, {3, 100, 0xFF6CFF00}};
+    for (const auto& row : aRow) {
+        ASSERT_EQ(paletteTable(row.nPalette)->size(), 256);
+        EXPECT_EQ(paletteTable(row.nPalette)->at(row.i), row.rgb) << row.nPalette << ' ' << row.i;
+    }
+    EXPECT_EQ(paletteTable(-1), nullptr);
+    EXPECT_EQ(paletteTable(4), nullptr);
+}
+
+TEST(Palettes, OverlayIsGreenWithTwoSpecialEntries)
+{
+    const QVector<QRgb> vec = overlayColorTable(0x40);
+    ASSERT_EQ(vec.size(), 256);
+    EXPECT_EQ(vec[0], 0u);
+    EXPECT_EQ(vec[1], 0x40000100u);
+    EXPECT_EQ(vec[253], 0x4000FD00u);
+    EXPECT_EQ(vec[254], 0xFFFF0000u);
+    EXPECT_EQ(vec[255], 0xFF00FFFFu);
+}
