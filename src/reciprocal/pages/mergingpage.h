@@ -45,5 +45,7 @@ public:
     QPushButton* m_pButtonMerge;
 
 private:
+    QGroupBox* makeMerging();
+
     QWidget* m_pMergingParameters;  ///< the rows between the target peaks and the button
 };

@@ -26,8 +26,8 @@ public:
     void setAlive(bool bAlive);
 
     QDoubleSpinBox* m_pSpinPointSize;
-    QSpinBox* m_pSpinPointTransparency;  ///< per cent
-    QGroupBox* m_pGroupCanvasGrid;       ///< checkable, checked at start
+    QSpinBox* m_pSpinPointTransparency;       ///< per cent
+    QGroupBox* m_pGroupCanvasGrid;            ///< checkable, checked at start
     QSpinBox* m_pSpinCanvasGridTransparency;  ///< per cent
     QCheckBox* m_pCheckLatticePoints;
     QCheckBox* m_pCheckLatticeLines;

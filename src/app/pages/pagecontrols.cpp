@@ -1,0 +1,61 @@
+#include "app/pages/pagecontrols.h"
+
+#include <QDoubleSpinBox>
+#include <QHeaderView>
+#include <QSpinBox>
+#include <QStringList>
+#include <QTableWidget>
+
+namespace {
+
+const int g_nRowHeight = 20;     // pixels
+const int g_nNarrowColumn = 25;  // pixels
+
+}  // namespace
+
+QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                               double dfStep, double dfStart, const QString& strSuffix)
+{
+    auto* pSpin = new QDoubleSpinBox(pParent);
+    pSpin->setDecimals(nDecimals);
+    pSpin->setRange(dfLimitLow, dfLimitHigh);
+    pSpin->setSingleStep(dfStep);
+    pSpin->setValue(dfStart);
+    pSpin->setSuffix(strSuffix);
+    pSpin->setAlignment(Qt::AlignRight);
+    pSpin->setGroupSeparatorShown(true);
+    return pSpin;
+}
+
+QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
+                      const QString& strSuffix)
+{
+    auto* pSpin = new QSpinBox(pParent);
+    pSpin->setRange(nLimitLow, nLimitHigh);
+    pSpin->setSingleStep(nStep);
+    pSpin->setValue(nStart);
+    pSpin->setSuffix(strSuffix);
+    pSpin->setAlignment(Qt::AlignRight);
+    return pSpin;
+}
+
+QTableWidget* makeGroupTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 3, pParent);
+    pTable->setHorizontalHeaderLabels({QObject::tr("Label"), QObject::tr("Count"), QString()});
+    pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    pTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    setNarrowColumn(pTable, 2);
+    return pTable;
+}
+
+void setNarrowColumn(QTableWidget* pTable, int nColumn)
+{
+    QHeaderView* pHeader = pTable->horizontalHeader();
+    pHeader->setMinimumSectionSize(qMin(pHeader->minimumSectionSize(), g_nNarrowColumn));
+    pHeader->setSectionResizeMode(nColumn, QHeaderView::Fixed);
+    pHeader->resizeSection(nColumn, g_nNarrowColumn);
+}

@@ -1,0 +1,24 @@
+// Page controls: what the tool box pages have in common.
+#pragma once
+
+#include <QString>
+
+class QDoubleSpinBox;
+class QSpinBox;
+class QTableWidget;
+class QWidget;
+
+/// A right-aligned spin box of real numbers with group separators.
+QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                               double dfStep, double dfStart, const QString& strSuffix = {});
+
+/// A right-aligned spin box of whole numbers.
+QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
+                      const QString& strSuffix = {});
+
+/// An empty table of point groups, whose rows are selected whole and one at a time: "Label", which takes
+/// the spare width, "Count" and a narrow column without a title for the colour.
+QTableWidget* makeGroupTable(QWidget* pParent);
+
+/// Makes column `nColumn` as narrow as a patch of colour or a mark needs, 25 pixels.
+void setNarrowColumn(QTableWidget* pTable, int nColumn);

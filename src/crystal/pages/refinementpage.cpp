@@ -1,0 +1,84 @@
+#include "crystal/pages/refinementpage.h"
+
+#include "app/pages/pagecontrols.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFont>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QIcon>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nRunButtonHeight = 30;  // pixels
+
+/// A group of a lower and an upper limit in one row.
+QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleSpinBox* pSpinHigh,
+                     QWidget* pParent)
+{
+    auto* pGroup = new QGroupBox(strTitle, pParent);
+    auto* pGrid = new QGridLayout(pGroup);
+    pGrid->addWidget(new QLabel(RefinementPage::tr("Low"), pGroup), 0, 0);
+    pGrid->addWidget(pSpinLow, 0, 1);
+    pGrid->addWidget(new QLabel(RefinementPage::tr("High"), pGroup), 0, 2);
+    pGrid->addWidget(pSpinHigh, 0, 3);
+    pGrid->setColumnStretch(1, 100);
+    pGrid->setColumnStretch(3, 100);
+    return pGroup;
+}
+
+}  // namespace
+
+RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
+{
+    const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
+    m_pLimits = new QWidget(this);
+    m_pSpinRefineIntensityLow = makeDoubleSpin(m_pLimits, -1e7, 1e7, 1, 0.1, 100);
+    m_pSpinRefineIntensityHigh = makeDoubleSpin(m_pLimits, -1e7, 1e7, 1, 0.1, 32768);
+    m_pSpinRefineDStarLow = makeDoubleSpin(m_pLimits, 0, 1000, 3, 0.05, 1, strPerAngstrom);
+    m_pSpinRefineDStarHigh = makeDoubleSpin(m_pLimits, 0, 1000, 3, 0.05, 2, strPerAngstrom);
+    auto* pLimitLayout = new QVBoxLayout(m_pLimits);
+    pLimitLayout->setContentsMargins(0, 0, 0, 0);
+    pLimitLayout->addWidget(
+        makeRange(tr("Intensity Range"), m_pSpinRefineIntensityLow, m_pSpinRefineIntensityHigh, m_pLimits));
+    pLimitLayout->addWidget(
+        makeRange(tr("d* Range"), m_pSpinRefineDStarLow, m_pSpinRefineDStarHigh, m_pLimits));
+
+    m_pCheckRefine2D = new QCheckBox(tr("Refine 2D Positions to Sub-pixel Accuracy"), this);
+    m_pCheckOutputPeakList = new QCheckBox(tr("Output Peak List to the Message Window"), this);
+
+    m_pButtonRunRefinement = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("&Run"), this);
+    m_pButtonRunRefinement->setStatusTip(tr("Run unit cell refinement using indexed peaks in the frames"));
+    m_pButtonRunRefinement->setMinimumHeight(g_nRunButtonHeight);
+    QFont font = m_pButtonRunRefinement->font();
+    font.setWeight(QFont::Bold);
+    m_pButtonRunRefinement->setFont(font);
+
+    m_pButtonRunRefinementFromList = new QPushButton(tr("&Run from HKL list..."), this);
+    m_pButtonRunRefinementFromList->setStatusTip(tr("Run unit cell refinement using an hkl list in file"));
+
+    auto* pPageLayout = new QVBoxLayout(this);
+    for (QWidget* pWidget :
+         {m_pLimits, static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
+          static_cast<QWidget*>(m_pButtonRunRefinement),
+          static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
+        pPageLayout->addWidget(pWidget);
+    pPageLayout->addStretch(1);
+}
+
+void RefinementPage::setRefinementAlive(bool bAlive)
+{
+    m_pLimits->setEnabled(bAlive);
+    m_pCheckRefine2D->setEnabled(bAlive);
+    m_pCheckOutputPeakList->setEnabled(bAlive);
+    m_pButtonRunRefinement->setEnabled(bAlive);
+}
+
+void RefinementPage::setRunFromListAlive(bool bAlive)
+{
+    m_pButtonRunRefinementFromList->setEnabled(bAlive);
+}

@@ -1,0 +1,253 @@
+#include "reciprocal/pages/cellpage.h"
+
+#include "app/pages/pagecontrols.h"
+#include "app/records/runparameters.h"
+#include "crystal/spacegroup.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QDoubleValidator>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nSearchButtonHeight = 30;     // pixels
+const int g_nSelectionTableHeight = 110;  // pixels: the groups that an indexing makes fit in
+const int g_nSpaceGroups = 230;
+const int g_nVisibleSpaceGroups = 30;
+
+}  // namespace
+
+CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+    pPageLayout->addWidget(makeSelection());
+    pPageLayout->addWidget(makeDetermination());
+    pPageLayout->addWidget(makeCell());
+    pPageLayout->addWidget(makeTransformation());
+    pPageLayout->addWidget(makeIndexing());
+
+    m_pLabelGrouping = new QLabel(tr("Reflection Grouping"), this);
+    m_pComboReflectionGrouping = new QComboBox(this);
+    for (int nNumber = 1; nNumber <= g_nSpaceGroups; ++nNumber)
+        m_pComboReflectionGrouping->addItem(
+            QStringLiteral("%1  %2").arg(nNumber, 3).arg(QString::fromStdString(spaceGroupSymbol(nNumber))),
+            nNumber);
+    m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
+    auto* pGroupingLayout = new QHBoxLayout;
+    pGroupingLayout->addWidget(m_pLabelGrouping);
+    pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
+    pPageLayout->addLayout(pGroupingLayout);
+    pPageLayout->addStretch(1);
+
+    // What these do is the page's own business; whatever else a toggle means is connected by MainWindow.
+    connect(m_pRadioCellManual, &QRadioButton::toggled, this, &CellPage::showManual);
+    connect(m_pRadioSpaceReal, &QRadioButton::toggled, this, &CellPage::updateCellTransformMatrixLabels);
+}
+
+QGroupBox* CellPage::makeSelection()
+{
+    m_pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
+    m_pTableReflectionSelection = makeGroupTable(m_pGroupSelection);
+    m_pTableReflectionSelection->setMinimumHeight(g_nSelectionTableHeight);
+    auto* pLayout = new QVBoxLayout(m_pGroupSelection);
+    pLayout->addWidget(m_pTableReflectionSelection);
+    return m_pGroupSelection;
+}
+
+QGroupBox* CellPage::makeDetermination()
+{
+    m_pGroupDetermination = new QGroupBox(tr("Unit Cell Determination"), this);
+    auto* pLayout = new QVBoxLayout(m_pGroupDetermination);
+
+    m_pRadioCellAuto = new QRadioButton(tr("Auto"), m_pGroupDetermination);
+    m_pRadioCellManual = new QRadioButton(tr("Manual"), m_pGroupDetermination);
+    m_pRadioCellAuto->setChecked(true);
+    auto* pRadioLayout = new QHBoxLayout;
+    pRadioLayout->addWidget(m_pRadioCellAuto);
+    pRadioLayout->addWidget(m_pRadioCellManual);
+    pLayout->addLayout(pRadioLayout);
+
+    const CellHuntingParameters hunting;
+    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), m_pGroupDetermination);
+    m_pSpinCellRangeMin =
+        makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin, QStringLiteral(" Å"));
+    m_pSpinCellRangeMax =
+        makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax, QStringLiteral(" Å"));
+    auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
+    pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
+    pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
+    pRangeLayout->setColumnStretch(1, 1);
+    pLayout->addWidget(m_pGroupCellRange);
+
+    m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), m_pGroupDetermination);
+    m_pButtonSearchCell->setMinimumHeight(g_nSearchButtonHeight);
+    m_pButtonSearchCell->setStatusTip(tr("Hunting peaks in diffraction patterns"));
+    pLayout->addWidget(m_pButtonSearchCell);
+
+    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), m_pGroupDetermination);
+    auto* pAssignLayout = new QGridLayout(m_pGroupAssignViewingDirection);
+    const struct {
+        QString strText;
+        QString strStyle;
+        QPushButton*& pButton;
+        QDoubleSpinBox*& pSpin;
+    } aRow[] = {{tr("a*"), QStringLiteral("color: red"), m_pButtonAssignRA, m_pSpinManualLengthA},
+                {tr("b*"), QStringLiteral("color: green"), m_pButtonAssignRB, m_pSpinManualLengthB},
+                {tr("c*"), QStringLiteral("color: blue"), m_pButtonAssignRC, m_pSpinManualLengthC}};
+    for (int i = 0; i < 3; ++i) {
+        aRow[i].pButton = new QPushButton(aRow[i].strText, m_pGroupAssignViewingDirection);
+        aRow[i].pButton->setStyleSheet(aRow[i].strStyle);
+        aRow[i].pButton->setMinimumWidth(15);
+        aRow[i].pSpin =
+            makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1, QStringLiteral(" Å⁻¹"));
+        pAssignLayout->addWidget(aRow[i].pButton, i, 0);
+        pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
+    }
+    pAssignLayout->setColumnStretch(1, 1);
+    pLayout->addWidget(m_pGroupAssignViewingDirection);
+    m_pGroupAssignViewingDirection->hide();
+    return m_pGroupDetermination;
+}
+
+QGroupBox* CellPage::makeCell()
+{
+    auto* pGroup = new QGroupBox(tr("Unit Cell"), this);
+    auto* pGrid = new QGridLayout(pGroup);
+    pGrid->addWidget(new QLabel(QStringLiteral("a,b,c(Å)"), pGroup), 0, 0);
+    pGrid->addWidget(new QLabel(QStringLiteral("α,β,γ(°)"), pGroup), 1, 0);
+    for (int i = 0; i < 6; ++i) {
+        m_apEditCell[i] = new QLineEdit(pGroup);
+        m_apEditCell[i]->setReadOnly(true);
+        m_apEditCell[i]->setAlignment(Qt::AlignRight);
+        pGrid->addWidget(m_apEditCell[i], i / 3, 1 + i % 3);
+    }
+    m_pButtonLoadCell = new QPushButton(tr("Load..."), pGroup);
+    m_pButtonExportCell = new QPushButton(tr("Export..."), pGroup);
+    auto* pButtonLayout = new QHBoxLayout;
+    pButtonLayout->addWidget(m_pButtonLoadCell);
+    pButtonLayout->addWidget(m_pButtonExportCell);
+    pGrid->addLayout(pButtonLayout, 2, 0, 1, 4);
+    return pGroup;
+}
+
+QGroupBox* CellPage::makeTransformation()
+{
+    m_pGroupTransformation = new QGroupBox(tr("Unit Cell Transformation"), this);
+    auto* pLayout = new QVBoxLayout(m_pGroupTransformation);
+
+    auto* pSpace = new QGroupBox(tr("Apply To Space"), m_pGroupTransformation);
+    m_pRadioSpaceReciprocal = new QRadioButton(tr("Reciprocal"), pSpace);
+    m_pRadioSpaceReal = new QRadioButton(tr("Real"), pSpace);
+    m_pRadioSpaceReciprocal->setChecked(true);
+    auto* pSpaceLayout = new QHBoxLayout(pSpace);
+    pSpaceLayout->addWidget(m_pRadioSpaceReciprocal);
+    pSpaceLayout->addWidget(m_pRadioSpaceReal);
+    pLayout->addWidget(pSpace);
+
+    auto* pGrid = new QGridLayout;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        m_apLabelRow[nRow] = new QLabel(m_pGroupTransformation);
+        m_apLabelColumn[nRow] = new QLabel(m_pGroupTransformation);
+        m_apLabelColumn[nRow]->setAlignment(Qt::AlignCenter);
+        pGrid->addWidget(m_apLabelRow[nRow], nRow + 1, 0);
+        pGrid->addWidget(m_apLabelColumn[nRow], 0, nRow + 1);
+        for (int nColumn = 0; nColumn < 3; ++nColumn) {
+            auto* pEdit = new QLineEdit(nRow == nColumn ? QStringLiteral("1") : QStringLiteral("0"),
+                                        m_pGroupTransformation);
+            pEdit->setAlignment(Qt::AlignRight);
+            pEdit->setValidator(new QDoubleValidator(pEdit));
+            pGrid->addWidget(pEdit, nRow + 1, nColumn + 1);
+            m_apEditMatrix[nRow][nColumn] = pEdit;
+        }
+    }
+    pLayout->addLayout(pGrid);
+
+    m_pButtonTest = new QPushButton(tr("Test"), m_pGroupTransformation);
+    m_pButtonTest->setCheckable(true);
+    m_pButtonTransform = new QPushButton(tr("Transform"), m_pGroupTransformation);
+    auto* pButtonLayout = new QHBoxLayout;
+    pButtonLayout->addWidget(m_pButtonTest);
+    pButtonLayout->addWidget(m_pButtonTransform);
+    pLayout->addLayout(pButtonLayout);
+
+    updateCellTransformMatrixLabels();
+    return m_pGroupTransformation;
+}
+
+QGroupBox* CellPage::makeIndexing()
+{
+    const IndexingParameters indexing;
+    m_pGroupIndexing = new QGroupBox(tr("Peak Indexing"), this);
+    m_pSpinIndexThreshold = makeDoubleSpin(m_pGroupIndexing, 0.01, 0.5, 2, 0.01, indexing.m_dfIndexThreshold);
+    m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), m_pGroupIndexing);
+    m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), m_pGroupIndexing);
+    m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), m_pGroupIndexing);
+    m_pCheckOutputRefinedCell->hide();
+    m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), m_pGroupIndexing);
+
+    auto* pGrid = new QGridLayout(m_pGroupIndexing);
+    pGrid->addWidget(new QLabel(tr("Index Threshold"), m_pGroupIndexing), 0, 0);
+    pGrid->addWidget(m_pSpinIndexThreshold, 0, 1);
+    pGrid->addWidget(m_pCheckOutputIndexing, 1, 0, 1, 2);
+    pGrid->addWidget(m_pCheckOutputStatistics, 2, 0, 1, 2);
+    pGrid->addWidget(m_pButtonIndexMergedPeaks, 3, 0, 1, 2);
+    pGrid->setColumnStretch(1, 1);
+    return m_pGroupIndexing;
+}
+
+void CellPage::setSearchAlive(bool bAlive)
+{
+    m_pGroupSelection->setEnabled(bAlive);
+    m_pGroupDetermination->setEnabled(bAlive);
+}
+
+void CellPage::setTransformationAlive(bool bAlive)
+{
+    m_pGroupTransformation->setEnabled(bAlive);
+}
+
+void CellPage::setIndexingAlive(bool bAlive)
+{
+    m_pGroupIndexing->setEnabled(bAlive);
+    m_pLabelGrouping->setEnabled(bAlive);
+    m_pComboReflectionGrouping->setEnabled(bAlive);
+}
+
+void CellPage::showManual(bool bManual)
+{
+    m_pGroupCellRange->setVisible(!bManual);
+    m_pButtonSearchCell->setVisible(!bManual);
+    m_pGroupAssignViewingDirection->setVisible(bManual);
+}
+
+void CellPage::updateCellTransformMatrixLabels()
+{
+    const bool bReal = m_pRadioSpaceReal->isChecked();
+    const char* apszColor[] = {"red", "green", "blue"};
+    for (int i = 0; i < 3; ++i) {
+        const QString strAxis(QChar('a' + i));
+        if (bReal) {
+            m_apLabelColumn[i]->setText(QStringLiteral("<b>%1</b>").arg(strAxis));
+            m_apLabelRow[i]->setText(QStringLiteral("<b>%1'</b> =").arg(strAxis));
+            continue;
+        }
+        const QString strColor = QString::fromLatin1(apszColor[i]);
+        m_apLabelColumn[i]->setText(
+            QStringLiteral("<b><span style=\"color:%1\">%2*</span></b>").arg(strColor, strAxis));
+        m_apLabelRow[i]->setText(
+            QStringLiteral("<b><span style=\"color:%1\">%2*'</span></b>=").arg(strColor, strAxis));
+    }
+    m_pButtonTest->setChecked(false);  // the test that is shown was made in the other space
+}
