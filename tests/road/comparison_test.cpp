@@ -48,8 +48,8 @@ TEST(LatticeMatch, TellsBasesOfOneLatticeFromOthers)
         EXPECT_LT(lengthOf(vecIndex * row.matFound - vecIndex * match.matToTrue * truth.matBasis), 1e-12)
             << row.pCase;
         for (int i = 0; i < 3; ++i) {
-            EXPECT_NEAR(match.adfLengthError[i], 0, 1e-9) << row.pCase;
-            EXPECT_NEAR(match.adfAngleError[i], 0, 1e-9) << row.pCase;
+            EXPECT_NEAR(match.errors.adfLength[i], 0, 1e-9) << row.pCase;
+            EXPECT_NEAR(match.errors.adfAngle[i], 0, 1e-9) << row.pCase;
         }
     }
 }
@@ -62,9 +62,9 @@ TEST(LatticeMatch, TellsErrorsInTheTrueSetting)
         Matrix3{Vector3{0, 1, 1}, Vector3{1, 0, 0}, Vector3{0, 0, 1}} * (truth.matPrimitive * matOff),
         truth.matBasis, truth.matPrimitive);
     ASSERT_EQ(match.relation, LatticeMatch::Same);
-    EXPECT_NEAR(match.adfLengthError[0], 1, 1e-9);
-    EXPECT_NEAR(match.adfLengthError[1], 0, 1e-9);
-    EXPECT_NEAR(match.adfAngleError[1], 0.5, 1e-9);
+    EXPECT_NEAR(match.errors.adfLength[0], 1, 1e-9);
+    EXPECT_NEAR(match.errors.adfLength[1], 0, 1e-9);
+    EXPECT_NEAR(match.errors.adfAngle[1], 0.5, 1e-9);
 }
 
 TEST(SeriesComparison, CountsRightWrongStrayAndFound)

@@ -52,21 +52,27 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
               0)
         << strOutput.toStdString();
     ASSERT_EQ(runProgram("tessera-batch",
-                         QStringList{dir.filePath(QStringLiteral("series.ed3d"))} + words(road.pBatchOptions),
+                         QStringList{dir.filePath(QStringLiteral("series.ed3d")), QStringLiteral("--json"),
+                                     dir.filePath(QStringLiteral("summary.json"))} +
+                             words(road.pBatchOptions),
                          strOutput),
               0)
         << strOutput.toStdString();
     SeriesComparison c;
     QString strError;
     ASSERT_TRUE(compareSeriesFiles(dir.filePath(QStringLiteral("series_truth.json")),
-                                   dir.filePath(QStringLiteral("series")), c, strError))
+                                   dir.filePath(QStringLiteral("series")),
+                                   dir.filePath(QStringLiteral("summary.json")), c, strError))
         << strError.toStdString();
     SCOPED_TRACE(comparisonToText(c).toStdString());
     EXPECT_TRUE(c.lattice.isRight());
     for (int i = 0; i < 3; ++i) {
-        EXPECT_LT(std::abs(c.lattice.adfLengthError[i]), 1.5);
-        EXPECT_LT(std::abs(c.lattice.adfAngleError[i]), 0.8);
+        EXPECT_LT(std::abs(c.lattice.errors.adfLength[i]), 0.5);
+        EXPECT_LT(std::abs(c.lattice.errors.adfAngle[i]), 0.5);
+        EXPECT_LT(std::abs(c.refined.adfLength[i]), 0.1);
+        EXPECT_LT(std::abs(c.refined.adfAngle[i]), 0.1);
     }
+    EXPECT_TRUE(c.bRefined);
     EXPECT_GE(c.nIndexed, road.nReflections);
     EXPECT_GE(c.rightShare(), 0.99);
     EXPECT_GE(c.foundShare(1), 0.9);

@@ -18,6 +18,9 @@ int main(int argc, char** argv)
         "files."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
+    parser.addOption({QStringLiteral("summary"),
+                      QStringLiteral("The --json file of tessera-batch: compares its refined cell too."),
+                      QStringLiteral("file")});
     parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));
     parser.addPositionalArgument(QStringLiteral("BASE"),
                                  QStringLiteral("folder and base name of the results, no extension"));
@@ -36,7 +39,8 @@ int main(int argc, char** argv)
     }
     SeriesComparison comparison;
     QString strError;
-    if (!compareSeriesFiles(listArgument[0], listArgument[1], comparison, strError)) {
+    if (!compareSeriesFiles(listArgument[0], listArgument[1], parser.value(QStringLiteral("summary")), comparison,
+                            strError)) {
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 2;
     }

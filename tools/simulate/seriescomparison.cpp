@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonDocument>
 
 #include <algorithm>
 #include <cmath>
@@ -110,6 +111,21 @@ QString relationText(LatticeMatch::Relation relation)
             return QStringLiteral("none");
     }
 }
+// The refined cell of a driver's summary, Å and degrees.
+bool readRefinedCell(const QString& strSummary, std::array<double, 6>& adfCell)
+{
+    QFile file(strSummary);
+    if (strSummary.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return false;
+    const QJsonArray array = QJsonDocument::fromJson(file.readAll())
+                                 .object()[QStringLiteral("refined")]
+                                 .toObject()[QStringLiteral("parameters")]
+                                 .toArray();
+    for (int i = 0; i < 6; ++i)
+        adfCell[size_t(i)] = array.at(i).toDouble();
+    return array.size() == 6;
+}
+
 }  // namespace
 
 LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const Matrix3& matPrimitive)
@@ -144,14 +160,22 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
         matFoundOnPrimitive = inverseOf(matBack);
     }
     match.matToTrue = matFoundOnPrimitive * matPrimitive;
-    const Matrix3 matBrought = inverseOf(match.matToTrue) * matFound;
-    match.adfCell = cellOfReciprocalBasis(matBrought);
-    const std::array<double, 6> adfTrue = cellOfReciprocalBasis(matTrue);
-    for (int i = 0; i < 3; ++i) {
-        match.adfLengthError[i] = 100 * (match.adfCell[i] / adfTrue[i] - 1);
-        match.adfAngleError[i] = match.adfCell[3 + i] - adfTrue[3 + i];
-    }
+    match.adfCell = cellOfReciprocalBasis(inverseOf(match.matToTrue) * matFound);
+    match.errors = errorsOfCell(cellOfReciprocalBasis(matFound), match, matTrue);
     return match;
+}
+
+CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match, const Matrix3& matTrue)
+{
+    const std::array<double, 6> adfBrought =
+        cellOfReciprocalBasis(inverseOf(match.matToTrue) * reciprocalBasisOfCell(adfCell));
+    const std::array<double, 6> adfTrue = cellOfReciprocalBasis(matTrue);
+    CellErrors errors;
+    for (int i = 0; i < 3; ++i) {
+        errors.adfLength[i] = 100 * (adfBrought[i] / adfTrue[i] - 1);
+        errors.adfAngle[i] = adfBrought[3 + i] - adfTrue[3 + i];
+    }
+    return errors;
 }
 
 SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vector<ReadPeak>& listPeak,
@@ -198,8 +222,8 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
     return comparison;
 }
 
-bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, SeriesComparison& comparison,
-                        QString& strError)
+bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
+                        SeriesComparison& comparison, QString& strError)
 {
     SimulatedSeries truth;
     if (!readTruthFile(strTruthFile, truth, strError))
@@ -222,6 +246,11 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, Ser
     Matrix3 matFound{};
     const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
     comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
+    std::array<double, 6> adfRefined;
+    if (comparison.lattice.relation != LatticeMatch::None && readRefinedCell(strSummary, adfRefined)) {
+        comparison.bRefined = true;
+        comparison.refined = errorsOfCell(adfRefined, comparison.lattice, truth.matBasis);
+    }
     return true;
 }
 
@@ -246,8 +275,11 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
             {QStringLiteral("volumeRatio"), lattice.nIndex},
             {QStringLiteral("misfit"), lattice.dfMisfit},
             {QStringLiteral("cell"), array(lattice.adfCell)},
-            {QStringLiteral("lengthErrorPercent"), array(lattice.adfLengthError)},
-            {QStringLiteral("angleErrorDegrees"), array(lattice.adfAngleError)},
+            {QStringLiteral("lengthErrorPercent"), array(lattice.errors.adfLength)},
+            {QStringLiteral("angleErrorDegrees"), array(lattice.errors.adfAngle)},
+            {QStringLiteral("refinedLengthErrorPercent"), array(comparison.refined.adfLength)},
+            {QStringLiteral("refinedAngleErrorDegrees"), array(comparison.refined.adfAngle)},
+            {QStringLiteral("refined"), comparison.bRefined},
             {QStringLiteral("peaks"), comparison.nPeaks},
             {QStringLiteral("indexed"), comparison.nIndexed},
             {QStringLiteral("indexedRight"), comparison.nIndexedRight},
@@ -255,6 +287,18 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
             {QStringLiteral("indexedStray"), comparison.nIndexedStray},
             {QStringLiteral("rightShare"), comparison.rightShare()},
             {QStringLiteral("found"), arrayFound}};
+}
+
+static QString errorsText(const QString& strHead, const CellErrors& errors)
+{
+    return QStringLiteral("%1  a %2 %  b %3 %  c %4 %  alpha %5°  beta %6°  gamma %7°\n")
+        .arg(strHead)
+        .arg(errors.adfLength[0], 0, 'f', 3)
+        .arg(errors.adfLength[1], 0, 'f', 3)
+        .arg(errors.adfLength[2], 0, 'f', 3)
+        .arg(errors.adfAngle[0], 0, 'f', 3)
+        .arg(errors.adfAngle[1], 0, 'f', 3)
+        .arg(errors.adfAngle[2], 0, 'f', 3);
 }
 
 QString comparisonToText(const SeriesComparison& comparison)
@@ -265,13 +309,9 @@ QString comparisonToText(const SeriesComparison& comparison)
                            comparison.bCellRead ? relationText(lattice.relation) : QStringLiteral("no cell"))
                       .arg(lattice.nIndex)
                       .arg(lattice.dfMisfit, 0, 'f', 3);
-    str += QStringLiteral("errors   a %1 %  b %2 %  c %3 %  alpha %4°  beta %5°  gamma %6°\n")
-               .arg(lattice.adfLengthError[0], 0, 'f', 3)
-               .arg(lattice.adfLengthError[1], 0, 'f', 3)
-               .arg(lattice.adfLengthError[2], 0, 'f', 3)
-               .arg(lattice.adfAngleError[0], 0, 'f', 3)
-               .arg(lattice.adfAngleError[1], 0, 'f', 3)
-               .arg(lattice.adfAngleError[2], 0, 'f', 3);
+    str += errorsText(QStringLiteral("errors "), lattice.errors);
+    if (comparison.bRefined)
+        str += errorsText(QStringLiteral("refined"), comparison.refined);
     str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
                .arg(comparison.nIndexedRight)
                .arg(comparison.nIndexed)

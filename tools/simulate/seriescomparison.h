@@ -15,6 +15,12 @@ struct ReadPeak {
     int nH = 0, nK = 0, nL = 0;
 };
 
+/// Deviations of a cell from the true one, both in the true setting.
+struct CellErrors {
+    std::array<double, 3> adfLength{};  ///< per cent
+    std::array<double, 3> adfAngle{};   ///< degrees
+};
+
 /// How the lattice that a reciprocal basis spans stands to the true one.
 struct LatticeMatch {
     enum Relation {
@@ -29,11 +35,13 @@ struct LatticeMatch {
     int nIndex = 0;       ///< ratio of the volumes
     Matrix3 matToTrue{};  ///< row of found indices times this = indices on the true conventional cell
     std::array<double, 6> adfCell{};         ///< the found cell brought to the true setting
-    std::array<double, 3> adfLengthError{};  ///< per cent
-    std::array<double, 3> adfAngleError{};   ///< degrees
+    CellErrors errors;
     double dfMisfit = 0;                     ///< largest distance of a matrix element from a whole number
     bool isRight() const { return relation == Same || relation == Centred; }
 };
+
+/// The deviations of a cell (Å, degrees) that stands in the setting of the found basis.
+CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match, const Matrix3& matTrue);
 
 /// Finds the integer matrix between the found and the true lattice. Both bases stand in the same
 /// laboratory frame, so elements are rounded where they lie; a misfit of 0.2 or more is no match.
@@ -46,6 +54,8 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
 struct SeriesComparison {
     LatticeMatch lattice;
     bool bCellRead = false;
+    bool bRefined = false;  ///< a summary with a refined cell was given
+    CellErrors refined;
     int nPeaks = 0;         ///< in the peak list
     int nIndexed = 0;       ///< rows of the .ipf file
     int nIndexedRight = 0;  ///< with the indices of the strongest truth spot within the radius
@@ -67,9 +77,10 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
                                   double dfRadius = 3);
 
 /// Reads BASE.pk, BASE.uc and BASE.ipf, whatever of them exists, and compares.
+/// @param strSummary  a summary of tessera-batch with the refined cell of the same run; may be empty
 /// @return false with a reason when the truth or the peak list cannot be read
-bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, SeriesComparison& comparison,
-                        QString& strError);
+bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
+                        SeriesComparison& comparison, QString& strError);
 
 /// For scripts and for reading.
 QJsonObject comparisonToJson(const SeriesComparison& comparison);
