@@ -1,0 +1,20 @@
+# What `cmake --install` puts where: the programs, the desktop entry, the type of .ed3d files, the icon.
+# The caches of the desktop (update-desktop-database and its like) are left to who packages the program.
+foreach(program tessera tessera-batch tessera-simulate tessera-compare)
+  if(TARGET ${program})
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  endif()
+endforeach()
+
+if(TARGET tessera)
+  set(resources ${PROJECT_SOURCE_DIR}/resources)
+  install(FILES ${resources}/tessera.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES ${resources}/tessera-mime.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages
+    RENAME tessera.xml)
+  set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
+  foreach(size 16 24 32 48 64 128 256)
+    install(FILES ${resources}/images/hicolor/tessera-${size}.png
+      DESTINATION ${icons}/${size}x${size}/apps RENAME tessera.png)
+  endforeach()
+  install(FILES ${resources}/svg/tessera.svg DESTINATION ${icons}/scalable/apps)
+endif()
