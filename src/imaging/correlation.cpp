@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -86,6 +87,21 @@ void boxOnAxis(int nPeak, int nSize, int& nCorner, int& nWrap)
     }
 }
 
+// Whether the finite values differ by no more than the rounding of a float.
+bool isFlat(const float* pData, std::size_t nCount)
+{
+    float fMin = INFINITY;
+    float fMax = -INFINITY;
+    for (std::size_t i = 0; i < nCount; i++) {
+        if (!std::isfinite(pData[i]))
+            continue;
+        fMin = std::min(fMin, pData[i]);
+        fMax = std::max(fMax, pData[i]);
+    }
+    return !(double(fMax) - double(fMin) >
+             4 * FLT_EPSILON * double(std::max(std::abs(fMin), std::abs(fMax))));
+}
+
 float intoSide(float f, int nSize)
 {
     f = std::fmod(f, float(nSize));
@@ -158,6 +174,10 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     int nX = 0;
     int nY = 0;
     FindMaximum(pMap, nWidth, nHeight, &dfPeak, &nX, &nY);
+    if (isFlat(pMap, std::size_t(nWidth) * std::size_t(nHeight))) {
+        fDX = fDY = 0.f;
+        return 0;
+    }
 
     const bool bSmall = nWidth < nBox || nHeight < nBox;
     int nCornerX = nX - nHalfBox;
@@ -207,7 +227,8 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
 }
 
 std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWidth, int nHeight, int nMethod,
-                                   double& dfPeak, double& dfShiftX, double& dfShiftY, bool bTransformed)
+                                   double& dfPeak, double& dfShiftX, double& dfShiftY, bool bTransformed,
+                                   bool* pbPeakFound)
 {
     if (nMethod < 0 || nMethod > 2) {
         std::fputs("Unknown correlation method.\n", stdout);
@@ -228,7 +249,9 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     float fDX = 0.f;
     float fDY = 0.f;
     std::vector<float> vecSearch(pMap.get(), pMap.get() + nCount);  // the search moves its map
-    correlation.FindCorrelationPeak(vecSearch.data(), nWidth, nHeight, dfValue, fDX, fDY);
+    const int nFound = correlation.FindCorrelationPeak(vecSearch.data(), nWidth, nHeight, dfValue, fDX, fDY);
+    if (pbPeakFound)
+        *pbPeakFound = nFound != 0;
     if (fDX > float(nWidth / 2))
         fDX -= float(nWidth);
     if (fDY > float(nHeight / 2))

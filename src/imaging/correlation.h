@@ -38,7 +38,9 @@ public:
     /// continued periodically instead and stays as it is; the result lies in 0 .. side then.
     /// @param dfPeak  value of the map at its first maximum
     /// @param fDX, fDY  position of the peak, pixels from element (0, 0)
-    /// @return 1, or 0 with nothing changed for a null map or a side below 1
+    /// @return 1; 0 with nothing changed for a null map or a side below 1; 0 with the position (0, 0) for a
+    ///         map without a peak: its finite values differ by no more than rounding, or it has none, as
+    ///         blank frames give
     int FindCorrelationPeak(float* pMap, int nWidth, int nHeight, double& dfPeak, float& fDX,
                             float& fDY) const;
 
@@ -55,8 +57,10 @@ private:
 /// If b is a moved by (dx, dy), the result is (dx, dy), in (−width/2, width/2] and likewise in y.
 /// @param nMethod       as CCorrelation::SetMethod; any other prints "Unknown correlation method."
 /// @param bTransformed  a and b are spectra in centred layout instead of images
+/// @param pbPeakFound   may be null; takes whether the map has a peak. Where it has none, as with a blank
+///                      frame, the shift is (0, 0) and means nothing
 /// @return the correlation map with its zero-shift point at (width/2, height/2), integer halves; null
 ///         for an unknown method, null input or a side below 1, with the outputs as they were
 std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWidth, int nHeight, int nMethod,
                                    double& dfPeak, double& dfShiftX, double& dfShiftY,
-                                   bool bTransformed = false);
+                                   bool bTransformed = false, bool* pbPeakFound = nullptr);
