@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace {
 
@@ -60,12 +61,14 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     float* pPixel = box.img.Data();
     float* pMask = box.imgMask.Data();
     const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
+    std::size_t nUsable = 0;
     for (std::size_t i = 0; i < nCount; i++) {
         pMask[i] = pPixel[i] >= dfSaturation ? 0.f : 1.f;
         if (!std::isfinite(pPixel[i])) {  // 0 times infinity is no residual
             pMask[i] = 0.f;
             pPixel[i] = 0.f;
         }
+        nUsable += pMask[i] != 0.f;
     }
 
     const double dfStartX = x - nLeft;
@@ -88,6 +91,8 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     y = nTop + vecPara[3];
     std::copy(vecPara.begin(), vecPara.end(), vecResult.begin());
     std::copy(fit.StdErr().begin(), fit.StdErr().end(), vecResult.begin() + 5);
+    if (nUsable <= vecPara.size())
+        std::fill(vecResult.begin() + 5, vecResult.begin() + 10, std::numeric_limits<double>::infinity());
     vecResult[10] = nInfo;
     return vecResult;
 }

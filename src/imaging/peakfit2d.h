@@ -8,11 +8,13 @@
 /// Fits I(x, y) = A / (1 + (x − x0)²/Bx + (y − y0)²/By) to the box of nHalfSize pixels around (x, y).
 ///
 /// The box is cut off at the edges of the image. Pixels at or above dfSaturation, and those that are
-/// not finite, do not enter. The fit starts at (x, y) with Bx = By = 1.
+/// not finite, do not enter. The fit starts at (x, y) with Bx = By = 1. The degrees of freedom behind the
+/// errors are the pixels of the box less 5, masked ones included: where many are masked, the errors come
+/// out too small.
 /// @param x, y  column and row in image pixels, whole numbers being pixel centres; the start goes in,
 ///              the fitted centre comes out
 /// @return 11 values: A, x0, Bx, y0, By (centre relative to the box, squared half widths), their
-///         standard errors in this order (+infinity where the box has no more than 5 pixels), and
+///         standard errors in this order (+infinity where no more than 5 pixels enter the fit), and
 ///         info of CLmdifFit::Run. All are −1, and x and y stay, when the box is empty or the start
 ///         is not a number
 std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize,
