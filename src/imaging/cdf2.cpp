@@ -302,23 +302,22 @@ int CDF2::fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection)
     if (!pData || nWidth < 1 || nHeight < 1 || (nDirection != 0 && nDirection != 1))
         return 0;
     const std::size_t nRow = std::size_t(nWidth);
-    std::unique_ptr<COMPLEX[]> pRows;
-    std::vector<COMPLEX> vecIn, vecOut;
-    try {
-        pRows.reset(new COMPLEX[nRow * std::size_t(nHeight)]);
-        vecIn.resize(std::size_t(nHeight));
-        vecOut.resize(std::size_t(nHeight));
-    } catch (const std::bad_alloc&) {
+    std::unique_ptr<COMPLEX[]> pRows(new (std::nothrow) COMPLEX[nRow * std::size_t(nHeight)]);
+    if (!pRows)
         throw L"Eorror in CDF2::fft2d\n";
-    }
-    for (int y = 0; y < nHeight; y++)
-        fft(nWidth, pData + std::size_t(y) * nRow, pRows.get() + std::size_t(y) * nRow, nDirection);
-    for (std::size_t x = 0; x < nRow; x++) {
-        for (std::size_t y = 0; y < std::size_t(nHeight); y++)
-            vecIn[y] = pRows[y * nRow + x];
-        fft(nHeight, vecIn.data(), vecOut.data(), nDirection);
-        for (std::size_t y = 0; y < std::size_t(nHeight); y++)
-            pData[y * nRow + x] = vecOut[y];
+    try {
+        std::vector<COMPLEX> vecIn(static_cast<std::size_t>(nHeight)), vecOut(vecIn.size());
+        for (int y = 0; y < nHeight; y++)
+            fft(nWidth, pData + std::size_t(y) * nRow, pRows.get() + std::size_t(y) * nRow, nDirection);
+        for (std::size_t x = 0; x < nRow; x++) {
+            for (std::size_t y = 0; y < std::size_t(nHeight); y++)
+                vecIn[y] = pRows[y * nRow + x];
+            fft(nHeight, vecIn.data(), vecOut.data(), nDirection);
+            for (std::size_t y = 0; y < std::size_t(nHeight); y++)
+                pData[y * nRow + x] = vecOut[y];
+        }
+    } catch (const std::bad_alloc&) {
+        return 0;
     }
     return 1;
 }

@@ -26,7 +26,9 @@ public:
     int fft(int n, COMPLEX* pIn, COMPLEX* pOut, int nDirection);
 
     /// Two-dimensional transform in place, rows first. Directions as in fft.
-    /// @return 1, or 0 with nothing done for null data, a side below 1 or another direction
+    /// @return 1; 0 with nothing done for null data, a side below 1 or another direction; 0 with data that
+    ///         are of no use (a forward transform leaves them as they were) when there is no memory for the
+    ///         tables
     /// @throw const wchar_t* when there is no memory for the temporary image
     int fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection);
 
