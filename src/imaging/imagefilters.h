@@ -21,9 +21,9 @@ int AddFloat(float* pA, const float* pB, int n);
 /// element (0, 0) and wrapped around all four edges. Its transform is a real filter for a spectrum
 /// in natural layout.
 ///
-/// Images of any size are served. Where the height of the peak has no finite value (fSigma 0, not a
-/// number, or too small to square) the result is the unit impulse, the limit of a narrow Gaussian on
-/// pixels: a filter that lets everything pass.
+/// Images of any size are served. Below an fSigma of about 0.4 the pixels are too coarse for the curve, and
+/// the sum exceeds 1. Where the height of the peak has no finite value (fSigma 0, not a number, or too small
+/// to square) the result is the unit impulse: a filter that lets everything pass.
 /// @return 1, or 0 for a size that CImgObj::Create refuses
 int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma);
 

@@ -24,47 +24,34 @@ TEST(CImgObj, CreateKeepsContentsOnlyAtTheSameSize)
 {
     CImgObj<float> img;
     fillWithIndex(img, 4, 3);
-    const float* pBefore = img.Data();
     EXPECT_EQ(img.Create(4, 3), 1);
-    EXPECT_EQ(img.Data(), pBefore);
     EXPECT_EQ(img.Data()[11], 11.f);
     EXPECT_EQ(img.Create(3, 4), 1);
     EXPECT_EQ(img.Width() * 10 + img.Height(), 34);
-    for (const auto& size : {std::pair<int, int>{-1, 4}, {4, 0}, {65536, 32768}, {INT_MAX, INT_MAX}}) {
+    for (const auto& size : {std::pair<int, int>{-1, 4}, {4, 0}, {65536, 32768}}) {
         img.Create(2, 2);
         EXPECT_EQ(img.Create(size.first, size.second), 0);
-        EXPECT_EQ(img.Data(), nullptr);
-        EXPECT_EQ(img.Width() + img.Height(), 0);
+        EXPECT_TRUE(!img.Data() && img.Width() + img.Height() == 0);
     }
-    EXPECT_EQ(img.Create(0, 0), 1) << "an empty image has this size already";
 }
 
 TEST(CImgObj, SetAndCopyTakeOverOrLeaveAlone)
 {
-    CImgObj<short> img;
-    const unsigned char aByte[6] = {0, 1, 127, 128, 200, 255};
-    ASSERT_EQ(img.Set(aByte, 3, 2), 1);
-    EXPECT_EQ(std::vector<short>(img.Data(), img.Data() + 6), (std::vector<short>{0, 1, 127, 128, 200, 255}));
-    CImgObj<short> imgEmpty;
-    EXPECT_EQ(img.Set(static_cast<const short*>(nullptr), 1, 1), 0);
-    EXPECT_EQ(img.Copy(imgEmpty), 0);
-    EXPECT_EQ(img.Copy(static_cast<const CImgObj<short>*>(nullptr)), 0);
-    ASSERT_EQ(img.Width(), 3);
-    EXPECT_EQ(img.Data()[5], 255);
-
-    CImgObj<short> imgCopy;
+    CImgObj<short> img, imgEmpty, imgCopy;
+    const unsigned char aByte[4] = {0, 127, 128, 255};
+    ASSERT_EQ(img.Set(aByte, 2, 2), 1);
+    EXPECT_EQ(std::vector<short>(img.Data(), img.Data() + 4), (std::vector<short>{0, 127, 128, 255}));
+    EXPECT_EQ(img.Set(static_cast<const short*>(nullptr), 1, 1) + img.Copy(imgEmpty), 0);
+    ASSERT_EQ(img.Width(), 2);
     EXPECT_EQ(imgCopy.Copy(&img), 1);
     EXPECT_EQ(imgCopy.Copy(imgCopy), 1);
-    imgCopy.Data()[5] = 1;
-    EXPECT_EQ(img.Data()[5], 255) << "copies share nothing";
-    CImgObj<short> imgMoved(std::move(imgCopy));
-    EXPECT_EQ(imgMoved.Data()[5], 1);
+    imgCopy.Data()[3] = 1;
+    EXPECT_EQ(img.Data()[3], 255) << "copies share nothing";
+    img = std::move(imgCopy);
     EXPECT_EQ(imgCopy.Data(), nullptr);
-    img = std::move(imgMoved);
-    EXPECT_EQ(img.Data()[5], 1);
+    EXPECT_EQ(img.Data()[3], 1);
     img.Clear();
-    EXPECT_EQ(std::accumulate(img.Data(), img.Data() + 6, 0), 0);
-    imgEmpty.Clear();
+    EXPECT_EQ(std::accumulate(img.Data(), img.Data() + 4, 0), 0);
 }
 
 TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
@@ -96,26 +83,13 @@ TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
 
 TEST(FlipVertical, TurnsTheOrderOfRows)
 {
-    for (int nHeight : {1, 4, 5}) {
-        std::vector<unsigned char> vec(std::size_t(nHeight) * 3);
-        std::iota(vec.begin(), vec.end(), static_cast<unsigned char>(0));
-        FlipVertical(vec.data(), 3, nHeight);
-        for (int i = 0; i < nHeight * 3; i++)
-            EXPECT_EQ(vec[i], (nHeight - 1 - i / 3) * 3 + i % 3);
-    }
+    std::vector<unsigned char> vec{1, 2, 3, 4, 5, 6};
+    FlipVertical(vec.data(), 2, 3);
+    EXPECT_EQ(vec, (std::vector<unsigned char>{5, 6, 3, 4, 1, 2}));
 }
 
 TEST(ImageConversion, GivesAmplitudePhaseAndParts)
 {
-    CImgObj<float> imgReal;
-    CImgObj<COMPLEX> imgComplex;
-    EXPECT_EQ(ComplexFromFloat(imgReal, imgComplex), 0);
-    fillWithIndex(imgReal, 3, 2);
-    ASSERT_EQ(ComplexFromFloat(imgReal, imgComplex), 1);
-    EXPECT_EQ(imgComplex.Width() * 10 + imgComplex.Height(), 32);
-    EXPECT_EQ(imgComplex.Data()[5].re, 5.f);
-    EXPECT_EQ(imgComplex.Data()[5].im, 0.f);
-
     const COMPLEX value{-3.f, 4.f};
     const float afExpected[] = {5.f, float(std::acos(-0.6)), -3.f, 4.f, 99.f};
     for (int nMode = 0; nMode < 5; nMode++) {
@@ -123,5 +97,4 @@ TEST(ImageConversion, GivesAmplitudePhaseAndParts)
         EXPECT_EQ(ComplexToFloat(&value, &f, 1, nMode), nMode < 4);
         EXPECT_FLOAT_EQ(f, afExpected[nMode]) << nMode;
     }
-    EXPECT_EQ(ComplexToFloat(nullptr, imgReal.Data(), 1, 0), 0);
 }
