@@ -31,9 +31,7 @@ void replaceMarks(QGraphicsScene* pScene, QList<TItem*>& listMark, const QList<T
     if (listMark.isEmpty() && listNew.isEmpty())
         return;
     const CViewUpdatePause pause(pScene);
-    // From the last one, which is the one that the scene's own list of items finds at its end.
-    while (!listMark.isEmpty())
-        delete listMark.takeLast();
+    qDeleteAll(listMark);
     listMark = listNew;
     if (!pScene)
         return;
