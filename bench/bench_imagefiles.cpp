@@ -73,7 +73,7 @@ QString frameFile(bool bDm3, int nSide, int nPixelBytes)
 
 void sizes(benchmark::internal::Benchmark* pBenchmark)
 {
-    for (int nSide : {1024, 2048})
+    for (int nSide : {1024, 2048, 4096})
         for (int nPixelBytes : {2, 4})
             pBenchmark->Args({nSide, nPixelBytes});
     pBenchmark->Unit(benchmark::kMicrosecond);

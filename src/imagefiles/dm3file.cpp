@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -78,9 +80,21 @@ bool dataLayout(const std::vector<int>& vecInfo, uint64_t& nElement, uint64_t& n
     return false;
 }
 
+/// A label as the log can show it: the start of a long one, with a question mark for what is no
+/// printable ASCII character.
+QString shownLabel(const std::string& strLabel)
+{
+    constexpr size_t MOST_SHOWN = 40;
+    QString strShown;
+    for (char c : strLabel.substr(0, MOST_SHOWN))
+        strShown += QLatin1Char(c >= 0x20 && c < 0x7f ? c : '?');
+    return strLabel.size() > MOST_SHOWN ? strShown + QLatin1String("...") : strShown;
+}
+
 /// Builds the tree from the bytes of a file. After the first fault `strReason` tells it.
 class TagParser {
 public:
+    /// `checkHead` needs only the first 27 bytes of the `nSize` at `pFile`.
     TagParser(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason)
         : m_pFile(pFile), m_nSize(nSize), m_strReason(strReason)
     {
@@ -90,14 +104,27 @@ public:
     uint16_t shortAt(size_t nOffset) const { return qFromBigEndian<uint16_t>(m_pFile.get() + nOffset); }
     uint32_t wordAt(size_t nOffset) const { return qFromBigEndian<uint32_t>(m_pFile.get() + nOffset); }
 
+    /// The header and the kind of the first tag.
+    bool checkHead()
+    {
+        if (m_nSize < ROOT_TAGS)
+            return fail(QStringLiteral("truncated: %1 of %2 header bytes").arg(m_nSize).arg(ROOT_TAGS));
+        const uint32_t nCount = wordAt(14);
+        if (nCount == 0 || (checkCount("RootDirectory", nCount, ROOT_TAGS) && checkKind(ROOT_TAGS)))
+            return true;
+        if (wordAt(0) != 3)
+            m_strReason += QStringLiteral(" (version %1; this is a reader of version 3)").arg(wordAt(0));
+        return false;
+    }
+
     /// The children of a group, one behind the other from `nOffset`, which is moved behind the last.
     bool parseChildren(TagDirectory& directory, uint32_t nCount, size_t& nOffset, int nDepth)
     {
-        const size_t nLeft = m_nSize - nOffset;
-        if (nCount > nLeft / SMALLEST_TAG)
-            return fail(QStringLiteral("group \"%1\" of %2 tags with %3 bytes left")
-                            .arg(QString::fromStdString(directory.strLabel), QString::number(nCount),
-                                 QString::number(nLeft)));
+        if (!checkCount(directory.strLabel, nCount, nOffset))
+            return false;
+        m_nTags += nCount;
+        if (m_nTags > DM3File::MAX_TAGS)
+            return fail(QStringLiteral("more than %1 tags").arg(DM3File::MAX_TAGS));
         directory.nCount = static_cast<int>(nCount);
         for (uint32_t i = 0; i < nCount; ++i) {
             std::unique_ptr<Tag> pTag = parseTag(nOffset, nDepth);
@@ -116,6 +143,22 @@ private:
         return false;
     }
 
+    bool checkCount(const std::string& strLabel, uint32_t nCount, size_t nOffset)
+    {
+        const size_t nLeft = m_nSize - nOffset;
+        if (nCount > nLeft / SMALLEST_TAG)
+            return fail(QStringLiteral("group \"%1\" of %2 tags with %3 bytes left")
+                            .arg(shownLabel(strLabel), QString::number(nCount), QString::number(nLeft)));
+        return true;
+    }
+
+    bool checkKind(size_t nOffset)
+    {
+        const uint8_t nKind = byteAt(nOffset);
+        return nKind == KIND_GROUP || nKind == KIND_ENTRY ||
+               fail(QStringLiteral("Error: tagtype = %1 at byte %2").arg(nKind).arg(nOffset));
+    }
+
     bool failTruncated(const char* pWhat, uint64_t nNeeded, size_t nOffset)
     {
         return fail(QStringLiteral("truncated: %1 of %2 bytes at byte %3, %4 left")
@@ -129,11 +172,9 @@ private:
             failTruncated("tag", SMALLEST_TAG, nOffset);
             return nullptr;
         }
-        const uint8_t nKind = byteAt(nOffset);
-        if (nKind != KIND_GROUP && nKind != KIND_ENTRY) {
-            fail(QStringLiteral("Error: tagtype = %1 at byte %2").arg(nKind).arg(nOffset));
+        if (!checkKind(nOffset))
             return nullptr;
-        }
+        const uint8_t nKind = byteAt(nOffset);
         const size_t nLabel = shortAt(nOffset + 1);
         const size_t nHead = nLabel + (nKind == KIND_GROUP ? 9 : 11);
         if (m_nSize - nOffset < nHead) {
@@ -188,20 +229,21 @@ private:
         uint64_t nElement, nCount;
         if (!dataLayout(entry.vecInfo, nElement, nCount))
             return fail(QStringLiteral("Unknown tag \"%1\" with an info array of %2 words, first %3")
-                            .arg(QString::fromStdString(entry.strLabel), QString::number(nInfo),
+                            .arg(shownLabel(entry.strLabel), QString::number(nInfo),
                                  QString::number(entry.vecInfo[0])));
         const size_t nLeft = m_nSize - nOffset;
         if (nElement > 0 && nCount > nLeft / nElement)
             return fail(QStringLiteral("truncated: entry \"%1\" of %2 elements of %3 bytes, %4 bytes left")
-                            .arg(QString::fromStdString(entry.strLabel), QString::number(nCount),
+                            .arg(shownLabel(entry.strLabel), QString::number(nCount),
                                  QString::number(nElement), QString::number(nLeft)));
         entry.nDataSize = static_cast<size_t>(nElement * nCount);
         entry.pData = std::shared_ptr<const uint8_t>(m_pFile, m_pFile.get() + nOffset);
         return true;
     }
 
-    const std::shared_ptr<const uint8_t>& m_pFile;
+    const std::shared_ptr<const uint8_t> m_pFile;
     const size_t m_nSize;
+    uint64_t m_nTags = 0;  ///< that the groups so far tell of
     QString& m_strReason;
 };
 
@@ -316,11 +358,26 @@ int DM3File::Read(const QString& strFileName, QString* pReason)
         strReason = QStringLiteral("%1 bytes; the format ends at 4294967295").arg(nSize);
         return 0;
     }
-    const std::shared_ptr<uint8_t> pFile = makeFileBuffer(static_cast<size_t>(nSize));
-    if (file.read(reinterpret_cast<char*>(pFile.get()), nSize) != nSize) {
+    const auto readWhole = [&](uint8_t* p, qint64 nBytes) {
+        if (file.read(reinterpret_cast<char*>(p), nBytes) == nBytes)
+            return true;
         strReason = QStringLiteral("cannot be read whole: %1").arg(file.errorString());
+        return false;
+    };
+    const qint64 nHead = std::min(nSize, static_cast<qint64>(ROOT_TAGS + SMALLEST_TAG));
+    const std::shared_ptr<uint8_t> pHead(new uint8_t[ROOT_TAGS + SMALLEST_TAG](),
+                                         std::default_delete<uint8_t[]>());
+    if (!readWhole(pHead.get(), nHead))
         return 0;
-    }
+    TagParser head(pHead, static_cast<size_t>(nSize), strReason);
+    if (!head.checkHead())
+        return 0;
+    if (head.wordAt(14) == 0)  // no tags: the rest of the file counts for nothing
+        return parse(pHead, ROOT_TAGS, strReason);
+    const std::shared_ptr<uint8_t> pFile = makeFileBuffer(static_cast<size_t>(nSize));
+    std::memcpy(pFile.get(), pHead.get(), static_cast<size_t>(nHead));
+    if (!readWhole(pFile.get() + nHead, nSize - nHead))
+        return 0;
     return parse(pFile, static_cast<size_t>(nSize), strReason);
 }
 
@@ -351,11 +408,9 @@ void DM3File::clear()
 
 int DM3File::parse(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason)
 {
-    if (nSize < ROOT_TAGS) {
-        strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(nSize).arg(ROOT_TAGS);
-        return 0;
-    }
     TagParser parser(pFile, nSize, strReason);
+    if (!parser.checkHead())
+        return 0;
     const uint32_t nVersion = parser.wordAt(0);
     nRootLength = parser.wordAt(4);
     nByteOrder = parser.wordAt(8);

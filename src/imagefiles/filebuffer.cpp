@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr size_t MOST_KEPT = size_t(64) << 20;
+constexpr size_t MOST_KEPT = size_t(72) << 20;  ///< a frame of 4096 x 4096 floats and the tags around it
 
 /// The block that this thread keeps. Plain data, so that it can still be asked while the thread ends.
 struct KeptBlock {

@@ -8,7 +8,7 @@
 /// A block of at least `nSize` bytes with undefined content.
 ///
 /// When the last owner lets go, the block is kept for the thread's next file, at most one per thread and
-/// of at most 64 MiB: a series has hundreds of frames of one size, and fresh pages from the system cost
+/// of at most 72 MiB: a series has hundreds of frames of one size, and fresh pages from the system cost
 /// ten times what reading into known ones does.
 ///
 /// @throws std::bad_alloc

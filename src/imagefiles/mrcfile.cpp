@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -18,6 +19,9 @@
 namespace {
 
 constexpr size_t HEADER_SIZE = 1024;
+constexpr size_t BLOCK_SIZE = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
+constexpr int64_t IMAGES_TRUSTED = 65536;       ///< as many sections are read however small they are
+constexpr uint64_t IMAGE_OVERHEAD = 96;         ///< bytes that an image takes besides its pixels
 
 struct MrcHeader {
     int32_t nX, nY, nZ, nMode;
@@ -84,6 +88,10 @@ SectionPlan planSections(const MrcHeader& header, uint64_t nFileSize, int nMaxSe
                         .arg(header.nZ)
                         .arg(header.nX)
                         .arg(header.nY);
+    if (plan.nCount > IMAGES_TRUSTED && static_cast<uint64_t>(plan.nCount) * IMAGE_OVERHEAD > 4 * nFileSize) {
+        strReason = QStringLiteral("%1 sections of %2 bytes").arg(plan.nCount).arg(plan.nBytes);
+        plan.nCount = 0;
+    }
     return plan;
 }
 
@@ -228,15 +236,23 @@ int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, i
         return 1;
 
     ImageList vecRead;
-    const std::shared_ptr<uint8_t> pSection = makeFileBuffer(plan.nBytes);
-    const qint64 nBytes = static_cast<qint64>(plan.nBytes);
-    for (int64_t z = 0; z < plan.nCount; ++z) {
-        if (file.read(reinterpret_cast<char*>(pSection.get()), nBytes) != nBytes) {
+    vecRead.reserve(static_cast<size_t>(plan.nCount));
+    const int64_t nTogether =
+        std::min(plan.nCount, static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / plan.nBytes)));
+    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * plan.nBytes);
+    for (int64_t nDone = 0; nDone < plan.nCount;) {
+        const int64_t nNext = std::min(nTogether, plan.nCount - nDone);
+        const qint64 nBytes = nNext * static_cast<qint64>(plan.nBytes);
+        const qint64 nRead = file.read(reinterpret_cast<char*>(pBlock.get()), nBytes);
+        const int64_t nWhole = std::max(nRead, qint64(0)) / static_cast<qint64>(plan.nBytes);
+        for (int64_t z = 0; z < nWhole; ++z)
+            vecRead.push_back(imageFromSection(pBlock.get() + static_cast<size_t>(z) * plan.nBytes, header));
+        nDone += nWhole;
+        if (nRead != nBytes) {
             strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
-                            .arg(QString::number(z + 1), QString::number(header.nZ), file.errorString());
+                            .arg(QString::number(nDone + 1), QString::number(header.nZ), file.errorString());
             break;
         }
-        vecRead.push_back(imageFromSection(pSection.get(), header));
     }
     takeOver(vecRead, vecImage);
     return 1;

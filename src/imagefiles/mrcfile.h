@@ -20,7 +20,8 @@
 ///
 /// All sizes are checked against the length of the file before memory is taken. A section that the file
 /// does not hold whole is left out, and so is everything of a file with another MODE, with NX or NY
-/// below 1, or with 2^31 pixels or more per section: that is no failure, but `pReason` says so.
+/// below 1, or with 2^31 pixels or more per section: that is no failure, but `pReason` says so. The same
+/// goes for more than 65536 sections of so few bytes that the images would take many times the file.
 ///
 /// Calls on different files can run side by side.
 ///

@@ -4,7 +4,6 @@
 #include <QByteArray>
 #include <QtEndian>
 
-#include <cstring>
 #include <vector>
 
 namespace dm3 {
@@ -16,15 +15,12 @@ inline QByteArray big(quint32 n)
     return bytes;
 }
 
-/// A number as the data of a file; `bLittle` as `file` has it.
+/// A number as the data of a file; `nOrder` is the byte order word of the file: 1 little, others big.
 template <class T>
-QByteArray number(T value, bool bLittle)
+QByteArray number(T value, quint32 nOrder)
 {
     QByteArray bytes(sizeof(T), 0);
-    if (bLittle)
-        qToLittleEndian(value, bytes.data());
-    else
-        qToBigEndian(value, bytes.data());
+    nOrder == 1 ? qToLittleEndian(value, bytes.data()) : qToBigEndian(value, bytes.data());
     return bytes;
 }
 
@@ -41,8 +37,7 @@ inline QByteArray group(const QByteArray& strLabel, const std::vector<QByteArray
     return bytes;
 }
 
-inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& vecInfo,
-                        const QByteArray& data)
+inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& vecInfo, const QByteArray& data)
 {
     QByteArray bytes = '\x15' + label(strLabel) + "%%%%" + big(static_cast<quint32>(vecInfo.size()));
     for (quint32 nWord : vecInfo)
@@ -50,9 +45,9 @@ inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& 
     return bytes + data;
 }
 
-inline QByteArray integer(const QByteArray& strLabel, qint32 nValue, bool bLittle = true)
+inline QByteArray integer(const QByteArray& strLabel, qint32 nValue, quint32 nOrder = 1)
 {
-    return entry(strLabel, {5}, number(nValue, bLittle));
+    return entry(strLabel, {5}, number(nValue, nOrder));
 }
 
 inline QByteArray array(const QByteArray& strLabel, quint32 nType, quint32 nCount, const QByteArray& data)
@@ -61,24 +56,21 @@ inline QByteArray array(const QByteArray& strLabel, quint32 nType, quint32 nCoun
 }
 
 /// The file; some zero bytes follow the tree, as in files from a camera.
-inline QByteArray file(const std::vector<QByteArray>& vecTag, bool bLittle = true)
+inline QByteArray file(const std::vector<QByteArray>& vecTag, quint32 nOrder = 1)
 {
     QByteArray bytesTags = group("", vecTag).mid(3);  // from the flags on
-    return big(3) + big(static_cast<quint32>(bytesTags.size())) + big(bLittle ? 1 : 0) + bytesTags +
-           QByteArray(8, 0);
+    return big(3) + big(static_cast<quint32>(bytesTags.size())) + big(nOrder) + bytesTags + QByteArray(8, 0);
 }
 
 /// One child of "ImageList", with the tags that cameras put around those that matter.
 inline QByteArray image(qint32 nWidth, qint32 nHeight, qint32 nDataType, const QByteArray& tagData,
-                        bool bLittle = true)
+                        quint32 nOrder = 1)
 {
-    return group(
-        "", {group("ImageData",
-                   {group("Calibrations", {group("Dimension", {integer("Data", 0).replace("Data", "Unit")})}),
-                    tagData, integer("DataType", nDataType, bLittle),
-                    group("Dimensions", {integer("", nWidth, bLittle), integer("", nHeight, bLittle)}),
-                    integer("PixelDepth", 2, bLittle)}),
-             array("Name", 4, 3, QByteArray("a\0b\0c\0", 6))});
+    return group("", {group("ImageData", {group("Calibrations", {integer("Unit", 0)}), tagData,
+                                          integer("DataType", nDataType, nOrder),
+                                          group("Dimensions", {integer("", nWidth, nOrder),
+                                                               integer("", nHeight, nOrder)})}),
+                      array("Name", 4, 3, QByteArray("a\0b\0c\0", 6))});
 }
 
 }  // namespace dm3
