@@ -15,12 +15,16 @@
 namespace {
 
 const int g_nRunButtonHeight = 30;  // pixels
+const int g_nSpinWidth = 95;        // pixels
 
 /// A group of a lower and an upper limit in one row.
 QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleSpinBox* pSpinHigh,
                      QWidget* pParent)
 {
     auto* pGroup = new QGroupBox(strTitle, pParent);
+    // Room for usual values: two boxes as wide as their ranges would make the whole tool box wider.
+    for (QDoubleSpinBox* pSpin : {pSpinLow, pSpinHigh})
+        pSpin->setMinimumWidth(g_nSpinWidth);
     auto* pGrid = new QGridLayout(pGroup);
     pGrid->addWidget(new QLabel(RefinementPage::tr("Low"), pGroup), 0, 0);
     pGrid->addWidget(pSpinLow, 0, 1);

@@ -24,6 +24,7 @@ const int g_nSearchButtonHeight = 30;     // pixels
 const int g_nSelectionTableHeight = 110;  // pixels: the groups that an indexing makes fit in
 const int g_nSpaceGroups = 230;
 const int g_nVisibleSpaceGroups = 30;
+const int g_nSymbolLength = 6;  // letters; the stretched box is wider
 
 }  // namespace
 
@@ -42,6 +43,8 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
         m_pComboReflectionGrouping->addItem(
             QStringLiteral("%1  %2").arg(nNumber, 3).arg(QString::fromStdString(spaceGroupSymbol(nNumber))),
             nNumber);
+    m_pComboReflectionGrouping->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
     m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
     auto* pGroupingLayout = new QHBoxLayout;
     pGroupingLayout->addWidget(m_pLabelGrouping);

@@ -27,6 +27,19 @@ const double g_dfPointSize = 2;  // at start
 const int g_nLatticeRange = 1;   // at start
 const int g_nLatticeRangeMax = 1000;
 
+/// Takes a number with blanks around it, as the items of the step box have them. Without this the box
+/// would refuse to have its own items edited.
+class StepValidator : public QDoubleValidator {
+public:
+    using QDoubleValidator::QDoubleValidator;
+    State validate(QString& str, int&) const override
+    {
+        QString strNumber = str.trimmed();
+        int nPos = strNumber.size();
+        return QDoubleValidator::validate(strNumber, nPos);
+    }
+};
+
 QPushButton* makeNarrowButton(const QString& strText, QWidget* pParent)
 {
     auto* pButton = new QPushButton(strText, pParent);
@@ -179,7 +192,7 @@ QGroupBox* View3DPage::makeRotation()
     for (const char* pszStep : {" 10", " 20", " 30", " 45", " 60", " 90"})
         m_pComboRotationStep->addItem(QString::fromLatin1(pszStep));
     m_pComboRotationStep->setCurrentIndex(m_pComboRotationStep->count() - 1);
-    m_pComboRotationStep->setValidator(new QDoubleValidator(m_pComboRotationStep));
+    m_pComboRotationStep->setValidator(new StepValidator(m_pComboRotationStep));
     pGrid->addWidget(new QLabel(tr("Step(°)"), pGroup), 1, 0, 1, 2);
     pGrid->addWidget(m_pComboRotationStep, 1, 2, 1, 4);
     return pGroup;
