@@ -114,11 +114,15 @@ private:
     CImgObj<COMPLEX> m_imgWork;
 };
 
-// The shifts of the frames up to the last or to the first that ends the run.
-QList<QPointF> measureSeries(DataSet& dataSet, const Square& square, CRegionSum& sum, CRunReport& report,
+struct MeasuredSeries {
+    QList<QPointF> listShift;  // of the frames up to the last or to the first that ends the run
+    bool bStopped = false;     // by the report, not by a frame
+};
+
+MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, CRegionSum& sum, CRunReport& report,
                              const FnShiftFrameDone& fnFrameDone)
 {
-    QList<QPointF> listShift;
+    MeasuredSeries measured;
     const QStringList listFile = dataSet.m_listFrameFile;
     for (int i = 0; i < listFile.size(); ++i) {
         report.setProgress(i + 1);
@@ -152,15 +156,17 @@ QList<QPointF> measureSeries(DataSet& dataSet, const Square& square, CRegionSum&
         if (nBad > 0)
             report.addMessage(badPixelLine(i, nBad), Qt::black);
         const QPointF ptShift = sum.add();
-        listShift.append(ptShift);
+        measured.listShift.append(ptShift);
         releaseFrameImages(dataSet.m_vecFrameImage);
         dataSet.m_vecFrameImage.push_back(sum.alignedRegion());
         if (fnFrameDone)
             fnFrameDone(i, ptShift, *dataSet.m_vecFrameImage.front());
-        if (!report.goOn())
+        if (!report.goOn()) {
+            measured.bStopped = true;
             break;
+        }
     }
-    return listShift;
+    return measured;
 }
 
 // The direct beam on the summed map, raw pixels.
@@ -242,17 +248,18 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()), Qt::blue);
     report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
     CRegionSum sum(square);
-    const QList<QPointF> listShift = measureSeries(dataSet, square, sum, report, fnFrameDone);
+    const MeasuredSeries measured = measureSeries(dataSet, square, sum, report, fnFrameDone);
+    const QList<QPointF>& listShift = measured.listShift;
     report.endProgress();
 
-    const bool bReachedEnd = listShift.size() == nFrames;
+    const bool bReachedEnd = listShift.size() == nFrames && !measured.bStopped;
     if (!bReachedEnd)
         report.addMessage(QStringLiteral("%1>Image shift evaluation ended after %L2 of %L3 frames.")
                               .arg(currentTimeStamp())
                               .arg(listShift.size())
                               .arg(nFrames),
                           Qt::red);
-    if (!bReachedEnd && !options.bKeepPartial)
+    if (measured.bStopped || (!bReachedEnd && !options.bKeepPartial))
         return false;
     dataSet.m_listShift = listShift;
     if (listShift.isEmpty())

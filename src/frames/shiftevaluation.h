@@ -11,8 +11,8 @@
 #include <functional>
 
 struct ShiftEvaluationOptions {
-    bool bKeepPartial = true;  ///< a run that ends early keeps and saves the shifts it found; else it
-                               ///< leaves everything as it was
+    bool bKeepPartial = true;  ///< a run that meets a frame it cannot use keeps and saves the shifts it
+                               ///< found; else it leaves everything as it was
     bool bSave = true;         ///< write the shift file beside the project
 };
 
@@ -29,7 +29,7 @@ using FnShiftFrameDone =
 /// the run there with a red line naming the frame, as a frame that cannot be loaded does: a shift
 /// measured on pixels of another frame would be a wrong number. A side that is odd is lowered by one
 /// pixel, with a line, as spectra are centred by halves; a side below 16 pixels is refused.
-/// The report's goOn() asked to stop ends the run early likewise.
+/// A run that the report's goOn() stopped says so in red, leaves everything as it was and writes nothing.
 ///
 /// A fit of the beam that leaves the region is not believed: a red line, and the coarse position stands.
 ///

@@ -43,7 +43,7 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
 {
     for (double dfSide : {128.0, 151.0}) {  // odd sides are lowered by one
         DriftSeries series;
-        RecordingReport report;
+        CRecordingReport report;
         int nDone = 0;
         const auto done = [&](int nFrame, const QPointF& pt, const CImgObj<float>& img) {
             EXPECT_EQ(nFrame, nDone++);
@@ -69,17 +69,19 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
     }
 }
 
-TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksFor)
+TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)
 {
+    const int nStopped = -1;
     const struct {
-        std::function<void(DriftSeries&, RecordingReport&)> fnSpoil;
-        int nReached;
+        std::function<void(DriftSeries&, CRecordingReport&)> fnSpoil;
+        int nReached;  // frames whose shifts may be kept
         const char* pLine;
     } aRow[] = {
-        {[](DriftSeries& s, RecordingReport&) { QFile::remove(s.dataSet.m_listFrameFile[3]); }, 3,
+        {[](DriftSeries& s, CRecordingReport&) { QFile::remove(s.dataSet.m_listFrameFile[3]); }, 3,
          "red Failed to load "},
-        {[](DriftSeries&, RecordingReport& r) { r.nGoOnLeft = 1; }, 2, "ended after 2 of 6 frames."},
-        {[](DriftSeries& s, RecordingReport&) {
+        {[](DriftSeries&, CRecordingReport& r) { r.m_nStopAfter = 1; }, nStopped, "ended after 2 of 6 frames."},
+        {[](DriftSeries&, CRecordingReport& r) { r.m_nStopAfter = 5; }, nStopped, "ended after 6 of 6 frames."},
+        {[](DriftSeries& s, CRecordingReport&) {
              const CImgObj<float> img = makeImage(20, 30, [](int, int) { return 1; });
              WriteMRC<float>({&img}, s.dataSet.m_listFrameFile[0]);
          },
@@ -88,13 +90,13 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksFor)
     for (const auto& row : aRow)
         for (bool bKeep : {true, false}) {
             DriftSeries series;
-            RecordingReport report;
+            CRecordingReport report;
             row.fnSpoil(series, report);
             ShiftEvaluationOptions options;
             options.bKeepPartial = bKeep;
             EXPECT_FALSE(runShiftEvaluation(series.dataSet, QRectF(40, 30, 128, 128), report, options));
             EXPECT_TRUE(report.said(row.pLine)) << report.log().toStdString();
-            if (!bKeep) {
+            if (!bKeep || row.nReached == nStopped) {
                 EXPECT_TRUE(series.untouched());
                 continue;
             }
@@ -110,7 +112,7 @@ TEST(ShiftEvaluation, RefusesRegionsThatHoldNothing)
     for (const QRectF& rc : {QRectF(0, 0, 0, 0), QRectF(-1, 0, 64, 64), QRectF(0, 0, 1e300, 1),
                              QRectF(std::nan(""), 0, 64, 64), QRectF(0, 0, 2e5, 2e5)}) {
         DriftSeries series;
-        RecordingReport report;
+        CRecordingReport report;
         ShiftEvaluationOptions options;
         options.bKeepPartial = false;
         EXPECT_FALSE(runShiftEvaluation(series.dataSet, rc, report, options));
