@@ -1,0 +1,98 @@
+// MainWindow: the run of peak hunting and its preview on the frame in view.
+#include "app/mainwindow.h"
+
+#include "app/tabwidget.h"
+#include "app/windowreport.h"
+#include "frames/framehunt.h"
+#include "frames/pages/peaksearchpage.h"
+#include "frames/peakhunting.h"
+#include "frames/smoothedimage.h"
+#include "frameview/originalimgscene.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QThread>
+
+namespace {
+
+const int g_nCrossSize = 5;
+
+}  // namespace
+
+void MainWindow::runPeakHunting()
+{
+    runWithButton(m_dataSet.m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
+        if (!m_dataSet.m_bHuntingRunning)
+            return;  // a second click came before the first frame
+        // The run sets the flag itself, and takes one that stands already for a second click.
+        m_dataSet.m_bHuntingRunning = false;
+        PeakHuntingOptions options;
+        options.nJobs = QThread::idealThreadCount();
+        options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
+            if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
+                clearCrossMarks();
+                clearCircleMarks();
+                return;
+            }
+            QList<QPointF> listPos;
+            listPos.reserve(listPeak.size());
+            for (const Peak3D& peak : listPeak)
+                listPos.append({peak.dfX2D, peak.dfY2D});
+            showCrossMarks(listPos, Qt::green, g_nCrossSize);
+            refreshImageView();
+        };
+        options.fnAfterStored = [&] {
+            transformPeaksTo3D();
+            showPeaksIn3D();
+            peakReduction3D();
+            m_pTabWidget->setCurrentIndex(1);
+        };
+        ::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
+    });
+}
+
+void MainWindow::testCurrentPatternForPeaks()
+{
+    if (isPumping())  // the filters are in use, and the image in memory is the run's
+        return;
+    WindowReport report(*this);
+    if (m_dataSet.m_vecFrameImage.empty()) {
+        report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
+        return;
+    }
+    syncParametersWithControls(true);
+    FrameHuntWork work;
+    const FramePeaks peaks = huntFrame(*m_dataSet.m_vecFrameImage.front(), m_hunting,
+                                       m_dataSet.m_maskPeakHunting, m_peakFilters, work);
+    QList<QPointF> listPos;
+    listPos.reserve(peaks.listX.size());
+    for (int i = 0; i < peaks.listX.size(); ++i)
+        listPos.append({peaks.listX[i], peaks.listY[i]});
+    showCrossMarks(listPos, Qt::green, g_nCrossSize);
+    m_pFrameScene->update();
+}
+
+void MainWindow::peakHuntingParametersChanged()
+{
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+        testCurrentPatternForPeaks();
+}
+
+void MainWindow::visualMoniteringPeakHuntingToggled(bool bEnabled)
+{
+    if (bEnabled) {
+        testCurrentPatternForPeaks();
+        return;
+    }
+    clearCrossMarks();
+    refreshImageView();
+}
+
+void MainWindow::outputSmoothedImage(QString strFileName)
+{
+    if (m_dataSet.m_vecFrameImage.empty() || isPumping())
+        return;
+    syncParametersWithControls(true);
+    WindowReport report(*this);
+    ::outputSmoothedImage(*m_dataSet.m_vecFrameImage.front(), m_hunting, m_peakFilters, strFileName, report);
+}

@@ -1,0 +1,84 @@
+// MainWindow: the reference region and the run of the shift evaluation.
+#include "app/mainwindow.h"
+
+#include "app/windowactions.h"
+#include "app/windowreport.h"
+#include "frames/pages/framespage.h"
+#include "frames/pages/peaksearchpage.h"
+#include "frames/pages/shiftpage.h"
+#include "frames/shiftevaluation.h"
+#include "frameview/originalimgscene.h"
+
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QGraphicsLineItem>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QThread>
+
+#include <algorithm>
+
+namespace {
+
+// Waits as long as the box tells, and lets the window live meanwhile; a shorter delay counts at once.
+void waitDelay(const QSpinBox& spinDelay, CRunReport& report)
+{
+    const int nSliceMs = 10;
+    if (spinDelay.value() <= 0)
+        return;
+    QElapsedTimer timer;
+    timer.start();
+    while (report.goOn() && timer.elapsed() < spinDelay.value())
+        QThread::msleep(std::min<qint64>(nSliceMs, std::max<qint64>(1, spinDelay.value() - timer.elapsed())));
+}
+
+}  // namespace
+
+void MainWindow::selSizeChanged2()
+{
+    const int nIndex = m_pActions->selectionIndex();
+    m_pFrameScene->setSelectionIndex(nIndex);
+    m_pShiftPage->m_pRunButton->setEnabled(nIndex > 0);
+}
+
+void MainWindow::selRectChanged(QRectF rectSel)
+{
+    statusBarMessage(tr("ROI: %L1, %L2, %L3, %L4")
+                         .arg(int(rectSel.left()))
+                         .arg(int(rectSel.top()))
+                         .arg(int(rectSel.right()))
+                         .arg(int(rectSel.bottom())));
+}
+
+void MainWindow::runShiftEvaluation()
+{
+    bool bRunning = false;  // of this call: a second click finds none to clear, as the run has no stop
+    runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+        const QRectF rectRegion = m_pFrameScene->selectionRect();
+        m_pActions->m_listSelection.first()->setChecked(true);
+        // What lies on the frame means nothing on the regions that are shown instead.
+        clearCrossMarks();
+        clearCircleMarks();
+        clearTextMarks();
+        m_pAxisLine->hide();
+        showPeakHuntingMask(false);
+        {
+            const QSignalBlocker blocker(m_pShiftPage->m_pShiftTable);
+            m_pShiftPage->m_pShiftTable->clearContents();
+            m_pShiftPage->m_pShiftTable->setRowCount(0);
+        }
+        const auto fnFrameDone = [&](int /*nFrame*/, const QPointF& ptShift, const CImgObj<float>&) {
+            appendShiftRow(ptShift);
+            m_pShiftPage->m_pShiftTable->scrollToBottom();
+            refreshImageView();
+            waitDelay(*m_pFramesPage->m_pPlayDelaySpin, report);
+        };
+        const bool bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, {}, fnFrameDone);
+        if (!bFinished)
+            fillShiftTable();  // the shifts that stand, be they the old ones
+        syncParametersWithControls(false);
+        showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
+    });
+}

@@ -1,0 +1,159 @@
+// MainWindow: what lies on the frame view - peak marks, index labels and the pixel readout.
+#include "app/mainwindow.h"
+
+#include "app/tabwidget.h"
+#include "app/windowactions.h"
+#include "crystal/reflectionindices.h"
+#include "frameview/baseimgview.h"
+#include "frameview/circleitem.h"
+#include "frameview/crossitem.h"
+#include "frameview/markoverlay.h"
+#include "frameview/originalimgscene.h"
+#include "frameview/textdatawidget.h"
+#include "frameview/textitem.h"
+
+#include <QApplication>
+#include <QPen>
+#include <QSpinBox>
+
+#include <cmath>
+
+namespace {
+
+const double g_dfMarkPenWidth = 1.0;
+const double g_dfLabelPenWidth = 0.2;
+const double g_dfLabelZ = 200.0;
+
+template <typename TItem>
+QList<TItem*> makeMarks(const QList<QPointF>& listPos, const QColor& color, int nSize)
+{
+    QList<TItem*> listMark;
+    listMark.reserve(listPos.size());
+    for (const QPointF& pt : listPos) {
+        auto* pItem = new TItem;
+        pItem->setSize(float(nSize));
+        pItem->setColor(color);
+        pItem->setPenWidth(g_dfMarkPenWidth);
+        pItem->setPos(pt);
+        listMark.append(pItem);
+    }
+    return listMark;
+}
+
+// Red on the frame where the reflection is strongest, green elsewhere; darker when the space group
+// forbids it.
+QColor labelColor(bool bStrongest, bool bAbsent)
+{
+    if (bStrongest)
+        return bAbsent ? Qt::magenta : Qt::red;
+    return bAbsent ? Qt::darkCyan : Qt::green;
+}
+
+TextItem* makeLabel(const Peak3D& peak, const DataSet& data, int nFrame)
+{
+    const int nH = roundIndex(peak.dfH);
+    const int nK = roundIndex(peak.dfK);
+    const int nL = roundIndex(peak.dfL);
+    const bool bKnown = peak.nID >= 0 && peak.nID < int(data.m_vecReflectionFrame.size());
+    const bool bStrongest = bKnown && data.m_vecReflectionFrame[peak.nID] == nFrame;
+    auto* pItem = new TextItem;
+    pItem->setZValue(g_dfLabelZ);
+    pItem->setText(QStringLiteral("%L1,%L2,%L3").arg(nH).arg(nK).arg(nL));
+    pItem->setPos(peak.dfX2D, peak.dfY2D);
+    pItem->setPen(QPen(Qt::black, g_dfLabelPenWidth));
+    pItem->setBrushColor(labelColor(bStrongest, data.m_spaceGroup.isAbsent(nH, nK, nL)));
+    return pItem;
+}
+
+// The value at a pixel of one of the images; false where there is none.
+bool pixelValue(const ImageList& vecImage, int nImage, int x, int y, float& fValue)
+{
+    if (nImage < 0 || nImage >= int(vecImage.size()) || !vecImage[nImage])
+        return false;
+    const CImgObj<float>& img = *vecImage[nImage];
+    if (!img.Data() || x < 0 || y < 0 || x >= img.Width() || y >= img.Height())
+        return false;
+    fValue = img.Data()[qint64(y) * img.Width() + x];
+    return true;
+}
+
+}  // namespace
+
+void MainWindow::showCrossMarks(const QList<QPointF>& listPos, const QColor& color, int nSize)
+{
+    replaceMarks(m_pFrameScene, m_listCrossMark, makeMarks<CrossItem>(listPos, color, nSize));
+}
+
+void MainWindow::clearCrossMarks()
+{
+    replaceMarks(m_pFrameScene, m_listCrossMark);
+}
+
+void MainWindow::showCircleMarks(const QList<QPointF>& listPos)
+{
+    replaceMarks(m_pFrameScene, m_listCircleMark, makeMarks<CircleItem>(listPos, Qt::green, m_nWindowRadius));
+}
+
+void MainWindow::clearCircleMarks()
+{
+    replaceMarks(m_pFrameScene, m_listCircleMark);
+}
+
+void MainWindow::showPeakText()
+{
+    const QVector<QList<Peak3D>>& vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
+    const int nFrame = m_pFrameSpin->value() - 1;
+    QList<TextItem*> listLabel;
+    if (m_pActions->m_pShowPeakLabels->isChecked() && vecPeak.size() == m_dataSet.m_listFrameFile.size() &&
+        nFrame >= 0 && nFrame < vecPeak.size())
+        for (const Peak3D& peak : vecPeak[nFrame])
+            listLabel.append(makeLabel(peak, m_dataSet, nFrame));
+    replaceMarks(m_pFrameScene, m_listTextMark, listLabel);
+    m_pFrameScene->update();
+}
+
+void MainWindow::clearTextMarks()
+{
+    replaceMarks(m_pFrameScene, m_listTextMark);
+}
+
+void MainWindow::enableShowPeaks(bool /*bShow*/)
+{
+    showPeakText();
+}
+
+void MainWindow::mouseMoving(QPointF posF)
+{
+    // Under a run the images in memory are the run's, and need not be what is in view.
+    if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView || m_pFrameScene->imageSize().isEmpty())
+        return;
+    const QSize size = m_pFrameScene->imageSize();
+    const double dfX = std::floor(posF.x());
+    const double dfY = std::floor(posF.y());
+    if (!(dfX >= 0 && dfY >= 0 && dfX < size.width() && dfY < size.height()))
+        return;
+    const int x = int(dfX);
+    const int y = int(dfY);
+    float fValue = 0;
+    const bool bValue = pixelValue(m_dataSet.m_vecFrameImage, m_pFrameScene->currentIndex(), x, y, fValue);
+    QString strStatus;
+    if (bValue)
+        strStatus =
+            QStringLiteral("Experimental(%L1, %L2): %L3").arg(x).arg(y).arg(double(fValue), 0, 'g', -1);
+    if (bValue && QApplication::mouseButtons() == Qt::RightButton) {
+        m_pFrameScene->setLabel(
+            x, y, QStringLiteral("I=%L1\n(%L2, %L3)").arg(double(fValue), 0, 'g', -1).arg(x).arg(y));
+        m_pFrameScene->setLabelVisible(true);
+        m_pFrameView->viewport()->update();
+        m_pFrameView->setDragMode(QGraphicsView::NoDrag);
+        m_pFrameView->viewport()->setCursor(Qt::CrossCursor);
+        m_pTextData->setCenter(posF);
+        m_pTextData->refresh();
+    } else if (m_pFrameScene->isLabelVisible()) {
+        m_pFrameScene->setLabelVisible(false);
+        m_pFrameView->viewport()->update();
+        m_pFrameView->viewport()->unsetCursor();
+        m_pFrameView->setDragMode(QGraphicsView::ScrollHandDrag);
+    }
+    statusBarMessage(strStatus);
+}
