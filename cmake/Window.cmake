@@ -2,6 +2,7 @@
 # All slots of MainWindow belong to one class, so their sources, which lie in the folders of their
 # subsystems, make one library.
 find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
+pkg_check_modules(QWT REQUIRED IMPORTED_TARGET Qt5Qwt6)
 
 file(GLOB frameview_sources CONFIGURE_DEPENDS src/frameview/*.cpp src/frameview/*.h)
 list(FILTER frameview_sources EXCLUDE REGEX "/mainwindow_[^/]*$")
@@ -19,10 +20,13 @@ endif()
 file(GLOB window_sources CONFIGURE_DEPENDS src/app/*.cpp src/app/*.h src/*/mainwindow_*.cpp src/*/pages/*.cpp
   src/*/pages/*.h)
 list(FILTER window_sources EXCLUDE REGEX "/main\\.cpp$")
-add_library(tessera_window STATIC ${window_sources} resources/tessera.qrc)
+if(EXISTS ${PROJECT_SOURCE_DIR}/resources/tessera.qrc)
+  list(APPEND window_sources resources/tessera.qrc)
+endif()
+add_library(tessera_window STATIC ${window_sources})
 set_target_properties(tessera_window PROPERTIES AUTOMOC ON AUTORCC ON)
 target_include_directories(tessera_window PUBLIC ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_reciprocal Qt5::Widgets)
+target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_reciprocal Qt5::Widgets PkgConfig::QWT)
 
 add_executable(tessera src/app/main.cpp)
 target_link_libraries(tessera PRIVATE tessera_window)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "app/records/hklref.h"
 #include "app/records/runparameters.h"
 #include "frames/peakfilters.h"
 
@@ -13,6 +14,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class BaseImgView;
@@ -39,8 +41,10 @@ class QGraphicsLineItem;
 class QGraphicsPolygonItem;
 class QProgressBar;
 class QPushButton;
+class QSettings;
 class QSlider;
 class QSpinBox;
+class QSplashScreen;
 class QTableView;
 class QToolBox;
 class QwtPlot;
@@ -57,6 +61,8 @@ public:
     void openFiles(const QStringList& listFile);
     /// Rereads the recent list into the File menu.
     void updateRecentMenu();
+    /// Gives the window's own splash screen its picture.
+    void setSplashPixmap(const QPixmap& pixmap);
 
 protected:
     void closeEvent(QCloseEvent* pEvent) override;
@@ -74,6 +80,7 @@ public slots:
     void about();
     void updateControls(int nPageIndex);
     void updateScale(int nIndex);
+    void scaleTextEntered();
     void toolBoxPageChanged(int nIndex);
     void statusBarMessage(const QString& str);
 
@@ -128,6 +135,10 @@ public slots:
     void updateUnitCell();
     void updateUnitCellInfo();
 
+signals:
+    /// After each try to read frame nIndex, from 1, for the view.
+    void frameLoaded(int nIndex, bool bLoaded);
+
 private:
     friend class WindowReport;
 
@@ -137,9 +148,14 @@ private:
     void createMenus();
     void createControlDock();
     void createOtherDocks();
+    void createCurvePlot();
+    QDockWidget* addDock(QWidget* pContent, const QString& strTitle, Qt::DockWidgetArea area,
+                         const QIcon& icon, const QString& strKey);
     void createToolBar();
+    void createStatusBar();
     void createViews();
     void connectPages();
+    static QSettings* makeSettings(QObject* pParent = nullptr);
     void readSettings();
     void writeSettings();
 
@@ -150,16 +166,21 @@ private:
 
     bool openProject(const QString& strFileName);
     void openImageFiles(const QStringList& listFile);
+    bool openReflectionList(const QString& strFileName);
+    /// Takes what is left of the old data set off the window, when the core has opened a new one.
     void clearDataSet();
     void showFirstFrame();
     void enterRecentSeries(const QStringList& listFile);
 
     bool loadShiftFile(const QString& strFileName);
     void fillShiftTable();
+    void appendShiftRow(const QPointF& ptShift);
     void fillMaskTable();
     void makeMaskItems();
     void clearMaskItems();
     void refreshPeakMarks();
+    /// Sets the contrast limits from the frame in memory.
+    void setAutoContrast();
 
     /// What all runs that a button starts and stops have in common: stops the play, reads the pages,
     /// takes a second click as the wish to stop, holds the flag and the button while `fnRun` works,
@@ -173,8 +194,24 @@ private:
     /// For what must not happen under a run: with one under way, says so in log and status bar.
     /// @param strWhat  what was asked for, such as "Opening files"
     bool refuseDuringRun(const QString& strWhat);
+    /// Handles waiting events, from which isPumping() keeps what a run has in use.
+    void pumpEvents();
+    /// Makes what happens while it lives a run under way.
+    class CRunScope {
+    public:
+        explicit CRunScope(MainWindow& window, bool bReload = false);
+        ~CRunScope();
+        CRunScope(const CRunScope&) = delete;
+        CRunScope& operator=(const CRunScope&) = delete;
+
+    private:
+        MainWindow& m_window;
+        bool m_bReload;
+        int m_nOuterPump;  ///< a run may begin from the events that the end of another one lets through
+    };
     /// What the user asked for during the run that has just ended.
-    void catchUpAfterRun();
+    /// @param bReload  the run may have left other images in memory than the frame that is named
+    void catchUpAfterRun(bool bReload);
 
     DataSet m_dataSet;
     PeakHuntingParameters m_hunting;
@@ -192,6 +229,7 @@ private:
     int m_nScaleIndex = 3;
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
+    int m_nWindowRadius = 10;   ///< pixels; circles around integration windows
     int m_nRunDepth = 0;        ///< runs under way, one inside the other
     int m_nPumpDepth = 0;       ///< reports that are handling events for a run
     int m_nFrameAsked = 0;      ///< frame number asked for during a run; 0 none
@@ -200,7 +238,12 @@ private:
     bool m_bShowAsked = false;  ///< a limit of what is shown in 3D was changed during a run
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
+    std::vector<double> m_vecSynced;   ///< the parameters as they last went between pages and members
+    double m_dfCanvasGridAlpha = 0.05; ///< of the grid in both 3D views
+    QList<Vec3D> m_listTextPoint;      ///< the text reflection list opened last: Å⁻¹
+    QList<HKLRef> m_listTextReflection;
     QTimer m_timerPlay;
+    std::unique_ptr<QSplashScreen> m_pSplash;
 
     TabWidget* m_pTabWidget = nullptr;
     QToolBox* m_pToolBox = nullptr;
@@ -218,6 +261,7 @@ private:
     QwtPlotCurve* m_pCurve = nullptr;
     QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
+    QAction* m_pRecentSeparator = nullptr;  ///< before the recent data sets, shown with them
 
     FramesPage* m_pFramesPage = nullptr;
     ShiftPage* m_pShiftPage = nullptr;

@@ -8,6 +8,4 @@ class TabWidget : public QTabWidget {
 
 public:
     explicit TabWidget(QWidget* pParent = nullptr);
-
-    QSize minimumSizeHint() const override;
 };

@@ -1,0 +1,146 @@
+// MainWindow: the tool box and the other docks.
+#include "app/mainwindow.h"
+#include "app/messageedit.h"
+#include "app/windowactions.h"
+#include "crystal/pages/refinementpage.h"
+#include "frames/pages/framespage.h"
+#include "frames/pages/peaksearchpage.h"
+#include "frames/pages/shiftpage.h"
+#include "frameview/textdatawidget.h"
+#include "reciprocal/pages/cellpage.h"
+#include "reciprocal/pages/mergingpage.h"
+#include "view3d/pages/view3dpage.h"
+
+#include <qwt_legend.h>
+#include <qwt_plot.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_grid.h>
+#include <qwt_symbol.h>
+
+#include <QDockWidget>
+#include <QIcon>
+#include <QStyle>
+#include <QToolBox>
+
+static QIcon imageIcon(const char* pchName)
+{
+    return QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(pchName)));
+}
+
+void MainWindow::createControlDock()
+{
+    m_pToolBox = new QToolBox(this);
+    m_pFramesPage = new FramesPage(m_pToolBox);
+    m_pShiftPage = new ShiftPage(m_pActions->m_listSelection, m_pToolBox);
+    m_pPeakSearchPage = new PeakSearchPage(m_pToolBox);
+    m_pMergingPage = new MergingPage(m_pToolBox);
+    m_pCellPage = new CellPage(m_pToolBox);
+    m_pRefinementPage = new RefinementPage(m_pToolBox);
+    m_pView3DPage = new View3DPage(m_pToolBox);
+
+    // Entry 5 of the names is a group that stands on no page.
+    const struct {
+        QWidget* pPage;
+        int nName;
+    } aPage[] = {{m_pFramesPage, 0},    {m_pShiftPage, 1},      {m_pPeakSearchPage, 2}, {m_pMergingPage, 3},
+                 {m_pCellPage, 4},      {m_pRefinementPage, 6}, {m_pView3DPage, 7}};
+    // The tool box lays each page into a scroll area of its own: pages taller than the window scroll.
+    int nWidth = m_pFramesPage->sizeHint().width();
+    for (const auto& page : aPage) {
+        m_pToolBox->addItem(page.pPage, imageIcon("arrowright4"), m_mapPageName[page.nName]);
+        nWidth = qMax(nWidth, page.pPage->minimumSizeHint().width());
+    }
+    m_pToolBox->setMinimumWidth(nWidth + style()->pixelMetric(QStyle::PM_ScrollBarExtent) +
+                                2 * m_pToolBox->frameWidth());
+    toolBoxPageChanged(0);
+    connect(m_pToolBox, &QToolBox::currentChanged, this, &MainWindow::toolBoxPageChanged);
+    addDock(m_pToolBox, QStringLiteral("Control"), Qt::LeftDockWidgetArea, imageIcon("icon_gear3"),
+            QStringLiteral("Ctrl+N"));
+}
+
+void MainWindow::toolBoxPageChanged(int nIndex)
+{
+    QList<QWidget*> listHeader;
+    for (QWidget* pChild : m_pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (pChild->inherits("QToolBoxButton"))
+            listHeader.append(pChild);
+    const auto mark = [&](int nPage, const char* pchIcon, int nWeight) {
+        if (nPage < 0 || nPage >= m_pToolBox->count())
+            return;
+        m_pToolBox->setItemIcon(nPage, imageIcon(pchIcon));
+        if (nPage < listHeader.size()) {
+            QFont fontHeader = listHeader[nPage]->font();
+            fontHeader.setWeight(nWeight);
+            listHeader[nPage]->setFont(fontHeader);
+        }
+    };
+    mark(m_nToolBoxPage, "arrowright4", QFont::Normal);
+    mark(nIndex, "arrowdown4", QFont::Bold);
+    m_nToolBoxPage = nIndex;
+}
+
+void MainWindow::createOtherDocks()
+{
+    m_pMessageEdit = new MessageEdit(this);
+    addDock(m_pMessageEdit, QStringLiteral("Messages"), Qt::BottomDockWidgetArea, imageIcon("messages"),
+            QStringLiteral("Ctrl+M"));
+
+    createCurvePlot();
+    QDockWidget* pIntensity = addDock(m_pCurvePlot, QStringLiteral("Intensity"), Qt::BottomDockWidgetArea,
+                                      imageIcon("ampphaxp"), QStringLiteral("Ctrl+P"));
+    m_pActions->watch(pIntensity->toggleViewAction());  // shares its key with the about box
+
+    m_pTextData = new TextDataWidget(this);
+    m_pTextData->setAcceptDrops(false);
+    m_pTextData->viewport()->setAcceptDrops(false);
+    addDock(m_pTextData, QStringLiteral("Text Data"), Qt::BottomDockWidgetArea, imageIcon("textdata"),
+            QStringLiteral("Ctrl+T"));
+}
+
+QDockWidget* MainWindow::addDock(QWidget* pContent, const QString& strTitle, Qt::DockWidgetArea area,
+                                 const QIcon& icon, const QString& strKey)
+{
+    auto* pDock = new QDockWidget(strTitle, this);
+    pDock->setObjectName(strTitle);  // by which a saved state finds it
+    pDock->setAllowedAreas(Qt::AllDockWidgetAreas);
+    pDock->setWidget(pContent);
+    pDock->toggleViewAction()->setIcon(icon);
+    pDock->toggleViewAction()->setShortcut(QKeySequence(strKey));
+    addDockWidget(area, pDock);
+    m_listDock.append(pDock);
+    return pDock;
+}
+
+void MainWindow::createCurvePlot()
+{
+    m_pCurvePlot = new QwtPlot(this);
+    m_pCurvePlot->setAutoReplot(false);
+    m_pCurvePlot->setMinimumHeight(100);
+    m_pCurvePlot->canvas()->unsetCursor();
+    m_pCurvePlot->addAction(m_pActions->m_pCurveCopyData);
+    m_pCurvePlot->addAction(m_pActions->m_pCurveCopyWindow);
+    m_pCurvePlot->setContextMenuPolicy(Qt::ActionsContextMenu);
+
+    QwtText textX(QStringLiteral("Frame No."));
+    QFont fontTitle = textX.font();
+    fontTitle.setPixelSize(12);
+    fontTitle.setWeight(QFont::Bold);
+    textX.setFont(fontTitle);
+    m_pCurvePlot->setAxisTitle(QwtPlot::xBottom, textX);
+    m_pCurvePlot->setAxisTitle(QwtPlot::yLeft, QStringLiteral("<h4>Intensity</h4>"));
+    m_pCurvePlot->insertLegend(new QwtLegend, QwtPlot::TopLegend, -1.0);
+
+    m_pCurve = new QwtPlotCurve(QStringLiteral("Point"));
+    m_pCurve->setPen(QPen(Qt::red));
+    m_pCurve->setRenderHint(QwtPlotItem::RenderAntialiased);
+    m_pCurve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+    m_pCurve->setSymbol(new QwtSymbol(QwtSymbol::Cross, Qt::NoBrush, QPen(Qt::red), QSize(10, 10)));
+    m_pCurve->attach(m_pCurvePlot);
+
+    auto* pGrid = new QwtPlotGrid;
+    pGrid->setMajorPen(QPen(Qt::gray, 0, Qt::DotLine, Qt::SquareCap, Qt::BevelJoin));
+    pGrid->setAxes(QwtPlot::xBottom, QwtPlot::yRight);
+    pGrid->attach(m_pCurvePlot);
+    m_pCurvePlot->replot();
+}

@@ -1,0 +1,241 @@
+// MainWindow: all ways of opening a data set, and the recent list.
+#include "app/dataset/displayname.h"
+#include "app/dataset/opening.h"
+#include "app/dataset/reflectionlist.h"
+#include "app/mainwindow.h"
+#include "app/tabwidget.h"
+#include "app/windowactions.h"
+#include "app/windowreport.h"
+#include "frames/pages/peaksearchpage.h"
+#include "frameview/originalimgscene.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QUrl>
+
+#include <exception>
+
+static const int g_nMaxRecent = 20;
+
+static QString recentKey()
+{
+    return QStringLiteral("recentSeriesList");
+}
+
+void MainWindow::open()
+{
+    const QString strWhat = QStringLiteral("Opening files");
+    if (refuseDuringRun(strWhat))
+        return;
+    openFiles(QFileDialog::getOpenFileNames(
+        this, QStringLiteral("Open Files"), m_dataSet.m_strWorkingDir,
+        QStringLiteral("ED3D Project(*.ed3d);;Images(*.dm3 *.mrc *.bmp *.jpg *.jpeg *.gif *.tif *.tiff "
+                       "*.png);;All Files (*.*)")));
+}
+
+void MainWindow::openRecentFile()
+{
+    if (const auto* pAction = qobject_cast<const QAction*>(sender()))
+        openFiles(pAction->data().toStringList());
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
+{
+    if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
+        pEvent->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* pEvent)
+{
+    QStringList listFile;
+    for (const QUrl& url : pEvent->mimeData()->urls())
+        if (url.isLocalFile())
+            listFile.append(url.toLocalFile());
+    if (listFile.isEmpty())
+        return;
+    pEvent->acceptProposedAction();
+    openFiles(listFile);
+}
+
+void MainWindow::openFiles(const QStringList& listFile)
+{
+    if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
+        return;
+    m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
+    try {
+        switch (openKind(listFile)) {
+        case OpenKind::nothing:
+            break;
+        case OpenKind::reflectionList:
+            openReflectionList(listFile.first());
+            break;
+        case OpenKind::project:
+            openProject(listFile.first());
+            break;
+        case OpenKind::images:
+            openImageFiles(listFile);
+            break;
+        }
+    } catch (const std::exception& error) {  // out of memory
+        connectPanelSignals(true);
+        WindowReport(*this).addMessage(
+            QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
+    }
+}
+
+/// Reads a list of reflections for the 3D views. The data set stays: the list is only for looking at.
+bool MainWindow::openReflectionList(const QString& strFileName)
+{
+    WindowReport report(*this);
+    QString strReason;
+    if (!readReflectionList(strFileName, m_listTextPoint, m_listTextReflection, &strReason)) {
+        report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason), Qt::red);
+        return false;
+    }
+    report.addMessage(QStringLiteral("%L1 reflections loaded from %2.")
+                          .arg(m_listTextPoint.size())
+                          .arg(strFileName));
+    return true;
+}
+
+/// @return false when the project cannot be read; then only the log says so
+bool MainWindow::openProject(const QString& strFileName)
+{
+    stopImagePlay();
+    syncParametersWithControls(true);  // what the user set on other pages outlives the opening
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QStringList listReason;
+    connectPanelSignals(false);
+    if (!::openProject(m_dataSet, m_mapping, strFileName, report, &listReason)) {
+        connectPanelSignals(true);
+        return false;
+    }
+    clearDataSet();
+    fillFileTable();
+    fillShiftTable();
+    syncParametersWithControls(false);
+    connectPanelSignals(true);
+    pumpEvents();
+
+    showFirstFrame();
+    enterRecentSeries({strFileName});
+    if (countsAgree(m_dataSet)) {
+        transformPeaksTo3D();
+        showPeaksIn3D();
+    }
+    loadUnitCellAtOpening(m_dataSet, report, &listReason);
+    updateUnitCell();  // without a cell too: that of the former data set leaves the page
+    for (const QString& strReason : qAsConst(listReason))
+        report.addMessage(strReason);
+    return true;
+}
+
+void MainWindow::openImageFiles(const QStringList& listFile)
+{
+    stopImagePlay();
+    syncParametersWithControls(true);
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QStringList listReason;
+    connectPanelSignals(false);
+    ::openImageFiles(m_dataSet, listFile, report, &listReason);
+    clearDataSet();
+    fillFileTable();
+    fillShiftTable();
+    syncParametersWithControls(false);
+    connectPanelSignals(true);
+    setWindowFilePath(displayName(listFile));
+    showFirstFrame();
+    updateUnitCell();
+    for (const QString& strReason : qAsConst(listReason))
+        report.addMessage(strReason);
+}
+
+void MainWindow::clearDataSet()
+{
+    m_nFrameAsked = 0;  // a number of the former series
+    clearCrossMarks();
+    clearCircleMarks();
+    clearTextMarks();
+    clearMaskItems();
+    fillMaskTable();
+    m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+}
+
+/// Shows frame 1 on the first tab, with contrast limits of its own and no region selected.
+void MainWindow::showFirstFrame()
+{
+    {
+        const QSignalBlocker blockTabs(m_pTabWidget);
+        const QSignalBlocker blockSpin(m_pFrameSpin);
+        const QSignalBlocker blockSlider(m_pFrameSlider);
+        m_pTabWidget->setCurrentIndex(0);
+        m_pFrameSpin->setValue(1);
+        m_pFrameSlider->setValue(1);
+    }
+    m_pActions->m_listSelection.first()->setChecked(true);
+    m_dataSet.m_bAutoContrastOnLoad = true;
+    updateControls(0);
+    m_dataSet.m_bAutoContrastOnLoad = false;
+    if (m_dataSet.m_vecFrameImage.empty()) {
+        // No frame, or none that could be read: the picture of the former series must not stand in for it.
+        CImgObj<unsigned char> imgDot;
+        imgDot.Create(1, 1);
+        *imgDot.Data() = 0;
+        m_pFrameScene->clearImages();
+        m_pFrameScene->addImage(imgDot);
+        m_pFrameScene->clearImages();
+    }
+}
+
+void MainWindow::enterRecentSeries(const QStringList& listFile)
+{
+    setWindowFilePath(displayName(listFile));
+    const QString strEntry = listFile.join(QLatin1Char('|'));
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    listEntry.removeAll(strEntry);
+    listEntry.prepend(strEntry);
+    listEntry = listEntry.mid(0, g_nMaxRecent);
+    pSettings->setValue(recentKey(), listEntry);
+    pSettings->sync();
+    for (QWidget* pWidget : QApplication::topLevelWidgets())
+        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget))
+            pWindow->updateRecentMenu();
+}
+
+void MainWindow::updateRecentMenu()
+{
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    const QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    int nShown = 0;
+    for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
+        QAction* pAction = m_pActions->m_listRecent[i];
+        const QStringList listFile =
+            i < listEntry.size() ? listEntry[i].split(QLatin1Char('|'), Qt::SkipEmptyParts) : QStringList();
+        pAction->setVisible(!listFile.isEmpty());
+        if (listFile.isEmpty())
+            continue;
+        ++nShown;
+        const QString strName = displayName(listFile);
+        QString strLabel = strName;
+        strLabel.replace(QLatin1Char('&'), QLatin1String("&&"));  // else a menu takes it for a mnemonic
+        pAction->setText(QStringLiteral("&%1 %2").arg(QString::number(i + 1), strLabel));
+        pAction->setStatusTip(
+            QStringLiteral("Open %1 : %2 files")
+                .arg(QFileInfo(listFile.first()).absolutePath() + QLatin1Char('/') + strName,
+                     QString::number(listFile.size())));
+        pAction->setData(listFile);
+    }
+    m_pRecentSeparator->setVisible(nShown > 0);
+}

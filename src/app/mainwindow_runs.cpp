@@ -1,0 +1,105 @@
+// MainWindow: what all runs have in common, and what waits for their end.
+#include "app/mainwindow.h"
+#include "app/messageedit.h"
+#include "app/tabwidget.h"
+#include "app/windowreport.h"
+#include "frameview/baseimgview.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <QPushButton>
+#include <QSlider>
+
+#include <exception>
+#include <utility>
+
+void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
+                               const std::function<void(CRunReport&)>& fnRun)
+{
+    stopImagePlay();
+    syncParametersWithControls(true);
+    if (bFlag) {
+        bFlag = false;
+        return;
+    }
+    if (refuseDuringRun(QStringLiteral("Another run")))
+        return;
+    bFlag = true;
+    {
+        CRunScope scope(*this, true);
+        setButtonStatus(pButton, 1);
+        WindowReport report(*this, &bFlag);
+        try {
+            fnRun(report);
+        } catch (const std::exception& error) {  // out of memory: the window and its data go on
+            report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
+                              Qt::red);
+        }
+        bFlag = false;
+    }
+    setButtonStatus(pButton, 0);
+}
+
+void MainWindow::setButtonStatus(QPushButton* pButton, int nStatus)
+{
+    if (pButton && nStatus == 0) {
+        pButton->setText(QStringLiteral("Run"));
+        pButton->setIcon(QIcon(QStringLiteral(":/images/run.png")));
+    } else if (pButton && nStatus == 1) {
+        pButton->setText(QStringLiteral("Stop"));
+        pButton->setIcon(QIcon(QStringLiteral(":/images/stop.png")));
+    }
+    pumpEvents();
+}
+
+void MainWindow::pumpEvents()
+{
+    ++m_nPumpDepth;
+    QCoreApplication::processEvents();
+    --m_nPumpDepth;
+}
+
+bool MainWindow::refuseDuringRun(const QString& strWhat)
+{
+    if (!isPumping())
+        return false;
+    const QString strText = QStringLiteral("%1 has to wait: a run is under way. Stop it first, or let it end.")
+                                .arg(strWhat);
+    m_pMessageEdit->addMessage(strText, Qt::red);
+    statusBarMessage(strText);
+    return true;
+}
+
+void MainWindow::catchUpAfterRun(bool bReload)
+{
+    const int nFrame = std::exchange(m_nFrameAsked, 0);
+    const bool bRemap = std::exchange(m_bRemapAsked, false);
+    const bool bShow = std::exchange(m_bShowAsked, false);
+    if (std::exchange(m_bCloseAsked, false)) {
+        // From the event loop: the slot of the run is still on the stack.
+        QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
+        return;
+    }
+    if (bRemap)
+        recalculate3DPeakPositionsAndUpdateView();
+    else if (bShow)
+        showPeaksIn3D();
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    if (nFrame >= 1 && nFrame <= nFrames)
+        switchToImgIndex(nFrame);
+    else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView)
+        switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
+}
+
+MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload) 
+    : m_window(window), m_bReload(bReload), m_nOuterPump(std::exchange(window.m_nPumpDepth, 0))
+{
+    ++m_window.m_nRunDepth;
+}
+
+MainWindow::CRunScope::~CRunScope()
+{
+    m_window.m_nPumpDepth = m_nOuterPump;
+    if (--m_window.m_nRunDepth == 0)
+        m_window.catchUpAfterRun(m_bReload);
+}

@@ -1,0 +1,7 @@
+#include "app/tabwidget.h"
+
+TabWidget::TabWidget(QWidget* pParent) : QTabWidget(pParent)
+{
+    setElideMode(Qt::ElideNone);
+    setUsesScrollButtons(true);
+}

@@ -1,0 +1,227 @@
+#include "app/windowactions.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QShortcutEvent>
+#include <QWidget>
+
+namespace {
+
+// A key that is written out, a standard key of the platform, or none.
+struct Key {
+    Key() = default;
+    Key(const char* pchKey) : pchText(pchKey) {}
+    Key(QKeySequence::StandardKey nKey) : nStandard(nKey) {}
+
+    const char* pchText = nullptr;
+    QKeySequence::StandardKey nStandard = QKeySequence::UnknownKey;
+};
+
+struct Row {
+    const char* pchText;
+    const char* pchTip;
+    const char* pchIcon;
+    Key key;
+};
+
+QAction* makeAction(QObject* pParent, const Row& row)
+{
+    auto* pAction = new QAction(QString::fromUtf8(row.pchText), pParent);
+    if (row.pchTip)
+        pAction->setStatusTip(QString::fromUtf8(row.pchTip));
+    if (row.pchIcon)
+        pAction->setIcon(QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(row.pchIcon))));
+    if (row.key.pchText)
+        pAction->setShortcut(QKeySequence(QLatin1String(row.key.pchText)));
+    else if (row.key.nStandard != QKeySequence::UnknownKey)
+        pAction->setShortcuts(row.key.nStandard);
+    pAction->setEnabled(false);
+    return pAction;
+}
+
+// Whether Qt listens to the keys of an action at all as the widgets stand that show it.
+bool listens(const QAction* pAction)
+{
+    const QWidget* pFocus = QApplication::focusWidget();
+    for (const QWidget* pWidget : pAction->associatedWidgets()) {
+        if (qobject_cast<const QMenu*>(pWidget))
+            return true;
+        if (!pWidget->isVisible() || !pWidget->isEnabled())
+            continue;
+        switch (pAction->shortcutContext()) {
+        case Qt::WidgetShortcut:
+            if (pWidget == pFocus)
+                return true;
+            break;
+        case Qt::WidgetWithChildrenShortcut:
+            if (pFocus && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
+                return true;
+            break;
+        default:
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether the keyboard is with a widget that the action belongs to, bars and menus aside.
+bool hasFocus(const QAction* pAction)
+{
+    const QWidget* pFocus = QApplication::focusWidget();
+    if (!pFocus)
+        return false;
+    for (const QWidget* pWidget : pAction->associatedWidgets())
+        if (!pWidget->isWindow() && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
+            return true;
+    return false;
+}
+
+}  // namespace
+
+WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
+{
+    const struct {
+        QAction* WindowActions::*ppAction;
+        Row row;
+    } aSingle[] = {
+        {&WindowActions::m_pOpen,
+         {"&Open...", "Open an existing file", "open_document_32", QKeySequence::Open}},
+        {&WindowActions::m_pSaveCurrent,
+         {"&Save Current Image", "Save current image to file", "save_32", QKeySequence::Save}},
+        {&WindowActions::m_pSaveSeries,
+         {"&Save Image Series", "Save current image series to files", "saveseries_32", "Ctrl+Shift+S"}},
+        {&WindowActions::m_pMovieFrames,
+         {"&Export Frames for Movie...", "&Export frames for making movie", "movies", "Ctrl+Shift+M"}},
+        {&WindowActions::m_pScaledFrames,
+         {"&Export Scaled Frames...", "&Export frames after scaling", nullptr, "Ctrl+Shift+B"}},
+        {&WindowActions::m_pReciprocalVolume,
+         {"&Export Reciprocal Space...", "&Export reciprocal space as a volume in a stacked MRC file", nullptr,
+          "Ctrl+Shift+R"}},
+        {&WindowActions::m_pSmvImages,
+         {"Export S&MV Images...", "Export image frames in SMV format for &MOSFLM and XDS", nullptr,
+          "Ctrl+Shift+M"}},
+        {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
+        {&WindowActions::m_pCopyWindow,
+         {"Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy}},
+        {&WindowActions::m_pZoomIn, {"Zoom &In", "Zoom in", "zoomin", QKeySequence::ZoomIn}},
+        {&WindowActions::m_pZoomOut, {"Zoom &Out", "Zoom out", "zoomout", QKeySequence::ZoomOut}},
+        {&WindowActions::m_pAbout, {"A&bout %1...", nullptr, "tessera", "Ctrl+P"}},
+        {&WindowActions::m_pAboutQt, {"About Qt...", nullptr, "qtlogo-64", {}}},
+        {&WindowActions::m_pShowPeakLabels, {"Show Peak Labels", nullptr, nullptr, QKeySequence::Refresh}},
+        {&WindowActions::m_pGroupReset, {"Reset", nullptr, nullptr, QKeySequence::Delete}},
+        {&WindowActions::m_pGroupMerge, {"Merge Selections", nullptr, nullptr, {}}},
+        {&WindowActions::m_pGroupResetAll, {"Reset All", nullptr, nullptr, {}}},
+        {&WindowActions::m_pGroupExport, {"Export...", nullptr, nullptr, {}}},
+        {&WindowActions::m_pCurveCopyData, {"Copy Data", nullptr, nullptr, "Ctrl+D"}},
+        {&WindowActions::m_pCurveCopyWindow, {"Copy Window", nullptr, nullptr, QKeySequence::Cut}},
+        {&WindowActions::m_pTableCopySelected, {"Copy Selected", nullptr, nullptr, {}}},
+        {&WindowActions::m_pTableCopyAll, {"Copy All", nullptr, nullptr, {}}},
+    };
+    for (const auto& single : aSingle) {
+        this->*single.ppAction = makeAction(this, single.row);
+        watch(this->*single.ppAction);
+    }
+    m_pAbout->setText(m_pAbout->text().arg(QStringLiteral("Tessera")));
+    m_pShowPeakLabels->setCheckable(true);
+    // The key deletes, so it must not be heard from other parts of the window.
+    m_pGroupReset->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+
+    const auto makeExclusive = [this](const QList<Row>& listRow) {
+        QList<QAction*> listAction;
+        auto* pGroup = new QActionGroup(this);
+        for (const Row& row : listRow) {
+            QAction* pAction = makeAction(this, row);
+            pAction->setCheckable(true);
+            pGroup->addAction(pAction);
+            watch(pAction);
+            listAction.append(pAction);
+        }
+        listAction.first()->setChecked(true);
+        return listAction;
+    };
+    m_listPalette = makeExclusive({{"Grey", "Show images in grey scale", "grey", "Ctrl+G"},
+                                   {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey",
+                                    "Ctrl+I"},
+                                   {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
+                                   {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
+    m_listSelection = makeExclusive(
+        {{"Select None", "Select none for processing", "selection_noneb", "Ctrl+0"},
+         {"Select 64×64", "Select a 64×64 area for processing", "selection64b", "Ctrl+1"},
+         {"Select 128×128", "Select a 128×128 area for processing", "selection128b", "Ctrl+2"},
+         {"Select 256×256", "Select a 256×256 area for processing", "selection256b", "Ctrl+3"},
+         {"Select 512×512", "Select a 512×512 area for processing", "selection512b", "Ctrl+4"},
+         {"Select 1024×1024", "Select a 1024×1024 area for processing", "selection1024b", "Ctrl+5"}});
+
+    for (int i = 0; i < 20; ++i) {
+        m_listRecent.append(makeAction(this, {"", nullptr, nullptr, {}}));
+        m_listRecent.last()->setVisible(false);
+    }
+}
+
+void WindowActions::setReady(QAction* pAction)
+{
+    m_listReady.append(pAction);
+    pAction->setEnabled(true);
+}
+
+void WindowActions::setInForce(QAction* pAction, bool bInForce)
+{
+    pAction->setEnabled(bInForce && m_listReady.contains(pAction));
+}
+
+void WindowActions::watch(QAction* pAction)
+{
+    m_listWatched.append(pAction);
+    pAction->installEventFilter(this);
+}
+
+QAction* WindowActions::actionForKey(const QKeySequence& key) const
+{
+    QAction* pBest = nullptr;
+    int nBest = -1;
+    for (QAction* pAction : m_listWatched) {
+        if (!pAction->isEnabled() || !pAction->isVisible() || !pAction->shortcuts().contains(key) ||
+            !listens(pAction))
+            continue;
+        const int nScore =
+            (pAction->shortcuts().size() == 1 ? 100 : 0) + (hasFocus(pAction) ? 10 : 0) + rank(pAction);
+        if (nScore > nBest) {
+            pBest = pAction;
+            nBest = nScore;
+        }
+    }
+    return pBest;
+}
+
+bool WindowActions::eventFilter(QObject* pObject, QEvent* pEvent)
+{
+    if (pEvent->type() == QEvent::Shortcut) {
+        const auto* pShortcut = static_cast<QShortcutEvent*>(pEvent);
+        if (pShortcut->isAmbiguous()) {
+            if (QAction* pAction = actionForKey(pShortcut->key()))
+                pAction->trigger();
+            return true;
+        }
+    }
+    return QObject::eventFilter(pObject, pEvent);
+}
+
+int WindowActions::checkedIndex(const QList<QAction*>& listAction)
+{
+    for (int i = 0; i < listAction.size(); ++i)
+        if (listAction[i]->isChecked())
+            return i;
+    return 0;
+}
+
+// The frames of a movie, which are in force beside a 3D view alone, go before the SMV images; a dock's
+// switch before the about box, which has its menu.
+int WindowActions::rank(const QAction* pAction) const
+{
+    if (pAction == m_pAbout)
+        return 0;
+    return pAction == m_pMovieFrames ? 2 : 1;
+}
