@@ -62,7 +62,7 @@ void BM_Merging(benchmark::State& state)
     transformPeaksTo3D(data, mapping, report);
     showPeaksIn3D(data, mapping);
     for (auto _ : state)
-        benchmark::DoNotOptimize(peakReduction3D(data, PeakMergingParameters(), {}, report));
+        benchmark::DoNotOptimize(peakReduction3D(data, PeakMergingParameters(), nullptr, report));
     state.counters["chains"] = data.m_listPeakChain.size();
 }
 BENCHMARK(BM_Merging)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);

@@ -21,6 +21,19 @@ bool areFinite(const QList<Vec3D>& listVector)
     });
 }
 
+// Writes the cell in force to the project's unit-cell file; a failure is a red line, and one with its reason.
+void saveProjectCell(DataSet& dataSet, CRunReport& report)
+{
+    const QString strFileName =
+        dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral(".uc");
+    QString strReason;
+    if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
+        report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),
+                          Qt::red);
+        report.addMessage(strReason, Qt::red);
+    }
+}
+
 }  // namespace
 
 bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const QList<Peak3D>& listViewPoint,
@@ -53,6 +66,17 @@ void updateUnitCell(DataSet& dataSet)
 {
     if (dataSet.m_listCellFound.size() == 3)
         dataSet.m_listCell = dataSet.m_listCellFound;
+}
+
+bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
+{
+    if (dataSet.m_listCell.size() != 3)
+        return false;
+    dataSet.m_listCellFound = dataSet.m_listCell;
+    saveProjectCell(dataSet, report);
+    dataSet.m_vecPeakIndexedOnFrame.clear();
+    dataSet.m_vecReflectionFrame.clear();
+    return true;
 }
 
 bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
@@ -96,13 +120,7 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         report.addHtml(strCell, Qt::black);
     dataSet.m_listCellFound = listBasis;
     updateUnitCell(dataSet);
-    if (bSave) {
-        const QString strFileName =
-            dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral(".uc");
-        QString strReason;
-        if (!saveUnitCellFile(dataSet, strFileName, &strReason))
-            report.addMessage(
-                QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName), Qt::red);
-    }
+    if (bSave)
+        saveProjectCell(dataSet, report);
     return true;
 }

@@ -19,6 +19,12 @@ bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const Q
 /// The commit of a found basis: m_listCell takes m_listCellFound when that holds three vectors.
 void updateUnitCell(DataSet& dataSet);
 
+/// The commit of a transformed basis: m_listCellFound takes m_listCell, the project's unit-cell file takes
+/// the basis (a red line if it can't be written; the commit stands), and the indexed peaks and the
+/// reflections' frames are emptied, since they belong to the former cell.
+/// @return false, with nothing changed, when m_listCell does not hold three vectors
+bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
+
 /// Searches the unit cell of the selected reflections and commits it.
 ///
 /// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame), the log the direct

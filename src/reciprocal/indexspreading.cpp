@@ -4,10 +4,11 @@
 #include "reciprocal/bydstar.h"
 #include "reciprocal/indexing.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 namespace {
@@ -28,12 +29,6 @@ inline bool isNearWhole(const Vec3D& hkl, float fThreshold)
     return isNearWhole(hkl.x, fThreshold) && isNearWhole(hkl.y, fThreshold) && isNearWhole(hkl.z, fThreshold);
 }
 
-/// Weighted indices of one reflection, gathered from its neighbours in single precision.
-struct IndexSum {
-    Vec3D vecHKL;
-    float fWeight = 0;
-};
-
 // Steps to neighbours are solved four at a time; each operation rounds as in CBasisSolver::solve().
 constexpr int g_nLanes = 4;
 typedef float FloatLanes __attribute__((vector_size(4 * g_nLanes)));
@@ -41,66 +36,92 @@ typedef double DoubleLanes __attribute__((vector_size(8 * g_nLanes)));
 typedef int32_t IntLanes __attribute__((vector_size(4 * g_nLanes)));
 typedef int64_t LongLanes __attribute__((vector_size(8 * g_nLanes)));
 
-struct SolvedSteps {
-    float fStepX[g_nLanes], fStepY[g_nLanes], fStepZ[g_nLanes];  ///< in
-    float fH[g_nLanes], fK[g_nLanes], fL[g_nLanes];              ///< fractional indices of the steps
-    float fWeight[g_nLanes];
-    int32_t nWhole[g_nLanes];  ///< not 0: the step is whole
-    bool bLarge;               ///< an index is too large for the fast test
+/// Columns of numbers, one row per step from a neighbour to the reflection at hand.
+struct StepTable {
+    std::vector<int> vecPlace;            ///< of the neighbour, among the indexed ones
+    std::vector<float> vecX, vecY, vecZ;  ///< the step, Å⁻¹
+    std::vector<float> vecH, vecK, vecL;  ///< its fractional indices
+    std::vector<float> vecWeight;         ///< falls with its length
+    std::vector<int32_t> vecWhole;        ///< 0 not whole, 1 too large for the fast test, else whole
+    size_t nRows = 0;
+
+    /// Room for nMost rows and for the lanes behind them.
+    void reserve(size_t nMost)
+    {
+        const size_t nSize = nMost + g_nLanes;
+        vecPlace.resize(nSize);
+        for (std::vector<float>* pColumn : {&vecX, &vecY, &vecZ, &vecH, &vecK, &vecL, &vecWeight})
+            pColumn->resize(nSize);
+        vecWhole.resize(nSize);
+    }
 };
 
-__attribute__((always_inline)) inline void solveSteps(SolvedSteps& steps, const CBasisSolver& solver,
-                                                      float fThreshold)
+template <class Lanes, class T>
+inline Lanes lanesAt(const std::vector<T>& vecColumn, size_t nRow)
 {
-    FloatLanes laneX, laneY, laneZ;
-    std::memcpy(&laneX, steps.fStepX, sizeof(laneX));
-    std::memcpy(&laneY, steps.fStepY, sizeof(laneY));
-    std::memcpy(&laneZ, steps.fStepZ, sizeof(laneZ));
-    const DoubleLanes laneDX = __builtin_convertvector(laneX, DoubleLanes);
-    const DoubleLanes laneDY = __builtin_convertvector(laneY, DoubleLanes);
-    const DoubleLanes laneDZ = __builtin_convertvector(laneZ, DoubleLanes);
-    float* const apOut[3] = {steps.fH, steps.fK, steps.fL};
-    IntLanes laneWhole = IntLanes{} - 1;
-    LongLanes laneLarge = {};
-    for (int n = 0; n < 3; ++n) {
-        const double* pRow = solver.cofactors() + 3 * n;
-        const DoubleLanes laneIndex =
-            (laneDX * pRow[0] + laneDY * pRow[1] + laneDZ * pRow[2]) / solver.determinant();
-        const FloatLanes laneSingle = __builtin_convertvector(laneIndex, FloatLanes);
-        std::memcpy(apOut[n], &laneSingle, sizeof(laneSingle));
-        const DoubleLanes laneValue = __builtin_convertvector(laneSingle, DoubleLanes);
-        laneLarge |= ~((laneValue < 1e9) & (laneValue > -1e9));
-        const DoubleLanes laneOutwards = laneValue < 0 ? laneValue - 0.5 : laneValue + 0.5;
-        const DoubleLanes laneRounded =
-            __builtin_convertvector(__builtin_convertvector(laneOutwards, IntLanes), DoubleLanes);
-        const FloatLanes laneOff = __builtin_convertvector(laneValue - laneRounded, FloatLanes);
-        laneWhole &= (laneOff <= fThreshold) & (laneOff >= -fThreshold);
-    }
-    const FloatLanes laneSquare = laneX * laneX + laneY * laneY + laneZ * laneZ;
-    FloatLanes laneLength;
-    for (int n = 0; n < g_nLanes; ++n)
-        laneLength[n] = std::sqrt(laneSquare[n]);
-    const FloatLanes laneWeight =
-        __builtin_convertvector(1 / (__builtin_convertvector(laneLength, DoubleLanes) + 0.001), FloatLanes);
-    std::memcpy(steps.fWeight, &laneWeight, sizeof(laneWeight));
-    std::memcpy(steps.nWhole, &laneWhole, sizeof(laneWhole));
-    steps.bLarge = false;
-    for (int n = 0; n < g_nLanes; ++n)
-        steps.bLarge = steps.bLarge || laneLarge[n] != 0;
+    Lanes lanes;
+    std::memcpy(&lanes, vecColumn.data() + nRow, sizeof(lanes));
+    return lanes;
 }
 
-using SolveSteps = void (*)(SolvedSteps&, const CBasisSolver&, float);
-
-void solveStepsPlain(SolvedSteps& steps, const CBasisSolver& solver, float fThreshold)
+template <class Lanes, class T>
+inline void putLanes(std::vector<T>& vecColumn, size_t nRow, const Lanes& lanes)
 {
-    solveSteps(steps, solver, fThreshold);
+    std::memcpy(vecColumn.data() + nRow, &lanes, sizeof(lanes));
+}
+
+/// Fills the columns behind the steps.
+__attribute__((always_inline)) inline void solveSteps(StepTable& table, const CBasisSolver& solver,
+                                                      float fThreshold)
+{
+    for (size_t nRow = 0; nRow < table.nRows; nRow += g_nLanes) {
+        const FloatLanes laneX = lanesAt<FloatLanes>(table.vecX, nRow);
+        const FloatLanes laneY = lanesAt<FloatLanes>(table.vecY, nRow);
+        const FloatLanes laneZ = lanesAt<FloatLanes>(table.vecZ, nRow);
+        const DoubleLanes laneDX = __builtin_convertvector(laneX, DoubleLanes);
+        const DoubleLanes laneDY = __builtin_convertvector(laneY, DoubleLanes);
+        const DoubleLanes laneDZ = __builtin_convertvector(laneZ, DoubleLanes);
+        IntLanes laneWhole = IntLanes{} - 1;
+        LongLanes laneLarge = {};
+        std::vector<float>* const apColumn[3] = {&table.vecH, &table.vecK, &table.vecL};
+        for (int n = 0; n < 3; ++n) {
+            const double* pRow = solver.cofactors() + 3 * n;
+            const DoubleLanes laneIndex =
+                (laneDX * pRow[0] + laneDY * pRow[1] + laneDZ * pRow[2]) / solver.determinant();
+            const FloatLanes laneSingle = __builtin_convertvector(laneIndex, FloatLanes);
+            putLanes(*apColumn[n], nRow, laneSingle);
+            const DoubleLanes laneValue = __builtin_convertvector(laneSingle, DoubleLanes);
+            laneLarge |= ~((laneValue < 1e9) & (laneValue > -1e9));
+            const DoubleLanes laneOutwards = laneValue < 0 ? laneValue - 0.5 : laneValue + 0.5;
+            const DoubleLanes laneRounded =
+                __builtin_convertvector(__builtin_convertvector(laneOutwards, IntLanes), DoubleLanes);
+            const FloatLanes laneOff = __builtin_convertvector(laneValue - laneRounded, FloatLanes);
+            laneWhole &= (laneOff <= fThreshold) & (laneOff >= -fThreshold);
+        }
+        const IntLanes laneIsLarge = __builtin_convertvector(laneLarge, IntLanes);
+        putLanes(table.vecWhole, nRow, (laneWhole & ~laneIsLarge) | (laneIsLarge & 1));
+        const FloatLanes laneSquare = laneX * laneX + laneY * laneY + laneZ * laneZ;
+        FloatLanes laneLength;
+        for (int n = 0; n < g_nLanes; ++n)
+            laneLength[n] = std::sqrt(laneSquare[n]);
+        putLanes(table.vecWeight, nRow,
+                 __builtin_convertvector(1 / (__builtin_convertvector(laneLength, DoubleLanes) + 0.001),
+                                         FloatLanes));
+    }
+}
+
+using SolveSteps = void (*)(StepTable&, const CBasisSolver&, float);
+
+void solveStepsPlain(StepTable& table, const CBasisSolver& solver, float fThreshold)
+{
+    solveSteps(table, solver, fThreshold);
 }
 
 #if defined(__x86_64__)
-__attribute__((target("avx2"))) void solveStepsWide(SolvedSteps& steps, const CBasisSolver& solver,
+__attribute__((target("avx2"))) void solveStepsWide(StepTable& table, const CBasisSolver& solver,
                                                     float fThreshold)
 {
-    solveSteps(steps, solver, fThreshold);
+    solveSteps(table, solver, fThreshold);
 }
 #endif
 
@@ -114,6 +135,10 @@ SolveSteps chosenSolveSteps()
 }
 
 /// The state of one spreading, with the reflections in order of d*.
+///
+/// A reflection that failed is looked at again only as far as others have been indexed since: if none of them
+/// is a neighbour with a whole step, its sums are what they were. Otherwise the sums are formed anew, over
+/// all its neighbours with whole steps and in the order of the walk, as single precision asks for.
 class CIndexSpreading {
 public:
     CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSolver& solver, float fThreshold,
@@ -125,16 +150,20 @@ public:
 
 private:
     void setWindow();
-    bool isNeighbour(int i, int j) const
-    {
-        return squaredLength(m_vecPoint[size_t(i)] - m_vecPoint[size_t(j)]) <= m_fRadiusSquare;
-    }
-    /// Adds what indexed neighbour j says about i. False, with the sum as it was, if the step is not whole.
-    bool addNeighbour(int i, int j, IndexSum& sum) const;
-    /// addNeighbour() for a list of neighbours, in its order.
-    IndexSum sumOver(int i, const int* pNear, size_t nNear) const;
-    IndexSum sumOfIndexedNeighbours(int i);
-    IndexSum sumOfWholeSteps(int i);
+    /// Fills the table with the neighbours of i from place nFirst of the indexed ones on, last one first.
+    void takeNeighbours(int i, size_t nFirst);
+    /// Fills the table with the indexed ones of the given places.
+    void takePlaces(int i, const std::vector<int>& vecPlace);
+    void setSteps(int i);
+    /// Solves the steps of the table and leaves only the whole ones.
+    void keepWholeSteps();
+    /// The table's places in the order of the walk from i: inwards from it, then outwards.
+    std::vector<int> placesInWalkOrder(int i, const std::vector<int>& vecMore) const;
+    /// The indices of i by the whole steps of the table, by plain division where it is empty.
+    Vec3D weightedIndices(int i) const;
+    /// Forms the indices of i, unless nothing has changed since it failed. False if it is not indexed.
+    bool index(int i);
+    void keepForRetry(int i);
 
     const int m_nCount;
     const CBasisSolver& m_solver;
@@ -145,17 +174,19 @@ private:
     std::vector<double> m_vecDStar;
     std::vector<int> m_vecBegin, m_vecEnd;  ///< the window on d* of each reflection
     std::vector<Vec3D> m_vecHKL;
-    std::vector<Vec3D> m_vecRounded;  ///< of the indexed ones
+    std::vector<char> m_vecTried;
     std::vector<char> m_vecIndexed;
-    int m_nIndexedEnd = 0;  ///< one past the last indexed reflection
-    // The points again, apart and not a number until indexed: then the distance test fails by itself.
+    // The indexed reflections, in the order in which they came; ascending during the first pass.
+    std::vector<int> m_vecOrder;
+    std::vector<Vec3D> m_vecRounded;
     std::vector<float> m_vecX, m_vecY, m_vecZ;
-    std::vector<int> m_vecNear;
-    // Whether a step is whole does not change, so a reflection that failed keeps the neighbours with whole
-    // steps, indexed or not, for the next passes, as long as there is room.
-    std::vector<std::vector<int>> m_vecWholeStep;
-    std::vector<char> m_vecTried;  ///< 0 not yet, 1 failed, 2 failed and whole steps kept
+    // Of reflections that failed: how many indexed ones they have seen, and the places of those with whole
+    // steps, as long as there is room.
+    std::vector<size_t> m_vecSeen;
+    std::vector<std::vector<int>> m_vecKept;
+    std::vector<char> m_vecIsKept;
     size_t m_nKept = 0;
+    StepTable m_table;
     const SolveSteps m_pSolveSteps = chosenSolveSteps();
 };
 
@@ -175,14 +206,12 @@ CIndexSpreading::CIndexSpreading(const QList<Peak3D>& listSorted, const CBasisSo
         m_vecDStar.push_back(peak.dfDStar);
     }
     m_vecHKL.resize(nCount);
-    m_vecRounded.resize(nCount);
-    m_vecIndexed.assign(nCount, 0);
-    m_vecX.assign(nCount, std::numeric_limits<float>::quiet_NaN());
-    m_vecY = m_vecX;
-    m_vecZ = m_vecX;
-    m_vecNear.resize(nCount + 1);
-    m_vecWholeStep.resize(nCount);
     m_vecTried.assign(nCount, 0);
+    m_vecIndexed.assign(nCount, 0);
+    m_vecSeen.assign(nCount, 0);
+    m_vecKept.resize(nCount);
+    m_vecIsKept.assign(nCount, 0);
+    m_table.reserve(nCount);
     setWindow();
 }
 
@@ -210,96 +239,148 @@ void CIndexSpreading::setWindow()
     }
 }
 
-bool CIndexSpreading::addNeighbour(int i, int j, IndexSum& sum) const
-{
-    const Vec3D vecStep = m_vecPoint[size_t(i)] - m_vecPoint[size_t(j)];
-    const Vec3D vecFraction = m_solver.solve(vecStep);
-    if (!isNearWhole(vecFraction, m_fThreshold))
-        return false;
-    const float fWeight = float(1 / (double(length(vecStep)) + 0.001));
-    sum.vecHKL = sum.vecHKL + scaled(vecFraction + m_vecRounded[size_t(j)], fWeight);
-    sum.fWeight += fWeight;
-    return true;
-}
-
-IndexSum CIndexSpreading::sumOver(int i, const int* pNear, size_t nNear) const
-{
-    IndexSum sum;
-    SolvedSteps steps = {};
-    const Vec3D vecPoint = m_vecPoint[size_t(i)];
-    for (size_t nFirst = 0; nFirst < nNear; nFirst += g_nLanes) {
-        const size_t nLanes = std::min(size_t(g_nLanes), nNear - nFirst);
-        for (size_t n = 0; n < nLanes; ++n) {
-            const Vec3D vecStep = vecPoint - m_vecPoint[size_t(pNear[nFirst + n])];
-            steps.fStepX[n] = vecStep.x;
-            steps.fStepY[n] = vecStep.y;
-            steps.fStepZ[n] = vecStep.z;
-        }
-        m_pSolveSteps(steps, m_solver, m_fThreshold);
-        for (size_t n = 0; n < nLanes; ++n) {
-            if (steps.bLarge) {
-                addNeighbour(i, pNear[nFirst + n], sum);
-            } else if (steps.nWhole[n]) {
-                const Vec3D& vecRounded = m_vecRounded[size_t(pNear[nFirst + n])];
-                sum.vecHKL = sum.vecHKL + scaled(Vec3D{steps.fH[n], steps.fK[n], steps.fL[n]} + vecRounded,
-                                                 steps.fWeight[n]);
-                sum.fWeight += steps.fWeight[n];
-            }
-        }
-    }
-    return sum;
-}
-
-IndexSum CIndexSpreading::sumOfIndexedNeighbours(int i)
+void CIndexSpreading::takeNeighbours(int i, size_t nFirst)
 {
     const float fX = m_vecPoint[size_t(i)].x;
     const float fY = m_vecPoint[size_t(i)].y;
     const float fZ = m_vecPoint[size_t(i)].z;
+    int* const pPlace = m_table.vecPlace.data();
     size_t nNear = 0;
-    const auto look = [&](int j) {
-        const float fDX = fX - m_vecX[size_t(j)];
-        const float fDY = fY - m_vecY[size_t(j)];
-        const float fDZ = fZ - m_vecZ[size_t(j)];
-        m_vecNear[nNear] = j;
+    for (size_t nPlace = m_vecOrder.size(); nPlace-- > nFirst;) {
+        const float fDX = fX - m_vecX[nPlace];
+        const float fDY = fY - m_vecY[nPlace];
+        const float fDZ = fZ - m_vecZ[nPlace];
+        pPlace[nNear] = int(nPlace);
         nNear += fDX * fDX + fDY * fDY + fDZ * fDZ <= m_fRadiusSquare;
+    }
+    const auto isOutside = [&](int nPlace) {
+        const int j = m_vecOrder[size_t(nPlace)];
+        return j < m_vecBegin[size_t(i)] || j >= m_vecEnd[size_t(i)];
     };
-    for (int j = std::min(i, m_nIndexedEnd) - 1; j >= m_vecBegin[size_t(i)]; --j)
-        look(j);
-    const int nEnd = std::min(m_vecEnd[size_t(i)], m_nIndexedEnd);
-    for (int j = i + 1; j < nEnd; ++j)
-        look(j);
-    return sumOver(i, m_vecNear.data(), nNear);
+    m_table.nRows = size_t(std::remove_if(pPlace, pPlace + nNear, isOutside) - pPlace);
+    setSteps(i);
 }
 
-IndexSum CIndexSpreading::sumOfWholeSteps(int i)
+void CIndexSpreading::takePlaces(int i, const std::vector<int>& vecPlace)
+{
+    std::copy(vecPlace.begin(), vecPlace.end(), m_table.vecPlace.begin());
+    m_table.nRows = vecPlace.size();
+    setSteps(i);
+}
+
+void CIndexSpreading::setSteps(int i)
+{
+    const Vec3D vecPoint = m_vecPoint[size_t(i)];
+    for (size_t nRow = 0; nRow < m_table.nRows; ++nRow) {
+        const size_t nPlace = size_t(m_table.vecPlace[nRow]);
+        m_table.vecX[nRow] = vecPoint.x - m_vecX[nPlace];
+        m_table.vecY[nRow] = vecPoint.y - m_vecY[nPlace];
+        m_table.vecZ[nRow] = vecPoint.z - m_vecZ[nPlace];
+    }
+}
+
+void CIndexSpreading::keepWholeSteps()
+{
+    StepTable& table = m_table;
+    m_pSolveSteps(table, m_solver, m_fThreshold);
+    size_t nWhole = 0;
+    for (size_t n = 0; n < table.nRows; ++n) {
+        if (table.vecWhole[n] == 0)
+            continue;
+        const Vec3D vecFraction = {table.vecH[n], table.vecK[n], table.vecL[n]};
+        if (table.vecWhole[n] == 1 && !isNearWhole(vecFraction, m_fThreshold))
+            continue;
+        table.vecPlace[nWhole] = table.vecPlace[n];
+        table.vecH[nWhole] = vecFraction.x;
+        table.vecK[nWhole] = vecFraction.y;
+        table.vecL[nWhole] = vecFraction.z;
+        table.vecWeight[nWhole] = table.vecWeight[n];
+        ++nWhole;
+    }
+    table.nRows = nWhole;
+}
+
+std::vector<int> CIndexSpreading::placesInWalkOrder(int i, const std::vector<int>& vecMore) const
+{
+    std::vector<int> vecPlace(m_table.vecPlace.begin(), m_table.vecPlace.begin() + ptrdiff_t(m_table.nRows));
+    vecPlace.insert(vecPlace.end(), vecMore.begin(), vecMore.end());
+    std::sort(vecPlace.begin(), vecPlace.end(), [&](int nA, int nB) {
+        const int a = m_vecOrder[size_t(nA)];
+        const int b = m_vecOrder[size_t(nB)];
+        if ((a < i) != (b < i))
+            return a < i;
+        return a < i ? a > b : a < b;
+    });
+    return vecPlace;
+}
+
+Vec3D CIndexSpreading::weightedIndices(int i) const
+{
+    if (m_table.nRows == 0)
+        return m_solver.solve(m_vecPoint[size_t(i)]);
+    Vec3D vecSum;
+    float fSum = 0;
+    for (size_t n = 0; n < m_table.nRows; ++n) {
+        const Vec3D vecFraction = {m_table.vecH[n], m_table.vecK[n], m_table.vecL[n]};
+        const float fWeight = m_table.vecWeight[n];
+        vecSum = vecSum + scaled(vecFraction + m_vecRounded[size_t(m_table.vecPlace[n])], fWeight);
+        fSum += fWeight;
+    }
+    return {vecSum.x / fSum, vecSum.y / fSum, vecSum.z / fSum};
+}
+
+bool CIndexSpreading::index(int i)
+{
+    const size_t n = size_t(i);
+    const bool bFirstTime = m_vecTried[n] == 0;
+    m_vecTried[n] = 1;
+    // In the first pass the indexed ones stand in order of d*, all of them before i.
+    const size_t nFirst = bFirstTime
+                              ? size_t(std::lower_bound(m_vecOrder.begin(), m_vecOrder.end(), m_vecBegin[n]) -
+                                       m_vecOrder.begin())
+                              : m_vecSeen[n];
+    takeNeighbours(i, nFirst);
+    keepWholeSteps();
+    m_vecSeen[n] = m_vecOrder.size();
+    if (!bFirstTime) {
+        if (m_table.nRows == 0)
+            return false;
+        if (!m_vecIsKept[n]) {
+            takeNeighbours(i, 0);
+            keepWholeSteps();
+        }
+        takePlaces(i, placesInWalkOrder(i, m_vecKept[n]));
+        keepWholeSteps();
+    }
+    m_vecHKL[n] = weightedIndices(i);
+    if (!isNearWhole(m_vecHKL[n], m_fThreshold)) {
+        keepForRetry(i);
+        return false;
+    }
+    m_vecIndexed[n] = 1;
+    m_nKept -= m_vecKept[n].size();
+    std::vector<int>().swap(m_vecKept[n]);
+    m_vecOrder.push_back(i);
+    m_vecRounded.push_back({float(roundedIndex(double(m_vecHKL[n].x))),
+                            float(roundedIndex(double(m_vecHKL[n].y))),
+                            float(roundedIndex(double(m_vecHKL[n].z)))});
+    m_vecX.push_back(m_vecPoint[n].x);
+    m_vecY.push_back(m_vecPoint[n].y);
+    m_vecZ.push_back(m_vecPoint[n].z);
+    return true;
+}
+
+void CIndexSpreading::keepForRetry(int i)
 {
     constexpr size_t nMaxKept = 50000000;  // entries, 200 MB
-    std::vector<int>& vecStep = m_vecWholeStep[size_t(i)];
-    if (m_vecTried[size_t(i)] == 1) {
-        const auto look = [&](int j) {
-            const Vec3D vecStepIJ = m_vecPoint[size_t(i)] - m_vecPoint[size_t(j)];
-            if (isNeighbour(i, j) && isNearWhole(m_solver.solve(vecStepIJ), m_fThreshold))
-                vecStep.push_back(j);
-        };
-        for (int j = i - 1; j >= m_vecBegin[size_t(i)]; --j)
-            look(j);
-        for (int j = i + 1; j < m_vecEnd[size_t(i)]; ++j)
-            look(j);
-    }
-    IndexSum sum;
-    for (int j : vecStep)
-        if (m_vecIndexed[size_t(j)])
-            addNeighbour(i, j, sum);
-    if (m_vecTried[size_t(i)] == 1) {
-        if (m_nKept + vecStep.size() <= nMaxKept) {
-            m_nKept += vecStep.size();
-            vecStep.shrink_to_fit();
-            m_vecTried[size_t(i)] = 2;
-        } else {
-            std::vector<int>().swap(vecStep);
-        }
-    }
-    return sum;
+    std::vector<int>& vecKept = m_vecKept[size_t(i)];
+    m_nKept -= vecKept.size();
+    m_vecIsKept[size_t(i)] = m_nKept + m_table.nRows <= nMaxKept;
+    if (m_vecIsKept[size_t(i)])
+        vecKept.assign(m_table.vecPlace.begin(), m_table.vecPlace.begin() + ptrdiff_t(m_table.nRows));
+    else
+        std::vector<int>().swap(vecKept);
+    m_nKept += vecKept.size();
 }
 
 bool CIndexSpreading::pass(int& nIndexed, CRunReport& report)
@@ -311,27 +392,8 @@ bool CIndexSpreading::pass(int& nIndexed, CRunReport& report)
             if (!report.goOn())
                 return false;
         }
-        const size_t n = size_t(i);
-        if (m_vecIndexed[n])
-            continue;
-        const IndexSum sum = m_vecTried[n] ? sumOfWholeSteps(i) : sumOfIndexedNeighbours(i);
-        // Every weight is above 0, so a weight of 0 means that no neighbour counted.
-        const Vec3D vecHKL = sum.fWeight > 0 ? Vec3D{sum.vecHKL.x / sum.fWeight, sum.vecHKL.y / sum.fWeight,
-                                                     sum.vecHKL.z / sum.fWeight}
-                                             : m_solver.solve(m_vecPoint[n]);
-        m_vecHKL[n] = vecHKL;
-        if (isNearWhole(vecHKL, m_fThreshold)) {
-            m_vecIndexed[n] = 1;
-            m_vecRounded[n] = {float(roundedIndex(double(vecHKL.x))), float(roundedIndex(double(vecHKL.y))),
-                               float(roundedIndex(double(vecHKL.z)))};
-            m_vecX[n] = m_vecPoint[n].x;
-            m_vecY[n] = m_vecPoint[n].y;
-            m_vecZ[n] = m_vecPoint[n].z;
-            m_nIndexedEnd = std::max(m_nIndexedEnd, i + 1);
-            ++nIndexed;
-        } else if (!m_vecTried[n]) {
-            m_vecTried[n] = 1;
-        }
+        if (!m_vecIndexed[size_t(i)])
+            nIndexed += index(i);
     }
     return true;
 }

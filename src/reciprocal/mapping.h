@@ -27,7 +27,7 @@ void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAx
 ///
 /// Returns false with a red line, and changes nothing, when the number of frames of the peaks differs
 /// from that of the shifts, or when tilt angles are missing. With a wavelength of 0 the points are not
-/// numbers; the filter below then drops them.
+/// numbers, and the filter below drops them; a peak on the direct beam alone still gives (0, 0, 0).
 bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, CRunReport& report);
 
 /// What passes the limits: per frame (same shape as the input) and as one flat list, frame by frame.

@@ -67,22 +67,22 @@ void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
     peakOut.nRGroup = 0;
 }
 
-bool isSelected(const std::vector<char>& vecSelected, int nID)
+bool isSelected(const std::vector<char>* pvecSelected, int nID)
 {
-    return vecSelected.empty() || (nID >= 0 && size_t(nID) < vecSelected.size() && vecSelected[size_t(nID)]);
+    return !pvecSelected || (nID >= 0 && size_t(nID) < pvecSelected->size() && (*pvecSelected)[size_t(nID)]);
 }
 
-int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<char>& vecSelected)
+int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<char>* pvecSelected)
 {
     int nCount = 0;
     for (const QList<Peak3D>& listPeak : listPeakFrame)
         for (const Peak3D& peak : listPeak)
-            nCount += isSelected(vecSelected, peak.nID);
+            nCount += isSelected(pvecSelected, peak.nID);
     return nCount;
 }
 
 /// The chosen peaks of each frame, positions relative to the direct beam. No stretching enters here.
-std::vector<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vector<char>& vecSelected)
+std::vector<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vector<char>* pvecSelected)
 {
     const BeamCentres centres = beamCentres(dataSet);
     std::vector<QList<Peak3D>> vecWorking;
@@ -90,7 +90,7 @@ std::vector<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vecto
         const QPointF ptCentre = frameCentre(centres, nFrame);
         QList<Peak3D> listPeak;
         for (Peak3D peak : dataSet.m_listPeakFrameShown[nFrame]) {
-            if (!isSelected(vecSelected, peak.nID))
+            if (!isSelected(pvecSelected, peak.nID))
                 continue;
             peak.dfX2D -= ptCentre.x();
             peak.dfY2D -= ptCentre.y();
@@ -195,7 +195,7 @@ bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listC
 }
 
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
-                                  const std::vector<char>& vecSelected, CRunReport& report)
+                                  const std::vector<char>* pvecSelected, CRunReport& report)
 {
     PeakMergingResult result;
     const int nFrames = dataSet.m_listPeakFrameShown.size();
@@ -214,7 +214,7 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     if (!report.goOn())
         return result;
 
-    const std::vector<QList<Peak3D>> vecWorking = workingLists(dataSet, vecSelected);
+    const std::vector<QList<Peak3D>> vecWorking = workingLists(dataSet, pvecSelected);
     QList<QList<Peak3D>> listChain;
     if (!linkChains(dataSet, parameters, vecWorking, listChain, report))
         return result;
@@ -259,7 +259,7 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     dataSet.m_listPeakMergedShown = listAll;
     dataSet.m_listPeakMerged = listMerged;
     result.bFinished = true;
-    result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, vecSelected) - result.nPeaks);
+    result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, pvecSelected) - result.nPeaks);
     if (result.nOutsideLimits > 0)
         report.addMessage(
             QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")

@@ -21,11 +21,11 @@ struct PeakMergingResult {
 /// Replaces m_listPeakChain, m_listPeakMerged, m_listPeakMergedShown and m_nIntensityMode, and fits the
 /// curves through the frames (dfIntFit, dfFrameFit, dfHalfWidth of m_listPeakMerged).
 ///
-/// @param vecSelected  one flag per nID of m_listPeakFrame: 0 keeps the peak out. Empty: all peaks. A peak
-///                     whose nID has no flag is kept out.
+/// @param pvecSelected  null: all peaks. Else one flag per nID of m_listPeakFrame: 0 keeps the peak out, and
+///                      so does an nID beyond the flags, so that no flags at all select nothing.
 /// Refuses with a red line when the frame counts of peaks, shifts and tilts differ.
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
-                                  const std::vector<char>& vecSelected, CRunReport& report);
+                                  const std::vector<char>* pvecSelected, CRunReport& report);
 
 /// Merges one chain into the weighted mean of its points, with the greatest weight as intensity.
 ///

@@ -62,17 +62,18 @@ int countPeaks(const QList<QList<Peak3D>>& listPeakFrame)
     return nCount;
 }
 
-/// One flag per running number of a peak: whether it is in the group.
+/// One flag per running number of a peak: whether it is in the group. A peak without an entry among the
+/// groups, as one that was just found, is in group 0 alone.
 std::vector<char> groupFlags(const DataSet& dataSet, int nGroup)
 {
     std::vector<char> vecFlag(size_t(countPeaks(dataSet.m_listPeakFrame)), 0);
-    const int nFrames = std::min(dataSet.m_listPeakFrame.size(), dataSet.m_vecPeakGroup.size());
-    for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
+    for (int nFrame = 0; nFrame < dataSet.m_listPeakFrame.size(); ++nFrame) {
         const QList<Peak3D>& listPeak = dataSet.m_listPeakFrame[nFrame];
-        const QVector<QList<int>>& vecGroup = dataSet.m_vecPeakGroup[nFrame];
-        for (int i = 0; i < listPeak.size() && i < vecGroup.size(); ++i) {
+        const QVector<QList<int>> vecGroup = dataSet.m_vecPeakGroup.value(nFrame);
+        for (int i = 0; i < listPeak.size(); ++i) {
             const int nID = listPeak[i].nID;
-            if (nID >= 0 && size_t(nID) < vecFlag.size() && vecGroup[i].contains(nGroup)) {
+            const bool bInGroup = i < vecGroup.size() ? vecGroup[i].contains(nGroup) : nGroup == 0;
+            if (nID >= 0 && size_t(nID) < vecFlag.size() && bInGroup) {
                 vecFlag[size_t(nID)] = 1;
             }
         }
@@ -448,7 +449,8 @@ bool CBatchRoad::runMerge()
     if (m_options.nGroup >= 0) {
         vecFlag = groupFlags(m_dataSet, m_options.nGroup);
     }
-    const PeakMergingResult result = peakReduction3D(m_dataSet, m_options.merging, vecFlag, m_report);
+    const PeakMergingResult result = peakReduction3D(m_dataSet, m_options.merging,
+                                                     m_options.nGroup >= 0 ? &vecFlag : nullptr, m_report);
     if (!result.bFinished) {
         return false;
     }
@@ -508,7 +510,7 @@ bool CBatchRoad::runIndex()
     m_summary[QStringLiteral("unindexed")] = result.listUnindexedID.size();
     m_summary[QStringLiteral("onEdge")] = result.listOnEdgeID.size();
     refineCell(listWhole);
-    reportCentreOffset(listWhole);
+    reportCentreOffset(result);
     const bool bAny = std::any_of(listWhole.begin(), listWhole.end(), [](const Peak3D& peak) {
         return peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
     });
@@ -544,23 +546,34 @@ void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
                     {QStringLiteral("rmsDStar"), refinement.dfRmsAfter[0]}};
 }
 
-void CBatchRoad::reportCentreOffset(const QList<Peak3D>& listIndexed)
+void CBatchRoad::reportCentreOffset(const IndexingResult& result)
 {
-    const CentreOffset offset =
-        fitCentreOffset(listIndexed, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
+    // A wrong beam itself keeps reflections from being indexed, and those that fit in spite of it tell
+    // least of it; then all are asked.
+    CentreOffset offset;
+    QString strWhich = QStringLiteral("indexed");
+    if (2 * result.listIndexed.size() >= result.listSelection.size()) {
+        offset = fitCentreOffset(result.listIndexed, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
+    }
     if (!offset.bValid) {
-        m_report.addMessage(QStringLiteral("The indexed reflections do not determine the direct beam."));
+        strWhich = QStringLiteral("selected, not only the indexed,");
+        offset = fitCentreOffset(result.listSelection, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
+    }
+    if (!offset.bValid) {
+        m_report.addMessage(QStringLiteral("The reflections do not determine the direct beam."));
         return;
     }
-    m_report.addMessage(QStringLiteral("The indexed reflections fit best with the direct beam moved by "
-                                       "(%1, %2) pixels, err=(%3, %4).")
+    m_report.addMessage(QStringLiteral("The %1 reflections fit best with the direct beam moved by "
+                                       "(%2, %3) pixels, err=(%4, %5).")
+                            .arg(strWhich)
                             .arg(offset.dfX, 0, 'f', 2).arg(offset.dfY, 0, 'f', 2)
                             .arg(offset.dfErrorX, 0, 'f', 2).arg(offset.dfErrorY, 0, 'f', 2));
-    if (std::hypot(offset.dfX, offset.dfY) > 1) {
+    if (offset.length() > 1 && offset.length() > 3 * offset.lengthError()) {
         m_report.addMessage(
             QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."), Qt::red);
     }
     m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset.dfX, offset.dfY};
+    m_summary[QStringLiteral("centreOffsetErrors")] = QJsonArray{offset.dfErrorX, offset.dfErrorY};
 }
 
 QJsonObject CBatchRoad::cellObject() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "reciprocal/indexing.h"
 #include "tools/batch/batchoptions.h"
 #include "tools/batch/batchreport.h"
 
@@ -42,7 +43,7 @@ private:
     bool runCell();
     bool runIndex();
     void refineCell(const QList<Peak3D>& listIndexed);
-    void reportCentreOffset(const QList<Peak3D>& listIndexed);
+    void reportCentreOffset(const IndexingResult& result);
     void roundParameters();
     bool fail(const QString& strText);
     QJsonObject cellObject() const;
