@@ -41,16 +41,16 @@ void MainWindow::fillFileTable()
     pTable->setUpdatesEnabled(false);
     pTable->clearContents();
     pTable->setRowCount(0);
-    const DataSet& data = m_dataSet;
-    const int nFrames = data.m_listFrameFile.size();
+    const DataSet& dataSet = m_dataSet;
+    const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames > 0)
-        m_dataSet.m_strWorkingDir = QFileInfo(data.m_listFrameFile.first()).absolutePath();
+        m_dataSet.m_strWorkingDir = QFileInfo(dataSet.m_listFrameFile.first()).absolutePath();
     pTable->setRowCount(nFrames);
     for (int i = 0; i < nFrames; ++i) {
-        setRightItem(pTable, i, 0, QFileInfo(data.m_listFrameFile[i]).fileName());
-        setRightItem(pTable, i, 1, degreesText(data.m_listStageTilt.value(i), 2));
-        setRightItem(pTable, i, 2, degreesText(data.m_listBeamTilt.value(i), 2));
-        setRightItem(pTable, i, 3, degreesText(data.m_listOverallTilt.value(i), 3));
+        setRightItem(pTable, i, 0, QFileInfo(dataSet.m_listFrameFile[i]).fileName());
+        setRightItem(pTable, i, 1, degreesText(dataSet.m_listStageTilt.value(i), 2));
+        setRightItem(pTable, i, 2, degreesText(dataSet.m_listBeamTilt.value(i), 2));
+        setRightItem(pTable, i, 3, degreesText(dataSet.m_listOverallTilt.value(i), 3));
     }
     pTable->setUpdatesEnabled(true);
 }
