@@ -90,8 +90,9 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
         const CImgObj<float>& imgFrame = *vecImage.front();
         if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0)
             continue;
-        updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
-        filterSpectrum(imgSpectrum, filters, fft, imgProduct, nullptr, &imgBandPass);
+        if (!updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
+            !filterSpectrum(imgSpectrum, filters, fft, imgProduct, nullptr, &imgBandPass))
+            continue;
         // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
         const double dfFrame = std::max(g_dfDeviations * robustDeviation(imgBandPass),
                                         g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));

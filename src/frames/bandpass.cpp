@@ -16,7 +16,8 @@ qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, CImgObj<COMP
     COMPLEX* pSpectrum = imgSpectrum.Data();
     for (qint64 i = 0; i < nPixels; ++i)
         pSpectrum[i] = {isUsablePixel(pFrame[i]) ? pFrame[i] - fMean : 0.f, 0.f};
-    fft.Transform(pSpectrum, nWidth, nHeight, -1);
+    if (!fft.Transform(pSpectrum, nWidth, nHeight, -1))
+        return -1;
     pSpectrum[0].re += float(double(fMean) * double(nPixels));
     return nBad;
 }
@@ -43,7 +44,8 @@ bool filterSpectrum(const CImgObj<COMPLEX>& imgSpectrum, const CPeakFilters& fil
                        f.re * pBandFilter[i] + f.im * pSmoothFilter[i]};
     }
     pProduct[0] = {0.f, 0.f};
-    fft.Transform(pProduct, nWidth, nHeight, 1);
+    if (!fft.Transform(pProduct, nWidth, nHeight, 1))
+        return false;
     const double dfMean = double(pSpectrum[0].re) / double(nPixels);
     if (pSmooth) {
         pSmooth->Create(nWidth, nHeight);

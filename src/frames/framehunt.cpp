@@ -27,6 +27,7 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
     if (nBad < 0 || !calBandPassImage(work.imgSpectrum, parameters, filters, work.fft, work.imgProduct,
                                       work.imgBandPass, &work.imgSmooth))
         return peaks;
+    peaks.bHunted = true;
     peaks.nBadPixels = nBad;
     FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX, peaks.listY,
                     g_dfCandidateFraction);

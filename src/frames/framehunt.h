@@ -16,6 +16,7 @@ struct FramePeaks {
     QList<double> listY;       ///< row
     QList<double> listIPoint;  ///< smoothed frame at the position
     QList<double> listI2D;     ///< disc less ring on the smoothed frame; 0 at the frame's edge
+    bool bHunted = false;      ///< false: no pixels, or no room for the transform; then nothing is known
     qint64 nBadPixels = 0;     ///< pixels that held no usable number (frameSpectrum)
 };
 

@@ -79,7 +79,7 @@ void fitIntensity(const QList<QPointF>& listInt, QList<double>& listParaResult)
     int nBest = 0;
     float fMaximum = float(listInt[0].y());
     for (int i = 1; i < listInt.size(); ++i) {
-        if (listInt[i].y() > double(fMaximum)) {
+        if (listInt[i].y() > double(fMaximum) || std::isnan(fMaximum)) {
             fMaximum = float(listInt[i].y());
             nBest = i;
         }

@@ -9,16 +9,18 @@
 
 namespace {
 
-// The transform of an image that is real and even: its real part.
-void makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& imgFilter)
+// The transform of an image that is real and even: its real part. False when there is no transform.
+bool makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& imgFilter)
 {
     const int nWidth = imgKernel.Width();
     const int nHeight = imgKernel.Height();
     CImgObj<COMPLEX> imgSpectrum;
     ComplexFromFloat(imgKernel, imgSpectrum);
-    fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1);
+    if (!fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1))
+        return false;
     imgFilter.Create(nWidth, nHeight);
     ComplexToFloat(imgSpectrum.Data(), imgFilter.Data(), nWidth * nHeight, 2);
+    return true;
 }
 
 }  // namespace
@@ -39,11 +41,14 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
     if (filters.fits(parameters, nWidth, nHeight))
         return true;
     const bool bResized = filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight;
+    // Fits nothing until all is made: memory may run out on the way.
+    filters.m_nFilterWidth = 0;
     CAcmlFft fft;
     CImgObj<float> imgKernel;
     if (bResized || filters.m_dfFilterSmoothRadius != parameters.m_dfSmoothRadius) {
         MakeGaussian(imgKernel, nWidth, nHeight, float(parameters.m_dfSmoothRadius));
-        makeFilter(imgKernel, fft, filters.m_imgFilterSmooth);
+        if (!makeFilter(imgKernel, fft, filters.m_imgFilterSmooth))
+            return false;
     }
     if (bResized || filters.m_dfFilterPeakRadius != parameters.m_dfPeakRadius ||
         filters.m_dfFilterBackgroundRadius != parameters.m_dfBackgroundRadius) {
@@ -52,7 +57,8 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
         MakeGaussian(imgWide, nWidth, nHeight, float(parameters.m_dfBackgroundRadius));
         for (qint64 i = 0; i < qint64(nWidth) * nHeight; ++i)
             imgKernel.Data()[i] -= imgWide.Data()[i];
-        makeFilter(imgKernel, fft, filters.m_imgFilterBandPass);
+        if (!makeFilter(imgKernel, fft, filters.m_imgFilterBandPass))
+            return false;
     }
     filters.m_dfFilterPeakRadius = parameters.m_dfPeakRadius;
     filters.m_dfFilterBackgroundRadius = parameters.m_dfBackgroundRadius;

@@ -27,6 +27,7 @@ public:
 /// A radius of 0, or one so small that its square vanishes in single precision, means no
 /// smoothing at all: its Gaussian is a single pixel of value 1 and its transform 1 everywhere, so
 /// that a peak radius of 0 searches the frame itself less its background. Frames may have any size.
-/// @return false, with the filters as they were, for a width or height below 1
+/// @return false, with the filters as they were, for a width or height below 1; false, with filters that
+///         fit no frame, when there is no transform of that size
 bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int nHeight,
                        CPeakFilters& filters);

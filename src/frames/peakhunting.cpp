@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <condition_variable>
 #include <exception>
-#include <map>
 #include <mutex>
 #include <shared_mutex>
 #include <thread>
@@ -62,13 +61,18 @@ public:
         HuntedFrame frame;
         try {
             const QString& strFile = m_listFile[nFrame];
-            if (!loadFrame(frame.vecImage, strFile, m_listHotPixel, frame.report))
+            if (!loadFirstImage(frame.vecImage, strFile, m_listHotPixel, frame.report))
                 return frame;
             if (frame.vecImage.empty()) {
                 frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
                 return frame;
             }
             frame.peaks = huntImage(*frame.vecImage.front(), work);
+            if (!frame.peaks.bHunted) {
+                frame.report.addMessage(QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile),
+                                        Qt::red);
+                return frame;
+            }
             if (frame.peaks.nBadPixels > 0)
                 frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Qt::black);
             frame.bHunted = true;
@@ -111,6 +115,7 @@ public:
         m_nAhead = std::max(1, std::min(nJobs, nFrames));
         if (m_nAhead < 2)
             return;
+        m_vecDone.resize(size_t(m_nAhead));
         try {
             for (int i = 0; i < m_nAhead; ++i)
                 m_vecThread.emplace_back([this] { work(); });
@@ -138,10 +143,10 @@ public:
         std::unique_lock<std::mutex> lock(m_mutex);
         m_nTaken = nFrame;
         m_changed.notify_all();
-        m_changed.wait(lock, [&] { return m_mapDone.count(nFrame) > 0; });
-        HuntedFrame frame = std::move(m_mapDone[nFrame]);
-        m_mapDone.erase(nFrame);
-        return frame;
+        DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+        m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
+        done.nFrame = -1;
+        return std::move(done.frame);
     }
 
 private:
@@ -158,7 +163,9 @@ private:
             lock.unlock();
             HuntedFrame frame = m_hunter.hunt(nFrame, workImages);
             lock.lock();
-            m_mapDone.emplace(nFrame, std::move(frame));
+            DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+            done.frame = std::move(frame);
+            done.nFrame = nFrame;
             m_changed.notify_all();
         }
     }
@@ -170,7 +177,12 @@ private:
     int m_nNext = 0;
     int m_nTaken = 0;
     bool m_bStop = false;
-    std::map<int, HuntedFrame> m_mapDone;
+    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
+    struct DoneFrame {
+        int nFrame = -1;
+        HuntedFrame frame;
+    };
+    std::vector<DoneFrame> m_vecDone;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<std::thread> m_vecThread;
@@ -217,7 +229,8 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
         listFound.append(listPeak);
         if (options.fnFrameDone)
             options.fnFrameDone(i, listPeak);
-        if (!bGoOn())
+        // A wish to stop counts before the next frame; after the last one the work is done.
+        if (!bGoOn() && i + 1 < nFrames)
             return false;
     }
     return true;

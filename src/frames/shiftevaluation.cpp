@@ -64,10 +64,12 @@ public:
 
     qint64 repair() { return replaceBadPixels(m_imgRegion); }
 
-    // Aligns the region that was cut with the sum and adds it; returns its shift.
-    QPointF add()
+    // Aligns the region that was cut with the sum and adds it; returns its shift. Without anything to
+    // align, on a blank frame, bMeasured is false and the shift 0.
+    QPointF add(bool& bMeasured)
     {
         const int nSide = m_square.nSide;
+        bMeasured = true;
         ComplexFromFloat(m_imgRegion, m_imgFrameFT);
         m_fft.Transform(m_imgFrameFT.Data(), nSide, nSide, -1);
         ShiftCenter(m_imgFrameFT.Data(), nSide, nSide);
@@ -79,7 +81,8 @@ public:
         double dfPeak = 0;
         double dfX = 0;
         double dfY = 0;
-        Correlate(m_imgSumFT.Data(), m_imgFrameFT.Data(), nSide, nSide, 1, dfPeak, dfX, dfY, true);
+        Correlate(m_imgSumFT.Data(), m_imgFrameFT.Data(), nSide, nSide, 1, dfPeak, dfX, dfY, true,
+                  &bMeasured);
         FourierShift(m_imgFrameFT.Data(), nSide, nSide, -dfX, -dfY, true);
         AddComplex(m_imgSumFT.Data(), m_imgFrameFT.Data(), m_nCount);
         return QPointF(dfX, dfY);
@@ -155,13 +158,19 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, CRegionSum&
         const qint64 nBad = sum.repair();
         if (nBad > 0)
             report.addMessage(badPixelLine(i, nBad), Qt::black);
-        const QPointF ptShift = sum.add();
+        bool bMeasured = true;
+        const QPointF ptShift = sum.add(bMeasured);
+        if (!bMeasured)
+            report.addMessage(QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
+                                             "taken as 0.")
+                                  .arg(i + 1),
+                              Qt::red);
         measured.listShift.append(ptShift);
         releaseFrameImages(dataSet.m_vecFrameImage);
         dataSet.m_vecFrameImage.push_back(sum.alignedRegion());
         if (fnFrameDone)
             fnFrameDone(i, ptShift, *dataSet.m_vecFrameImage.front());
-        if (!report.goOn()) {
+        if (!report.goOn() && i + 1 < listFile.size()) {  // after the last frame the work is done
             measured.bStopped = true;
             break;
         }

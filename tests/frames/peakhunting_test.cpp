@@ -49,7 +49,7 @@ struct HuntingSeries : FrameSeries {
 TEST(PeakHunting, FindsTheSpotsWithTheirIntensitiesInOrder)
 {
     HuntingSeries series(6);
-    RecordingReport report;
+    CRecordingReport report;
     CPeakFilters filters;
     // the second spot of the first row lies in the mask
     series.dataSet.m_maskPeakHunting.listPolygon.append(QPolygonF(QRectF(60, 14, 20, 20)));
@@ -96,7 +96,7 @@ TEST(PeakHunting, IsTheSameForEveryNumberOfJobs)
     QByteArray bytesFirst;
     QString strFirst;
     for (int nJobs : {1, 2, 3, 20, 0}) {
-        RecordingReport report;
+        CRecordingReport report;
         CPeakFilters filters;
         QList<int> listShown;
         PeakHuntingOptions options;
@@ -133,7 +133,7 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
         options.nJobs = nJobs;
         CPeakFilters filters;
         HuntingSeries series(8);
-        const auto expectUntouched = [&](RecordingReport& report, int nFramesSaid) {
+        const auto expectUntouched = [&](CRecordingReport& report, int nFramesSaid) {
             EXPECT_TRUE(series.stillOld());
             EXPECT_TRUE(series.content("series.pk").isNull());
             EXPECT_FALSE(series.dataSet.m_bHuntingRunning);
@@ -141,20 +141,61 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
                 << report.log().toStdString();
             EXPECT_EQ(report.log().count("peaks found"), nFramesSaid);
         };
-        for (int nGoOn : {0, 3, 8}) {  // the question before the first frame, then one after each
-            RecordingReport report;
-            report.nGoOnLeft = nGoOn;
+        for (int nGoOn : {0, 3, 7}) {  // the question before the first frame, then one after each
+            CRecordingReport report;
+            report.m_nStopAfter = nGoOn;
             EXPECT_FALSE(runPeakHunting(series.dataSet, parameters(), filters, report, options));
             expectUntouched(report, nGoOn);
         }
+        {  // a second call from within asks the run to stop
+            CRecordingReport report;
+            PeakHuntingOptions optionsAgain = options;
+            optionsAgain.fnFrameDone = [&](int nFrame, const QList<Peak3D>&) {
+                if (nFrame == 4) {
+                    EXPECT_FALSE(runPeakHunting(series.dataSet, parameters(), filters, report, options));
+                }
+            };
+            EXPECT_FALSE(runPeakHunting(series.dataSet, parameters(), filters, report, optionsAgain));
+            expectUntouched(report, 5);
+        }
         {
-            RecordingReport report;
+            CRecordingReport report;
             QFile::remove(series.dataSet.m_listFrameFile[5]);
             EXPECT_FALSE(runPeakHunting(series.dataSet, parameters(), filters, report, options));
             expectUntouched(report, 5);
             EXPECT_TRUE(report.said("red " + series.dataSet.m_listFrameFile[5] + ": failed to load"));
         }
     }
+}
+
+TEST(PeakHunting, EndsWellWhenTheWishToStopComesAfterTheLastFrame)
+{
+    HuntingSeries series(8);
+    CRecordingReport report;
+    report.m_nStopAfter = 8;
+    CPeakFilters filters;
+    EXPECT_TRUE(runPeakHunting(series.dataSet, parameters(), filters, report));
+    EXPECT_FALSE(series.stillOld());
+}
+
+TEST(PeakHunting, GivesNoPeaksWhereOneInAHundredPixelsIsAMaximum)
+{
+    FrameSeries series;
+    std::uint32_t nState = 1;
+    series.add(makeImage(64, 64, [&](int, int) {
+        nState = nState * 1664525u + 1013904223u;
+        return double(nState >> 16);
+    }));
+    PeakHuntingParameters noise = parameters();
+    noise.m_dfPeakRadius = 0;
+    noise.m_dfPeakThreshold = -100;
+    CRecordingReport report;
+    CPeakFilters filters;
+    EXPECT_TRUE(runPeakHunting(series.dataSet, noise, filters, report));
+    EXPECT_EQ(series.dataSet.m_listPeakFrame[0].size(), 0);
+    noise.m_dfPeakThreshold = 32200;  // the highest alone
+    EXPECT_TRUE(runPeakHunting(series.dataSet, noise, filters, report));
+    EXPECT_GT(series.dataSet.m_listPeakFrame[0].size(), 5);
 }
 
 }  // namespace
