@@ -3,7 +3,6 @@
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
 #include "frameview/markoverlay.h"
-#include "frameview/textitem.h"
 #include "testscenes.h"
 
 #include <gtest/gtest.h>
@@ -92,25 +91,6 @@ TEST_F(Marks, CircleHasItsRadiusAroundTheMiddleOfThePixel)
     replaceMarks(&m_scene, list);
 }
 
-TEST_F(Marks, TextIsFilledBehindWithItsBackground)
-{
-    TextItem item;
-    item.setText(QStringLiteral("1,2"));
-    item.setFontSize(9.0);
-    item.setFontSize(0.0);  // no size: ignored
-    EXPECT_EQ(item.font().pointSizeF(), 9.0);
-    item.setBrushColor(Qt::green);
-    item.setPos(10, 10);
-    m_scene.addItem(&item);
-    EXPECT_TRUE(pixels(QColor(0, 0, 90)).empty());
-    item.setBackground(QColor(0, 0, 90));
-    const auto setPixel = pixels(QColor(0, 0, 90));
-    EXPECT_EQ(setPixel.count({10, 10}), 1u);
-    for (const auto& pixel : setPixel)
-        EXPECT_TRUE(item.sceneBoundingRect().adjusted(-1, -1, 1, 1).contains(pixel.first, pixel.second));
-    m_scene.removeItem(&item);
-}
-
 TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
 {
     CCountingView view(&m_scene);
@@ -137,7 +117,4 @@ TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
     EXPECT_EQ(view.m_nPaint, 1);
     EXPECT_TRUE(list.isEmpty());
     EXPECT_EQ(view.viewport()->grab().toImage(), pictureBefore);
-    replaceMarks(&m_scene, list);  // nothing to do: no repaint
-    QCoreApplication::processEvents();
-    EXPECT_EQ(view.m_nPaint, 2);  // the grab above
 }
