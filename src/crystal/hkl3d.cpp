@@ -42,7 +42,13 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
     }
     if (strFileName.isEmpty())
         return false;
-    const QList<HKL5> listHKL = readHKLFile(strFileName);
+    bool bOpened = false;
+    const QList<HKL5> listHKL = readHKLFile(strFileName, &bOpened);
+    if (!bOpened) {
+        report.addMessage(QStringLiteral("Failed to open %1 for reading.").arg(strFileName), Qt::red);
+        return false;
+    }
     report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));
-    return showHKL3D(listHKL, listCell, listPeak, report);
+    showHKL3D(listHKL, listCell, listPeak, report);
+    return true;
 }

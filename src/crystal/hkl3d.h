@@ -18,7 +18,7 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
 
 /// Reads the HKL file `strFileName` and makes its points with showHKL3D(). An empty name, as of a cancelled
 /// dialog, does nothing.
-/// @return false, with `listPeak` untouched, without a cell or a name; a file that can't be read gives an
-///         empty list
+/// @return false, with `listPeak` untouched, without a cell or a name and for a file that can't be opened
+///         (a red line); else true, also when showHKL3D() found the cell co-planar
 bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
                    CRunReport& report);

@@ -103,12 +103,14 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
 {
     const float fDStar = getEffectiveDStar(listIndexedPeak);
     const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
+    bool bComplete = true;
     const QList<HKLRef> listMissing = missingReflections(
-        calAllReflections2(listIndexedPeak, listCell, listOverallTilt, report), listObserved);
+        calAllReflections2(listIndexedPeak, listCell, listOverallTilt, report, &bComplete), listObserved);
     const QString strHKL = hklFileText(listObserved, listMissing);
     report.addMessage(
         QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
-    report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
+    if (bComplete)
+        report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
 
     const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
     const QString strHKLFile = strBase + QStringLiteral(".hkl");
@@ -137,11 +139,14 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
     return bHKLWritten && bP4PWritten;
 }
 
-QList<HKL5> readHKLFile(const QString& strFileName)
+QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)
 {
     QList<HKL5> listHKL;
     QFile file(strFileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    const bool bOpened = file.open(QIODevice::ReadOnly | QIODevice::Text);
+    if (pbOpened)
+        *pbOpened = bOpened;
+    if (!bOpened)
         return listHKL;
     while (!file.atEnd()) {
         const QByteArray baLine = file.readLine();

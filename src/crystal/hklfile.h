@@ -14,6 +14,8 @@
 QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& listMissing);
 
 /// Writes DIR/NAME.hkl and DIR/NAME.p4p. Each failure is a red line, and the other file is still written.
+/// Where calAllReflections2() refuses, the HKL file has no unobserved reflections, and the log no count of
+/// them.
 ///
 /// @param listIndexedPeak  indexed reflections, real indices
 /// @param listCell         a*, b*, c* in Å⁻¹; without a cell the p4p file is empty and nothing is said
@@ -26,4 +28,5 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
 /// Reads every line that begins with three integers and a real number, free format, C locale; all other
 /// lines are skipped, and so are numbers out of range. The closing line of a file counts as a reflection
 /// (0, 0, 0). A file that can't be opened gives an empty list.
-QList<HKL5> readHKLFile(const QString& strFileName);
+/// @param pbOpened  may be null; takes whether the file could be opened
+QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened = nullptr);

@@ -17,6 +17,16 @@ double dotDouble(const Vec3D& a, const Vec3D& b)
     return double(a.x) * double(b.x) + double(a.y) * double(b.y) + double(a.z) * double(b.z);
 }
 
+double tripleProduct(const QList<Vec3D>& list)
+{
+    const double aRow[3][3] = {{double(list[0].x), double(list[0].y), double(list[0].z)},
+                               {double(list[1].x), double(list[1].y), double(list[1].z)},
+                               {double(list[2].x), double(list[2].y), double(list[2].z)}};
+    return aRow[0][0] * (aRow[1][1] * aRow[2][2] - aRow[1][2] * aRow[2][1]) +
+           aRow[0][1] * (aRow[1][2] * aRow[2][0] - aRow[1][0] * aRow[2][2]) +
+           aRow[0][2] * (aRow[1][0] * aRow[2][1] - aRow[1][1] * aRow[2][0]);
+}
+
 // The tilt range less 2 degrees at both ends, in radians.
 struct SweptRange {
     double dfLow;
@@ -25,6 +35,8 @@ struct SweptRange {
 
 SweptRange sweptRange(const QList<double>& listOverallTilt)
 {
+    if (listOverallTilt.isEmpty())
+        return {0, 0};
     const float fFirst = float(listOverallTilt.first()), fLast = float(listOverallTilt.last());
     return {(double(std::min(fFirst, fLast)) + 2.0) * g_dfPi / 180,
             (double(std::max(fFirst, fLast)) - 2.0) * g_dfPi / 180};
@@ -35,9 +47,11 @@ SweptRange sweptRange(const QList<double>& listOverallTilt)
 template <class Keep>
 QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
                                     const QList<double>& listOverallTilt, CRunReport& report,
-                                    const Keep& keep)
+                                    bool* pbComplete, const Keep& keep)
 {
     QList<HKLRef> listAll;
+    if (pbComplete)
+        *pbComplete = true;
     const float fDStar = getEffectiveDStar(listPeak);
     const float fLimit = fDStar * fDStar;
     if (listOverallTilt.isEmpty() || listCell.size() != 3 || fDStar == 0.f)
@@ -46,8 +60,16 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
     const float aMax[3] = {std::trunc(2 * fDStar / length(listCell[0])),
                            std::trunc(2 * fDStar / length(listCell[1])),
                            std::trunc(2 * fDStar / length(listCell[2]))};
-    const double dfPoints = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1) * (2 * double(aMax[2]) + 1);
-    if (!(std::fabs(dfPoints) <= g_dfMaxLatticePoints)) {
+    // Inside the sphere lie about as many points as reciprocal cells fit into it, but no more than in the box
+    // of the loops. Flat cells have few points there, and still every row of l is looked at.
+    const double dfRows = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1);
+    const double dfRow = 2 * double(aMax[2]) + 1;
+    const double dfInside =
+        4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(listCell));
+    const double dfPoints = std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
+    if (!(dfPoints <= g_dfMaxLatticePoints)) {
+        if (pbComplete)
+            *pbComplete = false;
         report.addMessage(QStringLiteral("Too many lattice points up to d* = %1 Å⁻¹ for the list of expected "
                                          "reflections: %2, the limit is %3.")
                               .arg(double(fDStar))
@@ -101,12 +123,10 @@ float getEffectiveDStar(const QList<Peak3D>& listPeak)
 }
 
 QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
-                                 const QList<double>& listOverallTilt, CRunReport& report)
+                                 const QList<double>& listOverallTilt, CRunReport& report, bool* pbComplete)
 {
-    if (listOverallTilt.isEmpty())
-        return {};
     const SweptRange range = sweptRange(listOverallTilt);
-    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, [&range](const Vec3D& g) {
+    const auto isSwept = [&range](const Vec3D& g) {
         // Adding 0 turns a negative zero positive, so a point on the axis has the angle 0.
         const double dfPhi = std::atan2(double(g.z) + 0.0, double(g.y) + 0.0);
         double dfPsi = dfPhi + g_dfPi;
@@ -115,18 +135,17 @@ QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3
         else if (dfPsi < -g_dfPi)
             dfPsi += 2 * g_dfPi;
         return (range.dfLow < dfPhi && dfPhi < range.dfHigh) || (range.dfLow < dfPsi && dfPsi < range.dfHigh);
-    });
+    };
+    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, pbComplete, isSwept);
 }
 
 QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
                                 const QList<double>& listOverallTilt, CRunReport& report)
 {
-    if (listOverallTilt.isEmpty())
-        return {};
     const SweptRange range = sweptRange(listOverallTilt);
     const double dfLow = std::tan(range.dfLow), dfHigh = std::tan(range.dfHigh);
     const double dfLowBack = std::tan(range.dfLow + g_dfPi), dfHighBack = std::tan(range.dfHigh + g_dfPi);
-    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, [=](const Vec3D& g) {
+    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, nullptr, [=](const Vec3D& g) {
         const double dfSlope = double(g.z) / double(g.y);
         if (g.y > 0)
             return dfLow < dfSlope && dfSlope < dfHigh;

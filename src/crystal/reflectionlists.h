@@ -13,8 +13,8 @@
 /// empty list.
 float getEffectiveDStar(const QList<Peak3D>& listPeak);
 
-/// Most lattice points that an enumeration visits: about a cell of 115 Å at d* = 1 Å⁻¹. Bigger ones are
-/// refused, as the list alone would fill the memory.
+/// Most lattice points inside the sphere of the effective d* that are enumerated: about a cubic cell of 285 Å
+/// at d* = 1 Å⁻¹. More are refused, as the list alone would fill the memory.
 constexpr double g_dfMaxLatticePoints = 1e8;
 
 /// The reflections, intensity 0, with d* below getEffectiveDStar() that the rotation swept through.
@@ -26,10 +26,12 @@ constexpr double g_dfMaxLatticePoints = 1e8;
 ///
 /// @param listCell         a*, b*, c* in Å⁻¹; any other count gives an empty list
 /// @param listOverallTilt  degrees; an empty list gives an empty list
-/// @return empty, with a red line in the log, for more than g_dfMaxLatticePoints lattice points and for
-///         vectors that are 0 or not finite
+/// @param pbComplete       may be null; takes false if the enumeration was refused, else true
+/// @return empty, with a red line in the log, when refused: for more than about g_dfMaxLatticePoints lattice
+///         points and for vectors that are 0 or not finite
 QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
-                                 const QList<double>& listOverallTilt, CRunReport& report);
+                                 const QList<double>& listOverallTilt, CRunReport& report,
+                                 bool* pbComplete = nullptr);
 
 /// The same with a test on the slope g.z/g.y in place of the angle; points with g.y = 0 are dropped.
 QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
