@@ -6,7 +6,8 @@
 #include <QList>
 #include <QString>
 
-/// Host of the lattice-symmetry service that links go to unless told otherwise.
+/// Host of the lattice-symmetry service that links go to unless told otherwise: a start value for a setting
+/// of the user's.
 QString latticeServiceHost();
 
 /// "TITLE: a=… Å, b=… Å, c=… Å, α=…°, β=…°, γ=…°, V=… Å³" with the title "Found unit cell",

@@ -408,7 +408,7 @@ std::string spaceGroupCode(int nNumber)
     return isSpaceGroupNumber(nNumber) ? g_aSpaceGroup[nNumber - 1].szCode : std::string();
 }
 
-std::string decodedSpaceGroupCode(int nNumber)
+std::string correctedSpaceGroupCode(int nNumber)
 {
     for (const CorrectedEntry& entry : g_aCorrected)
         if (entry.nNumber == nNumber)
@@ -436,12 +436,11 @@ int laueGroupNumber(int nNumber)
     return -1;
 }
 
-std::vector<CSymOp> generatorsOfSpaceGroup(int nNumber)
+std::vector<CSymOp> generatorsOfCode(const std::string& strCode)
 {
     static const CSymTable table;
     constexpr int nNoShift = 'H' - 'A';
     std::vector<CSymOp> vecGenerator{table.operation(0, nNoShift, nNoShift, nNoShift)};
-    const std::string strCode = decodedSpaceGroupCode(nNumber);
     if (strCode.empty())
         return vecGenerator;
     if (strCode[0] == '1')
@@ -452,6 +451,11 @@ std::vector<CSymOp> generatorsOfSpaceGroup(int nNumber)
         vecGenerator.push_back(table.operation(p[0] - 'a', p[1] - 'A', p[2] - 'A', p[3] - 'A'));
     }
     return vecGenerator;
+}
+
+std::vector<CSymOp> generatorsOfSpaceGroup(int nNumber)
+{
+    return generatorsOfCode(spaceGroupCode(nNumber));
 }
 
 CSymOp multiplied(const CSymOp& first, const CSymOp& second)
@@ -472,7 +476,7 @@ CSymOp multiplied(const CSymOp& first, const CSymOp& second)
 
 std::vector<CSymOp> operationsOfSpaceGroup(int nNumber)
 {
-    ClosingList list(generatorsOfSpaceGroup(nNumber));
+    ClosingList list(generatorsOfCode(correctedSpaceGroupCode(nNumber)));
     // Pairs of an earlier pass have their products in the list, so a later pass only visits the pairs
     // whose second member came after the first one's turn.
     std::vector<std::size_t> vecVisited;  // per i, the pairs (i, j) with j below this are done

@@ -38,27 +38,31 @@ std::string spaceGroupSymbol(int nNumber);
 /// Explicit symbol of space group `nNumber` in letters, as tabulated; empty outside 1 to 230.
 ///
 /// The tabulated entries of 39 and 131 do not generate the groups of their symbols. They are given
-/// here as they stand; decodedSpaceGroupCode() gives what the operations are made from.
+/// here as they stand; correctedSpaceGroupCode() gives what the operations are made from.
 std::string spaceGroupCode(int nNumber);
 
-/// The code that generatorsOfSpaceGroup() reads: spaceGroupCode() but for the corrected entries.
+/// The code that operationsOfSpaceGroup() closes: spaceGroupCode() but for the corrected entries.
 ///
 /// 39 (A b m 2): the third generator is the mirror b normal to y, not a twofold axis along y, which
 /// would make a group of the class 222. 131 (P 42/m m c): 42 along z and 2 along y, both without a shift
 /// in the plane; the tabulated shifts make the plane normal to z a glide plane n.
 /// Source: International Tables for Crystallography, Vol. A, general positions of Nos. 39 (now A e m 2)
 /// and 131.
-std::string decodedSpaceGroupCode(int nNumber);
+std::string correctedSpaceGroupCode(int nNumber);
 
 /// Number of the space group that stands for the Laue class of group `nNumber`; -1 outside 1 to 230.
 int laueGroupNumber(int nNumber);
 
-/// The identity, the inversion where the code asks for it, and the generators of the code.
+/// The identity, the inversion where the explicit symbol `strCode` asks for it, and its generators; the
+/// identity alone for an empty code. The form of the code is not tested.
+std::vector<CSymOp> generatorsOfCode(const std::string& strCode);
+
+/// The generators of the tabulated code, without the corrections that operationsOfSpaceGroup() makes.
 /// Outside 1 to 230 the identity alone.
 std::vector<CSymOp> generatorsOfSpaceGroup(int nNumber);
 
-/// All operations of the group, centring translations included, identity first, translations in
-/// [0, 1); 192 at the most. Outside 1 to 230 the identity alone.
+/// All operations of the group by correctedSpaceGroupCode(), centring translations included, identity first,
+/// translations in [0, 1); 192 at the most. Outside 1 to 230 the identity alone.
 ///
 /// The order is that of closing the generators pass by pass: for every i, for every j from i on, the
 /// products i·j and j·i are appended if new, until a pass adds nothing. No. 222 stands in origin
