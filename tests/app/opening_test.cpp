@@ -104,7 +104,7 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
     putFile(path("hotpixels.txt"), "1 4 5\n");
     ASSERT_TRUE(open());
     EXPECT_TRUE(loadUnitCellAtOpening(m_data, m_report));
-    EXPECT_EQ(m_report.m_listMessage,
+    EXPECT_EQ(m_report.marked(),
               QStringList({"1 hot pixel positions loaded.",
                            "1 peaks on 3 frames loaded from " + path("peaklist.txt") + ".",
                            "Shift correction data loaded from " + path("shifts.txt") + ".",
@@ -126,11 +126,11 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
     EXPECT_TRUE(m_data.m_vecReflectionFrame.empty());
     EXPECT_TRUE(m_data.m_maskPeakHunting.listPolygon.isEmpty());
     EXPECT_TRUE(m_data.m_bAutoContrastOnLoad);
-    EXPECT_EQ(m_report.m_listMessage[1], "2 peaks on 3 frames loaded from " + path("p.pk") + ".");
+    EXPECT_EQ(m_report.marked()[1], "2 peaks on 3 frames loaded from " + path("p.pk") + ".");
     EXPECT_EQ(m_data.m_dfCenterX, 100.13) << "as the page holds it";
     EXPECT_TRUE(countsAgree(m_data));
     EXPECT_FALSE(loadUnitCellAtOpening(m_data, m_report, &m_listReason));
-    EXPECT_EQ(m_report.m_listMessage.size(), 3);
+    EXPECT_EQ(m_report.marked().size(), 3);
     EXPECT_EQ(m_listReason, QStringList(path("p.uc") + ": no vector a* in its place"));
 }
 
@@ -141,7 +141,7 @@ TEST_F(Opening, LeavesSideFilesOfOtherFrameCountsAside)
     putFile(path("p.uc"), "a* 1 0 0\nb* 0 1 0\nc* 0 0 1\n");
     ASSERT_TRUE(open());
     EXPECT_FALSE(loadUnitCellAtOpening(m_data, m_report));
-    EXPECT_EQ(m_report.m_listMessage,
+    EXPECT_EQ(m_report.marked(),
               QStringList({"No hot pixel positions were loaded.",
                            "red This peak list file does not match the current ed3d file in frame numbers.",
                            "No peaks loaded.",
@@ -159,12 +159,12 @@ TEST_F(Opening, FailsWithoutTouchingTheDataSet)
     m_data.m_listPeakFrame.append(QList<Peak3D>());
     m_data.m_strProjectName = "old";
     EXPECT_FALSE(open("WAVELENGTH 1"));
-    EXPECT_EQ(m_report.m_listMessage, QStringList("Error reading ed3d file: Could not find keyword "
+    EXPECT_EQ(m_report.marked(), QStringList("Error reading ed3d file: Could not find keyword "
                                                   "\"CCDPIXELSIZE\" in the input file."));
     for (const QString& strBad : {path("none.ed3d"), m_folder.path()}) {
         CRecordingReport report;
         EXPECT_FALSE(openProject(m_data, m_parameters, strBad, report));
-        EXPECT_EQ(report.m_listMessage,
+        EXPECT_EQ(report.marked(),
                   QStringList("Error reading ed3d file: Could not load file: " + strBad));
     }
     EXPECT_EQ(m_data.m_strProjectName, QString("old"));

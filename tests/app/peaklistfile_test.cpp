@@ -80,7 +80,7 @@ TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
         QString strReason;
         EXPECT_EQ(readPeakListBytes(data, row.bytesFile, "f.pk", report, &strReason), row.strStore != strOld);
         EXPECT_EQ(storeText(data), row.strStore);
-        EXPECT_EQ(report.m_listMessage, row.listMessage);
+        EXPECT_EQ(report.marked(), row.listMessage);
         EXPECT_EQ(strReason.startsWith("f.pk: "), row.strStore == strOld || !row.listMessage.isEmpty())
             << strReason.toStdString();
         EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..0", "end"}));
@@ -113,7 +113,7 @@ TEST(PeakList, MovesTheBarEveryThousandLines)
     CRecordingReport report;
     EXPECT_EQ(readPeakListBytes(data, bytesFile, "f.pk", report), 1);
     EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..2", "1", "2", "end"}));
-    EXPECT_EQ(report.m_nGoOn, 2);
+    EXPECT_EQ(report.m_nAsked, 2);
     EXPECT_EQ(data.m_listPeakFrame[0].size(), 2500);
 }
 
@@ -155,7 +155,7 @@ TEST(PeakList, LeavesGroupsOfOtherPeaksAsideAndCountsLinesTooWide)
     EXPECT_TRUE(strReason.contains("1 lines")) << strReason.toStdString();
     CRecordingReport report;
     EXPECT_EQ(readPeakList(data, strFile, report), 1);
-    EXPECT_EQ(report.m_listMessage.size(), 1) << "the touching line ends the list instead of being misread";
+    EXPECT_EQ(report.marked().size(), 1) << "the touching line ends the list instead of being misread";
     EXPECT_EQ(data.m_listPeakFrame[1].size(), 0);
 
     const QByteArray bytesBefore = bytesOf(strFile);

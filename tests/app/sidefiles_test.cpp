@@ -81,7 +81,7 @@ TEST(ShiftFile, IsTakenOverOnlyWithAShiftPerFrame)
     setFrames(data, 3);
     CRecordingReport report;
     EXPECT_EQ(loadShiftFile(data, strFile, report), 0);
-    EXPECT_EQ(report.m_listMessage,
+    EXPECT_EQ(report.marked(),
               QStringList("red ED shift data is not used because the ED shift data is from 2 frames, while "
                           "there are 3 frames in the current dataset."));
     EXPECT_EQ(data.m_dfCenterX, 5);
@@ -91,7 +91,7 @@ TEST(ShiftFile, IsTakenOverOnlyWithAShiftPerFrame)
     EXPECT_EQ(data.m_dfCenterY, 20);
     EXPECT_EQ(data.m_listShift, QList<QPointF>({{0, 0}, {1, 1}}));
     EXPECT_EQ(loadShiftFile(data, folder.filePath("none.sc"), report), 0);
-    EXPECT_EQ(report.m_listMessage.size(), 1) << "a missing file says nothing";
+    EXPECT_EQ(report.marked().size(), 1) << "a missing file says nothing";
 }
 
 TEST(UnitCellFile, IsWrittenWithItsDirectCellAndReadsBack)
@@ -177,7 +177,7 @@ TEST(HotPixelFile, CutsCoordinatesAndChecksSerials)
     EXPECT_FALSE(loadHotPixels(data, report));
     putFile(folder.filePath("hotpixels.txt"), "# none yet\n");
     EXPECT_TRUE(loadHotPixels(data, report));
-    EXPECT_EQ(report.m_listMessage,
+    EXPECT_EQ(report.marked(),
               QStringList({"No hot pixel positions were loaded.", "0 hot pixel positions loaded."}));
 }
 

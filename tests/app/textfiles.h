@@ -2,22 +2,13 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "printtexts.h"
 
 #include <gtest/gtest.h>
 
 #include <QByteArray>
 #include <QFile>
 #include <QString>
-
-inline void PrintTo(const QString& str, std::ostream* pStream)
-{
-    *pStream << str.toStdString();
-}
-
-inline void PrintTo(const QByteArray& bytes, std::ostream* pStream)
-{
-    *pStream << bytes.toStdString();
-}
 
 inline QString putFile(const QString& strFileName, const QByteArray& bytes)
 {

@@ -1,7 +1,7 @@
 #include "crystal/cellarithmetic.h"
 #include "crystal/celltransformation.h"
 #include "crystal/crystalparacal.h"
-#include "crystal/recordingreport.h"
+#include "crystal/testreflection.h"
 #include "crystal/uclscell.h"
 
 #pragma GCC diagnostic push
@@ -14,7 +14,6 @@
 #include <QLocale>
 
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -61,27 +60,45 @@ void metricOf(const CellRow& cell, double* pCoef)
 
 }  // namespace
 
-TEST(CellArithmetic, BasisGivesTheCellItWasMadeFrom)
+TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
 {
     for (const CellRow& cell : g_aCell) {
-        double aFound[6];
-        ASSERT_TRUE(cellParametersFromList(reciprocalBasis(cell), aFound[0], aFound[1], aFound[2], aFound[3],
-                                           aFound[4], aFound[5]));
+        const gemmi::UnitCell truth(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
         const double aTrue[6] = {cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma};
-        for (int n = 0; n < 6; ++n)
-            EXPECT_NEAR(aFound[n], aTrue[n], 2e-6 * aTrue[n]) << n;
+        double f[6], c[6];
+        ASSERT_TRUE(cellParametersFromList(reciprocalBasis(cell), f[0], f[1], f[2], f[3], f[4], f[5]));
+        metricOf(cell, c);
+        CUclsCell ucls;
+        ucls.setCoefficients(c[0], c[1], c[2], c[3], c[4], c[5]);
+        const double dfDegrees = 180 / std::acos(-1.0);
+        const double aMetric[6] = {ucls.calA(),
+                                   ucls.calB(),
+                                   ucls.calC(),
+                                   ucls.calAlpha() * dfDegrees,
+                                   ucls.calBeta() * dfDegrees,
+                                   ucls.calGamma() * dfDegrees};
+        for (int n = 0; n < 6; ++n) {
+            EXPECT_NEAR(f[n], aTrue[n], 2e-6 * aTrue[n]) << n;
+            EXPECT_NEAR(aMetric[n], aTrue[n], 1e-8) << n;
+        }
+        // The determinant of the reciprocal metric is 1/V², and G is 4 times that.
+        EXPECT_NEAR(ucls.m_dfG * truth.volume * truth.volume, 4, 1e-8);
+        CCrystalParaCal calculator;
+        calculator.setUnitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+        EXPECT_NEAR(calculator.getVolume(), truth.volume, 1e-9 * truth.volume);
+        for (int n = 0; n < 343; ++n) {
+            const int h = n / 49 - 3, k = n / 7 % 7 - 3, l = n % 7 - 3;
+            EXPECT_NEAR(calculator.calDStar(h, k, l), std::sqrt(truth.calculate_1_d2_double(h, k, l)), 1e-10);
+        }
     }
 }
 
-TEST(CellArithmetic, CoplanarMissingAndBrokenVectorsAreRefused)
+TEST(Cell, CoplanarAndMissingVectorsAreRefused)
 {
-    const float fNaN = std::numeric_limits<float>::quiet_NaN();
     double a = 7, b = 7, c = 7, alpha = 7, beta = 7, gamma = 7;
-    const QList<QList<Vec3D>> listBad{{},
-                                      {{1, 0, 0}, {0, 1, 0}},
+    const QList<QList<Vec3D>> listBad{{{1, 0, 0}, {0, 1, 0}},
                                       {{1, 0, 0}, {0, 1, 0}, {1, 1, 0}},
-                                      {{0, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-                                      {{fNaN, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+                                      {{std::nanf(""), 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     for (const QList<Vec3D>& list : listBad)
         EXPECT_FALSE(cellParametersFromList(list, a, b, c, alpha, beta, gamma)) << list.size();
     EXPECT_EQ(a + b + c + alpha + beta + gamma, 42);
@@ -89,41 +106,6 @@ TEST(CellArithmetic, CoplanarMissingAndBrokenVectorsAreRefused)
     const Vec3D v{0.1f, 0.7f, 0.3f};
     basisToCellParameters(v, v, scaled(v, 3.f), a, b, c, alpha, beta, gamma);
     EXPECT_NEAR(alpha, 0, 0.05);
-}
-
-TEST(CrystalParaCal, VolumeAndDStarOfGemmi)
-{
-    for (const CellRow& cell : g_aCell) {
-        const gemmi::UnitCell truth(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
-        CCrystalParaCal calculator;
-        calculator.setUnitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
-        EXPECT_NEAR(calculator.getVolume(), truth.volume, 1e-9 * truth.volume);
-        for (int h = -3; h <= 3; ++h)
-            for (int k = -3; k <= 3; ++k)
-                for (int l = -3; l <= 3; ++l)
-                    EXPECT_NEAR(calculator.calDStar(h, k, l), std::sqrt(truth.calculate_1_d2_double(h, k, l)),
-                                1e-10);
-    }
-}
-
-TEST(UclsCell, DirectCellOfTheMetric)
-{
-    for (const CellRow& cell : g_aCell) {
-        double c[6];
-        metricOf(cell, c);
-        CUclsCell ucls;
-        ucls.setCoefficients(c[0], c[1], c[2], c[3], c[4], c[5]);
-        const double dfDegrees = 180 / std::acos(-1.0);
-        EXPECT_NEAR(ucls.calA(), cell.a, 1e-9);
-        EXPECT_NEAR(ucls.calB(), cell.b, 1e-9);
-        EXPECT_NEAR(ucls.calC(), cell.c, 1e-9);
-        EXPECT_NEAR(ucls.calAlpha() * dfDegrees, cell.alpha, 1e-8);
-        EXPECT_NEAR(ucls.calBeta() * dfDegrees, cell.beta, 1e-8);
-        EXPECT_NEAR(ucls.calGamma() * dfDegrees, cell.gamma, 1e-8);
-        // The determinant of the reciprocal metric is 1/V², and G is 4 times that.
-        const gemmi::UnitCell truth(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
-        EXPECT_NEAR(ucls.m_dfG * truth.volume * truth.volume, 4, 1e-8);
-    }
 }
 
 TEST(UclsCell, VariancesAreThoseOfNumericalDerivatives)
@@ -175,13 +157,8 @@ TEST(Matrix3, RowsCountFromOneAndColumnsFromZero)
     CMatrix3 matrix(1, 2, 3, 4, 5, 6, 7, 8, 10);
     EXPECT_EQ(matrix.getRow(1), (Vec3D{1, 2, 3}));
     EXPECT_EQ(matrix.getColumn(0), (Vec3D{1, 4, 7}));
-    for (int n : {0, 4, -1})
-        EXPECT_EQ(matrix.getRow(n), Vec3D());
-    for (int n : {3, -1})
-        EXPECT_EQ(matrix.getColumn(n), Vec3D());
-    matrix.setRow(0, {9, 9, 9});
-    matrix.setColumn(3, {9, 9, 9});
-    EXPECT_EQ(matrix.getRow(1), (Vec3D{1, 2, 3}));
+    EXPECT_EQ(matrix.getRow(0), Vec3D());
+    EXPECT_EQ(matrix.getColumn(3), Vec3D());
     EXPECT_EQ(matrix.multiplied(Vec3D{1, -1, 2}), (Vec3D{5, 11, 19}));
     EXPECT_EQ(matrix.transposed().multiplied(Vec3D{1, -1, 2}), (Vec3D{11, 13, 17}));
     EXPECT_EQ(matrix.determinant(), -3);
@@ -197,18 +174,18 @@ TEST(TransformUnitCell, IdentityKeepsTheCellAndPrintsTheExactLine)
     QLocale::setDefault(QLocale::c());  // the user's locale may set group separators
     const QList<Vec3D> listFound{{0.1f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.04f}};
     for (auto space : {TransformationSpace::Reciprocal, TransformationSpace::Real}) {
-        RecordingReport report;
+        CRecordingReport report;
         QList<Vec3D> listCell;
         ASSERT_TRUE(
             transformUnitCell(listFound, CMatrix3::identity(), space, listCell, report, "http://h/%3"));
         expectSame(listCell, listFound, 1e-8f);
-        ASSERT_EQ(report.listLine.size(), 1);
+        ASSERT_EQ(report.m_listLine.size(), 1);
         EXPECT_EQ(
-            report.listLine[0].toStdString(),
+            report.m_listLine[0].toStdString(),
             "<br>Transformed unit cell: a=10.000 Å, b=20.000 Å, c=25.000 Å, α= 90.00°, β= 90.00°, γ= 90.00°, "
             "V=5000.0 Å³ <a href=\"http://h/%3/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams="
             "10,20,25,90,90,90\">Test lattice type</a>");
-        EXPECT_EQ(report.listColor[0], Qt::black);
+        EXPECT_EQ(report.m_listColor[0], Qt::black);
     }
 }
 
@@ -219,7 +196,7 @@ TEST(TransformUnitCell, RealSpaceRowsMakeTheNewDirectAxes)
         const QList<Vec3D> listFound = reciprocalBasis(cell);
         Vec3D a, b, c, a2, b2, c2;
         ASSERT_TRUE(reciprocalToDirectBasis(listFound[0], listFound[1], listFound[2], a, b, c));
-        RecordingReport report;
+        CRecordingReport report;
         QList<Vec3D> listReal, listBack;
         ASSERT_TRUE(transformUnitCell(listFound, matrix, TransformationSpace::Real, listReal, report));
         ASSERT_TRUE(reciprocalToDirectBasis(listReal[0], listReal[1], listReal[2], a2, b2, c2));
@@ -235,17 +212,17 @@ TEST(TransformUnitCell, SingularMissingAndHandTurningMatrices)
 {
     const QList<Vec3D> listFound{{0.1f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.04f}}, listBefore{{1, 2, 3}};
     const CMatrix3 matSingular(1, 0, 0, 1, 0, 0, 0, 0, 1), matSwap(0, 1, 0, 1, 0, 0, 0, 0, 1);
-    RecordingReport report;
+    CRecordingReport report;
     QList<Vec3D> listCell = listBefore;
     EXPECT_FALSE(transformUnitCell({}, CMatrix3::identity(), TransformationSpace::Real, listCell, report));
     EXPECT_FALSE(transformUnitCell(listFound, matSingular, TransformationSpace::Real, listCell, report));
     EXPECT_EQ(listCell, listBefore);
     EXPECT_TRUE(transformUnitCell(listFound, matSingular, TransformationSpace::Reciprocal, listCell, report));
     EXPECT_EQ(listCell, (QList<Vec3D>{listFound[0], listFound[0], listFound[2]}));
-    EXPECT_EQ(report.listLine,
+    EXPECT_EQ(report.m_listLine,
               (QStringList{"Unit cell information is missing.", "TransformUnitCell: singlular matrix!",
                            "Warning: co-planar reciprocal basis vectors!"}));
-    EXPECT_EQ(report.listColor, (QList<Qt::GlobalColor>{Qt::black, Qt::red, Qt::red}));
+    EXPECT_EQ(report.m_listColor, (QList<Qt::GlobalColor>{Qt::black, Qt::red, Qt::red}));
     ASSERT_TRUE(transformUnitCell(listFound, matSwap, TransformationSpace::Real, listCell, report));
     expectSame(listCell, {listFound[1], listFound[0], listFound[2]}, 1e-8f);
 }

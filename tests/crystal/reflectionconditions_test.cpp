@@ -1,77 +1,101 @@
 #include "crystal/reflectionconditions.h"
 
-#include "crystal/recordingreport.h"
+#include "crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 #include <QLocale>
 
 TEST(ReflectionStatistics, TablesOfParity)
 {
-    // Even l on 00l: two even, one odd; (0, 0, 0) counts as even everywhere.
-    const QList<Peak3D> list{reflection(0, 0, 2, 10), reflection(0, 0, -3, 10), reflection(0, 0, 0.02, 10),
-                             reflection(1, 1, 0, 10), reflection(0, 0, 5, 1)};
-    RecordingReport report;
+    const struct {
+        int h, k, l, nCount;
+    } aKind[] = {{1, 1, 1, 1},   {2, 1, 1, 2},  {1, 2, 1, 3},  {1, 1, 2, 5},   {0, 1, 1, 7},
+                 {0, 1, 2, 11},  {0, 2, 1, 13}, {0, 2, 2, 17}, {1, 0, 1, 19},  {1, 0, 2, 23},
+                 {2, 0, 1, 29},  {1, 1, 0, 31}, {1, 2, 0, 37}, {2, 1, 0, 41},  {1, 0, 0, 43},
+                 {2, 0, 0, 200}, {0, 1, 0, 47}, {0, 2, 0, 53}, {0, 0, -3, 59}, {0, 0, 2, 300}};
+    QList<Peak3D> list{reflection(0, 0, 5, 1), reflection(0, 0, 5, 1)};  // weak ones count as even
+    for (const auto& kind : aKind)
+        for (int n = 0; n < kind.nCount; ++n)
+            list.append(reflection(kind.h + 0.1, kind.k - 0.1, kind.l, 10));
+    const struct {
+        const char *pszClass, *pszTest;
+        int nEven, nOdd, nTotal;
+        bool bRed;
+    } aRow[] = {{"hkl", "h+k+l", 639, 304, 943, true}, {"hkl", "h+k", 710, 233, 943, true},
+                {"hkl", "k+l", 685, 258, 943, true},   {"hkl", "h+l", 694, 249, 943, true},
+                {"0kl", "k+l", 379, 130, 509, true},   {"0kl", "k", 444, 65, 509, true},
+                {"0kl", "l", 430, 79, 509, true},      {"h0l", "h+l", 521, 154, 675, true},
+                {"h0l", "h", 590, 85, 675, true},      {"h0l", "l", 568, 107, 675, true},
+                {"hk0", "h+k", 284, 168, 452, false},  {"hk0", "h", 341, 111, 452, true},
+                {"hk0", "k", 333, 119, 452, true},     {"h00", "h", 200, 43, 243, true},
+                {"0k0", "k", 53, 47, 100, false},      {"00l", "l", 302, 59, 361, true}};
+    QStringList listExpected;
+    QString strClass;
+    for (const auto& row : aRow) {
+        if (strClass != row.pszClass) {
+            listExpected.append(QString(strClass.isEmpty() ? "" : "\n") + "Reflection condition for " +
+                                row.pszClass + ":");
+            listExpected.append("            2n  2n+1 Total\n--------------------------");
+            strClass = row.pszClass;
+        }
+        listExpected.append((row.bRed ? "red " : "") + (row.pszTest + QString(":")).rightJustified(8) +
+                            QString(" %1 %2 %3").arg(row.nEven, 5).arg(row.nOdd, 5).arg(row.nTotal, 5));
+    }
+    CRecordingReport report, reportEdge;
     outputReflectionStatistics(list, 2.0, report);
-    ASSERT_EQ(report.listLine.size(), 2 * 7 + 4 + 3 * 3 + 3);
-    EXPECT_EQ(report.listLine[0], "Reflection condition for hkl:");
-    EXPECT_EQ(report.listLine[1], "            2n  2n+1 Total\n--------------------------");
-    EXPECT_EQ(report.listLine[2], "  h+k+l:     4     1     5");
-    EXPECT_EQ(report.listColor[2], Qt::red);  // 4/1.1
-    EXPECT_EQ(report.listLine[5], "    h+l:     3     2     5");
-    EXPECT_EQ(report.listColor[5], Qt::black);
-    EXPECT_EQ(report.listLine[6], "\nReflection condition for 0kl:");
-    EXPECT_EQ(report.listLine.mid(21, 3), (QStringList{"\nReflection condition for h00:", report.listLine[1],
-                                                       "      h:     1     0     1"}));
-    EXPECT_EQ(report.listColor[23], Qt::red);  // 1/0.1
-    EXPECT_EQ(report.listLine[27], "\nReflection condition for 00l:");
-    EXPECT_EQ(report.listLine[29], "      l:     3     1     4");  // -3 is odd, the weak 5 counts as even
-    EXPECT_EQ(report.listColor[29], Qt::red);
-
-    RecordingReport reportEmpty;
-    outputReflectionStatistics({}, 0, reportEmpty);
-    EXPECT_EQ(reportEmpty.listLine[2], "  h+k+l:     0     0     0");
-    EXPECT_FALSE(reportEmpty.listColor.contains(Qt::red));
+    EXPECT_EQ(report.marked(), listExpected);
+    // 2/1.1 is black, 3/1.1 red, 0/0.1 black.
+    outputReflectionStatistics({reflection(1, 1, 1), reflection(2, 1, 1), reflection(2, 2, 1)}, 0,
+                               reportEdge);
+    EXPECT_EQ(reportEdge.marked().mid(2, 4),
+              (QStringList{"  h+k+l:     1     2     3", "    h+k:     2     1     3",
+                           "    k+l:     2     1     3", "    h+l:     1     2     3"}));
+    EXPECT_EQ(reportEdge.marked()[8], "    k+l:     0     0     0");
 }
 
 TEST(ClassifyReflections, SortsByAbsence)
 {
     CSpaceGroup spaceGroup;
     ASSERT_TRUE(spaceGroup.setSpaceGroup(14));
-    const QList<Peak3D> list{reflection(0, 1.01, 0), reflection(0, 2, 0),   reflection(1, 0, 1),
-                             reflection(0, 0, 0),    reflection(0.2, 3, 0), reflection(1, 1, 1)};
+    const QList<Peak3D> list{reflection(0, 1.04, 0), reflection(0, 2, 0.06), reflection(1, 0, 1),
+                             reflection(0, 0, 0),    reflection(0.04, 2, 0), reflection(1, 1, 1)};
     const auto listBoth = classifyReflections(spaceGroup, list, 0.05);
     ASSERT_EQ(listBoth.size(), 2);
     ASSERT_EQ(listBoth[0].size(), 2);
-    EXPECT_EQ(listBoth[0][1].dfL, 1);
+    EXPECT_EQ(listBoth[0][0].dfH + listBoth[0][1].dfH, 1.04);
     ASSERT_EQ(listBoth[1].size(), 2);
-    EXPECT_EQ(listBoth[1][0].dfK, 1.01);
+    EXPECT_EQ(listBoth[1][0].dfK + listBoth[1][1].dfK, 1.04);
     EXPECT_TRUE(classifyReflections(spaceGroup, {}, 0.05).isEmpty());
 }
 
-TEST(TestReflectionConditions, OneLineForEachGroup)
+TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
 {
     QLocale::setDefault(QLocale::c());
     const QList<Peak3D> list{reflection(1, 1, 1, 100), reflection(2, 0, 0, 50), reflection(1, 0, 0, 3),
                              reflection(0, 0, 2.3, 1e6)};
     CSpaceGroup spaceGroup;
-    RecordingReport report;
+    CRecordingReport report;
+    report.m_nStopAfter = 0;
     testReflectionConditions(list, 0.1, spaceGroup, report);
-    ASSERT_EQ(report.listLine.size(), 232);
-    EXPECT_EQ(report.listLine[0],
+    ASSERT_EQ(report.m_listLine.size(), 232);
+    EXPECT_EQ(report.m_listLine[0],
               "\nNo.  SG.Symbol       Ratio.cnt (Alwd/Fbdn)   Ratio.Avg.Int (      Alwd/      Fbdn)");
-    EXPECT_EQ(report.listLine[1], QString(report.listLine[0].size(), '-'));
-    EXPECT_EQ(report.listLine[2],
+    EXPECT_EQ(report.m_listLine[1], QString(report.m_listLine[0].size(), '-'));
+    EXPECT_EQ(report.m_listLine[2],
               "  1        P 1               ∞ (   3/   0)               ∞ (      51.0/       0.0)");
     // F centring forbids (1, 0, 0) alone; I centring (1, 1, 1) and (1, 0, 0).
-    EXPECT_EQ(report.listLine[226],
+    EXPECT_EQ(report.m_listLine[226],
               "225   F m -3 m             2.0 (   2/   1)            25.0 (      75.0/       3.0)");
-    EXPECT_EQ(report.listLine[230],
+    EXPECT_EQ(report.m_listLine[230],
               "229   I m -3 m             0.5 (   1/   2)             1.0 (      50.0/      51.5)");
     EXPECT_EQ(spaceGroup.nNumber, 230);
-    EXPECT_EQ(report.nProgress, 230);
-    RecordingReport reportEmpty;
+    EXPECT_EQ(report.m_nAsked, 230);
+    ASSERT_EQ(report.m_listProgress.size(), 232);
+    EXPECT_EQ(report.m_listProgress.first() + report.m_listProgress[230] + report.m_listProgress.last(),
+              "%v/%m 0..230230end");
+    CRecordingReport reportEmpty;
     testReflectionConditions({}, 0.1, spaceGroup, reportEmpty);
     EXPECT_EQ(
-        reportEmpty.listLine,
+        reportEmpty.marked(),
         QStringList{"Reflection conditions will not be tested because the number of reflections is 0."});
 }

@@ -1,9 +1,12 @@
+#include "crystal/cellmessage.h"
+#include "crystal/cellrefinement.h"
 #include "crystal/hkl3d.h"
 #include "crystal/hklfile.h"
 #include "crystal/indexedpeaklist.h"
 #include "crystal/indexingtable.h"
 #include "crystal/peaklist3d.h"
-#include "crystal/recordingreport.h"
+#include "crystal/reflectionconditions.h"
+#include "crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 #include <QDir>
@@ -11,7 +14,6 @@
 #include <QLocale>
 #include <QTemporaryDir>
 
-#include <clocale>
 #include <cmath>
 
 namespace {
@@ -66,7 +68,7 @@ TEST(ResultFiles, HklAndP4pWithTheirMessages)
 {
     QLocale::setDefault(QLocale::c());
     QTemporaryDir dir;
-    RecordingReport report;
+    CRecordingReport report;
     const QList<Peak3D> list{reflection(0.98, 0, 0, 20, 0.1), reflection(0, 1.02, 0, 30, 0.0501)};
     ASSERT_TRUE(outputIndexingResultsToFile(list, g_listCell, {-50, 50}, dir.path(), "x.y", report));
     // d* below 0.1: the origin, ±b*, and the points of the b* c* plane in the swept wedge.
@@ -81,33 +83,79 @@ TEST(ResultFiles, HklAndP4pWithTheirMessages)
               "   0   0   0     0.0     0.0\n");
     EXPECT_EQ(contentOf(dir.filePath("x.y.p4p")),
               "CELL   10.000   20.000   25.000    90.00    90.00    90.00\n");
-    ASSERT_EQ(report.listLine.size(), 4);
-    EXPECT_EQ(report.listLine[0], "Maximum d* including 95% reflections: 0.1000 Å⁻¹");
-    EXPECT_EQ(report.listLine[1], "No. of reflections not observed: 6");  // the origin counts, without a line
-    EXPECT_EQ(report.listLine[2].mid(8), ">HKL file written: " + dir.filePath("x.y.hkl"));
-    EXPECT_EQ(report.listLine[3].mid(8), ">p4p file written: " + dir.filePath("x.y.p4p"));
+    ASSERT_EQ(report.m_listLine.size(), 4);
+    EXPECT_EQ(report.m_listLine[0], "Maximum d* including 95% reflections: 0.1000 Å⁻¹");
+    EXPECT_EQ(report.m_listLine[1],
+              "No. of reflections not observed: 6");  // the origin counts, without a line
+    EXPECT_EQ(report.m_listLine[2].mid(8), ">HKL file written: " + dir.filePath("x.y.hkl"));
+    EXPECT_EQ(report.m_listLine[3].mid(8), ">p4p file written: " + dir.filePath("x.y.p4p"));
 }
 
-TEST(ResultFiles, WithoutReflectionsAndWithoutACell)
+TEST(ResultFiles, WithoutACellOrWithTooManyReflections)
 {
     QTemporaryDir dir;
-    RecordingReport report;
+    CRecordingReport report;
     writeBytes(dir.filePath("n.p4p"), "old");
     ASSERT_TRUE(outputIndexingResultsToFile({}, {}, {}, dir.path(), "n", report));
     EXPECT_EQ(contentOf(dir.filePath("n.hkl")), "   0   0   0     0.0     0.0\n");
     EXPECT_EQ(contentOf(dir.filePath("n.p4p")), "");
-    EXPECT_EQ(report.listLine.size(), 3);
+    EXPECT_EQ(report.m_listLine.size(), 3);
+    // An enumeration that was refused has no count.
+    const QList<Vec3D> listHuge{{1e-3f, 0, 0}, {0, 1e-3f, 0}, {0, 0, 1e-3f}};
+    ASSERT_TRUE(outputIndexingResultsToFile({reflection(1, 0, 0, 5, 1)}, listHuge, {-50, 50}, dir.path(), "n",
+                                            report));
+    EXPECT_TRUE(report.marked()[3].startsWith("red Too many lattice points"));
+    EXPECT_EQ(report.m_listLine[4], "Maximum d* including 95% reflections: 1.0000 Å⁻¹");
+    EXPECT_TRUE(report.m_listLine[5].contains(">HKL file written: "));
+}
+
+// Messages follow the user's locale, files never do.
+TEST(ResultFiles, GermanGroupsAndCommasStandInMessagesOnly)
+{
+    QTemporaryDir dir;
+    CRecordingReport report;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const QList<Vec3D> listCell{{0.0008f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}};
+    QList<Peak3D> list{reflection(1234, 0, 0, 12345.67, 0.25)}, listRead;
+    list[0].dfFrameTilt = 1234.5;
+    list[0].dfI2D = 2345.5;
+    list[0].nFrame = 1234;
+    EXPECT_TRUE(outputIndexingResultsToFile(list, listCell, {-50, 50}, dir.path(), "n", report));
+    EXPECT_TRUE(writeIndexedPeakList({list}, dir.filePath("n.ipf")));
+    EXPECT_TRUE(writePeak3DList(list, dir.filePath("n.txt"), true));
+    EXPECT_TRUE(loadShelxFile(dir.filePath("n.hkl"), listCell, listRead, report));
+    outputIndexingResultsToWindow(list, report);
+    CSpaceGroup spaceGroup;
+    testReflectionConditions(list, 0.1, spaceGroup, report);
+    report.addHtml(unitCellHtml("Found unit cell", listCell));
+    double a = 1234.5, b = 20, c = 25, alpha = 90, beta = 90, gamma = 90;
+    unitCellRefinement(QVector<Peak3D>(6, list[0]).toList(), a, b, c, alpha, beta, gamma, report);
+    QLocale::setDefault(QLocale::c());
+    EXPECT_TRUE(contentOf(dir.filePath("n.hkl")).startsWith(" 1234   0   0 12345.7     1.0\n"));
+    EXPECT_EQ(contentOf(dir.filePath("n.p4p")),
+              "CELL 1250.000   20.000   20.000    90.00    90.00    90.00\n");
+    EXPECT_TRUE(contentOf(dir.filePath("n.ipf"))
+                    .endsWith("\n   1 1234    0    0   0.250000     0     0    12345.7     2345.5\n"));
+    EXPECT_TRUE(
+        contentOf(dir.filePath("n.txt"))
+            .contains("\n1234.000    0.000    0.000 1234 1234.500 0.250000  12345.7          2345.5 "));
+    EXPECT_EQ(report.m_listLine[0], "Maximum d* including 95% reflections: 0,2500 Å⁻¹");
+    for (const char* pszPart :
+         {"No. of reflections not observed: 18.", " reflections loaded from ", "   12345.7",
+          " (  12.345,7/       0,0)", "a=1.250,000 Å, b=20,000 Å", "V=500.000,0 Å³",
+          "ucparams=1250,20,20,90,90,90", "before UCLS refinement: 1.234,5, 20, 25, 90"})
+        EXPECT_TRUE(report.said(pszPart)) << pszPart << report.m_listLine.mid(0, 2).join('\n').toStdString();
 }
 
 TEST(ResultFiles, OneThatCannotBeWrittenDoesNotStopTheOther)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(QDir(dir.path()).mkdir("n.hkl"));  // a folder in the file's place
-    RecordingReport report;
+    CRecordingReport report;
     EXPECT_FALSE(outputIndexingResultsToFile({}, g_listCell, {}, dir.path(), "n", report));
-    ASSERT_EQ(report.listLine.size(), 4);
-    EXPECT_EQ(report.listLine[2], "Failed to open " + dir.filePath("n.hkl") + " for writing.");
-    EXPECT_EQ(report.listColor[2], Qt::red);
+    ASSERT_EQ(report.m_listLine.size(), 4);
+    EXPECT_EQ(report.m_listLine[2], "Failed to open " + dir.filePath("n.hkl") + " for writing.");
+    EXPECT_EQ(report.m_listColor[2], Qt::red);
     EXPECT_TRUE(contentOf(dir.filePath("n.p4p")).startsWith("CELL "));
     // No scraps of a failed write are left behind.
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"n.p4p"});
@@ -120,24 +168,28 @@ TEST(ReadHklFile, FreeFormatAndBadLines)
     writeBytes(strFile,
                "# comment\n   1  -2   3  1234.6     1.0\n\n1 2 3\n+4\t5 6 -7e2 x\r\n1.5 2 3 4\n"
                "99999999999 1 1 5\n1 1 1 1e99\n7 8 9 1e-60\n2 2 2 nonsense\n   0   0   0     0.0     0.0");
-    const char* pszLocale = std::setlocale(LC_NUMERIC, "de_DE.UTF-8");  // decimal comma, where installed
     const QList<HKL5> list = readHKLFile(strFile);
-    std::setlocale(LC_NUMERIC, "C");
-    ASSERT_EQ(list.size(), 4) << (pszLocale ? pszLocale : "");
+    ASSERT_EQ(list.size(), 4);
     EXPECT_EQ(list[0].nK, -2);
     EXPECT_FLOAT_EQ(list[0].fI, 1234.6f);
     EXPECT_EQ(list[1].nH, 4);
     EXPECT_EQ(list[1].fI, -700.f);
     EXPECT_EQ(list[2].fI, 0.f);
     EXPECT_EQ(list[3].nH, 0);
-    EXPECT_TRUE(readHKLFile(dir.filePath("none.hkl")).isEmpty());
-
-    RecordingReport report;
+    CRecordingReport report;
     QList<Peak3D> listPeak;
     EXPECT_FALSE(loadShelxFile({}, g_listCell, listPeak, report));
     EXPECT_TRUE(loadShelxFile(strFile, g_listCell, listPeak, report));
     EXPECT_EQ(listPeak.size(), 4);
-    EXPECT_EQ(report.listLine, QStringList{"4 reflections loaded from " + strFile + "."});
+    EXPECT_FALSE(loadShelxFile(dir.filePath("none.hkl"), g_listCell, listPeak, report));
+    EXPECT_FALSE(loadShelxFile(strFile, {}, listPeak, report));
+    EXPECT_TRUE(loadShelxFile(strFile, {{1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, listPeak, report));
+    EXPECT_EQ(listPeak.size(), 4);
+    EXPECT_EQ(report.marked(),
+              (QStringList{"4 reflections loaded from " + strFile + ".",
+                           "red Failed to open " + dir.filePath("none.hkl") + " for reading.",
+                           "red Unit cell is not ready. Stop.", "4 reflections loaded from " + strFile + ".",
+                           "red Warning: co-planar reciprocal basis vectors!"}));
 }
 
 TEST(PeakLists, ExactLines)
@@ -166,23 +218,23 @@ TEST(PeakLists, ExactLines)
     EXPECT_FALSE(writePeak3DList({}, {}, true));
     EXPECT_FALSE(writeIndexedPeakList({}, dir.filePath("no/such/folder.ipf")));
 
-    RecordingReport report;
+    CRecordingReport report;
     EXPECT_TRUE(outputIndexedReflectionsOnFrames({}, dir.path(), "q", report));
     EXPECT_TRUE(outputIndexedReflectionsOnFrames({}, dir.filePath("no"), "q", report));
-    EXPECT_EQ(report.listLine[0].mid(8),
+    EXPECT_EQ(report.m_listLine[0].mid(8),
               ">List of the indexed peaks on the frames output to file: " + dir.filePath("q.ipf"));
-    EXPECT_EQ(report.listLine[1].mid(8), ">Failed to save file: " + dir.filePath("no/q.ipf"));
-    EXPECT_EQ(report.listColor[1], Qt::black);
+    EXPECT_EQ(report.m_listLine[1].mid(8), ">Failed to save file: " + dir.filePath("no/q.ipf"));
+    EXPECT_EQ(report.m_listColor[1], Qt::black);
 }
 
 TEST(IndexingTable, LinesAndAnInfiniteDValue)
 {
     Peak3D peak = reflection(1.5, -2.25, 0, 1234.56, 0.5);
     peak.setPoint({0.25f, -0.125f, 1});
-    RecordingReport report;
+    CRecordingReport report;
     outputIndexingResultsToWindow({peak, Peak3D()}, report);
-    ASSERT_EQ(report.listLine.size(), 1);
-    const QStringList listPart = report.listLine[0].split('\n');
+    ASSERT_EQ(report.m_listLine.size(), 1);
+    const QStringList listPart = report.m_listLine[0].split('\n');
     ASSERT_EQ(listPart.size(), 6);
     EXPECT_EQ(
         listPart[1],

@@ -54,7 +54,7 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         FrameSeries series;
         for (int i = 0; i < g_nFrames; ++i)
             series.add(frameOf(row, i, random));
-        RecordingReport report;
+        CRecordingReport report;
         QRect rc;
         ASSERT_TRUE(findBeamRegion(series.dataSet, report, rc)) << row.pWhat;
         EXPECT_EQ(rc.size(), QSize(row.nSide, row.nSide)) << row.pWhat;
@@ -64,7 +64,7 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat << report.log().toStdString();
     }
     FrameSeries series;  // small and blank: there is one region only
-    RecordingReport report;
+    CRecordingReport report;
     QRect rc;
     EXPECT_FALSE(findBeamRegion(series.dataSet, report, rc));
     series.add(makeImage(65, 90, [](int, int) { return 5; }));
@@ -86,7 +86,7 @@ TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)
         series.add(makeImage(256, 256, [&](int x, int y) {
             return 1000 + noise(random) + 300 * dfNoise * gaussian(x % 128 - 64, y % 128 - 64, 2);
         }));
-        RecordingReport report;
+        CRecordingReport report;
         CPeakFilters filters;
         double dfThreshold = -1;
         ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, filters, report, dfThreshold));
@@ -106,7 +106,7 @@ TEST(EstimatePeakThreshold, HoldsForSparseCountsAndForPictures)
         });
         FrameSeries series;
         series.add(img);
-        RecordingReport report;
+        CRecordingReport report;
         CPeakFilters filters;
         PeakHuntingParameters p;
         p.m_dfPeakRadius = 3;

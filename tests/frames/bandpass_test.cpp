@@ -92,7 +92,7 @@ TEST(HuntFrame, PixelsWithoutANumberSpoilOnlyThemselves)
 TEST(OutputSmoothedImage, WritesTheSmoothedFrameBesideTheGivenName)
 {
     QTemporaryDir dir;
-    RecordingReport report;
+    CRecordingReport report;
     CPeakFilters filters;
     const CImgObj<float> img = makeImage(20, 12, [](int x, int y) { return (x * 7 + y * 13) % 11; });
     ASSERT_TRUE(outputSmoothedImage(img, radii(2, 4, 0.5), filters, dir.filePath("frame.0001.mrc"), report));

@@ -1,41 +1,17 @@
-// Series of synthetic frames on disk, and a report that remembers what a run said.
+// Series of synthetic frames on disk.
 #pragma once
 
 #include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
 #include "imagefiles/mrcfile.h"
+#include "recordingreport.h"
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <cmath>
 #include <functional>
 #include <random>
-
-class RecordingReport : public CRunReport {
-public:
-    void addMessage(const QString& strText, Qt::GlobalColor color) override
-    {
-        listLine.append((color == Qt::red ? "red " : color == Qt::blue ? "blue " : "") + strText);
-    }
-    void setProgress(int nValue) override { nProgress = nValue; }
-    bool goOn() override { return nGoOnLeft-- > 0; }
-
-    /// Without time stamps and durations, which differ from run to run.
-    QString log() const
-    {
-        return listLine.join('\n')
-            .replace(QRegularExpression("\\d\\d:\\d\\d:\\d\\d>"), ">")
-            .replace(QRegularExpression("in \\S+ min \\S+ sec"), "in time");
-    }
-    bool said(const QString& strPart) const { return log().contains(strPart); }
-
-    QStringList listLine;
-    int nProgress = 0;
-    int nGoOnLeft = 1000000;  ///< the run is asked to stop after so many questions
-};
 
 using PixelFunction = std::function<double(int nX, int nY)>;
 

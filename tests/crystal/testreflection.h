@@ -1,0 +1,14 @@
+// A reflection in one line.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "recordingreport.h"
+
+inline Peak3D reflection(double h, double k, double l, double dfIPoint = 0, double dfDStar = 0)
+{
+    Peak3D peak;
+    peak.setHKL(h, k, l);
+    peak.dfIPoint = dfIPoint;
+    peak.dfDStar = dfDStar;
+    return peak;
+}
