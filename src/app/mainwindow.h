@@ -157,6 +157,7 @@ private:
     void connectPages();
     static QSettings* makeSettings(QObject* pParent = nullptr);
     void readSettings();
+    void arrangeDocks();
     void writeSettings();
 
     /// Copies the panel parameters between widgets and members. Every run begins with true.

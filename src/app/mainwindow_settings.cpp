@@ -2,10 +2,12 @@
 #include "app/mainwindow.h"
 #include "view3d/pages/view3dpage.h"
 
+#include <QDockWidget>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSettings>
 #include <QSpinBox>
+#include <QToolBox>
 
 #include <cmath>
 
@@ -41,7 +43,8 @@ void MainWindow::readSettings()
     const QSize sizeScreen = pScreen ? pScreen->availableSize() : QSize(1280, 800);
     resize(QSize(1400, 900).boundedTo(sizeScreen));
     restoreGeometry(pSettings->value(QStringLiteral("geometry")).toByteArray());
-    restoreState(pSettings->value(QStringLiteral("windowState")).toByteArray());
+    if (!restoreState(pSettings->value(QStringLiteral("windowState")).toByteArray()))
+        arrangeDocks();
     m_dataSet.m_strWorkingDir =
         pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
 
@@ -54,6 +57,14 @@ void MainWindow::readSettings()
     }
     m_dfCanvasGridAlpha = qBound(0.0, m_dfCanvasGridAlpha, 1.0);
     m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
+}
+
+// The docks of a first start: the tool box as wide as its pages need, the frame as much as it can have.
+void MainWindow::arrangeDocks()
+{
+    resizeDocks({m_listDock[0]}, {m_pToolBox->minimumWidth()}, Qt::Horizontal);
+    resizeDocks(m_listDock.mid(1), {200, 200, 200}, Qt::Vertical);
+    resizeDocks(m_listDock.mid(1), {400, 300, 200}, Qt::Horizontal);
 }
 
 void MainWindow::writeSettings()
