@@ -16,7 +16,8 @@
 ///
 /// A failure logs "%1: failed to load" with `strFileName` in red and then, in red, why. An MRC file that
 /// can be opened but has no section that can be read is no failure: the result is 1 with no image added,
-/// and a red line says why. A stack that ends early gives its whole sections and a black line.
+/// and a red line says why. A stack that ends early gives its whole sections and a black line;
+/// a BMP or JPEG that ends early gives the picture with the missing part black or grey, and such a line.
 /// Pictures of 2^31 pixels or more are refused, and those over 2^26 pixels when the file is too short
 /// for any packing to hold them.
 ///

@@ -2,6 +2,8 @@
 // the result files of earlier runs as they were.
 #include "batchprogram.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -86,7 +88,10 @@ struct BadCase {
     std::function<void(const Series&)> fnBreak;
     QStringList listArgument;
     const char* pszMessage;  ///< has to stand in the log
+    const char* pszStage = "none";  ///< the last one that ended well
 };
+
+void leaveAsItIs(const Series&) {}
 
 const BadCase aBad[] = {
     {"frame missing", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }, {}, "f2.mrc"},
@@ -111,14 +116,24 @@ const BadCase aBad[] = {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(0)));
          }
      },
-     {}, "blank"},
+     {}, "blank", "shifts"},
+    {"nothing above the threshold", leaveAsItIs, {"--peak-threshold", "1000000"}, "No peaks were found", "shifts"},
+    {"everything under a mask",
+     [](const Series& s) { s.write("m.msk", "1 -9 -9\n1 999 -9\n1 999 999\n1 -9 999\n"); },
+     {"--mask", "%/m.msk"}, "No peaks were found", "shifts"},
+    {"too few reflections for a cell", leaveAsItIs, {}, "Unit cell not found.", "merge"},
+    {"too few with the start values of the window", leaveAsItIs, {"--window-defaults"}, "Unit cell not found.",
+     "merge"},
+    {"nothing to index with this cell",
+     [](const Series& s) { s.write("c.uc", "a* 100 0 0\nb* 0 100 0\nc* 0 0 100\n"); },
+     {"--cell", "%/c.uc", "--pixel-size", "0.00002"}, "No reflection was indexed", "cell"},
     {"all frames without numbers",
      [](const Series& s) {
          for (int i = 0; i < FRAMES; ++i) {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
          }
      },
-     {}, "blank"},
+     {}, "blank", "shifts"},
     {"no wavelength", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }, {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
     {"wavelength 0", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); }, {},
@@ -135,7 +150,7 @@ const BadCase aBad[] = {
     {"mask of two corners", [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); }, {"--mask", "%/m.msk"},
      "as mask file"},
     {"cell in a wrong order", [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
-     {"--cell", "%/c.uc"}, "c.uc as unit cell data"},
+     {"--cell", "%/c.uc"}, "c.uc as unit cell data", "merge"},
     {"shifts of another series", [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
      {"--from", "merge"}, "ED shift data is not used because the ED shift data is from 2 frames"},
     {"peaks out of order",
@@ -143,7 +158,7 @@ const BadCase aBad[] = {
          s.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
          s.write("s.pk", "2 0 0 1 1 1 1 8000000000000000\n");
      },
-     {"--from", "merge"}, "s.pk: no peak list"},
+     {"--from", "merge"}, "s.pk: non-empty line 1 has the serial 2"},
     {"folder that cannot be made", [](const Series& s) { s.write("file", "x"); }, {"--out", "%/file/sub"},
      "the folder cannot be made"},
 };
@@ -152,32 +167,37 @@ const BadCase aBad[] = {
 
 TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
 {
+    const QStringList listStage = {"none", "shifts", "peaks", "merge", "cell"};
+    const QByteArray bytesPeaks = "1 0 0 40.0 32.0 250.0 4000.0 8000000000000000\n";
     for (const BadCase& bad : aBad) {
         SCOPED_TRACE(bad.pszName);
         Series series;
-        const QStringList listResult = {"s.uc", "s.hkl", "s.p4p", "s.ipf"};
+        const QStringList listResult = {"s.sc", "s.pk", "s.uc", "s.hkl", "s.p4p", "s.ipf"};
         for (const QString& strName : listResult) {
             series.write(strName, "earlier");
         }
+        series.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
+        series.write("s.pk", bytesPeaks);
         bad.fnBreak(series);
-        const QByteArray bytesShift = series.read("s.sc");
-        const QByteArray bytesPeaks = series.read("s.pk");
-        QStringList listArgument = {series.path("s.ed3d")};
+        QList<QByteArray> listBefore;
+        for (const QString& strName : listResult) {
+            listBefore.append(series.read(strName));
+        }
+        QStringList listArgument = {series.path("s.ed3d"), "--json", series.path("s.json")};
         for (QString strArgument : bad.listArgument) {
             listArgument.append(strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
         }
         const BatchOutcome outcome = runBatch(listArgument);
         EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
         EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(bad.pszMessage))) << outcome.strText.toStdString();
-        for (const QString& strName : listResult) {
-            EXPECT_EQ(series.read(strName), "earlier") << strName.toStdString();
-        }
-        // Shifts are written only by a run that reached the last frame; peaks likewise.
-        if (!outcome.strText.contains(QStringLiteral("Image shift evaluation finished"))) {
-            EXPECT_EQ(series.read("s.sc"), bytesShift);
-        }
-        if (!outcome.strText.contains(QStringLiteral("Peak hunting finished"))) {
-            EXPECT_EQ(series.read("s.pk"), bytesPeaks);
+        const QJsonObject summary = QJsonDocument::fromJson(series.read("s.json")).object();
+        EXPECT_EQ(summary["stage"].toString().toStdString(), bad.pszStage);
+        EXPECT_FALSE(summary["reached"].toBool(true));
+        // Shifts, peaks and cell are of the stages that ended well, all else of the earlier run.
+        const int nStage = listStage.indexOf(bad.pszStage);
+        const bool abNew[] = {nStage >= 1, nStage >= 2, nStage >= 4, false, false, false};
+        for (int i = 0; i < listResult.size(); ++i) {
+            EXPECT_EQ(series.read(listResult[i]) != listBefore[i], abNew[i]) << listResult[i].toStdString();
         }
         const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
         EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
@@ -188,6 +208,7 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
 {
     Series series;
     const QString strProject = series.path("s.ed3d");
+    const QByteArray bytesProject = series.read("s.ed3d");
     const struct {
         QStringList listArgument;
         const char* pszMessage;
@@ -207,6 +228,7 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--cell-min", "30", "--cell-max", "3"}, "--cell-min"},
         {{strProject, "--tilt-step", "1"}, "--tilt-step"},
         {{strProject, "--group", "1"}, "--from merge"},
+        {{strProject, "--json", strProject}, "would overwrite an input file"},
         {{series.path("f0.mrc")}, "--wavelength"},
     };
     for (const auto& row : aRow) {
@@ -216,4 +238,5 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
             << row.listArgument.join(' ').toStdString() << ": " << outcome.strText.toStdString();
     }
     EXPECT_FALSE(QFile::exists(series.path("s.log")));
+    EXPECT_EQ(series.read("s.ed3d"), bytesProject);
 }

@@ -103,6 +103,9 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     const QJsonObject limited = merged({"--resolution-max", "0.5"});
     EXPECT_GT(limited["peaksOutsideLimits"].toInt(), 0);
     EXPECT_EQ(limited["peaksMerged"].toInt() + limited["peaksOutsideLimits"].toInt(), listLine.size() - 1);
+    // The threshold of the page in place of the one from the noise.
+    EXPECT_NE(merged({"--from", "peaks"})["peakThreshold"].toDouble(), 1);
+    EXPECT_EQ(merged({"--from", "peaks", "--window-defaults"})["peakThreshold"].toDouble(), 1);
 }
 
 TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
