@@ -179,13 +179,11 @@ TEST(TransformUnitCell, IdentityKeepsTheCellAndPrintsTheExactLine)
         ASSERT_TRUE(
             transformUnitCell(listFound, CMatrix3::identity(), space, listCell, report, "http://h/%3"));
         expectSame(listCell, listFound, 1e-8f);
-        ASSERT_EQ(report.m_listLine.size(), 1);
-        EXPECT_EQ(
-            report.m_listLine[0].toStdString(),
-            "<br>Transformed unit cell: a=10.000 Å, b=20.000 Å, c=25.000 Å, α= 90.00°, β= 90.00°, γ= 90.00°, "
-            "V=5000.0 Å³ <a href=\"http://h/%3/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams="
-            "10,20,25,90,90,90\">Test lattice type</a>");
-        EXPECT_EQ(report.m_listColor[0], Qt::black);
+        EXPECT_EQ(report.marked(),
+                  QStringList(
+                      "<br>Transformed unit cell: a=10.000 Å, b=20.000 Å, c=25.000 Å, α= 90.00°, β= 90.00°, "
+                      "γ= 90.00°, V=5000.0 Å³ <a href=\"http://h/%3/cctbx/cctbx_web.cgi?target_module="
+                      "lattice_symmetry&ucparams=10,20,25,90,90,90\">Test lattice type</a>"));
     }
 }
 
@@ -219,10 +217,9 @@ TEST(TransformUnitCell, SingularMissingAndHandTurningMatrices)
     EXPECT_EQ(listCell, listBefore);
     EXPECT_TRUE(transformUnitCell(listFound, matSingular, TransformationSpace::Reciprocal, listCell, report));
     EXPECT_EQ(listCell, (QList<Vec3D>{listFound[0], listFound[0], listFound[2]}));
-    EXPECT_EQ(report.m_listLine,
-              (QStringList{"Unit cell information is missing.", "TransformUnitCell: singlular matrix!",
-                           "Warning: co-planar reciprocal basis vectors!"}));
-    EXPECT_EQ(report.m_listColor, (QList<Qt::GlobalColor>{Qt::black, Qt::red, Qt::red}));
+    EXPECT_EQ(report.marked(),
+              (QStringList{"Unit cell information is missing.", "red TransformUnitCell: singlular matrix!",
+                           "red Warning: co-planar reciprocal basis vectors!"}));
     ASSERT_TRUE(transformUnitCell(listFound, matSwap, TransformationSpace::Real, listCell, report));
     expectSame(listCell, {listFound[1], listFound[0], listFound[2]}, 1e-8f);
 }

@@ -51,35 +51,6 @@ FramePositionGeometry geometryOfSeries()
 
 }  // namespace
 
-TEST(EwaldTilt, TheTiltSolvesTheConditionOfTheSphere)
-{
-    std::mt19937 generator(3);
-    std::uniform_real_distribution<float> uniform(-1.5f, 1.5f);
-    int nFound = 0;
-    for (int n = 0; n < 2000; ++n) {
-        const Vec3D g = n % 8 == 0   ? Vec3D{uniform(generator), uniform(generator), 0}
-                        : n % 8 == 1 ? Vec3D{uniform(generator), 0, uniform(generator)}
-                                     : Vec3D{uniform(generator), uniform(generator), uniform(generator)};
-        const double dfLambda = n % 2 ? 0.0251 : 1.5406, dfK = 1 / dfLambda;
-        double dfTilt = 1e9;
-        // Turned back by the tilt the point lies on the sphere about (0, 0, -1/λ): |g|² = -2·z/λ.
-        const double dfC = double(g.x) * double(g.x) + double(g.y) * double(g.y) + double(g.z) * double(g.z);
-        const double dfReach = 2 * dfK * std::hypot(double(g.y), double(g.z));
-        const bool bFound = calEwaldTilt(dfLambda, g, dfTilt);
-        if (std::fabs(dfC - dfReach) > 1e-5 * dfReach) {
-            ASSERT_EQ(bFound, dfC < dfReach) << g.x << ' ' << g.y << ' ' << g.z;
-        }
-        if (!bFound) {
-            EXPECT_EQ(dfTilt, 1e9);
-            continue;
-        }
-        ++nFound;
-        const double dfZ = -double(g.y) * std::sin(dfTilt) + double(g.z) * std::cos(dfTilt);
-        EXPECT_NEAR(-2 * dfK * dfZ, dfC, 1e-6 * (dfReach + 1)) << g.x << ' ' << g.y << ' ' << g.z;
-    }
-    EXPECT_GT(nFound, 1000);
-}
-
 // Solutions of the condition by acos about its maximum, in radians; where both lie inside ±π/2 the
 // lower one was found first.
 TEST(EwaldTilt, TheChoiceOfTheSolution)

@@ -74,22 +74,15 @@ TEST(ReflectionSet, AnswersWhatTheLinearSearchAnswers)
 {
     std::mt19937 generator(9);
     std::uniform_int_distribution<int> uniform(-12, 12);
-    QList<HKLRef> list{{2147483647, -2147483647 - 1, 0, 0}};
+    QList<HKLRef> list{{INT_MAX, INT_MIN, 0, 0}};
     for (int n = 0; n < 900; ++n)
         list.append({uniform(generator), uniform(generator), uniform(generator), 0});
     const CReflectionSet set(list);
-    CReflectionSet setGrown;
-    int nNew = 0;
-    EXPECT_FALSE(setGrown.contains(0, 0, 0));
-    for (const HKLRef& hkl : list)
-        nNew += setGrown.insert(hkl.nH, hkl.nK, hkl.nL);
-    EXPECT_EQ(nNew, set.size());
+    EXPECT_TRUE(set.contains(list[0]));
     for (int n = 0; n < 3000; ++n) {
         const HKLRef hkl{uniform(generator), uniform(generator), uniform(generator), 5};
         ASSERT_EQ(set.contains(hkl), reflectionExistInList(hkl, list));
-        ASSERT_EQ(setGrown.contains(hkl), set.contains(hkl));
     }
-    EXPECT_TRUE(set.contains(list[0]));
 }
 
 TEST(EffectiveDStar, ElementAtNinetyFivePercent)
