@@ -91,13 +91,25 @@ BENCHMARK(BM_CellSearch)
     ->Args({30, 2000})
     ->Unit(benchmark::kMillisecond);
 
-/// The edge in Å decides how far 20 000 reflections reach, and with it how many are neighbours.
+enum Points { OnTheLattice, WrongCell, NoLattice };
+
+/// The edge in Å decides how far 20 000 reflections reach, and with it how many are neighbours. A cell of
+/// wrong edges and points on no lattice leave most reflections to be tried again and again.
 void BM_Indexing(benchmark::State& state)
 {
     const float fEdge = float(state.range(0));
-    const QList<Peak3D> list = lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 17.5f / fEdge, 2e-4f, 20000);
+    const float fWrong = state.range(1) == WrongCell ? 1.37f : 1.004f;
+    QList<Peak3D> list = lattice(fEdge, fEdge * 1.1f, fEdge * 1.3f, 17.5f / fEdge, 2e-4f, 20000);
+    if (state.range(1) == NoLattice) {
+        std::mt19937 random(5);
+        std::uniform_real_distribution<float> place(-17.5f / fEdge, 17.5f / fEdge);
+        for (Peak3D& peak : list) {
+            peak.setPoint({place(random), place(random), place(random)});
+            peak.dfDStar = double(length(peak.point()));
+        }
+    }
     const QList<Vec3D> listBasis = {
-        {1.004f / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
+        {fWrong / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
     CRunReport report;
     for (auto _ : state) {
         QList<Peak3D> listIndexed = list;
@@ -106,6 +118,8 @@ void BM_Indexing(benchmark::State& state)
     }
     state.counters["reflections"] = list.size();
 }
-BENCHMARK(BM_Indexing)->Arg(10)->Arg(17)->Arg(30)->Arg(60)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Indexing)
+    ->ArgsProduct({{10, 17, 30, 60}, {OnTheLattice, WrongCell, NoLattice}})
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

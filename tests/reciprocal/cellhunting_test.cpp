@@ -2,31 +2,20 @@
 #include "reciprocal/basisvectors.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/plainloops.h"
-#include "reciprocal/runlog.h"
 #include "reciprocal/simulatedlattice.h"
+#include "recordingreport.h"
 
+#include "app/dataset/unitcellfile.h"
 #include "crystal/cellarithmetic.h"
 
 #include <gtest/gtest.h>
 
-#include <gemmi/cellred.hpp>
+#include <QTemporaryDir>
 
-#include <array>
+#include <QTemporaryDir>
 #include <limits>
 
 namespace {
-
-std::array<double, 6> niggliCell(const gemmi::UnitCell& cell, char cCentring)
-{
-    gemmi::GruberVector gruber(cell, cCentring);
-    gruber.niggli_reduce(1e-3);
-    return gruber.cell_parameters();
-}
-
-bool all(int, int, int)
-{
-    return true;
-}
 
 Peak3D vectorRecord(float fX, float fY, float fZ)
 {
@@ -83,17 +72,22 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
 {
     CRunReport report;
     const gemmi::UnitCell cell(8, 10, 12, 85, 95, 102);
-    const QList<Peak3D> listLattice = simulatedReflections(reciprocalBasis(cell), 0.3, 2e-3, all);
-    const auto wholeNumbers = [](QList<Peak3D> list, double dfFactor) {
-        for (Peak3D& peak : list)
-            peak.dfIPoint *= dfFactor;
-        return list;
-    };
-    const QList<Peak3D> aList[] = {
-        randomCloud(6000, 7), calDifferenceVectors(listLattice, 1 / 3.f, 1 / 30.f, report),
-        wholeNumbers(calDifferenceVectors(listLattice, 1 / 3.f, 1 / 30.f, report), 1.0 / 3),  // no floats
-    };
-    for (const QList<Peak3D>& list : aList)
+    const QList<Peak3D> listLattice = calDifferenceVectors(
+        simulatedReflections(reciprocalBasis(cell), 0.3, 2e-3, all), 1 / 3.f, 1 / 30.f, report);
+    QList<Peak3D> listNoFloats = listLattice;
+    for (Peak3D& peak : listNoFloats)
+        peak.dfIPoint /= 3;
+    // Weights of both signs and none, points that are no numbers, are endless or far away.
+    QList<Peak3D> listStrange = randomCloud(3000, 9);
+    for (int n = 0; n < listStrange.size(); n += 3)
+        listStrange[n].dfIPoint = n % 2 ? 0 : -listStrange[n].dfIPoint;
+    for (float f : {NAN, INFINITY, -INFINITY, 1e30f, 1e6f})
+        listStrange << vectorRecord(f, 0, 0) << vectorRecord(0.1f, f, -f);
+    QList<Peak3D> listDark = listStrange;
+    for (Peak3D& peak : listDark)
+        peak.dfIPoint = 0;
+    for (const QList<Peak3D>& list :
+         {randomCloud(6000, 7), listLattice, listNoFloats, listStrange, listDark, {}})
         for (float fTolerance : {0.01f, 0.03f, 0.3f, 0.f}) {
             if (fTolerance > 0.1f && list.size() > 10000)
                 continue;  // the plain walk would take minutes
@@ -102,24 +96,7 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
             ASSERT_EQ(listFast.size(), listPlain.size()) << fTolerance << " " << list.size();
             EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fTolerance << " " << list.size();
         }
-}
-
-TEST(AveragedVectors, StrangeInputEndsInSomeList)
-{
-    CRunReport report;
-    const float fNaN = std::numeric_limits<float>::quiet_NaN();
-    const float fInf = std::numeric_limits<float>::infinity();
-    QList<Peak3D> list = randomCloud(50, 1);
-    for (float f : {fNaN, fInf, -fInf, 1e30f, -1e30f})
-        list.append({vectorRecord(f, 0, 0), vectorRecord(0.1f, f, f)});
-    list.append(vectorRecord(1e6f, 1e6f, -1e6f));
-    EXPECT_GT(averageDifferenceVectors(list, 0.01f, report).size(), 0);
-    for (Peak3D& peak : list)
-        peak.dfIPoint = 0;
-    averageDifferenceVectors(list, 0.01f, report);
-    EXPECT_TRUE(averageDifferenceVectors({}, 0.01f, report).isEmpty());
-    const QList<Peak3D> listVector = calDifferenceVectors(list, 1, 0.01f, report);
-    for (const Peak3D& peak : listVector)
+    for (const Peak3D& peak : calDifferenceVectors(listStrange, 1, 0.01f, report))
         EXPECT_TRUE(std::isfinite(peak.fX3D));
 }
 
@@ -134,77 +111,115 @@ TEST(BasisVectors, AreShortestAcuteAndRightHanded)
     EXPECT_EQ(list[2], Vec3D({0.02f, 0, -0.15f}));
     EXPECT_GT(dot(cross(list[0], list[1]), list[2]), 0);
 
-    list =
-        findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0), vectorRecord(0.1f, 0.2f, 0)});
-    EXPECT_EQ(list.size(), 2);  // one plane
     list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0.2f, 0, 0), vectorRecord(-0.3f, 0, 0)});
     ASSERT_EQ(list.size(), 2);  // one line: the last one tried, as it stands
     EXPECT_EQ(list[1], Vec3D({-0.3f, 0, 0}));
     EXPECT_TRUE(findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0)}).isEmpty());
 }
 
-TEST(CellHunting, FindsTheReducedCellOfSimulatedCrystals)
+TEST(BasisVectors, LieWithinTheLimits)
+{
+    const auto at = [](double dfAngle, double dfHeight, float fLength) {
+        const float fFlat = float(std::sqrt(1 - dfHeight * dfHeight)) * fLength;
+        return vectorRecord(fFlat * float(std::cos(dfAngle * M_PI / 180)),
+                            fFlat * float(std::sin(dfAngle * M_PI / 180)), float(dfHeight) * fLength);
+    };
+    for (double dfAngle : {29.0, 31.0, 149.0, 151.0}) {
+        const Peak3D second = at(dfAngle, 0, 0.2f);
+        const QList<Vec3D> list = findBasisVectors({at(0, 0, 0.1f), second, at(90, 0, 0.3f), at(0, 1, 0.4f)});
+        ASSERT_EQ(list.size(), 3);
+        EXPECT_EQ(std::min(length(list[1]), length(list[2])) < 0.25f, dfAngle > 30 && dfAngle < 150)
+            << dfAngle;
+    }
+    for (double dfTriple : {0.19, 0.21, -0.21, -0.19}) {  // with a and b at right angles it is the height
+        const QList<Vec3D> list = findBasisVectors({at(0, 0, 0.1f), at(90, 0, 0.2f), at(45, dfTriple, 0.3f)});
+        EXPECT_EQ(list.size(), std::fabs(dfTriple) > 0.2 ? 3 : 2) << dfTriple;
+    }
+}
+
+// Each vector must be an allowed reflection, and the three must span the whole lattice, no more and no less.
+TEST(CellHunting, FindsABasisOfSimulatedCrystals)
 {
     const struct {
-        double a, b, c, al, be, ga;
+        gemmi::UnitCell cell;
         char cCentring;
         double dfNoise;
-    } aRow[] = {{7.3, 9.1, 12.4, 81, 77, 68, 'P', 0},      {7.3, 9.1, 12.4, 81, 77, 68, 'P', 1.5e-3},
-                {11.2, 7.7, 14.3, 90, 106, 90, 'C', 1e-3}, {10.9, 10.9, 10.9, 90, 90, 90, 'F', 1e-3},
-                {9.2, 10.4, 15.1, 90, 90, 90, 'I', 1e-3},  {5.2, 5.2, 14.1, 90, 90, 120, 'P', 1e-3}};
+        int nDeterminant;
+    } aRow[] = {
+        {{7.3, 9.1, 12.4, 81, 77, 68}, 'P', 0, 1},      {{7.3, 9.1, 12.4, 81, 77, 68}, 'P', 1.5e-3, 1},
+        {{11.2, 7.7, 14.3, 90, 106, 90}, 'C', 1e-3, 2}, {{10.9, 10.9, 10.9, 90, 90, 90}, 'F', 1e-3, 4},
+        {{9.2, 10.4, 15.1, 90, 90, 90}, 'I', 1e-3, 2},  {{5.2, 5.2, 14.1, 90, 90, 120}, 'P', 1e-3, 1}};
     for (const auto& row : aRow) {
-        const gemmi::UnitCell cell(row.a, row.b, row.c, row.al, row.be, row.ga);
         const auto allowed = [&](int h, int k, int l) {
             const bool bSame = (h + k) % 2 == 0 && (k + l) % 2 == 0;
             return row.cCentring == 'C'   ? (h + k) % 2 == 0
                    : row.cCentring == 'I' ? (h + k + l) % 2 == 0
                                           : row.cCentring == 'P' || bSame;
         };
+        const QList<Vec3D> listTruth = reciprocalBasis(row.cell);
         DataSet data;
-        CRunLog log;
-        const QList<Peak3D> list = simulatedReflections(reciprocalBasis(cell), 0.6, row.dfNoise, allowed);
-        ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
-        ASSERT_EQ(data.m_listCell.size(), 3);
+        CRecordingReport log;
+        ASSERT_TRUE(runUnitCellHunting(data, simulatedReflections(listTruth, 0.6, row.dfNoise, allowed),
+                                       CellHuntingParameters(), log, false));
         EXPECT_TRUE(data.m_listCell == data.m_listCellFound);
-        EXPECT_GT(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2]), 0);
-        double a, b, c, al, be, ga;
-        ASSERT_TRUE(cellParametersFromList(data.m_listCell, a, b, c, al, be, ga));
-        const std::array<double, 6> aFound = niggliCell(gemmi::UnitCell(a, b, c, al, be, ga), 'P');
-        const std::array<double, 6> aTruth = niggliCell(cell, row.cCentring);
-        for (size_t n = 0; n < 3; ++n)
-            EXPECT_NEAR(aFound[n], aTruth[n], 0.01 * aTruth[n]) << row.cCentring << row.a;
-        // Noise moves the angles of a centred cell between equivalent reduced cells; but each vector must be
-        // an allowed reflection, and the three must span the whole lattice, no more and no less.
-        const QList<Vec3D> listTruth = reciprocalBasis(cell);
         CBasisSolver solver;
         solver.setBasis(listTruth[0], listTruth[1], listTruth[2]);
         gemmi::Mat33 matIndex;
         for (int n = 0; n < 3; ++n) {
-            const Vec3D hkl = solver.solve(data.m_listCell[n]);
-            EXPECT_TRUE(isCloseToInteger(hkl, 0.03f)) << row.cCentring << row.a;
-            EXPECT_TRUE(
-                allowed(roundIndex(double(hkl.x)), roundIndex(double(hkl.y)), roundIndex(double(hkl.z))));
-            matIndex[n][0] = roundedIndex(double(hkl.x));
-            matIndex[n][1] = roundedIndex(double(hkl.y));
-            matIndex[n][2] = roundedIndex(double(hkl.z));
+            const Vec3D hkl = solver.solve(data.m_listCell.value(n));
+            EXPECT_TRUE(isCloseToInteger(hkl, 0.03f)) << row.cCentring << row.cell.a;
+            const int aIndex[] = {roundIndex(double(hkl.x)), roundIndex(double(hkl.y)),
+                                  roundIndex(double(hkl.z))};
+            EXPECT_TRUE(allowed(aIndex[0], aIndex[1], aIndex[2]));
+            for (int i = 0; i < 3; ++i)
+                matIndex[n][i] = aIndex[i];
         }
-        EXPECT_EQ(matIndex.determinant(), row.cCentring == 'P' ? 1 : row.cCentring == 'F' ? 4 : 2);
-        ASSERT_EQ(log.m_listLine.size(), 4);
-        EXPECT_TRUE(log.m_listLine[0].endsWith(">Calculating difference vectors..."));
-        EXPECT_TRUE(log.m_listLine[3].contains("Found unit cell: a="));
-        EXPECT_EQ(log.m_listColor[1], Qt::blue);
+        EXPECT_EQ(matIndex.determinant(), row.nDeterminant)
+            << row.cCentring << row.cell.a;  // right-handed, too
+        EXPECT_TRUE(log.log().startsWith("blue >Calculating difference vectors...\nblue >Total difference"));
+        EXPECT_TRUE(log.m_listLine.last().contains("Found unit cell: a="));
+    }
+}
+
+// Pairs far apart from each other, so that each gives one vector of the search.
+TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
+{
+    for (float fApart : {0.0095f, 0.0105f}) {
+        QList<Peak3D> listPair;
+        for (const Vec3D& v : {Vec3D{0.1f, 0, 0}, {0.1f, fApart, 0}, {0, 0.2f, 0}, {0, 0, 0.3f}}) {
+            const Vec3D vecFrom = {float(listPair.size()), 0, 0};
+            for (const Vec3D& vecEnd : {vecFrom, vecFrom + v})
+                listPair.append(vectorRecord(vecEnd.x, vecEnd.y, vecEnd.z));
+        }
+        DataSet data;
+        CRecordingReport log;
+        ASSERT_TRUE(runUnitCellHunting(data, listPair, CellHuntingParameters(), log, false));
+        EXPECT_NEAR(std::fabs(data.m_listCell[0].y), fApart < 0.01f ? fApart / 2 : 0, 1e-6) << fApart;
     }
 }
 
 TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
 {
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(8, 11, 5, 90, 90, 100));
-    DataSet data;
-    CRunLog log;
-    ASSERT_TRUE(runUnitCellHunting(
-        data, simulatedReflections(listBasis, 0.7, 0, [](int, int, int l) { return l == 0; }),
-        CellHuntingParameters(), log, false));
-    EXPECT_NEAR(length(data.m_listCell[2] - cross(data.m_listCell[0], data.m_listCell[1])), 0, 1e-9);
+    QTemporaryDir dir;
+    for (const QString& strDir :
+         {dir.path(), dir.path() + "/none"}) {  // and the cell goes to a file, or the log
+        DataSet data;
+        data.m_strProjectDir = strDir;
+        data.m_strProjectName = "series";
+        CRecordingReport log;
+        ASSERT_TRUE(runUnitCellHunting(
+            data, simulatedReflections(listBasis, 0.7, 0, [](int, int, int l) { return l == 0; }),
+            CellHuntingParameters(), log, true));
+        EXPECT_NEAR(length(data.m_listCell[2] - cross(data.m_listCell[0], data.m_listCell[1])), 0, 1e-9);
+        const QList<Vec3D> listRead = readUnitCellFile(strDir + "/series.uc");
+        const bool bWritten = strDir == dir.path();
+        ASSERT_EQ(listRead.size(), bWritten ? 3 : 0);
+        for (int n = 0; n < listRead.size(); ++n)
+            EXPECT_LT(length(listRead[n] - data.m_listCell[n]), 1e-5f);
+        EXPECT_EQ(log.said(">Failed to save file: " + strDir + "/series.uc"), !bWritten);
+        EXPECT_EQ(log.m_listColor.count(Qt::red), bWritten ? 0 : 2);  // the last one says why
+    }
 }
 
 TEST(CellHunting, WithoutAResultTheFormerCellStays)
@@ -216,21 +231,46 @@ TEST(CellHunting, WithoutAResultTheFormerCellStays)
     QList<Peak3D> listDark = listLattice;
     for (Peak3D& peak : listDark)
         peak.dfIPoint = 0;
-    CRunLog logStop;
+    CRecordingReport logStop;
     logStop.m_nStopAfter = 2;
     const struct {
         QList<Peak3D> list;
-        CRunLog log;
+        CRecordingReport log;
         const char* szLine;
-    } aRow[] = {{{}, CRunLog(), "> No reflections were selected for unit cell hunting."},
-                {listLattice.mid(0, 2), CRunLog(), "Unit cell not found."},
-                {listDark, CRunLog(), "Unit cell not found."},
+    } aRow[] = {{{}, CRecordingReport(), "> No reflections were selected for unit cell hunting."},
+                {listLattice.mid(0, 2), CRecordingReport(), "Unit cell not found."},
+                {listDark, CRecordingReport(), "Unit cell not found."},
                 {listLattice, logStop, ">Calculating difference vectors..."}};
     for (auto row : aRow) {
         EXPECT_FALSE(runUnitCellHunting(data, row.list, CellHuntingParameters(), row.log, true));
         EXPECT_TRUE(row.log.m_listLine.last().endsWith(row.szLine)) << row.szLine;
         EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
     }
+}
+
+TEST(CellHunting, CommitsATransformedCellToListsAndFile)
+{
+    QTemporaryDir dir;
+    DataSet data;
+    data.m_strProjectDir = dir.path();
+    data.m_strProjectName = "p";
+    data.m_listCellFound = reciprocalBasis(gemmi::UnitCell(5, 6, 7, 90, 90, 90));
+    data.m_vecPeakIndexedOnFrame = {{Peak3D()}};
+    data.m_vecReflectionFrame = {3};
+    CRecordingReport log;
+    EXPECT_FALSE(commitTransformedCell(data, log));
+    EXPECT_EQ(data.m_vecPeakIndexedOnFrame.size(), 1);
+    data.m_listCell = reciprocalBasis(gemmi::UnitCell(10, 6, 7, 90, 90, 90));
+    EXPECT_TRUE(commitTransformedCell(data, log));
+    EXPECT_EQ(data.m_listCellFound, data.m_listCell);
+    EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty() && data.m_vecReflectionFrame.empty());
+    const QList<Vec3D> listFile = readUnitCellFile(dir.filePath("p.uc"));
+    ASSERT_EQ(listFile.size(), 3);
+    EXPECT_NEAR(length(listFile[0] - data.m_listCell[0]), 0, 1e-7f);
+    EXPECT_TRUE(log.m_listLine.isEmpty());
+    data.m_strProjectDir = dir.filePath("none");
+    EXPECT_TRUE(commitTransformedCell(data, log));
+    EXPECT_TRUE(log.log().startsWith("red >Failed to save file: "));
 }
 
 TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)
@@ -243,7 +283,7 @@ TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)
     const QList<Peak3D> listMerged = {withID(7), withID(0), withID(3), withID(2000000000)};
     const QList<Peak3D> listView = {withID(3), withID(-4), withID(5), withID(7), withID(0)};
     QList<Peak3D> list;
-    CRunLog log;
+    CRecordingReport log;
     ASSERT_TRUE(selectReflectionsForProcessing(listMerged, listView, {0, 1, 2, 3, 99, -1}, list, log));
     ASSERT_EQ(list.size(), 2);
     EXPECT_EQ(list[0].nID, 7);

@@ -1,6 +1,6 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/outsiders.h"
-#include "reciprocal/runlog.h"
+#include "recordingreport.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,6 @@
 #include <limits>
 
 namespace {
-
-constexpr double g_dfPi = 3.141592653589793;
 
 DataSet seriesOf(int nFrames)
 {
@@ -29,6 +27,7 @@ Peak3D peakAt(double dfX, double dfY)
     Peak3D peak;
     peak.dfX2D = dfX;
     peak.dfY2D = dfY;
+    peak.setHKL(1, 2, 3);
     return peak;
 }
 
@@ -44,81 +43,67 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
             data.m_dfTiltRelaxation = dfRelaxation;
             for (int n = 0; n < 10; ++n)
                 for (double dfX : {3.0, 212.0, 513.0, 1020.0})
-                    for (double dfY : {9.0, 499.0, 777.0}) {
+                    for (double dfY : {9.0, 499.0, 777.0})
                         data.m_listPeakFrame[n].append(peakAt(dfX, dfY));
-                        data.m_listPeakFrame[n].last().setHKL(1, 2, 3);
-                    }
-            CRunLog log;
+            CRecordingReport log;
             ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), log));
             for (int n = 0; n < 10; ++n) {
                 ASSERT_EQ(data.m_listPeakFrame[n].size(), 12);
                 for (const Peak3D& peak : data.m_listPeakFrame[n]) {
                     const double dfX = (peak.dfX2D - 512.25 - 0.5 * n) * data.m_dfPixelSize;
                     const double dfY = (peak.dfY2D - 500.5 + 0.25 * n) * data.m_dfPixelSize;
-                    const double dfR = std::hypot(dfX, dfY);
-                    const double dfTwoTheta = std::atan(dfR * data.m_dfWavelength);
+                    const double dfTwoTheta = std::atan(std::hypot(dfX, dfY) * data.m_dfWavelength);
                     const double dfLength = 2 * std::sin(dfTwoTheta / 2) / data.m_dfWavelength;
                     const double dfInPlane = std::sin(dfTwoTheta) / data.m_dfWavelength;
-                    const double dfAzimuth = std::atan2(dfY, dfX) + dfAxis * g_dfPi / 180;
+                    const double dfAzimuth = std::atan2(dfY, dfX) + dfAxis * M_PI / 180;
                     const double dfLift = dfLength * std::sin(dfTwoTheta / 2);
-                    const double dfTilt = (-20 + 3.5 * n + n * dfRelaxation / 10) * g_dfPi / 180;
+                    const double dfTilt = (-20 + 3.5 * n + n * dfRelaxation / 10) * M_PI / 180;
                     const double dfFlatY = dfInPlane * std::sin(dfAzimuth);
                     EXPECT_NEAR(peak.fX3D, dfInPlane * std::cos(dfAzimuth), 8e-6);  // float step at 1/λ: 4e-6
                     EXPECT_NEAR(peak.fY3D, dfFlatY * std::cos(dfTilt) - dfLift * std::sin(dfTilt), 8e-6);
                     EXPECT_NEAR(peak.fZ3D, dfFlatY * std::sin(dfTilt) + dfLift * std::cos(dfTilt), 8e-6);
                     EXPECT_NEAR(peak.dfDStar, dfLength, 8e-6);
                     EXPECT_EQ(peak.dfFrameTilt, -20 + 3.5 * n);
-                    EXPECT_EQ(peak.dfH, 0);
+                    EXPECT_EQ(std::fabs(peak.dfH) + std::fabs(peak.dfK) + std::fabs(peak.dfL), 0);
                 }
             }
         }
 }
 
-TEST(Mapping, TheDirectBeamIsTheOriginAndTheAxesPointAsSeen)
+// The direct beam is the origin whatever the wavelength; with none, all else is nothing to show.
+TEST(Mapping, TheDirectBeamIsTheOrigin)
 {
-    DataSet data = seriesOf(1);
-    data.m_listOverallTilt = {0};
-    data.m_listPeakFrame[0] = {peakAt(512.25, 500.5), peakAt(712.25, 500.5), peakAt(512.25, 700.5)};
-    CRunLog log;
-    ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), log));
-    const QList<Peak3D>& list = data.m_listPeakFrame[0];
-    EXPECT_EQ(list[0].point(), Vec3D());
-    EXPECT_EQ(list[0].dfDStar, 0);
-    EXPECT_GT(list[1].fX3D, 0.19f);
-    EXPECT_EQ(list[1].fY3D, 0);
-    EXPECT_NEAR(list[1].fZ3D, 0.2 * 0.2 * 0.0251 / 2, 1e-5);
-    EXPECT_GT(list[2].fY3D, 0.19f);
+    for (double dfWavelength : {0.0251, 0.0}) {
+        DataSet data = seriesOf(1);
+        data.m_dfWavelength = dfWavelength;
+        data.m_listPeakFrame[0] = {peakAt(512.25, 500.5), peakAt(712.25, 500.5)};
+        CRecordingReport log;
+        ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), log));
+        const QList<Peak3D> listShown = showPeaksIn3D(data, MappingParameters());
+        ASSERT_EQ(listShown.size(), dfWavelength > 0 ? 2 : 1);
+        EXPECT_EQ(listShown[0].point(), Vec3D());
+        EXPECT_EQ(listShown[0].dfDStar, 0);
+    }
 }
 
 TEST(Mapping, ARefusalChangesNothing)
 {
-    const auto refused = [](DataSet data, const char* szPart) {
-        data.m_listPeakFrame[0].append(peakAt(1, 2));
-        data.m_listPeakFrame[0][0].setHKL(1, 2, 3);
-        CRunLog log;
-        EXPECT_FALSE(transformPeaksTo3D(data, MappingParameters(), log));
-        EXPECT_EQ(data.m_listPeakFrame[0][0].dfK, 2);
-        ASSERT_EQ(log.m_listLine.size(), 1);
-        EXPECT_TRUE(log.m_listLine[0].contains(szPart));
-        EXPECT_EQ(log.m_listColor[0], Qt::red);
-    };
-    DataSet dataShift = seriesOf(3);
+    DataSet dataShift = seriesOf(3), dataTilt = seriesOf(3);
     dataShift.m_listShift.removeLast();
-    refused(std::move(dataShift), "does not match that of the shift correction data. Stop.");
-    DataSet dataTilt = seriesOf(3);
     dataTilt.m_listOverallTilt.removeLast();
-    refused(std::move(dataTilt), "tilt angles");
-}
-
-TEST(Mapping, AWavelengthOfZeroLeavesNothingToShow)
-{
-    DataSet data = seriesOf(1);
-    data.m_dfWavelength = 0;
-    data.m_listPeakFrame[0] = {peakAt(100, 100)};
-    CRunLog log;
-    ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), log));
-    EXPECT_TRUE(showPeaksIn3D(data, MappingParameters()).isEmpty());
-    EXPECT_EQ(data.m_listPeakFrameShown.size(), 1);
+    const struct {
+        DataSet& data;
+        const char* szEnd;
+    } aRow[] = {{dataShift, "that of the shift correction data. Stop."},
+                {dataTilt, "that of the tilt angles. Stop."}};
+    for (const auto& row : aRow) {
+        row.data.m_listPeakFrame[0].append(peakAt(1, 2));
+        CRecordingReport log;
+        EXPECT_FALSE(transformPeaksTo3D(row.data, MappingParameters(), log));
+        EXPECT_EQ(row.data.m_listPeakFrame[0][0].dfK, 2);
+        EXPECT_EQ(log.log(),
+                  QStringLiteral("red The number of frames for peaks does not match ") + QString(row.szEnd));
+    }
 }
 
 TEST(Mapping, TheLimitsAreIncluded)
@@ -142,25 +127,21 @@ TEST(Mapping, TheLimitsAreIncluded)
 // An ellipse of half axes 1 + a and 1 - a, its long one turned counter-clockwise on the screen.
 TEST(Stretching, MakesAnEllipseTurnedAsSeenOnTheScreen)
 {
-    for (double dfAzimuth : {0.0, 30.0, 135.0}) {
-        const double dfRad = dfAzimuth * g_dfPi / 180;
-        const QPointF ptLong =
-            applyStretching(QPointF(10 * std::cos(dfRad), -10 * std::sin(dfRad)), 20, dfAzimuth);
-        const QPointF ptShort =
-            applyStretching(QPointF(10 * std::sin(dfRad), 10 * std::cos(dfRad)), 20, dfAzimuth);
-        EXPECT_NEAR(std::hypot(ptLong.x(), ptLong.y()), 12, 1e-12);
-        EXPECT_NEAR(std::hypot(ptShort.x(), ptShort.y()), 8, 1e-12);
-        EXPECT_NEAR(ptLong.x(), 12 * std::cos(dfRad), 1e-12);
-    }
-    DataSet data = seriesOf(1);
-    data.m_dfStretchAmplitude = 100;
-    data.m_listPeakFrame[0] = {peakAt(522.25, 500.5), peakAt(512.25, 510.5)};
-    MappingParameters parameters;
-    parameters.m_bApplyStretching = true;
-    CRunLog log;
-    ASSERT_TRUE(transformPeaksTo3D(data, parameters, log));
-    EXPECT_NEAR(data.m_listPeakFrame[0][0].dfX2DCorrected, 20, 1e-12);
-    EXPECT_NEAR(data.m_listPeakFrame[0][1].dfY2DCorrected, 0, 1e-12);
+    for (double dfAzimuth : {0.0, 30.0, 135.0})
+        for (double dfFrom : {0.0, 90.0}) {
+            const double dfRad = (dfAzimuth + dfFrom) * M_PI / 180;
+            DataSet data = seriesOf(1);
+            data.m_dfStretchAmplitude = 20;
+            data.m_dfStretchAzimuth = dfAzimuth;
+            data.m_listPeakFrame[0] = {peakAt(512.25 + 10 * std::cos(dfRad), 500.5 - 10 * std::sin(dfRad))};
+            MappingParameters parameters;
+            parameters.m_bApplyStretching = true;
+            CRecordingReport log;
+            ASSERT_TRUE(transformPeaksTo3D(data, parameters, log));
+            const double dfHalf = dfFrom > 0 ? 8 : 12;
+            EXPECT_NEAR(data.m_listPeakFrame[0][0].dfX2DCorrected, dfHalf * std::cos(dfRad), 1e-10);
+            EXPECT_NEAR(data.m_listPeakFrame[0][0].dfY2DCorrected, -dfHalf * std::sin(dfRad), 1e-10);
+        }
 }
 
 TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
@@ -169,7 +150,7 @@ TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
     for (double dfAxis : {-180.0, -135.0, -90.0, -30.0, 0.0, 45.0, 89.0, 90.0, 91.0, 180.0})
         for (double dfX : {-7.0, 0.0, 20.0})
             for (double dfY : {-11.0, 6.0}) {
-                const double dfRad = dfAxis * g_dfPi / 180;
+                const double dfRad = dfAxis * M_PI / 180;
                 const double dfAlong = dfX * std::cos(dfRad) - dfY * std::sin(dfRad);
                 const double dfAcross = std::fabs(dfX * std::sin(dfRad) + dfY * std::cos(dfRad));
                 const QPointF ptRaw = calPeak2DPosFrame(centres, 1, QPointF(dfX, dfY));
@@ -177,7 +158,7 @@ TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
                 EXPECT_EQ(calPeak2DPosCenterCorrected(centres, 1, ptRaw), QPointF(dfX, dfY));
                 EXPECT_NEAR(calDistanceToRotationAxis(centres, dfAxis, 1, ptRaw), dfAcross, 1e-4) << dfAxis;
                 EXPECT_NEAR(calAngleToRotationAxis(centres, dfAxis, 1, peakAt(ptRaw.x(), ptRaw.y())),
-                            std::atan2(dfAcross, std::fabs(dfAlong)) * 180 / g_dfPi, 1e-4)
+                            std::atan2(dfAcross, std::fabs(dfAlong)) * 180 / M_PI, 1e-4)
                     << dfAxis << " " << dfX << " " << dfY;
             }
     for (int nFrame : {-1, 2, std::numeric_limits<int>::max()}) {
@@ -197,14 +178,13 @@ TEST(Outsiders, TheWedgeHasTwoSidesAndAMargin)
                 {152.1, true}, {90, false},   {180, true},   {151.9, false}};
     for (const auto& row : aRow) {
         Peak3D peak;
-        peak.setPoint({0.3f, float(0.2 * std::cos(row.dfAngle * g_dfPi / 180)),
-                       float(0.2 * std::sin(row.dfAngle * g_dfPi / 180))});
+        peak.setPoint({0.3f, float(0.2 * std::cos(row.dfAngle * M_PI / 180)),
+                       float(0.2 * std::sin(row.dfAngle * M_PI / 180))});
         QList<Peak3D> list = {peak};
-        removeOutsiderReflections(list, {30, 0, -30}, {Vec3D(), Vec3D(), Vec3D()});
-        EXPECT_EQ(!list.isEmpty(), row.bInside) << row.dfAngle;
-        list = {peak};
         removeOutsiderReflections(list, {}, {Vec3D(), Vec3D(), Vec3D()});
         removeOutsiderReflections(list, {30, 0, -30}, {});
         EXPECT_EQ(list.size(), 1);
+        removeOutsiderReflections(list, {30, 0, -30}, {Vec3D(), Vec3D(), Vec3D()});
+        EXPECT_EQ(!list.isEmpty(), row.bInside) << row.dfAngle;
     }
 }

@@ -1,6 +1,6 @@
 #include "reciprocal/merging.h"
 #include "reciprocal/mapping.h"
-#include "reciprocal/runlog.h"
+#include "recordingreport.h"
 
 #include <gtest/gtest.h>
 
@@ -27,15 +27,14 @@ DataSet flatSeries(int nFrames)
 /// A peak at a place relative to the direct beam, with its point in units of pixels.
 void addPeak(DataSet& data, int nFrame, double dfX, double dfY, Vec3D vecPixels, double dfI2D)
 {
-    static int nID = 0;
-    nID = data.m_listPeakFrame[0].isEmpty() && nFrame == 0 ? 0 : nID + 1;
+    int nID = 0;
+    for (const QList<Peak3D>& listPeak : data.m_listPeakFrame)
+        nID += listPeak.size();
     Peak3D peak;
     peak.dfX2D = dfX + 100 + nFrame;
     peak.dfY2D = dfY + 200 + 2 * nFrame;
     peak.setPoint(scaled(vecPixels, 0.001f));
-    peak.dfDStar = double(length(peak.point()));
     peak.nFrame = nFrame;
-    peak.dfFrameTilt = nFrame;
     peak.dfI2D = dfI2D;
     peak.dfIPoint = 2 * dfI2D;
     peak.nID = nID;
@@ -43,20 +42,31 @@ void addPeak(DataSet& data, int nFrame, double dfX, double dfY, Vec3D vecPixels,
 }
 
 PeakMergingResult merge(DataSet& data, const PeakMergingParameters& parameters, CRunReport& report,
-                        const std::vector<char>& vecSelected = {})
+                        const std::vector<char>* pvecSelected = nullptr)
 {
     showPeaksIn3D(data, MappingParameters());
-    return peakReduction3D(data, parameters, vecSelected, report);
+    return peakReduction3D(data, parameters, pvecSelected, report);
 }
 
-/// The chains as lists of nID, found by the plain walk over all open chains.
-QList<QList<int>> plainChains(const DataSet& data, const PeakMergingParameters& parameters)
+QList<QList<int>> idsOf(const QList<QList<Peak3D>>& listChain)
+{
+    QList<QList<int>> listID;
+    for (const QList<Peak3D>& chain : listChain) {
+        listID.append(QList<int>());
+        for (const Peak3D& peak : chain)
+            listID.last().append(peak.nID);
+    }
+    return listID;
+}
+
+/// The chains, found by the plain walk over all open chains.
+QList<QList<Peak3D>> plainChains(const DataSet& data, const PeakMergingParameters& parameters)
 {
     QList<QList<Peak3D>> listOpen, listClosed;
     const int nFrames = data.m_listPeakFrameShown.size();
     for (int n = 0; n < nFrames; ++n) {
         const double dfTilt =
-            (data.m_listOverallTilt[n] + n * data.m_dfTiltRelaxation / nFrames) * 3.141592653589793 / 180;
+            (data.m_listOverallTilt[n] + n * data.m_dfTiltRelaxation / nFrames) * M_PI / 180;
         QList<QList<Peak3D>> listStay;
         for (const QList<Peak3D>& chain : listOpen) {
             const Peak3D& t = chain.last();
@@ -71,11 +81,10 @@ QList<QList<int>> plainChains(const DataSet& data, const PeakMergingParameters& 
             double dfBest = 1e100;
             int nBest = -1;
             for (int c = 0; c < listStay.size(); ++c) {
-                const Peak3D& t = listStay[c].last();
-                const double dfSquare =
-                    (q.dfX2D - t.dfX2D) * (q.dfX2D - t.dfX2D) + (q.dfY2D - t.dfY2D) * (q.dfY2D - t.dfY2D);
-                if (dfSquare < dfBest) {
-                    dfBest = dfSquare;
+                const double dfX = q.dfX2D - listStay[c].last().dfX2D;
+                const double dfY = q.dfY2D - listStay[c].last().dfY2D;
+                if (dfX * dfX + dfY * dfY < dfBest) {
+                    dfBest = dfX * dfX + dfY * dfY;
                     nBest = c;
                 }
             }
@@ -85,13 +94,7 @@ QList<QList<int>> plainChains(const DataSet& data, const PeakMergingParameters& 
                 listOpen.append({q});
         }
     }
-    QList<QList<int>> listID;
-    for (const QList<Peak3D>& chain : listClosed + listOpen) {
-        listID.append(QList<int>());
-        for (const Peak3D& peak : chain)
-            listID.last().append(peak.nID);
-    }
-    return listID;
+    return listClosed + listOpen;
 }
 
 }  // namespace
@@ -108,59 +111,100 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 1, 15, 10, {12, 12, 0}, 0);  // exactly 5 pixels from the chain's end: not near enough
     addPeak(data, 2, 52, 50, {90, 50, 0}, 1);
     addPeak(data, 2, 12, 10, {12, 14, 0}, 6);
-    addPeak(data, 2, 12, 12, {12, 14, 0}, -5);     // joins the same chain; a weight below 0 doesn't count
-    addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: outside the limits
-    CRunLog log;
+    addPeak(data, 2, 12, 12, {12, 14, 0}, -5);     // below the least intensity
+    addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: above the greatest
+    CRecordingReport log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
     ASSERT_TRUE(result.bFinished);
     EXPECT_EQ(data.m_nIntensityMode, 1);
-    ASSERT_EQ(data.m_listPeakChain.size(), 4);
-    EXPECT_EQ(data.m_listPeakChain[0].size(), 1);  // closed first
+    EXPECT_EQ(idsOf(data.m_listPeakChain), QList<QList<int>>({{2}, {0, 4, 7}, {1, 3, 6}, {5}}));
     EXPECT_EQ(data.m_listPeakChain[0][0].dfX2D, -30);
-    EXPECT_EQ(data.m_listPeakChain[1].size(), 3);
-    EXPECT_EQ(data.m_listPeakChain[1].last().dfI2D, 6);
-
-    // The last peak lay below the intensity minimum of 0 and was not merged either.
     EXPECT_EQ(result.nOutsideLimits, 2);
-    const int nLine = log.find("2 peaks lie outside the intensity or resolution limits");
-    ASSERT_GE(nLine, 0);
-    EXPECT_EQ(log.m_listLine.last(), "8 peaks in 4 chains found. 5 peaks remained after merging.");
-    EXPECT_EQ(nLine, log.m_listLine.size() - 2);
+    EXPECT_EQ(log.m_listLine.mid(log.m_listLine.size() - 2),
+              QStringList({"2 peaks lie outside the intensity or resolution limits and were not merged.",
+                           "8 peaks in 4 chains found. 5 peaks remained after merging."}));
 
     ASSERT_EQ(data.m_listPeakMerged.size(), 2);  // the chain of weight 0 yields nothing
-    const Peak3D& merged = data.m_listPeakMerged[1];
-    EXPECT_EQ(merged.nID, 1);
-    EXPECT_EQ(merged.nFrame, 1);  // the first of the equally strong
-    EXPECT_EQ(merged.dfX2D, 11 + 101);
-    EXPECT_EQ(merged.dfY2D, 10 + 202);
-    EXPECT_EQ(merged.dfIPoint, 6);
-    EXPECT_EQ(merged.dfI2D, 0);
-    EXPECT_NEAR(merged.fX3D, 0.001 * (4 * 10 + 6 * 11 + 6 * 12) / 16, 1e-8);
-    EXPECT_NEAR(merged.fY3D, 0.001 * (4 * 10 + 6 * 12 + 6 * 14) / 16, 1e-8);
-    EXPECT_NEAR(merged.dfDStar, std::hypot(merged.fX3D, merged.fY3D), 1e-8);
+    EXPECT_EQ(data.m_listPeakMerged[1].nID, 1);
+    EXPECT_GT(data.m_listPeakMerged[1].dfFrameFit, 0);  // the curves were fitted
     EXPECT_EQ(result.listStreakIndex, QList<int>({2, 3, 4}));
     ASSERT_EQ(data.m_listPeakMergedShown.size(), 5);
     EXPECT_EQ(data.m_listPeakMergedShown[3].dfX2D, 51 + 101);
     EXPECT_EQ(data.m_listPeakMergedShown[3].nID, 2);
 }
 
-TEST(Merging, TheIntegralThroughTheFramesIsATrapezoid)
+// A chain whose two intensities have nothing to do with each other and whose tilt jumps back.
+TEST(Merging, EveryWayOfReducingAChain)
 {
-    DataSet data = flatSeries(3);
-    addPeak(data, 0, 0, 0, {0, 0, 0}, 2);
-    addPeak(data, 1, 0, 0, {3, 4, 0}, 8);
-    addPeak(data, 2, 0, 0, {3, 4, 5}, 4);
-    addPeak(data, 2, 50, 0, {50, 0, 0}, 4);  // a chain of one has no path
-    PeakMergingParameters parameters;
-    parameters.m_bIntegrateThroughFrames = true;
-    CRunLog log;
-    for (bool b2D : {true, false}) {
-        parameters.m_bIntegrate2D = b2D;
+    QList<Peak3D> list;
+    const struct {
+        double dfTilt, dfI2D, dfIPoint;
+        Vec3D vecPoint;
+    } aPeak[] = {{-3, 2, 7, {0, 0, 0}}, {5, 8, 1, {3, 4, 0}}, {-1, 8, 3, {3, 4, 12}}, {7, -9, -2, {9, 9, 9}}};
+    for (const auto& peak : aPeak) {
+        Peak3D member;
+        member.setPoint(peak.vecPoint);
+        member.dfI2D = peak.dfI2D;
+        member.dfIPoint = peak.dfIPoint;
+        member.dfFrameTilt = peak.dfTilt;
+        member.nFrame = list.size();
+        member.dfX2D = member.dfX2DCorrected = 10 + list.size();
+        member.dfY2D = member.dfY2DCorrected = 20 + list.size();
+        member.nID = member.nRGroup = 6;
+        member.setHKL(1, 2, 3);
+        list.append(member);
+    }
+    const BeamCentres centres = {{QPointF(), QPointF(1, 2), QPointF(), QPointF()}, 100, 200};
+    const QList<Peak3D> listThree = list.mid(0, 3);
+    const auto path = [](double dfA, double dfC,
+                         double dfB) {  // 13 to the third peak, 12 from it to the second
+        return 100 * ((dfA + dfC) * 13 / 2 + (dfC + dfB) * 12 / 2);
+    };
+    const struct {
+        bool bLine;
+        int nMode;
+        QList<Peak3D> list;
+        double dfI, dfZ;
+        int nBest;
+    } aRow[] = {{false, 1, list, 8, 8 * 12 / 18.0, 1},
+                {false, 0, list, 7, 3 * 12 / 11.0, 0},
+                {true, 1, listThree, path(2, 8, 8), 36 / 11.0, 0},
+                {true, 0, listThree, path(7, 3, 1), 36 / 11.0, 0}};
+    for (const auto& row : aRow) {
+        Peak3D merged;
+        merged.setHKL(9, 9, 9);
+        ASSERT_TRUE((row.bLine ? mergeReflectionsLineIntegration : mergeReflectionsMax)(merged, row.list,
+                                                                                        centres, row.nMode));
+        const Peak3D& best = list[row.nBest];
+        EXPECT_NEAR(merged.dfIPoint, row.dfI, 1e-3) << row.bLine << row.nMode;
+        EXPECT_NEAR(merged.fZ3D, row.dfZ, 1e-5) << row.bLine << row.nMode;
+        EXPECT_NEAR(merged.dfDStar, length(merged.point()), 1e-6);
+        EXPECT_EQ(merged.nFrame, best.nFrame);  // the first of the equally strong
+        EXPECT_EQ(merged.dfFrameTilt, best.dfFrameTilt);
+        EXPECT_EQ(merged.dfX2D, best.dfX2D + 100 + centres.m_listShift[row.nBest].x());
+        EXPECT_EQ(merged.dfY2D, best.dfY2D + 200 + centres.m_listShift[row.nBest].y());
+        EXPECT_EQ(merged.dfX2DCorrected, best.dfX2DCorrected);
+        EXPECT_EQ(merged.dfY2DCorrected, best.dfY2DCorrected);
+        EXPECT_EQ(merged.dfI2D + merged.dfH + merged.dfK + merged.dfL + merged.nID + merged.nRGroup, 0);
+    }
+    Peak3D merged;
+    EXPECT_FALSE(mergeReflectionsLineIntegration(merged, list.mid(0, 1), centres, 0));
+    EXPECT_TRUE(mergeReflectionsMax(merged, list.mid(0, 1), centres, 0));
+    EXPECT_FALSE(mergeReflectionsMax(merged, list.mid(3), centres, 1));
+
+    // And the merge takes the way that the page asks for.
+    for (int n = 0; n < 4; ++n) {
+        DataSet data = flatSeries(2);
+        addPeak(data, 0, 0, 0, {0, 0, 0}, 5);
+        addPeak(data, 1, 0, 0, {4, 0, 0}, 1);
+        data.m_listPeakFrame[1][0].dfIPoint = 30;
+        PeakMergingParameters parameters;
+        parameters.m_bIntegrateThroughFrames = n & 2;
+        parameters.m_bIntegrate2D = n & 1;
+        CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
-        ASSERT_EQ(data.m_listPeakMerged.size(), 1);
-        // Steps of 5 pixels each; dfIPoint is twice dfI2D.
-        EXPECT_NEAR(data.m_listPeakMerged[0].dfIPoint, 100 * 0.005 * (5 + 6) * (b2D ? 1 : 2), 1e-5);
-        EXPECT_NEAR(data.m_listPeakMerged[0].fX3D, 0.001 * (8 * 3 + 4 * 3) / 14, 1e-8);
+        const double aIntensity[] = {30, 5, 100 * 0.004 * 40 / 2, 100 * 0.004 * 6 / 2};
+        EXPECT_NEAR(data.m_listPeakMerged.value(0).dfIPoint, aIntensity[n], 1e-5) << n;
     }
 }
 
@@ -169,8 +213,9 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
     // Binary fractions, so that a length of exactly the limit is one.
     const struct {
         float fLength;
+        double dfMin, dfMax;
         int nMerged, nShown;
-    } aRow[] = {{16, 1, 1}, {16.001f, 0, 2}, {0, 1, 1}};
+    } aRow[] = {{16, 0, 16, 1, 1}, {16.001f, 0, 16, 0, 2}, {0, 0, 16, 1, 1}, {16, 20, 30, 0, 0}};
     for (const auto& row : aRow) {
         DataSet data = flatSeries(2);
         data.m_dfPixelSize = 1.0 / 1024;
@@ -179,18 +224,13 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
             data.m_listPeakFrame[n][0].setPoint({n * row.fLength / 1024, 0, 0});
         }
         PeakMergingParameters parameters;
-        parameters.m_dfMax3DLength = 16;
-        CRunLog log;
+        parameters.m_dfMin2DLength = row.dfMin;
+        parameters.m_dfMax3DLength = row.dfMax;
+        CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
         EXPECT_EQ(data.m_listPeakMerged.size(), row.nMerged) << row.fLength;
         EXPECT_EQ(data.m_listPeakMergedShown.size(), row.nShown);
-
-        parameters.m_dfMin2DLength = 20;
-        parameters.m_dfMax3DLength = 30;
-        ASSERT_TRUE(merge(data, parameters, log).bFinished);
-        EXPECT_TRUE(data.m_listPeakMergedShown.isEmpty());
-        EXPECT_GE(log.find("Abnormal chain length: "), 0);
-        EXPECT_GE(log.find(QStringLiteral(", min:%1").arg(20.0 / 1024)), 0);
+        EXPECT_EQ(log.said("Abnormal chain length: 0.015625, min:0.0195313"), row.dfMin > row.fLength);
     }
 }
 
@@ -208,15 +248,9 @@ TEST(Merging, FastMatchingFindsTheChainsOfThePlainWalk)
         }
         PeakMergingParameters parameters;
         parameters.m_dfMax2DDistance = dfMax2D;
-        CRunLog log;
+        CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
-        QList<QList<int>> listID;
-        for (const QList<Peak3D>& chain : data.m_listPeakChain) {
-            listID.append(QList<int>());
-            for (const Peak3D& peak : chain)
-                listID.last().append(peak.nID);
-        }
-        EXPECT_TRUE(listID == plainChains(data, parameters)) << dfMax2D;
+        EXPECT_TRUE(idsOf(data.m_listPeakChain) == idsOf(plainChains(data, parameters))) << dfMax2D;
     }
 }
 
@@ -226,20 +260,25 @@ TEST(Merging, SelectionStopAndRefusal)
     addPeak(data, 0, 0, 0, {}, 1);
     addPeak(data, 0, 50, 0, {}, 1);
     addPeak(data, 1, 90, 0, {}, 1);
-    data.m_listPeakFrame[1][0].nID = 1000000;  // no flag: kept out
-    CRunLog log;
-    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, {0, 1, 1}).bFinished);
-    ASSERT_EQ(data.m_listPeakMerged.size(), 1);
+    data.m_listPeakFrame[1][0].nID = 1000000;
+    const std::vector<char> vecSome = {0, 1, 1}, vecNone;
+    const struct {
+        const std::vector<char>* pvecSelected;
+        int nMerged;
+    } aRow[] = {{nullptr, 3}, {&vecNone, 0}, {&vecSome, 1}};  // an nID without a flag is kept out
+    CRecordingReport log;
+    for (const auto& row : aRow) {
+        ASSERT_TRUE(merge(data, PeakMergingParameters(), log, row.pvecSelected).bFinished);
+        EXPECT_EQ(data.m_listPeakMerged.size(), row.nMerged);
+    }
     EXPECT_EQ(data.m_listPeakMerged[0].dfX2D, 150);
-    EXPECT_EQ(log.find("outside"), -1);
-    EXPECT_EQ(data.m_listPeakMerged[0].dfFrameFit, 1);  // the curves were fitted
+    EXPECT_FALSE(log.said("outside"));
 
     log.m_nStopAfter = 1;
     EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
-    EXPECT_EQ(data.m_listPeakMerged.size(), 1);
     log.m_nStopAfter = -1;
     data.m_listShift.removeLast();
     EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
-    EXPECT_EQ(data.m_listPeakChain.size(), 1);
+    EXPECT_EQ(data.m_listPeakMerged.size(), 1);
     EXPECT_EQ(log.m_listColor.last(), Qt::red);
 }

@@ -9,28 +9,31 @@
 #include <QList>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
-/// All that the fast ways may not change, bit by bit.
+/// All that the fast ways may not change, bit by bit; one not-a-number is like another.
 inline std::vector<uint64_t> bitsOf(const QList<Peak3D>& listPeak)
 {
     std::vector<uint64_t> vecBits;
     for (const Peak3D& peak : listPeak)
         for (double df : {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D), peak.dfIPoint,
                           peak.dfDStar, peak.dfH, peak.dfK, peak.dfL, double(peak.nID)}) {
-            uint64_t nBits;
-            std::memcpy(&nBits, &df, sizeof(df));
-            vecBits.push_back(nBits);
+            vecBits.push_back(~uint64_t(0));
+            if (!std::isnan(df))
+                std::memcpy(&vecBits.back(), &df, sizeof(df));
         }
     return vecBits;
 }
 
+/// By d*, what is no number last.
 inline void plainSort(QList<Peak3D>& listPeak)
 {
-    std::stable_sort(listPeak.begin(), listPeak.end(),
-                     [](const Peak3D& a, const Peak3D& b) { return a.dfDStar < b.dfDStar; });
+    std::stable_sort(listPeak.begin(), listPeak.end(), [](const Peak3D& a, const Peak3D& b) {
+        return a.dfDStar < b.dfDStar || (std::isnan(b.dfDStar) && !std::isnan(a.dfDStar));
+    });
 }
 
 inline QList<Peak3D> plainDifferenceVectors(const QList<Peak3D>& listPeak, float fMax, float fMin, int nLimit)
@@ -102,12 +105,12 @@ inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
                 listPile.removeAt(b);
             }
         }
-    float fMax = 0;
+    float fMax = -INFINITY;
     for (const Peak3D& pile : listPile)
         fMax = std::max(fMax, float(pile.dfIPoint));
     QList<Peak3D> listResult;
     for (const Peak3D& pile : listPile)
-        if (!(float(pile.dfIPoint) < fMax / 10))
+        if (fMax == 0 || !(float(pile.dfIPoint) < fMax / 10))
             listResult.append(pile);
     return listResult;
 }

@@ -31,6 +31,11 @@ inline void placeAt(Peak3D& peak, const Vec3D& v)
     peak.dfDStar = double(length(v));
 }
 
+inline bool all(int, int, int)
+{
+    return true;
+}
+
 /// All reflections up to dfMaxDStar that pass the filter on h, k, l; the truth in dfH, dfK, dfL, intensities
 /// from 1 on with many weak ones, points with Gaussian noise (Å⁻¹), nID counting up.
 template <class Filter>
