@@ -94,15 +94,15 @@ void MainWindow::fillNameMaps()
           QStringLiteral("Intensity Extraction"), QStringLiteral("Unit Cell Refinement"),
           QStringLiteral("3D View Control")});
     fill(m_mapColumnName,
-         {QStringLiteral("ID"),        QStringLiteral("h."),        QStringLiteral("k."),
-          QStringLiteral("l."),        QStringLiteral("h"),         QStringLiteral("k"),
-          QStringLiteral("l"),         QStringLiteral("Intensity"), QStringLiteral("Int.Fit"),
-          QStringLiteral("d(Å)"),      QStringLiteral("d*(Å⁻¹)"),   QStringLiteral("No.Frame"),
-          QStringLiteral("FNo.Fit"),   QStringLiteral("HW.Frame"),  QStringLiteral("d-RA(pix.)"),
-          QStringLiteral("HW*d-RA"),   QStringLiteral("α(°)"),      QStringLiteral("α-RA(°)"),
-          QStringLiteral("x"),         QStringLiteral("y"),         QStringLiteral("x'"),
-          QStringLiteral("y'"),        QStringLiteral("x\""),       QStringLiteral("y\""),
-          QStringLiteral("Alwd."),     QStringLiteral("RGroup")});
+         {QStringLiteral("ID"),      QStringLiteral("h."),        QStringLiteral("k."),
+          QStringLiteral("l."),      QStringLiteral("h"),         QStringLiteral("k"),
+          QStringLiteral("l"),       QStringLiteral("Intensity"), QStringLiteral("Int.Fit"),
+          QStringLiteral("d(Å)"),    QStringLiteral("d*(Å⁻¹)"),   QStringLiteral("No.Frame"),
+          QStringLiteral("FNo.Fit"), QStringLiteral("HW.Frame"),  QStringLiteral("d-RA(pix.)"),
+          QStringLiteral("HW*d-RA"), QStringLiteral("α(°)"),      QStringLiteral("α-RA(°)"),
+          QStringLiteral("x"),       QStringLiteral("y"),         QStringLiteral("x'"),
+          QStringLiteral("y'"),      QStringLiteral("x\""),       QStringLiteral("y\""),
+          QStringLiteral("Alwd."),   QStringLiteral("RGroup")});
 }
 
 static QWidget* makeNotePage(const QString& strNote, QWidget* pParent)

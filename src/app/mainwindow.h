@@ -230,18 +230,18 @@ private:
     int m_nScaleIndex = 3;
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
-    int m_nWindowRadius = 10;   ///< pixels; circles around integration windows
-    int m_nRunDepth = 0;        ///< runs under way, one inside the other
-    int m_nPumpDepth = 0;       ///< reports that are handling events for a run
-    int m_nFrameAsked = 0;      ///< frame number asked for during a run; 0 none
-    bool m_bCloseAsked = false; ///< the window was closed during a run
-    bool m_bRemapAsked = false; ///< a mapping parameter was changed during a run
-    bool m_bShowAsked = false;  ///< a limit of what is shown in 3D was changed during a run
+    int m_nWindowRadius = 10;    ///< pixels; circles around integration windows
+    int m_nRunDepth = 0;         ///< runs under way, one inside the other
+    int m_nPumpDepth = 0;        ///< reports that are handling events for a run
+    int m_nFrameAsked = 0;       ///< frame number asked for during a run; 0 none
+    bool m_bCloseAsked = false;  ///< the window was closed during a run
+    bool m_bRemapAsked = false;  ///< a mapping parameter was changed during a run
+    bool m_bShowAsked = false;   ///< a limit of what is shown in 3D was changed during a run
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
-    std::vector<double> m_vecSynced;   ///< the parameters as they last went between pages and members
-    double m_dfCanvasGridAlpha = 0.05; ///< of the grid in both 3D views
-    QList<Vec3D> m_listTextPoint;      ///< the text reflection list opened last: Å⁻¹
+    std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
+    double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
+    QList<Vec3D> m_listTextPoint;       ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;

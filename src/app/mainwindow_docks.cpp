@@ -43,8 +43,8 @@ void MainWindow::createControlDock()
     const struct {
         QWidget* pPage;
         int nName;
-    } aPage[] = {{m_pFramesPage, 0},    {m_pShiftPage, 1},      {m_pPeakSearchPage, 2}, {m_pMergingPage, 3},
-                 {m_pCellPage, 4},      {m_pRefinementPage, 6}, {m_pView3DPage, 7}};
+    } aPage[] = {{m_pFramesPage, 0}, {m_pShiftPage, 1},      {m_pPeakSearchPage, 2}, {m_pMergingPage, 3},
+                 {m_pCellPage, 4},   {m_pRefinementPage, 6}, {m_pView3DPage, 7}};
     // The tool box lays each page into a scroll area of its own: pages taller than the window scroll.
     int nWidth = m_pFramesPage->sizeHint().width();
     for (const auto& page : aPage) {

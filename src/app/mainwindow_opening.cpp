@@ -73,22 +73,22 @@ void MainWindow::openFiles(const QStringList& listFile)
     m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
     try {
         switch (openKind(listFile)) {
-        case OpenKind::nothing:
-            break;
-        case OpenKind::reflectionList:
-            openReflectionList(listFile.first());
-            break;
-        case OpenKind::project:
-            openProject(listFile.first());
-            break;
-        case OpenKind::images:
-            openImageFiles(listFile);
-            break;
+            case OpenKind::nothing:
+                break;
+            case OpenKind::reflectionList:
+                openReflectionList(listFile.first());
+                break;
+            case OpenKind::project:
+                openProject(listFile.first());
+                break;
+            case OpenKind::images:
+                openImageFiles(listFile);
+                break;
         }
     } catch (const std::exception& error) {  // out of memory
         connectPanelSignals(true);
-        WindowReport(*this).addMessage(
-            QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
+        WindowReport(*this).addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
+                                       Qt::red);
     }
 }
 
@@ -101,9 +101,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
         report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason), Qt::red);
         return false;
     }
-    report.addMessage(QStringLiteral("%L1 reflections loaded from %2.")
-                          .arg(m_listTextPoint.size())
-                          .arg(strFileName));
+    report.addMessage(
+        QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
     return true;
 }
 

@@ -32,8 +32,7 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
         try {
             fnRun(report);
         } catch (const std::exception& error) {  // out of memory: the window and its data go on
-            report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
-                              Qt::red);
+            report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
         }
         bFlag = false;
     }
@@ -63,8 +62,8 @@ bool MainWindow::refuseDuringRun(const QString& strWhat)
 {
     if (!isPumping())
         return false;
-    const QString strText = QStringLiteral("%1 has to wait: a run is under way. Stop it first, or let it end.")
-                                .arg(strWhat);
+    const QString strText =
+        QStringLiteral("%1 has to wait: a run is under way. Stop it first, or let it end.").arg(strWhat);
     m_pMessageEdit->addMessage(strText, Qt::red);
     statusBarMessage(strText);
     return true;
@@ -91,7 +90,7 @@ void MainWindow::catchUpAfterRun(bool bReload)
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
 }
 
-MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload) 
+MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
     : m_window(window), m_bReload(bReload), m_nOuterPump(std::exchange(window.m_nPumpDepth, 0))
 {
     ++m_window.m_nRunDepth;

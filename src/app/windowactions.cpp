@@ -52,16 +52,16 @@ bool listens(const QAction* pAction)
         if (!pWidget->isVisible() || !pWidget->isEnabled())
             continue;
         switch (pAction->shortcutContext()) {
-        case Qt::WidgetShortcut:
-            if (pWidget == pFocus)
+            case Qt::WidgetShortcut:
+                if (pWidget == pFocus)
+                    return true;
+                break;
+            case Qt::WidgetWithChildrenShortcut:
+                if (pFocus && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
+                    return true;
+                break;
+            default:
                 return true;
-            break;
-        case Qt::WidgetWithChildrenShortcut:
-            if (pFocus && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
-                return true;
-            break;
-        default:
-            return true;
         }
     }
     return false;
@@ -98,8 +98,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pScaledFrames,
          {"&Export Scaled Frames...", "&Export frames after scaling", nullptr, "Ctrl+Shift+B"}},
         {&WindowActions::m_pReciprocalVolume,
-         {"&Export Reciprocal Space...", "&Export reciprocal space as a volume in a stacked MRC file", nullptr,
-          "Ctrl+Shift+R"}},
+         {"&Export Reciprocal Space...", "&Export reciprocal space as a volume in a stacked MRC file",
+          nullptr, "Ctrl+Shift+R"}},
         {&WindowActions::m_pSmvImages,
          {"Export S&MV Images...", "Export image frames in SMV format for &MOSFLM and XDS", nullptr,
           "Ctrl+Shift+M"}},
@@ -142,11 +142,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         listAction.first()->setChecked(true);
         return listAction;
     };
-    m_listPalette = makeExclusive({{"Grey", "Show images in grey scale", "grey", "Ctrl+G"},
-                                   {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey",
-                                    "Ctrl+I"},
-                                   {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
-                                   {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
+    m_listPalette =
+        makeExclusive({{"Grey", "Show images in grey scale", "grey", "Ctrl+G"},
+                       {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey", "Ctrl+I"},
+                       {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
+                       {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
     m_listSelection = makeExclusive(
         {{"Select None", "Select none for processing", "selection_noneb", "Ctrl+0"},
          {"Select 64×64", "Select a 64×64 area for processing", "selection64b", "Ctrl+1"},
@@ -217,11 +217,17 @@ int WindowActions::checkedIndex(const QList<QAction*>& listAction)
     return 0;
 }
 
-// The frames of a movie, which are in force beside a 3D view alone, go before the SMV images; a dock's
-// switch before the about box, which has its menu.
+// The frames of a movie, which are in force beside a 3D view alone, go before the SMV images; the menus
+// before what belongs to a widget that is not in use; a dock's switch before the about box, which has its
+// menu.
 int WindowActions::rank(const QAction* pAction) const
 {
     if (pAction == m_pAbout)
         return 0;
-    return pAction == m_pMovieFrames ? 2 : 1;
+    if (pAction == m_pMovieFrames)
+        return 3;
+    for (const QWidget* pWidget : pAction->associatedWidgets())
+        if (qobject_cast<const QMenu*>(pWidget))
+            return 2;
+    return 1;
 }
