@@ -1,0 +1,21 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+// Read by the leak check of an address-sanitized build: fontconfig keeps its patterns to the end.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Kept to the end: the offscreen platform loses track of its screen when the application goes.
+    static const QApplication* pApp = new QApplication(argc, argv);
+    Q_UNUSED(pApp)
+    return RUN_ALL_TESTS();
+}

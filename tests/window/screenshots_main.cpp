@@ -1,0 +1,170 @@
+// tessera-screenshots: drives the window through a series, as a user would, and keeps a picture of each
+// stage in two sizes. scripts/screenshots runs it on the simulated demo series.
+//
+//   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
+#include "app/mainwindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QGraphicsView>
+#include <QPushButton>
+#include <QSettings>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolBox>
+#include <QWindow>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+namespace {
+
+const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
+const QPointF g_ptSpot(259, 249);  // near the direct beam of the demo series
+const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
+
+/// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
+/// the program ends without it.
+template <typename T>
+T* find(const QObject* pParent, const QString& strText)
+{
+    const QList<T*> listFound = pParent->findChildren<T*>();
+    for (T* pFound : listFound)
+        if (pFound->text() == strText)
+            return pFound;
+    std::fprintf(stderr, "Nothing in the window is called %s\n", qPrintable(strText));
+    std::exit(1);
+}
+
+class CCamera {
+public:
+    CCamera(MainWindow& window, const QDir& dirOut) : m_window(window), m_dirOut(dirOut) {}
+
+    QWidget* openPage(const QString& strTitle)
+    {
+        auto* pToolBox = m_window.findChild<QToolBox*>();
+        for (int i = 0; i < pToolBox->count(); ++i)
+            if (pToolBox->itemText(i) == strTitle) {
+                pToolBox->setCurrentIndex(i);
+                return pToolBox->widget(i);
+            }
+        std::fprintf(stderr, "The tool box has no page %s\n", qPrintable(strTitle));
+        std::exit(1);
+    }
+
+    /// @param fnPose  what is to be done again in each size, before the picture
+    void shoot(const QString& strName, const std::function<void()>& fnPose = {})
+    {
+        for (const QSize& size : g_aSize) {
+            m_window.resize(size);
+            QTest::qWait(g_nSettleTime);
+            if (fnPose) {
+                fnPose();
+                QTest::qWait(g_nSettleTime);
+            }
+            const QString strFile = m_dirOut.filePath(
+                QStringLiteral("%1_%2x%3.png").arg(strName).arg(size.width()).arg(size.height()));
+            const QPixmap pixmap = m_window.grab();
+            if (pixmap.size() != size || !pixmap.save(strFile)) {
+                std::fprintf(stderr, "%s could not be made in its size\n", qPrintable(strFile));
+                std::exit(1);
+            }
+        }
+    }
+
+private:
+    MainWindow& m_window;
+    QDir m_dirOut;
+};
+
+/// Answers the next file dialog with a file.
+void answerFileDialog(const QString& strFile)
+{
+    auto* pTimer = new QTimer(qApp);
+    QObject::connect(pTimer, &QTimer::timeout, pTimer, [pTimer, strFile] {
+        auto* pDialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (!pDialog)
+            return;
+        pTimer->deleteLater();
+        pDialog->selectFile(strFile);
+        QMetaObject::invokeMethod(pDialog, "accept", Qt::QueuedConnection);
+    });
+    pTimer->start(50);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    Q_INIT_RESOURCE(tessera);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication application(argc, argv);
+    const QStringList listArgument = QCoreApplication::arguments();
+    if (listArgument.size() != 4) {
+        std::fprintf(stderr, "Usage: tessera-screenshots PROJECT.ed3d MASK.msk FOLDER\n");
+        return 2;
+    }
+    // A user's settings neither show in the pictures nor suffer from them.
+    QTemporaryDir dirSettings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dirSettings.path());
+    if (!QDir().mkpath(listArgument[3]))
+        return 1;
+
+    MainWindow window;
+    CCamera camera(window, QDir(listArgument[3]));
+    window.show();
+    camera.shoot(QStringLiteral("start"));
+
+    window.openFiles({QFileInfo(listArgument[1]).absoluteFilePath()});
+    QWidget* pFrames = camera.openPage(QStringLiteral("Frames"));
+    camera.shoot(QStringLiteral("frames"));
+
+    QWidget* pShift = camera.openPage(QStringLiteral("Shift Evaluation"));
+    find<QAction>(&window, QStringLiteral("Select 128×128"))->trigger();
+    camera.shoot(QStringLiteral("region"));
+    find<QPushButton>(pShift, QStringLiteral("Run"))->click();
+    camera.shoot(QStringLiteral("shifts"));
+
+    QWidget* pSearch = camera.openPage(QStringLiteral("Peak Search"));
+    find<QAction>(&window, QStringLiteral("Select None"))->trigger();
+    answerFileDialog(QFileInfo(listArgument[2]).absoluteFilePath());
+    find<QPushButton>(pSearch, QStringLiteral("Load..."))->click();
+    find<QCheckBox>(pSearch, QStringLiteral("Show"))->setChecked(true);
+    find<QCheckBox>(pSearch, QStringLiteral("Show Found Peaks"))->setChecked(true);
+    camera.shoot(QStringLiteral("marks"));
+    find<QPushButton>(pSearch, QStringLiteral("Run"))->click();
+    auto* pTabs = window.findChild<QTabWidget*>();
+    pTabs->setCurrentIndex(0);
+    find<QCheckBox>(pFrames, QStringLiteral("Show On EDP"))->setChecked(true);
+    auto* pFrameTable = pFrames->findChild<QTableWidget*>();
+    pFrameTable->selectRow(pFrameTable->rowCount() / 2);
+    camera.shoot(QStringLiteral("peaks"));
+
+    // The grid of numbers follows the right button, and gets the room of the curve.
+    camera.openPage(QStringLiteral("Frames"));
+    find<QAction>(&window, QStringLiteral("Intensity"))->trigger();
+    auto* pView = qobject_cast<QGraphicsView*>(pTabs->widget(0));
+    camera.shoot(QStringLiteral("textdata"), [&] {
+        pFrameTable->scrollTo(pFrameTable->currentIndex());
+        const QPoint ptSpot = pView->viewport()->mapTo(&window, pView->mapFromScene(g_ptSpot));
+        QTest::mousePress(window.windowHandle(), Qt::RightButton, {}, ptSpot + QPoint(8, 8));
+        QTest::mouseMove(window.windowHandle(), ptSpot);
+    });
+    const QPoint ptCorner = pView->viewport()->mapTo(&window, pView->mapFromScene(20, 20));
+    QTest::mouseRelease(window.windowHandle(), Qt::RightButton, {}, ptCorner);
+    QTest::mouseMove(window.windowHandle(), ptCorner + QPoint(2, 2));
+
+    QWidget* pMerging = camera.openPage(QStringLiteral("3D Peak Merging"));
+    find<QPushButton>(pMerging, QStringLiteral("Merge"))->click();
+    camera.shoot(QStringLiteral("merging"));
+    camera.openPage(QStringLiteral("Unit Cell Determination and Indexing"));
+    camera.shoot(QStringLiteral("cell"));
+    return 0;
+}
