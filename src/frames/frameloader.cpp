@@ -72,7 +72,7 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
     if (!pImage->Create(picture.width(), picture.height()))
         throw std::bad_alloc();
     float* pfTarget = pImage->Data();
-    constexpr int STRIP = 64;  // rows that are converted together: a whole copy of 4 bytes a pixel would add up
+    constexpr int STRIP = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
     for (int nTop = 0; nTop < picture.height(); nTop += STRIP) {
         const QImage strip = picture.copy(0, nTop, picture.width(), std::min(STRIP, picture.height() - nTop))
                                  .convertToFormat(QImage::Format_RGB32);

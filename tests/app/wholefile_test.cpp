@@ -22,13 +22,15 @@ TEST(WholeFile, AFullDiskLeavesTheFormerFile)
         const char* pName;
         TWrite write;
     } aRow[] = {
-        {"short", [](const QString& strFile, QString* p) { return writeWholeFile(strFile, "abcdef", false, p); }},
+        {"short",
+         [](const QString& strFile, QString* p) { return writeWholeFile(strFile, "abcdef", false, p); }},
         {"long",  // more than a file object gathers before it writes
          [](const QString& strFile, QString* p) {
              return writeWholeFile(strFile, QByteArray(100000, 'a'), true, p);
          }},
         {"peaks", [&](const QString& strFile, QString* p) { return writePeakList(data, strFile, p) == 1; }},
-        {"shifts", [](const QString& strFile, QString* p) { return writeShiftFile(strFile, {1, 2, {{3, 4}}}, p); }},
+        {"shifts",
+         [](const QString& strFile, QString* p) { return writeShiftFile(strFile, {1, 2, {{3, 4}}}, p); }},
         {"cell", [&](const QString& strFile, QString* p) { return saveUnitCellFile(data, strFile, p); }}};
     for (const auto& row : aRow) {
         SCOPED_TRACE(row.pName);

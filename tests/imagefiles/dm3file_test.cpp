@@ -84,7 +84,8 @@ TEST_F(Dm3, TheImageIsTheFirstThatIsNoThumbnail)
         const auto pixelsOf = [&](const std::vector<QByteArray>& vecImage, qint32 nIndex,
                                   const char* pThumbnails = "Thumbnails") {
             const QByteArray index = dm3::group("", {dm3::integer("ImageIndex", nIndex, nOrder)});
-            return pixels(dm3::file({dm3::group("ImageList", vecImage), dm3::group(pThumbnails, {index})}, nOrder));
+            return pixels(
+                dm3::file({dm3::group("ImageList", vecImage), dm3::group(pThumbnails, {index})}, nOrder));
         };
         const QByteArray small = byteRow("S", nOrder), full = byteRow("FG", nOrder);
         const std::vector<float> vecSmall{'S'}, vecFull{'F', 'G'};
