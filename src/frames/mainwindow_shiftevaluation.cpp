@@ -45,6 +45,10 @@ void MainWindow::selSizeChanged2()
 
 void MainWindow::selRectChanged(QRectF rectSel)
 {
+    if (rectSel.isEmpty()) {  // a region that was put away has no place
+        statusBarMessage({});
+        return;
+    }
     statusBarMessage(tr("ROI: %L1, %L2, %L3, %L4")
                          .arg(int(rectSel.left()))
                          .arg(int(rectSel.top()))
