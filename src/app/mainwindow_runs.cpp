@@ -27,7 +27,8 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     bFlag = true;
     {
         CRunScope scope(*this, true);
-        setButtonStatus(pButton, 1);
+        if (pButton)
+            setButtonStatus(pButton, 1);
         WindowReport report(*this, &bFlag);
         try {
             fnRun(report);
@@ -36,7 +37,8 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
         }
         bFlag = false;
     }
-    setButtonStatus(pButton, 0);
+    if (pButton)
+        setButtonStatus(pButton, 0);
 }
 
 void MainWindow::setButtonStatus(QPushButton* pButton, int nStatus)

@@ -1,6 +1,7 @@
 #include "app/messageedit.h"
 
 #include <QFont>
+#include <QKeyEvent>
 #include <QTextCursor>
 
 MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
@@ -44,4 +45,14 @@ void MessageEdit::addHtml(const QString& strText, const QColor& color)
     moveCursor(QTextCursor::End);
     insertHtml(QStringLiteral("<html><font face=\"%1\" color=\"%2\">%3</font></html>")
                    .arg(m_strFontFamily, color.name(), strText));
+}
+
+bool MessageEdit::event(QEvent* pEvent)
+{
+    if (pEvent->type() == QEvent::ShortcutOverride && textCursor().hasSelection() &&
+        static_cast<QKeyEvent*>(pEvent)->matches(QKeySequence::Copy)) {
+        pEvent->accept();
+        return true;
+    }
+    return QTextBrowser::event(pEvent);
 }

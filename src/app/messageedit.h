@@ -18,6 +18,10 @@ public:
     /// Puts HTML text at the end, without a new paragraph. Links open in the user's browser.
     void addHtml(const QString& strText, const QColor& color = Qt::black);
 
+protected:
+    /// Keeps the copy key for selected text; without one the window has it.
+    bool event(QEvent* pEvent) override;
+
 private:
     QTextCharFormat m_format;
     QString m_strFontFamily;

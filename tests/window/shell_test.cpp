@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDockWidget>
@@ -155,6 +156,12 @@ TEST_F(Shell, EveryKeyHasOneTaker)
     EXPECT_TRUE(m_pActions->m_pShowPeakLabels->isChecked());
     m_pLog->setFocus();
     EXPECT_EQ(m_pActions->actionForKey(keyRefresh), pRedBlue);
+
+    // Copy: what is selected in the log, else the picture of the tab.
+    m_pLog->addMessage(QStringLiteral("a line"));
+    m_pLog->selectAll();
+    QTest::keyClick(m_pLog, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("a line"));
 
     // Keys of a page that is out of sight.
     QTest::keyClick(m_pWindow.get(), Qt::Key_2, Qt::ControlModifier);
