@@ -222,6 +222,10 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
         for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i)
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
     }
+    if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
+        report.addMessage(QStringLiteral("The direct beam was not found: the frames looked at are blank."), Qt::red);
+        return false;
+    }
     const QPointF ptCoarse =
         maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2), nMapSide);
 

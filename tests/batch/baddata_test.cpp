@@ -116,7 +116,7 @@ const BadCase aBad[] = {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(0)));
          }
      },
-     {}, "blank", "shifts"},
+     {}, "blank"},
     {"nothing above the threshold", leaveAsItIs, {"--peak-threshold", "1000000"}, "No peaks were found", "shifts"},
     {"everything under a mask",
      [](const Series& s) { s.write("m.msk", "1 -9 -9\n1 999 -9\n1 999 999\n1 -9 999\n"); },
@@ -133,7 +133,7 @@ const BadCase aBad[] = {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
          }
      },
-     {}, "blank", "shifts"},
+     {}, "blank"},
     {"no wavelength", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }, {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
     {"wavelength 0", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); }, {},
