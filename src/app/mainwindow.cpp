@@ -67,10 +67,11 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
 
 MainWindow::~MainWindow()
 {
-    // Nothing that goes down with the window may call back into it.
+    // The widgets go down with the base class, and some report changes on the way.
     m_timerPlay.stop();
-    connectPanelSignals(false);
-    m_pTabWidget->disconnect(this);
+    m_timerPlay.disconnect(this);
+    for (QObject* pChild : findChildren<QObject*>())
+        pChild->disconnect(this);
 }
 
 void MainWindow::setSplashPixmap(const QPixmap& pixmap)
