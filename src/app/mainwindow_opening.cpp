@@ -185,7 +185,8 @@ void MainWindow::showFirstFrame()
     m_pActions->m_listSelection.first()->setChecked(true);
     m_dataSet.m_bAutoContrastOnLoad = true;
     updateControls(0);
-    m_dataSet.m_bAutoContrastOnLoad = false;
+    // A frame that could not be read has no contrast: the first one that can gives the limits.
+    m_dataSet.m_bAutoContrastOnLoad = m_dataSet.m_vecFrameImage.empty();
     if (m_dataSet.m_vecFrameImage.empty()) {
         // No frame, or none that could be read: the picture of the former series must not stand in for it.
         CImgObj<unsigned char> imgDot;

@@ -9,8 +9,8 @@
 #include "frameview/textdatawidget.h"
 #include "imaging/histogram.h"
 
-#include <QDoubleSpinBox>
 #include <QCheckBox>
+#include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QSignalBlocker>
 #include <QSlider>

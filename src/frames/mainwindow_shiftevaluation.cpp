@@ -59,7 +59,10 @@ void MainWindow::selRectChanged(QRectF rectSel)
 void MainWindow::runShiftEvaluation()
 {
     bool bRunning = false;  // of this call: a second click finds none to clear, as the run has no stop
+    bool bBegun = false;
+    bool bFinished = false;
     runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+        bBegun = true;
         const QRectF rectRegion = m_pFrameScene->selectionRect();
         m_pActions->m_listSelection.first()->setChecked(true);
         // What lies on the frame means nothing on the regions that are shown instead.
@@ -79,10 +82,12 @@ void MainWindow::runShiftEvaluation()
             refreshImageView();
             waitDelay(*m_pFramesPage->m_pPlayDelaySpin, report);
         };
-        const bool bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, {}, fnFrameDone);
-        if (!bFinished)
-            fillShiftTable();  // the shifts that stand, be they the old ones
+        bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, {}, fnFrameDone);
         syncParametersWithControls(false);
-        showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
     });
+    if (!bBegun)
+        return;
+    if (!bFinished)
+        fillShiftTable();  // the shifts that stand, be they the old ones
+    showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
 }

@@ -138,8 +138,8 @@ void MainWindow::saveRawPeaks()
     WindowReport report(*this);
     QString strReason;
     if (writePeakList(m_dataSet, strFile, &strReason))
-        report.addMessage(
-            QStringLiteral("%1>List of raw peaks saved to %2").arg(currentTimeStamp(), strFile), Qt::black);
+        report.addMessage(QStringLiteral("%1>List of raw peaks saved to %2").arg(currentTimeStamp(), strFile),
+                          Qt::black);
     else
         report.addMessage(
             QStringLiteral("%1>Saving list of raw peaks to %2 failed.").arg(currentTimeStamp(), strFile),
@@ -158,7 +158,8 @@ void MainWindow::loadPeakHuntingMask()
         return;
     WindowReport report(*this);
     if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile)) {
-        report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile), Qt::red);
+        report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
+                          Qt::red);
         return;
     }
     fillMaskTable();

@@ -67,8 +67,9 @@ protected:
         for (int i = 0; i < g_nFrames; ++i) {
             m_series.add(makeImage(g_nSide, g_nSide, [&](int x, int y) { return pixel(i, x, y); }));
             const QByteArray bytesTilt = QByteArray::number(-2 + 0.5 * i);
-            bytesProject += "FILE " + QFileInfo(m_series.dataSet.m_listFrameFile.last()).fileName().toLatin1() +
-                            " " + bytesTilt + " 0.25 " + bytesTilt + "\n";
+            bytesProject += "FILE " +
+                            QFileInfo(m_series.dataSet.m_listFrameFile.last()).fileName().toLatin1() + " " +
+                            bytesTilt + " 0.25 " + bytesTilt + "\n";
         }
         m_strProject = write("series.ed3d", bytesProject + "ENDFILELIST\n");
 
@@ -204,6 +205,14 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
     EXPECT_TRUE(spyLoaded.last()[1].toBool());
     EXPECT_NE(shownBytes(), bytesBefore);
     EXPECT_EQ(m_pFrames->m_pContrastMaxSpin->value(), dfMax);
+
+    // The first frame that can be read gives the contrast of the series.
+    QFile::remove(m_series.dataSet.m_listFrameFile[0]);
+    m_pFrames->m_pContrastMaxSpin->setValue(1);
+    m_pWindow->openFiles({m_strProject});
+    EXPECT_EQ(m_pScene->currentIndex(), -1);
+    m_pSlider->setValue(3);
+    EXPECT_GT(m_pFrames->m_pContrastMaxSpin->value(), 500);
 }
 
 TEST_F(FramesWindow, PlayEndsAtTheEndsAndAtItsButton)
@@ -269,7 +278,8 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_NEAR(line.angleTo(QLineF(0, 0, 1, 0)), 330, 0.5);
     const QPointF ptNow = g_ptBeam + drift(4);
     QPointF ptCross;
-    EXPECT_EQ(line.intersects(QLineF(ptNow.x(), 0, ptNow.x(), g_nSide), &ptCross), QLineF::BoundedIntersection);
+    EXPECT_EQ(line.intersects(QLineF(ptNow.x(), 0, ptNow.x(), g_nSide), &ptCross),
+              QLineF::BoundedIntersection);
     EXPECT_NEAR(ptCross.y(), ptNow.y(), 1.2);
     m_pFrames->m_pShowAxisCheck->setChecked(false);
     EXPECT_TRUE(shownItems<QGraphicsLineItem>().isEmpty());
@@ -360,7 +370,8 @@ TEST_F(FramesWindow, SideFilesGoOutAndComeBack)
     m_pShift->m_pCenterYSpin->setValue(77.25);  // what the page shows is what is written
     answer([&] { m_pWindow->saveEDShift(); }, "Export Shift Data to File", strShiftFilter,
            m_series.dir.filePath("out.sc"));
-    EXPECT_TRUE(m_series.content("out.sc").startsWith("   82.40   77.25\n   1    0.00   -0.25\n   2 1234.50"));
+    EXPECT_TRUE(
+        m_series.content("out.sc").startsWith("   82.40   77.25\n   1    0.00   -0.25\n   2 1234.50"));
 
     const QString strPeakFilter = "Peak List Files (*.pk);;All Files (*.*)";
     answer([&] { m_pWindow->loadRawPeaks(); }, "Load Raw Peaks", strPeakFilter,
@@ -399,7 +410,8 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     const QPoint ptOnFrame = m_pView->mapFromScene(QPointF(81.5, 76.5));
     const auto move = [&](const QPoint& pt, Qt::MouseButtons buttons) {
         QTest::qWait(1);
-        QMouseEvent event(QEvent::MouseMove, pt, pPort->mapToGlobal(pt), Qt::NoButton, buttons, Qt::NoModifier);
+        QMouseEvent event(QEvent::MouseMove, pt, pPort->mapToGlobal(pt), Qt::NoButton, buttons,
+                          Qt::NoModifier);
         QApplication::sendEvent(pPort, &event);
     };
     const double dfValue = float(pixel(0, 81, 76));

@@ -16,8 +16,8 @@ namespace {
 
 const int g_nRowHeight = 20;  // pixels
 
-QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals, double dfStep,
-                         const QString& strSuffix = {})
+QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                         double dfStep, const QString& strSuffix = {})
 {
     auto* pSpin = new QDoubleSpinBox(pParent);
     pSpin->setDecimals(nDecimals);
@@ -31,8 +31,8 @@ QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh
 QTableWidget* makeFileTable(QWidget* pParent)
 {
     auto* pTable = new QTableWidget(0, 4, pParent);
-    pTable->setHorizontalHeaderLabels({FramesPage::tr("Name"), FramesPage::tr("Stage"), FramesPage::tr("Beam"),
-                                       FramesPage::tr("Overall")});
+    pTable->setHorizontalHeaderLabels(
+        {FramesPage::tr("Name"), FramesPage::tr("Stage"), FramesPage::tr("Beam"), FramesPage::tr("Overall")});
     pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     pTable->setAlternatingRowColors(true);
     pTable->setSelectionMode(QAbstractItemView::SingleSelection);

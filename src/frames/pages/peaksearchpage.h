@@ -23,7 +23,7 @@ public:
     QPushButton* m_pLoadMaskButton;
     QPushButton* m_pClearMaskButton;
     QCheckBox* m_pShowMaskCheck;
-    QCheckBox* m_pShowPeaksCheck;          ///< "Show Found Peaks"
+    QCheckBox* m_pShowPeaksCheck;                  ///< "Show Found Peaks"
     QDoubleSpinBox* m_pIntegrationRadiusSpin;      ///< disc of the 2D integration
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
     QPushButton* m_pRunButton;

@@ -15,7 +15,7 @@
 
 namespace {
 
-const int g_nRowHeight = 20;       // pixels
+const int g_nRowHeight = 20;        // pixels
 const int g_nRunButtonHeight = 30;  // pixels
 
 QTableWidget* makeShiftTable(QWidget* pParent)
