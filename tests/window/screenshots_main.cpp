@@ -27,7 +27,7 @@
 namespace {
 
 const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
-const QPointF g_ptSpot(259, 249);  // near the direct beam of the demo series
+const QPointF g_ptSpot(256, 256);  // beside the direct beam of the demo series
 const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
 
 /// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
