@@ -63,12 +63,15 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
             << row.pWhat;
         EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat << report.log().toStdString();
     }
-    FrameSeries series;  // small and blank: there is one region only
+    FrameSeries series;
     CRecordingReport report;
     QRect rc;
     EXPECT_FALSE(findBeamRegion(series.dataSet, report, rc));
     series.add(makeImage(65, 90, [](int, int) { return 5; }));
-    EXPECT_TRUE(findBeamRegion(series.dataSet, report, rc));
+    EXPECT_FALSE(findBeamRegion(series.dataSet, report, rc)) << "blank";
+    EXPECT_TRUE(rc.isNull());
+    series.add(makeImage(65, 90, [](int x, int y) { return 5 + 900 * gaussian(x - 30, y - 50, 3); }));
+    EXPECT_TRUE(findBeamRegion(series.dataSet, report, rc));  // small: there is one size only
     EXPECT_EQ(rc.size(), QSize(64, 64));
 }
 

@@ -160,6 +160,7 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
     SimulationParameters p = parametersOf("kyanite");
     p.dfMosaicity = 0;
     p.dfDrift = 0;
+    p.dfTiltStart = -30;
     for (double dfStep : {0.25, 1.0}) {
         p.dfTiltStep = dfStep;
         p.nFrames = int(60 / dfStep);
