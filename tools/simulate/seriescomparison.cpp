@@ -161,6 +161,7 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
     }
     match.matToTrue = matFoundOnPrimitive * matPrimitive;
     match.adfCell = cellOfReciprocalBasis(inverseOf(match.matToTrue) * matFound);
+    match.adfTrueCell = cellOfReciprocalBasis(matTrue);
     match.errors = errorsOfCell(cellOfReciprocalBasis(matFound), match, matTrue);
     return match;
 }
@@ -289,6 +290,14 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
             {QStringLiteral("found"), arrayFound}};
 }
 
+static QString cellText(const QString& strHead, const std::array<double, 6>& adfCell)
+{
+    QString str = strHead + QStringLiteral("   ");
+    for (size_t i = 0; i < 6; ++i)
+        str += QStringLiteral(" %1%2").arg(adfCell[i], 8, 'f', i < 3 ? 4 : 3).arg(i < 3 ? " Å" : "°");
+    return str + QLatin1Char('\n');
+}
+
 static QString errorsText(const QString& strHead, const CellErrors& errors)
 {
     return QStringLiteral("%1  a %2 %  b %3 %  c %4 %  alpha %5°  beta %6°  gamma %7°\n")
@@ -309,6 +318,10 @@ QString comparisonToText(const SeriesComparison& comparison)
                            comparison.bCellRead ? relationText(lattice.relation) : QStringLiteral("no cell"))
                       .arg(lattice.nIndex)
                       .arg(lattice.dfMisfit, 0, 'f', 3);
+    if (lattice.relation != LatticeMatch::None) {
+        str += cellText(QStringLiteral("found"), lattice.adfCell);
+        str += cellText(QStringLiteral("true "), lattice.adfTrueCell);
+    }
     str += errorsText(QStringLiteral("errors "), lattice.errors);
     if (comparison.bRefined)
         str += errorsText(QStringLiteral("refined"), comparison.refined);

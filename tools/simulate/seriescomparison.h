@@ -35,6 +35,7 @@ struct LatticeMatch {
     int nIndex = 0;       ///< ratio of the volumes
     Matrix3 matToTrue{};  ///< row of found indices times this = indices on the true conventional cell
     std::array<double, 6> adfCell{};         ///< the found cell brought to the true setting
+    std::array<double, 6> adfTrueCell{};     ///< Å, degrees
     CellErrors errors;
     double dfMisfit = 0;                     ///< largest distance of a matrix element from a whole number
     bool isRight() const { return relation == Same || relation == Centred; }
