@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QGraphicsView>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
 #include <QTabWidget>
@@ -29,6 +30,7 @@ namespace {
 const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
 const QPointF g_ptSpot(256, 256);  // beside the direct beam of the demo series
 const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
+const int g_nDialogTries = 50;
 
 /// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
 /// the program ends without it.
@@ -84,19 +86,24 @@ private:
     QDir m_dirOut;
 };
 
-/// Answers the next file dialog with a file.
+/// Answers the next file dialog with a file, typed as a user would: its whole path counts, whatever
+/// folder the dialog has come to show by then.
 void answerFileDialog(const QString& strFile)
 {
     auto* pTimer = new QTimer(qApp);
-    QObject::connect(pTimer, &QTimer::timeout, pTimer, [pTimer, strFile] {
+    QObject::connect(pTimer, &QTimer::timeout, pTimer, [pTimer, strFile, nTry = 0]() mutable {
         auto* pDialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (!pDialog)
-            return;
-        pTimer->deleteLater();
-        pDialog->selectFile(strFile);
-        QMetaObject::invokeMethod(pDialog, "accept", Qt::QueuedConnection);
+        if (pDialog) {
+            pTimer->deleteLater();
+            auto* pEdit = pDialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+            pEdit->setText(strFile);
+            QTest::keyClick(pEdit, Qt::Key_Return);
+        } else if (++nTry > g_nDialogTries) {
+            std::fprintf(stderr, "No file dialog came for %s\n", qPrintable(strFile));
+            std::exit(1);
+        }
     });
-    pTimer->start(50);
+    pTimer->start(g_nSettleTime);
 }
 
 }  // namespace
