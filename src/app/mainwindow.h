@@ -197,6 +197,8 @@ private:
     bool refuseDuringRun(const QString& strWhat);
     /// Handles waiting events, from which isPumping() keeps what a run has in use.
     void pumpEvents();
+    /// Runs `fn` and says in the log what it threw, as when memory runs out: no exception leaves a slot.
+    void guarded(const std::function<void()>& fn);
     /// Makes what happens while it lives a run under way.
     class CRunScope {
     public:

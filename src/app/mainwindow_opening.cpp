@@ -8,6 +8,7 @@
 #include "app/windowreport.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frameview/originalimgscene.h"
+#include "frameview/textdatawidget.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -15,6 +16,7 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGraphicsLineItem>
 #include <QMimeData>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -48,10 +50,25 @@ void MainWindow::openRecentFile()
         openFiles(pAction->data().toStringList());
 }
 
+// Whatever key is held: the files are only read, and a source that believes in a move deletes them.
+static void acceptAsCopy(QDropEvent& event)
+{
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+// A folder, or a file that stands beside a project: as images they would only put the data set away.
+static bool isNoDataSet(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    static const QStringList listSideSuffix = {"pk", "sc", "uc", "msk"};
+    return info.isDir() || listSideSuffix.contains(info.suffix().toLower());
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
 {
     if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
-        pEvent->acceptProposedAction();
+        acceptAsCopy(*pEvent);
 }
 
 void MainWindow::dropEvent(QDropEvent* pEvent)
@@ -62,7 +79,7 @@ void MainWindow::dropEvent(QDropEvent* pEvent)
             listFile.append(url.toLocalFile());
     if (listFile.isEmpty())
         return;
-    pEvent->acceptProposedAction();
+    acceptAsCopy(*pEvent);
     openFiles(listFile);
 }
 
@@ -70,6 +87,10 @@ void MainWindow::openFiles(const QStringList& listFile)
 {
     if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
         return;
+    if (isNoDataSet(listFile.first())) {
+        WindowReport(*this).addMessage(tr("%1 is neither a project nor an image.").arg(listFile.first()), Qt::red);
+        return;
+    }
     m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
     try {
         switch (openKind(listFile)) {
@@ -167,6 +188,7 @@ void MainWindow::clearDataSet()
     clearCircleMarks();
     clearTextMarks();
     clearMaskItems();
+    m_pAxisLine->hide();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
 }
@@ -195,6 +217,7 @@ void MainWindow::showFirstFrame()
         m_pFrameScene->clearImages();
         m_pFrameScene->addImage(imgDot);
         m_pFrameScene->clearImages();
+        m_pTextData->clearImages();
     }
 }
 

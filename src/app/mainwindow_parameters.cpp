@@ -10,15 +10,19 @@
 #include "reciprocal/pages/mergingpage.h"
 #include "view3d/pages/view3dpage.h"
 
+#include <QAbstractSpinBox>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTableWidget>
+#include <QToolBox>
 
 namespace {
 
@@ -110,6 +114,14 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
         bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell),
         bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup),
     };
+    if (bFromPanel) {
+        // A number that is typed but not finished is what the page shows, so it is what counts.
+        auto* pTyped = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget());
+        if (pTyped && m_pToolBox->isAncestorOf(pTyped)) {
+            const QSignalBlocker blocker(pTyped);
+            pTyped->interpretText();
+        }
+    }
     const bool bFirst = m_vecSynced.empty();
     m_vecSynced.resize(std::size(aBinding));
     for (std::size_t i = 0; i < std::size(aBinding); ++i) {

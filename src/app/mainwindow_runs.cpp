@@ -30,11 +30,7 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
         if (pButton)
             setButtonStatus(pButton, 1);
         WindowReport report(*this, &bFlag);
-        try {
-            fnRun(report);
-        } catch (const std::exception& error) {  // out of memory: the window and its data go on
-            report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
-        }
+        guarded([&] { fnRun(report); });
         bFlag = false;
     }
     if (pButton)
@@ -51,6 +47,15 @@ void MainWindow::setButtonStatus(QPushButton* pButton, int nStatus)
         pButton->setIcon(QIcon(QStringLiteral(":/images/stop.png")));
     }
     pumpEvents();
+}
+
+void MainWindow::guarded(const std::function<void()>& fn)
+{
+    try {
+        fn();
+    } catch (const std::exception& error) {  // out of memory: the window and its data go on
+        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
+    }
 }
 
 void MainWindow::pumpEvents()
@@ -102,5 +107,5 @@ MainWindow::CRunScope::~CRunScope()
 {
     m_window.m_nPumpDepth = m_nOuterPump;
     if (--m_window.m_nRunDepth == 0)
-        m_window.catchUpAfterRun(m_bReload);
+        m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
 }

@@ -118,14 +118,16 @@ void MainWindow::refreshImageView()
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
     if (vecImage.empty())
         return;
-    const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
-                                               m_pFramesPage->m_pContrastMaxSpin->value()});
-    m_pFrameScene->setImagesLimits(vecImage, vecLimit);
-    m_pTextData->setImage(vecImage.front().get());
-    const int nShown = m_pFrameScene->currentIndex();
-    if (nShown >= 0 && nShown < int(m_pFrameScene->images().size()))
-        m_pTextData->setByteImage(m_pFrameScene->images()[nShown].get());
-    m_pTextData->refresh();
+    guarded([&] {
+        const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
+                                                   m_pFramesPage->m_pContrastMaxSpin->value()});
+        m_pFrameScene->setImagesLimits(vecImage, vecLimit);
+        m_pTextData->setImage(vecImage.front().get());
+        const int nShown = m_pFrameScene->currentIndex();
+        if (nShown >= 0 && nShown < int(m_pFrameScene->images().size()))
+            m_pTextData->setByteImage(m_pFrameScene->images()[nShown].get());
+        m_pTextData->refresh();
+    });
 }
 
 void MainWindow::setAutoContrast()
@@ -148,6 +150,8 @@ void MainWindow::setAutoContrast()
 void MainWindow::playImageForward()
 {
     m_timerPlay.stop();
+    if (m_dataSet.m_listFrameFile.isEmpty())
+        return;
     m_nPlayDirection = 1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
 }
@@ -155,6 +159,8 @@ void MainWindow::playImageForward()
 void MainWindow::playImageBackward()
 {
     m_timerPlay.stop();
+    if (m_dataSet.m_listFrameFile.isEmpty())
+        return;
     m_nPlayDirection = -1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
 }

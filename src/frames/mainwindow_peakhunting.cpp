@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
+#include <QGraphicsLineItem>
 #include <QThread>
 
 namespace {
@@ -22,11 +23,12 @@ const int g_nCrossSize = 5;
 void MainWindow::runPeakHunting()
 {
     runWithButton(m_dataSet.m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
-        if (!m_dataSet.m_bHuntingRunning)
-            return;  // a second click came before the first frame
+        clearTextMarks();  // of the frame that was in view
+        m_pAxisLine->hide();
+        PeakHuntingOptions options;
+        options.bStopAsked = !m_dataSet.m_bHuntingRunning;  // a second click came before the first frame
         // The run sets the flag itself, and takes one that stands already for a second click.
         m_dataSet.m_bHuntingRunning = false;
-        PeakHuntingOptions options;
         options.nJobs = QThread::idealThreadCount();
         options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
             if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
@@ -61,15 +63,19 @@ void MainWindow::testCurrentPatternForPeaks()
         return;
     }
     syncParametersWithControls(true);
-    FrameHuntWork work;
-    const FramePeaks peaks = huntFrame(*m_dataSet.m_vecFrameImage.front(), m_hunting,
-                                       m_dataSet.m_maskPeakHunting, m_peakFilters, work);
-    QList<QPointF> listPos;
-    listPos.reserve(peaks.listX.size());
-    for (int i = 0; i < peaks.listX.size(); ++i)
-        listPos.append({peaks.listX[i], peaks.listY[i]});
-    showCrossMarks(listPos, Qt::green, g_nCrossSize);
-    m_pFrameScene->update();
+    guarded([this] {
+        FrameHuntWork work;
+        const FramePeaks peaks = huntFrame(*m_dataSet.m_vecFrameImage.front(), m_hunting,
+                                           m_dataSet.m_maskPeakHunting, m_peakFilters, work);
+        if (!peaks.bHunted)
+            return;
+        QList<QPointF> listPos;
+        listPos.reserve(peaks.listX.size());
+        for (int i = 0; i < peaks.listX.size(); ++i)
+            listPos.append({peaks.listX[i], peaks.listY[i]});
+        showCrossMarks(listPos, Qt::green, g_nCrossSize);
+        m_pFrameScene->update();
+    });
 }
 
 void MainWindow::peakHuntingParametersChanged()

@@ -40,7 +40,8 @@ void MainWindow::selSizeChanged2()
 {
     const int nIndex = m_pActions->selectionIndex();
     m_pFrameScene->setSelectionIndex(nIndex);
-    m_pShiftPage->m_pRunButton->setEnabled(nIndex > 0);
+    // A size larger than the frame leaves no region.
+    m_pShiftPage->m_pRunButton->setEnabled(m_pFrameScene->selectionIndex() > 0);
 }
 
 void MainWindow::selRectChanged(QRectF rectSel)
@@ -61,10 +62,12 @@ void MainWindow::runShiftEvaluation()
     bool bRunning = false;  // of this call: a second click finds none to clear, as the run has no stop
     bool bBegun = false;
     bool bFinished = false;
+    QList<QRectF> listPlace;  // of the regions: showing one of them in place of the frame centres them all
     runWithButton(bRunning, nullptr, [&](CRunReport& report) {
         bBegun = true;
         const QRectF rectRegion = m_pFrameScene->selectionRect();
         m_pActions->m_listSelection.first()->setChecked(true);
+        listPlace = m_pFrameScene->selectionRects();
         // What lies on the frame means nothing on the regions that are shown instead.
         clearCrossMarks();
         clearCircleMarks();
@@ -87,6 +90,7 @@ void MainWindow::runShiftEvaluation()
     });
     if (!bBegun)
         return;
+    m_pFrameScene->setSelectionRects(listPlace);
     if (!bFinished)
         fillShiftTable();  // the shifts that stand, be they the old ones
     showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());

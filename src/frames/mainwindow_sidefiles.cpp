@@ -56,6 +56,8 @@ QTableWidgetItem* numberItem(const QString& strText)
 
 void MainWindow::saveEDShift()
 {
+    if (refuseDuringRun(tr("Exporting shift data")))
+        return;
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Shift Data to File"),
                                                          m_dataSet.m_strWorkingDir, shiftFilter());
     if (strFile.isEmpty())
@@ -121,7 +123,8 @@ void MainWindow::loadRawPeaks()
     CRunScope scope(*this);  // a long list lets events through, and nothing else may change the peaks then
     WindowReport report(*this);
     QString strReason;
-    const bool bRead = readPeakList(m_dataSet, strFile, report, &strReason) != 0;
+    bool bRead = false;
+    guarded([&] { bRead = readPeakList(m_dataSet, strFile, report, &strReason) != 0; });
     addReason(report, strReason);
     if (!bRead)
         return;
@@ -131,6 +134,8 @@ void MainWindow::loadRawPeaks()
 
 void MainWindow::saveRawPeaks()
 {
+    if (refuseDuringRun(tr("Exporting peaks")))
+        return;
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Raw Peaks"),
                                                          m_dataSet.m_strWorkingDir, peakListFilter());
     if (strFile.isEmpty())

@@ -211,7 +211,7 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
 {
     const auto bGoOn = [&] { return report.goOn() && dataSet.m_bHuntingRunning; };
     const int nFrames = dataSet.m_listFrameFile.size();
-    if (!bGoOn())
+    if (options.bStopAsked || !bGoOn())
         return false;
     CFrameHunter hunter(dataSet, parameters, filters);
     CHuntSequence sequence(hunter, nFrames, options.nJobs);

@@ -21,6 +21,12 @@ void OriginalImgScene::addSelectionRect(int w, int h)
     m_listSelectionRect.append(QRectF(-w / 2.0, -h / 2.0, w, h));
 }
 
+void OriginalImgScene::setSelectionRects(const QList<QRectF>& listRect)
+{
+    if (listRect.size() == m_listSelectionRect.size() && m_nSelectionIndex == 0)
+        m_listSelectionRect = listRect;
+}
+
 void OriginalImgScene::setSelectionIndex(int nIndex)
 {
     if (isPreset(m_nSelectionIndex))

@@ -23,6 +23,10 @@ public:
     void setSelectionIndex(int nIndex);
     /// Index of the preset in force, 0 for none.
     int selectionIndex() const { return m_nSelectionIndex; }
+    /// The presets with their places, for a caller that shows something else meanwhile.
+    QList<QRectF> selectionRects() const { return m_listSelectionRect; }
+    /// Puts presets back; does nothing for another number of them, or while one is in force.
+    void setSelectionRects(const QList<QRectF>& listRect);
     /// The rectangle in force, pixels: its item's position less half its size. Empty without one.
     QRectF selectionRect() const;
 

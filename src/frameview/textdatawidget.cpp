@@ -111,6 +111,14 @@ bool TextDataWidget::findLayout(Layout& layout) const
     return true;
 }
 
+void TextDataWidget::clearImages()
+{
+    m_imgData.Release();
+    m_imgByte.Release();
+    for (QGraphicsItem* pItem : m_pScene->items())
+        m_pScene->removeItem(pItem);
+}
+
 bool TextDataWidget::refresh()
 {
     if (!isVisible() || m_imgData.Width() != m_imgByte.Width() || m_imgData.Height() != m_imgByte.Height() ||

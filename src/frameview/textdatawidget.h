@@ -32,6 +32,8 @@ public:
     /// @return false, with the grid as it was, when the widget is not visible, the two images differ in
     ///         size or are empty, or the centre lies off the image
     bool refresh();
+    /// Forgets both images and takes the grid away.
+    void clearImages();
 
 protected:
     void resizeEvent(QResizeEvent* pEvent) override;

@@ -37,6 +37,8 @@ void MainWindow::updateUnitCellInfo()
 
 void MainWindow::exportUnitCell()
 {
+    if (refuseDuringRun(tr("Exporting a unit cell")))
+        return;
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Unit Cell Data to File"),
                                                          m_dataSet.m_strWorkingDir, cellFilter());
     if (strFile.isEmpty())

@@ -19,7 +19,7 @@ void MainWindow::transformPeaksTo3D()
 {
     syncParametersWithControls(true);
     WindowReport report(*this);
-    ::transformPeaksTo3D(m_dataSet, m_mapping, report);
+    guarded([&] { ::transformPeaksTo3D(m_dataSet, m_mapping, report); });
 }
 
 void MainWindow::showPeaksIn3D()
@@ -29,7 +29,7 @@ void MainWindow::showPeaksIn3D()
         return;
     }
     syncParametersWithControls(true);
-    ::showPeaksIn3D(m_dataSet, m_mapping);
+    guarded([this] { ::showPeaksIn3D(m_dataSet, m_mapping); });
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -52,7 +52,7 @@ void MainWindow::peakReduction3D()
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
     report.goOn();
     const PeakMergingParameters merging = m_merging;  // the pages stay open to the user meanwhile
-    ::peakReduction3D(m_dataSet, merging, nullptr, report);
+    guarded([&] { ::peakReduction3D(m_dataSet, merging, nullptr, report); });
     m_pMergingPage->m_pButtonMerge->setEnabled(true);
 }
 

@@ -88,14 +88,6 @@ TEST(Pages, TakeADistortionWhenItsEditIsFinished)
 
 TEST(Pages, DisableWhatHasNoRunYetAndNothingElse)
 {
-    MergingPage merging;
-    merging.setMergingAlive(false);
-    EXPECT_FALSE(merging.m_pButtonMerge->isEnabled());
-    EXPECT_FALSE(merging.m_pSpinMax3DLength->isEnabled());
-    EXPECT_FALSE(merging.m_pRadioThroughFramesMaximum->isEnabled());
-    EXPECT_TRUE(merging.m_pButtonLoadPeaks->isEnabled());
-    EXPECT_TRUE(merging.m_pSpinIntensityMax->isEnabled());
-
     CellPage cell;
     cell.setSearchAlive(false);
     cell.setIndexingAlive(false);

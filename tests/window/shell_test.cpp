@@ -5,6 +5,7 @@
 #include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frameview/baseimgview.h"
+#include "frameview/originalimgscene.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -86,11 +88,21 @@ protected:
         return file.fileName();
     }
     bool logHas(const QString& strText) const { return m_pLog->toPlainText().contains(strText); }
-    /// Runs the hunt with `fnMeanwhile` called from its event pump.
+    /// Runs the hunt with `fnMeanwhile` called once from its event pump, after some frames.
     void huntWith(const std::function<void()>& fnMeanwhile)
     {
-        QTimer::singleShot(0, m_pWindow.get(), fnMeanwhile);
+        QTimer timer;
+        const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+        bool bCalled = false;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (bCalled || pBar->isHidden() || pBar->value() < 2)
+                return;
+            bCalled = true;
+            fnMeanwhile();
+        });
+        timer.start(0);
         m_pSearch->m_pRunButton->click();
+        EXPECT_TRUE(bCalled);
     }
 
     QTemporaryDir m_dir;
@@ -219,9 +231,11 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     QDragEnterEvent eventEnter({10, 10}, Qt::CopyAction, &mime, Qt::LeftButton, {});
     QApplication::sendEvent(m_pWindow.get(), &eventEnter);
     EXPECT_TRUE(eventEnter.isAccepted());
-    QDropEvent event({10, 10}, Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QDropEvent event({10, 10}, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, Qt::ShiftModifier);
+    event.setDropAction(Qt::MoveAction);
     m_pFrameSlider->setValue(4);
     QApplication::sendEvent(m_pWindow.get(), &event);
+    EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "a move would let the source delete the frames";
     ASSERT_EQ(m_pTable->rowCount(), 2);
     EXPECT_EQ(m_pTable->item(0, 0)->text(), QStringLiteral("series2.png"));
     EXPECT_EQ(m_pFrameSlider->value(), 1);
@@ -245,8 +259,16 @@ TEST_F(Shell, AProjectThatCannotBeReadLeavesTheOldOne)
     m_pWindow->openFiles({write(QStringLiteral("bad.ed3d"), "WAVELENGTH 0.0251\n")});
     EXPECT_TRUE(logHas(QStringLiteral("Error reading ed3d file: Could not find keyword \"CCDPIXELSIZE\"")));
     EXPECT_EQ(m_pTable->rowCount(), 3);
-    m_pFrameSlider->setValue(2);  // the pages are connected as before
-    EXPECT_EQ(m_pTable->currentRow(), 1);
+    auto* pFrames = m_pWindow->findChild<FramesPage*>();
+    pFrames->m_pContrastMinSpin->setValue(-1000000);  // the pages are connected as before: all turns white
+    const auto& vecImage = m_pWindow->findChild<OriginalImgScene*>()->images();
+    ASSERT_FALSE(vecImage.empty());
+    EXPECT_NE(vecImage.front()->Data()[0], 0);
+
+    m_pWindow->openFiles({m_dir.path()});
+    m_pWindow->openFiles({write(QStringLiteral("series.sc"), "1 1\n1 0 0\n")});
+    EXPECT_EQ(m_pLog->toPlainText().count(QStringLiteral("is neither a project nor an image.")), 2);
+    EXPECT_EQ(m_pTable->rowCount(), 3);
 }
 
 TEST_F(Shell, AFrameAskedForDuringARunIsShownAtItsEnd)
@@ -275,10 +297,20 @@ TEST_F(Shell, AFrameAskedForDuringARunIsShownAtItsEnd)
 TEST_F(Shell, ASecondClickStopsTheRun)
 {
     m_pWindow->openFiles({makeProject(6)});
+    const auto expectStopped = [&](int nFramesAtLeast) {
+        const QString strLog = m_pLog->toPlainText();
+        EXPECT_FALSE(strLog.contains(QStringLiteral("Peak hunting finished")));
+        EXPECT_TRUE(strLog.endsWith(QStringLiteral("Peak hunting did not finish."))) << qPrintable(strLog);
+        EXPECT_GE(strLog.count(QStringLiteral("peaks found on frame")), nFramesAtLeast);
+        EXPECT_FALSE(QFile::exists(m_dir.filePath("series.pk")));
+        EXPECT_EQ(m_pSearch->m_pRunButton->text(), QStringLiteral("Run"));
+        m_pLog->clear();
+    };
+    QTimer::singleShot(0, m_pSearch->m_pRunButton, &QPushButton::click);  // before the first frame
+    m_pSearch->m_pRunButton->click();
+    expectStopped(0);
     huntWith([&] { m_pSearch->m_pRunButton->click(); });
-    EXPECT_FALSE(logHas(QStringLiteral("Peak hunting finished")));
-    EXPECT_FALSE(QFile::exists(m_dir.filePath("series.pk")));
-    EXPECT_EQ(m_pSearch->m_pRunButton->text(), QStringLiteral("Run"));
+    expectStopped(2);
     m_pSearch->m_pRunButton->click();
     EXPECT_TRUE(logHas(QStringLiteral("Peak hunting finished"))) << "the flag was left standing";
 }

@@ -23,7 +23,6 @@ QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLim
     pSpin->setValue(dfStart);
     pSpin->setSuffix(strSuffix);
     pSpin->setAlignment(Qt::AlignRight);
-    pSpin->setGroupSeparatorShown(true);
     return pSpin;
 }
 
@@ -35,7 +34,6 @@ QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep
     pSpin->setSingleStep(nStep);
     pSpin->setValue(nStart);
     pSpin->setSuffix(strSuffix);
-    pSpin->setAlignment(Qt::AlignRight);
     return pSpin;
 }
 

@@ -115,6 +115,7 @@ QGroupBox* CellPage::makeDetermination()
         aRow[i].pButton->setMinimumWidth(15);
         aRow[i].pSpin =
             makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1, QStringLiteral(" Å⁻¹"));
+        aRow[i].pSpin->setGroupSeparatorShown(true);
         pAssignLayout->addWidget(aRow[i].pButton, i, 0);
         pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
     }

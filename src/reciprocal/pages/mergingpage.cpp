@@ -74,6 +74,9 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
 
     m_pSpinIntensityMin = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMin);
     m_pSpinIntensityMax = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMax);
+    for (QDoubleSpinBox* pSpin :
+         {m_pSpinResolutionMin, m_pSpinResolutionMax, m_pSpinIntensityMin, m_pSpinIntensityMax})
+        pSpin->setGroupSeparatorShown(true);
     pPageLayout->addWidget(makeRange(tr("Intensity Range"), m_pSpinIntensityMin, m_pSpinIntensityMax, this));
 
     pPageLayout->addWidget(makeMerging(), 1);
@@ -140,11 +143,4 @@ QGroupBox* MergingPage::makeMerging()
     pLayout->addWidget(m_pMergingParameters);
     pLayout->addWidget(m_pButtonMerge);
     return pMerging;
-}
-
-void MergingPage::setMergingAlive(bool bAlive)
-{
-    m_pTableTargetPeaks->setEnabled(bAlive);
-    m_pMergingParameters->setEnabled(bAlive);
-    m_pButtonMerge->setEnabled(bAlive);
 }

@@ -19,10 +19,6 @@ class MergingPage : public QWidget {
 public:
     explicit MergingPage(QWidget* pParent = nullptr);
 
-    /// Enables the table, the parameters and the button of "Peak Merging"; loading and saving of peaks
-    /// do not depend on it. On at start.
-    void setMergingAlive(bool bAlive);
-
     QGroupBox* m_pGroupApplyStretching;       ///< checkable, unchecked at start
     QDoubleSpinBox* m_pSpinStretchAmplitude;  ///< per cent; no keyboard tracking
     QDoubleSpinBox* m_pSpinStretchAzimuth;    ///< degrees; no keyboard tracking

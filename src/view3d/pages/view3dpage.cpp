@@ -197,8 +197,3 @@ QGroupBox* View3DPage::makeRotation()
     pGrid->addWidget(m_pComboRotationStep, 1, 2, 1, 4);
     return pGroup;
 }
-
-void View3DPage::setAlive(bool bAlive)
-{
-    setEnabled(bAlive);
-}

@@ -22,9 +22,6 @@ class View3DPage : public QWidget {
 public:
     explicit View3DPage(QWidget* pParent = nullptr);
 
-    /// Enables the whole page. On at start.
-    void setAlive(bool bAlive);
-
     QDoubleSpinBox* m_pSpinPointSize;
     QSpinBox* m_pSpinPointTransparency;       ///< per cent
     QGroupBox* m_pGroupCanvasGrid;            ///< checkable, checked at start
