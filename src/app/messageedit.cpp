@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QTextCursor>
 
 MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
@@ -45,6 +46,16 @@ void MessageEdit::addHtml(const QString& strText, const QColor& color)
     moveCursor(QTextCursor::End);
     insertHtml(QStringLiteral("<html><font face=\"%1\" color=\"%2\">%3</font></html>")
                    .arg(m_strFontFamily, color.name(), strText));
+}
+
+void MessageEdit::resizeEvent(QResizeEvent* pEvent)
+{
+    // Who reads the last line goes on seeing it when a narrower log breaks more lines.
+    QScrollBar* pBar = verticalScrollBar();
+    const bool bAtEnd = pBar->value() == pBar->maximum();
+    QTextBrowser::resizeEvent(pEvent);
+    if (bAtEnd)
+        pBar->setValue(pBar->maximum());
 }
 
 bool MessageEdit::event(QEvent* pEvent)

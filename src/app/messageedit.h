@@ -21,6 +21,7 @@ public:
 protected:
     /// Keeps the copy key for selected text; without one the window has it.
     bool event(QEvent* pEvent) override;
+    void resizeEvent(QResizeEvent* pEvent) override;
 
 private:
     QTextCharFormat m_format;
