@@ -23,6 +23,7 @@
 #include <QGraphicsPolygonItem>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -35,6 +36,7 @@
 #include <QTextBlock>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -333,15 +335,32 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     EXPECT_TRUE(shownItems<QGraphicsPolygonItem>().isEmpty());
 
     // The run: what it finds is on disk, and the frame in view is shown again with its own marks.
+    // Meanwhile the marks are those of the frame that was hunted last.
     m_pSlider->setValue(2);
-    int nInTheRun = -1;
-    QTimer::singleShot(0, m_pWindow.get(), [&] {
-        nInTheRun = shownItems<CrossItem>().size();
-        m_pSearch->m_pThresholdSpin->setValue(2000);  // for the next run, not for this one
-        m_pSearch->m_pClearMaskButton->click();       // refused
+    const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+    std::set<int> setHunted;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        const int nHunted = pBar->value();
+        if (pBar->isHidden() || nHunted < 2 || !setHunted.insert(nHunted).second)
+            return;
+        const QList<CrossItem*> listMark = shownItems<CrossItem>();
+        EXPECT_EQ(listMark.size(), 2) << nHunted;
+        for (const QPointF& ptSpot : {QPointF(21, 12), QPointF(-55, 40)}) {
+            const QPointF pt = g_ptBeam + drift(nHunted - 1) + ptSpot;
+            EXPECT_TRUE(std::any_of(listMark.begin(), listMark.end(), [&](const CrossItem* pMark) {
+                return QLineF(pMark->pos(), pt).length() < 0.8;  // marks stand on whole pixels
+            })) << nHunted;
+        }
+        if (setHunted.size() == 1) {
+            m_pSearch->m_pThresholdSpin->setValue(2000);  // for the next run, not for this one
+            m_pSearch->m_pClearMaskButton->click();       // refused
+        }
     });
+    timer.start(0);
     m_pSearch->m_pRunButton->click();
-    EXPECT_GE(nInTheRun, 1);
+    timer.stop();
+    EXPECT_GE(setHunted.size(), 3u);
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     EXPECT_GE(m_series.content("series.pk").count('\n'), 2 * g_nFrames);
     EXPECT_EQ(lines("2 peaks found on frame #   1", Qt::black), 1);
