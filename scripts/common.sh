@@ -5,7 +5,8 @@ set -euo pipefail
 PROJECT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 JOBS=${JOBS:-$(nproc)}
 
-PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libfftw3-dev libcminpack-dev
+PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
+              libfftw3-dev libcminpack-dev
               qt5-image-formats-plugins fonts-dejavu-core)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev xvfb xauth)
 
