@@ -71,12 +71,9 @@ TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
         CUclsCell ucls;
         ucls.setCoefficients(c[0], c[1], c[2], c[3], c[4], c[5]);
         const double dfDegrees = 180 / std::acos(-1.0);
-        const double aMetric[6] = {ucls.calA(),
-                                   ucls.calB(),
-                                   ucls.calC(),
-                                   ucls.calAlpha() * dfDegrees,
-                                   ucls.calBeta() * dfDegrees,
-                                   ucls.calGamma() * dfDegrees};
+        const double aAngle[3] = {ucls.calAlpha(), ucls.calBeta(), ucls.calGamma()};
+        const double aMetric[6] = {ucls.calA(),           ucls.calB(),           ucls.calC(),
+                                   aAngle[0] * dfDegrees, aAngle[1] * dfDegrees, aAngle[2] * dfDegrees};
         for (int n = 0; n < 6; ++n) {
             EXPECT_NEAR(f[n], aTrue[n], 2e-6 * aTrue[n]) << n;
             EXPECT_NEAR(aMetric[n], aTrue[n], 1e-8) << n;
@@ -91,21 +88,6 @@ TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
             EXPECT_NEAR(calculator.calDStar(h, k, l), std::sqrt(truth.calculate_1_d2_double(h, k, l)), 1e-10);
         }
     }
-}
-
-TEST(Cell, CoplanarAndMissingVectorsAreRefused)
-{
-    double a = 7, b = 7, c = 7, alpha = 7, beta = 7, gamma = 7;
-    const QList<QList<Vec3D>> listBad{{{1, 0, 0}, {0, 1, 0}},
-                                      {{1, 0, 0}, {0, 1, 0}, {1, 1, 0}},
-                                      {{std::nanf(""), 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-    for (const QList<Vec3D>& list : listBad)
-        EXPECT_FALSE(cellParametersFromList(list, a, b, c, alpha, beta, gamma)) << list.size();
-    EXPECT_EQ(a + b + c + alpha + beta + gamma, 42);
-    // Parallel vectors whose cosine rounds past 1 still have an angle.
-    const Vec3D v{0.1f, 0.7f, 0.3f};
-    basisToCellParameters(v, v, scaled(v, 3.f), a, b, c, alpha, beta, gamma);
-    EXPECT_NEAR(alpha, 0, 0.05);
 }
 
 TEST(UclsCell, VariancesAreThoseOfNumericalDerivatives)
@@ -157,16 +139,9 @@ TEST(Matrix3, RowsCountFromOneAndColumnsFromZero)
     CMatrix3 matrix(1, 2, 3, 4, 5, 6, 7, 8, 10);
     EXPECT_EQ(matrix.getRow(1), (Vec3D{1, 2, 3}));
     EXPECT_EQ(matrix.getColumn(0), (Vec3D{1, 4, 7}));
-    EXPECT_EQ(matrix.getRow(0), Vec3D());
-    EXPECT_EQ(matrix.getColumn(3), Vec3D());
-    EXPECT_EQ(matrix.multiplied(Vec3D{1, -1, 2}), (Vec3D{5, 11, 19}));
-    EXPECT_EQ(matrix.transposed().multiplied(Vec3D{1, -1, 2}), (Vec3D{11, 13, 17}));
     EXPECT_EQ(matrix.determinant(), -3);
     EXPECT_FALSE(matrix.isRegular());
     EXPECT_TRUE(matrix.scaled(-1).isRegular());
-    const CMatrix3 matOne = matrix.multiplied(matrix.inverted());
-    for (int n = 0; n < 9; ++n)
-        EXPECT_NEAR(matOne.m_dfElement[n], n % 4 == 0 ? 1 : 0, 1e-14);
 }
 
 TEST(TransformUnitCell, IdentityKeepsTheCellAndPrintsTheExactLine)

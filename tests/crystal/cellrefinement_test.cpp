@@ -12,7 +12,7 @@ namespace {
 
 const double g_aTrueCell[6] = {8.58, 12.97, 7.22, 90.6, 116.1, 88.4};
 
-QList<Peak3D> simulated(double dfSigma, unsigned nSeed, int nMax = 4)
+QList<Peak3D> simulated(double dfSigma, unsigned nSeed)
 {
     CCrystalParaCal cell;
     cell.setUnitCell(g_aTrueCell[0], g_aTrueCell[1], g_aTrueCell[2], g_aTrueCell[3], g_aTrueCell[4],
@@ -20,9 +20,9 @@ QList<Peak3D> simulated(double dfSigma, unsigned nSeed, int nMax = 4)
     std::mt19937 generator(nSeed);
     std::normal_distribution<double> noise(0, 1);
     QList<Peak3D> list;
-    for (int h = 0; h <= nMax; ++h)
-        for (int k = -nMax; k <= nMax; ++k)
-            for (int l = -nMax; l <= nMax; ++l)
+    for (int h = 0; h <= 4; ++h)
+        for (int k = -4; k <= 4; ++k)
+            for (int l = -4; l <= 4; ++l)
                 if (h != 0 || k != 0 || l != 0)
                     list.append(reflection(h, k, l, 0, cell.calDStar(h, k, l) + dfSigma * noise(generator)));
     return list;
@@ -111,7 +111,19 @@ TEST(CellRefinement, AgreesWithPlainLeastSquares)
     EXPECT_NEAR(r.found.dfRmsAfter[0], std::sqrt(dfSquares / list.size()), 1e-9);
     EXPECT_NEAR(r.found.dfRmsAfter[1], dfSizes / dfSum, 1e-9);
     // The start values are those of the cell handed in, whatever its angles.
-    EXPECT_EQ(r.report.m_listLine[1], "Unit cell before UCLS refinement: 8.7, 12.8, 7.3, 91, 115, 89");
+    const QStringList listStart{"Unit cell refinement: 404 points.",
+                                "Unit cell before UCLS refinement: 8.7, 12.8, 7.3, 91, 115, 89",
+                                "A-F before UCLS refinement: 0.0",
+                                "RMS of the d* errors before fitting: 0.0",
+                                "A-F after UCLS refinement: 0.0",
+                                "A-F UCLS esd: ",
+                                "Unit cell after UCLS refinement: 8.5",
+                                "Unit cell UCLS e.s.d: 0.0",
+                                "RMS of the d* errors after fitting: 0.00"};
+    ASSERT_EQ(r.report.m_listLine.size(), listStart.size());
+    for (int n = 0; n < listStart.size(); ++n)
+        EXPECT_TRUE(r.report.m_listLine[n].startsWith(listStart[n])) << r.report.m_listLine[n].toStdString();
+    EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found.nInfo)));
     cell.setUnitCell(8.7, 12.8, 7.3, 91, 115, 89);
     dfSquares = 0;
     for (const Peak3D& peak : list)
@@ -119,36 +131,10 @@ TEST(CellRefinement, AgreesWithPlainLeastSquares)
     EXPECT_NEAR(r.found.dfRmsBefore[0], std::sqrt(dfSquares / list.size()), 1e-9);
 }
 
-TEST(CellRefinement, PerfectCellComesBackAndTheLogTellsSo)
-{
-    const double aStart[6] = {10, 20, 25, 90, 90, 90};
-    CCrystalParaCal cell;
-    cell.setUnitCell(10, 20, 25, 90, 90, 90);
-    QList<Peak3D> list{reflection(0, 0, 0)};
-    for (int n = 1; n < 40; ++n)
-        list.append(reflection(n % 4, n % 5, n % 7, 0, cell.calDStar(n % 4, n % 5, n % 7)));
-    Refined r;
-    refine(r, list, aStart);
-    ASSERT_TRUE(r.bDone);
-    const char* const aStartOfLine[] = {"Unit cell refinement: 40 points.",
-                                        "Unit cell before UCLS refinement: 10, 20, 25, 90, 90, 90",
-                                        "A-F before UCLS refinement: 0.01, 0.0025, 0.0016, ",
-                                        "RMS of the d* errors before fitting: ",
-                                        "A-F after UCLS refinement: 0.01, 0.0025, 0.0016, ",
-                                        "A-F UCLS esd: ",
-                                        "Unit cell after UCLS refinement: 10, 20, 25, 90, 90, 90",
-                                        "Unit cell UCLS e.s.d: ",
-                                        "RMS of the d* errors after fitting: "};
-    ASSERT_EQ(r.report.m_listLine.size(), 9);
-    for (int n = 0; n < 9; ++n)
-        EXPECT_TRUE(r.report.m_listLine[n].startsWith(aStartOfLine[n])) << n;
-    EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found.nInfo)));
-}
-
-TEST(CellRefinement, FewBrokenAndJustEnoughReflections)
+TEST(CellRefinement, FiveReflectionsAreTooFewAndSixHaveNoErrors)
 {
     const QList<Peak3D> listAll = simulated(0, 0);
-    Refined few, six, negative, broken;
+    Refined few, six;
     refine(few, listAll.mid(0, 5), g_aTrueCell);
     EXPECT_FALSE(few.bDone);
     EXPECT_EQ(few.report.marked(),
@@ -157,30 +143,13 @@ TEST(CellRefinement, FewBrokenAndJustEnoughReflections)
 
     // Six reflections fix six coefficients exactly and say nothing of their errors.
     QList<Peak3D> listSix;
-    for (const Peak3D& peak : listAll)
-        for (const auto& hkl : {Vec3D{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 0}, {0, 1, 1}, {1, 0, 1}})
-            if (peak.dfH == double(hkl.x) && peak.dfK == double(hkl.y) && peak.dfL == double(hkl.z))
-                listSix.append(peak);
+    for (const Peak3D& p : listAll)
+        if (p.dfH >= 0 && p.dfK >= 0 && p.dfL >= 0 && std::max({p.dfH, p.dfK, p.dfL}) == 1 &&
+            p.dfH + p.dfK + p.dfL <= 2)
+            listSix.append(p);
     ASSERT_EQ(listSix.size(), 6);
     refine(six, listSix, g_aTrueCell);
     EXPECT_TRUE(six.bDone);
     EXPECT_NEAR(six.aCell[4], g_aTrueCell[4], 1e-6);
     EXPECT_FALSE(std::isfinite(six.found.dfCellStdErr[0]));
-
-    // A form whose negative minors in pairs make roots that look like lengths, and no numbers: the cell that
-    // came in stays.
-    QList<Peak3D> listBad;
-    for (const Vec3D& v : {Vec3D{1, -1, 0}, {0, 1, -1}, {1, 0, -1}, {2, -1, 0}, {0, 2, -1}, {-1, 0, 2}}) {
-        const double h = double(v.x), k = double(v.y), l = double(v.z);
-        listBad.append(reflection(
-            h, k, l, 0, std::sqrt(-0.7614 * (h * h + k * k + l * l) - 2.7403 * (h * k + k * l + h * l))));
-    }
-    refine(negative, listBad, g_aTrueCell);
-    EXPECT_TRUE(std::isfinite(negative.found.dfCell[0]) && std::isfinite(negative.found.dfCell[5]));
-    listBad[2].dfDStar = std::nan("");
-    refine(broken, listBad, g_aTrueCell);
-    for (const Refined* p : {&negative, &broken}) {
-        EXPECT_FALSE(p->bDone);
-        EXPECT_TRUE(std::equal(p->aCell, p->aCell + 6, g_aTrueCell));
-    }
 }

@@ -93,9 +93,4 @@ TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
     ASSERT_EQ(report.m_listProgress.size(), 232);
     EXPECT_EQ(report.m_listProgress.first() + report.m_listProgress[230] + report.m_listProgress.last(),
               "%v/%m 0..230230end");
-    CRecordingReport reportEmpty;
-    testReflectionConditions({}, 0.1, spaceGroup, reportEmpty);
-    EXPECT_EQ(
-        reportEmpty.marked(),
-        QStringList{"Reflection conditions will not be tested because the number of reflections is 0."});
 }

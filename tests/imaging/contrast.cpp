@@ -20,24 +20,6 @@ std::vector<float> skewedSamples(int n)
 
 }  // namespace
 
-TEST(CHistogram, LimitsAreThoseOfTheSortedSamplesToOneBin)
-{
-    const int n = 20011;  // a prime: no fraction falls on a whole number of samples
-    auto vec = skewedSamples(n);
-    CHistogram histogram;
-    ASSERT_EQ(histogram.Fill(vec.data(), n, 500), 1);
-    std::sort(vec.begin(), vec.end());
-    EXPECT_EQ(histogram.Min(), vec.front());
-    EXPECT_EQ(histogram.Max(), vec.back());
-    // The samples' bins are 1/499 of the range wide, the edges 1/500 apart.
-    const double dfBin = (histogram.Max() - histogram.Min()) / 499;
-    for (double dfP : {0.5, 0.1, 0.01, 0.001}) {
-        const int nBeyond = int((1 - dfP) * n);
-        EXPECT_NEAR(histogram.Upper(dfP), vec[std::size_t(nBeyond)], dfBin) << dfP;
-        EXPECT_NEAR(histogram.Lower(dfP), vec[std::size_t(n - 1 - nBeyond)], dfBin) << dfP;
-    }
-}
-
 TEST(CHistogram, CountsByTheRuleOfItsBins)
 {
     CHistogram histogram;
@@ -49,8 +31,6 @@ TEST(CHistogram, CountsByTheRuleOfItsBins)
     EXPECT_DOUBLE_EQ(histogram.Lower(0.6), 8.0 / 3);   // from the top: 1, then 3 of 6
     EXPECT_DOUBLE_EQ(histogram.Upper(0.0), 16.0 / 3);  // never exceeds 1: one bin beyond
     EXPECT_DOUBLE_EQ(histogram.Lower(0.0), 0.0);
-    EXPECT_EQ(histogram.Fill(aSample, 8, 0) + histogram.Fill(aSample + 6, 2, 3), 0);
-    EXPECT_EQ(histogram.Total(), 6) << "a refused fill leaves the counts";
 }
 
 // Of 100000 samples the dark end loses at most 10 and the bright end at most 100: the lone 5 and 90.
@@ -63,9 +43,6 @@ TEST(AutoContrast, CutsItsFractionsOffASparseTailAndLowersTheLowLimit)
     ASSERT_EQ(autoContrastLimits(vec.data(), 100000, &dfLow, &dfHigh), 1);
     EXPECT_NEAR(dfHigh, 500.0, 2.0);  // a bin
     EXPECT_NEAR(dfLow, -500.0 - 0.15 * 1000.0, 3.0);
-    vec[0] = NAN;
-    EXPECT_EQ(autoContrastLimits(vec.data(), 1, &dfLow, &dfHigh), 0);
-    EXPECT_NEAR(dfHigh, 500.0, 2.0);
 }
 
 TEST(FloatToByte, MapsTruncatesAndCutsOff)

@@ -81,24 +81,17 @@ TEST(Correlate, CentresTheMapItReturns)
     }
 }
 
-TEST(Correlate, BlankFramesAndUnknownMethodsGiveNoShift)
+TEST(Correlate, BlankFramesGiveNoShift)
 {
-    for (const auto& size : {std::pair<int, int>{64, 32}, {60, 50}, {45, 63}})
-        for (float f : {0.f, 100.f, 1234.5f})
+    for (const auto& size : {std::pair<int, int>{64, 32}, {45, 63}})
+        for (float f : {0.f, 1234.5f})
             for (int nMethod : {0, 1, 2}) {
-                const std::vector<COMPLEX> vecBlank(std::size_t(size.first) * std::size_t(size.second),
-                                                    COMPLEX{f, 0.f});
+                const std::vector<COMPLEX> vecBlank(std::size_t(size.first * size.second), COMPLEX{f, 0.f});
                 const auto vecSpots = asComplex(spotImage(size.first, size.second, 0.0, 0.0));
                 const auto result = correlate(vecSpots, vecBlank, size.first, size.second, nMethod);
                 EXPECT_FALSE(result.bFound) << size.first << " " << f << " " << nMethod;
                 EXPECT_EQ(std::make_pair(result.dfX, result.dfY), std::make_pair(0.0, 0.0));
             }
-    const auto vec = asComplex(spotImage(16, 16, 0.0, 0.0));
-    testing::internal::CaptureStdout();
-    const auto result = correlate(vec, vec, 16, 16, 3);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Unknown correlation method.\n");
-    EXPECT_FALSE(result.pMap || correlate(vec, vec, 0, 16, 1).pMap);
-    EXPECT_EQ(result.dfX, -99.0);
 }
 
 // Both halves of the spectrum enter the map of the test above.
@@ -144,7 +137,7 @@ TEST(FindCorrelationPeak, FindsAHillAtEveryEdgeInStepsOfAFortieth)
     check(6, 12, 1.25, 3.3);  // narrower than the enlarged box
 }
 
-TEST(FindCorrelationPeak, TakesTheFirstOfEqualMaximaAndNoneOfAFlatMap)
+TEST(FindCorrelationPeak, TakesTheFirstOfEqualMaxima)
 {
     std::vector<float> vecMap(40 * 30, 0.f);
     vecMap[10 * 40 + 12] = vecMap[10 * 40 + 30] = vecMap[20 * 40 + 5] = 4.f;
@@ -153,10 +146,4 @@ TEST(FindCorrelationPeak, TakesTheFirstOfEqualMaximaAndNoneOfAFlatMap)
     EXPECT_EQ(CCorrelation().FindCorrelationPeak(vecMap.data(), 40, 30, dfPeak, fX, fY), 1);
     EXPECT_EQ(fX * 100 + fY, 1210.f);
     EXPECT_EQ(dfPeak, 4.0);
-    for (float f : {0.f, -3.5f, NAN, INFINITY}) {
-        std::vector<float> vecFlat(40 * 30, f);
-        fX = fY = 7.f;
-        EXPECT_EQ(CCorrelation().FindCorrelationPeak(vecFlat.data(), 40, 30, dfPeak, fX, fY), 0);
-        EXPECT_EQ(std::abs(fX) + std::abs(fY), 0.f) << f;
-    }
 }

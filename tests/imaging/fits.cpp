@@ -90,39 +90,15 @@ TEST(FitPeak2D, FindsPureLorentziansWhereverTheBoxLies)
     }
 }
 
-TEST(FitPeak2D, FivePixelsSayNothingOfTheErrors)
-{
-    for (int nUsable : {5, 6}) {
-        auto img = spotOnFrame({100, 15.2, 4, 14.6, 4}, 30, 30);
-        const int aUsable[6][2] = {{14, 15}, {17, 15}, {15, 12}, {15, 17}, {13, 13}, {18, 17}};
-        std::vector<float> vecOld(img.Data(), img.Data() + 900);
-        std::fill(img.Data(), img.Data() + 900, 500.f);
-        for (int i = 0; i < nUsable; i++) {
-            const int n = aUsable[i][1] * 30 + aUsable[i][0];
-            img.Data()[n] = vecOld[std::size_t(n)] + (i % 2 ? 0.5f : -0.5f);
-        }
-        img.Data()[15 * 30 + 15] = NAN;
-        double x = 15.0, y = 15.0;
-        const auto vec = FitPeak2D(img, x, y, 4, 400.0);
-        for (std::size_t k = 5; k < 10; k++)
-            EXPECT_EQ(std::isinf(vec[k]), nUsable == 5) << nUsable << ", " << k << ": " << vec[k];
-    }
-}
-
 TEST(FitPeak2D, LeavesThePositionWhenThereIsNoBox)
 {
     const auto img = spotOnFrame({10, 5, 2, 5, 2}, 12, 12);
-    for (double dfStart : {-20.0, 1e300, double(NAN), 18.0}) {
-        double x = dfStart, y = 6.0;
-        EXPECT_EQ(FitPeak2D(img, x, y, 5, 1e9), std::vector<double>(11, -1.0)) << dfStart;
-        EXPECT_TRUE((x == dfStart || std::isnan(dfStart)) && y == 6.0);
-    }
-    double x = 3.0, y = 3.0;
-    EXPECT_EQ(FitPeak2D(img, x, y, 0, 1e9)[10], 0.0) << "one pixel for five parameters is bad input";
-    EXPECT_EQ(x, 3.0);
-    std::vector<double> vecX{5, -90}, vecY{6, 3};
-    EXPECT_EQ(FitPeakList(img, vecX, vecY, 4, 1e9).at(1)[10], -1.0);
+    std::vector<double> vecX{5, -90, NAN}, vecY{6, 3, 6};
+    const auto vecFit = FitPeakList(img, vecX, vecY, 4, 1e9);
     EXPECT_NEAR(vecY[0], 5.0, 1e-5);
+    EXPECT_EQ(vecFit.at(1), std::vector<double>(11, -1.0));
+    EXPECT_EQ(vecFit.at(2)[10], -1.0);
+    EXPECT_EQ(vecX[1] + vecY[1] + vecY[2], -81.0);
 }
 
 // At the solution of a noisy curve the gradient is 0, and the errors are those of the analytic Jacobian.
@@ -159,13 +135,6 @@ TEST(LorentzCurve, ErrorsOfANoisyCurveComputedApart)
         EXPECT_NEAR(adfGradient[a], 0.0, 1e-4 * std::sqrt(dfSquares * n[a][a])) << a;
         const double dfExpected = std::sqrt(dfVariance * adfInverse[a]);
         EXPECT_NEAR(adfErr[a], dfExpected, 1e-4 * dfExpected) << a;
-    }
-
-    for (int nPoints : {3, 2}) {  // three points give a curve but no error, two not even that
-        double adfFew[3] = {200.0, 13.0, 1.5};
-        EXPECT_EQ(fitLorentzCurve(listPoint.mid(8, nPoints), adfFew, adfErr) != 0, nPoints == 3);
-        EXPECT_EQ(adfFew[0] == 200.0, nPoints == 2);
-        EXPECT_TRUE(std::isinf(adfErr[0]) && std::isinf(adfErr[2]));
     }
 }
 

@@ -90,21 +90,6 @@ TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
             ASSERT_EQ(bDF2 ? df2.fft2d(nW, nH, vec.data(), 1) : fft.Transform(vec.data(), nW, nH, 1), 1);
             EXPECT_LT(largestDifference(vec, inDouble(vecImage)), 2e-6);
         }
-    COMPLEX value{1.f, 2.f};
-    EXPECT_EQ(df2.fft2d(1, 1, &value, 2) + df2.fft2d(0, 1, &value, 0) + df2.fft2d(1, 1, nullptr, 0), 0);
-}
-
-TEST(CAcmlFft, KeepsItsPlanWhileTheSizeStays)
-{
-    CAcmlFft fft;
-    EXPECT_EQ(fft.Init(16, 8), 1);
-    EXPECT_EQ(fft.Init(16, 8), 2);
-    auto vec = randomImage(128);
-    EXPECT_EQ(fft.Transform(vec.data(), 8, 16, -1), 1);
-    EXPECT_EQ(fft.Init(8, 16), 2);
-    EXPECT_EQ(fft.Init(16, 8), 1) << "the earlier size replaces the plan again";
-    EXPECT_EQ(fft.Transform(vec.data(), 0, 8, -1), 0);
-    EXPECT_EQ(fft.Width() + fft.Height(), 0);
 }
 
 // Codelets chosen by the alignment of the caller's buffer would differ in the last bit.

@@ -14,7 +14,6 @@
 
 #include <gemmi/symmetry.hpp>
 
-#include <limits>
 #include <set>
 #include <utility>
 
@@ -38,36 +37,6 @@ Peak3D reflection(double dfH, double dfK, double dfL, double dfI = 1, int nID = 
 }
 
 }  // namespace
-
-TEST(BasisSolver, RefusesLargeCells)
-{
-    CBasisSolver solver;
-    for (float f : {0.0101f, 0.0099f}) {  // about 1e6 Å³
-        solver.setBasis({f, 0, 0}, {0, 0.01f, 0}, {0, 0, 0.01f});
-        EXPECT_EQ(solver.isValid(), f > 0.01f);
-        EXPECT_NEAR(solver.solve({0, 0.035f, 0}).y, f > 0.01f ? 3.5 : 0, 1e-5);
-    }
-}
-
-TEST(Indexing, SpreadsThroughADistortedLattice)
-{
-    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(9, 12, 15, 84, 97, 103));
-    const QList<Peak3D> listTruth = distorted(simulatedReflections(listBasis, 1.0, 1e-4, all));
-    CBasisSolver solver;
-    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
-    int nByDivision = 0, nRight = 0;
-    for (const Peak3D& peak : listTruth)
-        nByDivision += isCloseToInteger(solver.solve(peak.point()), 0.05f);
-    QList<Peak3D> list = listTruth;
-    CRunReport report;
-    ASSERT_TRUE(indexReflections(list, listBasis, 0.05f, 1.f / 3, report));
-    for (const Peak3D& peak : list)
-        nRight += isCloseToInteger(peak, 0.05f) &&
-                  takeDuplicateReflections({peak, listTruth[peak.nID]})[0].size() == 1;
-    EXPECT_GT(list.size(), 3000);
-    EXPECT_LT(nByDivision, list.size() / 2);
-    EXPECT_EQ(nRight, list.size());
-}
 
 TEST(Indexing, IsThePlainLoopToTheLastBit)
 {
@@ -196,7 +165,6 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     IndexingParameters parameters;
     parameters.m_nSpaceGroup = 14;
     parameters.m_bOutputIndexing = true;
-    parameters.m_bOutputStatistics = true;
     CRecordingReport log;
     const IndexingResult result = runIndexing(data, list, parameters, log);
     ASSERT_EQ(result.status, IndexingStatus::Finished);
@@ -219,51 +187,22 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(data.m_vecReflectionFrame[10], -1);
 
     const int nCell = log.find(">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å");
-    const int nCount = log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2));
     EXPECT_GE(nCell, 0);
-    EXPECT_EQ(nCount, nCell + 1);
-    EXPECT_GT(log.find("Reflection condition for hkl:"), nCount);
+    EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2)), nCell + 1);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
               QStringList({"series.hkl", "series.ipf", "series.p4p"}));
 }
 
-TEST(RunIndexing, EveryRefusalLeavesTheDataSet)
-{
-    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
-    const QList<Peak3D> list = simulatedReflections(listCell, 0.3, 0, all);
-    const struct {
-        QList<Vec3D> listCell;
-        QList<Peak3D> list;
-        int nStop;
-        IndexingStatus status;
-        const char* szLine;
-    } aRow[] = {{{}, list, -1, IndexingStatus::NoCell, "Unit cell is not ready."},
-                {listCell, {}, -1, IndexingStatus::NothingSelected, "> No reflections to index."},
-                {{listCell[0], listCell[0], listCell[0]},
-                 list,
-                 -1,
-                 IndexingStatus::CoPlanarBasis,
-                 "Warning: co-planar reciprocal basis vectors!"},
-                {listCell, list, 2, IndexingStatus::Stopped, ""}};
-    for (const auto& row : aRow) {
-        DataSet data = indexedSeries(row.listCell, list);
-        data.m_vecReflectionFrame = {42};
-        CRecordingReport log;
-        log.m_nStopAfter = row.nStop;
-        EXPECT_EQ(runIndexing(data, row.list, IndexingParameters(), log).status, row.status) << row.szLine;
-        EXPECT_EQ(log.m_listLine.join("").right(int(qstrlen(row.szLine))), QString(row.szLine));
-        EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>({42}));
-        EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty());
-    }
-}
-
 TEST(RunIndexing, ACellBeyondTheSolverIndexesNothing)
 {
-    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(101, 101, 101, 90, 90, 90));
-    const QList<Peak3D> list = simulatedReflections(listCell, 0.03, 0, all);
-    DataSet data = indexedSeries(listCell, list);
-    CRecordingReport log;
-    EXPECT_EQ(runIndexing(data, list, IndexingParameters(), log).listUnindexedID.size(), list.size());
+    for (double dfA : {101.0, 99.0}) {  // about 1e6 Å³
+        const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(dfA, 100, 100, 90, 90, 90));
+        const QList<Peak3D> list = simulatedReflections(listCell, 0.03, 0, all);
+        DataSet data = indexedSeries(listCell, list);
+        CRecordingReport log;
+        EXPECT_EQ(runIndexing(data, list, IndexingParameters(), log).listUnindexedID.size(),
+                  dfA > 100 ? list.size() : 0);
+    }
 }
 
 // The last one is off by 0.06 of a step and so indexed only through the one before, three steps away.
@@ -309,25 +248,4 @@ TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
             EXPECT_EQ(log.said("red There aren't enough reflections for unit cell refinement."), nWhole < 7);
             EXPECT_EQ(log.said(QStringLiteral("Unit cell refinement: %1 points.").arg(nWhole)), nWhole >= 7);
         }
-}
-
-TEST(IndexedPeaks, AbnormalIDsAndFramesDoNoHarm)
-{
-    DataSet data = indexedSeries({}, {reflection(1, 0, 0), reflection(0.01, 0, 0)});
-    data.m_listPeakChain[0][1].nFrame = 10;  // beyond the series
-    data.m_vecReflectionFrame = {42};
-    CRecordingReport log;
-    buildIndexedPeaksOnFrame(data,
-                             {reflection(1, 0, 0, 1, 0), reflection(0.01, 0, 0, 1, 1),
-                              reflection(3, 0, 0, 1, 77), reflection(2, 0, 0, 1, -5)},
-                             log);
-    EXPECT_EQ(log.m_listLine, QStringList("Abnormal min ID: -5"));
-    EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>({42}));
-    ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);
-    int nPeaks = 0;
-    for (const QList<Peak3D>& listFrame : data.m_vecPeakIndexedOnFrame)
-        nPeaks += listFrame.size();
-    EXPECT_EQ(nPeaks, 1);
-    buildIndexedPeaksOnFrame(data, {reflection(1, 0, 0, 1, std::numeric_limits<int>::max())}, log);
-    EXPECT_TRUE(log.m_listLine.last().startsWith("Abnormal max ID"));
 }

@@ -254,7 +254,7 @@ TEST(Merging, FastMatchingFindsTheChainsOfThePlainWalk)
     }
 }
 
-TEST(Merging, SelectionStopAndRefusal)
+TEST(Merging, TakesTheSelectedPeaks)
 {
     DataSet data = flatSeries(2);
     addPeak(data, 0, 0, 0, {}, 1);
@@ -272,13 +272,4 @@ TEST(Merging, SelectionStopAndRefusal)
         EXPECT_EQ(data.m_listPeakMerged.size(), row.nMerged);
     }
     EXPECT_EQ(data.m_listPeakMerged[0].dfX2D, 150);
-    EXPECT_FALSE(log.said("outside"));
-
-    log.m_nStopAfter = 1;
-    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
-    log.m_nStopAfter = -1;
-    data.m_listShift.removeLast();
-    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
-    EXPECT_EQ(data.m_listPeakMerged.size(), 1);
-    EXPECT_EQ(log.m_listColor.last(), Qt::red);
 }
