@@ -1,0 +1,126 @@
+// Peak hunting of a series in the window, and the same run without a window.
+//
+// Compare huntInTheWindow with huntAlone: the ratio is what log, progress, events and mapping cost on top.
+#include "app/dataset/opening.h"
+#include "app/mainwindow.h"
+#include "frames/pages/peaksearchpage.h"
+#include "frames/peakhunting.h"
+#include "imagefiles/mrcfile.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QDoubleSpinBox>
+#include <QFile>
+#include <QFileInfo>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+const int g_nFrames = 24;
+const int g_nSide = 1024;
+const int g_nSpots = 300;
+const double g_dfThreshold = 20;
+
+// Noise, a halo and spots of which each frame has its own.
+CImgObj<float> frameImage(int nFrame)
+{
+    std::mt19937 random(nFrame);
+    std::normal_distribution<float> noise(100.f, 10.f);
+    std::uniform_int_distribution<int> place(20, g_nSide - 21);
+    CImgObj<float> img;
+    img.Create(g_nSide, g_nSide);
+    for (int i = 0; i < g_nSide * g_nSide; ++i) {
+        const double dfR = std::hypot(i % g_nSide - 510, i / g_nSide - 505);
+        img.Data()[i] = noise(random) + float(5000 / (1 + dfR * dfR / 400));
+    }
+    for (int k = 0; k < g_nSpots; ++k) {
+        const int nX = place(random), nY = place(random);
+        for (int d = -9; d <= 9; ++d)
+            for (int e = -9; e <= 9; ++e)
+                img.Data()[(nY + e) * g_nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 18.0));
+    }
+    return img;
+}
+
+void needApplication()
+{
+    if (qApp)
+        return;
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    static int nArgument = 1;
+    static char aName[] = "tessera-bench";
+    static char* aArgument[] = {aName, nullptr};
+    new QApplication(nArgument, aArgument);  // lives to the end: screens and fonts go down with the process
+}
+
+/// A project on frames of its own, with shifts, so that its peaks are mapped after the run.
+QString makeProject(const QTemporaryDir& dir)
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir.filePath("settings"));
+    QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.002\nFILELIST\n";
+    QByteArray bytesShift = "510 505\n";
+    for (int i = 0; i < g_nFrames; ++i) {
+        const QString strName = QStringLiteral("f%1.mrc").arg(i);
+        const CImgObj<float> img = frameImage(i);
+        if (!WriteMRC<float>({&img}, dir.filePath(strName)))
+            qFatal("no frame written");
+        const QByteArray bytesTilt = QByteArray::number(0.5 * i);
+        bytesProject += "FILE " + strName.toLatin1() + ' ' + bytesTilt + " 0 " + bytesTilt + '\n';
+        bytesShift += QByteArray::number(i + 1) + " 0 0\n";
+    }
+    const auto write = [&](const char* pszName, const QByteArray& bytes) {
+        QFile file(dir.filePath(pszName));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("no project written");
+    };
+    write("series.sc", bytesShift);
+    write("series.ed3d", bytesProject + "ENDFILELIST\n");
+    return dir.filePath("series.ed3d");
+}
+
+void huntInTheWindow(benchmark::State& state)
+{
+    needApplication();
+    const QTemporaryDir dir;
+    const QString strProject = makeProject(dir);
+    MainWindow window;
+    window.resize(1280, 800);
+    window.show();
+    window.openFiles({strProject});
+    auto* pPage = window.findChild<PeakSearchPage*>();
+    pPage->m_pThresholdSpin->setValue(g_dfThreshold);
+    for (auto _ : state)
+        pPage->m_pRunButton->click();
+    state.counters["list_bytes"] = double(QFileInfo(dir.filePath("series.pk")).size());
+}
+BENCHMARK(huntInTheWindow)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
+
+void huntAlone(benchmark::State& state)
+{
+    const QTemporaryDir dir;
+    const QString strProject = makeProject(dir);
+    CRunReport report;
+    DataSet dataSet;
+    MappingParameters mapping;
+    if (!openProject(dataSet, mapping, strProject, report))
+        qFatal("no project opened");
+    PeakHuntingParameters hunting;
+    hunting.m_dfPeakThreshold = g_dfThreshold;
+    CPeakFilters filters;
+    PeakHuntingOptions options;
+    options.nJobs = QThread::idealThreadCount();
+    for (auto _ : state)
+        runPeakHunting(dataSet, hunting, filters, report, options);
+    state.counters["list_bytes"] = double(QFileInfo(dir.filePath("series.pk")).size());
+}
+BENCHMARK(huntAlone)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
+
+}  // namespace
