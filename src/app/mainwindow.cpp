@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/messageedit.h"
+#include "app/pages/pagecontrols.h"
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
 #include "frames/frameloader.h"
@@ -153,7 +154,7 @@ void MainWindow::createViews()
     m_pPeakTableView->setAlternatingRowColors(true);
     m_pPeakTableView->setSortingEnabled(true);
     m_pPeakTableView->verticalHeader()->hide();
-    m_pPeakTableView->verticalHeader()->setDefaultSectionSize(20);
+    setLowRows(m_pPeakTableView);
     m_pPeakTableView->addAction(m_pActions->m_pTableCopySelected);
     m_pPeakTableView->addAction(m_pActions->m_pTableCopyAll);
     m_pPeakTableView->setContextMenuPolicy(Qt::ActionsContextMenu);

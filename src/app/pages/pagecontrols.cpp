@@ -44,10 +44,18 @@ QTableWidget* makeGroupTable(QWidget* pParent)
     pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     pTable->setSelectionMode(QAbstractItemView::SingleSelection);
     pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    setLowRows(pTable);
     pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     setNarrowColumn(pTable, 2);
     return pTable;
+}
+
+void setLowRows(QTableView* pTable)
+{
+    // The style's least height can be more, and Qt would quietly take that.
+    QHeaderView* pHeader = pTable->verticalHeader();
+    pHeader->setMinimumSectionSize(qMin(pHeader->minimumSectionSize(), g_nRowHeight));
+    pHeader->setDefaultSectionSize(g_nRowHeight);
 }
 
 void setNarrowColumn(QTableWidget* pTable, int nColumn)

@@ -5,10 +5,11 @@
 
 class QDoubleSpinBox;
 class QSpinBox;
+class QTableView;
 class QTableWidget;
 class QWidget;
 
-/// A right-aligned spin box of real numbers with group separators.
+/// A right-aligned spin box of real numbers.
 QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
                                double dfStep, double dfStart, const QString& strSuffix = {});
 
@@ -19,6 +20,9 @@ QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep
 /// An empty table of point groups, whose rows are selected whole and one at a time: "Label", which takes
 /// the spare width, "Count" and a narrow column without a title for the colour.
 QTableWidget* makeGroupTable(QWidget* pParent);
+
+/// Makes the rows of a table 20 pixels high, whatever the style takes for the least height.
+void setLowRows(QTableView* pTable);
 
 /// Makes column `nColumn` as narrow as a patch of colour or a mark needs, 25 pixels.
 void setNarrowColumn(QTableWidget* pTable, int nColumn);

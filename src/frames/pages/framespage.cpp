@@ -1,5 +1,7 @@
 #include "frames/pages/framespage.h"
 
+#include "app/pages/pagecontrols.h"
+
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
@@ -13,8 +15,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-const int g_nRowHeight = 20;  // pixels
 
 QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
                          double dfStep, const QString& strSuffix = {})
@@ -37,7 +37,7 @@ QTableWidget* makeFileTable(QWidget* pParent)
     pTable->setAlternatingRowColors(true);
     pTable->setSelectionMode(QAbstractItemView::SingleSelection);
     pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    setLowRows(pTable);
     pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     pTable->setToolTip(FramesPage::tr("File names of the images in the series"));

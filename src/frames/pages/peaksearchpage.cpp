@@ -1,5 +1,7 @@
 #include "frames/pages/peaksearchpage.h"
 
+#include "app/pages/pagecontrols.h"
+
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFont>
@@ -15,7 +17,6 @@
 
 namespace {
 
-const int g_nRowHeight = 20;        // pixels
 const int g_nRunButtonHeight = 30;  // pixels
 
 QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, double dfStep,
@@ -42,7 +43,7 @@ QTableWidget* makeMaskTable(QWidget* pParent)
     pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     pTable->setAlternatingRowColors(true);
-    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    setLowRows(pTable);
     pTable->setToolTip(PeakSearchPage::tr("Masks for areas to exclude in peak hunting"));
     return pTable;
 }

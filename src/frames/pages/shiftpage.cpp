@@ -1,5 +1,7 @@
 #include "frames/pages/shiftpage.h"
 
+#include "app/pages/pagecontrols.h"
+
 #include <QAction>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
@@ -15,7 +17,6 @@
 
 namespace {
 
-const int g_nRowHeight = 20;        // pixels
 const int g_nRunButtonHeight = 30;  // pixels
 
 QTableWidget* makeShiftTable(QWidget* pParent)
@@ -25,7 +26,7 @@ QTableWidget* makeShiftTable(QWidget* pParent)
     pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     pTable->setAlternatingRowColors(true);
-    pTable->verticalHeader()->setDefaultSectionSize(g_nRowHeight);
+    setLowRows(pTable);
     pTable->setToolTip(ShiftPage::tr("Shift of the images with respect to the first one"));
     return pTable;
 }
