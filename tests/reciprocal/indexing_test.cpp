@@ -225,27 +225,23 @@ TEST(RunIndexing, NeighboursLieWithinAThird)
 TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
 {
     const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
-    for (int nFrames : {2, 3})
-        for (int nCount : {6, 7}) {
-            QList<Peak3D> list = simulatedReflections(listCell, 0.5, 0, all).mid(0, nCount);
-            for (Peak3D& peak : list)
-                peak.nFrame = nFrames == 2 ? peak.nID % 2 : 1;
-            for (int nFrame : {0, nFrames - 1}) {
-                Peak3D peak = list[0];
-                peak.nFrame = nFrame;
-                list.append(peak);
-            }
-            DataSet data;
-            data.m_listCell = listCell;
-            for (int n = 0; n < nFrames; ++n)
-                data.m_listShift.append(QPointF());
-            IndexingParameters parameters;
-            parameters.m_bOutputRefinedCell = true;
-            CRecordingReport log;
-            const IndexingResult result = runIndexing(data, list, parameters, log);
-            EXPECT_EQ(result.listOnEdgeID.size(), nFrames == 2 ? 0 : 2);
-            const int nWhole = nFrames == 2 ? nCount + 2 : nCount;  // duplicates are refined, too
-            EXPECT_EQ(log.said("red There aren't enough reflections for unit cell refinement."), nWhole < 7);
-            EXPECT_EQ(log.said(QStringLiteral("Unit cell refinement: %1 points.").arg(nWhole)), nWhole >= 7);
-        }
+    const struct {
+        int nFrames, nCount, nOnEdge;
+        bool bRefined;
+    } aRow[] = {{2, 6, 0, false}, {2, 7, 0, true}, {3, 8, 2, false}, {3, 9, 2, true}};
+    for (const auto& row : aRow) {
+        QList<Peak3D> list = simulatedReflections(listCell, 0.5, 0, all).mid(0, row.nCount);
+        for (int n = 0; n < row.nCount; ++n)
+            list[n].nFrame = n < 2 ? n * (row.nFrames - 1) : row.nFrames / 2;
+        placeAt(list.last(), list[2].point());  // duplicates are refined, too
+        DataSet data;
+        data.m_listCell = listCell;
+        data.m_listShift = QVector<QPointF>(row.nFrames).toList();
+        IndexingParameters parameters;
+        parameters.m_bOutputRefinedCell = true;
+        CRecordingReport log;
+        EXPECT_EQ(runIndexing(data, list, parameters, log).listOnEdgeID.size(), row.nOnEdge);
+        EXPECT_EQ(log.said("red There aren't enough reflections for unit cell refinement."), !row.bRefined);
+        EXPECT_EQ(log.said("Unit cell refinement: 7 points."), row.bRefined);
+    }
 }

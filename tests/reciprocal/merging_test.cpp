@@ -187,10 +187,6 @@ TEST(Merging, EveryWayOfReducingAChain)
         EXPECT_EQ(merged.dfY2DCorrected, best.dfY2DCorrected);
         EXPECT_EQ(merged.dfI2D + merged.dfH + merged.dfK + merged.dfL + merged.nID + merged.nRGroup, 0);
     }
-    Peak3D merged;
-    EXPECT_FALSE(mergeReflectionsLineIntegration(merged, list.mid(0, 1), centres, 0));
-    EXPECT_TRUE(mergeReflectionsMax(merged, list.mid(0, 1), centres, 0));
-    EXPECT_FALSE(mergeReflectionsMax(merged, list.mid(3), centres, 1));
 
     // And the merge takes the way that the page asks for.
     for (int n = 0; n < 4; ++n) {
