@@ -40,29 +40,17 @@ TEST(ProjectFile, FindsKeywordsAnywhereAndPassesOverWhatIsNoNumber)
 
 TEST(ProjectFile, RefusesWhatCannotBeUsed)
 {
-    const auto keyword = [](const char* str) {
-        return QStringLiteral("Could not find keyword \"%1\" in the input file.").arg(str);
-    };
-    const QString strNoList = "Could not find a file list in the input file.";
-    const QByteArray strLists = "ENDFILELIST\nFILELIST\nFILE a 1 2 3\n";
     const struct {
         QByteArray bytesFile;
         QString strError;  // its beginning; empty: no error
     } aRow[] = {
         {g_strGeometry + g_strFrames, ""},
         {g_strGeometry + "FILELIST\nENDFILELIST", ""},  // a data set of no frames
-        {"", keyword("CCDPIXELSIZE")},
-        {"CCDPIXELSIZE 1\nROTATIONAXIS 0\n", keyword("WAVELENGTH")},
-        {"CCDPIXELSIZE 1\nWAVELENGTH 1\n" + g_strFrames, keyword("ROTATIONAXIS")},
-        {g_strGeometry, strNoList},
-        {g_strGeometry + "FILELIST\nFILE a 1 2 3\n", strNoList},
-        {g_strGeometry + strLists, strNoList},
+        {"CCDPIXELSIZE 1\nROTATIONAXIS 0\n", "Could not find keyword \"WAVELENGTH\" in the input file."},
+        {g_strGeometry + "FILELIST\nFILE a 1 2 3\n", "Could not find a file list in the input file."},
         {"WAVELENGTH nan\n" + g_strGeometry + g_strFrames, "The value of \"WAVELENGTH\" is no finite"},
-        {"CCDPIXELSIZE 0\n" + g_strGeometry + g_strFrames, "The value of \"CCDPIXELSIZE\" is 0;"},
         {"CCDPIXELSIZE 4e-7\n" + g_strGeometry + g_strFrames, "The value of \"CCDPIXELSIZE\" is 4e-07;"},
         {"WAVELENGTH -1\n" + g_strGeometry + g_strFrames, "The value of \"WAVELENGTH\" is -1;"},
-        {"ROTATIONAXIS 1e999\n" + g_strGeometry + g_strFrames, "The value of \"ROTATIONAXIS\" is no finite"},
-        {"STRETCHINGAMP inf\n" + g_strGeometry + g_strFrames, "The value of \"STRETCHINGAMP\" is no finite"},
         {g_strGeometry + "FILELIST\nFILE a 1 2 nan\nENDFILELIST", "A tilt of the frame a"},
         {g_strGeometry + QByteArray(1, '\0') + g_strFrames, "The file is no text file"},
         {"#" + QByteArray(5000, 'x') + "\n" + QByteArray(1023, 'y') + "\n" + g_strGeometry + g_strFrames, ""},
@@ -104,14 +92,12 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
     putFile(path("hotpixels.txt"), "1 4 5\n");
     ASSERT_TRUE(open());
     EXPECT_TRUE(loadUnitCellAtOpening(m_data, m_report));
-    EXPECT_EQ(m_report.marked(),
-              QStringList({"1 hot pixel positions loaded.",
-                           "1 peaks on 3 frames loaded from " + path("peaklist.txt") + ".",
-                           "Shift correction data loaded from " + path("shifts.txt") + ".",
-                           "Unit cell loaded from " + path("unitcell.txt") + "."}));
+    EXPECT_EQ(m_report.marked(), QStringList({"1 hot pixel positions loaded.",
+                                              "1 peaks on 3 frames loaded from " + path("peaklist.txt") + ".",
+                                              "Shift correction data loaded from " + path("shifts.txt") + ".",
+                                              "Unit cell loaded from " + path("unitcell.txt") + "."}));
     EXPECT_EQ(m_data.m_listFrameFile[0], path("a/f1.mrc"));
     EXPECT_EQ(m_data.m_listBeamTiltBreak, QList<int>({1, 0, 0}));
-    EXPECT_EQ(m_data.m_strProjectName, QString("p"));
     EXPECT_EQ(m_data.m_strWorkingDir, path("a"));
     EXPECT_EQ(m_data.m_listCell.size(), 3);
 
@@ -149,6 +135,7 @@ TEST_F(Opening, LeavesSideFilesOfOtherFrameCountsAside)
                            "there are 3 frames in the current dataset.",
                            "No shift data loaded.",
                            "Frame counts of ED shift, peaks and input ed3d file do not match."}));
+    EXPECT_TRUE(m_data.m_listShift.isEmpty());
     EXPECT_EQ(m_listReason.size(), 2);
     ASSERT_TRUE(open(g_strGeometry + "FILELIST\nENDFILELIST\n"));
     EXPECT_FALSE(countsAgree(m_data)) << "no frames, nothing to map";
@@ -160,12 +147,11 @@ TEST_F(Opening, FailsWithoutTouchingTheDataSet)
     m_data.m_strProjectName = "old";
     EXPECT_FALSE(open("WAVELENGTH 1"));
     EXPECT_EQ(m_report.marked(), QStringList("Error reading ed3d file: Could not find keyword "
-                                                  "\"CCDPIXELSIZE\" in the input file."));
+                                             "\"CCDPIXELSIZE\" in the input file."));
     for (const QString& strBad : {path("none.ed3d"), m_folder.path()}) {
         CRecordingReport report;
         EXPECT_FALSE(openProject(m_data, m_parameters, strBad, report));
-        EXPECT_EQ(report.marked(),
-                  QStringList("Error reading ed3d file: Could not load file: " + strBad));
+        EXPECT_EQ(report.marked(), QStringList("Error reading ed3d file: Could not load file: " + strBad));
     }
     EXPECT_EQ(m_data.m_strProjectName, QString("old"));
     EXPECT_EQ(m_data.m_listPeakFrame.size(), 1);
@@ -180,11 +166,8 @@ TEST_F(Opening, TakesStretchingFromAHundredthOnAndTurnsItsAzimuth)
         double dfAzimuth;
     } aRow[] = {{"", false, 7, 8},
                 {"STRETCHINGAMP 0.005\nSTRETCHINGAZIMUTH 5\n", false, 7, 8},
-                {"STRETCHINGAMP -3\n", false, 7, 8},
                 {"STRETCHINGAMP 0.01\nSTRETCHINGAZIMUTH 5\n", true, 0.01, 95},
-                {"STRETCHINGAMP 1.42\n", true, 1.42, 90},
                 {"STRETCHINGAMP 1\nSTRETCHINGAZIMUTH 90\n", true, 1, 0},
-                {"STRETCHINGAMP 1\nSTRETCHINGAZIMUTH 172\n", true, 1, 82},
                 {"STRETCHINGAMP 1\nSTRETCHINGAZIMUTH -100\n", true, 1, 170}};
     for (const auto& row : aRow) {
         m_data.m_dfStretchAmplitude = 7;
@@ -207,17 +190,11 @@ TEST_F(Opening, ImagesBecomeFramesATenthOfADegreeApart)
         openImageFiles(m_data, {path("x.1.dm3"), path("x.2.dm3"), path("y.dm3"), path("z.dm3")}, m_report));
     EXPECT_EQ(m_data.m_listFrameFile.size(), 4);
     EXPECT_EQ(m_data.m_listStageTilt[3], 0.1 * 3);
-    EXPECT_EQ(m_data.m_listOverallTilt, m_data.m_listStageTilt);
-    EXPECT_EQ(m_data.m_listBeamTilt, QList<double>({0, 0, 0, 0}));
     EXPECT_EQ(m_data.m_listBeamTiltBreak, QList<int>({1, 0, 0, 0}));
-    EXPECT_EQ(m_data.m_strProjectDir, m_folder.path());
-    EXPECT_EQ(m_data.m_strProjectName, QString("x.1"));
     EXPECT_EQ(m_data.m_dfRotationAxis, -139) << "geometry stays";
 
     EXPECT_EQ(openKind({"a.TXT", "b.ed3d"}), OpenKind::reflectionList);
-    EXPECT_EQ(openKind({"a.Ed3d"}), OpenKind::project);
     EXPECT_EQ(openKind({"ed3d"}), OpenKind::images);
-    EXPECT_EQ(openKind({}), OpenKind::nothing);
 }
 
 TEST(PageRounding, RoundsAsASpinBoxDoes)
@@ -226,19 +203,10 @@ TEST(PageRounding, RoundsAsASpinBoxDoes)
         double dfValue;
         int nDecimals;
         double dfMinimum, dfMaximum, dfExpected;
-        // -140.55 lies beyond its tie as a double, 0.15 and 2.675 before it; 0.125 and -0.375 are true ties
-    } aRow[] = {{0.00838, 6, 0, 1e4, 0.00838},
-                {0.0012345678, 6, 0, 1e4, 0.001235},
-                {-140.55, 1, -180, 180, -140.6},
-                {0.15, 1, 0, 1, 0.1},
-                {2.675, 2, 0, 10, 2.67},
-                {0.125, 2, 0, 1, 0.13},
-                {-0.375, 2, -1, 1, -0.38},
-                {1e9, 2, 0, 1000, 1000},
-                {-0.004, 2, 0, 1000, 0},
-                {180.06, 1, -180, 180, 180},
-                {std::nan(""), 2, 0.01, 0.5, 0.01},
-                {INFINITY, 2, 0, 100, 100}};
+        // -140.55 lies beyond its tie as a double, 2.675 before it; -0.375 is a true tie
+    } aRow[] = {{0.00838, 6, 0, 1e4, 0.00838},      {-140.55, 1, -180, 180, -140.6}, {-0.004, 2, 0, 1000, 0},
+                {std::nan(""), 2, 0.01, 0.5, 0.01}, {INFINITY, 2, 0, 100, 100},      {2.675, 2, 0, 10, 2.67},
+                {-0.375, 2, -1, 1, -0.38}};
     for (const auto& row : aRow)
         EXPECT_EQ(spinBoxValue(row.dfValue, row.nDecimals, row.dfMinimum, row.dfMaximum), row.dfExpected)
             << row.dfValue;
@@ -256,50 +224,28 @@ TEST(PageRounding, WrapsAngles)
     }
 }
 
-TEST(PageRounding, HoldsEachParameterAsItsPageDoes)
+// The parameters of the later pages are compared with the pages themselves.
+TEST(PageRounding, HoldsTheParametersOfTheDataSetAndOfPeakHunting)
 {
     DataSet data;
     PeakHuntingParameters hunting;
-    MappingParameters mapping;
-    PeakMergingParameters merging;
-    CellHuntingParameters cell;
     IndexingParameters indexing;
     indexing.m_nSpaceGroup = 231;
     const struct {
         double* pdfTarget;
         double dfValue, dfExpected;
-    } aRow[] = {{&data.m_dfCenterX, 248.126, 248.13},
-                {&data.m_dfCenterY, -1, 0},
-                {&data.m_dfRotationAxis, -139.26, -139.3},
-                {&data.m_dfTiltRelaxation, 0.26, 0.3},
-                {&data.m_dfPixelSize, 0.00838049, 0.00838},
-                {&data.m_dfWavelength, 0.02507934, 0.025079},
-                {&data.m_dfStretchAmplitude, 1.4192, 1.42},
-                {&data.m_dfStretchAzimuth, 181, 180},
-                {&hunting.m_dfPeakRadius, 5.006, 5.01},
-                {&hunting.m_dfBackgroundRadius, 2000, 1000},
-                {&hunting.m_dfPeakThreshold, -0.006, -0.01},
-                {&hunting.m_dfIntegrationRadius, 15.06, 15.1},
-                {&hunting.m_dfIntegrationBackground, 3.14, 3.1},
-                {&mapping.m_dfResolutionMin, -0.1, 0},
-                {&mapping.m_dfResolutionMax, 1.006, 1.01},
-                {&mapping.m_dfIntensityMin, -2e5, -1e5},
-                {&mapping.m_dfIntensityMax, 2e6, 1e6},
-                {&merging.m_dfMin3DDistance, 10.006, 10.01},
-                {&merging.m_dfMax2DDistance, -1, 0},
-                {&merging.m_dfMin2DLength, -2, -1},
-                {&merging.m_dfMax3DLength, 1001, 1000},
-                {&cell.m_dfCellRangeMin, 0.5, 1},
-                {&cell.m_dfCellRangeMax, 30.06, 30.1},
-                {&indexing.m_dfIndexThreshold, 0.7, 0.5}};
+    } aRow[] = {{&data.m_dfCenterX, 248.126, 248.13},           {&data.m_dfCenterY, -1, 0},
+                {&data.m_dfRotationAxis, -139.26, -139.3},      {&data.m_dfTiltRelaxation, 0.26, 0.3},
+                {&data.m_dfPixelSize, 0.00838049, 0.00838},     {&data.m_dfWavelength, 0.02507934, 0.025079},
+                {&data.m_dfStretchAmplitude, 1.4192, 1.42},     {&data.m_dfStretchAzimuth, 181, 180},
+                {&hunting.m_dfPeakRadius, 5.006, 5.01},         {&hunting.m_dfBackgroundRadius, 2000, 1000},
+                {&hunting.m_dfPeakThreshold, -0.006, -0.01},    {&hunting.m_dfIntegrationRadius, 15.06, 15.1},
+                {&hunting.m_dfIntegrationBackground, 3.14, 3.1}};
     for (const auto& row : aRow)
         *row.pdfTarget = row.dfValue;
     for (int i = 0; i < 2; ++i) {  // the second time changes nothing
         roundToPages(data);
         roundToPages(hunting);
-        roundToPages(mapping);
-        roundToPages(merging);
-        roundToPages(cell);
         roundToPages(indexing);
         for (const auto& row : aRow)
             EXPECT_EQ(*row.pdfTarget, row.dfExpected) << row.dfValue;

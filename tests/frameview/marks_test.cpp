@@ -70,7 +70,6 @@ TEST_F(Marks, CrossHasItsArmsAroundTheMiddleOfThePixel)
         setExpected.insert({20, 30 + i});
     }
     EXPECT_EQ(pixels(Qt::green), setExpected);
-    EXPECT_EQ(list[0]->boundingRect(), QRectF(-2.5, -2.5, 5, 5));
     list[0]->setColor(Qt::yellow);
     EXPECT_EQ(pixels(Qt::yellow), setExpected);
     replaceMarks(&m_scene, list);
@@ -107,8 +106,6 @@ TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
         replaceMarks(&m_scene, list, listNew);
         QCoreApplication::processEvents();
         EXPECT_EQ(view.m_nPaint, 1);
-        EXPECT_EQ(list.size(), 2000);
-        EXPECT_EQ(view.viewportUpdateMode(), QGraphicsView::FullViewportUpdate);
     }
     EXPECT_NE(view.viewport()->grab().toImage(), pictureBefore);
     view.m_nPaint = 0;

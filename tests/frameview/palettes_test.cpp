@@ -15,17 +15,4 @@ TEST(Palettes, RampsStartAndEndWhereTheyShould)
         ASSERT_EQ(paletteTable(row.nPalette)->size(), 256);
         EXPECT_EQ(paletteTable(row.nPalette)->at(row.i), row.rgb) << row.nPalette << ' ' << row.i;
     }
-    EXPECT_EQ(paletteTable(-1), nullptr);
-    EXPECT_EQ(paletteTable(4), nullptr);
-}
-
-TEST(Palettes, OverlayIsGreenWithTwoSpecialEntries)
-{
-    const QVector<QRgb> vec = overlayColorTable(0x40);
-    ASSERT_EQ(vec.size(), 256);
-    EXPECT_EQ(vec[0], 0u);
-    EXPECT_EQ(vec[1], 0x40000100u);
-    EXPECT_EQ(vec[253], 0x4000FD00u);
-    EXPECT_EQ(vec[254], 0xFFFF0000u);
-    EXPECT_EQ(vec[255], 0xFF00FFFFu);
 }

@@ -93,10 +93,8 @@ TEST_F(Dm3, TheImageIsTheFirstThatIsNoThumbnail)
         EXPECT_EQ(pixelsOf({byteRow("RGBA", nOrder, 23), full}, 0), vecFull);  // packed colours come first
         EXPECT_EQ(pixelsOf({full, small}, 1), vecFull);
         EXPECT_EQ(pixelsOf({small, full}, 2), vecSmall);  // no valid index
-        EXPECT_EQ(pixelsOf({small, full}, -1), vecSmall);
         EXPECT_EQ(pixelsOf({small, full}, 0, "Other"), vecSmall);
         EXPECT_TRUE(pixelsOf({small}, 0).empty());
-        EXPECT_TRUE(pixelsOf({}, 0).empty());
     }
 }
 
@@ -124,9 +122,7 @@ TEST_F(Dm3, WalksOverEveryFormOfEntry)
     const auto* pTwice = dynamic_cast<const TagEntry*>(DM3File::FindTag(file.root(), "twice"));
     ASSERT_NE(pTwice, nullptr);
     EXPECT_EQ(pTwice->pData.get()[0], 1);  // depth first: the nested one comes first
-    EXPECT_EQ(DM3File::FindTag(file.root(), "deeper")->nKind, 0);
     EXPECT_EQ(DM3File::FindTag(file.root(), "deep"), nullptr);
-    EXPECT_EQ(file.GetDimension(2), 0);
     for (const QString& strFile : {path("absent.dm3"), m_dir.path(), QStringLiteral("/dev/zero")}) {
         QString strReason;
         EXPECT_EQ(file.Read(strFile, &strReason), 0);
@@ -145,13 +141,11 @@ TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
         nested += dm3::group("", {}).chopped(1) + '\1';  // each says that it has one child
     const QByteArray sound = list(dm3::image(2, 2, 6, data4));
     const QByteArray groups = dm3::group("", std::vector<QByteArray>(600000, dm3::group("", {})));
-    const QString strUnknown = "Unknown tag \"t\" with";
     const struct {
         QByteArray bytes;
         QString strReason;  ///< begins so
     } aCase[] = {
         {"", "truncated: 0 of 18 header bytes"},
-        {sound.left(17), "truncated: 17 of 18 header bytes"},
         {sound.left(sound.size() / 2), "truncated: "},
         {dm3::big(4) + sound.mid(4, 32),
          "group \"ImageList\" of 1 tags with 0 bytes left (version 4; this is a reader of version 3)"},
@@ -160,35 +154,22 @@ TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
         {dm3::file({groups, groups}), "more than 1048576 tags"},
         {lone("\x16" + QByteArray(20, 0)), "Error: tagtype = 22 at byte 18"},
         {lone("\x15\xff\xff" + QByteArray(20, 0)), "truncated: head of a tag of 65546 bytes"},
-        {lone(dm3::entry("a", {}, "123456")), "Error: size of infoarry  <= 0"},
         {lone(dm3::entry("", {0}, "").replace(7, 4, dm3::big(UINT_MAX))), "Error: size of infoarry  <= 0"},
         {lone(dm3::entry("", {0}, "").replace(7, 4, dm3::big(INT_MAX))),
          "truncated: info array of 8589934588 bytes"},
-        {lone(dm3::entry("t", {18, 5}, "abcde")), strUnknown},
-        {lone(dm3::entry("t", {15, 0, 2, 0, 2}, "abcd")), strUnknown},
-        {lone(dm3::entry("t", {15, 0, 0x80000001, 0, 2}, "abcd")), strUnknown},
-        {lone(dm3::entry("t", {20, 15, 0, 1, 0, 2}, "ab")), strUnknown},
+        {lone(dm3::entry("t", {15, 0, 0x80000001, 0, 2}, "abcd")), "Unknown tag \"t\" with"},
         {lone(dm3::entry("a\n\xe4" + QByteArray(38, 'b'), {18, 5}, "")),
          "Unknown tag \"a??" + QString(37, 'b') + "...\" with"},
-        {lone(dm3::array("t", 2, 3, "abcde")),
-         "truncated: entry \"t\" of 3 elements of 2 bytes, 5 bytes left"},
         {lone(dm3::array("t", 7, UINT_MAX, "")), "truncated: entry \"t\" of 4294967295 elements"},
         {lone(dm3::entry("t", {20, 15, 0, 1, 0, 7, UINT_MAX}, "")), "truncated: entry \"t\""},
         {dm3::file({}).replace(14, 4, dm3::big(1)).chopped(8) + nested, "groups nested more than 64 deep"},
         {dm3::file({}), "no image"},
-        {dm3::file({dm3::integer("ImageList", 1)}), "no image"},
-        {list(dm3::integer("", 1)), "no image"},
-        {list(dm3::group("", {})), "image of 0 x 0 pixels"},
         {list(dm3::group("", {dm3::group("Dimensions", {dm3::integer("", 2)})})), "image of 2 x 0 pixels"},
-        {list(dm3::group("", {data4, dm3::group("Dimensions", {dm3::integer("", 2), dm3::integer("", 2)})})),
-         "no data type"},
-        {list(dm3::image(2, 2, 6, dm3::integer("Date", 1))), "no pixels"},
         {list(dm3::image(2, 2, 6, dm3::group("Data", {}))), "no pixels"},
         {list(dm3::image(1, 1, 3, data4)), "data type 3 is not read"},
         {list(dm3::image(-2, -2, 6, data4)), "image of -2 x -2 pixels"},
         {list(dm3::image(65536, 32768, 6, data4)), "image of 65536 x 32768 pixels"},
         {list(dm3::image(INT_MAX, INT_MAX, 12, data4)), "image of 2147483647 x 2147483647 pixels"},
-        {list(dm3::image(2, 3, 6, data4)), "2 x 3 pixels of 1 bytes, but 4 bytes of data"},
         {list(dm3::image(2, 2, 10, data4)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}};
     for (const auto& row : aCase) {
         CImgObj<float> image;
