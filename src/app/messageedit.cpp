@@ -22,6 +22,15 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     paletteLog.setColor(QPalette::LinkVisited, Qt::darkMagenta);
     setPalette(paletteLog);
 
+    // Who reads the last line goes on seeing it when a narrower log breaks more lines; the layout, and
+    // with it the range, follows a change of size step by step.
+    QScrollBar* pBar = verticalScrollBar();
+    connect(pBar, &QScrollBar::valueChanged, this, [this, pBar](int nValue) { m_bAtEnd = nValue == pBar->maximum(); });
+    connect(pBar, &QScrollBar::rangeChanged, this, [this, pBar](int, int nMaximum) {
+        if (m_bAtEnd)
+            pBar->setValue(nMaximum);
+    });
+
     setFontWeight(QFont::Normal);
     m_format = currentCharFormat();
 }
@@ -46,16 +55,6 @@ void MessageEdit::addHtml(const QString& strText, const QColor& color)
     moveCursor(QTextCursor::End);
     insertHtml(QStringLiteral("<html><font face=\"%1\" color=\"%2\">%3</font></html>")
                    .arg(m_strFontFamily, color.name(), strText));
-}
-
-void MessageEdit::resizeEvent(QResizeEvent* pEvent)
-{
-    // Who reads the last line goes on seeing it when a narrower log breaks more lines.
-    QScrollBar* pBar = verticalScrollBar();
-    const bool bAtEnd = pBar->value() == pBar->maximum();
-    QTextBrowser::resizeEvent(pEvent);
-    if (bAtEnd)
-        pBar->setValue(pBar->maximum());
 }
 
 bool MessageEdit::event(QEvent* pEvent)

@@ -21,9 +21,9 @@ public:
 protected:
     /// Keeps the copy key for selected text; without one the window has it.
     bool event(QEvent* pEvent) override;
-    void resizeEvent(QResizeEvent* pEvent) override;
 
 private:
+    bool m_bAtEnd = true;  ///< the last line is in view
     QTextCharFormat m_format;
     QString m_strFontFamily;
 };

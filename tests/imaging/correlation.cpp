@@ -147,3 +147,12 @@ TEST(FindCorrelationPeak, TakesTheFirstOfEqualMaxima)
     EXPECT_EQ(fX * 100 + fY, 1210.f);
     EXPECT_EQ(dfPeak, 4.0);
 }
+
+TEST(Correlate, SaysWhenThereIsNothingToAlign)
+{
+    const std::vector<COMPLEX> vecBlank(64 * 64, COMPLEX{0.f, 0.f});
+    const Result r = correlate(vecBlank, vecBlank, 64, 64, 1, true);
+    EXPECT_FALSE(r.bFound);
+    EXPECT_EQ(r.dfX, 0);
+    EXPECT_EQ(r.dfY, 0);
+}

@@ -245,3 +245,26 @@ TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
         EXPECT_EQ(log.said("Unit cell refinement: 7 points."), row.bRefined);
     }
 }
+
+TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
+{
+    const QList<Vec3D> listCell = reciprocalBasis(gemmi::UnitCell(8, 10, 12, 90, 100, 90));
+    const QList<Peak3D> list = simulatedReflections(listCell, 0.5, 0, all);
+    const struct {
+        QList<Vec3D> listCell;
+        QList<Peak3D> listSelection;
+        IndexingStatus status;
+        const char* pLine;
+    } aRow[] = {{{}, list, IndexingStatus::NoCell, "red Unit cell is not ready."},
+                {listCell, {}, IndexingStatus::NothingSelected, "> No reflections to index."},
+                {{listCell[0], listCell[1], listCell[0]}, list, IndexingStatus::CoPlanarBasis,
+                 "red Warning: co-planar reciprocal basis vectors!"}};
+    for (const auto& row : aRow) {
+        DataSet data = indexedSeries(row.listCell, list);
+        data.m_vecReflectionFrame = {77};
+        CRecordingReport log;
+        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status) << row.pLine;
+        EXPECT_TRUE(log.said(row.pLine)) << log.log().toStdString();
+        EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
+    }
+}
