@@ -6,6 +6,7 @@
 #include "frames/pages/peaksearchpage.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "reciprocal/pages/mergingpage.h"
 
 #include <gtest/gtest.h>
 
@@ -21,6 +22,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
@@ -103,6 +105,12 @@ protected:
         timer.start(0);
         m_pSearch->m_pRunButton->click();
         EXPECT_TRUE(bCalled);
+    }
+
+    /// What the last merge in the log said.
+    QString mergedLine() const
+    {
+        return m_pLog->toPlainText().split(QLatin1Char('\n')).filter(QStringLiteral("remained after merging")).value(0);
     }
 
     QTemporaryDir m_dir;
@@ -313,6 +321,69 @@ TEST_F(Shell, ASecondClickStopsTheRun)
     expectStopped(2);
     m_pSearch->m_pRunButton->click();
     EXPECT_TRUE(logHas(QStringLiteral("Peak hunting finished"))) << "the flag was left standing";
+
+    // The peaks that a complete run left stay through one that is stopped, in memory and on disk.
+    const QString strMerged = mergedLine();
+    EXPECT_FALSE(strMerged.startsWith(QStringLiteral("0 peaks"))) << qPrintable(strMerged);
+    m_pSearch->m_pThresholdSpin->setValue(1e6);  // of the run to come
+    huntWith([&] { m_pSearch->m_pRunButton->click(); });
+    EXPECT_TRUE(m_pLog->toPlainText().endsWith(QStringLiteral("Peak hunting did not finish.")));
+    m_pLog->clear();
+    m_pWindow->findChild<MergingPage*>()->m_pButtonMerge->click();
+    EXPECT_EQ(mergedLine(), strMerged);
+    QFile filePeaks(m_dir.filePath("series.pk"));
+    ASSERT_TRUE(filePeaks.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(filePeaks.readAll().isEmpty());
+}
+
+TEST_F(Shell, AFrameThatIsMissingEndsTheRunWithItsName)
+{
+    m_pWindow->openFiles({makeProject(5)});
+    QFile::remove(m_dir.filePath("series3.png"));
+    m_pSearch->m_pRunButton->click();
+    EXPECT_TRUE(logHas(QStringLiteral("series3.png: failed to load")));
+    EXPECT_TRUE(m_pLog->toPlainText().endsWith(QStringLiteral("Peak hunting did not finish.")));
+    EXPECT_FALSE(QFile::exists(m_dir.filePath("series.pk")));
+    EXPECT_EQ(m_pSearch->m_pRunButton->text(), QStringLiteral("Run"));
+}
+
+TEST_F(Shell, HotPixelsAreRepairedOnTheFrameThatIsShown)
+{
+    const QString strProject = makeProject(2);
+    const auto isSpotShown = [&] {
+        m_pWindow->openFiles({strProject});
+        auto* pFrames = m_pWindow->findChild<FramesPage*>();
+        pFrames->m_pContrastMinSpin->setValue(0);
+        pFrames->m_pContrastMaxSpin->setValue(20000);  // the spot has 16320, the ground 640
+        const auto& imgShown = *m_pWindow->findChild<OriginalImgScene*>()->images().front();
+        return imgShown.Data()[20 * g_nSide + 30] != imgShown.Data()[0];
+    };
+    EXPECT_TRUE(isSpotShown());
+    write(QStringLiteral("hotpixels.txt"), "1 30.9 20.2\n");
+    EXPECT_FALSE(isSpotShown());
+    EXPECT_TRUE(logHas(QStringLiteral("1 hot pixel positions loaded.")));
+}
+
+TEST_F(Shell, TheProgramOpensWhatItsCommandLineNames)
+{
+    const QString strProject = makeProject(2);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir.filePath("config"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(m_dir.path());
+    process.start(QStringLiteral(TESSERA_BIN_DIR "/tessera"), {QFileInfo(strProject).fileName()});
+    // What has been opened stands in the recent list.
+    const auto recent = [&] {
+        return QSettings(m_dir.filePath("config/Lumenarc/Tessera.conf"), QSettings::IniFormat)
+            .value(QStringLiteral("recentSeriesList"))
+            .toStringList();
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !recent().isEmpty(); }, 30000));
+    EXPECT_EQ(recent(), QStringList{strProject});
+    process.kill();
+    process.waitForFinished();
 }
 
 TEST_F(Shell, ClosingDuringARunStopsItAndThenCloses)

@@ -1,3 +1,4 @@
+// The main of the tests that need an application object.
 #include <gtest/gtest.h>
 
 #include <QApplication>
