@@ -5,6 +5,7 @@
 #include "app/dataset/dataset.h"
 #include "app/records/hklref.h"
 #include "app/records/runparameters.h"
+#include "crystal/matrix3.h"
 #include "frames/peakfilters.h"
 
 #include <QLocale>
@@ -21,21 +22,25 @@ class BaseImgView;
 class CellPage;
 class CircleItem;
 class CrossItem;
+class ED3DWidget;
 class CRunReport;
 class FramesPage;
 class MergingPage;
 class MessageEdit;
+class MySortFilterProxyModel;
 class OriginalImgScene;
 class PeakSearchPage;
 class RefinementPage;
 class ShiftPage;
 class TabWidget;
+class TableModel;
 class TextDataWidget;
 class TextItem;
 class View3DPage;
 class WindowActions;
 class WindowReport;
 class QComboBox;
+class QModelIndex;
 class QDockWidget;
 class QGraphicsLineItem;
 class QGraphicsPolygonItem;
@@ -46,9 +51,11 @@ class QSlider;
 class QSpinBox;
 class QSplashScreen;
 class QTableView;
+class QTableWidget;
 class QToolBox;
 class QwtPlot;
 class QwtPlotCurve;
+class QwtPlotMarker;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -126,14 +133,81 @@ public slots:
     void enableShowPeaks(bool bShow);
     void mouseMoving(QPointF posF);
 
-    // Mapping: src/reciprocal/mainwindow_mapping.cpp
+    // Mapping and merging: src/reciprocal/mainwindow_mapping.cpp
     void transformPeaksTo3D();
     void showPeaksIn3D();
     void recalculate3DPeakPositionsAndUpdateView();
     void peakReduction3D();
     void showRotationAxisLine();
+
+    // The unit cell: src/reciprocal/mainwindow_cell.cpp
+    void runUnitCellHunting();
     void updateUnitCell();
     void updateUnitCellInfo();
+    void switchtoManualUnitCellHunting(bool bTrue);
+    void unitCellHuntingManualAssignRA();
+    void unitCellHuntingManualAssignRB();
+    void unitCellHuntingManualAssignRC();
+    void unitCellHuntingManualUpdateRA();
+    void unitCellHuntingManualUpdateRB();
+    void unitCellHuntingManualUpdateRC();
+
+    // Its transformation: src/crystal/mainwindow_transformation.cpp
+    bool transformUnitCell();
+    void transformUnitCellClicked();
+    void testUnitCellToggled(bool bChecked);
+    void unitCellTransformatinMatrixEdited();
+    void updateCellTransformMatrixLabels();
+
+    // Indexing and reflection lists: src/crystal/mainwindow_indexing.cpp
+    void runIndexing();
+    bool loadShelxFile();
+
+    // Point groups: src/reciprocal/mainwindow_groups.cpp
+    void addSelectedAsNewGroup();
+    void removeSelectedPeakGroups();
+    void mergeSelectedPeakGroups();
+    void resetSelectedPeakGroups();
+    void exportSelectedPeak3D();
+    void restorePointGroups();
+    void updatePeakGroupsFromView();
+    void pointGroupTableCellClicked(int nRow, int nColumn);
+    void pointGroupTableLabelEdidted(int nRow, int nColumn);
+    void ed3dViewPointDisplayDataChanged(ED3DWidget* view);
+
+    // Peak table: src/reciprocal/mainwindow_peaktable.cpp
+    void updatePeakTable(QList<Peak3D> listPeak);
+    void updatePeakTableColumnVisability();
+    void copySelectedReflectionsInPeakTable();
+    void copyAllReflectionsInPeakTable();
+
+    // Curve window: src/frames/mainwindow_curves.cpp
+    bool showPeakInCurve(int nIndex);
+    void updateCurveWindow(QModelIndex index);
+    void copyIntensityCurveData();
+    void copyIntensityCurveWindow();
+
+    // The 3D view in the current tab: src/view3d/mainwindow_view3d.cpp
+    void update3DViewControls();
+    void pointSize3DChanged(double dfNewSize);
+    void pointAlpha3DChanged(int nTransparency);
+    void canvasGridTransparencyChanged(int nTransparency);
+    void canvasGridToggled(bool bEnable);
+    void unitCellLatticePointsToggled(bool bEnable);
+    void unitCellLatticeLinesToggled(bool bEnable);
+    void unitCellLatticeRangeChanged();
+    void rotateAlongRA();
+    void rotateAlongRB();
+    void rotateAlongRC();
+    void rotateAlongA();
+    void rotateAlongB();
+    void rotateAlongC();
+    void rotate3DViewUp();
+    void rotate3DViewDown();
+    void rotate3DViewLeft();
+    void rotate3DViewRight();
+    void rotate3DViewClockwise();
+    void rotate3DViewCounterClockwise();
 
 signals:
     /// After each try to read frame nIndex, from 1, for the view.
@@ -154,7 +228,11 @@ private:
     void createToolBar();
     void createStatusBar();
     void createViews();
+    void create3DView(ED3DWidget*& pView, const QString& strTab);
+    void createPeakTable();
     void connectPages();
+    void connect3DPage();
+    void connectCellPage();
     static QSettings* makeSettings(QObject* pParent = nullptr);
     void readSettings();
     void arrangeDocks();
@@ -168,6 +246,8 @@ private:
     bool openProject(const QString& strFileName);
     void openImageFiles(const QStringList& listFile);
     bool openReflectionList(const QString& strFileName);
+    /// Shows a list of reflections in the merged view and in the table.
+    void showReflectionList(const QList<Peak3D>& listPeak);
     /// Takes what is left of the old data set off the window, when the core has opened a new one.
     void clearDataSet();
     void showFirstFrame();
@@ -180,6 +260,26 @@ private:
     void makeMaskItems();
     void clearMaskItems();
     void refreshPeakMarks();
+
+    // Of the 3D views.
+    QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
+    void set3DPageConnected(bool bConnect);
+    /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is shown.
+    void buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable);
+    /// The rows of the panel's table that hold a selected item, each once, in the order of selection.
+    QList<int> selectedPeakGroupRows() const;
+    /// The row of the first selected item; without one the first row is made current. A warning and -1 if
+    /// there is nothing to choose.
+    int selectedGroupRow(QTableWidget* pTable);
+    /// The reflections of the group chosen on the cell page; false when the user has been told why not.
+    bool selectReflectionsForProcessing(QList<Peak3D>& listPeak);
+    void assignViewingDirection(int nVector);
+    void updateManualLength(int nVector);
+    void rotateAlong(int nVector, bool bReciprocal);
+    double rotationStep();
+    void showLattice(int nRange);
+    void fillReflectionGrouping();
+
     /// Sets the contrast limits from the frame in memory.
     void setAutoContrast();
 
@@ -243,6 +343,8 @@ private:
     QList<QMetaObject::Connection> m_listPanelConnection;
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
     double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
+    CMatrix3 m_dfCellMatrix;            ///< of the transformation of the cell
+    QString m_strLatticeHost;           ///< address of the service that the links of unit cells go to
     QList<Vec3D> m_listTextPoint;       ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;
     QTimer m_timerPlay;
@@ -259,9 +361,15 @@ private:
     BaseImgView* m_pFrameView = nullptr;
     TextDataWidget* m_pTextData = nullptr;
     QGraphicsLineItem* m_pAxisLine = nullptr;
+    ED3DWidget* m_pView3DRaw = nullptr;
+    ED3DWidget* m_pView3DMerged = nullptr;
+    QPointer<ED3DWidget> m_pView3DCurrent;  ///< the one that the page "3D View Control" acts on
     QTableView* m_pPeakTableView = nullptr;
+    TableModel* m_pPeakTableModel = nullptr;
+    QList<QAction*> m_listColumnAction;  ///< one per column of the peak table
     QwtPlot* m_pCurvePlot = nullptr;
     QwtPlotCurve* m_pCurve = nullptr;
+    QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series; owned
     QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
     QAction* m_pRecentSeparator = nullptr;  ///< before the recent data sets, shown with them

@@ -1,0 +1,2 @@
+// CPointGroups: the named, coloured groups of a cloud of points, and the selection.
+#pragma once

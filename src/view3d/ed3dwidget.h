@@ -1,0 +1,107 @@
+// ED3DWidget: a cloud of peaks in reciprocal space, drawn by OpenGL, with the reciprocal lattice over it.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/vec3d.h"
+#include "view3d/cloud/pointgroups.h"
+
+#include <QColor>
+#include <QGLWidget>
+#include <QList>
+#include <QStringList>
+
+/// Shows points of reciprocal space (Å⁻¹, laboratory frame) and lets the user turn, select and group them.
+///
+/// The size of a point grows with the logarithm of its intensity, so that weak and strong reflections are
+/// seen in one picture. The camera outlives the points: setPoints() changes groups and selection only.
+/// Without an OpenGL context the widget paints a note instead, says so once by contextFailed(), and all that
+/// isn't drawing goes on working.
+class ED3DWidget : public QGLWidget {
+    Q_OBJECT
+
+public:
+    explicit ED3DWidget(QWidget* pParent = nullptr);
+    ~ED3DWidget() override;
+
+    /// Takes the points, empties the selection and leaves group 0 alone. A list with a negative nID can't be
+    /// looked up by nID and leaves the view empty.
+    void setPoints(const QList<Peak3D>& listPeak);
+    const QList<Peak3D>& points() const;
+    /// Copies dfH, dfK, dfL of each given record to every point of equal nID.
+    void setIndices(const QList<Peak3D>& listPeak);
+
+    /// Draws the lattice of a*, b*, c* (Å⁻¹); any other count of vectors: none.
+    void setLattice(const QList<Vec3D>& listCell);
+    void setLatticeRange(int nH, int nK, int nL);
+    void getLatticeRange(int& nH, int& nK, int& nL) const;
+    void setShowLatticePoints(bool bShow);
+    bool showLatticePoints() const;
+    void setShowLatticeLines(bool bShow);
+    bool showLatticeLines() const;
+    void setShowCanvasGrid(bool bShow);
+    bool showCanvasGrid() const;
+    double pointSizeRatio() const;
+    float pointAlpha() const;
+    float canvasGridAlpha() const;
+
+    void resetView();
+    /// Turns the direction v (reciprocal space) towards the viewer; any turn before it is dropped.
+    void viewAlong(const Vec3D& v);
+    /// One turn of the scene about an axis of the screen, degrees.
+    void rotateAroundScreenX(double dfAngle);
+    void rotateAroundScreenY(double dfAngle);
+    void rotateAroundScreenZ(double dfAngle);
+    /// Unit vector in reciprocal space that points at the viewer.
+    Vec3D getViewDirection() const;
+    /// Rotation (16 numbers, column by column), pan and zoom in Å⁻¹.
+    void getCamera(float* pfRotation, float& fPanX, float& fPanY, float& fZoom) const;
+    void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
+
+    /// Inserts a shown group of point indices at nIndex, or at the end where nIndex lies past it.
+    void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint, const QColor& color);
+    /// The same by nID; one that no point has is dropped.
+    void insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId, const QColor& color);
+    /// Removes the given groups but group 0; their points go back to group 0 where no other group holds them.
+    void removePointGroups(const QList<int>& listGroup);
+    /// Unites the given groups under label, colour and place of the first of them.
+    void mergePointGroups(const QList<int>& listGroup);
+    /// False for a bad index, as the next two.
+    bool setGroupLabel(int nIndex, const QString& strLabel);
+    bool setGroupColor(int nIndex, const QColor& color);
+    bool setGroupVisible(int nIndex, bool bVisible);
+    void clearSelection();
+    void updatePointGroups();
+    /// Labels, colours, visibility and point indices of the groups, and the selected indices.
+    const QStringList& groupLabels() const;
+    const QList<QColor>& groupColors() const;
+    const QList<bool>& groupsVisible() const;
+    const QList<QList<int>>& groupPoints() const;
+    const QList<int>& selectedPoints() const;
+
+    /// The colour for the next new group; counts over all views for as long as the program runs.
+    static QColor nextGroupColor();
+
+public slots:
+    void setLightIntensity(int l);
+    void setLight(bool l);
+    void setAspectRatio(bool a);
+    void setBackgroundColor(QColor c);
+    void setCanvasGridColor(QColor c);
+    void setPointSizeRatio(double fRatio);
+    void calPointSizes();
+    void setPointAlpha(float fPointAlpha);
+    void setCanvasGridAlpha(float fCanvasGridAlpha);
+    void addSelectedPeaksAsNewGroup();
+    void changeBackGroundColor();
+    void changeCanvasGridColor();
+
+signals:
+    /// After each rubber band that was drawn.
+    void selectionChanged(ED3DWidget* widget);
+    /// Points, groups, selection or colours have changed.
+    void pointDisplayDataChanged(ED3DWidget* widget);
+    /// For the status bar.
+    void textMessage(QString strMessage);
+    /// Once, when there is no OpenGL context to draw with; for the log.
+    void contextFailed(QString strMessage);
+};
