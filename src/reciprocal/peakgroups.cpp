@@ -1,0 +1,116 @@
+#include "reciprocal/peakgroups.h"
+
+#include "app/records/groupmask.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const int g_nGroups = 64;
+
+/// Finds the first peak of a frame by nID in logarithmic time. A frame is sorted when it is first asked for.
+class PeakFinder {
+public:
+    explicit PeakFinder(const QList<QList<Peak3D>>& listPeakFrame)
+        : m_listPeakFrame(listPeakFrame), m_vecFrame(size_t(listPeakFrame.size()))
+    {
+    }
+    /// The place of the peak on its frame, -1 for none.
+    int place(int nFrame, int nID)
+    {
+        if (nFrame < 0 || nFrame >= m_listPeakFrame.size())
+            return -1;
+        const QList<Peak3D>& listPeak = m_listPeakFrame[nFrame];
+        auto& vecPlace = m_vecFrame[size_t(nFrame)];  // (nID, place)
+        if (int(vecPlace.size()) < listPeak.size()) {
+            vecPlace.reserve(size_t(listPeak.size()));
+            for (int i = 0; i < listPeak.size(); ++i)
+                vecPlace.emplace_back(listPeak[i].nID, i);
+            if (!std::is_sorted(vecPlace.begin(), vecPlace.end()))
+                std::sort(vecPlace.begin(), vecPlace.end());
+        }
+        const auto it = std::lower_bound(vecPlace.begin(), vecPlace.end(), std::make_pair(nID, 0));
+        return it != vecPlace.end() && it->first == nID ? it->second : -1;
+    }
+
+private:
+    const QList<QList<Peak3D>>& m_listPeakFrame;
+    std::vector<std::vector<std::pair<int, int>>> m_vecFrame;
+};
+
+bool noPeakHasGroups(const QVector<QVector<QList<int>>>& vecPeakGroup)
+{
+    for (const QVector<QList<int>>& vecGroup : vecPeakGroup)
+        for (const QList<int>& listGroup : vecGroup)
+            if (!listGroup.isEmpty())
+                return false;
+    return true;
+}
+
+/// All peaks in group 0 alone, as peaks are that no group list has an entry for.
+QVector<QVector<QList<int>>> groupZeroAlone(const QList<QList<Peak3D>>& listPeakFrame)
+{
+    QVector<QVector<QList<int>>> vecPeakGroup;
+    vecPeakGroup.reserve(listPeakFrame.size());
+    for (const QList<Peak3D>& listPeak : listPeakFrame)
+        vecPeakGroup.append(QVector<QList<int>>(listPeak.size(), {0}));
+    return vecPeakGroup;
+}
+
+}  // namespace
+
+RestoredPointGroups restorePointGroups(const DataSet& dataSet)
+{
+    RestoredPointGroups restored;
+    const QList<QList<Peak3D>>& listPeakFrame = dataSet.m_listPeakFrame;
+    if (listPeakFrame.isEmpty() || !groupsMatchPeaks(dataSet.m_vecPeakGroup, listPeakFrame))
+        return restored;
+    restored.bRestored = true;
+    for (int g = 0; g < g_nGroups; ++g)
+        restored.listGroupPoint.append(QList<int>());
+    if (noPeakHasGroups(dataSet.m_vecPeakGroup)) {
+        restored.listPeakFrameShown = listPeakFrame;
+        for (const QList<Peak3D>& listPeak : listPeakFrame)
+            restored.listPeakFlat.append(listPeak);
+        return restored;
+    }
+    for (int f = 0; f < listPeakFrame.size(); ++f) {
+        QList<Peak3D> listShown;
+        for (int i = 0; i < listPeakFrame[f].size(); ++i) {
+            const QList<int>& listGroup = dataSet.m_vecPeakGroup[f][i];
+            if (listGroup.isEmpty())
+                continue;
+            for (int g : listGroup)
+                if (g >= 0 && g < g_nGroups)
+                    restored.listGroupPoint[g].append(restored.listPeakFlat.size());
+            restored.listPeakFlat.append(listPeakFrame[f][i]);
+            listShown.append(listPeakFrame[f][i]);
+        }
+        restored.listPeakFrameShown.append(listShown);
+    }
+    return restored;
+}
+
+void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoint,
+                              const QList<QList<int>>& listGroupPoint)
+{
+    const QList<QList<Peak3D>>& listPeakFrame = dataSet.m_listPeakFrame;
+    QVector<QVector<QList<int>>> vecPeakGroup = groupsMatchPeaks(dataSet.m_vecPeakGroup, listPeakFrame)
+                                                    ? dataSet.m_vecPeakGroup
+                                                    : groupZeroAlone(listPeakFrame);
+    PeakFinder finder(listPeakFrame);
+    std::vector<int> vecPlace;
+    vecPlace.reserve(size_t(listViewPoint.size()));
+    for (const Peak3D& peak : listViewPoint) {
+        vecPlace.push_back(finder.place(peak.nFrame, peak.nID));
+        if (vecPlace.back() >= 0)
+            vecPeakGroup[peak.nFrame][vecPlace.back()].clear();
+    }
+    for (int g = 0; g < listGroupPoint.size(); ++g)
+        for (int nPoint : listGroupPoint[g])
+            if (nPoint >= 0 && nPoint < listViewPoint.size() && vecPlace[size_t(nPoint)] >= 0)
+                vecPeakGroup[listViewPoint[nPoint].nFrame][vecPlace[size_t(nPoint)]].append(g);
+    dataSet.m_vecPeakGroup = vecPeakGroup;
+}
