@@ -7,6 +7,7 @@
 #include "frames/frameloader.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
 #include <QApplication>
@@ -15,7 +16,6 @@
 #include <QComboBox>
 #include <QGraphicsLineItem>
 #include <QHeaderView>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPen>
@@ -26,7 +26,6 @@
 #include <QStandardItemModel>
 #include <QStatusBar>
 #include <QTableView>
-#include <QVBoxLayout>
 
 #include <cmath>
 
@@ -107,17 +106,6 @@ void MainWindow::fillNameMaps()
           QStringLiteral("Alwd."),   QStringLiteral("RGroup")});
 }
 
-static QWidget* makeNotePage(const QString& strNote, QWidget* pParent)
-{
-    auto* pPage = new QWidget(pParent);
-    auto* pLabel = new QLabel(strNote, pPage);
-    pLabel->setAlignment(Qt::AlignCenter);
-    pLabel->setWordWrap(true);
-    auto* pLayout = new QVBoxLayout(pPage);
-    pLayout->addWidget(pLabel);
-    return pPage;
-}
-
 void MainWindow::createViews()
 {
     m_pTabWidget = new TabWidget(this);
@@ -140,10 +128,8 @@ void MainWindow::createViews()
     connect(m_pFrameView, &BaseImgView::zoomOut, this, &MainWindow::zoomOut);
     m_pTabWidget->addTab(m_pFrameView, m_mapTabName[0]);
 
-    for (int nTab : {1, 2})
-        m_pTabWidget->addTab(
-            makeNotePage(QStringLiteral("The peaks in reciprocal space are not shown yet."), m_pTabWidget),
-            m_mapTabName[nTab]);
+    create3DView(m_pView3DRaw, m_mapTabName[1]);
+    create3DView(m_pView3DMerged, m_mapTabName[2]);
 
     m_pPeakTableView = new QTableView(m_pTabWidget);
     auto* pModel = new QStandardItemModel(0, m_mapColumnName.size(), m_pPeakTableView);
@@ -220,7 +206,13 @@ void MainWindow::updateControls(int nPageIndex)
                 nScale = i;
         updateScale(nScale);
     }
-    m_pView3DPage->setEnabled(false);  // no tab shows a 3D view yet
+    auto* pView3D = qobject_cast<ED3DWidget*>(m_pTabWidget->widget(nPageIndex));
+    m_pView3DPage->setEnabled(pView3D != nullptr);
+    m_pActions->setInForce(m_pActions->m_pMovieFrames, pView3D != nullptr);
+    if (pView3D && pView3D != m_pView3DCurrent) {
+        m_pView3DCurrent = pView3D;
+        update3DViewControls();
+    }
 }
 
 void MainWindow::updateScale(int nIndex)
@@ -271,6 +263,10 @@ void MainWindow::paletteChanged()
 void MainWindow::copyWindow()
 {
     QWidget* pPage = m_pTabWidget->currentWidget();
+    if (auto* pView3D = qobject_cast<ED3DWidget*>(pPage)) {
+        QApplication::clipboard()->setImage(pView3D->grabFrameBuffer());
+        return;
+    }
     if (pPage != m_pFrameView) {
         QApplication::clipboard()->setPixmap(pPage->grab());
         return;

@@ -36,6 +36,7 @@ class TabWidget;
 class TableModel;
 class TextDataWidget;
 class TextItem;
+struct IndexingResult;
 class View3DPage;
 class WindowActions;
 class WindowReport;
@@ -157,7 +158,6 @@ public slots:
     void transformUnitCellClicked();
     void testUnitCellToggled(bool bChecked);
     void unitCellTransformatinMatrixEdited();
-    void updateCellTransformMatrixLabels();
 
     // Indexing and reflection lists: src/crystal/mainwindow_indexing.cpp
     void runIndexing();
@@ -232,7 +232,6 @@ private:
     void createPeakTable();
     void connectPages();
     void connect3DPage();
-    void connectCellPage();
     static QSettings* makeSettings(QObject* pParent = nullptr);
     void readSettings();
     void arrangeDocks();
@@ -246,8 +245,6 @@ private:
     bool openProject(const QString& strFileName);
     void openImageFiles(const QStringList& listFile);
     bool openReflectionList(const QString& strFileName);
-    /// Shows a list of reflections in the merged view and in the table.
-    void showReflectionList(const QList<Peak3D>& listPeak);
     /// Takes what is left of the old data set off the window, when the core has opened a new one.
     void clearDataSet();
     void showFirstFrame();
@@ -263,7 +260,11 @@ private:
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
-    void set3DPageConnected(bool bConnect);
+    void showInRawView(const QList<Peak3D>& listPeak);
+    /// Shows reflections, seen as the raw view is, with the peaks of streaks as a group of their own.
+    void showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak);
+    void showIndexing(const IndexingResult& result);
+    std::vector<char> groupFlags(int nGroup) const;
     /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is shown.
     void buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable);
     /// The rows of the panel's table that hold a selected item, each once, in the order of selection.
@@ -277,8 +278,7 @@ private:
     void updateManualLength(int nVector);
     void rotateAlong(int nVector, bool bReciprocal);
     double rotationStep();
-    void showLattice(int nRange);
-    void fillReflectionGrouping();
+    void showLattice();
 
     /// Sets the contrast limits from the frame in memory.
     void setAutoContrast();
@@ -343,7 +343,7 @@ private:
     QList<QMetaObject::Connection> m_listPanelConnection;
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
     double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
-    CMatrix3 m_dfCellMatrix;            ///< of the transformation of the cell
+    CMatrix3 m_dfCellMatrix = CMatrix3::identity();  ///< of the transformation of the cell
     QString m_strLatticeHost;           ///< address of the service that the links of unit cells go to
     QList<Vec3D> m_listTextPoint;       ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;

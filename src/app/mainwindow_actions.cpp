@@ -30,6 +30,10 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pZoomOut, &MainWindow::zoomOut);
     connectAction(m_pActions->m_pAbout, &MainWindow::about);
     connectAction(m_pActions->m_pShowPeakLabels, &MainWindow::enableShowPeaks);
+    connectAction(m_pActions->m_pGroupReset, &MainWindow::removeSelectedPeakGroups);
+    connectAction(m_pActions->m_pGroupMerge, &MainWindow::mergeSelectedPeakGroups);
+    connectAction(m_pActions->m_pGroupResetAll, &MainWindow::resetSelectedPeakGroups);
+    connectAction(m_pActions->m_pGroupExport, &MainWindow::exportSelectedPeak3D);
     for (QAction* pAction : qAsConst(m_pActions->m_listRecent))
         connectAction(pAction, &MainWindow::openRecentFile);
     connect(m_pActions->m_pAboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);

@@ -9,6 +9,7 @@
 #include "frames/pages/peaksearchpage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
+#include "view3d/ed3dwidget.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -113,7 +114,7 @@ void MainWindow::openFiles(const QStringList& listFile)
     }
 }
 
-/// Reads a list of reflections for the 3D views. The data set stays: the list is only for looking at.
+/// Shows a list of reflections in the raw view. The data set stays: the list is only for looking at.
 bool MainWindow::openReflectionList(const QString& strFileName)
 {
     WindowReport report(*this);
@@ -124,6 +125,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     }
     report.addMessage(
         QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
+    showInRawView(peaksOfReflectionList(m_listTextPoint, m_listTextReflection));
+    m_pTabWidget->setCurrentIndex(1);
     return true;
 }
 
@@ -152,6 +155,8 @@ bool MainWindow::openProject(const QString& strFileName)
     if (countsAgree(m_dataSet)) {
         transformPeaksTo3D();
         showPeaksIn3D();
+        restorePointGroups();
+        m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
     }
     loadUnitCellAtOpening(m_dataSet, report, &listReason);
     updateUnitCell();  // without a cell too: that of the former data set leaves the page
@@ -191,6 +196,11 @@ void MainWindow::clearDataSet()
     m_pAxisLine->hide();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+    for (ED3DWidget* pView : views3D())
+        pView->setPoints({});
+    Peak3D peakNone;  // stands for nothing and keeps the layout of the table
+    peakNone.nFrame = 0;
+    updatePeakTable({peakNone});
 }
 
 /// Shows frame 1 on the first tab, with contrast limits of its own and no region selected.

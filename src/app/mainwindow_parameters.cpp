@@ -8,6 +8,7 @@
 #include "frameview/originalimgscene.h"
 #include "reciprocal/pages/cellpage.h"
 #include "reciprocal/pages/mergingpage.h"
+#include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
 #include <QAbstractSpinBox>
@@ -16,6 +17,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
@@ -175,10 +177,30 @@ void MainWindow::connectPages()
     connect(m_pCellPage->m_pButtonLoadCell, &QPushButton::clicked, this, &MainWindow::loadUnitCell);
     connect(m_pCellPage->m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
 
+    connect(m_pCellPage->m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
+    connect(m_pCellPage->m_pRadioCellManual, &QRadioButton::toggled, this,
+            &MainWindow::switchtoManualUnitCellHunting);
+    connect(m_pCellPage->m_pButtonAssignRA, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRA);
+    connect(m_pCellPage->m_pButtonAssignRB, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRB);
+    connect(m_pCellPage->m_pButtonAssignRC, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRC);
+    const auto onLength = [this](QDoubleSpinBox* pSpin, void (MainWindow::*pSlot)()) {
+        connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, pSlot);
+    };
+    onLength(m_pCellPage->m_pSpinManualLengthA, &MainWindow::unitCellHuntingManualUpdateRA);
+    onLength(m_pCellPage->m_pSpinManualLengthB, &MainWindow::unitCellHuntingManualUpdateRB);
+    onLength(m_pCellPage->m_pSpinManualLengthC, &MainWindow::unitCellHuntingManualUpdateRC);
+    for (const auto& apEditRow : m_pCellPage->m_apEditMatrix)
+        for (QLineEdit* pEdit : apEditRow)
+            connect(pEdit, &QLineEdit::editingFinished, this, &MainWindow::unitCellTransformatinMatrixEdited);
+    connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
+    connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this, &MainWindow::transformUnitCellClicked);
+    connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
+    connect3DPage();
+
     // What has no slot to go to yet.
-    m_pCellPage->setSearchAlive(false);
-    m_pCellPage->setTransformationAlive(false);
-    m_pCellPage->setIndexingAlive(false);
     m_pRefinementPage->setRefinementAlive(false);
     m_pRefinementPage->setRunFromListAlive(false);
     m_pView3DPage->m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
@@ -224,4 +246,29 @@ void MainWindow::connectPanelSignals(bool bConnect)
     onValue({m_pMergingPage->m_pSpinResolutionMin, m_pMergingPage->m_pSpinResolutionMax,
              m_pMergingPage->m_pSpinIntensityMin, m_pMergingPage->m_pSpinIntensityMax},
             [this] { showPeaksIn3D(); });
+
+    const View3DPage& page3D = *m_pView3DPage;
+    const auto onWhole = [&](QSpinBox* pSpin, auto pSlot) {
+        keep(connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, pSlot));
+    };
+    keep(connect(page3D.m_pSpinPointSize, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                 &MainWindow::pointSize3DChanged));
+    onWhole(page3D.m_pSpinPointTransparency, &MainWindow::pointAlpha3DChanged);
+    keep(connect(page3D.m_pGroupCanvasGrid, &QGroupBox::toggled, this, &MainWindow::canvasGridToggled));
+    onWhole(page3D.m_pSpinCanvasGridTransparency, &MainWindow::canvasGridTransparencyChanged);
+    keep(connect(page3D.m_pCheckLatticePoints, &QCheckBox::toggled, this,
+                 &MainWindow::unitCellLatticePointsToggled));
+    keep(connect(page3D.m_pCheckLatticeLines, &QCheckBox::toggled, this,
+                 &MainWindow::unitCellLatticeLinesToggled));
+    for (QSpinBox* pSpin : {page3D.m_pSpinLatticeH, page3D.m_pSpinLatticeK, page3D.m_pSpinLatticeL})
+        onWhole(pSpin, &MainWindow::unitCellLatticeRangeChanged);
+    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellClicked, this,
+                 &MainWindow::pointGroupTableCellClicked));
+    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellChanged, this,
+                 &MainWindow::pointGroupTableLabelEdidted));
+    for (ED3DWidget* pView : views3D())
+        keep(connect(pView, &ED3DWidget::pointDisplayDataChanged, this,
+                     &MainWindow::ed3dViewPointDisplayDataChanged));
+    for (ED3DWidget* pView : views3D())
+        ed3dViewPointDisplayDataChanged(pView);  // what changed while nobody listened
 }

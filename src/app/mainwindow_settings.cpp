@@ -1,5 +1,7 @@
 // MainWindow: what it remembers between sessions.
 #include "app/mainwindow.h"
+#include "crystal/cellmessage.h"
+#include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
 #include <QDockWidget>
@@ -26,6 +28,12 @@ QList<StoredValue> storedValues(PeakHuntingParameters& hunting, double& dfCanvas
             {QStringLiteral("PeakSearch/PeakBGDiffThreshold"), &hunting.m_dfPeakThreshold},
             {QStringLiteral("PeakSearch/Peak2DIntegrationRadious"), &hunting.m_dfIntegrationRadius},
             {QStringLiteral("PeakSearch/Peak2DIntegrationBG"), &hunting.m_dfIntegrationBackground}};
+}
+
+// Where another service of the same kind can be named.
+QString latticeHostKey()
+{
+    return QStringLiteral("latticeServiceHost");
 }
 
 }  // namespace
@@ -57,6 +65,9 @@ void MainWindow::readSettings()
     }
     m_dfCanvasGridAlpha = qBound(0.0, m_dfCanvasGridAlpha, 1.0);
     m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
+    for (ED3DWidget* pView : views3D())
+        pView->setCanvasGridAlpha(float(m_dfCanvasGridAlpha));
+    m_strLatticeHost = pSettings->value(latticeHostKey(), latticeServiceHost()).toString();
 }
 
 // The docks of a first start: the tool box as wide as its pages need, the frame as much as it can have.
@@ -74,6 +85,7 @@ void MainWindow::writeSettings()
     pSettings->setValue(QStringLiteral("geometry"), saveGeometry());
     pSettings->setValue(QStringLiteral("windowState"), saveState());
     pSettings->setValue(QStringLiteral("workingDir"), m_dataSet.m_strWorkingDir);
+    pSettings->setValue(latticeHostKey(), m_strLatticeHost);
     for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))
         pSettings->setValue(stored.strKey, *stored.pdfValue);
 }

@@ -34,8 +34,10 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
 }
 
 bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
-                   CRunReport& report)
+                   CRunReport& report, bool* pbShown)
 {
+    if (pbShown)
+        *pbShown = false;
     if (listCell.size() != 3) {
         report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Qt::red);
         return false;
@@ -49,6 +51,8 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
         return false;
     }
     report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));
-    showHKL3D(listHKL, listCell, listPeak, report);
+    const bool bShown = showHKL3D(listHKL, listCell, listPeak, report);
+    if (pbShown)
+        *pbShown = bShown;
     return true;
 }

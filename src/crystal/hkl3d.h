@@ -18,7 +18,8 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
 
 /// Reads the HKL file `strFileName` and makes its points with showHKL3D(). An empty name, as of a cancelled
 /// dialog, does nothing.
+/// @param pbShown  may be null; whether `listPeak` has been replaced
 /// @return false, with `listPeak` untouched, without a cell or a name and for a file that can't be opened
 ///         (a red line); else true, also when showHKL3D() found the cell co-planar
 bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
-                   CRunReport& report);
+                   CRunReport& report, bool* pbShown = nullptr);

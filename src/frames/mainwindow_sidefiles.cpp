@@ -130,6 +130,7 @@ void MainWindow::loadRawPeaks()
         return;
     transformPeaksTo3D();
     showPeaksIn3D();
+    restorePointGroups();
 }
 
 void MainWindow::saveRawPeaks()

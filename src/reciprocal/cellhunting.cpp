@@ -2,7 +2,6 @@
 
 #include "app/dataset/unitcellfile.h"
 #include "app/records/timestamp.h"
-#include "crystal/cellmessage.h"
 #include "reciprocal/basisvectors.h"
 #include "reciprocal/differencevectors.h"
 
@@ -24,6 +23,8 @@ bool areFinite(const QList<Vec3D>& listVector)
 // Writes the cell in force to the project's unit-cell file; a failure is a red line, and one with its reason.
 void saveProjectCell(DataSet& dataSet, CRunReport& report)
 {
+    if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
+        return;
     const QString strFileName =
         dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral(".uc");
     QString strReason;
@@ -80,7 +81,8 @@ bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
 }
 
 bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                        const CellHuntingParameters& parameters, CRunReport& report, bool bSave)
+                        const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
+                        const QString& strLatticeHost)
 {
     if (listSelection.isEmpty()) {
         report.addMessage(
@@ -115,7 +117,7 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         report.addMessage(QStringLiteral("Unit cell not found."), Qt::red);
         return false;
     }
-    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), listBasis);
+    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), listBasis, strLatticeHost);
     if (!strCell.isEmpty())
         report.addHtml(strCell, Qt::black);
     dataSet.m_listCellFound = listBasis;

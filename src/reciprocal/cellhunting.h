@@ -4,6 +4,7 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runparameters.h"
 #include "app/records/runreport.h"
+#include "crystal/cellmessage.h"
 
 /// Collects the merged reflections that a point group of the merged view stands for.
 ///
@@ -20,8 +21,8 @@ bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const Q
 void updateUnitCell(DataSet& dataSet);
 
 /// The commit of a transformed basis: m_listCellFound takes m_listCell, the project's unit-cell file takes
-/// the basis (a red line if it can't be written; the commit stands), and the indexed peaks and the
-/// reflections' frames are emptied, since they belong to the former cell.
+/// the basis (a red line if it can't be written; the commit stands; without a project there is no file), and
+/// the indexed peaks and the reflections' frames are emptied, since they belong to the former cell.
 /// @return false, with nothing changed, when m_listCell does not hold three vectors
 bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
 
@@ -31,4 +32,5 @@ bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
 /// cell, and with `bSave` the project's unit-cell file the basis. Without a result, or when the run was
 /// stopped, the former cell stays and the result is false.
 bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                        const CellHuntingParameters& parameters, CRunReport& report, bool bSave);
+                        const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
+                        const QString& strLatticeHost = latticeServiceHost());

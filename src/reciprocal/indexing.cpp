@@ -40,7 +40,8 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
 }  // namespace
 
 IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                           const IndexingParameters& parameters, CRunReport& report)
+                           const IndexingParameters& parameters, CRunReport& report,
+                           const std::function<void(const IndexingResult&)>& fnShow)
 {
     IndexingResult result;
     if (dataSet.m_listCell.size() != 3) {
@@ -72,11 +73,17 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
     if (!report.goOn())
         return {};
+    if (fnShow)
+        fnShow(result);
 
     // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
-    if (parameters.m_bOutputIndexing) {
+    if (parameters.m_bOutputIndexing)
         outputIndexingResultsToWindow(result.listIndexed, report);
+    if (parameters.m_bOutputIndexing && dataSet.m_strProjectDir.isEmpty()) {
+        // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
+        report.addMessage(QStringLiteral("No data set is open, so no result files are written."), Qt::red);
+    } else if (parameters.m_bOutputIndexing) {
         outputIndexingResultsToFile(result.listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
                                     dataSet.m_strProjectDir, dataSet.m_strProjectName, report);
         outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,

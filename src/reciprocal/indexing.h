@@ -5,6 +5,8 @@
 #include "app/records/runparameters.h"
 #include "app/records/runreport.h"
 
+#include <functional>
+
 /// Gives each reflection its indices from indexed neighbours, or by plain division where there are none.
 ///
 /// Sorts `listPeak` by dfDStar and writes dfH, dfK, dfL. A neighbour lies within `fRadius` (Å⁻¹) and counts
@@ -31,7 +33,10 @@ struct IndexingResult {
 
 /// Indexes the selected reflections with the cell in force.
 ///
+/// `fnShow` is called once the reflections are sorted out and grouped, before files and statistics: views and
+/// table take the result there, and the table the space group that the statistics leave on another one.
 /// Replaces m_vecPeakIndexedOnFrame and m_vecReflectionFrame, writes the result files when the boxes ask for
 /// them, and leaves m_listPeakMerged as it is. Every status but Finished leaves the data set unchanged.
 IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                           const IndexingParameters& parameters, CRunReport& report);
+                           const IndexingParameters& parameters, CRunReport& report,
+                           const std::function<void(const IndexingResult&)>& fnShow = {});

@@ -1,28 +1,103 @@
-// MainWindow: the unit cell in force and its files.
+// MainWindow: the unit cell in force, how it is found, set by hand, and read from and written to files.
 #include "app/mainwindow.h"
 
 #include "app/dataset/unitcellfile.h"
 #include "app/windowreport.h"
 #include "crystal/cellarithmetic.h"
+#include "reciprocal/cellhunting.h"
 #include "reciprocal/pages/cellpage.h"
+#include "view3d/ed3dwidget.h"
+#include "view3d/pages/view3dpage.h"
 
+#include <QCheckBox>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 
+#include <array>
+
 namespace {
+
+const float g_fManualStart = 0.1f;  // Å⁻¹, length of the vectors that a manual cell starts with
 
 QString cellFilter()
 {
     return MainWindow::tr("Unit Cell Files (*.%1);;All Files (*.*)").arg(QStringLiteral("uc"));
 }
 
+Vec3D axisVector(int nVector, float fLength)
+{
+    return {nVector == 0 ? fLength : 0.f, nVector == 1 ? fLength : 0.f, nVector == 2 ? fLength : 0.f};
+}
+
+std::array<QDoubleSpinBox*, 3> lengthSpins(const CellPage& page)
+{
+    return {page.m_pSpinManualLengthA, page.m_pSpinManualLengthB, page.m_pSpinManualLengthC};
+}
+
 }  // namespace
+
+bool MainWindow::selectReflectionsForProcessing(QList<Peak3D>& listPeak)
+{
+    const int nGroup = selectedGroupRow(m_pCellPage->m_pTableReflectionSelection);
+    if (nGroup < 0)
+        return false;
+    const QList<QList<int>>& listGroup = m_pView3DMerged->groupPoints();
+    if (nGroup >= listGroup.size()) {
+        QMessageBox::warning(this, QStringLiteral("Error"), QStringLiteral("Wrong group in selection!"));
+        return false;
+    }
+    WindowReport report(*this);
+    return ::selectReflectionsForProcessing(m_dataSet.m_listPeakMerged, m_pView3DMerged->points(),
+                                            listGroup[nGroup], listPeak, report);
+}
+
+void MainWindow::runUnitCellHunting()
+{
+    if (refuseDuringRun(tr("Searching for a unit cell")))
+        return;
+    syncParametersWithControls(true);
+    QList<Peak3D> listSelection;
+    if (!selectReflectionsForProcessing(listSelection))
+        return;
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QPushButton* pButton = m_pCellPage->m_pButtonSearchCell;
+    bool bFound = false;
+    if (!listSelection.isEmpty()) {
+        pButton->setEnabled(false);
+        report.goOn();
+        m_pCellPage->m_pButtonTest->setChecked(false);
+    }
+    const CellHuntingParameters cellHunting = m_cellHunting;
+    guarded([&] {
+        bFound =
+            ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
+    });
+    if (bFound) {
+        updateUnitCell();
+        showLattice();
+    }
+    pButton->setEnabled(true);
+}
+
+/// The lattice of a new cell, one cell in each direction, as lines in both views.
+void MainWindow::showLattice()
+{
+    for (ED3DWidget* pView : views3D()) {
+        pView->setLatticeRange(1, 1, 1);
+        pView->setShowLatticeLines(true);
+    }
+    update3DViewControls();
+}
 
 void MainWindow::updateUnitCell()
 {
-    if (m_dataSet.m_listCellFound.size() == 3)
-        m_dataSet.m_listCell = m_dataSet.m_listCellFound;
+    ::updateUnitCell(m_dataSet);
+    for (ED3DWidget* pView : views3D())
+        pView->setLattice(m_dataSet.m_listCellFound);
     updateUnitCellInfo();
 }
 
@@ -33,6 +108,82 @@ void MainWindow::updateUnitCellInfo()
                                               aCell[4], aCell[5]);
     for (int i = 0; i < 6; ++i)
         m_pCellPage->m_apEditCell[i]->setText(bCell ? m_locale.toString(aCell[i], 'f', 2) : QString());
+}
+
+void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
+{
+    QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
+    if (!bTrue) {
+        // The boxes round to their decimals, and their slots take the rounded lengths.
+        const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
+        for (int i = 0; i < 3 && listCell.size() == 3; ++i)
+            if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength)
+                apSpin[i]->setValue(dfLength);
+        return;
+    }
+    if (listCell.size() != 3 && !isPumping()) {
+        listCell = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart), axisVector(2, g_fManualStart)};
+        updateUnitCell();
+    }
+    m_pView3DPage->m_pCheckLatticeLines->setChecked(true);
+    m_pView3DPage->m_pCheckLatticePoints->setChecked(true);
+    if (m_pView3DCurrent)
+        return;
+    for (ED3DWidget* pView : views3D()) {  // none was looked at yet, and the page shows what they are set to
+        pView->setShowLatticeLines(true);
+        pView->setShowLatticePoints(true);
+    }
+}
+
+void MainWindow::assignViewingDirection(int nVector)
+{
+    if (!m_pView3DCurrent || m_dataSet.m_listCellFound.size() != 3 || refuseDuringRun(tr("Changing the cell")))
+        return;
+    m_dataSet.m_listCellFound[nVector] =
+        scaledDouble(m_pView3DCurrent->getViewDirection(), lengthSpins(*m_pCellPage)[nVector]->value());
+    updateUnitCell();
+}
+
+void MainWindow::unitCellHuntingManualAssignRA()
+{
+    assignViewingDirection(0);
+}
+
+void MainWindow::unitCellHuntingManualAssignRB()
+{
+    assignViewingDirection(1);
+}
+
+void MainWindow::unitCellHuntingManualAssignRC()
+{
+    assignViewingDirection(2);
+}
+
+void MainWindow::updateManualLength(int nVector)
+{
+    if (m_dataSet.m_listCellFound.size() != 3 || refuseDuringRun(tr("Changing the cell")))
+        return;
+    Vec3D& vec = m_dataSet.m_listCellFound[nVector];
+    const double dfLength = lengthSpins(*m_pCellPage)[nVector]->value();
+    const double dfFormer = double(length(vec));
+    // A vector of length 0 has lost its direction, and takes that of the axis it started with.
+    vec = dfFormer > 0 ? scaledDouble(vec, dfLength / dfFormer) : axisVector(nVector, float(dfLength));
+    updateUnitCell();
+}
+
+void MainWindow::unitCellHuntingManualUpdateRA()
+{
+    updateManualLength(0);
+}
+
+void MainWindow::unitCellHuntingManualUpdateRB()
+{
+    updateManualLength(1);
+}
+
+void MainWindow::unitCellHuntingManualUpdateRC()
+{
+    updateManualLength(2);
 }
 
 void MainWindow::exportUnitCell()
@@ -64,4 +215,5 @@ void MainWindow::loadUnitCell()
     m_pCellPage->m_pButtonTest->setChecked(false);
     m_dataSet.m_listCellFound = listCell;
     updateUnitCell();
+    showLattice();
 }

@@ -1,6 +1,7 @@
 // MainWindow: mapping of the peaks, merging, and the rotation axis on the frame.
 #include "app/mainwindow.h"
 
+#include "app/tabwidget.h"
 #include "app/windowreport.h"
 #include "frames/pages/framespage.h"
 #include "frameview/originalimgscene.h"
@@ -8,6 +9,8 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/pages/mergingpage.h"
+#include "view3d/ed3dwidget.h"
+#include "view3d/pages/view3dpage.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -29,7 +32,15 @@ void MainWindow::showPeaksIn3D()
         return;
     }
     syncParametersWithControls(true);
-    guarded([this] { ::showPeaksIn3D(m_dataSet, m_mapping); });
+    guarded([this] { showInRawView(::showPeaksIn3D(m_dataSet, m_mapping)); });
+}
+
+void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
+{
+    m_pView3DRaw->setUpdatesEnabled(false);
+    m_pView3DRaw->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
+    m_pView3DRaw->setPoints(listPeak);
+    m_pView3DRaw->setUpdatesEnabled(true);
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -47,13 +58,42 @@ void MainWindow::peakReduction3D()
     if (refuseDuringRun(tr("Merging")))
         return;
     syncParametersWithControls(true);
+    const int nGroup = selectedGroupRow(m_pMergingPage->m_pTableTargetPeaks);
+    if (nGroup < 0)
+        return;
     CRunScope scope(*this);
     WindowReport report(*this);
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
+    // Before events are let through: the pages and the views stay open to the user meanwhile.
+    const PeakMergingParameters merging = m_merging;
+    const std::vector<char> vecFlag = groupFlags(nGroup);
     report.goOn();
-    const PeakMergingParameters merging = m_merging;  // the pages stay open to the user meanwhile
-    guarded([&] { ::peakReduction3D(m_dataSet, merging, nullptr, report); });
+    guarded([&] {
+        const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);
+        if (!result.bFinished)
+            return;
+        m_pTabWidget->setCurrentIndex(2);
+        report.goOn();
+        showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
+        updatePeakTable(m_dataSet.m_listPeakMerged);
+    });
     m_pMergingPage->m_pButtonMerge->setEnabled(true);
+}
+
+/// One flag per nID of the peaks: whether it is a point of the raw view's group `nGroup`.
+std::vector<char> MainWindow::groupFlags(int nGroup) const
+{
+    const QList<Peak3D>& listPoint = m_pView3DRaw->points();
+    std::vector<char> vecFlag;
+    for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup)) {
+        const Peak3D& peak = listPoint[nPoint];
+        if (peak.nFrame < 0 || peak.nID < 0)
+            continue;  // a point of a list that was only loaded for a look, and no peak
+        if (peak.nID >= int(vecFlag.size()))
+            vecFlag.resize(std::size_t(peak.nID) + 1, 0);
+        vecFlag[std::size_t(peak.nID)] = 1;
+    }
+    return vecFlag;
 }
 
 void MainWindow::showRotationAxisLine()

@@ -72,17 +72,6 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
 
 TEST(Pages, DisableWhatHasNoRunYetAndNothingElse)
 {
-    CellPage cell;
-    cell.setSearchAlive(false);
-    cell.setIndexingAlive(false);
-    EXPECT_FALSE(cell.m_pButtonSearchCell->isEnabled());
-    EXPECT_FALSE(cell.m_pTableReflectionSelection->isEnabled());
-    EXPECT_FALSE(cell.m_pComboReflectionGrouping->isEnabled());
-    EXPECT_TRUE(cell.m_pButtonTransform->isEnabled());
-    cell.setTransformationAlive(false);
-    EXPECT_FALSE(cell.m_pButtonTransform->isEnabled());
-    EXPECT_TRUE(cell.m_pButtonLoadCell->isEnabled());
-
     RefinementPage refinement;
     refinement.setRefinementAlive(false);
     EXPECT_FALSE(refinement.m_pSpinRefineDStarLow->isEnabled());

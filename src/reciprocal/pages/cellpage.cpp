@@ -37,7 +37,6 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addWidget(makeTransformation());
     pPageLayout->addWidget(makeIndexing());
 
-    m_pLabelGrouping = new QLabel(tr("Reflection Grouping"), this);
     m_pComboReflectionGrouping = new QComboBox(this);
     for (int nNumber = 1; nNumber <= g_nSpaceGroups; ++nNumber)
         m_pComboReflectionGrouping->addItem(
@@ -47,7 +46,7 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
     m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
     auto* pGroupingLayout = new QHBoxLayout;
-    pGroupingLayout->addWidget(m_pLabelGrouping);
+    pGroupingLayout->addWidget(new QLabel(tr("Reflection Grouping"), this));
     pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
     pPageLayout->addLayout(pGroupingLayout);
     pPageLayout->addStretch(1);
@@ -59,21 +58,21 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
 
 QGroupBox* CellPage::makeSelection()
 {
-    m_pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
-    m_pTableReflectionSelection = makeGroupTable(m_pGroupSelection);
+    auto* pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
+    m_pTableReflectionSelection = makeGroupTable(pGroupSelection);
     m_pTableReflectionSelection->setMinimumHeight(g_nSelectionTableHeight);
-    auto* pLayout = new QVBoxLayout(m_pGroupSelection);
+    auto* pLayout = new QVBoxLayout(pGroupSelection);
     pLayout->addWidget(m_pTableReflectionSelection);
-    return m_pGroupSelection;
+    return pGroupSelection;
 }
 
 QGroupBox* CellPage::makeDetermination()
 {
-    m_pGroupDetermination = new QGroupBox(tr("Unit Cell Determination"), this);
-    auto* pLayout = new QVBoxLayout(m_pGroupDetermination);
+    auto* pGroupDetermination = new QGroupBox(tr("Unit Cell Determination"), this);
+    auto* pLayout = new QVBoxLayout(pGroupDetermination);
 
-    m_pRadioCellAuto = new QRadioButton(tr("Auto"), m_pGroupDetermination);
-    m_pRadioCellManual = new QRadioButton(tr("Manual"), m_pGroupDetermination);
+    m_pRadioCellAuto = new QRadioButton(tr("Auto"), pGroupDetermination);
+    m_pRadioCellManual = new QRadioButton(tr("Manual"), pGroupDetermination);
     m_pRadioCellAuto->setChecked(true);
     auto* pRadioLayout = new QHBoxLayout;
     pRadioLayout->addWidget(m_pRadioCellAuto);
@@ -81,7 +80,7 @@ QGroupBox* CellPage::makeDetermination()
     pLayout->addLayout(pRadioLayout);
 
     const CellHuntingParameters hunting;
-    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), m_pGroupDetermination);
+    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pGroupDetermination);
     m_pSpinCellRangeMin =
         makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin, QStringLiteral(" Å"));
     m_pSpinCellRangeMax =
@@ -94,12 +93,12 @@ QGroupBox* CellPage::makeDetermination()
     pRangeLayout->setColumnStretch(1, 1);
     pLayout->addWidget(m_pGroupCellRange);
 
-    m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), m_pGroupDetermination);
+    m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), pGroupDetermination);
     m_pButtonSearchCell->setMinimumHeight(g_nSearchButtonHeight);
     m_pButtonSearchCell->setStatusTip(tr("Hunting peaks in diffraction patterns"));
     pLayout->addWidget(m_pButtonSearchCell);
 
-    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), m_pGroupDetermination);
+    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), pGroupDetermination);
     auto* pAssignLayout = new QGridLayout(m_pGroupAssignViewingDirection);
     const struct {
         QString strText;
@@ -122,7 +121,7 @@ QGroupBox* CellPage::makeDetermination()
     pAssignLayout->setColumnStretch(1, 1);
     pLayout->addWidget(m_pGroupAssignViewingDirection);
     m_pGroupAssignViewingDirection->hide();
-    return m_pGroupDetermination;
+    return pGroupDetermination;
 }
 
 QGroupBox* CellPage::makeCell()
@@ -148,10 +147,10 @@ QGroupBox* CellPage::makeCell()
 
 QGroupBox* CellPage::makeTransformation()
 {
-    m_pGroupTransformation = new QGroupBox(tr("Unit Cell Transformation"), this);
-    auto* pLayout = new QVBoxLayout(m_pGroupTransformation);
+    auto* pGroupTransformation = new QGroupBox(tr("Unit Cell Transformation"), this);
+    auto* pLayout = new QVBoxLayout(pGroupTransformation);
 
-    auto* pSpace = new QGroupBox(tr("Apply To Space"), m_pGroupTransformation);
+    auto* pSpace = new QGroupBox(tr("Apply To Space"), pGroupTransformation);
     m_pRadioSpaceReciprocal = new QRadioButton(tr("Reciprocal"), pSpace);
     m_pRadioSpaceReal = new QRadioButton(tr("Real"), pSpace);
     m_pRadioSpaceReciprocal->setChecked(true);
@@ -162,14 +161,14 @@ QGroupBox* CellPage::makeTransformation()
 
     auto* pGrid = new QGridLayout;
     for (int nRow = 0; nRow < 3; ++nRow) {
-        m_apLabelRow[nRow] = new QLabel(m_pGroupTransformation);
-        m_apLabelColumn[nRow] = new QLabel(m_pGroupTransformation);
+        m_apLabelRow[nRow] = new QLabel(pGroupTransformation);
+        m_apLabelColumn[nRow] = new QLabel(pGroupTransformation);
         m_apLabelColumn[nRow]->setAlignment(Qt::AlignCenter);
         pGrid->addWidget(m_apLabelRow[nRow], nRow + 1, 0);
         pGrid->addWidget(m_apLabelColumn[nRow], 0, nRow + 1);
         for (int nColumn = 0; nColumn < 3; ++nColumn) {
             auto* pEdit = new QLineEdit(nRow == nColumn ? QStringLiteral("1") : QStringLiteral("0"),
-                                        m_pGroupTransformation);
+                                        pGroupTransformation);
             pEdit->setAlignment(Qt::AlignRight);
             pEdit->setValidator(new QDoubleValidator(pEdit));
             pGrid->addWidget(pEdit, nRow + 1, nColumn + 1);
@@ -178,55 +177,37 @@ QGroupBox* CellPage::makeTransformation()
     }
     pLayout->addLayout(pGrid);
 
-    m_pButtonTest = new QPushButton(tr("Test"), m_pGroupTransformation);
+    m_pButtonTest = new QPushButton(tr("Test"), pGroupTransformation);
     m_pButtonTest->setCheckable(true);
-    m_pButtonTransform = new QPushButton(tr("Transform"), m_pGroupTransformation);
+    m_pButtonTransform = new QPushButton(tr("Transform"), pGroupTransformation);
     auto* pButtonLayout = new QHBoxLayout;
     pButtonLayout->addWidget(m_pButtonTest);
     pButtonLayout->addWidget(m_pButtonTransform);
     pLayout->addLayout(pButtonLayout);
 
     updateCellTransformMatrixLabels();
-    return m_pGroupTransformation;
+    return pGroupTransformation;
 }
 
 QGroupBox* CellPage::makeIndexing()
 {
     const IndexingParameters indexing;
-    m_pGroupIndexing = new QGroupBox(tr("Peak Indexing"), this);
-    m_pSpinIndexThreshold = makeDoubleSpin(m_pGroupIndexing, 0.01, 0.5, 2, 0.01, indexing.m_dfIndexThreshold);
-    m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), m_pGroupIndexing);
-    m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), m_pGroupIndexing);
-    m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), m_pGroupIndexing);
+    auto* pGroupIndexing = new QGroupBox(tr("Peak Indexing"), this);
+    m_pSpinIndexThreshold = makeDoubleSpin(pGroupIndexing, 0.01, 0.5, 2, 0.01, indexing.m_dfIndexThreshold);
+    m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), pGroupIndexing);
+    m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), pGroupIndexing);
+    m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), pGroupIndexing);
     m_pCheckOutputRefinedCell->hide();
-    m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), m_pGroupIndexing);
+    m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), pGroupIndexing);
 
-    auto* pGrid = new QGridLayout(m_pGroupIndexing);
-    pGrid->addWidget(new QLabel(tr("Index Threshold"), m_pGroupIndexing), 0, 0);
+    auto* pGrid = new QGridLayout(pGroupIndexing);
+    pGrid->addWidget(new QLabel(tr("Index Threshold"), pGroupIndexing), 0, 0);
     pGrid->addWidget(m_pSpinIndexThreshold, 0, 1);
     pGrid->addWidget(m_pCheckOutputIndexing, 1, 0, 1, 2);
     pGrid->addWidget(m_pCheckOutputStatistics, 2, 0, 1, 2);
     pGrid->addWidget(m_pButtonIndexMergedPeaks, 3, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
-    return m_pGroupIndexing;
-}
-
-void CellPage::setSearchAlive(bool bAlive)
-{
-    m_pGroupSelection->setEnabled(bAlive);
-    m_pGroupDetermination->setEnabled(bAlive);
-}
-
-void CellPage::setTransformationAlive(bool bAlive)
-{
-    m_pGroupTransformation->setEnabled(bAlive);
-}
-
-void CellPage::setIndexingAlive(bool bAlive)
-{
-    m_pGroupIndexing->setEnabled(bAlive);
-    m_pLabelGrouping->setEnabled(bAlive);
-    m_pComboReflectionGrouping->setEnabled(bAlive);
+    return pGroupIndexing;
 }
 
 void CellPage::showManual(bool bManual)

@@ -16,19 +16,11 @@ class QTableWidget;
 /// The search for the unit cell, the cell in force and its transformation, and the indexing.
 ///
 /// The page holds controls alone; MainWindow connects them and fills the table and the six cell fields.
-/// Each setAlive method enables the groups of one stage; all are on at start.
 class CellPage : public QWidget {
     Q_OBJECT
 
 public:
     explicit CellPage(QWidget* pParent = nullptr);
-
-    /// "Selection Used for Processing" and "Unit Cell Determination".
-    void setSearchAlive(bool bAlive);
-    /// "Unit Cell Transformation".
-    void setTransformationAlive(bool bAlive);
-    /// "Peak Indexing" and "Reflection Grouping".
-    void setIndexingAlive(bool bAlive);
 
     /// Swaps the range and the search button for the groups of the manual assignment, or back.
     void showManual(bool bManual);
@@ -75,11 +67,6 @@ private:
     QGroupBox* makeTransformation();
     QGroupBox* makeIndexing();
 
-    QGroupBox* m_pGroupSelection;
-    QGroupBox* m_pGroupDetermination;
-    QGroupBox* m_pGroupTransformation;
-    QGroupBox* m_pGroupIndexing;
-    QLabel* m_pLabelGrouping;
     QLabel* m_apLabelColumn[3];
     QLabel* m_apLabelRow[3];
 };

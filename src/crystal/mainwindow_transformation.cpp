@@ -1,0 +1,79 @@
+// MainWindow: the transformation of the unit cell by a matrix, on trial or for good.
+#include "app/mainwindow.h"
+
+#include "app/windowreport.h"
+#include "crystal/celltransformation.h"
+#include "reciprocal/cellhunting.h"
+#include "reciprocal/pages/cellpage.h"
+#include "view3d/ed3dwidget.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+bool MainWindow::transformUnitCell()
+{
+    WindowReport report(*this);
+    const bool bReciprocal = m_pCellPage->m_pRadioSpaceReciprocal->isChecked();
+    if (!::transformUnitCell(m_dataSet.m_listCellFound, m_dfCellMatrix,
+                             bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real,
+                             m_dataSet.m_listCell, report, m_strLatticeHost))
+        return false;
+    for (ED3DWidget* pView : views3D())
+        pView->setLattice(m_dataSet.m_listCell);
+    updateUnitCellInfo();
+    return true;
+}
+
+void MainWindow::transformUnitCellClicked()
+{
+    if (refuseDuringRun(tr("Transforming the cell")) || !transformUnitCell())
+        return;
+    for (int nRow = 0; nRow < 3; ++nRow)
+        for (int nColumn = 0; nColumn < 3; ++nColumn)
+            m_pCellPage->m_apEditMatrix[nRow][nColumn]->setText(nRow == nColumn ? QStringLiteral("1")
+                                                                                : QStringLiteral("0"));
+    m_dfCellMatrix = CMatrix3::identity();
+    WindowReport report(*this);
+    commitTransformedCell(m_dataSet, report);
+    m_pCellPage->m_pButtonTest->setChecked(false);
+    showPeakText();  // the labels of the former cell
+}
+
+void MainWindow::testUnitCellToggled(bool bChecked)
+{
+    if (refuseDuringRun(tr("Testing another cell"))) {
+        const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
+        m_pCellPage->m_pButtonTest->setChecked(!bChecked);
+        return;
+    }
+    if (bChecked)
+        transformUnitCell();
+    else if (m_dataSet.m_listCellFound.size() == 3)
+        updateUnitCell();
+    else
+        updateUnitCellInfo();
+}
+
+void MainWindow::unitCellTransformatinMatrixEdited()
+{
+    CMatrix3 matrix;
+    for (int nRow = 0; nRow < 3; ++nRow)
+        for (int nColumn = 0; nColumn < 3; ++nColumn) {
+            bool bOk = false;
+            matrix.at(nRow, nColumn) =
+                m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(), &bOk);
+            if (!bOk) {
+                WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format."), Qt::red);
+                return;
+            }
+        }
+    if (std::equal(std::begin(matrix.m_dfElement), std::end(matrix.m_dfElement), m_dfCellMatrix.m_dfElement))
+        return;
+    m_dfCellMatrix = matrix;
+    if (m_pCellPage->m_pButtonTest->isChecked() && !isPumping())
+        transformUnitCell();
+}
