@@ -45,3 +45,10 @@ struct IndexingParameters {
     bool m_bOutputStatistics = false;
     bool m_bOutputRefinedCell = false;
 };
+
+/// Group of the intensity extraction; the settings do not keep these.
+struct ExtractionParameters {
+    int m_nWindowRadius = 10;          ///< radius of the integration disc, pixels
+    int m_nBackgroundSize = 2;         ///< width of the ring around it, pixels
+    double m_dfResolutionLimit = 1.0;  ///< d*, Å⁻¹, of positions predicted from an orientation matrix
+};
