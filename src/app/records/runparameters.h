@@ -1,6 +1,10 @@
 // The panel parameters of the runs as plain records, with the pages' start values.
 #pragma once
 
+#include "app/records/hklref.h"
+
+#include <QList>
+
 /// Page "Peak Search". Radii in pixels of the raw frame.
 struct PeakHuntingParameters {
     double m_dfPeakRadius = 5;             ///< sigma of the narrow Gaussian
@@ -51,4 +55,18 @@ struct ExtractionParameters {
     int m_nWindowRadius = 10;          ///< radius of the integration disc, pixels
     int m_nBackgroundSize = 2;         ///< width of the ring around it, pixels
     double m_dfResolutionLimit = 1.0;  ///< d*, Å⁻¹, of positions predicted from an orientation matrix
+};
+
+/// Page "Unit Cell Refinement".
+struct RefinementParameters {
+    double m_dfRefineIntensityLow = 100;  ///< of dfIPoint; bounds may stand in either order
+    double m_dfRefineIntensityHigh = 32768;
+    double m_dfRefineDStarLow = 1;  ///< Å⁻¹, between the two peaks of a pair
+    double m_dfRefineDStarHigh = 2;
+    bool m_bRefine2D = false;
+    bool m_bOutputPeakList = false;
+    /// A cell that the refined one is compared with if it comes close: a, b, c (Å), α, β, γ (degrees); any
+    /// other count of numbers: none.
+    QList<double> m_listReferenceCell;
+    QList<HKLRef> m_listExcluded;  ///< reflections that the tilt refinements leave out
 };
