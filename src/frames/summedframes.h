@@ -22,6 +22,6 @@
 /// stops before the next frame.
 /// @param strFolder    must exist; files of the same names are replaced
 /// @param fnGroupDone  after the sum of a group stands in m_vecFrameImage, which is empty at the end
-/// @return true if every group was written
+/// @return true if every group was written; false, with a red line, where there is none
 bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
                         const std::function<void(int nGroup)>& fnGroupDone = {});

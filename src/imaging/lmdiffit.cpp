@@ -12,6 +12,7 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     const int n = int(vecPara.size());
     m_vecStdErr.clear();
     m_vecCovariance.clear();
+    m_nFev = 0;
     if (!pResiduals || m < 1 || n < 1)
         return 0;
     const std::size_t nPara = vecPara.size();
@@ -26,10 +27,9 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     std::vector<double> qtf(nPara), diag(nPara), wa1(nPara), wa2(nPara), wa3(nPara);
     std::vector<int> ipvt(nPara);
     std::iota(ipvt.begin(), ipvt.end(), 1);
-    int nFev = 0;
     const double dfTol = std::sqrt(dpmpar(1));
     const int nInfo = lmdif(pResiduals, pContext, m, n, vecPara.data(), fvec.data(), dfTol, dfTol, 0.0,
-                            m_nMaxFev, m_dfEpsFcn, diag.data(), m_nMode, m_dfFactor, 0, &nFev, fjac.data(), m,
+                            m_nMaxFev, m_dfEpsFcn, diag.data(), m_nMode, m_dfFactor, 0, &m_nFev, fjac.data(), m,
                             ipvt.data(), qtf.data(), wa1.data(), wa2.data(), wa3.data(), wa4.data());
     if (m == n)
         return nInfo;

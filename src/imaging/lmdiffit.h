@@ -23,6 +23,12 @@ public:
     ///         the number of parameters, for instance); 0 with nothing done for m < 1 or no parameters
     int Run(Residuals pResiduals, int m, std::vector<double>& vecPara, void* pContext = nullptr);
 
+    /// Relative error of the residual function, which sets the steps of the forward differences: their
+    /// relative size is its root, and at least √ε.
+    void SetFunctionError(double dfEpsFcn) { m_dfEpsFcn = dfEpsFcn; }
+    /// Evaluations of the residuals in the last run, those for the Jacobian included.
+    int Evaluations() const { return m_nFev; }
+
     /// Standard errors of the parameters, from the covariance at the solution with the residual
     /// variance Σr²/(m − n). With m ≤ n the data say nothing of the errors: all are +infinity.
     const std::vector<double>& StdErr() const { return m_vecStdErr; }
@@ -30,6 +36,7 @@ public:
     const std::vector<double>& Covariance() const { return m_vecCovariance; }
 
 private:
+    int m_nFev = 0;
     int m_nMaxFev = 10000;
     double m_dfEpsFcn = 0.0;
     int m_nMode = 1;

@@ -3,33 +3,66 @@
 #include "imaging/lmdiffit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
+#include <exception>
 #include <limits>
+#include <mutex>
+#include <thread>
 
 namespace {
+
+const std::size_t g_nLorentzParameters = 5;
 
 // The box that is fitted; what the residuals need.
 struct FitBox {
     CImgObj<float> img;
-    CImgObj<float> imgMask;  // 1 where a pixel enters the fit, 0 elsewhere
+    CImgObj<float> imgMask;         // 1 where a pixel enters the fit, 0 elsewhere
+    std::vector<double> vecColumn;  // 1 + (c − x0)²/Bx of each column, the same in every row
 };
 
-int lorentzResiduals(void* pContext, int, int, const double* p, double* pResidual, int nFlag)
+int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResidual, int nFlag)
 {
     if (nFlag == 0)
         return 0;
-    const FitBox& box = *static_cast<const FitBox*>(pContext);
+    FitBox& box = *static_cast<FitBox*>(pContext);
+    const int nWidth = box.img.Width();
+    const int nHeight = box.img.Height();
     const float* pPixel = box.img.Data();
     const float* pMask = box.imgMask.Data();
-    for (int r = 0; r < box.img.Height(); r++) {
+    double* pColumn = box.vecColumn.data();
+    const bool bBackground = n > int(g_nLorentzParameters);
+    for (int c = 0; c < nWidth; c++)
+        pColumn[c] = 1.0 + (c - p[1]) * (c - p[1]) / p[2];
+    for (int r = 0; r < nHeight; r++) {
         const double dfY = (r - p[3]) * (r - p[3]) / p[4];
-        for (int c = 0; c < box.img.Width(); c++) {
-            const double dfX = (c - p[1]) * (c - p[1]) / p[2];
-            *pResidual++ = (p[0] / (1.0 + dfX + dfY) - *pPixel++) * *pMask++;
-        }
+        if (bBackground)
+            for (int c = 0; c < nWidth; c++)
+                *pResidual++ = (p[0] / (pColumn[c] + dfY) + p[5] - *pPixel++) * *pMask++;
+        else
+            for (int c = 0; c < nWidth; c++)
+                *pResidual++ = (p[0] / (pColumn[c] + dfY) - *pPixel++) * *pMask++;
     }
     return 0;
+}
+
+// Mean of the outermost pixels of the box that enter the fit, 0 where there are none.
+double meanOfEdge(const FitBox& box)
+{
+    double dfSum = 0;
+    int nCount = 0;
+    for (int r = 0; r < box.img.Height(); r++) {
+        const bool bEndRow = r == 0 || r == box.img.Height() - 1;
+        for (int c = 0; c < box.img.Width(); c += bEndRow ? 1 : std::max(box.img.Width() - 1, 1)) {
+            const std::size_t i = std::size_t(r) * std::size_t(box.img.Width()) + std::size_t(c);
+            if (box.imgMask.Data()[i] != 0.f) {
+                dfSum += double(box.img.Data()[i]);
+                nCount++;
+            }
+        }
+    }
+    return nCount > 0 ? dfSum / nCount : 0.0;
 }
 
 // Truncation that holds for any number; not a number gives 0.
@@ -41,9 +74,9 @@ int truncated(double df)
 }  // namespace
 
 std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize,
-                              double dfSaturation)
+                              double dfSaturation, bool bConstantBackground)
 {
-    std::vector<double> vecResult(11, -1.0);
+    std::vector<double> vecResult(bConstantBackground ? 13 : 11, -1.0);
     if (!std::isfinite(x) || !std::isfinite(y))
         return vecResult;
     const int nLeft = std::max(truncated(x - nHalfSize), 0);
@@ -84,26 +117,60 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
             dfHeight = fPixel;
     }
     std::vector<double> vecPara{dfHeight, dfStartX, 1.0, dfStartY, 1.0};
+    if (bConstantBackground) {
+        vecPara.push_back(meanOfEdge(box));
+        vecPara[0] -= vecPara[5];
+    }
+    box.vecColumn.resize(std::size_t(nWidth));
 
     CLmdifFit fit;
     const int nInfo = fit.Run(lorentzResiduals, int(nCount), vecPara, &box);
     x = nLeft + vecPara[1];
     y = nTop + vecPara[3];
-    std::copy(vecPara.begin(), vecPara.end(), vecResult.begin());
-    std::copy(fit.StdErr().begin(), fit.StdErr().end(), vecResult.begin() + 5);
+    std::vector<double> vecError = fit.StdErr();
     if (nUsable <= vecPara.size())
-        std::fill(vecResult.begin() + 5, vecResult.begin() + 10, std::numeric_limits<double>::infinity());
+        std::fill(vecError.begin(), vecError.end(), std::numeric_limits<double>::infinity());
+    std::copy_n(vecPara.begin(), g_nLorentzParameters, vecResult.begin());
+    std::copy_n(vecError.begin(), g_nLorentzParameters, vecResult.begin() + g_nLorentzParameters);
     vecResult[10] = nInfo;
+    if (bConstantBackground) {
+        vecResult[11] = vecPara[5];
+        vecResult[12] = vecError[5];
+    }
     return vecResult;
 }
 
 std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vector<double>& vecX,
-                                             std::vector<double>& vecY, int nHalfSize, double dfSaturation)
+                                             std::vector<double>& vecY, int nHalfSize, double dfSaturation,
+                                             bool bConstantBackground, int nJobs)
 {
-    std::vector<std::vector<double>> vecResult;
     if (vecX.size() != vecY.size())
-        return vecResult;
-    for (std::size_t i = 0; i < vecX.size(); i++)
-        vecResult.push_back(FitPeak2D(img, vecX[i], vecY[i], nHalfSize, dfSaturation));
+        return {};
+    std::vector<std::vector<double>> vecResult(vecX.size());
+    std::atomic<std::size_t> nNext{0};
+    std::exception_ptr pException;
+    std::mutex mutex;
+    const auto work = [&] {
+        try {
+            for (std::size_t i = nNext++; i < vecResult.size(); i = nNext++)
+                vecResult[i] = FitPeak2D(img, vecX[i], vecY[i], nHalfSize, dfSaturation, bConstantBackground);
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            pException = std::current_exception();
+        }
+    };
+    std::vector<std::thread> vecThread;
+    const std::size_t nThreads = std::min(std::size_t(std::max(nJobs, 1)), vecResult.size());
+    try {
+        for (std::size_t i = 1; i < nThreads; i++)
+            vecThread.emplace_back(work);
+    } catch (const std::exception&) {
+        // fewer threads than asked for do the same work
+    }
+    work();
+    for (std::thread& thread : vecThread)
+        thread.join();
+    if (pException)
+        std::rethrow_exception(pException);
     return vecResult;
 }

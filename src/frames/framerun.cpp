@@ -1,0 +1,88 @@
+#include "frames/framerun.h"
+
+#include "app/records/timestamp.h"
+#include "frames/frameloader.h"
+
+#include <exception>
+
+QList<QPointF> peakPositions(const QList<Peak3D>& listPeak)
+{
+    QList<QPointF> listPosition;
+    listPosition.reserve(listPeak.size());
+    for (const Peak3D& peak : listPeak)
+        listPosition.append(QPointF(peak.dfX2D, peak.dfY2D));
+    return listPosition;
+}
+
+CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName)
+    : m_dataSet(dataSet), m_report(report), m_strName(strName), m_listFile(dataSet.m_listFrameFile)
+{
+}
+
+CFrameRun::~CFrameRun()
+{
+    release();
+}
+
+bool CFrameRun::begin()
+{
+    if (m_dataSet.m_bRunning) {
+        m_dataSet.m_bRunning = false;
+        return false;
+    }
+    m_dataSet.m_bRunning = m_bBegun = true;
+    m_report.startProgress(QStringLiteral("%v/%m"), 0, frameCount());
+    if (!m_report.goOn())
+        m_dataSet.m_bRunning = false;
+    m_report.addMessage(QStringLiteral("%1>%2 started.").arg(currentTimeStamp(), m_strName), Qt::blue);
+    return true;
+}
+
+bool CFrameRun::walk(const std::function<bool(int nFrame)>& fnFrame)
+{
+    bool bAll = true;
+    try {
+        for (int i = 0; bAll && i < frameCount(); ++i) {
+            bAll = isGoing();
+            if (!bAll)
+                break;
+            m_report.setProgress(i + 1);
+            bAll = fnFrame(i);
+            if (!m_report.goOn())
+                m_dataSet.m_bRunning = false;
+        }
+    } catch (const std::exception& e) {
+        m_report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        bAll = false;
+    }
+    m_report.endProgress();
+    return bAll;
+}
+
+const CImgObj<float>* CFrameRun::load(int nFrame)
+{
+    releaseFrameImages(m_dataSet.m_vecFrameImage);
+    const QString& strFile = m_listFile[nFrame];
+    if (!loadFirstImage(m_dataSet.m_vecFrameImage, strFile, m_dataSet.m_listHotPixel, m_report))
+        return nullptr;
+    if (m_dataSet.m_vecFrameImage.empty()) {
+        m_report.addMessage(QStringLiteral("No image found in %1.").arg(strFile), Qt::red);
+        return nullptr;
+    }
+    return m_dataSet.m_vecFrameImage.front().get();
+}
+
+void CFrameRun::sayEnd(bool bFinished)
+{
+    m_report.addMessage(
+        (bFinished ? QStringLiteral("%1>%2 finished.") : QStringLiteral("%1>%2 did not finish."))
+            .arg(currentTimeStamp(), m_strName),
+        bFinished ? Qt::blue : Qt::red);
+}
+
+void CFrameRun::release()
+{
+    if (m_bBegun)
+        m_dataSet.m_bRunning = false;
+    m_bBegun = false;
+}

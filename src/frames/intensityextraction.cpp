@@ -1,0 +1,101 @@
+#include "frames/intensityextraction.h"
+
+#include "frames/badpixels.h"
+#include "frames/bandpass.h"
+#include "frames/framehunt.h"
+#include "frames/integration.h"
+
+#include <cstddef>
+
+namespace {
+
+// The smoothed frame of peak hunting, bit for bit; false when there is no transform.
+bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting, CPeakFilters& filters,
+                 FrameHuntWork& work, qint64& nBad)
+{
+    nBad = frameSpectrum(img, work.fft, work.imgSpectrum);
+    return nBad >= 0 && updatePeakFilters(hunting, img.Width(), img.Height(), filters) &&
+           filterSpectrum(work.imgSpectrum, filters, work.fft, work.imgProduct, &work.imgSmooth, nullptr);
+}
+
+// Both intensities of the peaks on a smoothed frame; false if one lies outside.
+bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& parameters,
+                  QList<Peak3D>& listPeak)
+{
+    QList<double> listX, listY;
+    for (const Peak3D& peak : listPeak) {
+        listX.append(peak.dfX2D);
+        listY.append(peak.dfY2D);
+    }
+    const QList<double> listIPoint = SampleAtPositions(imgSmooth, listX, listY);
+    if (listIPoint.size() < listPeak.size())
+        return false;
+    std::vector<RefIntPara> vecWindow;
+    MakeIntegrationWindows(listX, listY, parameters.m_nWindowRadius, parameters.m_nBackgroundSize, vecWindow);
+    IntegratePeaks(imgSmooth, vecWindow);
+    for (int j = 0; j < listPeak.size(); ++j) {
+        listPeak[j].dfIPoint = listIPoint[j];
+        listPeak[j].dfI2D = double(vecWindow[std::size_t(j)].fIntensity);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
+                      const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
+                      CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone,
+                      bool* pFinished)
+{
+    if (pFinished)
+        *pFinished = false;
+    CFrameRun run(dataSet, report, QStringLiteral("Intensity extraction"));
+    if (peaksSorted.size() != run.frameCount()) {
+        report.addMessage(QStringLiteral("Frame counts do not match."), Qt::red);
+        return false;
+    }
+    if (!run.begin())
+        return false;
+    FrameHuntWork work;
+    QList<Peak3D> listFlat;
+    const bool bAll = run.walk([&](int nFrame) {
+        const CImgObj<float>* pImage = run.load(nFrame);
+        if (!pImage)
+            return false;
+        qint64 nBad = 0;
+        if (!smoothFrame(*pImage, hunting, filters, work, nBad)) {
+            report.addMessage(QStringLiteral("%1: the frame cannot be transformed. Stop.")
+                                  .arg(dataSet.m_listFrameFile.value(nFrame)),
+                              Qt::red);
+            return false;
+        }
+        if (nBad > 0)
+            report.addMessage(badPixelLine(nFrame, nBad), Qt::black);
+        if (peaksSorted.size() != run.frameCount())
+            return false;  // taken away while events were handled
+        QList<Peak3D> listPeak = peaksSorted[nFrame];
+        if (!measurePeaks(work.imgSmooth, parameters, listPeak)) {
+            report.addMessage(QStringLiteral("Some peaks are outside the frame."), Qt::red);
+            return false;
+        }
+        for (Peak3D& peak : listPeak) {
+            peak.nID = listFlat.size();
+            listFlat.append(peak);
+        }
+        peaksSorted[nFrame] = listPeak;
+        if (fnFrameDone)
+            fnFrameDone(nFrame, peakPositions(listPeak));
+        return true;
+    });
+    if (bAll) {
+        dataSet.m_listPeakMerged = listFlat;
+        dataSet.m_listPeakMergedShown = listFlat;
+        // Both go by the numbers of the reflections that have just left.
+        dataSet.m_listPeakChain.clear();
+        dataSet.m_vecReflectionFrame.clear();
+    }
+    run.sayEnd(bAll);
+    if (pFinished)
+        *pFinished = bAll;
+    return true;
+}

@@ -1,0 +1,252 @@
+#include "frames/positionrefinement.h"
+
+#include "crystal/reflectionindices.h"
+#include "imaging/peakfit2d.h"
+#include "reciprocal/geometry/rotationgeometry.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace {
+
+const int g_nFitHalfSize = 20;
+const double g_dfSaturation = 3500.0;
+const char* const g_pName = "Peak position refinement";
+
+// The fits of one frame, in the order of its peaks.
+struct FittedFrame {
+    std::vector<double> vecX, vecY;  // as fitted
+    std::vector<std::vector<double>> vecFit;
+    QList<QPointF> listPosition;  // as believed
+    int nLost = 0;
+};
+
+FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
+                     const PositionRefinementOptions& options)
+{
+    FittedFrame fitted;
+    for (const Peak3D& peak : listPeak) {
+        fitted.vecX.push_back(peak.dfX2D);
+        fitted.vecY.push_back(peak.dfY2D);
+    }
+    fitted.vecFit = FitPeakList(img, fitted.vecX, fitted.vecY, g_nFitHalfSize, g_dfSaturation,
+                                options.bConstantBackground, options.nJobs);
+    for (int j = 0; j < listPeak.size(); ++j) {
+        const Peak3D& peak = listPeak[j];
+        const QPointF ptFit(fitted.vecX[std::size_t(j)], fitted.vecY[std::size_t(j)]);
+        // an empty box leaves the position as it was, which passes too unless it is no number
+        const bool bBelieved = std::fabs(ptFit.x() - peak.dfX2D) <= g_nFitHalfSize &&
+                               std::fabs(ptFit.y() - peak.dfY2D) <= g_nFitHalfSize;
+        fitted.listPosition.append(bBelieved ? ptFit : QPointF(peak.dfX2D, peak.dfY2D));
+        fitted.nLost += bBelieved ? 0 : 1;
+    }
+    return fitted;
+}
+
+// What both refinements do on the frames; fnStore takes the fits of a frame before they are shown.
+class CRefinementRun {
+public:
+    CRefinementRun(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted, CRunReport& report,
+                   const PositionRefinementOptions& options)
+        : m_run(dataSet, report, QLatin1String(g_pName)),
+          m_peaksSorted(peaksSorted),
+          m_report(report),
+          m_options(options)
+    {
+        if (peaksSorted.size() != m_run.frameCount())
+            report.addMessage(QStringLiteral("Frame counts do not match."), Qt::red);
+        else
+            m_bBegun = m_run.begin();
+    }
+
+    using FnStore = std::function<void(int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted)>;
+
+    bool begun() const { return m_bBegun; }
+
+    bool walk(const FnStore& fnStore)
+    {
+        int nLost = 0;
+        const bool bAll = m_run.walk([&](int nFrame) {
+            if (m_peaksSorted.size() != m_run.frameCount())
+                return false;  // taken away while events were handled
+            const QList<Peak3D> listPeak = m_peaksSorted[nFrame];
+            if (listPeak.isEmpty()) {
+                fnStore(nFrame, listPeak, {});
+                return true;
+            }
+            const CImgObj<float>* pImage = m_run.load(nFrame);
+            if (!pImage)
+                return false;
+            CImgObj<float> img;  // the view may show another frame while events are handled
+            img.Copy(pImage);
+            if (m_options.fnBeforeFit)
+                m_options.fnBeforeFit(nFrame, peakPositions(listPeak));
+            const FittedFrame fitted = fitFrame(img, listPeak, m_options);
+            if (m_peaksSorted.size() != m_run.frameCount())
+                return false;
+            nLost += fitted.nLost;
+            fnStore(nFrame, listPeak, fitted);
+            if (m_options.fnAfterFit)
+                m_options.fnAfterFit(nFrame, fitted.listPosition);
+            return true;
+        });
+        if (nLost > 0)
+            m_report.addMessage(
+                QStringLiteral("%L1 fits left their boxes; these peaks keep their positions.").arg(nLost),
+                Qt::red);
+        return bAll;
+    }
+
+    CFrameRun& run() { return m_run; }
+
+private:
+    CFrameRun m_run;
+    const QVector<QList<Peak3D>>& m_peaksSorted;
+    CRunReport& m_report;
+    const PositionRefinementOptions& m_options;
+    bool m_bBegun = false;
+};
+
+// What the long table needs of the experiment.
+struct TableGeometry {
+    BeamCentres centres;
+    double dfPixelSize;
+    double dfRotationAxis;
+};
+
+QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const std::vector<double>& vecFit,
+                     const TableGeometry& geometry)
+{
+    const QPointF ptCentre = frameCentre(geometry.centres, nFrame);
+    const QPointF ptOld(peak.dfX2D, peak.dfY2D);
+    const QPointF ptFromBeam = ptFit - ptCentre;
+    const double dfStretching = peak.dfX2DCorrected / (ptOld.x() - ptCentre.x());
+    const double dfRX = dfStretching * ptFromBeam.x();  // may be infinite, which a QPointF takes as well
+    const double dfRY = dfStretching * ptFromBeam.y();
+    const double dfR = std::sqrt(dfRX * dfRX + dfRY * dfRY);
+    double dfAzimuth = std::atan2(-dfRY, dfRX) * 180 / M_PI;
+    if (dfAzimuth < 0)
+        dfAzimuth += 360;
+    const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
+    const double dfIndex = std::sqrt(double(nH) * nH + double(nK) * nK + double(nL) * nL);
+    return QStringLiteral(
+               "%1 %2 %3 %4 %5 %6 %7 %8 %9 %10 %11 %12 %13 %14 %15 %16 %17 %18 %19 %20 %21 %22 %23 "
+               "%24 %25\n")
+        .arg(double(peak.nFrame + 1), 4, 'g')
+        .arg(double(nH), 3, 'g')
+        .arg(double(nK), 3, 'g')
+        .arg(double(nL), 3, 'g')
+        .arg(peak.dfIPoint, 8, 'f', 1)
+        .arg(dfR * geometry.dfPixelSize, 6, 'f', 4)
+        .arg(double(calDistanceToRotationAxis(geometry.centres, geometry.dfRotationAxis, nFrame, ptOld)), 8,
+             'f', 1)
+        .arg(ptCentre.x(), 8, 'f', 2)
+        .arg(ptCentre.y(), 8, 'f', 2)
+        .arg(ptOld.x(), 8, 'f', 1)
+        .arg(ptOld.y(), 8, 'f', 1)
+        .arg(ptFit.x(), 8, 'f', 2)
+        .arg(ptFit.y(), 8, 'f', 2)
+        .arg(dfRX, 8, 'f', 2)
+        .arg(dfRY, 8, 'f', 2)
+        .arg(dfAzimuth, 6, 'f', 1)
+        .arg(double(calAngleToRotationAxis(geometry.centres, geometry.dfRotationAxis, nFrame, peak)), 8, 'f',
+             1)
+        .arg(std::hypot(ptFromBeam.x(), ptFromBeam.y()) / dfIndex, 8, 'f', 3)
+        .arg(dfR / dfIndex, 8, 'f', 3)
+        .arg(ptFit.x() - ptOld.x(), 8, 'f', 2)
+        .arg(ptFit.y() - ptOld.y(), 8, 'f', 2)
+        .arg(vecFit[6], 8, 'f', 4)
+        .arg(vecFit[8], 8, 'f', 4)
+        .arg(vecFit[10], 0, 'g')
+        .arg(double(peak.nRGroup), 0, 'g');
+}
+
+QString shortTableRow(int nNumber, const Peak3D& peak, int nFrame, const QPointF& ptNew,
+                      const std::vector<double>& vecFit)
+{
+    return QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9 %10 %11 %12\n")
+        .arg(nNumber, 4)
+        .arg(nFrame + 1, 4)
+        .arg(roundIndex(peak.dfH), 4)
+        .arg(roundIndex(peak.dfK), 4)
+        .arg(roundIndex(peak.dfL), 4)
+        .arg(peak.dfIPoint, 8, 'f', 1)
+        .arg(peak.dfX2D, 8, 'f', 1)
+        .arg(peak.dfY2D, 8, 'f', 1)
+        .arg(ptNew.x(), 8, 'f', 1)
+        .arg(ptNew.y(), 8, 'f', 1)
+        .arg(vecFit[6], 10, 'f', 4)
+        .arg(vecFit[8], 10, 'f', 4);
+}
+
+}  // namespace
+
+QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
+                                          CRunReport& report, const PositionRefinementOptions& options)
+{
+    // a copy that shares the peaks, for the data set may change under the run
+    const QVector<QList<Peak3D>> peaksKept = peaksSorted;
+    CRefinementRun refinement(dataSet, peaksKept, report, options);
+    QVector<QList<Peak3D>> peaksRefined;
+    if (!refinement.begun())
+        return peaksRefined;
+    const TableGeometry geometry{{dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY},
+                                 dataSet.m_dfPixelSize,
+                                 dataSet.m_dfRotationAxis};
+    QString strTable;
+    const bool bAll =
+        refinement.walk([&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
+            QList<Peak3D> listRefined;
+            for (int j = 0; j < listPeak.size(); ++j) {
+                const std::vector<double>& vecFit = fitted.vecFit[std::size_t(j)];
+                strTable += longTableRow(listPeak[j], nFrame,
+                                         QPointF(fitted.vecX[std::size_t(j)], fitted.vecY[std::size_t(j)]),
+                                         vecFit, geometry);
+                Peak3D peak = listPeak[j];
+                peak.dfX2DCorrected = peak.dfX2D;
+                peak.dfY2DCorrected = peak.dfY2D;
+                peak.dfX2D = fitted.listPosition[j].x();
+                peak.dfY2D = fitted.listPosition[j].y();
+                peak.fX3D = float(vecFit[6]);
+                peak.fY3D = float(vecFit[8]);
+                peak.fZ3D = float(vecFit[10]);
+                listRefined.append(peak);
+            }
+            peaksRefined.append(listRefined);
+        });
+    if (!strTable.isEmpty())
+        report.addMessage(strTable, Qt::black);
+    refinement.run().sayEnd(bAll);
+    return peaksRefined;
+}
+
+QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dataSet,
+                                                                    QVector<QList<Peak3D>>& peaksSorted,
+                                                                    CRunReport& report,
+                                                                    const PositionRefinementOptions& options)
+{
+    CRefinementRun refinement(dataSet, peaksSorted, report, options);
+    if (!refinement.begun())
+        return {};
+    QVector<std::vector<std::vector<double>>> vecResult(refinement.run().frameCount());
+    QString strTable;
+    int nNumber = 0;
+    const bool bAll =
+        refinement.walk([&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
+            for (int j = 0; j < listPeak.size(); ++j)
+                strTable += shortTableRow(++nNumber, listPeak[j], nFrame, fitted.listPosition[j],
+                                          fitted.vecFit[std::size_t(j)]);
+            QList<Peak3D> listNew = listPeak;
+            for (int j = 0; j < listNew.size(); ++j) {
+                listNew[j].dfX2D = fitted.listPosition[j].x();
+                listNew[j].dfY2D = fitted.listPosition[j].y();
+            }
+            peaksSorted[nFrame] = listNew;
+            vecResult[nFrame] = fitted.vecFit;
+        });
+    refinement.run().sayEnd(bAll);
+    refinement.run().release();
+    if (!strTable.isEmpty())
+        report.addMessage(strTable, Qt::black);
+    return vecResult;
+}

@@ -1,0 +1,230 @@
+#include "frames/summedframes.h"
+
+#include "frames/frameloader.h"
+#include "imagefiles/mrcfile.h"
+#include "imaging/imageshifts.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <vector>
+
+namespace {
+
+const float g_fDivisor = 20.f;
+const float g_fWhite = 65535.f;
+const int g_nRangeLines = 10;  // of one group; a saturated frame has a million such pixels
+
+// Frame indices of each beam tilt series.
+std::vector<std::vector<int>> beamTiltGroups(const QList<int>& listBreak, int nFrames)
+{
+    std::vector<std::vector<int>> vecGroup;
+    bool bOpen = false;
+    for (int i = 0; i < std::min(listBreak.size(), nFrames); ++i) {
+        if (listBreak[i] != 0)
+            bOpen = listBreak[i] == 1;
+        if (listBreak[i] == 1)
+            vecGroup.emplace_back();
+        if (bOpen)
+            vecGroup.back().push_back(i);
+    }
+    return vecGroup;
+}
+
+QString frameListText(const std::vector<int>& vecFrame)
+{
+    QString strText;
+    for (int nFrame : vecFrame)
+        strText += QStringLiteral("%1").arg(nFrame + 1, 5);
+    return strText;
+}
+
+int wholePixels(double df)
+{
+    return std::fabs(df) < 1e9 ? int(df) : 0;
+}
+
+class CSummedExport {
+public:
+    CSummedExport(DataSet& dataSet, const QString& strFolder, CRunReport& report)
+        : m_dataSet(dataSet),
+          m_strFolder(strFolder),
+          m_report(report),
+          m_listFile(dataSet.m_listFrameFile),
+          m_listShift(dataSet.m_listShift),
+          m_listTilt(dataSet.m_listOverallTilt),
+          m_vecGroup(beamTiltGroups(dataSet.m_listBeamTiltBreak, m_listFile.size()))
+    {
+    }
+
+    bool run(const std::function<void(int nGroup)>& fnGroupDone)
+    {
+        if (groups() == 0) {
+            say(QStringLiteral("There is no beam tilt series to sum."), Qt::red);
+            return false;
+        }
+        for (int n = 0; n < groups(); ++n)
+            say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[size_t(n)])));
+        if (m_listShift.size() != m_listFile.size()) {
+            say(QStringLiteral(
+                    "The number of frames does not match that of the shift correction data. The frames "
+                    "are summed as they are."),
+                Qt::red);
+            m_listShift.clear();
+        }
+        if (!makeImages())
+            return false;
+        m_report.startProgress(QStringLiteral("%v/%m"), 0, groups());
+        bool bAll = true;
+        for (int n = 0; n < groups() && !m_bStopped; ++n) {
+            m_report.setProgress(n + 1);
+            bAll = sumGroup(n) && exportGroup(n, fnGroupDone) && bAll;
+        }
+        m_report.endProgress();
+        if (!m_strShifts.isEmpty())
+            say(m_strShifts);
+        return bAll && !m_bStopped;
+    }
+
+private:
+    int groups() const { return int(m_vecGroup.size()); }
+    void say(const QString& strText, Qt::GlobalColor color = Qt::black)
+    {
+        m_report.addMessage(strText, color);
+    }
+
+    // A frame by itself; null, with red lines, when there is none. strStop ends the lines.
+    std::unique_ptr<CImgObj<float>> frame(int nFrame, const QString& strStop)
+    {
+        ImageList vecImage;
+        const QString strFile = m_listFile.value(nFrame);
+        if (!loadFirstImage(vecImage, strFile, m_dataSet.m_listHotPixel, m_report))
+            say(QStringLiteral("Failed to load %1.").arg(strFile) + strStop, Qt::red);
+        else if (vecImage.empty())
+            say(QStringLiteral("No image found in %1.").arg(strFile) + strStop, Qt::red);
+        else
+            return std::move(vecImage.front());
+        return nullptr;
+    }
+
+    // Sum and output in the size of the first frame.
+    bool makeImages()
+    {
+        const auto pFirst = frame(0, QString());
+        if (!pFirst)
+            return false;
+        m_nCount = qint64(pFirst->Width()) * pFirst->Height();
+        m_imgSum.Create(pFirst->Width(), pFirst->Height());
+        m_imgOutput.Create(pFirst->Width(), pFirst->Height());
+        return m_nCount > 0;
+    }
+
+    bool sumGroup(int nGroup)
+    {
+        m_imgSum.Clear();
+        for (int nFrame : m_vecGroup[size_t(nGroup)]) {
+            if (!m_report.goOn()) {
+                m_bStopped = true;
+                return false;
+            }
+            const auto pImage = frame(nFrame, QStringLiteral(" Stop."));
+            if (!pImage)
+                return false;
+            if (pImage->Width() != m_imgSum.Width() || pImage->Height() != m_imgSum.Height()) {
+                say(QStringLiteral("%1: %L2×%L3 pixels; the first frame has %L4×%L5. Stop.")
+                        .arg(m_listFile[nFrame])
+                        .arg(pImage->Width())
+                        .arg(pImage->Height())
+                        .arg(m_imgSum.Width())
+                        .arg(m_imgSum.Height()),
+                    Qt::red);
+                return false;
+            }
+            const QPointF ptShift = m_listShift.value(nFrame);
+            const int nDX = -wholePixels(ptShift.x());
+            const int nDY = -wholePixels(ptShift.y());
+            m_strShifts += QStringLiteral("Shift #%1: %2 %3\n")
+                               .arg(nFrame + 1, 3, 10, QLatin1Char('0'))
+                               .arg(nDX, 3)
+                               .arg(nDY, 3);
+            if (nDX != 0 || nDY != 0)
+                CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
+            for (qint64 i = 0; i < m_nCount; ++i)
+                m_imgSum.Data()[i] += pImage->Data()[i];
+        }
+        return true;
+    }
+
+    bool exportGroup(int nGroup, const std::function<void(int nGroup)>& fnGroupDone)
+    {
+        auto pShown = std::make_unique<CImgObj<float>>();
+        pShown->Copy(m_imgSum);
+        releaseFrameImages(m_dataSet.m_vecFrameImage);
+        m_dataSet.m_vecFrameImage.push_back(std::move(pShown));
+        if (fnGroupDone)
+            fnGroupDone(nGroup);
+        scaleSum();
+        const QString strNumber = QStringLiteral("%1").arg(nGroup + 1, 3, 10, QLatin1Char('0'));
+        const QString strFile = QStringLiteral("%1/%2.mrc").arg(m_strFolder, strNumber);
+        if (!WriteMRC<unsigned short>({&m_imgOutput}, strFile)) {
+            say(QStringLiteral("Failed to save image:%1").arg(strFile), Qt::red);
+            return false;
+        }
+        const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
+        const double dfFirst = m_listTilt.value(vecFrame.front());
+        const double dfLast = m_listTilt.value(vecFrame.back());
+        say(QStringLiteral("#%1:%2: %3 %4")
+                .arg(strNumber, frameListText(vecFrame))
+                .arg((dfFirst + dfLast) / 2, 8, 'f', 3)
+                .arg(std::fabs(dfFirst - dfLast) / 2, 8, 'f', 3));
+        return true;
+    }
+
+    void scaleSum()
+    {
+        qint64 nOutside = 0;
+        for (qint64 i = 0; i < m_nCount; ++i) {
+            float f = m_imgSum.Data()[i] / g_fDivisor;
+            if (f > g_fWhite) {
+                if (++nOutside <= g_nRangeLines)
+                    say(QStringLiteral("Data out of range (%1). Break.").arg(double(f)));
+                f = g_fWhite;
+            }
+            m_imgOutput.Data()[i] = f >= 0 ? static_cast<unsigned short>(f) : 0;  // 0 for no number too
+        }
+        if (nOutside > g_nRangeLines)
+            say(QStringLiteral("Data out of range in %L1 more pixels.").arg(nOutside - g_nRangeLines));
+    }
+
+    DataSet& m_dataSet;
+    const QString m_strFolder;
+    CRunReport& m_report;
+    const QStringList m_listFile;
+    QList<QPointF> m_listShift;
+    const QList<double> m_listTilt;
+    const std::vector<std::vector<int>> m_vecGroup;
+    qint64 m_nCount = 0;
+    CImgObj<float> m_imgSum;
+    CImgObj<unsigned short> m_imgOutput;
+    QString m_strShifts;
+    bool m_bStopped = false;
+};
+
+}  // namespace
+
+bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
+                        const std::function<void(int nGroup)>& fnGroupDone)
+{
+    bool bAll = false;
+    try {
+        bAll = CSummedExport(dataSet, strFolder, report).run(fnGroupDone);
+    } catch (const std::exception& e) {
+        report.endProgress();
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+    }
+    releaseFrameImages(dataSet.m_vecFrameImage);
+    return bAll;
+}
