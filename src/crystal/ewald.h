@@ -26,7 +26,8 @@ struct FramePositionGeometry {
 /// The condition is that of a sphere about (0, 0, −1/λ), while ewaldPoint() lifts to the sphere about
 /// (0, 0, +1/λ). So this is the tilt at which the Friedel mate −g is cut in the frame of the mapping; it
 /// lies about λ·|g|² divided by the distance of g from the axis, in radians, away from the tilt at which
-/// the mapping put g: 0.7 degrees at 0.5 Å⁻¹ and 0.0251 Å. For that tilt pass −g.
+/// the mapping put g: 0.7 degrees at 0.5 Å⁻¹ and 0.0251 Å. For that tilt pass −g, as the refinements of
+/// tilts do (calculatedTilt()).
 /// @return false, with `dfTilt` untouched, if the sphere does not reach the point, if the point lies on
 ///         the rotation axis, or if the numbers are not finite
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);

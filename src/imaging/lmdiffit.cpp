@@ -29,8 +29,8 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     std::iota(ipvt.begin(), ipvt.end(), 1);
     const double dfTol = std::sqrt(dpmpar(1));
     const int nInfo = lmdif(pResiduals, pContext, m, n, vecPara.data(), fvec.data(), dfTol, dfTol, 0.0,
-                            m_nMaxFev, m_dfEpsFcn, diag.data(), m_nMode, m_dfFactor, 0, &m_nFev, fjac.data(), m,
-                            ipvt.data(), qtf.data(), wa1.data(), wa2.data(), wa3.data(), wa4.data());
+                            m_nMaxFev, m_dfEpsFcn, diag.data(), m_nMode, m_dfFactor, 0, &m_nFev, fjac.data(),
+                            m, ipvt.data(), qtf.data(), wa1.data(), wa2.data(), wa3.data(), wa4.data());
     if (m == n)
         return nInfo;
 

@@ -20,7 +20,9 @@ struct DifferenceVectorRefinement {
     int nVectorsRejected = 0;
 };
 
-/// Measures the peaks' positions anew to a fraction of a pixel; the same shape goes in and comes out.
+/// Measures the peaks' positions anew to a fraction of a pixel; the same shape goes in and comes out, and
+/// fewer lists when the work was stopped. In the peaks that come out dfX2DCorrected, dfY2DCorrected hold the
+/// former position and fX3D, fY3D the standard errors of the new one (pixels).
 using FnRefinePositions = std::function<QVector<QList<Peak3D>>(const QVector<QList<Peak3D>>&)>;
 
 /// Refines the cell in force, through unitCellRefinement(), against the mean lengths of the difference

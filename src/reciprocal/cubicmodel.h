@@ -16,6 +16,7 @@ QList<Vec3D> cubicBasisFromAngles(double dfTheta, double dfPhi, double dfPsi, do
 ///
 /// The residual of a reflection is the distance in Å⁻¹ of the model's point, by rounded indices, from the
 /// record's own: the length of the model's vector alone does not depend on the orientation.
+/// Of a left-handed cell, h and k of the reflections are exchanged with a* and b*.
 /// @return the fitted basis; empty, with a red line, without a cell in force
 QList<Vec3D> testFindCubicCell(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                double dfEdge = g_dfCubicEdge);

@@ -14,8 +14,8 @@ struct DifferenceMap {
     std::array<double, 6> adfStart{};
     std::array<double, 6> adfEnd{};
     std::array<double, 6> adfStdErr{};
-    int nInfo = 0;             ///< result of the fit; 0 if none took place
-    double dfSumSquares = 0;   ///< at the end, pixels²
+    int nInfo = 0;            ///< result of the fit; 0 if none took place
+    double dfSumSquares = 0;  ///< at the end, pixels²
     int nPairs = 0;
     QList<Peak3D> listDifference;  ///< index and position differences, product of intensities, d*
 };

@@ -15,7 +15,8 @@ struct ExpectedFrame {
 };
 
 /// Compares the tilts of two bases with dfTiltFit of the reflections, as a table in the log. Reflections
-/// that the sphere of either basis does not reach are left out, and with none left the mean errors show 0.
+/// that the sphere of either basis does not reach are left out, and with none left the averaged errors, roots
+/// of the mean squares, show 0.
 /// @return one entry per row; empty, with a red line, unless both bases have three vectors
 QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                                         const QList<Vec3D>& listUnitCellAfter, const QList<Peak3D>& listPeak,

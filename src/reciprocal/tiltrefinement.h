@@ -6,6 +6,7 @@
 #include "app/records/runreport.h"
 #include "crystal/cellmessage.h"
 #include "crystal/ewald.h"
+#include "reciprocal/tiltfit.h"
 
 #include <QList>
 #include <QString>
@@ -16,17 +17,18 @@ struct TiltRefinementOptions {
     double dfWavelength = 0.0251;  ///< Å, of the calculated tilts
     QList<HKLRef> listExcluded;    ///< left out by rounded indices; the intensities don't count
     QString strLatticeHost = latticeServiceHost();
+    double dfFunctionError = g_dfTiltFunctionError;
 };
 
 /// What a refinement found.
 struct TiltRefinement {
-    bool bDone = false;              ///< the run came to its end
-    int nInfo = 0;                   ///< result of the fit; 0 if none took place
-    QList<Vec3D> listCellBefore;     ///< the working copy of the cell, right-handed
-    QList<Vec3D> listCell;           ///< refined a*, b*, c*, Å⁻¹
-    std::vector<double> vecStdErr;   ///< of the nine components
-    QList<Peak3D> listPeak;          ///< the reflections that the fit used, with dfTiltFit
-    double dfSquaresBefore = 0;      ///< of the tilt errors, degrees²
+    bool bDone = false;             ///< the run came to its end
+    int nInfo = 0;                  ///< result of the fit; 0 if none took place
+    QList<Vec3D> listCellBefore;    ///< the working copy of the cell, right-handed
+    QList<Vec3D> listCell;          ///< refined a*, b*, c*, Å⁻¹
+    std::vector<double> vecStdErr;  ///< of the nine components
+    QList<Peak3D> listPeak;         ///< the reflections that the fit used, with dfTiltFit
+    double dfSquaresBefore = 0;     ///< of the tilt errors, degrees²
     double dfSquaresAfter = 0;
 };
 
@@ -35,22 +37,29 @@ void addBasisLines(const QList<Vec3D>& listCell, CRunReport& report);
 
 /// The cell in force as a right-handed working copy: a* and b* are exchanged, with a red line, when the
 /// triple product is negative. Writes the volume and the three lines. Empty, with a red line, without a cell.
-/// @param strHead  if not empty, a line before the three
-QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const QString& strHead = {});
+/// @param strHead      if not empty, a line before the three
+/// @param pbExchanged  may be null; whether a* and b* were exchanged, and with them h and k must be
+QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const QString& strHead = {},
+                             bool* pbExchanged = nullptr);
+
+/// The reflections that filterReflections() keeps and that are not excluded, with h and k exchanged if asked.
+QList<Peak3D> reflectionsForTilts(const QList<Peak3D>& listPeak, const DataSet& dataSet,
+                                  double dfLeastIntensity, const QList<HKLRef>& listExcluded, bool bExchanged,
+                                  CRunReport& report);
 
 /// The geometry of a data set for filterReflections() and calFramePosition().
 FramePositionGeometry framePositionGeometry(const DataSet& dataSet);
 
-/// The tilt in degrees at which the mapping has h·a* + k·b* + l·c* on the Ewald sphere; indices of the record
-/// rounded. calEwaldTilt() has its sphere about (0, 0, −1/λ), and so gets −g here.
-/// @return false, with `dfTilt` untouched, if the sphere does not reach the point
-bool calculatedTilt(const Peak3D& peak, const QList<Vec3D>& listCell, double dfWavelength, double& dfTilt);
+/// The direct cell of the basis as an HTML line with the link that tests its lattice; a red line if the
+/// vectors are co-planar.
+void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost, CRunReport& report);
 
 /// Refines a*, b*, c* so that the calculated tilts agree with the tilts of the frames (dfFrameTilt) of
 /// strong reflections away from the axis.
 ///
 /// The tilts say little of the components along the axis and nothing of a common scale but through the
-/// curvature of the sphere; their errors show it. Nothing of the data set is changed.
+/// curvature of the sphere; their errors show it. If the working copy of a left-handed cell has a* and b*
+/// exchanged, so have the reflections h and k. Nothing of the data set is changed.
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
 TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                   const TiltRefinementOptions& options = {});

@@ -1,0 +1,123 @@
+#include "crystal/reflectionbuilder.h"
+
+#include "app/records/hklref.h"
+#include "crystal/cellarithmetic.h"
+#include "crystal/hkl3d.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+constexpr double g_dfMaxIndices = 1e9;
+
+using Vector = std::array<double, 3>;
+
+Vector crossProduct(const Vector& a, const Vector& b)
+{
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+double product(const Vector& a, const Vector& b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+}  // namespace
+
+bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha, double beta, double gamma)
+{
+    a = std::fabs(a);
+    b = std::fabs(b);
+    c = std::fabs(c);
+    alpha = std::fabs(alpha);
+    beta = std::fabs(beta);
+    gamma = std::fabs(gamma);
+    if (alpha >= beta + gamma || beta >= alpha + gamma || gamma >= alpha + beta)
+        return false;
+    const double dfAlpha = alpha * g_dfPi / 180, dfBeta = beta * g_dfPi / 180, dfGamma = gamma * g_dfPi / 180;
+    const double dfCosA = std::cos(dfAlpha), dfCosB = std::cos(dfBeta), dfCosG = std::cos(dfGamma);
+    const double dfSinB = std::sin(dfBeta);
+    const double dfX = (dfCosG - dfCosA * dfCosB) / dfSinB;
+    const double dfY = std::sqrt(1 - dfCosA * dfCosA - dfX * dfX);
+    const std::array<Vector, 3> aDirect = {Vector{a * dfSinB, 0, a * dfCosB},
+                                           Vector{b * dfX, b * dfY, b * dfCosA}, Vector{0, 0, c}};
+    const double dfVolume = product(aDirect[0], crossProduct(aDirect[1], aDirect[2]));
+    if (!(dfVolume > 0) || !std::isfinite(dfVolume))
+        return false;
+    m_dfA = a;
+    m_dfB = b;
+    m_dfC = c;
+    m_dfAlpha = dfAlpha;
+    m_dfBeta = dfBeta;
+    m_dfGamma = dfGamma;
+    m_aDirect = aDirect;
+    m_dfVolume = dfVolume;
+    for (std::size_t n = 0; n < 3; ++n) {
+        const Vector v = crossProduct(aDirect[(n + 1) % 3], aDirect[(n + 2) % 3]);
+        m_aReciprocal[n] = {v[0] / dfVolume, v[1] / dfVolume, v[2] / dfVolume};
+    }
+    return true;
+}
+
+bool CReflectionBuilder::build(double dfDStarMax)
+{
+    m_vecReflection.clear();
+    m_dfDStarMax = dfDStarMax;
+    if (!(m_dfVolume > 0) || !(dfDStarMax > 0))
+        return false;
+    double aLargest[3] = {0, 0, 0};
+    for (int nPhi = 0; nPhi <= 360; nPhi += 10)
+        for (int nTheta = 0; nTheta <= 90; nTheta += 10) {
+            const double dfPhi = nPhi * g_dfPi / 180, dfTheta = nTheta * g_dfPi / 180;
+            const Vector pt = {dfDStarMax * std::sin(dfTheta) * std::cos(dfPhi),
+                               dfDStarMax * std::sin(dfTheta) * std::sin(dfPhi),
+                               dfDStarMax * std::cos(dfTheta)};
+            for (std::size_t n = 0; n < 3; ++n)
+                aLargest[n] = std::max(aLargest[n], std::fabs(product(pt, m_aDirect[n])));
+        }
+    const double dfIndices = (2 * aLargest[0] + 1) * (2 * aLargest[1] + 1) * (2 * aLargest[2] + 1);
+    if (!(dfIndices <= g_dfMaxIndices))
+        return false;
+    const int nH = int(aLargest[0]), nK = int(aLargest[1]), nL = int(aLargest[2]);
+
+    m_vecReflection.reserve(std::size_t(4 * g_dfPi * std::pow(dfDStarMax, 3) / 3 * m_dfVolume) + 1);
+    const auto place = [&](int h, int k, int l) {
+        return (std::size_t(h + nH) * std::size_t(2 * nK + 1) + std::size_t(k + nK)) *
+                   std::size_t(2 * nL + 1) +
+               std::size_t(l + nL);
+    };
+    std::vector<char> vecVisited(place(nH, nK, nL) + 1);
+    for (int h = 0; h <= nH; ++h)
+        for (int k = -nK; k <= nK; ++k)
+            for (int l = -nL; l <= nL; ++l) {
+                Vector g;
+                for (std::size_t n = 0; n < 3; ++n)
+                    g[n] = h * m_aReciprocal[0][n] + k * m_aReciprocal[1][n] + l * m_aReciprocal[2][n];
+                if ((h == 0 && k == 0 && l == 0) || !(product(g, g) < dfDStarMax * dfDStarMax) ||
+                    vecVisited[place(h, k, l)])
+                    continue;
+                m_vecReflection.push_back({h, k, l});
+                vecVisited[place(h, k, l)] = vecVisited[place(-h, -k, -l)] = 1;
+            }
+    const std::size_t nHalf = m_vecReflection.size();
+    for (std::size_t n = 0; n < nHalf; ++n) {
+        const std::array<int, 3> hkl = m_vecReflection[n];
+        m_vecReflection.push_back({-hkl[0], -hkl[1], -hkl[2]});
+    }
+    return true;
+}
+
+bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report)
+{
+    double a = 20.091, b = 20.0, c = 13.37, alpha = 90, beta = 89.6, gamma = 90;
+    cellParametersFromList(listCell, a, b, c, alpha, beta, gamma);
+    CReflectionBuilder builder;
+    builder.setUnitCell(a, b, c, alpha, beta, gamma);
+    builder.build(1.0);
+    report.addMessage(QStringLiteral("%L1 reflection built.").arg(builder.reflections().size()));
+    QList<HKL5> listHKL;
+    for (const std::array<int, 3>& hkl : builder.reflections())
+        listHKL.append({hkl[0], hkl[1], hkl[2], 100, 0});
+    return showHKL3D(listHKL, listCell, listPeak, report);
+}

@@ -1,0 +1,120 @@
+#include "reciprocal/expectedframes.h"
+
+#include "crystal/reflectionindices.h"
+#include "reciprocal/mapping.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+
+// Beam tilt series of each frame, and the place of the frame in it.
+struct FrameInSeries {
+    int nSeries;
+    int nPlace;
+};
+
+std::vector<FrameInSeries> beamTiltSeries(const QList<int>& listBreak)
+{
+    std::vector<FrameInSeries> vecFrame;
+    int nSeries = 0, nPlace = 0;
+    for (int nBreak : listBreak) {
+        if (nBreak == 1) {
+            ++nSeries;
+            nPlace = 0;
+        }
+        vecFrame.push_back({nSeries, nPlace++});
+    }
+    return vecFrame;
+}
+
+// A frame without a flag belongs to the first series.
+FrameInSeries seriesOf(const std::vector<FrameInSeries>& vecFrame, int nFrame)
+{
+    if (nFrame < 0 || std::size_t(nFrame) >= vecFrame.size())
+        return {0, std::max(nFrame, 0)};
+    return vecFrame[std::size_t(nFrame)];
+}
+
+void fillSeriesMeans(QList<ExpectedFrame>& listRow, const std::vector<FrameInSeries>& vecFrame)
+{
+    std::vector<double> vecSum(vecFrame.size() + 1), vecCount(vecFrame.size() + 1);
+    for (const ExpectedFrame& row : listRow) {
+        const std::size_t nSeries = std::size_t(seriesOf(vecFrame, row.peak.nFrame).nSeries);
+        vecSum[nSeries] += row.dfErrAfter;
+        vecCount[nSeries] += 1;
+    }
+    for (ExpectedFrame& row : listRow) {
+        const FrameInSeries frame = seriesOf(vecFrame, row.peak.nFrame);
+        row.dfSeriesMean = vecSum[std::size_t(frame.nSeries)] / vecCount[std::size_t(frame.nSeries)];
+        row.nPlaceInSeries = frame.nPlace;
+    }
+}
+
+QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCentres& centres)
+{
+    const Peak3D& peak = row.peak;
+    const int h = roundIndex(peak.dfH), k = roundIndex(peak.dfK), l = roundIndex(peak.dfL);
+    const QPointF pt(peak.dfX2D, peak.dfY2D), ptOffset = pt - frameCentre(centres, peak.nFrame);
+    double dfAlpha = std::atan2(-ptOffset.y(), ptOffset.x()) * 180 / g_dfPi;
+    if (dfAlpha < 0)
+        dfAlpha += 360;
+    return QString::asprintf(
+        "%4d %4d %4d %2d %8.1f %4d %8.1f %8.2f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.1f "
+        "%8d\n",
+        h, k, l, dataSet.m_spaceGroup.isAbsent(h, k, l) ? 0 : 1, peak.dfIPoint, peak.nFrame + 1,
+        double(calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, pt)),
+        peak.dfFrameTilt, peak.dfTiltFit, row.dfTiltBefore, row.dfTiltAfter, row.dfErrBefore, row.dfErrAfter,
+        std::fabs(row.dfErrBefore) - std::fabs(row.dfErrAfter), row.dfSeriesMean,
+        row.dfErrAfter - row.dfSeriesMean, peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar, dfAlpha,
+        row.nPlaceInSeries);
+}
+
+}  // namespace
+
+QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
+                                        const QList<Vec3D>& listUnitCellAfter, const QList<Peak3D>& listPeak,
+                                        const DataSet& dataSet, CRunReport& report,
+                                        const TiltRefinementOptions& options)
+{
+    QList<ExpectedFrame> listRow;
+    if (listUnitCellBefore.size() != 3 || listUnitCellAfter.size() != 3) {
+        report.addMessage(QStringLiteral("Unit cell error."), Qt::red);
+        return listRow;
+    }
+    double dfSquaresBefore = 0, dfSquaresAfter = 0;
+    for (const Peak3D& peak : listPeak) {
+        ExpectedFrame row{peak, 0, 0, 0, 0, 0, 0};
+        if (!calculatedTilt(peak, listUnitCellBefore, options.dfWavelength, row.dfTiltBefore) ||
+            !calculatedTilt(peak, listUnitCellAfter, options.dfWavelength, row.dfTiltAfter))
+            continue;
+        row.dfErrBefore = peak.dfTiltFit - row.dfTiltBefore;
+        row.dfErrAfter = peak.dfTiltFit - row.dfTiltAfter;
+        dfSquaresBefore += row.dfErrBefore * row.dfErrBefore;
+        dfSquaresAfter += row.dfErrAfter * row.dfErrAfter;
+        listRow.append(row);
+    }
+    fillSeriesMeans(listRow, beamTiltSeries(dataSet.m_listBeamTiltBreak));
+
+    report.addMessage(QStringLiteral("After refinement:"));
+    const BeamCentres centres = beamCentres(dataSet);
+    QString strTable =
+        QString::asprintf("%4s %4s %4s %2s %8s %4s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %3s\n",
+                          "h", "k", "l", "A", "Int", "FNo", "d-RA", "TiltO", "TiltF", "TiltC1", "TiltC2",
+                          "Delta1", "Delta2", "DD", "Avg", "ErrDiff", "d-value", "Alpha", "BTFrame");
+    for (const ExpectedFrame& row : listRow)
+        strTable += rowText(row, dataSet, centres);
+    report.addMessage(strTable);
+    report.addMessage(QStringLiteral("Sum of Err^2 of tilt before and after refinement: %1, %2\n")
+                          .arg(dfSquaresBefore)
+                          .arg(dfSquaresAfter));
+    const double dfRows = std::max(1, listRow.size());
+    report.addMessage(QStringLiteral("Averaged error before and after refinement: %1, %2\n")
+                          .arg(std::sqrt(dfSquaresBefore / dfRows))
+                          .arg(std::sqrt(dfSquaresAfter / dfRows)));
+    addRefinedCell(listUnitCellAfter, options.strLatticeHost, report);
+    return listRow;
+}

@@ -1,0 +1,218 @@
+#include "reciprocal/predictedpositions.h"
+
+#include "reciprocal/mapping.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+constexpr double g_dfSingleStep = 1;  // degrees, of a series of one frame
+constexpr double g_dfMaxRows = 1e7;
+constexpr int g_nMaxReflections = 1000000;
+
+using Vector = std::array<double, 3>;
+
+Vector sum(const Vector& a, double df, const Vector& b)
+{
+    return {a[0] + df * b[0], a[1] + df * b[1], a[2] + df * b[2]};
+}
+double product(const Vector& a, const Vector& b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+Vector crossProduct(const Vector& a, const Vector& b)
+{
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+// The tilts that belong to a frame, relative to its own, radians: from the first (included) to the last.
+struct TiltWindow {
+    double dfTilt;  // of the frame, degrees
+    double dfFrom, dfTo;
+};
+
+bool windowOfFrame(const DataSet& dataSet, int nFrame, TiltWindow& window)
+{
+    const int nShifts = dataSet.m_listShift.size();
+    const int nTilts = dataSet.m_listOverallTilt.size();
+    const int nFrames = nShifts > 0 ? nShifts : nTilts;
+    if (nFrame < 0 || nFrame >= std::min(nFrames, nTilts))
+        return false;
+    window.dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
+    std::vector<double> vecTilt;
+    for (int n = 0; n < std::min(nFrames, nTilts); ++n)
+        vecTilt.push_back(relaxedTilt(dataSet, n, nFrames));
+    if (!std::all_of(vecTilt.begin(), vecTilt.end(), [](double df) { return std::isfinite(df); }))
+        return false;
+    std::sort(vecTilt.begin(), vecTilt.end());
+    vecTilt.erase(std::unique(vecTilt.begin(), vecTilt.end()), vecTilt.end());
+    double dfHalf = g_dfSingleStep / 2;
+    if (vecTilt.size() > 1) {
+        std::vector<double> vecStep;
+        for (std::size_t n = 1; n < vecTilt.size(); ++n)
+            vecStep.push_back(vecTilt[n] - vecTilt[n - 1]);
+        std::nth_element(vecStep.begin(), vecStep.begin() + std::ptrdiff_t(vecStep.size() / 2),
+                         vecStep.end());
+        dfHalf = vecStep[vecStep.size() / 2] / 2;
+    }
+    const auto it = std::lower_bound(vecTilt.begin(), vecTilt.end(), window.dfTilt);
+    const double dfBelow = it == vecTilt.begin() ? dfHalf : (*it - *(it - 1)) / 2;
+    const double dfAbove = it + 1 == vecTilt.end() ? dfHalf : (*(it + 1) - *it) / 2;
+    window.dfFrom = -std::min(dfHalf, dfBelow) * g_dfPi / 180;
+    window.dfTo = std::min(dfHalf, dfAbove) * g_dfPi / 180;
+    return true;
+}
+
+// The crystal as it stands at the tilt of a frame, and what of it shows there.
+class CFramePrediction {
+public:
+    CFramePrediction(const DataSet& dataSet, int nFrame, const TiltWindow& window, double dfMaxDStar,
+                     bool bApplyStretching)
+        : m_dataSet(dataSet),
+          m_nFrame(nFrame),
+          m_window(window),
+          m_dfMaxDStar(dfMaxDStar),
+          m_dfRadius(1 / dataSet.m_dfWavelength),
+          m_dfCosAxis(std::cos(dataSet.m_dfRotationAxis * g_dfPi / 180)),
+          m_dfSinAxis(std::sin(dataSet.m_dfRotationAxis * g_dfPi / 180)),
+          m_ptCentre(frameCentre(beamCentres(dataSet), nFrame)),
+          m_bApplyStretching(bApplyStretching)
+    {
+        const double dfCos = std::cos(window.dfTilt * g_dfPi / 180);
+        const double dfSin = std::sin(window.dfTilt * g_dfPi / 180);
+        for (std::size_t n = 0; n < 3; ++n) {
+            const Vec3D& v = dataSet.m_listCell[int(n)];
+            const double dfY = double(v.y), dfZ = double(v.z);
+            m_aBasis[n] = {double(v.x), dfCos * dfY + dfSin * dfZ, -dfSin * dfY + dfCos * dfZ};
+        }
+    }
+
+    // False for a cell that can't be walked.
+    bool walk(QList<Peak3D>& listPeak)
+    {
+        // The innermost index runs along the basis vector that leaves the plane of the frame most steeply.
+        std::size_t nIn = 0;
+        for (std::size_t n = 1; n < 3; ++n)
+            if (std::fabs(m_aBasis[n][2]) > std::fabs(m_aBasis[nIn][2]))
+                nIn = n;
+        const std::size_t nOut = (nIn + 1) % 3, nMid = (nIn + 2) % 3;
+        const double dfVolume = std::fabs(product(m_aBasis[0], crossProduct(m_aBasis[1], m_aBasis[2])));
+        // No index exceeds d* times the length of its direct vector.
+        const auto limit = [&](std::size_t n) {
+            const Vector v = crossProduct(m_aBasis[(n + 1) % 3], m_aBasis[(n + 2) % 3]);
+            return std::floor(m_dfMaxDStar * std::sqrt(product(v, v)) / dfVolume + 1e-6);
+        };
+        const double dfOut = limit(nOut), dfMid = limit(nMid);
+        if (!((2 * dfOut + 1) * (2 * dfMid + 1) <= g_dfMaxRows) || !(limit(nIn) < 1e9))
+            return false;
+        const double dfLimit2 = m_dfMaxDStar * m_dfMaxDStar;
+        // Height of the sphere above the plane at d* = r: at most r²·λ/2; the tilts of the window move a
+        // point by at most the angle times r.
+        const double dfTurn = std::max(m_window.dfTo, -m_window.dfFrom);
+        const double dfStepZ = m_aBasis[nIn][2];
+        const double dfStep2 = product(m_aBasis[nIn], m_aBasis[nIn]);
+        int aIndex[3] = {0, 0, 0};
+        for (aIndex[nOut] = -int(dfOut); aIndex[nOut] <= int(dfOut); ++aIndex[nOut]) {
+            const Vector vecOut = sum({0, 0, 0}, aIndex[nOut], m_aBasis[nOut]);
+            for (aIndex[nMid] = -int(dfMid); aIndex[nMid] <= int(dfMid); ++aIndex[nMid]) {
+                const Vector vecRow = sum(vecOut, aIndex[nMid], m_aBasis[nMid]);
+                // The piece of the row inside the sphere of the limit, then the piece near the plane.
+                const double dfMiddle = -product(vecRow, m_aBasis[nIn]) / dfStep2;
+                const double dfNearest2 = product(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
+                if (dfNearest2 > dfLimit2)
+                    continue;
+                const double dfHalf = std::sqrt((dfLimit2 - dfNearest2) / dfStep2);
+                const double dfLow = (-dfTurn * m_dfMaxDStar - vecRow[2]) / dfStepZ;
+                const double dfHigh =
+                    (dfTurn * m_dfMaxDStar + dfLimit2 / (2 * m_dfRadius) - vecRow[2]) / dfStepZ;
+                const int nFrom = int(std::ceil(std::max(dfMiddle - dfHalf, std::min(dfLow, dfHigh)) - 1e-6));
+                const int nTo = int(std::floor(std::min(dfMiddle + dfHalf, std::max(dfLow, dfHigh)) + 1e-6));
+                for (aIndex[nIn] = nFrom; aIndex[nIn] <= nTo; ++aIndex[nIn]) {
+                    addCrossings(aIndex, sum(vecRow, aIndex[nIn], m_aBasis[nIn]), listPeak);
+                    if (listPeak.size() > g_nMaxReflections)
+                        return false;
+                }
+            }
+        }
+        return true;
+    }
+
+private:
+    // The crossings with the sphere inside the window: turned by δ about x, the point's z must be |g|²·λ/2.
+    void addCrossings(const int* pIndex, const Vector& g, QList<Peak3D>& listPeak)
+    {
+        const double dfSquare = product(g, g);
+        const double dfDistance = std::hypot(g[1], g[2]);
+        const double dfSine = dfSquare / (2 * m_dfRadius * dfDistance);
+        if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(dfSine <= 1))
+            return;
+        const double dfPhi = std::atan2(g[2], g[1]), dfRise = std::asin(dfSine);
+        double dfLast = std::numeric_limits<double>::quiet_NaN();
+        for (double dfTurn : {dfPhi - dfRise, dfPhi + dfRise - g_dfPi}) {
+            dfTurn = std::remainder(dfTurn, 2 * g_dfPi);
+            if (dfTurn >= m_window.dfFrom && dfTurn < m_window.dfTo && dfTurn != dfLast)
+                addPeak(pIndex, g, dfSquare, dfTurn, listPeak);
+            dfLast = dfTurn;
+        }
+    }
+
+    void addPeak(const int* pIndex, const Vector& g, double dfSquare, double dfTurn, QList<Peak3D>& listPeak)
+    {
+        const double dfCos = std::cos(dfTurn), dfSin = std::sin(dfTurn);
+        const double dfX = g[0], dfY = dfCos * g[1] + dfSin * g[2];
+        // From the centre of the sphere through the point onto the flat pattern, then to the frame's axes.
+        const double dfScale =
+            m_dfRadius / (m_dfRadius - dfSquare / (2 * m_dfRadius)) / m_dataSet.m_dfPixelSize;
+        QPointF pt((m_dfCosAxis * dfX + m_dfSinAxis * dfY) * dfScale,
+                   (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
+        if (m_bApplyStretching) {
+            // The factor depends on the direction alone, which it does not change.
+            const double dfAngle = -std::atan2(pt.y(), pt.x()) - m_dataSet.m_dfStretchAzimuth * g_dfPi / 180;
+            pt /= 1 + m_dataSet.m_dfStretchAmplitude / 100 * std::cos(2 * dfAngle);
+        }
+        Peak3D peak;
+        peak.setHKL(pIndex[0], pIndex[1], pIndex[2]);
+        const Vec3D v = scaled(m_dataSet.m_listCell[0], float(pIndex[0])) +
+                        scaled(m_dataSet.m_listCell[1], float(pIndex[1])) +
+                        scaled(m_dataSet.m_listCell[2], float(pIndex[2]));
+        peak.setPoint(v);
+        peak.dfDStar = double(length(v));
+        peak.dfFrameTilt = m_window.dfTilt + dfTurn * 180 / g_dfPi;
+        peak.dfX2D = m_ptCentre.x() + pt.x();
+        peak.dfY2D = m_ptCentre.y() + pt.y();
+        if (!std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D))
+            return;
+        peak.nFrame = m_nFrame;
+        peak.nID = listPeak.size();
+        listPeak.append(peak);
+    }
+
+    const DataSet& m_dataSet;
+    int m_nFrame;
+    TiltWindow m_window;
+    double m_dfMaxDStar;
+    double m_dfRadius;  // of the sphere, Å⁻¹
+    double m_dfCosAxis, m_dfSinAxis;
+    QPointF m_ptCentre;
+    bool m_bApplyStretching;
+    std::array<Vector, 3> m_aBasis;  // at the tilt of the frame
+};
+
+}  // namespace
+
+QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar, bool bApplyStretching)
+{
+    TiltWindow window;
+    if (dataSet.m_listCell.size() != 3 || !(dfMaxDStar > 0) || !std::isfinite(dfMaxDStar) ||
+        !(dataSet.m_dfWavelength > 0) || !(dataSet.m_dfPixelSize > 0) ||
+        !windowOfFrame(dataSet, nFrame, window))
+        return {};
+    QList<Peak3D> listPeak;
+    CFramePrediction prediction(dataSet, nFrame, window, dfMaxDStar, bApplyStretching);
+    return prediction.walk(listPeak) ? listPeak : QList<Peak3D>();
+}

@@ -1,0 +1,61 @@
+#include "reciprocal/stretchingtest.h"
+
+#include "app/records/wholefile.h"
+#include "crystal/reflectionindices.h"
+#include "reciprocal/mapping.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double g_dfPi = 3.141592653589793;
+constexpr double g_dfNetEdge = 27.5;  // Å, of the square net
+
+QString basisLine(const char* pszName, const Vec3D& v)
+{
+    return QString::asprintf("%s = %8.6f, %8.6f, %8.6f  %8.2f", pszName, double(v.x), double(v.y),
+                             double(v.z), std::atan2(double(v.y), double(v.x)) * 180 / g_dfPi);
+}
+
+double angleBetween(const Vec3D& a, const Vec3D& b)
+{
+    const double dfLengths = double(length(a)) * double(length(b));
+    return dfLengths > 0 ? std::acos(std::clamp(double(dot(a, b)) / dfLengths, -1.0, 1.0)) * 180 / g_dfPi : 0;
+}
+
+}  // namespace
+
+bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet, CRunReport& report)
+{
+    QStringList listLine;
+    const BeamCentres centres = beamCentres(dataSet);
+    for (int n = 0; n < listPeakIndexed.size(); ++n) {
+        const Peak3D& peak = listPeakIndexed[n];
+        const int h = roundIndex(peak.dfH), k = roundIndex(peak.dfK);
+        const double dfOrder = std::sqrt(double(h) * h + double(k) * k);
+        const QPointF ptOffset = QPointF(peak.dfX2D, peak.dfY2D) - frameCentre(centres, peak.nFrame);
+        const double dfDistance = std::sqrt(ptOffset.x() * ptOffset.x() + ptOffset.y() * ptOffset.y());
+        listLine.append(QString::asprintf("%4d %3d %3d %8.1f %8.6f %7.1f %7.1f %8.2f %8.3f", n + 1, h, k,
+                                          peak.dfIPoint, dfOrder / g_dfNetEdge, peak.dfX2D, peak.dfY2D,
+                                          std::atan2(ptOffset.y(), ptOffset.x()) * 180 / g_dfPi,
+                                          dfOrder == 0 ? 0 : dfDistance / dfOrder));
+    }
+    if (dataSet.m_listCell.size() == 3) {
+        listLine.append(basisLine("a*", dataSet.m_listCell[0]));
+        listLine.append(basisLine("b*", dataSet.m_listCell[1]));
+        listLine.append(
+            QString::asprintf("a*^b* = %8.2f", angleBetween(dataSet.m_listCell[0], dataSet.m_listCell[1])));
+    }
+    QByteArray bytes;
+    for (const QString& strLine : listLine) {
+        report.addMessage(strLine);
+        bytes += strLine.toUtf8() + '\n';
+    }
+    const QString strFileName =
+        dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral("_pos.txt");
+    if (writeWholeFile(strFileName, bytes, true))
+        return true;
+    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);
+    return false;
+}
