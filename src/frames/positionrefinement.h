@@ -12,9 +12,11 @@
 /// How a position refinement works and whom it calls, all from the calling thread.
 struct PositionRefinementOptions {
     int nJobs = 1;  ///< peaks of a frame fitted side by side; the result is the same for each
-    bool bConstantBackground = false;  ///< a constant is fitted beside the Lorentzian
-    FnFramePositions fnBeforeFit;      ///< a frame is loaded, its peaks are where they were
-    FnFramePositions fnAfterFit;       ///< the same frame, the fitted positions
+    /// A constant is fitted beside the Lorentzian. Without it a spot that does not stand far above its
+    /// background leaves the fit to the background: tessera-bench, spotPositions, measures both.
+    bool bConstantBackground = false;
+    FnFramePositions fnBeforeFit;  ///< a frame is loaded, its peaks are where they were
+    FnFramePositions fnAfterFit;   ///< the same frame, the fitted positions
 };
 
 /// The peaks with their positions fitted in boxes of 41 × 41 pixels; pixels from 3500 are left out.
