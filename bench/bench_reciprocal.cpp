@@ -1,9 +1,13 @@
 // Merging, cell search and indexing at the sizes of large data sets.
+#include "crystal/peakpairs.h"
+#include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/cellhunting.h"
+#include "reciprocal/differencegroups.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/indexing.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "reciprocal/predictedpositions.h"
 
 #include <benchmark/benchmark.h>
 
@@ -121,5 +125,72 @@ void BM_Indexing(benchmark::State& state)
 BENCHMARK(BM_Indexing)
     ->ArgsProduct({{10, 17, 30, 60}, {OnTheLattice, WrongCell, NoLattice}})
     ->Unit(benchmark::kMillisecond);
+
+/// A series with a cubic cell in force, turned so that no axis lies in a plane of the frames.
+DataSet seriesWithCell(float fEdge, int nFrames)
+{
+    DataSet data;
+    data.m_dfPixelSize = 0.002;
+    data.m_dfRotationAxis = 40;
+    data.m_dfCenterX = data.m_dfCenterY = 1024;
+    for (int n = 0; n < nFrames; ++n) {
+        data.m_listOverallTilt.append(-50 + 0.5 * n);
+        data.m_listShift.append(QPointF());
+    }
+    const CMatrix3 matrix = rotationX(31).multiplied(rotationZ(17)).multiplied(rotationX(11));
+    data.m_listCell = {rotated(matrix, {1 / fEdge, 0, 0}), rotated(matrix, {0, 1 / fEdge, 0}),
+                       rotated(matrix, {0, 0, 1 / fEdge})};
+    return data;
+}
+
+/// Cell edge in Å; one frame, up to 1 Å⁻¹.
+void BM_PredictedPositions(benchmark::State& state)
+{
+    const DataSet data = seriesWithCell(float(state.range(0)), 200);
+    int nFound = 0;
+    for (auto _ : state)
+        nFound = predictedPositions(data, 77, 1.0).size();
+    state.counters["reflections"] = nFound;
+}
+BENCHMARK(BM_PredictedPositions)->Arg(10)->Arg(60)->Arg(150)->Unit(benchmark::kMillisecond);
+
+/// 200 frames of 150 indexed peaks: all pairs, the pairs in groups, and the whole refinement of the cell.
+enum PairWork { MakePairs, GroupPairs, RefineCell };
+
+void BM_PeakPairs(benchmark::State& state)
+{
+    DataSet data = seriesWithCell(30, 200);
+    QVector<QList<Peak3D>> vecPeak;
+    for (int n = 0; n < 200; ++n) {
+        vecPeak.append(predictedPositions(data, n, 0.9).mid(0, 150));
+        for (Peak3D& peak : vecPeak.last())
+            peak.dfIPoint = 1000;
+    }
+    RefinementParameters parameters;
+    parameters.m_dfRefineDStarLow = 0;
+    const PeakPairLimits limits = {0, 2, data.m_dfPixelSize};
+    CRunReport report;
+    const std::vector<PeakPairPlace> vecPair = peakPairPlaces(vecPeak, limits, data.m_spaceGroup, report);
+    std::vector<IndexKey> vecKey;
+    for (const PeakPairPlace& pair : vecPair) {
+        const Peak3D& a = vecPeak[pair.nList][pair.nFirst];
+        const Peak3D& b = vecPeak[pair.nList][pair.nSecond];
+        vecKey.push_back({int(a.dfH - b.dfH), int(a.dfK - b.dfK), int(a.dfL - b.dfL)});
+    }
+    for (auto _ : state)
+        switch (state.range(0)) {
+            case MakePairs:
+                benchmark::DoNotOptimize(peakPairPlaces(vecPeak, limits, data.m_spaceGroup, report));
+                break;
+            case GroupPairs:
+                benchmark::DoNotOptimize(groupsOfDifferences(vecKey));
+                break;
+            default:
+                benchmark::DoNotOptimize(refineCellFromDifferenceVectors(vecPeak, data, parameters, report));
+        }
+    state.counters["pairs"] = double(vecPair.size());
+    state.counters["groups"] = double(groupsOfDifferences(vecKey).size());
+}
+BENCHMARK(BM_PeakPairs)->Arg(MakePairs)->Arg(GroupPairs)->Arg(RefineCell)->Unit(benchmark::kMillisecond);
 
 }  // namespace

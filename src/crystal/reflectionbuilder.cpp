@@ -43,7 +43,7 @@ bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha,
     const std::array<Vector, 3> aDirect = {Vector{a * dfSinB, 0, a * dfCosB},
                                            Vector{b * dfX, b * dfY, b * dfCosA}, Vector{0, 0, c}};
     const double dfVolume = product(aDirect[0], crossProduct(aDirect[1], aDirect[2]));
-    if (!(dfVolume > 0) || !std::isfinite(dfVolume))
+    if (!(dfVolume > 1e-6 * a * b * c) || !std::isfinite(dfVolume))
         return false;
     m_dfA = a;
     m_dfB = b;

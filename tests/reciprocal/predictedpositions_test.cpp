@@ -1,0 +1,85 @@
+#include "reciprocal/predictedpositions.h"
+
+#include "reciprocal/mapping.h"
+
+#include <gtest/gtest.h>
+
+#include "reciprocal/perfectseries.h"
+
+#include <cmath>
+#include <map>
+
+// The mapping brings each position back to its lattice point, and a walk over all lattice points at all
+// tilts finds the same crossings: a reflection crosses where its excitation error changes sign.
+TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
+{
+    const gemmi::UnitCell cell(8.6, 13.0, 9.3, 95, 112, 88);
+    for (double dfStretch : {0.0, 2.0}) {
+        const PerfectSeries series(cell, 0.9, dfStretch);
+        const DataSet& data = series.data;
+        const int nFrames = data.m_listShift.size();
+        const CMatrix3 matAxis = rotationZ(data.m_dfRotationAxis);
+        std::map<std::array<int, 4>, int> mapCount;  // frame, h, k, l
+        for (int n = 0; n < nFrames; ++n)
+            for (const Peak3D& peak : series.vecPeak[n]) {
+                Peak3D mapped = peak;
+                mapPeakTo3D(mapped, frameCentre(beamCentres(data), n), matAxis, rotationX(peak.dfFrameTilt),
+                            data, dfStretch != 0);
+                EXPECT_LT(length(mapped.point() - peak.point()), 2e-5f);
+                EXPECT_LE(std::fabs(peak.dfFrameTilt - relaxedTilt(data, n, nFrames)), 0.51);
+                ++mapCount[{n, int(peak.dfH), int(peak.dfK), int(peak.dfL)}];
+            }
+
+        const double dfStep = 1 + 0.7 / nFrames;
+        int nSlow = 0;
+        for (const Peak3D& peak : simulatedReflections(data.m_listCell, 0.9, 0, all))
+            for (int n = 0; n < nFrames; ++n) {
+                const auto error = [&](double dfTilt) {
+                    const double df = dfTilt * std::acos(-1.0) / 180;
+                    return 2 / data.m_dfWavelength *
+                               (std::cos(df) * double(peak.fZ3D) - std::sin(df) * double(peak.fY3D)) -
+                           peak.dfDStar * peak.dfDStar;
+                };
+                const double dfTilt = relaxedTilt(data, n, nFrames);
+                const double dfFrom = error(dfTilt - dfStep / 2), dfTo = error(dfTilt + dfStep / 2);
+                if ((dfFrom < 0) == (dfTo < 0) || std::min(std::fabs(dfFrom), std::fabs(dfTo)) < 1e-4)
+                    continue;  // none, or so close to the border that rounding decides
+                ++nSlow;
+                EXPECT_EQ((mapCount[{n, int(peak.dfH), int(peak.dfK), int(peak.dfL)}]), 1)
+                    << n << ": " << peak.dfH << ' ' << peak.dfK << ' ' << peak.dfL;
+            }
+        int nFast = 0;
+        for (const auto& entry : mapCount)
+            nFast += entry.second;
+        EXPECT_GT(nSlow, 1000);
+        EXPECT_NEAR(nFast, nSlow, 0.005 * nSlow);
+    }
+}
+
+TEST(PredictedPositions, OfGapsEndsAndHopelessCells)
+{
+    PerfectSeries series(gemmi::UnitCell(8.6, 13.0, 9.3, 95, 112, 88), 0.9, 0, 5);
+    DataSet& data = series.data;
+    data.m_dfTiltRelaxation = 0;
+    data.m_listOverallTilt = {-2, -1, 10, 10, 11};  // a gap, and one tilt twice
+    const auto indices = [&](int nFrame) {
+        QList<std::array<double, 4>> list;
+        for (const Peak3D& peak : predictedPositions(data, nFrame, 0.9))
+            list.append({peak.dfH, peak.dfK, peak.dfL, peak.dfFrameTilt});
+        return list;
+    };
+    EXPECT_FALSE(indices(2).isEmpty());
+    EXPECT_EQ(indices(2), indices(3));
+    for (const auto& entry : indices(1))
+        EXPECT_LE(std::fabs(entry[3] + 1), 0.5);
+    EXPECT_TRUE(indices(-1).isEmpty() && indices(5).isEmpty());
+    const QList<Vec3D> listTrue = data.m_listCell;
+    for (const QList<Vec3D>& list : QList<QList<Vec3D>>{{},
+                                                        {listTrue[0], listTrue[1], listTrue[1]},
+                                                        {Vec3D(), Vec3D(), Vec3D()},
+                                                        {{NAN, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+                                                        {{1e-7f, 0, 0}, {0, 1e-7f, 0}, {0, 0, 1e-7f}}}) {
+        data.m_listCell = list;
+        EXPECT_TRUE(indices(0).isEmpty());
+    }
+}
