@@ -30,35 +30,28 @@ Peak3D indexed(double h, double k, double l, double dfIntensity, double dfX, dou
 
 TEST(CellFromDifferences, APerfectCrystalGivesItsCellAlsoWhenStretched)
 {
-    const gemmi::UnitCell cell(8.6, 13.0, 9.3, 95, 112, 88);
     for (double dfStretch : {0.0, 0.3}) {
-        PerfectSeries series(cell, 0.9, dfStretch);
+        PerfectSeries series(gemmi::UnitCell(8.6, 13.0, 9.3, 95, 112, 88), 0.9, dfStretch);
         DataSet& data = series.data;
         for (Vec3D& v : data.m_listCell)
             v = scaled(v, 1.01f);
+        data.m_vecPeakIndexedOnFrame = series.vecPeak;
         RefinementParameters parameters;
         parameters.m_dfRefineDStarLow = 0.5;
+        std::swap(parameters.m_dfRefineIntensityLow, parameters.m_dfRefineIntensityHigh);
         CRecordingReport report;
-        data.m_vecPeakIndexedOnFrame = series.vecPeak;
         const DifferenceVectorRefinement found = runUnitCellRefinement(data, parameters, report);
         ASSERT_TRUE(found.bRefined);
-        EXPECT_EQ(found.nGroupsRejected, 0);
-        const double aTrue[6] = {cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma};
+        const double aTrue[6] = {8.6, 13.0, 9.3, 95, 112, 88};
         for (int n = 0; n < 6; ++n)
             EXPECT_NEAR(found.dfCell[n], aTrue[n], n < 3 ? 1e-3 * aTrue[n] : 0.1) << n;
-        // Bounds that stand the wrong way round are exchanged.
-        std::swap(parameters.m_dfRefineDStarLow, parameters.m_dfRefineDStarHigh);
-        std::swap(parameters.m_dfRefineIntensityLow, parameters.m_dfRefineIntensityHigh);
-        const DifferenceVectorRefinement turned = runUnitCellRefinement(data, parameters, report);
-        EXPECT_TRUE(std::equal(turned.dfCell, turned.dfCell + 6, found.dfCell));
         report.m_nStopAfter = 50;
         EXPECT_FALSE(runUnitCellRefinement(data, parameters, report).bRefined);
         EXPECT_TRUE(report.log().endsWith("red >Unit cell refinement did not finish."));
+        runUnitCellRefinement(DataSet(), parameters, report);
+        EXPECT_EQ(report.marked().last(),
+                  "red No indexed peaks are available. Do merging and indexing first.");
     }
-    CRecordingReport report;
-    runUnitCellRefinement(DataSet(), RefinementParameters(), report);
-    EXPECT_EQ(report.marked(),
-              QStringList("red No indexed peaks are available. Do merging and indexing first."));
 }
 
 // Three peaks: two pairs of one difference whose lengths disagree, and one of equal indices.
@@ -80,53 +73,41 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
         refineCellFromDifferenceVectors(vecPeak, data, parameters, report, fnRefine);
         return report.m_listLine;
     };
-    const QString strPairs[3] = {
-        "     1    5   1  -1   0 0.100499   1   0   0    200.0  100.0  100.0   0   1   0    300.0  200.0  "
-        "110.0    "
-        "100.5  174.289   71.063   71.063   0.1414    40.72%    2",
-        "     2    5   1  -1   0 0.150000   1   0   0    200.0  100.0  100.0   0   1   0    150.0  100.0  "
-        "250.0    "
-        "150.0   90.000  106.066  106.066   0.1414    -5.72%    2",
-        "     3    5   0   0   0 0.172047   0   1   0    300.0  200.0  110.0   0   1   0    150.0  100.0  "
-        "250.0    "
-        "172.0   54.462    0.000    0.000   0.0000  -100.00%    1"};
-    const QStringList listHead{"1 groups and 2 difference vectors rejected due to high std in d*.",
-                               "Total number of difference vectors for refinement: 1",
-                               "    1     0     0     0  5.812382 0.172047",
-                               "Unit cell refinement: 1 points.", "Too few peaks for refinement."};
+    const QString strFirst = "     1    5   1  -1   0 0.100499   1   0   0    200.0  100.0  100.0";
+    const QString strThird =
+        "     3    5   0   0   0 0.172047   0   1   0    300.0  200.0  110.0   0   1   0    "
+        "150.0  100.0  250.0    172.0   54.462    0.000    0.000   0.0000  -100.00%    1";
+    const QString strEnd = "    100.5  174.289   71.063   71.063";
     QStringList list = run();
-    ASSERT_EQ(list.size(), 6);
-    EXPECT_EQ(list.mid(0, 5), listHead);
-    const QStringList listRow = list[5].split('\n');
-    ASSERT_EQ(listRow.size(), 4);
+    EXPECT_EQ(list.mid(0, 5),
+              (QStringList{"1 groups and 2 difference vectors rejected due to high std in d*.",
+                           "Total number of difference vectors for refinement: 1",
+                           "    1     0     0     0  5.812382 0.172047", "Unit cell refinement: 1 points.",
+                           "Too few peaks for refinement."}));
     // 27 columns, since the cell is close to the reference: d* of that, and the difference in per cent.
-    EXPECT_EQ(listRow[0], strPairs[0] + "   0.1420    -0.41%");
-    EXPECT_EQ(listRow[2], strPairs[2] + "   0.0000     0.00%");
-    for (double dfFar : {95.1, 94.9}) {
-        parameters.m_listReferenceCell[4] = dfFar;
-        if (dfFar < 95)
-            parameters.m_listReferenceCell.removeLast();
-        list = run();
-        EXPECT_EQ(list[5], strPairs[0] + "\n" + strPairs[1] + "\n" + strPairs[2] + "\n");
-    }
+    QStringList listRow = list.last().split('\n');
+    ASSERT_EQ(listRow.size(), 4);
+    EXPECT_EQ(listRow[0], strFirst + "   0   1   0    300.0  200.0  110.0" + strEnd +
+                              "   0.1414    40.72%    2   0.1420    -0.41%");
+    EXPECT_EQ(listRow[2], strThird + "   0.0000     0.00%");
+    parameters.m_listReferenceCell[4] = 95.1;
+    EXPECT_EQ(run().last().split('\n')[2], strThird);
 
     parameters.m_bRefine2D = true;
-    list = run([](const QVector<QList<Peak3D>>& vec) {
-        QVector<QList<Peak3D>> vecNew = vec;
-        EXPECT_EQ(vecNew[0].size(), 3);  // the weak one is gone
-        for (Peak3D& peak : vecNew[0]) {
+    list = run([](QVector<QList<Peak3D>> vec) {
+        EXPECT_EQ(vec[0].size(), 3);  // the weak one is gone
+        for (Peak3D& peak : vec[0]) {
             peak.dfX2DCorrected = peak.dfX2D - 0.5;
             peak.dfY2DCorrected = peak.dfY2D + 0.25;
             peak.setPoint(peak.dfH > 0.5 ? Vec3D{0.03f, 0.04f, 1} : Vec3D{0.12f, 0, 1});
         }
-        return vecNew;
+        return vec;
     });
-    EXPECT_EQ(list.last().split('\n').first(),
-              "     1    5   1  -1   0 0.100499   1   0   0    200.0  100.0  100.0  0.500 -0.250  0.030  "
-              "0.040  0.050 "
-              "  0   1   0    300.0    200.0    110.0  0.500 -0.250  0.120  0.000  0.120    100.5  174.289   "
-              "71.063   "
-              "71.063  0.130   0.1414    40.72%");
+    EXPECT_EQ(list.last().split('\n')[0],
+              strFirst +
+                  "  0.500 -0.250  0.030  0.040  0.050   0   1   0    300.0    200.0    110.0  0.500 "
+                  "-0.250  0.120  0.000  0.120" +
+                  strEnd + "  0.130   0.1414    40.72%");
     data.m_listCell.clear();
     EXPECT_EQ(run().last(), "Warning: co-planar reciprocal basis vectors!");
     EXPECT_TRUE(run([](const auto&) { return QVector<QList<Peak3D>>(); }).last().endsWith("did not finish."));
@@ -141,18 +122,14 @@ TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
          indexed(2, 1.5, 3, 1, 300, 400), indexed(0, 2, 0, 1, 0, 100), indexed(2, 0, 0, 1, 0, 99.9)},
         {indexed(1, 1, 0, 1, 0, 0)},
         {indexed(1, 1, 0, 1, 0, 0), indexed(2, 0, 0, 1, 500, 0)}};
-    const PeakPairLimits aLimits[] = {{0.1, 0.5, 0.001}, {0.5, 0.1, 0.001}};
-    for (const PeakPairLimits& limits : aLimits) {
-        CRecordingReport report;
-        const QVector<QList<PeakPair>> vec = buildPeakPairs(vecPeak, limits, spaceGroup, report);
-        ASSERT_EQ(vec.size(), 2);  // no entry for the frame of one peak
-        QStringList list;
-        for (const PeakPair& pair : vec[0])
-            list.append(QString("%1,%2").arg(pair.peakFirst.dfX2D).arg(pair.peakSecond.dfY2D));
-        EXPECT_EQ(list, (QStringList{"0,400", "0,100", "300,100", "300,99.9"}));
-        EXPECT_EQ(vec[1].size(), 1);
-        EXPECT_EQ(report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
-    }
+    CRecordingReport report;
+    const QVector<QList<PeakPair>> vec = buildPeakPairs(vecPeak, {0.5, 0.1, 0.001}, spaceGroup, report);
+    ASSERT_EQ(vec.size(), 2);  // no entry for the frame of one peak
+    QStringList list;
+    for (const PeakPair& pair : vec[0] + vec[1])
+        list.append(QString("%1,%2").arg(pair.peakFirst.dfX2D).arg(pair.peakSecond.dfY2D));
+    EXPECT_EQ(list, (QStringList{"0,400", "0,100", "300,100", "300,99.9", "0,0"}));
+    EXPECT_EQ(report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
 }
 
 TEST(DifferenceGroups, AreThoseOfASlowLoop)
@@ -162,21 +139,19 @@ TEST(DifferenceGroups, AreThoseOfASlowLoop)
     for (int n = 0; n < 3000; ++n)
         list.append(
             indexed(int(random() % 9) - 4 + 0.4, int(random() % 9) - 4, int(random() % 3) - 1.3, 0, 0, 0));
-    QList<QList<int>> listSlow;
-    std::vector<bool> vecTaken(3000);
     const auto key = [&](int n, int nSign) {
         const Peak3D& p = list[n];
         return IndexKey{nSign * roundIndex(p.dfH), nSign * roundIndex(p.dfK), nSign * roundIndex(p.dfL)};
     };
+    QList<QList<int>> listSlow;
     for (int i = 0; i < 3000; ++i) {
-        if (vecTaken[size_t(i)])
-            continue;
-        listSlow.append(QList<int>());
-        for (int j = i; j < 3000; ++j)
-            if (!vecTaken[size_t(j)] && (key(j, 1) == key(i, 1) || key(j, -1) == key(i, 1))) {
-                vecTaken[size_t(j)] = true;
-                listSlow.last().append(j);
-            }
+        int nGroup = 0;
+        while (nGroup < listSlow.size() && key(listSlow[nGroup][0], 1) != key(i, 1) &&
+               key(listSlow[nGroup][0], -1) != key(i, 1))
+            ++nGroup;
+        if (nGroup == listSlow.size())
+            listSlow.append(QList<int>());
+        listSlow[nGroup].append(i);
     }
     EXPECT_EQ(groupDifferenceVectors(list), listSlow);
 }
@@ -186,33 +161,23 @@ TEST(DirectBeamRefinement, FindsTheMapOfAFrame)
     std::mt19937 random(4);
     std::normal_distribution<double> noise(0, 0.3);
     const double aMap[6] = {31.2, -3.3, 5.2, 25.2, -20.1, 18.4};
-    QList<PeakPair> listPair;
-    for (int n = 0; n < 200; ++n) {
-        const double h = int(random() % 19) - 9, k = int(random() % 19) - 9, l = int(random() % 19) - 9;
-        listPair.append(
+    QList<PeakPair> aPair[2];  // of the second l is 0 throughout: no start from three pairs
+    for (int n = 0; n < 400; ++n) {
+        const double h = int(random() % 19) - 9, k = int(random() % 19) - 9;
+        const double l = n < 200 ? int(random() % 19) - 9 : 0;
+        aPair[n / 200].append(
             {indexed(h + 1, k, l, 3, aMap[0] * h + aMap[2] * k + aMap[4] * l + 700 + noise(random),
                      aMap[1] * h + aMap[3] * k + aMap[5] * l + 300 + noise(random)),
              indexed(1, 0, 0, 5, 700, 300)});
     }
-    QList<PeakPair> listFlat = listPair.mid(0, 20);  // one zone: no start from three pairs
-    for (PeakPair& pair : listFlat) {
-        pair.peakFirst.dfX2D -= aMap[4] * pair.peakFirst.dfL;
-        pair.peakFirst.dfY2D -= aMap[5] * pair.peakFirst.dfL;
-        pair.peakFirst.dfL = 0;
-    }
     CRecordingReport report;
     const QVector<DifferenceMap> vec =
-        refineDirectBeamPosition({listPair, listFlat, listPair.mid(0, 2), {}}, 0, 0, 0.001, report);
+        refineDirectBeamPosition({aPair[0], aPair[1], aPair[0].mid(0, 2), {}}, 0, 0, 0.001, report);
     ASSERT_EQ(vec.size(), 4);
-    for (size_t n = 0; n < 6; ++n) {
-        EXPECT_NEAR(vec[0].adfEnd[n], aMap[n], 5 * vec[0].adfStdErr[n]) << n;
-        EXPECT_LT(vec[0].adfStdErr[n], 0.02);
-        if (n < 4) {
-            EXPECT_NEAR(vec[1].adfEnd[n], aMap[n], 0.15) << n;
-        }
-    }
+    for (size_t n = 0; n < 6; ++n)
+        EXPECT_NEAR(vec[0].adfEnd[n], aMap[n], 0.05) << n;
+    EXPECT_NEAR(vec[1].adfEnd[3], aMap[3], 0.05);
     EXPECT_NEAR(vec[0].dfSumSquares, 200 * 2 * 0.09, 10);
-    EXPECT_EQ(vec[2].nInfo, 0);
     for (const char* psz : {"\nStarting values: ", "\nEnd values: ", "\nError: ", "\nInfo = ", ", sumErr = "})
         EXPECT_EQ(report.log().count(psz), 2) << psz;
     report.m_listLine.clear();

@@ -31,30 +31,17 @@ struct PerfectSeries {
                 peak.dfIPoint = 1000;
     }
 
-    // As merged reflections: measured tilt in dfFrameFit, the frame's own in dfFrameTilt.
-    QList<Peak3D> merged(double dfNoise = 0, unsigned nSeed = 1) const
+    // As merged reflections: the frame's own tilt in dfFrameTilt, the measured one as a place between frames.
+    QList<Peak3D> merged() const
     {
-        std::mt19937 random(nSeed);
-        std::normal_distribution<double> noise(0, dfNoise > 0 ? dfNoise : 1);
         QList<Peak3D> list;
         for (const QList<Peak3D>& listPeak : vecPeak)
             for (Peak3D peak : listPeak) {
-                const double dfTilt = peak.dfFrameTilt + (dfNoise > 0 ? noise(random) : 0);
+                peak.dfTiltFit = peak.dfFrameTilt;
                 peak.dfFrameTilt = data.m_listOverallTilt[peak.nFrame];
-                peak.dfFrameFit = peak.nFrame + 1 + dfTilt - peak.dfFrameTilt;
-                peak.dfTiltFit = dfTilt;
+                peak.dfFrameFit = peak.nFrame + 1 + peak.dfTiltFit - peak.dfFrameTilt;
                 list.append(peak);
             }
         return list;
     }
 };
-
-inline void expectSameCell(const QList<Vec3D>& listBasis, const gemmi::UnitCell& cell, double dfRelative,
-                           double dfDegrees)
-{
-    double a[6];
-    ASSERT_TRUE(cellParametersFromList(listBasis, a[0], a[1], a[2], a[3], a[4], a[5]));
-    const double aTrue[6] = {cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma};
-    for (int n = 0; n < 6; ++n)
-        EXPECT_NEAR(a[n], aTrue[n], n < 3 ? dfRelative * aTrue[n] : dfDegrees) << n;
-}
