@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QMainWindow>
 #include <QMap>
+#include <QModelIndex>
 #include <QPointer>
 #include <QTimer>
 
@@ -41,7 +42,6 @@ class View3DPage;
 class WindowActions;
 class WindowReport;
 class QComboBox;
-class QModelIndex;
 class QDockWidget;
 class QGraphicsLineItem;
 class QGraphicsPolygonItem;
