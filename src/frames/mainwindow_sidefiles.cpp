@@ -141,6 +141,7 @@ void MainWindow::saveRawPeaks()
                                                          m_dataSet.m_strWorkingDir, peakListFilter());
     if (strFile.isEmpty())
         return;
+    updatePeakGroupsFromView();
     WindowReport report(*this);
     QString strReason;
     if (writePeakList(m_dataSet, strFile, &strReason))

@@ -7,10 +7,10 @@
 
 /// What the raw view shows of a peak list with masks.
 struct RestoredPointGroups {
-    bool bRestored = false;                 ///< false: the masks don't fit the peaks, and nothing is to change
-    QList<QList<Peak3D>> listPeakFrameShown; ///< per frame, the peaks that are shown
-    QList<Peak3D> listPeakFlat;             ///< the same as one list, frame by frame
-    QList<QList<int>> listGroupPoint;       ///< of groups 0 to 63 the places in listPeakFlat
+    bool bRestored = false;  ///< false: the masks don't fit the peaks, and nothing is to change
+    QList<QList<Peak3D>> listPeakFrameShown;  ///< per frame, the peaks that are shown
+    QList<Peak3D> listPeakFlat;               ///< the same as one list, frame by frame
+    QList<QList<int>> listGroupPoint;         ///< of groups 0 to 63 the places in listPeakFlat
 };
 
 /// Turns the masks m_vecPeakGroup into point groups.
