@@ -43,23 +43,6 @@ QList<int> ids(const QList<Peak3D>& listPeak)
     return listId;
 }
 
-// Group 0 is what no other group holds, as the view has it; empty groups close up.
-QList<QList<int>> groupsOfView(const RestoredPointGroups& restored)
-{
-    QList<QList<int>> listGroup = {{}};
-    for (int g = 1; g < restored.listGroupPoint.size(); ++g)
-        if (!restored.listGroupPoint[g].isEmpty())
-            listGroup.append(restored.listGroupPoint[g]);
-    for (int i = 0; i < restored.listPeakFlat.size(); ++i) {
-        bool bHeld = false;
-        for (int g = 1; g < listGroup.size(); ++g)
-            bHeld = bHeld || listGroup[g].contains(i);
-        if (!bHeld)
-            listGroup[0].append(i);
-    }
-    return listGroup;
-}
-
 // Frames 0 and 1, each with its peaks out of order, an empty frame, and one peak on the last.
 const char g_achList[] =
     "1 1 0  10.0 20.0 100.0 200.0 8000000000000000\n"
@@ -85,9 +68,8 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
     EXPECT_EQ(restored.listGroupPoint[63], QList<int>{3});
 
     // All shown: groups 3 and 63 close up to 2 and 3.
-    const QList<QList<int>> listGroup = groupsOfView(restored);
     DataSet saved = readList(g_achList);
-    updatePeakGroupsFromView(saved, restored.listPeakFlat, listGroup);
+    updatePeakGroupsFromView(saved, restored.listPeakFlat, {{1}, {0, 2}, {2}, {3}});
     EXPECT_EQ(writtenMasks(saved), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
                                                 "6000000000000000", "1000000000000000"}));
 
@@ -118,9 +100,8 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     ASSERT_TRUE(restored.bRestored);
     EXPECT_EQ(ids(restored.listPeakFlat), QList<int>({0, 2, 1}));
     EXPECT_EQ(restored.listPeakFrameShown.size(), 4);
-    const QList<QList<int>> listGroup = groupsOfView(restored);
-    EXPECT_EQ(listGroup, QList<QList<int>>{QList<int>({0, 1, 2})});
-    updatePeakGroupsFromView(data, restored.listPeakFlat, listGroup);
+    EXPECT_EQ(restored.listGroupPoint, (QVector<QList<int>>(64).toList())) << "all are left to group 0";
+    updatePeakGroupsFromView(data, restored.listPeakFlat, QList<QList<int>>{QList<int>({0, 1, 2})});
     EXPECT_EQ(writtenMasks(data), QVector<QString>(3, QStringLiteral("8000000000000000")).toList());
     EXPECT_FALSE(restorePointGroups(DataSet()).bRestored);
 }

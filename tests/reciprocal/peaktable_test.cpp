@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 TEST(PeakTable, AllColumnsOfRecords)
 {
     DataSet data;
@@ -88,7 +90,7 @@ TEST(PeakTable, SortsByNumberOrElseByText)
         QList<int> listOrder;
     } aRow[] = {
         {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, 0, {4, 1, 3, 2, 0}},
-        {{"10", "*", "9", "*", "2"}, 1, {1, 3, 4, 2, 0}},
+        {{"10", "*", "9", "2"}, 1, {1, 3, 2, 0}},
         {{"3", "2", "1"}, 1, {2, 1, 0}},  // the same column again, with other cells
         {{number(0.5), number(0.125), number(-0.5)}, 1, {2, 1, 0}},
     };
@@ -102,10 +104,8 @@ TEST(PeakTable, SortsByNumberOrElseByText)
             QList<int> listPlace;
             for (int i = 0; i < sorted.rowCount(); ++i)
                 listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
-            if (nOrder == Qt::DescendingOrder) {
-                EXPECT_EQ(listPlace.first(), row.listOrder.last());
-                continue;
-            }
+            if (nOrder == Qt::DescendingOrder)
+                std::reverse(listPlace.begin(), listPlace.end());
             EXPECT_EQ(listPlace, row.listOrder) << row.listCell.join(' ').toStdString();
         }
     }
