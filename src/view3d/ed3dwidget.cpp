@@ -10,6 +10,7 @@
 #include <QOpenGLShaderProgram>
 #include <QPainter>
 #include <QWheelEvent>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -62,6 +63,8 @@ ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
     if (!isValid()) {  // a widget like any other: painted into the window's store
         setAttribute(Qt::WA_PaintOnScreen, false);
         setAttribute(Qt::WA_NoSystemBackground, false);
+        if (windowHandle())
+            windowHandle()->setSurfaceType(QSurface::RasterSurface);
     }
 }
 
@@ -646,6 +649,11 @@ QImage ED3DWidget::grabFrameBuffer(bool bWithAlpha)
     if (!m_bUsable)
         return QImage();
     drawScene();
+    if (m_sizeSwapped != size() && windowHandle() && windowHandle()->isExposed()) {  // some drivers take up a new size at the swap only
+        swapBuffers();
+        m_sizeSwapped = size();
+        drawScene();
+    }
     return QGLWidget::grabFrameBuffer(bWithAlpha);
 }
 
@@ -670,11 +678,14 @@ void ED3DWidget::initializeGL()
         glEnable(GL_LIGHT0 + i);
     }
     glEnable(GL_COLOR_MATERIAL);  // else all groups look alike in the light
-    glEnable(GL_POINT_SMOOTH);
-    glEnable(GL_LINE_STIPPLE);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glEnable(GL_ALPHA_TEST);
+    setDrawingState();
+
+    // Mesa's software renderers draw smooth points of a fixed size below 2 as of 2, but those with a size of
+    // their own so small that some are missing.
+    glGetFloatv(GL_SMOOTH_POINT_SIZE_RANGE, m_afPointRange);
+    const QByteArray strRenderer(reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
+    if (strRenderer.contains("llvmpipe") || strRenderer.contains("softpipe"))
+        m_afPointRange[0] = std::max(m_afPointRange[0], 2.f);
 
     m_pPointProgram.reset();
     if (QOpenGLShaderProgram::hasOpenGLShaderPrograms(pContext)) {
@@ -701,6 +712,7 @@ void ED3DWidget::paintGL()
     drawScene();
     glFlush();
     swapBuffers();
+    m_sizeSwapped = size();
 }
 
 void ED3DWidget::drawScene()
@@ -726,6 +738,7 @@ void ED3DWidget::drawScene()
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     drawAxesCross();
+    setDrawingState();  // the letters' painter leaves its own
     if (!m_camera.isFlat()) {
         glMatrixMode(GL_PROJECTION);
         glLoadMatrixf(m_camera.projection().data());
@@ -743,6 +756,15 @@ void ED3DWidget::drawScene()
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
     glDisable(GL_LIGHTING);
+}
+
+void ED3DWidget::setDrawingState()
+{
+    glEnable(GL_POINT_SMOOTH);
+    glEnable(GL_LINE_STIPPLE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glEnable(GL_ALPHA_TEST);
 }
 
 void ED3DWidget::drawAxesCross()
@@ -782,14 +804,12 @@ void ED3DWidget::drawPointsByShader()
     const CloudVertices& vertices = cloudVertices();
     if (vertices.vecVertex.empty())
         return;
-    float afRange[2] = {1.f, 1.f};
-    glGetFloatv(GL_SMOOTH_POINT_SIZE_RANGE, afRange);
     if (!m_pPointProgram->bind()) {
         drawPointsOneByOne();
         return;
     }
     m_pPointProgram->setUniformValue("fFactor", m_camera.sizeFactor() * float(m_dfViewRatio));
-    m_pPointProgram->setUniformValue("vecRange", afRange[0], afRange[1]);
+    m_pPointProgram->setUniformValue("vecRange", m_afPointRange[0], m_afPointRange[1]);
     const GLsizei nStride = sizeof(CloudVertex);
     const CloudVertex* pFirst = vertices.vecVertex.data();
     glEnable(GL_VERTEX_PROGRAM_POINT_SIZE);

@@ -151,6 +151,7 @@ private:
     const CloudVertices& cloudVertices();
 
     void drawScene();
+    void setDrawingState();
     void drawAxesCross();
     void drawPoints();
     void drawPointsByShader();
@@ -205,8 +206,10 @@ private:
     int m_nBandEndY = 0;
 
     std::unique_ptr<QOpenGLShaderProgram> m_pPointProgram;  ///< none where shaders don't work
+    float m_afPointRange[2] = {1.f, 1.f};  ///< sizes that the driver draws, pixels
     bool m_bPlainDrawing = false;
     bool m_bInitialized = false;  ///< initializeGL() has run
     bool m_bUsable = true;        ///< the context knows the fixed pipeline
+    QSize m_sizeSwapped;          ///< of the widget at the last swap of buffers
     bool m_bFailureReported = false;
 };
