@@ -819,7 +819,10 @@ void ED3DWidget::drawPointsByShader()
     glVertexPointer(3, GL_FLOAT, nStride, &pFirst->x);
     glColorPointer(4, GL_FLOAT, nStride, &pFirst->r);
     glTexCoordPointer(1, GL_FLOAT, nStride, &pFirst->fSize);
-    glDrawArrays(GL_POINTS, 0, GLsizei(vertices.vecVertex.size()));
+    // A thousand at a time: smooth points of one call cost Mesa's software renderer more, the more they are.
+    const GLsizei nCount = GLsizei(vertices.vecVertex.size()), nBatch = 1024;
+    for (GLint nFirst = 0; nFirst < nCount; nFirst += nBatch)
+        glDrawArrays(GL_POINTS, nFirst, std::min(nBatch, nCount - nFirst));
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
