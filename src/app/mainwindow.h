@@ -278,7 +278,10 @@ private:
     void updateManualLength(int nVector);
     void rotateAlong(int nVector, bool bReciprocal);
     double rotationStep();
+    void startManualCell();
+    void clearCurve();
     void showLattice();
+    bool readCellMatrix();
 
     /// Sets the contrast limits from the frame in memory.
     void setAutoContrast();
@@ -338,6 +341,7 @@ private:
     int m_nFrameAsked = 0;       ///< frame number asked for during a run; 0 none
     bool m_bCloseAsked = false;  ///< the window was closed during a run
     bool m_bRemapAsked = false;  ///< a mapping parameter was changed during a run
+    bool m_bEndCellTestAsked = false;  ///< what a cell is tested with was changed during a run
     bool m_bShowAsked = false;   ///< a limit of what is shown in 3D was changed during a run
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;

@@ -198,6 +198,9 @@ void MainWindow::clearDataSet()
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
+    // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
+    m_dataSet.m_listPeakChain.clear();
+    clearCurve();
     Peak3D peakNone;  // stands for nothing and keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});

@@ -33,7 +33,6 @@ void MainWindow::runIndexing()
         ::runIndexing(m_dataSet, listSelection, indexing, report,
                       [this](const IndexingResult& result) { showIndexing(result); });
     });
-    showPeakText();
     QApplication::restoreOverrideCursor();
     pButton->setEnabled(true);
 }
@@ -54,6 +53,7 @@ void MainWindow::showIndexing(const IndexingResult& result)
                                                   group.listId, group.color);
     update3DViewControls();
     updatePeakTable(result.listIndexed);
+    showPeakText();
 }
 
 void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak)

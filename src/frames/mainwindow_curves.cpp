@@ -65,9 +65,8 @@ bool MainWindow::showPeakInCurve(int nIndex)
     }
     m_pCurve->setTitle(dataSet.m_nIntensityMode != 0 ? QStringLiteral("2D Integration")
                                                      : QStringLiteral("Point"));
+    clearCurve();
     m_pCurve->setSamples(vecFrame, vecInt);
-    qDeleteAll(m_listCurveMarker);  // a marker takes leave of its plot by itself
-    m_listCurveMarker.clear();
     for (double dfFrame : qAsConst(vecFrame)) {
         if (dataSet.m_listBeamTiltBreak.value(int(dfFrame) - 1) == 0)
             continue;
@@ -80,6 +79,14 @@ bool MainWindow::showPeakInCurve(int nIndex)
     }
     m_pCurvePlot->replot();
     return true;
+}
+
+void MainWindow::clearCurve()
+{
+    m_pCurve->setSamples(QVector<QPointF>());
+    qDeleteAll(m_listCurveMarker);  // a marker takes leave of its plot by itself
+    m_listCurveMarker.clear();
+    m_pCurvePlot->replot();
 }
 
 void MainWindow::updateCurveWindow(QModelIndex index)
