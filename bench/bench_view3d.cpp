@@ -1,8 +1,8 @@
-// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a rubber band over all
-// and the plain pick within it, and the colours of many groups.
+// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a rubber band
+// over all and the plain pick within it, and the colours of many groups.
 //
-// Pictures need a display: xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" with QT_QPA_PLATFORM=xcb. Without
-// OpenGL those benchmarks are skipped.
+// Pictures need a display: xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" with QT_QPA_PLATFORM=xcb.
+// Without OpenGL those benchmarks are skipped.
 #include "view3d/ed3dwidget.h"
 
 #include <benchmark/benchmark.h>
@@ -24,7 +24,8 @@ const QList<Peak3D>& cloud()
     std::normal_distribution<double> normal;
     for (int i = listPeak.size(); i < g_nPoints; i++) {
         Peak3D peak;
-        const float x = float(0.5 * normal(random)), y = float(0.5 * normal(random)), z = float(0.5 * normal(random));
+        const float x = float(0.5 * normal(random)), y = float(0.5 * normal(random)),
+                    z = float(0.5 * normal(random));
         peak.setPoint({x, y, z});
         peak.dfIPoint = std::exp(1.5 * normal(random));
         peak.nID = i;
@@ -81,7 +82,8 @@ void view3DBand(benchmark::State& state)
 {
     for (auto _ : state) {
         const QPoint ptFrom(1, 1), ptTo(899, 699);
-        QMouseEvent press(QEvent::MouseButtonPress, ptFrom, Qt::LeftButton, Qt::LeftButton, Qt::ControlModifier),
+        QMouseEvent press(QEvent::MouseButtonPress, ptFrom, Qt::LeftButton, Qt::LeftButton,
+                          Qt::ControlModifier),
             move(QEvent::MouseMove, ptTo, Qt::NoButton, Qt::LeftButton, Qt::ControlModifier),
             release(QEvent::MouseButtonRelease, ptTo, Qt::LeftButton, Qt::NoButton, Qt::ControlModifier);
         for (QMouseEvent* pEvent : {&press, &move, &release})

@@ -68,9 +68,11 @@ public:
     void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
 
     /// Inserts a shown group of point indices at nIndex, or at the end where nIndex lies past it.
-    void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint, const QColor& color);
+    void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
+                          const QColor& color);
     /// The same by nID; one that no point has is dropped.
-    void insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId, const QColor& color);
+    void insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId,
+                              const QColor& color);
     /// Removes the given groups but group 0; their points go back to group 0 where no other group holds them.
     void removePointGroups(const QList<int>& listGroup);
     /// Unites the given groups under label, colour and place of the first of them.
@@ -206,7 +208,7 @@ private:
     int m_nBandEndY = 0;
 
     std::unique_ptr<QOpenGLShaderProgram> m_pPointProgram;  ///< none where shaders don't work
-    float m_afPointRange[2] = {1.f, 1.f};  ///< sizes that the driver draws, pixels
+    float m_afPointRange[2] = {1.f, 1.f};                   ///< sizes that the driver draws, pixels
     bool m_bPlainDrawing = false;
     bool m_bInitialized = false;  ///< initializeGL() has run
     bool m_bUsable = true;        ///< the context knows the fixed pipeline

@@ -91,28 +91,26 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
         QList<int> listFree;
         for (int i = 0; i < nPoints; i++) {
             int anSum[3] = {}, nShown = 0;
-            bool bHeld = false;
-            const auto count = [&](int k) {
-                const QColor color = groups.colors()[k];
-                nShown += groups.visible()[k];
-                for (int c = 0; c < 3 && groups.visible()[k]; c++)
-                    anSum[c] += c == 0 ? color.red() : c == 1 ? color.green() : color.blue();
-            };
-            for (size_t k = 1; k < vecTruth.size(); k++)
-                if (vecTruth[k].count(i)) {
-                    bHeld = true;
-                    count(int(k));
-                }
-            if (!bHeld) {
-                listFree.append(i);
-                count(0);
+            bool bFree = true;
+            for (size_t k = vecTruth.size(); k-- > 0;) {
+                if (k > 0 ? !vecTruth[k].count(i) : !bFree)
+                    continue;
+                bFree = k == 0;
+                const QColor color = groups.visible()[int(k)] ? groups.colors()[int(k)] : QColor(Qt::black);
+                nShown += groups.visible()[int(k)];
+                anSum[0] += color.red();
+                anSum[1] += color.green();
+                anSum[2] += color.blue();
             }
+            if (bFree)
+                listFree.append(i);
             const bool bSelected = groups.selected().contains(i);
             const size_t n = size_t(i);
             ASSERT_EQ(bool(display.m_pbPointVisible[n]), nShown > 0 || bSelected) << i;
             const float afShown[3] = {display.m_pfRed[n], display.m_pfGreen[n], display.m_pfBlue[n]};
             for (int c = 0; c < 3; c++) {
-                ASSERT_FLOAT_EQ(afShown[c] * 255, bSelected ? (c == 0 ? 255 : 0) : anSum[c] / std::max(nShown, 1)) << i;
+                const int nExpected = bSelected ? (c == 0 ? 255 : 0) : anSum[c] / std::max(nShown, 1);
+                ASSERT_FLOAT_EQ(afShown[c] * 255, nExpected) << i;
             }
         }
         EXPECT_EQ(groups.points()[0], listFree);
@@ -162,8 +160,8 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
 
     // Nothing selected: neither a colour nor a number is used up.
     EXPECT_FALSE(groups.addSelectedAsNewGroup());
-    for (Qt::GlobalColor eColor : {Qt::green, Qt::blue, Qt::yellow, Qt::gray, Qt::darkMagenta, Qt::cyan, Qt::magenta,
-                                   Qt::darkCyan, Qt::darkYellow, Qt::green}) {
+    for (auto eColor : {Qt::green, Qt::blue, Qt::yellow, Qt::gray, Qt::darkMagenta, Qt::cyan, Qt::magenta,
+                        Qt::darkCyan, Qt::darkYellow, Qt::green}) {
         groups.select({1}, false);
         EXPECT_TRUE(groups.addSelectedAsNewGroup());
         EXPECT_EQ(groups.colors().last(), QColor(eColor));
@@ -180,7 +178,8 @@ TEST(Camera, TurnsAsQuaternionsDo)
         const QMatrix3x3 matrix = quaternion.toRotationMatrix();
         for (int r = 0; r < 3; r++)
             for (int c = 0; c < 3; c++)
-                ASSERT_NEAR(camera.m_fRotation[size_t(4 * c + r)], matrix(r, c), dfTolerance) << r << ' ' << c;
+                ASSERT_NEAR(camera.m_fRotation[size_t(4 * c + r)], matrix(r, c), dfTolerance)
+                    << r << ' ' << c;
     };
     CCamera camera;
     QQuaternion turned;
@@ -195,7 +194,8 @@ TEST(Camera, TurnsAsQuaternionsDo)
         const QVector3D q1(v1.x, v1.y, v1.z), q2(v2.x, v2.y, v2.z);
         camera.rotateTrackball(v1, v2);
         camera.rotateTrackball(v2, v2);
-        turned = QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) * turned;
+        turned =
+            QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) * turned;
         turned.normalize();
         expectRotation(camera, turned, 2e-4);
     }
@@ -220,7 +220,9 @@ TEST(Camera, TurnsAsQuaternionsDo)
     const Vec3D centre = trackballVector(100, 50, 200, 100), corner = trackballVector(0, 0, 200, 100);
     EXPECT_LT(length(centre - Vec3D{0, 0, 1}) + length(corner - Vec3D{-M_SQRT1_2, M_SQRT1_2, 0}), 1e-6);
     // Half way to the right edge: (1/2, 0, cos 45°), made a unit vector.
-    EXPECT_LT(length(trackballVector(150, 50, 200, 100) - scaledDouble({0.5f, 0, M_SQRT1_2}, std::sqrt(4 / 3.))), 1e-6);
+    EXPECT_LT(
+        length(trackballVector(150, 50, 200, 100) - scaledDouble({0.5f, 0, M_SQRT1_2}, std::sqrt(4 / 3.))),
+        1e-6);
     camera.m_fZoom = -camera.m_fViewBound;
     EXPECT_TRUE(camera.isFlat());
 }
@@ -229,7 +231,8 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
 {
     const QList<Vec3D> listCell{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
     CCamera camera;
-    const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anHuge[3] = {1000, 1000, 1000}, anNone[3] = {0, -4, 0};
+    const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anHuge[3] = {1000, 1000, 1000},
+              anNone[3] = {0, -4, 0};
     LatticeGrid grid = makeLatticeGrid(listCell, anSmall, 2.f, camera);
     ASSERT_EQ(grid.vecPoint.size(), 35u);
     EXPECT_LT(length(grid.vecPoint[0] - scaled(Vec3D{-0.24f, 0.31f, -0.09f}, 2.f)), 1e-6);
@@ -246,7 +249,8 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
     std::set<std::vector<int>> setDrawn;
     const auto key = [](const Vec3D& v) {
-        return std::vector<int>{int(std::lround(v.x * 1e4)), int(std::lround(v.y * 1e4)), int(std::lround(v.z * 1e4))};
+        return std::vector<int>{int(std::lround(v.x * 1e4)), int(std::lround(v.y * 1e4)),
+                                int(std::lround(v.z * 1e4))};
     };
     for (const Vec3D& v : grid.vecPoint)
         setDrawn.insert(key(v));
@@ -264,7 +268,8 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     EXPECT_GT(nSeen, 5000u);
     EXPECT_LT(setDrawn.size(), 2 * nSeen);
 
-    for (const Vec3D& c : {listCell[2], scaled(listCell[2], 0.01f), listCell[0], Vec3D{float(g_dfInf), 0, 0}}) {
+    for (const Vec3D& c :
+         {listCell[2], scaled(listCell[2], 0.01f), listCell[0], Vec3D{float(g_dfInf), 0, 0}}) {
         QElapsedTimer timer;
         timer.start();
         grid = makeLatticeGrid({listCell[0], listCell[1], c}, anHuge, 1.f, CCamera());

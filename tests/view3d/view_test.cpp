@@ -45,9 +45,6 @@ public:
     float m_afCamera[3] = {0, 0, 0};  // pan x, pan y, zoom
     float m_afTurn[4] = {0, 0, 0, 1};
     double m_dfRatio = 2;
-    std::vector<GLint> m_vecBand;  // start and end, device pixels
-    std::vector<GLuint> m_vecHit;
-    GLint m_aViewport[4];
 
     explicit PlainCloud(QWidget* pParent) : QGLWidget(pParent) { setAutoBufferSwap(false); }
     Matrix4 rotation()
@@ -67,26 +64,28 @@ public:
         draw();
         return grabFrameBuffer();
     }
-    std::vector<GLuint> hits(const QPoint& ptStart, const QPoint& ptEnd)
+    QList<int> hits(const QLine& band)
     {
         makeCurrent();
         const int r = devicePixelRatio();
-        m_vecBand = {ptStart.x() * r, ptStart.y() * r, ptEnd.x() * r, ptEnd.y() * r};
-        m_vecHit.assign(size_t(m_listPoint.size()) * 4, 0);
-        glSelectBuffer(GLsizei(m_vecHit.size()), m_vecHit.data());
+        m_vecBand = {band.x1() * r, band.y1() * r, band.x2() * r, band.y2() * r};
+        std::vector<GLuint> vecHit(size_t(m_listPoint.size()) * 4);
+        glSelectBuffer(GLsizei(vecHit.size()), vecHit.data());
         glRenderMode(GL_SELECT);
         glInitNames();
         glPushName(0);
         draw();
         const int nHits = glRenderMode(GL_RENDER);
         m_vecBand.clear();
-        std::vector<GLuint> vecName;
+        QList<int> listName;
         for (int i = 0; i < nHits; i++)
-            vecName.push_back(m_vecHit[size_t(i) * 4 + 3]);
-        return vecName;
+            listName.append(int(vecHit[size_t(i) * 4 + 3]));
+        return listName;
     }
 
 private:
+    std::vector<GLint> m_vecBand;  // start and end, device pixels; empty while not picking
+
     void draw()
     {
         const int r = devicePixelRatio(), w = width() * r, h = height() * r, s = std::max(w, h);
@@ -99,11 +98,12 @@ private:
         rotation();
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
-        glGetIntegerv(GL_VIEWPORT, m_aViewport);
+        GLint anViewport[4];
+        glGetIntegerv(GL_VIEWPORT, anViewport);
         if (!m_vecBand.empty())
             gluPickMatrix((m_vecBand[0] + m_vecBand[2]) / 2,
-                          2 * m_aViewport[1] + m_aViewport[3] - (m_vecBand[1] + m_vecBand[3]) / 2,
-                          abs(m_vecBand[2] - m_vecBand[0]), abs(m_vecBand[3] - m_vecBand[1]), m_aViewport);
+                          2 * anViewport[1] + anViewport[3] - (m_vecBand[1] + m_vecBand[3]) / 2,
+                          abs(m_vecBand[2] - m_vecBand[0]), abs(m_vecBand[3] - m_vecBand[1]), anViewport);
         const float x = m_afCamera[0], y = m_afCamera[1], z = m_afCamera[2];
         glOrtho(-2 - x - z, 2 - x + z, -2 - y - z, 2 - y + z, -2, 2);
         glMatrixMode(GL_MODELVIEW);
@@ -198,7 +198,8 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     EXPECT_EQ(at(picture(), 3, 3), QColor(10, 20, 30));
     m_view.setBackgroundColor(Qt::black);
 
-    m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // the second lies behind
+    m_view.setPoints(
+        {peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // the second lies behind
     m_view.setPointAlpha(1.f);
     const QRect rectPoint(250 + 62 - 30, 200 + 37 - 30, 61, 61);
     const struct {
@@ -221,7 +222,7 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::black));
     m_view.resetView();
     m_view.setPointAlpha(0.5f);
-    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());  // Mesa 22 draws larger smooth points too bright inside
+    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());  // Mesa draws larger ones too bright inside
     EXPECT_NEAR(atScene(picture(), 0.5, -0.3).blue(), 127, 1);
     m_view.setPointAlpha(0.f);
     EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::black));
@@ -232,21 +233,25 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     // The axes cross, 60 pixels from the corner and 50 long, turns counterclockwise with the scene.
     m_view.setPoints({});
     m_view.resetView();
-    for (int nTurn : {0, 90}) {
+    for (int nTurn : {0, 1}) {
         const QImage image = picture();
-        int nRed = 0, nGreen = 0;
+        int anLit[2] = {0, 0}, nLetter = 0;
         for (int i = 5; i < 60; i++)
-            for (int j = -1; j <= 1; j++) {
-                const QColor right = at(image, 60 + i, m_nH - 60 + j), up = at(image, 60 + j, m_nH - 60 - i);
-                nRed += (nTurn ? up : right) == QColor(Qt::red);
-                nGreen += nTurn ? at(image, 60 - i, m_nH - 60 + j) == QColor(Qt::green) : up == QColor(Qt::green);
-            }
-        EXPECT_NEAR(nRed, 45, 2) << nTurn;
-        EXPECT_NEAR(nGreen, 45, 2) << nTurn;
-        int nLetter = 0;
+            for (int j = -1; j <= 1; j++)
+                for (int nAxis : {0, 1}) {
+                    const int n = nTurn + nAxis;  // right, up, left
+                    const QColor color = at(image,
+                                            n == 0   ? 60 + i
+                                            : n == 1 ? 60 + j
+                                                     : 60 - i,
+                                            n == 1 ? m_nH - 60 - i : m_nH - 60 + j);
+                    anLit[nAxis] += color == QColor(nAxis == 0 ? Qt::red : Qt::green);
+                }
+        EXPECT_NEAR(anLit[0], 45, 2) << nTurn;
+        EXPECT_NEAR(anLit[1], 45, 2) << nTurn;
         for (int i = 0; i < 12; i++)
             for (int j = -8; j < 8; j++)
-                nLetter += at(image, nTurn ? 60 + i : 115 + i, nTurn ? m_nH - 115 + j : m_nH - 60 + j).blue() > 150;
+                nLetter += at(image, (nTurn ? 60 : 115) + i, m_nH - (nTurn ? 115 : 60) + j).blue() > 150;
         EXPECT_GT(nLetter, 8) << nTurn;
         m_view.rotateAroundScreenZ(90);
     }
@@ -294,14 +299,17 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
             listEven.append(i);
         if (i % 3 == 0)
             listThird.append(i);
-        plain.m_vecColor[size_t(i)] = i % 6 == 0 ? QColor(127, 127, 0) : i % 3 == 0 ? QColor(Qt::green)
-                                      : i % 2 == 0 ? QColor(Qt::red) : QColor();
+        plain.m_vecColor[size_t(i)] = i % 6 == 0   ? QColor(127, 127, 0)
+                                      : i % 3 == 0 ? QColor(Qt::green)
+                                      : i % 2 == 0 ? QColor(Qt::red)
+                                                   : QColor();
     }
     m_view.insertPointGroup(1, "even", listEven, Qt::red);
     m_view.insertPointGroupById(2, "third", listThird, Qt::green);
     m_view.setGroupVisible(0, false);
     const QRect rectCross(0, (m_nH - 130) * m_view.devicePixelRatio(), 140 * m_view.devicePixelRatio(), 9999);
-    const float aafCase[3][8] = {{0, 0, 0, 0, 0, 0, 1, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
+    const float aafCase[3][8] = {
+        {0, 0, 0, 0, 0, 0, 1, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
     for (const auto& row : aafCase) {
         std::copy(row, row + 4, plain.m_afTurn);
         std::copy(row + 4, row + 7, plain.m_afCamera);
@@ -312,7 +320,6 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
             EXPECT_NEAR(rotation[i], plain.rotation()[i], 1e-6);
         m_view.setCamera(rotation.data(), row[4], row[5], row[6]);
         const QImage expected = plain.picture();
- if(qEnvironmentVariableIsSet("DUMP")) { expected.save(QString("/tmp/v3d/exp%1.png").arg(row[0])); picture().save(QString("/tmp/v3d/got%1.png").arg(row[0])); }
         for (bool bPlain : {false, true}) {
             m_view.setPlainDrawing(bPlain);
             const QImage image = picture();
@@ -331,15 +338,12 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
             EXPECT_LE(nDifferent, nAll / 1000) << row[0] << ' ' << bPlain;
             EXPECT_GT(nLit, nAll / 50);
         }
-        for (const QRect& band : {QRect(QPoint(100, 90), QPoint(333, 251)), QRect(QPoint(301, 250), QPoint(200, 199)),
-                                  QRect(QPoint(250, 10), QPoint(251, 390)), QRect(QPoint(0, 0), QPoint(499, 399))}) {
-            const QPoint ptEnd = band.bottomRight();
-            drag(band.topLeft(), ptEnd, Qt::ControlModifier);
-            QList<int> listHit;
-            for (GLuint nName : plain.hits(band.topLeft(), ptEnd))
-                listHit.append(int(nName));
-            EXPECT_EQ(m_view.selectedPoints(), listHit) << ptEnd.x();
-            EXPECT_GT(listHit.size() + (band.width() < 3 ? 1 : 0), 0);
+        for (const QLine& band : {QLine(100, 90, 333, 251), QLine(301, 250, 200, 199),
+                                  QLine(250, 10, 251, 390), QLine(0, 0, 499, 399)}) {
+            drag(band.p1(), band.p2(), Qt::ControlModifier);
+            const QList<int> listHit = plain.hits(band);
+            EXPECT_EQ(m_view.selectedPoints(), listHit) << band.x2();
+            EXPECT_TRUE(!listHit.isEmpty() || band.dx() == 1);
         }
         m_view.clearSelection();
     }
@@ -348,7 +352,8 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
 TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
 {
     // At (250 + 125·x, 200 - 125·y) of the widget.
-    QList<Peak3D> listPeak{peakAt(0, 0, 0, 1, 5), peakAt(0.8f, 0, 0.5f, 1, 9), peakAt(0.8f, 0.08f, 0, 1234.5, 2500)};
+    QList<Peak3D> listPeak{peakAt(0, 0, 0, 1, 5), peakAt(0.8f, 0, 0.5f, 1, 9),
+                           peakAt(0.8f, 0.08f, 0, 1234.5, 2500)};
     listPeak[2].nFrame = 11;
     listPeak[2].dfX2D = 1024.5;
     listPeak[2].dfY2D = 3;
@@ -357,20 +362,29 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     indexed.setHKL(1, -2, 3.456);
     m_view.setIndices({indexed});
     m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
-    QSignalSpy spyText(&m_view, &ED3DWidget::textMessage), spyData(&m_view, &ED3DWidget::pointDisplayDataChanged),
+    QSignalSpy spyText(&m_view, &ED3DWidget::textMessage),
+        spyData(&m_view, &ED3DWidget::pointDisplayDataChanged),
         spySelection(&m_view, &ED3DWidget::selectionChanged);
     const struct {
         QPoint ptFrom, ptTo;
         Qt::KeyboardModifiers modifiers;
         QList<int> listSelected;
         const char* pcText;  // null: nothing happens
-    } aRow[] = {{{240, 190}, {260, 210}, Qt::ControlModifier, {0}, "ID=5, h.k.l.=(0.00,0.00,0.00),xyz=[0.00000,0.00000,"
+    } aRow[] = {{{240, 190},
+                 {260, 210},
+                 Qt::ControlModifier,
+                 {0},
+                 "ID=5, h.k.l.=(0.00,0.00,0.00),xyz=[0.00000,0.00000,"
                  "0.00000]; I=1.0, d=inf, No.frame=0, xy=(0,0)"},
                 {{360, 230}, {340, 196}, Qt::ControlModifier | Qt::ShiftModifier, {0, 1}, nullptr},
                 {{340, 180}, {360, 180}, Qt::ControlModifier, {0, 1}, ""},
                 {{340, 180}, {340, 250}, Qt::ControlModifier, {0, 1}, ""},
                 {{340, 180}, {360, 230}, Qt::ControlModifier | Qt::ShiftModifier, {0, 1, 2}, "2 selected"},
-                {{345, 185}, {355, 195}, Qt::ControlModifier, {2}, "ID=2,500, h.k.l.=(1.00,-2.00,3.46),xyz=[0.80000,"
+                {{345, 185},
+                 {355, 195},
+                 Qt::ControlModifier,
+                 {2},
+                 "ID=2,500, h.k.l.=(1.00,-2.00,3.46),xyz=[0.80000,"
                  "0.08000,0.00000]; I=1,234.5, d=1.244, No.frame=12, xy=(1,024.5,3)"},
                 {{100, 100}, {140, 140}, Qt::ControlModifier, {}, "0 selected"},
                 {{0, 0}, {499, 399}, Qt::ControlModifier, {0, 1, 2}, "3 selected"}};
@@ -437,7 +451,8 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_FLOAT_EQ(fPanX, 0.3f);
     EXPECT_FLOAT_EQ(fPanY, -0.15f);
     EXPECT_NEAR(fZoom, 3 * 40 / 400. - 240 / 400., 1e-6);
-    EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(), "Background Color...Canvas Grid Color...");
+    EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(),
+              "Background Color...Canvas Grid Color...");
 }
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.
@@ -447,8 +462,8 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
     ED3DWidget view;
     QSignalSpy spyFailed(&view, &ED3DWidget::contextFailed);
     view.resize(301, 222);
-    view.setPoints({peakAt(fNaN, 0, 0, fNaN, 0), peakAt(fInf, 0, 0, fInf, 2000000000), peakAt(0, 0, 0, -fInf, 3),
-                    peakAt(1e30f, 0, 0, 0, 3), peakAt(0.1f, 0, 0, 5, 4)});
+    view.setPoints({peakAt(fNaN, 0, 0, fNaN, 0), peakAt(fInf, 0, 0, fInf, 2000000000),
+                    peakAt(0, 0, 0, -fInf, 3), peakAt(1e30f, 0, 0, 0, 3), peakAt(0.1f, 0, 0, 5, 4)});
     view.insertPointGroupById(1, "ids", {2000000000, -1, 3, 77}, Qt::cyan);
     EXPECT_EQ(view.groupPoints()[1], (QList<int>{1, 3}));
     view.setLattice({{0.1f, 0, 0}, {0.1f, 0, 0}, {0, fNaN, 0.1f}});
@@ -480,9 +495,11 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
     show();
     view.resize(300, 300);
     view.setPointSizeRatio(2);
-    QMouseEvent press(QEvent::MouseButtonPress, QPoint(150, 140), Qt::LeftButton, Qt::LeftButton, Qt::ControlModifier),
+    QMouseEvent press(QEvent::MouseButtonPress, QPoint(150, 140), Qt::LeftButton, Qt::LeftButton,
+                      Qt::ControlModifier),
         move(QEvent::MouseMove, QPoint(170, 160), Qt::NoButton, Qt::LeftButton, Qt::ControlModifier),
-        release(QEvent::MouseButtonRelease, QPoint(170, 160), Qt::LeftButton, Qt::NoButton, Qt::ControlModifier);
+        release(QEvent::MouseButtonRelease, QPoint(170, 160), Qt::LeftButton, Qt::NoButton,
+                Qt::ControlModifier);
     for (QMouseEvent* pEvent : {&press, &move, &release})
         QApplication::sendEvent(&view, pEvent);
     EXPECT_EQ(view.selectedPoints(), (QList<int>{2, 4}));

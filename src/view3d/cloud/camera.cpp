@@ -35,10 +35,22 @@ Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis)
         return identityMatrix();
     const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
     const double s = std::sin(dfAngle * g_dfDegree), c = std::cos(dfAngle * g_dfDegree), t = 1.0 - c;
-    return {float(x * x * t + c),     float(y * x * t + z * s), float(z * x * t - y * s), 0,
-            float(x * y * t - z * s), float(y * y * t + c),     float(z * y * t + x * s), 0,
-            float(x * z * t + y * s), float(y * z * t - x * s), float(z * z * t + c),     0,
-            0,                        0,                        0,                        1};
+    return {float(x * x * t + c),
+            float(y * x * t + z * s),
+            float(z * x * t - y * s),
+            0,
+            float(x * y * t - z * s),
+            float(y * y * t + c),
+            float(z * y * t + x * s),
+            0,
+            float(x * z * t + y * s),
+            float(y * z * t - x * s),
+            float(z * z * t + c),
+            0,
+            0,
+            0,
+            0,
+            1};
 }
 
 Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar)
@@ -123,9 +135,10 @@ void CCamera::setRotation(const Matrix4& matrix)
     const auto a = normalised({matrix[0], matrix[1], matrix[2]});
     const double dfDot = a[0] * matrix[4] + a[1] * matrix[5] + a[2] * matrix[6];
     const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
-    const double aColumn[3][3] = {{a[0], a[1], a[2]},
-                                  {b[0], b[1], b[2]},
-                                  {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}};
+    const double aColumn[3][3] = {
+        {a[0], a[1], a[2]},
+        {b[0], b[1], b[2]},
+        {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}};
     Matrix4 next = identityMatrix();
     for (size_t c = 0; c < 3; c++)
         for (size_t r = 0; r < 3; r++) {

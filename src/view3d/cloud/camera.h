@@ -11,8 +11,8 @@ typedef std::array<float, 16> Matrix4;
 Matrix4 identityMatrix();
 /// a·b, each sum of four products in single precision.
 Matrix4 multiplied(const Matrix4& a, const Matrix4& b);
-/// Rotation by dfAngle (degrees) about an axis of any length, as of glRotate. An axis of length 0 or that is no
-/// number gives the identity, whatever the angle.
+/// Rotation by dfAngle (degrees) about an axis of any length, as of glRotate. An axis of length 0 or that is
+/// no number gives the identity, whatever the angle.
 Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis);
 /// As of glOrtho.
 Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar);
@@ -24,8 +24,8 @@ Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight);
 /// Where the viewer stands.
 class CCamera {
 public:
-    float m_fZoom = 0.f;       ///< added to the half width of the view volume, Å⁻¹
-    float m_fPanX = 0.f;       ///< shift of the view volume, Å⁻¹
+    float m_fZoom = 0.f;  ///< added to the half width of the view volume, Å⁻¹
+    float m_fPanX = 0.f;  ///< shift of the view volume, Å⁻¹
     float m_fPanY = 0.f;
     float m_fViewBound = 2.f;  ///< half width of the view volume at zoom 0, Å⁻¹
     Matrix4 m_fRotation = identityMatrix();

@@ -9,9 +9,9 @@
 
 /// A point as it goes to OpenGL.
 struct CloudVertex {
-    float x, y, z;           ///< Å⁻¹
-    float r, g, b, a;        ///< 0 to 1
-    float fSize;             ///< pixels before zoom
+    float x, y, z;     ///< Å⁻¹
+    float r, g, b, a;  ///< 0 to 1
+    float fSize;       ///< pixels before zoom
 };
 
 /// The visible points in their order; a vertex's place is its pick name.

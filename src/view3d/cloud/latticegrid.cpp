@@ -123,7 +123,8 @@ private:
             for (int i = 0; i < 3; i++) {
                 const double* apRow[3] = {m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]};
                 apRow[i] = adfCorner;
-                adfReach[i] = std::max(adfReach[i], std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
+                adfReach[i] =
+                    std::max(adfReach[i], std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
             }
         }
         for (int i = 0; i < 3; i++)
@@ -148,8 +149,8 @@ private:
     const QList<Vec3D>& m_listCell;
     const float m_fScale;
     const bool m_bClip;
-    int m_anRange[3];  // of the indices looked at
-    int m_anEnd[3];    // of the lines' ends
+    int m_anRange[3];         // of the indices looked at
+    int m_anEnd[3];           // of the lines' ends
     double m_aadfStep[3][3];  // per basis vector, in the view volume's coordinates
     double m_adfOrigin[3];
 };
@@ -164,7 +165,8 @@ bool latticeGridNeedsCamera(const int* pnRange)
     return dfCount > g_nMostLatticePoints;
 }
 
-LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale, const CCamera& camera)
+LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
+                            const CCamera& camera)
 {
     LatticeGrid grid;
     if (listCell.size() != 3)

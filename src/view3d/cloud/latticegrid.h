@@ -27,7 +27,8 @@ const int g_nMostLatticeLines = 20000;
 /// @param listCell  a*, b*, c*; any other count, or a vector that is no number: nothing
 /// @param pnRange   of h, k, l; below 0 counts as 0
 /// @param fScale    factor on the coordinates
-LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale, const CCamera& camera);
+LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
+                            const CCamera& camera);
 
 /// The grid above would depend on the camera.
 bool latticeGridNeedsCamera(const int* pnRange);

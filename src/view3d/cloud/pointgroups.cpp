@@ -139,8 +139,9 @@ bool CPointGroups::addSelectedAsNewGroup()
 
 QColor CPointGroups::nextGroupColor()
 {
-    static const Qt::GlobalColor aColor[] = {Qt::green,    Qt::cyan, Qt::blue,       Qt::magenta,    Qt::yellow,
-                                             Qt::darkCyan, Qt::gray, Qt::darkYellow, Qt::darkMagenta};
+    static const Qt::GlobalColor aColor[] = {Qt::green,   Qt::cyan,       Qt::blue,
+                                             Qt::magenta, Qt::yellow,     Qt::darkCyan,
+                                             Qt::gray,    Qt::darkYellow, Qt::darkMagenta};
     // Twice one step: neighbours in the list look alike, so that every second one comes first.
     s_nGroupColorIndex++;
     const QColor color(aColor[s_nGroupColorIndex % 9]);

@@ -9,7 +9,7 @@
 
 /// What the groups and the selection make of each point.
 struct PointDisplay {
-    std::vector<char> m_pbPointVisible;  ///< 1 where drawn
+    std::vector<char> m_pbPointVisible;               ///< 1 where drawn
     std::vector<float> m_pfRed, m_pfGreen, m_pfBlue;  ///< 0 to 1
 };
 
@@ -31,7 +31,8 @@ public:
     /// empty list.
     bool removeGroups(const QList<int>& listGroup);
     /// Unites the given groups under label, colour and place of the one with the least index. With group 0
-    /// among them a new group is put ahead of it under its name. False, and nothing done, with fewer than two.
+    /// among them a new group is put ahead of it under its name. False, and nothing done, with fewer than
+    /// two.
     bool mergeGroups(const QList<int>& listGroup);
     /// False for a bad index, as the next two.
     bool setLabel(int nIndex, const QString& strLabel);

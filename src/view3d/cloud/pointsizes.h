@@ -17,8 +17,8 @@ std::vector<float> pointSizes(const QList<Peak3D>& listPoint, double fRatio);
 struct PointSizeClasses {
     float fSmallest = 0.f;  ///< of the visible points; 0 without any
     float fGreatest = 0.f;
-    std::array<float, 64> m_fSizeClass = {};             ///< lower edge of each class
-    std::array<std::vector<int>, 64> m_pnSizeClass;      ///< the points of each class, ascending
+    std::array<float, 64> m_fSizeClass = {};         ///< lower edge of each class
+    std::array<std::vector<int>, 64> m_pnSizeClass;  ///< the points of each class, ascending
 };
 
 /// @param vecSize     size per point, as pointSizes() gives them
