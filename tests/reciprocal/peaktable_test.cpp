@@ -9,6 +9,14 @@
 
 #include <algorithm>
 
+// Read by the leak check of an address-sanitized build: without an application Qt keeps its collator to the
+// end.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:localeAwareCompare\n";
+}
+
 TEST(PeakTable, AllColumnsOfRecords)
 {
     DataSet data;
