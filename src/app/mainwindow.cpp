@@ -248,7 +248,9 @@ void MainWindow::copyWindow()
 {
     QWidget* pPage = m_pTabWidget->currentWidget();
     if (auto* pView3D = qobject_cast<ED3DWidget*>(pPage)) {
-        QApplication::clipboard()->setImage(pView3D->grabFrameBuffer());
+        const QImage image = pView3D->grabFrameBuffer();
+        if (!image.isNull())  // there is none without OpenGL
+            QApplication::clipboard()->setImage(image);
         return;
     }
     if (pPage != m_pFrameView) {

@@ -239,6 +239,7 @@ private:
 
     /// Copies the panel parameters between widgets and members. Every run begins with true.
     void syncParametersWithControls(bool bFromPanel);
+    void finishTyping();
     /// Connects or cuts the panel signals whose slots recompute something.
     void connectPanelSignals(bool bConnect);
 

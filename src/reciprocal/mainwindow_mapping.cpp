@@ -11,6 +11,7 @@
 #include "reciprocal/pages/mergingpage.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
+#include "view3d/quietview.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -37,10 +38,9 @@ void MainWindow::showPeaksIn3D()
 
 void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
 {
-    m_pView3DRaw->setUpdatesEnabled(false);
+    const QuietView quiet(*m_pView3DRaw);
     m_pView3DRaw->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
     m_pView3DRaw->setPoints(listPeak);
-    m_pView3DRaw->setUpdatesEnabled(true);
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -67,6 +67,11 @@ void MainWindow::peakReduction3D()
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
     const std::vector<char> vecFlag = groupFlags(nGroup);
+    if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
+        report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."), Qt::red);
+        m_pMergingPage->m_pButtonMerge->setEnabled(true);
+        return;
+    }
     report.goOn();
     guarded([&] {
         const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);
