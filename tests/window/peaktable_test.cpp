@@ -36,8 +36,6 @@
 
 namespace {
 
-const int g_nFrames = 6;
-
 class PeakTableWindow : public testing::Test {
 protected:
     void SetUp() override
@@ -45,8 +43,7 @@ protected:
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("settings"));
         m_pWindow = std::make_unique<MainWindow>();
         m_pWindow->show();
-        m_pPanel = m_pWindow->findChild<View3DPage*>();
-        m_pGroups = m_pPanel->m_pTablePeakGroups;
+        m_pGroups = m_pWindow->findChild<View3DPage*>()->m_pTablePeakGroups;
         m_pMerging = m_pWindow->findChild<MergingPage*>();
         m_pTarget = m_pMerging->m_pTableTargetPeaks;
         m_pTabs = m_pWindow->findChild<TabWidget*>();
@@ -64,7 +61,7 @@ protected:
         QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 0\nCCDPIXELSIZE 0.002\nFILELIST\n";
         QByteArray bytesShift = "256 256\n", bytesPeaks;
         int nSerial = 0;
-        for (int i = 0; i < g_nFrames; ++i) {
+        for (int i = 0; i < 6; ++i) {
             EXPECT_TRUE(image.save(m_dir.filePath(QStringLiteral("f%1.png").arg(i))));
             const double dfBeam = 0.1 * i + (i > 2 ? 1 : 0);
             bytesProject += QStringLiteral("FILE f%1.png 0 %2 %2\n").arg(i).arg(dfBeam).toLatin1();
@@ -144,7 +141,6 @@ protected:
 
     QTemporaryDir m_dir;
     std::unique_ptr<MainWindow> m_pWindow;
-    View3DPage* m_pPanel = nullptr;
     QTableWidget* m_pGroups = nullptr;
     MergingPage* m_pMerging = nullptr;
     QTableWidget* m_pTarget = nullptr;
@@ -170,12 +166,8 @@ TEST_F(PeakTableWindow, ColumnsAndClipboard)
         EXPECT_EQ(listAction[i]->isEnabled(), !listFixed.contains(i)) << i;
         EXPECT_EQ(listAction[i]->text(), m_pTable->model()->headerData(i, Qt::Horizontal).toString()) << i;
     }
-    EXPECT_EQ(m_pTable->columnWidth(7), 60);
-    EXPECT_EQ(m_pTable->rowHeight(0), 20);
     listAction[1]->setChecked(true);
     listAction[9]->setChecked(false);
-    EXPECT_FALSE(m_pTable->isColumnHidden(1));
-    EXPECT_TRUE(m_pTable->isColumnHidden(9));
 
     Peak3D peak;
     peak.nFrame = 0;
@@ -185,9 +177,6 @@ TEST_F(PeakTableWindow, ColumnsAndClipboard)
     Peak3D weak = peak;
     weak.nID = 3;
     weak.dfIPoint = 2;
-    QApplication::clipboard()->setText(QStringLiteral("kept"));
-    m_pWindow->copySelectedReflectionsInPeakTable();
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("kept"));
     m_pWindow->updatePeakTable({peak, weak});
     m_pTable->sortByColumn(7, Qt::AscendingOrder);
     m_pWindow->copyAllReflectionsInPeakTable();
@@ -241,8 +230,6 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     QString strCopied =
         QStringLiteral("     4.0 \t      530.00\n     5.0 \t      540.00\n     6.0 \t      550.00\n\n");
     EXPECT_EQ(QApplication::clipboard()->text(), strCopied.replace('.', QLocale().decimalPoint()));
-    m_pWindow->copyIntensityCurveWindow();
-    EXPECT_EQ(QApplication::clipboard()->pixmap().size(), m_pPlot->size() * m_pPlot->devicePixelRatio());
 
     // A row whose ID has no chain says so once and leaves the curve.
     Peak3D stranger;
@@ -312,12 +299,6 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     EXPECT_EQ(m_pRaw->points().size(), 8) << "the masks decide, not the limits";
     ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
     EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label2"));
-    m_pRaw->insertPointGroup(9, QStringLiteral("more"), {0, 3}, Qt::blue);
-    m_pGroups->selectRow(1);
-    m_pGroups->selectionModel()->select(m_pGroups->model()->index(2, 0),
-                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    m_pWindow->mergeSelectedPeakGroups();
-    EXPECT_EQ(m_pRaw->groupPoints(), QList<QList<int>>({{1, 2, 4, 5, 6, 7}, {0, 3}}));
     answered([&] { m_pWindow->resetSelectedPeakGroups(); });
     EXPECT_EQ(m_strBox, QStringLiteral("Confirm|Are you sure you want to reset this table?"));
     EXPECT_EQ(m_pRaw->groupPoints().size(), 1);
