@@ -125,6 +125,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     }
     report.addMessage(
         QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
+    keepRawGroups();
+    m_bRawViewHoldsPeaks = false;
     showInRawView(peaksOfReflectionList(m_listTextPoint, m_listTextReflection));
     m_pTabWidget->setCurrentIndex(1);
     return true;
@@ -196,6 +198,7 @@ void MainWindow::clearDataSet()
     m_pAxisLine->hide();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+    forgetRawGroups();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.

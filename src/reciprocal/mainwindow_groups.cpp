@@ -8,12 +8,14 @@
 #include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
+#include "view3d/quietview.h"
 
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QSignalBlocker>
 #include <QTableWidget>
+
 
 namespace {
 
@@ -47,8 +49,6 @@ void setItemText(QTableWidgetItem* pItem, const QString& strText)
 bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 {
     const int nRows = pTable->rowCount();
-    if (nRows == listLabel.size())
-        return true;
     if (nRows > listLabel.size())
         return false;
     for (int i = 0; i < nRows; ++i)
@@ -61,8 +61,6 @@ bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 
 void MainWindow::addSelectedAsNewGroup()
 {
-    if (refuseDuringRun(tr("Adding a group of peaks")))
-        return;
     if (m_pView3DCurrent)
         m_pView3DCurrent->addSelectedPeaksAsNewGroup();
 }
@@ -71,16 +69,35 @@ void MainWindow::removeSelectedPeakGroups()
 {
     if (refuseDuringRun(tr("Removing groups of peaks")))
         return;
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->removePointGroups(selectedPeakGroupRows());
+    if (!m_pView3DCurrent)
+        return;
+    const QList<int> listRow = selectedPeakGroupRows();
+    renumberHiddenPeaks(m_pView3DCurrent,
+                        groupNumbersAfterRemoval(m_pView3DCurrent->groupLabels().size(), listRow));
+    m_pView3DCurrent->removePointGroups(listRow);
 }
 
 void MainWindow::mergeSelectedPeakGroups()
 {
     if (refuseDuringRun(tr("Merging groups of peaks")))
         return;
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->mergePointGroups(selectedPeakGroupRows());
+    if (!m_pView3DCurrent)
+        return;
+    const QList<int> listRow = selectedPeakGroupRows();
+    renumberHiddenPeaks(m_pView3DCurrent,
+                        groupNumbersAfterMerge(m_pView3DCurrent->groupLabels().size(), listRow));
+    m_pView3DCurrent->mergePointGroups(listRow);
+}
+
+/// Lets the peaks that the limits hide follow a change of the raw view's groups, before the view makes it.
+void MainWindow::renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber)
+{
+    if (pView != m_pView3DRaw || !m_bRawViewHoldsPeaks)
+        return;
+    guarded([&] {
+        updatePeakGroupsFromView();
+        renumberPeakGroups(m_dataSet, vecNewNumber);
+    });
 }
 
 void MainWindow::resetSelectedPeakGroups()
@@ -97,6 +114,7 @@ void MainWindow::resetSelectedPeakGroups()
     QList<int> listGroup;
     for (int g = 1; g < pView->groupPoints().size(); ++g)
         listGroup.append(g);
+    renumberHiddenPeaks(pView, groupNumbersAfterRemoval(listGroup.size() + 1, listGroup));
     pView->removePointGroups(listGroup);
 }
 
@@ -122,14 +140,34 @@ void MainWindow::exportSelectedPeak3D()
         this, tr("Export 3D Peaks"), m_dataSet.m_strWorkingDir, tr("Text Files (*.txt);;All Files (*.*)"));
     if (strFile.isEmpty())
         return;
-    QList<Peak3D> listPeak;
-    for (int nRow : qAsConst(listRow))
-        for (int nPoint : listGroupPoint[nRow])
-            if (nPoint >= 0 && nPoint < listPoint.size())
-                listPeak.append(listPoint[nPoint]);
-    if (!writePeak3DList(listPeak, strFile, bMerged))
-        WindowReport(*this).addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile),
-                                       Qt::red);
+    guarded([&] {
+        QList<Peak3D> listPeak;
+        for (int nRow : qAsConst(listRow))
+            for (int nPoint : listGroupPoint[nRow])
+                if (nPoint >= 0 && nPoint < listPoint.size())
+                    listPeak.append(listPoint[nPoint]);
+        if (!writePeak3DList(listPeak, strFile, bMerged))
+            WindowReport(*this).addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile),
+                                           Qt::red);
+    });
+}
+
+void MainWindow::exportPeak3D()
+{
+    if (!m_pView3DCurrent || refuseDuringRun(tr("Exporting peaks")))
+        return;
+    const QList<int> listPoint = m_pView3DCurrent->groupPoints().value(0);
+    const QList<Peak3D> listPeak = m_pView3DCurrent->points();
+    const QString strFile = QFileDialog::getSaveFileName(
+        this, tr("Export 3D Peaks to File"), m_dataSet.m_strWorkingDir,
+        tr("Peak List Files (*.%1);;All Files (*.*)").arg(QStringLiteral("pk")));
+    if (strFile.isEmpty())
+        return;
+    guarded([&] {
+        if (!writePeakPositions(listPeak, listPoint, strFile))
+            WindowReport(*this).addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile),
+                                           Qt::red);
+    });
 }
 
 QList<int> MainWindow::selectedPeakGroupRows() const
@@ -165,14 +203,15 @@ void MainWindow::restorePointGroups()
             return;
         m_pTabWidget->setCurrentIndex(1);
         m_dataSet.m_listPeakFrameShown = restored.listPeakFrameShown;
-        m_pView3DRaw->setUpdatesEnabled(false);
+        const QuietView quiet(*m_pView3DRaw);
         m_pView3DRaw->setPoints(restored.listPeakFlat);
         for (int g = 1; g < restored.listGroupPoint.size(); ++g)
             if (!restored.listGroupPoint[g].isEmpty())
                 m_pView3DRaw->insertPointGroup(g, QStringLiteral("Label%1").arg(g),
                                                restored.listGroupPoint[g], ED3DWidget::nextGroupColor());
+        m_bRawViewHoldsPeaks = true;
+        updatePeakGroupsFromView();  // gaps in the numbers have closed
     });
-    m_pView3DRaw->setUpdatesEnabled(true);
 }
 
 void MainWindow::updatePeakGroupsFromView()
@@ -209,9 +248,8 @@ void MainWindow::pointGroupTableCellClicked(int nRow, int nColumn)
 void MainWindow::pointGroupTableLabelEdidted(int nRow, int nColumn)
 {
     const QTableWidgetItem* pItem = m_pView3DPage->m_pTablePeakGroups->item(nRow, nColumn);
-    if (nColumn == ColumnLabel && pItem && m_pView3DCurrent &&
-        m_pView3DCurrent->setGroupLabel(nRow, pItem->text()))
-        ed3dViewPointDisplayDataChanged(m_pView3DCurrent);  // the other table of the view
+    if (nColumn == ColumnLabel && pItem && m_pTableView && m_pTableView->setGroupLabel(nRow, pItem->text()))
+        ed3dViewPointDisplayDataChanged(m_pTableView);  // the other table of the view
 }
 
 void MainWindow::ed3dViewPointDisplayDataChanged(ED3DWidget* view)
@@ -228,6 +266,11 @@ void MainWindow::ed3dViewPointDisplayDataChanged(ED3DWidget* view)
 /// to stand for other groups lose both.
 void MainWindow::buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable)
 {
+    if (bPanelTable && m_pTableView != pView) {
+        pTable->setCurrentItem(nullptr);  // what is being typed goes to the view that it was typed for
+        pTable->clearSelection();
+        m_pTableView = pView;
+    }
     const QStringList listLabel = pView ? pView->groupLabels() : QStringList();
     const QSignalBlocker blocker(pTable);
     if (!rowsStay(pTable, listLabel)) {

@@ -96,7 +96,8 @@ void MainWindow::createPeakTable()
     QItemSelectionModel* pSelection = m_pPeakTableView->selectionModel();
     connect(pSelection, &QItemSelectionModel::currentRowChanged, this,
             [this, pSelection](const QModelIndex& index) {
-                if (QApplication::mouseButtons() == Qt::NoButton && pSelection->isSelected(index))
+                if (QApplication::mouseButtons() == Qt::NoButton && pSelection->isSelected(index) &&
+                    !m_dataSet.m_listPeakChain.isEmpty())
                     updateCurveWindow(index);
             });
     m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
