@@ -22,6 +22,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -127,7 +128,8 @@ void huntAlone(benchmark::State& state)
 }
 BENCHMARK(huntAlone)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
 
-// A change of the rotation axis with `peaks` peaks on 200 frames; the raw view is in sight.
+// A change of the rotation axis with `peaks` peaks on 200 frames, some of them in groups that are kept; the
+// raw view is in sight.
 void remapInTheWindow(benchmark::State& state)
 {
     needApplication();
@@ -135,6 +137,7 @@ void remapInTheWindow(benchmark::State& state)
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir.filePath("settings"));
     const int nFrames = 200, nOnFrame = int(state.range(0)) / nFrames;
     std::mt19937 random(3);
+    std::normal_distribution<double> normal;  // of the logarithm: few reflections are strong
     QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.0013\nFILELIST\n";
     QByteArray bytesShift = "510 505\n", bytesPeaks;
     for (int i = 0; i < nFrames; ++i) {
@@ -145,7 +148,7 @@ void remapInTheWindow(benchmark::State& state)
             bytesPeaks +=
                 QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", 1 + i * nOnFrame + k,
                                   i, k, random() % 10200 / 10.0, random() % 10100 / 10.0,
-                                  1 + random() % 200000 / 10.0, 1 + random() % 100000 / 10.0)
+                                  std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
                     .toLatin1();
     }
     const auto write = [&](const char* pszName, const QByteArray& bytes) {
@@ -162,16 +165,27 @@ void remapInTheWindow(benchmark::State& state)
     window.openFiles({dir.filePath("many.ed3d")});
     auto* pTabs = window.findChild<QTabWidget*>();
     pTabs->setCurrentIndex(1);
+    auto* pView = static_cast<ED3DWidget*>(pTabs->currentWidget());
+    for (int g = 1; g <= int(state.range(1)); ++g) {
+        QList<int> listPoint;
+        for (int i = 0; i < pView->points().size(); i += 1 + g)
+            listPoint.append(i);
+        pView->insertPointGroup(g, QStringLiteral("some"), listPoint, Qt::green);
+    }
     auto* pSpin = window.findChild<FramesPage*>()->m_pRotationAxisSpin;
     double dfAxis = pSpin->value();
     for (auto _ : state) {
         pSpin->setValue(dfAxis += 0.1);
         QApplication::processEvents();
     }
-    const auto* pView = static_cast<const ED3DWidget*>(pTabs->currentWidget());
     state.counters["points"] = pView->points().size();
     state.counters["opengl"] = pView->isValid();
 }
-BENCHMARK(remapInTheWindow)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(remapInTheWindow)
+    ->ArgNames({"peaks", "groups"})
+    ->Args({200000, 0})
+    ->Args({200000, 3})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace

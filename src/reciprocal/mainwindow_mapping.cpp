@@ -76,7 +76,9 @@ void MainWindow::forgetRawGroups()
 void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
 {
     const QuietView quiet(*m_pView3DRaw);
-    m_pView3DRaw->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
+    const double dfSize = m_pView3DPage->m_pSpinPointSize->value();
+    if (m_pView3DRaw->pointSizeRatio() != dfSize)  // else the sizes of the points that go would be made again
+        m_pView3DRaw->setPointSizeRatio(dfSize);
     m_pView3DRaw->setPoints(listPeak);
 }
 
