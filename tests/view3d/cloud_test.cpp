@@ -210,8 +210,7 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
 {
     const QList<Vec3D> listCell{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
     CCamera camera;
-    const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anHuge[3] = {1000, 1000, 1000},
-              anNone[3] = {0, -4, 0};
+    const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anNone[3] = {0, -4, 0};
     LatticeGrid grid = makeLatticeGrid(listCell, anSmall, 2.f, camera);
     EXPECT_EQ(grid.vecPoint.size(), 35u);
     EXPECT_EQ(grid.vecLine[2].size(), 70u);
@@ -245,14 +244,33 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     EXPECT_GT(nSeen, 5000u);
     EXPECT_LT(setDrawn.size(), 2 * nSeen);
 
-    for (const Vec3D& c :
-         {listCell[2], scaled(listCell[2], 0.01f), listCell[0], Vec3D{float(g_dfInf), 0, 0}}) {
-        QElapsedTimer timer;
-        timer.start();
-        grid = makeLatticeGrid({listCell[0], listCell[1], c}, anHuge, 1.f, CCamera());
-        EXPECT_LT(timer.elapsed(), 3000);
-        EXPECT_LE(grid.vecPoint.size(), size_t(g_nMostLatticePoints));
-        EXPECT_LE(grid.vecLine[2].size(), 2u * g_nMostLatticeLines);
-        EXPECT_EQ(grid.vecPoint.empty(), std::isinf(c.x));
+    // A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn,
+    // but never less of a greater range.
+    const Vec3D a = listCell[0], b = listCell[1], c = listCell[2];
+    const QList<QList<Vec3D>> listDense{{{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
+                                        {{0.008f, 0, 0}, {0.001f, 0.009f, 0}, {0, 0, 0.005f}},
+                                        {a, b, c},
+                                        {a, b, scaled(c, 0.01f)},
+                                        {a, b, a}};
+    for (const QList<Vec3D>& list : listDense) {
+        size_t nPoints = 0, nLines = 0;
+        for (int n : {33, 40, 41, 62, 63, 150, 159, 1000}) {
+            const int anRange[3] = {n, n, n};
+            QElapsedTimer timer;
+            timer.start();
+            grid = makeLatticeGrid(list, anRange, 1.f, CCamera());
+            EXPECT_LT(timer.elapsed(), 3000);
+            if (&list == &listDense[0] && n <= 40) {
+                EXPECT_EQ(grid.vecPoint.size(), std::pow(2 * n + 1, 3));
+                EXPECT_EQ(grid.vecLine[1].size(), 2 * std::pow(2 * n + 1, 2));
+            }
+            EXPECT_GE(grid.vecPoint.size(), nPoints) << n;
+            EXPECT_GE(grid.vecLine[2].size(), nLines) << n;
+            nPoints = grid.vecPoint.size();
+            nLines = grid.vecLine[2].size();
+            EXPECT_LE(nPoints, size_t(g_nMostLatticePoints));
+            EXPECT_LE(nLines, 2u * g_nMostLatticeLines);
+        }
     }
+    EXPECT_TRUE(makeLatticeGrid({a, b, {float(g_dfInf), 0, 0}}, anGreat, 1.f, CCamera()).vecPoint.empty());
 }

@@ -75,6 +75,12 @@ Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight)
     return {float(x / dfLength), float(y / dfLength), float(z / dfLength)};
 }
 
+bool CCamera::operator==(const CCamera& other) const
+{
+    return m_fZoom == other.m_fZoom && m_fPanX == other.m_fPanX && m_fPanY == other.m_fPanY &&
+           m_fViewBound == other.m_fViewBound && m_fRotation == other.m_fRotation;
+}
+
 void CCamera::reset()
 {
     m_fZoom = m_fPanX = m_fPanY = 0.f;

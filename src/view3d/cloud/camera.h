@@ -30,6 +30,7 @@ public:
     float m_fViewBound = 2.f;  ///< half width of the view volume at zoom 0, Å⁻¹
     Matrix4 m_fRotation = identityMatrix();
 
+    bool operator==(const CCamera& other) const;
     /// Zoom and pan 0, no rotation.
     void reset();
     /// Turns v towards the viewer; the rotation before it is dropped. An axis of turn doesn't exist along z:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 
@@ -12,13 +13,52 @@ struct Interval {
     bool isEmpty() const { return nFirst > nLast; }
 };
 
+// How many points or lines stand in each shell, the indices whose greatest is n, -n or both.
+class CShellCount {
+public:
+    explicit CShellCount(int nGreatest) : m_vecCount(size_t(nGreatest) + 2), m_vecChange(m_vecCount.size()) {}
+
+    void add(int nShell, qint64 nCount) { m_vecCount[size_t(nShell)] += nCount; }
+    // One in each of the shells.
+    void addEach(int nFirst, int nLast)
+    {
+        if (nFirst > nLast)
+            return;
+        m_vecChange[size_t(nFirst)]++;
+        m_vecChange[size_t(nLast) + 1]--;
+    }
+    // Shells from the origin on that hold at most nMost together, and what then is left of nMost. Each
+    // admits() call takes one.
+    void limit(qint64 nMost)
+    {
+        qint64 nEach = 0;
+        m_nSpare = nMost;
+        for (m_nWhole = 0; size_t(m_nWhole) < m_vecCount.size(); m_nWhole++) {
+            nEach += m_vecChange[size_t(m_nWhole)];
+            const qint64 nShell = m_vecCount[size_t(m_nWhole)] + nEach;
+            if (nShell > m_nSpare)
+                break;
+            m_nSpare -= nShell;
+        }
+    }
+    // No shell beyond it is admitted.
+    int lastShell() const { return m_nWhole; }
+    bool admits(int nShell) { return nShell < m_nWhole || (nShell == m_nWhole && m_nSpare-- > 0); }
+
+private:
+    std::vector<qint64> m_vecCount;   // per shell
+    std::vector<qint64> m_vecChange;  // of what each shell holds beside, against the shell before
+    int m_nWhole = 0;
+    qint64 m_nSpare = 0;
+};
+
 class CLatticeWalk {
 public:
     CLatticeWalk(const QList<Vec3D>& listCell, const int* pnRange, float fScale, const CCamera& camera)
         : m_listCell(listCell), m_fScale(fScale), m_bClip(latticeGridNeedsCamera(pnRange))
     {
         for (int i = 0; i < 3; i++)
-            m_anRange[i] = m_anEnd[i] = std::max(pnRange[i], 0);
+            m_anReach[i] = m_anEnd[i] = std::max(pnRange[i], 0);
         const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
         for (size_t r = 0; r < 3; r++) {
             for (size_t i = 0; i < 3; i++) {
@@ -27,33 +67,42 @@ public:
             }
             m_adfOrigin[r] = m[12 + r];
         }
-    }
-
-    // Makes the ranges smaller until points and lines can be held.
-    void limit()
-    {
-        if (!m_bClip)
-            return;
-        boundByCorners();
-        while (isTooMuch())
-            for (int& nRange : m_anRange)
-                nRange = nRange * 4 / 5;
+        if (m_bClip)
+            boundByCorners();
     }
 
     void fill(LatticeGrid& grid) const
     {
-        for (int nAlong = 0; nAlong < 3; nAlong++)
-            forEachRow(nAlong, [&](const int* pnIndex, const Interval& interval) {
+        const int nGreatest = *std::max_element(m_anReach, m_anReach + 3);
+        for (int nAlong = 0; nAlong < 3; nAlong++) {
+            CShellCount points(nGreatest), lines(nGreatest);
+            forEachRow(nAlong, [&](const int*, int nShell, const Interval& row) {
+                lines.add(nShell, 1);
+                if (nAlong != 2)
+                    return;
+                points.add(nShell,
+                           std::max(std::min(row.nLast, nShell) - std::max(row.nFirst, -nShell) + 1, 0));
+                points.addEach(std::max(row.nFirst, nShell + 1), row.nLast);
+                points.addEach(std::max(-row.nLast, nShell + 1), -row.nFirst);
+            });
+            points.limit(g_nMostLatticePoints);
+            lines.limit(g_nMostLatticeLines);
+            forEachRow(nAlong, [&](const int* pnIndex, int nShell, const Interval& row) {
                 int anIndex[3] = {pnIndex[0], pnIndex[1], pnIndex[2]};
-                if (nAlong == 2)
-                    for (anIndex[2] = interval.nFirst; anIndex[2] <= interval.nLast; anIndex[2]++)
-                        grid.vecPoint.push_back(place(anIndex));
+                const int nLastShell = points.lastShell();
+                if (nAlong == 2 && nShell <= nLastShell)
+                    for (anIndex[2] = std::max(row.nFirst, -nLastShell);
+                         anIndex[2] <= std::min(row.nLast, nLastShell); anIndex[2]++)
+                        if (points.admits(std::max(nShell, std::abs(anIndex[2]))))
+                            grid.vecPoint.push_back(place(anIndex));
+                if (!lines.admits(nShell))
+                    return;
                 for (int nEnd : {m_anEnd[nAlong], -m_anEnd[nAlong]}) {
                     anIndex[nAlong] = nEnd;
                     grid.vecLine[nAlong].push_back(place(anIndex));
                 }
-                return true;
             });
+        }
     }
 
 private:
@@ -64,19 +113,19 @@ private:
                       m_fScale);
     }
 
-    // Calls pass(index with 0 along the row, interval along the row) for each row of points that reaches
-    // into the view volume, until it returns false.
+    // Calls pass(index with 0 along the row, greatest index, interval along the row) for each row of points
+    // that reaches into the view volume.
     template <class Pass>
     void forEachRow(int nAlong, Pass pass) const
     {
         const int nFirst = nAlong == 0 ? 1 : 0, nSecond = nAlong == 2 ? 1 : 2;
         int anIndex[3] = {0, 0, 0};
-        for (anIndex[nFirst] = -m_anRange[nFirst]; anIndex[nFirst] <= m_anRange[nFirst]; anIndex[nFirst]++)
-            for (anIndex[nSecond] = -m_anRange[nSecond]; anIndex[nSecond] <= m_anRange[nSecond];
+        for (anIndex[nFirst] = -m_anReach[nFirst]; anIndex[nFirst] <= m_anReach[nFirst]; anIndex[nFirst]++)
+            for (anIndex[nSecond] = -m_anReach[nSecond]; anIndex[nSecond] <= m_anReach[nSecond];
                  anIndex[nSecond]++) {
                 const Interval interval = visibleInterval(nAlong, anIndex);
-                if (!interval.isEmpty() && !pass(anIndex, interval))
-                    return;
+                if (!interval.isEmpty())
+                    pass(anIndex, std::max(std::abs(anIndex[nFirst]), std::abs(anIndex[nSecond])), interval);
             }
     }
 
@@ -84,7 +133,7 @@ private:
     // origin + n·step in the volume's coordinates, in which it reaches from -1 to 1.
     Interval visibleInterval(int nAlong, const int* pnIndex) const
     {
-        const int nRange = m_anRange[nAlong];
+        const int nRange = m_anReach[nAlong];
         if (!m_bClip)
             return {-nRange, nRange};
         double dfFirst = -nRange, dfLast = nRange;
@@ -128,28 +177,14 @@ private:
             }
         }
         for (int i = 0; i < 3; i++)
-            if (std::isfinite(adfReach[i]) && adfReach[i] + 1.0 < m_anRange[i])
-                m_anRange[i] = int(adfReach[i] + 1.0);
-    }
-
-    bool isTooMuch() const
-    {
-        bool bTooMuch = false;
-        for (int nAlong = 2; nAlong >= 0 && !bTooMuch; nAlong--) {
-            int nPoints = 0, nLines = 0;
-            forEachRow(nAlong, [&](const int*, const Interval& interval) {
-                nPoints += interval.nLast - interval.nFirst + 1;
-                bTooMuch = nPoints > g_nMostLatticePoints || ++nLines > g_nMostLatticeLines;
-                return !bTooMuch;
-            });
-        }
-        return bTooMuch;
+            if (std::isfinite(adfReach[i]) && adfReach[i] + 1.0 < m_anReach[i])
+                m_anReach[i] = int(adfReach[i] + 1.0);
     }
 
     const QList<Vec3D>& m_listCell;
     const float m_fScale;
     const bool m_bClip;
-    int m_anRange[3];         // of the indices looked at
+    int m_anReach[3];         // of the indices looked at
     int m_anEnd[3];           // of the lines' ends
     double m_aadfStep[3][3];  // per basis vector, in the view volume's coordinates
     double m_adfOrigin[3];
@@ -162,7 +197,7 @@ bool latticeGridNeedsCamera(const int* pnRange)
     double dfCount = 1.0;
     for (int i = 0; i < 3; i++)
         dfCount *= 2.0 * std::max(pnRange[i], 0) + 1.0;
-    return dfCount > g_nMostLatticePoints;
+    return dfCount > g_nMostLatticePointsWhole;
 }
 
 LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
@@ -174,8 +209,6 @@ LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, fl
     for (const Vec3D& v : listCell)
         if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
             return grid;
-    CLatticeWalk walk(listCell, pnRange, fScale, camera);
-    walk.limit();
-    walk.fill(grid);
+    CLatticeWalk(listCell, pnRange, fScale, camera).fill(grid);
     return grid;
 }

@@ -44,7 +44,9 @@ PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::
         if (!vecVisible[i])
             continue;
         const float fStep = (vecSize[i] - classes.fSmallest) * 63.f / fRange;  // no number without a range
-        classes.m_pnSizeClass[fStep > 0.f ? size_t(std::min(fStep, 63.f)) : 0].push_back(int(i));
+        const size_t nClass = fStep > 0.f ? size_t(std::min(fStep, 63.f)) : 0;
+        classes.m_pnSizeClass[nClass].push_back(int(i));
+        classes.m_nSizeClassCount[nClass]++;
     }
     return classes;
 }

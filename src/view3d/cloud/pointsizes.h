@@ -19,6 +19,7 @@ struct PointSizeClasses {
     float fGreatest = 0.f;
     std::array<float, 64> m_fSizeClass = {};         ///< lower edge of each class
     std::array<std::vector<int>, 64> m_pnSizeClass;  ///< the points of each class, ascending
+    std::array<int, 64> m_nSizeClassCount = {};
 };
 
 /// @param vecSize     size per point, as pointSizes() gives them
