@@ -1,6 +1,7 @@
 #include "view3d/ed3dwidget.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QColorDialog>
 #include <QContextMenuEvent>
 #include <QLoggingCategory>
@@ -15,7 +16,14 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(g_logView3D, "tessera.view3d", QtWarningMsg)
+Q_LOGGING_CATEGORY(g_logView3D, "tessera.view3d")
+
+void store(const Vec3D& v, float* pf)
+{
+    pf[0] = v.x;
+    pf[1] = v.y;
+    pf[2] = v.z;
+}
 
 }  // namespace
 
@@ -89,18 +97,18 @@ void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
 
 void ED3DWidget::setLatticeRange(int nH, int nK, int nL)
 {
-    m_anLatticeRange[0] = nH;
-    m_anLatticeRange[1] = nK;
-    m_anLatticeRange[2] = nL;
+    m_nLatticeRangeH = nH;
+    m_nLatticeRangeK = nK;
+    m_nLatticeRangeL = nL;
     m_bLatticeGridValid = false;
     update();
 }
 
 void ED3DWidget::getLatticeRange(int& nH, int& nK, int& nL) const
 {
-    nH = m_anLatticeRange[0];
-    nK = m_anLatticeRange[1];
-    nL = m_anLatticeRange[2];
+    nH = m_nLatticeRangeH;
+    nK = m_nLatticeRangeK;
+    nL = m_nLatticeRangeL;
 }
 
 void ED3DWidget::setShowLatticePoints(bool bShow)
@@ -344,12 +352,12 @@ void ED3DWidget::calPointSizes()
     m_sizeClasses = pointSizeClasses(m_pfPointSize, m_display.m_pbPointVisible);
     qCDebug(g_logView3D) << "Point size range:" << m_sizeClasses.fSmallest << " - "
                          << m_sizeClasses.fGreatest;
-    size_t nTotal = 0;
+    int nTotal = 0;
     for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); k++)
         qCDebug(g_logView3D) << "Point sizes #" << k << ":" << m_sizeClasses.m_fSizeClass[k];
-    for (size_t k = 0; k < m_sizeClasses.m_pnSizeClass.size(); k++) {
-        nTotal += m_sizeClasses.m_pnSizeClass[k].size();
-        qCDebug(g_logView3D) << k << ":" << m_sizeClasses.m_pnSizeClass[k].size();
+    for (size_t k = 0; k < m_sizeClasses.m_nSizeClassCount.size(); k++) {
+        nTotal += m_sizeClasses.m_nSizeClassCount[k];
+        qCDebug(g_logView3D) << k << ":" << m_sizeClasses.m_nSizeClassCount[k];
     }
     qCDebug(g_logView3D) << "Total:" << nTotal;
 }
@@ -375,16 +383,29 @@ void ED3DWidget::addSelectedPeaksAsNewGroup()
 
 void ED3DWidget::changeBackGroundColor()
 {
-    const QColor color = QColorDialog::getColor(m_colorBackground, this);
-    if (color.isValid())
-        setBackgroundColor(color);
+    askForColor(m_colorBackground, &ED3DWidget::setBackgroundColor);
 }
 
 void ED3DWidget::changeCanvasGridColor()
 {
-    const QColor color = QColorDialog::getColor(m_colorCanvasGrid, this);
-    if (color.isValid())
-        setCanvasGridColor(color);
+    askForColor(m_colorCanvasGrid, &ED3DWidget::setCanvasGridColor);
+}
+
+// Without an event loop of its own, in which a run that pumps events would stand still.
+void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor))
+{
+    auto* pDialog = new QColorDialog(colorNow, this);
+    pDialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(pDialog, &QColorDialog::colorSelected, this, [this, pSetter](const QColor& color) {
+        if (color.isValid())
+            (this->*pSetter)(color);
+    });
+    pDialog->open();
+}
+
+void ED3DWidget::setDisplayMode(QAction*)
+{
+    clearSelection();
 }
 
 void ED3DWidget::setPlainDrawing(bool bPlain)
@@ -401,6 +422,7 @@ void ED3DWidget::mousePressEvent(QMouseEvent* pEvent)
     m_nLastMouseX = pEvent->x();
     m_nLastMouseY = pEvent->y();
     m_ptMousePress = pEvent->pos();
+    m_bMouseDragged = false;
     if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ControlModifier) {
         m_nMouseMode = ModeBand;
         m_nBandStartX = m_nBandEndX = pEvent->x();
@@ -410,7 +432,7 @@ void ED3DWidget::mousePressEvent(QMouseEvent* pEvent)
         setCursor(Qt::SizeAllCursor);
     } else if (pEvent->button() == Qt::LeftButton) {
         m_nMouseMode = ModeRotate;
-        m_vecTrackball = trackballVector(pEvent->x(), pEvent->y(), width(), height());
+        store(trackballVector(pEvent->x(), pEvent->y(), width(), height()), m_fTrackball);
         setCursor(Qt::CrossCursor);
     } else if (pEvent->button() == Qt::RightButton) {
         m_nMouseMode = ModeZoom;
@@ -428,7 +450,7 @@ void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
         update();
     }
     // The menu waits for the release, as a press with the right button may become a zoom.
-    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && pEvent->pos() == m_ptMousePress)
+    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged)
         showMenu(pEvent->globalPos());
 }
 
@@ -439,6 +461,10 @@ void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
 
 void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
 {
+    if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance())
+        m_bMouseDragged = true;
+    else if (m_nMouseMode == ModeZoom && !m_bMouseDragged)
+        return;
     const float fX = float(pEvent->x() - m_nLastMouseX), fY = float(pEvent->y() - m_nLastMouseY);
     const float fWidth = float(std::max(width(), 1)), fHeight = float(std::max(height(), 1));
     m_nLastMouseX = pEvent->x();
@@ -450,8 +476,10 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
             break;
         case ModeRotate: {
             const Vec3D v = trackballVector(pEvent->x(), pEvent->y(), width(), height());
-            m_camera.rotateTrackball(m_vecTrackball, v);
-            m_vecTrackball = v;
+            const Vec3D last{m_fTrackball[0], m_fTrackball[1], m_fTrackball[2]};
+            m_camera.rotateTrackball(last, v);
+            store(cross(last, v), m_fTrackballAxis);
+            store(v, m_fTrackball);
             break;
         }
         case ModeZoom:

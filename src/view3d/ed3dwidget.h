@@ -18,6 +18,7 @@
 #include <memory>
 #include <vector>
 
+class QAction;
 class QOpenGLShaderProgram;
 
 /// Shows points of reciprocal space (Å⁻¹, laboratory frame) and lets the user turn, select and group them.
@@ -114,6 +115,8 @@ public slots:
     void addSelectedPeaksAsNewGroup();
     void changeBackGroundColor();
     void changeCanvasGridColor();
+    /// Clears the selection; there is one way of displaying only.
+    void setDisplayMode(QAction* pAction);
 
 signals:
     /// After each rubber band that was drawn.
@@ -148,6 +151,7 @@ private:
     void reportContextFailure(const QString& strMessage);
     bool makeContextCurrent();
     void showMenu(const QPoint& ptGlobal);
+    void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor));
     void finishBand(bool bAdd);
     QList<int> pick();
     const CloudVertices& cloudVertices();
@@ -188,20 +192,25 @@ private:
     float m_fCanvasGridAlpha = 0.8f;
 
     QList<Vec3D> m_listCell;
-    int m_anLatticeRange[3] = {1, 1, 1};  ///< of h, k, l
+    int m_nLatticeRangeH = 1;
+    int m_nLatticeRangeK = 1;
+    int m_nLatticeRangeL = 1;
     bool m_bShowLatticePoints = false;
     bool m_bShowLatticeLines = false;
     bool m_bShowCanvasGrid = true;
     float m_fLatticePointSize = 5.f;
     QColor m_colorLatticePoint = Qt::green;
     LatticeGrid m_latticeGrid;
+    CCamera m_cameraOfGrid;  ///< that m_latticeGrid was made for
     bool m_bLatticeGridValid = false;
 
     int m_nMouseMode = ModeNone;
     int m_nLastMouseX = 0;
     int m_nLastMouseY = 0;
     QPoint m_ptMousePress;
-    Vec3D m_vecTrackball = {0.f, 0.f, 1.f};
+    bool m_bMouseDragged = false;             ///< the mouse has left the press by more than a click's jitter
+    float m_fTrackball[3] = {0.f, 0.f, 1.f};  ///< last trackball vector
+    float m_fTrackballAxis[3] = {};           ///< last axis that the mouse turned about
     int m_nBandStartX = 0;
     int m_nBandStartY = 0;
     int m_nBandEndX = 0;

@@ -188,8 +188,7 @@ void ED3DWidget::drawScene()
     glClear(GL_COLOR_BUFFER_BIT);
     if (m_bLight) {
         const float fDiffuse = 0.4f * m_fLightIntensity;
-        const float afDiffuse[4] = {fDiffuse, fDiffuse, fDiffuse,
-                                    1.f};  // alpha comes from the material alone
+        const float afDiffuse[4] = {fDiffuse, fDiffuse, fDiffuse, fDiffuse};
         for (GLenum i = 0; i < 4; i++)
             glLightfv(GL_LIGHT0 + i, GL_DIFFUSE, afDiffuse);
         glEnable(GL_LIGHTING);
@@ -325,8 +324,11 @@ void ED3DWidget::drawCanvasGrid()
 
 const LatticeGrid& ED3DWidget::latticeGrid()
 {
-    if (!m_bLatticeGridValid || latticeGridNeedsCamera(m_anLatticeRange))
-        m_latticeGrid = makeLatticeGrid(m_listCell, m_anLatticeRange, m_fScale, m_camera);
+    const int anRange[3] = {m_nLatticeRangeH, m_nLatticeRangeK, m_nLatticeRangeL};
+    if (m_bLatticeGridValid && (m_cameraOfGrid == m_camera || !latticeGridNeedsCamera(anRange)))
+        return m_latticeGrid;
+    m_latticeGrid = makeLatticeGrid(m_listCell, anRange, m_fScale, m_camera);
+    m_cameraOfGrid = m_camera;
     m_bLatticeGridValid = true;
     return m_latticeGrid;
 }
