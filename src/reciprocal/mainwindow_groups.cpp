@@ -45,16 +45,18 @@ void setItemText(QTableWidgetItem* pItem, const QString& strText)
         pItem->setText(strText);
 }
 
-/// Whether the groups that the table shows stand at the head of the list: then the rows keep their meaning.
+/// Whether the groups that the table shows stand at the head of the list, up to one that has been renamed: then
+/// the rows keep their meaning.
 bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 {
     const int nRows = pTable->rowCount();
     if (nRows > listLabel.size())
         return false;
+    int nOthers = 0;
     for (int i = 0; i < nRows; ++i)
         if (!pTable->item(i, ColumnLabel) || pTable->item(i, ColumnLabel)->text() != listLabel[i])
-            return false;
-    return true;
+            ++nOthers;
+    return nOthers <= (nRows == listLabel.size() ? 1 : 0);
 }
 
 }  // namespace
