@@ -1,11 +1,14 @@
-// Peak hunting of a series in the window, and the same run without a window.
+// Peak hunting of a series in the window, and the same run without a window; and mapping with the views.
 //
 // Compare huntInTheWindow with huntAlone: the ratio is what log, progress, events and mapping cost on top.
+// With a screen (QT_QPA_PLATFORM=xcb) remapInTheWindow paints the cloud by OpenGL as well.
 #include "app/dataset/opening.h"
 #include "app/mainwindow.h"
+#include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/peakhunting.h"
 #include "imagefiles/mrcfile.h"
+#include "view3d/ed3dwidget.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,9 +18,11 @@
 #include <QFileInfo>
 #include <QPushButton>
 #include <QSettings>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -122,5 +127,65 @@ void huntAlone(benchmark::State& state)
     state.counters["list_bytes"] = double(QFileInfo(dir.filePath("series.pk")).size());
 }
 BENCHMARK(huntAlone)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
+
+// A change of the rotation axis with `peaks` peaks on 200 frames, some of them in groups that are kept; the
+// raw view is in sight.
+void remapInTheWindow(benchmark::State& state)
+{
+    needApplication();
+    const QTemporaryDir dir;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir.filePath("settings"));
+    const int nFrames = 200, nOnFrame = int(state.range(0)) / nFrames;
+    std::mt19937 random(3);
+    std::normal_distribution<double> normal;  // of the logarithm: few reflections are strong
+    QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.0013\nFILELIST\n";
+    QByteArray bytesShift = "510 505\n", bytesPeaks;
+    for (int i = 0; i < nFrames; ++i) {
+        const QByteArray bytesTilt = QByteArray::number(0.5 * i - 50);
+        bytesProject += "FILE none.mrc " + bytesTilt + " 0 " + bytesTilt + '\n';
+        bytesShift += QByteArray::number(i + 1) + " 0 0\n";
+        for (int k = 0; k < nOnFrame; ++k)
+            bytesPeaks +=
+                QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", 1 + i * nOnFrame + k,
+                                  i, k, random() % 10200 / 10.0, random() % 10100 / 10.0,
+                                  std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
+                    .toLatin1();
+    }
+    const auto write = [&](const char* pszName, const QByteArray& bytes) {
+        QFile file(dir.filePath(pszName));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("no project written");
+    };
+    write("many.sc", bytesShift);
+    write("many.pk", bytesPeaks);
+    write("many.ed3d", bytesProject + "ENDFILELIST\n");
+    MainWindow window;
+    window.resize(1280, 800);
+    window.show();
+    window.openFiles({dir.filePath("many.ed3d")});
+    auto* pTabs = window.findChild<QTabWidget*>();
+    pTabs->setCurrentIndex(1);
+    auto* pView = static_cast<ED3DWidget*>(pTabs->currentWidget());
+    for (int g = 1; g <= int(state.range(1)); ++g) {
+        QList<int> listPoint;
+        for (int i = 0; i < pView->points().size(); i += 1 + g)
+            listPoint.append(i);
+        pView->insertPointGroup(g, QStringLiteral("some"), listPoint, Qt::green);
+    }
+    auto* pSpin = window.findChild<FramesPage*>()->m_pRotationAxisSpin;
+    double dfAxis = pSpin->value();
+    for (auto _ : state) {
+        pSpin->setValue(dfAxis += 0.1);
+        QApplication::processEvents();
+    }
+    state.counters["points"] = pView->points().size();
+    state.counters["opengl"] = pView->isValid();
+}
+BENCHMARK(remapInTheWindow)
+    ->ArgNames({"peaks", "groups"})
+    ->Args({200000, 0})
+    ->Args({200000, 3})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace

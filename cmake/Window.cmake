@@ -1,7 +1,9 @@
 # The window: scenes and views, the pages and MainWindow, and the program `tessera`.
 # All slots of MainWindow belong to one class, so their sources, which lie in the folders of their
 # subsystems, make one library.
-find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets OpenGL)
+set(OpenGL_GL_PREFERENCE GLVND)
+find_package(OpenGL REQUIRED)
 pkg_check_modules(QWT REQUIRED IMPORTED_TARGET Qt5Qwt6)
 
 file(GLOB frameview_sources CONFIGURE_DEPENDS src/frameview/*.cpp src/frameview/*.h)
@@ -13,6 +15,13 @@ add_library(tessera_frameview STATIC ${frameview_sources})
 set_target_properties(tessera_frameview PROPERTIES AUTOMOC ON)
 target_include_directories(tessera_frameview PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(tessera_frameview PUBLIC tessera_imaging Qt5::Widgets)
+
+file(GLOB view3d_sources CONFIGURE_DEPENDS src/view3d/*.cpp src/view3d/*.h)
+list(FILTER view3d_sources EXCLUDE REGEX "/mainwindow_[^/]*$")
+add_library(tessera_view3d STATIC ${view3d_sources})
+set_target_properties(tessera_view3d PROPERTIES AUTOMOC ON)
+target_include_directories(tessera_view3d PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tessera_view3d PUBLIC tessera_cloud Qt5::OpenGL Qt5::Widgets OpenGL::GL)
 
 if(NOT EXISTS ${PROJECT_SOURCE_DIR}/src/app/main.cpp)
   return()
@@ -26,7 +35,7 @@ endif()
 add_library(tessera_window STATIC ${window_sources})
 set_target_properties(tessera_window PROPERTIES AUTOMOC ON AUTORCC ON)
 target_include_directories(tessera_window PUBLIC ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_reciprocal Qt5::Widgets PkgConfig::QWT)
+target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_view3d tessera_reciprocal Qt5::Widgets PkgConfig::QWT)
 
 add_executable(tessera src/app/main.cpp)
 target_link_libraries(tessera PRIVATE tessera_window)

@@ -6,9 +6,9 @@ PROJECT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 JOBS=${JOBS:-$(nproc)}
 
 PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
-              libfftw3-dev libcminpack-dev
+              libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev
               qt5-image-formats-plugins fonts-dejavu-core)
-PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev xvfb xauth)
+PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev libglu1-mesa-dev xvfb xauth)
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {

@@ -15,7 +15,6 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QGraphicsLineItem>
-#include <QHeaderView>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPen>
@@ -23,9 +22,7 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QSplashScreen>
-#include <QStandardItemModel>
 #include <QStatusBar>
-#include <QTableView>
 
 #include <cmath>
 
@@ -131,20 +128,7 @@ void MainWindow::createViews()
     create3DView(m_pView3DRaw, m_mapTabName[1]);
     create3DView(m_pView3DMerged, m_mapTabName[2]);
 
-    m_pPeakTableView = new QTableView(m_pTabWidget);
-    auto* pModel = new QStandardItemModel(0, m_mapColumnName.size(), m_pPeakTableView);
-    pModel->setHorizontalHeaderLabels(m_mapColumnName.values());
-    m_pPeakTableView->setModel(pModel);
-    m_pPeakTableView->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_pPeakTableView->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_pPeakTableView->setAlternatingRowColors(true);
-    m_pPeakTableView->setSortingEnabled(true);
-    m_pPeakTableView->verticalHeader()->hide();
-    setLowRows(m_pPeakTableView);
-    m_pPeakTableView->addAction(m_pActions->m_pTableCopySelected);
-    m_pPeakTableView->addAction(m_pActions->m_pTableCopyAll);
-    m_pPeakTableView->setContextMenuPolicy(Qt::ActionsContextMenu);
-    m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
+    createPeakTable();
 
     connect(m_pTabWidget, &TabWidget::currentChanged, this, &MainWindow::updateControls);
 }
@@ -264,7 +248,9 @@ void MainWindow::copyWindow()
 {
     QWidget* pPage = m_pTabWidget->currentWidget();
     if (auto* pView3D = qobject_cast<ED3DWidget*>(pPage)) {
-        QApplication::clipboard()->setImage(pView3D->grabFrameBuffer());
+        const QImage image = pView3D->grabFrameBuffer();
+        if (!image.isNull())  // there is none without OpenGL
+            QApplication::clipboard()->setImage(image);
         return;
     }
     if (pPage != m_pFrameView) {

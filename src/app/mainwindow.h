@@ -8,9 +8,11 @@
 #include "crystal/matrix3.h"
 #include "frames/peakfilters.h"
 
+#include <QColor>
 #include <QLocale>
 #include <QMainWindow>
 #include <QMap>
+#include <QModelIndex>
 #include <QPointer>
 #include <QTimer>
 
@@ -41,7 +43,6 @@ class View3DPage;
 class WindowActions;
 class WindowReport;
 class QComboBox;
-class QModelIndex;
 class QDockWidget;
 class QGraphicsLineItem;
 class QGraphicsPolygonItem;
@@ -169,6 +170,7 @@ public slots:
     void mergeSelectedPeakGroups();
     void resetSelectedPeakGroups();
     void exportSelectedPeak3D();
+    void exportPeak3D();
     void restorePointGroups();
     void updatePeakGroupsFromView();
     void pointGroupTableCellClicked(int nRow, int nColumn);
@@ -239,6 +241,7 @@ private:
 
     /// Copies the panel parameters between widgets and members. Every run begins with true.
     void syncParametersWithControls(bool bFromPanel);
+    void finishTyping();
     /// Connects or cuts the panel signals whose slots recompute something.
     void connectPanelSignals(bool bConnect);
 
@@ -260,11 +263,14 @@ private:
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
+    void keepRawGroups();
+    void forgetRawGroups();
     void showInRawView(const QList<Peak3D>& listPeak);
     /// Shows reflections, seen as the raw view is, with the peaks of streaks as a group of their own.
     void showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak);
     void showIndexing(const IndexingResult& result);
     std::vector<char> groupFlags(int nGroup) const;
+    void renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber);
     /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is shown.
     void buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable);
     /// The rows of the panel's table that hold a selected item, each once, in the order of selection.
@@ -278,7 +284,10 @@ private:
     void updateManualLength(int nVector);
     void rotateAlong(int nVector, bool bReciprocal);
     double rotationStep();
+    void startManualCell();
+    void clearCurve();
     void showLattice();
+    bool readCellMatrix();
 
     /// Sets the contrast limits from the frame in memory.
     void setAutoContrast();
@@ -338,7 +347,16 @@ private:
     int m_nFrameAsked = 0;       ///< frame number asked for during a run; 0 none
     bool m_bCloseAsked = false;  ///< the window was closed during a run
     bool m_bRemapAsked = false;  ///< a mapping parameter was changed during a run
+    bool m_bEndCellTestAsked = false;  ///< what a cell is tested with was changed during a run
     bool m_bShowAsked = false;   ///< a limit of what is shown in 3D was changed during a run
+    /// Groups of the raw view while other points stand in it; the masks of the peaks tell who is in them.
+    struct KeptGroups {
+        QStringList listLabel;
+        QList<QColor> listColor;
+        QList<bool> listVisible;
+    };
+    KeptGroups m_keptGroups;
+    bool m_bRawViewHoldsPeaks = false;  ///< the points of the raw view are peaks of m_listPeakFrame as it stands
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
@@ -363,6 +381,7 @@ private:
     QGraphicsLineItem* m_pAxisLine = nullptr;
     ED3DWidget* m_pView3DRaw = nullptr;
     ED3DWidget* m_pView3DMerged = nullptr;
+    QPointer<ED3DWidget> m_pTableView;      ///< the one whose groups the panel's table shows
     QPointer<ED3DWidget> m_pView3DCurrent;  ///< the one that the page "3D View Control" acts on
     QTableView* m_pPeakTableView = nullptr;
     TableModel* m_pPeakTableModel = nullptr;

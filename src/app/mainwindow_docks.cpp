@@ -11,12 +11,7 @@
 #include "reciprocal/pages/mergingpage.h"
 #include "view3d/pages/view3dpage.h"
 
-#include <qwt_legend.h>
 #include <qwt_plot.h>
-#include <qwt_plot_canvas.h>
-#include <qwt_plot_curve.h>
-#include <qwt_plot_grid.h>
-#include <qwt_symbol.h>
 
 #include <QDockWidget>
 #include <QIcon>
@@ -110,37 +105,4 @@ QDockWidget* MainWindow::addDock(QWidget* pContent, const QString& strTitle, Qt:
     addDockWidget(area, pDock);
     m_listDock.append(pDock);
     return pDock;
-}
-
-void MainWindow::createCurvePlot()
-{
-    m_pCurvePlot = new QwtPlot(this);
-    m_pCurvePlot->setAutoReplot(false);
-    m_pCurvePlot->setMinimumHeight(100);
-    m_pCurvePlot->canvas()->unsetCursor();
-    m_pCurvePlot->addAction(m_pActions->m_pCurveCopyData);
-    m_pCurvePlot->addAction(m_pActions->m_pCurveCopyWindow);
-    m_pCurvePlot->setContextMenuPolicy(Qt::ActionsContextMenu);
-
-    QwtText textX(QStringLiteral("Frame No."));
-    QFont fontTitle = textX.font();
-    fontTitle.setPixelSize(12);
-    fontTitle.setWeight(QFont::Bold);
-    textX.setFont(fontTitle);
-    m_pCurvePlot->setAxisTitle(QwtPlot::xBottom, textX);
-    m_pCurvePlot->setAxisTitle(QwtPlot::yLeft, QStringLiteral("<h4>Intensity</h4>"));
-    m_pCurvePlot->insertLegend(new QwtLegend, QwtPlot::TopLegend, -1.0);
-
-    m_pCurve = new QwtPlotCurve(QStringLiteral("Point"));
-    m_pCurve->setPen(QPen(Qt::red));
-    m_pCurve->setRenderHint(QwtPlotItem::RenderAntialiased);
-    m_pCurve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
-    m_pCurve->setSymbol(new QwtSymbol(QwtSymbol::Cross, Qt::NoBrush, QPen(Qt::red), QSize(10, 10)));
-    m_pCurve->attach(m_pCurvePlot);
-
-    auto* pGrid = new QwtPlotGrid;
-    pGrid->setMajorPen(QPen(Qt::gray, 0, Qt::DotLine, Qt::SquareCap, Qt::BevelJoin));
-    pGrid->setAxes(QwtPlot::xBottom, QwtPlot::yRight);
-    pGrid->attach(m_pCurvePlot);
-    m_pCurvePlot->replot();
 }

@@ -125,6 +125,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     }
     report.addMessage(
         QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
+    keepRawGroups();
+    m_bRawViewHoldsPeaks = false;
     showInRawView(peaksOfReflectionList(m_listTextPoint, m_listTextReflection));
     m_pTabWidget->setCurrentIndex(1);
     return true;
@@ -196,8 +198,12 @@ void MainWindow::clearDataSet()
     m_pAxisLine->hide();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+    forgetRawGroups();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
+    // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
+    m_dataSet.m_listPeakChain.clear();
+    clearCurve();
     Peak3D peakNone;  // stands for nothing and keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});

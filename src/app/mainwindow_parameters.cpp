@@ -71,6 +71,16 @@ Binding bindCombo(QComboBox* pCombo, int& nMember)
 
 }  // namespace
 
+/// Takes a number that is typed but not finished as if the user had left its box. Only for what can come
+/// without a click elsewhere, such as a key that closes the window: taking it while the user types would put
+/// the number into its full form under the cursor.
+void MainWindow::finishTyping()
+{
+    auto* pTyped = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget());
+    if (pTyped && isAncestorOf(pTyped))
+        pTyped->interpretText();
+}
+
 /// With true the members take the widgets' values, with false each widget whose value differs is set.
 ///
 /// A run sees the same parameters from its start to its end: from its event pump nothing is copied. What
@@ -116,14 +126,6 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
         bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell),
         bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup),
     };
-    if (bFromPanel) {
-        // A number that is typed but not finished is what the page shows, so it is what counts.
-        auto* pTyped = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget());
-        if (pTyped && m_pToolBox->isAncestorOf(pTyped)) {
-            const QSignalBlocker blocker(pTyped);
-            pTyped->interpretText();
-        }
-    }
     const bool bFirst = m_vecSynced.empty();
     m_vecSynced.resize(std::size(aBinding));
     for (std::size_t i = 0; i < std::size(aBinding); ++i) {

@@ -4,10 +4,12 @@
 #include "app/tabwidget.h"
 #include "app/windowreport.h"
 #include "frameview/baseimgview.h"
+#include "reciprocal/pages/cellpage.h"
 
 #include <QCoreApplication>
 #include <QIcon>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QSlider>
 
 #include <exception>
@@ -81,11 +83,18 @@ void MainWindow::catchUpAfterRun(bool bReload)
     const int nFrame = std::exchange(m_nFrameAsked, 0);
     const bool bRemap = std::exchange(m_bRemapAsked, false);
     const bool bShow = std::exchange(m_bShowAsked, false);
+    const bool bEndCellTest = std::exchange(m_bEndCellTestAsked, false);
     if (std::exchange(m_bCloseAsked, false)) {
         // From the event loop: the slot of the run is still on the stack.
         QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
         return;
     }
+    if (bEndCellTest) {
+        const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
+        m_pCellPage->m_pButtonTest->setChecked(false);
+        testUnitCellToggled(false);
+    }
+    startManualCell();
     if (bRemap)
         recalculate3DPeakPositionsAndUpdateView();
     else if (bShow)

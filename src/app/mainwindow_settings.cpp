@@ -80,6 +80,7 @@ void MainWindow::arrangeDocks()
 
 void MainWindow::writeSettings()
 {
+    finishTyping();
     syncParametersWithControls(true);
     const std::unique_ptr<QSettings> pSettings(makeSettings());
     pSettings->setValue(QStringLiteral("geometry"), saveGeometry());

@@ -9,13 +9,14 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
         report.addMessage(QStringLiteral("Unit cell information is missing."));
         return false;
     }
+    QList<Vec3D> listNew;
     CMatrix3 matBasis;
     for (int n = 0; n < 3; ++n)
         matBasis.setRow(n + 1, listCellFound[n]);
 
     if (space == TransformationSpace::Reciprocal) {
         const CMatrix3 matNew = matrix.multiplied(matBasis);
-        listCell = {matNew.getRow(1), matNew.getRow(2), matNew.getRow(3)};
+        listNew = {matNew.getRow(1), matNew.getRow(2), matNew.getRow(3)};
     } else {
         // Written so that a determinant that is no number is refused too.
         if (!(std::fabs(matrix.determinant()) > 1e-7)) {
@@ -23,8 +24,14 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
             return false;
         }
         const CMatrix3 matNew = matBasis.transposed().multiplied(matrix.inverted());
-        listCell = {matNew.getColumn(0), matNew.getColumn(1), matNew.getColumn(2)};
+        listNew = {matNew.getColumn(0), matNew.getColumn(1), matNew.getColumn(2)};
     }
+    for (const Vec3D& v : qAsConst(listNew))
+        if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z)) {
+            report.addMessage(QStringLiteral("TransformUnitCell: the new vectors are not finite."), Qt::red);
+            return false;
+        }
+    listCell = listNew;
 
     const QString strHtml = unitCellHtml(QStringLiteral("Transformed unit cell"), listCell, strLatticeHost);
     if (strHtml.isEmpty())

@@ -20,7 +20,8 @@ enum class TransformationSpace {
 /// no more than 1e-7 in size is refused there as singular. A singular matrix in reciprocal space ends in a
 /// warning, and the co-planar basis stands in `listCell`.
 ///
-/// @return false, with `listCell` untouched, without a committed basis or with a singular real-space matrix
+/// @return false, with `listCell` untouched, without a committed basis, with a singular real-space matrix, or
+///         when a new vector is not finite
 bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix, TransformationSpace space,
                        QList<Vec3D>& listCell, CRunReport& report,
                        const QString& strLatticeHost = latticeServiceHost());

@@ -14,6 +14,8 @@
 
 namespace {
 
+const qint64 g_nLongestLine = 4096;  // bytes, of an HKL file
+
 bool isOrigin(const HKLRef& hkl)
 {
     return hkl.nH == 0 && hkl.nK == 0 && hkl.nL == 0;
@@ -149,9 +151,12 @@ QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)
     if (!bOpened)
         return listHKL;
     while (!file.atEnd()) {
-        const QByteArray baLine = file.readLine();
+        const QByteArray baLine = file.readLine(g_nLongestLine);
         if (baLine.isEmpty())
             break;  // a read error; what was read stays
+        // Of a line that is longer than any list of reflections has, only the beginning counts.
+        for (QByteArray baRest = baLine; !baRest.endsWith('\n') && !file.atEnd() && !baRest.isEmpty();)
+            baRest = file.readLine(g_nLongestLine);
         LineReader reader(baLine);
         HKL5 hkl;
         if (reader.readInt(hkl.nH) && reader.readInt(hkl.nK) && reader.readInt(hkl.nL) &&

@@ -8,6 +8,7 @@
 #include "reciprocal/pages/cellpage.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
+#include "view3d/quietview.h"
 
 #include <QApplication>
 #include <QDoubleSpinBox>
@@ -33,7 +34,6 @@ void MainWindow::runIndexing()
         ::runIndexing(m_dataSet, listSelection, indexing, report,
                       [this](const IndexingResult& result) { showIndexing(result); });
     });
-    showPeakText();
     QApplication::restoreOverrideCursor();
     pButton->setEnabled(true);
 }
@@ -54,11 +54,12 @@ void MainWindow::showIndexing(const IndexingResult& result)
                                                   group.listId, group.color);
     update3DViewControls();
     updatePeakTable(result.listIndexed);
+    showPeakText();
 }
 
 void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak)
 {
-    m_pView3DMerged->setUpdatesEnabled(false);
+    const QuietView quiet(*m_pView3DMerged);
     m_pView3DMerged->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
     m_pView3DMerged->setPoints(listPeak);
     if (!listStreak.isEmpty())
@@ -67,7 +68,6 @@ void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int
     float fPanX = 0, fPanY = 0, fZoom = 0;
     m_pView3DRaw->getCamera(afRotation, fPanX, fPanY, fZoom);
     m_pView3DMerged->setCamera(afRotation, fPanX, fPanY, fZoom);
-    m_pView3DMerged->setUpdatesEnabled(true);
 }
 
 bool MainWindow::loadShelxFile()
@@ -85,15 +85,17 @@ bool MainWindow::loadShelxFile()
     WindowReport report(*this);
     QList<Peak3D> listPeak;
     bool bShown = false;
-    if (!::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown))
-        return false;
-    if (!bShown)
-        return true;
-    m_dataSet.m_listPeakMerged = listPeak;
-    m_dataSet.m_listPeakMergedShown = listPeak;
-    // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
-    m_dataSet.m_listPeakChain.clear();
-    showInMergedView(listPeak, {});
-    updatePeakTable(listPeak);
-    return true;
+    bool bLoaded = false;
+    guarded([&] {
+        bLoaded = ::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
+        if (!bShown)
+            return;
+        m_dataSet.m_listPeakMerged = listPeak;
+        m_dataSet.m_listPeakMergedShown = listPeak;
+        // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
+        m_dataSet.m_listPeakChain.clear();
+        showInMergedView(listPeak, {});
+        updatePeakTable(listPeak);
+    });
+    return bLoaded;
 }

@@ -30,7 +30,7 @@ bool MainWindow::transformUnitCell()
 
 void MainWindow::transformUnitCellClicked()
 {
-    if (refuseDuringRun(tr("Transforming the cell")) || !transformUnitCell())
+    if (refuseDuringRun(tr("Transforming the cell")) || !readCellMatrix() || !transformUnitCell())
         return;
     for (int nRow = 0; nRow < 3; ++nRow)
         for (int nColumn = 0; nColumn < 3; ++nColumn)
@@ -45,9 +45,13 @@ void MainWindow::transformUnitCellClicked()
 
 void MainWindow::testUnitCellToggled(bool bChecked)
 {
-    if (refuseDuringRun(tr("Testing another cell"))) {
+    if (isPumping() && !bChecked) {  // the other space was chosen, and the run goes on with the cell under test
+        m_bEndCellTestAsked = true;
+        return;
+    }
+    if (bChecked && (refuseDuringRun(tr("Testing another cell")) || !readCellMatrix())) {
         const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
-        m_pCellPage->m_pButtonTest->setChecked(!bChecked);
+        m_pCellPage->m_pButtonTest->setChecked(false);
         return;
     }
     if (bChecked)
@@ -60,6 +64,19 @@ void MainWindow::testUnitCellToggled(bool bChecked)
 
 void MainWindow::unitCellTransformatinMatrixEdited()
 {
+    const CMatrix3 matrixBefore = m_dfCellMatrix;
+    if (!readCellMatrix() || std::equal(std::begin(m_dfCellMatrix.m_dfElement), std::end(m_dfCellMatrix.m_dfElement),
+                                        matrixBefore.m_dfElement))
+        return;
+    if (isPumping())
+        m_bEndCellTestAsked = true;  // what is under test is not what the fields show now
+    else if (m_pCellPage->m_pButtonTest->isChecked())
+        transformUnitCell();
+}
+
+/// Takes the matrix from the page. A text that is no number gives a red line, and the matrix stays.
+bool MainWindow::readCellMatrix()
+{
     CMatrix3 matrix;
     for (int nRow = 0; nRow < 3; ++nRow)
         for (int nColumn = 0; nColumn < 3; ++nColumn) {
@@ -68,12 +85,9 @@ void MainWindow::unitCellTransformatinMatrixEdited()
                 m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(), &bOk);
             if (!bOk) {
                 WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format."), Qt::red);
-                return;
+                return false;
             }
         }
-    if (std::equal(std::begin(matrix.m_dfElement), std::end(matrix.m_dfElement), m_dfCellMatrix.m_dfElement))
-        return;
     m_dfCellMatrix = matrix;
-    if (m_pCellPage->m_pButtonTest->isChecked() && !isPumping())
-        transformUnitCell();
+    return true;
 }

@@ -29,3 +29,17 @@ bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, 
     }
     return writeTextFile(strFileName, strText);
 }
+
+bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint, const QString& strFileName)
+{
+    QString strText;
+    for (int nPoint : listPoint) {
+        if (nPoint < 0 || nPoint >= listPeak.size())
+            continue;
+        const Peak3D& peak = listPeak[nPoint];
+        strText += QString::asprintf("%7.4f %7.4f %7.4f %8.1f %4d %4.0f %4.0f\n", double(peak.fX3D),
+                                     double(peak.fY3D), double(peak.fZ3D), peak.dfIPoint, peak.nFrame + 1,
+                                     peak.dfX2D, peak.dfY2D);
+    }
+    return writeTextFile(strFileName, strText);
+}

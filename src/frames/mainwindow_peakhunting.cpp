@@ -44,6 +44,7 @@ void MainWindow::runPeakHunting()
             refreshImageView();
         };
         options.fnAfterStored = [&] {
+            forgetRawGroups();
             transformPeaksTo3D();
             showPeaksIn3D();
             peakReduction3D();

@@ -9,6 +9,7 @@
 #include "frames/pages/peaksearchpage.h"
 #include "frames/pages/shiftpage.h"
 #include "frameview/originalimgscene.h"
+#include "reciprocal/peakgroups.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -128,6 +129,7 @@ void MainWindow::loadRawPeaks()
     addReason(report, strReason);
     if (!bRead)
         return;
+    forgetRawGroups();
     transformPeaksTo3D();
     showPeaksIn3D();
     restorePointGroups();
@@ -143,7 +145,18 @@ void MainWindow::saveRawPeaks()
         return;
     WindowReport report(*this);
     QString strReason;
-    if (writePeakList(m_dataSet, strFile, &strReason))
+    bool bSaved = false;
+    guarded([&] {
+        updatePeakGroupsFromView();
+        const int nBeyond = keepPeaksBeyondMasks(m_dataSet);
+        if (nBeyond > 0)
+            report.addMessage(tr("%L1 peaks are only in groups beyond the 64 that a peak list can tell apart; they are "
+                                 "saved without a group.")
+                                  .arg(nBeyond),
+                              Qt::red);
+        bSaved = writePeakList(m_dataSet, strFile, &strReason);
+    });
+    if (bSaved)
         report.addMessage(QStringLiteral("%1>List of raw peaks saved to %2").arg(currentTimeStamp(), strFile),
                           Qt::black);
     else

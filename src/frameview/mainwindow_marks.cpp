@@ -101,10 +101,13 @@ void MainWindow::clearCircleMarks()
 
 void MainWindow::showPeakText()
 {
+    if (isPumping())  // the frames that come and go are the run's
+        return;
     const QVector<QList<Peak3D>>& vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
     const int nFrame = m_pFrameSpin->value() - 1;
     QList<TextItem*> listLabel;
-    if (m_pActions->m_pShowPeakLabels->isChecked() && vecPeak.size() == m_dataSet.m_listFrameFile.size() &&
+    // A frame that could not be read leaves the picture of another one standing.
+    if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() && vecPeak.size() == m_dataSet.m_listFrameFile.size() &&
         nFrame >= 0 && nFrame < vecPeak.size())
         for (const Peak3D& peak : vecPeak[nFrame])
             listLabel.append(makeLabel(peak, m_dataSet, nFrame));

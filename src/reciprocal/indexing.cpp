@@ -73,11 +73,10 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
     if (!report.goOn())
         return {};
-    if (fnShow)
-        fnShow(result);
-
     // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
+    if (fnShow)
+        fnShow(result);
     if (parameters.m_bOutputIndexing)
         outputIndexingResultsToWindow(result.listIndexed, report);
     if (parameters.m_bOutputIndexing && dataSet.m_strProjectDir.isEmpty()) {

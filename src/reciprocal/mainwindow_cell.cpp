@@ -15,6 +15,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
 
 #include <array>
 
@@ -96,6 +98,11 @@ void MainWindow::showLattice()
 void MainWindow::updateUnitCell()
 {
     ::updateUnitCell(m_dataSet);
+    {
+        // The committed cell is in force again, so no other one is under test, whatever the button said.
+        const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
+        m_pCellPage->m_pButtonTest->setChecked(false);
+    }
     for (ED3DWidget* pView : views3D())
         pView->setLattice(m_dataSet.m_listCellFound);
     updateUnitCellInfo();
@@ -112,19 +119,16 @@ void MainWindow::updateUnitCellInfo()
 
 void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 {
-    QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
+    const QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
     if (!bTrue) {
         // The boxes round to their decimals, and their slots take the rounded lengths.
         const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
-        for (int i = 0; i < 3 && listCell.size() == 3; ++i)
+        for (int i = 0; i < 3 && listCell.size() == 3 && !isPumping(); ++i)
             if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength)
                 apSpin[i]->setValue(dfLength);
         return;
     }
-    if (listCell.size() != 3 && !isPumping()) {
-        listCell = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart), axisVector(2, g_fManualStart)};
-        updateUnitCell();
-    }
+    startManualCell();
     m_pView3DPage->m_pCheckLatticeLines->setChecked(true);
     m_pView3DPage->m_pCheckLatticePoints->setChecked(true);
     if (m_pView3DCurrent)
@@ -133,6 +137,16 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
         pView->setShowLatticeLines(true);
         pView->setShowLatticePoints(true);
     }
+}
+
+/// Gives the manual way, where it is chosen, the cell that it begins with, unless there is one.
+void MainWindow::startManualCell()
+{
+    if (!m_pCellPage->m_pRadioCellManual->isChecked() || m_dataSet.m_listCellFound.size() == 3 || isPumping())
+        return;
+    m_dataSet.m_listCellFound = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart),
+                                 axisVector(2, g_fManualStart)};
+    updateUnitCell();
 }
 
 void MainWindow::assignViewingDirection(int nVector)

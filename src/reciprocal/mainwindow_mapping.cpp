@@ -9,14 +9,18 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/pages/mergingpage.h"
+#include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
+#include "view3d/quietview.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QGraphicsLineItem>
 #include <QPushButton>
 #include <QSpinBox>
+
+#include <utility>
 
 void MainWindow::transformPeaksTo3D()
 {
@@ -32,15 +36,50 @@ void MainWindow::showPeaksIn3D()
         return;
     }
     syncParametersWithControls(true);
-    guarded([this] { showInRawView(::showPeaksIn3D(m_dataSet, m_mapping)); });
+    guarded([this] {
+        keepRawGroups();
+        showInRawView(::showPeaksIn3D(m_dataSet, m_mapping));
+        m_bRawViewHoldsPeaks = true;
+        const KeptGroups kept = std::exchange(m_keptGroups, {});
+        const int nGroups = kept.listLabel.size();
+        if (nGroups < 2)
+            return;
+        // The same peaks under other limits or another geometry keep the groups that the user has made.
+        const QuietView quiet(*m_pView3DRaw);
+        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, m_pView3DRaw->points(), nGroups);
+        m_pView3DRaw->setGroupLabel(0, kept.listLabel[0]);
+        m_pView3DRaw->setGroupColor(0, kept.listColor[0]);
+        for (int g = 1; g < nGroups; ++g)
+            m_pView3DRaw->insertPointGroup(g, kept.listLabel[g], listGroupPoint[g], kept.listColor[g]);
+        for (int g = 0; g < nGroups; ++g)
+            if (!kept.listVisible[g])
+                m_pView3DRaw->setGroupVisible(g, false);
+    });
+}
+
+/// Notes the groups of the raw view, and in the masks of the peaks who is in them, before other points come.
+void MainWindow::keepRawGroups()
+{
+    if (!m_bRawViewHoldsPeaks || m_pView3DRaw->groupLabels().size() < 2)
+        return;
+    m_keptGroups = {m_pView3DRaw->groupLabels(), m_pView3DRaw->groupColors(), m_pView3DRaw->groupsVisible()};
+    ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+}
+
+/// The peaks of the data set are others now: groups of the former ones go with them.
+void MainWindow::forgetRawGroups()
+{
+    m_bRawViewHoldsPeaks = false;
+    m_keptGroups = {};
 }
 
 void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
 {
-    m_pView3DRaw->setUpdatesEnabled(false);
-    m_pView3DRaw->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
+    const QuietView quiet(*m_pView3DRaw);
+    const double dfSize = m_pView3DPage->m_pSpinPointSize->value();
+    if (m_pView3DRaw->pointSizeRatio() != dfSize)  // else the sizes of the points that go would be made again
+        m_pView3DRaw->setPointSizeRatio(dfSize);
     m_pView3DRaw->setPoints(listPeak);
-    m_pView3DRaw->setUpdatesEnabled(true);
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -67,6 +106,11 @@ void MainWindow::peakReduction3D()
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
     const std::vector<char> vecFlag = groupFlags(nGroup);
+    if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
+        report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."), Qt::red);
+        m_pMergingPage->m_pButtonMerge->setEnabled(true);
+        return;
+    }
     report.goOn();
     guarded([&] {
         const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);

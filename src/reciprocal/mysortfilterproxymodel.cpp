@@ -2,14 +2,46 @@
 
 MySortFilterProxyModel::MySortFilterProxyModel(QObject* pParent) : QSortFilterProxyModel(pParent) {}
 
+void MySortFilterProxyModel::setSourceModel(QAbstractItemModel* pSourceModel)
+{
+    // Connected ahead of the base class, which compares cells when it hears of a change.
+    const auto forget = [this] { m_vecKey.clear(); };
+    m_vecKey.clear();
+    if (sourceModel())
+        sourceModel()->disconnect(this);
+    if (pSourceModel) {
+        connect(pSourceModel, &QAbstractItemModel::modelReset, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::dataChanged, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::layoutChanged, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::rowsInserted, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::rowsRemoved, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::rowsMoved, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::columnsInserted, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::columnsRemoved, this, forget);
+        connect(pSourceModel, &QAbstractItemModel::columnsMoved, this, forget);
+    }
+    QSortFilterProxyModel::setSourceModel(pSourceModel);
+}
+
+const MySortFilterProxyModel::Key& MySortFilterProxyModel::key(const QModelIndex& index) const
+{
+    if (m_nKeyColumn != index.column() || index.row() >= m_vecKey.size()) {
+        m_nKeyColumn = index.column();
+        m_vecKey.resize(sourceModel()->rowCount());
+        for (int i = 0; i < m_vecKey.size(); ++i) {
+            Key& cell = m_vecKey[i];
+            cell.strText = index.sibling(i, m_nKeyColumn).data().toString();
+            cell.dfNumber = m_locale.toDouble(cell.strText, &cell.bNumber);
+        }
+    }
+    return m_vecKey.at(index.row());
+}
+
 bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
-    const QString strLeft = left.data().toString();
-    const QString strRight = right.data().toString();
-    bool bLeft = false, bRight = false;
-    const double dfLeft = m_locale.toDouble(strLeft, &bLeft);
-    const double dfRight = m_locale.toDouble(strRight, &bRight);
-    if (bLeft && bRight)
-        return dfLeft < dfRight;
-    return strLeft.localeAwareCompare(strRight) < 0;
+    const Key& keyLeft = key(left);
+    const Key& keyRight = key(right);
+    if (keyLeft.bNumber && keyRight.bNumber)
+        return keyLeft.dfNumber < keyRight.dfNumber;
+    return keyLeft.strText.localeAwareCompare(keyRight.strText) < 0;
 }

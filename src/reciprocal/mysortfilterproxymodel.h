@@ -3,14 +3,28 @@
 
 #include <QLocale>
 #include <QSortFilterProxyModel>
+#include <QVector>
 
+/// A pair of cells of which one is no number is compared as texts, in the order of the locale.
 class MySortFilterProxyModel : public QSortFilterProxyModel {
 public:
     explicit MySortFilterProxyModel(QObject* pParent = nullptr);
+
+    void setSourceModel(QAbstractItemModel* pSourceModel) override;
 
 protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
+    struct Key {
+        QString strText;
+        double dfNumber = 0;
+        bool bNumber = false;
+    };
+    const Key& key(const QModelIndex& index) const;
+
     QLocale m_locale = QLocale::system();
+    /// The cells of the column compared last, parsed once; emptied by every change of the source model.
+    mutable QVector<Key> m_vecKey;
+    mutable int m_nKeyColumn = -1;
 };

@@ -3,6 +3,7 @@
 #include "app/records/groupmask.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -113,4 +114,87 @@ void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoi
             if (nPoint >= 0 && nPoint < listViewPoint.size() && vecPlace[size_t(nPoint)] >= 0)
                 vecPeakGroup[listViewPoint[nPoint].nFrame][vecPlace[size_t(nPoint)]].append(g);
     dataSet.m_vecPeakGroup = vecPeakGroup;
+}
+
+QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>& listViewPoint, int nGroups)
+{
+    QList<QList<int>> listGroupPoint;
+    for (int g = 0; g < nGroups; ++g)
+        listGroupPoint.append(QList<int>());
+    const QList<QList<Peak3D>>& listPeakFrame = dataSet.m_listPeakFrame;
+    if (!groupsMatchPeaks(dataSet.m_vecPeakGroup, listPeakFrame))
+        return listGroupPoint;
+    int nPoint = 0;
+    for (int f = 0; f < listPeakFrame.size(); ++f)
+        for (int i = 0; i < listPeakFrame[f].size() && nPoint < listViewPoint.size(); ++i) {
+            if (listPeakFrame[f][i].nID != listViewPoint[nPoint].nID || listViewPoint[nPoint].nFrame != f)
+                continue;  // one that the limits hide
+            for (int g : dataSet.m_vecPeakGroup[f][i])
+                if (g >= 0 && g < nGroups)
+                    listGroupPoint[g].append(nPoint);
+            ++nPoint;
+        }
+    return listGroupPoint;
+}
+
+QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved)
+{
+    listRemoved.removeAll(0);
+    QVector<int> vecNew(nGroups, -1);
+    int nNext = 0;
+    for (int g = 0; g < nGroups; ++g)
+        if (!listRemoved.contains(g))
+            vecNew[g] = nNext++;
+    return vecNew;
+}
+
+QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged)
+{
+    if (nGroups < 2 || listMerged.size() < 2) {  // then nothing is united
+        QVector<int> vecSame(nGroups);
+        std::iota(vecSame.begin(), vecSame.end(), 0);
+        return vecSame;
+    }
+    std::sort(listMerged.begin(), listMerged.end());
+    const int nFirst = listMerged.first();
+    QVector<int> vecNew = groupNumbersAfterRemoval(nGroups, listMerged);
+    for (int g = 0; g < nGroups; ++g) {
+        if (listMerged.contains(g))
+            vecNew[g] = nFirst;
+        else if (vecNew[g] >= nFirst)
+            ++vecNew[g];  // makes room for the united one
+    }
+    vecNew[0] = 0;
+    return vecNew;
+}
+
+void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber)
+{
+    for (QVector<QList<int>>& vecGroup : dataSet.m_vecPeakGroup)
+        for (QList<int>& listGroup : vecGroup) {
+            if (listGroup.isEmpty())
+                continue;
+            QList<int> listNew;
+            for (int g : qAsConst(listGroup)) {
+                const int nNew = vecNewNumber.value(g, -1);
+                if (nNew >= 0 && !listNew.contains(nNew))
+                    listNew.append(nNew);
+            }
+            if (listNew.isEmpty())
+                listNew.append(0);
+            listGroup = listNew;
+        }
+}
+
+int keepPeaksBeyondMasks(DataSet& dataSet)
+{
+    int nCount = 0;
+    for (QVector<QList<int>>& vecGroup : dataSet.m_vecPeakGroup)
+        for (QList<int>& listGroup : vecGroup)
+            if (!listGroup.isEmpty() &&
+                std::all_of(listGroup.cbegin(), listGroup.cend(), [](int g) { return g >= g_nGroups; })) {
+                listGroup = {0};
+                ++nCount;
+            }
+    return nCount;
 }

@@ -4,13 +4,14 @@
 #include "app/dataset/dataset.h"
 
 #include <QList>
+#include <QVector>
 
 /// What the raw view shows of a peak list with masks.
 struct RestoredPointGroups {
-    bool bRestored = false;                 ///< false: the masks don't fit the peaks, and nothing is to change
-    QList<QList<Peak3D>> listPeakFrameShown; ///< per frame, the peaks that are shown
-    QList<Peak3D> listPeakFlat;             ///< the same as one list, frame by frame
-    QList<QList<int>> listGroupPoint;       ///< of groups 0 to 63 the places in listPeakFlat
+    bool bRestored = false;  ///< false: the masks don't fit the peaks, and nothing is to change
+    QList<QList<Peak3D>> listPeakFrameShown;  ///< per frame, the peaks that are shown
+    QList<Peak3D> listPeakFlat;               ///< the same as one list, frame by frame
+    QList<QList<int>> listGroupPoint;         ///< of groups 0 to 63 the places in listPeakFlat
 };
 
 /// Turns the masks m_vecPeakGroup into point groups.
@@ -27,3 +28,20 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet);
 /// @param listGroupPoint  per group the indices into them
 void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoint,
                               const QList<QList<int>>& listGroupPoint);
+
+/// For the groups 0 to nGroups - 1 of m_vecPeakGroup the places of their peaks in `listViewPoint`, some or all of
+/// the peaks of m_listPeakFrame in their order there. All empty when the groups don't fit the peaks.
+QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>& listViewPoint, int nGroups);
+
+/// The new number of each group of a view that loses some (-1: gone), or that unites some under the place of the
+/// first of them. Group 0, of the peaks in no other group, stays group 0.
+QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved);
+QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged);
+
+/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0.
+void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber);
+
+/// Puts peaks whose groups all lie beyond the 64 of a peak list into group 0, lest they be in none when the list is
+/// read again.
+/// @return how many there are
+int keepPeaksBeyondMasks(DataSet& dataSet);

@@ -3,12 +3,23 @@
 
 #include "app/records/peak3d.h"
 #include "app/records/vec3d.h"
+#include "view3d/cloud/camera.h"
+#include "view3d/cloud/cloudvertices.h"
+#include "view3d/cloud/latticegrid.h"
 #include "view3d/cloud/pointgroups.h"
+#include "view3d/cloud/pointsizes.h"
 
 #include <QColor>
 #include <QGLWidget>
+#include <QHash>
 #include <QList>
 #include <QStringList>
+
+#include <memory>
+#include <vector>
+
+class QAction;
+class QOpenGLShaderProgram;
 
 /// Shows points of reciprocal space (Å⁻¹, laboratory frame) and lets the user turn, select and group them.
 ///
@@ -58,9 +69,11 @@ public:
     void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
 
     /// Inserts a shown group of point indices at nIndex, or at the end where nIndex lies past it.
-    void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint, const QColor& color);
+    void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
+                          const QColor& color);
     /// The same by nID; one that no point has is dropped.
-    void insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId, const QColor& color);
+    void insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId,
+                              const QColor& color);
     /// Removes the given groups but group 0; their points go back to group 0 where no other group holds them.
     void removePointGroups(const QList<int>& listGroup);
     /// Unites the given groups under label, colour and place of the first of them.
@@ -81,6 +94,14 @@ public:
     /// The colour for the next new group; counts over all views for as long as the program runs.
     static QColor nextGroupColor();
 
+    /// The picture as it would be drawn now, in device pixels, also of a view that is covered. Null without a
+    /// context. (Hides that of QGLWidget, which reads what the swap of buffers left behind.)
+    QImage grabFrameBuffer(bool bWithAlpha = false);
+    /// Draws point by point, as is done without shaders and in light, instead of all in one call.
+    void setPlainDrawing(bool bPlain);
+    /// None without a context, so that a painter draws into the window's own store.
+    QPaintEngine* paintEngine() const override;
+
 public slots:
     void setLightIntensity(int l);
     void setLight(bool l);
@@ -94,6 +115,8 @@ public slots:
     void addSelectedPeaksAsNewGroup();
     void changeBackGroundColor();
     void changeCanvasGridColor();
+    /// Clears the selection; there is one way of displaying only.
+    void setDisplayMode(QAction* pAction);
 
 signals:
     /// After each rubber band that was drawn.
@@ -104,4 +127,100 @@ signals:
     void textMessage(QString strMessage);
     /// Once, when there is no OpenGL context to draw with; for the log.
     void contextFailed(QString strMessage);
+
+protected:
+    void mousePressEvent(QMouseEvent* pEvent) override;
+    void mouseReleaseEvent(QMouseEvent* pEvent) override;
+    void mouseDoubleClickEvent(QMouseEvent* pEvent) override;
+    void mouseMoveEvent(QMouseEvent* pEvent) override;
+    void wheelEvent(QWheelEvent* pEvent) override;
+    void keyPressEvent(QKeyEvent* pEvent) override;
+    void keyReleaseEvent(QKeyEvent* pEvent) override;
+    void contextMenuEvent(QContextMenuEvent* pEvent) override;
+    void showEvent(QShowEvent* pEvent) override;
+    void paintEvent(QPaintEvent* pEvent) override;
+    void resizeEvent(QResizeEvent* pEvent) override;
+    void initializeGL() override;
+    void resizeGL(int w, int h) override;
+    void paintGL() override;
+    void glDraw() override;
+
+private:
+    enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand };
+
+    void reportContextFailure(const QString& strMessage);
+    bool makeContextCurrent();
+    void showMenu(const QPoint& ptGlobal);
+    void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor));
+    void finishBand(bool bAdd);
+    QList<int> pick();
+    const CloudVertices& cloudVertices();
+
+    void drawScene();
+    void setDrawingState();
+    void drawAxesCross();
+    void drawPoints();
+    void drawPointsByShader();
+    void drawPointsOneByOne();
+    void drawCanvasGrid();
+    void drawLatticePoints();
+    void drawLatticeLines();
+    void drawRubberBand();
+    const LatticeGrid& latticeGrid();
+
+    CCamera m_camera;
+    float m_fScale = 1.f;  ///< factor on all coordinates drawn
+    int m_nViewWidth = 0;  ///< of the widget, device pixels
+    int m_nViewHeight = 0;
+    double m_dfViewRatio = 1.0;  ///< device pixels per pixel of the widget, at the last resizeGL()
+    bool m_bKeepAspect = true;
+    bool m_bLight = false;
+    float m_fLightIntensity = 1.f;  ///< 1 is a diffuse light of 0.4
+    QColor m_colorBackground = Qt::black;
+    QColor m_colorCanvasGrid = Qt::white;
+
+    QList<Peak3D> m_listPoint;
+    QHash<int, int> m_hashIdToPoint;  ///< nID to index in m_listPoint
+    std::vector<float> m_pfPointSize;
+    CPointGroups m_groups;
+    PointDisplay m_display;
+    PointSizeClasses m_sizeClasses;
+    CloudVertices m_vertices;
+    bool m_bVerticesValid = false;
+    double m_dfPointSizeRatio = 2.0;
+    float m_fPointAlpha = 0.8f;
+    float m_fCanvasGridAlpha = 0.8f;
+
+    QList<Vec3D> m_listCell;
+    int m_nLatticeRangeH = 1;
+    int m_nLatticeRangeK = 1;
+    int m_nLatticeRangeL = 1;
+    bool m_bShowLatticePoints = false;
+    bool m_bShowLatticeLines = false;
+    bool m_bShowCanvasGrid = true;
+    float m_fLatticePointSize = 5.f;
+    QColor m_colorLatticePoint = Qt::green;
+    LatticeGrid m_latticeGrid;
+    CCamera m_cameraOfGrid;  ///< that m_latticeGrid was made for
+    bool m_bLatticeGridValid = false;
+
+    int m_nMouseMode = ModeNone;
+    int m_nLastMouseX = 0;
+    int m_nLastMouseY = 0;
+    QPoint m_ptMousePress;
+    bool m_bMouseDragged = false;             ///< the mouse has left the press by more than a click's jitter
+    float m_fTrackball[3] = {0.f, 0.f, 1.f};  ///< last trackball vector
+    float m_fTrackballAxis[3] = {};           ///< last axis that the mouse turned about
+    int m_nBandStartX = 0;
+    int m_nBandStartY = 0;
+    int m_nBandEndX = 0;
+    int m_nBandEndY = 0;
+
+    std::unique_ptr<QOpenGLShaderProgram> m_pPointProgram;  ///< none where shaders don't work
+    float m_afPointRange[2] = {1.f, 1.f};                   ///< sizes that the driver draws, pixels
+    bool m_bPlainDrawing = false;
+    bool m_bInitialized = false;  ///< initializeGL() has run
+    bool m_bUsable = true;        ///< the context knows the fixed pipeline
+    QSize m_sizeSwapped;          ///< of the widget at the last swap of buffers
+    bool m_bFailureReported = false;
 };

@@ -38,8 +38,11 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
 {
     pView = new ED3DWidget(m_pTabWidget);
     connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
-    connect(pView, &ED3DWidget::contextFailed, this,
-            [this](const QString& strMessage) { WindowReport(*this).addMessage(strMessage, Qt::red); });
+    connect(pView, &ED3DWidget::contextFailed, this, [this](QString strMessage) {
+        for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once
+            disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
+        WindowReport(*this).addMessage(strMessage, Qt::red);
+    });
     m_pTabWidget->addTab(pView, strTab);
 }
 

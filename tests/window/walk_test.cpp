@@ -1,4 +1,4 @@
-// From "Open..." to the list of peaks as a user gets there, and what the driver makes of the same series.
+// From "Open..." to indexed reflections as a user gets there, and what the driver makes of the same series.
 //
 // Pointer and keys enter through the window that holds the widgets, so what is out of sight, covered or
 // without the focus is not reached.
@@ -7,20 +7,35 @@
 #include "batch/batchprogram.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "reciprocal/pages/cellpage.h"
+#include "view3d/ed3dwidget.h"
+#include "view3d/pages/view3dpage.h"
 
 #include <gtest/gtest.h>
 
+#include <qwt_plot.h>
+#include <qwt_plot_curve.h>
+
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QRegularExpression>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
 #include <QTimer>
 #include <QToolBox>
+#include <QWheelEvent>
 #include <QWindow>
 
 #include <memory>
@@ -34,11 +49,12 @@ protected:
     void SetUp() override
     {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("settings"));
-        const BatchOutcome outcome = runProgram(
-            QStringLiteral("tessera-simulate"),
-            {"--crystal", "quartz", "--frames", "12", "--size", "256", "--pixel-size", "0.008", "--tilt-start",
-             "-6", "--tilt-step", "1", "--beam-x", "134.4", "--beam-y", "123.3", "--drift", "2", "--out",
-             m_dir.path(), "--name", "w"});
+        const BatchOutcome outcome =
+            runProgram(QStringLiteral("tessera-simulate"),
+                       {"--crystal",    "quartz",     "--frames",     "41",    "--size",      "256",
+                        "--pixel-size", "0.008",      "--tilt-start", "-20",   "--tilt-step", "1",
+                        "--beam-x",     "134.4",      "--beam-y",     "123.3", "--drift",     "2",
+                        "--out",        m_dir.path(), "--name",       "w"});
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
         ASSERT_FALSE(QFile::exists(m_dir.filePath("w.pk")));
         ASSERT_FALSE(QFile::exists(m_dir.filePath("w.sc")));
@@ -46,9 +62,11 @@ protected:
         m_pWindow = std::make_unique<MainWindow>();
         m_pWindow->resize(1400, 1000);
         m_pWindow->show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWindow.get()));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
+        ASSERT_NO_FATAL_FAILURE(activate());
         m_pView = m_pWindow->findChild<BaseImgView*>();
         m_pScene = m_pWindow->findChild<OriginalImgScene*>();
+        m_pTabs = m_pWindow->findChild<QTabWidget*>();
         ASSERT_NO_FATAL_FAILURE(walk());
     }
     void walk()
@@ -56,16 +74,50 @@ protected:
         ASSERT_NO_FATAL_FAILURE(openByKeys(m_dir.filePath("w.ed3d")));
         ASSERT_EQ(m_pScene->imageSize(), QSize(256, 256));
 
-        ASSERT_NO_FATAL_FAILURE(click(page("Shift Evaluation")));
-        QWidget* pShift = m_pWindow->findChild<QToolBox*>()->currentWidget();
-        ASSERT_NO_FATAL_FAILURE(click(button(pShift, "Select 128×128")));
+        ASSERT_NO_FATAL_FAILURE(openPage("Shift Evaluation"));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Select 128×128")));
         const QPointF ptBefore = m_pScene->selectionRect().topLeft();
         ASSERT_NO_FATAL_FAILURE(drag(m_pScene->selectionRect().center() + QPointF(20, 20), g_ptDrag));
         m_ptRegion = (ptBefore + g_ptDrag).toPoint();
-        ASSERT_NO_FATAL_FAILURE(click(button(pShift, "Run")));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Run")));
 
-        ASSERT_NO_FATAL_FAILURE(click(page("Peak Search")));
-        ASSERT_NO_FATAL_FAILURE(click(button(m_pWindow->findChild<QToolBox*>()->currentWidget(), "Run")));
+        ASSERT_NO_FATAL_FAILURE(openPage("Peak Search"));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Run")));
+
+        // All peaks as a group of their own, and a second one of some of them.
+        ASSERT_NO_FATAL_FAILURE(openPage("3D View Control"));
+        auto* pPanel = m_pWindow->findChild<View3DPage*>();
+        auto* pRaw = static_cast<ED3DWidget*>(m_pTabs->currentWidget());
+        const int nPeaks = pRaw->points().size();
+        for (const double dfPart : {0.99, 0.3}) {
+            ASSERT_NO_FATAL_FAILURE(band(dfPart));
+            const int nPicked = pRaw->selectedPoints().size();
+            EXPECT_GT(nPicked, 0);
+            EXPECT_EQ(nPicked == nPeaks, dfPart > 0.9) << nPicked;
+            EXPECT_EQ(pPanel->m_pEditSelectedCount->text(), QStringLiteral("%L1").arg(nPicked));
+            EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QStringLiteral("%L1 selected").arg(nPicked));
+            ASSERT_NO_FATAL_FAILURE(click(onPage("Add")));
+        }
+        EXPECT_EQ(pPanel->m_pTablePeakGroups->rowCount(), 3);
+        ASSERT_NO_FATAL_FAILURE(openPage("3D Peak Merging"));
+        auto* pTarget = currentPage()->findChild<QTableWidget*>();
+        ASSERT_EQ(pTarget->item(0, 1)->text(), QStringLiteral("0"));
+        ASSERT_NO_FATAL_FAILURE(
+            clickAt(pTarget->viewport(), pTarget->visualItemRect(pTarget->item(1, 0)).center()));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Merge")));
+        EXPECT_EQ(m_pTabs->currentIndex(), 2);
+
+        ASSERT_NO_FATAL_FAILURE(openPage("Unit Cell Determination and Indexing"));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Search for Unit Cell")));
+        for (const char* pszBox : {"Output Indexing Results", "Output Reflection Statistics"})
+            ASSERT_NO_FATAL_FAILURE(click(onPage(pszBox)));
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Index Merged Peaks")));
+    }
+    /// What a window manager does with a new window, and when a dialog or menu goes.
+    void activate()
+    {
+        m_pWindow->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWindow.get()));
     }
     /// Ctrl+O, and the path typed into the dialog that comes.
     void openByKeys(const QString& strFile)
@@ -76,6 +128,8 @@ protected:
             auto* pDialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             if (!pDialog || bAnswered)
                 return;
+            if (!pDialog->isActiveWindow())
+                return pDialog->activateWindow();
             bAnswered = true;
             auto* pEdit = pDialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
             QTest::keyClicks(pEdit, strFile);
@@ -89,9 +143,16 @@ protected:
         timer.start(20);
         QTest::keyClick(m_pWindow->windowHandle(), Qt::Key_O, Qt::ControlModifier);
         ASSERT_TRUE(bAnswered) << "no file dialog came";
+        ASSERT_NO_FATAL_FAILURE(activate());
     }
-    /// The header of a page of the tool box.
-    QAbstractButton* page(const char* pszTitle) { return button(m_pWindow->findChild<QToolBox*>(), pszTitle); }
+    QWidget* currentPage() const { return m_pWindow->findChild<QToolBox*>()->currentWidget(); }
+    QAbstractButton* onPage(const char* pszText) const { return button(currentPage(), pszText); }
+    void openPage(const char* pszTitle) { click(button(m_pWindow->findChild<QToolBox*>(), pszTitle)); }
+    void openTab(int nIndex)
+    {
+        auto* pBar = m_pTabs->findChild<QTabBar*>();
+        clickAt(pBar, pBar->tabRect(nIndex).center());
+    }
     static QAbstractButton* button(const QWidget* pParent, const char* pszText)
     {
         for (QAbstractButton* pButton : pParent->findChildren<QAbstractButton*>())
@@ -104,11 +165,73 @@ protected:
     void click(QWidget* pWidget)
     {
         ASSERT_NE(pWidget, nullptr);
+        QPoint pt = pWidget->rect().center();
+        if (qobject_cast<QCheckBox*>(pWidget))
+            pt.setX(10);  // on the box or its text
+        clickAt(pWidget, pt);
+    }
+    /// A click at a place of a widget, which is scrolled into view as far as need be.
+    void clickAt(QWidget* pWidget, const QPoint& ptIn, Qt::MouseButton nButton = Qt::LeftButton)
+    {
         QTest::qWait(20);  // a page that has just come to sight is laid out
-        const QPoint pt = pWidget->mapTo(m_pWindow.get(), pWidget->rect().center());
+        scrollTo(pWidget, ptIn);
+        const QPoint pt = pWidget->mapTo(m_pWindow.get(), ptIn);
         ASSERT_EQ(m_pWindow->childAt(pt), pWidget) << "out of sight";
         ASSERT_TRUE(pWidget->isEnabled());
-        QTest::mouseClick(m_pWindow->windowHandle(), Qt::LeftButton, {}, pt);
+        QTest::mouseClick(m_pWindow->windowHandle(), nButton, {}, pt);
+    }
+    /// Turns the wheel on the scroll bar of the page.
+    void scrollTo(QWidget* pWidget, const QPoint& ptIn)
+    {
+        QScrollArea* pArea = nullptr;
+        for (QWidget* pEach = pWidget; pEach && !pArea; pEach = pEach->parentWidget())
+            pArea = qobject_cast<QScrollArea*>(pEach);
+        for (int i = 0; pArea && i < 200; ++i) {
+            const int nY = pWidget->mapTo(pArea, ptIn).y();
+            if (nY > 8 && nY < pArea->height() - 8)
+                return;
+            const QPointF pt = pArea->verticalScrollBar()->mapTo(m_pWindow.get(),
+                                                                 pArea->verticalScrollBar()->rect().center());
+            QWheelEvent event(pt, m_pWindow->mapToGlobal(pt.toPoint()), {}, {0, nY > 8 ? -40 : 40}, {}, {},
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(m_pWindow->windowHandle(), &event);
+        }
+    }
+    /// A rubber band round the centre of the view, over a part of its width and height.
+    void band(double dfPart)
+    {
+        QTest::qWait(20);
+        QWidget* pView = m_pTabs->currentWidget();
+        const QPoint ptCentre = pView->mapTo(m_pWindow.get(), pView->rect().center());
+        const QPoint ptHalf(int(pView->width() * dfPart / 2), int(pView->height() * dfPart / 2));
+        ASSERT_EQ(m_pWindow->childAt(ptCentre), pView) << "out of sight";
+        QWindow* pHandle = m_pWindow->windowHandle();
+        QTest::mousePress(pHandle, Qt::LeftButton, Qt::ControlModifier, ptCentre - ptHalf);
+        QTest::mouseMove(pHandle, ptCentre);
+        QTest::mouseMove(pHandle, ptCentre + ptHalf);
+        QTest::mouseRelease(pHandle, Qt::LeftButton, Qt::ControlModifier, ptCentre + ptHalf);
+    }
+    /// The vectors of the cell file of the project.
+    std::vector<double> cellFile() const
+    {
+        std::vector<double> vecNumber;
+        for (const QByteArray& bytes : readBytes(m_dir.filePath("w.uc")).simplified().split(' ')) {
+            bool bOk = false;
+            const double df = bytes.toDouble(&bOk);
+            if (bOk)
+                vecNumber.push_back(df);
+        }
+        return vecNumber;
+    }
+    void expectInLog(const QStringList& listWanted, int& nFrom) const
+    {
+        const QString strLog = log();
+        for (const QString& strWanted : listWanted) {
+            const int nAt = strLog.indexOf(strWanted, nFrom);
+            ASSERT_GE(nAt, 0) << strWanted.toStdString() << " is missing or out of order in\n"
+                              << strLog.toStdString();
+            nFrom = nAt + strWanted.size();
+        }
     }
     /// Drags what lies on the frame at `ptFrom` by `ptBy`, both in frame pixels; the view stands at 100 %.
     void drag(const QPointF& ptFrom, const QPoint& ptBy)
@@ -130,28 +253,38 @@ protected:
     std::unique_ptr<MainWindow> m_pWindow;
     BaseImgView* m_pView = nullptr;
     OriginalImgScene* m_pScene = nullptr;
+    QTabWidget* m_pTabs = nullptr;
     QPoint m_ptRegion;  ///< upper left corner of the region that was dragged
 };
 
-TEST_F(Walk, TheLogTellsBothRunsAndTheDriverGetsTheSameFiles)
+TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
 {
-    const QString aWanted[] = {
-        QStringLiteral("Reference region: (%1, %2) 128×128\n").arg(m_ptRegion.x()).arg(m_ptRegion.y()),
-        QStringLiteral(">Image shift evaluation started."),
-        QStringLiteral(">Image shift evaluation finished in "),
-        QStringLiteral(">Peak hunting started."),
-        QStringLiteral(" peaks found on frame #   1\n"),
-        QStringLiteral(" peaks found on frame #  12\n"),
-        QStringLiteral("Peak list saved to %1.").arg(m_dir.filePath("w.pk")),
-        QStringLiteral(">Peak hunting finished in "),
-    };
-    const QString strLog = log();
     int nFrom = 0;
-    for (const QString& strWanted : aWanted) {
-        const int nAt = strLog.indexOf(strWanted, nFrom);
-        ASSERT_GE(nAt, 0) << strWanted.toStdString() << " is missing or out of order in\n" << strLog.toStdString();
-        nFrom = nAt + strWanted.size();
-    }
+    ASSERT_NO_FATAL_FAILURE(expectInLog(
+        {QStringLiteral("Reference region: (%1, %2) 128×128\n").arg(m_ptRegion.x()).arg(m_ptRegion.y()),
+         QStringLiteral(">Image shift evaluation started."),
+         QStringLiteral(">Image shift evaluation finished in "),
+         QStringLiteral(">Peak hunting started."),
+         QStringLiteral(" peaks found on frame #   1\n"),
+         QStringLiteral(" peaks found on frame #  41\n"),
+         QStringLiteral("Peak list saved to %1.").arg(m_dir.filePath("w.pk")),
+         QStringLiteral(">Peak hunting finished in "),
+         QStringLiteral(" chains found. "),
+         QStringLiteral(">Calculating difference vectors...\n"),
+         QStringLiteral(">Total difference vectors: "),
+         QStringLiteral(">Averaging difference vectors..."),
+         QStringLiteral("Found unit cell: a="),
+         QStringLiteral("Test lattice type"),
+         QStringLiteral("Maximum d* including 95% reflections: "),
+         QStringLiteral(">HKL file written: %1\n").arg(m_dir.filePath("w.hkl")),
+         QStringLiteral(">p4p file written: %1\n").arg(m_dir.filePath("w.p4p")),
+         QStringLiteral(">List of the indexed peaks on the frames output to file: %1")
+             .arg(m_dir.filePath("w.ipf")),
+         QStringLiteral(">Unit cell used for indexing: a="),
+         QStringLiteral("%) were indexed."),
+         QStringLiteral("SG.Symbol")},
+        nFrom));
+    const QString strLog = log();
 
     double dfX = 0;
     double dfY = 0;
@@ -165,14 +298,75 @@ TEST_F(Walk, TheLogTellsBothRunsAndTheDriverGetsTheSameFiles)
     ASSERT_TRUE(match.hasMatch());
     const QString strOther = m_dir.filePath("driver");
     const BatchOutcome outcome =
-        runBatch({"--window-defaults", "--region", match.captured(1) + ',' + match.captured(2) + ",128", "--to",
-                  "peaks", "--out", strOther, m_dir.filePath("w.ed3d")});
+        runBatch({"--window-defaults", "--region", match.captured(1) + ',' + match.captured(2) + ",128",
+                  "--out", strOther, m_dir.filePath("w.ed3d")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-    for (const char* pszName : {"w.sc", "w.pk"}) {
-        const QByteArray bytesWindow = readBytes(m_dir.filePath(pszName));
-        EXPECT_GE(bytesWindow.count('\n'), 12) << pszName;
-        EXPECT_TRUE(bytesWindow == readBytes(strOther + '/' + pszName)) << pszName << " differs";
+    const struct {
+        const char* pszName;
+        int nLines;  ///< at least
+    } aFile[] = {{"w.sc", 42}, {"w.pk", 300}, {"w.uc", 3}, {"w.hkl", 60}, {"w.p4p", 1}, {"w.ipf", 200}};
+    for (const auto& file : aFile) {
+        const QByteArray bytesWindow = readBytes(m_dir.filePath(file.pszName));
+        EXPECT_GE(bytesWindow.count('\n'), file.nLines) << file.pszName;
+        EXPECT_TRUE(bytesWindow == readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
     }
+
+    // A row of the table gives the curve, and the context menu a copy of it.
+    ASSERT_NO_FATAL_FAILURE(openTab(3));
+    auto* pTable = static_cast<QTableView*>(m_pTabs->widget(3));
+    const QModelIndex index = pTable->model()->index(2, 7);
+    ASSERT_NO_FATAL_FAILURE(clickAt(pTable->viewport(), pTable->visualRect(index).center()));
+    const auto listCurve = m_pWindow->findChild<QwtPlot*>()->itemList(QwtPlotItem::Rtti_PlotCurve);
+    EXPECT_EQ(QLocale::system().toString(static_cast<QwtPlotCurve*>(listCurve.first())->maxYValue(), 'f', 1),
+              index.data().toString());
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {
+        if (QWidget* pMenu = QApplication::activePopupWidget())
+            for (int nKey : {Qt::Key_Down, Qt::Key_Return})
+                QTest::keyClick(pMenu, Qt::Key(nKey));
+    });
+    timer.start(20);
+    QApplication::clipboard()->clear();
+    ASSERT_NO_FATAL_FAILURE(clickAt(pTable->viewport(), pTable->visualRect(index).center(), Qt::RightButton));
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QApplication::clipboard()->text().isEmpty(); }));
+    timer.stop();
+    const QStringList listCopied = QApplication::clipboard()->text().split('\t');
+    EXPECT_EQ(listCopied.size(), 18);
+    EXPECT_EQ(listCopied[0], index.sibling(2, 0).data().toString());
+    ASSERT_NO_FATAL_FAILURE(activate());
+
+    // A matrix typed, tried and taken: a*' = a* + b*.
+    const auto* pCell = m_pWindow->findChild<CellPage*>();
+    const auto fields = [&] {
+        QStringList list;
+        for (QLineEdit* pEdit : pCell->m_apEditCell)
+            list.append(pEdit->text());
+        return list.join(' ');
+    };
+    const std::vector<double> vecBefore = cellFile();
+    ASSERT_EQ(vecBefore.size(), 9u);
+    const QString strBefore = fields();
+    ASSERT_NO_FATAL_FAILURE(click(pCell->m_apEditMatrix[0][1]));
+    ASSERT_TRUE(pCell->m_apEditMatrix[0][1]->hasFocus());
+    QTest::keyClick(m_pWindow->windowHandle(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(m_pWindow->windowHandle(), Qt::Key_1);
+    QTest::keyClick(m_pWindow->windowHandle(), Qt::Key_Tab);
+    EXPECT_EQ(fields(), strBefore);
+    ASSERT_NO_FATAL_FAILURE(click(onPage("Test")));
+    const QString strTried = fields();
+    EXPECT_NE(strTried, strBefore);
+    ASSERT_NO_FATAL_FAILURE(click(onPage("Test")));
+    EXPECT_EQ(fields(), strBefore);
+    EXPECT_EQ(cellFile(), vecBefore);
+    ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
+    EXPECT_EQ(fields(), strTried);
+    EXPECT_EQ(pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
+    const std::vector<double> vecAfter = cellFile();
+    ASSERT_EQ(vecAfter.size(), 9u);
+    for (size_t i = 0; i < 9; ++i)
+        EXPECT_NEAR(vecAfter[i], vecBefore[i] + (i < 3 ? vecBefore[i + 3] : 0), 2.1e-8) << i;
+    expectInLog({QStringLiteral("Transformed unit cell: a="), QStringLiteral("Transformed unit cell: a=")},
+                nFrom);
 }
 
 }  // namespace

@@ -10,10 +10,14 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QGraphicsView>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
+#include <QSpinBox>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,6 +35,19 @@ const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
 const QPointF g_ptSpot(256, 256);  // beside the direct beam of the demo series
 const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
 const int g_nDialogTries = 50;
+const int g_nIntensityColumn = 7;
+const int g_nCurveRow = 3;
+
+template <typename T>
+QString textOf(const T* p)
+{
+    return p->text();
+}
+
+QString textOf(const QGroupBox* p)
+{
+    return p->title();
+}
 
 /// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
 /// the program ends without it.
@@ -39,7 +56,7 @@ T* find(const QObject* pParent, const QString& strText)
 {
     const QList<T*> listFound = pParent->findChildren<T*>();
     for (T* pFound : listFound)
-        if (pFound->text() == strText)
+        if (textOf(pFound) == strText)
             return pFound;
     std::fprintf(stderr, "Nothing in the window is called %s\n", qPrintable(strText));
     std::exit(1);
@@ -73,7 +90,8 @@ public:
             }
             const QString strFile = m_dirOut.filePath(
                 QStringLiteral("%1_%2x%3.png").arg(strName).arg(size.width()).arg(size.height()));
-            const QPixmap pixmap = m_window.grab();
+            // From the screen: a widget's own grab leaves out what OpenGL has drawn.
+            const QPixmap pixmap = m_window.screen()->grabWindow(m_window.winId());
             if (pixmap.size() != size || !pixmap.save(strFile)) {
                 std::fprintf(stderr, "%s could not be made in its size\n", qPrintable(strFile));
                 std::exit(1);
@@ -168,10 +186,64 @@ int main(int argc, char** argv)
     QTest::mouseRelease(window.windowHandle(), Qt::RightButton, {}, ptCorner);
     QTest::mouseMove(window.windowHandle(), ptCorner + QPoint(2, 2));
 
+    find<QAction>(&window, QStringLiteral("Intensity"))->trigger();
     QWidget* pMerging = camera.openPage(QStringLiteral("3D Peak Merging"));
     find<QPushButton>(pMerging, QStringLiteral("Merge"))->click();
     camera.shoot(QStringLiteral("merging"));
-    camera.openPage(QStringLiteral("Unit Cell Determination and Indexing"));
+
+    QWidget* pCell = camera.openPage(QStringLiteral("Unit Cell Determination and Indexing"));
+    find<QPushButton>(pCell, QStringLiteral("Search for Unit Cell"))->click();
     camera.shoot(QStringLiteral("cell"));
+    find<QPushButton>(pCell, QStringLiteral("Index Merged Peaks"))->click();
+
+    // The merged cloud along an axis, with the groups that the indexing made and the lattice of the cell.
+    QWidget* p3D = camera.openPage(QStringLiteral("3D View Control"));
+    pTabs->setCurrentIndex(2);
+    find<QPushButton>(p3D, QStringLiteral("a*"))->click();
+    const QList<QSpinBox*> listRange = find<QGroupBox>(p3D, QStringLiteral("HKL Range"))->findChildren<QSpinBox*>();
+    for (QSpinBox* pSpin : listRange)
+        pSpin->setValue(pSpin == listRange.first() ? 0 : 4);
+    camera.shoot(QStringLiteral("lattice"));
+
+    // The raw cloud: a group made by a rubber band, and another band under way.
+    pTabs->setCurrentIndex(1);
+    find<QPushButton>(p3D, QStringLiteral("a*"))->click();
+    bool bGroup = false;
+    camera.shoot(QStringLiteral("groups"), [&] {
+        QWidget* pCloud = pTabs->currentWidget();
+        const auto place = [&](double dfX, double dfY) {
+            return pCloud->mapTo(&window, QPoint(int(dfX * pCloud->width()), int(dfY * pCloud->height())));
+        };
+        QWindow* pHandle = window.windowHandle();
+        const auto band = [&](const QPoint& ptFrom, const QPoint& ptTo) {
+            QTest::mouseRelease(pHandle, Qt::LeftButton, Qt::ControlModifier, ptFrom);
+            QTest::mousePress(pHandle, Qt::LeftButton, Qt::ControlModifier, ptFrom);
+            QTest::mouseMove(pHandle, ptTo);
+        };
+        if (!bGroup) {
+            band(place(0.3, 0.35), place(0.48, 0.65));
+            QTest::mouseRelease(pHandle, Qt::LeftButton, Qt::ControlModifier, place(0.48, 0.65));
+            find<QPushButton>(p3D, QStringLiteral("Add"))->click();
+        }
+        bGroup = true;
+        band(place(0.52, 0.35), place(0.7, 0.6));
+    });
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, Qt::ControlModifier, {1, 1});
+
+    // The table, and the curve of the strongest reflection that is not alone on its frame.
+    pTabs->setCurrentIndex(3);
+    auto* pTable = qobject_cast<QTableView*>(pTabs->currentWidget());
+    pTable->sortByColumn(g_nIntensityColumn, Qt::DescendingOrder);
+    QTest::qWait(g_nSettleTime);
+    QTest::mouseClick(pTable->viewport(), Qt::LeftButton, {},
+                      pTable->visualRect(pTable->model()->index(g_nCurveRow, g_nIntensityColumn)).center());
+    camera.shoot(QStringLiteral("table"));
+
+    pTabs->setCurrentIndex(0);
+    camera.openPage(QStringLiteral("Unit Cell Refinement"));
+    find<QAction>(&window, QStringLiteral("Show Peak Labels"))->trigger();
+    camera.shoot(QStringLiteral("labels"));
+    find<QAction>(&window, QStringLiteral("A&bout Tessera..."))->trigger();
+    camera.shoot(QStringLiteral("about"));
     return 0;
 }

@@ -13,7 +13,7 @@ class QWidget;
 QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
                                double dfStep, double dfStart, const QString& strSuffix = {});
 
-/// A right-aligned spin box of whole numbers.
+/// A spin box of whole numbers.
 QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
                       const QString& strSuffix = {});
 

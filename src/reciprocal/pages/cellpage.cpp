@@ -115,6 +115,8 @@ QGroupBox* CellPage::makeDetermination()
         aRow[i].pSpin =
             makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1, QStringLiteral(" Å⁻¹"));
         aRow[i].pSpin->setGroupSeparatorShown(true);
+        // The "0" that a length begins with when it is typed would cost the vector its direction.
+        aRow[i].pSpin->setKeyboardTracking(false);
         pAssignLayout->addWidget(aRow[i].pButton, i, 0);
         pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
     }

@@ -1,0 +1,147 @@
+// MainWindow: the peak table.
+#include "app/mainwindow.h"
+#include "app/pages/pagecontrols.h"
+#include "app/tabwidget.h"
+#include "app/windowactions.h"
+#include "reciprocal/mysortfilterproxymodel.h"
+#include "reciprocal/pages/cellpage.h"
+#include "reciprocal/peaktable.h"
+#include "reciprocal/tablemodel.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QTableView>
+
+#include <algorithm>
+
+namespace {
+
+const int g_nRightAlignment = int(Qt::AlignRight) | int(Qt::AlignVCenter);
+
+struct Column {
+    int nWidth;  ///< pixels
+    bool bHidden;
+    bool bFixed;  ///< stays shown or hidden as it is
+};
+
+const Column g_aColumn[g_nPeakTableColumns] = {
+    {50, false, false}, {50, true, false},  {50, true, false},  {50, true, false},  {50, false, true},
+    {50, false, true},  {50, false, true},  {60, false, false}, {60, true, true},   {50, false, false},
+    {50, false, false}, {60, false, false}, {60, true, true},   {70, true, true},   {70, true, false},
+    {70, true, true},   {60, false, false}, {60, false, false}, {50, false, false}, {50, false, false},
+    {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false},
+    {50, false, false}};
+
+/// The text of a cell without the no-break spaces, wide and narrow, that locales put between groups of
+/// digits: other programs don't read numbers that have them.
+QString pastedText(const QModelIndex& index)
+{
+    QString strText = index.data().toString();
+    strText.remove(QChar(0x00A0));
+    strText.remove(QChar(0x202F));
+    return strText;
+}
+
+}  // namespace
+
+void MainWindow::createPeakTable()
+{
+    m_pPeakTableView = new QTableView(m_pTabWidget);
+    m_pPeakTableModel = new TableModel(m_pPeakTableView);
+    m_pPeakTableModel->setDefaultAlignment(g_nRightAlignment);
+    m_pPeakTableModel->setHeader(m_mapColumnName.values().toVector());
+    // A view has columns only as long as there is a row.
+    m_pPeakTableModel->setRows({QVector<QString>(g_nPeakTableColumns, QStringLiteral("0"))});
+    auto* pSorted = new MySortFilterProxyModel(m_pPeakTableView);
+    pSorted->setSourceModel(m_pPeakTableModel);
+    m_pPeakTableView->setModel(pSorted);
+    m_pPeakTableView->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_pPeakTableView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_pPeakTableView->setAlternatingRowColors(true);
+    m_pPeakTableView->sortByColumn(0, Qt::AscendingOrder);  // Qt would begin with the last one
+    m_pPeakTableView->setSortingEnabled(true);
+    m_pPeakTableView->verticalHeader()->hide();
+    setLowRows(m_pPeakTableView);
+
+    QHeaderView* pHeader = m_pPeakTableView->horizontalHeader();
+    for (int i = 0; i < g_nPeakTableColumns; ++i) {
+        m_pPeakTableView->setColumnWidth(i, g_aColumn[i].nWidth);
+        m_pPeakTableView->setColumnHidden(i, g_aColumn[i].bHidden);
+        auto* pAction = new QAction(m_pPeakTableModel->headerData(i, Qt::Horizontal).toString(), this);
+        pAction->setCheckable(true);
+        pAction->setChecked(!g_aColumn[i].bHidden);
+        pAction->setEnabled(!g_aColumn[i].bFixed);
+        connect(pAction, &QAction::toggled, this, &MainWindow::updatePeakTableColumnVisability);
+        m_listColumnAction.append(pAction);
+    }
+    pHeader->addActions(m_listColumnAction);
+    pHeader->setContextMenuPolicy(Qt::ActionsContextMenu);
+
+    m_pActions->setReady(m_pActions->m_pTableCopySelected);
+    m_pActions->setReady(m_pActions->m_pTableCopyAll);
+    m_pPeakTableView->addAction(m_pActions->m_pTableCopySelected);
+    m_pPeakTableView->addAction(m_pActions->m_pTableCopyAll);
+    m_pPeakTableView->setContextMenuPolicy(Qt::ActionsContextMenu);
+    connect(m_pActions->m_pTableCopySelected, &QAction::triggered, this,
+            &MainWindow::copySelectedReflectionsInPeakTable);
+    connect(m_pActions->m_pTableCopyAll, &QAction::triggered, this,
+            &MainWindow::copyAllReflectionsInPeakTable);
+
+    connect(m_pPeakTableView, &QTableView::clicked, this, &MainWindow::updateCurveWindow);
+    // The keyboard walks through the curves as well. A press of the mouse is followed by its click, and a
+    // row that only takes the focus was not asked for.
+    QItemSelectionModel* pSelection = m_pPeakTableView->selectionModel();
+    connect(pSelection, &QItemSelectionModel::currentRowChanged, this,
+            [this, pSelection](const QModelIndex& index) {
+                if (QApplication::mouseButtons() == Qt::NoButton && pSelection->isSelected(index) &&
+                    !m_dataSet.m_listPeakChain.isEmpty())
+                    updateCurveWindow(index);
+            });
+    m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
+}
+
+void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
+{
+    guarded([&] {
+        m_dataSet.m_spaceGroup.setSpaceGroup(m_pCellPage->m_pComboReflectionGrouping->currentData().toInt());
+        m_pPeakTableModel->setRows(
+            peakTableRows(listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale));
+    });
+}
+
+void MainWindow::updatePeakTableColumnVisability()
+{
+    for (int i = 0; i < m_listColumnAction.size(); ++i)
+        if (m_listColumnAction[i]->isChecked() == m_pPeakTableView->isColumnHidden(i))
+            m_pPeakTableView->setColumnHidden(i, !m_listColumnAction[i]->isChecked());
+}
+
+void MainWindow::copySelectedReflectionsInPeakTable()
+{
+    QModelIndexList listIndex = m_pPeakTableView->selectionModel()->selectedIndexes();
+    const auto isHidden = [this](const QModelIndex& index) {
+        return m_pPeakTableView->isColumnHidden(index.column());
+    };
+    listIndex.erase(std::remove_if(listIndex.begin(), listIndex.end(), isHidden), listIndex.end());
+    if (listIndex.isEmpty())
+        return;
+    std::stable_sort(listIndex.begin(), listIndex.end());  // by row, then by column
+    QString strText;
+    int nRow = listIndex.first().row();
+    for (int i = 0; i < listIndex.size(); ++i) {
+        if (i > 0)
+            strText += listIndex[i].row() == nRow ? QLatin1Char('\t') : QLatin1Char('\n');
+        nRow = listIndex[i].row();
+        strText += pastedText(listIndex[i]);
+    }
+    QApplication::clipboard()->setText(strText);
+}
+
+void MainWindow::copyAllReflectionsInPeakTable()
+{
+    m_pPeakTableView->selectAll();
+    copySelectedReflectionsInPeakTable();
+}

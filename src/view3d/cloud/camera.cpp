@@ -1,0 +1,156 @@
+#include "view3d/cloud/camera.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const double g_dfDegree = M_PI / 180.0;
+
+Vec3D row(const Matrix4& matrix, size_t nRow)
+{
+    return {matrix[nRow], matrix[4 + nRow], matrix[8 + nRow]};
+}
+
+}  // namespace
+
+Matrix4 identityMatrix()
+{
+    return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+}
+
+Matrix4 multiplied(const Matrix4& a, const Matrix4& b)
+{
+    Matrix4 product;
+    for (size_t c = 0; c < 16; c += 4)
+        for (size_t r = 0; r < 4; r++)
+            product[c + r] = a[r] * b[c] + a[4 + r] * b[c + 1] + a[8 + r] * b[c + 2] + a[12 + r] * b[c + 3];
+    return product;
+}
+
+Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis)
+{
+    const double dfLength = std::hypot(double(axis.x), double(axis.y), double(axis.z));
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle))
+        return identityMatrix();
+    const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
+    const double s = std::sin(dfAngle * g_dfDegree), c = std::cos(dfAngle * g_dfDegree), t = 1.0 - c;
+    return {float(x * x * t + c),
+            float(y * x * t + z * s),
+            float(z * x * t - y * s),
+            0,
+            float(x * y * t - z * s),
+            float(y * y * t + c),
+            float(z * y * t + x * s),
+            0,
+            float(x * z * t + y * s),
+            float(y * z * t - x * s),
+            float(z * z * t + c),
+            0,
+            0,
+            0,
+            0,
+            1};
+}
+
+Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar)
+{
+    Matrix4 matrix = identityMatrix();
+    matrix[0] = 2.f / (fRight - fLeft);
+    matrix[5] = 2.f / (fTop - fBottom);
+    matrix[10] = -2.f / (fFar - fNear);
+    matrix[12] = -(fRight + fLeft) / (fRight - fLeft);
+    matrix[13] = -(fTop + fBottom) / (fTop - fBottom);
+    matrix[14] = -(fFar + fNear) / (fFar - fNear);
+    return matrix;
+}
+
+Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight)
+{
+    if (nWidth <= 0 || nHeight <= 0)
+        return {0.f, 0.f, 1.f};
+    const double x = (2.0 * nX - nWidth) / nWidth, y = (nHeight - 2.0 * nY) / nHeight;
+    const double z = std::cos(M_PI / 2.0 * std::min(std::hypot(x, y), 1.0));
+    const double dfLength = std::hypot(x, y, z);
+    return {float(x / dfLength), float(y / dfLength), float(z / dfLength)};
+}
+
+bool CCamera::operator==(const CCamera& other) const
+{
+    return m_fZoom == other.m_fZoom && m_fPanX == other.m_fPanX && m_fPanY == other.m_fPanY &&
+           m_fViewBound == other.m_fViewBound && m_fRotation == other.m_fRotation;
+}
+
+void CCamera::reset()
+{
+    m_fZoom = m_fPanX = m_fPanY = 0.f;
+    m_fRotation = identityMatrix();
+}
+
+void CCamera::viewAlong(const Vec3D& v)
+{
+    const double dfLength = std::hypot(double(v.x), double(v.y), double(v.z));
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength))
+        return;
+    const double dfAngle = std::acos(std::clamp(double(v.z) / dfLength, -1.0, 1.0)) / g_dfDegree;
+    setRotation(rotationMatrix(dfAngle, {v.y, -v.x, 0.f}));
+}
+
+void CCamera::rotateAroundScreen(int nAxis, double dfAngle)
+{
+    setRotation(multiplied(m_fRotation, rotationMatrix(dfAngle, row(m_fRotation, size_t(nAxis)))));
+}
+
+void CCamera::rotateTrackball(const Vec3D& vecFrom, const Vec3D& vecTo)
+{
+    const double dfAngle = double(length(vecTo - vecFrom)) * 60.0;
+    setRotation(multiplied(rotationMatrix(dfAngle, cross(vecFrom, vecTo)), m_fRotation));
+}
+
+Vec3D CCamera::viewDirection() const
+{
+    return row(m_fRotation, 2);
+}
+
+Matrix4 CCamera::projection() const
+{
+    const float b = m_fViewBound, z = m_fZoom;
+    return orthoMatrix(-b - m_fPanX - z, b - m_fPanX + z, -b - m_fPanY - z, b - m_fPanY + z, -b, b);
+}
+
+bool CCamera::isFlat() const
+{
+    const Matrix4 matrix = projection();
+    return !std::isfinite(matrix[0]) || !std::isfinite(matrix[5]) || !std::isfinite(matrix[12]) ||
+           !std::isfinite(matrix[13]);
+}
+
+float CCamera::sizeFactor() const
+{
+    return m_fViewBound / std::abs(m_fViewBound + m_fZoom);
+}
+
+// Rounding adds up over thousands of turns by the mouse: the columns are made orthonormal again, by Gram and
+// Schmidt, which changes the last digits only.
+void CCamera::setRotation(const Matrix4& matrix)
+{
+    const auto normalised = [](const std::array<double, 3>& v) {
+        const double dfLength = std::hypot(v[0], v[1], v[2]);
+        return std::array<double, 3>{v[0] / dfLength, v[1] / dfLength, v[2] / dfLength};
+    };
+    const auto a = normalised({matrix[0], matrix[1], matrix[2]});
+    const double dfDot = a[0] * matrix[4] + a[1] * matrix[5] + a[2] * matrix[6];
+    const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
+    const double aColumn[3][3] = {
+        {a[0], a[1], a[2]},
+        {b[0], b[1], b[2]},
+        {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}};
+    Matrix4 next = identityMatrix();
+    for (size_t c = 0; c < 3; c++)
+        for (size_t r = 0; r < 3; r++) {
+            if (!std::isfinite(aColumn[c][r]))
+                return;
+            next[4 * c + r] = float(aColumn[c][r]);
+        }
+    m_fRotation = next;
+}

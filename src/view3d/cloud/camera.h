@@ -1,0 +1,55 @@
+// CCamera: rotation, pan and zoom of the 3D view, and the matrices that follow from them.
+#pragma once
+
+#include "app/records/vec3d.h"
+
+#include <array>
+
+/// 4×4 matrix in single precision, column by column as OpenGL keeps them.
+typedef std::array<float, 16> Matrix4;
+
+Matrix4 identityMatrix();
+/// a·b, each sum of four products in single precision.
+Matrix4 multiplied(const Matrix4& a, const Matrix4& b);
+/// Rotation by dfAngle (degrees) about an axis of any length, as of glRotate. An axis of length 0 or that is
+/// no number gives the identity, whatever the angle.
+Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis);
+/// As of glOrtho.
+Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar);
+
+/// A direction of the mouse on the half ball that fills the widget: (x, y) in its pixels from the upper left
+/// corner, z towards the viewer. Unit length; beyond the ball's edge in the plane of the screen.
+Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight);
+
+/// Where the viewer stands.
+class CCamera {
+public:
+    float m_fZoom = 0.f;  ///< added to the half width of the view volume, Å⁻¹
+    float m_fPanX = 0.f;  ///< shift of the view volume, Å⁻¹
+    float m_fPanY = 0.f;
+    float m_fViewBound = 2.f;  ///< half width of the view volume at zoom 0, Å⁻¹
+    Matrix4 m_fRotation = identityMatrix();
+
+    bool operator==(const CCamera& other) const;
+    /// Zoom and pan 0, no rotation.
+    void reset();
+    /// Turns v towards the viewer; the rotation before it is dropped. An axis of turn doesn't exist along z:
+    /// with v along +z or -z there is no rotation at all. A v of length 0 changes nothing.
+    void viewAlong(const Vec3D& v);
+    /// Turns the scene about axis 0, 1 or 2 of the screen, degrees.
+    void rotateAroundScreen(int nAxis, double dfAngle);
+    /// Turns the scene as the ball under the mouse turns from one trackball vector to another.
+    void rotateTrackball(const Vec3D& vecFrom, const Vec3D& vecTo);
+    /// The direction of reciprocal space that points at the viewer: the third row of the rotation.
+    Vec3D viewDirection() const;
+
+    /// The view volume as of glOrtho. Not usable where isFlat().
+    Matrix4 projection() const;
+    /// The zoom has made the view volume's width 0.
+    bool isFlat() const;
+    /// Factor on sizes that keeps them in step with the zoom.
+    float sizeFactor() const;
+
+private:
+    void setRotation(const Matrix4& matrix);
+};

@@ -1,0 +1,578 @@
+#include "view3d/ed3dwidget.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QColorDialog>
+#include <QContextMenuEvent>
+#include <QLoggingCategory>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QOpenGLShaderProgram>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+Q_LOGGING_CATEGORY(g_logView3D, "tessera.view3d")
+
+void store(const Vec3D& v, float* pf)
+{
+    pf[0] = v.x;
+    pf[1] = v.y;
+    pf[2] = v.z;
+}
+
+}  // namespace
+
+ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
+{
+    setAutoBufferSwap(false);
+    setFocusPolicy(Qt::ClickFocus);
+    auto* pBackground = new QAction(tr("Background Color..."), this);
+    connect(pBackground, &QAction::triggered, this, &ED3DWidget::changeBackGroundColor);
+    addAction(pBackground);
+    auto* pGrid = new QAction(tr("Canvas Grid Color..."), this);
+    connect(pGrid, &QAction::triggered, this, &ED3DWidget::changeCanvasGridColor);
+    addAction(pGrid);
+    if (!isValid()) {  // a widget like any other: painted into the window's store
+        setAttribute(Qt::WA_PaintOnScreen, false);
+        setAttribute(Qt::WA_NoSystemBackground, false);
+        if (windowHandle())
+            windowHandle()->setSurfaceType(QSurface::RasterSurface);
+    }
+}
+
+ED3DWidget::~ED3DWidget()
+{
+    if (m_pPointProgram)
+        makeContextCurrent();
+}
+
+void ED3DWidget::setPoints(const QList<Peak3D>& listPeak)
+{
+    m_listPoint = listPeak;
+    for (const Peak3D& peak : listPeak)
+        if (peak.nID < 0) {
+            m_listPoint.clear();
+            break;
+        }
+    m_hashIdToPoint.clear();
+    m_hashIdToPoint.reserve(m_listPoint.size());
+    int nPoint = 0;
+    for (const Peak3D& peak : qAsConst(m_listPoint))
+        m_hashIdToPoint.insert(peak.nID, nPoint++);
+    m_sizeClasses = PointSizeClasses();
+    m_pfPointSize.clear();
+    m_groups.reset(m_listPoint.size());
+    setPointSizeRatio(m_dfPointSizeRatio);
+    updatePointGroups();
+}
+
+const QList<Peak3D>& ED3DWidget::points() const
+{
+    return m_listPoint;
+}
+
+void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
+{
+    QHash<int, int> hashGiven;
+    for (int i = 0; i < listPeak.size(); i++)
+        hashGiven.insert(listPeak[i].nID, i);
+    for (Peak3D& peak : m_listPoint) {
+        const auto it = hashGiven.constFind(peak.nID);
+        if (it != hashGiven.constEnd())
+            peak.setHKL(listPeak[*it].dfH, listPeak[*it].dfK, listPeak[*it].dfL);
+    }
+}
+
+void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
+{
+    m_listCell = listCell.size() == 3 ? listCell : QList<Vec3D>();
+    m_bLatticeGridValid = false;
+    update();
+}
+
+void ED3DWidget::setLatticeRange(int nH, int nK, int nL)
+{
+    m_nLatticeRangeH = nH;
+    m_nLatticeRangeK = nK;
+    m_nLatticeRangeL = nL;
+    m_bLatticeGridValid = false;
+    update();
+}
+
+void ED3DWidget::getLatticeRange(int& nH, int& nK, int& nL) const
+{
+    nH = m_nLatticeRangeH;
+    nK = m_nLatticeRangeK;
+    nL = m_nLatticeRangeL;
+}
+
+void ED3DWidget::setShowLatticePoints(bool bShow)
+{
+    m_bShowLatticePoints = bShow;
+    update();
+}
+
+bool ED3DWidget::showLatticePoints() const
+{
+    return m_bShowLatticePoints;
+}
+
+void ED3DWidget::setShowLatticeLines(bool bShow)
+{
+    m_bShowLatticeLines = bShow;
+    update();
+}
+
+bool ED3DWidget::showLatticeLines() const
+{
+    return m_bShowLatticeLines;
+}
+
+void ED3DWidget::setShowCanvasGrid(bool bShow)
+{
+    m_bShowCanvasGrid = bShow;
+    update();
+}
+
+bool ED3DWidget::showCanvasGrid() const
+{
+    return m_bShowCanvasGrid;
+}
+
+double ED3DWidget::pointSizeRatio() const
+{
+    return m_dfPointSizeRatio;
+}
+
+float ED3DWidget::pointAlpha() const
+{
+    return m_fPointAlpha;
+}
+
+float ED3DWidget::canvasGridAlpha() const
+{
+    return m_fCanvasGridAlpha;
+}
+
+void ED3DWidget::resetView()
+{
+    m_camera.reset();
+    update();
+}
+
+void ED3DWidget::viewAlong(const Vec3D& v)
+{
+    m_camera.viewAlong(v);
+    update();
+}
+
+void ED3DWidget::rotateAroundScreenX(double dfAngle)
+{
+    m_camera.rotateAroundScreen(0, dfAngle);
+    update();
+}
+
+void ED3DWidget::rotateAroundScreenY(double dfAngle)
+{
+    m_camera.rotateAroundScreen(1, dfAngle);
+    update();
+}
+
+void ED3DWidget::rotateAroundScreenZ(double dfAngle)
+{
+    m_camera.rotateAroundScreen(2, dfAngle);
+    update();
+}
+
+Vec3D ED3DWidget::getViewDirection() const
+{
+    return m_camera.viewDirection();
+}
+
+void ED3DWidget::getCamera(float* pfRotation, float& fPanX, float& fPanY, float& fZoom) const
+{
+    std::copy(m_camera.m_fRotation.begin(), m_camera.m_fRotation.end(), pfRotation);
+    fPanX = m_camera.m_fPanX;
+    fPanY = m_camera.m_fPanY;
+    fZoom = m_camera.m_fZoom;
+}
+
+void ED3DWidget::setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom)
+{
+    std::copy(pfRotation, pfRotation + 16, m_camera.m_fRotation.begin());
+    m_camera.m_fPanX = fPanX;
+    m_camera.m_fPanY = fPanY;
+    m_camera.m_fZoom = fZoom;
+    update();
+}
+
+void ED3DWidget::insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
+                                  const QColor& color)
+{
+    m_groups.insertGroup(nIndex, strLabel, listPoint, color);
+    updatePointGroups();
+}
+
+void ED3DWidget::insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId,
+                                      const QColor& color)
+{
+    QList<int> listPoint;
+    listPoint.reserve(listId.size());
+    for (int nId : listId)
+        listPoint.append(m_hashIdToPoint.value(nId, -1));
+    insertPointGroup(nIndex, strLabel, listPoint, color);
+}
+
+void ED3DWidget::removePointGroups(const QList<int>& listGroup)
+{
+    if (m_groups.removeGroups(listGroup))
+        updatePointGroups();
+}
+
+void ED3DWidget::mergePointGroups(const QList<int>& listGroup)
+{
+    if (m_groups.mergeGroups(listGroup))
+        updatePointGroups();
+}
+
+bool ED3DWidget::setGroupLabel(int nIndex, const QString& strLabel)
+{
+    return m_groups.setLabel(nIndex, strLabel);
+}
+
+bool ED3DWidget::setGroupColor(int nIndex, const QColor& color)
+{
+    if (!m_groups.setColor(nIndex, color))
+        return false;
+    updatePointGroups();
+    return true;
+}
+
+bool ED3DWidget::setGroupVisible(int nIndex, bool bVisible)
+{
+    if (!m_groups.setVisible(nIndex, bVisible))
+        return false;
+    updatePointGroups();
+    return true;
+}
+
+void ED3DWidget::clearSelection()
+{
+    m_groups.clearSelection();
+    updatePointGroups();
+}
+
+void ED3DWidget::updatePointGroups()
+{
+    if (m_groups.groupCount() == 0)
+        return;
+    m_groups.makeDisplay(m_display);
+    m_bVerticesValid = false;
+    update();
+    emit pointDisplayDataChanged(this);
+}
+
+const QStringList& ED3DWidget::groupLabels() const
+{
+    return m_groups.labels();
+}
+
+const QList<QColor>& ED3DWidget::groupColors() const
+{
+    return m_groups.colors();
+}
+
+const QList<bool>& ED3DWidget::groupsVisible() const
+{
+    return m_groups.visible();
+}
+
+const QList<QList<int>>& ED3DWidget::groupPoints() const
+{
+    return m_groups.points();
+}
+
+const QList<int>& ED3DWidget::selectedPoints() const
+{
+    return m_groups.selected();
+}
+
+QColor ED3DWidget::nextGroupColor()
+{
+    return CPointGroups::nextGroupColor();
+}
+
+void ED3DWidget::setLightIntensity(int l)
+{
+    m_fLightIntensity = float(((l - 10) * 0.02 + 0.4) / 0.4);
+    update();
+}
+
+void ED3DWidget::setLight(bool l)
+{
+    m_bLight = l;
+    update();
+}
+
+void ED3DWidget::setAspectRatio(bool a)
+{
+    m_bKeepAspect = a;
+    update();
+}
+
+void ED3DWidget::setBackgroundColor(QColor c)
+{
+    m_colorBackground = c;
+    update();
+}
+
+void ED3DWidget::setCanvasGridColor(QColor c)
+{
+    m_colorCanvasGrid = c;
+    update();
+}
+
+void ED3DWidget::setPointSizeRatio(double fRatio)
+{
+    m_dfPointSizeRatio = fRatio;
+    if (m_listPoint.isEmpty())
+        return;
+    m_pfPointSize = pointSizes(m_listPoint, fRatio);
+    m_bVerticesValid = false;
+    update();
+}
+
+void ED3DWidget::calPointSizes()
+{
+    m_sizeClasses = pointSizeClasses(m_pfPointSize, m_display.m_pbPointVisible);
+    qCDebug(g_logView3D) << "Point size range:" << m_sizeClasses.fSmallest << " - "
+                         << m_sizeClasses.fGreatest;
+    int nTotal = 0;
+    for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); k++)
+        qCDebug(g_logView3D) << "Point sizes #" << k << ":" << m_sizeClasses.m_fSizeClass[k];
+    for (size_t k = 0; k < m_sizeClasses.m_nSizeClassCount.size(); k++) {
+        nTotal += m_sizeClasses.m_nSizeClassCount[k];
+        qCDebug(g_logView3D) << k << ":" << m_sizeClasses.m_nSizeClassCount[k];
+    }
+    qCDebug(g_logView3D) << "Total:" << nTotal;
+}
+
+void ED3DWidget::setPointAlpha(float fPointAlpha)
+{
+    m_fPointAlpha = fPointAlpha;
+    m_bVerticesValid = false;
+    update();
+}
+
+void ED3DWidget::setCanvasGridAlpha(float fCanvasGridAlpha)
+{
+    m_fCanvasGridAlpha = fCanvasGridAlpha;
+    update();
+}
+
+void ED3DWidget::addSelectedPeaksAsNewGroup()
+{
+    if (m_groups.addSelectedAsNewGroup())
+        updatePointGroups();
+}
+
+void ED3DWidget::changeBackGroundColor()
+{
+    askForColor(m_colorBackground, &ED3DWidget::setBackgroundColor);
+}
+
+void ED3DWidget::changeCanvasGridColor()
+{
+    askForColor(m_colorCanvasGrid, &ED3DWidget::setCanvasGridColor);
+}
+
+// Without an event loop of its own, in which a run that pumps events would stand still.
+void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor))
+{
+    auto* pDialog = new QColorDialog(colorNow, this);
+    pDialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(pDialog, &QColorDialog::colorSelected, this, [this, pSetter](const QColor& color) {
+        if (color.isValid())
+            (this->*pSetter)(color);
+    });
+    pDialog->open();
+}
+
+void ED3DWidget::setDisplayMode(QAction*)
+{
+    clearSelection();
+}
+
+void ED3DWidget::setPlainDrawing(bool bPlain)
+{
+    m_bPlainDrawing = bPlain;
+    update();
+}
+
+// ---- Mouse and keys
+
+void ED3DWidget::mousePressEvent(QMouseEvent* pEvent)
+{
+    setFocus();
+    m_nLastMouseX = pEvent->x();
+    m_nLastMouseY = pEvent->y();
+    m_ptMousePress = pEvent->pos();
+    m_bMouseDragged = false;
+    if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ControlModifier) {
+        m_nMouseMode = ModeBand;
+        m_nBandStartX = m_nBandEndX = pEvent->x();
+        m_nBandStartY = m_nBandEndY = pEvent->y();
+    } else if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ShiftModifier) {
+        m_nMouseMode = ModePan;
+        setCursor(Qt::SizeAllCursor);
+    } else if (pEvent->button() == Qt::LeftButton) {
+        m_nMouseMode = ModeRotate;
+        store(trackballVector(pEvent->x(), pEvent->y(), width(), height()), m_fTrackball);
+        setCursor(Qt::CrossCursor);
+    } else if (pEvent->button() == Qt::RightButton) {
+        m_nMouseMode = ModeZoom;
+        setCursor(Qt::SizeVerCursor);
+    }
+}
+
+void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
+{
+    const int nMode = m_nMouseMode;
+    m_nMouseMode = ModeNone;
+    setCursor(Qt::ArrowCursor);
+    if (nMode == ModeBand) {
+        finishBand(pEvent->modifiers() & Qt::ShiftModifier);
+        update();
+    }
+    // The menu waits for the release, as a press with the right button may become a zoom.
+    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged)
+        showMenu(pEvent->globalPos());
+}
+
+void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
+{
+    clearSelection();
+}
+
+void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
+{
+    if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance())
+        m_bMouseDragged = true;
+    else if (m_nMouseMode == ModeZoom && !m_bMouseDragged)
+        return;
+    const float fX = float(pEvent->x() - m_nLastMouseX), fY = float(pEvent->y() - m_nLastMouseY);
+    const float fWidth = float(std::max(width(), 1)), fHeight = float(std::max(height(), 1));
+    m_nLastMouseX = pEvent->x();
+    m_nLastMouseY = pEvent->y();
+    switch (m_nMouseMode) {
+        case ModePan:
+            m_camera.m_fPanX += 3.f * fX / fWidth;
+            m_camera.m_fPanY -= 3.f * fY / fHeight;
+            break;
+        case ModeRotate: {
+            const Vec3D v = trackballVector(pEvent->x(), pEvent->y(), width(), height());
+            const Vec3D last{m_fTrackball[0], m_fTrackball[1], m_fTrackball[2]};
+            m_camera.rotateTrackball(last, v);
+            store(cross(last, v), m_fTrackballAxis);
+            store(v, m_fTrackball);
+            break;
+        }
+        case ModeZoom:
+            m_camera.m_fZoom += 3.f * fY / fHeight;
+            break;
+        case ModeBand:
+            m_nBandEndX = pEvent->x();
+            m_nBandEndY = pEvent->y();
+            break;
+        default:
+            return;
+    }
+    update();
+}
+
+void ED3DWidget::wheelEvent(QWheelEvent* pEvent)
+{
+    m_camera.m_fZoom -= float(pEvent->angleDelta().y()) / float(std::max(height(), 1));
+    pEvent->accept();
+    update();
+}
+
+void ED3DWidget::keyPressEvent(QKeyEvent* pEvent)
+{
+    QWidget::keyPressEvent(pEvent);
+}
+
+void ED3DWidget::keyReleaseEvent(QKeyEvent* pEvent)
+{
+    if (pEvent->key() == Qt::Key_A && pEvent->modifiers() == Qt::ControlModifier)
+        addSelectedPeaksAsNewGroup();
+    else
+        QWidget::keyReleaseEvent(pEvent);
+}
+
+void ED3DWidget::contextMenuEvent(QContextMenuEvent* pEvent)
+{
+    if (pEvent->reason() != QContextMenuEvent::Mouse)
+        showMenu(pEvent->globalPos());
+}
+
+void ED3DWidget::showMenu(const QPoint& ptGlobal)
+{
+    auto* pMenu = new QMenu(this);
+    pMenu->setAttribute(Qt::WA_DeleteOnClose);
+    pMenu->addActions(actions());
+    pMenu->popup(ptGlobal);
+}
+
+void ED3DWidget::finishBand(bool bAdd)
+{
+    if (m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY)
+        return;
+    const QList<int> listPicked = pick();
+    m_groups.select(listPicked, bAdd);
+    if (listPicked.size() == 1) {
+        const Peak3D& peak = m_listPoint.at(listPicked.first());
+        emit textMessage(QStringLiteral("ID=%L1, h.k.l.=(%L2,%L3,%L4),xyz=[%L5,%L6,%L7]; I=%L8, d=%L9, "
+                                        "No.frame=%L10, xy=(%L11,%L12)")
+                             .arg(peak.nID)
+                             .arg(peak.dfH, 0, 'f', 2)
+                             .arg(peak.dfK, 0, 'f', 2)
+                             .arg(peak.dfL, 0, 'f', 2)
+                             .arg(peak.fX3D, 0, 'f', 5)
+                             .arg(peak.fY3D, 0, 'f', 5)
+                             .arg(peak.fZ3D, 0, 'f', 5)
+                             .arg(peak.dfIPoint, 0, 'f', 1)
+                             .arg(1.0 / peak.dfDStar, 0, 'f', 3)
+                             .arg(peak.nFrame + 1)
+                             .arg(peak.dfX2D, 0, 'g')
+                             .arg(peak.dfY2D, 0, 'g'));
+    } else {
+        emit textMessage(QStringLiteral("%L1 selected").arg(listPicked.size()));
+    }
+    updatePointGroups();
+    emit selectionChanged(this);
+}
+
+QList<int> ED3DWidget::pick()
+{
+    const double dfRatio = devicePixelRatioF();
+    const auto device = [dfRatio](int n) { return int(std::lround(n * dfRatio)); };
+    int anViewport[4];
+    squareViewport(int(width() * dfRatio), int(height() * dfRatio), m_bKeepAspect, anViewport);
+    return pickPoints(cloudVertices(), m_camera,
+                      bandRegion(device(m_nBandStartX), device(m_nBandStartY), device(m_nBandEndX),
+                                 device(m_nBandEndY), anViewport));
+}
+
+const CloudVertices& ED3DWidget::cloudVertices()
+{
+    if (!m_bVerticesValid)
+        m_vertices = makeCloudVertices(m_listPoint, m_pfPointSize, m_display, m_fPointAlpha, m_fScale);
+    m_bVerticesValid = true;
+    return m_vertices;
+}

@@ -1,0 +1,16 @@
+// QuietView: keeps a widget from painting while several changes are made to it.
+#pragma once
+
+#include <QWidget>
+
+/// Updates are off while it lives, and come on again on every way out.
+class QuietView {
+public:
+    explicit QuietView(QWidget& widget) : m_widget(widget) { m_widget.setUpdatesEnabled(false); }
+    ~QuietView() { m_widget.setUpdatesEnabled(true); }
+    QuietView(const QuietView&) = delete;
+    QuietView& operator=(const QuietView&) = delete;
+
+private:
+    QWidget& m_widget;
+};

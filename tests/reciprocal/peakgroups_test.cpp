@@ -1,0 +1,107 @@
+// Peak groups: from the masks of a peak list file into the raw view, and back into the file.
+#include "reciprocal/peakgroups.h"
+
+#include "app/dataset/peaklistfile.h"
+#include "printtexts.h"
+#include "recordingreport.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+
+DataSet readList(const QByteArray& bytes)
+{
+    DataSet data;
+    data.m_listFrameFile = QStringList{"a", "b", "c", "d"};
+    CRecordingReport report;
+    EXPECT_EQ(readPeakListBytes(data, bytes, QStringLiteral("list"), report), 1)
+        << report.log().toStdString();
+    return data;
+}
+
+// The last words of the lines of the file that the data set writes.
+QStringList writtenMasks(const DataSet& data)
+{
+    const QTemporaryDir dir;
+    QFile file(dir.filePath("out.pk"));
+    EXPECT_EQ(writePeakList(data, file.fileName()), 1);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList listMask;
+    for (const QString& strLine : QString::fromLatin1(file.readAll()).split('\n', Qt::SkipEmptyParts))
+        listMask.append(strLine.section(' ', -1));
+    return listMask;
+}
+
+QList<int> ids(const QList<Peak3D>& listPeak)
+{
+    QList<int> listId;
+    for (const Peak3D& peak : listPeak)
+        listId.append(peak.nID);
+    return listId;
+}
+
+// Frames 0 and 1, each with its peaks out of order, an empty frame, and one peak on the last.
+const char g_achList[] =
+    "1 1 0  10.0 20.0 100.0 200.0 8000000000000000\n"
+    "2 0 0  11.0 20.0 100.0 200.0 4000000000000000\n"
+    "3 0 1  12.0 20.0 100.0 200.0 0000000000000000\n"
+    "4 1 1  13.0 20.0 100.0 200.0 5000000000000000\n"
+    "5 3 0  14.0 20.0 100.0 200.0 0000000000000001\n";
+
+}  // namespace
+
+TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
+{
+    DataSet data = readList(g_achList);
+    const RestoredPointGroups restored = restorePointGroups(data);
+    ASSERT_TRUE(restored.bRestored);
+    EXPECT_EQ(ids(restored.listPeakFlat), QList<int>({1, 0, 3, 4})) << "2 is in no group";
+    ASSERT_EQ(restored.listPeakFrameShown.size(), 4);
+    EXPECT_EQ(ids(restored.listPeakFrameShown[1]), QList<int>({0, 3}));
+    ASSERT_EQ(restored.listGroupPoint.size(), 64);
+    EXPECT_EQ(restored.listGroupPoint[0], QList<int>{1});
+    EXPECT_EQ(restored.listGroupPoint[1], QList<int>({0, 2}));
+    EXPECT_EQ(restored.listGroupPoint[3], QList<int>{2});
+    EXPECT_EQ(restored.listGroupPoint[63], QList<int>{3});
+
+    // All shown: groups 3 and 63 close up to 2 and 3.
+    DataSet saved = readList(g_achList);
+    updatePeakGroupsFromView(saved, restored.listPeakFlat, {{1}, {0, 2}, {2}, {3}});
+    EXPECT_EQ(writtenMasks(saved), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
+                                                "6000000000000000", "1000000000000000"}));
+
+    // The limits hide peaks 1 and 4, and a new group of one peak is all that the view has; two of its points
+    // belong to no peak.
+    Peak3D stranger = restored.listPeakFlat[1];
+    stranger.nID = 99;
+    Peak3D noFrame = restored.listPeakFlat[1];
+    noFrame.nFrame = 4;
+    updatePeakGroupsFromView(data, {restored.listPeakFlat[1], restored.listPeakFlat[2], stranger, noFrame},
+                             {{0, 2}, {1, 2, 3, 7}});
+    EXPECT_EQ(writtenMasks(data), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
+                                               "4000000000000000", "0000000000000001"}));
+
+    // Peaks without masks of their own count as in group 0, shown or not; the first of equal nID counts.
+    data.m_vecPeakGroup.removeLast();
+    EXPECT_FALSE(restorePointGroups(data).bRestored);
+    data.m_listPeakFrame[0][1].nID = 1;
+    updatePeakGroupsFromView(data, {data.m_listPeakFrame[0][1]}, {{}, {0}});
+    EXPECT_EQ(writtenMasks(data), QStringList({"4000000000000000"}) +
+                                      QVector<QString>(4, QStringLiteral("8000000000000000")).toList());
+}
+
+TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
+{
+    DataSet data = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n3 0 1 12.0 20.0 5.0\n");
+    const RestoredPointGroups restored = restorePointGroups(data);
+    ASSERT_TRUE(restored.bRestored);
+    EXPECT_EQ(ids(restored.listPeakFlat), QList<int>({0, 2, 1}));
+    EXPECT_EQ(restored.listPeakFrameShown.size(), 4);
+    EXPECT_EQ(restored.listGroupPoint, (QVector<QList<int>>(64).toList())) << "all are left to group 0";
+    updatePeakGroupsFromView(data, restored.listPeakFlat, QList<QList<int>>{QList<int>({0, 1, 2})});
+    EXPECT_EQ(writtenMasks(data), QVector<QString>(3, QStringLiteral("8000000000000000")).toList());
+    EXPECT_FALSE(restorePointGroups(DataSet()).bRestored);
+}

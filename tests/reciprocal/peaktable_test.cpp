@@ -1,0 +1,125 @@
+// Peak table: the texts of its columns and their order. A second entry runs it in a locale with decimal
+// commas.
+#include "reciprocal/peaktable.h"
+#include "printtexts.h"
+#include "reciprocal/mysortfilterproxymodel.h"
+#include "reciprocal/tablemodel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+// Read by the leak check of an address-sanitized build: without an application Qt keeps its collator to the
+// end.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:localeAwareCompare\n";
+}
+
+TEST(PeakTable, AllColumnsOfRecords)
+{
+    DataSet data;
+    data.m_dfCenterX = 500.25;
+    data.m_dfCenterY = 400.5;
+    data.m_listShift = {{0, 0}, {1.5, -2}};
+    data.m_dfRotationAxis = 30;
+    data.m_spaceGroup.setSpaceGroup(225);  // F: h, k, l all even or all odd
+
+    Peak3D absent;
+    absent.nID = 7;
+    absent.setHKL(1.02, -2.01, 2.98);
+    absent.dfIPoint = 12345.67;
+    absent.dfIntFit = 999.96;
+    absent.dfDStar = 0.16;
+    absent.nFrame = 1;
+    absent.dfFrameFit = 12.0004;
+    absent.dfHalfWidth = 1.25;
+    absent.dfX2D = 1510.75;
+    absent.dfY2D = 300.25;
+    absent.dfX2DCorrected = -1234.5;
+    absent.dfY2DCorrected = 0.126;
+    absent.nRGroup = 3;
+    Peak3D origin;
+    origin.nFrame = 0;
+    origin.dfFrameFit = 12.01;
+    origin.dfX2D = 123.4;
+    origin.dfY2D = 812.6;
+    Peak3D unindexed = origin;  // on a frame without a shift
+    unindexed.nFrame = 2;
+    unindexed.setHKL(1, 0.5, -0.94);
+    unindexed.dfFrameFit = 11.9995;
+    unindexed.dfDStar = 2;
+    Peak3D allowed = unindexed;
+    allowed.setHKL(0.96, -1, -3);
+    allowed.dfX2D = 1234567;
+
+    // Distance and angle to the axis: by the normal of the axis, and by the scalar product with it.
+    const char* apchRow[] = {
+        "7|1.02|-2.01|2.98|1|-2|3|12,345.7|1,000.0|6.25|0.160|2|12|1.25|419.4|524.3|5.6|24.4|1,510.75|300.25|"
+        "1,009.00|-98.25|-1,234.50|0.13|0|3",
+        "0|0.00|0.00|0.00|0|0|0|0.0|0.0|0.00|0.000|1|12.01|0.00|168.5|0.0|227.6|17.6|123.4|812.6|"
+        "-376.85|412.10|0.00|0.00|1|0",
+        "0|1.00|0.50|-0.94|*|*|*|0.0|0.0|0.50|2.000|3|12.00|0.00|0.0|0.0|0.0|0.0|123.4|812.6|"
+        "0.00|0.00|0.00|0.00|1|0",
+        "0|0.96|-1.00|-3.00|1|-1|-3|0.0|0.0|0.50|2.000|3|12.00|0.00|0.0|0.0|0.0|0.0|1.23457e+06|812.6|"
+        "0.00|0.00|0.00|0.00|1|0",
+    };
+    for (const bool bGerman : {false, true}) {
+        const QLocale locale(bGerman ? QLocale::German : QLocale::English);
+        const auto rows = peakTableRows({absent, origin, unindexed, allowed}, data, 0.05, locale);
+        ASSERT_EQ(rows.size(), 4);
+        for (int i = 0; i < 4; ++i) {
+            QStringList listExpected = QString::fromLatin1(apchRow[i]).split('|');
+            for (int k = 7; bGerman && k < 24; ++k)
+                if (k != 11)
+                    listExpected[k].replace(',', ';').replace('.', ',').replace(';', '.');
+            EXPECT_EQ(QStringList(rows[i].toList()).join('|'), listExpected.join('|'));
+        }
+    }
+}
+
+TEST(PeakTable, SortsByNumberOrElseByText)
+{
+    const QLocale locale = QLocale::system();
+    ASSERT_EQ(locale.decimalPoint(), QChar(qgetenv("LC_ALL").startsWith("de") ? ',' : '.'));
+    const auto number = [&](double df) { return locale.toString(df, 'f', 2); };
+    TableModel model;
+    MySortFilterProxyModel sorted;
+    sorted.setSourceModel(&model);
+    model.setDefaultAlignment(130);
+    model.setHeader({QStringLiteral("first"), QStringLiteral("second")});
+
+    // Places in the source as they have to come, from the least; a pair with "*" goes by text.
+    const struct {
+        QStringList listCell;
+        int nColumn;
+        QList<int> listOrder;
+    } aRow[] = {
+        {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, 0, {4, 1, 3, 2, 0}},
+        {{"10", "*", "9", "2"}, 1, {1, 3, 2, 0}},
+        {{"3", "2", "1"}, 1, {2, 1, 0}},  // the same column again, with other cells
+        {{number(0.5), number(0.125), number(-0.5)}, 1, {2, 1, 0}},
+    };
+    for (const auto& row : aRow) {
+        TableModel::Rows rows;
+        for (const QString& strCell : row.listCell)
+            rows.append(row.nColumn == 0 ? QVector<QString>{strCell, {}} : QVector<QString>{{}, strCell});
+        model.setRows(rows);
+        for (const Qt::SortOrder nOrder : {Qt::DescendingOrder, Qt::AscendingOrder}) {
+            sorted.sort(row.nColumn, nOrder);
+            QList<int> listPlace;
+            for (int i = 0; i < sorted.rowCount(); ++i)
+                listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
+            if (nOrder == Qt::DescendingOrder)
+                std::reverse(listPlace.begin(), listPlace.end());
+            EXPECT_EQ(listPlace, row.listOrder) << row.listCell.join(' ').toStdString();
+        }
+    }
+
+    const QModelIndex index = model.index(2, 1);
+    EXPECT_EQ(index.data().toString(), number(-0.5));
+    EXPECT_EQ(index.data(Qt::TextAlignmentRole).toInt(), 130);
+    EXPECT_FALSE(model.headerData(2, Qt::Horizontal).isValid());
+    EXPECT_EQ(sorted.headerData(1, Qt::Horizontal).toString(), QStringLiteral("second"));
+}

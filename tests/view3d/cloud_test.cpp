@@ -1,0 +1,276 @@
+#include "view3d/cloud/camera.h"
+#include "view3d/cloud/latticegrid.h"
+#include "view3d/cloud/pointgroups.h"
+#include "view3d/cloud/pointsizes.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QQuaternion>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <set>
+
+namespace {
+
+QList<Peak3D> peaksOfIntensity(const std::vector<double>& vecIntensity)
+{
+    QList<Peak3D> listPeak;
+    for (double df : vecIntensity) {
+        listPeak.append(Peak3D());
+        listPeak.last().dfIPoint = df;
+    }
+    return listPeak;
+}
+
+const double g_dfInf = std::numeric_limits<double>::infinity(), g_dfNaN = std::nan("");
+
+}  // namespace
+
+TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
+{
+    const struct {
+        std::vector<double> vecIntensity, vecX;  // x = 4000 at the greatest, 1.01 at least
+    } aRow[] = {{{800, 400, 0.3, 0.2, 0, -5}, {4000, 2000, 1.5, 1.01, 1.01, 1.01}},
+                {{7, 7, 7}, {4000, 4000, 4000}},
+                {{0, -1}, {1.01, 1.01}},
+                {{-3, -2}, {1.01, 1.01}},
+                {{g_dfInf, 5, g_dfNaN, -g_dfInf}, {4000, 4000, 1.01, 1.01}},
+                {{1e-44, 0}, {4000, 1.01}},  // 4000 over it is beyond single precision
+                {{}, {}}};
+    for (const auto& row : aRow)
+        for (double dfRatio : {2.0, 0.0, 37.5}) {
+            const std::vector<float> vecSize = pointSizes(peaksOfIntensity(row.vecIntensity), dfRatio);
+            ASSERT_EQ(vecSize.size(), row.vecX.size());
+            for (size_t i = 0; i < vecSize.size(); i++) {
+                const double df = 0.1 * dfRatio * std::pow(std::log(row.vecX[i]), 2);
+                EXPECT_NEAR(vecSize[i], df, 2e-6 * std::max(df, 1.0)) << &row - aRow << ' ' << i;
+                EXPECT_EQ(vecSize[i] > 0, dfRatio > 0);
+            }
+        }
+    EXPECT_NEAR(pointSizes(peaksOfIntensity({4000, 0}), 1)[1], 9.9007e-6, 1e-9);  // tiny, not 0
+
+    // 64 classes from 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
+    const PointSizeClasses classes = pointSizeClasses({3, 0.5, 99, 40, 13.4f, 14}, {1, 1, 0, 1, 1, 1});
+    EXPECT_NEAR(classes.m_fSizeClass[21], 0.5 + 39.5 / 3, 1e-5);
+    const std::pair<size_t, std::vector<int>> aClass[] = {
+        {3, {0}}, {0, {1}}, {63, {3}}, {20, {4}}, {21, {5}}};
+    for (const auto& row : aClass)
+        EXPECT_EQ(classes.m_pnSizeClass[row.first], row.second) << row.first;
+    EXPECT_EQ(pointSizeClasses({3, 3}, {1, 1}).m_pnSizeClass[0], (std::vector<int>{0, 1}));
+}
+
+TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
+{
+    const int nPoints = 150;
+    std::mt19937 random(11);
+    CPointGroups groups;
+    groups.reset(nPoints);
+    std::vector<std::set<int>> vecTruth(1);  // members of groups 1 and on
+    const auto check = [&](const char* pcStep) {
+        SCOPED_TRACE(pcStep);
+        PointDisplay display;
+        groups.makeDisplay(display);
+        ASSERT_EQ(groups.groupCount(), int(vecTruth.size()));
+        QList<int> listFree;
+        for (int i = 0; i < nPoints; i++) {
+            int anSum[3] = {}, nShown = 0;
+            bool bFree = true;
+            for (size_t k = vecTruth.size(); k-- > 0;) {
+                if (k > 0 ? !vecTruth[k].count(i) : !bFree)
+                    continue;
+                bFree = k == 0;
+                const QColor color = groups.visible()[int(k)] ? groups.colors()[int(k)] : QColor(Qt::black);
+                nShown += groups.visible()[int(k)];
+                anSum[0] += color.red();
+                anSum[1] += color.green();
+                anSum[2] += color.blue();
+            }
+            if (bFree)
+                listFree.append(i);
+            const bool bSelected = groups.selected().contains(i);
+            const size_t n = size_t(i);
+            ASSERT_EQ(bool(display.m_pbPointVisible[n]), nShown > 0 || bSelected) << i;
+            const float afShown[3] = {display.m_pfRed[n], display.m_pfGreen[n], display.m_pfBlue[n]};
+            for (int c = 0; c < 3; c++) {
+                const int nExpected = bSelected ? (c == 0 ? 255 : 0) : anSum[c] / std::max(nShown, 1);
+                ASSERT_FLOAT_EQ(afShown[c] * 255, nExpected) << i;
+            }
+        }
+        EXPECT_EQ(groups.points()[0], listFree);
+    };
+    check("new");
+    for (int k = 1; k <= 5; k++) {
+        QList<int> listPoint{-1, nPoints, 7, 7};  // strangers and a second mention
+        vecTruth.push_back({7});
+        for (int n = 0; n < 40; n++) {
+            listPoint.append(int(random() % nPoints));
+            vecTruth.back().insert(listPoint.last());
+        }
+        groups.insertGroup(99, QString::number(k), listPoint, QColor::fromRgb(random() | 0xff000000));
+        EXPECT_EQ(groups.points()[k].size(), int(vecTruth.back().size()));
+    }
+    check("inserted");
+    EXPECT_TRUE(groups.setVisible(2, false) && groups.setVisible(0, false) && groups.setVisible(4, false));
+    EXPECT_FALSE(groups.setVisible(6, false) || groups.setColor(-1, Qt::red) || groups.setLabel(6, "z"));
+    check("hidden");
+    groups.select({3, 140, 64, 900}, false);
+    groups.select({5}, true);
+    EXPECT_EQ(groups.selected(), (QList<int>{3, 5, 64, 140}));
+    check("selected");
+    EXPECT_FALSE(groups.mergeGroups({3, 3}));
+    EXPECT_TRUE(groups.mergeGroups({5, 2}));
+    vecTruth[2].insert(vecTruth[5].begin(), vecTruth[5].end());
+    vecTruth.pop_back();
+    EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "1", "2", "3", "4"}));
+    check("merged");
+    EXPECT_TRUE(groups.removeGroups({0, 1, 3}));
+    vecTruth = {{}, vecTruth[2], vecTruth[4]};
+    EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "2", "4"}));
+    check("removed");
+    // With group 0: its points and those of the other stand in what was group 0, under the merged one.
+    EXPECT_TRUE(groups.mergeGroups({2, 0}));
+    EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "Unlabeled", "2"}));
+    EXPECT_TRUE(groups.points()[0].isEmpty());
+    EXPECT_EQ(groups.points()[1].size(), nPoints - int(vecTruth[1].size()));
+
+    groups.reset(2);
+    // Nothing selected: neither a colour nor a number is used up.
+    EXPECT_FALSE(groups.addSelectedAsNewGroup());
+    for (auto eColor : {Qt::green, Qt::blue, Qt::yellow, Qt::gray, Qt::darkMagenta, Qt::cyan, Qt::magenta,
+                        Qt::darkCyan, Qt::darkYellow, Qt::green}) {
+        groups.select({1}, false);
+        EXPECT_TRUE(groups.addSelectedAsNewGroup());
+        EXPECT_EQ(groups.colors().last(), QColor(eColor));
+        EXPECT_EQ(groups.labels().last(), QStringLiteral("Label%1").arg(groups.groupCount() - 2));
+        EXPECT_TRUE(groups.selected().isEmpty());
+    }
+}
+
+TEST(Camera, TurnsAsQuaternionsDo)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
+    const auto expectRotation = [](const CCamera& camera, const QQuaternion& quaternion, double dfTolerance) {
+        const QMatrix3x3 matrix = quaternion.toRotationMatrix();
+        for (int r = 0; r < 3; r++)
+            for (int c = 0; c < 3; c++)
+                ASSERT_NEAR(camera.m_fRotation[size_t(4 * c + r)], matrix(r, c), dfTolerance)
+                    << r << ' ' << c;
+    };
+    CCamera camera;
+    QQuaternion turned;
+    const int nW = 611, nH = 400;
+    for (int n = 0; n < 300; n++) {
+        const int nAxis = int(random() % 3);
+        const float fAngle = 90 * uniform(random);
+        camera.rotateAroundScreen(nAxis, fAngle);
+        turned = QQuaternion::fromAxisAndAngle(nAxis == 0, nAxis == 1, nAxis == 2, fAngle) * turned;
+        const int nX = int(random() % nW), nY = int(random() % nH);
+        const Vec3D v1 = trackballVector(nX, nY, nW, nH), v2 = trackballVector(nX + 9, nY - 5, nW, nH);
+        const QVector3D q1(v1.x, v1.y, v1.z), q2(v2.x, v2.y, v2.z);
+        camera.rotateTrackball(v1, v2);
+        camera.rotateTrackball(v2, v2);
+        turned =
+            QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) * turned;
+        turned.normalize();
+        expectRotation(camera, turned, 2e-4);
+    }
+    for (int n = 0; n < 50; n++) {
+        const Vec3D v{uniform(random), uniform(random), 0.05f * uniform(random)};
+        camera.viewAlong(v);
+        const Vec3D direction = camera.viewDirection();
+        EXPECT_LT(length(direction - scaled(v, 1 / length(v))), 1e-6);
+        expectRotation(camera, QQuaternion::rotationTo({v.x, v.y, v.z}, {0, 0, 1}), 1e-5);
+    }
+    for (const Vec3D& v : {Vec3D{0, 0, 0.2f}, Vec3D{0, 0, -0.2f}}) {  // no axis to turn about
+        camera.viewAlong(v);
+        EXPECT_EQ(camera.m_fRotation, identityMatrix());
+    }
+    camera.viewAlong({1, 0, 0});
+    const Matrix4 before = camera.m_fRotation;
+    camera.viewAlong({0, 0, 0});
+    camera.viewAlong({float(g_dfNaN), 0, 1});
+    camera.rotateAroundScreen(1, g_dfInf);
+    EXPECT_EQ(camera.m_fRotation, before);
+
+    const Vec3D centre = trackballVector(100, 50, 200, 100), corner = trackballVector(0, 0, 200, 100);
+    EXPECT_LT(length(centre - Vec3D{0, 0, 1}) + length(corner - Vec3D{-M_SQRT1_2, M_SQRT1_2, 0}), 1e-6);
+    // Half way to the right edge: (1/2, 0, cos 45°), made a unit vector.
+    EXPECT_LT(
+        length(trackballVector(150, 50, 200, 100) - scaledDouble({0.5f, 0, M_SQRT1_2}, std::sqrt(4 / 3.))),
+        1e-6);
+    camera.m_fZoom = -camera.m_fViewBound;
+    EXPECT_TRUE(camera.isFlat());
+}
+
+TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
+{
+    const QList<Vec3D> listCell{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
+    CCamera camera;
+    const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anNone[3] = {0, -4, 0};
+    LatticeGrid grid = makeLatticeGrid(listCell, anSmall, 2.f, camera);
+    EXPECT_EQ(grid.vecPoint.size(), 35u);
+    EXPECT_EQ(grid.vecLine[2].size(), 70u);
+    EXPECT_LT(length(grid.vecLine[0][1] - grid.vecLine[0][0] + scaled(listCell[0], 8)), 1e-6);  // +H to -H
+    EXPECT_EQ(makeLatticeGrid(listCell, anNone, 1.f, camera).vecPoint.size(), 1u);
+    EXPECT_TRUE(makeLatticeGrid({{1, 0, 0}}, anSmall, 1.f, camera).vecPoint.empty());
+
+    camera.viewAlong({1, 2, 3});
+    camera.m_fPanX = -1.1f;
+    camera.m_fZoom = -1.2f;
+    grid = makeLatticeGrid(listCell, anGreat, 1.f, camera);
+    const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
+    std::set<std::vector<int>> setDrawn;
+    const auto key = [](const Vec3D& v) {
+        return std::vector<int>{int(std::lround(v.x * 1e4)), int(std::lround(v.y * 1e4)),
+                                int(std::lround(v.z * 1e4))};
+    };
+    for (const Vec3D& v : grid.vecPoint)
+        setDrawn.insert(key(v));
+    size_t nSeen = 0;
+    for (int h = -60; h <= 60; h++)
+        for (int k = -50; k <= 50; k++)
+            for (int l = -40; l <= 40; l++) {
+                const Vec3D v = scaled(listCell[0], h) + scaled(listCell[1], k) + scaled(listCell[2], l);
+                bool bSeen = true;
+                for (size_t r = 0; r < 3; r++)
+                    bSeen = bSeen && std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) < 1.f;
+                nSeen += bSeen;
+                ASSERT_TRUE(!bSeen || setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;
+            }
+    EXPECT_GT(nSeen, 5000u);
+    EXPECT_LT(setDrawn.size(), 2 * nSeen);
+
+    // A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn,
+    // but never less of a greater range.
+    const Vec3D a = listCell[0], b = listCell[1], c = listCell[2];
+    const QList<QList<Vec3D>> listDense{{{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
+                                        {{0.008f, 0, 0}, {0.001f, 0.009f, 0}, {0, 0, 0.005f}},
+                                        {a, b, c},
+                                        {a, b, scaled(c, 0.01f)},
+                                        {a, b, a}};
+    for (const QList<Vec3D>& list : listDense) {
+        size_t nPoints = 0, nLines = 0;
+        for (int n : {33, 40, 41, 62, 63, 150, 159, 1000}) {
+            const int anRange[3] = {n, n, n};
+            QElapsedTimer timer;
+            timer.start();
+            grid = makeLatticeGrid(list, anRange, 1.f, CCamera());
+            EXPECT_LT(timer.elapsed(), 3000);
+            if (&list == &listDense[0] && n <= 40) {
+                EXPECT_EQ(grid.vecPoint.size(), std::pow(2 * n + 1, 3));
+                EXPECT_EQ(grid.vecLine[1].size(), 2 * std::pow(2 * n + 1, 2));
+            }
+            EXPECT_GE(grid.vecPoint.size(), nPoints) << n;
+            EXPECT_GE(grid.vecLine[2].size(), nLines) << n;
+            nPoints = grid.vecPoint.size();
+            nLines = grid.vecLine[2].size();
+            EXPECT_LE(nPoints, size_t(g_nMostLatticePoints));
+            EXPECT_LE(nLines, 2u * g_nMostLatticeLines);
+        }
+    }
+    EXPECT_TRUE(makeLatticeGrid({a, b, {float(g_dfInf), 0, 0}}, anGreat, 1.f, CCamera()).vecPoint.empty());
+}

@@ -1,0 +1,501 @@
+#include "view3d/ed3dwidget.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <GL/glu.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+Peak3D peakAt(float x, float y, float z, double dfIntensity, int nId)
+{
+    Peak3D peak;
+    peak.setPoint({x, y, z});
+    peak.dfIPoint = dfIntensity;
+    peak.dfDStar = length(peak.point());
+    peak.nID = nId;
+    return peak;
+}
+
+QList<Peak3D> randomPeaks(int nCount)
+{
+    std::mt19937 random(17);
+    std::normal_distribution<float> normal(0.f, 0.7f);
+    QList<Peak3D> listPeak;
+    for (int i = 0; i < nCount; i++) {
+        const float x = normal(random), y = normal(random), z = normal(random);
+        listPeak.append(peakAt(x, y, z, std::exp(2.0 * normal(random)), i));
+    }
+    return listPeak;
+}
+
+// The cloud drawn and picked the plain way, by the fixed pipeline and the matrix stack alone.
+class PlainCloud : public QGLWidget {
+public:
+    QList<Peak3D> m_listPoint;
+    std::vector<QColor> m_vecColor;
+    float m_afCamera[3] = {0, 0, 0};  // pan x, pan y, zoom
+    float m_afTurn[4] = {0, 0, 0, 1};
+    double m_dfRatio = 2;
+
+    explicit PlainCloud(QWidget* pParent) : QGLWidget(pParent) { setAutoBufferSwap(false); }
+    Matrix4 rotation()
+    {
+        Matrix4 matrix;
+        makeCurrent();
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glRotatef(m_afTurn[0], m_afTurn[1], m_afTurn[2], m_afTurn[3]);
+        glGetFloatv(GL_MODELVIEW_MATRIX, matrix.data());
+        return matrix;
+    }
+    QImage picture()
+    {
+        makeCurrent();
+        swapBuffers();  // takes up the size
+        draw();
+        return grabFrameBuffer();
+    }
+    QList<int> hits(const QLine& band)
+    {
+        makeCurrent();
+        const int r = devicePixelRatio();
+        m_vecBand = {band.x1() * r, band.y1() * r, band.x2() * r, band.y2() * r};
+        std::vector<GLuint> vecHit(size_t(m_listPoint.size()) * 4);
+        glSelectBuffer(GLsizei(vecHit.size()), vecHit.data());
+        glRenderMode(GL_SELECT);
+        glInitNames();
+        glPushName(0);
+        draw();
+        const int nHits = glRenderMode(GL_RENDER);
+        m_vecBand.clear();
+        QList<int> listName;
+        for (int i = 0; i < nHits; i++)
+            listName.append(int(vecHit[size_t(i) * 4 + 3]));
+        return listName;
+    }
+
+private:
+    std::vector<GLint> m_vecBand;  // start and end, device pixels; empty while not picking
+
+    void draw()
+    {
+        const int r = devicePixelRatio(), w = width() * r, h = height() * r, s = std::max(w, h);
+        glViewport((w - s) / 2, (h - s) / 2, s, s);
+        glClearColor(0, 0, 0, 1);
+        glClear(GL_COLOR_BUFFER_BIT);
+        glEnable(GL_POINT_SMOOTH);
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        rotation();
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        GLint anViewport[4];
+        glGetIntegerv(GL_VIEWPORT, anViewport);
+        if (!m_vecBand.empty())
+            gluPickMatrix((m_vecBand[0] + m_vecBand[2]) / 2,
+                          2 * anViewport[1] + anViewport[3] - (m_vecBand[1] + m_vecBand[3]) / 2,
+                          abs(m_vecBand[2] - m_vecBand[0]), abs(m_vecBand[3] - m_vecBand[1]), anViewport);
+        const float x = m_afCamera[0], y = m_afCamera[1], z = m_afCamera[2];
+        glOrtho(-2 - x - z, 2 - x + z, -2 - y - z, 2 - y + z, -2, 2);
+        glMatrixMode(GL_MODELVIEW);
+        double dfGreatest = 0;
+        for (const Peak3D& peak : m_listPoint)
+            dfGreatest = std::max(dfGreatest, peak.dfIPoint);
+        for (int i = 0; i < m_listPoint.size(); i++) {
+            const double dfLog = std::log(std::max(4000 / dfGreatest * m_listPoint[i].dfIPoint, 1.01));
+            const QColor& color = m_vecColor[size_t(i)];
+            if (!color.isValid())
+                continue;
+            glPointSize(float(r * 2 / std::abs(2 + z) * dfLog * m_dfRatio * dfLog * 0.1));
+            glColor4f(float(color.redF()), float(color.greenF()), float(color.blueF()), 0.8f);
+            glLoadName(GLuint(i));
+            glBegin(GL_POINTS);
+            glVertex3f(m_listPoint[i].fX3D, m_listPoint[i].fY3D, m_listPoint[i].fZ3D);
+            glEnd();
+        }
+    }
+};
+
+class View3D : public testing::Test {
+protected:
+    QWidget m_window;
+    ED3DWidget m_view;
+    const int m_nW = 500, m_nH = 400;
+
+    void SetUp() override
+    {
+        if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+            GTEST_SKIP() << "no OpenGL on this platform";
+        ASSERT_TRUE(m_view.isValid());
+        m_window.resize(m_nW, m_nH);
+        m_view.setParent(&m_window);  // a window of its own until now
+        m_view.setGeometry(0, 0, m_nW, m_nH);
+        m_view.setShowCanvasGrid(false);
+        m_window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_window));
+    }
+    QImage picture() { return m_view.grabFrameBuffer(); }
+    // A pixel of the widget.
+    static QColor at(const QImage& image, double dfX, double dfY)
+    {
+        return image.pixelColor(int(dfX * image.devicePixelRatio()), int(dfY * image.devicePixelRatio()));
+    }
+    // A place of the scene, where neither rotation nor pan nor zoom has changed the view.
+    QColor atScene(const QImage& image, double dfX, double dfY) const
+    {
+        return at(image, m_nW / 2. + dfX * m_nW / 4., m_nH / 2. - dfY * m_nW / 4.);
+    }
+    // Brightest channel sum on a short path across a line.
+    int brightest(const QImage& image, double dfX, double dfY) const
+    {
+        int nBest = 0;
+        for (int i = -1; i <= 1; i++)
+            for (int j = -1; j <= 1; j++) {
+                const QColor c = atScene(image, dfX + i * 4. / m_nW, dfY + j * 4. / m_nW);
+                nBest = std::max(nBest, c.red() + c.green() + c.blue());
+            }
+        return nBest;
+    }
+    static double litArea(const QImage& image, const QRect& rect)
+    {
+        const int r = int(image.devicePixelRatio());
+        double dfSum = 0;
+        for (int y = rect.top() * r; y < (rect.bottom() + 1) * r; y++)
+            for (int x = rect.left() * r; x < (rect.right() + 1) * r; x++)
+                dfSum += image.pixelColor(x, y).green() / 255.;
+        return dfSum / (r * r);
+    }
+    void mouse(QEvent::Type eType, const QPoint& pt, Qt::MouseButton eButton, Qt::KeyboardModifiers modifiers)
+    {
+        const bool bMove = eType == QEvent::MouseMove;
+        QMouseEvent event(eType, pt, m_view.mapToGlobal(pt), bMove ? Qt::NoButton : eButton,
+                          eType == QEvent::MouseButtonRelease ? Qt::NoButton : eButton, modifiers);
+        QApplication::sendEvent(&m_view, &event);
+    }
+    void drag(const QPoint& ptFrom, const QPoint& ptTo, Qt::KeyboardModifiers modifiers,
+              Qt::MouseButton eButton = Qt::LeftButton)
+    {
+        mouse(QEvent::MouseButtonPress, ptFrom, eButton, modifiers);
+        mouse(QEvent::MouseMove, ptTo, eButton, modifiers);
+        mouse(QEvent::MouseButtonRelease, ptTo, eButton, modifiers);
+    }
+};
+
+}  // namespace
+
+TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
+{
+    m_view.setBackgroundColor(QColor(10, 20, 30));
+    EXPECT_EQ(at(picture(), 3, 3), QColor(10, 20, 30));
+    m_view.setBackgroundColor(Qt::black);
+
+    m_view.setPoints(
+        {peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // the second lies behind
+    m_view.setPointAlpha(1.f);
+    const QRect rectPoint(250 + 62 - 30, 200 + 37 - 30, 61, 61);
+    const struct {
+        double dfRatio, dfDiameter;  // 0.1·ln²(4000)·ratio
+    } aRow[] = {{2, 13.758}, {4, 27.517}, {1, 6.879}};
+    for (const auto& row : aRow) {
+        m_view.setPointSizeRatio(row.dfRatio);
+        const double dfArea = M_PI / 4 * row.dfDiameter * row.dfDiameter;
+        EXPECT_NEAR(litArea(picture(), rectPoint), dfArea, 0.05 * dfArea) << row.dfRatio;
+    }
+    EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::white));
+    EXPECT_EQ(atScene(picture(), -1, 0), QColor(Qt::black));
+    const Matrix4 identity = identityMatrix();
+    m_view.setPointSizeRatio(4);
+    m_view.setCamera(identity.data(), 0, 0, 2);  // half as large, at half the distance
+    EXPECT_NEAR(litArea(picture(), rectPoint.translated(-31, -18)), M_PI / 4 * 13.758 * 13.758, 8);
+    m_view.setCamera(identity.data(), -0.5f, 0.3f, 0);
+    EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::white));
+    m_view.setCamera(identity.data(), 0, 0, -2);  // a view volume of no width
+    EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::black));
+    m_view.resetView();
+    m_view.setPointAlpha(0.5f);
+    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());  // Mesa draws larger ones too bright inside
+    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).blue(), 127, 1);
+    m_view.setPointAlpha(0.f);
+    EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::black));
+    m_view.viewAlong({1, 0, 0});
+    m_view.setPointAlpha(1.f);
+    EXPECT_EQ(atScene(picture(), -1.9, -0.3), QColor(Qt::white));
+
+    // The axes cross, 60 pixels from the corner and 50 long, turns counterclockwise with the scene.
+    m_view.setPoints({});
+    m_view.resetView();
+    for (int nTurn : {0, 1}) {
+        const QImage image = picture();
+        int anLit[2] = {0, 0}, nLetter = 0;
+        for (int i = 5; i < 60; i++)
+            for (int j = -1; j <= 1; j++)
+                for (int nAxis : {0, 1}) {
+                    const int n = nTurn + nAxis;  // right, up, left
+                    const int nX = n == 0 ? i : n == 1 ? j : -i, nY = n == 1 ? -i : j;
+                    const QColor color = at(image, 60 + nX, m_nH - 60 + nY);
+                    anLit[nAxis] += color == QColor(nAxis == 0 ? Qt::red : Qt::green);
+                }
+        EXPECT_NEAR(anLit[0], 45, 2) << nTurn;
+        EXPECT_NEAR(anLit[1], 45, 2) << nTurn;
+        for (int i = 0; i < 12; i++)
+            for (int j = -8; j < 8; j++)
+                nLetter += at(image, (nTurn ? 60 : 115) + i, m_nH - (nTurn ? 115 : 60) + j).blue() > 150;
+        EXPECT_GT(nLetter, 8) << nTurn;
+        m_view.rotateAroundScreenZ(90);
+    }
+
+    // The grid keeps still while the scene turns; each fifth line is bold.
+    m_view.setShowCanvasGrid(true);
+    m_view.setCanvasGridColor(QColor(0, 100, 0));
+    m_view.setCanvasGridAlpha(0.4f);
+    QImage image = picture();
+    EXPECT_NEAR(brightest(image, 0.5, 0.15), 60, 2);
+    EXPECT_NEAR(brightest(image, -0.3, 0.15), 40, 2);
+    EXPECT_EQ(brightest(image, 0.15, 0.15), 0);
+    m_view.setShowCanvasGrid(false);
+
+    m_view.resetView();
+    m_view.setLattice({{0.5f, 0, 0}, {0, 0.4f, 0}, {0, 0, 0.3f}});
+    m_view.setShowLatticePoints(true);
+    m_view.setLatticeRange(2, 1, 0);
+    image = picture();
+    EXPECT_EQ(atScene(image, 1, 0.4), QColor(Qt::green));
+    EXPECT_EQ(atScene(image, 1, 0.8), QColor(Qt::black));
+    EXPECT_EQ(brightest(image, 0.75, 0.4), 0);
+    m_view.setShowLatticeLines(true);
+    image = picture();
+    EXPECT_NEAR(brightest(image, -0.75, 0.4), 127, 1);  // along a*
+    EXPECT_NEAR(brightest(image, -0.5, 0.2), 127, 1);   // along b*
+    EXPECT_EQ(atScene(image, 0.25, 0), QColor(Qt::red));
+    EXPECT_EQ(brightest(image, -0.5, 0.6), 0);
+    m_view.setLattice({{1, 0, 0}});
+    EXPECT_EQ(atScene(picture(), 0.5, 0), QColor(Qt::black));
+}
+
+TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
+{
+    PlainCloud plain(&m_window);
+    plain.setGeometry(0, 0, m_nW, m_nH);
+    plain.show();
+    QTest::qWait(50);
+    plain.m_listPoint = randomPeaks(4000);
+    plain.m_vecColor.resize(4000);  // none: hidden
+    m_view.setPoints(plain.m_listPoint);
+    QList<int> listEven, listThird;
+    for (int i = 0; i < 4000; i++) {
+        if (i % 2 == 0)
+            listEven.append(i);
+        if (i % 3 == 0)
+            listThird.append(i);
+        const bool bGreen = i % 3 == 0, bRed = i % 2 == 0;
+        if (bGreen || bRed)
+            plain.m_vecColor[size_t(i)] = bGreen && bRed ? QColor(127, 127, 0) : bRed ? Qt::red : Qt::green;
+    }
+    m_view.insertPointGroup(1, "even", listEven, Qt::red);
+    m_view.insertPointGroupById(2, "third", listThird, Qt::green);
+    m_view.setGroupVisible(0, false);
+    const QRect rectCross(0, (m_nH - 130) * m_view.devicePixelRatio(), 140 * m_view.devicePixelRatio(), 9999);
+    const float aafCase[3][8] = {
+        {0, 0, 0, 0, 0, 0, 1, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
+    for (const auto& row : aafCase) {
+        std::copy(row, row + 4, plain.m_afTurn);
+        std::copy(row + 4, row + 7, plain.m_afCamera);
+        plain.m_dfRatio = row[7];
+        m_view.setPointSizeRatio(row[7]);
+        const Matrix4 rotation = rotationMatrix(row[0], {row[1], row[2], row[3]});
+        for (size_t i = 0; i < 16; i++)
+            EXPECT_NEAR(rotation[i], plain.rotation()[i], 1e-6);
+        m_view.setCamera(rotation.data(), row[4], row[5], row[6]);
+        const QImage expected = plain.picture();
+        for (bool bPlain : {false, true}) {
+            m_view.setPlainDrawing(bPlain);
+            const QImage image = picture();
+            ASSERT_EQ(image.size(), expected.size());
+            int nDifferent = 0, nLit = 0, nAll = 0;
+            for (int y = 0; y < image.height(); y++)
+                for (int x = 0; x < image.width(); x++) {
+                    if (rectCross.contains(x, y))
+                        continue;
+                    const QColor a = image.pixelColor(x, y), b = expected.pixelColor(x, y);
+                    nAll++;
+                    nLit += b != QColor(Qt::black);
+                    nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
+                                  abs(a.blue() - b.blue()) > 2;
+                }
+            EXPECT_LE(nDifferent, nAll / 1000) << row[0] << ' ' << bPlain;
+            EXPECT_GT(nLit, nAll / 50);
+        }
+        for (const QLine& band : {QLine(100, 90, 333, 251), QLine(301, 250, 200, 199),
+                                  QLine(250, 10, 251, 390), QLine(0, 0, 499, 399)}) {
+            drag(band.p1(), band.p2(), Qt::ControlModifier);
+            const QList<int> listHit = plain.hits(band);
+            EXPECT_EQ(m_view.selectedPoints(), listHit) << band.x2();
+            EXPECT_TRUE(!listHit.isEmpty() || band.dx() == 1);
+        }
+        m_view.clearSelection();
+    }
+}
+
+TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
+{
+    // At (250 + 125·x, 200 - 125·y) of the widget.
+    QList<Peak3D> listPeak{peakAt(0, 0, 0, 1, 5), peakAt(0.8f, 0, 0.5f, 1, 9),
+                           peakAt(0.8f, 0.08f, 0, 1234.5, 2500)};
+    listPeak[2].nFrame = 11;
+    listPeak[2].dfX2D = 1024.5;
+    listPeak[2].dfY2D = 3;
+    m_view.setPoints(listPeak);
+    Peak3D indexed = listPeak[2];
+    indexed.setHKL(1, -2, 3.456);
+    m_view.setIndices({indexed});
+    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
+    QSignalSpy spyText(&m_view, &ED3DWidget::textMessage),
+        spyData(&m_view, &ED3DWidget::pointDisplayDataChanged),
+        spySelection(&m_view, &ED3DWidget::selectionChanged);
+    const char* pcFirst =
+        "ID=5, h.k.l.=(0.00,0.00,0.00),xyz=[0.00000,0.00000,0.00000]; I=1.0, d=inf, No.frame=0, xy=(0,0)";
+    const char* pcThird =
+        "ID=2,500, h.k.l.=(1.00,-2.00,3.46),xyz=[0.80000,0.08000,0.00000]; I=1,234.5, "
+        "d=1.244, No.frame=12, xy=(1,024.5,3)";
+    const Qt::KeyboardModifiers control = Qt::ControlModifier, both = control | Qt::ShiftModifier;
+    const struct {
+        QPoint ptFrom, ptTo;
+        Qt::KeyboardModifiers modifiers;
+        QList<int> listSelected;
+        const char* pcText;  // null: nothing happens
+    } aRow[] = {{{240, 190}, {260, 210}, control, {0}, pcFirst},
+                {{340, 180}, {360, 180}, control, {0}, nullptr},
+                {{340, 180}, {340, 250}, control, {0}, nullptr},
+                {{360, 230}, {340, 180}, both, {0, 1, 2}, "2 selected"},
+                {{345, 185}, {355, 195}, control, {2}, pcThird},
+                {{100, 100}, {140, 140}, control, {}, "0 selected"},
+                {{0, 0}, {499, 399}, control, {0, 1, 2}, "3 selected"}};
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    for (const auto& row : aRow) {
+        spyText.clear();
+        spyData.clear();
+        spySelection.clear();
+        drag(row.ptFrom, row.ptTo, row.modifiers);
+        EXPECT_EQ(m_view.selectedPoints(), row.listSelected) << &row - aRow;
+        const int nExpected = row.pcText ? 1 : 0;
+        EXPECT_EQ(spyData.count(), nExpected);
+        EXPECT_EQ(spySelection.count(), nExpected);
+        ASSERT_EQ(spyText.count(), nExpected);
+        if (row.pcText) {
+            EXPECT_EQ(spyText[0][0].toString().toStdString(), row.pcText);
+        }
+    }
+    EXPECT_EQ(atScene(picture(), 0.8, 0.08), QColor(204, 0, 0));
+
+    // The band itself: dashes of yellow on its edges, only while it is drawn.
+    mouse(QEvent::MouseButtonPress, {300, 100}, Qt::LeftButton, Qt::ControlModifier);
+    mouse(QEvent::MouseMove, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
+    const auto countYellow = [&] {
+        const QImage image = picture();
+        int nYellow = 0;
+        for (int x = 300; x < 420; x++)
+            for (int j : {-1, 0, 1})
+                nYellow += at(image, x, 160 + j) == QColor(204, 204, 0);
+        return nYellow;
+    };
+    EXPECT_NEAR(countYellow(), 60, 6);
+    mouse(QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_EQ(countYellow(), 0);
+
+    drag({0, 0}, {300, 399}, Qt::ControlModifier);
+    QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(m_view.groupLabels().size(), 1);
+    QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier);  // nothing is selected any more
+    EXPECT_EQ(m_view.groupPoints(), (QList<QList<int>>{{1, 2}, {0}}));
+    drag({0, 0}, {499, 399}, Qt::ControlModifier);
+    mouse(QEvent::MouseButtonDblClick, {10, 10}, Qt::LeftButton, Qt::NoModifier);
+    EXPECT_TRUE(m_view.selectedPoints().isEmpty());
+    EXPECT_EQ(m_view.groupLabels().size(), 2);
+
+    float afRotation[16], fPanX, fPanY, fZoom;
+    mouse(QEvent::MouseButtonPress, {250, 200}, Qt::LeftButton, Qt::NoModifier);
+    EXPECT_EQ(m_view.cursor().shape(), Qt::CrossCursor);
+    mouse(QEvent::MouseMove, {375, 200}, Qt::LeftButton, Qt::NoModifier);
+    // From (0, 0, 1) to the unit vector along (1/2, 0, cos 45°), by 60 degrees a unit of their distance.
+    const double dfX = 0.5 / std::sqrt(0.75), dfZ = std::sqrt(0.5 / 0.75);
+    const double dfAngle = M_PI / 3 * std::hypot(dfX, 1 - dfZ);
+    EXPECT_NEAR(m_view.getViewDirection().x, -std::sin(dfAngle), 1e-6);
+    EXPECT_NEAR(m_view.getViewDirection().z, std::cos(dfAngle), 1e-6);
+    mouse(QEvent::MouseButtonRelease, {375, 200}, Qt::LeftButton, Qt::NoModifier);
+    EXPECT_EQ(m_view.cursor().shape(), Qt::ArrowCursor);
+    drag({10, 10}, {60, 30}, Qt::ShiftModifier);
+    drag({10, 10}, {99, 50}, Qt::NoModifier, Qt::RightButton);
+    QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&m_view, &wheel);
+    m_view.setPoints({});  // the camera outlives the points
+    m_view.getCamera(afRotation, fPanX, fPanY, fZoom);
+    EXPECT_FLOAT_EQ(fPanX, 0.3f);
+    EXPECT_FLOAT_EQ(fPanY, -0.15f);
+    EXPECT_NEAR(fZoom, 3 * 40 / 400. - 240 / 400., 1e-6);
+    EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(),
+              "Background Color...Canvas Grid Color...");
+}
+
+// Runs on a platform without OpenGL too: there it is the view of a machine that has none.
+TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
+{
+    const float fInf = std::numeric_limits<float>::infinity(), fNaN = std::nanf("");
+    ED3DWidget view;
+    QSignalSpy spyFailed(&view, &ED3DWidget::contextFailed);
+    view.resize(301, 222);
+    view.setPoints({peakAt(fNaN, 0, 0, fNaN, 0), peakAt(fInf, 0, 0, fInf, 2000000000),
+                    peakAt(0, 0, 0, -fInf, 3), peakAt(1e30f, 0, 0, 0, 3), peakAt(0.1f, 0, 0, 5, 4)});
+    view.insertPointGroupById(1, "ids", {2000000000, -1, 3, 77}, Qt::cyan);
+    EXPECT_EQ(view.groupPoints()[1], (QList<int>{1, 3}));
+    view.setLattice({{0.1f, 0, 0}, {0.1f, 0, 0}, {0, fNaN, 0.1f}});
+    view.setLatticeRange(1000, -7, 1000);
+    view.setShowLatticePoints(true);
+    view.setShowLatticeLines(true);
+    const auto show = [&] {
+        view.update();
+        view.show();
+        QTest::qWait(30);
+        EXPECT_EQ(view.grabFrameBuffer().isNull(), !view.isValid());
+        EXPECT_FALSE(view.grab().isNull());
+        EXPECT_EQ(spyFailed.count(), view.isValid() ? 0 : 1);
+    };
+    show();
+    for (double dfRatio : {0.0, -3.0, 1e300, double(fInf), double(fNaN)}) {
+        view.setPointSizeRatio(dfRatio);
+        view.calPointSizes();
+        show();
+    }
+    view.setLight(true);
+    view.setLightIntensity(30);
+    view.setAspectRatio(false);
+    view.rotateAroundScreenX(30);
+    view.setCamera(identityMatrix().data(), 1e38f, -1e38f, fInf);
+    show();
+    view.resetView();
+    view.resize(1, 1);
+    show();
+    view.resize(300, 300);
+    view.setPointSizeRatio(2);
+    QMouseEvent press(QEvent::MouseButtonPress, QPoint(150, 140), Qt::LeftButton, Qt::LeftButton,
+                      Qt::ControlModifier),
+        move(QEvent::MouseMove, QPoint(170, 160), Qt::NoButton, Qt::LeftButton, Qt::ControlModifier),
+        release(QEvent::MouseButtonRelease, QPoint(170, 160), Qt::LeftButton, Qt::NoButton,
+                Qt::ControlModifier);
+    for (QMouseEvent* pEvent : {&press, &move, &release})
+        QApplication::sendEvent(&view, pEvent);
+    EXPECT_EQ(view.selectedPoints(), (QList<int>{2, 4}));
+    view.setPoints({peakAt(0, 0, 0, 1, 1), peakAt(0, 0, 0, 1, -1)});  // a negative nID: refused
+    EXPECT_TRUE(view.points().isEmpty());
+    EXPECT_EQ(view.groupLabels(), QStringList("Unlabeled"));
+    show();
+}

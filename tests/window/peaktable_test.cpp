@@ -1,0 +1,305 @@
+// The peak table, the curve of the row that is clicked, and the point groups between masks, views and tables.
+#include "app/mainwindow.h"
+#include "app/messageedit.h"
+#include "app/tabwidget.h"
+#include "reciprocal/pages/mergingpage.h"
+#include "view3d/ed3dwidget.h"
+#include "view3d/pages/view3dpage.h"
+
+#include <gtest/gtest.h>
+
+#include <qwt_plot.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_marker.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QColorDialog>
+#include <QDoubleSpinBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QImage>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+namespace {
+
+class PeakTableWindow : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("settings"));
+        m_pWindow = std::make_unique<MainWindow>();
+        m_pWindow->show();
+        m_pGroups = m_pWindow->findChild<View3DPage*>()->m_pTablePeakGroups;
+        m_pMerging = m_pWindow->findChild<MergingPage*>();
+        m_pTarget = m_pMerging->m_pTableTargetPeaks;
+        m_pTabs = m_pWindow->findChild<TabWidget*>();
+        m_pRaw = dynamic_cast<ED3DWidget*>(m_pTabs->widget(1));
+        m_pTable = dynamic_cast<QTableView*>(m_pTabs->widget(3));
+        m_pPlot = m_pWindow->findChild<QwtPlot*>();
+        ASSERT_TRUE(m_pRaw && m_pTable && m_pPlot);
+    }
+    /// Six frames whose beam tilt jumps before the fourth, with two reflections: A on all frames, of group 2
+    /// on the first two, and B on frames 4 to 6, of which the last has no group.
+    void open(bool bGroups = true)
+    {
+        QImage image(64, 64, QImage::Format_Grayscale8);
+        image.fill(10);
+        QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 0\nCCDPIXELSIZE 0.002\nFILELIST\n";
+        QByteArray bytesShift = "256 256\n", bytesPeaks;
+        int nSerial = 0;
+        for (int i = 0; i < 6; ++i) {
+            EXPECT_TRUE(image.save(m_dir.filePath(QStringLiteral("f%1.png").arg(i))));
+            const double dfBeam = 0.1 * i + (i > 2 ? 1 : 0);
+            bytesProject += QStringLiteral("FILE f%1.png 0 %2 %2\n").arg(i).arg(dfBeam).toLatin1();
+            bytesShift += QByteArray::number(i + 1) + " 0 0\n";
+            const auto add = [&](int nOnFrame, double dfX, double dfY, double dfI, const char* pchMask) {
+                bytesPeaks += QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f%17s\n", ++nSerial, i,
+                                                nOnFrame, dfX, dfY, dfI, 10 * dfI, pchMask)
+                                  .toLatin1();
+            };
+            add(0, 300, 270, 1000.5 + 100 * i, bGroups && i < 2 ? "2000000000000000" : "8000000000000000");
+            if (i > 2)
+                add(1, 200, 240, 50 + i, bGroups && i == 5 ? "0000000000000000" : "8000000000000000");
+        }
+        write("s.sc", bytesShift);
+        write("s.pk", bytesPeaks);
+        m_pWindow->openFiles({write("s.ed3d", bytesProject + "ENDFILELIST\n")});
+    }
+    QString write(const char* pchName, const QByteArray& bytes)
+    {
+        QFile file(m_dir.filePath(pchName));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return file.fileName();
+    }
+    QStringList lines(const QString& strFile)
+    {
+        QFile file(strFile);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << strFile.toStdString();
+        return QString::fromLatin1(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    }
+    /// Calls a slot and answers the dialog that it opens: a path, the button "Yes", or a colour.
+    void answered(const std::function<void()>& fn, const QString& strFile = {})
+    {
+        bool bAnswered = false;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            QWidget* pModal = QApplication::activeModalWidget();
+            if (!pModal)
+                return;
+            bAnswered = true;
+            if (auto* pFile = qobject_cast<QFileDialog*>(pModal)) {
+                pFile->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(strFile);
+                QTest::keyClick(pFile->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")), Qt::Key_Return);
+            } else if (auto* pBox = qobject_cast<QMessageBox*>(pModal)) {
+                m_strBox = pBox->windowTitle() + '|' + pBox->text();
+                pBox->button(pBox->standardButtons() & QMessageBox::Yes ? QMessageBox::Yes : QMessageBox::Ok)
+                    ->click();
+            } else if (auto* pColor = qobject_cast<QColorDialog*>(pModal)) {
+                m_strBox = pColor->windowTitle();
+                pColor->setCurrentColor(Qt::darkRed);
+                pColor->accept();
+            }
+        });
+        timer.start(20);
+        fn();
+        EXPECT_TRUE(bAnswered) << "no dialog came";
+    }
+    /// "label count colour shown" of each row.
+    static QStringList rows(const QTableWidget* pTable)
+    {
+        QStringList listRow;
+        for (int i = 0; i < pTable->rowCount(); ++i)
+            listRow.append(QStringLiteral("%1 %2 %3 %4")
+                               .arg(pTable->item(i, 0)->text(), pTable->item(i, 1)->text(),
+                                    pTable->item(i, 2)->background().color().name(),
+                                    pTable->columnCount() > 3 ? pTable->item(i, 3)->text() : QString()));
+        return listRow;
+    }
+    QString cell(int nRow, int nColumn) const
+    {
+        return m_pTable->model()->index(nRow, nColumn).data().toString();
+    }
+    QStringList log() const
+    {
+        return m_pWindow->findChild<MessageEdit*>()->toPlainText().split('\n', Qt::SkipEmptyParts);
+    }
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<MainWindow> m_pWindow;
+    QTableWidget* m_pGroups = nullptr;
+    MergingPage* m_pMerging = nullptr;
+    QTableWidget* m_pTarget = nullptr;
+    TabWidget* m_pTabs = nullptr;
+    ED3DWidget* m_pRaw = nullptr;
+    QTableView* m_pTable = nullptr;
+    QwtPlot* m_pPlot = nullptr;
+    QString m_strBox;  ///< what the last box or colour dialog said
+};
+
+}  // namespace
+
+TEST_F(PeakTableWindow, ColumnsAndClipboard)
+{
+    const QList<int> listHidden = {1, 2, 3, 8, 12, 13, 14, 15}, listFixed = {4, 5, 6, 8, 12, 13, 15};
+    const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
+    ASSERT_EQ(listAction.size(), 26);
+    ASSERT_EQ(m_pTable->model()->rowCount(), 1);
+    for (int i = 0; i < 26; ++i) {
+        EXPECT_EQ(cell(0, i), QStringLiteral("0")) << i;
+        EXPECT_EQ(m_pTable->isColumnHidden(i), listHidden.contains(i)) << i;
+        EXPECT_EQ(listAction[i]->isChecked(), !listHidden.contains(i)) << i;
+        EXPECT_EQ(listAction[i]->isEnabled(), !listFixed.contains(i)) << i;
+        EXPECT_EQ(listAction[i]->text(), m_pTable->model()->headerData(i, Qt::Horizontal).toString()) << i;
+    }
+    listAction[1]->setChecked(true);
+    listAction[9]->setChecked(false);
+
+    Peak3D peak;
+    peak.nFrame = 0;
+    peak.setHKL(1, 0, 0);  // allowed: the page names P 1
+    peak.dfIPoint = 1234567.5;
+    peak.dfDStar = 0.5;
+    Peak3D weak = peak;
+    weak.nID = 3;
+    weak.dfIPoint = 2;
+    m_pWindow->updatePeakTable({peak, weak});
+    m_pTable->sortByColumn(7, Qt::AscendingOrder);
+    m_pWindow->copyAllReflectionsInPeakTable();
+    // Digit groups stay only where the locale parts them by what is no space.
+    const QLocale locale = QLocale::system();
+    QString strStrong = locale.toString(1234567.5, 'f', 1);
+    strStrong.remove(
+        QRegularExpression(QStringLiteral("\\s"), QRegularExpression::UseUnicodePropertiesOption));
+    const QString strExpected = QStringLiteral(
+        "3|1.00|1|0|0|2.0|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0\n"
+        "0|1.00|1|0|0|S|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0");
+    QStringList listExpected = strExpected.split('|');
+    for (int i = 0; i < listExpected.size(); ++i)
+        if (i % 17 > 1)  // the real index is not the locale's
+            listExpected[i].replace('.', locale.decimalPoint());
+    EXPECT_EQ(QApplication::clipboard()->text(),
+              listExpected.join('\t').replace(QStringLiteral("S"), strStrong));
+}
+
+TEST_F(PeakTableWindow, CurveOfTheRow)
+{
+    open(false);
+    m_pWindow->peakReduction3D();
+    ASSERT_EQ(m_pTable->model()->rowCount(), 2) << log().join('\n').toStdString();
+    m_pTabs->setCurrentIndex(3);
+    m_pTable->sortByColumn(9, Qt::DescendingOrder);  // d: A comes first
+    ASSERT_EQ(cell(0, 18), QStringLiteral("300"));
+
+    // The page stands at two-dimensional intensities, which are ten times the others.
+    const auto* pCurve = static_cast<QwtPlotCurve*>(m_pPlot->itemList(QwtPlotItem::Rtti_PlotCurve)[0]);
+    const auto shown = [&] {
+        QStringList list = {pCurve->title().text()};
+        for (size_t i = 0; i < pCurve->dataSize(); ++i)
+            list.append(QString::asprintf("%g:%g", pCurve->sample(int(i)).x(), pCurve->sample(int(i)).y()));
+        for (const QwtPlotItem* pItem : m_pPlot->itemList(QwtPlotItem::Rtti_PlotMarker))
+            list.append(QString::number(static_cast<const QwtPlotMarker*>(pItem)->xValue()));
+        return list.join(' ');
+    };
+    const auto click = [&] {
+        const QRect rect = m_pTable->visualRect(m_pTable->model()->index(0, 7));
+        QTest::mouseClick(m_pTable->viewport(), Qt::LeftButton, {}, rect.center());
+    };
+    click();
+    EXPECT_EQ(shown(),
+              QStringLiteral("2D Integration 1:10005 2:11005 3:12005 4:13005 5:14005 6:15005 0.5 3.5"));
+    QTest::keyClick(m_pTable, Qt::Key_Down);
+    const QString strB = QStringLiteral("2D Integration 4:530 5:540 6:550 3.5");
+    EXPECT_EQ(shown(), strB) << "the keyboard walks through the rows";
+
+    m_pWindow->copyIntensityCurveData();
+    QString strCopied =
+        QStringLiteral("     4.0 \t      530.00\n     5.0 \t      540.00\n     6.0 \t      550.00\n\n");
+    EXPECT_EQ(QApplication::clipboard()->text(), strCopied.replace('.', QLocale().decimalPoint()));
+
+    // A row whose ID has no chain says so once and leaves the curve.
+    Peak3D stranger;
+    stranger.nID = 99;
+    m_pWindow->updatePeakTable({stranger});
+    const int nLines = log().size();
+    click();
+    EXPECT_EQ(log().mid(nLines), QStringList{"Failed to retrieve data for reflection with ID: 99."});
+    EXPECT_EQ(shown(), strB);
+}
+
+TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
+{
+    open();
+    EXPECT_EQ(m_pTabs->currentIndex(), 1);
+    const QString strColor = m_pRaw->groupColors().value(1).name(), strZero = m_pRaw->groupColors()[0].name();
+    EXPECT_EQ(rows(m_pGroups), QStringList({"Unlabeled 6 " + strZero + " ●", "Label2 2 " + strColor + " ●"}));
+    EXPECT_EQ(rows(m_pTarget), QStringList({"Unlabeled 6 " + strZero + ' ', "Label2 2 " + strColor + ' '}));
+
+    // A name, a colour and the eye by the panel; the row that the merging page has chosen stays chosen.
+    m_pTarget->selectRow(1);
+    m_pGroups->editItem(m_pGroups->item(1, 0));
+    QPointer<QLineEdit> pEditor = m_pGroups->findChild<QLineEdit*>();
+    ASSERT_TRUE(pEditor);
+    pEditor->setText(QStringLiteral("spots"));
+    m_pRaw->updatePointGroups();
+    ASSERT_TRUE(pEditor) << "what is typed outlives a change of the groups";
+    QTest::keyClick(pEditor, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("spots"));
+    m_pWindow->pointGroupTableCellClicked(1, 3);
+    EXPECT_FALSE(m_pRaw->groupsVisible()[1]);
+    answered([&] { m_pWindow->pointGroupTableCellClicked(1, 2); });
+    EXPECT_EQ(m_strBox, QStringLiteral("Select Color"));
+    EXPECT_EQ(rows(m_pGroups)[1], QStringLiteral("spots 2 #800000 "));
+    EXPECT_EQ(rows(m_pTarget)[1], QStringLiteral("spots 2 #800000 "));
+    ASSERT_EQ(m_pTarget->selectedItems().size(), 3);
+    EXPECT_EQ(m_pTarget->selectedItems().first()->row(), 1);
+
+    // All groups one after the other, or those that are selected.
+    const QString strExport = m_dir.filePath("out.txt"), strList = m_dir.filePath("out.pk");
+    answered([&] { m_pWindow->exportSelectedPeak3D(); }, strExport);
+    EXPECT_EQ(lines(strExport).size(), 1 + 8);
+    m_pGroups->selectRow(1);
+    QFile::remove(strExport);  // or a further box would ask
+    answered([&] { m_pWindow->exportSelectedPeak3D(); }, strExport);
+    EXPECT_EQ(lines(strExport).size(), 1 + 2);
+    EXPECT_TRUE(lines(strExport)[0].startsWith("# FrameNo.")) << "no indices from the raw view";
+    answered([&] { m_pWindow->exportSelectedPeak3D(); }, QStringLiteral("/proc/out.txt"));
+    EXPECT_TRUE(log().last().startsWith("Failed to open file for writing: ")) << log().last().toStdString();
+
+    // Limits that leave three peaks; the groups stay, also A's first peak in its own while it is hidden.
+    m_pMerging->m_pSpinIntensityMax->setValue(1350);
+    m_pMerging->m_pSpinIntensityMin->setValue(1100);
+    EXPECT_EQ(m_pRaw->points().size(), 3);
+    EXPECT_EQ(rows(m_pGroups)[1], QStringLiteral("spots 1 #800000 "));
+    answered([&] { m_pWindow->saveRawPeaks(); }, strList);
+    QString strMasks;
+    for (const QString& strLine : lines(strList))
+        strMasks += strLine.right(16)[0];
+    EXPECT_EQ(strMasks, QStringLiteral("448888888")) << "gaps in the numbers have closed";
+
+    // Reset asks only when there is something to reset.
+    m_pRaw->removePointGroups({1});
+    m_pWindow->resetSelectedPeakGroups();
+    answered([&] { m_pWindow->loadRawPeaks(); }, strList);
+    EXPECT_EQ(m_pRaw->points().size(), 9) << "the masks decide, not the limits";
+    ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
+    EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label1"));
+    answered([&] { m_pWindow->resetSelectedPeakGroups(); });
+    EXPECT_EQ(m_strBox, QStringLiteral("Confirm|Are you sure you want to reset this table?"));
+    EXPECT_EQ(m_pRaw->groupPoints().size(), 1);
+}
