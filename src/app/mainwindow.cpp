@@ -5,6 +5,7 @@
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
 #include "frames/frameloader.h"
+#include "frames/pages/extractionpage.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
 #include "view3d/ed3dwidget.h"
@@ -144,6 +145,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     stopImagePlay();
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     writeSettings();
+    m_pExtractionPage->hide();  // a window that would stay open alone
     pEvent->accept();
 }
 

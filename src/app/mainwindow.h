@@ -25,6 +25,7 @@ class CellPage;
 class CircleItem;
 class CrossItem;
 class ED3DWidget;
+class ExtractionPage;
 class CRunReport;
 class FramesPage;
 class MergingPage;
@@ -39,6 +40,8 @@ class TableModel;
 class TextDataWidget;
 class TextItem;
 struct IndexingResult;
+struct PositionRefinementOptions;
+struct TiltRefinementOptions;
 class View3DPage;
 class WindowActions;
 class WindowReport;
@@ -189,6 +192,33 @@ public slots:
     void copyIntensityCurveData();
     void copyIntensityCurveWindow();
 
+    // Measured again on the frames: src/frames/mainwindow_remeasurement.cpp. All runs of these three groups go by
+    // m_bRunning: a call during one of them stops it.
+    bool fitDirectBeam();
+    QVector<QList<Peak3D>> refinePeakPosition(const QVector<QList<Peak3D>>& peaksSorted);
+    QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(QVector<QList<Peak3D>>& peaksSorted);
+    bool extractIntensity(QVector<QList<Peak3D>>& peaksSorted);
+    void runIntensityExtraction();
+    void runUnitCellRefinementFromLoadingData();
+
+    // Refinements: src/crystal/mainwindow_refinement.cpp
+    void runUnitCellRefinement();
+    void refineDirectBeamPosition();
+    void refineBasisVectors();
+    void refineUnitCellUsingFrameNo();
+
+    // Tests: src/reciprocal/mainwindow_testruns.cpp
+    void testRotationAxis();
+    void testFindCubicCell();
+    void refineCubicUnitCell();
+    void testStreching();
+    void test2DIndexing();
+    void testIndexing();
+
+    // Expected positions: src/reciprocal/mainwindow_prediction.cpp
+    void showEstimatedPeakPosition();
+    void updateExpectedPeakPositionFromOrientationMatrix();
+
     // The 3D view in the current tab: src/view3d/mainwindow_view3d.cpp
     void update3DViewControls();
     void pointSize3DChanged(double dfNewSize);
@@ -222,6 +252,7 @@ private:
     void fillNameMaps();
     void createActions();
     void createMenus();
+    void createToolsMenu();  // src/app/mainwindow_tools.cpp
     void createControlDock();
     void createOtherDocks();
     void createCurvePlot();
@@ -260,6 +291,9 @@ private:
     void makeMaskItems();
     void clearMaskItems();
     void refreshPeakMarks();
+    void showEstimatedMarks(const QList<QPointF>& listPos);
+    /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
+    void clearFrameMarks();
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
@@ -269,6 +303,8 @@ private:
     /// Shows reflections, seen as the raw view is, with the peaks of streaks as a group of their own.
     void showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak);
     void showIndexing(const IndexingResult& result);
+    /// Makes a list of reflections that is no result of merging the merged list, and shows it.
+    void showReflectionList(const QList<Peak3D>& listPeak);
     std::vector<char> groupFlags(int nGroup) const;
     void renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber);
     /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is shown.
@@ -297,6 +333,17 @@ private:
     /// and afterwards shows the frame that was asked for meanwhile.
     /// @param pButton  null for a run without a button of its own
     void runWithButton(bool& bFlag, QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
+    /// The same for a run of the core that loads frames, holds m_bRunning itself and shows frames.
+    /// @return false when the call stopped another run or was refused
+    bool runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
+    /// Whether the call comes during a run that goes by m_bRunning, which it stops.
+    bool stopsRun();
+    /// False, with a red line, for a list of as many frames as the series that holds no peak at all.
+    bool holdsPeaks(const QVector<QList<Peak3D>>& vecPeak);
+    PositionRefinementOptions positionOptions(CRunReport& report);
+    /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another cell.
+    void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
+    TiltRefinementOptions tiltOptions() const;
     void setButtonStatus(QPushButton* pButton, int nStatus);
     bool isRunning() const { return m_nRunDepth > 0; }
     /// Whether the call comes from the event pump of a run: what it would change is in use.
@@ -331,6 +378,11 @@ private:
     PeakMergingParameters m_merging;
     CellHuntingParameters m_cellHunting;
     IndexingParameters m_indexing;
+    ExtractionParameters m_extraction;
+    RefinementParameters m_refinement;
+    bool m_bConstantBackground = false;     ///< of the fits of peak positions; a setting
+    QList<Peak3D> m_listReflectionIndexed;  ///< merged reflections that the last indexing left
+    QList<Vec3D> m_listCellIndexed;         ///< the cell that they were indexed with
     CPeakFilters m_peakFilters;
     QLocale m_locale = QLocale::system();
 
@@ -341,7 +393,6 @@ private:
     int m_nScaleIndex = 3;
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
-    int m_nWindowRadius = 10;    ///< pixels; circles around integration windows
     int m_nRunDepth = 0;         ///< runs under way, one inside the other
     int m_nPumpDepth = 0;        ///< reports that are handling events for a run
     int m_nFrameAsked = 0;       ///< frame number asked for during a run; 0 none
@@ -399,10 +450,12 @@ private:
     MergingPage* m_pMergingPage = nullptr;
     CellPage* m_pCellPage = nullptr;
     RefinementPage* m_pRefinementPage = nullptr;
+    ExtractionPage* m_pExtractionPage = nullptr;  ///< a window of its own
     View3DPage* m_pView3DPage = nullptr;
 
     QList<CrossItem*> m_listCrossMark;
     QList<CircleItem*> m_listCircleMark;
+    QList<CircleItem*> m_listEstimatedMark;
     QList<TextItem*> m_listTextMark;
     QList<QGraphicsPolygonItem*> m_listMaskItem;
 };

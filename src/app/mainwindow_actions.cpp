@@ -87,6 +87,7 @@ void MainWindow::createMenus()
     for (QDockWidget* pDock : qAsConst(m_listDock))
         pWindow->addAction(pDock->toggleViewAction());
 
+    createToolsMenu();
     menuBar()->addSeparator();
     QMenu* pHelp = menuBar()->addMenu(QStringLiteral("&Help"));
     pHelp->addAction(m_pActions->m_pAbout);

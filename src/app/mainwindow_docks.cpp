@@ -3,6 +3,7 @@
 #include "app/messageedit.h"
 #include "app/windowactions.h"
 #include "crystal/pages/refinementpage.h"
+#include "frames/pages/extractionpage.h"
 #include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/pages/shiftpage.h"
@@ -34,7 +35,9 @@ void MainWindow::createControlDock()
     m_pRefinementPage = new RefinementPage(m_pToolBox);
     m_pView3DPage = new View3DPage(m_pToolBox);
 
-    // Entry 5 of the names is a group that stands on no page.
+    // Entry 5 of the names is a group that stands on no page but in a window of its own.
+    m_pExtractionPage = new ExtractionPage(this);
+    m_pExtractionPage->setWindowTitle(m_mapPageName[5]);
     const struct {
         QWidget* pPage;
         int nName;

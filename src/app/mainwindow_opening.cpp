@@ -17,7 +17,6 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QGraphicsLineItem>
 #include <QMimeData>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -191,11 +190,8 @@ void MainWindow::openImageFiles(const QStringList& listFile)
 void MainWindow::clearDataSet()
 {
     m_nFrameAsked = 0;  // a number of the former series
-    clearCrossMarks();
-    clearCircleMarks();
-    clearTextMarks();
+    clearFrameMarks();
     clearMaskItems();
-    m_pAxisLine->hide();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     forgetRawGroups();
@@ -204,6 +200,7 @@ void MainWindow::clearDataSet()
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
     m_dataSet.m_listPeakChain.clear();
     clearCurve();
+    m_listReflectionIndexed.clear();
     Peak3D peakNone;  // stands for nothing and keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});

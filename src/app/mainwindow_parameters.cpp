@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/windowactions.h"
 #include "crystal/pages/refinementpage.h"
+#include "frames/pages/extractionpage.h"
 #include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/pages/shiftpage.h"
@@ -40,6 +41,12 @@ Binding bindSpin(QDoubleSpinBox* pSpin, double& dfMember)
 {
     return {[pSpin] { return pSpin->value(); }, [pSpin](double df) { pSpin->setValue(df); },
             [&dfMember] { return dfMember; }, [&dfMember](double df) { dfMember = df; }};
+}
+
+Binding bindSpin(QSpinBox* pSpin, int& nMember)
+{
+    return {[pSpin] { return double(pSpin->value()); }, [pSpin](double df) { pSpin->setValue(int(df)); },
+            [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }};
 }
 
 // Check boxes, radio buttons (the one whose being checked is the member) and checkable groups.
@@ -124,6 +131,15 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
         bindCheck(m_pCellPage->m_pCheckOutputIndexing, m_indexing.m_bOutputIndexing),
         bindCheck(m_pCellPage->m_pCheckOutputStatistics, m_indexing.m_bOutputStatistics),
         bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell),
+        bindSpin(m_pExtractionPage->m_pSpinWindowRadius, m_extraction.m_nWindowRadius),
+        bindSpin(m_pExtractionPage->m_pSpinBackgroundSize, m_extraction.m_nBackgroundSize),
+        bindSpin(m_pExtractionPage->m_pSpinResolutionLimit, m_extraction.m_dfResolutionLimit),
+        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityLow, m_refinement.m_dfRefineIntensityLow),
+        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityHigh, m_refinement.m_dfRefineIntensityHigh),
+        bindSpin(m_pRefinementPage->m_pSpinRefineDStarLow, m_refinement.m_dfRefineDStarLow),
+        bindSpin(m_pRefinementPage->m_pSpinRefineDStarHigh, m_refinement.m_dfRefineDStarHigh),
+        bindCheck(m_pRefinementPage->m_pCheckRefine2D, m_refinement.m_bRefine2D),
+        bindCheck(m_pRefinementPage->m_pCheckOutputPeakList, m_refinement.m_bOutputPeakList),
         bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup),
     };
     const bool bFirst = m_vecSynced.empty();
@@ -202,9 +218,20 @@ void MainWindow::connectPages()
     connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
     connect3DPage();
 
-    // What has no slot to go to yet.
-    m_pRefinementPage->setRefinementAlive(false);
-    m_pRefinementPage->setRunFromListAlive(false);
+    connect(m_pRefinementPage->m_pButtonRunRefinement, &QPushButton::clicked, this,
+            &MainWindow::runUnitCellRefinement);
+    connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
+            &MainWindow::runUnitCellRefinementFromLoadingData);
+    for (QSpinBox* pSpin : {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize})
+        connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
+            &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
+    connect(m_pExtractionPage->m_pCheckShowEstimated, &QCheckBox::toggled, this,
+            &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runIntensityExtraction);
+
     m_pView3DPage->m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
                                                    m_pActions->m_pGroupResetAll, m_pActions->m_pGroupExport});
     m_pView3DPage->m_pTablePeakGroups->setContextMenuPolicy(Qt::ActionsContextMenu);
@@ -238,6 +265,8 @@ void MainWindow::connectPanelSignals(bool bConnect)
             remap);
     keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
     onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] { showRotationAxisLine(); });
+    onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin},
+            [this] { updateExpectedPeakPositionFromOrientationMatrix(); });
     keep(connect(m_pFramesPage->m_pShowAxisCheck, &QCheckBox::toggled, this,
                  &MainWindow::showRotationAxisLine));
     onValue({m_pFramesPage->m_pContrastMinSpin, m_pFramesPage->m_pContrastMaxSpin},

@@ -1,17 +1,21 @@
 // MainWindow: what it remembers between sessions.
 #include "app/mainwindow.h"
+
+#include "app/messageedit.h"
 #include "crystal/cellmessage.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
 #include <QDockWidget>
 #include <QGuiApplication>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QSettings>
 #include <QSpinBox>
 #include <QToolBox>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -29,6 +33,46 @@ QList<StoredValue> storedValues(PeakHuntingParameters& hunting, double& dfCanvas
             {QStringLiteral("PeakSearch/Peak2DIntegrationRadious"), &hunting.m_dfIntegrationRadius},
             {QStringLiteral("PeakSearch/Peak2DIntegrationBG"), &hunting.m_dfIntegrationBackground}};
 }
+
+// "h,k,l; h,k,l ...", however the numbers are parted. False for what is no list of whole triples.
+bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
+{
+    QList<int> listIndex;
+    for (const QString& str : strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+        bool bOk = false;
+        listIndex.append(str.toInt(&bOk));
+        if (!bOk)
+            return false;
+    }
+    if (listIndex.size() % 3 != 0)
+        return false;
+    for (int i = 0; i < listIndex.size(); i += 3)
+        listReflection.append({listIndex[i], listIndex[i + 1], listIndex[i + 2], 0});
+    return true;
+}
+
+// Six numbers, or one for the edge of a cubic cell; 0 for none.
+bool readCell(const QString& strText, QList<double>& listCell)
+{
+    QList<double> listNumber;
+    for (const QString& str : strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+        bool bOk = false;
+        listNumber.append(str.toDouble(&bOk));
+        if (!bOk || !std::isfinite(listNumber.last()) || listNumber.last() < 0)
+            return false;
+    }
+    if (listNumber.isEmpty() || listNumber == QList<double>{0})
+        return true;
+    if (listNumber.size() == 1)
+        listNumber = {listNumber[0], listNumber[0], listNumber[0], 90, 90, 90};
+    if (listNumber.size() != 6 || listNumber.contains(0))
+        return false;
+    listCell = listNumber;
+    return true;
+}
+
+const char g_szExcluded[] = "excludedReflections", g_szReference[] = "referenceCell",
+           g_szBackground[] = "constantBackground", g_szTestRuns[] = "showTestRuns";
 
 // Where another service of the same kind can be named.
 QString latticeHostKey()
@@ -68,6 +112,21 @@ void MainWindow::readSettings()
     for (ED3DWidget* pView : views3D())
         pView->setCanvasGridAlpha(float(m_dfCanvasGridAlpha));
     m_strLatticeHost = pSettings->value(latticeHostKey(), latticeServiceHost()).toString();
+
+    // Commas part the entries of a list in the file, so that a text with commas can come as a list.
+    const auto text = [&](const char* pszKey) {
+        const QVariant value = pSettings->value(QLatin1String(pszKey));
+        return value.type() == QVariant::StringList ? value.toStringList().join(QLatin1Char(',')) : value.toString();
+    };
+    const auto complain = [&](const char* pszKey) {
+        m_pMessageEdit->addMessage(
+            tr("The setting %1 is not understood and not used: %2").arg(QLatin1String(pszKey), text(pszKey)), Qt::red);
+    };
+    if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded))
+        complain(g_szExcluded);
+    if (!readCell(text(g_szReference), m_refinement.m_listReferenceCell))
+        complain(g_szReference);
+    m_bConstantBackground = pSettings->value(QLatin1String(g_szBackground), false).toBool();
 }
 
 // The docks of a first start: the tool box as wide as its pages need, the frame as much as it can have.
@@ -89,4 +148,10 @@ void MainWindow::writeSettings()
     pSettings->setValue(latticeHostKey(), m_strLatticeHost);
     for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))
         pSettings->setValue(stored.strKey, *stored.pdfValue);
+    // Only the file changes these; written once, so that they can be found there.
+    const std::pair<const char*, QVariant> aDefault[] = {
+        {g_szExcluded, QString()}, {g_szReference, 0}, {g_szBackground, false}, {g_szTestRuns, false}};
+    for (const auto& entry : aDefault)
+        if (!pSettings->contains(QLatin1String(entry.first)))
+            pSettings->setValue(QLatin1String(entry.first), entry.second);
 }

@@ -59,6 +59,20 @@ public:
     QAction* m_pCurveCopyWindow = nullptr;
     QAction* m_pTableCopySelected = nullptr;  ///< these two: context menu of the peak table
     QAction* m_pTableCopyAll = nullptr;
+    QAction* m_pExtractionWindow = nullptr;  ///< from here on: menu "Tools"
+    QAction* m_pExtractIntensity = nullptr;
+    QAction* m_pFitDirectBeam = nullptr;
+    QAction* m_pRefineDirectBeam = nullptr;
+    QAction* m_pTestRotationAxis = nullptr;
+    QAction* m_pRefineBasis = nullptr;
+    QAction* m_pRefineFrameNo = nullptr;
+    QAction* m_pExportPeaks = nullptr;
+    QAction* m_pTestFindCubic = nullptr;  ///< these five: its test runs
+    QAction* m_pTestRefineCubic = nullptr;
+    QAction* m_pTestStretching = nullptr;
+    QAction* m_pTestPlane = nullptr;
+    QAction* m_pTestIndexing = nullptr;
+    QAction* m_pStopRun = nullptr;
     QList<QAction*> m_listSelection;  ///< none, 64, 128, 256, 512 and 1024 pixels square; exclusive
     QList<QAction*> m_listPalette;    ///< by palette index; exclusive
     QList<QAction*> m_listRecent;     ///< the recent data sets, hidden while unused

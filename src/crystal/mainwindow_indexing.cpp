@@ -40,6 +40,8 @@ void MainWindow::runIndexing()
 
 void MainWindow::showIndexing(const IndexingResult& result)
 {
+    m_listReflectionIndexed = result.listIndexed;
+    m_listCellIndexed = m_dataSet.m_listCell;
     m_pView3DMerged->setIndices(result.listSelection);
     const struct {
         QString strLabel;
@@ -55,6 +57,7 @@ void MainWindow::showIndexing(const IndexingResult& result)
     update3DViewControls();
     updatePeakTable(result.listIndexed);
     showPeakText();
+    showEstimatedPeakPosition();
 }
 
 void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak)
@@ -88,14 +91,18 @@ bool MainWindow::loadShelxFile()
     bool bLoaded = false;
     guarded([&] {
         bLoaded = ::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
-        if (!bShown)
-            return;
-        m_dataSet.m_listPeakMerged = listPeak;
-        m_dataSet.m_listPeakMergedShown = listPeak;
-        // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
-        m_dataSet.m_listPeakChain.clear();
-        showInMergedView(listPeak, {});
-        updatePeakTable(listPeak);
+        if (bShown)
+            showReflectionList(listPeak);
     });
     return bLoaded;
+}
+
+void MainWindow::showReflectionList(const QList<Peak3D>& listPeak)
+{
+    m_dataSet.m_listPeakMerged = listPeak;
+    m_dataSet.m_listPeakMergedShown = listPeak;
+    // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
+    m_dataSet.m_listPeakChain.clear();
+    showInMergedView(listPeak, {});
+    updatePeakTable(listPeak);
 }

@@ -5,6 +5,7 @@
 #include "frames/framehunt.h"
 #include "frames/integration.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace {
@@ -56,6 +57,7 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
     }
     if (!run.begin())
         return false;
+    const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
     FrameHuntWork work;
     QList<Peak3D> listFlat;
     const bool bAll = run.walk([&](int nFrame) {
@@ -93,6 +95,11 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
         // Both go by the numbers of the reflections that have just left.
         dataSet.m_listPeakChain.clear();
         dataSet.m_vecReflectionFrame.clear();
+    } else {
+        // Chains and reflections stand, and the peaks go on naming theirs.
+        for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i)
+            for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j)
+                peaksSorted[i][j].nID = peaksBefore[i][j].nID;
     }
     run.sayEnd(bAll);
     if (pFinished)

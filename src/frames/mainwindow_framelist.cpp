@@ -102,7 +102,9 @@ void MainWindow::switchToImgIndex(int nIndex)
         testCurrentPatternForPeaks();
     else
         clearCrossMarks();
+    clearCircleMarks();  // a run left them on its own last frame
     showPeakText();
+    showEstimatedPeakPosition();
     showRotationAxisLine();
     refreshImageView();
 }

@@ -11,7 +11,6 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
-#include <QGraphicsLineItem>
 #include <QThread>
 
 namespace {
@@ -23,8 +22,7 @@ const int g_nCrossSize = 5;
 void MainWindow::runPeakHunting()
 {
     runWithButton(m_dataSet.m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
-        clearTextMarks();  // of the frame that was in view
-        m_pAxisLine->hide();
+        clearFrameMarks();
         PeakHuntingOptions options;
         options.bStopAsked = !m_dataSet.m_bHuntingRunning;  // a second click came before the first frame
         // The run sets the flag itself, and takes one that stands already for a second click.

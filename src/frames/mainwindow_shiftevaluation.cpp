@@ -10,31 +10,10 @@
 #include "frameview/originalimgscene.h"
 
 #include <QCheckBox>
-#include <QElapsedTimer>
-#include <QGraphicsLineItem>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QThread>
-
-#include <algorithm>
-
-namespace {
-
-// Waits as long as the box tells, and lets the window live meanwhile; a shorter delay counts at once.
-void waitDelay(const QSpinBox& spinDelay, CRunReport& report)
-{
-    const int nSliceMs = 10;
-    if (spinDelay.value() <= 0)
-        return;
-    QElapsedTimer timer;
-    timer.start();
-    while (report.goOn() && timer.elapsed() < spinDelay.value())
-        QThread::msleep(std::min<qint64>(nSliceMs, std::max<qint64>(1, spinDelay.value() - timer.elapsed())));
-}
-
-}  // namespace
 
 void MainWindow::selSizeChanged2()
 {
@@ -69,10 +48,7 @@ void MainWindow::runShiftEvaluation()
         m_pActions->m_listSelection.first()->setChecked(true);
         listPlace = m_pFrameScene->selectionRects();
         // What lies on the frame means nothing on the regions that are shown instead.
-        clearCrossMarks();
-        clearCircleMarks();
-        clearTextMarks();
-        m_pAxisLine->hide();
+        clearFrameMarks();
         showPeakHuntingMask(false);
         {
             const QSignalBlocker blocker(m_pShiftPage->m_pShiftTable);
@@ -83,7 +59,7 @@ void MainWindow::runShiftEvaluation()
             appendShiftRow(ptShift);
             m_pShiftPage->m_pShiftTable->scrollToBottom();
             refreshImageView();
-            waitDelay(*m_pFramesPage->m_pPlayDelaySpin, report);
+            waitAlive(report, [this] { return m_pFramesPage->m_pPlayDelaySpin->value(); });
         };
         bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, {}, fnFrameDone);
         syncParametersWithControls(false);

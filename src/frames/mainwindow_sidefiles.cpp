@@ -89,6 +89,7 @@ bool MainWindow::loadShiftFile(const QString& strFileName)
     m_pShiftPage->m_pCenterXSpin->setValue(m_dataSet.m_dfCenterX);
     m_pShiftPage->m_pCenterYSpin->setValue(m_dataSet.m_dfCenterY);
     fillShiftTable();
+    showEstimatedPeakPosition();
     return true;
 }
 

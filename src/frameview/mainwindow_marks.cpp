@@ -91,12 +91,18 @@ void MainWindow::clearCrossMarks()
 
 void MainWindow::showCircleMarks(const QList<QPointF>& listPos)
 {
-    replaceMarks(m_pFrameScene, m_listCircleMark, makeMarks<CircleItem>(listPos, Qt::green, m_nWindowRadius));
+    replaceMarks(m_pFrameScene, m_listCircleMark, makeMarks<CircleItem>(listPos, Qt::green, m_extraction.m_nWindowRadius));
 }
 
 void MainWindow::clearCircleMarks()
 {
     replaceMarks(m_pFrameScene, m_listCircleMark);
+}
+
+void MainWindow::showEstimatedMarks(const QList<QPointF>& listPos)
+{
+    replaceMarks(m_pFrameScene, m_listEstimatedMark,
+                 makeMarks<CircleItem>(listPos, Qt::cyan, m_extraction.m_nWindowRadius));
 }
 
 void MainWindow::showPeakText()

@@ -115,6 +115,7 @@ void MainWindow::updateUnitCellInfo()
                                               aCell[4], aCell[5]);
     for (int i = 0; i < 6; ++i)
         m_pCellPage->m_apEditCell[i]->setText(bCell ? m_locale.toString(aCell[i], 'f', 2) : QString());
+    updateExpectedPeakPositionFromOrientationMatrix();
 }
 
 void MainWindow::switchtoManualUnitCellHunting(bool bTrue)

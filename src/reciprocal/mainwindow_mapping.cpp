@@ -90,6 +90,7 @@ void MainWindow::recalculate3DPeakPositionsAndUpdateView()
     }
     transformPeaksTo3D();
     showPeaksIn3D();
+    updateExpectedPeakPositionFromOrientationMatrix();
 }
 
 void MainWindow::peakReduction3D()

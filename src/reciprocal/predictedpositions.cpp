@@ -2,6 +2,8 @@
 
 #include "reciprocal/mapping.h"
 
+#include <QRectF>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -215,4 +217,24 @@ QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMa
     QList<Peak3D> listPeak;
     CFramePrediction prediction(dataSet, nFrame, window, dfMaxDStar, bApplyStretching);
     return prediction.walk(listPeak) ? listPeak : QList<Peak3D>();
+}
+
+QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, double dfMaxDStar,
+                                        bool bApplyStretching, const QSize& sizeFrame)
+{
+    const QPointF ptCentre = frameCentre(beamCentres(dataSet), nFrame);
+    const double dfX = std::max(std::fabs(ptCentre.x()), std::fabs(sizeFrame.width() - ptCentre.x()));
+    const double dfY = std::max(std::fabs(ptCentre.y()), std::fabs(sizeFrame.height() - ptCentre.y()));
+    // d* of a point of the sphere is below the distance of its pixel from the beam.
+    const double dfStretch = bApplyStretching ? 1 + std::fabs(dataSet.m_dfStretchAmplitude) / 100 : 1;
+    const double dfFarthest = std::hypot(dfX, dfY) * dataSet.m_dfPixelSize * dfStretch;
+    QList<Peak3D> listPeak =
+        predictedPositions(dataSet, nFrame, std::min(dfMaxDStar, dfFarthest), bApplyStretching);
+    const QRectF rectFrame(QPointF(-0.5, -0.5), QSizeF(sizeFrame));
+    listPeak.erase(std::remove_if(listPeak.begin(), listPeak.end(),
+                                  [&](const Peak3D& peak) {
+                                      return !rectFrame.contains(QPointF(peak.dfX2D, peak.dfY2D));
+                                  }),
+                   listPeak.end());
+    return listPeak;
 }

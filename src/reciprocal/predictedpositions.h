@@ -4,6 +4,7 @@
 #include "app/dataset/dataset.h"
 
 #include <QList>
+#include <QSize>
 
 /// The reflections with d* up to `dfMaxDStar` (Å⁻¹) that cross the Ewald sphere at a tilt nearest to that of
 /// frame `nFrame`, and within half a step of it. Half a step is half the median difference of neighbouring
@@ -22,3 +23,8 @@
 ///         over 10⁷ rows of the lattice or 10⁶ reflections would have to be looked at
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar,
                                  bool bApplyStretching = false);
+
+/// Those of predictedPositions() that lie on a frame of that size in pixels. What no pixel of the frame can show is
+/// not looked for, so that a limit far beyond the frame costs nothing.
+QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, double dfMaxDStar,
+                                        bool bApplyStretching, const QSize& sizeFrame);

@@ -150,6 +150,19 @@ void findNormals(const std::vector<Chain>& vecChain, RotationAxisTest& test, CRu
 
 }  // namespace
 
+QList<QList<Peak3D>> peaksAroundBeam(const QList<QList<Peak3D>>& listPeakFrame, const BeamCentres& centres)
+{
+    QList<QList<Peak3D>> listAround = listPeakFrame;
+    for (int nFrame = 0; nFrame < listAround.size(); ++nFrame) {
+        const QPointF ptCentre = frameCentre(centres, nFrame);
+        for (Peak3D& peak : listAround[nFrame]) {
+            peak.dfX2D -= ptCentre.x();
+            peak.dfY2D -= ptCentre.y();
+        }
+    }
+    return listAround;
+}
+
 RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorrected,
                                   const BeamCentres& centres, double dfMax2DDistance, CRunReport& report)
 {

@@ -40,18 +40,10 @@ QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleS
 RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
 {
     const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
-    m_pLimits = new QWidget(this);
-    m_pSpinRefineIntensityLow = makeDoubleSpin(m_pLimits, -1e7, 1e7, 1, 0.1, 100);
-    m_pSpinRefineIntensityHigh = makeDoubleSpin(m_pLimits, -1e7, 1e7, 1, 0.1, 32768);
-    m_pSpinRefineDStarLow = makeDoubleSpin(m_pLimits, 0, 1000, 3, 0.05, 1, strPerAngstrom);
-    m_pSpinRefineDStarHigh = makeDoubleSpin(m_pLimits, 0, 1000, 3, 0.05, 2, strPerAngstrom);
-    auto* pLimitLayout = new QVBoxLayout(m_pLimits);
-    pLimitLayout->setContentsMargins(0, 0, 0, 0);
-    pLimitLayout->addWidget(
-        makeRange(tr("Intensity Range"), m_pSpinRefineIntensityLow, m_pSpinRefineIntensityHigh, m_pLimits));
-    pLimitLayout->addWidget(
-        makeRange(tr("d* Range"), m_pSpinRefineDStarLow, m_pSpinRefineDStarHigh, m_pLimits));
-
+    m_pSpinRefineIntensityLow = makeDoubleSpin(this, -1e7, 1e7, 1, 0.1, 100);
+    m_pSpinRefineIntensityHigh = makeDoubleSpin(this, -1e7, 1e7, 1, 0.1, 32768);
+    m_pSpinRefineDStarLow = makeDoubleSpin(this, 0, 1000, 3, 0.05, 1, strPerAngstrom);
+    m_pSpinRefineDStarHigh = makeDoubleSpin(this, 0, 1000, 3, 0.05, 2, strPerAngstrom);
     m_pCheckRefine2D = new QCheckBox(tr("Refine 2D Positions to Sub-pixel Accuracy"), this);
     m_pCheckOutputPeakList = new QCheckBox(tr("Output Peak List to the Message Window"), this);
 
@@ -64,25 +56,16 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
 
     m_pButtonRunRefinementFromList = new QPushButton(tr("&Run from HKL list..."), this);
     m_pButtonRunRefinementFromList->setStatusTip(tr("Run unit cell refinement using an hkl list in file"));
+    m_pButtonRunRefinementFromList->setToolTip(
+        tr("Sums the frames of each beam tilt series and exports the sums as MRC files to a folder"));
 
     auto* pPageLayout = new QVBoxLayout(this);
+    pPageLayout->addWidget(
+        makeRange(tr("Intensity Range"), m_pSpinRefineIntensityLow, m_pSpinRefineIntensityHigh, this));
+    pPageLayout->addWidget(makeRange(tr("d* Range"), m_pSpinRefineDStarLow, m_pSpinRefineDStarHigh, this));
     for (QWidget* pWidget :
-         {m_pLimits, static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
-          static_cast<QWidget*>(m_pButtonRunRefinement),
-          static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
+         {static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
+          static_cast<QWidget*>(m_pButtonRunRefinement), static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
         pPageLayout->addWidget(pWidget);
     pPageLayout->addStretch(1);
-}
-
-void RefinementPage::setRefinementAlive(bool bAlive)
-{
-    m_pLimits->setEnabled(bAlive);
-    m_pCheckRefine2D->setEnabled(bAlive);
-    m_pCheckOutputPeakList->setEnabled(bAlive);
-    m_pButtonRunRefinement->setEnabled(bAlive);
-}
-
-void RefinementPage::setRunFromListAlive(bool bAlive)
-{
-    m_pButtonRunRefinementFromList->setEnabled(bAlive);
 }

@@ -16,11 +16,6 @@ class RefinementPage : public QWidget {
 public:
     explicit RefinementPage(QWidget* pParent = nullptr);
 
-    /// Enables the limits, the options and "Run". On at start.
-    void setRefinementAlive(bool bAlive);
-    /// Enables "Run from HKL list...". On at start.
-    void setRunFromListAlive(bool bAlive);
-
     QDoubleSpinBox* m_pSpinRefineIntensityLow;
     QDoubleSpinBox* m_pSpinRefineIntensityHigh;
     QDoubleSpinBox* m_pSpinRefineDStarLow;   ///< Å⁻¹
@@ -29,7 +24,4 @@ public:
     QCheckBox* m_pCheckOutputPeakList;
     QPushButton* m_pButtonRunRefinement;
     QPushButton* m_pButtonRunRefinementFromList;
-
-private:
-    QWidget* m_pLimits;  ///< the two groups
 };

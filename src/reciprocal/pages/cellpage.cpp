@@ -199,7 +199,6 @@ QGroupBox* CellPage::makeIndexing()
     m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), pGroupIndexing);
     m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), pGroupIndexing);
     m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), pGroupIndexing);
-    m_pCheckOutputRefinedCell->hide();
     m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), pGroupIndexing);
 
     auto* pGrid = new QGridLayout(pGroupIndexing);
@@ -207,7 +206,8 @@ QGroupBox* CellPage::makeIndexing()
     pGrid->addWidget(m_pSpinIndexThreshold, 0, 1);
     pGrid->addWidget(m_pCheckOutputIndexing, 1, 0, 1, 2);
     pGrid->addWidget(m_pCheckOutputStatistics, 2, 0, 1, 2);
-    pGrid->addWidget(m_pButtonIndexMergedPeaks, 3, 0, 1, 2);
+    pGrid->addWidget(m_pCheckOutputRefinedCell, 3, 0, 1, 2);
+    pGrid->addWidget(m_pButtonIndexMergedPeaks, 4, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
     return pGroupIndexing;
 }

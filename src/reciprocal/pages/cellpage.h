@@ -56,7 +56,7 @@ public:
     QDoubleSpinBox* m_pSpinIndexThreshold;  ///< largest distance of an index from a whole number
     QCheckBox* m_pCheckOutputIndexing;
     QCheckBox* m_pCheckOutputStatistics;
-    QCheckBox* m_pCheckOutputRefinedCell;  ///< in no layout and hidden: out of the user's reach
+    QCheckBox* m_pCheckOutputRefinedCell;
     QPushButton* m_pButtonIndexMergedPeaks;
     QComboBox* m_pComboReflectionGrouping;  ///< 230 space groups; the item data is the number
 

@@ -1,0 +1,103 @@
+// MainWindow: refinements of the cell and of the direct beam from the indexed peaks.
+#include "app/mainwindow.h"
+
+#include "app/records/timestamp.h"
+#include "app/windowreport.h"
+#include "crystal/pages/refinementpage.h"
+#include "crystal/peakpairs.h"
+#include "frames/positionrefinement.h"
+#include "reciprocal/cellfromdifferences.h"
+#include "reciprocal/directbeamrefinement.h"
+#include "reciprocal/expectedframes.h"
+#include "reciprocal/tiltrefinement.h"
+
+#include <QPushButton>
+
+#include <utility>
+
+void MainWindow::runUnitCellRefinement()
+{
+    bool& bRunning = m_dataSet.m_bRunning;
+    runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+        const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
+            QVector<QList<Peak3D>> vecRefined;
+            // That run holds the flag itself. A shorter list tells that it was stopped.
+            if (!std::exchange(bRunning, false))
+                return vecRefined;
+            clearFrameMarks();
+            vecRefined = ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report));
+            bRunning = vecRefined.size() == vecPeak.size();
+            return vecRefined;
+        };
+        m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
+        guarded([&] { ::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });
+        m_pRefinementPage->m_pButtonRunRefinement->setEnabled(true);
+    });
+}
+
+void MainWindow::refineDirectBeamPosition()
+{
+    if (stopsRun() || !holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame))
+        return;
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
+                                    m_dataSet.m_dfPixelSize};
+        const QVector<QList<PeakPair>> vecPair =
+            buildPeakPairs(m_dataSet.m_vecPeakIndexedOnFrame, limits, m_dataSet.m_spaceGroup, report);
+        int nPairs = 0;
+        for (const QList<PeakPair>& listPair : vecPair)
+            nPairs += listPair.size();
+        if (nPairs == 0)
+            report.addMessage(tr("No two peaks of a frame lie within the d* range of the page \"Unit Cell "
+                                 "Refinement\"."),
+                              Qt::red);
+        ::refineDirectBeamPosition(vecPair, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
+                                   m_dataSet.m_dfPixelSize, report);
+        if (!report.goOn())
+            report.addMessage(
+                tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()), Qt::red);
+    });
+}
+
+void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& fnRun)
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
+        const bool bCell = m_dataSet.m_listCell.size() == 3;  // without one the run says so
+        if (bCell && m_listReflectionIndexed.isEmpty())
+            report.addMessage(
+                QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+        else if (bCell && m_listCellIndexed != m_dataSet.m_listCell)
+            report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
+                                 "again first."),
+                              Qt::red);
+        else
+            fnRun(report);
+    });
+}
+
+TiltRefinementOptions MainWindow::tiltOptions() const
+{
+    TiltRefinementOptions options;
+    options.listExcluded = m_refinement.m_listExcluded;
+    options.strLatticeHost = m_strLatticeHost;
+    return options;
+}
+
+void MainWindow::refineBasisVectors()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        ::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions());
+    });
+}
+
+void MainWindow::refineUnitCellUsingFrameNo()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        const TiltRefinementOptions options = tiltOptions();
+        TiltRefinement result;
+        ::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
+        if (result.bDone)
+            ::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet, report,
+                                 options);
+    });
+}

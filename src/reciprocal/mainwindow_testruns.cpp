@@ -1,0 +1,66 @@
+// MainWindow: runs that try a model or an idea on the data set and only write to the log.
+#include "app/mainwindow.h"
+
+#include "app/records/timestamp.h"
+#include "crystal/reflectionbuilder.h"
+#include "reciprocal/cubicmodel.h"
+#include "reciprocal/mapping.h"
+#include "reciprocal/planeindexing.h"
+#include "reciprocal/rotationaxistest.h"
+#include "reciprocal/stretchingtest.h"
+
+#include <QSpinBox>
+
+void MainWindow::testRotationAxis()
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        const BeamCentres centres = beamCentres(m_dataSet);
+        ::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres), centres,
+                           m_merging.m_dfMax2DDistance, report);
+    });
+}
+
+void MainWindow::testFindCubicCell()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        ::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report);
+    });
+}
+
+void MainWindow::refineCubicUnitCell()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        ::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions());
+    });
+}
+
+/// On the indexed peaks of the frame in view.
+void MainWindow::testStreching()
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        if (m_dataSet.m_strProjectDir.isEmpty())
+            report.addMessage(tr("No data set is open, so no result file is written."), Qt::red);
+        else
+            ::testStreching(m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1), m_dataSet, report);
+    });
+}
+
+/// On the peaks of the frame in view that are shown.
+void MainWindow::test2DIndexing()
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        const QList<QList<Peak3D>> listPeakFrame =
+            peaksAroundBeam(m_dataSet.m_listPeakFrameShown, beamCentres(m_dataSet));
+        ::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
+                         m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
+    });
+}
+
+void MainWindow::testIndexing()
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        QList<Peak3D> listPeak;
+        if (::testIndexing(m_dataSet.m_listCell, listPeak, report))
+            showReflectionList(listPeak);
+    });
+}
