@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -43,6 +44,7 @@ QList<NumberOption> numberOptions(BatchOptions& o)
 {
     const PeakHuntingParameters& hunt = o.hunting;
     const PeakMergingParameters& merge = o.merging;
+    const RefinementParameters& refine = o.refinement;
     const QString strProject = QStringLiteral("from the project");
     const QString strLimit = QStringLiteral("default auto, no limit; with --window-defaults %1");
     return {
@@ -101,6 +103,21 @@ QList<NumberOption> numberOptions(BatchOptions& o)
         {"index-threshold", "",
          "how far an index may lie from a whole number; " + defaultText(o.indexing.m_dfIndexThreshold), 0.01, 0.5,
          false, into(o.indexing.m_dfIndexThreshold)},
+        {"refine-intensity-low", "counts",
+         "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits of "
+         "weak ones go astray; with --window-defaults " + QString::number(refine.m_dfRefineIntensityLow),
+         -1e7, 1e7, true, into(o.dfRefineIntensityLow)},
+        {"refine-intensity-high", "counts",
+         "greatest point intensity of a peak in a pair; " + strLimit.arg(refine.m_dfRefineIntensityHigh), -1e7,
+         1e7, true, into(o.dfRefineIntensityHigh)},
+        {"refine-dstar-low", "Å⁻¹",
+         "least distance of the two peaks of a pair; default auto, 0.3 or less where the patterns are small; "
+         "with --window-defaults " + QString::number(refine.m_dfRefineDStarLow),
+         0, 1000, true, into(o.dfRefineDStarLow)},
+        {"refine-dstar-high", "Å⁻¹",
+         "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
+         "--window-defaults " + QString::number(refine.m_dfRefineDStarHigh),
+         0, 1000, true, into(o.dfRefineDStarHigh)},
     };
 }
 
@@ -161,9 +178,9 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
 {
     const QString strStages = batchStageNames().join(QStringLiteral(", "));
     parser.addOptions({
-        {"from", "First stage to run: " + strStages + "; what lies before it is read from its files.", "stage",
-         "shifts"},
-        {"to", "Last stage to run.", "stage", "index"},
+        {"from", "First stage to run: " + strStages + "; what lies before it is read from its files, but merging "
+                 "and, for refine, indexing are done anew, with the options given for them.", "stage", "shifts"},
+        {"to", "Last stage to run; default index, or refine with --from refine.", "stage", "index"},
         {"out", "Folder of the result files; default: beside the project.", "folder"},
         {"region", "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
                    "default auto, 256 or larger round the beam found on the frames; the window has none of "
@@ -178,6 +195,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"intensity-through-frames", "Intensity of a chain: maximum or 3d (integrated); default maximum.",
          "maximum|3d"},
         {"statistics", "Print the tables of reflection conditions."},
+        {"constant-background", "Refine also with positions that are fitted beside a constant background."},
+        {"pair-list", "Print the tables of difference vectors and of peak pairs."},
         {"window-defaults", "Start values of the window's pages instead of auto."},
         {"jobs", "Frames hunted side by side; the files are the same for every number; default: one per core.",
          "number"},
@@ -244,7 +263,7 @@ QString contradiction(const BatchOptions& o)
         }
     }
     if (o.nGroup >= 0 && o.stageFrom < BatchStage::Merge) {
-        return QStringLiteral("--group chooses from a peak list: it goes with --from merge, cell or index");
+        return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
     }
     return {};
 }
@@ -262,8 +281,8 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     const QList<NumberOption> listNumber = numberOptions(options);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("From a rotation series of electron diffraction frames to cell, indexed reflections and "
-                       "the files of structure solution.\nExit status: 0 the last stage was reached, 1 bad data, "
+        QStringLiteral("From a rotation series of electron diffraction frames to cell, indexed reflections, "
+                       "the files of structure solution and the cell refined from peak pairs.\nExit status: 0 the last stage was reached, 1 bad data, "
                        "2 bad usage."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
@@ -298,7 +317,8 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     }
     options.bWindowDefaults = parser.isSet(QStringLiteral("window-defaults"));
     options.stageFrom = BatchStage(choice(parser, QStringLiteral("from"), batchStageNames(), 0, strError));
-    options.stageTo = BatchStage(choice(parser, QStringLiteral("to"), batchStageNames(), 4, strError));
+    options.stageTo = BatchStage(choice(parser, QStringLiteral("to"), batchStageNames(),
+                                        int(std::max(BatchStage::Index, options.stageFrom)), strError));
     const QStringList listOnOff = {QStringLiteral("off"), QStringLiteral("on")};
     const int nStretch = choice(parser, QStringLiteral("apply-stretching"), listOnOff, -1, strError);
     if (nStretch >= 0) {
@@ -311,6 +331,8 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     options.indexing.m_nSpaceGroup = wholeNumber(parser, QStringLiteral("space-group"), 1, 230, 1, strError);
     options.indexing.m_bOutputStatistics = parser.isSet(QStringLiteral("statistics"));
     options.indexing.m_bOutputIndexing = true;
+    options.bConstantBackground = parser.isSet(QStringLiteral("constant-background"));
+    options.refinement.m_bOutputPeakList = parser.isSet(QStringLiteral("pair-list"));
     options.nGroup = wholeNumber(parser, QStringLiteral("group"), 0, 63, -1, strError);
     options.nJobs = wholeNumber(parser, QStringLiteral("jobs"), 1, 256, 0, strError);
     if (parser.isSet(QStringLiteral("region")) &&

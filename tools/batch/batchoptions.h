@@ -47,6 +47,12 @@ struct BatchOptions {
     PeakMergingParameters merging;
     CellHuntingParameters cell;
     IndexingParameters indexing;
+    RefinementParameters refinement;
+    std::optional<double> dfRefineIntensityLow;
+    std::optional<double> dfRefineIntensityHigh;
+    std::optional<double> dfRefineDStarLow;  ///< Å⁻¹
+    std::optional<double> dfRefineDStarHigh;
+    bool bConstantBackground = false;  ///< refine also with positions fitted beside a constant
 
     bool isProject() const;
 };

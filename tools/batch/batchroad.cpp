@@ -13,8 +13,10 @@
 #include "frames/autoregion.h"
 #include "frames/autothreshold.h"
 #include "frames/peakhunting.h"
+#include "frames/positionrefinement.h"
 #include "frames/shiftevaluation.h"
 #include "frames/shiftjumps.h"
+#include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/centreoffset.h"
 #include "reciprocal/indexing.h"
@@ -36,6 +38,7 @@
 namespace {
 
 const double NO_LIMIT = std::numeric_limits<double>::infinity();
+const double SHORTEST_PAIR = 0.3;  ///< Å⁻¹, between two peaks of a frame
 const double SHIFT_JUMP = 10;  ///< pixels from the neighbours that no drift makes in one frame
 
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
@@ -46,10 +49,10 @@ void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
 }
 
 /// A limit as its box would hold it; the range has been seen to on the command line.
-void takeLimit(const std::optional<double>& dfGiven, double& dfTarget)
+void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, int nDecimals = 2)
 {
     if (dfGiven) {
-        dfTarget = spinBoxValue(*dfGiven, 2, *dfGiven, *dfGiven);
+        dfTarget = spinBoxValue(*dfGiven, nDecimals, -NO_LIMIT, NO_LIMIT);
     }
 }
 
@@ -90,6 +93,70 @@ QJsonArray toArray(const double* pdfValue, int nCount)
     return array;
 }
 
+/// The greatest diagonal of a box that holds the peaks of one frame, pixels.
+double largestExtent(const QVector<QList<Peak3D>>& vecPeak)
+{
+    double dfLargest = 0;
+    for (const QList<Peak3D>& listPeak : vecPeak) {
+        double dfLeft = NO_LIMIT, dfRight = -NO_LIMIT, dfTop = NO_LIMIT, dfBottom = -NO_LIMIT;
+        for (const Peak3D& peak : listPeak) {
+            dfLeft = std::min(dfLeft, peak.dfX2D);
+            dfRight = std::max(dfRight, peak.dfX2D);
+            dfTop = std::min(dfTop, peak.dfY2D);
+            dfBottom = std::max(dfBottom, peak.dfY2D);
+        }
+        if (!listPeak.isEmpty()) {
+            dfLargest = std::max(dfLargest, std::hypot(dfRight - dfLeft, dfBottom - dfTop));
+        }
+    }
+    return dfLargest;
+}
+
+double medianIntensity(const QVector<QList<Peak3D>>& vecPeak)
+{
+    std::vector<double> vecIntensity;
+    for (const QList<Peak3D>& listPeak : vecPeak) {
+        for (const Peak3D& peak : listPeak) {
+            vecIntensity.push_back(peak.dfIPoint);
+        }
+    }
+    if (vecIntensity.empty()) {
+        return -NO_LIMIT;
+    }
+    const auto itMiddle = vecIntensity.begin() + std::ptrdiff_t(vecIntensity.size() / 2);
+    std::nth_element(vecIntensity.begin(), itMiddle, vecIntensity.end());
+    return *itMiddle;
+}
+
+QString limitText(double dfLimit)
+{
+    return std::isinf(dfLimit) ? QStringLiteral("any") : QString::number(dfLimit, 'f', 1);
+}
+
+QString cellText(const double* pdfCell, const double* pdfError)
+{
+    static const char* const aszName[] = {"a", "b", "c", "α", "β", "γ"};
+    QStringList listPart;
+    for (int i = 0; i < 6; ++i) {
+        listPart.append(QStringLiteral("%1=%2(%3)%4")
+                            .arg(QString::fromUtf8(aszName[i])).arg(pdfCell[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(pdfError[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(i < 3 ? QStringLiteral(" Å") : QStringLiteral("°")));
+    }
+    return listPart.join(QStringLiteral(", "));
+}
+
+QJsonObject pairsObject(const DifferenceVectorRefinement& found)
+{
+    return {{QStringLiteral("parameters"), toArray(found.dfCell, 6)},
+            {QStringLiteral("standardErrors"), toArray(found.refinement.dfCellStdErr, 6)},
+            {QStringLiteral("rmsDStar"), found.refinement.dfRmsAfter[0]},
+            {QStringLiteral("pairs"), double(found.nPairs)},
+            {QStringLiteral("groups"), found.listDifference.size()},
+            {QStringLiteral("groupsRejected"), found.nGroupsRejected},
+            {QStringLiteral("vectorsRejected"), found.nVectorsRejected}};
+}
+
 }  // namespace
 
 CBatchRoad::CBatchRoad(const BatchOptions& options, CBatchReport& report) : m_options(options), m_report(report) {}
@@ -114,8 +181,10 @@ bool CBatchRoad::run()
     bool bReached = open();
     for (int nStage = int(BatchStage::Shifts); bReached && nStage <= int(m_options.stageTo); ++nStage) {
         const BatchStage stage = BatchStage(nStage);
-        // Merged reflections have no file: a later start makes them anew from the peak list.
-        if (stage < m_options.stageFrom && stage != BatchStage::Merge) {
+        // Merged reflections have no file, and that of the indexed peaks has only whole pixels: a later start
+        // makes both anew from peak list and cell.
+        const bool bAnew = stage == BatchStage::Merge || stage == BatchStage::Index;
+        if (stage < m_options.stageFrom && !bAnew) {
             continue;
         }
         QElapsedTimer timer;
@@ -155,7 +224,8 @@ bool CBatchRoad::open()
             return fail(strReason);
         }
     }
-    if (m_options.stageFrom <= BatchStage::Peaks && !checkFrameFiles()) {
+    const bool bFramesRead = m_options.stageFrom <= BatchStage::Peaks || m_options.stageTo >= BatchStage::Refine;
+    if (bFramesRead && !checkFrameFiles()) {
         return false;
     }
     return loadEarlierStages();
@@ -336,6 +406,8 @@ bool CBatchRoad::runStage(BatchStage stage)
         return runCell();
     case BatchStage::Index:
         return runIndex();
+    case BatchStage::Refine:
+        return runRefine();
     }
     return false;
 }
@@ -415,7 +487,7 @@ bool CBatchRoad::runPeaks()
     const FileStamp stamp = FileStamp::of(strFile);
     PeakHuntingOptions options;
     options.bSaveEmpty = false;
-    options.nJobs = m_options.nJobs > 0 ? m_options.nJobs : int(std::max(1u, std::thread::hardware_concurrency()));
+    options.nJobs = jobs();
     if (!runPeakHunting(m_dataSet, parameters, filters, m_report, options)) {
         return false;
     }
@@ -426,6 +498,11 @@ bool CBatchRoad::runPeaks()
         return fail(QStringLiteral("No peaks were found on any frame."));
     }
     return replacedSince(stamp, strFile);
+}
+
+int CBatchRoad::jobs() const
+{
+    return m_options.nJobs > 0 ? m_options.nJobs : int(std::max(1u, std::thread::hardware_concurrency()));
 }
 
 bool CBatchRoad::runMerge()
@@ -489,8 +566,16 @@ bool CBatchRoad::runIndex()
         !loadCell(m_options.strCellFile)) {
         return false;
     }
-    CFileKeeper keeper({resultBase() + QStringLiteral(".hkl"), resultBase() + QStringLiteral(".p4p"),
-                        resultBase() + QStringLiteral(".ipf")});
+    // Before a start at a later stage the files of this one stay.
+    const bool bWrite = m_options.stageFrom <= BatchStage::Index;
+    m_options.indexing.m_bOutputIndexing = bWrite;
+    QStringList listFile;
+    for (const char* pszSuffix : {".hkl", ".p4p", ".ipf"}) {
+        if (bWrite) {
+            listFile.append(resultBase() + QLatin1String(pszSuffix));
+        }
+    }
+    CFileKeeper keeper(listFile);
     const IndexingResult result =
         runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing, m_report);
     if (result.status != IndexingStatus::Finished) {
@@ -523,6 +608,70 @@ bool CBatchRoad::runIndex()
                         .arg(strMissing));
     }
     keeper.done();
+    return true;
+}
+
+void CBatchRoad::choosePairLimits()
+{
+    RefinementParameters& parameters = m_options.refinement;
+    if (!m_options.bWindowDefaults) {
+        // A spot that hardly rises above its background leaves its fit to the background.
+        parameters.m_dfRefineIntensityLow = medianIntensity(m_dataSet.m_vecPeakIndexedOnFrame);
+        parameters.m_dfRefineIntensityHigh = NO_LIMIT;
+        parameters.m_dfRefineDStarHigh =
+            largestExtent(m_dataSet.m_vecPeakIndexedOnFrame) * m_dataSet.m_dfPixelSize;
+        // Short vectors say little of the cell; of a small pattern some have to stay.
+        parameters.m_dfRefineDStarLow = std::min(SHORTEST_PAIR, parameters.m_dfRefineDStarHigh / 3);
+    }
+    takeLimit(m_options.dfRefineIntensityLow, parameters.m_dfRefineIntensityLow, 1);
+    takeLimit(m_options.dfRefineIntensityHigh, parameters.m_dfRefineIntensityHigh, 1);
+    takeLimit(m_options.dfRefineDStarLow, parameters.m_dfRefineDStarLow, 3);
+    takeLimit(m_options.dfRefineDStarHigh, parameters.m_dfRefineDStarHigh, 3);
+}
+
+// The same pairs with the positions as hunted and as fitted; nothing but log and summary tells the result.
+bool CBatchRoad::runRefine()
+{
+    choosePairLimits();
+    // The statistics of the indexing may have left another one.
+    m_dataSet.m_spaceGroup.setSpaceGroup(m_options.indexing.m_nSpaceGroup);
+    RefinementParameters& parameters = m_options.refinement;
+    m_report.addMessage(
+        QStringLiteral("Peak pairs: d* from %1 to %2 Å⁻¹, peaks of intensities from %3 to %4.")
+            .arg(parameters.m_dfRefineDStarLow, 0, 'f', 3)
+            .arg(parameters.m_dfRefineDStarHigh, 0, 'f', 3)
+            .arg(limitText(parameters.m_dfRefineIntensityLow), limitText(parameters.m_dfRefineIntensityHigh)));
+    const struct {
+        QString strKey, strName;
+        bool bFit, bConstant;
+    } aRun[] = {{QStringLiteral("wholePixels"), QStringLiteral("peak pairs at hunted positions"), false, false},
+                {QStringLiteral("subPixels"), QStringLiteral("peak pairs at fitted positions"), true, false},
+                {QStringLiteral("subPixelsConstant"),
+                 QStringLiteral("peak pairs at positions fitted beside a constant background"), true, true}};
+    QJsonObject object{{QStringLiteral("dStar"), QJsonArray{parameters.m_dfRefineDStarLow,
+                                                            parameters.m_dfRefineDStarHigh}}};
+    for (const auto& run : aRun) {
+        if (run.bConstant && !m_options.bConstantBackground) {
+            continue;
+        }
+        PositionRefinementOptions fit;
+        fit.nJobs = jobs();
+        fit.bConstantBackground = run.bConstant;
+        parameters.m_bRefine2D = run.bFit;
+        const DifferenceVectorRefinement found = runUnitCellRefinement(
+            m_dataSet, parameters, m_report, [&](const QVector<QList<Peak3D>>& vecPeak) {
+                return refinePeakPosition(m_dataSet, vecPeak, m_report, fit);
+            });
+        if (!found.bRefined) {
+            return fail(QStringLiteral("No cell came out of the %1: %2 pairs, %3 difference vectors.")
+                            .arg(run.strName).arg(found.nPairs).arg(found.listDifference.size()));
+        }
+        m_report.addMessage(QStringLiteral("Cell from the %1: %2.")
+                                .arg(run.strName, cellText(found.dfCell, found.refinement.dfCellStdErr)),
+                            Qt::blue);
+        object[run.strKey] = pairsObject(found);
+        m_summary[QStringLiteral("peakPairs")] = object;
+    }
     return true;
 }
 

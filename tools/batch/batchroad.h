@@ -42,6 +42,9 @@ private:
     bool runMerge();
     bool runCell();
     bool runIndex();
+    bool runRefine();
+    void choosePairLimits();
+    int jobs() const;
     void refineCell(const QList<Peak3D>& listIndexed);
     void reportCentreOffset(const IndexingResult& result);
     void roundParameters();

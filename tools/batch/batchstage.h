@@ -4,13 +4,13 @@
 #include <QString>
 #include <QStringList>
 
-enum class BatchStage { Shifts, Peaks, Merge, Cell, Index };
+enum class BatchStage { Shifts, Peaks, Merge, Cell, Index, Refine };
 
 /// The names as the command line has them, in the order of the road.
 inline const QStringList& batchStageNames()
 {
     static const QStringList list = {QStringLiteral("shifts"), QStringLiteral("peaks"), QStringLiteral("merge"),
-                                     QStringLiteral("cell"), QStringLiteral("index")};
+                                     QStringLiteral("cell"), QStringLiteral("index"), QStringLiteral("refine")};
     return list;
 }
 

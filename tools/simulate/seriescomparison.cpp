@@ -111,16 +111,19 @@ QString relationText(LatticeMatch::Relation relation)
             return QStringLiteral("none");
     }
 }
-// The refined cell of a driver's summary, Å and degrees.
-bool readRefinedCell(const QString& strSummary, std::array<double, 6>& adfCell)
+
+QJsonObject readSummary(const QString& strSummary)
 {
     QFile file(strSummary);
     if (strSummary.isEmpty() || !file.open(QIODevice::ReadOnly))
-        return false;
-    const QJsonArray array = QJsonDocument::fromJson(file.readAll())
-                                 .object()[QStringLiteral("refined")]
-                                 .toObject()[QStringLiteral("parameters")]
-                                 .toArray();
+        return {};
+    return QJsonDocument::fromJson(file.readAll()).object();
+}
+
+// A refined cell of a driver's summary, Å and degrees.
+bool readRefinedCell(const QJsonValue& value, std::array<double, 6>& adfCell)
+{
+    const QJsonArray array = value.toObject()[QStringLiteral("parameters")].toArray();
     for (int i = 0; i < 6; ++i)
         adfCell[size_t(i)] = array.at(i).toDouble();
     return array.size() == 6;
@@ -248,10 +251,17 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
     const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
     comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
     std::array<double, 6> adfRefined;
-    if (comparison.lattice.relation != LatticeMatch::None && readRefinedCell(strSummary, adfRefined)) {
+    if (comparison.lattice.relation == LatticeMatch::None)
+        return true;
+    const QJsonObject summary = readSummary(strSummary);
+    if (readRefinedCell(summary[QStringLiteral("refined")], adfRefined)) {
         comparison.bRefined = true;
         comparison.refined = errorsOfCell(adfRefined, comparison.lattice, truth.matBasis);
     }
+    const QJsonObject pairs = summary[QStringLiteral("peakPairs")].toObject();
+    for (auto it = pairs.begin(); it != pairs.end(); ++it)
+        if (readRefinedCell(it.value(), adfRefined))
+            comparison.mapPairs[it.key()] = errorsOfCell(adfRefined, comparison.lattice, truth.matBasis);
     return true;
 }
 
@@ -269,6 +279,10 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
                                       {QStringLiteral("spots"), comparison.anSpots[i]},
                                       {QStringLiteral("found"), comparison.anFound[i]},
                                       {QStringLiteral("share"), comparison.foundShare(i)}});
+    QJsonObject pairs;
+    for (const auto& [strName, errors] : comparison.mapPairs)
+        pairs[strName] = QJsonObject{{QStringLiteral("lengthErrorPercent"), array(errors.adfLength)},
+                                     {QStringLiteral("angleErrorDegrees"), array(errors.adfAngle)}};
     const LatticeMatch& lattice = comparison.lattice;
     return {{QStringLiteral("cellRead"), comparison.bCellRead},
             {QStringLiteral("latticeRight"), lattice.isRight()},
@@ -281,6 +295,7 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
             {QStringLiteral("refinedLengthErrorPercent"), array(comparison.refined.adfLength)},
             {QStringLiteral("refinedAngleErrorDegrees"), array(comparison.refined.adfAngle)},
             {QStringLiteral("refined"), comparison.bRefined},
+            {QStringLiteral("peakPairs"), pairs},
             {QStringLiteral("peaks"), comparison.nPeaks},
             {QStringLiteral("indexed"), comparison.nIndexed},
             {QStringLiteral("indexedRight"), comparison.nIndexedRight},
@@ -325,6 +340,8 @@ QString comparisonToText(const SeriesComparison& comparison)
     str += errorsText(QStringLiteral("errors "), lattice.errors);
     if (comparison.bRefined)
         str += errorsText(QStringLiteral("refined"), comparison.refined);
+    for (const auto& [strName, errors] : comparison.mapPairs)
+        str += errorsText(QStringLiteral("pairs, ") + strName, errors);
     str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
                .arg(comparison.nIndexedRight)
                .arg(comparison.nIndexed)

@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <map>
 #include <vector>
 
 /// A peak as the peak list (.pk) or the list of indexed peaks (.ipf) tells it.
@@ -57,6 +58,7 @@ struct SeriesComparison {
     bool bCellRead = false;
     bool bRefined = false;  ///< a summary with a refined cell was given
     CellErrors refined;
+    std::map<QString, CellErrors> mapPairs;  ///< of the cells from peak pairs, by their names in the summary
     int nPeaks = 0;         ///< in the peak list
     int nIndexed = 0;       ///< rows of the .ipf file
     int nIndexedRight = 0;  ///< with the indices of the strongest truth spot within the radius
@@ -78,7 +80,7 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
                                   double dfRadius = 3);
 
 /// Reads BASE.pk, BASE.uc and BASE.ipf, whatever of them exists, and compares.
-/// @param strSummary  a summary of tessera-batch with the refined cell of the same run; may be empty
+/// @param strSummary  a summary of tessera-batch with the refined cells of the same run; may be empty
 /// @return false with a reason when the truth or the peak list cannot be read
 bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
                         SeriesComparison& comparison, QString& strError);
