@@ -338,8 +338,10 @@ private:
     bool runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
     /// Whether the call comes during a run that goes by m_bRunning, which it stops.
     bool stopsRun();
-    /// False, with a red line, for a list of as many frames as the series that holds no peak at all.
+    /// False, with a red line, when there is no peak at all.
     bool holdsPeaks(const QVector<QList<Peak3D>>& vecPeak);
+    /// Whether a run over the frames makes sense for these peaks.
+    bool canMeasure(const QVector<QList<Peak3D>>& vecPeak);
     PositionRefinementOptions positionOptions(CRunReport& report);
     /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another cell.
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);

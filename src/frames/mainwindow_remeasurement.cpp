@@ -62,13 +62,17 @@ bool MainWindow::stopsRun()
 
 bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
 {
-    // Another number of frames is for the run to tell.
-    if (vecPeak.size() != m_dataSet.m_listFrameFile.size() ||
-        std::any_of(vecPeak.begin(), vecPeak.end(), [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
+    if (std::any_of(vecPeak.begin(), vecPeak.end(), [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
         return true;
     WindowReport(*this).addMessage(
         QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
     return false;
+}
+
+bool MainWindow::canMeasure(const QVector<QList<Peak3D>>& vecPeak)
+{
+    // Another number of frames is for the run to tell; a run on no peak at all would only put others away.
+    return vecPeak.size() != m_dataSet.m_listFrameFile.size() || holdsPeaks(vecPeak);
 }
 
 bool MainWindow::fitDirectBeam()
@@ -125,13 +129,13 @@ QVector<std::vector<std::vector<double>>> MainWindow::refinePeakPositionOnFrame(
 
 void MainWindow::runIntensityExtraction()
 {
-    if (!stopsRun() && holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame))
+    if (!stopsRun() && canMeasure(m_dataSet.m_vecPeakIndexedOnFrame))
         refinePeakPositionOnFrame(m_dataSet.m_vecPeakIndexedOnFrame);
 }
 
 bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
 {
-    if (stopsRun() || !holdsPeaks(peaksSorted))
+    if (stopsRun() || !canMeasure(peaksSorted))
         return false;
     bool bResult = false;
     runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {

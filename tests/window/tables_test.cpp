@@ -218,7 +218,7 @@ TEST_F(Tables, Actions)
     };
     auto* pActions = m_pWindow->findChild<WindowActions*>();
     const QList<QAction*> listAction = pActions->findChildren<QAction*>();
-    EXPECT_EQ(listAction.size(), int(std::size(aRow)) + 20) << "20 recent data sets";
+    EXPECT_EQ(listAction.size(), int(std::size(aRow)) + 20 + 14) << "20 recent data sets, 14 tools";
     for (const auto& row : aRow) {
         SCOPED_TRACE(row.pchText);
         const QAction* pFound = nullptr;
@@ -262,15 +262,19 @@ TEST_F(Tables, MenusBarsAndDocks)
     for (int i = 0; i < 20; ++i)
         listFile += QString();
     const QMenuBar* pMenuBar = m_pWindow->menuBar();
-    EXPECT_EQ(contents(pMenuBar), QStringList({"&File", "&Edit", "&View", "&Window", "-", "&Help"}));
+    EXPECT_EQ(contents(pMenuBar), QStringList({"&File", "&Edit", "&View", "&Window", "&Tools", "-", "&Help"}));
     const QStringList aMenu[] = {listFile + QStringList{"-", "E&xit"},
                                  {"Copy Window"},
                                  QStringList{"Zoom &In", "Zoom &Out", "-"} + listPalette,
                                  listDock,
+                                 {"&Intensity Extraction...", "&Extract Intensities", "-", "&Fit Direct Beam",
+                                  "Refine &Direct Beam Position", "Test Rotation &Axis", "-",
+                                  "Refine &Basis Vectors", "Refine Cell by Frame &Numbers", "-",
+                                  "Export &Peaks...", "Test &Runs", "-", "&Stop"},
                                  {},
                                  {"A&bout Tessera...", "-", "About Qt..."}};
-    for (int i = 0; i < 6; ++i)
-        if (i != 4) {  // the separator
+    for (int i = 0; i < 7; ++i)
+        if (i != 5) {  // the separator
             ASSERT_NE(pMenuBar->actions()[i]->menu(), nullptr) << i;
             EXPECT_EQ(contents(pMenuBar->actions()[i]->menu()), aMenu[i]) << i;
         }
@@ -446,8 +450,9 @@ TEST_F(Tables, ButtonsOfThePages)
         {pchRefine, "", "Refine 2D Positions to Sub-pixel Accuracy", "", "", "c"},
         {pchRefine, "", "Output Peak List to the Message Window", "", "", "c"},
         {pchRefine, "", "&Run", "", "Run unit cell refinement using indexed peaks in the frames", "rb"},
-        {pchRefine, "", "&Run from HKL list...", "", "Run unit cell refinement using an hkl list in file",
-         ""},
+        {pchRefine, "", "&Run from HKL list...",
+         "Sums the frames of each beam tilt series and exports the sums as MRC files to a folder",
+         "Run unit cell refinement using an hkl list in file", ""},
     };
     for (const auto& row : aRow) {
         SCOPED_TRACE(testing::Message() << row.pchPage << ", " << row.pchGroup << ", " << row.pchText);

@@ -3,11 +3,13 @@
 //
 //   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
 #include "app/mainwindow.h"
+#include "frames/pages/framespage.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QGraphicsView>
 #include <QGroupBox>
@@ -37,6 +39,7 @@ const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
 const int g_nDialogTries = 50;
 const int g_nIntensityColumn = 7;
 const int g_nCurveRow = 3;
+const double g_dfWrongAxis = 15;  // degrees
 
 template <typename T>
 QString textOf(const T* p)
@@ -96,6 +99,15 @@ public:
                 std::fprintf(stderr, "%s could not be made in its size\n", qPrintable(strFile));
                 std::exit(1);
             }
+        }
+    }
+
+    void keep(const QString& strName, const QPixmap& pixmap)
+    {
+        const QString strFile = m_dirOut.filePath(strName + QStringLiteral(".png"));
+        if (!pixmap.save(strFile)) {
+            std::fprintf(stderr, "%s could not be made\n", qPrintable(strFile));
+            std::exit(1);
         }
     }
 
@@ -243,6 +255,20 @@ int main(int argc, char** argv)
     camera.openPage(QStringLiteral("Unit Cell Refinement"));
     find<QAction>(&window, QStringLiteral("Show Peak Labels"))->trigger();
     camera.shoot(QStringLiteral("labels"));
+
+    // Where the cell expects reflections, on the peaks of a frame; then with the axis 15 degrees off.
+    find<QAction>(&window, QStringLiteral("Show Peak Labels"))->trigger();
+    find<QAction>(&window, QStringLiteral("&Intensity Extraction..."))->trigger();
+    QWidget* pExtraction = find<QCheckBox>(&window, QStringLiteral("Show Estimated Peak Position"))->parentWidget();
+    camera.keep(QStringLiteral("extraction"), pExtraction->grab());
+    find<QCheckBox>(pExtraction, QStringLiteral("Show Estimated Peak Position"))->setChecked(true);
+    pExtraction->close();
+    camera.openPage(QStringLiteral("Frames"));
+    camera.shoot(QStringLiteral("predicted"));
+    QDoubleSpinBox* pAxis = window.findChild<FramesPage*>()->m_pRotationAxisSpin;
+    pAxis->setValue(pAxis->value() + g_dfWrongAxis);
+    camera.shoot(QStringLiteral("predicted_wrong_axis"));
+    pAxis->setValue(pAxis->value() - g_dfWrongAxis);
     find<QAction>(&window, QStringLiteral("A&bout Tessera..."))->trigger();
     camera.shoot(QStringLiteral("about"));
     return 0;
