@@ -1,6 +1,7 @@
 // The stages apart and together, one thread and several, on a simulated series.
 #include "batchprogram.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -106,6 +107,54 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     // The threshold of the page in place of the one from the noise.
     EXPECT_NE(merged({"--from", "peaks"})["peakThreshold"].toDouble(), 1);
     EXPECT_EQ(merged({"--from", "peaks", "--window-defaults"})["peakThreshold"].toDouble(), 1);
+}
+
+TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
+{
+    ASSERT_EQ(batch("r", {"--to", "index"}).nStatus, 0);
+    const auto refined = [&](const QStringList& listMore, int nStatus = 0) {
+        const BatchOutcome outcome = batch("r", QStringList{"--json", m_dir.filePath("r.json")} + listMore);
+        EXPECT_EQ(outcome.nStatus, nStatus) << outcome.strText.toStdString();
+        QJsonObject summary = QJsonDocument::fromJson(readBytes(m_dir.filePath("r.json"))).object();
+        EXPECT_EQ(summary["stage"].toString(), nStatus == 0 ? "refine" : "index");
+        summary["log"] = outcome.strText;
+        return summary;
+    };
+    // The indices of a later start are those of the stage index, whose files it leaves alone.
+    const QJsonObject through = refined({"--from", "index", "--to", "refine", "--constant-background"});
+    for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
+        writeBytes(m_dir.filePath(QStringLiteral("r/q.") + pszSuffix), "earlier");
+    }
+    const QJsonObject later = refined({"--from", "refine", "--constant-background", "--jobs", "3", "--statistics"});
+    EXPECT_EQ(later["peakPairs"], through["peakPairs"]);
+    for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
+        EXPECT_EQ(result("r", pszSuffix), "earlier") << pszSuffix;
+    }
+    const QJsonObject pairs = later["peakPairs"].toObject();
+    const QJsonArray arrayIndexed = later["refined"].toObject()["parameters"].toArray();
+    for (const char* pszRun : {"wholePixels", "subPixels", "subPixelsConstant"}) {
+        const QJsonObject run = pairs[pszRun].toObject();
+        EXPECT_GT(run["pairs"].toInt(), run["groups"].toInt()) << pszRun;
+        EXPECT_GT(run["groups"].toInt(), 20) << pszRun;
+        EXPECT_GE(run["vectorsRejected"].toInt(-1), run["groupsRejected"].toInt(-2)) << pszRun;
+        for (int i = 0; i < 6; ++i) {
+            const double dfIndexed = arrayIndexed[i].toDouble();
+            EXPECT_NEAR(run["parameters"].toArray()[i].toDouble() / dfIndexed, 1, 0.015) << pszRun << i;
+            EXPECT_GT(run["standardErrors"].toArray()[i].toDouble(), 0) << pszRun << i;
+        }
+    }
+    EXPECT_NE(pairs["wholePixels"], pairs["subPixels"]);
+    EXPECT_NE(pairs["subPixels"], pairs["subPixelsConstant"]);
+
+    const auto limited = refined({"--from", "refine", "--refine-dstar-low", "0.5", "--refine-dstar-high", "1"});
+    EXPECT_EQ(limited["peakPairs"].toObject()["dStar"], (QJsonArray{0.5, 1}));
+    EXPECT_LT(limited["peakPairs"].toObject()["wholePixels"].toObject()["pairs"].toInt(),
+              pairs["wholePixels"].toObject()["pairs"].toInt());
+    EXPECT_FALSE(limited["peakPairs"].toObject().contains("subPixelsConstant"));
+    EXPECT_TRUE(refined({"--from", "refine", "--window-defaults", "--refine-dstar-low", "0.4"})["log"]
+                    .toString().contains("d* from 0.400 to 2.000 Å⁻¹, peaks of intensities from 100.0 to 32768.0"));
+    EXPECT_TRUE(refined({"--from", "refine", "--refine-dstar-low", "50", "--refine-dstar-high", "90"}, 1)["log"]
+                    .toString().contains("No cell came out of the peak pairs at hunted positions: 0 pairs"));
 }
 
 TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)

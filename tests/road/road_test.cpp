@@ -32,6 +32,8 @@ std::ostream& operator<<(std::ostream& stream, const RoadCase& road)
 
 class Road : public testing::TestWithParam<RoadCase> {};
 
+const char* const g_pRefine = "--to refine --constant-background";
+
 QStringList words(const char* p)
 {
     return QString::fromLatin1(p).split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -73,6 +75,14 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
         EXPECT_LT(std::abs(c.refined.adfAngle[i]), 0.1);
     }
     EXPECT_TRUE(c.bRefined);
+    if (words(road.pBatchOptions).contains(QStringLiteral("refine"))) {
+        ASSERT_EQ(c.mapPairs.size(), 3u);
+        for (const auto& [strName, errors] : c.mapPairs)
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_LT(std::abs(errors.adfLength[i]), 0.1) << strName.toStdString();
+                EXPECT_LT(std::abs(errors.adfAngle[i]), 0.1) << strName.toStdString();
+            }
+    }
     EXPECT_GE(c.nIndexed, road.nReflections);
     EXPECT_GE(c.rightShare(), 0.99);
     EXPECT_GE(c.foundShare(1), 0.9);
@@ -85,11 +95,11 @@ INSTANTIATE_TEST_SUITE_P(
                     RoadCase{"pyrope", "--format mrcu16", "", 3000},           // cubic I
                     RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},  // hexagonal P
                     RoadCase{"calcite", "--format mrcfloat", "", 700},         // rhombohedral R
-                    RoadCase{"akermanite", "--spot-shape moffat", "", 2000},   // tetragonal P
+                    RoadCase{"akermanite", "--spot-shape moffat", g_pRefine, 2000},   // tetragonal P
                     RoadCase{"anatase", "--axis 90", "", 400},                 // tetragonal I
                     RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "",
                              3000},                                      // orthorhombic F
                     RoadCase{"forsterite", "--beam-tilt 10", "", 1500},  // orthorhombic P
-                    RoadCase{"diopside", "--drift 15", "", 1200},        // monoclinic C
-                    RoadCase{"kyanite", "--orientation 7", "", 1400}),   // triclinic
+                    RoadCase{"diopside", "--drift 15", g_pRefine, 1200},        // monoclinic C
+                    RoadCase{"kyanite", "--orientation 7", g_pRefine, 1400}),   // triclinic
     [](const testing::TestParamInfo<RoadCase>& one) { return std::string(one.param.pCrystal); });
