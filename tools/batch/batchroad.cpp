@@ -669,6 +669,14 @@ bool CBatchRoad::runRefine()
         m_report.addMessage(QStringLiteral("Cell from the %1: %2.")
                                 .arg(run.strName, cellText(found.dfCell, found.refinement.dfCellStdErr)),
                             Qt::blue);
+        if (9 * found.nGroupsRejected > found.listDifference.size()) {
+            m_report.addMessage(
+                QStringLiteral("Warning: %1 of %2 groups of pairs disagree; the %3 are not to be trusted. Try "
+                               "--constant-background or a greater --refine-intensity-low.")
+                    .arg(found.nGroupsRejected).arg(found.nGroupsRejected + found.listDifference.size())
+                    .arg(run.strName),
+                Qt::red);
+        }
         object[run.strKey] = pairsObject(found);
         m_summary[QStringLiteral("peakPairs")] = object;
     }
