@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/records/runparameters.h"
+#include "tools/batch/batchexports.h"
 #include "tools/batch/batchstage.h"
 
 #include <QRect>
@@ -47,6 +48,7 @@ struct BatchOptions {
     PeakMergingParameters merging;
     CellHuntingParameters cell;
     IndexingParameters indexing;
+    BatchExports exports;
 
     bool isProject() const;
 };
