@@ -129,7 +129,8 @@ struct Mapper {
     void map(const double* pdfX, const double* pdfY, double dfX, double dfY, int nCount, Block& block) const
     {
         const float fSquare = (0.f - fK) * (0.f - fK);
-        const double dfMinusK = double(0.f - fK);
+        // Without a sphere the beam alone has a place.
+        const double dfMinusK = std::isfinite(fK) ? double(0.f - fK) : 0.0;
         for (int n = 0; n < nCount; ++n) {
             const float wx = float(pdfX[n] + dfX);
             const float wy = float(pdfY[n] + dfY);
