@@ -8,7 +8,8 @@ JOBS=${JOBS:-$(nproc)}
 PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
               libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev
               qt5-image-formats-plugins fonts-dejavu-core)
-PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev libglu1-mesa-dev xvfb xauth)
+PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev libglu1-mesa-dev xvfb xauth
+               python3-fabio python3-gemmi python3-mrcfile python3-numpy python3-pil)
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {

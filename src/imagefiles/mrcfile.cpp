@@ -3,7 +3,6 @@
 #include "app/records/wholefile.h"
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <new>
 
 #include "imagefiles/filebuffer.h"
+#include "imagefiles/mrcwriter.h"
 #include "imagefiles/pixelconvert.h"
 
 namespace {
@@ -149,61 +149,6 @@ void takeOver(ImageList& vecRead, ImageList& vecImage)
     std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
 }
 
-template <class T>
-constexpr int modeOf();
-template <>
-constexpr int modeOf<float>()
-{
-    return 2;
-}
-template <>
-constexpr int modeOf<short>()
-{
-    return 1;
-}
-template <>
-constexpr int modeOf<unsigned short>()
-{
-    return 6;
-}
-
-void floatToBytes(float fValue, uint8_t* p)
-{
-    uint32_t nBits;
-    std::memcpy(&nBits, &fValue, sizeof(nBits));
-    qToLittleEndian(nBits, p);
-}
-
-void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* pHeader)
-{
-    std::memset(pHeader, 0, HEADER_SIZE);
-    const struct {
-        int nOffset;
-        int32_t nValue;
-    } aField[] = {{0, nX},  {4, nY},  {8, nZ}, {12, nMode}, {28, nX},
-                  {32, nY}, {36, nZ}, {64, 1}, {68, 2},     {72, 3}};
-    for (const auto& field : aField)
-        qToLittleEndian(field.nValue, pHeader + field.nOffset);
-    floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell: one unit per pixel
-    floatToBytes(static_cast<float>(nY), pHeader + 44);
-    floatToBytes(static_cast<float>(nZ), pHeader + 48);
-    pHeader[212] = 0x44;  // machine stamp: little-endian
-    pHeader[213] = 0x41;
-}
-
-int saveWhole(const QString& strFileName, const uint8_t* pData, size_t nSize)
-{
-    QSaveFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return 0;
-    const qint64 nBytes = static_cast<qint64>(nSize);
-    if (nBytes > 0 && file.write(reinterpret_cast<const char*>(pData), nBytes) != nBytes) {
-        file.cancelWriting();
-        return 0;
-    }
-    return commitWhole(file) ? 1 : 0;
-}
-
 }  // namespace
 
 int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, int nMaxSections)
@@ -288,24 +233,15 @@ int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strF
     const int nHeight = heightOf(vecImage.front());
     for (const CImgObj<T>* pImage : vecImage)
         if (widthOf(pImage) != nWidth || heightOf(pImage) != nHeight)
-            return saveWhole(strFileName, nullptr, 0);
+            return writeWholeFile(strFileName, {}, false) ? 1 : 0;
 
-    const size_t nRowBytes = static_cast<size_t>(nWidth) * sizeof(T);
-    const size_t nSize = HEADER_SIZE + vecImage.size() * static_cast<size_t>(nHeight) * nRowBytes;
-    const std::unique_ptr<uint8_t[]> pOutput(new (std::nothrow) uint8_t[nSize]);
-    if (!pOutput)
+    CMrcWriter<T> writer;
+    if (!writer.open(strFileName, nWidth, nHeight, static_cast<int>(vecImage.size())))
         return 0;
-    headerToBytes(nWidth, nHeight, static_cast<int32_t>(vecImage.size()), modeOf<T>(), pOutput.get());
-    uint8_t* pRow = pOutput.get() + HEADER_SIZE;
     for (const CImgObj<T>* pImage : vecImage)
-        for (int y = nHeight - 1; y >= 0; --y, pRow += nRowBytes) {
-            const T* pSource = pImage->Data() + static_cast<size_t>(y) * static_cast<size_t>(nWidth);
-            if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN)
-                std::memcpy(pRow, pSource, nRowBytes);
-            else
-                qToLittleEndian<T>(pSource, nWidth, pRow);
-        }
-    return saveWhole(strFileName, pOutput.get(), nSize);
+        if (!writer.addSection(pImage ? pImage->Data() : nullptr))
+            return 0;
+    return writer.commit() ? 1 : 0;
 }
 
 template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&);

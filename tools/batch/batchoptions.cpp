@@ -118,6 +118,13 @@ QList<NumberOption> numberOptions(BatchOptions& o)
          "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
          "--window-defaults " + QString::number(refine.m_dfRefineDStarHigh),
          0, 1000, true, into(o.dfRefineDStarHigh)},
+        {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20, false,
+         into(o.exports.dfScale)},
+        {"contrast-min", "counts",
+         "export pictures, and volume scaled: pixel value that becomes 0; default auto, from the first frame",
+         -1000000, 1000000, true, into(o.exports.dfContrastMin)},
+        {"contrast-max", "counts", "likewise: pixel value that becomes 255", -1000000, 1000000, true,
+         into(o.exports.dfContrastMax)},
     };
 }
 
@@ -200,6 +207,17 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"window-defaults", "Start values of the window's pages instead of auto."},
         {"jobs", "Frames hunted side by side; the files are the same for every number; default: one per core.",
          "number"},
+        {"export", "Write other forms of the data after the last stage; a list, or given several times: smv "
+                   "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
+                   "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
+                   "(indexed peaks by frame, which the stage index writes anyhow). smv and volume need shifts.",
+         "kind,..."},
+        {"export-only", "Run no stage: read the shifts from their file and export."},
+        {"export-folder", "Folder of the pictures; default: that of the result files.", "folder"},
+        {"export-format", "Format of the pictures: bmp, png, jpg or tif; default png.", "format"},
+        {"volume-edge", "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
+                        "memory per voxel.", "number"},
+        {"volume-type", "Values of the volume: raw or scaled to 0 to 255; default raw.", "raw|scaled"},
         {"json", "Write a summary of what was found.", "file"},
     });
     for (const NumberOption& option : listNumber) {
@@ -234,6 +252,34 @@ bool takeNumbers(const QCommandLineParser& parser, const QList<NumberOption>& li
     return true;
 }
 
+void takeExports(const QCommandLineParser& parser, BatchExports& exports, QString& strError)
+{
+    for (const QString& strList : parser.values(QStringLiteral("export"))) {
+        for (const QString& strKind : strList.split(QLatin1Char(','))) {
+            if (!batchExportNames().contains(strKind) && strError.isEmpty()) {
+                strError = QStringLiteral("--export %1: not one of %2")
+                               .arg(strKind, batchExportNames().join(QStringLiteral(", ")));
+            }
+            if (!exports.listKind.contains(strKind)) {
+                exports.listKind.append(strKind);
+            }
+        }
+    }
+    exports.bOnly = parser.isSet(QStringLiteral("export-only"));
+    if (exports.bOnly && (parser.isSet(QStringLiteral("from")) || parser.isSet(QStringLiteral("to"))) &&
+        strError.isEmpty()) {
+        strError = QStringLiteral("--export-only runs no stage: --from and --to do not go with it");
+    }
+    exports.strPictureFolder = parser.value(QStringLiteral("export-folder"));
+    const QStringList listFormat = {QStringLiteral("bmp"), QStringLiteral("png"), QStringLiteral("jpg"),
+                                    QStringLiteral("tif")};
+    exports.strPictureFormat =
+        listFormat.value(choice(parser, QStringLiteral("export-format"), listFormat, 1, strError));
+    exports.nVolumeEdge = wholeNumber(parser, QStringLiteral("volume-edge"), 10, 2000, 500, strError);
+    exports.bVolumeScaled = choice(parser, QStringLiteral("volume-type"), {"raw", "scaled"}, 0, strError) == 1;
+    exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
+}
+
 /// Rules that concern more than one option.
 QString contradiction(const BatchOptions& o)
 {
@@ -261,6 +307,13 @@ QString contradiction(const BatchOptions& o)
             QFileInfo(strFile).absoluteFilePath() == QFileInfo(o.strJsonFile).absoluteFilePath()) {
             return QStringLiteral("--json %1 would overwrite an input file").arg(o.strJsonFile);
         }
+    }
+    const BatchExports& exports = o.exports;
+    if (exports.bOnly && exports.listKind.isEmpty()) {
+        return QStringLiteral("--export-only needs --export");
+    }
+    if (exports.listKind.contains(QStringLiteral("ipf")) && (exports.bOnly || o.stageTo < BatchStage::Index)) {
+        return QStringLiteral("--export ipf needs the stage index");
     }
     if (o.nGroup >= 0 && o.stageFrom < BatchStage::Merge) {
         return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
@@ -310,7 +363,7 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     options.strMaskFile = parser.value(QStringLiteral("mask"));
     options.strCellFile = parser.value(QStringLiteral("cell"));
     options.strJsonFile = parser.value(QStringLiteral("json"));
-    for (const char* pszName : {"out", "mask", "cell", "json"}) {
+    for (const char* pszName : {"out", "mask", "cell", "json", "export-folder"}) {
         if (parser.isSet(QLatin1String(pszName)) && parser.value(QLatin1String(pszName)).isEmpty()) {
             strError = QStringLiteral("--%1: no name given").arg(QLatin1String(pszName));
         }
@@ -333,6 +386,7 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     options.indexing.m_bOutputIndexing = true;
     options.bConstantBackground = parser.isSet(QStringLiteral("constant-background"));
     options.refinement.m_bOutputPeakList = parser.isSet(QStringLiteral("pair-list"));
+    takeExports(parser, options.exports, strError);
     options.nGroup = wholeNumber(parser, QStringLiteral("group"), 0, 63, -1, strError);
     options.nJobs = wholeNumber(parser, QStringLiteral("jobs"), 1, 256, 0, strError);
     if (parser.isSet(QStringLiteral("region")) &&

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/records/runparameters.h"
+#include "tools/batch/batchexports.h"
 #include "tools/batch/batchstage.h"
 
 #include <QRect>
@@ -53,6 +54,7 @@ struct BatchOptions {
     std::optional<double> dfRefineDStarLow;  ///< Å⁻¹
     std::optional<double> dfRefineDStarHigh;
     bool bConstantBackground = false;  ///< refine also with positions fitted beside a constant
+    BatchExports exports;
 
     bool isProject() const;
 };

@@ -178,7 +178,16 @@ QString CBatchRoad::resultBase() const
 bool CBatchRoad::run()
 {
     m_summary[QStringLiteral("stage")] = QStringLiteral("none");
-    bool bReached = open();
+    bool bReached = open() && (m_options.exports.bOnly || runStages());
+    bReached = bReached && runExports();
+    m_summary[QStringLiteral("reached")] = bReached;
+    m_summary[QStringLiteral("seconds")] = m_times;
+    return bReached;
+}
+
+bool CBatchRoad::runStages()
+{
+    bool bReached = true;
     for (int nStage = int(BatchStage::Shifts); bReached && nStage <= int(m_options.stageTo); ++nStage) {
         const BatchStage stage = BatchStage(nStage);
         // Merged reflections have no file, and that of the indexed peaks has only whole pixels: a later start
@@ -196,9 +205,29 @@ bool CBatchRoad::run()
             m_summary[QStringLiteral("stage")] = batchStageName(stage);
         }
     }
-    m_summary[QStringLiteral("reached")] = bReached;
-    m_summary[QStringLiteral("seconds")] = m_times;
     return bReached;
+}
+
+/// One export that fails keeps none of the others back.
+bool CBatchRoad::runExports()
+{
+    QJsonArray arrayDone;
+    bool bAll = true;
+    for (const QString& strKind : m_options.exports.listKind) {
+        QElapsedTimer timer;
+        timer.start();
+        roundParameters();
+        const bool bDone = runBatchExport(strKind, m_options.exports, m_dataSet, m_report);
+        m_times[strKind] = double(timer.elapsed()) / 1000;
+        if (bDone) {
+            arrayDone.append(strKind);
+        }
+        bAll = bAll && bDone;
+    }
+    if (!m_options.exports.listKind.isEmpty()) {
+        m_summary[QStringLiteral("exported")] = arrayDone;
+    }
+    return bAll;
 }
 
 bool CBatchRoad::open()
@@ -224,7 +253,8 @@ bool CBatchRoad::open()
             return fail(strReason);
         }
     }
-    const bool bFramesRead = m_options.stageFrom <= BatchStage::Peaks || m_options.stageTo >= BatchStage::Refine;
+    const bool bFramesRead = m_options.stageFrom <= BatchStage::Peaks || m_options.stageTo >= BatchStage::Refine ||
+                             !m_options.exports.listKind.isEmpty();
     if (bFramesRead && !checkFrameFiles()) {
         return false;
     }
@@ -308,6 +338,12 @@ bool CBatchRoad::checkFrameFiles()
 
 bool CBatchRoad::loadEarlierStages()
 {
+    if (m_options.exports.bOnly) {
+        const bool bRead = !m_options.exports.needsShifts() || loadShifts();
+        takeOver(m_options.dfCenterX, m_dataSet.m_dfCenterX);
+        takeOver(m_options.dfCenterY, m_dataSet.m_dfCenterY);
+        return bRead;
+    }
     if (m_options.stageFrom > BatchStage::Shifts && !loadShifts()) {
         return false;
     }

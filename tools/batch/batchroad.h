@@ -36,6 +36,8 @@ private:
     bool loadCell(const QString& strFileName);
     QString earlierCellFile() const;
     bool writeShifts(const QString& strFileName);
+    bool runStages();
+    bool runExports();
     bool runStage(BatchStage stage);
     bool runShifts();
     bool runPeaks();

@@ -1,0 +1,38 @@
+#include "frames/imageseries.h"
+
+#include "frames/seriesexport.h"
+#include "imagefiles/imagesaving.h"
+#include "imaging/histogram.h"
+
+#include <QFileInfo>
+
+#include <new>
+
+bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
+                double dfContrastMin, double dfContrastMax, CRunReport& report)
+{
+    if (strExtension.isEmpty()) {
+        report.addMessage(QStringLiteral("Invalid export image type."), Qt::red);
+        return false;
+    }
+    SeriesExport what;
+    what.listFrameFile = dataSet.m_listFrameFile;
+    what.listHotPixel = dataSet.m_listHotPixel;
+    what.strName = QStringLiteral("Exporting image series");
+    what.strStartLine = QStringLiteral("%1>Exporting image series started.");
+    what.strEndLine = QStringLiteral("%1>Exporting image series finished.");
+    what.strLoadFailed = QStringLiteral("Failed to load %1. Stop.");
+    what.bStopAtFailedWrite = true;
+    what.fnTarget = [&](const QString& strFrame) {
+        return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
+    };
+    what.fnWrite = [&](int, const CImgObj<float>& image, const QString& strTarget, QString& strReason) {
+        CImgObj<unsigned char> imgByte;
+        if (!imgByte.Create(image.Width(), image.Height()))
+            throw std::bad_alloc();
+        FloatToByte(image.Data(), imgByte.Data(), image.Width() * image.Height(), float(dfContrastMin),
+                    float(dfContrastMax), 0, 255);
+        return saveImage(&imgByte, strTarget, &strReason);
+    };
+    return exportSeries(what, report);
+}

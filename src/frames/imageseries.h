@@ -1,0 +1,16 @@
+// saveSeries: the frames of a series as pictures.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+
+#include <QString>
+
+/// Writes the first image of each frame as an 8-bit grey picture into a folder, under the frame's name
+/// without its last suffix. Existing files are replaced. See exportSeries() for what goes wrong.
+///
+/// @param strExtension   with the dot, as imageTypeExtension() gives it; an empty one is refused in red
+/// @param dfContrastMin  the pixel value that becomes 0, for all frames; dfContrastMax that of 255
+/// @return true if each frame has its picture
+bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
+                double dfContrastMin, double dfContrastMax, CRunReport& report);

@@ -1,0 +1,12 @@
+// exportBinnedFrames: resized copies of the frames.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+
+/// Writes a copy of the first image of each frame, with its sides times `dfScale` truncated to whole pixels,
+/// as an MRC file beside the frame: its name up to the first dot and "_s.mrc". Existing files are replaced.
+/// See exportSeries() for what goes wrong; a frame that would have no pixels left, or more than memory holds,
+/// is a file that can't be written.
+/// @return true if each frame has its copy
+bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report);

@@ -1,0 +1,179 @@
+#include "frames/seriesexport.h"
+
+#include "app/records/timestamp.h"
+#include "frames/frameloader.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QSet>
+
+#include <exception>
+
+namespace {
+
+/// One name for all ways to write a file's path; links are followed as far as the file exists.
+QString pathKey(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    if (info.exists())
+        return info.canonicalFilePath();
+    const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
+    return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
+                           info.fileName());
+}
+
+/// Which frames gave a file.
+struct Writers {
+    int nCount = 0;
+    QString strLast;
+};
+
+class CExport {
+public:
+    CExport(const SeriesExport& what, CRunReport& report) : m_what(what), m_report(report) {}
+
+    bool run();
+
+private:
+    bool refused();
+    bool frame(int nFrame);
+    void sayTrouble();
+    void say(const QString& strTemplate, Qt::GlobalColor color)
+    {
+        if (!strTemplate.isEmpty())
+            m_report.addMessage(strTemplate.arg(currentTimeStamp()), color);
+    }
+
+    const SeriesExport& m_what;
+    CRunReport& m_report;
+    QStringList m_listTarget;
+    QStringList m_listFailed;
+    QString m_strFirstReason;
+    QStringList m_listWritten;  ///< without repetition
+    QHash<QString, Writers> m_mapWriters;
+};
+
+bool CExport::refused()
+{
+    int nCount = 0;
+    const QString strFrame = frameAmongTargets(m_listTarget, m_what.listFrameFile, &nCount);
+    if (strFrame.isEmpty())
+        return false;
+    m_report.addMessage(
+        QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
+            .arg(strFrame, nCount == 1 ? QStringLiteral("is a frame ")
+                                       : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)),
+        Qt::red);
+    return true;
+}
+
+/// @return false if the walk ends here
+bool CExport::frame(int nFrame)
+{
+    const QString& strFrame = m_what.listFrameFile[nFrame];
+    const QString& strTarget = m_listTarget[nFrame];
+    ImageList vecImage;
+    if (!loadFirstImage(vecImage, strFrame, m_what.listHotPixel, m_report)) {
+        m_report.addMessage(m_what.strLoadFailed.arg(strFrame), Qt::red);
+        return false;
+    }
+    if (vecImage.empty()) {
+        m_report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFrame), Qt::red);
+        return false;
+    }
+    QString strReason;
+    if (!m_what.fnWrite(nFrame, *vecImage.front(), strTarget, strReason)) {
+        if (m_what.bStopAtFailedWrite) {
+            m_report.addMessage(QStringLiteral("Failed to save to file: %1").arg(strTarget), Qt::red);
+            m_report.addMessage(strReason, Qt::red);
+            return false;
+        }
+        m_listFailed.append(strTarget);
+        if (m_strFirstReason.isEmpty())
+            m_strFirstReason = strReason;
+        return true;
+    }
+    Writers& writers = m_mapWriters[strTarget];
+    if (writers.nCount == 0)
+        m_listWritten.append(strTarget);
+    ++writers.nCount;
+    writers.strLast = strFrame;
+    return true;
+}
+
+void CExport::sayTrouble()
+{
+    for (const QString& strTarget : qAsConst(m_listWritten)) {
+        const Writers& writers = m_mapWriters[strTarget];
+        if (writers.nCount > 1)
+            m_report.addMessage(QStringLiteral("%1 frames have the name %2; the file holds the last, %3.")
+                                    .arg(QString::number(writers.nCount), strTarget, writers.strLast),
+                                Qt::red);
+    }
+    if (!m_listFailed.isEmpty())
+        m_report.addMessage(QStringLiteral("%1 of %2 files could not be written: %3. %4")
+                                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
+                                     m_listFailed.join(QStringLiteral(", ")), m_strFirstReason),
+                            Qt::red);
+}
+
+bool CExport::run()
+{
+    const int nFrames = m_what.listFrameFile.size();
+    for (const QString& strFrame : m_what.listFrameFile)
+        m_listTarget.append(m_what.fnTarget(strFrame));
+    if (refused())
+        return false;
+    say(m_what.strStartLine, Qt::blue);
+    m_report.startProgress(QStringLiteral("%v/%m"), m_what.nProgressMinimum, nFrames, true);
+    bool bStopped = false;
+    int nDone = 0;
+    try {
+        for (; nDone < nFrames; ++nDone) {
+            m_report.setProgress(nDone + 1);
+            bStopped = !m_report.goOn();
+            if (bStopped || !frame(nDone))
+                break;
+        }
+    } catch (const std::exception& e) {
+        m_report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+    }
+    m_report.endProgress();
+    sayTrouble();
+    if (bStopped)
+        m_report.addMessage(QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
+                                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone),
+                                     QString::number(nFrames)),
+                            Qt::red);
+    else
+        say(m_what.strEndLine, Qt::blue);
+    return nDone == nFrames && m_listWritten.size() == nFrames;
+}
+
+}  // namespace
+
+QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile, int* pnCount)
+{
+    QSet<QString> setFrame;
+    for (const QString& strFrame : listFrameFile)
+        setFrame.insert(pathKey(strFrame));
+    QSet<QString> setHit;
+    QString strFirst;
+    for (const QString& strTarget : listTarget) {
+        const QString strKey = pathKey(strTarget);
+        if (!setFrame.contains(strKey))
+            continue;
+        if (setHit.isEmpty())
+            strFirst = strTarget;
+        setHit.insert(strKey);
+    }
+    if (pnCount)
+        *pnCount = setHit.size();
+    return strFirst;
+}
+
+bool exportSeries(const SeriesExport& what, CRunReport& report)
+{
+    return CExport(what, report).run();
+}

@@ -1,0 +1,69 @@
+#include "frames/smvexport.h"
+
+#include "frames/seriesexport.h"
+#include "imagefiles/smvfile.h"
+#include "imaging/imageshifts.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// A shift taken back, in whole pixels; one from a file may be anything.
+int takenBack(double dfShift)
+{
+    const double dfLimit = 1e9;
+    return std::isnan(dfShift) ? 0 : int(std::clamp(-dfShift, -dfLimit, dfLimit));
+}
+
+}  // namespace
+
+bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
+{
+    if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
+        report.addMessage(QStringLiteral("No shift correction data. Run shift evaluation first."), Qt::red);
+        return false;
+    }
+    QString strHeader = smvHeaderTemplate();
+    const auto set = [&strHeader](const char* pszKey, double dfValue, int nDecimals) {
+        replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
+    };
+    set("WAVELENGTH", dataSet.m_dfWavelength, 6);
+    set("PIXEL_SIZE", SMV_PIXEL_SIZE, 6);
+    set("DISTANCE", SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength, 2);
+    set("BEAM_CENTER_X", dataSet.m_dfCenterX, 2);
+    set("BEAM_CENTER_Y", dataSet.m_dfCenterY, 2);
+    set("DENZO_X_BEAM", dataSet.m_dfCenterY * SMV_PIXEL_SIZE, 2);
+    set("DENZO_Y_BEAM", dataSet.m_dfCenterX * SMV_PIXEL_SIZE, 2);
+
+    SeriesExport what;
+    what.listFrameFile = dataSet.m_listFrameFile;
+    what.listHotPixel = dataSet.m_listHotPixel;
+    what.strName = QStringLiteral("Exporting SMV files");
+    what.strStartLine = QStringLiteral("%1>Exporting SMV files...");
+    what.strEndLine = QStringLiteral("%1>Exporting SMV files finished.");
+    what.strLoadFailed = QStringLiteral("Failed to load: %1");
+    const QString strFolder = dataSet.m_strProjectDir;
+    what.fnTarget = [&](const QString& strFrame) {
+        return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
+    };
+    const QList<double> listTilt = dataSet.m_listOverallTilt;
+    const QList<QPointF> listShift = dataSet.m_listShift;
+    double dfStep = 0;
+    what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {
+        const double dfTilt = listTilt.value(nFrame);
+        if (nFrame + 1 < listTilt.size())
+            dfStep = listTilt[nFrame + 1] - dfTilt;
+        set("SIZE1", image.Width(), 0);
+        set("SIZE2", image.Height(), 0);
+        set("PHI", dfTilt, 2);
+        set("OSC_START", dfTilt, 2);
+        set("OSC_RANGE", dfStep, 2);
+        const QPointF ptShift = listShift[nFrame];
+        CyclicShift(image.Data(), image.Width(), image.Height(), takenBack(ptShift.x()), takenBack(ptShift.y()));
+        return writeSmvImage(strHeader, image, strTarget, &strReason);
+    };
+    return exportSeries(what, report);
+}

@@ -1,0 +1,98 @@
+#include "imagefiles/mrcwriter.h"
+
+#include "app/records/wholefile.h"
+
+#include <QtEndian>
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <type_traits>
+
+namespace {
+
+constexpr int HEADER_SIZE = 1024;
+
+template <class T>
+constexpr int modeOf()
+{
+    return std::is_same<T, float>::value ? 2 : std::is_same<T, short>::value ? 1 : 6;
+}
+
+void floatToBytes(float fValue, uint8_t* p)
+{
+    uint32_t nBits;
+    std::memcpy(&nBits, &fValue, sizeof(nBits));
+    qToLittleEndian(nBits, p);
+}
+
+void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* pHeader)
+{
+    std::memset(pHeader, 0, HEADER_SIZE);
+    const struct {
+        int nOffset;
+        int32_t nValue;
+    } aField[] = {{0, nX},  {4, nY},  {8, nZ}, {12, nMode}, {28, nX},
+                  {32, nY}, {36, nZ}, {64, 1}, {68, 2},     {72, 3}};
+    for (const auto& field : aField)
+        qToLittleEndian(field.nValue, pHeader + field.nOffset);
+    floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell: one unit per pixel
+    floatToBytes(static_cast<float>(nY), pHeader + 44);
+    floatToBytes(static_cast<float>(nZ), pHeader + 48);
+    pHeader[212] = 0x44;  // machine stamp: little-endian
+    pHeader[213] = 0x41;
+}
+
+}  // namespace
+
+template <class T>
+bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ)
+{
+    m_file.setFileName(strFileName);
+    m_nX = nX;
+    m_nY = nY;
+    m_nMissing = nZ;
+    m_pMirrored.reset(new (std::nothrow) T[static_cast<size_t>(nX) * static_cast<size_t>(nY)]);
+    if (!m_pMirrored || strFileName.isEmpty() || !m_file.open(QIODevice::WriteOnly))
+        return false;
+    uint8_t aHeader[HEADER_SIZE];
+    headerToBytes(nX, nY, nZ, modeOf<T>(), aHeader);
+    return m_bOk = m_file.write(reinterpret_cast<const char*>(aHeader), HEADER_SIZE) == HEADER_SIZE;
+}
+
+template <class T>
+bool CMrcWriter<T>::addSection(const T* pData)
+{
+    if (!m_bOk)
+        return false;
+    const size_t nRow = static_cast<size_t>(m_nX);
+    T* pRow = m_pMirrored.get();
+    for (int y = m_nY - 1; y >= 0; --y, pRow += nRow) {
+        const T* pSource = pData + static_cast<size_t>(y) * nRow;
+        if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN)
+            std::memcpy(pRow, pSource, nRow * sizeof(T));
+        else
+            qToLittleEndian<T>(pSource, m_nX, pRow);
+    }
+    const qint64 nBytes = static_cast<qint64>(m_nX) * m_nY * static_cast<qint64>(sizeof(T));
+    --m_nMissing;
+    return m_bOk = m_file.write(reinterpret_cast<const char*>(m_pMirrored.get()), nBytes) == nBytes;
+}
+
+template <class T>
+bool CMrcWriter<T>::commit(QString* pstrReason)
+{
+    if (m_bOk && m_nMissing == 0)
+        return commitWhole(m_file, pstrReason);
+    if (pstrReason) {
+        const bool bFile = m_file.error() != QFileDevice::NoError;
+        *pstrReason = QStringLiteral("%1: %2").arg(
+            m_file.fileName(), bFile ? m_file.errorString() : QStringLiteral("the sections are not all there"));
+    }
+    m_file.cancelWriting();
+    return false;
+}
+
+template class CMrcWriter<float>;
+template class CMrcWriter<short>;
+template class CMrcWriter<unsigned short>;

@@ -1,0 +1,283 @@
+#include "reciprocal/reciprocalvolume.h"
+
+#include "app/records/availablememory.h"
+#include "imagefiles/mrcwriter.h"
+#include "imaging/histogram.h"
+#include "reciprocal/geometry/rotationgeometry.h"
+
+#include <QtGlobal>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <vector>
+
+namespace {
+
+constexpr int MAX_SIDE = 1 << 24;  ///< up to here single precision holds every index
+constexpr int BLOCK = 128;         ///< pixels mapped together; as many cache lines of a frame stay near
+
+/// From dfLow to dfHigh, bounds included.
+struct Range {
+    double dfLow = -std::numeric_limits<double>::infinity();
+    double dfHigh = std::numeric_limits<double>::infinity();
+
+    void narrow(double dfA, double dfB)
+    {
+        dfLow = std::max(dfLow, std::min(dfA, dfB));
+        dfHigh = std::min(dfHigh, std::max(dfA, dfB));
+    }
+};
+
+/// Where on the turned flat pattern, Å⁻¹, pixels can lie that fall into the grid; a little more, never less.
+struct FlatBox {
+    Range x, y;
+};
+
+struct Grid {
+    float fHalfX, fHalfY, fHalfZ;  ///< half the edges, voxels
+    float fX, fY, fZ;              ///< the edges
+};
+
+/// Coordinates that a grid's axis takes, with one voxel and what single precision loses to spare.
+Range coordinates(float fEdge, double dfPixelSize, double dfK)
+{
+    const double dfHalf = 0.5 * double(fEdge);
+    const double dfSpare = 1 + 1e-3 * dfHalf + 1e-6 * dfK / dfPixelSize;
+    return {-(dfHalf + 1 + dfSpare) * dfPixelSize, (dfHalf + dfSpare) * dfPixelSize};
+}
+
+double furthest(const Range& range)
+{
+    return std::max(-range.dfLow, range.dfHigh);
+}
+
+FlatBox flatBox(const Grid& grid, double dfPixelSize, double dfK, const CMatrix3& matTilt)
+{
+    FlatBox box;
+    if (!(dfPixelSize > 0 && dfK > 0 && std::isfinite(dfPixelSize) && std::isfinite(dfK)))
+        return box;
+    const Range x = coordinates(grid.fX, dfPixelSize, dfK), y = coordinates(grid.fY, dfPixelSize, dfK),
+                z = coordinates(grid.fZ, dfPixelSize, dfK);
+    // A point of the sphere at the distance d from the origin lies d²/2K above the flat pattern.
+    const double dfLength = std::hypot(furthest(x), furthest(y), furthest(z));
+    if (!(dfLength < 0.9 * dfK))
+        return box;
+    const double dfLift = dfLength * dfLength / (2 * dfK) * (1 + 1e-6) + 1e-6 * dfK;
+    const double dfCos = matTilt.at(1, 1), dfSin = matTilt.at(2, 1);
+    Range ey;
+    ey.narrow(-dfLength, dfLength);
+    if (std::fabs(dfCos) > 1e-3)  // y = cos·ey − sin·ez
+        ey.narrow((y.dfLow + std::min(0.0, dfSin * dfLift)) / dfCos,
+                  (y.dfHigh + std::max(0.0, dfSin * dfLift)) / dfCos);
+    if (std::fabs(dfSin) > 1e-3)  // z = sin·ey + cos·ez
+        ey.narrow((z.dfLow - std::max(0.0, dfCos * dfLift)) / dfSin,
+                  (z.dfHigh - std::min(0.0, dfCos * dfLift)) / dfSin);
+    // Back from the sphere to the flat pattern, which is larger by K/(K − lift) at the most.
+    const double dfGrowth = 1 / std::sqrt(1 - dfLength * dfLength / (dfK * dfK));
+    box.x.narrow(std::min(x.dfLow, x.dfLow * dfGrowth), std::max(x.dfHigh, x.dfHigh * dfGrowth));
+    box.y.narrow(std::min(ey.dfLow, ey.dfLow * dfGrowth), std::max(ey.dfHigh, ey.dfHigh * dfGrowth));
+    return box;
+}
+
+/// Narrows [nFirst, nLast) to the places k where dfOffset + k·dfSlope can lie in the range.
+void narrowRun(const Range& range, double dfSlope, double dfOffset, double dfPixelSize, int& nFirst, int& nLast)
+{
+    if (!(std::fabs(dfSlope) > 1e-6 * std::fabs(dfPixelSize))) {
+        const double dfSlack = std::fabs(dfPixelSize) + std::fabs(dfSlope) * nLast;
+        if (dfOffset < range.dfLow - dfSlack || dfOffset > range.dfHigh + dfSlack)
+            nLast = nFirst;
+        return;
+    }
+    const double dfA = (range.dfLow - dfOffset) / dfSlope, dfB = (range.dfHigh - dfOffset) / dfSlope;
+    const double dfFirst = std::floor(std::min(dfA, dfB)) - 2, dfLast = std::ceil(std::max(dfA, dfB)) + 3;
+    if (dfFirst > nFirst)
+        nFirst = dfFirst < nLast ? int(dfFirst) : nLast;
+    if (dfLast < nLast)
+        nLast = dfLast > nFirst ? int(dfLast) : nFirst;
+}
+
+/// A pattern's axis, column or row: what its places add to the two coordinates of the turned pattern.
+struct Axis {
+    std::vector<double> vecX, vecY;
+
+    Axis(int nCount, double dfCentre, double dfPixelSize, double dfToX, double dfToY)
+    {
+        for (int n = 0; n < nCount; ++n) {
+            const double dfFlat = double(float(dfPixelSize * (n - dfCentre)));
+            vecX.push_back(dfToX * dfFlat);
+            vecY.push_back(dfToY * dfFlat);
+        }
+    }
+};
+
+/// Voxel coordinates of a block of pixels, before truncation.
+struct Block {
+    float afX[BLOCK], afY[BLOCK], afZ[BLOCK];
+};
+
+struct Mapper {
+    double dfK, dfInverse, dfCos, dfMinusSin, dfSin, dfCos2;
+    float fK;
+    Grid grid;
+
+    /// Each operation stands for one of rotated(), ewaldPoint() and rotated() again and rounds as it does;
+    /// what is left out adds or multiplies by zero or one.
+    void map(const double* pdfX, const double* pdfY, double dfX, double dfY, int nCount, Block& block) const
+    {
+        const float fSquare = (0.f - fK) * (0.f - fK);
+        // Without a sphere the beam alone has a place.
+        const double dfMinusK = std::isfinite(fK) ? double(0.f - fK) : 0.0;
+        for (int n = 0; n < nCount; ++n) {
+            const float wx = float(pdfX[n] + dfX);
+            const float wy = float(pdfY[n] + dfY);
+            const double dfLength = double(std::sqrt(wx * wx + wy * wy + fSquare));
+            // The beam itself is the origin.
+            const double dfLift = wx == 0.f && wy == 0.f ? 0.0 : (dfLength - dfK) / dfLength;
+            const double ex = double(wx - float(double(wx) * dfLift));
+            const double ey = double(wy - float(double(wy) * dfLift));
+            const double ez = double(0.f - float(dfMinusK * dfLift));
+            const double ry = double(float(dfCos * ey + dfMinusSin * ez));
+            const double rz = double(float(dfSin * ey + dfCos2 * ez));
+            block.afX[n] = float(ex * dfInverse) + grid.fHalfX;
+            block.afY[n] = float(ry * dfInverse) + grid.fHalfY;
+            block.afZ[n] = float(rz * dfInverse) + grid.fHalfZ;
+        }
+    }
+};
+
+}  // namespace
+
+CReciprocalVolume::~CReciprocalVolume()
+{
+    release();
+}
+
+void CReciprocalVolume::release()
+{
+    qDeleteAll(m_listSlice);
+    m_listSlice.clear();
+}
+
+void CReciprocalVolume::setRotationAxis(double dfDegrees)
+{
+    m_dfRotationAxis = dfDegrees;
+    m_matRotationAxis = rotationZ(dfDegrees);
+}
+
+bool CReciprocalVolume::create(int nX, int nY, int nZ)
+{
+    release();
+    if (std::min({nX, nY, nZ}) < 1 || std::max({nX, nY, nZ}) > MAX_SIDE)
+        return false;
+    const std::uint64_t nSlice = std::uint64_t(nX) * std::uint64_t(nY);
+    if (nSlice > std::uint64_t(std::numeric_limits<int>::max()) ||
+        !hasMemoryFor(nSlice * sizeof(float) * std::uint64_t(nZ))) {
+        qDebug("reciprocal volume: %d x %d x %d voxels are too many", nX, nY, nZ);
+        return false;
+    }
+    try {
+        m_listSlice.reserve(nZ);
+        for (int n = 0; n < nZ; ++n) {
+            m_listSlice.append(new CImgObj<float>);
+            m_listSlice.last()->Create(nX, nY);
+            m_listSlice.last()->Clear();
+        }
+    } catch (const std::bad_alloc& e) {
+        qDebug("reciprocal volume: %s", e.what());
+        release();
+        return false;
+    }
+    return true;
+}
+
+bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& ptCenter, double dfTilt)
+{
+    if (!pImage || !pImage->Data())
+        return false;
+    if (m_listSlice.isEmpty())
+        return true;
+    const CMatrix3 matTilt = rotationX(dfTilt);
+    const double dfK = 1 / m_dfWavelength;
+    const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
+                fZ = float(m_listSlice.size());
+    const Mapper mapper = {dfK, 1 / m_dfPixelSize, matTilt.at(1, 1), matTilt.at(1, 2), matTilt.at(2, 1),
+                           matTilt.at(2, 2), float(dfK), {fX * 0.5f, fY * 0.5f, fZ * 0.5f, fX, fY, fZ}};
+    const FlatBox box = flatBox(mapper.grid, m_dfPixelSize, dfK, matTilt);
+
+    // Runs go along the frame's side that is nearer to the rotation axis: their voxels then lie side by side.
+    const CMatrix3& matAxis = m_matRotationAxis;
+    const bool bRunsAlongX = std::fabs(matAxis.at(0, 0)) >= std::fabs(matAxis.at(0, 1));
+    const int nWidth = pImage->Width(), nHeight = pImage->Height();
+    const int nRunColumn = bRunsAlongX ? 0 : 1, nLineColumn = 1 - nRunColumn;
+    const double dfRunCentre = bRunsAlongX ? ptCenter.x() : ptCenter.y();
+    const Axis run(bRunsAlongX ? nWidth : nHeight, dfRunCentre, m_dfPixelSize, matAxis.at(0, nRunColumn),
+                   matAxis.at(1, nRunColumn));
+    const Axis line(bRunsAlongX ? nHeight : nWidth, bRunsAlongX ? ptCenter.y() : ptCenter.x(), m_dfPixelSize,
+                    matAxis.at(0, nLineColumn), matAxis.at(1, nLineColumn));
+    const double dfSlopeX = m_dfPixelSize * matAxis.at(0, nRunColumn);
+    const double dfSlopeY = m_dfPixelSize * matAxis.at(1, nRunColumn);
+    const std::ptrdiff_t nRunStep = bRunsAlongX ? 1 : nWidth, nLineStep = bRunsAlongX ? nWidth : 1;
+
+    std::vector<float*> vecSlice;
+    for (CImgObj<float>* pSlice : qAsConst(m_listSlice))
+        vecSlice.push_back(pSlice->Data());
+    const std::size_t nRow = std::size_t(m_listSlice.first()->Width());
+    const int nRuns = int(run.vecX.size()), nLines = int(line.vecX.size());
+    Block block;
+    for (int nBlock = 0; nBlock < nRuns; nBlock += BLOCK)
+        for (int nLine = 0; nLine < nLines; ++nLine) {
+            const double dfX = line.vecX[std::size_t(nLine)], dfY = line.vecY[std::size_t(nLine)];
+            int nFirst = nBlock, nLast = std::min(nBlock + BLOCK, nRuns);
+            narrowRun(box.x, dfSlopeX, dfX - dfSlopeX * dfRunCentre, m_dfPixelSize, nFirst, nLast);
+            narrowRun(box.y, dfSlopeY, dfY - dfSlopeY * dfRunCentre, m_dfPixelSize, nFirst, nLast);
+            if (nFirst >= nLast)
+                continue;
+            mapper.map(run.vecX.data() + nFirst, run.vecY.data() + nFirst, dfX, dfY, nLast - nFirst, block);
+            const float* pPixel = pImage->Data() + nLine * nLineStep + nFirst * nRunStep;
+            for (int n = 0; n < nLast - nFirst; ++n, pPixel += nRunStep) {
+                const float x = block.afX[n], y = block.afY[n], z = block.afZ[n];
+                // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
+                if (!(*pPixel > 0.f && x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ))
+                    continue;
+                float& fVoxel = vecSlice[std::size_t(int(z))][std::size_t(int(y)) * nRow + std::size_t(int(x))];
+                if (*pPixel > fVoxel)
+                    fVoxel = *pPixel;
+            }
+        }
+    return true;
+}
+
+bool CReciprocalVolume::saveRaw(QString strFileName, const FnGoOn& fnGoOn, QString* pstrReason) const
+{
+    if (m_listSlice.isEmpty())
+        return false;
+    CMrcWriter<float> writer;
+    writer.open(strFileName, m_listSlice.first()->Width(), m_listSlice.first()->Height(), m_listSlice.size());
+    for (const CImgObj<float>* pSlice : m_listSlice)
+        if ((fnGoOn && !fnGoOn()) || !writer.addSection(pSlice->Data()))
+            break;
+    return writer.commit(pstrReason);
+}
+
+bool CReciprocalVolume::saveScaled(QString strFileName, double dfLow, double dfHigh, const FnGoOn& fnGoOn,
+                                   QString* pstrReason) const
+{
+    if (m_listSlice.isEmpty())
+        return false;
+    const int nX = m_listSlice.first()->Width(), nY = m_listSlice.first()->Height();
+    std::vector<unsigned char> vecByte(std::size_t(nX) * std::size_t(nY));
+    CImgObj<short> imgShort;
+    CMrcWriter<short> writer;
+    writer.open(strFileName, nX, nY, m_listSlice.size());
+    for (const CImgObj<float>* pSlice : m_listSlice) {
+        FloatToByte(pSlice->Data(), vecByte.data(), nX * nY, float(dfLow), float(dfHigh), 0, 255);
+        imgShort.Set(vecByte.data(), nX, nY);
+        if ((fnGoOn && !fnGoOn()) || !writer.addSection(imgShort.Data()))
+            break;
+    }
+    return writer.commit(pstrReason);
+}

@@ -1,0 +1,28 @@
+// exportReciprocalVolume: the whole of reciprocal space that a series has seen, as a stacked MRC file.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+
+#include <QString>
+
+struct VolumeExportParameters {
+    int nEdge = 500;           ///< voxels along each side
+    bool bScaled = false;      ///< 0 to 255 between the contrast limits, instead of the pixel values
+    double dfContrastMin = 0;  ///< for bScaled
+    double dfContrastMax = 0;
+};
+
+/// PROJECTDIR/NAME.mrc, where exportReciprocalVolume() writes.
+QString reciprocalVolumeFile(const DataSet& dataSet);
+
+/// Maps all pixels of the first image of each frame into a cube of voxels of the size of a pixel round the
+/// origin of reciprocal space (see CReciprocalVolume), and writes it to reciprocalVolumeFile().
+///
+/// Memory for the cube is asked for before anything is written. A frame that can't be loaded ends the walk;
+/// what was added before it is saved, but when that is nothing, no file is written. A stop leaves no file.
+/// A file that is a frame of the series is not overwritten. All these say so in red; an existing volume of the
+/// same name is replaced without a question.
+/// @return true if the volume holds all frames and is on disk
+bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
+                            CRunReport& report);
