@@ -219,6 +219,14 @@ public slots:
     void showEstimatedPeakPosition();
     void updateExpectedPeakPositionFromOrientationMatrix();
 
+    // Exports: src/frames/mainwindow_exports.cpp, src/reciprocal/mainwindow_volume.cpp, src/view3d/mainwindow_movie.cpp
+    void saveCurrent();
+    void saveSeries();
+    void exportSMVImages();
+    void exportBinnedFrames();
+    void export3DReciprocalVolmue();
+    void grab3DMovieFrames();
+
     // The 3D view in the current tab: src/view3d/mainwindow_view3d.cpp
     void update3DViewControls();
     void pointSize3DChanged(double dfNewSize);
@@ -347,6 +355,8 @@ private:
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
     TiltRefinementOptions tiltOptions() const;
     void setButtonStatus(QPushButton* pButton, int nStatus);
+    QString askSaveImageName(bool bConfirmOverwrite);
+    void runExport(const std::function<void(CRunReport&)>& fnExport);
     bool isRunning() const { return m_nRunDepth > 0; }
     /// Whether the call comes from the event pump of a run: what it would change is in use.
     bool isPumping() const { return m_nRunDepth > 0 && m_nPumpDepth > 0; }

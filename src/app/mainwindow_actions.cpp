@@ -24,6 +24,12 @@ void MainWindow::createActions()
         m_pActions->setReady(pAction);
     };
     connectAction(m_pActions->m_pOpen, &MainWindow::open);
+    connectAction(m_pActions->m_pSaveCurrent, &MainWindow::saveCurrent);
+    connectAction(m_pActions->m_pSaveSeries, &MainWindow::saveSeries);
+    connectAction(m_pActions->m_pMovieFrames, &MainWindow::grab3DMovieFrames);
+    connectAction(m_pActions->m_pScaledFrames, &MainWindow::exportBinnedFrames);
+    connectAction(m_pActions->m_pReciprocalVolume, &MainWindow::export3DReciprocalVolmue);
+    connectAction(m_pActions->m_pSmvImages, &MainWindow::exportSMVImages);
     connectAction(m_pActions->m_pExit, &MainWindow::close);
     connectAction(m_pActions->m_pCopyWindow, &MainWindow::copyWindow);
     connectAction(m_pActions->m_pZoomIn, &MainWindow::zoomIn);

@@ -1,0 +1,79 @@
+// MainWindow: pictures of the 3D view all the way round, for a movie.
+#include "app/mainwindow.h"
+
+#include "app/records/wholefile.h"
+#include "app/windowreport.h"
+#include "view3d/ed3dwidget.h"
+#include "view3d/pages/view3dpage.h"
+
+#include <QBuffer>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QImage>
+
+namespace {
+
+const double g_dfMostPictures = 100000;  // a step too small to be meant
+
+bool savePicture(const QImage& image, const QString& strFile, QString& strReason)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    return image.save(&buffer, "PNG") && writeWholeFile(strFile, bytes, false, &strReason);
+}
+
+}  // namespace
+
+void MainWindow::grab3DMovieFrames()
+{
+    if (refuseDuringRun(tr("Exporting pictures for a movie")))
+        return;
+    const QString strFile =
+        QFileDialog::getSaveFileName(this, tr("Export Image Files"), m_dataSet.m_strWorkingDir,
+                                     tr("Image Files (*.png);;All Files (*.*)"));
+    if (strFile.isEmpty())
+        return;
+    bool bOk = false;
+    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(), &bOk);
+    if (!bOk) {
+        WindowReport(*this).addMessage(QStringLiteral("Unknown numberic format."), Qt::red);
+        return;
+    }
+    if (!(dfStep > 360 / g_dfMostPictures)) {
+        WindowReport(*this).addMessage(tr("The rotation step is too small for a movie."), Qt::red);
+        return;
+    }
+    if (!m_pView3DCurrent)
+        return;
+    const QPointer<ED3DWidget> pView = m_pView3DCurrent;
+    const int nPictures = int(360 / dfStep);
+    const QString strStem = QFileInfo(strFile).absolutePath() + QLatin1Char('/') + QFileInfo(strFile).baseName();
+    runExport([&](CRunReport& report) {
+        QStringList listFailed;
+        report.startProgress(QStringLiteral("%v/%m"), 0, nPictures, true);
+        for (int i = 0; i < nPictures && pView; ++i) {
+            report.setProgress(i + 1);
+            if (!report.goOn())  // the view repaints meanwhile
+                break;
+            const QString strName = strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0'));
+            const QImage image = pView->grabFrameBuffer();
+            QString strReason;
+            if (image.isNull()) {
+                report.addMessage(tr("The 3D view gives no picture."), Qt::red);
+                break;
+            }
+            if (!savePicture(image, strName, strReason))
+                listFailed.append(strReason.isEmpty() ? strName : strReason);
+            pView->rotateAroundScreenY(dfStep);
+        }
+        report.endProgress();
+        if (!listFailed.isEmpty())
+            report.addMessage(tr("%L1 pictures could not be written:\n%2")
+                                  .arg(listFailed.size())
+                                  .arg(listFailed.join(QLatin1Char('\n'))),
+                              Qt::red);
+        report.goOn();
+    });
+}
