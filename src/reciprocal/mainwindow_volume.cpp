@@ -29,7 +29,9 @@ void MainWindow::export3DReciprocalVolmue()
     if (!bOk || strType.isEmpty())
         return;
     parameters.bScaled = strType != listType.first();
-    parameters.dfContrastMin = m_pFramesPage->m_pContrastMinSpin->value();
-    parameters.dfContrastMax = m_pFramesPage->m_pContrastMaxSpin->value();
-    runExport([&](CRunReport& report) { exportReciprocalVolume(m_dataSet, parameters, report); });
+    runExport([&](CRunReport& report) {
+        parameters.dfContrastMin = m_pFramesPage->m_pContrastMinSpin->value();
+        parameters.dfContrastMax = m_pFramesPage->m_pContrastMaxSpin->value();
+        exportReciprocalVolume(m_dataSet, parameters, report);
+    });
 }

@@ -3,6 +3,7 @@
 
 #include "app/records/wholefile.h"
 #include "app/windowreport.h"
+#include "frames/seriesexport.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
@@ -50,29 +51,38 @@ void MainWindow::grab3DMovieFrames()
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
     const int nPictures = int(360 / dfStep);
     const QString strStem = QFileInfo(strFile).absolutePath() + QLatin1Char('/') + QFileInfo(strFile).baseName();
+    QStringList listName;
+    for (int i = 0; i < nPictures; ++i)
+        listName.append(strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0')));
+    const QString strFrame = frameAmongTargets(listName, m_dataSet.m_listFrameFile);
+    if (!strFrame.isEmpty()) {
+        WindowReport(*this).addMessage(
+            tr("%1 is a frame of this series and would be overwritten. Nothing was exported.").arg(strFrame),
+            Qt::red);
+        return;
+    }
     runExport([&](CRunReport& report) {
-        QStringList listFailed;
+        int nFailed = 0;
+        QString strFirstReason;
         report.startProgress(QStringLiteral("%v/%m"), 0, nPictures, true);
         for (int i = 0; i < nPictures && pView; ++i) {
             report.setProgress(i + 1);
             if (!report.goOn())  // the view repaints meanwhile
                 break;
-            const QString strName = strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0'));
             const QImage image = pView->grabFrameBuffer();
             QString strReason;
             if (image.isNull()) {
                 report.addMessage(tr("The 3D view gives no picture."), Qt::red);
                 break;
             }
-            if (!savePicture(image, strName, strReason))
-                listFailed.append(strReason.isEmpty() ? strName : strReason);
+            if (!savePicture(image, listName[i], strReason) && nFailed++ == 0)
+                strFirstReason = strReason.isEmpty() ? listName[i] : strReason;
             pView->rotateAroundScreenY(dfStep);
         }
         report.endProgress();
-        if (!listFailed.isEmpty())
-            report.addMessage(tr("%L1 pictures could not be written:\n%2")
-                                  .arg(listFailed.size())
-                                  .arg(listFailed.join(QLatin1Char('\n'))),
+        if (nFailed > 0)
+            report.addMessage(tr("%1 of %2 pictures could not be written: %3")
+                                  .arg(QString::number(nFailed), QString::number(nPictures), strFirstReason),
                               Qt::red);
         report.goOn();
     });
