@@ -6,6 +6,7 @@
 #include "frames/imageseries.h"
 #include "frames/pages/framespage.h"
 #include "frames/scaledframes.h"
+#include "frames/seriesexport.h"
 #include "frames/smvexport.h"
 #include "frameview/originalimgscene.h"
 #include "imagefiles/imagesaving.h"
@@ -30,6 +31,7 @@ void MainWindow::saveCurrent()
 {
     if (refuseDuringRun(tr("Saving an image")))
         return;
+    stopImagePlay();  // it is the image that the user sees now
     const int nTab = m_pTabWidget->currentIndex();
     QString strFile;
     do {
@@ -53,6 +55,10 @@ void MainWindow::saveCurrent()
     }
     if (nImage < 0 || nImage >= int(vecDisplay.size())) {
         warn(tr("Error: Invalid index."));
+        return;
+    }
+    if (!frameAmongTargets({strFile}, m_dataSet.m_listFrameFile).isEmpty()) {
+        warn(tr("%1 is a frame of this series and is not overwritten.").arg(strFile));
         return;
     }
     const ImageList& vecFrame = m_dataSet.m_vecFrameImage;

@@ -4,20 +4,25 @@
 #include "frames/frameloader.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
 
 #include <exception>
 
+#include <sys/stat.h>
+
 namespace {
 
-/// One name for all ways to write a file's path; links are followed as far as the file exists.
+/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so that
+/// links and the case of letters, where the file system does not mind it, make no difference.
 QString pathKey(const QString& strFile)
 {
     const QFileInfo info(strFile);
-    if (info.exists())
-        return info.canonicalFilePath();
+    struct stat status = {};
+    if (stat(QFile::encodeName(strFile).constData(), &status) == 0)
+        return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
     const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
     return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
                            info.fileName());
@@ -114,7 +119,7 @@ void CExport::sayTrouble()
     if (!m_listFailed.isEmpty())
         m_report.addMessage(QStringLiteral("%1 of %2 files could not be written: %3. %4")
                                 .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
-                                     m_listFailed.join(QStringLiteral(", ")), m_strFirstReason),
+                                     someNames(m_listFailed), m_strFirstReason),
                             Qt::red);
 }
 
@@ -171,6 +176,14 @@ QString frameAmongTargets(const QStringList& listTarget, const QStringList& list
     if (pnCount)
         *pnCount = setHit.size();
     return strFirst;
+}
+
+QString someNames(const QStringList& listName)
+{
+    const int nMost = 10;
+    const QString strNames = QStringList(listName.mid(0, nMost)).join(QStringLiteral(", "));
+    return listName.size() <= nMost ? strNames
+                                    : QStringLiteral("%1 and %2 more").arg(strNames).arg(listName.size() - nMost);
 }
 
 bool exportSeries(const SeriesExport& what, CRunReport& report)

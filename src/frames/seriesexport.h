@@ -33,6 +33,9 @@ struct SeriesExport {
 QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile,
                           int* pnCount = nullptr);
 
+/// The names with commas between them, but no more than ten: "... and N more".
+QString someNames(const QStringList& listName);
+
 /// Walks the series from frame to frame and writes the first image of each to its file.
 ///
 /// - An export that would overwrite a frame of its own series is refused as a whole, with a red line.

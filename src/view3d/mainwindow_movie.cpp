@@ -1,6 +1,7 @@
 // MainWindow: pictures of the 3D view all the way round, for a movie.
 #include "app/mainwindow.h"
 
+#include "app/records/timestamp.h"
 #include "app/records/wholefile.h"
 #include "app/windowreport.h"
 #include "frames/seriesexport.h"
@@ -43,7 +44,7 @@ void MainWindow::grab3DMovieFrames()
         return;
     }
     if (!(dfStep > 360 / g_dfMostPictures)) {
-        WindowReport(*this).addMessage(tr("The rotation step is too small for a movie."), Qt::red);
+        WindowReport(*this).addMessage(tr("The rotation step of a movie must be above 0.0036°."), Qt::red);
         return;
     }
     if (!m_pView3DCurrent)
@@ -62,27 +63,33 @@ void MainWindow::grab3DMovieFrames()
         return;
     }
     runExport([&](CRunReport& report) {
-        int nFailed = 0;
-        QString strFirstReason;
+        QStringList listFailed;
         report.startProgress(QStringLiteral("%v/%m"), 0, nPictures, true);
         for (int i = 0; i < nPictures && pView; ++i) {
             report.setProgress(i + 1);
-            if (!report.goOn())  // the view repaints meanwhile
+            if (!report.goOn()) {  // the view repaints meanwhile
+                report.addMessage(tr("%1>The movie was stopped after %2 of %3 pictures.")
+                                      .arg(currentTimeStamp())
+                                      .arg(i)
+                                      .arg(nPictures),
+                                  Qt::red);
                 break;
+            }
             const QImage image = pView->grabFrameBuffer();
             QString strReason;
             if (image.isNull()) {
                 report.addMessage(tr("The 3D view gives no picture."), Qt::red);
                 break;
             }
-            if (!savePicture(image, listName[i], strReason) && nFailed++ == 0)
-                strFirstReason = strReason.isEmpty() ? listName[i] : strReason;
+            if (!savePicture(image, listName[i], strReason))
+                listFailed.append(strReason.isEmpty() ? listName[i] : strReason);
             pView->rotateAroundScreenY(dfStep);
         }
         report.endProgress();
-        if (nFailed > 0)
+        if (!listFailed.isEmpty())
             report.addMessage(tr("%1 of %2 pictures could not be written: %3")
-                                  .arg(QString::number(nFailed), QString::number(nPictures), strFirstReason),
+                                  .arg(QString::number(listFailed.size()), QString::number(nPictures),
+                                       someNames(listFailed)),
                               Qt::red);
         report.goOn();
     });
