@@ -112,10 +112,11 @@ void CExport::sayTrouble()
                                 Qt::red);
     }
     if (!m_listFailed.isEmpty())
-        m_report.addMessage(QStringLiteral("%1 of %2 files could not be written: %3. %4")
-                                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
-                                     m_listFailed.join(QStringLiteral(", ")), m_strFirstReason),
-                            Qt::red);
+        m_report.addMessage(
+            QStringLiteral("%1 of %2 files could not be written: %3. %4")
+                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
+                     m_listFailed.join(QStringLiteral(", ")), m_strFirstReason),
+            Qt::red);
 }
 
 bool CExport::run()
@@ -142,10 +143,10 @@ bool CExport::run()
     m_report.endProgress();
     sayTrouble();
     if (bStopped)
-        m_report.addMessage(QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
-                                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone),
-                                     QString::number(nFrames)),
-                            Qt::red);
+        m_report.addMessage(
+            QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
+                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone), QString::number(nFrames)),
+            Qt::red);
     else
         say(m_what.strEndLine, Qt::blue);
     return nDone == nFrames && m_listWritten.size() == nFrames;
