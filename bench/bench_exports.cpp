@@ -37,9 +37,8 @@ void addFrames(benchmark::State& state, const Add& fnAdd)
 
 void volumeByRuns(benchmark::State& state)
 {
-    addFrames(state, [](CReciprocalVolume& volume, const CImgObj<float>& img, const QPointF& pt, double dfTilt) {
-        volume.addFrame(&img, pt, dfTilt);
-    });
+    addFrames(state, [](CReciprocalVolume& volume, const CImgObj<float>& img, const QPointF& pt,
+                        double dfTilt) { volume.addFrame(&img, pt, dfTilt); });
 }
 BENCHMARK(volumeByRuns)->ArgsProduct({{500, 1000}, {0, 38, 90}})->Unit(benchmark::kMillisecond);
 

@@ -147,10 +147,10 @@ bool CExport::run()
     m_report.endProgress();
     sayTrouble();
     if (bStopped)
-        m_report.addMessage(QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
-                                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone),
-                                     QString::number(nFrames)),
-                            Qt::red);
+        m_report.addMessage(
+            QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
+                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone), QString::number(nFrames)),
+            Qt::red);
     else
         say(m_what.strEndLine, Qt::blue);
     return nDone == nFrames && m_listWritten.size() == nFrames;

@@ -25,7 +25,8 @@ struct SeriesExport {
     /// The file that a frame gives.
     std::function<QString(const QString& strFrameFile)> fnTarget;
     /// Writes it, whole or not at all; the image may be changed. On failure the reason tells why.
-    std::function<bool(int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason)> fnWrite;
+    std::function<bool(int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason)>
+        fnWrite;
 };
 
 /// The first frame file that one of the targets is, also by way of a link; empty if none is.
@@ -42,7 +43,8 @@ QString someNames(const QStringList& listName);
 /// - A frame that can't be loaded, or has no image, ends the walk with a red line.
 /// - Files that can't be written are told in red at the end, by name. Existing files are replaced.
 /// - When several frames give one name, the last one's file stays, and a red line says so at the end.
-/// - When the report asks for a stop, the walk ends before the next frame, with a red line in the place of the
+/// - When the report asks for a stop, the walk ends before the next frame, with a red line in the place of
+/// the
 ///   end line. In all other cases the end line comes.
 ///
 /// @return true if each frame of the series has its file now

@@ -62,7 +62,8 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
         set("OSC_START", dfTilt, 2);
         set("OSC_RANGE", dfStep, 2);
         const QPointF ptShift = listShift[nFrame];
-        CyclicShift(image.Data(), image.Width(), image.Height(), takenBack(ptShift.x()), takenBack(ptShift.y()));
+        CyclicShift(image.Data(), image.Width(), image.Height(), takenBack(ptShift.x()),
+                    takenBack(ptShift.y()));
         return writeSmvImage(strHeader, image, strTarget, &strReason);
     };
     return exportSeries(what, report);

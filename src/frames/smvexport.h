@@ -5,9 +5,9 @@
 #include "app/records/runreport.h"
 
 /// Writes the first image of each frame into the project's folder, under the frame's name up to its first dot
-/// and ".img". The image is moved back by its shift in whole pixels, with wrap-around, so that the direct beam
-/// stands in one place on all. Pixel size, wavelength, beam and tilts of the data set give the header; the
-/// camera length is the one that the reciprocal pixel size has with detector pixels of 0.055 mm.
-/// Existing files are replaced. See exportSeries() for what goes wrong; a shift per frame is needed.
+/// and ".img". The image is moved back by its shift in whole pixels, with wrap-around, so that the direct
+/// beam stands in one place on all. Pixel size, wavelength, beam and tilts of the data set give the header;
+/// the camera length is the one that the reciprocal pixel size has with detector pixels of 0.055 mm. Existing
+/// files are replaced. See exportSeries() for what goes wrong; a shift per frame is needed.
 /// @return true if each frame has its file
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report);

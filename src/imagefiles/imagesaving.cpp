@@ -47,7 +47,8 @@ bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
     // A writer of pictures may go back in its file, so the picture is made in memory first.
     QBuffer buffer;
     const QByteArray bytesFormat = QFileInfo(strFileName).suffix().toLower().toLatin1();
-    if (bytesFormat.isEmpty() || !buffer.open(QIODevice::ReadWrite) || !image.save(&buffer, bytesFormat.constData()))
+    if (bytesFormat.isEmpty() || !buffer.open(QIODevice::ReadWrite) ||
+        !image.save(&buffer, bytesFormat.constData()))
         return fail(strFileName, QStringLiteral("no picture of this format can be made"), pstrReason);
     return writeWholeFile(strFileName, buffer.data(), false, pstrReason);
 }
@@ -68,7 +69,8 @@ bool saveShownImage(const CImgObj<unsigned char>* pDisplay, const CImgObj<float>
 const QStringList& imageNameFilters()
 {
     static const QStringList list = {QStringLiteral("BMP Image (*.bmp)"), QStringLiteral("PNG Image (*.png)"),
-                                     QStringLiteral("JPG Image (*.jpg)"), QStringLiteral("TIFF Image (*.tiff)"),
+                                     QStringLiteral("JPG Image (*.jpg)"),
+                                     QStringLiteral("TIFF Image (*.tiff)"),
                                      QStringLiteral("MRC Image (*.mrc)")};
     return list;
 }
@@ -77,15 +79,15 @@ QString completedImageName(const QString& strName, const QString& strSelectedFil
 {
     if (strName.isEmpty() || imageExtensions().contains(QFileInfo(strName).suffix(), Qt::CaseInsensitive))
         return strName;
-    return strName + QLatin1Char('.') + imageExtensions().value(imageNameFilters().indexOf(strSelectedFilter),
-                                                                imageExtensions().first());
+    return strName + QLatin1Char('.') +
+           imageExtensions().value(imageNameFilters().indexOf(strSelectedFilter), imageExtensions().first());
 }
 
 const QStringList& imageTypeItems()
 {
-    static const QStringList list = {
-        QStringLiteral("Bitmap (.bmp)"), QStringLiteral("Portable Network Graphics (.png)"),
-        QStringLiteral("JPEG (.jpg)"), QStringLiteral("TIFF 8-bit (.tif)")};
+    static const QStringList list = {QStringLiteral("Bitmap (.bmp)"),
+                                     QStringLiteral("Portable Network Graphics (.png)"),
+                                     QStringLiteral("JPEG (.jpg)"), QStringLiteral("TIFF 8-bit (.tif)")};
     return list;
 }
 

@@ -13,7 +13,8 @@
 /// @param pImage       null or empty gives false
 /// @param strFileName  an existing file is replaced; a suffix that no writer knows gives false
 /// @param pstrReason   may be null; on failure the file's name and what is wrong
-bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName, QString* pstrReason = nullptr);
+bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
+               QString* pstrReason = nullptr);
 
 /// Saves what the view shows: as an MRC file of one image the values of the frame, as a picture the 8-bit
 /// image made of them by the contrast limits.

@@ -87,7 +87,8 @@ bool CMrcWriter<T>::commit(QString* pstrReason)
     if (pstrReason) {
         const bool bFile = m_file.error() != QFileDevice::NoError;
         *pstrReason = QStringLiteral("%1: %2").arg(
-            m_file.fileName(), bFile ? m_file.errorString() : QStringLiteral("the sections are not all there"));
+            m_file.fileName(),
+            bFile ? m_file.errorString() : QStringLiteral("the sections are not all there"));
     }
     m_file.cancelWriting();
     return false;

@@ -84,7 +84,8 @@ FlatBox flatBox(const Grid& grid, double dfPixelSize, double dfK, const CMatrix3
 }
 
 /// Narrows [nFirst, nLast) to the places k where dfOffset + k·dfSlope can lie in the range.
-void narrowRun(const Range& range, double dfSlope, double dfOffset, double dfPixelSize, int& nFirst, int& nLast)
+void narrowRun(const Range& range, double dfSlope, double dfOffset, double dfPixelSize, int& nFirst,
+               int& nLast)
 {
     if (!(std::fabs(dfSlope) > 1e-6 * std::fabs(dfPixelSize))) {
         const double dfSlack = std::fabs(dfPixelSize) + std::fabs(dfSlope) * nLast;
@@ -204,8 +205,14 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     const double dfK = 1 / m_dfWavelength;
     const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
                 fZ = float(m_listSlice.size());
-    const Mapper mapper = {dfK, 1 / m_dfPixelSize, matTilt.at(1, 1), matTilt.at(1, 2), matTilt.at(2, 1),
-                           matTilt.at(2, 2), float(dfK), {fX * 0.5f, fY * 0.5f, fZ * 0.5f, fX, fY, fZ}};
+    const Mapper mapper = {dfK,
+                           1 / m_dfPixelSize,
+                           matTilt.at(1, 1),
+                           matTilt.at(1, 2),
+                           matTilt.at(2, 1),
+                           matTilt.at(2, 2),
+                           float(dfK),
+                           {fX * 0.5f, fY * 0.5f, fZ * 0.5f, fX, fY, fZ}};
     const FlatBox box = flatBox(mapper.grid, m_dfPixelSize, dfK, matTilt);
 
     // Runs go along the frame's side that is nearer to the rotation axis: their voxels then lie side by side.
@@ -243,7 +250,8 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
                 // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
                 if (!(*pPixel > 0.f && x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ))
                     continue;
-                float& fVoxel = vecSlice[std::size_t(int(z))][std::size_t(int(y)) * nRow + std::size_t(int(x))];
+                float& fVoxel =
+                    vecSlice[std::size_t(int(z))][std::size_t(int(y)) * nRow + std::size_t(int(x))];
                 if (*pPixel > fVoxel)
                     fVoxel = *pPixel;
             }

@@ -28,11 +28,11 @@ public:
     bool create(int nX, int nY, int nZ);
 
     void setWavelength(double dfWavelength) { m_dfWavelength = dfWavelength; }  ///< Å
-    void setPixelSize(double dfPixelSize) { m_dfPixelSize = dfPixelSize; }      ///< Å⁻¹, of pixel and voxel
+    void setPixelSize(double dfPixelSize) { m_dfPixelSize = dfPixelSize; }  ///< Å⁻¹, of pixel and voxel
     void setRotationAxis(double dfDegrees);  ///< counter-clockwise on the screen from 3 o'clock
 
-    /// Maps each pixel of a frame to reciprocal space, as the peaks are mapped but without stretching and tilt
-    /// relaxation, and puts it into the voxel that it falls into. Pixels outside the grid are dropped.
+    /// Maps each pixel of a frame to reciprocal space, as the peaks are mapped but without stretching and
+    /// tilt relaxation, and puts it into the voxel that it falls into. Pixels outside the grid are dropped.
     /// The coordinates are rounded as in mapping one pixel after the other with rotated() and ewaldPoint().
     ///
     /// @param ptCenter  direct beam on the frame, raw pixels

@@ -38,7 +38,8 @@ Walk addFrames(CReciprocalVolume& volume, const QStringList& listFrame, const QL
             report.addMessage(QStringLiteral("Failed to load: %1").arg(listFrame[i]), Qt::red);
             return walk;
         }
-        if (!vecImage.empty() && volume.addFrame(vecImage.front().get(), frameCentre(centres, i), listTilt.value(i)))
+        if (!vecImage.empty() &&
+            volume.addFrame(vecImage.front().get(), frameCentre(centres, i), listTilt.value(i)))
             ++walk.nAdded;
     }
     walk.bComplete = walk.nAdded == nFrames;
@@ -70,9 +71,10 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
     if (listFrame.isEmpty())
         return fail(report, QStringLiteral("There are no frames to make a reciprocal volume of."));
     if (!frameAmongTargets({strFile}, listFrame).isEmpty())
-        return fail(report, QStringLiteral("%1 is a frame of this series and would be overwritten. Nothing was "
-                                           "exported.")
-                                .arg(strFile));
+        return fail(report,
+                    QStringLiteral("%1 is a frame of this series and would be overwritten. Nothing was "
+                                   "exported.")
+                        .arg(strFile));
     CReciprocalVolume volume;
     if (!volume.create(parameters.nEdge, parameters.nEdge, parameters.nEdge))
         return fail(report, QStringLiteral("Failed to create reciprocal volume. Not enough memory?"));
@@ -80,7 +82,8 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
     volume.setRotationAxis(dataSet.m_dfRotationAxis);
     volume.setWavelength(dataSet.m_dfWavelength);
 
-    report.addMessage(QStringLiteral("%1>Constructing reciprocal space volume...").arg(currentTimeStamp()), Qt::blue);
+    report.addMessage(QStringLiteral("%1>Constructing reciprocal space volume...").arg(currentTimeStamp()),
+                      Qt::blue);
     report.startProgress(QStringLiteral("%v/%m"), 0, listFrame.size(), true);
     Walk walk;
     try {
@@ -90,13 +93,15 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
         return fail(report, QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
     }
     report.endProgress();
-    const QString strStopped = QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.");
+    const QString strStopped =
+        QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.");
     if (walk.bStopped)
         return fail(report, strStopped.arg(currentTimeStamp()));
     if (walk.nAdded == 0)
         return fail(report, QStringLiteral("No frame could be added. %1 was not written.").arg(strFile));
 
-    report.addMessage(QStringLiteral("%1>Saving reciprocal space volume to file...").arg(currentTimeStamp()), Qt::blue);
+    report.addMessage(QStringLiteral("%1>Saving reciprocal space volume to file...").arg(currentTimeStamp()),
+                      Qt::blue);
     bool bStopped = false;
     const auto goOn = [&] { return !(bStopped = bStopped || !report.goOn()); };
     QString strReason;
@@ -108,6 +113,7 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
     if (!bSaved)
         return fail(report, QStringLiteral("Reciprocal space volume could not be saved: %1").arg(strReason));
     report.addMessage(
-        QStringLiteral("%1>Reciprocal space volume saved to file: %2").arg(currentTimeStamp(), strFile), Qt::blue);
+        QStringLiteral("%1>Reciprocal space volume saved to file: %2").arg(currentTimeStamp(), strFile),
+        Qt::blue);
     return walk.bComplete;
 }

@@ -22,8 +22,8 @@ QString reciprocalVolumeFile(const DataSet& dataSet);
 ///
 /// Memory for the cube is asked for before anything is written. A frame that can't be loaded ends the walk;
 /// what was added before it is saved, but when that is nothing, no file is written. A stop leaves no file.
-/// A file that is a frame of the series is not overwritten. All these say so in red; an existing volume of the
-/// same name is replaced without a question.
+/// A file that is a frame of the series is not overwritten. All these say so in red; an existing volume of
+/// the same name is replaced without a question.
 /// @return true if the volume holds all frames and is on disk
 bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
                             CRunReport& report);

@@ -4,7 +4,6 @@
 #include "frames/smvexport.h"
 #include "frameseries.h"
 #include "imagefiles/imagesaving.h"
-#include "imagefiles/smvfile.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +11,15 @@
 
 namespace {
 
-QByteArray item(const QByteArray& bytesFile, const QByteArray& bytesKey)
+QByteArray items(const QByteArray& bytesFile)
 {
-    const int nFrom = bytesFile.indexOf('\n' + bytesKey + '=') + bytesKey.size() + 2;
-    return bytesFile.mid(nFrom, bytesFile.indexOf(';', nFrom) - nFrom);
+    QByteArray bytesAll;
+    for (const QByteArray bytesKey : {"SIZE1", "SIZE2", "PHI", "OSC_RANGE", "PIXEL_SIZE", "DISTANCE",
+                                      "BEAM_CENTER_X", "DENZO_X_BEAM", "BIN"}) {
+        const int nFrom = bytesFile.indexOf('\n' + bytesKey + '=') + bytesKey.size() + 2;
+        bytesAll += bytesFile.mid(nFrom, bytesFile.indexOf(';', nFrom) - nFrom) + ' ';
+    }
+    return bytesAll;
 }
 
 int pixel(const QByteArray& bytesFile, int n)
@@ -31,7 +35,8 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     CRecordingReport report;
     const float afValue[] = {-3.2f, 70000.f, 12.9f, 65534.9f, NAN, 5.f};
     for (int nWidth : {6, 8, 6})
-        series.add(makeImage(nWidth, 4, [&](int x, int y) { return y == 0 && x < 6 ? double(afValue[x]) : 1.0; }));
+        series.add(
+            makeImage(nWidth, 4, [&](int x, int y) { return y == 0 && x < 6 ? double(afValue[x]) : 1.0; }));
     series.dataSet.m_listOverallTilt = {-1.254, -0.754, 0.5};
     series.dataSet.m_dfPixelSize = 0.004;
     series.dataSet.m_dfCenterX = 3.127;
@@ -40,34 +45,20 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     EXPECT_EQ(report.log(), "red No shift correction data. Run shift evaluation first.");
     series.dataSet.m_listShift = {{0, 0}, {2.7, -2.7}, {-7, 4}};
     ASSERT_TRUE(exportSMVImages(series.dataSet, report));
-    EXPECT_EQ(report.marked().mid(1).join(' ').count("blue"), 2);
     EXPECT_EQ(report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
 
-    const QByteArray aFile[] = {series.content("f0000.img"), series.content("f0001.img"), series.content("f0002.img")};
-    EXPECT_TRUE(aFile[0].startsWith("{\nHEADER_BYTES=  512;\nDIM=2;\n"));
+    const QByteArray aFile[] = {series.content("f0000.img"), series.content("f0001.img"),
+                                series.content("f0002.img")};
     EXPECT_TRUE(aFile[0].left(512).contains("DENZO_Y_BEAM=0.17;\n}" + QByteArray(40, '\0')));
-    const struct {
-        const char* pszKey;
-        QList<QByteArray> listValue;
-    } aRow[] = {{"SIZE1", {"6", "8", "6"}},          {"SIZE2", {"4", "4", "4"}},
-                {"PHI", {"-1.25", "-0.75", "0.50"}}, {"OSC_RANGE", {"0.50", "1.25", "1.25"}},
-                {"PIXEL_SIZE", {"0.055000", "0.055000", "0.055000"}},
-                {"DISTANCE", {"547.81", "547.81", "547.81"}},
-                {"DENZO_X_BEAM", {"0.11", "0.11", "0.11"}}, {"BEAM_CENTER_X", {"3.13", "3.13", "3.13"}},
-                {"BIN", {"1x1", "1x1", "1x1"}}};
-    for (const auto& row : aRow)
-        for (int n = 0; n < 3; ++n)
-            EXPECT_EQ(item(aFile[n], row.pszKey), row.listValue[n]) << row.pszKey << n;
+    EXPECT_EQ(items(aFile[0]), "6 4 -1.25 0.50 0.055000 547.81 3.13 0.11 1x1 ");
+    EXPECT_EQ(items(aFile[1]), "8 4 -0.75 1.25 0.055000 547.81 3.13 0.11 1x1 ");
+    EXPECT_EQ(items(aFile[2]), "6 4 0.50 1.25 0.055000 547.81 3.13 0.11 1x1 ");
     const int anWanted[] = {0, 65535, 12, 65534, 0, 5};
     for (int x = 0; x < 6; ++x) {
         EXPECT_EQ(pixel(aFile[0], x), anWanted[x]);
         EXPECT_EQ(pixel(aFile[1], 2 * 8 + (x + 6) % 8), anWanted[x]);  // by (-2, 2), and not by rounded ones
         EXPECT_EQ(pixel(aFile[2], (x + 1) % 6), anWanted[x]);          // (7, -4), once around both ways
     }
-    EXPECT_EQ(aFile[1].size(), 512 + 2 * 32);
-    QString strHeader = "SIZE1;", strBroken = "PHI=1";
-    EXPECT_FALSE(replaceSmvItem(strHeader, "SIZE1", 1, 0) || replaceSmvItem(strBroken, "PHI", 1, 0));
-    EXPECT_EQ(strHeader + strBroken, "SIZE1;PHI=1");
 }
 
 TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
@@ -90,13 +81,15 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
         return report.log().replace(series.dir.path(), "DIR");
     };
     const auto smv = [&](CRunReport& report) { return exportSMVImages(data, report); };
-    EXPECT_EQ(run(smv), "red DIR/a_s.img is a frame of this series and would be overwritten. Nothing was exported.");
+    EXPECT_EQ(run(smv),
+              "red DIR/a_s.img is a frame of this series and would be overwritten. Nothing was exported.");
     EXPECT_TRUE(series.content("a.img").isEmpty());
     data.m_listFrameFile.removeLast();
     data.m_listShift.removeLast();
     const QString strSmv = run(smv);
-    EXPECT_TRUE(strSmv.contains("red 2 frames have the name DIR/a.img; the file holds the last, DIR/a.c.mrc.\nred "
-                                "1 of 3 files could not be written: DIR/g.img. DIR/g.img: "))
+    EXPECT_TRUE(
+        strSmv.contains("red 2 frames have the name DIR/a.img; the file holds the last, DIR/a.c.mrc.\nred "
+                        "1 of 3 files could not be written: DIR/g.img. DIR/g.img: "))
         << strSmv.toStdString();
     EXPECT_EQ(pixel(series.content("a.img"), 0), 100);
 
@@ -106,18 +99,15 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     const QString strPictures = run([&](CRunReport& report) {
         return saveSeries(data, series.dir.filePath("link"), ".mrc", 0, 100, report);
     });
-    EXPECT_EQ(strPictures, "red DIR/link/a.b.mrc and 2 more files are frames of this series and would be "
-                           "overwritten. Nothing was exported.");
+    EXPECT_EQ(strPictures,
+              "red DIR/link/a.b.mrc and 2 more files are frames of this series and would be "
+              "overwritten. Nothing was exported.");
     EXPECT_EQ(series.content("g.mrc"), bytesFrame);
 
-    EXPECT_TRUE(run([&](CRunReport& report) {
-                    return exportBinnedFrames(data, 0.05, report);
-                }).contains("no pixels are left at this scale"));
     data.m_listFrameFile.removeFirst();
     CRecordingReport report;
     EXPECT_TRUE(exportBinnedFrames(data, 0.33, report));  // 20 × 10 to 6 × 3, truncated, of floats
     EXPECT_EQ(series.content("a_s.mrc").size() + series.content("g_s.mrc").size(), 2 * (1024 + 4 * 6 * 3));
-    EXPECT_EQ(report.log(), "");
 
     report.m_nStopAfter = 1;
     EXPECT_FALSE(saveSeries(data, series.dir.path(), ".png", 100, 110, report));
@@ -134,15 +124,9 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
 
 TEST(Exports, CompleteTheNameOfAnImage)
 {
-    const struct {
-        const char *pszName, *pszFilter, *pszWanted;
-    } aRow[] = {{"", "PNG Image (*.png)", ""},           {"x.tif", "PNG Image (*.png)", "x.tif.png"},
-                {"x.TIFF", "PNG Image (*.png)", "x.TIFF"}, {"x", "TIFF Image (*.tiff)", "x.tiff"},
-                {"d.mrc/x", "All (*)", "d.mrc/x.bmp"},   {"x.mrc", "", "x.mrc"}};
-    for (const auto& row : aRow)
-        EXPECT_EQ(completedImageName(row.pszName, row.pszFilter), row.pszWanted);
-    QStringList listExtension;
-    for (const QString& strItem : imageTypeItems())
-        listExtension.append(imageTypeExtension(strItem));
-    EXPECT_EQ(listExtension.join(' ') + imageTypeExtension("none"), ".bmp .png .jpg .tif");
+    EXPECT_EQ(completedImageName("", "PNG Image (*.png)"), "");
+    EXPECT_EQ(completedImageName("x.tif", "PNG Image (*.png)"), "x.tif.png");
+    EXPECT_EQ(completedImageName("x.TIFF", "PNG Image (*.png)"), "x.TIFF");
+    EXPECT_EQ(completedImageName("d.mrc/x", "All (*)"), "d.mrc/x.bmp");
+    EXPECT_EQ(imageTypeExtension(imageTypeItems().last()) + imageTypeExtension("none"), ".tif");
 }

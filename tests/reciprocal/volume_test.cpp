@@ -7,16 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 
 namespace {
-
-CImgObj<float> noise(int nWidth, int nHeight, unsigned nSeed)
-{
-    std::mt19937 random(nSeed);
-    std::normal_distribution<float> normal(5, 10);
-    return makeImage(nWidth, nHeight, [&](int, int) { return double(std::round(normal(random))); });
-}
 
 std::vector<float> voxels(const CReciprocalVolume& volume)
 {
@@ -33,7 +28,8 @@ TEST(ReciprocalVolume, IsThatOfThePlainLoopToTheLastBit)
     std::mt19937 random(3);
     std::uniform_real_distribution<double> uniform(-1, 1);
     const double adfAxis[] = {0, 90, -38.5, 180, 45, -90, 127}, adfTilt[] = {0, 90, -60, 13.7, 180, -89.97};
-    const double adfWavelength[] = {0.0251, 1e-6, 1.5, 30, -0.0251, 0}, adfPixel[] = {0.001, 0.02, 1e-6, 3, -0.01};
+    const double adfWavelength[] = {0.0251, 1e-6, 1.5, 30, -0.0251, 0},
+                 adfPixel[] = {0.001, 0.02, 1e-6, 3, -0.01};
     int nFilled = 0;
     for (int n = 0; n < 400; ++n) {
         CReciprocalVolume fast, plain;
@@ -43,10 +39,13 @@ TEST(ReciprocalVolume, IsThatOfThePlainLoopToTheLastBit)
             pVolume->setWavelength(n % 3 ? 0.0251 : adfWavelength[n / 3 % 6]);
             pVolume->setPixelSize(n % 4 ? 0.02 : adfPixel[n / 4 % 5]);
         }
-        for (unsigned nFrame = 0; nFrame < 2; ++nFrame) {  // overlapping
-            const CImgObj<float> img = noise(n % 2 ? 40 : 140, n % 2 ? 131 : 33, unsigned(n) + nFrame);
+        for (int nFrame = 0; nFrame < 2; ++nFrame) {  // overlapping
+            const CImgObj<float> img = makeImage(n % 2 ? 40 : 140, n % 2 ? 131 : 33, [&](int, int) {
+                return std::round(5 + 15 * uniform(random));
+            });
             const bool bWhole = n % 3 == 0;  // a pixel on the beam itself
-            const QPointF pt(bWhole ? 18 : 20 + 30 * uniform(random), bWhole ? 15 : 16 + 30 * uniform(random));
+            const QPointF pt(bWhole ? 18 : 20 + 30 * uniform(random),
+                             bWhole ? 15 : 16 + 30 * uniform(random));
             const double dfTilt = adfTilt[n % 6] + nFrame;
             EXPECT_TRUE(fast.addFrame(&img, pt, dfTilt));
             plainAddFrame(plain, img, pt, dfTilt);
@@ -61,14 +60,13 @@ TEST(ReciprocalVolume, IsThatOfThePlainLoopToTheLastBit)
 TEST(ReciprocalVolume, PutsPixelsByHandAndKnowsItsLimits)
 {
     CReciprocalVolume volume;
-    EXPECT_FALSE(volume.saveRaw("/nowhere"));
     ASSERT_TRUE(volume.create(10, 10, 10));
     volume.setPixelSize(0.001);
     // Along the axis: on the beam, 4 to the right, −5.4 voxels (index −0.4, so 0) and −6.1, all at tilt 90.
-    for (const auto& [x, fValue] : {std::pair{20.0, 7.f}, {16.0, 9.f}, {25.4, 8.f}, {26.1, 6.f}, {20.0, 3.f}}) {
-        CImgObj<float> img = makeImage(41, 41, [&, f = fValue](int nX, int nY) {
-            return nX == 20 && nY == 20 ? double(f) : -1.0;
-        });
+    for (const auto& [x, fValue] :
+         {std::pair{20.0, 7.f}, {16.0, 9.f}, {25.4, 8.f}, {26.1, 6.f}, {20.0, 3.f}}) {
+        CImgObj<float> img = makeImage(
+            41, 41, [&, f = fValue](int nX, int nY) { return nX == 20 && nY == 20 ? double(f) : -1.0; });
         EXPECT_TRUE(volume.addFrame(&img, QPointF(x, 20), 90));
     }
     EXPECT_FALSE(volume.addFrame(nullptr, QPointF(), 0));
@@ -79,7 +77,6 @@ TEST(ReciprocalVolume, PutsPixelsByHandAndKnowsItsLimits)
     EXPECT_EQ(std::count(vecVoxel.begin(), vecVoxel.end(), 0.f), 997);
 
     EXPECT_FALSE(hasMemoryFor(availableMemory()));
-    EXPECT_TRUE(hasMemoryFor(1000));
     EXPECT_FALSE(volume.create(40000, 40000, 4000));  // 25 TB: refused, not tried
     EXPECT_TRUE(volume.m_listSlice.isEmpty());
     EXPECT_FALSE(volume.create(0, 5, 5) || volume.create(5, 5, -1) || volume.create(65536, 65536, 1));
@@ -103,31 +100,28 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
     };
     EXPECT_EQ(run(false), "red No shift correction data. Run shift evaluation first.");
     data.m_listShift = {{0, 0}, {1, 1}};
-    data.m_strProjectName = "f0001";
-    EXPECT_TRUE(run(false).startsWith("red DIR/f0001.mrc is a frame"));
+    data.m_strProjectName = "f0001";  // as of frames that were opened without a project
+    EXPECT_TRUE(run(true).endsWith("DIR/f0001_volume.mrc"));
     data.m_strProjectName = "v";
     for (int nStopAfter : {1, 10})  // among the frames, and among the slices
-        EXPECT_TRUE(run(false, nStopAfter).endsWith("red >The reciprocal space volume was stopped. Nothing was saved."));
+        EXPECT_TRUE(run(false, nStopAfter)
+                        .endsWith("red >The reciprocal space volume was stopped. Nothing was saved."));
     EXPECT_TRUE(series.content("v.mrc").isEmpty());
-    EXPECT_EQ(run(true), "blue >Constructing reciprocal space volume...\nblue >Saving reciprocal space volume to "
-                         "file...\nblue >Reciprocal space volume saved to file: DIR/v.mrc");
-    ImageList vecSlice;
-    ASSERT_EQ(ReadMRC(series.dir.filePath("v.mrc"), vecSlice), 1);
-    ASSERT_EQ(vecSlice.size(), 20u);
-    EXPECT_EQ(vecSlice[10]->Data()[10 * 20 + 10], 43.f);  // (16, 17), a pixel below the beam of frame 2
-    for (const auto& [dfMax, nWanted] : {std::pair{50.0, 219}, {10.0, 255}, {0.0, 0}}) {
-        parameters.bScaled = true;
+    EXPECT_TRUE(run(true).endsWith("blue >Reciprocal space volume saved to file: DIR/v.mrc"));
+    for (const auto& [dfMax, fWanted] : {std::pair{0.0, 43.f}, {50.0, 219.f}, {10.0, 255.f}, {0.0, 0.f}}) {
         parameters.dfContrastMax = dfMax;
         run(true);
-        vecSlice.clear();
+        ImageList vecSlice;
         ReadMRC(series.dir.filePath("v.mrc"), vecSlice);
-        EXPECT_EQ(vecSlice[10]->Data()[10 * 20 + 10], float(nWanted));
+        ASSERT_EQ(vecSlice.size(), 20u);
+        EXPECT_EQ(vecSlice[10]->Data()[10 * 20 + 10],
+                  fWanted);         // (16, 17), a pixel below the beam of frame 2
+        parameters.bScaled = true;  // after the first time
     }
-    EXPECT_EQ(series.content("v.mrc").size(), 1024 + 2 * 8000);
-
     ASSERT_TRUE(QFile::remove(data.m_listFrameFile[1]));
     const QString strPartial = run(false);  // what was added is saved
-    EXPECT_TRUE(strPartial.contains("red Failed to load: DIR/f0001.mrc\n") && strPartial.contains("saved to file"));
+    EXPECT_TRUE(strPartial.contains("red Failed to load: DIR/f0001.mrc\n") &&
+                strPartial.contains("saved to file"));
     const QByteArray bytesPartial = series.content("v.mrc");
     ASSERT_TRUE(QFile::remove(data.m_listFrameFile[0]));
     EXPECT_TRUE(run(false).endsWith("red No frame could be added. DIR/v.mrc was not written."));

@@ -23,7 +23,8 @@ std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
     for (const QByteArray& bytesLine : bytesText.split('\n'))
         if (bytesLine.startsWith(bytesName + ' ')) {
             bool bOk = false;
-            const std::uint64_t n = bytesLine.mid(bytesName.size()).simplified().split(' ')[0].toULongLong(&bOk);
+            const std::uint64_t n =
+                bytesLine.mid(bytesName.size()).simplified().split(' ')[0].toULongLong(&bOk);
             return bOk ? n : UNKNOWN;
         }
     return UNKNOWN;
