@@ -35,7 +35,7 @@ TEST(PlaneIndexing, ASquareNetFallsIntoItsGroups)
     // Five steps along x and five along y, whichever way they point.
     EXPECT_EQ(listGroup[0].nCount, 5);
     EXPECT_EQ(listGroup[1].nCount, 5);
-    const QStringList& listLine = report.m_listLine;
+    const QStringList listLine = report.log().split('\n');
     EXPECT_EQ(listLine[0], "Total: 8 points.");
     EXPECT_EQ(listLine[1], "   1 -24500.00     0.00  24.5000    0.041");
     EXPECT_EQ(listLine.mid(9, 2), (QStringList{"Total calculated d*: 220", "Total: 28 difference vectors."}));
