@@ -131,6 +131,48 @@ TEST(CellRefinement, AgreesWithPlainLeastSquares)
     EXPECT_NEAR(r.found.dfRmsBefore[0], std::sqrt(dfSquares / list.size()), 1e-9);
 }
 
+// Errors of d*² of one size, as the fit takes them to be: the e.s.d. are the scatter of many such fits.
+TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
+{
+    const QList<Peak3D> listTrue = simulated(0, 0);
+    std::mt19937 generator(3);
+    std::normal_distribution<double> noise(0, 0.0005);
+    const int nFits = 400;
+    double aSquares[6] = {}, aVariance[6] = {};
+    for (int i = 0; i < nFits; ++i) {
+        QList<Peak3D> list = listTrue;
+        for (Peak3D& peak : list)
+            peak.dfDStar = std::sqrt(peak.dfDStar * peak.dfDStar + noise(generator));
+        Refined r;
+        refine(r, list, g_aTrueCell);
+        ASSERT_TRUE(r.bDone);
+        for (int n = 0; n < 6; ++n) {
+            aSquares[n] += std::pow(r.aCell[n] - g_aTrueCell[n], 2) / nFits;
+            aVariance[n] += std::pow(r.found.dfCellStdErr[n], 2) / nFits;
+        }
+    }
+    for (int n = 0; n < 6; ++n)  // a root of 400 squares is good to 3.5 %
+        EXPECT_NEAR(std::sqrt(aVariance[n] / aSquares[n]), 1, 0.1) << n;
+}
+
+TEST(CellRefinement, SaysWhatTheReflectionsLeaveOpenAndThatThereIsNoCell)
+{
+    QList<Peak3D> listFlat, listNone = simulated(0, 0);
+    for (const Peak3D& peak : simulated(0.002, 5))
+        if (peak.dfL == 0)
+            listFlat.append(peak);
+    for (Peak3D& peak : listNone)
+        peak.dfDStar = 0;
+    Refined flat, none;
+    refine(flat, listFlat, g_aTrueCell);
+    refine(none, listNone, g_aTrueCell);
+    EXPECT_TRUE(flat.report.said("\nred Not determined by these reflections: C, E, F. ") && flat.bDone);
+    EXPECT_EQ(flat.found.dfCoefficientStdErr[2], 0);
+    EXPECT_GT(flat.found.dfCoefficientStdErr[3], 0);
+    EXPECT_EQ(none.report.marked().last(), "red The fit gives no unit cell; the cell stays as it was.");
+    EXPECT_TRUE(!none.bDone && std::equal(none.aCell, none.aCell + 6, g_aTrueCell));
+}
+
 TEST(CellRefinement, FiveReflectionsAreTooFewAndSixHaveNoErrors)
 {
     const QList<Peak3D> listAll = simulated(0, 0);

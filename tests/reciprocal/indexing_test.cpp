@@ -191,6 +191,13 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2)), nCell + 1);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
               QStringList({"series.hkl", "series.ipf", "series.p4p"}));
+
+    // Reflections without chains, as an extraction leaves them, have no peaks to show.
+    data.m_listPeakChain.clear();
+    EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
+    EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
+    EXPECT_EQ(data.m_vecReflectionFrame[size_t(list[0].nID)], 5);
+    EXPECT_TRUE(log.said("red These reflections have no peaks on the frames"));
 }
 
 TEST(RunIndexing, ACellBeyondTheSolverIndexesNothing)

@@ -42,6 +42,9 @@ TEST(PlaneIndexing, ASquareNetFallsIntoItsGroups)
     EXPECT_TRUE(listLine[11].startsWith("   1 ") && listLine[11].endsWith("   5"));
     EXPECT_TRUE(listLine[12].startsWith("       0      0      1   0.0482   20.734    0.00"));
     EXPECT_EQ(listLine.last(), "Total: 28 occ.");
+    report.m_nStopAfter = 1;
+    EXPECT_TRUE(test2DIndexing(list, 0.001, 1, 2, report).isEmpty());
+    EXPECT_TRUE(report.log().endsWith("red >2D indexing did not finish."));
 }
 
 TEST(StretchingTest, WritesTheSameToLogAndFile)
