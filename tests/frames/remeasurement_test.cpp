@@ -137,9 +137,11 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
             CPeakFilters filters;
             bool bFinished = true;
             if (nRun == 0)
-                EXPECT_EQ(refinePeakPosition(dataSet, series.peaks, report, {}, &bFinished).size(), row.nRefined);
+                EXPECT_EQ(refinePeakPosition(dataSet, series.peaks, report, {}, &bFinished).size(),
+                          row.nRefined);
             else if (nRun == 1)
-                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(), row.nRefined ? 3 : 0);
+                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(),
+                          row.nRefined ? 3 : 0);
             else if (nRun == 2)
                 EXPECT_EQ(extractIntensity(dataSet, series.peaks, {}, {}, filters, report, {}, &bFinished),
                           row.nRefined > 0);
@@ -180,30 +182,29 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
         EXPECT_NEAR(peaks[0][n].dfX2D, listTrue[n].x(), 0.1) << n;
     EXPECT_EQ(peaks[0][1].dfX2D, 0);
     EXPECT_EQ(peaks[0][3].dfY2D, 239);
-    EXPECT_TRUE(report.said("red 2 fits left their boxes or the frame; these peaks keep their positions: frame 1 "
-                            "(1, -1, 7), frame 1 (3, -1, 7).\n"));
+    EXPECT_TRUE(
+        report.said("red 2 fits left their boxes or the frame; these peaks keep their positions: frame 1 "
+                    "(1, -1, 7), frame 1 (3, -1, 7).\n"));
     extractIntensity(series.dataSet, peaks, {}, {}, filters, report);
     EXPECT_TRUE(report.said("Intensity extraction finished."));
 }
 
 TEST(DirectBeam, IsFoundAroundItsSaturatedCoreFromAfar)
 {
+    FrameSeries series;
+    series.add(makeImage(170, 130, [](int x, int y) {
+        return std::min(9000 / (1 + std::pow(x - 81.3, 2) / 30 + std::pow(y - 60.6, 2) / 40), 4000.);
+    }));
+    CRecordingReport report;
     for (const QPointF& ptOff : {QPointF(0, 0), QPointF(15, 0), QPointF(-9, 12)}) {
-        FrameSeries series;
-        series.add(makeImage(170, 130, [](int x, int y) {
-            const double df = 9000 / (1 + std::pow(x - 81.3, 2) / 30 + std::pow(y - 60.6, 2) / 40);
-            return std::min(df, 4000.);
-        }));
         series.dataSet.m_dfCenterX = 81.3 + ptOff.x();
         series.dataSet.m_dfCenterY = 60.6 + ptOff.y();
-        CRecordingReport report;
         fitDirectBeam(series.dataSet, report, [](const DirectBeamOnFrame& beam) {
-            EXPECT_NEAR(beam.ptFitted.x(), 81.3, 0.01);
-            EXPECT_NEAR(beam.ptFitted.y(), 60.6, 0.01);
+            EXPECT_LT(std::hypot(beam.ptFitted.x() - 81.3, beam.ptFitted.y() - 60.6), 0.01);
             EXPECT_NEAR(beam.vecFit[0], 9000, 10);
         });
-        EXPECT_TRUE(report.said(" finished."));
     }
+    EXPECT_EQ(report.log().count(" finished."), 3);
 }
 
 TEST(DirectBeam, IsFittedBesideItsExpectedPlaceAndMissingFramesAreSkipped)

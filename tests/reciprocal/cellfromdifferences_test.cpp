@@ -128,9 +128,10 @@ TEST(CellFromDifferences, ADeviationOfTwoPixelsIsTooMuch)
     parameters.m_dfRefineDStarHigh = 0.11;
     CRecordingReport report;
     for (double dfX : {103.99, 104.0})
-        EXPECT_EQ(refineCellFromDifferenceVectors({{indexed(1, 0, 0, 200, 0, 0), indexed(2, 0, 0, 200, 100, 0),
-                                                    indexed(1, 1, 0, 200, 0, 500), indexed(2, 1, 0, 200, dfX, 500)}},
-                                                  data, parameters, report)
+        EXPECT_EQ(refineCellFromDifferenceVectors(
+                      {{indexed(1, 0, 0, 200, 0, 0), indexed(2, 0, 0, 200, 100, 0),
+                        indexed(1, 1, 0, 200, 0, 500), indexed(2, 1, 0, 200, dfX, 500)}},
+                      data, parameters, report)
                       .nGroupsRejected,
                   dfX == 104 ? 1 : 0);
 }

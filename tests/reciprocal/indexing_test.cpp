@@ -264,13 +264,16 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
         const char* pLine;
     } aRow[] = {{{}, list, IndexingStatus::NoCell, "red Unit cell is not ready."},
                 {listCell, {}, IndexingStatus::NothingSelected, "> No reflections to index."},
-                {{listCell[0], listCell[1], listCell[0]}, list, IndexingStatus::CoPlanarBasis,
+                {{listCell[0], listCell[1], listCell[0]},
+                 list,
+                 IndexingStatus::CoPlanarBasis,
                  "red Warning: co-planar reciprocal basis vectors!"}};
     for (const auto& row : aRow) {
         DataSet data = indexedSeries(row.listCell, list);
         data.m_vecReflectionFrame = {77};
         CRecordingReport log;
-        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status) << row.pLine;
+        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status)
+            << row.pLine;
         EXPECT_TRUE(log.said(row.pLine)) << log.log().toStdString();
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
     }
