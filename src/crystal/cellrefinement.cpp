@@ -3,7 +3,8 @@
 #include "crystal/lmderfit.h"
 #include "crystal/uclscell.h"
 
-#include <QString>
+#include <QLatin1Char>
+#include <QStringList>
 
 #include <algorithm>
 #include <cmath>
@@ -162,6 +163,15 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.dfCell));
     report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.dfCellStdErr));
     report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
+    QStringList listOpen;
+    for (int i = 0; i < g_nParam; ++i)
+        if (fit.m_vecOpen[std::size_t(i)])
+            listOpen.append(QString(QLatin1Char(char('A' + i))));
+    if (!listOpen.isEmpty())
+        report.addMessage(
+            QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
+                .arg(listOpen.join(QStringLiteral(", "))),
+            Qt::red);
     if (pResult)
         *pResult = result;
 
@@ -173,8 +183,10 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     };
     const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
     if (!bDefinite || !allFinite(result.dfCell, 6) ||
-        !allFinite(fit.m_vecResidual.data(), fit.m_vecResidual.size()))
+        !allFinite(fit.m_vecResidual.data(), fit.m_vecResidual.size())) {
+        report.addMessage(QStringLiteral("The fit gives no unit cell; the cell stays as it was."), Qt::red);
         return false;
+    }
     a = result.dfCell[0];
     b = result.dfCell[1];
     c = result.dfCell[2];

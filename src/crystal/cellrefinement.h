@@ -25,7 +25,8 @@ struct CellRefinement {
 ///
 /// @param pResult  if given, takes what was found; untouched when fewer than 6 reflections are there
 /// @return false, with the six parameters as they came, for fewer than 6 reflections (a red line) and
-///         for a fit whose form has no direct cell (the log shows it)
+///         for a fit whose form has no direct cell (a red line too). Coefficients that the reflections leave
+///         open are named in red; their e.s.d. show 0
 /// Source: Kelsey (1964), Mineral. Mag. 33, 809.
 bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, double& c, double& alpha,
                         double& beta, double& gamma, CRunReport& report, CellRefinement* pResult = nullptr);

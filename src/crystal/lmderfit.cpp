@@ -10,7 +10,8 @@ CLmderFit::CLmderFit(int nParam)
     : m_nParam(nParam),
       m_vecParam(std::size_t(nParam), 1.0),
       m_vecStdErr(std::size_t(nParam), 0.0),
-      m_vecCovariance(std::size_t(nParam) * std::size_t(nParam), 0.0)
+      m_vecCovariance(std::size_t(nParam) * std::size_t(nParam), 0.0),
+      m_vecOpen(std::size_t(nParam), false)
 {
 }
 
@@ -37,6 +38,7 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
                             qtf.data(), wa1.data(), wa2.data(), wa3.data(), wa4.data());
     m_vecParam = x;
     m_vecResidual = fvec;
+    m_vecOpen.assign(nSize, false);
     if (nInfo <= 0) {
         // Refused or ended from outside: there is no factored Jacobian to take errors from.
         const double dfNaN = std::numeric_limits<double>::quiet_NaN();
@@ -48,6 +50,7 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
     const double dfS2 = dfNorm * dfNorm / double(m - n);
     covar(n, fjac.data(), m, ipvt.data(), dpmpar(1), wa1.data());
     for (std::size_t i = 0; i < nSize; ++i) {
+        m_vecOpen[i] = fjac[i * (mSize + 1)] == 0;
         m_vecStdErr[i] = std::sqrt(dfS2 * fjac[i * (mSize + 1)]);
         for (std::size_t j = 0; j < nSize; ++j)
             m_vecCovariance[i * nSize + j] = dfS2 * fjac[i * mSize + j];

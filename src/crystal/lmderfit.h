@@ -38,4 +38,7 @@ public:
     double m_dfFactor = 100.0;
     std::vector<double> m_vecCovariance;  ///< n×n, row by row
     std::vector<double> m_vecResidual;    ///< at the solution
+    /// Of each parameter, whether the data leave it open: its row of the covariance is then 0, and so is its
+    /// e.s.d.
+    std::vector<bool> m_vecOpen;
 };

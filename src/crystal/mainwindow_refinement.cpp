@@ -13,6 +13,7 @@
 
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 
 void MainWindow::runUnitCellRefinement()
@@ -21,12 +22,14 @@ void MainWindow::runUnitCellRefinement()
     runWithButton(bRunning, nullptr, [&](CRunReport& report) {
         const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
             QVector<QList<Peak3D>> vecRefined;
-            // That run holds the flag itself. A shorter list tells that it was stopped.
+            // That run holds the flag itself.
             if (!std::exchange(bRunning, false))
                 return vecRefined;
             clearFrameMarks();
-            vecRefined = ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report));
-            bRunning = vecRefined.size() == vecPeak.size();
+            bool bFinished = false;
+            vecRefined =
+                ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report), &bFinished);
+            bRunning = bFinished;
             return vecRefined;
         };
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
@@ -42,18 +45,19 @@ void MainWindow::refineDirectBeamPosition()
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
         const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
                                     m_dataSet.m_dfPixelSize};
-        const QVector<QList<PeakPair>> vecPair =
-            buildPeakPairs(m_dataSet.m_vecPeakIndexedOnFrame, limits, m_dataSet.m_spaceGroup, report);
-        int nPairs = 0;
-        for (const QList<PeakPair>& listPair : vecPair)
-            nPairs += listPair.size();
-        if (nPairs == 0)
+        // copies: the data set may change under the run through waiting events
+        const QVector<QList<Peak3D>> vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
+        const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
+        const QVector<DifferenceMap> vecMap =
+            ::refineDirectBeamPosition(vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude,
+                                       m_dataSet.m_dfStretchAzimuth, report);
+        const bool bGoing = report.goOn();
+        if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
+                                  [](const DifferenceMap& map) { return map.nPairs == 0; }))
             report.addMessage(tr("No two peaks of a frame lie within the d* range of the page \"Unit Cell "
                                  "Refinement\"."),
                               Qt::red);
-        ::refineDirectBeamPosition(vecPair, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
-                                   m_dataSet.m_dfPixelSize, report);
-        if (!report.goOn())
+        if (!bGoing)
             report.addMessage(
                 tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()), Qt::red);
     });
@@ -98,6 +102,6 @@ void MainWindow::refineUnitCellUsingFrameNo()
         ::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
         if (result.bDone)
             ::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet, report,
-                                 options);
+                                 options, result.bExchanged);
     });
 }

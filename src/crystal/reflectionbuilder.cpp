@@ -64,7 +64,7 @@ bool CReflectionBuilder::build(double dfDStarMax)
 {
     m_vecReflection.clear();
     m_dfDStarMax = dfDStarMax;
-    if (!(m_dfVolume > 0) || !(dfDStarMax > 0))
+    if (!(m_dfVolume > 0) || !(dfDStarMax > 0) || !(expectedReflections(dfDStarMax) <= s_dfMaxReflections))
         return false;
     double aLargest[3] = {0, 0, 0};
     for (int nPhi = 0; nPhi <= 360; nPhi += 10)
@@ -81,7 +81,7 @@ bool CReflectionBuilder::build(double dfDStarMax)
         return false;
     const int nH = int(aLargest[0]), nK = int(aLargest[1]), nL = int(aLargest[2]);
 
-    m_vecReflection.reserve(std::size_t(4 * g_dfPi * std::pow(dfDStarMax, 3) / 3 * m_dfVolume) + 1);
+    m_vecReflection.reserve(std::size_t(expectedReflections(dfDStarMax)) + 1);
     const auto place = [&](int h, int k, int l) {
         return (std::size_t(h + nH) * std::size_t(2 * nK + 1) + std::size_t(k + nK)) *
                    std::size_t(2 * nL + 1) +
@@ -108,13 +108,40 @@ bool CReflectionBuilder::build(double dfDStarMax)
     return true;
 }
 
+double CReflectionBuilder::expectedReflections(double dfDStarMax) const
+{
+    return 4 * g_dfPi * std::pow(dfDStarMax, 3) / 3 * m_dfVolume;
+}
+
 bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report)
 {
     double a = 20.091, b = 20.0, c = 13.37, alpha = 90, beta = 89.6, gamma = 90;
     cellParametersFromList(listCell, a, b, c, alpha, beta, gamma);
     CReflectionBuilder builder;
-    builder.setUnitCell(a, b, c, alpha, beta, gamma);
-    builder.build(1.0);
+    if (!builder.setUnitCell(a, b, c, alpha, beta, gamma)) {
+        report.addMessage(
+            QStringLiteral("The unit cell is no cell that reflections can be built of: %1, %2, %3, %4, "
+                           "%5, %6.")
+                .arg(a)
+                .arg(b)
+                .arg(c)
+                .arg(alpha)
+                .arg(beta)
+                .arg(gamma),
+            Qt::red);
+        return false;
+    }
+    if (!builder.build(1.0)) {
+        const double dfExpected = builder.expectedReflections(1.0);
+        report.addMessage(
+            dfExpected > CReflectionBuilder::s_dfMaxReflections
+                ? QStringLiteral("Too many reflections: about %L1 are expected, the limit is %L2.")
+                      .arg(dfExpected, 0, 'f', 0)
+                      .arg(CReflectionBuilder::s_dfMaxReflections, 0, 'f', 0)
+                : QStringLiteral("The unit cell is too oblique to build its reflections."),
+            Qt::red);
+        return false;
+    }
     report.addMessage(QStringLiteral("%L1 reflection built.").arg(builder.reflections().size()));
     QList<HKL5> listHKL;
     for (const std::array<int, 3>& hkl : builder.reflections())

@@ -25,9 +25,13 @@ public:
     ///
     /// The limits of the indices are the whole parts of the largest indices of points on the sphere in
     /// steps of 10 degrees, so that a reflection close to the limit may be missed.
-    /// @return false, with no reflections, without a cell, for a limit that is not above 0 and for more
-    ///         than 10⁹ indices
+    /// @return false, with no reflections, without a cell, for a limit that is not above 0, for more than
+    ///         s_dfMaxReflections expected ones and for more than 10⁹ indices
     bool build(double dfDStarMax);
+
+    /// Reflections with |g| below `dfDStarMax` by the volume of the sphere, 4πr³V/3.
+    double expectedReflections(double dfDStarMax) const;
+    static constexpr double s_dfMaxReflections = 2e6;
 
     const std::vector<std::array<int, 3>>& reflections() const { return m_vecReflection; }
 
@@ -48,6 +52,7 @@ private:
 
 /// Builds all reflections up to 1 Å⁻¹ of the cell in force, or of a fixed monoclinic cell without one, and
 /// makes their points with showHKL3D(), intensity 100.
-/// @param listPeak  replaced by the points; untouched without a cell in force, which is then said in red
-/// @return as showHKL3D()
+/// @param listPeak  replaced by the points; untouched without a cell in force, for one that
+///                  CReflectionBuilder refuses and for too many reflections, which is then said in red
+/// @return whether `listPeak` has been replaced
 bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report);

@@ -50,6 +50,6 @@ bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
             fnFrameDone(beam);
         return true;
     });
-    run.sayEnd(bAll && run.isGoing());
+    run.sayEnd(bAll);
     return true;
 }

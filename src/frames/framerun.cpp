@@ -56,7 +56,7 @@ bool CFrameRun::walk(const std::function<bool(int nFrame)>& fnFrame)
         bAll = false;
     }
     m_report.endProgress();
-    return bAll;
+    return bAll && isGoing();
 }
 
 const CImgObj<float>* CFrameRun::load(int nFrame)

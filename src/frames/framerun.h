@@ -33,9 +33,9 @@ public:
 
     /// Calls fnFrame for each frame in order until it returns false, hides the progress.
     ///
-    /// A stop, be it the flag or the report's goOn(), is seen before the next frame; after the last frame the
-    /// work is done. A frame that memory has no room for ends the walk with a red line.
-    /// @return true if all frames were done
+    /// A stop, be it the flag or the report's goOn(), is seen before the next frame and after the last. A
+    /// frame that memory has no room for ends the walk with a red line.
+    /// @return true if all frames were done and nobody asked the run to stop
     bool walk(const std::function<bool(int nFrame)>& fnFrame);
 
     /// Whether nobody asked the run to stop.

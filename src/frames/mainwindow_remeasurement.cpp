@@ -150,6 +150,7 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         if (!bFinished)
             return;
         clearCurve();  // of a reflection that has left
+        m_listReflectionIndexed.clear();
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
         updatePeakTable(m_dataSet.m_listPeakMerged);
         m_pTabWidget->setCurrentIndex(2);

@@ -4,6 +4,8 @@
 #include "imaging/peakfit2d.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
+#include <QStringList>
+
 #include <cmath>
 #include <cstddef>
 
@@ -11,6 +13,7 @@ namespace {
 
 const int g_nFitHalfSize = 20;
 const double g_dfSaturation = 3500.0;
+const int g_nNamedFits = 20;  // of those not believed
 const char* const g_pName = "Peak position refinement";
 
 // The fits of one frame, in the order of its peaks.
@@ -18,8 +21,15 @@ struct FittedFrame {
     std::vector<double> vecX, vecY;  // as fitted
     std::vector<std::vector<double>> vecFit;
     QList<QPointF> listPosition;  // as believed
-    int nLost = 0;
+    std::vector<int> vecLost;     // places of the peaks whose fits are not believed
 };
+
+// Whether the pixel of a position exists: what is measured there later needs one.
+bool liesInside(const CImgObj<float>& img, const QPointF& pt)
+{
+    const double dfX = std::round(pt.x()), dfY = std::round(pt.y());
+    return dfX >= 0 && dfX < img.Width() && dfY >= 0 && dfY < img.Height();
+}
 
 FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
                      const PositionRefinementOptions& options)
@@ -34,11 +44,11 @@ FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
     for (int j = 0; j < listPeak.size(); ++j) {
         const Peak3D& peak = listPeak[j];
         const QPointF ptFit(fitted.vecX[std::size_t(j)], fitted.vecY[std::size_t(j)]);
-        // an empty box leaves the position as it was, which passes too unless it is no number
         const bool bBelieved = std::fabs(ptFit.x() - peak.dfX2D) <= g_nFitHalfSize &&
-                               std::fabs(ptFit.y() - peak.dfY2D) <= g_nFitHalfSize;
+                               std::fabs(ptFit.y() - peak.dfY2D) <= g_nFitHalfSize && liesInside(img, ptFit);
         fitted.listPosition.append(bBelieved ? ptFit : QPointF(peak.dfX2D, peak.dfY2D));
-        fitted.nLost += bBelieved ? 0 : 1;
+        if (!bBelieved)
+            fitted.vecLost.push_back(j);
     }
     return fitted;
 }
@@ -66,6 +76,7 @@ public:
     bool walk(const FnStore& fnStore)
     {
         int nLost = 0;
+        QStringList listLost;
         const bool bAll = m_run.walk([&](int nFrame) {
             if (m_peaksSorted.size() != m_run.frameCount())
                 return false;  // taken away while events were handled
@@ -84,7 +95,13 @@ public:
             const FittedFrame fitted = fitFrame(img, listPeak, m_options);
             if (m_peaksSorted.size() != m_run.frameCount())
                 return false;
-            nLost += fitted.nLost;
+            for (int j : fitted.vecLost)
+                if (++nLost <= g_nNamedFits)
+                    listLost.append(QStringLiteral("frame %1 (%2, %3, %4)")
+                                        .arg(nFrame + 1)
+                                        .arg(roundIndex(listPeak[j].dfH))
+                                        .arg(roundIndex(listPeak[j].dfK))
+                                        .arg(roundIndex(listPeak[j].dfL)));
             fnStore(nFrame, listPeak, fitted);
             if (m_options.fnAfterFit)
                 m_options.fnAfterFit(nFrame, fitted.listPosition);
@@ -92,7 +109,11 @@ public:
         });
         if (nLost > 0)
             m_report.addMessage(
-                QStringLiteral("%L1 fits left their boxes; these peaks keep their positions.").arg(nLost),
+                QStringLiteral(
+                    "%L1 fits left their boxes or the frame; these peaks keep their positions: %2%3.")
+                    .arg(nLost)
+                    .arg(listLost.join(QStringLiteral(", ")),
+                         nLost > g_nNamedFits ? QStringLiteral(", ...") : QString()),
                 Qt::red);
         return bAll;
     }
@@ -182,8 +203,11 @@ QString shortTableRow(int nNumber, const Peak3D& peak, int nFrame, const QPointF
 }  // namespace
 
 QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
-                                          CRunReport& report, const PositionRefinementOptions& options)
+                                          CRunReport& report, const PositionRefinementOptions& options,
+                                          bool* pFinished)
 {
+    if (pFinished)
+        *pFinished = false;
     // a copy that shares the peaks, for the data set may change under the run
     const QVector<QList<Peak3D>> peaksKept = peaksSorted;
     CRefinementRun refinement(dataSet, peaksKept, report, options);
@@ -217,6 +241,8 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
     if (!strTable.isEmpty())
         report.addMessage(strTable, Qt::black);
     refinement.run().sayEnd(bAll);
+    if (pFinished)
+        *pFinished = bAll;
     return peaksRefined;
 }
 

@@ -24,8 +24,8 @@ struct PositionRefinementOptions {
 /// In the returned copies dfX2D, dfY2D are the fitted position, dfX2DCorrected, dfY2DCorrected the one before
 /// the fit (raw pixels too), fX3D, fY3D the standard errors of x and y and fZ3D the info of the fit; −1 each
 /// where the box was empty. They are for the refinement alone and must not go back into m_listPeakFrame. A
-/// fit whose centre left its box or is no number is not believed: the peak keeps its position, the table
-/// shows what the fit gave, and a red line counts such peaks.
+/// fit whose centre left its box or the pixels of the frame, or is no number, is not believed: the peak keeps
+/// its position, the table shows what the fit gave, and a red line counts such peaks and names the first.
 ///
 /// The log gets a table of 25 columns: frame, h, k, l, dfIPoint, d*, distance to the rotation axis, beam,
 /// old and fitted position, fitted position relative to the beam with the peak's stretching, its azimuth,
@@ -34,10 +34,13 @@ struct PositionRefinementOptions {
 /// that shows in the table alone.
 ///
 /// @param peaksSorted  one list per frame; frames with an empty list are not loaded
+/// @param pFinished    takes whether the run reached its regular end: one that was stopped in its last frame
+///                     has a list for each frame too
 /// @return one list per frame; those done when the run was stopped or a frame could not be loaded; empty for
 ///         another number of frames and for the call during a run that stops it
 QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
-                                          CRunReport& report, const PositionRefinementOptions& options = {});
+                                          CRunReport& report, const PositionRefinementOptions& options = {},
+                                          bool* pFinished = nullptr);
 
 /// The same fits, with dfX2D, dfY2D of the peaks changed in place and nothing else of them.
 ///

@@ -166,13 +166,13 @@ private:
         m_dataSet.m_vecFrameImage.push_back(std::move(pShown));
         if (fnGroupDone)
             fnGroupDone(nGroup);
+        m_bStopped = !m_report.goOn();  // the sum is seen, of the last group too; it is written all the same
         scaleSum();
         const QString strNumber = QStringLiteral("%1").arg(nGroup + 1, 3, 10, QLatin1Char('0'));
         const QString strFile = QStringLiteral("%1/%2.mrc").arg(m_strFolder, strNumber);
-        if (!WriteMRC<unsigned short>({&m_imgOutput}, strFile)) {
-            say(QStringLiteral("Failed to save image:%1").arg(strFile), Qt::red);
-            return false;
-        }
+        const bool bSaved = WriteMRC<unsigned short>({&m_imgOutput}, strFile);
+        if (!bSaved)
+            say(QStringLiteral("Failed to save image:%1").arg(strFile));
         const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
         const double dfFirst = m_listTilt.value(vecFrame.front());
         const double dfLast = m_listTilt.value(vecFrame.back());
@@ -180,7 +180,7 @@ private:
                 .arg(strNumber, frameListText(vecFrame))
                 .arg((dfFirst + dfLast) / 2, 8, 'f', 3)
                 .arg(std::fabs(dfFirst - dfLast) / 2, 8, 'f', 3));
-        return true;
+        return bSaved;
     }
 
     void scaleSum()

@@ -19,9 +19,11 @@
 /// written, and the export goes on with the next. A list of shifts of another length than the series is not
 /// used, with a red line. Of the pixels out of range the first ten of a group have a line each, the others
 /// one together; pixels that are no numbers become 0. When the report's goOn() asks for the end, the export
-/// stops before the next frame.
+/// stops before the next frame; a sum that is complete by then is written.
 /// @param strFolder    must exist; files of the same names are replaced
 /// @param fnGroupDone  after the sum of a group stands in m_vecFrameImage, which is empty at the end
-/// @return true if every group was written; false, with a red line, where there is none
+/// @return true if every group was written and nobody asked for the end; false, with a red line, where there
+/// is
+///         none
 bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
                         const std::function<void(int nGroup)>& fnGroupDone = {});

@@ -127,7 +127,8 @@ public:
             m_report.addMessage(table.take());
     }
 
-    void addPairTable(const double* pCell)
+    // Returns false when the run was stopped.
+    bool addPairTable(const double* pCell)
     {
         m_cell.setUnitCell(pCell[0], pCell[1], pCell[2], pCell[3], pCell[4], pCell[5]);
         setReference(pCell);
@@ -137,11 +138,13 @@ public:
                 addRefinedRow(table, int(n));
             else
                 addRow(table, int(n));
-            if ((n + 1) % g_nRowsPerMessage == 0 && n + 1 < m_vecDifference.size())
+            if ((n + 1) % g_nRowsPerMessage == 0 || n + 1 == m_vecDifference.size()) {
                 m_report.addMessage(table.take());
+                if (!m_report.goOn())
+                    return false;
+            }
         }
-        if (!m_vecDifference.empty())
-            m_report.addMessage(table.take());
+        return true;
     }
 
     qint64 pairs() const { return qint64(m_vecDifference.size()); }
@@ -264,9 +267,12 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
         bStopped = vecSelected.size() != nLists;
     }
     CRun run(vecSelected, dataSet, parameters, report);
-    if (bStopped || !run.measure() || !report.goOn()) {
+    const auto sayStopped = [&report] {
         report.addMessage(QStringLiteral("%1>Unit cell refinement did not finish.").arg(currentTimeStamp()),
                           Qt::red);
+    };
+    if (bStopped || !run.measure() || !report.goOn()) {
+        sayStopped();
         return result;
     }
     result.nPairs = run.pairs();
@@ -279,8 +285,8 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
     }
     result.bRefined = unitCellRefinement(result.listDifference, p[0], p[1], p[2], p[3], p[4], p[5], report,
                                          &result.refinement);
-    if (parameters.m_bOutputPeakList)
-        run.addPairTable(result.dfCell);
+    if (parameters.m_bOutputPeakList && !run.addPairTable(result.dfCell))
+        sayStopped();
     return result;
 }
 

@@ -35,7 +35,8 @@ using FnRefinePositions = std::function<QVector<QList<Peak3D>>(const QVector<QLi
 /// the e.s.d. come out two to three times too small.
 /// A group whose d* spread by 2 pixels or more is left out. The result goes to the log and to the caller;
 /// the data set keeps its cell. Table quotients with a divisor of 0 show 0. The table of pairs is one log
-/// entry, or several of 100 000 rows each, as a longer one cannot be held in one text.
+/// entry, or several of 100 000 rows each, as a longer one cannot be held in one text; a run that is stopped
+/// between these keeps the cell that it found.
 ///
 /// @param vecPeak            one list per frame, raw pixels, indices; those of m_vecPeakIndexedOnFrame
 /// @param fnRefinePositions  called when m_bRefine2D is set; without one the positions go on as they are

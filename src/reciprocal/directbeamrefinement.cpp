@@ -5,7 +5,8 @@
 #include "imaging/lmdiffit.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
-#include <QString>
+#include <QLatin1Char>
+#include <QStringList>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,7 @@
 namespace {
 
 constexpr int g_nParam = 6;
+constexpr int g_nPairsPerLook = 4096;  // between two looks whether to go on
 
 Peak3D differenceRecord(const PeakPair& pair, double dfAmplitude, double dfAzimuth, double dfPixelSize)
 {
@@ -77,16 +79,18 @@ CMatrix3 startMap(const QList<Peak3D>& listRecord, CRunReport& report)
     if (!matIndex.isRegular())
         return leastSquaresMap(listRecord);
     const CMatrix3 matMap = matIndex.inverted().multiplied(matPlace).transposed();
+    QStringList listLine;
     for (const Peak3D& d : listRecord) {
         const Vec3D v = matMap.multiplied(Vec3D{float(d.dfH), float(d.dfK), float(d.dfL)});
-        report.addMessage(QStringLiteral("[%1,%2,%3] (%4, %5, %6)")
-                              .arg(d.dfH, 4)
-                              .arg(d.dfK, 4)
-                              .arg(d.dfL, 4)
-                              .arg(double(v.x), 6, 'f', 1)
-                              .arg(double(v.y), 6, 'f', 1)
-                              .arg(double(v.z), 6, 'f', 1));
+        listLine.append(QStringLiteral("[%1,%2,%3] (%4, %5, %6)")
+                            .arg(d.dfH, 4)
+                            .arg(d.dfK, 4)
+                            .arg(d.dfL, 4)
+                            .arg(double(v.x), 6, 'f', 1)
+                            .arg(double(v.y), 6, 'f', 1)
+                            .arg(double(v.z), 6, 'f', 1));
     }
+    report.addMessage(listLine.join(QLatin1Char('\n')));
     return matMap;
 }
 
@@ -124,6 +128,31 @@ void fitMap(DifferenceMap& map, CRunReport& report)
     report.addMessage(QStringLiteral("Info = %1, sumErr = %2").arg(map.nInfo).arg(map.dfSumSquares));
 }
 
+// The map of one frame; false when the run was stopped before it.
+bool mapFrame(const QList<PeakPair>& listPair, double dfAmplitude, double dfAzimuth, double dfPixelSize,
+              CRunReport& report, DifferenceMap& map)
+{
+    QStringList listLine;
+    for (const PeakPair& pair : listPair) {
+        const Peak3D record = differenceRecord(pair, dfAmplitude, dfAzimuth, dfPixelSize);
+        map.listDifference.append(record);
+        listLine.append(QStringLiteral("[%1,%2,%3] (%4, %5)")
+                            .arg(record.dfH, 4)
+                            .arg(record.dfK, 4)
+                            .arg(record.dfL, 4)
+                            .arg(record.dfX2D, 6, 'f', 1)
+                            .arg(record.dfY2D, 6, 'f', 1));
+        if (listLine.size() % g_nPairsPerLook == 0 && !report.goOn())
+            return false;
+    }
+    map.nPairs = listPair.size();
+    if (!listLine.isEmpty())
+        report.addMessage(listLine.join(QLatin1Char('\n')));
+    if (listPair.size() >= 3)
+        fitMap(map, report);
+    return true;
+}
+
 }  // namespace
 
 QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& vecListPeakPair,
@@ -133,21 +162,36 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& 
     QVector<DifferenceMap> vecMap;
     for (const QList<PeakPair>& listPair : vecListPeakPair) {
         DifferenceMap map;
-        for (const PeakPair& pair : listPair) {
-            const Peak3D record = differenceRecord(pair, dfAmplitude, dfAzimuth, dfPixelSize);
-            map.listDifference.append(record);
-            report.addMessage(QStringLiteral("[%1,%2,%3] (%4, %5)")
-                                  .arg(record.dfH, 4)
-                                  .arg(record.dfK, 4)
-                                  .arg(record.dfL, 4)
-                                  .arg(record.dfX2D, 6, 'f', 1)
-                                  .arg(record.dfY2D, 6, 'f', 1));
-        }
-        if (listPair.size() >= 3)
-            fitMap(map, report);
+        if (!mapFrame(listPair, dfAmplitude, dfAzimuth, dfPixelSize, report, map))
+            break;
         vecMap.append(map);
         if (!report.goOn())
             break;
+    }
+    return vecMap;
+}
+
+QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& vecPeak,
+                                                const PeakPairLimits& limits, const CSpaceGroup& spaceGroup,
+                                                double dfAmplitude, double dfAzimuth, CRunReport& report)
+{
+    QVector<DifferenceMap> vecMap;
+    bool bStopped = false;
+    const std::vector<PeakPairPlace> vecPlace =
+        peakPairPlaces(vecPeak, limits, spaceGroup, report, &bStopped);
+    auto it = vecPlace.begin();
+    for (int nList = 0; nList < vecPeak.size() && !bStopped; ++nList) {
+        if (vecPeak[nList].size() < 2)
+            continue;
+        QList<PeakPair> listPair;
+        for (; it != vecPlace.end() && it->nList == nList; ++it)
+            listPair.append({vecPeak[nList][it->nFirst], vecPeak[nList][it->nSecond]});
+        DifferenceMap map;
+        bStopped = !mapFrame(listPair, dfAmplitude, dfAzimuth, limits.dfPixelSize, report, map);
+        map.listDifference.clear();
+        if (!bStopped)
+            vecMap.append(map);
+        bStopped = bStopped || !report.goOn();
     }
     return vecMap;
 }

@@ -3,6 +3,7 @@
 
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
+#include "crystal/peakpairs.h"
 
 #include <QList>
 #include <QVector>
@@ -29,7 +30,15 @@ struct DifferenceMap {
 /// @param vecListPeakPair  one list per frame; entries of the result line up with it
 /// @param dfAmplitude, dfAzimuth  of the stretching, per cent and degrees
 /// @param dfPixelSize      Å⁻¹ per pixel
-/// A run that the report stops ends after the frame, with the entries found so far.
+/// A run that the report stops ends at once, with the entries found so far. The lines of the differences of a
+/// frame are one log entry, and so are those of its start map.
 QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& vecListPeakPair,
                                                 double dfAmplitude, double dfAzimuth, double dfPixelSize,
                                                 CRunReport& report);
+
+/// The same for the pairs that peakPairPlaces() finds, with the copies of one frame's pairs in memory at a
+/// time; listDifference of the maps stays empty.
+/// @param vecPeak  one list per frame; the result has an entry for each frame of at least two peaks
+QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& vecPeak,
+                                                const PeakPairLimits& limits, const CSpaceGroup& spaceGroup,
+                                                double dfAmplitude, double dfAzimuth, CRunReport& report);

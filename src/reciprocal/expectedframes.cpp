@@ -54,18 +54,19 @@ void fillSeriesMeans(QList<ExpectedFrame>& listRow, const std::vector<FrameInSer
     }
 }
 
-QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCentres& centres)
+QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCentres& centres, bool bExchanged)
 {
     const Peak3D& peak = row.peak;
     const int h = roundIndex(peak.dfH), k = roundIndex(peak.dfK), l = roundIndex(peak.dfL);
     const QPointF pt(peak.dfX2D, peak.dfY2D), ptOffset = pt - frameCentre(centres, peak.nFrame);
+    const bool bAbsent = dataSet.m_spaceGroup.isAbsent(bExchanged ? k : h, bExchanged ? h : k, l);
     double dfAlpha = std::atan2(-ptOffset.y(), ptOffset.x()) * 180 / g_dfPi;
     if (dfAlpha < 0)
         dfAlpha += 360;
     return QString::asprintf(
         "%4d %4d %4d %2d %8.1f %4d %8.1f %8.2f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.1f "
         "%8d\n",
-        h, k, l, dataSet.m_spaceGroup.isAbsent(h, k, l) ? 0 : 1, peak.dfIPoint, peak.nFrame + 1,
+        h, k, l, bAbsent ? 0 : 1, peak.dfIPoint, peak.nFrame + 1,
         double(calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, pt)),
         peak.dfFrameTilt, peak.dfTiltFit, row.dfTiltBefore, row.dfTiltAfter, row.dfErrBefore, row.dfErrAfter,
         std::fabs(row.dfErrBefore) - std::fabs(row.dfErrAfter), row.dfSeriesMean,
@@ -78,7 +79,7 @@ QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCent
 QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                                         const QList<Vec3D>& listUnitCellAfter, const QList<Peak3D>& listPeak,
                                         const DataSet& dataSet, CRunReport& report,
-                                        const TiltRefinementOptions& options)
+                                        const TiltRefinementOptions& options, bool bExchanged)
 {
     QList<ExpectedFrame> listRow;
     if (listUnitCellBefore.size() != 3 || listUnitCellAfter.size() != 3) {
@@ -106,7 +107,7 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                           "h", "k", "l", "A", "Int", "FNo", "d-RA", "TiltO", "TiltF", "TiltC1", "TiltC2",
                           "Delta1", "Delta2", "DD", "Avg", "ErrDiff", "d-value", "Alpha", "BTFrame");
     for (const ExpectedFrame& row : listRow)
-        strTable += rowText(row, dataSet, centres);
+        strTable += rowText(row, dataSet, centres, bExchanged);
     report.addMessage(strTable);
     report.addMessage(QStringLiteral("Sum of Err^2 of tilt before and after refinement: %1, %2\n")
                           .arg(dfSquaresBefore)

@@ -30,6 +30,13 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
 {
     if (listPeakIndexed.isEmpty())
         return;
+    if (dataSet.m_listPeakChain.isEmpty()) {
+        report.addMessage(
+            QStringLiteral("These reflections have no peaks on the frames; the indexed peaks stay as "
+                           "they were. Merge the peaks again first."),
+            Qt::red);
+        return;
+    }
     const int nCount = listPeakIndexed.size();
     const int nStep = std::max(nCount / 100, 1);
     const int nFrames = frameCount(dataSet);

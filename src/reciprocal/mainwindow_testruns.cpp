@@ -38,10 +38,14 @@ void MainWindow::refineCubicUnitCell()
 void MainWindow::testStreching()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        const QList<Peak3D> listPeak = m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1);
         if (m_dataSet.m_strProjectDir.isEmpty())
             report.addMessage(tr("No data set is open, so no result file is written."), Qt::red);
+        else if (listPeak.isEmpty())
+            report.addMessage(
+                QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
         else
-            ::testStreching(m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1), m_dataSet, report);
+            ::testStreching(listPeak, m_dataSet, report);
     });
 }
 

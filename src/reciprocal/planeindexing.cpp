@@ -1,9 +1,10 @@
 #include "reciprocal/planeindexing.h"
 
+#include "app/records/timestamp.h"
 #include "crystal/crystalparacal.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
-#include <QString>
+#include <QStringList>
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +18,8 @@ constexpr int g_nMaxIndex = 9;
 constexpr double g_dfStretchAmplitude = 0.79;  // per cent
 constexpr double g_dfStretchAzimuth = 122.7;   // degrees
 constexpr double g_dfMatch = 0.05;             // of the length
-constexpr double g_dfMaxVectors = 1e7;
+constexpr double g_dfMaxVectors = 1e6;
+constexpr int g_nRowsPerMessage = 100000;
 
 double lengthOf(const QPointF& pt)
 {
@@ -64,10 +66,10 @@ std::vector<CalculatedDStar> calculatedDStars()
 }
 
 // Groups of vectors sorted by length: the first one left is the seed. Only vectors whose length is near the
-// seed's can be near the seed, so that each round ends soon.
-QList<PlaneGroup> groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance)
+// seed's can be near the seed, so that each round ends soon. False when the run was stopped.
+bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QList<PlaneGroup>& listGroup,
+                  CRunReport& report)
 {
-    QList<PlaneGroup> listGroup;
     std::vector<bool> vecTaken(vecVector.size());
     for (std::size_t nSeed = 0; nSeed < vecVector.size(); ++nSeed) {
         if (vecTaken[nSeed])
@@ -90,8 +92,24 @@ QList<PlaneGroup> groupVectors(const std::vector<QPointF>& vecVector, double dfT
         }
         group.ptMean /= group.nCount;
         listGroup.append(group);
+        if (!report.goOn())
+            return false;
     }
-    return listGroup;
+    return true;
+}
+
+QList<PlaneGroup> sayStopped(CRunReport& report)
+{
+    report.addMessage(QStringLiteral("%1>2D indexing did not finish.").arg(currentTimeStamp()), Qt::red);
+    return {};
+}
+
+// The rows so far as one message.
+void flush(QStringList& listRow, CRunReport& report)
+{
+    if (!listRow.isEmpty())
+        report.addMessage(listRow.join(QLatin1Char('\n')));
+    listRow.clear();
 }
 
 }  // namespace
@@ -106,8 +124,10 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
             vecPoint.emplace_back(peak.dfX2D, peak.dfY2D);
     report.addMessage(QStringLiteral("Total: %1 points.").arg(vecPoint.size()));
     sortByLength(vecPoint);
+    QStringList listRow;
     for (std::size_t n = 0; n < vecPoint.size(); ++n)
-        report.addMessage(vectorText(int(n) + 1, vecPoint[n], dfPixelSize));
+        listRow.append(vectorText(int(n) + 1, vecPoint[n], dfPixelSize));
+    flush(listRow, report);
 
     const std::vector<CalculatedDStar> vecCalculated = calculatedDStars();
     report.addMessage(QStringLiteral("Total calculated d*: %1").arg(vecCalculated.size()));
@@ -127,27 +147,34 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
     report.addMessage(QStringLiteral("Total: %1 difference vectors.").arg(vecDifference.size()));
     sortByLength(vecDifference);
 
-    const QList<PlaneGroup> listGroup = groupVectors(vecDifference, dfBackgroundSize / 100);
+    QList<PlaneGroup> listGroup;
+    if (!groupVectors(vecDifference, dfBackgroundSize / 100, listGroup, report))
+        return sayStopped(report);
     qint64 nTotal = 0;
     for (int n = 0; n < listGroup.size(); ++n) {
         const QPointF pt =
             applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) * dfPixelSize;
-        report.addMessage(vectorText(n + 1, pt, dfPixelSize) +
-                          QStringLiteral(" %1").arg(listGroup[n].nCount, 3));
+        listRow.append(vectorText(n + 1, pt, dfPixelSize) +
+                       QStringLiteral(" %1").arg(listGroup[n].nCount, 3));
         const double dfLength = lengthOf(pt);
         for (const CalculatedDStar& c : vecCalculated) {
             const double dfDifference = std::fabs(c.dfDStar - dfLength);
             if (dfDifference < g_dfMatch * dfLength)
-                report.addMessage(QStringLiteral("  %1 %2 %3 %4 %5 %6")
-                                      .arg(c.h, 6)
-                                      .arg(c.k, 6)
-                                      .arg(c.l, 6)
-                                      .arg(c.dfDStar, 8, 'f', 4)
-                                      .arg(reciprocalOf(c.dfDStar), 8, 'f', 3)
-                                      .arg(dfDifference, 8, 'f', 3));
+                listRow.append(QStringLiteral("  %1 %2 %3 %4 %5 %6")
+                                   .arg(c.h, 6)
+                                   .arg(c.k, 6)
+                                   .arg(c.l, 6)
+                                   .arg(c.dfDStar, 8, 'f', 4)
+                                   .arg(reciprocalOf(c.dfDStar), 8, 'f', 3)
+                                   .arg(dfDifference, 8, 'f', 3));
         }
         nTotal += listGroup[n].nCount;
+        if (listRow.size() >= g_nRowsPerMessage)
+            flush(listRow, report);
+        if (!report.goOn())
+            return sayStopped(report);
     }
+    flush(listRow, report);
     report.addMessage(QStringLiteral("Total: %1 occ.").arg(nTotal));
     return listGroup;
 }

@@ -138,8 +138,8 @@ void findNormals(const std::vector<Chain>& vecChain, RotationAxisTest& test, CRu
         aY[nSide] += chain.peakHead.dfY2D / chain.nPeaks;
     }
     for (int n = 0; n < 2; ++n) {
-        // Adding 0 turns a negative zero positive, so that no heads at all have the azimuth 0.
-        test.dfNormal[n] = std::atan2(-aY[n] + 0.0, aX[n]) * 180 / g_dfPi;
+        // Without any heads the azimuth is 0, not that of a negative zero.
+        test.dfNormal[n] = aX[n] == 0 && aY[n] == 0 ? 0 : std::atan2(-aY[n], aX[n]) * 180 / g_dfPi;
         test.dfAxis[n] = test.dfNormal[n] < 0 ? test.dfNormal[n] + 90 : test.dfNormal[n] - 90;
         report.addMessage(QStringLiteral("Azimuth of Normal Vector %1/Tilt Axis: %2/%3")
                               .arg(n + 1)

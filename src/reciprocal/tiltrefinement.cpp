@@ -59,8 +59,8 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const Kind& k
                                                           {peak.dfX2D, peak.dfY2D});
         strTable += QString::asprintf("%4d %4d %4d %8.1f %4d %8.1f %8.2f %8.2f %8.2f %8.2f %8.2f %8.2f\n",
                                       roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL),
-                                      peak.dfIPoint, peak.nFrame + 1, double(fDistance), dfTilt, dfBefore,
-                                      dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2);
+                                      peak.dfIPoint, peak.nFrame + 1, double(fDistance), peak.dfFrameTilt,
+                                      dfBefore, dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2);
     }
     report.addMessage(strTable);
     report.addMessage(QStringLiteral("Sum of Err^2 of tilt before and after: %1, %2\n")
@@ -73,14 +73,13 @@ TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet
 {
     TiltRefinement result;
     report.addMessage(kind.strTitle, Qt::blue);
-    bool bExchanged = false;
-    result.listCellBefore = rightHandedCell(dataSet, report, kind.strHeadBefore, &bExchanged);
+    result.listCellBefore = rightHandedCell(dataSet, report, kind.strHeadBefore, &result.bExchanged);
     if (result.listCellBefore.isEmpty())
         return result;
     std::vector<double> vecParam = parametersOf(result.listCellBefore);
     addValues(QStringLiteral("Initial values:"), vecParam, report);
     result.listPeak = reflectionsForTilts(listPeak, dataSet, kind.dfLeastIntensity, options.listExcluded,
-                                          bExchanged, report);
+                                          result.bExchanged, report);
     report.addMessage(QStringLiteral("Before refinement:"));
 
     const TiltFitResult fit = fitTilts(result.listPeak, kind.pTilt, options.dfWavelength, vecParam, cellOf,

@@ -23,6 +23,7 @@ struct TiltRefinementOptions {
 /// What a refinement found.
 struct TiltRefinement {
     bool bDone = false;             ///< the run came to its end
+    bool bExchanged = false;        ///< a* and b* are exchanged, and with them h and k of the reflections
     int nInfo = 0;                  ///< result of the fit; 0 if none took place
     QList<Vec3D> listCellBefore;    ///< the working copy of the cell, right-handed
     QList<Vec3D> listCell;          ///< refined a*, b*, c*, Å⁻¹
@@ -60,6 +61,9 @@ void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost,
 /// The tilts say little of the components along the axis and nothing of a common scale but through the
 /// curvature of the sphere; their errors show it. If the working copy of a left-handed cell has a* and b*
 /// exchanged, so have the reflections h and k. Nothing of the data set is changed.
+///
+/// Column TiltO of the table is dfFrameTilt in this and the next refinement, Delta1 and Delta2 are against
+/// the tilt that was fitted.
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
 TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                   const TiltRefinementOptions& options = {});

@@ -28,47 +28,6 @@ QList<Peak3D> simulated(double dfSigma, unsigned nSeed)
     return list;
 }
 
-// Ordinary least squares by normal equations and Gauss-Jordan elimination.
-void plainLeastSquares(const QList<Peak3D>& list, double* pCoef, double* pStdErr)
-{
-    double m[6][13] = {};
-    const auto row = [](const Peak3D& p) {
-        return std::vector<double>{p.dfH * p.dfH, p.dfK * p.dfK, p.dfL * p.dfL,
-                                   p.dfH * p.dfK, p.dfK * p.dfL, p.dfH * p.dfL};
-    };
-    for (const Peak3D& peak : list) {
-        const auto t = row(peak);
-        for (std::size_t i = 0; i < 6; ++i) {
-            for (std::size_t j = 0; j < 6; ++j)
-                m[i][j] += t[i] * t[j];
-            m[i][6] += t[i] * peak.dfDStar * peak.dfDStar;
-            m[i][7 + i] = 1;
-        }
-    }
-    for (int i = 0; i < 6; ++i) {
-        const double dfPivot = m[i][i];
-        for (double& df : m[i])
-            df /= dfPivot;
-        for (int r = 0; r < 6; ++r) {
-            const double dfFactor = m[r][i];
-            for (int j = 0; r != i && j < 13; ++j)
-                m[r][j] -= dfFactor * m[i][j];
-        }
-    }
-    double dfSquares = 0;
-    for (const Peak3D& peak : list) {
-        const auto t = row(peak);
-        double dfRest = -peak.dfDStar * peak.dfDStar;
-        for (std::size_t i = 0; i < 6; ++i)
-            dfRest += t[i] * m[i][6];
-        dfSquares += dfRest * dfRest;
-    }
-    for (int i = 0; i < 6; ++i) {
-        pCoef[i] = m[i][6];
-        pStdErr[i] = std::sqrt(dfSquares / (list.size() - 6) * m[i][7 + i]);
-    }
-}
-
 struct Refined {
     bool bDone = false;
     double aCell[6];
@@ -85,31 +44,29 @@ void refine(Refined& r, const QList<Peak3D>& list, const double* pStart)
 
 }  // namespace
 
-TEST(CellRefinement, AgreesWithPlainLeastSquares)
+TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
 {
     const QList<Peak3D> list = simulated(0.002, 11);
     const double aStart[6] = {8.7, 12.8, 7.3, 91, 115, 89};
     Refined r;
     refine(r, list, aStart);
     ASSERT_TRUE(r.bDone);
-    double aCoef[6], aStdErr[6];
-    plainLeastSquares(list, aCoef, aStdErr);
-    for (int n = 0; n < 6; ++n) {
-        EXPECT_NEAR(r.found.dfCoefficient[n], aCoef[n], 1e-9) << n;
-        EXPECT_NEAR(r.found.dfCoefficientStdErr[n], aStdErr[n], 1e-5 * aStdErr[n]) << n;
-        EXPECT_EQ(r.aCell[n], r.found.dfCell[n]);
+    EXPECT_TRUE(std::equal(r.aCell, r.aCell + 6, r.found.dfCell));
+    for (bool bAfter : {false, true}) {
+        double dfSquares = 0, dfSizes = 0, dfSum = 0;
+        const double* p = bAfter ? r.aCell : aStart;
+        CCrystalParaCal cell;
+        cell.setUnitCell(p[0], p[1], p[2], p[3], p[4], p[5]);
+        for (const Peak3D& peak : list) {
+            const double dfError = cell.calDStar(int(peak.dfH), int(peak.dfK), int(peak.dfL)) - peak.dfDStar;
+            dfSquares += dfError * dfError;
+            dfSizes += std::fabs(dfError);
+            dfSum += peak.dfDStar;
+        }
+        const double* pRms = bAfter ? r.found.dfRmsAfter : r.found.dfRmsBefore;
+        EXPECT_NEAR(pRms[0], std::sqrt(dfSquares / list.size()), 1e-9);
+        EXPECT_NEAR(pRms[1], dfSizes / dfSum, 1e-9);
     }
-    double dfSquares = 0, dfSizes = 0, dfSum = 0;
-    CCrystalParaCal cell;
-    cell.setUnitCell(r.aCell[0], r.aCell[1], r.aCell[2], r.aCell[3], r.aCell[4], r.aCell[5]);
-    for (const Peak3D& peak : list) {
-        const double dfError = cell.calDStar(int(peak.dfH), int(peak.dfK), int(peak.dfL)) - peak.dfDStar;
-        dfSquares += dfError * dfError;
-        dfSizes += std::fabs(dfError);
-        dfSum += peak.dfDStar;
-    }
-    EXPECT_NEAR(r.found.dfRmsAfter[0], std::sqrt(dfSquares / list.size()), 1e-9);
-    EXPECT_NEAR(r.found.dfRmsAfter[1], dfSizes / dfSum, 1e-9);
     // The start values are those of the cell handed in, whatever its angles.
     const QStringList listStart{"Unit cell refinement: 404 points.",
                                 "Unit cell before UCLS refinement: 8.7, 12.8, 7.3, 91, 115, 89",
@@ -124,11 +81,53 @@ TEST(CellRefinement, AgreesWithPlainLeastSquares)
     for (int n = 0; n < listStart.size(); ++n)
         EXPECT_TRUE(r.report.m_listLine[n].startsWith(listStart[n])) << r.report.m_listLine[n].toStdString();
     EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found.nInfo)));
-    cell.setUnitCell(8.7, 12.8, 7.3, 91, 115, 89);
-    dfSquares = 0;
-    for (const Peak3D& peak : list)
-        dfSquares += std::pow(cell.calDStar(int(peak.dfH), int(peak.dfK), int(peak.dfL)) - peak.dfDStar, 2);
-    EXPECT_NEAR(r.found.dfRmsBefore[0], std::sqrt(dfSquares / list.size()), 1e-9);
+}
+
+// Errors of d*² of one size, as the fit takes them to be: the e.s.d. are the scatter of many such fits.
+TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
+{
+    const QList<Peak3D> listTrue = simulated(0, 0);
+    std::mt19937 generator(3);
+    std::normal_distribution<double> noise(0, 0.0005);
+    const int nFits = 400;
+    double aSquares[12] = {}, aVariance[12] = {};
+    Refined truth;
+    refine(truth, listTrue, g_aTrueCell);
+    for (int i = 0; i < nFits; ++i) {
+        QList<Peak3D> list = listTrue;
+        for (Peak3D& peak : list)
+            peak.dfDStar = std::sqrt(peak.dfDStar * peak.dfDStar + noise(generator));
+        Refined r;
+        refine(r, list, g_aTrueCell);
+        ASSERT_TRUE(r.bDone);
+        for (int n = 0; n < 12; ++n) {
+            const double df = n < 6 ? r.aCell[n] - g_aTrueCell[n]
+                                    : r.found.dfCoefficient[n - 6] - truth.found.dfCoefficient[n - 6];
+            aSquares[n] += df * df / nFits;
+            aVariance[n] +=
+                std::pow(n < 6 ? r.found.dfCellStdErr[n] : r.found.dfCoefficientStdErr[n - 6], 2) / nFits;
+        }
+    }
+    for (int n = 0; n < 12; ++n)  // a root of 400 squares is good to 3.5 %
+        EXPECT_NEAR(std::sqrt(aVariance[n] / aSquares[n]), 1, 0.1) << n;
+}
+
+TEST(CellRefinement, SaysWhatTheReflectionsLeaveOpenAndThatThereIsNoCell)
+{
+    QList<Peak3D> listFlat, listNone = simulated(0, 0);
+    for (const Peak3D& peak : simulated(0.002, 5))
+        if (peak.dfL == 0)
+            listFlat.append(peak);
+    for (Peak3D& peak : listNone)
+        peak.dfDStar = 0;
+    Refined flat, none;
+    refine(flat, listFlat, g_aTrueCell);
+    refine(none, listNone, g_aTrueCell);
+    EXPECT_TRUE(flat.report.said("\nred Not determined by these reflections: C, E, F. ") && flat.bDone);
+    EXPECT_EQ(flat.found.dfCoefficientStdErr[2], 0);
+    EXPECT_GT(flat.found.dfCoefficientStdErr[3], 0);
+    EXPECT_EQ(none.report.marked().last(), "red The fit gives no unit cell; the cell stays as it was.");
+    EXPECT_TRUE(!none.bDone && std::equal(none.aCell, none.aCell + 6, g_aTrueCell));
 }
 
 TEST(CellRefinement, FiveReflectionsAreTooFewAndSixHaveNoErrors)

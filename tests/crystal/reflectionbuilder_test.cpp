@@ -39,6 +39,13 @@ TEST(ReflectionBuilder, BuildsTheSphereAndItsNegatives)
     EXPECT_TRUE(testIndexing({{0.25f, 0, 0}, {0, 0.25f, 0}, {0, 0, 0.25f}}, list, report));
     EXPECT_EQ(list.size(), 250);  // |hkl|² < 16, without the origin
     EXPECT_FALSE(testIndexing({}, list, report));
-    EXPECT_EQ(report.marked().first(), "250 reflection built.");
     EXPECT_EQ(report.marked().last(), "red Unit cell is not ready. Stop.");
+    EXPECT_FALSE(testIndexing({{0.1f, 0, 0}, {0, 0.1f, 0}, {0.05f, 0.05f, 1e-7f}}, list, report));
+    EXPECT_TRUE(
+        report.marked().last().startsWith("red The unit cell is no cell that reflections can be built of: "));
+    EXPECT_FALSE(testIndexing({{0.0125f, 0, 0}, {0, 0.0125f, 0}, {0, 0, 0.0125f}}, list, report));
+    EXPECT_EQ(report.marked().last(),
+              "red Too many reflections: about 2144661 are expected, the limit is 2000000.");
+    EXPECT_EQ(list.size(), 250);
+    EXPECT_EQ(report.marked().first(), "250 reflection built.");
 }

@@ -34,6 +34,7 @@ struct SpotSeries : FrameSeries {
                 peak.setHKL(1.2 - 3 * j, -0.3, 2 + n);
                 peak.dfIPoint = 1234.56;
                 peak.nRGroup = 7;
+                peak.nID = 40 + j;
                 peak.dfX2D = std::round(spot(n, j).x());
                 peak.dfY2D = std::round(spot(n, j).y());
                 peak.dfX2DCorrected = 1.01 * (peak.dfX2D - c.x());
@@ -113,15 +114,17 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
 TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
 {
     const struct {
-        bool bStop, bMissing, bLess, bRunning;
+        int nStopAfter;  // questions, one before the first frame and one after each
+        bool bMissing, bLess, bRunning;
         const char* pLog;
         int nRefined;  // frames
-    } aRow[] = {{true, false, false, false, " did not finish.", 1},
-                {false, true, false, false, "failed to load", 1},
-                {false, false, true, false, "red Frame counts do not match.", 0},
-                {false, false, false, true, "", 0}};
+    } aRow[] = {{1, false, false, false, " did not finish.", 1},
+                {3, false, false, false, " did not finish.", 3},
+                {-1, true, false, false, "failed to load", 1},
+                {-1, false, true, false, "red Frame counts do not match.", 0},
+                {-1, false, false, true, "", 0}};
     for (const auto& row : aRow)
-        for (int nRun = 0; nRun < 3; ++nRun) {
+        for (int nRun = 0; nRun < (row.nStopAfter > 0 ? 4 : 3); ++nRun) {
             SpotSeries series;
             DataSet& dataSet = series.dataSet;
             dataSet.m_bRunning = row.bRunning;
@@ -130,19 +133,78 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
             if (row.bLess)
                 series.peaks.removeLast();
             CRecordingReport report;
-            report.m_nStopAfter = row.bStop ? 1 : -1;
+            report.m_nStopAfter = row.nStopAfter;
             CPeakFilters filters;
+            bool bFinished = true;
             if (nRun == 0)
-                EXPECT_EQ(refinePeakPosition(dataSet, series.peaks, report).size(), row.nRefined);
+                EXPECT_EQ(refinePeakPosition(dataSet, series.peaks, report, {}, &bFinished).size(),
+                          row.nRefined);
             else if (nRun == 1)
-                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(), row.nRefined * 3);
+                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(),
+                          row.nRefined ? 3 : 0);
+            else if (nRun == 2)
+                EXPECT_EQ(extractIntensity(dataSet, series.peaks, {}, {}, filters, report, {}, &bFinished),
+                          row.nRefined > 0);
             else
-                EXPECT_EQ(extractIntensity(dataSet, series.peaks, {}, {}, filters, report), row.nRefined > 0);
+                EXPECT_TRUE(fitDirectBeam(dataSet, report));
+            EXPECT_EQ(bFinished, nRun % 2 == 1);
+            EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that stands
             EXPECT_TRUE(report.said(row.pLog)) << report.log().toStdString();
             EXPECT_FALSE(report.said(" finished") || dataSet.m_bRunning ||
                          !dataSet.m_listPeakMerged.isEmpty());
             EXPECT_EQ(report.m_listLine.isEmpty(), row.bRunning);
         }
+}
+
+// Centres beyond the edge are found there, but a peak on no pixel could not be measured any more.
+TEST(PositionRefinement, KeepsPeaksOnTheFrame)
+{
+    FrameSeries series;
+    const QList<QPointF> listTrue{{-0.4, 60}, {-1.6, 180}, {299.3, 120}, {150, 239.8}, {150, 120}};
+    series.add(makeImage(300, 240, [&](int x, int y) {
+        double df = 0;
+        for (const QPointF& pt : listTrue)
+            df += 2000 / (1 + std::pow(x - pt.x(), 2) / 2 + std::pow(y - pt.y(), 2) / 2);
+        return df;
+    }));
+    QVector<QList<Peak3D>> peaks(1);
+    for (const QPointF& pt : listTrue) {
+        Peak3D peak;
+        peak.dfX2D = std::clamp(std::round(pt.x()), 0., 299.);
+        peak.dfY2D = std::clamp(std::round(pt.y()), 0., 239.);
+        peak.setHKL(peaks[0].size(), -1.2, 7);
+        peaks[0].append(peak);
+    }
+    CRecordingReport report;
+    CPeakFilters filters;
+    refinePeakPositionOnFrame(series.dataSet, peaks, report);
+    for (int n : {0, 2, 4})
+        EXPECT_NEAR(peaks[0][n].dfX2D, listTrue[n].x(), 0.1) << n;
+    EXPECT_EQ(peaks[0][1].dfX2D, 0);
+    EXPECT_EQ(peaks[0][3].dfY2D, 239);
+    EXPECT_TRUE(
+        report.said("red 2 fits left their boxes or the frame; these peaks keep their positions: frame 1 "
+                    "(1, -1, 7), frame 1 (3, -1, 7).\n"));
+    extractIntensity(series.dataSet, peaks, {}, {}, filters, report);
+    EXPECT_TRUE(report.said("Intensity extraction finished."));
+}
+
+TEST(DirectBeam, IsFoundAroundItsSaturatedCoreFromAfar)
+{
+    FrameSeries series;
+    series.add(makeImage(170, 130, [](int x, int y) {
+        return std::min(9000 / (1 + std::pow(x - 81.3, 2) / 30 + std::pow(y - 60.6, 2) / 40), 4000.);
+    }));
+    CRecordingReport report;
+    for (const QPointF& ptOff : {QPointF(0, 0), QPointF(15, 0), QPointF(-9, 12)}) {
+        series.dataSet.m_dfCenterX = 81.3 + ptOff.x();
+        series.dataSet.m_dfCenterY = 60.6 + ptOff.y();
+        fitDirectBeam(series.dataSet, report, [](const DirectBeamOnFrame& beam) {
+            EXPECT_LT(std::hypot(beam.ptFitted.x() - 81.3, beam.ptFitted.y() - 60.6), 0.01);
+            EXPECT_NEAR(beam.vecFit[0], 9000, 10);
+        });
+    }
+    EXPECT_EQ(report.log().count(" finished."), 3);
 }
 
 TEST(DirectBeam, IsFittedBesideItsExpectedPlaceAndMissingFramesAreSkipped)
@@ -201,12 +263,14 @@ TEST(IntensityExtraction, RepeatsTheHuntAndLeavesNoOtherReflectionsData)
     dataSet.m_vecPeakIndexedOnFrame = peaks;
     dataSet.m_listPeakChain = {{Peak3D()}};
     dataSet.m_vecReflectionFrame = {1, 2};
+    hunting.m_dfIntegrationRadius = 9, hunting.m_dfIntegrationBackground = 1;  // not those that count now
     const ExtractionParameters window{6, 2, 1};
     peaks[1][0].dfY2D = 129.5;
     EXPECT_TRUE(extractIntensity(dataSet, peaks, hunting, window, filters, report));
     EXPECT_TRUE(
         report.said("red Some peaks are outside the frame.\nred >Intensity extraction did not finish."));
     EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty() && dataSet.m_listPeakChain.size() == 1);
+    EXPECT_EQ(peaks[0][0].nID, 99);
     EXPECT_TRUE(extractIntensity(dataSet, dataSet.m_vecPeakIndexedOnFrame, hunting, window, filters, report));
     EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty());
     EXPECT_GE(dataSet.m_listPeakMerged.size(), 9);
@@ -242,6 +306,11 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
                                 "Data out of range (100000). Break.\n#001:    2    3:    0.250    0.250\n"
                                 "#002:    4:    1.000    0.000\nred "));
     EXPECT_TRUE(report.log().endsWith("\nShift #002:  -1   0\nShift #003:  -2   0\nShift #004:   0   0\n"));
+    report.m_listLine.clear();
+    report.m_listColor.clear();
+    exportSummedFrames(series.dataSet, series.dir.filePath("none"), report);
+    const QString strFailed = "\nFailed to save image:" + series.dir.filePath("none/00");
+    EXPECT_TRUE(report.said(strFailed + "1.mrc\n#001: ") && report.said(strFailed + "2.mrc\n#002: "));
     ImageList vecImage;
     for (const char* pFile : {"001.mrc", "002.mrc"})
         ASSERT_TRUE(ReadMRC(series.dir.filePath(pFile), vecImage));

@@ -108,9 +108,32 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
                   "  0.500 -0.250  0.030  0.040  0.050   0   1   0    300.0    200.0    110.0  0.500 "
                   "-0.250  0.120  0.000  0.120" +
                   strEnd + "  0.130   0.1414    40.72%");
+    report.m_nAsked = 0;
+    run();
+    report.m_nStopAfter = report.m_nAsked - 1;  // once the table of pairs is shown
+    EXPECT_TRUE(run().last().endsWith(">Unit cell refinement did not finish."));
+    report.m_nStopAfter = -1;
     data.m_listCell.clear();
     EXPECT_EQ(run().last(), "Warning: co-planar reciprocal basis vectors!");
     EXPECT_TRUE(run([](const auto&) { return QVector<QList<Peak3D>>(); }).last().endsWith("did not finish."));
+}
+
+// Two lengths of one difference 4 pixels apart deviate by 2 pixels; a pixel size of 2⁻¹⁰ leaves that exact.
+TEST(CellFromDifferences, ADeviationOfTwoPixelsIsTooMuch)
+{
+    DataSet data;
+    data.m_dfPixelSize = 1.0 / 1024;
+    RefinementParameters parameters;
+    parameters.m_dfRefineDStarLow = 0.09;
+    parameters.m_dfRefineDStarHigh = 0.11;
+    CRecordingReport report;
+    for (double dfX : {103.99, 104.0})
+        EXPECT_EQ(refineCellFromDifferenceVectors(
+                      {{indexed(1, 0, 0, 200, 0, 0), indexed(2, 0, 0, 200, 100, 0),
+                        indexed(1, 1, 0, 200, 0, 500), indexed(2, 1, 0, 200, dfX, 500)}},
+                      data, parameters, report)
+                      .nGroupsRejected,
+                  dfX == 104 ? 1 : 0);
 }
 
 TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
@@ -130,6 +153,12 @@ TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
         list.append(QString("%1,%2").arg(pair.peakFirst.dfX2D).arg(pair.peakSecond.dfY2D));
     EXPECT_EQ(list, (QStringList{"0,400", "0,100", "300,100", "300,99.9", "0,0"}));
     EXPECT_EQ(report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
+    // Frame by frame the beam's refinement says the same of them.
+    CRecordingReport reportFrames;
+    const auto vecMap = refineDirectBeamPosition(vecPeak, {0.5, 0.1, 0.001}, spaceGroup, 1, 20, reportFrames);
+    EXPECT_EQ(vecMap[0].adfEnd, refineDirectBeamPosition(vec, 1, 20, 0.001, report)[0].adfEnd);
+    EXPECT_EQ(reportFrames.log(), report.log());
+    EXPECT_TRUE(vecMap.size() == 2 && vecMap[0].nPairs == 4 && vecMap[1].nPairs == 1);
 }
 
 TEST(DifferenceGroups, AreThoseOfASlowLoop)

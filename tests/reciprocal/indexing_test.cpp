@@ -191,6 +191,13 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2)), nCell + 1);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
               QStringList({"series.hkl", "series.ipf", "series.p4p"}));
+
+    // Reflections without chains, as an extraction leaves them, have no peaks to show.
+    data.m_listPeakChain.clear();
+    EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
+    EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
+    EXPECT_EQ(data.m_vecReflectionFrame[size_t(list[0].nID)], 5);
+    EXPECT_TRUE(log.said("red These reflections have no peaks on the frames"));
 }
 
 TEST(RunIndexing, ACellBeyondTheSolverIndexesNothing)
@@ -257,13 +264,16 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
         const char* pLine;
     } aRow[] = {{{}, list, IndexingStatus::NoCell, "red Unit cell is not ready."},
                 {listCell, {}, IndexingStatus::NothingSelected, "> No reflections to index."},
-                {{listCell[0], listCell[1], listCell[0]}, list, IndexingStatus::CoPlanarBasis,
+                {{listCell[0], listCell[1], listCell[0]},
+                 list,
+                 IndexingStatus::CoPlanarBasis,
                  "red Warning: co-planar reciprocal basis vectors!"}};
     for (const auto& row : aRow) {
         DataSet data = indexedSeries(row.listCell, list);
         data.m_vecReflectionFrame = {77};
         CRecordingReport log;
-        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status) << row.pLine;
+        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status)
+            << row.pLine;
         EXPECT_TRUE(log.said(row.pLine)) << log.log().toStdString();
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
     }

@@ -5,6 +5,7 @@
 #include "recordingreport.h"
 
 #include <cmath>
+#include <complex>
 #include <random>
 
 namespace {
@@ -79,4 +80,34 @@ TEST(RotationAxisTest, ChainsTablesAndMessages)
                                              "Azimuth of Normal Vector 1/Tilt Axis: 0/-90",
                                              "Azimuth of Normal Vector 2/Tilt Axis: 0/-90"}));
     EXPECT_EQ(testRotationAxis({}, centres, 5, report).dfAxis[1], -90);
+
+    // Equal distances: the normals halve angles, and the sums are greatest at half the angle of the sum of
+    // the heads' doubled directions. A head at 229.5 sharp is on the second side.
+    const double dfRadians = std::acos(-1.0) / 180;
+    double r = 1000;
+    const auto head = [&](double dfAzimuth, int nFrame) {
+        return peakAt(r * std::cos(dfAzimuth * dfRadians), -r * std::sin(dfAzimuth * dfRadians), nFrame);
+    };
+    const auto azimuth = [](const Peak3D& p) {
+        return std::atan2(-p.dfY2D, p.dfX2D) * 180 / std::acos(-1.0) + 360;
+    };
+    while (azimuth(head(229.5, 0)) != 229.5 && r < 1100)
+        r += 1;
+    ASSERT_LT(r, 1100);
+    const RotationAxisTest test =
+        testRotationAxis({{head(229.5, 0), head(50, 0), head(300, 0)}, {head(50, 1)}}, centres, 5, report);
+    EXPECT_EQ(test.nChains, 3);
+    EXPECT_NEAR(test.dfNormal[0], 50, 1e-9);
+    EXPECT_NEAR(test.dfAxis[0], -40, 1e-9);
+    EXPECT_NEAR(test.dfNormal[1], -95.25, 1e-9);
+    EXPECT_NEAR(test.dfAxis[1], -5.25, 1e-9);
+    for (double dfWeight : {1.0, 0.5}) {
+        const auto sum = std::polar(1.0, 99 * dfRadians) + std::polar(dfWeight, 100 * dfRadians) +
+                         std::polar(1.0, 600 * dfRadians);
+        EXPECT_NEAR(dfWeight == 1 ? test.dfMaxAngle : test.dfMaxAngleWeighted,
+                    90 + std::arg(sum) / dfRadians / 2, 0.0501);
+    }
+    for (double dfAzimuth : {49.49, 49.51})
+        EXPECT_NEAR(testRotationAxis({{head(dfAzimuth, 0)}}, centres, 5, report).dfNormal[dfAzimuth < 49.5],
+                    dfAzimuth, 1e-9);
 }

@@ -35,13 +35,16 @@ TEST(PlaneIndexing, ASquareNetFallsIntoItsGroups)
     // Five steps along x and five along y, whichever way they point.
     EXPECT_EQ(listGroup[0].nCount, 5);
     EXPECT_EQ(listGroup[1].nCount, 5);
-    const QStringList& listLine = report.m_listLine;
+    const QStringList listLine = report.log().split('\n');
     EXPECT_EQ(listLine[0], "Total: 8 points.");
     EXPECT_EQ(listLine[1], "   1 -24500.00     0.00  24.5000    0.041");
     EXPECT_EQ(listLine.mid(9, 2), (QStringList{"Total calculated d*: 220", "Total: 28 difference vectors."}));
     EXPECT_TRUE(listLine[11].startsWith("   1 ") && listLine[11].endsWith("   5"));
     EXPECT_TRUE(listLine[12].startsWith("       0      0      1   0.0482   20.734    0.00"));
     EXPECT_EQ(listLine.last(), "Total: 28 occ.");
+    report.m_nStopAfter = 1;
+    EXPECT_TRUE(test2DIndexing(list, 0.001, 1, 2, report).isEmpty());
+    EXPECT_TRUE(report.log().endsWith("red >2D indexing did not finish."));
 }
 
 TEST(StretchingTest, WritesTheSameToLogAndFile)

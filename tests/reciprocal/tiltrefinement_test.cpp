@@ -30,6 +30,21 @@ void expectTrueCell(const QList<Vec3D>& listBasis)
         EXPECT_NEAR(a[n], aTrue[n], n < 3 ? 1e-3 : 0.01) << n;
 }
 
+const double g_dfRadians = std::acos(-1.0) / 180;
+
+QPointF fromBeam(const Peak3D& p, const DataSet& data)
+{
+    return QPointF(p.dfX2D, p.dfY2D) - frameCentre(beamCentres(data), p.nFrame);
+}
+
+// From the axis by its normal, rather than by its slope.
+double distance(const Peak3D& p, const DataSet& data)
+{
+    const QPointF d = fromBeam(p, data);
+    const double dfAxis = data.m_dfRotationAxis * g_dfRadians;
+    return std::fabs(d.x() * std::sin(dfAxis) + d.y() * std::cos(dfAxis));
+}
+
 }  // namespace
 
 TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
@@ -51,6 +66,18 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
                            "Values after refi", "Errors:  0.000000", "Unit cell after r", "After refinement:",
                            "   h    k    l   ", "Sum of Err^2 of t", "<br>Refined unit "}));
 
+    // A row of twelve columns: the frame's tilt, and deltas from the tilt that was fitted.
+    const Peak3D& p = result.listPeak[3];
+    double dfBefore = 0, dfAfter = 0;
+    ASSERT_TRUE(calculatedTilt(p, result.listCellBefore, 0.0251, dfBefore) &&
+                calculatedTilt(p, result.listCell, 0.0251, dfAfter));
+    const double dfDelta1 = std::fabs(p.dfTiltFit - dfBefore), dfDelta2 = std::fabs(p.dfTiltFit - dfAfter);
+    EXPECT_GT(std::fabs(p.dfTiltFit - p.dfFrameTilt), 0.01);
+    EXPECT_EQ(report.m_listLine[report.find("TiltC1")].split('\n')[4],
+              QString::asprintf("%4d %4d %4d   1000.0 %4d %8.1f %8.2f %8.2f %8.2f %8.2f %8.2f %8.2f",
+                                int(p.dfH), int(p.dfK), int(p.dfL), p.nFrame + 1, distance(p, series.data),
+                                p.dfFrameTilt, dfBefore, dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2));
+
     // A left-handed cell: the indices follow the exchange of a* and b*. Excluded reflections go.
     series.data.m_listCell.swapItemsAt(0, 1);
     for (Peak3D& peak : listPeak)
@@ -61,7 +88,7 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
     TiltRefinement left;
     expectTrueCell(refineUnitCellUsingFrameNo(listPeak, series.data, report, options, &left));
     EXPECT_TRUE(report.said("red Wrong handness in unit cell setting."));
-    EXPECT_LT(left.listPeak.size(), result.listPeak.size());
+    EXPECT_TRUE(left.bExchanged && left.listPeak.size() < result.listPeak.size());
 
     // Against the tilts of the frames, which are up to half a step off.
     const TiltRefinement coarse = refineBasisVectors(listPeak, series.data, report);
@@ -115,6 +142,26 @@ TEST(ExpectedFrames, TheTableHoldsErrorsBySeries)
                                         "  TiltC2   Delta1   Delta2       DD "
                                         "     Avg  ErrDiff  d-value    Alpha BTFrame\n"));
     EXPECT_EQ(report.m_listLine[1].count('\n'), 4);
+    ASSERT_TRUE(series.data.m_spaceGroup.setSpaceGroup(38));  // A m m 2: k + l even
+    calExpectedFrameNo(listBefore, series.data.m_listCell, list, series.data, report, {}, true);
+    for (int nCall = 0; nCall < 2; ++nCall)
+        for (int n = 0; n < 3; ++n) {
+            const ExpectedFrame& row = listRow[n];
+            const Peak3D& p = row.peak;
+            const QPointF d = fromBeam(p, series.data);
+            EXPECT_EQ(
+                report.m_listLine[nCall * 5 + 1].split('\n')[n + 1],
+                QString::asprintf(
+                    "%4d %4d %4d %2d   1000.0   43 %8.1f %8.2f %8.3f %8.3f %8.3f %8.3f %8.3f "
+                    "%8.3f %8.3f %8.3f %8.3f %8.1f        2",
+                    int(p.dfH), int(p.dfK), int(p.dfL), nCall == 0 || int(p.dfH + p.dfL) % 2 == 0,
+                    distance(p, series.data), series.data.m_listOverallTilt[42], p.dfTiltFit,
+                    row.dfTiltBefore, row.dfTiltAfter, p.dfTiltFit - row.dfTiltBefore,
+                    p.dfTiltFit - row.dfTiltAfter, std::fabs(row.dfErrBefore) - std::fabs(row.dfErrAfter),
+                    row.dfSeriesMean, row.dfErrAfter - row.dfSeriesMean,
+                    1 / std::sqrt(g_cell.calculate_1_d2({int(p.dfH), int(p.dfK), int(p.dfL)})),
+                    std::fmod(std::atan2(-d.y(), d.x()) / g_dfRadians + 360, 360)));
+        }
     EXPECT_TRUE(report.m_listLine[3].contains(", 0.173"));  // 0.3/√3
     calExpectedFrameNo({}, listBefore, list, series.data, report);
     EXPECT_EQ(report.marked().last(), "red Unit cell error.");

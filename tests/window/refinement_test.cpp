@@ -117,7 +117,12 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
         tool(psz);
     m_pPage->m_pButtonRun->click();
     pRefine->m_pButtonRunRefinement->click();
-    EXPECT_EQ(log().count("No indexed peaks are available. Do merging and indexing first."), 6);
+    tool("Test &Stretching");
+    EXPECT_FALSE(QFile::exists(s_pDir->filePath("w_pos.txt")));
+    EXPECT_EQ(log().count("No indexed peaks are available. Do merging and indexing first."), 7);
+    QStatusTipEvent eventTip(m_pPage->m_pButtonRun->statusTip());
+    QCoreApplication::sendEvent(m_pPage->m_pButtonRun, &eventTip);
+    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), "Run intensity extraction");
     EXPECT_EQ(log().count("Frame counts do not match."), 2);
 
     index();
@@ -191,6 +196,8 @@ TEST_F(Refinement, ExtractionLeavesNoOtherReflectionsData)
     EXPECT_GT(pTable->rowCount(), 2 * nRows) << "one row per peak on a frame";
     m_pTabs->setCurrentIndex(0);
     EXPECT_TRUE(!m_pWindow->showPeakInCurve(0) && marks<TextItem>(Qt::red).isEmpty());
+    tool("Refine &Basis Vectors");  // which would be of the reflections that have left
+    EXPECT_TRUE(log().endsWith("No indexed peaks are available. Do merging and indexing first."));
 }
 
 TEST_F(Refinement, CrossesShowThePositionsBeforeAndAfterAFit)

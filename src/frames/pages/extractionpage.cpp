@@ -4,7 +4,9 @@
 #include "app/records/runparameters.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QDoubleSpinBox>
+#include <QEvent>
 #include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -72,6 +74,14 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
                              static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)})
         pLayout->addWidget(pWidget);
     pLayout->addStretch(1);
+}
+
+bool ExtractionPage::event(QEvent* pEvent)
+{
+    // Such events end at a window, and this is one.
+    if (pEvent->type() == QEvent::StatusTip && parentWidget())
+        return QCoreApplication::sendEvent(parentWidget(), pEvent);
+    return QWidget::event(pEvent);
 }
 
 void ExtractionPage::showBeside()

@@ -29,6 +29,10 @@ public:
     QCheckBox* m_pCheckShowEstimated;
     QPushButton* m_pButtonRun;
 
+protected:
+    /// Hands status tips on to the main window, which has the status bar.
+    bool event(QEvent* pEvent) override;
+
 private:
     bool m_bPlaced = false;
 };
