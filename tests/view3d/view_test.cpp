@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QColorDialog>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -184,9 +186,14 @@ protected:
     void drag(const QPoint& ptFrom, const QPoint& ptTo, Qt::KeyboardModifiers modifiers,
               Qt::MouseButton eButton = Qt::LeftButton)
     {
+        drag(ptFrom, ptTo, modifiers, modifiers, eButton);
+    }
+    void drag(const QPoint& ptFrom, const QPoint& ptTo, Qt::KeyboardModifiers modifiers,
+              Qt::KeyboardModifiers modifiersAtRelease, Qt::MouseButton eButton = Qt::LeftButton)
+    {
         mouse(QEvent::MouseButtonPress, ptFrom, eButton, modifiers);
         mouse(QEvent::MouseMove, ptTo, eButton, modifiers);
-        mouse(QEvent::MouseButtonRelease, ptTo, eButton, modifiers);
+        mouse(QEvent::MouseButtonRelease, ptTo, eButton, modifiersAtRelease);
     }
 };
 
@@ -229,6 +236,18 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     m_view.viewAlong({1, 0, 0});
     m_view.setPointAlpha(1.f);
     EXPECT_EQ(atScene(picture(), -1.9, -0.3), QColor(Qt::white));
+
+    // Ambient light of 0.1 and, as OpenGL has it, 0.2 for all; of the others one meets the points from the
+    // front.
+    m_view.resetView();
+    m_view.setLight(true);
+    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.4 / std::sqrt(1.02)), 2);
+    m_view.setLightIntensity(0);
+    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.2 / std::sqrt(1.02)), 2);
+    m_view.setLight(false);
+    m_view.setAspectRatio(false);
+    EXPECT_EQ(at(picture(), 312.5, 200 + 0.3 * m_nH / 4), QColor(Qt::white));
+    m_view.setAspectRatio(true);
 
     // The axes cross, 60 pixels from the corner and 50 long, turns counterclockwise with the scene.
     m_view.setPoints({});
@@ -369,22 +388,22 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     const Qt::KeyboardModifiers control = Qt::ControlModifier, both = control | Qt::ShiftModifier;
     const struct {
         QPoint ptFrom, ptTo;
-        Qt::KeyboardModifiers modifiers;
+        Qt::KeyboardModifiers modifiers, modifiersAtRelease;
         QList<int> listSelected;
         const char* pcText;  // null: nothing happens
-    } aRow[] = {{{240, 190}, {260, 210}, control, {0}, pcFirst},
-                {{340, 180}, {360, 180}, control, {0}, nullptr},
-                {{340, 180}, {340, 250}, control, {0}, nullptr},
-                {{360, 230}, {340, 180}, both, {0, 1, 2}, "2 selected"},
-                {{345, 185}, {355, 195}, control, {2}, pcThird},
-                {{100, 100}, {140, 140}, control, {}, "0 selected"},
-                {{0, 0}, {499, 399}, control, {0, 1, 2}, "3 selected"}};
+    } aRow[] = {{{240, 190}, {260, 210}, control, control, {0}, pcFirst},
+                {{340, 180}, {360, 180}, control, control, {0}, nullptr},
+                {{340, 180}, {340, 250}, control, control, {0}, nullptr},
+                {{360, 230}, {340, 180}, control, both, {0, 1, 2}, "2 selected"},
+                {{345, 185}, {355, 195}, both, control, {2}, pcThird},
+                {{100, 100}, {140, 140}, control, control, {}, "0 selected"},
+                {{0, 0}, {499, 399}, control, control, {0, 1, 2}, "3 selected"}};
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     for (const auto& row : aRow) {
         spyText.clear();
         spyData.clear();
         spySelection.clear();
-        drag(row.ptFrom, row.ptTo, row.modifiers);
+        drag(row.ptFrom, row.ptTo, row.modifiers, row.modifiersAtRelease);
         EXPECT_EQ(m_view.selectedPoints(), row.listSelected) << &row - aRow;
         const int nExpected = row.pcText ? 1 : 0;
         EXPECT_EQ(spyData.count(), nExpected);
@@ -435,6 +454,11 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_EQ(m_view.cursor().shape(), Qt::ArrowCursor);
     drag({10, 10}, {60, 30}, Qt::ShiftModifier);
     drag({10, 10}, {99, 50}, Qt::NoModifier, Qt::RightButton);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    drag({10, 10}, {10, 11}, Qt::NoModifier, Qt::RightButton);  // a click of an unsteady hand
+    auto* pMenu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(pMenu && pMenu->actions() == m_view.actions());
+    pMenu->close();
     QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&m_view, &wheel);
     m_view.setPoints({});  // the camera outlives the points
@@ -442,9 +466,30 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_FLOAT_EQ(fPanX, 0.3f);
     EXPECT_FLOAT_EQ(fPanY, -0.15f);
     EXPECT_NEAR(fZoom, 3 * 40 / 400. - 240 / 400., 1e-6);
+
+    m_view.setShowCanvasGrid(true);
+    m_view.setCanvasGridAlpha(1);
+    m_view.resetView();
+    QColor aColor[] = {Qt::black, Qt::white};
+    for (int i : {0, 1, 0})
+        for (bool bTaken : {false, true}) {
+            m_view.actions()[i]->trigger();
+            auto* pDialog = m_view.findChild<QColorDialog*>();
+            ASSERT_TRUE(pDialog);
+            EXPECT_EQ(pDialog->currentColor(), aColor[i]);
+            const QColor color(40 * i + 10, aColor[i].green() / 2, 200);
+            pDialog->setCurrentColor(color);
+            bTaken ? pDialog->accept() : pDialog->reject();
+            QCoreApplication::sendPostedEvents(pDialog, QEvent::DeferredDelete);
+            aColor[i] = bTaken ? color : aColor[i];
+            EXPECT_EQ(at(picture(), 256, 206), aColor[0]);
+            EXPECT_EQ(at(picture(), 256, 200), aColor[1]);
+        }
     EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(),
               "Background Color...Canvas Grid Color...");
 }
+
+QStringList g_listMessage;
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.
 TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
@@ -470,14 +515,18 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
         EXPECT_EQ(spyFailed.count(), view.isValid() ? 0 : 1);
     };
     show();
+    const auto pHandler = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& str) { g_listMessage.append(str); });
     for (double dfRatio : {0.0, -3.0, 1e300, double(fInf), double(fNaN)}) {
+        g_listMessage.clear();
         view.setPointSizeRatio(dfRatio);
         view.calPointSizes();
+        EXPECT_EQ(g_listMessage.size(), 130);  // range, 64 sizes, 64 counts, sum
+        EXPECT_EQ(g_listMessage.last(), "Total: 5");
         show();
     }
+    qInstallMessageHandler(pHandler);
     view.setLight(true);
-    view.setLightIntensity(30);
-    view.setAspectRatio(false);
     view.rotateAroundScreenX(30);
     view.setCamera(identityMatrix().data(), 1e38f, -1e38f, fInf);
     show();
@@ -494,6 +543,8 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
     for (QMouseEvent* pEvent : {&press, &move, &release})
         QApplication::sendEvent(&view, pEvent);
     EXPECT_EQ(view.selectedPoints(), (QList<int>{2, 4}));
+    view.setDisplayMode(nullptr);
+    EXPECT_TRUE(view.selectedPoints().isEmpty());
     view.setPoints({peakAt(0, 0, 0, 1, 1), peakAt(0, 0, 0, 1, -1)});  // a negative nID: refused
     EXPECT_TRUE(view.points().isEmpty());
     EXPECT_EQ(view.groupLabels(), QStringList("Unlabeled"));
