@@ -1,7 +1,6 @@
 // The pages: what their controls show and give back, which of them are alive, and how they are operated.
 #include "app/dataset/pagerounding.h"
 #include "app/records/runparameters.h"
-#include "crystal/pages/refinementpage.h"
 #include "reciprocal/pages/cellpage.h"
 #include "reciprocal/pages/mergingpage.h"
 #include "view3d/pages/view3dpage.h"
@@ -68,15 +67,6 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
             EXPECT_DOUBLE_EQ(row.pSpin->value(), *row.pdf) << row.pName << " from " << dfNumber;
         }
     }
-}
-
-TEST(Pages, DisableWhatHasNoRunYetAndNothingElse)
-{
-    RefinementPage refinement;
-    refinement.setRefinementAlive(false);
-    EXPECT_FALSE(refinement.m_pSpinRefineDStarLow->isEnabled());
-    EXPECT_FALSE(refinement.m_pButtonRunRefinement->isEnabled());
-    EXPECT_TRUE(refinement.m_pButtonRunRefinementFromList->isEnabled());
 }
 
 TEST(Pages, CellPageSwapsTheSearchForTheManualAssignment)
