@@ -110,7 +110,8 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     EXPECT_FALSE(restorePointGroups(DataSet()).bRestored);
 }
 
-// As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine bits.
+// As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine
+// bits.
 TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
 {
     std::mt19937 random(7);
@@ -127,24 +128,19 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
             if (random() % 2)
                 listChosen.append(g);
         DataSet data;
+        data.m_listPeakFrame = {{}, {}, {}};
+        data.m_vecPeakGroup.fill(QVector<QList<int>>(3), 3);
         QList<Peak3D> listShown;
-        std::vector<int> vecShown;
         for (int i = 0; i < 9; ++i) {
-            if (i % 3 == 0)
-                data.m_listPeakFrame.append(QList<Peak3D>());
             Peak3D peak;
             peak.nFrame = i / 3;
             peak.nID = 20 - i;
-            data.m_listPeakFrame.last().append(peak);
-            data.m_vecPeakGroup.resize(i / 3 + 1);
-            data.m_vecPeakGroup.last().append(QList<int>());
+            data.m_listPeakFrame[i / 3].append(peak);
             for (size_t g = 0; g < groups.size(); ++g)
                 if (groups[g] >> i & 1)
-                    data.m_vecPeakGroup.last().last().append(int(g));
-            if (random() % 2) {
+                    data.m_vecPeakGroup[i / 3][i % 3].append(int(g));
+            if (random() % 2)
                 listShown.append(peak);
-                vecShown.push_back(i);
-            }
         }
         const bool bMerge = nRound % 2;
         const int nGroups = int(groups.size());
@@ -164,9 +160,9 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
         QList<QList<int>> listWanted;
         for (size_t g = 0; g < groups.size(); ++g) {
             listWanted.append(QList<int>());
-            for (size_t n = 0; n < vecShown.size(); ++n)
-                if (groups[g] >> vecShown[n] & 1)
-                    listWanted.last().append(int(n));
+            for (int n = 0; n < listShown.size(); ++n)
+                if (groups[g] >> (20 - listShown[n].nID) & 1)
+                    listWanted.last().append(n);
             for (int i = 0; i < 9; ++i)
                 EXPECT_EQ(data.m_vecPeakGroup[i / 3][i % 3].count(int(g)), int(groups[g] >> i & 1))
                     << nRound << " group " << g << " peak " << i;

@@ -2,6 +2,7 @@
 //
 // Pointer and keys enter through the window that holds the widgets, so what is out of sight, covered or
 // without the focus is not reached.
+#include "app/dataset/unitcellfile.h"
 #include "app/mainwindow.h"
 #include "app/messageedit.h"
 #include "batch/batchprogram.h"
@@ -211,18 +212,6 @@ protected:
         QTest::mouseMove(pHandle, ptCentre + ptHalf);
         QTest::mouseRelease(pHandle, Qt::LeftButton, Qt::ControlModifier, ptCentre + ptHalf);
     }
-    /// The vectors of the cell file of the project.
-    std::vector<double> cellFile() const
-    {
-        std::vector<double> vecNumber;
-        for (const QByteArray& bytes : readBytes(m_dir.filePath("w.uc")).simplified().split(' ')) {
-            bool bOk = false;
-            const double df = bytes.toDouble(&bOk);
-            if (bOk)
-                vecNumber.push_back(df);
-        }
-        return vecNumber;
-    }
     void expectInLog(const QStringList& listWanted, int& nFrom) const
     {
         const QString strLog = log();
@@ -337,17 +326,18 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
 
     // A matrix typed and taken: a*' = a* + b*, in the cell file too.
     const auto* pCell = m_pWindow->findChild<CellPage*>();
-    const std::vector<double> vecBefore = cellFile();
-    ASSERT_EQ(vecBefore.size(), 9u);
+    const QList<Vec3D> listBefore = readUnitCellFile(m_dir.filePath("w.uc"));
+    ASSERT_EQ(listBefore.size(), 3);
     ASSERT_NO_FATAL_FAILURE(click(pCell->m_apEditMatrix[0][1]));
     for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")})
         QTest::keySequence(m_pWindow->windowHandle(), key);
     ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
     EXPECT_EQ(pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
-    const std::vector<double> vecAfter = cellFile();
-    ASSERT_EQ(vecAfter.size(), 9u);
-    for (size_t i = 0; i < 9; ++i)
-        EXPECT_NEAR(vecAfter[i], vecBefore[i] + (i < 3 ? vecBefore[i + 3] : 0), 2.1e-8) << i;
+    const QList<Vec3D> listAfter = readUnitCellFile(m_dir.filePath("w.uc"));
+    ASSERT_EQ(listAfter.size(), 3);
+    const Vec3D aWanted[] = {listBefore[0] + listBefore[1], listBefore[1], listBefore[2]};
+    for (int i = 0; i < 3; ++i)
+        EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
 }
 
