@@ -164,7 +164,8 @@ QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged)
         else if (vecNew[g] >= nFirst)
             ++vecNew[g];  // makes room for the united one
     }
-    vecNew[0] = 0;
+    // The united one becomes group 0 and takes over who is in no other, so what was group 0 stands behind it.
+    vecNew[0] = nFirst == 0 ? 1 : 0;
     return vecNew;
 }
 
@@ -180,6 +181,8 @@ void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber)
                 if (nNew >= 0 && !listNew.contains(nNew))
                     listNew.append(nNew);
             }
+            if (listNew.size() > 1)
+                listNew.removeAll(0);
             if (listNew.isEmpty())
                 listNew.append(0);
             listGroup = listNew;

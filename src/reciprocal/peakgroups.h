@@ -34,11 +34,13 @@ void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoi
 QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>& listViewPoint, int nGroups);
 
 /// The new number of each group of a view that loses some (-1: gone), or that unites some under the place of the
-/// first of them. Group 0, of the peaks in no other group, stays group 0.
+/// first of them. Group 0, of the peaks in no other group, stays group 0; one that is united itself leaves that
+/// place to the union, and its peaks go into group 1, as in the view.
 QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved);
 QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged);
 
-/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0.
+/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0, and
+/// none is in group 0 and another.
 void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber);
 
 /// Puts peaks whose groups all lie beyond the 64 of a peak list into group 0, lest they be in none when the list is

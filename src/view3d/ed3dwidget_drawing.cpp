@@ -28,7 +28,15 @@ void setColor(const QColor& color, float fAlpha)
     glColor4f(float(color.redF()), float(color.greenF()), float(color.blueF()), fAlpha);
 }
 
-// A list of coordinates in one call, in the colour that is set.
+// A thousand at a time: smooth points of one call cost Mesa's software renderer more, the more they are.
+void drawInBatches(GLenum eMode, size_t nCount)
+{
+    const size_t nBatch = 1024;
+    for (size_t nFirst = 0; nFirst < nCount; nFirst += nBatch)
+        glDrawArrays(eMode, GLint(nFirst), GLsizei(std::min(nBatch, nCount - nFirst)));
+}
+
+// A list of coordinates in the colour that is set.
 void drawArray(GLenum eMode, const std::vector<Vec3D>& vecPoint)
 {
     static_assert(sizeof(Vec3D) == 3 * sizeof(float), "three floats in a row");
@@ -36,7 +44,7 @@ void drawArray(GLenum eMode, const std::vector<Vec3D>& vecPoint)
         return;
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, 0, vecPoint.data());
-    glDrawArrays(eMode, 0, GLsizei(vecPoint.size()));
+    drawInBatches(eMode, vecPoint.size());
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
@@ -280,10 +288,7 @@ void ED3DWidget::drawPointsByShader()
     glVertexPointer(3, GL_FLOAT, nStride, &pFirst->x);
     glColorPointer(4, GL_FLOAT, nStride, &pFirst->r);
     glTexCoordPointer(1, GL_FLOAT, nStride, &pFirst->fSize);
-    // A thousand at a time: smooth points of one call cost Mesa's software renderer more, the more they are.
-    const GLsizei nCount = GLsizei(vertices.vecVertex.size()), nBatch = 1024;
-    for (GLint nFirst = 0; nFirst < nCount; nFirst += nBatch)
-        glDrawArrays(GL_POINTS, nFirst, std::min(nBatch, nCount - nFirst));
+    drawInBatches(GL_POINTS, vertices.vecVertex.size());
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);

@@ -10,6 +10,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <random>
+#include <vector>
+
 namespace {
 
 DataSet readList(const QByteArray& bytes)
@@ -104,4 +108,65 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     updatePeakGroupsFromView(data, restored.listPeakFlat, QList<QList<int>>{QList<int>({0, 1, 2})});
     EXPECT_EQ(writtenMasks(data), QVector<QString>(3, QStringLiteral("8000000000000000")).toList());
     EXPECT_FALSE(restorePointGroups(DataSet()).bRestored);
+}
+
+// As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine
+// bits.
+TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
+{
+    std::mt19937 random(7);
+    for (unsigned nRound = 0; nRound < 400 && !HasFailure(); ++nRound) {
+        std::vector<unsigned> groups(1 + random() % 5);
+        std::generate(groups.begin(), groups.end(), [&] { return random() & random() & 511; });
+        const auto settle = [&groups] {  // group 0 holds what no other one holds
+            groups[0] = 511;
+            std::for_each(groups.begin() + 1, groups.end(), [&](unsigned n) { groups[0] &= ~n; });
+        };
+        settle();
+        QList<int> listChosen;
+        for (int g = int(groups.size()) - 1; g >= 0; --g)
+            if (random() % 2)
+                listChosen.append(g);
+        DataSet data;
+        data.m_listPeakFrame = {{}, {}, {}};
+        data.m_vecPeakGroup.fill(QVector<QList<int>>(3), 3);
+        QList<Peak3D> listShown;
+        for (int i = 0; i < 9; ++i) {
+            Peak3D peak;
+            peak.nFrame = i / 3;
+            peak.nID = 20 - i;
+            data.m_listPeakFrame[i / 3].append(peak);
+            for (size_t g = 0; g < groups.size(); ++g)
+                if (groups[g] >> i & 1)
+                    data.m_vecPeakGroup[i / 3][i % 3].append(int(g));
+            if (random() % 2)
+                listShown.append(peak);
+        }
+        const bool bMerge = nRound % 2;
+        const int nGroups = int(groups.size());
+        renumberPeakGroups(data, bMerge ? groupNumbersAfterMerge(nGroups, listChosen)
+                                        : groupNumbersAfterRemoval(nGroups, listChosen));
+        if (!bMerge || listChosen.size() > 1) {
+            unsigned nUnion = 0;
+            for (int g : listChosen) {  // the last ones first
+                nUnion |= groups[size_t(g)];
+                if (g > 0)
+                    groups.erase(groups.begin() + g);
+            }
+            if (bMerge)
+                groups.insert(groups.begin() + listChosen.last(), nUnion);
+            settle();
+        }
+        QList<QList<int>> listWanted;
+        for (size_t g = 0; g < groups.size(); ++g) {
+            listWanted.append(QList<int>());
+            for (int n = 0; n < listShown.size(); ++n)
+                if (groups[g] >> (20 - listShown[n].nID) & 1)
+                    listWanted.last().append(n);
+            for (int i = 0; i < 9; ++i)
+                EXPECT_EQ(data.m_vecPeakGroup[i / 3][i % 3].count(int(g)), int(groups[g] >> i & 1))
+                    << nRound << " group " << g << " peak " << i;
+        }
+        EXPECT_EQ(pointsOfPeakGroups(data, listShown, int(groups.size())), listWanted) << nRound;
+    }
 }

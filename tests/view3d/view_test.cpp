@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QColorDialog>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -125,6 +127,24 @@ private:
     }
 };
 
+void mouse(QWidget& widget, QEvent::Type eType, const QPoint& pt, Qt::MouseButton eButton,
+           Qt::KeyboardModifiers modifiers)
+{
+    QMouseEvent event(eType, pt, widget.mapToGlobal(pt), eType == QEvent::MouseMove ? Qt::NoButton : eButton,
+                      eType == QEvent::MouseButtonRelease ? Qt::NoButton : eButton, modifiers);
+    QApplication::sendEvent(&widget, &event);
+}
+
+// At the release other modifiers may be held.
+void drag(QWidget& widget, const QPoint& ptFrom, const QPoint& ptTo, Qt::KeyboardModifiers modifiers,
+          Qt::MouseButton eButton = Qt::LeftButton, int nModifiersAtRelease = -1)
+{
+    mouse(widget, QEvent::MouseButtonPress, ptFrom, eButton, modifiers);
+    mouse(widget, QEvent::MouseMove, ptTo, eButton, modifiers);
+    mouse(widget, QEvent::MouseButtonRelease, ptTo, eButton,
+          nModifiersAtRelease < 0 ? modifiers : Qt::KeyboardModifiers(nModifiersAtRelease));
+}
+
 class View3D : public testing::Test {
 protected:
     QWidget m_window;
@@ -174,20 +194,6 @@ protected:
                 dfSum += image.pixelColor(x, y).green() / 255.;
         return dfSum / (r * r);
     }
-    void mouse(QEvent::Type eType, const QPoint& pt, Qt::MouseButton eButton, Qt::KeyboardModifiers modifiers)
-    {
-        const bool bMove = eType == QEvent::MouseMove;
-        QMouseEvent event(eType, pt, m_view.mapToGlobal(pt), bMove ? Qt::NoButton : eButton,
-                          eType == QEvent::MouseButtonRelease ? Qt::NoButton : eButton, modifiers);
-        QApplication::sendEvent(&m_view, &event);
-    }
-    void drag(const QPoint& ptFrom, const QPoint& ptTo, Qt::KeyboardModifiers modifiers,
-              Qt::MouseButton eButton = Qt::LeftButton)
-    {
-        mouse(QEvent::MouseButtonPress, ptFrom, eButton, modifiers);
-        mouse(QEvent::MouseMove, ptTo, eButton, modifiers);
-        mouse(QEvent::MouseButtonRelease, ptTo, eButton, modifiers);
-    }
 };
 
 }  // namespace
@@ -202,13 +208,10 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
         {peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // the second lies behind
     m_view.setPointAlpha(1.f);
     const QRect rectPoint(250 + 62 - 30, 200 + 37 - 30, 61, 61);
-    const struct {
-        double dfRatio, dfDiameter;  // 0.1·ln²(4000)·ratio
-    } aRow[] = {{2, 13.758}, {4, 27.517}, {1, 6.879}};
-    for (const auto& row : aRow) {
-        m_view.setPointSizeRatio(row.dfRatio);
-        const double dfArea = M_PI / 4 * row.dfDiameter * row.dfDiameter;
-        EXPECT_NEAR(litArea(picture(), rectPoint), dfArea, 0.05 * dfArea) << row.dfRatio;
+    for (double dfRatio : {2, 4, 1}) {
+        m_view.setPointSizeRatio(dfRatio);
+        const double dfArea = M_PI / 4 * std::pow(6.8792 * dfRatio, 2);  // 0.1·ln²(4000)
+        EXPECT_NEAR(litArea(picture(), rectPoint), dfArea, 0.05 * dfArea) << dfRatio;
     }
     EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::white));
     EXPECT_EQ(atScene(picture(), -1, 0), QColor(Qt::black));
@@ -229,6 +232,18 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     m_view.viewAlong({1, 0, 0});
     m_view.setPointAlpha(1.f);
     EXPECT_EQ(atScene(picture(), -1.9, -0.3), QColor(Qt::white));
+
+    // Ambient light of 0.1 and, as OpenGL has it, 0.2 for all; of the others one meets the points from the
+    // front.
+    m_view.resetView();
+    m_view.setLight(true);
+    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.4 / std::sqrt(1.02)), 2);
+    m_view.setLightIntensity(0);
+    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.2 / std::sqrt(1.02)), 2);
+    m_view.setLight(false);
+    m_view.setAspectRatio(false);
+    EXPECT_EQ(at(picture(), 312.5, 200 + 0.3 * m_nH / 4), QColor(Qt::white));
+    m_view.setAspectRatio(true);
 
     // The axes cross, 60 pixels from the corner and 50 long, turns counterclockwise with the scene.
     m_view.setPoints({});
@@ -291,15 +306,13 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
     plain.m_vecColor.resize(4000);  // none: hidden
     m_view.setPoints(plain.m_listPoint);
     QList<int> listEven, listThird;
-    for (int i = 0; i < 4000; i++) {
-        if (i % 2 == 0)
-            listEven.append(i);
-        if (i % 3 == 0)
-            listThird.append(i);
-        const bool bGreen = i % 3 == 0, bRed = i % 2 == 0;
-        if (bGreen || bRed)
-            plain.m_vecColor[size_t(i)] = bGreen && bRed ? QColor(127, 127, 0) : bRed ? Qt::red : Qt::green;
-    }
+    for (int i = 0; i < 4000; i += 2)
+        listEven.append(i);
+    for (int i = 0; i < 4000; i += 3)
+        listThird.append(i);
+    for (int i = 0; i < 4000; i++)
+        if (i % 2 == 0 || i % 3 == 0)
+            plain.m_vecColor[size_t(i)] = i % 2 ? Qt::green : i % 3 ? Qt::red : QColor(127, 127, 0);
     m_view.insertPointGroup(1, "even", listEven, Qt::red);
     m_view.insertPointGroupById(2, "third", listThird, Qt::green);
     m_view.setGroupVisible(0, false);
@@ -336,7 +349,7 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
         }
         for (const QLine& band : {QLine(100, 90, 333, 251), QLine(301, 250, 200, 199),
                                   QLine(250, 10, 251, 390), QLine(0, 0, 499, 399)}) {
-            drag(band.p1(), band.p2(), Qt::ControlModifier);
+            drag(m_view, band.p1(), band.p2(), Qt::ControlModifier);
             const QList<int> listHit = plain.hits(band);
             EXPECT_EQ(m_view.selectedPoints(), listHit) << band.x2();
             EXPECT_TRUE(!listHit.isEmpty() || band.dx() == 1);
@@ -369,22 +382,22 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     const Qt::KeyboardModifiers control = Qt::ControlModifier, both = control | Qt::ShiftModifier;
     const struct {
         QPoint ptFrom, ptTo;
-        Qt::KeyboardModifiers modifiers;
+        Qt::KeyboardModifiers modifiers, modifiersAtRelease;
         QList<int> listSelected;
         const char* pcText;  // null: nothing happens
-    } aRow[] = {{{240, 190}, {260, 210}, control, {0}, pcFirst},
-                {{340, 180}, {360, 180}, control, {0}, nullptr},
-                {{340, 180}, {340, 250}, control, {0}, nullptr},
-                {{360, 230}, {340, 180}, both, {0, 1, 2}, "2 selected"},
-                {{345, 185}, {355, 195}, control, {2}, pcThird},
-                {{100, 100}, {140, 140}, control, {}, "0 selected"},
-                {{0, 0}, {499, 399}, control, {0, 1, 2}, "3 selected"}};
+    } aRow[] = {{{240, 190}, {260, 210}, control, control, {0}, pcFirst},
+                {{340, 180}, {360, 180}, control, control, {0}, nullptr},
+                {{340, 180}, {340, 250}, control, control, {0}, nullptr},
+                {{360, 230}, {340, 180}, control, both, {0, 1, 2}, "2 selected"},
+                {{345, 185}, {355, 195}, both, control, {2}, pcThird},
+                {{100, 100}, {140, 140}, control, control, {}, "0 selected"},
+                {{0, 0}, {499, 399}, control, control, {0, 1, 2}, "3 selected"}};
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     for (const auto& row : aRow) {
         spyText.clear();
         spyData.clear();
         spySelection.clear();
-        drag(row.ptFrom, row.ptTo, row.modifiers);
+        drag(m_view, row.ptFrom, row.ptTo, row.modifiers, Qt::LeftButton, row.modifiersAtRelease);
         EXPECT_EQ(m_view.selectedPoints(), row.listSelected) << &row - aRow;
         const int nExpected = row.pcText ? 1 : 0;
         EXPECT_EQ(spyData.count(), nExpected);
@@ -397,44 +410,48 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_EQ(atScene(picture(), 0.8, 0.08), QColor(204, 0, 0));
 
     // The band itself: dashes of yellow on its edges, only while it is drawn.
-    mouse(QEvent::MouseButtonPress, {300, 100}, Qt::LeftButton, Qt::ControlModifier);
-    mouse(QEvent::MouseMove, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
-    const auto countYellow = [&] {
-        const QImage image = picture();
+    mouse(m_view, QEvent::MouseButtonPress, {300, 100}, Qt::LeftButton, Qt::ControlModifier);
+    mouse(m_view, QEvent::MouseMove, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
+    const auto countYellow = [&](const QImage& image) {
         int nYellow = 0;
         for (int x = 300; x < 420; x++)
             for (int j : {-1, 0, 1})
                 nYellow += at(image, x, 160 + j) == QColor(204, 204, 0);
         return nYellow;
     };
-    EXPECT_NEAR(countYellow(), 60, 6);
-    mouse(QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
-    EXPECT_EQ(countYellow(), 0);
+    EXPECT_NEAR(countYellow(picture()), 60, 6);
+    mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_EQ(countYellow(picture()), 0);
 
-    drag({0, 0}, {300, 399}, Qt::ControlModifier);
+    drag(m_view, {0, 0}, {300, 399}, Qt::ControlModifier);
     QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(m_view.groupLabels().size(), 1);
     QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier);  // nothing is selected any more
     EXPECT_EQ(m_view.groupPoints(), (QList<QList<int>>{{1, 2}, {0}}));
-    drag({0, 0}, {499, 399}, Qt::ControlModifier);
-    mouse(QEvent::MouseButtonDblClick, {10, 10}, Qt::LeftButton, Qt::NoModifier);
+    drag(m_view, {0, 0}, {499, 399}, Qt::ControlModifier);
+    mouse(m_view, QEvent::MouseButtonDblClick, {10, 10}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_TRUE(m_view.selectedPoints().isEmpty());
     EXPECT_EQ(m_view.groupLabels().size(), 2);
 
     float afRotation[16], fPanX, fPanY, fZoom;
-    mouse(QEvent::MouseButtonPress, {250, 200}, Qt::LeftButton, Qt::NoModifier);
+    mouse(m_view, QEvent::MouseButtonPress, {250, 200}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_EQ(m_view.cursor().shape(), Qt::CrossCursor);
-    mouse(QEvent::MouseMove, {375, 200}, Qt::LeftButton, Qt::NoModifier);
+    mouse(m_view, QEvent::MouseMove, {375, 200}, Qt::LeftButton, Qt::NoModifier);
     // From (0, 0, 1) to the unit vector along (1/2, 0, cos 45°), by 60 degrees a unit of their distance.
     const double dfX = 0.5 / std::sqrt(0.75), dfZ = std::sqrt(0.5 / 0.75);
     const double dfAngle = M_PI / 3 * std::hypot(dfX, 1 - dfZ);
     EXPECT_NEAR(m_view.getViewDirection().x, -std::sin(dfAngle), 1e-6);
     EXPECT_NEAR(m_view.getViewDirection().z, std::cos(dfAngle), 1e-6);
-    mouse(QEvent::MouseButtonRelease, {375, 200}, Qt::LeftButton, Qt::NoModifier);
+    mouse(m_view, QEvent::MouseButtonRelease, {375, 200}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_EQ(m_view.cursor().shape(), Qt::ArrowCursor);
-    drag({10, 10}, {60, 30}, Qt::ShiftModifier);
-    drag({10, 10}, {99, 50}, Qt::NoModifier, Qt::RightButton);
+    drag(m_view, {10, 10}, {60, 30}, Qt::ShiftModifier);
+    drag(m_view, {10, 10}, {99, 50}, Qt::NoModifier, Qt::RightButton);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    drag(m_view, {10, 10}, {10, 11}, Qt::NoModifier, Qt::RightButton);  // a click of an unsteady hand
+    auto* pMenu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(pMenu && pMenu->actions() == m_view.actions());
+    pMenu->close();
     QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&m_view, &wheel);
     m_view.setPoints({});  // the camera outlives the points
@@ -442,9 +459,30 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_FLOAT_EQ(fPanX, 0.3f);
     EXPECT_FLOAT_EQ(fPanY, -0.15f);
     EXPECT_NEAR(fZoom, 3 * 40 / 400. - 240 / 400., 1e-6);
+
+    m_view.setShowCanvasGrid(true);
+    m_view.setCanvasGridAlpha(1);
+    m_view.resetView();
+    QColor aColor[] = {Qt::black, Qt::white};
+    for (int i : {0, 1, 0})
+        for (bool bTaken : {false, true}) {
+            m_view.actions()[i]->trigger();
+            auto* pDialog = m_view.findChild<QColorDialog*>();
+            ASSERT_TRUE(pDialog);
+            EXPECT_EQ(pDialog->currentColor(), aColor[i]);
+            const QColor color(40 * i + 10, aColor[i].green() / 2, 200);
+            pDialog->setCurrentColor(color);
+            bTaken ? pDialog->accept() : pDialog->reject();
+            QCoreApplication::sendPostedEvents(pDialog, QEvent::DeferredDelete);
+            aColor[i] = bTaken ? color : aColor[i];
+            EXPECT_EQ(at(picture(), 256, 206), aColor[0]);
+            EXPECT_EQ(at(picture(), 256, 200), aColor[1]);
+        }
     EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(),
               "Background Color...Canvas Grid Color...");
 }
+
+QStringList g_listMessage;
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.
 TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
@@ -470,30 +508,31 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
         EXPECT_EQ(spyFailed.count(), view.isValid() ? 0 : 1);
     };
     show();
+    const auto pHandler = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& str) { g_listMessage.append(str); });
     for (double dfRatio : {0.0, -3.0, 1e300, double(fInf), double(fNaN)}) {
+        g_listMessage.clear();
         view.setPointSizeRatio(dfRatio);
         view.calPointSizes();
+        EXPECT_EQ(g_listMessage.size(), 130);  // range, 64 sizes, 64 counts, sum
+        EXPECT_EQ(g_listMessage.last(), "Total: 5");
         show();
     }
+    qInstallMessageHandler(pHandler);
     view.setLight(true);
-    view.setLightIntensity(30);
-    view.setAspectRatio(false);
     view.rotateAroundScreenX(30);
     view.setCamera(identityMatrix().data(), 1e38f, -1e38f, fInf);
     show();
     view.resetView();
-    view.resize(1, 1);
-    show();
-    view.resize(300, 300);
+    for (int nSide : {1, 300}) {
+        view.resize(nSide, nSide);
+        show();
+    }
     view.setPointSizeRatio(2);
-    QMouseEvent press(QEvent::MouseButtonPress, QPoint(150, 140), Qt::LeftButton, Qt::LeftButton,
-                      Qt::ControlModifier),
-        move(QEvent::MouseMove, QPoint(170, 160), Qt::NoButton, Qt::LeftButton, Qt::ControlModifier),
-        release(QEvent::MouseButtonRelease, QPoint(170, 160), Qt::LeftButton, Qt::NoButton,
-                Qt::ControlModifier);
-    for (QMouseEvent* pEvent : {&press, &move, &release})
-        QApplication::sendEvent(&view, pEvent);
+    drag(view, {150, 140}, {170, 160}, Qt::ControlModifier);
     EXPECT_EQ(view.selectedPoints(), (QList<int>{2, 4}));
+    view.setDisplayMode(nullptr);
+    EXPECT_TRUE(view.selectedPoints().isEmpty());
     view.setPoints({peakAt(0, 0, 0, 1, 1), peakAt(0, 0, 0, 1, -1)});  // a negative nID: refused
     EXPECT_TRUE(view.points().isEmpty());
     EXPECT_EQ(view.groupLabels(), QStringList("Unlabeled"));

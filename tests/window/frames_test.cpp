@@ -404,10 +404,6 @@ TEST_F(FramesWindow, SideFilesGoOutAndComeBack)
     const QString strCellFilter = "Unit Cell Files (*.uc);;All Files (*.*)";
     answer([&] { m_pWindow->loadUnitCell(); }, "Load Unit Cell", strCellFilter,
            write("in.uc", "a* 0.1 0 0\nb* 0 0.05 0\nc* 0 0 0.04\n"));
-    const char* aExpected[] = {"10", "20", "25", "90", "90", "90"};
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(pCell->m_apEditCell[i]->text(),
-                  QLocale::system().toString(QByteArray(aExpected[i]).toDouble(), 'f', 2));
     answer([&] { m_pWindow->loadUnitCell(); }, "Load Unit Cell", strCellFilter,
            write("bad.uc", "b* 0.1 0 0\na* 0 0.05 0\nc* 0 0 0.04\n"));
     EXPECT_EQ(lines("bad.uc as unit cell data.", Qt::red), 1);

@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/messageedit.h"
 #include "app/tabwidget.h"
+#include "frames/pages/framespage.h"
 #include "reciprocal/pages/mergingpage.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
@@ -156,6 +157,13 @@ protected:
 TEST_F(PeakTableWindow, ColumnsAndClipboard)
 {
     const QList<int> listHidden = {1, 2, 3, 8, 12, 13, 14, 15}, listFixed = {4, 5, 6, 8, 12, 13, 15};
+    const QList<int> listWidth = {50, 50, 50, 50, 50, 50, 50, 60, 60, 50, 50, 60, 60,
+                                  70, 70, 70, 60, 60, 50, 50, 50, 50, 50, 50, 50, 50};
+    const QStringList listTitle =
+        QStringLiteral(
+            "ID|h.|k.|l.|h|k|l|Intensity|Int.Fit|d(Å)|d*(Å⁻¹)|No.Frame|FNo.Fit|HW.Frame|d-RA(pix.)|"
+            "HW*d-RA|α(°)|α-RA(°)|x|y|x'|y'|x\"|y\"|Alwd.|RGroup")
+            .split('|');
     const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
     ASSERT_EQ(listAction.size(), 26);
     ASSERT_EQ(m_pTable->model()->rowCount(), 1);
@@ -164,7 +172,11 @@ TEST_F(PeakTableWindow, ColumnsAndClipboard)
         EXPECT_EQ(m_pTable->isColumnHidden(i), listHidden.contains(i)) << i;
         EXPECT_EQ(listAction[i]->isChecked(), !listHidden.contains(i)) << i;
         EXPECT_EQ(listAction[i]->isEnabled(), !listFixed.contains(i)) << i;
-        EXPECT_EQ(listAction[i]->text(), m_pTable->model()->headerData(i, Qt::Horizontal).toString()) << i;
+        EXPECT_EQ(listAction[i]->text(), listTitle[i]);
+        EXPECT_EQ(m_pTable->model()->headerData(i, Qt::Horizontal).toString(), listTitle[i]);
+        m_pTable->setColumnHidden(i, false);  // or it would have no width
+        EXPECT_EQ(m_pTable->columnWidth(i), listWidth[i]) << i;
+        m_pTable->setColumnHidden(i, listHidden.contains(i));
     }
     listAction[1]->setChecked(true);
     listAction[9]->setChecked(false);
@@ -185,15 +197,22 @@ TEST_F(PeakTableWindow, ColumnsAndClipboard)
     QString strStrong = locale.toString(1234567.5, 'f', 1);
     strStrong.remove(
         QRegularExpression(QStringLiteral("\\s"), QRegularExpression::UseUnicodePropertiesOption));
-    const QString strExpected = QStringLiteral(
+    QString strExpected = QStringLiteral(
         "3|1.00|1|0|0|2.0|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0\n"
         "0|1.00|1|0|0|S|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0");
     QStringList listExpected = strExpected.split('|');
     for (int i = 0; i < listExpected.size(); ++i)
         if (i % 17 > 1)  // the real index is not the locale's
             listExpected[i].replace('.', locale.decimalPoint());
-    EXPECT_EQ(QApplication::clipboard()->text(),
-              listExpected.join('\t').replace(QStringLiteral("S"), strStrong));
+    strExpected = listExpected.join('\t').replace(QStringLiteral("S"), strStrong);
+    EXPECT_EQ(QApplication::clipboard()->text(), strExpected);
+    QApplication::clipboard()->clear();
+    m_pTable->clearSelection();
+    const auto nRows = QItemSelectionModel::Select | QItemSelectionModel::Rows;
+    for (int nRow : {1, 0})
+        m_pTable->selectionModel()->select(m_pTable->model()->index(nRow, 5), nRows);
+    m_pWindow->copySelectedReflectionsInPeakTable();
+    EXPECT_EQ(QApplication::clipboard()->text(), strExpected) << "in the order of the rows";
 }
 
 TEST_F(PeakTableWindow, CurveOfTheRow)
@@ -239,6 +258,15 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     click();
     EXPECT_EQ(log().mid(nLines), QStringList{"Failed to retrieve data for reflection with ID: 99."});
     EXPECT_EQ(shown(), strB);
+
+    // Of the series before nothing is left to show, also not by a number that it had.
+    QFile::copy(m_dir.filePath("s.ed3d"), m_dir.filePath("other.ed3d"));
+    m_pWindow->openFiles({m_dir.filePath("other.ed3d")});
+    m_pTabs->setCurrentIndex(3);
+    ASSERT_EQ(cell(0, 0), QStringLiteral("0"));
+    click();
+    EXPECT_EQ(log().last(), QStringLiteral("Failed to retrieve data for reflection with ID: 0."));
+    EXPECT_EQ(shown(), QStringLiteral("2D Integration"));
 }
 
 TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
@@ -273,33 +301,118 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     const QString strExport = m_dir.filePath("out.txt"), strList = m_dir.filePath("out.pk");
     answered([&] { m_pWindow->exportSelectedPeak3D(); }, strExport);
     EXPECT_EQ(lines(strExport).size(), 1 + 8);
-    m_pGroups->selectRow(1);
-    QFile::remove(strExport);  // or a further box would ask
-    answered([&] { m_pWindow->exportSelectedPeak3D(); }, strExport);
-    EXPECT_EQ(lines(strExport).size(), 1 + 2);
     EXPECT_TRUE(lines(strExport)[0].startsWith("# FrameNo.")) << "no indices from the raw view";
     answered([&] { m_pWindow->exportSelectedPeak3D(); }, QStringLiteral("/proc/out.txt"));
     EXPECT_TRUE(log().last().startsWith("Failed to open file for writing: ")) << log().last().toStdString();
 
-    // Limits that leave three peaks; the groups stay, also A's first peak in its own while it is hidden.
-    m_pMerging->m_pSpinIntensityMax->setValue(1350);
-    m_pMerging->m_pSpinIntensityMin->setValue(1100);
-    EXPECT_EQ(m_pRaw->points().size(), 3);
-    EXPECT_EQ(rows(m_pGroups)[1], QStringLiteral("spots 1 #800000 "));
     answered([&] { m_pWindow->saveRawPeaks(); }, strList);
-    QString strMasks;
-    for (const QString& strLine : lines(strList))
-        strMasks += strLine.right(16)[0];
-    EXPECT_EQ(strMasks, QStringLiteral("448888888")) << "gaps in the numbers have closed";
 
     // Reset asks only when there is something to reset.
     m_pRaw->removePointGroups({1});
     m_pWindow->resetSelectedPeakGroups();
+    m_pMerging->m_pSpinIntensityMin->setValue(1100);
     answered([&] { m_pWindow->loadRawPeaks(); }, strList);
-    EXPECT_EQ(m_pRaw->points().size(), 9) << "the masks decide, not the limits";
+    EXPECT_EQ(m_pRaw->points().size(), 8) << "the masks decide, not the limits";
     ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
     EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label1"));
     answered([&] { m_pWindow->resetSelectedPeakGroups(); });
     EXPECT_EQ(m_strBox, QStringLiteral("Confirm|Are you sure you want to reset this table?"));
     EXPECT_EQ(m_pRaw->groupPoints().size(), 1);
+}
+
+TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
+{
+    open();
+    m_pWindow->peakReduction3D();
+    auto* pMerged = dynamic_cast<ED3DWidget*>(m_pTabs->widget(2));
+    m_pTabs->setCurrentIndex(1);
+    // The points are A0 A1 A2 A3 B3 A4 B4 A5; a change of a limit brings B5.
+    m_pRaw->setGroupLabel(0, QStringLiteral("rest"));
+    m_pRaw->setGroupColor(1, Qt::red);
+    m_pRaw->insertPointGroup(2, QStringLiteral("odd"), {1, 3, 7}, Qt::blue);
+    m_pRaw->insertPointGroup(3, QStringLiteral("B"), {0, 4, 6}, Qt::green);
+    m_pRaw->setGroupVisible(2, false);
+    const auto state = [this] {
+        QStringList list;
+        for (int g = 0; g < m_pRaw->groupLabels().size(); ++g) {
+            list << m_pRaw->groupLabels()[g] + ' ' + m_pRaw->groupColors()[g].name().mid(1) +
+                        (m_pRaw->groupsVisible()[g] ? "" : " hidden");
+            for (int n : m_pRaw->groupPoints()[g])
+                list.last() += (m_pRaw->points()[n].dfX2D > 250 ? " A" : " B") +
+                               QString::number(m_pRaw->points()[n].nFrame);
+        }
+        return list.join(", ").toStdString();
+    };
+    const std::string strAll =
+        "rest ffffff A2 A4 B5, Label2 ff0000 A0 A1, odd 0000ff hidden A1 A3 A5, B 00ff00 A0 B3 B4";
+    const auto* pFrames = m_pWindow->findChild<FramesPage*>();
+    for (QDoubleSpinBox* p :
+         {m_pMerging->m_pSpinResolutionMax, pFrames->m_pPixelSizeSpin, pFrames->m_pRotationAxisSpin}) {
+        p->stepUp();
+        EXPECT_EQ(state(), strAll);
+    }
+    const std::string strSome = "rest ffffff A2 A4, Label2 ff0000 A1, odd 0000ff hidden A1 A3 A5, B 00ff00";
+    m_pMerging->m_pSpinIntensityMin->setValue(1050);
+    EXPECT_EQ(state(), strSome);
+
+    // A list of points for a look: none of them can be merged, and what has been merged stays.
+    m_pWindow->openFiles({write("in.txt", "1 1 0 2 0.1 0.2 0.3 5 77 ok\n")});
+    EXPECT_EQ(state(), "Unlabeled ffffff B-1");
+    const int nRows = m_pTable->model()->rowCount(), nMerged = pMerged->points().size();
+    m_pWindow->peakReduction3D();
+    EXPECT_EQ(log().last(),
+              QStringLiteral("The points of this group are no peaks of the data set. Nothing was merged."));
+    EXPECT_EQ(m_pTable->model()->rowCount(), nRows);
+    EXPECT_EQ(pMerged->points().size(), nMerged);
+    EXPECT_GT(nMerged, 0);
+    m_pMerging->m_pSpinIntensityMax->setValue(5000);
+    EXPECT_EQ(state(), strSome);
+
+    // Groups that go and unite while some of their peaks are out of sight.
+    m_pGroups->selectRow(1);
+    m_pWindow->removeSelectedPeakGroups();
+    EXPECT_EQ(state(), "rest ffffff A2 A4, odd 0000ff hidden A1 A3 A5, B 00ff00");
+    m_pGroups->setRangeSelected({1, 0, 2, 3}, true);
+    m_pWindow->mergeSelectedPeakGroups();
+    m_pMerging->m_pSpinIntensityMin->setValue(0);
+    EXPECT_EQ(state(), "rest ffffff A2 A4 B5, odd 0000ff A0 A1 A3 B3 B4 A5");
+    const QString strList = m_dir.filePath("out.pk");
+    answered([&] { m_pWindow->saveRawPeaks(); }, strList);
+    QString strMasks;
+    for (const QString& strLine : lines(strList))
+        strMasks += strLine.right(16)[0];
+    EXPECT_EQ(strMasks, QStringLiteral("448448448"));
+
+    // Both views have two groups: what is typed or chosen for one of them is not the other's.
+    pMerged->insertPointGroup(1, QStringLiteral("other"), {0}, Qt::green);
+    pMerged->setGroupLabel(0, QStringLiteral("rest"));
+    m_pGroups->setCurrentCell(1, 0);
+    m_pGroups->editItem(m_pGroups->item(1, 0));
+    ASSERT_TRUE(m_pGroups->findChild<QLineEdit*>());
+    QTest::keyClicks(m_pGroups->findChild<QLineEdit*>(), QStringLiteral("mine"));
+    m_pTabs->setCurrentIndex(2);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(
+        m_pRaw->groupLabels()[1] + '|' + pMerged->groupLabels()[1] + '|' + m_pGroups->item(1, 0)->text(),
+        QStringLiteral("mine|other|other"));
+    m_pGroups->selectRow(1);
+    m_pTabs->setCurrentIndex(1);
+    m_pWindow->removeSelectedPeakGroups();
+    EXPECT_EQ(m_pRaw->groupLabels().size() + pMerged->groupLabels().size(), 4);
+
+    // Groups 3, 5 and 63 of a list come in this order. What two of them share is exported with each.
+    const char* const aMask[] = {"1000", "1400", "0400", "8000", "8000", "8000", "8000", "0000", "8000"};
+    QByteArray bytesList;
+    for (int i = 0; i < 9; ++i)
+        bytesList += lines(strList)[i].left(lines(strList)[i].size() - 16).toLatin1() + aMask[i] +
+                     "00000000000" + (i == 7 ? "1\n" : "0\n");
+    answered([&] { m_pWindow->loadRawPeaks(); }, write("in.pk", bytesList));
+    EXPECT_EQ(m_pRaw->groupLabels(), QStringList({"Unlabeled", "Label3", "Label5", "Label63"}));
+    m_pGroups->setRangeSelected({1, 0, 2, 3}, true);
+    const QString strExport = m_dir.filePath("shared.txt");
+    answered([&] { m_pWindow->exportSelectedPeak3D(); }, strExport);
+    QString strFrames;
+    for (const QString& strLine : lines(strExport).mid(1))
+        strFrames += strLine.simplified().section(' ', 0, 0);
+    EXPECT_EQ(strFrames, QStringLiteral("0112"));
 }

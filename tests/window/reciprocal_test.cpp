@@ -4,6 +4,7 @@
 #include "app/messageedit.h"
 #include "app/windowactions.h"
 #include "batch/batchprogram.h"
+#include "frames/pages/framespage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textitem.h"
 #include "reciprocal/pages/cellpage.h"
@@ -15,13 +16,16 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QGroupBox>
+#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
+#include <QMap>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
@@ -32,10 +36,13 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTimer>
+#include <QToolBox>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
+#include <set>
 
 namespace {
 
@@ -176,6 +183,27 @@ protected:
             m_pCell->m_apEditMatrix[i / 3][i % 3]->setText(QLocale::system().toString(m[i / 3][i % 3]));
         QTest::keyClick(m_pCell->m_apEditMatrix[2][2], Qt::Key_Return);
     }
+    /// Types over what a box holds, without ending the edit.
+    void typeOver(QWidget* pBox, QString strText)
+    {
+        m_pWindow->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWindow.get()));
+        auto* pToolBox = m_pWindow->findChild<QToolBox*>();
+        for (int i = 0; i < pToolBox->count() && !pBox->isVisible(); ++i)
+            pToolBox->setCurrentIndex(i);
+        pBox->setFocus();
+        ASSERT_TRUE(pBox->hasFocus()) << strText.toStdString();
+        QTest::keyClick(pBox, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(pBox, strText.replace('.', QLocale::system().decimalPoint()));
+    }
+    /// Where the points of a view lie.
+    static std::vector<float> places(const ED3DWidget* pView)
+    {
+        std::vector<float> vec;
+        for (const Peak3D& peak : pView->points())
+            vec.insert(vec.end(), {peak.fX3D, peak.fY3D, peak.fZ3D});
+        return vec;
+    }
     /// How many lines of the log hold the text, in that colour.
     int lines(const QString& strText, const QColor& color = Qt::red) const
     {
@@ -261,6 +289,62 @@ TEST_F(Reciprocal, CellByHand)
     expectNear(cell(), matRounded);
 }
 
+// The points follow what is typed as it is typed, and what has been merged waits for the next merge.
+TEST_F(Reciprocal, LiveBoxes)
+{
+    open();
+    m_pMerging->m_pButtonMerge->click();
+    const auto* pFrames = m_pWindow->findChild<FramesPage*>();
+    m_pMerging->m_pSpinStretchAmplitude->setValue(2);
+    const struct {
+        QWidget* pControl;
+        QString strText;  ///< none: switched on for good
+        bool bLive = true;
+    } aRow[] = {{pFrames->m_pWavelengthSpin, "0.0197"},
+                {pFrames->m_pPixelSizeSpin, "0.0123"},
+                {pFrames->m_pRotationAxisSpin, "-12.3"},
+                {pFrames->m_pTiltRelaxationSpin, "7.5"},
+                {m_pMerging->m_pSpinResolutionMin, "0.35"},
+                {m_pMerging->m_pSpinResolutionMax, "0.62"},
+                {m_pMerging->m_pSpinIntensityMin, "200"},
+                {m_pMerging->m_pSpinIntensityMax, "200"},
+                {m_pMerging->m_pGroupApplyStretching, {}},
+                {m_pMerging->m_pSpinStretchAmplitude, "1.25", false},
+                {m_pMerging->m_pSpinStretchAzimuth, "33.5", false}};
+    const std::vector<float> vecMerged = places(m_pMerged);
+    for (const auto& row : aRow) {
+        SCOPED_TRACE(&row - aRow);
+        const std::vector<float> vecBefore = places(m_pRaw);
+        if (row.strText.isEmpty()) {
+            row.pControl->setProperty("checked", true);
+            EXPECT_NE(places(m_pRaw), vecBefore);
+            continue;
+        }
+        const double dfBefore = row.pControl->property("value").toDouble();
+        ASSERT_NO_FATAL_FAILURE(typeOver(row.pControl, row.strText));
+        EXPECT_EQ(places(m_pRaw) == vecBefore, !row.bLive);
+        QTest::keyClick(row.pControl, Qt::Key_Return);
+        EXPECT_EQ(row.pControl->property("value").toDouble(), row.strText.toDouble());
+        EXPECT_NE(places(m_pRaw), vecBefore);
+        row.pControl->setProperty("value", dfBefore);
+        EXPECT_EQ(places(m_pRaw), vecBefore);
+    }
+    EXPECT_EQ(places(m_pMerged), vecMerged);
+
+    m_pCell->m_pRadioCellManual->setChecked(true);
+    loadCell(g_matCell);
+    const CellPage& c = *m_pCell;
+    QWidget* apLength[] = {c.m_pSpinManualLengthA, c.m_pSpinManualLengthB, c.m_pSpinManualLengthC};
+    Mat matWanted = g_matCell;
+    for (size_t i = 0; i < 3; ++i) {
+        ASSERT_NO_FATAL_FAILURE(typeOver(apLength[i], "0.0623"));
+        QTest::keyClick(apLength[i], Qt::Key_Return);
+        for (double& df : matWanted[i])
+            df *= 0.0623 / std::sqrt(dot(g_matCell[i], g_matCell[i]));
+        expectNear(cell(), matWanted);
+    }
+}
+
 TEST_F(Reciprocal, CellByMatrix)
 {
     m_pCell->m_pButtonTransform->click();
@@ -330,9 +414,19 @@ TEST_F(Reciprocal, CellByMatrix)
     m_pCell->m_pButtonTest->setChecked(true);
     m_pCell->m_pSpinManualLengthA->setValue(0.7);
     EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
-    m_pCell->m_apEditMatrix[0][0]->setText(QStringLiteral("-"));
-    m_pWindow->unitCellTransformatinMatrixEdited();
-    EXPECT_EQ(lines("Unknown numeric format."), 1);
+    const Mat matBefore = cell();
+    const QString strBefore = fields();
+    for (const char* pszText : {"", "-", "1e"}) {
+        m_pCell->m_apEditMatrix[1][2]->setText(QString::fromLatin1(pszText));
+        const int nLines = lines("Unknown numeric format.");
+        m_pWindow->unitCellTransformatinMatrixEdited();
+        m_pCell->m_pButtonTest->click();
+        EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
+        m_pCell->m_pButtonTransform->click();
+        EXPECT_EQ(lines("Unknown numeric format."), nLines + 3) << pszText;
+        expectNear(cell(), matBefore);
+        EXPECT_EQ(fields(), strBefore);
+    }
 }
 
 TEST_F(Reciprocal, PanelAndViews)
@@ -492,8 +586,6 @@ TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
     ASSERT_GT(std::min({count("duplicated"), count("unindexed"), count("onEdge"), count("indexed")}), 0)
         << outcome.strText.toStdString();
     m_pCell->m_pCheckOutputStatistics->setChecked(true);
-    m_pWindow->findChild<WindowActions*>()->m_pShowPeakLabels->setChecked(true);
-    m_pTabs->setCurrentIndex(0);
     m_pCell->m_pButtonIndexMergedPeaks->click();
     EXPECT_EQ(
         groups(m_pMerged).toStdString(),
@@ -507,24 +599,122 @@ TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
     for (const Peak3D& peak : m_pMerged->points())
         nIndexed += peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
     EXPECT_GT(nIndexed, count("indexed"));
+}
 
-    // No reflection is absent in P 1, the group of the page. The labels on the frame are judged by the last
-    // one that the statistics tried, until the table is made again.
-    const auto absentLabels = [&] {
-        int nAbsent = 0;
-        for (int nFrame = 5; nFrame < 25; ++nFrame) {
-            m_pWindow->switchToImgIndex(nFrame);
-            for (QGraphicsItem* pItem : m_pWindow->findChild<OriginalImgScene*>()->items())
-                if (const auto* pText = dynamic_cast<TextItem*>(pItem);
-                    pText && pText->text().count(',') == 2)
-                    nAbsent +=
-                        pText->brush() == QBrush(Qt::magenta) || pText->brush() == QBrush(Qt::darkCyan);
-        }
-        return nAbsent;
+TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
+{
+    QSettings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera"))
+        .setValue("latticeServiceHost", "http://lattice%1:81");
+    SetUp();
+    open();
+    m_pMerging->m_pButtonMerge->click();
+    QList<int> aPart[2];
+    for (int i = 0; i < m_pMerged->points().size(); ++i)
+        aPart[i % 3 == 0].append(i);
+    for (int i : {0, 1})
+        m_pMerged->insertPointGroup(1 + i, QString::number(i), aPart[i], Qt::blue);
+    const auto lattice = [](ED3DWidget* pView) {
+        int an[3];
+        pView->getLatticeRange(an[0], an[1], an[2]);
+        return QString::asprintf("%d %d %d %d", pView->showLatticeLines(), an[0], an[1], an[2]);
     };
-    EXPECT_GT(absentLabels(), 5);
-    m_pWindow->updatePeakTable({});
-    EXPECT_EQ(absentLabels(), 0);
+    for (ED3DWidget* pView : {m_pRaw, m_pMerged}) {
+        pView->setShowLatticeLines(false);
+        pView->setLatticeRange(3, 3, 3);
+    }
+    m_pCell->m_pTableReflectionSelection->selectRow(0);  // whose reflections have all gone
+    m_pCell->m_pButtonSearchCell->click();
+    EXPECT_EQ(lines("No reflections were selected for unit cell hunting.", Qt::black), 1);
+    EXPECT_EQ(lattice(m_pRaw) + lattice(m_pMerged), QStringLiteral("0 3 3 30 3 3 3"));
+    EXPECT_TRUE(m_pCell->m_pButtonSearchCell->isEnabled());
+
+    // The other space, chosen while a run uses the cell under test, ends the test after the run.
+    const QString strCell = fields();
+    type({{{2, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
+    m_pCell->m_pButtonTest->click();
+    const QString strTried = fields();
+    QString strInRun;
+    QTimer::singleShot(0, [&] {
+        EXPECT_FALSE(m_pCell->m_pButtonIndexMergedPeaks->isEnabled());
+        EXPECT_NE(QApplication::overrideCursor(), nullptr);
+        m_pCell->m_pRadioSpaceReal->click();
+        strInRun = fields();
+    });
+    m_pCell->m_pTableReflectionSelection->selectRow(2);
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    EXPECT_EQ(lines(QStringLiteral(" out of %1 (").arg(aPart[1].size()), Qt::black), 1);
+    EXPECT_EQ(strInRun, strTried);
+    EXPECT_NE(strTried, strCell);
+    EXPECT_EQ(fields(), strCell);
+    EXPECT_TRUE(m_pCell->m_pButtonIndexMergedPeaks->isEnabled());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    m_pMerging->m_pButtonMerge->click();
+    m_pCell->m_pButtonSearchCell->click();
+    EXPECT_EQ(lattice(m_pRaw) + lattice(m_pMerged), QStringLiteral("1 1 1 11 1 1 1"));
+    QString strHref;
+    const auto* pLog = m_pWindow->findChild<MessageEdit*>();
+    for (QTextBlock block = pLog->document()->begin(); block.isValid(); block = block.next())
+        for (auto it = block.begin(); !it.atEnd(); ++it)
+            strHref += it.fragment().charFormat().anchorHref();
+    EXPECT_EQ(strHref.count("http://lattice%1:81/"), 2)
+        << strHref.toStdString();  // of the test and the search
+
+    // The labels on the frames stand where the list of indexed peaks has them, in the colours that the table
+    // gives.
+    m_pCell->m_pComboReflectionGrouping->setCurrentIndex(4);  // C 2
+    m_pCell->m_pCheckOutputIndexing->setChecked(true);
+    m_pWindow->findChild<WindowActions*>()->m_pShowPeakLabels->setChecked(true);
+    m_pTabs->setCurrentIndex(0);
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    QMap<QString, int> mapStrongest;
+    for (int i = 0; i < m_pTable->rowCount(); ++i) {
+        const auto text = [&](int nColumn) { return m_pTable->index(i, nColumn).data().toString(); };
+        mapStrongest[text(4) + ',' + text(5) + ',' + text(6)] = text(11).toInt();
+    }
+    QMap<int, QStringList> mapWanted;
+    std::set<QString> setColor;
+    const QStringList listLine =
+        QString::fromLatin1(readBytes(file("w.ipf"))).split('\n', Qt::SkipEmptyParts);
+    for (const QString& strLine : listLine.mid(1)) {
+        const QStringList list = strLine.simplified().split(' ');
+        const QString strHkl = list.mid(1, 3).join(',');
+        const bool bAbsent = (list[1].toInt() + list[2].toInt()) % 2 != 0;
+        const bool bStrongest = mapStrongest.value(strHkl) == list[0].toInt();
+        const QColor color(bStrongest ? bAbsent ? Qt::magenta : Qt::red : bAbsent ? Qt::darkCyan : Qt::green);
+        setColor.insert(color.name());
+        mapWanted[list[0].toInt()] << strHkl + ' ' + list[5] + ' ' + list[6] + ' ' + color.name();
+    }
+    EXPECT_EQ(setColor.size(), 4u);
+    for (int nFrame = 1; nFrame <= 31; ++nFrame) {
+        m_pWindow->switchToImgIndex(nFrame);
+        QStringList listLabel;
+        for (QGraphicsItem* pItem : m_pWindow->findChild<OriginalImgScene*>()->items())
+            if (const auto* p = dynamic_cast<TextItem*>(pItem); p && p->text().count(',') == 2)
+                listLabel << QStringLiteral("%1 %2 %3 %4")
+                                 .arg(p->text())
+                                 .arg(int(p->x()))
+                                 .arg(int(p->y()))
+                                 .arg(p->brush().color().name());
+        listLabel.sort();
+        mapWanted[nFrame].sort();
+        EXPECT_EQ(listLabel, mapWanted[nFrame]) << nFrame;
+    }
+
+    // All groups of the merged view, with their indices.
+    m_pTabs->setCurrentIndex(2);
+    answered(file("out.txt"), [this] { m_pWindow->exportSelectedPeak3D(); });
+    QString strOut = readBytes(file("out.txt"));
+    EXPECT_TRUE(strOut.startsWith("# H | K | L # FrameNo."));
+    strOut.remove(0, strOut.indexOf('\n') + 1);
+    for (const QList<int>& listPoint : m_pMerged->groupPoints())
+        for (int n : listPoint) {
+            const Peak3D& peak = m_pMerged->points()[n];
+            EXPECT_TRUE(strOut.startsWith(
+                QString::asprintf("%8.3f %8.3f %8.3f %4d ", peak.dfH, peak.dfK, peak.dfL, peak.nFrame)));
+            strOut.remove(0, strOut.indexOf('\n') + 1);
+        }
+    EXPECT_EQ(strOut, QString());
 }
 
 TEST_F(Reciprocal, OtherData)
@@ -546,6 +736,23 @@ TEST_F(Reciprocal, OtherData)
     const Mat matCell = cell();
     m_pMerging->m_pButtonMerge->click();
     m_pCell->m_pButtonTest->click();
+
+    // "Copy Window" takes what the tab shows. Without OpenGL a view has nothing to give.
+    for (int nTab : {3, 1, 2}) {
+        m_pTabs->setCurrentIndex(nTab);
+        const QWidget* pTab = m_pTabs->currentWidget();
+        QApplication::clipboard()->setText(QStringLiteral("mine"));
+        m_pWindow->copyWindow();
+        const QImage image = QApplication::clipboard()->image();
+        if (nTab < 3 && !m_pRaw->isValid()) {
+            EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("mine"));
+            continue;
+        }
+        EXPECT_EQ(image.size(), pTab->size() * pTab->devicePixelRatioF());
+        QImage imageOne = image;
+        imageOne.fill(image.pixelColor(0, 0));
+        EXPECT_NE(image, imageOne) << "nothing but ground";
+    }
 
     // Reflections for a look: the points of the cell in force.
     answered(write("in.hkl", "   1   2  -3   120.0     1.0\n# none\n   0   0   0     0.0     0.0\n"),
@@ -584,4 +791,9 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
     m_pCell->m_pButtonTransform->click();
     EXPECT_EQ(lines("Unit cell information is missing.", Qt::black), 1);
+    open();
+    m_pCell->m_pRadioCellManual->setChecked(true);
+    EXPECT_EQ(fields(), fieldsOf(matCell));
+    m_pWindow->openFiles({file("other.ed3d")});
+    expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
 }
