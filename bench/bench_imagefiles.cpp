@@ -47,8 +47,8 @@ QByteArray entry(const QByteArray& strLabel, const QByteArray& bytesInfo, const 
 QString frameFile(bool bDm3, int nSide, int nPixelBytes)
 {
     static const QTemporaryDir dir;
-    const QString strFileName =
-        dir.filePath(QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(bDm3 ? "dm3" : "mrc"));
+    const QString strFileName = dir.filePath(
+        QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(bDm3 ? "dm3" : "mrc"));
     if (QFile::exists(strFileName))
         return strFileName;
     QByteArray pixels(nSide * nSide * nPixelBytes, 0);
@@ -81,8 +81,8 @@ void sizes(benchmark::internal::Benchmark* pBenchmark)
 
 void imageFilesPlainRead(benchmark::State& state)
 {
-    const QString strFileName =
-        frameFile(false, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    const QString strFileName = frameFile(false, static_cast<int>(state.range(0)),
+                                          static_cast<int>(state.range(1)));
     for (auto _ : state) {
         QFile file(strFileName);
         file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
@@ -97,8 +97,8 @@ BENCHMARK(imageFilesPlainRead)->Apply(sizes);
 
 void imageFilesReadMRC(benchmark::State& state)
 {
-    const QString strFileName =
-        frameFile(false, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    const QString strFileName = frameFile(false, static_cast<int>(state.range(0)),
+                                          static_cast<int>(state.range(1)));
     for (auto _ : state) {
         ImageList vecImage;
         if (ReadMRC(strFileName, vecImage) != 1 || vecImage.size() != 1)
@@ -110,8 +110,8 @@ BENCHMARK(imageFilesReadMRC)->Apply(sizes);
 
 void imageFilesReadDM3(benchmark::State& state)
 {
-    const QString strFileName =
-        frameFile(true, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    const QString strFileName = frameFile(true, static_cast<int>(state.range(0)),
+                                          static_cast<int>(state.range(1)));
     for (auto _ : state) {
         CImgObj<float> image;
         if (ReadDM3(image, strFileName) != 1)

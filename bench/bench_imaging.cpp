@@ -119,9 +119,9 @@ void fitPeak2D(benchmark::State& state)
     img.Create(256, 256);
     for (int y = 0; y < 256; y++)
         for (int x = 0; x < 256; x++)
-            img.Data()[y * 256 + x] =
-                5000.f / (1 + (x - 128.3f) * (x - 128.3f) / 30 + (y - 126.8f) * (y - 126.8f) / 25) +
-                float((x * 31 + y * 17) % 13);
+            img.Data()[y * 256 + x] = 5000.f / (1 + (x - 128.3f) * (x - 128.3f) / 30 +
+                                                (y - 126.8f) * (y - 126.8f) / 25) +
+                                      float((x * 31 + y * 17) % 13);
     for (auto _ : state) {
         double x = 127.0;
         double y = 128.0;

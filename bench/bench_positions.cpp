@@ -31,8 +31,8 @@ struct SpotFrame {
 // Counts that stand out of the noise of a disc of three sigma by so many times.
 double countsFor(double dfSignalToNoise)
 {
-    const double dfNoise =
-        M_PI * 9 * g_dfSigma * g_dfSigma * (g_dfBackground + g_dfReadNoise * g_dfReadNoise);
+    const double dfNoise = M_PI * 9 * g_dfSigma * g_dfSigma *
+                           (g_dfBackground + g_dfReadNoise * g_dfReadNoise);
     const double dfSquare = dfSignalToNoise * dfSignalToNoise;
     return (dfSquare + std::sqrt(dfSquare * dfSquare + 4 * dfSquare * dfNoise)) / 2;
 }
@@ -58,16 +58,16 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
                                                   : std::exp(-dfR2 / (2 * g_dfSigma * g_dfSigma)) /
                                                         (2 * M_PI * g_dfSigma * g_dfSigma);
                     // up in one tile, down in the next, so that no step stands between them
-                    const double dfBackground =
-                        g_dfBackground + dfSlope * (tx % 2 ? -1 : 1) * (x - tx * g_nTile - g_nTile / 2 + 0.5);
+                    const double dfBackground = g_dfBackground + dfSlope * (tx % 2 ? -1 : 1) *
+                                                                     (x - tx * g_nTile - g_nTile / 2 + 0.5);
                     vecExpected[size_t(y) * g_nSide + size_t(x)] = dfBackground + dfCounts * dfSpot;
                 }
         }
     std::normal_distribution<double> read(0, g_dfReadNoise);
     frame.img.Create(g_nSide, g_nSide);
     for (size_t i = 0; i < vecExpected.size(); ++i)
-        frame.img.Data()[i] =
-            float(std::poisson_distribution<int>(std::max(vecExpected[i], 1e-9))(random) + read(random));
+        frame.img.Data()[i] = float(std::poisson_distribution<int>(std::max(vecExpected[i], 1e-9))(random) +
+                                    read(random));
     return frame;
 }
 
@@ -115,8 +115,8 @@ void countErrors(benchmark::State& state, const char* pName, const SpotFrame& fr
         }
     }
     state.counters[pName] = std::sqrt(dfSquares / (2 * nKept));
-    state.counters[std::string(pName) + "_lost"] =
-        100.0 * (double(vecX.size()) - nKept) / double(vecX.size());
+    state.counters[std::string(pName) + "_lost"] = 100.0 * (double(vecX.size()) - nKept) /
+                                                   double(vecX.size());
 }
 
 // Arguments: signal to noise, slope in hundredths of a count per pixel, 1 for Moffat spots.
@@ -154,8 +154,8 @@ void fitPeaks(benchmark::State& state)
             FitPeakList(frame.img, vecFitX, vecFitY, 20, 3500, state.range(1) != 0, int(state.range(2))));
         dfPeaks += double(vecX.size());
     }
-    state.counters["s_per_10000"] =
-        benchmark::Counter(dfPeaks / 10000, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["s_per_10000"] = benchmark::Counter(
+        dfPeaks / 10000, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(fitPeaks)->ArgsProduct({{20, 100}, {0, 1}, {1}})->Unit(benchmark::kMillisecond);
 BENCHMARK(fitPeaks)->ArgsProduct({{20, 100}, {0, 1}, {2}})->UseRealTime()->Unit(benchmark::kMillisecond);

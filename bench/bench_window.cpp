@@ -145,11 +145,11 @@ void remapInTheWindow(benchmark::State& state)
         bytesProject += "FILE none.mrc " + bytesTilt + " 0 " + bytesTilt + '\n';
         bytesShift += QByteArray::number(i + 1) + " 0 0\n";
         for (int k = 0; k < nOnFrame; ++k)
-            bytesPeaks +=
-                QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", 1 + i * nOnFrame + k,
-                                  i, k, random() % 10200 / 10.0, random() % 10100 / 10.0,
-                                  std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
-                    .toLatin1();
+            bytesPeaks += QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f 8000000000000000\n",
+                                            1 + i * nOnFrame + k, i, k, random() % 10200 / 10.0,
+                                            random() % 10100 / 10.0,
+                                            std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
+                              .toLatin1();
     }
     const auto write = [&](const char* pszName, const QByteArray& bytes) {
         QFile file(dir.filePath(pszName));

@@ -192,8 +192,8 @@ public slots:
     void copyIntensityCurveData();
     void copyIntensityCurveWindow();
 
-    // Measured again on the frames: src/frames/mainwindow_remeasurement.cpp. All runs of these three groups go by
-    // m_bRunning: a call during one of them stops it.
+    // Measured again on the frames: src/frames/mainwindow_remeasurement.cpp. All runs of these three groups
+    // go by m_bRunning: a call during one of them stops it.
     bool fitDirectBeam();
     QVector<QList<Peak3D>> refinePeakPosition(const QVector<QList<Peak3D>>& peaksSorted);
     QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(QVector<QList<Peak3D>>& peaksSorted);
@@ -219,7 +219,8 @@ public slots:
     void showEstimatedPeakPosition();
     void updateExpectedPeakPositionFromOrientationMatrix();
 
-    // Exports: src/frames/mainwindow_exports.cpp, src/reciprocal/mainwindow_volume.cpp, src/view3d/mainwindow_movie.cpp
+    // Exports: src/frames/mainwindow_exports.cpp, src/reciprocal/mainwindow_volume.cpp,
+    // src/view3d/mainwindow_movie.cpp
     void saveCurrent();
     void saveSeries();
     void exportSMVImages();
@@ -315,7 +316,8 @@ private:
     void showReflectionList(const QList<Peak3D>& listPeak);
     std::vector<char> groupFlags(int nGroup) const;
     void renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber);
-    /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is shown.
+    /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is
+    /// shown.
     void buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable);
     /// The rows of the panel's table that hold a selected item, each once, in the order of selection.
     QList<int> selectedPeakGroupRows() const;
@@ -351,7 +353,8 @@ private:
     /// Whether a run over the frames makes sense for these peaks.
     bool canMeasure(const QVector<QList<Peak3D>>& vecPeak);
     PositionRefinementOptions positionOptions(CRunReport& report);
-    /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another cell.
+    /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another
+    /// cell.
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
     TiltRefinementOptions tiltOptions() const;
     void setButtonStatus(QPushButton* pButton, int nStatus);
@@ -405,13 +408,13 @@ private:
     int m_nScaleIndex = 3;
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
-    int m_nRunDepth = 0;         ///< runs under way, one inside the other
-    int m_nPumpDepth = 0;        ///< reports that are handling events for a run
-    int m_nFrameAsked = 0;       ///< frame number asked for during a run; 0 none
-    bool m_bCloseAsked = false;  ///< the window was closed during a run
-    bool m_bRemapAsked = false;  ///< a mapping parameter was changed during a run
+    int m_nRunDepth = 0;               ///< runs under way, one inside the other
+    int m_nPumpDepth = 0;              ///< reports that are handling events for a run
+    int m_nFrameAsked = 0;             ///< frame number asked for during a run; 0 none
+    bool m_bCloseAsked = false;        ///< the window was closed during a run
+    bool m_bRemapAsked = false;        ///< a mapping parameter was changed during a run
     bool m_bEndCellTestAsked = false;  ///< what a cell is tested with was changed during a run
-    bool m_bShowAsked = false;   ///< a limit of what is shown in 3D was changed during a run
+    bool m_bShowAsked = false;         ///< a limit of what is shown in 3D was changed during a run
     /// Groups of the raw view while other points stand in it; the masks of the peaks tell who is in them.
     struct KeptGroups {
         QStringList listLabel;
@@ -419,14 +422,15 @@ private:
         QList<bool> listVisible;
     };
     KeptGroups m_keptGroups;
-    bool m_bRawViewHoldsPeaks = false;  ///< the points of the raw view are peaks of m_listPeakFrame as it stands
+    /// the points of the raw view are peaks of m_listPeakFrame as it stands
+    bool m_bRawViewHoldsPeaks = false;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
     double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
     CMatrix3 m_dfCellMatrix = CMatrix3::identity();  ///< of the transformation of the cell
-    QString m_strLatticeHost;           ///< address of the service that the links of unit cells go to
-    QList<Vec3D> m_listTextPoint;       ///< the text reflection list opened last: Å⁻¹
+    QString m_strLatticeHost;      ///< address of the service that the links of unit cells go to
+    QList<Vec3D> m_listTextPoint;  ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;
@@ -452,7 +456,7 @@ private:
     QwtPlot* m_pCurvePlot = nullptr;
     QwtPlotCurve* m_pCurve = nullptr;
     QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series; owned
-    QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
+    QList<QDockWidget*> m_listDock;           ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
     QAction* m_pRecentSeparator = nullptr;  ///< before the recent data sets, shown with them
 

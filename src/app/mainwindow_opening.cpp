@@ -88,7 +88,8 @@ void MainWindow::openFiles(const QStringList& listFile)
     if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
         return;
     if (isNoDataSet(listFile.first())) {
-        WindowReport(*this).addMessage(tr("%1 is neither a project nor an image.").arg(listFile.first()), Qt::red);
+        WindowReport(*this).addMessage(tr("%1 is neither a project nor an image.").arg(listFile.first()),
+                                       Qt::red);
         return;
     }
     m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
@@ -257,8 +258,9 @@ void MainWindow::updateRecentMenu()
     int nShown = 0;
     for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
         QAction* pAction = m_pActions->m_listRecent[i];
-        const QStringList listFile =
-            i < listEntry.size() ? listEntry[i].split(QLatin1Char('|'), Qt::SkipEmptyParts) : QStringList();
+        const QStringList listFile = i < listEntry.size()
+                                         ? listEntry[i].split(QLatin1Char('|'), Qt::SkipEmptyParts)
+                                         : QStringList();
         pAction->setVisible(!listFile.isEmpty());
         if (listFile.isEmpty())
             continue;

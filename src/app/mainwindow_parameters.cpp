@@ -214,7 +214,8 @@ void MainWindow::connectPages()
         for (QLineEdit* pEdit : apEditRow)
             connect(pEdit, &QLineEdit::editingFinished, this, &MainWindow::unitCellTransformatinMatrixEdited);
     connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
-    connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this, &MainWindow::transformUnitCellClicked);
+    connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this,
+            &MainWindow::transformUnitCellClicked);
     connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
     connect3DPage();
 
@@ -223,14 +224,16 @@ void MainWindow::connectPages()
     connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
             &MainWindow::runUnitCellRefinementFromLoadingData);
     for (QSpinBox* pSpin : {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize})
-        connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::showEstimatedPeakPosition);
+        connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
+                &MainWindow::showEstimatedPeakPosition);
     connect(m_pExtractionPage->m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
             &MainWindow::showEstimatedPeakPosition);
-    connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
+    connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged),
+            this, &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
     connect(m_pExtractionPage->m_pCheckShowEstimated, &QCheckBox::toggled, this,
             &MainWindow::showEstimatedPeakPosition);
-    connect(m_pExtractionPage->m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runIntensityExtraction);
+    connect(m_pExtractionPage->m_pButtonRun, &QPushButton::clicked, this,
+            &MainWindow::runIntensityExtraction);
 
     m_pView3DPage->m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
                                                    m_pActions->m_pGroupResetAll, m_pActions->m_pGroupExport});

@@ -56,7 +56,8 @@ void MainWindow::guarded(const std::function<void()>& fn)
     try {
         fn();
     } catch (const std::exception& error) {  // out of memory: the window and its data go on
-        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())), Qt::red);
+        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
+                                   Qt::red);
     }
 }
 

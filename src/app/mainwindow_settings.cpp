@@ -38,7 +38,8 @@ QList<StoredValue> storedValues(PeakHuntingParameters& hunting, double& dfCanvas
 bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
 {
     QList<int> listIndex;
-    for (const QString& str : strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+    for (const QString& str :
+         strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
         bool bOk = false;
         listIndex.append(str.toInt(&bOk));
         if (!bOk)
@@ -55,7 +56,8 @@ bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
 bool readCell(const QString& strText, QList<double>& listCell)
 {
     QList<double> listNumber;
-    for (const QString& str : strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+    for (const QString& str :
+         strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
         bool bOk = false;
         listNumber.append(str.toDouble(&bOk));
         if (!bOk || !std::isfinite(listNumber.last()) || listNumber.last() < 0)
@@ -116,11 +118,13 @@ void MainWindow::readSettings()
     // Commas part the entries of a list in the file, so that a text with commas can come as a list.
     const auto text = [&](const char* pszKey) {
         const QVariant value = pSettings->value(QLatin1String(pszKey));
-        return value.type() == QVariant::StringList ? value.toStringList().join(QLatin1Char(',')) : value.toString();
+        return value.type() == QVariant::StringList ? value.toStringList().join(QLatin1Char(','))
+                                                    : value.toString();
     };
     const auto complain = [&](const char* pszKey) {
         m_pMessageEdit->addMessage(
-            tr("The setting %1 is not understood and not used: %2").arg(QLatin1String(pszKey), text(pszKey)), Qt::red);
+            tr("The setting %1 is not understood and not used: %2").arg(QLatin1String(pszKey), text(pszKey)),
+            Qt::red);
     };
     if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded))
         complain(g_szExcluded);

@@ -25,7 +25,8 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     // Who reads the last line goes on seeing it when a narrower log breaks more lines; the layout, and
     // with it the range, follows a change of size step by step.
     QScrollBar* pBar = verticalScrollBar();
-    connect(pBar, &QScrollBar::valueChanged, this, [this, pBar](int nValue) { m_bAtEnd = nValue == pBar->maximum(); });
+    connect(pBar, &QScrollBar::valueChanged, this,
+            [this, pBar](int nValue) { m_bAtEnd = nValue == pBar->maximum(); });
     connect(pBar, &QScrollBar::rangeChanged, this, [this, pBar](int, int nMaximum) {
         if (m_bAtEnd)
             pBar->setValue(nMaximum);

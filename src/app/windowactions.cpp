@@ -122,30 +122,54 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pExtractionWindow,
          {"&Intensity Extraction...", "Show the window of the intensity extraction", nullptr, {}}},
         {&WindowActions::m_pExtractIntensity,
-         {"&Extract Intensities", "Measure the intensities of the indexed peaks again on the frames", nullptr, {}}},
+         {"&Extract Intensities",
+          "Measure the intensities of the indexed peaks again on the frames",
+          nullptr,
+          {}}},
         {&WindowActions::m_pFitDirectBeam,
-         {"&Fit Direct Beam", "Fit the direct beam on each frame and compare it with its expected position",
-          nullptr, {}}},
+         {"&Fit Direct Beam",
+          "Fit the direct beam on each frame and compare it with its expected position",
+          nullptr,
+          {}}},
         {&WindowActions::m_pRefineDirectBeam,
-         {"Refine &Direct Beam Position", "Fit the differences of indexed peaks frame by frame", nullptr, {}}},
+         {"Refine &Direct Beam Position",
+          "Fit the differences of indexed peaks frame by frame",
+          nullptr,
+          {}}},
         {&WindowActions::m_pTestRotationAxis,
-         {"Test Rotation &Axis", "Estimate the rotation axis from where the shown peaks appear", nullptr, {}}},
+         {"Test Rotation &Axis",
+          "Estimate the rotation axis from where the shown peaks appear",
+          nullptr,
+          {}}},
         {&WindowActions::m_pRefineBasis,
-         {"Refine &Basis Vectors", "Refine the unit cell against the tilts of the indexed reflections", nullptr,
+         {"Refine &Basis Vectors",
+          "Refine the unit cell against the tilts of the indexed reflections",
+          nullptr,
           {}}},
         {&WindowActions::m_pRefineFrameNo,
          {"Refine Cell by Frame &Numbers",
-          "Refine the unit cell against the fitted frame numbers and list the expected frames", nullptr, {}}},
+          "Refine the unit cell against the fitted frame numbers and list the expected frames",
+          nullptr,
+          {}}},
         {&WindowActions::m_pExportPeaks,
          {"Export &Peaks...", "Export the ungrouped points of the 3D view to a file", nullptr, {}}},
         {&WindowActions::m_pTestFindCubic,
          {"Find &Cubic Cell", "Fit the orientation of a cubic cell to the indexed reflections", nullptr, {}}},
         {&WindowActions::m_pTestRefineCubic,
-         {"&Refine Cubic Cell", "Fit the orientation of a cubic cell to the tilts of the reflections", nullptr, {}}},
+         {"&Refine Cubic Cell",
+          "Fit the orientation of a cubic cell to the tilts of the reflections",
+          nullptr,
+          {}}},
         {&WindowActions::m_pTestStretching,
-         {"Test &Stretching", "List distances and azimuths of the indexed peaks of the frame in view", nullptr, {}}},
+         {"Test &Stretching",
+          "List distances and azimuths of the indexed peaks of the frame in view",
+          nullptr,
+          {}}},
         {&WindowActions::m_pTestPlane,
-         {"Test &2D Indexing", "Compare difference vectors of the frame in view with a cubic cell", nullptr, {}}},
+         {"Test &2D Indexing",
+          "Compare difference vectors of the frame in view with a cubic cell",
+          nullptr,
+          {}}},
         {&WindowActions::m_pTestIndexing,
          {"Show Calculated &Lattice", "Show all reflections of the unit cell in 3D", nullptr, {}}},
         {&WindowActions::m_pStopRun, {"&Stop", "Stop the run under way", "stop", {}}},
@@ -172,11 +196,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         listAction.first()->setChecked(true);
         return listAction;
     };
-    m_listPalette =
-        makeExclusive({{"Grey", "Show images in grey scale", "grey", "Ctrl+G"},
-                       {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey", "Ctrl+I"},
-                       {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
-                       {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
+    m_listPalette = makeExclusive(
+        {{"Grey", "Show images in grey scale", "grey", "Ctrl+G"},
+         {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey", "Ctrl+I"},
+         {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
+         {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
     m_listSelection = makeExclusive(
         {{"Select None", "Select none for processing", "selection_noneb", "Ctrl+0"},
          {"Select 64×64", "Select a 64×64 area for processing", "selection64b", "Ctrl+1"},
@@ -216,8 +240,8 @@ QAction* WindowActions::actionForKey(const QKeySequence& key) const
         if (!pAction->isEnabled() || !pAction->isVisible() || !pAction->shortcuts().contains(key) ||
             !listens(pAction))
             continue;
-        const int nScore =
-            (pAction->shortcuts().size() == 1 ? 100 : 0) + (hasFocus(pAction) ? 10 : 0) + rank(pAction);
+        const int nScore = (pAction->shortcuts().size() == 1 ? 100 : 0) + (hasFocus(pAction) ? 10 : 0) +
+                           rank(pAction);
         if (nScore > nBest) {
             pBest = pAction;
             nBest = nScore;

@@ -33,6 +33,6 @@ private:
     bool m_bProgressShown = false;
 };
 
-/// Waits while the window lives, until the report wants the end. The time in ms is asked for again and again, so
-/// that a shorter one counts at once.
+/// Waits while the window lives, until the report wants the end. The time in ms is asked for again and again,
+/// so that a shorter one counts at once.
 void waitAlive(CRunReport& report, const std::function<int()>& fnTime);

@@ -32,8 +32,8 @@ QString latticeLinkHtml(const QString& strText, double a, double b, double c, do
     // The numbers are filled in first, so a percent sign in the host's address is no place marker.
     const QString strCell =
         QStringLiteral("%1,%2,%3,%4,%5,%6").arg(a).arg(b).arg(c).arg(alpha).arg(beta).arg(gamma);
-    const QString strBase =
-        strHost + QStringLiteral("/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams");
+    const QString strBase = strHost +
+                            QStringLiteral("/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams");
     return QStringLiteral("<br>") + strText + QStringLiteral(" <a href=\"") + strBase + QStringLiteral("=") +
            strCell + QStringLiteral("\">Test lattice type</a>");
 }

@@ -76,9 +76,9 @@ void startCoefficients(double a, double b, double c, double dfAlpha, double dfBe
 {
     const double dfCosA = std::cos(dfAlpha), dfCosB = std::cos(dfBeta), dfCosC = std::cos(dfGamma);
     const double dfSinA = std::sin(dfAlpha), dfSinB = std::sin(dfBeta), dfSinC = std::sin(dfGamma);
-    const double dfV2 =
-        a * a * b * b * c * c *
-        (1 - dfCosA * dfCosA - dfCosB * dfCosB - dfCosC * dfCosC + 2 * dfCosA * dfCosB * dfCosC);
+    const double dfV2 = a * a * b * b * c * c *
+                        (1 - dfCosA * dfCosA - dfCosB * dfCosB - dfCosC * dfCosC +
+                         2 * dfCosA * dfCosB * dfCosC);
     pCoef[0] = b * b * c * c * dfSinA * dfSinA / dfV2;
     pCoef[1] = a * a * c * c * dfSinB * dfSinB / dfV2;
     pCoef[2] = a * a * b * b * dfSinC * dfSinC / dfV2;

@@ -27,10 +27,10 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
                                       CRunReport& report)
 {
     const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName + QStringLiteral(".ipf");
-    const QString strMessage =
-        writeIndexedPeakList(vecPeakIndexedOnFrame, strFile)
-            ? QStringLiteral("%1>List of the indexed peaks on the frames output to file: %2")
-            : QStringLiteral("%1>Failed to save file: %2");
+    const QString strMessage = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile)
+                                   ? QStringLiteral(
+                                         "%1>List of the indexed peaks on the frames output to file: %2")
+                                   : QStringLiteral("%1>Failed to save file: %2");
     report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
     return true;
 }

@@ -12,8 +12,7 @@ CLmderFit::CLmderFit(int nParam)
       m_vecStdErr(std::size_t(nParam), 0.0),
       m_vecCovariance(std::size_t(nParam) * std::size_t(nParam), 0.0),
       m_vecOpen(std::size_t(nParam), false)
-{
-}
+{}
 
 void CLmderFit::SetParams(const std::vector<double>& vecParam)
 {

@@ -27,8 +27,8 @@ void MainWindow::runUnitCellRefinement()
                 return vecRefined;
             clearFrameMarks();
             bool bFinished = false;
-            vecRefined =
-                ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report), &bFinished);
+            vecRefined = ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report),
+                                              &bFinished);
             bRunning = bFinished;
             return vecRefined;
         };
@@ -48,9 +48,9 @@ void MainWindow::refineDirectBeamPosition()
         // copies: the data set may change under the run through waiting events
         const QVector<QList<Peak3D>> vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
-        const QVector<DifferenceMap> vecMap =
-            ::refineDirectBeamPosition(vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude,
-                                       m_dataSet.m_dfStretchAzimuth, report);
+        const QVector<DifferenceMap> vecMap = ::refineDirectBeamPosition(
+            vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
+            report);
         const bool bGoing = report.goOn();
         if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
                                   [](const DifferenceMap& map) { return map.nPairs == 0; }))
@@ -59,7 +59,8 @@ void MainWindow::refineDirectBeamPosition()
                               Qt::red);
         if (!bGoing)
             report.addMessage(
-                tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()), Qt::red);
+                tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()),
+                Qt::red);
     });
 }
 
@@ -71,9 +72,10 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
         else if (bCell && m_listCellIndexed != m_dataSet.m_listCell)
-            report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
-                                 "again first."),
-                              Qt::red);
+            report.addMessage(
+                tr("The unit cell is another one than the reflections were indexed with. Index them "
+                   "again first."),
+                Qt::red);
         else
             fnRun(report);
     });

@@ -45,7 +45,8 @@ void MainWindow::transformUnitCellClicked()
 
 void MainWindow::testUnitCellToggled(bool bChecked)
 {
-    if (isPumping() && !bChecked) {  // the other space was chosen, and the run goes on with the cell under test
+    // the other space was chosen, and the run goes on with the cell under test
+    if (isPumping() && !bChecked) {
         m_bEndCellTestAsked = true;
         return;
     }
@@ -65,8 +66,8 @@ void MainWindow::testUnitCellToggled(bool bChecked)
 void MainWindow::unitCellTransformatinMatrixEdited()
 {
     const CMatrix3 matrixBefore = m_dfCellMatrix;
-    if (!readCellMatrix() || std::equal(std::begin(m_dfCellMatrix.m_dfElement), std::end(m_dfCellMatrix.m_dfElement),
-                                        matrixBefore.m_dfElement))
+    if (!readCellMatrix() || std::equal(std::begin(m_dfCellMatrix.m_dfElement),
+                                        std::end(m_dfCellMatrix.m_dfElement), matrixBefore.m_dfElement))
         return;
     if (isPumping())
         m_bEndCellTestAsked = true;  // what is under test is not what the fields show now
@@ -81,8 +82,8 @@ bool MainWindow::readCellMatrix()
     for (int nRow = 0; nRow < 3; ++nRow)
         for (int nColumn = 0; nColumn < 3; ++nColumn) {
             bool bOk = false;
-            matrix.at(nRow, nColumn) =
-                m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(), &bOk);
+            matrix.at(nRow, nColumn) = m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(),
+                                                         &bOk);
             if (!bOk) {
                 WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format."), Qt::red);
                 return false;

@@ -15,8 +15,7 @@ public:
     CMatrix3(double df11, double df12, double df13, double df21, double df22, double df23, double df31,
              double df32, double df33)
         : m_dfElement{df11, df12, df13, df21, df22, df23, df31, df32, df33}
-    {
-    }
+    {}
 
     static CMatrix3 identity() { return {1, 0, 0, 0, 1, 0, 0, 0, 1}; }
 

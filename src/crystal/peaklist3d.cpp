@@ -7,8 +7,8 @@ bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, 
     QString strText;
     if (bWithHKL)
         strText += QStringLiteral("# H | K | L ");
-    strText +=
-        QStringLiteral("# FrameNo. | FrameTilt | d* | I_point | I_2D | x_2D | y_2D | x_3D | y_3D | z_3D\n");
+    strText += QStringLiteral(
+        "# FrameNo. | FrameTilt | d* | I_point | I_2D | x_2D | y_2D | x_3D | y_3D | z_3D\n");
     for (const Peak3D& peak : listPeak) {
         if (bWithHKL)
             strText += QStringLiteral("%1 %2 %3 ")
@@ -30,7 +30,8 @@ bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, 
     return writeTextFile(strFileName, strText);
 }
 
-bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint, const QString& strFileName)
+bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint,
+                        const QString& strFileName)
 {
     QString strText;
     for (int nPoint : listPoint) {

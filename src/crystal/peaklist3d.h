@@ -11,6 +11,8 @@
 /// @return false if the name is empty or the file can't be written
 bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, bool bWithHKL);
 
-/// Writes a line of point, intensity, frame number from 1 and position for each peak at the places `listPoint`.
+/// Writes a line of point, intensity, frame number from 1 and position for each peak at the places
+/// `listPoint`.
 /// @return false if the name is empty or the file can't be written
-bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint, const QString& strFileName);
+bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint,
+                        const QString& strFileName);

@@ -75,8 +75,8 @@ QVector<QList<PeakPair>> buildPeakPairs(const QVector<QList<Peak3D>>& vecPeak, c
                                         const CSpaceGroup& spaceGroup, CRunReport& report)
 {
     bool bStopped = false;
-    const std::vector<PeakPairPlace> vecPlace =
-        peakPairPlaces(vecPeak, limits, spaceGroup, report, &bStopped);
+    const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup, report,
+                                                               &bStopped);
     QVector<QList<PeakPair>> vecPair;
     if (bStopped)
         return vecPair;

@@ -85,8 +85,8 @@ struct Side {
 void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensityMin, CRunReport& report)
 {
     const QList<HKLRef> listHKL = getRoundedHKLRef(listPeak);
-    const QString strHead =
-        QString::asprintf("%8s %5s %5s %5s\n", " ", "2n", "2n+1", "Total") + QString(26, QLatin1Char('-'));
+    const QString strHead = QString::asprintf("%8s %5s %5s %5s\n", " ", "2n", "2n+1", "Total") +
+                            QString(26, QLatin1Char('-'));
     for (const ReflectionClass& reflectionClass : reflectionClasses()) {
         report.addMessage(QString::fromLatin1(reflectionClass.pszTitle));
         report.addMessage(strHead);
@@ -98,8 +98,8 @@ void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensit
                     continue;
                 ++nTotal;
                 // The parity of a sum is that of the lowest bits, which can't overflow.
-                const int nParity =
-                    (test.bH ? hkl.nH & 1 : 0) ^ (test.bK ? hkl.nK & 1 : 0) ^ (test.bL ? hkl.nL & 1 : 0);
+                const int nParity = (test.bH ? hkl.nH & 1 : 0) ^ (test.bK ? hkl.nK & 1 : 0) ^
+                                    (test.bL ? hkl.nL & 1 : 0);
                 if (hkl.dfI >= dfIntensityMin && nParity != 0)
                     ++nOdd;
             }

@@ -64,8 +64,8 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
     // of the loops. Flat cells have few points there, and still every row of l is looked at.
     const double dfRows = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1);
     const double dfRow = 2 * double(aMax[2]) + 1;
-    const double dfInside =
-        4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(listCell));
+    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) /
+                            std::fabs(tripleProduct(listCell));
     const double dfPoints = std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
     if (!(dfPoints <= g_dfMaxLatticePoints)) {
         if (pbComplete)

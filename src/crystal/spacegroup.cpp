@@ -379,8 +379,7 @@ CSymTable::CSymTable()
           {0, -1, 0, 1, -1, 0, 0, 0, 1},   // n: 3 along z, hexagonal axes
       },
       vecTranslation{1.0 / 6, 0.25, 1.0 / 3, 0.5, 2.0 / 3, 0.75, 5.0 / 6, 0.0, -0.375, -0.25, -0.125}
-{
-}
+{}
 
 CSymOp CSymTable::operation(int nPoint, int nX, int nY, int nZ) const
 {
@@ -467,9 +466,9 @@ CSymOp multiplied(const CSymOp& first, const CSymOp& second)
             product.dfRotation[3 * i + j] = pRow[0] * second.dfRotation[j] +
                                             pRow[1] * second.dfRotation[3 + j] +
                                             pRow[2] * second.dfRotation[6 + j];
-        product.dfTranslation[i] =
-            reducedTranslation(pRow[0] * second.dfTranslation[0] + pRow[1] * second.dfTranslation[1] +
-                               pRow[2] * second.dfTranslation[2] + first.dfTranslation[i]);
+        product.dfTranslation[i] = reducedTranslation(
+            pRow[0] * second.dfTranslation[0] + pRow[1] * second.dfTranslation[1] +
+            pRow[2] * second.dfTranslation[2] + first.dfTranslation[i]);
     }
     return product;
 }

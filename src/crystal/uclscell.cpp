@@ -63,8 +63,8 @@ Gradient angleGradient(const Form& numerator, const Form& first, const Form& sec
     const double dfScale = -1 / std::sqrt(dfQ * dfR - dfP * dfP);
     Gradient gradient;
     for (std::size_t n = 0; n < 6; ++n)
-        gradient[n] =
-            dfScale * (numerator.gradient[n] -
+        gradient[n] = dfScale *
+                      (numerator.gradient[n] -
                        dfP * (dfR * first.gradient[n] + dfQ * second.gradient[n]) / (2 * dfQ * dfR));
     return gradient;
 }

@@ -223,16 +223,17 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
     }
     if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
-        report.addMessage(QStringLiteral("The direct beam was not found: the frames looked at are blank."), Qt::red);
+        report.addMessage(QStringLiteral("The direct beam was not found: the frames looked at are blank."),
+                          Qt::red);
         return false;
     }
-    const QPointF ptCoarse =
-        maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2), nMapSide);
+    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2),
+                                         nMapSide);
 
     std::vector<float> vecX, vecY;
     for (const Map& map : vecMap) {
-        const QPointF pt =
-            maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse, 0.2 * nMapSide);
+        const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse,
+                                       0.2 * nMapSide);
         vecX.push_back(float((pt.x() + 0.5) * nBlock - 0.5));
         vecY.push_back(float((pt.y() + 0.5) * nBlock - 0.5));
     }

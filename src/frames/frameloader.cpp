@@ -52,7 +52,7 @@ QString cutJpeg(const QByteArray& bytes)
         n += bytes[n + 1] == '\xff' ? 1 : 2 + qFromBigEndian<quint16>(bytes.constData() + n + 2);
     // within a scan, a byte 0xff of the pixels is followed by 0
     return n < bytes.size() && bytes.indexOf("\xff\xd9", n) >= 0 ? QString()
-                                                                : QStringLiteral("truncated: no end marker");
+                                                                 : QStringLiteral("truncated: no end marker");
 }
 
 /// Why a picture that could be read is not whole; empty if it is, or if its format has readers that tell.

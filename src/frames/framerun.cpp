@@ -16,8 +16,7 @@ QList<QPointF> peakPositions(const QList<Peak3D>& listPeak)
 
 CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName)
     : m_dataSet(dataSet), m_report(report), m_strName(strName), m_listFile(dataSet.m_listFrameFile)
-{
-}
+{}
 
 CFrameRun::~CFrameRun()
 {

@@ -15,8 +15,8 @@
 /// Replaces m_listPeakMerged and m_listPeakMergedShown at a regular end. Their numbers then no longer name
 /// chains of frame peaks, nor entries of m_vecReflectionFrame: both are emptied, so that no curve and no
 /// label shows another reflection's data. A run that was stopped or failed (a frame that cannot be loaded, a
-/// peak outside its frame) leaves all these as they were, and of the peaks measured so far the intensities alone
-/// are new.
+/// peak outside its frame) leaves all these as they were, and of the peaks measured so far the intensities
+/// alone are new.
 ///
 /// @param peaksSorted  one list per frame, dfX2D and dfY2D on the raw frame, pixels; changed in place. May be
 ///                     m_vecPeakIndexedOnFrame; if its number of frames changes under the run, the run fails

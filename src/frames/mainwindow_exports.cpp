@@ -22,8 +22,8 @@ QString MainWindow::askSaveImageName(bool bConfirmOverwrite)
 {
     QString strFilter;
     const QString strName = QFileDialog::getSaveFileName(
-        this, tr("Save Files"), m_dataSet.m_strWorkingDir, imageNameFilters().join(QStringLiteral(";;")), &strFilter,
-        bConfirmOverwrite ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite);
+        this, tr("Save Files"), m_dataSet.m_strWorkingDir, imageNameFilters().join(QStringLiteral(";;")),
+        &strFilter, bConfirmOverwrite ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite);
     return completedImageName(strName, strFilter);
 }
 
@@ -46,7 +46,9 @@ void MainWindow::saveCurrent()
     m_dataSet.m_strWorkingDir = QFileInfo(strFile).absolutePath();
     if (nTab != 0)
         return;
-    const auto warn = [this](const QString& strText) { QMessageBox::warning(this, tr("Saving images"), strText); };
+    const auto warn = [this](const QString& strText) {
+        QMessageBox::warning(this, tr("Saving images"), strText);
+    };
     const auto& vecDisplay = m_pFrameScene->images();
     const int nImage = m_pFrameScene->currentIndex();
     if (vecDisplay.empty()) {
@@ -65,8 +67,9 @@ void MainWindow::saveCurrent()
     QString strReason;
     bool bSaved = false;
     guarded([&] {
-        bSaved = saveShownImage(vecDisplay[nImage].get(), nImage < int(vecFrame.size()) ? vecFrame[nImage].get() : nullptr,
-                                strFile, &strReason);
+        bSaved = saveShownImage(vecDisplay[nImage].get(),
+                                nImage < int(vecFrame.size()) ? vecFrame[nImage].get() : nullptr, strFile,
+                                &strReason);
     });
     if (bSaved)
         return;
@@ -99,8 +102,9 @@ void MainWindow::saveSeries()
     if (!bOk)
         return;
     runExport([&](CRunReport& report) {
-        ::saveSeries(m_dataSet, strFolder, imageTypeExtension(strType), m_pFramesPage->m_pContrastMinSpin->value(),
-                     m_pFramesPage->m_pContrastMaxSpin->value(), report);
+        ::saveSeries(m_dataSet, strFolder, imageTypeExtension(strType),
+                     m_pFramesPage->m_pContrastMinSpin->value(), m_pFramesPage->m_pContrastMaxSpin->value(),
+                     report);
     });
 }
 
@@ -116,7 +120,8 @@ void MainWindow::exportBinnedFrames()
     if (refuseDuringRun(tr("Exporting scaled frames")))
         return;
     bool bOk = false;
-    const double dfScale = QInputDialog::getDouble(this, tr("Frame Scaling"), tr("Scale:"), 0.5, 0.05, 20, 2, &bOk);
+    const double dfScale = QInputDialog::getDouble(this, tr("Frame Scaling"), tr("Scale:"), 0.5, 0.05, 20, 2,
+                                                   &bOk);
     if (bOk)
         runExport([&](CRunReport& report) { ::exportBinnedFrames(m_dataSet, dfScale, report); });
 }

@@ -62,7 +62,8 @@ bool MainWindow::stopsRun()
 
 bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
 {
-    if (std::any_of(vecPeak.begin(), vecPeak.end(), [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
+    if (std::any_of(vecPeak.begin(), vecPeak.end(),
+                    [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
         return true;
     WindowReport(*this).addMessage(
         QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);

@@ -72,8 +72,8 @@ void MainWindow::loadEDShift()
 {
     if (refuseDuringRun(tr("Loading shift data")))
         return;
-    const QString strFile =
-        QFileDialog::getOpenFileName(this, tr("Load ED Shift"), m_dataSet.m_strWorkingDir, shiftFilter());
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load ED Shift"), m_dataSet.m_strWorkingDir,
+                                                         shiftFilter());
     if (strFile.isEmpty())
         return;
     if (!loadShiftFile(strFile))
@@ -118,8 +118,8 @@ void MainWindow::loadRawPeaks()
 {
     if (refuseDuringRun(tr("Loading peaks")))
         return;
-    const QString strFile =
-        QFileDialog::getOpenFileName(this, tr("Load Raw Peaks"), m_dataSet.m_strWorkingDir, peakListFilter());
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Raw Peaks"),
+                                                         m_dataSet.m_strWorkingDir, peakListFilter());
     if (strFile.isEmpty())
         return;
     CRunScope scope(*this);  // a long list lets events through, and nothing else may change the peaks then
@@ -151,10 +151,11 @@ void MainWindow::saveRawPeaks()
         updatePeakGroupsFromView();
         const int nBeyond = keepPeaksBeyondMasks(m_dataSet);
         if (nBeyond > 0)
-            report.addMessage(tr("%L1 peaks are only in groups beyond the 64 that a peak list can tell apart; they are "
-                                 "saved without a group.")
-                                  .arg(nBeyond),
-                              Qt::red);
+            report.addMessage(
+                tr("%L1 peaks are only in groups beyond the 64 that a peak list can tell apart; they are "
+                   "saved without a group.")
+                    .arg(nBeyond),
+                Qt::red);
         bSaved = writePeakList(m_dataSet, strFile, &strReason);
     });
     if (bSaved)
@@ -171,9 +172,9 @@ void MainWindow::loadPeakHuntingMask()
 {
     if (refuseDuringRun(tr("Loading a mask")))
         return;
-    const QString strFile =
-        QFileDialog::getOpenFileName(this, tr("Load Peak Hunting Mask"), m_dataSet.m_strWorkingDir,
-                                     filterText("Mask Files (*.%1);;All Files (*.*)", "msk"));
+    const QString strFile = QFileDialog::getOpenFileName(
+        this, tr("Load Peak Hunting Mask"), m_dataSet.m_strWorkingDir,
+        filterText("Mask Files (*.%1);;All Files (*.*)", "msk"));
     if (strFile.isEmpty())
         return;
     WindowReport report(*this);

@@ -52,8 +52,7 @@ public:
           m_mask(dataSet.m_maskPeakHunting),
           m_parameters(parameters),
           m_filters(filters)
-    {
-    }
+    {}
 
     // No exception leaves it: a frame that memory has no room for is one that was not hunted.
     HuntedFrame hunt(int nFrame, FrameHuntWork& work)
@@ -69,8 +68,8 @@ public:
             }
             frame.peaks = huntImage(*frame.vecImage.front(), work);
             if (!frame.peaks.bHunted) {
-                frame.report.addMessage(QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile),
-                                        Qt::red);
+                frame.report.addMessage(
+                    QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile), Qt::red);
                 return frame;
             }
             if (frame.peaks.nBadPixels > 0)

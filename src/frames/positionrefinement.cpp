@@ -218,8 +218,8 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
                                  dataSet.m_dfPixelSize,
                                  dataSet.m_dfRotationAxis};
     QString strTable;
-    const bool bAll =
-        refinement.walk([&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
+    const bool bAll = refinement.walk(
+        [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             QList<Peak3D> listRefined;
             for (int j = 0; j < listPeak.size(); ++j) {
                 const std::vector<double>& vecFit = fitted.vecFit[std::size_t(j)];
@@ -257,8 +257,8 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
     QVector<std::vector<std::vector<double>>> vecResult(refinement.run().frameCount());
     QString strTable;
     int nNumber = 0;
-    const bool bAll =
-        refinement.walk([&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
+    const bool bAll = refinement.walk(
+        [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             for (int j = 0; j < listPeak.size(); ++j)
                 strTable += shortTableRow(++nNumber, listPeak[j], nFrame, fitted.listPosition[j],
                                           fitted.vecFit[std::size_t(j)]);

@@ -15,8 +15,8 @@
 
 namespace {
 
-/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so that
-/// links and the case of letters, where the file system does not mind it, make no difference.
+/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
+/// that links and the case of letters, where the file system does not mind it, make no difference.
 QString pathKey(const QString& strFile)
 {
     const QFileInfo info(strFile);
@@ -117,10 +117,11 @@ void CExport::sayTrouble()
                                 Qt::red);
     }
     if (!m_listFailed.isEmpty())
-        m_report.addMessage(QStringLiteral("%1 of %2 files could not be written: %3. %4")
-                                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
-                                     someNames(m_listFailed), m_strFirstReason),
-                            Qt::red);
+        m_report.addMessage(
+            QStringLiteral("%1 of %2 files could not be written: %3. %4")
+                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
+                     someNames(m_listFailed), m_strFirstReason),
+            Qt::red);
 }
 
 bool CExport::run()
@@ -182,8 +183,9 @@ QString someNames(const QStringList& listName)
 {
     const int nMost = 10;
     const QString strNames = QStringList(listName.mid(0, nMost)).join(QStringLiteral(", "));
-    return listName.size() <= nMost ? strNames
-                                    : QStringLiteral("%1 and %2 more").arg(strNames).arg(listName.size() - nMost);
+    return listName.size() <= nMost
+               ? strNames
+               : QStringLiteral("%1 and %2 more").arg(strNames).arg(listName.size() - nMost);
 }
 
 bool exportSeries(const SeriesExport& what, CRunReport& report)

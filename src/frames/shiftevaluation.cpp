@@ -161,10 +161,11 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, CRegionSum&
         bool bMeasured = true;
         const QPointF ptShift = sum.add(bMeasured);
         if (!bMeasured)
-            report.addMessage(QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
-                                             "taken as 0.")
-                                  .arg(i + 1),
-                              Qt::red);
+            report.addMessage(
+                QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
+                               "taken as 0.")
+                    .arg(i + 1),
+                Qt::red);
         measured.listShift.append(ptShift);
         releaseFrameImages(dataSet.m_vecFrameImage);
         dataSet.m_vecFrameImage.push_back(sum.alignedRegion());
@@ -189,8 +190,8 @@ QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum
         Qt::black);
     double dfFitX = nX;
     double dfFitY = nY;
-    const std::vector<double> vecFit =
-        FitPeak2D(*sum.summedMap(), dfFitX, dfFitY, g_nFitHalfSize, g_dfSaturation);
+    const std::vector<double> vecFit = FitPeak2D(*sum.summedMap(), dfFitX, dfFitY, g_nFitHalfSize,
+                                                 g_dfSaturation);
     report.addMessage(
         QStringLiteral("Direct beam position from fitting of the summed map:  (%L1, %L2), err=(%L3, "
                        "%L4), code=%L5.")

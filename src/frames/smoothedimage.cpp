@@ -19,8 +19,8 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
     updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
     filterSpectrum(imgSpectrum, filters, fft, imgProduct, &imgSmooth, nullptr);
     const QFileInfo info(strFileName);
-    const QString strTarget =
-        info.absolutePath() + QStringLiteral("/N") + info.baseName() + QStringLiteral(".mrc");
+    const QString strTarget = info.absolutePath() + QStringLiteral("/N") + info.baseName() +
+                              QStringLiteral(".mrc");
     if (!WriteMRC<float>({&imgSmooth}, strTarget)) {
         report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Qt::red);
         return false;

@@ -57,8 +57,7 @@ public:
           m_listShift(dataSet.m_listShift),
           m_listTilt(dataSet.m_listOverallTilt),
           m_vecGroup(beamTiltGroups(dataSet.m_listBeamTiltBreak, m_listFile.size()))
-    {
-    }
+    {}
 
     bool run(const std::function<void(int nGroup)>& fnGroupDone)
     {

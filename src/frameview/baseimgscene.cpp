@@ -144,8 +144,8 @@ void BaseImgScene::convertImages(const ImageList& vecImage, const TConvert& conv
             if (nConversion != m_nConversion || i >= vecImage.size())
                 return;
         }
-        auto pByte =
-            i < vecFormer.size() ? std::move(vecFormer[i]) : std::make_unique<CImgObj<unsigned char>>();
+        auto pByte = i < vecFormer.size() ? std::move(vecFormer[i])
+                                          : std::make_unique<CImgObj<unsigned char>>();
         const CImgObj<float>* pImage = vecImage[i].get();
         if (pImage && pByte->Create(pImage->Width(), pImage->Height()))
             convert(i, *pImage, *pByte);
@@ -168,8 +168,8 @@ void BaseImgScene::setImagesLimits(const ImageList& vecImage, const RangeList& v
 {
     if (vecLimit.size() != vecImage.size())
         return;
-    const RangeList vecOut =
-        vecOutRange.size() == vecImage.size() ? vecOutRange : RangeList(vecImage.size(), {0.0, 255.0});
+    const RangeList vecOut = vecOutRange.size() == vecImage.size() ? vecOutRange
+                                                                   : RangeList(vecImage.size(), {0.0, 255.0});
     convertImages(vecImage, [&](std::size_t i, const CImgObj<float>& image, CImgObj<unsigned char>& imgByte) {
         if (i >= vecOut.size())
             return imgByte.Clear();  // an image that joined the list while events were processed

@@ -91,7 +91,8 @@ void MainWindow::clearCrossMarks()
 
 void MainWindow::showCircleMarks(const QList<QPointF>& listPos)
 {
-    replaceMarks(m_pFrameScene, m_listCircleMark, makeMarks<CircleItem>(listPos, Qt::green, m_extraction.m_nWindowRadius));
+    replaceMarks(m_pFrameScene, m_listCircleMark,
+                 makeMarks<CircleItem>(listPos, Qt::green, m_extraction.m_nWindowRadius));
 }
 
 void MainWindow::clearCircleMarks()
@@ -113,8 +114,8 @@ void MainWindow::showPeakText()
     const int nFrame = m_pFrameSpin->value() - 1;
     QList<TextItem*> listLabel;
     // A frame that could not be read leaves the picture of another one standing.
-    if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() && vecPeak.size() == m_dataSet.m_listFrameFile.size() &&
-        nFrame >= 0 && nFrame < vecPeak.size())
+    if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() &&
+        vecPeak.size() == m_dataSet.m_listFrameFile.size() && nFrame >= 0 && nFrame < vecPeak.size())
         for (const Peak3D& peak : vecPeak[nFrame])
             listLabel.append(makeLabel(peak, m_dataSet, nFrame));
     replaceMarks(m_pFrameScene, m_listTextMark, listLabel);

@@ -5,8 +5,7 @@
 #include <QPainter>
 
 TextItem::TextItem(QGraphicsItem* pParent) : QGraphicsSimpleTextItem(pParent), m_colorBackground(0, 0, 0, 0)
-{
-}
+{}
 
 void TextItem::setBackground(const QColor& color)
 {

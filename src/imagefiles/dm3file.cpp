@@ -97,8 +97,7 @@ public:
     /// `checkHead` needs only the first 27 bytes of the `nSize` at `pFile`.
     TagParser(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason)
         : m_pFile(pFile), m_nSize(nSize), m_strReason(strReason)
-    {
-    }
+    {}
 
     uint8_t byteAt(size_t nOffset) const { return m_pFile.get()[nOffset]; }
     uint16_t shortAt(size_t nOffset) const { return qFromBigEndian<uint16_t>(m_pFile.get() + nOffset); }
@@ -205,8 +204,8 @@ private:
         pEntry->strLabel = std::move(strLabel);
         if (!parseData(*pEntry, nOffset + nLabel + 7))
             return nullptr;
-        pEntry->nTotalSize =
-            static_cast<uint32_t>(nHead + 4 * static_cast<size_t>(pEntry->nInfoCount) + pEntry->nDataSize);
+        pEntry->nTotalSize = static_cast<uint32_t>(nHead + 4 * static_cast<size_t>(pEntry->nInfoCount) +
+                                                   pEntry->nDataSize);
         return pEntry;
     }
 
@@ -487,8 +486,8 @@ int DM3File::GetImage(float* pfData, QString* pReason) const
         return fail(QStringLiteral("no image"));
     const int nWidth = GetDimension(0);
     const int nHeight = GetDimension(1);
-    const uint64_t nPixels =
-        static_cast<uint64_t>(std::max(nWidth, 0)) * static_cast<uint64_t>(std::max(nHeight, 0));
+    const uint64_t nPixels = static_cast<uint64_t>(std::max(nWidth, 0)) *
+                             static_cast<uint64_t>(std::max(nHeight, 0));
     if (nPixels == 0 || nPixels > static_cast<uint64_t>(std::numeric_limits<int>::max()))
         return fail(QStringLiteral("image of %1 x %2 pixels").arg(nWidth).arg(nHeight));
     int nDataType = 0;

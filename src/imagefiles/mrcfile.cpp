@@ -1,9 +1,9 @@
 #include "imagefiles/mrcfile.h"
 
-#include "app/records/wholefile.h"
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
+#include "app/records/wholefile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -174,16 +174,16 @@ int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, i
     }
 
     const MrcHeader header = headerFromBytes(aHeader);
-    const uint64_t nFileSize =
-        std::max(static_cast<uint64_t>(file.size()), static_cast<uint64_t>(HEADER_SIZE));
+    const uint64_t nFileSize = std::max(static_cast<uint64_t>(file.size()),
+                                        static_cast<uint64_t>(HEADER_SIZE));
     const SectionPlan plan = planSections(header, nFileSize, nMaxSections, strReason);
     if (plan.nCount == 0)
         return 1;
 
     ImageList vecRead;
     vecRead.reserve(static_cast<size_t>(plan.nCount));
-    const int64_t nTogether =
-        std::min(plan.nCount, static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / plan.nBytes)));
+    const int64_t nTogether = std::min(plan.nCount,
+                                       static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / plan.nBytes)));
     const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * plan.nBytes);
     for (int64_t nDone = 0; nDone < plan.nCount;) {
         const int64_t nNext = std::min(nTogether, plan.nCount - nDone);

@@ -97,8 +97,8 @@ int CAcmlFft::Init(int nWidth, int nHeight)
     pPlan->row.nStride = paddedStride(nWidth);
     pPlan->column.nLength = nHeight;
     pPlan->column.nStride = paddedStride(nHeight);
-    const std::size_t nCount =
-        std::size_t(nBlock) * std::size_t(std::max(pPlan->row.nStride, pPlan->column.nStride));
+    const std::size_t nCount = std::size_t(nBlock) *
+                               std::size_t(std::max(pPlan->row.nStride, pPlan->column.nStride));
     pPlan->pIn = allocateScratch(nCount);
     pPlan->pOut = allocateScratch(nCount);
     if (!pPlan->pIn || !pPlan->pOut)

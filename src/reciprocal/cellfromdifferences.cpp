@@ -48,8 +48,7 @@ public:
     CRun(const QVector<QList<Peak3D>>& vecPeak, const DataSet& dataSet,
          const RefinementParameters& parameters, CRunReport& report)
         : m_vecPeak(vecPeak), m_dataSet(dataSet), m_parameters(parameters), m_report(report)
-    {
-    }
+    {}
 
     // Returns false when the run was stopped.
     bool measure()
@@ -70,8 +69,8 @@ public:
             d.key = {differenceOf(a.dfH, b.dfH), differenceOf(a.dfK, b.dfK), differenceOf(a.dfL, b.dfL)};
             d.dfX = a.dfX2D - b.dfX2D;
             d.dfY = a.dfY2D - b.dfY2D;
-            const QPointF pt =
-                applyStretching({d.dfX, d.dfY}, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth);
+            const QPointF pt = applyStretching({d.dfX, d.dfY}, m_dataSet.m_dfStretchAmplitude,
+                                               m_dataSet.m_dfStretchAzimuth);
             d.dfStretched = std::sqrt(pt.x() * pt.x() + pt.y() * pt.y());
             d.dfDStar = d.dfStretched * m_dataSet.m_dfPixelSize;
             m_vecDifference.push_back(d);

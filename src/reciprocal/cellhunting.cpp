@@ -25,8 +25,8 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
         return;
-    const QString strFileName =
-        dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral(".uc");
+    const QString strFileName = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
+                                QStringLiteral(".uc");
     QString strReason;
     if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
         report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),
@@ -95,9 +95,9 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()),
                       Qt::blue);
     // The smallest cell edge gives the greatest length.
-    const QList<Peak3D> listDifference =
-        calDifferenceVectors(listSelection, float(1 / parameters.m_dfCellRangeMin),
-                             float(1 / parameters.m_dfCellRangeMax), report);
+    const QList<Peak3D> listDifference = calDifferenceVectors(listSelection,
+                                                              float(1 / parameters.m_dfCellRangeMin),
+                                                              float(1 / parameters.m_dfCellRangeMax), report);
     if (!report.goOn())
         return false;
     report.addMessage(
@@ -106,8 +106,8 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     report.addMessage(QStringLiteral("%1>Averaging difference vectors...").arg(currentTimeStamp()), Qt::blue);
     if (!report.goOn())
         return false;
-    QList<Vec3D> listBasis =
-        findBasisVectors(averageDifferenceVectors(listDifference, g_fAveragingTolerance, report));
+    QList<Vec3D> listBasis = findBasisVectors(
+        averageDifferenceVectors(listDifference, g_fAveragingTolerance, report));
     if (!report.goOn())
         return false;
     if (listBasis.size() == 2)

@@ -117,8 +117,8 @@ QList<Vec3D> refineCubicUnitCell(const QList<Peak3D>& listPeak, const DataSet& d
     CubicStart start = findCubicStart(dataSet, 10000, dfEdge, report);
     if (start.vecAngle.empty())
         return {};
-    const QList<Peak3D> listWork =
-        reflectionsForTilts(listPeak, dataSet, 100.0, options.listExcluded, start.bExchanged, report);
+    const QList<Peak3D> listWork = reflectionsForTilts(listPeak, dataSet, 100.0, options.listExcluded,
+                                                       start.bExchanged, report);
     const TiltFitResult fit = fitTilts(listWork, &Peak3D::dfTiltFit, options.dfWavelength, start.vecAngle,
                                        cubicBasis(dfEdge), options.dfFunctionError);
     return addFit(fit, start.vecAngle, dfEdge, report);

@@ -148,8 +148,8 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
                 continue;
             const size_t nRank = size_t(std::max(nRankI, selection.vecRank[size_t(vecStrong[j])]));
             int64_t& nPlace = selection.bCut ? selection.vecOffset[nRank] : nEnd;
-            const double dfWeight =
-                weakerIntensity(listPeak[vecStrong[i]].dfIPoint, listPeak[vecStrong[j]].dfIPoint);
+            const double dfWeight = weakerIntensity(listPeak[vecStrong[i]].dfIPoint,
+                                                    listPeak[vecStrong[j]].dfIPoint);
             for (const Vec3D& vecSigned : {v, -v}) {
                 if (nPlace >= selection.nCount)
                     break;

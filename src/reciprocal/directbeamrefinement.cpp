@@ -177,8 +177,8 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& ve
 {
     QVector<DifferenceMap> vecMap;
     bool bStopped = false;
-    const std::vector<PeakPairPlace> vecPlace =
-        peakPairPlaces(vecPeak, limits, spaceGroup, report, &bStopped);
+    const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup, report,
+                                                               &bStopped);
     auto it = vecPlace.begin();
     for (int nList = 0; nList < vecPeak.size() && !bStopped; ++nList) {
         if (vecPeak[nList].size() < 2)

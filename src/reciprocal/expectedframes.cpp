@@ -102,10 +102,10 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
 
     report.addMessage(QStringLiteral("After refinement:"));
     const BeamCentres centres = beamCentres(dataSet);
-    QString strTable =
-        QString::asprintf("%4s %4s %4s %2s %8s %4s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %3s\n",
-                          "h", "k", "l", "A", "Int", "FNo", "d-RA", "TiltO", "TiltF", "TiltC1", "TiltC2",
-                          "Delta1", "Delta2", "DD", "Avg", "ErrDiff", "d-value", "Alpha", "BTFrame");
+    QString strTable = QString::asprintf(
+        "%4s %4s %4s %2s %8s %4s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %3s\n", "h", "k", "l", "A",
+        "Int", "FNo", "d-RA", "TiltO", "TiltF", "TiltC1", "TiltC2", "Delta1", "Delta2", "DD", "Avg",
+        "ErrDiff", "d-value", "Alpha", "BTFrame");
     for (const ExpectedFrame& row : listRow)
         strTable += rowText(row, dataSet, centres, bExchanged);
     report.addMessage(strTable);

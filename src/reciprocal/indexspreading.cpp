@@ -86,15 +86,15 @@ __attribute__((always_inline)) inline void solveSteps(StepTable& table, const CB
         std::vector<float>* const apColumn[3] = {&table.vecH, &table.vecK, &table.vecL};
         for (int n = 0; n < 3; ++n) {
             const double* pRow = solver.cofactors() + 3 * n;
-            const DoubleLanes laneIndex =
-                (laneDX * pRow[0] + laneDY * pRow[1] + laneDZ * pRow[2]) / solver.determinant();
+            const DoubleLanes laneIndex = (laneDX * pRow[0] + laneDY * pRow[1] + laneDZ * pRow[2]) /
+                                          solver.determinant();
             const FloatLanes laneSingle = __builtin_convertvector(laneIndex, FloatLanes);
             putLanes(*apColumn[n], nRow, laneSingle);
             const DoubleLanes laneValue = __builtin_convertvector(laneSingle, DoubleLanes);
             laneLarge |= ~((laneValue < 1e9) & (laneValue > -1e9));
             const DoubleLanes laneOutwards = laneValue < 0 ? laneValue - 0.5 : laneValue + 0.5;
-            const DoubleLanes laneRounded =
-                __builtin_convertvector(__builtin_convertvector(laneOutwards, IntLanes), DoubleLanes);
+            const DoubleLanes laneRounded = __builtin_convertvector(
+                __builtin_convertvector(laneOutwards, IntLanes), DoubleLanes);
             const FloatLanes laneOff = __builtin_convertvector(laneValue - laneRounded, FloatLanes);
             laneWhole &= (laneOff <= fThreshold) & (laneOff >= -fThreshold);
         }

@@ -75,8 +75,7 @@ void MainWindow::runUnitCellHunting()
     }
     const CellHuntingParameters cellHunting = m_cellHunting;
     guarded([&] {
-        bFound =
-            ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
+        bFound = ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
     });
     if (bFound) {
         updateUnitCell();
@@ -152,10 +151,11 @@ void MainWindow::startManualCell()
 
 void MainWindow::assignViewingDirection(int nVector)
 {
-    if (!m_pView3DCurrent || m_dataSet.m_listCellFound.size() != 3 || refuseDuringRun(tr("Changing the cell")))
+    if (!m_pView3DCurrent || m_dataSet.m_listCellFound.size() != 3 ||
+        refuseDuringRun(tr("Changing the cell")))
         return;
-    m_dataSet.m_listCellFound[nVector] =
-        scaledDouble(m_pView3DCurrent->getViewDirection(), lengthSpins(*m_pCellPage)[nVector]->value());
+    m_dataSet.m_listCellFound[nVector] = scaledDouble(m_pView3DCurrent->getViewDirection(),
+                                                      lengthSpins(*m_pCellPage)[nVector]->value());
     updateUnitCell();
 }
 
@@ -217,8 +217,8 @@ void MainWindow::loadUnitCell()
 {
     if (refuseDuringRun(tr("Loading a unit cell")))
         return;
-    const QString strFile =
-        QFileDialog::getOpenFileName(this, tr("Load Unit Cell"), m_dataSet.m_strWorkingDir, cellFilter());
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Unit Cell"),
+                                                         m_dataSet.m_strWorkingDir, cellFilter());
     if (strFile.isEmpty())
         return;
     const QList<Vec3D> listCell = readUnitCellFile(strFile);

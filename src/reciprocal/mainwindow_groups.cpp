@@ -16,7 +16,6 @@
 #include <QSignalBlocker>
 #include <QTableWidget>
 
-
 namespace {
 
 enum Column { ColumnLabel, ColumnCount, ColumnColor, ColumnShown };
@@ -45,8 +44,8 @@ void setItemText(QTableWidgetItem* pItem, const QString& strText)
         pItem->setText(strText);
 }
 
-/// Whether the groups that the table shows stand at the head of the list, up to one that has been renamed: then
-/// the rows keep their meaning.
+/// Whether the groups that the table shows stand at the head of the list, up to one that has been renamed:
+/// then the rows keep their meaning.
 bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 {
     const int nRows = pTable->rowCount();

@@ -46,7 +46,8 @@ void MainWindow::showPeaksIn3D()
             return;
         // The same peaks under other limits or another geometry keep the groups that the user has made.
         const QuietView quiet(*m_pView3DRaw);
-        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, m_pView3DRaw->points(), nGroups);
+        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, m_pView3DRaw->points(),
+                                                                    nGroups);
         m_pView3DRaw->setGroupLabel(0, kept.listLabel[0]);
         m_pView3DRaw->setGroupColor(0, kept.listColor[0]);
         for (int g = 1; g < nGroups; ++g)
@@ -108,7 +109,8 @@ void MainWindow::peakReduction3D()
     const PeakMergingParameters merging = m_merging;
     const std::vector<char> vecFlag = groupFlags(nGroup);
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
-        report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."), Qt::red);
+        report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
+                          Qt::red);
         m_pMergingPage->m_pButtonMerge->setEnabled(true);
         return;
     }

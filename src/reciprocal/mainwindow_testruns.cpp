@@ -22,9 +22,8 @@ void MainWindow::testRotationAxis()
 
 void MainWindow::testFindCubicCell()
 {
-    withIndexedReflections([this](CRunReport& report) {
-        ::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report);
-    });
+    withIndexedReflections(
+        [this](CRunReport& report) { ::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report); });
 }
 
 void MainWindow::refineCubicUnitCell()
@@ -53,8 +52,8 @@ void MainWindow::testStreching()
 void MainWindow::test2DIndexing()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
-        const QList<QList<Peak3D>> listPeakFrame =
-            peaksAroundBeam(m_dataSet.m_listPeakFrameShown, beamCentres(m_dataSet));
+        const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
+                                                                   beamCentres(m_dataSet));
         ::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
                          m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
     });

@@ -20,8 +20,8 @@ void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAx
     peak.dfY2DCorrected = ptCentred.y();
     const Vec3D vecFlat = {float(dataSet.m_dfPixelSize * ptCentred.x()),
                            float(dataSet.m_dfPixelSize * ptCentred.y()), 0.f};
-    const Vec3D vecPoint =
-        rotated(matrixTilt, ewaldPoint(rotated(matrixAxis, vecFlat), dataSet.m_dfWavelength));
+    const Vec3D vecPoint = rotated(matrixTilt,
+                                   ewaldPoint(rotated(matrixAxis, vecFlat), dataSet.m_dfWavelength));
     peak.setPoint(vecPoint);
     peak.dfDStar = double(length(vecPoint));
     peak.setHKL(0, 0, 0);  // indices of an earlier geometry mean nothing now

@@ -128,8 +128,8 @@ bool linkChains(const DataSet& dataSet, const PeakMergingParameters& parameters,
         size_t nStillOpen = 0;
         for (size_t n = 0; n < vecOpen.size(); ++n) {
             const Peak3D& peakLast = vecOpen[n].constLast();
-            const double dfDistance =
-                std::fabs(-dfSin * double(peakLast.fY3D) + dfCos * double(peakLast.fZ3D));
+            const double dfDistance = std::fabs(-dfSin * double(peakLast.fY3D) +
+                                                dfCos * double(peakLast.fZ3D));
             if (dfDistance > dfMaxDistanceToPlane)
                 listChain.append(vecOpen[n]);
             else if (nStillOpen++ != n)
@@ -187,8 +187,8 @@ bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listC
         const Peak3D& peakP = listByTilt[n];
         const Peak3D& peakQ = listByTilt[n + 1];
         const double dfStep = double(length(peakQ.point() - peakP.point()));
-        fIntegral +=
-            float((intensity(peakP, nIntensityMode) + intensity(peakQ, nIntensityMode)) * (dfStep * 0.5));
+        fIntegral += float((intensity(peakP, nIntensityMode) + intensity(peakQ, nIntensityMode)) *
+                           (dfStep * 0.5));
     }
     fillMerged(peakOut, mean, double(fIntegral * 100.f));
     return true;
@@ -231,10 +231,10 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
         const double dfLength = double(length(chain.constFirst().point() - chain.constLast().point()));
         if (dfMin <= dfLength && dfLength <= dfMax) {
             Peak3D peakMerged;
-            const bool bMerged =
-                parameters.m_bIntegrateThroughFrames
-                    ? mergeReflectionsLineIntegration(peakMerged, chain, centres, nIntensityMode)
-                    : mergeReflectionsMax(peakMerged, chain, centres, nIntensityMode);
+            const bool bMerged = parameters.m_bIntegrateThroughFrames
+                                     ? mergeReflectionsLineIntegration(peakMerged, chain, centres,
+                                                                       nIntensityMode)
+                                     : mergeReflectionsMax(peakMerged, chain, centres, nIntensityMode);
             if (bMerged) {
                 peakMerged.nID = nChain;
                 listAll.append(peakMerged);

@@ -16,8 +16,7 @@ class PeakFinder {
 public:
     explicit PeakFinder(const QList<QList<Peak3D>>& listPeakFrame)
         : m_listPeakFrame(listPeakFrame), m_vecFrame(size_t(listPeakFrame.size()))
-    {
-    }
+    {}
     /// The place of the peak on its frame, -1 for none.
     int place(int nFrame, int nID)
     {

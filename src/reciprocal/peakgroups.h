@@ -29,21 +29,21 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet);
 void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoint,
                               const QList<QList<int>>& listGroupPoint);
 
-/// For the groups 0 to nGroups - 1 of m_vecPeakGroup the places of their peaks in `listViewPoint`, some or all of
-/// the peaks of m_listPeakFrame in their order there. All empty when the groups don't fit the peaks.
+/// For the groups 0 to nGroups - 1 of m_vecPeakGroup the places of their peaks in `listViewPoint`, some or
+/// all of the peaks of m_listPeakFrame in their order there. All empty when the groups don't fit the peaks.
 QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>& listViewPoint, int nGroups);
 
-/// The new number of each group of a view that loses some (-1: gone), or that unites some under the place of the
-/// first of them. Group 0, of the peaks in no other group, stays group 0; one that is united itself leaves that
-/// place to the union, and its peaks go into group 1, as in the view.
+/// The new number of each group of a view that loses some (-1: gone), or that unites some under the place of
+/// the first of them. Group 0, of the peaks in no other group, stays group 0; one that is united itself
+/// leaves that place to the union, and its peaks go into group 1, as in the view.
 QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved);
 QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged);
 
-/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0, and
-/// none is in group 0 and another.
+/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0,
+/// and none is in group 0 and another.
 void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber);
 
-/// Puts peaks whose groups all lie beyond the 64 of a peak list into group 0, lest they be in none when the list is
-/// read again.
+/// Puts peaks whose groups all lie beyond the 64 of a peak list into group 0, lest they be in none when the
+/// list is read again.
 /// @return how many there are
 int keepPeaksBeyondMasks(DataSet& dataSet);

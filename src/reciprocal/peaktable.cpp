@@ -53,8 +53,8 @@ QVector<QVector<QString>> peakTableRows(const QList<Peak3D>& listPeak, const Dat
         vecCell[12] = frameText(peak.dfFrameFit, locale);
         vecCell[13] = locale.toString(peak.dfHalfWidth, 'f', 2);
         const QPointF ptRaw(peak.dfX2D, peak.dfY2D);
-        const double dfDistance =
-            double(calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, ptRaw));
+        const double dfDistance = double(
+            calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, ptRaw));
         vecCell[14] = locale.toString(dfDistance, 'f', 1);
         vecCell[15] = locale.toString(dfDistance * peak.dfHalfWidth, 'f', 1);
         const QPointF ptCentred = calPeak2DPosCenterCorrected(centres, peak.nFrame, ptRaw);

@@ -152,8 +152,8 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
         return sayStopped(report);
     qint64 nTotal = 0;
     for (int n = 0; n < listGroup.size(); ++n) {
-        const QPointF pt =
-            applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) * dfPixelSize;
+        const QPointF pt = applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) *
+                           dfPixelSize;
         listRow.append(vectorText(n + 1, pt, dfPixelSize) +
                        QStringLiteral(" %1").arg(listGroup[n].nCount, 3));
         const double dfLength = lengthOf(pt);

@@ -130,8 +130,8 @@ public:
                     continue;
                 const double dfHalf = std::sqrt((dfLimit2 - dfNearest2) / dfStep2);
                 const double dfLow = (-dfTurn * m_dfMaxDStar - vecRow[2]) / dfStepZ;
-                const double dfHigh =
-                    (dfTurn * m_dfMaxDStar + dfLimit2 / (2 * m_dfRadius) - vecRow[2]) / dfStepZ;
+                const double dfHigh = (dfTurn * m_dfMaxDStar + dfLimit2 / (2 * m_dfRadius) - vecRow[2]) /
+                                      dfStepZ;
                 const int nFrom = int(std::ceil(std::max(dfMiddle - dfHalf, std::min(dfLow, dfHigh)) - 1e-6));
                 const int nTo = int(std::floor(std::min(dfMiddle + dfHalf, std::max(dfLow, dfHigh)) + 1e-6));
                 for (aIndex[nIn] = nFrom; aIndex[nIn] <= nTo; ++aIndex[nIn]) {
@@ -168,8 +168,8 @@ private:
         const double dfCos = std::cos(dfTurn), dfSin = std::sin(dfTurn);
         const double dfX = g[0], dfY = dfCos * g[1] + dfSin * g[2];
         // From the centre of the sphere through the point onto the flat pattern, then to the frame's axes.
-        const double dfScale =
-            m_dfRadius / (m_dfRadius - dfSquare / (2 * m_dfRadius)) / m_dataSet.m_dfPixelSize;
+        const double dfScale = m_dfRadius / (m_dfRadius - dfSquare / (2 * m_dfRadius)) /
+                               m_dataSet.m_dfPixelSize;
         QPointF pt((m_dfCosAxis * dfX + m_dfSinAxis * dfY) * dfScale,
                    (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
         if (m_bApplyStretching) {
@@ -228,8 +228,8 @@ QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, doub
     // d* of a point of the sphere is below the distance of its pixel from the beam.
     const double dfStretch = bApplyStretching ? 1 + std::fabs(dataSet.m_dfStretchAmplitude) / 100 : 1;
     const double dfFarthest = std::hypot(dfX, dfY) * dataSet.m_dfPixelSize * dfStretch;
-    QList<Peak3D> listPeak =
-        predictedPositions(dataSet, nFrame, std::min(dfMaxDStar, dfFarthest), bApplyStretching);
+    QList<Peak3D> listPeak = predictedPositions(dataSet, nFrame, std::min(dfMaxDStar, dfFarthest),
+                                                bApplyStretching);
     const QRectF rectFrame(QPointF(-0.5, -0.5), QSizeF(sizeFrame));
     listPeak.erase(std::remove_if(listPeak.begin(), listPeak.end(),
                                   [&](const Peak3D& peak) {

@@ -24,7 +24,7 @@
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar,
                                  bool bApplyStretching = false);
 
-/// Those of predictedPositions() that lie on a frame of that size in pixels. What no pixel of the frame can show is
-/// not looked for, so that a limit far beyond the frame costs nothing.
+/// Those of predictedPositions() that lie on a frame of that size in pixels. What no pixel of the frame can
+/// show is not looked for, so that a limit far beyond the frame costs nothing.
 QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, double dfMaxDStar,
                                         bool bApplyStretching, const QSize& sizeFrame);

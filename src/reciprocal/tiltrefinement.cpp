@@ -43,9 +43,9 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const Kind& k
                    CRunReport& report)
 {
     const BeamCentres centres = beamCentres(dataSet);
-    QString strTable =
-        QString::asprintf("%4s %4s %4s %8s %4s %8s %8s %8s %8s %8s %8s %8s\n", "h", "k", "l", "Int", "FNo",
-                          "d-RA", "TiltO", "TiltC1", "TiltC2", "Delta1", "Delta2", "DD");
+    QString strTable = QString::asprintf("%4s %4s %4s %8s %4s %8s %8s %8s %8s %8s %8s %8s\n", "h", "k", "l",
+                                         "Int", "FNo", "d-RA", "TiltO", "TiltC1", "TiltC2", "Delta1",
+                                         "Delta2", "DD");
     for (const Peak3D& peak : result.listPeak) {
         double dfBefore = 0, dfAfter = 0;
         if (!calculatedTilt(peak, result.listCellBefore, dfWavelength, dfBefore) ||
@@ -153,10 +153,10 @@ QList<Peak3D> reflectionsForTilts(const QList<Peak3D>& listPeak, const DataSet& 
                                   double dfLeastIntensity, const QList<HKLRef>& listExcluded, bool bExchanged,
                                   CRunReport& report)
 {
-    QList<Peak3D> listKept =
-        withoutReflections(filterReflections(listPeak, g_dfLeastDistance, dfLeastIntensity,
-                                             framePositionGeometry(dataSet), report),
-                           listExcluded);
+    QList<Peak3D> listKept = withoutReflections(
+        filterReflections(listPeak, g_dfLeastDistance, dfLeastIntensity, framePositionGeometry(dataSet),
+                          report),
+        listExcluded);
     if (bExchanged)
         for (Peak3D& peak : listKept)
             std::swap(peak.dfH, peak.dfK);
@@ -189,11 +189,11 @@ QList<Vec3D> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak, const Dat
                                         CRunReport& report, const TiltRefinementOptions& options,
                                         TiltRefinement* pResult)
 {
-    const TiltRefinement result =
-        refineBasis(listPeak, dataSet,
-                    {QStringLiteral("\nRunning unit cell refinement..."),
-                     QStringLiteral("Unit cell before refinement:"), 100.0, false, &Peak3D::dfTiltFit},
-                    options, report);
+    const TiltRefinement result = refineBasis(
+        listPeak, dataSet,
+        {QStringLiteral("\nRunning unit cell refinement..."), QStringLiteral("Unit cell before refinement:"),
+         100.0, false, &Peak3D::dfTiltFit},
+        options, report);
     if (pResult)
         *pResult = result;
     return result.listCell;

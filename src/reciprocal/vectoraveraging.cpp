@@ -101,8 +101,8 @@ __attribute__((always_inline)) inline void addLanes(const Contribution* const* p
         const FloatLanes laneDY = other.fY - laneY;
         const FloatLanes laneDZ = other.fZ - laneZ;
         const FloatLanes laneSquare = laneDX * laneDX + laneDY * laneDY + laneDZ * laneDZ;
-        IntLanes laneNear =
-            (laneSquare <= fSquareLimit) & (laneBegin <= other.nIndex) & (laneEnd > other.nIndex);
+        IntLanes laneNear = (laneSquare <= fSquareLimit) & (laneBegin <= other.nIndex) &
+                            (laneEnd > other.nIndex);
         if (nNextOwn < nLanes && pOwn[nNextOwn]->nIndex == other.nIndex)
             laneNear[nNextOwn++] = 0;  // a vector is no neighbour of itself
         const IntLanes laneFar = ~laneNear & laneMinusZero;

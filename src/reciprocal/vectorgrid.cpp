@@ -51,8 +51,8 @@ void CVectorGrid::neighbours(int nCell, std::vector<int>& vecNeighbour) const
     const uint64_t nKey = m_vecKey[size_t(nCell)];
     for (int nX = -1; nX <= 1; ++nX)
         for (int nY = -1; nY <= 1; ++nY) {
-            const uint64_t nRow =
-                nKey + (uint64_t(int64_t(nX)) << (2 * g_nBits)) + (uint64_t(int64_t(nY)) << g_nBits);
+            const uint64_t nRow = nKey + (uint64_t(int64_t(nX)) << (2 * g_nBits)) +
+                                  (uint64_t(int64_t(nY)) << g_nBits);
             auto it = std::lower_bound(m_vecKey.begin(), m_vecKey.end(), nRow - 1);
             for (; it != m_vecKey.end() && *it <= nRow + 1; ++it)
                 vecNeighbour.push_back(int(it - m_vecKey.begin()));

@@ -52,8 +52,9 @@ QString reciprocalVolumeFile(const DataSet& dataSet)
 {
     const QString strBase = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName;
     const QString strFile = strBase + QStringLiteral(".mrc");
-    return frameAmongTargets({strFile}, dataSet.m_listFrameFile).isEmpty() ? strFile
-                                                                           : strBase + QStringLiteral("_volume.mrc");
+    return frameAmongTargets({strFile}, dataSet.m_listFrameFile).isEmpty()
+               ? strFile
+               : strBase + QStringLiteral("_volume.mrc");
 }
 
 bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
@@ -93,8 +94,8 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
         return fail(report, QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
     }
     report.endProgress();
-    const QString strStopped =
-        QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.");
+    const QString strStopped = QStringLiteral(
+        "%1>The reciprocal space volume was stopped. Nothing was saved.");
     if (walk.bStopped)
         return fail(report, strStopped.arg(currentTimeStamp()));
     if (walk.nAdded == 0)

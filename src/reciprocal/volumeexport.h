@@ -13,8 +13,8 @@ struct VolumeExportParameters {
     double dfContrastMax = 0;
 };
 
-/// PROJECTDIR/NAME.mrc, where exportReciprocalVolume() writes; NAME_volume.mrc where that is a frame of the series,
-/// as in one that was opened without a project.
+/// PROJECTDIR/NAME.mrc, where exportReciprocalVolume() writes; NAME_volume.mrc where that is a frame of the
+/// series, as in one that was opened without a project.
 QString reciprocalVolumeFile(const DataSet& dataSet);
 
 /// Maps all pixels of the first image of each frame into a cube of voxels of the size of a pixel round the

@@ -32,13 +32,14 @@ void MainWindow::grab3DMovieFrames()
 {
     if (refuseDuringRun(tr("Exporting pictures for a movie")))
         return;
-    const QString strFile =
-        QFileDialog::getSaveFileName(this, tr("Export Image Files"), m_dataSet.m_strWorkingDir,
-                                     tr("Image Files (*.png);;All Files (*.*)"));
+    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Image Files"),
+                                                         m_dataSet.m_strWorkingDir,
+                                                         tr("Image Files (*.png);;All Files (*.*)"));
     if (strFile.isEmpty())
         return;
     bool bOk = false;
-    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(), &bOk);
+    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
+                                            &bOk);
     if (!bOk) {
         WindowReport(*this).addMessage(QStringLiteral("Unknown numberic format."), Qt::red);
         return;
@@ -51,7 +52,8 @@ void MainWindow::grab3DMovieFrames()
         return;
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
     const int nPictures = int(360 / dfStep);
-    const QString strStem = QFileInfo(strFile).absolutePath() + QLatin1Char('/') + QFileInfo(strFile).baseName();
+    const QString strStem = QFileInfo(strFile).absolutePath() + QLatin1Char('/') +
+                            QFileInfo(strFile).baseName();
     QStringList listName;
     for (int i = 0; i < nPictures; ++i)
         listName.append(strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0')));

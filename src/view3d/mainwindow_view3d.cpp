@@ -193,9 +193,11 @@ void MainWindow::rotateAlongC()
 double MainWindow::rotationStep()
 {
     bool bOk = false;
-    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(), &bOk);
+    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
+                                            &bOk);
     if (!bOk)
-        WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format for the rotation step."), Qt::red);
+        WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format for the rotation step."),
+                                       Qt::red);
     return bOk ? dfStep : 0;
 }
 

@@ -30,7 +30,9 @@ TEST(WholeFile, AFullDiskLeavesTheFormerFile)
          }},
         {"peaks", [&](const QString& strFile, QString* p) { return writePeakList(data, strFile, p) == 1; }},
         {"shifts",
-         [](const QString& strFile, QString* p) { return writeShiftFile(strFile, {1, 2, {{3, 4}}}, p); }},
+         [](const QString& strFile, QString* p) {
+             return writeShiftFile(strFile, {1, 2, {{3, 4}}}, p);
+         }},
         {"cell", [&](const QString& strFile, QString* p) { return saveUnitCellFile(data, strFile, p); }}};
     for (const auto& row : aRow) {
         SCOPED_TRACE(row.pName);

@@ -2,10 +2,10 @@
 // the result files of earlier runs as they were.
 #include "batchprogram.h"
 
+#include <gtest/gtest.h>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
@@ -36,9 +36,9 @@ QByteArray framePixels(int nFrame, int nSide)
             const auto spot = [&](double dfX, double dfY, double dfHeight) {
                 return dfHeight * std::exp(-(std::pow(x - dfX, 2) + std::pow(y - dfY, 2)) / 5);
             };
-            pPixel[y * nSide + x] =
-                float(20 + 3 * std::sin(7.1 * x + 3.3 * y + nFrame) + spot(nSide / 2, nSide / 2, 2000) +
-                      spot(30 + nFrame, 40, 300) + spot(90, 35 + nFrame, 200) + spot(40, 95, 250));
+            pPixel[y * nSide + x] = float(20 + 3 * std::sin(7.1 * x + 3.3 * y + nFrame) +
+                                          spot(nSide / 2, nSide / 2, 2000) + spot(30 + nFrame, 40, 300) +
+                                          spot(90, 35 + nFrame, 200) + spot(40, 95, 250));
         }
     }
     return bytes;
@@ -87,7 +87,7 @@ struct BadCase {
     const char* pszName;
     std::function<void(const Series&)> fnBreak;
     QStringList listArgument;
-    const char* pszMessage;  ///< has to stand in the log
+    const char* pszMessage;         ///< has to stand in the log
     const char* pszStage = "none";  ///< the last one that ended well
 };
 
@@ -96,19 +96,33 @@ void leaveAsItIs(const Series&) {}
 const BadCase aBad[] = {
     {"frame missing", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }, {}, "f2.mrc"},
     {"frame of no bytes", [](const Series& s) { s.writeFrame(2, ""); }, {}, "f2.mrc: failed to load"},
-    {"frame cut in its header", [](const Series& s) { s.writeFrame(2, "short"); }, {}, "f2.mrc: failed to load"},
+    {"frame cut in its header",
+     [](const Series& s) { s.writeFrame(2, "short"); },
+     {},
+     "f2.mrc: failed to load"},
     {"frame cut in its pixels",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); }, {},
+     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); },
+     {},
      "No image found in"},
-    {"negative size", [](const Series& s) { s.writeFrame(2, mrcBytes(-5, SIDE, 1, 2, PIXELS)); }, {}, "f2.mrc"},
-    {"huge size", [](const Series& s) { s.writeFrame(2, mrcBytes(2000000000, 2000000000, 1, 2, PIXELS)); }, {},
+    {"negative size",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(-5, SIDE, 1, 2, PIXELS)); },
+     {},
+     "f2.mrc"},
+    {"huge size",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(2000000000, 2000000000, 1, 2, PIXELS)); },
+     {},
      "f2.mrc"},
     {"huge number of sections",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(1, 1, 2147483647, 2, PIXELS)); }, {}, "f2.mrc"},
-    {"unknown mode", [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 77, PIXELS)); }, {},
+     [](const Series& s) { s.writeFrame(2, mrcBytes(1, 1, 2147483647, 2, PIXELS)); },
+     {},
+     "f2.mrc"},
+    {"unknown mode",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 77, PIXELS)); },
+     {},
      "f2.mrc"},
     {"frame of another size",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); }, {"--region", "32,32,64"},
+     [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); },
+     {"--region", "32,32,64"},
      "f2.mrc"},
     {"all frames blank",
      [](const Series& s) {
@@ -116,53 +130,95 @@ const BadCase aBad[] = {
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(0)));
          }
      },
-     {}, "blank"},
-    {"nothing above the threshold", leaveAsItIs, {"--peak-threshold", "1000000"}, "No peaks were found", "shifts"},
+     {},
+     "blank"},
+    {"nothing above the threshold",
+     leaveAsItIs,
+     {"--peak-threshold", "1000000"},
+     "No peaks were found",
+     "shifts"},
     {"everything under a mask",
      [](const Series& s) { s.write("m.msk", "1 -9 -9\n1 999 -9\n1 999 999\n1 -9 999\n"); },
-     {"--mask", "%/m.msk"}, "No peaks were found", "shifts"},
+     {"--mask", "%/m.msk"},
+     "No peaks were found",
+     "shifts"},
     {"too few reflections for a cell", leaveAsItIs, {}, "Unit cell not found.", "merge"},
-    {"too few with the start values of the window", leaveAsItIs, {"--window-defaults"}, "Unit cell not found.",
+    {"too few with the start values of the window",
+     leaveAsItIs,
+     {"--window-defaults"},
+     "Unit cell not found.",
      "merge"},
     {"nothing to index with this cell",
      [](const Series& s) { s.write("c.uc", "a* 100 0 0\nb* 0 100 0\nc* 0 0 100\n"); },
-     {"--cell", "%/c.uc", "--pixel-size", "0.00002"}, "No reflection was indexed", "cell"},
+     {"--cell", "%/c.uc", "--pixel-size", "0.00002"},
+     "No reflection was indexed",
+     "cell"},
     {"all frames without numbers",
      [](const Series& s) {
          for (int i = 0; i < FRAMES; ++i) {
-             s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
+             s.writeFrame(i,
+                          mrcBytes(SIDE, SIDE, 1, 2, floatPixels(std::numeric_limits<float>::quiet_NaN())));
          }
      },
-     {}, "blank"},
-    {"no wavelength", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }, {},
+     {},
+     "blank"},
+    {"no wavelength",
+     [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); },
+     {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
-    {"wavelength 0", [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); }, {},
+    {"wavelength 0",
+     [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251", "WAVELENGTH 0"); },
+     {},
      "Error reading ed3d file"},
-    {"pixel size NaN", [](const Series& s) { s.replaceInProject("CCDPIXELSIZE 0.01", "CCDPIXELSIZE nan"); }, {},
+    {"pixel size NaN",
+     [](const Series& s) { s.replaceInProject("CCDPIXELSIZE 0.01", "CCDPIXELSIZE nan"); },
+     {},
      "Error reading ed3d file"},
-    {"axis infinite", [](const Series& s) { s.replaceInProject("ROTATIONAXIS 10", "ROTATIONAXIS inf"); }, {},
+    {"axis infinite",
+     [](const Series& s) { s.replaceInProject("ROTATIONAXIS 10", "ROTATIONAXIS inf"); },
+     {},
      "Error reading ed3d file"},
-    {"no end of the list", [](const Series& s) { s.replaceInProject("ENDFILELIST", "END"); }, {},
+    {"no end of the list",
+     [](const Series& s) { s.replaceInProject("ENDFILELIST", "END"); },
+     {},
      "Could not find a file list in the input file."},
-    {"empty list", [](const Series& s) { s.write("s.ed3d", "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
-                                                          "FILELIST\nENDFILELIST\n"); }, {}, "no frames"},
+    {"empty list",
+     [](const Series& s) {
+         s.write("s.ed3d",
+                 "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
+                 "FILELIST\nENDFILELIST\n");
+     },
+     {},
+     "no frames"},
     {"project missing", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }, {}, "Could not load file"},
-    {"mask of two corners", [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); }, {"--mask", "%/m.msk"},
+    {"mask of two corners",
+     [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); },
+     {"--mask", "%/m.msk"},
      "as mask file"},
-    {"frame missing for the fits", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }, {"--from", "refine"},
+    {"frame missing for the fits",
+     [](const Series& s) { QFile::remove(s.path("f2.mrc")); },
+     {"--from", "refine"},
      "1 of 5 frames cannot be read"},
     {"no cell to refine", leaveAsItIs, {"--from", "refine"}, "s.uc as unit cell data"},
-    {"cell in a wrong order", [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
-     {"--cell", "%/c.uc"}, "c.uc as unit cell data", "merge"},
-    {"shifts of another series", [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
-     {"--from", "merge"}, "ED shift data is not used because the ED shift data is from 2 frames"},
+    {"cell in a wrong order",
+     [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
+     {"--cell", "%/c.uc"},
+     "c.uc as unit cell data",
+     "merge"},
+    {"shifts of another series",
+     [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
+     {"--from", "merge"},
+     "ED shift data is not used because the ED shift data is from 2 frames"},
     {"peaks out of order",
      [](const Series& s) {
          s.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
          s.write("s.pk", "2 0 0 1 1 1 1 8000000000000000\n");
      },
-     {"--from", "merge"}, "s.pk: non-empty line 1 has the serial 2"},
-    {"folder that cannot be made", [](const Series& s) { s.write("file", "x"); }, {"--out", "%/file/sub"},
+     {"--from", "merge"},
+     "s.pk: non-empty line 1 has the serial 2"},
+    {"folder that cannot be made",
+     [](const Series& s) { s.write("file", "x"); },
+     {"--out", "%/file/sub"},
      "the folder cannot be made"},
 };
 
@@ -188,11 +244,13 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         }
         QStringList listArgument = {series.path("s.ed3d"), "--json", series.path("s.json")};
         for (QString strArgument : bad.listArgument) {
-            listArgument.append(strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
+            listArgument.append(
+                strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
         }
         const BatchOutcome outcome = runBatch(listArgument);
         EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
-        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(bad.pszMessage))) << outcome.strText.toStdString();
+        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(bad.pszMessage)))
+            << outcome.strText.toStdString();
         const QJsonObject summary = QJsonDocument::fromJson(series.read("s.json")).object();
         EXPECT_EQ(summary["stage"].toString().toStdString(), bad.pszStage);
         EXPECT_FALSE(summary["reached"].toBool(true));

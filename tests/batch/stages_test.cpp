@@ -1,11 +1,11 @@
 // The stages apart and together, one thread and several, on a simulated series.
 #include "batchprogram.h"
 
+#include <gtest/gtest.h>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -15,10 +15,10 @@ class Stages : public testing::Test {
 protected:
     void SetUp() override
     {
-        const BatchOutcome outcome =
-            runProgram("tessera-simulate", {"--crystal", "quartz", "--frames", "40", "--size", "256", "--tilt-start",
-                                            "-20", "--tilt-step", "1", "--pixel-size", "0.008", "--out",
-                                            m_dir.path(), "--name", "q"});
+        const BatchOutcome outcome = runProgram(
+            "tessera-simulate",
+            {"--crystal", "quartz", "--frames", "40", "--size", "256", "--tilt-start", "-20", "--tilt-step",
+             "1", "--pixel-size", "0.008", "--out", m_dir.path(), "--name", "q"});
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     }
     BatchOutcome batch(const QString& strOut, const QStringList& listMore = {}) const
@@ -95,8 +95,11 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     }
     writeBytes(m_dir.filePath("g/q.pk"), listLine.join('\n'));
     const auto merged = [&](const QStringList& listMore) {
-        EXPECT_EQ(batch("g", QStringList{"--from", "merge", "--to", "merge", "--json", m_dir.filePath("m.json")} +
-                                 listMore).nStatus, 0);
+        EXPECT_EQ(
+            batch("g", QStringList{"--from", "merge", "--to", "merge", "--json", m_dir.filePath("m.json")} +
+                           listMore)
+                .nStatus,
+            0);
         return QJsonDocument::fromJson(readBytes(m_dir.filePath("m.json"))).object();
     };
     EXPECT_EQ(merged({})["peaksMerged"].toInt(), listLine.size() - 1);
@@ -125,7 +128,8 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
     for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
         writeBytes(m_dir.filePath(QStringLiteral("r/q.") + pszSuffix), "earlier");
     }
-    const QJsonObject later = refined({"--from", "refine", "--constant-background", "--jobs", "3", "--statistics"});
+    const QJsonObject later = refined(
+        {"--from", "refine", "--constant-background", "--jobs", "3", "--statistics"});
     EXPECT_EQ(later["peakPairs"], through["peakPairs"]);
     for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
         EXPECT_EQ(result("r", pszSuffix), "earlier") << pszSuffix;
@@ -146,15 +150,19 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
     EXPECT_NE(pairs["wholePixels"], pairs["subPixels"]);
     EXPECT_NE(pairs["subPixels"], pairs["subPixelsConstant"]);
 
-    const auto limited = refined({"--from", "refine", "--refine-dstar-low", "0.5", "--refine-dstar-high", "1"});
+    const auto limited = refined(
+        {"--from", "refine", "--refine-dstar-low", "0.5", "--refine-dstar-high", "1"});
     EXPECT_EQ(limited["peakPairs"].toObject()["dStar"], (QJsonArray{0.5, 1}));
     EXPECT_LT(limited["peakPairs"].toObject()["wholePixels"].toObject()["pairs"].toInt(),
               pairs["wholePixels"].toObject()["pairs"].toInt());
     EXPECT_FALSE(limited["peakPairs"].toObject().contains("subPixelsConstant"));
     EXPECT_TRUE(refined({"--from", "refine", "--window-defaults", "--refine-dstar-low", "0.4"})["log"]
-                    .toString().contains("d* from 0.400 to 2.000 Å⁻¹, peaks of intensities from 100.0 to 32768.0"));
-    EXPECT_TRUE(refined({"--from", "refine", "--refine-dstar-low", "50", "--refine-dstar-high", "90"}, 1)["log"]
-                    .toString().contains("No cell came out of the peak pairs at hunted positions: 0 pairs"));
+                    .toString()
+                    .contains("d* from 0.400 to 2.000 Å⁻¹, peaks of intensities from 100.0 to 32768.0"));
+    EXPECT_TRUE(
+        refined({"--from", "refine", "--refine-dstar-low", "50", "--refine-dstar-high", "90"}, 1)["log"]
+            .toString()
+            .contains("No cell came out of the peak pairs at hunted positions: 0 pairs"));
 }
 
 TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
@@ -171,14 +179,15 @@ TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
             bytesAxis = bytesLine.mid(12).trimmed();
         }
     }
-    const BatchOutcome outcome =
-        runBatch(listArgument + QStringList{"--wavelength", "0.0251", "--pixel-size", "0.008", "--axis", bytesAxis,
-                                            "--tilt-start", "-20", "--tilt-step", "1", "--out",
-                                            m_dir.filePath("images")});
+    const BatchOutcome outcome = runBatch(listArgument + QStringList{"--wavelength", "0.0251", "--pixel-size",
+                                                                     "0.008", "--axis", bytesAxis,
+                                                                     "--tilt-start", "-20", "--tilt-step",
+                                                                     "1", "--out", m_dir.filePath("images")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     const QString strBase = QFileInfo(listArgument.first()).completeBaseName();
     for (const char* pszSuffix : aszResult) {
-        EXPECT_EQ(readBytes(m_dir.filePath("images/" + strBase + '.' + pszSuffix)), result("project", pszSuffix))
+        EXPECT_EQ(readBytes(m_dir.filePath("images/" + strBase + '.' + pszSuffix)),
+                  result("project", pszSuffix))
             << pszSuffix;
     }
 }

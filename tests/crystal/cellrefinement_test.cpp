@@ -104,8 +104,9 @@ TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
             const double df = n < 6 ? r.aCell[n] - g_aTrueCell[n]
                                     : r.found.dfCoefficient[n - 6] - truth.found.dfCoefficient[n - 6];
             aSquares[n] += df * df / nFits;
-            aVariance[n] +=
-                std::pow(n < 6 ? r.found.dfCellStdErr[n] : r.found.dfCoefficientStdErr[n - 6], 2) / nFits;
+            aVariance[n] += std::pow(n < 6 ? r.found.dfCellStdErr[n] : r.found.dfCoefficientStdErr[n - 6],
+                                     2) /
+                            nFits;
         }
     }
     for (int n = 0; n < 12; ++n)  // a root of 400 squares is good to 3.5 %

@@ -45,7 +45,9 @@ TEST(ReflectionBuilder, BuildsTheSphereAndItsNegatives)
         report.marked().last().startsWith("red The unit cell is no cell that reflections can be built of: "));
     EXPECT_FALSE(testIndexing({{0.0125f, 0, 0}, {0, 0.0125f, 0}, {0, 0, 0.0125f}}, list, report));
     EXPECT_EQ(report.marked().last(),
-              QStringLiteral("red Too many reflections: about %L1 are expected, the limit is %L2.").arg(2144661).arg(2000000));
+              QStringLiteral("red Too many reflections: about %L1 are expected, the limit is %L2.")
+                  .arg(2144661)
+                  .arg(2000000));
     EXPECT_EQ(list.size(), 250);
     EXPECT_EQ(report.marked().first(), "250 reflection built.");
 }

@@ -30,8 +30,8 @@ QList<HKLRef> plainEnumeration(float fDStar, const QList<Vec3D>& cell, double df
     for (int h = -nMax[0]; h <= nMax[0]; ++h)
         for (int k = -nMax[1]; k <= nMax[1]; ++k)
             for (int l = -nMax[2]; l <= nMax[2]; ++l) {
-                const Vec3D g =
-                    scaled(cell[0], float(h)) + scaled(cell[1], float(k)) + scaled(cell[2], float(l));
+                const Vec3D g = scaled(cell[0], float(h)) + scaled(cell[1], float(k)) +
+                                scaled(cell[2], float(l));
                 if (!(squaredLength(g) < fDStar * fDStar))
                     continue;
                 const double dfAngle = std::atan2(double(g.z), double(g.y)) * 180 / std::acos(-1.0);

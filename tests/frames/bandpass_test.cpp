@@ -52,8 +52,8 @@ TEST(BandPass, AgreesWithConvolutionInRealSpace)
         ASSERT_TRUE(calBandPassImage(imgSpectrum, row.p, filters, fft, imgWork, imgBandPass, &imgSmooth));
         for (int i = 0; i < row.nW * row.nH; i += 7) {
             const int x = i % row.nW, y = i / row.nW;
-            const double dfBand =
-                convolved(img, row.p.m_dfPeakRadius, x, y) - convolved(img, row.p.m_dfBackgroundRadius, x, y);
+            const double dfBand = convolved(img, row.p.m_dfPeakRadius, x, y) -
+                                  convolved(img, row.p.m_dfBackgroundRadius, x, y);
             EXPECT_NEAR(imgBandPass.Data()[i], dfBand < -100 ? 0 : dfBand, 3e-3) << row.nW << " " << i;
             EXPECT_NEAR(imgSmooth.Data()[i], convolved(img, row.p.m_dfSmoothRadius, x, y), 3e-3);
             nClipped += dfBand < -100;
@@ -80,8 +80,8 @@ TEST(HuntFrame, PixelsWithoutANumberSpoilOnlyThemselves)
 {
     CPeakFilters filters;
     FrameHuntWork work;
-    CImgObj<float> img =
-        makeImage(96, 80, [](int x, int y) { return 100 + 900 * gaussian(x - 60, y - 30, 2); });
+    CImgObj<float> img = makeImage(96, 80,
+                                   [](int x, int y) { return 100 + 900 * gaussian(x - 60, y - 30, 2); });
     img.Data()[5 * 96 + 5] = std::nanf("");
     img.Data()[70 * 96 + 20] = HUGE_VALF;
     img.Data()[70 * 96 + 80] = -3e38f;

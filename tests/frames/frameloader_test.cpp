@@ -119,8 +119,8 @@ TEST_F(Loader, PicturesAreWeighedByColourAndKeepTheirRows)
     QByteArray bytesNumber;
     for (int i = 0; i < 12; ++i)
         bytesNumber += dm3::number(static_cast<qint16>(i == 5 ? 32000 : 640 * i), 1);
-    const QByteArray dm3File =
-        dm3::file({dm3::group("ImageList", {dm3::image(4, 3, 1, dm3::array("Data", 2, 12, bytesNumber))})});
+    const QByteArray dm3File = dm3::file(
+        {dm3::group("ImageList", {dm3::image(4, 3, 1, dm3::array("Data", 2, 12, bytesNumber))})});
     const struct {
         const char* pName;
         QByteArray bytes;

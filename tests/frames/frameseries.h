@@ -39,8 +39,8 @@ struct FrameSeries {
     }
     void add(const CImgObj<float>& img)
     {
-        const QString strFile =
-            dir.filePath(QString("f%1.mrc").arg(dataSet.m_listFrameFile.size(), 4, 10, QChar('0')));
+        const QString strFile = dir.filePath(
+            QString("f%1.mrc").arg(dataSet.m_listFrameFile.size(), 4, 10, QChar('0')));
         if (!WriteMRC<float>({&img}, strFile))
             qFatal("no frame written");
         dataSet.m_listFrameFile.append(strFile);

@@ -53,8 +53,8 @@ TEST(IntegratePeaks, FindsASpotOnlyWhereTheWindowFits)
                 {nW - 18, 40, false}, {40, 18, true},       {40, 17, false},
                 {40, nH - 19, true},  {40, nH - 18, false}, {40, 2000000000, false}};
     for (const auto& row : aRow) {
-        const CImgObj<float> img =
-            makeImage(nW, nH, [&](int x, int y) { return x == row.nX && y == row.nY ? 520 : 20; });
+        const CImgObj<float> img = makeImage(
+            nW, nH, [&](int x, int y) { return x == row.nX && y == row.nY ? 520 : 20; });
         EXPECT_NEAR(integrated(img, row.nX, row.nY, 15, 3).fIntensity, row.bFits ? 500 : 0, 0.01)
             << row.nX << " " << row.nY;
     }

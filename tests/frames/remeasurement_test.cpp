@@ -66,8 +66,8 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
             listShown.append(QString("%1 %2").arg(n).arg(list[0].x(), 0, 'f', 1));
         };
         CRecordingReport report, reportOnFrame;
-        const QVector<QList<Peak3D>> refined =
-            refinePeakPosition(series.dataSet, series.peaks, report, options);
+        const QVector<QList<Peak3D>> refined = refinePeakPosition(series.dataSet, series.peaks, report,
+                                                                  options);
         EXPECT_EQ(listShown, QStringList({"0 30.0", "0 30.3", "1 31.0", "1 31.3"}));
         QVector<QList<Peak3D>> moved = series.peaks;
         options.nJobs = 2;  // the same bits

@@ -37,7 +37,8 @@ inline QByteArray group(const QByteArray& strLabel, const std::vector<QByteArray
     return bytes;
 }
 
-inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& vecInfo, const QByteArray& data)
+inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& vecInfo,
+                        const QByteArray& data)
 {
     QByteArray bytes = '\x15' + label(strLabel) + "%%%%" + big(static_cast<quint32>(vecInfo.size()));
     for (quint32 nWord : vecInfo)
@@ -66,11 +67,12 @@ inline QByteArray file(const std::vector<QByteArray>& vecTag, quint32 nOrder = 1
 inline QByteArray image(qint32 nWidth, qint32 nHeight, qint32 nDataType, const QByteArray& tagData,
                         quint32 nOrder = 1)
 {
-    return group("", {group("ImageData", {group("Calibrations", {integer("Unit", 0)}), tagData,
-                                          integer("DataType", nDataType, nOrder),
-                                          group("Dimensions", {integer("", nWidth, nOrder),
-                                                               integer("", nHeight, nOrder)})}),
-                      array("Name", 4, 3, QByteArray("a\0b\0c\0", 6))});
+    return group(
+        "",
+        {group("ImageData",
+               {group("Calibrations", {integer("Unit", 0)}), tagData, integer("DataType", nDataType, nOrder),
+                group("Dimensions", {integer("", nWidth, nOrder), integer("", nHeight, nOrder)})}),
+         array("Name", 4, 3, QByteArray("a\0b\0c\0", 6))});
 }
 
 }  // namespace dm3

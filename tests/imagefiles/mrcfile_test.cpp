@@ -105,8 +105,8 @@ TEST_F(Mrc, ReadsStacksOfSeveralBlocks)
         int nWrong = 0;
         for (int z = 0; z < 2 * nSections; ++z)
             for (int i = 0; i < 60000; ++i)
-                nWrong +=
-                    vecImage[static_cast<size_t>(z)]->Data()[i] != wideValue(i % 600, i / 600, z % nSections);
+                nWrong += vecImage[static_cast<size_t>(z)]->Data()[i] !=
+                          wideValue(i % 600, i / 600, z % nSections);
         EXPECT_EQ(nWrong, 0) << "mode " << int(bytes[12]);
     }
 }

@@ -17,8 +17,8 @@ CImgObj<float> spotOnFrame(const std::vector<double>& p, int nWidth, int nHeight
     img.Create(nWidth, nHeight);
     for (int y = 0; y < nHeight; y++)
         for (int x = 0; x < nWidth; x++)
-            img.Data()[y * nWidth + x] =
-                float(p[0] / (1 + (x - p[1]) * (x - p[1]) / p[2] + (y - p[3]) * (y - p[3]) / p[4]));
+            img.Data()[y * nWidth + x] = float(
+                p[0] / (1 + (x - p[1]) * (x - p[1]) / p[2] + (y - p[3]) * (y - p[3]) / p[4]));
     return img;
 }
 
@@ -126,8 +126,8 @@ TEST(LorentzCurve, ErrorsOfANoisyCurveComputedApart)
         }
     }
     const auto minor = [&n](int a, int b, int c, int d) { return n[a][c] * n[b][d] - n[a][d] * n[b][c]; };
-    const double dfDet =
-        n[0][0] * minor(1, 2, 1, 2) - n[0][1] * minor(1, 2, 0, 2) + n[0][2] * minor(1, 2, 0, 1);
+    const double dfDet = n[0][0] * minor(1, 2, 1, 2) - n[0][1] * minor(1, 2, 0, 2) +
+                         n[0][2] * minor(1, 2, 0, 1);
     const double dfVariance = dfSquares / (listPoint.size() - 3);
     const double adfInverse[] = {minor(1, 2, 1, 2) / dfDet, minor(0, 2, 0, 2) / dfDet,
                                  minor(0, 1, 0, 1) / dfDet};

@@ -200,8 +200,8 @@ TEST(DirectBeamRefinement, FindsTheMapOfAFrame)
              indexed(1, 0, 0, 5, 700, 300)});
     }
     CRecordingReport report;
-    const QVector<DifferenceMap> vec =
-        refineDirectBeamPosition({aPair[0], aPair[1], aPair[0].mid(0, 2), {}}, 0, 0, 0.001, report);
+    const QVector<DifferenceMap> vec = refineDirectBeamPosition({aPair[0], aPair[1], aPair[0].mid(0, 2), {}},
+                                                                0, 0, 0.001, report);
     ASSERT_EQ(vec.size(), 4);
     for (size_t n = 0; n < 6; ++n)
         EXPECT_NEAR(vec[0].adfEnd[n], aMap[n], 0.05) << n;

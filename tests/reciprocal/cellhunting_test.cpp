@@ -199,8 +199,8 @@ TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
 TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
 {
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(8, 11, 5, 90, 90, 100));
-    const QList<Peak3D> list =
-        simulatedReflections(listBasis, 0.7, 0, [](int, int, int l) { return l == 0; });
+    const QList<Peak3D> list = simulatedReflections(listBasis, 0.7, 0,
+                                                    [](int, int, int l) { return l == 0; });
     DataSet data;
     CRecordingReport log;
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));

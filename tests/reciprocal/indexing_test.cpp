@@ -105,9 +105,9 @@ TEST(ReflectionGroups, AreTheOrbitsOfTheLaueClass)
         std::set<gemmi::Op::Miller> setAsu;
         std::set<std::pair<int, gemmi::Op::Miller>> setPair;
         for (const Peak3D& peak : list) {
-            const auto hkl =
-                asu.to_asu({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)}, operations)
-                    .first;
+            const auto hkl = asu.to_asu({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)},
+                                        operations)
+                                 .first;
             setAsu.insert(hkl);
             setPair.insert({peak.nRGroup, hkl});
         }

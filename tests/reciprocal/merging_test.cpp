@@ -65,13 +65,13 @@ QList<QList<Peak3D>> plainChains(const DataSet& data, const PeakMergingParameter
     QList<QList<Peak3D>> listOpen, listClosed;
     const int nFrames = data.m_listPeakFrameShown.size();
     for (int n = 0; n < nFrames; ++n) {
-        const double dfTilt =
-            (data.m_listOverallTilt[n] + n * data.m_dfTiltRelaxation / nFrames) * M_PI / 180;
+        const double dfTilt = (data.m_listOverallTilt[n] + n * data.m_dfTiltRelaxation / nFrames) * M_PI /
+                              180;
         QList<QList<Peak3D>> listStay;
         for (const QList<Peak3D>& chain : listOpen) {
             const Peak3D& t = chain.last();
-            const double dfD =
-                std::fabs(-std::sin(dfTilt) * double(t.fY3D) + std::cos(dfTilt) * double(t.fZ3D));
+            const double dfD = std::fabs(-std::sin(dfTilt) * double(t.fY3D) +
+                                         std::cos(dfTilt) * double(t.fZ3D));
             (dfD > parameters.m_dfMin3DDistance * data.m_dfPixelSize ? listClosed : listStay).append(chain);
         }
         listOpen = listStay;

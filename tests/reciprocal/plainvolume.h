@@ -22,8 +22,8 @@ inline void plainAddFrame(CReciprocalVolume& volume, const CImgObj<float>& image
         for (int y = 0; y < image.Height(); ++y) {
             const QPointF p(x - ptCenter.x(), y - ptCenter.y());
             const Vec3D v = {float(volume.m_dfPixelSize * p.x()), float(volume.m_dfPixelSize * p.y()), 0.f};
-            const Vec3D r =
-                rotated(matTilt, ewaldPoint(rotated(volume.m_matRotationAxis, v), volume.m_dfWavelength));
+            const Vec3D r = rotated(matTilt,
+                                    ewaldPoint(rotated(volume.m_matRotationAxis, v), volume.m_dfWavelength));
             const double dfInverse = 1 / volume.m_dfPixelSize;
             const int ix = plainIndex(r.x, dfInverse, float(nX) * 0.5f);
             const int iy = plainIndex(r.y, dfInverse, float(nY) * 0.5f);

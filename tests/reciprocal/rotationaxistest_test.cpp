@@ -94,8 +94,8 @@ TEST(RotationAxisTest, ChainsTablesAndMessages)
     while (azimuth(head(229.5, 0)) != 229.5 && r < 1100)
         r += 1;
     ASSERT_LT(r, 1100);
-    const RotationAxisTest test =
-        testRotationAxis({{head(229.5, 0), head(50, 0), head(300, 0)}, {head(50, 1)}}, centres, 5, report);
+    const RotationAxisTest test = testRotationAxis(
+        {{head(229.5, 0), head(50, 0), head(300, 0)}, {head(50, 1)}}, centres, 5, report);
     EXPECT_EQ(test.nChains, 3);
     EXPECT_NEAR(test.dfNormal[0], 50, 1e-9);
     EXPECT_NEAR(test.dfAxis[0], -40, 1e-9);

@@ -131,8 +131,8 @@ TEST(ExpectedFrames, TheTableHoldsErrorsBySeries)
     QList<Vec3D> listBefore = series.data.m_listCell;
     distort(listBefore);
     CRecordingReport report;
-    const QList<ExpectedFrame> listRow =
-        calExpectedFrameNo(listBefore, series.data.m_listCell, list, series.data, report);
+    const QList<ExpectedFrame> listRow = calExpectedFrameNo(listBefore, series.data.m_listCell, list,
+                                                            series.data, report);
     ASSERT_EQ(listRow.size(), 3);  // (0, 0, 0) has no tilt
     EXPECT_NEAR(listRow[0].dfErrAfter, 0.3, 5e-4);
     EXPECT_NEAR(listRow[1].dfSeriesMean, 0.1, 5e-4);

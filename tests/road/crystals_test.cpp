@@ -127,8 +127,8 @@ TEST(Crystals, ListsLeaveOutWhatSymmetryForbidsAndNothingElse)
         for (int h = -30; h <= 30; ++h)
             for (int k = -30; k <= 30; ++k)
                 for (int l = -30; l <= 30; ++l) {
-                    const double df =
-                        lengthOf(Vector3{double(h), double(k), double(l)} * crystal.reciprocalBasis());
+                    const double df = lengthOf(Vector3{double(h), double(k), double(l)} *
+                                               crystal.reciprocalBasis());
                     nAllowed += df > 0 && df < 0.8 && row.isAllowed(h, k, l);
                 }
         const auto list = crystal.reflections(0.8);

@@ -88,8 +88,8 @@ TEST(Projection, MeanRockingCurveIsTheNumericalMean)
         const double dfWidth = 0.005;
         double dfSum = 0;
         for (int i = 0; i < 4000; ++i)
-            dfSum +=
-                std::exp(-0.5 * std::pow((dfFirst + (i + 0.5) / 4000 * (dfLast - dfFirst)) / dfWidth, 2));
+            dfSum += std::exp(-0.5 *
+                              std::pow((dfFirst + (i + 0.5) / 4000 * (dfLast - dfFirst)) / dfWidth, 2));
         EXPECT_NEAR(meanRockingCurve(dfFirst, dfLast, dfWidth), dfSum / 4000, 1e-6);
     }
 }
@@ -184,8 +184,8 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
         const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
         std::vector<double> listConstant;
         for (const auto& [index, total] : mapTotal) {
-            const Vector3 vec =
-                Vector3{double(index[0]), double(index[1]), double(index[2])} * series.matBasis;
+            const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} *
+                                series.matBasis;
             double dfTilt = 0;
             const double dfMiddle = p.dfTiltStart + (total.nFirst + total.nLast) / 2.0 * dfStep;
             if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 ||
@@ -193,10 +193,10 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
                 !exactTilt(projection, vec, dfMiddle, dfTilt))
                 continue;
             EXPECT_EQ(total.nFrames, total.nLast - total.nFirst + 1);
-            const double dfSpeed =
-                std::abs(projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -
-                         projection.excitationError(projection.turned(vec, dfTilt - 0.01))) /
-                0.02;
+            const double dfSpeed = std::abs(
+                                       projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -
+                                       projection.excitationError(projection.turned(vec, dfTilt - 0.01))) /
+                                   0.02;
             listConstant.push_back(total.dfCounts * dfStep * dfSpeed /
                                    std::norm(crystal.value(index[0], index[1], index[2])));
         }

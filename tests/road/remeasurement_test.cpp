@@ -1,4 +1,5 @@
-// What is measured again on simulated frames: the direct beam against the truth, intensities against the hunt.
+// What is measured again on simulated frames: the direct beam against the truth, intensities against the
+// hunt.
 #include "app/dataset/opening.h"
 #include "frames/directbeamfit.h"
 #include "frames/intensityextraction.h"
@@ -19,7 +20,8 @@ TEST(Remeasurement, FindsTheTrueBeamAndTheIntensitiesOfTheHunt)
     p.strDirectory = dir.path();
     SimulatedSeries series;
     QString strError;
-    ASSERT_TRUE(simulateSeries(p, series, strError) && writeSeries(series, strError)) << strError.toStdString();
+    ASSERT_TRUE(simulateSeries(p, series, strError) && writeSeries(series, strError))
+        << strError.toStdString();
     DataSet data;
     MappingParameters mapping;
     CRunReport report;

@@ -91,15 +91,15 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
 
 INSTANTIATE_TEST_SUITE_P(
     Crystals, Road,
-    testing::Values(RoadCase{"silicon", "", "", 250},                          // cubic F
-                    RoadCase{"pyrope", "--format mrcu16", "", 3000},           // cubic I
-                    RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},  // hexagonal P
-                    RoadCase{"calcite", "--format mrcfloat", "", 700},         // rhombohedral R
-                    RoadCase{"akermanite", "--spot-shape moffat", g_pRefine, 2000},   // tetragonal P
-                    RoadCase{"anatase", "--axis 90", "", 400},                 // tetragonal I
+    testing::Values(RoadCase{"silicon", "", "", 250},                                // cubic F
+                    RoadCase{"pyrope", "--format mrcu16", "", 3000},                 // cubic I
+                    RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},        // hexagonal P
+                    RoadCase{"calcite", "--format mrcfloat", "", 700},               // rhombohedral R
+                    RoadCase{"akermanite", "--spot-shape moffat", g_pRefine, 2000},  // tetragonal P
+                    RoadCase{"anatase", "--axis 90", "", 400},                       // tetragonal I
                     RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "",
-                             3000},                                      // orthorhombic F
-                    RoadCase{"forsterite", "--beam-tilt 10", "", 1500},  // orthorhombic P
-                    RoadCase{"diopside", "--drift 15", g_pRefine, 1200},        // monoclinic C
-                    RoadCase{"kyanite", "--orientation 7", g_pRefine, 1400}),   // triclinic
+                             3000},                                            // orthorhombic F
+                    RoadCase{"forsterite", "--beam-tilt 10", "", 1500},        // orthorhombic P
+                    RoadCase{"diopside", "--drift 15", g_pRefine, 1200},       // monoclinic C
+                    RoadCase{"kyanite", "--orientation 7", g_pRefine, 1400}),  // triclinic
     [](const testing::TestParamInfo<RoadCase>& one) { return std::string(one.param.pCrystal); });

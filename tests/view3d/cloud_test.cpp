@@ -173,8 +173,8 @@ TEST(Camera, TurnsAsQuaternionsDo)
         const QVector3D q1(v1.x, v1.y, v1.z), q2(v2.x, v2.y, v2.z);
         camera.rotateTrackball(v1, v2);
         camera.rotateTrackball(v2, v2);
-        turned =
-            QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) * turned;
+        turned = QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) *
+                 turned;
         turned.normalize();
         expectRotation(camera, turned, 2e-4);
     }

@@ -246,8 +246,8 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     EXPECT_EQ(shown(), strB) << "the keyboard walks through the rows";
 
     m_pWindow->copyIntensityCurveData();
-    QString strCopied =
-        QStringLiteral("     4.0 \t      530.00\n     5.0 \t      540.00\n     6.0 \t      550.00\n\n");
+    QString strCopied = QStringLiteral(
+        "     4.0 \t      530.00\n     5.0 \t      540.00\n     6.0 \t      550.00\n\n");
     EXPECT_EQ(QApplication::clipboard()->text(), strCopied.replace('.', QLocale().decimalPoint()));
 
     // A row whose ID has no chain says so once and leaves the curve.

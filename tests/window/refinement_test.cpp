@@ -30,9 +30,12 @@ protected:
     static void SetUpTestSuite()
     {
         s_pDir = new QTemporaryDir;
-        ASSERT_EQ(runProgram("tessera-simulate", {"--crystal", "quartz", "--frames", QString::number(g_nFrames),
-                                                  "--size", "320", "--pixel-size", "0.006", "--tilt-start", "-20",
-                                                  "--tilt-step", "1", "--out", s_pDir->path(), "--name", "w"}).nStatus, 0);
+        ASSERT_EQ(
+            runProgram("tessera-simulate", {"--crystal", "quartz", "--frames", QString::number(g_nFrames),
+                                            "--size", "320", "--pixel-size", "0.006", "--tilt-start", "-20",
+                                            "--tilt-step", "1", "--out", s_pDir->path(), "--name", "w"})
+                .nStatus,
+            0);
         ASSERT_EQ(runBatch({"--window-defaults", "--to", "cell", s_pDir->filePath("w.ed3d")}).nStatus, 0);
     }
     static void TearDownTestSuite() { delete s_pDir; }
@@ -126,7 +129,8 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
     EXPECT_EQ(log().count("Frame counts do not match."), 2);
 
     index();
-    const QRegularExpression expBeam("\n +\\d+( +-?[0-9.]+){4} +(-?[0-9.]+) +(-?[0-9.]+)( +[0-9.]+){3} [1-8](?=\n)");
+    const QRegularExpression expBeam(
+        "\n +\\d+( +-?[0-9.]+){4} +(-?[0-9.]+) +(-?[0-9.]+)( +[0-9.]+){3} [1-8](?=\n)");
     during([&] {  // each fit takes its time
         if (log().count(expBeam) < 3)
             return false;
@@ -228,7 +232,8 @@ TEST_F(Refinement, ExpectedPositionsFallOnPeaksOfTheRightAxisOnly)
         int nCircles = 0, nNear = 0;
         for (int nFrame = g_nFrames; nFrame > 10; --nFrame) {
             m_pWindow->switchToImgIndex(nFrame);
-            const QList<QPointF> listCross = marks<CrossItem>(Qt::green), listCircle = marks<CircleItem>(Qt::cyan);
+            const QList<QPointF> listCross = marks<CrossItem>(Qt::green),
+                                 listCircle = marks<CircleItem>(Qt::cyan);
             nCircles += listCircle.size();
             for (const QPointF& pt : listCircle)
                 nNear += std::any_of(listCross.begin(), listCross.end(), [&](const QPointF& ptCross) {
@@ -254,7 +259,8 @@ TEST_F(Refinement, SettingsLeaveReflectionsOutAndShowTheTestRuns)
 {
     index();
     tool("Refine Cell by Frame &Numbers");
-    const QRegularExpressionMatch match = QRegularExpression("(?<=DD\n) *(\\S+) +(\\S+) +(\\S+) .*").match(log());
+    const QRegularExpressionMatch match =
+        QRegularExpression("(?<=DD\n) *(\\S+) +(\\S+) +(\\S+) .*").match(log());
     ASSERT_TRUE(match.hasMatch());
     QSettings settings("Lumenarc", "Tessera");
     settings.setValue("excludedReflections", match.capturedTexts().mid(1).join(',') + "; 50,1,-1");

@@ -110,7 +110,10 @@ protected:
     /// What the last merge in the log said.
     QString mergedLine() const
     {
-        return m_pLog->toPlainText().split(QLatin1Char('\n')).filter(QStringLiteral("remained after merging")).value(0);
+        return m_pLog->toPlainText()
+            .split(QLatin1Char('\n'))
+            .filter(QStringLiteral("remained after merging"))
+            .value(0);
     }
 
     QTemporaryDir m_dir;

@@ -168,8 +168,7 @@ TEST_F(Tables, Actions)
     struct Key {
         Key(const char* pch)
             : list(*pch ? QList<QKeySequence>{QKeySequence(text(pch))} : QList<QKeySequence>{})
-        {
-        }
+        {}
         Key(QKeySequence::StandardKey nKey) : list(QKeySequence::keyBindings(nKey)) {}
         QList<QKeySequence> list;
     };
@@ -225,8 +224,8 @@ TEST_F(Tables, Actions)
         for (const QAction* pAction : listAction)
             for (const QWidget* pWidget : pAction->associatedWidgets()) {
                 const auto* pMenu = qobject_cast<const QMenu*>(pWidget);
-                const QString strPlace =
-                    pMenu ? pMenu->title() : QString::fromLatin1(pWidget->metaObject()->className());
+                const QString strPlace = pMenu ? pMenu->title()
+                                               : QString::fromLatin1(pWidget->metaObject()->className());
                 if (pAction->text() == text(row.pchText) && strPlace == text(row.pchPlace))
                     pFound = pAction;
             }
@@ -262,17 +261,18 @@ TEST_F(Tables, MenusBarsAndDocks)
     for (int i = 0; i < 20; ++i)
         listFile += QString();
     const QMenuBar* pMenuBar = m_pWindow->menuBar();
-    EXPECT_EQ(contents(pMenuBar), QStringList({"&File", "&Edit", "&View", "&Window", "&Tools", "-", "&Help"}));
-    const QStringList aMenu[] = {listFile + QStringList{"-", "E&xit"},
-                                 {"Copy Window"},
-                                 QStringList{"Zoom &In", "Zoom &Out", "-"} + listPalette,
-                                 listDock,
-                                 {"&Intensity Extraction...", "&Extract Intensities", "-", "&Fit Direct Beam",
-                                  "Refine &Direct Beam Position", "Test Rotation &Axis", "-",
-                                  "Refine &Basis Vectors", "Refine Cell by Frame &Numbers", "-",
-                                  "Export &Peaks...", "Test &Runs", "-", "&Stop"},
-                                 {},
-                                 {"A&bout Tessera...", "-", "About Qt..."}};
+    EXPECT_EQ(contents(pMenuBar),
+              QStringList({"&File", "&Edit", "&View", "&Window", "&Tools", "-", "&Help"}));
+    const QStringList aMenu[] = {
+        listFile + QStringList{"-", "E&xit"},
+        {"Copy Window"},
+        QStringList{"Zoom &In", "Zoom &Out", "-"} + listPalette,
+        listDock,
+        {"&Intensity Extraction...", "&Extract Intensities", "-", "&Fit Direct Beam",
+         "Refine &Direct Beam Position", "Test Rotation &Axis", "-", "Refine &Basis Vectors",
+         "Refine Cell by Frame &Numbers", "-", "Export &Peaks...", "Test &Runs", "-", "&Stop"},
+        {},
+        {"A&bout Tessera...", "-", "About Qt..."}};
     for (int i = 0; i < 7; ++i)
         if (i != 5) {  // the separator
             ASSERT_NE(pMenuBar->actions()[i]->menu(), nullptr) << i;

@@ -50,12 +50,12 @@ protected:
     void SetUp() override
     {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("settings"));
-        const BatchOutcome outcome =
-            runProgram(QStringLiteral("tessera-simulate"),
-                       {"--crystal",    "quartz",     "--frames",     "41",    "--size",      "256",
-                        "--pixel-size", "0.008",      "--tilt-start", "-20",   "--tilt-step", "1",
-                        "--beam-x",     "134.4",      "--beam-y",     "123.3", "--drift",     "2",
-                        "--out",        m_dir.path(), "--name",       "w"});
+        const BatchOutcome outcome = runProgram(
+            QStringLiteral("tessera-simulate"),
+            {"--crystal",    "quartz",     "--frames",     "41",    "--size",      "256",
+             "--pixel-size", "0.008",      "--tilt-start", "-20",   "--tilt-step", "1",
+             "--beam-x",     "134.4",      "--beam-y",     "123.3", "--drift",     "2",
+             "--out",        m_dir.path(), "--name",       "w"});
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
         ASSERT_FALSE(QFile::exists(m_dir.filePath("w.pk")));
         ASSERT_FALSE(QFile::exists(m_dir.filePath("w.sc")));
@@ -286,9 +286,9 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
         QRegularExpression(QStringLiteral("Reference region: \\((\\d+), (\\d+)\\) 128×128")).match(strLog);
     ASSERT_TRUE(match.hasMatch());
     const QString strOther = m_dir.filePath("driver");
-    const BatchOutcome outcome =
-        runBatch({"--window-defaults", "--region", match.captured(1) + ',' + match.captured(2) + ",128",
-                  "--out", strOther, m_dir.filePath("w.ed3d")});
+    const BatchOutcome outcome = runBatch({"--window-defaults", "--region",
+                                           match.captured(1) + ',' + match.captured(2) + ",128", "--out",
+                                           strOther, m_dir.filePath("w.ed3d")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     const struct {
         const char* pszName;

@@ -20,15 +20,16 @@ struct Contrast {
 };
 
 /// The limits given, and for one that is not, what the boxes show when the first frame comes up.
-std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
+std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSet& dataSet,
+                                       CRunReport& report)
 {
     Contrast contrast;
     if (!exports.dfContrastMin || !exports.dfContrastMax) {
         ImageList vecImage;
         if (!loadFirstImage(vecImage, dataSet.m_listFrameFile.first(), dataSet.m_listHotPixel, report) ||
             vecImage.empty()) {
-            report.addMessage(QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()),
-                              Qt::red);
+            report.addMessage(
+                QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()), Qt::red);
             return {};
         }
         const CImgObj<float>& image = *vecImage.front();
@@ -42,15 +43,15 @@ std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSe
 
 bool exportPictures(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
 {
-    const QString strFolder =
-        exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir : exports.strPictureFolder;
+    const QString strFolder = exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir
+                                                                 : exports.strPictureFolder;
     if (!QDir().mkpath(strFolder)) {
         report.addMessage(QStringLiteral("%1: the folder cannot be made.").arg(strFolder), Qt::red);
         return false;
     }
     const std::optional<Contrast> contrast = contrastLimits(exports, dataSet, report);
-    return contrast && saveSeries(dataSet, strFolder, QLatin1Char('.') + exports.strPictureFormat, contrast->dfMin,
-                                  contrast->dfMax, report);
+    return contrast && saveSeries(dataSet, strFolder, QLatin1Char('.') + exports.strPictureFormat,
+                                  contrast->dfMin, contrast->dfMax, report);
 }
 
 bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
@@ -71,8 +72,8 @@ bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunRepor
 
 bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strFile =
-        dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName + QStringLiteral(".ipf");
+    const QString strFile = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
+                            QStringLiteral(".ipf");
     const FileStamp stamp = FileStamp::of(strFile);
     outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                      dataSet.m_strProjectName, report);
@@ -85,16 +86,16 @@ bool runBatchExport(const QString& strKind, const BatchExports& exports, const D
                     CRunReport& report)
 {
     switch (batchExportNames().indexOf(strKind)) {
-    case 0:
-        return exportSMVImages(dataSet, report);
-    case 1:
-        return exportBinnedFrames(dataSet, exports.dfScale, report);
-    case 2:
-        return exportVolume(exports, dataSet, report);
-    case 3:
-        return exportPictures(exports, dataSet, report);
-    case 4:
-        return exportIndexedPeaks(dataSet, report);
+        case 0:
+            return exportSMVImages(dataSet, report);
+        case 1:
+            return exportBinnedFrames(dataSet, exports.dfScale, report);
+        case 2:
+            return exportVolume(exports, dataSet, report);
+        case 3:
+            return exportPictures(exports, dataSet, report);
+        case 4:
+            return exportIndexedPeaks(dataSet, report);
     }
     return false;
 }

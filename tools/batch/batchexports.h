@@ -10,9 +10,9 @@
 #include <optional>
 
 struct BatchExports {
-    QStringList listKind;         ///< of batchExportNames(), in the order of the command line
-    bool bOnly = false;           ///< no stage is run
-    QString strPictureFolder;     ///< empty: the folder of the result files
+    QStringList listKind;      ///< of batchExportNames(), in the order of the command line
+    bool bOnly = false;        ///< no stage is run
+    QString strPictureFolder;  ///< empty: the folder of the result files
     QString strPictureFormat = QStringLiteral("png");
     double dfScale = 0.5;
     int nVolumeEdge = 500;
@@ -28,8 +28,9 @@ struct BatchExports {
 
 inline const QStringList& batchExportNames()
 {
-    static const QStringList list = {QStringLiteral("smv"), QStringLiteral("scaled"), QStringLiteral("volume"),
-                                     QStringLiteral("pictures"), QStringLiteral("ipf")};
+    static const QStringList list = {QStringLiteral("smv"), QStringLiteral("scaled"),
+                                     QStringLiteral("volume"), QStringLiteral("pictures"),
+                                     QStringLiteral("ipf")};
     return list;
 }
 

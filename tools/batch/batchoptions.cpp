@@ -66,17 +66,19 @@ QList<NumberOption> numberOptions(BatchOptions& o)
         {"center-x", "pixels", "direct beam on the first frame; from the shift evaluation", 0, 100000, false,
          into(o.dfCenterX)},
         {"center-y", "pixels", "likewise", 0, 100000, false, into(o.dfCenterY)},
-        {"peak-radius", "pixels", "sigma of the narrow Gaussian; " + defaultText(hunt.m_dfPeakRadius), 0, 1000,
-         false, into(o.hunting.m_dfPeakRadius)},
+        {"peak-radius", "pixels", "sigma of the narrow Gaussian; " + defaultText(hunt.m_dfPeakRadius), 0,
+         1000, false, into(o.hunting.m_dfPeakRadius)},
         {"background-radius", "pixels",
          "sigma of the wide Gaussian; " + defaultText(hunt.m_dfBackgroundRadius), 0, 1000, false,
          into(o.hunting.m_dfBackgroundRadius)},
         {"peak-threshold", "counts",
          "least band-passed value of a peak; default auto, 8 robust standard deviations of the noise; with "
-         "--window-defaults " + QString::number(hunt.m_dfPeakThreshold),
+         "--window-defaults " +
+             QString::number(hunt.m_dfPeakThreshold),
          -100000, 1000000, true, into(o.dfPeakThreshold)},
-        {"integration-radius", "pixels", "disc of the 2D integration; " + defaultText(hunt.m_dfIntegrationRadius),
-         0, 1000, false, into(o.hunting.m_dfIntegrationRadius)},
+        {"integration-radius", "pixels",
+         "disc of the 2D integration; " + defaultText(hunt.m_dfIntegrationRadius), 0, 1000, false,
+         into(o.hunting.m_dfIntegrationRadius)},
         {"integration-background", "pixels",
          "ring around the disc; " + defaultText(hunt.m_dfIntegrationBackground), 0, 1000, false,
          into(o.hunting.m_dfIntegrationBackground)},
@@ -89,34 +91,38 @@ QList<NumberOption> numberOptions(BatchOptions& o)
         {"intensity-max", "counts", "greatest point intensity of a peak to merge; " + strLimit.arg(32768),
          -100000, 1000000, true, into(o.dfIntensityMax)},
         {"min-3d-distance", "pixels",
-         "distance from the frame's plane that closes a chain; " + defaultText(merge.m_dfMin3DDistance), 0, 1000,
-         false, into(o.merging.m_dfMin3DDistance)},
+         "distance from the frame's plane that closes a chain; " + defaultText(merge.m_dfMin3DDistance), 0,
+         1000, false, into(o.merging.m_dfMin3DDistance)},
         {"max-2d-distance", "pixels",
          "distance on the frames within a chain; " + defaultText(merge.m_dfMax2DDistance), 0, 1000, false,
          into(o.merging.m_dfMax2DDistance)},
-        {"max-3d-length", "pixels", "longest chain that is no streak; " + defaultText(merge.m_dfMax3DLength), 0,
-         1000, false, into(o.merging.m_dfMax3DLength)},
-        {"cell-min", "Å", "shortest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMin), 1, 1000, false,
-         into(o.cell.m_dfCellRangeMin)},
-        {"cell-max", "Å", "longest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMax), 1, 1000, false,
-         into(o.cell.m_dfCellRangeMax)},
+        {"max-3d-length", "pixels", "longest chain that is no streak; " + defaultText(merge.m_dfMax3DLength),
+         0, 1000, false, into(o.merging.m_dfMax3DLength)},
+        {"cell-min", "Å", "shortest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMin), 1, 1000,
+         false, into(o.cell.m_dfCellRangeMin)},
+        {"cell-max", "Å", "longest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMax), 1, 1000,
+         false, into(o.cell.m_dfCellRangeMax)},
         {"index-threshold", "",
-         "how far an index may lie from a whole number; " + defaultText(o.indexing.m_dfIndexThreshold), 0.01, 0.5,
-         false, into(o.indexing.m_dfIndexThreshold)},
+         "how far an index may lie from a whole number; " + defaultText(o.indexing.m_dfIndexThreshold), 0.01,
+         0.5, false, into(o.indexing.m_dfIndexThreshold)},
         {"refine-intensity-low", "counts",
-         "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits of "
-         "weak ones go astray; with --window-defaults " + QString::number(refine.m_dfRefineIntensityLow),
+         "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits "
+         "of "
+         "weak ones go astray; with --window-defaults " +
+             QString::number(refine.m_dfRefineIntensityLow),
          -1e7, 1e7, true, into(o.dfRefineIntensityLow)},
         {"refine-intensity-high", "counts",
-         "greatest point intensity of a peak in a pair; " + strLimit.arg(refine.m_dfRefineIntensityHigh), -1e7,
-         1e7, true, into(o.dfRefineIntensityHigh)},
+         "greatest point intensity of a peak in a pair; " + strLimit.arg(refine.m_dfRefineIntensityHigh),
+         -1e7, 1e7, true, into(o.dfRefineIntensityHigh)},
         {"refine-dstar-low", "Å⁻¹",
          "least distance of the two peaks of a pair; default auto, 0.3 or less where the patterns are small; "
-         "with --window-defaults " + QString::number(refine.m_dfRefineDStarLow),
+         "with --window-defaults " +
+             QString::number(refine.m_dfRefineDStarLow),
          0, 1000, true, into(o.dfRefineDStarLow)},
         {"refine-dstar-high", "Å⁻¹",
          "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
-         "--window-defaults " + QString::number(refine.m_dfRefineDStarHigh),
+         "--window-defaults " +
+             QString::number(refine.m_dfRefineDStarHigh),
          0, 1000, true, into(o.dfRefineDStarHigh)},
         {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20, false,
          into(o.exports.dfScale)},
@@ -129,8 +135,8 @@ QList<NumberOption> numberOptions(BatchOptions& o)
 }
 
 /// A two-valued or stage option: the position of the text in the list, -1 with a message otherwise.
-int choice(const QCommandLineParser& parser, const QString& strName, const QStringList& listValue, int nDefault,
-           QString& strError)
+int choice(const QCommandLineParser& parser, const QString& strName, const QStringList& listValue,
+           int nDefault, QString& strError)
 {
     if (!parser.isSet(strName)) {
         return nDefault;
@@ -153,7 +159,9 @@ int wholeNumber(const QCommandLineParser& parser, const QString& strName, int nM
     const int nValue = parser.value(strName).toInt(&bOk);
     if ((!bOk || nValue < nMinimum || nValue > nMaximum) && strError.isEmpty()) {
         strError = QStringLiteral("--%1 %2: a whole number from %3 to %4 is wanted")
-                       .arg(strName, parser.value(strName)).arg(nMinimum).arg(nMaximum);
+                       .arg(strName, parser.value(strName))
+                       .arg(nMinimum)
+                       .arg(nMaximum);
     }
     return nValue;
 }
@@ -185,16 +193,22 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
 {
     const QString strStages = batchStageNames().join(QStringLiteral(", "));
     parser.addOptions({
-        {"from", "First stage to run: " + strStages + "; what lies before it is read from its files, but merging "
-                 "and, for refine, indexing are done anew, with the options given for them.", "stage", "shifts"},
+        {"from",
+         "First stage to run: " + strStages +
+             "; what lies before it is read from its files, but merging "
+             "and, for refine, indexing are done anew, with the options given for them.",
+         "stage", "shifts"},
         {"to", "Last stage to run; default index, or refine with --from refine.", "stage", "index"},
         {"out", "Folder of the result files; default: beside the project.", "folder"},
-        {"region", "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
-                   "default auto, 256 or larger round the beam found on the frames; the window has none of "
-                   "its own, so --window-defaults leaves this auto.", "X,Y,SIZE"},
+        {"region",
+         "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
+         "default auto, 256 or larger round the beam found on the frames; the window has none of "
+         "its own, so --window-defaults leaves this auto.",
+         "X,Y,SIZE"},
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
-        {"space-group", "Number of the space group for the reflection groups, 1 to 230; default 1.", "number"},
+        {"space-group", "Number of the space group for the reflection groups, 1 to 230; default 1.",
+         "number"},
         {"group", "From a peak list merge only the peaks of this group, 0 to 63; default: all.", "number"},
         {"apply-stretching", "Undo the elliptical distortion: on or off; default: as the project says.",
          "on|off"},
@@ -205,24 +219,30 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"constant-background", "Refine also with positions that are fitted beside a constant background."},
         {"pair-list", "Print the tables of difference vectors and of peak pairs."},
         {"window-defaults", "Start values of the window's pages instead of auto."},
-        {"jobs", "Frames hunted side by side; the files are the same for every number; default: one per core.",
+        {"jobs",
+         "Frames hunted side by side; the files are the same for every number; default: one per core.",
          "number"},
-        {"export", "Write other forms of the data after the last stage; a list, or given several times: smv "
-                   "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
-                   "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
-                   "(indexed peaks by frame, which the stage index writes anyhow). smv and volume need shifts.",
+        {"export",
+         "Write other forms of the data after the last stage; a list, or given several times: smv "
+         "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
+         "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
+         "(indexed peaks by frame, which the stage index writes anyhow). smv and volume need shifts.",
          "kind,..."},
         {"export-only", "Run no stage: read the shifts from their file and export."},
         {"export-folder", "Folder of the pictures; default: that of the result files.", "folder"},
         {"export-format", "Format of the pictures: bmp, png, jpg or tif; default png.", "format"},
-        {"volume-edge", "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
-                        "memory per voxel.", "number"},
+        {"volume-edge",
+         "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
+         "memory per voxel.",
+         "number"},
         {"volume-type", "Values of the volume: raw or scaled to 0 to 255; default raw.", "raw|scaled"},
         {"json", "Write a summary of what was found.", "file"},
     });
     for (const NumberOption& option : listNumber) {
-        const QString strUnit = option.strUnit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(option.strUnit);
-        parser.addOption({option.strName, option.strHelp + strUnit + QLatin1Char('.'), QStringLiteral("number")});
+        const QString strUnit = option.strUnit.isEmpty() ? QString()
+                                                         : QStringLiteral(" [%1]").arg(option.strUnit);
+        parser.addOption(
+            {option.strName, option.strHelp + strUnit + QLatin1Char('.'), QStringLiteral("number")});
     }
 }
 
@@ -239,12 +259,13 @@ bool takeNumbers(const QCommandLineParser& parser, const QList<NumberOption>& li
         bool bOk = false;
         const double dfValue = strValue.toDouble(&bOk);
         if (!bOk || !(dfValue >= option.dfMinimum && dfValue <= option.dfMaximum)) {
-            strError = QStringLiteral("--%1 %2: a number%3%4 is wanted")
-                           .arg(option.strName, strValue,
-                                option.dfMaximum < LARGE ? QStringLiteral(" from %1 to %2")
-                                                               .arg(option.dfMinimum).arg(option.dfMaximum)
-                                                         : QString(),
-                                option.bAuto ? QStringLiteral(" or auto") : QString());
+            strError =
+                QStringLiteral("--%1 %2: a number%3%4 is wanted")
+                    .arg(option.strName, strValue,
+                         option.dfMaximum < LARGE
+                             ? QStringLiteral(" from %1 to %2").arg(option.dfMinimum).arg(option.dfMaximum)
+                             : QString(),
+                         option.bAuto ? QStringLiteral(" or auto") : QString());
             return false;
         }
         option.fnTake(dfValue);
@@ -273,10 +294,11 @@ void takeExports(const QCommandLineParser& parser, BatchExports& exports, QStrin
     exports.strPictureFolder = parser.value(QStringLiteral("export-folder"));
     const QStringList listFormat = {QStringLiteral("bmp"), QStringLiteral("png"), QStringLiteral("jpg"),
                                     QStringLiteral("tif")};
-    exports.strPictureFormat =
-        listFormat.value(choice(parser, QStringLiteral("export-format"), listFormat, 1, strError));
+    exports.strPictureFormat = listFormat.value(
+        choice(parser, QStringLiteral("export-format"), listFormat, 1, strError));
     exports.nVolumeEdge = wholeNumber(parser, QStringLiteral("volume-edge"), 10, 2000, 500, strError);
-    exports.bVolumeScaled = choice(parser, QStringLiteral("volume-type"), {"raw", "scaled"}, 0, strError) == 1;
+    exports.bVolumeScaled = choice(parser, QStringLiteral("volume-type"), {"raw", "scaled"}, 0, strError) ==
+                            1;
     exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
 }
 
@@ -299,7 +321,8 @@ QString contradiction(const BatchOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(batchStageName(o.stageTo), batchStageName(o.stageFrom));
     }
-    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >= spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
+    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >=
+        spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
         return QStringLiteral("--cell-min has to be below --cell-max");
     }
     for (const QString& strFile : o.listInput + QStringList{o.strMaskFile, o.strCellFile}) {
@@ -312,7 +335,8 @@ QString contradiction(const BatchOptions& o)
     if (exports.bOnly && exports.listKind.isEmpty()) {
         return QStringLiteral("--export-only needs --export");
     }
-    if (exports.listKind.contains(QStringLiteral("ipf")) && (exports.bOnly || o.stageTo < BatchStage::Index)) {
+    if (exports.listKind.contains(QStringLiteral("ipf")) &&
+        (exports.bOnly || o.stageTo < BatchStage::Index)) {
         return QStringLiteral("--export ipf needs the stage index");
     }
     if (o.nGroup >= 0 && o.stageFrom < BatchStage::Merge) {
@@ -328,14 +352,16 @@ bool BatchOptions::isProject() const
     return !listInput.isEmpty() && QFileInfo(listInput.first()).suffix().toLower() == QLatin1String("ed3d");
 }
 
-std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, QString& strError, QString& strHelp)
+std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, QString& strError,
+                                              QString& strHelp)
 {
     BatchOptions options;
     const QList<NumberOption> listNumber = numberOptions(options);
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("From a rotation series of electron diffraction frames to cell, indexed reflections, "
-                       "the files of structure solution and the cell refined from peak pairs.\nExit status: 0 the last stage was reached, 1 bad data, "
+                       "the files of structure solution and the cell refined from peak pairs.\nExit status: "
+                       "0 the last stage was reached, 1 bad data, "
                        "2 bad usage."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
@@ -377,10 +403,10 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     if (nStretch >= 0) {
         options.bApplyStretching = nStretch == 1;
     }
-    options.merging.m_bIntegrate2D =
-        choice(parser, QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0, strError) == 0;
-    options.merging.m_bIntegrateThroughFrames =
-        choice(parser, QStringLiteral("intensity-through-frames"), {"maximum", "3d"}, 0, strError) == 1;
+    options.merging.m_bIntegrate2D = choice(parser, QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0,
+                                            strError) == 0;
+    options.merging.m_bIntegrateThroughFrames = choice(parser, QStringLiteral("intensity-through-frames"),
+                                                       {"maximum", "3d"}, 0, strError) == 1;
     options.indexing.m_nSpaceGroup = wholeNumber(parser, QStringLiteral("space-group"), 1, 230, 1, strError);
     options.indexing.m_bOutputStatistics = parser.isSet(QStringLiteral("statistics"));
     options.indexing.m_bOutputIndexing = true;
@@ -391,7 +417,8 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     options.nJobs = wholeNumber(parser, QStringLiteral("jobs"), 1, 256, 0, strError);
     if (parser.isSet(QStringLiteral("region")) &&
         !parseRegion(parser.value(QStringLiteral("region")), options.rcRegion) && strError.isEmpty()) {
-        strError = QStringLiteral("--region %1: X,Y,SIZE in whole pixels is wanted, SIZE even and at least 16")
+        strError = QStringLiteral(
+                       "--region %1: X,Y,SIZE in whole pixels is wanted, SIZE even and at least 16")
                        .arg(parser.value(QStringLiteral("region")));
     }
     if (strError.isEmpty()) {

@@ -2,8 +2,8 @@
 
 #include <QRegularExpression>
 
-#include <cstdio>
 #include <unistd.h>
+#include <cstdio>
 
 CBatchReport::CBatchReport() : m_bTerminal(isatty(STDERR_FILENO) != 0) {}
 

@@ -39,7 +39,7 @@ namespace {
 
 const double NO_LIMIT = std::numeric_limits<double>::infinity();
 const double SHORTEST_PAIR = 0.3;  ///< Å⁻¹, between two peaks of a frame
-const double SHIFT_JUMP = 10;  ///< pixels from the neighbours that no drift makes in one frame
+const double SHIFT_JUMP = 10;      ///< pixels from the neighbours that no drift makes in one frame
 
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
 {
@@ -139,7 +139,8 @@ QString cellText(const double* pdfCell, const double* pdfError)
     QStringList listPart;
     for (int i = 0; i < 6; ++i) {
         listPart.append(QStringLiteral("%1=%2(%3)%4")
-                            .arg(QString::fromUtf8(aszName[i])).arg(pdfCell[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(QString::fromUtf8(aszName[i]))
+                            .arg(pdfCell[i], 0, 'f', i < 3 ? 4 : 3)
                             .arg(pdfError[i], 0, 'f', i < 3 ? 4 : 3)
                             .arg(i < 3 ? QStringLiteral(" Å") : QStringLiteral("°")));
     }
@@ -159,7 +160,9 @@ QJsonObject pairsObject(const DifferenceVectorRefinement& found)
 
 }  // namespace
 
-CBatchRoad::CBatchRoad(const BatchOptions& options, CBatchReport& report) : m_options(options), m_report(report) {}
+CBatchRoad::CBatchRoad(const BatchOptions& options, CBatchReport& report)
+    : m_options(options), m_report(report)
+{}
 
 bool CBatchRoad::fail(const QString& strText)
 {
@@ -249,12 +252,13 @@ bool CBatchRoad::open()
         QString strReason;
         if (readMaskFile(m_dataSet.m_maskPeakHunting, m_options.strMaskFile, &strReason) == 0) {
             m_report.addMessage(
-                QStringLiteral("Error occured when loading %1 as mask file.").arg(m_options.strMaskFile), Qt::red);
+                QStringLiteral("Error occured when loading %1 as mask file.").arg(m_options.strMaskFile),
+                Qt::red);
             return fail(strReason);
         }
     }
-    const bool bFramesRead = m_options.stageFrom <= BatchStage::Peaks || m_options.stageTo >= BatchStage::Refine ||
-                             !m_options.exports.listKind.isEmpty();
+    const bool bFramesRead = m_options.stageFrom <= BatchStage::Peaks ||
+                             m_options.stageTo >= BatchStage::Refine || !m_options.exports.listKind.isEmpty();
     if (bFramesRead && !checkFrameFiles()) {
         return false;
     }
@@ -333,7 +337,9 @@ bool CBatchRoad::checkFrameFiles()
         return true;
     }
     return fail(QStringLiteral("%1 of %2 frames cannot be read, first %3")
-                    .arg(listMissing.size()).arg(m_dataSet.m_listFrameFile.size()).arg(listMissing.first()));
+                    .arg(listMissing.size())
+                    .arg(m_dataSet.m_listFrameFile.size())
+                    .arg(listMissing.first()));
 }
 
 bool CBatchRoad::loadEarlierStages()
@@ -364,12 +370,14 @@ bool CBatchRoad::loadShifts()
     const QString strFile = resultBase() + QStringLiteral(".sc");
     QString strReason;
     if (QFileInfo::exists(strFile) && loadShiftFile(m_dataSet, strFile, m_report, &strReason) == 0) {
-        return fail(QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
+        return fail(
+            QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
     }
     const int nFrames = m_dataSet.m_listFrameFile.size();
     if (m_options.stageTo >= BatchStage::Merge && m_dataSet.m_listShift.size() != nFrames) {
         return fail(QStringLiteral("No shift data for the %1 frames in %2 or %3; run the stage shifts first.")
-                        .arg(nFrames).arg(m_dataSet.m_strProjectDir, m_strInputDir));
+                        .arg(nFrames)
+                        .arg(m_dataSet.m_strProjectDir, m_strInputDir));
     }
     return true;
 }
@@ -385,7 +393,8 @@ bool CBatchRoad::loadPeaks()
     const int nFrames = m_dataSet.m_listFrameFile.size();
     if (m_dataSet.m_listPeakFrame.size() != nFrames) {
         return fail(QStringLiteral("No peak list for the %1 frames in %2 or %3; run the stage peaks first.")
-                        .arg(nFrames).arg(m_dataSet.m_strProjectDir, m_strInputDir));
+                        .arg(nFrames)
+                        .arg(m_dataSet.m_strProjectDir, m_strInputDir));
     }
     return true;
 }
@@ -409,8 +418,8 @@ bool CBatchRoad::loadCell(const QString& strFileName)
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFileName, &strReason);
     if (listCell.size() != 3) {
-        m_report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName),
-                            Qt::red);
+        m_report.addMessage(
+            QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName), Qt::red);
         return fail(strReason);
     }
     m_dataSet.m_listCellFound = listCell;
@@ -432,18 +441,18 @@ void CBatchRoad::roundParameters()
 bool CBatchRoad::runStage(BatchStage stage)
 {
     switch (stage) {
-    case BatchStage::Shifts:
-        return runShifts();
-    case BatchStage::Peaks:
-        return runPeaks();
-    case BatchStage::Merge:
-        return runMerge();
-    case BatchStage::Cell:
-        return runCell();
-    case BatchStage::Index:
-        return runIndex();
-    case BatchStage::Refine:
-        return runRefine();
+        case BatchStage::Shifts:
+            return runShifts();
+        case BatchStage::Peaks:
+            return runPeaks();
+        case BatchStage::Merge:
+            return runMerge();
+        case BatchStage::Cell:
+            return runCell();
+        case BatchStage::Index:
+            return runIndex();
+        case BatchStage::Refine:
+            return runRefine();
     }
     return false;
 }
@@ -484,7 +493,8 @@ bool CBatchRoad::runShifts()
     for (int nFrame : findShiftJumps(m_dataSet.m_listShift, SHIFT_JUMP)) {
         m_report.addMessage(QStringLiteral("Warning: the shift of frame #%1, (%2, %3), stands apart from its "
                                            "neighbours.")
-                                .arg(nFrame + 1).arg(m_dataSet.m_listShift[nFrame].x(), 0, 'f', 2)
+                                .arg(nFrame + 1)
+                                .arg(m_dataSet.m_listShift[nFrame].x(), 0, 'f', 2)
                                 .arg(m_dataSet.m_listShift[nFrame].y(), 0, 'f', 2),
                             Qt::red);
         arrayJump.append(nFrame + 1);
@@ -500,7 +510,8 @@ bool CBatchRoad::writeShifts(const QString& strFileName)
                         &strReason)) {
         return fail(strReason);
     }
-    m_report.addMessage(QStringLiteral("Shift correction data with the given center saved to %1.").arg(strFileName));
+    m_report.addMessage(
+        QStringLiteral("Shift correction data with the given center saved to %1.").arg(strFileName));
     return true;
 }
 
@@ -612,8 +623,8 @@ bool CBatchRoad::runIndex()
         }
     }
     CFileKeeper keeper(listFile);
-    const IndexingResult result =
-        runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing, m_report);
+    const IndexingResult result = runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing,
+                                              m_report);
     if (result.status != IndexingStatus::Finished) {
         return false;
     }
@@ -636,7 +647,8 @@ bool CBatchRoad::runIndex()
         return peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
     });
     if (!bAny) {
-        return fail(QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
+        return fail(
+            QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
     }
     QString strMissing;
     if (!keeper.allReplaced(strMissing)) {
@@ -654,8 +666,8 @@ void CBatchRoad::choosePairLimits()
         // A spot that hardly rises above its background leaves its fit to the background.
         parameters.m_dfRefineIntensityLow = medianIntensity(m_dataSet.m_vecPeakIndexedOnFrame);
         parameters.m_dfRefineIntensityHigh = NO_LIMIT;
-        parameters.m_dfRefineDStarHigh =
-            largestExtent(m_dataSet.m_vecPeakIndexedOnFrame) * m_dataSet.m_dfPixelSize;
+        parameters.m_dfRefineDStarHigh = largestExtent(m_dataSet.m_vecPeakIndexedOnFrame) *
+                                         m_dataSet.m_dfPixelSize;
         // Short vectors say little of the cell; of a small pattern some have to stay.
         parameters.m_dfRefineDStarLow = std::min(SHORTEST_PAIR, parameters.m_dfRefineDStarHigh / 3);
     }
@@ -676,16 +688,18 @@ bool CBatchRoad::runRefine()
         QStringLiteral("Peak pairs: d* from %1 to %2 Å⁻¹, peaks of intensities from %3 to %4.")
             .arg(parameters.m_dfRefineDStarLow, 0, 'f', 3)
             .arg(parameters.m_dfRefineDStarHigh, 0, 'f', 3)
-            .arg(limitText(parameters.m_dfRefineIntensityLow), limitText(parameters.m_dfRefineIntensityHigh)));
+            .arg(limitText(parameters.m_dfRefineIntensityLow),
+                 limitText(parameters.m_dfRefineIntensityHigh)));
     const struct {
         QString strKey, strName;
         bool bFit, bConstant;
-    } aRun[] = {{QStringLiteral("wholePixels"), QStringLiteral("peak pairs at hunted positions"), false, false},
-                {QStringLiteral("subPixels"), QStringLiteral("peak pairs at fitted positions"), true, false},
-                {QStringLiteral("subPixelsConstant"),
-                 QStringLiteral("peak pairs at positions fitted beside a constant background"), true, true}};
-    QJsonObject object{{QStringLiteral("dStar"), QJsonArray{parameters.m_dfRefineDStarLow,
-                                                            parameters.m_dfRefineDStarHigh}}};
+    } aRun[] = {
+        {QStringLiteral("wholePixels"), QStringLiteral("peak pairs at hunted positions"), false, false},
+        {QStringLiteral("subPixels"), QStringLiteral("peak pairs at fitted positions"), true, false},
+        {QStringLiteral("subPixelsConstant"),
+         QStringLiteral("peak pairs at positions fitted beside a constant background"), true, true}};
+    QJsonObject object{
+        {QStringLiteral("dStar"), QJsonArray{parameters.m_dfRefineDStarLow, parameters.m_dfRefineDStarHigh}}};
     for (const auto& run : aRun) {
         if (run.bConstant && !m_options.bConstantBackground) {
             continue;
@@ -700,16 +714,20 @@ bool CBatchRoad::runRefine()
             });
         if (!found.bRefined) {
             return fail(QStringLiteral("No cell came out of the %1: %2 pairs, %3 difference vectors.")
-                            .arg(run.strName).arg(found.nPairs).arg(found.listDifference.size()));
+                            .arg(run.strName)
+                            .arg(found.nPairs)
+                            .arg(found.listDifference.size()));
         }
         m_report.addMessage(QStringLiteral("Cell from the %1: %2.")
                                 .arg(run.strName, cellText(found.dfCell, found.refinement.dfCellStdErr)),
                             Qt::blue);
         if (9 * found.nGroupsRejected > found.listDifference.size()) {
             m_report.addMessage(
-                QStringLiteral("Warning: %1 of %2 groups of pairs disagree; the %3 are not to be trusted. Try "
-                               "--constant-background or a greater --refine-intensity-low.")
-                    .arg(found.nGroupsRejected).arg(found.nGroupsRejected + found.listDifference.size())
+                QStringLiteral(
+                    "Warning: %1 of %2 groups of pairs disagree; the %3 are not to be trusted. Try "
+                    "--constant-background or a greater --refine-intensity-low.")
+                    .arg(found.nGroupsRejected)
+                    .arg(found.nGroupsRejected + found.listDifference.size())
                     .arg(run.strName),
                 Qt::red);
         }
@@ -723,7 +741,8 @@ void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
 {
     double a = 0, b = 0, c = 0, dfAlpha = 0, dfBeta = 0, dfGamma = 0;
     if (listIndexed.size() < 7) {
-        m_report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."), Qt::red);
+        m_report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
+                            Qt::red);
         return;
     }
     if (!cellParametersFromList(m_dataSet.m_listCell, a, b, c, dfAlpha, dfBeta, dfGamma)) {
@@ -733,10 +752,10 @@ void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
     if (!unitCellRefinement(listIndexed, a, b, c, dfAlpha, dfBeta, dfGamma, m_report, &refinement)) {
         return;
     }
-    m_summary[QStringLiteral("refined")] =
-        QJsonObject{{QStringLiteral("parameters"), toArray(refinement.dfCell, 6)},
-                    {QStringLiteral("standardErrors"), toArray(refinement.dfCellStdErr, 6)},
-                    {QStringLiteral("rmsDStar"), refinement.dfRmsAfter[0]}};
+    m_summary[QStringLiteral("refined")] = QJsonObject{
+        {QStringLiteral("parameters"), toArray(refinement.dfCell, 6)},
+        {QStringLiteral("standardErrors"), toArray(refinement.dfCellStdErr, 6)},
+        {QStringLiteral("rmsDStar"), refinement.dfRmsAfter[0]}};
 }
 
 void CBatchRoad::reportCentreOffset(const IndexingResult& result)
@@ -759,11 +778,13 @@ void CBatchRoad::reportCentreOffset(const IndexingResult& result)
     m_report.addMessage(QStringLiteral("The %1 reflections fit best with the direct beam moved by "
                                        "(%2, %3) pixels, err=(%4, %5).")
                             .arg(strWhich)
-                            .arg(offset.dfX, 0, 'f', 2).arg(offset.dfY, 0, 'f', 2)
-                            .arg(offset.dfErrorX, 0, 'f', 2).arg(offset.dfErrorY, 0, 'f', 2));
+                            .arg(offset.dfX, 0, 'f', 2)
+                            .arg(offset.dfY, 0, 'f', 2)
+                            .arg(offset.dfErrorX, 0, 'f', 2)
+                            .arg(offset.dfErrorY, 0, 'f', 2));
     if (offset.length() > 1 && offset.length() > 3 * offset.lengthError()) {
-        m_report.addMessage(
-            QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."), Qt::red);
+        m_report.addMessage(QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."),
+                            Qt::red);
     }
     m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset.dfX, offset.dfY};
     m_summary[QStringLiteral("centreOffsetErrors")] = QJsonArray{offset.dfErrorX, offset.dfErrorY};
@@ -772,8 +793,8 @@ void CBatchRoad::reportCentreOffset(const IndexingResult& result)
 QJsonObject CBatchRoad::cellObject() const
 {
     double adfCell[6] = {};
-    if (!cellParametersFromList(m_dataSet.m_listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3], adfCell[4],
-                                adfCell[5])) {
+    if (!cellParametersFromList(m_dataSet.m_listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3],
+                                adfCell[4], adfCell[5])) {
         return {};
     }
     CCrystalParaCal calculator;

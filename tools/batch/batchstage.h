@@ -9,8 +9,9 @@ enum class BatchStage { Shifts, Peaks, Merge, Cell, Index, Refine };
 /// The names as the command line has them, in the order of the road.
 inline const QStringList& batchStageNames()
 {
-    static const QStringList list = {QStringLiteral("shifts"), QStringLiteral("peaks"), QStringLiteral("merge"),
-                                     QStringLiteral("cell"), QStringLiteral("index"), QStringLiteral("refine")};
+    static const QStringList list = {QStringLiteral("shifts"), QStringLiteral("peaks"),
+                                     QStringLiteral("merge"),  QStringLiteral("cell"),
+                                     QStringLiteral("index"),  QStringLiteral("refine")};
     return list;
 }
 

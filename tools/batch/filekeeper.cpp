@@ -38,7 +38,8 @@ bool CFileKeeper::allReplaced(QString& strMissing) const
 {
     for (const Kept& kept : m_listKept) {
         if (!QFile::exists(kept.strFile) ||
-            (!kept.strLink.isEmpty() && FileStamp::of(kept.strFile).nInode == FileStamp::of(kept.strLink).nInode)) {
+            (!kept.strLink.isEmpty() &&
+             FileStamp::of(kept.strFile).nInode == FileStamp::of(kept.strLink).nInode)) {
             strMissing = kept.strFile;
             return false;
         }
@@ -56,7 +57,8 @@ CFileKeeper::~CFileKeeper()
         } else if (kept.strLink.isEmpty()) {
             QFile::remove(kept.strFile);
         } else {
-            std::rename(QFile::encodeName(kept.strLink).constData(), QFile::encodeName(kept.strFile).constData());
+            std::rename(QFile::encodeName(kept.strLink).constData(),
+                        QFile::encodeName(kept.strFile).constData());
             QFile::remove(kept.strLink);  // two links to one file are left as they are by rename
         }
     }

@@ -31,7 +31,8 @@ bool walk(CBatchRoad& road, CBatchReport& report)
     } catch (const std::exception& error) {
         report.addMessage(QStringLiteral("Error: %1").arg(QString::fromUtf8(error.what())), Qt::red);
     } catch (const wchar_t* pszError) {
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszError).trimmed()), Qt::red);
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszError).trimmed()),
+                          Qt::red);
     }
     return false;
 }

@@ -212,7 +212,8 @@ int main(int argc, char** argv)
     QWidget* p3D = camera.openPage(QStringLiteral("3D View Control"));
     pTabs->setCurrentIndex(2);
     find<QPushButton>(p3D, QStringLiteral("a*"))->click();
-    const QList<QSpinBox*> listRange = find<QGroupBox>(p3D, QStringLiteral("HKL Range"))->findChildren<QSpinBox*>();
+    const QList<QSpinBox*> listRange =
+        find<QGroupBox>(p3D, QStringLiteral("HKL Range"))->findChildren<QSpinBox*>();
     for (QSpinBox* pSpin : listRange)
         pSpin->setValue(pSpin == listRange.first() ? 0 : 4);
     camera.shoot(QStringLiteral("lattice"));
@@ -259,7 +260,8 @@ int main(int argc, char** argv)
     // Where the cell expects reflections, on the peaks of a frame; then with the axis 15 degrees off.
     find<QAction>(&window, QStringLiteral("Show Peak Labels"))->trigger();
     find<QAction>(&window, QStringLiteral("&Intensity Extraction..."))->trigger();
-    QWidget* pExtraction = find<QCheckBox>(&window, QStringLiteral("Show Estimated Peak Position"))->parentWidget();
+    QWidget* pExtraction =
+        find<QCheckBox>(&window, QStringLiteral("Show Estimated Peak Position"))->parentWidget();
     camera.keep(QStringLiteral("extraction"), pExtraction->grab());
     find<QCheckBox>(pExtraction, QStringLiteral("Show Estimated Peak Position"))->setChecked(true);
     pExtraction->close();

@@ -39,8 +39,8 @@ int main(int argc, char** argv)
     }
     SeriesComparison comparison;
     QString strError;
-    if (!compareSeriesFiles(listArgument[0], listArgument[1], parser.value(QStringLiteral("summary")), comparison,
-                            strError)) {
+    if (!compareSeriesFiles(listArgument[0], listArgument[1], parser.value(QStringLiteral("summary")),
+                            comparison, strError)) {
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 2;
     }

@@ -19,8 +19,8 @@ void drawSpot(const SimulationParameters& p, double dfX, double dfY, double dfCo
     const int nBottom = std::min(p.nSize - 1, int(std::floor(dfY + dfRadius)));
     for (int y = nTop; y <= nBottom; ++y)
         for (int x = nLeft; x <= nRight; ++x)
-            listPixel[size_t(y) * p.nSize + x] +=
-                dfCounts * spotProfile(p, (x - dfX) * (x - dfX) + (y - dfY) * (y - dfY));
+            listPixel[size_t(y) * p.nSize + x] += dfCounts * spotProfile(p, (x - dfX) * (x - dfX) +
+                                                                                (y - dfY) * (y - dfY));
 }
 }  // namespace
 

@@ -11,8 +11,7 @@ CRotationProjection::CRotationProjection(double dfWavelength, double dfPixelSize
       m_dfAxis(dfAxis * g_dfPi / 180),
       m_dfStretch(dfStretchAmplitude / 100),
       m_dfStretchAzimuth(dfStretchAzimuth * g_dfPi / 180)
-{
-}
+{}
 
 Vector3 CRotationProjection::turned(const Vector3& vecLattice, double dfTilt) const
 {

@@ -169,10 +169,11 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
     return match;
 }
 
-CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match, const Matrix3& matTrue)
+CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match,
+                        const Matrix3& matTrue)
 {
-    const std::array<double, 6> adfBrought =
-        cellOfReciprocalBasis(inverseOf(match.matToTrue) * reciprocalBasisOfCell(adfCell));
+    const std::array<double, 6> adfBrought = cellOfReciprocalBasis(inverseOf(match.matToTrue) *
+                                                                   reciprocalBasisOfCell(adfCell));
     const std::array<double, 6> adfTrue = cellOfReciprocalBasis(matTrue);
     CellErrors errors;
     for (int i = 0; i < 3; ++i) {
@@ -204,11 +205,11 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
             ++comparison.nIndexedStray;
             continue;
         }
-        const Vector3 vec =
-            Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} * comparison.lattice.matToTrue;
-        const bool bRight =
-            comparison.lattice.relation != LatticeMatch::None &&
-            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) < 1e-6;
+        const Vector3 vec = Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} *
+                            comparison.lattice.matToTrue;
+        const bool bRight = comparison.lattice.relation != LatticeMatch::None &&
+                            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) <
+                                1e-6;
         ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
     }
 

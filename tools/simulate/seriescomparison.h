@@ -35,15 +35,16 @@ struct LatticeMatch {
     Relation relation = None;
     int nIndex = 0;       ///< ratio of the volumes
     Matrix3 matToTrue{};  ///< row of found indices times this = indices on the true conventional cell
-    std::array<double, 6> adfCell{};         ///< the found cell brought to the true setting
-    std::array<double, 6> adfTrueCell{};     ///< Å, degrees
+    std::array<double, 6> adfCell{};      ///< the found cell brought to the true setting
+    std::array<double, 6> adfTrueCell{};  ///< Å, degrees
     CellErrors errors;
-    double dfMisfit = 0;                     ///< largest distance of a matrix element from a whole number
+    double dfMisfit = 0;  ///< largest distance of a matrix element from a whole number
     bool isRight() const { return relation == Same || relation == Centred; }
 };
 
 /// The deviations of a cell (Å, degrees) that stands in the setting of the found basis.
-CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match, const Matrix3& matTrue);
+CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match,
+                        const Matrix3& matTrue);
 
 /// Finds the integer matrix between the found and the true lattice. Both bases stand in the same
 /// laboratory frame, so elements are rounded where they lie; a misfit of 0.2 or more is no match.
@@ -59,8 +60,8 @@ struct SeriesComparison {
     bool bRefined = false;  ///< a summary with a refined cell was given
     CellErrors refined;
     std::map<QString, CellErrors> mapPairs;  ///< of the cells from peak pairs, by their names in the summary
-    int nPeaks = 0;         ///< in the peak list
-    int nIndexed = 0;       ///< rows of the .ipf file
+    int nPeaks = 0;                          ///< in the peak list
+    int nIndexed = 0;                        ///< rows of the .ipf file
     int nIndexedRight = 0;  ///< with the indices of the strongest truth spot within the radius
     int nIndexedWrong = 0;
     int nIndexedStray = 0;                      ///< no truth spot within the radius

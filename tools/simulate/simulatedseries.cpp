@@ -118,11 +118,11 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     result.listHotPixel = hotPixels(p);
 
     // Farthest corner from the beam, with room for drift, distortion and the frame's far side.
-    const double dfReach =
-        p.dfPixelSize * (p.dfDrift + std::hypot(std::max(p.dfCenterX, p.nSize - p.dfCenterX),
-                                                std::max(p.dfCenterY, p.nSize - p.dfCenterY)));
-    const std::vector<Reflection> listReflection =
-        crystal.reflections(dfReach * (1 + std::abs(p.dfStretchAmplitude) / 100));
+    const double dfReach = p.dfPixelSize *
+                           (p.dfDrift + std::hypot(std::max(p.dfCenterX, p.nSize - p.dfCenterX),
+                                                   std::max(p.dfCenterY, p.nSize - p.dfCenterY)));
+    const std::vector<Reflection> listReflection = crystal.reflections(
+        dfReach * (1 + std::abs(p.dfStretchAmplitude) / 100));
     double dfMeanSquareF = 0;
     int nMean = 0;
     for (const Reflection& reflection : listReflection)
@@ -142,9 +142,9 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
         const double dfBeamX = p.dfCenterX + result.listShift[n][0];
         const double dfBeamY = p.dfCenterY + result.listShift[n][1];
         for (const Reflection& reflection : listReflection) {
-            const Vector3 vecLattice =
-                Vector3{double(reflection.nH), double(reflection.nK), double(reflection.nL)} *
-                result.matBasis;
+            const Vector3 vecLattice = Vector3{double(reflection.nH), double(reflection.nK),
+                                               double(reflection.nL)} *
+                                       result.matBasis;
             const double dfWidth = std::hypot(p.dfRocking, p.dfMosaicity * g_dfPi / 180 * reflection.dfDStar);
             const double dfFirst = projection.excitationError(projection.turned(vecLattice, dfTilt - dfHalf));
             const double dfLast = projection.excitationError(projection.turned(vecLattice, dfTilt + dfHalf));
@@ -167,13 +167,13 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
             spot.nK = reflection.nK;
             spot.nL = reflection.nL;
             spot.dfCounts = dfCounts * dfInDisc;
-            const double dfBackground =
-                diffuseBackground(p, std::hypot(offset[0], offset[1])) + p.dfReadNoise * p.dfReadNoise;
+            const double dfBackground = diffuseBackground(p, std::hypot(offset[0], offset[1])) +
+                                        p.dfReadNoise * p.dfReadNoise;
             spot.dfSignalToNoise = spot.dfCounts / std::sqrt(spot.dfCounts + dfDiscPixels * dfBackground);
             spot.dfExcitation = projection.excitationError(vecTurned);
             result.listDrawn[n].push_back(spot);
-            const bool bInside =
-                spot.dfX >= 0 && spot.dfY >= 0 && spot.dfX <= p.nSize - 1 && spot.dfY <= p.nSize - 1;
+            const bool bInside = spot.dfX >= 0 && spot.dfY >= 0 && spot.dfX <= p.nSize - 1 &&
+                                 spot.dfY <= p.nSize - 1;
             if (bInside && spot.dfSignalToNoise >= 0.5)
                 result.listSpot.push_back(spot);
         }

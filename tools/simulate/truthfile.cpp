@@ -106,15 +106,15 @@ bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
     for (const TruthSpot& spot : series.listSpot) {
         data += bFirst ? "\n" : ",\n";
         bFirst = false;
-        data +=
-            QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
-                .arg(spot.nFrame)
-                .arg(number(spot.dfX, 3), number(spot.dfY, 3))
-                .arg(spot.nH)
-                .arg(spot.nK)
-                .arg(spot.nL)
-                .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2), number(spot.dfExcitation, 6))
-                .toLatin1();
+        data += QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
+                    .arg(spot.nFrame)
+                    .arg(number(spot.dfX, 3), number(spot.dfY, 3))
+                    .arg(spot.nH)
+                    .arg(spot.nK)
+                    .arg(spot.nL)
+                    .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2),
+                         number(spot.dfExcitation, 6))
+                    .toLatin1();
     }
     data += "\n]\n}\n";
     return writeBytes(strFileName, data);

@@ -14,8 +14,8 @@ static int appendAligned(QByteArray& strText, const char* pBegin, const char* pE
 int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth)
 {
     char aText[400];  // 309 digits before the point at most
-    const std::to_chars_result result =
-        std::to_chars(aText, aText + sizeof(aText), dfValue, std::chars_format::fixed, qMin(nDecimals, 80));
+    const std::to_chars_result result = std::to_chars(aText, aText + sizeof(aText), dfValue,
+                                                      std::chars_format::fixed, qMin(nDecimals, 80));
     return appendAligned(strText, aText, result.ptr, nWidth);
 }
 

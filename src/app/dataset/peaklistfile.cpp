@@ -210,9 +210,10 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
                   strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
         return 0;
     }
-    const QVector<QVector<QList<int>>> vecPeakGroup =
-        groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame) ? data.m_vecPeakGroup
-                                                                    : QVector<QVector<QList<int>>>();
+    const QVector<QVector<QList<int>>> vecPeakGroup = groupsMatchPeaks(data.m_vecPeakGroup,
+                                                                       data.m_listPeakFrame)
+                                                          ? data.m_vecPeakGroup
+                                                          : QVector<QVector<QList<int>>>();
     const int nChunk = 1 << 20;
     QByteArray strText;
     strText.reserve(nChunk + 4096);

@@ -15,7 +15,8 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
 {
     const QFileInfo info(strFileName);
     if (info.exists() && !info.isFile())
-        return fail(pstrReason, QStringLiteral("%1: not a file").arg(strFileName));  // a pipe may never answer
+        // a pipe may never answer
+        return fail(pstrReason, QStringLiteral("%1: not a file").arg(strFileName));
     QFile file(strFileName);
     if (!file.open(QIODevice::ReadOnly))
         return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));

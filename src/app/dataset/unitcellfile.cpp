@@ -30,8 +30,8 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
         double adf[3];
         bool bGood = strLine.startsWith(g_aVectorLabel[i]);
         for (double& df : adf)
-            bGood =
-                bGood && scanner.readDouble(df) && std::abs(df) <= double(std::numeric_limits<float>::max());
+            bGood = bGood && scanner.readDouble(df) &&
+                    std::abs(df) <= double(std::numeric_limits<float>::max());
         if (!bGood) {
             setReason(pstrReason,
                       QStringLiteral("no vector %1 in its place").arg(QLatin1String(g_aVectorLabel[i])));

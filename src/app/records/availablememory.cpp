@@ -31,7 +31,8 @@ std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
 }
 
 /// What is left of the limit of one group; UNKNOWN without a limit.
-std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* pszUsed, const char* pszPrefix)
+std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* pszUsed,
+                     const char* pszPrefix)
 {
     bool bLimit = false, bUsed = false;
     const std::uint64_t nLimit = content(strGroup + '/' + pszLimit).trimmed().toULongLong(&bLimit);
@@ -55,8 +56,8 @@ std::uint64_t leftInControlGroup()
         const int nPath = bytesLine.indexOf(':', bytesLine.indexOf(':') + 1) + 1;
         if (!bUnified && !bytesLine.left(nPath).contains(":memory:"))
             continue;
-        const QString strRoot =
-            bUnified ? QStringLiteral("/sys/fs/cgroup") : QStringLiteral("/sys/fs/cgroup/memory");
+        const QString strRoot = bUnified ? QStringLiteral("/sys/fs/cgroup")
+                                         : QStringLiteral("/sys/fs/cgroup/memory");
         for (QString strPath = QString::fromLocal8Bit(bytesLine.mid(nPath)); !strPath.isEmpty();
              strPath.truncate(qMax(0, strPath.lastIndexOf(QLatin1Char('/')))))
             nLeft = std::min(nLeft, bUnified ? leftIn(strRoot + strPath, "memory.max", "memory.current", "")

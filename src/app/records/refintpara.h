@@ -10,5 +10,5 @@ struct RefIntPara {
     int nPeakCount = 0;        ///< pixels summed in the disc
     float fBackgroundSum = 0;
     float fPeakSum = 0;
-    float fIntensity = 0;      ///< 0 when the window does not lie wholly inside the frame
+    float fIntensity = 0;  ///< 0 when the window does not lie wholly inside the frame
 };

@@ -19,9 +19,9 @@ struct PeakHuntingParameters {
 /// The stretching values themselves stand in the data set.
 struct MappingParameters {
     bool m_bApplyStretching = false;
-    double m_dfResolutionMin = 0;      ///< Å⁻¹
-    double m_dfResolutionMax = 1;      ///< Å⁻¹
-    double m_dfIntensityMin = 0;       ///< of dfIPoint
+    double m_dfResolutionMin = 0;  ///< Å⁻¹
+    double m_dfResolutionMax = 1;  ///< Å⁻¹
+    double m_dfIntensityMin = 0;   ///< of dfIPoint
     double m_dfIntensityMax = 32768;
 };
 
@@ -31,8 +31,8 @@ struct PeakMergingParameters {
     double m_dfMax2DDistance = 5;
     double m_dfMin2DLength = 0;
     double m_dfMax3DLength = 30;
-    bool m_bIntegrate2D = true;               ///< "2D Integration", else "Point"
-    bool m_bIntegrateThroughFrames = false;   ///< "3D Integration", else "Maximum"
+    bool m_bIntegrate2D = true;              ///< "2D Integration", else "Point"
+    bool m_bIntegrateThroughFrames = false;  ///< "3D Integration", else "Maximum"
 };
 
 /// Group "Unit Cell Range", Å.
@@ -44,7 +44,7 @@ struct CellHuntingParameters {
 /// Group "Peak Indexing" and the box "Reflection Grouping".
 struct IndexingParameters {
     double m_dfIndexThreshold = 0.05;
-    int m_nSpaceGroup = 1;              ///< 1 to 230
+    int m_nSpaceGroup = 1;  ///< 1 to 230
     bool m_bOutputIndexing = false;
     bool m_bOutputStatistics = false;
     bool m_bOutputRefinedCell = false;

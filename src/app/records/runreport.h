@@ -20,7 +20,8 @@ public:
 
     /// Shows the progress display. `bTaskBar`: on the program's task bar entry too.
     virtual void startProgress(const QString& /*strFormat*/, int /*nMinimum*/, int /*nMaximum*/,
-                               bool /*bTaskBar*/ = false) {}
+                               bool /*bTaskBar*/ = false)
+    {}
     virtual void setProgress(int /*nValue*/) {}
     virtual void endProgress() {}
 

@@ -12,24 +12,51 @@ struct Vec3D {
 };
 
 // Single-precision arithmetic throughout: each operation rounds to float.
-inline Vec3D operator+(const Vec3D& a, const Vec3D& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-inline Vec3D operator-(const Vec3D& a, const Vec3D& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-inline Vec3D operator-(const Vec3D& a) { return {-a.x, -a.y, -a.z}; }
-inline bool operator==(const Vec3D& a, const Vec3D& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
-inline bool operator!=(const Vec3D& a, const Vec3D& b) { return !(a == b); }
+inline Vec3D operator+(const Vec3D& a, const Vec3D& b)
+{
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+inline Vec3D operator-(const Vec3D& a, const Vec3D& b)
+{
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+inline Vec3D operator-(const Vec3D& a)
+{
+    return {-a.x, -a.y, -a.z};
+}
+inline bool operator==(const Vec3D& a, const Vec3D& b)
+{
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+inline bool operator!=(const Vec3D& a, const Vec3D& b)
+{
+    return !(a == b);
+}
 
 /// Each component times f, in single precision.
-inline Vec3D scaled(const Vec3D& v, float f) { return {v.x * f, v.y * f, v.z * f}; }
+inline Vec3D scaled(const Vec3D& v, float f)
+{
+    return {v.x * f, v.y * f, v.z * f};
+}
 /// Each component widened to double, times df, rounded to single precision.
 inline Vec3D scaledDouble(const Vec3D& v, double df)
 {
     return {float(double(v.x) * df), float(double(v.y) * df), float(double(v.z) * df)};
 }
-inline float dot(const Vec3D& a, const Vec3D& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline float dot(const Vec3D& a, const Vec3D& b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
 inline Vec3D cross(const Vec3D& a, const Vec3D& b)
 {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
-inline float squaredLength(const Vec3D& v) { return dot(v, v); }
+inline float squaredLength(const Vec3D& v)
+{
+    return dot(v, v);
+}
 /// Square sum and root in single precision.
-inline float length(const Vec3D& v) { return std::sqrt(squaredLength(v)); }
+inline float length(const Vec3D& v)
+{
+    return std::sqrt(squaredLength(v));
+}

@@ -65,7 +65,8 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addWidget(makeRange(tr("d* Range"), m_pSpinRefineDStarLow, m_pSpinRefineDStarHigh, this));
     for (QWidget* pWidget :
          {static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
-          static_cast<QWidget*>(m_pButtonRunRefinement), static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
+          static_cast<QWidget*>(m_pButtonRunRefinement),
+          static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
         pPageLayout->addWidget(pWidget);
     pPageLayout->addStretch(1);
 }

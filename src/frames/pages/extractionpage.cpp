@@ -49,8 +49,8 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     m_pRadioOrientationMatrix = new QRadioButton(tr("Orientation Matrix"), pPosition);
     m_pRadioIndexedReflections = new QRadioButton(tr("Indexed Reflections"), pPosition);
     m_pRadioOrientationMatrix->setChecked(true);
-    m_pSpinResolutionLimit =
-        makeDoubleSpin(pPosition, 0, 100, 1, 0.1, parameters.m_dfResolutionLimit, QStringLiteral(" Å⁻¹"));
+    m_pSpinResolutionLimit = makeDoubleSpin(pPosition, 0, 100, 1, 0.1, parameters.m_dfResolutionLimit,
+                                            QStringLiteral(" Å⁻¹"));
     m_pSpinResolutionLimit->setGroupSeparatorShown(true);
     auto* pPositionLayout = new QGridLayout(pPosition);
     pPositionLayout->addWidget(m_pRadioOrientationMatrix, 0, 0);
@@ -70,8 +70,9 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     m_pButtonRun->setFont(font);
 
     auto* pLayout = new QVBoxLayout(this);
-    for (QWidget* pWidget : {static_cast<QWidget*>(pIntegration), static_cast<QWidget*>(pPosition),
-                             static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)})
+    for (QWidget* pWidget :
+         {static_cast<QWidget*>(pIntegration), static_cast<QWidget*>(pPosition),
+          static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)})
         pLayout->addWidget(pWidget);
     pLayout->addStretch(1);
 }

@@ -11,7 +11,8 @@ class QSpinBox;
 
 /// The window of the integration, where reflections are expected on the frame, and the button of the run.
 ///
-/// A tool window: it stays above its parent and goes with it. It holds controls alone; MainWindow connects them.
+/// A tool window: it stays above its parent and goes with it. It holds controls alone; MainWindow connects
+/// them.
 class ExtractionPage : public QWidget {
     Q_OBJECT
 

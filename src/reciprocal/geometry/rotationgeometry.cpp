@@ -52,8 +52,8 @@ Vec3D ewaldPoint(const Vec3D& vecFlat, double dfWavelength)
 
 QPointF applyStretching(QPointF pt, double dfAmplitude, double dfAzimuth)
 {
-    const double dfScale =
-        1 + dfAmplitude / 100 * std::cos(2 * (-std::atan2(pt.y(), pt.x()) - radians(dfAzimuth)));
+    const double dfScale = 1 + dfAmplitude / 100 *
+                                   std::cos(2 * (-std::atan2(pt.y(), pt.x()) - radians(dfAzimuth)));
     return {dfScale * pt.x(), dfScale * pt.y()};
 }
 
@@ -93,8 +93,8 @@ float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, 
         dfAxis -= 180;
     const double dfX = peak.dfX2D - ptCentre.x();
     const double dfY = peak.dfY2D - ptCentre.y();
-    double dfAngle =
-        dfX == 0 ? std::fabs(90 - dfAxis) : std::fabs(std::atan(-dfY / dfX) * 180 / g_dfPi - dfAxis);
+    double dfAngle = dfX == 0 ? std::fabs(90 - dfAxis)
+                              : std::fabs(std::atan(-dfY / dfX) * 180 / g_dfPi - dfAxis);
     if (dfAngle > 90)
         dfAngle = 180 - dfAngle;
     return float(dfAngle);

@@ -81,10 +81,10 @@ QGroupBox* CellPage::makeDetermination()
 
     const CellHuntingParameters hunting;
     m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pGroupDetermination);
-    m_pSpinCellRangeMin =
-        makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin, QStringLiteral(" Å"));
-    m_pSpinCellRangeMax =
-        makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax, QStringLiteral(" Å"));
+    m_pSpinCellRangeMin = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin,
+                                         QStringLiteral(" Å"));
+    m_pSpinCellRangeMax = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax,
+                                         QStringLiteral(" Å"));
     auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
     pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
     pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
@@ -112,8 +112,8 @@ QGroupBox* CellPage::makeDetermination()
         aRow[i].pButton = new QPushButton(aRow[i].strText, m_pGroupAssignViewingDirection);
         aRow[i].pButton->setStyleSheet(aRow[i].strStyle);
         aRow[i].pButton->setMinimumWidth(15);
-        aRow[i].pSpin =
-            makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1, QStringLiteral(" Å⁻¹"));
+        aRow[i].pSpin = makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1,
+                                       QStringLiteral(" Å⁻¹"));
         aRow[i].pSpin->setGroupSeparatorShown(true);
         // The "0" that a length begins with when it is typed would cost the vector its direction.
         aRow[i].pSpin->setKeyboardTracking(false);

@@ -65,10 +65,10 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addWidget(m_pGroupApplyStretching);
 
     const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
-    m_pSpinResolutionMin =
-        makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMin, strPerAngstrom);
-    m_pSpinResolutionMax =
-        makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMax, strPerAngstrom);
+    m_pSpinResolutionMin = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMin,
+                                          strPerAngstrom);
+    m_pSpinResolutionMax = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMax,
+                                          strPerAngstrom);
     pPageLayout->addWidget(
         makeRange(tr("Resolution Range"), m_pSpinResolutionMin, m_pSpinResolutionMax, this));
 

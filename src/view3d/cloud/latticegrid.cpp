@@ -172,8 +172,8 @@ private:
             for (int i = 0; i < 3; i++) {
                 const double* apRow[3] = {m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]};
                 apRow[i] = adfCorner;
-                adfReach[i] =
-                    std::max(adfReach[i], std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
+                adfReach[i] = std::max(adfReach[i],
+                                       std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
             }
         }
         for (int i = 0; i < 3; i++)

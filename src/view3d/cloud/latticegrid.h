@@ -14,8 +14,8 @@ struct LatticeGrid {
     std::vector<Vec3D> vecLine[3];  ///< two ends per line, lines along a*, b* and c*
 };
 
-/// Most points that a LatticeGrid holds, most lines along each axis, and most points of a lattice that is taken
-/// as a whole, whatever is seen of it.
+/// Most points that a LatticeGrid holds, most lines along each axis, and most points of a lattice that is
+/// taken as a whole, whatever is seen of it.
 const int g_nMostLatticePoints = 2000000;
 const int g_nMostLatticeLines = 100000;
 const int g_nMostLatticePointsWhole = 300000;
@@ -24,8 +24,8 @@ const int g_nMostLatticePointsWhole = 300000;
 ///
 /// Of a lattice with more points than g_nMostLatticePointsWhole only what may be seen is taken: the points
 /// within the view volume and the lines that cross it, whole. Where even these are too many, those with the
-/// least greatest index are taken, up to the limit: a guard against minutes of drawing. Points and lines along
-/// each axis are limited apart, and a greater range never gives fewer.
+/// least greatest index are taken, up to the limit: a guard against minutes of drawing. Points and lines
+/// along each axis are limited apart, and a greater range never gives fewer.
 ///
 /// @param listCell  a*, b*, c*; any other count, or a vector that is no number: nothing
 /// @param pnRange   of h, k, l; below 0 counts as 0
