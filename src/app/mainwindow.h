@@ -5,8 +5,8 @@
 #include "app/dataset/dataset.h"
 #include "app/records/hklref.h"
 #include "app/records/runparameters.h"
-#include "crystal/matrix3.h"
 #include "frames/peakfilters.h"
+#include "reciprocal/geometry/matrix3.h"
 
 #include <QColor>
 #include <QLocale>

@@ -1,8 +1,8 @@
 #include "reciprocal/directbeamrefinement.h"
 
-#include "crystal/matrix3.h"
 #include "crystal/reflectionindices.h"
 #include "imaging/lmdiffit.h"
+#include "reciprocal/geometry/matrix3.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
 #include <QLatin1Char>

@@ -1,8 +1,8 @@
 // CReciprocalVolume: all pixels of a series in a grid of voxels of reciprocal space.
 #pragma once
 
-#include "crystal/matrix3.h"
 #include "imaging/imgobj.h"
+#include "reciprocal/geometry/matrix3.h"
 
 #include <QList>
 #include <QPointF>

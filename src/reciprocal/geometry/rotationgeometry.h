@@ -4,7 +4,7 @@
 
 #include "app/records/peak3d.h"
 #include "app/records/vec3d.h"
-#include "crystal/matrix3.h"
+#include "reciprocal/geometry/matrix3.h"
 
 #include <QList>
 #include <QPointF>
