@@ -1,7 +1,7 @@
 #include "frames/autoregion.h"
 
 #include "frames/badpixels.h"
-#include "frames/frameloader.h"
+#include "frames/median.h"
 #include "frames/seriessample.h"
 
 #include <QPointF>
@@ -17,13 +17,6 @@ const int g_nMapSide = 256;    // frames are reduced to maps of at most this sid
 const int g_nUsualSide = 256;  // of the region, pixels of the frame
 const int g_nLeastSide = 16;
 const int g_nBeamMargin = 64;  // between the beam anywhere on its way and the region's edge
-
-float medianOf(std::vector<float>& vec)
-{
-    const auto middle = vec.begin() + std::ptrdiff_t(vec.size() / 2);
-    std::nth_element(vec.begin(), middle, vec.end());
-    return *middle;
-}
 
 // A small map of a frame.
 struct Map {
@@ -90,11 +83,9 @@ void flattenLines(Map& map, bool bRows)
 // surroundings counts beside its core, which may be clipped, wrapped or behind a stop.
 void compress(Map& map)
 {
-    std::vector<float> vec = map.vec;
-    const float fMedian = medianOf(vec);
-    for (float& f : vec)
-        f = std::fabs(f - fMedian);
-    const float fSpread = std::max(1.4826f * medianOf(vec), 1e-6f * (1.f + std::fabs(fMedian)));
+    const RobustSpread spread = robustSpread(map.vec);
+    const float fMedian = spread.fMedian;
+    const float fSpread = std::max(float(spread.dfDeviation), 1e-6f * (1.f + std::fabs(fMedian)));
     for (float& f : map.vec)
         f = std::sqrt(std::max(f - fMedian, 0.f) / fSpread);
 }
@@ -179,30 +170,24 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
     int nHeight = 0;
     int nBlock = 1;
     std::vector<Map> vecMap;
-    for (int nFrame : sampleFrameIndices(dataSet.m_listFrameFile.size(), g_nFramesLookedAt)) {
-        if (!report.goOn())
-            return false;
-        ImageList vecImage;
-        CRunReport silent;  // a file that cannot be read is told of by the run that needs it
-        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile[nFrame], dataSet.m_listHotPixel, silent) ||
-            vecImage.empty() || !vecImage.front()->Data())
-            continue;
-        const CImgObj<float>& imgFrame = *vecImage.front();
+    const auto take = [&](const CImgObj<float>& imgFrame) {
         if (vecMap.empty()) {
             nWidth = imgFrame.Width();
             nHeight = imgFrame.Height();
             nBlock = (std::max(nWidth, nHeight) + g_nMapSide - 1) / g_nMapSide;
             if (std::min(nWidth, nHeight) < std::max(g_nLeastSide, nBlock))
-                continue;
+                return;
         }
         if (imgFrame.Width() != nWidth || imgFrame.Height() != nHeight)
-            continue;
+            return;
         Map map = reduced(imgFrame, nBlock);
         flattenLines(map, true);
         flattenLines(map, false);
         compress(map);
         vecMap.push_back(std::move(map));
-    }
+    };
+    if (!forEachSampledFrame(dataSet, g_nFramesLookedAt, report, take))
+        return false;
     if (vecMap.empty()) {
         report.addMessage(
             QStringLiteral("The direct beam was not searched: no frame of at least %L1×%L1 pixels "

@@ -1,7 +1,7 @@
 #include "frames/autothreshold.h"
 
 #include "frames/bandpass.h"
-#include "frames/frameloader.h"
+#include "frames/median.h"
 #include "frames/seriessample.h"
 
 #include <algorithm>
@@ -15,13 +15,6 @@ const qint64 g_nPixelsLookedAt = 60000;
 const double g_dfDeviations = 8;   // fewer let in noise that spoils the merging, more lose weak reflections
 const double g_dfLeastQuanta = 5;  // counts that must fall together to be a peak
 
-float medianOf(std::vector<float>& vec)
-{
-    const auto middle = vec.begin() + std::ptrdiff_t(vec.size() / 2);
-    std::nth_element(vec.begin(), middle, vec.end());
-    return *middle;
-}
-
 // Pixels spread over the image. The odd step keeps them from standing in a few columns only.
 std::vector<float> samplePixels(const CImgObj<float>& img)
 {
@@ -32,17 +25,6 @@ std::vector<float> samplePixels(const CImgObj<float>& img)
         if (std::isfinite(img.Data()[i]))
             vec.push_back(img.Data()[i]);
     return vec;
-}
-
-double robustDeviation(const CImgObj<float>& imgBandPass)
-{
-    std::vector<float> vec = samplePixels(imgBandPass);
-    if (vec.empty())
-        return 0;
-    const float fMedian = medianOf(vec);
-    for (float& f : vec)
-        f = std::fabs(f - fMedian);
-    return 1.4826 * double(medianOf(vec));
 }
 
 // The least step between pixel values: one count, one grey level, or next to nothing in real numbers.
@@ -79,26 +61,19 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
     CImgObj<COMPLEX> imgSpectrum, imgProduct;
     CImgObj<float> imgBandPass;
     std::vector<float> vecThreshold;
-    for (int nFrame : sampleFrameIndices(dataSet.m_listFrameFile.size(), g_nFramesLookedAt)) {
-        if (!report.goOn())
-            return false;
-        ImageList vecImage;
-        CRunReport silent;  // a file that cannot be read is told of by the run that needs it
-        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile[nFrame], dataSet.m_listHotPixel, silent) ||
-            vecImage.empty())
-            continue;
-        const CImgObj<float>& imgFrame = *vecImage.front();
-        if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0)
-            continue;
-        if (!updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
+    const auto estimate = [&](const CImgObj<float>& imgFrame) {
+        if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0 ||
+            !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
             !filterSpectrum(imgSpectrum, filters, fft, imgProduct, nullptr, &imgBandPass))
-            continue;
+            return;
         // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
-        const double dfFrame = std::max(g_dfDeviations * robustDeviation(imgBandPass),
+        const double dfFrame = std::max(g_dfDeviations * robustSpread(samplePixels(imgBandPass)).dfDeviation,
                                         g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));
         if (dfFrame > 0)  // not for a blank frame
             vecThreshold.push_back(float(dfFrame));
-    }
+    };
+    if (!forEachSampledFrame(dataSet, g_nFramesLookedAt, report, estimate))
+        return false;
     if (vecThreshold.empty()) {
         report.addMessage(
             QStringLiteral("No peak threshold was found: no frame could be read, or all are blank."),
