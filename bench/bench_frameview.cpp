@@ -10,7 +10,7 @@
 #include "frameview/palettes.h"
 #include "frameview/textdatawidget.h"
 #include "imagefiles/mrcfile.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 // Transforms against FFTW's own 2D plans, the bytes for display, and the fit of the direct beam.
 #include "imaging/acmlfft.h"
 #include "imaging/cdf2.h"
+#include "imaging/contrast.h"
 #include "imaging/correlation.h"
-#include "imaging/histogram.h"
 #include "imaging/imagefilters.h"
 #include "imaging/peakfit2d.h"
 

@@ -2,7 +2,7 @@
 
 #include "frames/seriesexport.h"
 #include "imagefiles/imagesaving.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 
 #include <QFileInfo>
 

@@ -7,7 +7,7 @@
 #include "frames/pages/peaksearchpage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>

@@ -8,6 +8,7 @@
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
 #include "imaging/correlation.h"
+#include "imaging/elementarithmetic.h"
 #include "imaging/imageconversion.h"
 #include "imaging/imagefilters.h"
 #include "imaging/imageregion.h"

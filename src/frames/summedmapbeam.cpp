@@ -2,6 +2,7 @@
 
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
+#include "imaging/elementarithmetic.h"
 #include "imaging/imageconversion.h"
 #include "imaging/imagefilters.h"
 #include "imaging/imageshifts.h"

@@ -2,7 +2,7 @@
 
 #include "frameview/palettes.h"
 #include "frameview/textitem.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 
 #include <QCoreApplication>
 #include <QGraphicsPixmapItem>

@@ -1,21 +1,7 @@
-// Filters in Fourier space: arithmetic on spectra, Gaussian and ring mask.
+// Filters in Fourier space: Gaussian and ring mask.
 #pragma once
 
-#include "imaging/complex.h"
 #include "imaging/imgobj.h"
-
-// Element by element over n elements, in single precision. All return 1, or 0 for a null buffer.
-
-/// a += b.
-int AddComplex(COMPLEX* pA, const COMPLEX* pB, int n);
-/// a *= df, taken to single precision first.
-int ScaleComplex(COMPLEX* pA, int n, double df);
-/// Both parts of a times the (signed) byte of the mask.
-int MultiplyByMask(COMPLEX* pA, const char* pMask, int n);
-/// Both parts of a times f.
-int MultiplyByFloat(COMPLEX* pA, const float* pF, int n);
-/// a += b.
-int AddFloat(float* pA, const float* pB, int n);
 
 /// A Gaussian of standard deviation fSigma pixels, normalised to a sum of about 1, with its peak at
 /// element (0, 0) and wrapped around all four edges. Its transform is a real filter for a spectrum

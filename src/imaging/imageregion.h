@@ -1,4 +1,4 @@
-// Cutting a rectangle out of a buffer, and turning it upside down.
+// CopyRegion: cuts a rectangle out of a buffer.
 #pragma once
 
 #include <algorithm>
@@ -25,19 +25,6 @@ int CopyRegion(const T* pSource, int nSourceWidth, int nSourceHeight, T* pTarget
     for (int r = 0; r < h; r++) {
         const T* pRow = pSource + std::size_t(y + r) * std::size_t(nSourceWidth) + x;
         std::copy(pRow, pRow + w, pTarget + std::size_t(r) * std::size_t(w));
-    }
-    return 1;
-}
-
-/// Reverses the order of the rows, in place. @return 1, or 0 for a null buffer or a side below 1
-template <typename T>
-int FlipVertical(T* pData, int nWidth, int nHeight)
-{
-    if (!pData || nWidth < 1 || nHeight < 1)
-        return 0;
-    for (int nTop = 0, nBottom = nHeight - 1; nTop < nBottom; nTop++, nBottom--) {
-        T* pTop = pData + std::size_t(nTop) * std::size_t(nWidth);
-        std::swap_ranges(pTop, pTop + nWidth, pData + std::size_t(nBottom) * std::size_t(nWidth));
     }
     return 1;
 }

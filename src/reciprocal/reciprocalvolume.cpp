@@ -2,7 +2,7 @@
 
 #include "app/records/availablememory.h"
 #include "imagefiles/mrcwriter.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
 #include <QtGlobal>

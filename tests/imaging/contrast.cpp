@@ -1,4 +1,5 @@
 // Histogram, contrast limits and bytes for display.
+#include "imaging/contrast.h"
 #include "imaging/histogram.h"
 
 #include <gtest/gtest.h>

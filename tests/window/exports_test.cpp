@@ -9,7 +9,7 @@
 #include "frames/pages/framespage.h"
 #include "frameview/originalimgscene.h"
 #include "imagefiles/mrcfile.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 #include "recordingreport.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"

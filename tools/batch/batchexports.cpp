@@ -6,7 +6,7 @@
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
-#include "imaging/histogram.h"
+#include "imaging/contrast.h"
 #include "reciprocal/volumeexport.h"
 #include "tools/batch/filestamp.h"
 
