@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 namespace {
@@ -140,10 +141,15 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, 
 
 void CCorrelation::Transform(COMPLEX* pData, int nWidth, int nHeight, bool bForward)
 {
-    if (isPowerOfTwo(nWidth) && isPowerOfTwo(nHeight))
-        m_fft.Transform(pData, nWidth, nHeight, bForward ? -1 : 1);
-    else
-        m_df2.fft2d(nWidth, nHeight, pData, bForward ? 0 : 1);
+    bool bDone = false;
+    try {
+        bDone = isPowerOfTwo(nWidth) && isPowerOfTwo(nHeight)
+                    ? m_fft.Transform(pData, nWidth, nHeight, bForward ? -1 : 1) != 0
+                    : m_df2.fft2d(nWidth, nHeight, pData, bForward ? 0 : 1) != 0;
+    } catch (const wchar_t*) {  // not what the slots of a window expect
+    }
+    if (!bDone)  // only memory can be missing; what is not transformed would give some other shift
+        throw std::bad_alloc();
 }
 
 std::unique_ptr<COMPLEX[]> CCorrelation::CorrelationMap(int nWidth, int nHeight, const COMPLEX* pA,

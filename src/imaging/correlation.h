@@ -8,6 +8,7 @@
 #include <memory>
 
 /// Correlates two images of one size in Fourier space. Made for one call: tables and plan go with it.
+/// Where memory runs out, as for a transform, std::bad_alloc is thrown.
 class CCorrelation {
 public:
     /// 0 plain cross-correlation, 1 amplitude-compressed correlation, 2 phase correlation.
