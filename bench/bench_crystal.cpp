@@ -2,7 +2,7 @@
 #include "crystal/reflectionconditions.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/reflectionlists.h"
-#include "crystal/spacegroup.h"
+#include "crystal/spacegroupoperations.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,9 +2,9 @@
 
 #include "app/records/hklref.h"
 #include "crystal/reflectionindices.h"
+#include "crystal/spacegrouptable.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <vector>
 
@@ -131,7 +131,7 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
             "Reflection conditions will not be tested because the number of reflections is 0."));
         return;
     }
-    report.startProgress(QStringLiteral("%v/%m"), 0, 230);
+    report.startProgress(QStringLiteral("%v/%m"), 0, g_nSpaceGroups);
     const QString strHead = QStringLiteral("\n%1 %2   %3 (%4/%5)   %6 (%7/%8)")
                                 .arg(QStringLiteral("No."), 3)
                                 .arg(QStringLiteral("SG.Symbol"), 10)
@@ -146,7 +146,7 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
 
     // The reflections are rounded once; no list is copied for a group, as only counts and means are shown.
     const std::vector<Candidate> vecCandidate = candidates(listPeak, dfIndexThreshold);
-    for (int n = 1; n <= 230; ++n) {
+    for (int n = 1; n <= g_nSpaceGroups; ++n) {
         report.setProgress(n);
         report.goOn();  // lets the window live; the loop can't be stopped
         spaceGroup.setSpaceGroup(n);

@@ -1,7 +1,8 @@
 #include "reciprocal/reflectiongroups.h"
 
 #include "crystal/reflectionindices.h"
-#include "crystal/spacegroup.h"
+#include "crystal/spacegroupoperations.h"
+#include "crystal/spacegrouptable.h"
 #include "reciprocal/indexkey.h"
 
 #include <algorithm>

@@ -1,5 +1,9 @@
 #include "crystal/spacegroup.h"
 
+#include "crystal/spacegroupoperations.h"
+#include "crystal/spacegrouptable.h"
+#include "crystal/symtable.h"
+
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wall"
 #pragma GCC diagnostic ignored "-Wextra"

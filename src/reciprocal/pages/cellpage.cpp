@@ -2,7 +2,7 @@
 
 #include "app/pages/pagecontrols.h"
 #include "app/records/runparameters.h"
-#include "crystal/spacegroup.h"
+#include "crystal/spacegrouptable.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -22,7 +22,6 @@ namespace {
 
 const int g_nSearchButtonHeight = 30;     // pixels
 const int g_nSelectionTableHeight = 110;  // pixels: the groups that an indexing makes fit in
-const int g_nSpaceGroups = 230;
 const int g_nVisibleSpaceGroups = 30;
 const int g_nSymbolLength = 6;  // letters; the stretched box is wider
 
