@@ -1,0 +1,372 @@
+#include "fuzz/fuzzreader.h"
+
+#include "app/dataset/hotpixelfile.h"
+#include "app/dataset/maskfile.h"
+#include "app/dataset/opening.h"
+#include "app/dataset/peaklistfile.h"
+#include "app/dataset/projectfile.h"
+#include "app/dataset/reflectionlist.h"
+#include "app/dataset/shiftfile.h"
+#include "app/dataset/unitcellfile.h"
+#include "app/records/groupmask.h"
+#include "app/records/wholefile.h"
+#include "crystal/hkl3d.h"
+#include "crystal/hklfile.h"
+#include "frames/frameloader.h"
+#include "frames/hotpixels.h"
+#include "frames/peakmask.h"
+#include "imagefiles/dm3file.h"
+#include "imagefiles/mrcfile.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+const QString g_strGood;
+
+QString written(const QString& strFileName)
+{
+    return strFileName + QStringLiteral(".written");
+}
+
+QByteArray contentOf(const QString& strFileName)
+{
+    QFile file(strFileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Equal to the bit, NaNs too.
+bool same(const CImgObj<float>& a, const CImgObj<float>& b)
+{
+    const size_t nBytes = size_t(a.Width()) * size_t(a.Height()) * sizeof(float);
+    return a.Width() == b.Width() && a.Height() == b.Height() &&
+           (nBytes == 0 || std::memcmp(a.Data(), b.Data(), nBytes) == 0);
+}
+
+bool same(const ImageList& vecA, const ImageList& vecB)
+{
+    if (vecA.size() != vecB.size())
+        return false;
+    for (size_t i = 0; i < vecA.size(); ++i)
+        if (!same(*vecA[i], *vecB[i]))
+            return false;
+    return true;
+}
+
+bool finite(const Vec3D& v)
+{
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+QString readMrc(const QString& strFileName, const QByteArray& bytes)
+{
+    ImageList vecImage, vecFromBytes, vecAgain;
+    QString strReason, strReasonOfBytes;
+    const int nResult = ReadMRC(strFileName, vecImage, &strReason);
+    const int nResultOfBytes = readMrcBytes(reinterpret_cast<const uint8_t*>(bytes.constData()),
+                                            size_t(bytes.size()), vecFromBytes, &strReasonOfBytes);
+    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(vecImage, vecFromBytes))
+        return QStringLiteral("file and bytes are read differently: \"%1\", \"%2\"")
+            .arg(strReason, strReasonOfBytes);
+    if (nResult == 0 && (strReason.isEmpty() || !vecImage.empty()))
+        return QStringLiteral("a failure without a reason, or with images");
+    if (vecImage.empty() && strReason.isEmpty())
+        return QStringLiteral("no image and no reason");
+    if (vecImage.empty() || vecImage.size() * size_t(vecImage[0]->Width()) > 100000)
+        return g_strGood;
+    if (WriteMRC(vecImage, written(strFileName)) != 1 || ReadMRC(written(strFileName), vecAgain) != 1 ||
+        !same(vecImage, vecAgain))
+        return QStringLiteral("images change when written and read");
+    return g_strGood;
+}
+
+QString readDm3(const QString& strFileName, const QByteArray& bytes)
+{
+    CImgObj<float> image, imageOfBytes;
+    const float afFormer[] = {1, 2};
+    image.Set(afFormer, 2, 1);
+    imageOfBytes.Copy(image);
+    QString strReason, strReasonOfBytes;
+    const int nResult = ReadDM3(image, strFileName, &strReason);
+    const int nResultOfBytes = readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()),
+                                            size_t(bytes.size()), imageOfBytes, &strReasonOfBytes);
+    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(image, imageOfBytes))
+        return QStringLiteral("file and bytes are read differently: \"%1\", \"%2\"")
+            .arg(strReason, strReasonOfBytes);
+    if ((nResult == 1) != strReason.isEmpty())
+        return QStringLiteral("result %1 with the reason \"%2\"").arg(nResult).arg(strReason);
+    CImgObj<float> imageFormer;
+    imageFormer.Set(afFormer, 2, 1);
+    if (nResult != 1 && !same(image, imageFormer))
+        return QStringLiteral("a failure has changed the image");
+    return g_strGood;
+}
+
+QString readPicture(const QString& strFileName, const QByteArray&)
+{
+    ImageList vecImage;
+    vecImage.push_back(std::make_unique<CImgObj<float>>());
+    CRunReport report;
+    const int nResult = loadFrame(vecImage, strFileName, {QPoint(0, 0), QPoint(1, 1)}, report);
+    // An exception, for want of memory, empties the list.
+    if (nResult == 1 ? vecImage.size() != 2 : vecImage.size() > 1)
+        return QStringLiteral("result %1 with %2 images").arg(nResult).arg(int(vecImage.size()));
+    if (nResult == 1 && (!vecImage[1]->Data() || vecImage[1]->Width() < 1 || vecImage[1]->Height() < 1))
+        return QStringLiteral("an empty image");
+    return g_strGood;
+}
+
+QString readProject(const QString& strFileName, const QByteArray& bytes)
+{
+    ProjectFile project, projectOfBytes;
+    const bool bGood = project.read(strFileName);
+    if (bGood != projectOfBytes.readBytes(bytes, strFileName) ||
+        project.errorText() != projectOfBytes.errorText() ||
+        project.frameFiles() != projectOfBytes.frameFiles())
+        return QStringLiteral("file and bytes are read differently");
+    const int nFrames = project.frameFiles().size();
+    if (bGood != project.errorText().isEmpty() || project.stageTilts().size() != nFrames ||
+        project.beamTilts().size() != nFrames || project.overallTilts().size() != nFrames)
+        return QStringLiteral("lists of different length, or a failure without a reason");
+
+    DataSet data;
+    data.m_strProjectName = QStringLiteral("former");
+    data.m_listFrameFile = QStringList{QStringLiteral("former.mrc")};
+    data.m_listShift = {QPointF(1, 2)};
+    MappingParameters parameters;
+    CRunReport report;
+    if (openProject(data, parameters, strFileName, report) != bGood)
+        return QStringLiteral("opening and reading disagree");
+    if (!bGood && (nFrames != 0 || data.m_strProjectName != QLatin1String("former") ||
+                   data.m_listFrameFile != QStringList{QStringLiteral("former.mrc")} ||
+                   data.m_listShift.size() != 1 || parameters.m_bApplyStretching))
+        return QStringLiteral("a failure has changed the data set");
+    const double adfGeometry[] = {data.m_dfWavelength, data.m_dfPixelSize, data.m_dfRotationAxis,
+                                  data.m_dfStretchAmplitude, data.m_dfStretchAzimuth};
+    for (double df : adfGeometry)
+        if (!std::isfinite(df))
+            return QStringLiteral("a value of the geometry is no number");
+    if (bGood && (!(data.m_dfWavelength > 0) || !(data.m_dfPixelSize > 0) ||
+                  data.m_listBeamTiltBreak.size() != nFrames || !data.m_listShift.isEmpty()))
+        return QStringLiteral("an opened data set with lengths of 0, or with what belongs to the former one");
+    return g_strGood;
+}
+
+QString readPeaks(const QString& strFileName, const QByteArray& bytes)
+{
+    constexpr int FRAMES = 40;
+    DataSet data;
+    for (int i = 0; i < FRAMES; ++i)
+        data.m_listFrameFile.append(QString::number(i));
+    data.m_listPeakFrame = {QList<Peak3D>{Peak3D()}};
+    data.m_vecPeakGroup = {{{7}}};
+    CRunReport report;
+    QString strReason;
+    if (readPeakList(data, strFileName, report, &strReason) == 0) {
+        if (strReason.isEmpty() || data.m_listPeakFrame.size() != 1 || data.m_listPeakFrame[0].size() != 1 ||
+            data.m_vecPeakGroup != QVector<QVector<QList<int>>>{{{7}}})
+            return QStringLiteral("a failure without a reason, or one that has changed the peaks");
+        return g_strGood;
+    }
+    if (data.m_listPeakFrame.size() != FRAMES || !groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame))
+        return QStringLiteral("peaks and groups do not fit the frames");
+    int nPeaks = 0;
+    for (int nFrame = 0; nFrame < FRAMES; ++nFrame)
+        for (const Peak3D& peak : qAsConst(data.m_listPeakFrame[nFrame])) {
+            ++nPeaks;
+            if (peak.nFrame != nFrame || !std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D) ||
+                !std::isfinite(peak.dfIPoint) || !std::isfinite(peak.dfI2D))
+                return QStringLiteral("a peak of no number or another frame");
+        }
+    if (nPeaks > bytes.size() / 12 + 1)
+        return QStringLiteral("more peaks than lines");
+
+    if (writePeakList(data, written(strFileName), &strReason) != 1)
+        return QStringLiteral("not written: %1").arg(strReason);
+    if (!strReason.isEmpty())  // numbers as wide as their fields
+        return g_strGood;
+    const QByteArray bytesWritten = contentOf(written(strFileName));
+    if (readPeakListBytes(data, bytesWritten, strFileName, report, &strReason) != 1 ||
+        writePeakList(data, written(strFileName)) != 1 || contentOf(written(strFileName)) != bytesWritten)
+        return QStringLiteral("peaks change when written and read: %1").arg(strReason);
+    return g_strGood;
+}
+
+QString readShifts(const QString& strFileName, const QByteArray&)
+{
+    ShiftData shift;
+    shift.dfCenterX = 3;
+    shift.listShift = {QPointF(1, 2)};
+    QString strReason;
+    if (!readShiftFile(strFileName, shift, &strReason))
+        return strReason.isEmpty() || shift.dfCenterX != 3 || shift.listShift.size() != 1
+                   ? QStringLiteral("a failure without a reason, or one that has changed the shifts")
+                   : g_strGood;
+    bool bFits = shift.dfCenterX < 9999 && shift.dfCenterY < 9999 && shift.listShift.size() < 10000;
+    for (const QPointF& ptShift : qAsConst(shift.listShift)) {
+        if (!std::isfinite(ptShift.x()) || !std::isfinite(ptShift.y()))
+            return QStringLiteral("a shift is no number");
+        bFits = bFits && ptShift.x() < 9999 && ptShift.y() < 9999;
+    }
+    if (!std::isfinite(shift.dfCenterX) || !std::isfinite(shift.dfCenterY))
+        return QStringLiteral("the direct beam is no number");
+    if (!bFits)  // a number that touches the one before it is read as another
+        return g_strGood;
+    QFile::remove(written(strFileName));
+    if (!writeShiftFile(written(strFileName), shift))
+        return QStringLiteral("not written");
+    const QByteArray bytesWritten = contentOf(written(strFileName));
+    ShiftData shiftAgain;
+    if (!shift.listShift.isEmpty() && (!readShiftFile(written(strFileName), shiftAgain, &strReason) ||
+                                       !writeShiftFile(written(strFileName), shiftAgain) ||
+                                       contentOf(written(strFileName)) != bytesWritten))
+        return QStringLiteral("shifts change when written and read: %1").arg(strReason);
+    return g_strGood;
+}
+
+/// The text of a unit cell file without its comment: the direct cell of rounded vectors is another.
+QByteArray vectorLines(const QByteArray& strText)
+{
+    return strText.mid(strText.indexOf('\n'));
+}
+
+QString readCell(const QString& strFileName, const QByteArray&)
+{
+    QString strReason;
+    DataSet data;
+    data.m_listCell = readUnitCellFile(strFileName, &strReason);
+    if (data.m_listCell.isEmpty())
+        return strReason.isEmpty() ? QStringLiteral("no cell and no reason") : g_strGood;
+    if (data.m_listCell.size() != 3)
+        return QStringLiteral("%1 vectors").arg(data.m_listCell.size());
+    bool bFits = true;
+    for (const Vec3D& v : qAsConst(data.m_listCell)) {
+        if (!finite(v))
+            return QStringLiteral("a vector is no number");
+        bFits = bFits && v.x < 999 && v.y < 999 && v.z < 999;
+    }
+    if (!saveUnitCellFile(data, written(strFileName)))
+        return QStringLiteral("not written");
+    if (!bFits)  // a number that touches the one before it is read as another
+        return g_strGood;
+    const QByteArray bytesWritten = contentOf(written(strFileName));
+    const QList<Vec3D> listAgain = readUnitCellFile(written(strFileName), &strReason);
+    if (listAgain.size() != 3 || vectorLines(unitCellText(listAgain)) != vectorLines(bytesWritten))
+        return QStringLiteral("a cell changes when written and read: %1").arg(strReason);
+    return g_strGood;
+}
+
+QString readMask(const QString& strFileName, const QByteArray&)
+{
+    MaskData mask;
+    mask.listPolygon = {QVector<QPointF>{{0, 0}, {9, 0}, {0, 9}}};
+    QString strReason;
+    const int nPolygons = readMaskFile(mask, strFileName, &strReason);
+    if (nPolygons == 0)
+        return strReason.isEmpty() || mask.listPolygon.size() != 1 || mask.listPolygon[0].size() != 3
+                   ? QStringLiteral("a failure without a reason, or one that has changed the mask")
+                   : g_strGood;
+    if (mask.listPolygon.size() != nPolygons)
+        return QStringLiteral("%1 polygons, told as %2").arg(mask.listPolygon.size()).arg(nPolygons);
+    QList<double> listX{0, 31.5, 64}, listY{0, 31.5, -64};
+    removeMaskedPeaks(mask, listX, listY);
+    return listX.size() == listY.size() ? g_strGood : QStringLiteral("masking parts the coordinates");
+}
+
+QString readHotPixels(const QString& strFileName, const QByteArray&)
+{
+    QList<QPoint> listHotPixel{QPoint(7, 7)};
+    QString strReason;
+    if (!readHotPixelFile(strFileName, listHotPixel, &strReason))
+        return strReason.isEmpty() || listHotPixel.size() != 1
+                   ? QStringLiteral("a failure without a reason, or one that has changed the list")
+                   : g_strGood;
+    CImgObj<float> image;
+    image.Create(5, 4);
+    image.Clear();
+    repairHotPixels(image, listHotPixel);
+    CImgObj<float> imageZero;
+    imageZero.Create(5, 4);
+    imageZero.Clear();
+    return same(image, imageZero) ? g_strGood : QStringLiteral("the mean of zeros is not zero");
+}
+
+QString readReflections(const QString& strFileName, const QByteArray&)
+{
+    QList<Vec3D> listPoint{Vec3D{1, 2, 3}};
+    QList<HKLRef> listReflection{HKLRef()};
+    QString strReason;
+    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason))
+        return strReason.isEmpty() || listPoint.size() != 1 || listReflection.size() != 1
+                   ? QStringLiteral("a failure without a reason, or one that has changed the lists")
+                   : g_strGood;
+    if (listPoint.size() != listReflection.size() || listPoint.isEmpty())
+        return QStringLiteral("lists of different length");
+    for (const Vec3D& v : qAsConst(listPoint))
+        if (!finite(v))
+            return QStringLiteral("a point is no number");
+    return peaksOfReflectionList(listPoint, listReflection).size() == listPoint.size()
+               ? g_strGood
+               : QStringLiteral("points are lost");
+}
+
+QString readHkl(const QString& strFileName, const QByteArray&)
+{
+    const QList<Vec3D> listCell{{0.1f, 0, 0}, {0, 0.2f, 0}, {0, 0, 0.3f}};
+    QList<Peak3D> listPeak;
+    CRunReport report;
+    bool bShown = false;
+    const QList<HKL5> listHKL = readHKLFile(strFileName);
+    if (!loadShelxFile(strFileName, listCell, listPeak, report, &bShown) || !bShown ||
+        listPeak.size() != listHKL.size())
+        return QStringLiteral("the list is not shown");
+    QList<HKLRef> listReflection;
+    for (const HKL5& hkl : listHKL) {
+        if (hkl.nH == 0 && hkl.nK == 0 && hkl.nL == 0)
+            continue;
+        listReflection.append({hkl.nH, hkl.nK, hkl.nL, double(hkl.fI)});
+    }
+    if (!writeWholeFile(written(strFileName), hklFileText(listReflection, {}).toUtf8(), true))
+        return QStringLiteral("not written");
+    const QList<HKL5> listAgain = readHKLFile(written(strFileName));
+    bool bSame = listAgain.size() == listReflection.size() + 1;  // the closing line
+    for (int i = 0; bSame && i < listReflection.size(); ++i)
+        bSame = listAgain[i].nH == listReflection[i].nH && listAgain[i].nK == listReflection[i].nK &&
+                listAgain[i].nL == listReflection[i].nL;
+    return bSame ? g_strGood : QStringLiteral("reflections change when written and read");
+}
+
+}  // namespace
+
+const std::vector<FuzzReader>& fuzzReaders()
+{
+    static const std::vector<FuzzReader> s_vecReader = {
+        {"mrc", "frame.mrc", readMrc},
+        {"dm3", "frame.dm3", readDm3},
+        {"picture", "frame.tif", readPicture},
+        {"project", "series.ed3d", readProject},
+        {"peaks", "series.pk", readPeaks},
+        {"shifts", "series.sc", readShifts},
+        {"cell", "series.uc", readCell},
+        {"mask", "series.msk", readMask},
+        {"hotpixels", "pixels.txt", readHotPixels},
+        {"reflections", "reflections.txt", readReflections},
+        {"hkl", "series.hkl", readHkl},
+    };
+    return s_vecReader;
+}
+
+QString readAsFile(const FuzzReader& reader, const QByteArray& bytes)
+{
+    static const QTemporaryDir s_folder;
+    const QString strFileName = s_folder.filePath(QString::fromLatin1(reader.pFile));
+    QFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush())
+        return QStringLiteral("%1: %2").arg(strFileName, file.errorString());
+    file.close();
+    return reader.fnRead(strFileName, bytes);
+}

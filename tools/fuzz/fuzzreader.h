@@ -1,0 +1,23 @@
+// FuzzReader: a reader of files, held to what must be true whatever bytes it is given.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+/// The fuzzers throw bytes at these, and the tests the cases that fuzzers have found.
+struct FuzzReader {
+    const char* pName;  ///< of the fuzz target, and of the reader's folder of cases
+    const char* pFile;  ///< name of the file that it is given: readers go by the suffix
+    /// Reads the file whose content is `bytes`; what it writes itself goes to strFileName + ".written".
+    /// @return what is wrong with the reader; empty if nothing is
+    QString (*fnRead)(const QString& strFileName, const QByteArray& bytes);
+};
+
+/// One for each format that the program reads.
+const std::vector<FuzzReader>& fuzzReaders();
+
+/// Puts the bytes into a file of a folder for temporary files and has it read.
+/// @return as FuzzReader::fnRead
+QString readAsFile(const FuzzReader& reader, const QByteArray& bytes);
