@@ -7,6 +7,7 @@
 #include "crystal/peakpairs.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/differencegroups.h"
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 
 #include <algorithm>
@@ -15,7 +16,6 @@
 
 namespace {
 
-constexpr double g_dfPi = 3.141592653589793;
 constexpr std::size_t g_nRowsPerMessage = 100000;
 
 // The limits of a refined cell that counts as close to the reference cell.
@@ -184,7 +184,7 @@ private:
     void addLengths(CNumberText& table, const Difference& d, double dfOrder)
     {
         const double dfRaw = std::sqrt(d.dfX * d.dfX + d.dfY * d.dfY);
-        table.fixed(dfRaw, 8, 1).fixed(std::atan2(-d.dfY, d.dfX) * 180 / g_dfPi, 8, 3);
+        table.fixed(dfRaw, 8, 1).fixed(screenAzimuth(d.dfX, d.dfY), 8, 3);
         table.fixed(quotient(dfRaw, dfOrder), 8, 3).fixed(quotient(d.dfStretched, dfOrder), 8, 3);
     }
 

@@ -1,12 +1,12 @@
 #include "reciprocal/cubicmodel.h"
 
+#include "reciprocal/geometry/angles.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
-
-constexpr double g_dfPi = 3.141592653589793;
 
 Vec3D singleVector(double dfX, double dfY, double dfZ)
 {

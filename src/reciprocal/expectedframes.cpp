@@ -1,6 +1,7 @@
 #include "reciprocal/expectedframes.h"
 
 #include "crystal/reflectionindices.h"
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 #include <vector>
 
 namespace {
-
-constexpr double g_dfPi = 3.141592653589793;
 
 // Beam tilt series of each frame, and the place of the frame in it.
 struct FrameInSeries {
@@ -60,9 +59,6 @@ QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCent
     const int h = roundIndex(peak.dfH), k = roundIndex(peak.dfK), l = roundIndex(peak.dfL);
     const QPointF pt(peak.dfX2D, peak.dfY2D), ptOffset = pt - frameCentre(centres, peak.nFrame);
     const bool bAbsent = dataSet.m_spaceGroup.isAbsent(bExchanged ? k : h, bExchanged ? h : k, l);
-    double dfAlpha = std::atan2(-ptOffset.y(), ptOffset.x()) * 180 / g_dfPi;
-    if (dfAlpha < 0)
-        dfAlpha += 360;
     return QString::asprintf(
         "%4d %4d %4d %2d %8.1f %4d %8.1f %8.2f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.3f %8.1f "
         "%8d\n",
@@ -70,8 +66,8 @@ QString rowText(const ExpectedFrame& row, const DataSet& dataSet, const BeamCent
         double(calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, pt)),
         peak.dfFrameTilt, peak.dfTiltFit, row.dfTiltBefore, row.dfTiltAfter, row.dfErrBefore, row.dfErrAfter,
         std::fabs(row.dfErrBefore) - std::fabs(row.dfErrAfter), row.dfSeriesMean,
-        row.dfErrAfter - row.dfSeriesMean, peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar, dfAlpha,
-        row.nPlaceInSeries);
+        row.dfErrAfter - row.dfSeriesMean, peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar,
+        screenAzimuth360(ptOffset.x(), ptOffset.y()), row.nPlaceInSeries);
 }
 
 }  // namespace

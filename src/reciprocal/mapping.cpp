@@ -5,6 +5,19 @@ BeamCentres beamCentres(const DataSet& dataSet)
     return {dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY};
 }
 
+QList<QList<Peak3D>> peaksAroundBeam(const QList<QList<Peak3D>>& listPeakFrame, const BeamCentres& centres)
+{
+    QList<QList<Peak3D>> listAround = listPeakFrame;
+    for (int nFrame = 0; nFrame < listAround.size(); ++nFrame) {
+        const QPointF ptCentre = frameCentre(centres, nFrame);
+        for (Peak3D& peak : listAround[nFrame]) {
+            peak.dfX2D -= ptCentre.x();
+            peak.dfY2D -= ptCentre.y();
+        }
+    }
+    return listAround;
+}
+
 double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames)
 {
     return dataSet.m_listOverallTilt[nFrame] + nFrame * dataSet.m_dfTiltRelaxation / nFrames;

@@ -9,6 +9,9 @@
 /// The direct beam positions of a data set.
 BeamCentres beamCentres(const DataSet& dataSet);
 
+/// The peaks of each frame with dfX2D, dfY2D relative to its direct beam, pixels. No stretching enters here.
+QList<QList<Peak3D>> peaksAroundBeam(const QList<QList<Peak3D>>& listPeakFrame, const BeamCentres& centres);
+
 /// The tilt in degrees that frame `nFrame` of `nFrames` is turned by: its overall tilt plus the share of
 /// the relaxation, which grows linearly from 0 on the first frame.
 double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames);

@@ -1,15 +1,15 @@
 #include "reciprocal/merging.h"
 
 #include "frames/intensitycurves.h"
+#include "reciprocal/chainlinking.h"
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/mapping.h"
-#include "reciprocal/nearestpeak.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
-
-constexpr double g_dfPi = 3.141592653589793;
 
 double intensity(const Peak3D& peak, int nIntensityMode)
 {
@@ -82,78 +82,37 @@ int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<c
 }
 
 /// The chosen peaks of each frame, positions relative to the direct beam. No stretching enters here.
-std::vector<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vector<char>* pvecSelected)
+QList<QList<Peak3D>> workingLists(const DataSet& dataSet, const std::vector<char>* pvecSelected)
 {
-    const BeamCentres centres = beamCentres(dataSet);
-    std::vector<QList<Peak3D>> vecWorking;
-    for (int nFrame = 0; nFrame < dataSet.m_listPeakFrameShown.size(); ++nFrame) {
-        const QPointF ptCentre = frameCentre(centres, nFrame);
+    QList<QList<Peak3D>> listChosen;
+    for (const QList<Peak3D>& listShown : dataSet.m_listPeakFrameShown) {
         QList<Peak3D> listPeak;
-        for (Peak3D peak : dataSet.m_listPeakFrameShown[nFrame]) {
-            if (!isSelected(pvecSelected, peak.nID))
-                continue;
-            peak.dfX2D -= ptCentre.x();
-            peak.dfY2D -= ptCentre.y();
-            listPeak.append(peak);
-        }
-        vecWorking.push_back(listPeak);
+        std::copy_if(listShown.begin(), listShown.end(), std::back_inserter(listPeak),
+                     [&](const Peak3D& peak) { return isSelected(pvecSelected, peak.nID); });
+        listChosen.append(listPeak);
     }
-    return vecWorking;
+    return peaksAroundBeam(listChosen, beamCentres(dataSet));
 }
 
-/// Links the peaks over the frames. Chains come in the order in which they were closed, those still open
-/// at the end last. Returns false when the run was stopped.
-bool linkChains(const DataSet& dataSet, const PeakMergingParameters& parameters,
-                const std::vector<QList<Peak3D>>& vecWorking, QList<QList<Peak3D>>& listChain,
-                CRunReport& report)
+/// A frame lies in the plane through the rotation axis at its tilt; a chain is over once that plane has moved
+/// away from its last peak.
+FnChainIsOver planeHasPassed(const DataSet& dataSet, const PeakMergingParameters& parameters)
 {
-    const int nFrames = int(vecWorking.size());
-    const double dfMaxDistanceToPlane = parameters.m_dfMin3DDistance * dataSet.m_dfPixelSize;
-    std::vector<QList<Peak3D>> vecOpen;
-    CNearestPeak nearest(parameters.m_dfMax2DDistance);
-    report.startProgress(QStringLiteral("%p%"), 0, (nFrames - 1) / 10);
+    const int nFrames = dataSet.m_listPeakFrameShown.size();
+    struct Tilt {
+        double dfSin, dfCos;
+    };
+    std::vector<Tilt> vecTilt;
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
-        if (nFrame % 10 == 0 || nFrame == nFrames - 1) {
-            report.setProgress(nFrame / 10);
-            if (!report.goOn()) {
-                report.endProgress();
-                return false;
-            }
-        }
-        // The frame lies in the plane through the rotation axis at its tilt; a chain is over once that
-        // plane has moved away from its last peak.
-        const double dfTilt = relaxedTilt(dataSet, nFrame, nFrames) * g_dfPi / 180;
-        const double dfSin = std::sin(dfTilt);
-        const double dfCos = std::cos(dfTilt);
-        size_t nStillOpen = 0;
-        for (size_t n = 0; n < vecOpen.size(); ++n) {
-            const Peak3D& peakLast = vecOpen[n].constLast();
-            const double dfDistance = std::fabs(-dfSin * double(peakLast.fY3D) +
-                                                dfCos * double(peakLast.fZ3D));
-            if (dfDistance > dfMaxDistanceToPlane)
-                listChain.append(vecOpen[n]);
-            else if (nStillOpen++ != n)
-                vecOpen[nStillOpen - 1].swap(vecOpen[n]);
-        }
-        vecOpen.resize(nStillOpen);
-
-        // Last peaks as they are before this frame: what joins or begins a chain now is no target yet.
-        nearest.clear();
-        for (size_t n = 0; n < vecOpen.size(); ++n)
-            nearest.add(vecOpen[n].constLast().dfX2D, vecOpen[n].constLast().dfY2D, int(n));
-        nearest.prepare();
-        for (const Peak3D& peak : vecWorking[size_t(nFrame)]) {
-            const int nChain = nearest.find(peak.dfX2D, peak.dfY2D);
-            if (nChain >= 0)
-                vecOpen[size_t(nChain)].append(peak);
-            else
-                vecOpen.push_back({peak});
-        }
+        const double dfTilt = radians(relaxedTilt(dataSet, nFrame, nFrames));
+        vecTilt.push_back({std::sin(dfTilt), std::cos(dfTilt)});
     }
-    for (const QList<Peak3D>& listOpen : vecOpen)
-        listChain.append(listOpen);
-    report.endProgress();
-    return report.goOn();
+    const double dfMaxDistance = parameters.m_dfMin3DDistance * dataSet.m_dfPixelSize;
+    return [vecTilt, dfMaxDistance](int nFrame, const Peak3D& peakLast) {
+        const Tilt& tilt = vecTilt[size_t(nFrame)];
+        return std::fabs(-tilt.dfSin * double(peakLast.fY3D) + tilt.dfCos * double(peakLast.fZ3D)) >
+               dfMaxDistance;
+    };
 }
 
 }  // namespace
@@ -214,9 +173,9 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     if (!report.goOn())
         return result;
 
-    const std::vector<QList<Peak3D>> vecWorking = workingLists(dataSet, pvecSelected);
     QList<QList<Peak3D>> listChain;
-    if (!linkChains(dataSet, parameters, vecWorking, listChain, report))
+    if (!linkChains(workingLists(dataSet, pvecSelected), parameters.m_dfMax2DDistance,
+                    planeHasPassed(dataSet, parameters), listChain, report))
         return result;
 
     const BeamCentres centres = beamCentres(dataSet);

@@ -1,5 +1,7 @@
 #include "reciprocal/outsiders.h"
 
+#include "reciprocal/geometry/angles.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,17 +10,16 @@ void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& lis
 {
     if (listOverallTilt.isEmpty() || listCell.size() != 3)
         return;
-    constexpr double dfPi = 3.141592653589793;
     const double dfFirst = listOverallTilt.constFirst();
     const double dfLast = listOverallTilt.constLast();
-    const double dfLow = (std::min(dfFirst, dfLast) + 2) * dfPi / 180;
-    const double dfHigh = (std::max(dfFirst, dfLast) - 2) * dfPi / 180;
+    const double dfLow = radians(std::min(dfFirst, dfLast) + 2);
+    const double dfHigh = radians(std::max(dfFirst, dfLast) - 2);
     QList<Peak3D> listInside;
     for (const Peak3D& peak : listPeak) {
         const double dfAngle = double(std::atan2(peak.fZ3D, peak.fY3D));
-        double dfOpposite = dfAngle + dfPi;
-        if (dfOpposite > dfPi)
-            dfOpposite -= 2 * dfPi;
+        double dfOpposite = dfAngle + g_dfPi;
+        if (dfOpposite > g_dfPi)
+            dfOpposite -= 2 * g_dfPi;
         if ((dfLow < dfAngle && dfAngle < dfHigh) || (dfLow < dfOpposite && dfOpposite < dfHigh))
             listInside.append(peak);
     }

@@ -1,6 +1,7 @@
 #include "reciprocal/peaktable.h"
 
 #include "crystal/reflectionindices.h"
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <cmath>
@@ -12,13 +13,6 @@ QString frameText(double dfFrame, const QLocale& locale)
 {
     const bool bFraction = std::fabs(dfFrame - std::trunc(dfFrame)) > 0.001;
     return locale.toString(dfFrame, 'f', bFraction ? 2 : 0);
-}
-
-/// Azimuth in degrees, 0 to 360, of a place relative to the direct beam; image y runs down.
-double azimuth(const QPointF& ptCentred)
-{
-    const double dfAngle = std::atan2(-ptCentred.y(), ptCentred.x()) * 180 / M_PI;
-    return dfAngle < 0 ? dfAngle + 360 : dfAngle;
 }
 
 }  // namespace
@@ -58,7 +52,7 @@ QVector<QVector<QString>> peakTableRows(const QList<Peak3D>& listPeak, const Dat
         vecCell[14] = locale.toString(dfDistance, 'f', 1);
         vecCell[15] = locale.toString(dfDistance * peak.dfHalfWidth, 'f', 1);
         const QPointF ptCentred = calPeak2DPosCenterCorrected(centres, peak.nFrame, ptRaw);
-        vecCell[16] = locale.toString(azimuth(ptCentred), 'f', 1);
+        vecCell[16] = locale.toString(screenAzimuth360(ptCentred.x(), ptCentred.y()), 'f', 1);
         vecCell[17] = locale.toString(
             double(calAngleToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, peak)), 'f', 1);
         vecCell[18] = locale.toString(peak.dfX2D, 'g', 6);

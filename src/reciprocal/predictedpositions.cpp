@@ -1,5 +1,6 @@
 #include "reciprocal/predictedpositions.h"
 
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <QRectF>
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr double g_dfPi = 3.141592653589793;
 constexpr double g_dfSingleStep = 1;  // degrees, of a series of one frame
 constexpr double g_dfMaxRows = 1e7;
 constexpr int g_nMaxReflections = 1000000;
@@ -65,8 +65,8 @@ bool windowOfFrame(const DataSet& dataSet, int nFrame, TiltWindow& window)
     const auto it = std::lower_bound(vecTilt.begin(), vecTilt.end(), window.dfTilt);
     const double dfBelow = it == vecTilt.begin() ? dfHalf : (*it - *(it - 1)) / 2;
     const double dfAbove = it + 1 == vecTilt.end() ? dfHalf : (*(it + 1) - *it) / 2;
-    window.dfFrom = -std::min(dfHalf, dfBelow) * g_dfPi / 180;
-    window.dfTo = std::min(dfHalf, dfAbove) * g_dfPi / 180;
+    window.dfFrom = -radians(std::min(dfHalf, dfBelow));
+    window.dfTo = radians(std::min(dfHalf, dfAbove));
     return true;
 }
 
@@ -80,13 +80,13 @@ public:
           m_window(window),
           m_dfMaxDStar(dfMaxDStar),
           m_dfRadius(1 / dataSet.m_dfWavelength),
-          m_dfCosAxis(std::cos(dataSet.m_dfRotationAxis * g_dfPi / 180)),
-          m_dfSinAxis(std::sin(dataSet.m_dfRotationAxis * g_dfPi / 180)),
+          m_dfCosAxis(std::cos(radians(dataSet.m_dfRotationAxis))),
+          m_dfSinAxis(std::sin(radians(dataSet.m_dfRotationAxis))),
           m_ptCentre(frameCentre(beamCentres(dataSet), nFrame)),
           m_bApplyStretching(bApplyStretching)
     {
-        const double dfCos = std::cos(window.dfTilt * g_dfPi / 180);
-        const double dfSin = std::sin(window.dfTilt * g_dfPi / 180);
+        const double dfCos = std::cos(radians(window.dfTilt));
+        const double dfSin = std::sin(radians(window.dfTilt));
         for (std::size_t n = 0; n < 3; ++n) {
             const Vec3D& v = dataSet.m_listCell[int(n)];
             const double dfY = double(v.y), dfZ = double(v.z);
@@ -174,7 +174,7 @@ private:
                    (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
         if (m_bApplyStretching) {
             // The factor depends on the direction alone, which it does not change.
-            const double dfAngle = -std::atan2(pt.y(), pt.x()) - m_dataSet.m_dfStretchAzimuth * g_dfPi / 180;
+            const double dfAngle = -std::atan2(pt.y(), pt.x()) - radians(m_dataSet.m_dfStretchAzimuth);
             pt /= 1 + m_dataSet.m_dfStretchAmplitude / 100 * std::cos(2 * dfAngle);
         }
         Peak3D peak;
@@ -184,7 +184,7 @@ private:
                         scaled(m_dataSet.m_listCell[2], float(pIndex[2]));
         peak.setPoint(v);
         peak.dfDStar = double(length(v));
-        peak.dfFrameTilt = m_window.dfTilt + dfTurn * 180 / g_dfPi;
+        peak.dfFrameTilt = m_window.dfTilt + degrees(dfTurn);
         peak.dfX2D = m_ptCentre.x() + pt.x();
         peak.dfY2D = m_ptCentre.y() + pt.y();
         if (!std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D))

@@ -18,9 +18,6 @@ struct RotationAxisTest {
     bool bFinished = false;         ///< false if the run was stopped; the angles then mean nothing
 };
 
-/// The peaks of each frame with dfX2D, dfY2D relative to its direct beam, pixels. No stretching enters here.
-QList<QList<Peak3D>> peaksAroundBeam(const QList<QList<Peak3D>>& listPeakFrame, const BeamCentres& centres);
-
 /// Links the peaks over the frames to chains and looks at where each chain begins, its head. The sums of
 /// squared distances from 1800 trial axes, and the centres of gravity of the heads on either side of a
 /// fixed line, go to the log. Nothing is changed.

@@ -2,6 +2,7 @@
 
 #include "app/records/wholefile.h"
 #include "crystal/reflectionindices.h"
+#include "reciprocal/geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>
@@ -9,19 +10,18 @@
 
 namespace {
 
-constexpr double g_dfPi = 3.141592653589793;
 constexpr double g_dfNetEdge = 27.5;  // Å, of the square net
 
 QString basisLine(const char* pszName, const Vec3D& v)
 {
     return QString::asprintf("%s = %8.6f, %8.6f, %8.6f  %8.2f", pszName, double(v.x), double(v.y),
-                             double(v.z), std::atan2(double(v.y), double(v.x)) * 180 / g_dfPi);
+                             double(v.z), degrees(std::atan2(double(v.y), double(v.x))));
 }
 
 double angleBetween(const Vec3D& a, const Vec3D& b)
 {
     const double dfLengths = double(length(a)) * double(length(b));
-    return dfLengths > 0 ? std::acos(std::clamp(double(dot(a, b)) / dfLengths, -1.0, 1.0)) * 180 / g_dfPi : 0;
+    return dfLengths > 0 ? degrees(std::acos(std::clamp(double(dot(a, b)) / dfLengths, -1.0, 1.0))) : 0;
 }
 
 }  // namespace
@@ -38,7 +38,7 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
         const double dfDistance = std::sqrt(ptOffset.x() * ptOffset.x() + ptOffset.y() * ptOffset.y());
         listLine.append(QString::asprintf("%4d %3d %3d %8.1f %8.6f %7.1f %7.1f %8.2f %8.3f", n + 1, h, k,
                                           peak.dfIPoint, dfOrder / g_dfNetEdge, peak.dfX2D, peak.dfY2D,
-                                          std::atan2(ptOffset.y(), ptOffset.x()) * 180 / g_dfPi,
+                                          degrees(std::atan2(ptOffset.y(), ptOffset.x())),
                                           dfOrder == 0 ? 0 : dfDistance / dfOrder));
     }
     if (dataSet.m_listCell.size() == 3) {

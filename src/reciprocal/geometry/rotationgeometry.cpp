@@ -1,17 +1,8 @@
 #include "reciprocal/geometry/rotationgeometry.h"
 
+#include "reciprocal/geometry/angles.h"
+
 #include <cmath>
-
-namespace {
-
-constexpr double g_dfPi = 3.141592653589793;
-
-double radians(double dfDegrees)
-{
-    return dfDegrees * g_dfPi / 180;
-}
-
-}  // namespace
 
 QPointF frameCentre(const BeamCentres& centres, int nFrame)
 {
@@ -93,8 +84,7 @@ float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, 
         dfAxis -= 180;
     const double dfX = peak.dfX2D - ptCentre.x();
     const double dfY = peak.dfY2D - ptCentre.y();
-    double dfAngle = dfX == 0 ? std::fabs(90 - dfAxis)
-                              : std::fabs(std::atan(-dfY / dfX) * 180 / g_dfPi - dfAxis);
+    double dfAngle = dfX == 0 ? std::fabs(90 - dfAxis) : std::fabs(degrees(std::atan(-dfY / dfX)) - dfAxis);
     if (dfAngle > 90)
         dfAngle = 180 - dfAngle;
     return float(dfAngle);

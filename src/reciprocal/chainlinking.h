@@ -1,0 +1,21 @@
+// Chain linking: the peaks of one reflection on frame after frame, linked into chains.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+
+#include <QList>
+
+#include <functional>
+
+/// Whether a chain with that last peak is over by the time of a frame.
+using FnChainIsOver = std::function<bool(int nFrame, const Peak3D& peakLast)>;
+
+/// Walks the frames. A peak joins the open chain whose last peak on the frames before lies nearest, if it is
+/// nearer than `dfMaxDistance` (strictly), or begins a chain. Several peaks of one frame can join one chain.
+///
+/// @param listPeakFrame  one list per frame, dfX2D and dfY2D relative to its direct beam, pixels
+/// @param listChain      takes the chains in the order in which they were closed, those still open last
+/// @return false when the run was stopped; listChain is then unfinished
+bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
+                const FnChainIsOver& fnIsOver, QList<QList<Peak3D>>& listChain, CRunReport& report);
