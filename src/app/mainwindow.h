@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "app/records/buttonstatus.h"
 #include "app/records/hklref.h"
 #include "app/records/runparameters.h"
 #include "frames/peakfilters.h"
@@ -357,7 +358,7 @@ private:
     /// cell.
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
     TiltRefinementOptions tiltOptions() const;
-    void setButtonStatus(QPushButton* pButton, int nStatus);
+    void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);
     void runExport(const std::function<void(CRunReport&)>& fnExport);
     bool isRunning() const { return m_nRunDepth > 0; }

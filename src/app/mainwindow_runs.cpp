@@ -30,21 +30,21 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     {
         CRunScope scope(*this, true);
         if (pButton)
-            setButtonStatus(pButton, 1);
+            setButtonStatus(pButton, ButtonStatus::running);
         WindowReport report(*this, &bFlag);
         guarded([&] { fnRun(report); });
         bFlag = false;
     }
     if (pButton)
-        setButtonStatus(pButton, 0);
+        setButtonStatus(pButton, ButtonStatus::ready);
 }
 
-void MainWindow::setButtonStatus(QPushButton* pButton, int nStatus)
+void MainWindow::setButtonStatus(QPushButton* pButton, ButtonStatus status)
 {
-    if (pButton && nStatus == 0) {
+    if (pButton && status == ButtonStatus::ready) {
         pButton->setText(QStringLiteral("Run"));
         pButton->setIcon(QIcon(QStringLiteral(":/images/run.png")));
-    } else if (pButton && nStatus == 1) {
+    } else if (pButton && status == ButtonStatus::running) {
         pButton->setText(QStringLiteral("Stop"));
         pButton->setIcon(QIcon(QStringLiteral(":/images/stop.png")));
     }

@@ -1,7 +1,7 @@
 // An HKL list as points of reciprocal space.
 #pragma once
 
-#include "app/records/hklref.h"
+#include "app/records/hkl5.h"
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
 #include "app/records/vec3d.h"

@@ -1,6 +1,7 @@
 // HKL and p4p files: the results of indexing for structure solution, and the HKL reader.
 #pragma once
 
+#include "app/records/hkl5.h"
 #include "app/records/hklref.h"
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"

@@ -1,7 +1,7 @@
 // Peak pairs: two indexed peaks of one frame, whose distance knows no beam position.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "app/records/peakpair.h"
 #include "app/records/runreport.h"
 #include "crystal/spacegroup.h"
 

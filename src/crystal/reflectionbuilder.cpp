@@ -1,6 +1,6 @@
 #include "crystal/reflectionbuilder.h"
 
-#include "app/records/hklref.h"
+#include "app/records/hkl5.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/hkl3d.h"
 

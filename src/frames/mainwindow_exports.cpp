@@ -9,6 +9,7 @@
 #include "frames/seriesexport.h"
 #include "frames/smvexport.h"
 #include "frameview/originalimgscene.h"
+#include "imagefiles/imagenames.h"
 #include "imagefiles/imagesaving.h"
 
 #include <QDoubleSpinBox>

@@ -1,6 +1,7 @@
-// DM3 files: the tree of named tags of a microscope camera file, and the one image in it.
+// DM3File: reader of the files of microscope cameras.
 #pragma once
 
+#include "imagefiles/dm3tags.h"
 #include "imaging/imgobj.h"
 
 #include <QString>
@@ -9,45 +10,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
-
-/// What a group and an entry of the tree have in common.
-class Tag {
-public:
-    virtual ~Tag() = default;
-    /// Gives up what the tag holds: children or data. Kind, label and size stay.
-    virtual void Clear() = 0;
-
-    int nKind = 0;              ///< 0 a group, 1 an entry
-    uint16_t nLabelLength = 0;  ///< bytes
-    std::string strLabel;       ///< as in the file; may be empty
-    uint32_t nTotalSize = 0;    ///< bytes in the file, head included
-};
-
-/// A group: a list of tags.
-class TagDirectory : public Tag {
-public:
-    void Clear() override;
-
-    uint8_t bSorted = 0;
-    uint8_t bOpen = 0;
-    int nCount = 0;                              ///< children that the file tells of
-    std::vector<std::unique_ptr<Tag>> vecChild;  ///< in file order
-};
-
-/// An entry: a value, an array or a structure, kept as bytes.
-class TagEntry : public Tag {
-public:
-    TagEntry() { nKind = 1; }
-    void Clear() override;
-
-    int nInfoCount = 0;
-    std::vector<int> vecInfo;  ///< type and counts, in host byte order
-    /// The data in the file's data byte order. All entries of one file share the one block that the
-    /// file was read into, which lives as long as any of them.
-    std::shared_ptr<const uint8_t> pData;
-    size_t nDataSize = 0;  ///< bytes at `pData`
-};
 
 /// Reader of DM3 files. One object serves one thread; different objects can work side by side.
 class DM3File {
@@ -57,9 +19,8 @@ public:
     /// Reads the whole file and parses it; a former tree goes first.
     ///
     /// The first 27 bytes are looked at before memory is taken for the rest, so that a large file of
-    /// another format costs nothing. Every size and count is checked against the bytes left in its file.
-    /// Groups may lie `MAX_DEPTH` deep, and a tree has at most `MAX_TAGS` tags. After a failure the tree
-    /// is empty.
+    /// another format costs nothing. Depth and number of tags are limited
+    /// (`CDm3TagParser`). After a failure the tree is empty.
     ///
     /// @param pReason  if given: what is wrong with the file, in words; empty on success
     /// @return 1 on success, 0 if the file does not open, cannot be read whole or is no sound tag tree
@@ -97,10 +58,6 @@ public:
 
     const TagDirectory& root() const { return m_root; }
     bool needsSwap() const { return bSwap; }
-
-    static constexpr int MAX_DEPTH = 64;  ///< groups within groups; real files have about ten
-    /// Real files have some thousands. An empty group has 9 bytes in the file and 100 in memory.
-    static constexpr int MAX_TAGS = 1 << 20;
 
 private:
     int parse(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason);

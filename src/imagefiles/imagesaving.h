@@ -1,10 +1,9 @@
-// Saving of images as pictures, and the names that pictures get.
+// Saving of images as pictures.
 #pragma once
 
 #include "imaging/imgobj.h"
 
 #include <QString>
-#include <QStringList>
 
 /// Writes an 8-bit image as a grey picture, in the format that the suffix of the name tells.
 ///
@@ -24,17 +23,3 @@ bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
 /// @return false, with a former file as it was, when nothing could be written
 bool saveShownImage(const CImgObj<unsigned char>* pDisplay, const CImgObj<float>* pFrame,
                     const QString& strFileName, QString* pstrReason = nullptr);
-
-/// The filters of the dialog that asks for the name of one image, in its order.
-const QStringList& imageNameFilters();
-
-/// A name with the extension of the chosen filter appended, unless its suffix is one of the filters' own,
-/// in either case of letters: "x.tif" with the PNG filter becomes "x.tif.png". An unknown filter gives
-/// ".bmp". An empty name stays empty.
-QString completedImageName(const QString& strName, const QString& strSelectedFilter);
-
-/// The kinds of picture that a series can be saved as, as the dialog shows them.
-const QStringList& imageTypeItems();
-
-/// What stands between the brackets of such an item, with the dot; empty without brackets.
-QString imageTypeExtension(const QString& strItem);

@@ -1,8 +1,8 @@
 #include "imagefiles/mrcfile.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QtEndian>
+#include "app/records/regularfile.h"
 #include "app/records/wholefile.h"
 
 #include <algorithm>
@@ -157,15 +157,9 @@ int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, i
     QString& strReason = pReason ? *pReason : strUnused;
     strReason.clear();
 
-    if (QFileInfo::exists(strFileName) && !QFileInfo(strFileName).isFile()) {
-        strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
-        return 0;
-    }
     QFile file(strFileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        strReason = file.errorString();
+    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason))
         return 0;
-    }
     uint8_t aHeader[HEADER_SIZE];
     const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), HEADER_SIZE);
     if (nHeaderBytes < static_cast<qint64>(HEADER_SIZE)) {

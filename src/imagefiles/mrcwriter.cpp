@@ -1,5 +1,6 @@
 #include "imagefiles/mrcwriter.h"
 
+#include "app/records/reason.h"
 #include "app/records/wholefile.h"
 
 #include <QtEndian>
@@ -84,12 +85,9 @@ bool CMrcWriter<T>::commit(QString* pstrReason)
 {
     if (m_bOk && m_nMissing == 0)
         return commitWhole(m_file, pstrReason);
-    if (pstrReason) {
-        const bool bFile = m_file.error() != QFileDevice::NoError;
-        *pstrReason = QStringLiteral("%1: %2").arg(
-            m_file.fileName(),
-            bFile ? m_file.errorString() : QStringLiteral("the sections are not all there"));
-    }
+    giveReason(pstrReason, m_file.fileName(),
+               m_file.error() != QFileDevice::NoError ? m_file.errorString()
+                                                      : QStringLiteral("the sections are not all there"));
     m_file.cancelWriting();
     return false;
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "app/records/reason.h"
 #include "app/records/wholefile.h"
 
 namespace {
@@ -67,11 +68,8 @@ bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const 
                    QString* pstrReason)
 {
     const size_t nPixels = static_cast<size_t>(image.Width()) * static_cast<size_t>(image.Height());
-    if (nPixels == 0 || nPixels > (size_t(1) << 30) - HEADER_SIZE) {
-        if (pstrReason)
-            *pstrReason = QStringLiteral("%1: %2 pixels").arg(strFileName).arg(nPixels);
-        return false;
-    }
+    if (nPixels == 0 || nPixels > (size_t(1) << 30) - HEADER_SIZE)
+        return giveReason(pstrReason, strFileName, QStringLiteral("%1 pixels").arg(nPixels));
     QByteArray bytes = strHeader.toLatin1();
     bytes.remove(0, qMax(0, bytes.indexOf('{')));
     const int nText = qMin(bytes.size(), HEADER_SIZE);

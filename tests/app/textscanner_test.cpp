@@ -8,30 +8,27 @@
 #include <cstdio>
 #include <random>
 
-static bool sameNumber(double dfA, double dfB)
+// One item of a text, by the scanner and by scanf: whether it is one, its value, and where it ends.
+template <class T>
+static void expectAsScanf(const char* strText, const char* strFormat, bool (CTextScanner::*pfnRead)(T&))
 {
-    return dfA == dfB ? std::signbit(dfA) == std::signbit(dfB) : std::isnan(dfA) && std::isnan(dfB);
+    T value = 0, valueOwn = 0;
+    int nEnd = 0;
+    const QByteArray bytesText(strText);
+    CTextScanner scanner(bytesText);
+    const bool bRead = sscanf(strText, strFormat, &value, &nEnd) == 1;
+    ASSERT_EQ((scanner.*pfnRead)(valueOwn), bRead) << strText;
+    const double df = double(value), dfOwn = double(valueOwn);
+    EXPECT_TRUE(std::isnan(df) ? std::isnan(dfOwn) : df == dfOwn && std::signbit(df) == std::signbit(dfOwn))
+        << strText << " gives " << dfOwn << ", not " << df;
+    EXPECT_TRUE(!bRead || scanner.position() - bytesText.constData() == nEnd) << strText;
 }
 
 static void expectAsScanf(const char* strText)
 {
-    int nScanned = 0, n = 0, nOwn = 0;
-    float f = 0, fOwn = 0;
-    double df = 0, dfOwn = 0;
-    const QByteArray bytesText(strText);
-    CTextScanner scanInt(bytesText), scanFloat(bytesText), scanDouble(bytesText);
-    const auto expectPosition = [&](const CTextScanner& scanner) {
-        EXPECT_TRUE(nScanned == 0 || scanner.position() - bytesText.constData() == nScanned) << strText;
-    };
-    ASSERT_EQ(scanInt.readInt(nOwn), sscanf(strText, "%d%n", &n, &nScanned) == 1) << strText;
-    EXPECT_EQ(nOwn, n) << strText;
-    expectPosition(scanInt);
-    ASSERT_EQ(scanFloat.readFloat(fOwn), sscanf(strText, "%f", &f) == 1) << strText;
-    EXPECT_TRUE(sameNumber(double(fOwn), double(f))) << strText << " gives " << fOwn << ", not " << f;
-    nScanned = 0;
-    ASSERT_EQ(scanDouble.readDouble(dfOwn), sscanf(strText, "%lf%n", &df, &nScanned) == 1) << strText;
-    EXPECT_TRUE(sameNumber(dfOwn, df)) << strText << " gives " << dfOwn << ", not " << df;
-    expectPosition(scanDouble);
+    expectAsScanf(strText, "%d%n", &CTextScanner::readInt);
+    expectAsScanf(strText, "%f%n", &CTextScanner::readFloat);
+    expectAsScanf(strText, "%lf%n", &CTextScanner::readDouble);
 }
 
 TEST(TextScanner, TakesWhatScanfTakes)
@@ -69,17 +66,16 @@ TEST(TextScanner, KeepsItsDecimalPointInALocaleWithAComma)
 
 TEST(TextScanner, StopsAtTheEndOfItsBytesAndOfItsNumberRange)
 {
-    const char aText[] = {'4', '2', '7'};  // no terminating NUL
+    const char aText[] = "4299999999999 abcdef";
     int n = 0;
-    CTextScanner scannerOpen(aText, aText + 2);
+    CTextScanner scannerOpen(aText, aText + 2);  // no terminating NUL
     EXPECT_TRUE(scannerOpen.readInt(n));
     EXPECT_EQ(n, 42);
-    CTextScanner scannerBig(QByteArrayLiteral("99999999999"));
-    EXPECT_FALSE(scannerBig.readInt(n)) << "beyond int";
+    CTextScanner scanner(aText, aText + sizeof(aText) - 1);
+    EXPECT_FALSE(scanner.readInt(n)) << "beyond int";
     EXPECT_EQ(n, 42);
     QByteArray strWord;
-    CTextScanner scannerWord(QByteArrayLiteral(" abcdef gh"));
-    EXPECT_TRUE(scannerWord.readWord(strWord, 4));
+    EXPECT_TRUE(scanner.readWord(strWord) && scanner.readWord(strWord, 4));
     EXPECT_EQ(strWord, "abcd");
 }
 
@@ -101,24 +97,19 @@ TEST(FixedNumber, HasTheDigitsOfPrintf)
 TEST(TextLines, ComeWithoutEmptyLinesAndByteOrderMark)
 {
     const QList<QByteArray> listExpected = {"# a", "b", " ", "c"};
-    EXPECT_EQ(splitTextLines("# a\n\nb\r\n \rc"), listExpected);
-    EXPECT_EQ(splitTextLines("\xEF\xBB\xBF# a\nb\n \nc\n"), listExpected);
     const QString strText("# a\nb\r\n \nc");
-    EXPECT_EQ(splitTextLines(QByteArray("\xFF\xFE") +
-                             QByteArray(reinterpret_cast<const char*>(strText.utf16()), 2 * strText.size())),
-              listExpected);
-    EXPECT_TRUE(splitTextLines("").isEmpty());
+    const QByteArray bytesWide(reinterpret_cast<const char*>(strText.utf16()), 2 * strText.size());
+    for (const QByteArray& bytes :
+         {QByteArray("# a\n\nb\r\n \rc"), QByteArray("\xEF\xBB\xBF# a\nb\n \nc\n"), "\xFF\xFE" + bytesWide})
+        EXPECT_EQ(splitTextLines(bytes), listExpected);
     QList<QByteArray> listLine = listExpected;
     dropComments(listLine);
     EXPECT_EQ(listLine, listExpected.mid(1));
-
     QString strReason;
-    for (const char* strFile : {"/no/such/file.txt", "/"}) {
+    for (const char* strFile : {"/no/such/file.txt", "/", "/dev/zero"}) {
         EXPECT_FALSE(readTextLines(strFile, listLine, &strReason));
         EXPECT_TRUE(strReason.startsWith(strFile)) << strReason.toStdString();
     }
+    EXPECT_FALSE(readFileBytes("/proc/self/maps", listLine[0], 300, &strReason)) << "of no size beforehand";
     EXPECT_EQ(listLine, listExpected.mid(1)) << "a failure leaves the target as it was";
-    QByteArray bytesZero = "old";
-    EXPECT_FALSE(readFileBytes("/dev/zero", bytesZero, 5000, &strReason)) << "endless";
-    EXPECT_EQ(bytesZero, "old");
 }

@@ -3,6 +3,7 @@
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
 #include "frameseries.h"
+#include "imagefiles/imagenames.h"
 #include "imagefiles/imagesaving.h"
 
 #include <gtest/gtest.h>

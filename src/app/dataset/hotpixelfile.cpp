@@ -22,12 +22,10 @@ bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, 
         if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
             !fitsInt(dfX) || !fitsInt(dfY))
             continue;
-        if (nSerial != listRead.size() + 1) {
-            if (pstrReason)
-                *pstrReason =
-                    QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(listRead.size() + 1);
-            return false;
-        }
+        if (nSerial != listRead.size() + 1)
+            return giveReason(
+                pstrReason,
+                QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(listRead.size() + 1));
         listRead.append(QPoint(int(dfX), int(dfY)));
     }
     listHotPixel = listRead;
@@ -36,15 +34,9 @@ bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, 
 
 bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel, QString* pstrReason)
 {
-    QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
-        return false;
-    QString strReason;
-    if (readHotPixelLines(listLine, listHotPixel, &strReason))
-        return true;
-    if (pstrReason)
-        *pstrReason = QStringLiteral("%1: %2").arg(strFileName, strReason);
-    return false;
+    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
+        return readHotPixelLines(listLine, listHotPixel, p);
+    });
 }
 
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)

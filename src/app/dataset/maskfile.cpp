@@ -29,8 +29,7 @@ int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReaso
         listPolygon[it.value()].append(QPointF(dfX, dfY));
     }
     if (nCorner < 3) {
-        if (pstrReason)
-            *pstrReason = QStringLiteral("%1 corners; 3 are the least").arg(nCorner);
+        giveReason(pstrReason, QStringLiteral("%1 corners; 3 are the least").arg(nCorner));
         return 0;
     }
     mask.listPolygon = listPolygon;
@@ -39,12 +38,7 @@ int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReaso
 
 int readMaskFile(MaskData& mask, const QString& strFileName, QString* pstrReason)
 {
-    QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
-        return 0;
-    QString strReason;
-    const int nPolygon = readMaskLines(mask, listLine, &strReason);
-    if (nPolygon == 0 && pstrReason)
-        *pstrReason = QStringLiteral("%1: %2").arg(strFileName, strReason);
-    return nPolygon;
+    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
+        return readMaskLines(mask, listLine, p);
+    });
 }

@@ -20,7 +20,8 @@ OpenKind openKind(const QStringList& listFile)
     return strSuffix == QLatin1String("ed3d") ? OpenKind::project : OpenKind::images;
 }
 
-QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName)
+// The base name of the project with the extension if that file exists, else the fixed name, which need not.
+static QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName)
 {
     const QString strFolder = data.m_strProjectDir + QLatin1Char('/');
     const QString strOwn = strFolder + data.m_strProjectName + QLatin1Char('.') + strExtension;

@@ -17,10 +17,6 @@ enum class OpenKind {
 };
 OpenKind openKind(const QStringList& listFile);
 
-/// The side file of a project: its base name with the extension if that file exists, else the fixed name,
-/// which need not exist.
-QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName);
-
 /// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
 /// what was found.
 ///

@@ -23,12 +23,6 @@ struct PeakLine {
     quint64 nMask;
 };
 
-void setReason(QString* pstrReason, const QString& strFileName, const QString& strReason)
-{
-    if (pstrReason)
-        *pstrReason = QStringLiteral("%1: %2").arg(strFileName, strReason);
-}
-
 int countWords(const char* pBegin, const char* pEnd)
 {
     int nWord = 0;
@@ -118,19 +112,19 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         if (!scanPeakLine(pLine, p, line)) {
             report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName),
                               Qt::red);
-            setReason(pstrReason, strFileName,
-                      QStringLiteral("non-empty line %1 holds no peak: \"%2\"")
-                          .arg(nLine)
-                          .arg(QString::fromLatin1(pLine, int(qMin<ptrdiff_t>(p - pLine, 100)))));
+            giveReason(pstrReason, strFileName,
+                       QStringLiteral("non-empty line %1 holds no peak: \"%2\"")
+                           .arg(nLine)
+                           .arg(QString::fromLatin1(pLine, int(qMin<ptrdiff_t>(p - pLine, 100)))));
             break;
         }
         if (size_t(line.nSerial) != vecLine.size() + 1) {
             report.endProgress();
-            setReason(pstrReason, strFileName,
-                      QStringLiteral("non-empty line %1 has the serial %2 where %3 should be")
-                          .arg(nLine)
-                          .arg(line.nSerial)
-                          .arg(vecLine.size() + 1));
+            giveReason(pstrReason, strFileName,
+                       QStringLiteral("non-empty line %1 has the serial %2 where %3 should be")
+                           .arg(nLine)
+                           .arg(line.nSerial)
+                           .arg(vecLine.size() + 1));
             return 0;
         }
         vecLine.push_back(line);
@@ -139,7 +133,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
 
     if (vecLine.empty()) {
         if (pstrReason && pstrReason->isEmpty())
-            setReason(pstrReason, strFileName, QStringLiteral("no peak"));
+            giveReason(pstrReason, strFileName, QStringLiteral("no peak"));
         return 0;
     }
     const int nFrames = data.m_listFrameFile.size();
@@ -149,10 +143,10 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
             report.addMessage(QStringLiteral("This peak list file does not match the current ed3d file in "
                                              "frame numbers."),
                               Qt::red);
-            setReason(pstrReason, strFileName,
-                      QStringLiteral("peaks on frame %1, counted from 0, of a data set of %2 frames")
-                          .arg(line.nFrame)
-                          .arg(nFrames));
+            giveReason(pstrReason, strFileName,
+                       QStringLiteral("peaks on frame %1, counted from 0, of a data set of %2 frames")
+                           .arg(line.nFrame)
+                           .arg(nFrames));
             return 0;
         }
         ++vecCount[size_t(line.nFrame)];
@@ -206,8 +200,8 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
         pstrReason->clear();
     QSaveFile file(strFileName);
     if (strFileName.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        setReason(pstrReason, strFileName,
-                  strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
+        giveReason(pstrReason, strFileName,
+                   strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
         return 0;
     }
     const QVector<QVector<QList<int>>> vecPeakGroup = groupsMatchPeaks(data.m_vecPeakGroup,
@@ -251,8 +245,8 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
     if (!commitWhole(file, pstrReason))
         return 0;
     if (nTooWide > 0)
-        setReason(pstrReason, strFileName,
-                  QStringLiteral("%1 lines hold a number as wide as its field and cannot be read back")
-                      .arg(nTooWide));
+        giveReason(pstrReason, strFileName,
+                   QStringLiteral("%1 lines hold a number as wide as its field and cannot be read back")
+                       .arg(nTooWide));
     return 1;
 }

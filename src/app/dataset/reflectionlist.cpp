@@ -49,11 +49,8 @@ bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint, QLi
         return false;
     QList<Vec3D> listNewPoint;
     QList<HKLRef> listNewReflection;
-    if (readReflectionLines(listLine, listNewPoint, listNewReflection) == 0) {
-        if (pstrReason)
-            *pstrReason = QStringLiteral("%1: no line holds a reflection").arg(strFileName);
-        return false;
-    }
+    if (readReflectionLines(listLine, listNewPoint, listNewReflection) == 0)
+        return giveReason(pstrReason, strFileName, QStringLiteral("no line holds a reflection"));
     listPoint = listNewPoint;
     listReflection = listNewReflection;
     return true;

@@ -9,23 +9,16 @@
 
 #include <cmath>
 
-static bool fail(QString* pstrReason, const QString& strReason)
-{
-    if (pstrReason)
-        *pstrReason = strReason;
-    return false;
-}
-
 bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
 {
     dropComments(listLine);
     if (listLine.size() < 2)
-        return fail(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
+        return giveReason(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
     ShiftData shiftRead;
     CTextScanner scannerCenter(listLine[0]);
     if (!scannerCenter.readDouble(shiftRead.dfCenterX) || !scannerCenter.readDouble(shiftRead.dfCenterY) ||
         !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY))
-        return fail(pstrReason, QStringLiteral("the first line holds no direct beam"));
+        return giveReason(pstrReason, QStringLiteral("the first line holds no direct beam"));
     for (int i = 1; i < listLine.size(); ++i) {
         CTextScanner scanner(listLine[i]);
         int nSerial;
@@ -34,9 +27,9 @@ bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrR
             !std::isfinite(dfX) || !std::isfinite(dfY))
             continue;
         if (nSerial != shiftRead.listShift.size() + 1)
-            return fail(pstrReason, QStringLiteral("serial %1 where %2 should be")
-                                        .arg(nSerial)
-                                        .arg(shiftRead.listShift.size() + 1));
+            return giveReason(pstrReason, QStringLiteral("serial %1 where %2 should be")
+                                              .arg(nSerial)
+                                              .arg(shiftRead.listShift.size() + 1));
         shiftRead.listShift.append(QPointF(dfX, dfY));
     }
     shift = shiftRead;
@@ -45,12 +38,9 @@ bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrR
 
 bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason)
 {
-    QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
-        return false;
-    QString strReason;
-    return readShiftLines(listLine, shift, &strReason) ||
-           fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, strReason));
+    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
+        return readShiftLines(listLine, shift, p);
+    });
 }
 
 int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
@@ -64,10 +54,10 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                               .arg(shift.listShift.size())
                               .arg(data.m_listFrameFile.size()),
                           Qt::red);
-        fail(pstrReason, QStringLiteral("%1: %2 frames instead of %3")
-                             .arg(strFileName)
-                             .arg(shift.listShift.size())
-                             .arg(data.m_listFrameFile.size()));
+        giveReason(pstrReason, strFileName,
+                   QStringLiteral("%1 frames instead of %2")
+                       .arg(shift.listShift.size())
+                       .arg(data.m_listFrameFile.size()));
         return 0;
     }
     data.m_dfCenterX = shift.dfCenterX;
@@ -93,7 +83,7 @@ static bool keepLongerFile(const QString& strFileName, int nNewFrames, QString* 
 bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
 {
     if (strFileName.isEmpty())
-        return fail(pstrReason, QStringLiteral("no name for the shift file"));
+        return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
     if (!keepLongerFile(strFileName, shift.listShift.size(), pstrReason))
         return false;
     QByteArray strText;

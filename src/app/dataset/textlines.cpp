@@ -1,31 +1,19 @@
 #include "app/dataset/textlines.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QTextCodec>
+#include "app/records/regularfile.h"
 
-static bool fail(QString* pstrReason, const QString& strReason)
-{
-    if (pstrReason)
-        *pstrReason = strReason;
-    return false;
-}
+#include <QTextCodec>
 
 bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit, QString* pstrReason)
 {
-    const QFileInfo info(strFileName);
-    if (info.exists() && !info.isFile())
-        // a pipe may never answer
-        return fail(pstrReason, QStringLiteral("%1: not a file").arg(strFileName));
     QFile file(strFileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));
+    QString strReason;
+    if (!openRegularFile(file, QIODevice::ReadOnly, strReason))
+        return giveReason(pstrReason, strFileName, strReason);
     if (file.size() > nLimit)
-        return fail(pstrReason, QStringLiteral("%1: %2 bytes; up to %3 can be read")
-                                    .arg(strFileName)
-                                    .arg(file.size())
-                                    .arg(nLimit));
-    // A device or pipe has no size beforehand: one byte beyond the limit tells that it is too long.
+        return giveReason(pstrReason, strFileName,
+                          QStringLiteral("%1 bytes; up to %2 can be read").arg(file.size()).arg(nLimit));
+    // Files of the system have no size beforehand: one byte beyond the limit tells that one is too long.
     QByteArray bytesRead;
     if (file.size() > 0) {
         bytesRead = file.read(file.size());
@@ -37,11 +25,11 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
             bytesRead.append(bytesChunk);
         }
         if (bytesRead.size() > nLimit)
-            return fail(pstrReason,
-                        QStringLiteral("%1: up to %2 bytes can be read").arg(strFileName).arg(nLimit));
+            return giveReason(pstrReason, strFileName,
+                              QStringLiteral("up to %1 bytes can be read").arg(nLimit));
     }
     if (file.error() != QFileDevice::NoError)
-        return fail(pstrReason, QStringLiteral("%1: %2").arg(strFileName, file.errorString()));
+        return giveReason(pstrReason, strFileName, file.errorString());
     bytesFile = bytesRead;
     return true;
 }

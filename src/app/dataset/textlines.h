@@ -1,6 +1,8 @@
 // Text lines: reads the small text files that stand beside the frames.
 #pragma once
 
+#include "app/records/reason.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -28,6 +30,22 @@ QList<QByteArray> splitTextLines(const QByteArray& bytesText);
 /// The lines of a file that are not empty, comments included.
 [[nodiscard]] bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine,
                                  QString* pstrReason = nullptr);
+
+/// Reads a file by a function for its lines, fnRead(lines, reason), and puts the file's name before the
+/// reason.
+/// @return what fnRead gives; a default value of that type when the file cannot be read
+template <class Read>
+auto readLinesOfFile(const QString& strFileName, QString* pstrReason, Read fnRead)
+{
+    QString strReason;
+    QList<QByteArray> listLine;
+    if (!readTextLines(strFileName, listLine, pstrReason))
+        return decltype(fnRead(listLine, &strReason)){};
+    auto result = fnRead(listLine, &strReason);
+    if (!strReason.isEmpty())
+        giveReason(pstrReason, strFileName, strReason);
+    return result;
+}
 
 /// Drops every line that begins with "#".
 void dropComments(QList<QByteArray>& listLine);

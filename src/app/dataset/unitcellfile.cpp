@@ -13,12 +13,6 @@
 
 static const char* const g_aVectorLabel[] = {"a*", "b*", "c*"};
 
-static void setReason(QString* pstrReason, const QString& strReason)
-{
-    if (pstrReason)
-        *pstrReason = strReason;
-}
-
 QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
 {
     dropComments(listLine);
@@ -33,8 +27,8 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
             bGood = bGood && scanner.readDouble(df) &&
                     std::abs(df) <= double(std::numeric_limits<float>::max());
         if (!bGood) {
-            setReason(pstrReason,
-                      QStringLiteral("no vector %1 in its place").arg(QLatin1String(g_aVectorLabel[i])));
+            giveReason(pstrReason,
+                       QStringLiteral("no vector %1 in its place").arg(QLatin1String(g_aVectorLabel[i])));
             return QList<Vec3D>();
         }
         listCell.append(Vec3D{float(adf[0]), float(adf[1]), float(adf[2])});
@@ -44,14 +38,9 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
 
 QList<Vec3D> readUnitCellFile(const QString& strFileName, QString* pstrReason)
 {
-    QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
-        return QList<Vec3D>();
-    QString strReason;
-    const QList<Vec3D> listCell = readUnitCellLines(listLine, &strReason);
-    if (listCell.isEmpty())
-        setReason(pstrReason, QStringLiteral("%1: %2").arg(strFileName, strReason));
-    return listCell;
+    return readLinesOfFile(strFileName, pstrReason, [](const QList<QByteArray>& listLine, QString* p) {
+        return readUnitCellLines(listLine, p);
+    });
 }
 
 QByteArray unitCellText(const QList<Vec3D>& listCell)
@@ -81,12 +70,10 @@ QByteArray unitCellText(const QList<Vec3D>& listCell)
 
 bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason)
 {
-    if (data.m_listCell.size() != 3 || strFileName.isEmpty()) {
-        setReason(pstrReason, strFileName.isEmpty()
-                                  ? QStringLiteral("no name for the unit cell file")
-                                  : QStringLiteral("%1: no cell to write").arg(strFileName));
-        return false;
-    }
+    if (strFileName.isEmpty())
+        return giveReason(pstrReason, QStringLiteral("no name for the unit cell file"));
+    if (data.m_listCell.size() != 3)
+        return giveReason(pstrReason, strFileName, QStringLiteral("no cell to write"));
     const QByteArray strText = unitCellText(data.m_listCell);
     if (!writeWholeFile(strFileName, strText, false, pstrReason))
         return false;

@@ -18,26 +18,11 @@ QList<int> groupsOfMask(quint64 nMask)
     return listGroup;
 }
 
-static QString textOfMask(quint64 nMask)
-{
-    return QString::asprintf("%08X%08X", uint(nMask >> 32), uint(nMask & 0xFFFFFFFFu));
-}
-
-QString groupMaskText(const QList<int>& listGroup)
-{
-    return textOfMask(groupMask(listGroup));
-}
-
 quint64 maskOfText(const QByteArray& strMask)
 {
     bool bOk = false;
     const quint64 nMask = strMask.toULongLong(&bOk, 16);
     return bOk ? nMask : 0;
-}
-
-QList<int> groupsOfMaskText(const QString& strMask)
-{
-    return groupsOfMask(maskOfText(strMask.toLatin1()));
 }
 
 quint64 peakGroupMask(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak)
@@ -49,7 +34,8 @@ quint64 peakGroupMask(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFra
 
 QString peakGroupMaskText(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak)
 {
-    return textOfMask(peakGroupMask(vecPeakGroup, nFrame, nPeak));
+    const quint64 nMask = peakGroupMask(vecPeakGroup, nFrame, nPeak);
+    return QString::asprintf("%08X%08X", uint(nMask >> 32), uint(nMask & 0xFFFFFFFFu));
 }
 
 bool groupsMatchPeaks(const QVector<QVector<QList<int>>>& vecPeakGroup,

@@ -18,20 +18,14 @@ quint64 groupMask(const QList<int>& listGroup);
 /// The groups of a mask, ascending; 0 gives the empty list: a peak in no group.
 QList<int> groupsOfMask(quint64 nMask);
 
-/// 16 hexadecimal digits, upper case.
-QString groupMaskText(const QList<int>& listGroup);
-
 /// The mask of a text of hexadecimal digits, fewer than 16 being the low ones; 0 if it does not parse.
 quint64 maskOfText(const QByteArray& strMask);
-
-/// The groups of a mask text, ascending; empty if it does not parse.
-QList<int> groupsOfMaskText(const QString& strMask);
 
 /// Mask of one peak, by frame index and place on the frame. A peak without an entry in the store
 /// belongs to group 0 alone; a peak with an empty list to none.
 quint64 peakGroupMask(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak);
 
-/// peakGroupMask() as 16 hexadecimal digits.
+/// peakGroupMask() as 16 hexadecimal digits, upper case.
 QString peakGroupMaskText(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak);
 
 /// Whether the groups were made for these peaks: the same number of frames, and on every frame the

@@ -46,9 +46,3 @@ struct Peak3D {
         fZ3D = v.z;
     }
 };
-
-/// Two peaks of one frame.
-struct PeakPair {
-    Peak3D peakFirst;
-    Peak3D peakSecond;
-};

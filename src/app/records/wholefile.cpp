@@ -1,12 +1,12 @@
 #include "app/records/wholefile.h"
 
+#include "app/records/reason.h"
+
 namespace {
 
 bool fail(QSaveFile& file, QString* pstrReason)
 {
-    if (pstrReason) {
-        *pstrReason = QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
-    }
+    giveReason(pstrReason, file.fileName(), file.errorString());
     file.cancelWriting();
     return false;
 }

@@ -1,0 +1,7 @@
+// ButtonStatus: the look of a run's button.
+#pragma once
+
+enum class ButtonStatus {
+    ready = 0,   ///< "Run"
+    running = 1  ///< "Stop": a second click is the wish to stop
+};
