@@ -4,11 +4,7 @@
 #include "app/messageedit.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QProgressBar>
-#include <QThread>
-
-#include <algorithm>
 
 WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(window), m_pbFlag(pbFlag) {}
 
@@ -54,15 +50,4 @@ bool WindowReport::goOn()
 {
     m_window.pumpEvents();
     return !m_window.m_bCloseAsked && (!m_pbFlag || *m_pbFlag);
-}
-
-void waitAlive(CRunReport& report, const std::function<int()>& fnTime)
-{
-    const int nSlice = 10;  // ms
-    if (fnTime() <= 0)
-        return;
-    QElapsedTimer timer;
-    timer.start();
-    while (report.goOn() && timer.elapsed() < fnTime())
-        QThread::msleep(std::min<qint64>(nSlice, std::max<qint64>(1, fnTime() - timer.elapsed())));
 }

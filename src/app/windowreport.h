@@ -3,8 +3,6 @@
 
 #include "app/records/runreport.h"
 
-#include <functional>
-
 class MainWindow;
 
 /// The report of a run that the window shows while it works.
@@ -32,7 +30,3 @@ private:
     const bool* m_pbFlag;
     bool m_bProgressShown = false;
 };
-
-/// Waits while the window lives, until the report wants the end. The time in ms is asked for again and again,
-/// so that a shorter one counts at once.
-void waitAlive(CRunReport& report, const std::function<int()>& fnTime);

@@ -4,6 +4,7 @@
 
 #include "app/records/timestamp.h"
 #include "app/tabwidget.h"
+#include "app/waitalive.h"
 #include "app/windowreport.h"
 #include "frames/directbeamfit.h"
 #include "frames/intensityextraction.h"

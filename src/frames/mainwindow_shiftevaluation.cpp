@@ -1,6 +1,7 @@
 // MainWindow: the reference region and the run of the shift evaluation.
 #include "app/mainwindow.h"
 
+#include "app/waitalive.h"
 #include "app/windowactions.h"
 #include "app/windowreport.h"
 #include "frames/pages/framespage.h"
