@@ -1,6 +1,7 @@
 // MainWindow: the tool box and the other docks.
 #include "app/mainwindow.h"
 #include "app/messageedit.h"
+#include "app/pages/wheelguard.h"
 #include "app/windowactions.h"
 #include "crystal/pages/refinementpage.h"
 #include "frames/pages/extractionpage.h"
@@ -48,6 +49,7 @@ void MainWindow::createControlDock()
     for (const auto& page : aPage) {
         m_pToolBox->addItem(page.pPage, imageIcon("arrowright4"), m_mapPageName[page.nName]);
         nWidth = qMax(nWidth, page.pPage->minimumSizeHint().width());
+        new WheelGuard(page.pPage);
     }
     m_pToolBox->setMinimumWidth(nWidth + style()->pixelMetric(QStyle::PM_ScrollBarExtent) +
                                 2 * m_pToolBox->frameWidth());
