@@ -1,7 +1,7 @@
 // Crystallography: closing of the space groups, the test of reflection conditions, expected reflections.
+#include "crystal/expectedreflections.h"
 #include "crystal/reflectionconditions.h"
 #include "crystal/reflectionindices.h"
-#include "crystal/reflectionlists.h"
 #include "crystal/spacegroupoperations.h"
 
 #include <benchmark/benchmark.h>

@@ -1,11 +1,5 @@
 #include "crystal/hklfile.h"
 
-#include "app/records/timestamp.h"
-#include "crystal/cellarithmetic.h"
-#include "crystal/reflectionindices.h"
-#include "crystal/reflectionlists.h"
-#include "crystal/textfile.h"
-
 #include <QFile>
 
 #include <charconv>
@@ -97,48 +91,6 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
             strText += QString::asprintf("%4d%4d%4d%8d%8.1f\n", hkl.nH, hkl.nK, hkl.nL, 0, 1.0);
     strText += QString::asprintf("%4d%4d%4d%8.1f%8.1f\n", 0, 0, 0, 0.0, 0.0);
     return strText;
-}
-
-bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
-                                 const QList<double>& listOverallTilt, const QString& strProjectDir,
-                                 const QString& strProjectName, CRunReport& report)
-{
-    const float fDStar = getEffectiveDStar(listIndexedPeak);
-    const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
-    bool bComplete = true;
-    const QList<HKLRef> listMissing = missingReflections(
-        calAllReflections2(listIndexedPeak, listCell, listOverallTilt, report, &bComplete), listObserved);
-    const QString strHKL = hklFileText(listObserved, listMissing);
-    report.addMessage(
-        QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
-    if (bComplete)
-        report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
-
-    const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
-    const QString strHKLFile = strBase + QStringLiteral(".hkl");
-    const bool bHKLWritten = writeTextFile(strHKLFile, strHKL);
-    if (bHKLWritten)
-        report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
-    else
-        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strHKLFile), Qt::red);
-
-    const QString strP4PFile = strBase + QStringLiteral(".p4p");
-    double a, b, c, alpha, beta, gamma;
-    QString strP4P;
-    if (cellParametersFromList(listCell, a, b, c, alpha, beta, gamma))
-        strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")
-                     .arg(a, 8, 'f', 3)
-                     .arg(b, 8, 'f', 3)
-                     .arg(c, 8, 'f', 3)
-                     .arg(alpha, 8, 'f', 2)
-                     .arg(beta, 8, 'f', 2)
-                     .arg(gamma, 8, 'f', 2);
-    const bool bP4PWritten = writeTextFile(strP4PFile, strP4P);
-    if (!bP4PWritten)
-        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strP4PFile), Qt::red);
-    else if (!strP4P.isEmpty())
-        report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
-    return bHKLWritten && bP4PWritten;
 }
 
 QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)

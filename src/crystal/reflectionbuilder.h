@@ -1,12 +1,6 @@
 // CReflectionBuilder: all reflections of a cell inside a sphere of reciprocal space.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
-#include "app/records/vec3d.h"
-
-#include <QList>
-
 #include <array>
 #include <vector>
 
@@ -49,10 +43,3 @@ public:
 private:
     std::vector<std::array<int, 3>> m_vecReflection;
 };
-
-/// Builds all reflections up to 1 Å⁻¹ of the cell in force, or of a fixed monoclinic cell without one, and
-/// makes their points with showHKL3D(), intensity 100.
-/// @param listPeak  replaced by the points; untouched without a cell in force, for one that
-///                  CReflectionBuilder refuses and for too many reflections, which is then said in red
-/// @return whether `listPeak` has been replaced
-bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report);

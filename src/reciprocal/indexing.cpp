@@ -3,7 +3,7 @@
 #include "app/records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
-#include "crystal/hklfile.h"
+#include "crystal/indexingfiles.h"
 #include "crystal/indexedpeaklist.h"
 #include "crystal/indexingtable.h"
 #include "crystal/reflectionconditions.h"

@@ -2,7 +2,7 @@
 #include "app/mainwindow.h"
 
 #include "app/records/timestamp.h"
-#include "crystal/reflectionbuilder.h"
+#include "crystal/testindexing.h"
 #include "reciprocal/cubicmodel.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/planeindexing.h"

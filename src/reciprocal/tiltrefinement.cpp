@@ -1,7 +1,7 @@
 #include "reciprocal/tiltrefinement.h"
 
+#include "crystal/reflectionfilter.h"
 #include "crystal/reflectionindices.h"
-#include "crystal/reflectionlists.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/tiltfit.h"
 

@@ -1,6 +1,6 @@
 #include "crystal/ewald.h"
 
-#include "crystal/reflectionlists.h"
+#include "crystal/reflectionfilter.h"
 #include "crystal/testreflection.h"
 
 #include <gtest/gtest.h>

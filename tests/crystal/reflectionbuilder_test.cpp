@@ -1,5 +1,7 @@
 #include "crystal/reflectionbuilder.h"
 
+#include "crystal/testindexing.h"
+
 #include "crystal/crystalparacal.h"
 #include "recordingreport.h"
 

@@ -3,6 +3,7 @@
 #include "crystal/hkl3d.h"
 #include "crystal/hklfile.h"
 #include "crystal/indexedpeaklist.h"
+#include "crystal/indexingfiles.h"
 #include "crystal/indexingtable.h"
 #include "crystal/peaklist3d.h"
 #include "crystal/reflectionconditions.h"

@@ -1,4 +1,4 @@
-#include "crystal/reflectionlists.h"
+#include "crystal/expectedreflections.h"
 
 #include "crystal/hkl3d.h"
 #include "crystal/reflectionindices.h"

@@ -1,11 +1,10 @@
-// Reflection lists: what a data set could have shown, and what is fit for refinement.
+// Expected reflections: what a data set could have shown, and what of it was not observed.
 #pragma once
 
 #include "app/records/hklref.h"
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
 #include "app/records/vec3d.h"
-#include "crystal/ewald.h"
 
 #include <QList>
 
@@ -39,9 +38,3 @@ QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D
 
 /// The entries of `listAll` whose indices are not among those of `listObserved`, in order.
 QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRef>& listObserved);
-
-/// The reflections fit for tilt refinement: farther than `dfdRA` pixels from the rotation axis, dfIPoint
-/// above `dfInt`, and the fitted frame less than 2 frames behind the frame of the record. A kept
-/// reflection gets its dfTiltFit. An empty list, with a red line, for fewer than 2 tilts.
-QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, double dfInt,
-                                const FramePositionGeometry& geometry, CRunReport& report);

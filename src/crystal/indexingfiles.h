@@ -1,0 +1,21 @@
+// Result files of indexing for structure solution: .hkl and .p4p.
+#pragma once
+
+#include "app/records/peak3d.h"
+#include "app/records/runreport.h"
+#include "app/records/vec3d.h"
+
+#include <QList>
+#include <QString>
+
+/// Writes DIR/NAME.hkl and DIR/NAME.p4p. Each failure is a red line, and the other file is still written.
+/// Where calAllReflections2() refuses, the HKL file has no unobserved reflections, and the log no count of
+/// them.
+///
+/// @param listIndexedPeak  indexed reflections, real indices
+/// @param listCell         a*, b*, c* in Å⁻¹; without a cell the p4p file is empty and nothing is said
+/// @param listOverallTilt  degrees, one per frame
+/// @return true if both files stand
+bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
+                                 const QList<double>& listOverallTilt, const QString& strProjectDir,
+                                 const QString& strProjectName, CRunReport& report);
