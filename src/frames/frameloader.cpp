@@ -14,6 +14,7 @@
 #include <limits>
 #include <new>
 
+#include "app/records/availablememory.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/mrcfile.h"
@@ -24,6 +25,8 @@ namespace {
 /// must be long enough for them at deflate's best ratio, 1032, with eight pixels in a byte.
 constexpr int64_t TRUSTED_PIXELS = int64_t(1) << 26;
 constexpr int64_t PIXELS_PER_BYTE = 8 * 1032;
+/// Up to this many pixels nobody asks how much memory is left.
+constexpr int64_t SMALL_PIXELS = int64_t(1) << 24;
 
 /// Why the pixels of a BMP are not all there; empty if they are. The reader itself does not tell.
 QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
@@ -107,10 +110,22 @@ int readPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
                              QString::number(info.size()));
         return 0;
     }
+    constexpr uint64_t BYTES_PER_PIXEL = 8 + sizeof(float);  // of the largest format, and of the frame
+    if (nPixels > SMALL_PIXELS && !hasMemoryFor(static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL)) {
+        strReason =
+            QStringLiteral("%1 x %2 pixels are more than there is memory for").arg(nWidth).arg(nHeight);
+        return 0;
+    }
     const QByteArray bytesFormat = reader.format();
     // What the file has no bytes for stays as it is in the picture that is handed over: black.
-    QImage picture(static_cast<int>(nWidth), static_cast<int>(nHeight), reader.imageFormat());
-    picture.fill(0);
+    QImage picture;
+    const int nFormat = static_cast<int>(
+        reader.imageFormat());  // of a damaged JPEG anything, none of the enum
+    if (nFormat > QImage::Format_Invalid && nFormat < QImage::NImageFormats) {
+        picture = QImage(static_cast<int>(nWidth), static_cast<int>(nHeight),
+                         static_cast<QImage::Format>(nFormat));
+        picture.fill(0);
+    }
     if (!reader.read(&picture)) {
         strReason = reader.errorString();
         return 0;

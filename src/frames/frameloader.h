@@ -19,7 +19,7 @@
 /// and a red line says why. A stack that ends early gives its whole sections and a black line;
 /// a BMP or JPEG that ends early gives the picture with the missing part black or grey, and such a line.
 /// Pictures of 2^31 pixels or more are refused, and those over 2^26 pixels when the file is too short
-/// for any packing to hold them.
+/// for any packing to hold them; also those that there is no memory for.
 ///
 /// Calls can run side by side when each has its own list and report.
 ///

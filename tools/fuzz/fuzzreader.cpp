@@ -247,7 +247,7 @@ QString readCell(const QString& strFileName, const QByteArray&)
     for (const Vec3D& v : qAsConst(data.m_listCell)) {
         if (!finite(v))
             return QStringLiteral("a vector is no number");
-        bFits = bFits && v.x < 999 && v.y < 999 && v.z < 999;
+        bFits = bFits && v.x < 99 && v.y < 99 && v.z < 99;
     }
     if (!saveUnitCellFile(data, written(strFileName)))
         return QStringLiteral("not written");

@@ -1,0 +1,34 @@
+// Every reader on its folder of fuzzcases: seeds of the fuzzers, and what fuzzers have found.
+#include "fuzz/fuzzreader.h"
+#include "printtexts.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+class FuzzCases : public testing::TestWithParam<FuzzReader> {};
+
+TEST_P(FuzzCases, HoldForEveryCase)
+{
+    const QDir folder(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/") +
+                      QLatin1String(GetParam().pName));
+    const QStringList listCase = folder.entryList(QDir::Files, QDir::Name);
+    EXPECT_FALSE(listCase.isEmpty()) << folder.path().toStdString();
+    for (const QString& strCase : listCase) {
+        QFile file(folder.filePath(strCase));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        // Whole, and cut anywhere.
+        for (int nSize = bytes.size(); nSize >= 0; nSize -= nSize > 300 ? 97 : 7)
+            EXPECT_EQ(readAsFile(GetParam(), bytes.left(nSize)), QString())
+                << strCase.toStdString() << " of " << nSize << " bytes";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, FuzzCases, testing::ValuesIn(fuzzReaders()),
+                         [](const auto& info) { return std::string(info.param.pName); });
+
+}  // namespace
