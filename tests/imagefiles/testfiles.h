@@ -17,16 +17,13 @@ inline QByteArray bytesOf(const QString& strFileName)
 inline void writeBytes(const QString& strFileName, const QByteArray& bytes)
 {
     QFile file(strFileName);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(strFileName);
-    ASSERT_EQ(file.write(bytes), bytes.size());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size())
+        << qPrintable(strFileName);
 }
 
 class FileTest : public ::testing::Test {
 protected:
     QString path(const char* pName) const { return m_dir.filePath(QString::fromUtf8(pName)); }
-    static QString fixture(const char* pName)
-    {
-        return QLatin1String(TESSERA_TEST_DATA "/") + QString(pName);
-    }
+    static QString fixture(const QString& strName) { return QLatin1String(TESSERA_TEST_DATA "/") + strName; }
     QTemporaryDir m_dir;
 };

@@ -10,20 +10,11 @@
 #include <numeric>
 #include <vector>
 
-namespace {
-
-void fillWithIndex(CImgObj<float>& img, int nWidth, int nHeight)
-{
-    ASSERT_EQ(img.Create(nWidth, nHeight), 1);
-    std::iota(img.Data(), img.Data() + nWidth * nHeight, 0.f);
-}
-
-}  // namespace
-
 TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
 {
     CImgObj<float> img;
-    fillWithIndex(img, 7, 5);
+    ASSERT_EQ(img.Create(7, 5), 1);
+    std::iota(img.Data(), img.Data() + 35, 0.f);
     const struct {
         int x, y, w, h;
         bool bInside;

@@ -6,48 +6,31 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <numeric>
 
-namespace {
-
-std::vector<float> numbered(int nWidth, int nHeight)
+// Where each element of a numbered image must be after a cyclic shift.
+static std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 {
     std::vector<float> vec(std::size_t(nWidth) * std::size_t(nHeight));
-    std::iota(vec.begin(), vec.end(), 0.f);
+    for (long y = 0; y < nHeight; y++)
+        for (long x = 0; x < nWidth; x++) {
+            const long nX = ((x + nDX) % nWidth + nWidth) % nWidth;
+            const long nY = ((y + nDY) % nHeight + nHeight) % nHeight;
+            vec[nY * nWidth + nX] = float(y * nWidth + x);
+        }
     return vec;
 }
 
-}  // namespace
-
-TEST(ShiftCenter, MovesElementZeroToTheCentreAndBack)
+TEST(Shifts, PutEveryPixelWhereTheRemainderSays)
 {
-    const int nWidth = 6, nHeight = 4;
-    const auto vecOld = numbered(nWidth, nHeight);
-    auto vec = vecOld;
-    ASSERT_EQ(ShiftCenter(vec.data(), nWidth, nHeight), 1);
-    for (int y = 0; y < nHeight; y++)
-        for (int x = 0; x < nWidth; x++)
-            EXPECT_EQ(vec[(y + 2) % nHeight * nWidth + (x + 3) % nWidth], vecOld[y * nWidth + x]);
-    ShiftCenter(vec.data(), nWidth, nHeight);
-    EXPECT_EQ(vec, vecOld);
-}
-
-TEST(CyclicShift, PutsEveryPixelWhereTheRemainderSays)
-{
-    const int nWidth = 7;
-    const int nHeight = 5;
-    const auto vecOld = numbered(nWidth, nHeight);
     for (int nDX : {0, 1, -1, 7, -8, 20, INT_MAX, INT_MIN})
         for (int nDY : {0, 2, -1, 5, -13, INT_MAX, INT_MIN}) {
-            auto vec = vecOld;
-            ASSERT_EQ(CyclicShift(vec.data(), nWidth, nHeight, nDX, nDY), 1);
-            for (long y = 0; y < nHeight; y++)
-                for (long x = 0; x < nWidth; x++) {
-                    const long nX = ((x + nDX) % nWidth + nWidth) % nWidth;
-                    const long nY = ((y + nDY) % nHeight + nHeight) % nHeight;
-                    ASSERT_EQ(vec[nY * nWidth + nX], vecOld[y * nWidth + x]) << nDX << " " << nDY;
-                }
+            auto vec = numbered(7, 5, 0, 0);
+            ASSERT_EQ(CyclicShift(vec.data(), 7, 5, nDX, nDY), 1);
+            EXPECT_EQ(vec, numbered(7, 5, nDX, nDY)) << nDX << " " << nDY;
         }
+    auto vec = numbered(6, 4, 0, 0);
+    ASSERT_EQ(ShiftCenter(vec.data(), 6, 4), 1);
+    EXPECT_EQ(vec, numbered(6, 4, 3, 2));
 }
 
 TEST(FourierShift, GivesTheImageOfTheMovedFormula)

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
-#include <numeric>
 #include <random>
 #include <vector>
 
@@ -17,9 +16,9 @@ namespace {
 using Complex = std::complex<double>;
 const double dfPi = std::acos(-1.0);
 
-std::vector<COMPLEX> randomImage(int n, unsigned nSeed = 1)
+std::vector<COMPLEX> randomImage(int n)
 {
-    std::mt19937 engine(nSeed);
+    std::mt19937 engine(1);
     std::uniform_real_distribution<float> distribution(-1.f, 1.f);
     std::vector<COMPLEX> vec;
     for (int i = 0; i < n; i++) {
@@ -67,21 +66,20 @@ double largestDifference(const std::vector<COMPLEX>& vecA, const std::vector<Com
     return dfLargest;
 }
 
-bool sameBytes(const std::vector<COMPLEX>& vecA, const std::vector<COMPLEX>& vecB)
-{
-    return vecA.size() == vecB.size() &&
-           !std::memcmp(vecA.data(), vecB.data(), vecA.size() * sizeof(COMPLEX));
-}
-
 }  // namespace
 
 TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
 {
     CAcmlFft fft;
     CDF2 df2;
-    for (const auto& size : {std::pair<int, int>{1, 7}, {8, 8}, {64, 32}, {15, 17}, {50, 13}, {31, 121}})
+    std::vector<std::pair<int, int>> vecSize{{1, 7}, {8, 8}, {64, 32}, {15, 17}, {50, 13}, {31, 121}};
+    for (int n = 1; n <= 64; n++)
+        vecSize.emplace_back(n, 1);
+    // 128 trades 8 × 2 for 4 × 4; squares of primes; primes on both sides of the work vectors
+    for (int n : {128, 160, 169, 343, 720, 1000, 1001, 1999, 2003})
+        vecSize.emplace_back(n, 1);
+    for (const auto& [nW, nH] : vecSize)
         for (bool bDF2 : {false, true}) {
-            const int nW = size.first, nH = size.second;
             SCOPED_TRACE(testing::Message() << nW << " x " << nH << (bDF2 ? ", mixed radix" : ""));
             const auto vecImage = randomImage(nW * nH);
             auto vec = vecImage;
@@ -95,38 +93,16 @@ TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
 // Codelets chosen by the alignment of the caller's buffer would differ in the last bit.
 TEST(CAcmlFft, DoesNotDependOnWhereTheBufferLies)
 {
-    for (const auto& size : {std::pair<int, int>{96, 75}, {128, 64}, {61, 40}}) {
-        const int n = size.first * size.second;
-        const auto vecImage = randomImage(n, 5);
+    for (const auto& [nW, nH] : {std::pair(96, 75), std::pair(128, 64), std::pair(61, 40)}) {
+        const auto vecImage = randomImage(nW * nH);
         std::vector<COMPLEX> vecFirst;
         for (int nOffset = 0; nOffset < 8; nOffset++) {
-            std::vector<COMPLEX> vecBuffer(std::size_t(n) + 8);
-            COMPLEX* pData = vecBuffer.data() + nOffset;
-            std::copy(vecImage.begin(), vecImage.end(), pData);
-            CAcmlFft().Transform(pData, size.first, size.second, -1);
-            const std::vector<COMPLEX> vec(pData, pData + n);
-            EXPECT_TRUE(nOffset == 0 || sameBytes(vec, vecFirst));
+            std::vector<COMPLEX> vec(vecImage.size() + 8);
+            std::copy(vecImage.begin(), vecImage.end(), vec.begin() + nOffset);
+            CAcmlFft().Transform(vec.data() + nOffset, nW, nH, -1);
+            vec.erase(vec.begin(), vec.begin() + nOffset);
+            EXPECT_TRUE(nOffset == 0 || !std::memcmp(vec.data(), vecFirst.data(), 8 * vecImage.size()));
             vecFirst = vec;
         }
-    }
-}
-
-TEST(CDF2, IsTheDefiningSumAtEveryKindOfLength)
-{
-    CDF2 df2;
-    std::vector<int> vecLength(64);
-    std::iota(vecLength.begin(), vecLength.end(), 1);
-    // 128 trades 8 × 2 for 4 × 4; squares of primes; primes on both sides of the work vectors
-    for (int n : {128, 160, 169, 343, 720, 1000, 1001, 1999, 2003})
-        vecLength.push_back(n);
-    for (int n : vecLength) {
-        const auto vecImage = randomImage(n, unsigned(n));
-        auto vecIn = vecImage;
-        std::vector<COMPLEX> vecOut(vecIn.size(), COMPLEX{NAN, NAN});
-        ASSERT_EQ(df2.fft(n, vecIn.data(), vecOut.data(), 0), 1);
-        EXPECT_LT(largestDifference(vecOut, directSum(vecImage, n, 1)), 3e-6 * std::sqrt(double(n))) << n;
-        EXPECT_TRUE(sameBytes(vecIn, vecImage)) << "forward leaves its input";
-        ASSERT_EQ(df2.fft(n, vecOut.data(), vecIn.data(), 1), 1);
-        EXPECT_LT(largestDifference(vecIn, inDouble(vecImage)), 2e-6) << n;
     }
 }
