@@ -4,18 +4,11 @@
 #include "frames/integration.h"
 #include "frames/localmaxima.h"
 #include "frames/peakmask.h"
-
-#include <algorithm>
+#include "frames/wholepixels.h"
 
 namespace {
 
 const double g_dfCandidateFraction = 0.01;  // of the pixels of a frame
-
-// Truncated; what the spin boxes cannot hold is brought into a range that an int can.
-int wholePixels(double df)
-{
-    return df >= 0 ? int(std::min(df, 1e8)) : 0;
-}
 
 }  // namespace
 
@@ -23,8 +16,8 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work)
 {
     FramePeaks peaks;
-    const qint64 nBad = frameSpectrum(imgFrame, work.fft, work.imgSpectrum);
-    if (nBad < 0 || !calBandPassImage(work.imgSpectrum, parameters, filters, work.fft, work.imgProduct,
+    const qint64 nBad = frameSpectrum(imgFrame, work.fft, work.spectrum);
+    if (nBad < 0 || !calBandPassImage(work.spectrum, parameters, filters, work.fft, work.imgProduct,
                                       work.imgBandPass, &work.imgSmooth))
         return peaks;
     peaks.bHunted = true;

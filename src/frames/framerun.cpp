@@ -5,15 +5,6 @@
 
 #include <exception>
 
-QList<QPointF> peakPositions(const QList<Peak3D>& listPeak)
-{
-    QList<QPointF> listPosition;
-    listPosition.reserve(listPeak.size());
-    for (const Peak3D& peak : listPeak)
-        listPosition.append(QPointF(peak.dfX2D, peak.dfY2D));
-    return listPosition;
-}
-
 CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName)
     : m_dataSet(dataSet), m_report(report), m_strName(strName), m_listFile(dataSet.m_listFrameFile)
 {}

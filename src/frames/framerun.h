@@ -5,16 +5,9 @@
 #include "app/records/runreport.h"
 #include "imaging/imgobj.h"
 
-#include <QPointF>
 #include <QStringList>
 
 #include <functional>
-
-/// Positions on a frame, raw pixels, for the view; the frame's image stands in m_vecFrameImage by then.
-using FnFramePositions = std::function<void(int nFrame, const QList<QPointF>& listPosition)>;
-
-/// Positions of peaks on the raw frame, pixels.
-QList<QPointF> peakPositions(const QList<Peak3D>& listPeak);
 
 /// One run over the frames of a series under the flag m_bRunning: start line, progress, stop requests,
 /// frame after frame, end line. The flag is cleared when the object goes, whichever way the run ends.

@@ -3,6 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/bandpass.h"
 #include "frames/framehunt.h"
+#include "frames/framerun.h"
 #include "frames/integration.h"
 
 #include <algorithm>
@@ -14,9 +15,9 @@ namespace {
 bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting, CPeakFilters& filters,
                  FrameHuntWork& work, qint64& nBad)
 {
-    nBad = frameSpectrum(img, work.fft, work.imgSpectrum);
+    nBad = frameSpectrum(img, work.fft, work.spectrum);
     return nBad >= 0 && updatePeakFilters(hunting, img.Width(), img.Height(), filters) &&
-           filterSpectrum(work.imgSpectrum, filters, work.fft, work.imgProduct, &work.imgSmooth, nullptr);
+           filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, &work.imgSmooth, nullptr);
 }
 
 // Both intensities of the peaks on a smoothed frame; false if one lies outside.

@@ -4,8 +4,8 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runparameters.h"
 #include "app/records/runreport.h"
-#include "frames/framerun.h"
 #include "frames/peakfilters.h"
+#include "frames/peakpositions.h"
 
 #include <QVector>
 

@@ -3,10 +3,10 @@
 
 #include "app/tabwidget.h"
 #include "app/windowreport.h"
+#include "frames/frametargets.h"
 #include "frames/imageseries.h"
 #include "frames/pages/framespage.h"
 #include "frames/scaledframes.h"
-#include "frames/seriesexport.h"
 #include "frames/smvexport.h"
 #include "frameview/originalimgscene.h"
 #include "imagefiles/imagenames.h"

@@ -6,6 +6,7 @@
 #include "frames/framehunt.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/peakhunting.h"
+#include "frames/peakpositions.h"
 #include "frames/smoothedimage.h"
 #include "frameview/originalimgscene.h"
 
@@ -34,11 +35,7 @@ void MainWindow::runPeakHunting()
                 clearCircleMarks();
                 return;
             }
-            QList<QPointF> listPos;
-            listPos.reserve(listPeak.size());
-            for (const Peak3D& peak : listPeak)
-                listPos.append({peak.dfX2D, peak.dfY2D});
-            showCrossMarks(listPos, Qt::green, g_nCrossSize);
+            showCrossMarks(peakPositions(listPeak), Qt::green, g_nCrossSize);
             refreshImageView();
         };
         options.fnAfterStored = [&] {

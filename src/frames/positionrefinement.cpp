@@ -1,6 +1,7 @@
 #include "frames/positionrefinement.h"
 
 #include "crystal/reflectionindices.h"
+#include "frames/framerun.h"
 #include "imaging/peakfit2d.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 

@@ -3,7 +3,7 @@
 
 #include "app/dataset/dataset.h"
 #include "app/records/runreport.h"
-#include "frames/framerun.h"
+#include "frames/peakpositions.h"
 
 #include <QVector>
 

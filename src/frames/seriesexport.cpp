@@ -2,31 +2,14 @@
 
 #include "app/records/timestamp.h"
 #include "frames/frameloader.h"
+#include "frames/frametargets.h"
+#include "frames/somenames.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QHash>
-#include <QSet>
 
 #include <exception>
 
-#include <sys/stat.h>
-
 namespace {
-
-/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
-/// that links and the case of letters, where the file system does not mind it, make no difference.
-QString pathKey(const QString& strFile)
-{
-    const QFileInfo info(strFile);
-    struct stat status = {};
-    if (stat(QFile::encodeName(strFile).constData(), &status) == 0)
-        return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
-    const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
-                           info.fileName());
-}
 
 /// Which frames gave a file.
 struct Writers {
@@ -158,35 +141,6 @@ bool CExport::run()
 }
 
 }  // namespace
-
-QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile, int* pnCount)
-{
-    QSet<QString> setFrame;
-    for (const QString& strFrame : listFrameFile)
-        setFrame.insert(pathKey(strFrame));
-    QSet<QString> setHit;
-    QString strFirst;
-    for (const QString& strTarget : listTarget) {
-        const QString strKey = pathKey(strTarget);
-        if (!setFrame.contains(strKey))
-            continue;
-        if (setHit.isEmpty())
-            strFirst = strTarget;
-        setHit.insert(strKey);
-    }
-    if (pnCount)
-        *pnCount = setHit.size();
-    return strFirst;
-}
-
-QString someNames(const QStringList& listName)
-{
-    const int nMost = 10;
-    const QString strNames = QStringList(listName.mid(0, nMost)).join(QStringLiteral(", "));
-    return listName.size() <= nMost
-               ? strNames
-               : QStringLiteral("%1 and %2 more").arg(strNames).arg(listName.size() - nMost);
-}
 
 bool exportSeries(const SeriesExport& what, CRunReport& report)
 {

@@ -29,14 +29,6 @@ struct SeriesExport {
         fnWrite;
 };
 
-/// The first frame file that one of the targets is, also by way of a link; empty if none is.
-/// @param pnCount  may be null; how many of the targets are frame files
-QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile,
-                          int* pnCount = nullptr);
-
-/// The names with commas between them, but no more than ten: "... and N more".
-QString someNames(const QStringList& listName);
-
 /// Walks the series from frame to frame and writes the first image of each to its file.
 ///
 /// - An export that would overwrite a frame of its own series is refused as a whole, with a red line.

@@ -5,6 +5,7 @@
 #include "frames/badpixels.h"
 #include "frames/frameloader.h"
 #include "frames/summedmapbeam.h"
+#include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
 #include "imaging/correlation.h"
@@ -18,7 +19,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 
-#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -27,11 +27,6 @@ namespace {
 const int g_nLeastSide = 16;  // keeps the ring mask and the correlation's peak box in the region
 const double g_dfSaturation = 100000.0;
 const int g_nFitHalfSize = 64;
-
-int wholePixel(double df)
-{
-    return std::fabs(df) < 1e9 ? int(df) : -1000000000;
-}
 
 // The square that is compared, in raw pixels of every frame.
 struct Square {
@@ -241,7 +236,8 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames == 0)
         return false;
-    Square square{wholePixel(rcRegion.x()), wholePixel(rcRegion.y()), wholePixel(rcRegion.width())};
+    const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };  // none: outside
+    Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
     if (square.nSide < g_nLeastSide) {
         report.addMessage(
             QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide),

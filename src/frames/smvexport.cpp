@@ -1,24 +1,11 @@
 #include "frames/smvexport.h"
 
 #include "frames/seriesexport.h"
+#include "frames/wholepixels.h"
 #include "imagefiles/smvfile.h"
 #include "imaging/imageshifts.h"
 
 #include <QFileInfo>
-
-#include <algorithm>
-#include <cmath>
-
-namespace {
-
-/// A shift taken back, in whole pixels; one from a file may be anything.
-int takenBack(double dfShift)
-{
-    const double dfLimit = 1e9;
-    return std::isnan(dfShift) ? 0 : int(std::clamp(-dfShift, -dfLimit, dfLimit));
-}
-
-}  // namespace
 
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
@@ -62,8 +49,8 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
         set("OSC_START", dfTilt, 2);
         set("OSC_RANGE", dfStep, 2);
         const QPointF ptShift = listShift[nFrame];
-        CyclicShift(image.Data(), image.Width(), image.Height(), takenBack(ptShift.x()),
-                    takenBack(ptShift.y()));
+        CyclicShift(image.Data(), image.Width(), image.Height(), -wholePixels(ptShift.x()),
+                    -wholePixels(ptShift.y()));
         return writeSmvImage(strHeader, image, strTarget, &strReason);
     };
     return exportSeries(what, report);

@@ -1,6 +1,7 @@
 #include "frames/summedframes.h"
 
 #include "frames/frameloader.h"
+#include "frames/wholepixels.h"
 #include "imagefiles/mrcfile.h"
 #include "imaging/imageshifts.h"
 
@@ -40,11 +41,6 @@ QString frameListText(const std::vector<int>& vecFrame)
     for (int nFrame : vecFrame)
         strText += QStringLiteral("%1").arg(nFrame + 1, 5);
     return strText;
-}
-
-int wholePixels(double df)
-{
-    return std::fabs(df) < 1e9 ? int(df) : 0;
 }
 
 class CSummedExport {

@@ -7,8 +7,8 @@
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
-#include "frameview/markoverlay.h"
 #include "frameview/originalimgscene.h"
+#include "frameview/replacemarks.h"
 #include "frameview/textdatawidget.h"
 #include "frameview/textitem.h"
 

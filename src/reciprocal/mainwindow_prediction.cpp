@@ -1,8 +1,8 @@
 // MainWindow: where reflections are expected on the frame in view.
 #include "app/mainwindow.h"
 
-#include "frames/framerun.h"
 #include "frames/pages/extractionpage.h"
+#include "frames/peakpositions.h"
 #include "frameview/originalimgscene.h"
 #include "reciprocal/predictedpositions.h"
 

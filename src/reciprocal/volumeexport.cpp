@@ -2,7 +2,7 @@
 
 #include "app/records/timestamp.h"
 #include "frames/frameloader.h"
-#include "frames/seriesexport.h"
+#include "frames/frametargets.h"
 #include "reciprocal/geometry/rotationgeometry.h"
 #include "reciprocal/reciprocalvolume.h"
 

@@ -4,7 +4,8 @@
 #include "app/records/timestamp.h"
 #include "app/records/wholefile.h"
 #include "app/windowreport.h"
-#include "frames/seriesexport.h"
+#include "frames/frametargets.h"
+#include "frames/somenames.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 

@@ -2,7 +2,7 @@
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
-#include "frameview/markoverlay.h"
+#include "frameview/replacemarks.h"
 #include "testscenes.h"
 
 #include <gtest/gtest.h>

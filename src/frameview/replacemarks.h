@@ -1,24 +1,10 @@
-// Replacing whole lists of marks on a scene at the cost of one repaint.
+// replaceMarks: a whole list of marks on a scene in the place of another.
 #pragma once
 
+#include "frameview/viewupdatepause.h"
+
 #include <QGraphicsScene>
-#include <QGraphicsView>
 #include <QList>
-#include <QPair>
-#include <QPointer>
-
-/// Keeps the views of a scene from repainting while it lives; afterwards each view gets its own mode
-/// of updating back and is repainted once, as a whole, with the next paint event.
-class CViewUpdatePause {
-public:
-    explicit CViewUpdatePause(QGraphicsScene* pScene);
-    ~CViewUpdatePause();
-    CViewUpdatePause(const CViewUpdatePause&) = delete;
-    CViewUpdatePause& operator=(const CViewUpdatePause&) = delete;
-
-private:
-    QList<QPair<QPointer<QGraphicsView>, QGraphicsView::ViewportUpdateMode>> m_listView;
-};
 
 /// Deletes the marks of a list, which owns them, and puts new ones onto the scene in their place.
 ///

@@ -1,4 +1,6 @@
-#include "frameview/markoverlay.h"
+#include "frameview/viewupdatepause.h"
+
+#include <QGraphicsScene>
 
 CViewUpdatePause::CViewUpdatePause(QGraphicsScene* pScene)
 {

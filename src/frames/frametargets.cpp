@@ -1,0 +1,45 @@
+#include "frames/frametargets.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <sys/stat.h>
+
+namespace {
+
+/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
+/// that links and the case of letters, where the file system does not mind it, make no difference.
+QString pathKey(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    struct stat status = {};
+    if (stat(QFile::encodeName(strFile).constData(), &status) == 0)
+        return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
+    const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
+    return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
+                           info.fileName());
+}
+
+}  // namespace
+
+QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile, int* pnCount)
+{
+    QSet<QString> setFrame;
+    for (const QString& strFrame : listFrameFile)
+        setFrame.insert(pathKey(strFrame));
+    QSet<QString> setHit;
+    QString strFirst;
+    for (const QString& strTarget : listTarget) {
+        const QString strKey = pathKey(strTarget);
+        if (!setFrame.contains(strKey))
+            continue;
+        if (setHit.isEmpty())
+            strFirst = strTarget;
+        setHit.insert(strKey);
+    }
+    if (pnCount)
+        *pnCount = setHit.size();
+    return strFirst;
+}
