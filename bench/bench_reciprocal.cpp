@@ -4,7 +4,7 @@
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/differencegroups.h"
 #include "reciprocal/differencevectors.h"
-#include "reciprocal/indexing.h"
+#include "reciprocal/indexspreading.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/predictedpositions.h"

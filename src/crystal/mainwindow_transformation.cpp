@@ -3,7 +3,7 @@
 
 #include "app/windowreport.h"
 #include "crystal/celltransformation.h"
-#include "reciprocal/cellhunting.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/pages/cellpage.h"
 #include "view3d/ed3dwidget.h"
 

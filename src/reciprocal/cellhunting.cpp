@@ -1,13 +1,13 @@
 #include "reciprocal/cellhunting.h"
 
-#include "app/dataset/unitcellfile.h"
 #include "app/records/timestamp.h"
 #include "reciprocal/basisvectors.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/differencevectors.h"
+#include "reciprocal/vectoraveraging.h"
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -20,65 +20,7 @@ bool areFinite(const QList<Vec3D>& listVector)
     });
 }
 
-// Writes the cell in force to the project's unit-cell file; a failure is a red line, and one with its reason.
-void saveProjectCell(DataSet& dataSet, CRunReport& report)
-{
-    if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
-        return;
-    const QString strFileName = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
-                                QStringLiteral(".uc");
-    QString strReason;
-    if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
-        report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),
-                          Qt::red);
-        report.addMessage(strReason, Qt::red);
-    }
-}
-
 }  // namespace
-
-bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const QList<Peak3D>& listViewPoint,
-                                    const QList<int>& listGroupIndex, QList<Peak3D>& listPeak,
-                                    CRunReport& report)
-{
-    if (listViewPoint.isEmpty())
-        return false;
-    std::vector<int> vecID;
-    for (int nIndex : listGroupIndex) {
-        if (nIndex < 0 || nIndex >= listViewPoint.size())
-            continue;
-        const int nID = listViewPoint[nIndex].nID;
-        if (nID < 0)
-            report.addMessage(QStringLiteral("ID: %L1 out of range.").arg(nID), Qt::red);
-        else
-            vecID.push_back(nID);
-    }
-    // Sorted rather than one flag per ID: a strange ID must not cost memory.
-    std::sort(vecID.begin(), vecID.end());
-    QList<Peak3D> listChosen;
-    for (const Peak3D& peak : listPeakMerged)
-        if (std::binary_search(vecID.begin(), vecID.end(), peak.nID))
-            listChosen.append(peak);
-    listPeak = listChosen;
-    return true;
-}
-
-void updateUnitCell(DataSet& dataSet)
-{
-    if (dataSet.m_listCellFound.size() == 3)
-        dataSet.m_listCell = dataSet.m_listCellFound;
-}
-
-bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
-{
-    if (dataSet.m_listCell.size() != 3)
-        return false;
-    dataSet.m_listCellFound = dataSet.m_listCell;
-    saveProjectCell(dataSet, report);
-    dataSet.m_vecPeakIndexedOnFrame.clear();
-    dataSet.m_vecReflectionFrame.clear();
-    return true;
-}
 
 bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                         const CellHuntingParameters& parameters, CRunReport& report, bool bSave,

@@ -1,4 +1,4 @@
-// Difference vectors: the vectors between all pairs of reflections, and the piles that they form.
+// Difference vectors: the vectors between all pairs of reflections.
 #pragma once
 
 #include "app/records/peak3d.h"
@@ -14,10 +14,3 @@
 /// A run that was stopped gives an empty list.
 QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLength, float fMinLength,
                                    CRunReport& report);
-
-/// The centres of the piles of vectors, shortest first, with the summed weight in dfIPoint.
-///
-/// Each vector is averaged with all that lie within `fTolerance` (Å⁻¹) and differ in length by less than
-/// half of it; then the lighter of two neighbours goes, and every pile below a tenth of the heaviest.
-/// Both v and −v stay in the result. A run that was stopped gives an empty list.
-QList<Peak3D> averageDifferenceVectors(const QList<Peak3D>& listVector, float fTolerance, CRunReport& report);

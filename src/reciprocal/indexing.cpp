@@ -3,14 +3,15 @@
 #include "app/records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
-#include "crystal/indexingfiles.h"
 #include "crystal/indexedpeaklist.h"
+#include "crystal/indexingfiles.h"
 #include "crystal/indexingtable.h"
 #include "crystal/reflectionconditions.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
+#include "reciprocal/indexspreading.h"
 #include "reciprocal/reflectiongroups.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Indexing: h, k, l of the merged reflections, spread outwards from the origin.
+// Indexing: the run that gives the merged reflections h, k, l and sorts out what has none.
 #pragma once
 
 #include "app/dataset/dataset.h"
@@ -6,16 +6,6 @@
 #include "app/records/runreport.h"
 
 #include <functional>
-
-/// Gives each reflection its indices from indexed neighbours, or by plain division where there are none.
-///
-/// Sorts `listPeak` by dfDStar and writes dfH, dfK, dfL. A neighbour lies within `fRadius` (Å⁻¹) and counts
-/// when it is indexed and the step from it is whole within `fThreshold`; its weight falls with the distance,
-/// so that the error of the basis does not add up. Passes repeat until one indexes nothing new.
-/// Does nothing without three basis vectors or with a basis that CBasisSolver rejects. Returns false when
-/// the run was stopped; the list is then as it was.
-bool indexReflections(QList<Peak3D>& listPeak, const QList<Vec3D>& listBasis, float fThreshold, float fRadius,
-                      CRunReport& report);
 
 /// How an indexing run ended.
 enum class IndexingStatus { Finished, NoCell, NothingSelected, CoPlanarBasis, Stopped };

@@ -1,8 +1,8 @@
-// The spreading of indices from reflection to reflection.
+#include "reciprocal/indexspreading.h"
+
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/bydstar.h"
-#include "reciprocal/indexing.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,10 @@
 #include "app/dataset/unitcellfile.h"
 #include "app/windowreport.h"
 #include "crystal/cellarithmetic.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/pages/cellpage.h"
+#include "reciprocal/reflectionselection.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 

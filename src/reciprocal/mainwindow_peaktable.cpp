@@ -1,5 +1,6 @@
 // MainWindow: the peak table.
 #include "app/mainwindow.h"
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
@@ -16,6 +17,7 @@
 #include <QTableView>
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -27,13 +29,45 @@ struct Column {
     bool bFixed;  ///< stays shown or hidden as it is
 };
 
-const Column g_aColumn[g_nPeakTableColumns] = {
+constexpr Column g_aColumn[] = {
     {50, false, false}, {50, true, false},  {50, true, false},  {50, true, false},  {50, false, true},
     {50, false, true},  {50, false, true},  {60, false, false}, {60, true, true},   {50, false, false},
     {50, false, false}, {60, false, false}, {60, true, true},   {70, true, true},   {70, true, false},
     {70, true, true},   {60, false, false}, {60, false, false}, {50, false, false}, {50, false, false},
     {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false},
     {50, false, false}};
+static_assert(std::size(g_aColumn) == g_nPeakTableColumns, "each column has its width");
+
+QVector<QString> columnTips()
+{
+    return {
+        MainWindow::tr("Number of the reflection, from the merging."),
+        MainWindow::tr("h before rounding."),
+        MainWindow::tr("k before rounding."),
+        MainWindow::tr("l before rounding."),
+        MainWindow::tr("h; * if it is not whole within the index threshold."),
+        MainWindow::tr("k; * if it is not whole within the index threshold."),
+        MainWindow::tr("l; * if it is not whole within the index threshold."),
+        MainWindow::tr("Intensity, counts, as chosen for the merging."),
+        MainWindow::tr("Height of the curve that was fitted through the frames."),
+        MainWindow::tr("Spacing of the lattice planes, Å."),
+        MainWindow::tr("Distance from the origin of reciprocal space, Å⁻¹."),
+        MainWindow::tr("Frame on which the reflection is strongest, from 1."),
+        MainWindow::tr("Frame number at the top of the fitted curve."),
+        MainWindow::tr("Half width of the fitted curve, frames."),
+        MainWindow::tr("Distance from the rotation axis, pixels."),
+        MainWindow::tr("Half width times distance from the rotation axis: alike for all sharp reflections."),
+        MainWindow::tr("Azimuth on the frame, degrees counter-clockwise from the right."),
+        MainWindow::tr("Angle to the rotation axis, degrees."),
+        MainWindow::tr("Column on the frame, pixels."),
+        MainWindow::tr("Row on the frame, pixels."),
+        MainWindow::tr("Column relative to the direct beam, pixels."),
+        MainWindow::tr("Row relative to the direct beam, pixels."),
+        MainWindow::tr("Column relative to the direct beam with the stretching undone, pixels."),
+        MainWindow::tr("Row relative to the direct beam with the stretching undone, pixels."),
+        MainWindow::tr("0 if the space group of \"Reflection Grouping\" forbids the reflection, else 1."),
+        MainWindow::tr("Number of the group of equivalent reflections.")};
+}
 
 /// The text of a cell without the no-break spaces, wide and narrow, that locales put between groups of
 /// digits: other programs don't read numbers that have them.
@@ -53,6 +87,10 @@ void MainWindow::createPeakTable()
     m_pPeakTableModel = new TableModel(m_pPeakTableView);
     m_pPeakTableModel->setDefaultAlignment(g_nRightAlignment);
     m_pPeakTableModel->setHeader(m_mapColumnName.values().toVector());
+    m_pPeakTableModel->setHeaderTips(columnTips());
+    explainArea(m_pPeakTableView,
+                tr("All merged reflections. A click on a row shows its curve through the frames, "
+                   "a click on a title sorts; the right button on a title chooses columns."));
     // A view has columns only as long as there is a row.
     m_pPeakTableModel->setRows({QVector<QString>(g_nPeakTableColumns, QStringLiteral("0"))});
     auto* pSorted = new MySortFilterProxyModel(m_pPeakTableView);
@@ -72,6 +110,7 @@ void MainWindow::createPeakTable()
         m_pPeakTableView->setColumnHidden(i, g_aColumn[i].bHidden);
         auto* pAction = new QAction(m_pPeakTableModel->headerData(i, Qt::Horizontal).toString(), this);
         pAction->setCheckable(true);
+        explain(pAction, columnTips()[i]);
         pAction->setChecked(!g_aColumn[i].bHidden);
         pAction->setEnabled(!g_aColumn[i].bFixed);
         connect(pAction, &QAction::toggled, this, &MainWindow::updatePeakTableColumnVisability);

@@ -5,6 +5,7 @@
 #include "reciprocal/mapping.h"
 
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -24,46 +25,51 @@ QVector<QVector<QString>> peakTableRows(const QList<Peak3D>& listPeak, const Dat
     QVector<QVector<QString>> vecRow;
     vecRow.reserve(listPeak.size());
     for (const Peak3D& peak : listPeak) {
-        QVector<QString> vecCell(g_nPeakTableColumns);
-        vecCell[0] = QString::number(peak.nID);
-        vecCell[1] = QString::number(peak.dfH, 'f', 2);
-        vecCell[2] = QString::number(peak.dfK, 'f', 2);
-        vecCell[3] = QString::number(peak.dfL, 'f', 2);
+        QString strH = QStringLiteral("*"), strK = strH, strL = strH;
         bool bAllowed = true;
         if (isCloseToInteger(peak, float(dfIndexThreshold))) {
             const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
-            vecCell[4] = QString::number(nH);
-            vecCell[5] = QString::number(nK);
-            vecCell[6] = QString::number(nL);
+            strH = QString::number(nH);
+            strK = QString::number(nK);
+            strL = QString::number(nL);
             bAllowed = (nH == 0 && nK == 0 && nL == 0) || !dataSet.m_spaceGroup.isAbsent(nH, nK, nL);
-        } else {
-            vecCell[4] = vecCell[5] = vecCell[6] = QStringLiteral("*");
         }
-        vecCell[7] = locale.toString(peak.dfIPoint, 'f', 1);
-        vecCell[8] = locale.toString(peak.dfIntFit, 'f', 1);
-        vecCell[9] = locale.toString(peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar, 'f', 2);
-        vecCell[10] = locale.toString(peak.dfDStar, 'f', 3);
-        vecCell[11] = QString::number(peak.nFrame + 1);
-        vecCell[12] = frameText(peak.dfFrameFit, locale);
-        vecCell[13] = locale.toString(peak.dfHalfWidth, 'f', 2);
         const QPointF ptRaw(peak.dfX2D, peak.dfY2D);
-        const double dfDistance = double(
-            calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, ptRaw));
-        vecCell[14] = locale.toString(dfDistance, 'f', 1);
-        vecCell[15] = locale.toString(dfDistance * peak.dfHalfWidth, 'f', 1);
         const QPointF ptCentred = calPeak2DPosCenterCorrected(centres, peak.nFrame, ptRaw);
-        vecCell[16] = locale.toString(screenAzimuth360(ptCentred.x(), ptCentred.y()), 'f', 1);
-        vecCell[17] = locale.toString(
-            double(calAngleToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame, peak)), 'f', 1);
-        vecCell[18] = locale.toString(peak.dfX2D, 'g', 6);
-        vecCell[19] = locale.toString(peak.dfY2D, 'g', 6);
-        vecCell[20] = locale.toString(ptCentred.x(), 'f', 2);
-        vecCell[21] = locale.toString(ptCentred.y(), 'f', 2);
-        vecCell[22] = locale.toString(peak.dfX2DCorrected, 'f', 2);
-        vecCell[23] = locale.toString(peak.dfY2DCorrected, 'f', 2);
-        vecCell[24] = QString::number(bAllowed ? 1 : 0);
-        vecCell[25] = QString::number(peak.nRGroup);
-        vecRow.append(vecCell);
+        const double dfAxis = dataSet.m_dfRotationAxis;
+        const double dfDistance = double(calDistanceToRotationAxis(centres, dfAxis, peak.nFrame, ptRaw));
+        const double dfAngle = double(calAngleToRotationAxis(centres, dfAxis, peak.nFrame, peak));
+        const auto fixed = [&locale](double df, int nDecimals) {
+            return locale.toString(df, 'f', nDecimals);
+        };
+        const QString aCell[] = {QString::number(peak.nID),
+                                 QString::number(peak.dfH, 'f', 2),
+                                 QString::number(peak.dfK, 'f', 2),
+                                 QString::number(peak.dfL, 'f', 2),
+                                 strH,
+                                 strK,
+                                 strL,
+                                 fixed(peak.dfIPoint, 1),
+                                 fixed(peak.dfIntFit, 1),
+                                 fixed(peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar, 2),
+                                 fixed(peak.dfDStar, 3),
+                                 QString::number(peak.nFrame + 1),
+                                 frameText(peak.dfFrameFit, locale),
+                                 fixed(peak.dfHalfWidth, 2),
+                                 fixed(dfDistance, 1),
+                                 fixed(dfDistance * peak.dfHalfWidth, 1),
+                                 fixed(screenAzimuth360(ptCentred.x(), ptCentred.y()), 1),
+                                 fixed(dfAngle, 1),
+                                 locale.toString(peak.dfX2D, 'g', 6),
+                                 locale.toString(peak.dfY2D, 'g', 6),
+                                 fixed(ptCentred.x(), 2),
+                                 fixed(ptCentred.y(), 2),
+                                 fixed(peak.dfX2DCorrected, 2),
+                                 fixed(peak.dfY2DCorrected, 2),
+                                 QString::number(bAllowed ? 1 : 0),
+                                 QString::number(peak.nRGroup)};
+        static_assert(std::size(aCell) == g_nPeakTableColumns, "each column has its text");
+        vecRow.append(QVector<QString>(std::begin(aCell), std::end(aCell)));
     }
     return vecRow;
 }

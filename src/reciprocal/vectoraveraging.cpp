@@ -1,6 +1,6 @@
-// Averaging of difference vectors, and the suppression of all but the heaviest pile in a neighbourhood.
+#include "reciprocal/vectoraveraging.h"
+
 #include "reciprocal/bydstar.h"
-#include "reciprocal/differencevectors.h"
 #include "reciprocal/vectorgrid.h"
 
 #include <algorithm>

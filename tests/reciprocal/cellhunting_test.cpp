@@ -1,8 +1,11 @@
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/basisvectors.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/plainloops.h"
+#include "reciprocal/reflectionselection.h"
 #include "reciprocal/simulatedlattice.h"
+#include "reciprocal/vectoraveraging.h"
 #include "recordingreport.h"
 
 #include "app/dataset/unitcellfile.h"

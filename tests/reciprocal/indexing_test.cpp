@@ -2,6 +2,7 @@
 #include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
+#include "reciprocal/indexspreading.h"
 #include "reciprocal/plainloops.h"
 #include "reciprocal/reflectiongroups.h"
 #include "reciprocal/simulatedlattice.h"

@@ -1,0 +1,35 @@
+#include "reciprocal/cellcommit.h"
+
+#include "app/dataset/unitcellfile.h"
+#include "app/records/timestamp.h"
+
+void updateUnitCell(DataSet& dataSet)
+{
+    if (dataSet.m_listCellFound.size() == 3)
+        dataSet.m_listCell = dataSet.m_listCellFound;
+}
+
+bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
+{
+    if (dataSet.m_listCell.size() != 3)
+        return false;
+    dataSet.m_listCellFound = dataSet.m_listCell;
+    saveProjectCell(dataSet, report);
+    dataSet.m_vecPeakIndexedOnFrame.clear();
+    dataSet.m_vecReflectionFrame.clear();
+    return true;
+}
+
+void saveProjectCell(DataSet& dataSet, CRunReport& report)
+{
+    if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
+        return;
+    const QString strFileName = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
+                                QStringLiteral(".uc");
+    QString strReason;
+    if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
+        report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),
+                          Qt::red);
+        report.addMessage(strReason, Qt::red);
+    }
+}

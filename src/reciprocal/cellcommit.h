@@ -1,0 +1,18 @@
+// Cell commit: what becomes of the data set when a found or a transformed cell is taken over.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runreport.h"
+
+/// The commit of a found basis: m_listCell takes m_listCellFound when that holds three vectors.
+void updateUnitCell(DataSet& dataSet);
+
+/// The commit of a transformed basis: m_listCellFound takes m_listCell, the project's unit-cell file takes
+/// the basis (a red line if it can't be written; the commit stands; without a project there is no file), and
+/// the indexed peaks and the reflections' frames are emptied, since they belong to the former cell.
+/// @return false, with nothing changed, when m_listCell does not hold three vectors
+bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
+
+/// Writes the cell in force to the project's unit-cell file; one that can't be written is a red line with its
+/// reason. Without a project there is no file.
+void saveProjectCell(DataSet& dataSet, CRunReport& report);
