@@ -331,6 +331,7 @@ private:
     void updateManualLength(int nVector);
     void rotateAlong(int nVector, bool bReciprocal);
     double rotationStep();
+    void turn3DView(void (ED3DWidget::*pTurn)(double), int nSign);
     void startManualCell();
     void clearCurve();
     void showLattice();

@@ -206,10 +206,12 @@ void MainWindow::restorePointGroups()
         m_dataSet.m_listPeakFrameShown = restored.listPeakFrameShown;
         const QuietView quiet(*m_pView3DRaw);
         m_pView3DRaw->setPoints(restored.listPeakFlat);
+        QList<PointGroup> listGroup{{m_pView3DRaw->groupLabels()[0], {}, m_pView3DRaw->groupColors()[0]}};
         for (int g = 1; g < restored.listGroupPoint.size(); ++g)
             if (!restored.listGroupPoint[g].isEmpty())
-                m_pView3DRaw->insertPointGroup(g, QStringLiteral("Label%1").arg(g),
-                                               restored.listGroupPoint[g], ED3DWidget::nextGroupColor());
+                listGroup.append({QStringLiteral("Label%1").arg(g), restored.listGroupPoint[g],
+                                  ED3DWidget::nextGroupColor()});
+        m_pView3DRaw->setPointGroups(listGroup);
         m_bRawViewHoldsPeaks = true;
         updatePeakGroupsFromView();  // gaps in the numbers have closed
     });

@@ -48,13 +48,10 @@ void MainWindow::showPeaksIn3D()
         const QuietView quiet(*m_pView3DRaw);
         const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, m_pView3DRaw->points(),
                                                                     nGroups);
-        m_pView3DRaw->setGroupLabel(0, kept.listLabel[0]);
-        m_pView3DRaw->setGroupColor(0, kept.listColor[0]);
-        for (int g = 1; g < nGroups; ++g)
-            m_pView3DRaw->insertPointGroup(g, kept.listLabel[g], listGroupPoint[g], kept.listColor[g]);
+        QList<PointGroup> listGroup;
         for (int g = 0; g < nGroups; ++g)
-            if (!kept.listVisible[g])
-                m_pView3DRaw->setGroupVisible(g, false);
+            listGroup.append({kept.listLabel[g], listGroupPoint[g], kept.listColor[g], kept.listVisible[g]});
+        m_pView3DRaw->setPointGroups(listGroup);
     });
 }
 

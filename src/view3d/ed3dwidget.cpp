@@ -1,5 +1,7 @@
 #include "view3d/ed3dwidget.h"
 
+#include "view3d/cloud/picking.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QColorDialog>
@@ -113,8 +115,7 @@ void ED3DWidget::getLatticeRange(int& nH, int& nK, int& nL) const
 
 void ED3DWidget::setShowLatticePoints(bool bShow)
 {
-    m_bShowLatticePoints = bShow;
-    update();
+    setShown(m_bShowLatticePoints, bShow);
 }
 
 bool ED3DWidget::showLatticePoints() const
@@ -124,8 +125,7 @@ bool ED3DWidget::showLatticePoints() const
 
 void ED3DWidget::setShowLatticeLines(bool bShow)
 {
-    m_bShowLatticeLines = bShow;
-    update();
+    setShown(m_bShowLatticeLines, bShow);
 }
 
 bool ED3DWidget::showLatticeLines() const
@@ -135,8 +135,7 @@ bool ED3DWidget::showLatticeLines() const
 
 void ED3DWidget::setShowCanvasGrid(bool bShow)
 {
-    m_bShowCanvasGrid = bShow;
-    update();
+    setShown(m_bShowCanvasGrid, bShow);
 }
 
 bool ED3DWidget::showCanvasGrid() const
@@ -209,6 +208,12 @@ void ED3DWidget::setCamera(const float* pfRotation, float fPanX, float fPanY, fl
     m_camera.m_fPanY = fPanY;
     m_camera.m_fZoom = fZoom;
     update();
+}
+
+void ED3DWidget::setPointGroups(const QList<PointGroup>& listGroup)
+{
+    if (m_groups.setGroups(listGroup))
+        updatePointGroups();
 }
 
 void ED3DWidget::insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
@@ -309,32 +314,27 @@ QColor ED3DWidget::nextGroupColor()
 
 void ED3DWidget::setLightIntensity(int l)
 {
-    m_fLightIntensity = float(((l - 10) * 0.02 + 0.4) / 0.4);
-    update();
+    setShown(m_fLightIntensity, float(((l - 10) * 0.02 + 0.4) / 0.4));
 }
 
 void ED3DWidget::setLight(bool l)
 {
-    m_bLight = l;
-    update();
+    setShown(m_bLight, l);
 }
 
 void ED3DWidget::setAspectRatio(bool a)
 {
-    m_bKeepAspect = a;
-    update();
+    setShown(m_bKeepAspect, a);
 }
 
 void ED3DWidget::setBackgroundColor(QColor c)
 {
-    m_colorBackground = c;
-    update();
+    setShown(m_colorBackground, c);
 }
 
 void ED3DWidget::setCanvasGridColor(QColor c)
 {
-    m_colorCanvasGrid = c;
-    update();
+    setShown(m_colorCanvasGrid, c);
 }
 
 void ED3DWidget::setPointSizeRatio(double fRatio)
@@ -371,8 +371,7 @@ void ED3DWidget::setPointAlpha(float fPointAlpha)
 
 void ED3DWidget::setCanvasGridAlpha(float fCanvasGridAlpha)
 {
-    m_fCanvasGridAlpha = fCanvasGridAlpha;
-    update();
+    setShown(m_fCanvasGridAlpha, fCanvasGridAlpha);
 }
 
 void ED3DWidget::addSelectedPeaksAsNewGroup()
@@ -410,8 +409,7 @@ void ED3DWidget::setDisplayMode(QAction*)
 
 void ED3DWidget::setPlainDrawing(bool bPlain)
 {
-    m_bPlainDrawing = bPlain;
-    update();
+    setShown(m_bPlainDrawing, bPlain);
 }
 
 // ---- Mouse and keys

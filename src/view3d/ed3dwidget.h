@@ -68,6 +68,9 @@ public:
     void getCamera(float* pfRotation, float& fPanX, float& fPanY, float& fZoom) const;
     void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
 
+    /// Replaces all groups at once: one look at the points and one signal, however many there are. The first
+    /// becomes group 0, which takes the points that no other holds. An empty list changes nothing.
+    void setPointGroups(const QList<PointGroup>& listGroup);
     /// Inserts a shown group of point indices at nIndex, or at the end where nIndex lies past it.
     void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
                           const QColor& color);
@@ -148,6 +151,13 @@ protected:
 private:
     enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand };
 
+    /// Sets a member that only the drawing reads.
+    template <class Value>
+    void setShown(Value& member, const Value& value)
+    {
+        member = value;
+        update();
+    }
     void reportContextFailure(const QString& strMessage);
     bool makeContextCurrent();
     void showMenu(const QPoint& ptGlobal);

@@ -201,38 +201,39 @@ double MainWindow::rotationStep()
     return bOk ? dfStep : 0;
 }
 
-void MainWindow::rotate3DViewUp()
+/// Turns the view by one step of the page, forwards or back.
+void MainWindow::turn3DView(void (ED3DWidget::*pTurn)(double), int nSign)
 {
     if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenX(-rotationStep());
+        (m_pView3DCurrent->*pTurn)(nSign * rotationStep());
+}
+
+void MainWindow::rotate3DViewUp()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenX, -1);
 }
 
 void MainWindow::rotate3DViewDown()
 {
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenX(rotationStep());
+    turn3DView(&ED3DWidget::rotateAroundScreenX, 1);
 }
 
 void MainWindow::rotate3DViewLeft()
 {
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenY(-rotationStep());
+    turn3DView(&ED3DWidget::rotateAroundScreenY, -1);
 }
 
 void MainWindow::rotate3DViewRight()
 {
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenY(rotationStep());
+    turn3DView(&ED3DWidget::rotateAroundScreenY, 1);
 }
 
 void MainWindow::rotate3DViewClockwise()
 {
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenZ(-rotationStep());
+    turn3DView(&ED3DWidget::rotateAroundScreenZ, -1);
 }
 
 void MainWindow::rotate3DViewCounterClockwise()
 {
-    if (m_pView3DCurrent)
-        m_pView3DCurrent->rotateAroundScreenZ(rotationStep());
+    turn3DView(&ED3DWidget::rotateAroundScreenZ, 1);
 }

@@ -2,24 +2,15 @@
 #pragma once
 
 #include "app/records/vec3d.h"
-
-#include <array>
-
-/// 4×4 matrix in single precision, column by column as OpenGL keeps them.
-typedef std::array<float, 16> Matrix4;
-
-Matrix4 identityMatrix();
-/// a·b, each sum of four products in single precision.
-Matrix4 multiplied(const Matrix4& a, const Matrix4& b);
-/// Rotation by dfAngle (degrees) about an axis of any length, as of glRotate. An axis of length 0 or that is
-/// no number gives the identity, whatever the angle.
-Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis);
-/// As of glOrtho.
-Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar);
+#include "view3d/cloud/matrix4.h"
 
 /// A direction of the mouse on the half ball that fills the widget: (x, y) in its pixels from the upper left
 /// corner, z towards the viewer. Unit length; beyond the ball's edge in the plane of the screen.
 Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight);
+
+/// The square of the greater side about the middle of a widget, or with bKeepAspect false all of it.
+/// Device pixels: left, bottom, width, height.
+void squareViewport(int nWidth, int nHeight, bool bKeepAspect, int* pViewport);
 
 /// Where the viewer stands.
 class CCamera {

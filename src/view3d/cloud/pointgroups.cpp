@@ -11,22 +11,37 @@ void CPointGroups::reset(int nPointCount)
 {
     m_vecSelected.assign(size_t(nPointCount), 0);
     m_listSelected.clear();
-    m_listGroupLabel = QStringList{QStringLiteral("Unlabeled")};
-    m_listGroupColor = {QColor(Qt::white)};
-    m_listGroupVisible = {true};
-    m_listGroupPoint = {QList<int>()};
-    m_listGroupBits = {Bits((size_t(nPointCount) + 63) / 64, 0)};
+    setGroups({{QStringLiteral("Unlabeled"), {}, Qt::white}});
+}
+
+bool CPointGroups::setGroups(const QList<PointGroup>& listGroup)
+{
+    if (listGroup.isEmpty())
+        return false;
+    m_listGroupLabel.clear();
+    m_listGroupPoint.clear();
+    m_listGroupBits.clear();
+    m_listGroupColor.clear();
+    m_listGroupVisible.clear();
+    for (const PointGroup& group : listGroup)
+        putGroup(groupCount(), group);
     updateGroupZero();
+    return true;
 }
 
 void CPointGroups::insertGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
                                const QColor& color)
 {
-    nIndex = std::clamp(nIndex, 0, groupCount());
+    putGroup(std::clamp(nIndex, 0, groupCount()), {strLabel, listPoint, color});
+    updateGroupZero();
+}
+
+void CPointGroups::putGroup(int nIndex, const PointGroup& group)
+{
     Bits bits((m_vecSelected.size() + 63) / 64, 0);
     QList<int> listKnown;
-    listKnown.reserve(listPoint.size());
-    for (int nPoint : listPoint) {
+    listKnown.reserve(group.listPoint.size());
+    for (int nPoint : group.listPoint) {
         if (nPoint < 0 || nPoint >= pointCount())
             continue;
         quint64& nWord = bits[size_t(nPoint) / 64];
@@ -35,12 +50,11 @@ void CPointGroups::insertGroup(int nIndex, const QString& strLabel, const QList<
             listKnown.append(nPoint);
         nWord |= nBit;
     }
-    m_listGroupLabel.insert(nIndex, strLabel);
+    m_listGroupLabel.insert(nIndex, group.strLabel);
     m_listGroupPoint.insert(nIndex, listKnown);
     m_listGroupBits.insert(nIndex, bits);
-    m_listGroupColor.insert(nIndex, color);
-    m_listGroupVisible.insert(nIndex, true);
-    updateGroupZero();
+    m_listGroupColor.insert(nIndex, group.color);
+    m_listGroupVisible.insert(nIndex, group.bVisible);
 }
 
 bool CPointGroups::removeGroups(const QList<int>& listGroup)
