@@ -10,28 +10,23 @@
 
 TEST(ShiftFile, ReadsGoodLinesInTheOrderOfTheirSerials)
 {
-    const struct {
-        const char* strText;
-        int nShifts;  // -1: the read fails
-    } aRow[] = {{"10 20\n1 0 0\n2 0.5 -1\n", 2},
-                {"# c\n10 20 of the beam\n# c\n1 0 0 and more\n#x\n2 1 1\n", 2},
-                {"10 20\n1 0 0\n2 nan 1\n2 1 1\n", 2},
-                {"10 20\n   1-1234.56-1234.56\n", 1},   // touching, but plain all the same
-                {"10 20\n   112345.67    1.00\n", -1},  // touching: serial 112345
-                {"10 20\nno frame\n", 0},
-                {"# a\n# b\n10 20\n", -1},
-                {"inf 20\n1 0 0\n", -1},
-                {"10 20\n1 0 0\n3 0 0\n", -1},
-                {" \n10 20\n1 0 0\n", -1}};
-    for (const auto& row : aRow) {
-        ShiftData shift;
-        shift.dfCenterX = -7;
+    for (const auto& [strText, nShifts] :
+         {std::pair("10 20\n1 0 0\n2 0.5 -1\n", 2),
+          {"# c\n10 20 of the beam\n# c\n1 0 0 and more\n#x\n2 1 1\n", 2},
+          {"10 20\n1 0 0\n2 nan 1\n2 1 1\n", 2},
+          {"10 20\n   1-1234.56-1234.56\n", 1},   // touching, but plain all the same
+          {"10 20\n   112345.67    1.00\n", -1},  // touching: serial 112345
+          {"10 20\nno frame\n", 0},
+          {"# a\n# b\n10 20\n", -1},
+          {"inf 20\n1 0 0\n", -1},
+          {"10 20\n1 0 0\n3 0 0\n", -1},
+          {" \n10 20\n1 0 0\n", -1}}) {
+        ShiftData shift{-7, 0, {}};
         QString strReason;
-        EXPECT_EQ(readShiftLines(splitTextLines(row.strText), shift, &strReason), row.nShifts >= 0)
-            << row.strText;
-        EXPECT_EQ(shift.dfCenterX, row.nShifts >= 0 ? 10 : -7) << row.strText;
-        EXPECT_EQ(shift.listShift.size(), qMax(row.nShifts, 0)) << row.strText;
-        EXPECT_EQ(strReason.isEmpty(), row.nShifts >= 0) << row.strText;
+        EXPECT_EQ(readShiftLines(splitTextLines(strText), shift, &strReason), nShifts >= 0) << strText;
+        EXPECT_EQ(strReason.isEmpty(), nShifts >= 0) << strText;
+        EXPECT_EQ(shift.dfCenterX, nShifts >= 0 ? 10 : -7) << strText;
+        EXPECT_EQ(shift.listShift.size(), qMax(nShifts, 0)) << strText;
     }
 }
 
@@ -126,15 +121,11 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
     QList<Vec3D> listPoint;
     QList<HKLRef> listReflection;
     ASSERT_TRUE(readReflectionList(strFile, listPoint, listReflection));
-    QStringList listText;
+    QString strText;
     for (const Peak3D& peak : peaksOfReflectionList(listPoint, listReflection))
-        listText.append(QString("#%1: %2 %3, d* %4 I %5")
-                            .arg(peak.nID)
-                            .arg(listReflection[peak.nID].nH)
-                            .arg(listReflection[peak.nID].nK)
-                            .arg(peak.dfDStar)
-                            .arg(peak.dfIPoint));
-    EXPECT_EQ(listText, QStringList({"#0: 1 -2, d* 0.5 I 100.5", "#1: 1 0, d* 2 I 7"}));
+        strText += QString::asprintf("#%d: %d %d %g %g; ", peak.nID, listReflection[peak.nID].nH,
+                                     listReflection[peak.nID].nK, peak.dfDStar, peak.dfIPoint);
+    EXPECT_EQ(strText, QString("#0: 1 -2 0.5 100.5; #1: 1 0 2 7; "));
     EXPECT_FALSE(readReflectionList(putFile(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));
     EXPECT_EQ(listPoint.size(), 2);
 }

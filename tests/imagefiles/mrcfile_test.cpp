@@ -140,12 +140,6 @@ TEST_F(Mrc, BrokenHeadersAndCutStacksGiveWhatIsWholeAndAReason)
         EXPECT_EQ(strFile, row.pReason);
         EXPECT_EQ(strBytes, row.pReason);
     }
-    for (const QString& strFile : {path("absent.mrc"), m_dir.path(), QStringLiteral("/dev/zero")}) {
-        ImageList vecImage;
-        QString strReason;
-        EXPECT_EQ(ReadMRC(strFile, vecImage, &strReason), 0);
-        EXPECT_NE(strReason, "");
-    }
 }
 
 TEST_F(Mrc, WritingWhatIsNoStackOrFindsNoRoom)

@@ -34,22 +34,18 @@ TEST(AutoContrast, CutsItsFractionsOffASparseTailAndLowersTheLowLimit)
 
 TEST(FloatToByte, MapsTruncatesAndCutsOff)
 {
-    const struct {
-        float fPixel, fLow, fHigh, fOutMin, fOutMax;
-        int nExpected;
-    } aRow[] = {{50, 0, 100, 0, 255, 127},      {99.9f, 0, 100, 0, 255, 254},
-                {7, 0, 7, 0, 255, 254},      // 255/7 as a float lies a little below
-                {100, 0, 100, 0, 255, 254},  // and so does 2.55
-                {100, 0, 100, 0, 250, 250},     {101, 0, 100, 0, 255, 255},
-                {-1, 0, 100, 0, 255, 0},        {50, 0, 100, 10.9f, 200.9f, 105},
-                {-50, 0, 100, 10.9f, 200, 10},  {500, 0, 100, 10, 200.9f, 200},
-                {50, 0, 100, -100, 500, 127},   {50, 100, 0, 0, 255, 127},
-                {7, 7, 7, 20, 255, 20},         {1e38f, 0, 1e-30f, 0, 255, 255},
-                {-1e38f, 0, 1e-30f, 0, 255, 0}, {NAN, 0, 100, 30, 255, 30}};
-    for (const auto& row : aRow) {
+    // pixel, low, high, least and largest output, byte. 255/7 and 2.55 as floats lie a little below.
+    const float aRow[][6] = {
+        {50, 0, 100, 0, 255, 127},      {99.9f, 0, 100, 0, 255, 254},     {7, 0, 7, 0, 255, 254},
+        {100, 0, 100, 0, 255, 254},     {100, 0, 100, 0, 250, 250},       {101, 0, 100, 0, 255, 255},
+        {-1, 0, 100, 0, 255, 0},        {50, 0, 100, 10.9f, 200.9f, 105}, {-50, 0, 100, 10.9f, 200, 10},
+        {500, 0, 100, 10, 200.9f, 200}, {50, 0, 100, -100, 500, 127},     {50, 100, 0, 0, 255, 127},
+        {7, 7, 7, 20, 255, 20},         {1e38f, 0, 1e-30f, 0, 255, 255},  {-1e38f, 0, 1e-30f, 0, 255, 0},
+        {NAN, 0, 100, 30, 255, 30}};
+    for (const auto& [fPixel, fLow, fHigh, fOutMin, fOutMax, fExpected] : aRow) {
         unsigned char byte = 77;
-        ASSERT_EQ(FloatToByte(&row.fPixel, &byte, 1, row.fLow, row.fHigh, row.fOutMin, row.fOutMax), 1);
-        EXPECT_EQ(int(byte), row.nExpected) << row.fPixel << " in " << row.fLow << " .. " << row.fHigh
-                                            << " to " << row.fOutMin << " .. " << row.fOutMax;
+        ASSERT_EQ(FloatToByte(&fPixel, &byte, 1, fLow, fHigh, fOutMin, fOutMax), 1);
+        EXPECT_EQ(byte, fExpected) << fPixel << " in " << fLow << " .. " << fHigh << " to " << fOutMin
+                                   << " .. " << fOutMax;
     }
 }
