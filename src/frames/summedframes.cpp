@@ -3,6 +3,7 @@
 #include "frames/frameloader.h"
 #include "frames/wholepixels.h"
 #include "imagefiles/mrcfile.h"
+#include "imaging/elementarithmetic.h"
 #include "imaging/imageshifts.h"
 
 #include <QStringList>
@@ -147,8 +148,7 @@ private:
                                .arg(nDY, 3);
             if (nDX != 0 || nDY != 0)
                 CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
-            for (qint64 i = 0; i < m_nCount; ++i)
-                m_imgSum.Data()[i] += pImage->Data()[i];
+            AddFloat(m_imgSum.Data(), pImage->Data(), int(m_nCount));
         }
         return true;
     }
