@@ -45,7 +45,8 @@ TEST(ProjectFile, RefusesWhatCannotBeUsed)
         {g_strGeometry + g_strFrames, ""},
         {g_strGeometry + "FILELIST\nENDFILELIST", ""},  // a data set of no frames
         {"CCDPIXELSIZE 1\nROTATIONAXIS 0\n", "Could not find keyword \"WAVELENGTH\" in the input file."},
-        {g_strGeometry + "FILELIST\nFILE a 1 2 3\n", "Could not find a file list in the input file."},
+        {g_strGeometry + "ENDFILELIST\nFILELIST\nFILE a 1 2 3\n",
+         "Could not find a file list in the input file."},
         {"WAVELENGTH nan\n" + g_strGeometry + g_strFrames, "The value of \"WAVELENGTH\" is no finite"},
         {"CCDPIXELSIZE 4e-7\n" + g_strGeometry + g_strFrames, "The value of \"CCDPIXELSIZE\" is 4e-07;"},
         {"WAVELENGTH -1\n" + g_strGeometry + g_strFrames, "The value of \"WAVELENGTH\" is -1;"},
