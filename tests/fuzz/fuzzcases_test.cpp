@@ -7,14 +7,22 @@
 #include <QDir>
 #include <QFile>
 
+#include <ostream>
+
+void PrintTo(const FuzzReader& reader, std::ostream* pStream);
+void PrintTo(const FuzzReader& reader, std::ostream* pStream)
+{
+    *pStream << reader.pName;
+}
+
 namespace {
 
 class FuzzCases : public testing::TestWithParam<FuzzReader> {};
 
 TEST_P(FuzzCases, HoldForEveryCase)
 {
-    const QDir folder(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/") +
-                      QLatin1String(GetParam().pName));
+    const QDir folder(QDir::cleanPath(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/")) +
+                      QLatin1Char('/') + QLatin1String(GetParam().pName));
     const QStringList listCase = folder.entryList(QDir::Files, QDir::Name);
     EXPECT_FALSE(listCase.isEmpty()) << folder.path().toStdString();
     for (const QString& strCase : listCase) {
@@ -28,7 +36,7 @@ TEST_P(FuzzCases, HoldForEveryCase)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, FuzzCases, testing::ValuesIn(fuzzReaders()),
-                         [](const auto& info) { return std::string(info.param.pName); });
+INSTANTIATE_TEST_SUITE_P(Reader, FuzzCases, testing::ValuesIn(fuzzReaders()),
+                         [](const auto& reader) { return std::string(reader.param.pName); });
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "fuzz/fuzzreader.h"
 
+#include "app/dataset/frametilts.h"
 #include "app/dataset/hotpixelfile.h"
 #include "app/dataset/maskfile.h"
 #include "app/dataset/opening.h"
@@ -340,6 +341,34 @@ QString readHkl(const QString& strFileName, const QByteArray&)
     return bSame ? g_strGood : QStringLiteral("reflections change when written and read");
 }
 
+QString readTiltList(const QString&, const QByteArray& bytes)
+{
+    FrameTilts tilts = evenTilts(1, 7, 0);
+    QString strReason;
+    if (!readTilts(bytes, tilts, &strReason))
+        return strReason.isEmpty() || tilts.size() != 1 || tilts.listStage.value(0) != 7
+                   ? QStringLiteral("a failure without a reason, or one that has changed the tilts")
+                   : g_strGood;
+    const int nFrames = tilts.size();
+    if (nFrames == 0 || tilts.listStage.size() != nFrames || tilts.listBeam.size() != nFrames)
+        return QStringLiteral("lists of different length");
+    QByteArray bytesWritten;
+    for (int i = 0; i < nFrames; ++i) {
+        const double adf[] = {tilts.listStage[i], tilts.listBeam[i], tilts.listOverall[i]};
+        for (double df : adf) {
+            if (!std::isfinite(df))
+                return QStringLiteral("a tilt is no number");
+            bytesWritten += QByteArray::number(df, 'g', 17) + ' ';
+        }
+        bytesWritten += '\n';
+    }
+    FrameTilts tiltsAgain;
+    return readTilts(bytesWritten, tiltsAgain) && tiltsAgain.listStage == tilts.listStage &&
+                   tiltsAgain.listBeam == tilts.listBeam && tiltsAgain.listOverall == tilts.listOverall
+               ? g_strGood
+               : QStringLiteral("tilts change when written and read");
+}
+
 }  // namespace
 
 const std::vector<FuzzReader>& fuzzReaders()
@@ -356,6 +385,7 @@ const std::vector<FuzzReader>& fuzzReaders()
         {"hotpixels", "pixels.txt", readHotPixels},
         {"reflections", "reflections.txt", readReflections},
         {"hkl", "series.hkl", readHkl},
+        {"tilts", "tilts.txt", readTiltList},
     };
     return s_vecReader;
 }

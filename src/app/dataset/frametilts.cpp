@@ -46,10 +46,13 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
         CTextScanner scanner(strLine);
         std::vector<double> vecNumber;
         double dfNumber = 0;
-        while (scanner.readDouble(dfNumber) && scanner.atWordEnd() && std::isfinite(dfNumber))
+        bool bGood = true;
+        while (bGood && scanner.readDouble(dfNumber)) {
+            bGood = scanner.atWordEnd() && std::isfinite(dfNumber);
             vecNumber.push_back(dfNumber);
+        }
         QByteArray strRest;
-        if (scanner.readWord(strRest) || (vecNumber.size() != 1 && vecNumber.size() != 3))
+        if (!bGood || scanner.readWord(strRest) || (vecNumber.size() != 1 && vecNumber.size() != 3))
             return fail(QStringLiteral("Tilt %1 is \"%2\"; it must be one number, or three for stage, beam "
                                        "and overall tilt.")
                             .arg(QString::number(read.size() + 1), QString::fromUtf8(strShown)));

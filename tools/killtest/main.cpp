@@ -1,0 +1,369 @@
+// tessera-killtest: kills a writer of result files at random moments. Each file must then be wholly the old
+// one or wholly the new one, and what a killed writer leaves behind must not look like a result.
+#include "app/dataset/dataset.h"
+#include "app/dataset/newproject.h"
+#include "app/dataset/peaklistfile.h"
+#include "app/dataset/shiftfile.h"
+#include "app/dataset/unitcellfile.h"
+#include "app/records/wholefile.h"
+#include "crystal/indexedpeaklist.h"
+#include "crystal/indexingfiles.h"
+#include "crystal/peaklist3d.h"
+#include "imagefiles/imagesaving.h"
+#include "imagefiles/mrcfile.h"
+#include "imagefiles/mrcwriter.h"
+#include "imagefiles/smvfile.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QMap>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <random>
+#include <vector>
+
+namespace {
+
+/// A writer of result files of two versions, 0 and 1, into a folder.
+struct Writer {
+    const char* pName;
+    std::function<bool(const QString& strFolder, int nVersion)> fnWrite;
+};
+
+DataSet peaksOf(int nVersion)
+{
+    std::mt19937 random(static_cast<unsigned>(nVersion));
+    std::uniform_real_distribution<double> place(0, 512), intensity(1, 9000);
+    DataSet data;
+    for (int nFrame = 0; nFrame < 100; ++nFrame) {
+        data.m_listFrameFile.append(QString::number(nFrame));
+        data.m_listPeakFrame.append(QList<Peak3D>());
+        for (int i = 0; i < 200 + 50 * nVersion; ++i) {
+            Peak3D peak;
+            peak.dfX2D = place(random);
+            peak.dfY2D = place(random);
+            peak.dfIPoint = intensity(random);
+            peak.nFrame = nFrame;
+            peak.setHKL(i % 13 - 6, nFrame % 11 - 5, i % 7 - 3);
+            data.m_listPeakFrame.last().append(peak);
+        }
+    }
+    data.m_listCell = {{0.1f + 0.01f * float(nVersion), 0, 0}, {0, 0.12f, 0}, {0, 0.01f, 0.15f}};
+    return data;
+}
+
+CImgObj<float> imageOf(int nVersion)
+{
+    CImgObj<float> image;
+    image.Create(512, 512);
+    for (int i = 0; i < 512 * 512; ++i)
+        image.Data()[i] = float((i * (3 + nVersion)) % 4001);
+    return image;
+}
+
+bool writeVolume(const QString& strFile, int nVersion)
+{
+    const CImgObj<float> image = imageOf(nVersion);
+    CMrcWriter<float> writer;
+    bool bWritten = writer.open(strFile, 512, 512, 12);
+    for (int z = 0; z < 12; ++z)
+        bWritten = bWritten && writer.addSection(image.Data());
+    return bWritten && writer.commit();
+}
+
+/// What result files are not written by: a plain file, opened over the old one.
+bool writeInPlace(const QString& strFolder, int nVersion)
+{
+    static const QByteArray s_abytes[] = {QByteArray(1 << 22, 'o'), QByteArray(1 << 22, 'n')};
+    QFile file(strFolder + QStringLiteral("/plain"));
+    return file.open(QIODevice::WriteOnly) && file.write(s_abytes[nVersion]) == s_abytes[nVersion].size();
+}
+
+/// All kinds of result file, but for those that only the driver writes.
+std::vector<Writer> fileWriters()
+{
+    const auto inFolder = [](const QString& strFolder, const char* pName) {
+        return strFolder + QLatin1Char('/') + QLatin1String(pName);
+    };
+    static const DataSet s_aData[] = {peaksOf(0), peaksOf(1)};
+    static const CImgObj<float> s_aImage[] = {imageOf(0), imageOf(1)};
+    return {
+        {"pk",
+         [=](const QString& str, int n) { return writePeakList(s_aData[n], inFolder(str, "s.pk")) == 1; }},
+        {"sc",  // the shorter list in place of the longer one, which is kept as "s.sc~"
+         [=](const QString& str, int n) {
+             ShiftData shift;
+             for (int i = 0; i < 900 - 300 * n; ++i)
+                 shift.listShift.append(QPointF(0.25 * i, n));
+             return writeShiftFile(inFolder(str, "s.sc"), shift);
+         }},
+        {"uc",
+         [=](const QString& str, int n) {
+             DataSet data;
+             data.m_listCell = s_aData[n].m_listCell;
+             return saveUnitCellFile(data, inFolder(str, "s.uc"));
+         }},
+        {"ed3d",
+         [=](const QString& str, int n) {
+             const QString strFile = inFolder(str, "s.ed3d");
+             NewProject project;
+             for (int i = 0; i < 2000; ++i)
+                 project.listFrame.append(str + QStringLiteral("/f%1.mrc").arg(i));
+             project.tilts = evenTilts(2000, -60, 0.05 + 0.01 * n);
+             project.dfWavelength = 0.0251;
+             project.dfPixelSize = 0.004;
+             QByteArray bytes;
+             return makeProjectText(project, strFile, bytes) && writeWholeFile(strFile, bytes, true);
+         }},
+        {"hkl and p4p",
+         [=](const QString& str, int n) {
+             CRunReport report;
+             return outputIndexingResultsToFile(s_aData[n].m_listPeakFrame[n], s_aData[n].m_listCell,
+                                                {-60, 0, 60}, str, QStringLiteral("s"), report);
+         }},
+        {"ipf",
+         [=](const QString& str, int n) {
+             return writeIndexedPeakList(s_aData[n].m_listPeakFrame.toVector(), inFolder(str, "s.ipf"));
+         }},
+        {"peaks in 3D",
+         [=](const QString& str, int n) {
+             return writePeak3DList(s_aData[n].m_listPeakFrame[n], inFolder(str, "peaks.txt"), true);
+         }},
+        {"MRC volume", [=](const QString& str, int n) { return writeVolume(inFolder(str, "s.mrc"), n); }},
+        {"SMV",
+         [=](const QString& str, int n) {
+             return writeSmvImage(smvHeaderTemplate(), s_aImage[n], inFolder(str, "s_0001.img"));
+         }},
+        {"picture",
+         [=](const QString& str, int n) {
+             CImgObj<unsigned char> image;
+             image.Set(s_aImage[n].Data(), 512, 512);
+             return saveImage(&image, inFolder(str, "s_0001.png"));
+         }},
+    };
+}
+
+/// Runs in a process of its own, so that it can be killed.
+pid_t forked(const std::function<bool()>& fn)
+{
+    std::fflush(nullptr);
+    const pid_t nProcess = fork();
+    if (nProcess == 0) {
+        setpgid(0, 0);
+        _exit(fn() ? 0 : 1);
+    }
+    setpgid(nProcess, nProcess);  // whichever of the two comes first
+    return nProcess;
+}
+
+/// Ends a process and those that it has started, and waits until none of them can write any more.
+void killGroup(pid_t nProcess)
+{
+    kill(-nProcess, SIGKILL);
+    while (waitpid(-nProcess, nullptr, 0) > 0 || errno == EINTR) {
+    }
+}
+
+bool succeeded(pid_t nProcess)
+{
+    int nStatus = -1;
+    return waitpid(nProcess, &nStatus, 0) == nProcess && WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0;
+}
+
+/// The files of a folder. Digits count as zeros in the driver's log and summary, which tell the time.
+QMap<QString, QByteArray> filesOf(const QString& strFolder)
+{
+    QMap<QString, QByteArray> mapFile;
+    for (const QString& strName : QDir(strFolder).entryList(QDir::Files)) {
+        QFile file(strFolder + QLatin1Char('/') + strName);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        QByteArray bytes = file.readAll();
+        if (strName.endsWith(QLatin1String(".log")) || strName.endsWith(QLatin1String(".json")))
+            bytes = QString::fromUtf8(bytes)
+                        .replace(QRegularExpression(QStringLiteral("[0-9]+")), QStringLiteral("0"))
+                        .toUtf8();
+        mapFile[strName] = bytes;
+    }
+    return mapFile;
+}
+
+struct Figures {
+    int nOld = 0, nNew = 0;  ///< files by version
+    int nTorn = 0;           ///< files that are neither
+    int nTemporary = 0;      ///< files beside the results that no reader takes for one
+    QStringList listWrong;
+};
+
+/// Kills the writer `nRounds` times.
+/// @param fnWrite  as Writer::fnWrite; may never return
+Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, const QString& strFolder,
+                   int nRounds, std::mt19937& random)
+{
+    Figures figures;
+    QDir().mkpath(strFolder);
+    QMap<QString, QByteArray> amapVersion[2];
+    QElapsedTimer timer;
+    timer.start();
+    for (int nPass = 0; nPass < 2; ++nPass)  // the second time over what the other version has left
+        for (int nVersion : {1, 0}) {
+            if (!succeeded(forked([&] { return fnWrite(strFolder, nVersion); })))
+                figures.listWrong.append(QStringLiteral("version %1 cannot be written").arg(nVersion));
+            amapVersion[nVersion] = filesOf(strFolder);
+        }
+    const double dfOneWrite = double(timer.nsecsElapsed()) / 4000;  // microseconds
+    for (int nVersion : {0, 1})
+        amapVersion[nVersion].remove(QStringLiteral("s.sc~"));
+    if (amapVersion[0] == amapVersion[1])
+        figures.listWrong.append(QStringLiteral("the two versions are the same"));
+
+    std::uniform_real_distribution<double> delay(0, 3 * dfOneWrite);
+    for (int nRound = 0; nRound < nRounds; ++nRound) {
+        const pid_t nProcess = forked([&] {
+            for (int nVersion = 1;; nVersion = 1 - nVersion) {
+                if (!fnWrite(strFolder, nVersion))
+                    return false;
+            }
+        });
+        usleep(static_cast<useconds_t>(delay(random)));
+        killGroup(nProcess);
+
+        const QMap<QString, QByteArray> mapFile = filesOf(strFolder);
+        for (auto it = mapFile.begin(); it != mapFile.end(); ++it) {
+            QString strName = it.key();
+            if (strName == QLatin1String("s.sc~"))
+                strName.chop(1);
+            if (!amapVersion[0].contains(strName)) {
+                // A result's name with a further suffix, that no reader takes for one.
+                static const QRegularExpression s_suffix(QStringLiteral("\\.([A-Za-z0-9]{6}|before)$"));
+                const bool bHarmless = s_suffix.match(strName).hasMatch() &&
+                                       amapVersion[0].contains(QString(strName).remove(s_suffix));
+                if (!bHarmless)
+                    figures.listWrong.append(
+                        QStringLiteral("round %1: stray file %2").arg(nRound).arg(strName));
+                ++figures.nTemporary;
+                QFile::remove(strFolder + QLatin1Char('/') + strName);
+            } else if (it.value() == amapVersion[0][strName]) {
+                ++figures.nOld;
+            } else if (it.value() == amapVersion[1][strName]) {
+                ++figures.nNew;
+            } else {
+                ++figures.nTorn;
+                figures.listWrong.append(QStringLiteral("round %1: %2 of %3 bytes is neither version")
+                                             .arg(nRound)
+                                             .arg(it.key())
+                                             .arg(it.value().size()));
+            }
+        }
+        for (const QString& strName : amapVersion[0].keys())
+            if (!mapFile.contains(strName))
+                figures.listWrong.append(QStringLiteral("round %1: %2 is gone").arg(nRound).arg(strName));
+    }
+    return figures;
+}
+
+/// Runs the driver on a simulated series; its files are those of the whole road and of the exports.
+bool runDriver(const QString& strDriver, const QString& strProject, const QString& strFolder, int nVersion)
+{
+    const QStringList listArgument{strDriver,
+                                   strProject,
+                                   QStringLiteral("--out"),
+                                   strFolder,
+                                   QStringLiteral("--json"),
+                                   strFolder + QStringLiteral("/s.json"),
+                                   QStringLiteral("--export"),
+                                   QStringLiteral("smv,volume,pictures"),
+                                   QStringLiteral("--volume-edge"),
+                                   QStringLiteral("40"),
+                                   QStringLiteral("--pixel-size"),
+                                   QString::number(nVersion == 0 ? 0.012 : 0.0125)};
+    QList<QByteArray> listBytes;
+    std::vector<char*> vecArgument;
+    for (const QString& str : listArgument)
+        listBytes.append(str.toLocal8Bit());
+    for (QByteArray& bytes : listBytes)
+        vecArgument.push_back(bytes.data());
+    vecArgument.push_back(nullptr);
+    const pid_t nProcess = fork();
+    if (nProcess == 0) {
+        if (std::freopen("/dev/null", "w", stdout) && std::freopen("/dev/null", "w", stderr))
+            execv(vecArgument[0], vecArgument.data());
+        _exit(127);
+    }
+    return succeeded(nProcess);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Kills writers of result files at random moments and looks at what they leave.\n"
+        "Exit status: 0 every file is wholly the old or the new one, 1 not so, 2 wrong call."));
+    parser.addHelpOption();
+    parser.addOption({QStringLiteral("rounds"), QStringLiteral("Kills of each writer."),
+                      QStringLiteral("number"), QStringLiteral("50")});
+    parser.addOption({QStringLiteral("seed"), QStringLiteral("Of the moments; default: another each time."),
+                      QStringLiteral("number"), QString::number(std::random_device()() % 1000000)});
+    parser.addOption({QStringLiteral("no-driver"), QStringLiteral("Leave out the runs of tessera-batch.")});
+    parser.process(app);
+    const int nRounds = parser.value(QStringLiteral("rounds")).toInt();
+    const unsigned nSeed = parser.value(QStringLiteral("seed")).toUInt();
+    const QTemporaryDir folder;
+    if (nRounds < 1 || !folder.isValid())
+        return 2;
+    prctl(PR_SET_CHILD_SUBREAPER, 1);  // so that killGroup() can wait for grandchildren
+
+    std::vector<Writer> vecWriter = fileWriters();
+    const QString strBin = QCoreApplication::applicationDirPath();
+    const QString strSeries = folder.filePath(QStringLiteral("series"));
+    if (!parser.isSet(QStringLiteral("no-driver"))) {
+        if (QProcess::execute(
+                strBin + QStringLiteral("/tessera-simulate"),
+                {QStringLiteral("--out"), strSeries, QStringLiteral("--name"), QStringLiteral("s"),
+                 QStringLiteral("--frames"), QStringLiteral("24"), QStringLiteral("--size"),
+                 QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) != 0)
+            return 2;
+        vecWriter.push_back({"tessera-batch", [&](const QString& str, int n) {
+                                 return runDriver(strBin + QStringLiteral("/tessera-batch"),
+                                                  strSeries + QStringLiteral("/s.ed3d"), str, n);
+                             }});
+    }
+    std::printf("%d kills of each writer, seed %u\n", nRounds, nSeed);
+    bool bGood = true;
+    for (const Writer& writer : vecWriter) {
+        std::mt19937 random(nSeed);
+        const Figures figures = killWriter(writer.fnWrite, folder.filePath(QLatin1String(writer.pName)),
+                                           nRounds, random);
+        std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n",
+                    writer.pName, figures.nOld, figures.nNew, figures.nTorn, figures.nTemporary,
+                    figures.listWrong.size());
+        for (const QString& str : figures.listWrong)
+            std::printf("  %s\n", qPrintable(str));
+        bGood = bGood && figures.listWrong.isEmpty();
+    }
+    // The kills are worth something only if they tear a file that is written in its place.
+    std::mt19937 random(nSeed);
+    const int nTorn = killWriter(writeInPlace, folder.filePath(QStringLiteral("in place")),
+                                 std::max(nRounds, 20), random)
+                          .nTorn;
+    std::printf("for comparison, written in place: torn %d\n", nTorn);
+    bGood = bGood && nTorn > 0;
+    return bGood ? 0 : 1;
+}
