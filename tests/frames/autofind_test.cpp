@@ -3,8 +3,6 @@
 #include "frames/framehunt.h"
 #include "frames/frameseries.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 /// What may be wrong with the beam of a series and with its detector.
@@ -42,58 +40,54 @@ CImgObj<float> frameOf(const Trouble& trouble, int nFrame, std::mt19937& random)
     return img;
 }
 
+double estimate(const CImgObj<float>& img, const PeakHuntingParameters& p)
+{
+    FrameSeries series;
+    series.add(img);
+    double dfThreshold = -1;
+    EXPECT_TRUE(estimatePeakThreshold(series.dataSet, p, series.filters, series.report, dfThreshold));
+    return dfThreshold;
+}
+
 TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
 {
     std::mt19937 random(17);
-    const Trouble aRow[] = {
-        {"core wrapped", 7, 0, 0, false, 1, 256},
-        {"behind a stop", 0, 16, 0, false, 1, 256},
-        {"weak", 0, 0, 0, false, 0.01, 256},
-        {"wandering far", 0, 0, 150, true, 1, 512},
-    };
-    for (const Trouble& row : aRow) {
+    QRect rc;
+    for (const Trouble& row : {Trouble{"core wrapped", 7, 0, 0, false, 1, 256},
+                               {"behind a stop", 0, 16, 0, false, 1, 256},
+                               {"weak", 0, 0, 0, false, 0.01, 256},
+                               {"wandering far", 0, 0, 150, true, 1, 512}}) {
         FrameSeries series;
         for (int i = 0; i < g_nFrames; ++i)
             series.add(frameOf(row, i, random));
-        CRecordingReport report;
-        QRect rc;
-        ASSERT_TRUE(findBeamRegion(series.dataSet, report, rc)) << row.pWhat;
+        ASSERT_TRUE(findBeamRegion(series.dataSet, series.report, rc)) << row.pWhat;
         EXPECT_EQ(rc.size(), QSize(row.nSide, row.nSide)) << row.pWhat;
         const double dfTolerance = row.dfStopPixels > 0 ? 30 : 8;  // a stop's arm hides one side of the halo
         EXPECT_NEAR(rc.x() + row.nSide / 2, 230 + row.dfWander / 2, dfTolerance + (row.nSide - 256) / 4)
             << row.pWhat;
-        EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat << report.log().toStdString();
+        EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat;
     }
     FrameSeries series;
-    CRecordingReport report;
-    QRect rc;
-    EXPECT_FALSE(findBeamRegion(series.dataSet, report, rc));
+    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report, rc));
     series.add(makeImage(65, 90, [](int, int) { return 5; }));
-    EXPECT_FALSE(findBeamRegion(series.dataSet, report, rc)) << "blank";
+    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report, rc)) << "blank";
     series.add(makeImage(65, 90, [](int x, int y) { return 5 + 900 * gaussian(x - 30, y - 50, 3); }));
-    EXPECT_TRUE(findBeamRegion(series.dataSet, report, rc));  // small: there is one size only
+    EXPECT_TRUE(findBeamRegion(series.dataSet, series.report, rc));  // small: there is one size only
     EXPECT_EQ(rc.size(), QSize(64, 64));
 }
 
 TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)
 {
-    PeakHuntingParameters p;
-    p.m_dfPeakRadius = 2;
-    p.m_dfBackgroundRadius = 5;
     // variance of white noise behind a difference of two normalised Gaussians
     const double dfGain = std::sqrt((1.0 / 4 + 1.0 / 25 - 4.0 / (4 + 25)) / (4 * M_PI));
     for (double dfNoise : {0.02, 2000.0}) {  // the second far beyond the clipping at -100
         std::mt19937 random(23);
         std::normal_distribution<double> noise(0, dfNoise);
-        FrameSeries series;
-        series.add(makeImage(256, 256, [&](int x, int y) {
+        const CImgObj<float> img = makeImage(256, 256, [&](int x, int y) {
             return 1000 + noise(random) + 300 * dfNoise * gaussian(x % 128 - 64, y % 128 - 64, 2);
-        }));
-        CRecordingReport report;
-        CPeakFilters filters;
-        double dfThreshold = -1;
-        ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, filters, report, dfThreshold));
-        EXPECT_NEAR(dfThreshold / (8 * dfNoise * dfGain), 1.08, 0.1) << dfNoise;  // the spots add a little
+        });
+        EXPECT_NEAR(estimate(img, radii(2, 5)) / (8 * dfNoise * dfGain), 1.08,
+                    0.1);  // the spots add a little
     }
 }
 
@@ -107,14 +101,9 @@ TEST(EstimatePeakThreshold, HoldsForSparseCountsAndForPictures)
         const CImgObj<float> img = makeImage(200, 200, [&](int x, int y) {
             return dfStep * std::round(photons(random) + dfSpot * gaussian(x % 50 - 25, y % 50 - 25, 2.5));
         });
-        FrameSeries series;
-        series.add(img);
-        CRecordingReport report;
+        PeakHuntingParameters p = radii(3, 6);
+        p.m_dfPeakThreshold = estimate(img, p);
         CPeakFilters filters;
-        PeakHuntingParameters p;
-        p.m_dfPeakRadius = 3;
-        p.m_dfBackgroundRadius = 6;
-        ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, filters, report, p.m_dfPeakThreshold));
         FrameHuntWork work;
         EXPECT_EQ(huntFrame(img, p, {}, filters, work).listX.size(), 16) << dfRate;  // 4 x 4 spots, no noise
     }

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "frames/peakfilters.h"
 #include "imagefiles/mrcfile.h"
 #include "recordingreport.h"
+
+#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
@@ -19,9 +22,8 @@ inline CImgObj<float> makeImage(int nWidth, int nHeight, const PixelFunction& fn
 {
     CImgObj<float> img;
     img.Create(nWidth, nHeight);
-    for (int y = 0; y < nHeight; ++y)
-        for (int x = 0; x < nWidth; ++x)
-            img.Data()[y * nWidth + x] = float(fnPixel(x, y));
+    for (int i = 0; i < nWidth * nHeight; ++i)
+        img.Data()[i] = float(fnPixel(i % nWidth, i / nWidth));
     return img;
 }
 
@@ -30,7 +32,16 @@ inline double gaussian(double dfX, double dfY, double dfSigma)
     return std::exp(-0.5 * (dfX * dfX + dfY * dfY) / (dfSigma * dfSigma));
 }
 
-/// A data set whose frames are files of a folder of its own.
+inline PeakHuntingParameters radii(double dfPeak, double dfBackground, double dfSmooth = 0.5)
+{
+    PeakHuntingParameters p;
+    p.m_dfPeakRadius = dfPeak;
+    p.m_dfBackgroundRadius = dfBackground;
+    p.m_dfSmoothRadius = dfSmooth;
+    return p;
+}
+
+/// A data set whose frames are files of a folder of its own, and what a run needs beside it.
 struct FrameSeries {
     FrameSeries()
     {
@@ -45,6 +56,7 @@ struct FrameSeries {
             qFatal("no frame written");
         dataSet.m_listFrameFile.append(strFile);
     }
+    void removeFrame(int n) { QFile::remove(dataSet.m_listFrameFile[n]); }
     /// Content of a file of the folder; null when there is none.
     QByteArray content(const QString& strName) const
     {
@@ -54,4 +66,6 @@ struct FrameSeries {
 
     QTemporaryDir dir;
     DataSet dataSet;
+    CRecordingReport report;
+    CPeakFilters filters;
 };

@@ -2,7 +2,7 @@
 
 #include "frames/frameseries.h"
 
-#include <gtest/gtest.h>
+#include <QRect>
 
 namespace {
 
@@ -20,44 +20,41 @@ TEST(IntegratePeaks, EqualsTheDirectSumToTheLastBit)
     std::normal_distribution<float> noise(1000.f, 300.f);
     const int nW = 70;
     const CImgObj<float> img = makeImage(nW, 66, [&](int, int) { return noise(random); });
-    for (const auto& [nR, nB] :
-         {std::pair(15, 3), std::pair(2, 1), std::pair(0, 4), std::pair(7, 0), std::pair(0, 0)}) {
+    for (const auto& [nR, nB] : {std::pair(15, 3), {2, 1}, {0, 4}, {7, 0}, {0, 0}}) {
         const RefIntPara window = integrated(img, 30, 33, nR, nB);
-        float fDisc = 0.f, fRing = 0.f;
-        int nDisc = 0, nRing = 0;
+        float afSum[2] = {0.f, 0.f};  // disc and ring
+        int anCount[2] = {0, 0};
         const int nT = nR + nB;
         for (int dx = -nT; dx <= nT; ++dx)
             for (int dy = -nT; dy <= nT; ++dy) {
-                const int d2 = dx * dx + dy * dy;
-                if (d2 > nT * nT)
-                    continue;
-                (d2 > nR * nR ? fRing : fDisc) += img.Data()[(33 + dy) * nW + 30 + dx];
-                ++(d2 > nR * nR ? nRing : nDisc);
+                const int d2 = dx * dx + dy * dy, nRing = d2 > nR * nR;
+                if (d2 <= nT * nT) {
+                    afSum[nRing] += img.Data()[(33 + dy) * nW + 30 + dx];
+                    ++anCount[nRing];
+                }
             }
-        EXPECT_EQ(window.nPeakCount, nDisc);
-        EXPECT_EQ(window.nBackgroundCount, nRing);
-        EXPECT_EQ(window.fPeakSum, fDisc);
-        EXPECT_EQ(window.fBackgroundSum, fRing);
-        const double dfRing = nB > 0 ? double(fRing) / nRing * nDisc : 0.0;  // no ring, no background
-        EXPECT_EQ(window.fIntensity, float(double(fDisc) - dfRing)) << nR << " " << nB;
+        EXPECT_EQ(window.nPeakCount, anCount[0]);
+        EXPECT_EQ(window.nBackgroundCount, anCount[1]);
+        EXPECT_EQ(window.fPeakSum, afSum[0]);
+        EXPECT_EQ(window.fBackgroundSum, afSum[1]);
+        const double dfRing = nB > 0 ? double(afSum[1]) / anCount[1] * anCount[0]
+                                     : 0.0;  // no ring, no background
+        EXPECT_EQ(window.fIntensity, float(double(afSum[0]) - dfRing)) << nR << " " << nB;
     }
 }
 
 TEST(IntegratePeaks, FindsASpotOnlyWhereTheWindowFits)
 {
     const int nW = 90, nH = 80;  // 18 pixels of room are needed
-    const struct {
-        int nX, nY;
-        bool bFits;
-    } aRow[] = {{18, 40, true},       {17, 40, false},      {nW - 19, 40, true},
-                {nW - 18, 40, false}, {40, 18, true},       {40, 17, false},
-                {40, nH - 19, true},  {40, nH - 18, false}, {40, 2000000000, false}};
-    for (const auto& row : aRow) {
-        const CImgObj<float> img = makeImage(
-            nW, nH, [&](int x, int y) { return x == row.nX && y == row.nY ? 520 : 20; });
-        EXPECT_NEAR(integrated(img, row.nX, row.nY, 15, 3).fIntensity, row.bFits ? 500 : 0, 0.01)
-            << row.nX << " " << row.nY;
+    for (const QPoint& pt : {QPoint(18, 18), QPoint(17, 18), QPoint(18, 17), QPoint(nW - 19, nH - 19),
+                             QPoint(nW - 18, nH - 19), QPoint(nW - 19, nH - 18)}) {
+        const bool bFits = QRect(18, 18, nW - 36, nH - 36).contains(pt);
+        const CImgObj<float> img = makeImage(nW, nH,
+                                             [&](int x, int y) { return QPoint(x, y) == pt ? 520 : 20; });
+        EXPECT_NEAR(integrated(img, pt.x(), pt.y(), 15, 3).fIntensity, bFits ? 500 : 0, 0.01)
+            << pt.x() << " " << pt.y();
     }
+    EXPECT_EQ(integrated(makeImage(50, 50, [](int, int) { return 20; }), 25, 2e9, 15, 3).fIntensity, 0);
 }
 
 TEST(SampleAtPositions, RoundsHalvesAwayFromZeroAndIsWholeOrEmpty)

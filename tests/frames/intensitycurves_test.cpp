@@ -42,8 +42,7 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
         int nLower = 0, nUpper = 0;
         EXPECT_EQ(getContinuousBeamTiltSeriesBound(listBreak, row.vecFrame, row.vecInt, nLower, nUpper),
                   row.bFound);
-        EXPECT_EQ(nLower, row.nLower);
-        EXPECT_EQ(nUpper, row.nUpper);
+        EXPECT_EQ(std::pair(nLower, nUpper), std::pair(row.nLower, row.nUpper));
     }
 }
 
@@ -57,11 +56,11 @@ TEST(FitIntensity, GivesBackALorentzianAndTheInputsMarks)
     ASSERT_EQ(listPara.size(), 12);
     EXPECT_EQ(listPara.mid(0, 5), QList<double>({11, listPara[1], double(float(listPoint[2].y())), 13, 6}));
     EXPECT_TRUE(listPara[5] >= 1 && listPara[5] <= 4) << listPara[5];
-    EXPECT_NEAR(listPara[6], 777.7, 1e-4);
-    EXPECT_NEAR(listPara[7], 13.3, 1e-6);
-    EXPECT_NEAR(std::fabs(listPara[8]), 1.6, 1e-6);
-    for (int i = 9; i < 12; ++i)
-        EXPECT_LT(listPara[i], 1e-3);
+    const double adf[] = {777.7, 13.3, 1.6};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(std::fabs(listPara[6 + i]), adf[i], 1e-6 * adf[i]);
+        EXPECT_LT(listPara[9 + i], 1e-3);
+    }
 }
 
 TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
@@ -70,33 +69,32 @@ TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
     for (int i = 0; i < 40; ++i)
         listBreak.append(i == 0 || i == 20);
     // chain 0 goes on into a second series with other intensities; chain 1 has two peaks; chain 2 is whole
-    QList<Peak3D> listAcross = chain(14, 19, 500, 17.4, 1.2);
-    listAcross += chain(20, 24, 90, 22, 1);
-    const QList<QList<Peak3D>> listChain{listAcross, chain(30, 31, 50, 31, 1), chain(2, 9, 80, 6.25, 0.7)};
-    QList<Peak3D> listMerged;
-    for (int nID : {2, 0, 1, 7}) {
-        Peak3D peak;
-        peak.nID = nID;
-        peak.nFrame = 4;
-        peak.dfIPoint = 11;
-        peak.dfI2D = 22;
-        peak.dfIntFit = -5;
-        listMerged.append(peak);
-    }
-    const double aadfCurve[3][3] = {{500, 17.4, 1.2}, {0, 0, 0}, {80, 6.25, 0.7}};
+    const QList<QList<Peak3D>> listChain{chain(14, 19, 500, 17.4, 1.2) + chain(20, 24, 90, 22, 1),
+                                         chain(30, 31, 50, 31, 1), chain(2, 9, 80, 6.25, 0.7)};
     for (int nMode : {0, 1}) {
-        QList<Peak3D> list = listMerged;
-        fitIntensityProfileForSharpPeaks(listChain, listBreak, nMode, list);
-        for (int i : {0, 1}) {
-            const double* adf = aadfCurve[list[i].nID];
-            EXPECT_NEAR(list[i].dfIntFit, adf[0] * (nMode ? 10 : 1), 0.01);
-            EXPECT_NEAR(list[i].dfFrameFit, adf[1], 1e-5);
-            EXPECT_NEAR(std::fabs(list[i].dfHalfWidth), adf[2], 1e-5);
+        const struct {
+            int nID;
+            double dfInt, dfFrame, dfHalfWidth;
+        } aRow[] = {{2, nMode ? 800. : 80., 6.25, 0.7},
+                    {0, nMode ? 5000. : 500., 17.4, 1.2},
+                    {1, nMode ? 22. : 11., 5, 0},  // too short: its own intensity
+                    {7, -5, -5, -5}};              // no chain
+        QList<Peak3D> list;
+        for (const auto& row : aRow) {
+            Peak3D peak;
+            peak.nID = row.nID;
+            peak.nFrame = 4;
+            peak.dfIPoint = 11;
+            peak.dfI2D = 22;
+            peak.dfIntFit = peak.dfFrameFit = peak.dfHalfWidth = -5;
+            list.append(peak);
         }
-        EXPECT_EQ(list[2].dfIntFit, nMode ? 22 : 11);  // too short
-        EXPECT_EQ(list[2].dfFrameFit, 5);
-        EXPECT_EQ(list[2].dfHalfWidth, 0);
-        EXPECT_EQ(list[3].dfIntFit, -5);  // no chain
+        fitIntensityProfileForSharpPeaks(listChain, listBreak, nMode, list);
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_NEAR(list[i].dfIntFit, aRow[i].dfInt, 1e-5 * std::fabs(aRow[i].dfInt));
+            EXPECT_NEAR(list[i].dfFrameFit, aRow[i].dfFrame, 1e-5);
+            EXPECT_NEAR(std::fabs(list[i].dfHalfWidth), std::fabs(aRow[i].dfHalfWidth), 1e-5);
+        }
     }
 }
 
