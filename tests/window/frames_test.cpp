@@ -1,43 +1,9 @@
 // The current frame, the runs on the frames, what lies on them, and the side files by hand.
-#include "app/mainwindow.h"
-#include "app/messageedit.h"
-#include "app/windowactions.h"
 #include "frames/frameseries.h"
-#include "frames/pages/framespage.h"
-#include "frames/pages/peaksearchpage.h"
-#include "frames/pages/shiftpage.h"
-#include "frameview/baseimgview.h"
 #include "frameview/crossitem.h"
-#include "frameview/originalimgscene.h"
-#include "reciprocal/pages/cellpage.h"
-#include "reciprocal/pages/mergingpage.h"
-
-#include <gtest/gtest.h>
-
-#include <QApplication>
-#include <QCheckBox>
-#include <QDoubleSpinBox>
-#include <QElapsedTimer>
-#include <QFileDialog>
-#include <QGraphicsLineItem>
-#include <QGraphicsPolygonItem>
-#include <QLineEdit>
-#include <QMouseEvent>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QSettings>
-#include <QSignalSpy>
-#include <QSlider>
-#include <QSpinBox>
-#include <QStatusBar>
-#include <QTabWidget>
-#include <QTableWidget>
-#include <QTest>
-#include <QTextBlock>
-#include <QTimer>
+#include "windowtest.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 
 namespace {
@@ -60,82 +26,21 @@ double pixel(int nFrame, int x, int y)
 }
 
 /// A window on a series of such frames.
-class FramesWindow : public testing::Test {
+class FramesWindow : public WindowTest {
 protected:
     void SetUp() override
     {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_series.dir.filePath("settings"));
-        QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 30\nCCDPIXELSIZE 0.004\nFILELIST\n";
+        WindowTest::SetUp();
+        QStringList listFrame;
         for (int i = 0; i < g_nFrames; ++i) {
-            m_series.add(makeImage(g_nSide, g_nSide, [&](int x, int y) { return pixel(i, x, y); }));
-            const QByteArray bytesTilt = QByteArray::number(-2 + 0.5 * i);
-            bytesProject += "FILE " +
-                            QFileInfo(m_series.dataSet.m_listFrameFile.last()).fileName().toLatin1() + " " +
-                            bytesTilt + " 0.25 " + bytesTilt + "\n";
+            const CImgObj<float> img = makeImage(g_nSide, g_nSide,
+                                                 [&](int x, int y) { return pixel(i, x, y); });
+            const QString strFrame = QStringLiteral("f000%1.mrc").arg(i);
+            ASSERT_TRUE(WriteMRC<float>({&img}, path(strFrame)));
+            listFrame.append(strFrame + QStringLiteral(" %1 0.25 %1").arg(-2 + 0.5 * i));
         }
-        m_strProject = write("series.ed3d", bytesProject + "ENDFILELIST\n");
-
-        m_pWindow = std::make_unique<MainWindow>();
-        m_pLog = m_pWindow->findChild<MessageEdit*>();
-        m_pFrames = m_pWindow->findChild<FramesPage*>();
-        m_pShift = m_pWindow->findChild<ShiftPage*>();
-        m_pSearch = m_pWindow->findChild<PeakSearchPage*>();
-        m_pView = m_pWindow->findChild<BaseImgView*>();
-        m_pScene = m_pWindow->findChild<OriginalImgScene*>();
-        m_pActions = m_pWindow->findChild<WindowActions*>();
-        for (QSlider* pSlider : m_pWindow->findChildren<QSlider*>())
-            if (pSlider->tickPosition() == QSlider::TicksAbove)
-                m_pSlider = pSlider;
-        m_pWindow->openFiles({m_strProject});
-    }
-    QString write(const QString& strName, const QByteArray& bytes)
-    {
-        QFile file(m_series.dir.filePath(strName));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return file.fileName();
-    }
-    /// How often the log holds a line that ends so, in that colour.
-    int lines(const QString& strEnd, Qt::GlobalColor color) const
-    {
-        int nLines = 0;
-        for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
-            if (block.text().endsWith(strEnd) && !block.begin().atEnd() &&
-                block.begin().fragment().charFormat().foreground().color() == QColor(color))
-                ++nLines;
-        return nLines;
-    }
-    template <typename TItem>
-    QList<TItem*> shownItems() const
-    {
-        QList<TItem*> listItem;
-        for (QGraphicsItem* pItem : m_pScene->items())
-            if (auto* pWanted = dynamic_cast<TItem*>(pItem))
-                if (pWanted->isVisible())
-                    listItem.append(pWanted);
-        return listItem;
-    }
-    /// Calls `fnOpen` and answers its file dialog; an empty name cancels.
-    void answer(const std::function<void()>& fnOpen, const QString& strTitle, const QString& strFilter,
-                const QString& strFile)
-    {
-        bool bAnswered = false;
-        QTimer timer;
-        QObject::connect(&timer, &QTimer::timeout, [&] {
-            auto* pDialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (!pDialog || bAnswered)
-                return;
-            bAnswered = true;
-            EXPECT_EQ(pDialog->windowTitle(), strTitle);
-            EXPECT_EQ(pDialog->nameFilters(), strFilter.split(";;"));
-            if (strFile.isEmpty())
-                return pDialog->reject();
-            pDialog->findChild<QLineEdit*>("fileNameEdit")->setText(strFile);
-            QMetaObject::invokeMethod(pDialog, "accept");
-        });
-        timer.start(10);
-        fnOpen();
-        EXPECT_TRUE(bAnswered) << strTitle.toStdString();
+        m_pWindow->openFiles(
+            {writeProject("series.ed3d", listFrame, "ROTATIONAXIS 30\nCCDPIXELSIZE 0.004\n")});
     }
     /// The bytes of the image in view.
     QByteArray shownBytes() const
@@ -145,20 +50,9 @@ protected:
         const CImgObj<unsigned char>& img = *m_pScene->images().front();
         return QByteArray(reinterpret_cast<const char*>(img.Data()), img.Width() * img.Height());
     }
-    void chooseRegion(int nSize) { m_pActions->m_listSelection[nSize]->trigger(); }
-
-    FrameSeries m_series;
-    QString m_strProject;
-    std::unique_ptr<MainWindow> m_pWindow;
-    MessageEdit* m_pLog = nullptr;
-    FramesPage* m_pFrames = nullptr;
-    ShiftPage* m_pShift = nullptr;
-    PeakSearchPage* m_pSearch = nullptr;
-    BaseImgView* m_pView = nullptr;
-    OriginalImgScene* m_pScene = nullptr;
-    WindowActions* m_pActions = nullptr;
-    QSlider* m_pSlider = nullptr;
 };
+
+}  // namespace
 
 TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
 {
@@ -166,13 +60,9 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
     EXPECT_EQ(m_pFrames->m_pFileTable->item(8, 1)->text(), "  2.00°");
     EXPECT_EQ(m_pFrames->m_pFileTable->item(8, 3)->text(), " 2.000°");
     QSignalSpy spyLoaded(m_pWindow.get(), &MainWindow::frameLoaded);
-    auto* pSpin = m_pWindow->findChild<QSpinBox*>(QString());
-    for (QSpinBox* pEach : m_pWindow->findChildren<QSpinBox*>())
-        if (pEach->maximum() == g_nFrames)
-            pSpin = pEach;
     const std::function<void(int)> afnSet[] = {
         [&](int n) { m_pSlider->setValue(n); },
-        [&](int n) { pSpin->setValue(n); },
+        [&](int n) { m_pSpin->setValue(n); },
         [&](int n) { m_pFrames->m_pFileTable->setCurrentCell(n - 1, 2); },
         [&](int n) { m_pWindow->switchToImgIndex(n); },
     };
@@ -183,7 +73,7 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
         ASSERT_EQ(spyLoaded.size(), 1) << nFrame;
         EXPECT_EQ(spyLoaded[0][0].toInt(), nFrame);
         EXPECT_EQ(m_pSlider->value(), nFrame);
-        EXPECT_EQ(pSpin->value(), nFrame);
+        EXPECT_EQ(m_pSpin->value(), nFrame);
         EXPECT_EQ(m_pFrames->m_pFileTable->currentRow(), nFrame - 1);
         --nFrame;
     }
@@ -193,15 +83,15 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
     m_pWindow->switchToImgIndex(g_nFrames + 1);
     EXPECT_EQ(spyLoaded.size(), 0);
     EXPECT_EQ(m_pSlider->value(), 4);
-    EXPECT_EQ(lines("Invalid file index: 10", Qt::red), 1);
+    EXPECT_EQ(lines("Invalid file index: 10"), 1);
 
     // A frame that cannot be read: its number stands, its predecessor stays in view, and all goes on.
-    QFile::remove(m_series.dataSet.m_listFrameFile[1]);
+    QFile::remove(path("f0001.mrc"));
     const QByteArray bytesBefore = shownBytes();
     m_pSlider->setValue(2);
     EXPECT_FALSE(spyLoaded.last()[1].toBool());
-    EXPECT_EQ(pSpin->value(), 2);
-    EXPECT_EQ(lines("f0001.mrc: failed to load", Qt::red), 1);
+    EXPECT_EQ(m_pSpin->value(), 2);
+    EXPECT_EQ(lines("f0001.mrc: failed to load"), 1);
     EXPECT_EQ(shownBytes(), bytesBefore);
     m_pSlider->setValue(3);
     EXPECT_TRUE(spyLoaded.last()[1].toBool());
@@ -209,9 +99,9 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
     EXPECT_EQ(m_pFrames->m_pContrastMaxSpin->value(), dfMax);
 
     // The first frame that can be read gives the contrast of the series.
-    QFile::remove(m_series.dataSet.m_listFrameFile[0]);
+    QFile::remove(path("f0000.mrc"));
     m_pFrames->m_pContrastMaxSpin->setValue(1);
-    m_pWindow->openFiles({m_strProject});
+    m_pWindow->openFiles({path("series.ed3d")});
     EXPECT_EQ(m_pScene->currentIndex(), -1);
     m_pSlider->setValue(3);
     EXPECT_GT(m_pFrames->m_pContrastMaxSpin->value(), 500);
@@ -240,7 +130,7 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
 {
     m_pSlider->setValue(5);
     EXPECT_FALSE(m_pShift->m_pRunButton->isEnabled());
-    chooseRegion(2);  // 128
+    m_pActions->m_listSelection[2]->trigger();  // 128
     EXPECT_TRUE(m_pShift->m_pRunButton->isEnabled());
     m_pFrames->m_pPlayDelaySpin->setValue(30);
     QList<int> listRows;
@@ -271,12 +161,12 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     }
     EXPECT_NEAR(m_pShift->m_pCenterXSpin->value(), g_ptBeam.x(), 0.3);
     EXPECT_NEAR(m_pShift->m_pCenterYSpin->value(), g_ptBeam.y(), 0.3);
-    EXPECT_EQ(m_series.content("series.sc").count('\n'), 1 + g_nFrames);
+    EXPECT_EQ(linesOf("series.sc").size(), 1 + g_nFrames);
 
     // The axis runs through the beam of the frame in view.
     m_pFrames->m_pShowAxisCheck->setChecked(true);
-    ASSERT_EQ(shownItems<QGraphicsLineItem>().size(), 1);
-    QLineF line = shownItems<QGraphicsLineItem>().first()->line();
+    ASSERT_EQ(marks<QGraphicsLineItem>().size(), 1);
+    QLineF line = marks<QGraphicsLineItem>().first()->line();
     EXPECT_NEAR(line.angleTo(QLineF(0, 0, 1, 0)), 330, 0.5);
     const QPointF ptNow = g_ptBeam + drift(4);
     QPointF ptCross;
@@ -284,55 +174,55 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
               QLineF::BoundedIntersection);
     EXPECT_NEAR(ptCross.y(), ptNow.y(), 1.2);
     m_pFrames->m_pShowAxisCheck->setChecked(false);
-    EXPECT_TRUE(shownItems<QGraphicsLineItem>().isEmpty());
+    EXPECT_TRUE(marks<QGraphicsLineItem>().isEmpty());
 
     // A file with fewer frames is not used, and said twice; a closing window leaves all as it was.
-    const QByteArray bytesShift = m_series.content("series.sc");
-    answer([&] { m_pShift->m_pLoadButton->click(); }, "Load ED Shift",
-           "Shift Correction Files (*.sc);;All Files (*.*)", write("short.sc", "1 2\n1 0 0\n"));
-    EXPECT_EQ(lines("is from 1 frames, while there are 9 frames in the current dataset.", Qt::red), 1);
-    EXPECT_EQ(lines("short.sc as shift data.", Qt::red), 1);
+    const QByteArray bytesShift = readBytes(path("series.sc"));
+    EXPECT_EQ(answered({write("short.sc", "1 2\n1 0 0\n")}, [&] { m_pShift->m_pLoadButton->click(); }),
+              QStringList{"Load ED Shift"});
+    EXPECT_EQ(lines("is from 1 frames, while there are 9 frames in the current dataset."), 1);
+    EXPECT_EQ(lines("short.sc as shift data."), 1);
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
     m_pWindow->show();
-    chooseRegion(1);
+    m_pActions->m_listSelection[1]->trigger();
     QTimer::singleShot(60, m_pWindow.get(), [&] { m_pWindow->close(); });
     m_pShift->m_pRunButton->click();
     QApplication::processEvents();
     EXPECT_FALSE(m_pWindow->isVisible());
-    EXPECT_EQ(m_series.content("series.sc"), bytesShift);
+    EXPECT_EQ(readBytes(path("series.sc")), bytesShift);
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
 }
 
 TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
 {
     m_pSearch->m_pShowPeaksCheck->setChecked(true);
-    ASSERT_EQ(shownItems<CrossItem>().size(), 3);
-    const CrossItem* pCross = shownItems<CrossItem>().first();
+    ASSERT_EQ(marks<CrossItem>().size(), 3);
+    const CrossItem* pCross = marks<CrossItem>().first();
     EXPECT_EQ(pCross->size(), 5);
     EXPECT_EQ(pCross->pen().color(), QColor(Qt::green));
     EXPECT_EQ(pCross->pen().widthF(), 1);
     m_pSearch->m_pThresholdSpin->setValue(50);  // the weaker spot goes
-    EXPECT_EQ(shownItems<CrossItem>().size(), 2);
+    EXPECT_EQ(marks<CrossItem>().size(), 2);
     m_pSearch->m_pThresholdSpin->setValue(1);
-    EXPECT_EQ(shownItems<CrossItem>().size(), 3);
+    EXPECT_EQ(marks<CrossItem>().size(), 3);
 
-    const auto load = [&](const QString& strFile) {
-        answer([&] { m_pSearch->m_pLoadMaskButton->click(); }, "Load Peak Hunting Mask",
-               "Mask Files (*.msk);;All Files (*.*)", strFile);
+    const auto load = [&](const QVariantList& listFile) {
+        EXPECT_EQ(answered(listFile, [&] { m_pSearch->m_pLoadMaskButton->click(); }),
+                  QStringList{"Load Peak Hunting Mask"});
     };
-    load(write("beam.msk", "1 70 60\n1 95 60\n2 0 0\n1 95 85\n1 70 85\n2 1 1\n"));  // around the beam
-    EXPECT_EQ(shownItems<CrossItem>().size(), 2);
+    load({write("beam.msk", "1 70 60\n1 95 60\n2 0 0\n1 95 85\n1 70 85\n2 1 1\n")});  // around the beam
+    EXPECT_EQ(marks<CrossItem>().size(), 2);
     ASSERT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     EXPECT_EQ(m_pSearch->m_pMaskTable->item(0, 0)->text(), "4");
     EXPECT_EQ(m_pSearch->m_pMaskTable->item(1, 0)->text(), "2");
     EXPECT_TRUE(m_pSearch->m_pShowMaskCheck->isChecked());
-    EXPECT_EQ(shownItems<QGraphicsPolygonItem>().size(), 2);
+    EXPECT_EQ(marks<QGraphicsPolygonItem>().size(), 2);
     load({});
-    load(write("two.msk", "1 0 0\n1 9 9\n"));
-    EXPECT_EQ(lines("two.msk as mask file.", Qt::red), 1);
+    load({write("two.msk", "1 0 0\n1 9 9\n")});
+    EXPECT_EQ(lines("two.msk as mask file."), 1);
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     m_pSearch->m_pShowMaskCheck->setChecked(false);
-    EXPECT_TRUE(shownItems<QGraphicsPolygonItem>().isEmpty());
+    EXPECT_TRUE(marks<QGraphicsPolygonItem>().isEmpty());
 
     // The run: what it finds is on disk, and the frame in view is shown again with its own marks.
     // Meanwhile the marks are those of the frame that was hunted last.
@@ -344,7 +234,7 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
         const int nHunted = pBar->value();
         if (pBar->isHidden() || nHunted < 2 || !setHunted.insert(nHunted).second)
             return;
-        const QList<CrossItem*> listMark = shownItems<CrossItem>();
+        const QList<CrossItem*> listMark = marks<CrossItem>();
         EXPECT_EQ(listMark.size(), 2) << nHunted;
         // The weaker spot, as the tail of the beam pushes the maximum of the other one outwards.
         const QPointF ptSpot = g_ptBeam + drift(nHunted - 1) + QPointF(-55, 40);
@@ -361,56 +251,82 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     timer.stop();
     EXPECT_GE(setHunted.size(), 3u);
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
-    EXPECT_GE(m_series.content("series.pk").count('\n'), 2 * g_nFrames);
+    EXPECT_GE(linesOf("series.pk").size(), 2 * g_nFrames);
     EXPECT_EQ(lines("2 peaks found on frame #   1", Qt::black), 1);
-    EXPECT_EQ(m_pWindow->findChild<QTabWidget*>()->currentIndex(), 1);
+    EXPECT_EQ(m_pTabs->currentIndex(), 1);
     EXPECT_EQ(m_pSearch->m_pThresholdSpin->value(), 2000);
 
-    m_pWindow->findChild<QTabWidget*>()->setCurrentIndex(0);
-    EXPECT_TRUE(shownItems<CrossItem>().isEmpty());
+    m_pTabs->setCurrentIndex(0);
+    EXPECT_TRUE(marks<CrossItem>().isEmpty());
     m_pSearch->m_pThresholdSpin->setValue(1);
     m_pSearch->m_pClearMaskButton->click();
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 0);
-    EXPECT_EQ(shownItems<CrossItem>().size(), 3);
+    EXPECT_EQ(marks<CrossItem>().size(), 3);
     m_pSearch->m_pShowPeaksCheck->setChecked(false);
-    EXPECT_TRUE(shownItems<CrossItem>().isEmpty());
+    EXPECT_TRUE(marks<CrossItem>().isEmpty());
 }
 
 TEST_F(FramesWindow, SideFilesGoOutAndComeBack)
 {
-    const QString strShiftFilter = "Shift Correction Files (*.sc);;All Files (*.*)";
     QByteArray bytesShift = "82.40 76.70\n";
     for (int i = 0; i < g_nFrames; ++i)
         bytesShift += QByteArray::number(i + 1) + " " + QByteArray::number(1234.5 * i) + " -0.25\n";
-    answer([&] { m_pWindow->loadEDShift(); }, "Load ED Shift", strShiftFilter, write("in.sc", bytesShift));
+    const auto file = [this](const QString& strFile, void (MainWindow::*pSlot)()) {
+        return answered({strFile}, [&] { (m_pWindow.get()->*pSlot)(); }).join(", ");
+    };
+    EXPECT_EQ(file(write("in.sc", bytesShift), &MainWindow::loadEDShift), "Load ED Shift");
     EXPECT_EQ(m_pShift->m_pCenterXSpin->value(), 82.4);
     EXPECT_EQ(m_pShift->m_pShiftTable->item(1, 0)->text(), QStringLiteral("%L1").arg(1234.5, 0, 'f', 2));
     m_pShift->m_pCenterYSpin->setValue(77.25);  // what the page shows is what is written
-    answer([&] { m_pWindow->saveEDShift(); }, "Export Shift Data to File", strShiftFilter,
-           m_series.dir.filePath("out.sc"));
-    EXPECT_TRUE(
-        m_series.content("out.sc").startsWith("   82.40   77.25\n   1    0.00   -0.25\n   2 1234.50"));
+    EXPECT_EQ(file(path("out.sc"), &MainWindow::saveEDShift), "Export Shift Data to File");
+    EXPECT_TRUE(readBytes(path("out.sc")).startsWith("   82.40   77.25\n   1    0.00   -0.25\n   2 1234.50"));
 
-    const QString strPeakFilter = "Peak List Files (*.pk);;All Files (*.*)";
-    answer([&] { m_pWindow->loadRawPeaks(); }, "Load Raw Peaks", strPeakFilter,
-           write("in.pk", "1 2 0 100.5 20.5 77\n2 8 0 30 40 5\n"));
-    answer([&] { m_pWindow->saveRawPeaks(); }, "Export Raw Peaks", strPeakFilter,
-           m_series.dir.filePath("out.pk"));
-    EXPECT_EQ(m_series.content("out.pk").count('\n'), 2);
-    EXPECT_TRUE(m_series.content("out.pk").startsWith("       1    2     0  100.5   20.5     77.0"));
-    EXPECT_EQ(lines("List of raw peaks saved to " + m_series.dir.filePath("out.pk"), Qt::black), 1);
+    EXPECT_EQ(file(write("in.pk", "1 2 0 100.5 20.5 77\n2 8 0 30 40 5\n"), &MainWindow::loadRawPeaks),
+              "Load Raw Peaks");
+    EXPECT_EQ(file(path("out.pk"), &MainWindow::saveRawPeaks), "Export Raw Peaks");
+    ASSERT_EQ(linesOf("out.pk").size(), 2);
+    EXPECT_TRUE(linesOf("out.pk")[0].startsWith("       1    2     0  100.5   20.5     77.0"));
+    EXPECT_EQ(lines("List of raw peaks saved to " + path("out.pk"), Qt::black), 1);
 
-    const auto* pCell = m_pWindow->findChild<CellPage*>();
-    const QString strCellFilter = "Unit Cell Files (*.uc);;All Files (*.*)";
-    answer([&] { m_pWindow->loadUnitCell(); }, "Load Unit Cell", strCellFilter,
-           write("in.uc", "a* 0.1 0 0\nb* 0 0.05 0\nc* 0 0 0.04\n"));
-    answer([&] { m_pWindow->loadUnitCell(); }, "Load Unit Cell", strCellFilter,
-           write("bad.uc", "b* 0.1 0 0\na* 0 0.05 0\nc* 0 0 0.04\n"));
-    EXPECT_EQ(lines("bad.uc as unit cell data.", Qt::red), 1);
-    EXPECT_EQ(pCell->m_apEditCell[1]->text(), QLocale::system().toString(20.0, 'f', 2));
-    answer([&] { m_pWindow->exportUnitCell(); }, "Export Unit Cell Data to File", strCellFilter,
-           m_series.dir.filePath("out.uc"));
-    EXPECT_TRUE(m_series.content("out.uc").contains("b*   0.00000000  0.05000000  0.00000000\n"));
+    EXPECT_EQ(file(write("in.uc", "a* 0.1 0 0\nb* 0 0.05 0\nc* 0 0 0.04\n"), &MainWindow::loadUnitCell),
+              "Load Unit Cell");
+    file(write("bad.uc", "b* 0.1 0 0\na* 0 0.05 0\nc* 0 0 0.04\n"), &MainWindow::loadUnitCell);
+    EXPECT_EQ(lines("bad.uc as unit cell data."), 1);
+    EXPECT_EQ(m_pCell->m_apEditCell[1]->text(), QLocale::system().toString(20.0, 'f', 2));
+    EXPECT_EQ(file(path("out.uc"), &MainWindow::exportUnitCell), "Export Unit Cell Data to File");
+    EXPECT_TRUE(readBytes(path("out.uc")).contains("b*   0.00000000  0.05000000  0.00000000\n"));
+}
+
+// A grey value g of a picture counts 64 g, so the columns 0, 256, ... 16128 fill 1000 bins of 16.128 evenly.
+// The bright end is the edge of the last bin and the dark end that of the first, which is lowered by 0.15
+// times their distance.
+TEST_F(FramesWindow, ContrastFollowsTheFrameAndThenTheLimits)
+{
+    writePicture("ramp.png", [](int x, int) { return 4 * x; });
+    m_pWindow->openFiles({path("ramp.png")});
+    EXPECT_NEAR(m_pFrames->m_pContrastMinSpin->value(), 16.128 - 0.15 * (16128 - 16.128), 0.006);
+    EXPECT_EQ(m_pFrames->m_pContrastMaxSpin->value(), 16128);
+    const std::array<int, 4> aRow[] = {{16128, 33, 145, 255}, {8064, 58, 255, 255}, {64000, 9, 40, 71}};
+    for (const auto& row : aRow) {
+        m_pFrames->m_pContrastMaxSpin->setValue(row[0]);
+        const QByteArray bytes = shownBytes();
+        ASSERT_EQ(bytes.size(), 64 * 64);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(int(uchar(bytes[i == 2 ? 63 : 32 * i])), row[size_t(i) + 1]) << row[0];
+    }
+
+    // "Copy Window", however the frame is looked at.
+    m_pWindow->updateScale(0);
+    m_pWindow->copyWindow();
+    const QImage image = QApplication::clipboard()->image();
+    ASSERT_EQ(image.size(), QSize(64, 64));
+    EXPECT_EQ(image.format(), QImage::Format_RGB888);
+    EXPECT_EQ(qGray(image.pixel(63, 32)), 71);
+    EXPECT_LT(qGray(image.pixel(1, 32)), qGray(image.pixel(40, 32)));
+    newWindow();
+    QApplication::clipboard()->setText("mine");
+    m_pWindow->copyWindow();
+    EXPECT_EQ(QApplication::clipboard()->text(), "mine") << "no frame, nothing to copy";
 }
 
 TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
@@ -449,10 +365,8 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     // Off the frame nothing changes; a frame that could not be read has no values.
     move(m_pView->mapFromScene(QPointF(-3, 76)), Qt::NoButton);
     EXPECT_TRUE(m_pWindow->statusBar()->currentMessage().startsWith("Experimental(81"));
-    QFile::remove(m_series.dataSet.m_listFrameFile[1]);
+    QFile::remove(path("f0001.mrc"));
     m_pSlider->setValue(2);
     move(ptOnFrame, Qt::NoButton);
     EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
 }
-
-}  // namespace

@@ -3,76 +3,32 @@
 // Pointer and keys enter through the window that holds the widgets, so what is out of sight, covered or
 // without the focus is not reached.
 #include "app/dataset/unitcellfile.h"
-#include "app/mainwindow.h"
-#include "app/messageedit.h"
-#include "batch/batchprogram.h"
-#include "frameview/baseimgview.h"
-#include "frameview/originalimgscene.h"
-#include "reciprocal/pages/cellpage.h"
-#include "view3d/ed3dwidget.h"
-#include "view3d/pages/view3dpage.h"
-
-#include <gtest/gtest.h>
+#include "windowtest.h"
 
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>
-
-#include <QAbstractButton>
-#include <QApplication>
-#include <QCheckBox>
-#include <QClipboard>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QRegularExpression>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QSettings>
-#include <QStatusBar>
-#include <QTabBar>
-#include <QTabWidget>
-#include <QTableWidget>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTextStream>
-#include <QTimer>
-#include <QToolBox>
-#include <QWheelEvent>
-#include <QWindow>
-
-#include <memory>
 
 namespace {
 
 const QPoint g_ptDrag(9, -7);  // frame pixels; the beam stays within the region
 
-class Walk : public testing::Test {
+class Walk : public WindowTest {
 protected:
     void SetUp() override
     {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("settings"));
-        const BatchOutcome outcome = runProgram(
-            QStringLiteral("tessera-simulate"),
-            {"--crystal",    "quartz",     "--frames",     "41",    "--size",      "256",
-             "--pixel-size", "0.008",      "--tilt-start", "-20",   "--tilt-step", "1",
-             "--beam-x",     "134.4",      "--beam-y",     "123.3", "--drift",     "2",
-             "--out",        m_dir.path(), "--name",       "w"});
-        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-        ASSERT_FALSE(QFile::exists(m_dir.filePath("w.pk")));
-        ASSERT_FALSE(QFile::exists(m_dir.filePath("w.sc")));
-
-        m_pWindow = std::make_unique<MainWindow>();
+        WindowTest::SetUp();
+        simulate(m_dir.path(),
+                 "--frames 41 --size 256 --pixel-size 0.008 --tilt-start -20 --tilt-step 1 "
+                 "--beam-x 134.4 --beam-y 123.3 --drift 2");
         m_pWindow->resize(1400, 1000);
         m_pWindow->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
         ASSERT_NO_FATAL_FAILURE(activate());
-        m_pView = m_pWindow->findChild<BaseImgView*>();
-        m_pScene = m_pWindow->findChild<OriginalImgScene*>();
-        m_pTabs = m_pWindow->findChild<QTabWidget*>();
         ASSERT_NO_FATAL_FAILURE(walk());
     }
     void walk()
     {
-        ASSERT_NO_FATAL_FAILURE(openByKeys(m_dir.filePath("w.ed3d")));
+        ASSERT_NO_FATAL_FAILURE(openByKeys(path("w.ed3d")));
         ASSERT_EQ(m_pScene->imageSize(), QSize(256, 256));
 
         ASSERT_NO_FATAL_FAILURE(openPage("Shift Evaluation"));
@@ -87,19 +43,17 @@ protected:
 
         // All peaks as a group of their own, and a second one of some of them.
         ASSERT_NO_FATAL_FAILURE(openPage("3D View Control"));
-        auto* pPanel = m_pWindow->findChild<View3DPage*>();
-        auto* pRaw = static_cast<ED3DWidget*>(m_pTabs->currentWidget());
-        const int nPeaks = pRaw->points().size();
+        const int nPeaks = m_pRaw->points().size();
         for (const double dfPart : {0.99, 0.3}) {
             ASSERT_NO_FATAL_FAILURE(band(dfPart));
-            const int nPicked = pRaw->selectedPoints().size();
+            const int nPicked = m_pRaw->selectedPoints().size();
             EXPECT_GT(nPicked, 0);
             EXPECT_EQ(nPicked == nPeaks, dfPart > 0.9) << nPicked;
-            EXPECT_EQ(pPanel->m_pEditSelectedCount->text(), QStringLiteral("%L1").arg(nPicked));
+            EXPECT_EQ(m_pPanel->m_pEditSelectedCount->text(), QStringLiteral("%L1").arg(nPicked));
             EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QStringLiteral("%L1 selected").arg(nPicked));
             ASSERT_NO_FATAL_FAILURE(click(onPage("Add")));
         }
-        EXPECT_EQ(pPanel->m_pTablePeakGroups->rowCount(), 3);
+        EXPECT_EQ(m_pPanel->m_pTablePeakGroups->rowCount(), 3);
         ASSERT_NO_FATAL_FAILURE(openPage("3D Peak Merging"));
         auto* pTarget = currentPage()->findChild<QTableWidget*>();
         ASSERT_EQ(pTarget->item(0, 1)->text(), QStringLiteral("0"));
@@ -113,12 +67,6 @@ protected:
         for (const char* pszBox : {"Output Indexing Results", "Output Reflection Statistics"})
             ASSERT_NO_FATAL_FAILURE(click(onPage(pszBox)));
         ASSERT_NO_FATAL_FAILURE(click(onPage("Index Merged Peaks")));
-    }
-    /// What a window manager does with a new window, and when a dialog or menu goes.
-    void activate()
-    {
-        m_pWindow->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWindow.get()));
     }
     /// Ctrl+O, and the path typed into the dialog that comes.
     void openByKeys(const QString& strFile)
@@ -236,15 +184,11 @@ protected:
         QTest::mouseMove(pHandle, pt + ptBy);
         QTest::mouseRelease(pHandle, Qt::LeftButton, {}, pt + ptBy);
     }
-    QString log() const { return m_pWindow->findChild<MessageEdit*>()->toPlainText(); }
 
-    QTemporaryDir m_dir;
-    std::unique_ptr<MainWindow> m_pWindow;
-    BaseImgView* m_pView = nullptr;
-    OriginalImgScene* m_pScene = nullptr;
-    QTabWidget* m_pTabs = nullptr;
     QPoint m_ptRegion;  ///< upper left corner of the region that was dragged
 };
+
+}  // namespace
 
 TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
 {
@@ -256,7 +200,7 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
          QStringLiteral(">Peak hunting started."),
          QStringLiteral(" peaks found on frame #   1\n"),
          QStringLiteral(" peaks found on frame #  41\n"),
-         QStringLiteral("Peak list saved to %1.").arg(m_dir.filePath("w.pk")),
+         QStringLiteral("Peak list saved to %1.").arg(path("w.pk")),
          QStringLiteral(">Peak hunting finished in "),
          QStringLiteral(" chains found. "),
          QStringLiteral(">Calculating difference vectors...\n"),
@@ -265,10 +209,9 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
          QStringLiteral("Found unit cell: a="),
          QStringLiteral("Test lattice type"),
          QStringLiteral("Maximum d* including 95% reflections: "),
-         QStringLiteral(">HKL file written: %1\n").arg(m_dir.filePath("w.hkl")),
-         QStringLiteral(">p4p file written: %1\n").arg(m_dir.filePath("w.p4p")),
-         QStringLiteral(">List of the indexed peaks on the frames output to file: %1")
-             .arg(m_dir.filePath("w.ipf")),
+         QStringLiteral(">HKL file written: %1\n").arg(path("w.hkl")),
+         QStringLiteral(">p4p file written: %1\n").arg(path("w.p4p")),
+         QStringLiteral(">List of the indexed peaks on the frames output to file: %1").arg(path("w.ipf")),
          QStringLiteral(">Unit cell used for indexing: a="),
          QStringLiteral("%) were indexed."),
          QStringLiteral("SG.Symbol")},
@@ -277,7 +220,7 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
 
     double dfX = 0;
     double dfY = 0;
-    QTextStream(readBytes(m_dir.filePath("w.sc"))) >> dfX >> dfY;
+    QTextStream(readBytes(path("w.sc"))) >> dfX >> dfY;
     EXPECT_NEAR(dfX, 134.4, 0.5);
     EXPECT_NEAR(dfY, 123.3, 0.5);
 
@@ -285,60 +228,41 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     const QRegularExpressionMatch match =
         QRegularExpression(QStringLiteral("Reference region: \\((\\d+), (\\d+)\\) 128×128")).match(strLog);
     ASSERT_TRUE(match.hasMatch());
-    const QString strOther = m_dir.filePath("driver");
+    const QString strOther = path("driver");
     const BatchOutcome outcome = runBatch({"--window-defaults", "--region",
                                            match.captured(1) + ',' + match.captured(2) + ",128", "--out",
-                                           strOther, m_dir.filePath("w.ed3d")});
+                                           strOther, path("w.ed3d")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     const struct {
         const char* pszName;
         int nLines;  ///< at least
     } aFile[] = {{"w.sc", 42}, {"w.pk", 300}, {"w.uc", 3}, {"w.hkl", 60}, {"w.p4p", 1}, {"w.ipf", 200}};
     for (const auto& file : aFile) {
-        const QByteArray bytesWindow = readBytes(m_dir.filePath(file.pszName));
+        const QByteArray bytesWindow = readBytes(path(file.pszName));
         EXPECT_GE(bytesWindow.count('\n'), file.nLines) << file.pszName;
         EXPECT_TRUE(bytesWindow == readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
     }
 
-    // A row of the table gives the curve, and the context menu a copy of it.
+    // A row of the table gives the curve.
     ASSERT_NO_FATAL_FAILURE(openTab(3));
-    auto* pTable = static_cast<QTableView*>(m_pTabs->widget(3));
-    const QModelIndex index = pTable->model()->index(2, 7);
-    ASSERT_NO_FATAL_FAILURE(clickAt(pTable->viewport(), pTable->visualRect(index).center()));
+    const QModelIndex index = m_pTable->model()->index(2, 7);
+    ASSERT_NO_FATAL_FAILURE(clickAt(m_pTable->viewport(), m_pTable->visualRect(index).center()));
     const auto listCurve = m_pWindow->findChild<QwtPlot*>()->itemList(QwtPlotItem::Rtti_PlotCurve);
     EXPECT_EQ(QLocale::system().toString(static_cast<QwtPlotCurve*>(listCurve.first())->maxYValue(), 'f', 1),
               index.data().toString());
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [] {
-        if (QWidget* pMenu = QApplication::activePopupWidget())
-            for (int nKey : {Qt::Key_Down, Qt::Key_Return})
-                QTest::keyClick(pMenu, Qt::Key(nKey));
-    });
-    timer.start(20);
-    QApplication::clipboard()->clear();
-    ASSERT_NO_FATAL_FAILURE(clickAt(pTable->viewport(), pTable->visualRect(index).center(), Qt::RightButton));
-    EXPECT_TRUE(QTest::qWaitFor([] { return !QApplication::clipboard()->text().isEmpty(); }));
-    timer.stop();
-    const QStringList listCopied = QApplication::clipboard()->text().split('\t');
-    EXPECT_EQ(listCopied.size(), 18);
-    EXPECT_EQ(listCopied[0], index.sibling(2, 0).data().toString());
-    ASSERT_NO_FATAL_FAILURE(activate());
 
     // A matrix typed and taken: a*' = a* + b*, in the cell file too.
-    const auto* pCell = m_pWindow->findChild<CellPage*>();
-    const QList<Vec3D> listBefore = readUnitCellFile(m_dir.filePath("w.uc"));
+    const QList<Vec3D> listBefore = readUnitCellFile(path("w.uc"));
     ASSERT_EQ(listBefore.size(), 3);
-    ASSERT_NO_FATAL_FAILURE(click(pCell->m_apEditMatrix[0][1]));
+    ASSERT_NO_FATAL_FAILURE(click(m_pCell->m_apEditMatrix[0][1]));
     for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")})
         QTest::keySequence(m_pWindow->windowHandle(), key);
     ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
-    EXPECT_EQ(pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
-    const QList<Vec3D> listAfter = readUnitCellFile(m_dir.filePath("w.uc"));
+    EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
+    const QList<Vec3D> listAfter = readUnitCellFile(path("w.uc"));
     ASSERT_EQ(listAfter.size(), 3);
     const Vec3D aWanted[] = {listBefore[0] + listBefore[1], listBefore[1], listBefore[2]};
     for (int i = 0; i < 3; ++i)
         EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
 }
-
-}  // namespace

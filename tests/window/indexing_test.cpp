@@ -1,0 +1,180 @@
+// The groups that merging and indexing make, and the reflections that the user chooses by them.
+#include "frameview/textitem.h"
+#include "reciprocaltest.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <set>
+
+TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
+{
+    open();
+    m_pMerging->m_pSpinMax3DLength->setValue(1.2);
+    m_pRaw->setCamera(std::array<float, 16>{0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 1}.data(), 0.1f,
+                      0.2f, -0.5f);
+    m_pMerging->m_pButtonMerge->click();
+    EXPECT_EQ(m_pTabs->currentIndex(), 2);
+    const int nMerged = table()->rowCount(), nShown = m_pMerged->points().size();
+    EXPECT_GT(nMerged, 5);
+    EXPECT_GT(nShown, nMerged);
+    EXPECT_EQ(groups(m_pMerged),
+              QStringLiteral("Unlabeled %1 #ffffff, Streaks %2 #00ffff").arg(nMerged).arg(nShown - nMerged));
+    float af[16], fPanX, fPanY, fZoom;
+    m_pMerged->getCamera(af, fPanX, fPanY, fZoom);
+    EXPECT_EQ(std::vector<float>({af[1], af[6], af[8], fPanX, fPanY, fZoom}),
+              std::vector<float>({1, 1, 1, 0.1f, 0.2f, -0.5f}));
+
+    // Only what lies within the limits, whether its group is shown or not.
+    m_pMerging->m_pSpinMax3DLength->setValue(1000);
+    m_pMerging->m_pSpinResolutionMax->setValue(0.6);
+    m_pTabs->setCurrentIndex(1);
+    m_pWindow->pointGroupTableCellClicked(0, 3);
+    EXPECT_FALSE(m_pRaw->groupsVisible()[0]);
+    m_pMerging->m_pButtonMerge->click();
+    EXPECT_EQ(groups(m_pMerged), QStringLiteral("Unlabeled %1 #ffffff").arg(m_pMerged->points().size()));
+    EXPECT_GT(m_pMerged->points().size(), 10);
+    for (const Peak3D& peak : m_pMerged->points())
+        EXPECT_LT(peak.dfDStar, 0.61);
+    m_pMerging->m_pSpinResolutionMax->setValue(1);
+
+    // Chains cut short by a small distance give reflections twice. The driver counts.
+    m_pMerging->m_pSpinMax2DDistance->setValue(0.5);
+    m_pMerging->m_pButtonMerge->click();
+    const QString strJson = file("w.json");
+    const BatchOutcome outcome = runBatch({"--window-defaults", "--from", "index", "--max-2d-distance", "0.5",
+                                           "--out", file("driver"), "--json", strJson, file("w.ed3d")});
+    const QJsonObject json = QJsonDocument::fromJson(readBytes(strJson)).object();
+    const auto count = [&](const char* pszKey) { return json[QLatin1String(pszKey)].toInt(); };
+    ASSERT_GT(std::min({count("duplicated"), count("unindexed"), count("onEdge"), count("indexed")}), 0)
+        << outcome.strText.toStdString();
+    m_pCell->m_pCheckOutputStatistics->setChecked(true);
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    EXPECT_EQ(
+        groups(m_pMerged).toStdString(),
+        QString::asprintf("Unlabeled %d #ffffff, Duplicated %d #00ff00, Unindexed %d #ff0000, On edge %d "
+                          "#ff00ff",
+                          count("indexed"), count("duplicated"), count("unindexed"), count("onEdge"))
+            .toStdString());
+    EXPECT_EQ(m_pCell->m_pTableReflectionSelection->rowCount(), 4);
+    EXPECT_EQ(table()->rowCount(), count("indexed"));
+    int nIndexed = 0;
+    for (const Peak3D& peak : m_pMerged->points())
+        nIndexed += peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
+    EXPECT_GT(nIndexed, count("indexed"));
+}
+
+TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
+{
+    QSettings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera"))
+        .setValue("latticeServiceHost", "http://lattice%1:81");
+    SetUp();
+    open();
+    m_pMerging->m_pButtonMerge->click();
+    QList<int> aPart[2];
+    for (int i = 0; i < m_pMerged->points().size(); ++i)
+        aPart[i % 3 == 0].append(i);
+    for (int i : {0, 1})
+        m_pMerged->insertPointGroup(1 + i, QString::number(i), aPart[i], Qt::blue);
+    const auto lattice = [](ED3DWidget* pView) {
+        int an[3];
+        pView->getLatticeRange(an[0], an[1], an[2]);
+        return QString::asprintf("%d %d %d %d", pView->showLatticeLines(), an[0], an[1], an[2]);
+    };
+    for (ED3DWidget* pView : {m_pRaw, m_pMerged}) {
+        pView->setShowLatticeLines(false);
+        pView->setLatticeRange(3, 3, 3);
+    }
+    m_pCell->m_pTableReflectionSelection->selectRow(0);  // whose reflections have all gone
+    m_pCell->m_pButtonSearchCell->click();
+    EXPECT_EQ(lines("No reflections were selected for unit cell hunting.", Qt::black), 1);
+    EXPECT_EQ(lattice(m_pRaw) + lattice(m_pMerged), QStringLiteral("0 3 3 30 3 3 3"));
+    EXPECT_TRUE(m_pCell->m_pButtonSearchCell->isEnabled());
+
+    // The other space, chosen while a run uses the cell under test, ends the test after the run.
+    const QString strCell = fields();
+    type({{{2, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
+    m_pCell->m_pButtonTest->click();
+    const QString strTried = fields();
+    QString strInRun;
+    QTimer::singleShot(0, [&] {
+        EXPECT_FALSE(m_pCell->m_pButtonIndexMergedPeaks->isEnabled());
+        EXPECT_NE(QApplication::overrideCursor(), nullptr);
+        m_pCell->m_pRadioSpaceReal->click();
+        strInRun = fields();
+    });
+    m_pCell->m_pTableReflectionSelection->selectRow(2);
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    EXPECT_EQ(lines(QStringLiteral(" out of %1 (").arg(aPart[1].size()), Qt::black), 1);
+    EXPECT_EQ(strInRun, strTried);
+    EXPECT_NE(strTried, strCell);
+    EXPECT_EQ(fields(), strCell);
+    EXPECT_TRUE(m_pCell->m_pButtonIndexMergedPeaks->isEnabled());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    m_pMerging->m_pButtonMerge->click();
+    m_pCell->m_pButtonSearchCell->click();
+    EXPECT_EQ(lattice(m_pRaw) + lattice(m_pMerged), QStringLiteral("1 1 1 11 1 1 1"));
+    QString strHref;
+    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
+        for (auto it = block.begin(); !it.atEnd(); ++it)
+            strHref += it.fragment().charFormat().anchorHref();
+    EXPECT_EQ(strHref.count("http://lattice%1:81/"), 2)
+        << strHref.toStdString();  // of the test and the search
+
+    // The labels on the frames stand where the list of indexed peaks has them, in the colours that the table
+    // gives.
+    m_pCell->m_pComboReflectionGrouping->setCurrentIndex(4);  // C 2
+    m_pCell->m_pCheckOutputIndexing->setChecked(true);
+    m_pActions->m_pShowPeakLabels->setChecked(true);
+    m_pTabs->setCurrentIndex(0);
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    QMap<QString, int> mapStrongest;
+    for (int i = 0; i < table()->rowCount(); ++i) {
+        const auto text = [&](int nColumn) { return table()->index(i, nColumn).data().toString(); };
+        mapStrongest[text(4) + ',' + text(5) + ',' + text(6)] = text(11).toInt();
+    }
+    QMap<int, QStringList> mapWanted;
+    std::set<QString> setColor;
+    const QStringList listLine =
+        QString::fromLatin1(readBytes(file("w.ipf"))).split('\n', Qt::SkipEmptyParts);
+    for (const QString& strLine : listLine.mid(1)) {
+        const QStringList list = strLine.simplified().split(' ');
+        const QString strHkl = list.mid(1, 3).join(',');
+        const bool bAbsent = (list[1].toInt() + list[2].toInt()) % 2 != 0;
+        const bool bStrongest = mapStrongest.value(strHkl) == list[0].toInt();
+        const QColor color(bStrongest ? bAbsent ? Qt::magenta : Qt::red : bAbsent ? Qt::darkCyan : Qt::green);
+        setColor.insert(color.name());
+        mapWanted[list[0].toInt()] << strHkl + ' ' + list[5] + ' ' + list[6] + ' ' + color.name();
+    }
+    EXPECT_EQ(setColor.size(), 4u);
+    for (int nFrame = 1; nFrame <= 31; ++nFrame) {
+        m_pWindow->switchToImgIndex(nFrame);
+        QStringList listLabel;
+        for (QGraphicsItem* pItem : m_pScene->items())
+            if (const auto* p = dynamic_cast<TextItem*>(pItem); p && p->text().count(',') == 2)
+                listLabel << QStringLiteral("%1 %2 %3 %4")
+                                 .arg(p->text())
+                                 .arg(int(p->x()))
+                                 .arg(int(p->y()))
+                                 .arg(p->brush().color().name());
+        listLabel.sort();
+        mapWanted[nFrame].sort();
+        EXPECT_EQ(listLabel, mapWanted[nFrame]) << nFrame;
+    }
+
+    // All groups of the merged view, with their indices.
+    m_pTabs->setCurrentIndex(2);
+    answered({path("out.txt")}, [this] { m_pWindow->exportSelectedPeak3D(); });
+    QString strOut = readBytes(path("out.txt"));
+    EXPECT_TRUE(strOut.startsWith("# H | K | L # FrameNo."));
+    strOut.remove(0, strOut.indexOf('\n') + 1);
+    for (const QList<int>& listPoint : m_pMerged->groupPoints())
+        for (int n : listPoint) {
+            const Peak3D& peak = m_pMerged->points()[n];
+            EXPECT_TRUE(strOut.startsWith(
+                QString::asprintf("%8.3f %8.3f %8.3f %4d ", peak.dfH, peak.dfK, peak.dfL, peak.nFrame)));
+            strOut.remove(0, strOut.indexOf('\n') + 1);
+        }
+    EXPECT_EQ(strOut, QString());
+}

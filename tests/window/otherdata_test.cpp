@@ -1,0 +1,83 @@
+// What opening other data does to views, table and cell.
+#include "reciprocaltest.h"
+
+TEST_F(Reciprocal, OtherData)
+{
+    // Without OpenGL one line says so, however many views there are; all else in these tests goes on.
+    m_pTabs->setCurrentIndex(1);
+    m_pTabs->setCurrentIndex(2);
+    QApplication::processEvents();
+    EXPECT_EQ(lines("OpenGL"), m_pRaw->isValid() ? 0 : 1);
+
+    m_pPanel->m_pButtonLoadHKL->click();
+    EXPECT_EQ(lines("Unit cell is not ready. Stop."), 1);
+    open();
+    EXPECT_EQ(m_pTabs->currentIndex(), 1);
+    const int nPeaks = m_pRaw->points().size();
+    EXPECT_GT(nPeaks, 100);
+    EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
+    EXPECT_NEAR(std::fabs(m_pRaw->getViewDirection().x), 1, 1e-6);
+    const Mat matCell = cell();
+    m_pMerging->m_pButtonMerge->click();
+    m_pCell->m_pButtonTest->click();
+
+    // "Copy Window" takes what the tab shows. Without OpenGL a view has nothing to give.
+    for (int nTab : {3, 1, 2}) {
+        m_pTabs->setCurrentIndex(nTab);
+        const QWidget* pTab = m_pTabs->currentWidget();
+        QApplication::clipboard()->setText(QStringLiteral("mine"));
+        m_pWindow->copyWindow();
+        const QImage image = QApplication::clipboard()->image();
+        if (nTab < 3 && !m_pRaw->isValid()) {
+            EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("mine"));
+            continue;
+        }
+        EXPECT_EQ(image.size(), pTab->size() * pTab->devicePixelRatioF());
+        QImage imageOne = image;
+        imageOne.fill(image.pixelColor(0, 0));
+        EXPECT_NE(image, imageOne) << "nothing but ground";
+    }
+
+    // Reflections for a look: the points of the cell in force.
+    answered({write("in.hkl", "   1   2  -3   120.0     1.0\n# none\n   0   0   0     0.0     0.0\n")},
+             [&] { m_pPanel->m_pButtonLoadHKL->click(); });
+    ASSERT_EQ(m_pMerged->points().size(), 2);
+    const Peak3D& peak = m_pMerged->points()[0];
+    expectNear({{{double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)}, {}, {}}},
+               {{times({{{1, 2, -3}, {}, {}}}, matCell)[0], {}, {}}}, 1e-6);
+    EXPECT_EQ(table()->rowCount(), 2);
+    EXPECT_EQ(table()->index(0, 6).data().toString(), QStringLiteral("-3"));
+    EXPECT_EQ(lines("2 reflections loaded from ", Qt::black), 1);
+
+    // A list of points leaves the data set alone.
+    m_pWindow->openFiles(
+        {write("in.txt", "1 1 0 2 0.1 0.2 0.3 5 77 ok\n2 0 0 1 0.3 0 0 5 9 sx\n3 0 1 0 0 0.4 0 1 2 ok\n")});
+    ASSERT_EQ(m_pRaw->points().size(), 2);
+    EXPECT_EQ(m_pTabs->currentIndex(), 1);
+    EXPECT_FLOAT_EQ(m_pRaw->points()[0].fZ3D, 0.3f);
+    EXPECT_EQ(m_pRaw->points()[0].dfIPoint, 77);
+    EXPECT_EQ(fields(), fieldsOf(matCell));
+
+    // A peak list without masks: all its peaks are shown, in no group.
+    QByteArray bytesList;
+    for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n'))
+        bytesList += bytesLine.left(bytesLine.lastIndexOf(' ')) + '\n';
+    answered({write("nomask.pk", bytesList)}, [&] { m_pWindow->loadRawPeaks(); });
+    EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
+
+    // Another data set, without results of its own.
+    m_pCell->m_pButtonTest->setChecked(true);
+    QFile::copy(file("w.ed3d"), file("other.ed3d"));
+    m_pWindow->openFiles({file("other.ed3d")});
+    EXPECT_EQ(m_pRaw->points().size() + m_pMerged->points().size(), 0);
+    EXPECT_EQ(table()->rowCount(), 1);
+    EXPECT_EQ(fields(), g_strNoCell);
+    EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
+    m_pCell->m_pButtonTransform->click();
+    EXPECT_EQ(lines("Unit cell information is missing.", Qt::black), 1);
+    open();
+    m_pCell->m_pRadioCellManual->setChecked(true);
+    EXPECT_EQ(fields(), fieldsOf(matCell));
+    m_pWindow->openFiles({file("other.ed3d")});
+    expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
+}

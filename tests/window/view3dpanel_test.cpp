@@ -1,0 +1,177 @@
+// What moves the points of the 3D views, and the page that steers the views.
+#include "reciprocaltest.h"
+
+/// Where the points of a view lie.
+static std::vector<float> places(const ED3DWidget* pView)
+{
+    std::vector<float> vec;
+    for (const Peak3D& peak : pView->points())
+        vec.insert(vec.end(), {peak.fX3D, peak.fY3D, peak.fZ3D});
+    return vec;
+}
+
+// The points follow what is typed as it is typed, and what has been merged waits for the next merge.
+TEST_F(Reciprocal, LiveBoxes)
+{
+    open();
+    m_pMerging->m_pButtonMerge->click();
+    m_pMerging->m_pSpinStretchAmplitude->setValue(2);
+    const struct {
+        QWidget* pControl;
+        QString strText;  ///< none: switched on for good
+        bool bLive = true;
+    } aRow[] = {{m_pFrames->m_pWavelengthSpin, "0.0197"},
+                {m_pFrames->m_pPixelSizeSpin, "0.0123"},
+                {m_pFrames->m_pRotationAxisSpin, "-12.3"},
+                {m_pFrames->m_pTiltRelaxationSpin, "7.5"},
+                {m_pMerging->m_pSpinResolutionMin, "0.35"},
+                {m_pMerging->m_pSpinResolutionMax, "0.62"},
+                {m_pMerging->m_pSpinIntensityMin, "200"},
+                {m_pMerging->m_pSpinIntensityMax, "200"},
+                {m_pMerging->m_pGroupApplyStretching, {}},
+                {m_pMerging->m_pSpinStretchAmplitude, "1.25", false},
+                {m_pMerging->m_pSpinStretchAzimuth, "33.5", false}};
+    const std::vector<float> vecMerged = places(m_pMerged);
+    for (const auto& row : aRow) {
+        SCOPED_TRACE(&row - aRow);
+        const std::vector<float> vecBefore = places(m_pRaw);
+        if (row.strText.isEmpty()) {
+            row.pControl->setProperty("checked", true);
+            EXPECT_NE(places(m_pRaw), vecBefore);
+            continue;
+        }
+        const double dfBefore = row.pControl->property("value").toDouble();
+        ASSERT_NO_FATAL_FAILURE(typeOver(row.pControl, row.strText));
+        EXPECT_EQ(places(m_pRaw) == vecBefore, !row.bLive);
+        QTest::keyClick(row.pControl, Qt::Key_Return);
+        EXPECT_EQ(row.pControl->property("value").toDouble(), row.strText.toDouble());
+        EXPECT_NE(places(m_pRaw), vecBefore);
+        row.pControl->setProperty("value", dfBefore);
+        EXPECT_EQ(places(m_pRaw), vecBefore);
+    }
+    EXPECT_EQ(places(m_pMerged), vecMerged);
+
+    m_pCell->m_pRadioCellManual->setChecked(true);
+    loadCell(g_matCell);
+    const CellPage& c = *m_pCell;
+    QWidget* apLength[] = {c.m_pSpinManualLengthA, c.m_pSpinManualLengthB, c.m_pSpinManualLengthC};
+    Mat matWanted = g_matCell;
+    for (size_t i = 0; i < 3; ++i) {
+        ASSERT_NO_FATAL_FAILURE(typeOver(apLength[i], "0.0623"));
+        QTest::keyClick(apLength[i], Qt::Key_Return);
+        for (double& df : matWanted[i])
+            df *= 0.0623 / std::sqrt(dot(g_matCell[i], g_matCell[i]));
+        expectNear(cell(), matWanted);
+    }
+}
+
+TEST_F(Reciprocal, PanelAndViews)
+{
+    EXPECT_FALSE(m_pPanel->isEnabled());
+    EXPECT_EQ(m_pPanel->m_pSpinCanvasGridTransparency->value(), 95);
+    const View3DPage& p = *m_pPanel;
+    typedef std::function<double(const ED3DWidget*)> Getter;
+    const auto range = [](int nAxis) -> Getter {
+        return [nAxis](const ED3DWidget* pView) {
+            int an[3];
+            pView->getLatticeRange(an[0], an[1], an[2]);
+            return an[nAxis];
+        };
+    };
+    const struct {
+        QWidget* pControl;
+        double dfRaw, dfMerged;  ///< what is set while each of the views is shown
+        Getter fnGet;
+        double dfScale = 1, dfOffset = 0;  ///< from the control to the view
+    } aRow[] = {
+        {p.m_pSpinPointSize, 3.5, 0, [](const ED3DWidget* v) { return v->pointSizeRatio(); }},
+        {p.m_pSpinPointTransparency, 45, 100, [](const ED3DWidget* v) { return v->pointAlpha(); }, -0.01, 1},
+        {p.m_pGroupCanvasGrid, 0, 1, [](const ED3DWidget* v) { return v->showCanvasGrid(); }},
+        {p.m_pSpinCanvasGridTransparency, 29, 57, [](const ED3DWidget* v) { return v->canvasGridAlpha(); },
+         -0.01, 1},
+        {p.m_pCheckLatticePoints, 1, 0, [](const ED3DWidget* v) { return v->showLatticePoints(); }},
+        {p.m_pCheckLatticeLines, 1, 0, [](const ED3DWidget* v) { return v->showLatticeLines(); }},
+        {p.m_pSpinLatticeH, 7, 0, range(0)},
+        {p.m_pSpinLatticeK, 5, 3, range(1)},
+        {p.m_pSpinLatticeL, 0, 2, range(2)}};
+    const auto property = [](const QWidget* pControl) {
+        return pControl->property("checked").isValid() ? "checked" : "value";
+    };
+    const auto all = [&] {
+        std::vector<double> vec;
+        for (const auto& row : aRow)
+            for (const ED3DWidget* pView : {m_pRaw, m_pMerged})
+                vec.push_back(row.fnGet(pView));
+        return vec;
+    };
+    for (int nView = 0; nView < 2; ++nView) {
+        m_pTabs->setCurrentIndex(1 + nView);
+        EXPECT_TRUE(m_pPanel->isEnabled());
+        for (const auto& row : aRow) {
+            SCOPED_TRACE(&row - aRow);
+            std::vector<double> vecWanted = all();
+            const double dfSet = nView == 0 ? row.dfRaw : row.dfMerged;
+            vecWanted[size_t(2 * (&row - aRow) + nView)] = dfSet * row.dfScale + row.dfOffset;
+            row.pControl->setProperty(property(row.pControl), dfSet);
+            for (size_t i = 0; i < vecWanted.size(); ++i)
+                EXPECT_NEAR(all()[i], vecWanted[i], 1e-6) << i;
+        }
+    }
+    for (int nView : {0, 1, 0}) {
+        m_pTabs->setCurrentIndex(3);
+        m_pTabs->setCurrentIndex(1 + nView);
+        for (const auto& row : aRow)
+            EXPECT_NEAR(row.pControl->property(property(row.pControl)).toDouble(),
+                        nView == 0 ? row.dfRaw : row.dfMerged, 1e-6)
+                << &row - aRow;
+    }
+
+    // The view along each vector of a cell, and the lattice that loading the cell shows in both views.
+    m_pRaw->setLatticeRange(4, 4, 4);
+    loadCell(g_matCell);
+    for (const ED3DWidget* pView : {m_pRaw, m_pMerged})
+        EXPECT_TRUE(pView->showLatticeLines() && range(0)(pView) == 1 && range(2)(pView) == 1);
+    EXPECT_TRUE(p.m_pCheckLatticeLines->isChecked());
+    EXPECT_EQ(p.m_pSpinLatticeH->value(), 1);
+    QPushButton* apAlong[] = {p.m_pButtonAlongRA, p.m_pButtonAlongRB, p.m_pButtonAlongRC,
+                              p.m_pButtonAlongA,  p.m_pButtonAlongB,  p.m_pButtonAlongC};
+    const auto view = [&] {
+        const Vec3D v = m_pRaw->getViewDirection();
+        return Vec{double(v.x), double(v.y), double(v.z)};
+    };
+    for (size_t i = 0; i < 6; ++i) {
+        apAlong[i]->click();
+        const Vec v = i < 3 ? g_matCell[i] : dual(g_matCell)[i - 3];
+        EXPECT_NEAR(dot(view(), v) / std::sqrt(dot(v, v)), 1, 1e-6) << i;
+    }
+
+    // Where a step brings what lay at `vecFrom` on the screen (x right, y up, z to the viewer): towards
+    // `vecTo`.
+    const struct {
+        QPushButton* pButton;
+        Vec vecFrom, vecTo;
+    } aTurn[] = {{p.m_pButtonRotateUp, {0, 0, 1}, {0, 1, 0}},
+                 {p.m_pButtonRotateDown, {0, 0, 1}, {0, -1, 0}},
+                 {p.m_pButtonRotateLeft, {0, 0, 1}, {-1, 0, 0}},
+                 {p.m_pButtonRotateRight, {0, 0, 1}, {1, 0, 0}},
+                 {p.m_pButtonRotateClockwise, {0, 1, 0}, {1, 0, 0}},
+                 {p.m_pButtonRotateCounterClockwise, {0, 1, 0}, {-1, 0, 0}}};
+    const double dfStep = 22.5 * M_PI / 180;
+    for (bool bNumber : {true, false})
+        for (const auto& turn : aTurn) {
+            const double c = bNumber ? std::cos(dfStep) : 1, s = bNumber ? std::sin(dfStep) : 0;
+            float af[16], fPanX, fPanY, fZoom;
+            m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+            Vec vecScene{};  // which lies at vecFrom now
+            for (size_t i = 0; i < 9; ++i)
+                vecScene[i / 3] += double(af[4 * (i / 3) + i % 3]) * turn.vecFrom[i % 3];
+            p.m_pComboRotationStep->setEditText(bNumber ? QLocale::system().toString(22.5) : "1x");
+            turn.pButton->click();
+            m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+            for (size_t i = 0; i < 3; ++i)
+                EXPECT_NEAR(af[i] * vecScene[0] + af[4 + i] * vecScene[1] + af[8 + i] * vecScene[2],
+                            c * turn.vecFrom[i] + s * turn.vecTo[i], 1e-5)
+                    << &turn - aTurn;
+        }
+    EXPECT_EQ(lines("Unknown numeric format for the rotation step."), 6);
+}
