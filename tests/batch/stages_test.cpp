@@ -81,6 +81,13 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
     std::sort(listOther.begin(), listOther.end());
     EXPECT_EQ(listOne, listOther);
     EXPECT_GT(listOne.size(), 20);
+    EXPECT_FALSE(through.strText.contains("Warning:"));
+    // A cell that fits by chance alone: done, but not without a word.
+    writeBytes(m_dir.filePath("other.uc"), "a* 0.11 0 0\nb* 0 0.13 0\nc* 0 0 0.17\n");
+    const BatchOutcome chance = batch(
+        "apart", {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold", "0.25"});
+    EXPECT_EQ(chance.nStatus, 0);
+    EXPECT_TRUE(chance.strText.contains("Warning: only ")) << chance.strText.toStdString();
 }
 
 TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
@@ -140,7 +147,6 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
         const QJsonObject run = pairs[pszRun].toObject();
         EXPECT_GT(run["pairs"].toInt(), run["groups"].toInt()) << pszRun;
         EXPECT_GT(run["groups"].toInt(), 20) << pszRun;
-        EXPECT_GE(run["vectorsRejected"].toInt(-1), run["groupsRejected"].toInt(-2)) << pszRun;
         for (int i = 0; i < 6; ++i) {
             const double dfIndexed = arrayIndexed[i].toDouble();
             EXPECT_NEAR(run["parameters"].toArray()[i].toDouble() / dfIndexed, 1, 0.015) << pszRun << i;
@@ -156,9 +162,6 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
     EXPECT_LT(limited["peakPairs"].toObject()["wholePixels"].toObject()["pairs"].toInt(),
               pairs["wholePixels"].toObject()["pairs"].toInt());
     EXPECT_FALSE(limited["peakPairs"].toObject().contains("subPixelsConstant"));
-    EXPECT_TRUE(refined({"--from", "refine", "--window-defaults", "--refine-dstar-low", "0.4"})["log"]
-                    .toString()
-                    .contains("d* from 0.400 to 2.000 Å⁻¹, peaks of intensities from 100.0 to 32768.0"));
     EXPECT_TRUE(
         refined({"--from", "refine", "--refine-dstar-low", "50", "--refine-dstar-high", "90"}, 1)["log"]
             .toString()

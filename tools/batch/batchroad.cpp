@@ -16,6 +16,7 @@
 #include "frames/positionrefinement.h"
 #include "frames/shiftevaluation.h"
 #include "frames/shiftjumps.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/centreoffset.h"
@@ -38,8 +39,9 @@
 namespace {
 
 const double NO_LIMIT = std::numeric_limits<double>::infinity();
-const double SHORTEST_PAIR = 0.3;  ///< Å⁻¹, between two peaks of a frame
-const double SHIFT_JUMP = 10;      ///< pixels from the neighbours that no drift makes in one frame
+const double SHORTEST_PAIR = 0.3;   ///< Å⁻¹, between two peaks of a frame
+const double SHARE_EXPECTED = 0.5;  ///< of the reflections, that a right cell and geometry index at the least
+const double SHIFT_JUMP = 10;       ///< pixels from the neighbours that no drift makes in one frame
 
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
 {
@@ -181,7 +183,11 @@ QString CBatchRoad::resultBase() const
 bool CBatchRoad::run()
 {
     m_summary[QStringLiteral("stage")] = QStringLiteral("none");
-    bool bReached = open() && (m_options.exports.bOnly || runStages());
+    const bool bOpened = open();
+    if (!bOpened) {
+        m_summary[QStringLiteral("failed")] = QStringLiteral("open");
+    }
+    bool bReached = bOpened && (m_options.exports.bOnly || runStages());
     bReached = bReached && runExports();
     m_summary[QStringLiteral("reached")] = bReached;
     m_summary[QStringLiteral("seconds")] = m_times;
@@ -206,6 +212,8 @@ bool CBatchRoad::runStages()
         m_times[batchStageName(stage)] = double(timer.elapsed()) / 1000;
         if (bReached) {
             m_summary[QStringLiteral("stage")] = batchStageName(stage);
+        } else {
+            m_summary[QStringLiteral("failed")] = batchStageName(stage);
         }
     }
     return bReached;
@@ -224,6 +232,8 @@ bool CBatchRoad::runExports()
         m_times[strKind] = double(timer.elapsed()) / 1000;
         if (bDone) {
             arrayDone.append(strKind);
+        } else {
+            m_summary[QStringLiteral("failed")] = strKind;
         }
         bAll = bAll && bDone;
     }
@@ -236,6 +246,11 @@ bool CBatchRoad::runExports()
 bool CBatchRoad::open()
 {
     if (!openInput()) {
+        // With a folder of its own the series still gets its log there, under the name it would have had.
+        m_dataSet.m_strProjectName = QFileInfo(m_options.listInput.first()).completeBaseName();
+        if (!m_options.strOutDir.isEmpty()) {
+            prepareResultFolder();
+        }
         return false;
     }
     takeGeometry();
@@ -243,9 +258,9 @@ bool CBatchRoad::open()
     m_summary[QStringLiteral("name")] = m_dataSet.m_strProjectName;
     m_summary[QStringLiteral("frames")] = m_dataSet.m_listFrameFile.size();
     if (m_dataSet.m_listFrameFile.isEmpty()) {
-        return fail(QStringLiteral("%1: no frames in the file list.").arg(m_options.listInput.first()));
+        fail(QStringLiteral("%1: no frames in the file list.").arg(m_options.listInput.first()));
     }
-    if (!prepareResultFolder()) {
+    if (!prepareResultFolder() || m_dataSet.m_listFrameFile.isEmpty()) {
         return false;
     }
     if (!m_options.strMaskFile.isEmpty()) {
@@ -649,6 +664,15 @@ bool CBatchRoad::runIndex()
     if (!bAny) {
         return fail(
             QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
+    }
+    if (dfShare < SHARE_EXPECTED) {
+        m_report.addMessage(
+            QStringLiteral("Warning: only %1 of %2 reflections (%3%) were indexed; axis, beam, "
+                           "pixel size or cell may be wrong.")
+                .arg(result.listIndexed.size())
+                .arg(result.listSelection.size())
+                .arg(100 * dfShare, 0, 'f', 1),
+            Qt::red);
     }
     QString strMissing;
     if (!keeper.allReplaced(strMissing)) {
