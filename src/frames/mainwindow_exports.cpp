@@ -1,6 +1,8 @@
-// MainWindow: saving of the image in view, and of the series as pictures, SMV images and scaled frames.
+// MainWindow: saving of the image in view, and of the series as pictures, SMV images, scaled and summed
+// frames.
 #include "app/mainwindow.h"
 
+#include "app/records/timestamp.h"
 #include "app/tabwidget.h"
 #include "app/windowreport.h"
 #include "frames/frametargets.h"
@@ -8,6 +10,7 @@
 #include "frames/pages/framespage.h"
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
+#include "frames/summedframes.h"
 #include "frameview/originalimgscene.h"
 #include "imagefiles/imagenames.h"
 #include "imagefiles/imagesaving.h"
@@ -125,4 +128,21 @@ void MainWindow::exportBinnedFrames()
                                                    &bOk);
     if (bOk)
         runExport([&](CRunReport& report) { ::exportBinnedFrames(m_dataSet, dfScale, report); });
+}
+
+/// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
+void MainWindow::runUnitCellRefinementFromLoadingData()
+{
+    if (stopsRun() || refuseDuringRun(tr("Exporting summed frames")))
+        return;
+    const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Export summed data..."),
+                                                                m_dataSet.m_strWorkingDir);
+    if (strFolder.isEmpty())
+        return;
+    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
+        clearFrameMarks();
+        if (!::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
+            report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
+                              Qt::red);
+    });
 }

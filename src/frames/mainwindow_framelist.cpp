@@ -1,6 +1,7 @@
-// MainWindow: the table of files, the current frame and the auto play.
+// MainWindow: the table of files and the current frame.
 #include "app/mainwindow.h"
 
+#include "app/pages/pagecontrols.h"
 #include "app/windowreport.h"
 #include "frames/frameloader.h"
 #include "frames/pages/framespage.h"
@@ -18,13 +19,6 @@
 #include <QTableWidget>
 
 namespace {
-
-void setRightItem(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
-{
-    auto* pItem = new QTableWidgetItem(strText);
-    pItem->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    pTable->setItem(nRow, nColumn, pItem);
-}
 
 QString degreesText(double dfDegrees, int nDecimals)
 {
@@ -146,48 +140,4 @@ void MainWindow::setAutoContrast()
     m_pFramesPage->m_pContrastMaxSpin->setValue(dfHigh);
     connectPanelSignals(bConnected);
     m_dataSet.m_bAutoContrastOnLoad = false;  // these limits hold for the series
-}
-
-void MainWindow::playImageForward()
-{
-    m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty())
-        return;
-    m_nPlayDirection = 1;
-    m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
-}
-
-void MainWindow::playImageBackward()
-{
-    m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty())
-        return;
-    m_nPlayDirection = -1;
-    m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
-}
-
-void MainWindow::stopImagePlay()
-{
-    m_timerPlay.stop();
-    m_nPlayDirection = 0;
-}
-
-void MainWindow::playOneImage()
-{
-    if (isPumping()) {  // a run shows its own frames
-        stopImagePlay();
-        return;
-    }
-    if (m_nPlayDirection == 0)
-        return;
-    const int nNext = m_pFrameSpin->value() + m_nPlayDirection;
-    if (nNext < m_pFrameSpin->minimum() || nNext > m_pFrameSpin->maximum())
-        stopImagePlay();
-    else
-        m_pFrameSpin->setValue(nNext);
-}
-
-void MainWindow::imagePlayIntervalChanged(int nNewInterval)
-{
-    m_timerPlay.setInterval(nNewInterval);
 }

@@ -90,6 +90,16 @@ void MainWindow::visualMoniteringPeakHuntingToggled(bool bEnabled)
     refreshImageView();
 }
 
+void MainWindow::refreshPeakMarks()
+{
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
+        testCurrentPatternForPeaks();
+        return;
+    }
+    clearCrossMarks();
+    m_pFrameScene->update();
+}
+
 void MainWindow::outputSmoothedImage(QString strFileName)
 {
     if (m_dataSet.m_vecFrameImage.empty() || isPumping())

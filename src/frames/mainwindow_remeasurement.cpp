@@ -1,8 +1,7 @@
 // MainWindow: what is measured again on the frames - the direct beam, positions and intensities of known
-// peaks, sums of the beam tilt series.
+// peaks.
 #include "app/mainwindow.h"
 
-#include "app/records/timestamp.h"
 #include "app/tabwidget.h"
 #include "app/waitalive.h"
 #include "app/windowreport.h"
@@ -11,17 +10,12 @@
 #include "frames/pages/extractionpage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/positionrefinement.h"
-#include "frames/summedframes.h"
 #include "frameview/originalimgscene.h"
 
 #include <QCheckBox>
-#include <QFileDialog>
-#include <QGraphicsLineItem>
-#include <QPushButton>
 #include <QThread>
 
 #include <algorithm>
-#include <utility>
 
 namespace {
 
@@ -29,37 +23,6 @@ const int g_nCrossSize = 5;
 const int g_nLookTime = 1000;  // ms that the crosses of a frame can be looked at
 
 }  // namespace
-
-bool MainWindow::runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun)
-{
-    bool bBegun = false;
-    runWithButton(m_dataSet.m_bRunning, pButton, [&](CRunReport& report) {
-        bBegun = true;
-        // The run sets the flag itself, and takes one that stands already for a second click.
-        if (!std::exchange(m_dataSet.m_bRunning, false)) {
-            report.addMessage(tr("%1>The run was stopped before its first frame.").arg(currentTimeStamp()),
-                              Qt::red);
-            return;
-        }
-        clearFrameMarks();
-        fnRun(report);
-    });
-    return bBegun;
-}
-
-void MainWindow::clearFrameMarks()
-{
-    clearCrossMarks();
-    clearCircleMarks();
-    clearTextMarks();
-    showEstimatedMarks({});
-    m_pAxisLine->hide();
-}
-
-bool MainWindow::stopsRun()
-{
-    return isPumping() && std::exchange(m_dataSet.m_bRunning, false);
-}
 
 bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
 {
@@ -158,21 +121,4 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         m_pTabWidget->setCurrentIndex(2);
     });
     return bResult;
-}
-
-/// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
-void MainWindow::runUnitCellRefinementFromLoadingData()
-{
-    if (stopsRun() || refuseDuringRun(tr("Exporting summed frames")))
-        return;
-    const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Export summed data..."),
-                                                                m_dataSet.m_strWorkingDir);
-    if (strFolder.isEmpty())
-        return;
-    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
-        clearFrameMarks();
-        if (!::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
-            report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
-                              Qt::red);
-    });
 }

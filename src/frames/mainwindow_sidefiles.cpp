@@ -1,29 +1,21 @@
-// MainWindow: shift, peak list and mask files by hand.
+// MainWindow: shift and peak list files by hand.
 #include "app/mainwindow.h"
 
-#include "app/dataset/maskfile.h"
 #include "app/dataset/peaklistfile.h"
 #include "app/dataset/shiftfile.h"
+#include "app/pages/pagecontrols.h"
 #include "app/records/timestamp.h"
 #include "app/windowreport.h"
-#include "frames/pages/peaksearchpage.h"
 #include "frames/pages/shiftpage.h"
-#include "frameview/originalimgscene.h"
 #include "reciprocal/peakgroups.h"
 
-#include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QGraphicsPolygonItem>
-#include <QPen>
 #include <QSignalBlocker>
 #include <QTableWidget>
 
 namespace {
-
-const double g_dfMaskZ = 300;
-const int g_nMaskAlpha = 32;
 
 QString filterText(const char* pTemplate, const char* pExtension)
 {
@@ -44,13 +36,6 @@ void addReason(CRunReport& report, const QString& strReason)
 {
     if (!strReason.isEmpty())
         report.addMessage(strReason, Qt::red);
-}
-
-QTableWidgetItem* numberItem(const QString& strText)
-{
-    auto* pItem = new QTableWidgetItem(strText);
-    pItem->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    return pItem;
 }
 
 }  // namespace
@@ -110,8 +95,8 @@ void MainWindow::appendShiftRow(const QPointF& ptShift)
     QTableWidget* pTable = m_pShiftPage->m_pShiftTable;
     const int nRow = pTable->rowCount();
     pTable->insertRow(nRow);
-    pTable->setItem(nRow, 0, numberItem(QStringLiteral("%L1").arg(ptShift.x(), 0, 'f', 2)));
-    pTable->setItem(nRow, 1, numberItem(QStringLiteral("%L1").arg(ptShift.y(), 0, 'f', 2)));
+    setRightItem(pTable, nRow, 0, QStringLiteral("%L1").arg(ptShift.x(), 0, 'f', 2));
+    setRightItem(pTable, nRow, 1, QStringLiteral("%L1").arg(ptShift.y(), 0, 'f', 2));
 }
 
 void MainWindow::loadRawPeaks()
@@ -166,87 +151,4 @@ void MainWindow::saveRawPeaks()
             QStringLiteral("%1>Saving list of raw peaks to %2 failed.").arg(currentTimeStamp(), strFile),
             Qt::red);
     addReason(report, strReason);
-}
-
-void MainWindow::loadPeakHuntingMask()
-{
-    if (refuseDuringRun(tr("Loading a mask")))
-        return;
-    const QString strFile = QFileDialog::getOpenFileName(
-        this, tr("Load Peak Hunting Mask"), m_dataSet.m_strWorkingDir,
-        filterText("Mask Files (*.%1);;All Files (*.*)", "msk"));
-    if (strFile.isEmpty())
-        return;
-    WindowReport report(*this);
-    if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile)) {
-        report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
-                          Qt::red);
-        return;
-    }
-    fillMaskTable();
-    makeMaskItems();
-    refreshPeakMarks();
-    m_pPeakSearchPage->m_pShowMaskCheck->setChecked(true);
-    showPeakHuntingMask(true);
-}
-
-void MainWindow::clearPeakHuntingMask()
-{
-    if (refuseDuringRun(tr("Clearing the mask")))
-        return;
-    m_dataSet.m_maskPeakHunting.listPolygon.clear();
-    fillMaskTable();
-    clearMaskItems();
-    m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
-    refreshPeakMarks();
-}
-
-void MainWindow::showPeakHuntingMask(bool bShow)
-{
-    for (QGraphicsPolygonItem* pItem : m_listMaskItem)
-        pItem->setVisible(bShow);
-}
-
-void MainWindow::fillMaskTable()
-{
-    QTableWidget* pTable = m_pPeakSearchPage->m_pMaskTable;
-    pTable->clearContents();
-    pTable->setRowCount(0);
-    for (const QPolygonF& polygon : m_dataSet.m_maskPeakHunting.listPolygon) {
-        const int nRow = pTable->rowCount();
-        pTable->insertRow(nRow);
-        pTable->setItem(nRow, 0, numberItem(QStringLiteral("%L1").arg(polygon.size())));
-    }
-}
-
-void MainWindow::makeMaskItems()
-{
-    clearMaskItems();
-    const MaskData& mask = m_dataSet.m_maskPeakHunting;
-    for (const QPolygonF& polygon : mask.listPolygon) {
-        auto* pItem = new QGraphicsPolygonItem(polygon);
-        pItem->setFillRule(mask.fillRule);
-        pItem->setPen(QPen(QBrush(Qt::yellow), 1, Qt::DashLine, Qt::SquareCap, Qt::BevelJoin));
-        pItem->setBrush(QColor(255, 255, 0, g_nMaskAlpha));
-        pItem->setZValue(g_dfMaskZ);
-        pItem->hide();
-        m_pFrameScene->addItem(pItem);
-        m_listMaskItem.append(pItem);
-    }
-}
-
-void MainWindow::clearMaskItems()
-{
-    qDeleteAll(m_listMaskItem);  // an item takes leave of its scene by itself
-    m_listMaskItem.clear();
-}
-
-void MainWindow::refreshPeakMarks()
-{
-    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
-        testCurrentPatternForPeaks();
-        return;
-    }
-    clearCrossMarks();
-    m_pFrameScene->update();
 }

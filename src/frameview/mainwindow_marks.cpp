@@ -13,6 +13,7 @@
 #include "frameview/textitem.h"
 
 #include <QApplication>
+#include <QGraphicsLineItem>
 #include <QPen>
 #include <QSpinBox>
 
@@ -125,6 +126,15 @@ void MainWindow::showPeakText()
 void MainWindow::clearTextMarks()
 {
     replaceMarks(m_pFrameScene, m_listTextMark);
+}
+
+void MainWindow::clearFrameMarks()
+{
+    clearCrossMarks();
+    clearCircleMarks();
+    clearTextMarks();
+    showEstimatedMarks({});
+    m_pAxisLine->hide();
 }
 
 void MainWindow::enableShowPeaks(bool /*bShow*/)

@@ -58,6 +58,13 @@ void setLowRows(QTableView* pTable)
     pHeader->setDefaultSectionSize(g_nRowHeight);
 }
 
+void setRightItem(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
+{
+    auto* pItem = new QTableWidgetItem(strText);
+    pItem->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    pTable->setItem(nRow, nColumn, pItem);
+}
+
 void setNarrowColumn(QTableWidget* pTable, int nColumn)
 {
     QHeaderView* pHeader = pTable->horizontalHeader();

@@ -24,5 +24,8 @@ QTableWidget* makeGroupTable(QWidget* pParent);
 /// Makes the rows of a table 20 pixels high, whatever the style takes for the least height.
 void setLowRows(QTableView* pTable);
 
+/// Puts a text into a cell, at its right edge.
+void setRightItem(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
+
 /// Makes column `nColumn` as narrow as a patch of colour or a mark needs, 25 pixels.
 void setNarrowColumn(QTableWidget* pTable, int nColumn);
