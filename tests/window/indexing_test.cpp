@@ -162,19 +162,4 @@ TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
         mapWanted[nFrame].sort();
         EXPECT_EQ(listLabel, mapWanted[nFrame]) << nFrame;
     }
-
-    // All groups of the merged view, with their indices.
-    m_pTabs->setCurrentIndex(2);
-    answered({path("out.txt")}, [this] { m_pWindow->exportSelectedPeak3D(); });
-    QString strOut = readBytes(path("out.txt"));
-    EXPECT_TRUE(strOut.startsWith("# H | K | L # FrameNo."));
-    strOut.remove(0, strOut.indexOf('\n') + 1);
-    for (const QList<int>& listPoint : m_pMerged->groupPoints())
-        for (int n : listPoint) {
-            const Peak3D& peak = m_pMerged->points()[n];
-            EXPECT_TRUE(strOut.startsWith(
-                QString::asprintf("%8.3f %8.3f %8.3f %4d ", peak.dfH, peak.dfK, peak.dfL, peak.nFrame)));
-            strOut.remove(0, strOut.indexOf('\n') + 1);
-        }
-    EXPECT_EQ(strOut, QString());
 }

@@ -99,12 +99,6 @@ TEST_F(Menus, StandInTheirOrderWithTheirKeys)
             EXPECT_TRUE(pAction->isCheckable() && pAction->actionGroup()->isExclusive());
             EXPECT_EQ(pAction->isChecked(), pAction == listAction[0]);
         }
-    const QIcon aIcon[] = {m_pActions->m_pOpen->icon(), m_pActions->m_pExit->icon(),
-                           m_pShift->m_pRunButton->icon(),
-                           m_pWindow->findChild<QDockWidget*>("Control")->toggleViewAction()->icon()};
-    const char* const aszIcon[] = {"open_document_32", "exit", "run", "icon_gear3"};
-    for (int i = 0; i < 4; ++i)
-        EXPECT_EQ(picture(aIcon[i]), picture(QIcon(QStringLiteral(":/images/%1.png").arg(aszIcon[i]))));
 }
 
 TEST_F(Menus, EachButtonAndActionLeadsSomewhere)

@@ -49,15 +49,6 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_EQ(table()->index(0, 6).data().toString(), QStringLiteral("-3"));
     EXPECT_EQ(lines("2 reflections loaded from ", Qt::black), 1);
 
-    // A list of points leaves the data set alone.
-    m_pWindow->openFiles(
-        {write("in.txt", "1 1 0 2 0.1 0.2 0.3 5 77 ok\n2 0 0 1 0.3 0 0 5 9 sx\n3 0 1 0 0 0.4 0 1 2 ok\n")});
-    ASSERT_EQ(m_pRaw->points().size(), 2);
-    EXPECT_EQ(m_pTabs->currentIndex(), 1);
-    EXPECT_FLOAT_EQ(m_pRaw->points()[0].fZ3D, 0.3f);
-    EXPECT_EQ(m_pRaw->points()[0].dfIPoint, 77);
-    EXPECT_EQ(fields(), fieldsOf(matCell));
-
     // A peak list without masks: all its peaks are shown, in no group.
     QByteArray bytesList;
     for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n'))

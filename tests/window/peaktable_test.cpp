@@ -294,19 +294,4 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     m_pTabs->setCurrentIndex(1);
     m_pWindow->removeSelectedPeakGroups();
     EXPECT_EQ(m_pRaw->groupLabels().size() + m_pMerged->groupLabels().size(), 4);
-
-    // Groups 3, 5 and 63 of a list come in this order. What two of them share is exported with each.
-    const char* const aMask[] = {"1000", "1400", "0400", "8000", "8000", "8000", "8000", "0000", "8000"};
-    QByteArray bytesList;
-    for (int i = 0; i < 9; ++i)
-        bytesList += linesOf("out.pk")[i].left(linesOf("out.pk")[i].size() - 16).toLatin1() + aMask[i] +
-                     "00000000000" + (i == 7 ? "1\n" : "0\n");
-    answered({write("in.pk", bytesList)}, [&] { m_pWindow->loadRawPeaks(); });
-    EXPECT_EQ(m_pRaw->groupLabels(), QStringList({"Unlabeled", "Label3", "Label5", "Label63"}));
-    m_pGroups->setRangeSelected({1, 0, 2, 3}, true);
-    answered({path("shared.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
-    QString strFrames;
-    for (const QString& strLine : linesOf("shared.txt").mid(1))
-        strFrames += strLine.simplified().section(' ', 0, 0);
-    EXPECT_EQ(strFrames, QStringLiteral("0112"));
 }

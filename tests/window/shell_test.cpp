@@ -104,7 +104,9 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
         writePicture(QStringLiteral("f%1.png").arg(i), [](int x, int) { return x; });
     const QStringList listFrame = {"f0.png 0 0 0", "f1.png 1 0 1", "f2.png 2 0 2", "f3.png 3 0 3",
                                    "f4.png 4 0 4"};
-    const QString strProject = writeProject("series.ed3d", listFrame, "ROTATIONAXIS 12.5\nCCDPIXELSIZE 1\n");
+    const QString strProject = writeProject(
+        "series.ed3d", listFrame,
+        "ROTATIONAXIS 12.5\nCCDPIXELSIZE 1\nSTRETCHINGAMP 0.5\nSTRETCHINGAZIMUTH 100\n");
     QTableWidget* pFiles = m_pFrames->m_pFileTable;
     QSignalSpy spy(m_pWindow.get(), &MainWindow::frameLoaded);
     m_pSearch->m_pPeakRadiusSpin->setValue(2);  // on the page only
@@ -115,6 +117,9 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     EXPECT_EQ(spy[0][0].toInt(), 1);
     EXPECT_EQ(m_pSearch->m_pPeakRadiusSpin->value(), 2);
     EXPECT_EQ(m_pFrames->m_pRotationAxisSpin->value(), 12.5);
+    EXPECT_TRUE(m_pMerging->m_pGroupApplyStretching->isChecked());
+    EXPECT_EQ(m_pMerging->m_pSpinStretchAmplitude->value(), 0.5);
+    EXPECT_EQ(m_pMerging->m_pSpinStretchAzimuth->value(), 10);
     EXPECT_EQ(m_pWindow->windowFilePath(), "series.ed3d");
     const QList<QAction*>& listRecent = m_pActions->m_listRecent;
     ASSERT_TRUE(listRecent[0]->isVisible());
@@ -158,28 +163,6 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     m_pFrames->m_pContrastMinSpin->setValue(-1000000);
     ASSERT_FALSE(m_pScene->images().empty());
     EXPECT_NE(m_pScene->images().front()->Data()[0], 0);
-}
-
-TEST_F(Shell, AProjectSwitchesTheStretchingOnFromAHundredthOn)
-{
-    writePicture("a.png", [](int x, int) { return x; });
-    const struct {
-        QByteArray bytesKeys;
-        bool bOn;
-        double dfAmplitude, dfAzimuth;
-    } aRow[] = {{"0.005\nSTRETCHINGAZIMUTH 20\n", false, 0, 0},
-                {"0.5\nSTRETCHINGAZIMUTH 100\n", true, 0.5, 10},
-                {"0.005\nSTRETCHINGAZIMUTH 20\n", true, 0.5, 10}};
-    for (const auto& row : aRow) {
-        m_pWindow->openFiles(
-            {writeProject("a.ed3d", {"a.png 0 0 0"},
-                          "ROTATIONAXIS 0\nCCDPIXELSIZE 0.004\nSTRETCHINGAMP " + row.bytesKeys)});
-        EXPECT_EQ(m_pMerging->m_pGroupApplyStretching->isChecked(), row.bOn) << row.bytesKeys.data();
-        EXPECT_EQ(m_pMerging->m_pSpinStretchAmplitude->value(), row.dfAmplitude);
-        EXPECT_EQ(m_pMerging->m_pSpinStretchAzimuth->value(), row.dfAzimuth);
-    }
-    EXPECT_EQ(setting("recentSeriesList").toStringList(), QStringList{path("a.ed3d")})
-        << "opened three times, entered once";
 }
 
 TEST_F(Shell, TheProgramOpensWhatItsCommandLineNames)

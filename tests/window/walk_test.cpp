@@ -195,25 +195,14 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     int nFrom = 0;
     ASSERT_NO_FATAL_FAILURE(expectInLog(
         {QStringLiteral("Reference region: (%1, %2) 128×128\n").arg(m_ptRegion.x()).arg(m_ptRegion.y()),
-         QStringLiteral(">Image shift evaluation started."),
          QStringLiteral(">Image shift evaluation finished in "),
-         QStringLiteral(">Peak hunting started."),
-         QStringLiteral(" peaks found on frame #   1\n"),
          QStringLiteral(" peaks found on frame #  41\n"),
          QStringLiteral("Peak list saved to %1.").arg(path("w.pk")),
-         QStringLiteral(">Peak hunting finished in "),
-         QStringLiteral(" chains found. "),
-         QStringLiteral(">Calculating difference vectors...\n"),
-         QStringLiteral(">Total difference vectors: "),
-         QStringLiteral(">Averaging difference vectors..."),
-         QStringLiteral("Found unit cell: a="),
-         QStringLiteral("Test lattice type"),
-         QStringLiteral("Maximum d* including 95% reflections: "),
-         QStringLiteral(">HKL file written: %1\n").arg(path("w.hkl")),
+         QStringLiteral(">Peak hunting finished in "), QStringLiteral(" chains found. "),
+         QStringLiteral("Found unit cell: a="), QStringLiteral(">HKL file written: %1\n").arg(path("w.hkl")),
          QStringLiteral(">p4p file written: %1\n").arg(path("w.p4p")),
          QStringLiteral(">List of the indexed peaks on the frames output to file: %1").arg(path("w.ipf")),
-         QStringLiteral(">Unit cell used for indexing: a="),
-         QStringLiteral("%) were indexed."),
+         QStringLiteral(">Unit cell used for indexing: a="), QStringLiteral("%) were indexed."),
          QStringLiteral("SG.Symbol")},
         nFrom));
     const QString strLog = log();
