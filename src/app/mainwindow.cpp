@@ -1,6 +1,8 @@
 #include "app/mainwindow.h"
 
+#include "app/guidewindow.h"
 #include "app/messageedit.h"
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
@@ -24,6 +26,7 @@
 #include <QSpinBox>
 #include <QSplashScreen>
 #include <QStatusBar>
+#include <QToolBox>
 
 #include <cmath>
 
@@ -60,6 +63,10 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     syncParametersWithControls(false);
     connectPanelSignals(true);
     updateControls(0);
+    shareTips(this);
+    m_pMessageEdit->addMessage(tr(
+        "Menu \"File\": \"Open...\" opens a project, \"New Project...\" makes one from frames. F1 shows the "
+        "guide."));
     statusBarMessage(QStringLiteral("Ready"));
 }
 
@@ -114,6 +121,9 @@ void MainWindow::createViews()
     for (int nSide : {0, 64, 128, 256, 512, 1024})
         m_pFrameScene->addSelectionRect(nSide, nSide);
     m_pFrameView = new BaseImgView(m_pFrameScene, m_pTabWidget);
+    explainArea(m_pFrameView,
+                tr("The frame. Left drag moves it, the wheel zooms, the right button held shows pixel "
+                   "values."));
     m_pFrameView->setRenderHint(QPainter::Antialiasing);
     m_pFrameView->setDragMode(QGraphicsView::ScrollHandDrag);
     // Files that are dropped on the frame are the window's, so neither view nor scene takes them.
@@ -145,7 +155,8 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     stopImagePlay();
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     writeSettings();
-    m_pExtractionPage->hide();  // a window that would stay open alone
+    m_pExtractionPage->hide();  // windows that would stay open alone
+    m_pGuideWindow.reset();
     pEvent->accept();
 }
 
@@ -272,6 +283,20 @@ void MainWindow::copyWindow()
     m_pFrameScene->render(&painter, QRectF(QPointF(), size), QRectF(QPointF(), size));
     painter.end();
     QApplication::clipboard()->setImage(image);
+}
+
+void MainWindow::showGuide()
+{
+    const QString strFile = GuideWindow::guideFile();
+    if (strFile.isEmpty()) {
+        m_pMessageEdit->addMessage(tr("The guide is not there: it was not installed with the program."),
+                                   Qt::red);
+        return;
+    }
+    if (!m_pGuideWindow)
+        m_pGuideWindow = std::make_unique<GuideWindow>(strFile);
+    const bool bEmpty = m_dataSet.m_listFrameFile.isEmpty();
+    m_pGuideWindow->showAt(bEmpty ? QString() : m_pToolBox->itemText(m_pToolBox->currentIndex()));
 }
 
 void MainWindow::about()

@@ -29,6 +29,7 @@ class ED3DWidget;
 class ExtractionPage;
 class CRunReport;
 class FramesPage;
+class GuideWindow;
 class MergingPage;
 class MessageEdit;
 class MySortFilterProxyModel;
@@ -84,12 +85,14 @@ protected:
 
 public slots:
     // Shell: src/app
+    void newProject();
     void open();
     void openRecentFile();
     void copyWindow();
     void zoomIn();
     void zoomOut();
     void paletteChanged();
+    void showGuide();
     void about();
     void updateControls(int nPageIndex);
     void updateScale(int nIndex);
@@ -470,6 +473,8 @@ private:
     RefinementPage* m_pRefinementPage = nullptr;
     ExtractionPage* m_pExtractionPage = nullptr;  ///< a window of its own
     View3DPage* m_pView3DPage = nullptr;
+
+    std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 
     QList<CrossItem*> m_listCrossMark;
     QList<CircleItem*> m_listCircleMark;

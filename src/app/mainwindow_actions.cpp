@@ -1,5 +1,6 @@
 // MainWindow: its actions, menus, tool bar and status bar.
 #include "app/mainwindow.h"
+#include "app/pages/controltips.h"
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
 #include "frameview/originalimgscene.h"
@@ -15,6 +16,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QWhatsThis>
 
 void MainWindow::createActions()
 {
@@ -23,6 +25,7 @@ void MainWindow::createActions()
         connect(pAction, &QAction::triggered, this, pSlot);
         m_pActions->setReady(pAction);
     };
+    connectAction(m_pActions->m_pNewProject, &MainWindow::newProject);
     connectAction(m_pActions->m_pOpen, &MainWindow::open);
     connectAction(m_pActions->m_pSaveCurrent, &MainWindow::saveCurrent);
     connectAction(m_pActions->m_pSaveSeries, &MainWindow::saveSeries);
@@ -34,6 +37,7 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pCopyWindow, &MainWindow::copyWindow);
     connectAction(m_pActions->m_pZoomIn, &MainWindow::zoomIn);
     connectAction(m_pActions->m_pZoomOut, &MainWindow::zoomOut);
+    connectAction(m_pActions->m_pGuide, &MainWindow::showGuide);
     connectAction(m_pActions->m_pAbout, &MainWindow::about);
     connectAction(m_pActions->m_pShowPeakLabels, &MainWindow::enableShowPeaks);
     connectAction(m_pActions->m_pGroupReset, &MainWindow::removeSelectedPeakGroups);
@@ -73,8 +77,8 @@ void MainWindow::createActions()
 void MainWindow::createMenus()
 {
     QMenu* pFile = menuBar()->addMenu(QStringLiteral("&File"));
-    pFile->addActions({m_pActions->m_pOpen, m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries,
-                       m_pActions->m_pMovieFrames, m_pActions->m_pScaledFrames,
+    pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pSaveCurrent,
+                       m_pActions->m_pSaveSeries, m_pActions->m_pMovieFrames, m_pActions->m_pScaledFrames,
                        m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages});
     pFile->addSeparator();
     m_pRecentSeparator = pFile->addSeparator();
@@ -96,6 +100,11 @@ void MainWindow::createMenus()
     createToolsMenu();
     menuBar()->addSeparator();
     QMenu* pHelp = menuBar()->addMenu(QStringLiteral("&Help"));
+    pHelp->addAction(m_pActions->m_pGuide);
+    QAction* pWhatsThis = QWhatsThis::createAction(this);
+    pWhatsThis->setStatusTip(QStringLiteral("Explain the control that is clicked next"));
+    pHelp->addAction(pWhatsThis);
+    pHelp->addSeparator();
     pHelp->addAction(m_pActions->m_pAbout);
     pHelp->addSeparator();
     pHelp->addAction(m_pActions->m_pAboutQt);
@@ -117,6 +126,8 @@ void MainWindow::createToolBar()
     m_pScaleCombo->setCurrentIndex(m_nScaleIndex);
     connect(m_pScaleCombo, QOverload<int>::of(&QComboBox::activated), this, &MainWindow::updateScale);
     connect(m_pScaleCombo->lineEdit(), &QLineEdit::editingFinished, this, &MainWindow::scaleTextEntered);
+    explain(m_pScaleCombo,
+            tr("Zoom of the frame, per cent. A number that is typed goes to the nearest one listed."));
     pBar->addWidget(m_pScaleCombo);
     pBar->addSeparator();
     pBar->addActions(m_pActions->m_listPalette);
@@ -128,12 +139,14 @@ void MainWindow::createToolBar()
     m_pFrameSlider->setRange(1, 20);
     m_pFrameSlider->setMinimumWidth(120);
     m_pFrameSlider->setEnabled(false);
+    explain(m_pFrameSlider, tr("Moves through the frames of the series."));
     pBar->addWidget(m_pFrameSlider);
     m_pFrameSpin = new QSpinBox(pBar);
     m_pFrameSpin->setRange(1, 20);
     m_pFrameSpin->setAlignment(Qt::AlignRight);
     m_pFrameSpin->setMinimumWidth(70);
     m_pFrameSpin->setEnabled(false);
+    explain(m_pFrameSpin, tr("Number of the frame in view, from 1."));
     pBar->addWidget(m_pFrameSpin);
     pBar->addSeparator();
     for (QDockWidget* pDock : qAsConst(m_listDock))

@@ -1,6 +1,7 @@
 // MainWindow: the tool box and the other docks.
 #include "app/mainwindow.h"
 #include "app/messageedit.h"
+#include "app/pages/controltips.h"
 #include "app/pages/wheelguard.h"
 #include "app/windowactions.h"
 #include "crystal/pages/refinementpage.h"
@@ -83,10 +84,14 @@ void MainWindow::toolBoxPageChanged(int nIndex)
 void MainWindow::createOtherDocks()
 {
     m_pMessageEdit = new MessageEdit(this);
+    explainArea(m_pMessageEdit, tr("The log of all runs: blue for start and end, red for what went wrong."));
     addDock(m_pMessageEdit, QStringLiteral("Messages"), Qt::BottomDockWidgetArea, imageIcon("messages"),
             QStringLiteral("Ctrl+M"));
 
     createCurvePlot();
+    explainArea(m_pCurvePlot,
+                tr("Intensity of the reflection that is chosen in the peak table, through the frames. Good: "
+                   "one hump that falls to nothing at both ends."));
     QDockWidget* pIntensity = addDock(m_pCurvePlot, QStringLiteral("Intensity"), Qt::BottomDockWidgetArea,
                                       imageIcon("ampphaxp"), QStringLiteral("Ctrl+P"));
     m_pActions->watch(pIntensity->toggleViewAction());  // shares its key with the about box
@@ -94,6 +99,8 @@ void MainWindow::createOtherDocks()
     m_pTextData = new TextDataWidget(this);
     m_pTextData->setAcceptDrops(false);
     m_pTextData->viewport()->setAcceptDrops(false);
+    explainArea(m_pTextData,
+                tr("Pixel values around the pointer while the right button is held on a frame."));
     addDock(m_pTextData, QStringLiteral("Text Data"), Qt::BottomDockWidgetArea, imageIcon("textdata"),
             QStringLiteral("Ctrl+T"));
 }
@@ -106,6 +113,7 @@ QDockWidget* MainWindow::addDock(QWidget* pContent, const QString& strTitle, Qt:
     pDock->setAllowedAreas(Qt::AllDockWidgetAreas);
     pDock->setWidget(pContent);
     pDock->toggleViewAction()->setIcon(icon);
+    explain(pDock->toggleViewAction(), tr("Shows or hides \"%1\".").arg(strTitle));
     pDock->toggleViewAction()->setShortcut(QKeySequence(strKey));
     addDockWidget(area, pDock);
     m_listDock.append(pDock);

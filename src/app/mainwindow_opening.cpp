@@ -1,8 +1,10 @@
 // MainWindow: all ways of opening a data set, and the recent list.
 #include "app/dataset/displayname.h"
+#include "app/dataset/framefiles.h"
 #include "app/dataset/opening.h"
 #include "app/dataset/reflectionlist.h"
 #include "app/mainwindow.h"
+#include "app/newprojectdialog.h"
 #include "app/tabwidget.h"
 #include "app/windowactions.h"
 #include "app/windowreport.h"
@@ -33,6 +35,19 @@ static QString recentKey()
     return QStringLiteral("recentSeriesList");
 }
 
+void MainWindow::newProject()
+{
+    if (refuseDuringRun(QStringLiteral("A new project")))
+        return;
+    NewProjectDialog dialog(m_dataSet.m_strWorkingDir, this);
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    dialog.readSettings(*pSettings);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    dialog.writeSettings(*pSettings);
+    openFiles({dialog.projectFile()});
+}
+
 void MainWindow::open()
 {
     const QString strWhat = QStringLiteral("Opening files");
@@ -40,8 +55,7 @@ void MainWindow::open()
         return;
     openFiles(QFileDialog::getOpenFileNames(
         this, QStringLiteral("Open Files"), m_dataSet.m_strWorkingDir,
-        QStringLiteral("ED3D Project(*.ed3d);;Images(*.dm3 *.mrc *.bmp *.jpg *.jpeg *.gif *.tif *.tiff "
-                       "*.png);;All Files (*.*)")));
+        QStringLiteral("ED3D Project(*.ed3d);;Images(%1);;All Files (*.*)").arg(frameNameFilters())));
 }
 
 void MainWindow::openRecentFile()

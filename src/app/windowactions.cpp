@@ -1,5 +1,7 @@
 #include "app/windowactions.h"
 
+#include "app/pages/controltips.h"
+
 #include <QActionGroup>
 #include <QApplication>
 #include <QIcon>
@@ -87,6 +89,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         QAction* WindowActions::*ppAction;
         Row row;
     } aSingle[] = {
+        {&WindowActions::m_pNewProject,
+         {"&New Project...", "Make a project file from the frames of a series", nullptr, "Ctrl+Shift+N"}},
         {&WindowActions::m_pOpen,
          {"&Open...", "Open an existing file", "open_document_32", QKeySequence::Open}},
         {&WindowActions::m_pSaveCurrent,
@@ -108,6 +112,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          {"Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy}},
         {&WindowActions::m_pZoomIn, {"Zoom &In", "Zoom in", "zoomin", QKeySequence::ZoomIn}},
         {&WindowActions::m_pZoomOut, {"Zoom &Out", "Zoom out", "zoomout", QKeySequence::ZoomOut}},
+        {&WindowActions::m_pGuide,
+         {"&Guide", "Show the guide, at the page of the tool box that is open", nullptr,
+          QKeySequence::HelpContents}},
         {&WindowActions::m_pAbout, {"A&bout %1...", nullptr, "tessera", "Ctrl+P"}},
         {&WindowActions::m_pAboutQt, {"About Qt...", nullptr, "qtlogo-64", {}}},
         {&WindowActions::m_pShowPeakLabels, {"Show Peak Labels", nullptr, nullptr, QKeySequence::Refresh}},
@@ -179,6 +186,41 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         watch(this->*single.ppAction);
     }
     m_pAbout->setText(m_pAbout->text().arg(QStringLiteral("Tessera")));
+    const struct {
+        QAction* pAction;
+        const char* pchText;
+    } aExplained[] = {
+        {m_pNewProject,
+         "Makes the project file of a series from its frames, their tilts, the voltage of the microscope, "
+         "the "
+         "pixel size and the rotation axis, and opens it."},
+        {m_pOpen, "Opens a project (.ed3d), frames, or a text list of reflections."},
+        {m_pSaveCurrent,
+         "Saves the image in view: as .mrc the values of the frame, as a picture what the contrast limits "
+         "make "
+         "of them."},
+        {m_pSaveSeries, "Saves all frames as pictures, with the contrast limits in force."},
+        {m_pMovieFrames, "Saves pictures of the 3D view all around, one for each rotation step."},
+        {m_pScaledFrames, "Saves all frames enlarged or reduced, as .mrc files beside the frames."},
+        {m_pReciprocalVolume, "Puts all frames into one volume of reciprocal space, an .mrc stack."},
+        {m_pSmvImages,
+         "Saves the frames with the drift taken out, for programs that integrate frames themselves."},
+        {m_pAbout, "Version of the program and the libraries that it uses."},
+        {m_pAboutQt, "Version of the Qt library."},
+        {m_pShowPeakLabels,
+         "Writes the indices of the indexed peaks on the frame: red where the reflection is strongest, green "
+         "elsewhere."},
+        {m_pGroupReset, "Removes the selected groups; their points return to \"Unlabeled\"."},
+        {m_pGroupMerge, "Joins the selected groups."},
+        {m_pGroupResetAll, "Removes all groups but the first."},
+        {m_pGroupExport, "Writes the points of the selected groups to a text file."},
+        {m_pCurveCopyData, "Copies the points of the curve as text."},
+        {m_pCurveCopyWindow, "Copies a picture of the curve."},
+        {m_pTableCopySelected, "Copies the selected rows as text."},
+        {m_pTableCopyAll, "Copies all rows as text."},
+    };
+    for (const auto& explained : aExplained)
+        explain(explained.pAction, QString::fromUtf8(explained.pchText));
     m_pShowPeakLabels->setCheckable(true);
     // The key deletes, so it must not be heard from other parts of the window.
     m_pGroupReset->setShortcutContext(Qt::WidgetWithChildrenShortcut);

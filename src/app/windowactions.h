@@ -37,6 +37,7 @@ public:
     int selectionIndex() const { return checkedIndex(m_listSelection); }
     int paletteIndex() const { return checkedIndex(m_listPalette); }
 
+    QAction* m_pNewProject = nullptr;
     QAction* m_pOpen = nullptr;
     QAction* m_pSaveCurrent = nullptr;
     QAction* m_pSaveSeries = nullptr;
@@ -48,6 +49,7 @@ public:
     QAction* m_pCopyWindow = nullptr;
     QAction* m_pZoomIn = nullptr;
     QAction* m_pZoomOut = nullptr;
+    QAction* m_pGuide = nullptr;
     QAction* m_pAbout = nullptr;
     QAction* m_pAboutQt = nullptr;
     QAction* m_pShowPeakLabels = nullptr;  ///< context menu of the frame view

@@ -28,6 +28,8 @@ QVariant TableModel::data(const QModelIndex& index, int nRole) const
 
 QVariant TableModel::headerData(int nSection, Qt::Orientation orientation, int nRole) const
 {
+    if (orientation == Qt::Horizontal && (nRole == Qt::ToolTipRole || nRole == Qt::WhatsThisRole))
+        return m_vecHeaderTip.value(nSection);
     if (nRole != Qt::DisplayRole)
         return {};
     if (orientation == Qt::Vertical)

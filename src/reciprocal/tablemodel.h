@@ -22,12 +22,15 @@ public:
     /// Replaces all rows by one model reset.
     void setRows(const Rows& rows);
     void setHeader(const QVector<QString>& vecHeader);
+    /// What the tool tips of the titles say.
+    void setHeaderTips(const QVector<QString>& vecTip) { m_vecHeaderTip = vecTip; }
     /// Qt::Alignment as a number, of columns without one of their own.
     void setDefaultAlignment(int nAlignment);
 
 private:
     Rows m_vecRow;
     QVector<QString> m_vecHeader;
+    QVector<QString> m_vecHeaderTip;
     int m_nDefaultAlignment = 0;
     QVector<int> m_vecAlignment;
 };

@@ -1,6 +1,7 @@
 // MainWindow: the 3D view in the current tab and the page that steers it.
 #include "app/mainwindow.h"
 
+#include "app/pages/controltips.h"
 #include "app/tabwidget.h"
 #include "app/windowreport.h"
 #include "crystal/cellarithmetic.h"
@@ -37,6 +38,10 @@ float alphaOf(int nTransparency)
 void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
 {
     pView = new ED3DWidget(m_pTabWidget);
+    explainArea(
+        pView,
+        tr("Reciprocal space. Left drag turns, with Shift it moves, right drag or wheel zooms, with Ctrl it "
+           "selects points."));
     connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
     connect(pView, &ED3DWidget::contextFailed, this, [this](QString strMessage) {
         for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once

@@ -1,5 +1,6 @@
 #include "crystal/pages/refinementpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 
 #include <QCheckBox>
@@ -59,6 +60,26 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     m_pButtonRunRefinementFromList->setToolTip(
         tr("Sums the frames of each beam tilt series and exports the sums as MRC files to a folder"));
 
+    explain(m_pSpinRefineIntensityLow,
+            tr("Both peaks of a pair must have at least this point intensity, counts. Raise it "
+               "if many groups of pairs are rejected: then fits of weak spots go astray."));
+    explain(m_pSpinRefineIntensityHigh,
+            tr("Both peaks of a pair must have at most this point intensity, counts. Raise it if"
+               " strong pairs are missing."));
+    explain(m_pSpinRefineDStarLow,
+            tr("Least distance of the two peaks of a pair, Å⁻¹. Lower it, to about 0.3, if there"
+               " are few pairs; long distances say more."));
+    explain(m_pSpinRefineDStarHigh, tr("Largest distance of the two peaks of a pair, Å⁻¹."));
+    explain(m_pCheckRefine2D,
+            tr("Fits a Lorentzian to each peak first, in 41 × 41 pixels. Otherwise peaks stay at"
+               " whole pixels."));
+    explain(m_pCheckOutputPeakList, tr("Tables of all difference vectors and pairs in the log."));
+    explain(m_pButtonRunRefinement,
+            tr("Refines the cell from the distances of indexed peaks on the same frame, which "
+               "need no direct beam. The result goes to the log; the cell in force stays."));
+    explain(m_pButtonRunRefinementFromList,
+            tr("Sums the frames of each beam tilt series and writes the sums as MRC files into a"
+               " folder, for peaks that are measured there."));
     auto* pPageLayout = new QVBoxLayout(this);
     pPageLayout->addWidget(
         makeRange(tr("Intensity Range"), m_pSpinRefineIntensityLow, m_pSpinRefineIntensityHigh, this));

@@ -1,5 +1,6 @@
 #include "frames/pages/extractionpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 #include "app/records/runparameters.h"
 
@@ -69,6 +70,19 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     font.setWeight(QFont::Bold);
     m_pButtonRun->setFont(font);
 
+    explain(m_pSpinWindowRadius,
+            tr("Radius of the disc whose pixels are summed by \"Extract Intensities\", and of "
+               "the circles on the frame, pixels."));
+    explain(m_pSpinBackgroundSize,
+            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
+    explain(m_pRadioOrientationMatrix,
+            tr("Circles where the cell in force predicts reflections on the frame in view."));
+    explain(m_pRadioIndexedReflections, tr("Circles on the indexed peaks of the frame in view."));
+    explain(m_pSpinResolutionLimit, tr("Predicted reflections go up to this d*, Å⁻¹."));
+    explain(m_pCheckShowEstimated,
+            tr("Draws the circles. With a good cell, beam and axis they lie on the peaks; if "
+               "they lie beside them, turn \"Rotation Axis At\"."));
+    explain(m_pButtonRun, tr("Fits the positions of the indexed peaks on the frames and keeps them."));
     auto* pLayout = new QVBoxLayout(this);
     for (QWidget* pWidget :
          {static_cast<QWidget*>(pIntegration), static_cast<QWidget*>(pPosition),

@@ -1,5 +1,6 @@
 #include "frames/pages/framespage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 
 #include <QCheckBox>
@@ -72,6 +73,32 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pContrastLayout->addWidget(m_pContrastMaxSpin, 1, 1);
     pContrastLayout->setColumnStretch(1, 100);
 
+    explain(m_pFileTable,
+            tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
+               " and over all. The overall tilt is the one that places peaks in reciprocal "
+               "space. A click shows the frame."));
+    explain(m_pWavelengthSpin,
+            tr("Wavelength of the electrons, Å: 0.0251 at 200 kV, 0.0197 at 300 kV. It gives the"
+               " Ewald sphere its curvature: with a wrong one rows of the cloud bend at high d*."));
+    explain(m_pPixelSizeSpin,
+            tr("Size of a pixel of the frame in reciprocal space, Å⁻¹. A wrong one scales all "
+               "lengths of the cell by the same factor; angles and indexing hardly suffer. Cell "
+               "too large: raise it."));
+    explain(m_pRotationAxisSpin,
+            tr("Azimuth of the rotation axis on the frame, degrees counter-clockwise from the "
+               "right (3 o'clock). More than a degree or two off bends the lattice: turn it "
+               "until the circles of \"Show Estimated Peak Position\" lie on the peaks. If "
+               "nothing fits, try the opposite direction (add 180°)."));
+    explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
+    explain(m_pContrastMinSpin,
+            tr("Pixel value that is shown black, in counts. For the eye, for saved series and "
+               "for the scaled volume; nothing is measured by it."));
+    explain(m_pContrastMaxSpin,
+            tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
+    explain(m_pTiltRelaxationSpin,
+            tr("Extra tilt, degrees, spread evenly over the series, for a stage that lags behind"
+               " its nominal tilt. Try steps of a few tenths if the lattice is sheared near the "
+               "ends of the series, and judge by the share indexed."));
     auto* pGrid = new QGridLayout;
     pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
     pGrid->addWidget(m_pWavelengthSpin, 0, 1);
@@ -97,6 +124,12 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     m_pPlayForwardButton = new QPushButton(QStringLiteral("►"), pPlay);
     m_pPlayBackwardButton = new QPushButton(QStringLiteral("◄"), pPlay);
     m_pPlayStopButton = new QPushButton(QStringLiteral("■"), pPlay);
+    explain(m_pPlayDelaySpin,
+            tr("Pause between two frames, ms, also between the aligned regions that the shift "
+               "evaluation shows."));
+    explain(m_pPlayForwardButton, tr("Plays the series forwards."));
+    explain(m_pPlayBackwardButton, tr("Plays the series backwards."));
+    explain(m_pPlayStopButton, tr("Stops the play."));
     pPlayLayout->addWidget(new QLabel(tr("Delay"), pPlay));
     pPlayLayout->addWidget(m_pPlayDelaySpin);
     for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})

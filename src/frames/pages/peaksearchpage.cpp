@@ -1,5 +1,6 @@
 #include "frames/pages/peaksearchpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 
 #include <QCheckBox>
@@ -115,6 +116,35 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     QFont font = m_pRunButton->font();
     font.setWeight(QFont::Bold);
     m_pRunButton->setFont(font);
+    explain(m_pPeakRadiusSpin,
+            tr("Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a "
+               "spot. Lower both radii if close or weak spots are missed or run together."));
+    explain(m_pBackgroundRadiusSpin,
+            tr("Sigma of the wide Gaussian, pixels; what is broader counts as background. About "
+               "twice the peak radius."));
+    explain(m_pThresholdSpin,
+            tr("Least height of a peak in the difference of both smoothed frames, counts. Raise "
+               "it if crosses lie on the background, lower it if spots have none."));
+    explain(m_pSmoothRadiusSpin, tr("Sigma of the smoothing that point intensities are taken from, pixels."));
+    explain(m_pMaskTable,
+            tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
+               "beam stop, ice rings and the rim of the detector."));
+    explain(m_pLoadMaskButton,
+            tr("Adds polygons from a .msk file. Each line is \"number x y\" in pixels; corners "
+               "of equal number make a polygon."));
+    explain(m_pClearMaskButton, tr("Forgets all polygons; peaks are taken everywhere again."));
+    explain(m_pShowMaskCheck, tr("Draws the polygons on the frame."));
+    explain(m_pShowPeaksCheck,
+            tr("Marks the peaks of the frame in view with crosses, anew at each change of a "
+               "radius or of the threshold, and on each frame during the run. Good: one cross on"
+               " each spot, none on the background."));
+    explain(m_pIntegrationRadiusSpin,
+            tr("Radius of the disc whose pixels are summed, pixels. Lower it if neighbours get "
+               "alike intensities: then the discs overlap."));
+    explain(m_pIntegrationBackgroundSpin,
+            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
+    explain(m_pRunButton, tr("Searches all frames, maps the peaks into reciprocal space and merges them. The "
+                             "button then reads \"Stop\"."));
     pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
 }

@@ -1,5 +1,6 @@
 #include "frames/pages/shiftpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 
 #include <QAction>
@@ -87,5 +88,21 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
     pButtonLayout->addWidget(m_pLoadButton);
     pButtonLayout->addWidget(m_pExportButton);
     pShiftLayout->addLayout(pButtonLayout);
+    explain(m_pRunButton,
+            tr("Measures the drift of each frame by correlating its region with the sum of the "
+               "regions so far, then fits the direct beam on that sum. Needs a reference region "
+               "around the direct beam."));
+    explain(m_pShiftTable,
+            tr("Drift of the pattern, pixels, against the first frame. It should change "
+               "smoothly: with jumps take a smaller region, with values that stick at a limit a "
+               "larger one."));
+    explain(m_pCenterXSpin,
+            tr("Column of the direct beam on the first frame, pixels from the left. Type it in "
+               "if a beam stop hides the beam."));
+    explain(m_pCenterYSpin,
+            tr("Row of the direct beam on the first frame, pixels from the top. Type it in if a "
+               "beam stop hides the beam."));
+    explain(m_pLoadButton, tr("Reads shifts and direct beam from a .sc file."));
+    explain(m_pExportButton, tr("Writes shifts and direct beam to a .sc file."));
     pPageLayout->addWidget(pShift, 1);
 }

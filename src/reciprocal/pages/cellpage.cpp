@@ -1,5 +1,6 @@
 #include "reciprocal/pages/cellpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 #include "app/records/runparameters.h"
 #include "crystal/spacegrouptable.h"
@@ -44,6 +45,9 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     m_pComboReflectionGrouping->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
     m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
+    explain(m_pComboReflectionGrouping,
+            tr("Space group: its Laue class makes the groups of equivalent reflections (column "
+               "\"RGroup\" of the peak table), its absences the column \"Alwd.\"."));
     auto* pGroupingLayout = new QHBoxLayout;
     pGroupingLayout->addWidget(new QLabel(tr("Reflection Grouping"), this));
     pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
@@ -60,6 +64,8 @@ QGroupBox* CellPage::makeSelection()
     auto* pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
     m_pTableReflectionSelection = makeGroupTable(pGroupSelection);
     m_pTableReflectionSelection->setMinimumHeight(g_nSelectionTableHeight);
+    explain(m_pTableReflectionSelection,
+            tr("The group of the view \"3D View Merged\" that cell search and indexing take."));
     auto* pLayout = new QVBoxLayout(pGroupSelection);
     pLayout->addWidget(m_pTableReflectionSelection);
     return pGroupSelection;
@@ -73,6 +79,8 @@ QGroupBox* CellPage::makeDetermination()
     m_pRadioCellAuto = new QRadioButton(tr("Auto"), pGroupDetermination);
     m_pRadioCellManual = new QRadioButton(tr("Manual"), pGroupDetermination);
     m_pRadioCellAuto->setChecked(true);
+    explain(m_pRadioCellAuto, tr("Looks for the cell in the difference vectors of the reflections."));
+    explain(m_pRadioCellManual, tr("Takes the cell from directions that you look along."));
     auto* pRadioLayout = new QHBoxLayout;
     pRadioLayout->addWidget(m_pRadioCellAuto);
     pRadioLayout->addWidget(m_pRadioCellManual);
@@ -84,6 +92,11 @@ QGroupBox* CellPage::makeDetermination()
                                          QStringLiteral(" Å"));
     m_pSpinCellRangeMax = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax,
                                          QStringLiteral(" Å"));
+    explain(m_pSpinCellRangeMin, tr("Shortest edge that is looked for, Å."));
+    explain(m_pSpinCellRangeMax,
+            tr("Longest edge that is looked for, Å: somewhat above the longest that you believe "
+               "in. Lower it if the cell comes out far too large, raise it if points lie between"
+               " the nodes of the lattice."));
     auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
     pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
     pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
@@ -95,6 +108,9 @@ QGroupBox* CellPage::makeDetermination()
     m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), pGroupDetermination);
     m_pButtonSearchCell->setMinimumHeight(g_nSearchButtonHeight);
     m_pButtonSearchCell->setStatusTip(tr("Hunting peaks in diffraction patterns"));
+    explain(m_pButtonSearchCell,
+            tr("Finds a*, b*, c* from the difference vectors of the chosen reflections, shows "
+               "the lattice in both views and writes the .uc file."));
     pLayout->addWidget(m_pButtonSearchCell);
 
     m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), pGroupDetermination);
@@ -116,6 +132,12 @@ QGroupBox* CellPage::makeDetermination()
         aRow[i].pSpin->setGroupSeparatorShown(true);
         // The "0" that a length begins with when it is typed would cost the vector its direction.
         aRow[i].pSpin->setKeyboardTracking(false);
+        explain(aRow[i].pButton, tr("Gives %1 the direction that the 3D view looks along, and the length "
+                                    "beside it.")
+                                     .arg(aRow[i].strText));
+        explain(aRow[i].pSpin,
+                tr("Length of %1, Å⁻¹. Adjust it until the nodes of the lattice lie on the points.")
+                    .arg(aRow[i].strText));
         pAssignLayout->addWidget(aRow[i].pButton, i, 0);
         pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
     }
@@ -134,6 +156,8 @@ QGroupBox* CellPage::makeCell()
     for (int i = 0; i < 6; ++i) {
         m_apEditCell[i] = new QLineEdit(pGroup);
         m_apEditCell[i]->setReadOnly(true);
+        explain(m_apEditCell[i],
+                i < 3 ? tr("Edge of the cell in force, Å.") : tr("Angle of the cell in force, degrees."));
         m_apEditCell[i]->setAlignment(Qt::AlignRight);
         pGrid->addWidget(m_apEditCell[i], i / 3, 1 + i % 3);
     }
@@ -142,6 +166,8 @@ QGroupBox* CellPage::makeCell()
     auto* pButtonLayout = new QHBoxLayout;
     pButtonLayout->addWidget(m_pButtonLoadCell);
     pButtonLayout->addWidget(m_pButtonExportCell);
+    explain(m_pButtonLoadCell, tr("Reads a*, b*, c* from a .uc file and makes them the cell in force."));
+    explain(m_pButtonExportCell, tr("Writes a*, b*, c* of the cell in force to a .uc file."));
     pGrid->addLayout(pButtonLayout, 2, 0, 1, 4);
     return pGroup;
 }
@@ -155,6 +181,8 @@ QGroupBox* CellPage::makeTransformation()
     m_pRadioSpaceReciprocal = new QRadioButton(tr("Reciprocal"), pSpace);
     m_pRadioSpaceReal = new QRadioButton(tr("Real"), pSpace);
     m_pRadioSpaceReciprocal->setChecked(true);
+    explain(m_pRadioSpaceReciprocal, tr("The matrix acts on a*, b*, c*."));
+    explain(m_pRadioSpaceReal, tr("The matrix acts on a, b, c."));
     auto* pSpaceLayout = new QHBoxLayout(pSpace);
     pSpaceLayout->addWidget(m_pRadioSpaceReciprocal);
     pSpaceLayout->addWidget(m_pRadioSpaceReal);
@@ -173,6 +201,9 @@ QGroupBox* CellPage::makeTransformation()
             pEdit->setAlignment(Qt::AlignRight);
             pEdit->setValidator(new QDoubleValidator(pEdit));
             pGrid->addWidget(pEdit, nRow + 1, nColumn + 1);
+            explain(pEdit,
+                    tr("Share that the axis above has in the new axis to the left. Whole numbers keep the "
+                       "lattice, fractions add nodes or leave nodes out."));
             m_apEditMatrix[nRow][nColumn] = pEdit;
         }
     }
@@ -186,6 +217,12 @@ QGroupBox* CellPage::makeTransformation()
     pButtonLayout->addWidget(m_pButtonTransform);
     pLayout->addLayout(pButtonLayout);
 
+    explain(m_pButtonTest,
+            tr("Shows the transformed cell in both views without taking it; another click shows "
+               "the cell in force again."));
+    explain(m_pButtonTransform,
+            tr("Makes the transformed cell the cell in force and writes the .uc file. Index "
+               "again afterwards."));
     updateCellTransformMatrixLabels();
     return pGroupTransformation;
 }
@@ -200,6 +237,20 @@ QGroupBox* CellPage::makeIndexing()
     m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), pGroupIndexing);
     m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), pGroupIndexing);
 
+    explain(m_pSpinIndexThreshold,
+            tr("How far each index may lie from a whole number. 0.05 to 0.1 is usual; a result "
+               "that is good only with 0.2 or more is none."));
+    explain(m_pCheckOutputIndexing,
+            tr("Lists the reflections in the log and writes the .hkl, .p4p and .ipf files."));
+    explain(m_pCheckOutputStatistics,
+            tr("Counts reflection conditions and tries the reflections against all space groups,"
+               " in the log."));
+    explain(m_pCheckOutputRefinedCell,
+            tr("Refines the cell against d* of the indexed reflections, in the log; needs seven "
+               "at least."));
+    explain(m_pButtonIndexMergedPeaks,
+            tr("Gives each reflection h, k, l by the cell in force, spreading from the origin "
+               "outwards. Good: over 90 % indexed."));
     auto* pGrid = new QGridLayout(pGroupIndexing);
     pGrid->addWidget(new QLabel(tr("Index Threshold"), pGroupIndexing), 0, 0);
     pGrid->addWidget(m_pSpinIndexThreshold, 0, 1);

@@ -1,5 +1,6 @@
 #include "reciprocal/pages/mergingpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 #include "app/records/runparameters.h"
 
@@ -79,6 +80,26 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
         pSpin->setGroupSeparatorShown(true);
     pPageLayout->addWidget(makeRange(tr("Intensity Range"), m_pSpinIntensityMin, m_pSpinIntensityMax, this));
 
+    explain(m_pGroupApplyStretching,
+            tr("Undoes an elliptical distortion of the pattern by the lenses, before peaks are "
+               "mapped."));
+    explain(m_pSpinStretchAmplitude,
+            tr("Size of the distortion, per cent. If circles are still ellipses or rows bend, "
+               "change it in steps of 0.1."));
+    explain(m_pSpinStretchAzimuth,
+            tr("Azimuth of the distortion, degrees: that of the project file plus 90. If the "
+               "distortion grows, it is 90° off."));
+    explain(m_pSpinResolutionMin,
+            tr("Peaks nearer to the origin than this d*, Å⁻¹, are neither shown nor merged."));
+    explain(m_pSpinResolutionMax,
+            tr("Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern"
+               " reaches further."));
+    explain(m_pSpinIntensityMin,
+            tr("Peaks of a smaller point intensity, counts, are neither shown nor merged. Raise "
+               "it to leave false peaks out."));
+    explain(m_pSpinIntensityMax,
+            tr("Peaks of a larger point intensity, counts, are neither shown nor merged. Raise "
+               "it if strong reflections are missing."));
     pPageLayout->addWidget(makeMerging(), 1);
 }
 
@@ -136,8 +157,37 @@ QGroupBox* MergingPage::makeMerging()
                      nRow, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
 
+    explain(m_pTableTargetPeaks, tr("The group of the view \"3D View Raw\" that is merged."));
+    explain(m_pButtonLoadPeaks,
+            tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
+    explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
+    explain(m_pSpinMin3DDistance,
+            tr("A chain of peaks is closed once the frame has moved this far from its last peak,"
+               " pixels. Raise it if one reflection gives two points."));
+    explain(m_pSpinMax2DDistance,
+            tr("A peak joins a chain whose last peak lies closer than this on the frame, pixels."
+               " Raise it if one reflection gives two points, lower it if points lie half way "
+               "between two."));
+    explain(m_pSpinMin2DLength, tr("Least length of a chain on the frame, pixels."));
+    explain(m_pSpinMax3DLength,
+            tr("Longer chains, pixels, are streaks: their peaks are shown one by one and not "
+               "merged. Raise it if reflections near the axis, or of a bent crystal, end up "
+               "there."));
+    explain(m_pRadioInFrames2DIntegration,
+            tr("A peak weighs what its disc holds above the background of the ring."));
+    explain(m_pRadioInFramesPoint,
+            tr("A peak weighs its value at the point; also for peaks whose disc crosses the rim "
+               "of the frame."));
+    explain(m_pRadioThroughFramesMaximum,
+            tr("A reflection gets the intensity of its strongest peak: for coarse tilt steps."));
+    explain(m_pRadioThroughFrames3DIntegration,
+            tr("A reflection gets the integral along its chain: for fine tilt steps, where it is"
+               " seen on several frames."));
     m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
 
+    explain(m_pButtonMerge,
+            tr("Makes one reflection of each chain of peaks over neighbouring frames, and shows "
+               "them in \"3D View Merged\"."));
     auto* pLayout = new QVBoxLayout(pMerging);
     pLayout->addWidget(pTarget, 1);
     pLayout->addWidget(m_pMergingParameters);

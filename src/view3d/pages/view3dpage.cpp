@@ -1,5 +1,6 @@
 #include "view3d/pages/view3dpage.h"
 
+#include "app/pages/controltips.h"
 #include "app/pages/pagecontrols.h"
 
 #include <QCheckBox>
@@ -17,6 +18,8 @@
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
+
+#include <initializer_list>
 
 namespace {
 
@@ -64,6 +67,9 @@ View3DPage::View3DPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addWidget(makeViewAlong());
     pPageLayout->addWidget(makeRotation());
     m_pButtonLoadHKL = new QPushButton(tr("Load HKL..."), this);
+    explain(m_pButtonLoadHKL,
+            tr("Shows the reflections of an .hkl file in the merged view, in the place of the "
+               "merged ones. Needs a cell."));
     pPageLayout->addWidget(m_pButtonLoadHKL);
 }
 
@@ -72,6 +78,9 @@ QGroupBox* View3DPage::makeAppearance()
     auto* pGroup = new QGroupBox(tr("Reflection Appearance"), this);
     m_pSpinPointSize = makeDoubleSpin(pGroup, 0, 1000, 2, 0.1, g_dfPointSize);
     m_pSpinPointTransparency = makeTransparency(pGroup);
+    explain(m_pSpinPointSize, tr("Size of the points of the view; stronger reflections have larger ones."));
+    explain(m_pSpinPointTransparency,
+            tr("Transparency of the points, per cent: more of it shows what lies behind."));
     auto* pGrid = new QGridLayout(pGroup);
     pGrid->addWidget(new QLabel(tr("Size"), pGroup), 0, 0);
     pGrid->addWidget(m_pSpinPointSize, 0, 1);
@@ -87,6 +96,8 @@ QGroupBox* View3DPage::makeCanvasGrid()
     m_pGroupCanvasGrid->setCheckable(true);
     m_pGroupCanvasGrid->setChecked(true);
     m_pSpinCanvasGridTransparency = makeTransparency(m_pGroupCanvasGrid);
+    explain(m_pGroupCanvasGrid, tr("Shows a grid in the background."));
+    explain(m_pSpinCanvasGridTransparency, tr("Transparency of the grid in the background, per cent."));
     auto* pGrid = new QGridLayout(m_pGroupCanvasGrid);
     pGrid->addWidget(new QLabel(tr("Transparency"), m_pGroupCanvasGrid), 0, 0);
     pGrid->addWidget(m_pSpinCanvasGridTransparency, 0, 1);
@@ -99,6 +110,9 @@ QGroupBox* View3DPage::makeLattice()
     auto* pGroup = new QGroupBox(tr("Unit Cell Grid"), this);
     m_pCheckLatticePoints = new QCheckBox(tr("Show Points"), pGroup);
     m_pCheckLatticeLines = new QCheckBox(tr("Show Lines"), pGroup);
+    explain(m_pCheckLatticePoints, tr("Shows the nodes of the lattice of the cell in force."));
+    explain(m_pCheckLatticeLines,
+            tr("Shows lines along a* (red), b* (green) and c* (blue) through the nodes."));
     auto* pRange = new QGroupBox(tr("HKL Range"), pGroup);
     auto* pRangeLayout = new QHBoxLayout(pRange);
     const struct {
@@ -107,6 +121,10 @@ QGroupBox* View3DPage::makeLattice()
     } aRange[] = {{tr("H"), m_pSpinLatticeH}, {tr("K"), m_pSpinLatticeK}, {tr("L"), m_pSpinLatticeL}};
     for (const auto& range : aRange) {
         range.pSpin = makeIntSpin(pRange, 0, g_nLatticeRangeMax, 1, g_nLatticeRange);
+        explain(range.pSpin,
+                tr("Orders %1 of the lattice that are shown on either side of the origin; with 0 in one "
+                   "box a plane is left.")
+                    .arg(range.strLabel));
         pRangeLayout->addWidget(new QLabel(range.strLabel, pRange));
         pRangeLayout->addWidget(range.pSpin, 1);
     }
@@ -139,6 +157,13 @@ QGroupBox* View3DPage::makePeaks()
     m_pButtonAddGroup = new QPushButton(tr("Add"), pGroup);
     m_pButtonAddGroup->setEnabled(false);
 
+    explain(m_pTablePeakGroups,
+            tr("The groups of points of the view: a double click on a label renames, a click on "
+               "the colour changes it, a click in the last column hides or shows. More by the "
+               "right button."));
+    explain(m_pEditSelectedCount,
+            tr("Number of selected points. Select with the left button and Ctrl held."));
+    explain(m_pButtonAddGroup, tr("Makes the selected points a group."));
     auto* pGrid = new QGridLayout(pGroup);
     pGrid->addWidget(m_pTablePeakGroups, 0, 0, 1, 3);
     pGrid->addWidget(new QLabel(tr("No. Selected"), pGroup), 1, 0);
@@ -159,6 +184,7 @@ QGroupBox* View3DPage::makeViewAlong()
                    {tr("a"), m_pButtonAlongA},   {tr("b"), m_pButtonAlongB},   {tr("c"), m_pButtonAlongC}};
     for (const auto& button : aButton) {
         button.pButton = makeNarrowButton(button.strText, pGroup);
+        explain(button.pButton, tr("Looks along %1 of the cell in force.").arg(button.strText));
         pLayout->addWidget(button.pButton);
     }
     return pGroup;
@@ -180,6 +206,7 @@ QGroupBox* View3DPage::makeRotation()
     int nColumn = 0;
     for (const auto& button : aButton) {
         button.pButton = makeNarrowButton(button.strText, pGroup);
+        explain(button.pButton, tr("Turns the view by one step in the direction of the arrow."));
         pGrid->addWidget(button.pButton, 0, nColumn++);
     }
 
@@ -193,6 +220,7 @@ QGroupBox* View3DPage::makeRotation()
         m_pComboRotationStep->addItem(QString::fromLatin1(pszStep));
     m_pComboRotationStep->setCurrentIndex(m_pComboRotationStep->count() - 1);
     m_pComboRotationStep->setValidator(new StepValidator(m_pComboRotationStep));
+    explain(m_pComboRotationStep, tr("Angle of one step, degrees. Another one can be typed."));
     pGrid->addWidget(new QLabel(tr("Step(°)"), pGroup), 1, 0, 1, 2);
     pGrid->addWidget(m_pComboRotationStep, 1, 2, 1, 4);
     return pGroup;

@@ -1,0 +1,55 @@
+// GuideWindow: the guide, as a window of the program.
+#pragma once
+
+#include <QHash>
+#include <QImage>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QUrl>
+
+class QLineEdit;
+
+/// A browser of Markdown files: links go by the names that headings have on the web, pictures are made as
+/// wide as the window has room for.
+class GuideBrowser : public QTextBrowser {
+    Q_OBJECT
+
+public:
+    explicit GuideBrowser(QWidget* pParent = nullptr);
+
+    QVariant loadResource(int nType, const QUrl& url) override;
+    /// Brings the first heading of that name to the top, named as in the text or as in a link.
+    /// @return false when there is none; the text then stays where it is
+    bool showHeading(const QString& strName);
+
+protected:
+    void resizeEvent(QResizeEvent* pEvent) override;
+
+private:
+    void formatDocument();
+    void fitPictures();
+    QImage fitted(const QImage& image) const;
+
+    QHash<QUrl, QImage> m_hashPicture;  ///< by the names in the text, in full size
+    QTimer m_timerFit;                  ///< runs while the window is being resized
+};
+
+class GuideWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit GuideWindow(const QString& strFile);
+
+    /// The guide as installed beside the program, or as in the folder of its sources; empty when there is
+    /// none.
+    static QString guideFile();
+    /// Opens the window at a heading, or at the top when there is none of that name.
+    void showAt(const QString& strHeading);
+    void find(bool bBackward = false);
+
+    GuideBrowser* m_pBrowser = nullptr;
+    QLineEdit* m_pSearchEdit = nullptr;
+
+private:
+    QUrl m_urlGuide;
+};
