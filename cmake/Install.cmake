@@ -1,4 +1,4 @@
-# What `cmake --install` puts where: the programs, the desktop entry, the type of .ed3d files, the icon.
+# What `cmake --install` puts where: the programs, the desktop entry, the type of .ed3d files, the icon, the guide.
 # The caches of the desktop (update-desktop-database and its like) are left to who packages the program.
 foreach(program tessera tessera-batch tessera-simulate tessera-compare)
   if(TARGET ${program})
@@ -17,4 +17,10 @@ if(TARGET tessera)
       DESTINATION ${icons}/${size}x${size}/apps RENAME tessera.png)
   endforeach()
   install(FILES ${resources}/svg/tessera.svg DESTINATION ${icons}/scalable/apps)
+
+  # The guide, which the program shows: not in share/doc, which an installation may leave out.
+  set(guide ${CMAKE_INSTALL_DATADIR}/tessera/doc)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/guide.md ${PROJECT_SOURCE_DIR}/docs/many-series.md DESTINATION ${guide})
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/pictures DESTINATION ${guide}
+    FILES_MATCHING PATTERN "*.png" PATTERN "*_1920x1080.png" EXCLUDE)
 endif()

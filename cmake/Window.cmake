@@ -39,3 +39,7 @@ target_link_libraries(tessera_window PUBLIC tessera_frameview tessera_view3d tes
 
 add_executable(tessera src/app/main.cpp)
 target_link_libraries(tessera PRIVATE tessera_window)
+
+# The program looks for its guide in ../share, as it is installed.
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/share/tessera)
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/docs ${CMAKE_BINARY_DIR}/share/tessera/doc SYMBOLIC)
