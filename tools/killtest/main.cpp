@@ -195,7 +195,8 @@ QMap<QString, QByteArray> filesOf(const QString& strFolder)
         QByteArray bytes = file.readAll();
         if (strName.endsWith(QLatin1String(".log")) || strName.endsWith(QLatin1String(".json")))
             bytes = QString::fromUtf8(bytes)
-                        .replace(QRegularExpression(QStringLiteral("[0-9]+")), QStringLiteral("0"))
+                        .replace(QRegularExpression(QStringLiteral("-?[0-9.]+(e[-+][0-9]+)?")),
+                                 QStringLiteral("0"))
                         .toUtf8();
         mapFile[strName] = bytes;
     }
@@ -245,8 +246,7 @@ Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, cons
         const QMap<QString, QByteArray> mapFile = filesOf(strFolder);
         for (auto it = mapFile.begin(); it != mapFile.end(); ++it) {
             QString strName = it.key();
-            if (strName == QLatin1String("s.sc~"))
-                strName.chop(1);
+            strName.replace(QStringLiteral("s.sc~"), QStringLiteral("s.sc"));
             if (!amapVersion[0].contains(strName)) {
                 // A result's name with a further suffix, that no reader takes for one.
                 static const QRegularExpression s_suffix(QStringLiteral("\\.([A-Za-z0-9]{6}|before)$"));
@@ -256,7 +256,7 @@ Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, cons
                     figures.listWrong.append(
                         QStringLiteral("round %1: stray file %2").arg(nRound).arg(strName));
                 ++figures.nTemporary;
-                QFile::remove(strFolder + QLatin1Char('/') + strName);
+                QFile::remove(strFolder + QLatin1Char('/') + it.key());
             } else if (it.value() == amapVersion[0][strName]) {
                 ++figures.nOld;
             } else if (it.value() == amapVersion[1][strName]) {
