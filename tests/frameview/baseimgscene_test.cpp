@@ -3,111 +3,110 @@
 #include "frameview/palettes.h"
 #include "testscenes.h"
 
-#include <gtest/gtest.h>
-
 #include <QTimer>
 
-TEST(BaseImgScene, DrawsEachPixelThroughThePalette)
+namespace {
+
+class Scene : public testing::Test {
+protected:
+    Scene() { m_scene.setShowProgress(false); }
+    int red(int x, int y) { return qRed(drawn(m_scene).pixel(x, y)); }
+    BaseImgScene m_scene;
+};
+
+}  // namespace
+
+TEST(Palettes, RampsStartAndEndWhereTheyShould)
+{
+    const struct {
+        int nPalette, i;
+        QRgb rgb;
+    } aRow[] = {{0, 0, 0xFF000000},   {0, 200, 0xFFC8C8C8}, {1, 200, 0xFF373737}, {2, 0, 0xFF0000FF},
+                {2, 63, 0xFF00FCFF},  {2, 64, 0xFF00FFFF},  {2, 127, 0xFF00FF03}, {2, 191, 0xFFFCFF00},
+                {2, 192, 0xFFFFFF00}, {2, 255, 0xFFFF0300}, {3, 255, 0xFF0000FF}, {3, 100, 0xFF6CFF00}};
+    for (const auto& row : aRow)
+        EXPECT_EQ(paletteTable(row.nPalette)->at(row.i), row.rgb) << row.nPalette << ' ' << row.i;
+}
+
+TEST_F(Scene, DrawsEachPixelThroughThePalette)
 {
     for (int nWidth : {1, 5, 6, 7, 8}) {  // rows that need padding elsewhere
-        BaseImgScene scene;
-        scene.setShowProgress(false);
         // Values 7 apart from 1000, so that byte and value differ by a shift only.
-        const auto byteAt = [&](int x, int y) { return (y * nWidth + x) * 7; };
-        scene.setImagesLimits(makeFrame(nWidth, 4, [&](int x, int y) { return 1000 + byteAt(x, y); }),
-                              {{1000, 1255}});
+        m_scene.setImagesLimits(
+            makeFrame(nWidth, 4, [&](int x, int y) { return 1000 + (y * nWidth + x) * 7; }), {{1000, 1255}});
         for (int nPalette : {0, 2, 3, 1}) {
-            EXPECT_EQ(scene.setPalette(nPalette), nPalette);
-            const QImage picture = drawn(scene);
+            EXPECT_EQ(m_scene.setPalette(nPalette), nPalette);
+            const QImage picture = drawn(m_scene);
             ASSERT_EQ(picture.size(), QSize(nWidth, 4));
-            for (int y = 0; y < 4; y++)
-                for (int x = 0; x < nWidth; x++)
-                    EXPECT_EQ(picture.pixel(x, y), paletteTable(nPalette)->at(byteAt(x, y)))
-                        << nWidth << ": " << x << ' ' << y << ", palette " << nPalette;
+            for (int i = 0; i < 4 * nWidth; i++)
+                EXPECT_EQ(picture.pixel(i % nWidth, i / nWidth), paletteTable(nPalette)->at(7 * i))
+                    << nWidth << ": " << i << ", palette " << nPalette;
         }
-        EXPECT_EQ(scene.setPalette(4), 1);
+        EXPECT_EQ(m_scene.setPalette(4), 1);
     }
 }
 
-TEST(BaseImgScene, LimitsAndOutputRangesSetTheContrast)
+TEST_F(Scene, LimitsAndOutputRangesSetTheContrast)
 {
-    BaseImgScene scene;
-    scene.setShowProgress(false);
-    const ImageList vecImage = makeFrame(4, 1, [](int x, int) { return 100.0 * x; });  // 0 100 200 300
-    const struct {
-        RangeList vecLimit, vecOut;
-        int aByte[4];
-    } aRow[] = {{{{100, 151}}, {}, {0, 0, 255, 255}},
-                {{{0, 300}}, {{50, 110}}, {50, 70, 90, 110}},
-                {{{0, 300}}, {{50, 110}, {0, 1}}, {0, 85, 170, 255}},  // another count: 0 to 255
-                {{{300, 0}}, {}, {255, 170, 85, 0}},                   // limits the wrong way round invert
-                {{{70, 70}}, {}, {0, 0, 0, 0}}};
-    for (const auto& row : aRow) {
-        scene.setImagesLimits(vecImage, row.vecLimit, row.vecOut);
-        const QImage picture = drawn(scene);
+    const ImageList vecImage = makeFrame(4, 1, [](int x, int) { return 100 * x; });
+    const RangeList vecOut[] = {
+        {}, {{50, 110}}, {{50, 110}, {0, 1}}};  // another count than of images: 0 to 255
+    const int aanByte[][4] = {{0, 85, 170, 255}, {50, 70, 90, 110}, {0, 85, 170, 255}};
+    for (int i = 0; i < 3; i++) {
+        m_scene.setImagesLimits(vecImage, {{0, 300}}, vecOut[i]);
         for (int x = 0; x < 4; x++)
-            EXPECT_EQ(qRed(picture.pixel(x, 0)), row.aByte[x]) << &row - aRow << ' ' << x;
+            EXPECT_EQ(red(x, 0), aanByte[i][x]) << i;
     }
     // The automatic limits leave a thousandth of a ramp of 10000 out at either end.
-    scene.setImagesAuto(makeFrame(100, 100, [](int x, int y) { return 100 * y + x; }));
-    const QImage picture = drawn(scene);
-    EXPECT_EQ(qRed(picture.pixel(5, 0)), 0);
-    EXPECT_NEAR(qRed(picture.pixel(0, 50)), 127, 1);
-    EXPECT_EQ(qRed(picture.pixel(95, 99)), 255);
+    m_scene.setImagesAuto(makeFrame(100, 100, [](int x, int y) { return 100 * y + x; }));
+    EXPECT_EQ(red(5, 0), 0);
+    EXPECT_NEAR(red(0, 50), 127, 1);
+    EXPECT_EQ(red(95, 99), 255);
 }
 
-TEST(BaseImgScene, SwitchesAmongTheImagesOfAFrame)
+TEST_F(Scene, SwitchesAmongTheImagesOfAFrame)
 {
-    BaseImgScene scene;
-    scene.setShowProgress(false);
-    ImageList vecImage = makeFrame(9, 5, [](int, int) { return 10; });
-    vecImage.push_back(makeImage(3, 4, [](int, int) { return 20; }));
+    ImageList vecImage = makeFrame(9, 5, 10);
+    vecImage.push_back(std::move(makeFrame(3, 4, 20)[0]));
     vecImage.push_back(nullptr);  // keeps its number
-    vecImage.push_back(makeImage(3, 4, [](int, int) { return 40; }));
-    const RangeList vecLimit(4, {0, 255});
-    scene.setImagesLimits(vecImage, vecLimit);
-    EXPECT_TRUE(scene.switchToIndex(1));
-    EXPECT_EQ(scene.sceneRect(), QRectF(0, 0, 3, 4));
-    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 20);
-    EXPECT_TRUE(scene.switchToIndex(2));
-    EXPECT_EQ(drawn(scene).pixelColor(1, 1), QColor(Qt::magenta));  // nothing drawn
-    EXPECT_TRUE(scene.switchToIndex(3));
-    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 40);
-    EXPECT_FALSE(scene.switchToIndex(4));
-    EXPECT_EQ(scene.currentIndex(), 3);
+    const RangeList vecLimit(3, {0, 255});
+    m_scene.setImagesLimits(vecImage, vecLimit);
+    EXPECT_TRUE(m_scene.switchToIndex(2));
+    EXPECT_EQ(drawn(m_scene).pixelColor(1, 1), QColor(Qt::magenta));  // nothing drawn
+    EXPECT_TRUE(m_scene.switchToIndex(1));
+    EXPECT_EQ(m_scene.sceneRect(), QRectF(0, 0, 3, 4));
+    EXPECT_FALSE(m_scene.switchToIndex(3));
+    m_scene.setImagesLimits(vecImage, {{0, 1}});  // counts differ: everything stays
+    EXPECT_EQ(m_scene.currentIndex(), 1);
+    EXPECT_EQ(red(2, 3), 20);
+    m_scene.setImagesLimits(vecImage, vecLimit);  // a redraw comes back to the first
+    EXPECT_EQ(m_scene.currentIndex(), 0);
+    EXPECT_EQ(red(8, 4), 10);
 
-    scene.setImagesLimits(vecImage, {{0, 1}});  // counts differ: everything stays
-    EXPECT_EQ(scene.currentIndex(), 3);
-    EXPECT_EQ(qRed(drawn(scene).pixel(2, 3)), 40);
-    scene.setImagesLimits(vecImage, vecLimit);  // a redraw comes back to the first
-    EXPECT_EQ(scene.currentIndex(), 0);
-    EXPECT_EQ(qRed(drawn(scene).pixel(8, 4)), 10);
-
-    scene.clearImages();
-    EXPECT_EQ(scene.currentIndex(), -1);
+    m_scene.clearImages();
+    EXPECT_EQ(m_scene.currentIndex(), -1);
     CImgObj<unsigned char> imgByte;
     imgByte.Create(2, 2);
     std::fill_n(imgByte.Data(), 4, 77);
-    scene.addImage(imgByte);
+    m_scene.addImage(imgByte);
     std::fill_n(imgByte.Data(), 4, 99);  // the scene has its own copy
-    scene.setPalette(1);
-    EXPECT_EQ(qRed(drawn(scene).pixel(1, 1)), 255 - 77);
-    EXPECT_EQ(scene.images().size(), 1u);
+    m_scene.setPalette(1);
+    EXPECT_EQ(red(1, 1), 255 - 77);
+    EXPECT_EQ(m_scene.images().size(), 1u);
 }
 
-TEST(BaseImgScene, AFrameThatComesInDuringTheProgressWins)
+TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
 {
-    BaseImgScene scene;
-    ImageList vecLong;
-    for (int i = 0; i < 3; i++)
-        vecLong.push_back(makeImage(8, 8, [](int, int) { return 1; }));
-    const ImageList vecOther = makeFrame(4, 4, [](int, int) { return 200; });
+    m_scene.setShowProgress(true);
+    ImageList vecLong = makeFrame(8, 8, 1);
+    for (int i = 0; i < 2; i++)
+        vecLong.push_back(std::move(makeFrame(8, 8, 1)[0]));
     QTimer::singleShot(0, [&] {
         vecLong.clear();
-        scene.setShowProgress(false);
-        scene.setImagesLimits(vecOther, {{0, 255}});
+        m_scene.setShowProgress(false);
+        m_scene.setImagesLimits(makeFrame(4, 4, 200), {{0, 255}});
     });
-    scene.setImagesLimits(vecLong, RangeList(3, {0, 255}));
-    ASSERT_EQ(scene.images().size(), 1u);
-    EXPECT_EQ(qRed(drawn(scene).pixel(3, 3)), 200);
+    m_scene.setImagesLimits(vecLong, RangeList(3, {0, 255}));
+    ASSERT_EQ(m_scene.images().size(), 1u);
+    EXPECT_EQ(red(3, 3), 200);
 }

@@ -3,6 +3,8 @@
 
 #include "imaging/imagelist.h"
 
+#include <gtest/gtest.h>
+
 #include <QCoreApplication>
 #include <QGraphicsScene>
 #include <QImage>
@@ -13,22 +15,20 @@
 #include <functional>
 #include <memory>
 
-/// A float image with fnValue(x, y) at each pixel.
-inline std::unique_ptr<CImgObj<float>> makeImage(int w, int h, const std::function<double(int, int)>& fnValue)
-{
-    auto pImage = std::make_unique<CImgObj<float>>();
-    pImage->Create(w, h);
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++)
-            pImage->Data()[y * w + x] = float(fnValue(x, y));
-    return pImage;
-}
-
+/// A frame of one image with fnValue(x, y) at each pixel.
 inline ImageList makeFrame(int w, int h, const std::function<double(int, int)>& fnValue)
 {
     ImageList vecImage;
-    vecImage.push_back(makeImage(w, h, fnValue));
+    vecImage.push_back(std::make_unique<CImgObj<float>>());
+    vecImage[0]->Create(w, h);
+    for (int i = 0; i < w * h; i++)
+        vecImage[0]->Data()[i] = float(fnValue(i % w, i / w));
     return vecImage;
+}
+
+inline ImageList makeFrame(int w, int h, double dfValue)
+{
+    return makeFrame(w, h, [dfValue](int, int) { return dfValue; });
 }
 
 /// The scene drawn without a view, one picture pixel for each frame pixel.

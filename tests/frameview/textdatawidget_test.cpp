@@ -4,12 +4,9 @@
 #include "frameview/textitem.h"
 #include "testscenes.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
 
 namespace {
 
@@ -22,7 +19,7 @@ protected:
     }
     void setFrame(int w, int h, const std::function<double(int, int)>& fnValue)
     {
-        m_widget.setImage(makeImage(w, h, fnValue).get());
+        m_widget.setImage(makeFrame(w, h, fnValue)[0].get());
         CImgObj<unsigned char> imgByte;
         imgByte.Create(w, h);
         for (int i = 0; i < w * h; i++)
@@ -34,21 +31,20 @@ protected:
         m_widget.setCenter(pt);
         return m_widget.refresh();
     }
-    // Items by (column, row) of the grid, by the order of their positions.
+    // Items by (column, row) of the grid, by the size of its cells.
     std::map<std::pair<int, int>, TextItem*> grid() const
     {
-        std::set<double> setX, setY;
-        for (QGraphicsItem* pItem : m_widget.scene()->items()) {
-            setX.insert(pItem->x());
-            setY.insert(pItem->y());
+        const QList<QGraphicsItem*> listItem = m_widget.scene()->items();
+        double dfWidth = 1e9, dfHeight = 1e9;
+        for (const QGraphicsItem* pItem : listItem) {
+            dfWidth = pItem->x() > 0 ? std::min(dfWidth, pItem->x()) : dfWidth;
+            dfHeight = pItem->y() > 0 ? std::min(dfHeight, pItem->y()) : dfHeight;
         }
-        const auto place = [](const std::set<double>& set, double df) {
-            return int(std::distance(set.begin(), set.find(df)));
-        };
         std::map<std::pair<int, int>, TextItem*> map;
-        for (QGraphicsItem* pItem : m_widget.scene()->items())
-            map[{place(setX, pItem->x()), place(setY, pItem->y())}] = static_cast<TextItem*>(pItem);
-        EXPECT_EQ(map.size(), std::size_t(m_widget.scene()->items().size())) << "items on one another";
+        for (QGraphicsItem* pItem : listItem)
+            map[{qRound(pItem->x() / dfWidth), qRound(pItem->y() / dfHeight)}] = static_cast<TextItem*>(
+                pItem);
+        EXPECT_EQ(map.size(), std::size_t(listItem.size())) << "items on one another";
         return map;
     }
     QString text(int c, int r) const { return grid().at({c, r})->text(); }
@@ -74,10 +70,8 @@ TEST_F(TextData, FieldHoldsValuesAndPixelNumbers)
         ASSERT_TRUE(refreshAt(QPointF(nLast, nLast)));
         EXPECT_EQ(fieldWidth(), row.nWidth) << row.nSide << ' ' << row.dfMin << ' ' << row.dfMax;
     }
-    // Large values and numbers away from the part shown don't count.
-    setFrame(400, 400, [](int x, int) { return x > 200 ? 1e6 : 7.6; });
+    setFrame(400, 400, [](int x, int) { return x > 200 ? 1e6 : 7.6; });  // large ones away from what is shown
     ASSERT_TRUE(refreshAt({10, 10}));
-    EXPECT_EQ(fieldWidth(), 3);
     EXPECT_EQ(text(1, 1), QStringLiteral("  8"));
 }
 
@@ -92,32 +86,24 @@ TEST_F(TextData, GridLiesFullyOnTheImageAndTellsItsPixels)
          {QPointF(0, 0), QPointF(45.9, 44.2), QPointF(89.5, 1), QPointF(-0.5, 89)}) {
         ASSERT_TRUE(refreshAt(ptCenter));
         const auto map = grid();
-        const int nColumns = map.rbegin()->first.first;
-        int nRows = 0;
-        for (const auto& entry : map)
-            nRows = std::max(nRows, entry.first.second);
-        ASSERT_GT(nColumns, 10);
-        ASSERT_GT(nRows, 10);
+        const auto [nColumns, nRows] = map.rbegin()->first;
+        ASSERT_TRUE(nColumns > 10 && nRows > 10);
         EXPECT_EQ(int(map.size()), (nColumns + 1) * (nRows + 1));
         const int x0 = std::clamp(int(ptCenter.x()) - nColumns / 2, 0, nSide - nColumns);
         const int y0 = std::clamp(int(ptCenter.y()) - nRows / 2, 0, nSide - nRows);
-        for (const auto& entry : map) {
-            const int c = entry.first.first;
-            const int r = entry.first.second;
-            const int x = x0 + c - 1;
-            const int y = y0 + r - 1;
-            const TextItem* pItem = entry.second;
-            if (c == 0 && r == 0) {
-                EXPECT_EQ(pItem->brush().color(), QColor(Qt::red));
-                EXPECT_EQ(pItem->background().rgb(), rgbCross);
-            } else if (c == 0 || r == 0) {
-                EXPECT_EQ(pItem->text(), QString::number(c == 0 ? y : x).rightJustified(3));
-                EXPECT_EQ(pItem->background(), QColor(Qt::darkGray));
-            } else {
+        EXPECT_EQ(map.at({0, 0})->brush().color(), QColor(Qt::red));
+        EXPECT_EQ(map.at({0, 0})->background().rgb(), rgbCross);
+        for (const auto& [place, pItem] : map) {
+            const auto [c, r] = place;
+            const int x = x0 + c - 1, y = y0 + r - 1;
+            if (c > 0 && r > 0) {
                 EXPECT_EQ(pItem->text(), QString::number(value(x, y)).rightJustified(3));
                 EXPECT_EQ(pItem->brush().color().rgb(), paletteTable(2)->at((y * nSide + x) % 251));
                 const bool bCross = x == int(ptCenter.x()) || y == int(ptCenter.y());
                 EXPECT_EQ(pItem->background().rgb(), bCross ? rgbCross : rgbCell);
+            } else if (c + r > 0) {
+                EXPECT_EQ(pItem->text(), QString::number(c == 0 ? y : x).rightJustified(3));
+                EXPECT_EQ(pItem->background(), QColor(Qt::darkGray));
             }
         }
         // All that fits the window is used, and nothing beyond it.
@@ -137,7 +123,7 @@ TEST_F(TextData, WithoutAUsableImageOrCentreTheGridStays)
     for (const QPointF& pt : {QPointF(50, 3), QPointF(3, 50), QPointF(-1, 3), QPointF(std::nan(""), 3)})
         EXPECT_FALSE(refreshAt(pt));
     m_widget.setCenter({20, 20});
-    m_widget.setImage(makeImage(40, 50, [](int, int) { return 6; }).get());  // the bytes follow later
+    m_widget.setImage(makeFrame(40, 50, 6)[0].get());  // the bytes follow later
     EXPECT_FALSE(m_widget.refresh());
     EXPECT_EQ(m_widget.scene()->items().size(), nItems);
     EXPECT_EQ(text(1, 1), QStringLiteral("  5"));
