@@ -18,12 +18,14 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
     const PeakSearchPage search;
     const MergingPage merging;
     const CellPage cell;
+    const ExtractionPage extracting;
     DataSet data;
     PeakHuntingParameters hunt;
     MappingParameters mapping;
     PeakMergingParameters merge;
     CellHuntingParameters hunting;
     IndexingParameters indexing;
+    ExtractionParameters extraction;
     const std::pair<QDoubleSpinBox*, double*> aRow[] = {
         {frames.m_pWavelengthSpin, &data.m_dfWavelength},
         {frames.m_pPixelSizeSpin, &data.m_dfPixelSize},
@@ -46,6 +48,7 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
         {merging.m_pSpinMax3DLength, &merge.m_dfMax3DLength},
         {cell.m_pSpinCellRangeMin, &hunting.m_dfCellRangeMin},
         {cell.m_pSpinCellRangeMax, &hunting.m_dfCellRangeMax},
+        {extracting.m_pSpinResolutionLimit, &extraction.m_dfResolutionLimit},
         {cell.m_pSpinIndexThreshold, &indexing.m_dfIndexThreshold}};
     for (const auto& row : aRow)
         for (double dfNumber : g_listNumber) {
@@ -57,8 +60,16 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
             roundToPages(merge);
             roundToPages(hunting);
             roundToPages(indexing);
+            roundToPages(extraction);
             EXPECT_DOUBLE_EQ(row.first->value(), *row.second) << &row - aRow << " from " << dfNumber;
         }
+    for (int nNumber : {-5, 7, 20000}) {
+        extracting.m_pSpinWindowRadius->setValue(extraction.m_nWindowRadius = nNumber);
+        extracting.m_pSpinBackgroundSize->setValue(extraction.m_nBackgroundSize = nNumber);
+        roundToPages(extraction);
+        EXPECT_EQ(extracting.m_pSpinWindowRadius->value(), extraction.m_nWindowRadius);
+        EXPECT_EQ(extracting.m_pSpinBackgroundSize->value(), extraction.m_nBackgroundSize);
+    }
 }
 
 TEST(Pages, CellPageSwapsItsWaysAndNamesTheAxesOfTheMatrix)

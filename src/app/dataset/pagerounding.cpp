@@ -71,6 +71,13 @@ void roundToPages(CellHuntingParameters& parameters)
     hold(parameters.m_dfCellRangeMax, 1, 1, 1000);
 }
 
+void roundToPages(ExtractionParameters& parameters)
+{
+    parameters.m_nWindowRadius = qBound(0, parameters.m_nWindowRadius, 10000);
+    parameters.m_nBackgroundSize = qBound(0, parameters.m_nBackgroundSize, 10000);
+    hold(parameters.m_dfResolutionLimit, 1, 0, 100);
+}
+
 void roundToPages(IndexingParameters& parameters)
 {
     hold(parameters.m_dfIndexThreshold, 2, 0.01, 0.5);

@@ -29,5 +29,7 @@ void roundToPages(MappingParameters& parameters);
 void roundToPages(PeakMergingParameters& parameters);
 /// 1 decimal. 1 to 1000 Å.
 void roundToPages(CellHuntingParameters& parameters);
+/// Radius and ring 0 to 10000 pixels; limit 0 to 100 Å⁻¹, 1 decimal.
+void roundToPages(ExtractionParameters& parameters);
 /// 2 decimals. Index threshold 0.01 to 0.5; space group 1 to 230.
 void roundToPages(IndexingParameters& parameters);

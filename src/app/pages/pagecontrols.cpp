@@ -1,15 +1,19 @@
 #include "app/pages/pagecontrols.h"
 
 #include <QDoubleSpinBox>
+#include <QFont>
 #include <QHeaderView>
+#include <QIcon>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QStringList>
 #include <QTableWidget>
 
 namespace {
 
-const int g_nRowHeight = 20;     // pixels
-const int g_nNarrowColumn = 25;  // pixels
+const int g_nRowHeight = 20;        // pixels
+const int g_nRunButtonHeight = 30;  // pixels
+const int g_nNarrowColumn = 25;     // pixels
 
 }  // namespace
 
@@ -35,6 +39,19 @@ QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep
     pSpin->setValue(nStart);
     pSpin->setSuffix(strSuffix);
     return pSpin;
+}
+
+QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold)
+{
+    auto* pButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), strText, pParent);
+    pButton->setStatusTip(strStatusTip);
+    pButton->setMinimumHeight(g_nRunButtonHeight);
+    if (bBold) {
+        QFont font = pButton->font();
+        font.setWeight(QFont::Bold);
+        pButton->setFont(font);
+    }
+    return pButton;
 }
 
 QTableWidget* makeGroupTable(QWidget* pParent)

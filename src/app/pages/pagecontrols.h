@@ -4,6 +4,7 @@
 #include <QString>
 
 class QDoubleSpinBox;
+class QPushButton;
 class QSpinBox;
 class QTableView;
 class QTableWidget;
@@ -16,6 +17,9 @@ QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLim
 /// A spin box of whole numbers.
 QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
                       const QString& strSuffix = {});
+
+/// The button of a run: its icon, its status tip, 30 pixels high at least.
+QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold);
 
 /// An empty table of point groups, whose rows are selected whole and one at a time: "Label", which takes
 /// the spare width, "Count" and a narrow column without a title for the colour.

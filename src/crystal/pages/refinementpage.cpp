@@ -5,18 +5,15 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
-#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 namespace {
 
-const int g_nRunButtonHeight = 30;  // pixels
-const int g_nSpinWidth = 95;        // pixels
+const int g_nSpinWidth = 95;  // pixels
 
 /// A group of a lower and an upper limit in one row.
 QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleSpinBox* pSpinHigh,
@@ -48,12 +45,8 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     m_pCheckRefine2D = new QCheckBox(tr("Refine 2D Positions to Sub-pixel Accuracy"), this);
     m_pCheckOutputPeakList = new QCheckBox(tr("Output Peak List to the Message Window"), this);
 
-    m_pButtonRunRefinement = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("&Run"), this);
-    m_pButtonRunRefinement->setStatusTip(tr("Run unit cell refinement using indexed peaks in the frames"));
-    m_pButtonRunRefinement->setMinimumHeight(g_nRunButtonHeight);
-    QFont font = m_pButtonRunRefinement->font();
-    font.setWeight(QFont::Bold);
-    m_pButtonRunRefinement->setFont(font);
+    m_pButtonRunRefinement = makeRunButton(
+        this, tr("&Run"), tr("Run unit cell refinement using indexed peaks in the frames"), true);
 
     m_pButtonRunRefinementFromList = new QPushButton(tr("&Run from HKL list..."), this);
     m_pButtonRunRefinementFromList->setStatusTip(tr("Run unit cell refinement using an hkl list in file"));

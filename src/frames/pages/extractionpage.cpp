@@ -8,10 +8,8 @@
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
 #include <QEvent>
-#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -20,8 +18,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-const int g_nRunButtonHeight = 30;  // pixels
 
 QSpinBox* makePixelSpin(QWidget* pParent, int nStart)
 {
@@ -62,13 +58,8 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
 
     m_pCheckShowEstimated = new QCheckBox(tr("Show Estimated Peak Position"), this);
 
-    m_pButtonRun = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Run"), this);
-    m_pButtonRun->setStatusTip(tr("Run intensity extraction"));
+    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Run intensity extraction"), true);
     m_pButtonRun->setToolTip(tr("Refines the positions of the indexed peaks on the frames"));
-    m_pButtonRun->setMinimumHeight(g_nRunButtonHeight);
-    QFont font = m_pButtonRun->font();
-    font.setWeight(QFont::Bold);
-    m_pButtonRun->setFont(font);
 
     explain(m_pSpinWindowRadius,
             tr("Radius of the disc whose pixels are summed by \"Extract Intensities\", and of "

@@ -17,18 +17,6 @@
 
 namespace {
 
-QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
-                         double dfStep, const QString& strSuffix = {})
-{
-    auto* pSpin = new QDoubleSpinBox(pParent);
-    pSpin->setDecimals(nDecimals);
-    pSpin->setRange(dfLimitLow, dfLimitHigh);
-    pSpin->setSingleStep(dfStep);
-    pSpin->setSuffix(strSuffix);
-    pSpin->setAlignment(Qt::AlignRight);
-    return pSpin;
-}
-
 QTableWidget* makeFileTable(QWidget* pParent)
 {
     auto* pTable = new QTableWidget(0, 4, pParent);
@@ -57,15 +45,15 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pFilesLayout->addWidget(m_pFileTable);
     pPageLayout->addWidget(pFiles, 1);
 
-    m_pWavelengthSpin = makeSpin(this, 0, 10000, 6, 0.0005, QStringLiteral(" Å"));
-    m_pPixelSizeSpin = makeSpin(this, 0, 10000, 6, 0.00005, QStringLiteral(" Å⁻¹"));
-    m_pRotationAxisSpin = makeSpin(this, -180, 180, 1, 0.1, QStringLiteral("°"));
+    m_pWavelengthSpin = makeDoubleSpin(this, 0, 10000, 6, 0.0005, 0, QStringLiteral(" Å"));
+    m_pPixelSizeSpin = makeDoubleSpin(this, 0, 10000, 6, 0.00005, 0, QStringLiteral(" Å⁻¹"));
+    m_pRotationAxisSpin = makeDoubleSpin(this, -180, 180, 1, 0.1, 0, QStringLiteral("°"));
     m_pShowAxisCheck = new QCheckBox(tr("Show On EDP"), this);
-    m_pTiltRelaxationSpin = makeSpin(this, -180, 180, 1, 1, QStringLiteral("°"));
+    m_pTiltRelaxationSpin = makeDoubleSpin(this, -180, 180, 1, 1, 0, QStringLiteral("°"));
 
     auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
-    m_pContrastMinSpin = makeSpin(pContrast, -1000000, 1000000, 2, 10);
-    m_pContrastMaxSpin = makeSpin(pContrast, -1000000, 1000000, 2, 10);
+    m_pContrastMinSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
+    m_pContrastMaxSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
     auto* pContrastLayout = new QGridLayout(pContrast);
     pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
     pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);
@@ -115,10 +103,7 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
 
     auto* pPlay = new QGroupBox(tr("Auto Play"), this);
     auto* pPlayLayout = new QHBoxLayout(pPlay);
-    m_pPlayDelaySpin = new QSpinBox(pPlay);
-    m_pPlayDelaySpin->setRange(0, 1000000);
-    m_pPlayDelaySpin->setSingleStep(10);
-    m_pPlayDelaySpin->setSuffix(QStringLiteral(" ms"));
+    m_pPlayDelaySpin = makeIntSpin(pPlay, 0, 1000000, 10, 0, QStringLiteral(" ms"));
     m_pPlayDelaySpin->setMaximumWidth(70);
     m_pPlayDelaySpin->setAlignment(Qt::AlignRight);
     m_pPlayForwardButton = new QPushButton(QStringLiteral("►"), pPlay);

@@ -5,12 +5,10 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
-#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
@@ -18,23 +16,17 @@
 
 namespace {
 
-const int g_nRunButtonHeight = 30;  // pixels
-
-QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, double dfStep,
-                         const QString& strSuffix)
+QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                         double dfStep, const QString& strSuffix)
 {
-    auto* pSpin = new QDoubleSpinBox(pParent);
-    pSpin->setRange(dfLimitLow, dfLimitHigh);
-    pSpin->setSingleStep(dfStep);
-    pSpin->setSuffix(strSuffix);
-    pSpin->setAlignment(Qt::AlignRight);
+    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, dfLimitLow, dfLimitHigh, nDecimals, dfStep, 0, strSuffix);
     pSpin->setGroupSeparatorShown(true);
     return pSpin;
 }
 
-QDoubleSpinBox* makeRadiusSpin(QWidget* pParent, double dfStep)
+QDoubleSpinBox* makeRadiusSpin(QWidget* pParent, double dfStep, int nDecimals = 2)
 {
-    return makeSpin(pParent, 0, 1000, dfStep, QStringLiteral(" pix."));
+    return makeSpin(pParent, 0, 1000, nDecimals, dfStep, QStringLiteral(" pix."));
 }
 
 QTableWidget* makeMaskTable(QWidget* pParent)
@@ -60,7 +52,7 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
 
     m_pPeakRadiusSpin = makeRadiusSpin(pSearch, 0.5);
     m_pBackgroundRadiusSpin = makeRadiusSpin(pSearch, 0.5);
-    m_pThresholdSpin = makeSpin(pSearch, -100000, 1000000, 0.1, {});
+    m_pThresholdSpin = makeSpin(pSearch, -100000, 1000000, 2, 0.1, {});
     // A preview costs transforms of the whole frame: one for each finished edit, not for each key.
     for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
         pSpin->setKeyboardTracking(false);
@@ -99,10 +91,8 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
 
     auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
-    m_pIntegrationRadiusSpin = makeRadiusSpin(pIntegration, 0.1);
-    m_pIntegrationBackgroundSpin = makeRadiusSpin(pIntegration, 0.1);
-    m_pIntegrationRadiusSpin->setDecimals(1);
-    m_pIntegrationBackgroundSpin->setDecimals(1);
+    m_pIntegrationRadiusSpin = makeRadiusSpin(pIntegration, 0.1, 1);
+    m_pIntegrationBackgroundSpin = makeRadiusSpin(pIntegration, 0.1, 1);
     pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
     pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
     pIntegrationLayout->addWidget(new QLabel(tr("Background"), pIntegration), 1, 0);
@@ -110,12 +100,7 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     pIntegrationLayout->setColumnStretch(1, 1);
     pGrid->addWidget(pIntegration, 6, 0, 1, 2);
 
-    m_pRunButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Run"), pSearch);
-    m_pRunButton->setStatusTip(tr("Hunting peaks in diffraction patterns"));
-    m_pRunButton->setMinimumHeight(g_nRunButtonHeight);
-    QFont font = m_pRunButton->font();
-    font.setWeight(QFont::Bold);
-    m_pRunButton->setFont(font);
+    m_pRunButton = makeRunButton(pSearch, tr("Run"), tr("Hunting peaks in diffraction patterns"), true);
     explain(m_pPeakRadiusSpin,
             tr("Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a "
                "spot. Lower both radii if close or weak spots are missed or run together."));

@@ -9,7 +9,6 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
@@ -17,8 +16,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-const int g_nRunButtonHeight = 30;  // pixels
 
 QTableWidget* makeShiftTable(QWidget* pParent)
 {
@@ -34,10 +31,7 @@ QTableWidget* makeShiftTable(QWidget* pParent)
 
 QDoubleSpinBox* makeCenterSpin(QWidget* pParent)
 {
-    auto* pSpin = new QDoubleSpinBox(pParent);
-    pSpin->setRange(0, 100000);
-    pSpin->setDecimals(2);
-    pSpin->setAlignment(Qt::AlignRight);
+    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, 0, 100000, 2, 1, 0);
     pSpin->setGroupSeparatorShown(true);
     return pSpin;
 }
@@ -57,9 +51,7 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
     pRegionLayout->addStretch();
     pPageLayout->addWidget(pRegion);
 
-    m_pRunButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Run"), this);
-    m_pRunButton->setStatusTip(tr("Run shift evaluation"));
-    m_pRunButton->setMinimumHeight(g_nRunButtonHeight);
+    m_pRunButton = makeRunButton(this, tr("Run"), tr("Run shift evaluation"), false);
     m_pRunButton->setEnabled(false);
     pPageLayout->addWidget(m_pRunButton);
 
