@@ -10,12 +10,13 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
         return false;
     }
     QList<Vec3D> listNew;
-    CMatrix3 matBasis;
-    for (int n = 0; n < 3; ++n)
-        matBasis.setRow(n + 1, listCellFound[n]);
-
+    CMatrix3 matRows, matColumns;
+    for (int n = 0; n < 3; ++n) {
+        matRows.setRow(n + 1, listCellFound[n]);
+        matColumns.setColumn(n, listCellFound[n]);
+    }
     if (space == TransformationSpace::Reciprocal) {
-        const CMatrix3 matNew = matrix.multiplied(matBasis);
+        const CMatrix3 matNew = matrix.multiplied(matRows);
         listNew = {matNew.getRow(1), matNew.getRow(2), matNew.getRow(3)};
     } else {
         // Written so that a determinant that is no number is refused too.
@@ -23,7 +24,7 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
             report.addMessage(QStringLiteral("TransformUnitCell: singlular matrix!"), Qt::red);
             return false;
         }
-        const CMatrix3 matNew = matBasis.transposed().multiplied(matrix.inverted());
+        const CMatrix3 matNew = matColumns.multiplied(matrix.inverted());
         listNew = {matNew.getColumn(0), matNew.getColumn(1), matNew.getColumn(2)};
     }
     for (const Vec3D& v : qAsConst(listNew))
