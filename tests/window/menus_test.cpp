@@ -27,12 +27,12 @@ QString contents(const QWidget* pBar)
 bool isHeard(const QObject* pObject, const char* pszSignal)
 {
     struct Open : QObject {
-        using QObject::isSignalConnected;
+        static auto isConnected() { return &Open::isSignalConnected; }  // which is protected
     };
     const QMetaObject* pMeta = pObject->metaObject();
     for (int i = 0; i < pMeta->methodCount(); ++i)
         if (pMeta->method(i).methodType() == QMetaMethod::Signal && pMeta->method(i).name() == pszSignal &&
-            static_cast<const Open*>(pObject)->isSignalConnected(pMeta->method(i)))
+            (pObject->*Open::isConnected())(pMeta->method(i)))
             return true;
     return false;
 }
