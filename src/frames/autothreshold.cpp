@@ -58,13 +58,14 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
                            CPeakFilters& filters, CRunReport& report, double& dfThreshold)
 {
     CAcmlFft fft;
-    CImgObj<COMPLEX> imgSpectrum, imgProduct;
+    FrameSpectrum spectrum;
+    CImgObj<COMPLEX> imgProduct;
     CImgObj<float> imgBandPass;
     std::vector<float> vecThreshold;
     const auto estimate = [&](const CImgObj<float>& imgFrame) {
-        if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0 ||
+        if (frameSpectrum(imgFrame, fft, spectrum) < 0 ||
             !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
-            !filterSpectrum(imgSpectrum, filters, fft, imgProduct, nullptr, &imgBandPass))
+            !filterSpectrum(spectrum, filters, fft, imgProduct, nullptr, &imgBandPass))
             return;
         // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
         const double dfFrame = std::max(g_dfDeviations * robustSpread(samplePixels(imgBandPass)).dfDeviation,

@@ -2,72 +2,61 @@
 
 #include "frames/badpixels.h"
 
-qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, CImgObj<COMPLEX>& imgSpectrum)
+#include <cstddef>
+
+qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum)
 {
     const int nWidth = imgFrame.Width();
     const int nHeight = imgFrame.Height();
     if (!imgFrame.Data() || nWidth < 1 || nHeight < 1)
         return -1;
-    imgSpectrum.Create(nWidth, nHeight);
+    spectrum.nWidth = spectrum.nHeight = 0;
+    spectrum.imgHalf.Create(nHeight, int(CAcmlFft::HalfCount(nWidth, nHeight) / std::size_t(nHeight)));
     const qint64 nPixels = qint64(nWidth) * nHeight;
     qint64 nBad = 0;
     const float fMean = float(meanOfUsablePixels(imgFrame, nBad));
-    const float* pFrame = imgFrame.Data();
-    COMPLEX* pSpectrum = imgSpectrum.Data();
-    for (qint64 i = 0; i < nPixels; ++i)
-        pSpectrum[i] = {isUsablePixel(pFrame[i]) ? pFrame[i] - fMean : 0.f, 0.f};
-    if (!fft.Transform(pSpectrum, nWidth, nHeight, -1))
+    const auto lessMean = [&](int nRow, float* pRow) {
+        const float* pFrame = imgFrame.Data() + qint64(nRow) * nWidth;
+        for (int x = 0; x < nWidth; ++x)
+            pRow[x] = pFrame[x] - fMean;
+        for (int x = 0; nBad > 0 && x < nWidth; ++x)
+            if (!isUsablePixel(pFrame[x]))
+                pRow[x] = 0.f;
+    };
+    if (!fft.TransformReal(lessMean, nWidth, nHeight, spectrum.imgHalf.Data()))
         return -1;
-    pSpectrum[0].re += float(double(fMean) * double(nPixels));
+    spectrum.imgHalf.Data()[0].re += float(double(fMean) * double(nPixels));
+    spectrum.nWidth = nWidth;
+    spectrum.nHeight = nHeight;
     return nBad;
 }
 
-bool filterSpectrum(const CImgObj<COMPLEX>& imgSpectrum, const CPeakFilters& filters, CAcmlFft& fft,
+bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, CAcmlFft& fft,
                     CImgObj<COMPLEX>& imgProduct, CImgObj<float>* pSmooth, CImgObj<float>* pBandPass)
 {
-    const int nWidth = imgSpectrum.Width();
-    const int nHeight = imgSpectrum.Height();
-    const auto hasSize = [&](const CImgObj<float>& img) {
-        return img.Data() && img.Width() == nWidth && img.Height() == nHeight;
+    const int nWidth = spectrum.nWidth;
+    const int nHeight = spectrum.nHeight;
+    if (nWidth < 1 || filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight)
+        return false;
+    imgProduct.Create(2 * spectrum.imgHalf.Width(), spectrum.imgHalf.Height());
+    const double dfMean = double(spectrum.imgHalf.Data()[0].re) / (double(nWidth) * nHeight);
+    const auto image = [&](CImgObj<float>* pImage, const CImgObj<float>& imgFilter) {
+        if (!pImage)
+            return CAcmlFft::FilteredImage();
+        pImage->Create(nWidth, nHeight);
+        return CAcmlFft::FilteredImage{pImage->Data(), float(dfMean * double(imgFilter.Data()[0]))};
     };
-    if (!imgSpectrum.Data() || !hasSize(filters.m_imgFilterSmooth) || !hasSize(filters.m_imgFilterBandPass))
-        return false;
-    const qint64 nPixels = qint64(nWidth) * nHeight;
-    imgProduct.Create(nWidth, nHeight);
-    const COMPLEX* pSpectrum = imgSpectrum.Data();
-    const float* pSmoothFilter = filters.m_imgFilterSmooth.Data();
-    const float* pBandFilter = filters.m_imgFilterBandPass.Data();
-    COMPLEX* pProduct = imgProduct.Data();
-    for (qint64 i = 0; i < nPixels; ++i) {
-        const COMPLEX f = pSpectrum[i];
-        pProduct[i] = {f.re * pSmoothFilter[i] - f.im * pBandFilter[i],
-                       f.re * pBandFilter[i] + f.im * pSmoothFilter[i]};
-    }
-    pProduct[0] = {0.f, 0.f};
-    if (!fft.Transform(pProduct, nWidth, nHeight, 1))
-        return false;
-    const double dfMean = double(pSpectrum[0].re) / double(nPixels);
-    if (pSmooth) {
-        pSmooth->Create(nWidth, nHeight);
-        const float fOffset = float(dfMean * double(pSmoothFilter[0]));
-        for (qint64 i = 0; i < nPixels; ++i)
-            pSmooth->Data()[i] = pProduct[i].re + fOffset;
-    }
-    if (pBandPass) {
-        pBandPass->Create(nWidth, nHeight);
-        const float fOffset = float(dfMean * double(pBandFilter[0]));
-        for (qint64 i = 0; i < nPixels; ++i)
-            pBandPass->Data()[i] = pProduct[i].im + fOffset;
-    }
-    return true;
+    return fft.TransformFiltered(spectrum.imgHalf.Data(), filters.m_imgFilterPair.Data(), nWidth, nHeight,
+                                 imgProduct.Data(), image(pSmooth, filters.m_imgFilterSmooth),
+                                 image(pBandPass, filters.m_imgFilterBandPass)) != 0;
 }
 
-bool calBandPassImage(const CImgObj<COMPLEX>& imgSpectrum, const PeakHuntingParameters& parameters,
+bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters& parameters,
                       CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgProduct,
                       CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth)
 {
-    if (!updatePeakFilters(parameters, imgSpectrum.Width(), imgSpectrum.Height(), filters) ||
-        !filterSpectrum(imgSpectrum, filters, fft, imgProduct, pSmooth, &imgBandPass))
+    if (!updatePeakFilters(parameters, spectrum.nWidth, spectrum.nHeight, filters) ||
+        !filterSpectrum(spectrum, filters, fft, imgProduct, pSmooth, &imgBandPass))
         return false;
     float* p = imgBandPass.Data();
     const qint64 nPixels = qint64(imgBandPass.Width()) * imgBandPass.Height();

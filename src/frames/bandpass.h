@@ -9,24 +9,30 @@
 
 #include <QtGlobal>
 
-/// Spectrum of a frame in natural layout.
+/// What of a frame's spectrum says all of it: the half that CAcmlFft::TransformReal() makes.
+struct FrameSpectrum {
+    CImgObj<COMPLEX> imgHalf;  ///< columns of the spectrum as rows
+    int nWidth = 0;            ///< of the frame, pixels
+    int nHeight = 0;
+};
+
+/// Spectrum of a frame.
 ///
 /// One pixel without a usable number (infinite, NaN, or beyond 1e30 in size) would spoil every
 /// pixel of the filtered frame; such pixels take part with the mean of the others, or 0 if there
 /// are none. The mean goes around the transform rather than through it, so that a constant frame
 /// has a zero frequency and exact zeros elsewhere at every size.
 /// @return the number of pixels so replaced; -1, with nothing written, for an image without pixels
-qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, CImgObj<COMPLEX>& imgSpectrum);
+qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum);
 
 /// Smoothed and band-passed image of a frame from its spectrum, by filters that fit its size.
 ///
 /// Both filters are real and even, so smoothed + i * band-passed takes one backward transform. The
 /// zero frequency is added as a constant after it: a constant frame stays exactly constant.
-/// @param imgSpectrum  natural layout, not changed
 /// @param imgProduct   work space
 /// @param pSmooth, pBandPass  take the images where given
 /// @return false, with nothing written, for no pixels or filters of another size
-bool filterSpectrum(const CImgObj<COMPLEX>& imgSpectrum, const CPeakFilters& filters, CAcmlFft& fft,
+bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, CAcmlFft& fft,
                     CImgObj<COMPLEX>& imgProduct, CImgObj<float>* pSmooth, CImgObj<float>* pBandPass);
 
 /// The band-passed image of a frame from its spectrum; values below -100 become 0.
@@ -34,6 +40,6 @@ bool filterSpectrum(const CImgObj<COMPLEX>& imgSpectrum, const CPeakFilters& fil
 /// @param filters  brought up to date for the parameters and the size; only read if they fit already
 /// @param pSmooth  takes the smoothed frame where given
 /// @return false, with nothing written, for an image without pixels
-bool calBandPassImage(const CImgObj<COMPLEX>& imgSpectrum, const PeakHuntingParameters& parameters,
+bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters& parameters,
                       CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgProduct,
                       CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth = nullptr);

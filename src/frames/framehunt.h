@@ -23,7 +23,7 @@ struct FramePeaks {
 /// Work images of one hunting thread, kept from frame to frame so that they are allocated once.
 struct FrameHuntWork {
     CAcmlFft fft;
-    CImgObj<COMPLEX> imgSpectrum;
+    FrameSpectrum spectrum;
     CImgObj<COMPLEX> imgProduct;
     CImgObj<float> imgSmooth;    ///< the smoothed frame
     CImgObj<float> imgBandPass;  ///< the band-passed frame

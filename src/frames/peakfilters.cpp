@@ -7,6 +7,8 @@
 
 #include <QtGlobal>
 
+#include <cstddef>
+
 namespace {
 
 // The transform of an image that is real and even: its real part. False when there is no transform.
@@ -21,6 +23,19 @@ bool makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& 
     imgFilter.Create(nWidth, nHeight);
     ComplexToFloat(imgSpectrum.Data(), imgFilter.Data(), nWidth * nHeight, 2);
     return true;
+}
+
+// Both filters side by side, column after column up to half the width.
+void makePair(const CImgObj<float>& imgSmooth, const CImgObj<float>& imgBandPass, CImgObj<COMPLEX>& imgPair)
+{
+    const int nWidth = imgSmooth.Width();
+    const int nHeight = imgSmooth.Height();
+    imgPair.Create(nHeight, int(CAcmlFft::HalfCount(nWidth, nHeight) / std::size_t(nHeight)));
+    imgPair.Clear();
+    for (qint64 x = 0; x < nWidth / 2 + 1; ++x)
+        for (qint64 y = 0; y < nHeight; ++y)
+            imgPair.Data()[x * nHeight + y] = {imgSmooth.Data()[y * nWidth + x],
+                                               imgBandPass.Data()[y * nWidth + x]};
 }
 
 }  // namespace
@@ -60,6 +75,7 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
         if (!makeFilter(imgKernel, fft, filters.m_imgFilterBandPass))
             return false;
     }
+    makePair(filters.m_imgFilterSmooth, filters.m_imgFilterBandPass, filters.m_imgFilterPair);
     filters.m_dfFilterPeakRadius = parameters.m_dfPeakRadius;
     filters.m_dfFilterBackgroundRadius = parameters.m_dfBackgroundRadius;
     filters.m_dfFilterSmoothRadius = parameters.m_dfSmoothRadius;

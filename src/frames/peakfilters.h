@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/records/runparameters.h"
+#include "imaging/complex.h"
 #include "imaging/imgobj.h"
 
 /// The smoothing and the band-pass filter, with what they were made for.
@@ -12,6 +13,7 @@ class CPeakFilters {
 public:
     CImgObj<float> m_imgFilterSmooth;    ///< G(smoothing radius) in Fourier space
     CImgObj<float> m_imgFilterBandPass;  ///< G(peak radius) - G(background radius) in Fourier space
+    CImgObj<COMPLEX> m_imgFilterPair;    ///< smoothing + i * band-pass, laid out for TransformFiltered()
     double m_dfFilterPeakRadius = -1;    ///< sigma in pixels that the filters were made for
     double m_dfFilterBackgroundRadius = -1;
     double m_dfFilterSmoothRadius = -1;

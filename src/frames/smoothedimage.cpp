@@ -10,14 +10,15 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
                          CPeakFilters& filters, const QString& strFileName, CRunReport& report)
 {
     CAcmlFft fft;
-    CImgObj<COMPLEX> imgSpectrum, imgProduct;
+    FrameSpectrum spectrum;
+    CImgObj<COMPLEX> imgProduct;
     CImgObj<float> imgSmooth;
-    if (frameSpectrum(imgFrame, fft, imgSpectrum) < 0) {
+    if (frameSpectrum(imgFrame, fft, spectrum) < 0) {
         report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
         return false;
     }
     updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
-    filterSpectrum(imgSpectrum, filters, fft, imgProduct, &imgSmooth, nullptr);
+    filterSpectrum(spectrum, filters, fft, imgProduct, &imgSmooth, nullptr);
     const QFileInfo info(strFileName);
     const QString strTarget = info.absolutePath() + QStringLiteral("/N") + info.baseName() +
                               QStringLiteral(".mrc");

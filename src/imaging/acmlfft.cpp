@@ -55,6 +55,30 @@ struct LinePlan {
     }
 };
 
+// Transforms of nBlock real rows of one length into the halves of their spectra.
+struct RealRowPlan {
+    fftwf_plan plan = nullptr;
+
+    RealRowPlan() = default;
+    RealRowPlan(const RealRowPlan&) = delete;
+    RealRowPlan& operator=(const RealRowPlan&) = delete;
+    ~RealRowPlan()
+    {
+        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        if (plan)
+            fftwf_destroy_plan(plan);
+    }
+
+    bool make(int nLength, int nStride, COMPLEX* pIn, COMPLEX* pOut)
+    {
+        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        if (!plan)
+            plan = fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn), nullptr, 1,
+                                           nStride, asFftw(pOut), nullptr, 1, nStride, FFTW_ESTIMATE);
+        return plan != nullptr;
+    }
+};
+
 int paddedStride(int nLength)
 {
     return (nLength + 7) / 8 * 8 + 8;
@@ -80,6 +104,7 @@ struct CAcmlFft::Plan {
     Scratch pOut;
     LinePlan row;
     LinePlan column;
+    RealRowPlan realRow;  // made when it is first asked for
 };
 
 CAcmlFft::CAcmlFft() = default;
@@ -149,6 +174,135 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
                 pColumns[std::size_t(y) * nRowLength + std::size_t(i)] = {value.re * fScale,
                                                                           value.im * fScale};
             }
+    }
+    return 1;
+}
+
+std::size_t CAcmlFft::HalfCount(int nWidth, int nHeight)
+{
+    return std::size_t((nWidth / 2 + nBlock) / nBlock * nBlock) * std::size_t(nHeight);
+}
+
+int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf)
+{
+    if (!pHalf || !Init(nWidth, nHeight))
+        return 0;
+    COMPLEX* pIn = m_pComm->pIn.get();
+    COMPLEX* pOut = m_pComm->pOut.get();
+    const int nRowStride = m_pComm->row.nStride;
+    if (!m_pComm->realRow.make(nWidth, nRowStride, pIn, pOut))
+        return 0;
+
+    // Block after block of nBlock columns: at first row after row within each, so that the columns of a block
+    // lie together, then column after column.
+    const int nColumns = nWidth / 2 + 1;
+    for (int y = 0; y < nHeight; y += nBlock) {
+        const int nLines = std::min(nBlock, nHeight - y);
+        for (int i = 0; i < nLines; i++)
+            fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
+        fftwf_execute(m_pComm->realRow.plan);
+        for (int x = 0; x < nColumns; x += nBlock) {
+            COMPLEX* pTarget = pHalf + std::size_t(x) * std::size_t(nHeight) + std::size_t(y) * nBlock;
+            const std::size_t nUsed = std::size_t(std::min(nBlock, nColumns - x));
+            for (int i = 0; i < nLines; i++, pTarget += nBlock) {
+                std::copy_n(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
+                std::fill(pTarget + nUsed, pTarget + nBlock, COMPLEX{0.f, 0.f});
+            }
+        }
+    }
+    const int nStride = m_pComm->column.nStride;
+    for (int x = 0; x < nColumns; x += nBlock) {
+        COMPLEX* pBlock = pHalf + std::size_t(x) * std::size_t(nHeight);
+        for (int y = 0; y < nHeight; y++)
+            for (int i = 0; i < nBlock; i++)
+                pIn[i * nStride + y] = pBlock[y * nBlock + i];
+        fftwf_execute(m_pComm->column.planForward);
+        for (int i = 0; i < nBlock; i++)
+            std::copy_n(pOut + std::ptrdiff_t(i) * nStride, nHeight, pBlock + std::ptrdiff_t(i) * nHeight);
+    }
+    return 1;
+}
+
+int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
+                                COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB)
+{
+    if (!pHalf || !pFilter || !pWork || !Init(nWidth, nHeight))
+        return 0;
+    COMPLEX* pIn = m_pComm->pIn.get();
+    COMPLEX* pOut = m_pComm->pOut.get();
+    const int nStride = m_pComm->column.nStride;
+    const int nColumns = nWidth / 2 + 1;
+    const std::size_t nBlockSize = std::size_t(nBlock) * std::size_t(nHeight);
+
+    // The work space holds two blocks for each of the spectrum, row after row: its columns x … x + 7, and
+    // those that mirror them, −x − 7 … −x.
+    const auto transformInto = [&](COMPLEX* pBlock) {
+        fftwf_execute(m_pComm->column.planBackward);
+        for (int y = 0; y < nHeight; y++)
+            for (int i = 0; i < nBlock; i++)
+                pBlock[y * nBlock + i] = pOut[i * nStride + y];
+    };
+    for (int x = 0; x < nColumns; x += nBlock) {
+        const COMPLEX* pF = pHalf + std::size_t(x) * std::size_t(nHeight);
+        const COMPLEX* pS = pFilter + std::size_t(x) * std::size_t(nHeight);
+        COMPLEX* pBlock = pWork + 2 * std::size_t(x) * std::size_t(nHeight);
+        for (int i = 0; i < nBlock; i++) {
+            COMPLEX* pColumn = pIn + std::ptrdiff_t(i) * nStride;
+            const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
+            const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
+            for (int y = 0; y < nHeight; y++)
+                pColumn[y] = {pf[y].re * ps[y].re - pf[y].im * ps[y].im,
+                              pf[y].re * ps[y].im + pf[y].im * ps[y].re};
+        }
+        if (x == 0)
+            pIn[0] = {0.f, 0.f};
+        transformInto(pBlock);
+        for (int i = 0; i < nBlock; i++) {
+            COMPLEX* pColumn = pIn + std::ptrdiff_t(nBlock - 1 - i) * nStride;
+            const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
+            const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
+            pColumn[0] = {pf[0].re * ps[0].re + pf[0].im * ps[0].im,
+                          pf[0].re * ps[0].im - pf[0].im * ps[0].re};
+            for (int y = 1; y < nHeight; y++) {
+                const COMPLEX f = pf[nHeight - y];
+                const COMPLEX s = ps[nHeight - y];
+                pColumn[y] = {f.re * s.re + f.im * s.im, f.re * s.im - f.im * s.re};
+            }
+        }
+        transformInto(pBlock + nBlockSize);
+    }
+
+    const float fScale = float(1.0 / (double(nWidth) * nHeight));
+    const int nRowStride = m_pComm->row.nStride;
+    const int nMirrored = (nWidth + 1) / 2;  // 0 and, at even widths, nWidth/2 are their own mirrors
+    for (int y = 0; y < nHeight; y += nBlock) {
+        const int nLines = std::min(nBlock, nHeight - y);
+        for (int x = 0; x < nColumns; x += nBlock) {
+            const COMPLEX* pBlock = pWork + 2 * std::size_t(x) * std::size_t(nHeight) +
+                                    std::size_t(y) * nBlock;
+            const COMPLEX* pMirror = pBlock + nBlockSize;
+            const int nUsed = std::min(nBlock, nColumns - x);
+            const int nFirst = x == 0 ? 1 : 0;
+            const int nLast = std::min(nBlock, nMirrored - x);
+            for (int i = 0; i < nLines; i++, pBlock += nBlock, pMirror += nBlock) {
+                COMPLEX* pRow = pIn + std::ptrdiff_t(i) * nRowStride;
+                std::copy_n(pBlock, nUsed, pRow + x);
+                if (nFirst < nLast)
+                    std::copy(pMirror + nBlock - nLast, pMirror + nBlock - nFirst,
+                              pRow + nWidth - x - nLast + 1);
+            }
+        }
+        fftwf_execute(m_pComm->row.planBackward);
+        for (int i = 0; i < nLines; i++) {
+            const COMPLEX* pRow = pOut + std::ptrdiff_t(i) * nRowStride;
+            const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
+            if (imgS.pData)
+                for (int x = 0; x < nWidth; x++)
+                    imgS.pData[nStart + std::size_t(x)] = pRow[x].re * fScale + imgS.fConstant;
+            if (imgB.pData)
+                for (int x = 0; x < nWidth; x++)
+                    imgB.pData[nStart + std::size_t(x)] = pRow[x].im * fScale + imgB.fConstant;
+        }
     }
     return 1;
 }

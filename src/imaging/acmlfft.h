@@ -3,6 +3,8 @@
 
 #include "imaging/complex.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 
 /// An in-place complex 2D transform over FFTW's one-dimensional plans in single precision: all rows,
@@ -30,6 +32,36 @@ public:
     /// @param nDirection  −1 forward, any other value backward
     /// @return 1, or 0 with the data as they were: null data or no plan
     int Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection);
+
+    /// Fills one row of a real image: nWidth floats.
+    using FnFillRow = std::function<void(int nRow, float* pRow)>;
+    /// Elements of the half spectrum of a real image: the columns 0 … nWidth/2, each nHeight elements on
+    /// end, up to a whole number of blocks. The others follow from F(−k) = conj F(k).
+    static std::size_t HalfCount(int nWidth, int nHeight);
+
+    /// Forward transform of a real image, which is half the work of Transform().
+    /// @param fnRow  called once for each row, upwards
+    /// @param pHalf  takes HalfCount() elements; the last columns of the last block are left as they were
+    /// @return 1, or 0 with nothing called: null data or no plan
+    int TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf);
+
+    /// An image that TransformFiltered() makes.
+    struct FilteredImage {
+        float* pData = nullptr;  ///< takes nWidth × nHeight pixels; null: not wanted
+        float fConstant = 0.f;   ///< added to each of them
+    };
+
+    /// Backward transform of a real image's spectrum times S + i·B, two even real filters: the real part
+    /// is the image filtered by S, the imaginary part that by B.
+    ///
+    /// The zero frequency is left out: single precision carries the constant that it stands for better
+    /// beside the transform.
+    /// @param pHalf    of TransformReal(), not changed
+    /// @param pFilter  S + i·B in the layout of pHalf
+    /// @param pWork    2 × HalfCount() elements of work space
+    /// @return 1, or 0 with nothing written: null data or no plan
+    int TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
+                          COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB);
 
     /// Lets the plan go.
     void Free();

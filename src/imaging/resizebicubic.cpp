@@ -43,6 +43,30 @@ std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
     return vecTaps;
 }
 
+// Target pixels that are made together: an enlargement has many on end of the same samples.
+constexpr std::size_t nTogether = 8;
+
+// nCount target pixels of one row, all of the same 16 samples. Each sums its samples in the same order.
+template <std::size_t nCount>
+void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const float*, 4>& apRow,
+                float* pTarget)
+{
+    std::array<std::array<float, nCount>, 4> afWeight;
+    for (std::size_t i = 0; i < nCount; i++)
+        for (std::size_t n = 0; n < 4; n++)
+            afWeight[n][i] = pTapsX[i].afWeight[n];
+    std::array<float, nCount> afSum{};
+    for (std::size_t m = 0; m < 4; m++)
+        for (std::size_t n = 0; n < 4; n++) {
+            const float fSample = apRow[m][pTapsX->anIndex[n]];
+            const float fWeight = tapsY.afWeight[m];
+            for (std::size_t i = 0; i < nCount; i++)
+                afSum[i] += fWeight * afWeight[n][i] * fSample;
+        }
+    for (std::size_t i = 0; i < nCount; i++)
+        pTarget[i] = afSum[i];
+}
+
 }  // namespace
 
 int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
@@ -53,15 +77,20 @@ int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const flo
         return 0;
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
-    for (const Taps& tapsY : vecY)
-        for (const Taps& tapsX : vecX) {
-            float fSum = 0.f;
-            for (std::size_t m = 0; m < 4; m++) {
-                const float* pRow = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
-                for (std::size_t n = 0; n < 4; n++)
-                    fSum += tapsY.afWeight[m] * tapsX.afWeight[n] * pRow[tapsX.anIndex[n]];
+    for (const Taps& tapsY : vecY) {
+        std::array<const float*, 4> apRow;
+        for (std::size_t m = 0; m < 4; m++)
+            apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
+        std::size_t i = 0;
+        while (i < vecX.size())
+            if (i + nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + nTogether - 1].anIndex) {
+                sumSamples<nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
+                i += nTogether;
+            } else {
+                sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
+                i++;
             }
-            *pTarget++ = fSum;
-        }
+        pTarget += nTargetWidth;
+    }
     return 1;
 }

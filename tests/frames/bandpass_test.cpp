@@ -31,7 +31,8 @@ TEST(BandPass, AgreesWithConvolutionInRealSpace)
                                     {31, 17, radii(0, 1.5, 0)}}) {
         const CImgObj<float> img = makeImage(nW, nH, [&](int, int) { return noise(random); });
         CAcmlFft fft;
-        CImgObj<COMPLEX> spectrum, imgWork;
+        FrameSpectrum spectrum;
+        CImgObj<COMPLEX> imgWork;
         CImgObj<float> imgBandPass, imgSmooth;
         ASSERT_EQ(frameSpectrum(img, fft, spectrum), 0);
         ASSERT_TRUE(calBandPassImage(spectrum, p, series.filters, fft, imgWork, imgBandPass, &imgSmooth));
