@@ -1,143 +1,16 @@
 #include "frames/frameloader.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QImage>
-#include <QImageReader>
-#include <QtEndian>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <exception>
-#include <limits>
-#include <new>
-
-#include "app/records/availablememory.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/mrcfile.h"
+#include "imagefiles/picturefile.h"
+
+#include <QFileInfo>
+
+#include <exception>
+#include <limits>
 
 namespace {
-
-/// A picture's size is only its header's word. Below this many pixels it is believed; above, the file
-/// must be long enough for them at deflate's best ratio, 1032, with eight pixels in a byte.
-constexpr int64_t TRUSTED_PIXELS = int64_t(1) << 26;
-constexpr int64_t PIXELS_PER_BYTE = 8 * 1032;
-/// Up to this many pixels nobody asks how much memory is left.
-constexpr int64_t SMALL_PIXELS = int64_t(1) << 24;
-
-/// Why the pixels of a BMP are not all there; empty if they are. The reader itself does not tell.
-QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
-{
-    constexpr int HEAD_SIZE = 54, OLD_HEAD = 12;
-    if (bytesHead.size() < HEAD_SIZE)
-        return {};
-    const auto wordAt = [&](int n) { return qFromLittleEndian<quint32>(bytesHead.constData() + n); };
-    const auto shortAt = [&](int n) { return qFromLittleEndian<quint16>(bytesHead.constData() + n); };
-    int64_t nBytes = wordAt(34);  // of packed pixels, if the file tells it
-    if (wordAt(14) == OLD_HEAD)
-        nBytes = (int64_t(shortAt(18)) * shortAt(24) + 31) / 32 * 4 * shortAt(20);
-    else if (wordAt(30) != 1 && wordAt(30) != 2)  // not run-length packed
-        nBytes = (int64_t(wordAt(18)) * shortAt(28) + 31) / 32 * 4 *
-                 std::abs(int64_t(static_cast<qint32>(wordAt(22))));  // below 0: the first row comes first
-    const int64_t nNeeded = wordAt(10) + nBytes;
-    return nNeeded <= nFileSize ? QString()
-                                : QStringLiteral("truncated: %1 of %2 bytes").arg(nFileSize).arg(nNeeded);
-}
-
-/// Likewise for a JPEG. A reader of JPEG paints what is missing grey.
-QString cutJpeg(const QByteArray& bytes)
-{
-    int n = 2;
-    while (n + 4 <= bytes.size() && bytes[n] == '\xff' && bytes[n + 1] != '\xda')  // to the start of a scan
-        n += bytes[n + 1] == '\xff' ? 1 : 2 + qFromBigEndian<quint16>(bytes.constData() + n + 2);
-    // within a scan, a byte 0xff of the pixels is followed by 0
-    return n < bytes.size() && bytes.indexOf("\xff\xd9", n) >= 0 ? QString()
-                                                                 : QStringLiteral("truncated: no end marker");
-}
-
-/// Why a picture that could be read is not whole; empty if it is, or if its format has readers that tell.
-QString cutPicture(const QString& strFileName, const QByteArray& bytesFormat)
-{
-    QFile file(strFileName);
-    if (bytesFormat == "bmp" && file.open(QIODevice::ReadOnly))
-        return cutBmp(file.read(54), file.size());
-    if (bytesFormat == "jpeg" && file.open(QIODevice::ReadOnly))
-        return cutJpeg(file.readAll());
-    return {};
-}
-
-std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
-{
-    auto pImage = std::make_unique<CImgObj<float>>();
-    if (!pImage->Create(picture.width(), picture.height()))
-        throw std::bad_alloc();
-    float* pfTarget = pImage->Data();
-    constexpr int STRIP = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
-    for (int nTop = 0; nTop < picture.height(); nTop += STRIP) {
-        const QImage strip = picture.copy(0, nTop, picture.width(), std::min(STRIP, picture.height() - nTop))
-                                 .convertToFormat(QImage::Format_RGB32);
-        if (strip.isNull())
-            throw std::bad_alloc();  // QImage tells a lack of memory only so
-        for (int y = 0; y < strip.height(); ++y) {
-            const QRgb* pSource = reinterpret_cast<const QRgb*>(strip.constScanLine(y));
-            for (int x = 0; x < strip.width(); ++x)
-                *pfTarget++ = static_cast<float>(19 * (qRed(pSource[x]) + 2 * qGreen(pSource[x])) +
-                                                 7 * qBlue(pSource[x]));
-        }
-    }
-    return pImage;
-}
-
-int readPicture(const QString& strFileName, ImageList& vecImage, QString& strReason)
-{
-    const QFileInfo info(strFileName);
-    if (info.exists() && !info.isFile()) {
-        strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
-        return 0;
-    }
-    QImageReader reader(strFileName);
-    const QSize size = reader.size();  // -1, -1 when the format tells no size beforehand
-    const int64_t nWidth = std::abs(static_cast<int64_t>(size.width()));
-    const int64_t nHeight = std::abs(static_cast<int64_t>(size.height()));  // a BMP from the top has a minus
-    const int64_t nPixels = nWidth * nHeight;
-    if (nPixels > std::numeric_limits<int>::max() ||
-        (nPixels > TRUSTED_PIXELS && nPixels / PIXELS_PER_BYTE > info.size())) {
-        strReason = QStringLiteral("%1 x %2 pixels in a file of %3 bytes")
-                        .arg(QString::number(size.width()), QString::number(size.height()),
-                             QString::number(info.size()));
-        return 0;
-    }
-    constexpr uint64_t BYTES_PER_PIXEL = 8 + sizeof(float);  // of the largest format, and of the frame
-    if (nPixels > SMALL_PIXELS && !hasMemoryFor(static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL)) {
-        strReason =
-            QStringLiteral("%1 x %2 pixels are more than there is memory for").arg(nWidth).arg(nHeight);
-        return 0;
-    }
-    const QByteArray bytesFormat = reader.format();
-    // What the file has no bytes for stays as it is in the picture that is handed over: black.
-    QImage picture;
-    const int nFormat = static_cast<int>(
-        reader.imageFormat());  // of a damaged JPEG anything, none of the enum
-    if (nFormat > QImage::Format_Invalid && nFormat < QImage::NImageFormats) {
-        picture = QImage(static_cast<int>(nWidth), static_cast<int>(nHeight),
-                         static_cast<QImage::Format>(nFormat));
-        picture.fill(0);
-    }
-    if (!reader.read(&picture)) {
-        strReason = reader.errorString();
-        return 0;
-    }
-    strReason = cutPicture(strFileName, bytesFormat);
-    if (static_cast<int64_t>(picture.width()) * picture.height() > std::numeric_limits<int>::max()) {
-        strReason = QStringLiteral("%1 x %2 pixels").arg(picture.width()).arg(picture.height());
-        return 0;
-    }
-    vecImage.push_back(imageFromPicture(picture));
-    return 1;
-}
 
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
@@ -151,7 +24,7 @@ int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, Q
     }
     if (strSuffix == QLatin1String("mrc"))
         return ReadMRC(strFileName, vecImage, &strReason, nMaxImages);
-    return readPicture(strFileName, vecImage, strReason);
+    return ReadPicture(strFileName, vecImage, strReason);
 }
 
 int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,

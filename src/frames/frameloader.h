@@ -10,16 +10,13 @@
 
 /// Reads one frame file and appends its images to `vecImage`, with the hot pixels repaired.
 ///
-/// The suffix, in lower case, chooses the reader: "dm3", "mrc", and for any other what `QImage` reads.
-/// An MRC stack gives one image per section, the hot pixels repaired on the first alone. A picture gives
-/// 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g.
+/// The suffix, in lower case, chooses the reader: "dm3", "mrc", and for any other what `QImage` reads
+/// (ReadPicture()). An MRC stack gives one image per section, the hot pixels repaired on the first alone.
 ///
 /// A failure logs "%1: failed to load" with `strFileName` in red and then, in red, why. An MRC file that
 /// can be opened but has no section that can be read is no failure: the result is 1 with no image added,
-/// and a red line says why. A stack that ends early gives its whole sections and a black line;
-/// a BMP or JPEG that ends early gives the picture with the missing part black or grey, and such a line.
-/// Pictures of 2^31 pixels or more are refused, and those over 2^26 pixels when the file is too short
-/// for any packing to hold them; also those that there is no memory for.
+/// and a red line says why. A stack that ends early gives its whole sections and a black line; a BMP or JPEG
+/// that ends early gives the picture with the missing part black or grey, and such a line.
 ///
 /// Calls can run side by side when each has its own list and report.
 ///

@@ -92,7 +92,10 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     EXPECT_EQ(pictures("link", ".mrc"),
               "red DIR/link/a.b.mrc and 2 more files are frames of this series and would be "
               "overwritten. Nothing was exported.");
+    ASSERT_TRUE(QFile::link(series.dir.filePath("g.mrc"), series.dir.filePath("g.png")));
+    EXPECT_TRUE(pictures(".", ".png").startsWith("red DIR/./g.png is a frame of this series"));
     EXPECT_EQ(series.content("g.mrc"), bytesFrame);
+    QFile::remove(series.dir.filePath("g.png"));
     EXPECT_TRUE(pictures(".", ".png").endsWith("red >Exporting image series stopped after 1 of 3 frames."));
     EXPECT_TRUE(QFile::exists(series.dir.filePath("a.b.png")) &&
                 !QFile::exists(series.dir.filePath("g.png")));

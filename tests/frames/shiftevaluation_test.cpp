@@ -49,6 +49,10 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
             const QPointF ptOff = pt - g_listDrift[nFrame];
             EXPECT_LT(std::hypot(ptOff.x(), ptOff.y()), nFrame == 0 ? 1e-9 : 0.07) << nFrame;
             EXPECT_EQ(img.Width(), int(dfSide) / 2 * 2);
+            double dfFine = 0;  // waves of 4 pixels, well above what the mask lets through
+            for (int i = 0; i < 128 * 128 && dfSide == 128; i += 2)
+                dfFine += double(img.Data()[i] * (i % 4 ? -1 : 1));
+            EXPECT_NEAR(dfFine, 0, 5);
         };
         ASSERT_TRUE(runShiftEvaluation(series.dataSet, QRectF(40, 30, dfSide, 1), series.report, {}, done));
         EXPECT_EQ(nDone, g_listDrift.size());

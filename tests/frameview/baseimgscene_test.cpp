@@ -60,6 +60,7 @@ TEST_F(Scene, LimitsAndOutputRangesSetTheContrast)
     // The automatic limits leave a thousandth of a ramp of 10000 out at either end.
     m_scene.setImagesAuto(makeFrame(100, 100, [](int x, int y) { return 100 * y + x; }));
     EXPECT_EQ(red(5, 0), 0);
+    EXPECT_EQ(red(0, 1), 2);
     EXPECT_NEAR(red(0, 50), 127, 1);
     EXPECT_EQ(red(95, 99), 255);
 }
@@ -97,16 +98,19 @@ TEST_F(Scene, SwitchesAmongTheImagesOfAFrame)
 
 TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
 {
-    m_scene.setShowProgress(true);
-    ImageList vecLong = makeFrame(8, 8, 1);
-    for (int i = 0; i < 2; i++)
-        vecLong.push_back(std::move(makeFrame(8, 8, 1)[0]));
-    QTimer::singleShot(0, [&] {
-        vecLong.clear();
-        m_scene.setShowProgress(false);
-        m_scene.setImagesLimits(makeFrame(4, 4, 200), {{0, 255}});
-    });
-    m_scene.setImagesLimits(vecLong, RangeList(3, {0, 255}));
-    ASSERT_EQ(m_scene.images().size(), 1u);
-    EXPECT_EQ(red(3, 3), 200);
+    for (bool bGone : {false, true}) {
+        m_scene.setShowProgress(true);
+        ImageList vecLong = makeFrame(8, 8, 1);
+        for (int i = 0; i < 2; i++)
+            vecLong.push_back(std::move(makeFrame(8, 8, 1)[0]));
+        QTimer::singleShot(0, [&] {
+            if (bGone)
+                vecLong.clear();
+            m_scene.setShowProgress(false);
+            m_scene.setImagesLimits(makeFrame(4, 4, 200), {{0, 255}});
+        });
+        m_scene.setImagesLimits(vecLong, RangeList(3, {0, 255}));
+        ASSERT_EQ(m_scene.images().size(), 1u);
+        EXPECT_EQ(red(3, 3), 200);
+    }
 }

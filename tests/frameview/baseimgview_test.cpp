@@ -54,6 +54,7 @@ TEST_F(View, WheelAsksForZoomAndScrollsNothing)
     for (const auto& [ptDelta, phase, nIn, nOut] : {std::tuple(QPoint(0, 1), Qt::NoScrollPhase, 1, 0),
                                                     {QPoint(0, -120), Qt::NoScrollPhase, 0, 1},
                                                     {QPoint(120, 0), Qt::NoScrollPhase, 1, 0},
+                                                    {QPoint(0, 0), Qt::NoScrollPhase, 0, 1},
                                                     {QPoint(0, 0), Qt::ScrollEnd, 0, 0}}) {
         QSignalSpy spyIn(&m_view, &BaseImgView::zoomIn), spyOut(&m_view, &BaseImgView::zoomOut);
         QWheelEvent event(QPointF(50, 50), m_view.viewport()->mapToGlobal(QPoint(50, 50)), QPoint(), ptDelta,

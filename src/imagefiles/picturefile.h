@@ -1,0 +1,19 @@
+// Pictures: frames in the formats that QImage reads.
+#pragma once
+
+#include "imaging/imagelist.h"
+
+#include <QString>
+
+/// Reads a picture and appends it: 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g.
+///
+/// A BMP or JPEG that ends early is read, with the missing part black or grey. A picture's size is only its
+/// header's word: pictures of 2^31 pixels or more are refused, those over 2^26 pixels when the file is too
+/// short for any packing to hold them, and those that memory has no room for. So is what is no file, such as
+/// a pipe, whose opening would wait for its writer.
+///
+/// @param vecImage   unchanged on failure
+/// @param strReason  what is wrong with the file, in words; empty if nothing is
+/// @return 1 on success, else 0
+/// @throws std::bad_alloc when memory runs out
+int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason);
