@@ -237,6 +237,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "number"},
         {"volume-type", "Values of the volume: raw or scaled to 0 to 255; default raw.", "raw|scaled"},
         {"json", "Write a summary of what was found.", "file"},
+        {"summary",
+         "Run nothing: print a table of many series, the worst first, from the files that --json wrote. Bad "
+         "files come first, then failed series, then the others by the share of reflections that were "
+         "indexed. Exit status 1 when there is a bad file or a failed series."},
     });
     for (const NumberOption& option : listNumber) {
         const QString strUnit = option.strUnit.isEmpty() ? QString()
@@ -365,8 +369,9 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
                        "2 bad usage."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("input"),
-                                 QStringLiteral("PROJECT.ed3d, or the images in series order."));
+    parser.addPositionalArgument(
+        QStringLiteral("input"),
+        QStringLiteral("PROJECT.ed3d, or the images in series order; with --summary files of --json."));
     addOptions(parser, listNumber);
 
     if (!parser.parse(listArgument)) {
@@ -385,6 +390,15 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
         return {};
     }
     options.listInput = parser.positionalArguments();
+    options.bSummary = parser.isSet(QStringLiteral("summary"));
+    if (options.bSummary) {
+        if (parser.optionNames().size() > 1) {
+            strError = QStringLiteral("--summary goes with no other option");
+        } else if (options.listInput.isEmpty()) {
+            strError = QStringLiteral("--summary: no files of --json given");
+        }
+        return strError.isEmpty() ? std::optional<BatchOptions>(options) : std::nullopt;
+    }
     options.strOutDir = parser.value(QStringLiteral("out"));
     options.strMaskFile = parser.value(QStringLiteral("mask"));
     options.strCellFile = parser.value(QStringLiteral("cell"));

@@ -14,7 +14,8 @@
 /// Everything the user said. An empty optional is a value that the driver finds itself ("auto") or
 /// takes from the project.
 struct BatchOptions {
-    QStringList listInput;  ///< one project, or images in series order
+    QStringList listInput;  ///< one project, or images in series order; files of --json with `bSummary`
+    bool bSummary = false;  ///< no series: the table of those whose files of --json are given
     QString strOutDir;      ///< empty: beside the project or the first image
     QString strMaskFile;
     QString strCellFile;

@@ -7,9 +7,12 @@
 
 CBatchReport::CBatchReport() : m_bTerminal(isatty(STDERR_FILENO) != 0) {}
 
-void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor)
+void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
 {
     clearProgressLine();
+    if (color == Qt::red) {
+        m_listRedLine.append(strText);
+    }
     m_strLog += strText + QLatin1Char('\n');
     const QByteArray bytes = (strText + QLatin1Char('\n')).toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);

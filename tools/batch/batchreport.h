@@ -4,6 +4,7 @@
 #include "app/records/runreport.h"
 
 #include <QString>
+#include <QStringList>
 
 /// Lines go to the standard output as they come; where the standard error is a terminal, progress
 /// shows there in one line.
@@ -18,11 +19,14 @@ public:
     void endProgress() override;
 
     const QString& log() const { return m_strLog; }
+    /// The red lines of the log: warnings, and why the run ended early.
+    const QStringList& redLines() const { return m_listRedLine; }
 
 private:
     void clearProgressLine();
 
     QString m_strLog;
+    QStringList m_listRedLine;
     QString m_strFormat;
     int m_nMinimum = 0;
     int m_nMaximum = 0;

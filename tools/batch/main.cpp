@@ -3,24 +3,28 @@
 #include "tools/batch/batchoptions.h"
 #include "tools/batch/batchreport.h"
 #include "tools/batch/batchroad.h"
+#include "tools/batch/summary.h"
 
 #include <QCoreApplication>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocale>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 
 namespace {
 
-bool writeFile(const QString& strFileName, const QByteArray& bytes)
+/// @return empty, or why the file was not written
+QString writeFile(const QString& strFileName, const QByteArray& bytes)
 {
     QString strReason;
     if (writeWholeFile(strFileName, bytes, false, &strReason)) {
-        return true;
+        return {};
     }
     std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
-    return false;
+    return strReason;
 }
 
 /// Walks the road. What no stage expects, such as memory that is not there, ends it like bad data.
@@ -35,6 +39,22 @@ bool walk(CBatchRoad& road, CBatchReport& report)
                           Qt::red);
     }
     return false;
+}
+
+/// The table of --summary. False when a file is bad, a series failed, or the table could not be printed.
+bool printSummary(const QStringList& listFileName)
+{
+    QList<SummaryFile> listFile;
+    for (const QString& strFileName : listFileName) {
+        listFile.append(readSummaryFile(strFileName));
+    }
+    const QList<SummaryRow> listRow = summaryRows(listFile);
+    const QByteArray bytes = summaryText(listRow).toUtf8();
+    const bool bPrinted = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) ==
+                              size_t(bytes.size()) &&
+                          std::fflush(stdout) == 0;
+    return bPrinted && std::all_of(listRow.begin(), listRow.end(),
+                                   [](const SummaryRow& row) { return row.state == SummaryState::Reached; });
 }
 
 }  // namespace
@@ -57,18 +77,31 @@ int main(int argc, char* argv[])
         std::fputs(strHelp.toUtf8().constData(), stdout);
         return 0;
     }
+    if (options->bSummary) {
+        return printSummary(options->listInput) ? 0 : 1;
+    }
 
     CBatchReport report;
     CBatchRoad road(*options, report);
     bool bReached = walk(road, report);
+    QStringList listWarning = report.redLines();
+    QString strReason = bReached || listWarning.isEmpty() ? QString() : listWarning.takeLast();
     const QString strBase = road.resultBase();
     if (!strBase.isEmpty()) {
-        bReached = writeFile(strBase + QStringLiteral(".log"), report.log().toUtf8()) && bReached;
+        const QString strUnwritten = writeFile(strBase + QStringLiteral(".log"), report.log().toUtf8());
+        if (bReached) {
+            strReason = strUnwritten;
+        }
+        bReached = bReached && strUnwritten.isEmpty();
     }
     if (!options->strJsonFile.isEmpty()) {
         QJsonObject summary = road.summary();
         summary[QStringLiteral("reached")] = bReached;
-        bReached = writeFile(options->strJsonFile, QJsonDocument(summary).toJson()) && bReached;
+        summary[QStringLiteral("warnings")] = QJsonArray::fromStringList(listWarning);
+        if (!bReached) {
+            summary[QStringLiteral("reason")] = strReason;
+        }
+        bReached = writeFile(options->strJsonFile, QJsonDocument(summary).toJson()).isEmpty() && bReached;
     }
     return bReached ? 0 : 1;
 }

@@ -1,0 +1,50 @@
+// The table of many series.
+#include "batchprogram.h"
+
+#include <gtest/gtest.h>
+#include <QTemporaryDir>
+
+TEST(Summary, HasTheWorstFirstAndNamesWhatIsWrong)
+{
+    QTemporaryDir dir;
+    const struct {
+        const char* pszFile;
+        const char* pszText;
+        const char* pszLine;  ///< how its line begins, columns a blank apart
+    } aRow[] = {
+        {"cut.json", "{\"stage\":", "cut BAD FILE"},
+        {"truth.json", "{\"stage\": 3, \"reached\": true}", "truth BAD FILE"},
+        {"z/summary.json", R"({"stage": "peaks", "reached": false, "failed": "merge", "reason": "no\nuse",
+             "frames": 9, "peaks": 40, "maxShift": 1.26})",
+         "z FAILED peaks 9 40 - - - - - - - - - 1.3 - - merge: no use"},
+        {"a/p.json", R"({"stage": "merge", "reached": true, "reflections": 7})",
+         "a/p ok merge - - 7 - - - - - - - - - - -"},
+        {"a/q.json", R"({"stage": "index", "reached": true, "indexedShare": 0.5, "centreOffset": [3, -4],
+             "cell": {"parameters": [3, 4, 5, 90, 90, 90], "volume": 60}, "shiftJumps": [1, 7],
+             "warnings": ["first", "second"]})",
+         "a/q ok index - - - 50.0 3.000 4.000 5.000 90.000 90.000 90.000 60.0 - 5.00 2 first (and 1 more)"},
+        {"c/summary.json", R"({"stage": "index", "reached": true, "indexedShare": 0.9, "cell": {"volume": 62},
+             "refined": {"parameters": [9.88440, 6.58611, 9.72170, 109.7965, 96.4832, 170.52],
+             "standardErrors": [0.00098, 0.0195, 0.0194, 0.2, 0, 30]}})",
+         "c ok index - - - 90.0 9.8844(10) 6.59(2) 9.722(19) 109.8(2) 96.483 171(30) 62.0 - - -"},
+    };
+    QStringList listArgument = {"--summary"};
+    for (const auto& row : aRow) {
+        QDir(dir.path()).mkpath(QFileInfo(row.pszFile).path());
+        writeBytes(dir.filePath(row.pszFile), row.pszText);
+        listArgument.insert(1, dir.filePath(row.pszFile));
+    }
+    const BatchOutcome outcome = runBatch(listArgument + QStringList{dir.filePath("gone.json")});
+    EXPECT_EQ(outcome.nStatus, 1);
+    const QStringList listLine = outcome.strText.split('\n');
+    ASSERT_EQ(listLine.size(), 10) << outcome.strText.toStdString();
+    EXPECT_TRUE(listLine[2].contains("gone.json: no such file")) << listLine[2].toStdString();
+    const int anLine[] = {1, 3, 4, 5, 6, 7};
+    for (int i = 0; i < 6; ++i) {
+        const QString strLine = listLine[anLine[i]].simplified() + ' ';
+        EXPECT_TRUE(strLine.startsWith(QString::fromUtf8(aRow[i].pszLine) + ' ')) << strLine.toStdString();
+    }
+    EXPECT_TRUE(listLine[8].startsWith("4 series: 3 ok, 1 failed; 3 bad files;"));
+    EXPECT_TRUE(listLine[8].endsWith("V/Å³: 61.0 (60.0 to 62.0)")) << listLine[8].toStdString();
+    EXPECT_EQ(runBatch({"--summary", dir.filePath("a/q.json"), dir.filePath("c/summary.json")}).nStatus, 0);
+}
