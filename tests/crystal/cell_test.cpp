@@ -6,9 +6,26 @@
 #include "reciprocal/simulatedlattice.h"
 
 #include <gtest/gtest.h>
-#include <QLocale>
 
 #include <cmath>
+
+namespace {
+
+using Numbers = std::array<double, 6>;
+
+CUclsCell formOf(const Numbers& c)
+{
+    CUclsCell form;
+    form.setCoefficients(c[0], c[1], c[2], c[3], c[4], c[5]);
+    return form;
+}
+
+Numbers cellOf(const CUclsCell& form)
+{
+    return {form.calA(), form.calB(), form.calC(), form.calAlpha(), form.calBeta(), form.calGamma()};
+}
+
+}  // namespace
 
 TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
 {
@@ -22,17 +39,32 @@ TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
         const double aTrue[6] = {truth.a, truth.b, truth.c, truth.alpha, truth.beta, truth.gamma};
         double f[6];
         ASSERT_TRUE(cellParametersFromList(reciprocalBasis(truth), f[0], f[1], f[2], f[3], f[4], f[5]));
-        CUclsCell ucls;  // of gemmi's reciprocal metric
-        const double A = q(1, 0, 0), B = q(0, 1, 0), C = q(0, 0, 1);
-        ucls.setCoefficients(A, B, C, q(1, 1, 0) - A - B, q(0, 1, 1) - B - C, q(1, 0, 1) - A - C);
-        const double aMetric[6] = {ucls.calA(),     ucls.calB(),    ucls.calC(),
-                                   ucls.calAlpha(), ucls.calBeta(), ucls.calGamma()};
-        for (int n = 0; n < 6; ++n) {
+        const double A = q(1, 0, 0), B = q(0, 1, 0), C = q(0, 0, 1);  // of gemmi's reciprocal metric
+        const Numbers c{A, B, C, q(1, 1, 0) - A - B, q(0, 1, 1) - B - C, q(1, 0, 1) - A - C};
+        CUclsCell ucls = formOf(c);
+        const Numbers aMetric = cellOf(ucls);
+        for (size_t n = 0; n < 6; ++n) {
             EXPECT_NEAR(f[n], aTrue[n], 2e-6 * aTrue[n]) << n;
             EXPECT_NEAR(aMetric[n] * (n < 3 ? 1 : gemmi::deg(1.0)), aTrue[n], 1e-8) << n;
         }
         // The determinant of the reciprocal metric is 1/V², and G is 4 times that.
         EXPECT_NEAR(ucls.m_dfG * truth.volume * truth.volume, 4, 1e-8);
+        for (size_t i = 0; i < 6;
+             ++i) {  // with an error of one coefficient, that of the cell is its derivative
+            const double dfStep = 1e-5 * A;
+            double aCovariance[36] = {};
+            aCovariance[7 * i] = dfStep * dfStep;
+            ucls.setCovariance(aCovariance);
+            const double aVariance[6] = {ucls.varA(),     ucls.varB(),    ucls.varC(),
+                                         ucls.varAlpha(), ucls.varBeta(), ucls.varGamma()};
+            Numbers low = c, high = c;
+            low[i] -= dfStep;
+            high[i] += dfStep;
+            for (size_t n = 0; n < 6; ++n)
+                EXPECT_NEAR(std::sqrt(aVariance[n]),
+                            std::fabs(cellOf(formOf(high))[n] - cellOf(formOf(low))[n]) / 2, 1e-10)
+                    << n;
+        }
         CCrystalParaCal calculator;
         calculator.setUnitCell(truth.a, truth.b, truth.c, truth.alpha, truth.beta, truth.gamma);
         EXPECT_NEAR(calculator.getVolume(), truth.volume, 1e-9 * truth.volume);
@@ -45,14 +77,14 @@ TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
 
 TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
 {
-    QLocale::setDefault(QLocale::c());  // the user's locale may set group separators
+    speakGerman();
     const auto reciprocal = TransformationSpace::Reciprocal, real = TransformationSpace::Real;
     const CMatrix3 matSingular(1, 0, 0, 1, 0, 0, 0, 0, 1), matSwap(0, 1, 0, 1, 0, 0, 0, 0, 1),
         matSkew(1, 1, 0, -1, 1, 0, 0, 1, 2);
     const Vec3D a{0.1f, 0, 0}, b{0, 0.05f, 0}, c{0, 0, 0.04f};
     const QString strSwapped =
-        "<br>Transformed unit cell: a=20.000 Å, b=10.000 Å, c=25.000 Å, α= 90.00°, β= 90.00°, γ= 90.00°, "
-        "V=5000.0 Å³ <a href=\"http://h/%3/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams="
+        "<br>Transformed unit cell: a=20,000 Å, b=10,000 Å, c=25,000 Å, α= 90,00°, β= 90,00°, γ= 90,00°, "
+        "V=5.000,0 Å³ <a href=\"http://h/%3/cctbx/cctbx_web.cgi?target_module=lattice_symmetry&ucparams="
         "20,10,25,90,90,90\">Test lattice type</a>";
     const struct {
         QList<Vec3D> listFound;
@@ -72,8 +104,8 @@ TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
          matSkew,
          real,
          {{0.05f, 0.025f, -0.01f}, {-0.05f, 0.025f, -0.01f}, {0, 0, 0.02f}},
-         "<br>Transformed unit cell: a=22.361 Å, b=22.361 Å, c=53.852 Å, α= 70.60°, β= 70.60°, γ= 53.13°, "
-         "V=20000.0"}};
+         "<br>Transformed unit cell: a=22,361 Å, b=22,361 Å, c=53,852 Å, α= 70,60°, β= 70,60°, γ= 53,13°, "
+         "V=20.000,0"}};
     for (const auto& row : aRow) {
         CRecordingReport report;
         QList<Vec3D> listCell{a};

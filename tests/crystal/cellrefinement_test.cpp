@@ -46,6 +46,7 @@ struct Refined {
 
 TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
 {
+    speakGerman();
     QList<Peak3D> list = simulated();
     double dfSquares = 0;
     for (Peak3D& peak : list) {
@@ -60,12 +61,12 @@ TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
     EXPECT_NEAR(r.found.dfRmsBefore[1], 0.01 / 1.01, 1e-12);
     EXPECT_NEAR(r.found.dfRmsAfter[0] + r.found.dfRmsAfter[1], 0, 1e-12);
     const QStringList listStart{"Unit cell refinement: 404 points.",
-                                "Unit cell before UCLS refinement: 7.1, 9.3, 11.2, 71, 82, 64",
-                                "A-F before UCLS refinement: 0.0",
-                                "RMS of the d* errors before fitting: 0.00",
-                                "A-F after UCLS refinement: 0.0",
+                                "Unit cell before UCLS refinement: 7,1, 9,3, 11,2, 71, 82, 64",
+                                "A-F before UCLS refinement: 0,0",
+                                "RMS of the d* errors before fitting: 0,00",
+                                "A-F after UCLS refinement: 0,0",
                                 "A-F UCLS esd: ",
-                                "Unit cell after UCLS refinement: 7.029",
+                                "Unit cell after UCLS refinement: 7,029",
                                 "Unit cell UCLS e.s.d: ",
                                 "RMS of the d* errors after fitting: "};
     ASSERT_EQ(r.report.m_listLine.size(), listStart.size());

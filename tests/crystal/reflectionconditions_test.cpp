@@ -3,7 +3,6 @@
 #include "crystal/testreflection.h"
 
 #include <gtest/gtest.h>
-#include <QLocale>
 
 TEST(ReflectionStatistics, TablesOfParity)
 {
@@ -63,8 +62,8 @@ TEST(ClassifyReflections, SortsByAbsence)
 
 TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
 {
-    QLocale::setDefault(QLocale::c());
-    const QList<Peak3D> list{reflection(1, 1, 1, 100), reflection(2, 0, 0, 50), reflection(1, 0, 0, 3),
+    speakGerman();
+    const QList<Peak3D> list{reflection(1, 1, 1, 3100), reflection(2, 0, 0, 50), reflection(1, 0, 0, 3),
                              reflection(0, 0, 2.3, 1e6)};
     CSpaceGroup spaceGroup;
     CRecordingReport report;
@@ -75,9 +74,9 @@ TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
     const std::pair<int, QString> aRow[] = {
         {0, "\nNo.  SG.Symbol       Ratio.cnt (Alwd/Fbdn)   Ratio.Avg.Int (      Alwd/      Fbdn)"},
         {1, QString(report.m_listLine[0].size(), '-')},
-        {2, "  1        P 1               ∞ (   3/   0)               ∞ (      51.0/       0.0)"},
-        {226, "225   F m -3 m             2.0 (   2/   1)            25.0 (      75.0/       3.0)"},
-        {230, "229   I m -3 m             0.5 (   1/   2)             1.0 (      50.0/      51.5)"}};
+        {2, "  1        P 1               ∞ (   3/   0)               ∞ (   1.051,0/       0,0)"},
+        {226, "225   F m -3 m             2.0 (   2/   1)           525.0 (   1.575,0/       3,0)"},
+        {230, "229   I m -3 m             0.5 (   1/   2)             0.0 (      50,0/   1.551,5)"}};
     for (const auto& row : aRow)
         EXPECT_EQ(report.m_listLine[row.first], row.second);
     EXPECT_TRUE(spaceGroup.nNumber == 230 && report.m_nAsked == 230);

@@ -4,6 +4,14 @@
 #include "app/records/peak3d.h"
 #include "recordingreport.h"
 
+#include <QLocale>
+
+/// Numbers as in "1.234,5": messages show them so, files never do.
+inline void speakGerman()
+{
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+}
+
 inline Peak3D reflection(double h, double k, double l, double dfIPoint = 0, double dfDStar = 0)
 {
     Peak3D peak;
