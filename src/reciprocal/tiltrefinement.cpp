@@ -39,8 +39,7 @@ struct Kind {
     double Peak3D::*pTilt;
 };
 
-void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const Kind& kind, double dfWavelength,
-                   CRunReport& report)
+void addErrorTable(TiltRefinement& result, const DataSet& dataSet, double dfWavelength, CRunReport& report)
 {
     const BeamCentres centres = beamCentres(dataSet);
     QString strTable = QString::asprintf("%4s %4s %4s %8s %4s %8s %8s %8s %8s %8s %8s %8s\n", "h", "k", "l",
@@ -51,8 +50,8 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const Kind& k
         if (!calculatedTilt(peak, result.listCellBefore, dfWavelength, dfBefore) ||
             !calculatedTilt(peak, result.listCell, dfWavelength, dfAfter))
             continue;
-        const double dfTilt = peak.*kind.pTilt;
-        const double dfDelta1 = std::fabs(dfTilt - dfBefore), dfDelta2 = std::fabs(dfTilt - dfAfter);
+        const double dfDelta1 = std::fabs(peak.dfFrameTilt - dfBefore),
+                     dfDelta2 = std::fabs(peak.dfFrameTilt - dfAfter);
         result.dfSquaresBefore += dfDelta1 * dfDelta1;
         result.dfSquaresAfter += dfDelta2 * dfDelta2;
         const float fDistance = calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame,
@@ -97,7 +96,7 @@ TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet
     report.addMessage(QStringLiteral("Unit cell after refinement:"));
     addBasisLines(result.listCell, report);
     report.addMessage(QStringLiteral("After refinement:"));
-    addErrorTable(result, dataSet, kind, options.dfWavelength, report);
+    addErrorTable(result, dataSet, options.dfWavelength, report);
     addRefinedCell(result.listCell, options.strLatticeHost, report);
     result.bDone = true;
     return result;

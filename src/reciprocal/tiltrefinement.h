@@ -29,7 +29,7 @@ struct TiltRefinement {
     QList<Vec3D> listCell;          ///< refined a*, b*, c*, Å⁻¹
     std::vector<double> vecStdErr;  ///< of the nine components
     QList<Peak3D> listPeak;         ///< the reflections that the fit used, with dfTiltFit
-    double dfSquaresBefore = 0;     ///< of the tilt errors, degrees²
+    double dfSquaresBefore = 0;     ///< of the errors against the tilts of the frames, degrees²
     double dfSquaresAfter = 0;
 };
 
@@ -62,8 +62,8 @@ void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost,
 /// curvature of the sphere; their errors show it. If the working copy of a left-handed cell has a* and b*
 /// exchanged, so have the reflections h and k. Nothing of the data set is changed.
 ///
-/// Column TiltO of the table is dfFrameTilt in this and the next refinement, Delta1 and Delta2 are against
-/// the tilt that was fitted.
+/// Column TiltO of the table is dfFrameTilt in this and the next refinement, and Delta1 and Delta2 are
+/// against it. The errors against the tilts of the curves are those of calExpectedFrameNo().
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
 TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                   const TiltRefinementOptions& options = {});
