@@ -27,49 +27,24 @@ Peak3D peakAt(float x, float y, float z, double dfIntensity, int nId)
     return peak;
 }
 
-QList<Peak3D> randomPeaks(int nCount)
-{
-    std::mt19937 random(17);
-    std::normal_distribution<float> normal(0.f, 0.7f);
-    QList<Peak3D> listPeak;
-    for (int i = 0; i < nCount; i++) {
-        const float x = normal(random), y = normal(random), z = normal(random);
-        listPeak.append(peakAt(x, y, z, std::exp(2.0 * normal(random)), i));
-    }
-    return listPeak;
-}
+// The cloud drawn and picked the plain way in the context of a widget, by the fixed pipeline and the matrix
+// stack alone.
+struct PlainCloud {
+    QGLWidget& m_widget;
+    const float* m_pfTurn = nullptr;  // angle and axis, pan x and y, zoom, ratio of sizes
+    QList<Peak3D> m_listPoint = {};
+    std::vector<QColor> m_vecColor = {};
+    std::vector<GLint> m_vecBand = {};  // start and end, device pixels; empty while not picking
 
-// The cloud drawn and picked the plain way, by the fixed pipeline and the matrix stack alone.
-class PlainCloud : public QGLWidget {
-public:
-    QList<Peak3D> m_listPoint;
-    std::vector<QColor> m_vecColor;
-    float m_afCamera[3] = {0, 0, 0};  // pan x, pan y, zoom
-    float m_afTurn[4] = {0, 0, 0, 1};
-    double m_dfRatio = 2;
-
-    explicit PlainCloud(QWidget* pParent) : QGLWidget(pParent) { setAutoBufferSwap(false); }
-    Matrix4 rotation()
-    {
-        Matrix4 matrix;
-        makeCurrent();
-        glMatrixMode(GL_MODELVIEW);
-        glLoadIdentity();
-        glRotatef(m_afTurn[0], m_afTurn[1], m_afTurn[2], m_afTurn[3]);
-        glGetFloatv(GL_MODELVIEW_MATRIX, matrix.data());
-        return matrix;
-    }
     QImage picture()
     {
-        makeCurrent();
-        swapBuffers();  // takes up the size
         draw();
-        return grabFrameBuffer();
+        return m_widget.grabFrameBuffer();
     }
     QList<int> hits(const QLine& band)
     {
-        makeCurrent();
-        const int r = devicePixelRatio();
+        m_widget.makeCurrent();
+        const int r = m_widget.devicePixelRatio();
         m_vecBand = {band.x1() * r, band.y1() * r, band.x2() * r, band.y2() * r};
         std::vector<GLuint> vecHit(size_t(m_listPoint.size()) * 4);
         glSelectBuffer(GLsizei(vecHit.size()), vecHit.data());
@@ -77,38 +52,30 @@ public:
         glInitNames();
         glPushName(0);
         draw();
-        const int nHits = glRenderMode(GL_RENDER);
         m_vecBand.clear();
         QList<int> listName;
-        for (int i = 0; i < nHits; i++)
+        for (int i = 0, nHits = glRenderMode(GL_RENDER); i < nHits; i++)
             listName.append(int(vecHit[size_t(i) * 4 + 3]));
         return listName;
     }
-
-private:
-    std::vector<GLint> m_vecBand;  // start and end, device pixels; empty while not picking
-
     void draw()
     {
-        const int r = devicePixelRatio(), w = width() * r, h = height() * r, s = std::max(w, h);
-        glViewport((w - s) / 2, (h - s) / 2, s, s);
-        glClearColor(0, 0, 0, 1);
+        m_widget.makeCurrent();
+        const int r = m_widget.devicePixelRatio(), w = m_widget.width() * r, h = m_widget.height() * r,
+                  s = std::max(w, h);
+        GLint anViewport[4] = {(w - s) / 2, (h - s) / 2, s, s};
+        glViewport(anViewport[0], anViewport[1], anViewport[2], anViewport[3]);
         glClear(GL_COLOR_BUFFER_BIT);
-        glEnable(GL_POINT_SMOOTH);
-        glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-        rotation();
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
-        GLint anViewport[4];
-        glGetIntegerv(GL_VIEWPORT, anViewport);
         if (!m_vecBand.empty())
             gluPickMatrix((m_vecBand[0] + m_vecBand[2]) / 2,
                           2 * anViewport[1] + anViewport[3] - (m_vecBand[1] + m_vecBand[3]) / 2,
                           abs(m_vecBand[2] - m_vecBand[0]), abs(m_vecBand[3] - m_vecBand[1]), anViewport);
-        const float x = m_afCamera[0], y = m_afCamera[1], z = m_afCamera[2];
+        const float x = m_pfTurn[4], y = m_pfTurn[5], z = m_pfTurn[6];
         glOrtho(-2 - x - z, 2 - x + z, -2 - y - z, 2 - y + z, -2, 2);
         glMatrixMode(GL_MODELVIEW);
+        glRotatef(m_pfTurn[0], m_pfTurn[1], m_pfTurn[2], m_pfTurn[3]);
         double dfGreatest = 0;
         for (const Peak3D& peak : m_listPoint)
             dfGreatest = std::max(dfGreatest, peak.dfIPoint);
@@ -117,13 +84,14 @@ private:
             const QColor& color = m_vecColor[size_t(i)];
             if (!color.isValid())
                 continue;
-            glPointSize(float(r * 2 / std::abs(2 + z) * dfLog * m_dfRatio * dfLog * 0.1));
+            glPointSize(float(r * 2 / std::abs(2 + z) * dfLog * m_pfTurn[7] * dfLog * 0.1));
             glColor4f(float(color.redF()), float(color.greenF()), float(color.blueF()), 0.8f);
             glLoadName(GLuint(i));
             glBegin(GL_POINTS);
             glVertex3f(m_listPoint[i].fX3D, m_listPoint[i].fY3D, m_listPoint[i].fZ3D);
             glEnd();
         }
+        glLoadIdentity();
     }
 };
 
@@ -178,66 +146,37 @@ protected:
     int brightest(const QImage& image, double dfX, double dfY) const
     {
         int nBest = 0;
-        for (int i = -1; i <= 1; i++)
-            for (int j = -1; j <= 1; j++) {
-                const QColor c = atScene(image, dfX + i * 4. / m_nW, dfY + j * 4. / m_nW);
-                nBest = std::max(nBest, c.red() + c.green() + c.blue());
-            }
+        for (int n = 0; n < 9; n++) {
+            const QColor c = atScene(image, dfX + (n / 3 - 1) * 4. / m_nW, dfY + (n % 3 - 1) * 4. / m_nW);
+            nBest = std::max(nBest, c.red() + c.green() + c.blue());
+        }
         return nBest;
-    }
-    static double litArea(const QImage& image, const QRect& rect)
-    {
-        const int r = int(image.devicePixelRatio());
-        double dfSum = 0;
-        for (int y = rect.top() * r; y < (rect.bottom() + 1) * r; y++)
-            for (int x = rect.left() * r; x < (rect.right() + 1) * r; x++)
-                dfSum += image.pixelColor(x, y).green() / 255.;
-        return dfSum / (r * r);
     }
 };
 
 }  // namespace
 
-TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
+TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
 {
     m_view.setBackgroundColor(QColor(10, 20, 30));
     EXPECT_EQ(at(picture(), 3, 3), QColor(10, 20, 30));
     m_view.setBackgroundColor(Qt::black);
-
-    m_view.setPoints(
-        {peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // the second lies behind
-    m_view.setPointAlpha(1.f);
-    const QRect rectPoint(250 + 62 - 30, 200 + 37 - 30, 61, 61);
-    for (double dfRatio : {2, 4, 1}) {
-        m_view.setPointSizeRatio(dfRatio);
-        const double dfArea = M_PI / 4 * std::pow(6.8792 * dfRatio, 2);  // 0.1·ln²(4000)
-        EXPECT_NEAR(litArea(picture(), rectPoint), dfArea, 0.05 * dfArea) << dfRatio;
-    }
-    EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::white));
+    m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // one lies behind
     EXPECT_EQ(atScene(picture(), -1, 0), QColor(Qt::black));
-    const Matrix4 identity = identityMatrix();
-    m_view.setPointSizeRatio(4);
-    m_view.setCamera(identity.data(), 0, 0, 2);  // half as large, at half the distance
-    EXPECT_NEAR(litArea(picture(), rectPoint.translated(-31, -18)), M_PI / 4 * 13.758 * 13.758, 8);
-    m_view.setCamera(identity.data(), -0.5f, 0.3f, 0);
-    EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::white));
-    m_view.setCamera(identity.data(), 0, 0, -2);  // a view volume of no width
+    m_view.setCamera(identityMatrix().data(), 0, 0, -2);  // a view volume of no width
     EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::black));
     m_view.resetView();
     m_view.setPointAlpha(0.5f);
     m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());  // Mesa draws larger ones too bright inside
     EXPECT_NEAR(atScene(picture(), 0.5, -0.3).blue(), 127, 1);
-    m_view.setPointAlpha(0.f);
-    EXPECT_EQ(atScene(picture(), 0.5, -0.3), QColor(Qt::black));
-    m_view.viewAlong({1, 0, 0});
     m_view.setPointAlpha(1.f);
+    m_view.viewAlong({1, 0, 0});
     EXPECT_EQ(atScene(picture(), -1.9, -0.3), QColor(Qt::white));
 
     // Ambient light of 0.1 and, as OpenGL has it, 0.2 for all; of the others one meets the points from the
     // front.
     m_view.resetView();
     m_view.setLight(true);
-    EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.4 / std::sqrt(1.02)), 2);
     m_view.setLightIntensity(0);
     EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.2 / std::sqrt(1.02)), 2);
     m_view.setLight(false);
@@ -250,21 +189,20 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
     m_view.resetView();
     for (int nTurn : {0, 1}) {
         const QImage image = picture();
-        int anLit[2] = {0, 0}, nLetter = 0;
+        int anLit[3] = {};  // of x, of y, and blue ones about the letter x
         for (int i = 5; i < 60; i++)
-            for (int j = -1; j <= 1; j++)
+            for (int j = -8; j < 8; j++) {
+                const QPoint aPlace[] = {
+                    {60 + i, m_nH - 60 + j}, {60 + j, m_nH - 60 - i}, {60 - i, m_nH - 60 + j}};
                 for (int nAxis : {0, 1}) {
-                    const int n = nTurn + nAxis;  // right, up, left
-                    const int nX = n == 0 ? i : n == 1 ? j : -i, nY = n == 1 ? -i : j;
-                    const QColor color = at(image, 60 + nX, m_nH - 60 + nY);
-                    anLit[nAxis] += color == QColor(nAxis == 0 ? Qt::red : Qt::green);
+                    const QColor color = at(image, aPlace[nTurn + nAxis].x(), aPlace[nTurn + nAxis].y());
+                    anLit[nAxis] += std::abs(j) <= 1 && color == QColor(nAxis == 0 ? Qt::red : Qt::green);
+                    anLit[2] += nAxis == 0 && i > 50 && color.blue() > 150;
                 }
+            }
         EXPECT_NEAR(anLit[0], 45, 2) << nTurn;
         EXPECT_NEAR(anLit[1], 45, 2) << nTurn;
-        for (int i = 0; i < 12; i++)
-            for (int j = -8; j < 8; j++)
-                nLetter += at(image, (nTurn ? 60 : 115) + i, m_nH - (nTurn ? 115 : 60) + j).blue() > 150;
-        EXPECT_GT(nLetter, 8) << nTurn;
+        EXPECT_GT(anLit[2], 8) << nTurn;
         m_view.rotateAroundScreenZ(90);
     }
 
@@ -298,54 +236,51 @@ TEST_F(View3D, DrawsPointsAxesGridAndLatticeInTheirPlaces)
 
 TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
 {
-    PlainCloud plain(&m_window);
-    plain.setGeometry(0, 0, m_nW, m_nH);
-    plain.show();
-    QTest::qWait(50);
-    plain.m_listPoint = randomPeaks(4000);
-    plain.m_vecColor.resize(4000);  // none: hidden
-    m_view.setPoints(plain.m_listPoint);
+    PlainCloud plain{m_view};
+    picture();  // makes the drawing state
+    std::mt19937 random(17);
+    std::normal_distribution<float> normal(0.f, 0.7f);
     QList<int> listEven, listThird;
-    for (int i = 0; i < 4000; i += 2)
-        listEven.append(i);
-    for (int i = 0; i < 4000; i += 3)
-        listThird.append(i);
-    for (int i = 0; i < 4000; i++)
-        if (i % 2 == 0 || i % 3 == 0)
-            plain.m_vecColor[size_t(i)] = i % 2 ? Qt::green : i % 3 ? Qt::red : QColor(127, 127, 0);
+    for (int i = 0; i < 4000; i++) {
+        const float x = normal(random), y = normal(random), z = normal(random);
+        plain.m_listPoint.append(peakAt(x, y, z, std::exp(2.0 * normal(random)), i));
+        if (i % 2 == 0)
+            listEven.append(i);
+        if (i % 3 == 0)
+            listThird.append(i);
+        plain.m_vecColor.push_back(i % 3 != 0   ? i % 2 == 0 ? QColor(Qt::red) : QColor()
+                                     : i % 2 == 0 ? QColor(127, 127, 0)
+                                                : QColor(Qt::green));
+    }
+    m_view.setPoints(plain.m_listPoint);
     m_view.insertPointGroup(1, "even", listEven, Qt::red);
     m_view.insertPointGroupById(2, "third", listThird, Qt::green);
     m_view.setGroupVisible(0, false);
-    const QRect rectCross(0, (m_nH - 130) * m_view.devicePixelRatio(), 140 * m_view.devicePixelRatio(), 9999);
+    const int r = m_view.devicePixelRatio();
+    const QRect rectCross(0, (m_nH - 130) * r, 140 * r, 9999);
     const float aafCase[3][8] = {
-        {0, 0, 0, 0, 0, 0, 1, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
+        {0, 0, 0, 1, 0, 0, 0, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
     for (const auto& row : aafCase) {
-        std::copy(row, row + 4, plain.m_afTurn);
-        std::copy(row + 4, row + 7, plain.m_afCamera);
-        plain.m_dfRatio = row[7];
+        plain.m_pfTurn = row;
         m_view.setPointSizeRatio(row[7]);
-        const Matrix4 rotation = rotationMatrix(row[0], {row[1], row[2], row[3]});
-        for (size_t i = 0; i < 16; i++)
-            EXPECT_NEAR(rotation[i], plain.rotation()[i], 1e-6);
-        m_view.setCamera(rotation.data(), row[4], row[5], row[6]);
+        m_view.setCamera(rotationMatrix(row[0], {row[1], row[2], row[3]}).data(), row[4], row[5], row[6]);
         const QImage expected = plain.picture();
         for (bool bPlain : {false, true}) {
             m_view.setPlainDrawing(bPlain);
             const QImage image = picture();
             ASSERT_EQ(image.size(), expected.size());
-            int nDifferent = 0, nLit = 0, nAll = 0;
-            for (int y = 0; y < image.height(); y++)
-                for (int x = 0; x < image.width(); x++) {
-                    if (rectCross.contains(x, y))
-                        continue;
-                    const QColor a = image.pixelColor(x, y), b = expected.pixelColor(x, y);
-                    nAll++;
-                    nLit += b != QColor(Qt::black);
-                    nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
-                                  abs(a.blue() - b.blue()) > 2;
-                }
-            EXPECT_LE(nDifferent, nAll / 1000) << row[0] << ' ' << bPlain;
-            EXPECT_GT(nLit, nAll / 50);
+            int nDifferent = 0, nLit = 0;
+            for (int n = 0; n < image.width() * image.height(); n++) {
+                const QPoint pt(n % image.width(), n / image.width());
+                if (rectCross.contains(pt))
+                    continue;
+                const QColor a = image.pixelColor(pt), b = expected.pixelColor(pt);
+                nLit += b != QColor(Qt::black);
+                nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
+                              abs(a.blue() - b.blue()) > 2;
+            }
+            EXPECT_LE(nDifferent, m_nW * m_nH * r * r / 1000) << row[0] << ' ' << bPlain;
+            EXPECT_GT(nLit, m_nW * m_nH * r * r / 50);
         }
         for (const QLine& band : {QLine(100, 90, 333, 251), QLine(301, 250, 200, 199),
                                   QLine(250, 10, 251, 390), QLine(0, 0, 499, 399)}) {
@@ -374,8 +309,6 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     QSignalSpy spyText(&m_view, &ED3DWidget::textMessage),
         spyData(&m_view, &ED3DWidget::pointDisplayDataChanged),
         spySelection(&m_view, &ED3DWidget::selectionChanged);
-    const char* pcFirst =
-        "ID=5, h.k.l.=(0.00,0.00,0.00),xyz=[0.00000,0.00000,0.00000]; I=1.0, d=inf, No.frame=0, xy=(0,0)";
     const char* pcThird =
         "ID=2,500, h.k.l.=(1.00,-2.00,3.46),xyz=[0.80000,0.08000,0.00000]; I=1,234.5, "
         "d=1.244, No.frame=12, xy=(1,024.5,3)";
@@ -385,12 +318,11 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
         Qt::KeyboardModifiers modifiers, modifiersAtRelease;
         QList<int> listSelected;
         const char* pcText;  // null: nothing happens
-    } aRow[] = {{{240, 190}, {260, 210}, control, control, {0}, pcFirst},
-                {{340, 180}, {360, 180}, control, control, {0}, nullptr},
-                {{340, 180}, {340, 250}, control, control, {0}, nullptr},
-                {{360, 230}, {340, 180}, control, both, {0, 1, 2}, "2 selected"},
-                {{345, 185}, {355, 195}, both, control, {2}, pcThird},
-                {{100, 100}, {140, 140}, control, control, {}, "0 selected"},
+    } aRow[] = {{{360, 230}, {240, 195}, control, control, {0, 1}, "2 selected"},
+                {{345, 185}, {355, 195}, control, both, {0, 1, 2}, pcThird},  // counts this pick alone
+                {{240, 180}, {260, 180}, control, control, {0, 1, 2}, nullptr},
+                {{250, 180}, {250, 250}, control, control, {0, 1, 2}, nullptr},
+                {{100, 100}, {140, 140}, both, control, {}, "0 selected"},
                 {{0, 0}, {499, 399}, control, control, {0, 1, 2}, "3 selected"}};
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     for (const auto& row : aRow) {
@@ -400,28 +332,23 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
         drag(m_view, row.ptFrom, row.ptTo, row.modifiers, Qt::LeftButton, row.modifiersAtRelease);
         EXPECT_EQ(m_view.selectedPoints(), row.listSelected) << &row - aRow;
         const int nExpected = row.pcText ? 1 : 0;
-        EXPECT_EQ(spyData.count(), nExpected);
-        EXPECT_EQ(spySelection.count(), nExpected);
+        EXPECT_TRUE(spyData.count() == nExpected && spySelection.count() == nExpected);
         ASSERT_EQ(spyText.count(), nExpected);
-        if (row.pcText) {
-            EXPECT_EQ(spyText[0][0].toString().toStdString(), row.pcText);
-        }
+        EXPECT_EQ(spyText.value(0).value(0).toString(), QString(row.pcText));
     }
     EXPECT_EQ(atScene(picture(), 0.8, 0.08), QColor(204, 0, 0));
 
     // The band itself: dashes of yellow on its edges, only while it is drawn.
     mouse(m_view, QEvent::MouseButtonPress, {300, 100}, Qt::LeftButton, Qt::ControlModifier);
     mouse(m_view, QEvent::MouseMove, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
-    const auto countYellow = [&](const QImage& image) {
+    for (int nExpected : {60, 0}) {
+        const QImage image = picture();
         int nYellow = 0;
-        for (int x = 300; x < 420; x++)
-            for (int j : {-1, 0, 1})
-                nYellow += at(image, x, 160 + j) == QColor(204, 204, 0);
-        return nYellow;
-    };
-    EXPECT_NEAR(countYellow(picture()), 60, 6);
-    mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
-    EXPECT_EQ(countYellow(picture()), 0);
+        for (int n = 0; n < 360; n++)
+            nYellow += at(image, 300 + n / 3, 159 + n % 3) == QColor(204, 204, 0);
+        EXPECT_NEAR(nYellow, nExpected, nExpected / 10);
+        mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
+    }
 
     drag(m_view, {0, 0}, {300, 399}, Qt::ControlModifier);
     QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
@@ -464,25 +391,21 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     m_view.setCanvasGridAlpha(1);
     m_view.resetView();
     QColor aColor[] = {Qt::black, Qt::white};
-    for (int i : {0, 1, 0})
+    for (int i : {0, 1})
         for (bool bTaken : {false, true}) {
+            EXPECT_EQ(m_view.actions()[i]->text(), i == 0 ? "Background Color..." : "Canvas Grid Color...");
             m_view.actions()[i]->trigger();
             auto* pDialog = m_view.findChild<QColorDialog*>();
-            ASSERT_TRUE(pDialog);
-            EXPECT_EQ(pDialog->currentColor(), aColor[i]);
-            const QColor color(40 * i + 10, aColor[i].green() / 2, 200);
-            pDialog->setCurrentColor(color);
+            ASSERT_TRUE(pDialog && pDialog->currentColor() == aColor[i]);
+            pDialog->setCurrentColor(QColor(40 * i + 10, 90, 200));
             bTaken ? pDialog->accept() : pDialog->reject();
             QCoreApplication::sendPostedEvents(pDialog, QEvent::DeferredDelete);
-            aColor[i] = bTaken ? color : aColor[i];
+            if (bTaken)
+                aColor[i] = QColor(40 * i + 10, 90, 200);
             EXPECT_EQ(at(picture(), 256, 206), aColor[0]);
             EXPECT_EQ(at(picture(), 256, 200), aColor[1]);
         }
-    EXPECT_EQ(m_view.actions()[0]->text() + m_view.actions()[1]->text(),
-              "Background Color...Canvas Grid Color...");
 }
-
-QStringList g_listMessage;
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.
 TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
@@ -508,17 +431,11 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
         EXPECT_EQ(spyFailed.count(), view.isValid() ? 0 : 1);
     };
     show();
-    const auto pHandler = qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext&, const QString& str) { g_listMessage.append(str); });
     for (double dfRatio : {0.0, -3.0, 1e300, double(fInf), double(fNaN)}) {
-        g_listMessage.clear();
         view.setPointSizeRatio(dfRatio);
         view.calPointSizes();
-        EXPECT_EQ(g_listMessage.size(), 130);  // range, 64 sizes, 64 counts, sum
-        EXPECT_EQ(g_listMessage.last(), "Total: 5");
         show();
     }
-    qInstallMessageHandler(pHandler);
     view.setLight(true);
     view.rotateAroundScreenX(30);
     view.setCamera(identityMatrix().data(), 1e38f, -1e38f, fInf);
