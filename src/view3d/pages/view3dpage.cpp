@@ -43,11 +43,22 @@ public:
     }
 };
 
-QPushButton* makeNarrowButton(const QString& strText, QWidget* pParent)
+struct NarrowButton {
+    QString strText;
+    QPushButton*& pButton;
+};
+
+/// Makes the buttons, side by side in the first row. A place marker in the tip stands for the button's text.
+void addNarrowButtons(QGridLayout* pGrid, QWidget* pParent, const QString& strTip,
+                      std::initializer_list<NarrowButton> buttons)
 {
-    auto* pButton = new QPushButton(strText, pParent);
-    pButton->setMinimumWidth(g_nNarrowButton);
-    return pButton;
+    int nColumn = 0;
+    for (const NarrowButton& button : buttons) {
+        button.pButton = new QPushButton(button.strText, pParent);
+        button.pButton->setMinimumWidth(g_nNarrowButton);
+        explain(button.pButton, QString(strTip).replace(QStringLiteral("%1"), button.strText));
+        pGrid->addWidget(button.pButton, 0, nColumn++);
+    }
 }
 
 QSpinBox* makeTransparency(QWidget* pParent)
@@ -176,17 +187,13 @@ QGroupBox* View3DPage::makePeaks()
 QGroupBox* View3DPage::makeViewAlong()
 {
     auto* pGroup = new QGroupBox(tr("View Along"), this);
-    auto* pLayout = new QHBoxLayout(pGroup);
-    const struct {
-        QString strText;
-        QPushButton*& pButton;
-    } aButton[] = {{tr("a*"), m_pButtonAlongRA}, {tr("b*"), m_pButtonAlongRB}, {tr("c*"), m_pButtonAlongRC},
-                   {tr("a"), m_pButtonAlongA},   {tr("b"), m_pButtonAlongB},   {tr("c"), m_pButtonAlongC}};
-    for (const auto& button : aButton) {
-        button.pButton = makeNarrowButton(button.strText, pGroup);
-        explain(button.pButton, tr("Looks along %1 of the cell in force.").arg(button.strText));
-        pLayout->addWidget(button.pButton);
-    }
+    addNarrowButtons(new QGridLayout(pGroup), pGroup, tr("Looks along %1 of the cell in force."),
+                     {{tr("a*"), m_pButtonAlongRA},
+                      {tr("b*"), m_pButtonAlongRB},
+                      {tr("c*"), m_pButtonAlongRC},
+                      {tr("a"), m_pButtonAlongA},
+                      {tr("b"), m_pButtonAlongB},
+                      {tr("c"), m_pButtonAlongC}});
     return pGroup;
 }
 
@@ -194,21 +201,13 @@ QGroupBox* View3DPage::makeRotation()
 {
     auto* pGroup = new QGroupBox(tr("Rotation Control"), this);
     auto* pGrid = new QGridLayout(pGroup);
-    const struct {
-        QString strText;
-        QPushButton*& pButton;
-    } aButton[] = {{QStringLiteral("←"), m_pButtonRotateLeft},
-                   {QStringLiteral("→"), m_pButtonRotateRight},
-                   {QStringLiteral("↑"), m_pButtonRotateUp},
-                   {QStringLiteral("↓"), m_pButtonRotateDown},
-                   {QStringLiteral("↻"), m_pButtonRotateClockwise},
-                   {QStringLiteral("↺"), m_pButtonRotateCounterClockwise}};
-    int nColumn = 0;
-    for (const auto& button : aButton) {
-        button.pButton = makeNarrowButton(button.strText, pGroup);
-        explain(button.pButton, tr("Turns the view by one step in the direction of the arrow."));
-        pGrid->addWidget(button.pButton, 0, nColumn++);
-    }
+    addNarrowButtons(pGrid, pGroup, tr("Turns the view by one step in the direction of the arrow."),
+                     {{QStringLiteral("←"), m_pButtonRotateLeft},
+                      {QStringLiteral("→"), m_pButtonRotateRight},
+                      {QStringLiteral("↑"), m_pButtonRotateUp},
+                      {QStringLiteral("↓"), m_pButtonRotateDown},
+                      {QStringLiteral("↻"), m_pButtonRotateClockwise},
+                      {QStringLiteral("↺"), m_pButtonRotateCounterClockwise}});
 
     m_pComboRotationStep = new QComboBox(pGroup);
     m_pComboRotationStep->setEditable(true);
