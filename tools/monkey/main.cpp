@@ -17,6 +17,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QDoubleSpinBox>
+#include <QDrag>
 #include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -184,6 +185,8 @@ private:
         later();  // before anything that may run an event loop of its own
         ++m_nDepth;
         m_nDeepest = qMax(m_nDeepest, m_nDepth);
+        if (m_bDragging)
+            QDrag::cancel();  // of a colour, say: Qt waits for a release that would come after the move only
         if (m_timer.elapsed() > 1000 * m_dfSeconds)
             end();
         else if (QWidget* pPopup = QApplication::activePopupWidget())
@@ -457,8 +460,10 @@ private:
                         .arg(ptEnd.y()));
         const QPointer<QWindow> pGuard(pWindow);
         QTest::mousePress(pWindow, button, modifiers, pt);
+        m_bDragging = true;
         for (int i = 1; i <= 4 && pGuard; ++i)
             QTest::mouseMove(pWindow, pt + (ptEnd - pt) * i / 4);
+        m_bDragging = false;
         if (pGuard)
             QTest::mouseRelease(pWindow, button, modifiers, ptEnd);
     }
@@ -533,6 +538,7 @@ private:
     int m_nDialogs = 0;
     int m_nWindows = 0;
     bool m_bEnded = false;
+    bool m_bDragging = false;  ///< within the moves of a drag
     QMap<QString, int> m_mapDone;
 };
 
