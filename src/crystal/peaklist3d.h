@@ -1,4 +1,4 @@
-// Text file of exported 3D peaks.
+// Text files of exported 3D peaks.
 #pragma once
 
 #include "app/records/peak3d.h"
