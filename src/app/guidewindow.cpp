@@ -65,6 +65,7 @@ GuideBrowser::GuideBrowser(QWidget* pParent) : QTextBrowser(pParent)
     m_timerFit.setInterval(g_nSettleTime);
     connect(&m_timerFit, &QTimer::timeout, this, &GuideBrowser::fitPictures);
     connect(this, &QTextBrowser::sourceChanged, this, [this](const QUrl& url) {
+        m_nHeading = -1;
         formatDocument();
         if (url.hasFragment())
             showHeading(url.fragment());
@@ -92,14 +93,22 @@ QImage GuideBrowser::fitted(const QImage& image) const
 
 void GuideBrowser::fitPictures()
 {
-    // What stands at the top of the window stays there, whatever the pictures above have grown to.
-    const int nPlace = cursorForPosition(QPoint(g_nMargin, 1)).position();
+    // What stands at the top of the window stays there, whatever the pictures above have grown to. A heading
+    // that was asked for before the window had its size is brought there once more.
+    const bool bUntouched = m_nHeading >= 0 && verticalScrollBar()->value() == m_nHeadingValue;
+    const int nPlace = bUntouched ? m_nHeading : cursorForPosition(QPoint(g_nMargin, 1)).position();
     for (auto it = m_hashPicture.cbegin(); it != m_hashPicture.cend(); ++it)
         document()->addResource(QTextDocument::ImageResource, it.key(), fitted(it.value()));
     document()->markContentsDirty(0, document()->characterCount());
     const QTextBlock block = document()->findBlock(nPlace);
-    if (block.isValid() && verticalScrollBar()->value() > 0)
-        verticalScrollBar()->setValue(int(document()->documentLayout()->blockBoundingRect(block).top()));
+    if (block.isValid() && (bUntouched || verticalScrollBar()->value() > 0))
+        scrollTo(block);
+}
+
+void GuideBrowser::scrollTo(const QTextBlock& block)
+{
+    verticalScrollBar()->setValue(int(document()->documentLayout()->blockBoundingRect(block).top()));
+    m_nHeadingValue = verticalScrollBar()->value();
 }
 
 void GuideBrowser::resizeEvent(QResizeEvent* pEvent)
@@ -127,7 +136,8 @@ bool GuideBrowser::showHeading(const QString& strName)
         if (block.blockFormat().headingLevel() == 0 || linkName(block.text()) != strLink)
             continue;
         setTextCursor(QTextCursor(block));
-        verticalScrollBar()->setValue(int(document()->documentLayout()->blockBoundingRect(block).top()));
+        m_nHeading = block.position();
+        scrollTo(block);
         return true;
     }
     return false;

@@ -28,10 +28,13 @@ protected:
 private:
     void formatDocument();
     void fitPictures();
+    void scrollTo(const QTextBlock& block);
     QImage fitted(const QImage& image) const;
 
     QHash<QUrl, QImage> m_hashPicture;  ///< by the names in the text, in full size
     QTimer m_timerFit;                  ///< runs while the window is being resized
+    int m_nHeading = -1;                ///< place of the heading asked for last; -1 none
+    int m_nHeadingValue = 0;  ///< of the scroll bar when it was shown; another one: the user went on
 };
 
 class GuideWindow : public QWidget {

@@ -114,6 +114,7 @@ void MainWindow::createToolBar()
 {
     QToolBar* pBar = addToolBar(QStringLiteral("ToolBar"));
     pBar->setObjectName(QStringLiteral("ToolBar"));
+    explain(pBar->toggleViewAction(), tr("Shows or hides the tool bar."));
     pBar->addActions({m_pActions->m_pOpen, m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries});
     pBar->addSeparator();
     pBar->addActions({m_pActions->m_pZoomIn, m_pActions->m_pZoomOut});

@@ -28,6 +28,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QSpinBox>
+#include <QStackedLayout>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -197,15 +198,17 @@ QGroupBox* NewProjectDialog::makeTilts()
         m_pBeamTiltSpin,
         tr("For series that refine the steps of the goniometer by tilting the beam: frames for each step of "
            "the goniometer. Leave \"none\" if only the goniometer turns."));
-    auto* pGrid = new QGridLayout;
+    auto* pEven = new QWidget(pGroup);
+    auto* pGrid = new QGridLayout(pEven);
+    pGrid->setContentsMargins(0, 0, 0, 0);
     addRow(pGrid, new QLabel(tr("First Frame"), pGroup), m_pTiltStartSpin);
     addRow(pGrid, new QLabel(tr("Step"), pGroup), m_pTiltStepSpin);
     addRow(pGrid, new QLabel(tr("Last Frame"), pGroup), m_pTiltEndSpin);
     addRow(pGrid, new QLabel(tr("Beam Tilts per Stage Step"), pGroup), m_pBeamTiltSpin);
 
+    auto* pList = new QWidget(pGroup);
     m_pTiltEdit = new QPlainTextEdit(pGroup);
     m_pTiltEdit->setPlaceholderText(tr("one tilt per line, in the order of the frames"));
-    m_pTiltEdit->setMinimumHeight(70);
     m_pTiltEdit->setTabChangesFocus(true);
     explain(m_pTiltEdit, tr("One line per frame: its tilt in degrees, or three numbers for stage, beam and "
                             "overall tilt, with decimal points. Lines that begin with # do not count."));
@@ -214,9 +217,17 @@ QGroupBox* NewProjectDialog::makeTilts()
     explain(m_pLoadTiltsButton, tr("Reads the list of tilts from a text file."));
     auto* pLayout = new QVBoxLayout(pGroup);
     pLayout->addLayout(pChoice);
-    pLayout->addLayout(pGrid);
-    pLayout->addWidget(m_pTiltEdit);
-    pLayout->addWidget(m_pLoadTiltsButton, 0, Qt::AlignRight);
+    auto* pListLayout = new QVBoxLayout(pList);
+    pListLayout->setContentsMargins(0, 0, 0, 0);
+    pListLayout->addWidget(m_pTiltEdit, 1);
+    pListLayout->addWidget(m_pLoadTiltsButton, 0, Qt::AlignRight);
+    auto* pStack = new QStackedLayout;  // as high as the boxes, whatever is shown: small screens have no more
+    pStack->addWidget(pEven);
+    pStack->addWidget(pList);
+    pList->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    connect(m_pListRadio, &QRadioButton::toggled, pStack,
+            [pStack](bool bList) { pStack->setCurrentIndex(bList); });
+    pLayout->addLayout(pStack);
     return pGroup;
 }
 
@@ -616,13 +627,8 @@ QString NewProjectDialog::problem() const
 
 void NewProjectDialog::refresh()
 {
-    const bool bList = m_pListRadio->isChecked();
-    m_pTiltStartSpin->setEnabled(!bList);
     m_pTiltStepSpin->setEnabled(m_pStepRadio->isChecked());
     m_pTiltEndSpin->setEnabled(m_pEndRadio->isChecked());
-    m_pBeamTiltSpin->setEnabled(!bList);
-    m_pTiltEdit->setEnabled(bList);
-    m_pLoadTiltsButton->setEnabled(bList);
     m_pVoltageSpin->setEnabled(m_pVoltageRadio->isChecked());
     m_pWavelengthSpin->setEnabled(m_pWavelengthRadio->isChecked());
     m_pPixelSizeSpin->setEnabled(m_pPixelSizeRadio->isChecked());

@@ -205,6 +205,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pReciprocalVolume, "Puts all frames into one volume of reciprocal space, an .mrc stack."},
         {m_pSmvImages,
          "Saves the frames with the drift taken out, for programs that integrate frames themselves."},
+        {m_pExit, "Closes the program. Results are on disk already; settings are kept."},
         {m_pAbout, "Version of the program and the libraries that it uses."},
         {m_pAboutQt, "Version of the Qt library."},
         {m_pShowPeakLabels,

@@ -35,9 +35,11 @@ ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
     setFocusPolicy(Qt::ClickFocus);
     auto* pBackground = new QAction(tr("Background Color..."), this);
     connect(pBackground, &QAction::triggered, this, &ED3DWidget::changeBackGroundColor);
+    pBackground->setWhatsThis(tr("Chooses the colour behind the points."));
     addAction(pBackground);
     auto* pGrid = new QAction(tr("Canvas Grid Color..."), this);
     connect(pGrid, &QAction::triggered, this, &ED3DWidget::changeCanvasGridColor);
+    pGrid->setWhatsThis(tr("Chooses the colour of the grid in the background."));
     addAction(pGrid);
     if (!isValid()) {  // a widget like any other: painted into the window's store
         setAttribute(Qt::WA_PaintOnScreen, false);

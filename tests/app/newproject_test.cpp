@@ -85,7 +85,7 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     } aRow[] = {
         {[](NewProject& p) { p.listFrame.clear(); }, "Add the frames of the series."},
         {[](NewProject& p) { p.tilts = evenTilts(2, 0, 1); }, "2 tilts for 3 frames"},
-        {[](NewProject& p) { p.tilts = evenTilts(3, 5, 0); }, "All frames have the same tilt."},
+        {[](NewProject& p) { p.tilts = evenTilts(3, 5, 0); }, "All frames have the same tilt"},
         {[](NewProject& p) { p.dfWavelength = 0; }, "Give the accelerating voltage"},
         {[](NewProject& p) { p.dfPixelSize = -1; }, "Give the pixel size"},
         {[](NewProject& p) { p.dfPixelSize = 1e-7; }, "The value of \"CCDPIXELSIZE\""},

@@ -3,6 +3,7 @@
 //
 //   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
 #include "app/mainwindow.h"
+#include "app/newprojectdialog.h"
 #include "frames/pages/framespage.h"
 
 #include <QAction>
@@ -158,6 +159,19 @@ int main(int argc, char** argv)
     CCamera camera(window, QDir(listArgument[3]));
     window.show();
     camera.shoot(QStringLiteral("start"));
+
+    // The dialog as it stands when the series of the demo is given, with the demo's own numbers.
+    NewProjectDialog dialog(QFileInfo(listArgument[1]).absolutePath());
+    dialog.addFrames({QFileInfo(listArgument[1]).absolutePath()});
+    dialog.m_pTiltStartSpin->setValue(-51);
+    dialog.m_pTiltStepSpin->setValue(0.85);
+    dialog.m_pPixelSizeSpin->setValue(0.004);
+    dialog.m_pRotationAxisSpin->setValue(-38.5);
+    dialog.m_pFileEdit->setText(QStringLiteral("/data/demo/demo.ed3d"));
+    dialog.show();
+    QTest::qWait(g_nSettleTime);
+    camera.keep(QStringLiteral("newproject"), dialog.grab());
+    dialog.close();
 
     window.openFiles({QFileInfo(listArgument[1]).absoluteFilePath()});
     QWidget* pFrames = camera.openPage(QStringLiteral("Frames"));

@@ -63,15 +63,15 @@ static QString missingPart(const NewProject& project, const QString& strProjectF
         return QStringLiteral("%L1 tilts for %L2 frames: there must be one tilt for each frame.")
             .arg(project.tilts.size())
             .arg(nFrames);
+    const QList<double>& listTilt = project.tilts.listOverall;
+    if (nFrames > 1 && std::count(listTilt.begin(), listTilt.end(), listTilt.first()) == nFrames)
+        return QStringLiteral("All frames have the same tilt: give the step, the end or a list.");
     if (!(project.dfWavelength > 0))
         return QStringLiteral("Give the accelerating voltage or the wavelength.");
     if (!(project.dfPixelSize > 0))
         return QStringLiteral("Give the pixel size, or the camera length and the detector pixel.");
     if (strProjectFile.isEmpty())
         return QStringLiteral("Say where the project file shall stand.");
-    const QList<double>& listTilt = project.tilts.listOverall;
-    if (nFrames > 1 && std::count(listTilt.begin(), listTilt.end(), listTilt.first()) == nFrames)
-        return QStringLiteral("All frames have the same tilt.");
     return {};
 }
 
