@@ -8,6 +8,7 @@
 #include "app/dataset/projectfile.h"
 #include "app/dataset/reflectionlist.h"
 #include "app/dataset/shiftfile.h"
+#include "app/dataset/textlines.h"
 #include "app/dataset/unitcellfile.h"
 #include "app/records/groupmask.h"
 #include "app/records/wholefile.h"
@@ -352,6 +353,13 @@ QString readTiltList(const QString&, const QByteArray& bytes)
     const int nFrames = tilts.size();
     if (nFrames == 0 || tilts.listStage.size() != nFrames || tilts.listBeam.size() != nFrames)
         return QStringLiteral("lists of different length");
+    QList<QByteArray> listLine = splitTextLines(bytes);
+    for (QByteArray& strLine : listLine) {
+        strLine.replace(',', ' ').replace(';', ' ').replace("\xC2\xB0", " ");
+        const int nWords = strLine.simplified().count(' ') + 1;
+        if (!strLine.startsWith('#') && nWords != 1 && nWords != 3)
+            return QStringLiteral("a line of %1 words").arg(nWords);
+    }
     QByteArray bytesWritten;
     for (int i = 0; i < nFrames; ++i) {
         const double adf[] = {tilts.listStage[i], tilts.listBeam[i], tilts.listOverall[i]};
