@@ -7,6 +7,7 @@ foreach(program tessera tessera-batch tessera-simulate tessera-compare)
 endforeach()
 
 if(TARGET tessera)
+  install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/tessera-demo DESTINATION ${CMAKE_INSTALL_BINDIR})
   set(resources ${PROJECT_SOURCE_DIR}/resources)
   install(FILES ${resources}/tessera.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
   install(FILES ${resources}/tessera-mime.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages
@@ -24,3 +25,5 @@ if(TARGET tessera)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/pictures DESTINATION ${guide}
     FILES_MATCHING PATTERN "*.png" PATTERN "*_1920x1080.png" EXCLUDE)
 endif()
+
+include(cmake/Package.cmake)

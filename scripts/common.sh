@@ -10,6 +10,7 @@ PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5
               qt5-image-formats-plugins fonts-dejavu-core)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev libglu1-mesa-dev xvfb xauth
                python3-fabio python3-gemmi python3-mrcfile python3-numpy python3-pil)
+PACKAGES_PACKAGE=(dpkg-dev fakeroot gzip help2man lintian)
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {
@@ -39,4 +40,12 @@ build() {
     }
     rm -f "/tmp/tessera-configure-$$.log"
     ninja -C "$folder" -j "$JOBS" "$@" | tail -n 1
+}
+
+# build_programs: the programs, as released. Whether the folder has tests stays as it is.
+build_programs() {
+    local tests=OFF cache=$PROJECT/build/CMakeCache.txt
+    [ -f "$cache" ] && tests=$(sed -n 's/^TESSERA_TESTS:BOOL=//p' "$cache")
+    build release "$PROJECT/build" -DTESSERA_TESTS="$tests" -DTESSERA_BENCH="$tests" -- \
+        tessera tessera-batch tessera-simulate tessera-compare
 }
