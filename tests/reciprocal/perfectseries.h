@@ -10,10 +10,11 @@ struct PerfectSeries {
     DataSet data;  // with the true cell in force
     QVector<QList<Peak3D>> vecPeak;
 
-    PerfectSeries(const gemmi::UnitCell& cell, double dfMaxDStar, double dfStretch, int nFrames = 101)
+    PerfectSeries(const gemmi::UnitCell& cell, double dfMaxDStar, double dfStretch, int nFrames = 101,
+                  double dfAxis = -38.5)
     {
         data.m_dfPixelSize = 0.002;
-        data.m_dfRotationAxis = -38.5;
+        data.m_dfRotationAxis = dfAxis;
         data.m_dfCenterX = 511.5;
         data.m_dfCenterY = 498.25;
         data.m_dfTiltRelaxation = 0.7;

@@ -1,6 +1,7 @@
 // Runs that try a model on one pattern.
 #include "reciprocal/planeindexing.h"
 #include "reciprocal/stretchingtest.h"
+#include "reciprocal/testpeaks.h"
 
 #include <gtest/gtest.h>
 
@@ -13,13 +14,9 @@ namespace {
 
 Peak3D peakOf(double dfX, double dfY, double dfDStar, double h = 0, double k = 0)
 {
-    Peak3D peak;
-    peak.dfX2D = dfX;
-    peak.dfY2D = dfY;
+    Peak3D peak = peakAt(dfX, dfY, 1, 12.34);
     peak.dfDStar = dfDStar;
     peak.setHKL(h, k, 7);
-    peak.dfIPoint = 12.34;
-    peak.nFrame = 1;
     return peak;
 }
 
