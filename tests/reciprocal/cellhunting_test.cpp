@@ -5,17 +5,15 @@
 #include "reciprocal/plainloops.h"
 #include "reciprocal/reflectionselection.h"
 #include "reciprocal/simulatedlattice.h"
+#include "reciprocal/testpeaks.h"
 #include "reciprocal/vectoraveraging.h"
 #include "recordingreport.h"
 
 #include "app/dataset/unitcellfile.h"
-#include "crystal/cellarithmetic.h"
 
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
-
-#include <limits>
 
 namespace {
 
@@ -46,27 +44,18 @@ QList<Peak3D> randomCloud(int nCount, unsigned nSeed)
 TEST(DifferenceVectors, KeepTheStrongestInTheOrderOfThePlainWay)
 {
     CRunReport report;
-    const gemmi::UnitCell cell(9, 11, 13, 85, 95, 102);
-    const QList<Peak3D> aList[] = {randomCloud(900, 3), randomCloud(60, 4),
-                                   simulatedReflections(reciprocalBasis(cell), 0.55, 1e-3, all)};
-    for (const QList<Peak3D>& list : aList) {
+    for (int nCount : {900, 60}) {
+        const QList<Peak3D> list = randomCloud(nCount, 3);
         const QList<Peak3D> listFast = calDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, report);
-        const QList<Peak3D> listPlain = plainDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, 300000);
-        ASSERT_EQ(listFast.size(), listPlain.size());
-        EXPECT_EQ(listFast.size() == 300000, list.size() > 700);
-        EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain));
+        EXPECT_EQ(listFast.size() == 300000, nCount == 900);
+        EXPECT_TRUE(bitsOf(listFast) == bitsOf(plainDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, 300000)));
     }
-}
-
-TEST(DifferenceVectors, LimitsAreIncluded)
-{
-    CRunReport report;
+    // The limits are included.
     const QList<Peak3D> list = {vectorRecord(0, 0, 0), vectorRecord(0.25f, 0, 0), vectorRecord(0.75f, 0, 0)};
-    const QList<Peak3D> listVector = calDifferenceVectors(list, 0.5f, 0.25f, report);
-    ASSERT_EQ(listVector.size(), 4);
-    EXPECT_EQ(listVector[0].fX3D, -0.25f);
-    EXPECT_EQ(listVector[1].fX3D, 0.25f);
-    EXPECT_EQ(listVector[2].dfDStar, 0.5);
+    QList<double> listX;
+    for (const Peak3D& peak : calDifferenceVectors(list, 0.5f, 0.25f, report))
+        listX.append(double(peak.fX3D));
+    EXPECT_EQ(listX, QList<double>({-0.25, 0.25, -0.5, 0.5}));
 }
 
 TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
@@ -92,50 +81,38 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
         for (float fTolerance : {0.01f, 0.03f, 0.3f, 0.f}) {
             if (fTolerance > 0.1f && list.size() > 10000)
                 continue;  // the plain walk would take minutes
-            const QList<Peak3D> listFast = averageDifferenceVectors(list, fTolerance, report);
-            const QList<Peak3D> listPlain = plainAveragedVectors(list, fTolerance);
-            ASSERT_EQ(listFast.size(), listPlain.size()) << fTolerance << " " << list.size();
-            EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fTolerance << " " << list.size();
+            EXPECT_TRUE(bitsOf(averageDifferenceVectors(list, fTolerance, report)) ==
+                        bitsOf(plainAveragedVectors(list, fTolerance)))
+                << fTolerance << " " << list.size();
         }
     for (const Peak3D& peak : calDifferenceVectors(listStrange, 1, 0.01f, report))
         EXPECT_TRUE(std::isfinite(peak.fX3D));
 }
 
-TEST(BasisVectors, AreShortestAcuteAndRightHanded)
+TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
 {
     // A third vector of the wrong hand exchanges b and c.
     QList<Vec3D> list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(-0.1f, 0, 0),
                                           vectorRecord(-0.02f, 0, 0.15f), vectorRecord(0.02f, -0.2f, 0.01f)});
-    ASSERT_EQ(list.size(), 3);
-    EXPECT_EQ(list[0], Vec3D({0.1f, 0, 0}));
-    EXPECT_EQ(list[1], Vec3D({0.02f, -0.2f, 0.01f}));
-    EXPECT_EQ(list[2], Vec3D({0.02f, 0, -0.15f}));
-    EXPECT_GT(dot(cross(list[0], list[1]), list[2]), 0);
-
+    EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {0.02f, -0.2f, 0.01f}, {0.02f, 0, -0.15f}}));
+    // One line: the last one tried, as it stands.
     list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0.2f, 0, 0), vectorRecord(-0.3f, 0, 0)});
-    ASSERT_EQ(list.size(), 2);  // one line: the last one tried, as it stands
-    EXPECT_EQ(list[1], Vec3D({-0.3f, 0, 0}));
+    EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {-0.3f, 0, 0}}));
     EXPECT_TRUE(findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0)}).isEmpty());
-}
 
-TEST(BasisVectors, LieWithinTheLimits)
-{
     const auto at = [](double dfAngle, double dfHeight, float fLength) {
         const float fFlat = float(std::sqrt(1 - dfHeight * dfHeight)) * fLength;
         return vectorRecord(fFlat * float(std::cos(dfAngle * M_PI / 180)),
                             fFlat * float(std::sin(dfAngle * M_PI / 180)), float(dfHeight) * fLength);
     };
     for (double dfAngle : {29.0, 31.0, 149.0, 151.0}) {
-        const Peak3D second = at(dfAngle, 0, 0.2f);
-        const QList<Vec3D> list = findBasisVectors({at(0, 0, 0.1f), second, at(90, 0, 0.3f), at(0, 1, 0.4f)});
+        list = findBasisVectors({at(0, 0, 0.1f), at(dfAngle, 0, 0.2f), at(90, 0, 0.3f), at(0, 1, 0.4f)});
         ASSERT_EQ(list.size(), 3);
-        EXPECT_EQ(std::min(length(list[1]), length(list[2])) < 0.25f, dfAngle > 30 && dfAngle < 150)
-            << dfAngle;
+        EXPECT_EQ(std::min(length(list[1]), length(list[2])) < 0.25f, std::fabs(dfAngle - 90) < 60);
     }
-    for (double dfTriple : {0.19, 0.21, -0.21, -0.19}) {  // with a and b at right angles it is the height
-        const QList<Vec3D> list = findBasisVectors({at(0, 0, 0.1f), at(90, 0, 0.2f), at(45, dfTriple, 0.3f)});
-        EXPECT_EQ(list.size(), std::fabs(dfTriple) > 0.2 ? 3 : 2) << dfTriple;
-    }
+    for (double dfTriple : {0.19, 0.21, -0.21, -0.19})  // with a and b at right angles it is the height
+        EXPECT_EQ(findBasisVectors({at(0, 0, 0.1f), at(90, 0, 0.2f), at(45, dfTriple, 0.3f)}).size(),
+                  std::fabs(dfTriple) > 0.2 ? 3 : 2);
 }
 
 // Each vector must be an allowed reflection, and the three must span the whole lattice, no more and no less.
@@ -143,24 +120,18 @@ TEST(CellHunting, FindsABasisOfSimulatedCrystals)
 {
     const struct {
         gemmi::UnitCell cell;
-        char cCentring;
-        double dfNoise;
+        bool (*isAllowed)(int, int, int);
         int nDeterminant;
-    } aRow[] = {
-        {{7.3, 9.1, 12.4, 81, 77, 68}, 'P', 0, 1},      {{7.3, 9.1, 12.4, 81, 77, 68}, 'P', 1.5e-3, 1},
-        {{11.2, 7.7, 14.3, 90, 106, 90}, 'C', 1e-3, 2}, {{10.9, 10.9, 10.9, 90, 90, 90}, 'F', 1e-3, 4},
-        {{9.2, 10.4, 15.1, 90, 90, 90}, 'I', 1e-3, 2},  {{5.2, 5.2, 14.1, 90, 90, 120}, 'P', 1e-3, 1}};
+    } aRow[] = {{{7.3, 9.1, 12.4, 81, 77, 68}, all, 1},
+                {{11.2, 7.7, 14.3, 90, 106, 90}, [](int h, int k, int) { return (h + k) % 2 == 0; }, 2},
+                {{10.9, 10.9, 10.9, 90, 90, 90},
+                 [](int h, int k, int l) { return (h + k) % 2 == 0 && (k + l) % 2 == 0; },
+                 4}};
     for (const auto& row : aRow) {
-        const auto allowed = [&](int h, int k, int l) {
-            const bool bSame = (h + k) % 2 == 0 && (k + l) % 2 == 0;
-            return row.cCentring == 'C'   ? (h + k) % 2 == 0
-                   : row.cCentring == 'I' ? (h + k + l) % 2 == 0
-                                          : row.cCentring == 'P' || bSame;
-        };
         const QList<Vec3D> listTruth = reciprocalBasis(row.cell);
         DataSet data;
         CRecordingReport log;
-        ASSERT_TRUE(runUnitCellHunting(data, simulatedReflections(listTruth, 0.6, row.dfNoise, allowed),
+        ASSERT_TRUE(runUnitCellHunting(data, simulatedReflections(listTruth, 0.6, 1.5e-3, row.isAllowed),
                                        CellHuntingParameters(), log, false));
         EXPECT_TRUE(data.m_listCell == data.m_listCellFound);
         CBasisSolver solver;
@@ -168,15 +139,13 @@ TEST(CellHunting, FindsABasisOfSimulatedCrystals)
         gemmi::Mat33 matIndex;
         for (int n = 0; n < 3; ++n) {
             const Vec3D hkl = solver.solve(data.m_listCell.value(n));
-            EXPECT_TRUE(isCloseToInteger(hkl, 0.03f)) << row.cCentring << row.cell.a;
+            EXPECT_TRUE(isCloseToInteger(hkl, 0.03f)) << row.cell.a;
             const int aIndex[] = {roundIndex(double(hkl.x)), roundIndex(double(hkl.y)),
                                   roundIndex(double(hkl.z))};
-            EXPECT_TRUE(allowed(aIndex[0], aIndex[1], aIndex[2]));
-            for (int i = 0; i < 3; ++i)
-                matIndex[n][i] = aIndex[i];
+            EXPECT_TRUE(row.isAllowed(aIndex[0], aIndex[1], aIndex[2]));
+            std::copy(aIndex, aIndex + 3, matIndex[n]);
         }
-        EXPECT_EQ(matIndex.determinant(), row.nDeterminant)
-            << row.cCentring << row.cell.a;  // right-handed, too
+        EXPECT_EQ(matIndex.determinant(), row.nDeterminant) << row.cell.a;  // right-handed, too
         EXPECT_TRUE(log.log().startsWith("blue >Calculating difference vectors...\nblue >Total difference"));
         EXPECT_TRUE(log.m_listLine.last().contains("Found unit cell: a="));
     }
@@ -188,9 +157,8 @@ TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
     for (float fApart : {0.0095f, 0.0105f}) {
         QList<Peak3D> listPair;
         for (const Vec3D& v : {Vec3D{0.1f, 0, 0}, {0.1f, fApart, 0}, {0, 0.2f, 0}, {0, 0, 0.3f}}) {
-            const Vec3D vecFrom = {float(listPair.size()), 0, 0};
-            for (const Vec3D& vecEnd : {vecFrom, vecFrom + v})
-                listPair.append(vectorRecord(vecEnd.x, vecEnd.y, vecEnd.z));
+            const float fFrom = float(listPair.size());
+            listPair << vectorRecord(fFrom, 0, 0) << vectorRecord(fFrom + v.x, v.y, v.z);
         }
         DataSet data;
         CRecordingReport log;
@@ -201,9 +169,8 @@ TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
 
 TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
 {
-    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(8, 11, 5, 90, 90, 100));
-    const QList<Peak3D> list = simulatedReflections(listBasis, 0.7, 0,
-                                                    [](int, int, int l) { return l == 0; });
+    const QList<Peak3D> list = simulatedReflections(reciprocalBasis(gemmi::UnitCell(8, 11, 5, 90, 90, 100)),
+                                                    0.7, 0, [](int, int, int l) { return l == 0; });
     DataSet data;
     CRecordingReport log;
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
@@ -214,40 +181,34 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
     EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
 }
 
-TEST(CellHunting, CommitsATransformedCellToListsAndFile)
+TEST(CellCommit, TakesATransformedCellToListsAndFile)
 {
     QTemporaryDir dir;
     DataSet data;
     data.m_strProjectDir = dir.path();
     data.m_strProjectName = "p";
-    data.m_listCellFound = reciprocalBasis(gemmi::UnitCell(5, 6, 7, 90, 90, 90));
+    data.m_listCell = reciprocalBasis(gemmi::UnitCell(10, 6, 7, 90, 90, 90));
     data.m_vecPeakIndexedOnFrame = {{Peak3D()}};
     data.m_vecReflectionFrame = {3};
     CRecordingReport log;
-    data.m_listCell = reciprocalBasis(gemmi::UnitCell(10, 6, 7, 90, 90, 90));
-    EXPECT_TRUE(commitTransformedCell(data, log));
+    EXPECT_TRUE(commitTransformedCell(data, log) && log.m_listLine.isEmpty());
     EXPECT_EQ(data.m_listCellFound, data.m_listCell);
     EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty() && data.m_vecReflectionFrame.empty());
-    const QList<Vec3D> listFile = readUnitCellFile(dir.filePath("p.uc"));
-    ASSERT_EQ(listFile.size(), 3);
-    EXPECT_NEAR(length(listFile[0] - data.m_listCell[0]), 0, 1e-7f);
-    EXPECT_TRUE(log.m_listLine.isEmpty());
+    EXPECT_NEAR(length(readUnitCellFile(dir.filePath("p.uc")).value(0) - data.m_listCell[0]), 0, 1e-7f);
 }
 
 TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)
 {
-    const auto withID = [](int nID) {
-        Peak3D peak;
-        peak.nID = nID;
-        return peak;
+    const auto withIDs = [](const QList<int>& listID) {
+        QList<Peak3D> list;
+        for (int nID : listID)
+            list.append(reflection(0, 0, 0, 1, nID));
+        return list;
     };
-    const QList<Peak3D> listMerged = {withID(7), withID(0), withID(3), withID(2000000000)};
-    const QList<Peak3D> listView = {withID(3), withID(-4), withID(5), withID(7), withID(0)};
     QList<Peak3D> list;
     CRecordingReport log;
-    ASSERT_TRUE(selectReflectionsForProcessing(listMerged, listView, {0, 1, 2, 3, 99, -1}, list, log));
-    ASSERT_EQ(list.size(), 2);
-    EXPECT_EQ(list[0].nID, 7);
-    EXPECT_EQ(list[1].nID, 3);
+    ASSERT_TRUE(selectReflectionsForProcessing(withIDs({7, 0, 3, 2000000000}), withIDs({3, -4, 5, 7, 0}),
+                                               {0, 1, 2, 3, 99, -1}, list, log));
+    EXPECT_EQ(idsOf(list), QList<int>({7, 3}));
     EXPECT_EQ(log.m_listLine, QStringList("ID: -4 out of range."));
 }

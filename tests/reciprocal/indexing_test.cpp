@@ -195,25 +195,25 @@ TEST(RunIndexing, KnowsTheLimitsOfCellAndNeighbourhood)
 
 TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
 {
-    const struct {
-        int nFrames, nCount, nOnEdge;
-        bool bRefined;
-    } aRow[] = {{2, 6, 0, false}, {2, 7, 0, true}, {3, 8, 2, false}, {3, 9, 2, true}};
-    for (const auto& row : aRow) {
-        QList<Peak3D> list = simulatedReflections(g_listCell, 0.5, 0, all).mid(0, row.nCount);
-        for (int n = 0; n < row.nCount; ++n)
-            list[n].nFrame = n < 2 ? n * (row.nFrames - 1) : row.nFrames / 2;
-        placeAt(list.last(), list[2].point());  // duplicates are refined, too
-        DataSet data;
-        data.m_listCell = g_listCell;
-        data.m_listShift = QVector<QPointF>(row.nFrames).toList();
-        IndexingParameters parameters;
-        parameters.m_bOutputRefinedCell = true;
-        CRecordingReport log;
-        EXPECT_EQ(runIndexing(data, list, parameters, log).listOnEdgeID.size(), row.nOnEdge);
-        EXPECT_EQ(log.said("red There aren't enough reflections for unit cell refinement."), !row.bRefined);
-        EXPECT_EQ(log.said("Unit cell refinement: 7 points."), row.bRefined);
-    }
+    for (int nFrames : {2, 3})
+        for (int nCount : {6, 7, 8, 9}) {
+            QList<Peak3D> list = simulatedReflections(g_listCell, 0.5, 0, all).mid(0, nCount);
+            for (int n = 0; n < nCount; ++n)
+                list[n].nFrame = n < 2 ? n * (nFrames - 1) : nFrames / 2;
+            placeAt(list.last(), list[2].point());  // duplicates are refined, too
+            DataSet data;
+            data.m_listCell = g_listCell;
+            data.m_listShift = QVector<QPointF>(nFrames).toList();
+            IndexingParameters parameters;
+            parameters.m_bOutputRefinedCell = true;
+            CRecordingReport log;
+            const int nOnEdge = nFrames == 3 ? 2 : 0;
+            EXPECT_EQ(runIndexing(data, list, parameters, log).listOnEdgeID.size(), nOnEdge);
+            EXPECT_EQ(log.said("red There aren't enough reflections for unit cell refinement."),
+                      nCount - nOnEdge < 7);
+            EXPECT_EQ(log.said(QString("Unit cell refinement: %1 points.").arg(nCount - nOnEdge)),
+                      nCount - nOnEdge >= 7);
+        }
 }
 
 TEST(RunIndexing, LeavesEverythingWhereItCannotRun)

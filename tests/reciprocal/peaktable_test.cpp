@@ -4,10 +4,11 @@
 #include "printtexts.h"
 #include "reciprocal/mysortfilterproxymodel.h"
 #include "reciprocal/tablemodel.h"
+#include "reciprocal/testpeaks.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <utility>
 
 // Read by the leak check of an address-sanitized build: without an application Qt keeps its collator to the
 // end.
@@ -26,10 +27,7 @@ TEST(PeakTable, AllColumnsOfRecords)
     data.m_dfRotationAxis = 30;
     data.m_spaceGroup.setSpaceGroup(225);  // F: h, k, l all even or all odd
 
-    Peak3D absent;
-    absent.nID = 7;
-    absent.setHKL(1.02, -2.01, 2.98);
-    absent.dfIPoint = 12345.67;
+    Peak3D absent = reflection(1.02, -2.01, 2.98, 12345.67, 7);
     absent.dfIntFit = 999.96;
     absent.dfDStar = 0.16;
     absent.nFrame = 1;
@@ -40,11 +38,8 @@ TEST(PeakTable, AllColumnsOfRecords)
     absent.dfX2DCorrected = -1234.5;
     absent.dfY2DCorrected = 0.126;
     absent.nRGroup = 3;
-    Peak3D origin;
-    origin.nFrame = 0;
+    Peak3D origin = peakAt(123.4, 812.6, 0, 0);
     origin.dfFrameFit = 12.01;
-    origin.dfX2D = 123.4;
-    origin.dfY2D = 812.6;
     Peak3D unindexed = origin;  // on a frame without a shift
     unindexed.nFrame = 2;
     unindexed.setHKL(1, 0.5, -0.94);
@@ -90,31 +85,23 @@ TEST(PeakTable, SortsByNumberOrElseByText)
     model.setDefaultAlignment(130);
     model.setHeader({QStringLiteral("first"), QStringLiteral("second")});
 
-    // Places in the source as they have to come, from the least; a pair with "*" goes by text.
-    const struct {
-        QStringList listCell;
-        int nColumn;
-        QList<int> listOrder;
-    } aRow[] = {
-        {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, 0, {4, 1, 3, 2, 0}},
-        {{"10", "*", "9", "2"}, 1, {1, 3, 2, 0}},
-        {{"3", "2", "1"}, 1, {2, 1, 0}},  // the same column again, with other cells
-        {{number(0.5), number(0.125), number(-0.5)}, 1, {2, 1, 0}},
-    };
-    for (const auto& row : aRow) {
+    // Places in the source as they have to come, from the least; a pair with "*" goes by text. The same
+    // column comes again with other cells.
+    const std::pair<QStringList, QList<int>> aRow[] = {
+        {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, {4, 1, 3, 2, 0}},
+        {{"10", "*", "9", "2"}, {1, 3, 2, 0}},
+        {{number(0.5), number(0.125), number(-0.5)}, {2, 1, 0}}};
+    for (const auto& [listCell, listOrder] : aRow) {
         TableModel::Rows rows;
-        for (const QString& strCell : row.listCell)
-            rows.append(row.nColumn == 0 ? QVector<QString>{strCell, {}} : QVector<QString>{{}, strCell});
+        for (const QString& strCell : listCell)
+            rows.append(QVector<QString>{{}, strCell});
         model.setRows(rows);
-        for (const Qt::SortOrder nOrder : {Qt::DescendingOrder, Qt::AscendingOrder}) {
-            sorted.sort(row.nColumn, nOrder);
-            QList<int> listPlace;
-            for (int i = 0; i < sorted.rowCount(); ++i)
-                listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
-            if (nOrder == Qt::DescendingOrder)
-                std::reverse(listPlace.begin(), listPlace.end());
-            EXPECT_EQ(listPlace, row.listOrder) << row.listCell.join(' ').toStdString();
-        }
+        sorted.sort(1, Qt::DescendingOrder);
+        sorted.sort(1, Qt::AscendingOrder);
+        QList<int> listPlace;
+        for (int i = 0; i < sorted.rowCount(); ++i)
+            listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
+        EXPECT_EQ(listPlace, listOrder) << listCell.join(' ').toStdString();
     }
 
     const QModelIndex index = model.index(2, 1);

@@ -5,6 +5,7 @@
 
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"
+#include "reciprocal/bydstar.h"
 
 #include <QList>
 
@@ -26,14 +27,6 @@ inline std::vector<uint64_t> bitsOf(const QList<Peak3D>& listPeak)
                 std::memcpy(&vecBits.back(), &df, sizeof(df));
         }
     return vecBits;
-}
-
-/// By d*, what is no number last.
-inline void plainSort(QList<Peak3D>& listPeak)
-{
-    std::stable_sort(listPeak.begin(), listPeak.end(), [](const Peak3D& a, const Peak3D& b) {
-        return a.dfDStar < b.dfDStar || (std::isnan(b.dfDStar) && !std::isnan(a.dfDStar));
-    });
 }
 
 inline QList<Peak3D> plainDifferenceVectors(const QList<Peak3D>& listPeak, float fMax, float fMin, int nLimit)
@@ -63,7 +56,7 @@ inline QList<Peak3D> plainDifferenceVectors(const QList<Peak3D>& listPeak, float
 
 inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
 {
-    plainSort(list);
+    sortByDStar(list);
     const float fSquare = fTolerance * fTolerance;
     const double dfHalf = double(fTolerance) * 0.5;
     std::vector<Vec3D> vecSum;
@@ -93,7 +86,7 @@ inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
         pile.nID = n;
         listPile.append(pile);
     }
-    plainSort(listPile);
+    sortByDStar(listPile);
     for (int a = 0; a < listPile.size(); ++a)
         for (int b = a + 1; b < listPile.size() && listPile[b].dfDStar - listPile[a].dfDStar < dfHalf;) {
             if (squaredLength(listPile[a].point() - listPile[b].point()) > fSquare) {
@@ -120,7 +113,7 @@ inline int plainIndexing(QList<Peak3D>& list, const QList<Vec3D>& listBasis, flo
 {
     CBasisSolver solver;
     solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
-    plainSort(list);
+    sortByDStar(list);
     const int nCount = list.size();
     std::vector<int> vecState(size_t(nCount), 0);
     int nPasses = 0;

@@ -56,19 +56,18 @@ TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
     }
 }
 
-TEST(PredictedPositions, OfGapsEndsAndHopelessCells)
+TEST(PredictedPositions, OfGapsAndHopelessCells)
 {
     PerfectSeries series(gemmi::UnitCell(8.6, 13.0, 9.3, 95, 112, 88), 0.9, 0, 5);
-    DataSet& data = series.data;
-    data.m_dfTiltRelaxation = 0;
-    data.m_listOverallTilt = {-2, -1, 10, 10, 11};  // a gap, and one tilt twice
-    const QList<Peak3D> list = predictedPositions(data, 2, 0.9), listTwin = predictedPositions(data, 3, 0.9);
-    EXPECT_GT(list.size(), 10);
-    EXPECT_EQ(list.size(), listTwin.size());
-    for (const Peak3D& peak : predictedPositions(data, 1, 0.9))
+    series.data.m_dfTiltRelaxation = 0;
+    series.data.m_listOverallTilt = {-2, -1, 10, 10, 11};  // a gap, and one tilt twice
+    const auto predict = [&](int nFrame) { return predictedPositions(series.data, nFrame, 0.9); };
+    EXPECT_GT(predict(2).size(), 10);
+    EXPECT_EQ(predict(2).size(), predict(3).size());
+    for (const Peak3D& peak : predict(1))
         EXPECT_LE(std::fabs(peak.dfFrameTilt + 1), 0.5);
-    data.m_listCell[2] = data.m_listCell[1];
-    EXPECT_TRUE(predictedPositions(data, 2, 0.9).isEmpty());
-    data.m_listCell = {{1e-7f, 0, 0}, {0, 1e-7f, 0}, {0, 0, 1e-7f}};
-    EXPECT_TRUE(predictedPositions(data, 2, 0.9).isEmpty() && predictedPositions(data, 5, 0.9).isEmpty());
+    series.data.m_listCell[2] = series.data.m_listCell[1];
+    EXPECT_TRUE(predict(2).isEmpty() && predict(5).isEmpty());
+    series.data.m_listCell = {{1e-7f, 0, 0}, {0, 1e-7f, 0}, {0, 0, 1e-7f}};
+    EXPECT_TRUE(predict(2).isEmpty());
 }

@@ -5,7 +5,6 @@
 #include "simulate/dm3writer.h"
 #include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
-#include "simulate/randomsource.h"
 #include "simulate/truthfile.h"
 
 #include <gtest/gtest.h>
@@ -38,26 +37,6 @@ SimulatedSeries simulated(const SimulationParameters& p)
 
 }  // namespace
 
-TEST(RandomSource, HasTheMomentsOfItsDistributionsAndRepeats)
-{
-    for (double dfMean : {0.3, 7.0, 49.0, 60.0, 4000.0}) {
-        CRandomSource random(5, 9);
-        const int n = 40000;
-        double dfSum = 0, dfSquares = 0;
-        for (int i = 0; i < n; ++i) {
-            const double df = random.poisson(dfMean);
-            dfSum += df;
-            dfSquares += (df - dfMean) * (df - dfMean);
-        }
-        EXPECT_NEAR(dfSum / n, dfMean, 5 * std::sqrt(dfMean / n));
-        EXPECT_NEAR(dfSquares / n / dfMean, 1, 5 * std::sqrt((2 + 1 / dfMean) / n));
-    }
-    CRandomSource a(1, 2), b(1, 2), c(1, 3);
-    const double df = a.normal();
-    EXPECT_EQ(df, b.normal());
-    EXPECT_NE(df, c.normal());
-}
-
 TEST(Frames, SpotsHoldTheirCountsAndTheNoiseIsTheOneTold)
 {
     for (SpotShape shape : {SpotShape::Gaussian, SpotShape::Moffat}) {
@@ -65,12 +44,12 @@ TEST(Frames, SpotsHoldTheirCountsAndTheNoiseIsTheOneTold)
         p.spotShape = shape;
         p.dfBeamCounts = 0;
         p.dfSpotSigma = 2;
+        p.nHotPixels = 0;
         SimulatedSeries series = simulated(p);
         // One spot alone, so that no neighbour reaches into its disc.
-        const auto it = std::max_element(
+        const TruthSpot spot = *std::max_element(
             series.listSpot.begin(), series.listSpot.end(),
             [](const TruthSpot& a, const TruthSpot& b) { return a.dfSignalToNoise < b.dfSignalToNoise; });
-        const TruthSpot spot = *it;
         series.listDrawn.assign(p.nFrames, {});
         const std::vector<double> listBare = expectedFrame(series, spot.nFrame);
         series.listDrawn[spot.nFrame] = {spot};
@@ -78,27 +57,20 @@ TEST(Frames, SpotsHoldTheirCountsAndTheNoiseIsTheOneTold)
         const std::vector<float> listNoisy = renderFrame(series, spot.nFrame);
         const double dfRadius = spotDiscRadius(p);
         double dfCounts = 0, dfVariance = 0, dfDeviation = 0;
-        int nPixels = 0;
         for (int y = 0; y < p.nSize; ++y)
             for (int x = 0; x < p.nSize; ++x) {
                 const size_t i = size_t(y) * p.nSize + x;
-                if (std::hypot(x - spot.dfX, y - spot.dfY) <= dfRadius) {
-                    dfCounts += listWith[i] - listBare[i];
-                    dfVariance += listWith[i] + p.dfReadNoise * p.dfReadNoise;
-                }
-                if (std::none_of(series.listHotPixel.begin(), series.listHotPixel.end(),
-                                 [&](const QPoint& pt) { return pt == QPoint(x, y); })) {
-                    dfDeviation += std::pow(listNoisy[i] - listWith[i], 2) /
-                                   (listWith[i] + p.dfReadNoise * p.dfReadNoise);
-                    ++nPixels;
-                }
+                const double dfPixelVariance = listWith[i] + p.dfReadNoise * p.dfReadNoise;
+                dfDeviation += std::pow(listNoisy[i] - listWith[i], 2) / dfPixelVariance;
+                if (std::hypot(x - spot.dfX, y - spot.dfY) > dfRadius)
+                    continue;
+                dfCounts += listWith[i] - listBare[i];
+                dfVariance += dfPixelVariance;
             }
         // The disc's edge cuts pixels, so its area is told to a few per cent.
         EXPECT_NEAR(dfCounts / spot.dfCounts, 1, 0.02);
         EXPECT_NEAR(dfCounts / std::sqrt(dfVariance) / spot.dfSignalToNoise, 1, 0.03);
-        EXPECT_NEAR(dfDeviation / nPixels, 1, 0.04);
-        for (const QPoint& pt : series.listHotPixel)
-            EXPECT_GT(listNoisy[size_t(pt.y()) * p.nSize + pt.x()], 1000);
+        EXPECT_NEAR(dfDeviation / (p.nSize * p.nSize), 1, 0.04);
     }
 }
 
@@ -110,7 +82,9 @@ TEST(Frames, DependOnTheirSeedAndNotOnTheOrder)
     const std::vector<float> listThird = renderFrame(series, 3);
     renderFrame(series, 0);
     EXPECT_EQ(renderFrame(series, 3), listThird);
-    EXPECT_EQ(*std::max_element(listThird.begin(), listThird.end()), 500.f);
+    for (const QPoint& pt : series.listHotPixel)
+        EXPECT_EQ(listThird[size_t(pt.y()) * p.nSize + pt.x()], 500.f);
+    EXPECT_EQ(*std::max_element(listThird.begin(), listThird.end()), 500.f);  // saturated
     p.nSeed = 2;
     EXPECT_NE(renderFrame(simulated(p), 3), listThird);
 }
@@ -121,18 +95,15 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
     const SimulatedSeries series = simulated(p);
     const std::vector<float> listPixel = renderFrame(series, 2);
     QTemporaryDir dir;
+    // A grey step is 4 counts on writing and 64 on reading.
     const struct {
         FrameFormat format;
-        std::function<double(float)> expected;
-    } aRow[] = {
-        {FrameFormat::Mrc16,
-         [](float f) { return std::clamp(std::floor(double(f) + 0.5), -32768.0, 32767.0); }},
-        {FrameFormat::MrcU16, [](float f) { return std::clamp(std::floor(double(f) + 0.5), 0.0, 65535.0); }},
-        {FrameFormat::MrcFloat, [](float f) { return double(f); }},
-        {FrameFormat::Dm3, [](float f) { return std::floor(double(f) + 0.5); }},
-        // A grey step is 4 counts on writing and 64 on reading.
-        {FrameFormat::Png8,
-         [](float f) { return 64 * std::clamp(std::floor(double(f / 4) + 0.5), 0.0, 255.0); }}};
+        double dfWritten, dfRead, dfLeast, dfMost;
+    } aRow[] = {{FrameFormat::Mrc16, 1, 1, -32768, 32767},
+                {FrameFormat::MrcU16, 1, 1, 0, 65535},
+                {FrameFormat::MrcFloat, 0, 0, 0, 0},
+                {FrameFormat::Dm3, 1, 1, -1e9, 1e9},
+                {FrameFormat::Png8, 4, 64, 0, 255}};
     for (const auto& row : aRow) {
         const QString strFile = dir.filePath(QStringLiteral("frame.") + frameExtension(row.format));
         ASSERT_TRUE(writeFrame(strFile, listPixel, p.nSize, p.nSize, row.format));
@@ -141,9 +112,14 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
         ASSERT_EQ(loadFrame(listImage, strFile, {}, report), 1) << strFile.toStdString();
         ASSERT_EQ(listImage.size(), 1u);
         ASSERT_EQ(listImage[0]->Width(), p.nSize);
-        for (size_t i = 0; i < listPixel.size(); ++i)
-            ASSERT_EQ(listImage[0]->Data()[i], float(row.expected(listPixel[i])))
+        for (size_t i = 0; i < listPixel.size(); ++i) {
+            const double df = std::floor(double(listPixel[i]) / row.dfWritten + 0.5);
+            ASSERT_EQ(listImage[0]->Data()[i],
+                      row.format == FrameFormat::MrcFloat
+                          ? listPixel[i]
+                          : float(row.dfRead * std::clamp(df, row.dfLeast, row.dfMost)))
                 << int(row.format) << ' ' << i;
+        }
     }
     // Oblong, and with big-endian data.
     const std::vector<float> listOblong(listPixel.begin(), listPixel.begin() + 50 * 30);
@@ -151,8 +127,7 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
     CImgObj<float> image;
     ASSERT_EQ(readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), image),
               1);
-    EXPECT_EQ(image.Width(), 50);
-    EXPECT_EQ(image.Height(), 30);
+    EXPECT_TRUE(image.Width() == 50 && image.Height() == 30);
     EXPECT_EQ(image.Data()[777], std::floor(listOblong[777] + 0.5f));
 }
 
@@ -174,27 +149,21 @@ TEST(Series, OpensAsAProjectAndItsTruthReadsBack)
     CRunReport report;
     ASSERT_TRUE(openProject(data, mapping, p.strDirectory + QStringLiteral("/a series.ed3d"), report));
     EXPECT_EQ(data.m_listFrameFile.size(), p.nFrames);
-    for (const QString& strFile : data.m_listFrameFile)
-        EXPECT_TRUE(QFile::exists(strFile)) << strFile.toStdString();
-    EXPECT_DOUBLE_EQ(data.m_dfPixelSize, 0.008);
-    EXPECT_DOUBLE_EQ(data.m_dfRotationAxis, -38.5);
-    EXPECT_DOUBLE_EQ(data.m_dfStretchAzimuth, 130);
+    EXPECT_EQ((QList<double>{data.m_dfPixelSize, data.m_dfRotationAxis, data.m_dfStretchAzimuth}),
+              (QList<double>{0.008, -38.5, 130}));
     EXPECT_EQ(data.m_listBeamTiltBreak, (QList<int>{1, 0, 0, 1, 0, 0}));
     for (int n = 0; n < p.nFrames; ++n) {
-        EXPECT_NEAR(data.m_listStageTilt[n] + data.m_listBeamTilt[n], data.m_listOverallTilt[n], 1e-9);
-        EXPECT_NEAR(data.m_listOverallTilt[n], p.dfTiltStart + n * p.dfTiltStep, 1e-9);
+        EXPECT_TRUE(QFile::exists(data.m_listFrameFile[n]));
+        EXPECT_NEAR(data.m_listStageTilt[n] + data.m_listBeamTilt[n], p.dfTiltStart + n * p.dfTiltStep, 1e-9);
     }
-    ASSERT_EQ(size_t(data.m_listHotPixel.size()), series.listHotPixel.size());
-    EXPECT_EQ(data.m_listHotPixel[1], series.listHotPixel[1]);
+    EXPECT_EQ(data.m_listHotPixel.value(1), series.listHotPixel[1]);
 
     SimulatedSeries read;
     const QString strTruth = p.strDirectory + QStringLiteral("/a series_truth.json");
     ASSERT_TRUE(readTruthFile(strTruth, read, strError)) << strError.toStdString();
     ASSERT_EQ(read.listSpot.size(), series.listSpot.size());
-    for (size_t i = 0; i < read.listSpot.size(); ++i) {
-        EXPECT_NEAR(read.listSpot[i].dfX, series.listSpot[i].dfX, 6e-4);
-        EXPECT_EQ(read.listSpot[i].nL, series.listSpot[i].nL);
-    }
+    EXPECT_NEAR(read.listSpot.back().dfX, series.listSpot.back().dfX, 6e-4);
+    EXPECT_EQ(read.listSpot.back().nL, series.listSpot.back().nL);
     EXPECT_EQ(read.matBasis, series.matBasis);
     EXPECT_EQ(read.listShift, series.listShift);
     EXPECT_EQ(read.adfCell, series.adfCell);
