@@ -98,66 +98,49 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
 // A chain whose two intensities have nothing to do with each other and whose tilt jumps back.
 TEST(Merging, EveryWayOfReducingAChain)
 {
-    QList<Peak3D> list;
-    const struct {
-        double dfTilt, dfI2D, dfIPoint;
-        Vec3D vecPoint;
-    } aPeak[] = {{-3, 2, 7, {0, 0, 0}}, {5, 8, 1, {3, 4, 0}}, {-1, 8, 3, {3, 4, 12}}, {7, -9, -2, {9, 9, 9}}};
-    for (const auto& peak : aPeak) {
-        Peak3D member = peakAt(10 + list.size(), 20 + list.size(), list.size(), peak.dfIPoint);
-        member.setPoint(peak.vecPoint);
-        member.dfI2D = peak.dfI2D;
-        member.dfFrameTilt = peak.dfTilt;
-        member.dfX2DCorrected = 30 + list.size();
-        member.dfY2DCorrected = 40 + list.size();
-        list.append(member);
+    DataSet data = flatSeries(4);
+    data.m_listOverallTilt = {-3, 5, -1, 7};
+    const double adfI2D[] = {2, 8, 8, -9}, adfIPoint[] = {7, 1, 3, 0};
+    const Vec3D avecPoint[] = {{0, 0, 0}, {3, 4, 0}, {3, 4, 12}, {3, 4, 8}};
+    for (int n = 0; n < 4; ++n) {
+        addPeak(data, n, 10 + n, 20 + n, avecPoint[n], adfI2D[n]);
+        Peak3D& peak = data.m_listPeakFrame[n][0];
+        peak.dfIPoint = adfIPoint[n];
+        peak.dfFrameTilt = data.m_listOverallTilt[n];
+        peak.dfX2DCorrected = 30 + n;
+        peak.dfY2DCorrected = 40 + n;
     }
-    const BeamCentres centres = {{QPointF(), QPointF(1, 2), QPointF(), QPointF()}, 100, 200};
-    // The path goes 13 to the third peak, 12 from it to the second.
-    const auto path = [](double dfA, double dfC, double dfB) {
-        return 650 * (dfA + dfC) + 600 * (dfC + dfB);
+    // The path goes 13 pixels to the third peak, 12 from it to the second and 8 to the last.
+    const auto path = [](double dfA, double dfB, double dfC, double dfD) {
+        return 0.65 * (dfA + dfC) + 0.6 * (dfC + dfB) + 0.4 * (dfB + dfD);
     };
     const struct {
-        bool bLine;
-        int nMode, nMembers;
+        bool bLine, b2D;
         double dfI, dfZ;
         int nBest;
-    } aRow[] = {{false, 1, 4, 8, 8 * 12 / 18.0, 1},  // the first of the equally strong
-                {false, 0, 4, 7, 3 * 12 / 11.0, 0},
-                {true, 1, 3, path(2, 8, 8), 36 / 11.0, 0},
-                {true, 0, 3, path(7, 3, 1), 36 / 11.0, 0}};
+    } aRow[] = {{false, true, 8, 96 / 18.0, 1},  // the first of the equally strong
+                {false, false, 7, 36 / 11.0, 0},
+                {true, true, path(2, 8, 8, -9), 36 / 11.0, 0},
+                {true, false, path(7, 1, 3, 0), 36 / 11.0, 0}};
     for (const auto& row : aRow) {
-        Peak3D merged = reflection(9, 9, 9, 0, 9);
-        ASSERT_TRUE((row.bLine ? mergeReflectionsLineIntegration : mergeReflectionsMax)(
-            merged, list.mid(0, row.nMembers), centres, row.nMode));
-        const Peak3D& best = list[row.nBest];
-        EXPECT_NEAR(merged.dfIPoint, row.dfI, 1e-3) << row.bLine << row.nMode;
-        EXPECT_NEAR(merged.fZ3D, row.dfZ, 1e-5) << row.bLine << row.nMode;
-        EXPECT_NEAR(merged.dfDStar, length(merged.point()), 1e-6);
-        const double adfMerged[] = {merged.dfFrameTilt,    merged.dfX2D,          merged.dfY2D,
-                                    merged.dfX2DCorrected, merged.dfY2DCorrected, double(merged.nFrame)};
-        const double adfBest[] = {
-            best.dfFrameTilt,    best.dfX2D + 100 + row.nBest, best.dfY2D + 200 + 2 * row.nBest,
-            best.dfX2DCorrected, best.dfY2DCorrected,          double(best.nFrame)};
-        for (int n = 0; n < 6; ++n)
-            EXPECT_EQ(adfMerged[n], adfBest[n]) << n;
-        EXPECT_EQ(merged.dfI2D + merged.dfH + merged.dfK + merged.dfL + merged.nID + merged.nRGroup, 0);
-    }
-
-    // And the merge takes the way that the page asks for.
-    for (int n = 0; n < 4; ++n) {
-        DataSet data = flatSeries(2);
-        addPeak(data, 0, 0, 0, {0, 0, 0}, 5);
-        addPeak(data, 1, 0, 0, {4, 0, 0}, 1);
-        data.m_listPeakFrame[1][0].dfIPoint = 30;
         PeakMergingParameters parameters;
-        parameters.m_bIntegrateThroughFrames = n & 2;
-        parameters.m_bIntegrate2D = n & 1;
+        parameters.m_dfMin3DDistance = 1000;
+        parameters.m_bIntegrateThroughFrames = row.bLine;
+        parameters.m_bIntegrate2D = row.b2D;
         CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
-        const double aIntensity[] = {30, 5, 100 * 0.004 * 40 / 2, 100 * 0.004 * 6 / 2};
-        EXPECT_NEAR(data.m_listPeakMerged.value(0).dfIPoint, aIntensity[n], 1e-5) << n;
-        EXPECT_EQ(data.m_nIntensityMode, n & 1);
+        EXPECT_EQ(data.m_nIntensityMode, int(row.b2D));
+        ASSERT_EQ(data.m_listPeakMerged.size(), 1);
+        const Peak3D& merged = data.m_listPeakMerged[0];
+        const Peak3D& best = data.m_listPeakFrame[row.nBest][0];
+        EXPECT_NEAR(merged.dfIPoint, row.dfI, 1e-5) << row.bLine << row.b2D;
+        EXPECT_NEAR(merged.fZ3D, 0.001 * row.dfZ, 1e-8) << row.bLine << row.b2D;
+        EXPECT_NEAR(merged.dfDStar, length(merged.point()), 1e-9);
+        for (double Peak3D::*p : {&Peak3D::dfFrameTilt, &Peak3D::dfX2D, &Peak3D::dfY2D,
+                                  &Peak3D::dfX2DCorrected, &Peak3D::dfY2DCorrected})
+            EXPECT_EQ(merged.*p, best.*p);
+        EXPECT_EQ(merged.nFrame, row.nBest);
+        EXPECT_EQ(merged.dfI2D, 0);
     }
 }
 
