@@ -19,6 +19,7 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
     const MergingPage merging;
     const CellPage cell;
     const ExtractionPage extracting;
+    const RefinementPage refining;
     DataSet data;
     PeakHuntingParameters hunt;
     MappingParameters mapping;
@@ -26,6 +27,7 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
     CellHuntingParameters hunting;
     IndexingParameters indexing;
     ExtractionParameters extraction;
+    RefinementParameters refinement;
     const std::pair<QDoubleSpinBox*, double*> aRow[] = {
         {frames.m_pWavelengthSpin, &data.m_dfWavelength},
         {frames.m_pPixelSizeSpin, &data.m_dfPixelSize},
@@ -49,6 +51,10 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
         {cell.m_pSpinCellRangeMin, &hunting.m_dfCellRangeMin},
         {cell.m_pSpinCellRangeMax, &hunting.m_dfCellRangeMax},
         {extracting.m_pSpinResolutionLimit, &extraction.m_dfResolutionLimit},
+        {refining.m_pSpinRefineIntensityLow, &refinement.m_dfRefineIntensityLow},
+        {refining.m_pSpinRefineIntensityHigh, &refinement.m_dfRefineIntensityHigh},
+        {refining.m_pSpinRefineDStarLow, &refinement.m_dfRefineDStarLow},
+        {refining.m_pSpinRefineDStarHigh, &refinement.m_dfRefineDStarHigh},
         {cell.m_pSpinIndexThreshold, &indexing.m_dfIndexThreshold}};
     for (const auto& row : aRow)
         for (double dfNumber : g_listNumber) {
@@ -61,6 +67,7 @@ TEST(Pages, GiveBackTheNumbersThatTheDriverComputesWith)
             roundToPages(hunting);
             roundToPages(indexing);
             roundToPages(extraction);
+            roundToPages(refinement);
             EXPECT_DOUBLE_EQ(row.first->value(), *row.second) << &row - aRow << " from " << dfNumber;
         }
     for (int nNumber : {-5, 7, 20000}) {

@@ -451,6 +451,7 @@ void CBatchRoad::roundParameters()
     roundToPages(m_options.merging);
     roundToPages(m_options.cell);
     roundToPages(m_options.indexing);
+    roundToPages(m_options.refinement);
 }
 
 bool CBatchRoad::runStage(BatchStage stage)

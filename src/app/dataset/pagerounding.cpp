@@ -83,3 +83,11 @@ void roundToPages(IndexingParameters& parameters)
     hold(parameters.m_dfIndexThreshold, 2, 0.01, 0.5);
     parameters.m_nSpaceGroup = qBound(1, parameters.m_nSpaceGroup, 230);
 }
+
+void roundToPages(RefinementParameters& parameters)
+{
+    hold(parameters.m_dfRefineIntensityLow, 1, -1e7, 1e7);
+    hold(parameters.m_dfRefineIntensityHigh, 1, -1e7, 1e7);
+    hold(parameters.m_dfRefineDStarLow, 3, 0, 1000);
+    hold(parameters.m_dfRefineDStarHigh, 3, 0, 1000);
+}

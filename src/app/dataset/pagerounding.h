@@ -33,3 +33,5 @@ void roundToPages(CellHuntingParameters& parameters);
 void roundToPages(ExtractionParameters& parameters);
 /// 2 decimals. Index threshold 0.01 to 0.5; space group 1 to 230.
 void roundToPages(IndexingParameters& parameters);
+/// Intensities 1 decimal, -10⁷ to 10⁷; d* 3 decimals, 0 to 1000 Å⁻¹.
+void roundToPages(RefinementParameters& parameters);
