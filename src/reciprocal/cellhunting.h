@@ -5,7 +5,6 @@
 #include "app/records/runparameters.h"
 #include "app/records/runreport.h"
 #include "crystal/cellmessage.h"
-#include "reciprocal/cellcommit.h"  // for those who hunt and commit
 
 /// Searches the unit cell of the selected reflections and commits it.
 ///
