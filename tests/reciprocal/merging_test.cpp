@@ -64,14 +64,14 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 0, 50, 50, {50, 50, 0}, 1);
     addPeak(data, 0, -30, 0, {-30, 0, 11}, 3);  // more than 10 pixels from the plane
     addPeak(data, 1, 51, 50, {70, 50, 0}, 1);
-    addPeak(data, 1, 11, 10, {11, 12, 0}, 6);
-    addPeak(data, 1, 15, 10, {12, 12, 0}, 0);  // exactly 5 pixels from the chain's end: not near enough
+    addPeak(data, 1, 11, 11, {11, 12, 0}, 6);
+    addPeak(data, 1, 10, 15, {12, 12, 0}, 0);  // exactly 5 pixels from the chain's end: not near enough
     addPeak(data, 2, 52, 50, {90, 50, 0}, 1);
-    addPeak(data, 2, 12, 10, {12, 14, 0}, 6);
+    addPeak(data, 2, 17, 10, {12, 14, 0}, 6);
     addPeak(data, 2, 12, 12, {12, 14, 0}, -5);     // below the least intensity
     addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: above the greatest
     addPeak(data, 1, 14, 10, {11, 12, 0}, 2);      // a second one of the frame, which leads the chain on
-    addPeak(data, 1, 15, 13, {12, 12, 0}, 0);      // near one that began on this very frame
+    addPeak(data, 1, 12, 18, {12, 12, 0}, 0);      // near one that began on this very frame
     CRecordingReport log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
     ASSERT_TRUE(result.bFinished);
