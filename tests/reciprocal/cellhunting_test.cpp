@@ -1,6 +1,7 @@
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/basisvectors.h"
 #include "reciprocal/cellcommit.h"
+#include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/plainloops.h"
 #include "reciprocal/reflectionselection.h"
@@ -179,6 +180,28 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
     EXPECT_FALSE(runUnitCellHunting(data, list.mid(0, 2), CellHuntingParameters(), log, false));
     EXPECT_TRUE(log.m_listLine.last().endsWith("Unit cell not found."));
     EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
+}
+
+// Every tenth reflection has a satellite, whose vector is shorter than any of the lattice.
+TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
+{
+    const gemmi::UnitCell cell(5.3, 6.1, 7.4, 81, 77, 68);
+    const QList<Vec3D> listTruth = reciprocalBasis(cell);
+    QList<Peak3D> list = simulatedReflections(listTruth, 0.8, 1e-3, all);
+    for (int n = list.size() - 1; n >= 0; n -= 10) {
+        list.append(list[n]);
+        placeAt(list.last(), list[n].point() + scaled(listTruth[2], 0.45f));
+    }
+    DataSet data;
+    CRecordingReport log;
+    ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
+    EXPECT_LT(indexedShare(data.m_listCell, list, 0.05f, log), 0.5);
+    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false));
+    EXPECT_TRUE(log.said("% of the reflections fit this cell. Searching again"));
+    EXPECT_NEAR(1 / std::fabs(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2])),
+                cell.volume, 0.02 * cell.volume);
+    EXPECT_GT(indexedShare(data.m_listCell, list, 0.05f, log), 0.7);
+    EXPECT_FALSE(runCheckedCellHunting(data, {}, CellHuntingParameters(), 0.05, log, false));
 }
 
 TEST(CellCommit, TakesATransformedCellToListsAndFile)

@@ -20,6 +20,7 @@
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/centreoffset.h"
+#include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/indexing.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
@@ -616,8 +617,16 @@ bool CBatchRoad::runCell()
         if (!saveUnitCellFile(m_dataSet, strFile, &strReason)) {
             return fail(strReason);
         }
-    } else if (!runUnitCellHunting(m_dataSet, m_dataSet.m_listPeakMerged, m_options.cell, m_report, true)) {
-        return false;
+    } else {
+        const QList<Peak3D>& listMerged = m_dataSet.m_listPeakMerged;
+        const bool bFound = m_options.bWindowDefaults
+                                ? runUnitCellHunting(m_dataSet, listMerged, m_options.cell, m_report, true)
+                                : runCheckedCellHunting(m_dataSet, listMerged, m_options.cell,
+                                                        m_options.indexing.m_dfIndexThreshold, m_report,
+                                                        true);
+        if (!bFound) {
+            return false;
+        }
     }
     m_summary[QStringLiteral("cell")] = cellObject();
     return replacedSince(stamp, strFile);

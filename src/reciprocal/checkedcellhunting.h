@@ -1,0 +1,22 @@
+// Checked cell hunting: a cell search that looks whether its cell indexes the reflections.
+#pragma once
+
+#include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
+#include "app/records/runreport.h"
+
+/// The part, 0 to 1, of the reflections that get indices of their own on a basis.
+/// @param fThreshold  how far an index may lie from a whole number
+double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
+                    CRunReport& report);
+
+/// Searches as runUnitCellHunting() does. Where less than half of the reflections fit the cell, it searches
+/// again with a longest edge that leaves out the shortest vector of the last basis: one wrong vector, such as
+/// spots that were hunted twice make, is shorter than all of the lattice and spoils the whole basis. The best
+/// of a few cells is kept and committed; with `bSave` the project's unit-cell file takes it.
+///
+/// @param dfIndexThreshold  as in the indexing
+/// @return false, with the former cell in force, when the first search finds none or is stopped
+bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
+                           const CellHuntingParameters& parameters, double dfIndexThreshold,
+                           CRunReport& report, bool bSave);
