@@ -22,6 +22,12 @@ QString percent(double dfShare)
     return QString::number(100 * dfShare, 'f', 1);
 }
 
+/// The longest edge of a search that leaves out the shortest vector of a basis.
+double shorterEdge(const QList<Vec3D>& listCell)
+{
+    return g_dfShorter / double(std::min({length(listCell[0]), length(listCell[1]), length(listCell[2])}));
+}
+
 }  // namespace
 
 double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
@@ -34,6 +40,19 @@ double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelec
     std::copy_if(listPeak.begin(), listPeak.end(), std::back_inserter(listIndexed),
                  [&](const Peak3D& peak) { return isCloseToInteger(peak, fThreshold); });
     return double(takeDuplicateReflections(listIndexed)[0].size()) / listPeak.size();
+}
+
+void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection, double dfIndexThreshold,
+                  CRunReport& report)
+{
+    if (dataSet.m_listCell.size() != 3)
+        return;
+    const double dfShare = indexedShare(dataSet.m_listCell, listSelection, float(dfIndexThreshold), report);
+    if (dfShare < g_dfEnough)
+        report.addMessage(QStringLiteral("Only %1% of the reflections fit this cell. If it is wrong, search "
+                                         "with a \"Max.\" of %2 Å, which leaves out its shortest vector.")
+                              .arg(percent(dfShare))
+                              .arg(shorterEdge(dataSet.m_listCell), 0, 'f', 1));
 }
 
 bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
@@ -52,8 +71,7 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
             dfBest = dfShare;
             listBest = listCell;
         }
-        const float fShortest = std::min({length(listCell[0]), length(listCell[1]), length(listCell[2])});
-        range.m_dfCellRangeMax = g_dfShorter / double(fShortest);
+        range.m_dfCellRangeMax = shorterEdge(listCell);
         if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches ||
             !(range.m_dfCellRangeMax > range.m_dfCellRangeMin))
             break;

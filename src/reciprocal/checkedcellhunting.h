@@ -10,6 +10,11 @@
 double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
                     CRunReport& report);
 
+/// Says so in the log where less than half of the reflections fit the cell in force, and with which longest
+/// edge to search again.
+void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection, double dfIndexThreshold,
+                  CRunReport& report);
+
 /// Searches as runUnitCellHunting() does. Where less than half of the reflections fit the cell, it searches
 /// again with a longest edge that leaves out the shortest vector of the last basis: one wrong vector, such as
 /// spots that were hunted twice make, is shorter than all of the lattice and spoils the whole basis. The best

@@ -6,6 +6,7 @@
 #include "crystal/cellarithmetic.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/cellhunting.h"
+#include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/pages/cellpage.h"
 #include "reciprocal/reflectionselection.h"
 #include "view3d/ed3dwidget.h"
@@ -76,8 +77,11 @@ void MainWindow::runUnitCellHunting()
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
     const CellHuntingParameters cellHunting = m_cellHunting;
+    const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
     guarded([&] {
         bFound = ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
+        if (bFound)
+            adviseOnCell(m_dataSet, listSelection, dfIndexThreshold, report);
     });
     if (bFound) {
         updateUnitCell();

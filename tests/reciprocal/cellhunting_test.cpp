@@ -196,6 +196,8 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
     CRecordingReport log;
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
     EXPECT_LT(indexedShare(data.m_listCell, list, 0.05f, log), 0.5);
+    adviseOnCell(data, list, 0.05, log);
+    EXPECT_TRUE(log.m_listLine.last().contains("If it is wrong, search with a \"Max.\" of "));
     ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false));
     EXPECT_TRUE(log.said("% of the reflections fit this cell. Searching again"));
     EXPECT_NEAR(1 / std::fabs(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2])),
