@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <mutex>
+#include <type_traits>
 
 namespace {
 
@@ -21,26 +23,24 @@ fftwf_complex* asFftw(COMPLEX* p)
     return reinterpret_cast<fftwf_complex*>(p);
 }
 
+struct PlanDestroy {
+    void operator()(fftwf_plan plan) const
+    {
+        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        fftwf_destroy_plan(plan);
+    }
+};
+using PlanHandle = std::unique_ptr<std::remove_pointer_t<fftwf_plan>, PlanDestroy>;
+
 // Transforms of nBlock lines of one length, forward and backward, between two aligned buffers of the
 // holder. Lines stand at multiples of a padded stride: a stride of a high power of two would crowd
 // the lines of a block into the same cache sets.
 struct LinePlan {
     int nLength = 0;
     int nStride = 0;
-    fftwf_plan planForward = nullptr;
-    fftwf_plan planBackward = nullptr;
-
-    LinePlan() = default;
-    LinePlan(const LinePlan&) = delete;
-    LinePlan& operator=(const LinePlan&) = delete;
-    ~LinePlan()
-    {
-        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
-        if (planForward)
-            fftwf_destroy_plan(planForward);
-        if (planBackward)
-            fftwf_destroy_plan(planBackward);
-    }
+    PlanHandle planForward;
+    PlanHandle planBackward;
+    PlanHandle planReal;  // forward, from real lines to the halves of their spectra
 
     bool make(COMPLEX* pIn, COMPLEX* pOut)
     {
@@ -49,33 +49,19 @@ struct LinePlan {
             return fftwf_plan_many_dft(1, &nLength, nBlock, asFftw(pIn), nullptr, 1, nStride, asFftw(pOut),
                                        nullptr, 1, nStride, nSign, FFTW_ESTIMATE);
         };
-        planForward = plan(FFTW_FORWARD);
-        planBackward = plan(FFTW_BACKWARD);
+        planForward.reset(plan(FFTW_FORWARD));
+        planBackward.reset(plan(FFTW_BACKWARD));
         return planForward && planBackward;
     }
-};
 
-// Transforms of nBlock real rows of one length into the halves of their spectra.
-struct RealRowPlan {
-    fftwf_plan plan = nullptr;
-
-    RealRowPlan() = default;
-    RealRowPlan(const RealRowPlan&) = delete;
-    RealRowPlan& operator=(const RealRowPlan&) = delete;
-    ~RealRowPlan()
+    bool makeReal(COMPLEX* pIn, COMPLEX* pOut)
     {
         const std::lock_guard<std::mutex> lock(g_mutexPlanner);
-        if (plan)
-            fftwf_destroy_plan(plan);
-    }
-
-    bool make(int nLength, int nStride, COMPLEX* pIn, COMPLEX* pOut)
-    {
-        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
-        if (!plan)
-            plan = fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn), nullptr, 1,
-                                           nStride, asFftw(pOut), nullptr, 1, nStride, FFTW_ESTIMATE);
-        return plan != nullptr;
+        if (!planReal)
+            planReal.reset(fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn),
+                                                   nullptr, 1, nStride, asFftw(pOut), nullptr, 1, nStride,
+                                                   FFTW_ESTIMATE));
+        return planReal != nullptr;
     }
 };
 
@@ -104,7 +90,6 @@ struct CAcmlFft::Plan {
     Scratch pOut;
     LinePlan row;
     LinePlan column;
-    RealRowPlan realRow;  // made when it is first asked for
 };
 
 CAcmlFft::CAcmlFft() = default;
@@ -153,7 +138,7 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
         for (int i = 0; i < nLines; i++)
             std::memcpy(pIn + i * nRowStride, pData + std::size_t(y + i) * nRowLength,
                         nRowLength * sizeof(COMPLEX));
-        fftwf_execute(bForward ? m_pComm->row.planForward : m_pComm->row.planBackward);
+        fftwf_execute((bForward ? m_pComm->row.planForward : m_pComm->row.planBackward).get());
         for (int i = 0; i < nLines; i++)
             std::memcpy(pData + std::size_t(y + i) * nRowLength, pOut + i * nRowStride,
                         nRowLength * sizeof(COMPLEX));
@@ -167,7 +152,7 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
         for (int y = 0; y < nHeight; y++)
             for (int i = 0; i < nLines; i++)
                 pIn[i * nColumnStride + y] = pColumns[std::size_t(y) * nRowLength + std::size_t(i)];
-        fftwf_execute(bForward ? m_pComm->column.planForward : m_pComm->column.planBackward);
+        fftwf_execute((bForward ? m_pComm->column.planForward : m_pComm->column.planBackward).get());
         for (int y = 0; y < nHeight; y++)
             for (int i = 0; i < nLines; i++) {
                 const COMPLEX value = pOut[i * nColumnStride + y];
@@ -190,7 +175,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     COMPLEX* pIn = m_pComm->pIn.get();
     COMPLEX* pOut = m_pComm->pOut.get();
     const int nRowStride = m_pComm->row.nStride;
-    if (!m_pComm->realRow.make(nWidth, nRowStride, pIn, pOut))
+    if (!m_pComm->row.makeReal(pIn, pOut))
         return 0;
 
     // Block after block of nBlock columns: at first row after row within each, so that the columns of a block
@@ -200,7 +185,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
         const int nLines = std::min(nBlock, nHeight - y);
         for (int i = 0; i < nLines; i++)
             fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
-        fftwf_execute(m_pComm->realRow.plan);
+        fftwf_execute(m_pComm->row.planReal.get());
         for (int x = 0; x < nColumns; x += nBlock) {
             COMPLEX* pTarget = pHalf + std::size_t(x) * std::size_t(nHeight) + std::size_t(y) * nBlock;
             const std::size_t nUsed = std::size_t(std::min(nBlock, nColumns - x));
@@ -216,7 +201,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
         for (int y = 0; y < nHeight; y++)
             for (int i = 0; i < nBlock; i++)
                 pIn[i * nStride + y] = pBlock[y * nBlock + i];
-        fftwf_execute(m_pComm->column.planForward);
+        fftwf_execute(m_pComm->column.planForward.get());
         for (int i = 0; i < nBlock; i++)
             std::copy_n(pOut + std::ptrdiff_t(i) * nStride, nHeight, pBlock + std::ptrdiff_t(i) * nHeight);
     }
@@ -237,7 +222,7 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
     // The work space holds two blocks for each of the spectrum, row after row: its columns x … x + 7, and
     // those that mirror them, −x − 7 … −x.
     const auto transformInto = [&](COMPLEX* pBlock) {
-        fftwf_execute(m_pComm->column.planBackward);
+        fftwf_execute(m_pComm->column.planBackward.get());
         for (int y = 0; y < nHeight; y++)
             for (int i = 0; i < nBlock; i++)
                 pBlock[y * nBlock + i] = pOut[i * nStride + y];
@@ -292,7 +277,7 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
                               pRow + nWidth - x - nLast + 1);
             }
         }
-        fftwf_execute(m_pComm->row.planBackward);
+        fftwf_execute(m_pComm->row.planBackward.get());
         for (int i = 0; i < nLines; i++) {
             const COMPLEX* pRow = pOut + std::ptrdiff_t(i) * nRowStride;
             const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
