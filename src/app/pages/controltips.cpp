@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMainWindow>
 #include <QWidget>
 
 // Only rich text is wrapped in a tool tip.
@@ -42,7 +43,9 @@ static const QWidget* nextWidget(const QLayout* pLayout, int nItem)
 
 void shareTips(QWidget* pWindow)
 {
-    for (const QLayout* pLayout : pWindow->findChildren<QLayout*>())
+    for (const QLayout* pLayout : pWindow->findChildren<QLayout*>()) {
+        if (qobject_cast<const QMainWindow*>(pLayout->parent()))  // docks and bars, which it does not count
+            continue;
         for (int i = 0; i < pLayout->count(); ++i) {
             auto* pLabel = qobject_cast<QLabel*>(pLayout->itemAt(i)->widget());
             const QWidget* pNext = pLabel ? nextWidget(pLayout, i) : nullptr;
@@ -51,6 +54,7 @@ void shareTips(QWidget* pWindow)
                 pLabel->setWhatsThis(pNext->whatsThis());
             }
         }
+    }
     for (QWidget* pWidget : pWindow->findChildren<QWidget*>())
         if (pWidget->whatsThis().isEmpty())
             pWidget->setWhatsThis(pWidget->toolTip());
