@@ -5,8 +5,8 @@
 #include "frames/badpixels.h"
 #include "frames/frameloader.h"
 
-#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <condition_variable>
@@ -237,8 +237,7 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
 
 void savePeakList(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strPath = QDir(dataSet.m_strProjectDir).absolutePath() + QLatin1Char('/') +
-                            dataSet.m_strProjectName + QStringLiteral(".pk");
+    const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".pk"))).absoluteFilePath();
     QString strReason;
     if (writePeakList(dataSet, strPath, &strReason))
         report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Qt::black);

@@ -16,8 +16,8 @@
 #include "imaging/imageshifts.h"
 #include "imaging/peakfit2d.h"
 
-#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 
 #include <memory>
 #include <vector>
@@ -209,8 +209,7 @@ QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum
 
 void saveShifts(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strPath = QDir(dataSet.m_strProjectDir).absolutePath() + QLatin1Char('/') +
-                            dataSet.m_strProjectName + QStringLiteral(".sc");
+    const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".sc"))).absoluteFilePath();
     QString strReason;
     if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
                        &strReason)) {

@@ -24,8 +24,7 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
         return;
-    const QString strFileName = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
-                                QStringLiteral(".uc");
+    const QString strFileName = fileOfProject(dataSet, QStringLiteral(".uc"));
     QString strReason;
     if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
         report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),

@@ -52,8 +52,7 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
         report.addMessage(strLine);
         bytes += strLine.toUtf8() + '\n';
     }
-    const QString strFileName = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
-                                QStringLiteral("_pos.txt");
+    const QString strFileName = fileOfProject(dataSet, QStringLiteral("_pos.txt"));
     if (writeWholeFile(strFileName, bytes, true))
         return true;
     report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);

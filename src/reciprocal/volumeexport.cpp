@@ -50,11 +50,10 @@ Walk addFrames(CReciprocalVolume& volume, const QStringList& listFrame, const QL
 
 QString reciprocalVolumeFile(const DataSet& dataSet)
 {
-    const QString strBase = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName;
-    const QString strFile = strBase + QStringLiteral(".mrc");
+    const QString strFile = fileOfProject(dataSet, QStringLiteral(".mrc"));
     return frameAmongTargets({strFile}, dataSet.m_listFrameFile).isEmpty()
                ? strFile
-               : strBase + QStringLiteral("_volume.mrc");
+               : fileOfProject(dataSet, QStringLiteral("_volume.mrc"));
 }
 
 bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,

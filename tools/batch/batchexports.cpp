@@ -72,8 +72,7 @@ bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunRepor
 
 bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strFile = dataSet.m_strProjectDir + QLatin1Char('/') + dataSet.m_strProjectName +
-                            QStringLiteral(".ipf");
+    const QString strFile = fileOfProject(dataSet, QStringLiteral(".ipf"));
     const FileStamp stamp = FileStamp::of(strFile);
     outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                      dataSet.m_strProjectName, report);

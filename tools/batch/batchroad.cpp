@@ -178,7 +178,7 @@ QString CBatchRoad::resultBase() const
     if (!m_bOpened) {
         return {};
     }
-    return m_dataSet.m_strProjectDir + QLatin1Char('/') + m_dataSet.m_strProjectName;
+    return fileOfProject(m_dataSet, {});
 }
 
 bool CBatchRoad::run()

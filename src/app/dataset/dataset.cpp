@@ -1,5 +1,7 @@
 #include "app/dataset/dataset.h"
 
+#include <QDir>
+
 void clearDataSet(DataSet& data)
 {
     data.m_vecFrameImage.clear();
@@ -11,4 +13,9 @@ void clearDataSet(DataSet& data)
     data.m_vecPeakIndexedOnFrame.clear();
     data.m_vecReflectionFrame.clear();
     data.m_maskPeakHunting.listPolygon.clear();
+}
+
+QString fileOfProject(const DataSet& data, const QString& strEnding)
+{
+    return QDir(data.m_strProjectDir).filePath(data.m_strProjectName + strEnding);
 }

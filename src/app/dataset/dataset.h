@@ -59,3 +59,7 @@ struct DataSet {
 /// Takes leave of the data set: frees the images of the current frame and empties hot pixels, peaks, shifts,
 /// cells, indexed peaks and the hunting mask. Geometry, groups and merged lists stay until they are replaced.
 void clearDataSet(DataSet& data);
+
+/// The file beside the project that is named after it: project folder, "/", project name and the ending as it
+/// is given, such as ".pk" or "_pos.txt".
+QString fileOfProject(const DataSet& data, const QString& strEnding);

@@ -23,9 +23,8 @@ OpenKind openKind(const QStringList& listFile)
 // The base name of the project with the extension if that file exists, else the fixed name, which need not.
 static QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName)
 {
-    const QString strFolder = data.m_strProjectDir + QLatin1Char('/');
-    const QString strOwn = strFolder + data.m_strProjectName + QLatin1Char('.') + strExtension;
-    return QFileInfo::exists(strOwn) ? strOwn : strFolder + strFixedName;
+    const QString strOwn = fileOfProject(data, QLatin1Char('.') + strExtension);
+    return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + strFixedName;
 }
 
 // A side file that is not there is no mishap; one that is there and cannot be used is.
