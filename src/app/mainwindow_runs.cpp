@@ -58,6 +58,9 @@ void MainWindow::guarded(const std::function<void()>& fn)
     } catch (const std::exception& error) {  // out of memory: the window and its data go on
         m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
                                    Qt::red);
+    } catch (const wchar_t* pszReason) {  // as the image shifts report an odd side
+        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszReason)),
+                                   Qt::red);
     }
 }
 
