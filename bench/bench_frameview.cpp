@@ -33,7 +33,8 @@ void needApplication()
     static int nArgument = 1;
     static char aName[] = "tessera-bench";
     static char* aArgument[] = {aName, nullptr};
-    new QApplication(nArgument, aArgument);  // lives to the end: screens and fonts go down with the process
+    static const QApplication* const pApplication = new QApplication(nArgument, aArgument);
+    Q_UNUSED(pApplication)  // it lives to the end: screens and fonts go down with the process
 }
 
 QString frameFile()

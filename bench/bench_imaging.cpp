@@ -17,6 +17,7 @@ namespace {
 std::vector<COMPLEX> testImage(int nSide)
 {
     std::vector<COMPLEX> vec;
+    vec.reserve(size_t(nSide) * size_t(nSide));
     for (int i = 0; i < nSide * nSide; i++)
         vec.push_back({float(i % 1009 * 7919 % 1009), 0.f});
     return vec;

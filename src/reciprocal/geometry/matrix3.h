@@ -28,7 +28,7 @@ public:
     {
         if (nRow < 1 || nRow > 3)
             return;
-        double* pRow = m_dfElement + 3 * (nRow - 1);
+        double* pRow = &m_dfElement[3 * (nRow - 1)];
         pRow[0] = double(v.x);
         pRow[1] = double(v.y);
         pRow[2] = double(v.z);
@@ -38,7 +38,7 @@ public:
     {
         if (nRow < 1 || nRow > 3)
             return {};
-        const double* pRow = m_dfElement + 3 * (nRow - 1);
+        const double* pRow = &m_dfElement[3 * (nRow - 1)];
         return {float(pRow[0]), float(pRow[1]), float(pRow[2])};
     }
     /// `nColumn` 0, 1 or 2; any other value does nothing.
