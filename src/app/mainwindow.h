@@ -458,6 +458,7 @@ private:
     QTableView* m_pPeakTableView = nullptr;
     TableModel* m_pPeakTableModel = nullptr;
     QList<QAction*> m_listColumnAction;  ///< one per column of the peak table
+    QByteArray m_bytesColumnLayout;      ///< of the peak table when it last had rows
     QwtPlot* m_pCurvePlot = nullptr;
     QwtPlotCurve* m_pCurve = nullptr;
     QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series; owned

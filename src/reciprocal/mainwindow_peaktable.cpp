@@ -146,8 +146,17 @@ void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
 {
     guarded([&] {
         m_dataSet.m_spaceGroup.setSpaceGroup(m_pCellPage->m_pComboReflectionGrouping->currentData().toInt());
-        m_pPeakTableModel->setRows(
-            peakTableRows(listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale));
+        const auto rows = peakTableRows(listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale);
+        // Without rows the columns go, and with them what the user has made of them.
+        QHeaderView* pHeader = m_pPeakTableView->horizontalHeader();
+        const bool bHadColumns = pHeader->count() > 0;
+        if (bHadColumns)
+            m_bytesColumnLayout = pHeader->saveState();
+        m_pPeakTableModel->setRows(rows);
+        if (!bHadColumns && pHeader->count() > 0) {
+            pHeader->restoreState(m_bytesColumnLayout);
+            updatePeakTableColumnVisability();
+        }
     });
 }
 

@@ -64,20 +64,13 @@ protected:
 
 }  // namespace
 
-TEST_F(PeakTableWindow, ColumnsAndClipboard)
+TEST_F(PeakTableWindow, TheClipboardHasTheColumnsInSight)
 {
-    const QList<int> listHidden = {1, 2, 3, 8, 12, 13, 14, 15}, listFixed = {4, 5, 6, 8, 12, 13, 15};
     const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
     ASSERT_EQ(listAction.size(), 26);
-    ASSERT_EQ(m_pTable->model()->rowCount(), 1);
-    for (int i = 0; i < 26; ++i) {
-        EXPECT_EQ(cell(0, i), QStringLiteral("0")) << i;
-        EXPECT_EQ(m_pTable->isColumnHidden(i), listHidden.contains(i)) << i;
-        EXPECT_EQ(listAction[i]->isChecked(), !listHidden.contains(i)) << i;
-        EXPECT_EQ(listAction[i]->isEnabled(), !listFixed.contains(i)) << i;
-        EXPECT_EQ(m_pTable->model()->headerData(i, Qt::Horizontal).toString(), listAction[i]->text());
-    }
     listAction[1]->setChecked(true);
+    m_pTable->setColumnWidth(5, 77);
+    m_pWindow->updatePeakTable({});  // without rows the columns go, and come back as they were
     listAction[9]->setChecked(false);
 
     Peak3D peak;
@@ -89,6 +82,7 @@ TEST_F(PeakTableWindow, ColumnsAndClipboard)
     weak.nID = 3;
     weak.dfIPoint = 2;
     m_pWindow->updatePeakTable({peak, weak});
+    EXPECT_EQ(m_pTable->columnWidth(5), 77);
     m_pTable->sortByColumn(7, Qt::AscendingOrder);
     m_pWindow->copyAllReflectionsInPeakTable();
     // Digit groups stay only where the locale parts them by what is no space.
