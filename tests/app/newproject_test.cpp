@@ -30,7 +30,7 @@ TEST(NewProject, FramesInTheOrderOfTheirNumbers)
     QTemporaryDir dir;
     for (const char* pch : {"s10.mrc", "S9.MRC", "s009.mrc", "s2a.mrc", "s1.png", "readme.txt", "a12b3.mrc",
                             "a012b20.mrc", "s2.mrc"})
-        putFile(dir.filePath(pch), "x");
+        writeBytes(dir.filePath(pch), "x");
     QStringList listName;
     for (const QString& strFile : framesInFolder(dir.path()))
         listName += QFileInfo(strFile).fileName();
@@ -83,9 +83,6 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
         std::function<void(NewProject&)> fnSpoil;
         const char* pchReason;
     } aRow[] = {
-        {[](NewProject& p) { p.listFrame.clear(); }, "Add the frames of the series."},
-        {[](NewProject& p) { p.tilts = evenTilts(2, 0, 1); }, "2 tilts for 3 frames"},
-        {[](NewProject& p) { p.tilts = evenTilts(3, 5, 0); }, "All frames have the same tilt"},
         {[](NewProject& p) { p.dfWavelength = 0; }, "Give the accelerating voltage"},
         {[](NewProject& p) { p.dfPixelSize = -1; }, "Give the pixel size"},
         {[](NewProject& p) { p.dfPixelSize = 1e-7; }, "The value of \"CCDPIXELSIZE\""},

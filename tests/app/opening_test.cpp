@@ -69,7 +69,7 @@ class Opening : public testing::Test {
 protected:
     bool open(const QByteArray& bytesProject = g_strGeometry + g_strFrames)
     {
-        putFile(path("p.ed3d"), bytesProject);
+        writeBytes(path("p.ed3d"), bytesProject);
         m_report = CRecordingReport();
         m_listReason.clear();
         return openProject(m_data, m_parameters, path("p.ed3d"), m_report, &m_listReason);
@@ -85,10 +85,10 @@ protected:
 
 TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
 {
-    putFile(path("peaklist.txt"), "1 0 0 1 1 1\n");
-    putFile(path("shifts.txt"), "1 1\n1 0 0\n2 0 0\n3 0 0\n");
-    putFile(path("unitcell.txt"), g_strCell);
-    putFile(path("hotpixels.txt"), "1 4 5\n");
+    writeBytes(path("peaklist.txt"), "1 0 0 1 1 1\n");
+    writeBytes(path("shifts.txt"), "1 1\n1 0 0\n2 0 0\n3 0 0\n");
+    writeBytes(path("unitcell.txt"), g_strCell);
+    writeBytes(path("hotpixels.txt"), "1 4 5\n");
     ASSERT_TRUE(open());
     EXPECT_TRUE(loadUnitCellAtOpening(m_data, m_report));
     EXPECT_EQ(m_report.marked(), QStringList({"1 hot pixel positions loaded.",
@@ -99,9 +99,9 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
     EXPECT_EQ(m_data.m_listBeamTiltBreak, QList<int>({1, 0, 0}));
     EXPECT_EQ(m_data.m_strWorkingDir, path("a"));
 
-    putFile(path("p.pk"), "1 0 0 1 1 1\n2 2 0 1 1 1\n");
-    putFile(path("p.sc"), "100.126 250.5\n1 0 0\n2 0 0\n3 0 0\n");
-    putFile(path("p.uc"), "b* 1 0 0\n");
+    writeBytes(path("p.pk"), "1 0 0 1 1 1\n2 2 0 1 1 1\n");
+    writeBytes(path("p.sc"), "100.126 250.5\n1 0 0\n2 0 0\n3 0 0\n");
+    writeBytes(path("p.uc"), "b* 1 0 0\n");
     m_data.m_bAutoContrastOnLoad = false;
     m_data.m_vecReflectionFrame = {1};
     m_data.m_maskPeakHunting.listPolygon.append(QPolygonF());
@@ -122,9 +122,9 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
 
 TEST_F(Opening, LeavesSideFilesOfOtherFrameCountsAside)
 {
-    putFile(path("p.pk"), "1 3 0 1 1 1\n");
-    putFile(path("p.sc"), "1 1\n1 0 0\n");
-    putFile(path("p.uc"), g_strCell);
+    writeBytes(path("p.pk"), "1 3 0 1 1 1\n");
+    writeBytes(path("p.sc"), "1 1\n1 0 0\n");
+    writeBytes(path("p.uc"), g_strCell);
     ASSERT_TRUE(open());
     EXPECT_FALSE(loadUnitCellAtOpening(m_data, m_report));
     EXPECT_EQ(m_report.marked(),

@@ -109,7 +109,7 @@ TEST(PeakList, IsWrittenInColumnsAndReadsBack)
                             {peakAt(4095, 4095, 999999.9, 999999999.9)}};
     data.m_vecPeakGroup = {{{0, 1}, {}}, {}, {{0, 64}}};
     ASSERT_EQ(writePeakList(data, strFile), 1);
-    EXPECT_EQ(bytesOf(strFile),
+    EXPECT_EQ(readBytes(strFile),
               "       1    0     0   12.0    7.2    100.0      1234.6 C000000000000000\n"
               "       2    0     1  512.0    0.0     -3.5        -0.0 0000000000000000\n"
               "       3    2     0 4095.0 4095.0 999999.9 999999999.9 8000000000000000\n");
@@ -129,7 +129,7 @@ TEST(PeakList, LeavesGroupsOfOtherPeaksAsideAndCountsLinesTooWide)
     data.m_vecPeakGroup = {{{5}, {5}}, {{5}}};  // of a list with two peaks on frame 0
     QString strReason;
     ASSERT_EQ(writePeakList(data, strFile, &strReason), 1);
-    EXPECT_EQ(bytesOf(strFile).count(" 8000000000000000\n"), 2);
+    EXPECT_EQ(readBytes(strFile).count(" 8000000000000000\n"), 2);
     EXPECT_TRUE(strReason.contains("1 lines")) << strReason.toStdString();
     CRecordingReport report;
     EXPECT_EQ(readPeakList(data, strFile, report), 1);

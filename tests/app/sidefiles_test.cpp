@@ -35,15 +35,15 @@ TEST(ShiftFile, IsWrittenInColumnsAndKeepsALongerOneBeside)
     QTemporaryDir folder;
     const QString strFile = folder.filePath("a.sc");
     ASSERT_TRUE(writeShiftFile(strFile, {255.555, 1024, {{0, 0}, {-0.126, 3.5}, {99999.99, -1234.56}}}));
-    EXPECT_EQ(bytesOf(strFile),
+    EXPECT_EQ(readBytes(strFile),
               "  255.56 1024.00\n   1    0.00    0.00\n   2   -0.13    3.50\n   399999.99-1234.56\n");
     // a file that does not read as more frames is not kept
     ASSERT_TRUE(writeShiftFile(strFile, {1, 2, {{0, 0}, {1, 1}, {2, 2}}}));
     EXPECT_FALSE(QFile::exists(strFile + "~"));
-    const QByteArray bytesThree = bytesOf(strFile);
+    const QByteArray bytesThree = readBytes(strFile);
     const ShiftData shiftTwo{3, 4, {{0, 0}, {1, 1}}};
     ASSERT_TRUE(writeShiftFile(strFile, shiftTwo));
-    EXPECT_EQ(bytesOf(strFile + "~"), bytesThree);
+    EXPECT_EQ(readBytes(strFile + "~"), bytesThree);
     ShiftData shift;
     ASSERT_TRUE(readShiftFile(strFile, shift));
     EXPECT_EQ(shift.dfCenterX, 3);
@@ -59,7 +59,7 @@ TEST(UnitCellFile, IsWrittenWithItsDirectCellAndReadsBack)
     DataSet data;
     data.m_listCell = {{0.125f, 0, 0}, {0, 0.1f, 0}, {0, 0, -0.0625f}};
     ASSERT_TRUE(saveUnitCellFile(data, strFile));
-    EXPECT_EQ(bytesOf(strFile),
+    EXPECT_EQ(readBytes(strFile),
               QByteArray("\xEF\xBB\xBF"
                          "# a=8.000 Å, b=10.000 Å, c=16.000 Å, α=90.000°, β=90.000°, γ=90.000°\n"
                          "a*   0.12500000  0.00000000  0.00000000\n"
@@ -68,7 +68,7 @@ TEST(UnitCellFile, IsWrittenWithItsDirectCellAndReadsBack)
     EXPECT_EQ(readUnitCellFile(strFile), data.m_listCell);
     data.m_listCell[2] = data.m_listCell[0];
     ASSERT_TRUE(saveUnitCellFile(data, strFile));
-    EXPECT_TRUE(bytesOf(strFile).startsWith("\xEF\xBB\xBF# co-planar vectors!\na* "));
+    EXPECT_TRUE(readBytes(strFile).startsWith("\xEF\xBB\xBF# co-planar vectors!\na* "));
     EXPECT_EQ(readUnitCellFile(strFile), data.m_listCell);
     EXPECT_FALSE(saveUnitCellFile(data, ""));
     EXPECT_FALSE(saveUnitCellFile(data, folder.filePath("none/a.uc")));
@@ -114,10 +114,10 @@ TEST(HotPixelFile, CutsCoordinatesAndChecksSerials)
 TEST(ReflectionList, TakesTenItemsWithoutAnS)
 {
     QTemporaryDir folder;
-    const QString strFile = putFile(folder.filePath("r.txt"),
-                                    "# title\n1 1.9 -2.9 0 0.3 0.4 0 5 100.5 ok\n2 1 1 1 1 1 1 1 1 sus\n"
-                                    "3 1 1 1 1 1 1 1 1\n4 1 1 1 nan 1 1 1 1 a\n5 3e9 1 1 1 1 1 1 1 a\n"
-                                    "7 1 0 0 0 0 2 0 7 S\r\n");
+    const QString strFile = writeBytes(folder.filePath("r.txt"),
+                                       "# title\n1 1.9 -2.9 0 0.3 0.4 0 5 100.5 ok\n2 1 1 1 1 1 1 1 1 sus\n"
+                                       "3 1 1 1 1 1 1 1 1\n4 1 1 1 nan 1 1 1 1 a\n5 3e9 1 1 1 1 1 1 1 a\n"
+                                       "7 1 0 0 0 0 2 0 7 S\r\n");
     QList<Vec3D> listPoint;
     QList<HKLRef> listReflection;
     ASSERT_TRUE(readReflectionList(strFile, listPoint, listReflection));
@@ -126,6 +126,7 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
         strText += QString::asprintf("#%d: %d %d %g %g; ", peak.nID, listReflection[peak.nID].nH,
                                      listReflection[peak.nID].nK, peak.dfDStar, peak.dfIPoint);
     EXPECT_EQ(strText, QString("#0: 1 -2 0.5 100.5; #1: 1 0 2 7; "));
-    EXPECT_FALSE(readReflectionList(putFile(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));
+    EXPECT_FALSE(
+        readReflectionList(writeBytes(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));
     EXPECT_EQ(listPoint.size(), 2);
 }

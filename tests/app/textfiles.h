@@ -1,28 +1,8 @@
-// Small helpers for tests that read and write files.
+// A data set with frames that have names only.
 #pragma once
 
 #include "app/dataset/dataset.h"
-#include "printtexts.h"
-
-#include <gtest/gtest.h>
-
-#include <QByteArray>
-#include <QFile>
-#include <QString>
-
-inline QString putFile(const QString& strFileName, const QByteArray& bytes)
-{
-    QFile file(strFileName);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << strFileName.toStdString();
-    EXPECT_EQ(file.write(bytes), bytes.size());
-    return strFileName;
-}
-
-inline QByteArray bytesOf(const QString& strFileName)
-{
-    QFile file(strFileName);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
+#include "filebytes.h"
 
 inline void setFrames(DataSet& data, int nFrames)
 {

@@ -24,16 +24,16 @@ TEST(WholeFile, AFullDiskLeavesTheFormerFile)
           }),
           TWrite([&](const QString&strFile, QString*p) { return writePeakList(data, strFile, p) == 1; })}) {
         QTemporaryDir folder;
-        const QString strFile = putFile(folder.filePath("f"), "old");
+        const QString strFile = writeBytes(folder.filePath("f"), "old");
         QString strReason;
         {
             const CFileSizeLimit limit(5);
             EXPECT_FALSE(write(strFile, &strReason));
         }
         EXPECT_TRUE(strReason.contains(strFile)) << strReason.toStdString();
-        EXPECT_EQ(bytesOf(strFile), "old");
+        EXPECT_EQ(readBytes(strFile), "old");
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("f"));  // nothing lies beside
         EXPECT_TRUE(write(strFile, &strReason));                                  // it was the disk
-        EXPECT_NE(bytesOf(strFile), "old");
+        EXPECT_NE(readBytes(strFile), "old");
     }
 }

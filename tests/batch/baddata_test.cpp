@@ -1,8 +1,7 @@
 // What a series that is broken somewhere gets from the driver: a line that names it, status 1, and
 // the result files of earlier runs as they were.
-#include "batchprogram.h"
+#include "batch/batchprogram.h"
 
-#include <gtest/gtest.h>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -90,10 +89,6 @@ const BadCase aBad[] = {
      [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); },
      {},
      "No image found in"},
-    {"huge size",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(2000000000, 2000000000, 1, 2, PIXELS)); },
-     {},
-     "f2.mrc"},
     {"frame of another size",
      [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); },
      {"--region", "32,32,64"},
@@ -126,27 +121,11 @@ const BadCase aBad[] = {
      [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); },
      {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
-    {"pixel size NaN",
-     [](const Series& s) { s.replaceInProject("CCDPIXELSIZE 0.01", "CCDPIXELSIZE nan"); },
-     {},
-     "Error reading ed3d file"},
-    {"empty list",
-     [](const Series& s) {
-         s.write("s.ed3d",
-                 "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
-                 "FILELIST\nENDFILELIST\n");
-     },
-     {},
-     "no frames"},
     {"project missing", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }, {}, "Could not load file"},
     {"project missing, with a folder of its own",
      [](const Series& s) { QFile::remove(s.path("s.ed3d")); },
      {"--out", "%/new"},
      "Could not load file"},
-    {"mask of two corners",
-     [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); },
-     {"--mask", "%/m.msk"},
-     "as mask file"},
     {"frame missing for the fits",
      [](const Series& s) { QFile::remove(s.path("f2.mrc")); },
      {"--from", "refine"},

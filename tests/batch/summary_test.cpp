@@ -1,7 +1,6 @@
 // The table of many series.
-#include "batchprogram.h"
+#include "batch/batchprogram.h"
 
-#include <gtest/gtest.h>
 #include <QTemporaryDir>
 
 TEST(Summary, HasTheWorstFirstAndNamesWhatIsWrong)

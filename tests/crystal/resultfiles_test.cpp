@@ -5,19 +5,12 @@
 #include "crystal/indexingtable.h"
 #include "crystal/peaklist3d.h"
 #include "crystal/testreflection.h"
+#include "filebytes.h"
 
-#include <gtest/gtest.h>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 namespace {
-
-QByteArray contentOf(const QString& strFile)
-{
-    QFile file(strFile);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
 
 const QList<Vec3D> g_listCell{{0.1f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.04f}};
 
@@ -61,13 +54,13 @@ TEST_F(ResultFiles, HklAndP4pWithTheirMessages)
     EXPECT_TRUE(
         write({reflection(0.98, 0, 0, 20, 0.1), reflection(0, 1.02, 0, 30, 0.0501)}, g_listCell, "x.y"));
     // d* below 0.1: the origin, ±b*, and the points of the b* c* plane in the swept wedge.
-    EXPECT_EQ(contentOf(path("x.y.hkl")),
+    EXPECT_EQ(readBytes(path("x.y.hkl")),
               "   1   0   0    20.0     1.0\n"
               "   0   1   0    30.0     1.0\n"
               "   0  -1  -1       0     1.0\n   0  -1   0       0     1.0\n   0  -1   1       0     1.0\n"
               "   0   1  -1       0     1.0\n   0   1   1       0     1.0\n"
               "   0   0   0     0.0     0.0\n");
-    EXPECT_EQ(contentOf(path("x.y.p4p")), "CELL   10.000   20.000   25.000    90.00    90.00    90.00\n");
+    EXPECT_EQ(readBytes(path("x.y.p4p")), "CELL   10.000   20.000   25.000    90.00    90.00    90.00\n");
     // One that can't be written doesn't stop the other, and leaves no scraps.
     ASSERT_TRUE(QDir(m_dir.path()).mkdir("n.hkl"));  // a folder in the file's place
     EXPECT_FALSE(write({}, g_listCell, "n"));
@@ -85,12 +78,9 @@ TEST_F(ResultFiles, HklAndP4pWithTheirMessages)
 
 TEST_F(ResultFiles, HklFilesAreReadInFreeFormat)
 {
-    QFile file(path("in.hkl"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(
-        "# comment\n   1  -2   3  1234.6     1.0\n\n1 2 3\n+4\t5 6 -7e2 x\r\n1.5 2 3 4\n"
-        "99999999999 1 1 5\n1 1 1 1e99\n7 8 9 1e-60\n2 2 2 nonsense\n   0   0   0     0.0     0.0");
-    file.close();
+    writeBytes(path("in.hkl"),
+               "# comment\n   1  -2   3  1234.6     1.0\n\n1 2 3\n+4\t5 6 -7e2 x\r\n1.5 2 3 4\n"
+               "99999999999 1 1 5\n1 1 1 1e99\n7 8 9 1e-60\n2 2 2 nonsense\n   0   0   0     0.0     0.0");
     QString strRead;
     for (const HKL5& hkl : readHKLFile(path("in.hkl")))
         strRead +=
@@ -119,11 +109,11 @@ TEST_F(ResultFiles, PeakListsAndTableHaveTheirColumns)
     const QByteArray baLine =
         "1007 -1003.250 0.512346   1234.6         87654.3      512       99  0.250000 -0.125000  1.000000\n";
     ASSERT_TRUE(writePeak3DList({peak}, path("p"), false));
-    EXPECT_EQ(contentOf(path("p")), baHead + baLine);
+    EXPECT_EQ(readBytes(path("p")), baHead + baLine);
     ASSERT_TRUE(writePeak3DList({peak}, path("p"), true));
-    EXPECT_EQ(contentOf(path("p")), "# H | K | L " + baHead + "1234.000    3.750   -0.400 " + baLine);
+    EXPECT_EQ(readBytes(path("p")), "# H | K | L " + baHead + "1234.000    3.750   -0.400 " + baLine);
     ASSERT_TRUE(writeIndexedPeakList({{}, {peak}}, path("p")));
-    EXPECT_EQ(contentOf(path("p")),
+    EXPECT_EQ(readBytes(path("p")),
               "# Frame.no    H    K    L    d*    x    y     I_point    I_2D\n"
               "   2 1234    3    0   0.512346   511    98     1234.6    87654.3\n");
     outputIndexingResultsToWindow({peak, Peak3D()}, m_report);

@@ -22,7 +22,7 @@ protected:
     QByteArray saved(const QImage& picture, const char* pName)
     {
         EXPECT_TRUE(picture.save(path(pName))) << pName;
-        return bytesOf(path(pName));
+        return readBytes(path(pName));
     }
     ImageList m_vecImage;
     CRecordingReport m_report;

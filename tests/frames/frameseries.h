@@ -2,14 +2,12 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "filebytes.h"
 #include "frames/peakfilters.h"
 #include "imagefiles/mrcfile.h"
 #include "recordingreport.h"
 
-#include <gtest/gtest.h>
-
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -58,11 +56,7 @@ struct FrameSeries {
     }
     void removeFrame(int n) { QFile::remove(dataSet.m_listFrameFile[n]); }
     /// Content of a file of the folder; null when there is none.
-    QByteArray content(const QString& strName) const
-    {
-        QFile file(dir.filePath(strName));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray content(const QString& strName) const { return readBytes(dir.filePath(strName)); }
 
     QTemporaryDir dir;
     DataSet dataSet;

@@ -22,7 +22,7 @@ QByteArray header(int nX, int nY, int nZ, int nMode)
     return bytes;
 }
 
-int readBytes(const QByteArray& bytes, ImageList& vecImage, QString* pReason = nullptr)
+int parsed(const QByteArray& bytes, ImageList& vecImage, QString* pReason = nullptr)
 {
     return readMrcBytes(reinterpret_cast<const uint8_t*>(bytes.constData()),
                         static_cast<size_t>(bytes.size()), vecImage, pReason);
@@ -80,7 +80,7 @@ TEST_F(Mrc, ReadsBackWideStacksOfSeveralBlocks)
         ImageList vecImage;
         ASSERT_EQ(pWrite(vecWide, path("wide.mrc")), 1);
         ASSERT_EQ(ReadMRC(path("wide.mrc"), vecImage), 1);
-        ASSERT_EQ(readBytes(bytesOf(path("wide.mrc")), vecImage), 1);
+        ASSERT_EQ(parsed(readBytes(path("wide.mrc")), vecImage), 1);
         ASSERT_EQ(vecImage.size(), 40u);
         for (size_t z = 0; z < 40; ++z)
             EXPECT_EQ(std::memcmp(vecImage[z]->Data(), vecWide[z % 20]->Data(), 60000 * sizeof(float)), 0);
@@ -96,19 +96,19 @@ TEST_F(Mrc, WritesTheBytesThatAnotherProgramWrites)
         ImageList vecImage;
         ASSERT_EQ(ReadMRC(fixture(pName), vecImage), 1);
         ASSERT_EQ(pWrite(vecImage, path("out.mrc")), 1);
-        const QByteArray bytesOther = bytesOf(fixture(pName));
+        const QByteArray bytesOther = readBytes(fixture(pName));
         // sizes, mode, M, cell and map axes; the other program also fills in angles, statistics and labels
-        EXPECT_EQ(bytesOf(path("out.mrc")), bytesOther.left(16) + QByteArray(12, 0) + bytesOther.mid(28, 24) +
-                                                QByteArray(12, 0) + bytesOther.mid(64, 12) +
-                                                QByteArray(136, 0) + "\x44\x41" + QByteArray(810, 0) +
-                                                bytesOther.mid(1024));
+        EXPECT_EQ(readBytes(path("out.mrc")), bytesOther.left(16) + QByteArray(12, 0) +
+                                                  bytesOther.mid(28, 24) + QByteArray(12, 0) +
+                                                  bytesOther.mid(64, 12) + QByteArray(136, 0) + "\x44\x41" +
+                                                  QByteArray(810, 0) + bytesOther.mid(1024));
     }
 }
 
 TEST_F(Mrc, BrokenHeadersAndCutStacksGiveWhatIsWholeAndAReason)
 {
     const QByteArray bytesPixels(70, '\1');
-    const QByteArray bytesStack = bytesOf(fixture("mode1.mrc"));
+    const QByteArray bytesStack = readBytes(fixture("mode1.mrc"));
     const struct {
         QByteArray bytes;
         int nResult;
@@ -133,7 +133,7 @@ TEST_F(Mrc, BrokenHeadersAndCutStacksGiveWhatIsWholeAndAReason)
         vecFile.push_back(std::make_unique<CImgObj<float>>());  // what stood in the list stays in front
         QString strFile, strBytes;
         EXPECT_EQ(ReadMRC(path("broken.mrc"), vecFile, &strFile), row.nResult);
-        EXPECT_EQ(readBytes(row.bytes, vecBytes, &strBytes), row.nResult);
+        EXPECT_EQ(parsed(row.bytes, vecBytes, &strBytes), row.nResult);
         EXPECT_EQ(vecFile.size(), 1 + row.nImages);
         EXPECT_EQ(vecBytes.size(), row.nImages);
         EXPECT_EQ(vecFile.front()->Width(), 0);

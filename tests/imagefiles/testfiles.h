@@ -1,25 +1,9 @@
-// Small helpers of the image file tests: bytes to disk and back, a folder that goes away.
+// A folder that goes away, and the fixtures.
 #pragma once
 
-#include <gtest/gtest.h>
+#include "filebytes.h"
 
-#include <QByteArray>
-#include <QFile>
 #include <QTemporaryDir>
-
-inline QByteArray bytesOf(const QString& strFileName)
-{
-    QFile file(strFileName);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(strFileName);
-    return file.readAll();
-}
-
-inline void writeBytes(const QString& strFileName, const QByteArray& bytes)
-{
-    QFile file(strFileName);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size())
-        << qPrintable(strFileName);
-}
 
 class FileTest : public ::testing::Test {
 protected:

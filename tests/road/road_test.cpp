@@ -1,22 +1,10 @@
 // The whole road on simulated series: frames in, cell and indices out, held against the truth.
+#include "batch/batchprogram.h"
 #include "simulate/seriescomparison.h"
 
-#include <gtest/gtest.h>
-#include <QProcess>
 #include <QTemporaryDir>
 
 namespace {
-
-int runProgram(const char* pName, const QStringList& listArgument, QString& strOutput)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral(TESSERA_BIN_DIR "/") + QLatin1String(pName), listArgument);
-    const bool bEnded = process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit;
-    process.kill();
-    strOutput = QString::fromUtf8(process.readAll());
-    return bEnded ? process.exitCode() : -1;
-}
 
 struct RoadCase {
     const char* pCrystal;
@@ -45,26 +33,18 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
 {
     const RoadCase& road = GetParam();
     QTemporaryDir dir;
-    QString strOutput;
-    ASSERT_EQ(runProgram("tessera-simulate",
-                         QStringList{QStringLiteral("--crystal"), QLatin1String(road.pCrystal),
-                                     QStringLiteral("--out"), dir.path()} +
-                             words(road.pOptions),
-                         strOutput),
-              0)
-        << strOutput.toStdString();
-    ASSERT_EQ(runProgram("tessera-batch",
-                         QStringList{dir.filePath(QStringLiteral("series.ed3d")), QStringLiteral("--json"),
-                                     dir.filePath(QStringLiteral("summary.json"))} +
-                             words(road.pBatchOptions),
-                         strOutput),
-              0)
-        << strOutput.toStdString();
+    const BatchOutcome simulated = runProgram(
+        "tessera-simulate",
+        QStringList{"--crystal", road.pCrystal, "--out", dir.path()} + words(road.pOptions));
+    ASSERT_EQ(simulated.nStatus, 0) << simulated.strText.toStdString();
+    const BatchOutcome outcome = runBatch(
+        QStringList{dir.filePath("series.ed3d"), "--json", dir.filePath("summary.json")} +
+        words(road.pBatchOptions));
+    ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     SeriesComparison c;
     QString strError;
-    ASSERT_TRUE(compareSeriesFiles(dir.filePath(QStringLiteral("series_truth.json")),
-                                   dir.filePath(QStringLiteral("series")),
-                                   dir.filePath(QStringLiteral("summary.json")), c, strError))
+    ASSERT_TRUE(compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
+                                   dir.filePath("summary.json"), c, strError))
         << strError.toStdString();
     SCOPED_TRACE(comparisonToText(c).toStdString());
     const auto expectNear = [](const CellErrors& errors, double dfMost) {  // per cent, degrees
@@ -74,7 +54,7 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
     EXPECT_TRUE(c.lattice.isRight() && c.bRefined);
     expectNear(c.lattice.errors, 0.5);
     expectNear(c.refined, 0.1);
-    EXPECT_EQ(c.mapPairs.size(), words(road.pBatchOptions).contains(QStringLiteral("refine")) ? 3u : 0u);
+    EXPECT_EQ(c.mapPairs.size(), words(road.pBatchOptions).contains("refine") ? 3u : 0u);
     for (const auto& pairs : c.mapPairs)
         expectNear(pairs.second, 0.1);
     EXPECT_GE(c.nIndexed, road.nReflections);
