@@ -14,6 +14,7 @@ namespace {
 
 const int g_nFramesLookedAt = 24;
 const int g_nMapSide = 256;    // frames are reduced to maps of at most this side
+const int g_nSmallBlock = 8;   // side of blocks whose pixels are sorted rather than searched
 const int g_nUsualSide = 256;  // of the region, pixels of the frame
 const int g_nLeastSide = 16;
 const int g_nBeamMargin = 64;  // between the beam anywhere on its way and the region's edge
@@ -28,6 +29,55 @@ struct Map {
     float at(int nX, int nY) const { return vec[size_t(nY) * size_t(nWidth) + size_t(nX)]; }
 };
 
+// The median of the usable pixels in a part of a frame; 0 where there are none.
+float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, int nBottom,
+                   std::vector<float>& vecWork)
+{
+    vecWork.clear();
+    for (int r = std::max(nTop, 0); r < std::min(nBottom, img.Height()); ++r) {
+        const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
+        for (int c = std::max(nLeft, 0); c < std::min(nRight, img.Width()); ++c)
+            if (isUsablePixel(pRow[c]))
+                vecWork.push_back(pRow[c]);
+    }
+    return vecWork.empty() ? 0.f : medianOf(vecWork);
+}
+
+// The medians of all blocks in a row of small blocks side by side: sorted without branches as far as their
+// middle. False, with nothing written, where a pixel is not usable.
+bool mediansOfBlocks(const float* pFrame, int nWidth, int nBlock, int nBlocks, float* pMedian,
+                     std::vector<float>& vecWork)
+{
+    const int nPixels = nBlock * nBlock;
+    vecWork.resize(size_t(nPixels) * size_t(nBlocks));  // pixel i of all blocks, then pixel i + 1
+    const auto line = [&](int i) { return vecWork.data() + size_t(i) * size_t(nBlocks); };
+    int nBad = 0;
+    for (int i = 0; i < nPixels; ++i) {
+        const float* pPixel = pFrame + size_t(i / nBlock) * size_t(nWidth) + i % nBlock;
+        float* pLine = line(i);
+        for (int n = 0; n < nBlocks; ++n) {
+            pLine[n] = pPixel[n * nBlock];
+            nBad += isUsablePixel(pLine[n]) ? 0 : 1;
+        }
+    }
+    if (nBad > 0)
+        return false;
+    for (int i = 0; i <= nPixels / 2; ++i) {
+        float* pLow = line(i);
+        for (int j = i + 1; j < nPixels; ++j) {
+            float* pHigh = line(j);
+            for (int n = 0; n < nBlocks; ++n) {
+                const float fLow = pLow[n];
+                const float fHigh = pHigh[n];
+                pLow[n] = std::min(fLow, fHigh);
+                pHigh[n] = std::max(fLow, fHigh);
+            }
+        }
+    }
+    std::copy_n(line(nPixels / 2), nBlocks, pMedian);
+    return true;
+}
+
 // Medians of blocks: single hot pixels are gone, and so are those without a number.
 Map reduced(const CImgObj<float>& img, int nBlock)
 {
@@ -35,23 +85,18 @@ Map reduced(const CImgObj<float>& img, int nBlock)
     map.nWidth = img.Width() / nBlock;
     map.nHeight = img.Height() / nBlock;
     map.vec.resize(size_t(map.nWidth) * size_t(map.nHeight));
-    std::vector<float> vecBlock;
+    std::vector<float> vecWork;
     // at full size the medians of 3 x 3 pixels do the same
     const int nBefore = nBlock > 1 ? 0 : 1;
     const int nAfter = nBlock > 1 ? nBlock : 2;
     for (int nY = 0; nY < map.nHeight; ++nY) {
-        for (int nX = 0; nX < map.nWidth; ++nX) {
-            vecBlock.clear();
-            for (int r = std::max(nY * nBlock - nBefore, 0); r < std::min(nY * nBlock + nAfter, img.Height());
-                 ++r) {
-                const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
-                for (int c = std::max(nX * nBlock - nBefore, 0);
-                     c < std::min(nX * nBlock + nAfter, img.Width()); ++c)
-                    if (isUsablePixel(pRow[c]))
-                        vecBlock.push_back(pRow[c]);
-            }
-            map.at(nX, nY) = vecBlock.empty() ? 0.f : medianOf(vecBlock);
-        }
+        const float* pFrame = img.Data() + size_t(nY) * size_t(nBlock) * size_t(img.Width());
+        if (nBlock > 1 && nBlock <= g_nSmallBlock &&
+            mediansOfBlocks(pFrame, img.Width(), nBlock, map.nWidth, &map.at(0, nY), vecWork))
+            continue;
+        for (int nX = 0; nX < map.nWidth; ++nX)
+            map.at(nX, nY) = medianOfPart(img, nX * nBlock - nBefore, nX * nBlock + nAfter,
+                                          nY * nBlock - nBefore, nY * nBlock + nAfter, vecWork);
     }
     return map;
 }
@@ -93,15 +138,19 @@ void compress(Map& map)
 Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
 {
     Map result = map;
+    std::fill(result.vec.begin(), result.vec.end(), 0.f);
     const int nReach = int(vecKernel.size()) - 1;
-    const int nLength = bX ? map.nWidth : map.nHeight;
     for (int nY = 0; nY < map.nHeight; ++nY) {
-        for (int nX = 0; nX < map.nWidth; ++nX) {
-            const int n = bX ? nX : nY;
-            float fSum = 0.f;
-            for (int d = std::max(-nReach, -n); d <= std::min(nReach, nLength - 1 - n); ++d)
-                fSum += vecKernel[size_t(std::abs(d))] * (bX ? map.at(nX + d, nY) : map.at(nX, nY + d));
-            result.at(nX, nY) = fSum;
+        float* pSum = &result.at(0, nY);
+        for (int d = -nReach; d <= nReach; ++d) {
+            const int nSourceY = bX ? nY : nY + d;
+            if (nSourceY < 0 || nSourceY >= map.nHeight)
+                continue;
+            const int nRight = bX ? d : 0;
+            const float* pSource = map.vec.data() + size_t(nSourceY) * size_t(map.nWidth);
+            const float fWeight = vecKernel[size_t(std::abs(d))];
+            for (int x = std::max(0, -nRight); x < map.nWidth - std::max(0, nRight); ++x)
+                pSum[x] += fWeight * pSource[x + nRight];
         }
     }
     return result;

@@ -19,9 +19,14 @@ double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
         for (qint64 j = 0; j < nRun; ++j)
             nBadHere += isUsablePixel(p[i + j]) ? 0 : 1;
         nBad += nBadHere;
-        for (qint64 j = 0; j < nRun; j += nLanes)
-            for (int k = 0; k < nLanes; ++k)
-                adfSum[k] += nBadHere == 0 || isUsablePixel(p[i + j + k]) ? double(p[i + j + k]) : 0.0;
+        if (nBadHere == 0) {
+            for (qint64 j = 0; j < nRun; j += nLanes)
+                for (int k = 0; k < nLanes; ++k)
+                    adfSum[k] += double(p[i + j + k]);
+            continue;
+        }
+        for (qint64 j = 0; j < nRun; ++j)
+            adfSum[j % nLanes] += isUsablePixel(p[i + j]) ? double(p[i + j]) : 0.0;
     }
     for (; i < nPixels; ++i) {
         if (isUsablePixel(p[i]))

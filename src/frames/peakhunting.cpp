@@ -3,38 +3,21 @@
 #include "app/dataset/peaklistfile.h"
 #include "app/records/timestamp.h"
 #include "frames/badpixels.h"
+#include "frames/deferredreport.h"
 #include "frames/frameloader.h"
+#include "frames/framesequence.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <condition_variable>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
-#include <thread>
 #include <utility>
-#include <vector>
 
 namespace {
-
-// Keeps what a frame's loader says in another thread until that frame's turn.
-class CDeferredReport : public CRunReport {
-public:
-    void addMessage(const QString& strText, Qt::GlobalColor color) override
-    {
-        m_vecLine.emplace_back(strText, color);
-    }
-    void sayTo(CRunReport& report) const
-    {
-        for (const auto& line : m_vecLine)
-            report.addMessage(line.first, line.second);
-    }
-
-private:
-    std::vector<std::pair<QString, Qt::GlobalColor>> m_vecLine;
-};
 
 struct HuntedFrame {
     bool bHunted = false;
@@ -105,88 +88,6 @@ private:
     std::shared_mutex m_mutex;
 };
 
-// Hands out the frames of a series in order, hunted by some threads that run only so far ahead that
-// no more than one frame a thread is in memory. With one job all is done by the caller's thread.
-class CHuntSequence {
-public:
-    CHuntSequence(CFrameHunter& hunter, int nFrames, int nJobs) : m_hunter(hunter), m_nFrames(nFrames)
-    {
-        m_nAhead = std::max(1, std::min(nJobs, nFrames));
-        if (m_nAhead < 2)
-            return;
-        m_vecDone.resize(size_t(m_nAhead));
-        try {
-            for (int i = 0; i < m_nAhead; ++i)
-                m_vecThread.emplace_back([this] { work(); });
-        } catch (const std::exception&) {
-            // fewer threads than asked for do the same work, and none leaves it to the caller
-        }
-    }
-
-    ~CHuntSequence()
-    {
-        {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_bStop = true;
-        }
-        m_changed.notify_all();
-        for (std::thread& thread : m_vecThread)
-            thread.join();
-    }
-
-    // Frames in order, each once; taking frame n frees the place of those before it.
-    HuntedFrame take(int nFrame)
-    {
-        if (m_vecThread.empty())
-            return m_hunter.hunt(nFrame, m_work);
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_nTaken = nFrame;
-        m_changed.notify_all();
-        DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
-        m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
-        done.nFrame = -1;
-        return std::move(done.frame);
-    }
-
-private:
-    void work()
-    {
-        FrameHuntWork workImages;
-        std::unique_lock<std::mutex> lock(m_mutex);
-        for (;;) {
-            m_changed.wait(lock,
-                           [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead; });
-            if (m_bStop || m_nNext >= m_nFrames)
-                return;
-            const int nFrame = m_nNext++;
-            lock.unlock();
-            HuntedFrame frame = m_hunter.hunt(nFrame, workImages);
-            lock.lock();
-            DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
-            done.frame = std::move(frame);
-            done.nFrame = nFrame;
-            m_changed.notify_all();
-        }
-    }
-
-    CFrameHunter& m_hunter;
-    FrameHuntWork m_work;
-    int m_nFrames;
-    int m_nAhead;
-    int m_nNext = 0;
-    int m_nTaken = 0;
-    bool m_bStop = false;
-    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
-    struct DoneFrame {
-        int nFrame = -1;
-        HuntedFrame frame;
-    };
-    std::vector<DoneFrame> m_vecDone;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<std::thread> m_vecThread;
-};
-
 QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)
 {
     QList<Peak3D> listPeak;
@@ -213,7 +114,11 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
     if (options.bStopAsked || !bGoOn())
         return false;
     CFrameHunter hunter(dataSet, parameters, filters);
-    CHuntSequence sequence(hunter, nFrames, options.nJobs);
+    CFrameSequence<HuntedFrame> sequence(nFrames, options.nJobs, [&hunter] {
+        return [&hunter, pWork = std::make_shared<FrameHuntWork>()](int nFrame) {
+            return hunter.hunt(nFrame, *pWork);
+        };
+    });
     int nNextID = 0;
     for (int i = 0; i < nFrames; ++i) {
         report.setProgress(i + 1);

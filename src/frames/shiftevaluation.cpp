@@ -3,7 +3,9 @@
 #include "app/dataset/shiftfile.h"
 #include "app/records/timestamp.h"
 #include "frames/badpixels.h"
+#include "frames/deferredreport.h"
 #include "frames/frameloader.h"
+#include "frames/framesequence.h"
 #include "frames/summedmapbeam.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
@@ -12,7 +14,6 @@
 #include "imaging/elementarithmetic.h"
 #include "imaging/imageconversion.h"
 #include "imaging/imagefilters.h"
-#include "imaging/imageregion.h"
 #include "imaging/imageshifts.h"
 #include "imaging/peakfit2d.h"
 
@@ -35,81 +36,125 @@ struct Square {
     int nSide = 0;
 };
 
-// Spectra of the regions and their running sum.
-class CRegionSum {
-public:
-    explicit CRegionSum(const Square& square) : m_square(square) {}
+// A frame's region, ready to be aligned.
+struct RegionFrame {
+    bool bUsable = false;
+    CImgObj<COMPLEX> imgFT;  // centred layout, masked
+    CDeferredReport report;
+};
 
-    // The region of a frame; false, with the former one kept, when it does not lie inside.
-    bool cut(const CImgObj<float>& imgFrame)
+// Cuts the region out of single frames; each thread of a run has its own.
+class CRegionCutter {
+public:
+    CRegionCutter(const DataSet& dataSet, const Square& square)
+        : m_listFile(dataSet.m_listFrameFile), m_listHotPixel(dataSet.m_listHotPixel), m_square(square)
+    {}
+
+    RegionFrame cut(int nFrame)
     {
+        RegionFrame frame;
+        CImgObj<float> imgRegion;
+        if (!loadRegion(nFrame, imgRegion, frame.report))
+            return frame;
+        const qint64 nBad = replaceBadPixels(imgRegion);
+        if (nBad > 0)
+            frame.report.addMessage(badPixelLine(nFrame, nBad), Qt::black);
         const int nSide = m_square.nSide;
-        if (m_square.nX < 0 || m_square.nY < 0 || nSide > imgFrame.Width() - m_square.nX ||
-            nSide > imgFrame.Height() - m_square.nY)
-            return false;
-        if (!m_imgRegion.Data()) {
-            m_nCount = nSide * nSide;
-            m_imgRegion.Create(nSide, nSide);
+        if (!m_imgMask.Data()) {
             m_imgMask.Create(nSide, nSide);
             MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nSide / 8);
         }
-        CopyRegion(imgFrame.Data(), imgFrame.Width(), imgFrame.Height(), m_imgRegion.Data(), m_square.nX,
-                   m_square.nY, nSide, nSide);
+        ComplexFromFloat(imgRegion, frame.imgFT);
+        m_fft.Transform(frame.imgFT.Data(), nSide, nSide, -1);
+        ShiftCenter(frame.imgFT.Data(), nSide, nSide);
+        MultiplyByMask(frame.imgFT.Data(), reinterpret_cast<const char*>(m_imgMask.Data()), nSide * nSide);
+        frame.bUsable = true;
+        return frame;
+    }
+
+private:
+    bool loadRegion(int nFrame, CImgObj<float>& imgRegion, CRunReport& report) const
+    {
+        const QString& strFile = m_listFile[nFrame];
+        ImageList vecImage;
+        if (!loadFirstImage(vecImage, strFile, m_listHotPixel, report)) {
+            report.addMessage(QStringLiteral("Failed to load %1. Stop.").arg(strFile), Qt::red);
+            return false;
+        }
+        if (vecImage.empty()) {
+            report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
+            return false;
+        }
+        const CImgObj<float>& imgFrame = *vecImage.front();
+        imgRegion = imgFrame.SubImage(m_square.nX, m_square.nY, m_square.nSide, m_square.nSide);
+        if (!imgRegion.Data()) {
+            report.addMessage(
+                QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
+                               "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
+                    .arg(m_square.nSide)
+                    .arg(m_square.nX)
+                    .arg(m_square.nY)
+                    .arg(nFrame + 1)
+                    .arg(imgFrame.Width())
+                    .arg(imgFrame.Height())
+                    .arg(strFile),
+                Qt::red);
+            return false;
+        }
         return true;
     }
 
-    qint64 repair() { return replaceBadPixels(m_imgRegion); }
+    // copies: the data set may change under the run through waiting events
+    const QStringList m_listFile;
+    const QList<QPoint> m_listHotPixel;
+    const Square m_square;
+    CImgObj<unsigned char> m_imgMask;
+    CAcmlFft m_fft;
+};
 
-    // Aligns the region that was cut with the sum and adds it; returns its shift. Without anything to
-    // align, on a blank frame, bMeasured is false and the shift 0.
-    QPointF add(bool& bMeasured)
+// Running sum of the aligned regions' spectra.
+class CRegionSum {
+public:
+    explicit CRegionSum(int nSide) : m_nSide(nSide) {}
+
+    // Aligns a region with the sum and adds it; returns its shift. Without anything to align, on a blank
+    // frame, bMeasured is false and the shift 0.
+    QPointF add(CImgObj<COMPLEX>& imgFrameFT, bool& bMeasured)
     {
-        const int nSide = m_square.nSide;
         bMeasured = true;
-        ComplexFromFloat(m_imgRegion, m_imgFrameFT);
-        m_fft.Transform(m_imgFrameFT.Data(), nSide, nSide, -1);
-        ShiftCenter(m_imgFrameFT.Data(), nSide, nSide);
-        MultiplyByMask(m_imgFrameFT.Data(), reinterpret_cast<const char*>(m_imgMask.Data()), m_nCount);
         if (!m_imgSumFT.Data()) {
-            m_imgSumFT.Copy(m_imgFrameFT);
+            m_imgSumFT.Copy(imgFrameFT);
             return QPointF(0, 0);
         }
         double dfPeak = 0;
         double dfX = 0;
         double dfY = 0;
-        Correlate(m_imgSumFT.Data(), m_imgFrameFT.Data(), nSide, nSide, 1, dfPeak, dfX, dfY, true,
+        Correlate(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide, m_nSide, 1, dfPeak, dfX, dfY, true,
                   &bMeasured);
-        FourierShift(m_imgFrameFT.Data(), nSide, nSide, -dfX, -dfY, true);
-        AddComplex(m_imgSumFT.Data(), m_imgFrameFT.Data(), m_nCount);
+        FourierShift(imgFrameFT.Data(), m_nSide, m_nSide, -dfX, -dfY, true);
+        AddComplex(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide * m_nSide);
         return QPointF(dfX, dfY);
     }
 
-    void scale(double df) { ScaleComplex(m_imgSumFT.Data(), m_nCount, df); }
+    void scale(double df) { ScaleComplex(m_imgSumFT.Data(), m_nSide * m_nSide, df); }
     const CImgObj<COMPLEX>& sum() const { return m_imgSumFT; }
 
-    std::unique_ptr<CImgObj<float>> alignedRegion() { return imageOf(m_imgFrameFT); }
-    std::unique_ptr<CImgObj<float>> summedMap() { return imageOf(m_imgSumFT); }
-
-private:
+    // The image of a spectrum in centred layout.
     std::unique_ptr<CImgObj<float>> imageOf(const CImgObj<COMPLEX>& imgCentredFT)
     {
-        const int nSide = m_square.nSide;
         m_imgWork.Copy(imgCentredFT);
-        ShiftCenter(m_imgWork.Data(), nSide, nSide);
-        m_fft.Transform(m_imgWork.Data(), nSide, nSide, 1);
+        ShiftCenter(m_imgWork.Data(), m_nSide, m_nSide);
+        m_fft.Transform(m_imgWork.Data(), m_nSide, m_nSide, 1);
         auto pImage = std::make_unique<CImgObj<float>>();
-        pImage->Create(nSide, nSide);
-        ComplexToFloat(m_imgWork.Data(), pImage->Data(), m_nCount, 2);
+        pImage->Create(m_nSide, m_nSide);
+        ComplexToFloat(m_imgWork.Data(), pImage->Data(), m_nSide * m_nSide, 2);
         return pImage;
     }
 
-    Square m_square;
-    int m_nCount = 0;
+private:
+    int m_nSide;
     CAcmlFft m_fft;
-    CImgObj<float> m_imgRegion;
-    CImgObj<unsigned char> m_imgMask;
-    CImgObj<COMPLEX> m_imgFrameFT;  // centred layout, masked
-    CImgObj<COMPLEX> m_imgSumFT;    // centred layout
+    CImgObj<COMPLEX> m_imgSumFT;  // centred layout
     CImgObj<COMPLEX> m_imgWork;
 };
 
@@ -118,44 +163,24 @@ struct MeasuredSeries {
     bool bStopped = false;     // by the report, not by a frame
 };
 
-MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, CRegionSum& sum, CRunReport& report,
-                             const FnShiftFrameDone& fnFrameDone)
+MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, CRegionSum& sum,
+                             CRunReport& report, const FnShiftFrameDone& fnFrameDone)
 {
     MeasuredSeries measured;
-    const QStringList listFile = dataSet.m_listFrameFile;
-    for (int i = 0; i < listFile.size(); ++i) {
+    const int nFrames = dataSet.m_listFrameFile.size();
+    CFrameSequence<RegionFrame> sequence(nFrames, nJobs, [&] {
+        return [pCutter = std::make_shared<CRegionCutter>(dataSet, square)](int nFrame) {
+            return pCutter->cut(nFrame);
+        };
+    });
+    for (int i = 0; i < nFrames; ++i) {
         report.setProgress(i + 1);
-        {
-            ImageList vecImage;
-            if (!loadFirstImage(vecImage, listFile[i], dataSet.m_listHotPixel, report)) {
-                report.addMessage(QStringLiteral("Failed to load %1. Stop.").arg(listFile[i]), Qt::red);
-                break;
-            }
-            if (vecImage.empty()) {
-                report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(listFile[i]), Qt::red);
-                break;
-            }
-            const CImgObj<float>& imgFrame = *vecImage.front();
-            if (!sum.cut(imgFrame)) {
-                report.addMessage(
-                    QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
-                                   "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
-                        .arg(square.nSide)
-                        .arg(square.nX)
-                        .arg(square.nY)
-                        .arg(i + 1)
-                        .arg(imgFrame.Width())
-                        .arg(imgFrame.Height())
-                        .arg(listFile[i]),
-                    Qt::red);
-                break;
-            }
-        }
-        const qint64 nBad = sum.repair();
-        if (nBad > 0)
-            report.addMessage(badPixelLine(i, nBad), Qt::black);
+        RegionFrame frame = sequence.take(i);
+        frame.report.sayTo(report);
+        if (!frame.bUsable)
+            break;
         bool bMeasured = true;
-        const QPointF ptShift = sum.add(bMeasured);
+        const QPointF ptShift = sum.add(frame.imgFT, bMeasured);
         if (!bMeasured)
             report.addMessage(
                 QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
@@ -163,11 +188,12 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, CRegionSum&
                     .arg(i + 1),
                 Qt::red);
         measured.listShift.append(ptShift);
-        releaseFrameImages(dataSet.m_vecFrameImage);
-        dataSet.m_vecFrameImage.push_back(sum.alignedRegion());
-        if (fnFrameDone)
+        if (fnFrameDone) {
+            releaseFrameImages(dataSet.m_vecFrameImage);
+            dataSet.m_vecFrameImage.push_back(sum.imageOf(frame.imgFT));
             fnFrameDone(i, ptShift, *dataSet.m_vecFrameImage.front());
-        if (!report.goOn() && i + 1 < listFile.size()) {  // after the last frame the work is done
+        }
+        if (!report.goOn() && i + 1 < nFrames) {  // after the last frame the work is done
             measured.bStopped = true;
             break;
         }
@@ -186,7 +212,7 @@ QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum
         Qt::black);
     double dfFitX = nX;
     double dfFitY = nY;
-    const std::vector<double> vecFit = FitPeak2D(*sum.summedMap(), dfFitX, dfFitY, g_nFitHalfSize,
+    const std::vector<double> vecFit = FitPeak2D(*sum.imageOf(sum.sum()), dfFitX, dfFitY, g_nFitHalfSize,
                                                  g_dfSaturation);
     report.addMessage(
         QStringLiteral("Direct beam position from fitting of the summed map:  (%L1, %L2), err=(%L3, "
@@ -253,8 +279,8 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     timer.start();
     report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()), Qt::blue);
     report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
-    CRegionSum sum(square);
-    const MeasuredSeries measured = measureSeries(dataSet, square, sum, report, fnFrameDone);
+    CRegionSum sum(square.nSide);
+    const MeasuredSeries measured = measureSeries(dataSet, square, options.nJobs, sum, report, fnFrameDone);
     const QList<QPointF>& listShift = measured.listShift;
     report.endProgress();
 

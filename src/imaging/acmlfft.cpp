@@ -75,6 +75,15 @@ struct FftwFree {
 };
 using Scratch = std::unique_ptr<COMPLEX, FftwFree>;
 
+// Nearly all copies are of whole blocks: for those the compiler knows the size.
+void copyUpToBlock(const COMPLEX* pSource, int nCount, COMPLEX* pTarget)
+{
+    if (nCount == nBlock)
+        std::memcpy(pTarget, pSource, nBlock * sizeof(COMPLEX));
+    else if (nCount > 0)
+        std::copy_n(pSource, nCount, pTarget);
+}
+
 Scratch allocateScratch(std::size_t nCount)
 {
     Scratch pScratch(reinterpret_cast<COMPLEX*>(fftwf_alloc_complex(nCount)));
@@ -188,9 +197,9 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
         fftwf_execute(m_pComm->row.planReal.get());
         for (int x = 0; x < nColumns; x += nBlock) {
             COMPLEX* pTarget = pHalf + std::size_t(x) * std::size_t(nHeight) + std::size_t(y) * nBlock;
-            const std::size_t nUsed = std::size_t(std::min(nBlock, nColumns - x));
+            const int nUsed = std::min(nBlock, nColumns - x);
             for (int i = 0; i < nLines; i++, pTarget += nBlock) {
-                std::copy_n(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
+                copyUpToBlock(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
                 std::fill(pTarget + nUsed, pTarget + nBlock, COMPLEX{0.f, 0.f});
             }
         }
@@ -271,10 +280,8 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
             const int nLast = std::min(nBlock, nMirrored - x);
             for (int i = 0; i < nLines; i++, pBlock += nBlock, pMirror += nBlock) {
                 COMPLEX* pRow = pIn + std::ptrdiff_t(i) * nRowStride;
-                std::copy_n(pBlock, nUsed, pRow + x);
-                if (nFirst < nLast)
-                    std::copy(pMirror + nBlock - nLast, pMirror + nBlock - nFirst,
-                              pRow + nWidth - x - nLast + 1);
+                copyUpToBlock(pBlock, nUsed, pRow + x);
+                copyUpToBlock(pMirror + nBlock - nLast, nLast - nFirst, pRow + nWidth - x - nLast + 1);
             }
         }
         fftwf_execute(m_pComm->row.planBackward.get());

@@ -63,6 +63,8 @@ COMPLEX crossElement(const COMPLEX& a, const COMPLEX& b, int nMethod)
 {
     const float fRe = a.re * b.re + a.im * b.im;
     const float fIm = a.re * b.im - a.im * b.re;
+    if (fRe == 0.f && fIm == 0.f)  // most of a low-passed spectrum; the weight of 0 is 0
+        return {fRe, fIm};
     if (nMethod == 1) {
         const float fDivisor = std::sqrt(amplitude(fRe, fIm)) + 10000.f;
         return {fRe / fDivisor, fIm / fDivisor};

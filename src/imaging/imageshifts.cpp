@@ -88,6 +88,8 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     };
     const auto turn = [&](int c, int r) {
         COMPLEX& value = element(c, r);
+        if (value.re == 0.f && value.im == 0.f)  // most of a low-passed spectrum
+            return;
         const double dfU = c - nWidth / 2;
         const double dfV = r - nHeight / 2;
         const double dfAngle = -dfTwoPi * (dfU * dfDX / nWidth + dfV * dfDY / nHeight);

@@ -1,9 +1,18 @@
 #include "imaging/maximumsearch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
 namespace {
+
+bool anyAbove(const float* pData, std::size_t nCount, float f)
+{
+    int nAbove = 0;
+    for (std::size_t i = 0; i < nCount; i++)
+        nAbove += pData[i] > f ? 1 : 0;
+    return nAbove > 0;
+}
 
 std::size_t firstMaximum(const float* pData, std::size_t nCount)
 {
@@ -12,9 +21,19 @@ std::size_t firstMaximum(const float* pData, std::size_t nCount)
         nBest++;
     if (nBest == nCount)
         return 0;
-    for (std::size_t i = nBest + 1; i < nCount; i++)
-        if (pData[i] > pData[nBest])
-            nBest = i;
+    // Run after run: whether one holds a new maximum is told without branches, its place only then.
+    constexpr std::size_t nRun = 64;
+    float fBest = pData[nBest];
+    for (std::size_t nStart = nBest + 1; nStart < nCount; nStart += nRun) {
+        const std::size_t nEnd = std::min(nStart + nRun, nCount);
+        if (!anyAbove(pData + nStart, nEnd - nStart, fBest))
+            continue;
+        for (std::size_t i = nStart; i < nEnd; i++)
+            if (pData[i] > fBest) {
+                fBest = pData[i];
+                nBest = i;
+            }
+    }
     return nBest;
 }
 

@@ -54,7 +54,8 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
                 dfFine += double(img.Data()[i] * (i % 4 ? -1 : 1));
             EXPECT_NEAR(dfFine, 0, 5);
         };
-        ASSERT_TRUE(runShiftEvaluation(series.dataSet, QRectF(40, 30, dfSide, 1), series.report, {}, done));
+        const QRectF rcRegion(40, 30, dfSide, 1);
+        ASSERT_TRUE(runShiftEvaluation(series.dataSet, rcRegion, series.report, {}, done));
         EXPECT_EQ(nDone, g_listDrift.size());
         EXPECT_EQ(dataSet.m_listShift.size(), g_listDrift.size());
         EXPECT_LT(std::hypot(dataSet.m_dfCenterX - g_ptBeam.x(), dataSet.m_dfCenterY - g_ptBeam.y()), 0.2);
@@ -66,6 +67,13 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
             "summed map: \\(103, 9[67]\\)\\n.*fitting of the summed map:  \\(  103[.][23].*\\n"
             "Shift correction data saved to ")))
             << strLog.toStdString();
+
+        DriftSeries other;
+        ShiftEvaluationOptions options;
+        options.nJobs = 3;
+        ASSERT_TRUE(runShiftEvaluation(other.dataSet, rcRegion, other.report, options));
+        EXPECT_EQ(other.content("series.sc"), series.content("series.sc"));
+        EXPECT_EQ(other.report.log().count('\n'), strLog.count('\n'));
     }
 }
 
@@ -91,6 +99,7 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)
             series.report.m_nStopAfter = row.nStopAfter;
             ShiftEvaluationOptions options;
             options.bKeepPartial = bKeep;
+            options.nJobs = bKeep ? 1 : 3;
             EXPECT_FALSE(runShiftEvaluation(series.dataSet, row.rc, series.report, options));
             EXPECT_TRUE(series.report.said(row.pLine)) << series.report.log().toStdString();
             if (!bKeep || row.nReached < 0) {

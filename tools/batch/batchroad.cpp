@@ -486,6 +486,7 @@ bool CBatchRoad::runShifts()
     const FileStamp stamp = FileStamp::of(strFile);
     ShiftEvaluationOptions options;
     options.bKeepPartial = false;
+    options.nJobs = jobs();
     if (!runShiftEvaluation(m_dataSet, QRectF(rcRegion), m_report, options)) {
         return fail(QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
     }

@@ -1,0 +1,25 @@
+// CDeferredReport: lines of another thread, kept until it is their turn.
+#pragma once
+
+#include "app/records/runreport.h"
+
+#include <utility>
+#include <vector>
+
+/// Keeps what is said while a frame is worked on ahead of its turn.
+class CDeferredReport : public CRunReport {
+public:
+    void addMessage(const QString& strText, Qt::GlobalColor color) override
+    {
+        m_vecLine.emplace_back(strText, color);
+    }
+    /// Says all lines, in order.
+    void sayTo(CRunReport& report) const
+    {
+        for (const auto& line : m_vecLine)
+            report.addMessage(line.first, line.second);
+    }
+
+private:
+    std::vector<std::pair<QString, Qt::GlobalColor>> m_vecLine;
+};

@@ -1,0 +1,116 @@
+// CFrameSequence: what is made of the frames of a series, in order, by threads that run ahead.
+#pragma once
+
+#include <algorithm>
+#include <condition_variable>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+/// Hands out one result for each frame in order, made by some threads that run only so far ahead that
+/// no more than one result a thread is in memory. With one job all is done by the caller's thread.
+///
+/// What is made does not depend on the number of jobs as long as the result of a frame depends on that
+/// frame alone.
+template <class Result>
+class CFrameSequence {
+public:
+    /// Makes the result of a frame, counted from 0. What it throws, take() throws.
+    using FnFrame = std::function<Result(int nFrame)>;
+
+    /// @param fnMakeWorker  called here once for each thread: gives the thread's own FnFrame, with the work
+    ///                      space that it keeps from frame to frame
+    CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker) : m_nFrames(nFrames)
+    {
+        m_nAhead = std::max(1, std::min(nJobs, nFrames));
+        m_fnFrame = fnMakeWorker();
+        if (m_nAhead < 2)
+            return;
+        m_vecDone.resize(size_t(m_nAhead));
+        try {
+            for (int i = 0; i < m_nAhead; ++i)
+                m_vecThread.emplace_back(
+                    [this, fnFrame = i > 0 ? fnMakeWorker() : m_fnFrame] { work(fnFrame); });
+        } catch (const std::exception&) {
+            // fewer threads than asked for do the same work, and none leaves it to the caller
+        }
+    }
+
+    ~CFrameSequence()
+    {
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_bStop = true;
+        }
+        m_changed.notify_all();
+        for (std::thread& thread : m_vecThread)
+            thread.join();
+    }
+
+    CFrameSequence(const CFrameSequence&) = delete;
+    CFrameSequence& operator=(const CFrameSequence&) = delete;
+
+    /// Frames in order, each once; taking frame n frees the place of those before it.
+    Result take(int nFrame)
+    {
+        if (m_vecThread.empty())
+            return m_fnFrame(nFrame);
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_nTaken = nFrame;
+        m_changed.notify_all();
+        DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+        m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
+        done.nFrame = -1;
+        if (done.pError)
+            std::rethrow_exception(std::exchange(done.pError, nullptr));
+        return std::move(done.result);
+    }
+
+private:
+    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
+    struct DoneFrame {
+        int nFrame = -1;
+        Result result;
+        std::exception_ptr pError;
+    };
+
+    void work(const FnFrame& fnFrame)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock,
+                           [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead; });
+            if (m_bStop || m_nNext >= m_nFrames)
+                return;
+            const int nFrame = m_nNext++;
+            lock.unlock();
+            Result result;
+            std::exception_ptr pError;
+            try {
+                result = fnFrame(nFrame);
+            } catch (...) {
+                pError = std::current_exception();
+            }
+            lock.lock();
+            DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+            done.result = std::move(result);
+            done.pError = pError;
+            done.nFrame = nFrame;
+            m_changed.notify_all();
+        }
+    }
+
+    FnFrame m_fnFrame;
+    int m_nFrames;
+    int m_nAhead = 1;
+    int m_nNext = 0;
+    int m_nTaken = 0;
+    bool m_bStop = false;
+    std::vector<DoneFrame> m_vecDone;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::thread> m_vecThread;
+};

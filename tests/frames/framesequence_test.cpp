@@ -1,0 +1,39 @@
+#include "frames/framesequence.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+TEST(FrameSequence, GivesEachFrameInOrderAndWhatItThrowsInItsTurn)
+{
+    for (int nJobs : {0, 1, 2, 5, 100}) {
+        std::atomic<int> nAlive{0}, nMost{0};
+        struct Counted {
+            std::atomic<int>& nCount;
+            ~Counted() { --nCount; }
+        };
+        using Result = std::pair<int, std::shared_ptr<Counted>>;
+        CFrameSequence<Result> sequence(40, nJobs, [&] {
+            return [&](int nFrame) {
+                if (nFrame == 7)
+                    throw std::runtime_error("seven");
+                nMost = std::max(int(nMost), ++nAlive);
+                return Result(nFrame * nFrame, new Counted{nAlive});
+            };
+        });
+        for (int i = 0; i < 30; ++i) {  // the rest stays: the threads end all the same
+            if (i == 7) {
+                EXPECT_THROW(sequence.take(i), std::runtime_error);
+            } else {
+                EXPECT_EQ(sequence.take(i).first, i * i) << nJobs;
+            }
+        }
+        EXPECT_LE(nMost, std::max(1, nJobs) + 1);
+    }
+}
+
+}  // namespace
