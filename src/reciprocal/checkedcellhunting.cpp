@@ -22,10 +22,16 @@ QString percent(double dfShare)
     return QString::number(100 * dfShare, 'f', 1);
 }
 
-/// The longest edge of a search that leaves out the shortest vector of a basis.
-double shorterEdge(const QList<Vec3D>& listCell)
+/// The longest edge, within the range of the last search, of one that leaves out the shortest vector which
+/// that search found; 0 if there is none. A third axis made up for a single plane can be of any length, 0
+/// too, and is not found by a search.
+double shorterEdge(const QList<Vec3D>& listCell, const CellHuntingParameters& range)
 {
-    return g_dfShorter / double(std::min({length(listCell[0]), length(listCell[1]), length(listCell[2])}));
+    double dfEdge = 0;
+    for (const Vec3D& v : listCell)
+        if (const double df = g_dfShorter / double(length(v)); df < range.m_dfCellRangeMax)
+            dfEdge = std::max(dfEdge, df);
+    return dfEdge > range.m_dfCellRangeMin ? dfEdge : 0;
 }
 
 }  // namespace
@@ -42,17 +48,21 @@ double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelec
     return double(takeDuplicateReflections(listIndexed)[0].size()) / listPeak.size();
 }
 
-void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection, double dfIndexThreshold,
-                  CRunReport& report)
+void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
+                  const CellHuntingParameters& parameters, double dfIndexThreshold, CRunReport& report)
 {
     if (dataSet.m_listCell.size() != 3)
         return;
     const double dfShare = indexedShare(dataSet.m_listCell, listSelection, float(dfIndexThreshold), report);
-    if (dfShare < g_dfEnough)
-        report.addMessage(QStringLiteral("Only %1% of the reflections fit this cell. If it is wrong, search "
-                                         "with a \"Max.\" of %2 Å, which leaves out its shortest vector.")
-                              .arg(percent(dfShare))
-                              .arg(shorterEdge(dataSet.m_listCell), 0, 'f', 1));
+    if (dfShare >= g_dfEnough)
+        return;
+    QString strText = QStringLiteral("Only %1% of the reflections fit this cell.").arg(percent(dfShare));
+    if (const double dfEdge = shorterEdge(dataSet.m_listCell, parameters); dfEdge > 0)
+        strText += QStringLiteral(
+                       " If it is wrong, search with a \"Max.\" of %1 Å, which leaves out its "
+                       "shortest vector.")
+                       .arg(dfEdge, 0, 'f', 1);
+    report.addMessage(strText);
 }
 
 bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
@@ -71,9 +81,8 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
             dfBest = dfShare;
             listBest = listCell;
         }
-        range.m_dfCellRangeMax = shorterEdge(listCell);
-        if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches ||
-            !(range.m_dfCellRangeMax > range.m_dfCellRangeMin))
+        range.m_dfCellRangeMax = shorterEdge(listCell, range);
+        if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches || range.m_dfCellRangeMax == 0)
             break;
         report.addMessage(QStringLiteral("%1>Only %2% of the reflections fit this cell. Searching again, for "
                                          "edges up to %3 Å.")

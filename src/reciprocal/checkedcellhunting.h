@@ -11,9 +11,9 @@ double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelec
                     CRunReport& report);
 
 /// Says so in the log where less than half of the reflections fit the cell in force, and with which longest
-/// edge to search again.
-void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection, double dfIndexThreshold,
-                  CRunReport& report);
+/// edge below that of `parameters`, if any, to search again.
+void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
+                  const CellHuntingParameters& parameters, double dfIndexThreshold, CRunReport& report);
 
 /// Searches as runUnitCellHunting() does. Where less than half of the reflections fit the cell, it searches
 /// again with a longest edge that leaves out the shortest vector of the last basis: one wrong vector, such as

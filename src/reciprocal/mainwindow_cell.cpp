@@ -81,7 +81,7 @@ void MainWindow::runUnitCellHunting()
     guarded([&] {
         bFound = ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
         if (bFound)
-            adviseOnCell(m_dataSet, listSelection, dfIndexThreshold, report);
+            adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
     });
     if (bFound) {
         updateUnitCell();

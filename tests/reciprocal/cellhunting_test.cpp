@@ -94,8 +94,8 @@ TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
 {
     // A third vector of the wrong hand exchanges b and c.
     QList<Vec3D> list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(-0.1f, 0, 0),
-                                          vectorRecord(-0.02f, 0, 0.15f), vectorRecord(0.02f, -0.2f, 0.01f)});
-    EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {0.02f, -0.2f, 0.01f}, {0.02f, 0, -0.15f}}));
+                                          vectorRecord(-0.02f, 0, 0.15f), vectorRecord(0.02f, 0.2f, 0.02f)});
+    EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {-0.02f, -0.2f, -0.02f}, {0.02f, 0, -0.15f}}));
     // One line: the last one tried, as it stands.
     list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0.2f, 0, 0), vectorRecord(-0.3f, 0, 0)});
     EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {-0.3f, 0, 0}}));
@@ -165,6 +165,9 @@ TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
         CRecordingReport log;
         ASSERT_TRUE(runUnitCellHunting(data, listPair, CellHuntingParameters(), log, false));
         EXPECT_NEAR(std::fabs(data.m_listCell[0].y), fApart < 0.01f ? fApart / 2 : 0, 1e-6) << fApart;
+        // Edges from 4 Å on: the longest vector is none of them.
+        ASSERT_TRUE(runUnitCellHunting(data, listPair, {4, 30}, log, false));
+        EXPECT_NEAR(length(data.m_listCell[2]), 0.02, 1e-3);
     }
 }
 
@@ -177,8 +180,13 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
     EXPECT_NEAR(length(data.m_listCell[2] - cross(data.m_listCell[0], data.m_listCell[1])), 0, 1e-9);
     const QList<Vec3D> listBefore = data.m_listCell;  // a search without a result leaves it
-    EXPECT_FALSE(runUnitCellHunting(data, list.mid(0, 2), CellHuntingParameters(), log, false));
-    EXPECT_TRUE(log.m_listLine.last().endsWith("Unit cell not found."));
+    QList<Peak3D> listDark = list;
+    for (Peak3D& peak : listDark)
+        peak.dfIPoint = 0;
+    for (const QList<Peak3D>& listPoor : {list.mid(0, 2), listDark}) {
+        EXPECT_FALSE(runUnitCellHunting(data, listPoor, CellHuntingParameters(), log, false));
+        EXPECT_TRUE(log.marked().last().endsWith("red Unit cell not found."));
+    }
     EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
 }
 
@@ -196,14 +204,25 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
     CRecordingReport log;
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
     EXPECT_LT(indexedShare(data.m_listCell, list, 0.05f, log), 0.5);
-    adviseOnCell(data, list, 0.05, log);
-    EXPECT_TRUE(log.m_listLine.last().contains("If it is wrong, search with a \"Max.\" of "));
+    adviseOnCell(data, list, CellHuntingParameters(), 0.05, log);
+    const QString strAdvice = log.m_listLine.last().section("If it is wrong, search with a \"Max.\" of ", 1);
+    const double dfMax = strAdvice.section(' ', 0, 0).toDouble();
+    EXPECT_GT(1 / dfMax, length(data.m_listCell[0]));  // which is left out
+    EXPECT_LT(1 / dfMax, length(data.m_listCell[1]));
     ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false));
     EXPECT_TRUE(log.said("% of the reflections fit this cell. Searching again"));
     EXPECT_NEAR(1 / std::fabs(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2])),
                 cell.volume, 0.02 * cell.volume);
     EXPECT_GT(indexedShare(data.m_listCell, list, 0.05f, log), 0.7);
     EXPECT_FALSE(runCheckedCellHunting(data, {}, CellHuntingParameters(), 0.05, log, false));
+
+    // A row in space has no third axis, so none to leave out; the first of equally poor cells is kept.
+    list.clear();
+    for (int n = 0; n < 9; ++n)
+        list.append(vectorRecord(0.1f * float(n), 0, 0));
+    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false));
+    EXPECT_TRUE(log.said("Searching again, for edges up to 9.50 Å."));
+    EXPECT_NEAR(length(data.m_listCell[0]), 0.1, 1e-6);
 }
 
 TEST(CellCommit, TakesATransformedCellToListsAndFile)
