@@ -14,12 +14,17 @@ const double g_dfRadians = std::acos(-1.0) / 180;
 
 }  // namespace
 
-// Bragg's law in double precision: no sphere, no projection.
+// Bragg's law in double precision: no sphere, no projection. The stretching by the angle between the peak and
+// the azimuth of the greatest stretching.
 TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
 {
     for (double dfAxis : {0.0, 37.5, -120.0, 90.0})
         for (double dfRelaxation : {0.0, 2.0}) {
             DataSet data;
+            MappingParameters parameters;
+            parameters.m_bApplyStretching = dfAxis > 0;
+            data.m_dfStretchAmplitude = 8;
+            data.m_dfStretchAzimuth = 25;
             data.m_dfCenterX = 512.25;
             data.m_dfCenterY = 500.5;
             data.m_dfRotationAxis = dfAxis;
@@ -34,12 +39,20 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
                 data.m_listPeakFrame[n][0].setHKL(1, 2, 3);
             }
             CRecordingReport log;
-            ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), log));
+            ASSERT_TRUE(transformPeaksTo3D(data, parameters, log));
             for (int n = 0; n < 10; ++n) {
                 ASSERT_EQ(data.m_listPeakFrame[n].size(), 12);
                 for (const Peak3D& peak : data.m_listPeakFrame[n]) {
-                    const double dfX = (peak.dfX2D - 512.25 - 0.5 * n) * data.m_dfPixelSize;
-                    const double dfY = (peak.dfY2D - 500.5 + 0.25 * n) * data.m_dfPixelSize;
+                    const double dfRawX = peak.dfX2D - 512.25 - 0.5 * n,
+                                 dfRawY = peak.dfY2D - 500.5 + 0.25 * n;
+                    const double dfAlong = dfRawX * std::cos(25 * g_dfRadians) -
+                                           dfRawY * std::sin(25 * g_dfRadians);
+                    const double dfPart = dfAlong / std::max(1e-9, std::hypot(dfRawX, dfRawY));
+                    const double dfScale = 1 + (dfAxis > 0 ? 0.08 * (2 * dfPart * dfPart - 1) : 0);
+                    EXPECT_NEAR(peak.dfX2DCorrected, dfRawX * dfScale, 1e-9);
+                    EXPECT_NEAR(peak.dfY2DCorrected, dfRawY * dfScale, 1e-9);
+                    const double dfX = dfRawX * dfScale * data.m_dfPixelSize;
+                    const double dfY = dfRawY * dfScale * data.m_dfPixelSize;
                     const double dfTwoTheta = std::atan(std::hypot(dfX, dfY) * data.m_dfWavelength);
                     const double dfLength = 2 * std::sin(dfTwoTheta / 2) / data.m_dfWavelength;
                     const double dfInPlane = std::sin(dfTwoTheta) / data.m_dfWavelength;
@@ -50,11 +63,17 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
                     EXPECT_NEAR(peak.fX3D, dfInPlane * std::cos(dfAzimuth), 8e-6);  // float step at 1/λ: 4e-6
                     EXPECT_NEAR(peak.fY3D, dfFlatY * std::cos(dfTilt) - dfLift * std::sin(dfTilt), 8e-6);
                     EXPECT_NEAR(peak.fZ3D, dfFlatY * std::sin(dfTilt) + dfLift * std::cos(dfTilt), 8e-6);
-                    EXPECT_NEAR(peak.dfDStar, dfLength, 8e-6);
+                    EXPECT_NEAR(peak.dfDStar, dfLength, dfLength == 0 ? 0 : 8e-6);
                     EXPECT_EQ(peak.dfFrameTilt, -20 + 3.5 * n);
                     EXPECT_EQ(std::fabs(peak.dfH) + std::fabs(peak.dfK) + std::fabs(peak.dfL), 0);
                 }
             }
+            data.m_listShift.removeLast();
+            EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
+            data.m_listShift.append(QPointF());
+            data.m_listOverallTilt.removeLast();
+            EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
+            EXPECT_EQ(log.m_listColor, QList<Qt::GlobalColor>({Qt::red, Qt::red}));
         }
 }
 
@@ -92,6 +111,7 @@ TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
                             std::atan2(dfAcross, std::fabs(dfAlong)) / g_dfRadians, 1e-4)
                     << dfAxis << " " << dfX << " " << dfY;
             }
+    EXPECT_EQ(calAngleToRotationAxis(centres, 30, 1, peakAt(103, 196)), 60);  // on the beam
 }
 
 TEST(Outsiders, TheWedgeHasTwoSidesAndAMargin)

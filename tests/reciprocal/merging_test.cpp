@@ -62,7 +62,7 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     DataSet data = flatSeries(3);
     addPeak(data, 0, 10, 10, {10, 10, 0}, 4);
     addPeak(data, 0, 50, 50, {50, 50, 0}, 1);
-    addPeak(data, 0, -30, 0, {-30, 0, 11}, 3);  // more than 10 pixels from the plane
+    addPeak(data, 0, -30, 0, {-30, 0, 11}, 0);  // more than 10 pixels from the plane
     addPeak(data, 1, 51, 50, {70, 50, 0}, 1);
     addPeak(data, 1, 11, 11, {11, 12, 0}, 6);
     addPeak(data, 1, 10, 15, {12, 12, 0}, 0);  // exactly 5 pixels from the chain's end: not near enough
@@ -80,19 +80,31 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     EXPECT_EQ(data.m_listPeakChain[0][0].dfX2D, -30);
     EXPECT_EQ(log.m_listLine.mid(log.m_listLine.size() - 2),
               QStringList({"2 peaks lie outside the intensity or resolution limits and were not merged.",
-                           "10 peaks in 5 chains found. 5 peaks remained after merging."}));
-    EXPECT_EQ(idsOf(data.m_listPeakMerged), QList<int>({0, 1}));  // chains of weight 0 yield nothing
-    EXPECT_GT(data.m_listPeakMerged[1].dfFrameFit, 0);            // the curves were fitted
-    EXPECT_EQ(result.listStreakIndex, QList<int>({2, 3, 4}));
-    EXPECT_EQ(idsOf(data.m_listPeakMergedShown), QList<int>({0, 1, 2, 2, 2}));
-    EXPECT_EQ(data.m_listPeakMergedShown[3].dfX2D, 51 + 101);
+                           "10 peaks in 5 chains found. 4 peaks remained after merging."}));
+    EXPECT_EQ(idsOf(data.m_listPeakMerged), QList<int>({1}));  // chains of weight 0 yield nothing
+    EXPECT_GT(data.m_listPeakMerged[0].dfFrameFit, 0);         // the curves were fitted
+    EXPECT_EQ(result.listStreakIndex, QList<int>({1, 2, 3}));
+    EXPECT_EQ(idsOf(data.m_listPeakMergedShown), QList<int>({1, 2, 2, 2}));
+    EXPECT_EQ(data.m_listPeakMergedShown[2].dfX2D, 51 + 101);
 
     // Flags by nID: one without a flag is kept out, and no flags at all select nothing.
     const std::vector<char> vecSome = {0, 0, 1, 0, 0, 1, 1}, vecNone;
-    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).bFinished);
-    EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
     ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecNone).bFinished);
     EXPECT_TRUE(data.m_listPeakChain.isEmpty() && data.m_listPeakMerged.isEmpty());
+    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).bFinished);
+    // A merge that is stopped, or lacks a shift or a tilt, leaves what the last one made.
+    for (int nStop : {0, 1, 2, 3}) {
+        log.m_nStopAfter = nStop;
+        EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished) << nStop;
+    }
+    log.m_nStopAfter = -1;
+    data.m_listShift.removeLast();
+    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
+    data.m_listShift.append(QPointF());
+    data.m_listOverallTilt.removeLast();
+    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
+    EXPECT_EQ(log.m_listColor.count(Qt::red), 2);
+    EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
 }
 
 // A chain whose two intensities have nothing to do with each other and whose tilt jumps back.
@@ -110,6 +122,7 @@ TEST(Merging, EveryWayOfReducingAChain)
         peak.dfX2DCorrected = 30 + n;
         peak.dfY2DCorrected = 40 + n;
     }
+    addPeak(data, 3, 400, 400, {300, 300, 0}, 1);  // a chain of one, which has no path
     // The path goes 13 pixels to the third peak, 12 from it to the second and 8 to the last.
     const auto path = [](double dfA, double dfB, double dfC, double dfD) {
         return 0.65 * (dfA + dfC) + 0.6 * (dfC + dfB) + 0.4 * (dfB + dfD);
@@ -130,7 +143,7 @@ TEST(Merging, EveryWayOfReducingAChain)
         CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
         EXPECT_EQ(data.m_nIntensityMode, int(row.b2D));
-        ASSERT_EQ(data.m_listPeakMerged.size(), 1);
+        ASSERT_EQ(data.m_listPeakMerged.size(), row.bLine ? 1 : 2);
         const Peak3D& merged = data.m_listPeakMerged[0];
         const Peak3D& best = data.m_listPeakFrame[row.nBest][0];
         EXPECT_NEAR(merged.dfIPoint, row.dfI, 1e-5) << row.bLine << row.b2D;
@@ -172,6 +185,7 @@ TEST(Merging, AChainIsOverWhenThePlaneHasLeftItsLastPeak)
 {
     for (double dfOff : {-5.8, -5.7, 5.7, 5.8}) {  // of 100 pixels the limit of 10 is 5.74 degrees
         DataSet data = flatSeries(2);
+        data.m_dfPixelSize = 0.002;
         data.m_dfTiltRelaxation = 2;
         data.m_listOverallTilt = {30, 29 + dfOff};
         for (int n = 0; n < 2; ++n)

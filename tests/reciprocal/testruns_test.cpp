@@ -137,7 +137,8 @@ TEST(RotationAxisTest, FindsTheAxisAndTheNormalsOfKnownHeads)
         EXPECT_NEAR(dfWeight == 1 ? test.dfMaxAngle : test.dfMaxAngleWeighted,
                     90 + std::arg(sum) / dfRadians / 2, 0.0501);
     }
-    for (double dfAzimuth : {49.49, 49.51})
-        EXPECT_NEAR(testRotationAxis({{head(dfAzimuth, 0)}}, {}, 5, report).dfNormal[dfAzimuth < 49.5],
-                    dfAzimuth, 1e-9);
+    for (double dfAzimuth : {49.49, 49.51, 229.49}) {
+        const double df = testRotationAxis({{head(dfAzimuth, 0)}}, {}, 5, report).dfNormal[dfAzimuth < 49.5];
+        EXPECT_NEAR(std::remainder(df - dfAzimuth, 360), 0, 1e-9) << dfAzimuth;
+    }
 }
