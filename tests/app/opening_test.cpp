@@ -187,8 +187,8 @@ TEST_F(Opening, ImagesBecomeFramesATenthOfADegreeApart)
 // The rounding is compared with the pages themselves.
 TEST(PageRounding, WrapsAngles)
 {
-    const double aRow[][3] = {{180, 180, 0}, {-180, -180, 0},     {190, -170, 10}, {-190, 170, 170},
-                              {725, 5, 5},   {-0.5, -0.5, 179.5}, {540, -180, 0},  {-1e-20, -1e-20, 0}};
+    const double aRow[][3] = {{180, 180, 180}, {-180, -180, 0},     {190, -170, 10}, {-190, 170, 170},
+                              {725, 5, 5},     {-0.5, -0.5, 179.5}, {540, -180, 0},  {-1e-20, -1e-20, 0}};
     for (const auto& [dfAngle, dfAxis, dfAzimuth] : aRow) {
         EXPECT_EQ(wrappedAxis(dfAngle), dfAxis) << dfAngle;
         EXPECT_EQ(wrappedAzimuth(dfAngle), dfAzimuth) << dfAngle;

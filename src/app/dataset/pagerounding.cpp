@@ -17,6 +17,8 @@ double wrappedAxis(double dfDegrees)
 
 double wrappedAzimuth(double dfDegrees)
 {
+    if (dfDegrees == 180)  // the box holds it, so that a file's 90 is shown as 90 more
+        return dfDegrees;
     const double df = std::fmod(dfDegrees, 180.0);
     const double dfPositive = df < 0 ? df + 180 : df;
     return dfPositive < 180 ? dfPositive + 0.0 : 0;  // a tiny negative angle rounds up to 180; -0 becomes 0

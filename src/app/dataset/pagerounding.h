@@ -11,7 +11,7 @@ double spinBoxValue(double dfValue, int nDecimals, double dfMinimum, double dfMa
 /// An azimuth in degrees as a rotation axis can have it: -180 to 180, which both stay.
 double wrappedAxis(double dfDegrees);
 
-/// An azimuth in degrees modulo 180: 0 or more, below 180.
+/// An azimuth in degrees modulo 180: 0 or more, below 180; 180 itself stays.
 double wrappedAzimuth(double dfDegrees);
 
 /// Every run reads the pages before its work, and so computes with what they hold. These do the same for
