@@ -86,8 +86,10 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     } else if (parameters.m_bOutputIndexing) {
         outputIndexingResultsToFile(result.listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
                                     dataSet.m_strProjectDir, dataSet.m_strProjectName, report);
-        outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
-                                         dataSet.m_strProjectName, report);
+        // Where there is no list and none could be made, that of a former run stays on disk.
+        if (!dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty())
+            outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
+                                             dataSet.m_strProjectName, report);
     }
     report.addMessage(
         QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")

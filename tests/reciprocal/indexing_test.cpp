@@ -11,10 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gemmi/symmetry.hpp>
 
+#include <climits>
 #include <set>
 #include <utility>
 
@@ -102,8 +104,9 @@ DataSet indexedSeries(const QList<Vec3D>& listCell, const QList<Peak3D>& listRef
     DataSet data;
     data.m_listCell = listCell;
     data.m_dfCenterX = 100;
+    data.m_dfCenterY = 50;
     for (int n = 0; n < 10; ++n) {
-        data.m_listShift.append(QPointF(n, 0));
+        data.m_listShift.append(QPointF(n, 2 * n));
         data.m_listOverallTilt.append(n);
     }
     for (const Peak3D& peak : listReflection)
@@ -120,10 +123,10 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     const int nGood = list.size();
     list[10].nFrame = 0;
     list[11].nFrame = 9;
-    list << list[20] << list[30];
+    list << list[20] << list[30] << Peak3D();  // the last one at the origin
     list[nGood].dfIPoint /= 2;
     placeAt(list[nGood + 1], list[30].point() + scaled(g_listCell[0], 0.5f));
-    for (int n : {nGood, nGood + 1})
+    for (int n : {nGood, nGood + 1, nGood + 2})
         list[n].nID = n;
     DataSet data = indexedSeries(g_listCell, list);
     QTemporaryDir dir;
@@ -138,24 +141,27 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(result.listOnEdgeID.size(), 2);
     EXPECT_EQ(result.listDuplicatedID, QList<int>({nGood}));
     EXPECT_EQ(result.listUnindexedID, QList<int>({nGood + 1}));
-    EXPECT_EQ(result.listIndexed.size(), nGood - 2);
-    EXPECT_EQ(result.listRounded.size(), nGood - 1);
-    EXPECT_EQ(result.listSelection.size(), nGood + 2);
+    EXPECT_EQ(result.listIndexed.size(), nGood - 1);
+    EXPECT_LT(result.listIndexed.last().nRGroup, nGood / 3) << "as of 2/m";
+    EXPECT_EQ(result.listRounded.size(), nGood);
+    EXPECT_EQ(result.listSelection.size(), nGood + 3);
     EXPECT_EQ(data.m_listPeakMerged[30].nRGroup, 0);  // the merged list stays as it was
 
     ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[4].size(), nGood - 2);
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
     for (const Peak3D& peak : data.m_vecPeakIndexedOnFrame[5]) {
-        EXPECT_EQ(peak.dfX2D, 7 + 100 + 5);
+        EXPECT_EQ(QPointF(peak.dfX2D, peak.dfY2D), QPointF(7 + 100 + 5, 50 + 10));
         EXPECT_EQ(peak.dfH, roundIndex(list[peak.nID].dfH));
     }
     EXPECT_EQ(data.m_vecReflectionFrame[size_t(list[0].nID)], 5);
     EXPECT_EQ(data.m_vecReflectionFrame[10], -1);
 
-    const int nCell = log.find(">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å");
+    const int nCell = log.find(
+        ">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å, "
+        "α= 90.00°, β=100.00°, γ= 90.00°");
     EXPECT_GE(nCell, 0);
-    EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 2).arg(nGood + 2)), nCell + 1);
+    EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 1).arg(nGood + 3)), nCell + 1);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
               QStringList({"series.hkl", "series.ipf", "series.p4p"}));
 
@@ -164,6 +170,11 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
     EXPECT_TRUE(log.said("red These reflections have no peaks on the frames"));
+    // And with the list gone as well, as after a transformation of the cell, the file stays.
+    const qint64 nBytes = QFileInfo(dir.filePath("series.ipf")).size();
+    data.m_vecPeakIndexedOnFrame.clear();
+    EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
+    EXPECT_EQ(QFileInfo(dir.filePath("series.ipf")).size(), nBytes);
 }
 
 // A cell of 1e6 Å³ is none. And a last reflection that is off by 0.06 of a step is indexed only through the
@@ -236,5 +247,12 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
         EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status);
         EXPECT_EQ(log.log(), row.pLine);
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
+    }
+    for (int nID : {-3, INT_MAX}) {
+        DataSet data = indexedSeries(g_listCell, list);
+        CRecordingReport log;
+        buildIndexedPeaksOnFrame(data, {reflection(1, 0, 0, 1, nID)}, log);
+        EXPECT_EQ(log.log(), QStringLiteral("red Abnormal %1 ID: %2").arg(nID < 0 ? "min" : "max").arg(nID));
+        EXPECT_TRUE(data.m_vecReflectionFrame.empty());
     }
 }

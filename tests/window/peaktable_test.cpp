@@ -205,6 +205,7 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     m_pMerging->m_pSpinIntensityMin->setValue(1100);
     answered({path("out.pk")}, [&] { m_pWindow->loadRawPeaks(); });
     EXPECT_EQ(m_pRaw->points().size(), 8) << "the masks decide, not the limits";
+    answered({int(QMessageBox::No)}, [&] { m_pWindow->resetSelectedPeakGroups(); });
     ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
     EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label1"));
     EXPECT_EQ(answered({int(QMessageBox::Yes)}, [&] { m_pWindow->resetSelectedPeakGroups(); }),
@@ -216,6 +217,8 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
 {
     open();
     m_pWindow->peakReduction3D();
+    answered({path("out.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
+    EXPECT_TRUE(linesOf("out.txt")[0].startsWith("# H | K | L ")) << "indices from the merged view";
     m_pTabs->setCurrentIndex(1);
     // The points are A0 A1 A2 A3 B3 A4 B4 A5; a change of a limit brings B5.
     m_pRaw->setGroupLabel(0, QStringLiteral("rest"));
