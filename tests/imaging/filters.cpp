@@ -1,6 +1,4 @@
 // Filters, maxima and resampling.
-#include "imaging/acmlfft.h"
-#include "imaging/imageconversion.h"
 #include "imaging/imagefilters.h"
 #include "imaging/maximumsearch.h"
 #include "imaging/resizebicubic.h"
@@ -11,26 +9,6 @@
 #include <cmath>
 #include <numeric>
 #include <vector>
-
-TEST(MakeGaussian, TransformsToTheGaussianOfItsTransferFunction)
-{
-    const double dfPi = std::acos(-1.0);
-    for (const auto& size : {std::pair<int, int>{64, 48}, {51, 64}}) {
-        const int nW = size.first, nH = size.second;
-        CImgObj<float> img;
-        CImgObj<COMPLEX> imgFT;
-        ASSERT_EQ(MakeGaussian(img, nW, nH, 2.5f), 1);
-        ComplexFromFloat(img, imgFT);
-        CAcmlFft().Transform(imgFT.Data(), nW, nH, -1);
-        for (int v : {0, 1, 5, -3})
-            for (int u : {0, 2, -4}) {
-                const double dfU = double(u) / nW, dfV = double(v) / nH;
-                const COMPLEX& value = imgFT.Data()[(v + nH) % nH * nW + (u + nW) % nW];
-                EXPECT_NEAR(value.re, std::exp(-2 * dfPi * dfPi * 6.25 * (dfU * dfU + dfV * dfV)), 2e-5);
-                EXPECT_NEAR(value.im, 0.f, 1e-5);
-            }
-    }
-}
 
 TEST(MakeRingMask, CountsTheLatticePointsOfItsRing)
 {
