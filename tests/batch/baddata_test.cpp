@@ -121,11 +121,23 @@ const BadCase aBad[] = {
      [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); },
      {},
      "Could not find keyword \"WAVELENGTH\" in the input file."},
+    {"empty list",
+     [](const Series& s) {
+         s.write("s.ed3d",
+                 "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
+                 "FILELIST\nENDFILELIST\n");
+     },
+     {},
+     "no frames"},
     {"project missing", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }, {}, "Could not load file"},
     {"project missing, with a folder of its own",
      [](const Series& s) { QFile::remove(s.path("s.ed3d")); },
      {"--out", "%/new"},
      "Could not load file"},
+    {"mask of two corners",
+     [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); },
+     {"--mask", "%/m.msk"},
+     "as mask file"},
     {"frame missing for the fits",
      [](const Series& s) { QFile::remove(s.path("f2.mrc")); },
      {"--from", "refine"},

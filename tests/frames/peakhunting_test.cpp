@@ -1,6 +1,7 @@
 #include "frames/peakhunting.h"
 
 #include "frames/frameseries.h"
+#include "frames/intensityextraction.h"
 
 namespace {
 
@@ -103,6 +104,19 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
         EXPECT_EQ(strLog, strFirst) << nJobs;
         QFile::remove(series.dir.filePath("series.pk"));
     }
+    // Measured again, each peak has the intensities that the hunt gave it.
+    const QList<QList<Peak3D>>& listHunted = series.dataSet.m_listPeakFrame;
+    QVector<QList<Peak3D>> vecPeak = listHunted.toVector();
+    for (QList<Peak3D>& listPeak : vecPeak)
+        for (Peak3D& peak : listPeak)
+            peak.dfIPoint = peak.dfI2D = -1;
+    ASSERT_TRUE(
+        extractIntensity(series.dataSet, vecPeak, parameters(), {8, 3, 1}, series.filters, series.report));
+    for (int n = 0; n < nFrames; ++n)
+        for (int i = 0; i < vecPeak[n].size(); ++i) {
+            EXPECT_EQ(vecPeak[n][i].dfIPoint, listHunted[n][i].dfIPoint);
+            EXPECT_EQ(vecPeak[n][i].dfI2D, listHunted[n][i].dfI2D);
+        }
 }
 
 TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
