@@ -44,7 +44,7 @@ TEST_F(Reciprocal, OtherData)
     ASSERT_EQ(m_pMerged->points().size(), 2);
     const Peak3D& peak = m_pMerged->points()[0];
     expectNear({{{double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)}, {}, {}}},
-               {{times({{{1, 2, -3}, {}, {}}}, matCell)[0], {}, {}}}, 1e-6);
+               {Vec{1, 2, -3} * matCell, {}, {}}, 1e-6);
     EXPECT_EQ(table()->rowCount(), 2);
     EXPECT_EQ(table()->index(0, 6).data().toString(), QStringLiteral("-3"));
     EXPECT_EQ(lines("2 reflections loaded from ", Qt::black), 1);

@@ -198,6 +198,7 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     EXPECT_TRUE(lastLine().startsWith("Failed to open file for writing: ")) << lastLine().toStdString();
 
     answered({path("out.pk")}, [&] { m_pWindow->saveRawPeaks(); });
+    EXPECT_EQ(lines("List of raw peaks saved to " + path("out.pk"), Qt::black), 1);
 
     // Reset asks only when there is something to reset.
     m_pRaw->removePointGroups({1});

@@ -2,43 +2,11 @@
 
 QTemporaryDir* Reciprocal::s_pSeries = nullptr;
 
-static Vec cross(const Vec& u, const Vec& v)
-{
-    return {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
-}
-
-Mat dual(const Mat& m)
-{
-    Mat result;
-    for (size_t i = 0; i < 3; ++i) {
-        result[i] = cross(m[(i + 1) % 3], m[(i + 2) % 3]);
-        for (double& df : result[i])
-            df /= dot(m[0], cross(m[1], m[2]));
-    }
-    return result;
-}
-
-Mat times(const Mat& m, const Mat& n)
-{
-    Mat result{};
-    for (size_t i = 0; i < 3; ++i)
-        for (size_t j = 0; j < 3; ++j)
-            for (size_t k = 0; k < 3; ++k)
-                result[i][j] += m[i][k] * n[k][j];
-    return result;
-}
-
 QString fieldsOf(const Mat& matReciprocal)
 {
-    const Mat m = dual(matReciprocal);
     QStringList list;
-    for (const Vec& v : m)
-        list.append(QLocale::system().toString(std::sqrt(dot(v, v)), 'f', 2));
-    for (size_t i = 0; i < 3; ++i) {
-        const Vec &u = m[(i + 1) % 3], &v = m[(i + 2) % 3];
-        const double dfAngle = std::acos(dot(u, v) / std::sqrt(dot(u, u) * dot(v, v))) * 180 / M_PI;
-        list.append(QLocale::system().toString(dfAngle, 'f', 2));
-    }
+    for (double df : cellOfReciprocalBasis(matReciprocal))
+        list.append(QLocale::system().toString(df, 'f', 2));
     return list.join(' ');
 }
 

@@ -1,23 +1,18 @@
 // Reciprocal: a window beside a simulated series that has shifts, peaks and a cell; and what its cells ought
-// to be, by plain matrices.
+// to be, by the simulator's matrices.
 #pragma once
 
+#include "simulate/structurefactor.h"
 #include "windowtest.h"
 
-#include <array>
-#include <cmath>
-
-typedef std::array<double, 3> Vec;
-typedef std::array<Vec, 3> Mat;  ///< rows
-
-inline double dot(const Vec& u, const Vec& v)
-{
-    return u[0] * v[0] + u[1] * v[1] + u[2] * v[2];
-}
+typedef Vector3 Vec;
+typedef Matrix3 Mat;  ///< rows
 
 /// The basis dual to the given one, from reciprocal to real space and back.
-Mat dual(const Mat& m);
-Mat times(const Mat& m, const Mat& n);
+inline Mat dual(const Mat& m)
+{
+    return transposed(inverseOf(m));
+}
 /// The six fields of the page for a cell.
 QString fieldsOf(const Mat& matReciprocal);
 void expectNear(const Mat& m, const Mat& matWanted, double dfTolerance = 3e-8);

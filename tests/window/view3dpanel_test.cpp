@@ -60,7 +60,7 @@ TEST_F(Reciprocal, LiveBoxes)
         ASSERT_NO_FATAL_FAILURE(typeOver(apLength[i], "0.0623"));
         QTest::keyClick(apLength[i], Qt::Key_Return);
         for (double& df : matWanted[i])
-            df *= 0.0623 / std::sqrt(dot(g_matCell[i], g_matCell[i]));
+            df *= 0.0623 / lengthOf(g_matCell[i]);
         expectNear(cell(), matWanted);
     }
 }
@@ -142,7 +142,7 @@ TEST_F(Reciprocal, PanelAndViews)
     for (size_t i = 0; i < 6; ++i) {
         apAlong[i]->click();
         const Vec v = i < 3 ? g_matCell[i] : dual(g_matCell)[i - 3];
-        EXPECT_NEAR(dot(view(), v) / std::sqrt(dot(v, v)), 1, 1e-6) << i;
+        EXPECT_NEAR(dotProduct(view(), v) / lengthOf(v), 1, 1e-6) << i;
     }
 
     // Where a step brings what lay at `vecFrom` on the screen (x right, y up, z to the viewer): towards
