@@ -135,6 +135,29 @@ void compress(Map& map)
         f = std::sqrt(std::max(f - fMedian, 0.f) / fSpread);
 }
 
+// What is kept of a frame.
+struct FrameMap {
+    int nWidth = 0;  // of the frame
+    int nHeight = 0;
+    int nBlock = 1;  // side of what is one pixel of the map
+    Map map;         // empty for a frame that is too small
+};
+
+FrameMap mapOfFrame(const CImgObj<float>& imgFrame)
+{
+    FrameMap frame;
+    frame.nWidth = imgFrame.Width();
+    frame.nHeight = imgFrame.Height();
+    frame.nBlock = (std::max(frame.nWidth, frame.nHeight) + g_nMapSide - 1) / g_nMapSide;
+    if (std::min(frame.nWidth, frame.nHeight) < std::max(g_nLeastSide, frame.nBlock))
+        return frame;
+    frame.map = reduced(imgFrame, frame.nBlock);
+    flattenLines(frame.map, true);
+    flattenLines(frame.map, false);
+    compress(frame.map);
+    return frame;
+}
+
 Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
 {
     Map result = map;
@@ -213,29 +236,23 @@ int regionSide(int nFrameSide, double dfWander)
 
 }  // namespace
 
-bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion)
+bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion, int nJobs)
 {
     int nWidth = 0;
     int nHeight = 0;
     int nBlock = 1;
     std::vector<Map> vecMap;
-    const auto take = [&](const CImgObj<float>& imgFrame) {
+    const auto take = [&](FrameMap& frame) {
         if (vecMap.empty()) {
-            nWidth = imgFrame.Width();
-            nHeight = imgFrame.Height();
-            nBlock = (std::max(nWidth, nHeight) + g_nMapSide - 1) / g_nMapSide;
-            if (std::min(nWidth, nHeight) < std::max(g_nLeastSide, nBlock))
-                return;
+            nWidth = frame.nWidth;
+            nHeight = frame.nHeight;
+            nBlock = frame.nBlock;
         }
-        if (imgFrame.Width() != nWidth || imgFrame.Height() != nHeight)
-            return;
-        Map map = reduced(imgFrame, nBlock);
-        flattenLines(map, true);
-        flattenLines(map, false);
-        compress(map);
-        vecMap.push_back(std::move(map));
+        if (!frame.map.vec.empty() && frame.nWidth == nWidth && frame.nHeight == nHeight)
+            vecMap.push_back(std::move(frame.map));
     };
-    if (!forEachSampledFrame(dataSet, g_nFramesLookedAt, report, take))
+    if (!forEachSampledFrame<FrameMap>(
+            dataSet, g_nFramesLookedAt, nJobs, report, [] { return mapOfFrame; }, take))
         return false;
     if (vecMap.empty()) {
         report.addMessage(

@@ -1,11 +1,14 @@
 #include "frames/autothreshold.h"
 
 #include "frames/bandpass.h"
+#include "frames/framehunt.h"
 #include "frames/median.h"
 #include "frames/seriessample.h"
+#include "frames/sharedpeakfilters.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -52,28 +55,38 @@ double impulseResponse(const CPeakFilters& filters)
     return std::fabs(dfSum) / double(nPixels);
 }
 
+// The threshold for one frame; 0 for a blank one and where there is no transform.
+double thresholdOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                        CPeakFilters& filters, FrameHuntWork& work)
+{
+    if (frameSpectrum(imgFrame, work.fft, work.spectrum) < 0 ||
+        !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
+        !filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, nullptr, &work.imgBandPass))
+        return 0;
+    // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
+    return std::max(g_dfDeviations * robustSpread(samplePixels(work.imgBandPass)).dfDeviation,
+                    g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));
+}
+
 }  // namespace
 
 bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
-                           CPeakFilters& filters, CRunReport& report, double& dfThreshold)
+                           CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs)
 {
-    CAcmlFft fft;
-    FrameSpectrum spectrum;
-    CImgObj<COMPLEX> imgProduct;
-    CImgObj<float> imgBandPass;
+    CSharedPeakFilters shared(filters);
+    const auto makeEstimate = [&] {
+        return [&, pWork = std::make_shared<FrameHuntWork>()](const CImgObj<float>& imgFrame) {
+            return shared.use(parameters, imgFrame.Width(), imgFrame.Height(), [&](CPeakFilters& fitting) {
+                return thresholdOfFrame(imgFrame, parameters, fitting, *pWork);
+            });
+        };
+    };
     std::vector<float> vecThreshold;
-    const auto estimate = [&](const CImgObj<float>& imgFrame) {
-        if (frameSpectrum(imgFrame, fft, spectrum) < 0 ||
-            !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
-            !filterSpectrum(spectrum, filters, fft, imgProduct, nullptr, &imgBandPass))
-            return;
-        // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
-        const double dfFrame = std::max(g_dfDeviations * robustSpread(samplePixels(imgBandPass)).dfDeviation,
-                                        g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));
+    const auto take = [&](double& dfFrame) {
         if (dfFrame > 0)  // not for a blank frame
             vecThreshold.push_back(float(dfFrame));
     };
-    if (!forEachSampledFrame(dataSet, g_nFramesLookedAt, report, estimate))
+    if (!forEachSampledFrame<double>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take))
         return false;
     if (vecThreshold.empty()) {
         report.addMessage(

@@ -6,6 +6,7 @@
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
+#include "frames/sharedpeakfilters.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -13,8 +14,6 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 
 namespace {
@@ -49,7 +48,10 @@ public:
                 frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
                 return frame;
             }
-            frame.peaks = huntImage(*frame.vecImage.front(), work);
+            const CImgObj<float>& img = *frame.vecImage.front();
+            frame.peaks = m_filters.use(m_parameters, img.Width(), img.Height(), [&](CPeakFilters& filters) {
+                return huntFrame(img, m_parameters, m_mask, filters, work);
+            });
             if (!frame.peaks.bHunted) {
                 frame.report.addMessage(
                     QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile), Qt::red);
@@ -67,25 +69,12 @@ public:
     }
 
 private:
-    FramePeaks huntImage(const CImgObj<float>& img, FrameHuntWork& work)
-    {
-        {
-            std::shared_lock<std::shared_mutex> lock(m_mutex);
-            if (m_filters.fits(m_parameters, img.Width(), img.Height()))
-                return huntFrame(img, m_parameters, m_mask, m_filters, work);
-        }
-        // The first frame, or one of another size: the filters are remade while nobody reads them.
-        std::unique_lock<std::shared_mutex> lock(m_mutex);
-        return huntFrame(img, m_parameters, m_mask, m_filters, work);
-    }
-
     // copies: the data set may change under the run through waiting events
     const QStringList m_listFile;
     const QList<QPoint> m_listHotPixel;
     const MaskData m_mask;
     const PeakHuntingParameters m_parameters;
-    CPeakFilters& m_filters;
-    std::shared_mutex m_mutex;
+    CSharedPeakFilters m_filters;
 };
 
 QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)

@@ -4,20 +4,21 @@
 
 #include <algorithm>
 
-bool forEachSampledFrame(const DataSet& dataSet, int nMost, CRunReport& report,
-                         const std::function<void(const CImgObj<float>& imgFrame)>& fnFrame)
+std::vector<int> sampledFrames(int nFrames, int nMost)
 {
-    const int nFrames = dataSet.m_listFrameFile.size();
     const int nCount = std::min(nFrames, nMost);
-    for (int i = 0; i < nCount; ++i) {
-        if (!report.goOn())
-            return false;
-        const int nFrame = nCount == 1 ? 0 : int(qint64(i) * (nFrames - 1) / (nCount - 1));
-        ImageList vecImage;
-        CRunReport silent;
-        if (loadFirstImage(vecImage, dataSet.m_listFrameFile[nFrame], dataSet.m_listHotPixel, silent) != 0 &&
-            !vecImage.empty() && vecImage.front()->Data())
-            fnFrame(*vecImage.front());
-    }
-    return true;
+    std::vector<int> vecFrame;
+    for (int i = 0; i < nCount; ++i)
+        vecFrame.push_back(nCount == 1 ? 0 : int(qint64(i) * (nFrames - 1) / (nCount - 1)));
+    return vecFrame;
+}
+
+ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel)
+{
+    ImageList vecImage;
+    CRunReport silent;
+    if (loadFirstImage(vecImage, strFileName, listHotPixel, silent) != 0 && !vecImage.empty() &&
+        !vecImage.front()->Data())
+        vecImage.clear();
+    return vecImage;
 }

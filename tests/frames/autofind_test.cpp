@@ -66,6 +66,16 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         EXPECT_NEAR(rc.x() + row.nSide / 2, 230 + row.dfWander / 2, dfTolerance + (row.nSide - 256) / 4)
             << row.pWhat;
         EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat;
+
+        QRect rcSideBySide;
+        EXPECT_TRUE(findBeamRegion(series.dataSet, series.report, rcSideBySide, 3));
+        EXPECT_EQ(rcSideBySide, rc);
+        double dfThreshold = -1, dfSideBySide = -2;
+        CPeakFilters filters;
+        for (const auto& [nJobs, pResult] : {std::pair(3, &dfSideBySide), {1, &dfThreshold}})
+            EXPECT_TRUE(
+                estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, *pResult, nJobs));
+        EXPECT_EQ(dfSideBySide, dfThreshold);
     }
     FrameSeries series;
     EXPECT_FALSE(findBeamRegion(series.dataSet, series.report, rc));

@@ -296,7 +296,7 @@ bool CBatchRoad::openInput()
         bOpened = openImageFiles(m_dataSet, listFile, m_report, &listReason);
     }
     for (const QString& strReason : listReason) {
-        m_report.addMessage(strReason);
+        m_report.addMessage(strReason, bOpened ? Qt::black : Qt::red);
     }
     return bOpened;
 }
@@ -479,7 +479,7 @@ bool CBatchRoad::runShifts()
     QRect rcRegion;
     if (m_options.rcRegion) {
         rcRegion = *m_options.rcRegion;
-    } else if (!findBeamRegion(m_dataSet, m_report, rcRegion)) {
+    } else if (!findBeamRegion(m_dataSet, m_report, rcRegion, jobs())) {
         return false;
     }
     const QString strFile = resultBase() + QStringLiteral(".sc");
@@ -541,7 +541,7 @@ bool CBatchRoad::runPeaks()
         parameters.m_dfPeakThreshold = *m_options.dfPeakThreshold;
     } else if (!m_options.bWindowDefaults) {
         double dfThreshold = 0;
-        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, dfThreshold)) {
+        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, dfThreshold, jobs())) {
             return false;
         }
         // What the page would show, but never so little that it rounds to nothing.
