@@ -41,7 +41,7 @@ public:
 
     /// Forward transform of a real image, which is half the work of Transform().
     /// @param fnRow  called once for each row, upwards
-    /// @param pHalf  takes HalfCount() elements; the last columns of the last block are left as they were
+    /// @param pHalf  takes HalfCount() elements; the columns of the last block beyond nWidth/2 become 0
     /// @return 1, or 0 with nothing called: null data or no plan
     int TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf);
 
