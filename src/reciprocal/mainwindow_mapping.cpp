@@ -1,6 +1,7 @@
 // MainWindow: mapping of the peaks, merging, and the rotation axis on the frame.
 #include "app/mainwindow.h"
 
+#include "app/records/groupmask.h"
 #include "app/tabwidget.h"
 #include "app/windowreport.h"
 #include "frames/pages/framespage.h"
@@ -124,19 +125,38 @@ void MainWindow::peakReduction3D()
     m_pMergingPage->m_pButtonMerge->setEnabled(true);
 }
 
-/// One flag per nID of the peaks: whether it is a point of the raw view's group `nGroup`.
+/// One flag per nID of the peaks: whether it is a point of the raw view's group `nGroup`, or would be if the
+/// limits did not hide it. The merge leaves those out and tells how many they are.
 std::vector<char> MainWindow::groupFlags(int nGroup) const
 {
     const QList<Peak3D>& listPoint = m_pView3DRaw->points();
-    std::vector<char> vecFlag;
-    for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup)) {
-        const Peak3D& peak = listPoint[nPoint];
+    std::vector<char> vecFlag, vecShown;
+    const auto setFlag = [](std::vector<char>& vec, const Peak3D& peak) {
         if (peak.nFrame < 0 || peak.nID < 0)
-            continue;  // a point of a list that was only loaded for a look, and no peak
-        if (peak.nID >= int(vecFlag.size()))
-            vecFlag.resize(std::size_t(peak.nID) + 1, 0);
-        vecFlag[std::size_t(peak.nID)] = 1;
-    }
+            return;  // a point of a list that was only loaded for a look, and no peak
+        if (peak.nID >= int(vec.size()))
+            vec.resize(std::size_t(peak.nID) + 1, 0);
+        vec[std::size_t(peak.nID)] = 1;
+    };
+    for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup))
+        setFlag(vecFlag, listPoint[nPoint]);
+    if (!m_bRawViewHoldsPeaks)
+        return vecFlag;
+    for (const Peak3D& peak : listPoint)
+        setFlag(vecShown, peak);
+    const QList<QList<Peak3D>>& listPeakFrame = m_dataSet.m_listPeakFrame;
+    const bool bGroups = groupsMatchPeaks(m_dataSet.m_vecPeakGroup, listPeakFrame);
+    for (int f = 0; f < listPeakFrame.size(); ++f)
+        for (int i = 0; i < listPeakFrame[f].size(); ++i) {
+            const Peak3D& peak = listPeakFrame[f][i];
+            const bool bShown = peak.nID >= 0 && peak.nID < int(vecShown.size()) &&
+                                vecShown[std::size_t(peak.nID)];
+            if (bShown || liesWithinLimits(peak, m_mapping))
+                continue;
+            const QList<int> listGroup = bGroups ? m_dataSet.m_vecPeakGroup[f][i] : QList<int>();
+            if (listGroup.isEmpty() ? nGroup == 0 : listGroup.contains(nGroup))
+                setFlag(vecFlag, peak);
+        }
     return vecFlag;
 }
 

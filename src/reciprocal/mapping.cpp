@@ -75,6 +75,12 @@ bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, C
     return true;
 }
 
+bool liesWithinLimits(const Peak3D& peak, const MappingParameters& parameters)
+{
+    return peak.dfIPoint >= parameters.m_dfIntensityMin && peak.dfIPoint <= parameters.m_dfIntensityMax &&
+           peak.dfDStar <= parameters.m_dfResolutionMax && peak.dfDStar >= parameters.m_dfResolutionMin;
+}
+
 PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const MappingParameters& parameters)
 {
     PeaksShown shown;
@@ -82,9 +88,7 @@ PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const Map
     for (const QList<Peak3D>& listPeak : listPeakFrame) {
         QList<Peak3D> listKept;
         for (const Peak3D& peak : listPeak)
-            if (peak.dfIPoint >= parameters.m_dfIntensityMin &&
-                peak.dfIPoint <= parameters.m_dfIntensityMax &&
-                peak.dfDStar <= parameters.m_dfResolutionMax && peak.dfDStar >= parameters.m_dfResolutionMin)
+            if (liesWithinLimits(peak, parameters))
                 listKept.append(peak);
         shown.m_listPeakFlat.append(listKept);
         shown.m_listPeakFrameShown.append(listKept);

@@ -39,7 +39,10 @@ struct PeaksShown {
     QList<Peak3D> m_listPeakFlat;
 };
 
-/// The peaks whose dfIPoint and dfDStar lie within the limits, bounds included.
+/// Whether dfIPoint and dfDStar lie within the limits, bounds included; what is no number does not.
+bool liesWithinLimits(const Peak3D& peak, const MappingParameters& parameters);
+
+/// The peaks that lie within the limits.
 PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const MappingParameters& parameters);
 
 /// Replaces m_listPeakFrameShown by what passes the limits and returns the flat list for the raw view.

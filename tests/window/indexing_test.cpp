@@ -10,6 +10,7 @@
 TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
 {
     open();
+    const int nPeaks = m_pRaw->points().size();
     m_pMerging->m_pSpinMax3DLength->setValue(1.2);
     m_pRaw->setCamera(std::array<float, 16>{0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 1}.data(), 0.1f,
                       0.2f, -0.5f);
@@ -36,6 +37,8 @@ TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
     EXPECT_GT(m_pMerged->points().size(), 10);
     for (const Peak3D& peak : m_pMerged->points())
         EXPECT_LT(peak.dfDStar, 0.61);
+    EXPECT_EQ(lines(QStringLiteral("%1 peaks lie outside").arg(nPeaks - m_pRaw->points().size()), Qt::black),
+              1);
     m_pMerging->m_pSpinResolutionMax->setValue(1);
 
     // Chains cut short by a small distance give reflections twice. The driver counts.
