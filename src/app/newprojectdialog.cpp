@@ -7,6 +7,7 @@
 #include "app/records/wholefile.h"
 #include "crystal/electronwavelength.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -15,6 +16,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -38,6 +40,7 @@
 namespace {
 
 const QString g_strDegree = QStringLiteral("°");
+const qint64 g_nMaxTiltFile = 1 << 20;  // bytes; a text edit takes seconds for more
 
 // A row of a label or radio button and its control.
 void addRow(QGridLayout* pGrid, QWidget* pLabel, QWidget* pControl)
@@ -58,6 +61,27 @@ void showValue(QDoubleSpinBox* pSpin, double dfValue)
 QString pathOf(const QListWidgetItem* pItem)
 {
     return pItem->data(Qt::UserRole).toString();
+}
+
+// What was understood of a list of tilts, degrees.
+QString tiltText(const QList<double>& listTilt)
+{
+    if (listTilt.isEmpty())
+        return {};
+    QString strText = NewProjectDialog::tr("%L1 tilts, %2° to %3°")
+                          .arg(listTilt.size())
+                          .arg(listTilt.first())
+                          .arg(listTilt.last());
+    if (listTilt.size() > 1) {
+        double dfLeast = listTilt[1] - listTilt[0], dfGreatest = dfLeast;
+        for (int i = 1; i < listTilt.size(); ++i) {
+            dfLeast = std::min(dfLeast, listTilt[i] - listTilt[i - 1]);
+            dfGreatest = std::max(dfGreatest, listTilt[i] - listTilt[i - 1]);
+        }
+        strText += NewProjectDialog::tr("; steps %1° to %2°")
+                       .arg(QString::number(dfLeast, 'g', 4), QString::number(dfGreatest, 'g', 4));
+    }
+    return strText;
 }
 
 struct StoredSpin {
@@ -108,6 +132,8 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     m_pProblemLabel->setTextFormat(Qt::PlainText);
     m_pButtons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     m_pButtons->button(QDialogButtonBox::Ok)->setText(tr("Create"));
+    for (QAbstractButton* pButton : m_pButtons->buttons())
+        static_cast<QPushButton*>(pButton)->setAutoDefault(false);
     explain(m_pButtons->button(QDialogButtonBox::Ok), tr("Writes the project file and opens it."));
     explain(m_pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; no file is written."));
     auto* pLayout = new QVBoxLayout(this);
@@ -210,8 +236,9 @@ QGroupBox* NewProjectDialog::makeTilts()
     m_pTiltEdit = new QPlainTextEdit(pGroup);
     m_pTiltEdit->setPlaceholderText(tr("one tilt per line, in the order of the frames"));
     m_pTiltEdit->setTabChangesFocus(true);
-    explain(m_pTiltEdit, tr("One line per frame: its tilt in degrees, or three numbers for stage, beam and "
-                            "overall tilt, with decimal points. Lines that begin with # do not count."));
+    explain(m_pTiltEdit,
+            tr("One line per frame: its tilt in degrees, or three numbers for stage, beam and "
+               "overall tilt (their sum), with decimal points. Lines that begin with # do not count."));
     m_pLoadTiltsButton = new QPushButton(tr("Load..."), pGroup);
     m_pLoadTiltsButton->setAutoDefault(false);
     explain(m_pLoadTiltsButton, tr("Reads the list of tilts from a text file."));
@@ -220,7 +247,12 @@ QGroupBox* NewProjectDialog::makeTilts()
     auto* pListLayout = new QVBoxLayout(pList);
     pListLayout->setContentsMargins(0, 0, 0, 0);
     pListLayout->addWidget(m_pTiltEdit, 1);
-    pListLayout->addWidget(m_pLoadTiltsButton, 0, Qt::AlignRight);
+    m_pTiltLabel = new QLabel(pGroup);
+    m_pTiltLabel->setTextFormat(Qt::PlainText);
+    auto* pUnderList = new QHBoxLayout;
+    pUnderList->addWidget(m_pTiltLabel, 1);
+    pUnderList->addWidget(m_pLoadTiltsButton);
+    pListLayout->addLayout(pUnderList);
     auto* pStack = new QStackedLayout;  // as high as the boxes, whatever is shown: small screens have no more
     pStack->addWidget(pEven);
     pStack->addWidget(pList);
@@ -262,7 +294,8 @@ QGroupBox* NewProjectDialog::makePixelSize()
     m_pCameraLengthSpin = makeDoubleSpin(pGroup, 0, 1e6, 2, 10, 0, QStringLiteral(" mm"));
     m_pDetectorPixelSpin = makeDoubleSpin(pGroup, 0, 1e5, 3, 1, 0, QStringLiteral(" µm"));
     explain(m_pPixelSizeSpin, tr("Size of one pixel of the frames, Å⁻¹, as from a calibration with a known "
-                                 "crystal. All lengths of the cell go as its inverse."));
+                                 "crystal. All lengths of the cell go as its inverse. The page \"Frames\" "
+                                 "keeps 6 decimals."));
     explain(m_pCameraLengthSpin,
             tr("Effective camera length L, mm. The pixel size is p / (L λ) with the detector "
                "pixel p. The length that a microscope displays may be off by some per cent."));
@@ -289,10 +322,15 @@ QGroupBox* NewProjectDialog::makeDirections()
         tr("Direction of the rotation axis on the frame as it is shown, degrees counter-clockwise from the "
            "right (3 o'clock): 0 to the right, 90 up, -90 down. It belongs to the microscope, camera and "
            "camera length and can be found later by \"Test Rotation Axis\". If the axis is right but the "
-           "sense of the tilt is not, add 180."));
+           "sense of the tilt is not, add 180. A good share of indexed reflections does not prove the sense: "
+           "at moderate d* the other one gives the same cell but the mirror image, the wrong hand. Know it "
+           "from the instrument or from a known crystal, or compare both senses as far out in d* as the data "
+           "go. The page \"Frames\" keeps one decimal."));
     explain(m_pStretchAmplitudeSpin,
             tr("Elliptical distortion of the pattern by the lenses, per cent; 0 if it is "
-               "not known. Measure it on the rings of a powder."));
+               "not known. Measure it on the rings of a powder. 0 does not take back the "
+               "correction of the series that was open before: see \"Apply Stretching\" on \"3D "
+               "Peak Merging\"."));
     explain(m_pStretchAzimuthSpin,
             tr("Direction along which the distorted pattern is longer, degrees "
                "counter-clockwise from the right. Without meaning if the amplitude is 0."));
@@ -360,7 +398,7 @@ void NewProjectDialog::connectControls()
     connect(&m_timerMoved, &QTimer::timeout, this, &NewProjectDialog::framesChanged);
     connect(m_pFrameList, &QListWidget::itemSelectionChanged, this, &NewProjectDialog::selectionChanged);
     connect(m_pButtons, &QDialogButtonBox::accepted, this, &NewProjectDialog::accept);
-    connect(m_pButtons, &QDialogButtonBox::rejected, this, &NewProjectDialog::reject);
+    connect(m_pButtons, &QDialogButtonBox::rejected, this, [this] { QDialog::reject(); });
 }
 
 void NewProjectDialog::readSettings(QSettings& settings)
@@ -483,7 +521,7 @@ void NewProjectDialog::askTilts()
         return;
     QByteArray bytesText;
     QString strReason;
-    if (!readFileBytes(strFile, bytesText, g_nMaxTextFile, &strReason)) {
+    if (!readFileBytes(strFile, bytesText, g_nMaxTiltFile, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);
         return;
     }
@@ -647,9 +685,36 @@ void NewProjectDialog::refresh()
     if (m_pEndRadio->isChecked())
         showValue(m_pTiltStepSpin, tiltStep(nFrames, m_pTiltStartSpin->value(), m_pTiltEndSpin->value()));
 
+    if (m_pListRadio->isChecked())
+        m_pTiltLabel->setText(tiltText(made.tilts.listOverall));
     const QString strProblem = problem();
     m_pProblemLabel->setText(strProblem);
     m_pButtons->button(QDialogButtonBox::Ok)->setEnabled(strProblem.isEmpty());
+}
+
+bool NewProjectDialog::isAgreed(const QString& strQuestion)
+{
+    return QMessageBox::question(this, windowTitle(), strQuestion, QMessageBox::Yes | QMessageBox::No,
+                                 QMessageBox::No) == QMessageBox::Yes;
+}
+
+void NewProjectDialog::reject()
+{
+    if (m_pTiltEdit->toPlainText().trimmed().isEmpty() ||
+        isAgreed(tr("The list of tilts is lost when the dialog is closed. Close it?")))
+        QDialog::reject();
+}
+
+/// Return ends what is typed into a box; only a button that has the focus does what it says.
+void NewProjectDialog::keyPressEvent(QKeyEvent* pEvent)
+{
+    if (pEvent->key() != Qt::Key_Return && pEvent->key() != Qt::Key_Enter) {
+        QDialog::keyPressEvent(pEvent);
+        return;
+    }
+    if (auto* pButton = qobject_cast<QPushButton*>(focusWidget()))
+        pButton->click();
+    pEvent->accept();
 }
 
 void NewProjectDialog::accept()
@@ -659,10 +724,13 @@ void NewProjectDialog::accept()
     const QString strFile = projectFile();
     if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason))
         return;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool bAlike = areFramesAlike(frames(), &strReason);
+    QApplication::restoreOverrideCursor();
+    if (!bAlike && !isAgreed(tr("%1. Create the project all the same?").arg(strReason)))
+        return;
     if (QFileInfo::exists(strFile) &&
-        QMessageBox::question(this, windowTitle(),
-                              tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile)),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+        !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile))))
         return;
     if (!writeWholeFile(strFile, bytesText, true, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);

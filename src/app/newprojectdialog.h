@@ -42,6 +42,8 @@ public:
     /// The file to be written, with its suffix; empty while there is no name.
     QString projectFile() const;
     void accept() override;
+    /// Asks before a list of tilts is lost; the button "Cancel" does not ask.
+    void reject() override;
 
     QListWidget* m_pFrameList = nullptr;  ///< the path of a frame is the item's Qt::UserRole
     QPushButton* m_pAddFilesButton = nullptr;
@@ -60,6 +62,7 @@ public:
     QDoubleSpinBox* m_pTiltEndSpin = nullptr;
     QSpinBox* m_pBeamTiltSpin = nullptr;  ///< frames per step of the goniometer
     QPlainTextEdit* m_pTiltEdit = nullptr;
+    QLabel* m_pTiltLabel = nullptr;  ///< what was understood of the list
     QPushButton* m_pLoadTiltsButton = nullptr;
 
     QRadioButton* m_pVoltageRadio = nullptr;
@@ -83,6 +86,7 @@ public:
 protected:
     void dragEnterEvent(QDragEnterEvent* pEvent) override;
     void dropEvent(QDropEvent* pEvent) override;
+    void keyPressEvent(QKeyEvent* pEvent) override;
 
 private:
     QWidget* makeFrames();
@@ -99,6 +103,7 @@ private:
     void askFolder();
     void askTilts();
     void askProjectFile();
+    bool isAgreed(const QString& strQuestion);
     void moveSelected(int nStep);
     void framesChanged();
     void selectionChanged();

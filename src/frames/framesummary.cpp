@@ -1,9 +1,11 @@
 #include "frames/framesummary.h"
 
+#include "app/records/reason.h"
 #include "frames/frameloader.h"
 #include "imagefiles/dm3calibration.h"
 
 #include <QFileInfo>
+#include <QImageReader>
 
 #include <exception>
 
@@ -43,5 +45,37 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
         }
     }
     summary = read;
+    return true;
+}
+
+bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
+{
+    FrameSummary first, other;
+    if (!listFile.isEmpty() && !readFrameSummary(listFile.first(), first, pstrReason))
+        return false;
+    const qint64 nLength = QFileInfo(listFile.value(0)).size();
+    for (const QString& strFile : listFile) {
+        const QFileInfo info(strFile);
+        if (!info.isFile())
+            return giveReason(pstrReason, strFile, QStringLiteral("no such file"));
+        const QString strFormat = info.suffix().toUpper();
+        if (info.size() == nLength && strFormat == first.strFormat)
+            continue;
+        QString strReason;
+        const QSize size = QImageReader(strFile).size();
+        if (size.isValid()) {
+            other.nWidth = size.width();
+            other.nHeight = size.height();
+        } else if (!readFrameSummary(strFile, other, &strReason)) {
+            return giveReason(pstrReason, strReason.isEmpty() ? strFile : strReason);
+        }
+        if (other.nWidth != first.nWidth || other.nHeight != first.nHeight)
+            return giveReason(pstrReason, strFile,
+                              QStringLiteral("%1 × %2 pixels, but the first frame has %3 × %4")
+                                  .arg(other.nWidth)
+                                  .arg(other.nHeight)
+                                  .arg(first.nWidth)
+                                  .arg(first.nHeight));
+    }
     return true;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 struct FrameSummary {
     int nWidth = 0;  ///< pixels
@@ -17,3 +18,8 @@ struct FrameSummary {
 /// @return false, with `summary` as it was, when there is no image in it
 [[nodiscard]] bool readFrameSummary(const QString& strFileName, FrameSummary& summary,
                                     QString* pstrReason = nullptr);
+
+/// Whether all files of a series are there and of the size of the first. Only what can differ is read:
+/// headers of pictures, and files of another length.
+/// @param pstrReason  may be null; else names the first file that is not alike
+[[nodiscard]] bool areFramesAlike(const QStringList& listFile, QString* pstrReason = nullptr);

@@ -29,7 +29,7 @@ TEST(NewProject, FramesInTheOrderOfTheirNumbers)
 {
     QTemporaryDir dir;
     for (const char* pch : {"s10.mrc", "S9.MRC", "s009.mrc", "s2a.mrc", "s1.png", "readme.txt", "a12b3.mrc",
-                            "a012b20.mrc", "s2.mrc"})
+                            "a012b20.mrc", "s2.mrc", "s2_s.mrc", "Ns2.mrc", "s.mrc", "s.ed3d"})
         writeBytes(dir.filePath(pch), "x");
     QStringList listName;
     for (const QString& strFile : framesInFolder(dir.path()))
@@ -50,7 +50,7 @@ TEST(NewProject, Tilts)
     EXPECT_EQ(tilts.listBeam, QList<double>({0.5, 0, 0}));
     EXPECT_EQ(tilts.listOverall, QList<double>({-29.5, 10, -2.25}));
     QString strReason;
-    for (const char* pch : {"1\n2 3\n", "1\nx\n", "1\nnan\n", "1\n2 3 4 5\n", "1\n2°x\n"}) {
+    for (const char* pch : {"1\n2 3\n", "1\nx\n", "1\nnan\n", "1\n2 3 4 5\n", "1\n2°x\n", "1\n2,-30,0.5"}) {
         EXPECT_FALSE(readTilts(pch, tilts, &strReason)) << pch;
         EXPECT_TRUE(strReason.startsWith("Tilt 2 is")) << strReason.toStdString();
     }
@@ -85,6 +85,8 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     } aRow[] = {
         {[](NewProject& p) { p.dfWavelength = 0; }, "Give the accelerating voltage"},
         {[](NewProject& p) { p.dfPixelSize = -1; }, "Give the pixel size"},
+        {[](NewProject& p) { p.dfWavelength = 200; }, "200 Å is no wavelength"},
+        {[](NewProject& p) { p.dfPixelSize = 40; }, "40 Å⁻¹ cannot be"},
         {[](NewProject& p) { p.dfPixelSize = 1e-7; }, "The value of \"CCDPIXELSIZE\""},
         {[](NewProject& p) { p.dfRotationAxis = INFINITY; }, "The value of \"ROTATIONAXIS\""},
         {[](NewProject& p) { p.listFrame[1] = "/data/set/b c.mrc"; }, "\"b c.mrc\" holds a blank"},
@@ -99,4 +101,25 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
         EXPECT_TRUE(strReason.startsWith(row.pchReason)) << strReason.toStdString();
         EXPECT_TRUE(bytesNone.isEmpty());
     }
+}
+
+TEST(NewProject, NamesFramesFromBehindALink)
+{
+    QTemporaryDir dir;
+    for (const char* pch : {"deep", "deep/project", "frames"})
+        ASSERT_TRUE(QDir(dir.path()).mkdir(pch));
+    writeBytes(dir.filePath("frames/a.mrc"), "x");
+    ASSERT_TRUE(QFile::link(dir.filePath("deep/project"), dir.filePath("link")));
+    NewProject project;
+    project.listFrame = QStringList(dir.filePath("frames/a.mrc"));
+    project.tilts = evenTilts(1, 0, 1, 1);
+    project.dfWavelength = 0.025;
+    project.dfPixelSize = 0.001;
+    QByteArray bytes;
+    QString strReason;
+    ASSERT_TRUE(makeProjectText(project, dir.filePath("link/a.ed3d"), bytes, &strReason))
+        << strReason.toStdString();
+    ProjectFile read;
+    ASSERT_TRUE(read.readBytes(bytes, dir.filePath("link/a.ed3d")));
+    EXPECT_TRUE(QFileInfo::exists(read.frameFiles().value(0))) << bytes.toStdString();
 }

@@ -103,6 +103,8 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         dialog.m_pDetectorPixelSpin->setValue(50.2);
         dialog.m_pRotationAxisSpin->setValue(-38.5);
         says("");
+        QTest::keyClick(dialog.m_pRotationAxisSpin, Qt::Key_Return);
+        EXPECT_TRUE(dialog.isVisible()) << "Return ends a number, not the dialog";
         dialog.m_pFileEdit->setText(path("none/"));
         QTest::keyClicks(dialog.m_pFileEdit, "w");
         says("There is no folder");
@@ -128,8 +130,14 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         EXPECT_EQ(dialog.m_pRotationAxisSpin->value(), -38.5);
         dialog.addFrames({m_dir.path()});
         dialog.m_pTiltStepSpin->setValue(1);
-        const QStringList listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
+        QStringList listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
         EXPECT_TRUE(listAsked.value(0).contains("exists already")) << listAsked.join(' ').toStdString();
+        ASSERT_TRUE(QFile::resize(path("w_0007.mrc"), 700));
+        listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
+        EXPECT_TRUE(listAsked.value(0).contains("w_0007.mrc")) << listAsked.join(' ').toStdString();
+        dialog.m_pTiltEdit->setPlainText("1\n2\n");
+        listAsked = answered({QMessageBox::No}, [&] { QTest::keyClick(&dialog, Qt::Key_Escape); });
+        EXPECT_TRUE(listAsked.value(0).contains("lost")) << listAsked.join(' ').toStdString();
         EXPECT_TRUE(dialog.isVisible());
         dialog.m_pButtons->button(QDialogButtonBox::Cancel)->click();
     });

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMap>
+#include <QSet>
 
 #include <algorithm>
 
@@ -54,13 +55,38 @@ void sortFrames(QStringList& listFile)
     });
 }
 
+// Whether this is the name of an image that was made from a series whose files stand beside it: a scaled or a
+// smoothed frame, or the volume of a project.
+static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
+{
+    const QFileInfo info(strName);
+    if (info.suffix() != QLatin1String("mrc"))
+        return false;
+    const QString strBase = info.completeBaseName();
+    const auto isOf = [&strBase](const QString& strEnd, const QSet<QString>& setName) {
+        return strBase.endsWith(strEnd) && setName.contains(strBase.chopped(strEnd.size()));
+    };
+    return isOf(QStringLiteral("_s"), setBase) || isOf(QStringLiteral("_volume"), setBase + setProject) ||
+           setProject.contains(strBase) ||
+           (strBase.startsWith(QLatin1Char('N')) && setBase.contains(strBase.mid(1)));
+}
+
 QStringList framesInFolder(const QString& strFolder)
 {
     const QDir dir(strFolder);
+    const QStringList listName = dir.entryList(QDir::Files | QDir::Readable);
+    QSet<QString> setBase, setProject;
+    for (const QString& strName : listName) {
+        const QFileInfo info(strName);
+        if (info.suffix() == QLatin1String("ed3d"))
+            setProject.insert(info.completeBaseName());
+        else if (frameSuffixes().contains(info.suffix().toLower()))
+            setBase.insert(info.completeBaseName());
+    }
     QMap<int, QStringList> mapFile;  // by the place of the suffix
-    for (const QString& strName : dir.entryList(QDir::Files | QDir::Readable)) {
+    for (const QString& strName : listName) {
         const int nSuffix = frameSuffixes().indexOf(QFileInfo(strName).suffix().toLower());
-        if (nSuffix >= 0)
+        if (nSuffix >= 0 && !isMadeImage(strName, setBase, setProject))
             mapFile[nSuffix].append(dir.absoluteFilePath(strName));
     }
     QStringList listFile;

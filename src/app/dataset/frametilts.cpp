@@ -6,6 +6,9 @@
 #include <cmath>
 #include <vector>
 
+// Degrees. A log rounds, and may calibrate the beam tilt; numbers that are no tilts are further off.
+static const double g_dfTiltTolerance = 0.5;
+
 void FrameTilts::append(double dfStage, double dfBeam, double dfOverall)
 {
     listStage.append(dfStage);
@@ -58,6 +61,11 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
                             .arg(QString::number(read.size() + 1), QString::fromUtf8(strShown)));
         if (vecNumber.size() == 1)
             read.append(vecNumber[0], 0, vecNumber[0]);
+        else if (std::abs(vecNumber[0] + vecNumber[1] - vecNumber[2]) > g_dfTiltTolerance)
+            return fail(
+                QStringLiteral("Tilt %1 is \"%2\"; of three numbers the third, the overall tilt, must be "
+                               "the sum of stage and beam tilt.")
+                    .arg(QString::number(read.size() + 1), QString::fromUtf8(strShown)));
         else
             read.append(vecNumber[0], vecNumber[1], vecNumber[2]);
     }

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QTextCodec>
 
 #include <algorithm>
@@ -12,6 +13,8 @@
 
 static const int g_nDigits = 10;           // even steps keep no trace of binary fractions
 static const double g_dfTolerance = 1e-8;  // of what is read back
+static const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
+static const double g_dfGreatestPixelSize = 0.1;                                // Å⁻¹
 
 static QString number(double dfValue)
 {
@@ -68,8 +71,16 @@ static QString missingPart(const NewProject& project, const QString& strProjectF
         return QStringLiteral("All frames have the same tilt: give the step, the end or a list.");
     if (!(project.dfWavelength > 0))
         return QStringLiteral("Give the accelerating voltage or the wavelength.");
+    if (project.dfWavelength < g_dfLeastWavelength || project.dfWavelength > g_dfGreatestWavelength)
+        return QStringLiteral("%1 Å is no wavelength of electrons in a microscope.")
+            .arg(project.dfWavelength);
     if (!(project.dfPixelSize > 0))
         return QStringLiteral("Give the pixel size, or the camera length and the detector pixel.");
+    if (project.dfPixelSize > g_dfGreatestPixelSize)
+        return QStringLiteral(
+                   "%1 Å⁻¹ cannot be the size of one pixel: a frame would reach far beyond all "
+                   "reflections.")
+            .arg(project.dfPixelSize);
     if (strProjectFile.isEmpty())
         return QStringLiteral("Say where the project file shall stand.");
     return {};
@@ -87,7 +98,17 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     if (!strMissing.isEmpty())
         return fail(strMissing);
 
-    const QDir dir = QFileInfo(strProjectFile).absoluteDir();
+    // Through links: "../x" of a folder that is a link is beside the folder it leads to.
+    QHash<QString, QString> hashFolder;
+    const auto realFolder = [&hashFolder](const QString& strFile) {
+        const QString strFolder = QFileInfo(strFile).absolutePath();
+        if (!hashFolder.contains(strFolder)) {
+            const QString strReal = QFileInfo(strFolder).canonicalFilePath();
+            hashFolder[strFolder] = strReal.isEmpty() ? strFolder : strReal;
+        }
+        return hashFolder[strFolder];
+    };
+    const QDir dir(realFolder(strProjectFile));
     QString str = QStringLiteral(
                       "# %1 frames\nWAVELENGTH %2\nROTATIONAXIS %3\nCCDPIXELSIZE %4\n"
                       "STRETCHINGAMP %5\nSTRETCHINGAZIMUTH %6\nFILELIST\n")
@@ -96,7 +117,9 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                            number(project.dfStretchAmplitude), number(project.dfStretchAzimuth));
     QStringList listName;
     for (int i = 0; i < project.listFrame.size(); ++i) {
-        const QString strName = dir.relativeFilePath(QFileInfo(project.listFrame[i]).absoluteFilePath());
+        const QString strName = dir.relativeFilePath(
+            QDir(realFolder(project.listFrame[i]))
+                .absoluteFilePath(QFileInfo(project.listFrame[i]).fileName()));
         if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); }))
             return fail(
                 QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
