@@ -6,6 +6,8 @@
 #include "tools/batch/summary.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocale>
@@ -25,6 +27,26 @@ QString writeFile(const QString& strFileName, const QByteArray& bytes)
     }
     std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
     return strReason;
+}
+
+/// Puts a summary of a run that has not ended in the place of the one before, so that a run that is killed is
+/// not taken for the former one. Pipes and the like get the last word only.
+bool markUnfinished(const BatchOptions& options)
+{
+    const QFileInfo info(options.strJsonFile);
+    if (options.strJsonFile.isEmpty() || (info.exists() && !info.isFile())) {
+        return true;
+    }
+    if (!options.strOutDir.isEmpty()) {
+        QDir().mkpath(options.strOutDir);  // where the summary mostly stands
+    }
+    const QJsonObject summary = {
+        {QStringLiteral("stage"), QStringLiteral("none")},
+        {QStringLiteral("reached"), false},
+        {QStringLiteral("failed"), QStringLiteral("unfinished")},
+        {QStringLiteral("reason"), QStringLiteral("at work, or killed before its end")}};
+    return !info.absoluteDir().exists() ||
+           writeFile(options.strJsonFile, QJsonDocument(summary).toJson()).isEmpty();
 }
 
 /// Walks the road. What no stage expects, such as memory that is not there, ends it like bad data.
@@ -81,6 +103,9 @@ int main(int argc, char* argv[])
         return printSummary(options->listInput) ? 0 : 1;
     }
 
+    if (!markUnfinished(*options)) {
+        return 1;
+    }
     CBatchReport report;
     CBatchRoad road(*options, report);
     bool bReached = walk(road, report);

@@ -36,7 +36,12 @@ QString oneLine(const QString& strText)
 
 QString numberText(double dfValue, int nDecimals = 0)
 {
-    return std::isfinite(dfValue) ? QString::number(dfValue, 'f', nDecimals) : QStringLiteral("-");
+    if (!std::isfinite(dfValue)) {
+        return QStringLiteral("-");
+    }
+    // No series has such a number, but a damaged file may, and the columns are as wide as the widest.
+    return std::abs(dfValue) < 1e9 ? QString::number(dfValue, 'f', nDecimals)
+                                   : QString::number(dfValue, 'g', 3);
 }
 
 /// 9.8844(10): the standard error in units of the last digit, from 2 to 19 of them, as crystallography has
@@ -46,7 +51,7 @@ QString numberWithError(double dfValue, double dfError)
     if (!std::isfinite(dfValue) || !(dfError > 0) || std::isinf(dfError)) {
         return numberText(dfValue, 3);
     }
-    const int nDecimals = std::clamp(int(std::ceil(std::log10(1.95 / dfError))), 0, 6);
+    const int nDecimals = int(std::clamp(std::ceil(std::log10(1.95 / dfError)), 0.0, 6.0));
     const double dfUnits = std::max(1.0, std::round(dfError * std::pow(10.0, nDecimals)));
     return QStringLiteral("%1(%2)").arg(numberText(dfValue, nDecimals), numberText(dfUnits));
 }
@@ -108,8 +113,7 @@ SummaryRow rowOf(const SummaryFile& file)
     const QJsonObject summary = QJsonDocument::fromJson(file.bytes, &error).object();
     if (error.error != QJsonParseError::NoError) {
         row.strNote = QStringLiteral("%1: not JSON: %2 at byte %3")
-                          .arg(file.strFileName, error.errorString())
-                          .arg(error.offset);
+                          .arg(file.strFileName, error.errorString(), QString::number(error.offset));
     } else if (!summary[QStringLiteral("stage")].isString() || !summary[QStringLiteral("reached")].isBool()) {
         row.strNote = QStringLiteral("%1: not a summary of tessera-batch").arg(file.strFileName);
     } else {
