@@ -47,6 +47,7 @@ bool windowOfFrame(const DataSet& dataSet, int nFrame, TiltWindow& window)
         return false;
     window.dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
     std::vector<double> vecTilt;
+    vecTilt.reserve(size_t(std::min(nFrames, nTilts)));
     for (int n = 0; n < std::min(nFrames, nTilts); ++n)
         vecTilt.push_back(relaxedTilt(dataSet, n, nFrames));
     if (!std::all_of(vecTilt.begin(), vecTilt.end(), [](double df) { return std::isfinite(df); }))

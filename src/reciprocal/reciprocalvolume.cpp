@@ -259,7 +259,7 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     return true;
 }
 
-bool CReciprocalVolume::saveRaw(QString strFileName, const FnGoOn& fnGoOn, QString* pstrReason) const
+bool CReciprocalVolume::saveRaw(const QString& strFileName, const FnGoOn& fnGoOn, QString* pstrReason) const
 {
     if (m_listSlice.isEmpty())
         return false;
@@ -271,8 +271,8 @@ bool CReciprocalVolume::saveRaw(QString strFileName, const FnGoOn& fnGoOn, QStri
     return writer.commit(pstrReason);
 }
 
-bool CReciprocalVolume::saveScaled(QString strFileName, double dfLow, double dfHigh, const FnGoOn& fnGoOn,
-                                   QString* pstrReason) const
+bool CReciprocalVolume::saveScaled(const QString& strFileName, double dfLow, double dfHigh,
+                                   const FnGoOn& fnGoOn, QString* pstrReason) const
 {
     if (m_listSlice.isEmpty())
         return false;

@@ -45,9 +45,9 @@ public:
 
     /// Writes the slices as the sections of an MRC file of floats, whole or not at all.
     /// @return false for an empty grid, when the file can't be written, or when fnGoOn said no
-    bool saveRaw(QString strFileName, const FnGoOn& fnGoOn = {}, QString* pstrReason = nullptr) const;
+    bool saveRaw(const QString& strFileName, const FnGoOn& fnGoOn = {}, QString* pstrReason = nullptr) const;
     /// Same with the values from dfLow to dfHigh scaled to 0 to 255 and cut off, as 16-bit numbers.
-    bool saveScaled(QString strFileName, double dfLow, double dfHigh, const FnGoOn& fnGoOn = {},
+    bool saveScaled(const QString& strFileName, double dfLow, double dfHigh, const FnGoOn& fnGoOn = {},
                     QString* pstrReason = nullptr) const;
 
     double m_dfWavelength = 0.0251;

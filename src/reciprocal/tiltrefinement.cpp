@@ -17,8 +17,8 @@ constexpr double g_dfLeastDistance = 100.0;  // pixels from the axis
 QList<Vec3D> cellOf(const double* p)
 {
     QList<Vec3D> listCell;
-    for (int n = 0; n < 3; ++n)
-        listCell.append({float(p[3 * n]), float(p[3 * n + 1]), float(p[3 * n + 2])});
+    for (int n = 0; n < 9; n += 3)
+        listCell.append({float(p[n]), float(p[n + 1]), float(p[n + 2])});
     return listCell;
 }
 

@@ -21,14 +21,14 @@ public:
 
     /// Element in row `nRow` and column `nColumn`, both from 0 to 2 (not tested).
     double& at(int nRow, int nColumn) { return m_dfElement[3 * nRow + nColumn]; }
-    double at(int nRow, int nColumn) const { return m_dfElement[3 * nRow + nColumn]; }
+    const double& at(int nRow, int nColumn) const { return m_dfElement[3 * nRow + nColumn]; }
 
     /// `nRow` 1, 2 or 3; any other value does nothing.
     void setRow(int nRow, const Vec3D& v)
     {
         if (nRow < 1 || nRow > 3)
             return;
-        double* pRow = &m_dfElement[3 * (nRow - 1)];
+        double* pRow = &at(nRow - 1, 0);
         pRow[0] = double(v.x);
         pRow[1] = double(v.y);
         pRow[2] = double(v.z);
@@ -38,7 +38,7 @@ public:
     {
         if (nRow < 1 || nRow > 3)
             return {};
-        const double* pRow = &m_dfElement[3 * (nRow - 1)];
+        const double* pRow = &at(nRow - 1, 0);
         return {float(pRow[0]), float(pRow[1]), float(pRow[2])};
     }
     /// `nColumn` 0, 1 or 2; any other value does nothing.
