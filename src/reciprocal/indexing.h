@@ -26,7 +26,8 @@ struct IndexingResult {
 /// `fnShow` is called once the reflections are sorted out and grouped, before files and statistics: views and
 /// table take the result there, and the table the space group that the statistics leave on another one.
 /// Replaces m_vecPeakIndexedOnFrame and m_vecReflectionFrame, writes the result files when the boxes ask for
-/// them, and leaves m_listPeakMerged as it is. Every status but Finished leaves the data set unchanged.
+/// them (without any indexed peaks of the frames not their list), and leaves m_listPeakMerged as it is. Every
+/// status but Finished leaves the data set unchanged.
 IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const IndexingParameters& parameters, CRunReport& report,
                            const std::function<void(const IndexingResult&)>& fnShow = {});

@@ -103,7 +103,5 @@ TEST(PeakTable, SortsByNumberOrElseByText)
         EXPECT_EQ(listPlace, listOrder) << listCell.join(' ').toStdString();
     }
 
-    const QModelIndex index = model.index(2, 1);
-    EXPECT_EQ(index.data().toString(), number(-0.5));
-    EXPECT_EQ(index.data(Qt::TextAlignmentRole).toInt(), 130);
+    EXPECT_EQ(model.index(2, 1).data(Qt::TextAlignmentRole).toInt(), 130);
 }

@@ -73,7 +73,9 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
     FrameSeries series;
     DataSet& data = series.dataSet;
     for (int n = 0; n < 2; ++n)
-        series.add(makeImage(30, 30, [n](int x, int y) { return x + y + 10.0 * n; }));
+        series.add(
+            makeImage(30, 30, [n](int x, int y) { return x == 9 && y == 9 ? 1e6 : x + y + 10.0 * n; }));
+    data.m_listHotPixel = {QPoint(9, 9)};
     data.m_listOverallTilt = {0, 30};
     data.m_dfCenterX = data.m_dfCenterY = 15;
     VolumeExportParameters parameters;
@@ -93,6 +95,10 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
         EXPECT_TRUE(run(false, nStopAfter).endsWith(" was stopped. Nothing was saved."));
     EXPECT_TRUE(series.content("v.mrc").isEmpty());
     EXPECT_TRUE(run(true).endsWith("blue >Reciprocal space volume saved to file: DIR/v.mrc"));
+    ImageList vecSlice;
+    ASSERT_TRUE(ReadMRC(series.dir.filePath("v.mrc"), vecSlice));
+    for (const auto& pSlice : vecSlice)
+        EXPECT_LT(*std::max_element(pSlice->Data(), pSlice->Data() + 400), 100.f) << "a hot pixel";
     ASSERT_TRUE(QFile::remove(data.m_listFrameFile[1]));
     const QString strPartial = run(false);  // what was added is saved
     EXPECT_TRUE(strPartial.contains("red Failed to load: DIR/f0001.mrc\n") &&
