@@ -200,7 +200,7 @@ bool sumPiles(const std::vector<Contribution>& vecOwn, const std::vector<double>
             const int nLanes = std::min(g_nLanes, own.nEnd - nFirst);
             const Contribution* apOwn[g_nLanes] = {};
             for (int n = 0; n < nLanes; ++n)
-                apOwn[n] = &vecOwn[size_t(grid.order()[size_t(nFirst + n)])];
+                apOwn[n] = &vecOwn[size_t(grid.order()[size_t(nFirst) + size_t(n)])];
             // Ascending indices: the first lane's window begins first and the last lane's ends last.
             const int nBegin = window.vecBegin[size_t(apOwn[0]->nIndex)];
             const int nEnd = window.vecEnd[size_t(apOwn[nLanes - 1]->nIndex)];
@@ -236,6 +236,7 @@ std::vector<char> suppressNeighbours(const std::vector<Vec3D>& vecPoint, const s
     std::vector<char> vecGone(vecPoint.size(), 0);
     // Where each cube's points behind the current pile and not gone begin; only moves forward.
     std::vector<int> vecHead;
+    vecHead.reserve(size_t(grid.cellCount()));
     for (int nCell = 0; nCell < grid.cellCount(); ++nCell)
         vecHead.push_back(grid.cell(nCell).nBegin);
 
