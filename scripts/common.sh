@@ -10,6 +10,7 @@ PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5
               qt5-image-formats-plugins fonts-dejavu-core)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev gemmi-dev libglu1-mesa-dev xvfb xauth
                python3-fabio python3-gemmi python3-mrcfile python3-numpy python3-pil)
+PACKAGES_LINT=(clang-format clang-tidy)
 PACKAGES_PACKAGE=(dpkg-dev fakeroot gzip help2man lintian)
 
 # need_packages NAME...: installs those that are missing.
