@@ -329,12 +329,12 @@ void ED3DWidget::setAspectRatio(bool a)
     setShown(m_bKeepAspect, a);
 }
 
-void ED3DWidget::setBackgroundColor(QColor c)
+void ED3DWidget::setBackgroundColor(const QColor& c)
 {
     setShown(m_colorBackground, c);
 }
 
-void ED3DWidget::setCanvasGridColor(QColor c)
+void ED3DWidget::setCanvasGridColor(const QColor& c)
 {
     setShown(m_colorCanvasGrid, c);
 }

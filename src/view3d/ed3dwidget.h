@@ -109,8 +109,8 @@ public slots:
     void setLightIntensity(int l);
     void setLight(bool l);
     void setAspectRatio(bool a);
-    void setBackgroundColor(QColor c);
-    void setCanvasGridColor(QColor c);
+    void setBackgroundColor(const QColor& c);
+    void setCanvasGridColor(const QColor& c);
     void setPointSizeRatio(double fRatio);
     void calPointSizes();
     void setPointAlpha(float fPointAlpha);

@@ -68,6 +68,7 @@ bool ED3DWidget::makeContextCurrent()
 
 QPaintEngine* ED3DWidget::paintEngine() const
 {
+    // Without OpenGL the widget paints as a plain one. NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return isValid() ? QGLWidget::paintEngine() : QWidget::paintEngine();
 }
 

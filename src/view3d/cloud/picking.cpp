@@ -24,9 +24,10 @@ PickRegion bandRegion(int nStartX, int nStartY, int nEndX, int nEndY, const int*
 {
     PickRegion region;
     std::copy(pViewport, pViewport + 4, region.aViewport);
-    region.dfX = (nStartX + nEndX) / 2;
+    const int nMiddleX = (nStartX + nEndX) / 2, nMiddleY = (nStartY + nEndY) / 2;  // whole pixels
+    region.dfX = nMiddleX;
     // The viewport reaches as far over the widget's top as below its bottom: this is the widget's height.
-    region.dfY = 2 * pViewport[1] + pViewport[3] - (nStartY + nEndY) / 2;
+    region.dfY = 2 * pViewport[1] + pViewport[3] - nMiddleY;
     region.dfWidth = std::abs(nEndX - nStartX);
     region.dfHeight = std::abs(nEndY - nStartY);
     return region;
