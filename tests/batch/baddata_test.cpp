@@ -75,94 +75,85 @@ const QByteArray PIXELS = framePixels(2, SIDE);
 
 struct BadCase {
     const char* pszName;
+    const char* pszMessage;  ///< has to stand in the log
     std::function<void(const Series&)> fnBreak;
-    QStringList listArgument;
-    const char* pszMessage;         ///< has to stand in the log
+    QStringList listArgument = {};
     const char* pszStage = "none";  ///< the last one that ended well
 };
 
 void leaveAsItIs(const Series&) {}
 
 const BadCase aBad[] = {
-    {"frame missing", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }, {}, "f2.mrc"},
-    {"frame cut in its pixels",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); },
-     {},
-     "No image found in"},
+    {"frame missing", "f2.mrc", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }},
+    {"frame cut in its pixels", "No image found in",
+     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); }},
     {"frame of another size",
+     "f2.mrc",
      [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); },
-     {"--region", "32,32,64"},
-     "f2.mrc"},
-    {"all frames blank",
+     {"--region", "32,32,64"}},
+    {"all frames blank", "blank",
      [](const Series& s) {
-         for (int i = 0; i < FRAMES; ++i) {
+         for (int i = 0; i < FRAMES; ++i)
              s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, QByteArray(SIDE * SIDE * 4, '\0')));
-         }
-     },
-     {},
-     "blank"},
+     }},
     {"nothing above the threshold",
+     "No peaks were found",
      leaveAsItIs,
      {"--peak-threshold", "1000000"},
-     "No peaks were found",
      "shifts"},
     {"everything under a mask",
+     "No peaks were found",
      [](const Series& s) { s.write("m.msk", "1 -9 -9\n1 999 -9\n1 999 999\n1 -9 999\n"); },
      {"--mask", "%/m.msk"},
-     "No peaks were found",
      "shifts"},
-    {"too few reflections for a cell", leaveAsItIs, {}, "Unit cell not found.", "merge"},
+    {"too few reflections for a cell", "Unit cell not found.", leaveAsItIs, {}, "merge"},
     {"nothing to index with this cell",
+     "No reflection was indexed",
      [](const Series& s) { s.write("c.uc", "a* 100 0 0\nb* 0 100 0\nc* 0 0 100\n"); },
      {"--cell", "%/c.uc", "--pixel-size", "0.00002"},
-     "No reflection was indexed",
      "cell"},
-    {"no wavelength",
-     [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); },
-     {},
-     "Could not find keyword \"WAVELENGTH\" in the input file."},
-    {"empty list",
+    {"no wavelength", "Could not find keyword \"WAVELENGTH\" in the input file.",
+     [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }},
+    {"empty list", "no frames",
      [](const Series& s) {
          s.write("s.ed3d",
                  "WAVELENGTH 1\nROTATIONAXIS 1\nCCDPIXELSIZE 1\n"
                  "FILELIST\nENDFILELIST\n");
-     },
-     {},
-     "no frames"},
-    {"project missing", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }, {}, "Could not load file"},
+     }},
+    {"project missing", "Could not load file", [](const Series& s) { QFile::remove(s.path("s.ed3d")); }},
     {"project missing, with a folder of its own",
+     "Could not load file",
      [](const Series& s) { QFile::remove(s.path("s.ed3d")); },
-     {"--out", "%/new"},
-     "Could not load file"},
+     {"--out", "%/new"}},
     {"mask of two corners",
+     "as mask file",
      [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); },
-     {"--mask", "%/m.msk"},
-     "as mask file"},
+     {"--mask", "%/m.msk"}},
     {"frame missing for the fits",
+     "1 of 5 frames cannot be read",
      [](const Series& s) { QFile::remove(s.path("f2.mrc")); },
-     {"--from", "refine"},
-     "1 of 5 frames cannot be read"},
-    {"no cell to refine", leaveAsItIs, {"--from", "refine"}, "s.uc as unit cell data"},
+     {"--from", "refine"}},
+    {"no cell to refine", "s.uc as unit cell data", leaveAsItIs, {"--from", "refine"}},
     {"cell in a wrong order",
+     "c.uc as unit cell data",
      [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
      {"--cell", "%/c.uc"},
-     "c.uc as unit cell data",
      "merge"},
     {"shifts of another series",
+     "ED shift data is not used because the ED shift data is from 2 frames",
      [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
-     {"--from", "merge"},
-     "ED shift data is not used because the ED shift data is from 2 frames"},
+     {"--from", "merge"}},
     {"peaks out of order",
+     "s.pk: non-empty line 1 has the serial 2",
      [](const Series& s) {
          s.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
          s.write("s.pk", "2 0 0 1 1 1 1 8000000000000000\n");
      },
-     {"--from", "merge"},
-     "s.pk: non-empty line 1 has the serial 2"},
+     {"--from", "merge"}},
     {"folder that cannot be made",
+     "the folder cannot be made",
      [](const Series& s) { s.write("file", "x"); },
-     {"--out", "%/file/sub"},
-     "the folder cannot be made"},
+     {"--out", "%/file/sub"}},
 };
 
 }  // namespace
@@ -175,16 +166,14 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         SCOPED_TRACE(bad.pszName);
         Series series;
         const QStringList listResult = {"s.sc", "s.pk", "s.uc", "s.hkl", "s.p4p", "s.ipf"};
-        for (const QString& strName : listResult) {
+        for (const QString& strName : listResult)
             series.write(strName, "earlier");
-        }
         series.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
         series.write("s.pk", bytesPeaks);
         bad.fnBreak(series);
         QList<QByteArray> listBefore;
-        for (const QString& strName : listResult) {
+        for (const QString& strName : listResult)
             listBefore.append(series.read(strName));
-        }
         QStringList listArgument = {series.path("s.ed3d"), "--json", series.path("s.json")};
         for (QString strArgument : bad.listArgument) {
             listArgument.append(
@@ -203,9 +192,8 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         // Shifts, peaks and cell are of the stages that ended well, all else of the earlier run.
         const int nStage = listStage.indexOf(bad.pszStage);
         const bool abNew[] = {nStage >= 1, nStage >= 2, nStage >= 4, false, false, false};
-        for (int i = 0; i < listResult.size(); ++i) {
+        for (int i = 0; i < listResult.size(); ++i)
             EXPECT_EQ(series.read(listResult[i]) != listBefore[i], abNew[i]) << listResult[i].toStdString();
-        }
         const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
         EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
     }

@@ -18,9 +18,8 @@ inline BatchOutcome runProgram(const QString& strName, const QStringList& listAr
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(QStringLiteral(TESSERA_BIN_DIR "/") + strName, listArgument);
     BatchOutcome outcome;
-    if (process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit) {
+    if (process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit)
         outcome.nStatus = process.exitCode();
-    }
     process.kill();
     outcome.strText = QString::fromUtf8(process.readAll());
     return outcome;

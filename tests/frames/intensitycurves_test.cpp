@@ -46,23 +46,6 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
     }
 }
 
-TEST(FitIntensity, GivesBackALorentzianAndTheInputsMarks)
-{
-    QList<QPointF> listPoint;
-    for (double f : {11.5, 12.0, 13.0, 14.0, 15.0, 16.0})
-        listPoint.append({f, lorentz(f, 777.7, 13.3, 1.6)});
-    QList<double> listPara{1, 2};
-    fitIntensity(listPoint, listPara);
-    ASSERT_EQ(listPara.size(), 12);
-    EXPECT_EQ(listPara.mid(0, 5), QList<double>({11, listPara[1], double(float(listPoint[2].y())), 13, 6}));
-    EXPECT_TRUE(listPara[5] >= 1 && listPara[5] <= 4) << listPara[5];
-    const double adf[] = {777.7, 13.3, 1.6};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(std::fabs(listPara[6 + i]), adf[i], 1e-6 * adf[i]);
-        EXPECT_LT(listPara[9 + i], 1e-3);
-    }
-}
-
 TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
 {
     QList<int> listBreak;

@@ -4,6 +4,7 @@
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
 #include "frames/summedframes.h"
+#include "reciprocal/testpeaks.h"
 
 namespace {
 
@@ -20,14 +21,6 @@ double distance(const QPointF& a, const QPointF& b)
     return std::hypot(a.x() - b.x(), a.y() - b.y());
 }
 
-Peak3D peakAt(const QPointF& pt)
-{
-    Peak3D peak;
-    peak.dfX2D = pt.x();
-    peak.dfY2D = pt.y();
-    return peak;
-}
-
 /// Frames with a beam 0.4 pixels beside its expected place and two far spots; the last has no peaks.
 struct SpotSeries : FrameSeries {
     explicit SpotSeries(double dfBackground = 0)
@@ -41,10 +34,8 @@ struct SpotSeries : FrameSeries {
             }));
             peaks.append(QList<Peak3D>());
             for (int j = 0; j < 2 && n != 2; ++j) {
-                Peak3D peak = peakAt({std::round(spot(n, j).x()), std::round(spot(n, j).y())});
-                peak.nFrame = n;
+                Peak3D peak = peakAt(std::round(spot(n, j).x()), std::round(spot(n, j).y()), n, 1234.56);
                 peak.setHKL(1.2 - 3 * j, -0.3, 2 + n);
-                peak.dfIPoint = 1234.56;
                 peak.nRGroup = 7;
                 peak.nID = 40 + j;
                 peak.dfX2DCorrected = 1.01 * (peak.dfX2D - c.x());
@@ -177,7 +168,7 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
     QVector<QList<Peak3D>> peaks(1);
     for (const QPointF& pt : listTrue)
         peaks[0].append(
-            peakAt({std::clamp(std::round(pt.x()), 0., 299.), std::clamp(std::round(pt.y()), 0., 239.)}));
+            peakAt(std::clamp(std::round(pt.x()), 0., 299.), std::clamp(std::round(pt.y()), 0., 239.)));
     for (int n = 0; n < 5; ++n)
         peaks[0][n].setHKL(n, -1.2, 7);
     refinePeakPositionOnFrame(series.dataSet, peaks, series.report);

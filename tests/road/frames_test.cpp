@@ -1,9 +1,5 @@
-// Simulated frames: counts and noise as told, and formats that the program's own readers take.
+// Simulated frames: counts and noise as told; and the series that they make.
 #include "app/dataset/opening.h"
-#include "frames/frameloader.h"
-#include "imagefiles/dm3file.h"
-#include "simulate/dm3writer.h"
-#include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
 
@@ -11,7 +7,6 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
@@ -89,48 +84,6 @@ TEST(Frames, DependOnTheirSeedAndNotOnTheOrder)
     EXPECT_NE(renderFrame(simulated(p), 3), listThird);
 }
 
-TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
-{
-    SimulationParameters p = smallSeries();
-    const SimulatedSeries series = simulated(p);
-    const std::vector<float> listPixel = renderFrame(series, 2);
-    QTemporaryDir dir;
-    // A grey step is 4 counts on writing and 64 on reading.
-    const struct {
-        FrameFormat format;
-        double dfWritten, dfRead, dfLeast, dfMost;
-    } aRow[] = {{FrameFormat::Mrc16, 1, 1, -32768, 32767},
-                {FrameFormat::MrcU16, 1, 1, 0, 65535},
-                {FrameFormat::MrcFloat, 0, 0, 0, 0},
-                {FrameFormat::Dm3, 1, 1, -1e9, 1e9},
-                {FrameFormat::Png8, 4, 64, 0, 255}};
-    for (const auto& row : aRow) {
-        const QString strFile = dir.filePath(QStringLiteral("frame.") + frameExtension(row.format));
-        ASSERT_TRUE(writeFrame(strFile, listPixel, p.nSize, p.nSize, row.format));
-        ImageList listImage;
-        CRunReport report;
-        ASSERT_EQ(loadFrame(listImage, strFile, {}, report), 1) << strFile.toStdString();
-        ASSERT_EQ(listImage.size(), 1u);
-        ASSERT_EQ(listImage[0]->Width(), p.nSize);
-        for (size_t i = 0; i < listPixel.size(); ++i) {
-            const double df = std::floor(double(listPixel[i]) / row.dfWritten + 0.5);
-            ASSERT_EQ(listImage[0]->Data()[i],
-                      row.format == FrameFormat::MrcFloat
-                          ? listPixel[i]
-                          : float(row.dfRead * std::clamp(df, row.dfLeast, row.dfMost)))
-                << int(row.format) << ' ' << i;
-        }
-    }
-    // Oblong, and with big-endian data.
-    const std::vector<float> listOblong(listPixel.begin(), listPixel.begin() + 50 * 30);
-    const QByteArray bytes = encodeDm3(listOblong, 50, 30, true);
-    CImgObj<float> image;
-    ASSERT_EQ(readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), image),
-              1);
-    EXPECT_TRUE(image.Width() == 50 && image.Height() == 30);
-    EXPECT_EQ(image.Data()[777], std::floor(listOblong[777] + 0.5f));
-}
-
 TEST(Series, OpensAsAProject)
 {
     QTemporaryDir dir;
@@ -157,25 +110,4 @@ TEST(Series, OpensAsAProject)
         EXPECT_NEAR(data.m_listStageTilt[n] + data.m_listBeamTilt[n], p.dfTiltStart + n * p.dfTiltStep, 1e-9);
     }
     EXPECT_EQ(data.m_listHotPixel.value(1), series.listHotPixel[1]);
-}
-
-TEST(Series, RefusesWhatCannotBeMade)
-{
-    const std::function<void(SimulationParameters&)> aSpoil[] = {
-        [](SimulationParameters& p) { p.strCrystal = QStringLiteral("kryptonite"); },
-        [](SimulationParameters& p) { p.nFrames = 0; },
-        [](SimulationParameters& p) { p.nSize = 100000; },
-        [](SimulationParameters& p) { p.dfWavelength = 0; },
-        [](SimulationParameters& p) { p.dfReadNoise = -1; },
-        [](SimulationParameters& p) { p.dfPixelSize = 1; },
-        [](SimulationParameters& p) { p.dfStretchAmplitude = 100; }};
-    for (const auto& spoil : aSpoil) {
-        SimulationParameters p = smallSeries();
-        spoil(p);
-        SimulatedSeries series;
-        QString strError;
-        EXPECT_FALSE(simulateSeries(p, series, strError));
-        EXPECT_FALSE(strError.isEmpty());
-        EXPECT_TRUE(series.listSpot.empty());
-    }
 }

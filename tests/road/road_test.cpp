@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},        // hexagonal P
                     RoadCase{"calcite", "--format mrcfloat", "", 700},               // rhombohedral R
                     RoadCase{"akermanite", "--spot-shape moffat", g_pRefine, 2000},  // tetragonal P
-                    RoadCase{"anatase", "--axis 90", "", 400},                       // tetragonal I
+                    RoadCase{"anatase", "--format png8 --axis 90", "", 400},         // tetragonal I
                     RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "",
                              3000},                                            // orthorhombic F
                     RoadCase{"forsterite", "--beam-tilt 10", "", 1500},        // orthorhombic P
