@@ -48,11 +48,8 @@ TEST_F(Reciprocal, CellByHand)
     expectNear(cell(), g_matCell);
     m_pCell->m_pRadioCellAuto->setChecked(true);
     Mat matRounded = g_matCell;
-    for (Vec& v : matRounded) {
-        const double dfLength = lengthOf(v);
-        for (double& df : v)
-            df *= std::round(dfLength * 1e5) / 1e5 / dfLength;
-    }
+    for (Vec& v : matRounded)
+        v = std::round(lengthOf(v) * 1e5) / 1e5 / lengthOf(v) * v;
     EXPECT_GT(std::fabs(matRounded[2][2] - g_matCell[2][2]), 1e-6);
     expectNear(cell(), matRounded);
 }

@@ -59,8 +59,7 @@ TEST_F(Reciprocal, LiveBoxes)
     for (size_t i = 0; i < 3; ++i) {
         ASSERT_NO_FATAL_FAILURE(typeOver(apLength[i], "0.0623"));
         QTest::keyClick(apLength[i], Qt::Key_Return);
-        for (double& df : matWanted[i])
-            df *= 0.0623 / lengthOf(g_matCell[i]);
+        matWanted[i] = 0.0623 / lengthOf(g_matCell[i]) * g_matCell[i];
         expectNear(cell(), matWanted);
     }
 }
@@ -156,22 +155,22 @@ TEST_F(Reciprocal, PanelAndViews)
                  {p.m_pButtonRotateRight, {0, 0, 1}, {1, 0, 0}},
                  {p.m_pButtonRotateClockwise, {0, 1, 0}, {1, 0, 0}},
                  {p.m_pButtonRotateCounterClockwise, {0, 1, 0}, {-1, 0, 0}}};
-    const double dfStep = 22.5 * M_PI / 180;
+    const auto rotation = [&] {
+        float af[16], fPanX, fPanY, fZoom;
+        m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+        Mat m;
+        for (size_t i = 0; i < 9; ++i)
+            m[i / 3][i % 3] = double(af[i / 3 + 4 * (i % 3)]);
+        return m;
+    };
     for (bool bNumber : {true, false})
         for (const auto& turn : aTurn) {
-            const double c = bNumber ? std::cos(dfStep) : 1, s = bNumber ? std::sin(dfStep) : 0;
-            float af[16], fPanX, fPanY, fZoom;
-            m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
-            Vec vecScene{};  // which lies at vecFrom now
-            for (size_t i = 0; i < 9; ++i)
-                vecScene[i / 3] += double(af[4 * (i / 3) + i % 3]) * turn.vecFrom[i % 3];
+            const double dfStep = bNumber ? 22.5 * M_PI / 180 : 0;
+            const Vec vecScene = turn.vecFrom * rotation();  // which lies at vecFrom now
             p.m_pComboRotationStep->setEditText(bNumber ? QLocale::system().toString(22.5) : "1x");
             turn.pButton->click();
-            m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
-            for (size_t i = 0; i < 3; ++i)
-                EXPECT_NEAR(af[i] * vecScene[0] + af[4 + i] * vecScene[1] + af[8 + i] * vecScene[2],
-                            c * turn.vecFrom[i] + s * turn.vecTo[i], 1e-5)
-                    << &turn - aTurn;
+            const Vec vecWanted = std::cos(dfStep) * turn.vecFrom + std::sin(dfStep) * turn.vecTo;
+            EXPECT_LT(lengthOf(rotation() * vecScene - vecWanted), 1e-5) << &turn - aTurn;
         }
     EXPECT_EQ(lines("Unknown numeric format for the rotation step."), 6);
 }

@@ -34,7 +34,9 @@ protected:
         ASSERT_NO_FATAL_FAILURE(openPage("Shift Evaluation"));
         ASSERT_NO_FATAL_FAILURE(click(onPage("Select 128×128")));
         const QPointF ptBefore = m_pScene->selectionRect().topLeft();
-        ASSERT_NO_FATAL_FAILURE(drag(m_pScene->selectionRect().center() + QPointF(20, 20), g_ptDrag));
+        ASSERT_EQ(m_pView->scaleFactor(), 1);
+        const QPoint ptFrom = m_pView->mapFromScene(m_pScene->selectionRect().center() + QPointF(20, 20));
+        ASSERT_NO_FATAL_FAILURE(drag(m_pView->viewport(), ptFrom, ptFrom + g_ptDrag));
         m_ptRegion = (ptBefore + g_ptDrag).toPoint();
         ASSERT_NO_FATAL_FAILURE(click(onPage("Run")));
 
@@ -149,16 +151,24 @@ protected:
     /// A rubber band round the centre of the view, over a part of its width and height.
     void band(double dfPart)
     {
-        QTest::qWait(20);
         QWidget* pView = m_pTabs->currentWidget();
-        const QPoint ptCentre = pView->mapTo(m_pWindow.get(), pView->rect().center());
         const QPoint ptHalf(int(pView->width() * dfPart / 2), int(pView->height() * dfPart / 2));
-        ASSERT_EQ(m_pWindow->childAt(ptCentre), pView) << "out of sight";
+        const QPoint ptCentre = pView->rect().center();
+        drag(pView, ptCentre - ptHalf, ptCentre + ptHalf, Qt::ControlModifier);
+    }
+    /// Drags within a widget, whose places on the way lie in sight.
+    void drag(QWidget* pWidget, QPoint ptFrom, QPoint ptTo, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::qWait(20);
+        ptFrom = pWidget->mapTo(m_pWindow.get(), ptFrom);
+        ptTo = pWidget->mapTo(m_pWindow.get(), ptTo);
+        const QPoint ptHalfWay = (ptFrom + ptTo) / 2;
+        ASSERT_EQ(m_pWindow->childAt(ptHalfWay), pWidget) << "out of sight";
         QWindow* pHandle = m_pWindow->windowHandle();
-        QTest::mousePress(pHandle, Qt::LeftButton, Qt::ControlModifier, ptCentre - ptHalf);
-        QTest::mouseMove(pHandle, ptCentre);
-        QTest::mouseMove(pHandle, ptCentre + ptHalf);
-        QTest::mouseRelease(pHandle, Qt::LeftButton, Qt::ControlModifier, ptCentre + ptHalf);
+        QTest::mousePress(pHandle, Qt::LeftButton, modifiers, ptFrom);
+        QTest::mouseMove(pHandle, ptHalfWay);
+        QTest::mouseMove(pHandle, ptTo);
+        QTest::mouseRelease(pHandle, Qt::LeftButton, modifiers, ptTo);
     }
     void expectInLog(const QStringList& listWanted, int& nFrom) const
     {
@@ -170,21 +180,6 @@ protected:
             nFrom = nAt + strWanted.size();
         }
     }
-    /// Drags what lies on the frame at `ptFrom` by `ptBy`, both in frame pixels; the view stands at 100 %.
-    void drag(const QPointF& ptFrom, const QPoint& ptBy)
-    {
-        QTest::qWait(20);
-        ASSERT_EQ(m_pView->scaleFactor(), 1);
-        QWidget* pPort = m_pView->viewport();
-        const QPoint pt = pPort->mapTo(m_pWindow.get(), m_pView->mapFromScene(ptFrom));
-        ASSERT_EQ(m_pWindow->childAt(pt), pPort) << "out of sight";
-        QWindow* pHandle = m_pWindow->windowHandle();
-        QTest::mousePress(pHandle, Qt::LeftButton, {}, pt);
-        QTest::mouseMove(pHandle, pt + ptBy / 2);
-        QTest::mouseMove(pHandle, pt + ptBy);
-        QTest::mouseRelease(pHandle, Qt::LeftButton, {}, pt + ptBy);
-    }
-
     QPoint m_ptRegion;  ///< upper left corner of the region that was dragged
 };
 
