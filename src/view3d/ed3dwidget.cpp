@@ -393,7 +393,7 @@ void ED3DWidget::changeCanvasGridColor()
 }
 
 // Without an event loop of its own, in which a run that pumps events would stand still.
-void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor))
+void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(const QColor&))
 {
     auto* pDialog = new QColorDialog(colorNow, this);
     pDialog->setAttribute(Qt::WA_DeleteOnClose);

@@ -161,7 +161,7 @@ private:
     void reportContextFailure(const QString& strMessage);
     bool makeContextCurrent();
     void showMenu(const QPoint& ptGlobal);
-    void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(QColor));
+    void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(const QColor&));
     void finishBand(bool bAdd);
     QList<int> pick();
     const CloudVertices& cloudVertices();
