@@ -11,7 +11,8 @@
 #include <vector>
 
 /// Hands out one result for each frame in order, made by some threads that run only so far ahead that
-/// no more than one result a thread is in memory. With one job all is done by the caller's thread.
+/// no more than one result a thread is in memory beside the one that the caller has. With one job all is done
+/// by the caller's thread.
 ///
 /// What is made does not depend on the number of jobs as long as the result of a frame depends on that
 /// frame alone.
@@ -25,13 +26,14 @@ public:
     ///                      space that it keeps from frame to frame
     CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker) : m_nFrames(nFrames)
     {
-        m_nAhead = std::max(1, std::min(nJobs, nFrames));
+        const int nThreads = std::min(nJobs, nFrames);
         m_fnFrame = fnMakeWorker();
-        if (m_nAhead < 2)
+        if (nThreads < 2)
             return;
-        m_vecDone.resize(size_t(m_nAhead));
+        m_nPlaces = nThreads + 1;
+        m_vecDone.resize(size_t(m_nPlaces));
         try {
-            for (int i = 0; i < m_nAhead; ++i)
+            for (int i = 0; i < nThreads; ++i)
                 m_vecThread.emplace_back(
                     [this, fnFrame = i > 0 ? fnMakeWorker() : m_fnFrame] { work(fnFrame); });
         } catch (const std::exception&) {
@@ -61,7 +63,7 @@ public:
         std::unique_lock<std::mutex> lock(m_mutex);
         m_nTaken = nFrame;
         m_changed.notify_all();
-        DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+        DoneFrame& done = m_vecDone[size_t(nFrame % m_nPlaces)];
         m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
         done.nFrame = -1;
         if (done.pError)
@@ -82,7 +84,7 @@ private:
         std::unique_lock<std::mutex> lock(m_mutex);
         for (;;) {
             m_changed.wait(lock,
-                           [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nAhead; });
+                           [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nPlaces; });
             if (m_bStop || m_nNext >= m_nFrames)
                 return;
             const int nFrame = m_nNext++;
@@ -95,7 +97,7 @@ private:
                 pError = std::current_exception();
             }
             lock.lock();
-            DoneFrame& done = m_vecDone[size_t(nFrame % m_nAhead)];
+            DoneFrame& done = m_vecDone[size_t(nFrame % m_nPlaces)];
             done.result = std::move(result);
             done.pError = pError;
             done.nFrame = nFrame;
@@ -105,7 +107,7 @@ private:
 
     FnFrame m_fnFrame;
     int m_nFrames;
-    int m_nAhead = 1;
+    int m_nPlaces = 1;  // of results, the one that the caller has among them
     int m_nNext = 0;
     int m_nTaken = 0;
     bool m_bStop = false;

@@ -209,13 +209,13 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     }
 
     constexpr int nSide = nBox * nEnlarge;
-    std::vector<float> vecEnlarged(std::size_t(nSide) * std::size_t(nSide));
-    ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
     int nFineX = 0;
     int nFineY = 0;
     if (bSmall) {
         // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
         constexpr int nCentre = nHalfBox * nEnlarge;
+        std::vector<float> vecEnlarged(std::size_t(nSide) * std::size_t(nSide));
+        ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
         std::vector<float> vecCentre(std::size_t(2 * nEnlarge + 1) * std::size_t(2 * nEnlarge + 1));
         CopyRegion(vecEnlarged.data(), nSide, nSide, vecCentre.data(), nCentre - nEnlarge, nCentre - nEnlarge,
                    2 * nEnlarge + 1, 2 * nEnlarge + 1);
@@ -223,7 +223,7 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
         nFineX += nCentre - nEnlarge;
         nFineY += nCentre - nEnlarge;
     } else {
-        IndexToXY(FindMaximumIndex(vecEnlarged.data(), nSide * nSide), nSide, nSide, &nFineX, &nFineY);
+        FindResizedMaximum(nSide, nSide, afBox.data(), nBox, nBox, &nFineX, &nFineY);
     }
     fDX = float(nFineX) / float(nEnlarge) + float(nCornerX) - float(nWrapX);
     fDY = float(nFineY) / float(nEnlarge) + float(nCornerY) - float(nWrapY);

@@ -1,5 +1,8 @@
 #include "imaging/resizebicubic.h"
 
+#include "imaging/maximumsearch.h"
+
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -67,30 +70,106 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
         pTarget[i] = afSum[i];
 }
 
+// The source rows of a target row.
+std::array<const float*, 4> rowsOf(const Taps& tapsY, const float* pSource, int nSourceWidth)
+{
+    std::array<const float*, 4> apRow;
+    for (std::size_t m = 0; m < 4; m++)
+        apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
+    return apRow;
+}
+
+// One target row. Pixels made together for which fnWanted(taps) is false stay below all.
+template <class FnWanted>
+void resizeRow(const std::vector<Taps>& vecX, const Taps& tapsY, const std::array<const float*, 4>& apRow,
+               float* pTarget, const FnWanted& fnWanted)
+{
+    std::size_t i = 0;
+    while (i < vecX.size())
+        if (i + nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + nTogether - 1].anIndex) {
+            if (fnWanted(vecX[i]))
+                sumSamples<nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
+            else
+                std::fill_n(pTarget + i, nTogether, -INFINITY);
+            i += nTogether;
+        } else {
+            sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
+            i++;
+        }
+}
+
+bool isUsable(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth, int nSourceHeight)
+{
+    return pSource && nTargetWidth >= 1 && nTargetHeight >= 1 && nSourceWidth >= 1 && nSourceHeight >= 1;
+}
+
 }  // namespace
 
 int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
                   int nSourceHeight)
 {
-    if (!pTarget || !pSource || nTargetWidth < 1 || nTargetHeight < 1 || nSourceWidth < 1 ||
-        nSourceHeight < 1)
+    if (!pTarget || !isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight))
         return 0;
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
     for (const Taps& tapsY : vecY) {
-        std::array<const float*, 4> apRow;
-        for (std::size_t m = 0; m < 4; m++)
-            apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
-        std::size_t i = 0;
-        while (i < vecX.size())
-            if (i + nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + nTogether - 1].anIndex) {
-                sumSamples<nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
-                i += nTogether;
-            } else {
-                sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
-                i++;
-            }
+        resizeRow(vecX, tapsY, rowsOf(tapsY, pSource, nSourceWidth), pTarget,
+                  [](const Taps&) { return true; });
         pTarget += nTargetWidth;
+    }
+    return 1;
+}
+
+int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
+                       int nSourceHeight, int* pX, int* pY)
+{
+    if (!isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight))
+        return 0;
+    const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
+    const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
+    // The maximum reaches what stands at the largest sample, up to rounding. A pixel reaches no more than
+    // its largest sample, as the weights are positive and their sum is 1.
+    int nLargestX = 0;
+    int nLargestY = 0;
+    FindMaximum(pSource, nSourceWidth, nSourceHeight, nullptr, &nLargestX, &nLargestY);
+    const auto targetOf = [](int n, int nTarget, int nSource) {
+        return std::size_t(std::int64_t(n) * nTarget / nSource);
+    };
+    const Taps& tapsLargest = vecY[targetOf(nLargestY, nTargetHeight, nSourceHeight)];
+    float fLeast = 0.f;
+    sumSamples<1>(&vecX[targetOf(nLargestX, nTargetWidth, nSourceWidth)], tapsLargest,
+                  rowsOf(tapsLargest, pSource, nSourceWidth), &fLeast);
+    float fSize = 0.f;
+    for (int i = 0; i < nSourceWidth * nSourceHeight; i++)
+        fSize = std::max(fSize, std::abs(pSource[i]));
+    fLeast -= 1e-4f * fSize;
+
+    std::vector<float> vecColumn(static_cast<std::size_t>(nSourceWidth));  // maxima of the four source rows
+    std::vector<float> vecRow(vecX.size());
+    const auto reaches = [&](const Taps& taps) {
+        return std::any_of(taps.anIndex.begin(), taps.anIndex.end(),
+                           [&](int n) { return !(vecColumn[std::size_t(n)] < fLeast); });
+    };
+    const auto anyReaches = [&] {
+        return std::any_of(vecColumn.begin(), vecColumn.end(), [&](float f) { return !(f < fLeast); });
+    };
+    float fBest = NAN;
+    *pX = *pY = 0;
+    for (int y = 0; y < nTargetHeight; y++) {
+        const Taps& tapsY = vecY[std::size_t(y)];
+        const std::array<const float*, 4> apRow = rowsOf(tapsY, pSource, nSourceWidth);
+        for (std::size_t n = 0; n < vecColumn.size(); n++)
+            vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
+        if (!anyReaches())
+            continue;
+        resizeRow(vecX, tapsY, apRow, vecRow.data(), reaches);
+        const int x = FindMaximumIndex(vecRow.data(), nTargetWidth);
+        const float f = vecRow[std::size_t(x)];
+        if (f > fBest || (std::isnan(fBest) && !std::isnan(f))) {
+            fBest = f;
+            *pX = x;
+            *pY = y;
+        }
     }
     return 1;
 }

@@ -11,3 +11,9 @@
 /// B-spline, Schoenberg (1946), Q. Appl. Math. 4, 45.
 int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
                   int nSourceHeight);
+
+/// The place of the first maximum, as FindMaximum(), of what ResizeBicubic() would make of pSource. Only the
+/// part of it that may hold the maximum is made.
+/// @return 1; 0, with x and y left alone, as ResizeBicubic()
+int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
+                       int nSourceHeight, int* pX, int* pY);
