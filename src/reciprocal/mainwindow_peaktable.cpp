@@ -38,35 +38,44 @@ constexpr Column g_aColumn[] = {
     {50, false, false}};
 static_assert(std::size(g_aColumn) == g_nPeakTableColumns, "each column has its width");
 
+/// Tips of the columns, for their titles and for the menu that shows and hides them.
+constexpr const char* g_apszColumnTip[] = {
+    QT_TRANSLATE_NOOP("MainWindow", "Number of the reflection, from the merging."),
+    QT_TRANSLATE_NOOP("MainWindow", "h before rounding."),
+    QT_TRANSLATE_NOOP("MainWindow", "k before rounding."),
+    QT_TRANSLATE_NOOP("MainWindow", "l before rounding."),
+    QT_TRANSLATE_NOOP("MainWindow", "h; * if it is not whole within the index threshold."),
+    QT_TRANSLATE_NOOP("MainWindow", "k; * if it is not whole within the index threshold."),
+    QT_TRANSLATE_NOOP("MainWindow", "l; * if it is not whole within the index threshold."),
+    QT_TRANSLATE_NOOP("MainWindow", "Intensity, counts, as chosen for the merging."),
+    QT_TRANSLATE_NOOP("MainWindow", "Height of the curve that was fitted through the frames."),
+    QT_TRANSLATE_NOOP("MainWindow", "Spacing of the lattice planes, Å."),
+    QT_TRANSLATE_NOOP("MainWindow", "Distance from the origin of reciprocal space, Å⁻¹."),
+    QT_TRANSLATE_NOOP("MainWindow", "Frame on which the reflection is strongest, from 1."),
+    QT_TRANSLATE_NOOP("MainWindow", "Frame number at the top of the fitted curve."),
+    QT_TRANSLATE_NOOP("MainWindow", "Half width of the fitted curve, frames."),
+    QT_TRANSLATE_NOOP("MainWindow", "Distance from the rotation axis, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow",
+                      "Half width times distance from the rotation axis: alike for all sharp reflections."),
+    QT_TRANSLATE_NOOP("MainWindow", "Azimuth on the frame, degrees counter-clockwise from the right."),
+    QT_TRANSLATE_NOOP("MainWindow", "Angle to the rotation axis, degrees."),
+    QT_TRANSLATE_NOOP("MainWindow", "Column on the frame, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow", "Row on the frame, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow", "Column relative to the direct beam, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow", "Row relative to the direct beam, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow", "Column relative to the direct beam with the stretching undone, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow", "Row relative to the direct beam with the stretching undone, pixels."),
+    QT_TRANSLATE_NOOP("MainWindow",
+                      "0 if the space group of \"Reflection Grouping\" forbids the reflection, else 1."),
+    QT_TRANSLATE_NOOP("MainWindow", "Number of the group of equivalent reflections.")};
+static_assert(std::size(g_apszColumnTip) == g_nPeakTableColumns, "each column has its tip");
+
 QVector<QString> columnTips()
 {
-    return {
-        MainWindow::tr("Number of the reflection, from the merging."),
-        MainWindow::tr("h before rounding."),
-        MainWindow::tr("k before rounding."),
-        MainWindow::tr("l before rounding."),
-        MainWindow::tr("h; * if it is not whole within the index threshold."),
-        MainWindow::tr("k; * if it is not whole within the index threshold."),
-        MainWindow::tr("l; * if it is not whole within the index threshold."),
-        MainWindow::tr("Intensity, counts, as chosen for the merging."),
-        MainWindow::tr("Height of the curve that was fitted through the frames."),
-        MainWindow::tr("Spacing of the lattice planes, Å."),
-        MainWindow::tr("Distance from the origin of reciprocal space, Å⁻¹."),
-        MainWindow::tr("Frame on which the reflection is strongest, from 1."),
-        MainWindow::tr("Frame number at the top of the fitted curve."),
-        MainWindow::tr("Half width of the fitted curve, frames."),
-        MainWindow::tr("Distance from the rotation axis, pixels."),
-        MainWindow::tr("Half width times distance from the rotation axis: alike for all sharp reflections."),
-        MainWindow::tr("Azimuth on the frame, degrees counter-clockwise from the right."),
-        MainWindow::tr("Angle to the rotation axis, degrees."),
-        MainWindow::tr("Column on the frame, pixels."),
-        MainWindow::tr("Row on the frame, pixels."),
-        MainWindow::tr("Column relative to the direct beam, pixels."),
-        MainWindow::tr("Row relative to the direct beam, pixels."),
-        MainWindow::tr("Column relative to the direct beam with the stretching undone, pixels."),
-        MainWindow::tr("Row relative to the direct beam with the stretching undone, pixels."),
-        MainWindow::tr("0 if the space group of \"Reflection Grouping\" forbids the reflection, else 1."),
-        MainWindow::tr("Number of the group of equivalent reflections.")};
+    QVector<QString> vecTip;
+    for (const char* pszTip : g_apszColumnTip)
+        vecTip.append(MainWindow::tr(pszTip));
+    return vecTip;
 }
 
 /// The text of a cell without the no-break spaces, wide and narrow, that locales put between groups of
@@ -87,7 +96,8 @@ void MainWindow::createPeakTable()
     m_pPeakTableModel = new TableModel(m_pPeakTableView);
     m_pPeakTableModel->setDefaultAlignment(g_nRightAlignment);
     m_pPeakTableModel->setHeader(m_mapColumnName.values().toVector());
-    m_pPeakTableModel->setHeaderTips(columnTips());
+    const QVector<QString> vecTip = columnTips();
+    m_pPeakTableModel->setHeaderTips(vecTip);
     explainArea(m_pPeakTableView,
                 tr("All merged reflections. A click on a row shows its curve through the frames, "
                    "a click on a title sorts; the right button on a title chooses columns."));
@@ -110,7 +120,7 @@ void MainWindow::createPeakTable()
         m_pPeakTableView->setColumnHidden(i, g_aColumn[i].bHidden);
         auto* pAction = new QAction(m_pPeakTableModel->headerData(i, Qt::Horizontal).toString(), this);
         pAction->setCheckable(true);
-        explain(pAction, columnTips()[i]);
+        explain(pAction, vecTip[i]);
         pAction->setChecked(!g_aColumn[i].bHidden);
         pAction->setEnabled(!g_aColumn[i].bFixed);
         connect(pAction, &QAction::toggled, this, &MainWindow::updatePeakTableColumnVisability);
