@@ -205,6 +205,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pReciprocalVolume, "Puts all frames into one volume of reciprocal space, an .mrc stack."},
         {m_pSmvImages,
          "Saves the frames with the drift taken out, for programs that integrate frames themselves."},
+        {m_pZoomIn,
+         "Shows the frame larger by one step of the list of factors beside it. For the eye: nothing is "
+         "measured on the enlarged picture."},
+        {m_pZoomOut, "Shows the frame smaller by one step of the list of factors beside it."},
         {m_pExit, "Closes the program. Results are on disk already; settings are kept."},
         {m_pAbout, "Version of the program and the libraries that it uses."},
         {m_pAboutQt, "Version of the Qt library."},
@@ -219,6 +223,64 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pCurveCopyWindow, "Copies a picture of the curve."},
         {m_pTableCopySelected, "Copies the selected rows as text."},
         {m_pTableCopyAll, "Copies all rows as text."},
+        {m_pExtractionWindow,
+         "Opens the window that draws circles on the frame where the cell in force predicts reflections, and "
+         "that sets disc and ring, pixels, of \"Extract Intensities\". With a good cell, beam and axis the "
+         "circles lie on the peaks."},
+        {m_pExtractIntensity,
+         "Sums the pixels of each indexed peak again, counts, in the disc and ring of \"Intensity "
+         "Extraction\". The merged list and the peak table become these peaks, one for each peak of a frame; "
+         "merge again for the reflections. The cell stays."},
+        {m_pFitDirectBeam,
+         "Fits the direct beam within 50 pixels of its expected place on each frame, without pixels of 3000 "
+         "counts and more. The log lists expected and fitted place and their difference, pixels. Good: some "
+         "tenths of a pixel. A difference that grows along the series: measure the shifts again, with "
+         "another "
+         "region. Nothing is changed."},
+        {m_pRefineDirectBeam,
+         "Fits, frame by frame, how the distances of two indexed peaks, pixels, follow from the differences "
+         "of their indices; the direct beam does not enter. Pairs by the \"d* Range\" of \"Unit Cell "
+         "Refinement\". Good: small errors, and maps that change evenly from frame to frame. To the log "
+         "alone: beam and cell stay."},
+        {m_pTestRotationAxis,
+         "Looks where reflections begin to show, which is rarely near the axis. Of the numbers in the log "
+         "take \"Max Angle un-weighted\" or \"Max Angle Weighted\": the azimuth of the axis, degrees, right "
+         "to a few with many peaks; the axis may also be this number less 180. What is called \"Tilt Axis\" "
+         "there holds only for an axis near 50 degrees and may be a right angle off. \"Rotation Axis At\" "
+         "stays: type it in."},
+        {m_pRefineBasis,
+         "Fits a*, b*, c* so that reflections of 500 counts and more, 100 pixels and more from the axis, "
+         "come at the tilts of their frames. Good: the first number of \"Sum of Err^2 of tilt before and "
+         "after\", degrees squared, is at most a few times the second. If, with the axis right to a degree, "
+         "it is ten times as large or more and all signs of a*, b*, c* turn round, the sense of rotation "
+         "is wrong: add 180 degrees to the axis. To the log alone: the cell in force stays."},
+        {m_pRefineFrameNo,
+         "Fits a*, b*, c* to the tilts at the tops of the curves through the frames, reflections of 100 "
+         "counts and more, and lists expected tilts. Good: an \"Averaged error\" well below the tilt step, "
+         "degrees. Components along the rotation axis have large errors: tilts say little of them. To the "
+         "log alone: the cell in force stays."},
+        {m_pExportPeaks,
+         "Writes the points of the 3D view in front that are in no group of their own (\"Unlabeled\") to a "
+         "text file."},
+        {m_pTestFindCubic,
+         "Fits the orientation of a cubic cell of 12 Å (garnet) to the points of the indexed reflections. To "
+         "the log alone: the cell in force stays."},
+        {m_pTestRefineCubic,
+         "Fits the orientation of a cubic cell of 12 Å (garnet) to the tilts at the tops of the curves. To "
+         "the log alone: the cell in force stays."},
+        {m_pTestStretching,
+         "Writes distances, pixels, and azimuths, degrees, of the indexed peaks of the frame in view to the "
+         "log and to NAME_pos.txt beside the project. Where the net is square and the frame undistorted, "
+         "equal orders have equal distances in all directions."},
+        {m_pTestPlane,
+         "Groups the difference vectors of the shown peaks of the frame in view, and compares their lengths "
+         "with the d* of a cubic cell of 20.734 Å. To the log alone."},
+        {m_pTestIndexing,
+         "Shows the reflections up to 1 Å⁻¹ that the cell in force could have as points in the merged view, "
+         "in the place of the merged reflections."},
+        {m_pStopRun,
+         "Ends the run under way once the frame or step that it is at is done; the log says so. Results that "
+         "a run replaces at its end stay the former ones. The shift evaluation cannot be stopped."},
     };
     for (const auto& explained : aExplained)
         explain(explained.pAction, QString::fromUtf8(explained.pchText));
@@ -244,6 +306,16 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          {"Inversed Grey", "Show images in inversed grey scale", "inversedgrey", "Ctrl+I"},
          {"Blue-red", "Show images in blue-red scale", "bluered", "Ctrl+B"},
          {"Red-blue", "Show images in red-blue scale", "redblue", "Ctrl+R"}});
+    explain(m_listPalette[0],
+            tr("Weak is black, strong is white, between \"Min.\" and \"Max.\" of the contrast. "
+               "Colours are for the eye: no measurement looks at them."));
+    explain(m_listPalette[1],
+            tr("Weak is white, strong is black, as on a film. Often the best for weak spots."));
+    explain(m_listPalette[2],
+            tr("Weak is blue, over cyan, green and yellow to red for strong. Shows steps of the background "
+               "that grey hides."));
+    explain(m_listPalette[3],
+            tr("Weak is red, over yellow, green and cyan to blue for strong: blue-red turned round."));
     m_listSelection = makeExclusive(
         {{"Select None", "Select none for processing", "selection_noneb", "Ctrl+0"},
          {"Select 64×64", "Select a 64×64 area for processing", "selection64b", "Ctrl+1"},
@@ -251,6 +323,17 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          {"Select 256×256", "Select a 256×256 area for processing", "selection256b", "Ctrl+3"},
          {"Select 512×512", "Select a 512×512 area for processing", "selection512b", "Ctrl+4"},
          {"Select 1024×1024", "Select a 1024×1024 area for processing", "selection1024b", "Ctrl+5"}});
+
+    explain(m_listSelection[0], tr("Takes the yellow square off the frame. The shift evaluation needs one."));
+    const int anSide[] = {64, 128, 256, 512, 1024};
+    for (int i = 0; i < 5; ++i)
+        explain(
+            m_listSelection[i + 1],
+            tr("Puts a square of %1 × %1 pixels on the frame, whose pixels are compared from frame to frame "
+               "to find the drift. Drag it until the direct beam is near its red cross. Good: the beam with "
+               "room for its drift on all sides, and few strong reflections. Too small and the beam leaves "
+               "it; too large and the shifts follow reflections that come and go.")
+                .arg(anSide[i]));
 
     for (int i = 0; i < 20; ++i) {
         m_listRecent.append(makeAction(this, {"", nullptr, nullptr, {}}));

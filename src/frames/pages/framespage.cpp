@@ -76,7 +76,11 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
             tr("Azimuth of the rotation axis on the frame, degrees counter-clockwise from the "
                "right (3 o'clock). More than a degree or two off bends the lattice: turn it "
                "until the circles of \"Show Estimated Peak Position\" lie on the peaks. If "
-               "nothing fits, try the opposite direction (add 180°)."));
+               "nothing fits, try the opposite direction (add 180°), which is the other sense of "
+               "rotation. A good fit does not prove the sense: at moderate d* the other one gives "
+               "the same cell but the mirror image, the wrong hand. Know it from the instrument or "
+               "from a known crystal, or compare both senses as far out in d* as the data go and "
+               "by \"Refine Basis Vectors\"."));
     explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
     explain(m_pContrastMinSpin,
             tr("Pixel value that is shown black, in counts. For the eye, for saved series and "
