@@ -1,5 +1,8 @@
-// Simulated frames: counts and noise as told; and the series that they make.
+// Simulated frames: counts and noise as told, formats that the program's own readers take, and the series
+// that they make.
 #include "app/dataset/opening.h"
+#include "frames/frameloader.h"
+#include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
 
@@ -82,6 +85,29 @@ TEST(Frames, DependOnTheirSeedAndNotOnTheOrder)
     EXPECT_EQ(*std::max_element(listThird.begin(), listThird.end()), 500.f);  // saturated
     p.nSeed = 2;
     EXPECT_NE(renderFrame(simulated(p), 3), listThird);
+}
+
+TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
+{
+    // Counts beyond the ranges of 16 bits; a grey step is 4 counts on writing and 64 on reading.
+    const std::vector<float> listPixel = {-40000, -3.4f, 6, 30000, 40000, 70000};
+    const std::pair<FrameFormat, std::vector<float>> aRow[] = {
+        {FrameFormat::Mrc16, {-32768, -3, 6, 30000, 32767, 32767}},
+        {FrameFormat::MrcU16, {0, 0, 6, 30000, 40000, 65535}},
+        {FrameFormat::MrcFloat, listPixel},
+        {FrameFormat::Dm3, {-40000, -3, 6, 30000, 40000, 70000}},
+        {FrameFormat::Png8, {0, 0, 128, 16320, 16320, 16320}}};
+    QTemporaryDir dir;
+    for (const auto& [format, listWanted] : aRow) {
+        const QString strFile = dir.filePath("frame." + frameExtension(format));
+        ASSERT_TRUE(writeFrame(strFile, listPixel, 3, 2, format));
+        ImageList listImage;
+        CRunReport report;
+        ASSERT_EQ(loadFrame(listImage, strFile, {}, report), 1) << strFile.toStdString();
+        ASSERT_EQ(listImage.at(0)->Width(), 3);
+        EXPECT_EQ(std::vector<float>(listImage[0]->Data(), listImage[0]->Data() + 6), listWanted)
+            << int(format);
+    }
 }
 
 TEST(Series, OpensAsAProject)
