@@ -138,11 +138,11 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
     groups.reset(2);
     // Nothing selected: neither a colour nor a number is used up.
     EXPECT_FALSE(groups.addSelectedAsNewGroup());
-    for (int nGroup : {1, 2, 3}) {
+    for (int nGroup : {0, 1, 2}) {
         groups.select({1}, false);
         EXPECT_TRUE(groups.addSelectedAsNewGroup() && groups.selected().isEmpty());
         EXPECT_EQ(groups.labels().last(), QStringLiteral("Label%1").arg(nGroup));
-        EXPECT_FALSE(groups.colors().mid(0, nGroup).contains(groups.colors().last()));
+        EXPECT_FALSE(groups.colors().mid(0, nGroup + 1).contains(groups.colors().last()));
     }
 }
 

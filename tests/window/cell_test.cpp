@@ -14,6 +14,7 @@ TEST_F(Reciprocal, CellByHand)
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
 
     const auto seesAnother = [](ED3DWidget* pView, QPushButton* pButton) {
+        QTest::qWait(50);                               // a view that has just come to sight is laid out
         const QImage image = pView->grabFrameBuffer();  // none without OpenGL
         pButton->click();
         return image.isNull() || pView->grabFrameBuffer() != image;
