@@ -15,6 +15,7 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
+#include <QThread>
 
 void MainWindow::selSizeChanged2()
 {
@@ -62,7 +63,9 @@ void MainWindow::runShiftEvaluation()
             refreshImageView();
             waitAlive(report, [this] { return m_pFramesPage->m_pPlayDelaySpin->value(); });
         };
-        bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, {}, fnFrameDone);
+        ShiftEvaluationOptions options;
+        options.nJobs = QThread::idealThreadCount();
+        bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone);
         syncParametersWithControls(false);
     });
     if (!bBegun)

@@ -24,6 +24,7 @@
 #include "reciprocal/indexing.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "reciprocal/rotationsense.h"
 #include "tools/batch/filekeeper.h"
 #include "tools/batch/filestamp.h"
 
@@ -32,6 +33,9 @@
 #include <QFileInfo>
 #include <QJsonArray>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -556,6 +560,9 @@ bool CBatchRoad::runPeaks()
     if (!runPeakHunting(m_dataSet, parameters, filters, m_report, options)) {
         return false;
     }
+#ifdef __GLIBC__
+    malloc_trim(0);  // the work images of the threads, which the heap would keep beside what follows
+#endif
     const int nPeaks = countPeaks(m_dataSet.m_listPeakFrame);
     m_summary[QStringLiteral("peakThreshold")] = parameters.m_dfPeakThreshold;
     m_summary[QStringLiteral("peaks")] = nPeaks;
@@ -669,6 +676,7 @@ bool CBatchRoad::runIndex()
     m_summary[QStringLiteral("onEdge")] = result.listOnEdgeID.size();
     refineCell(listWhole);
     reportCentreOffset(result);
+    reportRotationSense(result.listIndexed);
     const bool bAny = std::any_of(listWhole.begin(), listWhole.end(), [](const Peak3D& peak) {
         return peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
     });
@@ -692,6 +700,21 @@ bool CBatchRoad::runIndex()
     }
     keeper.done();
     return true;
+}
+
+void CBatchRoad::reportRotationSense(const QList<Peak3D>& listIndexed)
+{
+    const RotationSense sense = judgeRotationSense(listIndexed, m_dataSet);
+    if (sense.bOpposite) {
+        m_report.addMessage(
+            QStringLiteral(
+                "Warning: the rotation seems to go the other way, and the indices to be those of the mirror "
+                "image: turned round they fit the tilts of the reflections with a sum of squares of %1 "
+                "degrees² instead of %2. Add 180 to the rotation axis and see whether this line goes.")
+                .arg(sense.dfSquaresAfter, 0, 'f', 1)
+                .arg(sense.dfSquaresBefore, 0, 'f', 1),
+            Qt::red);
+    }
 }
 
 void CBatchRoad::choosePairLimits()
