@@ -16,7 +16,7 @@ protected:
     {
         const BatchOutcome outcome = runProgram(
             "tessera-simulate",
-            {"--crystal", "quartz", "--frames", "40", "--size", "256", "--tilt-start", "-20", "--tilt-step",
+            {"--crystal", "quartz", "--frames", "40", "--size", "320", "--tilt-start", "-20", "--tilt-step",
              "1", "--pixel-size", "0.008", "--axis", "-38.5", "--out", m_dir.path(), "--name", "q"});
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     }
@@ -43,9 +43,18 @@ protected:
 
 TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
 {
-    ASSERT_EQ(batch("one", {"--jobs", "1"}).nStatus, 0);
+    const BatchOutcome one = batch("one", {"--jobs", "1"});
+    ASSERT_EQ(one.nStatus, 0) << one.strText.toStdString();
+    EXPECT_FALSE(one.strText.contains("the other way")) << one.strText.toStdString();
     ASSERT_EQ(batch("five", {"--jobs", "5"}).nStatus, 0);
     expectSameFiles("one", "five");
+}
+
+TEST_F(Stages, TellARotationOfTheOtherSense)
+{
+    const BatchOutcome outcome = batch("turned", {"--axis", "141.5"});
+    EXPECT_EQ(outcome.nStatus, 0);
+    EXPECT_TRUE(outcome.strText.contains("the other way")) << outcome.strText.toStdString();
 }
 
 // A list on disk has one decimal, so a run that starts from it may differ from one that goes through;

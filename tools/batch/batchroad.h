@@ -49,6 +49,7 @@ private:
     int jobs() const;
     void refineCell(const QList<Peak3D>& listIndexed);
     void reportCentreOffset(const IndexingResult& result);
+    void reportRotationSense(const QList<Peak3D>& listIndexed);
     void roundParameters();
     bool fail(const QString& strText);
     QJsonObject cellObject() const;

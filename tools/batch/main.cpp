@@ -110,7 +110,11 @@ int main(int argc, char* argv[])
     CBatchRoad road(*options, report);
     bool bReached = walk(road, report);
     QStringList listWarning = report.redLines();
-    QString strReason = bReached || listWarning.isEmpty() ? QString() : listWarning.takeLast();
+    QString strReason;
+    if (!bReached) {  // what is said of a project that does not open is not red
+        strReason = listWarning.isEmpty() ? report.log().trimmed().section(QLatin1Char('\n'), -1)
+                                          : listWarning.takeLast();
+    }
     const QString strBase = road.resultBase();
     if (!strBase.isEmpty()) {
         const QString strUnwritten = writeFile(strBase + QStringLiteral(".log"), report.log().toUtf8());
