@@ -2,6 +2,7 @@
 // grid of numbers.
 //
 // Compare frameShown with frameLoadedConvertedAndDrawn: the ratio is what the scene costs on top.
+#include "benchapplication.h"
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
@@ -14,7 +15,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QFile>
 #include <QPixmap>
 #include <QTemporaryDir>
@@ -22,20 +22,6 @@
 namespace {
 
 const int g_nSide = 2048;
-
-// Widgets need an application; it comes with the first of these benchmarks.
-void needApplication()
-{
-    if (qApp)
-        return;
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int nArgument = 1;
-    static char aName[] = "tessera-bench";
-    static char* aArgument[] = {aName, nullptr};
-    static const QApplication* const pApplication = new QApplication(nArgument, aArgument);
-    Q_UNUSED(pApplication)  // it lives to the end: screens and fonts go down with the process
-}
 
 QString frameFile()
 {

@@ -17,6 +17,7 @@
 namespace {
 
 const int g_nTile = 64;  // boxes of 41 pixels do not meet
+const int g_nTileMiddle = g_nTile / 2;
 const int g_nTiles = 14;
 const int g_nSide = g_nTile * g_nTiles;
 const double g_dfSigma = 1.5;
@@ -47,8 +48,8 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
     std::vector<double> vecExpected(size_t(g_nSide) * g_nSide);
     for (int ty = 0; ty < g_nTiles; ++ty)
         for (int tx = 0; tx < g_nTiles; ++tx) {
-            const double dfX = tx * g_nTile + g_nTile / 2 + fraction(random);
-            const double dfY = ty * g_nTile + g_nTile / 2 + fraction(random);
+            const double dfX = tx * g_nTile + g_nTileMiddle + fraction(random);
+            const double dfY = ty * g_nTile + g_nTileMiddle + fraction(random);
             frame.vecX.push_back(dfX);
             frame.vecY.push_back(dfY);
             for (int y = ty * g_nTile; y < (ty + 1) * g_nTile; ++y)
@@ -59,7 +60,7 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
                                                         (2 * M_PI * g_dfSigma * g_dfSigma);
                     // up in one tile, down in the next, so that no step stands between them
                     const double dfBackground = g_dfBackground + dfSlope * (tx % 2 ? -1 : 1) *
-                                                                     (x - tx * g_nTile - g_nTile / 2 + 0.5);
+                                                                     (x - tx * g_nTile - g_nTileMiddle + 0.5);
                     vecExpected[size_t(y) * g_nSide + size_t(x)] = dfBackground + dfCounts * dfSpot;
                 }
         }

@@ -4,6 +4,7 @@
 // With a screen (QT_QPA_PLATFORM=xcb) remapInTheWindow paints the cloud by OpenGL as well.
 #include "app/dataset/opening.h"
 #include "app/mainwindow.h"
+#include "benchapplication.h"
 #include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
 #include "frames/peakhunting.h"
@@ -12,7 +13,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QFileInfo>
@@ -52,18 +52,6 @@ CImgObj<float> frameImage(int nFrame)
                 img.Data()[(nY + e) * g_nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 18.0));
     }
     return img;
-}
-
-void needApplication()
-{
-    if (qApp)
-        return;
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int nArgument = 1;
-    static char aName[] = "tessera-bench";
-    static char* aArgument[] = {aName, nullptr};
-    new QApplication(nArgument, aArgument);  // lives to the end: screens and fonts go down with the process
 }
 
 /// A project on frames of its own, with shifts, so that its peaks are mapped after the run.

@@ -10,7 +10,7 @@ WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(wi
 
 WindowReport::~WindowReport()
 {
-    endProgress();
+    WindowReport::endProgress();
 }
 
 void WindowReport::addMessage(const QString& strText, Qt::GlobalColor color)
