@@ -4,8 +4,15 @@
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
+#include <QFile>
+#include <QTemporaryFile>
+
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <random>
+#include <type_traits>
+#include <vector>
 
 namespace {
 
@@ -63,5 +70,50 @@ void threeMeasuredTransforms(benchmark::State& state)
     fftwf_free(p);
 }
 BENCHMARK(threeMeasuredTransforms)->Unit(benchmark::kMillisecond);
+
+struct PlanDestroy {
+    void operator()(fftwf_plan plan) const { fftwf_destroy_plan(plan); }
+};
+using Plan = std::unique_ptr<std::remove_pointer_t<fftwf_plan>, PlanDestroy>;
+
+// What one frame's share of tessera-batch cannot do without: two reads of its 16 bit pixels, the transforms
+// of its hunting and those of its region in the drift.
+void bareFrameOfTheRoad(benchmark::State& state)
+{
+    const int nRegion = 256;
+    std::vector<char> vecFile(2 * size_t(g_nSide) * g_nSide, 1);
+    QTemporaryFile file;
+    if (!file.open() || file.write(vecFile.data(), qint64(vecFile.size())) != qint64(vecFile.size())) {
+        state.SkipWithError("no file");
+        return;
+    }
+    file.flush();
+    float* pReal = fftwf_alloc_real(size_t(g_nSide) * g_nSide);
+    fftwf_complex* pHalf = fftwf_alloc_complex(size_t(g_nSide / 2 + 1) * g_nSide);
+    fftwf_complex* pFrame = fftwf_alloc_complex(size_t(g_nSide) * g_nSide);
+    fftwf_complex* pRegion = fftwf_alloc_complex(size_t(nRegion) * nRegion);
+    {
+        const Plan real(fftwf_plan_dft_r2c_2d(g_nSide, g_nSide, pReal, pHalf, FFTW_MEASURE));
+        const Plan frame(fftwf_plan_dft_2d(g_nSide, g_nSide, pFrame, pFrame, FFTW_BACKWARD, FFTW_MEASURE));
+        const Plan region(fftwf_plan_dft_2d(nRegion, nRegion, pRegion, pRegion, FFTW_FORWARD, FFTW_MEASURE));
+        std::fill_n(pReal, size_t(g_nSide) * g_nSide, 0.f);
+        std::fill_n(pFrame[0], 2 * size_t(g_nSide) * g_nSide, 0.f);
+        std::fill_n(pRegion[0], 2 * size_t(nRegion) * nRegion, 0.f);
+        for (auto _ : state) {
+            for (int i = 0; i < 2; ++i) {
+                QFile again(file.fileName());
+                again.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+                benchmark::DoNotOptimize(again.read(vecFile.data(), qint64(vecFile.size())));
+            }
+            fftwf_execute(real.get());
+            fftwf_execute(frame.get());
+            for (int i = 0; i < 2; ++i)
+                fftwf_execute(region.get());
+        }
+    }
+    for (void* p : {(void*)pReal, (void*)pHalf, (void*)pFrame, (void*)pRegion})
+        fftwf_free(p);
+}
+BENCHMARK(bareFrameOfTheRoad)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -220,7 +220,7 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"pair-list", "Print the tables of difference vectors and of peak pairs."},
         {"window-defaults", "Start values of the window's pages instead of auto."},
         {"jobs",
-         "Frames hunted side by side; the files are the same for every number; default: one per core.",
+         "Frames worked on side by side; the files are the same for every number; default: one per core.",
          "number"},
         {"export",
          "Write other forms of the data after the last stage; a list, or given several times: smv "

@@ -22,7 +22,7 @@ struct BatchOptions {
     QString strJsonFile;
     BatchStage stageFrom = BatchStage::Shifts;
     BatchStage stageTo = BatchStage::Index;
-    int nJobs = 0;    ///< frames hunted side by side; 0: one per core
+    int nJobs = 0;    ///< frames worked on side by side; 0: one per core
     int nGroup = -1;  ///< merge only the peaks of this group; -1: all
     bool bWindowDefaults = false;
 
