@@ -8,7 +8,6 @@ std::vector<int> sampledFrames(int nFrames, int nMost)
 {
     const int nCount = std::min(nFrames, nMost);
     std::vector<int> vecFrame;
-    vecFrame.reserve(size_t(nCount));
     vecFrame.reserve(size_t(std::max(0, nCount)));
     for (int i = 0; i < nCount; ++i)
         vecFrame.push_back(nCount == 1 ? 0 : int(qint64(i) * (nFrames - 1) / (nCount - 1)));
