@@ -130,7 +130,7 @@ public slots:
     void testCurrentPatternForPeaks();
     void peakHuntingParametersChanged();
     void visualMoniteringPeakHuntingToggled(bool bEnabled);
-    void outputSmoothedImage(QString strFileName);
+    void outputSmoothedImage(const QString& strFileName);
 
     // Overlay of the frame view: src/frameview/mainwindow_marks.cpp
     void showCrossMarks(const QList<QPointF>& listPos, const QColor& color, int nSize);

@@ -278,8 +278,8 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
                           Qt::red);
         return false;
     }
-    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(mapVotes.nWidth / 2, mapVotes.nHeight / 2),
-                                         nMapSide);
+    const QPoint ptMiddle(mapVotes.nWidth / 2, mapVotes.nHeight / 2);
+    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(ptMiddle), nMapSide);
 
     std::vector<float> vecX, vecY;
     for (const Map& map : vecMap) {

@@ -100,7 +100,7 @@ void MainWindow::refreshPeakMarks()
     m_pFrameScene->update();
 }
 
-void MainWindow::outputSmoothedImage(QString strFileName)
+void MainWindow::outputSmoothedImage(const QString& strFileName)
 {
     if (m_dataSet.m_vecFrameImage.empty() || isPumping())
         return;

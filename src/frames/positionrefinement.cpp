@@ -209,7 +209,8 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
 {
     if (pFinished)
         *pFinished = false;
-    // a copy that shares the peaks, for the data set may change under the run
+    // a copy that shares the peaks, for the data set may change under the run;
+    // NOLINTNEXTLINE(*-copy-initialization)
     const QVector<QList<Peak3D>> peaksKept = peaksSorted;
     CRefinementRun refinement(dataSet, peaksKept, report, options);
     QVector<QList<Peak3D>> peaksRefined;

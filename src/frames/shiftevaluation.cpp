@@ -62,7 +62,8 @@ public:
         const int nSide = m_square.nSide;
         if (!m_imgMask.Data()) {
             m_imgMask.Create(nSide, nSide);
-            MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nSide / 8);
+            const int nRadius = nSide / 8;
+            MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nRadius);
         }
         ComplexFromFloat(imgRegion, frame.imgFT);
         m_fft.Transform(frame.imgFT.Data(), nSide, nSide, -1);

@@ -197,7 +197,7 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
         const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
         for (int r = 0; r < nBox; r++)
             for (int c = 0; c < nBox; c++)
-                afBox[std::size_t(r * nBox + c)] =
+                afBox[std::size_t(r) * std::size_t(nBox) + std::size_t(c)] =
                     pMap[std::size_t(wrapped(nCornerY + r, nHeight)) * std::size_t(nWidth) +
                          std::size_t(wrapped(nCornerX + c, nWidth))];
     } else {
@@ -260,9 +260,10 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     const int nFound = correlation.FindCorrelationPeak(vecSearch.data(), nWidth, nHeight, dfValue, fDX, fDY);
     if (pbPeakFound)
         *pbPeakFound = nFound != 0;
-    if (fDX > float(nWidth / 2))
+    const int nMiddleX = nWidth / 2, nMiddleY = nHeight / 2;
+    if (fDX > float(nMiddleX))
         fDX -= float(nWidth);
-    if (fDY > float(nHeight / 2))
+    if (fDY > float(nMiddleY))
         fDY -= float(nHeight);
     moveZeroPoint(pMap.get(), nWidth, nHeight, true);
     dfPeak = dfValue;

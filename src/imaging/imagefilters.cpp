@@ -40,10 +40,11 @@ int MakeRingMask(char* pMask, int nWidth, int nHeight, double dfInner, double df
         return 0;
     const double dfInner2 = dfInner * dfInner;
     const double dfOuter2 = dfOuter * dfOuter;
+    const int nMiddleX = nWidth / 2, nMiddleY = nHeight / 2;
     for (int y = 0; y < nHeight; y++)
         for (int x = 0; x < nWidth; x++) {
-            const double dfDX = x - nWidth / 2;
-            const double dfDY = y - nHeight / 2;
+            const double dfDX = x - nMiddleX;
+            const double dfDY = y - nMiddleY;
             const double dfR2 = dfDX * dfDX + dfDY * dfDY;
             *pMask++ = dfR2 > dfOuter2 || dfInner2 > dfR2 ? 0 : 1;
         }

@@ -90,8 +90,9 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
         COMPLEX& value = element(c, r);
         if (value.re == 0.f && value.im == 0.f)  // most of a low-passed spectrum
             return;
-        const double dfU = c - nWidth / 2;
-        const double dfV = r - nHeight / 2;
+        const int nU = c - nWidth / 2, nV = r - nHeight / 2;
+        const double dfU = nU;
+        const double dfV = nV;
         const double dfAngle = -dfTwoPi * (dfU * dfDX / nWidth + dfV * dfDY / nHeight);
         const double dfCos = std::cos(dfAngle);
         const double dfSin = std::sin(dfAngle);

@@ -131,6 +131,7 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
                                 selection.vecOffset[size_t(selection.vecRank[size_t(n)])] < g_nMaxVectors))
             vecStrong.push_back(n);
     std::vector<Vec3D> vecPoint;
+    vecPoint.reserve(vecStrong.size());
     for (int nPeak : vecStrong)
         vecPoint.push_back(listPeak[nPeak].point());
     int64_t nEnd = 0;
