@@ -152,7 +152,7 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
         result.listStage.push_back(arrayStage[n].toDouble());
         result.listBeamTilt.push_back(arrayBeamTilt[n].toDouble());
     }
-    for (const QJsonValue& value : root[QStringLiteral("spots")].toArray()) {
+    for (const QJsonValueRef value : root[QStringLiteral("spots")].toArray()) {
         double adf[9];
         if (!bGood || !readNumbers(value, 9, adf) || adf[0] < 0 || adf[0] >= nFrames) {
             bGood = false;
