@@ -43,7 +43,7 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
         tr("Reciprocal space. Left drag turns, with Shift it moves, right drag or wheel zooms, with Ctrl it "
            "selects points."));
     connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
-    connect(pView, &ED3DWidget::contextFailed, this, [this](QString strMessage) {
+    connect(pView, &ED3DWidget::contextFailed, this, [this](const QString& strMessage) {
         for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once
             disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
         WindowReport(*this).addMessage(strMessage, Qt::red);
