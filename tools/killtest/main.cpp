@@ -19,6 +19,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMap>
 #include <QProcess>
 #include <QRegularExpression>
@@ -37,6 +39,12 @@
 #include <vector>
 
 namespace {
+
+/// Whole, and what tessera-batch leaves in the place of its summary until the run has ended.
+bool isUnfinishedSummary(const QByteArray& bytes)
+{
+    return QJsonDocument::fromJson(bytes).object()[QStringLiteral("failed")] == QLatin1String("unfinished");
+}
 
 /// A writer of result files of two versions, 0 and 1, into a folder.
 struct Writer {
@@ -259,7 +267,7 @@ Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, cons
                 QFile::remove(strFolder + QLatin1Char('/') + it.key());
             } else if (it.value() == amapVersion[0][strName]) {
                 ++figures.nOld;
-            } else if (it.value() == amapVersion[1][strName]) {
+            } else if (it.value() == amapVersion[1][strName] || isUnfinishedSummary(it.value())) {
                 ++figures.nNew;
             } else {
                 ++figures.nTorn;
