@@ -20,10 +20,14 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
 namespace {
+
+// Each reader holds a whole frame for a small region of it: more of them cost memory and win nothing.
+const int g_nMostReaders = 4;
 
 const int g_nLeastSide = 16;  // keeps the ring mask and the correlation's peak box in the region
 const double g_dfSaturation = 100000.0;
@@ -169,7 +173,7 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
 {
     MeasuredSeries measured;
     const int nFrames = dataSet.m_listFrameFile.size();
-    CFrameSequence<RegionFrame> sequence(nFrames, nJobs, [&] {
+    CFrameSequence<RegionFrame> sequence(nFrames, std::min(nJobs, g_nMostReaders), [&] {
         return [pCutter = std::make_shared<CRegionCutter>(dataSet, square)](int nFrame) {
             return pCutter->cut(nFrame);
         };

@@ -14,7 +14,8 @@ struct ShiftEvaluationOptions {
     bool bKeepPartial = true;  ///< a run that meets a frame it cannot use keeps and saves the shifts it
                                ///< found; else it leaves everything as it was
     bool bSave = true;         ///< write the shift file beside the project
-    int nJobs = 1;             ///< regions read and transformed side by side; the result is the same for each
+    int nJobs = 1;  ///< regions read and transformed side by side, 4 at the most; the result is the
+                    ///< same for each
 };
 
 /// Called after each frame: index from 0, its shift, the aligned and filtered region for the view, which
