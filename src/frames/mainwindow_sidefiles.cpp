@@ -71,8 +71,13 @@ bool MainWindow::loadShiftFile(const QString& strFileName)
     WindowReport report(*this);
     if (!::loadShiftFile(m_dataSet, strFileName, report))
         return false;
-    m_pShiftPage->m_pCenterXSpin->setValue(m_dataSet.m_dfCenterX);
-    m_pShiftPage->m_pCenterYSpin->setValue(m_dataSet.m_dfCenterY);
+    {
+        // Whoever hears of the one box reads the pages, and with them the former number of the other.
+        const QSignalBlocker blockX(m_pShiftPage->m_pCenterXSpin);
+        const QSignalBlocker blockY(m_pShiftPage->m_pCenterYSpin);
+        m_pShiftPage->m_pCenterXSpin->setValue(m_dataSet.m_dfCenterX);
+        m_pShiftPage->m_pCenterYSpin->setValue(m_dataSet.m_dfCenterY);
+    }
     fillShiftTable();
     showEstimatedPeakPosition();
     return true;

@@ -270,6 +270,9 @@ TEST_F(FramesWindow, ShiftsAreSavedAsThePageShowsThem)
     EXPECT_EQ(answered({write("in.sc", bytesShift)}, [&] { m_pWindow->loadEDShift(); }),
               QStringList{"Load ED Shift"});
     EXPECT_EQ(m_pShift->m_pCenterXSpin->value(), 82.4);
+    EXPECT_EQ(m_pShift->m_pCenterYSpin->value(), 76.7);
+    answered({path("as_loaded.sc")}, [&] { m_pWindow->saveEDShift(); });
+    EXPECT_EQ(linesOf("as_loaded.sc").value(0), "   82.40   76.70");
     EXPECT_EQ(m_pShift->m_pShiftTable->item(1, 0)->text(), QStringLiteral("%L1").arg(1234.5, 0, 'f', 2));
     m_pShift->m_pCenterYSpin->setValue(77.25);
     EXPECT_EQ(answered({path("out.sc")}, [&] { m_pWindow->saveEDShift(); }),
