@@ -15,6 +15,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -71,14 +72,6 @@ static void acceptAsCopy(QDropEvent& event)
     event.accept();
 }
 
-// A folder, or a file that stands beside a project: as images they would only put the data set away.
-static bool isNoDataSet(const QString& strFile)
-{
-    const QFileInfo info(strFile);
-    static const QStringList listSideSuffix = {"pk", "sc", "uc", "msk"};
-    return info.isDir() || listSideSuffix.contains(info.suffix().toLower());
-}
-
 void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
 {
     if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
@@ -101,9 +94,8 @@ void MainWindow::openFiles(const QStringList& listFile)
 {
     if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
         return;
-    if (isNoDataSet(listFile.first())) {
-        WindowReport(*this).addMessage(tr("%1 is neither a project nor an image.").arg(listFile.first()),
-                                       Qt::red);
+    if (const QString strReason = reasonNotToOpen(listFile.first()); !strReason.isEmpty()) {
+        WindowReport(*this).addMessage(strReason, Qt::red);
         return;
     }
     m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
@@ -149,7 +141,6 @@ bool MainWindow::openReflectionList(const QString& strFileName)
 /// @return false when the project cannot be read; then only the log says so
 bool MainWindow::openProject(const QString& strFileName)
 {
-    stopImagePlay();
     syncParametersWithControls(true);  // what the user set on other pages outlives the opening
     CRunScope scope(*this);
     WindowReport report(*this);
@@ -159,6 +150,7 @@ bool MainWindow::openProject(const QString& strFileName)
         connectPanelSignals(true);
         return false;
     }
+    stopImagePlay();
     clearDataSet();
     fillFileTable();
     fillShiftTable();
@@ -269,6 +261,9 @@ void MainWindow::updateRecentMenu()
 {
     const std::unique_ptr<QSettings> pSettings(makeSettings());
     const QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    QStringList listName;
+    for (const QString& strEntry : listEntry)
+        listName.append(displayName(strEntry.split(QLatin1Char('|'), Qt::SkipEmptyParts)));
     int nShown = 0;
     for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
         QAction* pAction = m_pActions->m_listRecent[i];
@@ -279,14 +274,15 @@ void MainWindow::updateRecentMenu()
         if (listFile.isEmpty())
             continue;
         ++nShown;
-        const QString strName = displayName(listFile);
+        const QString strName = listName[i], strFolder = QFileInfo(listFile.first()).absolutePath();
         QString strLabel = strName;
+        if (listName.count(strName) > 1)
+            strLabel += QStringLiteral(" (%1)").arg(QDir::toNativeSeparators(strFolder));
         strLabel.replace(QLatin1Char('&'), QLatin1String("&&"));  // else a menu takes it for a mnemonic
         pAction->setText(QStringLiteral("&%1 %2").arg(QString::number(i + 1), strLabel));
         pAction->setStatusTip(
             QStringLiteral("Open %1 : %2 files")
-                .arg(QFileInfo(listFile.first()).absolutePath() + QLatin1Char('/') + strName,
-                     QString::number(listFile.size())));
+                .arg(strFolder + QLatin1Char('/') + strName, QString::number(listFile.size())));
         pAction->setData(listFile);
     }
     m_pRecentSeparator->setVisible(nShown > 0);

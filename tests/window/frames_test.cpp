@@ -121,9 +121,12 @@ TEST_F(FramesWindow, PlayEndsAtTheEndsAndAtItsButton)
     m_pFrames->m_pPlayBackwardButton->click();
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames - 3; }));
     EXPECT_GE(timer.elapsed(), 80);
+    m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
+    m_pWindow->openFiles({path("series.sc~")});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames - 5; })) << "the play goes on";
     m_pFrames->m_pPlayStopButton->click();
     QTest::qWait(80);
-    EXPECT_EQ(m_pSlider->value(), g_nFrames - 3);
+    EXPECT_EQ(m_pSlider->value(), g_nFrames - 5);
 }
 
 TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)

@@ -1,6 +1,8 @@
 // The shell of the window: settings, keys, zoom, the ways of opening, and the command line.
 #include "windowtest.h"
 
+#include <sys/stat.h>
+
 namespace {
 
 typedef WindowTest Shell;
@@ -146,17 +148,37 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     EXPECT_EQ(listEntry.first(), path("p24.ed3d"));
     EXPECT_EQ(listRecent[19]->text(), "&20 p5.ed3d");
 
-    // What cannot be opened leaves the data set, and the pages connected: all turns white.
+    // Two of one name can be told apart.
+    QDir(m_dir.path()).mkdir("again");
+    const QString strOther = writeProject("again/series.ed3d", {});
+    m_pWindow->openFiles({strOther});
     m_pWindow->openFiles({strProject});
+    EXPECT_EQ(listRecent[0]->text(), "&1 series.ed3d (" + m_dir.path() + ")");
+    EXPECT_EQ(listRecent[1]->text(), "&2 series.ed3d (" + path("again") + ")");
+    EXPECT_EQ(listRecent[2]->text(), "&3 p24.ed3d");
+
+    // What cannot be opened leaves the data set, and the pages connected: all turns white.
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
-    m_pWindow->openFiles({m_dir.path()});
-    m_pWindow->openFiles({write("series.sc", "1 1\n1 0 0\n")});
     EXPECT_EQ(lines("Error reading ed3d file: Could not find keyword \"CCDPIXELSIZE\"", Qt::black), 1);
-    EXPECT_EQ(lines("is neither a project nor an image."), 2);
+    QStringList listNone = {m_dir.path(), "/dev/zero"};
+    for (const char* pszName : {"series.sc", "s.hkl", "s.p4p", "s.ipf", "s.log", "s.json", "s.sc~", "none"})
+        listNone.append(write(pszName, "1 1\n1 0 0\n"));
+    for (const char* pszName : {"pipe.ed3d", "pipe.png", "pipe.txt"}) {
+        listNone.append(path(pszName));
+        ASSERT_EQ(mkfifo(qPrintable(path(pszName)), 0600), 0);
+    }
+    for (const QString& strNone : listNone)
+        m_pWindow->openFiles({strNone, path("f0.png")});
+    EXPECT_EQ(lines("is neither a project nor an image."), listNone.size());
+    m_pWindow->openFiles({path("gone.mrc")});
+    EXPECT_EQ(lines("gone.mrc does not exist."), 1);
     EXPECT_EQ(pFiles->rowCount(), 5);
     m_pFrames->m_pContrastMinSpin->setValue(-1000000);
     ASSERT_FALSE(m_pScene->images().empty());
     EXPECT_NE(m_pScene->images().front()->Data()[0], 0);
+    QFile::rename(path("f0.png"), path("frame.0"));  // a picture by its content
+    m_pWindow->openFiles({path("frame.0")});
+    EXPECT_EQ(pFiles->rowCount(), 1);
 }
 
 TEST_F(Shell, TheProgramOpensWhatItsCommandLineNames)

@@ -1,5 +1,6 @@
 #include "app/dataset/opening.h"
 
+#include "app/dataset/framefiles.h"
 #include "app/dataset/hotpixelfile.h"
 #include "app/dataset/pagerounding.h"
 #include "app/dataset/peaklistfile.h"
@@ -9,6 +10,7 @@
 #include "app/records/beamtiltbreak.h"
 
 #include <QFileInfo>
+#include <QImageReader>
 
 OpenKind openKind(const QStringList& listFile)
 {
@@ -18,6 +20,29 @@ OpenKind openKind(const QStringList& listFile)
     if (strSuffix == QLatin1String("txt"))
         return OpenKind::reflectionList;
     return strSuffix == QLatin1String("ed3d") ? OpenKind::project : OpenKind::images;
+}
+
+QString reasonNotToOpen(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    const bool bImage = openKind({strFile}) == OpenKind::images;
+    if (bImage && !info.exists())
+        return QStringLiteral("%1 does not exist.").arg(strFile);
+    // A pipe would keep whoever looks into it waiting for its writer.
+    bool bUsable = info.isFile() || !info.exists();
+    if (bUsable && bImage && !frameSuffixes().contains(info.suffix().toLower()))
+        bUsable = QImageReader(strFile).canRead();
+    return bUsable ? QString() : QStringLiteral("%1 is neither a project nor an image.").arg(strFile);
+}
+
+void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report)
+{
+    if (parameters.m_bApplyStretching && data.m_dfStretchAmplitude != 0)
+        report.addMessage(QStringLiteral("The stretching set before stays on, as this data set tells none: "
+                                         "%L1 % at %L2°.")
+                              .arg(data.m_dfStretchAmplitude)
+                              .arg(data.m_dfStretchAzimuth),
+                          Qt::red);
 }
 
 // The base name of the project with the extension if that file exists, else the fixed name, which need not.

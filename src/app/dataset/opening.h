@@ -17,6 +17,11 @@ enum class OpenKind {
 };
 OpenKind openKind(const QStringList& listFile);
 
+/// Why a file is none to begin a data set with; empty when it is one. A project and a text list are left to
+/// their readers. What goes as an image must be there, a regular file, and of a suffix or, for a picture of
+/// another suffix, of a content that a reader of frames knows: results and side files are none of these.
+QString reasonNotToOpen(const QString& strFile);
+
 /// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
 /// what was found.
 ///
