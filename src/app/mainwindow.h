@@ -295,6 +295,7 @@ private:
     /// Takes what is left of the old data set off the window, when the core has opened a new one.
     void clearDataSet();
     void showFirstFrame();
+    void showOpenedCell();
     void enterRecentSeries(const QStringList& listFile);
 
     bool loadShiftFile(const QString& strFileName);
@@ -307,6 +308,10 @@ private:
     void showEstimatedMarks(const QList<QPointF>& listPos);
     /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
     void clearFrameMarks();
+    /// The value under the pointer, in label and status bar, of the frame that has come into view; where it
+    /// has none there, the former frame's goes.
+    void renewReadout();
+    void hidePixelLabel();
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
@@ -437,6 +442,8 @@ private:
     QString m_strLatticeHost;      ///< address of the service that the links of unit cells go to
     QList<Vec3D> m_listTextPoint;  ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;
+    QPointF m_ptReadout;   ///< where the pointer was on the frame last, pixels
+    QString m_strReadout;  ///< what the status bar was told of that pixel
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;
 

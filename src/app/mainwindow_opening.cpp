@@ -167,7 +167,7 @@ bool MainWindow::openProject(const QString& strFileName)
         m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
     }
     loadUnitCellAtOpening(m_dataSet, report, &listReason);
-    updateUnitCell();  // without a cell too: that of the former data set leaves the page
+    showOpenedCell();
     for (const QString& strReason : qAsConst(listReason))
         report.addMessage(strReason);
     return true;
@@ -182,6 +182,7 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     QStringList listReason;
     connectPanelSignals(false);
     ::openImageFiles(m_dataSet, listFile, report, &listReason);
+    tellStretchingThatStays(m_dataSet, m_mapping, report);
     clearDataSet();
     fillFileTable();
     fillShiftTable();
@@ -189,7 +190,7 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     connectPanelSignals(true);
     setWindowFilePath(displayName(listFile));
     showFirstFrame();
-    updateUnitCell();
+    showOpenedCell();
     for (const QString& strReason : qAsConst(listReason))
         report.addMessage(strReason);
 }
@@ -204,6 +205,8 @@ void MainWindow::clearDataSet()
     forgetRawGroups();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
+    m_dataSet.m_listPeakFrameShown.clear();
+    m_pTextData->clearImages();
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
     m_dataSet.m_listPeakChain.clear();
     clearCurve();
@@ -237,7 +240,7 @@ void MainWindow::showFirstFrame()
         m_pFrameScene->clearImages();
         m_pFrameScene->addImage(imgDot);
         m_pFrameScene->clearImages();
-        m_pTextData->clearImages();
+        renewReadout();
     }
 }
 

@@ -6,6 +6,7 @@
 #include "frames/frameloader.h"
 #include "frames/pages/framespage.h"
 #include "frames/pages/peaksearchpage.h"
+#include "frames/pages/shiftpage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "imaging/contrast.h"
@@ -13,6 +14,7 @@
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFileInfo>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -87,8 +89,10 @@ void MainWindow::switchToImgIndex(int nIndex)
                                    m_dataSet.m_listHotPixel, report) != 0 &&
                          !m_dataSet.m_vecFrameImage.empty();
     emit frameLoaded(nIndex, bLoaded);
-    if (!bLoaded)
+    if (!bLoaded) {
+        renewReadout();
         return;  // the loader said why; the view keeps what it showed
+    }
     if (m_dataSet.m_bAutoContrastOnLoad)
         setAutoContrast();
     if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
@@ -100,6 +104,9 @@ void MainWindow::switchToImgIndex(int nIndex)
     showEstimatedPeakPosition();
     showRotationAxisLine();
     refreshImageView();
+    if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
+        selSizeChanged2();  // this frame has no room for the region of the former one
+    renewReadout();
 }
 
 void MainWindow::currentFileChangedInFileList(int nCurrentRow)
@@ -114,6 +121,8 @@ void MainWindow::refreshImageView()
     if (vecImage.empty())
         return;
     guarded([&] {
+        if (m_pFrameScene->imageSize() != QSize(vecImage.front()->Width(), vecImage.front()->Height()))
+            m_pTextData->clearImages();  // where the grid stood there may be no pixel now
         const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
                                                    m_pFramesPage->m_pContrastMaxSpin->value()});
         m_pFrameScene->setImagesLimits(vecImage, vecLimit);

@@ -16,6 +16,7 @@
 #include <QGraphicsLineItem>
 #include <QPen>
 #include <QSpinBox>
+#include <QStatusBar>
 
 #include <cmath>
 
@@ -147,6 +148,7 @@ void MainWindow::mouseMoving(QPointF posF)
     // Under a run the images in memory are the run's, and need not be what is in view.
     if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView || m_pFrameScene->imageSize().isEmpty())
         return;
+    m_ptReadout = posF;
     const QSize size = m_pFrameScene->imageSize();
     const double dfX = std::floor(posF.x());
     const double dfY = std::floor(posF.y());
@@ -169,11 +171,30 @@ void MainWindow::mouseMoving(QPointF posF)
         m_pFrameView->viewport()->setCursor(Qt::CrossCursor);
         m_pTextData->setCenter(posF);
         m_pTextData->refresh();
-    } else if (m_pFrameScene->isLabelVisible()) {
-        m_pFrameScene->setLabelVisible(false);
-        m_pFrameView->viewport()->update();
-        m_pFrameView->viewport()->unsetCursor();
-        m_pFrameView->setDragMode(QGraphicsView::ScrollHandDrag);
+    } else {
+        hidePixelLabel();
     }
+    m_strReadout = strStatus;
     statusBarMessage(strStatus);
+}
+
+void MainWindow::hidePixelLabel()
+{
+    if (!m_pFrameScene->isLabelVisible())
+        return;
+    m_pFrameScene->setLabelVisible(false);
+    m_pFrameView->viewport()->update();
+    m_pFrameView->viewport()->unsetCursor();
+    m_pFrameView->setDragMode(QGraphicsView::ScrollHandDrag);
+}
+
+void MainWindow::renewReadout()
+{
+    const bool bStatus = !m_strReadout.isEmpty() && statusBar()->currentMessage() == m_strReadout;
+    if (!bStatus && !m_pFrameScene->isLabelVisible())
+        return;
+    hidePixelLabel();
+    if (bStatus)
+        statusBarMessage({});
+    mouseMoving(m_ptReadout);
 }

@@ -123,6 +123,15 @@ void MainWindow::updateUnitCellInfo()
     updateExpectedPeakPositionFromOrientationMatrix();
 }
 
+/// The cell of the data set that has just been opened, or that it has none. The manual way begins with a
+/// made-up cell when it is chosen, and nobody has chosen it for these data.
+void MainWindow::showOpenedCell()
+{
+    if (m_dataSet.m_listCellFound.size() != 3)
+        m_pCellPage->m_pRadioCellAuto->setChecked(true);
+    updateUnitCell();
+}
+
 void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 {
     const QList<Vec3D>& listCell = m_dataSet.m_listCellFound;

@@ -11,9 +11,22 @@
 
 #include <QSpinBox>
 
+// Whether peaks stand in the raw view for each frame; a red line where not.
+static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
+{
+    const int nFrames = dataSet.m_listFrameFile.size();
+    if (nFrames > 0 && dataSet.m_listPeakFrameShown.size() == nFrames)
+        return true;
+    report.addMessage(
+        MainWindow::tr("There are no peaks of these frames in 3D. Find peaks and shifts first."), Qt::red);
+    return false;
+}
+
 void MainWindow::testRotationAxis()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        if (!holdsShownPeaks(m_dataSet, report))
+            return;
         const BeamCentres centres = beamCentres(m_dataSet);
         ::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres), centres,
                            m_merging.m_dfMax2DDistance, report);
@@ -52,6 +65,8 @@ void MainWindow::testStreching()
 void MainWindow::test2DIndexing()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        if (!holdsShownPeaks(m_dataSet, report))
+            return;
         const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
                                                                    beamCentres(m_dataSet));
         ::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,

@@ -168,6 +168,13 @@ TEST_F(Opening, TakesStretchingFromAHundredthOnAndTurnsItsAzimuth)
         stretching = old;
         ASSERT_TRUE(open(strLines + g_strGeometry + g_strFrames));
         EXPECT_EQ(Stretching(stretching), expected) << strLines;
+        EXPECT_FALSE(m_report.said("stretching"));
+        stretching = Stretching(true, 7, 8);
+        ASSERT_TRUE(open(strLines + g_strGeometry + g_strFrames));
+        EXPECT_EQ(
+            m_report.said("red The stretching set before stays on, as this data set tells none: 7 % at 8°."),
+            expected == old)
+            << strLines;
     }
 }
 

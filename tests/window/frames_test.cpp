@@ -342,6 +342,20 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     EXPECT_TRUE(m_pScene->isLabelVisible());
     EXPECT_EQ(m_pView->dragMode(), QGraphicsView::NoDrag);
     EXPECT_EQ(pPort->cursor().shape(), Qt::CrossCursor);
+    // The frames change under the pointer, and with them what it reads.
+    auto* pGrid = m_pWindow->findChild<QDockWidget*>("Text Data")->findChild<QGraphicsView*>()->scene();
+    EXPECT_FALSE(pGrid->items().isEmpty());
+    m_pSlider->setValue(3);
+    EXPECT_TRUE(m_pScene->isLabelVisible());
+    EXPECT_EQ(
+        m_pWindow->statusBar()->currentMessage(),
+        QStringLiteral("Experimental(%L1, %L2): %L3").arg(81).arg(76).arg(double(float(pixel(2, 81, 76)))));
+    writePicture("small.png", [](int, int) { return 9; });
+    m_pWindow->openFiles({path("small.png")});  // has no such pixel
+    EXPECT_FALSE(m_pScene->isLabelVisible());
+    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
+    EXPECT_TRUE(pGrid->items().isEmpty());
+    m_pWindow->openFiles({path("series.ed3d")});
     QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
     if (auto* pMenu = QApplication::activePopupWidget())
         pMenu->close();
@@ -355,6 +369,7 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     EXPECT_TRUE(m_pWindow->statusBar()->currentMessage().startsWith("Experimental(81"));
     QFile::remove(path("f0001.mrc"));
     m_pSlider->setValue(2);
+    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
     move(ptOnFrame, Qt::NoButton);
     EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
 }

@@ -66,9 +66,15 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
     m_pCell->m_pButtonTransform->click();
     EXPECT_EQ(lines("Unit cell information is missing.", Qt::black), 1);
+    m_pWindow->testRotationAxis();
+    m_pWindow->test2DIndexing();
+    EXPECT_EQ(lines("There are no peaks of these frames in 3D."), 2) << "those of the former data set";
     open();
     m_pCell->m_pRadioCellManual->setChecked(true);
     EXPECT_EQ(fields(), fieldsOf(matCell));
     m_pWindow->openFiles({file("other.ed3d")});
+    EXPECT_EQ(fields(), g_strNoCell) << "nobody has made up a cell for these frames";
+    EXPECT_TRUE(m_pCell->m_pRadioCellAuto->isChecked());
+    m_pCell->m_pRadioCellManual->setChecked(true);
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
 }

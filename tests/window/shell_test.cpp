@@ -135,6 +135,11 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     QApplication::sendEvent(m_pWindow.get(), &event);
     EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "a move would let the source delete the frames";
     ASSERT_EQ(pFiles->rowCount(), 2);
+    EXPECT_EQ(lines(QStringLiteral("The stretching set before stays on, as this data set tells none: "
+                                   "%L1 % at %L2°.")
+                        .arg(0.5)
+                        .arg(10)),
+              1);
     EXPECT_EQ(pFiles->item(0, 0)->text(), "f2.png");
     EXPECT_EQ(m_pSlider->value(), 1);
     EXPECT_FALSE(listRecent[1]->isVisible());

@@ -131,6 +131,8 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
         data.m_dfStretchAmplitude = project.stretchingAmplitude();
         data.m_dfStretchAzimuth = wrappedAzimuth(project.stretchingAzimuth() + 90);
         parameters.m_bApplyStretching = true;
+    } else {
+        tellStretchingThatStays(data, parameters, report);
     }
     data.m_listStageTilt = project.stageTilts();
     data.m_listBeamTilt = project.beamTilts();

@@ -38,6 +38,10 @@ QString reasonNotToOpen(const QString& strFile);
 [[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
                                CRunReport& report, QStringList* plistReason = nullptr);
 
+/// Says in red that a stretching which was set before stays in force, as the data set that has just been
+/// opened tells none; nothing where none is. openProject() does so itself.
+void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report);
+
 /// Whether peaks and shifts are there for every frame of the data set, and it has frames: the peaks can be
 /// mapped into reciprocal space.
 bool countsAgree(const DataSet& data);
