@@ -376,6 +376,9 @@ private:
     /// For what must not happen under a run: with one under way, says so in log and status bar.
     /// @param strWhat  what was asked for, such as "Opening files"
     bool refuseDuringRun(const QString& strWhat);
+    /// For what is drawn on the frame in view: true under a run, which has the image in memory. The frame is
+    /// then shown anew after it, with all that lies on it.
+    bool isFrameInUse();
     /// Handles waiting events, from which isPumping() keeps what a run has in use.
     void pumpEvents();
     /// Runs `fn` and says in the log what it threw, as when memory runs out: no exception leaves a slot.
@@ -425,6 +428,7 @@ private:
     bool m_bRemapAsked = false;        ///< a mapping parameter was changed during a run
     bool m_bEndCellTestAsked = false;  ///< what a cell is tested with was changed during a run
     bool m_bShowAsked = false;         ///< a limit of what is shown in 3D was changed during a run
+    bool m_bRegionAsked = false;       ///< a reference region was chosen during a run
     /// Groups of the raw view while other points stand in it; the masks of the peaks tell who is in them.
     struct KeptGroups {
         QStringList listLabel;

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
+#include <QSpinBox>
 
 #include <exception>
 #include <utility>
@@ -82,12 +83,22 @@ bool MainWindow::refuseDuringRun(const QString& strWhat)
     return true;
 }
 
+bool MainWindow::isFrameInUse()
+{
+    if (!isPumping())
+        return false;
+    if (m_nFrameAsked == 0)
+        m_nFrameAsked = m_pFrameSpin->value();
+    return true;
+}
+
 void MainWindow::catchUpAfterRun(bool bReload)
 {
     const int nFrame = std::exchange(m_nFrameAsked, 0);
     const bool bRemap = std::exchange(m_bRemapAsked, false);
     const bool bShow = std::exchange(m_bShowAsked, false);
     const bool bEndCellTest = std::exchange(m_bEndCellTestAsked, false);
+    const bool bRegion = std::exchange(m_bRegionAsked, false);
     if (std::exchange(m_bCloseAsked, false)) {
         // From the event loop: the slot of the run is still on the stack.
         QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
@@ -108,6 +119,8 @@ void MainWindow::catchUpAfterRun(bool bReload)
         switchToImgIndex(nFrame);
     else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView)
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
+    if (bRegion)
+        selSizeChanged2();  // on the frame, not on what the run showed in its place
 }
 
 MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)

@@ -8,7 +8,7 @@
 void MainWindow::playImageForward()
 {
     m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty())
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames")))
         return;
     m_nPlayDirection = 1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
@@ -17,7 +17,7 @@ void MainWindow::playImageForward()
 void MainWindow::playImageBackward()
 {
     m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty())
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames")))
         return;
     m_nPlayDirection = -1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());

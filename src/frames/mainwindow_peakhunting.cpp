@@ -51,7 +51,7 @@ void MainWindow::runPeakHunting()
 
 void MainWindow::testCurrentPatternForPeaks()
 {
-    if (isPumping())  // the filters are in use, and the image in memory is the run's
+    if (isFrameInUse())  // and so are the filters
         return;
     WindowReport report(*this);
     if (m_dataSet.m_vecFrameImage.empty()) {

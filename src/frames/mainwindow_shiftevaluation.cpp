@@ -14,21 +14,38 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QThread>
 
 void MainWindow::selSizeChanged2()
 {
+    if (isPumping()) {  // what is shown need not be the frame
+        m_bRegionAsked = true;
+        return;
+    }
     const int nIndex = m_pActions->selectionIndex();
     m_pFrameScene->setSelectionIndex(nIndex);
-    // A size larger than the frame leaves no region.
-    m_pShiftPage->m_pRunButton->setEnabled(m_pFrameScene->selectionIndex() > 0);
+    const bool bRegion = m_pFrameScene->selectionIndex() > 0;
+    m_pShiftPage->m_pRunButton->setEnabled(bRegion);
+    if (bRegion)
+        return;
+    selRectChanged({});
+    const QSize size = m_pFrameScene->imageSize();
+    const QSize sizeRegion = m_pFrameScene->selectionRects().value(nIndex).size().toSize();
+    if (nIndex > 0 && !size.isEmpty())
+        statusBarMessage(tr("No region: %1×%2 pixels are more than the frame has, %3×%4.")
+                             .arg(sizeRegion.width())
+                             .arg(sizeRegion.height())
+                             .arg(size.width())
+                             .arg(size.height()));
 }
 
 void MainWindow::selRectChanged(QRectF rectSel)
 {
     if (rectSel.isEmpty()) {  // a region that was put away has no place
-        statusBarMessage({});
+        if (statusBar()->currentMessage().startsWith(QLatin1String("ROI:")))
+            statusBarMessage({});
         return;
     }
     statusBarMessage(tr("ROI: %L1, %L2, %L3, %L4")
@@ -70,7 +87,10 @@ void MainWindow::runShiftEvaluation()
     });
     if (!bBegun)
         return;
+    // A region that was chosen meanwhile stands where the presets stood before.
+    m_pFrameScene->setSelectionIndex(0);
     m_pFrameScene->setSelectionRects(listPlace);
+    selSizeChanged2();
     if (!bFinished)
         fillShiftTable();  // the shifts that stand, be they the old ones
     showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());

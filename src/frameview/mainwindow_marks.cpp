@@ -110,7 +110,7 @@ void MainWindow::showEstimatedMarks(const QList<QPointF>& listPos)
 
 void MainWindow::showPeakText()
 {
-    if (isPumping())  // the frames that come and go are the run's
+    if (isFrameInUse())
         return;
     const QVector<QList<Peak3D>>& vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
     const int nFrame = m_pFrameSpin->value() - 1;

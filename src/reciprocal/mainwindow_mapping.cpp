@@ -162,11 +162,8 @@ std::vector<char> MainWindow::groupFlags(int nGroup) const
 
 void MainWindow::showRotationAxisLine()
 {
-    if (isPumping()) {  // the image in memory is the run's: the frame is shown anew after it, with its axis
-        if (m_nFrameAsked == 0)
-            m_nFrameAsked = m_pFrameSpin->value();
+    if (isFrameInUse())
         return;
-    }
     const int nFrame = m_pFrameSpin->value() - 1;
     const BeamCentres centres = beamCentres(m_dataSet);
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;

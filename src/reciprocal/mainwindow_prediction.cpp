@@ -14,12 +14,8 @@
 /// the box is not checked.
 void MainWindow::showEstimatedPeakPosition()
 {
-    // the image in memory is the run's: the frame is shown anew after it, with its circles
-    if (isPumping()) {
-        if (m_nFrameAsked == 0)
-            m_nFrameAsked = m_pFrameSpin->value();
+    if (isFrameInUse())
         return;
-    }
     if (!isRunning())
         syncParametersWithControls(true);
     const int nFrame = m_pFrameSpin->value() - 1;

@@ -133,8 +133,15 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
 {
     m_pSlider->setValue(5);
     EXPECT_FALSE(m_pShift->m_pRunButton->isEnabled());
+    const auto status = [&] { return m_pWindow->statusBar()->currentMessage(); };
     m_pActions->m_listSelection[2]->trigger();  // 128
     EXPECT_TRUE(m_pShift->m_pRunButton->isEnabled());
+    EXPECT_EQ(status(), "ROI: 16, 16, 144, 144");
+    m_pActions->m_listSelection[0]->trigger();
+    EXPECT_EQ(status(), "");
+    m_pActions->m_listSelection[5]->trigger();
+    EXPECT_EQ(status(), QStringLiteral("No region: 1024×1024 pixels are more than the frame has, 160×160."));
+    m_pActions->m_listSelection[2]->trigger();
     m_pFrames->m_pPlayDelaySpin->setValue(30);
     QList<int> listRows;
     std::set<int> setWidth;
@@ -188,6 +195,14 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
     m_pWindow->show();
     m_pActions->m_listSelection[1]->trigger();
+    during([&] { m_pShift->m_pRunButton->click(); },
+           [&] {
+               m_pActions->m_listSelection[2]->trigger();
+               return true;
+           });
+    EXPECT_EQ(m_pScene->selectionIndex(), 2) << "chosen while the regions of the run were shown";
+    EXPECT_EQ(m_pScene->selectionRect().size(), QSizeF(128, 128));
+    m_pActions->m_listSelection[1]->trigger();
     QTimer::singleShot(60, m_pWindow.get(), [&] { m_pWindow->close(); });
     m_pShift->m_pRunButton->click();
     QApplication::processEvents();
@@ -198,7 +213,15 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
 
 TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
 {
-    m_pSearch->m_pShowPeaksCheck->setChecked(true);
+    // Asked for while a run has the frames: done at its end.
+    const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+    answered({0.5}, [&] {
+        during([&] { m_pWindow->exportBinnedFrames(); },
+               [&] {
+                   m_pSearch->m_pShowPeaksCheck->setChecked(!pBar->isHidden());
+                   return !pBar->isHidden();
+               });
+    });
     ASSERT_EQ(marks<CrossItem>().size(), 3);
     m_pSearch->m_pThresholdSpin->setValue(50);  // the weaker spot goes
     EXPECT_EQ(marks<CrossItem>().size(), 2);
@@ -226,7 +249,6 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     // The run: what it finds is on disk, and the frame in view is shown again with its own marks.
     // Meanwhile the marks are those of the frame that was hunted last.
     m_pSlider->setValue(2);
-    const auto* pBar = m_pWindow->findChild<QProgressBar*>();
     std::set<int> setHunted;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {

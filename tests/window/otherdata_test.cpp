@@ -1,6 +1,8 @@
 // What opening other data does to views, table and cell.
 #include "reciprocaltest.h"
 
+#include "frameview/textitem.h"
+
 TEST_F(Reciprocal, OtherData)
 {
     // Without OpenGL one line says so, however many views there are; all else in these tests goes on.
@@ -77,4 +79,18 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_TRUE(m_pCell->m_pRadioCellAuto->isChecked());
     m_pCell->m_pRadioCellManual->setChecked(true);
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
+
+    // Labels that are asked for during a run are there at its end.
+    open();
+    m_pMerging->m_pButtonMerge->click();
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    m_pTabs->setCurrentIndex(0);
+    m_pSpin->setValue(16);
+    EXPECT_TRUE(marks<TextItem>().isEmpty());
+    during([&] { m_pCell->m_pButtonSearchCell->click(); },
+           [&] {
+               QTest::keyClick(m_pView, Qt::Key_F5);
+               return true;
+           });
+    EXPECT_FALSE(marks<TextItem>().isEmpty());
 }
