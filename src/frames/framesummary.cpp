@@ -3,6 +3,7 @@
 #include "app/records/reason.h"
 #include "frames/frameloader.h"
 #include "imagefiles/dm3calibration.h"
+#include "imagefiles/picturefile.h"
 
 #include <QFileInfo>
 #include <QImageReader>
@@ -62,7 +63,7 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
         if (info.size() == nLength && strFormat == first.strFormat)
             continue;
         QString strReason;
-        const QSize size = QImageReader(strFile).size();
+        const QSize size = mayBePicture(strFile, strReason) ? QImageReader(strFile).size() : QSize();
         if (size.isValid()) {
             other.nWidth = size.width();
             other.nHeight = size.height();

@@ -21,6 +21,8 @@ namespace {
 /// must be long enough for them at deflate's best ratio, 1032, with eight pixels in a byte.
 constexpr int64_t TRUSTED_PIXELS = int64_t(1) << 26;
 constexpr int64_t PIXELS_PER_BYTE = 8 * 1032;
+/// As many pixels as an int counts, of 8 bytes each. Some formats are searched to the end of the file.
+constexpr int64_t MOST_BYTES = int64_t(1) << 34;
 /// Up to this many pixels nobody asks how much memory is left.
 constexpr int64_t SMALL_PIXELS = int64_t(1) << 24;
 
@@ -88,13 +90,25 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
 }
 }  // namespace
 
-int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason)
+bool mayBePicture(const QString& strFileName, QString& strReason)
 {
     const QFileInfo info(strFileName);
     if (info.exists() && !info.isFile()) {
         strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
-        return 0;
+        return false;
     }
+    if (info.size() > MOST_BYTES) {
+        strReason = QStringLiteral("%1 bytes; a picture may have %2").arg(info.size()).arg(MOST_BYTES);
+        return false;
+    }
+    return true;
+}
+
+int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason)
+{
+    if (!mayBePicture(strFileName, strReason))
+        return 0;
+    const QFileInfo info(strFileName);
     QImageReader reader(strFileName);
     const QSize size = reader.size();  // -1, -1 when the format tells no size beforehand
     const int64_t nWidth = std::abs(static_cast<int64_t>(size.width()));

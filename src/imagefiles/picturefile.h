@@ -5,12 +5,18 @@
 
 #include <QString>
 
+/// Whether a picture reader may look into a file: it is a regular one, as opening a pipe would wait for its
+/// writer, and no longer than a picture can be, as some readers go through all of it for the size alone. A
+/// file that is not there may be one.
+/// @param strReason  what is wrong, in words, on false
+[[nodiscard]] bool mayBePicture(const QString& strFileName, QString& strReason);
+
 /// Reads a picture and appends it: 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g.
 ///
 /// A BMP or JPEG that ends early is read, with the missing part black or grey. A picture's size is only its
 /// header's word: pictures of 2^31 pixels or more are refused, those over 2^26 pixels when the file is too
-/// short for any packing to hold them, and those that memory has no room for. So is what is no file, such as
-/// a pipe, whose opening would wait for its writer.
+/// short for any packing to hold them, and those that memory has no room for. So is what mayBePicture()
+/// refuses.
 ///
 /// @param vecImage   unchanged on failure
 /// @param strReason  what is wrong with the file, in words; empty if nothing is

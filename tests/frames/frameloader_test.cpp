@@ -1,6 +1,7 @@
 #include "frames/frameloader.h"
 
 #include "frames/frameseries.h"
+#include "frames/framesummary.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/testfiles.h"
 
@@ -137,6 +138,16 @@ TEST_F(Loader, EveryFailureNamesTheFileAndTheReason)
         EXPECT_EQ(m_report.m_listLine.size(), 2) << qPrintable(strFile);
     }
     EXPECT_TRUE(m_vecImage.empty());
+
+    // A reader that walks to the end of the file for the size of the picture would be long on the way.
+    writeBytes(path("long.gif"),
+               QByteArray::fromHex("47494638396101000100800000ffffff00000021f90401000000002c"
+                                   "00000000010001000002024401003b"));
+    QString strReason;
+    EXPECT_EQ(logOf("short.gif", readBytes(path("long.gif")), 1), "");
+    ASSERT_TRUE(QFile::resize(path("long.gif"), qint64(200) << 30));
+    EXPECT_FALSE(areFramesAlike({path("short.gif"), path("long.gif")}, &strReason));
+    EXPECT_EQ(strReason, path("long.gif") + ": 214748364800 bytes; a picture may have 17179869184");
 }
 
 TEST_F(Loader, ALargePictureThatPacksWellIsBelieved)
