@@ -42,6 +42,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createActions();
     createControlDock();
     createOtherDocks();
+    checkSettings();
     createMenus();  // after the docks, whose switches it shows
     createToolBar();
     createStatusBar();

@@ -279,6 +279,8 @@ private:
     void connectPages();
     void connect3DPage();
     static QSettings* makeSettings(QObject* pParent = nullptr);
+    /// Puts a settings file aside that cannot be read, before anything reads it.
+    void checkSettings();
     void readSettings();
     void arrangeDocks();
     void writeSettings();

@@ -2,10 +2,12 @@
 #include "app/mainwindow.h"
 
 #include "app/messageedit.h"
+#include "app/settingsfile.h"
 #include "crystal/cellmessage.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
 
+#include <QCryptographicHash>
 #include <QDockWidget>
 #include <QGuiApplication>
 #include <QRegularExpression>
@@ -73,8 +75,19 @@ bool readCell(const QString& strText, QList<double>& listCell)
     return true;
 }
 
+const int g_nTitleBar = 50;    // pixels: the title bar and the lower edge of a window on common desktops
+const int g_nSideFrames = 10;  // pixels: its left and its right edge
+
 const char g_szExcluded[] = "excludedReflections", g_szReference[] = "referenceCell",
            g_szBackground[] = "constantBackground", g_szTestRuns[] = "showTestRuns";
+
+const char g_szChecksum[] = "windowChecksum";
+
+// Qt takes what it saved on trust, and a changed byte may end the process.
+QByteArray windowChecksum(const QByteArray& bytesGeometry, const QByteArray& bytesState)
+{
+    return QCryptographicHash::hash(bytesGeometry + bytesState, QCryptographicHash::Sha1).toHex();
+}
 
 // Where another service of the same kind can be named.
 QString latticeHostKey()
@@ -89,15 +102,31 @@ QSettings* MainWindow::makeSettings(QObject* pParent)
     return new QSettings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera"), pParent);
 }
 
+void MainWindow::checkSettings()
+{
+    const QString strText = putBadSettingsAside(settingsFile());
+    if (!strText.isEmpty())
+        m_pMessageEdit->addMessage(strText, Qt::red);
+}
+
 void MainWindow::readSettings()
 {
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    // A first start: everything has room, on any screen that is large enough.
+    // A first start: everything has room, on any screen that is large enough. How thick the frame will be is
+    // not known before the window is shown.
     const QScreen* pScreen = QGuiApplication::primaryScreen();
     const QSize sizeScreen = pScreen ? pScreen->availableSize() : QSize(1280, 800);
-    resize(QSize(1400, 900).boundedTo(sizeScreen));
-    restoreGeometry(pSettings->value(QStringLiteral("geometry")).toByteArray());
-    if (!restoreState(pSettings->value(QStringLiteral("windowState")).toByteArray()))
+    resize(QSize(1400, 900).boundedTo(sizeScreen - QSize(g_nSideFrames, g_nTitleBar)));
+    const QByteArray bytesGeometry = pSettings->value(QStringLiteral("geometry")).toByteArray();
+    const QByteArray bytesState = pSettings->value(QStringLiteral("windowState")).toByteArray();
+    const QByteArray bytesChecksum = pSettings->value(QLatin1String(g_szChecksum)).toByteArray();
+    const bool bWhole = bytesChecksum.isEmpty() || bytesChecksum == windowChecksum(bytesGeometry, bytesState);
+    if (!bWhole)
+        m_pMessageEdit->addMessage(
+            tr("What the settings hold of the window's place and docks is damaged and not used."), Qt::red);
+    else
+        restoreGeometry(bytesGeometry);
+    if (!bWhole || !restoreState(bytesState))
         arrangeDocks();
     m_dataSet.m_strWorkingDir =
         pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
@@ -146,8 +175,10 @@ void MainWindow::writeSettings()
     finishTyping();
     syncParametersWithControls(true);
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    pSettings->setValue(QStringLiteral("geometry"), saveGeometry());
-    pSettings->setValue(QStringLiteral("windowState"), saveState());
+    const QByteArray bytesGeometry = saveGeometry(), bytesState = saveState();
+    pSettings->setValue(QStringLiteral("geometry"), bytesGeometry);
+    pSettings->setValue(QStringLiteral("windowState"), bytesState);
+    pSettings->setValue(QLatin1String(g_szChecksum), windowChecksum(bytesGeometry, bytesState));
     pSettings->setValue(QStringLiteral("workingDir"), m_dataSet.m_strWorkingDir);
     pSettings->setValue(latticeHostKey(), m_strLatticeHost);
     for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))

@@ -35,6 +35,60 @@ TEST_F(Shell, ComesBackWithWhatWasSet)
     EXPECT_EQ(setting("workingDir"), m_dir.path()) << "kept by a session that opens nothing";
 }
 
+TEST_F(Shell, TheFirstWindowFitsOnTheScreenWithItsTitleBar)
+{
+    m_pWindow->show();
+    EXPECT_LE(m_pWindow->height() + 40, m_pWindow->screen()->availableSize().height());
+}
+
+// A type whose bytes are damaged takes the process with it when it is read.
+TEST_F(Shell, SettingsThatCannotBeReadArePutAside)
+{
+    m_pWindow.reset();
+    QDir(m_dir.path()).mkpath("settings/Lumenarc");
+    const QString strFile = "settings/Lumenarc/Tessera.conf";
+    const QByteArray bytesPen = "[General]\ngeometry=@Variant(\\0\\0\\0M\\0\\x7f\\xff\\xff\\xf0" +
+                                QByteArray("\\x11").repeated(60) + ")\n";
+    const std::function<void()> afnMake[] = {
+        [&] { write(strFile, bytesPen); },
+        [&] { write(strFile, "[General\nworkingDir=/\n"); },
+        [&] { ASSERT_EQ(mkfifo(qPrintable(path(strFile)), 0600), 0); },
+        [&] { ASSERT_TRUE(QFile::link("/dev/zero", path(strFile))); },
+        [&] {
+            QFile file(path(strFile));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(qint64(200) << 30));
+        },
+    };
+    QString strAside = path(strFile) + '~';
+    for (int i = 0; i < int(std::size(afnMake)); ++i) {
+        afnMake[i]();
+        newWindow();
+        EXPECT_EQ(lines("The settings cannot be read and begin anew. " + path(strFile) + ": "), 1) << i;
+        EXPECT_EQ(lines("The file is now " + strAside + "."), 1) << log().toStdString();
+        EXPECT_TRUE(QFileInfo(strAside).isSymLink() || QFile::exists(strAside));
+        m_pSearch->m_pPeakRadiusSpin->setValue(3.25);
+        m_pWindow->close();
+        newWindow();
+        EXPECT_EQ(m_pSearch->m_pPeakRadiusSpin->value(), 3.25);
+        EXPECT_EQ(lines("settings"), 0);
+        m_pWindow.reset();
+        QFile::remove(path(strFile));
+        strAside = path(strFile) + '~' + QString::number(i + 2);
+    }
+    EXPECT_EQ(linesOf(strFile + '~').size(), 2);
+
+    // The same holds for the layout of the window.
+    newWindow();
+    m_pWindow->findChild<QDockWidget*>("Intensity")->hide();
+    m_pWindow->close();
+    QByteArray bytesState = setting("windowState").toByteArray();
+    bytesState[20] = char(bytesState[20] ^ 0x40);
+    QSettings("Lumenarc", "Tessera").setValue("windowState", bytesState);
+    newWindow();
+    EXPECT_EQ(lines("of the window's place and docks is damaged"), 1);
+    EXPECT_FALSE(m_pWindow->findChild<QDockWidget*>("Intensity")->isHidden());
+}
+
 TEST_F(Shell, EveryKeyHasOneTaker)
 {
     m_pWindow->show();
