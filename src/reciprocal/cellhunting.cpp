@@ -57,6 +57,12 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     // Vectors without weight have no mean; such a basis is no cell.
     if (listBasis.size() != 3 || !areFinite(listBasis)) {
         report.addMessage(QStringLiteral("Unit cell not found."), Qt::red);
+        if (parameters.m_dfCellRangeMin > parameters.m_dfCellRangeMax)
+            report.addMessage(QStringLiteral("No edge is both longer than \"Min.\", %L1 Å, and shorter than "
+                                             "\"Max.\", %L2 Å.")
+                                  .arg(parameters.m_dfCellRangeMin)
+                                  .arg(parameters.m_dfCellRangeMax),
+                              Qt::red);
         return false;
     }
     const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), listBasis, strLatticeHost);

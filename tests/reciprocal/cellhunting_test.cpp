@@ -187,6 +187,12 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
         EXPECT_FALSE(runUnitCellHunting(data, listPoor, CellHuntingParameters(), log, false));
         EXPECT_TRUE(log.marked().last().endsWith("red Unit cell not found."));
     }
+    CellHuntingParameters reversed;
+    std::swap(reversed.m_dfCellRangeMin, reversed.m_dfCellRangeMax);
+    EXPECT_FALSE(runUnitCellHunting(data, list, reversed, log, false));
+    EXPECT_EQ(
+        log.marked().last(),
+        QStringLiteral("red No edge is both longer than \"Min.\", 30 Å, and shorter than \"Max.\", 3 Å."));
     EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
 }
 
