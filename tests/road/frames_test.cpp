@@ -1,5 +1,5 @@
-// Simulated frames: counts and noise as told, formats that the program's own readers take, and the series
-// that they make.
+// Simulated frames: the counts and the noise that were asked for, formats that the program's own readers
+// take, and the series that they make.
 #include "app/dataset/opening.h"
 #include "frames/frameloader.h"
 #include "simulate/frameformats.h"

@@ -115,8 +115,8 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
             tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
                "beam stop, ice rings and the rim of the detector."));
     explain(m_pLoadMaskButton,
-            tr("Adds polygons from a .msk file. Each line is \"number x y\" in pixels; corners "
-               "of equal number make a polygon."));
+            tr("Takes the polygons of a .msk file in the place of those that are there. Each line is "
+               "\"number x y\" in pixels; corners of equal number make a polygon."));
     explain(m_pClearMaskButton, tr("Forgets all polygons; peaks are taken everywhere again."));
     explain(m_pShowMaskCheck, tr("Draws the polygons on the frame."));
     explain(m_pShowPeaksCheck,
