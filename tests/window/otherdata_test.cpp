@@ -89,7 +89,7 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_TRUE(marks<TextItem>().isEmpty());
     during([&] { m_pCell->m_pButtonSearchCell->click(); },
            [&] {
-               QTest::keyClick(m_pView, Qt::Key_F5);
+               m_pActions->m_pShowPeakLabels->trigger();
                return true;
            });
     EXPECT_FALSE(marks<TextItem>().isEmpty());
