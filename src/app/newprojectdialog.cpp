@@ -732,7 +732,7 @@ void NewProjectDialog::accept()
     if (QFileInfo::exists(strFile) &&
         !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile))))
         return;
-    if (!writeWholeFile(strFile, bytesText, true, &strReason)) {
+    if (!writeWholeFile(strFile, bytesText, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);
         return;
     }

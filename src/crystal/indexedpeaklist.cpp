@@ -4,7 +4,8 @@
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
 
-bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName)
+bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
+                          QString* pstrReason, CFileSet* pSet)
 {
     QString strText = QStringLiteral("# Frame.no    H    K    L    d*    x    y     I_point    I_2D\n");
     for (int nFrame = 0; nFrame < vecPeakOnFrame.size(); ++nFrame)
@@ -19,18 +20,21 @@ bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QS
                            .arg(truncatedInt(peak.dfY2D), 5)
                            .arg(peak.dfIPoint, 10, 'f', 1)
                            .arg(peak.dfI2D, 10, 'f', 1);
-    return writeTextFile(strFileName, strText);
+    return writeTextFile(strFileName, strText, pstrReason, pSet);
 }
 
 bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
                                       const QString& strProjectDir, const QString& strProjectName,
-                                      CRunReport& report)
+                                      CRunReport& report, CFileSet* pSet)
 {
     const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName + QStringLiteral(".ipf");
-    const QString strMessage = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile)
+    QString strReason;
+    const QString strMessage = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile, &strReason, pSet)
                                    ? QStringLiteral(
                                          "%1>List of the indexed peaks on the frames output to file: %2")
                                    : QStringLiteral("%1>Failed to save file: %2");
     report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
+    if (!strReason.isEmpty())
+        report.addMessage(strReason, Qt::red);
     return true;
 }

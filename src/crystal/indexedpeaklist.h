@@ -1,6 +1,7 @@
 // The .ipf file: indexed peaks by frame.
 #pragma once
 
+#include "app/records/fileset.h"
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
 
@@ -10,10 +11,13 @@
 
 /// Writes one line per peak, frame by frame and in list order; the frame number is the index of the
 /// list in `vecPeakOnFrame`, counted from 1.
+/// @param pstrReason  may be null; on failure the file's name and what is wrong
+/// @param pSet        may be null; else the file becomes one of the set and waits for its commit()
 /// @return false if the name is empty or the file can't be written
-bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName);
+bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
+                          QString* pstrReason = nullptr, CFileSet* pSet = nullptr);
 
-/// Writes DIR/NAME.ipf and says in the log whether that went well. Always true.
+/// Writes DIR/NAME.ipf, or adds it to a set, and says in the log whether that went well. Always true.
 bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
                                       const QString& strProjectDir, const QString& strProjectName,
-                                      CRunReport& report);
+                                      CRunReport& report, CFileSet* pSet = nullptr);

@@ -7,9 +7,19 @@
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
 
+namespace {
+
+void sayUnwritten(const QString& strFileName, const QString& strReason, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);
+    report.addMessage(strReason, Qt::red);
+}
+
+}  // namespace
+
 bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
-                                 const QString& strProjectName, CRunReport& report)
+                                 const QString& strProjectName, CRunReport& report, CFileSet* pSet)
 {
     const float fDStar = getEffectiveDStar(listIndexedPeak);
     const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
@@ -24,11 +34,12 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
 
     const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
     const QString strHKLFile = strBase + QStringLiteral(".hkl");
-    const bool bHKLWritten = writeTextFile(strHKLFile, strHKL);
+    QString strReason;
+    const bool bHKLWritten = writeTextFile(strHKLFile, strHKL, &strReason, pSet);
     if (bHKLWritten)
         report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
     else
-        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strHKLFile), Qt::red);
+        sayUnwritten(strHKLFile, strReason, report);
 
     const QString strP4PFile = strBase + QStringLiteral(".p4p");
     double a, b, c, alpha, beta, gamma;
@@ -41,9 +52,9 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
                      .arg(alpha, 8, 'f', 2)
                      .arg(beta, 8, 'f', 2)
                      .arg(gamma, 8, 'f', 2);
-    const bool bP4PWritten = writeTextFile(strP4PFile, strP4P);
+    const bool bP4PWritten = writeTextFile(strP4PFile, strP4P, &strReason, pSet);
     if (!bP4PWritten)
-        report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strP4PFile), Qt::red);
+        sayUnwritten(strP4PFile, strReason, report);
     else if (!strP4P.isEmpty())
         report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
     return bHKLWritten && bP4PWritten;

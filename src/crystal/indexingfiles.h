@@ -1,6 +1,7 @@
 // Result files of indexing for structure solution: .hkl and .p4p.
 #pragma once
 
+#include "app/records/fileset.h"
 #include "app/records/peak3d.h"
 #include "app/records/runreport.h"
 #include "app/records/vec3d.h"
@@ -15,7 +16,8 @@
 /// @param listIndexedPeak  indexed reflections, real indices
 /// @param listCell         a*, b*, c* in Å⁻¹; without a cell the p4p file is empty and nothing is said
 /// @param listOverallTilt  degrees, one per frame
+/// @param pSet             may be null; else the files become part of the set and wait for its commit()
 /// @return true if both files stand
 bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
-                                 const QString& strProjectName, CRunReport& report);
+                                 const QString& strProjectName, CRunReport& report, CFileSet* pSet = nullptr);

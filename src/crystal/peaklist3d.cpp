@@ -2,7 +2,8 @@
 
 #include "crystal/textfile.h"
 
-bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, bool bWithHKL)
+bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, bool bWithHKL,
+                     QString* pstrReason)
 {
     QString strText;
     if (bWithHKL)
@@ -27,11 +28,11 @@ bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, 
                        .arg(double(peak.fY3D), 9, 'f', 6)
                        .arg(double(peak.fZ3D), 9, 'f', 6);
     }
-    return writeTextFile(strFileName, strText);
+    return writeTextFile(strFileName, strText, pstrReason);
 }
 
 bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint,
-                        const QString& strFileName)
+                        const QString& strFileName, QString* pstrReason)
 {
     QString strText;
     for (int nPoint : listPoint) {
@@ -42,5 +43,5 @@ bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoi
                                      double(peak.fY3D), double(peak.fZ3D), peak.dfIPoint, peak.nFrame + 1,
                                      peak.dfX2D, peak.dfY2D);
     }
-    return writeTextFile(strFileName, strText);
+    return writeTextFile(strFileName, strText, pstrReason);
 }

@@ -1,8 +1,7 @@
 #include "crystal/textfile.h"
 
-#include "app/records/wholefile.h"
-
-bool writeTextFile(const QString& strFileName, const QString& strText)
+bool writeTextFile(const QString& strFileName, const QString& strText, QString* pstrReason, CFileSet* pSet)
 {
-    return writeWholeFile(strFileName, strText.toUtf8(), true);
+    return pSet ? pSet->add(strFileName, strText.toUtf8(), pstrReason)
+                : writeWholeFile(strFileName, strText.toUtf8(), pstrReason);
 }

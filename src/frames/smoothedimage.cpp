@@ -22,8 +22,10 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
     const QFileInfo info(strFileName);
     const QString strTarget = info.absolutePath() + QStringLiteral("/N") + info.baseName() +
                               QStringLiteral(".mrc");
-    if (!WriteMRC<float>({&imgSmooth}, strTarget)) {
+    QString strReason;
+    if (!WriteMRC<float>({&imgSmooth}, strTarget, &strReason)) {
         report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Qt::red);
+        report.addMessage(strReason, Qt::red);
         return false;
     }
     return true;

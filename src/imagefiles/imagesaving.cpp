@@ -36,7 +36,7 @@ bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
     if (bytesFormat.isEmpty() || !buffer.open(QIODevice::ReadWrite) ||
         !image.save(&buffer, bytesFormat.constData()))
         return giveReason(pstrReason, strFileName, QStringLiteral("no picture of this format can be made"));
-    return writeWholeFile(strFileName, buffer.data(), false, pstrReason);
+    return writeWholeFile(strFileName, buffer.data(), pstrReason);
 }
 
 bool saveShownImage(const CImgObj<unsigned char>* pDisplay, const CImgObj<float>* pFrame,

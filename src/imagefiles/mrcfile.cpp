@@ -217,7 +217,7 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
 }
 
 template <class T>
-int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName)
+int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName, QString* pstrReason)
 {
     if (vecImage.empty())
         return 0;
@@ -227,26 +227,25 @@ int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strF
     const int nHeight = heightOf(vecImage.front());
     for (const CImgObj<T>* pImage : vecImage)
         if (widthOf(pImage) != nWidth || heightOf(pImage) != nHeight)
-            return writeWholeFile(strFileName, {}, false) ? 1 : 0;
+            return writeWholeFile(strFileName, {}, pstrReason) ? 1 : 0;
 
     CMrcWriter<T> writer;
-    if (!writer.open(strFileName, nWidth, nHeight, static_cast<int>(vecImage.size())))
-        return 0;
+    bool bGood = writer.open(strFileName, nWidth, nHeight, static_cast<int>(vecImage.size()));
     for (const CImgObj<T>* pImage : vecImage)
-        if (!writer.addSection(pImage ? pImage->Data() : nullptr))
-            return 0;
-    return writer.commit() ? 1 : 0;
+        bGood = bGood && writer.addSection(pImage ? pImage->Data() : nullptr);
+    return writer.commit(pstrReason) ? 1 : 0;
 }
 
-template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&);
-template int WriteMRC<short>(const std::vector<const CImgObj<short>*>&, const QString&);
-template int WriteMRC<unsigned short>(const std::vector<const CImgObj<unsigned short>*>&, const QString&);
+template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&, QString*);
+template int WriteMRC<short>(const std::vector<const CImgObj<short>*>&, const QString&, QString*);
+template int WriteMRC<unsigned short>(const std::vector<const CImgObj<unsigned short>*>&, const QString&,
+                                      QString*);
 
-int WriteMRC(const ImageList& vecImage, const QString& strFileName)
+int WriteMRC(const ImageList& vecImage, const QString& strFileName, QString* pstrReason)
 {
     std::vector<const CImgObj<float>*> vecPointer;
     vecPointer.reserve(vecImage.size());
     for (const auto& pImage : vecImage)
         vecPointer.push_back(pImage.get());
-    return WriteMRC<float>(vecPointer, strFileName);
+    return WriteMRC<float>(vecPointer, strFileName, pstrReason);
 }

@@ -48,14 +48,16 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
 /// @param vecImage     the sections in order. A null pointer counts as an empty image.
 ///                     If the sizes differ the file is made, but stays empty, with a result of 1.
 /// @param strFileName  path; an existing file is replaced
+/// @param pstrReason   may be null; takes why a file could not be written, with its name
 /// @return 0 for an empty list and when the file cannot be created or written, else 1
 template <class T>
-int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName);
+int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName,
+             QString* pstrReason = nullptr);
 
-extern template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&);
-extern template int WriteMRC<short>(const std::vector<const CImgObj<short>*>&, const QString&);
+extern template int WriteMRC<float>(const std::vector<const CImgObj<float>*>&, const QString&, QString*);
+extern template int WriteMRC<short>(const std::vector<const CImgObj<short>*>&, const QString&, QString*);
 extern template int WriteMRC<unsigned short>(const std::vector<const CImgObj<unsigned short>*>&,
-                                             const QString&);
+                                             const QString&, QString*);
 
 /// Same for the images of a frame.
-int WriteMRC(const ImageList& vecImage, const QString& strFileName);
+int WriteMRC(const ImageList& vecImage, const QString& strFileName, QString* pstrReason = nullptr);

@@ -1,7 +1,6 @@
 #include "imagefiles/mrcwriter.h"
 
 #include "app/records/reason.h"
-#include "app/records/wholefile.h"
 
 #include <QtEndian>
 
@@ -49,16 +48,15 @@ void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* p
 template <class T>
 bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ)
 {
-    m_file.setFileName(strFileName);
     m_nX = nX;
     m_nY = nY;
     m_nMissing = nZ;
     m_pMirrored.reset(new (std::nothrow) T[static_cast<size_t>(nX) * static_cast<size_t>(nY)]);
-    if (!m_pMirrored || strFileName.isEmpty() || !m_file.open(QIODevice::WriteOnly))
+    if (!m_file.open(strFileName) || !m_pMirrored)
         return false;
     uint8_t aHeader[HEADER_SIZE];
     headerToBytes(nX, nY, nZ, modeOf<T>(), aHeader);
-    return m_bOk = m_file.write(reinterpret_cast<const char*>(aHeader), HEADER_SIZE) == HEADER_SIZE;
+    return m_bOk = m_file.write(aHeader, HEADER_SIZE);
 }
 
 template <class T>
@@ -77,19 +75,17 @@ bool CMrcWriter<T>::addSection(const T* pData)
     }
     const qint64 nBytes = static_cast<qint64>(m_nX) * m_nY * static_cast<qint64>(sizeof(T));
     --m_nMissing;
-    return m_bOk = m_file.write(reinterpret_cast<const char*>(m_pMirrored.get()), nBytes) == nBytes;
+    return m_bOk = m_file.write(m_pMirrored.get(), nBytes);
 }
 
 template <class T>
 bool CMrcWriter<T>::commit(QString* pstrReason)
 {
     if (m_bOk && m_nMissing == 0)
-        return commitWhole(m_file, pstrReason);
-    giveReason(pstrReason, m_file.fileName(),
-               m_file.error() != QFileDevice::NoError ? m_file.errorString()
-                                                      : QStringLiteral("the sections are not all there"));
-    m_file.cancelWriting();
-    return false;
+        return m_file.commit(pstrReason);
+    if (!m_file.reason().isEmpty())
+        return giveReason(pstrReason, m_file.reason());
+    return giveReason(pstrReason, m_file.fileName(), QStringLiteral("the sections are not all there"));
 }
 
 template class CMrcWriter<float>;

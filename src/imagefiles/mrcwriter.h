@@ -1,7 +1,8 @@
 // CMrcWriter: an MRC stack written section by section.
 #pragma once
 
-#include <QSaveFile>
+#include "app/records/wholefile.h"
+
 #include <QString>
 
 #include <memory>
@@ -32,7 +33,7 @@ public:
     bool commit(QString* pstrReason = nullptr);
 
 private:
-    QSaveFile m_file;
+    CWholeFile m_file;
     std::unique_ptr<T[]> m_pMirrored;
     int m_nX = 0;
     int m_nY = 0;

@@ -78,5 +78,5 @@ bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const 
     char* pTarget = bytes.data() + HEADER_SIZE;
     for (size_t i = 0; i < nPixels; ++i, pTarget += 2)
         qToLittleEndian(pixelOf(image.Data()[i]), pTarget);
-    return writeWholeFile(strFileName, bytes, false, pstrReason);
+    return writeWholeFile(strFileName, bytes, pstrReason);
 }

@@ -14,6 +14,8 @@
 #include "reciprocal/indexspreading.h"
 #include "reciprocal/reflectiongroups.h"
 
+#include <algorithm>
+
 namespace {
 
 /// Sorts the selection into indexed, unindexed and edge reflections.
@@ -40,9 +42,16 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
 
 }  // namespace
 
+bool holdsIndexed(const QList<Peak3D>& listIndexed)
+{
+    return std::any_of(listIndexed.begin(), listIndexed.end(), [](const Peak3D& peak) {
+        return roundIndex(peak.dfH) != 0 || roundIndex(peak.dfK) != 0 || roundIndex(peak.dfL) != 0;
+    });
+}
+
 IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const IndexingParameters& parameters, CRunReport& report,
-                           const std::function<void(const IndexingResult&)>& fnShow)
+                           const std::function<void(const IndexingResult&)>& fnShow, CFileSet* pFiles)
 {
     IndexingResult result;
     if (dataSet.m_listCell.size() != 3) {
@@ -85,11 +94,11 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         report.addMessage(QStringLiteral("No data set is open, so no result files are written."), Qt::red);
     } else if (parameters.m_bOutputIndexing) {
         outputIndexingResultsToFile(result.listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
-                                    dataSet.m_strProjectDir, dataSet.m_strProjectName, report);
+                                    dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
         // Where there is no list and none could be made, that of a former run stays on disk.
         if (!dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty())
             outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
-                                             dataSet.m_strProjectName, report);
+                                             dataSet.m_strProjectName, report, pFiles);
     }
     report.addMessage(
         QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "app/records/fileset.h"
 #include "app/records/runparameters.h"
 #include "app/records/runreport.h"
 
@@ -21,6 +22,9 @@ struct IndexingResult {
     QList<int> listOnEdgeID;      ///< nID for "On edge": strongest on the first or last frame
 };
 
+/// Whether any reflection has indices that say something: not all of them 0 when rounded.
+bool holdsIndexed(const QList<Peak3D>& listIndexed);
+
 /// Indexes the selected reflections with the cell in force.
 ///
 /// `fnShow` is called once the reflections are sorted out and grouped, before files and statistics: views and
@@ -28,6 +32,9 @@ struct IndexingResult {
 /// Replaces m_vecPeakIndexedOnFrame and m_vecReflectionFrame, writes the result files when the boxes ask for
 /// them (without any indexed peaks of the frames not their list), and leaves m_listPeakMerged as it is. Every
 /// status but Finished leaves the data set unchanged.
+///
+/// @param pFiles  may be null; else the result files become part of the set and wait for its commit()
 IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const IndexingParameters& parameters, CRunReport& report,
-                           const std::function<void(const IndexingResult&)>& fnShow = {});
+                           const std::function<void(const IndexingResult&)>& fnShow = {},
+                           CFileSet* pFiles = nullptr);

@@ -58,6 +58,13 @@ bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
     return nOthers <= (nRows == listLabel.size() ? 1 : 0);
 }
 
+void sayUnwritten(MainWindow& window, const QString& strFile, const QString& strReason)
+{
+    WindowReport report(window);
+    report.addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile), Qt::red);
+    report.addMessage(strReason, Qt::red);
+}
+
 }  // namespace
 
 void MainWindow::addSelectedAsNewGroup()
@@ -147,9 +154,9 @@ void MainWindow::exportSelectedPeak3D()
             for (int nPoint : listGroupPoint[nRow])
                 if (nPoint >= 0 && nPoint < listPoint.size())
                     listPeak.append(listPoint[nPoint]);
-        if (!writePeak3DList(listPeak, strFile, bMerged))
-            WindowReport(*this).addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile),
-                                           Qt::red);
+        QString strReason;
+        if (!writePeak3DList(listPeak, strFile, bMerged, &strReason))
+            sayUnwritten(*this, strFile, strReason);
     });
 }
 
@@ -165,9 +172,9 @@ void MainWindow::exportPeak3D()
     if (strFile.isEmpty())
         return;
     guarded([&] {
-        if (!writePeakPositions(listPeak, listPoint, strFile))
-            WindowReport(*this).addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile),
-                                           Qt::red);
+        QString strReason;
+        if (!writePeakPositions(listPeak, listPoint, strFile, &strReason))
+            sayUnwritten(*this, strFile, strReason);
     });
 }
 

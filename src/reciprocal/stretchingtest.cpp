@@ -53,8 +53,10 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
         bytes += strLine.toUtf8() + '\n';
     }
     const QString strFileName = fileOfProject(dataSet, QStringLiteral("_pos.txt"));
-    if (writeWholeFile(strFileName, bytes, true))
+    QString strReason;
+    if (writeWholeFile(strFileName, bytes, &strReason))
         return true;
     report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);
+    report.addMessage(strReason, Qt::red);
     return false;
 }

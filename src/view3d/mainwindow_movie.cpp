@@ -24,7 +24,7 @@ bool savePicture(const QImage& image, const QString& strFile, QString& strReason
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    return image.save(&buffer, "PNG") && writeWholeFile(strFile, bytes, false, &strReason);
+    return image.save(&buffer, "PNG") && writeWholeFile(strFile, bytes, &strReason);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The stages apart and together, one thread and several, on a simulated series.
 #include "batch/batchprogram.h"
+#include "imagefiles/filesizelimit.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -125,6 +126,41 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     // The threshold of the page in place of the one from the noise.
     EXPECT_NE(merged({"--from", "peaks"})["peakThreshold"].toDouble(), 1);
     EXPECT_EQ(merged({"--from", "peaks", "--window-defaults"})["peakThreshold"].toDouble(), 1);
+}
+
+// Of a series with a name as long as the file system takes, so that there is no room for another beside it.
+TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
+{
+    const QString strName = QStringLiteral("q").repeated(250);  // with ".json" 255 bytes
+    ASSERT_TRUE(QFile::rename(m_dir.filePath("q.ed3d"), m_dir.filePath(strName + ".ed3d")));
+    const auto path = [&](const char* pszSuffix) { return m_dir.filePath(strName + pszSuffix); };
+    const auto run = [&](const QStringList& listMore) {
+        const BatchOutcome outcome = runBatch(QStringList{path(".ed3d"), "--json", path(".json")} + listMore);
+        const QJsonObject summary = QJsonDocument::fromJson(readBytes(path(".json"))).object();
+        EXPECT_EQ(summary["reached"].toBool(), outcome.nStatus == 0);
+        EXPECT_NE(outcome.nStatus, 2) << outcome.strText.toStdString();
+        return outcome;
+    };
+    EXPECT_EQ(run({}).nStatus, 0);
+    EXPECT_EQ(run({}).nStatus, 0);
+    const QByteArray bytesPeaks = readBytes(path(".pk")), bytesCell = readBytes(path(".p4p"));
+    const int nRoom = 20000;
+    ASSERT_GT(bytesPeaks.size(), nRoom);
+    {
+        const CFileSizeLimit limit(nRoom);
+        const BatchOutcome full = run({"--from", "peaks", "--to", "peaks"});
+        EXPECT_EQ(full.nStatus, 1);
+        EXPECT_TRUE(full.strText.contains(path(".pk") + ": File too large")) << full.strText.toStdString();
+    }
+    EXPECT_EQ(readBytes(path(".pk")), bytesPeaks);
+    // Other pixels give other files, of which one finds a folder in its place.
+    ASSERT_TRUE(QFile::remove(path(".hkl")));
+    ASSERT_TRUE(QDir().mkdir(path(".hkl")));
+    const BatchOutcome refused = run({"--from", "merge", "--pixel-size", "0.0081"});
+    EXPECT_EQ(refused.nStatus, 1);
+    EXPECT_TRUE(refused.strText.contains(path(".hkl") + ": is a folder")) << refused.strText.toStdString();
+    EXPECT_EQ(readBytes(path(".p4p")), bytesCell);
+    EXPECT_EQ(QDir(m_dir.path()).entryList({"qqq*"}, QDir::AllEntries).size(), 9);  // nothing lies beside
 }
 
 TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)

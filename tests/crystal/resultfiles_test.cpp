@@ -71,7 +71,7 @@ TEST_F(ResultFiles, HklAndP4pWithTheirMessages)
                                       ">HKL file written: %1/x.y.hkl\n>p4p file written: %1/x.y.p4p\n"
                                       "Maximum d* including 95% reflections: 0,0000 Å⁻¹\n"
                                       "No. of reflections not observed: 0\n"
-                                      "red Failed to open %1/n.hkl for writing.\n"
+                                      "red Failed to open %1/n.hkl for writing.\nred %1/n.hkl: is a folder\n"
                                       ">p4p file written: %1/n.p4p")
                                   .arg(m_dir.path()));
 }

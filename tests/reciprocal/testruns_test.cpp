@@ -70,7 +70,7 @@ TEST(StretchingTest, WritesTheSameToLogAndFile)
     EXPECT_EQ(QString::fromUtf8(file.readAll()), listLine.join('\n') + '\n');
     data.m_strProjectDir += "/missing";
     EXPECT_FALSE(testStreching({}, data, report));
-    EXPECT_TRUE(report.marked().last().startsWith("red Failed to open " + data.m_strProjectDir));
+    EXPECT_TRUE(report.said("red Failed to open " + data.m_strProjectDir));
 }
 
 TEST(RotationAxisTest, ChainsTablesAndMessages)

@@ -6,6 +6,7 @@
 #include "app/dataset/peaklistfile.h"
 #include "app/dataset/shiftfile.h"
 #include "app/dataset/unitcellfile.h"
+#include "app/records/fileset.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
 #include "crystal/crystalparacal.h"
@@ -25,7 +26,6 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/rotationsense.h"
-#include "tools/batch/filekeeper.h"
 #include "tools/batch/filestamp.h"
 
 #include <QDir>
@@ -655,9 +655,9 @@ bool CBatchRoad::runIndex()
             listFile.append(resultBase() + QLatin1String(pszSuffix));
         }
     }
-    CFileKeeper keeper(listFile);
+    CFileSet files;
     const IndexingResult result = runIndexing(m_dataSet, m_dataSet.m_listPeakMerged, m_options.indexing,
-                                              m_report);
+                                              m_report, {}, &files);
     if (result.status != IndexingStatus::Finished) {
         return false;
     }
@@ -677,10 +677,7 @@ bool CBatchRoad::runIndex()
     refineCell(listWhole);
     reportCentreOffset(result);
     reportRotationSense(result.listIndexed);
-    const bool bAny = std::any_of(listWhole.begin(), listWhole.end(), [](const Peak3D& peak) {
-        return peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
-    });
-    if (!bAny) {
+    if (!holdsIndexed(result.listIndexed)) {
         return fail(
             QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
     }
@@ -693,12 +690,16 @@ bool CBatchRoad::runIndex()
                 .arg(100 * dfShare, 0, 'f', 1),
             Qt::red);
     }
-    QString strMissing;
-    if (!keeper.allReplaced(strMissing)) {
-        return fail(QStringLiteral("%1 was not written; the files of the stage are as they were before.")
-                        .arg(strMissing));
+    for (const QString& strFile : listFile) {
+        if (files.reason().isEmpty() && !files.holds(strFile)) {
+            return fail(QStringLiteral("%1 was not written; the files of the stage are as they were before.")
+                            .arg(strFile));
+        }
     }
-    keeper.done();
+    QString strReason;
+    if (!files.commit(&strReason)) {
+        return fail(QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
+    }
     return true;
 }
 

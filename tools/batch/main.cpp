@@ -22,7 +22,7 @@ namespace {
 QString writeFile(const QString& strFileName, const QByteArray& bytes)
 {
     QString strReason;
-    if (writeWholeFile(strFileName, bytes, false, &strReason)) {
+    if (writeWholeFile(strFileName, bytes, &strReason)) {
         return {};
     }
     std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());

@@ -332,7 +332,7 @@ QString readHkl(const QString& strFileName, const QByteArray&)
             continue;
         listReflection.append({hkl.nH, hkl.nK, hkl.nL, double(hkl.fI)});
     }
-    if (!writeWholeFile(written(strFileName), hklFileText(listReflection, {}).toUtf8(), true))
+    if (!writeWholeFile(written(strFileName), hklFileText(listReflection, {}).toUtf8()))
         return QStringLiteral("not written");
     const QList<HKL5> listAgain = readHKLFile(written(strFileName));
     bool bSame = listAgain.size() == listReflection.size() + 1;  // the closing line

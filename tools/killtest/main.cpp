@@ -50,6 +50,7 @@ bool isUnfinishedSummary(const QByteArray& bytes)
 struct Writer {
     const char* pName;
     std::function<bool(const QString& strFolder, int nVersion)> fnWrite;
+    QStringList listTogether = {};  ///< files that must all be of the same version
 };
 
 DataSet peaksOf(int nVersion)
@@ -135,7 +136,7 @@ std::vector<Writer> fileWriters()
              project.dfWavelength = 0.0251;
              project.dfPixelSize = 0.004;
              QByteArray bytes;
-             return makeProjectText(project, strFile, bytes) && writeWholeFile(strFile, bytes, true);
+             return makeProjectText(project, strFile, bytes) && writeWholeFile(strFile, bytes);
          }},
         {"hkl and p4p",
          [=](const QString& str, int n) {
@@ -219,10 +220,10 @@ struct Figures {
 };
 
 /// Kills the writer `nRounds` times.
-/// @param fnWrite  as Writer::fnWrite; may never return
-Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, const QString& strFolder,
-                   int nRounds, std::mt19937& random)
+/// The writer may be one that never returns.
+Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, std::mt19937& random)
 {
+    const auto& fnWrite = writer.fnWrite;
     Figures figures;
     QDir().mkpath(strFolder);
     QMap<QString, QByteArray> amapVersion[2];
@@ -257,7 +258,7 @@ Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, cons
             strName.replace(QStringLiteral("s.sc~"), QStringLiteral("s.sc"));
             if (!amapVersion[0].contains(strName)) {
                 // A result's name with a further suffix, that no reader takes for one.
-                static const QRegularExpression s_suffix(QStringLiteral("\\.([A-Za-z0-9]{6}|before)$"));
+                static const QRegularExpression s_suffix(QStringLiteral("\\.[A-Za-z0-9]{6}$"));
                 const bool bHarmless = s_suffix.match(strName).hasMatch() &&
                                        amapVersion[0].contains(QString(strName).remove(s_suffix));
                 if (!bHarmless)
@@ -277,6 +278,13 @@ Figures killWriter(const std::function<bool(const QString&, int)>& fnWrite, cons
                                              .arg(it.value().size()));
             }
         }
+        for (const QString& strName : writer.listTogether)
+            for (const QString& strOther : writer.listTogether)
+                if (mapFile[strName] != amapVersion[1][strName] &&
+                    mapFile[strOther] != amapVersion[0][strOther])
+                    figures.listWrong.append(QStringLiteral("round %1: %2 is the old one and %3 the new one")
+                                                 .arg(nRound)
+                                                 .arg(strName, strOther));
         for (const QString& strName : amapVersion[0].keys())
             if (!mapFile.contains(strName))
                 figures.listWrong.append(QStringLiteral("round %1: %2 is gone").arg(nRound).arg(strName));
@@ -348,17 +356,19 @@ int main(int argc, char** argv)
                  QStringLiteral("--frames"), QStringLiteral("24"), QStringLiteral("--size"),
                  QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) != 0)
             return 2;
-        vecWriter.push_back({"tessera-batch", [&](const QString& str, int n) {
+        vecWriter.push_back({"tessera-batch",
+                             [&](const QString& str, int n) {
                                  return runDriver(strBin + QStringLiteral("/tessera-batch"),
                                                   strSeries + QStringLiteral("/s.ed3d"), str, n);
-                             }});
+                             },
+                             {QStringLiteral("s.hkl"), QStringLiteral("s.p4p"), QStringLiteral("s.ipf")}});
     }
     std::printf("%d kills of each writer, seed %u\n", nRounds, nSeed);
     bool bGood = true;
     for (const Writer& writer : vecWriter) {
         std::mt19937 random(nSeed);
-        const Figures figures = killWriter(writer.fnWrite, folder.filePath(QLatin1String(writer.pName)),
-                                           nRounds, random);
+        const Figures figures = killWriter(writer, folder.filePath(QLatin1String(writer.pName)), nRounds,
+                                           random);
         std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n",
                     writer.pName, figures.nOld, figures.nNew, figures.nTorn, figures.nTemporary,
                     figures.listWrong.size());
@@ -368,7 +378,7 @@ int main(int argc, char** argv)
     }
     // The kills are worth something only if they tear a file that is written in its place.
     std::mt19937 random(nSeed);
-    const int nTorn = killWriter(writeInPlace, folder.filePath(QStringLiteral("in place")),
+    const int nTorn = killWriter({"in place", writeInPlace}, folder.filePath(QStringLiteral("in place")),
                                  std::max(nRounds, 20), random)
                           .nTorn;
     std::printf("for comparison, written in place: torn %d\n", nTorn);

@@ -198,10 +198,9 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
 {
     if (pstrReason)
         pstrReason->clear();
-    QSaveFile file(strFileName);
-    if (strFileName.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        giveReason(pstrReason, strFileName,
-                   strFileName.isEmpty() ? QStringLiteral("no name") : file.errorString());
+    CWholeFile file;
+    if (!file.open(strFileName)) {
+        giveReason(pstrReason, file.reason());
         return 0;
     }
     const QVector<QVector<QList<int>>> vecPeakGroup = groupsMatchPeaks(data.m_vecPeakGroup,
@@ -236,13 +235,16 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
             strText.append(strMask);
             strText.append('\n');
             if (strText.size() >= nChunk) {
-                file.write(strText);
+                if (!file.write(strText)) {
+                    giveReason(pstrReason, file.reason());
+                    return 0;
+                }
                 strText.resize(0);
             }
         }
     }
     file.write(strText);
-    if (!commitWhole(file, pstrReason))
+    if (!file.commit(pstrReason))
         return 0;
     if (nTooWide > 0)
         giveReason(pstrReason, strFileName,

@@ -77,7 +77,7 @@ static bool keepLongerFile(const QString& strFileName, int nNewFrames, QString* 
     QByteArray bytesOld;
     if (!readFileBytes(strFileName, bytesOld, g_nMaxTextFile, pstrReason))
         return false;
-    return writeWholeFile(strKept, bytesOld, false, pstrReason);
+    return writeWholeFile(strKept, bytesOld, pstrReason);
 }
 
 bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
@@ -96,5 +96,5 @@ bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString*
         appendFixed(strText, shift.listShift[i].y(), 2, 8);
         strText.append('\n');
     }
-    return writeWholeFile(strFileName, strText, true, pstrReason);
+    return writeWholeFile(strFileName, strText, pstrReason);
 }

@@ -75,7 +75,7 @@ bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrRe
     if (data.m_listCell.size() != 3)
         return giveReason(pstrReason, strFileName, QStringLiteral("no cell to write"));
     const QByteArray strText = unitCellText(data.m_listCell);
-    if (!writeWholeFile(strFileName, strText, false, pstrReason))
+    if (!writeWholeFile(strFileName, strText, pstrReason))
         return false;
     data.m_strWorkingDir = QFileInfo(strFileName).absolutePath();
     return true;
