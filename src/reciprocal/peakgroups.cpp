@@ -40,13 +40,16 @@ private:
     std::vector<std::vector<std::pair<int, int>>> m_vecFrame;
 };
 
-bool noPeakHasGroups(const QVector<QVector<QList<int>>>& vecPeakGroup)
+/// Whether the masks fit the peaks and put any peak into a group. Else all peaks are in group 0.
+bool masksHold(const DataSet& dataSet)
 {
-    for (const QVector<QList<int>>& vecGroup : vecPeakGroup)
+    if (!groupsMatchPeaks(dataSet.m_vecPeakGroup, dataSet.m_listPeakFrame))
+        return false;
+    for (const QVector<QList<int>>& vecGroup : dataSet.m_vecPeakGroup)
         for (const QList<int>& listGroup : vecGroup)
             if (!listGroup.isEmpty())
-                return false;
-    return true;
+                return true;
+    return false;
 }
 
 /// All peaks in group 0 alone, as peaks are that no group list has an entry for.
@@ -70,7 +73,7 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet)
     restored.bRestored = true;
     for (int g = 0; g < g_nGroups; ++g)
         restored.listGroupPoint.append(QList<int>());
-    if (noPeakHasGroups(dataSet.m_vecPeakGroup)) {
+    if (!masksHold(dataSet)) {
         restored.listPeakFrameShown = listPeakFrame;
         for (const QList<Peak3D>& listPeak : listPeakFrame)
             restored.listPeakFlat.append(listPeak);
@@ -91,6 +94,22 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet)
         restored.listPeakFrameShown.append(listShown);
     }
     return restored;
+}
+
+std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup)
+{
+    const bool bMasks = masksHold(dataSet);
+    std::vector<char> vecFlag;
+    for (int f = 0; f < dataSet.m_listPeakFrame.size(); ++f)
+        for (int i = 0; i < dataSet.m_listPeakFrame[f].size(); ++i) {
+            const int nID = dataSet.m_listPeakFrame[f][i].nID;
+            if (nID < 0 || !(bMasks ? dataSet.m_vecPeakGroup[f][i].contains(nGroup) : nGroup == 0))
+                continue;
+            if (size_t(nID) >= vecFlag.size())
+                vecFlag.resize(size_t(nID) + 1, 0);
+            vecFlag[size_t(nID)] = 1;
+        }
+    return vecFlag;
 }
 
 void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoint,

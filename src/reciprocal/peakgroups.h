@@ -6,6 +6,8 @@
 #include <QList>
 #include <QVector>
 
+#include <vector>
+
 /// What the raw view shows of a peak list with masks.
 struct RestoredPointGroups {
     bool bRestored = false;  ///< false: the masks don't fit the peaks, and nothing is to change
@@ -20,6 +22,10 @@ struct RestoredPointGroups {
 /// peaks are shown, as "Unlabeled". The masks alone decide, not the limits of the page, which come in again
 /// with the next change of a limit or of the geometry.
 RestoredPointGroups restorePointGroups(const DataSet& dataSet);
+
+/// One flag per nID of the peaks: whether the masks put it into group `nGroup`, by the rule of
+/// restorePointGroups(). Masks that don't fit the peaks are none.
+std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup);
 
 /// Rewrites m_vecPeakGroup after the groups of the raw view: for each point of group g (its nFrame and nID)
 /// g joins the list of that peak. Peaks that the limits of the page hide keep the groups that they had.

@@ -120,6 +120,12 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     };
     EXPECT_EQ(merged({})["peaksMerged"].toInt(), listLine.size() - 1);
     EXPECT_EQ(merged({"--group", "3"})["peaksMerged"].toInt(), nInGroup);
+    EXPECT_EQ(merged({"--group", "0"})["peaksMerged"].toInt(), listLine.size() - 1 - nInGroup);
+    // Where no peak is in a group all are in the first, as in the window.
+    QByteArray bytesNone = listLine.join('\n');
+    bytesNone.replace("1000000000000000", "0000000000000000").replace("8000000000000000", "0000000000000000");
+    writeBytes(m_dir.filePath("g/q.pk"), bytesNone);
+    EXPECT_EQ(merged({"--group", "0"})["peaksMerged"].toInt(), listLine.size() - 1);
     const QJsonObject limited = merged({"--resolution-max", "0.5"});
     EXPECT_GT(limited["peaksOutsideLimits"].toInt(), 0);
     EXPECT_EQ(limited["peaksMerged"].toInt() + limited["peaksOutsideLimits"].toInt(), listLine.size() - 1);

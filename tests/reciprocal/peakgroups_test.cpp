@@ -92,13 +92,18 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
 
 TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
 {
-    const RestoredPointGroups restored = restorePointGroups(
-        readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n3 0 1 12.0 20.0 5.0\n"));
+    const DataSet data = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n3 0 1 12.0 20.0 5.0\n");
+    const RestoredPointGroups restored = restorePointGroups(data);
     ASSERT_TRUE(restored.bRestored);
     EXPECT_EQ(idsOf(restored.listPeakFlat), QList<int>({0, 2, 1}));
     EXPECT_EQ(restored.listPeakFrameShown.size(), 4);
     EXPECT_EQ(restored.listGroupPoint, (QVector<QList<int>>(64).toList())) << "all are left to group 0";
     EXPECT_FALSE(restorePointGroups(DataSet()).bRestored);
+    EXPECT_EQ(flagsOfPeakGroup(data, 0), std::vector<char>(3, 1));
+    EXPECT_EQ(flagsOfPeakGroup(data, 1), std::vector<char>());
+    // With masks a peak without a group is in none.
+    EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 0), (std::vector<char>{1}));
+    EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 1), (std::vector<char>{0, 1, 0, 1}));
 }
 
 // As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine

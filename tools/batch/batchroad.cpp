@@ -25,6 +25,7 @@
 #include "reciprocal/indexing.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "reciprocal/peakgroups.h"
 #include "reciprocal/rotationsense.h"
 #include "tools/batch/filestamp.h"
 
@@ -70,25 +71,6 @@ int countPeaks(const QList<QList<Peak3D>>& listPeakFrame)
         nCount += listPeak.size();
     }
     return nCount;
-}
-
-/// One flag per running number of a peak: whether it is in the group. A peak without an entry among the
-/// groups, as one that was just found, is in group 0 alone.
-std::vector<char> groupFlags(const DataSet& dataSet, int nGroup)
-{
-    std::vector<char> vecFlag(size_t(countPeaks(dataSet.m_listPeakFrame)), 0);
-    for (int nFrame = 0; nFrame < dataSet.m_listPeakFrame.size(); ++nFrame) {
-        const QList<Peak3D>& listPeak = dataSet.m_listPeakFrame[nFrame];
-        const QVector<QList<int>> vecGroup = dataSet.m_vecPeakGroup.value(nFrame);
-        for (int i = 0; i < listPeak.size(); ++i) {
-            const int nID = listPeak[i].nID;
-            const bool bInGroup = i < vecGroup.size() ? vecGroup[i].contains(nGroup) : nGroup == 0;
-            if (nID >= 0 && size_t(nID) < vecFlag.size() && bInGroup) {
-                vecFlag[size_t(nID)] = 1;
-            }
-        }
-    }
-    return vecFlag;
 }
 
 QJsonArray toArray(const double* pdfValue, int nCount)
@@ -596,7 +578,7 @@ bool CBatchRoad::runMerge()
     showPeaksIn3D(m_dataSet, m_mapping);
     std::vector<char> vecFlag;
     if (m_options.nGroup >= 0) {
-        vecFlag = groupFlags(m_dataSet, m_options.nGroup);
+        vecFlag = flagsOfPeakGroup(m_dataSet, m_options.nGroup);
     }
     const PeakMergingResult result = peakReduction3D(m_dataSet, m_options.merging,
                                                      m_options.nGroup >= 0 ? &vecFlag : nullptr, m_report);
