@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -116,4 +117,10 @@ QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)
             listHKL.append(hkl);
     }
     return listHKL;
+}
+
+int countObservedOfFile(const QString& strFileName)
+{
+    const QList<HKL5> listHKL = readHKLFile(strFileName);
+    return int(std::count_if(listHKL.begin(), listHKL.end(), [](const HKL5& hkl) { return hkl.fI != 0; }));
 }

@@ -16,3 +16,6 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
 /// (0, 0, 0). A file that can't be opened gives an empty list.
 /// @param pbOpened  may be null; takes whether the file could be opened
 QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened = nullptr);
+
+/// How many observed reflections, of another intensity than 0, a file holds. 0 when there is none.
+int countObservedOfFile(const QString& strFileName);

@@ -1,6 +1,7 @@
 #include "frames/peakhunting.h"
 
 #include "app/dataset/peaklistfile.h"
+#include "app/records/formerfile.h"
 #include "app/records/timestamp.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
@@ -129,11 +130,37 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
     return true;
 }
 
-void savePeakList(const DataSet& dataSet, CRunReport& report)
+/// Sees to it that a list without peaks costs no list that has some.
+/// @return false if the former list is to stay in its place
+bool keepFormerList(const QString& strPath, CRunReport& report, QString& strReason)
+{
+    const QString strKept = nameOfKept(strPath);
+    switch (keepFormerFiles({strPath}, countPeaksOfFile, 0, &strReason)) {
+        case FormerFiles::NoneWorthKeeping:
+            return true;
+        case FormerFiles::Kept:
+            report.addMessage(
+                QStringLiteral("No peaks were found. The former peak list is kept as %1.").arg(strKept),
+                Qt::red);
+            return true;
+        case FormerFiles::RicherAreKept:
+            strReason = QStringLiteral(
+                            "No peaks were found. The former peak list stays, as %1 keeps a longer one.")
+                            .arg(strKept);
+            return false;
+        case FormerFiles::Failed:
+            break;
+    }
+    return false;
+}
+
+void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 {
     const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".pk"))).absoluteFilePath();
     QString strReason;
-    if (writePeakList(dataSet, strPath, &strReason))
+    if (!bAnyPeak && !keepFormerList(strPath, report, strReason))
+        report.addMessage(QStringLiteral("Updating peak list file failed."), Qt::red);
+    else if (writePeakList(dataSet, strPath, &strReason))
         report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Qt::black);
     else
         report.addMessage(QStringLiteral("Updating peak list file failed."), Qt::red);
@@ -176,7 +203,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
     const bool bAnyPeak = std::any_of(listFound.begin(), listFound.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
     if (options.bSave && (bAnyPeak || options.bSaveEmpty))
-        savePeakList(dataSet, report);
+        savePeakList(dataSet, bAnyPeak, report);
     if (options.fnAfterStored)
         options.fnAfterStored();
     report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),

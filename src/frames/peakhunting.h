@@ -29,8 +29,9 @@ struct PeakHuntingOptions {
 /// At most nJobs + 1 frames are in memory. Positions are whole pixels of the raw frame. A run that
 /// was stopped (report.goOn()) or met a frame that cannot be loaded says so in red, leaves
 /// m_listPeakFrame as it was and writes nothing. A peak list that cannot be written is a red line
-/// only. A run during a run (m_bHuntingRunning set) is a stop request: the flag is cleared, which
-/// the run under way sees after its frame. A data set without frames is a red line and no run.
+/// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A run
+/// during a run (m_bHuntingRunning set) is a stop request: the flag is cleared, which the run under way sees
+/// after its frame. A data set without frames is a red line and no run.
 /// @return true if all frames were hunted
 bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                     CRunReport& report, const PeakHuntingOptions& options = {});

@@ -245,9 +245,9 @@ void saveShifts(const DataSet& dataSet, CRunReport& report)
     if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
                        &strReason)) {
         report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Qt::black);
-        return;
+    } else {
+        report.addMessage(QStringLiteral("Updating shift data file failed."), Qt::red);
     }
-    report.addMessage(QStringLiteral("Updating shift data file failed."), Qt::red);
     if (!strReason.isEmpty())
         report.addMessage(strReason, Qt::red);
 }

@@ -1,8 +1,10 @@
 #include "reciprocal/indexing.h"
 
+#include "app/records/formerfile.h"
 #include "app/records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
+#include "crystal/hklfile.h"
 #include "crystal/indexedpeaklist.h"
 #include "crystal/indexingfiles.h"
 #include "crystal/indexingtable.h"
@@ -13,6 +15,8 @@
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
 #include "reciprocal/reflectiongroups.h"
+
+#include <QFile>
 
 #include <algorithm>
 
@@ -38,6 +42,60 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
     result.listIndexed = listSplit[0];
     for (const Peak3D& peak : listSplit[1])
         result.listDuplicatedID.append(peak.nID);
+}
+
+/// Sees to it that an indexing without a reflection costs no files that hold some.
+/// @return false if the former files are to stay in their places
+bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
+{
+    QStringList listFile;
+    QStringList listKept;
+    for (const char* pszSuffix : {".hkl", ".p4p", ".ipf"}) {
+        const QString strFile = fileOfProject(dataSet, QLatin1String(pszSuffix));
+        listFile.append(strFile);
+        if (QFile::exists(strFile))
+            listKept.append(nameOfKept(strFile));
+    }
+    QString strReason;
+    switch (keepFormerFiles(listFile, countObservedOfFile, 0, &strReason)) {
+        case FormerFiles::NoneWorthKeeping:
+            return true;
+        case FormerFiles::Kept:
+            report.addMessage(QStringLiteral("No reflection was indexed. The former files are kept as %1.")
+                                  .arg(listKept.join(QStringLiteral(", "))),
+                              Qt::red);
+            return true;
+        case FormerFiles::RicherAreKept:
+            report.addMessage(
+                QStringLiteral("No reflection was indexed. The former files stay, as %1 keeps more "
+                               "reflections.")
+                    .arg(nameOfKept(listFile.first())),
+                Qt::red);
+            return false;
+        case FormerFiles::Failed:
+            report.addMessage(
+                QStringLiteral("No reflection was indexed. The former files stay, as they cannot be kept."),
+                Qt::red);
+            report.addMessage(strReason, Qt::red);
+            return false;
+    }
+    return false;
+}
+
+void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, CRunReport& report,
+                      CFileSet* pFiles)
+{
+    const bool bNone = !holdsIndexed(listIndexed);
+    if (bNone && !pFiles && !keepFormerResults(dataSet, report))
+        return;
+    outputIndexingResultsToFile(listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
+                                dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
+    // The list of a former run stays on disk where there is none and none could be made, and where this run
+    // has not made it.
+    const bool bAnyList = !dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty();
+    if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, QStringLiteral(".ipf")))))
+        outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
+                                         dataSet.m_strProjectName, report, pFiles);
 }
 
 }  // namespace
@@ -93,12 +151,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
         report.addMessage(QStringLiteral("No data set is open, so no result files are written."), Qt::red);
     } else if (parameters.m_bOutputIndexing) {
-        outputIndexingResultsToFile(result.listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
-                                    dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
-        // Where there is no list and none could be made, that of a former run stays on disk.
-        if (!dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty())
-            outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
-                                             dataSet.m_strProjectName, report, pFiles);
+        writeResultFiles(dataSet, result.listIndexed, report, pFiles);
     }
     report.addMessage(
         QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")

@@ -44,6 +44,11 @@ TEST(ShiftFile, IsWrittenInColumnsAndKeepsALongerOneBeside)
     const ShiftData shiftTwo{3, 4, {{0, 0}, {1, 1}}};
     ASSERT_TRUE(writeShiftFile(strFile, shiftTwo));
     EXPECT_EQ(readBytes(strFile + "~"), bytesThree);
+    QString strReason;
+    ASSERT_TRUE(writeShiftFile(strFile, {3, 4, {{0, 0}}}, &strReason));  // a second early end
+    EXPECT_EQ(readBytes(strFile + "~"), bytesThree);
+    EXPECT_TRUE(strReason.contains(strFile + "~"));
+    ASSERT_TRUE(writeShiftFile(strFile, shiftTwo));
     ShiftData shift;
     ASSERT_TRUE(readShiftFile(strFile, shift));
     EXPECT_EQ(shift.dfCenterX, 3);

@@ -2,6 +2,7 @@
 
 #include "frames/frameseries.h"
 #include "frames/intensityextraction.h"
+#include "imagefiles/filesizelimit.h"
 
 namespace {
 
@@ -153,6 +154,38 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
         EXPECT_TRUE(series.run(options));
         EXPECT_EQ(series.dataSet.m_listPeakFrame.size(), 7);
     }
+}
+
+TEST(PeakHunting, FindingNothingOrAFullDiskCostsNoFormerList)
+{
+    const QByteArray bytesTwo = "1 0 0 1 1 1 1 4000000000000000\n2 0 1 2 2 2 2 8000000000000000\n";
+    HuntingSeries series(1);
+    const QString strFile = series.dir.filePath("series.pk");
+    writeBytes(strFile, bytesTwo);
+    {
+        const CFileSizeLimit limit(10);
+        ASSERT_TRUE(series.run({}));
+    }
+    EXPECT_EQ(series.content("series.pk"), bytesTwo);
+    EXPECT_TRUE(series.report.said("red Updating peak list file failed."));
+    EXPECT_TRUE(series.report.said("red " + strFile + ": File too large"));
+
+    series.add(makeImage(192, 160, [](int, int) { return 40; }));
+    series.dataSet.m_listFrameFile.removeFirst();
+    for (const bool bFirst : {true, false}) {  // then there is nothing more to keep
+        ASSERT_TRUE(series.run({}));
+        EXPECT_EQ(series.content("series.pk"), "");
+        EXPECT_EQ(series.content("series.pk~"), bytesTwo);
+        EXPECT_EQ(
+            series.report.said("red No peaks were found. The former peak list is kept as " + strFile + "~."),
+            bFirst);
+    }
+    const QByteArray bytesOne = bytesTwo.left(bytesTwo.size() / 2);
+    writeBytes(strFile, bytesOne);
+    ASSERT_TRUE(series.run({}));
+    EXPECT_EQ(series.content("series.pk"), bytesOne);
+    EXPECT_EQ(series.content("series.pk~"), bytesTwo);
+    EXPECT_TRUE(series.report.said("red No peaks were found. The former peak list stays"));
 }
 
 }  // namespace

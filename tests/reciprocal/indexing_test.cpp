@@ -1,4 +1,5 @@
 #include "reciprocal/indexing.h"
+#include "filebytes.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
@@ -175,6 +176,49 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     data.m_vecPeakIndexedOnFrame.clear();
     EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
     EXPECT_EQ(QFileInfo(dir.filePath("series.ipf")).size(), nBytes);
+}
+
+// With a cell of which no reflection is: the files of the former one are kept, and never by poorer ones.
+TEST(RunIndexing, WithoutAnIndexedReflectionKeepsTheFormerFiles)
+{
+    QTemporaryDir dir;
+    const auto content = [&](const char* pszName) { return readBytes(dir.filePath(pszName)); };
+    IndexingParameters parameters;
+    parameters.m_bOutputIndexing = true;
+    CRecordingReport log;
+    const auto run = [&](double dfDStar, bool bGood) {
+        QList<Peak3D> list = simulatedReflections(g_listCell, dfDStar, 0, all);
+        DataSet data = indexedSeries(g_listCell, list);
+        data.m_strProjectDir = dir.path();
+        data.m_strProjectName = "s";
+        if (!bGood)
+            for (Peak3D& peak : list)
+                placeAt(peak, peak.point() + scaled(g_listCell[0], 0.5f));
+        EXPECT_EQ(runIndexing(data, list, parameters, log).listIndexed.isEmpty(), !bGood);
+    };
+    run(0.5, true);
+    const QByteArray bytesHKL = content("s.hkl"), bytesP4P = content("s.p4p"), bytesIPF = content("s.ipf");
+    const QByteArray bytesClosing = "   0   0   0     0.0     0.0\n";
+    const auto expectKept = [&](const QByteArray& bytesNow) {
+        EXPECT_EQ(content("s.hkl"), bytesNow);
+        EXPECT_EQ(content("s.hkl~"), bytesHKL);
+        EXPECT_EQ(content("s.p4p~"), bytesP4P);
+        EXPECT_EQ(content("s.ipf~"), bytesIPF);
+    };
+    const QString strKept =
+        QString("red No reflection was indexed. The former files are kept as %1/s.hkl~").arg(dir.path());
+    for (int i = 0; i < 2; ++i) {
+        run(0.5, false);
+        expectKept(bytesClosing);
+        EXPECT_EQ(content("s.ipf"), bytesIPF);
+        EXPECT_TRUE(log.said(strKept));
+    }
+    run(0.3, true);
+    const QByteArray bytesFewer = content("s.hkl");
+    EXPECT_LT(bytesFewer.size(), bytesHKL.size());
+    run(0.3, false);
+    expectKept(bytesFewer);
+    EXPECT_TRUE(log.said("red No reflection was indexed. The former files stay"));
 }
 
 // A cell of 1e6 Å³ is none. And a last reflection that is off by 0.06 of a step is indexed only through the

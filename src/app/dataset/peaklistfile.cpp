@@ -4,7 +4,10 @@
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
 #include "app/records/groupmask.h"
+#include "app/records/regularfile.h"
 #include "app/records/wholefile.h"
+
+#include <QFile>
 
 #include <cmath>
 #include <vector>
@@ -12,6 +15,8 @@
 namespace {
 
 const qint64 g_nMaxPeakList = 2000000000;  ///< bytes: what a QByteArray holds, some 28 million peaks
+
+const int g_nMaxPeakLine = 1000;  ///< bytes, far more than any line that holds a peak
 
 struct PeakLine {
     int nSerial;
@@ -251,4 +256,20 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
                    QStringLiteral("%1 lines hold a number as wide as its field and cannot be read back")
                        .arg(nTooWide));
     return 1;
+}
+
+int countPeaksOfFile(const QString& strFileName)
+{
+    QFile file(strFileName);
+    QString strWhat;
+    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat))
+        return 0;
+    int nPeaks = 0;
+    while (!file.atEnd()) {
+        const QByteArray strLine = file.readLine(g_nMaxPeakLine);
+        if (strLine.isEmpty())
+            break;  // a read error
+        nPeaks += !isLineEnd(strLine[0]) && strLine[0] != '#';
+    }
+    return nPeaks;
 }

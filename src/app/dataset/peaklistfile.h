@@ -43,3 +43,7 @@
 /// @return 1, or 0 when the file cannot be written
 [[nodiscard]] int writePeakList(const DataSet& data, const QString& strFileName,
                                 QString* pstrReason = nullptr);
+
+/// How many peaks a peak list holds: its lines but for empty ones and comments, whatever stands in them.
+/// 0 when there is no such file, or it can't be read.
+int countPeaksOfFile(const QString& strFileName);

@@ -3,6 +3,7 @@
 #include "app/dataset/fixednumber.h"
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
+#include "app/records/formerfile.h"
 #include "app/records/wholefile.h"
 
 #include <QFile>
@@ -66,25 +67,19 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
     return 1;
 }
 
-// Copies a shift file of more frames out of the way of the one to come.
-static bool keepLongerFile(const QString& strFileName, int nNewFrames, QString* pstrReason)
+static int countFramesOfFile(const QString& strFileName)
 {
-    ShiftData shiftOld;
-    if (!QFile::exists(strFileName) || !readShiftFile(strFileName, shiftOld) ||
-        shiftOld.listShift.size() <= nNewFrames)
-        return true;
-    const QString strKept = strFileName + QLatin1Char('~');
-    QByteArray bytesOld;
-    if (!readFileBytes(strFileName, bytesOld, g_nMaxTextFile, pstrReason))
-        return false;
-    return writeWholeFile(strKept, bytesOld, pstrReason);
+    ShiftData shift;
+    return QFile::exists(strFileName) && readShiftFile(strFileName, shift) ? shift.listShift.size() : 0;
 }
 
 bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
 {
     if (strFileName.isEmpty())
         return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
-    if (!keepLongerFile(strFileName, shift.listShift.size(), pstrReason))
+    const FormerFiles former = keepFormerFiles({strFileName}, countFramesOfFile, shift.listShift.size(),
+                                               pstrReason);
+    if (former == FormerFiles::Failed)
         return false;
     QByteArray strText;
     appendFixed(strText, shift.dfCenterX, 2, 8);
@@ -96,5 +91,10 @@ bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString*
         appendFixed(strText, shift.listShift[i].y(), 2, 8);
         strText.append('\n');
     }
-    return writeWholeFile(strFileName, strText, pstrReason);
+    if (!writeWholeFile(strFileName, strText, pstrReason))
+        return false;
+    if (former != FormerFiles::NoneWorthKeeping)
+        giveReason(pstrReason,
+                   QStringLiteral("The shifts of more frames are kept as %1.").arg(nameOfKept(strFileName)));
+    return true;
 }

@@ -39,9 +39,10 @@ struct ShiftData {
 /// Writes a shift file with 2 decimals, whole or not at all.
 ///
 /// A shift file of that name with more frames is first copied to the name with "~" behind it, in place
-/// of a former copy: a run that was stopped early does not cost the shifts of the whole series. If the
-/// copy fails nothing is written.
+/// of a former copy unless that has still more: runs that were stopped early do not cost the shifts of the
+/// whole series. If the copy fails nothing is written.
 ///
+/// @param pstrReason  may be null; on failure what is wrong, else where a former file was kept
 /// @return false when the name is empty or the file cannot be written
 [[nodiscard]] bool writeShiftFile(const QString& strFileName, const ShiftData& shift,
                                   QString* pstrReason = nullptr);
