@@ -134,39 +134,44 @@ TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
     EXPECT_EQ(merged({"--from", "peaks", "--window-defaults"})["peakThreshold"].toDouble(), 1);
 }
 
-// Of a series with a name as long as the file system takes, so that there is no room for another beside it.
+TEST_F(Stages, TakeANameThatLeavesNoRoomForALongerOne)
+{
+    const QString strName = QStringLiteral("q").repeated(250);  // with ".json" the 255 bytes of a file system
+    ASSERT_TRUE(QFile::rename(m_dir.filePath("q.ed3d"), m_dir.filePath(strName + ".ed3d")));
+    for (int i = 0; i < 2; ++i) {
+        const BatchOutcome outcome = runBatch(
+            {m_dir.filePath(strName + ".ed3d"), "--json", m_dir.filePath(strName + ".json"), "--jobs", "2"});
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+    }
+    // Project, summary, log and results, and nothing beside them.
+    EXPECT_EQ(QDir(m_dir.path()).entryList({strName + "*"}, QDir::AllEntries).size(), 9);
+}
+
 TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
 {
-    const QString strName = QStringLiteral("q").repeated(250);  // with ".json" 255 bytes
-    ASSERT_TRUE(QFile::rename(m_dir.filePath("q.ed3d"), m_dir.filePath(strName + ".ed3d")));
-    const auto path = [&](const char* pszSuffix) { return m_dir.filePath(strName + pszSuffix); };
-    const auto run = [&](const QStringList& listMore) {
-        const BatchOutcome outcome = runBatch(QStringList{path(".ed3d"), "--json", path(".json")} + listMore);
-        const QJsonObject summary = QJsonDocument::fromJson(readBytes(path(".json"))).object();
-        EXPECT_EQ(summary["reached"].toBool(), outcome.nStatus == 0);
-        EXPECT_NE(outcome.nStatus, 2) << outcome.strText.toStdString();
-        return outcome;
+    ASSERT_EQ(batch("f").nStatus, 0);
+    writeBytes(m_dir.filePath("f/q.hkl.before"), "the user's own");
+    const QByteArray bytesPeaks = result("f", "pk"), bytesCell = result("f", "p4p");
+    const auto expectFailure = [&](const QStringList& listMore, const char* pszReason) {
+        const BatchOutcome outcome = batch("f", QStringList{"--json", m_dir.filePath("f.json")} + listMore);
+        EXPECT_EQ(outcome.nStatus, 1);
+        EXPECT_TRUE(outcome.strText.contains(pszReason)) << outcome.strText.toStdString();
+        const QByteArray bytesSummary = readBytes(m_dir.filePath("f.json"));
+        EXPECT_FALSE(QJsonDocument::fromJson(bytesSummary).object()["reached"].toBool(true));
     };
-    EXPECT_EQ(run({}).nStatus, 0);
-    EXPECT_EQ(run({}).nStatus, 0);
-    const QByteArray bytesPeaks = readBytes(path(".pk")), bytesCell = readBytes(path(".p4p"));
     const int nRoom = 20000;
     ASSERT_GT(bytesPeaks.size(), nRoom);
     {
         const CFileSizeLimit limit(nRoom);
-        const BatchOutcome full = run({"--from", "peaks", "--to", "peaks"});
-        EXPECT_EQ(full.nStatus, 1);
-        EXPECT_TRUE(full.strText.contains(path(".pk") + ": File too large")) << full.strText.toStdString();
+        expectFailure({"--from", "peaks", "--to", "peaks"}, "q.pk: File too large");
     }
-    EXPECT_EQ(readBytes(path(".pk")), bytesPeaks);
+    EXPECT_EQ(result("f", "pk"), bytesPeaks);
     // Other pixels give other files, of which one finds a folder in its place.
-    ASSERT_TRUE(QFile::remove(path(".hkl")));
-    ASSERT_TRUE(QDir().mkdir(path(".hkl")));
-    const BatchOutcome refused = run({"--from", "merge", "--pixel-size", "0.0081"});
-    EXPECT_EQ(refused.nStatus, 1);
-    EXPECT_TRUE(refused.strText.contains(path(".hkl") + ": is a folder")) << refused.strText.toStdString();
-    EXPECT_EQ(readBytes(path(".p4p")), bytesCell);
-    EXPECT_EQ(QDir(m_dir.path()).entryList({"qqq*"}, QDir::AllEntries).size(), 9);  // nothing lies beside
+    ASSERT_TRUE(QFile::remove(m_dir.filePath("f/q.hkl")));
+    ASSERT_TRUE(QDir().mkdir(m_dir.filePath("f/q.hkl")));
+    expectFailure({"--from", "merge", "--pixel-size", "0.0081"}, "q.hkl: is a folder");
+    EXPECT_EQ(result("f", "p4p"), bytesCell);
+    EXPECT_EQ(result("f", "hkl.before"), "the user's own");
 }
 
 TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
