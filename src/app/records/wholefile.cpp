@@ -180,7 +180,7 @@ bool CWholeFile::flush()
 {
     if (!m_strReason.isEmpty() || m_nFile < 0)
         return fail(QStringLiteral("not open"));
-    if (!m_bDirect && !m_bFlushed && ::fsync(m_nFile) != 0 && !flushIsUnknown(errno))
+    if (!m_bDirect && !m_bFlushed && ::fdatasync(m_nFile) != 0 && !flushIsUnknown(errno))
         return failBySystem();
     m_bFlushed = true;
     return true;
