@@ -6,6 +6,7 @@
 namespace {
 
 constexpr double g_dfDegreesPerRadian = 180.0 / 3.141592653589793;
+constexpr double g_dfCoPlanar = 1e-6;  // volume of co-planar vectors against that of a box, at the most
 
 Vec3D divided(const Vec3D& v, float f)
 {
@@ -28,7 +29,9 @@ bool reciprocalToDirectBasis(const Vec3D& vecAStar, const Vec3D& vecBStar, const
     const Vec3D vecCA = cross(vecCStar, vecAStar);
     const Vec3D vecAB = cross(vecAStar, vecBStar);
     const float fVolume = dot(vecAStar, vecBC);
-    if (fVolume == 0.f || !std::isfinite(fVolume))
+    // Rounding leaves something of the volume of co-planar vectors: up to some 1e-7 of that of a box.
+    const double dfBox = double(length(vecAStar)) * double(length(vecBStar)) * double(length(vecCStar));
+    if (!std::isfinite(fVolume) || !(std::fabs(double(fVolume)) > g_dfCoPlanar * dfBox))
         return false;
     vecA = divided(vecBC, fVolume);
     vecB = divided(vecCA, fVolume);

@@ -8,7 +8,8 @@
 /// The direct basis (Å) of a reciprocal one (Å⁻¹), or the other way: the basis is dual.
 ///
 /// d = a*·(b*×c*) and a = (b*×c*)/d and so on, all in single precision.
-/// @return false, with the output untouched, if d is 0 (co-planar vectors) or not finite
+/// @return false, with the output untouched, if d is not finite or |d| at most 1e-6 of |a*|·|b*|·|c*|, as it
+///         is of co-planar vectors
 bool reciprocalToDirectBasis(const Vec3D& vecAStar, const Vec3D& vecBStar, const Vec3D& vecCStar, Vec3D& vecA,
                              Vec3D& vecB, Vec3D& vecC);
 

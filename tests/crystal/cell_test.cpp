@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <random>
 
 TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
 {
@@ -40,6 +42,47 @@ TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
             EXPECT_NEAR(calculator.calDStar(h, k, l), std::sqrt(q(h, k, l)), 1e-10);
         }
     }
+}
+
+// Rounding leaves a volume to most vectors of one plane, turned or as a singular matrix makes them of a cell.
+TEST(Cell, CoPlanarVectorsAreNoBasisHoweverTheyLie)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> number(-1, 1);
+    const auto vector = [&] { return std::array<double, 3>{number(random), number(random), number(random)}; };
+    int nFlat = 0;
+    for (int n = 0; n < 60; ++n) {
+        const std::array<double, 3> a = vector(), b = vector(), c = vector();
+        const double dfX = 3 * number(random), dfY = 3 * number(random);
+        for (double dfOff : {0.0, 3e-3}) {  // of the third vector from the plane of the others
+            QList<Vec3D> listCell{{}, {}, {}};
+            for (size_t i = 0; i < 3; ++i) {
+                const double adf[] = {0.1 * a[i], 0.05 * b[i],
+                                      0.1 * (dfX * a[i] + dfY * b[i] + dfOff * c[i])};
+                for (int k = 0; k < 3; ++k)
+                    (i == 0 ? listCell[k].x : i == 1 ? listCell[k].y : listCell[k].z) = float(adf[k]);
+            }
+            double adfCell[6] = {1, 2, 3, 4, 5, 6};
+            EXPECT_EQ(cellParametersFromList(listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3],
+                                             adfCell[4], adfCell[5]),
+                      dfOff > 0)
+                << n;
+            EXPECT_EQ(adfCell[5] == 6, dfOff == 0) << n;
+            nFlat += dfOff == 0 && dot(listCell[0], cross(listCell[1], listCell[2])) != 0;
+            // The rows of a singular matrix: two at will, and a third from them.
+            const CMatrix3 matSingular(2, 1, 0, dfX, 0, 1, 2 + 3 * dfX, 1, 3);
+            CRecordingReport report;
+            QList<Vec3D> listNew;
+            transformUnitCell(listCell, matSingular, TransformationSpace::Reciprocal, listNew, report, "h");
+            EXPECT_EQ(report.marked(), QStringList{"red Warning: co-planar reciprocal basis vectors!"}) << n;
+        }
+    }
+    EXPECT_GT(nFlat, 20) << "with a volume of rounding";
+    Vec3D a, b, c;
+    EXPECT_FALSE(reciprocalToDirectBasis({}, {0, 1, 0}, {0, 0, 1}, a, b, c));
+    EXPECT_FALSE(reciprocalToDirectBasis({NAN, 0, 0}, {0, 1, 0}, {0, 0, 1}, a, b, c));
+    const float f = 1e-5f;  // small vectors, large cell
+    EXPECT_TRUE(reciprocalToDirectBasis({f, 0, 0}, {0, f, 0}, {0, 0, f}, a, b, c));
 }
 
 // What other matrices give is held by the pages of the window.
