@@ -10,6 +10,8 @@
 namespace {
 
 const qint64 g_nLongestLine = 4096;  // bytes, of an HKL file
+const int g_nIndexWidth = 4;         // of the columns of h, k and l
+const int g_nIndices = 3;
 
 bool isOrigin(const HKLRef& hkl)
 {
@@ -68,6 +70,31 @@ private:
     const char* m_pEnd;
 };
 
+bool isDigit(char ch)
+{
+    return ch >= '0' && ch <= '9';
+}
+
+bool isWholeNumber(const QByteArray& baField)
+{
+    bool bOk = false;
+    baField.toInt(&bOk);
+    return bOk && isDigit(baField.back());
+}
+
+// Indices of 1000 and more leave no blank before them. Where the columns hold whole numbers they get one.
+QByteArray withPartedIndices(QByteArray baLine)
+{
+    const int nEnd = g_nIndices * g_nIndexWidth;
+    for (int n = 0; n < nEnd; n += g_nIndexWidth)
+        if (n + g_nIndexWidth >= baLine.size() || !isWholeNumber(baLine.mid(n, g_nIndexWidth)))
+            return baLine;
+    for (int n = nEnd; n > 0; n -= g_nIndexWidth)
+        if (isDigit(baLine[n]))
+            baLine.insert(n, ' ');
+    return baLine;
+}
+
 }  // namespace
 
 QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& listMissing)
@@ -78,12 +105,12 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
     for (const HKLRef& hkl : listObserved) {
         if (isOrigin(hkl))
             continue;
-        // Cut at the seventh character, so that the columns hold.
+        // Cut at the seventh character, and no blanks between the indices, so that the columns hold.
         const QString strIntensity = QStringLiteral("%1").arg(dfScale * hkl.dfI, 7, 'f', 1).left(7);
-        strText += QStringLiteral(" %1 %2 %3 %4 %5\n")
-                       .arg(hkl.nH, 3)
-                       .arg(hkl.nK, 3)
-                       .arg(hkl.nL, 3)
+        strText += QStringLiteral("%1%2%3 %4 %5\n")
+                       .arg(hkl.nH, g_nIndexWidth)
+                       .arg(hkl.nK, g_nIndexWidth)
+                       .arg(hkl.nL, g_nIndexWidth)
                        .arg(strIntensity)
                        .arg(1.0, 7, 'f', 1);
     }
@@ -110,7 +137,8 @@ QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)
         // Of a line that is longer than any list of reflections has, only the beginning counts.
         for (QByteArray baRest = baLine; !baRest.endsWith('\n') && !file.atEnd() && !baRest.isEmpty();)
             baRest = file.readLine(g_nLongestLine);
-        LineReader reader(baLine);
+        const QByteArray baParted = withPartedIndices(baLine);
+        LineReader reader(baParted);
         HKL5 hkl;
         if (reader.readInt(hkl.nH) && reader.readInt(hkl.nK) && reader.readInt(hkl.nL) &&
             reader.readFloat(hkl.fI))

@@ -49,6 +49,31 @@ TEST_F(ResultFiles, ScaleOfTheLargestIntensity)
               "   1  -2 -99  1234.6     1.0\n   0   0   0     0.0     0.0\n");
 }
 
+// Columns of 4, 4, 4, 8 and 8, which the reader takes apart where no blank does.
+TEST_F(ResultFiles, HklColumnsHoldFromMinus999To9999)
+{
+    const QList<HKLRef> listSeen{{-100, -999, -10, 20}, {1000, 9999, 1234, 30.5}, {1, 1000, -1, -5}};
+    const QString strText = hklFileText(listSeen, {{9999, -999, 1000, 0}});
+    EXPECT_EQ(strText,
+              "-100-999 -10    20.0     1.0\n"
+              "100099991234    30.5     1.0\n"
+              "   11000  -1    -5.0     1.0\n"
+              "9999-9991000       0     1.0\n"
+              "   0   0   0     0.0     0.0\n");
+    // Lines of other programs: an intensity that fills its column, and numbers that only seem to stand in
+    // columns.
+    writeBytes(path("wide.hkl"), strText.toLatin1() +
+                                     "   1   2   312345.67    1.00\n1 2 3 12345.6\n"
+                                     "12 13 14 12345.6\n1 2 34\n");
+    QStringList listRead;
+    for (const HKL5& hkl : readHKLFile(path("wide.hkl")))
+        listRead += QString("%1,%2,%3 %4").arg(hkl.nH).arg(hkl.nK).arg(hkl.nL).arg(double(hkl.fI), 0, 'f', 1);
+    EXPECT_EQ(listRead.join("; "),
+              "-100,-999,-10 20.0; 1000,9999,1234 30.5; 1,1000,-1 -5.0; "
+              "9999,-999,1000 0.0; 0,0,0 0.0; 1,2,3 12345.7; 1,2,3 12345.6; "
+              "12,13,14 12345.6");
+}
+
 TEST_F(ResultFiles, HklAndP4pWithTheirMessages)
 {
     EXPECT_TRUE(
