@@ -67,6 +67,16 @@ void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
     peakOut.nRGroup = 0;
 }
 
+/// Whether a chain of the right length gives no reflection because no peak of it has a weight.
+bool hasNoWeight(const QList<Peak3D>& listChain, const PeakMergingParameters& parameters)
+{
+    if (parameters.m_bIntegrateThroughFrames && listChain.size() < 2)
+        return false;  // for this one peak is too few
+    const int nMode = parameters.m_bIntegrate2D && !parameters.m_bIntegrateThroughFrames ? 1 : 0;
+    return std::none_of(listChain.begin(), listChain.end(),
+                        [nMode](const Peak3D& peak) { return float(intensity(peak, nMode)) > 0; });
+}
+
 bool isSelected(const std::vector<char>* pvecSelected, int nID)
 {
     return !pvecSelected || (nID >= 0 && size_t(nID) < pvecSelected->size() && (*pvecSelected)[size_t(nID)]);
@@ -198,6 +208,8 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
                 peakMerged.nID = nChain;
                 listAll.append(peakMerged);
                 listMerged.append(peakMerged);
+            } else if (hasNoWeight(chain, parameters)) {
+                ++result.nNotPositive;
             }
         } else if (dfLength > dfMax) {
             for (const Peak3D& peak : chain) {
@@ -223,6 +235,11 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
         report.addMessage(
             QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
                 .arg(result.nOutsideLimits),
+            Qt::black);
+    if (result.nNotPositive > 0)
+        report.addMessage(
+            QStringLiteral("%1 chains were dropped, as no peak of theirs has a positive intensity.")
+                .arg(result.nNotPositive),
             Qt::black);
     report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
                           .arg(result.nPeaks)

@@ -13,6 +13,7 @@ struct PeakMergingResult {
     bool bFinished = false;      ///< false: refused or stopped, and the data set is as it was
     QList<int> listStreakIndex;  ///< places of the streaks' peaks in m_listPeakMergedShown
     int nPeaks = 0;              ///< peaks in all chains
+    int nNotPositive = 0;        ///< chains that gave nothing because no peak has a positive intensity
     int nOutsideLimits = 0;      ///< chosen peaks that the intensity or resolution limits kept out
 };
 

@@ -78,8 +78,9 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     EXPECT_EQ(idsOfChains(data.m_listPeakChain),
               QList<QList<int>>({{2}, {0, 4, 10, 7}, {1, 3, 6}, {5}, {11}}));
     EXPECT_EQ(data.m_listPeakChain[0][0].dfX2D, -30);
-    EXPECT_EQ(log.m_listLine.mid(log.m_listLine.size() - 2),
+    EXPECT_EQ(log.m_listLine.mid(log.m_listLine.size() - 3),
               QStringList({"2 peaks lie outside the intensity or resolution limits and were not merged.",
+                           "3 chains were dropped, as no peak of theirs has a positive intensity.",
                            "10 peaks in 5 chains found. 4 peaks remained after merging."}));
     EXPECT_EQ(idsOf(data.m_listPeakMerged), QList<int>({1}));  // chains of weight 0 yield nothing
     EXPECT_GT(data.m_listPeakMerged[0].dfFrameFit, 0);         // the curves were fitted
@@ -143,6 +144,7 @@ TEST(Merging, EveryWayOfReducingAChain)
         CRecordingReport log;
         ASSERT_TRUE(merge(data, parameters, log).bFinished);
         EXPECT_EQ(data.m_nIntensityMode, int(row.b2D));
+        EXPECT_FALSE(log.said("chains were dropped")) << "of one peak, for a path: not by its intensity";
         ASSERT_EQ(data.m_listPeakMerged.size(), row.bLine ? 1 : 2);
         const Peak3D& merged = data.m_listPeakMerged[0];
         const Peak3D& best = data.m_listPeakFrame[row.nBest][0];
