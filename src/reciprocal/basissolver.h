@@ -21,6 +21,8 @@ public:
                 float((dfX * dfCofactor[3] + dfY * dfCofactor[4] + dfZ * dfCofactor[5]) / dfDeterminant),
                 float((dfX * dfCofactor[6] + dfY * dfCofactor[7] + dfZ * dfCofactor[8]) / dfDeterminant)};
     }
+    /// a*, b*, c*.
+    const Vec3D* basis() const { return vecBasis; }
     /// Nine elements, rows b*×c*, c*×a*, a*×b*.
     const double* cofactors() const { return dfCofactor; }
     /// a*·(b*×c*), Å⁻³.

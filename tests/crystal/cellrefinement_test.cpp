@@ -1,6 +1,7 @@
 #include "crystal/cellrefinement.h"
 
 #include "crystal/crystalparacal.h"
+#include "crystal/lmderfit.h"
 #include "crystal/testreflection.h"
 
 #include <gtest/gtest.h>
@@ -125,4 +126,32 @@ TEST(CellRefinement, SaysWhatTheReflectionsDoNotTell)
     // Six reflections fix six coefficients exactly and say nothing of their errors.
     EXPECT_TRUE(six.bDone && !std::isfinite(six.found.dfCellStdErr[0]));
     EXPECT_NEAR(six.aCell[4], g_aTrueCell[4], 1e-6);
+}
+
+// One line through points that are not on one, by derivatives; the step of finite differences is not in use.
+TEST(LmderFit, GivesTheRegressionLineWhateverTheStepOfDifferences)
+{
+    static const double adfY[] = {1, 3.5, 4, 8, 8.5};
+    const LmderFunction fn = [](void*, int m, int, const double* x, double* fvec, double* fjac, int ldfjac,
+                                int iflag) {
+        for (int i = 0; i < m; ++i) {
+            if (iflag == 1)
+                fvec[i] = x[0] + x[1] * i - adfY[i];
+            else if (iflag == 2) {
+                fjac[i] = 1;
+                fjac[i + ldfjac] = i;
+            }
+        }
+        return 0;
+    };
+    for (double dfStep : {0.0, 10.0}) {
+        CLmderFit fit(2);
+        EXPECT_EQ(fit.m_dfEpsFcn, 0);
+        fit.m_dfEpsFcn = dfStep;
+        EXPECT_GT(fit.Run(fn, 5), 0);
+        EXPECT_NEAR(fit.m_vecParam[0], 1.1, 1e-9);  // mean 5 less two slopes
+        EXPECT_NEAR(fit.m_vecParam[1], 1.95, 1e-9);
+        // Squares 2.475 over 3 degrees of freedom, and 10 for the spread of the places.
+        EXPECT_NEAR(fit.m_vecStdErr[1], std::sqrt(2.475 / 30), 1e-6);
+    }
 }

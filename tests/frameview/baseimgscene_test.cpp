@@ -90,6 +90,47 @@ TEST_F(Scene, SwitchesAmongTheImagesOfAFrame)
     EXPECT_EQ(m_scene.images().size(), 1u);
 }
 
+/// A scene whose owner has put an overlay on its second image.
+class OverlayScene : public BaseImgScene {
+public:
+    void setOverlay(const QList<uchar>& listByte, bool bShow)
+    {
+        m_vecOverlay.resize(2);
+        m_vecOverlay[1] = std::make_unique<CImgObj<unsigned char>>();
+        m_vecOverlay[1]->Create(listByte.size(), 1);
+        std::copy(listByte.begin(), listByte.end(), m_vecOverlay[1]->Data());
+        m_bOverlay = bShow;
+        updateOverlay();
+    }
+};
+
+TEST(Overlay, LiesOnItsImageInTheColoursOfItsTable)
+{
+    OverlayScene scene;
+    scene.setShowProgress(false);
+    ImageList vecImage = makeFrame(5, 1, 100);
+    vecImage.push_back(std::move(makeFrame(5, 1, 100)[0]));
+    scene.setImagesLimits(vecImage, {{0, 255}, {0, 255}});
+    const auto pixels = [&] {
+        QString str;
+        for (int x = 0; x < 5; ++x)
+            str += drawn(scene).pixelColor(x, 0).name() + ' ';
+        return str;
+    };
+    const QString strPlain = QStringLiteral("#646464 ").repeated(5);
+    scene.setOverlay({0, 1, 253, 254, 255}, true);
+    EXPECT_EQ(pixels(), strPlain) << "the first image has none";
+    scene.switchToIndex(1);
+    EXPECT_TRUE(scene.setOverlayAlpha(255));
+    EXPECT_EQ(pixels(), "#646464 #000100 #00fd00 #ff0000 #00ffff ");
+    EXPECT_FALSE(scene.setOverlayAlpha(256) || scene.setOverlayAlpha(-1));
+    EXPECT_EQ(pixels(), "#646464 #000100 #00fd00 #ff0000 #00ffff ");
+    EXPECT_TRUE(scene.setOverlayAlpha(0));
+    EXPECT_EQ(pixels(), "#646464 #646464 #646464 #ff0000 #00ffff ");
+    scene.setOverlay({0, 1, 253, 254, 255}, false);
+    EXPECT_EQ(pixels(), strPlain);
+}
+
 TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
 {
     for (bool bGone : {false, true}) {

@@ -1,4 +1,5 @@
 // Filters, maxima and resampling.
+#include "imaging/flipvertical.h"
 #include "imaging/imagefilters.h"
 #include "imaging/maximumsearch.h"
 #include "imaging/resizebicubic.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 #include <vector>
 
@@ -31,6 +33,24 @@ TEST(FindMaximum, TakesTheFirstAndPassesOverWhatIsNoNumber)
         EXPECT_EQ(nX * 10 + nY + FindMaximumIndex(row, 6), 11);
         EXPECT_EQ(dfValue, double(row[1]));
     }
+}
+
+TEST(FlipVertical, PutsTheLastRowFirst)
+{
+    const auto flipped = [](auto nValue, int nHeight) {
+        std::vector<decltype(nValue)> vec(size_t(5 * nHeight)), vecWanted(vec.size());
+        for (size_t i = 0; i < vec.size(); ++i) {
+            vec[i] = decltype(nValue)(i);
+            vecWanted[vec.size() - 5 - i / 5 * 5 + i % 5] = vec[i];
+        }
+        return FlipVertical(vec.data(), 5, nHeight) == 1 && vec == vecWanted;
+    };
+    for (int nHeight : {1, 2, 7})
+        EXPECT_TRUE(flipped(std::uint8_t(), nHeight) && flipped(std::int16_t(), nHeight) &&
+                    flipped(float(), nHeight))
+            << nHeight;
+    float f = 3;
+    EXPECT_EQ(FlipVertical<float>(nullptr, 1, 1) + FlipVertical(&f, 0, 1) + FlipVertical(&f, 1, 0), 0);
 }
 
 // The uniform cubic B-spline keeps slopes, lifts x² by 1/3, and has the edge pixels beyond each edge.

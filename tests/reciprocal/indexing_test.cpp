@@ -1,5 +1,6 @@
 #include "reciprocal/indexing.h"
 #include "filebytes.h"
+#include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
@@ -54,6 +55,22 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
     log.m_nStopAfter = 0;
     EXPECT_FALSE(indexReflections(list, listBasis, 0.05f, 1.f / 3, log));
     EXPECT_TRUE(bitsOf(list) == vecBefore);
+}
+
+TEST(BasisSolver, FindsTheStepsOfItsBasis)
+{
+    CBasisSolver solver;
+    const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 84, 97, 103));
+    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
+    for (int n = 0; n < 125; ++n) {
+        const int anStep[] = {n / 25 - 2, n / 5 % 5 - 2, n % 5 - 2};
+        Vec3D v;
+        for (int i = 0; i < 3; ++i)
+            v = v + scaled(solver.basis()[i], float(anStep[i]));
+        EXPECT_LT(length(solver.solve(v) - Vec3D{float(anStep[0]), float(anStep[1]), float(anStep[2])}),
+                  1e-5f)
+            << n;
+    }
 }
 
 TEST(Duplicates, TheStrongestStaysAndFriedelMatesAreApart)
