@@ -368,6 +368,8 @@ private:
     /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another
     /// cell.
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
+    /// False, with a red line, when the cell in force is not the one that the peaks were indexed with.
+    bool holdsIndicesOfCell(CRunReport& report);
     TiltRefinementOptions tiltOptions() const;
     void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);

@@ -27,6 +27,8 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     }
     if (refuseDuringRun(QStringLiteral("Another run")))
         return;
+    // The statistics of an indexing have left another one.
+    m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
     bFlag = true;
     {
         CRunScope scope(*this, true);

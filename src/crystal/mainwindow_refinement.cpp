@@ -20,6 +20,8 @@ void MainWindow::runUnitCellRefinement()
 {
     bool& bRunning = m_dataSet.m_bRunning;
     runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+        if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
+            return;
         const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
             QVector<QList<Peak3D>> vecRefined;
             // That run holds the flag itself.
@@ -71,14 +73,19 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
         if (bCell && m_listReflectionIndexed.isEmpty())
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
-        else if (bCell && m_listCellIndexed != m_dataSet.m_listCell)
-            report.addMessage(
-                tr("The unit cell is another one than the reflections were indexed with. Index them "
-                   "again first."),
-                Qt::red);
-        else
+        else if (!bCell || holdsIndicesOfCell(report))
             fnRun(report);
     });
+}
+
+bool MainWindow::holdsIndicesOfCell(CRunReport& report)
+{
+    if (m_listCellIndexed == m_dataSet.m_listCell)
+        return true;
+    report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
+                         "again first."),
+                      Qt::red);
+    return false;
 }
 
 TiltRefinementOptions MainWindow::tiltOptions() const

@@ -125,6 +125,28 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
         EXPECT_NEAR(listCell[i], listQuartz[i], 0.003 * listQuartz[i]);
 }
 
+TEST_F(Refinement, ThePageRefinesWithTheGroupOfItsBoxAndTheCellOfTheIndices)
+{
+    m_pRefine->m_pSpinRefineDStarLow->setValue(0.3);
+    const auto vectors = [&] {
+        m_pRefine->m_pButtonRunRefinement->click();
+        return numbers("Total number of difference vectors for refinement: ");
+    };
+    index();
+    const QList<double> listBefore = vectors();
+    ASSERT_TRUE(listBefore.size() == 1 && listBefore[0] > 50);
+    m_pCell->m_pCheckOutputStatistics->setChecked(true);
+    index();
+    EXPECT_EQ(vectors(), listBefore) << "the statistics end with group 230";
+    m_pCell->m_apEditMatrix[0][0]->setText(QStringLiteral("2"));
+    m_pCell->m_pButtonTest->click();
+    const int nRuns = log().count("Total number of difference vectors");
+    m_pRefine->m_pButtonRunRefinement->click();
+    EXPECT_EQ(lines("The unit cell is another one than the reflections were indexed with. Index them again"),
+              1);
+    EXPECT_EQ(log().count("Total number of difference vectors"), nRuns);
+}
+
 TEST_F(Refinement, ExtractionLeavesNoOtherReflectionsData)
 {
     index();
