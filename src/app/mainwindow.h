@@ -370,7 +370,7 @@ private:
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
     /// False, with a red line, when the cell in force is not the one that the peaks were indexed with.
     bool holdsIndicesOfCell(CRunReport& report);
-    TiltRefinementOptions tiltOptions() const;
+    TiltRefinementOptions tiltOptions(CRunReport& report) const;
     void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);
     void runExport(const std::function<void(CRunReport&)>& fnExport);

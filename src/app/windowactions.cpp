@@ -257,8 +257,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pRefineFrameNo,
          "Fits a*, b*, c* to the tilts at the tops of the curves through the frames, reflections of 100 "
          "counts and more, and lists expected tilts. Good: an \"Averaged error\" well below the tilt step, "
-         "degrees. Components along the rotation axis have large errors: tilts say little of them. To the "
-         "log alone: the cell in force stays."},
+         "degrees. Tilts hardly tell the common scale of the cell: it is wrong by the factor by which "
+         "\"Wavelength\" is. To the log alone: the cell in force stays."},
         {m_pExportPeaks,
          "Writes the points of the 3D view in front that are in no group of their own (\"Unlabeled\") to a "
          "text file."},

@@ -88,9 +88,10 @@ bool MainWindow::holdsIndicesOfCell(CRunReport& report)
     return false;
 }
 
-TiltRefinementOptions MainWindow::tiltOptions() const
+TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
 {
     TiltRefinementOptions options;
+    options.dfWavelength = wavelengthOfTilts(m_dataSet, report);
     options.listExcluded = m_refinement.m_listExcluded;
     options.strLatticeHost = m_strLatticeHost;
     return options;
@@ -99,14 +100,14 @@ TiltRefinementOptions MainWindow::tiltOptions() const
 void MainWindow::refineBasisVectors()
 {
     withIndexedReflections([this](CRunReport& report) {
-        ::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions());
+        ::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
     });
 }
 
 void MainWindow::refineUnitCellUsingFrameNo()
 {
     withIndexedReflections([this](CRunReport& report) {
-        const TiltRefinementOptions options = tiltOptions();
+        const TiltRefinementOptions options = tiltOptions(report);
         TiltRefinement result;
         ::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
         if (result.bDone)

@@ -42,7 +42,7 @@ void MainWindow::testFindCubicCell()
 void MainWindow::refineCubicUnitCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        ::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions());
+        ::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
     });
 }
 

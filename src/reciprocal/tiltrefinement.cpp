@@ -104,6 +104,17 @@ TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet
 
 }  // namespace
 
+double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report)
+{
+    const double dfWavelength = dataSet.m_dfWavelength;
+    const double dfHalfDigit = 0.00005;
+    if (!(dfWavelength > 0) || std::fabs(dfWavelength - g_dfTiltWavelength) <= dfHalfDigit)
+        return g_dfTiltWavelength;
+    report.addMessage(
+        QStringLiteral("Tilts are calculated with the wavelength of the data set, %1 Å.").arg(dfWavelength));
+    return dfWavelength;
+}
+
 void addBasisLines(const QList<Vec3D>& listCell, CRunReport& report)
 {
     const char* const apszName[3] = {"a*", "b*", "c*"};

@@ -13,9 +13,11 @@
 
 #include <vector>
 
+constexpr double g_dfTiltWavelength = 0.0251;  ///< Å, of electrons of 200 kV
+
 struct TiltRefinementOptions {
-    double dfWavelength = 0.0251;  ///< Å, of the calculated tilts
-    QList<HKLRef> listExcluded;    ///< left out by rounded indices; the intensities don't count
+    double dfWavelength = g_dfTiltWavelength;  ///< Å, of the calculated tilts
+    QList<HKLRef> listExcluded;                ///< left out by rounded indices; the intensities don't count
     QString strLatticeHost = latticeServiceHost();
     double dfFunctionError = g_dfTiltFunctionError;
 };
@@ -32,6 +34,11 @@ struct TiltRefinement {
     double dfSquaresBefore = 0;     ///< of the errors against the tilts of the frames, degrees²
     double dfSquaresAfter = 0;
 };
+
+/// The wavelength for the tilts of a data set, Å: 0.0251 at 200 kV, and where that of the data set rounds to
+/// another number that one, with a line that says so. The tilts stay the same when a cell grows as the
+/// wavelength shrinks, so that a wrong one makes all lengths wrong by the same factor, and no error shows it.
+double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report);
 
 /// The rows of the log that say a basis: "a* …", "b* …", "c* …".
 void addBasisLines(const QList<Vec3D>& listCell, CRunReport& report);
@@ -58,9 +65,9 @@ void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost,
 /// Refines a*, b*, c* so that the calculated tilts agree with the tilts of the frames (dfFrameTilt) of
 /// strong reflections away from the axis.
 ///
-/// The tilts say little of the components along the axis and nothing of a common scale but through the
-/// curvature of the sphere; their errors show it. If the working copy of a left-handed cell has a* and b*
-/// exchanged, so have the reflections h and k. Nothing of the data set is changed.
+/// The tilts hardly tell a common scale of the vectors: nothing but the curvature of the sphere does. If the
+/// working copy of a left-handed cell has a* and b* exchanged, so have the reflections h and k. Nothing of
+/// the data set is changed.
 ///
 /// Column TiltO of the table is dfFrameTilt in this and the next refinement, and Delta1 and Delta2 are
 /// against it. The errors against the tilts of the curves are those of calExpectedFrameNo().

@@ -11,8 +11,9 @@ struct PerfectSeries {
     QVector<QList<Peak3D>> vecPeak;
 
     PerfectSeries(const gemmi::UnitCell& cell, double dfMaxDStar, double dfStretch, int nFrames = 101,
-                  double dfAxis = -38.5)
+                  double dfAxis = -38.5, double dfWavelength = 0.0251)
     {
+        data.m_dfWavelength = dfWavelength;
         data.m_dfPixelSize = 0.002;
         data.m_dfRotationAxis = dfAxis;
         data.m_dfCenterX = 511.5;

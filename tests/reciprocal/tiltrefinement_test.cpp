@@ -99,6 +99,29 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
     EXPECT_EQ(report.marked().last(), "red Unit cell is not ready.");
 }
 
+// With the wavelength of 200 kV the cell of another voltage would come out wrong by the ratio, without
+// errors.
+TEST(TiltRefinement, TakesTheWavelengthOfTheDataSet)
+{
+    for (double dfWavelength : {0.0197, 0.0251, 0.0335, 0.02508, 0.0}) {
+        PerfectSeries series(g_cell, 0.8, 0, 101, -38.5, dfWavelength > 0 ? dfWavelength : 0.0251);
+        series.data.m_dfWavelength = dfWavelength;
+        CRecordingReport report;
+        TiltRefinementOptions options;
+        options.dfWavelength = wavelengthOfTilts(series.data, report);
+        const bool bOther = dfWavelength == 0.0197 || dfWavelength == 0.0335;
+        EXPECT_EQ(options.dfWavelength, bOther ? dfWavelength : 0.0251);
+        EXPECT_EQ(report.log(), bOther
+                                    ? QStringLiteral("Tilts are calculated with the wavelength of the data "
+                                                     "set, %1 Å.")
+                                          .arg(dfWavelength)
+                                    : QString());
+        distort(series.data.m_listCell);
+        if (dfWavelength != 0.02508)  // which is told from 0.0251 at the fourth digit
+            expectTrueCell(refineUnitCellUsingFrameNo(series.merged(), series.data, report, options));
+    }
+}
+
 TEST(CubicModel, TheOrientationOfACubicCrystalIsFound)
 {
     PerfectSeries series(gemmi::UnitCell(12, 12, 12, 90, 90, 90), 0.8, 0);

@@ -138,6 +138,13 @@ TEST_F(Refinement, ThePageRefinesWithTheGroupOfItsBoxAndTheCellOfTheIndices)
     m_pCell->m_pCheckOutputStatistics->setChecked(true);
     index();
     EXPECT_EQ(vectors(), listBefore) << "the statistics end with group 230";
+    tool("Refine &Basis Vectors");
+    EXPECT_FALSE(log().contains("with the wavelength of the data set"));
+    m_pFrames->m_pWavelengthSpin->setValue(0.0197);
+    for (const char* psz : {"Refine &Basis Vectors", "Refine Cell by Frame &Numbers"})
+        tool(psz);
+    EXPECT_EQ(lines("Tilts are calculated with the wavelength of the data set, 0.0197 Å.", Qt::black), 2);
+
     m_pCell->m_apEditMatrix[0][0]->setText(QStringLiteral("2"));
     m_pCell->m_pButtonTest->click();
     const int nRuns = log().count("Total number of difference vectors");
