@@ -42,6 +42,7 @@ class TableModel;
 class TextDataWidget;
 class TextItem;
 struct IndexingResult;
+struct PointGroup;
 struct PositionRefinementOptions;
 struct TiltRefinementOptions;
 class View3DPage;
@@ -320,13 +321,16 @@ private:
     void keepRawGroups();
     void forgetRawGroups();
     void showInRawView(const QList<Peak3D>& listPeak);
+    void showInRawView(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup);
+    /// Groups of the raw view after the masks of the peaks, within the limits. False when they don't fit.
+    bool restoreRawGroups();
     /// Shows reflections, seen as the raw view is, with the peaks of streaks as a group of their own.
     void showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak);
     void showIndexing(const IndexingResult& result);
     /// Makes a list of reflections that is no result of merging the merged list, and shows it.
     void showReflectionList(const QList<Peak3D>& listPeak);
     std::vector<char> groupFlags(int nGroup) const;
-    void renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber);
+    void changeHiddenGroups(const ED3DWidget* pView, const std::function<void()>& fnChange);
     /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is
     /// shown.
     void buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable);

@@ -8,7 +8,6 @@
 #include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/pages/view3dpage.h"
-#include "view3d/quietview.h"
 
 #include <QColorDialog>
 #include <QFileDialog>
@@ -80,8 +79,8 @@ void MainWindow::removeSelectedPeakGroups()
     if (!m_pView3DCurrent)
         return;
     const QList<int> listRow = selectedPeakGroupRows();
-    renumberHiddenPeaks(m_pView3DCurrent,
-                        groupNumbersAfterRemoval(m_pView3DCurrent->groupLabels().size(), listRow));
+    const int nGroups = m_pView3DCurrent->groupLabels().size();
+    changeHiddenGroups(m_pView3DCurrent, [&] { removePeakGroups(m_dataSet, nGroups, listRow); });
     m_pView3DCurrent->removePointGroups(listRow);
 }
 
@@ -92,19 +91,19 @@ void MainWindow::mergeSelectedPeakGroups()
     if (!m_pView3DCurrent)
         return;
     const QList<int> listRow = selectedPeakGroupRows();
-    renumberHiddenPeaks(m_pView3DCurrent,
-                        groupNumbersAfterMerge(m_pView3DCurrent->groupLabels().size(), listRow));
+    const int nGroups = m_pView3DCurrent->groupLabels().size();
+    changeHiddenGroups(m_pView3DCurrent, [&] { mergePeakGroups(m_dataSet, nGroups, listRow); });
     m_pView3DCurrent->mergePointGroups(listRow);
 }
 
 /// Lets the peaks that the limits hide follow a change of the raw view's groups, before the view makes it.
-void MainWindow::renumberHiddenPeaks(const ED3DWidget* pView, const QVector<int>& vecNewNumber)
+void MainWindow::changeHiddenGroups(const ED3DWidget* pView, const std::function<void()>& fnChange)
 {
     if (pView != m_pView3DRaw || !m_bRawViewHoldsPeaks)
         return;
     guarded([&] {
         updatePeakGroupsFromView();
-        renumberPeakGroups(m_dataSet, vecNewNumber);
+        fnChange();
     });
 }
 
@@ -122,7 +121,7 @@ void MainWindow::resetSelectedPeakGroups()
     QList<int> listGroup;
     for (int g = 1; g < pView->groupPoints().size(); ++g)
         listGroup.append(g);
-    renumberHiddenPeaks(pView, groupNumbersAfterRemoval(listGroup.size() + 1, listGroup));
+    changeHiddenGroups(pView, [&] { removePeakGroups(m_dataSet, listGroup.size() + 1, listGroup); });
     pView->removePointGroups(listGroup);
 }
 
@@ -206,22 +205,30 @@ void MainWindow::restorePointGroups()
     if (!m_pView3DRaw)
         return;
     guarded([this] {
-        const RestoredPointGroups restored = ::restorePointGroups(m_dataSet);
-        if (!restored.bRestored)
-            return;
-        m_pTabWidget->setCurrentIndex(1);
-        m_dataSet.m_listPeakFrameShown = restored.listPeakFrameShown;
-        const QuietView quiet(*m_pView3DRaw);
-        m_pView3DRaw->setPoints(restored.listPeakFlat);
-        QList<PointGroup> listGroup{{m_pView3DRaw->groupLabels()[0], {}, m_pView3DRaw->groupColors()[0]}};
-        for (int g = 1; g < restored.listGroupPoint.size(); ++g)
-            if (!restored.listGroupPoint[g].isEmpty())
-                listGroup.append({QStringLiteral("Label%1").arg(g), restored.listGroupPoint[g],
-                                  ED3DWidget::nextGroupColor()});
-        m_pView3DRaw->setPointGroups(listGroup);
-        m_bRawViewHoldsPeaks = true;
-        updatePeakGroupsFromView();  // gaps in the numbers have closed
+        if (restoreRawGroups())
+            m_pTabWidget->setCurrentIndex(1);
     });
+}
+
+bool MainWindow::restoreRawGroups()
+{
+    const RestoredPointGroups all = ::restorePointGroups(m_dataSet);
+    if (!all.bRestored)
+        return false;
+    const RestoredPointGroups shown = withinLimits(all, m_mapping);
+    QList<PointGroup> listGroup{{m_pView3DRaw->groupLabels()[0],
+                                 {},
+                                 m_pView3DRaw->groupColors()[0],
+                                 m_pView3DRaw->groupsVisible()[0]}};
+    for (int g = 1; g < all.listGroupPoint.size(); ++g)
+        if (!all.listGroupPoint[g].isEmpty())  // else a group of hidden peaks would be lost
+            listGroup.append(
+                {QStringLiteral("Label%1").arg(g), shown.listGroupPoint[g], ED3DWidget::nextGroupColor()});
+    closeGapsOfGroups(m_dataSet, all);
+    m_dataSet.m_listPeakFrameShown = shown.listPeakFrameShown;
+    showInRawView(shown.listPeakFlat, listGroup);
+    m_bRawViewHoldsPeaks = true;
+    return true;
 }
 
 void MainWindow::updatePeakGroupsFromView()

@@ -39,30 +39,27 @@ void MainWindow::showPeaksIn3D()
     syncParametersWithControls(true);
     guarded([this] {
         keepRawGroups();
-        showInRawView(::showPeaksIn3D(m_dataSet, m_mapping));
-        m_bRawViewHoldsPeaks = true;
+        const QList<Peak3D> listPeak = ::showPeaksIn3D(m_dataSet, m_mapping);
         const KeptGroups kept = std::exchange(m_keptGroups, {});
-        const int nGroups = kept.listLabel.size();
-        if (nGroups < 2)
-            return;
         // The same peaks under other limits or another geometry keep the groups that the user has made.
-        const QuietView quiet(*m_pView3DRaw);
-        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, m_pView3DRaw->points(),
-                                                                    nGroups);
+        const int nGroups = kept.listLabel.size();
+        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, listPeak, nGroups);
         QList<PointGroup> listGroup;
         for (int g = 0; g < nGroups; ++g)
             listGroup.append({kept.listLabel[g], listGroupPoint[g], kept.listColor[g], kept.listVisible[g]});
-        m_pView3DRaw->setPointGroups(listGroup);
+        showInRawView(listPeak, listGroup);
+        m_bRawViewHoldsPeaks = true;
     });
 }
 
 /// Notes the groups of the raw view, and in the masks of the peaks who is in them, before other points come.
 void MainWindow::keepRawGroups()
 {
-    if (!m_bRawViewHoldsPeaks || m_pView3DRaw->groupLabels().size() < 2)
+    if (!m_bRawViewHoldsPeaks)
         return;
     m_keptGroups = {m_pView3DRaw->groupLabels(), m_pView3DRaw->groupColors(), m_pView3DRaw->groupsVisible()};
-    ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+    if (m_keptGroups.listLabel.size() > 1)  // one group alone holds all, whatever their masks say
+        ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
 }
 
 /// The peaks of the data set are others now: groups of the former ones go with them.
@@ -74,11 +71,16 @@ void MainWindow::forgetRawGroups()
 
 void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
 {
+    showInRawView(listPeak, {});
+}
+
+void MainWindow::showInRawView(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup)
+{
     const QuietView quiet(*m_pView3DRaw);
     const double dfSize = m_pView3DPage->m_pSpinPointSize->value();
     if (m_pView3DRaw->pointSizeRatio() != dfSize)  // else the sizes of the points that go would be made again
         m_pView3DRaw->setPointSizeRatio(dfSize);
-    m_pView3DRaw->setPoints(listPeak);
+    m_pView3DRaw->setPoints(listPeak, listGroup);
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -112,6 +114,9 @@ void MainWindow::peakReduction3D()
         m_pMergingPage->m_pButtonMerge->setEnabled(true);
         return;
     }
+    report.addMessage(tr("Merging the peaks of the group \"%1\" (%L2).")
+                          .arg(m_pView3DRaw->groupLabels().value(nGroup))
+                          .arg(m_pView3DRaw->groupPoints().value(nGroup).size()));
     report.goOn();
     guarded([&] {
         const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);

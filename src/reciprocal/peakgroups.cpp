@@ -1,6 +1,7 @@
 #include "reciprocal/peakgroups.h"
 
 #include "app/records/groupmask.h"
+#include "reciprocal/mapping.h"
 
 #include <algorithm>
 #include <numeric>
@@ -62,6 +63,38 @@ QVector<QVector<QList<int>>> groupZeroAlone(const QList<QList<Peak3D>>& listPeak
     return vecPeakGroup;
 }
 
+/// The new number of each group of a view that loses some; -1: gone.
+QVector<int> numbersAfterRemoval(int nGroups, const QList<int>& listRemoved)
+{
+    QVector<int> vecNew(nGroups, -1);
+    int nNext = 0;
+    for (int g = 0; g < nGroups; ++g)
+        if (g == 0 || !listRemoved.contains(g))
+            vecNew[g] = nNext++;
+    return vecNew;
+}
+
+/// Gives the groups of m_vecPeakGroup their new numbers.
+void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber)
+{
+    for (QVector<QList<int>>& vecGroup : dataSet.m_vecPeakGroup)
+        for (QList<int>& listGroup : vecGroup) {
+            if (listGroup.isEmpty())
+                continue;
+            QList<int> listNew;
+            for (int g : qAsConst(listGroup)) {
+                const int nNew = vecNewNumber.value(g, -1);
+                if (nNew >= 0 && !listNew.contains(nNew))
+                    listNew.append(nNew);
+            }
+            if (listNew.size() > 1)
+                listNew.removeAll(0);
+            if (listNew.isEmpty())
+                listNew.append(0);
+            listGroup = listNew;
+        }
+}
+
 }  // namespace
 
 RestoredPointGroups restorePointGroups(const DataSet& dataSet)
@@ -112,6 +145,40 @@ std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup)
     return vecFlag;
 }
 
+RestoredPointGroups withinLimits(const RestoredPointGroups& restored, const MappingParameters& parameters)
+{
+    const PeaksShown shown = filterPeaksShown(restored.listPeakFrameShown, parameters);
+    RestoredPointGroups within{restored.bRestored, shown.m_listPeakFrameShown, shown.m_listPeakFlat, {}};
+    std::vector<int> vecPlace;  // among those that are kept, -1 for the others
+    int nNext = 0;
+    for (const Peak3D& peak : restored.listPeakFlat)
+        vecPlace.push_back(liesWithinLimits(peak, parameters) ? nNext++ : -1);
+    for (const QList<int>& listPoint : restored.listGroupPoint) {
+        within.listGroupPoint.append(QList<int>());
+        for (int nPoint : listPoint)
+            if (vecPlace[size_t(nPoint)] >= 0)
+                within.listGroupPoint.last().append(vecPlace[size_t(nPoint)]);
+    }
+    return within;
+}
+
+void closeGapsOfGroups(DataSet& dataSet, const RestoredPointGroups& restored)
+{
+    QList<QList<int>> listGroupPoint{{}};
+    std::vector<char> vecHeld(size_t(restored.listPeakFlat.size()), 0);
+    for (int g = 1; g < restored.listGroupPoint.size(); ++g) {
+        if (restored.listGroupPoint[g].isEmpty())
+            continue;
+        listGroupPoint.append(restored.listGroupPoint[g]);
+        for (int nPoint : restored.listGroupPoint[g])
+            vecHeld[size_t(nPoint)] = 1;
+    }
+    for (size_t n = 0; n < vecHeld.size(); ++n)
+        if (!vecHeld[n])
+            listGroupPoint.first().append(int(n));
+    updatePeakGroupsFromView(dataSet, restored.listPeakFlat, listGroupPoint);
+}
+
 void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoint,
                               const QList<QList<int>>& listGroupPoint)
 {
@@ -155,56 +222,29 @@ QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>
     return listGroupPoint;
 }
 
-QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved)
+void removePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listRemoved)
 {
-    listRemoved.removeAll(0);
-    QVector<int> vecNew(nGroups, -1);
-    int nNext = 0;
-    for (int g = 0; g < nGroups; ++g)
-        if (!listRemoved.contains(g))
-            vecNew[g] = nNext++;
-    return vecNew;
+    renumberPeakGroups(dataSet, numbersAfterRemoval(nGroups, listRemoved));
 }
 
-QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged)
+void mergePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listMerged)
 {
-    if (nGroups < 2 || listMerged.size() < 2) {  // then nothing is united
-        QVector<int> vecSame(nGroups);
-        std::iota(vecSame.begin(), vecSame.end(), 0);
-        return vecSame;
-    }
-    std::sort(listMerged.begin(), listMerged.end());
-    const int nFirst = listMerged.first();
-    QVector<int> vecNew = groupNumbersAfterRemoval(nGroups, listMerged);
-    for (int g = 0; g < nGroups; ++g) {
-        if (listMerged.contains(g))
-            vecNew[g] = nFirst;
-        else if (vecNew[g] >= nFirst)
-            ++vecNew[g];  // makes room for the united one
-    }
-    // The united one becomes group 0 and takes over who is in no other, so what was group 0 stands behind it.
-    vecNew[0] = nFirst == 0 ? 1 : 0;
-    return vecNew;
-}
-
-void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber)
-{
-    for (QVector<QList<int>>& vecGroup : dataSet.m_vecPeakGroup)
-        for (QList<int>& listGroup : vecGroup) {
-            if (listGroup.isEmpty())
-                continue;
-            QList<int> listNew;
-            for (int g : qAsConst(listGroup)) {
-                const int nNew = vecNewNumber.value(g, -1);
-                if (nNew >= 0 && !listNew.contains(nNew))
-                    listNew.append(nNew);
-            }
-            if (listNew.size() > 1)
-                listNew.removeAll(0);
-            if (listNew.isEmpty())
-                listNew.append(0);
-            listGroup = listNew;
+    if (nGroups < 2 || listMerged.size() < 2)  // then nothing is united
+        return;
+    const int nFirst = *std::min_element(listMerged.begin(), listMerged.end());
+    QVector<int> vecNew = numbersAfterRemoval(nGroups, listMerged);
+    if (nFirst == 0) {
+        renumberPeakGroups(dataSet, vecNew);  // group 0 takes who is in no other now
+        std::iota(vecNew.begin(), vecNew.end(), 1);
+    } else {
+        for (int g = 1; g < nGroups; ++g) {
+            if (listMerged.contains(g))
+                vecNew[g] = nFirst;
+            else if (vecNew[g] >= nFirst)
+                ++vecNew[g];  // makes room for the united one
         }
+    }
+    renumberPeakGroups(dataSet, vecNew);
 }
 
 int keepPeaksBeyondMasks(DataSet& dataSet)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/dataset/dataset.h"
+#include "app/records/runparameters.h"
 
 #include <QList>
 #include <QVector>
@@ -19,13 +20,19 @@ struct RestoredPointGroups {
 /// Turns the masks m_vecPeakGroup into point groups.
 ///
 /// A peak of no group is left out, but a list in which no peak has a group is a list without masks: all its
-/// peaks are shown, as "Unlabeled". The masks alone decide, not the limits of the page, which come in again
-/// with the next change of a limit or of the geometry.
+/// peaks are shown, as "Unlabeled". The masks alone decide; withinLimits() brings in the limits of the page.
 RestoredPointGroups restorePointGroups(const DataSet& dataSet);
 
 /// One flag per nID of the peaks: whether the masks put it into group `nGroup`, by the rule of
 /// restorePointGroups(). Masks that don't fit the peaks are none.
 std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup);
+
+/// What of it lies within the limits. Groups that have no other peaks are left without any.
+RestoredPointGroups withinLimits(const RestoredPointGroups& restored, const MappingParameters& parameters);
+
+/// Gives the groups of m_vecPeakGroup running numbers, as those of a view have, and group 0 to peaks in no
+/// other: of all peaks of `restored`, which the limits have not cut.
+void closeGapsOfGroups(DataSet& dataSet, const RestoredPointGroups& restored);
 
 /// Rewrites m_vecPeakGroup after the groups of the raw view: for each point of group g (its nFrame and nID)
 /// g joins the list of that peak. Peaks that the limits of the page hide keep the groups that they had.
@@ -39,15 +46,13 @@ void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoi
 /// all of the peaks of m_listPeakFrame in their order there. All empty when the groups don't fit the peaks.
 QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>& listViewPoint, int nGroups);
 
-/// The new number of each group of a view that loses some (-1: gone), or that unites some under the place of
-/// the first of them. Group 0, of the peaks in no other group, stays group 0; one that is united itself
-/// leaves that place to the union, and its peaks go into group 1, as in the view.
-QVector<int> groupNumbersAfterRemoval(int nGroups, QList<int> listRemoved);
-QVector<int> groupNumbersAfterMerge(int nGroups, QList<int> listMerged);
-
-/// Gives the groups of m_vecPeakGroup their new numbers. A peak that has lost its last group goes to group 0,
-/// and none is in group 0 and another.
-void renumberPeakGroups(DataSet& dataSet, const QVector<int>& vecNewNumber);
+/// What becomes of m_vecPeakGroup when a view of `nGroups` groups loses some, or unites some under the place
+/// of the first of them. Group 0, of the peaks in no other group, is never lost. When it is united itself, it
+/// takes who is in no other group any more and becomes group 1, as the view puts a new group ahead of it.
+///
+/// A peak that loses its last group goes to group 0, and none is in group 0 and another.
+void removePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listRemoved);
+void mergePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listMerged);
 
 /// Puts peaks whose groups all lie beyond the 64 of a peak list into group 0, lest they be in none when the
 /// list is read again.

@@ -55,7 +55,7 @@ ED3DWidget::~ED3DWidget()
         makeContextCurrent();
 }
 
-void ED3DWidget::setPoints(const QList<Peak3D>& listPeak)
+void ED3DWidget::setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup)
 {
     m_listPoint = listPeak;
     for (const Peak3D& peak : listPeak)
@@ -71,6 +71,7 @@ void ED3DWidget::setPoints(const QList<Peak3D>& listPeak)
     m_sizeClasses = PointSizeClasses();
     m_pfPointSize.clear();
     m_groups.reset(m_listPoint.size());
+    m_groups.setGroups(listGroup);
     setPointSizeRatio(m_dfPointSizeRatio);
     updatePointGroups();
 }

@@ -36,7 +36,11 @@ public:
 
     /// Takes the points, empties the selection and leaves group 0 alone. A list with a negative nID can't be
     /// looked up by nID and leaves the view empty.
-    void setPoints(const QList<Peak3D>& listPeak);
+    ///
+    /// @param listGroup  if not empty, the groups of the points, as setPointGroups() takes them: who listens
+    /// to
+    ///                   the view sees points and groups change in one step
+    void setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup = {});
     const QList<Peak3D>& points() const;
     /// Copies dfH, dfK, dfL of each given record to every point of equal nID.
     void setIndices(const QList<Peak3D>& listPeak);

@@ -64,6 +64,24 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
     EXPECT_EQ(restored.listGroupPoint[3], QList<int>{2});
     EXPECT_EQ(restored.listGroupPoint[63], QList<int>{3});
 
+    // The limits hide peaks 0 and 4, and with it all of group 63. Their groups get running numbers like the
+    // others.
+    MappingParameters limits;
+    limits.m_dfIntensityMin = 101;
+    DataSet limited = readList(QByteArray(g_achList)
+                                   .replace("11.0 20.0 100", "11.0 20.0 900")
+                                   .replace("13.0 20.0 100", "13.0 20.0 101"));
+    const RestoredPointGroups all = restorePointGroups(limited), within = withinLimits(all, limits);
+    EXPECT_TRUE(within.bRestored);
+    EXPECT_EQ(idsOf(within.listPeakFlat), QList<int>({1, 3}));
+    EXPECT_EQ(idsOf(within.listPeakFrameShown[1]), QList<int>{3});
+    EXPECT_EQ(within.listPeakFrameShown.size(), 4);
+    EXPECT_EQ(within.listGroupPoint.mid(0, 4), QList<QList<int>>({{}, {0, 1}, {}, {1}}));
+    EXPECT_EQ(within.listGroupPoint[63], QList<int>());
+    closeGapsOfGroups(limited, all);
+    EXPECT_EQ(writtenMasks(limited), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
+                                                  "6000000000000000", "1000000000000000"}));
+
     // All shown: groups 3 and 63 close up to 2 and 3.
     DataSet saved = readList(g_achList);
     updatePeakGroupsFromView(saved, restored.listPeakFlat, {{1}, {0, 2}, {2}, {3}});
@@ -104,6 +122,9 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     // With masks a peak without a group is in none.
     EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 0), (std::vector<char>{1}));
     EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 1), (std::vector<char>{0, 1, 0, 1}));
+    DataSet data = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n");
+    closeGapsOfGroups(data, restorePointGroups(data));
+    EXPECT_EQ(data.m_vecPeakGroup[2], QVector<QList<int>>{{0}}) << "not left out when the list is saved";
 }
 
 // As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine
@@ -139,8 +160,7 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
         }
         const bool bMerge = nRound % 2;
         const int nGroups = int(groups.size());
-        renumberPeakGroups(data, bMerge ? groupNumbersAfterMerge(nGroups, listChosen)
-                                        : groupNumbersAfterRemoval(nGroups, listChosen));
+        (bMerge ? mergePeakGroups : removePeakGroups)(data, nGroups, listChosen);
         if (!bMerge || listChosen.size() > 1) {
             unsigned nUnion = 0;
             for (int g : listChosen) {  // the last ones first
@@ -148,6 +168,7 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
                 if (g > 0)
                     groups.erase(groups.begin() + g);
             }
+            settle();  // before the united one comes, which leaves to group 0 what that has taken
             if (bMerge)
                 groups.insert(groups.begin() + listChosen.last(), nUnion);
             settle();

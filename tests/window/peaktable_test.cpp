@@ -206,7 +206,17 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     m_pWindow->resetSelectedPeakGroups();
     m_pMerging->m_pSpinIntensityMin->setValue(1100);
     answered({path("out.pk")}, [&] { m_pWindow->loadRawPeaks(); });
-    EXPECT_EQ(m_pRaw->points().size(), 8) << "the masks decide, not the limits";
+    // Of A1 to A5, and so is what is merged; A0 has kept its group when the limit lets it in.
+    EXPECT_EQ(rows(m_pTarget).join('|').remove(QRegularExpression(" #\\w+ ")),
+              QStringLiteral("Unlabeled 4|Label1 1"));
+    m_pTarget->selectRow(1);
+    m_pMerging->m_pButtonMerge->click();
+    EXPECT_TRUE(log().contains("Merging the peaks of the group \"Label1\" (1).\n"));
+    EXPECT_EQ(lines("1 peaks lie outside the intensity or resolution limits", Qt::black), 1);
+    m_pTabs->setCurrentIndex(1);
+    m_pMerging->m_pSpinIntensityMin->setValue(1000);
+    EXPECT_EQ(rows(m_pTarget).join('|').remove(QRegularExpression(" #\\w+ ")),
+              QStringLiteral("Unlabeled 4|Label1 2"));
     answered({int(QMessageBox::No)}, [&] { m_pWindow->resetSelectedPeakGroups(); });
     ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
     EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label1"));
@@ -241,11 +251,20 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     };
     const std::string strAll =
         "rest ffffff A2 A4 B5, Label2 ff0000 A0 A1, odd 0000ff hidden A1 A3 A5, B 00ff00 A0 B3 B4";
+    m_pTarget->selectRow(2);
+    const auto chosen = [this] {
+        const QList<QTableWidgetItem*> list = m_pTarget->selectedItems();
+        return list.isEmpty() ? -1 : list.first()->row();
+    };
     for (QDoubleSpinBox* p :
          {m_pMerging->m_pSpinResolutionMax, m_pFrames->m_pPixelSizeSpin, m_pFrames->m_pRotationAxisSpin}) {
         p->stepUp();
         EXPECT_EQ(state(), strAll);
+        EXPECT_EQ(chosen(), 2);
     }
+    m_pWindow->peakReduction3D();
+    EXPECT_TRUE(log().contains("Merging the peaks of the group \"odd\" (3).\n3 peaks in "));
+    m_pTabs->setCurrentIndex(1);
     const std::string strSome = "rest ffffff A2 A4, Label2 ff0000 A1, odd 0000ff hidden A1 A3 A5, B 00ff00";
     m_pMerging->m_pSpinIntensityMin->setValue(1050);
     EXPECT_EQ(state(), strSome);
@@ -276,6 +295,19 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     for (const QString& strLine : linesOf("out.pk"))
         strMasks += strLine.right(16)[0];
     EXPECT_EQ(strMasks, QStringLiteral("448448448"));
+
+    // What is united with group 0 becomes group 1, in sight or not. One group alone keeps its looks, too.
+    m_pMerging->m_pSpinIntensityMin->setValue(1150);
+    m_pGroups->setRangeSelected({0, 0, 1, 3}, true);
+    m_pWindow->mergeSelectedPeakGroups();
+    m_pMerging->m_pSpinIntensityMin->setValue(0);
+    EXPECT_EQ(state(), "rest ffffff, rest ffffff A0 A1 A2 A3 B3 A4 B4 A5 B5");
+    m_pRaw->removePointGroups({1});
+    m_pRaw->setGroupColor(0, Qt::cyan);
+    m_pRaw->setGroupVisible(0, false);
+    m_pMerging->m_pSpinResolutionMax->stepUp();
+    EXPECT_EQ(state(), "rest 00ffff hidden A0 A1 A2 A3 B3 A4 B4 A5 B5");
+    m_pRaw->insertPointGroup(1, QStringLiteral("last"), {0}, Qt::green);
 
     // Both views have two groups: what is typed or chosen for one of them is not the other's.
     m_pMerged->insertPointGroup(1, QStringLiteral("other"), {0}, Qt::green);
