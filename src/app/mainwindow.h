@@ -322,6 +322,8 @@ private:
     void forgetRawGroups();
     void showInRawView(const QList<Peak3D>& listPeak);
     void showInRawView(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup);
+    /// Maps peaks that have waited for the shifts, now that both agree, and shows them in the raw view.
+    void mapWaitingPeaks();
     /// Groups of the raw view after the masks of the peaks, within the limits. False when they don't fit.
     bool restoreRawGroups();
     /// Shows reflections, seen as the raw view is, with the peaks of streaks as a group of their own.

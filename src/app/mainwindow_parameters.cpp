@@ -268,8 +268,10 @@ void MainWindow::connectPanelSignals(bool bConnect)
             remap);
     keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
     onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] { showRotationAxisLine(); });
-    onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin},
-            [this] { updateExpectedPeakPositionFromOrientationMatrix(); });
+    onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin}, [this] {
+        showRotationAxisLine();
+        updateExpectedPeakPositionFromOrientationMatrix();
+    });
     keep(connect(m_pFramesPage->m_pShowAxisCheck, &QCheckBox::toggled, this,
                  &MainWindow::showRotationAxisLine));
     onValue({m_pFramesPage->m_pContrastMinSpin, m_pFramesPage->m_pContrastMaxSpin},

@@ -93,5 +93,6 @@ void MainWindow::runShiftEvaluation()
     selSizeChanged2();
     if (!bFinished)
         fillShiftTable();  // the shifts that stand, be they the old ones
+    mapWaitingPeaks();
     showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
 }

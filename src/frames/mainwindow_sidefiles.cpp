@@ -79,7 +79,9 @@ bool MainWindow::loadShiftFile(const QString& strFileName)
         m_pShiftPage->m_pCenterYSpin->setValue(m_dataSet.m_dfCenterY);
     }
     fillShiftTable();
+    showRotationAxisLine();
     showEstimatedPeakPosition();
+    mapWaitingPeaks();
     return true;
 }
 

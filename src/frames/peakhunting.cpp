@@ -200,6 +200,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
         return false;
     }
     dataSet.m_listPeakFrame = listFound;
+    dataSet.m_peakMapping.reset();
     const bool bAnyPeak = std::any_of(listFound.begin(), listFound.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
     if (options.bSave && (bAnyPeak || options.bSaveEmpty))

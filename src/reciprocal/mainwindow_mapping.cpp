@@ -83,6 +83,17 @@ void MainWindow::showInRawView(const QList<Peak3D>& listPeak, const QList<PointG
     m_pView3DRaw->setPoints(listPeak, listGroup);
 }
 
+void MainWindow::mapWaitingPeaks()
+{
+    if (m_dataSet.m_peakMapping || !canMapPeaks(m_dataSet))
+        return;
+    const bool bRestore = !m_bRawViewHoldsPeaks;  // of a list that could not be shown when it was opened
+    transformPeaksTo3D();
+    showPeaksIn3D();
+    if (bRestore)
+        guarded([this] { restoreRawGroups(); });
+}
+
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
 {
     if (isPumping()) {
@@ -104,6 +115,14 @@ void MainWindow::peakReduction3D()
         return;
     CRunScope scope(*this);
     WindowReport report(*this);
+    if (m_bRawViewHoldsPeaks && needsMapping(m_dataSet, m_mapping)) {
+        // Positions relative to a beam that has moved since must not meet points of the former one.
+        report.addMessage(
+            tr("Shifts, direct beam or geometry have changed since the peaks were mapped. They "
+               "are mapped anew before merging."));
+        transformPeaksTo3D();
+        showPeaksIn3D();
+    }
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
@@ -169,6 +188,8 @@ void MainWindow::showRotationAxisLine()
 {
     if (isFrameInUse())
         return;
+    if (!isRunning())
+        syncParametersWithControls(true);
     const int nFrame = m_pFrameSpin->value() - 1;
     const BeamCentres centres = beamCentres(m_dataSet);
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;

@@ -72,7 +72,38 @@ bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, C
         listMapped.append(listPeak);
     }
     dataSet.m_listPeakFrame = listMapped;
+    dataSet.m_peakMapping = currentPeakMapping(dataSet, parameters);
     return true;
+}
+
+PeakMapping currentPeakMapping(const DataSet& dataSet, const MappingParameters& parameters)
+{
+    PeakMapping mapping;
+    mapping.listShift = dataSet.m_listShift;
+    mapping.listOverallTilt = dataSet.m_listOverallTilt;
+    mapping.dfCenterX = dataSet.m_dfCenterX;
+    mapping.dfCenterY = dataSet.m_dfCenterY;
+    mapping.dfWavelength = dataSet.m_dfWavelength;
+    mapping.dfPixelSize = dataSet.m_dfPixelSize;
+    mapping.dfRotationAxis = dataSet.m_dfRotationAxis;
+    mapping.dfTiltRelaxation = dataSet.m_dfTiltRelaxation;
+    if (parameters.m_bApplyStretching) {
+        mapping.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
+        mapping.dfStretchAzimuth = dataSet.m_dfStretchAzimuth;
+    }
+    return mapping;
+}
+
+bool canMapPeaks(const DataSet& dataSet)
+{
+    const int nFrames = dataSet.m_listPeakFrame.size();
+    return nFrames > 0 && nFrames == dataSet.m_listShift.size() &&
+           nFrames <= dataSet.m_listOverallTilt.size();
+}
+
+bool needsMapping(const DataSet& dataSet, const MappingParameters& parameters)
+{
+    return canMapPeaks(dataSet) && dataSet.m_peakMapping != currentPeakMapping(dataSet, parameters);
 }
 
 bool liesWithinLimits(const Peak3D& peak, const MappingParameters& parameters)

@@ -26,12 +26,23 @@ double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames);
 void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
                  const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching);
 
-/// Rewrites the mapped fields of all peaks of m_listPeakFrame; earlier indices are discarded.
+/// Rewrites the mapped fields of all peaks of m_listPeakFrame, and m_peakMapping; earlier indices are
+/// discarded.
 ///
 /// Returns false with a red line, and changes nothing, when the number of frames of the peaks differs
 /// from that of the shifts, or when tilt angles are missing. With a wavelength of 0 the points are not
 /// numbers, and the filter below drops them; a peak on the direct beam alone still gives (0, 0, 0).
 bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, CRunReport& report);
+
+/// What transformPeaksTo3D() would map the peaks with now.
+PeakMapping currentPeakMapping(const DataSet& dataSet, const MappingParameters& parameters);
+
+/// Whether there are peaks, and shifts and tilts to map them with.
+bool canMapPeaks(const DataSet& dataSet);
+
+/// Whether the peaks are to be mapped, and can be, before their points are used: they never were since they
+/// were found or loaded, or shifts, centre or geometry are others now.
+bool needsMapping(const DataSet& dataSet, const MappingParameters& parameters);
 
 /// What passes the limits: per frame (same shape as the input) and as one flat list, frame by frame.
 struct PeaksShown {

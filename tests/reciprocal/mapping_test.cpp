@@ -1,4 +1,5 @@
 #include "reciprocal/mapping.h"
+#include "app/dataset/peaklistfile.h"
 #include "reciprocal/geometry/axisline.h"
 #include "reciprocal/outsiders.h"
 #include "reciprocal/testpeaks.h"
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -75,6 +77,47 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
             EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
             EXPECT_EQ(log.m_listColor, QList<Qt::GlobalColor>({Qt::red, Qt::red}));
         }
+}
+
+TEST(Mapping, IsDueWhenAnythingThatItUsedIsAnother)
+{
+    DataSet data;
+    MappingParameters parameters;
+    CRecordingReport log;
+    data.m_listFrameFile = QStringList{"a", "b"};
+    const auto readList = [&] {
+        EXPECT_EQ(readPeakListBytes(data, "1 0 0 10.0 20.0 100.0\n2 1 0 11.0 20.0 5.0\n", "list", log), 1);
+    };
+    readList();
+    data.m_listOverallTilt = {1, 2};
+    EXPECT_FALSE(needsMapping(data, parameters)) << "without shifts it can't be";
+    data.m_listShift = {{0, 0}, {1, 1}};
+    const std::function<void()> aChange[] = {[&] {},
+                                             [&] { readList(); },
+                                             [&] {
+                                                 data.m_listShift[1] = {1, 1.01};
+                                             },
+                                             [&] { data.m_listOverallTilt[0] = 1.5; },
+                                             [&] { data.m_dfCenterX += 1; },
+                                             [&] { data.m_dfCenterY += 1; },
+                                             [&] { data.m_dfWavelength *= 2; },
+                                             [&] { data.m_dfPixelSize *= 2; },
+                                             [&] { data.m_dfRotationAxis += 1; },
+                                             [&] { data.m_dfTiltRelaxation += 1; },
+                                             [&] {
+                                                 data.m_dfStretchAmplitude = 3;
+                                                 EXPECT_FALSE(needsMapping(data, parameters)) << "not in use";
+                                                 parameters.m_bApplyStretching = true;
+                                             },
+                                             [&] { data.m_dfStretchAzimuth = 4; }};
+    for (const auto& fnChange : aChange) {
+        fnChange();
+        EXPECT_TRUE(needsMapping(data, parameters)) << &fnChange - aChange;
+        ASSERT_TRUE(transformPeaksTo3D(data, parameters, log));
+        EXPECT_FALSE(needsMapping(data, parameters)) << &fnChange - aChange;
+    }
+    clearDataSet(data);
+    EXPECT_FALSE(data.m_peakMapping);
 }
 
 TEST(Mapping, TheLimitsAreIncluded)

@@ -183,6 +183,16 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_EQ(line.intersects(QLineF(ptNow.x(), 0, ptNow.x(), g_nSide), &ptCross),
               QLineF::BoundedIntersection);
     EXPECT_NEAR(ptCross.y(), ptNow.y(), 1.2);
+    // It goes with a centre that is typed and with shifts that are loaded.
+    m_pShift->m_pCenterYSpin->setValue(m_pShift->m_pCenterYSpin->value() + 10);
+    EXPECT_NEAR(marks<QGraphicsLineItem>().first()->line().center().y() - line.center().y(), 10, 1);
+    QByteArray bytesLater = QByteArray::number(m_pShift->m_pCenterXSpin->value(), 'f', 2) + ' ' +
+                            QByteArray::number(m_pShift->m_pCenterYSpin->value(), 'f', 2) + '\n';
+    for (int i = 0; i < g_nFrames; ++i)
+        bytesLater += QByteArray::number(i + 1) + ' ' + QByteArray::number(drift(i).x(), 'f', 2) + " 20\n";
+    answered({write("later.sc", bytesLater)}, [&] { m_pShift->m_pLoadButton->click(); });
+    EXPECT_NEAR(marks<QGraphicsLineItem>().first()->line().center().y() - line.center().y(),
+                30 - drift(4).y(), 2);
     m_pFrames->m_pShowAxisCheck->setChecked(false);
     EXPECT_TRUE(marks<QGraphicsLineItem>().isEmpty());
 
@@ -209,6 +219,54 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_FALSE(m_pWindow->isVisible());
     EXPECT_EQ(readBytes(path("series.sc")), bytesShift);
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
+}
+
+// Peaks that were found before the shifts get their points with them, and newer shifts move them before a
+// merge.
+TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
+{
+    const auto places = [this] {
+        std::vector<double> vec;
+        for (const Peak3D& peak : m_pRaw->points())
+            vec.insert(vec.end(), {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)});
+        return vec;
+    };
+    /// The same after a change of the geometry and back, which maps all anew.
+    const auto placesAnew = [&] {
+        m_pFrames->m_pPixelSizeSpin->stepUp();
+        m_pFrames->m_pPixelSizeSpin->stepDown();
+        return places();
+    };
+    m_pSearch->m_pRunButton->click();
+    ASSERT_GT(m_pRaw->points().size(), g_nFrames);
+    m_pTabs->setCurrentIndex(0);
+    m_pActions->m_listSelection[2]->trigger();
+    m_pShift->m_pRunButton->click();
+    EXPECT_EQ(m_pTabs->currentIndex(), 0);
+    const std::vector<double> vecFirst = places();
+    EXPECT_GT(*std::max_element(vecFirst.begin(), vecFirst.end()), 0.05);
+    EXPECT_EQ(placesAnew(), vecFirst);
+    const auto merge = [this] {
+        m_pMerging->m_pButtonMerge->click();
+        return lines("mapped anew before merging.", Qt::black);
+    };
+    EXPECT_EQ(merge(), 0);
+    EXPECT_EQ(m_pMerged->points().size(), 3) << "the beam and the spots";
+
+    m_pShift->m_pCenterXSpin->setValue(m_pShift->m_pCenterXSpin->value() + 4);
+    EXPECT_EQ(places(), vecFirst) << "as before, until they are used";
+    EXPECT_EQ(merge(), 1);
+    const std::vector<double> vecMoved = places();
+    EXPECT_NE(vecMoved, vecFirst);
+    EXPECT_EQ(placesAnew(), vecMoved);
+    double dfLargest = 0;
+    for (const Peak3D& peak : m_pMerged->points())
+        dfLargest = std::max(dfLargest, peak.dfDStar);
+    EXPECT_NEAR(dfLargest, 0.004 * std::hypot(55 + 4, 40), 0.004 * 1.5);
+    m_pShift->m_pCenterXSpin->setValue(m_pShift->m_pCenterXSpin->value() - 4);
+    EXPECT_EQ(merge(), 2);
+    EXPECT_EQ(merge(), 2);
+    EXPECT_EQ(places(), vecFirst);
 }
 
 TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)

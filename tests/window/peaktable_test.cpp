@@ -225,6 +225,25 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     EXPECT_EQ(m_pRaw->groupPoints().size(), 1);
 }
 
+// A peak list that had to wait for its shifts when it was opened.
+TEST_F(PeakTableWindow, ALoadedShiftFileBringsAWaitingPeakListToLife)
+{
+    open();
+    const QStringList listRow = rows(m_pTarget);
+    m_pTabs->setCurrentIndex(0);
+    ASSERT_TRUE(QFile::rename(path("s.sc"), path("late.sc")));
+    m_pWindow->openFiles({path("s.ed3d")});
+    EXPECT_EQ(m_pRaw->points().size(), 0);
+    answered({path("late.sc")}, [&] { m_pWindow->loadEDShift(); });
+    ASSERT_EQ(m_pRaw->points().size(), 8);
+    EXPECT_NEAR(m_pRaw->points()[0].dfDStar, 0.002 * std::hypot(300 - 256, 270 - 256), 1e-4);
+    QStringList listNow = rows(m_pTarget);
+    ASSERT_EQ(listNow.size(), 2);
+    for (int i : {0, 1})
+        EXPECT_EQ(listNow[i].section(' ', 0, 1), listRow[i].section(' ', 0, 1));
+    EXPECT_EQ(m_pTabs->currentIndex(), 0);
+}
+
 TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
 {
     open();

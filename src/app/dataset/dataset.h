@@ -14,7 +14,26 @@
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
 #include <vector>
+
+/// What points of reciprocal space were computed from frame positions with. Points of one record are not to
+/// be mixed with shifts, centre or geometry of another.
+struct PeakMapping {
+    QList<QPointF> listShift;
+    QList<double> listOverallTilt;
+    double dfCenterX = 0;
+    double dfCenterY = 0;
+    double dfWavelength = 0;
+    double dfPixelSize = 0;
+    double dfRotationAxis = 0;
+    double dfTiltRelaxation = 0;
+    double dfStretchAmplitude = 0;  ///< this and the azimuth: 0 where stretching is not applied
+    double dfStretchAzimuth = 0;
+
+    bool operator==(const PeakMapping& other) const;
+    bool operator!=(const PeakMapping& other) const { return !(*this == other); }
+};
 
 /// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
 /// lies further down the road standing; counts of frames are checked where the data are used.
@@ -37,9 +56,11 @@ struct DataSet {
     QList<QPointF> m_listShift;       ///< pixels with respect to the first frame
     double m_dfCenterX = 0;           ///< direct beam on the first frame, pixels
     double m_dfCenterY = 0;
-    QList<Vec3D> m_listCellFound;                 ///< a*, b*, c* as found or loaded; any count but 3: no cell
-    QList<Vec3D> m_listCell;                      ///< the cell in force
-    QList<QList<Peak3D>> m_listPeakFrame;         ///< all peaks per frame
+    QList<Vec3D> m_listCellFound;          ///< a*, b*, c* as found or loaded; any count but 3: no cell
+    QList<Vec3D> m_listCell;               ///< the cell in force
+    QList<QList<Peak3D>> m_listPeakFrame;  ///< all peaks per frame
+    /// What the points in m_listPeakFrame were mapped with; none: not mapped since the list was replaced.
+    std::optional<PeakMapping> m_peakMapping;
     QVector<QVector<QList<int>>> m_vecPeakGroup;  ///< group numbers per frame and peak
     QList<QList<Peak3D>> m_listPeakFrameShown;    ///< after the intensity and resolution limits
     QList<Peak3D> m_listPeakMergedShown;          ///< reflections and the single peaks of streaks

@@ -83,6 +83,7 @@ static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistRe
                               .arg(data.m_listFrameFile.size()),
                           Qt::red);
         data.m_listPeakFrame.clear();
+        data.m_peakMapping.reset();
         return;
     }
     int nPeak = 0;

@@ -185,6 +185,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         vecPeakGroup[line.nFrame].append(listGroup);
     }
     data.m_listPeakFrame = listPeakFrame;
+    data.m_peakMapping.reset();
     data.m_vecPeakGroup = vecPeakGroup;
     return 1;
 }
