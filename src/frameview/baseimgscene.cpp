@@ -202,7 +202,8 @@ bool BaseImgScene::switchToIndex(int nIndex)
 
 void BaseImgScene::updateOverlay()
 {
-    const bool bShow = m_bOverlay && isIndexOf(m_vecOverlay, m_nCurrentIndex);
+    const bool bShow = m_bOverlay && isIndexOf(m_vecOverlay, m_nCurrentIndex) &&
+                       m_vecOverlay[std::size_t(m_nCurrentIndex)];  // an image need not have one
     if (bShow)
         m_pOverlayItem->setPixmap(pixmapOf(*m_vecOverlay[std::size_t(m_nCurrentIndex)], m_vecOverlayColor));
     m_pOverlayItem->setVisible(bShow);
