@@ -200,11 +200,15 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "make "
          "of them."},
         {m_pSaveSeries, "Saves all frames as pictures, with the contrast limits in force."},
-        {m_pMovieFrames, "Saves pictures of the 3D view all around, one for each rotation step."},
+        {m_pMovieFrames,
+         "Saves pictures of the 3D view all around, one for each rotation step. The key does so in a 3D "
+         "view; "
+         "elsewhere it exports SMV images."},
         {m_pScaledFrames, "Saves all frames enlarged or reduced, as .mrc files beside the frames."},
         {m_pReciprocalVolume, "Puts all frames into one volume of reciprocal space, an .mrc stack."},
         {m_pSmvImages,
-         "Saves the frames with the drift taken out, for programs that integrate frames themselves."},
+         "Saves the frames with the drift taken out, for programs that integrate frames themselves: one .img "
+         "file for each in the folder of the project. In a 3D view the key makes a movie instead."},
         {m_pZoomIn,
          "Shows the frame larger by one step of the list of factors beside it. For the eye: nothing is "
          "measured on the enlarged picture."},

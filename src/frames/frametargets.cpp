@@ -43,3 +43,17 @@ QString frameAmongTargets(const QStringList& listTarget, const QStringList& list
         *pnCount = setHit.size();
     return strFirst;
 }
+
+bool overwritesFrames(const QStringList& listTarget, const QStringList& listFrameFile, CRunReport& report)
+{
+    int nCount = 0;
+    const QString strFrame = frameAmongTargets(listTarget, listFrameFile, &nCount);
+    if (strFrame.isEmpty())
+        return false;
+    report.addMessage(
+        QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
+            .arg(strFrame, nCount == 1 ? QStringLiteral("is a frame ")
+                                       : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)),
+        Qt::red);
+    return true;
+}

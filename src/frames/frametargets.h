@@ -1,6 +1,8 @@
 // frameAmongTargets: frames that an export would overwrite.
 #pragma once
 
+#include "app/records/runreport.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -8,3 +10,6 @@
 /// @param pnCount  may be null; how many of the targets are frame files
 QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile,
                           int* pnCount = nullptr);
+
+/// Whether a target is a frame file; then a red line says that nothing was exported.
+bool overwritesFrames(const QStringList& listTarget, const QStringList& listFrameFile, CRunReport& report);

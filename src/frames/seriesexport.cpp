@@ -24,7 +24,6 @@ public:
     bool run();
 
 private:
-    bool refused();
     bool frame(int nFrame);
     void sayTrouble();
     void say(const QString& strTemplate, Qt::GlobalColor color)
@@ -41,20 +40,6 @@ private:
     QStringList m_listWritten;  ///< without repetition
     QHash<QString, Writers> m_mapWriters;
 };
-
-bool CExport::refused()
-{
-    int nCount = 0;
-    const QString strFrame = frameAmongTargets(m_listTarget, m_what.listFrameFile, &nCount);
-    if (strFrame.isEmpty())
-        return false;
-    m_report.addMessage(
-        QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
-            .arg(strFrame, nCount == 1 ? QStringLiteral("is a frame ")
-                                       : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)),
-        Qt::red);
-    return true;
-}
 
 /// @return false if the walk ends here
 bool CExport::frame(int nFrame)
@@ -112,7 +97,7 @@ bool CExport::run()
     const int nFrames = m_what.listFrameFile.size();
     for (const QString& strFrame : m_what.listFrameFile)
         m_listTarget.append(m_what.fnTarget(strFrame));
-    if (refused())
+    if (overwritesFrames(m_listTarget, m_what.listFrameFile, m_report))
         return false;
     say(m_what.strStartLine, Qt::blue);
     m_report.startProgress(QStringLiteral("%v/%m"), m_what.nProgressMinimum, nFrames, true);
@@ -130,6 +115,10 @@ bool CExport::run()
     }
     m_report.endProgress();
     sayTrouble();
+    if (!m_what.strFolder.isEmpty())
+        m_report.addMessage(
+            QStringLiteral("%L1 files written to %2.").arg(m_listWritten.size()).arg(m_what.strFolder),
+            Qt::black);
     if (bStopped)
         m_report.addMessage(
             QStringLiteral("%1>%2 stopped after %3 of %4 frames.")

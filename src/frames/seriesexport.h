@@ -19,6 +19,7 @@ struct SeriesExport {
     QString strStartLine;   ///< with a place for the time stamp; empty: none
     QString strEndLine;     ///< likewise
     QString strLoadFailed;  ///< with a place for the frame's path
+    QString strFolder;      ///< of all files, said at the end with their number; empty: not said
     int nProgressMinimum = 0;
     bool bStopAtFailedWrite = false;  ///< with "Failed to save to file: %1"
 

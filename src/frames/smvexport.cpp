@@ -7,10 +7,20 @@
 
 #include <QFileInfo>
 
+#include <cmath>
+
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
         report.addMessage(QStringLiteral("No shift correction data. Run shift evaluation first."), Qt::red);
+        return false;
+    }
+    const double dfDistance = SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
+    if (!std::isfinite(dfDistance)) {
+        report.addMessage(
+            QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
+                           "was exported."),
+            Qt::red);
         return false;
     }
     QString strHeader = smvHeaderTemplate();
@@ -19,7 +29,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     };
     set("WAVELENGTH", dataSet.m_dfWavelength, 6);
     set("PIXEL_SIZE", SMV_PIXEL_SIZE, 6);
-    set("DISTANCE", SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength, 2);
+    set("DISTANCE", dfDistance, 2);
     set("BEAM_CENTER_X", dataSet.m_dfCenterX, 2);
     set("BEAM_CENTER_Y", dataSet.m_dfCenterY, 2);
     set("DENZO_X_BEAM", dataSet.m_dfCenterY * SMV_PIXEL_SIZE, 2);
@@ -33,6 +43,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     what.strEndLine = QStringLiteral("%1>Exporting SMV files finished.");
     what.strLoadFailed = QStringLiteral("Failed to load: %1");
     const QString strFolder = dataSet.m_strProjectDir;
+    what.strFolder = strFolder;
     what.fnTarget = [&](const QString& strFrame) {
         return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
     };

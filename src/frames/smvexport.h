@@ -8,6 +8,8 @@
 /// and ".img". The image is moved back by its shift in whole pixels, with wrap-around, so that the direct
 /// beam stands in one place on all. Pixel size, wavelength, beam and tilts of the data set give the header;
 /// the camera length is the one that the reciprocal pixel size has with detector pixels of 0.055 mm. Existing
-/// files are replaced. See exportSeries() for what goes wrong; a shift per frame is needed.
+/// files are replaced. See exportSeries() for what goes wrong; a shift per frame is needed, and a pixel
+/// size and a wavelength, without which the header would hold no camera length. Before the end the log gets
+/// the number of files and their folder.
 /// @return true if each frame has its file
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report);

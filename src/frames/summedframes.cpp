@@ -1,8 +1,9 @@
 #include "frames/summedframes.h"
 
 #include "frames/frameloader.h"
+#include "frames/frametargets.h"
 #include "frames/wholepixels.h"
-#include "imagefiles/mrcfile.h"
+#include "imagefiles/mrcwriter.h"
 #include "imaging/elementarithmetic.h"
 #include "imaging/imageshifts.h"
 
@@ -64,6 +65,11 @@ public:
         }
         for (int n = 0; n < groups(); ++n)
             say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[size_t(n)])));
+        QStringList listTarget;
+        for (int n = 0; n < groups(); ++n)
+            listTarget.append(targetOf(n));
+        if (overwritesFrames(listTarget, m_listFile, m_report))
+            return false;
         if (m_listShift.size() != m_listFile.size()) {
             say(QStringLiteral(
                     "The number of frames does not match that of the shift correction data. The frames "
@@ -87,6 +93,14 @@ public:
 
 private:
     int groups() const { return int(m_vecGroup.size()); }
+    static QString numberText(int nGroup)
+    {
+        return QStringLiteral("%1").arg(nGroup + 1, 3, 10, QLatin1Char('0'));
+    }
+    QString targetOf(int nGroup) const
+    {
+        return QStringLiteral("%1/%2.mrc").arg(m_strFolder, numberText(nGroup));
+    }
     void say(const QString& strText, Qt::GlobalColor color = Qt::black)
     {
         m_report.addMessage(strText, color);
@@ -163,19 +177,28 @@ private:
             fnGroupDone(nGroup);
         m_bStopped = !m_report.goOn();  // the sum is seen, of the last group too; it is written all the same
         scaleSum();
-        const QString strNumber = QStringLiteral("%1").arg(nGroup + 1, 3, 10, QLatin1Char('0'));
-        const QString strFile = QStringLiteral("%1/%2.mrc").arg(m_strFolder, strNumber);
-        const bool bSaved = WriteMRC<unsigned short>({&m_imgOutput}, strFile);
-        if (!bSaved)
-            say(QStringLiteral("Failed to save image:%1").arg(strFile));
+        const bool bSaved = writeOutput(targetOf(nGroup));
         const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
         const double dfFirst = m_listTilt.value(vecFrame.front());
         const double dfLast = m_listTilt.value(vecFrame.back());
         say(QStringLiteral("#%1:%2: %3 %4")
-                .arg(strNumber, frameListText(vecFrame))
+                .arg(numberText(nGroup), frameListText(vecFrame))
                 .arg((dfFirst + dfLast) / 2, 8, 'f', 3)
                 .arg(std::fabs(dfFirst - dfLast) / 2, 8, 'f', 3));
         return bSaved;
+    }
+
+    bool writeOutput(const QString& strFile)
+    {
+        CMrcWriter<unsigned short> writer;
+        writer.open(strFile, m_imgOutput.Width(), m_imgOutput.Height(), 1);
+        writer.addSection(m_imgOutput.Data());
+        QString strReason;
+        if (writer.commit(&strReason))
+            return true;
+        say(QStringLiteral("Failed to save image:%1").arg(strFile), Qt::red);
+        say(strReason, Qt::red);
+        return false;
     }
 
     void scaleSum()

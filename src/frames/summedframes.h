@@ -20,6 +20,9 @@
 /// used, with a red line. Of the pixels out of range the first ten of a group have a line each, the others
 /// one together; pixels that are no numbers become 0. When the report's goOn() asks for the end, the export
 /// stops before the next frame; a sum that is complete by then is written.
+///
+/// An export that would overwrite a frame of its own series is refused as a whole, with a red line, before
+/// anything is summed. A file that cannot be written has its reason in red.
 /// @param strFolder    must exist; files of the same names are replaced
 /// @param fnGroupDone  after the sum of a group stands in m_vecFrameImage, which is empty at the end
 /// @return true if every group was written and nobody asked for the end; false, with a red line, where there

@@ -38,7 +38,16 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     EXPECT_FALSE(exportSMVImages(series.dataSet, series.report));
     EXPECT_EQ(series.report.log(), "red No shift correction data. Run shift evaluation first.");
     series.dataSet.m_listShift = {{0, 0}, {2.7, -2.7}, {-7, 4}};  // truncated, around both ways
+    for (double* pdfZero : {&series.dataSet.m_dfPixelSize, &series.dataSet.m_dfWavelength}) {
+        const double df = std::exchange(*pdfZero, 0);
+        EXPECT_FALSE(exportSMVImages(series.dataSet, series.report));
+        EXPECT_TRUE(series.report.log().endsWith("as pixel size or wavelength is 0. Nothing was exported."));
+        EXPECT_TRUE(series.content("f0000.img").isNull());
+        *pdfZero = df;
+    }
     ASSERT_TRUE(exportSMVImages(series.dataSet, series.report));
+    EXPECT_TRUE(series.report.log().endsWith("\n3 files written to " + series.dir.path() +
+                                             ".\nblue >Exporting SMV files finished."));
     EXPECT_EQ(series.report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
     const char* const apOwn[] = {"6 4 -1.25 0.50", "8 4 -0.75 1.25", "6 4 0.50 1.25"};
     const int anX[] = {0, 6, 1}, anY[] = {0, 2, 0};  // where the first pixel went

@@ -283,8 +283,10 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     EXPECT_TRUE(strLog.endsWith("\nShift #002:  -1   0\nShift #003:  -2   0\nShift #004:   0   0\n"));
     CRecordingReport report;
     exportSummedFrames(dataSet, series.dir.filePath("none"), report);
-    const QString strFailed = "\nFailed to save image:" + series.dir.filePath("none/00");
-    EXPECT_TRUE(report.said(strFailed + "1.mrc\n#001: ") && report.said(strFailed + "2.mrc\n#002: "));
+    for (const QString& strFile : {series.dir.filePath("none/001.mrc"), series.dir.filePath("none/002.mrc")})
+        EXPECT_TRUE(report.said("red Failed to save image:" + strFile + "\nred " + strFile +
+                                ": No such file or directory\n#00"))
+            << report.log().toStdString();
     ImageList vecImage;
     for (const char* pFile : {"001.mrc", "002.mrc"})
         ASSERT_TRUE(ReadMRC(series.dir.filePath(pFile), vecImage));
@@ -293,6 +295,18 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     EXPECT_EQ(at(1, 6, 2), 50000);  // a shift of -0.7 truncates to 0
     EXPECT_EQ(at(0, 6, 5), 0);      // 53 - 90, wrapped around the edge
     EXPECT_EQ(at(1, 7, 5), 2);      // 53 / 20, truncated
+
+    // Where a frame has the name of a sum, no sum is written, whichever group comes first.
+    const QByteArray bytesFrame = series.content("002.mrc");
+    dataSet.m_listFrameFile[0] = series.dir.filePath("./002.mrc");
+    EXPECT_TRUE(QFile::remove(series.dir.filePath("001.mrc")));
+    CRecordingReport reportRefused;
+    EXPECT_FALSE(exportSummedFrames(dataSet, series.dir.path(), reportRefused, [&](int) { ++nShown; }));
+    EXPECT_TRUE(
+        reportRefused.log().endsWith("/002.mrc is a frame of this series and would be overwritten. "
+                                     "Nothing was exported."));
+    EXPECT_EQ(nShown, 2);
+    EXPECT_TRUE(series.content("001.mrc").isNull() && series.content("002.mrc") == bytesFrame);
 }
 
 }  // namespace
