@@ -207,8 +207,9 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
 }
 
 // The direct beam on the summed map, raw pixels.
-QPointF locateBeam(const Square& square, double dfX, double dfY, CRegionSum& sum, CRunReport& report)
+QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
 {
+    const double dfX = square.nX, dfY = square.nY;
     int nX = 0;
     int nY = 0;
     findBeamInSummedMap(sum.sum(), nX, nY);
@@ -302,7 +303,7 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     if (listShift.isEmpty())
         return false;
     sum.scale(1.0 / nFrames);
-    const QPointF ptBeam = locateBeam(square, rcRegion.x(), rcRegion.y(), sum, report);
+    const QPointF ptBeam = locateBeam(square, sum, report);
     dataSet.m_dfCenterX = ptBeam.x();
     dataSet.m_dfCenterY = ptBeam.y();
     if (options.bSave)

@@ -36,8 +36,9 @@ using FnShiftFrameDone =
 ///
 /// A fit of the beam that leaves the region is not believed: a red line, and the coarse position stands.
 ///
-/// @param rcRegion  raw frame pixels; meant to be whole: x, y and width are truncated where pixels are cut,
-///                  while the direct beam adds x and y as given; its height is not read
+/// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too; its
+/// height
+///                  is not read
 /// @return true only if all frames were reached
 bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
                         const ShiftEvaluationOptions& options = {}, const FnShiftFrameDone& fnFrameDone = {});

@@ -2,6 +2,8 @@
 
 #include "frameview/selrectitem.h"
 
+#include <cmath>
+
 OriginalImgScene::OriginalImgScene(QWidget* pParent) : BaseImgScene(pParent), m_pSelRectItem(new SelRectItem)
 {
     m_pSelRectItem->setPenColor(Qt::yellow);
@@ -54,7 +56,8 @@ QRectF OriginalImgScene::selectionRect() const
     if (!isPreset(m_nSelectionIndex))
         return {};
     const QSizeF size = m_listSelectionRect[m_nSelectionIndex].size();
-    return {m_pSelRectItem->scenePos() - QPointF(size.width() / 2.0, size.height() / 2.0), size};
+    const QPointF pt = m_pSelRectItem->scenePos() - QPointF(size.width() / 2.0, size.height() / 2.0);
+    return {QPointF(std::floor(pt.x()), std::floor(pt.y())), size};
 }
 
 void OriginalImgScene::updateViewScale(double scale)

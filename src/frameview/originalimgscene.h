@@ -27,7 +27,8 @@ public:
     QList<QRectF> selectionRects() const { return m_listSelectionRect; }
     /// Puts presets back; does nothing for another number of them, or while one is in force.
     void setSelectionRects(const QList<QRectF>& listRect);
-    /// The rectangle in force, pixels: its item's position less half its size. Empty without one.
+    /// The rectangle in force in whole pixels, as selRectPosChanged() tells it: its item's position less half
+    /// its size, rounded down. Empty without one.
     QRectF selectionRect() const;
 
 signals:

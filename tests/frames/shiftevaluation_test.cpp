@@ -74,6 +74,11 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
         ASSERT_TRUE(runShiftEvaluation(other.dataSet, rcRegion, other.report, options));
         EXPECT_EQ(other.content("series.sc"), series.content("series.sc"));
         EXPECT_EQ(other.report.log().count('\n'), strLog.count('\n'));
+
+        // Pixels are cut at whole places: the beam does not move with the fraction of the region's.
+        DriftSeries fractional;
+        ASSERT_TRUE(runShiftEvaluation(fractional.dataSet, rcRegion.translated(0.75, 0.5), other.report));
+        EXPECT_EQ(fractional.content("series.sc"), series.content("series.sc"));
     }
 }
 
