@@ -17,12 +17,18 @@ const double g_dfSaturation = 3500.0;
 const int g_nNamedFits = 20;  // of those not believed
 const char* const g_pName = "Peak position refinement";
 
+// How good a position is: what belongs to a fit, or nothing where the peak keeps the position it had.
+struct FitQuality {
+    double dfErrorX = -1, dfErrorY = -1, dfInfo = -1;
+};
+
 // The fits of one frame, in the order of its peaks.
 struct FittedFrame {
     std::vector<double> vecX, vecY;  // as fitted
     std::vector<std::vector<double>> vecFit;
     QList<QPointF> listPosition;  // as believed
-    std::vector<int> vecLost;     // places of the peaks whose fits are not believed
+    QList<FitQuality> listQuality;
+    std::vector<int> vecLost;  // places of the peaks whose fits are not believed
 };
 
 // Whether the pixel of a position exists: what is measured there later needs one.
@@ -48,6 +54,8 @@ FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
         const bool bBelieved = std::fabs(ptFit.x() - peak.dfX2D) <= g_nFitHalfSize &&
                                std::fabs(ptFit.y() - peak.dfY2D) <= g_nFitHalfSize && liesInside(img, ptFit);
         fitted.listPosition.append(bBelieved ? ptFit : QPointF(peak.dfX2D, peak.dfY2D));
+        const std::vector<double>& vecFit = fitted.vecFit[std::size_t(j)];
+        fitted.listQuality.append(bBelieved ? FitQuality{vecFit[6], vecFit[8], vecFit[10]} : FitQuality{});
         if (!bBelieved)
             fitted.vecLost.push_back(j);
     }
@@ -184,7 +192,7 @@ QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const
 }
 
 QString shortTableRow(int nNumber, const Peak3D& peak, int nFrame, const QPointF& ptNew,
-                      const std::vector<double>& vecFit)
+                      const FitQuality& quality)
 {
     return QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9 %10 %11 %12\n")
         .arg(nNumber, 4)
@@ -197,8 +205,8 @@ QString shortTableRow(int nNumber, const Peak3D& peak, int nFrame, const QPointF
         .arg(peak.dfY2D, 8, 'f', 1)
         .arg(ptNew.x(), 8, 'f', 1)
         .arg(ptNew.y(), 8, 'f', 1)
-        .arg(vecFit[6], 10, 'f', 4)
-        .arg(vecFit[8], 10, 'f', 4);
+        .arg(quality.dfErrorX, 10, 'f', 4)
+        .arg(quality.dfErrorY, 10, 'f', 4);
 }
 
 }  // namespace
@@ -233,9 +241,10 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
                 peak.dfY2DCorrected = peak.dfY2D;
                 peak.dfX2D = fitted.listPosition[j].x();
                 peak.dfY2D = fitted.listPosition[j].y();
-                peak.fX3D = float(vecFit[6]);
-                peak.fY3D = float(vecFit[8]);
-                peak.fZ3D = float(vecFit[10]);
+                const FitQuality& quality = fitted.listQuality[j];
+                peak.fX3D = float(quality.dfErrorX);
+                peak.fY3D = float(quality.dfErrorY);
+                peak.fZ3D = float(quality.dfInfo);
                 listRefined.append(peak);
             }
             peaksRefined.append(listRefined);
@@ -263,7 +272,7 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             for (int j = 0; j < listPeak.size(); ++j)
                 strTable += shortTableRow(++nNumber, listPeak[j], nFrame, fitted.listPosition[j],
-                                          fitted.vecFit[std::size_t(j)]);
+                                          fitted.listQuality[j]);
             QList<Peak3D> listNew = listPeak;
             for (int j = 0; j < listNew.size(); ++j) {
                 listNew[j].dfX2D = fitted.listPosition[j].x();

@@ -23,9 +23,10 @@ struct PositionRefinementOptions {
 ///
 /// In the returned copies dfX2D, dfY2D are the fitted position, dfX2DCorrected, dfY2DCorrected the one before
 /// the fit (raw pixels too), fX3D, fY3D the standard errors of x and y and fZ3D the info of the fit; −1 each
-/// where the box was empty. They are for the refinement alone and must not go back into m_listPeakFrame. A
-/// fit whose centre left its box or the pixels of the frame, or is no number, is not believed: the peak keeps
-/// its position, the table shows what the fit gave, and a red line counts such peaks and names the first.
+/// where the box was empty or the fit is not believed. They are for the refinement alone and must not go back
+/// into m_listPeakFrame. A fit whose centre left its box or the pixels of the frame, or is no number, is not
+/// believed: the peak keeps its position, the table shows what the fit gave, and a red line counts such peaks
+/// and names the first.
 ///
 /// The log gets a table of 25 columns: frame, h, k, l, dfIPoint, d*, distance to the rotation axis, beam,
 /// old and fitted position, fitted position relative to the beam with the peak's stretching, its azimuth,
@@ -44,8 +45,8 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
 
 /// The same fits, with dfX2D, dfY2D of the peaks changed in place and nothing else of them.
 ///
-/// Logs a table of 12 columns: number, frame, h, k, l, dfIPoint, old and new position, standard errors; of a
-/// run that stopped, for the peaks it reached.
+/// Logs a table of 12 columns: number, frame, h, k, l, dfIPoint, old and new position, standard errors, −1
+/// of a fit that is not believed; of a run that stopped, for the peaks it reached.
 /// @param peaksSorted  may be m_vecPeakIndexedOnFrame; if its number of frames changes under the run, the
 ///                     run ends
 /// @return per frame and peak the values of FitPeak2D, one entry per frame, empty where the run did not get

@@ -171,7 +171,16 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
             peakAt(std::clamp(std::round(pt.x()), 0., 299.), std::clamp(std::round(pt.y()), 0., 239.)));
     for (int n = 0; n < 5; ++n)
         peaks[0][n].setHKL(n, -1.2, 7);
+    const QVector<QList<Peak3D>> refined = refinePeakPosition(series.dataSet, peaks, series.report);
     refinePeakPositionOnFrame(series.dataSet, peaks, series.report);
+    for (int n : {1, 3}) {  // what stays where it was has no errors of a fit
+        EXPECT_EQ(refined[0][n].fX3D + refined[0][n].fY3D + refined[0][n].fZ3D, -3) << n;
+        const QPointF pt(peaks[0][n].dfX2D, peaks[0][n].dfY2D);
+        const QString strAt = QString::asprintf(" %8.1f %8.1f", pt.x(), pt.y());
+        EXPECT_TRUE(series.report.said(strAt + strAt + "    -1.0000    -1.0000\n")) << n;
+    }
+    for (int n : {0, 2, 4})
+        EXPECT_GT(refined[0][n].fX3D, 0) << n;
     for (int n : {0, 2, 4})
         EXPECT_NEAR(peaks[0][n].dfX2D, listTrue[n].x(), 0.1) << n;
     EXPECT_EQ(peaks[0][1].dfX2D, 0);
