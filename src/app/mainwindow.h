@@ -301,7 +301,7 @@ private:
     void showOpenedCell();
     void enterRecentSeries(const QStringList& listFile);
 
-    bool loadShiftFile(const QString& strFileName);
+    bool loadShiftFile(const QString& strFileName, QString* pstrReason = nullptr);
     void fillShiftTable();
     void appendShiftRow(const QPointF& ptShift);
     void fillMaskTable();

@@ -30,9 +30,11 @@ void MainWindow::loadPeakHuntingMask()
     if (strFile.isEmpty())
         return;
     WindowReport report(*this);
-    if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile)) {
+    QString strReason;
+    if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile, &strReason)) {
         report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
                           Qt::red);
+        report.addMessage(strReason, Qt::red);
         return;
     }
     fillMaskTable();

@@ -49,8 +49,15 @@ void MainWindow::saveEDShift()
     if (strFile.isEmpty())
         return;
     syncParametersWithControls(true);
-    if (writeShiftFile(strFile, {m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY, m_dataSet.m_listShift}))
+    QString strReason;
+    if (writeShiftFile(strFile, {m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY, m_dataSet.m_listShift},
+                       &strReason)) {
         m_dataSet.m_strWorkingDir = QFileInfo(strFile).absolutePath();
+        return;
+    }
+    WindowReport report(*this);
+    report.addMessage(tr("No shift data was saved."), Qt::red);
+    addReason(report, strReason);
 }
 
 void MainWindow::loadEDShift()
@@ -61,15 +68,18 @@ void MainWindow::loadEDShift()
                                                          shiftFilter());
     if (strFile.isEmpty())
         return;
-    if (!loadShiftFile(strFile))
-        WindowReport(*this).addMessage(
-            QStringLiteral("Error occured when loading %1 as shift data.").arg(strFile), Qt::red);
+    QString strReason;
+    if (loadShiftFile(strFile, &strReason))
+        return;
+    WindowReport report(*this);
+    report.addMessage(QStringLiteral("Error occured when loading %1 as shift data.").arg(strFile), Qt::red);
+    addReason(report, strReason);
 }
 
-bool MainWindow::loadShiftFile(const QString& strFileName)
+bool MainWindow::loadShiftFile(const QString& strFileName, QString* pstrReason)
 {
     WindowReport report(*this);
-    if (!::loadShiftFile(m_dataSet, strFileName, report))
+    if (!::loadShiftFile(m_dataSet, strFileName, report, pstrReason))
         return false;
     {
         // Whoever hears of the one box reads the pages, and with them the former number of the other.

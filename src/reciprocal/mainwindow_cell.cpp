@@ -224,8 +224,12 @@ void MainWindow::exportUnitCell()
                                                          m_dataSet.m_strWorkingDir, cellFilter());
     if (strFile.isEmpty())
         return;
-    if (!saveUnitCellFile(m_dataSet, strFile))
-        WindowReport(*this).addMessage(QStringLiteral("No unt cell data was saved."), Qt::red);
+    QString strReason;
+    if (saveUnitCellFile(m_dataSet, strFile, &strReason))
+        return;
+    WindowReport report(*this);
+    report.addMessage(QStringLiteral("No unt cell data was saved."), Qt::red);
+    report.addMessage(strReason, Qt::red);
 }
 
 void MainWindow::loadUnitCell()
@@ -236,10 +240,13 @@ void MainWindow::loadUnitCell()
                                                          m_dataSet.m_strWorkingDir, cellFilter());
     if (strFile.isEmpty())
         return;
-    const QList<Vec3D> listCell = readUnitCellFile(strFile);
+    QString strReason;
+    const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
     if (listCell.size() != 3) {
-        WindowReport(*this).addMessage(
-            QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFile), Qt::red);
+        WindowReport report(*this);
+        report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFile),
+                          Qt::red);
+        report.addMessage(strReason, Qt::red);
         return;
     }
     m_pCellPage->m_pButtonTest->setChecked(false);

@@ -300,6 +300,7 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     load({});
     load({write("two.msk", "1 0 0\n1 9 9\n")});
     EXPECT_EQ(lines("two.msk as mask file."), 1);
+    EXPECT_EQ(lines("two.msk: 2 corners; 3 are the least"), 1);
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     m_pSearch->m_pShowMaskCheck->setChecked(false);
     EXPECT_TRUE(marks<QGraphicsPolygonItem>().isEmpty());
@@ -363,6 +364,19 @@ TEST_F(FramesWindow, ShiftsAreSavedAsThePageShowsThem)
     EXPECT_TRUE(readBytes(path("out.sc")).startsWith("   82.40   77.25\n   1    0.00   -0.25\n   2 1234.50"));
     answered({write("bad.uc", "b* 0.1 0 0\n")}, [&] { m_pWindow->loadUnitCell(); });
     EXPECT_EQ(lines("bad.uc as unit cell data."), 1);
+    EXPECT_EQ(lines("bad.uc: no vector a* in its place"), 1);
+
+    // What fails says why; a beam that the page cannot hold is told.
+    answered({write("bad.sc", "12,5 7\n1 0 0\n")}, [&] { m_pWindow->loadEDShift(); });
+    EXPECT_EQ(lines("bad.sc: the first line holds no direct beam"), 1);
+    EXPECT_EQ(m_pShift->m_pCenterYSpin->value(), 77.25);
+    answered({path("none/out.sc")}, [&] { m_pWindow->saveEDShift(); });
+    EXPECT_EQ(lines("none/out.sc: No such file or directory"), 1);
+    answered({path("none/out.uc")}, [&] { m_pWindow->exportUnitCell(); });
+    EXPECT_EQ(lines("none/out.uc: no cell to write"), 1);
+    answered({write("in.sc", bytesShift.replace("82.40", "-82.4"))}, [&] { m_pWindow->loadEDShift(); });
+    EXPECT_EQ(lines("in.sc: the direct beam (-82.4, 76.7) lies outside 0 to 100000 pixels"), 1);
+    EXPECT_EQ(m_pShift->m_pCenterXSpin->value(), 0);
 }
 
 // A grey value g of a picture counts 64 g, so the columns 0, 256, ... 16128 fill 1000 bins of 16.128 evenly.

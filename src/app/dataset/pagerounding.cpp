@@ -31,8 +31,8 @@ static void hold(double& dfValue, int nDecimals, double dfMinimum, double dfMaxi
 
 void roundToPages(DataSet& data)
 {
-    hold(data.m_dfCenterX, 2, 0, 100000);
-    hold(data.m_dfCenterY, 2, 0, 100000);
+    hold(data.m_dfCenterX, 2, 0, g_dfMaxCenter);
+    hold(data.m_dfCenterY, 2, 0, g_dfMaxCenter);
     hold(data.m_dfRotationAxis, 1, -180, 180);
     hold(data.m_dfTiltRelaxation, 1, -180, 180);
     hold(data.m_dfPixelSize, 6, 0, 10000);

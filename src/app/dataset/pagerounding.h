@@ -4,6 +4,9 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runparameters.h"
 
+/// The greatest coordinate of the direct beam that a page holds, pixels; the least is 0.
+constexpr double g_dfMaxCenter = 100000;
+
 /// A number as a spin box shows and gives it back: rounded to decimals, halves away from zero as in
 /// QString::number(), then held within the range. NaN becomes 0, held within the range.
 double spinBoxValue(double dfValue, int nDecimals, double dfMinimum, double dfMaximum);

@@ -1,6 +1,7 @@
 #include "app/dataset/shiftfile.h"
 
 #include "app/dataset/fixednumber.h"
+#include "app/dataset/pagerounding.h"
 #include "app/dataset/textlines.h"
 #include "app/dataset/textscanner.h"
 #include "app/records/formerfile.h"
@@ -61,6 +62,14 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                        .arg(data.m_listFrameFile.size()));
         return 0;
     }
+    const auto isOnPage = [](double df) { return df >= 0 && df <= g_dfMaxCenter; };
+    if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY))
+        report.addMessage(
+            QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
+                           "a page can hold; there it becomes the nearest place within.")
+                .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
+                     QString::number(g_dfMaxCenter)),
+            Qt::red);
     data.m_dfCenterX = shift.dfCenterX;
     data.m_dfCenterY = shift.dfCenterY;
     data.m_listShift = shift.listShift;

@@ -31,7 +31,7 @@ struct ShiftData {
                                   QString* pstrReason = nullptr);
 
 /// Reads a shift file into the data set: centre and shifts, if it has one shift per frame. Else says in
-/// red that it does not fit, and the old shifts stay.
+/// red that it does not fit, and the old shifts stay. A centre that roundToPages() will move is told in red.
 /// @return 1, or 0 when the file failed or does not fit
 [[nodiscard]] int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                                 QString* pstrReason = nullptr);
