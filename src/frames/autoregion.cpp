@@ -242,7 +242,9 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
     int nHeight = 0;
     int nBlock = 1;
     std::vector<Map> vecMap;
+    bool bRead = false;
     const auto take = [&](FrameMap& frame) {
+        bRead = true;
         if (vecMap.empty()) {
             nWidth = frame.nWidth;
             nHeight = frame.nHeight;
@@ -256,9 +258,13 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
         return false;
     if (vecMap.empty()) {
         report.addMessage(
-            QStringLiteral("The direct beam was not searched: no frame of at least %L1×%L1 pixels "
-                           "could be read.")
-                .arg(g_nLeastSide),
+            bRead ? QStringLiteral(
+                        "The direct beam was not searched: on frames of %L1×%L2 pixels it needs sides of "
+                        "at least %L3. Give the region (--region).")
+                        .arg(nWidth)
+                        .arg(nHeight)
+                        .arg(std::max(g_nLeastSide, nBlock))
+                  : QStringLiteral("The direct beam was not searched: no frame could be read."),
             Qt::red);
         return false;
     }

@@ -1,7 +1,9 @@
 #include "frames/frameloader.h"
 
 #include "frames/hotpixels.h"
+#include "frames/shortmemory.h"
 #include "imagefiles/dm3file.h"
+#include "imagefiles/filekind.h"
 #include "imagefiles/mrcfile.h"
 #include "imagefiles/picturefile.h"
 
@@ -9,8 +11,11 @@
 
 #include <exception>
 #include <limits>
+#include <new>
 
 namespace {
+
+const int g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
 
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
@@ -27,26 +32,34 @@ int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, Q
     return ReadPicture(strFileName, vecImage, strReason);
 }
 
+int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
+         CRunReport& report, int nMaxImages)
+{
+    ImageList vecRead;
+    QString strReason;
+    const int nResult = readFrame(strFileName, nMaxImages, vecRead, strReason);
+    if (vecRead.empty() && !strReason.isEmpty())
+        strReason += misnamedHint(strFileName);
+    if (nResult != 1)
+        report.addMessage(QStringLiteral("%1: failed to load").arg(strFileName), Qt::red);
+    if (!strReason.isEmpty())
+        report.addMessage(QStringLiteral("%1: %2").arg(strFileName, strReason),
+                          vecRead.empty() ? Qt::red : Qt::black);
+    if (nResult != 1)
+        return 0;
+    if (!vecRead.empty())
+        repairHotPixels(*vecRead.front(), listHotPixel);
+    vecImage.reserve(vecImage.size() + vecRead.size());
+    for (auto& pImage : vecRead)
+        vecImage.push_back(std::move(pImage));
+    return 1;
+}
+
 int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
          CRunReport& report, int nMaxImages)
 {
     try {
-        ImageList vecRead;
-        QString strReason;
-        const int nResult = readFrame(strFileName, nMaxImages, vecRead, strReason);
-        if (nResult != 1)
-            report.addMessage(QStringLiteral("%1: failed to load").arg(strFileName), Qt::red);
-        if (!strReason.isEmpty())
-            report.addMessage(QStringLiteral("%1: %2").arg(strFileName, strReason),
-                              vecRead.empty() ? Qt::red : Qt::black);
-        if (nResult != 1)
-            return 0;
-        if (!vecRead.empty())
-            repairHotPixels(*vecRead.front(), listHotPixel);
-        vecImage.reserve(vecImage.size() + vecRead.size());
-        for (auto& pImage : vecRead)
-            vecImage.push_back(std::move(pImage));
-        return 1;
+        return read(vecImage, strFileName, listHotPixel, report, nMaxImages);
     } catch (const std::exception& e) {
         releaseFrameImages(vecImage);
         report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
@@ -66,6 +79,17 @@ int loadFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
                    CRunReport& report)
 {
     return load(vecImage, strFileName, listHotPixel, report, 1);
+}
+
+int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
+                   CRunReport& report)
+{
+    try {
+        return read(vecImage, strFileName, listHotPixel, report, 1);
+    } catch (const std::bad_alloc&) {
+        throw CShortMemory(QStringLiteral("%1: reading the frame").arg(strFileName),
+                           g_nMemoryOfFile * QFileInfo(strFileName).size());
+    }
 }
 
 void releaseFrameImages(ImageList& vecImage)

@@ -31,5 +31,10 @@ int loadFrame(ImageList& vecImage, const QString& strFileName, const QList<QPoin
 int loadFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
                    CRunReport& report);
 
+/// Same as `loadFirstImage`, for a caller that can try again with more room.
+/// @throw CShortMemory when memory runs out, with `vecImage` as it was
+int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
+                   CRunReport& report);
+
 /// Frees all images of the list and empties it.
 void releaseFrameImages(ImageList& vecImage);

@@ -6,6 +6,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -15,19 +16,59 @@
 /// by the caller's thread.
 ///
 /// What is made does not depend on the number of jobs as long as the result of a frame depends on that
-/// frame alone.
+/// frame alone. A frame for which memory runs out (std::bad_alloc) is made again by half the threads, whose
+/// results and work space are freed first, and at last by the caller's thread alone.
 template <class Result>
 class CFrameSequence {
 public:
-    /// Makes the result of a frame, counted from 0. What it throws, take() throws.
+    /// Makes the result of a frame, counted from 0. What it throws, take() throws, but for a lack of memory
+    /// that fewer threads make good.
     using FnFrame = std::function<Result(int nFrame)>;
 
     /// @param fnMakeWorker  called here once for each thread: gives the thread's own FnFrame, with the work
     ///                      space that it keeps from frame to frame
-    CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker) : m_nFrames(nFrames)
+    CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker)
+        : m_fnMakeWorker(fnMakeWorker), m_nFrames(nFrames)
     {
-        const int nThreads = std::min(nJobs, nFrames);
-        m_fnFrame = fnMakeWorker();
+        start(std::min(nJobs, nFrames), 0);
+    }
+
+    ~CFrameSequence() { end(); }
+
+    CFrameSequence(const CFrameSequence&) = delete;
+    CFrameSequence& operator=(const CFrameSequence&) = delete;
+
+    /// Threads at work; 1 when the caller's does all.
+    int jobs() const { return std::max(1, int(m_vecThread.size())); }
+
+    /// Frames in order, each once; taking frame n frees the place of those before it.
+    Result take(int nFrame)
+    {
+        while (!m_vecThread.empty()) {
+            try {
+                return takeFromThreads(nFrame);
+            } catch (const std::bad_alloc&) {
+                const int nFewer = jobs() / 2;
+                end();
+                start(nFewer, nFrame);
+            }
+        }
+        return m_fnFrame(nFrame);
+    }
+
+private:
+    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
+    struct DoneFrame {
+        int nFrame = -1;
+        Result result;
+        std::exception_ptr pError;
+    };
+
+    // Threads that go on at a frame; with fewer than 2 the caller's thread does.
+    void start(int nThreads, int nFirst)
+    {
+        m_fnFrame = m_fnMakeWorker();
+        m_nNext = m_nTaken = nFirst;
         if (nThreads < 2)
             return;
         m_nPlaces = nThreads + 1;
@@ -35,13 +76,14 @@ public:
         try {
             for (int i = 0; i < nThreads; ++i)
                 m_vecThread.emplace_back(
-                    [this, fnFrame = i > 0 ? fnMakeWorker() : m_fnFrame] { work(fnFrame); });
+                    [this, fnFrame = i > 0 ? m_fnMakeWorker() : m_fnFrame] { work(fnFrame); });
         } catch (const std::exception&) {
             // fewer threads than asked for do the same work, and none leaves it to the caller
         }
     }
 
-    ~CFrameSequence()
+    // Waits for the threads and frees what they made.
+    void end()
     {
         {
             std::lock_guard<std::mutex> lock(m_mutex);
@@ -50,16 +92,14 @@ public:
         m_changed.notify_all();
         for (std::thread& thread : m_vecThread)
             thread.join();
+        m_vecThread.clear();
+        m_vecDone.clear();
+        m_fnFrame = nullptr;
+        m_bStop = false;
     }
 
-    CFrameSequence(const CFrameSequence&) = delete;
-    CFrameSequence& operator=(const CFrameSequence&) = delete;
-
-    /// Frames in order, each once; taking frame n frees the place of those before it.
-    Result take(int nFrame)
+    Result takeFromThreads(int nFrame)
     {
-        if (m_vecThread.empty())
-            return m_fnFrame(nFrame);
         std::unique_lock<std::mutex> lock(m_mutex);
         m_nTaken = nFrame;
         m_changed.notify_all();
@@ -71,14 +111,6 @@ public:
         return std::move(done.result);
     }
 
-private:
-    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
-    struct DoneFrame {
-        int nFrame = -1;
-        Result result;
-        std::exception_ptr pError;
-    };
-
     void work(const FnFrame& fnFrame)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -89,7 +121,7 @@ private:
                 return;
             const int nFrame = m_nNext++;
             lock.unlock();
-            Result result;
+            Result result{};
             std::exception_ptr pError;
             try {
                 result = fnFrame(nFrame);
@@ -105,6 +137,7 @@ private:
         }
     }
 
+    std::function<FnFrame()> m_fnMakeWorker;
     FnFrame m_fnFrame;
     int m_nFrames;
     int m_nPlaces = 1;  // of results, the one that the caller has among them

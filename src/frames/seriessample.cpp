@@ -4,6 +4,12 @@
 
 #include <algorithm>
 
+namespace {
+
+const size_t g_nFramesTold = 5;
+
+}  // namespace
+
 std::vector<int> sampledFrames(int nFrames, int nMost)
 {
     const int nCount = std::min(nFrames, nMost);
@@ -14,12 +20,21 @@ std::vector<int> sampledFrames(int nFrames, int nMost)
     return vecFrame;
 }
 
-ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel)
+ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel, CRunReport& report)
 {
     ImageList vecImage;
-    CRunReport silent;
-    if (loadFirstImage(vecImage, strFileName, listHotPixel, silent) != 0 && !vecImage.empty() &&
+    if (readFirstImage(vecImage, strFileName, listHotPixel, report) != 0 && !vecImage.empty() &&
         !vecImage.front()->Data())
         vecImage.clear();
     return vecImage;
+}
+
+void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& report)
+{
+    for (size_t i = 0; i < std::min(vecUnread.size(), g_nFramesTold); ++i)
+        vecUnread[i].sayTo(report);
+    if (vecUnread.size() > g_nFramesTold)
+        report.addMessage(QStringLiteral("%L1 more of the frames looked at cannot be read.")
+                              .arg(vecUnread.size() - g_nFramesTold),
+                          Qt::red);
 }

@@ -3,7 +3,8 @@
 
 #include "app/dataset/dataset.h"
 #include "app/records/runreport.h"
-#include "frames/framesequence.h"
+#include "frames/deferredreport.h"
+#include "frames/shortmemory.h"
 #include "imaging/imagelist.h"
 
 #include <functional>
@@ -13,16 +14,29 @@
 /// Numbers of at most nMost frames in order, the first and the last frame among them.
 std::vector<int> sampledFrames(int nFrames, int nMost);
 
-/// The images of a sampled frame, the first of them with pixels; none when it cannot be read.
-ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel);
+/// The images of a sampled frame, the first of them with pixels; none, with the loader's words, when it
+/// cannot be read.
+/// @throw CShortMemory
+ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel, CRunReport& report);
+
+/// Says why frames could not be read, of the first few of them.
+void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& report);
+
+/// What was seen of a sampled frame, or why it could not be read.
+template <class Result>
+struct SampledFrame {
+    std::optional<Result> result;
+    CDeferredReport report;
+};
 
 /// Looks at the first image of at most nMost frames, nJobs of them side by side, and hands over what was seen
 /// in order.
 ///
-/// A frame that cannot be read or has no pixels is passed over without a word: the run that needs it tells.
+/// A frame that cannot be read or has no pixels is passed over without a word, as the run that needs it
+/// tells; where none can be read, red lines say why.
 /// @param fnMakeLook  gives each thread its function, which makes a Result of an image
 /// @param fnTake      called by the caller's thread
-/// @return false when the report asked to stop
+/// @return false when the report asked to stop; false, with a red line, when memory is short
 template <class Result>
 bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunReport& report,
                          const std::function<std::function<Result(const CImgObj<float>&)>()>& fnMakeLook,
@@ -32,18 +46,35 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
     const QList<QPoint> listHotPixel = dataSet.m_listHotPixel;
     const std::vector<int> vecFrame = sampledFrames(listFile.size(), nMost);
     const int nCount = int(vecFrame.size());
-    CFrameSequence<std::optional<Result>> sequence(nCount, nJobs, [&] {
-        return [&, fnLook = fnMakeLook()](int i) -> std::optional<Result> {
-            const ImageList vecImage = sampledImages(listFile[vecFrame[size_t(i)]], listHotPixel);
-            return vecImage.empty() ? std::nullopt : std::make_optional(fnLook(*vecImage.front()));
+    CFrameSequence<SampledFrame<Result>> sequence(nCount, nJobs, [&] {
+        return [&, fnLook = fnMakeLook()](int i) {
+            const QString& strFile = listFile[vecFrame[size_t(i)]];
+            SampledFrame<Result> frame;
+            const ImageList vecImage = sampledImages(strFile, listHotPixel, frame.report);
+            if (vecImage.empty())
+                return frame;
+            const CImgObj<float>& img = *vecImage.front();
+            try {
+                frame.result = fnLook(img);
+            } catch (const std::bad_alloc&) {
+                const int nBytesPerPixel = 48;  // as much as hunting takes, or less
+                throw CShortMemory(QStringLiteral("%1: a look at the frame").arg(strFile),
+                                   qint64(nBytesPerPixel) * img.Width() * img.Height());
+            }
+            return frame;
         };
     });
+    std::vector<CDeferredReport> vecUnread;
     for (int i = 0; i < nCount; ++i) {
-        if (!report.goOn())
+        SampledFrame<Result> frame;
+        if (!report.goOn() || !takeFrame(sequence, i, frame, report))
             return false;
-        std::optional<Result> result = sequence.take(i);
-        if (result)
-            fnTake(*result);
+        if (frame.result)
+            fnTake(*frame.result);
+        else
+            vecUnread.push_back(frame.report);
     }
+    if (int(vecUnread.size()) == nCount)
+        sayUnreadFrames(vecUnread, report);
     return true;
 }

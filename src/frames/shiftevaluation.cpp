@@ -6,6 +6,7 @@
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
+#include "frames/shortmemory.h"
 #include "frames/summedmapbeam.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
@@ -54,12 +55,27 @@ public:
         : m_listFile(dataSet.m_listFrameFile), m_listHotPixel(dataSet.m_listHotPixel), m_square(square)
     {}
 
+    /// @throw CShortMemory
     RegionFrame cut(int nFrame)
     {
         RegionFrame frame;
-        CImgObj<float> imgRegion;
-        if (!loadRegion(nFrame, imgRegion, frame.report))
-            return frame;
+        try {
+            CImgObj<float> imgRegion;
+            if (loadRegion(nFrame, imgRegion, frame.report))
+                transform(nFrame, imgRegion, frame);
+        } catch (const CShortMemory&) {  // it tells of the file
+            throw;
+        } catch (const std::bad_alloc&) {
+            const qint64 nBytesPerPixel = 24;  // region, spectrum, transform
+            throw CShortMemory(QStringLiteral("%1: the reference region").arg(m_listFile[nFrame]),
+                               nBytesPerPixel * m_square.nSide * m_square.nSide);
+        }
+        return frame;
+    }
+
+private:
+    void transform(int nFrame, CImgObj<float>& imgRegion, RegionFrame& frame)
+    {
         const qint64 nBad = replaceBadPixels(imgRegion);
         if (nBad > 0)
             frame.report.addMessage(badPixelLine(nFrame, nBad), Qt::black);
@@ -74,15 +90,13 @@ public:
         ShiftCenter(frame.imgFT.Data(), nSide, nSide);
         MultiplyByMask(frame.imgFT.Data(), reinterpret_cast<const char*>(m_imgMask.Data()), nSide * nSide);
         frame.bUsable = true;
-        return frame;
     }
 
-private:
     bool loadRegion(int nFrame, CImgObj<float>& imgRegion, CRunReport& report) const
     {
         const QString& strFile = m_listFile[nFrame];
         ImageList vecImage;
-        if (!loadFirstImage(vecImage, strFile, m_listHotPixel, report)) {
+        if (!readFirstImage(vecImage, strFile, m_listHotPixel, report)) {
             report.addMessage(QStringLiteral("Failed to load %1. Stop.").arg(strFile), Qt::red);
             return false;
         }
@@ -180,7 +194,9 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
     });
     for (int i = 0; i < nFrames; ++i) {
         report.setProgress(i + 1);
-        RegionFrame frame = sequence.take(i);
+        RegionFrame frame;
+        if (!takeFrame(sequence, i, frame, report))
+            break;
         frame.report.sayTo(report);
         if (!frame.bUsable)
             break;

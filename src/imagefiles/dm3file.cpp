@@ -39,6 +39,25 @@ size_t pixelSize(int nDataType)
     }
 }
 
+/// What pixels of a type that is not read are; empty for a number without a meaning.
+QString pixelName(int nDataType)
+{
+    switch (nDataType) {
+        case 3:
+        case 13:
+            return QStringLiteral(" (complex)");
+        case 5:
+            return QStringLiteral(" (packed complex)");
+        case 8:
+        case 23:
+            return QStringLiteral(" (colour)");
+        case 14:
+            return QStringLiteral(" (single bits)");
+        default:
+            return {};
+    }
+}
+
 template <bool bSwap>
 void pixelsToFloat(int nDataType, const uint8_t* pSource, size_t nCount, float* pfTarget)
 {
@@ -240,7 +259,7 @@ int DM3File::GetImage(float* pfData, QString* pReason) const
         return fail(QStringLiteral("no data type"));
     const size_t nPixelSize = pixelSize(nDataType);
     if (nPixelSize == 0)
-        return fail(QStringLiteral("data type %1 is not read").arg(nDataType));
+        return fail(QStringLiteral("data type %1%2 is not read").arg(nDataType).arg(pixelName(nDataType)));
     const TagEntry* pPixels = asEntry(FindTag(*pImage, "Data"));
     if (!pPixels)
         return fail(QStringLiteral("no pixels"));

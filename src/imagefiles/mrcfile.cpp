@@ -49,6 +49,24 @@ size_t pixelSize(int nMode)
     }
 }
 
+/// What pixels of a mode that is not read are; empty for a number without a meaning.
+QString pixelName(int nMode)
+{
+    switch (nMode) {
+        case 3:
+        case 4:
+            return QStringLiteral(" (complex)");
+        case 12:
+            return QStringLiteral(" (floating point of 16 bits)");
+        case 16:
+            return QStringLiteral(" (colour)");
+        case 101:
+            return QStringLiteral(" (packed, 4 bits)");
+        default:
+            return {};
+    }
+}
+
 /// What the header and the length of the file allow to be read.
 struct SectionPlan {
     int64_t nCount = 0;  ///< sections
@@ -60,7 +78,7 @@ SectionPlan planSections(const MrcHeader& header, uint64_t nFileSize, int nMaxSe
     SectionPlan plan;
     const size_t nPixelSize = pixelSize(header.nMode);
     if (nPixelSize == 0) {
-        strReason = QStringLiteral("MODE %1 is not read").arg(header.nMode);
+        strReason = QStringLiteral("MODE %1%2 is not read").arg(header.nMode).arg(pixelName(header.nMode));
         return plan;
     }
     if (header.nZ < 1) {

@@ -1,6 +1,7 @@
 #include "imagefiles/picturefile.h"
 
 #include "app/records/availablememory.h"
+#include "imagefiles/filekind.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -67,6 +68,14 @@ QString cutPicture(const QString& strFileName, const QByteArray& bytesFormat)
     return {};
 }
 
+/// Why a TIFF cannot be read, where its reader says no more than that; empty if it is not known.
+QString whyNoTiff(const QString& strFileName)
+{
+    constexpr qint64 MOST_LOOKED_AT = qint64(256) << 20;
+    QFile file(strFileName);
+    return file.open(QIODevice::ReadOnly) ? unreadTiff(file.read(MOST_LOOKED_AT)) : QString();
+}
+
 std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
@@ -123,8 +132,10 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     }
     constexpr uint64_t BYTES_PER_PIXEL = 8 + sizeof(float);  // of the largest format, and of the frame
     if (nPixels > SMALL_PIXELS && !hasMemoryFor(static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL)) {
-        strReason =
-            QStringLiteral("%1 x %2 pixels are more than there is memory for").arg(nWidth).arg(nHeight);
+        strReason = QStringLiteral("%1 x %2 pixels take %3 MB, and %4 MB of memory are free")
+                        .arg(QString::number(nWidth), QString::number(nHeight),
+                             QString::number((static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL) >> 20),
+                             QString::number(availableMemory() >> 20));
         return 0;
     }
     const QByteArray bytesFormat = reader.format();
@@ -138,7 +149,9 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
         picture.fill(0);
     }
     if (!reader.read(&picture)) {
-        strReason = reader.errorString();
+        strReason = bytesFormat == "tiff" ? whyNoTiff(strFileName) : QString();
+        if (strReason.isEmpty())
+            strReason = reader.errorString();
         return 0;
     }
     strReason = cutPicture(strFileName, bytesFormat);

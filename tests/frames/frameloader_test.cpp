@@ -150,6 +150,52 @@ TEST_F(Loader, EveryFailureNamesTheFileAndTheReason)
     EXPECT_EQ(strReason, path("long.gif") + ": 214748364800 bytes; a picture may have 17179869184");
 }
 
+TEST_F(Loader, AnotherContentThanItsNameSaysIsTold)
+{
+    // 2 × 2 samples of 32 bits behind the header, then the directory: tag, type, count, value.
+    const auto tiff = [](int nFormat) {
+        QByteArray bytes("II*\0\x18\0\0\0", 8);
+        bytes += QByteArray(16, 'x') + QByteArray("\x0a\0", 2);
+        for (const auto& [nTag, nValue] : {std::pair(256, 2),
+                                           {257, 2},
+                                           {258, 32},
+                                           {259, 1},
+                                           {262, 1},
+                                           {273, 8},
+                                           {277, 1},
+                                           {278, 2},
+                                           {279, 16},
+                                           {339, nFormat}})
+            for (int n : {nTag, 4, 1, 0, nValue, 0})
+                bytes += QByteArray(1, char(n % 256)) + QByteArray(1, char(n / 256));
+        return bytes + QByteArray(4, '\0');
+    };
+    const CImgObj<float> img = makeImage(5, 4, [](int, int) { return 1; });
+    ASSERT_TRUE(WriteMRC<float>({&img}, path("f.mrc")));
+    const QByteArray mrc = readBytes(path("f.mrc"));
+    const QByteArray png = saved(QImage(1, 1, QImage::Format_Grayscale8), "one.png");
+    const QByteArray dm4 = QByteArray("\0\0\0\4\0\0\0\0\0\0\1\0\0\0\0\1\1\0", 18) + QByteArray(99, '\0');
+    const struct {
+        const char* pszName;
+        QByteArray bytes;
+        const char* pszReason;
+    } aRow[] = {
+        {"a.tif", tiff(3), "TIFF of 32 bits a sample, floating point; whole numbers of up to 16 bits "},
+        {"b.tif", tiff(1), "TIFF of 32 bits a sample; whole numbers of up to 16 bits are read"},
+        {"c.tif", mrc, " (the content is that of a MRC file; its name has to end in \".mrc\")"},
+        {"d.dm3", mrc, " (the content is that of a MRC file; "},
+        {"e.mrc", png, " (the content is that of a PNG file; "},
+        {"f.dm4", dm4, " (the content is that of a DM4 file, which is not read)"},
+        {"g.dm3", dm4, " (the content is that of a DM4 file, which is not read)"},
+        {"h.mrc", QByteArray(mrc).replace(12, 1, "\4"), "MODE 4 (complex) is not read"}};
+    for (const auto& row : aRow) {
+        const bool bOpened = QByteArray(row.pszName) == "h.mrc";  // a stack without an image
+        const QString strLog = logOf(row.pszName, row.bytes, bOpened);
+        EXPECT_TRUE(strLog.contains(row.pszReason)) << row.pszName << ' ' << qPrintable(strLog);
+    }
+    EXPECT_TRUE(m_vecImage.empty());
+}
+
 TEST_F(Loader, ALargePictureThatPacksWellIsBelieved)
 {
     QImage blank(12000, 12000, QImage::Format_Mono);

@@ -36,4 +36,32 @@ TEST(FrameSequence, GivesEachFrameInOrderAndWhatItThrowsInItsTurn)
     }
 }
 
+TEST(FrameSequence, GoesOnWithFewerThreadsWhereMemoryRunsShort)
+{
+    for (const auto& [nRoom, nLeft] : {std::pair(3, 2), {1, 1}, {0, 0}}) {
+        std::atomic<int> nWorkers{0};
+        struct Worker {  // each thread keeps its work space
+            std::atomic<int>& nCount;
+            explicit Worker(std::atomic<int>& n) : nCount(n) { ++nCount; }
+            ~Worker() { --nCount; }
+        };
+        CFrameSequence<int> sequence(50, 8, [&, nMost = nRoom] {
+            return [&, nMost, pWorker = std::make_shared<Worker>(nWorkers)](int nFrame) {
+                if (nFrame >= 20 && nWorkers > nMost)
+                    throw std::bad_alloc();
+                return 3 * nFrame;
+            };
+        });
+        EXPECT_EQ(sequence.jobs(), 8);
+        for (int i = 0; i < 50; ++i) {
+            if (nRoom == 0 && i >= 20) {
+                EXPECT_THROW(sequence.take(i), std::bad_alloc);
+            } else {
+                EXPECT_EQ(sequence.take(i), 3 * i) << nRoom;
+            }
+        }
+        EXPECT_EQ(sequence.jobs(), std::max(1, nLeft)) << nRoom;
+    }
+}
+
 }  // namespace

@@ -1,0 +1,109 @@
+#include "imagefiles/filekind.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+#include <QtEndian>
+
+#include "app/records/regularfile.h"
+
+namespace {
+
+struct FileKind {
+    QString strName;         ///< empty: not known
+    QStringList listSuffix;  ///< in lower case
+};
+
+bool isMrc(const QByteArray& bytesHead, qint64 nFileSize)
+{
+    const int nHeaderSize = 1024;
+    if (bytesHead.size() < nHeaderSize)
+        return false;
+    const auto word = [&](int n) { return qint64(qFromLittleEndian<qint32>(bytesHead.constData() + n)); };
+    if (bytesHead.mid(208, 4) == "MAP ")
+        return true;
+    // Older files have no mark, but a length that fits their sizes to the byte.
+    const int anPixelSize[] = {1, 2, 4, 4, 8, 0, 2};
+    const qint64 nX = word(0), nY = word(4), nZ = word(8), nMode = word(12), nMost = 1 << 20;
+    return nX > 0 && nY > 0 && nZ > 0 && nX < nMost && nY < nMost && nZ < nMost && nMode >= 0 && nMode <= 6 &&
+           nX * nY * nZ * anPixelSize[nMode] == nFileSize - nHeaderSize;
+}
+
+FileKind kindOf(const QByteArray& bytesHead, qint64 nFileSize)
+{
+    const struct {
+        QByteArray bytesStart;
+        FileKind kind;
+    } aMark[] = {{QByteArray("\x89PNG", 4), {"PNG", {"png"}}},
+                 {QByteArray("II*\0", 4), {"TIFF", {"tif", "tiff"}}},
+                 {QByteArray("MM\0*", 4), {"TIFF", {"tif", "tiff"}}},
+                 {QByteArray("\xff\xd8\xff", 3), {"JPEG", {"jpg", "jpeg"}}},
+                 {QByteArray("GIF8", 4), {"GIF", {"gif"}}},
+                 {QByteArray("BM", 2), {"BMP", {"bmp"}}},
+                 {QByteArray("{\nHEADER_BYTES", 14), {"SMV", {"img"}}},
+                 {QByteArray("\x89HDF", 4), {"HDF5", {"h5", "hdf5"}}}};
+    for (const auto& mark : aMark)
+        if (bytesHead.startsWith(mark.bytesStart))
+            return mark.kind;
+    // A length behind the version, of 4 or 8 bytes, and 0 or 1 for the order of bytes.
+    if (bytesHead.size() > 16 && bytesHead.startsWith(QByteArray("\0\0\0\3\0", 5)) &&
+        qFromBigEndian<quint32>(bytesHead.constData() + 8) <= 1)
+        return {"DM3", {"dm3"}};
+    if (bytesHead.size() > 16 && bytesHead.startsWith(QByteArray("\0\0\0\4\0", 5)) &&
+        qFromBigEndian<quint32>(bytesHead.constData() + 12) <= 1)
+        return {"DM4", {"dm4"}};
+    return isMrc(bytesHead, nFileSize) ? FileKind{"MRC", {"mrc"}} : FileKind();
+}
+
+}  // namespace
+
+QString misnamedHint(const QString& strFileName)
+{
+    const QStringList listUnread = {"DM4", "SMV", "HDF5"};
+    QFile file(strFileName);
+    QString strReason;
+    if (!openRegularFile(file, QIODevice::ReadOnly, strReason))
+        return {};
+    const FileKind kind = kindOf(file.read(1024), file.size());
+    if (listUnread.contains(kind.strName))
+        return QStringLiteral(" (the content is that of a %1 file, which is not read)").arg(kind.strName);
+    if (kind.strName.isEmpty() || kind.listSuffix.contains(QFileInfo(strFileName).suffix().toLower()))
+        return {};
+    return QStringLiteral(" (the content is that of a %1 file; its name has to end in \".%2\")")
+        .arg(kind.strName, kind.listSuffix.first());
+}
+
+QString unreadTiff(const QByteArray& bytesFile)
+{
+    const bool bBig = bytesFile.startsWith(QByteArray("MM\0*", 4));
+    if (!bBig && !bytesFile.startsWith(QByteArray("II*\0", 4)))
+        return {};
+    // Numbers at places that a damaged file may put anywhere; 0 beyond its end.
+    const auto number = [&](qint64 nPlace, int nBytes) -> qint64 {
+        if (nPlace < 0 || nPlace + nBytes > bytesFile.size())
+            return 0;
+        const char* p = bytesFile.constData() + nPlace;
+        if (nBytes == 2)
+            return bBig ? qFromBigEndian<quint16>(p) : qFromLittleEndian<quint16>(p);
+        return bBig ? qFromBigEndian<quint32>(p) : qFromLittleEndian<quint32>(p);
+    };
+    const qint64 nDirectory = number(4, 4), nEntries = number(nDirectory, 2);
+    qint64 nBits = 1, nFormat = 1;
+    for (qint64 i = 0; i < nEntries; ++i) {
+        const qint64 nEntry = nDirectory + 2 + 12 * i;
+        // Of one or two samples the numbers stand in the entry, of more at the place that it names.
+        const qint64 nPlace = number(nEntry + 4, 4) > 2 ? number(nEntry + 8, 4) : nEntry + 8;
+        if (number(nEntry, 2) == 258)  // BitsPerSample
+            nBits = number(nPlace, 2);
+        else if (number(nEntry, 2) == 339)  // SampleFormat
+            nFormat = number(nPlace, 2);
+    }
+    const char* const pszFormat = nFormat == 3                   ? "floating point"
+                                  : nFormat == 5 || nFormat == 6 ? "complex"
+                                                                 : "";
+    if (nBits <= 16 && !*pszFormat)
+        return {};
+    return QStringLiteral("TIFF of %1 bits a sample%2; whole numbers of up to 16 bits are read")
+        .arg(QString::number(nBits),
+             *pszFormat ? QStringLiteral(", ") + QLatin1String(pszFormat) : QString());
+}
