@@ -22,8 +22,8 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
         return peaks;
     peaks.bHunted = true;
     peaks.nBadPixels = nBad;
-    FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX, peaks.listY,
-                    g_dfCandidateFraction);
+    peaks.bTooMany = !FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX,
+                                      peaks.listY, g_dfCandidateFraction);
     removeMaskedPeaks(mask, peaks.listX, peaks.listY);
     peaks.listIPoint = SampleAtPositions(work.imgSmooth, peaks.listX, peaks.listY);
     std::vector<RefIntPara> vecWindow;

@@ -17,6 +17,7 @@ struct FramePeaks {
     QList<double> listIPoint;  ///< smoothed frame at the position
     QList<double> listI2D;     ///< disc less ring on the smoothed frame; 0 at the frame's edge
     bool bHunted = false;      ///< false: no pixels, or no room for the transform; then nothing is known
+    bool bTooMany = false;     ///< more candidates than 1 % of the pixels, which is noise: no peak is taken
     qint64 nBadPixels = 0;     ///< pixels that held no usable number (frameSpectrum)
 };
 

@@ -16,7 +16,7 @@ bool anyReaches(const float* p, int nCount, float fThreshold)
 
 }  // namespace
 
-void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
+bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
                      double dfFraction)
 {
     listX.clear();
@@ -24,7 +24,7 @@ void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
     const int nWidth = img.Width();
     const int nHeight = img.Height();
     if (!img.Data() || nWidth < 3 || nHeight < 3)
-        return;
+        return true;
     const qint64 nLimit = qint64(dfFraction * (double(nWidth) * double(nHeight)));
     for (int nRow = 1; nRow < nHeight - 1; ++nRow) {
         const float* pRow = img.Data() + size_t(nRow) * size_t(nWidth);
@@ -43,7 +43,7 @@ void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
                     if (listX.size() > nLimit) {
                         listX.clear();
                         listY.clear();
-                        return;
+                        return false;
                     }
                     listX.append(n);
                     listY.append(nRow);
@@ -51,4 +51,5 @@ void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
             }
         }
     }
+    return true;
 }

@@ -13,5 +13,6 @@
 /// @param listX, listY  replaced by columns and rows, whole numbers
 /// @param dfFraction    with more than fraction * pixels (truncated) maxima found before another
 ///                      one both lists end up empty: too many candidates are noise
-void FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
+/// @return false for too many candidates
+bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
                      double dfFraction);

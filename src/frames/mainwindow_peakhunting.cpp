@@ -12,6 +12,7 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
+#include <QStatusBar>
 #include <QThread>
 
 namespace {
@@ -42,7 +43,12 @@ void MainWindow::runPeakHunting()
             forgetRawGroups();
             transformPeaksTo3D();
             showPeaksIn3D();
-            peakReduction3D();
+            if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())
+                peakReduction3D();
+            else
+                report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
+                                     "shift evaluation, or load a shift file, and then merge."),
+                                  Qt::red);
             m_pTabWidget->setCurrentIndex(1);
         };
         ::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
@@ -71,6 +77,14 @@ void MainWindow::testCurrentPatternForPeaks()
             listPos.append({peaks.listX[i], peaks.listY[i]});
         showCrossMarks(listPos, Qt::green, g_nCrossSize);
         m_pFrameScene->update();
+        // In the status bar, as the preview comes with each frame and each turn of a number.
+        const QString strTooMany = tr(
+            "More than 1 % of the pixels are peak candidates, which is noise: none is "
+            "taken. Raise the threshold.");
+        if (peaks.bTooMany)
+            statusBarMessage(strTooMany);
+        else if (statusBar()->currentMessage() == strTooMany)
+            statusBarMessage({});
     });
 }
 

@@ -8,6 +8,7 @@
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
 #include "frames/sharedpeakfilters.h"
+#include "frames/shortmemory.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -18,6 +19,9 @@
 #include <utility>
 
 namespace {
+
+// Of the spectrum, its product and both images, and, once for the series, of the filters in the making.
+const qint64 g_nBytesPerPixel = 48;
 
 struct HuntedFrame {
     bool bHunted = false;
@@ -37,19 +41,21 @@ public:
           m_filters(filters)
     {}
 
-    // No exception leaves it: a frame that memory has no room for is one that was not hunted.
+    /// @throw CShortMemory
     HuntedFrame hunt(int nFrame, FrameHuntWork& work)
     {
         HuntedFrame frame;
+        const QString& strFile = m_listFile[nFrame];
+        qint64 nPixels = 0;
         try {
-            const QString& strFile = m_listFile[nFrame];
-            if (!loadFirstImage(frame.vecImage, strFile, m_listHotPixel, frame.report))
+            if (!readFirstImage(frame.vecImage, strFile, m_listHotPixel, frame.report))
                 return frame;
             if (frame.vecImage.empty()) {
                 frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
                 return frame;
             }
             const CImgObj<float>& img = *frame.vecImage.front();
+            nPixels = qint64(img.Width()) * img.Height();
             frame.peaks = m_filters.use(m_parameters, img.Width(), img.Height(), [&](CPeakFilters& filters) {
                 return huntFrame(img, m_parameters, m_mask, filters, work);
             });
@@ -61,6 +67,11 @@ public:
             if (frame.peaks.nBadPixels > 0)
                 frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Qt::black);
             frame.bHunted = true;
+        } catch (const CShortMemory&) {  // it tells of the file
+            throw;
+        } catch (const std::bad_alloc&) {
+            throw CShortMemory(QStringLiteral("%1: hunting for peaks").arg(strFile),
+                               g_nBytesPerPixel * nPixels);
         } catch (const std::exception& e) {
             releaseFrameImages(frame.vecImage);
             frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())),
@@ -110,9 +121,12 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
         };
     });
     int nNextID = 0;
+    int nNoisy = 0, nFirstNoisy = 0;
     for (int i = 0; i < nFrames; ++i) {
         report.setProgress(i + 1);
-        HuntedFrame frame = sequence.take(i);
+        HuntedFrame frame;
+        if (!takeFrame(sequence, i, frame, report))
+            return false;
         frame.report.sayTo(report);
         dataSet.m_vecFrameImage = std::move(frame.vecImage);
         if (!frame.bHunted)
@@ -121,12 +135,23 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
         report.addMessage(
             QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4), Qt::black);
         listFound.append(listPeak);
+        if (frame.peaks.bTooMany && ++nNoisy == 1)
+            nFirstNoisy = i + 1;
         if (options.fnFrameDone)
             options.fnFrameDone(i, listPeak);
         // A wish to stop counts before the next frame; after the last one the work is done.
         if (!bGoOn() && i + 1 < nFrames)
             return false;
     }
+    if (nNoisy > 0)
+        report.addMessage(
+            QStringLiteral(
+                "On %L1 of %L2 frames, first #%L3, more than 1 % of the pixels are peak candidates, "
+                "which is noise: they have no peaks. Raise the threshold.")
+                .arg(nNoisy)
+                .arg(nFrames)
+                .arg(nFirstNoisy),
+            Qt::red);
     return true;
 }
 

@@ -118,3 +118,31 @@ TEST_F(Hunting, HotPixelsAreRepairedOnTheFrameThatIsShown)
     EXPECT_FALSE(isSpotShown());
     EXPECT_EQ(lines("1 hot pixel positions loaded.", Qt::black), 1);
 }
+
+TEST_F(Hunting, WithoutShiftsTheLogSaysOnceWhatToDoFirst)
+{
+    QFile::remove(path("series.sc"));
+    m_pWindow->openFiles({path("series.ed3d")});
+    m_pSearch->m_pRunButton->click();
+    EXPECT_EQ(lines("Peak hunting finished", Qt::blue), 1);
+    EXPECT_EQ(lines("does not match that of the shift correction data. Stop."), 1);
+    EXPECT_EQ(lines("run the shift evaluation, or load a shift file, and then merge."), 1);
+}
+
+TEST_F(Hunting, TooManyCandidatesAreTold)
+{
+    const char* const pszTooMany = "More than 1 % of the pixels are peak candidates";
+    const auto status = [this] { return m_pWindow->statusBar()->currentMessage(); };
+    writePicture("series3.png",
+                 [](int x, int y) { return 120 + (x * x * 31 + y * y * 17 + x * y * 7) % 100; });
+    m_pSearch->m_pPeakRadiusSpin->setValue(0.5);
+    m_pSearch->m_pShowPeaksCheck->setChecked(true);
+    EXPECT_FALSE(status().startsWith(pszTooMany)) << status().toStdString();
+    m_pSlider->setValue(4);
+    EXPECT_TRUE(status().startsWith(pszTooMany)) << status().toStdString();
+    m_pSlider->setValue(2);
+    EXPECT_FALSE(status().startsWith(pszTooMany)) << status().toStdString();
+    m_pSearch->m_pRunButton->click();
+    EXPECT_EQ(lines("0 peaks found on frame #   4", Qt::black), 1);
+    EXPECT_EQ(lines("On 1 of 6 frames, first #4, more than 1 % of the pixels are peak candidates"), 1);
+}
