@@ -1,5 +1,6 @@
 #include "frames/autothreshold.h"
 
+#include "frames/badpixels.h"
 #include "frames/bandpass.h"
 #include "frames/framehunt.h"
 #include "frames/median.h"
@@ -55,46 +56,90 @@ double impulseResponse(const CPeakFilters& filters)
     return std::fabs(dfSum) / double(nPixels);
 }
 
-// The threshold for one frame; 0 for a blank one and where there is no transform.
-double thresholdOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+struct FrameNoise {
+    double dfThreshold = 0;  // 0 for a blank frame and where there is no transform
+    double dfStep = 0;       // least step between pixel values
+    float fGreatest = 0;     // pixel
+};
+
+FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                         CPeakFilters& filters, FrameHuntWork& work)
 {
     if (frameSpectrum(imgFrame, work.fft, work.spectrum) < 0 ||
         !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
         !filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, nullptr, &work.imgBandPass))
-        return 0;
+        return {};
+    FrameNoise noise;
+    noise.dfStep = leastStep(imgFrame);
+    for (qint64 i = 0; i < qint64(imgFrame.Width()) * imgFrame.Height(); ++i)
+        if (isUsablePixel(imgFrame.Data()[i]))
+            noise.fGreatest = std::max(noise.fGreatest, imgFrame.Data()[i]);
     // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
-    return std::max(g_dfDeviations * robustSpread(samplePixels(work.imgBandPass)).dfDeviation,
-                    g_dfLeastQuanta * leastStep(imgFrame) * impulseResponse(filters));
+    noise.dfThreshold = std::max(g_dfDeviations * robustSpread(samplePixels(work.imgBandPass)).dfDeviation,
+                                 g_dfLeastQuanta * noise.dfStep * impulseResponse(filters));
+    return noise;
+}
+
+// A power of ten that makes the greatest pixels some ten thousands; 1 for counts, and for values that are no
+// smaller than those of common pictures.
+double scaleForSmallValues(double dfGreatest, double dfStep)
+{
+    const double dfSmall = 100, dfWanted = 4;
+    if (!(dfGreatest > 0 && dfGreatest < dfSmall && dfStep < 1))
+        return 1;
+    return std::pow(10.0, dfWanted - std::floor(std::log10(dfGreatest)));
+}
+
+// As the page shows it, unless its two decimals would move it by more than a hundredth.
+double rounded(double dfThreshold)
+{
+    return dfThreshold >= 1 ? QString::number(dfThreshold, 'f', 2).toDouble()
+                            : QString::number(dfThreshold, 'g', 4).toDouble();
 }
 
 }  // namespace
 
 bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
-                           CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs)
+                           CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs,
+                           double* pdfScale)
 {
     CSharedPeakFilters shared(filters);
     const auto makeEstimate = [&] {
         return [&, pWork = std::make_shared<FrameHuntWork>()](const CImgObj<float>& imgFrame) {
             return shared.use(parameters, imgFrame.Width(), imgFrame.Height(), [&](CPeakFilters& fitting) {
-                return thresholdOfFrame(imgFrame, parameters, fitting, *pWork);
+                return noiseOfFrame(imgFrame, parameters, fitting, *pWork);
             });
         };
     };
-    std::vector<float> vecThreshold;
-    const auto take = [&](double& dfFrame) {
-        if (dfFrame > 0)  // not for a blank frame
-            vecThreshold.push_back(float(dfFrame));
+    std::vector<float> vecThreshold, vecStep, vecGreatest;
+    bool bRead = false;
+    const auto take = [&](FrameNoise& noise) {
+        bRead = true;
+        if (noise.dfThreshold > 0) {  // not for a blank frame
+            vecThreshold.push_back(float(noise.dfThreshold));
+            vecStep.push_back(float(noise.dfStep));
+            vecGreatest.push_back(noise.fGreatest);
+        }
     };
-    if (!forEachSampledFrame<double>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take))
+    if (!forEachSampledFrame<FrameNoise>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take))
         return false;
     if (vecThreshold.empty()) {
-        report.addMessage(
-            QStringLiteral("No peak threshold was found: no frame could be read, or all are blank."),
-            Qt::red);
+        report.addMessage(bRead
+                              ? QStringLiteral("No peak threshold was found: the frames looked at are blank.")
+                              : QStringLiteral("No peak threshold was found: no frame could be read."),
+                          Qt::red);
         return false;
     }
-    dfThreshold = double(medianOf(vecThreshold));
+    double dfScale = 1;
+    if (pdfScale)
+        *pdfScale = dfScale = scaleForSmallValues(double(medianOf(vecGreatest)), double(medianOf(vecStep)));
+    dfThreshold = rounded(dfScale * double(medianOf(vecThreshold)));
+    if (dfScale != 1)
+        report.addMessage(
+            QStringLiteral("The values of the frames are small: for peaks, their threshold and their "
+                           "intensities they are taken times %L1.")
+                .arg(dfScale),
+            Qt::black);
     report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
                           .arg(dfThreshold)
                           .arg(vecThreshold.size()),

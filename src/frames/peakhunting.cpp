@@ -54,8 +54,10 @@ public:
                 frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
                 return frame;
             }
-            const CImgObj<float>& img = *frame.vecImage.front();
+            CImgObj<float>& img = *frame.vecImage.front();
             nPixels = qint64(img.Width()) * img.Height();
+            for (qint64 i = 0; m_parameters.m_dfFrameScale != 1 && i < nPixels; ++i)
+                img.Data()[i] *= float(m_parameters.m_dfFrameScale);
             frame.peaks = m_filters.use(m_parameters, img.Width(), img.Height(), [&](CPeakFilters& filters) {
                 return huntFrame(img, m_parameters, m_mask, filters, work);
             });

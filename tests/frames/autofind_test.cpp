@@ -2,6 +2,7 @@
 #include "frames/autothreshold.h"
 #include "frames/framehunt.h"
 #include "frames/frameseries.h"
+#include "frames/peakhunting.h"
 
 namespace {
 
@@ -84,6 +85,59 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
     series.add(makeImage(65, 90, [](int x, int y) { return 5 + 900 * gaussian(x - 30, y - 50, 3); }));
     EXPECT_TRUE(findBeamRegion(series.dataSet, series.report, rc));  // small: there is one size only
     EXPECT_EQ(rc.size(), QSize(64, 64));
+
+    // What stands in the way is named.
+    FrameSeries narrow, unread;
+    narrow.add(makeImage(20000, 40, [](int, int) { return 5; }));
+    EXPECT_FALSE(findBeamRegion(narrow.dataSet, narrow.report, rc));
+    EXPECT_TRUE(
+        narrow.report.said(QString("on frames of %L1×40 pixels it needs sides of at least 79.").arg(20000)))
+        << narrow.report.log().toStdString();
+    for (int i = 0; i < 7; ++i) {
+        unread.add(makeImage(40, 40, [](int, int) { return 5; }));
+        const QString strFile = unread.dataSet.m_listFrameFile.last();
+        writeBytes(strFile, readBytes(strFile).replace(12, 1, "\4"));
+    }
+    double dfThreshold = 0;
+    EXPECT_FALSE(findBeamRegion(unread.dataSet, unread.report, rc));
+    EXPECT_FALSE(estimatePeakThreshold(unread.dataSet, {}, unread.filters, unread.report, dfThreshold));
+    EXPECT_EQ(unread.report.log().count(".mrc: MODE 4 (complex) is not read"), 2 * 5);
+    EXPECT_EQ(unread.report.log().count("2 more of the frames looked at cannot be read."), 2);
+    EXPECT_EQ(unread.report.log().count("ed: no frame could be read."), 1);
+    EXPECT_EQ(unread.report.log().count("No peak threshold was found: no frame could be read."), 1);
+}
+
+// Frames that were scaled to 0 to 1 give the peaks of the same frames in counts, with intensities that the
+// tenths of a peak list can hold, and the log tells the threshold that is used.
+TEST(EstimatePeakThreshold, SmallValuesAreScaled)
+{
+    QList<QList<Peak3D>> alistPeak[2];
+    for (double dfGreatest : {1.0, 4000.0}) {
+        std::mt19937 random(31);
+        std::normal_distribution<double> noise(0.02, 0.002);
+        FrameSeries series;
+        for (int i = 0; i < 3; ++i)
+            series.add(makeImage(128, 128, [&](int x, int y) {
+                return dfGreatest * (noise(random) + 0.9 * gaussian(x % 64 - 30 - i, y % 64 - 32, 2));
+            }));
+        PeakHuntingParameters p = radii(2, 5);
+        ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, series.filters, series.report,
+                                          p.m_dfPeakThreshold, 2, &p.m_dfFrameScale));
+        EXPECT_EQ(p.m_dfFrameScale, dfGreatest == 1 ? 1e5 : 1);
+        EXPECT_TRUE(series.report.said(QString("Peak threshold %L1 from").arg(p.m_dfPeakThreshold)));
+        EXPECT_GT(p.m_dfPeakThreshold, 1);
+        ASSERT_TRUE(runPeakHunting(series.dataSet, p, series.filters, series.report));
+        alistPeak[dfGreatest == 1] = series.dataSet.m_listPeakFrame;
+    }
+    ASSERT_EQ(alistPeak[0].size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(alistPeak[1][i].size(), 4);
+        ASSERT_EQ(alistPeak[0][i].size(), 4);
+        for (int n = 0; n < 4; ++n) {
+            EXPECT_EQ(alistPeak[1][i][n].dfX2D, alistPeak[0][i][n].dfX2D);
+            EXPECT_NEAR(alistPeak[1][i][n].dfIPoint / alistPeak[0][i][n].dfIPoint, 25, 0.01);
+        }
+    }
 }
 
 TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)

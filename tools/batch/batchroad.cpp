@@ -523,17 +523,16 @@ bool CBatchRoad::runPeaks()
 {
     CPeakFilters filters;
     PeakHuntingParameters& parameters = m_options.hunting;
+    roundToPages(parameters);
     if (m_options.dfPeakThreshold) {
         parameters.m_dfPeakThreshold = *m_options.dfPeakThreshold;
+        roundToPages(parameters);
     } else if (!m_options.bWindowDefaults) {
-        double dfThreshold = 0;
-        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, dfThreshold, jobs())) {
+        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, parameters.m_dfPeakThreshold,
+                                   jobs(), &parameters.m_dfFrameScale)) {
             return false;
         }
-        // What the page would show, but never so little that it rounds to nothing.
-        parameters.m_dfPeakThreshold = std::max(dfThreshold, 0.01);
     }
-    roundToPages(parameters);
     const QString strFile = resultBase() + QStringLiteral(".pk");
     const FileStamp stamp = FileStamp::of(strFile);
     PeakHuntingOptions options;
@@ -547,6 +546,9 @@ bool CBatchRoad::runPeaks()
 #endif
     const int nPeaks = countPeaks(m_dataSet.m_listPeakFrame);
     m_summary[QStringLiteral("peakThreshold")] = parameters.m_dfPeakThreshold;
+    if (parameters.m_dfFrameScale != 1) {
+        m_summary[QStringLiteral("frameScale")] = parameters.m_dfFrameScale;
+    }
     m_summary[QStringLiteral("peaks")] = nPeaks;
     if (nPeaks == 0) {
         return fail(QStringLiteral("No peaks were found on any frame."));

@@ -11,6 +11,8 @@ struct PeakHuntingParameters {
     double m_dfBackgroundRadius = 10;      ///< sigma of the wide Gaussian
     double m_dfSmoothRadius = 0.5;         ///< sigma of the smoothing the intensities are taken from
     double m_dfPeakThreshold = 1;          ///< least value of the band-passed image at a peak
+    double m_dfFrameScale = 1;             ///< of the pixels that a run hunts; on no page, for frames whose
+                                           ///< values are so small that a peak list would lose them
     double m_dfIntegrationRadius = 15;     ///< disc, truncated to int when used
     double m_dfIntegrationBackground = 3;  ///< ring width, truncated to int when used
 };
