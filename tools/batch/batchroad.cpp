@@ -523,15 +523,14 @@ bool CBatchRoad::runPeaks()
 {
     CPeakFilters filters;
     PeakHuntingParameters& parameters = m_options.hunting;
-    roundToPages(parameters);
     if (m_options.dfPeakThreshold) {
         parameters.m_dfPeakThreshold = *m_options.dfPeakThreshold;
-        roundToPages(parameters);
-    } else if (!m_options.bWindowDefaults) {
-        if (!estimatePeakThreshold(m_dataSet, parameters, filters, m_report, parameters.m_dfPeakThreshold,
-                                   jobs(), &parameters.m_dfFrameScale)) {
-            return false;
-        }
+    }
+    roundToPages(parameters);
+    if (!m_options.dfPeakThreshold && !m_options.bWindowDefaults &&
+        !estimatePeakThreshold(m_dataSet, parameters, filters, m_report, parameters.m_dfPeakThreshold, jobs(),
+                               &parameters.m_dfFrameScale)) {
+        return false;
     }
     const QString strFile = resultBase() + QStringLiteral(".pk");
     const FileStamp stamp = FileStamp::of(strFile);
