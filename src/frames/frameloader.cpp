@@ -1,7 +1,7 @@
 #include "frames/frameloader.h"
 
+#include "app/records/shortmemory.h"
 #include "frames/hotpixels.h"
-#include "frames/shortmemory.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/filekind.h"
 #include "imagefiles/mrcfile.h"
@@ -9,13 +9,14 @@
 
 #include <QFileInfo>
 
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <new>
 
 namespace {
 
-const int g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
+const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
 
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
@@ -62,7 +63,7 @@ int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
         return read(vecImage, strFileName, listHotPixel, report, nMaxImages);
     } catch (const std::exception& e) {
         releaseFrameImages(vecImage);
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromUtf8(e.what())), Qt::red);
         return 0;
     }
 }
@@ -86,9 +87,11 @@ int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
 {
     try {
         return read(vecImage, strFileName, listHotPixel, report, 1);
+    } catch (const CShortMemory&) {  // it knows better
+        throw;
     } catch (const std::bad_alloc&) {
         throw CShortMemory(QStringLiteral("%1: reading the frame").arg(strFileName),
-                           g_nMemoryOfFile * QFileInfo(strFileName).size());
+                           g_nMemoryOfFile * std::uint64_t(QFileInfo(strFileName).size()));
     }
 }
 

@@ -8,12 +8,13 @@
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
 #include "frames/sharedpeakfilters.h"
-#include "frames/shortmemory.h"
+#include "frames/takeframe.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -21,7 +22,7 @@
 namespace {
 
 // Of the spectrum, its product and both images, and, once for the series, of the filters in the making.
-const qint64 g_nBytesPerPixel = 48;
+const std::uint64_t g_nBytesPerPixel = 48;
 
 struct HuntedFrame {
     bool bHunted = false;
@@ -73,7 +74,7 @@ public:
             throw;
         } catch (const std::bad_alloc&) {
             throw CShortMemory(QStringLiteral("%1: hunting for peaks").arg(strFile),
-                               g_nBytesPerPixel * nPixels);
+                               g_nBytesPerPixel * std::uint64_t(nPixels));
         } catch (const std::exception& e) {
             releaseFrameImages(frame.vecImage);
             frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())),

@@ -4,9 +4,10 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runreport.h"
 #include "frames/deferredreport.h"
-#include "frames/shortmemory.h"
+#include "frames/takeframe.h"
 #include "imaging/imagelist.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -57,9 +58,9 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
             try {
                 frame.result = fnLook(img);
             } catch (const std::bad_alloc&) {
-                const int nBytesPerPixel = 48;  // as much as hunting takes, or less
+                const std::uint64_t nBytesPerPixel = 48;  // as much as hunting takes, or less
                 throw CShortMemory(QStringLiteral("%1: a look at the frame").arg(strFile),
-                                   qint64(nBytesPerPixel) * img.Width() * img.Height());
+                                   nBytesPerPixel * std::uint64_t(img.Width()) * std::uint64_t(img.Height()));
             }
             return frame;
         };

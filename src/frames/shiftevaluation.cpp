@@ -6,8 +6,8 @@
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
-#include "frames/shortmemory.h"
 #include "frames/summedmapbeam.h"
+#include "frames/takeframe.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
@@ -22,6 +22,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -66,9 +67,10 @@ public:
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
         } catch (const std::bad_alloc&) {
-            const qint64 nBytesPerPixel = 24;  // region, spectrum, transform
-            throw CShortMemory(QStringLiteral("%1: the reference region").arg(m_listFile[nFrame]),
-                               nBytesPerPixel * m_square.nSide * m_square.nSide);
+            const std::uint64_t nBytesPerPixel = 24;  // region, spectrum, transform
+            throw CShortMemory(
+                QStringLiteral("%1: the reference region").arg(m_listFile[nFrame]),
+                nBytesPerPixel * std::uint64_t(m_square.nSide) * std::uint64_t(m_square.nSide));
         }
         return frame;
     }

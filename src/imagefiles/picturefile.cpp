@@ -1,6 +1,7 @@
 #include "imagefiles/picturefile.h"
 
 #include "app/records/availablememory.h"
+#include "app/records/shortmemory.h"
 #include "imagefiles/filekind.h"
 
 #include <QFile>
@@ -131,13 +132,11 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
         return 0;
     }
     constexpr uint64_t BYTES_PER_PIXEL = 8 + sizeof(float);  // of the largest format, and of the frame
-    if (nPixels > SMALL_PIXELS && !hasMemoryFor(static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL)) {
-        strReason = QStringLiteral("%1 x %2 pixels take %3 MB, and %4 MB of memory are free")
-                        .arg(QString::number(nWidth), QString::number(nHeight),
-                             QString::number((static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL) >> 20),
-                             QString::number(availableMemory() >> 20));
-        return 0;
-    }
+    const uint64_t nBytes = static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL;
+    if (nPixels > SMALL_PIXELS && !hasMemoryFor(nBytes))
+        throw CShortMemory(QStringLiteral("%1: a picture of %2 x %3 pixels")
+                               .arg(strFileName, QString::number(nWidth), QString::number(nHeight)),
+                           nBytes);
     const QByteArray bytesFormat = reader.format();
     // What the file has no bytes for stays as it is in the picture that is handed over: black.
     QImage picture;

@@ -21,5 +21,6 @@
 /// @param vecImage   unchanged on failure
 /// @param strReason  what is wrong with the file, in words; empty if nothing is
 /// @return 1 on success, else 0
-/// @throws std::bad_alloc when memory runs out
+/// @throws std::bad_alloc when memory runs out; CShortMemory, which tells how much is needed, before memory
+///         is taken for a picture that it has no room for
 int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason);

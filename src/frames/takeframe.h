@@ -1,0 +1,28 @@
+// takeFrame: a frame of a sequence, and what there is to say where memory is short.
+#pragma once
+
+#include "app/records/runreport.h"
+#include "app/records/shortmemory.h"
+#include "frames/framesequence.h"
+
+/// Takes a frame from a sequence and tells where memory is short: in black when fewer threads go on, in red
+/// when one alone has no room either.
+/// @return false in the latter case
+template <class Result>
+bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRunReport& report)
+{
+    const int nJobs = sequence.jobs();
+    try {
+        result = sequence.take(nFrame);
+    } catch (const CShortMemory& error) {
+        report.addMessage(error.text(), Qt::red);
+        return false;
+    }
+    if (sequence.jobs() < nJobs)
+        report.addMessage(
+            QStringLiteral("Memory is short: the run goes on with fewer frames side by side (as with "
+                           "the driver's option --jobs %1).")
+                .arg(sequence.jobs()),
+            Qt::black);
+    return true;
+}
