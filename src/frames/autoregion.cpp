@@ -257,15 +257,14 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
             dataSet, g_nFramesLookedAt, nJobs, report, [] { return mapOfFrame; }, take))
         return false;
     if (vecMap.empty()) {
-        report.addMessage(
+        report.fail(
             bRead ? QStringLiteral(
                         "The direct beam was not searched: on frames of %L1×%L2 pixels it needs sides of "
                         "at least %L3. Give the region (--region).")
                         .arg(nWidth)
                         .arg(nHeight)
                         .arg(std::max(g_nLeastSide, nBlock))
-                  : QStringLiteral("The direct beam was not searched: no frame could be read."),
-            Qt::red);
+                  : QStringLiteral("The direct beam was not searched: no frame could be read."));
         return false;
     }
 
@@ -280,8 +279,7 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
     }
     if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
-        report.addMessage(QStringLiteral("The direct beam was not found: the frames looked at are blank."),
-                          Qt::red);
+        report.fail(QStringLiteral("The direct beam was not found: the frames looked at are blank."));
         return false;
     }
     const QPoint ptMiddle(mapVotes.nWidth / 2, mapVotes.nHeight / 2);

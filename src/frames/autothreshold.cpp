@@ -124,10 +124,8 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
     if (!forEachSampledFrame<FrameNoise>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take))
         return false;
     if (vecThreshold.empty()) {
-        report.addMessage(bRead
-                              ? QStringLiteral("No peak threshold was found: the frames looked at are blank.")
-                              : QStringLiteral("No peak threshold was found: no frame could be read."),
-                          Qt::red);
+        report.fail(bRead ? QStringLiteral("No peak threshold was found: the frames looked at are blank.")
+                          : QStringLiteral("No peak threshold was found: no frame could be read."));
         return false;
     }
     double dfScale = 1;

@@ -13,9 +13,10 @@ public:
     {
         m_vecLine.emplace_back(strText, color);
     }
-    /// Says all lines, in order.
+    /// Says all lines, in order, and hands the reason on.
     void sayTo(CRunReport& report) const
     {
+        report.noteReason(reason());
         for (const auto& line : m_vecLine)
             report.addMessage(line.first, line.second);
     }

@@ -39,10 +39,13 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     ImageList vecRead;
     QString strReason;
     const int nResult = readFrame(strFileName, nMaxImages, vecRead, strReason);
-    if (vecRead.empty() && !strReason.isEmpty())
+    if (vecRead.empty() && !strReason.isEmpty()) {
         strReason += misnamedHint(strFileName);
+        report.noteReason(
+            QStringLiteral("%1: %2").arg(strFileName, strReason));  // said after a line with the file alone
+    }
     if (nResult != 1)
-        report.addMessage(QStringLiteral("%1: failed to load").arg(strFileName), Qt::red);
+        report.fail(QStringLiteral("%1: failed to load").arg(strFileName));
     if (!strReason.isEmpty())
         report.addMessage(QStringLiteral("%1: %2").arg(strFileName, strReason),
                           vecRead.empty() ? Qt::red : Qt::black);
@@ -63,7 +66,7 @@ int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
         return read(vecImage, strFileName, listHotPixel, report, nMaxImages);
     } catch (const std::exception& e) {
         releaseFrameImages(vecImage);
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromUtf8(e.what())), Qt::red);
+        report.fail(QStringLiteral("Error: %1").arg(QString::fromUtf8(e.what())));
         return 0;
     }
 }

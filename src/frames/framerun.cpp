@@ -42,7 +42,7 @@ bool CFrameRun::walk(const std::function<bool(int nFrame)>& fnFrame)
                 m_dataSet.m_bRunning = false;
         }
     } catch (const std::exception& e) {
-        m_report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        m_report.fail(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
         bAll = false;
     }
     m_report.endProgress();
@@ -56,7 +56,7 @@ const CImgObj<float>* CFrameRun::load(int nFrame)
     if (!loadFirstImage(m_dataSet.m_vecFrameImage, strFile, m_dataSet.m_listHotPixel, m_report))
         return nullptr;
     if (m_dataSet.m_vecFrameImage.empty()) {
-        m_report.addMessage(QStringLiteral("No image found in %1.").arg(strFile), Qt::red);
+        m_report.fail(QStringLiteral("No image found in %1.").arg(strFile));
         return nullptr;
     }
     return m_dataSet.m_vecFrameImage.front().get();

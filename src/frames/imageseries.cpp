@@ -12,7 +12,7 @@ bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString&
                 double dfContrastMin, double dfContrastMax, CRunReport& report)
 {
     if (strExtension.isEmpty()) {
-        report.addMessage(QStringLiteral("Invalid export image type."), Qt::red);
+        report.fail(QStringLiteral("Invalid export image type."));
         return false;
     }
     SeriesExport what;

@@ -52,7 +52,7 @@ public:
             if (!readFirstImage(frame.vecImage, strFile, m_listHotPixel, frame.report))
                 return frame;
             if (frame.vecImage.empty()) {
-                frame.report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
+                frame.report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFile));
                 return frame;
             }
             CImgObj<float>& img = *frame.vecImage.front();
@@ -63,8 +63,7 @@ public:
                 return huntFrame(img, m_parameters, m_mask, filters, work);
             });
             if (!frame.peaks.bHunted) {
-                frame.report.addMessage(
-                    QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile), Qt::red);
+                frame.report.fail(QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile));
                 return frame;
             }
             if (frame.peaks.nBadPixels > 0)
@@ -77,8 +76,7 @@ public:
                                g_nBytesPerPixel * std::uint64_t(nPixels));
         } catch (const std::exception& e) {
             releaseFrameImages(frame.vecImage);
-            frame.report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())),
-                                    Qt::red);
+            frame.report.fail(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
         }
         return frame;
     }
@@ -207,7 +205,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
     }
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames < 1) {
-        report.addMessage(QStringLiteral("There are no frames to search for peaks."), Qt::red);
+        report.fail(QStringLiteral("There are no frames to search for peaks."));
         return false;
     }
     struct FlagGuard {

@@ -73,7 +73,7 @@ public:
           m_options(options)
     {
         if (peaksSorted.size() != m_run.frameCount())
-            report.addMessage(QStringLiteral("Frame counts do not match."), Qt::red);
+            report.fail(QStringLiteral("Frame counts do not match."));
         else
             m_bBegun = m_run.begin();
     }

@@ -48,17 +48,18 @@ bool CExport::frame(int nFrame)
     const QString& strTarget = m_listTarget[nFrame];
     ImageList vecImage;
     if (!loadFirstImage(vecImage, strFrame, m_what.listHotPixel, m_report)) {
-        m_report.addMessage(m_what.strLoadFailed.arg(strFrame), Qt::red);
+        m_report.fail(m_what.strLoadFailed.arg(strFrame));
         return false;
     }
     if (vecImage.empty()) {
-        m_report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFrame), Qt::red);
+        m_report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFrame));
         return false;
     }
     QString strReason;
     if (!m_what.fnWrite(nFrame, *vecImage.front(), strTarget, strReason)) {
         if (m_what.bStopAtFailedWrite) {
-            m_report.addMessage(QStringLiteral("Failed to save to file: %1").arg(strTarget), Qt::red);
+            m_report.noteReason(strReason);
+            m_report.fail(QStringLiteral("Failed to save to file: %1").arg(strTarget));
             m_report.addMessage(strReason, Qt::red);
             return false;
         }
@@ -85,11 +86,9 @@ void CExport::sayTrouble()
                                 Qt::red);
     }
     if (!m_listFailed.isEmpty())
-        m_report.addMessage(
-            QStringLiteral("%1 of %2 files could not be written: %3. %4")
-                .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
-                     someNames(m_listFailed), m_strFirstReason),
-            Qt::red);
+        m_report.fail(QStringLiteral("%1 of %2 files could not be written: %3. %4")
+                          .arg(QString::number(m_listFailed.size()), QString::number(m_listTarget.size()),
+                               someNames(m_listFailed), m_strFirstReason));
 }
 
 bool CExport::run()
@@ -111,7 +110,7 @@ bool CExport::run()
                 break;
         }
     } catch (const std::exception& e) {
-        m_report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        m_report.fail(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
     }
     m_report.endProgress();
     sayTrouble();

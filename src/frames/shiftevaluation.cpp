@@ -99,27 +99,25 @@ private:
         const QString& strFile = m_listFile[nFrame];
         ImageList vecImage;
         if (!readFirstImage(vecImage, strFile, m_listHotPixel, report)) {
-            report.addMessage(QStringLiteral("Failed to load %1. Stop.").arg(strFile), Qt::red);
+            report.fail(QStringLiteral("Failed to load %1. Stop.").arg(strFile));
             return false;
         }
         if (vecImage.empty()) {
-            report.addMessage(QStringLiteral("No image found in %1. Stop.").arg(strFile), Qt::red);
+            report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFile));
             return false;
         }
         const CImgObj<float>& imgFrame = *vecImage.front();
         imgRegion = imgFrame.SubImage(m_square.nX, m_square.nY, m_square.nSide, m_square.nSide);
         if (!imgRegion.Data()) {
-            report.addMessage(
-                QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
-                               "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
-                    .arg(m_square.nSide)
-                    .arg(m_square.nX)
-                    .arg(m_square.nY)
-                    .arg(nFrame + 1)
-                    .arg(imgFrame.Width())
-                    .arg(imgFrame.Height())
-                    .arg(strFile),
-                Qt::red);
+            report.fail(QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
+                                       "inside frame #%L4 of %L5×%L6 pixels (%7). Stop.")
+                            .arg(m_square.nSide)
+                            .arg(m_square.nX)
+                            .arg(m_square.nY)
+                            .arg(nFrame + 1)
+                            .arg(imgFrame.Width())
+                            .arg(imgFrame.Height())
+                            .arg(strFile));
             return false;
         }
         return true;
@@ -288,9 +286,8 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };  // none: outside
     Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
     if (square.nSide < g_nLeastSide) {
-        report.addMessage(
-            QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide),
-            Qt::red);
+        report.fail(
+            QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide));
         return false;
     }
     if (square.nSide % 2 != 0) {

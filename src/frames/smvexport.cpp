@@ -12,7 +12,7 @@
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
-        report.addMessage(QStringLiteral("No shift correction data. Run shift evaluation first."), Qt::red);
+        report.fail(QStringLiteral("No shift correction data. Run shift evaluation first."));
         return false;
     }
     const double dfDistance = SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;

@@ -27,8 +27,8 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
     const QString strFileName = fileOfProject(dataSet, QStringLiteral(".uc"));
     QString strReason;
     if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
-        report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName),
-                          Qt::red);
+        report.noteReason(strReason);
+        report.fail(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName));
         report.addMessage(strReason, Qt::red);
     }
 }

@@ -279,7 +279,7 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
 
     double* p = result.dfCell;
     if (!cellParametersFromList(dataSet.m_listCell, p[0], p[1], p[2], p[3], p[4], p[5])) {
-        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        report.fail(QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         return result;
     }
     result.bRefined = unitCellRefinement(result.listDifference, p[0], p[1], p[2], p[3], p[4], p[5], report,
@@ -294,8 +294,7 @@ DifferenceVectorRefinement runUnitCellRefinement(const DataSet& dataSet,
                                                  const FnRefinePositions& fnRefinePositions)
 {
     if (dataSet.m_vecPeakIndexedOnFrame.isEmpty()) {
-        report.addMessage(QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
-                          Qt::red);
+        report.fail(QStringLiteral("No indexed peaks are available. Do merging and indexing first."));
         return {};
     }
     return refineCellFromDifferenceVectors(dataSet.m_vecPeakIndexedOnFrame, dataSet, parameters, report,

@@ -56,7 +56,7 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         listBasis.append(cross(listBasis[0], listBasis[1]));
     // Vectors without weight have no mean; such a basis is no cell.
     if (listBasis.size() != 3 || !areFinite(listBasis)) {
-        report.addMessage(QStringLiteral("Unit cell not found."), Qt::red);
+        report.fail(QStringLiteral("Unit cell not found."));
         if (parameters.m_dfCellRangeMin > parameters.m_dfCellRangeMax)
             report.addMessage(QStringLiteral("No edge is both longer than \"Min.\", %L1 Å, and shorter than "
                                              "\"Max.\", %L2 Å.")

@@ -113,7 +113,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
 {
     IndexingResult result;
     if (dataSet.m_listCell.size() != 3) {
-        report.addMessage(QStringLiteral("Unit cell is not ready."), Qt::red);
+        report.fail(QStringLiteral("Unit cell is not ready."));
         result.status = IndexingStatus::NoCell;
         return result;
     }
@@ -124,7 +124,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     }
     double a = 0, b = 0, c = 0, alpha = 0, beta = 0, gamma = 0;
     if (!cellParametersFromList(dataSet.m_listCell, a, b, c, alpha, beta, gamma)) {
-        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        report.fail(QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         result.status = IndexingStatus::CoPlanarBasis;
         return result;
     }

@@ -44,15 +44,14 @@ bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, C
 {
     const int nFrames = dataSet.m_listPeakFrame.size();
     if (nFrames != dataSet.m_listShift.size()) {
-        report.addMessage(QStringLiteral("The number of frames for peaks does not match that of the shift "
-                                         "correction data. Stop."),
-                          Qt::red);
+        report.fail(
+            QStringLiteral("The number of frames for peaks does not match that of the shift "
+                           "correction data. Stop."));
         return false;
     }
     if (nFrames > dataSet.m_listOverallTilt.size()) {
-        report.addMessage(
-            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."),
-            Qt::red);
+        report.fail(
+            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."));
         return false;
     }
     const BeamCentres centres = beamCentres(dataSet);

@@ -169,15 +169,14 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     PeakMergingResult result;
     const int nFrames = dataSet.m_listPeakFrameShown.size();
     if (nFrames != dataSet.m_listShift.size()) {
-        report.addMessage(QStringLiteral("The number of frames for peaks does not match that of the shift "
-                                         "correction data. Stop."),
-                          Qt::red);
+        report.fail(
+            QStringLiteral("The number of frames for peaks does not match that of the shift "
+                           "correction data. Stop."));
         return result;
     }
     if (nFrames > dataSet.m_listOverallTilt.size()) {
-        report.addMessage(
-            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."),
-            Qt::red);
+        report.fail(
+            QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."));
         return result;
     }
     if (!report.goOn())

@@ -12,7 +12,7 @@ namespace {
 
 bool fail(CRunReport& report, const QString& strText)
 {
-    report.addMessage(strText, Qt::red);
+    report.fail(strText);
     return false;
 }
 
@@ -35,7 +35,7 @@ Walk addFrames(CReciprocalVolume& volume, const QStringList& listFrame, const QL
             return walk;
         ImageList vecImage;
         if (!loadFirstImage(vecImage, listFrame[i], listHotPixel, report)) {
-            report.addMessage(QStringLiteral("Failed to load: %1").arg(listFrame[i]), Qt::red);
+            report.fail(QStringLiteral("Failed to load: %1").arg(listFrame[i]));
             return walk;
         }
         if (!vecImage.empty() &&

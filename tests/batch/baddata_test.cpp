@@ -75,7 +75,7 @@ const QByteArray PIXELS = framePixels(2, SIDE);
 
 struct BadCase {
     const char* pszName;
-    const char* pszMessage;  ///< has to stand in the log
+    const char* pszMessage;  ///< has to stand in the reason
     std::function<void(const Series&)> fnBreak;
     QStringList listArgument = {};
     const char* pszStage = "none";  ///< the last one that ended well
@@ -85,7 +85,11 @@ void leaveAsItIs(const Series&) {}
 
 const BadCase aBad[] = {
     {"frame missing", "f2.mrc", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }},
-    {"frame cut in its pixels", "No image found in",
+    {"frame cut in its header",
+     "f2.mrc: truncated: 700 of 1024 header bytes",
+     [](const Series& s) { s.writeFrame(2, QByteArray(700, '\0')); },
+     {"--from", "peaks"}},
+    {"frame cut in its pixels", "f2.mrc: truncated",
      [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); }},
     {"frame of another size",
      "f2.mrc",
@@ -112,7 +116,7 @@ const BadCase aBad[] = {
      [](const Series& s) { s.write("c.uc", "a* 100 0 0\nb* 0 100 0\nc* 0 0 100\n"); },
      {"--cell", "%/c.uc", "--pixel-size", "0.00002"},
      "cell"},
-    {"no wavelength", "Could not find keyword \"WAVELENGTH\" in the input file.",
+    {"no wavelength", "s.ed3d: Could not find keyword \"WAVELENGTH\" in the input file.",
      [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }},
     {"empty list", "no frames",
      [](const Series& s) {
@@ -126,21 +130,21 @@ const BadCase aBad[] = {
      [](const Series& s) { QFile::remove(s.path("s.ed3d")); },
      {"--out", "%/new"}},
     {"mask of two corners",
-     "as mask file",
+     "m.msk: ",
      [](const Series& s) { s.write("m.msk", "1 2 3\n1 4 5\n"); },
      {"--mask", "%/m.msk"}},
     {"frame missing for the fits",
      "1 of 5 frames cannot be read",
      [](const Series& s) { QFile::remove(s.path("f2.mrc")); },
      {"--from", "refine"}},
-    {"no cell to refine", "s.uc as unit cell data", leaveAsItIs, {"--from", "refine"}},
+    {"no cell to refine", "s.uc: ", leaveAsItIs, {"--from", "refine"}},
     {"cell in a wrong order",
-     "c.uc as unit cell data",
+     "c.uc: ",
      [](const Series& s) { s.write("c.uc", "b* 1 0 0\na* 0 1 0\nc* 0 0 1\n"); },
      {"--cell", "%/c.uc"},
      "merge"},
     {"shifts of another series",
-     "ED shift data is not used because the ED shift data is from 2 frames",
+     "s.sc: 2 frames instead of 5",
      [](const Series& s) { s.write("s.sc", "64 64\n1 0 0\n2 0 0\n"); },
      {"--from", "merge"}},
     {"peaks out of order",
@@ -181,13 +185,13 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         }
         const BatchOutcome outcome = runBatch(listArgument);
         EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
-        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(bad.pszMessage)))
-            << outcome.strText.toStdString();
         const QJsonObject summary = QJsonDocument::fromJson(series.read("s.json")).object();
         EXPECT_EQ(summary["stage"].toString().toStdString(), bad.pszStage);
         EXPECT_FALSE(summary["reached"].toBool(true));
         EXPECT_FALSE(summary["failed"].toString().isEmpty());
-        EXPECT_FALSE(summary["reason"].toString().isEmpty());
+        EXPECT_TRUE(summary["reason"].toString().contains(QString::fromUtf8(bad.pszMessage)))
+            << summary["reason"].toString().toStdString() << '\n'
+            << outcome.strText.toStdString();
         EXPECT_TRUE(outcome.strText.contains(summary["reason"].toString()));
         EXPECT_EQ(QFile::exists(series.path("new/s.log")), bad.listArgument.contains("%/new"));
         // Shifts, peaks and cell are of the stages that ended well, all else of the earlier run.

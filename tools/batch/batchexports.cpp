@@ -28,8 +28,7 @@ std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSe
         ImageList vecImage;
         if (!loadFirstImage(vecImage, dataSet.m_listFrameFile.first(), dataSet.m_listHotPixel, report) ||
             vecImage.empty()) {
-            report.addMessage(
-                QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()), Qt::red);
+            report.fail(QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()));
             return {};
         }
         const CImgObj<float>& image = *vecImage.front();
@@ -46,7 +45,7 @@ bool exportPictures(const BatchExports& exports, const DataSet& dataSet, CRunRep
     const QString strFolder = exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir
                                                                  : exports.strPictureFolder;
     if (!QDir().mkpath(strFolder)) {
-        report.addMessage(QStringLiteral("%1: the folder cannot be made.").arg(strFolder), Qt::red);
+        report.fail(QStringLiteral("%1: the folder cannot be made.").arg(strFolder));
         return false;
     }
     const std::optional<Contrast> contrast = contrastLimits(exports, dataSet, report);

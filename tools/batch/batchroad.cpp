@@ -33,6 +33,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QRegularExpression>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -155,8 +156,48 @@ CBatchRoad::CBatchRoad(const BatchOptions& options, CBatchReport& report)
 
 bool CBatchRoad::fail(const QString& strText)
 {
-    m_report.addMessage(strText, Qt::red);
+    m_report.fail(strText);
     return false;
+}
+
+/// Whether a file stands that a run of the core was to write; if not, the run's last red line says why.
+bool CBatchRoad::written(const FileStamp& stamp, const QString& strFile)
+{
+    if (replacedSince(stamp, strFile)) {
+        return true;
+    }
+    noteLastRedLine();
+    return fail(QStringLiteral("%1 was not written.").arg(strFile));
+}
+
+/// Where no reason was given, the last red line of the part of the road under way is taken for it.
+void CBatchRoad::noteLastRedLine()
+{
+    const QStringList& listRed = m_report.redLines();
+    if (listRed.size() > m_nRedBefore) {
+        m_report.noteReason(listRed.last());
+    }
+}
+
+/// Marks the first part of the road that failed, which the report has the reason of.
+void CBatchRoad::markFailed(const QString& strPart)
+{
+    if (!m_summary.contains(QStringLiteral("failed"))) {
+        m_summary[QStringLiteral("failed")] = strPart;
+    }
+    noteLastRedLine();
+    if (m_report.reason().isEmpty()) {
+        fail(QStringLiteral("%1 did not reach its end.").arg(strPart));
+    }
+}
+
+/// What comes from here on has reasons of its own to fail, unless something has failed already.
+void CBatchRoad::beginPart()
+{
+    if (!m_summary.contains(QStringLiteral("failed"))) {
+        m_report.forgetReason();
+    }
+    m_nRedBefore = m_report.redLines().size();
 }
 
 QString CBatchRoad::resultBase() const
@@ -172,7 +213,7 @@ bool CBatchRoad::run()
     m_summary[QStringLiteral("stage")] = QStringLiteral("none");
     const bool bOpened = open();
     if (!bOpened) {
-        m_summary[QStringLiteral("failed")] = QStringLiteral("open");
+        markFailed(QStringLiteral("open"));
     }
     bool bReached = bOpened && (m_options.exports.bOnly || runStages());
     bReached = bReached && runExports();
@@ -195,12 +236,13 @@ bool CBatchRoad::runStages()
         QElapsedTimer timer;
         timer.start();
         roundParameters();
+        beginPart();
         bReached = runStage(stage);
         m_times[batchStageName(stage)] = double(timer.elapsed()) / 1000;
         if (bReached) {
             m_summary[QStringLiteral("stage")] = batchStageName(stage);
         } else {
-            m_summary[QStringLiteral("failed")] = batchStageName(stage);
+            markFailed(batchStageName(stage));
         }
     }
     return bReached;
@@ -215,12 +257,13 @@ bool CBatchRoad::runExports()
         QElapsedTimer timer;
         timer.start();
         roundParameters();
+        beginPart();
         const bool bDone = runBatchExport(strKind, m_options.exports, m_dataSet, m_report);
         m_times[strKind] = double(timer.elapsed()) / 1000;
         if (bDone) {
             arrayDone.append(strKind);
         } else {
-            m_summary[QStringLiteral("failed")] = strKind;
+            markFailed(strKind);
         }
         bAll = bAll && bDone;
     }
@@ -270,7 +313,7 @@ bool CBatchRoad::open()
 bool CBatchRoad::openInput()
 {
     m_dataSet.m_strWorkingDir = QFileInfo(m_options.listInput.first()).absolutePath();
-    QStringList listReason;
+    QStringList& listReason = m_listSideReason;
     bool bOpened = false;
     if (m_options.isProject()) {
         bOpened = openProject(m_dataSet, m_mapping, m_options.listInput.first(), m_report, &listReason);
@@ -284,6 +327,10 @@ bool CBatchRoad::openInput()
     for (const QString& strReason : listReason) {
         m_report.addMessage(strReason, bOpened ? Qt::black : Qt::red);
     }
+    if (!bOpened && !m_report.reason().isEmpty()) {  // the log has it without the file
+        m_report.addMessage(m_report.reason(), Qt::red);
+    }
+    m_listSideReason += m_report.redLines();
     return bOpened;
 }
 
@@ -366,6 +413,13 @@ bool CBatchRoad::loadEarlierStages()
     return true;
 }
 
+/// What opening said of a file beside the project, with a blank before it.
+QString CBatchRoad::sideReason(const QRegularExpression& which) const
+{
+    const QStringList listFound = m_listSideReason.filter(which);
+    return listFound.isEmpty() ? QString() : QLatin1Char(' ') + listFound.first();
+}
+
 // Opening a project has read what lies beside it; results in another folder come on top.
 bool CBatchRoad::loadShifts()
 {
@@ -377,9 +431,11 @@ bool CBatchRoad::loadShifts()
     }
     const int nFrames = m_dataSet.m_listFrameFile.size();
     if (m_options.stageTo >= BatchStage::Merge && m_dataSet.m_listShift.size() != nFrames) {
-        return fail(QStringLiteral("No shift data for the %1 frames in %2 or %3; run the stage shifts first.")
-                        .arg(nFrames)
-                        .arg(m_dataSet.m_strProjectDir, m_strInputDir));
+        return fail(
+            QStringLiteral("No shift data for the %1 frames in %2 or %3; run the stage shifts first.%4")
+                .arg(nFrames)
+                .arg(m_dataSet.m_strProjectDir, m_strInputDir,
+                     sideReason(QRegularExpression(QStringLiteral("\\.sc:|shifts\\.txt:|shift data")))));
     }
     return true;
 }
@@ -394,9 +450,11 @@ bool CBatchRoad::loadPeaks()
     }
     const int nFrames = m_dataSet.m_listFrameFile.size();
     if (m_dataSet.m_listPeakFrame.size() != nFrames) {
-        return fail(QStringLiteral("No peak list for the %1 frames in %2 or %3; run the stage peaks first.")
-                        .arg(nFrames)
-                        .arg(m_dataSet.m_strProjectDir, m_strInputDir));
+        return fail(
+            QStringLiteral("No peak list for the %1 frames in %2 or %3; run the stage peaks first.%4")
+                .arg(nFrames)
+                .arg(m_dataSet.m_strProjectDir, m_strInputDir,
+                     sideReason(QRegularExpression(QStringLiteral("\\.pk:|peaklist\\.txt:|Peak list")))));
     }
     return true;
 }
@@ -476,7 +534,7 @@ bool CBatchRoad::runShifts()
     if (!runShiftEvaluation(m_dataSet, QRectF(rcRegion), m_report, options)) {
         return fail(QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
     }
-    if (!replacedSince(stamp, strFile)) {
+    if (!written(stamp, strFile)) {
         return false;
     }
     if (m_options.dfCenterX || m_options.dfCenterY) {
@@ -552,7 +610,7 @@ bool CBatchRoad::runPeaks()
     if (nPeaks == 0) {
         return fail(QStringLiteral("No peaks were found on any frame."));
     }
-    return replacedSince(stamp, strFile);
+    return written(stamp, strFile);
 }
 
 int CBatchRoad::jobs() const
@@ -620,7 +678,7 @@ bool CBatchRoad::runCell()
         }
     }
     m_summary[QStringLiteral("cell")] = cellObject();
-    return replacedSince(stamp, strFile);
+    return written(stamp, strFile);
 }
 
 bool CBatchRoad::runIndex()

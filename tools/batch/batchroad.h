@@ -5,8 +5,10 @@
 #include "reciprocal/indexing.h"
 #include "tools/batch/batchoptions.h"
 #include "tools/batch/batchreport.h"
+#include "tools/batch/filestamp.h"
 
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QString>
 
 /// Walks the stages that the options ask for, each through the same function as the window, and
@@ -52,6 +54,11 @@ private:
     void reportRotationSense(const QList<Peak3D>& listIndexed);
     void roundParameters();
     bool fail(const QString& strText);
+    bool written(const FileStamp& stamp, const QString& strFile);
+    void noteLastRedLine();
+    void beginPart();
+    void markFailed(const QString& strPart);
+    QString sideReason(const QRegularExpression& which) const;
     QJsonObject cellObject() const;
 
     BatchOptions m_options;
@@ -60,6 +67,8 @@ private:
     MappingParameters m_mapping;
     QJsonObject m_summary;
     QJsonObject m_times;
-    QString m_strInputDir;  ///< folder of the project or the first image; results may go elsewhere
+    QString m_strInputDir;         ///< folder of the project or the first image; results may go elsewhere
+    QStringList m_listSideReason;  ///< what opening had to say of files that it could not use
+    int m_nRedBefore = 0;          ///< red lines before the part of the road under way
     bool m_bOpened = false;
 };

@@ -55,10 +55,9 @@ bool walk(CBatchRoad& road, CBatchReport& report)
     try {
         return road.run();
     } catch (const std::exception& error) {
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromUtf8(error.what())), Qt::red);
+        report.fail(QStringLiteral("Error: %1").arg(QString::fromUtf8(error.what())));
     } catch (const wchar_t* pszError) {
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszError).trimmed()),
-                          Qt::red);
+        report.fail(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszError).trimmed()));
     }
     return false;
 }
@@ -111,9 +110,9 @@ int main(int argc, char* argv[])
     bool bReached = walk(road, report);
     QStringList listWarning = report.redLines();
     QString strReason;
-    if (!bReached) {  // what is said of a project that does not open is not red
-        strReason = listWarning.isEmpty() ? report.log().trimmed().section(QLatin1Char('\n'), -1)
-                                          : listWarning.takeLast();
+    if (!bReached) {
+        strReason = report.reason();
+        listWarning.removeOne(strReason);
     }
     const QString strBase = road.resultBase();
     if (!strBase.isEmpty()) {

@@ -121,6 +121,9 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     ProjectFile project;
     if (!project.read(strFileName)) {
         report.addMessage(QStringLiteral("Error reading ed3d file: %1").arg(project.errorText()));
+        report.noteReason(project.errorText().contains(strFileName)
+                              ? project.errorText()
+                              : QStringLiteral("%1: %2").arg(strFileName, project.errorText()));
         return false;
     }
     data.m_strProjectDir = project.folder();

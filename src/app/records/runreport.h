@@ -27,4 +27,26 @@ public:
 
     /// Lets waiting events be handled. Returns false once the run has been asked to stop.
     virtual bool goOn() { return true; }
+
+    /// A red line that says why a run cannot go on, with the file or the frame that it lies at. It is kept
+    /// as noteReason() does.
+    void fail(const QString& strReason)
+    {
+        noteReason(strReason);
+        addMessage(strReason, Qt::red);
+    }
+    /// Keeps a line of the log as the reason why a run fails, unless there is one: what comes later, as that
+    /// the run did not finish, follows from the first.
+    void noteReason(const QString& strReason)
+    {
+        if (m_strReason.isEmpty())
+            m_strReason = strReason;
+    }
+    /// The first reason since the start or since forgetReason(); empty where nothing failed.
+    const QString& reason() const { return m_strReason; }
+    /// To be called before a run whose failure has its own reason.
+    void forgetReason() { m_strReason.clear(); }
+
+private:
+    QString m_strReason;
 };
