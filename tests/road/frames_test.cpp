@@ -2,14 +2,17 @@
 // take, and the series that they make.
 #include "app/dataset/opening.h"
 #include "frames/frameloader.h"
+#include "imagefiles/filesizelimit.h"
 #include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
 
 #include <gtest/gtest.h>
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -100,13 +103,34 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
     QTemporaryDir dir;
     for (const auto& [format, listWanted] : aRow) {
         const QString strFile = dir.filePath("frame." + frameExtension(format));
-        ASSERT_TRUE(writeFrame(strFile, listPixel, 3, 2, format));
+        ASSERT_EQ(writeFrame(strFile, listPixel, 3, 2, format), QString());
         ImageList listImage;
         CRunReport report;
         ASSERT_EQ(loadFrame(listImage, strFile, {}, report), 1) << strFile.toStdString();
         ASSERT_EQ(listImage.at(0)->Width(), 3);
         EXPECT_EQ(std::vector<float>(listImage[0]->Data(), listImage[0]->Data() + 6), listWanted)
             << int(format);
+    }
+}
+
+TEST(Series, OfAFullDiskIsToldAndLeavesNoCutFile)
+{
+    for (FrameFormat format : {FrameFormat::Mrc16, FrameFormat::Dm3, FrameFormat::Png8}) {
+        QTemporaryDir dir;
+        SimulationParameters p = smallSeries();
+        p.nSize = 32;  // less than a file object gathers before it writes
+        p.nHotPixels = 0;
+        p.strDirectory = dir.path();
+        p.format = format;
+        const SimulatedSeries series = simulated(p);
+        const QString strFrame = frameFileName(series, 0);
+        QString strError;
+        const CFileSizeLimit limit(100);
+        EXPECT_FALSE(writeSeries(series, strError));
+        EXPECT_EQ(strError.toStdString(), QStringLiteral("cannot write %1: %2")
+                                              .arg(dir.filePath(strFrame), qt_error_string(EFBIG))
+                                              .toStdString());
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList());
     }
 }
 

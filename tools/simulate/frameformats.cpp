@@ -1,9 +1,10 @@
 #include "simulate/frameformats.h"
 
 #include "simulate/dm3writer.h"
+#include "simulate/wholewriting.h"
 
+#include <QBuffer>
 #include <QImage>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -32,14 +33,15 @@ void appendPixels(const std::vector<float>& listPixel, int nWidth, int nHeight, 
         }
 }
 
-bool writePng(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight)
+QByteArray encodePng(const std::vector<float>& listPixel, int nWidth, int nHeight)
 {
     QImage image(nWidth, nHeight, QImage::Format_Grayscale8);
     for (int y = 0; y < nHeight; ++y)
         for (int x = 0; x < nWidth; ++x)
             image.scanLine(y)[x] = rounded<uchar>(listPixel[size_t(y) * nWidth + x] / g_nCountsPerGrey);
-    QSaveFile file(strFileName);
-    return file.open(QIODevice::WriteOnly) && image.save(&file, "PNG") && file.commit();
+    QByteArray data;
+    QBuffer buffer(&data);
+    return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG") ? data : QByteArray();
 }
 }  // namespace
 
@@ -82,13 +84,11 @@ QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeigh
     return data;
 }
 
-bool writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
-                FrameFormat format)
+QString writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
+                   FrameFormat format)
 {
-    if (format == FrameFormat::Png8)
-        return writePng(strFileName, listPixel, nWidth, nHeight);
-    const QByteArray data = format == FrameFormat::Dm3 ? encodeDm3(listPixel, nWidth, nHeight)
-                                                       : encodeMrc(listPixel, nWidth, nHeight, format);
-    QSaveFile file(strFileName);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit();
+    const QByteArray data = format == FrameFormat::Png8  ? encodePng(listPixel, nWidth, nHeight)
+                            : format == FrameFormat::Dm3 ? encodeDm3(listPixel, nWidth, nHeight)
+                                                         : encodeMrc(listPixel, nWidth, nHeight, format);
+    return data.isEmpty() ? QStringLiteral("the picture cannot be made") : writeWhole(strFileName, data);
 }

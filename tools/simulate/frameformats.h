@@ -15,5 +15,6 @@ QString frameExtension(FrameFormat format);
 QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, FrameFormat format);
 
 /// Writes one frame whole or not at all. PNG: one grey step is 4 counts, clipped at 255.
-bool writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
-                FrameFormat format);
+/// @return empty, or why the file was not written
+[[nodiscard]] QString writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth,
+                                 int nHeight, FrameFormat format);

@@ -3,13 +3,13 @@
 #include "simulate/crystalstructures.h"
 #include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
+#include "simulate/wholewriting.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -53,12 +53,6 @@ bool readMatrix(const QJsonValue& value, Matrix3& mat)
            readNumbers(array[1], 3, mat[1].data()) && readNumbers(array[2], 3, mat[2].data());
 }
 
-bool writeBytes(const QString& strFileName, const QByteArray& data)
-{
-    QSaveFile file(strFileName);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit();
-}
-
 const QStringList& spotColumns()
 {
     static const QStringList list =
@@ -67,7 +61,7 @@ const QStringList& spotColumns()
 }
 }  // namespace
 
-bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
+QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
 {
     const SimulationParameters& p = series.parameters;
     QJsonObject root;
@@ -117,7 +111,7 @@ bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
                     .toLatin1();
     }
     data += "\n]\n}\n";
-    return writeBytes(strFileName, data);
+    return writeWhole(strFileName, data);
 }
 
 bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString& strError)
@@ -215,25 +209,27 @@ bool writeSeries(const SimulatedSeries& series, QString& strError)
         strError = QStringLiteral("cannot make the folder %1").arg(p.strDirectory);
         return false;
     }
-    const auto failed = [&](const QString& strName) {
-        strError = QStringLiteral("cannot write %1").arg(dir.filePath(strName));
-        return false;
+    const auto wrote = [&](const QString& strName, const QString& strReason) {
+        if (!strReason.isEmpty())
+            strError = QStringLiteral("cannot write %1: %2").arg(dir.filePath(strName), strReason);
+        return strReason.isEmpty();
     };
-    for (int n = 0; n < p.nFrames; ++n)
-        if (!writeFrame(dir.filePath(frameFileName(series, n)), renderFrame(series, n), p.nSize, p.nSize,
-                        p.format))
-            return failed(frameFileName(series, n));
+    for (int n = 0; n < p.nFrames; ++n) {
+        const QString strFrame = frameFileName(series, n);
+        if (!wrote(strFrame,
+                   writeFrame(dir.filePath(strFrame), renderFrame(series, n), p.nSize, p.nSize, p.format)))
+            return false;
+    }
     QString strHot;
     for (size_t i = 0; i < series.listHotPixel.size(); ++i)
         strHot += QStringLiteral("%1 %2 %3\n")
                       .arg(i + 1)
                       .arg(series.listHotPixel[i].x())
                       .arg(series.listHotPixel[i].y());
-    if (!writeBytes(dir.filePath(QStringLiteral("hotpixels.txt")), strHot.toLatin1()))
-        return failed(QStringLiteral("hotpixels.txt"));
-    if (!writeTruthFile(dir.filePath(p.strName + QStringLiteral("_truth.json")), series))
-        return failed(p.strName + QStringLiteral("_truth.json"));
-    if (!writeBytes(dir.filePath(p.strName + QStringLiteral(".ed3d")), projectText(series).toUtf8()))
-        return failed(p.strName + QStringLiteral(".ed3d"));
-    return true;
+    const QString strHotPixels = QStringLiteral("hotpixels.txt");
+    const QString strTruth = p.strName + QStringLiteral("_truth.json");
+    const QString strProject = p.strName + QStringLiteral(".ed3d");
+    return wrote(strHotPixels, writeWhole(dir.filePath(strHotPixels), strHot.toLatin1())) &&
+           wrote(strTruth, writeTruthFile(dir.filePath(strTruth), series)) &&
+           wrote(strProject, writeWhole(dir.filePath(strProject), projectText(series).toUtf8()));
 }

@@ -4,7 +4,8 @@
 #include "simulate/simulatedseries.h"
 
 /// Writes BASE_truth.json. Spots are rows of numbers under the names in "spotColumns".
-bool writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
+/// @return empty, or why the file was not written
+[[nodiscard]] QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
 
 /// Reads what writeTruthFile wrote: cell, bases, tilts, shifts, spots and the geometry.
 /// @return false with a reason, the series then as it was
@@ -17,4 +18,5 @@ QString projectText(const SimulatedSeries& series);
 QString frameFileName(const SimulatedSeries& series, int nFrame);
 
 /// Writes frames, project, "hotpixels.txt" and truth file into the folder of the parameters.
+/// @return false with the file and the reason at the first that cannot be written
 bool writeSeries(const SimulatedSeries& series, QString& strError);
