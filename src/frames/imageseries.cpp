@@ -8,6 +8,11 @@
 
 #include <new>
 
+QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension)
+{
+    return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
+}
+
 bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
                 double dfContrastMin, double dfContrastMax, CRunReport& report)
 {
@@ -24,7 +29,7 @@ bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString&
     what.strLoadFailed = QStringLiteral("Failed to load %1. Stop.");
     what.bStopAtFailedWrite = true;
     what.fnTarget = [&](const QString& strFrame) {
-        return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
+        return seriesPictureFile(strFolder, strFrame, strExtension);
     };
     what.fnWrite = [&](int, const CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         CImgObj<unsigned char> imgByte;

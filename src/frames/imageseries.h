@@ -6,6 +6,9 @@
 
 #include <QString>
 
+/// FOLDER/NAME with the extension, with the frame's name without its last suffix.
+QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension);
+
 /// Writes the first image of each frame as an 8-bit grey picture into a folder, under the frame's name
 /// without its last suffix. Existing files are replaced. See exportSeries() for what goes wrong.
 ///

@@ -35,6 +35,12 @@ bool writeScaled(const CImgObj<float>& image, double dfScale, const QString& str
 
 }  // namespace
 
+QString scaledFrameFile(const QString& strFrame)
+{
+    const QFileInfo info(strFrame);
+    return info.absolutePath() + QLatin1Char('/') + info.baseName() + QStringLiteral("_s.mrc");
+}
+
 bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report)
 {
     SeriesExport what;
@@ -43,10 +49,7 @@ bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& repo
     what.strName = QStringLiteral("Exporting scaled frames");
     what.strLoadFailed = QStringLiteral("Failed to load: %1");
     what.nProgressMinimum = 1;
-    what.fnTarget = [](const QString& strFrame) {
-        const QFileInfo info(strFrame);
-        return info.absolutePath() + QLatin1Char('/') + info.baseName() + QStringLiteral("_s.mrc");
-    };
+    what.fnTarget = scaledFrameFile;
     what.fnWrite = [&](int, const CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         return writeScaled(image, dfScale, strTarget, strReason);
     };

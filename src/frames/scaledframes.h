@@ -4,6 +4,9 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runreport.h"
 
+/// The resized copy's file, beside the frame: its name up to the first dot and "_s.mrc".
+QString scaledFrameFile(const QString& strFrame);
+
 /// Writes a copy of the first image of each frame, with its sides times `dfScale` truncated to whole pixels,
 /// as an MRC file beside the frame: its name up to the first dot and "_s.mrc". Existing files are replaced.
 /// See exportSeries() for what goes wrong; a frame that would have no pixels left, or more than memory holds,

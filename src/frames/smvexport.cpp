@@ -9,6 +9,11 @@
 
 #include <cmath>
 
+QString smvImageFile(const QString& strFolder, const QString& strFrame)
+{
+    return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
+}
+
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
@@ -44,9 +49,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     what.strLoadFailed = QStringLiteral("Failed to load: %1");
     const QString strFolder = dataSet.m_strProjectDir;
     what.strFolder = strFolder;
-    what.fnTarget = [&](const QString& strFrame) {
-        return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
-    };
+    what.fnTarget = [&](const QString& strFrame) { return smvImageFile(strFolder, strFrame); };
     const QList<double> listTilt = dataSet.m_listOverallTilt;
     const QList<QPointF> listShift = dataSet.m_listShift;
     double dfStep = 0;

@@ -4,6 +4,9 @@
 #include "app/dataset/dataset.h"
 #include "app/records/runreport.h"
 
+/// FOLDER/NAME.img, with the frame's name up to its first dot.
+QString smvImageFile(const QString& strFolder, const QString& strFrame);
+
 /// Writes the first image of each frame into the project's folder, under the frame's name up to its first dot
 /// and ".img". The image is moved back by its shift in whole pixels, with wrap-around, so that the direct
 /// beam stands in one place on all. Pixel size, wavelength, beam and tilts of the data set give the header;

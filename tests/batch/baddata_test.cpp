@@ -4,8 +4,10 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QTemporaryDir>
 
+#include <unistd.h>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -208,7 +210,16 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
 {
     Series series;
     const QString strProject = series.path("s.ed3d");
-    const QByteArray bytesProject = series.read("s.ed3d");
+    QMap<QString, QByteArray> mapBefore;
+    ASSERT_TRUE(QFile::link("f2.mrc", series.path("s.json")) && QDir(series.path("")).mkdir("hard") &&
+                QFile::link("../f2.mrc", series.path("hard/s.hkl")) &&
+                link(qPrintable(series.path("f3.mrc")), qPrintable(series.path("hard.json"))) == 0);
+    series.write("f0_s.mrc", "a frame");
+    series.write("s.uc", "a cell");
+    for (const QString& strName : QDir(series.path("")).entryList(QDir::Files))
+        mapBefore[strName] = series.read(strName);
+    const QString strFirst = series.path("f0.mrc");
+    const QStringList listGeometry = {"--wavelength", "0.0251", "--pixel-size", "0.01", "--axis", "10"};
     const struct {
         QStringList listArgument;
         const char* pszMessage;
@@ -230,7 +241,22 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--cell-min", "30", "--cell-max", "3"}, "--cell-min"},
         {{strProject, "--tilt-step", "1"}, "--tilt-step"},
         {{strProject, "--group", "1"}, "--from merge"},
+        {{strProject, "--resolution-min", "0.8", "--resolution-max", "0.2"}, "0.8 lies above"},
+        {{strProject, "--window-defaults", "--intensity-min", "40000"}, "40000 lies above"},
         {{strProject, "--json", strProject}, "would overwrite an input file"},
+        {{strProject, "--json", series.path("hard/../f1.mrc")}, "would overwrite an input file"},
+        {{strProject, "--json", series.path("s.json")}, "would overwrite an input file"},
+        {{strProject, "--json", series.path("hard.json")}, "would overwrite an input file"},
+        {{strProject, "--json", series.path("m"), "--mask", series.path("m")}, "overwrite an input file"},
+        {{strProject, "--json", series.path("s.uc")}, "would overwrite another file of the run"},
+        {{strProject, "--json", series.path("new/s.log"), "--out", series.path("new")}, "another file"},
+        {{strProject, "--json", series.path("hard")}, "a folder, not a file"},
+        {{strProject, "--out", series.path("hard")}, "s.hkl, which the run would write, is one of"},
+        // What a shell makes of "--json *.mrc".
+        {QStringList{"--json", strFirst, series.path("f1.mrc"), series.path("f2.mrc")} + listGeometry,
+         "by its name, no summary"},
+        {QStringList{"--export", "scaled", strFirst, series.path("f0_s.mrc")} + listGeometry,
+         "f0_s.mrc, which the run would write, is one of its input files"},
         {{series.path("f0.mrc")}, "--wavelength"},
         {{"--summary"}, "no files of --json"},
         {{"--summary", "--jobs", "1", strProject}, "no other option"},
@@ -241,6 +267,42 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(row.pszMessage)))
             << row.listArgument.join(' ').toStdString() << ": " << outcome.strText.toStdString();
     }
-    EXPECT_FALSE(QFile::exists(series.path("s.log")));
-    EXPECT_EQ(series.read("s.ed3d"), bytesProject);
+    const QStringList listAfter = QDir(series.path("")).entryList(QDir::Files);
+    EXPECT_EQ(listAfter, QStringList(mapBefore.keys()));
+    for (const QString& strName : listAfter)
+        EXPECT_EQ(series.read(strName), mapBefore[strName]) << strName.toStdString();
+    EXPECT_FALSE(QFile::exists(series.path("new")));
+}
+
+TEST(Output, IsWholeWhenTheReaderLeaves)
+{
+    Series series;
+    const QString strFolder = series.path("");
+    const auto lines = [&] { return series.read("s.log").count('\n'); };
+    ASSERT_EQ(runShell(strFolder, "tessera-batch s.ed3d --to peaks").nStatus, 0);
+    const int nLines = lines();
+    const QByteArray bytesPeaks = series.read("s.pk");
+    EXPECT_GT(nLines, 10);
+
+    // A reader that leaves at once, of the log and of a table.
+    for (const char* pszFile : {"s.log", "s.pk"})
+        QFile::remove(series.path(pszFile));
+    EXPECT_EQ(runShell(strFolder,
+                       "{ tessera-batch s.ed3d --to peaks --json s.json 2>&1; echo $? >&3; } 3>status | :;"
+                       "read n < status; exit $n")
+                  .nStatus,
+              0);
+    EXPECT_EQ(lines(), nLines);
+    EXPECT_EQ(series.read("s.pk"), bytesPeaks);
+    EXPECT_EQ(runShell(strFolder,
+                       "{ tessera-batch --summary s.json; echo $? >&3; } 3>status | :;"
+                       "read n < status; exit $n")
+                  .nStatus,
+              0);
+
+    // The summary on the standard output has it to itself.
+    ASSERT_EQ(runShell(strFolder, "tessera-batch s.ed3d --to peaks --json - > out 2> err").nStatus, 0);
+    const QJsonObject summary = QJsonDocument::fromJson(series.read("out")).object();
+    EXPECT_EQ(summary["stage"].toString(), "peaks");
+    EXPECT_EQ(series.read("err"), series.read("s.log"));
 }

@@ -12,17 +12,31 @@ struct BatchOutcome {
     QString strText;   ///< standard output and error
 };
 
-inline BatchOutcome runProgram(const QString& strName, const QStringList& listArgument)
+inline BatchOutcome outcomeOf(QProcess& process, const QString& strProgram, const QStringList& listArgument)
 {
-    QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral(TESSERA_BIN_DIR "/") + strName, listArgument);
+    process.start(strProgram, listArgument);
     BatchOutcome outcome;
     if (process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit)
         outcome.nStatus = process.exitCode();
     process.kill();
     outcome.strText = QString::fromUtf8(process.readAll());
     return outcome;
+}
+
+inline BatchOutcome runProgram(const QString& strName, const QStringList& listArgument)
+{
+    QProcess process;
+    return outcomeOf(process, QStringLiteral(TESSERA_BIN_DIR "/") + strName, listArgument);
+}
+
+/// Runs a line of the shell in a folder, with the programs in its path.
+inline BatchOutcome runShell(const QString& strFolder, const QString& strLine)
+{
+    QProcess process;
+    process.setWorkingDirectory(strFolder);
+    return outcomeOf(process, QStringLiteral("/bin/sh"),
+                     {QStringLiteral("-c"), QStringLiteral("PATH=" TESSERA_BIN_DIR ":$PATH; ") + strLine});
 }
 
 inline BatchOutcome runBatch(const QStringList& listArgument)

@@ -97,6 +97,12 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
         "apart", {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold", "0.25"});
     EXPECT_EQ(chance.nStatus, 0);
     EXPECT_TRUE(chance.strText.contains("Warning: only ")) << chance.strText.toStdString();
+    // A cell that is the run's own is read and stays as it is.
+    const QByteArray bytesOwn = result("through", "uc") + "a note\n";
+    writeBytes(m_dir.filePath("apart/q.uc"), bytesOwn);
+    EXPECT_EQ(batch("apart", {"--from", "cell", "--cell", m_dir.filePath("apart/q.uc")}).nStatus, 0);
+    EXPECT_EQ(result("apart", "uc"), bytesOwn);
+    EXPECT_EQ(result("apart", "hkl"), result("through", "hkl"));
 }
 
 TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
@@ -209,6 +215,10 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
     EXPECT_LT(limited["peakPairs"].toObject()["wholePixels"].toObject()["pairs"].toInt(),
               pairs["wholePixels"].toObject()["pairs"].toInt());
     EXPECT_FALSE(limited["peakPairs"].toObject().contains("subPixelsConstant"));
+    const auto exchanged = refined(
+        {"--from", "refine", "--refine-dstar-low", "1", "--refine-dstar-high", "0.5"});
+    EXPECT_EQ(exchanged["peakPairs"], limited["peakPairs"]);
+    EXPECT_TRUE(exchanged["log"].toString().contains("the limits of d* of the peak pairs"));
     EXPECT_TRUE(
         refined({"--from", "refine", "--refine-dstar-low", "50", "--refine-dstar-high", "90"}, 1)["log"]
             .toString()

@@ -37,6 +37,12 @@ std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSe
     contrast.dfMin = spinBoxValue(exports.dfContrastMin.value_or(contrast.dfMin), 2, -1000000, 1000000);
     contrast.dfMax = spinBoxValue(exports.dfContrastMax.value_or(contrast.dfMax), 2, -1000000, 1000000);
     report.addMessage(QStringLiteral("Contrast limits %1 and %2.").arg(contrast.dfMin).arg(contrast.dfMax));
+    if (contrast.dfMin > contrast.dfMax) {
+        report.addMessage(
+            QStringLiteral("Warning: the contrast limits are the wrong way round; what is bright comes out "
+                           "dark."),
+            Qt::red);
+    }
     return contrast;
 }
 

@@ -236,7 +236,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "memory per voxel.",
          "number"},
         {"volume-type", "Values of the volume: raw or scaled to 0 to 255; default raw.", "raw|scaled"},
-        {"json", "Write a summary of what was found.", "file"},
+        {"json",
+         "Write a summary of what was found; - writes it to the standard output, and the log to the "
+         "standard error.",
+         "file"},
         {"summary",
          "Run nothing: print a table of many series, the worst first, from the files that --json wrote. Bad "
          "files come first, then failed series, then the others by the share of reflections that were "
@@ -329,10 +332,27 @@ QString contradiction(const BatchOptions& o)
         spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
         return QStringLiteral("--cell-min has to be below --cell-max");
     }
-    for (const QString& strFile : o.listInput + QStringList{o.strMaskFile, o.strCellFile}) {
-        if (!strFile.isEmpty() && !o.strJsonFile.isEmpty() &&
-            QFileInfo(strFile).absoluteFilePath() == QFileInfo(o.strJsonFile).absoluteFilePath()) {
-            return QStringLiteral("--json %1 would overwrite an input file").arg(o.strJsonFile);
+    // Limits that are left alone are those of the pages, or none.
+    const MappingParameters page;
+    const auto low = [&](const std::optional<double>& dfGiven, double dfPage) {
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : -LARGE);
+    };
+    const auto high = [&](const std::optional<double>& dfGiven, double dfPage) {
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : LARGE);
+    };
+    const struct {
+        const char* pszName;
+        double dfLow, dfHigh;
+    } aLimit[] = {{"resolution", low(o.dfResolutionMin, page.m_dfResolutionMin),
+                   high(o.dfResolutionMax, page.m_dfResolutionMax)},
+                  {"intensity", low(o.dfIntensityMin, page.m_dfIntensityMin),
+                   high(o.dfIntensityMax, page.m_dfIntensityMax)}};
+    for (const auto& limit : aLimit) {
+        if (limit.dfLow > limit.dfHigh) {
+            return QStringLiteral("--%1-min %2 lies above --%1-max %3: no peak would be left")
+                .arg(QLatin1String(limit.pszName))
+                .arg(limit.dfLow)
+                .arg(limit.dfHigh);
         }
     }
     const BatchExports& exports = o.exports;

@@ -3,9 +3,9 @@
 #include <QRegularExpression>
 
 #include <unistd.h>
-#include <cstdio>
 
-CBatchReport::CBatchReport() : m_bTerminal(isatty(STDERR_FILENO) != 0) {}
+CBatchReport::CBatchReport(std::FILE* pOutput) : m_pOutput(pOutput), m_bTerminal(isatty(STDERR_FILENO) != 0)
+{}
 
 void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
 {
@@ -15,8 +15,8 @@ void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
     }
     m_strLog += strText + QLatin1Char('\n');
     const QByteArray bytes = (strText + QLatin1Char('\n')).toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-    std::fflush(stdout);
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_pOutput);
+    std::fflush(m_pOutput);
 }
 
 void CBatchReport::addHtml(const QString& strHtml, Qt::GlobalColor color)

@@ -6,11 +6,14 @@
 #include <QString>
 #include <QStringList>
 
-/// Lines go to the standard output as they come; where the standard error is a terminal, progress
-/// shows there in one line.
+#include <cstdio>
+
+/// Lines are printed as they come; where the standard error is a terminal, progress shows there in one line.
+/// A reader that goes away, or a full disk behind the output, costs these lines alone: the log has them.
 class CBatchReport : public CRunReport {
 public:
-    CBatchReport();
+    /// @param pOutput  where the lines go
+    explicit CBatchReport(std::FILE* pOutput);
 
     void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override;
     void addHtml(const QString& strHtml, Qt::GlobalColor color = Qt::black) override;
@@ -25,6 +28,7 @@ public:
 private:
     void clearProgressLine();
 
+    std::FILE* m_pOutput;
     QString m_strLog;
     QStringList m_listRedLine;
     QString m_strFormat;

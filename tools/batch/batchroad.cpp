@@ -13,6 +13,7 @@
 #include "crystal/reflectionindices.h"
 #include "frames/autoregion.h"
 #include "frames/autothreshold.h"
+#include "frames/frametargets.h"
 #include "frames/peakhunting.h"
 #include "frames/positionrefinement.h"
 #include "frames/shiftevaluation.h"
@@ -42,6 +43,7 @@
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -663,6 +665,10 @@ bool CBatchRoad::runCell()
         if (!loadCell(m_options.strCellFile)) {
             return false;
         }
+        if (!frameAmongTargets({strFile}, {m_options.strCellFile}).isEmpty()) {
+            m_summary[QStringLiteral("cell")] = cellObject();
+            return true;  // a run does not write what it reads
+        }
         if (!saveUnitCellFile(m_dataSet, strFile, &strReason)) {
             return fail(strReason);
         }
@@ -775,6 +781,18 @@ void CBatchRoad::choosePairLimits()
     takeLimit(m_options.dfRefineIntensityHigh, parameters.m_dfRefineIntensityHigh, 1);
     takeLimit(m_options.dfRefineDStarLow, parameters.m_dfRefineDStarLow, 3);
     takeLimit(m_options.dfRefineDStarHigh, parameters.m_dfRefineDStarHigh, 3);
+    const auto inOrder = [this](double& dfLow, double& dfHigh, const char* pszWhat) {
+        if (dfLow > dfHigh) {
+            m_report.addMessage(
+                QStringLiteral("Warning: the limits of %1 of the peak pairs are the wrong way "
+                               "round; they are exchanged.")
+                    .arg(QLatin1String(pszWhat)),
+                Qt::red);
+            std::swap(dfLow, dfHigh);
+        }
+    };
+    inOrder(parameters.m_dfRefineIntensityLow, parameters.m_dfRefineIntensityHigh, "the intensity");
+    inOrder(parameters.m_dfRefineDStarLow, parameters.m_dfRefineDStarHigh, "d*");
 }
 
 // The same pairs with the positions as hunted and as fitted; nothing but log and summary tells the result.

@@ -7,6 +7,7 @@
 /// written again is another inode; runs say a failed write in the log only.
 struct FileStamp {
     bool bExists = false;
+    bool bRegular = false;  ///< a device or a pipe is written to and stays what it is
     unsigned long long nInode = 0;
     long long nSeconds = 0;
     long nNanoseconds = 0;
@@ -14,5 +15,6 @@ struct FileStamp {
     static FileStamp of(const QString& strFileName);
 };
 
-/// Whether the file is there and is not the one that the stamp was taken of.
+/// Whether the file is there and is not the one that the stamp was taken of; of a device or a pipe nobody
+/// can tell, and the answer is yes.
 bool replacedSince(const FileStamp& stamp, const QString& strFileName);

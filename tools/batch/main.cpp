@@ -3,6 +3,8 @@
 #include "tools/batch/batchoptions.h"
 #include "tools/batch/batchreport.h"
 #include "tools/batch/batchroad.h"
+#include "tools/batch/misplacedoutput.h"
+#include "tools/batch/standardoutput.h"
 #include "tools/batch/summary.h"
 
 #include <QCoreApplication>
@@ -13,6 +15,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -22,10 +25,14 @@ namespace {
 QString writeFile(const QString& strFileName, const QByteArray& bytes)
 {
     QString strReason;
-    if (writeWholeFile(strFileName, bytes, &strReason)) {
+    if (isStandardOutput(strFileName)) {
+        strReason = printToStandardOutput(bytes);
+    } else if (writeWholeFile(strFileName, bytes, &strReason)) {
         return {};
     }
-    std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
+    if (!strReason.isEmpty()) {
+        std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
+    }
     return strReason;
 }
 
@@ -34,7 +41,8 @@ QString writeFile(const QString& strFileName, const QByteArray& bytes)
 bool markUnfinished(const BatchOptions& options)
 {
     const QFileInfo info(options.strJsonFile);
-    if (options.strJsonFile.isEmpty() || (info.exists() && !info.isFile())) {
+    if (options.strJsonFile.isEmpty() || isStandardOutput(options.strJsonFile) ||
+        (info.exists() && !info.isFile())) {
         return true;
     }
     if (!options.strOutDir.isEmpty()) {
@@ -47,6 +55,12 @@ bool markUnfinished(const BatchOptions& options)
         {QStringLiteral("reason"), QStringLiteral("at work, or killed before its end")}};
     return !info.absoluteDir().exists() ||
            writeFile(options.strJsonFile, QJsonDocument(summary).toJson()).isEmpty();
+}
+
+int badUsage(const QString& strError)
+{
+    std::fprintf(stderr, "tessera-batch: %s\nSee tessera-batch --help.\n", strError.toUtf8().constData());
+    return 2;
 }
 
 /// Walks the road. What no stage expects, such as memory that is not there, ends it like bad data.
@@ -70,10 +84,7 @@ bool printSummary(const QStringList& listFileName)
         listFile.append(readSummaryFile(strFileName));
     }
     const QList<SummaryRow> listRow = summaryRows(listFile);
-    const QByteArray bytes = summaryText(listRow).toUtf8();
-    const bool bPrinted = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) ==
-                              size_t(bytes.size()) &&
-                          std::fflush(stdout) == 0;
+    const bool bPrinted = writeFile(QStringLiteral("-"), summaryText(listRow).toUtf8()).isEmpty();
     return bPrinted && std::all_of(listRow.begin(), listRow.end(),
                                    [](const SummaryRow& row) { return row.state == SummaryState::Reached; });
 }
@@ -82,6 +93,8 @@ bool printSummary(const QStringList& listFileName)
 
 int main(int argc, char* argv[])
 {
+    // A reader that goes away, as `head` does, is no reason to leave the road half done.
+    std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-batch"));
     // Logs of many series are compared and read by scripts, so their numbers have one form.
@@ -91,8 +104,7 @@ int main(int argc, char* argv[])
     QString strHelp;
     const std::optional<BatchOptions> options = parseBatchOptions(application.arguments(), strError, strHelp);
     if (!options) {
-        std::fprintf(stderr, "tessera-batch: %s\nSee tessera-batch --help.\n", strError.toUtf8().constData());
-        return 2;
+        return badUsage(strError);
     }
     if (!strHelp.isEmpty()) {
         std::fputs(strHelp.toUtf8().constData(), stdout);
@@ -101,11 +113,16 @@ int main(int argc, char* argv[])
     if (options->bSummary) {
         return printSummary(options->listInput) ? 0 : 1;
     }
+    const QString strMisplaced = misplacedOutput(*options);
+    if (!strMisplaced.isEmpty()) {
+        return badUsage(strMisplaced);
+    }
 
     if (!markUnfinished(*options)) {
         return 1;
     }
-    CBatchReport report;
+    // Whoever reads the summary from the standard output wants nothing else there.
+    CBatchReport report(isStandardOutput(options->strJsonFile) ? stderr : stdout);
     CBatchRoad road(*options, report);
     bool bReached = walk(road, report);
     QStringList listWarning = report.redLines();
