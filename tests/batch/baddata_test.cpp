@@ -305,4 +305,16 @@ TEST(Output, IsWholeWhenTheReaderLeaves)
     const QJsonObject summary = QJsonDocument::fromJson(series.read("out")).object();
     EXPECT_EQ(summary["stage"].toString(), "peaks");
     EXPECT_EQ(series.read("err"), series.read("s.log"));
+
+    // A pipe is written to and stays a pipe, also behind a link that has the name of a result.
+    QFile::remove(series.path("s.pk"));
+    EXPECT_EQ(runShell(strFolder,
+                       "mkfifo one two && ln -s two s.pk && { timeout 60 cat one > summary & } &&"
+                       "{ timeout 60 cat two > peaks & } && "
+                       "tessera-batch s.ed3d --to peaks --json one > /dev/null; n=$?; wait;"
+                       "test -p one && test -p s.pk && exit $n")
+                  .nStatus,
+              0);
+    EXPECT_TRUE(QJsonDocument::fromJson(series.read("summary")).object()["reached"].toBool());
+    EXPECT_EQ(series.read("peaks"), bytesPeaks);
 }
