@@ -41,6 +41,11 @@ ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
     connect(pGrid, &QAction::triggered, this, &ED3DWidget::changeCanvasGridColor);
     pGrid->setWhatsThis(tr("Chooses the colour of the grid in the background."));
     addAction(pGrid);
+    auto* pReset = new QAction(tr("Reset View"), this);
+    pReset->setShortcut(QKeySequence(QStringLiteral("Ctrl+Home")));
+    connect(pReset, &QAction::triggered, this, &ED3DWidget::resetView);
+    pReset->setWhatsThis(tr("Takes turns, moves and zoom back."));
+    addAction(pReset);
     if (!isValid()) {  // a widget like any other: painted into the window's store
         setAttribute(Qt::WA_PaintOnScreen, false);
         setAttribute(Qt::WA_NoSystemBackground, false);
@@ -63,11 +68,7 @@ void ED3DWidget::setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup
             m_listPoint.clear();
             break;
         }
-    m_hashIdToPoint.clear();
-    m_hashIdToPoint.reserve(m_listPoint.size());
-    int nPoint = 0;
-    for (const Peak3D& peak : qAsConst(m_listPoint))
-        m_hashIdToPoint.insert(peak.nID, nPoint++);
+    m_hashIdToPoint = {};
     m_sizeClasses = PointSizeClasses();
     m_pfPointSize.clear();
     m_groups.reset(m_listPoint.size());
@@ -209,7 +210,7 @@ void ED3DWidget::setCamera(const float* pfRotation, float fPanX, float fPanY, fl
     std::copy(pfRotation, pfRotation + 16, m_camera.m_fRotation.begin());
     m_camera.m_fPanX = fPanX;
     m_camera.m_fPanY = fPanY;
-    m_camera.m_fZoom = fZoom;
+    m_camera.setZoom(fZoom);
     update();
 }
 
@@ -229,6 +230,11 @@ void ED3DWidget::insertPointGroup(int nIndex, const QString& strLabel, const QLi
 void ED3DWidget::insertPointGroupById(int nIndex, const QString& strLabel, const QList<int>& listId,
                                       const QColor& color)
 {
+    if (m_hashIdToPoint.isEmpty()) {
+        m_hashIdToPoint.reserve(m_listPoint.size());
+        for (int i = 0; i < m_listPoint.size(); i++)
+            m_hashIdToPoint.insert(m_listPoint.at(i).nID, i);
+    }
     QList<int> listPoint;
     listPoint.reserve(listId.size());
     for (int nId : listId)
@@ -484,7 +490,7 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
             break;
         }
         case ModeZoom:
-            m_camera.m_fZoom += 3.f * fY / fHeight;
+            m_camera.changeZoom(3.f * fY / fHeight);
             break;
         case ModeBand:
             m_nBandEndX = pEvent->x();
@@ -498,19 +504,29 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
 
 void ED3DWidget::wheelEvent(QWheelEvent* pEvent)
 {
-    m_camera.m_fZoom -= float(pEvent->angleDelta().y()) / float(std::max(height(), 1));
+    m_camera.changeZoom(-float(pEvent->angleDelta().y()) / float(std::max(height(), 1)));
     pEvent->accept();
     update();
 }
 
 void ED3DWidget::keyPressEvent(QKeyEvent* pEvent)
 {
+    if (pEvent->key() == Qt::Key_A && !pEvent->isAutoRepeat())
+        m_bGroupKeyHeld = pEvent->modifiers() == Qt::ControlModifier;
     QWidget::keyPressEvent(pEvent);
 }
 
+// Whoever lets go of Control first means the same.
 void ED3DWidget::keyReleaseEvent(QKeyEvent* pEvent)
 {
-    if (pEvent->key() == Qt::Key_A && pEvent->modifiers() == Qt::ControlModifier)
+    if (pEvent->key() != Qt::Key_A) {
+        QWidget::keyReleaseEvent(pEvent);
+        return;
+    }
+    const bool bHeld = m_bGroupKeyHeld && pEvent->modifiers() == Qt::NoModifier;
+    if (!pEvent->isAutoRepeat())
+        m_bGroupKeyHeld = false;
+    if (bHeld || pEvent->modifiers() == Qt::ControlModifier)
         addSelectedPeaksAsNewGroup();
     else
         QWidget::keyReleaseEvent(pEvent);

@@ -194,7 +194,7 @@ private:
     QColor m_colorCanvasGrid = Qt::white;
 
     QList<Peak3D> m_listPoint;
-    QHash<int, int> m_hashIdToPoint;  ///< nID to index in m_listPoint
+    QHash<int, int> m_hashIdToPoint;  ///< nID to index in m_listPoint; made when it is first asked
     std::vector<float> m_pfPointSize;
     CPointGroups m_groups;
     PointDisplay m_display;
@@ -223,6 +223,7 @@ private:
     int m_nLastMouseY = 0;
     QPoint m_ptMousePress;
     bool m_bMouseDragged = false;             ///< the mouse has left the press by more than a click's jitter
+    bool m_bGroupKeyHeld = false;             ///< A went down with Control and is still down
     float m_fTrackball[3] = {0.f, 0.f, 1.f};  ///< last trackball vector
     float m_fTrackballAxis[3] = {};           ///< last axis that the mouse turned about
     int m_nBandStartX = 0;

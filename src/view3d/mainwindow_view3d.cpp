@@ -102,6 +102,10 @@ void MainWindow::update3DViewControls()
     buildGroupTable(page.m_pTablePeakGroups, m_pView3DCurrent, true);
     const int nSelected = m_pView3DCurrent->selectedPoints().size();
     page.m_pEditSelectedCount->setText(QStringLiteral("%L1").arg(nSelected));
+    // A button that goes off hands the keyboard to the next control and scrolls the page there. What is
+    // selected next is selected in the view.
+    if (nSelected == 0 && page.window()->focusWidget() == page.m_pButtonAddGroup)
+        m_pView3DCurrent->setFocus();
     page.m_pButtonAddGroup->setEnabled(nSelected >= 1);
 }
 

@@ -201,6 +201,28 @@ TEST(Camera, TurnsAsQuaternionsDo)
                   1e-6);
 }
 
+TEST(Camera, NoZoomTurnsThePictureRound)
+{
+    for (float fStep : {0.05f, 0.24f, 3.f}) {
+        CCamera camera;
+        camera.m_fPanX = 0.5f;
+        camera.changeZoom(-0.25f);
+        EXPECT_EQ(camera.m_fZoom, -0.25f) << "a step is what the mouse makes it while there is room";
+        float fScale = camera.projection()[0];
+        for (int n = 0; n < 60; n++) {
+            camera.changeZoom(-fStep);
+            ASSERT_GE(camera.projection()[0], fScale) << n;
+            fScale = camera.projection()[0];
+            ASSERT_FALSE(camera.isFlat());
+        }
+        EXPECT_GT(camera.sizeFactor(), 500) << "as far in as is of use";
+        camera.changeZoom(1);
+        EXPECT_NEAR(camera.m_fViewBound + camera.m_fZoom, 1, 0.01);
+        camera.setZoom(-3);
+        EXPECT_GT(camera.projection()[0], 0);
+    }
+}
+
 TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
 {
     const QList<Vec3D> listCell{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};

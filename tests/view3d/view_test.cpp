@@ -163,7 +163,7 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     m_view.setBackgroundColor(Qt::black);
     m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // one lies behind
     EXPECT_EQ(atScene(picture(), -1, 0), QColor(Qt::black));
-    m_view.setCamera(identityMatrix().data(), 0, 0, -2);  // a view volume of no width
+    m_view.setCamera(identityMatrix().data(), 0, 0, std::numeric_limits<float>::infinity());
     EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::black));
     m_view.resetView();
     m_view.setPointAlpha(0.5f);

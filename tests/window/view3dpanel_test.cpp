@@ -174,3 +174,73 @@ TEST_F(Reciprocal, PanelAndViews)
         }
     EXPECT_EQ(lines("Unknown numeric format for the rotation step."), 6);
 }
+
+// A group is made by the button or by its keys, and the hand can go on where it was.
+TEST_F(Reciprocal, AddKeepsFocusAndPlace)
+{
+    open();
+    ASSERT_NO_FATAL_FAILURE(activate());
+    auto* pToolBox = m_pWindow->findChild<QToolBox*>();
+    pToolBox->setCurrentIndex(6);
+    m_pWindow->resize(1100, 600);  // the page has to scroll
+    QCoreApplication::processEvents();
+    const auto band = [this] {
+        QTest::mousePress(m_pRaw, Qt::LeftButton, Qt::ControlModifier, {2, 2});
+        const QPoint ptEnd(m_pRaw->width() - 3, m_pRaw->height() - 3);
+        QMouseEvent move(QEvent::MouseMove, ptEnd, m_pRaw->mapToGlobal(ptEnd), Qt::NoButton, Qt::LeftButton,
+                         Qt::ControlModifier);
+        QApplication::sendEvent(m_pRaw, &move);
+        QTest::mouseRelease(m_pRaw, Qt::LeftButton, Qt::ControlModifier, ptEnd);
+    };
+    QPushButton* pAdd = m_pPanel->m_pButtonAddGroup;
+    auto* pArea = qobject_cast<QScrollArea*>(m_pPanel->parentWidget()->parentWidget());
+    ASSERT_TRUE(pArea);
+    for (bool bMouse : {true, false}) {
+        band();
+        ASSERT_GT(m_pRaw->selectedPoints().size(), 10);
+        pArea->ensureWidgetVisible(pAdd, 0, 0);
+        const int nGroups = m_pRaw->groupLabels().size(), nPlace = pArea->verticalScrollBar()->value();
+        if (bMouse) {
+            QTest::mouseClick(pAdd, Qt::LeftButton);
+        } else {
+            pAdd->setFocus();
+            QTest::keyClick(pAdd, Qt::Key_Space);
+        }
+        EXPECT_EQ(m_pRaw->groupLabels().size(), nGroups + 1);
+        EXPECT_FALSE(pAdd->isEnabled());
+        EXPECT_EQ(QApplication::focusWidget(), m_pRaw) << bMouse;
+        EXPECT_EQ(pArea->verticalScrollBar()->value(), nPlace) << bMouse;
+    }
+
+    // Control and A, whichever is let go first; A alone, or with more keys, is nothing.
+    for (Qt::Key eFirst : {Qt::Key_A, Qt::Key_Control}) {
+        band();
+        const int nGroups = m_pRaw->groupLabels().size();
+        QTest::keyPress(m_pRaw, Qt::Key_Control);
+        QTest::keyPress(m_pRaw, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyRelease(m_pRaw, eFirst, Qt::ControlModifier);
+        QTest::keyRelease(m_pRaw, eFirst == Qt::Key_A ? Qt::Key_Control : Qt::Key_A);
+        EXPECT_EQ(m_pRaw->groupLabels().size(), nGroups + 1) << int(eFirst);
+        band();
+        QTest::keyClick(m_pRaw, Qt::Key_A);
+        QTest::keyPress(m_pRaw, Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyRelease(m_pRaw, Qt::Key_A);
+        EXPECT_EQ(m_pRaw->groupLabels().size(), nGroups + 1);
+        m_pRaw->clearSelection();
+    }
+
+    // However far the wheel goes, one key brings the view back, also from the page.
+    for (int i = 0; i < 40; i++) {
+        QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(m_pRaw, &wheel);
+    }
+    float af[16], fPanX = 0, fPanY = 0, fZoom = 0;
+    m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+    EXPECT_GT(fZoom, -2.f);
+    m_pPanel->m_pButtonRotateUp->setFocus();
+    QTest::keyClick(m_pPanel->m_pButtonRotateUp, Qt::Key_Home, Qt::ControlModifier);
+    m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+    EXPECT_EQ(fZoom, 0.f);
+    EXPECT_EQ(m_pRaw->getViewDirection(), (Vec3D{0, 0, 1}));
+}

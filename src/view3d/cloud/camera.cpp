@@ -6,6 +6,7 @@
 namespace {
 
 const double g_dfDegree = M_PI / 180.0;
+const float g_fLeastHalfWidth = 0.001f;  // Å⁻¹: a hundredth of the rows of the largest cells
 
 Vec3D row(const Matrix4& matrix, size_t nRow)
 {
@@ -43,6 +44,18 @@ void CCamera::reset()
 {
     m_fZoom = m_fPanX = m_fPanY = 0.f;
     m_fRotation = identityMatrix();
+}
+
+void CCamera::changeZoom(float fChange)
+{
+    const float fHalfWidth = m_fViewBound + m_fZoom;
+    setZoom(fHalfWidth + fChange < 0.1f * fHalfWidth ? 0.5f * fHalfWidth - m_fViewBound : m_fZoom + fChange);
+}
+
+void CCamera::setZoom(float fZoom)
+{
+    const float fLeast = g_fLeastHalfWidth - m_fViewBound;
+    m_fZoom = fZoom < fLeast ? fLeast : fZoom;
 }
 
 void CCamera::viewAlong(const Vec3D& v)

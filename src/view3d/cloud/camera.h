@@ -24,6 +24,11 @@ public:
     bool operator==(const CCamera& other) const;
     /// Zoom and pan 0, no rotation.
     void reset();
+    /// Adds to the zoom, Å⁻¹. Where that would leave less than a tenth of the view volume's width, the width
+    /// is halved instead: it never gets to 0, beyond which the picture would stand upside down.
+    void changeZoom(float fChange);
+    /// Sets the zoom, at the least to the smallest width.
+    void setZoom(float fZoom);
     /// Turns v towards the viewer; the rotation before it is dropped. An axis of turn doesn't exist along z:
     /// with v along +z or -z there is no rotation at all. A v of length 0 changes nothing.
     void viewAlong(const Vec3D& v);
