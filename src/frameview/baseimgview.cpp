@@ -4,9 +4,13 @@
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QWheelEvent>
 
 #include <cmath>
+#include <cstdlib>
+
+static const qint64 g_nWheelPause = 300;  // ms without an angle, after which a new movement begins
 
 BaseImgView::BaseImgView(QWidget* pParent) : QGraphicsView(pParent)
 {
@@ -85,10 +89,46 @@ void BaseImgView::wheelEvent(QWheelEvent* pEvent)
     const QPoint ptDelta = pEvent->angleDelta();
     const int nDelta = ptDelta.y() != 0 ? ptDelta.y() : ptDelta.x();
     // A touch pad marks the ends of a gesture by events that turn nothing.
-    if (nDelta == 0 && (pEvent->phase() == Qt::ScrollBegin || pEvent->phase() == Qt::ScrollEnd))
+    if (nDelta == 0 && (pEvent->phase() == Qt::ScrollBegin || pEvent->phase() == Qt::ScrollEnd)) {
+        m_clockWheel.invalidate();
         return;
-    if (nDelta < 1)
+    }
+    const int nStep = wheelStep(nDelta, pEvent->phase());
+    if (nStep == 0)
+        return;
+    const double dfScale = scaleFactor();
+    const QPointF ptScene = viewportTransform().inverted().map(pEvent->position());
+    if (nStep < 0)
         emit zoomOut();
     else
         emit zoomIn();
+    if (scaleFactor() == dfScale)
+        return;
+    const QPointF ptMoved = viewportTransform().map(ptScene) - pEvent->position();
+    horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(ptMoved.x()));
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + qRound(ptMoved.y()));
+}
+
+/// 1 to zoom in, -1 to zoom out, 0 for neither. An angle of a notch or more is one step. Touch pads and fine
+/// wheels send a notch in many small angles: the first of a movement is a step, so that the view answers at
+/// once, the others when they have added up to a notch.
+int BaseImgView::wheelStep(int nAngle, Qt::ScrollPhase phase)
+{
+    const int nSign = nAngle < 1 ? -1 : 1;
+    if (nAngle == 0 || std::abs(nAngle) >= QWheelEvent::DefaultDeltasPerStep) {
+        m_clockWheel.invalidate();
+        return nSign;
+    }
+    const bool bGoesOn = phase != Qt::ScrollBegin && m_clockWheel.isValid() &&
+                         m_clockWheel.elapsed() < g_nWheelPause;
+    m_clockWheel.start();
+    if (!bGoesOn) {
+        m_nWheelAngle = 0;
+        return nSign;
+    }
+    m_nWheelAngle += nAngle;
+    if (std::abs(m_nWheelAngle) < QWheelEvent::DefaultDeltasPerStep)
+        return 0;
+    m_nWheelAngle -= nSign * QWheelEvent::DefaultDeltasPerStep;
+    return nSign;
 }

@@ -1,10 +1,12 @@
 // BaseImgView: the view on a frame scene; the wheel asks for another zoom factor.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QGraphicsView>
 #include <QPoint>
 
-/// Shows a scene at a zoom factor that the owner sets; the wheel only asks for the next one.
+/// Shows a scene at a zoom factor that the owner sets; the wheel only asks for the next one, and keeps the
+/// place under the pointer where it is when it gets it.
 ///
 /// The pointer is tracked without a button held, so that the scene can report the pixel under it.
 /// A context menu made of the view's actions waits until the right button is let go, and stays away
@@ -36,9 +38,12 @@ protected:
 
 private:
     void init();
+    int wheelStep(int nAngle, Qt::ScrollPhase phase);
 
     QPoint m_ptRightPress;
     bool m_bRightHeld = false;
     bool m_bRightDragged = false;
     bool m_bMenuPending = false;  ///< the menu was asked for by the press and waits for the release
+    QElapsedTimer m_clockWheel;   ///< since the last small angle of the wheel; not valid after a full one
+    int m_nWheelAngle = 0;        ///< small angles since the last step, eighths of a degree
 };

@@ -8,6 +8,7 @@
 #include <QContextMenuEvent>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTest>
 #include <QTimer>
 #include <QWheelEvent>
 
@@ -66,6 +67,40 @@ TEST_F(View, WheelAsksForZoomAndScrollsNothing)
         EXPECT_EQ(spyOut.count(), nOut) << ptDelta.x() << ' ' << ptDelta.y();
         EXPECT_EQ(m_view.verticalScrollBar()->value(), nBar);
     }
+}
+
+TEST_F(View, SmallAnglesAddUpAndTheWheelZoomsAboutThePointer)
+{
+    const QPoint ptPointer(31, 97);
+    const auto turn = [&](int nAngle) {
+        QWheelEvent event(ptPointer, m_view.viewport()->mapToGlobal(ptPointer), QPoint(), QPoint(0, nAngle),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(m_view.viewport(), &event);
+    };
+    QSignalSpy spyIn(&m_view, &BaseImgView::zoomIn), spyOut(&m_view, &BaseImgView::zoomOut);
+    for (int n = 1; n <= 24; n++) {
+        turn(15);
+        ASSERT_EQ(spyIn.count(), (n + 7) / 8) << n;
+    }
+    for (int n = 0; n < 30; n++)  // fingers that lie still
+        turn(n % 2 ? -3 : 3);
+    EXPECT_EQ(spyOut.count(), 0);
+    QTest::qWait(400);
+    turn(-4);  // another movement, which is seen at once
+    EXPECT_EQ(spyOut.count(), 1);
+
+    QObject::connect(&m_view, &BaseImgView::zoomIn, [&] { m_view.setScaleFactor(2 * m_view.scaleFactor()); });
+    QObject::connect(&m_view, &BaseImgView::zoomOut,
+                     [&] { m_view.setScaleFactor(m_view.scaleFactor() / 2); });
+    m_view.setScaleFactor(2);
+    m_view.centerOn(180, 70);
+    const QPointF ptPlace = m_view.mapToScene(ptPointer);
+    for (int nAngle : {120, 120, 120, -120, -120}) {
+        turn(nAngle);
+        const QPointF ptMoved = m_view.mapToScene(ptPointer) - ptPlace;
+        EXPECT_LE(ptMoved.manhattanLength(), 2.0) << m_view.scaleFactor();  // a whole pixel a step
+    }
+    EXPECT_EQ(m_view.scaleFactor(), 4);
 }
 
 TEST_F(View, TheMenuWaitsForTheReleaseAndNotForADrag)
