@@ -311,10 +311,15 @@ private:
     void showEstimatedMarks(const QList<QPointF>& listPos);
     /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
     void clearFrameMarks();
-    /// The value under the pointer, in label and status bar, of the frame that has come into view; where it
-    /// has none there, the former frame's goes.
-    void renewReadout();
+    /// Status text and, with bLabel, the pixel label for a place on the frame; both go where there is no
+    /// value.
+    void showPixelReadout(const QPointF& ptF, bool bLabel);
+    /// The same place again where one of the two is in sight, after another frame has come into view.
+    void renewPixelReadout();
+    void clearPixelReadout();
     void hidePixelLabel();
+    /// Whether the status bar shows the pixel that was read last.
+    bool showsPixelStatus() const;
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
@@ -456,8 +461,6 @@ private:
     QString m_strLatticeHost;      ///< address of the service that the links of unit cells go to
     QList<Vec3D> m_listTextPoint;  ///< the text reflection list opened last: Å⁻¹
     QList<HKLRef> m_listTextReflection;
-    QPointF m_ptReadout;   ///< where the pointer was on the frame last, pixels
-    QString m_strReadout;  ///< what the status bar was told of that pixel
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;
 
@@ -497,6 +500,9 @@ private:
     View3DPage* m_pView3DPage = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
+
+    QPointF m_ptPixelRead;     ///< the place on the frame that was read last
+    QString m_strPixelStatus;  ///< what the status bar said of it
 
     QList<CrossItem*> m_listCrossMark;
     QList<CircleItem*> m_listCircleMark;

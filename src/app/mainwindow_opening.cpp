@@ -240,7 +240,7 @@ void MainWindow::showFirstFrame()
         m_pFrameScene->clearImages();
         m_pFrameScene->addImage(imgDot);
         m_pFrameScene->clearImages();
-        renewReadout();
+        renewPixelReadout();
     }
 }
 

@@ -89,9 +89,9 @@ void MainWindow::switchToImgIndex(int nIndex)
                                    m_dataSet.m_listHotPixel, report) != 0 &&
                          !m_dataSet.m_vecFrameImage.empty();
     emit frameLoaded(nIndex, bLoaded);
-    if (!bLoaded) {
-        renewReadout();
-        return;  // the loader said why; the view keeps what it showed
+    if (!bLoaded) {  // the loader said why; the view keeps what it showed
+        renewPixelReadout();
+        return;
     }
     if (m_dataSet.m_bAutoContrastOnLoad)
         setAutoContrast();
@@ -106,7 +106,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     refreshImageView();
     if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
         selSizeChanged2();  // this frame has no room for the region of the former one
-    renewReadout();
+    renewPixelReadout();
 }
 
 void MainWindow::currentFileChangedInFileList(int nCurrentRow)

@@ -79,6 +79,13 @@ bool pixelValue(const ImageList& vecImage, int nImage, int x, int y, float& fVal
     return true;
 }
 
+// The shortest form has six digits: from where it would take to powers of ten, the whole number.
+QString pixelText(float fValue)
+{
+    const bool bLarge = std::abs(fValue) >= 999999.5f;
+    return QStringLiteral("%L1").arg(double(fValue), 0, bLarge ? 'f' : 'g', bLarge ? 0 : -1);
+}
+
 }  // namespace
 
 void MainWindow::showCrossMarks(const QList<QPointF>& listPos, const QColor& color, int nSize)
@@ -136,6 +143,7 @@ void MainWindow::clearFrameMarks()
     clearTextMarks();
     showEstimatedMarks({});
     m_pAxisLine->hide();
+    clearPixelReadout();
 }
 
 void MainWindow::enableShowPeaks(bool /*bShow*/)
@@ -146,36 +154,51 @@ void MainWindow::enableShowPeaks(bool /*bShow*/)
 void MainWindow::mouseMoving(QPointF posF)
 {
     // Under a run the images in memory are the run's, and need not be what is in view.
-    if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView || m_pFrameScene->imageSize().isEmpty())
+    if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView)
         return;
-    m_ptReadout = posF;
     const QSize size = m_pFrameScene->imageSize();
     const double dfX = std::floor(posF.x());
     const double dfY = std::floor(posF.y());
     if (!(dfX >= 0 && dfY >= 0 && dfX < size.width() && dfY < size.height()))
         return;
-    const int x = int(dfX);
-    const int y = int(dfY);
+    showPixelReadout(posF, QApplication::mouseButtons() == Qt::RightButton);
+}
+
+void MainWindow::showPixelReadout(const QPointF& ptF, bool bLabel)
+{
+    const int x = int(std::floor(ptF.x()));
+    const int y = int(std::floor(ptF.y()));
     float fValue = 0;
     const bool bValue = pixelValue(m_dataSet.m_vecFrameImage, m_pFrameScene->currentIndex(), x, y, fValue);
-    QString strStatus;
-    if (bValue)
-        strStatus =
-            QStringLiteral("Experimental(%L1, %L2): %L3").arg(x).arg(y).arg(double(fValue), 0, 'g', -1);
-    if (bValue && QApplication::mouseButtons() == Qt::RightButton) {
-        m_pFrameScene->setLabel(
-            x, y, QStringLiteral("I=%L1\n(%L2, %L3)").arg(double(fValue), 0, 'g', -1).arg(x).arg(y));
+    const QString strValue = bValue ? pixelText(fValue) : QString();
+    if (bValue && bLabel) {
+        m_pFrameScene->setLabel(x, y, QStringLiteral("I=%1\n(%L2, %L3)").arg(strValue).arg(x).arg(y));
         m_pFrameScene->setLabelVisible(true);
         m_pFrameView->viewport()->update();
         m_pFrameView->setDragMode(QGraphicsView::NoDrag);
         m_pFrameView->viewport()->setCursor(Qt::CrossCursor);
-        m_pTextData->setCenter(posF);
+        m_pTextData->setCenter(ptF);
         m_pTextData->refresh();
     } else {
         hidePixelLabel();
     }
-    m_strReadout = strStatus;
-    statusBarMessage(strStatus);
+    m_ptPixelRead = ptF;
+    m_strPixelStatus = bValue ? QStringLiteral("Experimental(%L1, %L2): %3").arg(x).arg(y).arg(strValue)
+                              : QString();
+    statusBarMessage(m_strPixelStatus);
+}
+
+void MainWindow::renewPixelReadout()
+{
+    if (m_pFrameScene->isLabelVisible() || showsPixelStatus())
+        showPixelReadout(m_ptPixelRead, m_pFrameScene->isLabelVisible());
+}
+
+void MainWindow::clearPixelReadout()
+{
+    hidePixelLabel();
+    if (showsPixelStatus())
+        statusBar()->clearMessage();
 }
 
 void MainWindow::hidePixelLabel()
@@ -188,13 +211,7 @@ void MainWindow::hidePixelLabel()
     m_pFrameView->setDragMode(QGraphicsView::ScrollHandDrag);
 }
 
-void MainWindow::renewReadout()
+bool MainWindow::showsPixelStatus() const
 {
-    const bool bStatus = !m_strReadout.isEmpty() && statusBar()->currentMessage() == m_strReadout;
-    if (!bStatus && !m_pFrameScene->isLabelVisible())
-        return;
-    hidePixelLabel();
-    if (bStatus)
-        statusBarMessage({});
-    mouseMoving(m_ptReadout);
+    return !m_strPixelStatus.isEmpty() && statusBar()->currentMessage() == m_strPixelStatus;
 }

@@ -1,6 +1,7 @@
 // The current frame, the runs on the frames, what lies on them, and the shifts by hand.
 #include "frames/frameseries.h"
 #include "frameview/crossitem.h"
+#include "frameview/textitem.h"
 #include "windowtest.h"
 
 #include <algorithm>
@@ -458,12 +459,37 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     EXPECT_EQ(m_pView->dragMode(), QGraphicsView::ScrollHandDrag);
     EXPECT_EQ(pPort->cursor().shape(), Qt::OpenHandCursor);
 
-    // Off the frame nothing changes; a frame that could not be read has no values.
+    // Off the frame nothing changes.
     move(m_pView->mapFromScene(QPointF(-3, 76)), Qt::NoButton);
-    EXPECT_TRUE(m_pWindow->statusBar()->currentMessage().startsWith("Experimental(81"));
+    const auto status = [&] { return m_pWindow->statusBar()->currentMessage(); };
+    EXPECT_TRUE(status().startsWith("Experimental(81"));
+
+    // Another frame renews what is told of the pixel. Whole numbers, where six digits would not be enough.
+    const CImgObj<float> img = makeImage(g_nSide, g_nSide, [](int x, int) { return x < 81 ? 1 : 1234567; });
+    ASSERT_TRUE(WriteMRC<float>({&img}, path("f0002.mrc")));
+    QTest::mousePress(pPort, Qt::RightButton, {}, ptOnFrame);
+    move(ptOnFrame, Qt::RightButton);
+    m_pSlider->setValue(3);
+    const QString strLarge = QStringLiteral("%L1").arg(1234567);
+    EXPECT_EQ(status(), QStringLiteral("Experimental(%1, %2): %3").arg(81).arg(76).arg(strLarge));
+    ASSERT_EQ(marks<TextItem>().size(), 1);
+    EXPECT_EQ(marks<TextItem>()[0]->text(), QStringLiteral("I=%1\n(81, 76)").arg(strLarge));
+
+    // A frame that could not be read has no values, and none of another frame stay.
     QFile::remove(path("f0001.mrc"));
     m_pSlider->setValue(2);
-    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
+    EXPECT_EQ(status(), QString());
+    EXPECT_FALSE(m_pScene->isLabelVisible());
+    EXPECT_EQ(m_pView->dragMode(), QGraphicsView::ScrollHandDrag);
     move(ptOnFrame, Qt::NoButton);
-    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
+    EXPECT_EQ(status(), QString());
+
+    // Nor with other data.
+    m_pSlider->setValue(3);
+    move(ptOnFrame, Qt::RightButton);
+    EXPECT_TRUE(m_pScene->isLabelVisible() && !status().isEmpty());
+    m_pWindow->openFiles({writeProject("none.ed3d", {"gone.mrc 0 0 0"})});
+    EXPECT_FALSE(m_pScene->isLabelVisible());
+    EXPECT_EQ(status(), QString());
+    QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
 }
