@@ -140,15 +140,18 @@ void MainWindow::createPeakTable()
             &MainWindow::copyAllReflectionsInPeakTable);
 
     connect(m_pPeakTableView, &QTableView::clicked, this, &MainWindow::updateCurveWindow);
-    // The keyboard walks through the curves as well. A press of the mouse is followed by its click, and a
-    // row that only takes the focus was not asked for.
-    QItemSelectionModel* pSelection = m_pPeakTableView->selectionModel();
-    connect(pSelection, &QItemSelectionModel::currentRowChanged, this,
-            [this, pSelection](const QModelIndex& index) {
-                if (QApplication::mouseButtons() == Qt::NoButton && pSelection->isSelected(index) &&
-                    !m_dataSet.m_listPeakChain.isEmpty())
-                    updateCurveWindow(index);
-            });
+    // The keyboard walks through the curves as well, and the right button chooses the row that its menu is
+    // for. A press of the left one is followed by its click, and a row that only takes the focus was not
+    // asked for.
+    const auto showChosen = [this](const QModelIndex& index, Qt::MouseButtons buttons) {
+        if (QApplication::mouseButtons() == buttons && !m_dataSet.m_listPeakChain.isEmpty() &&
+            m_pPeakTableView->selectionModel()->isSelected(index))
+            updateCurveWindow(index);
+    };
+    connect(m_pPeakTableView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [showChosen](const QModelIndex& index) { showChosen(index, Qt::NoButton); });
+    connect(m_pPeakTableView, &QTableView::pressed, this,
+            [showChosen](const QModelIndex& index) { showChosen(index, Qt::RightButton); });
     m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
 }
 

@@ -127,16 +127,21 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
             list.append(QString::number(static_cast<const QwtPlotMarker*>(pItem)->xValue()));
         return list.join(' ');
     };
-    const auto click = [&] {
+    const auto click = [&](Qt::MouseButton eButton = Qt::LeftButton) {
         const QRect rect = m_pTable->visualRect(m_pTable->model()->index(0, 7));
-        QTest::mouseClick(m_pTable->viewport(), Qt::LeftButton, {}, rect.center());
+        QTest::mouseClick(m_pTable->viewport(), eButton, {}, rect.center());
     };
+    const QString strA = QStringLiteral(
+        "2D Integration 1:10005 2:11005 3:12005 4:13005 5:14005 6:15005 0.5 3.5");
     click();
-    EXPECT_EQ(shown(),
-              QStringLiteral("2D Integration 1:10005 2:11005 3:12005 4:13005 5:14005 6:15005 0.5 3.5"));
+    EXPECT_EQ(shown(), strA);
     QTest::keyClick(m_pTable, Qt::Key_Down);
     const QString strB = QStringLiteral("2D Integration 4:530 5:540 6:550 3.5");
     EXPECT_EQ(shown(), strB) << "the keyboard walks through the rows";
+    click(Qt::RightButton);
+    EXPECT_EQ(shown(), strA) << "the row that the menu is for";
+    QTest::keyClick(m_pTable, Qt::Key_Down);
+    EXPECT_EQ(shown(), strB);
 
     m_pWindow->copyIntensityCurveData();
     QString strCopied = QStringLiteral(
