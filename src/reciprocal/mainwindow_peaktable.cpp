@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 namespace {
 
@@ -159,13 +160,15 @@ void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
 {
     guarded([&] {
         m_dataSet.m_spaceGroup.setSpaceGroup(m_pCellPage->m_pComboReflectionGrouping->currentData().toInt());
-        const auto rows = peakTableRows(listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale);
+        const auto pTable = std::make_shared<const CPeakTable>(listPeak, m_dataSet,
+                                                               m_indexing.m_dfIndexThreshold, m_locale);
         // Without rows the columns go, and with them what the user has made of them.
         QHeaderView* pHeader = m_pPeakTableView->horizontalHeader();
         const bool bHadColumns = pHeader->count() > 0;
         if (bHadColumns)
             m_bytesColumnLayout = pHeader->saveState();
-        m_pPeakTableModel->setRows(rows);
+        m_pPeakTableModel->setCells(pTable->rowCount(), g_nPeakTableColumns,
+                                    [pTable](int nRow, int nColumn) { return pTable->text(nRow, nColumn); });
         if (!bHadColumns && pHeader->count() > 0) {
             pHeader->restoreState(m_bytesColumnLayout);
             updatePeakTableColumnVisability();

@@ -30,8 +30,10 @@ const MySortFilterProxyModel::Key& MySortFilterProxyModel::key(const QModelIndex
         m_vecKey.resize(sourceModel()->rowCount());
         for (int i = 0; i < m_vecKey.size(); ++i) {
             Key& cell = m_vecKey[i];
-            cell.strText = index.sibling(i, m_nKeyColumn).data().toString();
-            cell.dfNumber = m_locale.toDouble(cell.strText, &cell.bNumber);
+            const QString strText = index.sibling(i, m_nKeyColumn).data().toString();
+            cell.dfNumber = m_locale.toDouble(strText, &cell.bNumber);
+            if (!cell.bNumber)
+                cell.strText = strText;
         }
     }
     return m_vecKey.at(index.row());
@@ -43,5 +45,8 @@ bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex
     const Key& keyRight = key(right);
     if (keyLeft.bNumber && keyRight.bNumber)
         return keyLeft.dfNumber < keyRight.dfNumber;
-    return keyLeft.strText.localeAwareCompare(keyRight.strText) < 0;
+    const auto text = [](const Key& cell, const QModelIndex& index) {
+        return cell.bNumber ? index.data().toString() : cell.strText;
+    };
+    return text(keyLeft, left).localeAwareCompare(text(keyRight, right)) < 0;
 }

@@ -17,7 +17,7 @@ protected:
 
 private:
     struct Key {
-        QString strText;
+        QString strText;  ///< of a cell that is no number; of the many that are, the texts would weigh
         double dfNumber = 0;
         bool bNumber = false;
     };

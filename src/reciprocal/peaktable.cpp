@@ -7,69 +7,99 @@
 #include <cmath>
 #include <iterator>
 
-namespace {
-
-/// Two decimals, none for a frame number that is whole to within a thousandth.
-QString frameText(double dfFrame, const QLocale& locale)
-{
-    const bool bFraction = std::fabs(dfFrame - std::trunc(dfFrame)) > 0.001;
-    return locale.toString(dfFrame, 'f', bFraction ? 2 : 0);
-}
-
-}  // namespace
-
-QVector<QVector<QString>> peakTableRows(const QList<Peak3D>& listPeak, const DataSet& dataSet,
-                                        double dfIndexThreshold, const QLocale& locale)
-{
-    const BeamCentres centres = beamCentres(dataSet);
-    QVector<QVector<QString>> vecRow;
-    vecRow.reserve(listPeak.size());
-    for (const Peak3D& peak : listPeak) {
-        QString strH = QStringLiteral("*"), strK = strH, strL = strH;
-        bool bAllowed = true;
-        if (isCloseToInteger(peak, float(dfIndexThreshold))) {
-            const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
-            strH = QString::number(nH);
-            strK = QString::number(nK);
-            strL = QString::number(nL);
-            bAllowed = (nH == 0 && nK == 0 && nL == 0) || !dataSet.m_spaceGroup.isAbsent(nH, nK, nL);
-        }
-        const QPointF ptRaw(peak.dfX2D, peak.dfY2D);
-        const QPointF ptCentred = calPeak2DPosCenterCorrected(centres, peak.nFrame, ptRaw);
-        const double dfAxis = dataSet.m_dfRotationAxis;
-        const double dfDistance = double(calDistanceToRotationAxis(centres, dfAxis, peak.nFrame, ptRaw));
-        const double dfAngle = double(calAngleToRotationAxis(centres, dfAxis, peak.nFrame, peak));
-        const auto fixed = [&locale](double df, int nDecimals) {
-            return locale.toString(df, 'f', nDecimals);
-        };
-        const QString aCell[] = {QString::number(peak.nID),
-                                 QString::number(peak.dfH, 'f', 2),
-                                 QString::number(peak.dfK, 'f', 2),
-                                 QString::number(peak.dfL, 'f', 2),
-                                 strH,
-                                 strK,
-                                 strL,
-                                 fixed(peak.dfIPoint, 1),
-                                 fixed(peak.dfIntFit, 1),
-                                 fixed(peak.dfDStar == 0 ? 0.0 : 1 / peak.dfDStar, 2),
-                                 fixed(peak.dfDStar, 3),
-                                 QString::number(peak.nFrame + 1),
-                                 frameText(peak.dfFrameFit, locale),
-                                 fixed(peak.dfHalfWidth, 2),
-                                 fixed(dfDistance, 1),
-                                 fixed(dfDistance * peak.dfHalfWidth, 1),
-                                 fixed(screenAzimuth360(ptCentred.x(), ptCentred.y()), 1),
-                                 fixed(dfAngle, 1),
-                                 locale.toString(peak.dfX2D, 'g', 6),
-                                 locale.toString(peak.dfY2D, 'g', 6),
-                                 fixed(ptCentred.x(), 2),
-                                 fixed(ptCentred.y(), 2),
-                                 fixed(peak.dfX2DCorrected, 2),
-                                 fixed(peak.dfY2DCorrected, 2),
-                                 QString::number(bAllowed ? 1 : 0),
-                                 QString::number(peak.nRGroup)};
-        static_assert(std::size(aCell) == g_nPeakTableColumns, "each column has its text");
-        vecRow.append(QVector<QString>(std::begin(aCell), std::end(aCell)));
+struct CPeakTable::Cells {
+    /// The index of a record, rounded; "*" where the record isn't indexed.
+    static QString index(const CPeakTable& table, const Peak3D& peak, double dfIndex)
+    {
+        return isCloseToInteger(peak, table.m_fIndexThreshold) ? QString::number(roundIndex(dfIndex))
+                                                               : QStringLiteral("*");
     }
-    return vecRow;
+
+    static bool isAllowed(const CPeakTable& table, const Peak3D& peak)
+    {
+        if (!isCloseToInteger(peak, table.m_fIndexThreshold))
+            return true;
+        const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
+        return (nH == 0 && nK == 0 && nL == 0) || !table.m_spaceGroup.isAbsent(nH, nK, nL);
+    }
+
+    static QString fixed(const CPeakTable& table, double df, int nDecimals)
+    {
+        return table.m_locale.toString(df, 'f', nDecimals);
+    }
+
+    /// Two decimals, none for a frame number that is whole to within a thousandth.
+    static QString frame(const CPeakTable& table, double dfFrame)
+    {
+        return fixed(table, dfFrame, std::fabs(dfFrame - std::trunc(dfFrame)) > 0.001 ? 2 : 0);
+    }
+
+    static QPointF centred(const CPeakTable& table, const Peak3D& peak)
+    {
+        return calPeak2DPosCenterCorrected(table.m_centres, peak.nFrame, {peak.dfX2D, peak.dfY2D});
+    }
+
+    static double axisDistance(const CPeakTable& table, const Peak3D& peak)
+    {
+        return double(calDistanceToRotationAxis(table.m_centres, table.m_dfRotationAxis, peak.nFrame,
+                                                {peak.dfX2D, peak.dfY2D}));
+    }
+
+    static double azimuth(const CPeakTable& table, const Peak3D& peak)
+    {
+        const QPointF pt = centred(table, peak);
+        return screenAzimuth360(pt.x(), pt.y());
+    }
+
+    static double axisAngle(const CPeakTable& table, const Peak3D& peak)
+    {
+        return double(calAngleToRotationAxis(table.m_centres, table.m_dfRotationAxis, peak.nFrame, peak));
+    }
+
+    typedef QString (*Text)(const CPeakTable& t, const Peak3D& p);
+    static constexpr Text aText[] = {
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nID); },
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfH, 'f', 2); },
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfK, 'f', 2); },
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfL, 'f', 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfH); },
+        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfK); },
+        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfL); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfIPoint, 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfIntFit, 1); },
+        [](const CPeakTable& t, const Peak3D& p) {
+            return fixed(t, p.dfDStar == 0 ? 0.0 : 1 / p.dfDStar, 2);
+        },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfDStar, 3); },
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nFrame + 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return frame(t, p.dfFrameFit); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfHalfWidth, 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisDistance(t, p), 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisDistance(t, p) * p.dfHalfWidth, 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, azimuth(t, p), 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisAngle(t, p), 1); },
+        [](const CPeakTable& t, const Peak3D& p) { return t.m_locale.toString(p.dfX2D, 'g', 6); },
+        [](const CPeakTable& t, const Peak3D& p) { return t.m_locale.toString(p.dfY2D, 'g', 6); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, centred(t, p).x(), 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, centred(t, p).y(), 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfX2DCorrected, 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfY2DCorrected, 2); },
+        [](const CPeakTable& t, const Peak3D& p) { return QString::number(isAllowed(t, p) ? 1 : 0); },
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nRGroup); }};
+    static_assert(std::size(aText) == g_nPeakTableColumns, "each column has its text");
+};
+
+CPeakTable::CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, double dfIndexThreshold,
+                       const QLocale& locale)
+    : m_listPeak(listPeak),
+      m_centres(beamCentres(dataSet)),
+      m_dfRotationAxis(dataSet.m_dfRotationAxis),
+      m_spaceGroup(dataSet.m_spaceGroup),
+      m_fIndexThreshold(float(dfIndexThreshold)),
+      m_locale(locale)
+{}
+
+QString CPeakTable::text(int nRow, int nColumn) const
+{
+    return Cells::aText[nColumn](*this, m_listPeak.at(nRow));
 }

@@ -1,9 +1,11 @@
-// TableModel: a table of texts that is replaced as a whole.
+// TableModel: a table of texts that is replaced as a whole, or makes its texts when they are asked for.
 #pragma once
 
 #include <QAbstractTableModel>
 #include <QString>
 #include <QVector>
+
+#include <functional>
 
 /// Rows of texts with column titles and an alignment per column.
 class TableModel : public QAbstractTableModel {
@@ -21,6 +23,9 @@ public:
 
     /// Replaces all rows by one model reset.
     void setRows(const Rows& rows);
+    /// The same by a function of row and column, which is asked each time that a text is needed: of a long
+    /// table, whose texts would fill the memory, few are ever seen.
+    void setCells(int nRows, int nColumns, const std::function<QString(int nRow, int nColumn)>& fnText);
     void setHeader(const QVector<QString>& vecHeader);
     /// What the tool tips of the titles say.
     void setHeaderTips(const QVector<QString>& vecTip) { m_vecHeaderTip = vecTip; }
@@ -28,7 +33,13 @@ public:
     void setDefaultAlignment(int nAlignment);
 
 private:
+    template <class Replace>
+    void replaceAll(const Replace& replace);
+
     Rows m_vecRow;
+    int m_nRows = 0;  ///< these two: of m_fnText
+    int m_nColumns = 0;
+    std::function<QString(int, int)> m_fnText;  ///< in place of m_vecRow, or empty
     QVector<QString> m_vecHeader;
     QVector<QString> m_vecHeaderTip;
     int m_nDefaultAlignment = 0;

@@ -134,4 +134,9 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
     EXPECT_FALSE(
         readReflectionList(writeBytes(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));
     EXPECT_EQ(listPoint.size(), 2);
+    // Longer than a file beside the frames may be: two million reflections have some 100 MB.
+    const QByteArray bytesLong = QByteArray(g_nMaxTextFile, '#') + "\n7 1 0 0 0 0 2 0 7 k";
+    ASSERT_TRUE(
+        readReflectionList(writeBytes(folder.filePath("l.txt"), bytesLong), listPoint, listReflection));
+    EXPECT_EQ(listPoint.size(), 1);
 }

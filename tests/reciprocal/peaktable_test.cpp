@@ -62,14 +62,17 @@ TEST(PeakTable, AllColumnsOfRecords)
     };
     for (const bool bGerman : {false, true}) {
         const QLocale locale(bGerman ? QLocale::German : QLocale::English);
-        const auto rows = peakTableRows({absent, origin, unindexed, allowed}, data, 0.05, locale);
-        ASSERT_EQ(rows.size(), 4);
+        const CPeakTable table({absent, origin, unindexed, allowed}, data, 0.05, locale);
+        ASSERT_EQ(table.rowCount(), 4);
         for (int i = 0; i < 4; ++i) {
             QStringList listExpected = QString::fromLatin1(apchRow[i]).split('|');
             for (int k = 7; bGerman && k < 24; ++k)
                 if (k != 11)
                     listExpected[k].replace(',', ';').replace('.', ',').replace(';', '.');
-            EXPECT_EQ(QStringList(rows[i].toList()).join('|'), listExpected.join('|'));
+            QStringList listText;
+            for (int k = 0; k < g_nPeakTableColumns; ++k)
+                listText.append(table.text(i, k));
+            EXPECT_EQ(listText.join('|'), listExpected.join('|'));
         }
     }
 }
@@ -90,18 +93,35 @@ TEST(PeakTable, SortsByNumberOrElseByText)
         {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, {4, 1, 3, 2, 0}},
         {{"10", "*", "9", "2"}, {1, 3, 2, 0}},
         {{number(0.5), number(0.125), number(-0.5)}, {2, 1, 0}}};
-    for (const auto& [listCell, listOrder] : aRow) {
-        TableModel::Rows rows;
-        for (const QString& strCell : listCell)
-            rows.append(QVector<QString>{{}, strCell});
-        model.setRows(rows);
-        sorted.sort(1, Qt::DescendingOrder);
-        sorted.sort(1, Qt::AscendingOrder);
-        QList<int> listPlace;
-        for (int i = 0; i < sorted.rowCount(); ++i)
-            listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
-        EXPECT_EQ(listPlace, listOrder) << listCell.join(' ').toStdString();
-    }
+    for (bool bMadeWhenAsked : {false, true})
+        for (const auto& row : aRow) {
+            const QStringList& listCell = row.first;
+            TableModel::Rows rows;
+            for (const QString& strCell : listCell)
+                rows.append(QVector<QString>{{}, strCell});
+            if (bMadeWhenAsked)
+                model.setCells(rows.size(), 2, [rows](int nRow, int nColumn) { return rows[nRow][nColumn]; });
+            else
+                model.setRows(rows);
+            sorted.sort(1, Qt::DescendingOrder);
+            sorted.sort(1, Qt::AscendingOrder);
+            QList<int> listPlace;
+            for (int i = 0; i < sorted.rowCount(); ++i)
+                listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
+            EXPECT_EQ(listPlace, row.second) << listCell.join(' ').toStdString();
+            EXPECT_EQ(sorted.columnCount(), 2);
+        }
 
+    // A table whose texts are made when they are asked for asks for each cell of the sorted column once.
+    int nAsked = 0;
+    model.setCells(5000, 26, [&nAsked](int nRow, int) {
+        nAsked++;
+        return QString::number(nRow * 7 % 5000);
+    });
+    EXPECT_EQ(nAsked, 5000);
+    EXPECT_EQ(sorted.index(2, 25).data().toString(), QStringLiteral("2"));
+    EXPECT_FALSE(model.index(0, 26).isValid() || model.index(5000, 0).isValid());
     EXPECT_EQ(model.index(2, 1).data(Qt::TextAlignmentRole).toInt(), 130);
+    model.setCells(0, 26, {});
+    EXPECT_EQ(model.columnCount(), 0);
 }

@@ -3,6 +3,8 @@
 
 #include "frameview/textitem.h"
 
+#include <unistd.h>
+
 TEST_F(Reciprocal, OtherData)
 {
     // Without OpenGL one line says so, however many views there are; all else in these tests goes on.
@@ -93,4 +95,29 @@ TEST_F(Reciprocal, OtherData)
                return true;
            });
     EXPECT_FALSE(marks<TextItem>().isEmpty());
+}
+
+// A reflection takes some 230 bytes in all; 26 ready made texts each would take two thousand.
+TEST_F(Reciprocal, ALongListTakesLittleMemory)
+{
+    const int nReflections = 200000;
+    QByteArray bytes;
+    for (int i = 0; i < nReflections; ++i)
+        bytes += QString::asprintf("%4d%4d%4d%8d%8.1f\n", i % 100, i / 100 % 100, i / 10000, 3 * i, 1.0)
+                     .toLatin1();
+    write("long.hkl", bytes);
+    bytes.clear();
+    loadCell(g_matCell);
+    m_pTabs->setCurrentIndex(2);
+    const auto usedPages = [] { return readBytes("/proc/self/statm").split(' ').value(1).toLongLong(); };
+    const qint64 nBefore = usedPages();
+    answered({path("long.hkl")}, [this] { m_pPanel->m_pButtonLoadHKL->click(); });
+    ASSERT_EQ(m_pMerged->points().size(), nReflections);
+    ASSERT_EQ(table()->rowCount(), nReflections);
+#ifndef __SANITIZE_ADDRESS__  // which keeps what has been freed
+    EXPECT_LT((usedPages() - nBefore) * sysconf(_SC_PAGESIZE), 500 * qint64(nReflections));
+#endif
+    m_pTable->sortByColumn(7, Qt::DescendingOrder);
+    EXPECT_EQ(table()->index(0, 7).data().toString(),
+              QLocale::system().toString(3.0 * (nReflections - 1), 'f', 1));
 }

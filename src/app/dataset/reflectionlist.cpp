@@ -5,9 +5,10 @@
 
 #include <cmath>
 
-static bool scanReflection(const QByteArray& strLine, Vec3D& vecPoint, HKLRef& reflection)
+static const qint64 g_nMaxReflectionList = 500000000;  // bytes, some 8 million reflections
+
+static bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
 {
-    CTextScanner scanner(strLine);
     int nSerial;
     float aValue[8];  // h k l, x y z, a number of unknown meaning, the intensity
     if (!scanner.readInt(nSerial))
@@ -26,30 +27,30 @@ static bool scanReflection(const QByteArray& strLine, Vec3D& vecPoint, HKLRef& r
     return true;
 }
 
-int readReflectionLines(const QList<QByteArray>& listLine, QList<Vec3D>& listPoint,
-                        QList<HKLRef>& listReflection)
+int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection)
 {
     listPoint.clear();
     listReflection.clear();
     Vec3D vecPoint;
     HKLRef reflection;
-    for (const QByteArray& strLine : listLine)
-        if (scanReflection(strLine, vecPoint, reflection)) {
-            listPoint.append(vecPoint);
-            listReflection.append(reflection);
-        }
+    forEachTextLine(bytesText, [&](const char* pBegin, const char* pEnd) {
+        if (!scanReflection(CTextScanner(pBegin, pEnd), vecPoint, reflection))
+            return;
+        listPoint.append(vecPoint);
+        listReflection.append(reflection);
+    });
     return listPoint.size();
 }
 
 bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection,
                         QString* pstrReason)
 {
-    QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
+    QByteArray bytesFile;
+    if (!readFileBytes(strFileName, bytesFile, g_nMaxReflectionList, pstrReason))
         return false;
     QList<Vec3D> listNewPoint;
     QList<HKLRef> listNewReflection;
-    if (readReflectionLines(listLine, listNewPoint, listNewReflection) == 0)
+    if (readReflectionText(bytesFile, listNewPoint, listNewReflection) == 0)
         return giveReason(pstrReason, strFileName, QStringLiteral("no line holds a reflection"));
     listPoint = listNewPoint;
     listReflection = listNewReflection;

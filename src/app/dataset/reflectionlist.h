@@ -15,14 +15,15 @@
 /// A line without all ten items, with a number that is not finite or an index beyond int, or whose word
 /// holds an "s" is skipped. Indices are cut to integers. The two lists run parallel.
 ///
+/// A file of up to 500 MB is read.
+///
 /// @param pstrReason  may be null; on failure names the file and what is wrong
 /// @return false when the file cannot be read or holds no reflection; the lists are then as they were
 [[nodiscard]] bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint,
                                       QList<HKLRef>& listReflection, QString* pstrReason = nullptr);
 
-/// The same for lines; gives the number of reflections and always replaces the lists.
-int readReflectionLines(const QList<QByteArray>& listLine, QList<Vec3D>& listPoint,
-                        QList<HKLRef>& listReflection);
+/// The same for the text of a list; gives the number of reflections and always replaces the lists.
+int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection);
 
 /// Records for the view: the point, d* in single precision, the intensity as dfIPoint and a running
 /// nID from 0. Lists of different length give the records of the shorter.

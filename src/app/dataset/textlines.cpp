@@ -45,18 +45,10 @@ QByteArray withoutByteOrderMark(const QByteArray& bytesText)
 QList<QByteArray> splitTextLines(const QByteArray& bytesText)
 {
     QList<QByteArray> listLine;
-    const QByteArray bytesPlain = withoutByteOrderMark(bytesText);
-    const char* const pEnd = bytesPlain.constData() + bytesPlain.size();
-    const char* pLine = bytesPlain.constData();
-    for (const char* p = pLine;; ++p) {
-        if (p != pEnd && *p != '\n' && *p != '\r')
-            continue;
-        if (p != pLine)
-            listLine.append(QByteArray(pLine, int(p - pLine)));
-        if (p == pEnd)
-            return listLine;
-        pLine = p + 1;
-    }
+    forEachTextLine(bytesText, [&](const char* pBegin, const char* pEnd) {
+        listLine.append(QByteArray(pBegin, int(pEnd - pBegin)));
+    });
+    return listLine;
 }
 
 bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine, QString* pstrReason)

@@ -23,8 +23,26 @@ constexpr qint64 g_nMaxTextFile = 32000000;
 /// other bytes stay as they are.
 QByteArray withoutByteOrderMark(const QByteArray& bytesText);
 
-/// The lines of a text that are not empty. LF, CR LF and CR end a line; a byte order mark
-/// is dropped as by withoutByteOrderMark().
+/// Calls fnLine(begin, end) for each line of a text that is not empty. LF, CR LF and CR end a line; a byte
+/// order mark is dropped as by withoutByteOrderMark().
+template <class FnLine>
+void forEachTextLine(const QByteArray& bytesText, FnLine fnLine)
+{
+    const QByteArray bytesPlain = withoutByteOrderMark(bytesText);
+    const char* const pEnd = bytesPlain.constData() + bytesPlain.size();
+    const char* pLine = bytesPlain.constData();
+    for (const char* p = pLine;; ++p) {
+        if (p != pEnd && *p != '\n' && *p != '\r')
+            continue;
+        if (p != pLine)
+            fnLine(pLine, p);
+        if (p == pEnd)
+            return;
+        pLine = p + 1;
+    }
+}
+
+/// Those lines as a list.
 QList<QByteArray> splitTextLines(const QByteArray& bytesText);
 
 /// The lines of a file that are not empty, comments included.
