@@ -50,9 +50,9 @@ bool overwritesFrames(const QStringList& listTarget, const QStringList& listFram
     const QString strFrame = frameAmongTargets(listTarget, listFrameFile, &nCount);
     if (strFrame.isEmpty())
         return false;
-    report.fail(
-        QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
-            .arg(strFrame, nCount == 1 ? QStringLiteral("is a frame ")
+    report.fail(QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
+                    .arg(strFrame, nCount == 1
+                                       ? QStringLiteral("is a frame ")
                                        : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)));
     return true;
 }
