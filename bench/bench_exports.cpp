@@ -1,5 +1,5 @@
 // Frames into a volume of reciprocal space: runs of pixels beside one pixel after the other.
-#include "../tests/reciprocal/plainvolume.h"
+#include "tests/reciprocal/plainvolume.h"
 
 #include <benchmark/benchmark.h>
 

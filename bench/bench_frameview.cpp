@@ -2,7 +2,7 @@
 // grid of numbers.
 //
 // Compare frameShown with frameLoadedConvertedAndDrawn: the ratio is what the scene costs on top.
-#include "benchapplication.h"
+#include "bench/benchapplication.h"
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"

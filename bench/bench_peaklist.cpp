@@ -1,5 +1,5 @@
 // Reading and writing of a peak list of a million lines, against scanf and printf.
-#include "app/dataset/peaklistfile.h"
+#include "dataset/peaklistfile.h"
 
 #include <benchmark/benchmark.h>
 

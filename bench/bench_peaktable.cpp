@@ -1,5 +1,5 @@
 // Peak table of 20 000 reflections in the window: rebuilt by updatePeakTable(), sorted, and copied.
-#include "app/mainwindow.h"
+#include "window/mainwindow.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,11 +2,11 @@
 //
 // Compare huntInTheWindow with huntAlone: the ratio is what log, progress, events and mapping cost on top.
 // With a screen (QT_QPA_PLATFORM=xcb) remapInTheWindow paints the cloud by OpenGL as well.
-#include "app/dataset/opening.h"
-#include "app/mainwindow.h"
-#include "benchapplication.h"
-#include "frames/pages/framespage.h"
-#include "frames/pages/peaksearchpage.h"
+#include "dataset/opening.h"
+#include "window/mainwindow.h"
+#include "bench/benchapplication.h"
+#include "window/pages/framespage.h"
+#include "window/pages/peaksearchpage.h"
 #include "frames/peakhunting.h"
 #include "imagefiles/mrcfile.h"
 #include "view3d/ed3dwidget.h"

@@ -1,12 +1,10 @@
-# tessera_core_library(NAME SOURCES pattern... LINKS target...)
+# tessera_core_library(NAME LINKS target...)
 #
-# A static library of the computing core, made of the sources beside the calling CMakeLists.txt
-# that match the given patterns. The core knows no widget: a library that reaches Qt Widgets,
-# directly or through another one, stops the configuration.
+# A static library of the computing core, made of the sources beside the calling CMakeLists.txt. The core knows no
+# widget: a library that reaches Qt Widgets, directly or through another one, stops the configuration.
 function(tessera_core_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${ARG_SOURCES})
-  list(FILTER sources EXCLUDE REGEX "/mainwindow_[^/]*$")  # slots beside the core they call
+  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
   add_library(${name} STATIC ${sources})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS})

@@ -1,7 +1,7 @@
 // Bytes to files and back.
 #pragma once
 
-#include "printtexts.h"
+#include "tests/printtexts.h"
 
 #include <gtest/gtest.h>
 

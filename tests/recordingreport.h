@@ -1,8 +1,8 @@
 // CRecordingReport: keeps what a run says, and can ask it to stop.
 #pragma once
 
-#include "app/records/runreport.h"
-#include "printtexts.h"
+#include "records/runreport.h"
+#include "tests/printtexts.h"
 
 #include <QList>
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 // Cell arithmetic: reciprocal and direct basis, and the six cell parameters.
 #pragma once
 
-#include "app/records/vec3d.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Cell message: the log line of a unit cell, with the link that tests its lattice type.
 #pragma once
 
-#include "app/records/vec3d.h"
+#include "records/vec3d.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "crystal/cellrefinement.h"
 
-#include "crystal/lmderfit.h"
+#include "imaging/lmderfit.h"
 #include "crystal/uclscell.h"
 
 #include <QLatin1Char>

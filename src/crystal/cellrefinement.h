@@ -1,8 +1,8 @@
 // Unit cell refinement from d*: the quadratic form of the reciprocal metric, fitted by least squares.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,10 +1,10 @@
 // Expected reflections: what a data set could have shown, and what of it was not observed.
 #pragma once
 
-#include "app/records/hklref.h"
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
-#include "app/records/vec3d.h"
+#include "records/hklref.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

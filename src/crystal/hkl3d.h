@@ -1,10 +1,10 @@
 // An HKL list as points of reciprocal space.
 #pragma once
 
-#include "app/records/hkl5.h"
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
-#include "app/records/vec3d.h"
+#include "records/hkl5.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
+#include "records/vec3d.h"
 
 #include <QList>
 #include <QString>

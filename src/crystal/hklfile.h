@@ -1,8 +1,8 @@
 // The HKL file: text and reader.
 #pragma once
 
-#include "app/records/hkl5.h"
-#include "app/records/hklref.h"
+#include "records/hkl5.h"
+#include "records/hklref.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "crystal/indexedpeaklist.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
 

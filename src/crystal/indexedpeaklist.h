@@ -1,9 +1,9 @@
 // The .ipf file: indexed peaks by frame.
 #pragma once
 
-#include "app/records/fileset.h"
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/fileset.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "crystal/indexingfiles.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/expectedreflections.h"
 #include "crystal/hklfile.h"

@@ -1,10 +1,10 @@
 // Result files of indexing for structure solution: .hkl and .p4p.
 #pragma once
 
-#include "app/records/fileset.h"
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
-#include "app/records/vec3d.h"
+#include "records/fileset.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
+#include "records/vec3d.h"
 
 #include <QList>
 #include <QString>

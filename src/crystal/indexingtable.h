@@ -1,8 +1,8 @@
 // Table of the indexed reflections in the message log.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Text files of exported 3D peaks.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 #include <QString>

@@ -1,8 +1,8 @@
 // Peak pairs: two indexed peaks of one frame, whose distance knows no beam position.
 #pragma once
 
-#include "app/records/peakpair.h"
-#include "app/records/runreport.h"
+#include "records/peakpair.h"
+#include "records/runreport.h"
 #include "crystal/spacegroup.h"
 
 #include <QList>

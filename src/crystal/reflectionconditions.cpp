@@ -1,6 +1,6 @@
 #include "crystal/reflectionconditions.h"
 
-#include "app/records/hklref.h"
+#include "records/hklref.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/spacegrouptable.h"
 

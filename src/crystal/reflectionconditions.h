@@ -1,8 +1,8 @@
 // Reflection conditions: parity tables of the reflection classes and the test of all 230 space groups.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 #include "crystal/spacegroup.h"
 
 #include <QList>

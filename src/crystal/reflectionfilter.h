@@ -1,8 +1,8 @@
 // Filter of reflections: those whose tilts are fit for a refinement.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 #include "crystal/ewald.h"
 
 #include <QList>

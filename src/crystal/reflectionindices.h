@@ -1,9 +1,9 @@
 // Reflection indices: rounding, nearness to whole numbers, and search in lists.
 #pragma once
 
-#include "app/records/hklref.h"
-#include "app/records/peak3d.h"
-#include "app/records/vec3d.h"
+#include "records/hklref.h"
+#include "records/peak3d.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // CReflectionSet: a set of whole indices that is searched in constant time.
 #pragma once
 
-#include "app/records/hklref.h"
+#include "records/hklref.h"
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 #include "crystal/testindexing.h"
 
-#include "app/records/hklref.h"
+#include "records/hklref.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/hkl3d.h"
 #include "crystal/reflectionbuilder.h"

@@ -1,9 +1,9 @@
 // Test run: the reflections that a cell could show, as points for a look.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
-#include "app/records/vec3d.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Writing of small text files, whole or not at all.
 #pragma once
 
-#include "app/records/fileset.h"
+#include "records/fileset.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
 // findBeamRegion: a reference region for shift evaluation where no user places one.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 #include <QRect>
 

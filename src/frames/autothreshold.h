@@ -1,9 +1,9 @@
 // estimatePeakThreshold: a threshold for peak hunting from the noise of the band-passed frames.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "frames/peakfilters.h"
 
 /// Eight robust standard deviations of the band-passed image, median over frames of the series.

@@ -1,7 +1,7 @@
 // The band-passed and the smoothed image of a frame, through its spectrum.
 #pragma once
 
-#include "app/records/runparameters.h"
+#include "records/runparameters.h"
 #include "frames/peakfilters.h"
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"

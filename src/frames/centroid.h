@@ -1,7 +1,7 @@
 // refine2DPeakPosition: centroids of peaks within discs.
 #pragma once
 
-#include "app/records/refintpara.h"
+#include "records/refintpara.h"
 #include "imaging/imgobj.h"
 
 #include <list>

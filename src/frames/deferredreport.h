@@ -1,7 +1,7 @@
 // CDeferredReport: lines of another thread, kept until it is their turn.
 #pragma once
 
-#include "app/records/runreport.h"
+#include "records/runreport.h"
 
 #include <utility>
 #include <vector>

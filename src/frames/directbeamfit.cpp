@@ -2,7 +2,7 @@
 
 #include "frames/framerun.h"
 #include "imaging/peakfit2d.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 
 namespace {
 

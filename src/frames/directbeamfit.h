@@ -1,8 +1,8 @@
 // fitDirectBeam: the direct beam fitted on each frame, beside where the shifts expect it.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 #include <QPointF>
 

@@ -1,6 +1,6 @@
 #include "frames/framehunt.h"
 
-#include "app/records/refintpara.h"
+#include "records/refintpara.h"
 #include "frames/integration.h"
 #include "frames/localmaxima.h"
 #include "frames/peakmask.h"

@@ -1,8 +1,8 @@
 // huntFrame: the diffraction spots of one frame with their intensities.
 #pragma once
 
-#include "app/dataset/maskdata.h"
-#include "app/records/runparameters.h"
+#include "dataset/maskdata.h"
+#include "records/runparameters.h"
 #include "frames/bandpass.h"
 #include "frames/peakfilters.h"
 #include "imaging/acmlfft.h"

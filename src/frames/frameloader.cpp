@@ -1,6 +1,6 @@
 #include "frames/frameloader.h"
 
-#include "app/records/shortmemory.h"
+#include "records/shortmemory.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/filekind.h"

@@ -1,7 +1,7 @@
 // loadFrame: the one way by which frames enter memory.
 #pragma once
 
-#include "app/records/runreport.h"
+#include "records/runreport.h"
 #include "imaging/imagelist.h"
 
 #include <QList>

@@ -1,6 +1,6 @@
 #include "frames/framerun.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "frames/frameloader.h"
 
 #include <exception>

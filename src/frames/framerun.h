@@ -1,8 +1,8 @@
 // CFrameRun: what the runs that measure again on the frames share.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 #include "imaging/imgobj.h"
 
 #include <QStringList>

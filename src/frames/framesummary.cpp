@@ -1,6 +1,6 @@
 #include "frames/framesummary.h"
 
-#include "app/records/reason.h"
+#include "records/reason.h"
 #include "frames/frameloader.h"
 #include "imagefiles/dm3calibration.h"
 #include "imagefiles/picturefile.h"

@@ -1,7 +1,7 @@
 // frameAmongTargets: frames that an export would overwrite.
 #pragma once
 
-#include "app/records/runreport.h"
+#include "records/runreport.h"
 
 #include <QString>
 #include <QStringList>

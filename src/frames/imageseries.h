@@ -1,8 +1,8 @@
 // saveSeries: the frames of a series as pictures.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 // Intensities at positions of an image: single pixels, and disc less ring.
 #pragma once
 
-#include "app/records/refintpara.h"
+#include "records/refintpara.h"
 #include "imaging/imgobj.h"
 
 #include <QList>

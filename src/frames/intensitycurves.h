@@ -1,7 +1,7 @@
 // Intensity curves: a reflection's intensity over the frames, and the Lorentzian through it.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 #include <QPointF>

@@ -1,9 +1,9 @@
 // extractIntensity: the intensities of peaks whose positions are known, measured again.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "frames/peakfilters.h"
 #include "frames/peakpositions.h"
 

@@ -1,7 +1,7 @@
 // CPeakFilters: the Fourier-space filters of peak hunting.
 #pragma once
 
-#include "app/records/runparameters.h"
+#include "records/runparameters.h"
 #include "imaging/complex.h"
 #include "imaging/imgobj.h"
 

@@ -1,8 +1,8 @@
 #include "frames/peakhunting.h"
 
-#include "app/dataset/peaklistfile.h"
-#include "app/records/formerfile.h"
-#include "app/records/timestamp.h"
+#include "dataset/peaklistfile.h"
+#include "records/formerfile.h"
+#include "records/timestamp.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"

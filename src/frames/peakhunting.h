@@ -1,9 +1,9 @@
 // Peak hunting: the diffraction spots of all frames with their intensities.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "frames/bandpass.h"
 #include "frames/framehunt.h"
 #include "frames/peakfilters.h"

@@ -1,7 +1,7 @@
 // removeMaskedPeaks: drops positions that lie in the mask of peak hunting.
 #pragma once
 
-#include "app/dataset/maskdata.h"
+#include "dataset/maskdata.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Positions of peaks on a frame, as they are shown.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 #include <QPointF>

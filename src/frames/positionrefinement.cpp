@@ -3,7 +3,7 @@
 #include "crystal/reflectionindices.h"
 #include "frames/framerun.h"
 #include "imaging/peakfit2d.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 
 #include <QStringList>
 

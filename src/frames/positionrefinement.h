@@ -1,8 +1,8 @@
 // Peak positions refined to fractions of a pixel by fits of Lorentzians.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 #include "frames/peakpositions.h"
 
 #include <QVector>

@@ -1,6 +1,6 @@
 #include "frames/scaledframes.h"
 
-#include "app/records/availablememory.h"
+#include "records/availablememory.h"
 #include "frames/seriesexport.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/resizebicubic.h"

@@ -1,8 +1,8 @@
 // exportBinnedFrames: resized copies of the frames.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 /// The resized copy's file, beside the frame: its name up to the first dot and "_s.mrc".
 QString scaledFrameFile(const QString& strFrame);

@@ -1,6 +1,6 @@
 #include "frames/seriesexport.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "frames/frameloader.h"
 #include "frames/frametargets.h"
 #include "frames/somenames.h"

@@ -1,7 +1,7 @@
 // exportSeries: the walk over a series that writes one file per frame.
 #pragma once
 
-#include "app/records/runreport.h"
+#include "records/runreport.h"
 #include "imaging/imgobj.h"
 
 #include <QList>

@@ -1,8 +1,8 @@
 // forEachSampledFrame: a look at a few frames spread evenly over a series.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 #include "frames/deferredreport.h"
 #include "frames/takeframe.h"
 #include "imaging/imagelist.h"

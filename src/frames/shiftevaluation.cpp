@@ -1,7 +1,7 @@
 #include "frames/shiftevaluation.h"
 
-#include "app/dataset/shiftfile.h"
-#include "app/records/timestamp.h"
+#include "dataset/shiftfile.h"
+#include "records/timestamp.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"

@@ -1,8 +1,8 @@
 // Shift evaluation: the drift of the pattern over the series, and the direct beam.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 #include "imaging/imgobj.h"
 
 #include <QPointF>

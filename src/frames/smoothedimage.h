@@ -1,8 +1,8 @@
 // outputSmoothedImage: a frame's smoothed image as an MRC file.
 #pragma once
 
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "frames/peakfilters.h"
 #include "imaging/imgobj.h"
 

@@ -1,8 +1,8 @@
 // exportSMVImages: the frames of a series as SMV images, with the drift taken out.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 /// FOLDER/NAME.img, with the frame's name up to its first dot.
 QString smvImageFile(const QString& strFolder, const QString& strFrame);

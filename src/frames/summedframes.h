@@ -1,8 +1,8 @@
 // exportSummedFrames: the frames of each beam tilt series summed, as MRC files.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 #include <QString>
 

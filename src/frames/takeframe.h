@@ -1,8 +1,8 @@
 // takeFrame: a frame of a sequence, and what there is to say where memory is short.
 #pragma once
 
-#include "app/records/runreport.h"
-#include "app/records/shortmemory.h"
+#include "records/runreport.h"
+#include "records/shortmemory.h"
 #include "frames/framesequence.h"
 
 /// Takes a frame from a sequence and tells where memory is short: in black when fewer threads go on, in red

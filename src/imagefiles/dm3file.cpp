@@ -1,6 +1,6 @@
 #include "imagefiles/dm3file.h"
 
-#include "app/records/regularfile.h"
+#include "records/regularfile.h"
 
 #include <QFile>
 #include <QtEndian>

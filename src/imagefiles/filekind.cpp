@@ -5,7 +5,7 @@
 #include <QStringList>
 #include <QtEndian>
 
-#include "app/records/regularfile.h"
+#include "records/regularfile.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <QImage>
 #include <QVector>
 
-#include "app/records/reason.h"
-#include "app/records/wholefile.h"
+#include "records/reason.h"
+#include "records/wholefile.h"
 #include "imagefiles/mrcwriter.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <QFile>
 #include <QtEndian>
-#include "app/records/regularfile.h"
-#include "app/records/wholefile.h"
+#include "records/regularfile.h"
+#include "records/wholefile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "imagefiles/mrcwriter.h"
 
-#include "app/records/reason.h"
+#include "records/reason.h"
 
 #include <QtEndian>
 

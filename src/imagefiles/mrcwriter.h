@@ -1,7 +1,7 @@
 // CMrcWriter: an MRC stack written section by section.
 #pragma once
 
-#include "app/records/wholefile.h"
+#include "records/wholefile.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #include "imagefiles/picturefile.h"
 
-#include "app/records/availablememory.h"
-#include "app/records/shortmemory.h"
+#include "records/availablememory.h"
+#include "records/shortmemory.h"
 #include "imagefiles/filekind.h"
 
 #include <QFile>

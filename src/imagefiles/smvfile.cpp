@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "app/records/reason.h"
-#include "app/records/wholefile.h"
+#include "records/reason.h"
+#include "records/wholefile.h"
 
 namespace {
 

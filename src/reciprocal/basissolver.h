@@ -1,7 +1,7 @@
 // CBasisSolver: fractional indices of a reciprocal vector in a reciprocal basis.
 #pragma once
 
-#include "app/records/vec3d.h"
+#include "records/vec3d.h"
 
 /// Solves v = h·a* + k·b* + l·c* by Cramer's rule.
 class CBasisSolver {

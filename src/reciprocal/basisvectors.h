@@ -1,7 +1,7 @@
 // Basis vectors: the three shortest vectors that are not co-planar.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Sorting of records by d*.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <algorithm>
 #include <cmath>

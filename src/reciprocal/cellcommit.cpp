@@ -1,7 +1,7 @@
 #include "reciprocal/cellcommit.h"
 
-#include "app/dataset/unitcellfile.h"
-#include "app/records/timestamp.h"
+#include "dataset/unitcellfile.h"
+#include "records/timestamp.h"
 
 void updateUnitCell(DataSet& dataSet)
 {

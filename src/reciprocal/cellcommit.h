@@ -1,8 +1,8 @@
 // Cell commit: what becomes of the data set when a found or a transformed cell is taken over.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 /// The commit of a found basis: m_listCell takes m_listCellFound when that holds three vectors.
 void updateUnitCell(DataSet& dataSet);

@@ -1,14 +1,14 @@
 #include "reciprocal/cellfromdifferences.h"
 
-#include "app/records/numbertext.h"
-#include "app/records/timestamp.h"
+#include "records/numbertext.h"
+#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/crystalparacal.h"
 #include "crystal/peakpairs.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/differencegroups.h"
-#include "reciprocal/geometry/angles.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/angles.h"
+#include "geometry/rotationgeometry.h"
 
 #include <algorithm>
 #include <climits>

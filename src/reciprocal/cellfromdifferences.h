@@ -2,9 +2,9 @@
 // on the direct beam nor, but for their indices, on the tilt.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "crystal/cellrefinement.h"
 
 #include <functional>

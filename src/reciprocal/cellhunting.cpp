@@ -1,6 +1,6 @@
 #include "reciprocal/cellhunting.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "reciprocal/basisvectors.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/differencevectors.h"

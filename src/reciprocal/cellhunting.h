@@ -1,9 +1,9 @@
 // Cell hunting: the reciprocal basis from the difference vectors of the merged reflections.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 #include "crystal/cellmessage.h"
 
 /// Searches the unit cell of the selected reflections and commits it.

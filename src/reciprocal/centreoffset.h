@@ -1,7 +1,7 @@
 // How far the direct beam would have to move to suit the indexed reflections best.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

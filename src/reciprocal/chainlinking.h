@@ -1,8 +1,8 @@
 // Chain linking: the peaks of one reflection on frame after frame, linked into chains.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 #include "reciprocal/checkedcellhunting.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/cellhunting.h"

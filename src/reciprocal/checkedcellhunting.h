@@ -1,9 +1,9 @@
 // Checked cell hunting: a cell search that looks whether its cell indexes the reflections.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 
 /// The part, 0 to 1, of the reflections that get indices of their own on a basis.
 /// @param fThreshold  how far an index may lie from a whole number

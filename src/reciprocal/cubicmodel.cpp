@@ -1,6 +1,6 @@
 #include "reciprocal/cubicmodel.h"
 
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 
 #include <algorithm>
 #include <cmath>

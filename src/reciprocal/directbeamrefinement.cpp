@@ -2,8 +2,8 @@
 
 #include "crystal/reflectionindices.h"
 #include "imaging/lmdiffit.h"
-#include "reciprocal/geometry/matrix3.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/matrix3.h"
+#include "geometry/rotationgeometry.h"
 
 #include <QLatin1Char>
 #include <QStringList>

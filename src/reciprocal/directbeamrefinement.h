@@ -1,8 +1,8 @@
 // Direct beam refinement: the linear map from index differences to position differences of one frame.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 #include "crystal/peakpairs.h"
 
 #include <QList>

@@ -1,7 +1,7 @@
 // Duplicates: reflections that claim indices already taken.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 #include "reciprocal/expectedframes.h"
 
 #include "crystal/reflectionindices.h"
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // Indexed peaks: the frame peaks of the indexed reflections, sorted by frame.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 /// Frames of the data set: its frame files or, in a set without files, its shifts.
 int frameCount(const DataSet& dataSet);

@@ -1,7 +1,7 @@
 #include "reciprocal/indexing.h"
 
-#include "app/records/formerfile.h"
-#include "app/records/timestamp.h"
+#include "records/formerfile.h"
+#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
 #include "crystal/hklfile.h"

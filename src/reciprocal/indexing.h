@@ -1,10 +1,10 @@
 // Indexing: the run that gives the merged reflections h, k, l and sorts out what has none.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/fileset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/fileset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 
 #include <functional>
 

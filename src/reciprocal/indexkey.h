@@ -1,7 +1,7 @@
 // IndexKey: whole indices as the key of a hash table.
 #pragma once
 
-#include "app/records/hklref.h"
+#include "records/hklref.h"
 
 #include <array>
 #include <cstddef>

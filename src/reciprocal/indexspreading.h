@@ -1,8 +1,8 @@
 // Index spreading: h, k, l spread from reflection to reflection, outwards from the origin.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

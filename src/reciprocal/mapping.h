@@ -1,10 +1,10 @@
 // Mapping: all peaks of the frames into reciprocal space, and the filter of what is shown and merged.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
+#include "geometry/rotationgeometry.h"
 
 /// The direct beam positions of a data set.
 BeamCentres beamCentres(const DataSet& dataSet);

@@ -2,7 +2,7 @@
 
 #include "frames/intensitycurves.h"
 #include "reciprocal/chainlinking.h"
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>

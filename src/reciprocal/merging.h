@@ -1,10 +1,10 @@
 // Merging: linking the peaks of one reflection over the frames, and reducing each chain to one record.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
-#include "app/records/runreport.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
+#include "geometry/rotationgeometry.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // Outsiders: reflections that lie outside the wedge that the series measured.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

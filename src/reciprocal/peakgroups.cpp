@@ -1,6 +1,6 @@
 #include "reciprocal/peakgroups.h"
 
-#include "app/records/groupmask.h"
+#include "records/groupmask.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>

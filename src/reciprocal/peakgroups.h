@@ -1,8 +1,8 @@
 // Peak groups: the group masks of the peak list, from and to the point groups of the raw 3D view.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runparameters.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
 
 #include <QList>
 #include <QVector>

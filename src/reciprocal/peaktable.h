@@ -1,8 +1,8 @@
 // Peak table: the 26 columns of the reflections in use, as texts.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "dataset/dataset.h"
+#include "geometry/rotationgeometry.h"
 
 #include <QLocale>
 #include <QString>

@@ -1,8 +1,8 @@
 #include "reciprocal/planeindexing.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "crystal/crystalparacal.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 
 #include <QStringList>
 

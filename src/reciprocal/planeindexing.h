@@ -1,8 +1,8 @@
 // Plane indexing: the difference vectors of one pattern against the d* of a known cubic cell.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 #include <QPointF>

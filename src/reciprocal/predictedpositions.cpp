@@ -1,6 +1,6 @@
 #include "reciprocal/predictedpositions.h"
 
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <QRectF>

@@ -1,7 +1,7 @@
 // Predicted positions: where the cell in force puts reflections on a frame.
 #pragma once
 
-#include "app/dataset/dataset.h"
+#include "dataset/dataset.h"
 
 #include <QList>
 #include <QSize>

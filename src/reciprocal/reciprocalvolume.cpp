@@ -1,9 +1,9 @@
 #include "reciprocal/reciprocalvolume.h"
 
-#include "app/records/availablememory.h"
+#include "records/availablememory.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/contrast.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 
 #include <QtGlobal>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "imaging/imgobj.h"
-#include "reciprocal/geometry/matrix3.h"
+#include "geometry/matrix3.h"
 
 #include <QList>
 #include <QPointF>

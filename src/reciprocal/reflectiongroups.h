@@ -1,8 +1,8 @@
 // Reflection groups: numbering the sets of symmetry-equivalent reflections.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 // Reflection selection: the merged reflections that a point group of the merged view stands for.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 #include "reciprocal/rotationaxistest.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "reciprocal/chainlinking.h"
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 // RotationSense: whether the reflections were strongest at tilts of the opposite sense of rotation.
 #pragma once
 
-#include "app/dataset/dataset.h"
+#include "dataset/dataset.h"
 
 #include <QList>
 

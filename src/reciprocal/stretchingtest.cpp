@@ -1,8 +1,8 @@
 #include "reciprocal/stretchingtest.h"
 
-#include "app/records/wholefile.h"
+#include "records/wholefile.h"
 #include "crystal/reflectionindices.h"
-#include "reciprocal/geometry/angles.h"
+#include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>

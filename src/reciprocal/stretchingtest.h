@@ -1,8 +1,8 @@
 // Stretching test: distances and azimuths of indexed peaks of a known square net, as a table.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 /// Writes a row per peak, then the cell in force as it lies in the plane, to the log and to the text file
 /// "NAME_pos.txt" beside the project. A peak with h = k = 0 shows 0 for its distance by order.

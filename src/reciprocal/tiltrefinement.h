@@ -1,9 +1,9 @@
 // Tilt refinement: the nine components of a*, b*, c* against the tilts at which reflections were seen.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/hklref.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/hklref.h"
+#include "records/runreport.h"
 #include "crystal/cellmessage.h"
 #include "crystal/ewald.h"
 #include "reciprocal/tiltfit.h"

@@ -1,8 +1,8 @@
 // Vector averaging: the piles that difference vectors form, and the heaviest of each neighbourhood.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "app/records/runreport.h"
+#include "records/peak3d.h"
+#include "records/runreport.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // CVectorGrid: points of reciprocal space sorted into cubes, for the search of near neighbours.
 #pragma once
 
-#include "app/records/vec3d.h"
+#include "records/vec3d.h"
 
 #include <cstddef>
 #include <cstdint>

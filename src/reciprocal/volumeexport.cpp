@@ -1,9 +1,9 @@
 #include "reciprocal/volumeexport.h"
 
-#include "app/records/timestamp.h"
+#include "records/timestamp.h"
 #include "frames/frameloader.h"
 #include "frames/frametargets.h"
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 #include "reciprocal/reciprocalvolume.h"
 
 #include <exception>

@@ -1,8 +1,8 @@
 // exportReciprocalVolume: the whole of reciprocal space that a series has seen, as a stacked MRC file.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "app/records/runreport.h"
+#include "dataset/dataset.h"
+#include "records/runreport.h"
 
 #include <QString>
 

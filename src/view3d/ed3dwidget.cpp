@@ -1,6 +1,6 @@
 #include "view3d/ed3dwidget.h"
 
-#include "view3d/cloud/picking.h"
+#include "cloud/picking.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,6 +1,6 @@
 // What a series that is broken somewhere gets from the driver: a line that names it, status 1, and
 // the result files of earlier runs as they were.
-#include "batch/batchprogram.h"
+#include "tests/batch/batchprogram.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,7 +1,7 @@
 // Running the programs.
 #pragma once
 
-#include "filebytes.h"
+#include "tests/filebytes.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 // The stages apart and together, one thread and several, on a simulated series.
-#include "batch/batchprogram.h"
-#include "imagefiles/filesizelimit.h"
+#include "tests/batch/batchprogram.h"
+#include "tests/imagefiles/filesizelimit.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,5 +1,5 @@
 // The table of many series.
-#include "batch/batchprogram.h"
+#include "tests/batch/batchprogram.h"
 
 #include <QTemporaryDir>
 

@@ -1,9 +1,9 @@
 #include "crystal/cellarithmetic.h"
 #include "crystal/celltransformation.h"
 #include "crystal/crystalparacal.h"
-#include "crystal/testreflection.h"
+#include "tests/crystal/testreflection.h"
 #include "crystal/uclscell.h"
-#include "reciprocal/simulatedlattice.h"
+#include "tests/reciprocal/simulatedlattice.h"
 
 #include <gtest/gtest.h>
 

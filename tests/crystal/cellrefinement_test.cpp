@@ -1,8 +1,8 @@
 #include "crystal/cellrefinement.h"
 
 #include "crystal/crystalparacal.h"
-#include "crystal/lmderfit.h"
-#include "crystal/testreflection.h"
+#include "imaging/lmderfit.h"
+#include "tests/crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "crystal/ewald.h"
 
 #include "crystal/reflectionfilter.h"
-#include "crystal/testreflection.h"
+#include "tests/crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "crystal/reflectionindices.h"
 #include "crystal/reflectionset.h"
-#include "crystal/testreflection.h"
+#include "tests/crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "crystal/reflectionconditions.h"
 
-#include "crystal/testreflection.h"
+#include "tests/crystal/testreflection.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include "crystal/indexingfiles.h"
 #include "crystal/indexingtable.h"
 #include "crystal/peaklist3d.h"
-#include "crystal/testreflection.h"
-#include "filebytes.h"
+#include "tests/crystal/testreflection.h"
+#include "tests/filebytes.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,8 +1,8 @@
 #include "crystal/testindexing.h"
 
 #include "crystal/reflectionbuilder.h"
-#include "reciprocal/simulatedlattice.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/simulatedlattice.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 

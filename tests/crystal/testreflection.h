@@ -1,8 +1,8 @@
 // A reflection in one line.
 #pragma once
 
-#include "app/records/peak3d.h"
-#include "recordingreport.h"
+#include "records/peak3d.h"
+#include "tests/recordingreport.h"
 
 #include <QLocale>
 

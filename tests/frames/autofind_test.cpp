@@ -1,7 +1,7 @@
 #include "frames/autoregion.h"
 #include "frames/autothreshold.h"
 #include "frames/framehunt.h"
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/peakhunting.h"
 
 namespace {

@@ -1,5 +1,5 @@
 #include "frames/framehunt.h"
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/smoothedimage.h"
 
 namespace {

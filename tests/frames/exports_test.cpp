@@ -2,7 +2,7 @@
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
-#include "frameseries.h"
+#include "tests/frames/frameseries.h"
 
 namespace {
 

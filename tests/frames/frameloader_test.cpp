@@ -1,9 +1,9 @@
 #include "frames/frameloader.h"
 
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/framesummary.h"
 #include "frames/hotpixels.h"
-#include "imagefiles/testfiles.h"
+#include "tests/imagefiles/testfiles.h"
 
 #include <QImage>
 

@@ -1,11 +1,11 @@
 // Series of synthetic frames on disk.
 #pragma once
 
-#include "app/dataset/dataset.h"
-#include "filebytes.h"
+#include "dataset/dataset.h"
+#include "tests/filebytes.h"
 #include "frames/peakfilters.h"
 #include "imagefiles/mrcfile.h"
-#include "recordingreport.h"
+#include "tests/recordingreport.h"
 
 #include <QDir>
 #include <QTemporaryDir>

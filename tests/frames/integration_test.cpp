@@ -1,6 +1,6 @@
 #include "frames/integration.h"
 
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 
 #include <QRect>
 

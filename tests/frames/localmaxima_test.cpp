@@ -1,6 +1,6 @@
 #include "frames/localmaxima.h"
 
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/peakmask.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include "frames/peakhunting.h"
 
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/intensityextraction.h"
-#include "imagefiles/filesizelimit.h"
+#include "tests/imagefiles/filesizelimit.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "frames/centroid.h"
 #include "frames/directbeamfit.h"
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
 #include "frames/summedframes.h"
-#include "reciprocal/testpeaks.h"
+#include "tests/reciprocal/testpeaks.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "frames/shiftevaluation.h"
 
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frames/shiftjumps.h"
 #include "frames/summedmapbeam.h"
 #include "imaging/acmlfft.h"

@@ -1,7 +1,7 @@
 #include "frameview/baseimgscene.h"
 
 #include "frameview/palettes.h"
-#include "testscenes.h"
+#include "tests/frameview/testscenes.h"
 
 #include <QTimer>
 

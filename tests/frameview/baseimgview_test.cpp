@@ -1,7 +1,7 @@
 #include "frameview/baseimgview.h"
 
 #include "frameview/baseimgscene.h"
-#include "testscenes.h"
+#include "tests/frameview/testscenes.h"
 
 #include <QAction>
 #include <QApplication>

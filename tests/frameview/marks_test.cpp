@@ -3,7 +3,7 @@
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
 #include "frameview/replacemarks.h"
-#include "testscenes.h"
+#include "tests/frameview/testscenes.h"
 
 #include <QCoreApplication>
 

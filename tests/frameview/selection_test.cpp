@@ -1,6 +1,6 @@
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
-#include "testscenes.h"
+#include "tests/frameview/testscenes.h"
 
 #include <QSignalSpy>
 

@@ -2,7 +2,7 @@
 
 #include "frameview/palettes.h"
 #include "frameview/textitem.h"
-#include "testscenes.h"
+#include "tests/frameview/testscenes.h"
 
 #include <algorithm>
 #include <cmath>

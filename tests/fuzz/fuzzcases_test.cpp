@@ -1,6 +1,6 @@
 // Every reader on its folder of fuzzcases: seeds of the fuzzers, and what fuzzers have found.
-#include "fuzz/fuzzreader.h"
-#include "printtexts.h"
+#include "tools/fuzz/fuzzreader.h"
+#include "tests/printtexts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "imagefiles/dm3calibration.h"
 
-#include "imagefiles/dm3builder.h"
-#include "imagefiles/testfiles.h"
+#include "tests/imagefiles/dm3builder.h"
+#include "tests/imagefiles/testfiles.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 #include "imagefiles/mrcfile.h"
 
-#include "imagefiles/filesizelimit.h"
-#include "imagefiles/testfiles.h"
+#include "tests/imagefiles/filesizelimit.h"
+#include "tests/imagefiles/testfiles.h"
 
 #include <QDir>
 #include <QtEndian>

@@ -1,7 +1,7 @@
 // A folder that goes away, and the fixtures.
 #pragma once
 
-#include "filebytes.h"
+#include "tests/filebytes.h"
 
 #include <QTemporaryDir>
 

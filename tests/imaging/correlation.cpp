@@ -1,7 +1,7 @@
 // Correlation of images moved by a known amount.
 #include "imaging/correlation.h"
 #include "imaging/imageshifts.h"
-#include "testimages.h"
+#include "tests/imaging/testimages.h"
 
 #include <gtest/gtest.h>
 

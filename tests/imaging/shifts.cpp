@@ -1,7 +1,7 @@
 // Shifts of images by whole pixels and fractions.
 #include "imaging/acmlfft.h"
 #include "imaging/imageshifts.h"
-#include "testimages.h"
+#include "tests/imaging/testimages.h"
 
 #include <gtest/gtest.h>
 

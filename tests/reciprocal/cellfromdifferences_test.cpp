@@ -7,9 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include "reciprocal/perfectseries.h"
-#include "reciprocal/testpeaks.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/perfectseries.h"
+#include "tests/reciprocal/testpeaks.h"
+#include "tests/recordingreport.h"
 
 #include <algorithm>
 #include <cmath>

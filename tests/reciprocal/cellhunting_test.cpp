@@ -3,14 +3,14 @@
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/differencevectors.h"
-#include "reciprocal/plainloops.h"
+#include "tests/reciprocal/plainloops.h"
 #include "reciprocal/reflectionselection.h"
-#include "reciprocal/simulatedlattice.h"
-#include "reciprocal/testpeaks.h"
+#include "tests/reciprocal/simulatedlattice.h"
+#include "tests/reciprocal/testpeaks.h"
 #include "reciprocal/vectoraveraging.h"
-#include "recordingreport.h"
+#include "tests/recordingreport.h"
 
-#include "app/dataset/unitcellfile.h"
+#include "dataset/unitcellfile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The fit of the direct beam on spots that a crystal makes on frames, mapped with a beam that is wrong.
 #include "reciprocal/centreoffset.h"
 #include "reciprocal/mapping.h"
-#include "reciprocal/perfectseries.h"
+#include "tests/reciprocal/perfectseries.h"
 
 #include <gtest/gtest.h>
 

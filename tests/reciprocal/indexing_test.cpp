@@ -1,14 +1,14 @@
 #include "reciprocal/indexing.h"
-#include "filebytes.h"
+#include "tests/filebytes.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
-#include "reciprocal/plainloops.h"
+#include "tests/reciprocal/plainloops.h"
 #include "reciprocal/reflectiongroups.h"
-#include "reciprocal/simulatedlattice.h"
-#include "reciprocal/testpeaks.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/simulatedlattice.h"
+#include "tests/reciprocal/testpeaks.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "reciprocal/mapping.h"
-#include "app/dataset/peaklistfile.h"
-#include "reciprocal/geometry/axisline.h"
+#include "dataset/peaklistfile.h"
+#include "geometry/axisline.h"
 #include "reciprocal/outsiders.h"
-#include "reciprocal/testpeaks.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/testpeaks.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 

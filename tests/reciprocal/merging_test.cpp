@@ -1,8 +1,8 @@
 #include "reciprocal/merging.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/nearestpeak.h"
-#include "reciprocal/testpeaks.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/testpeaks.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 

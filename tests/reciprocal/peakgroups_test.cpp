@@ -1,10 +1,10 @@
 // Peak groups: from the masks of a peak list file into the raw view, and back into the file.
 #include "reciprocal/peakgroups.h"
 
-#include "app/dataset/peaklistfile.h"
-#include "printtexts.h"
-#include "reciprocal/testpeaks.h"
-#include "recordingreport.h"
+#include "dataset/peaklistfile.h"
+#include "tests/printtexts.h"
+#include "tests/reciprocal/testpeaks.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 

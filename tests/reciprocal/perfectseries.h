@@ -1,10 +1,10 @@
 // A perfect crystal on a series: every reflection on the frame of its tilt, at its exact place.
 #pragma once
 
-#include "app/dataset/dataset.h"
+#include "dataset/dataset.h"
 #include "crystal/cellarithmetic.h"
 #include "reciprocal/predictedpositions.h"
-#include "reciprocal/simulatedlattice.h"
+#include "tests/reciprocal/simulatedlattice.h"
 
 struct PerfectSeries {
     DataSet data;  // with the true cell in force

@@ -1,7 +1,7 @@
 // The plain loops of the cell search and of indexing, as references for the fast ways.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"

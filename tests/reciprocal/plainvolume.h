@@ -1,7 +1,7 @@
 // The plain way from the pixels of a frame to voxels: each pixel by itself, through the mapping of peaks.
 #pragma once
 
-#include "reciprocal/geometry/rotationgeometry.h"
+#include "geometry/rotationgeometry.h"
 #include "reciprocal/reciprocalvolume.h"
 
 #include <cmath>

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "reciprocal/perfectseries.h"
+#include "tests/reciprocal/perfectseries.h"
 
 #include <cmath>
 #include <map>

@@ -1,7 +1,7 @@
 // Simulated reflections of a known cell.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 // Peaks and reflections by hand.
 #pragma once
 
-#include "app/records/peak3d.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

@@ -2,7 +2,7 @@
 #include "reciprocal/planeindexing.h"
 #include "reciprocal/rotationaxistest.h"
 #include "reciprocal/stretchingtest.h"
-#include "reciprocal/testpeaks.h"
+#include "tests/reciprocal/testpeaks.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <cmath>
 #include <complex>
 
-#include "recordingreport.h"
+#include "tests/recordingreport.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "reciprocal/perfectseries.h"
-#include "recordingreport.h"
+#include "tests/reciprocal/perfectseries.h"
+#include "tests/recordingreport.h"
 
 #include <cmath>
 

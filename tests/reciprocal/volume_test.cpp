@@ -1,9 +1,9 @@
 // The reciprocal volume beside the plain loop, and what its export refuses.
 #include "reciprocal/volumeexport.h"
 
-#include "../frames/frameseries.h"
-#include "app/records/availablememory.h"
-#include "plainvolume.h"
+#include "tests/frames/frameseries.h"
+#include "records/availablememory.h"
+#include "tests/reciprocal/plainvolume.h"
 
 #include <gtest/gtest.h>
 

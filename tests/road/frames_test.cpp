@@ -1,8 +1,8 @@
 // Simulated frames: the counts and the noise that were asked for, formats that the program's own readers
 // take, and the series that they make.
-#include "app/dataset/opening.h"
+#include "dataset/opening.h"
 #include "frames/frameloader.h"
-#include "imagefiles/filesizelimit.h"
+#include "tests/imagefiles/filesizelimit.h"
 #include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"

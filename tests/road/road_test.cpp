@@ -1,5 +1,5 @@
 // The whole road on simulated series: frames in, cell and indices out, held against the truth.
-#include "batch/batchprogram.h"
+#include "tests/batch/batchprogram.h"
 #include "simulate/seriescomparison.h"
 
 #include <QTemporaryDir>

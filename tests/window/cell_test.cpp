@@ -1,5 +1,5 @@
 // The unit cell by hand and by matrix.
-#include "reciprocaltest.h"
+#include "tests/window/reciprocaltest.h"
 
 TEST_F(Reciprocal, CellByHand)
 {

@@ -1,7 +1,7 @@
 // The File menu's ways of writing: names and questions of the dialogs, the files beside the driver's, the
 // movie.
 #include "imagefiles/mrcfile.h"
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 // The current frame, the runs on the frames, what lies on them, and the shifts by hand.
-#include "frames/frameseries.h"
+#include "tests/frames/frameseries.h"
 #include "frameview/crossitem.h"
 #include "frameview/textitem.h"
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <algorithm>
 #include <set>

@@ -1,5 +1,5 @@
 // What the user may do while peaks are hunted: stop, close, look at other frames, change the pages.
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The groups that merging and indexing make, and the reflections that the user chooses by them.
 #include "frameview/textitem.h"
-#include "reciprocaltest.h"
+#include "tests/window/reciprocaltest.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,5 +1,5 @@
 // That each button of a page and each action leads somewhere, and how the pages are leafed through.
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <QMetaMethod>
 

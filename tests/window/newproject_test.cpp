@@ -1,8 +1,8 @@
 // A first-run user: a project made from frames, the guide, and a text for every control.
-#include "app/dataset/projectfile.h"
-#include "app/guidewindow.h"
-#include "app/newprojectdialog.h"
-#include "window/windowtest.h"
+#include "dataset/projectfile.h"
+#include "window/guidewindow.h"
+#include "window/newprojectdialog.h"
+#include "tests/window/windowtest.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // What opening other data does to views, table and cell.
-#include "reciprocaltest.h"
+#include "tests/window/reciprocaltest.h"
 
 #include "frameview/textitem.h"
 

@@ -1,6 +1,6 @@
 // The pages: that their controls hold the numbers that the driver computes with, and how some are operated.
-#include "app/dataset/pagerounding.h"
-#include "windowtest.h"
+#include "dataset/pagerounding.h"
+#include "tests/window/windowtest.h"
 
 #include <tuple>
 

@@ -1,5 +1,5 @@
 // The peak table, the curve of the row that is clicked, and the point groups between masks, views and tables.
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>

@@ -1,4 +1,4 @@
-#include "reciprocaltest.h"
+#include "tests/window/reciprocaltest.h"
 
 QTemporaryDir* Reciprocal::s_pSeries = nullptr;
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulate/structurefactor.h"
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 typedef Vector3 Vec;
 typedef Matrix3 Mat;  ///< rows

@@ -3,7 +3,7 @@
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
 #include "frameview/textitem.h"
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // The shell of the window: settings, keys, zoom, the ways of opening, and the command line.
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 #include <sys/stat.h>
 

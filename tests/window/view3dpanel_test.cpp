@@ -1,5 +1,5 @@
 // What moves the points of the 3D views, and the page that steers the views.
-#include "reciprocaltest.h"
+#include "tests/window/reciprocaltest.h"
 
 /// Where the points of a view lie.
 static std::vector<float> places(const ED3DWidget* pView)

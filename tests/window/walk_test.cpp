@@ -2,8 +2,8 @@
 //
 // Pointer and keys enter through the window that holds the widgets, so what is out of sight, covered or
 // without the focus is not reached.
-#include "app/dataset/unitcellfile.h"
-#include "windowtest.h"
+#include "dataset/unitcellfile.h"
+#include "tests/window/windowtest.h"
 
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>

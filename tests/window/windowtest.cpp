@@ -1,4 +1,4 @@
-#include "windowtest.h"
+#include "tests/window/windowtest.h"
 
 void WindowTest::SetUp()
 {

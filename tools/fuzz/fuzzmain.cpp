@@ -1,5 +1,5 @@
 // A fuzz target of libFuzzer for the reader TESSERA_FUZZ_READER.
-#include "fuzz/fuzzreader.h"
+#include "tools/fuzz/fuzzreader.h"
 
 #include <algorithm>
 #include <cstdio>

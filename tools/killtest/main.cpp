@@ -1,11 +1,11 @@
 // tessera-killtest: kills a writer of result files at random moments. Each file must then be wholly the old
 // one or wholly the new one, and what a killed writer leaves behind must not look like a result.
-#include "app/dataset/dataset.h"
-#include "app/dataset/newproject.h"
-#include "app/dataset/peaklistfile.h"
-#include "app/dataset/shiftfile.h"
-#include "app/dataset/unitcellfile.h"
-#include "app/records/wholefile.h"
+#include "dataset/dataset.h"
+#include "dataset/newproject.h"
+#include "dataset/peaklistfile.h"
+#include "dataset/shiftfile.h"
+#include "dataset/unitcellfile.h"
+#include "records/wholefile.h"
 #include "crystal/indexedpeaklist.h"
 #include "crystal/indexingfiles.h"
 #include "crystal/peaklist3d.h"

@@ -6,7 +6,7 @@
 // Each step is in the log before it is done, so that the last line tells what broke the program. A seed gives
 // the same choices again; as runs and animations go by the clock, the same steps may meet them elsewhere.
 // Exit status: 0 nothing broke, 1 a critical message of Qt, 2 wrong call; a crash or a hang aborts.
-#include "app/mainwindow.h"
+#include "window/mainwindow.h"
 
 #include <QAbstractButton>
 #include <QAbstractSpinBox>

@@ -2,9 +2,9 @@
 // stage in two sizes. scripts/screenshots runs it on the simulated demo series.
 //
 //   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
-#include "app/mainwindow.h"
-#include "app/newprojectdialog.h"
-#include "frames/pages/framespage.h"
+#include "window/mainwindow.h"
+#include "window/newprojectdialog.h"
+#include "window/pages/framespage.h"
 
 #include <QAction>
 #include <QApplication>

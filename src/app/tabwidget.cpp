@@ -1,7 +1,0 @@
-#include "app/tabwidget.h"
-
-TabWidget::TabWidget(QWidget* pParent) : QTabWidget(pParent)
-{
-    setElideMode(Qt::ElideNone);
-    setUsesScrollButtons(true);
-}

@@ -1,0 +1,13 @@
+// misplacedOutput: output files of a run that would destroy its input.
+#pragma once
+
+#include "batch/batchoptions.h"
+
+/// Looks where the run would write: the file of --json, the results, and the exports. None of them may be a
+/// file that the run reads, by whatever path or link; and that of --json none of the others, no folder and,
+/// by its suffix, no frame or result of another run, as the pattern "*.mrc" of a shell would make it. Devices
+/// and pipes are written to and destroy nothing. Of the input only the project is read, for its frames.
+///
+/// A cell file that is the run's own is no harm: it is not written again.
+/// @return empty, or what is wrong
+QString misplacedOutput(const BatchOptions& options);

@@ -1,0 +1,21 @@
+#include "cloud/cloudvertices.h"
+
+#include <cmath>
+
+CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vector<float>& vecSize,
+                                const PointDisplay& display, float fAlpha, float fScale)
+{
+    CloudVertices vertices;
+    vertices.vecVertex.reserve(size_t(listPoint.size()));
+    vertices.m_pnPickName.reserve(size_t(listPoint.size()));
+    for (int nPoint = 0; nPoint < listPoint.size(); nPoint++) {
+        const size_t i = size_t(nPoint);
+        const Vec3D v = scaled(listPoint[nPoint].point(), fScale);
+        if (!display.m_pbPointVisible[i] || !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
+            continue;
+        vertices.vecVertex.push_back({v.x, v.y, v.z, display.m_pfRed[i], display.m_pfGreen[i],
+                                      display.m_pfBlue[i], fAlpha, vecSize[i]});
+        vertices.m_pnPickName.push_back(nPoint);
+    }
+    return vertices;
+}

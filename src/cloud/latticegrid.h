@@ -1,0 +1,37 @@
+// Points and lines of the reciprocal lattice that the 3D view draws.
+#pragma once
+
+#include "records/vec3d.h"
+#include "cloud/camera.h"
+
+#include <QList>
+
+#include <vector>
+
+/// What is drawn of a lattice, at coordinates in Å⁻¹.
+struct LatticeGrid {
+    std::vector<Vec3D> vecPoint;
+    std::vector<Vec3D> vecLine[3];  ///< two ends per line, lines along a*, b* and c*
+};
+
+/// Most points that a LatticeGrid holds, most lines along each axis, and most points of a lattice that is
+/// taken as a whole, whatever is seen of it.
+const int g_nMostLatticePoints = 2000000;
+const int g_nMostLatticeLines = 100000;
+const int g_nMostLatticePointsWhole = 300000;
+
+/// All points h·a* + k·b* + l·c* with h, k, l from minus to plus the ranges, and the lines through them.
+///
+/// Of a lattice with more points than g_nMostLatticePointsWhole only what may be seen is taken: the points
+/// within the view volume and the lines that cross it, whole. Where even these are too many, those with the
+/// least greatest index are taken, up to the limit: a guard against minutes of drawing. Points and lines
+/// along each axis are limited apart, and a greater range never gives fewer.
+///
+/// @param listCell  a*, b*, c*; any other count, or a vector that is no number: nothing
+/// @param pnRange   of h, k, l; below 0 counts as 0
+/// @param fScale    factor on the coordinates
+LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
+                            const CCamera& camera);
+
+/// The grid above would depend on the camera.
+bool latticeGridNeedsCamera(const int* pnRange);

@@ -1,0 +1,86 @@
+// DataSet: all that the program keeps of one data set between runs.
+#pragma once
+
+#include "dataset/maskdata.h"
+#include "records/peak3d.h"
+#include "records/vec3d.h"
+#include "crystal/spacegroup.h"
+#include "imaging/imagelist.h"
+
+#include <QList>
+#include <QPoint>
+#include <QPointF>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+#include <vector>
+
+/// What points of reciprocal space were computed from frame positions with. Points of one record are not to
+/// be mixed with shifts, centre or geometry of another.
+struct PeakMapping {
+    QList<QPointF> listShift;
+    QList<double> listOverallTilt;
+    double dfCenterX = 0;
+    double dfCenterY = 0;
+    double dfWavelength = 0;
+    double dfPixelSize = 0;
+    double dfRotationAxis = 0;
+    double dfTiltRelaxation = 0;
+    double dfStretchAmplitude = 0;  ///< this and the azimuth: 0 where stretching is not applied
+    double dfStretchAzimuth = 0;
+
+    bool operator==(const PeakMapping& other) const;
+    bool operator!=(const PeakMapping& other) const { return !(*this == other); }
+};
+
+/// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
+/// lies further down the road standing; counts of frames are checked where the data are used.
+struct DataSet {
+    QString m_strWorkingDir;  ///< start folder of every file dialog
+    QString m_strProjectDir;
+    QString m_strProjectName;
+    QStringList m_listFrameFile;    ///< full path of each frame in series order
+    QList<double> m_listStageTilt;  ///< degrees, one per frame
+    QList<double> m_listBeamTilt;
+    QList<double> m_listOverallTilt;  ///< the angle that the geometry uses
+    QList<int> m_listBeamTiltBreak;   ///< 1 where a beam tilt series starts
+    QList<QPoint> m_listHotPixel;     ///< pixels to repair on every frame
+    double m_dfWavelength = 0.0251;   ///< Å
+    double m_dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
+    double m_dfRotationAxis = 0;      ///< degrees, counter-clockwise on the screen from 3 o'clock
+    double m_dfTiltRelaxation = 0;    ///< degrees, spread evenly over the series
+    double m_dfStretchAmplitude = 0;  ///< per cent
+    double m_dfStretchAzimuth = 0;    ///< degrees
+    QList<QPointF> m_listShift;       ///< pixels with respect to the first frame
+    double m_dfCenterX = 0;           ///< direct beam on the first frame, pixels
+    double m_dfCenterY = 0;
+    QList<Vec3D> m_listCellFound;          ///< a*, b*, c* as found or loaded; any count but 3: no cell
+    QList<Vec3D> m_listCell;               ///< the cell in force
+    QList<QList<Peak3D>> m_listPeakFrame;  ///< all peaks per frame
+    /// What the points in m_listPeakFrame were mapped with; none: not mapped since the list was replaced.
+    std::optional<PeakMapping> m_peakMapping;
+    QVector<QVector<QList<int>>> m_vecPeakGroup;  ///< group numbers per frame and peak
+    QList<QList<Peak3D>> m_listPeakFrameShown;    ///< after the intensity and resolution limits
+    QList<Peak3D> m_listPeakMergedShown;          ///< reflections and the single peaks of streaks
+    QList<Peak3D> m_listPeakMerged;               ///< reflections only
+    QList<QList<Peak3D>> m_listPeakChain;         ///< per nID the frame peaks, centre-relative
+    QVector<QList<Peak3D>> m_vecPeakIndexedOnFrame;
+    std::vector<int> m_vecReflectionFrame;  ///< per nID the frame where the reflection is strongest
+    int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
+    ImageList m_vecFrameImage;              ///< images of the current frame
+    MaskData m_maskPeakHunting;
+    CSpaceGroup m_spaceGroup;
+    bool m_bAutoContrastOnLoad = true;  ///< the next display derives the contrast limits
+    bool m_bRunning = false;
+    bool m_bHuntingRunning = false;
+};
+
+/// Takes leave of the data set: frees the images of the current frame and empties hot pixels, peaks, shifts,
+/// cells, indexed peaks and the hunting mask. Geometry, groups and merged lists stay until they are replaced.
+void clearDataSet(DataSet& data);
+
+/// The file beside the project that is named after it: project folder, "/", project name and the ending as it
+/// is given, such as ".pk" or "_pos.txt".
+QString fileOfProject(const DataSet& data, const QString& strEnding);

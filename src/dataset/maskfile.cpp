@@ -1,0 +1,44 @@
+#include "dataset/maskfile.h"
+
+#include "dataset/textlines.h"
+#include "dataset/textscanner.h"
+
+#include <QHash>
+
+#include <cmath>
+
+int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReason)
+{
+    dropComments(listLine);
+    QList<QPolygonF> listPolygon;
+    QHash<int, int> hashPlace;  // of the polygon with that number
+    int nCorner = 0;
+    for (const QByteArray& strLine : qAsConst(listLine)) {
+        CTextScanner scanner(strLine);
+        int nNumber;
+        double dfX, dfY;
+        if (!scanner.readInt(nNumber) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
+            !std::isfinite(dfX) || !std::isfinite(dfY))
+            continue;
+        ++nCorner;
+        auto it = hashPlace.find(nNumber);
+        if (it == hashPlace.end()) {
+            it = hashPlace.insert(nNumber, listPolygon.size());
+            listPolygon.append(QPolygonF());
+        }
+        listPolygon[it.value()].append(QPointF(dfX, dfY));
+    }
+    if (nCorner < 3) {
+        giveReason(pstrReason, QStringLiteral("%1 corners; 3 are the least").arg(nCorner));
+        return 0;
+    }
+    mask.listPolygon = listPolygon;
+    return listPolygon.size();
+}
+
+int readMaskFile(MaskData& mask, const QString& strFileName, QString* pstrReason)
+{
+    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
+        return readMaskLines(mask, listLine, p);
+    });
+}

@@ -1,0 +1,22 @@
+// Mask files (".msk"): polygons on the frame that peak hunting leaves out.
+#pragma once
+
+#include "dataset/maskdata.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+/// Reads polygons from lines of "number x y", a corner each in raw frame pixels.
+///
+/// Corners with the same number form a polygon, in the order of the file and wherever they stand;
+/// polygons stand in the order in which their numbers first appear. A line without three items, or
+/// with a corner that is not finite, is skipped. A polygon of one or two corners covers nothing, but counts.
+///
+/// @param mask        its polygons are replaced, the fill rule stays
+/// @param pstrReason  may be null; on failure names the file and what is wrong
+/// @return the number of polygons; 0 with fewer than 3 corners in all, and the mask is as it was
+[[nodiscard]] int readMaskFile(MaskData& mask, const QString& strFileName, QString* pstrReason = nullptr);
+
+/// The same for lines, without the name in the reason.
+[[nodiscard]] int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReason = nullptr);

@@ -1,0 +1,154 @@
+#include "dataset/newproject.h"
+
+#include "dataset/framefiles.h"
+#include "dataset/projectfile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QTextCodec>
+
+#include <algorithm>
+#include <cmath>
+
+static const int g_nDigits = 10;           // even steps keep no trace of binary fractions
+static const double g_dfTolerance = 1e-8;  // of what is read back
+static const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
+static const double g_dfGreatestPixelSize = 0.1;                                // Å⁻¹
+
+static QString number(double dfValue)
+{
+    return QString::number(dfValue, 'g', g_nDigits);
+}
+
+static bool isSame(double dfRead, double dfMeant)
+{
+    return std::abs(dfRead - dfMeant) <= g_dfTolerance * std::max(1.0, std::abs(dfMeant));
+}
+
+double pixelSizeFromCameraLength(double dfCameraLength, double dfDetectorPixel, double dfWavelength)
+{
+    if (!(dfCameraLength > 0 && dfDetectorPixel > 0 && dfWavelength > 0))
+        return 0;
+    return dfDetectorPixel * 1e-3 / (dfCameraLength * dfWavelength);
+}
+
+QString proposedProjectFile(const QStringList& listFrame)
+{
+    if (listFrame.isEmpty())
+        return {};
+    const QFileInfo info(listFrame.first());
+    QString strName = info.completeBaseName();
+    for (const QString& strFrame : listFrame) {
+        const QString strOther = QFileInfo(strFrame).completeBaseName();
+        int nSame = 0;
+        while (nSame < qMin(strName.size(), strOther.size()) && strName[nSame] == strOther[nSame])
+            ++nSame;
+        strName.truncate(nSame);
+    }
+    const auto isJoint = [](QChar c) { return c.isDigit() || QStringLiteral("_-. ").contains(c); };
+    while (!strName.isEmpty() && isJoint(strName[strName.size() - 1]))
+        strName.chop(1);
+    if (strName.isEmpty())
+        strName = QFileInfo(info.absolutePath()).fileName();
+    if (strName.isEmpty())
+        strName = QStringLiteral("series");
+    return info.absolutePath() + QLatin1Char('/') + strName + QStringLiteral(".ed3d");
+}
+
+// What is missing before a text can be made at all.
+static QString missingPart(const NewProject& project, const QString& strProjectFile)
+{
+    const int nFrames = project.listFrame.size();
+    if (nFrames == 0)
+        return QStringLiteral("Add the frames of the series.");
+    if (project.tilts.size() != nFrames)
+        return QStringLiteral("%L1 tilts for %L2 frames: there must be one tilt for each frame.")
+            .arg(project.tilts.size())
+            .arg(nFrames);
+    const QList<double>& listTilt = project.tilts.listOverall;
+    if (nFrames > 1 && std::count(listTilt.begin(), listTilt.end(), listTilt.first()) == nFrames)
+        return QStringLiteral("All frames have the same tilt: give the step, the end or a list.");
+    if (!(project.dfWavelength > 0))
+        return QStringLiteral("Give the accelerating voltage or the wavelength.");
+    if (project.dfWavelength < g_dfLeastWavelength || project.dfWavelength > g_dfGreatestWavelength)
+        return QStringLiteral("%1 Å is no wavelength of electrons in a microscope.")
+            .arg(project.dfWavelength);
+    if (!(project.dfPixelSize > 0))
+        return QStringLiteral("Give the pixel size, or the camera length and the detector pixel.");
+    if (project.dfPixelSize > g_dfGreatestPixelSize)
+        return QStringLiteral(
+                   "%1 Å⁻¹ cannot be the size of one pixel: a frame would reach far beyond all "
+                   "reflections.")
+            .arg(project.dfPixelSize);
+    if (strProjectFile.isEmpty())
+        return QStringLiteral("Say where the project file shall stand.");
+    return {};
+}
+
+bool makeProjectText(const NewProject& project, const QString& strProjectFile, QByteArray& bytesText,
+                     QString* pstrReason)
+{
+    const auto fail = [pstrReason](const QString& strReason) {
+        if (pstrReason)
+            *pstrReason = strReason;
+        return false;
+    };
+    const QString strMissing = missingPart(project, strProjectFile);
+    if (!strMissing.isEmpty())
+        return fail(strMissing);
+
+    // Through links: "../x" of a folder that is a link is beside the folder it leads to.
+    QHash<QString, QString> hashFolder;
+    const auto realFolder = [&hashFolder](const QString& strFile) {
+        const QString strFolder = QFileInfo(strFile).absolutePath();
+        if (!hashFolder.contains(strFolder)) {
+            const QString strReal = QFileInfo(strFolder).canonicalFilePath();
+            hashFolder[strFolder] = strReal.isEmpty() ? strFolder : strReal;
+        }
+        return hashFolder[strFolder];
+    };
+    const QDir dir(realFolder(strProjectFile));
+    QString str = QStringLiteral(
+                      "# %1 frames\nWAVELENGTH %2\nROTATIONAXIS %3\nCCDPIXELSIZE %4\n"
+                      "STRETCHINGAMP %5\nSTRETCHINGAZIMUTH %6\nFILELIST\n")
+                      .arg(QString::number(project.listFrame.size()), number(project.dfWavelength),
+                           number(project.dfRotationAxis), number(project.dfPixelSize),
+                           number(project.dfStretchAmplitude), number(project.dfStretchAzimuth));
+    QStringList listName;
+    for (int i = 0; i < project.listFrame.size(); ++i) {
+        const QString strName = dir.relativeFilePath(
+            QDir(realFolder(project.listFrame[i]))
+                .absoluteFilePath(QFileInfo(project.listFrame[i]).fileName()));
+        if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); }))
+            return fail(
+                QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
+        listName.append(strName);
+        // Not by arg(): a name may hold a per cent sign.
+        str += QStringLiteral("FILE ") + strName + QLatin1Char(' ') + number(project.tilts.listStage[i]) +
+               QLatin1Char(' ') + number(project.tilts.listBeam[i]) + QLatin1Char(' ') +
+               number(project.tilts.listOverall[i]) + QLatin1Char('\n');
+    }
+    const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(str + QStringLiteral("ENDFILELIST\n"));
+
+    ProjectFile read;
+    if (!read.readBytes(bytes, strProjectFile))
+        return fail(read.errorText());
+    for (int i = 0; i < listName.size(); ++i)
+        if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i])
+            return fail(QStringLiteral("A project file cannot hold the name \"%1\".").arg(listName[i]));
+    bool bSame = read.frameFiles().size() == listName.size() &&
+                 isSame(read.wavelength(), project.dfWavelength) &&
+                 isSame(read.pixelSize(), project.dfPixelSize) &&
+                 isSame(read.rotationAxis(), project.dfRotationAxis) &&
+                 isSame(read.stretchingAmplitude(), project.dfStretchAmplitude) &&
+                 isSame(read.stretchingAzimuth(), project.dfStretchAzimuth);
+    for (int i = 0; bSame && i < listName.size(); ++i)
+        bSame = isSame(read.stageTilts()[i], project.tilts.listStage[i]) &&
+                isSame(read.beamTilts()[i], project.tilts.listBeam[i]) &&
+                isSame(read.overallTilts()[i], project.tilts.listOverall[i]);
+    if (!bSame)
+        return fail(QStringLiteral("A project file cannot hold one of the numbers."));
+    bytesText = bytes;
+    return true;
+}

@@ -1,0 +1,203 @@
+#include "dataset/opening.h"
+
+#include "dataset/framefiles.h"
+#include "dataset/hotpixelfile.h"
+#include "dataset/pagerounding.h"
+#include "dataset/peaklistfile.h"
+#include "dataset/projectfile.h"
+#include "dataset/shiftfile.h"
+#include "dataset/unitcellfile.h"
+#include "records/beamtiltbreak.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+
+OpenKind openKind(const QStringList& listFile)
+{
+    if (listFile.isEmpty())
+        return OpenKind::nothing;
+    const QString strSuffix = QFileInfo(listFile.first()).suffix().toLower();
+    if (strSuffix == QLatin1String("txt"))
+        return OpenKind::reflectionList;
+    return strSuffix == QLatin1String("ed3d") ? OpenKind::project : OpenKind::images;
+}
+
+QString reasonNotToOpen(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    const bool bImage = openKind({strFile}) == OpenKind::images;
+    if (bImage && !info.exists())
+        return QStringLiteral("%1 does not exist.").arg(strFile);
+    // A pipe would keep whoever looks into it waiting for its writer.
+    bool bUsable = info.isFile() || !info.exists();
+    if (bUsable && bImage && !frameSuffixes().contains(info.suffix().toLower()))
+        bUsable = QImageReader(strFile).canRead();
+    return bUsable ? QString() : QStringLiteral("%1 is neither a project nor an image.").arg(strFile);
+}
+
+void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report)
+{
+    if (parameters.m_bApplyStretching && data.m_dfStretchAmplitude != 0)
+        report.addMessage(QStringLiteral("The stretching set before stays on, as this data set tells none: "
+                                         "%L1 % at %L2°.")
+                              .arg(data.m_dfStretchAmplitude)
+                              .arg(data.m_dfStretchAzimuth),
+                          Qt::red);
+}
+
+// The base name of the project with the extension if that file exists, else the fixed name, which need not.
+static QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName)
+{
+    const QString strOwn = fileOfProject(data, QLatin1Char('.') + strExtension);
+    return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + strFixedName;
+}
+
+// A side file that is not there is no mishap; one that is there and cannot be used is.
+static void addReason(QStringList* plistReason, const QString& strFileName, const QString& strReason)
+{
+    if (plistReason && !strReason.isEmpty() && QFileInfo::exists(strFileName))
+        plistReason->append(strReason);
+}
+
+static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
+{
+    QString strReason;
+    if (!loadHotPixels(data, report, &strReason))
+        addReason(plistReason, data.m_strProjectDir + QStringLiteral("/hotpixels.txt"), strReason);
+}
+
+static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
+{
+    const QString strFile = sideFileName(data, QStringLiteral("pk"), QStringLiteral("peaklist.txt"));
+    QString strReason;
+    const int nResult = readPeakList(data, strFile, report, &strReason);
+    addReason(plistReason, strFile, strReason);
+    if (nResult == 0) {
+        report.addMessage(QStringLiteral("No peaks loaded."));
+        return;
+    }
+    if (data.m_listPeakFrame.size() != data.m_listFrameFile.size()) {
+        report.addMessage(QStringLiteral("Peak list is not used because it contains peaks from %L1 frames, "
+                                         "while the current ed3d file contains %L2 frames.")
+                              .arg(data.m_listPeakFrame.size())
+                              .arg(data.m_listFrameFile.size()),
+                          Qt::red);
+        data.m_listPeakFrame.clear();
+        data.m_peakMapping.reset();
+        return;
+    }
+    int nPeak = 0;
+    for (const QList<Peak3D>& listPeak : qAsConst(data.m_listPeakFrame))
+        nPeak += listPeak.size();
+    report.addMessage(QStringLiteral("%L1 peaks on %L2 frames loaded from %L3.")
+                          .arg(nPeak)
+                          .arg(data.m_listPeakFrame.size())
+                          .arg(strFile));
+}
+
+static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
+{
+    const QString strFile = sideFileName(data, QStringLiteral("sc"), QStringLiteral("shifts.txt"));
+    QString strReason;
+    if (loadShiftFile(data, strFile, report, &strReason) == 0) {
+        addReason(plistReason, strFile, strReason);
+        report.addMessage(QStringLiteral("No shift data loaded."));
+        return;
+    }
+    report.addMessage(QStringLiteral("Shift correction data loaded from %1.").arg(strFile));
+}
+
+static void finishFrames(DataSet& data)
+{
+    if (!data.m_listFrameFile.isEmpty())
+        data.m_strWorkingDir = QFileInfo(data.m_listFrameFile.first()).absolutePath();
+    roundToPages(data);
+    data.m_bAutoContrastOnLoad = true;
+}
+
+bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName, CRunReport& report,
+                 QStringList* plistReason)
+{
+    ProjectFile project;
+    if (!project.read(strFileName)) {
+        report.addMessage(QStringLiteral("Error reading ed3d file: %1").arg(project.errorText()));
+        report.noteReason(project.errorText().contains(strFileName)
+                              ? project.errorText()
+                              : QStringLiteral("%1: %2").arg(strFileName, project.errorText()));
+        return false;
+    }
+    data.m_strProjectDir = project.folder();
+    data.m_strProjectName = project.baseName();
+    data.m_dfPixelSize = project.pixelSize();
+    data.m_dfWavelength = project.wavelength();
+    data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
+    if (project.stretchingAmplitude() >= 0.01) {
+        data.m_dfStretchAmplitude = project.stretchingAmplitude();
+        data.m_dfStretchAzimuth = wrappedAzimuth(project.stretchingAzimuth() + 90);
+        parameters.m_bApplyStretching = true;
+    } else {
+        tellStretchingThatStays(data, parameters, report);
+    }
+    data.m_listStageTilt = project.stageTilts();
+    data.m_listBeamTilt = project.beamTilts();
+    data.m_listOverallTilt = project.overallTilts();
+    data.m_listBeamTiltBreak = beamTiltBreaks(data.m_listBeamTilt);
+    data.m_listFrameFile = project.frameFiles();
+    clearDataSet(data);
+    openHotPixels(data, report, plistReason);
+    openPeakList(data, report, plistReason);
+    report.goOn();
+    openShifts(data, report, plistReason);
+    finishFrames(data);
+    report.goOn();
+    return true;
+}
+
+bool countsAgree(const DataSet& data)
+{
+    return !data.m_listFrameFile.isEmpty() && data.m_listPeakFrame.size() == data.m_listFrameFile.size() &&
+           data.m_listShift.size() == data.m_listFrameFile.size();
+}
+
+bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason)
+{
+    if (!countsAgree(data)) {
+        report.addMessage(
+            QStringLiteral("Frame counts of ED shift, peaks and input ed3d file do not match."));
+        return false;
+    }
+    const QString strFile = sideFileName(data, QStringLiteral("uc"), QStringLiteral("unitcell.txt"));
+    QString strReason;
+    const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
+    if (listCell.size() != 3) {
+        addReason(plistReason, strFile, strReason);
+        return false;
+    }
+    data.m_listCellFound = listCell;
+    data.m_listCell = listCell;
+    report.addMessage(QStringLiteral("Unit cell loaded from %1.").arg(strFile));
+    return true;
+}
+
+bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report, QStringList* plistReason)
+{
+    if (listFile.isEmpty())
+        return false;
+    clearDataSet(data);
+    data.m_listFrameFile = listFile;
+    data.m_listStageTilt.clear();
+    data.m_listBeamTilt.clear();
+    for (int i = 0; i < listFile.size(); ++i) {
+        data.m_listStageTilt.append(0.1 * i);
+        data.m_listBeamTilt.append(0);
+    }
+    data.m_listOverallTilt = data.m_listStageTilt;
+    data.m_listBeamTiltBreak = beamTiltBreaks(data.m_listBeamTilt);
+    if (data.m_strWorkingDir.isEmpty())
+        data.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
+    data.m_strProjectDir = data.m_strWorkingDir;
+    data.m_strProjectName = QFileInfo(listFile.first()).completeBaseName();
+    openHotPixels(data, report, plistReason);
+    finishFrames(data);
+    return true;
+}

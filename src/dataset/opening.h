@@ -1,0 +1,60 @@
+// Opening: makes a data set from a project file or from a plain list of images.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
+
+#include <QString>
+#include <QStringList>
+
+/// What the first of some files says about how to open them all, by its suffix in any case.
+enum class OpenKind {
+    nothing,         ///< no files
+    reflectionList,  ///< "txt": the first file, for the 3D view
+    project,         ///< "ed3d": the first file
+    images           ///< all of them, as frames
+};
+OpenKind openKind(const QStringList& listFile);
+
+/// Why a file is none to begin a data set with; empty when it is one. A project and a text list are left to
+/// their readers. What goes as an image must be there, a regular file, and of a suffix or, for a picture of
+/// another suffix, of a content that a reader of frames knows: results and side files are none of these.
+QString reasonNotToOpen(const QString& strFile);
+
+/// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
+/// what was found.
+///
+/// A stretching amplitude of at least 0.01 is taken over, with the file's azimuth plus 90 modulo 180, and
+/// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are. The rotation
+/// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
+/// (roundToPages()). m_strWorkingDir becomes the folder of the first frame, if there is one.
+///
+/// The caller then maps the peaks if countsAgree(), and calls loadUnitCellAtOpening() in any case.
+///
+/// @param plistReason  may be null; gets a line for each side file that is there but was not used, or only
+///                     in part. The same for the other functions here
+/// @return false when the project cannot be read; nothing but the log has then changed
+[[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
+                               CRunReport& report, QStringList* plistReason = nullptr);
+
+/// Says in red that a stretching which was set before stays in force, as the data set that has just been
+/// opened tells none; nothing where none is. openProject() does so itself.
+void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report);
+
+/// Whether peaks and shifts are there for every frame of the data set, and it has frames: the peaks can be
+/// mapped into reciprocal space.
+bool countsAgree(const DataSet& data);
+
+/// Reads the project's unit cell file, if there is one with three vectors, and puts that cell in force.
+/// Belongs after the mapping of the peaks. Where the counts do not agree it says so, and reads nothing.
+/// @return whether a cell was loaded
+bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
+
+/// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
+/// tilt 0, geometry as it was. The project's folder is m_strWorkingDir, which the caller sets to the folder
+/// of the first file, as for every opening; if it is empty it becomes that folder here.
+///
+/// @return false for an empty list; nothing has then changed
+bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,
+                    QStringList* plistReason = nullptr);

@@ -1,0 +1,109 @@
+#include "dataset/shiftfile.h"
+
+#include "dataset/fixednumber.h"
+#include "dataset/pagerounding.h"
+#include "dataset/textlines.h"
+#include "dataset/textscanner.h"
+#include "records/formerfile.h"
+#include "records/wholefile.h"
+
+#include <QFile>
+
+#include <cmath>
+
+bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
+{
+    dropComments(listLine);
+    if (listLine.size() < 2)
+        return giveReason(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
+    ShiftData shiftRead;
+    CTextScanner scannerCenter(listLine[0]);
+    if (!scannerCenter.readDouble(shiftRead.dfCenterX) || !scannerCenter.readDouble(shiftRead.dfCenterY) ||
+        !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY))
+        return giveReason(pstrReason, QStringLiteral("the first line holds no direct beam"));
+    for (int i = 1; i < listLine.size(); ++i) {
+        CTextScanner scanner(listLine[i]);
+        int nSerial;
+        double dfX, dfY;
+        if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
+            !std::isfinite(dfX) || !std::isfinite(dfY))
+            continue;
+        if (nSerial != shiftRead.listShift.size() + 1)
+            return giveReason(pstrReason, QStringLiteral("serial %1 where %2 should be")
+                                              .arg(nSerial)
+                                              .arg(shiftRead.listShift.size() + 1));
+        shiftRead.listShift.append(QPointF(dfX, dfY));
+    }
+    shift = shiftRead;
+    return true;
+}
+
+bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason)
+{
+    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
+        return readShiftLines(listLine, shift, p);
+    });
+}
+
+int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
+{
+    ShiftData shift;
+    if (!readShiftFile(strFileName, shift, pstrReason))
+        return 0;
+    if (shift.listShift.size() != data.m_listFrameFile.size()) {
+        report.addMessage(QStringLiteral("ED shift data is not used because the ED shift data is from %1 "
+                                         "frames, while there are %2 frames in the current dataset.")
+                              .arg(shift.listShift.size())
+                              .arg(data.m_listFrameFile.size()),
+                          Qt::red);
+        giveReason(pstrReason, strFileName,
+                   QStringLiteral("%1 frames instead of %2")
+                       .arg(shift.listShift.size())
+                       .arg(data.m_listFrameFile.size()));
+        return 0;
+    }
+    const auto isOnPage = [](double df) { return df >= 0 && df <= g_dfMaxCenter; };
+    if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY))
+        report.addMessage(
+            QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
+                           "a page can hold; there it becomes the nearest place within.")
+                .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
+                     QString::number(g_dfMaxCenter)),
+            Qt::red);
+    data.m_dfCenterX = shift.dfCenterX;
+    data.m_dfCenterY = shift.dfCenterY;
+    data.m_listShift = shift.listShift;
+    return 1;
+}
+
+static int countFramesOfFile(const QString& strFileName)
+{
+    ShiftData shift;
+    return QFile::exists(strFileName) && readShiftFile(strFileName, shift) ? shift.listShift.size() : 0;
+}
+
+bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
+{
+    if (strFileName.isEmpty())
+        return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
+    const FormerFiles former = keepFormerFiles({strFileName}, countFramesOfFile, shift.listShift.size(),
+                                               pstrReason);
+    if (former == FormerFiles::Failed)
+        return false;
+    QByteArray strText;
+    appendFixed(strText, shift.dfCenterX, 2, 8);
+    appendFixed(strText, shift.dfCenterY, 2, 8);
+    strText.append('\n');
+    for (int i = 0; i < shift.listShift.size(); ++i) {
+        appendInt(strText, i + 1, 4);
+        appendFixed(strText, shift.listShift[i].x(), 2, 8);
+        appendFixed(strText, shift.listShift[i].y(), 2, 8);
+        strText.append('\n');
+    }
+    if (!writeWholeFile(strFileName, strText, pstrReason))
+        return false;
+    if (former != FormerFiles::NoneWorthKeeping)
+        giveReason(pstrReason,
+                   QStringLiteral("The shifts of more frames are kept as %1.").arg(nameOfKept(strFileName)));
+    return true;
+}

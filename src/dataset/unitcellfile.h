@@ -1,0 +1,27 @@
+// Unit cell files (".uc", "unitcell.txt"): the three reciprocal basis vectors.
+#pragma once
+
+#include "dataset/dataset.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+/// Reads a*, b*, c* in Å⁻¹: the first three lines that are neither empty nor comments begin with
+/// "a*", "b*" and "c*", blanks aside, each followed by three finite numbers.
+///
+/// @param pstrReason  may be null; on failure names the file and what is wrong
+/// @return three vectors, or none on failure
+QList<Vec3D> readUnitCellFile(const QString& strFileName, QString* pstrReason = nullptr);
+
+/// The same for lines, without the name in the reason.
+QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason = nullptr);
+
+/// The text of a unit cell file in UTF-8 with a byte order mark: a comment with the direct cell in Å and
+/// degrees, or that the vectors are co-planar, and a line for each reciprocal vector in Å⁻¹.
+/// Line ends are line feeds on every platform.
+QByteArray unitCellText(const QList<Vec3D>& listCell);
+
+/// Writes m_listCell, whole or not at all; m_strWorkingDir then becomes the file's folder.
+/// @return false when there is no cell of three vectors, the name is empty or the file cannot be written
+[[nodiscard]] bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason = nullptr);

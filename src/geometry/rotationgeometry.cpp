@@ -1,0 +1,91 @@
+#include "geometry/rotationgeometry.h"
+
+#include "geometry/angles.h"
+
+#include <cmath>
+
+QPointF frameCentre(const BeamCentres& centres, int nFrame)
+{
+    const QPointF ptShift = centres.holds(nFrame) ? centres.m_listShift[nFrame] : QPointF();
+    return {centres.m_dfCenterX + ptShift.x(), centres.m_dfCenterY + ptShift.y()};
+}
+
+CMatrix3 rotationZ(double dfDegrees)
+{
+    const double dfCos = std::cos(radians(dfDegrees));
+    const double dfSin = std::sin(radians(dfDegrees));
+    return {dfCos, -dfSin, 0, dfSin, dfCos, 0, 0, 0, 1};
+}
+
+CMatrix3 rotationX(double dfDegrees)
+{
+    const double dfCos = std::cos(radians(dfDegrees));
+    const double dfSin = std::sin(radians(dfDegrees));
+    return {1, 0, 0, 0, dfCos, -dfSin, 0, dfSin, dfCos};
+}
+
+Vec3D rotated(const CMatrix3& matrix, const Vec3D& v)
+{
+    return matrix.multiplied(v);
+}
+
+Vec3D ewaldPoint(const Vec3D& vecFlat, double dfWavelength)
+{
+    // The beam itself is the origin by definition; 1/λ rounded to single would leave it some 1e-6 off.
+    if (vecFlat == Vec3D())
+        return {};
+    const double dfK = 1 / dfWavelength;
+    const Vec3D vecFromCentre = {vecFlat.x, vecFlat.y, vecFlat.z - float(dfK)};
+    const double dfLength = double(length(vecFromCentre));
+    const double dfLift = (dfLength - dfK) / dfLength;
+    return vecFlat - scaledDouble(vecFromCentre, dfLift);
+}
+
+QPointF applyStretching(QPointF pt, double dfAmplitude, double dfAzimuth)
+{
+    const double dfScale = 1 + dfAmplitude / 100 *
+                                   std::cos(2 * (-std::atan2(pt.y(), pt.x()) - radians(dfAzimuth)));
+    return {dfScale * pt.x(), dfScale * pt.y()};
+}
+
+QPointF calPeak2DPosFrame(const BeamCentres& centres, int nFrameNo, QPointF pt)
+{
+    return centres.holds(nFrameNo) ? pt + frameCentre(centres, nFrameNo) : QPointF();
+}
+
+QPointF calPeak2DPosCenterCorrected(const BeamCentres& centres, int nFrameNo, QPointF pt)
+{
+    return centres.holds(nFrameNo) ? pt - frameCentre(centres, nFrameNo) : QPointF();
+}
+
+float calDistanceToRotationAxis(const BeamCentres& centres, double dfRotationAxis, int nFrameNo,
+                                const QPointF& pt)
+{
+    if (!centres.holds(nFrameNo))
+        return 0;
+    const QPointF ptCentre = frameCentre(centres, nFrameNo);
+    // At ±90° the tangent is large and finite, so the quotient needs no special case.
+    const float fTan = float(std::tan(radians(dfRotationAxis)));
+    const float fSquare = fTan * fTan + 1;
+    return float(std::fabs(double(fTan) * (pt.x() - ptCentre.x()) + (pt.y() - ptCentre.y())) /
+                 std::sqrt(double(fSquare)));
+}
+
+float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, int nFrameNo,
+                             const Peak3D& peak)
+{
+    if (!centres.holds(nFrameNo))
+        return 0;
+    const QPointF ptCentre = frameCentre(centres, nFrameNo);
+    double dfAxis = dfRotationAxis;
+    if (dfAxis < -90)
+        dfAxis += 180;
+    if (dfAxis > 90)
+        dfAxis -= 180;
+    const double dfX = peak.dfX2D - ptCentre.x();
+    const double dfY = peak.dfY2D - ptCentre.y();
+    double dfAngle = dfX == 0 ? std::fabs(90 - dfAxis) : std::fabs(degrees(std::atan(-dfY / dfX)) - dfAxis);
+    if (dfAngle > 90)
+        dfAngle = 180 - dfAngle;
+    return float(dfAngle);
+}

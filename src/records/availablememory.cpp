@@ -1,0 +1,82 @@
+#include "records/availablememory.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+const std::uint64_t UNKNOWN = std::numeric_limits<std::uint64_t>::max();
+
+QByteArray content(const QString& strFileName)
+{
+    QFile file(strFileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The number behind a name at the start of a line; UNKNOWN without it.
+std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
+{
+    for (const QByteArray& bytesLine : bytesText.split('\n'))
+        if (bytesLine.startsWith(bytesName + ' ')) {
+            bool bOk = false;
+            const std::uint64_t n =
+                bytesLine.mid(bytesName.size()).simplified().split(' ')[0].toULongLong(&bOk);
+            return bOk ? n : UNKNOWN;
+        }
+    return UNKNOWN;
+}
+
+/// What is left of the limit of one group; UNKNOWN without a limit.
+std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* pszUsed,
+                     const char* pszPrefix)
+{
+    bool bLimit = false, bUsed = false;
+    const std::uint64_t nLimit = content(strGroup + '/' + pszLimit).trimmed().toULongLong(&bLimit);
+    std::uint64_t nUsed = content(strGroup + '/' + pszUsed).trimmed().toULongLong(&bUsed);
+    if (!bLimit || !bUsed)
+        return UNKNOWN;
+    const QByteArray bytesStat = content(strGroup + QStringLiteral("/memory.stat"));
+    for (const char* pszCache : {"active_file", "inactive_file"}) {  // given back when memory runs short
+        const std::uint64_t nCache = valueOf(bytesStat, QByteArray(pszPrefix) + pszCache);
+        nUsed -= nCache == UNKNOWN ? 0 : std::min(nCache, nUsed);
+    }
+    return nLimit - std::min(nLimit, nUsed);
+}
+
+/// The least that the group of this process and the groups around it have left.
+std::uint64_t leftInControlGroup()
+{
+    std::uint64_t nLeft = UNKNOWN;
+    for (const QByteArray& bytesLine : content(QStringLiteral("/proc/self/cgroup")).split('\n')) {
+        const bool bUnified = bytesLine.startsWith("0::");
+        const int nPath = bytesLine.indexOf(':', bytesLine.indexOf(':') + 1) + 1;
+        if (!bUnified && !bytesLine.left(nPath).contains(":memory:"))
+            continue;
+        const QString strRoot = bUnified ? QStringLiteral("/sys/fs/cgroup")
+                                         : QStringLiteral("/sys/fs/cgroup/memory");
+        for (QString strPath = QString::fromLocal8Bit(bytesLine.mid(nPath)); !strPath.isEmpty();
+             strPath.truncate(qMax(0, strPath.lastIndexOf(QLatin1Char('/')))))
+            nLeft = std::min(nLeft, bUnified ? leftIn(strRoot + strPath, "memory.max", "memory.current", "")
+                                             : leftIn(strRoot + strPath, "memory.limit_in_bytes",
+                                                      "memory.usage_in_bytes", "total_"));
+    }
+    return nLeft;
+}
+
+}  // namespace
+
+std::uint64_t availableMemory()
+{
+    const std::uint64_t nKilobytes = valueOf(content(QStringLiteral("/proc/meminfo")), "MemAvailable:");
+    return std::min(nKilobytes > UNKNOWN / 1024 ? UNKNOWN : nKilobytes * 1024, leftInControlGroup());
+}
+
+bool hasMemoryFor(std::uint64_t nBytes)
+{
+    const std::uint64_t nMargin = (std::uint64_t(256) << 20) + nBytes / 16;
+    return nBytes <= UNKNOWN - nMargin && nBytes + nMargin <= availableMemory();
+}

@@ -1,0 +1,61 @@
+#include "records/fileset.h"
+
+#include "records/reason.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+bool CFileSet::add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
+{
+    auto pFile = std::make_unique<CWholeFile>();
+    const bool bWritten = pFile->open(strFileName) && pFile->write(bytes);
+    return take(std::move(pFile), bWritten, pstrReason);
+}
+
+bool CFileSet::addCopy(const QString& strFrom, const QString& strFileName, QString* pstrReason)
+{
+    auto pFile = std::make_unique<CWholeFile>();
+    const bool bWritten = pFile->open(strFileName) && pFile->writeCopy(strFrom);
+    return take(std::move(pFile), bWritten, pstrReason);
+}
+
+bool CFileSet::take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason)
+{
+    if (bWritten && pFile->flush()) {
+        m_vecFile.push_back(std::move(pFile));
+        return true;
+    }
+    if (m_strReason.isEmpty())
+        m_strReason = pFile->reason();
+    return giveReason(pstrReason, pFile->reason());
+}
+
+bool CFileSet::holds(const QString& strFileName) const
+{
+    return std::any_of(m_vecFile.begin(), m_vecFile.end(), [&](const auto& pFile) {
+        return QDir::cleanPath(pFile->fileName()) == QDir::cleanPath(strFileName);
+    });
+}
+
+bool CFileSet::commit(QString* pstrReason)
+{
+    // All that takes time or may fail comes before the first file goes into place.
+    for (const auto& pFile : m_vecFile)
+        if (m_strReason.isEmpty() && !pFile->giveName())
+            m_strReason = pFile->reason();
+    std::size_t nInPlace = 0;
+    while (m_strReason.isEmpty() && nInPlace < m_vecFile.size()) {
+        if (m_vecFile[nInPlace]->exchange())
+            ++nInPlace;
+        else
+            m_strReason = m_vecFile[nInPlace]->reason();
+    }
+    if (!m_strReason.isEmpty())
+        while (nInPlace > 0)
+            m_vecFile[--nInPlace]->goBack();
+    for (const auto& pFile : m_vecFile)
+        pFile->removeBeside();
+    m_vecFile.clear();
+    return m_strReason.isEmpty() || giveReason(pstrReason, m_strReason);
+}

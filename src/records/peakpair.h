@@ -1,0 +1,10 @@
+// PeakPair: two peaks of one frame.
+#pragma once
+
+#include "records/peak3d.h"
+
+/// Two peaks of one frame, side by side.
+struct PeakPair {
+    Peak3D peakFirst;
+    Peak3D peakSecond;
+};

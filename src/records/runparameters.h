@@ -1,0 +1,74 @@
+// The panel parameters of the runs as plain records, with the pages' start values.
+#pragma once
+
+#include "records/hklref.h"
+
+#include <QList>
+
+/// Page "Peak Search". Radii in pixels of the raw frame.
+struct PeakHuntingParameters {
+    double m_dfPeakRadius = 5;             ///< sigma of the narrow Gaussian
+    double m_dfBackgroundRadius = 10;      ///< sigma of the wide Gaussian
+    double m_dfSmoothRadius = 0.5;         ///< sigma of the smoothing the intensities are taken from
+    double m_dfPeakThreshold = 1;          ///< least value of the band-passed image at a peak
+    double m_dfFrameScale = 1;             ///< of the pixels that a run hunts; on no page, for frames whose
+                                           ///< values are so small that a peak list would lose them
+    double m_dfIntegrationRadius = 15;     ///< disc, truncated to int when used
+    double m_dfIntegrationBackground = 3;  ///< ring width, truncated to int when used
+};
+
+/// Groups "Apply Stretching", "Resolution Range" and "Intensity Range" of the merging page.
+/// The stretching values themselves stand in the data set.
+struct MappingParameters {
+    bool m_bApplyStretching = false;
+    double m_dfResolutionMin = 0;  ///< Å⁻¹
+    double m_dfResolutionMax = 1;  ///< Å⁻¹
+    double m_dfIntensityMin = 0;   ///< of dfIPoint
+    double m_dfIntensityMax = 32768;
+};
+
+/// Group "Peak Merging". Lengths in pixels of the frame; times the pixel size in reciprocal space.
+struct PeakMergingParameters {
+    double m_dfMin3DDistance = 10;
+    double m_dfMax2DDistance = 5;
+    double m_dfMin2DLength = 0;
+    double m_dfMax3DLength = 30;
+    bool m_bIntegrate2D = true;              ///< "2D Integration", else "Point"
+    bool m_bIntegrateThroughFrames = false;  ///< "3D Integration", else "Maximum"
+};
+
+/// Group "Unit Cell Range", Å.
+struct CellHuntingParameters {
+    double m_dfCellRangeMin = 3;
+    double m_dfCellRangeMax = 30;
+};
+
+/// Group "Peak Indexing" and the box "Reflection Grouping".
+struct IndexingParameters {
+    double m_dfIndexThreshold = 0.05;
+    int m_nSpaceGroup = 1;  ///< 1 to 230
+    bool m_bOutputIndexing = false;
+    bool m_bOutputStatistics = false;
+    bool m_bOutputRefinedCell = false;
+};
+
+/// Group of the intensity extraction; the settings do not keep these.
+struct ExtractionParameters {
+    int m_nWindowRadius = 10;          ///< radius of the integration disc, pixels
+    int m_nBackgroundSize = 2;         ///< width of the ring around it, pixels
+    double m_dfResolutionLimit = 1.0;  ///< d*, Å⁻¹, of positions predicted from an orientation matrix
+};
+
+/// Page "Unit Cell Refinement".
+struct RefinementParameters {
+    double m_dfRefineIntensityLow = 100;  ///< of dfIPoint; bounds may stand in either order
+    double m_dfRefineIntensityHigh = 32768;
+    double m_dfRefineDStarLow = 1;  ///< Å⁻¹, between the two peaks of a pair
+    double m_dfRefineDStarHigh = 2;
+    bool m_bRefine2D = false;
+    bool m_bOutputPeakList = false;
+    /// A cell that the refined one is compared with if it comes close: a, b, c (Å), α, β, γ (degrees); any
+    /// other count of numbers: none.
+    QList<double> m_listReferenceCell;
+    QList<HKLRef> m_listExcluded;  ///< reflections that the tilt refinements leave out
+};

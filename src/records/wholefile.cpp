@@ -1,0 +1,297 @@
+#include "records/wholefile.h"
+
+#include "records/reason.h"
+#include "records/regularfile.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <random>
+
+namespace {
+
+const int g_nMaxLinks = 40;      // as many as the system follows
+const int g_nMaxNames = 100;     // tried before a folder counts as full of them
+const int g_nLongestName = 255;  // bytes, of a file in its folder
+const qint64 g_nCopyBytes = 1 << 20;
+
+/// Folder with its slash, or empty.
+QByteArray folderOf(const QByteArray& strPath)
+{
+    return strPath.left(strPath.lastIndexOf('/') + 1);
+}
+
+/// What a chain of symbolic links leads to, whether it exists or not.
+QByteArray behindLinks(QByteArray strPath)
+{
+    for (int i = 0; i < g_nMaxLinks; ++i) {
+        char szTarget[PATH_MAX];
+        const ssize_t nLength = ::readlink(strPath.constData(), szTarget, sizeof(szTarget));
+        if (nLength < 0)
+            break;
+        const QByteArray strTarget(szTarget, int(nLength));
+        strPath = strTarget.startsWith('/') ? strTarget : folderOf(strPath) + strTarget;
+    }
+    return strPath;
+}
+
+/// The name of a file with a dot and six characters more, cut where the file system allows no longer one.
+QByteArray nameBeside(const QByteArray& strPath)
+{
+    static const char s_szLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    const int nSuffix = 7;
+    const QByteArray strFolder = folderOf(strPath);
+    QByteArray strName = strPath.mid(strFolder.size());
+    while (strName.size() > g_nLongestName - nSuffix) {
+        // whole characters of UTF-8
+        do {
+            strName.chop(1);
+        } while (!strName.isEmpty() && (strName.at(strName.size() - 1) & 0xC0) == 0x80);
+    }
+    std::random_device random;
+    strName += '.';
+    for (int i = 1; i < nSuffix; ++i)
+        strName += s_szLetters[random() % (sizeof(s_szLetters) - 1)];
+    return strFolder + strName;
+}
+
+/// The name by which the system knows an open file.
+QByteArray pathOfOpenFile(int nFile)
+{
+    return "/proc/self/fd/" + QByteArray::number(nFile);
+}
+
+bool flushIsUnknown(int nError)
+{
+    return nError == EINVAL || nError == EROFS || nError == ENOSYS || nError == ENOTSUP;
+}
+
+}  // namespace
+
+CWholeFile::~CWholeFile()
+{
+    discard();
+}
+
+bool CWholeFile::fail(const QString& strWhat)
+{
+    if (m_strReason.isEmpty())
+        giveReason(&m_strReason, m_strFileName, strWhat);
+    return false;
+}
+
+bool CWholeFile::failBySystem()
+{
+    return fail(qt_error_string(errno));
+}
+
+bool CWholeFile::open(const QString& strFileName)
+{
+    m_strFileName = strFileName;
+    if (strFileName.isEmpty())
+        return giveReason(&m_strReason, QStringLiteral("no name for the file"));
+    const QByteArray strName = QFile::encodeName(strFileName);
+    struct stat info = {};
+    const bool bExists = ::stat(strName.constData(), &info) == 0;
+    if (bExists && S_ISDIR(info.st_mode))
+        return fail(QStringLiteral("is a folder"));
+    // A file that its owner has protected is not replaced either, though its folder would allow it.
+    if (bExists && ::access(strName.constData(), W_OK) != 0)
+        return failBySystem();
+    m_bDirect = bExists && !S_ISREG(info.st_mode);
+    if (m_bDirect) {
+        // A pipe that nobody reads fails, instead of waiting for a reader.
+        m_nFile = ::open(strName.constData(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+        return (m_nFile >= 0 && ::fcntl(m_nFile, F_SETFL, 0) == 0) || failBySystem();
+    }
+    m_strPlace = behindLinks(strName);
+    const QByteArray strFolder = folderOf(m_strPlace);
+#ifdef O_TMPFILE
+    m_nFile = ::open(strFolder.isEmpty() ? "." : strFolder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC,
+                     0666);
+    if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0)
+        closeFile();  // without /proc it would never get a name
+#endif
+    if (m_nFile < 0 && !makeNamed())
+        return failBySystem();
+    if (bExists)
+        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // not every file system knows permissions
+    return true;
+}
+
+bool CWholeFile::makeNamed()
+{
+    for (int i = 0; i < g_nMaxNames; ++i) {
+        const QByteArray strBeside = nameBeside(m_strPlace);
+        m_nFile = ::open(strBeside.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+        if (m_nFile >= 0) {
+            m_strBeside = strBeside;
+            return true;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return false;
+}
+
+bool CWholeFile::write(const void* pData, qint64 nBytes)
+{
+    if (!m_strReason.isEmpty() || m_nFile < 0)
+        return fail(QStringLiteral("not open"));
+    const char* p = static_cast<const char*>(pData);
+    while (nBytes > 0) {
+        const ssize_t nWritten = ::write(m_nFile, p, size_t(nBytes));
+        if (nWritten < 0 && errno == EINTR)
+            continue;
+        if (nWritten < 0)
+            return failBySystem();
+        // A disk that has just become full takes a part; what is left then fails with the reason.
+        p += nWritten;
+        nBytes -= nWritten;
+    }
+    return true;
+}
+
+bool CWholeFile::writeCopy(const QString& strFrom)
+{
+    QFile file(strFrom);
+    QString strWhat;
+    if (!m_strReason.isEmpty())
+        return false;
+    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat))
+        return giveReason(&m_strReason, strFrom, strWhat);
+    QByteArray bytes;
+    do {
+        bytes = file.read(g_nCopyBytes);
+        if (file.error() != QFileDevice::NoError)
+            return giveReason(&m_strReason, strFrom, file.errorString());
+    } while (!bytes.isEmpty() && write(bytes));
+    return m_strReason.isEmpty();
+}
+
+/// Brings what was written to the disk. File systems of a network tell only here that it is full.
+bool CWholeFile::flush()
+{
+    if (!m_strReason.isEmpty() || m_nFile < 0)
+        return fail(QStringLiteral("not open"));
+    if (!m_bDirect && !m_bFlushed && ::fdatasync(m_nFile) != 0 && !flushIsUnknown(errno))
+        return failBySystem();
+    m_bFlushed = true;
+    return true;
+}
+
+/// Gives the file its name beside its place, if it has none, and closes it.
+bool CWholeFile::giveName()
+{
+    if (m_bDirect)
+        return closeFile() || failBySystem();
+    for (int i = 0; m_strBeside.isEmpty() && i < g_nMaxNames; ++i) {
+        const QByteArray strBeside = nameBeside(m_strPlace);
+        if (::linkat(AT_FDCWD, pathOfOpenFile(m_nFile).constData(), AT_FDCWD, strBeside.constData(),
+                     AT_SYMLINK_FOLLOW) == 0)
+            m_strBeside = strBeside;
+        else if (errno != EEXIST)
+            break;
+    }
+    if (m_strBeside.isEmpty())
+        return failBySystem();
+    return closeFile() || failBySystem();
+}
+
+bool CWholeFile::closeFile()
+{
+    const int nFile = m_nFile;
+    m_nFile = -1;
+    return ::close(nFile) == 0 || errno == EINTR;
+}
+
+bool CWholeFile::commit(QString* pstrReason)
+{
+    bool bDone = flush() && giveName();
+    if (bDone && !m_bDirect) {
+        bDone = std::rename(m_strBeside.constData(), m_strPlace.constData()) == 0 || failBySystem();
+        if (bDone)
+            m_strBeside.clear();
+    }
+    discard();
+    return bDone || giveReason(pstrReason, m_strReason);
+}
+
+/// Puts a file that has its name beside into place, and the former one, if there is one, beside.
+bool CWholeFile::exchange()
+{
+    if (m_bDirect)
+        return true;
+    const char* const pszPlace = m_strPlace.constData();
+    struct stat info = {};
+    m_bReplaced = ::lstat(pszPlace, &info) == 0;
+    if (m_bReplaced && S_ISDIR(info.st_mode))  // since the file was opened
+        return fail(QStringLiteral("is a folder"));
+    if (!m_bReplaced) {
+        if (std::rename(m_strBeside.constData(), pszPlace) != 0)
+            return failBySystem();
+        m_strBeside.clear();
+        return true;
+    }
+    // Freeing the room of a file takes a hundred times as long as all the names here. Held open, it is freed
+    // after the names of the whole set are in order.
+    m_nFormer = ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW);
+#ifdef RENAME_EXCHANGE
+    if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0)
+        return true;
+#endif
+    // A file system that cannot exchange: in two steps.
+    const QByteArray strFormer = nameBeside(m_strPlace);
+    if (std::rename(pszPlace, strFormer.constData()) != 0)
+        return failBySystem();
+    if (std::rename(m_strBeside.constData(), pszPlace) != 0) {
+        failBySystem();
+        std::rename(strFormer.constData(), pszPlace);
+        return false;
+    }
+    m_strBeside = strFormer;
+    return true;
+}
+
+/// Undoes exchange().
+void CWholeFile::goBack()
+{
+    if (m_bDirect)
+        return;
+    if (m_bReplaced)
+        std::rename(m_strBeside.constData(), m_strPlace.constData());
+    else
+        ::unlink(m_strPlace.constData());
+    m_strBeside.clear();  // should the former file not go back, it stays there
+}
+
+void CWholeFile::removeBeside()
+{
+    if (!m_strBeside.isEmpty())
+        ::unlink(m_strBeside.constData());
+    m_strBeside.clear();
+}
+
+void CWholeFile::discard()
+{
+    if (m_nFile >= 0)
+        closeFile();
+    removeBeside();
+    if (m_nFormer >= 0)
+        ::close(m_nFormer);
+    m_nFormer = -1;
+}
+
+bool writeWholeFile(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
+{
+    CWholeFile file;
+    file.open(strFileName);
+    file.write(bytes);
+    return file.commit(pstrReason);
+}

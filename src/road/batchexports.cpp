@@ -1,0 +1,105 @@
+#include "road/batchexports.h"
+
+#include "dataset/pagerounding.h"
+#include "crystal/indexedpeaklist.h"
+#include "frames/frameloader.h"
+#include "frames/imageseries.h"
+#include "frames/scaledframes.h"
+#include "frames/smvexport.h"
+#include "imaging/contrast.h"
+#include "reciprocal/volumeexport.h"
+#include "road/filestamp.h"
+
+#include <QDir>
+
+namespace {
+
+struct Contrast {
+    double dfMin = 0;
+    double dfMax = 0;
+};
+
+/// The limits given, and for one that is not, what the boxes show when the first frame comes up.
+std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSet& dataSet,
+                                       CRunReport& report)
+{
+    Contrast contrast;
+    if (!exports.dfContrastMin || !exports.dfContrastMax) {
+        ImageList vecImage;
+        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile.first(), dataSet.m_listHotPixel, report) ||
+            vecImage.empty()) {
+            report.fail(QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()));
+            return {};
+        }
+        const CImgObj<float>& image = *vecImage.front();
+        autoContrastLimits(image.Data(), image.Width() * image.Height(), &contrast.dfMin, &contrast.dfMax);
+    }
+    contrast.dfMin = spinBoxValue(exports.dfContrastMin.value_or(contrast.dfMin), 2, -1000000, 1000000);
+    contrast.dfMax = spinBoxValue(exports.dfContrastMax.value_or(contrast.dfMax), 2, -1000000, 1000000);
+    report.addMessage(QStringLiteral("Contrast limits %1 and %2.").arg(contrast.dfMin).arg(contrast.dfMax));
+    if (contrast.dfMin > contrast.dfMax) {
+        report.addMessage(
+            QStringLiteral("Warning: the contrast limits are the wrong way round; what is bright comes out "
+                           "dark."),
+            Qt::red);
+    }
+    return contrast;
+}
+
+bool exportPictures(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
+{
+    const QString strFolder = exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir
+                                                                 : exports.strPictureFolder;
+    if (!QDir().mkpath(strFolder)) {
+        report.fail(QStringLiteral("%1: the folder cannot be made.").arg(strFolder));
+        return false;
+    }
+    const std::optional<Contrast> contrast = contrastLimits(exports, dataSet, report);
+    return contrast && saveSeries(dataSet, strFolder, QLatin1Char('.') + exports.strPictureFormat,
+                                  contrast->dfMin, contrast->dfMax, report);
+}
+
+bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
+{
+    VolumeExportParameters parameters;
+    parameters.nEdge = exports.nVolumeEdge;
+    parameters.bScaled = exports.bVolumeScaled;
+    if (parameters.bScaled) {
+        const std::optional<Contrast> contrast = contrastLimits(exports, dataSet, report);
+        if (!contrast) {
+            return false;
+        }
+        parameters.dfContrastMin = contrast->dfMin;
+        parameters.dfContrastMax = contrast->dfMax;
+    }
+    return exportReciprocalVolume(dataSet, parameters, report);
+}
+
+bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
+{
+    const QString strFile = fileOfProject(dataSet, QStringLiteral(".ipf"));
+    const FileStamp stamp = FileStamp::of(strFile);
+    outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
+                                     dataSet.m_strProjectName, report);
+    return replacedSince(stamp, strFile);
+}
+
+}  // namespace
+
+bool runBatchExport(const QString& strKind, const BatchExports& exports, const DataSet& dataSet,
+                    CRunReport& report)
+{
+    switch (batchExportNames().indexOf(strKind)) {
+        case 0:
+            return exportSMVImages(dataSet, report);
+        case 1:
+            return exportBinnedFrames(dataSet, exports.dfScale, report);
+        case 2:
+            return exportVolume(exports, dataSet, report);
+        case 3:
+            return exportPictures(exports, dataSet, report);
+        case 4:
+            return exportIndexedPeaks(dataSet, report);
+    }
+    return false;
+}

@@ -1,0 +1,108 @@
+// MainWindow: indexing of the merged reflections, and lists of reflections that are loaded for a look.
+#include "window/mainwindow.h"
+
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
+#include "crystal/hkl3d.h"
+#include "reciprocal/indexing.h"
+#include "window/pages/cellpage.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+#include "view3d/quietview.h"
+
+#include <QApplication>
+#include <QDoubleSpinBox>
+#include <QFileDialog>
+#include <QPushButton>
+
+void MainWindow::runIndexing()
+{
+    if (refuseDuringRun(tr("Indexing")))
+        return;
+    syncParametersWithControls(true);
+    QList<Peak3D> listSelection;
+    // Without a cell the run says so before anything is chosen.
+    if (m_dataSet.m_listCell.size() == 3 && !selectReflectionsForProcessing(listSelection))
+        return;
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QPushButton* pButton = m_pCellPage->m_pButtonIndexMergedPeaks;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    pButton->setEnabled(false);
+    const IndexingParameters indexing = m_indexing;
+    guarded([&] {
+        ::runIndexing(m_dataSet, listSelection, indexing, report,
+                      [this](const IndexingResult& result) { showIndexing(result); });
+    });
+    QApplication::restoreOverrideCursor();
+    pButton->setEnabled(true);
+}
+
+void MainWindow::showIndexing(const IndexingResult& result)
+{
+    m_listReflectionIndexed = result.listIndexed;
+    m_listCellIndexed = m_dataSet.m_listCell;
+    m_pView3DMerged->setIndices(result.listSelection);
+    const struct {
+        QString strLabel;
+        const QList<int>& listId;
+        Qt::GlobalColor color;
+    } aGroup[] = {{QStringLiteral("Duplicated"), result.listDuplicatedID, Qt::green},
+                  {QStringLiteral("Unindexed"), result.listUnindexedID, Qt::red},
+                  {QStringLiteral("On edge"), result.listOnEdgeID, Qt::magenta}};
+    for (const auto& group : aGroup)
+        if (!group.listId.isEmpty())
+            m_pView3DMerged->insertPointGroupById(m_pView3DMerged->groupLabels().size(), group.strLabel,
+                                                  group.listId, group.color);
+    update3DViewControls();
+    updatePeakTable(result.listIndexed);
+    showPeakText();
+    showEstimatedPeakPosition();
+}
+
+void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak)
+{
+    const QuietView quiet(*m_pView3DMerged);
+    m_pView3DMerged->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
+    m_pView3DMerged->setPoints(listPeak);
+    if (!listStreak.isEmpty())
+        m_pView3DMerged->insertPointGroup(1, QStringLiteral("Streaks"), listStreak, Qt::cyan);
+    float afRotation[16];
+    float fPanX = 0, fPanY = 0, fZoom = 0;
+    m_pView3DRaw->getCamera(afRotation, fPanX, fPanY, fZoom);
+    m_pView3DMerged->setCamera(afRotation, fPanX, fPanY, fZoom);
+}
+
+bool MainWindow::loadShelxFile()
+{
+    if (refuseDuringRun(tr("Loading reflections")))
+        return false;
+    QString strFile;
+    if (m_dataSet.m_listCell.size() == 3) {  // without a cell the reader says so
+        syncParametersWithControls(true);
+        strFile = QFileDialog::getOpenFileName(this, tr("Load an HKL file"), m_dataSet.m_strWorkingDir,
+                                               tr("HKL File (*.hkl);;All Files (*.*)"));
+        if (strFile.isEmpty())
+            return false;
+    }
+    WindowReport report(*this);
+    QList<Peak3D> listPeak;
+    bool bShown = false;
+    bool bLoaded = false;
+    guarded([&] {
+        bLoaded = ::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
+        if (bShown)
+            showReflectionList(listPeak);
+    });
+    return bLoaded;
+}
+
+void MainWindow::showReflectionList(const QList<Peak3D>& listPeak)
+{
+    m_dataSet.m_listPeakMerged = listPeak;
+    m_dataSet.m_listPeakMergedShown = listPeak;
+    // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
+    m_dataSet.m_listPeakChain.clear();
+    showInMergedView(listPeak, {});
+    updatePeakTable(listPeak);
+}

@@ -1,0 +1,117 @@
+// MainWindow: refinements of the cell and of the direct beam from the indexed peaks.
+#include "window/mainwindow.h"
+
+#include "records/timestamp.h"
+#include "window/windowreport.h"
+#include "window/pages/refinementpage.h"
+#include "crystal/peakpairs.h"
+#include "frames/positionrefinement.h"
+#include "reciprocal/cellfromdifferences.h"
+#include "reciprocal/directbeamrefinement.h"
+#include "reciprocal/expectedframes.h"
+#include "reciprocal/tiltrefinement.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <utility>
+
+void MainWindow::runUnitCellRefinement()
+{
+    bool& bRunning = m_dataSet.m_bRunning;
+    runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+        if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
+            return;
+        const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
+            QVector<QList<Peak3D>> vecRefined;
+            // That run holds the flag itself.
+            if (!std::exchange(bRunning, false))
+                return vecRefined;
+            clearFrameMarks();
+            bool bFinished = false;
+            vecRefined = ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report),
+                                              &bFinished);
+            bRunning = bFinished;
+            return vecRefined;
+        };
+        m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
+        guarded([&] { ::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });
+        m_pRefinementPage->m_pButtonRunRefinement->setEnabled(true);
+    });
+}
+
+void MainWindow::refineDirectBeamPosition()
+{
+    if (stopsRun() || !holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame))
+        return;
+    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+        const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
+                                    m_dataSet.m_dfPixelSize};
+        // copies: the data set may change under the run through waiting events
+        const QVector<QList<Peak3D>> vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
+        const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
+        const QVector<DifferenceMap> vecMap = ::refineDirectBeamPosition(
+            vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
+            report);
+        const bool bGoing = report.goOn();
+        if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
+                                  [](const DifferenceMap& map) { return map.nPairs == 0; }))
+            report.addMessage(tr("No two peaks of a frame lie within the d* range of the page \"Unit Cell "
+                                 "Refinement\"."),
+                              Qt::red);
+        if (!bGoing)
+            report.addMessage(
+                tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()),
+                Qt::red);
+    });
+}
+
+void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& fnRun)
+{
+    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
+        const bool bCell = m_dataSet.m_listCell.size() == 3;  // without one the run says so
+        if (bCell && m_listReflectionIndexed.isEmpty())
+            report.addMessage(
+                QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+        else if (!bCell || holdsIndicesOfCell(report))
+            fnRun(report);
+    });
+}
+
+bool MainWindow::holdsIndicesOfCell(CRunReport& report)
+{
+    if (m_listCellIndexed == m_dataSet.m_listCell)
+        return true;
+    report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
+                         "again first."),
+                      Qt::red);
+    return false;
+}
+
+TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
+{
+    TiltRefinementOptions options;
+    options.dfWavelength = wavelengthOfTilts(m_dataSet, report);
+    options.listExcluded = m_refinement.m_listExcluded;
+    options.strLatticeHost = m_strLatticeHost;
+    return options;
+}
+
+void MainWindow::refineBasisVectors()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        ::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
+    });
+}
+
+void MainWindow::refineUnitCellUsingFrameNo()
+{
+    withIndexedReflections([this](CRunReport& report) {
+        const TiltRefinementOptions options = tiltOptions(report);
+        TiltRefinement result;
+        ::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
+        if (result.bDone)
+            ::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet, report,
+                                 options, result.bExchanged);
+    });
+}

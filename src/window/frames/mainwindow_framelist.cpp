@@ -1,0 +1,152 @@
+// MainWindow: the table of files and the current frame.
+#include "window/mainwindow.h"
+
+#include "window/pages/pagecontrols.h"
+#include "window/windowreport.h"
+#include "frames/frameloader.h"
+#include "window/pages/framespage.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/shiftpage.h"
+#include "frameview/originalimgscene.h"
+#include "frameview/textdatawidget.h"
+#include "imaging/contrast.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFileInfo>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTableWidget>
+
+namespace {
+
+QString degreesText(double dfDegrees, int nDecimals)
+{
+    return QStringLiteral("%L1°").arg(dfDegrees, 6, 'f', nDecimals);
+}
+
+}  // namespace
+
+void MainWindow::fillFileTable()
+{
+    QTableWidget* pTable = m_pFramesPage->m_pFileTable;
+    // The rows come without a current one: the frame is shown when its number is set.
+    const QSignalBlocker blocker(pTable);
+    pTable->setUpdatesEnabled(false);
+    pTable->clearContents();
+    pTable->setRowCount(0);
+    const DataSet& dataSet = m_dataSet;
+    const int nFrames = dataSet.m_listFrameFile.size();
+    if (nFrames > 0)
+        m_dataSet.m_strWorkingDir = QFileInfo(dataSet.m_listFrameFile.first()).absolutePath();
+    pTable->setRowCount(nFrames);
+    for (int i = 0; i < nFrames; ++i) {
+        setRightItem(pTable, i, 0, QFileInfo(dataSet.m_listFrameFile[i]).fileName());
+        setRightItem(pTable, i, 1, degreesText(dataSet.m_listStageTilt.value(i), 2));
+        setRightItem(pTable, i, 2, degreesText(dataSet.m_listBeamTilt.value(i), 2));
+        setRightItem(pTable, i, 3, degreesText(dataSet.m_listOverallTilt.value(i), 3));
+    }
+    pTable->setUpdatesEnabled(true);
+}
+
+void MainWindow::switchToImgIndex(int nIndex)
+{
+    // Before the controls are touched: they clamp a number beyond their range, and would show a frame
+    // that nobody asked for.
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    WindowReport report(*this);
+    if (nIndex < 1 || nIndex > nFrames) {
+        report.addMessage(QStringLiteral("Invalid file index: %1").arg(nIndex), Qt::red);
+        return;
+    }
+    // Each control that is set enters here again by its signal; only the call that finds all of them on
+    // the number goes on, so a frame is loaded once.
+    bool bSame = true;
+    if (m_pFrameSpin->value() != nIndex) {
+        bSame = false;
+        m_pFrameSpin->setValue(nIndex);
+    }
+    if (m_pFrameSlider->value() != nIndex) {
+        bSame = false;
+        m_pFrameSlider->setValue(nIndex);
+    }
+    QTableWidget* pTable = m_pFramesPage->m_pFileTable;
+    if (pTable->currentRow() != nIndex - 1) {
+        pTable->setCurrentCell(nIndex - 1, 0);
+        return;
+    }
+    if (!bSame)
+        return;
+    if (isPumping()) {  // the images in memory are the run's
+        m_nFrameAsked = nIndex;
+        return;
+    }
+
+    releaseFrameImages(m_dataSet.m_vecFrameImage);
+    const bool bLoaded = loadFrame(m_dataSet.m_vecFrameImage, m_dataSet.m_listFrameFile[nIndex - 1],
+                                   m_dataSet.m_listHotPixel, report) != 0 &&
+                         !m_dataSet.m_vecFrameImage.empty();
+    emit frameLoaded(nIndex, bLoaded);
+    if (!bLoaded) {  // the loader said why; the view keeps what it showed
+        renewPixelReadout();
+        return;
+    }
+    if (m_dataSet.m_bAutoContrastOnLoad)
+        setAutoContrast();
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+        testCurrentPatternForPeaks();
+    else
+        clearCrossMarks();
+    clearCircleMarks();  // a run left them on its own last frame
+    showPeakText();
+    showEstimatedPeakPosition();
+    showRotationAxisLine();
+    refreshImageView();
+    if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
+        selSizeChanged2();  // this frame has no room for the region of the former one
+    renewPixelReadout();
+}
+
+void MainWindow::currentFileChangedInFileList(int nCurrentRow)
+{
+    if (nCurrentRow >= 0)  // −1: a table that was emptied
+        switchToImgIndex(nCurrentRow + 1);
+}
+
+void MainWindow::refreshImageView()
+{
+    const ImageList& vecImage = m_dataSet.m_vecFrameImage;
+    if (vecImage.empty())
+        return;
+    guarded([&] {
+        if (m_pFrameScene->imageSize() != QSize(vecImage.front()->Width(), vecImage.front()->Height()))
+            m_pTextData->clearImages();  // where the grid stood there may be no pixel now
+        const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
+                                                   m_pFramesPage->m_pContrastMaxSpin->value()});
+        m_pFrameScene->setImagesLimits(vecImage, vecLimit);
+        m_pTextData->setImage(vecImage.front().get());
+        const int nShown = m_pFrameScene->currentIndex();
+        if (nShown >= 0 && nShown < int(m_pFrameScene->images().size()))
+            m_pTextData->setByteImage(m_pFrameScene->images()[nShown].get());
+        m_pTextData->refresh();
+    });
+}
+
+void MainWindow::setAutoContrast()
+{
+    if (m_dataSet.m_vecFrameImage.empty())
+        return;
+    const CImgObj<float>& img = *m_dataSet.m_vecFrameImage.front();
+    double dfLow = 0;
+    double dfHigh = 0;
+    if (!autoContrastLimits(img.Data(), img.Width() * img.Height(), &dfLow, &dfHigh))
+        return;
+    const bool bConnected = m_bPanelConnected;
+    connectPanelSignals(false);
+    m_pFramesPage->m_pContrastMinSpin->setValue(dfLow);
+    m_pFramesPage->m_pContrastMaxSpin->setValue(dfHigh);
+    connectPanelSignals(bConnected);
+    m_dataSet.m_bAutoContrastOnLoad = false;  // these limits hold for the series
+}

@@ -1,0 +1,124 @@
+// MainWindow: the run of peak hunting and its preview on the frame in view.
+#include "window/mainwindow.h"
+
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
+#include "frames/framehunt.h"
+#include "window/pages/peaksearchpage.h"
+#include "frames/peakhunting.h"
+#include "frames/peakpositions.h"
+#include "frames/smoothedimage.h"
+#include "frameview/originalimgscene.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QStatusBar>
+#include <QThread>
+
+namespace {
+
+const int g_nCrossSize = 5;
+
+}  // namespace
+
+void MainWindow::runPeakHunting()
+{
+    runWithButton(m_dataSet.m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
+        clearFrameMarks();
+        PeakHuntingOptions options;
+        options.bStopAsked = !m_dataSet.m_bHuntingRunning;  // a second click came before the first frame
+        // The run sets the flag itself, and takes one that stands already for a second click.
+        m_dataSet.m_bHuntingRunning = false;
+        options.nJobs = QThread::idealThreadCount();
+        options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
+            if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
+                clearCrossMarks();
+                clearCircleMarks();
+                return;
+            }
+            showCrossMarks(peakPositions(listPeak), Qt::green, g_nCrossSize);
+            refreshImageView();
+        };
+        options.fnAfterStored = [&] {
+            forgetRawGroups();
+            transformPeaksTo3D();
+            showPeaksIn3D();
+            if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())
+                peakReduction3D();
+            else
+                report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
+                                     "shift evaluation, or load a shift file, and then merge."),
+                                  Qt::red);
+            m_pTabWidget->setCurrentIndex(1);
+        };
+        ::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
+    });
+}
+
+void MainWindow::testCurrentPatternForPeaks()
+{
+    if (isFrameInUse())  // and so are the filters
+        return;
+    WindowReport report(*this);
+    if (m_dataSet.m_vecFrameImage.empty()) {
+        report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
+        return;
+    }
+    syncParametersWithControls(true);
+    guarded([this] {
+        FrameHuntWork work;
+        const FramePeaks peaks = huntFrame(*m_dataSet.m_vecFrameImage.front(), m_hunting,
+                                           m_dataSet.m_maskPeakHunting, m_peakFilters, work);
+        if (!peaks.bHunted)
+            return;
+        QList<QPointF> listPos;
+        listPos.reserve(peaks.listX.size());
+        for (int i = 0; i < peaks.listX.size(); ++i)
+            listPos.append({peaks.listX[i], peaks.listY[i]});
+        showCrossMarks(listPos, Qt::green, g_nCrossSize);
+        m_pFrameScene->update();
+        // In the status bar, as the preview comes with each frame and each turn of a number.
+        const QString strTooMany = tr(
+            "More than 1 % of the pixels are peak candidates, which is noise: none is "
+            "taken. Raise the threshold.");
+        if (peaks.bTooMany)
+            statusBarMessage(strTooMany);
+        else if (statusBar()->currentMessage() == strTooMany)
+            statusBarMessage({});
+    });
+}
+
+void MainWindow::peakHuntingParametersChanged()
+{
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+        testCurrentPatternForPeaks();
+}
+
+void MainWindow::visualMoniteringPeakHuntingToggled(bool bEnabled)
+{
+    if (bEnabled) {
+        testCurrentPatternForPeaks();
+        return;
+    }
+    clearCrossMarks();
+    refreshImageView();
+}
+
+void MainWindow::refreshPeakMarks()
+{
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
+        testCurrentPatternForPeaks();
+        return;
+    }
+    clearCrossMarks();
+    m_pFrameScene->update();
+}
+
+void MainWindow::outputSmoothedImage(const QString& strFileName)
+{
+    if (m_dataSet.m_vecFrameImage.empty() || isPumping())
+        return;
+    syncParametersWithControls(true);
+    WindowReport report(*this);
+    ::outputSmoothedImage(*m_dataSet.m_vecFrameImage.front(), m_hunting, m_peakFilters, strFileName, report);
+}

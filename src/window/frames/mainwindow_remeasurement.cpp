@@ -1,0 +1,124 @@
+// MainWindow: what is measured again on the frames - the direct beam, positions and intensities of known
+// peaks.
+#include "window/mainwindow.h"
+
+#include "window/tabwidget.h"
+#include "window/waitalive.h"
+#include "window/windowreport.h"
+#include "frames/directbeamfit.h"
+#include "frames/intensityextraction.h"
+#include "window/pages/extractionpage.h"
+#include "window/pages/peaksearchpage.h"
+#include "frames/positionrefinement.h"
+#include "frameview/originalimgscene.h"
+
+#include <QCheckBox>
+#include <QThread>
+
+#include <algorithm>
+
+namespace {
+
+const int g_nCrossSize = 5;
+const int g_nLookTime = 1000;  // ms that the crosses of a frame can be looked at
+
+}  // namespace
+
+bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
+{
+    if (std::any_of(vecPeak.begin(), vecPeak.end(),
+                    [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
+        return true;
+    WindowReport(*this).addMessage(
+        QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+    return false;
+}
+
+bool MainWindow::canMeasure(const QVector<QList<Peak3D>>& vecPeak)
+{
+    // Another number of frames is for the run to tell; a run on no peak at all would only put others away.
+    return vecPeak.size() != m_dataSet.m_listFrameFile.size() || holdsPeaks(vecPeak);
+}
+
+bool MainWindow::fitDirectBeam()
+{
+    if (m_dataSet.m_listFrameFile.isEmpty()) {
+        WindowReport(*this).addMessage(tr("There are no frames."), Qt::red);
+        return false;
+    }
+    return runOnFrames(m_pExtractionPage->m_pButtonRun, [this](CRunReport& report) {
+        ::fitDirectBeam(m_dataSet, report, [this](const DirectBeamOnFrame& beam) {
+            showCircleMarks({beam.ptFitted});
+            refreshImageView();
+        });
+    });
+}
+
+PositionRefinementOptions MainWindow::positionOptions(CRunReport& report)
+{
+    PositionRefinementOptions options;
+    options.nJobs = QThread::idealThreadCount();
+    options.bConstantBackground = m_bConstantBackground;
+    const auto look = [this, &report](Qt::GlobalColor color) {
+        return [this, &report, color](int, const QList<QPointF>& listPosition) {
+            if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+                return;
+            showCrossMarks(listPosition, color, g_nCrossSize);
+            refreshImageView();
+            waitAlive(report, [] { return g_nLookTime; });
+        };
+    };
+    options.fnBeforeFit = look(Qt::green);
+    options.fnAfterFit = look(Qt::yellow);
+    return options;
+}
+
+QVector<QList<Peak3D>> MainWindow::refinePeakPosition(const QVector<QList<Peak3D>>& peaksSorted)
+{
+    QVector<QList<Peak3D>> vecRefined;
+    runOnFrames(nullptr, [&](CRunReport& report) {
+        vecRefined = ::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report));
+    });
+    return vecRefined;
+}
+
+QVector<std::vector<std::vector<double>>> MainWindow::refinePeakPositionOnFrame(
+    QVector<QList<Peak3D>>& peaksSorted)
+{
+    QVector<std::vector<std::vector<double>>> vecFit;
+    runOnFrames(nullptr, [&](CRunReport& report) {
+        vecFit = ::refinePeakPositionOnFrame(m_dataSet, peaksSorted, report, positionOptions(report));
+    });
+    return vecFit;
+}
+
+void MainWindow::runIntensityExtraction()
+{
+    if (!stopsRun() && canMeasure(m_dataSet.m_vecPeakIndexedOnFrame))
+        refinePeakPositionOnFrame(m_dataSet.m_vecPeakIndexedOnFrame);
+}
+
+bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
+{
+    if (stopsRun() || !canMeasure(peaksSorted))
+        return false;
+    bool bResult = false;
+    runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {
+        bool bFinished = false;
+        bResult = ::extractIntensity(
+            m_dataSet, peaksSorted, m_hunting, m_extraction, m_peakFilters, report,
+            [this](int, const QList<QPointF>& listPosition) {
+                showCircleMarks(listPosition);
+                refreshImageView();
+            },
+            &bFinished);
+        if (!bFinished)
+            return;
+        clearCurve();  // of a reflection that has left
+        m_listReflectionIndexed.clear();
+        showInMergedView(m_dataSet.m_listPeakMergedShown, {});
+        updatePeakTable(m_dataSet.m_listPeakMerged);
+        m_pTabWidget->setCurrentIndex(2);
+    });
+    return bResult;
+}

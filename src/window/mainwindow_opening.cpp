@@ -1,0 +1,292 @@
+// MainWindow: all ways of opening a data set, and the recent list.
+#include "dataset/displayname.h"
+#include "dataset/framefiles.h"
+#include "dataset/opening.h"
+#include "dataset/reflectionlist.h"
+#include "window/mainwindow.h"
+#include "window/newprojectdialog.h"
+#include "window/tabwidget.h"
+#include "window/windowactions.h"
+#include "window/windowreport.h"
+#include "window/pages/peaksearchpage.h"
+#include "frameview/originalimgscene.h"
+#include "frameview/textdatawidget.h"
+#include "view3d/ed3dwidget.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QUrl>
+
+#include <exception>
+
+static const int g_nMaxRecent = 20;
+
+static QString recentKey()
+{
+    return QStringLiteral("recentSeriesList");
+}
+
+void MainWindow::newProject()
+{
+    if (refuseDuringRun(QStringLiteral("A new project")))
+        return;
+    NewProjectDialog dialog(m_dataSet.m_strWorkingDir, this);
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    dialog.readSettings(*pSettings);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    dialog.writeSettings(*pSettings);
+    openFiles({dialog.projectFile()});
+}
+
+void MainWindow::open()
+{
+    const QString strWhat = QStringLiteral("Opening files");
+    if (refuseDuringRun(strWhat))
+        return;
+    openFiles(QFileDialog::getOpenFileNames(
+        this, QStringLiteral("Open Files"), m_dataSet.m_strWorkingDir,
+        QStringLiteral("ED3D Project(*.ed3d);;Images(%1);;All Files (*.*)").arg(frameNameFilters())));
+}
+
+void MainWindow::openRecentFile()
+{
+    if (const auto* pAction = qobject_cast<const QAction*>(sender()))
+        openFiles(pAction->data().toStringList());
+}
+
+// Whatever key is held: the files are only read, and a source that believes in a move deletes them.
+static void acceptAsCopy(QDropEvent& event)
+{
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
+{
+    if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
+        acceptAsCopy(*pEvent);
+}
+
+void MainWindow::dropEvent(QDropEvent* pEvent)
+{
+    QStringList listFile;
+    for (const QUrl& url : pEvent->mimeData()->urls())
+        if (url.isLocalFile())
+            listFile.append(url.toLocalFile());
+    if (listFile.isEmpty())
+        return;
+    acceptAsCopy(*pEvent);
+    openFiles(listFile);
+}
+
+void MainWindow::openFiles(const QStringList& listFile)
+{
+    if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
+        return;
+    if (const QString strReason = reasonNotToOpen(listFile.first()); !strReason.isEmpty()) {
+        WindowReport(*this).addMessage(strReason, Qt::red);
+        return;
+    }
+    m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
+    try {
+        switch (openKind(listFile)) {
+            case OpenKind::nothing:
+                break;
+            case OpenKind::reflectionList:
+                openReflectionList(listFile.first());
+                break;
+            case OpenKind::project:
+                openProject(listFile.first());
+                break;
+            case OpenKind::images:
+                openImageFiles(listFile);
+                break;
+        }
+    } catch (const std::exception& error) {  // out of memory
+        connectPanelSignals(true);
+        WindowReport(*this).addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
+                                       Qt::red);
+    }
+}
+
+/// Shows a list of reflections in the raw view. The data set stays: the list is only for looking at.
+bool MainWindow::openReflectionList(const QString& strFileName)
+{
+    WindowReport report(*this);
+    QString strReason;
+    if (!readReflectionList(strFileName, m_listTextPoint, m_listTextReflection, &strReason)) {
+        report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason), Qt::red);
+        return false;
+    }
+    report.addMessage(
+        QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
+    keepRawGroups();
+    m_bRawViewHoldsPeaks = false;
+    showInRawView(peaksOfReflectionList(m_listTextPoint, m_listTextReflection));
+    m_pTabWidget->setCurrentIndex(1);
+    return true;
+}
+
+/// @return false when the project cannot be read; then only the log says so
+bool MainWindow::openProject(const QString& strFileName)
+{
+    syncParametersWithControls(true);  // what the user set on other pages outlives the opening
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QStringList listReason;
+    connectPanelSignals(false);
+    if (!::openProject(m_dataSet, m_mapping, strFileName, report, &listReason)) {
+        connectPanelSignals(true);
+        return false;
+    }
+    stopImagePlay();
+    clearDataSet();
+    fillFileTable();
+    fillShiftTable();
+    syncParametersWithControls(false);
+    connectPanelSignals(true);
+    pumpEvents();
+
+    showFirstFrame();
+    enterRecentSeries({strFileName});
+    if (countsAgree(m_dataSet)) {
+        transformPeaksTo3D();
+        showPeaksIn3D();
+        restorePointGroups();
+        m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
+    }
+    loadUnitCellAtOpening(m_dataSet, report, &listReason);
+    showOpenedCell();
+    for (const QString& strReason : qAsConst(listReason))
+        report.addMessage(strReason);
+    return true;
+}
+
+void MainWindow::openImageFiles(const QStringList& listFile)
+{
+    stopImagePlay();
+    syncParametersWithControls(true);
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QStringList listReason;
+    connectPanelSignals(false);
+    ::openImageFiles(m_dataSet, listFile, report, &listReason);
+    tellStretchingThatStays(m_dataSet, m_mapping, report);
+    clearDataSet();
+    fillFileTable();
+    fillShiftTable();
+    syncParametersWithControls(false);
+    connectPanelSignals(true);
+    setWindowFilePath(displayName(listFile));
+    showFirstFrame();
+    showOpenedCell();
+    for (const QString& strReason : qAsConst(listReason))
+        report.addMessage(strReason);
+}
+
+void MainWindow::clearDataSet()
+{
+    m_nFrameAsked = 0;  // a number of the former series
+    clearFrameMarks();
+    clearMaskItems();
+    fillMaskTable();
+    m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+    forgetRawGroups();
+    for (ED3DWidget* pView : views3D())
+        pView->setPoints({});
+    m_dataSet.m_listPeakFrameShown.clear();
+    m_pTextData->clearImages();
+    // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
+    m_dataSet.m_listPeakChain.clear();
+    clearCurve();
+    m_listReflectionIndexed.clear();
+    Peak3D peakNone;  // stands for nothing and keeps the layout of the table
+    peakNone.nFrame = 0;
+    updatePeakTable({peakNone});
+}
+
+/// Shows frame 1 on the first tab, with contrast limits of its own and no region selected.
+void MainWindow::showFirstFrame()
+{
+    {
+        const QSignalBlocker blockTabs(m_pTabWidget);
+        const QSignalBlocker blockSpin(m_pFrameSpin);
+        const QSignalBlocker blockSlider(m_pFrameSlider);
+        m_pTabWidget->setCurrentIndex(0);
+        m_pFrameSpin->setValue(1);
+        m_pFrameSlider->setValue(1);
+    }
+    m_pActions->m_listSelection.first()->setChecked(true);
+    m_dataSet.m_bAutoContrastOnLoad = true;
+    updateControls(0);
+    // A frame that could not be read has no contrast: the first one that can gives the limits.
+    m_dataSet.m_bAutoContrastOnLoad = m_dataSet.m_vecFrameImage.empty();
+    if (m_dataSet.m_vecFrameImage.empty()) {
+        // No frame, or none that could be read: the picture of the former series must not stand in for it.
+        CImgObj<unsigned char> imgDot;
+        imgDot.Create(1, 1);
+        *imgDot.Data() = 0;
+        m_pFrameScene->clearImages();
+        m_pFrameScene->addImage(imgDot);
+        m_pFrameScene->clearImages();
+        renewPixelReadout();
+    }
+}
+
+void MainWindow::enterRecentSeries(const QStringList& listFile)
+{
+    setWindowFilePath(displayName(listFile));
+    const QString strEntry = listFile.join(QLatin1Char('|'));
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    listEntry.removeAll(strEntry);
+    listEntry.prepend(strEntry);
+    listEntry = listEntry.mid(0, g_nMaxRecent);
+    pSettings->setValue(recentKey(), listEntry);
+    pSettings->sync();
+    for (QWidget* pWidget : QApplication::topLevelWidgets())
+        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget))
+            pWindow->updateRecentMenu();
+}
+
+void MainWindow::updateRecentMenu()
+{
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    const QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    QStringList listName;
+    for (const QString& strEntry : listEntry)
+        listName.append(displayName(strEntry.split(QLatin1Char('|'), Qt::SkipEmptyParts)));
+    int nShown = 0;
+    for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
+        QAction* pAction = m_pActions->m_listRecent[i];
+        const QStringList listFile = i < listEntry.size()
+                                         ? listEntry[i].split(QLatin1Char('|'), Qt::SkipEmptyParts)
+                                         : QStringList();
+        pAction->setVisible(!listFile.isEmpty());
+        if (listFile.isEmpty())
+            continue;
+        ++nShown;
+        const QString strName = listName[i], strFolder = QFileInfo(listFile.first()).absolutePath();
+        QString strLabel = strName;
+        if (listName.count(strName) > 1)
+            strLabel += QStringLiteral(" (%1)").arg(QDir::toNativeSeparators(strFolder));
+        strLabel.replace(QLatin1Char('&'), QLatin1String("&&"));  // else a menu takes it for a mnemonic
+        pAction->setText(QStringLiteral("&%1 %2").arg(QString::number(i + 1), strLabel));
+        pAction->setStatusTip(
+            QStringLiteral("Open %1 : %2 files")
+                .arg(strFolder + QLatin1Char('/') + strName, QString::number(listFile.size())));
+        pAction->setData(listFile);
+    }
+    m_pRecentSeparator->setVisible(nShown > 0);
+}

@@ -1,0 +1,310 @@
+// MainWindow: the parameters between pages and members, and the signals of the pages.
+#include "window/mainwindow.h"
+#include "window/windowactions.h"
+#include "window/pages/refinementpage.h"
+#include "window/pages/extractionpage.h"
+#include "window/pages/framespage.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/shiftpage.h"
+#include "frameview/originalimgscene.h"
+#include "window/pages/cellpage.h"
+#include "window/pages/mergingpage.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QToolBox>
+
+namespace {
+
+// A widget of a page and the member that it stands for, both seen as a number.
+struct Binding {
+    std::function<double()> fnWidget;
+    std::function<void(double)> fnSetWidget;
+    std::function<double()> fnMember;
+    std::function<void(double)> fnSetMember;
+};
+
+Binding bindSpin(QDoubleSpinBox* pSpin, double& dfMember)
+{
+    return {[pSpin] { return pSpin->value(); }, [pSpin](double df) { pSpin->setValue(df); },
+            [&dfMember] { return dfMember; }, [&dfMember](double df) { dfMember = df; }};
+}
+
+Binding bindSpin(QSpinBox* pSpin, int& nMember)
+{
+    return {[pSpin] { return double(pSpin->value()); }, [pSpin](double df) { pSpin->setValue(int(df)); },
+            [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }};
+}
+
+// Check boxes, radio buttons (the one whose being checked is the member) and checkable groups.
+template <typename TWidget>
+Binding bindCheck(TWidget* pWidget, bool& bMember, TWidget* pOther = nullptr)
+{
+    return {[pWidget] { return pWidget->isChecked() ? 1.0 : 0.0; },
+            [pWidget, pOther](double df) {
+                // A radio button is only unchecked by its neighbour.
+                if (df == 0 && pOther)
+                    pOther->setChecked(true);
+                else
+                    pWidget->setChecked(df != 0);
+            },
+            [&bMember] { return bMember ? 1.0 : 0.0; }, [&bMember](double df) { bMember = df != 0; }};
+}
+
+// A list whose item data is the number; nothing is chosen as long as it has no items.
+Binding bindCombo(QComboBox* pCombo, int& nMember)
+{
+    return {[pCombo, &nMember] { return double(pCombo->count() ? pCombo->currentData().toInt() : nMember); },
+            [pCombo](double df) {
+                const int nIndex = pCombo->findData(int(df));
+                if (nIndex >= 0)
+                    pCombo->setCurrentIndex(nIndex);
+            },
+            [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }};
+}
+
+}  // namespace
+
+/// Takes a number that is typed but not finished as if the user had left its box. Only for what can come
+/// without a click elsewhere, such as a key that closes the window: taking it while the user types would put
+/// the number into its full form under the cursor.
+void MainWindow::finishTyping()
+{
+    auto* pTyped = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget());
+    if (pTyped && isAncestorOf(pTyped))
+        pTyped->interpretText();
+}
+
+/// With true the members take the widgets' values, with false each widget whose value differs is set.
+///
+/// A run sees the same parameters from its start to its end: from its event pump nothing is copied. What
+/// the user changes on the pages meanwhile outlives the run: where the run shows its results (false), a
+/// widget whose member did not change stays as it is.
+void MainWindow::syncParametersWithControls(bool bFromPanel)
+{
+    if (isPumping())
+        return;
+    const Binding aBinding[] = {
+        bindSpin(m_pFramesPage->m_pWavelengthSpin, m_dataSet.m_dfWavelength),
+        bindSpin(m_pFramesPage->m_pPixelSizeSpin, m_dataSet.m_dfPixelSize),
+        bindSpin(m_pFramesPage->m_pRotationAxisSpin, m_dataSet.m_dfRotationAxis),
+        bindSpin(m_pFramesPage->m_pTiltRelaxationSpin, m_dataSet.m_dfTiltRelaxation),
+        bindSpin(m_pShiftPage->m_pCenterXSpin, m_dataSet.m_dfCenterX),
+        bindSpin(m_pShiftPage->m_pCenterYSpin, m_dataSet.m_dfCenterY),
+        bindSpin(m_pMergingPage->m_pSpinStretchAmplitude, m_dataSet.m_dfStretchAmplitude),
+        bindSpin(m_pMergingPage->m_pSpinStretchAzimuth, m_dataSet.m_dfStretchAzimuth),
+        bindCheck(m_pMergingPage->m_pGroupApplyStretching, m_mapping.m_bApplyStretching),
+        bindSpin(m_pMergingPage->m_pSpinResolutionMin, m_mapping.m_dfResolutionMin),
+        bindSpin(m_pMergingPage->m_pSpinResolutionMax, m_mapping.m_dfResolutionMax),
+        bindSpin(m_pMergingPage->m_pSpinIntensityMin, m_mapping.m_dfIntensityMin),
+        bindSpin(m_pMergingPage->m_pSpinIntensityMax, m_mapping.m_dfIntensityMax),
+        bindSpin(m_pPeakSearchPage->m_pPeakRadiusSpin, m_hunting.m_dfPeakRadius),
+        bindSpin(m_pPeakSearchPage->m_pBackgroundRadiusSpin, m_hunting.m_dfBackgroundRadius),
+        bindSpin(m_pPeakSearchPage->m_pThresholdSpin, m_hunting.m_dfPeakThreshold),
+        bindSpin(m_pPeakSearchPage->m_pSmoothRadiusSpin, m_hunting.m_dfSmoothRadius),
+        bindSpin(m_pPeakSearchPage->m_pIntegrationRadiusSpin, m_hunting.m_dfIntegrationRadius),
+        bindSpin(m_pPeakSearchPage->m_pIntegrationBackgroundSpin, m_hunting.m_dfIntegrationBackground),
+        bindSpin(m_pMergingPage->m_pSpinMin3DDistance, m_merging.m_dfMin3DDistance),
+        bindSpin(m_pMergingPage->m_pSpinMax2DDistance, m_merging.m_dfMax2DDistance),
+        bindSpin(m_pMergingPage->m_pSpinMin2DLength, m_merging.m_dfMin2DLength),
+        bindSpin(m_pMergingPage->m_pSpinMax3DLength, m_merging.m_dfMax3DLength),
+        bindCheck(m_pMergingPage->m_pRadioInFrames2DIntegration, m_merging.m_bIntegrate2D,
+                  m_pMergingPage->m_pRadioInFramesPoint),
+        bindCheck(m_pMergingPage->m_pRadioThroughFrames3DIntegration, m_merging.m_bIntegrateThroughFrames,
+                  m_pMergingPage->m_pRadioThroughFramesMaximum),
+        bindSpin(m_pCellPage->m_pSpinCellRangeMin, m_cellHunting.m_dfCellRangeMin),
+        bindSpin(m_pCellPage->m_pSpinCellRangeMax, m_cellHunting.m_dfCellRangeMax),
+        bindSpin(m_pCellPage->m_pSpinIndexThreshold, m_indexing.m_dfIndexThreshold),
+        bindCheck(m_pCellPage->m_pCheckOutputIndexing, m_indexing.m_bOutputIndexing),
+        bindCheck(m_pCellPage->m_pCheckOutputStatistics, m_indexing.m_bOutputStatistics),
+        bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell),
+        bindSpin(m_pExtractionPage->m_pSpinWindowRadius, m_extraction.m_nWindowRadius),
+        bindSpin(m_pExtractionPage->m_pSpinBackgroundSize, m_extraction.m_nBackgroundSize),
+        bindSpin(m_pExtractionPage->m_pSpinResolutionLimit, m_extraction.m_dfResolutionLimit),
+        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityLow, m_refinement.m_dfRefineIntensityLow),
+        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityHigh, m_refinement.m_dfRefineIntensityHigh),
+        bindSpin(m_pRefinementPage->m_pSpinRefineDStarLow, m_refinement.m_dfRefineDStarLow),
+        bindSpin(m_pRefinementPage->m_pSpinRefineDStarHigh, m_refinement.m_dfRefineDStarHigh),
+        bindCheck(m_pRefinementPage->m_pCheckRefine2D, m_refinement.m_bRefine2D),
+        bindCheck(m_pRefinementPage->m_pCheckOutputPeakList, m_refinement.m_bOutputPeakList),
+        bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup),
+    };
+    const bool bFirst = m_vecSynced.empty();
+    m_vecSynced.resize(std::size(aBinding));
+    for (std::size_t i = 0; i < std::size(aBinding); ++i) {
+        const Binding& binding = aBinding[i];
+        if (bFromPanel) {
+            binding.fnSetMember(binding.fnWidget());
+        } else {
+            const bool bKeep = isRunning() && !bFirst && binding.fnMember() == m_vecSynced[i];
+            if (!bKeep && binding.fnWidget() != binding.fnMember())
+                binding.fnSetWidget(binding.fnMember());
+        }
+        m_vecSynced[i] = binding.fnMember();
+    }
+}
+
+/// The connections that stand as long as the window.
+void MainWindow::connectPages()
+{
+    connect(m_pFrameSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::switchToImgIndex);
+    connect(m_pFrameSlider, &QSlider::valueChanged, this, &MainWindow::switchToImgIndex);
+    for (QTableWidget* pTable : {m_pFramesPage->m_pFileTable, m_pShiftPage->m_pShiftTable})
+        connect(pTable, &QTableWidget::currentCellChanged, this, [this](int nRow) {
+            if (nRow >= 0)  // a table that is emptied names no frame
+                currentFileChangedInFileList(nRow);
+        });
+    connect(m_pFramesPage->m_pPlayForwardButton, &QPushButton::clicked, this, &MainWindow::playImageForward);
+    connect(m_pFramesPage->m_pPlayBackwardButton, &QPushButton::clicked, this,
+            &MainWindow::playImageBackward);
+    connect(m_pFramesPage->m_pPlayStopButton, &QPushButton::clicked, this, &MainWindow::stopImagePlay);
+    connect(m_pFramesPage->m_pPlayDelaySpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
+            &MainWindow::imagePlayIntervalChanged);
+    connect(&m_timerPlay, &QTimer::timeout, this, &MainWindow::playOneImage);
+    m_timerPlay.setInterval(0);
+
+    connect(m_pShiftPage->m_pRunButton, &QPushButton::clicked, this, &MainWindow::runShiftEvaluation);
+    connect(m_pShiftPage->m_pLoadButton, &QPushButton::clicked, this, &MainWindow::loadEDShift);
+    connect(m_pShiftPage->m_pExportButton, &QPushButton::clicked, this, &MainWindow::saveEDShift);
+
+    connect(m_pPeakSearchPage->m_pRunButton, &QPushButton::clicked, this, &MainWindow::runPeakHunting);
+    connect(m_pPeakSearchPage->m_pLoadMaskButton, &QPushButton::clicked, this,
+            &MainWindow::loadPeakHuntingMask);
+    connect(m_pPeakSearchPage->m_pClearMaskButton, &QPushButton::clicked, this,
+            &MainWindow::clearPeakHuntingMask);
+    connect(m_pPeakSearchPage->m_pShowMaskCheck, &QCheckBox::toggled, this, &MainWindow::showPeakHuntingMask);
+    connect(m_pPeakSearchPage->m_pShowPeaksCheck, &QCheckBox::toggled, this,
+            &MainWindow::visualMoniteringPeakHuntingToggled);
+
+    connect(m_pMergingPage->m_pButtonLoadPeaks, &QPushButton::clicked, this, &MainWindow::loadRawPeaks);
+    connect(m_pMergingPage->m_pButtonExportPeaks, &QPushButton::clicked, this, &MainWindow::saveRawPeaks);
+    connect(m_pMergingPage->m_pButtonMerge, &QPushButton::clicked, this, &MainWindow::peakReduction3D);
+    connect(m_pCellPage->m_pButtonLoadCell, &QPushButton::clicked, this, &MainWindow::loadUnitCell);
+    connect(m_pCellPage->m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
+
+    connect(m_pCellPage->m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
+    connect(m_pCellPage->m_pRadioCellManual, &QRadioButton::toggled, this,
+            &MainWindow::switchtoManualUnitCellHunting);
+    connect(m_pCellPage->m_pButtonAssignRA, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRA);
+    connect(m_pCellPage->m_pButtonAssignRB, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRB);
+    connect(m_pCellPage->m_pButtonAssignRC, &QPushButton::clicked, this,
+            &MainWindow::unitCellHuntingManualAssignRC);
+    const auto onLength = [this](QDoubleSpinBox* pSpin, void (MainWindow::*pSlot)()) {
+        connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, pSlot);
+    };
+    onLength(m_pCellPage->m_pSpinManualLengthA, &MainWindow::unitCellHuntingManualUpdateRA);
+    onLength(m_pCellPage->m_pSpinManualLengthB, &MainWindow::unitCellHuntingManualUpdateRB);
+    onLength(m_pCellPage->m_pSpinManualLengthC, &MainWindow::unitCellHuntingManualUpdateRC);
+    for (const auto& apEditRow : m_pCellPage->m_apEditMatrix)
+        for (QLineEdit* pEdit : apEditRow)
+            connect(pEdit, &QLineEdit::editingFinished, this, &MainWindow::unitCellTransformatinMatrixEdited);
+    connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
+    connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this,
+            &MainWindow::transformUnitCellClicked);
+    connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
+    connect3DPage();
+
+    connect(m_pRefinementPage->m_pButtonRunRefinement, &QPushButton::clicked, this,
+            &MainWindow::runUnitCellRefinement);
+    connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
+            &MainWindow::runUnitCellRefinementFromLoadingData);
+    for (QSpinBox* pSpin : {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize})
+        connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
+                &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
+            &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged),
+            this, &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
+    connect(m_pExtractionPage->m_pCheckShowEstimated, &QCheckBox::toggled, this,
+            &MainWindow::showEstimatedPeakPosition);
+    connect(m_pExtractionPage->m_pButtonRun, &QPushButton::clicked, this,
+            &MainWindow::runIntensityExtraction);
+
+    m_pView3DPage->m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
+                                                   m_pActions->m_pGroupResetAll, m_pActions->m_pGroupExport});
+    m_pView3DPage->m_pTablePeakGroups->setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void MainWindow::connectPanelSignals(bool bConnect)
+{
+    if (bConnect == m_bPanelConnected)
+        return;
+    m_bPanelConnected = bConnect;
+    if (!bConnect) {
+        for (const QMetaObject::Connection& connection : qAsConst(m_listPanelConnection))
+            disconnect(connection);
+        m_listPanelConnection.clear();
+        return;
+    }
+    const auto keep = [this](const QMetaObject::Connection& connection) {
+        m_listPanelConnection.append(connection);
+    };
+    const auto onValue = [&](const QList<QDoubleSpinBox*>& listSpin, const std::function<void()>& fnChanged) {
+        for (QDoubleSpinBox* pSpin : listSpin)
+            keep(connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, fnChanged));
+    };
+    const auto remap = [this] { recalculate3DPeakPositionsAndUpdateView(); };
+
+    keep(connect(m_pFrameScene, &OriginalImgScene::selRectPosChanged, this, &MainWindow::selRectChanged));
+    keep(connect(m_pFrameScene, &OriginalImgScene::mouseMoving, this, &MainWindow::mouseMoving));
+    onValue({m_pFramesPage->m_pWavelengthSpin, m_pFramesPage->m_pPixelSizeSpin,
+             m_pFramesPage->m_pRotationAxisSpin, m_pFramesPage->m_pTiltRelaxationSpin,
+             m_pMergingPage->m_pSpinStretchAmplitude, m_pMergingPage->m_pSpinStretchAzimuth},
+            remap);
+    keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
+    onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] { showRotationAxisLine(); });
+    onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin}, [this] {
+        showRotationAxisLine();
+        updateExpectedPeakPositionFromOrientationMatrix();
+    });
+    keep(connect(m_pFramesPage->m_pShowAxisCheck, &QCheckBox::toggled, this,
+                 &MainWindow::showRotationAxisLine));
+    onValue({m_pFramesPage->m_pContrastMinSpin, m_pFramesPage->m_pContrastMaxSpin},
+            [this] { refreshImageView(); });
+    onValue({m_pPeakSearchPage->m_pPeakRadiusSpin, m_pPeakSearchPage->m_pBackgroundRadiusSpin,
+             m_pPeakSearchPage->m_pThresholdSpin},
+            [this] { peakHuntingParametersChanged(); });
+    onValue({m_pMergingPage->m_pSpinResolutionMin, m_pMergingPage->m_pSpinResolutionMax,
+             m_pMergingPage->m_pSpinIntensityMin, m_pMergingPage->m_pSpinIntensityMax},
+            [this] { showPeaksIn3D(); });
+
+    const View3DPage& page3D = *m_pView3DPage;
+    const auto onWhole = [&](QSpinBox* pSpin, auto pSlot) {
+        keep(connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, pSlot));
+    };
+    keep(connect(page3D.m_pSpinPointSize, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                 &MainWindow::pointSize3DChanged));
+    onWhole(page3D.m_pSpinPointTransparency, &MainWindow::pointAlpha3DChanged);
+    keep(connect(page3D.m_pGroupCanvasGrid, &QGroupBox::toggled, this, &MainWindow::canvasGridToggled));
+    onWhole(page3D.m_pSpinCanvasGridTransparency, &MainWindow::canvasGridTransparencyChanged);
+    keep(connect(page3D.m_pCheckLatticePoints, &QCheckBox::toggled, this,
+                 &MainWindow::unitCellLatticePointsToggled));
+    keep(connect(page3D.m_pCheckLatticeLines, &QCheckBox::toggled, this,
+                 &MainWindow::unitCellLatticeLinesToggled));
+    for (QSpinBox* pSpin : {page3D.m_pSpinLatticeH, page3D.m_pSpinLatticeK, page3D.m_pSpinLatticeL})
+        onWhole(pSpin, &MainWindow::unitCellLatticeRangeChanged);
+    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellClicked, this,
+                 &MainWindow::pointGroupTableCellClicked));
+    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellChanged, this,
+                 &MainWindow::pointGroupTableLabelEdidted));
+    for (ED3DWidget* pView : views3D())
+        keep(connect(pView, &ED3DWidget::pointDisplayDataChanged, this,
+                     &MainWindow::ed3dViewPointDisplayDataChanged));
+    for (ED3DWidget* pView : views3D())
+        ed3dViewPointDisplayDataChanged(pView);  // what changed while nobody listened
+}

@@ -1,0 +1,139 @@
+// MainWindow: what all runs have in common, and what waits for their end.
+#include "window/mainwindow.h"
+#include "window/messageedit.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
+#include "frameview/baseimgview.h"
+#include "window/pages/cellpage.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+
+#include <exception>
+#include <utility>
+
+void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
+                               const std::function<void(CRunReport&)>& fnRun)
+{
+    stopImagePlay();
+    syncParametersWithControls(true);
+    if (bFlag) {
+        bFlag = false;
+        return;
+    }
+    if (refuseDuringRun(QStringLiteral("Another run")))
+        return;
+    // The statistics of an indexing have left another one.
+    m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
+    bFlag = true;
+    {
+        CRunScope scope(*this, true);
+        if (pButton)
+            setButtonStatus(pButton, ButtonStatus::running);
+        WindowReport report(*this, &bFlag);
+        guarded([&] { fnRun(report); });
+        bFlag = false;
+    }
+    if (pButton)
+        setButtonStatus(pButton, ButtonStatus::ready);
+}
+
+void MainWindow::setButtonStatus(QPushButton* pButton, ButtonStatus status)
+{
+    if (pButton && status == ButtonStatus::ready) {
+        pButton->setText(QStringLiteral("Run"));
+        pButton->setIcon(QIcon(QStringLiteral(":/images/run.png")));
+    } else if (pButton && status == ButtonStatus::running) {
+        pButton->setText(QStringLiteral("Stop"));
+        pButton->setIcon(QIcon(QStringLiteral(":/images/stop.png")));
+    }
+    pumpEvents();
+}
+
+void MainWindow::guarded(const std::function<void()>& fn)
+{
+    try {
+        fn();
+    } catch (const std::exception& error) {  // out of memory: the window and its data go on
+        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
+                                   Qt::red);
+    } catch (const wchar_t* pszReason) {  // as the image shifts report an odd side
+        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszReason)),
+                                   Qt::red);
+    }
+}
+
+void MainWindow::pumpEvents()
+{
+    ++m_nPumpDepth;
+    QCoreApplication::processEvents();
+    --m_nPumpDepth;
+}
+
+bool MainWindow::refuseDuringRun(const QString& strWhat)
+{
+    if (!isPumping())
+        return false;
+    const QString strText =
+        QStringLiteral("%1 has to wait: a run is under way. Stop it first, or let it end.").arg(strWhat);
+    m_pMessageEdit->addMessage(strText, Qt::red);
+    statusBarMessage(strText);
+    return true;
+}
+
+bool MainWindow::isFrameInUse()
+{
+    if (!isPumping())
+        return false;
+    if (m_nFrameAsked == 0)
+        m_nFrameAsked = m_pFrameSpin->value();
+    return true;
+}
+
+void MainWindow::catchUpAfterRun(bool bReload)
+{
+    const int nFrame = std::exchange(m_nFrameAsked, 0);
+    const bool bRemap = std::exchange(m_bRemapAsked, false);
+    const bool bShow = std::exchange(m_bShowAsked, false);
+    const bool bEndCellTest = std::exchange(m_bEndCellTestAsked, false);
+    const bool bRegion = std::exchange(m_bRegionAsked, false);
+    if (std::exchange(m_bCloseAsked, false)) {
+        // From the event loop: the slot of the run is still on the stack.
+        QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
+        return;
+    }
+    if (bEndCellTest) {
+        const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
+        m_pCellPage->m_pButtonTest->setChecked(false);
+        testUnitCellToggled(false);
+    }
+    startManualCell();
+    if (bRemap)
+        recalculate3DPeakPositionsAndUpdateView();
+    else if (bShow)
+        showPeaksIn3D();
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    if (nFrame >= 1 && nFrame <= nFrames)
+        switchToImgIndex(nFrame);
+    else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView)
+        switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
+    if (bRegion)
+        selSizeChanged2();  // on the frame, not on what the run showed in its place
+}
+
+MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
+    : m_window(window), m_bReload(bReload), m_nOuterPump(std::exchange(window.m_nPumpDepth, 0))
+{
+    ++m_window.m_nRunDepth;
+}
+
+MainWindow::CRunScope::~CRunScope()
+{
+    m_window.m_nPumpDepth = m_nOuterPump;
+    if (--m_window.m_nRunDepth == 0)
+        m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
+}

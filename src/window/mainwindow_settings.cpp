@@ -1,0 +1,192 @@
+// MainWindow: what it remembers between sessions.
+#include "window/mainwindow.h"
+
+#include "window/messageedit.h"
+#include "window/settingsfile.h"
+#include "crystal/cellmessage.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+
+#include <QCryptographicHash>
+#include <QDockWidget>
+#include <QGuiApplication>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QSettings>
+#include <QSpinBox>
+#include <QToolBox>
+
+#include <cmath>
+#include <utility>
+
+namespace {
+
+struct StoredValue {
+    QString strKey;
+    double* pdfValue;
+};
+
+QList<StoredValue> storedValues(PeakHuntingParameters& hunting, double& dfCanvasGridAlpha)
+{
+    return {{QStringLiteral("3DView/CanvasGridAlpha"), &dfCanvasGridAlpha},
+            {QStringLiteral("PeakSearch/PeakRadius"), &hunting.m_dfPeakRadius},
+            {QStringLiteral("PeakSearch/BackgroundAveragingRadius"), &hunting.m_dfBackgroundRadius},
+            {QStringLiteral("PeakSearch/PeakBGDiffThreshold"), &hunting.m_dfPeakThreshold},
+            {QStringLiteral("PeakSearch/Peak2DIntegrationRadious"), &hunting.m_dfIntegrationRadius},
+            {QStringLiteral("PeakSearch/Peak2DIntegrationBG"), &hunting.m_dfIntegrationBackground}};
+}
+
+// "h,k,l; h,k,l ...", however the numbers are parted. False for what is no list of whole triples.
+bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
+{
+    QList<int> listIndex;
+    for (const QString& str :
+         strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+        bool bOk = false;
+        listIndex.append(str.toInt(&bOk));
+        if (!bOk)
+            return false;
+    }
+    if (listIndex.size() % 3 != 0)
+        return false;
+    for (int i = 0; i < listIndex.size(); i += 3)
+        listReflection.append({listIndex[i], listIndex[i + 1], listIndex[i + 2], 0});
+    return true;
+}
+
+// Six numbers, or one for the edge of a cubic cell; 0 for none.
+bool readCell(const QString& strText, QList<double>& listCell)
+{
+    QList<double> listNumber;
+    for (const QString& str :
+         strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
+        bool bOk = false;
+        listNumber.append(str.toDouble(&bOk));
+        if (!bOk || !std::isfinite(listNumber.last()) || listNumber.last() < 0)
+            return false;
+    }
+    if (listNumber.isEmpty() || listNumber == QList<double>{0})
+        return true;
+    if (listNumber.size() == 1)
+        listNumber = {listNumber[0], listNumber[0], listNumber[0], 90, 90, 90};
+    if (listNumber.size() != 6 || listNumber.contains(0))
+        return false;
+    listCell = listNumber;
+    return true;
+}
+
+const int g_nTitleBar = 50;    // pixels: the title bar and the lower edge of a window on common desktops
+const int g_nSideFrames = 10;  // pixels: its left and its right edge
+
+const char g_szExcluded[] = "excludedReflections", g_szReference[] = "referenceCell",
+           g_szBackground[] = "constantBackground", g_szTestRuns[] = "showTestRuns";
+
+const char g_szChecksum[] = "windowChecksum";
+
+// Qt takes what it saved on trust, and a changed byte may end the process.
+QByteArray windowChecksum(const QByteArray& bytesGeometry, const QByteArray& bytesState)
+{
+    return QCryptographicHash::hash(bytesGeometry + bytesState, QCryptographicHash::Sha1).toHex();
+}
+
+// Where another service of the same kind can be named.
+QString latticeHostKey()
+{
+    return QStringLiteral("latticeServiceHost");
+}
+
+}  // namespace
+
+QSettings* MainWindow::makeSettings(QObject* pParent)
+{
+    return new QSettings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera"), pParent);
+}
+
+void MainWindow::checkSettings()
+{
+    const QString strText = putBadSettingsAside(settingsFile());
+    if (!strText.isEmpty())
+        m_pMessageEdit->addMessage(strText, Qt::red);
+}
+
+void MainWindow::readSettings()
+{
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    // A first start: everything has room, on any screen that is large enough. How thick the frame will be is
+    // not known before the window is shown.
+    const QScreen* pScreen = QGuiApplication::primaryScreen();
+    const QSize sizeScreen = pScreen ? pScreen->availableSize() : QSize(1280, 800);
+    resize(QSize(1400, 900).boundedTo(sizeScreen - QSize(g_nSideFrames, g_nTitleBar)));
+    const QByteArray bytesGeometry = pSettings->value(QStringLiteral("geometry")).toByteArray();
+    const QByteArray bytesState = pSettings->value(QStringLiteral("windowState")).toByteArray();
+    const QByteArray bytesChecksum = pSettings->value(QLatin1String(g_szChecksum)).toByteArray();
+    const bool bWhole = bytesChecksum.isEmpty() || bytesChecksum == windowChecksum(bytesGeometry, bytesState);
+    if (!bWhole)
+        m_pMessageEdit->addMessage(
+            tr("What the settings hold of the window's place and docks is damaged and not used."), Qt::red);
+    else
+        restoreGeometry(bytesGeometry);
+    if (!bWhole || !restoreState(bytesState))
+        arrangeDocks();
+    m_dataSet.m_strWorkingDir =
+        pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
+
+    // A value that is no number, from a damaged file, leaves the default.
+    for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha)) {
+        bool bOk = false;
+        const double dfValue = pSettings->value(stored.strKey, *stored.pdfValue).toDouble(&bOk);
+        if (bOk && std::isfinite(dfValue))
+            *stored.pdfValue = dfValue;
+    }
+    m_dfCanvasGridAlpha = qBound(0.0, m_dfCanvasGridAlpha, 1.0);
+    m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
+    for (ED3DWidget* pView : views3D())
+        pView->setCanvasGridAlpha(float(m_dfCanvasGridAlpha));
+    m_strLatticeHost = pSettings->value(latticeHostKey(), latticeServiceHost()).toString();
+
+    // Commas part the entries of a list in the file, so that a text with commas can come as a list.
+    const auto text = [&](const char* pszKey) {
+        const QVariant value = pSettings->value(QLatin1String(pszKey));
+        return value.type() == QVariant::StringList ? value.toStringList().join(QLatin1Char(','))
+                                                    : value.toString();
+    };
+    const auto complain = [&](const char* pszKey) {
+        m_pMessageEdit->addMessage(
+            tr("The setting %1 is not understood and not used: %2").arg(QLatin1String(pszKey), text(pszKey)),
+            Qt::red);
+    };
+    if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded))
+        complain(g_szExcluded);
+    if (!readCell(text(g_szReference), m_refinement.m_listReferenceCell))
+        complain(g_szReference);
+    m_bConstantBackground = pSettings->value(QLatin1String(g_szBackground), false).toBool();
+}
+
+// The docks of a first start: the tool box as wide as its pages need, the frame as much as it can have.
+void MainWindow::arrangeDocks()
+{
+    resizeDocks({m_listDock[0]}, {m_pToolBox->minimumWidth()}, Qt::Horizontal);
+    resizeDocks(m_listDock.mid(1), {200, 200, 200}, Qt::Vertical);
+    resizeDocks(m_listDock.mid(1), {400, 300, 200}, Qt::Horizontal);
+}
+
+void MainWindow::writeSettings()
+{
+    finishTyping();
+    syncParametersWithControls(true);
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    const QByteArray bytesGeometry = saveGeometry(), bytesState = saveState();
+    pSettings->setValue(QStringLiteral("geometry"), bytesGeometry);
+    pSettings->setValue(QStringLiteral("windowState"), bytesState);
+    pSettings->setValue(QLatin1String(g_szChecksum), windowChecksum(bytesGeometry, bytesState));
+    pSettings->setValue(QStringLiteral("workingDir"), m_dataSet.m_strWorkingDir);
+    pSettings->setValue(latticeHostKey(), m_strLatticeHost);
+    for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))
+        pSettings->setValue(stored.strKey, *stored.pdfValue);
+    // Only the file changes these; written once, so that they can be found there.
+    const std::pair<const char*, QVariant> aDefault[] = {
+        {g_szExcluded, QString()}, {g_szReference, 0}, {g_szBackground, false}, {g_szTestRuns, false}};
+    for (const auto& entry : aDefault)
+        if (!pSettings->contains(QLatin1String(entry.first)))
+            pSettings->setValue(QLatin1String(entry.first), entry.second);
+}

@@ -1,0 +1,51 @@
+// MainWindow: the menu "Tools".
+#include "window/mainwindow.h"
+
+#include "window/windowactions.h"
+#include "window/pages/extractionpage.h"
+#include "view3d/ed3dwidget.h"
+
+#include <QMenu>
+#include <QMenuBar>
+#include <QSettings>
+
+void MainWindow::createToolsMenu()
+{
+    WindowActions& actions = *m_pActions;
+    QMenu* pMenu = menuBar()->addMenu(QStringLiteral("&Tools"));
+    const auto add = [&](QMenu* pTo, QAction* pAction, auto slot) {
+        connect(pAction, &QAction::triggered, this, slot);
+        actions.setReady(pAction);
+        pTo->addAction(pAction);
+    };
+    add(pMenu, actions.m_pExtractionWindow, [this] { m_pExtractionPage->showBeside(); });
+    add(pMenu, actions.m_pExtractIntensity, [this] { extractIntensity(m_dataSet.m_vecPeakIndexedOnFrame); });
+    pMenu->addSeparator();
+    add(pMenu, actions.m_pFitDirectBeam, &MainWindow::fitDirectBeam);
+    add(pMenu, actions.m_pRefineDirectBeam, &MainWindow::refineDirectBeamPosition);
+    add(pMenu, actions.m_pTestRotationAxis, &MainWindow::testRotationAxis);
+    pMenu->addSeparator();
+    add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
+    add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);
+    pMenu->addSeparator();
+    add(pMenu, actions.m_pExportPeaks, &MainWindow::exportPeak3D);
+
+    QMenu* pTests = pMenu->addMenu(QStringLiteral("Test &Runs"));
+    add(pTests, actions.m_pTestFindCubic, &MainWindow::testFindCubicCell);
+    add(pTests, actions.m_pTestRefineCubic, &MainWindow::refineCubicUnitCell);
+    add(pTests, actions.m_pTestStretching, &MainWindow::testStreching);
+    add(pTests, actions.m_pTestPlane, &MainWindow::test2DIndexing);
+    add(pTests, actions.m_pTestIndexing, &MainWindow::testIndexing);
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    pTests->menuAction()->setVisible(pSettings->value(QStringLiteral("showTestRuns"), false).toBool());
+
+    pMenu->addSeparator();
+    add(pMenu, actions.m_pStopRun, [this] {
+        if (isPumping())
+            m_dataSet.m_bRunning = m_dataSet.m_bHuntingRunning = false;
+    });
+    connect(pMenu, &QMenu::aboutToShow, this, [this] {
+        m_pActions->setInForce(m_pActions->m_pStopRun, m_dataSet.m_bRunning || m_dataSet.m_bHuntingRunning);
+        m_pActions->setInForce(m_pActions->m_pExportPeaks, !m_pView3DCurrent.isNull());
+    });
+}

@@ -1,0 +1,290 @@
+#include "window/pages/cellpage.h"
+
+#include "window/pages/controltips.h"
+#include "window/pages/pagecontrols.h"
+#include "records/runparameters.h"
+#include "crystal/spacegrouptable.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QDoubleValidator>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nSearchButtonHeight = 30;     // pixels
+const int g_nSelectionTableHeight = 110;  // pixels: the groups that an indexing makes fit in
+const int g_nVisibleSpaceGroups = 30;
+const int g_nSymbolLength = 6;  // letters; the stretched box is wider
+
+}  // namespace
+
+CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+    pPageLayout->addWidget(makeSelection());
+    pPageLayout->addWidget(makeDetermination());
+    pPageLayout->addWidget(makeCell());
+    pPageLayout->addWidget(makeTransformation());
+    pPageLayout->addWidget(makeIndexing());
+
+    m_pComboReflectionGrouping = new QComboBox(this);
+    for (int nNumber = 1; nNumber <= g_nSpaceGroups; ++nNumber)
+        m_pComboReflectionGrouping->addItem(
+            QStringLiteral("%1  %2").arg(nNumber, 3).arg(QString::fromStdString(spaceGroupSymbol(nNumber))),
+            nNumber);
+    m_pComboReflectionGrouping->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
+    m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
+    explain(m_pComboReflectionGrouping,
+            tr("Space group: its Laue class makes the groups of equivalent reflections (column "
+               "\"RGroup\" of the peak table), its absences the column \"Alwd.\"."));
+    auto* pGroupingLayout = new QHBoxLayout;
+    pGroupingLayout->addWidget(new QLabel(tr("Reflection Grouping"), this));
+    pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
+    pPageLayout->addLayout(pGroupingLayout);
+    pPageLayout->addStretch(1);
+
+    // What these do is the page's own business; whatever else a toggle means is connected by MainWindow.
+    connect(m_pRadioCellManual, &QRadioButton::toggled, this, &CellPage::showManual);
+    connect(m_pRadioSpaceReal, &QRadioButton::toggled, this, &CellPage::updateCellTransformMatrixLabels);
+}
+
+QGroupBox* CellPage::makeSelection()
+{
+    auto* pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
+    m_pTableReflectionSelection = makeGroupTable(pGroupSelection);
+    m_pTableReflectionSelection->setMinimumHeight(g_nSelectionTableHeight);
+    explain(m_pTableReflectionSelection,
+            tr("The group of the view \"3D View Merged\" that cell search and indexing take."));
+    auto* pLayout = new QVBoxLayout(pGroupSelection);
+    pLayout->addWidget(m_pTableReflectionSelection);
+    return pGroupSelection;
+}
+
+QGroupBox* CellPage::makeDetermination()
+{
+    auto* pGroupDetermination = new QGroupBox(tr("Unit Cell Determination"), this);
+    auto* pLayout = new QVBoxLayout(pGroupDetermination);
+
+    m_pRadioCellAuto = new QRadioButton(tr("Auto"), pGroupDetermination);
+    m_pRadioCellManual = new QRadioButton(tr("Manual"), pGroupDetermination);
+    m_pRadioCellAuto->setChecked(true);
+    explain(m_pRadioCellAuto, tr("Looks for the cell in the difference vectors of the reflections."));
+    explain(m_pRadioCellManual, tr("Takes the cell from directions that you look along."));
+    auto* pRadioLayout = new QHBoxLayout;
+    pRadioLayout->addWidget(m_pRadioCellAuto);
+    pRadioLayout->addWidget(m_pRadioCellManual);
+    pLayout->addLayout(pRadioLayout);
+
+    const CellHuntingParameters hunting;
+    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pGroupDetermination);
+    m_pSpinCellRangeMin = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin,
+                                         QStringLiteral(" Å"));
+    m_pSpinCellRangeMax = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax,
+                                         QStringLiteral(" Å"));
+    explain(m_pSpinCellRangeMin, tr("Shortest edge that is looked for, Å."));
+    explain(m_pSpinCellRangeMax,
+            tr("Longest edge that is looked for, Å: somewhat above the longest that you believe "
+               "in. Lower it if the cell comes out far too large, raise it if points lie between"
+               " the nodes of the lattice."));
+    auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
+    pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
+    pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
+    pRangeLayout->setColumnStretch(1, 1);
+    pLayout->addWidget(m_pGroupCellRange);
+
+    m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), pGroupDetermination);
+    m_pButtonSearchCell->setMinimumHeight(g_nSearchButtonHeight);
+    m_pButtonSearchCell->setStatusTip(tr("Hunting peaks in diffraction patterns"));
+    explain(m_pButtonSearchCell,
+            tr("Finds a*, b*, c* from the difference vectors of the chosen reflections, shows "
+               "the lattice in both views and writes the .uc file."));
+    pLayout->addWidget(m_pButtonSearchCell);
+
+    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), pGroupDetermination);
+    auto* pAssignLayout = new QGridLayout(m_pGroupAssignViewingDirection);
+    const struct {
+        QString strText;
+        QString strStyle;
+        QPushButton*& pButton;
+        QDoubleSpinBox*& pSpin;
+    } aRow[] = {{tr("a*"), QStringLiteral("color: red"), m_pButtonAssignRA, m_pSpinManualLengthA},
+                {tr("b*"), QStringLiteral("color: green"), m_pButtonAssignRB, m_pSpinManualLengthB},
+                {tr("c*"), QStringLiteral("color: blue"), m_pButtonAssignRC, m_pSpinManualLengthC}};
+    for (int i = 0; i < 3; ++i) {
+        aRow[i].pButton = new QPushButton(aRow[i].strText, m_pGroupAssignViewingDirection);
+        aRow[i].pButton->setStyleSheet(aRow[i].strStyle);
+        aRow[i].pButton->setMinimumWidth(15);
+        aRow[i].pSpin = makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1,
+                                       QStringLiteral(" Å⁻¹"));
+        aRow[i].pSpin->setGroupSeparatorShown(true);
+        // The "0" that a length begins with when it is typed would cost the vector its direction.
+        aRow[i].pSpin->setKeyboardTracking(false);
+        explain(aRow[i].pButton, tr("Gives %1 the direction that the 3D view looks along, and the length "
+                                    "beside it.")
+                                     .arg(aRow[i].strText));
+        explain(aRow[i].pSpin,
+                tr("Length of %1, Å⁻¹. Adjust it until the nodes of the lattice lie on the points.")
+                    .arg(aRow[i].strText));
+        pAssignLayout->addWidget(aRow[i].pButton, i, 0);
+        pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
+    }
+    pAssignLayout->setColumnStretch(1, 1);
+    pLayout->addWidget(m_pGroupAssignViewingDirection);
+    m_pGroupAssignViewingDirection->hide();
+    return pGroupDetermination;
+}
+
+QGroupBox* CellPage::makeCell()
+{
+    auto* pGroup = new QGroupBox(tr("Unit Cell"), this);
+    auto* pGrid = new QGridLayout(pGroup);
+    pGrid->addWidget(new QLabel(QStringLiteral("a,b,c(Å)"), pGroup), 0, 0);
+    pGrid->addWidget(new QLabel(QStringLiteral("α,β,γ(°)"), pGroup), 1, 0);
+    for (int i = 0; i < 6; ++i) {
+        m_apEditCell[i] = new QLineEdit(pGroup);
+        m_apEditCell[i]->setReadOnly(true);
+        explain(m_apEditCell[i],
+                i < 3 ? tr("Edge of the cell in force, Å.") : tr("Angle of the cell in force, degrees."));
+        m_apEditCell[i]->setAlignment(Qt::AlignRight);
+        pGrid->addWidget(m_apEditCell[i], i / 3, 1 + i % 3);
+    }
+    m_pButtonLoadCell = new QPushButton(tr("Load..."), pGroup);
+    m_pButtonExportCell = new QPushButton(tr("Export..."), pGroup);
+    auto* pButtonLayout = new QHBoxLayout;
+    pButtonLayout->addWidget(m_pButtonLoadCell);
+    pButtonLayout->addWidget(m_pButtonExportCell);
+    explain(m_pButtonLoadCell, tr("Reads a*, b*, c* from a .uc file and makes them the cell in force."));
+    explain(m_pButtonExportCell, tr("Writes a*, b*, c* of the cell in force to a .uc file."));
+    pGrid->addLayout(pButtonLayout, 2, 0, 1, 4);
+    return pGroup;
+}
+
+QGroupBox* CellPage::makeTransformation()
+{
+    auto* pGroupTransformation = new QGroupBox(tr("Unit Cell Transformation"), this);
+    auto* pLayout = new QVBoxLayout(pGroupTransformation);
+
+    auto* pSpace = new QGroupBox(tr("Apply To Space"), pGroupTransformation);
+    m_pRadioSpaceReciprocal = new QRadioButton(tr("Reciprocal"), pSpace);
+    m_pRadioSpaceReal = new QRadioButton(tr("Real"), pSpace);
+    m_pRadioSpaceReciprocal->setChecked(true);
+    explain(m_pRadioSpaceReciprocal, tr("The matrix acts on a*, b*, c*."));
+    explain(m_pRadioSpaceReal, tr("The matrix acts on a, b, c."));
+    auto* pSpaceLayout = new QHBoxLayout(pSpace);
+    pSpaceLayout->addWidget(m_pRadioSpaceReciprocal);
+    pSpaceLayout->addWidget(m_pRadioSpaceReal);
+    pLayout->addWidget(pSpace);
+
+    auto* pGrid = new QGridLayout;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        m_apLabelRow[nRow] = new QLabel(pGroupTransformation);
+        m_apLabelColumn[nRow] = new QLabel(pGroupTransformation);
+        m_apLabelColumn[nRow]->setAlignment(Qt::AlignCenter);
+        pGrid->addWidget(m_apLabelRow[nRow], nRow + 1, 0);
+        pGrid->addWidget(m_apLabelColumn[nRow], 0, nRow + 1);
+        for (int nColumn = 0; nColumn < 3; ++nColumn) {
+            auto* pEdit = new QLineEdit(nRow == nColumn ? QStringLiteral("1") : QStringLiteral("0"),
+                                        pGroupTransformation);
+            pEdit->setAlignment(Qt::AlignRight);
+            pEdit->setValidator(new QDoubleValidator(pEdit));
+            pGrid->addWidget(pEdit, nRow + 1, nColumn + 1);
+            explain(pEdit,
+                    tr("Share that the axis above has in the new axis to the left. Whole numbers keep the "
+                       "lattice, fractions add nodes or leave nodes out."));
+            m_apEditMatrix[nRow][nColumn] = pEdit;
+        }
+    }
+    pLayout->addLayout(pGrid);
+
+    m_pButtonTest = new QPushButton(tr("Test"), pGroupTransformation);
+    m_pButtonTest->setCheckable(true);
+    m_pButtonTransform = new QPushButton(tr("Transform"), pGroupTransformation);
+    auto* pButtonLayout = new QHBoxLayout;
+    pButtonLayout->addWidget(m_pButtonTest);
+    pButtonLayout->addWidget(m_pButtonTransform);
+    pLayout->addLayout(pButtonLayout);
+
+    explain(m_pButtonTest,
+            tr("Shows the transformed cell in both views without taking it; another click shows "
+               "the cell in force again."));
+    explain(m_pButtonTransform,
+            tr("Makes the transformed cell the cell in force and writes the .uc file. Index "
+               "again afterwards."));
+    updateCellTransformMatrixLabels();
+    return pGroupTransformation;
+}
+
+QGroupBox* CellPage::makeIndexing()
+{
+    const IndexingParameters indexing;
+    auto* pGroupIndexing = new QGroupBox(tr("Peak Indexing"), this);
+    m_pSpinIndexThreshold = makeDoubleSpin(pGroupIndexing, 0.01, 0.5, 2, 0.01, indexing.m_dfIndexThreshold);
+    m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), pGroupIndexing);
+    m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), pGroupIndexing);
+    m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), pGroupIndexing);
+    m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), pGroupIndexing);
+
+    explain(m_pSpinIndexThreshold,
+            tr("How far each index may lie from a whole number. 0.05 to 0.1 is usual; a result "
+               "that is good only with 0.2 or more is none."));
+    explain(m_pCheckOutputIndexing,
+            tr("Lists the reflections in the log and writes the .hkl, .p4p and .ipf files."));
+    explain(m_pCheckOutputStatistics,
+            tr("Counts reflection conditions and tries the reflections against all space groups,"
+               " in the log."));
+    explain(m_pCheckOutputRefinedCell,
+            tr("Refines the cell against d* of the indexed reflections, in the log; needs seven "
+               "at least."));
+    explain(m_pButtonIndexMergedPeaks,
+            tr("Gives each reflection h, k, l by the cell in force, spreading from the origin "
+               "outwards. Good: over 90 % indexed."));
+    auto* pGrid = new QGridLayout(pGroupIndexing);
+    pGrid->addWidget(new QLabel(tr("Index Threshold"), pGroupIndexing), 0, 0);
+    pGrid->addWidget(m_pSpinIndexThreshold, 0, 1);
+    pGrid->addWidget(m_pCheckOutputIndexing, 1, 0, 1, 2);
+    pGrid->addWidget(m_pCheckOutputStatistics, 2, 0, 1, 2);
+    pGrid->addWidget(m_pCheckOutputRefinedCell, 3, 0, 1, 2);
+    pGrid->addWidget(m_pButtonIndexMergedPeaks, 4, 0, 1, 2);
+    pGrid->setColumnStretch(1, 1);
+    return pGroupIndexing;
+}
+
+void CellPage::showManual(bool bManual)
+{
+    m_pGroupCellRange->setVisible(!bManual);
+    m_pButtonSearchCell->setVisible(!bManual);
+    m_pGroupAssignViewingDirection->setVisible(bManual);
+}
+
+void CellPage::updateCellTransformMatrixLabels()
+{
+    const bool bReal = m_pRadioSpaceReal->isChecked();
+    const char* apszColor[] = {"red", "green", "blue"};
+    for (int i = 0; i < 3; ++i) {
+        const QString strAxis(QChar('a' + i));
+        if (bReal) {
+            m_apLabelColumn[i]->setText(QStringLiteral("<b>%1</b>").arg(strAxis));
+            m_apLabelRow[i]->setText(QStringLiteral("<b>%1'</b> =").arg(strAxis));
+            continue;
+        }
+        const QString strColor = QString::fromLatin1(apszColor[i]);
+        m_apLabelColumn[i]->setText(
+            QStringLiteral("<b><span style=\"color:%1\">%2*</span></b>").arg(strColor, strAxis));
+        m_apLabelRow[i]->setText(
+            QStringLiteral("<b><span style=\"color:%1\">%2*'</span></b>=").arg(strColor, strAxis));
+    }
+    m_pButtonTest->setChecked(false);  // the test that is shown was made in the other space
+}

@@ -1,0 +1,107 @@
+#include "window/pages/extractionpage.h"
+
+#include "window/pages/controltips.h"
+#include "window/pages/pagecontrols.h"
+#include "records/runparameters.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QDoubleSpinBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+namespace {
+
+QSpinBox* makePixelSpin(QWidget* pParent, int nStart)
+{
+    QSpinBox* pSpin = makeIntSpin(pParent, 0, 10000, 1, nStart);
+    pSpin->setAlignment(Qt::AlignRight);
+    return pSpin;
+}
+
+}  // namespace
+
+ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
+{
+    const ExtractionParameters parameters;
+
+    auto* pIntegration = new QGroupBox(tr("2D Intensity Integration"), this);
+    m_pSpinWindowRadius = makePixelSpin(pIntegration, parameters.m_nWindowRadius);
+    m_pSpinBackgroundSize = makePixelSpin(pIntegration, parameters.m_nBackgroundSize);
+    auto* pIntegrationLayout = new QGridLayout(pIntegration);
+    pIntegrationLayout->addWidget(new QLabel(tr("Window Radius"), pIntegration), 0, 0);
+    pIntegrationLayout->addWidget(m_pSpinWindowRadius, 0, 1);
+    pIntegrationLayout->addWidget(new QLabel(tr("Background Size"), pIntegration), 1, 0);
+    pIntegrationLayout->addWidget(m_pSpinBackgroundSize, 1, 1);
+    pIntegrationLayout->setColumnStretch(1, 1);
+
+    auto* pPosition = new QGroupBox(tr("Reflection position from"), this);
+    m_pRadioOrientationMatrix = new QRadioButton(tr("Orientation Matrix"), pPosition);
+    m_pRadioIndexedReflections = new QRadioButton(tr("Indexed Reflections"), pPosition);
+    m_pRadioOrientationMatrix->setChecked(true);
+    m_pSpinResolutionLimit = makeDoubleSpin(pPosition, 0, 100, 1, 0.1, parameters.m_dfResolutionLimit,
+                                            QStringLiteral(" Å⁻¹"));
+    m_pSpinResolutionLimit->setGroupSeparatorShown(true);
+    auto* pPositionLayout = new QGridLayout(pPosition);
+    pPositionLayout->addWidget(m_pRadioOrientationMatrix, 0, 0);
+    pPositionLayout->addWidget(new QLabel(tr("Resolution(d*) limit"), pPosition), 0, 1);
+    pPositionLayout->addWidget(m_pSpinResolutionLimit, 0, 2);
+    pPositionLayout->addWidget(m_pRadioIndexedReflections, 1, 0);
+    pPositionLayout->setColumnStretch(2, 1);
+
+    m_pCheckShowEstimated = new QCheckBox(tr("Show Estimated Peak Position"), this);
+
+    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Run intensity extraction"), true);
+    m_pButtonRun->setToolTip(tr("Refines the positions of the indexed peaks on the frames"));
+
+    explain(m_pSpinWindowRadius,
+            tr("Radius of the disc whose pixels are summed by \"Extract Intensities\", and of "
+               "the circles on the frame, pixels."));
+    explain(m_pSpinBackgroundSize,
+            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
+    explain(m_pRadioOrientationMatrix,
+            tr("Circles where the cell in force predicts reflections on the frame in view."));
+    explain(m_pRadioIndexedReflections, tr("Circles on the indexed peaks of the frame in view."));
+    explain(m_pSpinResolutionLimit, tr("Predicted reflections go up to this d*, Å⁻¹."));
+    explain(m_pCheckShowEstimated,
+            tr("Draws the circles. With a good cell, beam and axis they lie on the peaks; if "
+               "they lie beside them, turn \"Rotation Axis At\"."));
+    explain(m_pButtonRun, tr("Fits the positions of the indexed peaks on the frames and keeps them."));
+    auto* pLayout = new QVBoxLayout(this);
+    for (QWidget* pWidget :
+         {static_cast<QWidget*>(pIntegration), static_cast<QWidget*>(pPosition),
+          static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)})
+        pLayout->addWidget(pWidget);
+    pLayout->addStretch(1);
+}
+
+bool ExtractionPage::event(QEvent* pEvent)
+{
+    // Such events end at a window, and this is one.
+    if (pEvent->type() == QEvent::StatusTip && parentWidget())
+        return QCoreApplication::sendEvent(parentWidget(), pEvent);
+    return QWidget::event(pEvent);
+}
+
+void ExtractionPage::showBeside()
+{
+    const QWidget* pMain = parentWidget();
+    if (!m_bPlaced && pMain) {
+        m_bPlaced = true;
+        const QRect rectMain = pMain->frameGeometry();
+        const QRect rectScreen = screen() ? screen()->availableGeometry() : rectMain;
+        const QSize sizeOwn = sizeHint();
+        move(qMax(rectScreen.left(), qMin(rectMain.right() + 1, rectScreen.right() - sizeOwn.width())),
+             rectMain.top() + (rectMain.height() - sizeOwn.height()) / 2);
+    }
+    show();
+    raise();
+    activateWindow();
+}

@@ -1,0 +1,127 @@
+#include "window/pages/framespage.h"
+
+#include "window/pages/controltips.h"
+#include "window/pages/pagecontrols.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+QTableWidget* makeFileTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 4, pParent);
+    pTable->setHorizontalHeaderLabels(
+        {FramesPage::tr("Name"), FramesPage::tr("Stage"), FramesPage::tr("Beam"), FramesPage::tr("Overall")});
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->setAlternatingRowColors(true);
+    pTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    setLowRows(pTable);
+    pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    pTable->setToolTip(FramesPage::tr("File names of the images in the series"));
+    return pTable;
+}
+
+}  // namespace
+
+FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+
+    auto* pFiles = new QGroupBox(tr("Files"), this);
+    auto* pFilesLayout = new QVBoxLayout(pFiles);
+    m_pFileTable = makeFileTable(pFiles);
+    pFilesLayout->addWidget(m_pFileTable);
+    pPageLayout->addWidget(pFiles, 1);
+
+    m_pWavelengthSpin = makeDoubleSpin(this, 0, 10000, 6, 0.0005, 0, QStringLiteral(" Å"));
+    m_pPixelSizeSpin = makeDoubleSpin(this, 0, 10000, 6, 0.00005, 0, QStringLiteral(" Å⁻¹"));
+    m_pRotationAxisSpin = makeDoubleSpin(this, -180, 180, 1, 0.1, 0, QStringLiteral("°"));
+    m_pShowAxisCheck = new QCheckBox(tr("Show On EDP"), this);
+    m_pTiltRelaxationSpin = makeDoubleSpin(this, -180, 180, 1, 1, 0, QStringLiteral("°"));
+
+    auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
+    m_pContrastMinSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
+    m_pContrastMaxSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
+    auto* pContrastLayout = new QGridLayout(pContrast);
+    pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
+    pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);
+    pContrastLayout->addWidget(new QLabel(tr("Max."), pContrast), 1, 0);
+    pContrastLayout->addWidget(m_pContrastMaxSpin, 1, 1);
+    pContrastLayout->setColumnStretch(1, 100);
+
+    explain(m_pFileTable,
+            tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
+               " and over all. The overall tilt is the one that places peaks in reciprocal "
+               "space. A click shows the frame."));
+    explain(m_pWavelengthSpin,
+            tr("Wavelength of the electrons, Å: 0.0251 at 200 kV, 0.0197 at 300 kV. It gives the"
+               " Ewald sphere its curvature: with a wrong one rows of the cloud bend at high d*."));
+    explain(m_pPixelSizeSpin,
+            tr("Size of a pixel of the frame in reciprocal space, Å⁻¹. A wrong one scales all "
+               "lengths of the cell by the same factor; angles and indexing hardly suffer. Cell "
+               "too large: raise it."));
+    explain(m_pRotationAxisSpin,
+            tr("Azimuth of the rotation axis on the frame, degrees counter-clockwise from the "
+               "right (3 o'clock). More than a degree or two off bends the lattice: turn it "
+               "until the circles of \"Show Estimated Peak Position\" lie on the peaks. If "
+               "nothing fits, try the opposite direction (add 180°), which is the other sense of "
+               "rotation. A good fit does not prove the sense: at moderate d* the other one gives "
+               "the same cell but the mirror image, the wrong hand. Know it from the instrument or "
+               "from a known crystal, or compare both senses as far out in d* as the data go and "
+               "by \"Refine Basis Vectors\"."));
+    explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
+    explain(m_pContrastMinSpin,
+            tr("Pixel value that is shown black, in counts. For the eye, for saved series and "
+               "for the scaled volume; nothing is measured by it."));
+    explain(m_pContrastMaxSpin,
+            tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
+    explain(m_pTiltRelaxationSpin,
+            tr("Extra tilt, degrees, spread evenly over the series, for a stage that lags behind"
+               " its nominal tilt. Try steps of a few tenths if the lattice is sheared near the "
+               "ends of the series, and judge by the share indexed."));
+    auto* pGrid = new QGridLayout;
+    pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
+    pGrid->addWidget(m_pWavelengthSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Pixel Size"), this), 1, 0);
+    pGrid->addWidget(m_pPixelSizeSpin, 1, 1);
+    pGrid->addWidget(new QLabel(tr("Rotation Axis At"), this), 2, 0);
+    pGrid->addWidget(m_pRotationAxisSpin, 2, 1);
+    pGrid->addWidget(m_pShowAxisCheck, 2, 2);
+    pGrid->addWidget(pContrast, 3, 0, 2, 3);
+    pGrid->addWidget(new QLabel(tr("Tilt Relaxation"), this), 5, 0);
+    pGrid->addWidget(m_pTiltRelaxationSpin, 5, 1);
+    pGrid->setColumnStretch(1, 100);
+    pPageLayout->addLayout(pGrid);
+
+    auto* pPlay = new QGroupBox(tr("Auto Play"), this);
+    auto* pPlayLayout = new QHBoxLayout(pPlay);
+    m_pPlayDelaySpin = makeIntSpin(pPlay, 0, 1000000, 10, 0, QStringLiteral(" ms"));
+    m_pPlayDelaySpin->setMaximumWidth(70);
+    m_pPlayDelaySpin->setAlignment(Qt::AlignRight);
+    m_pPlayForwardButton = new QPushButton(QStringLiteral("►"), pPlay);
+    m_pPlayBackwardButton = new QPushButton(QStringLiteral("◄"), pPlay);
+    m_pPlayStopButton = new QPushButton(QStringLiteral("■"), pPlay);
+    explain(m_pPlayDelaySpin,
+            tr("Pause between two frames, ms, also between the aligned regions that the shift "
+               "evaluation shows."));
+    explain(m_pPlayForwardButton, tr("Plays the series forwards."));
+    explain(m_pPlayBackwardButton, tr("Plays the series backwards."));
+    explain(m_pPlayStopButton, tr("Stops the play."));
+    pPlayLayout->addWidget(new QLabel(tr("Delay"), pPlay));
+    pPlayLayout->addWidget(m_pPlayDelaySpin);
+    for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
+        pPlayLayout->addWidget(pButton);
+    pPageLayout->addWidget(pPlay);
+}

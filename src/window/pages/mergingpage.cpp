@@ -1,0 +1,196 @@
+#include "window/pages/mergingpage.h"
+
+#include "window/pages/controltips.h"
+#include "window/pages/pagecontrols.h"
+#include "records/runparameters.h"
+
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const int g_nDecimals = 2;
+
+/// A group of a lower and an upper limit, one below the other.
+QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinMin, QDoubleSpinBox* pSpinMax,
+                     QWidget* pParent)
+{
+    auto* pGroup = new QGroupBox(strTitle, pParent);
+    auto* pGrid = new QGridLayout(pGroup);
+    pGrid->addWidget(new QLabel(MergingPage::tr("Min."), pGroup), 0, 0);
+    pGrid->addWidget(pSpinMin, 0, 1);
+    pGrid->addWidget(new QLabel(MergingPage::tr("Max."), pGroup), 1, 0);
+    pGrid->addWidget(pSpinMax, 1, 1);
+    pGrid->setColumnStretch(1, 1);
+    return pGroup;
+}
+
+/// A group of two radio buttons side by side, the first one checked.
+QGroupBox* makeChoice(const QString& strTitle, QRadioButton* pDefault, QRadioButton* pOther, QWidget* pParent)
+{
+    auto* pGroup = new QGroupBox(strTitle, pParent);
+    auto* pLayout = new QHBoxLayout(pGroup);
+    pLayout->addWidget(pDefault);
+    pLayout->addWidget(pOther);
+    pDefault->setChecked(true);
+    return pGroup;
+}
+
+}  // namespace
+
+MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
+{
+    const MappingParameters mapping;
+    auto* pPageLayout = new QVBoxLayout(this);
+
+    m_pGroupApplyStretching = new QGroupBox(tr("Apply Stretching"), this);
+    m_pGroupApplyStretching->setCheckable(true);
+    m_pGroupApplyStretching->setChecked(mapping.m_bApplyStretching);
+    m_pSpinStretchAmplitude = makeDoubleSpin(this, -1000, 1000, g_nDecimals, 0.1, 0, QStringLiteral(" %"));
+    m_pSpinStretchAzimuth = makeDoubleSpin(this, 0, 180, g_nDecimals, 0.1, 0, QStringLiteral(" °"));
+    for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth})
+        pSpin->setKeyboardTracking(false);  // a half-typed distortion would move every point
+    auto* pStretchLayout = new QGridLayout(m_pGroupApplyStretching);
+    pStretchLayout->addWidget(new QLabel(tr("Amplitude"), m_pGroupApplyStretching), 0, 0);
+    pStretchLayout->addWidget(m_pSpinStretchAmplitude, 0, 1);
+    pStretchLayout->addWidget(new QLabel(tr("Azimuth"), m_pGroupApplyStretching), 1, 0);
+    pStretchLayout->addWidget(m_pSpinStretchAzimuth, 1, 1);
+    pStretchLayout->setColumnStretch(1, 1);
+    pPageLayout->addWidget(m_pGroupApplyStretching);
+
+    const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
+    m_pSpinResolutionMin = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMin,
+                                          strPerAngstrom);
+    m_pSpinResolutionMax = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMax,
+                                          strPerAngstrom);
+    pPageLayout->addWidget(
+        makeRange(tr("Resolution Range"), m_pSpinResolutionMin, m_pSpinResolutionMax, this));
+
+    m_pSpinIntensityMin = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMin);
+    m_pSpinIntensityMax = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMax);
+    for (QDoubleSpinBox* pSpin :
+         {m_pSpinResolutionMin, m_pSpinResolutionMax, m_pSpinIntensityMin, m_pSpinIntensityMax})
+        pSpin->setGroupSeparatorShown(true);
+    pPageLayout->addWidget(makeRange(tr("Intensity Range"), m_pSpinIntensityMin, m_pSpinIntensityMax, this));
+
+    explain(m_pGroupApplyStretching,
+            tr("Undoes an elliptical distortion of the pattern by the lenses, before peaks are "
+               "mapped."));
+    explain(m_pSpinStretchAmplitude,
+            tr("Size of the distortion, per cent. If circles are still ellipses or rows bend, "
+               "change it in steps of 0.1."));
+    explain(m_pSpinStretchAzimuth,
+            tr("Azimuth of the distortion, degrees: that of the project file plus 90. If the "
+               "distortion grows, it is 90° off."));
+    explain(m_pSpinResolutionMin,
+            tr("Peaks nearer to the origin than this d*, Å⁻¹, are neither shown nor merged."));
+    explain(m_pSpinResolutionMax,
+            tr("Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern"
+               " reaches further."));
+    explain(m_pSpinIntensityMin,
+            tr("Peaks of a smaller point intensity, counts, are neither shown nor merged. Raise "
+               "it to leave false peaks out."));
+    explain(m_pSpinIntensityMax,
+            tr("Peaks of a larger point intensity, counts, are neither shown nor merged. Raise "
+               "it if strong reflections are missing."));
+    pPageLayout->addWidget(makeMerging(), 1);
+}
+
+QGroupBox* MergingPage::makeMerging()
+{
+    const PeakMergingParameters merging;
+    const auto fnLength = [this](double dfLimitLow, double dfStart) {
+        return makeDoubleSpin(this, dfLimitLow, 1000, g_nDecimals, 0.1, dfStart, QStringLiteral(" pix."));
+    };
+    auto* pMerging = new QGroupBox(tr("Peak Merging"), this);
+
+    auto* pTarget = new QGroupBox(tr("Target Peaks"), pMerging);
+    m_pTableTargetPeaks = makeGroupTable(pTarget);
+    m_pButtonLoadPeaks = new QPushButton(tr("Load..."), pTarget);
+    m_pButtonExportPeaks = new QPushButton(tr("Export..."), pTarget);
+    auto* pTargetLayout = new QGridLayout(pTarget);
+    pTargetLayout->addWidget(m_pTableTargetPeaks, 0, 0, 1, 2);
+    pTargetLayout->addWidget(m_pButtonLoadPeaks, 1, 0);
+    pTargetLayout->addWidget(m_pButtonExportPeaks, 1, 1);
+
+    m_pMergingParameters = new QWidget(pMerging);
+    m_pSpinMin3DDistance = fnLength(0, merging.m_dfMin3DDistance);
+    m_pSpinMax2DDistance = fnLength(0, merging.m_dfMax2DDistance);
+    m_pSpinMin2DLength = fnLength(-1, merging.m_dfMin2DLength);
+    m_pSpinMax3DLength = fnLength(0, merging.m_dfMax3DLength);
+    m_pRadioInFrames2DIntegration = new QRadioButton(tr("2D Integration"), m_pMergingParameters);
+    m_pRadioInFramesPoint = new QRadioButton(tr("Point"), m_pMergingParameters);
+    m_pRadioThroughFramesMaximum = new QRadioButton(tr("Maximum"), m_pMergingParameters);
+    m_pRadioThroughFrames3DIntegration = new QRadioButton(tr("3D Integration"), m_pMergingParameters);
+
+    auto* pGrid = new QGridLayout(m_pMergingParameters);
+    pGrid->setContentsMargins(0, 0, 0, 0);
+    const struct {
+        QString strLabel;
+        QDoubleSpinBox* pSpin;
+    } aRow[] = {{tr("Min. 3D Distance"), m_pSpinMin3DDistance},
+                {tr("Max. 2D Distance"), m_pSpinMax2DDistance},
+                {tr("Min. 2D Length"), m_pSpinMin2DLength},
+                {tr("Max. 3D Length"), m_pSpinMax3DLength}};
+    int nRow = 0;
+    for (const auto& row : aRow) {
+        auto* pLabel = new QLabel(row.strLabel, m_pMergingParameters);
+        pGrid->addWidget(pLabel, nRow, 0);
+        pGrid->addWidget(row.pSpin, nRow++, 1);
+        if (row.pSpin == m_pSpinMin2DLength) {
+            pLabel->hide();
+            row.pSpin->hide();
+        }
+    }
+    pGrid->addWidget(makeChoice(tr("Intensity In Frames"), m_pRadioInFrames2DIntegration,
+                                m_pRadioInFramesPoint, m_pMergingParameters),
+                     nRow++, 0, 1, 2);
+    pGrid->addWidget(makeChoice(tr("Intensity Through Frames"), m_pRadioThroughFramesMaximum,
+                                m_pRadioThroughFrames3DIntegration, m_pMergingParameters),
+                     nRow, 0, 1, 2);
+    pGrid->setColumnStretch(1, 1);
+
+    explain(m_pTableTargetPeaks, tr("The group of the view \"3D View Raw\" that is merged."));
+    explain(m_pButtonLoadPeaks,
+            tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
+    explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
+    explain(m_pSpinMin3DDistance,
+            tr("A chain of peaks is closed once the frame has moved this far from its last peak,"
+               " pixels. Raise it if one reflection gives two points."));
+    explain(m_pSpinMax2DDistance,
+            tr("A peak joins a chain whose last peak lies closer than this on the frame, pixels."
+               " Raise it if one reflection gives two points, lower it if points lie half way "
+               "between two."));
+    explain(m_pSpinMin2DLength, tr("Least length of a chain on the frame, pixels."));
+    explain(m_pSpinMax3DLength,
+            tr("Longer chains, pixels, are streaks: their peaks are shown one by one and not "
+               "merged. Raise it if reflections near the axis, or of a bent crystal, end up "
+               "there."));
+    explain(m_pRadioInFrames2DIntegration,
+            tr("A peak weighs what its disc holds above the background of the ring."));
+    explain(m_pRadioInFramesPoint,
+            tr("A peak weighs its value at the point; also for peaks whose disc crosses the rim "
+               "of the frame."));
+    explain(m_pRadioThroughFramesMaximum,
+            tr("A reflection gets the intensity of its strongest peak: for coarse tilt steps."));
+    explain(m_pRadioThroughFrames3DIntegration,
+            tr("A reflection gets the integral along its chain: for fine tilt steps, where it is"
+               " seen on several frames."));
+    m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
+
+    explain(m_pButtonMerge,
+            tr("Makes one reflection of each chain of peaks over neighbouring frames, and shows "
+               "them in \"3D View Merged\"."));
+    auto* pLayout = new QVBoxLayout(pMerging);
+    pLayout->addWidget(pTarget, 1);
+    pLayout->addWidget(m_pMergingParameters);
+    pLayout->addWidget(m_pButtonMerge);
+    return pMerging;
+}

@@ -1,0 +1,91 @@
+#include "window/pages/pagecontrols.h"
+
+#include <QDoubleSpinBox>
+#include <QFont>
+#include <QHeaderView>
+#include <QIcon>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QStringList>
+#include <QTableWidget>
+
+namespace {
+
+const int g_nRowHeight = 20;        // pixels
+const int g_nRunButtonHeight = 30;  // pixels
+const int g_nNarrowColumn = 25;     // pixels
+
+}  // namespace
+
+QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                               double dfStep, double dfStart, const QString& strSuffix)
+{
+    auto* pSpin = new QDoubleSpinBox(pParent);
+    pSpin->setDecimals(nDecimals);
+    pSpin->setRange(dfLimitLow, dfLimitHigh);
+    pSpin->setSingleStep(dfStep);
+    pSpin->setValue(dfStart);
+    pSpin->setSuffix(strSuffix);
+    pSpin->setAlignment(Qt::AlignRight);
+    return pSpin;
+}
+
+QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
+                      const QString& strSuffix)
+{
+    auto* pSpin = new QSpinBox(pParent);
+    pSpin->setRange(nLimitLow, nLimitHigh);
+    pSpin->setSingleStep(nStep);
+    pSpin->setValue(nStart);
+    pSpin->setSuffix(strSuffix);
+    return pSpin;
+}
+
+QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold)
+{
+    auto* pButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), strText, pParent);
+    pButton->setStatusTip(strStatusTip);
+    pButton->setMinimumHeight(g_nRunButtonHeight);
+    if (bBold) {
+        QFont font = pButton->font();
+        font.setWeight(QFont::Bold);
+        pButton->setFont(font);
+    }
+    return pButton;
+}
+
+QTableWidget* makeGroupTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 3, pParent);
+    pTable->setHorizontalHeaderLabels({QObject::tr("Label"), QObject::tr("Count"), QString()});
+    pTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    pTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setLowRows(pTable);
+    pTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    setNarrowColumn(pTable, 2);
+    return pTable;
+}
+
+void setLowRows(QTableView* pTable)
+{
+    // The style's least height can be more, and Qt would quietly take that.
+    QHeaderView* pHeader = pTable->verticalHeader();
+    pHeader->setMinimumSectionSize(qMin(pHeader->minimumSectionSize(), g_nRowHeight));
+    pHeader->setDefaultSectionSize(g_nRowHeight);
+}
+
+void setRightItem(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
+{
+    auto* pItem = new QTableWidgetItem(strText);
+    pItem->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    pTable->setItem(nRow, nColumn, pItem);
+}
+
+void setNarrowColumn(QTableWidget* pTable, int nColumn)
+{
+    QHeaderView* pHeader = pTable->horizontalHeader();
+    pHeader->setMinimumSectionSize(qMin(pHeader->minimumSectionSize(), g_nNarrowColumn));
+    pHeader->setSectionResizeMode(nColumn, QHeaderView::Fixed);
+    pHeader->resizeSection(nColumn, g_nNarrowColumn);
+}

@@ -1,0 +1,135 @@
+#include "window/pages/peaksearchpage.h"
+
+#include "window/pages/controltips.h"
+#include "window/pages/pagecontrols.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
+                         double dfStep, const QString& strSuffix)
+{
+    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, dfLimitLow, dfLimitHigh, nDecimals, dfStep, 0, strSuffix);
+    pSpin->setGroupSeparatorShown(true);
+    return pSpin;
+}
+
+QDoubleSpinBox* makeRadiusSpin(QWidget* pParent, double dfStep, int nDecimals = 2)
+{
+    return makeSpin(pParent, 0, 1000, nDecimals, dfStep, QStringLiteral(" pix."));
+}
+
+QTableWidget* makeMaskTable(QWidget* pParent)
+{
+    auto* pTable = new QTableWidget(0, 1, pParent);
+    pTable->setHorizontalHeaderLabels({PeakSearchPage::tr("Point Counts")});
+    pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pTable->setAlternatingRowColors(true);
+    setLowRows(pTable);
+    pTable->setToolTip(PeakSearchPage::tr("Masks for areas to exclude in peak hunting"));
+    return pTable;
+}
+
+}  // namespace
+
+PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
+{
+    auto* pPageLayout = new QVBoxLayout(this);
+    auto* pSearch = new QGroupBox(tr("Peak Search && Intensity Extraction"), this);
+    auto* pGrid = new QGridLayout(pSearch);
+    pPageLayout->addWidget(pSearch);
+
+    m_pPeakRadiusSpin = makeRadiusSpin(pSearch, 0.5);
+    m_pBackgroundRadiusSpin = makeRadiusSpin(pSearch, 0.5);
+    m_pThresholdSpin = makeSpin(pSearch, -100000, 1000000, 2, 0.1, {});
+    // A preview costs transforms of the whole frame: one for each finished edit, not for each key.
+    for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
+        pSpin->setKeyboardTracking(false);
+    m_pSmoothRadiusSpin = makeRadiusSpin(pSearch, 0.1);
+    auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
+    pGrid->addWidget(new QLabel(tr("Peak Radius"), pSearch), 0, 0);
+    pGrid->addWidget(m_pPeakRadiusSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Background Radius"), pSearch), 1, 0);
+    pGrid->addWidget(m_pBackgroundRadiusSpin, 1, 1);
+    pGrid->addWidget(new QLabel(tr("(Peak- B.G.) Threshold"), pSearch), 2, 0);
+    pGrid->addWidget(m_pThresholdSpin, 2, 1);
+    pGrid->addWidget(pSmoothLabel, 3, 0);
+    pGrid->addWidget(m_pSmoothRadiusSpin, 3, 1);
+    pSmoothLabel->hide();
+    m_pSmoothRadiusSpin->hide();
+
+    auto* pMask = new QGroupBox(tr("Mask"), pSearch);
+    auto* pMaskLayout = new QVBoxLayout(pMask);
+    m_pMaskTable = makeMaskTable(pMask);
+    pMaskLayout->addWidget(m_pMaskTable);
+    auto* pMaskButtons = new QHBoxLayout;
+    m_pLoadMaskButton = new QPushButton(tr("Load..."), pMask);
+    m_pLoadMaskButton->setToolTip(tr("Load mask data from a file"));
+    m_pClearMaskButton = new QPushButton(tr("Clear"), pMask);
+    m_pClearMaskButton->setToolTip(tr("Clear all mask data"));
+    m_pShowMaskCheck = new QCheckBox(tr("Show"), pMask);
+    m_pShowMaskCheck->setToolTip(tr("Show masks as overlay"));
+    pMaskButtons->addWidget(m_pLoadMaskButton);
+    pMaskButtons->addWidget(m_pClearMaskButton);
+    pMaskButtons->addWidget(m_pShowMaskCheck);
+    pMaskLayout->addLayout(pMaskButtons);
+    pGrid->addWidget(pMask, 4, 0, 1, 2);
+
+    m_pShowPeaksCheck = new QCheckBox(tr("Show Found Peaks"), pSearch);
+    pGrid->addWidget(m_pShowPeaksCheck, 5, 0, 1, 2);
+
+    auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
+    auto* pIntegrationLayout = new QGridLayout(pIntegration);
+    m_pIntegrationRadiusSpin = makeRadiusSpin(pIntegration, 0.1, 1);
+    m_pIntegrationBackgroundSpin = makeRadiusSpin(pIntegration, 0.1, 1);
+    pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
+    pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
+    pIntegrationLayout->addWidget(new QLabel(tr("Background"), pIntegration), 1, 0);
+    pIntegrationLayout->addWidget(m_pIntegrationBackgroundSpin, 1, 1);
+    pIntegrationLayout->setColumnStretch(1, 1);
+    pGrid->addWidget(pIntegration, 6, 0, 1, 2);
+
+    m_pRunButton = makeRunButton(pSearch, tr("Run"), tr("Hunting peaks in diffraction patterns"), true);
+    explain(m_pPeakRadiusSpin,
+            tr("Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a "
+               "spot. Lower both radii if close or weak spots are missed or run together."));
+    explain(m_pBackgroundRadiusSpin,
+            tr("Sigma of the wide Gaussian, pixels; what is broader counts as background. About "
+               "twice the peak radius."));
+    explain(m_pThresholdSpin,
+            tr("Least height of a peak in the difference of both smoothed frames, counts. Raise "
+               "it if crosses lie on the background, lower it if spots have none."));
+    explain(m_pSmoothRadiusSpin, tr("Sigma of the smoothing that point intensities are taken from, pixels."));
+    explain(m_pMaskTable,
+            tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
+               "beam stop, ice rings and the rim of the detector."));
+    explain(m_pLoadMaskButton,
+            tr("Takes the polygons of a .msk file in the place of those that are there. Each line is "
+               "\"number x y\" in pixels; corners of equal number make a polygon."));
+    explain(m_pClearMaskButton, tr("Forgets all polygons; peaks are taken everywhere again."));
+    explain(m_pShowMaskCheck, tr("Draws the polygons on the frame."));
+    explain(m_pShowPeaksCheck,
+            tr("Marks the peaks of the frame in view with crosses, anew at each change of a "
+               "radius or of the threshold, and on each frame during the run. Good: one cross on"
+               " each spot, none on the background."));
+    explain(m_pIntegrationRadiusSpin,
+            tr("Radius of the disc whose pixels are summed, pixels. Lower it if neighbours get "
+               "alike intensities: then the discs overlap."));
+    explain(m_pIntegrationBackgroundSpin,
+            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
+    explain(m_pRunButton, tr("Searches all frames, maps the peaks into reciprocal space and merges them. The "
+                             "button then reads \"Stop\"."));
+    pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);
+    pGrid->setColumnStretch(1, 1);
+}

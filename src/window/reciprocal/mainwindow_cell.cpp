@@ -1,0 +1,256 @@
+// MainWindow: the unit cell in force, how it is found, set by hand, and read from and written to files.
+#include "window/mainwindow.h"
+
+#include "dataset/unitcellfile.h"
+#include "window/windowreport.h"
+#include "crystal/cellarithmetic.h"
+#include "reciprocal/cellcommit.h"
+#include "reciprocal/cellhunting.h"
+#include "reciprocal/checkedcellhunting.h"
+#include "window/pages/cellpage.h"
+#include "reciprocal/reflectionselection.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+
+#include <array>
+
+namespace {
+
+const float g_fManualStart = 0.1f;  // Å⁻¹, length of the vectors that a manual cell starts with
+
+QString cellFilter()
+{
+    return MainWindow::tr("Unit Cell Files (*.%1);;All Files (*.*)").arg(QStringLiteral("uc"));
+}
+
+Vec3D axisVector(int nVector, float fLength)
+{
+    return {nVector == 0 ? fLength : 0.f, nVector == 1 ? fLength : 0.f, nVector == 2 ? fLength : 0.f};
+}
+
+std::array<QDoubleSpinBox*, 3> lengthSpins(const CellPage& page)
+{
+    return {page.m_pSpinManualLengthA, page.m_pSpinManualLengthB, page.m_pSpinManualLengthC};
+}
+
+}  // namespace
+
+bool MainWindow::selectReflectionsForProcessing(QList<Peak3D>& listPeak)
+{
+    const int nGroup = selectedGroupRow(m_pCellPage->m_pTableReflectionSelection);
+    if (nGroup < 0)
+        return false;
+    const QList<QList<int>>& listGroup = m_pView3DMerged->groupPoints();
+    if (nGroup >= listGroup.size()) {
+        QMessageBox::warning(this, QStringLiteral("Error"), QStringLiteral("Wrong group in selection!"));
+        return false;
+    }
+    WindowReport report(*this);
+    return ::selectReflectionsForProcessing(m_dataSet.m_listPeakMerged, m_pView3DMerged->points(),
+                                            listGroup[nGroup], listPeak, report);
+}
+
+void MainWindow::runUnitCellHunting()
+{
+    if (refuseDuringRun(tr("Searching for a unit cell")))
+        return;
+    syncParametersWithControls(true);
+    QList<Peak3D> listSelection;
+    if (!selectReflectionsForProcessing(listSelection))
+        return;
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    QPushButton* pButton = m_pCellPage->m_pButtonSearchCell;
+    bool bFound = false;
+    if (!listSelection.isEmpty()) {
+        pButton->setEnabled(false);
+        report.goOn();
+        m_pCellPage->m_pButtonTest->setChecked(false);
+    }
+    const CellHuntingParameters cellHunting = m_cellHunting;
+    const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
+    guarded([&] {
+        bFound = ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
+        if (bFound)
+            adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
+    });
+    if (bFound) {
+        updateUnitCell();
+        showLattice();
+    }
+    pButton->setEnabled(true);
+}
+
+/// The lattice of a new cell, one cell in each direction, as lines in both views.
+void MainWindow::showLattice()
+{
+    for (ED3DWidget* pView : views3D()) {
+        pView->setLatticeRange(1, 1, 1);
+        pView->setShowLatticeLines(true);
+    }
+    update3DViewControls();
+}
+
+void MainWindow::updateUnitCell()
+{
+    ::updateUnitCell(m_dataSet);
+    {
+        // The committed cell is in force again, so no other one is under test, whatever the button said.
+        const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
+        m_pCellPage->m_pButtonTest->setChecked(false);
+    }
+    for (ED3DWidget* pView : views3D())
+        pView->setLattice(m_dataSet.m_listCellFound);
+    updateUnitCellInfo();
+}
+
+void MainWindow::updateUnitCellInfo()
+{
+    double aCell[6] = {};
+    const bool bCell = cellParametersFromList(m_dataSet.m_listCell, aCell[0], aCell[1], aCell[2], aCell[3],
+                                              aCell[4], aCell[5]);
+    for (int i = 0; i < 6; ++i)
+        m_pCellPage->m_apEditCell[i]->setText(bCell ? m_locale.toString(aCell[i], 'f', 2) : QString());
+    updateExpectedPeakPositionFromOrientationMatrix();
+}
+
+/// The cell of the data set that has just been opened, or that it has none. The manual way begins with a
+/// made-up cell when it is chosen, and nobody has chosen it for these data.
+void MainWindow::showOpenedCell()
+{
+    if (m_dataSet.m_listCellFound.size() != 3)
+        m_pCellPage->m_pRadioCellAuto->setChecked(true);
+    updateUnitCell();
+}
+
+void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
+{
+    const QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
+    if (!bTrue) {
+        // The boxes round to their decimals, and their slots take the rounded lengths.
+        const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
+        for (int i = 0; i < 3 && listCell.size() == 3 && !isPumping(); ++i)
+            if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength)
+                apSpin[i]->setValue(dfLength);
+        return;
+    }
+    startManualCell();
+    m_pView3DPage->m_pCheckLatticeLines->setChecked(true);
+    m_pView3DPage->m_pCheckLatticePoints->setChecked(true);
+    if (m_pView3DCurrent)
+        return;
+    for (ED3DWidget* pView : views3D()) {  // none was looked at yet, and the page shows what they are set to
+        pView->setShowLatticeLines(true);
+        pView->setShowLatticePoints(true);
+    }
+}
+
+/// Gives the manual way, where it is chosen, the cell that it begins with, unless there is one.
+void MainWindow::startManualCell()
+{
+    if (!m_pCellPage->m_pRadioCellManual->isChecked() || m_dataSet.m_listCellFound.size() == 3 || isPumping())
+        return;
+    m_dataSet.m_listCellFound = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart),
+                                 axisVector(2, g_fManualStart)};
+    updateUnitCell();
+}
+
+void MainWindow::assignViewingDirection(int nVector)
+{
+    if (!m_pView3DCurrent || m_dataSet.m_listCellFound.size() != 3 ||
+        refuseDuringRun(tr("Changing the cell")))
+        return;
+    m_dataSet.m_listCellFound[nVector] = scaledDouble(m_pView3DCurrent->getViewDirection(),
+                                                      lengthSpins(*m_pCellPage)[nVector]->value());
+    updateUnitCell();
+}
+
+void MainWindow::unitCellHuntingManualAssignRA()
+{
+    assignViewingDirection(0);
+}
+
+void MainWindow::unitCellHuntingManualAssignRB()
+{
+    assignViewingDirection(1);
+}
+
+void MainWindow::unitCellHuntingManualAssignRC()
+{
+    assignViewingDirection(2);
+}
+
+void MainWindow::updateManualLength(int nVector)
+{
+    if (m_dataSet.m_listCellFound.size() != 3 || refuseDuringRun(tr("Changing the cell")))
+        return;
+    Vec3D& vec = m_dataSet.m_listCellFound[nVector];
+    const double dfLength = lengthSpins(*m_pCellPage)[nVector]->value();
+    const double dfFormer = double(length(vec));
+    // A vector of length 0 has lost its direction, and takes that of the axis it started with.
+    vec = dfFormer > 0 ? scaledDouble(vec, dfLength / dfFormer) : axisVector(nVector, float(dfLength));
+    updateUnitCell();
+}
+
+void MainWindow::unitCellHuntingManualUpdateRA()
+{
+    updateManualLength(0);
+}
+
+void MainWindow::unitCellHuntingManualUpdateRB()
+{
+    updateManualLength(1);
+}
+
+void MainWindow::unitCellHuntingManualUpdateRC()
+{
+    updateManualLength(2);
+}
+
+void MainWindow::exportUnitCell()
+{
+    if (refuseDuringRun(tr("Exporting a unit cell")))
+        return;
+    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Unit Cell Data to File"),
+                                                         m_dataSet.m_strWorkingDir, cellFilter());
+    if (strFile.isEmpty())
+        return;
+    QString strReason;
+    if (saveUnitCellFile(m_dataSet, strFile, &strReason))
+        return;
+    WindowReport report(*this);
+    report.addMessage(QStringLiteral("No unt cell data was saved."), Qt::red);
+    report.addMessage(strReason, Qt::red);
+}
+
+void MainWindow::loadUnitCell()
+{
+    if (refuseDuringRun(tr("Loading a unit cell")))
+        return;
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Unit Cell"),
+                                                         m_dataSet.m_strWorkingDir, cellFilter());
+    if (strFile.isEmpty())
+        return;
+    QString strReason;
+    const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
+    if (listCell.size() != 3) {
+        WindowReport report(*this);
+        report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFile),
+                          Qt::red);
+        report.addMessage(strReason, Qt::red);
+        return;
+    }
+    m_pCellPage->m_pButtonTest->setChecked(false);
+    m_dataSet.m_listCellFound = listCell;
+    updateUnitCell();
+    showLattice();
+}

@@ -1,0 +1,204 @@
+// MainWindow: mapping of the peaks, merging, and the rotation axis on the frame.
+#include "window/mainwindow.h"
+
+#include "records/groupmask.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
+#include "window/pages/framespage.h"
+#include "frameview/originalimgscene.h"
+#include "geometry/axisline.h"
+#include "reciprocal/mapping.h"
+#include "reciprocal/merging.h"
+#include "window/pages/mergingpage.h"
+#include "reciprocal/peakgroups.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+#include "view3d/quietview.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGraphicsLineItem>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include <utility>
+
+void MainWindow::transformPeaksTo3D()
+{
+    syncParametersWithControls(true);
+    WindowReport report(*this);
+    guarded([&] { ::transformPeaksTo3D(m_dataSet, m_mapping, report); });
+}
+
+void MainWindow::showPeaksIn3D()
+{
+    if (isPumping()) {  // the run may be walking the lists
+        m_bShowAsked = true;
+        return;
+    }
+    syncParametersWithControls(true);
+    guarded([this] {
+        keepRawGroups();
+        const QList<Peak3D> listPeak = ::showPeaksIn3D(m_dataSet, m_mapping);
+        const KeptGroups kept = std::exchange(m_keptGroups, {});
+        // The same peaks under other limits or another geometry keep the groups that the user has made.
+        const int nGroups = kept.listLabel.size();
+        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, listPeak, nGroups);
+        QList<PointGroup> listGroup;
+        for (int g = 0; g < nGroups; ++g)
+            listGroup.append({kept.listLabel[g], listGroupPoint[g], kept.listColor[g], kept.listVisible[g]});
+        showInRawView(listPeak, listGroup);
+        m_bRawViewHoldsPeaks = true;
+    });
+}
+
+/// Notes the groups of the raw view, and in the masks of the peaks who is in them, before other points come.
+void MainWindow::keepRawGroups()
+{
+    if (!m_bRawViewHoldsPeaks)
+        return;
+    m_keptGroups = {m_pView3DRaw->groupLabels(), m_pView3DRaw->groupColors(), m_pView3DRaw->groupsVisible()};
+    if (m_keptGroups.listLabel.size() > 1)  // one group alone holds all, whatever their masks say
+        ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+}
+
+/// The peaks of the data set are others now: groups of the former ones go with them.
+void MainWindow::forgetRawGroups()
+{
+    m_bRawViewHoldsPeaks = false;
+    m_keptGroups = {};
+}
+
+void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
+{
+    showInRawView(listPeak, {});
+}
+
+void MainWindow::showInRawView(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup)
+{
+    const QuietView quiet(*m_pView3DRaw);
+    const double dfSize = m_pView3DPage->m_pSpinPointSize->value();
+    if (m_pView3DRaw->pointSizeRatio() != dfSize)  // else the sizes of the points that go would be made again
+        m_pView3DRaw->setPointSizeRatio(dfSize);
+    m_pView3DRaw->setPoints(listPeak, listGroup);
+}
+
+void MainWindow::mapWaitingPeaks()
+{
+    if (m_dataSet.m_peakMapping || !canMapPeaks(m_dataSet))
+        return;
+    const bool bRestore = !m_bRawViewHoldsPeaks;  // of a list that could not be shown when it was opened
+    transformPeaksTo3D();
+    showPeaksIn3D();
+    if (bRestore)
+        guarded([this] { restoreRawGroups(); });
+}
+
+void MainWindow::recalculate3DPeakPositionsAndUpdateView()
+{
+    if (isPumping()) {
+        m_bRemapAsked = true;
+        return;
+    }
+    transformPeaksTo3D();
+    showPeaksIn3D();
+    updateExpectedPeakPositionFromOrientationMatrix();
+}
+
+void MainWindow::peakReduction3D()
+{
+    if (refuseDuringRun(tr("Merging")))
+        return;
+    syncParametersWithControls(true);
+    const int nGroup = selectedGroupRow(m_pMergingPage->m_pTableTargetPeaks);
+    if (nGroup < 0)
+        return;
+    CRunScope scope(*this);
+    WindowReport report(*this);
+    if (m_bRawViewHoldsPeaks && needsMapping(m_dataSet, m_mapping)) {
+        // Positions relative to a beam that has moved since must not meet points of the former one.
+        report.addMessage(
+            tr("Shifts, direct beam or geometry have changed since the peaks were mapped. They "
+               "are mapped anew before merging."));
+        transformPeaksTo3D();
+        showPeaksIn3D();
+    }
+    m_pMergingPage->m_pButtonMerge->setEnabled(false);
+    // Before events are let through: the pages and the views stay open to the user meanwhile.
+    const PeakMergingParameters merging = m_merging;
+    const std::vector<char> vecFlag = groupFlags(nGroup);
+    if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
+        report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
+                          Qt::red);
+        m_pMergingPage->m_pButtonMerge->setEnabled(true);
+        return;
+    }
+    report.addMessage(tr("Merging the peaks of the group \"%1\" (%L2).")
+                          .arg(m_pView3DRaw->groupLabels().value(nGroup))
+                          .arg(m_pView3DRaw->groupPoints().value(nGroup).size()));
+    report.goOn();
+    guarded([&] {
+        const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);
+        if (!result.bFinished)
+            return;
+        m_pTabWidget->setCurrentIndex(2);
+        report.goOn();
+        showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
+        updatePeakTable(m_dataSet.m_listPeakMerged);
+    });
+    m_pMergingPage->m_pButtonMerge->setEnabled(true);
+}
+
+/// One flag per nID of the peaks: whether it is a point of the raw view's group `nGroup`, or would be if the
+/// limits did not hide it. The merge leaves those out and tells how many they are.
+std::vector<char> MainWindow::groupFlags(int nGroup) const
+{
+    const QList<Peak3D>& listPoint = m_pView3DRaw->points();
+    std::vector<char> vecFlag, vecShown;
+    const auto setFlag = [](std::vector<char>& vec, const Peak3D& peak) {
+        if (peak.nFrame < 0 || peak.nID < 0)
+            return;  // a point of a list that was only loaded for a look, and no peak
+        if (peak.nID >= int(vec.size()))
+            vec.resize(std::size_t(peak.nID) + 1, 0);
+        vec[std::size_t(peak.nID)] = 1;
+    };
+    for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup))
+        setFlag(vecFlag, listPoint[nPoint]);
+    if (!m_bRawViewHoldsPeaks)
+        return vecFlag;
+    for (const Peak3D& peak : listPoint)
+        setFlag(vecShown, peak);
+    const QList<QList<Peak3D>>& listPeakFrame = m_dataSet.m_listPeakFrame;
+    const bool bGroups = groupsMatchPeaks(m_dataSet.m_vecPeakGroup, listPeakFrame);
+    for (int f = 0; f < listPeakFrame.size(); ++f)
+        for (int i = 0; i < listPeakFrame[f].size(); ++i) {
+            const Peak3D& peak = listPeakFrame[f][i];
+            const bool bShown = peak.nID >= 0 && peak.nID < int(vecShown.size()) &&
+                                vecShown[std::size_t(peak.nID)];
+            if (bShown || liesWithinLimits(peak, m_mapping))
+                continue;
+            const QList<int> listGroup = bGroups ? m_dataSet.m_vecPeakGroup[f][i] : QList<int>();
+            if (listGroup.isEmpty() ? nGroup == 0 : listGroup.contains(nGroup))
+                setFlag(vecFlag, peak);
+        }
+    return vecFlag;
+}
+
+void MainWindow::showRotationAxisLine()
+{
+    if (isFrameInUse())
+        return;
+    if (!isRunning())
+        syncParametersWithControls(true);
+    const int nFrame = m_pFrameSpin->value() - 1;
+    const BeamCentres centres = beamCentres(m_dataSet);
+    const ImageList& vecImage = m_dataSet.m_vecFrameImage;
+    QLineF line;
+    bool bShow = m_pFramesPage->m_pShowAxisCheck->isChecked() && centres.holds(nFrame) && !vecImage.empty();
+    bShow = bShow && axisLine(line, frameCentre(centres, nFrame), m_pFramesPage->m_pRotationAxisSpin->value(),
+                              {vecImage.front()->Width(), vecImage.front()->Height()});
+    if (bShow)
+        m_pAxisLine->setLine(line);
+    m_pAxisLine->setVisible(bShow);
+    m_pFrameScene->update();
+}

@@ -1,0 +1,43 @@
+// MainWindow: where reflections are expected on the frame in view.
+#include "window/mainwindow.h"
+
+#include "window/pages/extractionpage.h"
+#include "frames/peakpositions.h"
+#include "frameview/originalimgscene.h"
+#include "reciprocal/predictedpositions.h"
+
+#include <QCheckBox>
+#include <QRadioButton>
+#include <QSpinBox>
+
+/// Circles where the cell in force puts reflections on the frame in view, or on its indexed peaks; none when
+/// the box is not checked.
+void MainWindow::showEstimatedPeakPosition()
+{
+    if (isFrameInUse())
+        return;
+    if (!isRunning())
+        syncParametersWithControls(true);
+    const int nFrame = m_pFrameSpin->value() - 1;
+    const int nFrames = m_dataSet.m_listFrameFile.size();
+    const ImageList& vecImage = m_dataSet.m_vecFrameImage;
+    QList<QPointF> listPosition;
+    // A frame that could not be read leaves the picture of another one standing.
+    if (m_pExtractionPage->m_pCheckShowEstimated->isChecked() && !vecImage.empty() && nFrame >= 0 &&
+        nFrame < nFrames)
+        guarded([&] {
+            if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked())
+                listPosition = peakPositions(predictedPositionsOnFrame(
+                    m_dataSet, nFrame, m_extraction.m_dfResolutionLimit, m_mapping.m_bApplyStretching,
+                    {vecImage.front()->Width(), vecImage.front()->Height()}));
+            else if (m_dataSet.m_vecPeakIndexedOnFrame.size() == nFrames)
+                listPosition = peakPositions(m_dataSet.m_vecPeakIndexedOnFrame[nFrame]);
+        });
+    showEstimatedMarks(listPosition);
+}
+
+void MainWindow::updateExpectedPeakPositionFromOrientationMatrix()
+{
+    if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked())
+        showEstimatedPeakPosition();
+}

@@ -1,0 +1,52 @@
+#include "window/settingsfile.h"
+
+#include "dataset/textlines.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+
+#include <cstdio>
+
+namespace {
+
+constexpr qint64 g_nMaxSettings = 16000000;  // bytes; the program writes some kilobytes
+
+QString reasonNotToRead(const QString& strFile)
+{
+    QByteArray bytes;
+    QString strReason;
+    if (!readFileBytes(strFile, bytes, g_nMaxSettings, &strReason))
+        return strReason;
+    if (bytes.contains("@Variant"))
+        return QStringLiteral("%1: holds a serialized object").arg(strFile);
+    if (QSettings(strFile, QSettings::IniFormat).status() != QSettings::NoError)
+        return QStringLiteral("%1: not in the form of settings").arg(strFile);
+    return {};
+}
+
+}  // namespace
+
+QString settingsFile()
+{
+    // Qt reads a settings file at once; that of another program, which is not there, tells the folder.
+    const QSettings settings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera-none"));
+    return QFileInfo(settings.fileName()).path() + QStringLiteral("/Tessera.conf");
+}
+
+QString putBadSettingsAside(const QString& strFile)
+{
+    const QString strReason = QFileInfo::exists(strFile) ? reasonNotToRead(strFile) : QString();
+    if (strReason.isEmpty())
+        return {};
+    QString strAside = strFile + QLatin1Char('~');
+    for (int i = 2; QFileInfo::exists(strAside) || QFileInfo(strAside).isSymLink(); ++i)
+        strAside = strFile + QStringLiteral("~%1").arg(i);
+    // Not QFile::rename(), which copies what it cannot rename, however large it is.
+    if (std::rename(QFile::encodeName(strFile).constData(), QFile::encodeName(strAside).constData()) == 0)
+        return QStringLiteral("The settings cannot be read and begin anew. %1. The file is now %2.")
+            .arg(strReason, strAside);
+    // Below what is no folder nothing is found, and nothing can be written.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, strFile);
+    return QStringLiteral("The settings cannot be read, begin anew and will not be kept. %1.").arg(strReason);
+}

@@ -1,0 +1,248 @@
+// MainWindow: the 3D view in the current tab and the page that steers it.
+#include "window/mainwindow.h"
+
+#include "window/pages/controltips.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
+#include "crystal/cellarithmetic.h"
+#include "view3d/ed3dwidget.h"
+#include "window/pages/view3dpage.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTableWidget>
+
+#include <list>
+
+namespace {
+
+// Per cent of transparency; the thousandth keeps single precision from taking one off.
+int transparency(float fAlpha)
+{
+    return int((1 - double(fAlpha) + 0.001) * 100);
+}
+
+float alphaOf(int nTransparency)
+{
+    return float((100 - nTransparency) / 100.0);
+}
+
+}  // namespace
+
+void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
+{
+    pView = new ED3DWidget(m_pTabWidget);
+    explainArea(
+        pView,
+        tr("Reciprocal space. Left drag turns, with Shift it moves, right drag or wheel zooms, with Ctrl it "
+           "selects points."));
+    connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
+    connect(pView, &ED3DWidget::contextFailed, this, [this](const QString& strMessage) {
+        for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once
+            disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
+        WindowReport(*this).addMessage(strMessage, Qt::red);
+    });
+    m_pTabWidget->addTab(pView, strTab);
+}
+
+/// What the page's buttons do; its other controls belong to connectPanelSignals().
+void MainWindow::connect3DPage()
+{
+    const View3DPage& page = *m_pView3DPage;
+    const auto onClick = [this](QPushButton* pButton, void (MainWindow::*pSlot)()) {
+        connect(pButton, &QPushButton::clicked, this, pSlot);
+    };
+    onClick(page.m_pButtonAddGroup, &MainWindow::addSelectedAsNewGroup);
+    onClick(page.m_pButtonAlongRA, &MainWindow::rotateAlongRA);
+    onClick(page.m_pButtonAlongRB, &MainWindow::rotateAlongRB);
+    onClick(page.m_pButtonAlongRC, &MainWindow::rotateAlongRC);
+    onClick(page.m_pButtonAlongA, &MainWindow::rotateAlongA);
+    onClick(page.m_pButtonAlongB, &MainWindow::rotateAlongB);
+    onClick(page.m_pButtonAlongC, &MainWindow::rotateAlongC);
+    onClick(page.m_pButtonRotateLeft, &MainWindow::rotate3DViewLeft);
+    onClick(page.m_pButtonRotateRight, &MainWindow::rotate3DViewRight);
+    onClick(page.m_pButtonRotateUp, &MainWindow::rotate3DViewUp);
+    onClick(page.m_pButtonRotateDown, &MainWindow::rotate3DViewDown);
+    onClick(page.m_pButtonRotateClockwise, &MainWindow::rotate3DViewClockwise);
+    onClick(page.m_pButtonRotateCounterClockwise, &MainWindow::rotate3DViewCounterClockwise);
+    connect(page.m_pButtonLoadHKL, &QPushButton::clicked, this, [this] { loadShelxFile(); });
+}
+
+/// Brings the page into line with the view that it acts on.
+void MainWindow::update3DViewControls()
+{
+    if (!m_pView3DCurrent)
+        return;
+    const View3DPage& page = *m_pView3DPage;
+    int anRange[3];
+    m_pView3DCurrent->getLatticeRange(anRange[0], anRange[1], anRange[2]);
+    {
+        std::list<QSignalBlocker> listBlocker;
+        for (QWidget* pControl : std::initializer_list<QWidget*>{
+                 page.m_pSpinPointSize, page.m_pSpinPointTransparency, page.m_pGroupCanvasGrid,
+                 page.m_pSpinCanvasGridTransparency, page.m_pCheckLatticePoints, page.m_pCheckLatticeLines,
+                 page.m_pSpinLatticeH, page.m_pSpinLatticeK, page.m_pSpinLatticeL})
+            listBlocker.emplace_back(pControl);
+        page.m_pSpinPointSize->setValue(m_pView3DCurrent->pointSizeRatio());
+        page.m_pSpinPointTransparency->setValue(transparency(m_pView3DCurrent->pointAlpha()));
+        page.m_pGroupCanvasGrid->setChecked(m_pView3DCurrent->showCanvasGrid());
+        page.m_pSpinCanvasGridTransparency->setValue(transparency(m_pView3DCurrent->canvasGridAlpha()));
+        page.m_pCheckLatticePoints->setChecked(m_pView3DCurrent->showLatticePoints());
+        page.m_pCheckLatticeLines->setChecked(m_pView3DCurrent->showLatticeLines());
+        page.m_pSpinLatticeH->setValue(anRange[0]);
+        page.m_pSpinLatticeK->setValue(anRange[1]);
+        page.m_pSpinLatticeL->setValue(anRange[2]);
+    }
+    buildGroupTable(page.m_pTablePeakGroups, m_pView3DCurrent, true);
+    const int nSelected = m_pView3DCurrent->selectedPoints().size();
+    page.m_pEditSelectedCount->setText(QStringLiteral("%L1").arg(nSelected));
+    // A button that goes off hands the keyboard to the next control and scrolls the page there. What is
+    // selected next is selected in the view.
+    if (nSelected == 0 && page.window()->focusWidget() == page.m_pButtonAddGroup)
+        m_pView3DCurrent->setFocus();
+    page.m_pButtonAddGroup->setEnabled(nSelected >= 1);
+}
+
+void MainWindow::pointSize3DChanged(double dfNewSize)
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setPointSizeRatio(dfNewSize);
+}
+
+void MainWindow::pointAlpha3DChanged(int nTransparency)
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setPointAlpha(alphaOf(nTransparency));
+}
+
+void MainWindow::canvasGridTransparencyChanged(int nTransparency)
+{
+    if (!m_pView3DCurrent)
+        return;
+    m_pView3DCurrent->setCanvasGridAlpha(alphaOf(nTransparency));
+    m_dfCanvasGridAlpha = (100 - nTransparency) / 100.0;  // what the next start begins with
+}
+
+void MainWindow::canvasGridToggled(bool bEnable)
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setShowCanvasGrid(bEnable);
+}
+
+void MainWindow::unitCellLatticePointsToggled(bool bEnable)
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setShowLatticePoints(bEnable);
+}
+
+void MainWindow::unitCellLatticeLinesToggled(bool bEnable)
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setShowLatticeLines(bEnable);
+}
+
+void MainWindow::unitCellLatticeRangeChanged()
+{
+    if (m_pView3DCurrent)
+        m_pView3DCurrent->setLatticeRange(m_pView3DPage->m_pSpinLatticeH->value(),
+                                          m_pView3DPage->m_pSpinLatticeK->value(),
+                                          m_pView3DPage->m_pSpinLatticeL->value());
+}
+
+/// Turns the view to look along a*, b*, c* (nVector 0, 1, 2) of the cell in force, or along a, b, c.
+void MainWindow::rotateAlong(int nVector, bool bReciprocal)
+{
+    const QList<Vec3D>& listCell = m_dataSet.m_listCell;
+    if (!m_pView3DCurrent || listCell.size() != 3)
+        return;
+    Vec3D aVector[3] = {listCell[0], listCell[1], listCell[2]};
+    if (!bReciprocal &&
+        !reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], aVector[0], aVector[1], aVector[2]))
+        return;
+    m_pView3DCurrent->viewAlong(aVector[nVector]);
+}
+
+void MainWindow::rotateAlongRA()
+{
+    rotateAlong(0, true);
+}
+
+void MainWindow::rotateAlongRB()
+{
+    rotateAlong(1, true);
+}
+
+void MainWindow::rotateAlongRC()
+{
+    rotateAlong(2, true);
+}
+
+void MainWindow::rotateAlongA()
+{
+    rotateAlong(0, false);
+}
+
+void MainWindow::rotateAlongB()
+{
+    rotateAlong(1, false);
+}
+
+void MainWindow::rotateAlongC()
+{
+    rotateAlong(2, false);
+}
+
+/// Degrees of one rotation step; 0 with a red line for a text that is no number.
+double MainWindow::rotationStep()
+{
+    bool bOk = false;
+    const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
+                                            &bOk);
+    if (!bOk)
+        WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format for the rotation step."),
+                                       Qt::red);
+    return bOk ? dfStep : 0;
+}
+
+/// Turns the view by one step of the page, forwards or back.
+void MainWindow::turn3DView(void (ED3DWidget::*pTurn)(double), int nSign)
+{
+    if (m_pView3DCurrent)
+        (m_pView3DCurrent->*pTurn)(nSign * rotationStep());
+}
+
+void MainWindow::rotate3DViewUp()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenX, -1);
+}
+
+void MainWindow::rotate3DViewDown()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenX, 1);
+}
+
+void MainWindow::rotate3DViewLeft()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenY, -1);
+}
+
+void MainWindow::rotate3DViewRight()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenY, 1);
+}
+
+void MainWindow::rotate3DViewClockwise()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenZ, -1);
+}
+
+void MainWindow::rotate3DViewCounterClockwise()
+{
+    turn3DView(&ED3DWidget::rotateAroundScreenZ, 1);
+}

@@ -1,0 +1,53 @@
+#include "window/windowreport.h"
+
+#include "window/mainwindow.h"
+#include "window/messageedit.h"
+
+#include <QCoreApplication>
+#include <QProgressBar>
+
+WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(window), m_pbFlag(pbFlag) {}
+
+WindowReport::~WindowReport()
+{
+    WindowReport::endProgress();
+}
+
+void WindowReport::addMessage(const QString& strText, Qt::GlobalColor color)
+{
+    m_window.m_pMessageEdit->addMessage(strText, color);
+}
+
+void WindowReport::addHtml(const QString& strHtml, Qt::GlobalColor color)
+{
+    m_window.m_pMessageEdit->addHtml(strHtml, color);
+}
+
+// Where the platform's task bar shows no progress, the bar in the status bar is all there is.
+void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool /*bTaskBar*/)
+{
+    QProgressBar* pBar = m_window.m_pProgressBar;
+    pBar->setFormat(strFormat);
+    pBar->setRange(nMinimum, nMaximum);
+    pBar->setValue(nMinimum);
+    pBar->show();
+    m_bProgressShown = true;
+}
+
+void WindowReport::setProgress(int nValue)
+{
+    m_window.m_pProgressBar->setValue(nValue);
+}
+
+void WindowReport::endProgress()
+{
+    if (m_bProgressShown)
+        m_window.m_pProgressBar->hide();
+    m_bProgressShown = false;
+}
+
+bool WindowReport::goOn()
+{
+    m_window.pumpEvents();
+    return !m_window.m_bCloseAsked && (!m_pbFlag || *m_pbFlag);
+}

@@ -1,0 +1,32 @@
+// WindowReport: what a run says, in the window: message log, progress bar and event pump.
+#pragma once
+
+#include "records/runreport.h"
+
+class MainWindow;
+
+/// The report of a run that the window shows while it works.
+///
+/// goOn() is where the window stays alive: it handles waiting events, and through them the user can ask
+/// for anything, also for what must not happen now. MainWindow knows by isPumping() that it is so.
+class WindowReport : public CRunReport {
+public:
+    /// @param pbFlag  the run's flag, whose clearing stops the run; null for what cannot be stopped but
+    ///                by closing the window
+    explicit WindowReport(MainWindow& window, const bool* pbFlag = nullptr);
+    ~WindowReport() override;
+    WindowReport(const WindowReport&) = delete;
+    WindowReport& operator=(const WindowReport&) = delete;
+
+    void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override;
+    void addHtml(const QString& strHtml, Qt::GlobalColor color = Qt::black) override;
+    void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool bTaskBar = false) override;
+    void setProgress(int nValue) override;
+    void endProgress() override;
+    bool goOn() override;
+
+private:
+    MainWindow& m_window;
+    const bool* m_pbFlag;
+    bool m_bProgressShown = false;
+};
