@@ -2,14 +2,14 @@
 //
 // Compare huntInTheWindow with huntAlone: the ratio is what log, progress, events and mapping cost on top.
 // With a screen (QT_QPA_PLATFORM=xcb) remapInTheWindow paints the cloud by OpenGL as well.
-#include "dataset/opening.h"
-#include "window/mainwindow.h"
 #include "bench/benchapplication.h"
-#include "window/pages/framespage.h"
-#include "window/pages/peaksearchpage.h"
+#include "dataset/opening.h"
 #include "frames/peakhunting.h"
 #include "imagefiles/mrcfile.h"
 #include "view3d/ed3dwidget.h"
+#include "window/mainwindow.h"
+#include "window/pages/framespage.h"
+#include "window/pages/peaksearchpage.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,16 +1,15 @@
 #include "batch/batchroad.h"
 
+#include "crystal/cellarithmetic.h"
+#include "crystal/cellrefinement.h"
+#include "crystal/crystalparacal.h"
+#include "crystal/reflectionindices.h"
 #include "dataset/maskfile.h"
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
 #include "dataset/peaklistfile.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
-#include "records/fileset.h"
-#include "crystal/cellarithmetic.h"
-#include "crystal/cellrefinement.h"
-#include "crystal/crystalparacal.h"
-#include "crystal/reflectionindices.h"
 #include "frames/autoregion.h"
 #include "frames/autothreshold.h"
 #include "frames/frametargets.h"
@@ -28,6 +27,7 @@
 #include "reciprocal/merging.h"
 #include "reciprocal/peakgroups.h"
 #include "reciprocal/rotationsense.h"
+#include "records/fileset.h"
 #include "road/filestamp.h"
 
 #include <QDir>

@@ -1,10 +1,10 @@
 // CBatchRoad: the stages from frames to result files, without a user to place, tune or look.
 #pragma once
 
-#include "dataset/dataset.h"
-#include "reciprocal/indexing.h"
 #include "batch/batchoptions.h"
 #include "batch/batchreport.h"
+#include "dataset/dataset.h"
+#include "reciprocal/indexing.h"
 #include "road/filestamp.h"
 
 #include <QJsonObject>

@@ -1,11 +1,11 @@
 // tessera-batch: the whole road from frames to result files, without a window.
-#include "records/wholefile.h"
 #include "batch/batchoptions.h"
 #include "batch/batchreport.h"
 #include "batch/batchroad.h"
 #include "batch/misplacedoutput.h"
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
+#include "records/wholefile.h"
 
 #include <QCoreApplication>
 #include <QDir>

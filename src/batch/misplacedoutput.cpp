@@ -1,5 +1,6 @@
 #include "batch/misplacedoutput.h"
 
+#include "batch/standardoutput.h"
 #include "dataset/dataset.h"
 #include "dataset/framefiles.h"
 #include "dataset/projectfile.h"
@@ -8,7 +9,6 @@
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
 #include "reciprocal/volumeexport.h"
-#include "batch/standardoutput.h"
 
 #include <QFileInfo>
 

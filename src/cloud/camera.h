@@ -1,8 +1,8 @@
 // CCamera: rotation, pan and zoom of the 3D view, and the matrices that follow from them.
 #pragma once
 
-#include "records/vec3d.h"
 #include "cloud/matrix4.h"
+#include "records/vec3d.h"
 
 /// A direction of the mouse on the half ball that fills the widget: (x, y) in its pixels from the upper left
 /// corner, z towards the viewer. Unit length; beyond the ball's edge in the plane of the screen.

@@ -1,8 +1,8 @@
 // The visible points of a cloud as an array, for drawing and picking.
 #pragma once
 
-#include "records/peak3d.h"
 #include "cloud/pointgroups.h"
+#include "records/peak3d.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 // Points and lines of the reciprocal lattice that the 3D view draws.
 #pragma once
 
-#include "records/vec3d.h"
 #include "cloud/camera.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

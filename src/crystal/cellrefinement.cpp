@@ -1,7 +1,7 @@
 #include "crystal/cellrefinement.h"
 
-#include "imaging/lmderfit.h"
 #include "crystal/uclscell.h"
+#include "imaging/lmderfit.h"
 
 #include <QLatin1Char>
 #include <QStringList>

@@ -1,10 +1,10 @@
 // Cell transformation: a 3×3 matrix applied to the committed basis, in reciprocal or in real space.
 #pragma once
 
-#include "records/runreport.h"
-#include "records/vec3d.h"
 #include "crystal/cellmessage.h"
 #include "geometry/matrix3.h"
+#include "records/runreport.h"
+#include "records/vec3d.h"
 
 #include <QList>
 

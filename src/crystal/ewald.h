@@ -1,10 +1,10 @@
 // Ewald geometry: from a point of reciprocal space back to tilt, frame and pixel.
 #pragma once
 
+#include "geometry/rotationgeometry.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
 #include "records/vec3d.h"
-#include "geometry/rotationgeometry.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 #include "crystal/indexedpeaklist.h"
 
-#include "records/timestamp.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
+#include "records/timestamp.h"
 
 bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
                           QString* pstrReason, CFileSet* pSet)

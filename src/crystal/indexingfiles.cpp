@@ -1,11 +1,11 @@
 #include "crystal/indexingfiles.h"
 
-#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/expectedreflections.h"
 #include "crystal/hklfile.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
+#include "records/timestamp.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Peak pairs: two indexed peaks of one frame, whose distance knows no beam position.
 #pragma once
 
+#include "crystal/spacegroup.h"
 #include "records/peakpair.h"
 #include "records/runreport.h"
-#include "crystal/spacegroup.h"
 
 #include <QList>
 #include <QVector>

@@ -1,8 +1,8 @@
 #include "crystal/reflectionconditions.h"
 
-#include "records/hklref.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/spacegrouptable.h"
+#include "records/hklref.h"
 
 #include <QString>
 

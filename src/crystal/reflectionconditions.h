@@ -1,9 +1,9 @@
 // Reflection conditions: parity tables of the reflection classes and the test of all 230 space groups.
 #pragma once
 
+#include "crystal/spacegroup.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "crystal/spacegroup.h"
 
 #include <QList>
 

@@ -1,9 +1,9 @@
 // Filter of reflections: those whose tilts are fit for a refinement.
 #pragma once
 
+#include "crystal/ewald.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "crystal/ewald.h"
 
 #include <QList>
 

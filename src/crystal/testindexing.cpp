@@ -1,9 +1,9 @@
 #include "crystal/testindexing.h"
 
-#include "records/hklref.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/hkl3d.h"
 #include "crystal/reflectionbuilder.h"
+#include "records/hklref.h"
 
 #include <QString>
 

@@ -1,11 +1,11 @@
 // DataSet: all that the program keeps of one data set between runs.
 #pragma once
 
+#include "crystal/spacegroup.h"
 #include "dataset/maskdata.h"
+#include "imaging/imagelist.h"
 #include "records/peak3d.h"
 #include "records/vec3d.h"
-#include "crystal/spacegroup.h"
-#include "imaging/imagelist.h"
 
 #include <QList>
 #include <QPoint>

@@ -1,10 +1,10 @@
 #include "dataset/unitcellfile.h"
 
+#include "crystal/cellarithmetic.h"
 #include "dataset/fixednumber.h"
 #include "dataset/textlines.h"
 #include "dataset/textscanner.h"
 #include "records/wholefile.h"
-#include "crystal/cellarithmetic.h"
 
 #include <QFileInfo>
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "frames/peakfilters.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
-#include "frames/peakfilters.h"
 
 /// Eight robust standard deviations of the band-passed image, median over frames of the series.
 ///

@@ -1,11 +1,11 @@
 // The band-passed and the smoothed image of a frame, through its spectrum.
 #pragma once
 
-#include "records/runparameters.h"
 #include "frames/peakfilters.h"
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
 #include "imaging/imgobj.h"
+#include "records/runparameters.h"
 
 #include <QtGlobal>
 

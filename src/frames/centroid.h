@@ -1,8 +1,8 @@
 // refine2DPeakPosition: centroids of peaks within discs.
 #pragma once
 
-#include "records/refintpara.h"
 #include "imaging/imgobj.h"
+#include "records/refintpara.h"
 
 #include <list>
 #include <vector>

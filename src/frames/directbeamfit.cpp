@@ -1,8 +1,8 @@
 #include "frames/directbeamfit.h"
 
 #include "frames/framerun.h"
-#include "imaging/peakfit2d.h"
 #include "geometry/rotationgeometry.h"
+#include "imaging/peakfit2d.h"
 
 namespace {
 

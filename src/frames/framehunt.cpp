@@ -1,10 +1,10 @@
 #include "frames/framehunt.h"
 
-#include "records/refintpara.h"
 #include "frames/integration.h"
 #include "frames/localmaxima.h"
 #include "frames/peakmask.h"
 #include "frames/wholepixels.h"
+#include "records/refintpara.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "dataset/maskdata.h"
-#include "records/runparameters.h"
 #include "frames/bandpass.h"
 #include "frames/peakfilters.h"
 #include "imaging/acmlfft.h"
 #include "imaging/imgobj.h"
+#include "records/runparameters.h"
 
 #include <QList>
 

@@ -1,11 +1,11 @@
 #include "frames/frameloader.h"
 
-#include "records/shortmemory.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/filekind.h"
 #include "imagefiles/mrcfile.h"
 #include "imagefiles/picturefile.h"
+#include "records/shortmemory.h"
 
 #include <QFileInfo>
 

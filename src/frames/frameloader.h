@@ -1,8 +1,8 @@
 // loadFrame: the one way by which frames enter memory.
 #pragma once
 
-#include "records/runreport.h"
 #include "imaging/imagelist.h"
+#include "records/runreport.h"
 
 #include <QList>
 #include <QPoint>

@@ -1,7 +1,7 @@
 #include "frames/framerun.h"
 
-#include "records/timestamp.h"
 #include "frames/frameloader.h"
+#include "records/timestamp.h"
 
 #include <exception>
 

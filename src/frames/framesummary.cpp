@@ -1,9 +1,9 @@
 #include "frames/framesummary.h"
 
-#include "records/reason.h"
 #include "frames/frameloader.h"
 #include "imagefiles/dm3calibration.h"
 #include "imagefiles/picturefile.h"
+#include "records/reason.h"
 
 #include <QFileInfo>
 #include <QImageReader>

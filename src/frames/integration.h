@@ -1,8 +1,8 @@
 // Intensities at positions of an image: single pixels, and disc less ring.
 #pragma once
 
-#include "records/refintpara.h"
 #include "imaging/imgobj.h"
+#include "records/refintpara.h"
 
 #include <QList>
 

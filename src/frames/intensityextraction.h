@@ -2,10 +2,10 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runparameters.h"
-#include "records/runreport.h"
 #include "frames/peakfilters.h"
 #include "frames/peakpositions.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 
 #include <QVector>
 

@@ -1,9 +1,9 @@
 // CPeakFilters: the Fourier-space filters of peak hunting.
 #pragma once
 
-#include "records/runparameters.h"
 #include "imaging/complex.h"
 #include "imaging/imgobj.h"
+#include "records/runparameters.h"
 
 /// The smoothing and the band-pass filter, with what they were made for.
 ///

@@ -1,14 +1,14 @@
 #include "frames/peakhunting.h"
 
 #include "dataset/peaklistfile.h"
-#include "records/formerfile.h"
-#include "records/timestamp.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"
 #include "frames/framesequence.h"
 #include "frames/sharedpeakfilters.h"
 #include "frames/takeframe.h"
+#include "records/formerfile.h"
+#include "records/timestamp.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runparameters.h"
-#include "records/runreport.h"
 #include "frames/bandpass.h"
 #include "frames/framehunt.h"
 #include "frames/peakfilters.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 
 #include <QList>
 

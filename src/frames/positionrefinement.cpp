@@ -2,8 +2,8 @@
 
 #include "crystal/reflectionindices.h"
 #include "frames/framerun.h"
-#include "imaging/peakfit2d.h"
 #include "geometry/rotationgeometry.h"
+#include "imaging/peakfit2d.h"
 
 #include <QStringList>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runreport.h"
 #include "frames/peakpositions.h"
+#include "records/runreport.h"
 
 #include <QVector>
 

@@ -1,9 +1,9 @@
 #include "frames/scaledframes.h"
 
-#include "records/availablememory.h"
 #include "frames/seriesexport.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/resizebicubic.h"
+#include "records/availablememory.h"
 
 #include <QFileInfo>
 

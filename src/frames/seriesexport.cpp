@@ -1,9 +1,9 @@
 #include "frames/seriesexport.h"
 
-#include "records/timestamp.h"
 #include "frames/frameloader.h"
 #include "frames/frametargets.h"
 #include "frames/somenames.h"
+#include "records/timestamp.h"
 
 #include <QHash>
 

@@ -1,8 +1,8 @@
 // exportSeries: the walk over a series that writes one file per frame.
 #pragma once
 
-#include "records/runreport.h"
 #include "imaging/imgobj.h"
+#include "records/runreport.h"
 
 #include <QList>
 #include <QPoint>

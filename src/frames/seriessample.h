@@ -2,10 +2,10 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runreport.h"
 #include "frames/deferredreport.h"
 #include "frames/takeframe.h"
 #include "imaging/imagelist.h"
+#include "records/runreport.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,6 @@
 #include "frames/shiftevaluation.h"
 
 #include "dataset/shiftfile.h"
-#include "records/timestamp.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/frameloader.h"
@@ -17,6 +16,7 @@
 #include "imaging/imagefilters.h"
 #include "imaging/imageshifts.h"
 #include "imaging/peakfit2d.h"
+#include "records/timestamp.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

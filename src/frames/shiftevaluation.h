@@ -2,8 +2,8 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runreport.h"
 #include "imaging/imgobj.h"
+#include "records/runreport.h"
 
 #include <QPointF>
 #include <QRectF>

@@ -1,10 +1,10 @@
 // outputSmoothedImage: a frame's smoothed image as an MRC file.
 #pragma once
 
-#include "records/runparameters.h"
-#include "records/runreport.h"
 #include "frames/peakfilters.h"
 #include "imaging/imgobj.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 // takeFrame: a frame of a sequence, and what there is to say where memory is short.
 #pragma once
 
+#include "frames/framesequence.h"
 #include "records/runreport.h"
 #include "records/shortmemory.h"
-#include "frames/framesequence.h"
 
 /// Takes a frame from a sequence and tells where memory is short: in black when fewer threads go on, in red
 /// when one alone has no room either.

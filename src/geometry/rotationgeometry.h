@@ -2,9 +2,9 @@
 // it.
 #pragma once
 
+#include "geometry/matrix3.h"
 #include "records/peak3d.h"
 #include "records/vec3d.h"
-#include "geometry/matrix3.h"
 
 #include <QList>
 #include <QPointF>

@@ -5,9 +5,9 @@
 #include <QImage>
 #include <QVector>
 
+#include "imagefiles/mrcwriter.h"
 #include "records/reason.h"
 #include "records/wholefile.h"
-#include "imagefiles/mrcwriter.h"
 
 namespace {
 

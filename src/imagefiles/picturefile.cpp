@@ -1,8 +1,8 @@
 #include "imagefiles/picturefile.h"
 
+#include "imagefiles/filekind.h"
 #include "records/availablememory.h"
 #include "records/shortmemory.h"
-#include "imagefiles/filekind.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,14 +1,14 @@
 #include "reciprocal/cellfromdifferences.h"
 
-#include "records/numbertext.h"
-#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/crystalparacal.h"
 #include "crystal/peakpairs.h"
 #include "crystal/reflectionindices.h"
-#include "reciprocal/differencegroups.h"
 #include "geometry/angles.h"
 #include "geometry/rotationgeometry.h"
+#include "reciprocal/differencegroups.h"
+#include "records/numbertext.h"
+#include "records/timestamp.h"
 
 #include <algorithm>
 #include <climits>

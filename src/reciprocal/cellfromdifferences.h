@@ -2,10 +2,10 @@
 // on the direct beam nor, but for their indices, on the tilt.
 #pragma once
 
+#include "crystal/cellrefinement.h"
 #include "dataset/dataset.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
-#include "crystal/cellrefinement.h"
 
 #include <functional>
 

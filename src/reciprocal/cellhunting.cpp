@@ -1,10 +1,10 @@
 #include "reciprocal/cellhunting.h"
 
-#include "records/timestamp.h"
 #include "reciprocal/basisvectors.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/differencevectors.h"
 #include "reciprocal/vectoraveraging.h"
+#include "records/timestamp.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 // Cell hunting: the reciprocal basis from the difference vectors of the merged reflections.
 #pragma once
 
+#include "crystal/cellmessage.h"
 #include "dataset/dataset.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
-#include "crystal/cellmessage.h"
 
 /// Searches the unit cell of the selected reflections and commits it.
 ///

@@ -1,11 +1,11 @@
 #include "reciprocal/checkedcellhunting.h"
 
-#include "records/timestamp.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexspreading.h"
+#include "records/timestamp.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
 // Difference groups: difference vectors of the same indices, or of indices all negated.
 #pragma once
 
-#include "records/peak3d.h"
 #include "reciprocal/indexkey.h"
+#include "records/peak3d.h"
 
 #include <QList>
 

@@ -1,9 +1,9 @@
 #include "reciprocal/directbeamrefinement.h"
 
 #include "crystal/reflectionindices.h"
-#include "imaging/lmdiffit.h"
 #include "geometry/matrix3.h"
 #include "geometry/rotationgeometry.h"
+#include "imaging/lmdiffit.h"
 
 #include <QLatin1Char>
 #include <QStringList>

@@ -1,9 +1,9 @@
 // Direct beam refinement: the linear map from index differences to position differences of one frame.
 #pragma once
 
+#include "crystal/peakpairs.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "crystal/peakpairs.h"
 
 #include <QList>
 #include <QVector>

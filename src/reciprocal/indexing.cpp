@@ -1,7 +1,5 @@
 #include "reciprocal/indexing.h"
 
-#include "records/formerfile.h"
-#include "records/timestamp.h"
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
 #include "crystal/hklfile.h"
@@ -15,6 +13,8 @@
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
 #include "reciprocal/reflectiongroups.h"
+#include "records/formerfile.h"
+#include "records/timestamp.h"
 
 #include <QFile>
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "geometry/rotationgeometry.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
-#include "geometry/rotationgeometry.h"
 
 /// The direct beam positions of a data set.
 BeamCentres beamCentres(const DataSet& dataSet);

@@ -1,8 +1,8 @@
 #include "reciprocal/merging.h"
 
 #include "frames/intensitycurves.h"
-#include "reciprocal/chainlinking.h"
 #include "geometry/angles.h"
+#include "reciprocal/chainlinking.h"
 #include "reciprocal/mapping.h"
 
 #include <algorithm>

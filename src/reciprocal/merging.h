@@ -2,9 +2,9 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "geometry/rotationgeometry.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
-#include "geometry/rotationgeometry.h"
 
 #include <vector>
 

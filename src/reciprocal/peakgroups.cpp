@@ -1,7 +1,7 @@
 #include "reciprocal/peakgroups.h"
 
-#include "records/groupmask.h"
 #include "reciprocal/mapping.h"
+#include "records/groupmask.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,8 +1,8 @@
 #include "reciprocal/planeindexing.h"
 
-#include "records/timestamp.h"
 #include "crystal/crystalparacal.h"
 #include "geometry/rotationgeometry.h"
+#include "records/timestamp.h"
 
 #include <QStringList>
 

@@ -1,9 +1,9 @@
 #include "reciprocal/reciprocalvolume.h"
 
-#include "records/availablememory.h"
+#include "geometry/rotationgeometry.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/contrast.h"
-#include "geometry/rotationgeometry.h"
+#include "records/availablememory.h"
 
 #include <QtGlobal>
 

@@ -1,8 +1,8 @@
 // CReciprocalVolume: all pixels of a series in a grid of voxels of reciprocal space.
 #pragma once
 
-#include "imaging/imgobj.h"
 #include "geometry/matrix3.h"
+#include "imaging/imgobj.h"
 
 #include <QList>
 #include <QPointF>

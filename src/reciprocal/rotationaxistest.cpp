@@ -1,8 +1,8 @@
 #include "reciprocal/rotationaxistest.h"
 
-#include "records/timestamp.h"
-#include "reciprocal/chainlinking.h"
 #include "geometry/angles.h"
+#include "reciprocal/chainlinking.h"
+#include "records/timestamp.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 // Rotation axis test: the direction of the axis from the places where the peaks begin to show.
 #pragma once
 
+#include "geometry/rotationgeometry.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "geometry/rotationgeometry.h"
 
 #include <QList>
 

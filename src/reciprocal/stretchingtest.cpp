@@ -1,9 +1,9 @@
 #include "reciprocal/stretchingtest.h"
 
-#include "records/wholefile.h"
 #include "crystal/reflectionindices.h"
 #include "geometry/angles.h"
 #include "reciprocal/mapping.h"
+#include "records/wholefile.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,12 @@
 // Tilt refinement: the nine components of a*, b*, c* against the tilts at which reflections were seen.
 #pragma once
 
-#include "dataset/dataset.h"
-#include "records/hklref.h"
-#include "records/runreport.h"
 #include "crystal/cellmessage.h"
 #include "crystal/ewald.h"
+#include "dataset/dataset.h"
 #include "reciprocal/tiltfit.h"
+#include "records/hklref.h"
+#include "records/runreport.h"
 
 #include <QList>
 #include <QString>

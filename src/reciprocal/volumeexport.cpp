@@ -1,10 +1,10 @@
 #include "reciprocal/volumeexport.h"
 
-#include "records/timestamp.h"
 #include "frames/frameloader.h"
 #include "frames/frametargets.h"
 #include "geometry/rotationgeometry.h"
 #include "reciprocal/reciprocalvolume.h"
+#include "records/timestamp.h"
 
 #include <exception>
 

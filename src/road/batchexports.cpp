@@ -1,7 +1,7 @@
 #include "road/batchexports.h"
 
-#include "dataset/pagerounding.h"
 #include "crystal/indexedpeaklist.h"
+#include "dataset/pagerounding.h"
 #include "frames/frameloader.h"
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"

@@ -1,13 +1,13 @@
 // ED3DWidget: a cloud of peaks in reciprocal space, drawn by OpenGL, with the reciprocal lattice over it.
 #pragma once
 
-#include "records/peak3d.h"
-#include "records/vec3d.h"
 #include "cloud/camera.h"
 #include "cloud/cloudvertices.h"
 #include "cloud/latticegrid.h"
 #include "cloud/pointgroups.h"
 #include "cloud/pointsizes.h"
+#include "records/peak3d.h"
+#include "records/vec3d.h"
 
 #include <QColor>
 #include <QGLWidget>

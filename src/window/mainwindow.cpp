@@ -1,17 +1,17 @@
 #include "window/mainwindow.h"
 
-#include "window/guidewindow.h"
-#include "window/messageedit.h"
-#include "window/pages/controltips.h"
-#include "window/pages/pagecontrols.h"
-#include "window/tabwidget.h"
-#include "window/windowactions.h"
 #include "frames/frameloader.h"
-#include "window/pages/extractionpage.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
 #include "view3d/ed3dwidget.h"
+#include "window/guidewindow.h"
+#include "window/messageedit.h"
+#include "window/pages/controltips.h"
+#include "window/pages/extractionpage.h"
+#include "window/pages/pagecontrols.h"
 #include "window/pages/view3dpage.h"
+#include "window/tabwidget.h"
+#include "window/windowactions.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "frames/peakfilters.h"
+#include "geometry/matrix3.h"
 #include "records/buttonstatus.h"
 #include "records/hklref.h"
 #include "records/runparameters.h"
-#include "frames/peakfilters.h"
-#include "geometry/matrix3.h"
 
 #include <QColor>
 #include <QLocale>

@@ -1,9 +1,9 @@
 // MainWindow: its actions, menus, tool bar and status bar.
+#include "frameview/originalimgscene.h"
 #include "window/mainwindow.h"
 #include "window/pages/controltips.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
-#include "frameview/originalimgscene.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,18 +1,18 @@
 // MainWindow: the tool box and the other docks.
+#include "frameview/textdatawidget.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
+#include "window/pages/cellpage.h"
 #include "window/pages/controltips.h"
-#include "window/pages/wheelguard.h"
-#include "window/windowactions.h"
-#include "window/pages/refinementpage.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/framespage.h"
-#include "window/pages/peaksearchpage.h"
-#include "window/pages/shiftpage.h"
-#include "frameview/textdatawidget.h"
-#include "window/pages/cellpage.h"
 #include "window/pages/mergingpage.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/refinementpage.h"
+#include "window/pages/shiftpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/pages/wheelguard.h"
+#include "window/windowactions.h"
 
 #include <qwt_plot.h>
 

@@ -3,15 +3,15 @@
 #include "dataset/framefiles.h"
 #include "dataset/opening.h"
 #include "dataset/reflectionlist.h"
-#include "window/mainwindow.h"
-#include "window/newprojectdialog.h"
-#include "window/tabwidget.h"
-#include "window/windowactions.h"
-#include "window/windowreport.h"
-#include "window/pages/peaksearchpage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "view3d/ed3dwidget.h"
+#include "window/mainwindow.h"
+#include "window/newprojectdialog.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/tabwidget.h"
+#include "window/windowactions.h"
+#include "window/windowreport.h"
 
 #include <QApplication>
 #include <QCheckBox>

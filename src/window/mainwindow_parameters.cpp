@@ -1,16 +1,16 @@
 // MainWindow: the parameters between pages and members, and the signals of the pages.
+#include "frameview/originalimgscene.h"
+#include "view3d/ed3dwidget.h"
 #include "window/mainwindow.h"
-#include "window/windowactions.h"
-#include "window/pages/refinementpage.h"
+#include "window/pages/cellpage.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/framespage.h"
-#include "window/pages/peaksearchpage.h"
-#include "window/pages/shiftpage.h"
-#include "frameview/originalimgscene.h"
-#include "window/pages/cellpage.h"
 #include "window/pages/mergingpage.h"
-#include "view3d/ed3dwidget.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/refinementpage.h"
+#include "window/pages/shiftpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/windowactions.h"
 
 #include <QAbstractSpinBox>
 #include <QApplication>

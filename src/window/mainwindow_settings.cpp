@@ -1,11 +1,11 @@
 // MainWindow: what it remembers between sessions.
 #include "window/mainwindow.h"
 
-#include "window/messageedit.h"
-#include "window/settingsfile.h"
 #include "crystal/cellmessage.h"
 #include "view3d/ed3dwidget.h"
+#include "window/messageedit.h"
 #include "window/pages/view3dpage.h"
+#include "window/settingsfile.h"
 
 #include <QCryptographicHash>
 #include <QDockWidget>

@@ -1,9 +1,9 @@
 // MainWindow: the menu "Tools".
 #include "window/mainwindow.h"
 
-#include "window/windowactions.h"
-#include "window/pages/extractionpage.h"
 #include "view3d/ed3dwidget.h"
+#include "window/pages/extractionpage.h"
+#include "window/windowactions.h"
 
 #include <QMenu>
 #include <QMenuBar>

@@ -1,11 +1,11 @@
 #include "window/newprojectdialog.h"
 
+#include "crystal/electronwavelength.h"
 #include "dataset/framefiles.h"
 #include "dataset/textlines.h"
+#include "records/wholefile.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
-#include "records/wholefile.h"
-#include "crystal/electronwavelength.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>

@@ -1,8 +1,8 @@
 #include "crystal/cellarithmetic.h"
 #include "crystal/celltransformation.h"
 #include "crystal/crystalparacal.h"
-#include "tests/crystal/testreflection.h"
 #include "crystal/uclscell.h"
+#include "tests/crystal/testreflection.h"
 #include "tests/reciprocal/simulatedlattice.h"
 
 #include <gtest/gtest.h>

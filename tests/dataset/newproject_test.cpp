@@ -1,8 +1,8 @@
 // A project made from frames: wavelength, tilts, the order of the frames, and the file.
 #include "dataset/newproject.h"
+#include "crystal/electronwavelength.h"
 #include "dataset/framefiles.h"
 #include "dataset/projectfile.h"
-#include "crystal/electronwavelength.h"
 #include "tests/dataset/textfiles.h"
 
 #include <QDir>

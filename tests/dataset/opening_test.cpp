@@ -1,8 +1,8 @@
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
 #include "dataset/projectfile.h"
-#include "tests/recordingreport.h"
 #include "tests/dataset/textfiles.h"
+#include "tests/recordingreport.h"
 
 #include <QTemporaryDir>
 

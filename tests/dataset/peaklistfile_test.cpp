@@ -1,6 +1,6 @@
 #include "dataset/peaklistfile.h"
-#include "tests/recordingreport.h"
 #include "tests/dataset/textfiles.h"
+#include "tests/recordingreport.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -2,8 +2,8 @@
 
 #include "dataset/peaklistfile.h"
 #include "records/fileset.h"
-#include "tests/imagefiles/filesizelimit.h"
 #include "tests/dataset/textfiles.h"
+#include "tests/imagefiles/filesizelimit.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 #include "frames/autoregion.h"
 #include "frames/autothreshold.h"
 #include "frames/framehunt.h"
-#include "tests/frames/frameseries.h"
 #include "frames/peakhunting.h"
+#include "tests/frames/frameseries.h"
 
 namespace {
 

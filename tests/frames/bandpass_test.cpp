@@ -1,6 +1,6 @@
 #include "frames/framehunt.h"
-#include "tests/frames/frameseries.h"
 #include "frames/smoothedimage.h"
+#include "tests/frames/frameseries.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "frames/frameloader.h"
 
-#include "tests/frames/frameseries.h"
 #include "frames/framesummary.h"
 #include "frames/hotpixels.h"
+#include "tests/frames/frameseries.h"
 #include "tests/imagefiles/testfiles.h"
 
 #include <QImage>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "tests/filebytes.h"
 #include "frames/peakfilters.h"
 #include "imagefiles/mrcfile.h"
+#include "tests/filebytes.h"
 #include "tests/recordingreport.h"
 
 #include <QDir>

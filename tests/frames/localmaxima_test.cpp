@@ -1,7 +1,7 @@
 #include "frames/localmaxima.h"
 
-#include "tests/frames/frameseries.h"
 #include "frames/peakmask.h"
+#include "tests/frames/frameseries.h"
 
 namespace {
 

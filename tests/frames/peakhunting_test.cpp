@@ -1,7 +1,7 @@
 #include "frames/peakhunting.h"
 
-#include "tests/frames/frameseries.h"
 #include "frames/intensityextraction.h"
+#include "tests/frames/frameseries.h"
 #include "tests/imagefiles/filesizelimit.h"
 
 namespace {

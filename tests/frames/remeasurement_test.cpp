@@ -1,9 +1,9 @@
 #include "frames/centroid.h"
 #include "frames/directbeamfit.h"
-#include "tests/frames/frameseries.h"
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
 #include "frames/summedframes.h"
+#include "tests/frames/frameseries.h"
 #include "tests/reciprocal/testpeaks.h"
 
 namespace {

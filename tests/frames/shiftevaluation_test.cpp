@@ -1,11 +1,11 @@
 #include "frames/shiftevaluation.h"
 
-#include "tests/frames/frameseries.h"
 #include "frames/shiftjumps.h"
 #include "frames/summedmapbeam.h"
 #include "imaging/acmlfft.h"
 #include "imaging/imageconversion.h"
 #include "imaging/imageshifts.h"
+#include "tests/frames/frameseries.h"
 
 namespace {
 

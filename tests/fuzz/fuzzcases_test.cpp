@@ -1,6 +1,6 @@
 // Every reader on its folder of fuzzcases: seeds of the fuzzers, and what fuzzers have found.
-#include "tools/fuzz/fuzzreader.h"
 #include "tests/printtexts.h"
+#include "tools/fuzz/fuzzreader.h"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,11 @@
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/differencevectors.h"
-#include "tests/reciprocal/plainloops.h"
 #include "reciprocal/reflectionselection.h"
+#include "reciprocal/vectoraveraging.h"
+#include "tests/reciprocal/plainloops.h"
 #include "tests/reciprocal/simulatedlattice.h"
 #include "tests/reciprocal/testpeaks.h"
-#include "reciprocal/vectoraveraging.h"
 #include "tests/recordingreport.h"
 
 #include "dataset/unitcellfile.h"

@@ -1,9 +1,9 @@
 // Peak table: the texts of its columns and their order. A second entry runs it in a locale with decimal
 // commas.
 #include "reciprocal/peaktable.h"
-#include "tests/printtexts.h"
 #include "reciprocal/mysortfilterproxymodel.h"
 #include "reciprocal/tablemodel.h"
+#include "tests/printtexts.h"
 #include "tests/reciprocal/testpeaks.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // A perfect crystal on a series: every reflection on the frame of its tilt, at its exact place.
 #pragma once
 
-#include "dataset/dataset.h"
 #include "crystal/cellarithmetic.h"
+#include "dataset/dataset.h"
 #include "reciprocal/predictedpositions.h"
 #include "tests/reciprocal/simulatedlattice.h"
 

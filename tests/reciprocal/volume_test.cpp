@@ -1,8 +1,8 @@
 // The reciprocal volume beside the plain loop, and what its export refuses.
 #include "reciprocal/volumeexport.h"
 
-#include "tests/frames/frameseries.h"
 #include "records/availablememory.h"
+#include "tests/frames/frameseries.h"
 #include "tests/reciprocal/plainvolume.h"
 
 #include <gtest/gtest.h>

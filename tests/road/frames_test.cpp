@@ -2,10 +2,10 @@
 // take, and the series that they make.
 #include "dataset/opening.h"
 #include "frames/frameloader.h"
-#include "tests/imagefiles/filesizelimit.h"
 #include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
+#include "tests/imagefiles/filesizelimit.h"
 
 #include <gtest/gtest.h>
 #include <QDir>

@@ -1,6 +1,6 @@
 // The whole road on simulated series: frames in, cell and indices out, held against the truth.
-#include "tests/batch/batchprogram.h"
 #include "simulate/seriescomparison.h"
+#include "tests/batch/batchprogram.h"
 
 #include <QTemporaryDir>
 

@@ -1,7 +1,7 @@
 // The current frame, the runs on the frames, what lies on them, and the shifts by hand.
-#include "tests/frames/frameseries.h"
 #include "frameview/crossitem.h"
 #include "frameview/textitem.h"
+#include "tests/frames/frameseries.h"
 #include "tests/window/windowtest.h"
 
 #include <algorithm>

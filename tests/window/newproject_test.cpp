@@ -1,8 +1,8 @@
 // A first-run user: a project made from frames, the guide, and a text for every control.
 #include "dataset/projectfile.h"
+#include "tests/window/windowtest.h"
 #include "window/guidewindow.h"
 #include "window/newprojectdialog.h"
-#include "tests/window/windowtest.h"
 
 namespace {
 

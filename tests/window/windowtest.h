@@ -1,22 +1,22 @@
 // WindowTest: a window with settings of its own, hands for its dialogs and runs, eyes for its log and marks.
 #pragma once
 
-#include "window/mainwindow.h"
-#include "window/messageedit.h"
-#include "window/windowactions.h"
-#include "tests/batch/batchprogram.h"
-#include "window/pages/refinementpage.h"
-#include "window/pages/extractionpage.h"
-#include "window/pages/framespage.h"
-#include "window/pages/peaksearchpage.h"
-#include "window/pages/shiftpage.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "tests/batch/batchprogram.h"
 #include "tests/printtexts.h"
-#include "window/pages/cellpage.h"
-#include "window/pages/mergingpage.h"
 #include "view3d/ed3dwidget.h"
+#include "window/mainwindow.h"
+#include "window/messageedit.h"
+#include "window/pages/cellpage.h"
+#include "window/pages/extractionpage.h"
+#include "window/pages/framespage.h"
+#include "window/pages/mergingpage.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/refinementpage.h"
+#include "window/pages/shiftpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/windowactions.h"
 
 #include <gtest/gtest.h>
 

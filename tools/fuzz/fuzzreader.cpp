@@ -1,5 +1,7 @@
 #include "tools/fuzz/fuzzreader.h"
 
+#include "crystal/hkl3d.h"
+#include "crystal/hklfile.h"
 #include "dataset/frametilts.h"
 #include "dataset/hotpixelfile.h"
 #include "dataset/maskfile.h"
@@ -10,15 +12,13 @@
 #include "dataset/shiftfile.h"
 #include "dataset/textlines.h"
 #include "dataset/unitcellfile.h"
-#include "records/groupmask.h"
-#include "records/wholefile.h"
-#include "crystal/hkl3d.h"
-#include "crystal/hklfile.h"
 #include "frames/frameloader.h"
 #include "frames/hotpixels.h"
 #include "frames/peakmask.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/mrcfile.h"
+#include "records/groupmask.h"
+#include "records/wholefile.h"
 
 #include <QFile>
 #include <QTemporaryDir>

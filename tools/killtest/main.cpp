@@ -1,18 +1,18 @@
 // tessera-killtest: kills a writer of result files at random moments. Each file must then be wholly the old
 // one or wholly the new one, and what a killed writer leaves behind must not look like a result.
+#include "crystal/indexedpeaklist.h"
+#include "crystal/indexingfiles.h"
+#include "crystal/peaklist3d.h"
 #include "dataset/dataset.h"
 #include "dataset/newproject.h"
 #include "dataset/peaklistfile.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
-#include "records/wholefile.h"
-#include "crystal/indexedpeaklist.h"
-#include "crystal/indexingfiles.h"
-#include "crystal/peaklist3d.h"
 #include "imagefiles/imagesaving.h"
 #include "imagefiles/mrcfile.h"
 #include "imagefiles/mrcwriter.h"
 #include "imagefiles/smvfile.h"
+#include "records/wholefile.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

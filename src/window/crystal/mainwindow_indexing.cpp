@@ -1,14 +1,14 @@
 // MainWindow: indexing of the merged reflections, and lists of reflections that are loaded for a look.
 #include "window/mainwindow.h"
 
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
 #include "crystal/hkl3d.h"
 #include "reciprocal/indexing.h"
-#include "window/pages/cellpage.h"
 #include "view3d/ed3dwidget.h"
-#include "window/pages/view3dpage.h"
 #include "view3d/quietview.h"
+#include "window/pages/cellpage.h"
+#include "window/pages/view3dpage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QApplication>
 #include <QDoubleSpinBox>

@@ -1,15 +1,15 @@
 // MainWindow: refinements of the cell and of the direct beam from the indexed peaks.
 #include "window/mainwindow.h"
 
-#include "records/timestamp.h"
-#include "window/windowreport.h"
-#include "window/pages/refinementpage.h"
 #include "crystal/peakpairs.h"
 #include "frames/positionrefinement.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/directbeamrefinement.h"
 #include "reciprocal/expectedframes.h"
 #include "reciprocal/tiltrefinement.h"
+#include "records/timestamp.h"
+#include "window/pages/refinementpage.h"
+#include "window/windowreport.h"
 
 #include <QPushButton>
 

@@ -1,11 +1,11 @@
 // MainWindow: the transformation of the unit cell by a matrix, on trial or for good.
 #include "window/mainwindow.h"
 
-#include "window/windowreport.h"
 #include "crystal/celltransformation.h"
 #include "reciprocal/cellcommit.h"
-#include "window/pages/cellpage.h"
 #include "view3d/ed3dwidget.h"
+#include "window/pages/cellpage.h"
+#include "window/windowreport.h"
 
 #include <QLineEdit>
 #include <QPushButton>

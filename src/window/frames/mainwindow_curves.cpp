@@ -1,8 +1,8 @@
 // MainWindow: the window "Intensity" with the curve of a reflection through the frames.
+#include "frames/intensitycurves.h"
 #include "window/mainwindow.h"
 #include "window/windowactions.h"
 #include "window/windowreport.h"
-#include "frames/intensitycurves.h"
 
 #include <qwt_legend.h>
 #include <qwt_plot.h>

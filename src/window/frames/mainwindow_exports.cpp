@@ -2,18 +2,18 @@
 // frames.
 #include "window/mainwindow.h"
 
-#include "records/timestamp.h"
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
 #include "frames/frametargets.h"
 #include "frames/imageseries.h"
-#include "window/pages/framespage.h"
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
 #include "frames/summedframes.h"
 #include "frameview/originalimgscene.h"
 #include "imagefiles/imagenames.h"
 #include "imagefiles/imagesaving.h"
+#include "records/timestamp.h"
+#include "window/pages/framespage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QDoubleSpinBox>
 #include <QFileDialog>

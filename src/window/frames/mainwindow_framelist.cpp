@@ -1,15 +1,15 @@
 // MainWindow: the table of files and the current frame.
 #include "window/mainwindow.h"
 
-#include "window/pages/pagecontrols.h"
-#include "window/windowreport.h"
 #include "frames/frameloader.h"
-#include "window/pages/framespage.h"
-#include "window/pages/peaksearchpage.h"
-#include "window/pages/shiftpage.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "imaging/contrast.h"
+#include "window/pages/framespage.h"
+#include "window/pages/pagecontrols.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/shiftpage.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>

@@ -2,10 +2,10 @@
 #include "window/mainwindow.h"
 
 #include "dataset/maskfile.h"
-#include "window/pages/pagecontrols.h"
-#include "window/windowreport.h"
-#include "window/pages/peaksearchpage.h"
 #include "frameview/originalimgscene.h"
+#include "window/pages/pagecontrols.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QFileDialog>

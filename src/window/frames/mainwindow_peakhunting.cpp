@@ -1,14 +1,14 @@
 // MainWindow: the run of peak hunting and its preview on the frame in view.
 #include "window/mainwindow.h"
 
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
 #include "frames/framehunt.h"
-#include "window/pages/peaksearchpage.h"
 #include "frames/peakhunting.h"
 #include "frames/peakpositions.h"
 #include "frames/smoothedimage.h"
 #include "frameview/originalimgscene.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>

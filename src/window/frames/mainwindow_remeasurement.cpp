@@ -2,15 +2,15 @@
 // peaks.
 #include "window/mainwindow.h"
 
+#include "frames/directbeamfit.h"
+#include "frames/intensityextraction.h"
+#include "frames/positionrefinement.h"
+#include "frameview/originalimgscene.h"
+#include "window/pages/extractionpage.h"
+#include "window/pages/peaksearchpage.h"
 #include "window/tabwidget.h"
 #include "window/waitalive.h"
 #include "window/windowreport.h"
-#include "frames/directbeamfit.h"
-#include "frames/intensityextraction.h"
-#include "window/pages/extractionpage.h"
-#include "window/pages/peaksearchpage.h"
-#include "frames/positionrefinement.h"
-#include "frameview/originalimgscene.h"
 
 #include <QCheckBox>
 #include <QThread>

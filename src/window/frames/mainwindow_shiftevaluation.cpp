@@ -1,14 +1,14 @@
 // MainWindow: the reference region and the run of the shift evaluation.
 #include "window/mainwindow.h"
 
-#include "window/waitalive.h"
-#include "window/windowactions.h"
-#include "window/windowreport.h"
+#include "frames/shiftevaluation.h"
+#include "frameview/originalimgscene.h"
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
-#include "frames/shiftevaluation.h"
-#include "frameview/originalimgscene.h"
+#include "window/waitalive.h"
+#include "window/windowactions.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QPushButton>

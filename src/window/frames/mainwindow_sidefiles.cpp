@@ -3,11 +3,11 @@
 
 #include "dataset/peaklistfile.h"
 #include "dataset/shiftfile.h"
-#include "window/pages/pagecontrols.h"
-#include "records/timestamp.h"
-#include "window/windowreport.h"
-#include "window/pages/shiftpage.h"
 #include "reciprocal/peakgroups.h"
+#include "records/timestamp.h"
+#include "window/pages/pagecontrols.h"
+#include "window/pages/shiftpage.h"
+#include "window/windowreport.h"
 
 #include <QDoubleSpinBox>
 #include <QFileDialog>

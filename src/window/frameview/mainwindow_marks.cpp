@@ -1,8 +1,6 @@
 // MainWindow: what lies on the frame view - peak marks, index labels and the pixel readout.
 #include "window/mainwindow.h"
 
-#include "window/tabwidget.h"
-#include "window/windowactions.h"
 #include "crystal/reflectionindices.h"
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
@@ -11,6 +9,8 @@
 #include "frameview/replacemarks.h"
 #include "frameview/textdatawidget.h"
 #include "frameview/textitem.h"
+#include "window/tabwidget.h"
+#include "window/windowactions.h"
 
 #include <QApplication>
 #include <QGraphicsLineItem>

@@ -1,9 +1,9 @@
 #include "window/pages/cellpage.h"
 
+#include "crystal/spacegrouptable.h"
+#include "records/runparameters.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
-#include "records/runparameters.h"
-#include "crystal/spacegrouptable.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,8 +1,8 @@
 #include "window/pages/mergingpage.h"
 
+#include "records/runparameters.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
-#include "records/runparameters.h"
 
 #include <QDoubleSpinBox>
 #include <QGridLayout>

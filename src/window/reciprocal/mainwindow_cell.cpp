@@ -1,16 +1,16 @@
 // MainWindow: the unit cell in force, how it is found, set by hand, and read from and written to files.
 #include "window/mainwindow.h"
 
-#include "dataset/unitcellfile.h"
-#include "window/windowreport.h"
 #include "crystal/cellarithmetic.h"
+#include "dataset/unitcellfile.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/cellhunting.h"
 #include "reciprocal/checkedcellhunting.h"
-#include "window/pages/cellpage.h"
 #include "reciprocal/reflectionselection.h"
 #include "view3d/ed3dwidget.h"
+#include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>

@@ -1,13 +1,13 @@
 // MainWindow: point groups of the 3D views, their tables, and the group masks of the peak list.
-#include "window/mainwindow.h"
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
 #include "crystal/peaklist3d.h"
-#include "window/pages/cellpage.h"
-#include "window/pages/mergingpage.h"
 #include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
+#include "window/mainwindow.h"
+#include "window/pages/cellpage.h"
+#include "window/pages/mergingpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QColorDialog>
 #include <QFileDialog>

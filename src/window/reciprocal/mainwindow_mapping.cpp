@@ -1,19 +1,19 @@
 // MainWindow: mapping of the peaks, merging, and the rotation axis on the frame.
 #include "window/mainwindow.h"
 
-#include "records/groupmask.h"
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
-#include "window/pages/framespage.h"
 #include "frameview/originalimgscene.h"
 #include "geometry/axisline.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
-#include "window/pages/mergingpage.h"
 #include "reciprocal/peakgroups.h"
+#include "records/groupmask.h"
 #include "view3d/ed3dwidget.h"
-#include "window/pages/view3dpage.h"
 #include "view3d/quietview.h"
+#include "window/pages/framespage.h"
+#include "window/pages/mergingpage.h"
+#include "window/pages/view3dpage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>

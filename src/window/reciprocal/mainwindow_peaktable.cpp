@@ -1,13 +1,13 @@
 // MainWindow: the peak table.
+#include "reciprocal/mysortfilterproxymodel.h"
+#include "reciprocal/peaktable.h"
+#include "reciprocal/tablemodel.h"
 #include "window/mainwindow.h"
+#include "window/pages/cellpage.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
-#include "reciprocal/mysortfilterproxymodel.h"
-#include "window/pages/cellpage.h"
-#include "reciprocal/peaktable.h"
-#include "reciprocal/tablemodel.h"
 
 #include <QApplication>
 #include <QClipboard>

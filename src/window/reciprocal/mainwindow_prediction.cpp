@@ -1,10 +1,10 @@
 // MainWindow: where reflections are expected on the frame in view.
 #include "window/mainwindow.h"
 
-#include "window/pages/extractionpage.h"
 #include "frames/peakpositions.h"
 #include "frameview/originalimgscene.h"
 #include "reciprocal/predictedpositions.h"
+#include "window/pages/extractionpage.h"
 
 #include <QCheckBox>
 #include <QRadioButton>

@@ -1,13 +1,13 @@
 // MainWindow: runs that try a model or an idea on the data set and only write to the log.
 #include "window/mainwindow.h"
 
-#include "records/timestamp.h"
 #include "crystal/testindexing.h"
 #include "reciprocal/cubicmodel.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/planeindexing.h"
 #include "reciprocal/rotationaxistest.h"
 #include "reciprocal/stretchingtest.h"
+#include "records/timestamp.h"
 
 #include <QSpinBox>
 

@@ -1,9 +1,9 @@
 // MainWindow: the whole of reciprocal space as a volume.
 #include "window/mainwindow.h"
 
-#include "window/windowreport.h"
-#include "window/pages/framespage.h"
 #include "reciprocal/volumeexport.h"
+#include "window/pages/framespage.h"
+#include "window/windowreport.h"
 
 #include <QDoubleSpinBox>
 #include <QInputDialog>

@@ -1,13 +1,13 @@
 // MainWindow: pictures of the 3D view all the way round, for a movie.
 #include "window/mainwindow.h"
 
-#include "records/timestamp.h"
-#include "records/wholefile.h"
-#include "window/windowreport.h"
 #include "frames/frametargets.h"
 #include "frames/somenames.h"
+#include "records/timestamp.h"
+#include "records/wholefile.h"
 #include "view3d/ed3dwidget.h"
 #include "window/pages/view3dpage.h"
+#include "window/windowreport.h"
 
 #include <QBuffer>
 #include <QComboBox>

@@ -1,12 +1,12 @@
 // MainWindow: the 3D view in the current tab and the page that steers it.
 #include "window/mainwindow.h"
 
-#include "window/pages/controltips.h"
-#include "window/tabwidget.h"
-#include "window/windowreport.h"
 #include "crystal/cellarithmetic.h"
 #include "view3d/ed3dwidget.h"
+#include "window/pages/controltips.h"
 #include "window/pages/view3dpage.h"
+#include "window/tabwidget.h"
+#include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
