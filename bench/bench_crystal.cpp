@@ -6,6 +6,8 @@
 
 #include <benchmark/benchmark.h>
 
+namespace tessera {
+
 namespace {
 
 QList<Vec3D> benchCell()
@@ -82,3 +84,5 @@ static void BM_CrystalMissingReflections(benchmark::State& state)
     state.counters["expected"] = listAll.size();
 }
 BENCHMARK(BM_CrystalMissingReflections)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 // Counts with a background, which all reach the voxels, and a drifting beam.
@@ -49,3 +51,5 @@ void volumeByPixels(benchmark::State& state)
 BENCHMARK(volumeByPixels)->ArgsProduct({{500, 1000}, {0, 38, 90}})->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const int g_nSide = 1024;
@@ -117,3 +119,5 @@ void bareFrameOfTheRoad(benchmark::State& state)
 BENCHMARK(bareFrameOfTheRoad)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

@@ -19,6 +19,8 @@
 #include <QPixmap>
 #include <QTemporaryDir>
 
+namespace tessera {
+
 namespace {
 
 const int g_nSide = 2048;
@@ -151,3 +153,5 @@ void textDataMoved(benchmark::State& state)
 BENCHMARK(textDataMoved)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 
 #include <memory>
 
+namespace tessera {
+
 namespace {
 
 QByteArray big(quint32 nValue, int nBytes = 4)
@@ -122,3 +124,5 @@ void imageFilesReadDM3(benchmark::State& state)
 BENCHMARK(imageFilesReadDM3)->Apply(sizes);
 
 }  // namespace
+
+}  // namespace tessera

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 std::vector<COMPLEX> testImage(int nSide)
@@ -132,3 +134,5 @@ void fitPeak2D(benchmark::State& state)
 BENCHMARK(fitPeak2D)->ArgName("half")->Arg(20)->Arg(64)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <random>
 
+namespace tessera {
+
 static const int g_nFrames = 1000;
 static const int g_nPeaksOnFrame = 1000;
 
@@ -95,3 +97,5 @@ static void BM_ScanByScanf(benchmark::State& state)  // the numbers alone, no st
     }
 }
 BENCHMARK(BM_ScanByScanf)->Unit(benchmark::kMillisecond);
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <memory>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const int g_nRows = 20000;
@@ -101,3 +103,5 @@ void copyPeakTable(benchmark::State& state)
 BENCHMARK(copyPeakTable)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <random>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const int g_nTile = 64;  // boxes of 41 pixels do not meet
@@ -162,3 +164,5 @@ BENCHMARK(fitPeaks)->ArgsProduct({{20, 100}, {0, 1}, {1}})->Unit(benchmark::kMil
 BENCHMARK(fitPeaks)->ArgsProduct({{20, 100}, {0, 1}, {2}})->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

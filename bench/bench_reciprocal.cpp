@@ -14,6 +14,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 /// Reflections of a cell with edges in Å at right angles, d* up to a limit, in random order of intensity.
@@ -194,3 +196,5 @@ void BM_PeakPairs(benchmark::State& state)
 BENCHMARK(BM_PeakPairs)->Arg(MakePairs)->Arg(GroupPairs)->Arg(RefineCell)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tessera

@@ -13,6 +13,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const int g_nPoints = 100000;
@@ -114,3 +116,5 @@ BENCHMARK(view3DSetPoints)->Unit(benchmark::kMillisecond);
 BENCHMARK(view3DPaint)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(view3DBand)->Unit(benchmark::kMillisecond);
 BENCHMARK(view3DColoursOf40Groups)->Unit(benchmark::kMillisecond);
+
+}  // namespace tessera

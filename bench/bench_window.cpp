@@ -26,6 +26,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFrames = 24;
@@ -177,3 +179,5 @@ BENCHMARK(remapInTheWindow)
     ->UseRealTime();
 
 }  // namespace
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QApplication>
 
+namespace tessera {
+
 inline void needApplication()
 {
     if (qApp)
@@ -15,3 +17,5 @@ inline void needApplication()
     static const QApplication* const pApplication = new QApplication(nArgument, aArgument);
     Q_UNUSED(pApplication)  // it lives to the end: screens and fonts go down with the process
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+namespace tessera {
+
 /// What a file holds; null when it cannot be read.
 inline QByteArray readBytes(const QString& strFileName)
 {
@@ -22,3 +24,5 @@ inline QString writeBytes(const QString& strFileName, const QByteArray& bytes)
         << strFileName.toStdString();
     return strFileName;
 }
+
+}  // namespace tessera

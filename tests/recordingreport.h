@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+namespace tessera {
+
 class CRecordingReport : public CRunReport {
 public:
     void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override
@@ -70,3 +72,5 @@ public:
     int m_nAsked = 0;
     int m_nStopAfter = -1;  ///< questions that are still answered with yes; −1 all
 };
+
+}  // namespace tessera

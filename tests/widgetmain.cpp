@@ -3,6 +3,8 @@
 
 #include <QApplication>
 
+namespace tessera {
+
 // Read by the leak check of an address-sanitized build: what these keep to the end.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
@@ -10,8 +12,11 @@ extern "C" const char* __lsan_default_suppressions()
     return "leak:libfontconfig\nleak:libdbus\nleak:swrast_dri\n";
 }
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     testing::InitGoogleTest(&argc, argv);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");

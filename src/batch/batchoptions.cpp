@@ -9,6 +9,8 @@
 #include <cmath>
 #include <functional>
 
+namespace tessera {
+
 namespace {
 
 /// One numeric parameter: name, unit and default as the help shows them, range, and where it goes.
@@ -463,3 +465,5 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     }
     return options;
 }
+
+}  // namespace tessera

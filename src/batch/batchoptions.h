@@ -11,6 +11,8 @@
 
 #include <optional>
 
+namespace tessera {
+
 /// Everything the user said. An empty optional is a value that the driver finds itself ("auto") or
 /// takes from the project.
 struct BatchOptions {
@@ -64,3 +66,5 @@ struct BatchOptions {
 /// `strHelp` takes the text that was asked for with --help or --version, and then nothing else counts.
 std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, QString& strError,
                                               QString& strHelp);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <unistd.h>
 
+namespace tessera {
+
 CBatchReport::CBatchReport(std::FILE* pOutput) : m_pOutput(pOutput), m_bTerminal(isatty(STDERR_FILENO) != 0)
 {}
 
@@ -66,3 +68,5 @@ void CBatchReport::clearProgressLine()
         m_bLineShown = false;
     }
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+namespace tessera {
+
 /// Lines are printed as they come; where the standard error is a terminal, progress shows there in one line.
 /// A reader that goes away, or a full disk behind the output, costs these lines alone: the log has them.
 class CBatchReport : public CRunReport {
@@ -37,3 +39,5 @@ private:
     bool m_bTerminal = false;
     bool m_bLineShown = false;
 };
+
+}  // namespace tessera

@@ -45,6 +45,8 @@
 #include <thread>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 const double NO_LIMIT = std::numeric_limits<double>::infinity();
@@ -920,3 +922,5 @@ QJsonObject CBatchRoad::cellObject() const
     return {{QStringLiteral("parameters"), toArray(adfCell, 6)},
             {QStringLiteral("volume"), calculator.getVolume()}};
 }
+
+}  // namespace tessera

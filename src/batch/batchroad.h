@@ -11,6 +11,8 @@
 #include <QRegularExpression>
 #include <QString>
 
+namespace tessera {
+
 /// Walks the stages that the options ask for, each through the same function as the window, and
 /// gathers what was found. A stage that fails says why in red, ends the walk and has written nothing.
 class CBatchRoad {
@@ -72,3 +74,5 @@ private:
     int m_nRedBefore = 0;          ///< red lines before the part of the road under way
     bool m_bOpened = false;
 };
+
+}  // namespace tessera

@@ -19,6 +19,8 @@
 #include <cstdio>
 #include <exception>
 
+namespace tessera {
+
 namespace {
 
 /// @return empty, or why the file was not written
@@ -91,8 +93,11 @@ bool printSummary(const QStringList& listFileName)
 
 }  // namespace
 
+}  // namespace tessera
+
 int main(int argc, char* argv[])
 {
+    using namespace tessera;
     // A reader that goes away, as `head` does, is no reason to leave the road half done.
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);

@@ -14,6 +14,8 @@
 
 #include <initializer_list>
 
+namespace tessera {
+
 namespace {
 
 /// Those of some outputs that would be replaced: devices and pipes are written to.
@@ -167,3 +169,5 @@ QString misplacedOutput(const BatchOptions& options)
     }
     return misplacedSummary(options.strJsonFile, listInput, listTarget + listOwn);
 }
+
+}  // namespace tessera

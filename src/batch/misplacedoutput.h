@@ -3,6 +3,8 @@
 
 #include "batch/batchoptions.h"
 
+namespace tessera {
+
 /// Looks where the run would write: the file of --json, the results, and the exports. None of them may be a
 /// file that the run reads, by whatever path or link; and that of --json none of the others, no folder and,
 /// by its suffix, no frame or result of another run, as the pattern "*.mrc" of a shell would make it. Devices
@@ -11,3 +13,5 @@
 /// A cell file that is the run's own is no harm: it is not written again.
 /// @return empty, or what is wrong
 QString misplacedOutput(const BatchOptions& options);
+
+}  // namespace tessera

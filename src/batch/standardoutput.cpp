@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 
+namespace tessera {
+
 bool isStandardOutput(const QString& strFileName)
 {
     static const QStringList listName = {QStringLiteral("-"), QStringLiteral("/dev/stdout"),
@@ -20,3 +22,5 @@ QString printToStandardOutput(const QByteArray& bytes)
     return bPrinted || errno == EPIPE ? QString()
                                       : QStringLiteral("standard output: %1").arg(qt_error_string(errno));
 }
+
+}  // namespace tessera

@@ -13,6 +13,8 @@
 #include <tuple>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const qint64 LARGEST_FILE = 16 << 20;  ///< bytes; a summary has some kilobytes
@@ -274,3 +276,5 @@ QString summaryText(const QList<SummaryRow>& listRow)
                     .arg(spreadText(vecShare, 1), spreadText(vecVolume, 1));
     return strTable;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// A file of the command line as it was read.
 struct SummaryFile {
     QString strFileName;
@@ -33,3 +35,5 @@ QList<SummaryRow> summaryRows(const QList<SummaryFile>& listFile);
 
 /// The rows as a table in columns of equal width, with a line of counts and medians below it.
 QString summaryText(const QList<SummaryRow>& listRow);
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfDegree = M_PI / 180.0;
@@ -125,3 +127,5 @@ void CCamera::setRotation(const Matrix4& matrix)
         }
     m_fRotation = next;
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "cloud/matrix4.h"
 #include "records/vec3d.h"
 
+namespace tessera {
+
 /// A direction of the mouse on the half ball that fills the widget: (x, y) in its pixels from the upper left
 /// corner, z towards the viewer. Unit length; beyond the ball's edge in the plane of the screen.
 Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight);
@@ -49,3 +51,5 @@ public:
 private:
     void setRotation(const Matrix4& matrix);
 };
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vector<float>& vecSize,
                                 const PointDisplay& display, float fAlpha, float fScale)
 {
@@ -19,3 +21,5 @@ CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vecto
     }
     return vertices;
 }
+
+}  // namespace tessera

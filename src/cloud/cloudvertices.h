@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// A point as it goes to OpenGL.
 struct CloudVertex {
     float x, y, z;     ///< Å⁻¹
@@ -24,3 +26,5 @@ struct CloudVertices {
 /// @param fScale  factor on the coordinates
 CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vector<float>& vecSize,
                                 const PointDisplay& display, float fAlpha, float fScale);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+namespace tessera {
+
 namespace {
 
 // The interval of a whole number.
@@ -212,3 +214,5 @@ LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, fl
     CLatticeWalk(listCell, pnRange, fScale, camera).fill(grid);
     return grid;
 }
+
+}  // namespace tessera

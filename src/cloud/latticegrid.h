@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// What is drawn of a lattice, at coordinates in Å⁻¹.
 struct LatticeGrid {
     std::vector<Vec3D> vecPoint;
@@ -35,3 +37,5 @@ LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, fl
 
 /// The grid above would depend on the camera.
 bool latticeGridNeedsCamera(const int* pnRange);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 Matrix4 identityMatrix()
 {
     return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -53,3 +55,5 @@ Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float 
     matrix[14] = -(fFar + fNear) / (fFar - fNear);
     return matrix;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <array>
 
+namespace tessera {
+
 /// 4×4 matrix in single precision, column by column as OpenGL keeps them.
 typedef std::array<float, 16> Matrix4;
 
@@ -16,3 +18,5 @@ Matrix4 multiplied(const Matrix4& a, const Matrix4& b);
 Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis);
 /// As of glOrtho.
 Matrix4 orthoMatrix(float fLeft, float fRight, float fBottom, float fTop, float fNear, float fFar);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+namespace tessera {
+
 namespace {
 
 // Projection that blows the region up to the whole viewport: gluPickMatrix times the projection.
@@ -49,3 +51,5 @@ QList<int> pickPoints(const CloudVertices& vertices, const CCamera& camera, cons
     }
     return listPicked;
 }
+
+}  // namespace tessera

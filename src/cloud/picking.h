@@ -6,6 +6,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// A rectangle of the viewport, both in device pixels with y upwards, as of gluPickMatrix.
 struct PickRegion {
     int aViewport[4] = {0, 0, 1, 1};  ///< left, bottom, width, height
@@ -21,3 +23,5 @@ PickRegion bandRegion(int nStartX, int nStartY, int nEndX, int nEndY, const int*
 /// The point indices, in drawing order, that a selection render would hit: those within the view volume and
 /// the region, edges included. Plain arithmetic in the matrices' single precision, which asks no driver.
 QList<int> pickPoints(const CloudVertices& vertices, const CCamera& camera, const PickRegion& region);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 int CPointGroups::s_nGroupColorIndex = -1;
 int CPointGroups::s_nGroupLabelNumber = 0;
 
@@ -221,3 +223,5 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
     for (int nPoint : m_listSelected)
         show(size_t(nPoint), 255, 0, 0);
 }
+
+}  // namespace tessera

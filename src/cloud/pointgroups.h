@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// What the groups and the selection make of each point.
 struct PointDisplay {
     std::vector<char> m_pbPointVisible;               ///< 1 where drawn
@@ -86,3 +88,5 @@ private:
     static int s_nGroupColorIndex;
     static int s_nGroupLabelNumber;
 };
+
+}  // namespace tessera

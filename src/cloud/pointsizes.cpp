@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 std::vector<float> pointSizes(const QList<Peak3D>& listPoint, double fRatio)
 {
     std::vector<float> vecSize;
@@ -50,3 +52,5 @@ PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::
     }
     return classes;
 }
+
+}  // namespace tessera

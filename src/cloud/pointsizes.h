@@ -6,6 +6,8 @@
 #include <array>
 #include <vector>
 
+namespace tessera {
+
 /// Size of each point in pixels before zoom: ln²(x)·fRatio/10, where x is 4000 for the greatest intensity
 /// and in proportion below, but 1.01 at least. Intensity, x and logarithm are single precision.
 ///
@@ -25,3 +27,5 @@ struct PointSizeClasses {
 /// @param vecSize     size per point, as pointSizes() gives them
 /// @param vecVisible  0 for points that are left out
 PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::vector<char>& vecVisible);
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfDegreesPerRadian = 180.0 / 3.141592653589793;
@@ -62,3 +64,5 @@ bool cellParametersFromList(const QList<Vec3D>& listCell, double& dfA, double& d
     basisToCellParameters(vecA, vecB, vecC, dfA, dfB, dfC, dfAlpha, dfBeta, dfGamma);
     return true;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// The direct basis (Å) of a reciprocal one (Å⁻¹), or the other way: the basis is dual.
 ///
 /// d = a*·(b*×c*) and a = (b*×c*)/d and so on, all in single precision.
@@ -22,3 +24,5 @@ void basisToCellParameters(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& ve
 /// @return false, with the output untouched, unless the list holds 3 vectors that are not co-planar
 bool cellParametersFromList(const QList<Vec3D>& listCell, double& dfA, double& dfB, double& dfC,
                             double& dfAlpha, double& dfBeta, double& dfGamma);
+
+}  // namespace tessera

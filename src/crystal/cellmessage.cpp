@@ -5,6 +5,8 @@
 
 #include <QLatin1Char>
 
+namespace tessera {
+
 QString latticeServiceHost()
 {
     return QStringLiteral("https://cci.lbl.gov");
@@ -46,3 +48,5 @@ QString unitCellHtml(const QString& strTitle, const QList<Vec3D>& listCell, cons
     return latticeLinkHtml(unitCellText(strTitle, a, b, c, alpha, beta, gamma), a, b, c, alpha, beta, gamma,
                            strHost);
 }
+
+}  // namespace tessera

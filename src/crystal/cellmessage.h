@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Host of the lattice-symmetry service that links go to unless told otherwise: a start value for a setting
 /// of the user's.
 QString latticeServiceHost();
@@ -22,3 +24,5 @@ QString latticeLinkHtml(const QString& strText, double a, double b, double c, do
 /// Both in one for a basis a*, b*, c* in Å⁻¹; an empty text if the vectors are co-planar or not three.
 QString unitCellHtml(const QString& strTitle, const QList<Vec3D>& listCell,
                      const QString& strHost = latticeServiceHost());
+
+}  // namespace tessera

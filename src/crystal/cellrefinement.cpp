@@ -10,6 +10,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfRadiansPerDegree = 0.017453292519943295;
@@ -195,3 +197,5 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     gamma = result.dfCell[5];
     return true;
 }
+
+}  // namespace tessera

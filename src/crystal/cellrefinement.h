@@ -6,6 +6,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// What a refinement found beside the six parameters. Arrays of cells go a, b, c (Å), α, β, γ (degrees);
 /// coefficients go A to F (Å⁻²).
 struct CellRefinement {
@@ -30,3 +32,5 @@ struct CellRefinement {
 /// Source: Kelsey (1964), Mineral. Mag. 33, 809.
 bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, double& c, double& alpha,
                         double& beta, double& gamma, CRunReport& report, CellRefinement* pResult = nullptr);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix, TransformationSpace space,
                        QList<Vec3D>& listCell, CRunReport& report, const QString& strLatticeHost)
 {
@@ -41,3 +43,5 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
         report.addHtml(strHtml);
     return true;
 }
+
+}  // namespace tessera

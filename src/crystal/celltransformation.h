@@ -8,6 +8,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 enum class TransformationSpace {
     Reciprocal,  ///< rows of M·B, B the rows a*, b*, c*
     Real         ///< the rows of M make the new a, b, c from the old ones
@@ -25,3 +27,5 @@ enum class TransformationSpace {
 bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix, TransformationSpace space,
                        QList<Vec3D>& listCell, CRunReport& report,
                        const QString& strLatticeHost = latticeServiceHost());
+
+}  // namespace tessera

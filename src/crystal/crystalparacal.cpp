@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 void CCrystalParaCal::setUnitCell(double a, double b, double c, double alpha, double beta, double gamma)
 {
     constexpr double dfRadians = 3.141592653589793 / 180.0;
@@ -33,3 +35,5 @@ double CCrystalParaCal::calDStar(int h, int k, int l) const
                      2 * m_dfS12 * dfH * dfK + 2 * m_dfS23 * dfK * dfL + 2 * m_dfS13 * dfH * dfL) /
            m_dfVolume;
 }
+
+}  // namespace tessera

@@ -1,6 +1,8 @@
 // CCrystalParaCal: d* of a reflection and the volume from the direct cell, in double precision.
 #pragma once
 
+namespace tessera {
+
 /// Source: International Tables for Crystallography, Vol. B, section 1.1.2 (metric of the dual basis).
 class CCrystalParaCal {
 public:
@@ -27,3 +29,5 @@ public:
     double m_dfBeta = 0;
     double m_dfGamma = 0;
 };
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 static const double g_dfPlanckTimesLight = 12.398419843320026;  // keV Å
 static const double g_dfRestEnergy = 510.99895069;              // of the electron, keV
 
@@ -11,3 +13,5 @@ double electronWavelength(double dfKilovolts)
         return 0;
     return g_dfPlanckTimesLight / std::sqrt(dfKilovolts * (dfKilovolts + 2 * g_dfRestEnergy));
 }
+
+}  // namespace tessera

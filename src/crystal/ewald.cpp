@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt)
 {
     constexpr double dfHalfPi = 3.141592653589793 / 2;
@@ -84,3 +86,5 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
     listPeak = listWork;
     return true;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// What the way back to the frames needs of a data set.
 struct FramePositionGeometry {
     QList<double> listOverallTilt;  ///< degrees, one per frame
@@ -42,3 +44,5 @@ int calClosestFrame(double dfFrameAngle, const QList<double>& listOverallTilt);
 /// turned back.
 /// @return false, with `listPeak` as it was and a line in the log, at the first peak without a tilt or frame
 bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geometry, CRunReport& report);
+
+}  // namespace tessera

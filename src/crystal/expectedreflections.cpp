@@ -8,6 +8,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfPi = 3.141592653589793;
@@ -164,3 +166,5 @@ QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRe
             listMissing.append(hkl);
     return listMissing;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// The d* (Å⁻¹) below which 95% of the reflections lie: element trunc(0.95·n) of the sorted d*. 0 for an
 /// empty list.
 float getEffectiveDStar(const QList<Peak3D>& listPeak);
@@ -38,3 +40,5 @@ QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D
 
 /// The entries of `listAll` whose indices are not among those of `listObserved`, in order.
 QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRef>& listObserved);
+
+}  // namespace tessera

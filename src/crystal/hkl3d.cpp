@@ -3,6 +3,8 @@
 #include "crystal/cellarithmetic.h"
 #include "crystal/hklfile.h"
 
+namespace tessera {
+
 bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
                CRunReport& report)
 {
@@ -56,3 +58,5 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
         *pbShown = bShown;
     return true;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Makes one record per entry of `listHKL`: the point h·a* + k·b* + l·c* (Å⁻¹, single precision), d*, the
 /// indices, the intensity as dfIPoint, frame 0 and a running nID from 0.
 /// @param listPeak  replaced; the caller shows it and keeps it as the merged list
@@ -23,3 +25,5 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
 ///         (a red line); else true, also when showHKL3D() found the cell co-planar
 bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
                    CRunReport& report, bool* pbShown = nullptr);
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <system_error>
 
+namespace tessera {
+
 namespace {
 
 const qint64 g_nLongestLine = 4096;  // bytes, of an HKL file
@@ -152,3 +154,5 @@ int countObservedOfFile(const QString& strFileName)
     const QList<HKL5> listHKL = readHKLFile(strFileName);
     return int(std::count_if(listHKL.begin(), listHKL.end(), [](const HKL5& hkl) { return hkl.fI != 0; }));
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// The text of an HKL file: observed reflections, unobserved ones with intensity 0, closing line; (0, 0, 0)
 /// is left out of both. Intensities are scaled by a power of ten if the largest is 100000 or more.
 /// The columns hold for indices from -999 to 9999.
@@ -21,3 +23,5 @@ QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened = nullptr);
 
 /// How many observed reflections, of another intensity than 0, a file holds. 0 when there is none.
 int countObservedOfFile(const QString& strFileName);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "crystal/textfile.h"
 #include "records/timestamp.h"
 
+namespace tessera {
+
 bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
                           QString* pstrReason, CFileSet* pSet)
 {
@@ -38,3 +40,5 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
         report.addMessage(strReason, Qt::red);
     return true;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVector>
 
+namespace tessera {
+
 /// Writes one line per peak, frame by frame and in list order; the frame number is the index of the
 /// list in `vecPeakOnFrame`, counted from 1.
 /// @param pstrReason  may be null; on failure the file's name and what is wrong
@@ -21,3 +23,5 @@ bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QS
 bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
                                       const QString& strProjectDir, const QString& strProjectName,
                                       CRunReport& report, CFileSet* pSet = nullptr);
+
+}  // namespace tessera

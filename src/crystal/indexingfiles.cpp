@@ -7,6 +7,8 @@
 #include "crystal/textfile.h"
 #include "records/timestamp.h"
 
+namespace tessera {
+
 namespace {
 
 void sayUnwritten(const QString& strFileName, const QString& strReason, CRunReport& report)
@@ -59,3 +61,5 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
         report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
     return bHKLWritten && bP4PWritten;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Writes DIR/NAME.hkl and DIR/NAME.p4p. Each failure is a red line, and the other file is still written.
 /// Where calAllReflections2() refuses, the HKL file has no unobserved reflections, and the log no count of
 /// them.
@@ -21,3 +23,5 @@
 bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
                                  const QString& strProjectName, CRunReport& report, CFileSet* pSet = nullptr);
+
+}  // namespace tessera

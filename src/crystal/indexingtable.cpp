@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 void outputIndexingResultsToWindow(const QList<Peak3D>& listPeakIndexed, CRunReport& report)
 {
     const QString strHead = QString::asprintf("%4s [%8s,%8s,%8s] (%6s,%6s,%6s) (%4s,%4s,%4s) %10s %8s\n",
@@ -20,3 +22,5 @@ void outputIndexingResultsToWindow(const QList<Peak3D>& listPeakIndexed, CRunRep
             1 / peak.dfDStar);
     report.addMessage(strText + strRule);
 }
+
+}  // namespace tessera

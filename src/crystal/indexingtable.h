@@ -6,5 +6,9 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Writes one text with a line per reflection to the log, in black. A d* of 0 shows an infinite d-value.
 void outputIndexingResultsToWindow(const QList<Peak3D>& listPeakIndexed, CRunReport& report);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include "crystal/textfile.h"
 
+namespace tessera {
+
 bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, bool bWithHKL,
                      QString* pstrReason)
 {
@@ -45,3 +47,5 @@ bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoi
     }
     return writeTextFile(strFileName, strText, pstrReason);
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Writes a header and one line per peak; `bWithHKL` puts the real indices before each line. Frames count
 /// from 0 in this file.
 /// @param pstrReason  may be null; on failure the file's name and what is wrong
@@ -19,3 +21,5 @@ bool writePeak3DList(const QList<Peak3D>& listPeak, const QString& strFileName, 
 /// @return false if the name is empty or the file can't be written
 bool writePeakPositions(const QList<Peak3D>& listPeak, const QList<int>& listPoint,
                         const QString& strFileName, QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 // The places on a frame of the peaks that a pair may be made of.
@@ -91,3 +93,5 @@ QVector<QList<PeakPair>> buildPeakPairs(const QVector<QList<Peak3D>>& vecPeak, c
     }
     return vecPair;
 }
+
+}  // namespace tessera

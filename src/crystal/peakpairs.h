@@ -10,6 +10,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// What makes two peaks of a frame a pair.
 struct PeakPairLimits {
     double dfDStarLow = 1;  ///< Å⁻¹, bounds included and in either order
@@ -43,3 +45,5 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
 /// peakPairPlaces().
 QVector<QList<PeakPair>> buildPeakPairs(const QVector<QList<Peak3D>>& vecPeak, const PeakPairLimits& limits,
                                         const CSpaceGroup& spaceGroup, CRunReport& report);
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfPi = 3.141592653589793;
@@ -108,3 +110,5 @@ double CReflectionBuilder::expectedReflections(double dfDStarMax) const
 {
     return 4 * g_dfPi * std::pow(dfDStarMax, 3) / 3 * m_dfVolume;
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <array>
 #include <vector>
 
+namespace tessera {
+
 /// A cell with its bases, and the reflections built from it.
 ///
 /// a lies in the xz plane, c along z; b has the z component b·cos α.
@@ -43,3 +45,5 @@ public:
 private:
     std::vector<std::array<int, 3>> m_vecReflection;
 };
+
+}  // namespace tessera

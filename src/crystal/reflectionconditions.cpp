@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 // A class keeps the reflections whose marked indices are 0; a test sums the marked indices.
@@ -176,3 +178,5 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
     }
     report.endProgress();
 }
+
+}  // namespace tessera

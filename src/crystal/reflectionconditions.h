@@ -7,6 +7,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Writes the parity of the seven classical reflection classes to the log. A reflection below
 /// `dfIntensityMin` counts as even; a row with even/(odd + 0.1) > 2 is red.
 void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensityMin, CRunReport& report);
@@ -20,3 +22,5 @@ QList<QList<Peak3D>> classifyReflections(const CSpaceGroup& spaceGroup, const QL
 /// Leaves `spaceGroup` on group 230. Can't be stopped.
 void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThreshold, CSpaceGroup& spaceGroup,
                               CRunReport& report);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, double dfInt,
                                 const FramePositionGeometry& geometry, CRunReport& report)
 {
@@ -31,3 +33,5 @@ QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, dou
             .arg(dfInt));
     return listKept;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+namespace tessera {
+
 double roundedIndex(double dfIndex)
 {
     return dfIndex < 0 ? std::ceil(dfIndex - 0.5) : std::floor(dfIndex + 0.5);
@@ -53,3 +55,5 @@ bool reflectionExistInList(const HKLRef& hkl, const QList<HKLRef>& listHKL)
             return true;
     return false;
 }
+
+}  // namespace tessera

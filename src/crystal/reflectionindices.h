@@ -7,6 +7,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Half away from zero, as a real number: ceil(x − 0.5) for negative x, else floor(x + 0.5).
 double roundedIndex(double dfIndex);
 
@@ -28,3 +30,5 @@ QList<HKLRef> getRoundedHKLRef(const QList<Peak3D>& listPeak);
 
 /// True if an entry has equal h, k, l; a linear search. CReflectionSet answers the same for long lists.
 bool reflectionExistInList(const HKLRef& hkl, const QList<HKLRef>& listHKL);
+
+}  // namespace tessera

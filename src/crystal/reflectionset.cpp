@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace tessera {
+
 namespace {
 
 // Mixes the three indices so that neighbours of the lattice spread over the table (finalizer of splitmix64).
@@ -62,3 +64,5 @@ bool CReflectionSet::contains(int h, int k, int l) const
 {
     return !m_vecSlot.empty() && m_vecSlot[slotOf(h, k, l)].bUsed;
 }
+
+}  // namespace tessera

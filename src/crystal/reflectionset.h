@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace tessera {
+
 /// Open addressing with linear steps. Answers what reflectionExistInList() answers, for long lists.
 class CReflectionSet {
 public:
@@ -33,3 +35,5 @@ private:
     std::vector<Slot> m_vecSlot;  ///< a power of two, at most half full
     std::size_t m_nCount = 0;
 };
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 bool CSpaceGroup::setSpaceGroup(int nNewNumber)
 {
     if (!isSpaceGroupNumber(nNewNumber))
@@ -34,3 +36,5 @@ bool CSpaceGroup::isAbsent(int h, int k, int l) const
     }
     return false;
 }
+
+}  // namespace tessera

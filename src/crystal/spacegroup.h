@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// The space group in use.
 class CSpaceGroup {
 public:
@@ -18,3 +20,5 @@ public:
     /// Nothing is absent as long as no group is set.
     bool isAbsent(int h, int k, int l) const;
 };
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <unordered_set>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 // Rotation elements are -1, 0 or 1 and translations are multiples of 1/24 in all tabulated groups, so an
@@ -80,7 +82,7 @@ public:
         const ExactOp product = multiplied(m_vecExact[nFirst], m_vecExact[nSecond]);
         if (!m_setKey.insert(product.key()).second)
             return;
-        m_vecOperation.push_back(::multiplied(m_vecOperation[nFirst], m_vecOperation[nSecond]));
+        m_vecOperation.push_back(tessera::multiplied(m_vecOperation[nFirst], m_vecOperation[nSecond]));
         m_vecExact.push_back(product);
     }
 
@@ -137,3 +139,5 @@ std::vector<CSymOp> operationsOfSpaceGroup(int nNumber)
     }
     return list.takeOperations();
 }
+
+}  // namespace tessera

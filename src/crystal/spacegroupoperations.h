@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace tessera {
+
 /// The identity, the inversion where the explicit symbol `strCode` asks for it, and its generators; the
 /// identity alone for an empty code. The form of the code is not tested.
 std::vector<CSymOp> generatorsOfCode(const std::string& strCode);
@@ -21,3 +23,5 @@ std::vector<CSymOp> generatorsOfSpaceGroup(int nNumber);
 /// products i·j and j·i are appended if new, until a pass adds nothing. No. 222 stands in origin
 /// choice 2; the groups with two origins otherwise stand as their codes tell.
 std::vector<CSymOp> operationsOfSpaceGroup(int nNumber);
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "crystal/spacegrouptable.h"
 
+namespace tessera {
+
 namespace {
 
 struct SpaceGroupEntry {
@@ -297,3 +299,5 @@ int laueGroupNumber(int nNumber)
             return range[1];
     return -1;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace tessera {
+
 constexpr int g_nSpaceGroups = 230;
 
 /// 1 to 230.
@@ -29,3 +31,5 @@ std::string correctedSpaceGroupCode(int nNumber);
 
 /// Number of the space group that stands for the Laue class of group `nNumber`; -1 outside 1 to 230.
 int laueGroupNumber(int nNumber);
+
+}  // namespace tessera

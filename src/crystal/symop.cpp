@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 // Brings one translation component into [0, 1). One step each way is enough, as the components of a product
@@ -34,3 +36,5 @@ CSymOp multiplied(const CSymOp& first, const CSymOp& second)
     }
     return product;
 }
+
+}  // namespace tessera

@@ -1,6 +1,8 @@
 // CSymOp: one symmetry operation of a space group.
 #pragma once
 
+namespace tessera {
+
 /// One symmetry operation x' = R·x + t as a 4×4 affine matrix, in fractional coordinates of the
 /// standard setting; rhombohedral groups stand on hexagonal axes.
 struct CSymOp {
@@ -12,3 +14,5 @@ struct CSymOp {
 
 /// The product first·second with its translation brought into [0, 1).
 CSymOp multiplied(const CSymOp& first, const CSymOp& second);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+namespace tessera {
+
 CSymTable::CSymTable()
     : vecPoint{
           {1, 0, 0, 0, 1, 0, 0, 0, 1},     // a: identity
@@ -37,3 +39,5 @@ CSymOp CSymTable::operation(int nPoint, int nX, int nY, int nZ) const
     op.dfTranslation[2] = vecTranslation[std::size_t(nZ)];
     return op;
 }
+
+}  // namespace tessera

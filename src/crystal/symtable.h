@@ -6,6 +6,8 @@
 #include <array>
 #include <vector>
 
+namespace tessera {
+
 /// The point parts (letters a to n) and translations (letters A to K) of the explicit symbols.
 ///
 /// Source: Shmueli, International Tables for Crystallography, Vol. B, Table A1.4.2.1.
@@ -22,3 +24,5 @@ public:
     std::vector<std::array<double, 9>> vecPoint;  ///< 14 rotations
     std::vector<double> vecTranslation;           ///< 11 numbers
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report)
 {
     double a = 20.091, b = 20.0, c = 13.37, alpha = 90, beta = 89.6, gamma = 90;
@@ -42,3 +44,5 @@ bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunRep
         listHKL.append({hkl[0], hkl[1], hkl[2], 100, 0});
     return showHKL3D(listHKL, listCell, listPeak, report);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Writes `strText` as UTF-8 beside `strFileName` and renames it into place.
 /// @param pstrReason  may be null; on failure the file's name and what is wrong
 /// @param pSet        may be null; else the file becomes one of the set and waits for its commit()
@@ -12,3 +14,5 @@
 ///         then stands as it was
 bool writeTextFile(const QString& strFileName, const QString& strText, QString* pstrReason = nullptr,
                    CFileSet* pSet = nullptr);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 using Gradient = std::array<double, 6>;  // partial derivatives by A, B, C, D, E, F
@@ -163,3 +165,5 @@ double CUclsCell::varGamma() const
     const Forms f(m_dfCoef);
     return propagated(angleGradient(f.formGamma, f.formBC, f.formAC), m_dfCovariance);
 }
+
+}  // namespace tessera

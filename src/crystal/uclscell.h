@@ -1,6 +1,8 @@
 // CUclsCell: the quadratic form of the reciprocal metric, its direct cell and the variances of that.
 #pragma once
 
+namespace tessera {
+
 /// 1/d² = A·h² + B·k² + C·l² + D·h·k + E·k·l + F·h·l with the coefficients in Å⁻².
 class CUclsCell {
 public:
@@ -27,3 +29,5 @@ public:
     double m_dfG = 0;  ///< 4ABC − A·E² − B·F² − C·D² + D·E·F
     double m_dfCovariance[36] = {};
 };
+
+}  // namespace tessera

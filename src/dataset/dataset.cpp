@@ -4,6 +4,8 @@
 
 #include <tuple>
 
+namespace tessera {
+
 bool PeakMapping::operator==(const PeakMapping& other) const
 {
     const auto tied = [](const PeakMapping& mapping) {
@@ -32,3 +34,5 @@ QString fileOfProject(const DataSet& data, const QString& strEnding)
 {
     return QDir(data.m_strProjectDir).filePath(data.m_strProjectName + strEnding);
 }
+
+}  // namespace tessera

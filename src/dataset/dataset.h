@@ -17,6 +17,8 @@
 #include <optional>
 #include <vector>
 
+namespace tessera {
+
 /// What points of reciprocal space were computed from frame positions with. Points of one record are not to
 /// be mixed with shifts, centre or geometry of another.
 struct PeakMapping {
@@ -84,3 +86,5 @@ void clearDataSet(DataSet& data);
 /// The file beside the project that is named after it: project folder, "/", project name and the ending as it
 /// is given, such as ".pk" or "_pos.txt".
 QString fileOfProject(const DataSet& data, const QString& strEnding);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+namespace tessera {
+
 QString displayName(const QStringList& listFile)
 {
     if (listFile.isEmpty())
@@ -24,3 +26,5 @@ QString displayName(const QStringList& listFile)
     const QString strSuffix = QFileInfo(listFile.last()).suffix();
     return strSuffix.isEmpty() ? strName : strName + QLatin1Char('.') + strSuffix;
 }
+
+}  // namespace tessera

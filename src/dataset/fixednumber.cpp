@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+namespace tessera {
+
 static int appendAligned(QByteArray& strText, const char* pBegin, const char* pEnd, int nWidth)
 {
     const int nLength = int(pEnd - pBegin);
@@ -24,3 +26,5 @@ int appendInt(QByteArray& strText, int nValue, int nWidth)
     char aText[16];
     return appendAligned(strText, aText, std::to_chars(aText, aText + sizeof(aText), nValue).ptr, nWidth);
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QByteArray>
 
+namespace tessera {
+
 /// Appends a number with so many decimals, right aligned in nWidth characters if it has fewer. The digits
 /// are those of printf in the C locale: the exact value rounded, a tie to the even digit.
 /// @return the number of characters before alignment
@@ -10,3 +12,5 @@ int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth =
 
 /// Appends a whole number likewise.
 int appendInt(QByteArray& strText, int nValue, int nWidth = 0);
+
+}  // namespace tessera

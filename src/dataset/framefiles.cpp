@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 const QStringList& frameSuffixes()
 {
     static const QStringList listSuffix = {"dm3", "mrc", "bmp", "jpg", "jpeg", "gif", "tif", "tiff", "png"};
@@ -96,3 +98,5 @@ QStringList framesInFolder(const QString& strFolder)
     sortFrames(listFile);
     return listFile;
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// The suffixes of the frames that can be read, in lower case, without a dot.
 const QStringList& frameSuffixes();
 
@@ -21,3 +23,5 @@ void sortFrames(QStringList& listFile);
 /// The frames in a folder, sorted. Of files with different suffixes those of the commonest one: pictures
 /// that were saved beside the frames are no part of the series.
 QStringList framesInFolder(const QString& strFolder);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 // Degrees. A log rounds, and may calibrate the beam tilt; numbers that are no tilts are further off.
 static const double g_dfTiltTolerance = 0.5;
 
@@ -74,3 +76,5 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
     tilts = read;
     return true;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Degrees, one entry per frame in each list.
 struct FrameTilts {
     QList<double> listStage;    ///< of the goniometer
@@ -34,3 +36,5 @@ double tiltStep(int nFrames, double dfStart, double dfEnd);
 /// @return false, with `tilts` as they were, when a line is none of these or the text has no line at all.
 ///         The number of lines is left to the caller.
 [[nodiscard]] bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReason = nullptr);
+
+}  // namespace tessera

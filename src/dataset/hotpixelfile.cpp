@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 // Also false for NaN.
 static bool fitsInt(double df)
 {
@@ -50,3 +52,5 @@ bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
     report.goOn();
     return bRead;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QPoint>
 #include <QString>
 
+namespace tessera {
+
 /// Reads lines of "serial x y". Coordinates are cut to integers. A line without three items, or whose
 /// coordinates do not fit an int, is skipped; a serial other than the running count of good lines fails.
 ///
@@ -25,3 +27,5 @@
 /// there are none; on failure the list stays as it was.
 /// @return whether the file was read
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason = nullptr);
+
+}  // namespace tessera

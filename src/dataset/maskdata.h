@@ -4,7 +4,11 @@
 #include <QList>
 #include <QPolygonF>
 
+namespace tessera {
+
 struct MaskData {
     Qt::FillRule fillRule = Qt::OddEvenFill;
     QList<QPolygonF> listPolygon;  ///< corners in raw frame pixels
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReason)
 {
     dropComments(listLine);
@@ -42,3 +44,5 @@ int readMaskFile(MaskData& mask, const QString& strFileName, QString* pstrReason
         return readMaskLines(mask, listLine, p);
     });
 }
+
+}  // namespace tessera

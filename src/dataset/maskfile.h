@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Reads polygons from lines of "number x y", a corner each in raw frame pixels.
 ///
 /// Corners with the same number form a polygon, in the order of the file and wherever they stand;
@@ -20,3 +22,5 @@
 
 /// The same for lines, without the name in the reason.
 [[nodiscard]] int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 static const int g_nDigits = 10;           // even steps keep no trace of binary fractions
 static const double g_dfTolerance = 1e-8;  // of what is read back
 static const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
@@ -152,3 +154,5 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     bytesText = bytes;
     return true;
 }
+
+}  // namespace tessera

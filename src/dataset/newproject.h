@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 struct NewProject {
     QStringList listFrame;  ///< paths in series order
     FrameTilts tilts;
@@ -38,3 +40,5 @@ QString proposedProjectFile(const QStringList& listFrame);
 /// @return false, with `bytesText` as it was, when something is missing or wrong
 [[nodiscard]] bool makeProjectText(const NewProject& project, const QString& strProjectFile,
                                    QByteArray& bytesText, QString* pstrReason = nullptr);
+
+}  // namespace tessera

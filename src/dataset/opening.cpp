@@ -12,6 +12,8 @@
 #include <QFileInfo>
 #include <QImageReader>
 
+namespace tessera {
+
 OpenKind openKind(const QStringList& listFile)
 {
     if (listFile.isEmpty())
@@ -201,3 +203,5 @@ bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& repo
     finishFrames(data);
     return true;
 }
+
+}  // namespace tessera

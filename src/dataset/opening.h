@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// What the first of some files says about how to open them all, by its suffix in any case.
 enum class OpenKind {
     nothing,         ///< no files
@@ -58,3 +60,5 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
 /// @return false for an empty list; nothing has then changed
 bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,
                     QStringList* plistReason = nullptr);
+
+}  // namespace tessera

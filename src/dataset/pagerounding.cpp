@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 double spinBoxValue(double dfValue, int nDecimals, double dfMinimum, double dfMaximum)
 {
     const double dfRounded = std::isnan(dfValue) ? 0 : QString::number(dfValue, 'f', nDecimals).toDouble();
@@ -93,3 +95,5 @@ void roundToPages(RefinementParameters& parameters)
     hold(parameters.m_dfRefineDStarLow, 3, 0, 1000);
     hold(parameters.m_dfRefineDStarHigh, 3, 0, 1000);
 }
+
+}  // namespace tessera

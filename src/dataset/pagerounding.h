@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "records/runparameters.h"
 
+namespace tessera {
+
 /// The greatest coordinate of the direct beam that a page holds, pixels; the least is 0.
 constexpr double g_dfMaxCenter = 100000;
 
@@ -38,3 +40,5 @@ void roundToPages(ExtractionParameters& parameters);
 void roundToPages(IndexingParameters& parameters);
 /// Intensities 1 decimal, -10⁷ to 10⁷; d* 3 decimals, 0 to 1000 Å⁻¹.
 void roundToPages(RefinementParameters& parameters);
+
+}  // namespace tessera

@@ -12,6 +12,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const qint64 g_nMaxPeakList = 2000000000;  ///< bytes: what a QByteArray holds, some 28 million peaks
@@ -274,3 +276,5 @@ int countPeaksOfFile(const QString& strFileName)
     }
     return nPeaks;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace tessera {
+
 /// Reads a peak list into m_listPeakFrame and m_vecPeakGroup, one list for each frame of the data set.
 ///
 /// A line is "serial frame index x y I [[I2D] mask]", that is 6, 7 or 8 words; without I2D it is I, and
@@ -47,3 +49,5 @@
 /// How many peaks a peak list holds: its lines but for empty ones and comments, whatever stands in them.
 /// 0 when there is no such file, or it can't be read.
 int countPeaksOfFile(const QString& strFileName);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 static const qint64 g_nMaxProjectFile = 64 << 20;
 static const int g_nMaxProjectLine = 1023;
 
@@ -134,3 +136,5 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
     *this = project;
     return true;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// A project file as read. A value that may stand in a data set once errorText() is empty.
 ///
 /// The file is a text of keyword lines, "KEYWORD value"; lines that begin with "#" do not count. A
@@ -56,3 +58,5 @@ private:
     QString m_strFolder;
     QString m_strError;
 };
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 static const qint64 g_nMaxReflectionList = 500000000;  // bytes, some 8 million reflections
 
 static bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
@@ -72,3 +74,5 @@ QList<Peak3D> peaksOfReflectionList(const QList<Vec3D>& listPoint, const QList<H
     }
     return listPeak;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Reads a text reflection list (".txt"): a line per reflection of serial, real h, k and l, x, y and z
 /// in Å⁻¹, two further numbers of which the second is the intensity, and a word.
 ///
@@ -28,3 +30,5 @@ int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QLi
 /// Records for the view: the point, d* in single precision, the intensity as dfIPoint and a running
 /// nID from 0. Lists of different length give the records of the shorter.
 QList<Peak3D> peaksOfReflectionList(const QList<Vec3D>& listPoint, const QList<HKLRef>& listReflection);
+
+}  // namespace tessera

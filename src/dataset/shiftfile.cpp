@@ -11,6 +11,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
 {
     dropComments(listLine);
@@ -107,3 +109,5 @@ bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString*
                    QStringLiteral("The shifts of more frames are kept as %1.").arg(nameOfKept(strFileName)));
     return true;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QPointF>
 #include <QString>
 
+namespace tessera {
+
 /// The content of a shift file. Pixels of the raw frame.
 struct ShiftData {
     double dfCenterX = 0;  ///< direct beam on the first frame
@@ -46,3 +48,5 @@ struct ShiftData {
 /// @return false when the name is empty or the file cannot be written
 [[nodiscard]] bool writeShiftFile(const QString& strFileName, const ShiftData& shift,
                                   QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <QTextCodec>
 
+namespace tessera {
+
 bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit, QString* pstrReason)
 {
     QFile file(strFileName);
@@ -69,3 +71,5 @@ void dropComments(QList<QByteArray>& listLine)
             listKept.append(strLine);
     listLine = listKept;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// The largest text file that is read line by line, bytes: some hundred thousand lines, so that a file
 /// that is none of ours does not fill the memory with its lines.
 constexpr qint64 g_nMaxTextFile = 32000000;
@@ -67,3 +69,5 @@ auto readLinesOfFile(const QString& strFileName, QString* pstrReason, Read fnRea
 
 /// Drops every line that begins with "#".
 void dropComments(QList<QByteArray>& listLine);
+
+}  // namespace tessera

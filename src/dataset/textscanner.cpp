@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace tessera {
+
 static bool isHexDigit(char c)
 {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
@@ -85,3 +87,5 @@ bool CTextScanner::readWord(QByteArray& strWord, int nMax)
     strWord = QByteArray(pBegin, int(m_p - pBegin));
     return true;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QByteArray>
 
+namespace tessera {
+
 /// Reads the items of one line from left to right, as scanf does in the C locale.
 ///
 /// scanf itself goes by the locale of the process, where a decimal comma would make "1.5" a 1. Each
@@ -41,3 +43,5 @@ private:
     const char* m_p;
     const char* m_pEnd;
 };
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <cmath>
 #include <limits>
 
+namespace tessera {
+
 static const char* const g_aVectorLabel[] = {"a*", "b*", "c*"};
 
 QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
@@ -80,3 +82,5 @@ bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrRe
     data.m_strWorkingDir = QFileInfo(strFileName).absolutePath();
     return true;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+namespace tessera {
+
 /// Reads a*, b*, c* in Å⁻¹: the first three lines that are neither empty nor comments begin with
 /// "a*", "b*" and "c*", blanks aside, each followed by three finite numbers.
 ///
@@ -25,3 +27,5 @@ QByteArray unitCellText(const QList<Vec3D>& listCell);
 /// Writes m_listCell, whole or not at all; m_strWorkingDir then becomes the file's folder.
 /// @return false when there is no cell of three vectors, the name is empty or the file cannot be written
 [[nodiscard]] bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason = nullptr);
+
+}  // namespace tessera

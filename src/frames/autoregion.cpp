@@ -10,6 +10,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFramesLookedAt = 24;
@@ -312,3 +314,5 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
     rcRegion = QRect(start(dfX, nWidth), start(dfY, nHeight), nSide, nSide);
     return true;
 }
+
+}  // namespace tessera

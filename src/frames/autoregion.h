@@ -6,6 +6,8 @@
 
 #include <QRect>
 
+namespace tessera {
+
 /// Finds the direct beam of a series and a square region around it.
 ///
 /// @param rcRegion  raw frame pixels, wholly inside the frames as large as the first; the side is 256, more
@@ -15,3 +17,5 @@
 /// region fits;
 ///         false, without a line, when the report asked to stop
 bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion, int nJobs = 1);
+
+}  // namespace tessera

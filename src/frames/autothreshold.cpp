@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFramesLookedAt = 12;
@@ -144,3 +146,5 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
                       Qt::black);
     return true;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// Eight robust standard deviations of the band-passed image, median over frames of the series.
 ///
 /// @param parameters   the radii count, the threshold does not
@@ -22,3 +24,5 @@
 bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
                            CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs = 1,
                            double* pdfScale = nullptr);
+
+}  // namespace tessera

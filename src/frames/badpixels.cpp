@@ -3,6 +3,8 @@
 #include <iterator>
 #include <numeric>
 
+namespace tessera {
+
 double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
@@ -57,3 +59,5 @@ QString badPixelLine(int nFrame, qint64 nBad)
         .arg(nFrame + 1)
         .arg(nBad);
 }
+
+}  // namespace tessera

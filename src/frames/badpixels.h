@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 /// Whether a pixel holds a finite number of at most 1e30 in size: sums over frames of larger ones
 /// run out of single precision.
 inline bool isUsablePixel(float f)
@@ -24,3 +26,5 @@ qint64 replaceBadPixels(CImgObj<float>& img);
 
 /// The line that tells the user of it. @param nFrame  index from 0
 QString badPixelLine(int nFrame, qint64 nBad);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace tessera {
+
 qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum)
 {
     const int nWidth = imgFrame.Width();
@@ -64,3 +66,5 @@ bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters
         p[i] = p[i] < -100.f ? 0.f : p[i];
     return true;
 }
+
+}  // namespace tessera

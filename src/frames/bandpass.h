@@ -9,6 +9,8 @@
 
 #include <QtGlobal>
 
+namespace tessera {
+
 /// What of a frame's spectrum says all of it: the half that CAcmlFft::TransformReal() makes.
 struct FrameSpectrum {
     CImgObj<COMPLEX> imgHalf;  ///< columns of the spectrum as rows
@@ -43,3 +45,5 @@ bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, 
 bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters& parameters,
                       CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgProduct,
                       CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth = nullptr);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace tessera {
+
 namespace {
 
 struct Position {
@@ -54,3 +56,5 @@ void refine2DPeakPosition(std::list<double>& listX, std::list<double>& listY, co
     listX.swap(listNewX);
     listY.swap(listNewY);
 }
+
+}  // namespace tessera

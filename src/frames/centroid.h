@@ -7,6 +7,8 @@
 #include <list>
 #include <vector>
 
+namespace tessera {
+
 /// Replaces the positions by the centroids of the pixels within the windows' discs, in their order.
 ///
 /// A window whose disc and ring together do not lie inside the image leaves its centre (nX, nY), as does one
@@ -14,3 +16,5 @@
 /// @param listX, listY  column and row in image pixels; their former contents are not read
 void refine2DPeakPosition(std::list<double>& listX, std::list<double>& listY, const CImgObj<float>& fImgObj,
                           const std::vector<RefIntPara>& vecRefIntPara);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 /// Keeps what is said while a frame is worked on ahead of its turn.
 class CDeferredReport : public CRunReport {
 public:
@@ -24,3 +26,5 @@ public:
 private:
     std::vector<std::pair<QString, Qt::GlobalColor>> m_vecLine;
 };
+
+}  // namespace tessera

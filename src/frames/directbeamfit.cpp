@@ -4,6 +4,8 @@
 #include "geometry/rotationgeometry.h"
 #include "imaging/peakfit2d.h"
 
+namespace tessera {
+
 namespace {
 
 const int g_nFitHalfSize = 50;
@@ -53,3 +55,5 @@ bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
     run.sayEnd(bAll);
     return true;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <functional>
 #include <vector>
 
+namespace tessera {
+
 /// The beam on one frame, raw pixels.
 struct DirectBeamOnFrame {
     int nFrame = 0;              ///< from 0
@@ -26,3 +28,5 @@ struct DirectBeamOnFrame {
 /// @return false for the call during a run that stops it, else true (also when the run was stopped)
 bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
                    const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone = {});
+
+}  // namespace tessera

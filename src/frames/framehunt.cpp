@@ -6,6 +6,8 @@
 #include "frames/wholepixels.h"
 #include "records/refintpara.h"
 
+namespace tessera {
+
 namespace {
 
 const double g_dfCandidateFraction = 0.01;  // of the pixels of a frame
@@ -35,3 +37,5 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
         peaks.listI2D.append(double(window.fIntensity));
     return peaks;
 }
+
+}  // namespace tessera

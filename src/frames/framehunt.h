@@ -10,6 +10,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// What is found on one frame: lists of equal length, in row-major order of the positions.
 struct FramePeaks {
     QList<double> listX;       ///< column on the raw frame, pixels, whole numbers
@@ -37,3 +39,5 @@ struct FrameHuntWork {
 /// @param filters  made to fit; if they fit already they are only read, so threads may share them
 FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work);
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <limits>
 #include <new>
 
+namespace tessera {
+
 namespace {
 
 const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
@@ -102,3 +104,5 @@ void releaseFrameImages(ImageList& vecImage)
 {
     vecImage.clear();
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <QPoint>
 #include <QString>
 
+namespace tessera {
+
 /// Reads one frame file and appends its images to `vecImage`, with the hot pixels repaired.
 ///
 /// The suffix, in lower case, chooses the reader: "dm3", "mrc", and for any other what `QImage` reads
@@ -38,3 +40,5 @@ int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
 
 /// Frees all images of the list and empties it.
 void releaseFrameImages(ImageList& vecImage);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <exception>
 
+namespace tessera {
+
 CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName)
     : m_dataSet(dataSet), m_report(report), m_strName(strName), m_listFile(dataSet.m_listFrameFile)
 {}
@@ -76,3 +78,5 @@ void CFrameRun::release()
         m_dataSet.m_bRunning = false;
     m_bBegun = false;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// One run over the frames of a series under the flag m_bRunning: start line, progress, stop requests,
 /// frame after frame, end line. The flag is cleared when the object goes, whichever way the run ends.
 class CFrameRun {
@@ -52,3 +54,5 @@ private:
     QStringList m_listFile;  // a copy: the data set may change under the run through waiting events
     bool m_bBegun = false;
 };
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 /// Hands out one result for each frame in order, made by some threads that run only so far ahead that
 /// no more than one result a thread is in memory beside the one that the caller has. With one job all is done
 /// by the caller's thread.
@@ -149,3 +151,5 @@ private:
     std::condition_variable m_changed;
     std::vector<std::thread> m_vecThread;
 };
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 
 #include <exception>
 
+namespace tessera {
+
 namespace {
 
 // Keeps what the loader has to say.
@@ -80,3 +82,5 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
     }
     return true;
 }
+
+}  // namespace tessera

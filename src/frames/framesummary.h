@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 struct FrameSummary {
     int nWidth = 0;  ///< pixels
     int nHeight = 0;
@@ -23,3 +25,5 @@ struct FrameSummary {
 /// headers of pictures, and files of another length.
 /// @param pstrReason  may be null; else names the first file that is not alike
 [[nodiscard]] bool areFramesAlike(const QStringList& listFile, QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <sys/stat.h>
 
+namespace tessera {
+
 namespace {
 
 /// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
@@ -56,3 +58,5 @@ bool overwritesFrames(const QStringList& listTarget, const QStringList& listFram
                                        : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)));
     return true;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// The first frame file that one of the targets is, also by way of a link; empty if none is.
 /// @param pnCount  may be null; how many of the targets are frame files
 QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile,
@@ -13,3 +15,5 @@ QString frameAmongTargets(const QStringList& listTarget, const QStringList& list
 
 /// Whether a target is a frame file; then a red line says that nothing was exported.
 bool overwritesFrames(const QStringList& listTarget, const QStringList& listFrameFile, CRunReport& report);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace tessera {
+
 void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel)
 {
     float* pfData = image.Data();
@@ -19,3 +21,5 @@ void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel)
         *pf = static_cast<float>(dfSum * 0.125);
     }
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QPoint>
 
+namespace tessera {
+
 /// Replaces each listed pixel by the mean of its eight neighbours (sum in double precision times 0.125).
 ///
 /// Pixels on the image's edge and outside stay as they are. The repair works down the list in place, so
@@ -14,3 +16,5 @@
 /// @param image         any size; an empty one stays empty
 /// @param listHotPixel  column, row
 void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel);
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <new>
 
+namespace tessera {
+
 QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension)
 {
     return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
@@ -41,3 +43,5 @@ bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString&
     };
     return exportSeries(what, report);
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// FOLDER/NAME with the extension, with the frame's name without its last suffix.
 QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension);
 
@@ -17,3 +19,5 @@ QString seriesPictureFile(const QString& strFolder, const QString& strFrame, con
 /// @return true if each frame has its picture
 bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
                 double dfContrastMin, double dfContrastMax, CRunReport& report);
+
+}  // namespace tessera

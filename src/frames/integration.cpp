@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfFar = 1e9;  // beyond every image and still an int
@@ -112,3 +114,5 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
         window.fIntensity = float(double(fDisc) - dfBackground * nDisc);
     }
 }
+
+}  // namespace tessera

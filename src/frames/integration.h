@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// The pixel values at positions, each coordinate rounded half away from zero.
 /// @return empty if the lists differ in length or a position lies outside the image
 QList<double> SampleAtPositions(const CImgObj<float>& img, const QList<double>& listX,
@@ -26,3 +28,5 @@ void MakeIntegrationWindows(const QList<double>& listX, const QList<double>& lis
 /// its counts and background sum. A ring without pixels (width 0) measures no background: the
 /// intensity is the plain sum over the disc.
 void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindow);
+
+}  // namespace tessera

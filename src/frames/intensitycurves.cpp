@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 bool getReflectionChainData(const QList<QList<Peak3D>>& listPeakChain, int nIntensityMode, int nID,
                             QVector<double>& vecFrameNo, QVector<double>& vecInt)
 {
@@ -116,3 +118,5 @@ void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
         }
     }
 }
+
+}  // namespace tessera

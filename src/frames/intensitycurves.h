@@ -7,6 +7,8 @@
 #include <QPointF>
 #include <QVector>
 
+namespace tessera {
+
 /// The curve of reflection nID: frame numbers from 1, and intensities, in chain order.
 /// @param nIntensityMode  0 dfIPoint, any other dfI2D
 /// @return false, with the vectors untouched, when there is no such chain
@@ -46,3 +48,5 @@ void fitIntensity(const QList<QPointF>& listInt, QList<double>& listParaResult);
 void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
                                       const QList<int>& listBeamTiltBreak, int nIntensityMode,
                                       QList<Peak3D>& listPeakMerged);
+
+}  // namespace tessera

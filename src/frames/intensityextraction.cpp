@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace tessera {
+
 namespace {
 
 // The smoothed frame of peak hunting, bit for bit; false when there is no transform.
@@ -107,3 +109,5 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
         *pFinished = bAll;
     return true;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <QVector>
 
+namespace tessera {
+
 /// Measures dfIPoint and dfI2D of the peaks on the smoothed frames, as peak hunting does but with the window
 /// of the extraction, and makes all of them, numbered from 0 by nID, the merged list.
 ///
@@ -29,3 +31,5 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
                       const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
                       CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone = {},
                       bool* pFinished = nullptr);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 const int g_nRun = 64;  // pixels that are looked through together: few of them reach a threshold
@@ -53,3 +55,5 @@ bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
     }
     return true;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Pixels at or above a threshold that are strictly above each of their eight neighbours.
 ///
 /// The outermost rows and columns hold no maxima; neither does an image of fewer than 3 rows or
@@ -16,3 +18,5 @@
 /// @return false for too many candidates
 bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
                      double dfFraction);
+
+}  // namespace tessera

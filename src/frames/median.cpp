@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+namespace tessera {
+
 float medianOf(std::vector<float>& vecNumber)
 {
     const auto middle = vecNumber.begin() + std::ptrdiff_t(vecNumber.size() / 2);
@@ -20,3 +22,5 @@ RobustSpread robustSpread(std::vector<float> vecNumber)
         f = std::fabs(f - fMedian);
     return {fMedian, 1.4826 * double(medianOf(vecNumber))};
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// The upper median of numbers, at least one; leaves them in another order.
 float medianOf(std::vector<float>& vecNumber);
 
@@ -16,3 +18,5 @@ struct RobustSpread {
 ///
 /// Source: Hampel (1974), J. Am. Stat. Assoc. 69, 383.
 RobustSpread robustSpread(std::vector<float> vecNumber);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <cstddef>
 
+namespace tessera {
+
 namespace {
 
 // The transform of an image that is real and even: its real part. False when there is no transform.
@@ -83,3 +85,5 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
     filters.m_nFilterHeight = nHeight;
     return true;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include "imaging/imgobj.h"
 #include "records/runparameters.h"
 
+namespace tessera {
+
 /// The smoothing and the band-pass filter, with what they were made for.
 ///
 /// Both multiply a spectrum in natural layout (zero frequency at element (0, 0)). They are kept
@@ -33,3 +35,5 @@ public:
 ///         fit no frame, when there is no transform of that size
 bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int nHeight,
                        CPeakFilters& filters);
+
+}  // namespace tessera

@@ -19,6 +19,8 @@
 #include <memory>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 // Of the spectrum, its product and both images, and, once for the series, of the filters in the making.
@@ -237,3 +239,5 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
                       Qt::blue);
     return true;
 }
+
+}  // namespace tessera

@@ -12,6 +12,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// How a run of peak hunting works and whom it calls, all from the calling thread.
 struct PeakHuntingOptions {
     int nJobs = 1;            ///< frames hunted side by side, from 1; the result is the same for each
@@ -35,3 +37,5 @@ struct PeakHuntingOptions {
 /// @return true if all frames were hunted
 bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                     CRunReport& report, const PeakHuntingOptions& options = {});
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 void removeMaskedPeaks(const MaskData& mask, QList<double>& listX, QList<double>& listY)
 {
     if (mask.listPolygon.isEmpty() || listX.size() != listY.size())
@@ -20,3 +22,5 @@ void removeMaskedPeaks(const MaskData& mask, QList<double>& listX, QList<double>
     listX = listKeptX;
     listY = listKeptY;
 }
+
+}  // namespace tessera

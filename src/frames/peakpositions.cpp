@@ -1,5 +1,7 @@
 #include "frames/peakpositions.h"
 
+namespace tessera {
+
 QList<QPointF> peakPositions(const QList<Peak3D>& listPeak)
 {
     QList<QPointF> listPosition;
@@ -8,3 +10,5 @@ QList<QPointF> peakPositions(const QList<Peak3D>& listPeak)
         listPosition.append(QPointF(peak.dfX2D, peak.dfY2D));
     return listPosition;
 }
+
+}  // namespace tessera

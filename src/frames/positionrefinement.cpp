@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstddef>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFitHalfSize = 20;
@@ -287,3 +289,5 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
         report.addMessage(strTable, Qt::black);
     return vecResult;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// How a position refinement works and whom it calls, all from the calling thread.
 struct PositionRefinementOptions {
     int nJobs = 1;  ///< peaks of a frame fitted side by side; the result is the same for each
@@ -55,3 +57,5 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
 QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(
     DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted, CRunReport& report,
     const PositionRefinementOptions& options = {});
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+namespace tessera {
+
 namespace {
 
 bool writeScaled(const CImgObj<float>& image, double dfScale, const QString& strTarget, QString& strReason)
@@ -55,3 +57,5 @@ bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& repo
     };
     return exportSeries(what, report);
 }
+
+}  // namespace tessera

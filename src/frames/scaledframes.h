@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// The resized copy's file, beside the frame: its name up to the first dot and "_s.mrc".
 QString scaledFrameFile(const QString& strFrame);
 
@@ -13,3 +15,5 @@ QString scaledFrameFile(const QString& strFrame);
 /// is a file that can't be written.
 /// @return true if each frame has its copy
 bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report);
+
+}  // namespace tessera

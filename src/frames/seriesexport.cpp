@@ -9,6 +9,8 @@
 
 #include <exception>
 
+namespace tessera {
+
 namespace {
 
 /// Which frames gave a file.
@@ -134,3 +136,5 @@ bool exportSeries(const SeriesExport& what, CRunReport& report)
 {
     return CExport(what, report).run();
 }
+
+}  // namespace tessera

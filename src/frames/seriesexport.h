@@ -11,6 +11,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// What distinguishes one such export from another.
 struct SeriesExport {
     QStringList listFrameFile;  ///< copies, as the data set may change through waiting events
@@ -42,3 +44,5 @@ struct SeriesExport {
 ///
 /// @return true if each frame of the series has its file now
 bool exportSeries(const SeriesExport& what, CRunReport& report);
+
+}  // namespace tessera

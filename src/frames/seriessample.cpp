@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 const size_t g_nFramesTold = 5;
@@ -38,3 +40,5 @@ void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& 
                               .arg(vecUnread.size() - g_nFramesTold),
                           Qt::red);
 }
+
+}  // namespace tessera

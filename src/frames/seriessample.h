@@ -12,6 +12,8 @@
 #include <optional>
 #include <vector>
 
+namespace tessera {
+
 /// Numbers of at most nMost frames in order, the first and the last frame among them.
 std::vector<int> sampledFrames(int nFrames, int nMost);
 
@@ -79,3 +81,5 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
         sayUnreadFrames(vecUnread, report);
     return true;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <shared_mutex>
 
+namespace tessera {
+
 /// Lets threads read the same filters, and remakes them while nobody reads: for the first frame, or for one
 /// of another size.
 class CSharedPeakFilters {
@@ -29,3 +31,5 @@ private:
     CPeakFilters& m_filters;
     std::shared_mutex m_mutex;
 };
+
+}  // namespace tessera

@@ -26,6 +26,8 @@
 #include <memory>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 // Each reader holds a whole frame for a small region of it: more of them cost memory and win nothing.
@@ -328,3 +330,5 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
         Qt::blue);
     return bReachedEnd;
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 struct ShiftEvaluationOptions {
     bool bKeepPartial = true;  ///< a run that meets a frame it cannot use keeps and saves the shifts it
                                ///< found; else it leaves everything as it was
@@ -42,3 +44,5 @@ using FnShiftFrameDone =
 /// @return true only if all frames were reached
 bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
                         const ShiftEvaluationOptions& options = {}, const FnShiftFrameDone& fnFrameDone = {});
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+namespace tessera {
+
 QList<int> findShiftJumps(const QList<QPointF>& listShift, double dfLimit)
 {
     QList<int> listJump;
@@ -33,3 +35,5 @@ QList<int> findShiftJumps(const QList<QPointF>& listShift, double dfLimit)
     }
     return listJump;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <QFileInfo>
 
+namespace tessera {
+
 bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                          CPeakFilters& filters, const QString& strFileName, CRunReport& report)
 {
@@ -30,3 +32,5 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
     }
     return true;
 }
+
+}  // namespace tessera

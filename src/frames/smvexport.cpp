@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 QString smvImageFile(const QString& strFolder, const QString& strFrame)
 {
     return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
@@ -69,3 +71,5 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     };
     return exportSeries(what, report);
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// FOLDER/NAME.img, with the frame's name up to its first dot.
 QString smvImageFile(const QString& strFolder, const QString& strFrame);
 
@@ -16,3 +18,5 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame);
 /// the number of files and their folder.
 /// @return true if each frame has its file
 bool exportSMVImages(const DataSet& dataSet, CRunReport& report);
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "frames/somenames.h"
 
+namespace tessera {
+
 QString someNames(const QStringList& listName)
 {
     const int nMost = 10;
@@ -8,3 +10,5 @@ QString someNames(const QStringList& listName)
                ? strNames
                : QStringLiteral("%1 and %2 more").arg(strNames).arg(listName.size() - nMost);
 }
+
+}  // namespace tessera

@@ -4,5 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// The names with commas between them, but no more than ten: "... and N more".
 QString someNames(const QStringList& listName);
+
+}  // namespace tessera

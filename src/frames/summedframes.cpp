@@ -15,6 +15,8 @@
 #include <memory>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const float g_fDivisor = 20.f;
@@ -246,3 +248,5 @@ bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& 
     releaseFrameImages(dataSet.m_vecFrameImage);
     return bAll;
 }
+
+}  // namespace tessera

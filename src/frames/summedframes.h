@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// Writes one image "NNN.mrc" (16 bit unsigned) per beam tilt series: the sum of its frames, each moved back
 /// by its shift truncated to whole pixels, divided by 20 and cut to 0..65535.
 ///
@@ -30,3 +32,5 @@
 ///         none
 bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
                         const std::function<void(int nGroup)>& fnGroupDone = {});
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include "imaging/imageshifts.h"
 #include "imaging/maximumsearch.h"
 
+namespace tessera {
+
 bool findBeamInSummedMap(const CImgObj<COMPLEX>& imgSumFT, int& nX, int& nY)
 {
     const int nWidth = imgSumFT.Width();
@@ -32,3 +34,5 @@ bool findBeamInSummedMap(const CImgObj<COMPLEX>& imgSumFT, int& nX, int& nY)
     IndexToXY(FindMaximumIndex(imgReal.Data(), nPixels), nWidth, nHeight, &nX, &nY);
     return true;
 }
+
+}  // namespace tessera

@@ -4,9 +4,13 @@
 #include "imaging/complex.h"
 #include "imaging/imgobj.h"
 
+namespace tessera {
+
 /// The first maximum of the image behind a spectrum after a Gaussian blur of sigma 20 pixels.
 ///
 /// @param imgSumFT  centred layout (zero frequency at (width/2, height/2)), even sides; not changed
 /// @param nX, nY    column and row in the image, pixels
 /// @return false, with nX and nY untouched, for an image without pixels or with an odd side
 bool findBeamInSummedMap(const CImgObj<COMPLEX>& imgSumFT, int& nX, int& nY);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include "records/runreport.h"
 #include "records/shortmemory.h"
 
+namespace tessera {
+
 /// Takes a frame from a sequence and tells where memory is short: in black when fewer threads go on, in red
 /// when one alone has no room either.
 /// @return false in the latter case
@@ -26,3 +28,5 @@ bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRu
             Qt::black);
     return true;
 }
+
+}  // namespace tessera

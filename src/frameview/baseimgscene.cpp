@@ -12,6 +12,8 @@
 #include <QPixmap>
 #include <QProgressDialog>
 
+namespace tessera {
+
 namespace {
 
 // The picture of display bytes; null for an empty image. The bytes are read in place: their rows follow
@@ -214,3 +216,5 @@ void BaseImgScene::mouseMoveEvent(QGraphicsSceneMouseEvent* pEvent)
     emit mouseMoving(pEvent->scenePos());
     QGraphicsScene::mouseMoveEvent(pEvent);
 }
+
+}  // namespace tessera

@@ -14,6 +14,9 @@
 #include <vector>
 
 class QGraphicsPixmapItem;
+
+namespace tessera {
+
 class TextItem;
 
 using ByteImageList = std::vector<std::unique_ptr<CImgObj<unsigned char>>>;
@@ -105,3 +108,5 @@ private:
 
     unsigned m_nConversion = 0;  ///< counts the replacements of the images, to notice one inside another
 };
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstdlib>
 
+namespace tessera {
+
 static const qint64 g_nWheelPause = 300;  // ms without an angle, after which a new movement begins
 
 BaseImgView::BaseImgView(QWidget* pParent) : QGraphicsView(pParent)
@@ -132,3 +134,5 @@ int BaseImgView::wheelStep(int nAngle, Qt::ScrollPhase phase)
     m_nWheelAngle -= nSign * QWheelEvent::DefaultDeltasPerStep;
     return nSign;
 }
+
+}  // namespace tessera

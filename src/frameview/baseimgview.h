@@ -5,6 +5,8 @@
 #include <QGraphicsView>
 #include <QPoint>
 
+namespace tessera {
+
 /// Shows a scene at a zoom factor that the owner sets; the wheel only asks for the next one, and keeps the
 /// place under the pointer where it is when it gets it.
 ///
@@ -47,3 +49,5 @@ private:
     QElapsedTimer m_clockWheel;   ///< since the last small angle of the wheel; not valid after a full one
     int m_nWheelAngle = 0;        ///< small angles since the last step, eighths of a degree
 };
+
+}  // namespace tessera

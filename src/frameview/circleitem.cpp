@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+namespace tessera {
+
 void CircleItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem*, QWidget*)
 {
     const int nCorner = int(-m_fSize);
@@ -9,3 +11,5 @@ void CircleItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem*, QWid
     pPainter->setPen(m_pen);
     pPainter->drawArc(nCorner, nCorner, nSide, nSide, 0, 360 * 16);
 }
+
+}  // namespace tessera

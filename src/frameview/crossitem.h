@@ -3,9 +3,13 @@
 
 #include "frameview/markitem.h"
 
+namespace tessera {
+
 /// The size is the length of one arm; the centre lies in the middle of the pixel.
 class CrossItem : public MarkItem {
 public:
     using MarkItem::MarkItem;
     void paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption, QWidget* pWidget) override;
 };
+
+}  // namespace tessera

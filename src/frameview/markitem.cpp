@@ -1,5 +1,7 @@
 #include "frameview/markitem.h"
 
+namespace tessera {
+
 MarkItem::MarkItem(QGraphicsItem* pParent) : QGraphicsItem(pParent) {}
 
 void MarkItem::setSize(float fSize)
@@ -25,3 +27,5 @@ QRectF MarkItem::boundingRect() const
 {
     return {-m_fSize / 2.0, -m_fSize / 2.0, m_fSize, m_fSize};
 }
+
+}  // namespace tessera

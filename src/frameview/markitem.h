@@ -5,6 +5,8 @@
 #include <QGraphicsItem>
 #include <QPen>
 
+namespace tessera {
+
 /// A mark at a position on the frame; its position is the corner of the pixel that it marks.
 ///
 /// The bounding rectangle is the square of the side `size` around the position. Paint may reach beyond
@@ -27,3 +29,5 @@ protected:
     float m_fSize = 0.f;
     QPen m_pen;
 };
+
+}  // namespace tessera

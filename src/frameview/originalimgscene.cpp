@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 OriginalImgScene::OriginalImgScene(QWidget* pParent) : BaseImgScene(pParent), m_pSelRectItem(new SelRectItem)
 {
     m_pSelRectItem->setPenColor(Qt::yellow);
@@ -84,3 +86,5 @@ void OriginalImgScene::reemitSelRectPosChanged(QRectF rectSel)
 {
     emit selRectPosChanged(rectSel);
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QRectF>
 
+namespace tessera {
+
 class SelRectItem;
 
 /// The scene of the current frame. One of a list of preset rectangles may be in force; each preset
@@ -51,3 +53,5 @@ protected:
 private:
     bool isPreset(int nIndex) const;
 };
+
+}  // namespace tessera

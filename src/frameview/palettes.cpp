@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace tessera {
+
 namespace {
 
 std::array<QVector<QRgb>, 4> makePalettes()
@@ -39,3 +41,5 @@ QVector<QRgb> overlayColorTable(int nAlpha)
     vecColor[255] = 0xFF00FFFF;
     return vecColor;
 }
+
+}  // namespace tessera

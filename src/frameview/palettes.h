@@ -4,6 +4,8 @@
 #include <QRgb>
 #include <QVector>
 
+namespace tessera {
+
 /// The table of 256 opaque colours of one palette, indexed by the display byte.
 ///
 /// 0 grey, 1 grey inversed, 2 blue over cyan, green and yellow to red, 3 the same from red to blue.
@@ -15,3 +17,5 @@ const QVector<QRgb>* paletteTable(int nIndex);
 /// with the byte, 254 is opaque red and 255 opaque cyan.
 /// @param nAlpha  0 to 255
 QVector<QRgb> overlayColorTable(int nAlpha);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QGraphicsScene>
 #include <QList>
 
+namespace tessera {
+
 /// Deletes the marks of a list, which owns them, and puts new ones onto the scene in their place.
 ///
 /// The views of the scene repaint once, however many marks there are, and not at all when there is
@@ -24,3 +26,5 @@ void replaceMarks(QGraphicsScene* pScene, QList<TItem*>& listMark, const QList<T
     for (TItem* pItem : listNew)
         pScene->addItem(pItem);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfCrossArm = 5.0;  // scene units
@@ -93,3 +95,5 @@ void SelRectItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOpt
     pPainter->drawLine(pt - QPointF(0.0, g_dfCrossArm), pt + QPointF(0.0, g_dfCrossArm));
     QGraphicsRectItem::paint(pPainter, pOption, pWidget);
 }
+
+}  // namespace tessera

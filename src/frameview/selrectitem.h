@@ -5,6 +5,8 @@
 #include <QGraphicsRectItem>
 #include <QObject>
 
+namespace tessera {
+
 /// A movable rectangle that stays within a bound, with a red cross at its centre.
 ///
 /// Its rectangle lies around the item's position, half a pixel towards larger coordinates, so that the
@@ -40,3 +42,5 @@ private:
     QRectF m_rectBound;
     bool m_bClamping = false;
 };
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 QFont gridFont()
@@ -194,3 +196,5 @@ void TextDataWidget::showEvent(QShowEvent* pEvent)
     QGraphicsView::showEvent(pEvent);
     refresh();  // frames and centres that came while the window was hidden
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <QList>
 #include <QPointF>
 
+namespace tessera {
+
 class TextItem;
 
 /// Shows raw pixel values with row and column numbers, each tinted by the display value of its pixel.
@@ -61,3 +63,5 @@ private:
     QList<TextItem*> m_listCellItem;
     QList<TextItem*> m_listCrossItem;
 };
+
+}  // namespace tessera

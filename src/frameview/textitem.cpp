@@ -4,6 +4,8 @@
 #include <QFont>
 #include <QPainter>
 
+namespace tessera {
+
 TextItem::TextItem(QGraphicsItem* pParent) : QGraphicsSimpleTextItem(pParent), m_colorBackground(0, 0, 0, 0)
 {}
 
@@ -33,3 +35,5 @@ void TextItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption
         pPainter->fillRect(boundingRect(), m_colorBackground);
     QGraphicsSimpleTextItem::paint(pPainter, pOption, pWidget);
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QGraphicsSimpleTextItem>
 
+namespace tessera {
+
 /// Text on a scene, filled behind with a background colour (transparent at the start).
 class TextItem : public QGraphicsSimpleTextItem {
 public:
@@ -21,3 +23,5 @@ public:
 private:
     QColor m_colorBackground;
 };
+
+}  // namespace tessera

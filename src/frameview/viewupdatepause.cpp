@@ -2,6 +2,8 @@
 
 #include <QGraphicsScene>
 
+namespace tessera {
+
 CViewUpdatePause::CViewUpdatePause(QGraphicsScene* pScene)
 {
     if (!pScene)
@@ -21,3 +23,5 @@ CViewUpdatePause::~CViewUpdatePause()
         pair.first->viewport()->update();
     }
 }
+
+}  // namespace tessera

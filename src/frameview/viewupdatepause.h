@@ -8,6 +8,8 @@
 
 class QGraphicsScene;
 
+namespace tessera {
+
 /// Keeps the views of a scene from repainting while it lives; afterwards each view gets its own mode
 /// of updating back and is repainted once, as a whole, with the next paint event.
 class CViewUpdatePause {
@@ -20,3 +22,5 @@ public:
 private:
     QList<QPair<QPointer<QGraphicsView>, QGraphicsView::ViewportUpdateMode>> m_listView;
 };
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 constexpr double g_dfPi = 3.141592653589793;
 
 // Product before quotient: results of the mapping hold to the last bit.
@@ -27,3 +29,5 @@ inline double screenAzimuth360(double dfX, double dfY)
     const double dfAzimuth = screenAzimuth(dfX, dfY);
     return dfAzimuth < 0 ? dfAzimuth + 360 : dfAzimuth;
 }
+
+}  // namespace tessera

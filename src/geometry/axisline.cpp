@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfParallel = 1e-7;  // determinant of the end-point differences, pixels²
@@ -74,3 +76,5 @@ bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, cons
     line = QLineF(listEnd[0], listEnd[1]);
     return true;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QSize>
 
+namespace tessera {
+
 /// The part of the rotation axis that lies on the frame.
 ///
 /// The axis is the line through the direct beam with the direction (cos φ, −sin φ) in image coordinates
@@ -20,3 +22,5 @@
 ///         a number is not finite
 [[nodiscard]] bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis,
                             const QSize& sizeFrame);
+
+}  // namespace tessera

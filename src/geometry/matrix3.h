@@ -3,6 +3,8 @@
 
 #include "records/vec3d.h"
 
+namespace tessera {
+
 /// Nine doubles, row by row. The constructor leaves them as they are in memory.
 ///
 /// Rows count from 1 and columns from 0; callers rely on each of the two as it is.
@@ -112,3 +114,5 @@ public:
                 float(p[6] * dfX + p[7] * dfY + p[8] * dfZ)};
     }
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 QPointF frameCentre(const BeamCentres& centres, int nFrame)
 {
     const QPointF ptShift = centres.holds(nFrame) ? centres.m_listShift[nFrame] : QPointF();
@@ -89,3 +91,5 @@ float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, 
         dfAngle = 180 - dfAngle;
     return float(dfAngle);
 }
+
+}  // namespace tessera

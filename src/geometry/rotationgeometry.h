@@ -9,6 +9,8 @@
 #include <QList>
 #include <QPointF>
 
+namespace tessera {
+
 // Frames of reference. Image x runs to the right and image y runs down. The rotation axis is the line
 // through the direct beam with the direction (cos φ, −sin φ) in image coordinates, so φ counts
 // counter-clockwise on the screen and 0 is 3 o'clock. rotationZ(φ) takes it to the laboratory x axis.
@@ -70,3 +72,5 @@ float calDistanceToRotationAxis(const BeamCentres& centres, double dfRotationAxi
 /// from the direct beam to the peak's raw position; 0 for a frame outside the shift list.
 float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, int nFrameNo,
                              const Peak3D& peak);
+
+}  // namespace tessera

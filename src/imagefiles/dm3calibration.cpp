@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr int TYPE_FLOAT = 6, TYPE_DOUBLE = 7, TYPE_ARRAY = 20;
@@ -67,3 +69,5 @@ Dm3Calibration dm3Calibration(const DM3File& file)
         calibration.dfPixelSize = dfScale;
     return calibration;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "imagefiles/dm3file.h"
 
+namespace tessera {
+
 struct Dm3Calibration {
     double dfKilovolts = 0;  ///< accelerating voltage, kV; 0 when the file does not tell it
     double dfPixelSize =
@@ -12,3 +14,5 @@ struct Dm3Calibration {
 /// Reads the voltage ("Microscope Info", "Voltage", in volts) and the scale of the image's first dimension,
 /// whose unit is 1/nm or 1/Å in a calibrated diffraction pattern. Any content is safe.
 Dm3Calibration dm3Calibration(const DM3File& file);
+
+}  // namespace tessera

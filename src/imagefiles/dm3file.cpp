@@ -14,6 +14,8 @@
 #include "imagefiles/filebuffer.h"
 #include "imagefiles/pixelconvert.h"
 
+namespace tessera {
+
 namespace {
 
 constexpr bool HOST_BIG_ENDIAN = Q_BYTE_ORDER == Q_BIG_ENDIAN;
@@ -290,3 +292,5 @@ int readDm3Bytes(const uint8_t* pData, size_t nSize, CImgObj<float>& image, QStr
     DM3File file;
     return file.readBytes(pData, nSize, pReason) ? imageFromFile(file, image, pReason) : -1;
 }
+
+}  // namespace tessera

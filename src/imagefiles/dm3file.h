@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 
+namespace tessera {
+
 /// Reader of DM3 files. One object serves one thread; different objects can work side by side.
 class DM3File {
 public:
@@ -83,3 +85,5 @@ int ReadDM3(CImgObj<float>& image, const QString& strFileName, QString* pReason 
 
 /// Same as `ReadDM3` for a file that lies in memory: `nSize` bytes from `pData`, any content.
 int readDm3Bytes(const uint8_t* pData, size_t nSize, CImgObj<float>& image, QString* pReason = nullptr);
+
+}  // namespace tessera

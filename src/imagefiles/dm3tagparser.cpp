@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int TYPE_STRUCTURE = 15, TYPE_ARRAY = 20;
@@ -224,3 +226,5 @@ bool CDm3TagParser::parseData(TagEntry& entry, size_t nOffset)
     entry.pData = std::shared_ptr<const uint8_t>(m_pFile, m_pFile.get() + nOffset);
     return true;
 }
+
+}  // namespace tessera

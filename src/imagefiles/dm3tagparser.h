@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Every size and count is checked against the bytes left. After the first fault the reason tells it.
 class CDm3TagParser {
 public:
@@ -42,3 +44,5 @@ private:
     uint64_t m_nTags = 0;  ///< that the groups so far tell of
     QString& m_strReason;
 };
+
+}  // namespace tessera

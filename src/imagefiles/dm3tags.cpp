@@ -1,5 +1,7 @@
 #include "imagefiles/dm3tags.h"
 
+namespace tessera {
+
 void TagDirectory::Clear()
 {
     vecChild.clear();
@@ -22,3 +24,5 @@ const TagEntry* asEntry(const Tag* pTag)
 {
     return pTag && pTag->nKind == 1 ? static_cast<const TagEntry*>(pTag) : nullptr;
 }
+
+}  // namespace tessera

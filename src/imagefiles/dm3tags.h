@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace tessera {
+
 /// What a group and an entry of the tree have in common.
 class Tag {
 public:
@@ -48,3 +50,5 @@ public:
 /// The tag as a group, or as an entry; null when it is the other, or null.
 const TagDirectory* asGroup(const Tag* pTag);
 const TagEntry* asEntry(const Tag* pTag);
+
+}  // namespace tessera

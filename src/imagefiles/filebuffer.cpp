@@ -1,5 +1,7 @@
 #include "imagefiles/filebuffer.h"
 
+namespace tessera {
+
 namespace {
 
 constexpr size_t MOST_KEPT = size_t(72) << 20;  ///< a frame of 4096 x 4096 floats and the tags around it
@@ -52,3 +54,5 @@ std::shared_ptr<uint8_t> makeFileBuffer(size_t nSize)
     }
     return std::shared_ptr<uint8_t>(pBlock, [nBlock](uint8_t* p) { giveBack(p, nBlock); });
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+namespace tessera {
+
 /// A block of at least `nSize` bytes with undefined content.
 ///
 /// When the last owner lets go, the block is kept for the thread's next file, at most one per thread and
@@ -13,3 +15,5 @@
 ///
 /// @throws std::bad_alloc
 std::shared_ptr<uint8_t> makeFileBuffer(size_t nSize);
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include "records/regularfile.h"
 
+namespace tessera {
+
 namespace {
 
 struct FileKind {
@@ -107,3 +109,5 @@ QString unreadTiff(const QByteArray& bytesFile)
         .arg(QString::number(nBits),
              *pszFormat ? QStringLiteral(", ") + QLatin1String(pszFormat) : QString());
 }
+
+}  // namespace tessera

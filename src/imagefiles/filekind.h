@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace tessera {
+
 /// " (the content is that of a PNG file)" for a file whose content is known and whose suffix belongs to
 /// another kind; empty else. For the reason why a file could not be read.
 QString misnamedHint(const QString& strFileName);
@@ -11,3 +13,5 @@ QString misnamedHint(const QString& strFileName);
 /// Why a TIFF file holds no picture for eyes: samples of other than whole numbers up to 16 bits; empty if its
 /// first picture has none, or the bytes are no TIFF file. Source: TIFF revision 6.0 (1992).
 QString unreadTiff(const QByteArray& bytesFile);
+
+}  // namespace tessera

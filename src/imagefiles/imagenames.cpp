@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+namespace tessera {
+
 /// The extensions in the order of imageNameFilters().
 static const QStringList& imageExtensions()
 {
@@ -41,3 +43,5 @@ QString imageTypeExtension(const QString& strItem)
     const int nClose = strItem.indexOf(QLatin1Char(')'), nOpen + 1);
     return nOpen < 0 || nClose < 0 ? QString() : strItem.mid(nOpen + 1, nClose - nOpen - 1);
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 /// The filters of the dialog that asks for the name of one image, in its order.
 const QStringList& imageNameFilters();
 
@@ -17,3 +19,5 @@ const QStringList& imageTypeItems();
 
 /// What stands between the brackets of such an item, with the dot; empty without brackets.
 QString imageTypeExtension(const QString& strItem);
+
+}  // namespace tessera

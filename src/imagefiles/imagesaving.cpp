@@ -9,6 +9,8 @@
 #include "records/reason.h"
 #include "records/wholefile.h"
 
+namespace tessera {
+
 namespace {
 
 const QVector<QRgb>& greyTable()
@@ -51,3 +53,5 @@ bool saveShownImage(const CImgObj<unsigned char>* pDisplay, const CImgObj<float>
     writer.addSection(pFrame->Data());
     return writer.commit(pstrReason);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Writes an 8-bit image as a grey picture, in the format that the suffix of the name tells.
 ///
 /// The palette of the display does not reach the file. The file appears whole or not at all.
@@ -23,3 +25,5 @@ bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
 /// @return false, with a former file as it was, when nothing could be written
 bool saveShownImage(const CImgObj<unsigned char>* pDisplay, const CImgObj<float>* pFrame,
                     const QString& strFileName, QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -16,6 +16,8 @@
 #include "imagefiles/mrcwriter.h"
 #include "imagefiles/pixelconvert.h"
 
+namespace tessera {
+
 namespace {
 
 constexpr size_t HEADER_SIZE = 1024;
@@ -267,3 +269,5 @@ int WriteMRC(const ImageList& vecImage, const QString& strFileName, QString* pst
         vecPointer.push_back(pImage.get());
     return WriteMRC<float>(vecPointer, strFileName, pstrReason);
 }
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <limits>
 #include <vector>
 
+namespace tessera {
+
 /// Reads the sections of an MRC file and appends one image per section to `vecImage`.
 ///
 /// The file is a header of 1024 bytes and the sections behind it without gaps, little-endian; an
@@ -61,3 +63,5 @@ extern template int WriteMRC<unsigned short>(const std::vector<const CImgObj<uns
 
 /// Same for the images of a frame.
 int WriteMRC(const ImageList& vecImage, const QString& strFileName, QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <new>
 #include <type_traits>
 
+namespace tessera {
+
 namespace {
 
 constexpr int HEADER_SIZE = 1024;
@@ -91,3 +93,5 @@ bool CMrcWriter<T>::commit(QString* pstrReason)
 template class CMrcWriter<float>;
 template class CMrcWriter<short>;
 template class CMrcWriter<unsigned short>;
+
+}  // namespace tessera

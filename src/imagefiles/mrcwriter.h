@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace tessera {
+
 /// Writes a stack whose sections need not lie in memory together; beside them it takes room for one.
 /// `T` is `float` (MODE 2), `short` (1) or `unsigned short` (6).
 ///
@@ -44,3 +46,5 @@ private:
 extern template class CMrcWriter<float>;
 extern template class CMrcWriter<short>;
 extern template class CMrcWriter<unsigned short>;
+
+}  // namespace tessera

@@ -17,6 +17,8 @@
 #include <memory>
 #include <new>
 
+namespace tessera {
+
 namespace {
 
 /// A picture's size is only its header's word. Below this many pixels it is believed; above, the file
@@ -161,3 +163,5 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     vecImage.push_back(imageFromPicture(picture));
     return 1;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Whether a picture reader may look into a file: it is a regular one, as opening a pipe would wait for its
 /// writer, and no longer than a picture can be, as some readers go through all of it for the size alone. A
 /// file that is not there may be one.
@@ -24,3 +26,5 @@
 /// @throws std::bad_alloc when memory runs out; CShortMemory, which tells how much is needed, before memory
 ///         is taken for a picture that it has no room for
 int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason);
+
+}  // namespace tessera

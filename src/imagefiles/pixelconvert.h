@@ -8,6 +8,8 @@
 #include <cstring>
 #include <type_traits>
 
+namespace tessera {
+
 /// One element of type `T` from its bytes at any address, which are reversed when `bSwap` is set.
 template <class T, bool bSwap>
 inline T elementFromBytes(const uint8_t* p)
@@ -56,3 +58,5 @@ void convertPixels(const uint8_t* __restrict pSource, size_t nCount, float* __re
             pTarget[nDone] = static_cast<float>(elementFromBytes<T, bSwap>(pSource + nDone * sizeof(T)));
     }
 }
+
+}  // namespace tessera

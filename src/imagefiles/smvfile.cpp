@@ -10,6 +10,8 @@
 #include "records/reason.h"
 #include "records/wholefile.h"
 
+namespace tessera {
+
 namespace {
 
 constexpr int HEADER_SIZE = 512;
@@ -80,3 +82,5 @@ bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const 
         qToLittleEndian(pixelOf(image.Data()[i]), pTarget);
     return writeWholeFile(strFileName, bytes, pstrReason);
 }
+
+}  // namespace tessera

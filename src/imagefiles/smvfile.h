@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Detector pixel that the header is written for, mm. The camera length is derived from it.
 constexpr double SMV_PIXEL_SIZE = 0.055;
 
@@ -27,3 +29,5 @@ bool replaceSmvItem(QString& strHeader, const QString& strKey, double dfValue, i
 /// @return false for an empty image and when the file can't be written
 bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const QString& strFileName,
                    QString* pstrReason = nullptr);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <mutex>
 #include <type_traits>
 
+namespace tessera {
+
 namespace {
 
 // Lines that go through the scratch buffer together: eight COMPLEX are one cache line, so gathering
@@ -305,3 +307,5 @@ void CAcmlFft::Free()
     m_nWidth = 0;
     m_nHeight = 0;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+namespace tessera {
+
 /// An in-place complex 2D transform over FFTW's one-dimensional plans in single precision: all rows,
 /// then all columns, each a block at a time through an aligned scratch buffer of the plan.
 ///
@@ -76,3 +78,5 @@ private:
     int m_nHeight = 0;
     std::unique_ptr<Plan> m_pComm;
 };
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 constexpr int nWorkEntries = 2000;
@@ -321,3 +323,5 @@ int CDF2::fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection)
     }
     return 1;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Decimation-in-time transform with butterflies for the radices 2, 3, 4, 5, 8 and 10 and a general
 /// one for every other prime factor. Values stay in single precision between the passes, rotations
 /// and butterflies are computed in double.
@@ -68,3 +70,5 @@ private:
     int m_nFactors = 0;
     int m_nLength = 0;
 };
+
+}  // namespace tessera

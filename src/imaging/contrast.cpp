@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 int GetContrastLimits(const float* pData, int n, float fPLow, float fPHigh, int nBins, double* pLow,
                       double* pHigh)
 {
@@ -64,3 +66,5 @@ int FloatToByteScaled(const float* pSource, unsigned char* pTarget, int n, float
     FloatToByte(pSource, pTarget, n, float(dfLow), float(dfHigh), fOutMin, fOutMax);
     return nFilled;
 }
+
+}  // namespace tessera

@@ -1,6 +1,8 @@
 // Contrast: the limits between which an image is shown, and the bytes it is shown as.
 #pragma once
 
+namespace tessera {
+
 /// Contrast limits that cut off the fraction fPLow of the samples at the dark end and fPHigh at the
 /// bright end. @return 1, or 0 with the limits as they were when there is nothing to count
 int GetContrastLimits(const float* pData, int n, float fPLow, float fPHigh, int nBins, double* pLow,
@@ -24,3 +26,5 @@ int FloatToByte(const float* pSource, unsigned char* pTarget, int n, float fLow,
 /// @return 1, or 0 for a null buffer, n < 1, nBins < 1 or no finite sample
 int FloatToByteScaled(const float* pSource, unsigned char* pTarget, int n, float fPLow, float fPHigh,
                       int nBins, float fOutMin, float fOutMax);
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <new>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int nBox = 10;  // side of the box that is enlarged around the peak
@@ -271,3 +273,5 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     dfShiftY = fDY;
     return pMap;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace tessera {
+
 /// Correlates two images of one size in Fourier space. Made for one call: tables and plan go with it.
 /// Where memory runs out, as for a transform, std::bad_alloc is thrown.
 class CCorrelation {
@@ -65,3 +67,5 @@ private:
 std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWidth, int nHeight, int nMethod,
                                    double& dfPeak, double& dfShiftX, double& dfShiftY,
                                    bool bTransformed = false, bool* pbPeakFound = nullptr);
+
+}  // namespace tessera

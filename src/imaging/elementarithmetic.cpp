@@ -1,5 +1,7 @@
 #include "imaging/elementarithmetic.h"
 
+namespace tessera {
+
 int AddComplex(COMPLEX* pA, const COMPLEX* pB, int n)
 {
     if (!pA || !pB)
@@ -54,3 +56,5 @@ int AddFloat(float* pA, const float* pB, int n)
         pA[i] += pB[i];
     return 1;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "imaging/complex.h"
 
+namespace tessera {
+
 // Over n elements, in single precision. All return 1, or 0 for a null buffer.
 
 /// a += b.
@@ -15,3 +17,5 @@ int MultiplyByMask(COMPLEX* pA, const char* pMask, int n);
 int MultiplyByFloat(COMPLEX* pA, const float* pF, int n);
 /// a += b.
 int AddFloat(float* pA, const float* pB, int n);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace tessera {
+
 /// Reverses the order of the rows, in place. @return 1, or 0 for a null buffer or a side below 1
 template <typename T>
 int FlipVertical(T* pData, int nWidth, int nHeight)
@@ -16,3 +18,5 @@ int FlipVertical(T* pData, int nWidth, int nHeight)
     }
     return 1;
 }
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 int CHistogram::Fill(const float* pData, int n, int nBins)
 {
     if (!pData || n < 1 || nBins < 1)
@@ -68,3 +70,5 @@ double CHistogram::Lower(double dfP) const
     }
     return (m_dfMax - m_dfMin) * (m_nBins - i) / m_nBins + m_dfMin;
 }
+
+}  // namespace tessera

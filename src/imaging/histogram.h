@@ -3,6 +3,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Counts samples in bins of equal width between their smallest and their largest value.
 class CHistogram {
 public:
@@ -26,3 +28,5 @@ private:
     double m_dfMax = 0.0;
     int m_nTotal = 0;  // finite samples
 };
+
+}  // namespace tessera

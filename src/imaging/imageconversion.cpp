@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 int ComplexFromFloat(const CImgObj<float>& imgReal, CImgObj<COMPLEX>& imgComplex)
 {
     const float* pReal = imgReal.Data();
@@ -39,3 +41,5 @@ int ComplexToFloat(const COMPLEX* pSource, float* pTarget, int n, int nMode)
             return 0;
     }
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "imaging/complex.h"
 #include "imaging/imgobj.h"
 
+namespace tessera {
+
 /// Makes imgComplex the size of imgReal, with the values as real parts and 0 as imaginary parts.
 /// @return 1, or 0 for an empty source; the target stays as it was then
 int ComplexFromFloat(const CImgObj<float>& imgReal, CImgObj<COMPLEX>& imgComplex);
@@ -15,3 +17,5 @@ int ComplexFromFloat(const CImgObj<float>& imgReal, CImgObj<COMPLEX>& imgComplex
 ///                 3 imaginary part
 /// @return 1, or 0 for another mode or a null buffer; nothing is written then
 int ComplexToFloat(const COMPLEX* pSource, float* pTarget, int n, int nMode);
+
+}  // namespace tessera

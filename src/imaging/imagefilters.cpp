@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma)
 {
     if (!img.Create(nWidth, nHeight) || !img.Data())
@@ -50,3 +52,5 @@ int MakeRingMask(char* pMask, int nWidth, int nHeight, double dfInner, double df
         }
     return 1;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "imaging/imgobj.h"
 
+namespace tessera {
+
 /// A Gaussian of standard deviation fSigma pixels, normalised to a sum of about 1, with its peak at
 /// element (0, 0) and wrapped around all four edges. Its transform is a real filter for a spectrum
 /// in natural layout.
@@ -17,3 +19,5 @@ int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma);
 /// The radii are in pixels and enter as squares: an inner radius of −1 excludes the centre alone.
 /// @return 1, or 0 for a null buffer
 int MakeRingMask(char* pMask, int nWidth, int nHeight, double dfInner, double dfOuter);
+
+}  // namespace tessera

@@ -6,4 +6,8 @@
 #include <memory>
 #include <vector>
 
+namespace tessera {
+
 using ImageList = std::vector<std::unique_ptr<CImgObj<float>>>;
+
+}  // namespace tessera

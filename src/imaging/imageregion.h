@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace tessera {
+
 /// Copies the rectangle of w × h elements at (x, y) to a tightly packed target.
 /// @return 1; 0, with nothing copied, for a null buffer or when a corner lies outside the source. With
 ///         h < 1 there is nothing to copy and the result is 1
@@ -28,3 +30,5 @@ int CopyRegion(const T* pSource, int nSourceWidth, int nSourceHeight, T* pTarget
     }
     return 1;
 }
+
+}  // namespace tessera

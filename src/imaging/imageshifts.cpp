@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 template <typename T>
@@ -122,3 +124,5 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
         ShiftCenter(pData, nWidth, nHeight);
     return 1;
 }
+
+}  // namespace tessera

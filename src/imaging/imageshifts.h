@@ -3,6 +3,8 @@
 
 #include "imaging/complex.h"
 
+namespace tessera {
+
 /// Swaps the quadrants diagonally, in place: element (0, 0) goes to (width/2, height/2) and back.
 /// Takes a spectrum from natural to centred layout and back.
 /// @return 1, or 0 for a null buffer or a side below 1
@@ -24,3 +26,5 @@ int CyclicShift(COMPLEX* pData, int nWidth, int nHeight, int nDX, int nDY);
 /// @return 1, or 0 for a null buffer or a side below 1
 /// @throw const wchar_t* as ShiftCenter, for an odd side in natural layout
 int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double dfDY, bool bCentred);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+namespace tessera {
+
 /// A rectangular raster of one element type, without metadata.
 ///
 /// Element (x, y), x the column to the right and y the row downwards, stands at index
@@ -137,3 +139,5 @@ private:
     int m_nWidth = 0;
     int m_nHeight = 0;
 };
+
+}  // namespace tessera

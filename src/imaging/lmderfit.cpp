@@ -6,6 +6,8 @@
 #include <limits>
 #include <numeric>
 
+namespace tessera {
+
 CLmderFit::CLmderFit(int nParam)
     : m_nParam(nParam),
       m_vecParam(std::size_t(nParam), 1.0),
@@ -56,3 +58,5 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
     }
     return nInfo;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Called by the fit. For iflag 1 it fills the m residuals `fvec`, for iflag 2 the Jacobian `fjac`, column
 /// by column with `ldfjac` rows; a negative result ends the fit.
 using LmderFunction = int (*)(void* pData, int m, int n, const double* x, double* fvec, double* fjac,
@@ -42,3 +44,5 @@ public:
     /// e.s.d.
     std::vector<bool> m_vecOpen;
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <limits>
 #include <numeric>
 
+namespace tessera {
+
 int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, void* pContext)
 {
     const int n = int(vecPara.size());
@@ -44,3 +46,5 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     }
     return nInfo;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Levenberg-Marquardt fit by CMinpack's lmdif, with forward differences for the Jacobian.
 ///
 /// Settings: ftol = xtol = √ε of a double, gtol 0, at most 10000 evaluations, scaling chosen by the
@@ -44,3 +46,5 @@ private:
     std::vector<double> m_vecStdErr;
     std::vector<double> m_vecCovariance;
 };
+
+}  // namespace tessera

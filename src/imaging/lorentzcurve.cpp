@@ -5,6 +5,8 @@
 #include <limits>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 double lorentz(double dfI, double dfCentre, double dfC, double dfFrame)
@@ -49,3 +51,5 @@ QVector<QPointF> calcFittedCurveData(double dfI, double dfFrame, double dfC, QPo
     }
     return vecPoint;
 }
+
+}  // namespace tessera

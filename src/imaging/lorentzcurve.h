@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QVector>
 
+namespace tessera {
+
 /// Fits L(f) = I / ((f − F)²/C² + 1) to points of frame number and intensity.
 ///
 /// @param adfPara  I, F, C: the start goes in, the fitted values come out. C enters squared; its sign
@@ -17,3 +19,5 @@ int fitLorentzCurve(const QList<QPointF>& listPoint, double adfPara[3], double a
 /// 1000 points (f, L(f)) in equal steps over the frames ptFrameRange.x() to ptFrameRange.y(), of which
 /// the last stands one step short of the end.
 QVector<QPointF> calcFittedCurveData(double dfI, double dfFrame, double dfC, QPointF ptFrameRange);
+
+}  // namespace tessera

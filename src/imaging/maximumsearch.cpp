@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+namespace tessera {
+
 namespace {
 
 bool anyAbove(const float* pData, std::size_t nCount, float f)
@@ -73,3 +75,5 @@ int IndexToXY(int nIndex, int nWidth, int nHeight, int* pX, int* pY)
         *pY = nIndex / nWidth;
     return 1;
 }
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <mutex>
 #include <thread>
 
+namespace tessera {
+
 namespace {
 
 const std::size_t g_nLorentzParameters = 5;
@@ -174,3 +176,5 @@ std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vec
         std::rethrow_exception(pException);
     return vecResult;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Fits I(x, y) = A / (1 + (x − x0)²/Bx + (y − y0)²/By) to the box of nHalfSize pixels around (x, y).
 ///
 /// The box is cut off at the edges of the image. Pixels at or above dfSaturation, and those that are
@@ -30,3 +32,5 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
 std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vector<double>& vecX,
                                              std::vector<double>& vecY, int nHalfSize, double dfSaturation,
                                              bool bConstantBackground = false, int nJobs = 1);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 float cube(float f)
@@ -173,3 +175,5 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     }
     return 1;
 }
+
+}  // namespace tessera

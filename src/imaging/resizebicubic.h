@@ -1,6 +1,8 @@
 // ResizeBicubic: resampling of an image by a cubic B-spline.
 #pragma once
 
+namespace tessera {
+
 /// Resamples pSource to the size of pTarget.
 ///
 /// Target pixel (i, j) is taken at (i × srcWidth/dstWidth, j × srcHeight/dstHeight), edge pixels
@@ -17,3 +19,5 @@ int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const flo
 /// @return 1; 0, with x and y left alone, as ResizeBicubic()
 int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
                        int nSourceHeight, int* pX, int* pY);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 void CBasisSolver::setBasis(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& vecC)
 {
     vecBasis[0] = vecA;
@@ -16,3 +18,5 @@ void CBasisSolver::setBasis(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& v
     dfDeterminant = double(dot(vecA, vecRow[0]));
     bValid = std::fabs(dfDeterminant) >= 1e-6;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "records/vec3d.h"
 
+namespace tessera {
+
 /// Solves v = h·a* + k·b* + l·c* by Cramer's rule.
 class CBasisSolver {
 public:
@@ -34,3 +36,5 @@ private:
     bool bValid = false;
     Vec3D vecBasis[3];
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector)
 {
     if (listVector.size() < 3)
@@ -43,3 +45,5 @@ QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector)
     }
     return listBasis;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Picks a*, b*, c* from averaged difference vectors.
 ///
 /// a* is the shortest, b* the shortest at more than 30° to it, c* the shortest whose normalised triple
@@ -12,3 +14,5 @@
 /// right-handed by an exchange of b* and c*.
 /// @return 0 (fewer than 3 vectors given), 2 (no b* or no c* found) or 3 vectors
 QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector);
+
+}  // namespace tessera

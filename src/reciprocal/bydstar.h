@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 /// Less-than that puts what is not a number last, so that a sort has a definite order whatever comes.
 inline bool numbersAscending(double dfA, double dfB)
 {
@@ -24,3 +26,5 @@ inline void sortByDStar(QList<Peak3D>& listPeak)
     std::stable_sort(listPeak.begin(), listPeak.end(),
                      [](const Peak3D& a, const Peak3D& b) { return numbersAscending(a.dfDStar, b.dfDStar); });
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include "dataset/unitcellfile.h"
 #include "records/timestamp.h"
 
+namespace tessera {
+
 void updateUnitCell(DataSet& dataSet)
 {
     if (dataSet.m_listCellFound.size() == 3)
@@ -32,3 +34,5 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
         report.addMessage(strReason, Qt::red);
     }
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// The commit of a found basis: m_listCell takes m_listCellFound when that holds three vectors.
 void updateUnitCell(DataSet& dataSet);
 
@@ -16,3 +18,5 @@ bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
 /// Writes the cell in force to the project's unit-cell file; one that can't be written is a red line with its
 /// reason. Without a project there is no file.
 void saveProjectCell(DataSet& dataSet, CRunReport& report);
+
+}  // namespace tessera

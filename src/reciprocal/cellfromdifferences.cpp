@@ -14,6 +14,8 @@
 #include <climits>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr std::size_t g_nRowsPerMessage = 100000;
@@ -300,3 +302,5 @@ DifferenceVectorRefinement runUnitCellRefinement(const DataSet& dataSet,
     return refineCellFromDifferenceVectors(dataSet.m_vecPeakIndexedOnFrame, dataSet, parameters, report,
                                            fnRefinePositions);
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// What the run found. The six numbers of a cell go a, b, c (Å), α, β, γ (degrees).
 struct DifferenceVectorRefinement {
     bool bRefined = false;         ///< a cell came out of the fit
@@ -51,3 +53,5 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
 DifferenceVectorRefinement runUnitCellRefinement(const DataSet& dataSet,
                                                  const RefinementParameters& parameters, CRunReport& report,
                                                  const FnRefinePositions& fnRefinePositions = {});
+
+}  // namespace tessera

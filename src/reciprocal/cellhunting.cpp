@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr float g_fAveragingTolerance = 0.01f;  // Å⁻¹
@@ -74,3 +76,5 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         saveProjectCell(dataSet, report);
     return true;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// Searches the unit cell of the selected reflections and commits it.
 ///
 /// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame), the log the direct
@@ -14,3 +16,5 @@
 bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                         const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
                         const QString& strLatticeHost = latticeServiceHost());
+
+}  // namespace tessera

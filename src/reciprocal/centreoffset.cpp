@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr size_t g_nUnknowns = 11;
@@ -155,3 +157,5 @@ CentreOffset fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize, 
     const CentreOffset offsetNear = fitOnce(vecNear, vecDistance);
     return offsetNear.bValid ? offsetNear : offset;
 }
+
+}  // namespace tessera

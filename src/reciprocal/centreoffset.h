@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 /// A joint linear fit of basis and beam. Pixels are those of dfX2DCorrected: where a stretching was applied
 /// in the mapping, the offset is in stretched pixels.
 struct CentreOffset {
@@ -39,3 +41,5 @@ struct CentreOffset {
 /// @return not valid with fewer than 6 reflections, or where they do not determine the eleven
 ///         unknowns (all at one tilt, or in one plane)
 CentreOffset fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize, double dfRotationAxis);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
                 const FnChainIsOver& fnIsOver, QList<QList<Peak3D>>& listChain, CRunReport& report)
 {
@@ -46,3 +48,5 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
     report.endProgress();
     return report.goOn();
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// Whether a chain with that last peak is over by the time of a frame.
 using FnChainIsOver = std::function<bool(int nFrame, const Peak3D& peakLast)>;
 
@@ -19,3 +21,5 @@ using FnChainIsOver = std::function<bool(int nFrame, const Peak3D& peakLast)>;
 /// @return false when the run was stopped; listChain is then unfinished
 bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
                 const FnChainIsOver& fnIsOver, QList<QList<Peak3D>>& listChain, CRunReport& report);
+
+}  // namespace tessera

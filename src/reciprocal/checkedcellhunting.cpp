@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfEnough = 0.5;    // share of the reflections
@@ -101,3 +103,5 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         saveProjectCell(dataSet, report);
     return true;
 }
+
+}  // namespace tessera

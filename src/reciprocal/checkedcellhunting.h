@@ -5,6 +5,8 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// The part, 0 to 1, of the reflections that get indices of their own on a basis.
 /// @param fThreshold  how far an index may lie from a whole number
 double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
@@ -25,3 +27,5 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const CellHuntingParameters& parameters, double dfIndexThreshold,
                            CRunReport& report, bool bSave);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 Vec3D singleVector(double dfX, double dfY, double dfZ)
@@ -123,3 +125,5 @@ QList<Vec3D> refineCubicUnitCell(const QList<Peak3D>& listPeak, const DataSet& d
                                        cubicBasis(dfEdge), options.dfFunctionError);
     return addFit(fit, start.vecAngle, dfEdge, report);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 constexpr double g_dfCubicEdge = 12.0;  ///< Å, garnet
 
 /// A right-handed cubic basis a*, b*, c* (Å⁻¹): a* points along the polar angles θ and φ, and ψ turns b*
@@ -26,3 +28,5 @@ QList<Vec3D> testFindCubicCell(const QList<Peak3D>& listPeak, const DataSet& dat
 /// @return the fitted basis; empty, with a red line, without a cell in force
 QList<Vec3D> refineCubicUnitCell(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                  const TiltRefinementOptions& options = {}, double dfEdge = g_dfCubicEdge);
+
+}  // namespace tessera

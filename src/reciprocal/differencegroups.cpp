@@ -4,6 +4,8 @@
 
 #include <unordered_map>
 
+namespace tessera {
+
 namespace {
 
 // Of a triple and its negative the one whose first number that isn't 0 is above 0.
@@ -44,3 +46,5 @@ QList<QList<int>> groupDifferenceVectors(const QList<Peak3D>& listDifference)
         listGroup.append(QList<int>(vecGroup.begin(), vecGroup.end()));
     return listGroup;
 }
+
+}  // namespace tessera

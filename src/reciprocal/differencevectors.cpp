@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int64_t g_nMaxVectors = 300000;
@@ -172,3 +174,5 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
     }
     return listVector;
 }
+
+}  // namespace tessera

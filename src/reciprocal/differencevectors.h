@@ -6,6 +6,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// The vectors v and −v between all pairs of reflections whose length lies within the limits (included).
 ///
 /// A vector is carried in a Peak3D: the point is the vector, dfDStar its length (Å⁻¹), dfIPoint the
@@ -14,3 +16,5 @@
 /// A run that was stopped gives an empty list.
 QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLength, float fMinLength,
                                    CRunReport& report);
+
+}  // namespace tessera

@@ -13,6 +13,8 @@
 #include <limits>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int g_nParam = 6;
@@ -195,3 +197,5 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& ve
     }
     return vecMap;
 }
+
+}  // namespace tessera

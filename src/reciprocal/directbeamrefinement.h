@@ -10,6 +10,8 @@
 
 #include <array>
 
+namespace tessera {
+
 /// The map of one frame: x = p0·H + p2·K + p4·L, y = p1·H + p3·K + p5·L, pixels.
 struct DifferenceMap {
     std::array<double, 6> adfStart{};
@@ -42,3 +44,5 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& 
 QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& vecPeak,
                                                 const PeakPairLimits& limits, const CSpaceGroup& spaceGroup,
                                                 double dfAmplitude, double dfAzimuth, CRunReport& report);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+namespace tessera {
+
 QList<QList<Peak3D>> takeDuplicateReflections(const QList<Peak3D>& listPeak)
 {
     const QList<HKLRef> listHKL = getRoundedHKLRef(listPeak);
@@ -31,3 +33,5 @@ QList<QList<Peak3D>> takeDuplicateReflections(const QList<Peak3D>& listPeak)
     }
     return {listKept, listDuplicate};
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 // Beam tilt series of each frame, and the place of the frame in it.
@@ -115,3 +117,5 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
     addRefinedCell(listUnitCellAfter, options.strLatticeHost, report);
     return listRow;
 }
+
+}  // namespace tessera

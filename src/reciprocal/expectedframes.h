@@ -3,6 +3,8 @@
 
 #include "reciprocal/tiltrefinement.h"
 
+namespace tessera {
+
 /// One reflection of the comparison. Tilts and errors in degrees.
 struct ExpectedFrame {
     Peak3D peak;
@@ -25,3 +27,5 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                                         const QList<Vec3D>& listUnitCellAfter, const QList<Peak3D>& listPeak,
                                         const DataSet& dataSet, CRunReport& report,
                                         const TiltRefinementOptions& options = {}, bool bExchanged = false);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 // IDs are chain numbers; more than this is no number of a chain, and a table over them would fill the memory.
@@ -83,3 +85,5 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
     for (const Peak3D& reflection : listPeakIndexed)
         dataSet.m_vecReflectionFrame[size_t(reflection.nID)] = reflection.nFrame;
 }
+
+}  // namespace tessera

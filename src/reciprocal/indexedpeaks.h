@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// Frames of the data set: its frame files or, in a set without files, its shifts.
 int frameCount(const DataSet& dataSet);
 
@@ -18,3 +20,5 @@ QVector<QList<Peak3D>> sortPeakFrame(const QList<Peak3D>& listPeak, int nFrames)
 /// to (0, 0, 0) or have no chain are passed over. A negative nID gives "Abnormal min ID: %1" in red and
 /// leaves m_vecReflectionFrame as it was.
 void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakIndexed, CRunReport& report);
+
+}  // namespace tessera

@@ -20,6 +20,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 /// Sorts the selection into indexed, unindexed and edge reflections.
@@ -186,3 +188,5 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     result.status = IndexingStatus::Finished;
     return result;
 }
+
+}  // namespace tessera

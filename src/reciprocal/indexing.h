@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// How an indexing run ended.
 enum class IndexingStatus { Finished, NoCell, NothingSelected, CoPlanarBasis, Stopped };
 
@@ -40,3 +42,5 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const IndexingParameters& parameters, CRunReport& report,
                            const std::function<void(const IndexingResult&)>& fnShow = {},
                            CFileSet* pFiles = nullptr);
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace tessera {
+
 using IndexKey = std::array<int, 3>;
 
 inline IndexKey indexKey(const HKLRef& hkl)
@@ -25,3 +27,5 @@ struct IndexKeyHash {
         return size_t(nHash);
     }
 };
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 /// isCloseToInteger() for one number, without calls of the mathematical library in the common range:
@@ -428,3 +430,5 @@ bool indexReflections(QList<Peak3D>& listPeak, const QList<Vec3D>& listBasis, fl
     listPeak = listSorted;
     return true;
 }
+
+}  // namespace tessera

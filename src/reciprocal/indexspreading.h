@@ -6,6 +6,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Gives each reflection its indices from indexed neighbours, or by plain division where there are none.
 ///
 /// Sorts `listPeak` by dfDStar and writes dfH, dfK, dfL. A neighbour lies within `fRadius` (Å⁻¹) and counts
@@ -15,3 +17,5 @@
 /// the run was stopped; the list is then as it was.
 bool indexReflections(QList<Peak3D>& listPeak, const QList<Vec3D>& listBasis, float fThreshold, float fRadius,
                       CRunReport& report);
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "reciprocal/mapping.h"
 
+namespace tessera {
+
 BeamCentres beamCentres(const DataSet& dataSet)
 {
     return {dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY};
@@ -132,3 +134,5 @@ QList<Peak3D> showPeaksIn3D(DataSet& dataSet, const MappingParameters& parameter
     dataSet.m_listPeakFrameShown = shown.m_listPeakFrameShown;
     return shown.m_listPeakFlat;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+namespace tessera {
+
 /// The direct beam positions of a data set.
 BeamCentres beamCentres(const DataSet& dataSet);
 
@@ -58,3 +60,5 @@ PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const Map
 
 /// Replaces m_listPeakFrameShown by what passes the limits and returns the flat list for the raw view.
 QList<Peak3D> showPeaksIn3D(DataSet& dataSet, const MappingParameters& parameters);
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <iterator>
 
+namespace tessera {
+
 namespace {
 
 double intensity(const Peak3D& peak, int nIntensityMode)
@@ -247,3 +249,5 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
                       Qt::black);
     return result;
 }
+
+}  // namespace tessera

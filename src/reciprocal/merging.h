@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// What a merge leaves beside the lists of the data set.
 struct PeakMergingResult {
     bool bFinished = false;      ///< false: refused or stopped, and the data set is as it was
@@ -42,3 +44,5 @@ bool mergeReflectionsMax(Peak3D& peakOut, const QList<Peak3D>& listChain, const 
 /// @return false, with peakOut untouched, for fewer than 2 peaks or when no weight counts
 bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listChain,
                                      const BeamCentres& centres, int nIntensityMode);
+
+}  // namespace tessera

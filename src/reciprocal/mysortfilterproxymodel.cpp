@@ -1,5 +1,7 @@
 #include "reciprocal/mysortfilterproxymodel.h"
 
+namespace tessera {
+
 MySortFilterProxyModel::MySortFilterProxyModel(QObject* pParent) : QSortFilterProxyModel(pParent) {}
 
 void MySortFilterProxyModel::setSourceModel(QAbstractItemModel* pSourceModel)
@@ -50,3 +52,5 @@ bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex
     };
     return text(keyLeft, left).localeAwareCompare(text(keyRight, right)) < 0;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <QSortFilterProxyModel>
 #include <QVector>
 
+namespace tessera {
+
 /// A pair of cells of which one is no number is compared as texts, in the order of the locale.
 class MySortFilterProxyModel : public QSortFilterProxyModel {
 public:
@@ -28,3 +30,5 @@ private:
     mutable QVector<Key> m_vecKey;
     mutable int m_nKeyColumn = -1;
 };
+
+}  // namespace tessera

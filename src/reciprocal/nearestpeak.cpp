@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 void CNearestPeak::add(double dfX, double dfY, int nNumber)
 {
     if (std::isfinite(dfX) && std::isfinite(dfY))
@@ -36,3 +38,5 @@ int CNearestPeak::find(double dfX, double dfY) const
     }
     return std::sqrt(dfBest) < m_dfMaxDistance ? nBest : -1;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// Finds what a walk over all places would find: the place of the smallest squared distance, the first of
 /// equals, if its distance is strictly below the limit.
 ///
@@ -29,3 +31,5 @@ private:
     double m_dfMaxDistance;
     std::vector<Place> m_vecPlace;
 };
+
+}  // namespace tessera

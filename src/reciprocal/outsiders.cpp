@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& listOverallTilt,
                                const QList<Vec3D>& listCell)
 {
@@ -25,3 +27,5 @@ void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& lis
     }
     listPeak = listInside;
 }
+
+}  // namespace tessera

@@ -5,7 +5,11 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Drops the reflections outside the wedge between the first and the last tilt (degrees), less a margin of
 /// 2 degrees at both ends. Does nothing without tilts or without a cell of three vectors.
 void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& listOverallTilt,
                                const QList<Vec3D>& listCell);
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 const int g_nGroups = 64;
@@ -259,3 +261,5 @@ int keepPeaksBeyondMasks(DataSet& dataSet)
             }
     return nCount;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// What the raw view shows of a peak list with masks.
 struct RestoredPointGroups {
     bool bRestored = false;  ///< false: the masks don't fit the peaks, and nothing is to change
@@ -58,3 +60,5 @@ void mergePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listMerged
 /// list is read again.
 /// @return how many there are
 int keepPeaksBeyondMasks(DataSet& dataSet);
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <iterator>
 
+namespace tessera {
+
 struct CPeakTable::Cells {
     /// The index of a record, rounded; "*" where the record isn't indexed.
     static QString index(const CPeakTable& table, const Peak3D& peak, double dfIndex)
@@ -103,3 +105,5 @@ QString CPeakTable::text(int nRow, int nColumn) const
 {
     return Cells::aText[nColumn](*this, m_listPeak.at(nRow));
 }
+
+}  // namespace tessera

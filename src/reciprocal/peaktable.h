@@ -7,6 +7,8 @@
 #include <QLocale>
 #include <QString>
 
+namespace tessera {
+
 /// Number of columns of the peak table.
 constexpr int g_nPeakTableColumns = 26;
 
@@ -35,3 +37,5 @@ private:
     float m_fIndexThreshold;
     QLocale m_locale;
 };
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfLeastDStar = 0.01;  // Å⁻¹
@@ -178,3 +180,5 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
     report.addMessage(QStringLiteral("Total: %1 occ.").arg(nTotal));
     return listGroup;
 }
+
+}  // namespace tessera

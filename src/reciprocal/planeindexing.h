@@ -7,6 +7,8 @@
 #include <QList>
 #include <QPointF>
 
+namespace tessera {
+
 /// Difference vectors that agree, with their mean in pixels.
 struct PlaneGroup {
     QPointF ptMean;
@@ -25,3 +27,5 @@ struct PlaneGroup {
 ///         report's goOn(), asked after each group, ended the run
 QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelSize, double dfResolutionMax,
                                  double dfBackgroundSize, CRunReport& report);
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <limits>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfSingleStep = 1;  // degrees, of a series of one frame
@@ -239,3 +241,5 @@ QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, doub
                    listPeak.end());
     return listPeak;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QSize>
 
+namespace tessera {
+
 /// The reflections with d* up to `dfMaxDStar` (Å⁻¹) that cross the Ewald sphere at a tilt nearest to that of
 /// frame `nFrame`, and within half a step of it. Half a step is half the median difference of neighbouring
 /// tilts (1 degree for a single frame), so that gaps of the series stay empty. Frames of equal tilt show the
@@ -28,3 +30,5 @@ QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMa
 /// show is not looked for, so that a limit far beyond the frame costs nothing.
 QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, double dfMaxDStar,
                                         bool bApplyStretching, const QSize& sizeFrame);
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <new>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int MAX_SIDE = 1 << 24;  ///< up to here single precision holds every index
@@ -289,3 +291,5 @@ bool CReciprocalVolume::saveScaled(const QString& strFileName, double dfLow, dou
     }
     return writer.commit(pstrReason);
 }
+
+}  // namespace tessera

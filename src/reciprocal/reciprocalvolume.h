@@ -10,6 +10,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// A voxel holds the greatest pixel value that any frame put into it, 0 where none came.
 ///
 /// The grid's centre is the origin of reciprocal space: voxel index = coordinate/m_dfPixelSize + half the
@@ -59,3 +61,5 @@ public:
 private:
     void release();
 };
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 /// h·R as a row vector, truncated to whole numbers.
@@ -75,3 +77,5 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     report.endProgress();
     listPeak = listResult;
 }
+
+}  // namespace tessera

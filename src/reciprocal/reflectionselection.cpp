@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace tessera {
+
 bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const QList<Peak3D>& listViewPoint,
                                     const QList<int>& listGroupIndex, QList<Peak3D>& listPeak,
                                     CRunReport& report)
@@ -28,3 +30,5 @@ bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const Q
     listPeak = listChosen;
     return true;
 }
+
+}  // namespace tessera

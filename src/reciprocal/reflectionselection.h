@@ -6,6 +6,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Collects the merged reflections that a point group of the merged view stands for.
 ///
 /// @param listPeakMerged  the reflections to choose from
@@ -16,3 +18,5 @@
 bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const QList<Peak3D>& listViewPoint,
                                     const QList<int>& listGroupIndex, QList<Peak3D>& listPeak,
                                     CRunReport& report);
+
+}  // namespace tessera

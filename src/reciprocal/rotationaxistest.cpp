@@ -10,6 +10,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 constexpr int g_nChainGap = 4;  // frames
@@ -117,3 +119,5 @@ RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorre
     test.bFinished = true;
     return test;
 }
+
+}  // namespace tessera

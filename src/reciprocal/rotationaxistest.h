@@ -7,6 +7,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// What the test found. Angles in degrees, counter-clockwise on the screen from 3 o'clock.
 struct RotationAxisTest {
     int nPeaks = 0;
@@ -31,3 +33,5 @@ struct RotationAxisTest {
 /// @param dfMax2DDistance  strict limit in pixels for a peak to join a chain
 RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorrected,
                                   const BeamCentres& centres, double dfMax2DDistance, CRunReport& report);
+
+}  // namespace tessera

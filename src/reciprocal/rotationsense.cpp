@@ -2,6 +2,8 @@
 
 #include "reciprocal/tiltrefinement.h"
 
+namespace tessera {
+
 // A right sense gains less than 10 even with the axis some degrees off, a wrong one 10 to 70.
 static const double g_dfLeastGain = 10;
 
@@ -26,3 +28,5 @@ RotationSense judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& d
                       fit.dfSquaresBefore > g_dfLeastGain * fit.dfSquaresAfter;
     return sense;
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// A cell and its mirror image have the same lengths, angles and d*, so a rotation axis that is 180° off,
 /// which turns the sense of rotation round, shows neither in the share of indexed reflections nor in the fit
 /// of the cell. It shows in the curvature of the Ewald sphere: a reflection away from the axis passes the
@@ -19,3 +21,5 @@ struct RotationSense {
 /// Refines the basis against the tilts as refineBasisVectors() does, without a word and with no change.
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
 RotationSense judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet);
+
+}  // namespace tessera

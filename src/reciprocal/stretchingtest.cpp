@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfNetEdge = 27.5;  // Å, of the square net
@@ -60,3 +62,5 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
     report.addMessage(strReason, Qt::red);
     return false;
 }
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "reciprocal/tablemodel.h"
 
+namespace tessera {
+
 TableModel::TableModel(QObject* pParent) : QAbstractTableModel(pParent) {}
 
 TableModel::~TableModel() = default;
@@ -88,3 +90,5 @@ void TableModel::setDefaultAlignment(int nAlignment)
 {
     m_nDefaultAlignment = nAlignment;
 }
+
+}  // namespace tessera

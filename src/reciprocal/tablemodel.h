@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// Rows of texts with column titles and an alignment per column.
 class TableModel : public QAbstractTableModel {
 public:
@@ -45,3 +47,5 @@ private:
     int m_nDefaultAlignment = 0;
     QVector<int> m_vecAlignment;
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfDegreesPerRadian = 180 / 3.141592653589793;
@@ -106,3 +108,5 @@ void addValues(const QString& strHead, const std::vector<double>& vecValue, CRun
         strLine += QStringLiteral(" %1").arg(df, 10, 'f', 7);
     report.addMessage(strLine);
 }
+
+}  // namespace tessera

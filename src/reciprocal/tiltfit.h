@@ -12,6 +12,8 @@
 #include <functional>
 #include <vector>
 
+namespace tessera {
+
 /// The tilt in degrees at which the mapping has h·a* + k·b* + l·c* on the Ewald sphere; indices of the record
 /// rounded, wavelength in Å. calEwaldTilt() has its sphere about (0, 0, −1/λ), and so gets −g here.
 /// @return false, with `dfTilt` untouched, if the sphere does not reach the point
@@ -46,3 +48,5 @@ QList<Peak3D> withoutReflections(const QList<Peak3D>& listPeak, const QList<HKLR
 
 /// "HEAD" and each value after a blank, with 7 decimals.
 void addValues(const QString& strHead, const std::vector<double>& vecValue, CRunReport& report);
+
+}  // namespace tessera

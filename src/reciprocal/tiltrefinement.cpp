@@ -10,6 +10,8 @@
 #include <cmath>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 constexpr double g_dfLeastDistance = 100.0;  // pixels from the axis
@@ -208,3 +210,5 @@ QList<Vec3D> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak, const Dat
         *pResult = result;
     return result.listCell;
 }
+
+}  // namespace tessera

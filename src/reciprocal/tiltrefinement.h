@@ -13,6 +13,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 constexpr double g_dfTiltWavelength = 0.0251;  ///< Å, of electrons of 200 kV
 
 struct TiltRefinementOptions {
@@ -81,3 +83,5 @@ TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& 
 QList<Vec3D> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak, const DataSet& dataSet,
                                         CRunReport& report, const TiltRefinementOptions& options = {},
                                         TiltRefinement* pResult = nullptr);
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <limits>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 // The sums are in single precision, so their value depends on the order of the summands. The plain way walks
@@ -358,3 +360,5 @@ QList<Peak3D> averageDifferenceVectors(const QList<Peak3D>& listVector, float fT
     }
     return listResult;
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 // 21 bits per direction, one cube kept free at either border for the search around it.
@@ -58,3 +60,5 @@ void CVectorGrid::neighbours(int nCell, std::vector<int>& vecNeighbour) const
                 vecNeighbour.push_back(int(it - m_vecKey.begin()));
         }
 }
+
+}  // namespace tessera

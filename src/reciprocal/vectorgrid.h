@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 /// Sorts points into cubes of a given side. Two points within that side of each other lie in the same cube
 /// or in cubes that touch.
 ///
@@ -39,3 +41,5 @@ private:
     std::vector<uint64_t> m_vecKey;  ///< of each cube, ascending
     std::vector<int> m_vecCellOfPoint;
 };
+
+}  // namespace tessera

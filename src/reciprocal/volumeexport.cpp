@@ -8,6 +8,8 @@
 
 #include <exception>
 
+namespace tessera {
+
 namespace {
 
 bool fail(CRunReport& report, const QString& strText)
@@ -117,3 +119,5 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
         Qt::blue);
     return walk.bComplete;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 struct VolumeExportParameters {
     int nEdge = 500;           ///< voxels along each side
     bool bScaled = false;      ///< 0 to 255 between the contrast limits, instead of the pixel values
@@ -27,3 +29,5 @@ QString reciprocalVolumeFile(const DataSet& dataSet);
 /// @return true if the volume holds all frames and is on disk
 bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
                             CRunReport& report);
+
+}  // namespace tessera

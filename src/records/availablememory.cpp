@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace tessera {
+
 namespace {
 
 const std::uint64_t UNKNOWN = std::numeric_limits<std::uint64_t>::max();
@@ -80,3 +82,5 @@ bool hasMemoryFor(std::uint64_t nBytes)
     const std::uint64_t nMargin = (std::uint64_t(256) << 20) + nBytes / 16;
     return nBytes <= UNKNOWN - nMargin && nBytes + nMargin <= availableMemory();
 }
+
+}  // namespace tessera

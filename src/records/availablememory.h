@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace tessera {
+
 /// Bytes that can be had now without swapping: what the system reports, and no more than the process's own
 /// control group allows. Where nothing is reported, the greatest number.
 std::uint64_t availableMemory();
@@ -11,3 +13,5 @@ std::uint64_t availableMemory();
 /// The system itself promises memory that it has not got, and a process that then uses it takes the machine
 /// down with it; so a run that needs much asks here first.
 bool hasMemoryFor(std::uint64_t nBytes);
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 QList<int> beamTiltBreaks(const QList<double>& listBeamTilt)
 {
     QList<int> listBreak;
@@ -20,3 +22,5 @@ QList<int> beamTiltBreaks(const QList<double>& listBeamTilt)
     }
     return listBreak;
 }
+
+}  // namespace tessera

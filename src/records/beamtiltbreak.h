@@ -3,6 +3,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// One flag per frame, 1 at the first frame of a beam tilt series, else 0.
 ///
 /// Fewer than 3 frames have no series: all flags are 0. Else the list starts 1, 0, and flag i is 1
@@ -10,3 +12,5 @@
 ///
 /// @param listBeamTilt  beam tilt of each frame, degrees
 QList<int> beamTiltBreaks(const QList<double>& listBeamTilt);
+
+}  // namespace tessera

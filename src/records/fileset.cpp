@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 bool CFileSet::add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
 {
     auto pFile = std::make_unique<CWholeFile>();
@@ -59,3 +61,5 @@ bool CFileSet::commit(QString* pstrReason)
     m_vecFile.clear();
     return m_strReason.isEmpty() || giveReason(pstrReason, m_strReason);
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+namespace tessera {
+
 /// Files are added when their content is known and wait beside their places, already on the disk. commit()
 /// puts them there one straight after the other, so that a program that is killed leaves one set, the former
 /// or the new one. Without commit() nothing has happened.
@@ -33,3 +35,5 @@ private:
     std::vector<std::unique_ptr<CWholeFile>> m_vecFile;
     QString m_strReason;  ///< of the first file that failed
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <QFile>
 
+namespace tessera {
+
 QString nameOfKept(const QString& strFileName)
 {
     return strFileName + QLatin1Char('~');
@@ -23,3 +25,5 @@ FormerFiles keepFormerFiles(const QStringList& listFile, const std::function<int
             set.addCopy(strFile, nameOfKept(strFile));
     return set.commit(pstrReason) ? FormerFiles::Kept : FormerFiles::Failed;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace tessera {
+
 /// What became of former files.
 enum class FormerFiles {
     NoneWorthKeeping,  ///< there are none, or they hold no more than what is to come
@@ -25,3 +27,5 @@ QString nameOfKept(const QString& strFileName);
 /// @param pstrReason  may be null; on failure the name of a file and what is wrong
 FormerFiles keepFormerFiles(const QStringList& listFile, const std::function<int(const QString&)>& fnWorth,
                             int nNew, QString* pstrReason = nullptr);
+
+}  // namespace tessera

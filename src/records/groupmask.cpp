@@ -1,5 +1,7 @@
 #include "records/groupmask.h"
 
+namespace tessera {
+
 quint64 groupMask(const QList<int>& listGroup)
 {
     quint64 nMask = 0;
@@ -48,3 +50,5 @@ bool groupsMatchPeaks(const QVector<QVector<QList<int>>>& vecPeakGroup,
             return false;
     return true;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QVector>
 
+namespace tessera {
+
 /// The mask of group 0 alone, the group of all peaks.
 constexpr quint64 g_nMaskOfAllPeaks = quint64(1) << 63;
 
@@ -32,3 +34,5 @@ QString peakGroupMaskText(const QVector<QVector<QList<int>>>& vecPeakGroup, int 
 /// same number of peaks. Groups of a former peak list are left aside by all who use them.
 bool groupsMatchPeaks(const QVector<QVector<QList<int>>>& vecPeakGroup,
                       const QList<QList<Peak3D>>& listPeakFrame);
+
+}  // namespace tessera

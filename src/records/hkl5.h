@@ -1,6 +1,8 @@
 // HKL5: one line of an HKL list.
 #pragma once
 
+namespace tessera {
+
 /// One line of an HKL list read from a file.
 struct HKL5 {
     int nH = 0;
@@ -9,3 +11,5 @@ struct HKL5 {
     float fI = 0;
     float fValue5 = 0;  ///< 0 in records that the program makes itself
 };
+
+}  // namespace tessera

@@ -1,6 +1,8 @@
 // HKLRef: a reflection by whole indices.
 #pragma once
 
+namespace tessera {
+
 /// A reflection by rounded indices (half away from zero), with its intensity.
 struct HKLRef {
     int nH = 0;
@@ -8,3 +10,5 @@ struct HKLRef {
     int nL = 0;
     double dfI = 0;
 };
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Appends numbers to one text. Each is filled with blanks on the left to its width, in the C locale.
 class CNumberText {
 public:
@@ -38,3 +40,5 @@ private:
 
     QString m_strText;
 };
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// One peak found on one frame or, in the merged lists, one reflection.
 ///
 /// The same record serves all stages; more fields are meaningful the further the data went.
@@ -46,3 +48,5 @@ struct Peak3D {
         fZ3D = v.z;
     }
 };
+
+}  // namespace tessera

@@ -3,8 +3,12 @@
 
 #include "records/peak3d.h"
 
+namespace tessera {
+
 /// Two peaks of one frame, side by side.
 struct PeakPair {
     Peak3D peakFirst;
     Peak3D peakSecond;
 };
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Hands a reason to a caller who wants it.
 /// @param pstrReason  may be null
 /// @return false, which the function that failed returns
@@ -18,3 +20,5 @@ inline bool giveReason(QString* pstrReason, const QString& strFileName, const QS
 {
     return giveReason(pstrReason, QStringLiteral("%1: %2").arg(strFileName, strReason));
 }
+
+}  // namespace tessera

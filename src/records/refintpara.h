@@ -1,6 +1,8 @@
 // RefIntPara: the window of one peak for two-dimensional integration, and its result.
 #pragma once
 
+namespace tessera {
+
 struct RefIntPara {
     int nRadius = 0;           ///< radius of the peak disc, pixels
     int nBackground = 0;       ///< width of the background ring, pixels
@@ -12,3 +14,5 @@ struct RefIntPara {
     float fPeakSum = 0;
     float fIntensity = 0;  ///< 0 when the window does not lie wholly inside the frame
 };
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+namespace tessera {
+
 bool openRegularFile(QFile& file, QIODevice::OpenMode mode, QString& strReason)
 {
     const QFileInfo info(file.fileName());
@@ -14,3 +16,5 @@ bool openRegularFile(QFile& file, QIODevice::OpenMode mode, QString& strReason)
     strReason = file.errorString();
     return false;
 }
+
+}  // namespace tessera

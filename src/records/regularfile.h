@@ -4,7 +4,11 @@
 #include <QFile>
 #include <QString>
 
+namespace tessera {
+
 /// Opens a file for reading. Anything else of that name is refused: opening a pipe would wait for its writer,
 /// and a device may never end.
 /// @return false with the reason in words, without the file's name
 [[nodiscard]] bool openRegularFile(QFile& file, QIODevice::OpenMode mode, QString& strReason);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 /// Page "Peak Search". Radii in pixels of the raw frame.
 struct PeakHuntingParameters {
     double m_dfPeakRadius = 5;             ///< sigma of the narrow Gaussian
@@ -72,3 +74,5 @@ struct RefinementParameters {
     QList<double> m_listReferenceCell;
     QList<HKLRef> m_listExcluded;  ///< reflections that the tilt refinements leave out
 };
+
+}  // namespace tessera

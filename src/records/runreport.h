@@ -4,6 +4,8 @@
 #include <QString>
 #include <Qt>
 
+namespace tessera {
+
 /// What a run says and asks while it works. Window, batch driver and tests each derive their own;
 /// the functions here do nothing, so a plain CRunReport is a silent one.
 ///
@@ -50,3 +52,5 @@ public:
 private:
     QString m_strReason;
 };
+
+}  // namespace tessera

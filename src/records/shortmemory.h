@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <new>
 
+namespace tessera {
+
 /// What is thrown where memory runs out, or would, with words for the log.
 class CShortMemory : public std::bad_alloc {
 public:
@@ -20,3 +22,5 @@ public:
 private:
     QByteArray m_bytesText;
 };
+
+}  // namespace tessera

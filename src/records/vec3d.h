@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 /// Three single-precision components. Which space and unit they are in is told where one is kept;
 /// a vector of reciprocal space is in Å⁻¹ in the laboratory frame (x rotation axis, z beam).
 struct Vec3D {
@@ -60,3 +62,5 @@ inline float length(const Vec3D& v)
 {
     return std::sqrt(squaredLength(v));
 }
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const int g_nMaxLinks = 40;      // as many as the system follows
@@ -295,3 +297,5 @@ bool writeWholeFile(const QString& strFileName, const QByteArray& bytes, QString
     file.write(bytes);
     return file.commit(pstrReason);
 }
+
+}  // namespace tessera

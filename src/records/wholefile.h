@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace tessera {
+
 /// A file that is written beside its place and goes there when all of it has reached the disk.
 ///
 /// Every write, the flush to the disk and the close are looked at. The first that fails is the reason of
@@ -66,3 +68,5 @@ private:
 /// @param pstrReason  may be null; on failure the file's name and what is wrong
 [[nodiscard]] bool writeWholeFile(const QString& strFileName, const QByteArray& bytes,
                                   QString* pstrReason = nullptr);
+
+}  // namespace tessera

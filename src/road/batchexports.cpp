@@ -12,6 +12,8 @@
 
 #include <QDir>
 
+namespace tessera {
+
 namespace {
 
 struct Contrast {
@@ -103,3 +105,5 @@ bool runBatchExport(const QString& strKind, const BatchExports& exports, const D
     }
     return false;
 }
+
+}  // namespace tessera

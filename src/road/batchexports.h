@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace tessera {
+
 struct BatchExports {
     QStringList listKind;      ///< of batchExportNames(), in the order of the command line
     bool bOnly = false;        ///< no stage is run
@@ -37,3 +39,5 @@ inline const QStringList& batchExportNames()
 /// @return true if all files of the export stand
 bool runBatchExport(const QString& strKind, const BatchExports& exports, const DataSet& dataSet,
                     CRunReport& report);
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace tessera {
+
 enum class BatchStage { Shifts, Peaks, Merge, Cell, Index, Refine };
 
 /// The names as the command line has them, in the order of the road.
@@ -19,3 +21,5 @@ inline QString batchStageName(BatchStage stage)
 {
     return batchStageNames().at(int(stage));
 }
+
+}  // namespace tessera

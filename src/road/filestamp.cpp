@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+namespace tessera {
+
 FileStamp FileStamp::of(const QString& strFileName)
 {
     FileStamp stamp;
@@ -24,3 +26,5 @@ bool replacedSince(const FileStamp& stamp, const QString& strFileName)
     return now.bExists && !(stamp.bExists && now.bRegular && stamp.nInode == now.nInode &&
                             stamp.nSeconds == now.nSeconds && stamp.nNanoseconds == now.nNanoseconds);
 }
+
+}  // namespace tessera

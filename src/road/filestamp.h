@@ -3,6 +3,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Inode and time of change. Result files are written beside and renamed, so a file that was
 /// written again is another inode; runs say a failed write in the log only.
 struct FileStamp {
@@ -18,3 +20,5 @@ struct FileStamp {
 /// Whether the file is there and is not the one that the stamp was taken of; of a device or a pipe nobody
 /// can tell, and the answer is yes.
 bool replacedSince(const FileStamp& stamp, const QString& strFileName);
+
+}  // namespace tessera

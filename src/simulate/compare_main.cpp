@@ -9,6 +9,7 @@
 
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-compare"));
     QCommandLineParser parser;

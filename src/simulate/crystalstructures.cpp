@@ -1,5 +1,7 @@
 #include "simulate/crystalstructures.h"
 
+namespace tessera {
+
 const std::vector<CrystalStructure>& crystalStructures()
 {
     static const auto text = [](const char* p) { return QString::fromUtf8(p); };
@@ -139,3 +141,5 @@ const CrystalStructure* findCrystalStructure(const QString& strName)
             return &structure;
     return nullptr;
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <array>
 #include <vector>
 
+namespace tessera {
+
 /// One site of the asymmetric unit.
 struct AtomSite {
     QString strElement;
@@ -28,3 +30,5 @@ const std::vector<CrystalStructure>& crystalStructures();
 
 /// The structure of that name, or null.
 const CrystalStructure* findCrystalStructure(const QString& strName);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 constexpr quint32 g_nTypeInt16 = 2, g_nTypeInt32 = 3, g_nTypeArray = 20;
 constexpr quint32 g_nPixelInt32 = 7;  // the image's own code for signed 32-bit pixels
@@ -110,3 +112,5 @@ QByteArray encodeDm3(const std::vector<float>& listPixel, int nWidth, int nHeigh
     writer.data.append(QByteArray(8, '\0'));
     return writer.data;
 }
+
+}  // namespace tessera

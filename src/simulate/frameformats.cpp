@@ -12,6 +12,8 @@
 #include <cstring>
 #include <limits>
 
+namespace tessera {
+
 namespace {
 constexpr int g_nCountsPerGrey = 4;
 
@@ -92,3 +94,5 @@ QString writeFrame(const QString& strFileName, const std::vector<float>& listPix
                                                          : encodeMrc(listPixel, nWidth, nHeight, format);
     return data.isEmpty() ? QStringLiteral("the picture cannot be made") : writeWhole(strFileName, data);
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// File name extension without the dot.
 QString frameExtension(FrameFormat format);
 
@@ -18,3 +20,5 @@ QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeigh
 /// @return empty, or why the file was not written
 [[nodiscard]] QString writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth,
                                  int nHeight, FrameFormat format);
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 constexpr double g_dfHotCounts = 3000;  // what a hot pixel adds to every frame
 
@@ -61,3 +63,5 @@ std::vector<float> renderFrame(const SimulatedSeries& series, int nFrame)
             f = std::min(f, float(p.dfSaturation));
     return listPixel;
 }
+
+}  // namespace tessera

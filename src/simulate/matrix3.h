@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+namespace tessera {
+
 using Vector3 = std::array<double, 3>;
 using Matrix3 = std::array<Vector3, 3>;  ///< row by row; a lattice basis holds one vector per row
 
@@ -61,3 +63,5 @@ inline Matrix3 inverseOf(const Matrix3& m)
     return transposed(
         {df * crossProduct(m[1], m[2]), df * crossProduct(m[2], m[0]), df * crossProduct(m[0], m[1])});
 }
+
+}  // namespace tessera

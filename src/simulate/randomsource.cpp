@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 CRandomSource::CRandomSource(std::uint64_t nSeed, std::uint64_t nStream)
 {
     std::seed_seq seed{std::uint32_t(nSeed), std::uint32_t(nSeed >> 32), std::uint32_t(nStream),
@@ -46,3 +48,5 @@ double CRandomSource::poisson(double dfMean)
     }
     return n;
 }
+
+}  // namespace tessera

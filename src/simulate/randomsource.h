@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <random>
 
+namespace tessera {
+
 /// Distributions of its own over std::mt19937_64, whose raw numbers the standard fixes; the
 /// standard leaves the algorithms of its distributions open.
 class CRandomSource {
@@ -20,3 +22,5 @@ private:
     double m_dfSpare = 0;
     bool m_bSpare = false;
 };
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "simulate/rotationprojection.h"
 
+namespace tessera {
+
 namespace {
 constexpr double g_dfPi = 3.14159265358979323846;
 }
@@ -63,3 +65,5 @@ Matrix3 orientationFromUniform(double dfU1, double dfU2, double dfU3)
             Vector3{2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w)},
             Vector3{2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y)}};
 }
+
+}  // namespace tessera

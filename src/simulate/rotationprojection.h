@@ -3,6 +3,8 @@
 
 #include "simulate/matrix3.h"
 
+namespace tessera {
+
 /// The fixed geometry of a rotation series, with formulas of its own: the independent counterpart
 /// of the program's mapping from frames to reciprocal space.
 ///
@@ -44,3 +46,5 @@ double meanRockingCurve(double dfFirst, double dfLast, double dfWidth);
 /// An orientation of the crystal by chance, every one as likely as any other.
 /// Source: Shoemake (1992), Graphics Gems III, 124. The three numbers lie in 0 to 1.
 Matrix3 orientationFromUniform(double dfU1, double dfU2, double dfU3);
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+namespace tessera {
+
 namespace {
 struct GaussianSum {
     const char* pElement;
@@ -37,3 +39,5 @@ double electronScatteringFactor(const QString& strElement, double dfS)
     }
     return std::numeric_limits<double>::quiet_NaN();
 }
+
+}  // namespace tessera

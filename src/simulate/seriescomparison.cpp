@@ -11,6 +11,8 @@
 #include <cmath>
 #include <numeric>
 
+namespace tessera {
+
 namespace {
 // The matrix with whole elements, and how far the given one lies from it.
 Matrix3 roundedMatrix(const Matrix3& mat, double& dfMisfit)
@@ -357,3 +359,5 @@ QString comparisonToText(const SeriesComparison& comparison)
                    .arg(100 * comparison.foundShare(i), 0, 'f', 2);
     return str;
 }
+
+}  // namespace tessera

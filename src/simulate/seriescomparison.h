@@ -9,6 +9,8 @@
 #include <map>
 #include <vector>
 
+namespace tessera {
+
 /// A peak as the peak list (.pk) or the list of indexed peaks (.ipf) tells it.
 struct ReadPeak {
     int nFrame = 0;  ///< from 0
@@ -89,3 +91,5 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
 /// For scripts and for reading.
 QJsonObject comparisonToJson(const SeriesComparison& comparison);
 QString comparisonToText(const SeriesComparison& comparison);
+
+}  // namespace tessera

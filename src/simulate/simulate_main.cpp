@@ -13,6 +13,8 @@
 #include <set>
 #include <tuple>
 
+namespace tessera {
+
 namespace {
 // An option with a number: where its value goes.
 struct NumberOption {
@@ -73,8 +75,11 @@ int fail(const QString& strMessage)
 }
 }  // namespace
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-simulate"));
     SimulationParameters p;

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 constexpr double g_dfPi = 3.14159265358979323846;
 
@@ -181,3 +183,5 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     series = std::move(result);
     return true;
 }
+
+}  // namespace tessera

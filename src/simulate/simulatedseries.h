@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// One spot as it must show on its frame.
 struct TruthSpot {
     int nFrame = 0;           ///< from 0
@@ -41,3 +43,5 @@ double diffuseBackground(const SimulationParameters& parameters, double dfDistan
 /// Works out the whole series. Unknown crystals and parameters out of range give false and a
 /// reason; the series then stays as it was.
 bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& series, QString& strError);
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace tessera {
+
 /// Form of the frames on disk.
 enum class FrameFormat { Mrc16, MrcU16, MrcFloat, Dm3, Png8 };
 /// Radial form of a spot.
@@ -42,3 +44,5 @@ struct SimulationParameters {
     QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");
 };
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 constexpr double g_dfPi = 3.14159265358979323846;
 
@@ -36,3 +38,5 @@ double spotDrawRadius(const SimulationParameters& parameters)
 {
     return parameters.dfSpotSigma * (parameters.spotShape == SpotShape::Moffat ? 15 : 6);
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "simulate/simulationparameters.h"
 
+namespace tessera {
+
 /// Density per square pixel at a squared distance from the centre, for a spot of one count. The
 /// Moffat form (1 + r²/a²)^-2 has Lorentz-like tails and the half width of the Gaussian of the
 /// same sigma. Source: Moffat (1969), Astron. Astrophys. 3, 455.
@@ -13,3 +15,5 @@ double spotShareWithin(const SimulationParameters& parameters, double dfRadius);
 
 /// The distance in pixels beyond which a spot is not drawn.
 double spotDrawRadius(const SimulationParameters& parameters);
+
+}  // namespace tessera

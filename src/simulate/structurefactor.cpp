@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 constexpr double g_dfPi = 3.14159265358979323846;
 
@@ -114,3 +116,5 @@ std::vector<Reflection> CStructureFactor::reflections(double dfMaxDStar) const
                   listAll.end());
     return listAll;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <complex>
 #include <vector>
 
+namespace tessera {
+
 /// Reciprocal basis a*, b*, c* (rows, Å⁻¹) of a cell in a Cartesian frame with a* along x and
 /// b* in the x-y plane.
 Matrix3 reciprocalBasisOfCell(const std::array<double, 6>& adfCell);
@@ -51,3 +53,5 @@ private:
     Matrix3 m_matBasis;
     double m_dfDisplacement;
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 constexpr int g_nParts = 24;  // every translation of the 230 groups is a multiple of 1/24
 
@@ -126,3 +128,5 @@ Matrix3 primitiveIndexBasis(const std::vector<SymmetryOperation>& listOperation)
             }
     return {Vector3{1, 0, 0}, Vector3{0, 1, 0}, Vector3{0, 0, 1}};
 }
+
+}  // namespace tessera

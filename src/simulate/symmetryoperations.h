@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// x' = R x + t on fractional coordinates of the conventional cell.
 struct SymmetryOperation {
     std::array<std::array<int, 3>, 3> matRotation{};
@@ -32,3 +34,5 @@ Vector3 applyOperation(const SymmetryOperation& operation, const Vector3& vecFra
 /// Basis of the reciprocal lattice that the centring translations of a group leave, as rows of
 /// indices on the conventional reciprocal cell; the identity for a primitive cell.
 Matrix3 primitiveIndexBasis(const std::vector<SymmetryOperation>& listOperation);
+
+}  // namespace tessera

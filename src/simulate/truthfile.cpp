@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 QString number(double df, int nDecimals)
 {
@@ -233,3 +235,5 @@ bool writeSeries(const SimulatedSeries& series, QString& strError)
            wrote(strTruth, writeTruthFile(dir.filePath(strTruth), series)) &&
            wrote(strProject, writeWhole(dir.filePath(strProject), projectText(series).toUtf8()));
 }
+
+}  // namespace tessera

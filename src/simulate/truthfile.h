@@ -3,6 +3,8 @@
 
 #include "simulate/simulatedseries.h"
 
+namespace tessera {
+
 /// Writes BASE_truth.json. Spots are rows of numbers under the names in "spotColumns".
 /// @return empty, or why the file was not written
 [[nodiscard]] QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
@@ -20,3 +22,5 @@ QString frameFileName(const SimulatedSeries& series, int nFrame);
 /// Writes frames, project, "hotpixels.txt" and truth file into the folder of the parameters.
 /// @return false with the file and the reason at the first that cannot be written
 bool writeSeries(const SimulatedSeries& series, QString& strError);
+
+}  // namespace tessera

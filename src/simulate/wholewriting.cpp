@@ -2,6 +2,8 @@
 
 #include <QSaveFile>
 
+namespace tessera {
+
 QString writeWhole(const QString& strFileName, const QByteArray& bytes)
 {
     // Without a buffer, as commit() does not look whether the last of it could be written.
@@ -18,3 +20,5 @@ QString writeWhole(const QString& strFileName, const QByteArray& bytes)
     }
     return nWritten == bytes.size() && file.commit() ? QString() : file.errorString();
 }
+
+}  // namespace tessera

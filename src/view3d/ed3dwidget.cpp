@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 Q_LOGGING_CATEGORY(g_logView3D, "tessera.view3d")
@@ -593,3 +595,5 @@ const CloudVertices& ED3DWidget::cloudVertices()
     m_bVerticesValid = true;
     return m_vertices;
 }
+
+}  // namespace tessera

@@ -21,6 +21,8 @@
 class QAction;
 class QOpenGLShaderProgram;
 
+namespace tessera {
+
 /// Shows points of reciprocal space (Å⁻¹, laboratory frame) and lets the user turn, select and group them.
 ///
 /// The size of a point grows with the logarithm of its intensity, so that weak and strong reflections are
@@ -239,3 +241,5 @@ private:
     QSize m_sizeSwapped;          ///< of the widget at the last swap of buffers
     bool m_bFailureReported = false;
 };
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 // The fixed pipeline knows one size for all points of a call; this gives each its own. The size comes as
@@ -401,3 +403,5 @@ void ED3DWidget::drawRubberBand()
     glLineStipple(1, 0xFFFF);
     glPopMatrix();
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+namespace tessera {
+
 /// Updates are off while it lives, and come on again on every way out.
 class QuietView {
 public:
@@ -14,3 +16,5 @@ public:
 private:
     QWidget& m_widget;
 };
+
+}  // namespace tessera

@@ -18,6 +18,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 const int g_nMargin = 12;       // pixels, of the text
@@ -235,3 +237,5 @@ void GuideWindow::find(bool bBackward)
     m_pBrowser->moveCursor(bBackward ? QTextCursor::End : QTextCursor::Start);  // on from the other end
     m_pBrowser->find(strText, options);
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 
 class QLineEdit;
 
+namespace tessera {
+
 /// A browser of Markdown files: links go by the names that headings have on the web, pictures are made as
 /// wide as the window has room for.
 class GuideBrowser : public QTextBrowser {
@@ -56,3 +58,5 @@ public:
 private:
     QUrl m_urlGuide;
 };
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <QTextCodec>
 #include <QTimer>
 
+namespace tessera {
+
 // The working folder of the process may change under dialogs, and the recent list outlives it.
 static QStringList absolutePaths(const QStringList& listFile)
 {
@@ -20,8 +22,11 @@ static QStringList absolutePaths(const QStringList& listFile)
     return listPath;
 }
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     Q_INIT_RESOURCE(tessera);
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

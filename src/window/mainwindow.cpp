@@ -30,6 +30,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
 {
     fillNameMaps();
@@ -317,3 +319,5 @@ void MainWindow::about()
     pBox->setModal(true);
     pBox->open();
 }
+
+}  // namespace tessera

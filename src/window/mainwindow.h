@@ -21,6 +21,25 @@
 #include <memory>
 #include <vector>
 
+class QComboBox;
+class QDockWidget;
+class QGraphicsLineItem;
+class QGraphicsPolygonItem;
+class QProgressBar;
+class QPushButton;
+class QSettings;
+class QSlider;
+class QSpinBox;
+class QSplashScreen;
+class QTableView;
+class QTableWidget;
+class QToolBox;
+class QwtPlot;
+class QwtPlotCurve;
+class QwtPlotMarker;
+
+namespace tessera {
+
 class BaseImgView;
 class CellPage;
 class CircleItem;
@@ -48,22 +67,6 @@ struct TiltRefinementOptions;
 class View3DPage;
 class WindowActions;
 class WindowReport;
-class QComboBox;
-class QDockWidget;
-class QGraphicsLineItem;
-class QGraphicsPolygonItem;
-class QProgressBar;
-class QPushButton;
-class QSettings;
-class QSlider;
-class QSpinBox;
-class QSplashScreen;
-class QTableView;
-class QTableWidget;
-class QToolBox;
-class QwtPlot;
-class QwtPlotCurve;
-class QwtPlotMarker;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -510,3 +513,5 @@ private:
     QList<TextItem*> m_listTextMark;
     QList<QGraphicsPolygonItem*> m_listMaskItem;
 };
+
+}  // namespace tessera

@@ -18,6 +18,8 @@
 #include <QToolBar>
 #include <QWhatsThis>
 
+namespace tessera {
+
 void MainWindow::createActions()
 {
     m_pActions = new WindowActions(this);
@@ -161,3 +163,5 @@ void MainWindow::createStatusBar()
     statusBar()->addPermanentWidget(m_pProgressBar, 100);
     statusBarMessage(QStringLiteral("Ready"));
 }
+
+}  // namespace tessera

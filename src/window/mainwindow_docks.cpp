@@ -21,6 +21,8 @@
 #include <QStyle>
 #include <QToolBox>
 
+namespace tessera {
+
 static QIcon imageIcon(const char* pchName)
 {
     return QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(pchName)));
@@ -119,3 +121,5 @@ QDockWidget* MainWindow::addDock(QWidget* pContent, const QString& strTitle, Qt:
     m_listDock.append(pDock);
     return pDock;
 }
+
+}  // namespace tessera

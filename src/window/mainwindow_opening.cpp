@@ -29,6 +29,8 @@
 
 #include <exception>
 
+namespace tessera {
+
 static const int g_nMaxRecent = 20;
 
 static QString recentKey()
@@ -146,7 +148,7 @@ bool MainWindow::openProject(const QString& strFileName)
     WindowReport report(*this);
     QStringList listReason;
     connectPanelSignals(false);
-    if (!::openProject(m_dataSet, m_mapping, strFileName, report, &listReason)) {
+    if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason)) {
         connectPanelSignals(true);
         return false;
     }
@@ -181,7 +183,7 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     WindowReport report(*this);
     QStringList listReason;
     connectPanelSignals(false);
-    ::openImageFiles(m_dataSet, listFile, report, &listReason);
+    tessera::openImageFiles(m_dataSet, listFile, report, &listReason);
     tellStretchingThatStays(m_dataSet, m_mapping, report);
     clearDataSet();
     fillFileTable();
@@ -290,3 +292,5 @@ void MainWindow::updateRecentMenu()
     }
     m_pRecentSeparator->setVisible(nShown > 0);
 }
+
+}  // namespace tessera

@@ -27,6 +27,8 @@
 #include <QTableWidget>
 #include <QToolBox>
 
+namespace tessera {
+
 namespace {
 
 // A widget of a page and the member that it stands for, both seen as a number.
@@ -308,3 +310,5 @@ void MainWindow::connectPanelSignals(bool bConnect)
     for (ED3DWidget* pView : views3D())
         ed3dViewPointDisplayDataChanged(pView);  // what changed while nobody listened
 }
+
+}  // namespace tessera

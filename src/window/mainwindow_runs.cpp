@@ -16,6 +16,8 @@
 #include <exception>
 #include <utility>
 
+namespace tessera {
+
 void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
                                const std::function<void(CRunReport&)>& fnRun)
 {
@@ -137,3 +139,5 @@ MainWindow::CRunScope::~CRunScope()
     if (--m_window.m_nRunDepth == 0)
         m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
 }
+
+}  // namespace tessera

@@ -19,6 +19,8 @@
 #include <cmath>
 #include <utility>
 
+namespace tessera {
+
 namespace {
 
 struct StoredValue {
@@ -190,3 +192,5 @@ void MainWindow::writeSettings()
         if (!pSettings->contains(QLatin1String(entry.first)))
             pSettings->setValue(QLatin1String(entry.first), entry.second);
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <QMenuBar>
 #include <QSettings>
 
+namespace tessera {
+
 void MainWindow::createToolsMenu()
 {
     WindowActions& actions = *m_pActions;
@@ -49,3 +51,5 @@ void MainWindow::createToolsMenu()
         m_pActions->setInForce(m_pActions->m_pExportPeaks, !m_pView3DCurrent.isNull());
     });
 }
+
+}  // namespace tessera

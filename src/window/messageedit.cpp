@@ -5,6 +5,8 @@
 #include <QScrollBar>
 #include <QTextCursor>
 
+namespace tessera {
+
 MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
 {
     setOpenExternalLinks(true);
@@ -67,3 +69,5 @@ bool MessageEdit::event(QEvent* pEvent)
     }
     return QTextBrowser::event(pEvent);
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QTextBrowser>
 #include <QTextCharFormat>
 
+namespace tessera {
+
 /// A log of coloured lines on a light ground, whatever the colours of the desktop.
 class MessageEdit : public QTextBrowser {
     Q_OBJECT
@@ -27,3 +29,5 @@ private:
     QTextCharFormat m_format;
     QString m_strFontFamily;
 };
+
+}  // namespace tessera

@@ -37,6 +37,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const QString g_strDegree = QStringLiteral("°");
@@ -738,3 +740,5 @@ void NewProjectDialog::accept()
     }
     QDialog::accept();
 }
+
+}  // namespace tessera

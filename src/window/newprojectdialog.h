@@ -19,6 +19,8 @@ class QRadioButton;
 class QSettings;
 class QSpinBox;
 
+namespace tessera {
+
 /// Says under its controls what is still missing, and can be accepted when nothing is. Accepting writes the
 /// file; the dialog stays when that fails or when the user does not want a former file replaced.
 ///
@@ -119,3 +121,5 @@ private:
     QString m_strFirstFrameError;  ///< empty if it can be read
     bool m_bFileTyped = false;     ///< the user's own name, which new frames leave as it is
 };
+
+}  // namespace tessera

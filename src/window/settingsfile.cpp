@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+namespace tessera {
+
 namespace {
 
 constexpr qint64 g_nMaxSettings = 16000000;  // bytes; the program writes some kilobytes
@@ -50,3 +52,5 @@ QString putBadSettingsAside(const QString& strFile)
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, strFile);
     return QStringLiteral("The settings cannot be read, begin anew and will not be kept. %1.").arg(strReason);
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+namespace tessera {
+
 /// Where Qt keeps the settings of this program. Nothing is read on the way.
 QString settingsFile();
 
@@ -14,3 +16,5 @@ QString settingsFile();
 /// @return what was wrong and where the file is now, in words; empty when it can be read or there is none.
 ///         If it cannot be moved either, the settings of this process are kept in memory alone
 QString putBadSettingsAside(const QString& strFile);
+
+}  // namespace tessera

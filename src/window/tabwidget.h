@@ -3,9 +3,13 @@
 
 #include <QTabWidget>
 
+namespace tessera {
+
 class TabWidget : public QTabWidget {
     Q_OBJECT
 
 public:
     explicit TabWidget(QWidget* pParent = nullptr);
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 void waitAlive(CRunReport& report, const std::function<int()>& fnTime)
 {
     const int nSlice = 10;  // ms
@@ -17,3 +19,5 @@ void waitAlive(CRunReport& report, const std::function<int()>& fnTime)
     while (report.goOn() && timer.elapsed() < fnTime())
         QThread::msleep(std::min<qint64>(nSlice, std::max<qint64>(1, fnTime() - timer.elapsed())));
 }
+
+}  // namespace tessera

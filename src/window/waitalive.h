@@ -3,8 +3,12 @@
 
 #include <functional>
 
+namespace tessera {
+
 class CRunReport;
 
 /// Waits while the window lives, until the report wants the end. The time in ms is asked for again and again,
 /// so that a shorter one counts at once.
 void waitAlive(CRunReport& report, const std::function<int()>& fnTime);
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <QShortcutEvent>
 #include <QWidget>
 
+namespace tessera {
+
 namespace {
 
 // A key that is written out, a standard key of the platform, or none.
@@ -415,3 +417,5 @@ int WindowActions::rank(const QAction* pAction) const
             return 2;
     return 1;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 class QActionGroup;
 class QWidget;
 
+namespace tessera {
+
 /// Builds the actions and decides which of two actions with the same key a key press means.
 ///
 /// An action is built disabled until setReady() says that it has a slot to go to. The class connects
@@ -89,3 +91,5 @@ private:
     QList<QAction*> m_listWatched;
     QList<QAction*> m_listReady;
 };
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QProgressBar>
 
+namespace tessera {
+
 WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(window), m_pbFlag(pbFlag) {}
 
 WindowReport::~WindowReport()
@@ -51,3 +53,5 @@ bool WindowReport::goOn()
     m_window.pumpEvents();
     return !m_window.m_bCloseAsked && (!m_pbFlag || *m_pbFlag);
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "records/runreport.h"
 
+namespace tessera {
+
 class MainWindow;
 
 /// The report of a run that the window shows while it works.
@@ -30,3 +32,5 @@ private:
     const bool* m_pbFlag;
     bool m_bProgressShown = false;
 };
+
+}  // namespace tessera

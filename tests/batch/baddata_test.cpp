@@ -12,6 +12,8 @@
 #include <cstring>
 #include <functional>
 
+namespace tessera {
+
 namespace {
 
 const int SIDE = 128;
@@ -318,3 +320,5 @@ TEST(Output, IsWholeWhenTheReaderLeaves)
     EXPECT_TRUE(QJsonDocument::fromJson(series.read("summary")).object()["reached"].toBool());
     EXPECT_EQ(series.read("peaks"), bytesPeaks);
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QProcess>
 
+namespace tessera {
+
 struct BatchOutcome {
     int nStatus = -1;  ///< -1: crashed, or did not end in time
     QString strText;   ///< standard output and error
@@ -43,3 +45,5 @@ inline BatchOutcome runBatch(const QStringList& listArgument)
 {
     return runProgram(QStringLiteral("tessera-batch"), listArgument);
 }
+
+}  // namespace tessera

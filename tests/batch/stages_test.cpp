@@ -7,6 +7,8 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+namespace tessera {
+
 namespace {
 
 const char* const aszResult[] = {"sc", "pk", "uc", "hkl", "p4p", "ipf"};
@@ -244,3 +246,5 @@ TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
             << pszSuffix;
     }
 }
+
+}  // namespace tessera

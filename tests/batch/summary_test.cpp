@@ -3,6 +3,8 @@
 
 #include <QTemporaryDir>
 
+namespace tessera {
+
 TEST(Summary, HasTheWorstFirstAndNamesWhatIsWrong)
 {
     QTemporaryDir dir;
@@ -47,3 +49,5 @@ TEST(Summary, HasTheWorstFirstAndNamesWhatIsWrong)
     EXPECT_TRUE(listLine[8].endsWith("V/Å³: 61.0 (60.0 to 62.0)")) << listLine[8].toStdString();
     EXPECT_EQ(runBatch({"--summary", dir.filePath("a/q.json"), dir.filePath("c/summary.json")}).nStatus, 0);
 }
+
+}  // namespace tessera

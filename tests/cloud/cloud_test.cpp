@@ -13,6 +13,8 @@
 #include <random>
 #include <set>
 
+namespace tessera {
+
 namespace {
 
 QList<Peak3D> peaksOfIntensity(const std::vector<double>& vecIntensity)
@@ -286,3 +288,5 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
         }
     }
 }
+
+}  // namespace tessera

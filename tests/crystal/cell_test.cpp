@@ -11,6 +11,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 TEST(Cell, BasisMetricAndDirectCellAgreeWithGemmi)
 {
     const gemmi::UnitCell aCell[] = {{5.43, 5.43, 5.43, 90, 90, 90},
@@ -118,3 +120,5 @@ TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
             EXPECT_LE(length(listCell[n] - row.listCell[n]), 1e-8f) << &row - aRow << ' ' << n;
     }
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const double g_aTrueCell[6] = {7.1, 9.3, 11.2, 71, 82, 64};
@@ -155,3 +157,5 @@ TEST(LmderFit, GivesTheRegressionLineWhateverTheStepOfDifferences)
         EXPECT_NEAR(fit.m_vecStdErr[1], std::sqrt(2.475 / 30), 1e-6);
     }
 }
+
+}  // namespace tessera

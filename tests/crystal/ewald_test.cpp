@@ -8,6 +8,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfRadians = std::acos(-1.0) / 180;
@@ -124,3 +126,5 @@ TEST(FilterReflections, KeepsStrongOnesAwayFromTheAxis)
                                                    .arg(row.dfTiltFit < 0)));
     }
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 using Indices = std::vector<std::array<int, 3>>;
@@ -119,3 +121,5 @@ TEST(ExpectedReflections, HugeAndBrokenInputIsRefusedNotEnumerated)
         EXPECT_TRUE(!bComplete && report.marked().last().startsWith("red Too many lattice points"));
     }
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tessera {
+
 TEST(ReflectionStatistics, TablesOfParity)
 {
     const struct {
@@ -83,3 +85,5 @@ TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
     EXPECT_EQ(report.m_listProgress.first() + report.m_listProgress.value(230) + report.m_listProgress.last(),
               "%v/%m 0..230230end");
 }
+
+}  // namespace tessera

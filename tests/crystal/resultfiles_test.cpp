@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+namespace tessera {
+
 namespace {
 
 const QList<Vec3D> g_listCell{{0.1f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.04f}};
@@ -154,3 +156,5 @@ TEST_F(ResultFiles, PeakListsAndTableHaveTheirColumns)
                   "     inf Å  \n" +
                   strRule);
 }
+
+}  // namespace tessera

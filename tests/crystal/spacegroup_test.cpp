@@ -11,6 +11,8 @@
 
 #include <gemmi/symmetry.hpp>
 
+namespace tessera {
+
 // The truth is gemmi's table of settings, which is built from Hall symbols, not from explicit ones.
 
 namespace {
@@ -102,3 +104,5 @@ TEST(SpaceGroup, FastClosingGivesThePlainLoopsListInItsOrder)
     EXPECT_LT(nCorrected, 10);
     EXPECT_EQ(generatorsOfSpaceGroup(0).size() + generatorsOfSpaceGroup(231).size(), 2u) << "the identity";
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <set>
 
+namespace tessera {
+
 TEST(TestIndexing, BuildsTheSphereAndItsNegativesOrSaysWhyNot)
 {
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(8.6, 13.0, 9.3, 95, 112, 88));
@@ -43,3 +45,5 @@ TEST(TestIndexing, BuildsTheSphereAndItsNegativesOrSaysWhyNot)
     CReflectionBuilder builder;  // takes the sizes of all numbers
     EXPECT_TRUE(builder.setUnitCell(-5, 5, 5, 90, -90, 90) && !builder.setUnitCell(5, 5, 5, 120, 60, 60));
 }
+
+}  // namespace tessera

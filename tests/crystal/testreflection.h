@@ -6,6 +6,8 @@
 
 #include <QLocale>
 
+namespace tessera {
+
 /// Numbers as in "1.234,5": messages show them so, files never do.
 inline void speakGerman()
 {
@@ -20,3 +22,5 @@ inline Peak3D reflection(double h, double k, double l, double dfIPoint = 0, doub
     peak.dfDStar = dfDStar;
     return peak;
 }
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <cmath>
 #include <functional>
 
+namespace tessera {
+
 TEST(NewProject, WavelengthAndPixelSize)
 {
     // Williams & Carter, table 1.2.
@@ -123,3 +125,5 @@ TEST(NewProject, NamesFramesFromBehindALink)
     ASSERT_TRUE(read.readBytes(bytes, dir.filePath("link/a.ed3d")));
     EXPECT_TRUE(QFileInfo::exists(read.frameFiles().value(0))) << bytes.toStdString();
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <tuple>
 
+namespace tessera {
+
 static const QByteArray g_strGeometry =
     "WAVELENGTH 0.02507934\nROTATIONAXIS -139.26\nCCDPIXELSIZE 0.00238049\n";
 static const QByteArray g_strFrames =
@@ -203,3 +205,5 @@ TEST(PageRounding, WrapsAngles)
     EXPECT_EQ(spinBoxValue(INFINITY, 2, 0, 100), 100);
     EXPECT_EQ(spinBoxValue(NAN, 2, 0.01, 0.5), 0.01);
 }
+
+}  // namespace tessera

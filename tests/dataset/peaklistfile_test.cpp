@@ -7,6 +7,8 @@
 
 #include <tuple>
 
+namespace tessera {
+
 static Peak3D peakAt(double dfX, double dfY, double dfI, double dfI2D)
 {
     Peak3D peak;
@@ -139,3 +141,5 @@ TEST(PeakList, LeavesGroupsOfOtherPeaksAsideAndCountsLinesTooWide)
         EXPECT_EQ(writePeakList(data, strBad), 0);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("a.pk")) << "no half files";
 }
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include "records/groupmask.h"
 #include "tests/dataset/textfiles.h"
 
+namespace tessera {
+
 TEST(GroupMask, TextAndListGoBothWays)
 {
     const struct {
@@ -43,3 +45,5 @@ TEST(DisplayName, LaysTheBaseNamesOverOneAnother)
     EXPECT_EQ(displayName({"/x/ab.mrc", "/y/abc.tif"}), QString("ab.tif"));
     EXPECT_EQ(displayName({"/x/abc.mrc", "/y/bb.tif"}), QString("*b.tif"));
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <QTemporaryDir>
 
+namespace tessera {
+
 TEST(ShiftFile, ReadsGoodLinesInTheOrderOfTheirSerials)
 {
     for (const auto& [strText, nShifts] :
@@ -140,3 +142,5 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
         readReflectionList(writeBytes(folder.filePath("l.txt"), bytesLong), listPoint, listReflection));
     EXPECT_EQ(listPoint.size(), 1);
 }
+
+}  // namespace tessera

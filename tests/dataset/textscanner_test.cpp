@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <random>
 
+namespace tessera {
+
 // One item of a text, by the scanner and by scanf: whether it is one, its value, and where it ends.
 template <class T>
 static void expectAsScanf(const char* strText, const char* strFormat, bool (CTextScanner::*pfnRead)(T&))
@@ -96,3 +98,5 @@ TEST(TextLines, ComeWithoutEmptyLinesAndByteOrderMark)
     EXPECT_FALSE(readFileBytes("/proc/self/maps", listLine[0], 300, &strReason)) << "of no size beforehand";
     EXPECT_EQ(listLine, listExpected.mid(1)) << "a failure leaves the target as it was";
 }
+
+}  // namespace tessera

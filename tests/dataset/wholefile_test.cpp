@@ -17,6 +17,8 @@
 #include <cstring>
 #include <functional>
 
+namespace tessera {
+
 TEST(WholeFile, AFullDiskLeavesTheFormerFileAndTellsWhy)
 {
     DataSet data;
@@ -126,3 +128,5 @@ TEST(FileSet, GoesIntoPlaceTogetherOrNotAtAll)
         EXPECT_EQ(readBytes(folder.filePath("b")), bGood ? "old a" : "");
     }
 }
+
+}  // namespace tessera

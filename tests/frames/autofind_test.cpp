@@ -4,6 +4,8 @@
 #include "frames/peakhunting.h"
 #include "tests/frames/frameseries.h"
 
+namespace tessera {
+
 namespace {
 
 /// What may be wrong with the beam of a series and with its detector.
@@ -174,3 +176,5 @@ TEST(EstimatePeakThreshold, HoldsForSparseCountsAndForPictures)
 }
 
 }  // namespace
+
+}  // namespace tessera

@@ -2,6 +2,8 @@
 #include "frames/smoothedimage.h"
 #include "tests/frames/frameseries.h"
 
+namespace tessera {
+
 namespace {
 
 /// Slow and obvious: the sum over all pixels, with distances wrapped around the edges.
@@ -85,3 +87,5 @@ TEST(HuntFrame, FindsNothingOnConstantFramesNorInNoiseAndOneSpotAmongPixelsWitho
 }
 
 }  // namespace
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "frames/smvexport.h"
 #include "tests/frames/frameseries.h"
 
+namespace tessera {
+
 namespace {
 
 QByteArray items(const QByteArray& bytesFile)
@@ -114,3 +116,5 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     EXPECT_TRUE(exportBinnedFrames(data, 0.33, series.report));  // 20 × 10 to 6 × 3, truncated, of floats
     EXPECT_EQ(series.content("a_s.mrc").size() + series.content("g_s.mrc").size(), 2 * (1024 + 4 * 6 * 3));
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <QImage>
 
+namespace tessera {
+
 namespace {
 
 class Loader : public FileTest {
@@ -219,3 +221,5 @@ TEST_F(Loader, RunningOutOfMemoryFreesTheList)
     EXPECT_TRUE(m_vecImage.empty());
     EXPECT_EQ(report.log(), "red " + path("absent.mrc") + ": failed to load\nred Error: std::bad_alloc");
 }
+
+}  // namespace tessera

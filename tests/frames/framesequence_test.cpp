@@ -6,6 +6,8 @@
 #include <memory>
 #include <stdexcept>
 
+namespace tessera {
+
 namespace {
 
 TEST(FrameSequence, GivesEachFrameInOrderAndWhatItThrowsInItsTurn)
@@ -65,3 +67,5 @@ TEST(FrameSequence, GoesOnWithFewerThreadsWhereMemoryRunsShort)
 }
 
 }  // namespace
+
+}  // namespace tessera

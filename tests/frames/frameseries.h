@@ -14,6 +14,8 @@
 #include <functional>
 #include <random>
 
+namespace tessera {
+
 using PixelFunction = std::function<double(int nX, int nY)>;
 
 inline CImgObj<float> makeImage(int nWidth, int nHeight, const PixelFunction& fnPixel)
@@ -63,3 +65,5 @@ struct FrameSeries {
     CRecordingReport report;
     CPeakFilters filters;
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <QRect>
 
+namespace tessera {
+
 namespace {
 
 RefIntPara integrated(const CImgObj<float>& img, double dfX, double dfY, int nR, int nB)
@@ -66,3 +68,5 @@ TEST(SampleAtPositions, RoundsHalvesAwayFromZeroAndIsWholeOrEmpty)
 }
 
 }  // namespace
+
+}  // namespace tessera

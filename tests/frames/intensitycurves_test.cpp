@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 double lorentz(double dfF, double dfI, double dfCentre, double dfC)
@@ -82,3 +84,5 @@ TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
 }
 
 }  // namespace
+
+}  // namespace tessera

@@ -3,6 +3,8 @@
 #include "frames/peakmask.h"
 #include "tests/frames/frameseries.h"
 
+namespace tessera {
+
 namespace {
 
 TEST(FindLocalMaxima, AgreesWithTheMaximumOfNeighboursInRowOrder)
@@ -58,3 +60,5 @@ TEST(RemoveMaskedPeaks, DropsWhatLiesInAnyPolygonByTheFillRule)
 }
 
 }  // namespace
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include "tests/frames/frameseries.h"
 #include "tests/imagefiles/filesizelimit.h"
 
+namespace tessera {
+
 namespace {
 
 const double g_dfSpot = 2;  // sigma of all spots, pixels
@@ -189,3 +191,5 @@ TEST(PeakHunting, FindingNothingOrAFullDiskCostsNoFormerList)
 }
 
 }  // namespace
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include "tests/frames/frameseries.h"
 #include "tests/reciprocal/testpeaks.h"
 
+namespace tessera {
+
 namespace {
 
 const QPointF g_ptBeam(81.5, 60.25);
@@ -319,3 +321,5 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
 }
 
 }  // namespace
+
+}  // namespace tessera

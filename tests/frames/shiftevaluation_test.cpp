@@ -7,6 +7,8 @@
 #include "imaging/imageshifts.h"
 #include "tests/frames/frameseries.h"
 
+namespace tessera {
+
 namespace {
 
 const QPointF g_ptBeam(103.3, 96.6);  // on the first frame
@@ -152,3 +154,5 @@ TEST(ShiftJumps, NamesTheFramesThatStandApartAndNoOthers)
 }
 
 }  // namespace
+
+}  // namespace tessera

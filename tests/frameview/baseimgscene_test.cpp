@@ -5,6 +5,8 @@
 
 #include <QTimer>
 
+namespace tessera {
+
 namespace {
 
 class Scene : public testing::Test {
@@ -149,3 +151,5 @@ TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
         EXPECT_EQ(red(3, 3), 200);
     }
 }
+
+}  // namespace tessera

@@ -12,6 +12,8 @@
 #include <QTimer>
 #include <QWheelEvent>
 
+namespace tessera {
+
 namespace {
 
 class View : public testing::Test {
@@ -141,3 +143,5 @@ TEST_F(View, TheMenuWaitsForTheReleaseAndNotForADrag)
         EXPECT_FALSE(bMenuWhileHeld) << nCase;
     }
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <set>
 
+namespace tessera {
+
 namespace {
 
 class Marks : public testing::Test {
@@ -111,3 +113,5 @@ TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
     expectOneRepaint({});
     EXPECT_EQ(view.viewport()->grab().toImage(), pictureBefore);
 }
+
+}  // namespace tessera

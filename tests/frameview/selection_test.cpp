@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 class Selection : public testing::Test {
@@ -127,3 +129,5 @@ TEST_F(Selection, TheFrameOfTheRectangleIsOneScreenPixelWide)
         EXPECT_NEAR(nYellow, picture.devicePixelRatio(), 0.5) << dfScale;
     }
 }
+
+}  // namespace tessera

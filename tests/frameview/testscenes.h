@@ -15,6 +15,8 @@
 #include <functional>
 #include <memory>
 
+namespace tessera {
+
 /// A frame of one image with fnValue(x, y) at each pixel.
 inline ImageList makeFrame(int w, int h, const std::function<double(int, int)>& fnValue)
 {
@@ -48,3 +50,5 @@ inline void sendMouse(QWidget* pWidget, QEvent::Type type, QPoint pt, Qt::MouseB
     QMouseEvent event(type, pt, pWidget->mapToGlobal(pt), button, buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(pWidget, &event);
 }
+
+}  // namespace tessera

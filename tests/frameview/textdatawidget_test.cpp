@@ -8,6 +8,8 @@
 #include <cmath>
 #include <map>
 
+namespace tessera {
+
 namespace {
 
 class TextData : public testing::Test {
@@ -146,3 +148,5 @@ TEST_F(TextData, SmallImagesAndWindowsOfAnySize)
     EXPECT_TRUE(m_widget.refresh());
     EXPECT_EQ(m_widget.scene()->items().size(), 1);
 }
+
+}  // namespace tessera

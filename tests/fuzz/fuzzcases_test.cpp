@@ -9,6 +9,8 @@
 
 #include <ostream>
 
+namespace tessera {
+
 void PrintTo(const FuzzReader& reader, std::ostream* pStream);
 void PrintTo(const FuzzReader& reader, std::ostream* pStream)
 {
@@ -40,3 +42,5 @@ INSTANTIATE_TEST_SUITE_P(Reader, FuzzCases, testing::ValuesIn(fuzzReaders()),
                          [](const auto& reader) { return std::string(reader.param.pName); });
 
 }  // namespace
+
+}  // namespace tessera

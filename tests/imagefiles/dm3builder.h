@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 namespace dm3 {
 
 inline QByteArray big(quint32 n)
@@ -76,3 +78,5 @@ inline QByteArray image(qint32 nWidth, qint32 nHeight, qint32 nDataType, const Q
 }
 
 }  // namespace dm3
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 TEST(Dm3Calibration, VoltageAndScaleOfDiffractionPatternsOnly)
 {
     const struct {
@@ -49,3 +51,5 @@ TEST(Dm3Calibration, VoltageAndScaleOfDiffractionPatternsOnly)
     EXPECT_EQ(none.dfKilovolts, 0);
     EXPECT_EQ(none.dfPixelSize, 0);
 }
+
+}  // namespace tessera

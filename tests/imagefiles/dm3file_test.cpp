@@ -7,6 +7,8 @@
 
 #include <climits>
 
+namespace tessera {
+
 namespace {
 
 class Dm3 : public FileTest {};
@@ -195,3 +197,5 @@ TEST_F(Dm3, ALargeFileOfAnotherKindIsNotReadWhole)
         EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 100000) << "KiB";
     }
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <csignal>
 
+namespace tessera {
+
 class CFileSizeLimit {
 public:
     explicit CFileSizeLimit(rlim_t nBytes)
@@ -21,3 +23,5 @@ public:
 private:
     rlimit m_former = {};
 };
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <climits>
 #include <cstring>
 
+namespace tessera {
+
 namespace {
 
 class Mrc : public FileTest {};
@@ -161,3 +163,5 @@ TEST_F(Mrc, WritingWhatIsNoStackOrFindsNoRoom)
     EXPECT_EQ(QFile(strFile).size(), 0);
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files).size(), 1);  // nothing half written is left
 }
+
+}  // namespace tessera

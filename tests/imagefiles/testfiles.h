@@ -5,9 +5,13 @@
 
 #include <QTemporaryDir>
 
+namespace tessera {
+
 class FileTest : public ::testing::Test {
 protected:
     QString path(const char* pName) const { return m_dir.filePath(QString::fromUtf8(pName)); }
     static QString fixture(const QString& strName) { return QLatin1String(TESSERA_TEST_DATA "/") + strName; }
     QTemporaryDir m_dir;
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 TEST(CHistogram, CountsByTheRuleOfItsBins)
 {
     CHistogram histogram;
@@ -49,3 +51,5 @@ TEST(FloatToByte, MapsTruncatesAndCutsOff)
                                    << " .. " << fOutMax;
     }
 }
+
+}  // namespace tessera

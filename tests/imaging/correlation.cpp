@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 struct Result {
@@ -106,3 +108,5 @@ TEST(CrossSpectrum, WeighsByTheMethod)
         EXPECT_FLOAT_EQ(pResult[0].im, row.result.im) << row.nMethod;
     }
 }
+
+}  // namespace tessera

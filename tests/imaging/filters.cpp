@@ -12,6 +12,8 @@
 #include <numeric>
 #include <vector>
 
+namespace tessera {
+
 TEST(MakeRingMask, CountsTheLatticePointsOfItsRing)
 {
     std::vector<char> vecMask(32 * 32, 7);
@@ -75,3 +77,5 @@ TEST(ResizeBicubic, HasTheMomentsOfTheCubicBSpline)
                 EXPECT_NEAR(vec[i], aExpected[i], 1e-5) << nColumns << " " << i;
         }
 }
+
+}  // namespace tessera

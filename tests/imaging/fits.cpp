@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 CImgObj<float> spotOnFrame(const std::vector<double>& p, int nWidth, int nHeight)
@@ -117,3 +119,5 @@ TEST(LorentzCurve, GoesThroughItsOwnPointsAndDataStopOneStepShortOfTheRange)
         EXPECT_EQ(std::isinf(adfErr[1]), list.size() == 3) << "three points leave nothing for an error";
     }
 }
+
+}  // namespace tessera

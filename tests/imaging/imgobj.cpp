@@ -10,6 +10,8 @@
 #include <numeric>
 #include <vector>
 
+namespace tessera {
+
 TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
 {
     CImgObj<float> img;
@@ -47,3 +49,5 @@ TEST(ImageConversion, GivesAmplitudePhaseAndParts)
         EXPECT_FLOAT_EQ(f, afExpected[nMode]) << nMode;
     }
 }
+
+}  // namespace tessera

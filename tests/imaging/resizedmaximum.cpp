@@ -8,6 +8,8 @@
 #include <random>
 #include <vector>
 
+namespace tessera {
+
 TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
 {
     std::mt19937 random(5);
@@ -53,3 +55,5 @@ TEST(FindMaximum, TakesTheFirstInLongDataToo)
         EXPECT_EQ(FindMaximumIndex(vec.data(), 300), nPlace);
     }
 }
+
+}  // namespace tessera

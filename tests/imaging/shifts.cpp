@@ -7,6 +7,8 @@
 
 #include <climits>
 
+namespace tessera {
+
 // Where each element of a numbered image must be after a cyclic shift.
 static std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 {
@@ -58,3 +60,5 @@ TEST(FourierShift, GivesTheImageOfTheMovedFormula)
         }
     }
 }
+
+}  // namespace tessera

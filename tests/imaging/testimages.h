@@ -6,6 +6,8 @@
 #include <cmath>
 #include <vector>
 
+namespace tessera {
+
 /// Six round spots of different heights on a dark ground, moved by (dfDX, dfDY) pixels; periodic.
 inline std::vector<float> spotImage(int nWidth, int nHeight, double dfDX, double dfDY)
 {
@@ -32,3 +34,5 @@ inline std::vector<COMPLEX> asComplex(const std::vector<float>& vecReal)
         vec.push_back({f, 0.f});
     return vec;
 }
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <random>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -106,3 +108,5 @@ TEST(CAcmlFft, DoesNotDependOnWhereTheBufferLies)
         }
     }
 }
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 Peak3D indexed(double h, double k, double l, double dfIntensity, double dfX, double dfY)
@@ -193,3 +195,5 @@ TEST(DirectBeamRefinement, FindsTheMapOfAFrame)
                              report);
     EXPECT_EQ(report.m_listLine.last(), "[   4,  -2,   0] ( 110.0,    0.0)");
 }
+
+}  // namespace tessera

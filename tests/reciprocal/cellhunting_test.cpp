@@ -16,6 +16,8 @@
 
 #include <QTemporaryDir>
 
+namespace tessera {
+
 namespace {
 
 Peak3D vectorRecord(float fX, float fY, float fZ)
@@ -262,3 +264,5 @@ TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)
     EXPECT_EQ(idsOf(list), QList<int>({7, 3}));
     EXPECT_EQ(log.m_listLine, QStringList("ID: -4 out of range."));
 }
+
+}  // namespace tessera

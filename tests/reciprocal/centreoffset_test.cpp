@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 /// Reflections mapped with the beam off by (dfX, dfY), each at the tilt where it meets the Ewald sphere.
@@ -71,3 +73,5 @@ TEST(CentreOffset, HasHonestErrorsAndSaysWhenTheDataDoNotTell)
     for (const QList<Peak3D>& listBad : {QList<Peak3D>(), list.mid(0, 5), listRow, listPlane})
         EXPECT_FALSE(fitCentreOffset(listBad, 0.002, 33).bValid);
 }
+
+}  // namespace tessera

@@ -22,6 +22,8 @@
 #include <set>
 #include <utility>
 
+namespace tessera {
+
 TEST(Indexing, IsThePlainLoopToTheLastBit)
 {
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 84, 97, 103));
@@ -317,3 +319,5 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
         EXPECT_TRUE(data.m_vecReflectionFrame.empty());
     }
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <functional>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfRadians = std::acos(-1.0) / 180;
@@ -200,3 +202,5 @@ TEST(AxisLine, MeetsTheEdgesWhereTheTableSays)
             << line.x2() << " " << line.y2();
     }
 }
+
+}  // namespace tessera

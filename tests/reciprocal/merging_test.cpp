@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 /// A series at one tilt of 0: the frames' plane is z = 0.
@@ -225,3 +227,5 @@ TEST(NearestPeak, IsTheFirstOfTheNearestBelowTheLimit)
         }
     }
 }
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <random>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 DataSet readList(const QByteArray& bytes)
@@ -186,3 +188,5 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
         EXPECT_EQ(pointsOfPeakGroups(data, listShown, int(groups.size())), listWanted) << nRound;
     }
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 
 #include <utility>
 
+namespace tessera {
+
 // Read by the leak check of an address-sanitized build: without an application Qt keeps its collator to the
 // end.
 extern "C" const char* __lsan_default_suppressions();
@@ -125,3 +127,5 @@ TEST(PeakTable, SortsByNumberOrElseByText)
     model.setCells(0, 26, {});
     EXPECT_EQ(model.columnCount(), 0);
 }
+
+}  // namespace tessera

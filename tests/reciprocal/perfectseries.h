@@ -6,6 +6,8 @@
 #include "reciprocal/predictedpositions.h"
 #include "tests/reciprocal/simulatedlattice.h"
 
+namespace tessera {
+
 struct PerfectSeries {
     DataSet data;  // with the true cell in force
     QVector<QList<Peak3D>> vecPeak;
@@ -47,3 +49,5 @@ struct PerfectSeries {
         return list;
     }
 };
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <vector>
 
+namespace tessera {
+
 /// All that the fast ways may not change, bit by bit; one not-a-number is like another.
 inline std::vector<uint64_t> bitsOf(const QList<Peak3D>& listPeak)
 {
@@ -151,3 +153,5 @@ inline int plainIndexing(QList<Peak3D>& list, const QList<Vec3D>& listBasis, flo
     }
     return nPasses;
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 inline int plainIndex(float fCoordinate, double dfInverse, float fHalf)
 {
     const float f = std::trunc(float(double(fCoordinate) * dfInverse) + fHalf);
@@ -36,3 +38,5 @@ inline void plainAddFrame(CReciprocalVolume& volume, const CImgObj<float>& image
                 fVoxel = fPixel;
         }
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <map>
 
+namespace tessera {
+
 // The mapping brings each position back to its lattice point, and a walk over all lattice points at all
 // tilts finds the same crossings: a reflection crosses where its excitation error changes sign.
 TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
@@ -71,3 +73,5 @@ TEST(PredictedPositions, OfGapsAndHopelessCells)
     series.data.m_listCell = {{1e-7f, 0, 0}, {0, 1e-7f, 0}, {0, 0, 1e-7f}};
     EXPECT_TRUE(predict(2).isEmpty());
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@
 
 #include <gemmi/unitcell.hpp>
 
+namespace tessera {
+
 /// a*, b*, c* of a cell, turned into an arbitrary orientation.
 inline QList<Vec3D> reciprocalBasis(const gemmi::UnitCell& cell)
 {
@@ -65,3 +67,5 @@ QList<Peak3D> simulatedReflections(const QList<Vec3D>& listBasis, double dfMaxDS
             }
     return listPeak;
 }
+
+}  // namespace tessera

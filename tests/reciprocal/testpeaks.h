@@ -5,6 +5,8 @@
 
 #include <QList>
 
+namespace tessera {
+
 inline Peak3D peakAt(double dfX, double dfY, int nFrame = 0, double dfIntensity = 1)
 {
     Peak3D peak;
@@ -31,3 +33,5 @@ inline QList<int> idsOf(const QList<Peak3D>& listPeak)
         listID.append(peak.nID);
     return listID;
 }
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 
 #include "tests/recordingreport.h"
 
+namespace tessera {
+
 namespace {
 
 Peak3D peakOf(double dfX, double dfY, double dfDStar, double h = 0, double k = 0)
@@ -142,3 +144,5 @@ TEST(RotationAxisTest, FindsTheAxisAndTheNormalsOfKnownHeads)
         EXPECT_NEAR(std::remainder(df - dfAzimuth, 360), 0, 1e-9) << dfAzimuth;
     }
 }
+
+}  // namespace tessera

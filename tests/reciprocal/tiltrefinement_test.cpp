@@ -11,6 +11,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const gemmi::UnitCell g_cell(8.6, 13.0, 9.3, 95, 112, 88);
@@ -188,3 +190,5 @@ TEST(ExpectedFrames, TheTableHoldsErrorsBySeries)
     calExpectedFrameNo({}, listBefore, list, series.data, report);
     EXPECT_EQ(report.marked().last(), "red Unit cell error.");
 }
+
+}  // namespace tessera

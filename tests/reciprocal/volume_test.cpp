@@ -11,6 +11,8 @@
 #include <cmath>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 std::vector<float> voxels(const CReciprocalVolume& volume)
@@ -113,3 +115,5 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
     data.m_strProjectName = "none/v";
     EXPECT_TRUE(run(false).contains("red Reciprocal space volume could not be saved: DIR/none/v.mrc: "));
 }
+
+}  // namespace tessera

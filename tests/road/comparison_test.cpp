@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tessera {
+
 namespace {
 
 // A C-centred cell and its primitive basis.
@@ -91,3 +93,5 @@ TEST(SeriesComparison, CountsRightWrongStrayAndFound)
     // Without a cell nothing is right, whatever the indices say.
     EXPECT_EQ(compareWithTruth(series, listIndexed, listIndexed, nullptr).nIndexedRight, 0);
 }
+
+}  // namespace tessera

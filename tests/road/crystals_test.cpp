@@ -6,6 +6,8 @@
 #include <gemmi/c4322.hpp>
 #include <gemmi/sfcalc.hpp>
 
+namespace tessera {
+
 namespace {
 
 // Structure factors by gemmi: its own operations, scattering factors and sum.
@@ -81,3 +83,5 @@ TEST(Crystals, CellsHoldTheirFormulaUnits)
         EXPECT_NEAR(1 / determinantOf(crystal.reciprocalBasis()), row.dfVolume, 0.1) << row.pName;
     }
 }
+
+}  // namespace tessera

@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <cerrno>
 
+namespace tessera {
+
 namespace {
 
 SimulationParameters smallSeries()
@@ -161,3 +163,5 @@ TEST(Series, OpensAsAProject)
     }
     EXPECT_EQ(data.m_listHotPixel.value(1), series.listHotPixel[1]);
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <map>
 
+namespace tessera {
+
 namespace {
 
 const double PI = 3.14159265358979323846;
@@ -118,3 +120,5 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
         EXPECT_LT(*range.second / *range.first, 1.01) << dfStep;
     }
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <QTemporaryDir>
 
+namespace tessera {
+
 namespace {
 
 struct RoadCase {
@@ -77,3 +79,5 @@ INSTANTIATE_TEST_SUITE_P(
                     RoadCase{"diopside", "--drift 15", g_pRefine, 1200},       // monoclinic C
                     RoadCase{"kyanite", "--orientation 7", g_pRefine, 1400}),  // triclinic
     [](const testing::TestParamInfo<RoadCase>& one) { return std::string(one.param.pCrystal); });
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <limits>
 #include <random>
 
+namespace tessera {
+
 namespace {
 
 Peak3D peakAt(float x, float y, float z, double dfIntensity, int nId)
@@ -455,3 +457,5 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
     EXPECT_EQ(view.groupLabels(), QStringList("Unlabeled"));
     show();
 }
+
+}  // namespace tessera

@@ -1,6 +1,8 @@
 // The unit cell by hand and by matrix.
 #include "tests/window/reciprocaltest.h"
 
+namespace tessera {
+
 TEST_F(Reciprocal, CellByHand)
 {
     m_pCell->m_pSpinManualLengthB->setValue(0.2);  // no cell yet: kept for the next click
@@ -120,3 +122,5 @@ TEST_F(Reciprocal, CellByMatrix)
         EXPECT_EQ(fields(), strBefore);
     }
 }
+
+}  // namespace tessera

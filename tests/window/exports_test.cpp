@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 class ExportsWindow : public WindowTest {
@@ -232,3 +234,5 @@ TEST_F(ExportsWindow, Movie)
     EXPECT_EQ(files(m_dir.path(), "movie*"), before);
     EXPECT_EQ(lines("movie0000.png is a frame of this series and would be overwritten."), 1);
 }
+
+}  // namespace tessera

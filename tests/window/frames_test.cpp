@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <set>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFrames = 9;
@@ -493,3 +495,5 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     EXPECT_EQ(status(), QString());
     QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
 }
+
+}  // namespace tessera

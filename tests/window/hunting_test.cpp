@@ -1,6 +1,8 @@
 // What the user may do while peaks are hunted: stop, close, look at other frames, change the pages.
 #include "tests/window/windowtest.h"
 
+namespace tessera {
+
 namespace {
 
 /// Six frames with a bright pixel each, and no shifts.
@@ -146,3 +148,5 @@ TEST_F(Hunting, TooManyCandidatesAreTold)
     EXPECT_EQ(lines("0 peaks found on frame #   4", Qt::black), 1);
     EXPECT_EQ(lines("On 1 of 6 frames, first #4, more than 1 % of the pixels are peak candidates"), 1);
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <set>
 
+namespace tessera {
+
 TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
 {
     open();
@@ -167,3 +169,5 @@ TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
         EXPECT_EQ(listLabel, mapWanted[nFrame]) << nFrame;
     }
 }
+
+}  // namespace tessera

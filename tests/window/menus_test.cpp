@@ -3,6 +3,8 @@
 
 #include <QMetaMethod>
 
+namespace tessera {
+
 namespace {
 
 /// Whether anything listens to a signal of the object, seen by its name.
@@ -101,3 +103,5 @@ TEST_F(Menus, TheWheelOverAPageChangesNoNumberInPassing)
     turn(pSpin, 120);
     EXPECT_GT(pSpin->value(), 30);
 }
+
+}  // namespace tessera

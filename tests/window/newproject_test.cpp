@@ -4,6 +4,8 @@
 #include "window/guidewindow.h"
 #include "window/newprojectdialog.h"
 
+namespace tessera {
+
 namespace {
 
 class FirstRun : public WindowTest {
@@ -199,3 +201,5 @@ TEST_F(FirstRun, EveryControlIsExplained)
     EXPECT_GT(nControls, 130);
     EXPECT_GT(nActions, 70);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 #include <unistd.h>
 
+namespace tessera {
+
 TEST_F(Reciprocal, OtherData)
 {
     // Without OpenGL one line says so, however many views there are; all else in these tests goes on.
@@ -121,3 +123,5 @@ TEST_F(Reciprocal, ALongListTakesLittleMemory)
     EXPECT_EQ(table()->index(0, 7).data().toString(),
               QLocale::system().toString(3.0 * (nReflections - 1), 'f', 1));
 }
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 
 #include <tuple>
 
+namespace tessera {
+
 namespace {
 
 // Numbers on both sides of every limit, between the decimals, and far out.
@@ -104,3 +106,5 @@ TEST(Pages, RotationStepsCanBeEditedFromEachItem)
     QTest::keyClicks(pEdit, "x");
     EXPECT_FALSE(pEdit->text().contains('x'));
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 #include <qwt_plot_curve.h>
 #include <qwt_plot_marker.h>
 
+namespace tessera {
+
 namespace {
 
 class PeakTableWindow : public WindowTest {
@@ -350,3 +352,5 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     m_pWindow->removeSelectedPeakGroups();
     EXPECT_EQ(m_pRaw->groupLabels().size() + m_pMerged->groupLabels().size(), 4);
 }
+
+}  // namespace tessera

@@ -1,5 +1,7 @@
 #include "tests/window/reciprocaltest.h"
 
+namespace tessera {
+
 QTemporaryDir* Reciprocal::s_pSeries = nullptr;
 
 QString fieldsOf(const Mat& matReciprocal)
@@ -84,3 +86,5 @@ QString Reciprocal::groups(const ED3DWidget* pView)
                     pView->groupColors()[g].name());
     return list.join(", ");
 }
+
+}  // namespace tessera

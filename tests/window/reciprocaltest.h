@@ -5,6 +5,8 @@
 #include "simulate/structurefactor.h"
 #include "tests/window/windowtest.h"
 
+namespace tessera {
+
 typedef Vector3 Vec;
 typedef Matrix3 Mat;  ///< rows
 
@@ -43,3 +45,5 @@ protected:
 
     static QTemporaryDir* s_pSeries;
 };
+
+}  // namespace tessera

@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const int g_nFrames = 41;
@@ -264,3 +266,5 @@ TEST_F(Refinement, SettingsLeaveReflectionsOutAndShowTheTestRuns)
     tool("Refine Cell by Frame &Numbers");
     EXPECT_TRUE(log().contains("Averaged error") && !log().contains(match.captured(0)));
 }
+
+}  // namespace tessera

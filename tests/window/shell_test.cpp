@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+namespace tessera {
+
 namespace {
 
 typedef WindowTest Shell;
@@ -271,3 +273,5 @@ TEST(MessageEdit, TakesTextLiterally)
     EXPECT_EQ(edit.toPlainText(), "<b>1</b>   2\nnextlink");
     EXPECT_TRUE(edit.textCursor().atEnd());
 }
+
+}  // namespace tessera

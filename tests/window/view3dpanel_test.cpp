@@ -1,6 +1,8 @@
 // What moves the points of the 3D views, and the page that steers the views.
 #include "tests/window/reciprocaltest.h"
 
+namespace tessera {
+
 /// Where the points of a view lie.
 static std::vector<float> places(const ED3DWidget* pView)
 {
@@ -244,3 +246,5 @@ TEST_F(Reciprocal, AddKeepsFocusAndPlace)
     EXPECT_EQ(fZoom, 0.f);
     EXPECT_EQ(m_pRaw->getViewDirection(), (Vec3D{0, 0, 1}));
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>
 
+namespace tessera {
+
 namespace {
 
 const QPoint g_ptDrag(9, -7);  // frame pixels; the beam stays within the region
@@ -250,3 +252,5 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
         EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
 }
+
+}  // namespace tessera

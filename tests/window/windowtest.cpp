@@ -1,5 +1,7 @@
 #include "tests/window/windowtest.h"
 
+namespace tessera {
+
 void WindowTest::SetUp()
 {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path("settings"));
@@ -134,3 +136,5 @@ void WindowTest::activate()
     m_pWindow->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWindow.get()));
 }
+
+}  // namespace tessera

@@ -25,6 +25,8 @@
 
 #include <memory>
 
+namespace tessera {
+
 class WindowTest : public testing::Test {
 protected:
     void SetUp() override;
@@ -95,3 +97,5 @@ protected:
     QSlider* m_pSlider = nullptr;  ///< both name the frame
     QSpinBox* m_pSpin = nullptr;
 };
+
+}  // namespace tessera

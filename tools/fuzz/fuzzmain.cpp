@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace tessera {
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize)
 {
@@ -20,3 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize)
     }
     return 0;
 }
+
+}  // namespace tessera

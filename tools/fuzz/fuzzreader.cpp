@@ -26,6 +26,8 @@
 #include <cmath>
 #include <cstring>
 
+namespace tessera {
+
 namespace {
 
 const QString g_strGood;
@@ -408,3 +410,5 @@ QString readAsFile(const FuzzReader& reader, const QByteArray& bytes)
     file.close();
     return reader.fnRead(strFileName, bytes);
 }
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace tessera {
+
 /// The fuzzers throw bytes at these, and the tests the cases that fuzzers have found.
 struct FuzzReader {
     const char* pName;  ///< of the fuzz target, and of the reader's folder of cases
@@ -21,3 +23,5 @@ const std::vector<FuzzReader>& fuzzReaders();
 /// Puts the bytes into a file of a folder for temporary files and has it read.
 /// @return as FuzzReader::fnRead
 QString readAsFile(const FuzzReader& reader, const QByteArray& bytes);
+
+}  // namespace tessera

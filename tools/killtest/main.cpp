@@ -38,6 +38,8 @@
 #include <random>
 #include <vector>
 
+namespace tessera {
+
 namespace {
 
 /// Whole, and what tessera-batch leaves in the place of its summary until the run has ended.
@@ -325,8 +327,11 @@ bool runDriver(const QString& strDriver, const QString& strProject, const QStrin
 
 }  // namespace
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(

@@ -48,6 +48,8 @@
 
 #include <pthread.h>
 
+namespace tessera {
+
 // Read by the leak check of an address-sanitized build: what these keep to the end.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
@@ -551,8 +553,11 @@ public slots:
 
 }  // namespace
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     // Nothing of the user's is read or written.
     const QTemporaryDir home;
     for (const char* pName : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})

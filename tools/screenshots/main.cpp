@@ -32,6 +32,8 @@
 #include <cstdlib>
 #include <functional>
 
+namespace tessera {
+
 namespace {
 
 const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
@@ -139,8 +141,11 @@ void answerFileDialog(const QString& strFile)
 
 }  // namespace
 
+}  // namespace tessera
+
 int main(int argc, char** argv)
 {
+    using namespace tessera;
     Q_INIT_RESOURCE(tessera);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);

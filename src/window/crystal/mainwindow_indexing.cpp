@@ -15,6 +15,8 @@
 #include <QFileDialog>
 #include <QPushButton>
 
+namespace tessera {
+
 void MainWindow::runIndexing()
 {
     if (refuseDuringRun(tr("Indexing")))
@@ -31,8 +33,8 @@ void MainWindow::runIndexing()
     pButton->setEnabled(false);
     const IndexingParameters indexing = m_indexing;
     guarded([&] {
-        ::runIndexing(m_dataSet, listSelection, indexing, report,
-                      [this](const IndexingResult& result) { showIndexing(result); });
+        tessera::runIndexing(m_dataSet, listSelection, indexing, report,
+                             [this](const IndexingResult& result) { showIndexing(result); });
     });
     QApplication::restoreOverrideCursor();
     pButton->setEnabled(true);
@@ -90,7 +92,7 @@ bool MainWindow::loadShelxFile()
     bool bShown = false;
     bool bLoaded = false;
     guarded([&] {
-        bLoaded = ::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
+        bLoaded = tessera::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
         if (bShown)
             showReflectionList(listPeak);
     });
@@ -106,3 +108,5 @@ void MainWindow::showReflectionList(const QList<Peak3D>& listPeak)
     showInMergedView(listPeak, {});
     updatePeakTable(listPeak);
 }
+
+}  // namespace tessera

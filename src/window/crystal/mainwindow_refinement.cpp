@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace tessera {
+
 void MainWindow::runUnitCellRefinement()
 {
     bool& bRunning = m_dataSet.m_bRunning;
@@ -29,13 +31,13 @@ void MainWindow::runUnitCellRefinement()
                 return vecRefined;
             clearFrameMarks();
             bool bFinished = false;
-            vecRefined = ::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report),
-                                              &bFinished);
+            vecRefined = tessera::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report),
+                                                     &bFinished);
             bRunning = bFinished;
             return vecRefined;
         };
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
-        guarded([&] { ::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });
+        guarded([&] { tessera::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(true);
     });
 }
@@ -50,7 +52,7 @@ void MainWindow::refineDirectBeamPosition()
         // copies: the data set may change under the run through waiting events
         const QVector<QList<Peak3D>> vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
-        const QVector<DifferenceMap> vecMap = ::refineDirectBeamPosition(
+        const QVector<DifferenceMap> vecMap = tessera::refineDirectBeamPosition(
             vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
             report);
         const bool bGoing = report.goOn();
@@ -100,7 +102,7 @@ TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
 void MainWindow::refineBasisVectors()
 {
     withIndexedReflections([this](CRunReport& report) {
-        ::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
+        tessera::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
     });
 }
 
@@ -109,9 +111,11 @@ void MainWindow::refineUnitCellUsingFrameNo()
     withIndexedReflections([this](CRunReport& report) {
         const TiltRefinementOptions options = tiltOptions(report);
         TiltRefinement result;
-        ::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
+        tessera::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
         if (result.bDone)
-            ::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet, report,
-                                 options, result.bExchanged);
+            tessera::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet,
+                                        report, options, result.bExchanged);
     });
 }
+
+}  // namespace tessera

@@ -14,13 +14,15 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 bool MainWindow::transformUnitCell()
 {
     WindowReport report(*this);
     const bool bReciprocal = m_pCellPage->m_pRadioSpaceReciprocal->isChecked();
-    if (!::transformUnitCell(m_dataSet.m_listCellFound, m_dfCellMatrix,
-                             bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real,
-                             m_dataSet.m_listCell, report, m_strLatticeHost))
+    if (!tessera::transformUnitCell(m_dataSet.m_listCellFound, m_dfCellMatrix,
+                                    bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real,
+                                    m_dataSet.m_listCell, report, m_strLatticeHost))
         return false;
     for (ED3DWidget* pView : views3D())
         pView->setLattice(m_dataSet.m_listCell);
@@ -92,3 +94,5 @@ bool MainWindow::readCellMatrix()
     m_dfCellMatrix = matrix;
     return true;
 }
+
+}  // namespace tessera

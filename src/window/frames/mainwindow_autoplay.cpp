@@ -5,6 +5,8 @@
 
 #include <QSpinBox>
 
+namespace tessera {
+
 void MainWindow::playImageForward()
 {
     m_timerPlay.stop();
@@ -48,3 +50,5 @@ void MainWindow::imagePlayIntervalChanged(int nNewInterval)
 {
     m_timerPlay.setInterval(nNewInterval);
 }
+
+}  // namespace tessera

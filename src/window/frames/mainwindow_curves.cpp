@@ -16,6 +16,8 @@
 #include <QClipboard>
 #include <QModelIndex>
 
+namespace tessera {
+
 void MainWindow::createCurvePlot()
 {
     m_pCurvePlot = new QwtPlot(this);
@@ -114,3 +116,5 @@ void MainWindow::copyIntensityCurveWindow()
 {
     QApplication::clipboard()->setPixmap(m_pCurvePlot->grab());
 }
+
+}  // namespace tessera

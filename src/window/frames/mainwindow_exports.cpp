@@ -21,6 +21,8 @@
 #include <QInputDialog>
 #include <QMessageBox>
 
+namespace tessera {
+
 /// The name that the user gives an image, with a suffix that tells its format; empty when none was given.
 QString MainWindow::askSaveImageName(bool bConfirmOverwrite)
 {
@@ -106,9 +108,9 @@ void MainWindow::saveSeries()
     if (!bOk)
         return;
     runExport([&](CRunReport& report) {
-        ::saveSeries(m_dataSet, strFolder, imageTypeExtension(strType),
-                     m_pFramesPage->m_pContrastMinSpin->value(), m_pFramesPage->m_pContrastMaxSpin->value(),
-                     report);
+        tessera::saveSeries(m_dataSet, strFolder, imageTypeExtension(strType),
+                            m_pFramesPage->m_pContrastMinSpin->value(),
+                            m_pFramesPage->m_pContrastMaxSpin->value(), report);
     });
 }
 
@@ -116,7 +118,7 @@ void MainWindow::exportSMVImages()
 {
     if (refuseDuringRun(tr("Exporting SMV images")))
         return;
-    runExport([this](CRunReport& report) { ::exportSMVImages(m_dataSet, report); });
+    runExport([this](CRunReport& report) { tessera::exportSMVImages(m_dataSet, report); });
 }
 
 void MainWindow::exportBinnedFrames()
@@ -127,7 +129,7 @@ void MainWindow::exportBinnedFrames()
     const double dfScale = QInputDialog::getDouble(this, tr("Frame Scaling"), tr("Scale:"), 0.5, 0.05, 20, 2,
                                                    &bOk);
     if (bOk)
-        runExport([&](CRunReport& report) { ::exportBinnedFrames(m_dataSet, dfScale, report); });
+        runExport([&](CRunReport& report) { tessera::exportBinnedFrames(m_dataSet, dfScale, report); });
 }
 
 /// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
@@ -141,8 +143,10 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
         return;
     runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
         clearFrameMarks();
-        if (!::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
+        if (!tessera::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
             report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
                               Qt::red);
     });
 }
+
+}  // namespace tessera

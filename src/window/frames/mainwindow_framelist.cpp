@@ -20,6 +20,8 @@
 #include <QSpinBox>
 #include <QTableWidget>
 
+namespace tessera {
+
 namespace {
 
 QString degreesText(double dfDegrees, int nDecimals)
@@ -150,3 +152,5 @@ void MainWindow::setAutoContrast()
     connectPanelSignals(bConnected);
     m_dataSet.m_bAutoContrastOnLoad = false;  // these limits hold for the series
 }
+
+}  // namespace tessera

@@ -13,6 +13,8 @@
 #include <QPen>
 #include <QTableWidget>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfMaskZ = 300;
@@ -94,3 +96,5 @@ void MainWindow::clearMaskItems()
     qDeleteAll(m_listMaskItem);  // an item takes leave of its scene by itself
     m_listMaskItem.clear();
 }
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <QStatusBar>
 #include <QThread>
 
+namespace tessera {
+
 namespace {
 
 const int g_nCrossSize = 5;
@@ -51,7 +53,7 @@ void MainWindow::runPeakHunting()
                                   Qt::red);
             m_pTabWidget->setCurrentIndex(1);
         };
-        ::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
+        tessera::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
     });
 }
 
@@ -120,5 +122,8 @@ void MainWindow::outputSmoothedImage(const QString& strFileName)
         return;
     syncParametersWithControls(true);
     WindowReport report(*this);
-    ::outputSmoothedImage(*m_dataSet.m_vecFrameImage.front(), m_hunting, m_peakFilters, strFileName, report);
+    tessera::outputSmoothedImage(*m_dataSet.m_vecFrameImage.front(), m_hunting, m_peakFilters, strFileName,
+                                 report);
 }
+
+}  // namespace tessera

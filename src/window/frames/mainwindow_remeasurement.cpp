@@ -17,6 +17,8 @@
 
 #include <algorithm>
 
+namespace tessera {
+
 namespace {
 
 const int g_nCrossSize = 5;
@@ -47,7 +49,7 @@ bool MainWindow::fitDirectBeam()
         return false;
     }
     return runOnFrames(m_pExtractionPage->m_pButtonRun, [this](CRunReport& report) {
-        ::fitDirectBeam(m_dataSet, report, [this](const DirectBeamOnFrame& beam) {
+        tessera::fitDirectBeam(m_dataSet, report, [this](const DirectBeamOnFrame& beam) {
             showCircleMarks({beam.ptFitted});
             refreshImageView();
         });
@@ -77,7 +79,7 @@ QVector<QList<Peak3D>> MainWindow::refinePeakPosition(const QVector<QList<Peak3D
 {
     QVector<QList<Peak3D>> vecRefined;
     runOnFrames(nullptr, [&](CRunReport& report) {
-        vecRefined = ::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report));
+        vecRefined = tessera::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report));
     });
     return vecRefined;
 }
@@ -87,7 +89,7 @@ QVector<std::vector<std::vector<double>>> MainWindow::refinePeakPositionOnFrame(
 {
     QVector<std::vector<std::vector<double>>> vecFit;
     runOnFrames(nullptr, [&](CRunReport& report) {
-        vecFit = ::refinePeakPositionOnFrame(m_dataSet, peaksSorted, report, positionOptions(report));
+        vecFit = tessera::refinePeakPositionOnFrame(m_dataSet, peaksSorted, report, positionOptions(report));
     });
     return vecFit;
 }
@@ -105,7 +107,7 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
     bool bResult = false;
     runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {
         bool bFinished = false;
-        bResult = ::extractIntensity(
+        bResult = tessera::extractIntensity(
             m_dataSet, peaksSorted, m_hunting, m_extraction, m_peakFilters, report,
             [this](int, const QList<QPointF>& listPosition) {
                 showCircleMarks(listPosition);
@@ -122,3 +124,5 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
     });
     return bResult;
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 
 #include <utility>
 
+namespace tessera {
+
 bool MainWindow::runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun)
 {
     bool bBegun = false;
@@ -29,3 +31,5 @@ bool MainWindow::stopsRun()
 {
     return isPumping() && std::exchange(m_dataSet.m_bRunning, false);
 }
+
+}  // namespace tessera

@@ -18,6 +18,8 @@
 #include <QTableWidget>
 #include <QThread>
 
+namespace tessera {
+
 void MainWindow::selSizeChanged2()
 {
     if (isPumping()) {  // what is shown need not be the frame
@@ -82,7 +84,7 @@ void MainWindow::runShiftEvaluation()
         };
         ShiftEvaluationOptions options;
         options.nJobs = QThread::idealThreadCount();
-        bFinished = ::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone);
+        bFinished = tessera::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone);
         syncParametersWithControls(false);
     });
     if (!bBegun)
@@ -96,3 +98,5 @@ void MainWindow::runShiftEvaluation()
     mapWaitingPeaks();
     showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
 }
+
+}  // namespace tessera

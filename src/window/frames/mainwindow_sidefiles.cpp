@@ -15,6 +15,8 @@
 #include <QSignalBlocker>
 #include <QTableWidget>
 
+namespace tessera {
+
 namespace {
 
 QString filterText(const char* pTemplate, const char* pExtension)
@@ -79,7 +81,7 @@ void MainWindow::loadEDShift()
 bool MainWindow::loadShiftFile(const QString& strFileName, QString* pstrReason)
 {
     WindowReport report(*this);
-    if (!::loadShiftFile(m_dataSet, strFileName, report, pstrReason))
+    if (!tessera::loadShiftFile(m_dataSet, strFileName, report, pstrReason))
         return false;
     {
         // Whoever hears of the one box reads the pages, and with them the former number of the other.
@@ -169,3 +171,5 @@ void MainWindow::saveRawPeaks()
             Qt::red);
     addReason(report, strReason);
 }
+
+}  // namespace tessera

@@ -20,6 +20,8 @@
 
 #include <cmath>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfMarkPenWidth = 1.0;
@@ -215,3 +217,5 @@ bool MainWindow::showsPixelStatus() const
 {
     return !m_strPixelStatus.isEmpty() && statusBar()->currentMessage() == m_strPixelStatus;
 }
+
+}  // namespace tessera

@@ -19,6 +19,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 const int g_nSearchButtonHeight = 30;     // pixels
@@ -288,3 +290,5 @@ void CellPage::updateCellTransformMatrixLabels()
     }
     m_pButtonTest->setChecked(false);  // the test that is shown was made in the other space
 }
+
+}  // namespace tessera

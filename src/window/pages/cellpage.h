@@ -13,6 +13,8 @@ class QPushButton;
 class QRadioButton;
 class QTableWidget;
 
+namespace tessera {
+
 /// The search for the unit cell, the cell in force and its transformation, and the indexing.
 ///
 /// The page holds controls alone; MainWindow connects them and fills the table and the six cell fields.
@@ -70,3 +72,5 @@ private:
     QLabel* m_apLabelColumn[3];
     QLabel* m_apLabelRow[3];
 };
+
+}  // namespace tessera

@@ -6,6 +6,8 @@
 #include <QMainWindow>
 #include <QWidget>
 
+namespace tessera {
+
 // Only rich text is wrapped in a tool tip.
 static QString wrapped(const QString& strText)
 {
@@ -62,3 +64,5 @@ void shareTips(QWidget* pWindow)
         if (pAction->whatsThis().isEmpty())
             pAction->setWhatsThis(pAction->statusTip());
 }
+
+}  // namespace tessera

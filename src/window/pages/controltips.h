@@ -6,6 +6,8 @@
 class QAction;
 class QWidget;
 
+namespace tessera {
+
 /// Explains a control: what it means, its unit, which way to turn it. The text becomes its tool tip, unless
 /// it has a shorter one of its own, and what "What's This?" shows.
 /// @param strText  plain; it is wrapped when shown
@@ -21,3 +23,5 @@ void explain(QAction* pAction, const QString& strText);
 /// and those of controls to the labels before them.
 /// For a window or page that has its controls and layouts.
 void shareTips(QWidget* pWindow);
+
+}  // namespace tessera

@@ -17,6 +17,8 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 QSpinBox* makePixelSpin(QWidget* pParent, int nStart)
@@ -105,3 +107,5 @@ void ExtractionPage::showBeside()
     raise();
     activateWindow();
 }
+
+}  // namespace tessera

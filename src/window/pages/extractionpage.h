@@ -9,6 +9,8 @@ class QPushButton;
 class QRadioButton;
 class QSpinBox;
 
+namespace tessera {
+
 /// The window of the integration, where reflections are expected on the frame, and the button of the run.
 ///
 /// A tool window: it stays above its parent and goes with it. It holds controls alone; MainWindow connects
@@ -37,3 +39,5 @@ protected:
 private:
     bool m_bPlaced = false;
 };
+
+}  // namespace tessera

@@ -15,6 +15,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 QTableWidget* makeFileTable(QWidget* pParent)
@@ -125,3 +127,5 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
         pPlayLayout->addWidget(pButton);
     pPageLayout->addWidget(pPlay);
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@ class QPushButton;
 class QSpinBox;
 class QTableWidget;
 
+namespace tessera {
+
 /// The series as a table of files, the geometry of the experiment, the contrast limits and the auto play.
 ///
 /// The page holds controls alone; MainWindow connects them and fills the table.
@@ -31,3 +33,5 @@ public:
     QPushButton* m_pPlayBackwardButton;
     QPushButton* m_pPlayStopButton;
 };
+
+}  // namespace tessera

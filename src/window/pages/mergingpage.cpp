@@ -14,6 +14,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 const int g_nDecimals = 2;
@@ -194,3 +196,5 @@ QGroupBox* MergingPage::makeMerging()
     pLayout->addWidget(m_pButtonMerge);
     return pMerging;
 }
+
+}  // namespace tessera

@@ -9,6 +9,8 @@ class QPushButton;
 class QRadioButton;
 class QTableWidget;
 
+namespace tessera {
+
 /// The lens distortion that the mapping takes out, the limits of what the raw 3D view shows, and the
 /// controls of peak merging.
 ///
@@ -45,3 +47,5 @@ private:
 
     QWidget* m_pMergingParameters;  ///< the rows between the target peaks and the button
 };
+
+}  // namespace tessera

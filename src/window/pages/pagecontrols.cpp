@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QTableWidget>
 
+namespace tessera {
+
 namespace {
 
 const int g_nRowHeight = 20;        // pixels
@@ -89,3 +91,5 @@ void setNarrowColumn(QTableWidget* pTable, int nColumn)
     pHeader->setSectionResizeMode(nColumn, QHeaderView::Fixed);
     pHeader->resizeSection(nColumn, g_nNarrowColumn);
 }
+
+}  // namespace tessera

@@ -10,6 +10,8 @@ class QTableView;
 class QTableWidget;
 class QWidget;
 
+namespace tessera {
+
 /// A right-aligned spin box of real numbers.
 QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
                                double dfStep, double dfStart, const QString& strSuffix = {});
@@ -33,3 +35,5 @@ void setRightItem(QTableWidget* pTable, int nRow, int nColumn, const QString& st
 
 /// Makes column `nColumn` as narrow as a patch of colour or a mark needs, 25 pixels.
 void setNarrowColumn(QTableWidget* pTable, int nColumn);
+
+}  // namespace tessera

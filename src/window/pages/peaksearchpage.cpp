@@ -14,6 +14,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
@@ -133,3 +135,5 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@ class QDoubleSpinBox;
 class QPushButton;
 class QTableWidget;
 
+namespace tessera {
+
 /// The controls of peak hunting; MainWindow connects them and fills the table. Radii in pixels.
 class PeakSearchPage : public QWidget {
     Q_OBJECT
@@ -28,3 +30,5 @@ public:
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
     QPushButton* m_pRunButton;
 };
+
+}  // namespace tessera

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 const int g_nSpinWidth = 95;  // pixels
@@ -84,3 +86,5 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
         pPageLayout->addWidget(pWidget);
     pPageLayout->addStretch(1);
 }
+
+}  // namespace tessera

@@ -7,6 +7,8 @@ class QCheckBox;
 class QDoubleSpinBox;
 class QPushButton;
 
+namespace tessera {
+
 /// The limits of the reflections that the refinement of the cell uses, and its buttons.
 ///
 /// The page holds controls alone; MainWindow connects them.
@@ -25,3 +27,5 @@ public:
     QPushButton* m_pButtonRunRefinement;
     QPushButton* m_pButtonRunRefinementFromList;
 };
+
+}  // namespace tessera

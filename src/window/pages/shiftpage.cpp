@@ -15,6 +15,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+namespace tessera {
+
 namespace {
 
 QTableWidget* makeShiftTable(QWidget* pParent)
@@ -98,3 +100,5 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
     explain(m_pExportButton, tr("Writes shifts and direct beam to a .sc file."));
     pPageLayout->addWidget(pShift, 1);
 }
+
+}  // namespace tessera

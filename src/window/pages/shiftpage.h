@@ -9,6 +9,8 @@ class QDoubleSpinBox;
 class QPushButton;
 class QTableWidget;
 
+namespace tessera {
+
 /// The controls of the shift evaluation; MainWindow connects them and fills the table.
 class ShiftPage : public QWidget {
     Q_OBJECT
@@ -25,3 +27,5 @@ public:
     QPushButton* m_pLoadButton;
     QPushButton* m_pExportButton;
 };
+
+}  // namespace tessera

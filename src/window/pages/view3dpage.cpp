@@ -21,6 +21,8 @@
 
 #include <initializer_list>
 
+namespace tessera {
+
 namespace {
 
 const int g_nPeaksHeight = 200;  // pixels
@@ -224,3 +226,5 @@ QGroupBox* View3DPage::makeRotation()
     pGrid->addWidget(m_pComboRotationStep, 1, 2, 1, 4);
     return pGroup;
 }
+
+}  // namespace tessera

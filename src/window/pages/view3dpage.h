@@ -12,6 +12,8 @@ class QPushButton;
 class QSpinBox;
 class QTableWidget;
 
+namespace tessera {
+
 /// Look, lattice, point groups and direction of the 3D view in the current tab.
 ///
 /// The page holds controls alone; MainWindow connects them, fills them from the view, and enables the
@@ -60,3 +62,5 @@ private:
     QGroupBox* makeViewAlong();
     QGroupBox* makeRotation();
 };
+
+}  // namespace tessera

@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QEvent>
 
+namespace tessera {
+
 WheelGuard::WheelGuard(QWidget* pPage) : QObject(pPage)
 {
     for (QWidget* pWidget : pPage->findChildren<QWidget*>()) {
@@ -22,3 +24,5 @@ bool WheelGuard::eventFilter(QObject* pObject, QEvent* pEvent)
     }
     return QObject::eventFilter(pObject, pEvent);
 }
+
+}  // namespace tessera

@@ -5,6 +5,8 @@
 
 class QWidget;
 
+namespace tessera {
+
 /// On a page that scrolls, the wheel that moves the page also passes over its spin boxes and lists, which
 /// would take it and change a parameter unseen. Under the guard they answer to the wheel only with the
 /// keyboard on them, and what they don't take scrolls the page.
@@ -18,3 +20,5 @@ public:
 protected:
     bool eventFilter(QObject* pObject, QEvent* pEvent) override;
 };
+
+}  // namespace tessera

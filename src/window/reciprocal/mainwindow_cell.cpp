@@ -23,6 +23,8 @@
 
 #include <array>
 
+namespace tessera {
+
 namespace {
 
 const float g_fManualStart = 0.1f;  // Å⁻¹, length of the vectors that a manual cell starts with
@@ -55,8 +57,8 @@ bool MainWindow::selectReflectionsForProcessing(QList<Peak3D>& listPeak)
         return false;
     }
     WindowReport report(*this);
-    return ::selectReflectionsForProcessing(m_dataSet.m_listPeakMerged, m_pView3DMerged->points(),
-                                            listGroup[nGroup], listPeak, report);
+    return tessera::selectReflectionsForProcessing(m_dataSet.m_listPeakMerged, m_pView3DMerged->points(),
+                                                   listGroup[nGroup], listPeak, report);
 }
 
 void MainWindow::runUnitCellHunting()
@@ -79,7 +81,8 @@ void MainWindow::runUnitCellHunting()
     const CellHuntingParameters cellHunting = m_cellHunting;
     const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
     guarded([&] {
-        bFound = ::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true, m_strLatticeHost);
+        bFound = tessera::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true,
+                                             m_strLatticeHost);
         if (bFound)
             adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
     });
@@ -102,7 +105,7 @@ void MainWindow::showLattice()
 
 void MainWindow::updateUnitCell()
 {
-    ::updateUnitCell(m_dataSet);
+    tessera::updateUnitCell(m_dataSet);
     {
         // The committed cell is in force again, so no other one is under test, whatever the button said.
         const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
@@ -254,3 +257,5 @@ void MainWindow::loadUnitCell()
     updateUnitCell();
     showLattice();
 }
+
+}  // namespace tessera

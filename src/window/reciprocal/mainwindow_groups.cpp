@@ -15,6 +15,8 @@
 #include <QSignalBlocker>
 #include <QTableWidget>
 
+namespace tessera {
+
 namespace {
 
 enum Column { ColumnLabel, ColumnCount, ColumnColor, ColumnShown };
@@ -212,7 +214,7 @@ void MainWindow::restorePointGroups()
 
 bool MainWindow::restoreRawGroups()
 {
-    const RestoredPointGroups all = ::restorePointGroups(m_dataSet);
+    const RestoredPointGroups all = tessera::restorePointGroups(m_dataSet);
     if (!all.bRestored)
         return false;
     const RestoredPointGroups shown = withinLimits(all, m_mapping);
@@ -235,7 +237,7 @@ void MainWindow::updatePeakGroupsFromView()
 {
     if (refuseDuringRun(tr("Updating the groups of the peak list")) || !m_pView3DRaw)
         return;
-    ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+    tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
 }
 
 void MainWindow::pointGroupTableCellClicked(int nRow, int nColumn)
@@ -312,3 +314,5 @@ void MainWindow::buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool b
                         shownText(pView->groupsVisible()[g]));
     }
 }
+
+}  // namespace tessera

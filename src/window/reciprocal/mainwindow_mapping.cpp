@@ -23,11 +23,13 @@
 
 #include <utility>
 
+namespace tessera {
+
 void MainWindow::transformPeaksTo3D()
 {
     syncParametersWithControls(true);
     WindowReport report(*this);
-    guarded([&] { ::transformPeaksTo3D(m_dataSet, m_mapping, report); });
+    guarded([&] { tessera::transformPeaksTo3D(m_dataSet, m_mapping, report); });
 }
 
 void MainWindow::showPeaksIn3D()
@@ -39,7 +41,7 @@ void MainWindow::showPeaksIn3D()
     syncParametersWithControls(true);
     guarded([this] {
         keepRawGroups();
-        const QList<Peak3D> listPeak = ::showPeaksIn3D(m_dataSet, m_mapping);
+        const QList<Peak3D> listPeak = tessera::showPeaksIn3D(m_dataSet, m_mapping);
         const KeptGroups kept = std::exchange(m_keptGroups, {});
         // The same peaks under other limits or another geometry keep the groups that the user has made.
         const int nGroups = kept.listLabel.size();
@@ -59,7 +61,7 @@ void MainWindow::keepRawGroups()
         return;
     m_keptGroups = {m_pView3DRaw->groupLabels(), m_pView3DRaw->groupColors(), m_pView3DRaw->groupsVisible()};
     if (m_keptGroups.listLabel.size() > 1)  // one group alone holds all, whatever their masks say
-        ::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+        tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
 }
 
 /// The peaks of the data set are others now: groups of the former ones go with them.
@@ -138,7 +140,7 @@ void MainWindow::peakReduction3D()
                           .arg(m_pView3DRaw->groupPoints().value(nGroup).size()));
     report.goOn();
     guarded([&] {
-        const PeakMergingResult result = ::peakReduction3D(m_dataSet, merging, &vecFlag, report);
+        const PeakMergingResult result = tessera::peakReduction3D(m_dataSet, merging, &vecFlag, report);
         if (!result.bFinished)
             return;
         m_pTabWidget->setCurrentIndex(2);
@@ -202,3 +204,5 @@ void MainWindow::showRotationAxisLine()
     m_pAxisLine->setVisible(bShow);
     m_pFrameScene->update();
 }
+
+}  // namespace tessera

@@ -20,6 +20,8 @@
 #include <iterator>
 #include <memory>
 
+namespace tessera {
+
 namespace {
 
 const int g_nRightAlignment = int(Qt::AlignRight) | int(Qt::AlignVCenter);
@@ -209,3 +211,5 @@ void MainWindow::copyAllReflectionsInPeakTable()
     m_pPeakTableView->selectAll();
     copySelectedReflectionsInPeakTable();
 }
+
+}  // namespace tessera

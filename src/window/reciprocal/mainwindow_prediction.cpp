@@ -10,6 +10,8 @@
 #include <QRadioButton>
 #include <QSpinBox>
 
+namespace tessera {
+
 /// Circles where the cell in force puts reflections on the frame in view, or on its indexed peaks; none when
 /// the box is not checked.
 void MainWindow::showEstimatedPeakPosition()
@@ -41,3 +43,5 @@ void MainWindow::updateExpectedPeakPositionFromOrientationMatrix()
     if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked())
         showEstimatedPeakPosition();
 }
+
+}  // namespace tessera

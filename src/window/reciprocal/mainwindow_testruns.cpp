@@ -11,6 +11,8 @@
 
 #include <QSpinBox>
 
+namespace tessera {
+
 // Whether peaks stand in the raw view for each frame; a red line where not.
 static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 {
@@ -28,21 +30,22 @@ void MainWindow::testRotationAxis()
         if (!holdsShownPeaks(m_dataSet, report))
             return;
         const BeamCentres centres = beamCentres(m_dataSet);
-        ::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres), centres,
-                           m_merging.m_dfMax2DDistance, report);
+        tessera::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres), centres,
+                                  m_merging.m_dfMax2DDistance, report);
     });
 }
 
 void MainWindow::testFindCubicCell()
 {
-    withIndexedReflections(
-        [this](CRunReport& report) { ::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report); });
+    withIndexedReflections([this](CRunReport& report) {
+        tessera::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report);
+    });
 }
 
 void MainWindow::refineCubicUnitCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        ::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
+        tessera::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
     });
 }
 
@@ -57,7 +60,7 @@ void MainWindow::testStreching()
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
         else
-            ::testStreching(listPeak, m_dataSet, report);
+            tessera::testStreching(listPeak, m_dataSet, report);
     });
 }
 
@@ -69,8 +72,8 @@ void MainWindow::test2DIndexing()
             return;
         const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
                                                                    beamCentres(m_dataSet));
-        ::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
-                         m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
+        tessera::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
+                                m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
     });
 }
 
@@ -78,7 +81,9 @@ void MainWindow::testIndexing()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
         QList<Peak3D> listPeak;
-        if (::testIndexing(m_dataSet.m_listCell, listPeak, report))
+        if (tessera::testIndexing(m_dataSet.m_listCell, listPeak, report))
             showReflectionList(listPeak);
     });
 }
+
+}  // namespace tessera

@@ -8,6 +8,8 @@
 #include <QDoubleSpinBox>
 #include <QInputDialog>
 
+namespace tessera {
+
 void MainWindow::export3DReciprocalVolmue()
 {
     if (refuseDuringRun(tr("Exporting reciprocal space")))
@@ -35,3 +37,5 @@ void MainWindow::export3DReciprocalVolmue()
         exportReciprocalVolume(m_dataSet, parameters, report);
     });
 }
+
+}  // namespace tessera

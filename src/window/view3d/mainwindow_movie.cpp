@@ -15,6 +15,8 @@
 #include <QFileInfo>
 #include <QImage>
 
+namespace tessera {
+
 namespace {
 
 const double g_dfMostPictures = 100000;  // a step too small to be meant
@@ -97,3 +99,5 @@ void MainWindow::grab3DMovieFrames()
         report.goOn();
     });
 }
+
+}  // namespace tessera

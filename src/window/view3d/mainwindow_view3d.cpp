@@ -20,6 +20,8 @@
 
 #include <list>
 
+namespace tessera {
+
 namespace {
 
 // Per cent of transparency; the thousandth keeps single precision from taking one off.
@@ -246,3 +248,5 @@ void MainWindow::rotate3DViewCounterClockwise()
 {
     turn3DView(&ED3DWidget::rotateAroundScreenZ, 1);
 }
+
+}  // namespace tessera
