@@ -12,14 +12,14 @@ namespace tessera {
 
 class CRecordingReport : public CRunReport {
 public:
-    void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override
+    void addMessage(const QString& strText, Severity severity = Severity::Info) override
     {
         m_listLine.append(strText);
-        m_listColor.append(color);
+        m_listSeverity.append(severity);
     }
-    void addHtml(const QString& strHtml, Qt::GlobalColor color = Qt::black) override
+    void addHtml(const QString& strHtml, Severity severity = Severity::Info) override
     {
-        addMessage(strHtml, color);
+        addMessage(strHtml, severity);
     }
     void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool = false) override
     {
@@ -42,9 +42,9 @@ public:
     {
         QStringList list;
         for (int n = 0; n < m_listLine.size(); ++n)
-            list.append((m_listColor[n] == Qt::red    ? "red "
-                         : m_listColor[n] == Qt::blue ? "blue "
-                                                      : "") +
+            list.append((m_listSeverity[n] >= Severity::Warning     ? "red "
+                         : m_listSeverity[n] == Severity::Milestone ? "blue "
+                                                                    : "") +
                         m_listLine[n]);
         return list;
     }
@@ -67,7 +67,7 @@ public:
     }
 
     QStringList m_listLine;
-    QList<Qt::GlobalColor> m_listColor;
+    QList<Severity> m_listSeverity;
     QStringList m_listProgress;  ///< "FORMAT MIN..MAX", the values, "end"
     int m_nAsked = 0;
     int m_nStopAfter = -1;  ///< questions that are still answered with yes; −1 all

@@ -9,10 +9,10 @@ namespace tessera {
 CBatchReport::CBatchReport(std::FILE* pOutput) : m_pOutput(pOutput), m_bTerminal(isatty(STDERR_FILENO) != 0)
 {}
 
-void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
+void CBatchReport::addMessage(const QString& strText, Severity severity)
 {
     clearProgressLine();
-    if (color == Qt::red) {
+    if (severity >= Severity::Warning) {
         m_listRedLine.append(strText);
     }
     m_strLog += strText + QLatin1Char('\n');
@@ -21,7 +21,7 @@ void CBatchReport::addMessage(const QString& strText, Qt::GlobalColor color)
     std::fflush(m_pOutput);
 }
 
-void CBatchReport::addHtml(const QString& strHtml, Qt::GlobalColor color)
+void CBatchReport::addHtml(const QString& strHtml, Severity severity)
 {
     // A terminal follows no links: the anchors go, with their text.
     static const QRegularExpression anchor(QStringLiteral("<a [^>]*>.*?</a>"));
@@ -29,7 +29,7 @@ void CBatchReport::addHtml(const QString& strHtml, Qt::GlobalColor color)
     QString strText = strHtml;
     strText.remove(anchor);
     strText.remove(tag);
-    addMessage(strText.trimmed(), color);
+    addMessage(strText.trimmed(), severity);
 }
 
 void CBatchReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool)

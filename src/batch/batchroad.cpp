@@ -302,7 +302,7 @@ bool CBatchRoad::open()
         if (readMaskFile(m_dataSet.m_maskPeakHunting, m_options.strMaskFile, &strReason) == 0) {
             m_report.addMessage(
                 QStringLiteral("Error occured when loading %1 as mask file.").arg(m_options.strMaskFile),
-                Qt::red);
+                Severity::Error);
             return fail(strReason);
         }
     }
@@ -329,10 +329,10 @@ bool CBatchRoad::openInput()
         bOpened = openImageFiles(m_dataSet, listFile, m_report, &listReason);
     }
     for (const QString& strReason : listReason) {
-        m_report.addMessage(strReason, bOpened ? Qt::black : Qt::red);
+        m_report.addMessage(strReason, bOpened ? Severity::Info : Severity::Error);
     }
     if (!bOpened && !m_report.reason().isEmpty()) {  // the log has it without the file
-        m_report.addMessage(m_report.reason(), Qt::red);
+        m_report.addMessage(m_report.reason(), Severity::Error);
     }
     m_listSideReason += m_report.redLines();
     return bOpened;
@@ -483,12 +483,13 @@ bool CBatchRoad::loadCell(const QString& strFileName)
     const QList<Vec3D> listCell = readUnitCellFile(strFileName, &strReason);
     if (listCell.size() != 3) {
         m_report.addMessage(
-            QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName), Qt::red);
+            QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName),
+            Severity::Error);
         return fail(strReason);
     }
     m_dataSet.m_listCellFound = listCell;
     updateUnitCell(m_dataSet);
-    m_report.addMessage(QStringLiteral("Unit cell loaded from %1.").arg(strFileName), Qt::black);
+    m_report.addMessage(QStringLiteral("Unit cell loaded from %1.").arg(strFileName), Severity::Info);
     return true;
 }
 
@@ -562,7 +563,7 @@ bool CBatchRoad::runShifts()
                                 .arg(nFrame + 1)
                                 .arg(m_dataSet.m_listShift[nFrame].x(), 0, 'f', 2)
                                 .arg(m_dataSet.m_listShift[nFrame].y(), 0, 'f', 2),
-                            Qt::red);
+                            Severity::Warning);
         arrayJump.append(nFrame + 1);
     }
     m_summary[QStringLiteral("shiftJumps")] = arrayJump;
@@ -737,7 +738,7 @@ bool CBatchRoad::runIndex()
                 .arg(result.listIndexed.size())
                 .arg(result.listSelection.size())
                 .arg(100 * dfShare, 0, 'f', 1),
-            Qt::red);
+            Severity::Error);
     }
     for (const QString& strFile : listFile) {
         if (files.reason().isEmpty() && !files.holds(strFile)) {
@@ -763,7 +764,7 @@ void CBatchRoad::reportRotationSense(const QList<Peak3D>& listIndexed)
                 "degrees² instead of %2. Add 180 to the rotation axis and see whether this line goes.")
                 .arg(sense.dfSquaresAfter, 0, 'f', 1)
                 .arg(sense.dfSquaresBefore, 0, 'f', 1),
-            Qt::red);
+            Severity::Warning);
     }
 }
 
@@ -789,7 +790,7 @@ void CBatchRoad::choosePairLimits()
                 QStringLiteral("Warning: the limits of %1 of the peak pairs are the wrong way "
                                "round; they are exchanged.")
                     .arg(QLatin1String(pszWhat)),
-                Qt::red);
+                Severity::Error);
             std::swap(dfLow, dfHigh);
         }
     };
@@ -840,7 +841,7 @@ bool CBatchRoad::runRefine()
         }
         m_report.addMessage(QStringLiteral("Cell from the %1: %2.")
                                 .arg(run.strName, cellText(found.dfCell, found.refinement.dfCellStdErr)),
-                            Qt::blue);
+                            Severity::Milestone);
         if (9 * found.nGroupsRejected > found.listDifference.size()) {
             m_report.addMessage(
                 QStringLiteral(
@@ -849,7 +850,7 @@ bool CBatchRoad::runRefine()
                     .arg(found.nGroupsRejected)
                     .arg(found.nGroupsRejected + found.listDifference.size())
                     .arg(run.strName),
-                Qt::red);
+                Severity::Error);
         }
         object[run.strKey] = pairsObject(found);
         m_summary[QStringLiteral("peakPairs")] = object;
@@ -862,7 +863,7 @@ void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
     double a = 0, b = 0, c = 0, dfAlpha = 0, dfBeta = 0, dfGamma = 0;
     if (listIndexed.size() < 7) {
         m_report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
-                            Qt::red);
+                            Severity::Error);
         return;
     }
     if (!cellParametersFromList(m_dataSet.m_listCell, a, b, c, dfAlpha, dfBeta, dfGamma)) {
@@ -904,7 +905,7 @@ void CBatchRoad::reportCentreOffset(const IndexingResult& result)
                             .arg(offset.dfErrorY, 0, 'f', 2));
     if (offset.length() > 1 && offset.length() > 3 * offset.lengthError()) {
         m_report.addMessage(QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."),
-                            Qt::red);
+                            Severity::Warning);
     }
     m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset.dfX, offset.dfY};
     m_summary[QStringLiteral("centreOffsetErrors")] = QJsonArray{offset.dfErrorX, offset.dfErrorY};

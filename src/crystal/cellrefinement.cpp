@@ -126,7 +126,7 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
                       gamma * g_dfRadiansPerDegree, aCoef);
     report.addMessage(QStringLiteral("Unit cell refinement: %1 points.").arg(listPeak.size()));
     if (listPeak.size() < 6) {
-        report.addMessage(QStringLiteral("Too few peaks for refinement."), Qt::red);
+        report.addMessage(QStringLiteral("Too few peaks for refinement."), Severity::Error);
         return false;
     }
 
@@ -173,7 +173,7 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
         report.addMessage(
             QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
                 .arg(listOpen.join(QStringLiteral(", "))),
-            Qt::red);
+            Severity::Error);
     if (pResult)
         *pResult = result;
 
@@ -186,7 +186,8 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
     if (!bDefinite || !allFinite(result.dfCell, 6) ||
         !allFinite(fit.m_vecResidual.data(), fit.m_vecResidual.size())) {
-        report.addMessage(QStringLiteral("The fit gives no unit cell; the cell stays as it was."), Qt::red);
+        report.addMessage(QStringLiteral("The fit gives no unit cell; the cell stays as it was."),
+                          Severity::Error);
         return false;
     }
     a = result.dfCell[0];

@@ -23,7 +23,7 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
     } else {
         // Written so that a determinant that is no number is refused too.
         if (!(std::fabs(matrix.determinant()) > 1e-7)) {
-            report.addMessage(QStringLiteral("TransformUnitCell: singlular matrix!"), Qt::red);
+            report.addMessage(QStringLiteral("TransformUnitCell: singlular matrix!"), Severity::Error);
             return false;
         }
         const CMatrix3 matNew = matColumns.multiplied(matrix.inverted());
@@ -31,14 +31,15 @@ bool transformUnitCell(const QList<Vec3D>& listCellFound, const CMatrix3& matrix
     }
     for (const Vec3D& v : qAsConst(listNew))
         if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z)) {
-            report.addMessage(QStringLiteral("TransformUnitCell: the new vectors are not finite."), Qt::red);
+            report.addMessage(QStringLiteral("TransformUnitCell: the new vectors are not finite."),
+                              Severity::Error);
             return false;
         }
     listCell = listNew;
 
     const QString strHtml = unitCellHtml(QStringLiteral("Transformed unit cell"), listCell, strLatticeHost);
     if (strHtml.isEmpty())
-        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
     else
         report.addHtml(strHtml);
     return true;

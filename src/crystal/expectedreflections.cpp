@@ -77,7 +77,7 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
                               .arg(double(fDStar))
                               .arg(dfPoints)
                               .arg(g_dfMaxLatticePoints),
-                          Qt::red);
+                          Severity::Error);
         return listAll;
     }
     const int nHMax = int(aMax[0]), nKMax = int(aMax[1]), nLMax = int(aMax[2]);

@@ -9,12 +9,12 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
                CRunReport& report)
 {
     if (listCell.size() != 3) {
-        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Qt::red);
+        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Severity::Error);
         return false;
     }
     Vec3D vecA, vecB, vecC;
     if (!reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], vecA, vecB, vecC)) {
-        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
         return false;
     }
     QList<Peak3D> listNew;
@@ -41,7 +41,7 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
     if (pbShown)
         *pbShown = false;
     if (listCell.size() != 3) {
-        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Qt::red);
+        report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Severity::Error);
         return false;
     }
     if (strFileName.isEmpty())
@@ -49,7 +49,7 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
     bool bOpened = false;
     const QList<HKL5> listHKL = readHKLFile(strFileName, &bOpened);
     if (!bOpened) {
-        report.addMessage(QStringLiteral("Failed to open %1 for reading.").arg(strFileName), Qt::red);
+        report.addMessage(QStringLiteral("Failed to open %1 for reading.").arg(strFileName), Severity::Error);
         return false;
     }
     report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));

@@ -37,7 +37,7 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
                                    : QStringLiteral("%1>Failed to save file: %2");
     report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
     if (!strReason.isEmpty())
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(strReason, Severity::Error);
     return true;
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 void sayUnwritten(const QString& strFileName, const QString& strReason, CRunReport& report)
 {
-    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);
-    report.addMessage(strReason, Qt::red);
+    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Severity::Error);
+    report.addMessage(strReason, Severity::Error);
 }
 
 }  // namespace

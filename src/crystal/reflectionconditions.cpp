@@ -107,7 +107,7 @@ void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensit
             }
             const int nEven = nTotal - nOdd;
             report.addMessage(QString::asprintf("%8s %5d %5d %5d", test.pszLabel, nEven, nOdd, nTotal),
-                              nEven / (nOdd + 0.1) > 2.0 ? Qt::red : Qt::black);
+                              nEven / (nOdd + 0.1) > 2.0 ? Severity::Error : Severity::Info);
         }
     }
 }

@@ -10,7 +10,7 @@ QList<Peak3D> filterReflections(const QList<Peak3D>& listPeak, double dfdRA, dou
     const int nTilts = geometry.listOverallTilt.size();
     if (nTilts < 2) {
         report.addMessage(QStringLiteral("Count of overall tilt is %1 in filterReflections.").arg(nTilts),
-                          Qt::red);
+                          Severity::Error);
         return {};
     }
     const double dfStep = geometry.listOverallTilt[1] - geometry.listOverallTilt[0];

@@ -24,7 +24,7 @@ bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunRep
                 .arg(alpha)
                 .arg(beta)
                 .arg(gamma),
-            Qt::red);
+            Severity::Error);
         return false;
     }
     if (!builder.build(1.0)) {
@@ -35,7 +35,7 @@ bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunRep
                       .arg(dfExpected, 0, 'f', 0)
                       .arg(CReflectionBuilder::s_dfMaxReflections, 0, 'f', 0)
                 : QStringLiteral("The unit cell is too oblique to build its reflections."),
-            Qt::red);
+            Severity::Error);
         return false;
     }
     report.addMessage(QStringLiteral("%L1 reflection built.").arg(builder.reflections().size()));

@@ -44,7 +44,7 @@ void tellStretchingThatStays(const DataSet& data, const MappingParameters& param
                                          "%L1 % at %L2°.")
                               .arg(data.m_dfStretchAmplitude)
                               .arg(data.m_dfStretchAzimuth),
-                          Qt::red);
+                          Severity::Error);
 }
 
 // The base name of the project with the extension if that file exists, else the fixed name, which need not.
@@ -83,7 +83,7 @@ static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistRe
                                          "while the current ed3d file contains %L2 frames.")
                               .arg(data.m_listPeakFrame.size())
                               .arg(data.m_listFrameFile.size()),
-                          Qt::red);
+                          Severity::Error);
         data.m_listPeakFrame.clear();
         data.m_peakMapping.reset();
         return;

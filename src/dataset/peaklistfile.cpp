@@ -118,7 +118,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         PeakLine line;
         if (!scanPeakLine(pLine, p, line)) {
             report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName),
-                              Qt::red);
+                              Severity::Error);
             giveReason(pstrReason, strFileName,
                        QStringLiteral("non-empty line %1 holds no peak: \"%2\"")
                            .arg(nLine)
@@ -149,7 +149,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         if (line.nFrame >= nFrames) {
             report.addMessage(QStringLiteral("This peak list file does not match the current ed3d file in "
                                              "frame numbers."),
-                              Qt::red);
+                              Severity::Error);
             giveReason(pstrReason, strFileName,
                        QStringLiteral("peaks on frame %1, counted from 0, of a data set of %2 frames")
                            .arg(line.nFrame)

@@ -57,7 +57,7 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                                          "frames, while there are %2 frames in the current dataset.")
                               .arg(shift.listShift.size())
                               .arg(data.m_listFrameFile.size()),
-                          Qt::red);
+                          Severity::Error);
         giveReason(pstrReason, strFileName,
                    QStringLiteral("%1 frames instead of %2")
                        .arg(shift.listShift.size())
@@ -71,7 +71,7 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                            "a page can hold; there it becomes the nearest place within.")
                 .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
                      QString::number(g_dfMaxCenter)),
-            Qt::red);
+            Severity::Error);
     data.m_dfCenterX = shift.dfCenterX;
     data.m_dfCenterY = shift.dfCenterY;
     data.m_listShift = shift.listShift;

@@ -305,7 +305,7 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
                           .arg(dfX, 0, 'f', 0)
                           .arg(dfY, 0, 'f', 0)
                           .arg(dfWander, 0, 'f', 0),
-                      Qt::black);
+                      Severity::Info);
 
     const int nSide = regionSide(std::min(nWidth, nHeight), dfWander);
     const auto start = [nSide](double dfCentre, int nLength) {

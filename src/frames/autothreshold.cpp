@@ -139,11 +139,11 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
             QStringLiteral("The values of the frames are small: for peaks, their threshold and their "
                            "intensities they are taken times %L1.")
                 .arg(dfScale),
-            Qt::black);
+            Severity::Info);
     report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
                           .arg(dfThreshold)
                           .arg(vecThreshold.size()),
-                      Qt::black);
+                      Severity::Info);
     return true;
 }
 

@@ -11,9 +11,9 @@ namespace tessera {
 /// Keeps what is said while a frame is worked on ahead of its turn.
 class CDeferredReport : public CRunReport {
 public:
-    void addMessage(const QString& strText, Qt::GlobalColor color) override
+    void addMessage(const QString& strText, Severity severity) override
     {
-        m_vecLine.emplace_back(strText, color);
+        m_vecLine.emplace_back(strText, severity);
     }
     /// Says all lines, in order, and hands the reason on.
     void sayTo(CRunReport& report) const
@@ -24,7 +24,7 @@ public:
     }
 
 private:
-    std::vector<std::pair<QString, Qt::GlobalColor>> m_vecLine;
+    std::vector<std::pair<QString, Severity>> m_vecLine;
 };
 
 }  // namespace tessera

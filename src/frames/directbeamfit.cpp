@@ -47,7 +47,7 @@ bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
         double dfY = beam.ptExpected.y();
         beam.vecFit = FitPeak2D(*pImage, dfX, dfY, g_nFitHalfSize, g_dfSaturation);
         beam.ptFitted = QPointF(dfX, dfY);
-        report.addMessage(beamLine(beam), Qt::black);
+        report.addMessage(beamLine(beam), Severity::Info);
         if (fnFrameDone)
             fnFrameDone(beam);
         return true;

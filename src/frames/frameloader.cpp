@@ -50,7 +50,7 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
         report.fail(QStringLiteral("%1: failed to load").arg(strFileName));
     if (!strReason.isEmpty())
         report.addMessage(QStringLiteral("%1: %2").arg(strFileName, strReason),
-                          vecRead.empty() ? Qt::red : Qt::black);
+                          vecRead.empty() ? Severity::Error : Severity::Info);
     if (nResult != 1)
         return 0;
     if (!vecRead.empty())

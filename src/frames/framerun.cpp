@@ -26,7 +26,8 @@ bool CFrameRun::begin()
     m_report.startProgress(QStringLiteral("%v/%m"), 0, frameCount());
     if (!m_report.goOn())
         m_dataSet.m_bRunning = false;
-    m_report.addMessage(QStringLiteral("%1>%2 started.").arg(currentTimeStamp(), m_strName), Qt::blue);
+    m_report.addMessage(QStringLiteral("%1>%2 started.").arg(currentTimeStamp(), m_strName),
+                        Severity::Milestone);
     return true;
 }
 
@@ -69,7 +70,7 @@ void CFrameRun::sayEnd(bool bFinished)
     m_report.addMessage(
         (bFinished ? QStringLiteral("%1>%2 finished.") : QStringLiteral("%1>%2 did not finish."))
             .arg(currentTimeStamp(), m_strName),
-        bFinished ? Qt::blue : Qt::red);
+        bFinished ? Severity::Milestone : Severity::Error);
 }
 
 void CFrameRun::release()

@@ -17,7 +17,7 @@ namespace {
 // Keeps what the loader has to say.
 class CReasonReport : public CRunReport {
 public:
-    void addMessage(const QString& strText, Qt::GlobalColor = Qt::black) override { m_strReason = strText; }
+    void addMessage(const QString& strText, Severity = Severity::Info) override { m_strReason = strText; }
     QString m_strReason;
 };
 

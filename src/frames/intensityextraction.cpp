@@ -55,7 +55,7 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
         *pFinished = false;
     CFrameRun run(dataSet, report, QStringLiteral("Intensity extraction"));
     if (peaksSorted.size() != run.frameCount()) {
-        report.addMessage(QStringLiteral("Frame counts do not match."), Qt::red);
+        report.addMessage(QStringLiteral("Frame counts do not match."), Severity::Error);
         return false;
     }
     if (!run.begin())
@@ -71,16 +71,16 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
         if (!smoothFrame(*pImage, hunting, filters, work, nBad)) {
             report.addMessage(QStringLiteral("%1: the frame cannot be transformed. Stop.")
                                   .arg(dataSet.m_listFrameFile.value(nFrame)),
-                              Qt::red);
+                              Severity::Error);
             return false;
         }
         if (nBad > 0)
-            report.addMessage(badPixelLine(nFrame, nBad), Qt::black);
+            report.addMessage(badPixelLine(nFrame, nBad), Severity::Info);
         if (peaksSorted.size() != run.frameCount())
             return false;  // taken away while events were handled
         QList<Peak3D> listPeak = peaksSorted[nFrame];
         if (!measurePeaks(work.imgSmooth, parameters, listPeak)) {
-            report.addMessage(QStringLiteral("Some peaks are outside the frame."), Qt::red);
+            report.addMessage(QStringLiteral("Some peaks are outside the frame."), Severity::Error);
             return false;
         }
         for (Peak3D& peak : listPeak) {

@@ -69,7 +69,7 @@ public:
                 return frame;
             }
             if (frame.peaks.nBadPixels > 0)
-                frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Qt::black);
+                frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Severity::Info);
             frame.bHunted = true;
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
@@ -136,7 +136,8 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
             return false;
         const QList<Peak3D> listPeak = peakRecords(frame.peaks, i, nNextID);
         report.addMessage(
-            QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4), Qt::black);
+            QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),
+            Severity::Info);
         listFound.append(listPeak);
         if (frame.peaks.bTooMany && ++nNoisy == 1)
             nFirstNoisy = i + 1;
@@ -154,7 +155,7 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
                 .arg(nNoisy)
                 .arg(nFrames)
                 .arg(nFirstNoisy),
-            Qt::red);
+            Severity::Error);
     return true;
 }
 
@@ -169,7 +170,7 @@ bool keepFormerList(const QString& strPath, CRunReport& report, QString& strReas
         case FormerFiles::Kept:
             report.addMessage(
                 QStringLiteral("No peaks were found. The former peak list is kept as %1.").arg(strKept),
-                Qt::red);
+                Severity::Error);
             return true;
         case FormerFiles::RicherAreKept:
             strReason = QStringLiteral(
@@ -187,13 +188,13 @@ void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
     const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".pk"))).absoluteFilePath();
     QString strReason;
     if (!bAnyPeak && !keepFormerList(strPath, report, strReason))
-        report.addMessage(QStringLiteral("Updating peak list file failed."), Qt::red);
+        report.addMessage(QStringLiteral("Updating peak list file failed."), Severity::Error);
     else if (writePeakList(dataSet, strPath, &strReason))
-        report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Qt::black);
+        report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Severity::Info);
     else
-        report.addMessage(QStringLiteral("Updating peak list file failed."), Qt::red);
+        report.addMessage(QStringLiteral("Updating peak list file failed."), Severity::Error);
     if (!strReason.isEmpty())
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(strReason, Severity::Error);
 }
 
 }  // namespace
@@ -218,13 +219,15 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
 
     QElapsedTimer timer;
     timer.start();
-    report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()), Qt::blue);
+    report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()),
+                      Severity::Milestone);
     report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
     QList<QList<Peak3D>> listFound;
     const bool bFinished = huntSeries(dataSet, parameters, filters, report, options, listFound);
     report.endProgress();
     if (!bFinished) {
-        report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()), Qt::red);
+        report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()),
+                          Severity::Error);
         return false;
     }
     dataSet.m_listPeakFrame = listFound;
@@ -236,7 +239,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
     if (options.fnAfterStored)
         options.fnAfterStored();
     report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),
-                      Qt::blue);
+                      Severity::Milestone);
     return true;
 }
 

@@ -125,7 +125,7 @@ public:
                     .arg(nLost)
                     .arg(listLost.join(QStringLiteral(", ")),
                          nLost > g_nNamedFits ? QStringLiteral(", ...") : QString()),
-                Qt::red);
+                Severity::Error);
         return bAll;
     }
 
@@ -252,7 +252,7 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
             peaksRefined.append(listRefined);
         });
     if (!strTable.isEmpty())
-        report.addMessage(strTable, Qt::black);
+        report.addMessage(strTable, Severity::Info);
     refinement.run().sayEnd(bAll);
     if (pFinished)
         *pFinished = bAll;
@@ -286,7 +286,7 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
     refinement.run().sayEnd(bAll);
     refinement.run().release();
     if (!strTable.isEmpty())
-        report.addMessage(strTable, Qt::black);
+        report.addMessage(strTable, Severity::Info);
     return vecResult;
 }
 

@@ -28,10 +28,10 @@ public:
 private:
     bool frame(int nFrame);
     void sayTrouble();
-    void say(const QString& strTemplate, Qt::GlobalColor color)
+    void say(const QString& strTemplate, Severity severity)
     {
         if (!strTemplate.isEmpty())
-            m_report.addMessage(strTemplate.arg(currentTimeStamp()), color);
+            m_report.addMessage(strTemplate.arg(currentTimeStamp()), severity);
     }
 
     const SeriesExport& m_what;
@@ -62,7 +62,7 @@ bool CExport::frame(int nFrame)
         if (m_what.bStopAtFailedWrite) {
             m_report.noteReason(strReason);
             m_report.fail(QStringLiteral("Failed to save to file: %1").arg(strTarget));
-            m_report.addMessage(strReason, Qt::red);
+            m_report.addMessage(strReason, Severity::Error);
             return false;
         }
         m_listFailed.append(strTarget);
@@ -85,7 +85,7 @@ void CExport::sayTrouble()
         if (writers.nCount > 1)
             m_report.addMessage(QStringLiteral("%1 frames have the name %2; the file holds the last, %3.")
                                     .arg(QString::number(writers.nCount), strTarget, writers.strLast),
-                                Qt::red);
+                                Severity::Error);
     }
     if (!m_listFailed.isEmpty())
         m_report.fail(QStringLiteral("%1 of %2 files could not be written: %3. %4")
@@ -100,7 +100,7 @@ bool CExport::run()
         m_listTarget.append(m_what.fnTarget(strFrame));
     if (overwritesFrames(m_listTarget, m_what.listFrameFile, m_report))
         return false;
-    say(m_what.strStartLine, Qt::blue);
+    say(m_what.strStartLine, Severity::Milestone);
     m_report.startProgress(QStringLiteral("%v/%m"), m_what.nProgressMinimum, nFrames, true);
     bool bStopped = false;
     int nDone = 0;
@@ -119,14 +119,14 @@ bool CExport::run()
     if (!m_what.strFolder.isEmpty())
         m_report.addMessage(
             QStringLiteral("%L1 files written to %2.").arg(m_listWritten.size()).arg(m_what.strFolder),
-            Qt::black);
+            Severity::Info);
     if (bStopped)
         m_report.addMessage(
             QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
                 .arg(currentTimeStamp(), m_what.strName, QString::number(nDone), QString::number(nFrames)),
-            Qt::red);
+            Severity::Error);
     else
-        say(m_what.strEndLine, Qt::blue);
+        say(m_what.strEndLine, Severity::Milestone);
     return nDone == nFrames && m_listWritten.size() == nFrames;
 }
 

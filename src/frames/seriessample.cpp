@@ -38,7 +38,7 @@ void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& 
     if (vecUnread.size() > g_nFramesTold)
         report.addMessage(QStringLiteral("%L1 more of the frames looked at cannot be read.")
                               .arg(vecUnread.size() - g_nFramesTold),
-                          Qt::red);
+                          Severity::Error);
 }
 
 }  // namespace tessera

@@ -82,7 +82,7 @@ private:
     {
         const qint64 nBad = replaceBadPixels(imgRegion);
         if (nBad > 0)
-            frame.report.addMessage(badPixelLine(nFrame, nBad), Qt::black);
+            frame.report.addMessage(badPixelLine(nFrame, nBad), Severity::Info);
         const int nSide = m_square.nSide;
         if (!m_imgMask.Data()) {
             m_imgMask.Create(nSide, nSide);
@@ -209,7 +209,7 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
                 QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
                                "taken as 0.")
                     .arg(i + 1),
-                Qt::red);
+                Severity::Error);
         measured.listShift.append(ptShift);
         if (fnFrameDone) {
             releaseFrameImages(dataSet.m_vecFrameImage);
@@ -233,7 +233,7 @@ QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
     findBeamInSummedMap(sum.sum(), nX, nY);
     report.addMessage(
         QStringLiteral("Direct beam position from summed map: (%L1, %L2)").arg(dfX + nX).arg(dfY + nY),
-        Qt::black);
+        Severity::Info);
     double dfFitX = nX;
     double dfFitY = nY;
     const std::vector<double> vecFit = FitPeak2D(*sum.imageOf(sum.sum()), dfFitX, dfFitY, g_nFitHalfSize,
@@ -246,12 +246,12 @@ QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
             .arg(vecFit[6], 6, 'f', 3)
             .arg(vecFit[8], 6, 'f', 3)
             .arg(vecFit[10]),
-        Qt::black);
+        Severity::Info);
     const auto isInside = [&](double df) { return df >= 0 && df <= square.nSide; };
     if (!isInside(dfFitX) || !isInside(dfFitY)) {
         report.addMessage(
             QStringLiteral("The fit left the reference region; the position from the summed map is used."),
-            Qt::red);
+            Severity::Error);
         return QPointF(dfX + nX, dfY + nY);
     }
     return QPointF(dfX + dfFitX, dfY + dfFitY);
@@ -263,12 +263,12 @@ void saveShifts(const DataSet& dataSet, CRunReport& report)
     QString strReason;
     if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
                        &strReason)) {
-        report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Qt::black);
+        report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Severity::Info);
     } else {
-        report.addMessage(QStringLiteral("Updating shift data file failed."), Qt::red);
+        report.addMessage(QStringLiteral("Updating shift data file failed."), Severity::Error);
     }
     if (!strReason.isEmpty())
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(strReason, Severity::Error);
 }
 
 }  // namespace
@@ -281,7 +281,7 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
                           .arg(rcRegion.y())
                           .arg(rcRegion.width())
                           .arg(rcRegion.height()),
-                      Qt::black);
+                      Severity::Info);
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames == 0)
         return false;
@@ -295,12 +295,13 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     if (square.nSide % 2 != 0) {
         --square.nSide;
         report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide),
-                          Qt::black);
+                          Severity::Info);
     }
 
     QElapsedTimer timer;
     timer.start();
-    report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()), Qt::blue);
+    report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()),
+                      Severity::Milestone);
     report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
     CRegionSum sum(square.nSide);
     const MeasuredSeries measured = measureSeries(dataSet, square, options.nJobs, sum, report, fnFrameDone);
@@ -313,7 +314,7 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
                               .arg(currentTimeStamp())
                               .arg(listShift.size())
                               .arg(nFrames),
-                          Qt::red);
+                          Severity::Error);
     if (measured.bStopped || (!bReachedEnd && !options.bKeepPartial))
         return false;
     dataSet.m_listShift = listShift;
@@ -327,7 +328,7 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
         saveShifts(dataSet, report);
     report.addMessage(
         timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
-        Qt::blue);
+        Severity::Milestone);
     return bReachedEnd;
 }
 

@@ -16,7 +16,7 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
     CImgObj<COMPLEX> imgProduct;
     CImgObj<float> imgSmooth;
     if (frameSpectrum(imgFrame, fft, spectrum) < 0) {
-        report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
+        report.addMessage(QStringLiteral("No image is loaded."), Severity::Error);
         return false;
     }
     updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
@@ -26,8 +26,8 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
                               QStringLiteral(".mrc");
     QString strReason;
     if (!WriteMRC<float>({&imgSmooth}, strTarget, &strReason)) {
-        report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Qt::red);
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Severity::Error);
+        report.addMessage(strReason, Severity::Error);
         return false;
     }
     return true;

@@ -27,7 +27,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
         report.addMessage(
             QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
                            "was exported."),
-            Qt::red);
+            Severity::Error);
         return false;
     }
     QString strHeader = smvHeaderTemplate();

@@ -62,7 +62,7 @@ public:
     bool run(const std::function<void(int nGroup)>& fnGroupDone)
     {
         if (groups() == 0) {
-            say(QStringLiteral("There is no beam tilt series to sum."), Qt::red);
+            say(QStringLiteral("There is no beam tilt series to sum."), Severity::Error);
             return false;
         }
         for (int n = 0; n < groups(); ++n)
@@ -76,7 +76,7 @@ public:
             say(QStringLiteral(
                     "The number of frames does not match that of the shift correction data. The frames "
                     "are summed as they are."),
-                Qt::red);
+                Severity::Error);
             m_listShift.clear();
         }
         if (!makeImages())
@@ -103,9 +103,9 @@ private:
     {
         return QStringLiteral("%1/%2.mrc").arg(m_strFolder, numberText(nGroup));
     }
-    void say(const QString& strText, Qt::GlobalColor color = Qt::black)
+    void say(const QString& strText, Severity severity = Severity::Info)
     {
-        m_report.addMessage(strText, color);
+        m_report.addMessage(strText, severity);
     }
 
     // A frame by itself; null, with red lines, when there is none. strStop ends the lines.
@@ -114,9 +114,9 @@ private:
         ImageList vecImage;
         const QString strFile = m_listFile.value(nFrame);
         if (!loadFirstImage(vecImage, strFile, m_dataSet.m_listHotPixel, m_report))
-            say(QStringLiteral("Failed to load %1.").arg(strFile) + strStop, Qt::red);
+            say(QStringLiteral("Failed to load %1.").arg(strFile) + strStop, Severity::Error);
         else if (vecImage.empty())
-            say(QStringLiteral("No image found in %1.").arg(strFile) + strStop, Qt::red);
+            say(QStringLiteral("No image found in %1.").arg(strFile) + strStop, Severity::Error);
         else
             return std::move(vecImage.front());
         return nullptr;
@@ -152,7 +152,7 @@ private:
                         .arg(pImage->Height())
                         .arg(m_imgSum.Width())
                         .arg(m_imgSum.Height()),
-                    Qt::red);
+                    Severity::Error);
                 return false;
             }
             const QPointF ptShift = m_listShift.value(nFrame);
@@ -198,8 +198,8 @@ private:
         QString strReason;
         if (writer.commit(&strReason))
             return true;
-        say(QStringLiteral("Failed to save image:%1").arg(strFile), Qt::red);
-        say(strReason, Qt::red);
+        say(QStringLiteral("Failed to save image:%1").arg(strFile), Severity::Error);
+        say(strReason, Severity::Error);
         return false;
     }
 
@@ -243,7 +243,7 @@ bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& 
         bAll = CSummedExport(dataSet, strFolder, report).run(fnGroupDone);
     } catch (const std::exception& e) {
         report.endProgress();
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Qt::red);
+        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Severity::Error);
     }
     releaseFrameImages(dataSet.m_vecFrameImage);
     return bAll;

@@ -17,7 +17,7 @@ bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRu
     try {
         result = sequence.take(nFrame);
     } catch (const CShortMemory& error) {
-        report.addMessage(error.text(), Qt::red);
+        report.addMessage(error.text(), Severity::Error);
         return false;
     }
     if (sequence.jobs() < nJobs)
@@ -25,7 +25,7 @@ bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRu
             QStringLiteral("Memory is short: the run goes on with fewer frames side by side (as with "
                            "the driver's option --jobs %1).")
                 .arg(sequence.jobs()),
-            Qt::black);
+            Severity::Info);
     return true;
 }
 

@@ -31,7 +31,7 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
     if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
         report.noteReason(strReason);
         report.fail(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName));
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(strReason, Severity::Error);
     }
 }
 

@@ -270,7 +270,7 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
     CRun run(vecSelected, dataSet, parameters, report);
     const auto sayStopped = [&report] {
         report.addMessage(QStringLiteral("%1>Unit cell refinement did not finish.").arg(currentTimeStamp()),
-                          Qt::red);
+                          Severity::Error);
     };
     if (bStopped || !run.measure() || !report.goOn()) {
         sayStopped();

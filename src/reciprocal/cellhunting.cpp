@@ -31,13 +31,13 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     if (listSelection.isEmpty()) {
         report.addMessage(
             QStringLiteral("%1> No reflections were selected for unit cell hunting.").arg(currentTimeStamp()),
-            Qt::black);
+            Severity::Info);
         return false;
     }
     if (!report.goOn())
         return false;
     report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()),
-                      Qt::blue);
+                      Severity::Milestone);
     // The smallest cell edge gives the greatest length.
     const QList<Peak3D> listDifference = calDifferenceVectors(listSelection,
                                                               float(1 / parameters.m_dfCellRangeMin),
@@ -46,8 +46,9 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         return false;
     report.addMessage(
         QStringLiteral("%1>Total difference vectors: %L2").arg(currentTimeStamp()).arg(listDifference.size()),
-        Qt::blue);
-    report.addMessage(QStringLiteral("%1>Averaging difference vectors...").arg(currentTimeStamp()), Qt::blue);
+        Severity::Milestone);
+    report.addMessage(QStringLiteral("%1>Averaging difference vectors...").arg(currentTimeStamp()),
+                      Severity::Milestone);
     if (!report.goOn())
         return false;
     QList<Vec3D> listBasis = findBasisVectors(
@@ -64,12 +65,12 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                              "\"Max.\", %L2 Å.")
                                   .arg(parameters.m_dfCellRangeMin)
                                   .arg(parameters.m_dfCellRangeMax),
-                              Qt::red);
+                              Severity::Error);
         return false;
     }
     const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), listBasis, strLatticeHost);
     if (!strCell.isEmpty())
-        report.addHtml(strCell, Qt::black);
+        report.addHtml(strCell, Severity::Info);
     dataSet.m_listCellFound = listBasis;
     updateUnitCell(dataSet);
     if (bSave)

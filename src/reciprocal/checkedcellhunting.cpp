@@ -90,7 +90,7 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                          "edges up to %3 Å.")
                               .arg(currentTimeStamp(), percent(dfShare))
                               .arg(range.m_dfCellRangeMax, 0, 'f', 2),
-                          Qt::blue);
+                          Severity::Milestone);
     }
     if (listBest.isEmpty())
         return false;

@@ -89,7 +89,7 @@ QList<Vec3D> cubicBasisFromAngles(double dfTheta, double dfPhi, double dfPsi, do
 QList<Vec3D> testFindCubicCell(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                double dfEdge)
 {
-    report.addMessage(QStringLiteral("\nRunning unit cell refinement for garnet..."), Qt::blue);
+    report.addMessage(QStringLiteral("\nRunning unit cell refinement for garnet..."), Severity::Milestone);
     CubicStart start = findCubicStart(dataSet, 1000, dfEdge, report);
     if (start.vecAngle.empty())
         return {};
@@ -115,7 +115,7 @@ QList<Vec3D> testFindCubicCell(const QList<Peak3D>& listPeak, const DataSet& dat
 QList<Vec3D> refineCubicUnitCell(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
                                  const TiltRefinementOptions& options, double dfEdge)
 {
-    report.addMessage(QStringLiteral("\nRunning cubic unit refinement..."), Qt::blue);
+    report.addMessage(QStringLiteral("\nRunning cubic unit refinement..."), Severity::Milestone);
     CubicStart start = findCubicStart(dataSet, 10000, dfEdge, report);
     if (start.vecAngle.empty())
         return {};

@@ -81,7 +81,7 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
 {
     QList<ExpectedFrame> listRow;
     if (listUnitCellBefore.size() != 3 || listUnitCellAfter.size() != 3) {
-        report.addMessage(QStringLiteral("Unit cell error."), Qt::red);
+        report.addMessage(QStringLiteral("Unit cell error."), Severity::Error);
         return listRow;
     }
     double dfSquaresBefore = 0, dfSquaresAfter = 0;

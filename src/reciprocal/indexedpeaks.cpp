@@ -36,7 +36,7 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
         report.addMessage(
             QStringLiteral("These reflections have no peaks on the frames; the indexed peaks stay as "
                            "they were. Merge the peaks again first."),
-            Qt::red);
+            Severity::Error);
         return;
     }
     const int nCount = listPeakIndexed.size();
@@ -74,11 +74,11 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
     report.goOn();
     dataSet.m_vecPeakIndexedOnFrame = sortPeakFrame(listFlat, nFrames);
     if (nMinID < 0) {
-        report.addMessage(QStringLiteral("Abnormal min ID: %1").arg(nMinID), Qt::red);
+        report.addMessage(QStringLiteral("Abnormal min ID: %1").arg(nMinID), Severity::Error);
         return;
     }
     if (nMaxID > g_nMaxID) {
-        report.addMessage(QStringLiteral("Abnormal max ID: %1").arg(nMaxID), Qt::red);
+        report.addMessage(QStringLiteral("Abnormal max ID: %1").arg(nMaxID), Severity::Error);
         return;
     }
     dataSet.m_vecReflectionFrame.assign(size_t(nMaxID) + 1, -1);

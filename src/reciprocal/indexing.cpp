@@ -65,20 +65,20 @@ bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
         case FormerFiles::Kept:
             report.addMessage(QStringLiteral("No reflection was indexed. The former files are kept as %1.")
                                   .arg(listKept.join(QStringLiteral(", "))),
-                              Qt::red);
+                              Severity::Error);
             return true;
         case FormerFiles::RicherAreKept:
             report.addMessage(
                 QStringLiteral("No reflection was indexed. The former files stay, as %1 keeps more "
                                "reflections.")
                     .arg(nameOfKept(listFile.first())),
-                Qt::red);
+                Severity::Error);
             return false;
         case FormerFiles::Failed:
             report.addMessage(
                 QStringLiteral("No reflection was indexed. The former files stay, as they cannot be kept."),
-                Qt::red);
-            report.addMessage(strReason, Qt::red);
+                Severity::Error);
+            report.addMessage(strReason, Severity::Error);
             return false;
     }
     return false;
@@ -120,7 +120,8 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         return result;
     }
     if (listSelection.isEmpty()) {
-        report.addMessage(QStringLiteral("%1> No reflections to index.").arg(currentTimeStamp()), Qt::black);
+        report.addMessage(QStringLiteral("%1> No reflections to index.").arg(currentTimeStamp()),
+                          Severity::Info);
         result.status = IndexingStatus::NothingSelected;
         return result;
     }
@@ -151,7 +152,8 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         outputIndexingResultsToWindow(result.listIndexed, report);
     if (parameters.m_bOutputIndexing && dataSet.m_strProjectDir.isEmpty()) {
         // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
-        report.addMessage(QStringLiteral("No data set is open, so no result files are written."), Qt::red);
+        report.addMessage(QStringLiteral("No data set is open, so no result files are written."),
+                          Severity::Error);
     } else if (parameters.m_bOutputIndexing) {
         writeResultFiles(dataSet, result.listIndexed, report, pFiles);
     }
@@ -164,7 +166,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
             .arg(alpha, 6, 'f', 2)
             .arg(beta, 6, 'f', 2)
             .arg(gamma, 6, 'f', 2),
-        Qt::black);
+        Severity::Info);
     const int nIndexed = result.listIndexed.size();
     const int nSelected = result.listSelection.size();
     report.addMessage(QStringLiteral("%1> %L2 out of %L3 (%L4%) were indexed.")
@@ -172,7 +174,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                           .arg(nIndexed)
                           .arg(nSelected)
                           .arg(100.0 * nIndexed / nSelected, 6, 'f', 3),
-                      Qt::black);
+                      Severity::Info);
     if (parameters.m_bOutputStatistics) {
         outputReflectionStatistics(result.listIndexed, 0.0, report);
         testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup,
@@ -181,7 +183,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     if (parameters.m_bOutputRefinedCell) {
         if (result.listRounded.size() < 7)
             report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
-                              Qt::red);
+                              Severity::Error);
         else
             unitCellRefinement(result.listRounded, a, b, c, alpha, beta, gamma, report);
     }

@@ -221,7 +221,7 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
             }
         } else {
             report.addMessage(QStringLiteral("Abnormal chain length: %1, min:%2").arg(dfLength).arg(dfMin),
-                              Qt::black);
+                              Severity::Info);
         }
     }
     fitIntensityProfileForSharpPeaks(listChain, dataSet.m_listBeamTiltBreak, nIntensityMode, listMerged);
@@ -236,17 +236,17 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
         report.addMessage(
             QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
                 .arg(result.nOutsideLimits),
-            Qt::black);
+            Severity::Info);
     if (result.nNotPositive > 0)
         report.addMessage(
             QStringLiteral("%1 chains were dropped, as no peak of theirs has a positive intensity.")
                 .arg(result.nNotPositive),
-            Qt::black);
+            Severity::Info);
     report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
                           .arg(result.nPeaks)
                           .arg(listChain.size())
                           .arg(listAll.size()),
-                      Qt::black);
+                      Severity::Info);
     return result;
 }
 

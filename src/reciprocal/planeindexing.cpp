@@ -102,7 +102,8 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
 
 QList<PlaneGroup> sayStopped(CRunReport& report)
 {
-    report.addMessage(QStringLiteral("%1>2D indexing did not finish.").arg(currentTimeStamp()), Qt::red);
+    report.addMessage(QStringLiteral("%1>2D indexing did not finish.").arg(currentTimeStamp()),
+                      Severity::Error);
     return {};
 }
 
@@ -139,7 +140,7 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
         report.addMessage(QStringLiteral("Too many difference vectors: %1, the limit is %2.")
                               .arg(dfVectors, 0, 'f', 0)
                               .arg(g_dfMaxVectors, 0, 'f', 0),
-                          Qt::red);
+                          Severity::Error);
         return {};
     }
     std::vector<QPointF> vecDifference;

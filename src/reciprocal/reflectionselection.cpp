@@ -17,7 +17,7 @@ bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const Q
             continue;
         const int nID = listViewPoint[nIndex].nID;
         if (nID < 0)
-            report.addMessage(QStringLiteral("ID: %L1 out of range.").arg(nID), Qt::red);
+            report.addMessage(QStringLiteral("ID: %L1 out of range.").arg(nID), Severity::Error);
         else
             vecID.push_back(nID);
     }

@@ -103,7 +103,7 @@ RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorre
     };
     if (!linkChains(listPeakShiftCorrected, dfMax2DDistance, isOver, listChain, report)) {
         report.addMessage(QStringLiteral("%1>Rotation axis test did not finish.").arg(currentTimeStamp()),
-                          Qt::red);
+                          Severity::Error);
         return test;
     }
     for (const QList<Peak3D>& listPeak : listPeakShiftCorrected)

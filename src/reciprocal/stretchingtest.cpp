@@ -58,8 +58,8 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
     QString strReason;
     if (writeWholeFile(strFileName, bytes, &strReason))
         return true;
-    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Qt::red);
-    report.addMessage(strReason, Qt::red);
+    report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Severity::Error);
+    report.addMessage(strReason, Severity::Error);
     return false;
 }
 

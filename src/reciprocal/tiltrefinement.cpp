@@ -73,7 +73,7 @@ TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet
                            const TiltRefinementOptions& options, CRunReport& report)
 {
     TiltRefinement result;
-    report.addMessage(kind.strTitle, Qt::blue);
+    report.addMessage(kind.strTitle, Severity::Milestone);
     result.listCellBefore = rightHandedCell(dataSet, report, kind.strHeadBefore, &result.bExchanged);
     if (result.listCellBefore.isEmpty())
         return result;
@@ -134,7 +134,7 @@ QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const Q
     if (pbExchanged)
         *pbExchanged = false;
     if (dataSet.m_listCell.size() < 3) {
-        report.addMessage(QStringLiteral("Unit cell is not ready."), Qt::red);
+        report.addMessage(QStringLiteral("Unit cell is not ready."), Severity::Error);
         return {};
     }
     QList<Vec3D> listCell = dataSet.m_listCell.mid(0, 3);
@@ -142,7 +142,7 @@ QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const Q
         listCell.swapItemsAt(0, 1);
         if (pbExchanged)
             *pbExchanged = true;
-        report.addMessage(QStringLiteral("Wrong handness in unit cell setting."), Qt::red);
+        report.addMessage(QStringLiteral("Wrong handness in unit cell setting."), Severity::Error);
     }
     report.addMessage(QStringLiteral("Reciprocal cell volume: %1")
                           .arg(double(dot(listCell[2], cross(listCell[0], listCell[1])))));
@@ -156,7 +156,7 @@ void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost,
 {
     const QString strHtml = unitCellHtml(QStringLiteral("Refined unit cell"), listCell, strLatticeHost);
     if (strHtml.isEmpty())
-        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Qt::red);
+        report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
     else
         report.addHtml(strHtml);
 }

@@ -85,7 +85,7 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
     volume.setWavelength(dataSet.m_dfWavelength);
 
     report.addMessage(QStringLiteral("%1>Constructing reciprocal space volume...").arg(currentTimeStamp()),
-                      Qt::blue);
+                      Severity::Milestone);
     report.startProgress(QStringLiteral("%v/%m"), 0, listFrame.size(), true);
     Walk walk;
     try {
@@ -103,7 +103,7 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
         return fail(report, QStringLiteral("No frame could be added. %1 was not written.").arg(strFile));
 
     report.addMessage(QStringLiteral("%1>Saving reciprocal space volume to file...").arg(currentTimeStamp()),
-                      Qt::blue);
+                      Severity::Milestone);
     bool bStopped = false;
     const auto goOn = [&] { return !(bStopped = bStopped || !report.goOn()); };
     QString strReason;
@@ -116,7 +116,7 @@ bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters
         return fail(report, QStringLiteral("Reciprocal space volume could not be saved: %1").arg(strReason));
     report.addMessage(
         QStringLiteral("%1>Reciprocal space volume saved to file: %2").arg(currentTimeStamp(), strFile),
-        Qt::blue);
+        Severity::Milestone);
     return walk.bComplete;
 }
 

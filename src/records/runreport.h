@@ -1,24 +1,24 @@
 // CRunReport: how a run tells the world what happens, and asks whether to go on.
 #pragma once
 
+#include "records/severity.h"
+
+#include "records/severity.h"
+
 #include <QString>
-#include <Qt>
 
 namespace tessera {
 
 /// What a run says and asks while it works. Window, batch driver and tests each derive their own;
 /// the functions here do nothing, so a plain CRunReport is a silent one.
-///
-/// Colours of log lines: Qt::blue a run's start and regular end, Qt::black results and
-/// information, Qt::red errors and early ends.
 class CRunReport {
 public:
     virtual ~CRunReport() = default;
 
     /// A new line of the message log.
-    virtual void addMessage(const QString& /*strText*/, Qt::GlobalColor /*color*/ = Qt::black) {}
+    virtual void addMessage(const QString& /*strText*/, Severity /*severity*/ = Severity::Info) {}
     /// HTML text put at the end of the log, without a new paragraph.
-    virtual void addHtml(const QString& /*strHtml*/, Qt::GlobalColor /*color*/ = Qt::black) {}
+    virtual void addHtml(const QString& /*strHtml*/, Severity /*severity*/ = Severity::Info) {}
 
     /// Shows the progress display. `bTaskBar`: on the program's task bar entry too.
     virtual void startProgress(const QString& /*strFormat*/, int /*nMinimum*/, int /*nMaximum*/,
@@ -35,7 +35,7 @@ public:
     void fail(const QString& strReason)
     {
         noteReason(strReason);
-        addMessage(strReason, Qt::red);
+        addMessage(strReason, Severity::Error);
     }
     /// Keeps a line of the log as the reason why a run fails, unless there is one: what comes later, as that
     /// the run did not finish, follows from the first.

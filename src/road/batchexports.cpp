@@ -43,7 +43,7 @@ std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSe
         report.addMessage(
             QStringLiteral("Warning: the contrast limits are the wrong way round; what is bright comes out "
                            "dark."),
-            Qt::red);
+            Severity::Error);
     }
     return contrast;
 }

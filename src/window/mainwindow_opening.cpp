@@ -97,7 +97,7 @@ void MainWindow::openFiles(const QStringList& listFile)
     if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
         return;
     if (const QString strReason = reasonNotToOpen(listFile.first()); !strReason.isEmpty()) {
-        WindowReport(*this).addMessage(strReason, Qt::red);
+        WindowReport(*this).addMessage(strReason, Severity::Error);
         return;
     }
     m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
@@ -118,7 +118,7 @@ void MainWindow::openFiles(const QStringList& listFile)
     } catch (const std::exception& error) {  // out of memory
         connectPanelSignals(true);
         WindowReport(*this).addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
-                                       Qt::red);
+                                       Severity::Error);
     }
 }
 
@@ -128,7 +128,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     WindowReport report(*this);
     QString strReason;
     if (!readReflectionList(strFileName, m_listTextPoint, m_listTextReflection, &strReason)) {
-        report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason), Qt::red);
+        report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason),
+                          Severity::Error);
         return false;
     }
     report.addMessage(

@@ -8,6 +8,25 @@
 
 namespace tessera {
 
+namespace {
+
+/// What the user reads from the colour of a line: blue a run's start and end, red what went wrong.
+Qt::GlobalColor colorOf(Severity severity)
+{
+    switch (severity) {
+        case Severity::Info:
+            return Qt::black;
+        case Severity::Milestone:
+            return Qt::blue;
+        case Severity::Warning:
+        case Severity::Error:
+            break;
+    }
+    return Qt::red;
+}
+
+}  // namespace
+
 WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(window), m_pbFlag(pbFlag) {}
 
 WindowReport::~WindowReport()
@@ -15,14 +34,14 @@ WindowReport::~WindowReport()
     WindowReport::endProgress();
 }
 
-void WindowReport::addMessage(const QString& strText, Qt::GlobalColor color)
+void WindowReport::addMessage(const QString& strText, Severity severity)
 {
-    m_window.m_pMessageEdit->addMessage(strText, color);
+    m_window.m_pMessageEdit->addMessage(strText, colorOf(severity));
 }
 
-void WindowReport::addHtml(const QString& strHtml, Qt::GlobalColor color)
+void WindowReport::addHtml(const QString& strHtml, Severity severity)
 {
-    m_window.m_pMessageEdit->addHtml(strHtml, color);
+    m_window.m_pMessageEdit->addHtml(strHtml, colorOf(severity));
 }
 
 // Where the platform's task bar shows no progress, the bar in the status bar is all there is.

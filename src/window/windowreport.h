@@ -20,8 +20,8 @@ public:
     WindowReport(const WindowReport&) = delete;
     WindowReport& operator=(const WindowReport&) = delete;
 
-    void addMessage(const QString& strText, Qt::GlobalColor color = Qt::black) override;
-    void addHtml(const QString& strHtml, Qt::GlobalColor color = Qt::black) override;
+    void addMessage(const QString& strText, Severity severity = Severity::Info) override;
+    void addHtml(const QString& strHtml, Severity severity = Severity::Info) override;
     void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool bTaskBar = false) override;
     void setProgress(int nValue) override;
     void endProgress() override;

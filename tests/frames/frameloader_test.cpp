@@ -209,9 +209,9 @@ TEST_F(Loader, ALargePictureThatPacksWellIsBelieved)
 TEST_F(Loader, RunningOutOfMemoryFreesTheList)
 {
     class Hungry : public CRecordingReport {
-        void addMessage(const QString& strText, Qt::GlobalColor color) override
+        void addMessage(const QString& strText, Severity severity) override
         {
-            CRecordingReport::addMessage(strText, color);
+            CRecordingReport::addMessage(strText, severity);
             if (m_listLine.size() == 1)
                 throw std::bad_alloc();  // stands for any allocation on the way
         }

@@ -77,7 +77,7 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
             data.m_listShift.append(QPointF());
             data.m_listOverallTilt.removeLast();
             EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
-            EXPECT_EQ(log.m_listColor, QList<Qt::GlobalColor>({Qt::red, Qt::red}));
+            EXPECT_EQ(log.m_listSeverity, QList<Severity>({Severity::Error, Severity::Error}));
         }
 }
 

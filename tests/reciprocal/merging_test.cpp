@@ -106,7 +106,7 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     data.m_listShift.append(QPointF());
     data.m_listOverallTilt.removeLast();
     EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
-    EXPECT_EQ(log.m_listColor.count(Qt::red), 2);
+    EXPECT_EQ(log.m_listSeverity.count(Severity::Error), 2);
     EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
 }
 

@@ -60,11 +60,11 @@ void MainWindow::refineDirectBeamPosition()
                                   [](const DifferenceMap& map) { return map.nPairs == 0; }))
             report.addMessage(tr("No two peaks of a frame lie within the d* range of the page \"Unit Cell "
                                  "Refinement\"."),
-                              Qt::red);
+                              Severity::Error);
         if (!bGoing)
             report.addMessage(
                 tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()),
-                Qt::red);
+                Severity::Error);
     });
 }
 
@@ -74,7 +74,8 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
         const bool bCell = m_dataSet.m_listCell.size() == 3;  // without one the run says so
         if (bCell && m_listReflectionIndexed.isEmpty())
             report.addMessage(
-                QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+                QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
+                Severity::Error);
         else if (!bCell || holdsIndicesOfCell(report))
             fnRun(report);
     });
@@ -86,7 +87,7 @@ bool MainWindow::holdsIndicesOfCell(CRunReport& report)
         return true;
     report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
                          "again first."),
-                      Qt::red);
+                      Severity::Error);
     return false;
 }
 

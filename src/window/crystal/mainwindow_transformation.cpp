@@ -87,7 +87,7 @@ bool MainWindow::readCellMatrix()
             matrix.at(nRow, nColumn) = m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(),
                                                          &bOk);
             if (!bOk) {
-                WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format."), Qt::red);
+                WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format."), Severity::Error);
                 return false;
             }
         }

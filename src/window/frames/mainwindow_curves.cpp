@@ -62,7 +62,8 @@ bool MainWindow::showPeakInCurve(int nIndex)
     if (!getReflectionChainData(dataSet.m_listPeakChain, dataSet.m_nIntensityMode, nIndex, vecFrame,
                                 vecInt)) {
         WindowReport(*this).addMessage(
-            QStringLiteral("Failed to retrieve data for reflection with ID: %L1.").arg(nIndex), Qt::red);
+            QStringLiteral("Failed to retrieve data for reflection with ID: %L1.").arg(nIndex),
+            Severity::Error);
         return false;
     }
     m_pCurve->setTitle(dataSet.m_nIntensityMode != 0 ? QStringLiteral("2D Integration")

@@ -81,7 +81,7 @@ void MainWindow::saveCurrent()
         return;
     warn(tr("Saving file failed."));
     if (!strReason.isEmpty())
-        WindowReport(*this).addMessage(strReason, Qt::red);
+        WindowReport(*this).addMessage(strReason, Severity::Error);
 }
 
 /// What the exports of the whole series have in common: the pages read, the play stopped, and one at a time.
@@ -145,7 +145,7 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
         clearFrameMarks();
         if (!tessera::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
             report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
-                              Qt::red);
+                              Severity::Error);
     });
 }
 

@@ -60,7 +60,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     const int nFrames = m_dataSet.m_listFrameFile.size();
     WindowReport report(*this);
     if (nIndex < 1 || nIndex > nFrames) {
-        report.addMessage(QStringLiteral("Invalid file index: %1").arg(nIndex), Qt::red);
+        report.addMessage(QStringLiteral("Invalid file index: %1").arg(nIndex), Severity::Error);
         return;
     }
     // Each control that is set enters here again by its signal; only the call that finds all of them on

@@ -35,8 +35,8 @@ void MainWindow::loadPeakHuntingMask()
     QString strReason;
     if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile, &strReason)) {
         report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
-                          Qt::red);
-        report.addMessage(strReason, Qt::red);
+                          Severity::Error);
+        report.addMessage(strReason, Severity::Error);
         return;
     }
     fillMaskTable();

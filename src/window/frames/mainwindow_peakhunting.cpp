@@ -50,7 +50,7 @@ void MainWindow::runPeakHunting()
             else
                 report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
                                      "shift evaluation, or load a shift file, and then merge."),
-                                  Qt::red);
+                                  Severity::Error);
             m_pTabWidget->setCurrentIndex(1);
         };
         tessera::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
@@ -63,7 +63,7 @@ void MainWindow::testCurrentPatternForPeaks()
         return;
     WindowReport report(*this);
     if (m_dataSet.m_vecFrameImage.empty()) {
-        report.addMessage(QStringLiteral("No image is loaded."), Qt::red);
+        report.addMessage(QStringLiteral("No image is loaded."), Severity::Error);
         return;
     }
     syncParametersWithControls(true);

@@ -32,7 +32,7 @@ bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
                     [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
         return true;
     WindowReport(*this).addMessage(
-        QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+        QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Severity::Error);
     return false;
 }
 
@@ -45,7 +45,7 @@ bool MainWindow::canMeasure(const QVector<QList<Peak3D>>& vecPeak)
 bool MainWindow::fitDirectBeam()
 {
     if (m_dataSet.m_listFrameFile.isEmpty()) {
-        WindowReport(*this).addMessage(tr("There are no frames."), Qt::red);
+        WindowReport(*this).addMessage(tr("There are no frames."), Severity::Error);
         return false;
     }
     return runOnFrames(m_pExtractionPage->m_pButtonRun, [this](CRunReport& report) {

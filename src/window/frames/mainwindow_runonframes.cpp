@@ -18,7 +18,7 @@ bool MainWindow::runOnFrames(QPushButton* pButton, const std::function<void(CRun
         // The run sets the flag itself, and takes one that stands already for a second click.
         if (!std::exchange(m_dataSet.m_bRunning, false)) {
             report.addMessage(tr("%1>The run was stopped before its first frame.").arg(currentTimeStamp()),
-                              Qt::red);
+                              Severity::Error);
             return;
         }
         clearFrameMarks();

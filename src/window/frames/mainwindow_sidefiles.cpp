@@ -37,7 +37,7 @@ QString peakListFilter()
 void addReason(CRunReport& report, const QString& strReason)
 {
     if (!strReason.isEmpty())
-        report.addMessage(strReason, Qt::red);
+        report.addMessage(strReason, Severity::Error);
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ void MainWindow::saveEDShift()
         return;
     }
     WindowReport report(*this);
-    report.addMessage(tr("No shift data was saved."), Qt::red);
+    report.addMessage(tr("No shift data was saved."), Severity::Error);
     addReason(report, strReason);
 }
 
@@ -74,7 +74,8 @@ void MainWindow::loadEDShift()
     if (loadShiftFile(strFile, &strReason))
         return;
     WindowReport report(*this);
-    report.addMessage(QStringLiteral("Error occured when loading %1 as shift data.").arg(strFile), Qt::red);
+    report.addMessage(QStringLiteral("Error occured when loading %1 as shift data.").arg(strFile),
+                      Severity::Error);
     addReason(report, strReason);
 }
 
@@ -159,16 +160,16 @@ void MainWindow::saveRawPeaks()
                 tr("%L1 peaks are only in groups beyond the 64 that a peak list can tell apart; they are "
                    "saved without a group.")
                     .arg(nBeyond),
-                Qt::red);
+                Severity::Error);
         bSaved = writePeakList(m_dataSet, strFile, &strReason);
     });
     if (bSaved)
         report.addMessage(QStringLiteral("%1>List of raw peaks saved to %2").arg(currentTimeStamp(), strFile),
-                          Qt::black);
+                          Severity::Info);
     else
         report.addMessage(
             QStringLiteral("%1>Saving list of raw peaks to %2 failed.").arg(currentTimeStamp(), strFile),
-            Qt::red);
+            Severity::Error);
     addReason(report, strReason);
 }
 

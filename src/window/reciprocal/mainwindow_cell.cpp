@@ -231,8 +231,8 @@ void MainWindow::exportUnitCell()
     if (saveUnitCellFile(m_dataSet, strFile, &strReason))
         return;
     WindowReport report(*this);
-    report.addMessage(QStringLiteral("No unt cell data was saved."), Qt::red);
-    report.addMessage(strReason, Qt::red);
+    report.addMessage(QStringLiteral("No unt cell data was saved."), Severity::Error);
+    report.addMessage(strReason, Severity::Error);
 }
 
 void MainWindow::loadUnitCell()
@@ -248,8 +248,8 @@ void MainWindow::loadUnitCell()
     if (listCell.size() != 3) {
         WindowReport report(*this);
         report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFile),
-                          Qt::red);
-        report.addMessage(strReason, Qt::red);
+                          Severity::Error);
+        report.addMessage(strReason, Severity::Error);
         return;
     }
     m_pCellPage->m_pButtonTest->setChecked(false);

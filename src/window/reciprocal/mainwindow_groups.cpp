@@ -62,8 +62,8 @@ bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 void sayUnwritten(MainWindow& window, const QString& strFile, const QString& strReason)
 {
     WindowReport report(window);
-    report.addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile), Qt::red);
-    report.addMessage(strReason, Qt::red);
+    report.addMessage(QStringLiteral("Failed to open file for writing: %1").arg(strFile), Severity::Error);
+    report.addMessage(strReason, Severity::Error);
 }
 
 }  // namespace

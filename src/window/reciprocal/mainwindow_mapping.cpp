@@ -131,7 +131,7 @@ void MainWindow::peakReduction3D()
     const std::vector<char> vecFlag = groupFlags(nGroup);
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
         report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
-                          Qt::red);
+                          Severity::Error);
         m_pMergingPage->m_pButtonMerge->setEnabled(true);
         return;
     }

@@ -20,7 +20,8 @@ static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
     if (nFrames > 0 && dataSet.m_listPeakFrameShown.size() == nFrames)
         return true;
     report.addMessage(
-        MainWindow::tr("There are no peaks of these frames in 3D. Find peaks and shifts first."), Qt::red);
+        MainWindow::tr("There are no peaks of these frames in 3D. Find peaks and shifts first."),
+        Severity::Error);
     return false;
 }
 
@@ -55,10 +56,11 @@ void MainWindow::testStreching()
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
         const QList<Peak3D> listPeak = m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1);
         if (m_dataSet.m_strProjectDir.isEmpty())
-            report.addMessage(tr("No data set is open, so no result file is written."), Qt::red);
+            report.addMessage(tr("No data set is open, so no result file is written."), Severity::Error);
         else if (listPeak.isEmpty())
             report.addMessage(
-                QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Qt::red);
+                QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
+                Severity::Error);
         else
             tessera::testStreching(listPeak, m_dataSet, report);
     });

@@ -16,7 +16,7 @@ void MainWindow::export3DReciprocalVolmue()
         return;
     if (m_dataSet.m_listFrameFile.size() != m_dataSet.m_listShift.size()) {
         WindowReport(*this).addMessage(
-            QStringLiteral("No shift correction data. Run shift evaluation first."), Qt::red);
+            QStringLiteral("No shift correction data. Run shift evaluation first."), Severity::Error);
         return;
     }
     VolumeExportParameters parameters;

@@ -44,11 +44,12 @@ void MainWindow::grab3DMovieFrames()
     const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
                                             &bOk);
     if (!bOk) {
-        WindowReport(*this).addMessage(QStringLiteral("Unknown numberic format."), Qt::red);
+        WindowReport(*this).addMessage(QStringLiteral("Unknown numberic format."), Severity::Error);
         return;
     }
     if (!(dfStep > 360 / g_dfMostPictures)) {
-        WindowReport(*this).addMessage(tr("The rotation step of a movie must be above 0.0036°."), Qt::red);
+        WindowReport(*this).addMessage(tr("The rotation step of a movie must be above 0.0036°."),
+                                       Severity::Error);
         return;
     }
     if (!m_pView3DCurrent)
@@ -64,7 +65,7 @@ void MainWindow::grab3DMovieFrames()
     if (!strFrame.isEmpty()) {
         WindowReport(*this).addMessage(
             tr("%1 is a frame of this series and would be overwritten. Nothing was exported.").arg(strFrame),
-            Qt::red);
+            Severity::Error);
         return;
     }
     runExport([&](CRunReport& report) {
@@ -77,13 +78,13 @@ void MainWindow::grab3DMovieFrames()
                                       .arg(currentTimeStamp())
                                       .arg(i)
                                       .arg(nPictures),
-                                  Qt::red);
+                                  Severity::Error);
                 break;
             }
             const QImage image = pView->grabFrameBuffer();
             QString strReason;
             if (image.isNull()) {
-                report.addMessage(tr("The 3D view gives no picture."), Qt::red);
+                report.addMessage(tr("The 3D view gives no picture."), Severity::Error);
                 break;
             }
             if (!savePicture(image, listName[i], strReason))
@@ -95,7 +96,7 @@ void MainWindow::grab3DMovieFrames()
             report.addMessage(tr("%1 of %2 pictures could not be written: %3")
                                   .arg(QString::number(listFailed.size()), QString::number(nPictures),
                                        someNames(listFailed)),
-                              Qt::red);
+                              Severity::Error);
         report.goOn();
     });
 }

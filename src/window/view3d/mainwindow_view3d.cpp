@@ -48,7 +48,7 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
     connect(pView, &ED3DWidget::contextFailed, this, [this](const QString& strMessage) {
         for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once
             disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
-        WindowReport(*this).addMessage(strMessage, Qt::red);
+        WindowReport(*this).addMessage(strMessage, Severity::Error);
     });
     m_pTabWidget->addTab(pView, strTab);
 }
@@ -208,7 +208,7 @@ double MainWindow::rotationStep()
                                             &bOk);
     if (!bOk)
         WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format for the rotation step."),
-                                       Qt::red);
+                                       Severity::Error);
     return bOk ? dfStep : 0;
 }
 
