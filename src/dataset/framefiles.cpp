@@ -1,5 +1,7 @@
 #include "dataset/framefiles.h"
 
+#include "imagefiles/frameformats.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QMap>
@@ -8,17 +10,6 @@
 #include <algorithm>
 
 namespace tessera {
-
-const QStringList& frameSuffixes()
-{
-    static const QStringList listSuffix = {"dm3", "mrc", "bmp", "jpg", "jpeg", "gif", "tif", "tiff", "png"};
-    return listSuffix;
-}
-
-QString frameNameFilters()
-{
-    return QStringLiteral("*.") + frameSuffixes().join(QLatin1String(" *."));
-}
 
 // The digits from nPlace on without leading zeros; nPlace moves behind them.
 static QStringRef takeNumber(const QString& str, int& nPlace)

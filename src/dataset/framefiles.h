@@ -6,12 +6,6 @@
 
 namespace tessera {
 
-/// The suffixes of the frames that can be read, in lower case, without a dot.
-const QStringList& frameSuffixes();
-
-/// The same as a file dialog wants them: "*.dm3 *.mrc ...".
-QString frameNameFilters();
-
 /// Whether a name stands before another one when the numbers in both count as numbers: frame9 before
 /// frame10. Names that differ only in the case of letters or in leading zeros stand in the order of their
 /// characters.
@@ -20,8 +14,9 @@ bool naturalLess(const QString& strFirst, const QString& strSecond);
 /// Sorts paths by their file names as naturalLess() has it, those of equal names by their folders.
 void sortFrames(QStringList& listFile);
 
-/// The frames in a folder, sorted. Of files with different suffixes those of the commonest one: pictures
-/// that were saved beside the frames are no part of the series.
+/// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of equally
+/// common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no part of the
+/// series.
 QStringList framesInFolder(const QString& strFolder);
 
 }  // namespace tessera

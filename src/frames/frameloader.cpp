@@ -1,10 +1,8 @@
 #include "frames/frameloader.h"
 
 #include "frames/hotpixels.h"
-#include "imagefiles/dm3file.h"
 #include "imagefiles/filekind.h"
-#include "imagefiles/mrcfile.h"
-#include "imagefiles/picturefile.h"
+#include "imagefiles/frameformats.h"
 #include "records/shortmemory.h"
 
 #include <QFileInfo>
@@ -22,17 +20,7 @@ const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for th
 
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
-    const QString strSuffix = QFileInfo(strFileName).suffix().toLower();
-    if (strSuffix == QLatin1String("dm3")) {
-        auto pImage = std::make_unique<CImgObj<float>>();
-        if (ReadDM3(*pImage, strFileName, &strReason) != 1)
-            return 0;
-        vecImage.push_back(std::move(pImage));
-        return 1;
-    }
-    if (strSuffix == QLatin1String("mrc"))
-        return ReadMRC(strFileName, vecImage, &strReason, nMaxImages);
-    return ReadPicture(strFileName, vecImage, strReason);
+    return frameFormatOf(strFileName).fnRead(strFileName, nMaxImages, vecImage, strReason) ? 1 : 0;
 }
 
 int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,

@@ -12,13 +12,14 @@ namespace tessera {
 
 /// Reads one frame file and appends its images to `vecImage`, with the hot pixels repaired.
 ///
-/// The suffix, in lower case, chooses the reader: "dm3", "mrc", and for any other what `QImage` reads
-/// (ReadPicture()). An MRC stack gives one image per section, the hot pixels repaired on the first alone.
+/// The suffix chooses the reader (frameFormatOf()). A stack gives one image per section, the hot pixels
+/// repaired on the first alone.
 ///
-/// A failure logs "%1: failed to load" with `strFileName` in red and then, in red, why. An MRC file that
-/// can be opened but has no section that can be read is no failure: the result is 1 with no image added,
-/// and a red line says why. A stack that ends early gives its whole sections and a black line; a BMP or JPEG
-/// that ends early gives the picture with the missing part black or grey, and such a line.
+/// A failure logs "%1: failed to load" with `strFileName` in red and then, in red, why. A file that can be
+/// opened but has no image that can be read, such as an MRC file of an unknown mode, is no failure: the
+/// result is 1 with no image added, and a red line says why. A file of which a part is missing gives the rest
+/// and a black line: a stack its whole sections, a BMP or JPEG the picture with the missing part black or
+/// grey.
 ///
 /// Calls can run side by side when each has its own list and report.
 ///

@@ -1,12 +1,10 @@
 #include "frames/framesummary.h"
 
 #include "frames/frameloader.h"
-#include "imagefiles/dm3calibration.h"
-#include "imagefiles/picturefile.h"
+#include "imagefiles/frameformats.h"
 #include "records/reason.h"
 
 #include <QFileInfo>
-#include <QImageReader>
 
 #include <exception>
 
@@ -20,6 +18,16 @@ public:
     void addMessage(const QString& strText, Severity = Severity::Info) override { m_strReason = strText; }
     QString m_strReason;
 };
+
+FrameHeader headerOf(const QString& strFileName)
+{
+    const FrameFormat& format = frameFormatOf(strFileName);
+    try {
+        return format.fnReadHeader ? format.fnReadHeader(strFileName) : FrameHeader();
+    } catch (const std::exception&) {  // no memory for the tags: the image may be read all the same
+        return {};
+    }
+}
 
 }  // namespace
 
@@ -36,17 +44,9 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
     read.nWidth = vecImage.front()->Width();
     read.nHeight = vecImage.front()->Height();
     read.strFormat = QFileInfo(strFileName).suffix().toUpper();
-    if (read.strFormat == QLatin1String("DM3")) {
-        try {
-            DM3File file;
-            if (file.Read(strFileName)) {
-                const Dm3Calibration calibration = dm3Calibration(file);
-                read.dfKilovolts = calibration.dfKilovolts;
-                read.dfPixelSize = calibration.dfPixelSize;
-            }
-        } catch (const std::exception&) {  // no memory for the tags: the size is known all the same
-        }
-    }
+    const FrameHeader header = headerOf(strFileName);
+    read.dfKilovolts = header.dfKilovolts;
+    read.dfPixelSize = header.dfPixelSize;
     summary = read;
     return true;
 }
@@ -64,8 +64,7 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
         const QString strFormat = info.suffix().toUpper();
         if (info.size() == nLength && strFormat == first.strFormat)
             continue;
-        QString strReason;
-        const QSize size = mayBePicture(strFile, strReason) ? QImageReader(strFile).size() : QSize();
+        const QSize size = headerOf(strFile).size;
         if (size.isValid()) {
             other.nWidth = size.width();
             other.nHeight = size.height();

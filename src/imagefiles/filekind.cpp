@@ -1,11 +1,12 @@
 #include "imagefiles/filekind.h"
 
+#include "imagefiles/frameformats.h"
+#include "records/regularfile.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 #include <QtEndian>
-
-#include "records/regularfile.h"
 
 namespace tessera {
 
@@ -14,17 +15,16 @@ namespace {
 struct FileKind {
     QString strName;         ///< empty: not known
     QStringList listSuffix;  ///< in lower case
+    bool bRead = false;      ///< frames of the kind can be read
 };
 
-bool isMrc(const QByteArray& bytesHead, qint64 nFileSize)
+/// MRC files of before the year 2000 have no mark, but a length that fits their sizes to the byte.
+bool isOldMrc(const QByteArray& bytesHead, qint64 nFileSize)
 {
     const int nHeaderSize = 1024;
     if (bytesHead.size() < nHeaderSize)
         return false;
     const auto word = [&](int n) { return qint64(qFromLittleEndian<qint32>(bytesHead.constData() + n)); };
-    if (bytesHead.mid(208, 4) == "MAP ")
-        return true;
-    // Older files have no mark, but a length that fits their sizes to the byte.
     const int anPixelSize[] = {1, 2, 4, 4, 8, 0, 2};
     const qint64 nX = word(0), nY = word(4), nZ = word(8), nMode = word(12), nMost = 1 << 20;
     return nX > 0 && nY > 0 && nZ > 0 && nX < nMost && nY < nMost && nZ < nMost && nMode >= 0 && nMode <= 6 &&
@@ -33,41 +33,30 @@ bool isMrc(const QByteArray& bytesHead, qint64 nFileSize)
 
 FileKind kindOf(const QByteArray& bytesHead, qint64 nFileSize)
 {
+    for (const FrameFormat& format : frameFormats())
+        for (const FileMagic& magic : format.vecMagic)
+            if (bytesHead.mid(magic.nOffset, magic.bytes.size()) == magic.bytes)
+                return {format.strName, format.listSuffix, true};
     const struct {
         QByteArray bytesStart;
-        FileKind kind;
-    } aMark[] = {{QByteArray("\x89PNG", 4), {"PNG", {"png"}}},
-                 {QByteArray("II*\0", 4), {"TIFF", {"tif", "tiff"}}},
-                 {QByteArray("MM\0*", 4), {"TIFF", {"tif", "tiff"}}},
-                 {QByteArray("\xff\xd8\xff", 3), {"JPEG", {"jpg", "jpeg"}}},
-                 {QByteArray("GIF8", 4), {"GIF", {"gif"}}},
-                 {QByteArray("BM", 2), {"BMP", {"bmp"}}},
-                 {QByteArray("{\nHEADER_BYTES", 14), {"SMV", {"img"}}},
-                 {QByteArray("\x89HDF", 4), {"HDF5", {"h5", "hdf5"}}}};
-    for (const auto& mark : aMark)
-        if (bytesHead.startsWith(mark.bytesStart))
-            return mark.kind;
-    // A length behind the version, of 4 or 8 bytes, and 0 or 1 for the order of bytes.
-    if (bytesHead.size() > 16 && bytesHead.startsWith(QByteArray("\0\0\0\3\0", 5)) &&
-        qFromBigEndian<quint32>(bytesHead.constData() + 8) <= 1)
-        return {"DM3", {"dm3"}};
-    if (bytesHead.size() > 16 && bytesHead.startsWith(QByteArray("\0\0\0\4\0", 5)) &&
-        qFromBigEndian<quint32>(bytesHead.constData() + 12) <= 1)
-        return {"DM4", {"dm4"}};
-    return isMrc(bytesHead, nFileSize) ? FileKind{"MRC", {"mrc"}} : FileKind();
+        QString strName;
+    } aUnread[] = {{QByteArray("\0\0\0\4", 4), "DM4"}, {"{\nHEADER_BYTES", "SMV"}, {"\x89HDF", "HDF5"}};
+    for (const auto& unread : aUnread)
+        if (bytesHead.startsWith(unread.bytesStart))
+            return {unread.strName, {}, false};
+    return isOldMrc(bytesHead, nFileSize) ? FileKind{"MRC", {"mrc"}, true} : FileKind();
 }
 
 }  // namespace
 
 QString misnamedHint(const QString& strFileName)
 {
-    const QStringList listUnread = {"DM4", "SMV", "HDF5"};
     QFile file(strFileName);
     QString strReason;
     if (!openRegularFile(file, QIODevice::ReadOnly, strReason))
         return {};
     const FileKind kind = kindOf(file.read(1024), file.size());
-    if (listUnread.contains(kind.strName))
+    if (!kind.strName.isEmpty() && !kind.bRead)
         return QStringLiteral(" (the content is that of a %1 file, which is not read)").arg(kind.strName);
     if (kind.strName.isEmpty() || kind.listSuffix.contains(QFileInfo(strFileName).suffix().toLower()))
         return {};

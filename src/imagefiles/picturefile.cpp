@@ -164,4 +164,9 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     return 1;
 }
 
+QSize pictureSize(const QString& strFileName)
+{
+    return QFileInfo(strFileName).isFile() ? QImageReader(strFileName).size() : QSize();
+}
+
 }  // namespace tessera

@@ -3,6 +3,7 @@
 
 #include "imaging/imagelist.h"
 
+#include <QSize>
 #include <QString>
 
 namespace tessera {
@@ -26,5 +27,9 @@ namespace tessera {
 /// @throws std::bad_alloc when memory runs out; CShortMemory, which tells how much is needed, before memory
 ///         is taken for a picture that it has no room for
 int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason);
+
+/// Columns and rows as the picture's header tells them; not valid when it doesn't, or what has the name is no
+/// picture or no file.
+QSize pictureSize(const QString& strFileName);
 
 }  // namespace tessera

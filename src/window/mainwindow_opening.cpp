@@ -1,10 +1,10 @@
 // MainWindow: all ways of opening a data set, and the recent list.
 #include "dataset/displayname.h"
-#include "dataset/framefiles.h"
 #include "dataset/opening.h"
 #include "dataset/reflectionlist.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
+#include "imagefiles/frameformats.h"
 #include "view3d/ed3dwidget.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"

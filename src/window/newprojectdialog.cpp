@@ -3,6 +3,7 @@
 #include "crystal/electronwavelength.h"
 #include "dataset/framefiles.h"
 #include "dataset/textlines.h"
+#include "imagefiles/frameformats.h"
 #include "records/wholefile.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
