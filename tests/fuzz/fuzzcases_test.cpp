@@ -14,7 +14,7 @@ namespace tessera {
 void PrintTo(const FuzzReader& reader, std::ostream* pStream);
 void PrintTo(const FuzzReader& reader, std::ostream* pStream)
 {
-    *pStream << reader.pName;
+    *pStream << reader.strName.toStdString();
 }
 
 namespace {
@@ -24,7 +24,7 @@ class FuzzCases : public testing::TestWithParam<FuzzReader> {};
 TEST_P(FuzzCases, HoldForEveryCase)
 {
     const QDir folder(QDir::cleanPath(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/")) +
-                      QLatin1Char('/') + QLatin1String(GetParam().pName));
+                      QLatin1Char('/') + GetParam().strName);
     const QStringList listCase = folder.entryList(QDir::Files, QDir::Name);
     EXPECT_FALSE(listCase.isEmpty()) << folder.path().toStdString();
     for (const QString& strCase : listCase) {
@@ -39,7 +39,7 @@ TEST_P(FuzzCases, HoldForEveryCase)
 }
 
 INSTANTIATE_TEST_SUITE_P(Reader, FuzzCases, testing::ValuesIn(fuzzReaders()),
-                         [](const auto& reader) { return std::string(reader.param.pName); });
+                         [](const auto& reader) { return reader.param.strName.toStdString(); });
 
 }  // namespace
 

@@ -10,14 +10,17 @@ namespace tessera {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize)
 {
-    static const FuzzReader& s_reader = *std::find_if(
-        fuzzReaders().begin(), fuzzReaders().end(), [](const FuzzReader& reader) {
-            return QLatin1String(reader.pName) == QLatin1String(TESSERA_FUZZ_READER);
-        });
+    static const auto s_it = std::find_if(
+        fuzzReaders().begin(), fuzzReaders().end(),
+        [](const FuzzReader& reader) { return reader.strName == QLatin1String(TESSERA_FUZZ_READER); });
+    if (s_it == fuzzReaders().end()) {
+        std::fputs("no reader of this name: " TESSERA_FUZZ_READER "\n", stderr);
+        std::abort();
+    }
     const QString strWrong = readAsFile(
-        s_reader, QByteArray::fromRawData(reinterpret_cast<const char*>(pData), int(nSize)));
+        *s_it, QByteArray::fromRawData(reinterpret_cast<const char*>(pData), int(nSize)));
     if (!strWrong.isEmpty()) {
-        std::fprintf(stderr, "%s: %s\n", s_reader.pName, qPrintable(strWrong));
+        std::fprintf(stderr, "%s: %s\n", TESSERA_FUZZ_READER, qPrintable(strWrong));
         std::abort();
     }
     return 0;
