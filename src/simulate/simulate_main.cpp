@@ -1,5 +1,6 @@
 // tessera-simulate: makes rotation series with known truth.
 #include "simulate/crystalstructures.h"
+#include "simulate/framewriter.h"
 #include "simulate/structurefactor.h"
 #include "simulate/truthfile.h"
 
@@ -140,8 +141,11 @@ int main(int argc, char** argv)
                                      "beamtilt (fine steps by beam tilt); other options still count."),
                       QStringLiteral("preset")});
     add(QStringLiteral("crystal"), QStringLiteral("Crystal, one of --list."), p.strCrystal);
-    add(QStringLiteral("format"), QStringLiteral("Frames: mrc16, mrcu16, mrcfloat, dm3 or png8."),
-        QStringLiteral("mrc16"));
+    const QStringList listFormat = simulatedFormatNames();
+    add(QStringLiteral("format"),
+        QStringLiteral("Frames: %1 or %2.")
+            .arg(listFormat.mid(0, listFormat.size() - 1).join(QStringLiteral(", ")), listFormat.last()),
+        listFormat.first());
     add(QStringLiteral("spot-shape"), QStringLiteral("gaussian, or moffat with its long tails."),
         QStringLiteral("gaussian"));
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
@@ -197,11 +201,10 @@ int main(int argc, char** argv)
         return fail(QStringLiteral("--out is needed"));
     if (p.strName.isEmpty() || p.strName.contains(QLatin1Char('/')))
         return fail(QStringLiteral("--name must be a file name"));
-    const QStringList listFormat = QStringLiteral("mrc16 mrcu16 mrcfloat dm3 png8").split(QLatin1Char(' '));
     const int nFormat = listFormat.indexOf(parser.value(QStringLiteral("format")));
     if (nFormat < 0)
         return fail(QStringLiteral("--format must be one of %1").arg(listFormat.join(QStringLiteral(", "))));
-    p.format = FrameFormat(nFormat);
+    p.format = SimulatedFormat(nFormat);
     if (parser.isSet(QStringLiteral("spot-shape"))) {
         const QString strShape = parser.value(QStringLiteral("spot-shape"));
         if (strShape != QLatin1String("gaussian") && strShape != QLatin1String("moffat"))

@@ -7,8 +7,9 @@
 
 namespace tessera {
 
-/// Form of the frames on disk.
-enum class FrameFormat { Mrc16, MrcU16, MrcFloat, Dm3, Png8 };
+/// Form of the frames on disk. The list is the simulator's own and not that of the readers of frames: it
+/// links none of the core, so that a mistake there cannot cancel itself.
+enum class SimulatedFormat { Mrc16, MrcU16, MrcFloat, Dm3, Png8 };
 /// Radial form of a spot.
 enum class SpotShape { Gaussian, Moffat };
 
@@ -40,7 +41,7 @@ struct SimulationParameters {
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
-    FrameFormat format = FrameFormat::Mrc16;
+    SimulatedFormat format = SimulatedFormat::Mrc16;
     QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");
 };

@@ -1,7 +1,7 @@
 #include "simulate/truthfile.h"
 
 #include "simulate/crystalstructures.h"
-#include "simulate/frameformats.h"
+#include "simulate/framewriter.h"
 #include "simulate/frameimage.h"
 #include "simulate/wholewriting.h"
 

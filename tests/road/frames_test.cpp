@@ -2,8 +2,8 @@
 // take, and the series that they make.
 #include "dataset/opening.h"
 #include "frames/frameloader.h"
-#include "simulate/frameformats.h"
 #include "simulate/frameimage.h"
+#include "simulate/framewriter.h"
 #include "simulate/truthfile.h"
 #include "tests/imagefiles/filesizelimit.h"
 
@@ -96,12 +96,12 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
 {
     // Counts beyond the ranges of 16 bits; a grey step is 4 counts on writing and 64 on reading.
     const std::vector<float> listPixel = {-40000, -3.4f, 6, 30000, 40000, 70000};
-    const std::pair<FrameFormat, std::vector<float>> aRow[] = {
-        {FrameFormat::Mrc16, {-32768, -3, 6, 30000, 32767, 32767}},
-        {FrameFormat::MrcU16, {0, 0, 6, 30000, 40000, 65535}},
-        {FrameFormat::MrcFloat, listPixel},
-        {FrameFormat::Dm3, {-40000, -3, 6, 30000, 40000, 70000}},
-        {FrameFormat::Png8, {0, 0, 128, 16320, 16320, 16320}}};
+    const std::pair<SimulatedFormat, std::vector<float>> aRow[] = {
+        {SimulatedFormat::Mrc16, {-32768, -3, 6, 30000, 32767, 32767}},
+        {SimulatedFormat::MrcU16, {0, 0, 6, 30000, 40000, 65535}},
+        {SimulatedFormat::MrcFloat, listPixel},
+        {SimulatedFormat::Dm3, {-40000, -3, 6, 30000, 40000, 70000}},
+        {SimulatedFormat::Png8, {0, 0, 128, 16320, 16320, 16320}}};
     QTemporaryDir dir;
     for (const auto& [format, listWanted] : aRow) {
         const QString strFile = dir.filePath("frame." + frameExtension(format));

@@ -1,4 +1,4 @@
-#include "simulate/frameformats.h"
+#include "simulate/framewriter.h"
 
 #include "simulate/dm3writer.h"
 #include "simulate/wholewriting.h"
@@ -16,6 +16,14 @@ namespace tessera {
 
 namespace {
 constexpr int g_nCountsPerGrey = 4;
+
+struct NameAndExtension {
+    const char* pName;
+    const char* pExtension;
+};
+/// In the order of SimulatedFormat.
+constexpr NameAndExtension g_aFormat[] = {
+    {"mrc16", "mrc"}, {"mrcu16", "mrc"}, {"mrcfloat", "mrc"}, {"dm3", "dm3"}, {"png8", "png"}};
 
 template <typename T>
 T rounded(float f)
@@ -47,21 +55,22 @@ QByteArray encodePng(const std::vector<float>& listPixel, int nWidth, int nHeigh
 }
 }  // namespace
 
-QString frameExtension(FrameFormat format)
+QStringList simulatedFormatNames()
 {
-    switch (format) {
-        case FrameFormat::Dm3:
-            return QStringLiteral("dm3");
-        case FrameFormat::Png8:
-            return QStringLiteral("png");
-        default:
-            return QStringLiteral("mrc");
-    }
+    QStringList listName;
+    for (const NameAndExtension& row : g_aFormat)
+        listName.append(QLatin1String(row.pName));
+    return listName;
 }
 
-QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, FrameFormat format)
+QString frameExtension(SimulatedFormat format)
 {
-    const int nMode = format == FrameFormat::Mrc16 ? 1 : format == FrameFormat::MrcU16 ? 6 : 2;
+    return QLatin1String(g_aFormat[size_t(format)].pExtension);
+}
+
+QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, SimulatedFormat format)
+{
+    const int nMode = format == SimulatedFormat::Mrc16 ? 1 : format == SimulatedFormat::MrcU16 ? 6 : 2;
     QByteArray data(1024, '\0');
     const auto put = [&](int nOffset, qint32 nValue) { qToLittleEndian(nValue, data.data() + nOffset); };
     put(0, nWidth);
@@ -87,11 +96,11 @@ QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeigh
 }
 
 QString writeFrame(const QString& strFileName, const std::vector<float>& listPixel, int nWidth, int nHeight,
-                   FrameFormat format)
+                   SimulatedFormat format)
 {
-    const QByteArray data = format == FrameFormat::Png8  ? encodePng(listPixel, nWidth, nHeight)
-                            : format == FrameFormat::Dm3 ? encodeDm3(listPixel, nWidth, nHeight)
-                                                         : encodeMrc(listPixel, nWidth, nHeight, format);
+    const QByteArray data = format == SimulatedFormat::Png8  ? encodePng(listPixel, nWidth, nHeight)
+                            : format == SimulatedFormat::Dm3 ? encodeDm3(listPixel, nWidth, nHeight)
+                                                             : encodeMrc(listPixel, nWidth, nHeight, format);
     return data.isEmpty() ? QStringLiteral("the picture cannot be made") : writeWhole(strFileName, data);
 }
 
