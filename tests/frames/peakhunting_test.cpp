@@ -40,7 +40,7 @@ struct HuntingSeries : FrameSeries {
     bool run(const PeakHuntingOptions& options)
     {
         report.m_listLine.clear();
-        report.m_listColor.clear();
+        report.m_listSeverity.clear();
         return runPeakHunting(dataSet, parameters(), filters, report, options);
     }
 };
