@@ -1,10 +1,13 @@
 #include "imaging/lmderfit.h"
 
+#include "imaging/fitcovariance.h"
+
 #include <cminpack.h>
 
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace tessera {
 
@@ -47,15 +50,10 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
         m_vecCovariance.assign(nSize * nSize, dfNaN);
         return nInfo;
     }
-    const double dfNorm = enorm(m, fvec.data());
-    const double dfS2 = dfNorm * dfNorm / double(m - n);
-    covar(n, fjac.data(), m, ipvt.data(), dpmpar(1), wa1.data());
-    for (std::size_t i = 0; i < nSize; ++i) {
-        m_vecOpen[i] = fjac[i * (mSize + 1)] == 0;
-        m_vecStdErr[i] = std::sqrt(dfS2 * fjac[i * (mSize + 1)]);
-        for (std::size_t j = 0; j < nSize; ++j)
-            m_vecCovariance[i * nSize + j] = dfS2 * fjac[i * mSize + j];
-    }
+    FitCovariance errors = covarianceOfFit(fvec, std::move(fjac), ipvt);
+    m_vecStdErr = std::move(errors.vecStdErr);
+    m_vecCovariance = std::move(errors.vecCovariance);
+    m_vecOpen = std::move(errors.vecOpen);
     return nInfo;
 }
 

@@ -1,11 +1,14 @@
 #include "imaging/lmdiffit.h"
 
+#include "imaging/fitcovariance.h"
+
 #include <cminpack.h>
 
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace tessera {
 
@@ -36,14 +39,9 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     if (m == n)
         return nInfo;
 
-    const double dfNorm = enorm(m, fvec.data());
-    const double dfVariance = dfNorm * dfNorm / (m - n);
-    covar(n, fjac.data(), m, ipvt.data(), dpmpar(1), wa1.data());
-    for (std::size_t i = 0; i < nPara; i++) {
-        m_vecStdErr[i] = std::sqrt(dfVariance * fjac[i * (nRow + 1)]);
-        for (std::size_t j = 0; j < nPara; j++)
-            m_vecCovariance[i * nPara + j] = dfVariance * fjac[j * nRow + i];
-    }
+    FitCovariance errors = covarianceOfFit(fvec, std::move(fjac), ipvt);
+    m_vecStdErr = std::move(errors.vecStdErr);
+    m_vecCovariance = std::move(errors.vecCovariance);
     return nInfo;
 }
 
