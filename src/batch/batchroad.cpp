@@ -883,32 +883,32 @@ void CBatchRoad::reportCentreOffset(const IndexingResult& result)
 {
     // A wrong beam itself keeps reflections from being indexed, and those that fit in spite of it tell
     // least of it; then all are asked.
-    CentreOffset offset;
+    std::optional<CentreOffset> offset;
     QString strWhich = QStringLiteral("indexed");
     if (2 * result.listIndexed.size() >= result.listSelection.size()) {
         offset = fitCentreOffset(result.listIndexed, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
     }
-    if (!offset.bValid) {
+    if (!offset) {
         strWhich = QStringLiteral("selected, not only the indexed,");
         offset = fitCentreOffset(result.listSelection, m_dataSet.m_dfPixelSize, m_dataSet.m_dfRotationAxis);
     }
-    if (!offset.bValid) {
+    if (!offset) {
         m_report.addMessage(QStringLiteral("The reflections do not determine the direct beam."));
         return;
     }
     m_report.addMessage(QStringLiteral("The %1 reflections fit best with the direct beam moved by "
                                        "(%2, %3) pixels, err=(%4, %5).")
                             .arg(strWhich)
-                            .arg(offset.dfX, 0, 'f', 2)
-                            .arg(offset.dfY, 0, 'f', 2)
-                            .arg(offset.dfErrorX, 0, 'f', 2)
-                            .arg(offset.dfErrorY, 0, 'f', 2));
-    if (offset.length() > 1 && offset.length() > 3 * offset.lengthError()) {
+                            .arg(offset->dfX, 0, 'f', 2)
+                            .arg(offset->dfY, 0, 'f', 2)
+                            .arg(offset->dfErrorX, 0, 'f', 2)
+                            .arg(offset->dfErrorY, 0, 'f', 2));
+    if (offset->length() > 1 && offset->length() > 3 * offset->lengthError()) {
         m_report.addMessage(QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."),
                             Severity::Warning);
     }
-    m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset.dfX, offset.dfY};
-    m_summary[QStringLiteral("centreOffsetErrors")] = QJsonArray{offset.dfErrorX, offset.dfErrorY};
+    m_summary[QStringLiteral("centreOffset")] = QJsonArray{offset->dfX, offset->dfY};
+    m_summary[QStringLiteral("centreOffsetErrors")] = QJsonArray{offset->dfErrorX, offset->dfErrorY};
 }
 
 QJsonObject CBatchRoad::cellObject() const

@@ -95,11 +95,11 @@ Equations equationsOf(const Peak3D& peak, double dfPixelSize, double dfAxis)
 }
 
 /// One round. vecDistance: how far each point is missed, Å⁻¹.
-CentreOffset fitOnce(const std::vector<Equations>& vecEquations, std::vector<double>& vecDistance)
+std::optional<CentreOffset> fitOnce(const std::vector<Equations>& vecEquations,
+                                    std::vector<double>& vecDistance)
 {
-    CentreOffset offset;
     if (vecEquations.size() < 6)
-        return offset;
+        return std::nullopt;
     std::array<Row, g_nUnknowns> normal{};
     Row right{};
     for (const Equations& equations : vecEquations)
@@ -110,7 +110,7 @@ CentreOffset fitOnce(const std::vector<Equations>& vecEquations, std::vector<dou
                 right[i] += equations.aRow[n][i] * equations.aPoint[n];
             }
     if (!invert(normal))
-        return offset;
+        return std::nullopt;
     Row solution{};
     for (size_t i = 0; i < g_nUnknowns; ++i)
         for (size_t j = 0; j < g_nUnknowns; ++j)
@@ -130,32 +130,35 @@ CentreOffset fitOnce(const std::vector<Equations>& vecEquations, std::vector<dou
         dfSquares += dfSquare;
     }
     const double dfVariance = dfSquares / double(3 * vecEquations.size() - g_nUnknowns);
+    CentreOffset offset;
     offset.dfX = solution[9];
     offset.dfY = solution[10];
     offset.dfErrorX = std::sqrt(dfVariance * normal[9][9]);
     offset.dfErrorY = std::sqrt(dfVariance * normal[10][10]);
     offset.dfRms = std::sqrt(dfSquares / double(vecEquations.size()));
-    offset.bValid = std::isfinite(offset.dfX) && std::isfinite(offset.dfY);
+    if (!std::isfinite(offset.dfX) || !std::isfinite(offset.dfY))
+        return std::nullopt;
     return offset;
 }
 
 }  // namespace
 
-CentreOffset fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize, double dfRotationAxis)
+std::optional<CentreOffset> fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize,
+                                            double dfRotationAxis)
 {
     std::vector<Equations> vecEquations;
     for (const Peak3D& peak : listPeak)
         vecEquations.push_back(equationsOf(peak, dfPixelSize, dfRotationAxis * g_dfRadian));
     std::vector<double> vecDistance;
-    const CentreOffset offset = fitOnce(vecEquations, vecDistance);
-    if (!offset.bValid)
-        return offset;
+    const std::optional<CentreOffset> offset = fitOnce(vecEquations, vecDistance);
+    if (!offset)
+        return std::nullopt;
     std::vector<Equations> vecNear;
     for (size_t n = 0; n < vecEquations.size(); ++n)
-        if (vecDistance[n] <= 3 * offset.dfRms)
+        if (vecDistance[n] <= 3 * offset->dfRms)
             vecNear.push_back(vecEquations[n]);
-    const CentreOffset offsetNear = fitOnce(vecNear, vecDistance);
-    return offsetNear.bValid ? offsetNear : offset;
+    const std::optional<CentreOffset> offsetNear = fitOnce(vecNear, vecDistance);
+    return offsetNear ? offsetNear : offset;
 }
 
 }  // namespace tessera

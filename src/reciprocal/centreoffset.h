@@ -6,13 +6,13 @@
 #include <QList>
 
 #include <cmath>
+#include <optional>
 
 namespace tessera {
 
 /// A joint linear fit of basis and beam. Pixels are those of dfX2DCorrected: where a stretching was applied
 /// in the mapping, the offset is in stretched pixels.
 struct CentreOffset {
-    bool bValid = false;
     double dfX = 0;       ///< pixels to add to the direct beam, columns
     double dfY = 0;       ///< rows
     double dfErrorX = 0;  ///< standard errors, pixels
@@ -38,8 +38,9 @@ struct CentreOffset {
 ///                        strongest frame
 /// @param dfPixelSize     Å⁻¹ per pixel
 /// @param dfRotationAxis  degrees
-/// @return not valid with fewer than 6 reflections, or where they do not determine the eleven
+/// @return none with fewer than 6 reflections, or where they do not determine the eleven
 ///         unknowns (all at one tilt, or in one plane)
-CentreOffset fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize, double dfRotationAxis);
+std::optional<CentreOffset> fitCentreOffset(const QList<Peak3D>& listPeak, double dfPixelSize,
+                                            double dfRotationAxis);
 
 }  // namespace tessera

@@ -44,26 +44,26 @@ TEST(CentreOffset, ComesBackWhateverTheAxisAndInSpiteOfWrongIndices)
             ASSERT_GT(list.size(), 200);
             for (int n = 0; n < nWrong; ++n)
                 list[20 + 23 * n].dfH += 1;
-            const CentreOffset offset = fitCentreOffset(list, 0.002, dfAxis);
-            ASSERT_TRUE(offset.bValid);
-            EXPECT_NEAR(offset.dfX, 1.7, 0.01) << dfAxis << " " << nWrong;
-            EXPECT_NEAR(offset.dfY, -0.6, 0.01) << dfAxis << " " << nWrong;
-            EXPECT_LT(offset.dfRms, 1e-4);
+            const std::optional<CentreOffset> offset = fitCentreOffset(list, 0.002, dfAxis);
+            ASSERT_TRUE(offset);
+            EXPECT_NEAR(offset->dfX, 1.7, 0.01) << dfAxis << " " << nWrong;
+            EXPECT_NEAR(offset->dfY, -0.6, 0.01) << dfAxis << " " << nWrong;
+            EXPECT_LT(offset->dfRms, 1e-4);
         }
 }
 
 TEST(CentreOffset, HasHonestErrorsAndSaysWhenTheDataDoNotTell)
 {
     const QList<Peak3D> list = mappedCrystal(0, 0, 33, 1);
-    const CentreOffset offset = fitCentreOffset(list, 0.002, 33);
-    ASSERT_TRUE(offset.bValid);
+    const std::optional<CentreOffset> offset = fitCentreOffset(list, 0.002, 33);
+    ASSERT_TRUE(offset);
     const double dfExpected = std::sqrt(2.0 / 3 / list.size());  // one pixel in two of three directions
-    for (double dfError : {offset.dfErrorX, offset.dfErrorY, offset.lengthError()}) {
+    for (double dfError : {offset->dfErrorX, offset->dfErrorY, offset->lengthError()}) {
         EXPECT_GT(dfError, dfExpected * 0.7);
         EXPECT_LT(dfError, dfExpected * 2.5);
     }
-    EXPECT_LT(offset.length(), 3 * offset.lengthError());
-    EXPECT_NEAR(offset.dfRms, 0.002 * std::sqrt(2.0), 0.0003);
+    EXPECT_LT(offset->length(), 3 * offset->lengthError());
+    EXPECT_NEAR(offset->dfRms, 0.002 * std::sqrt(2.0), 0.0003);
 
     QList<Peak3D> listRow = list, listPlane = list;
     for (Peak3D& peak : listRow)
@@ -71,7 +71,7 @@ TEST(CentreOffset, HasHonestErrorsAndSaysWhenTheDataDoNotTell)
     for (Peak3D& peak : listPlane)
         peak.dfL = 0;
     for (const QList<Peak3D>& listBad : {QList<Peak3D>(), list.mid(0, 5), listRow, listPlane})
-        EXPECT_FALSE(fitCentreOffset(listBad, 0.002, 33).bValid);
+        EXPECT_FALSE(fitCentreOffset(listBad, 0.002, 33));
 }
 
 }  // namespace tessera
