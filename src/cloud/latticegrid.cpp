@@ -56,15 +56,16 @@ private:
 
 class CLatticeWalk {
 public:
-    CLatticeWalk(const QList<Vec3D>& listCell, const int* pnRange, float fScale, const CCamera& camera)
-        : m_listCell(listCell), m_fScale(fScale), m_bClip(latticeGridNeedsCamera(pnRange))
+    CLatticeWalk(const ReciprocalBasis& basis, const int* pnRange, float fScale, const CCamera& camera)
+        : m_basis(basis), m_fScale(fScale), m_bClip(latticeGridNeedsCamera(pnRange))
     {
         for (int i = 0; i < 3; i++)
             m_anReach[i] = m_anEnd[i] = std::max(pnRange[i], 0);
         const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
+        const std::array<Vec3D, 3> aVector = basis.vectors();
         for (size_t r = 0; r < 3; r++) {
             for (size_t i = 0; i < 3; i++) {
-                const Vec3D v = scaled(listCell[int(i)], fScale);
+                const Vec3D v = scaled(aVector[i], fScale);
                 m_aadfStep[i][r] = double(m[r]) * v.x + double(m[4 + r]) * v.y + double(m[8 + r]) * v.z;
             }
             m_adfOrigin[r] = m[12 + r];
@@ -110,9 +111,7 @@ public:
 private:
     Vec3D place(const int* pnIndex) const
     {
-        return scaled(scaled(m_listCell[0], float(pnIndex[0])) + scaled(m_listCell[1], float(pnIndex[1])) +
-                          scaled(m_listCell[2], float(pnIndex[2])),
-                      m_fScale);
+        return scaled(m_basis.point(pnIndex[0], pnIndex[1], pnIndex[2]), m_fScale);
     }
 
     // Calls pass(index with 0 along the row, greatest index, interval along the row) for each row of points
@@ -183,7 +182,7 @@ private:
                 m_anReach[i] = int(adfReach[i] + 1.0);
     }
 
-    const QList<Vec3D>& m_listCell;
+    const ReciprocalBasis& m_basis;
     const float m_fScale;
     const bool m_bClip;
     int m_anReach[3];         // of the indices looked at
@@ -202,16 +201,12 @@ bool latticeGridNeedsCamera(const int* pnRange)
     return dfCount > g_nMostLatticePointsWhole;
 }
 
-LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
+LatticeGrid makeLatticeGrid(const ReciprocalBasis& basis, const int* pnRange, float fScale,
                             const CCamera& camera)
 {
     LatticeGrid grid;
-    if (listCell.size() != 3)
-        return grid;
-    for (const Vec3D& v : listCell)
-        if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
-            return grid;
-    CLatticeWalk(listCell, pnRange, fScale, camera).fill(grid);
+    if (isFinite(basis))
+        CLatticeWalk(basis, pnRange, fScale, camera).fill(grid);
     return grid;
 }
 

@@ -2,9 +2,8 @@
 #pragma once
 
 #include "cloud/camera.h"
+#include "geometry/reciprocalbasis.h"
 #include "records/vec3d.h"
-
-#include <QList>
 
 #include <vector>
 
@@ -29,10 +28,10 @@ const int g_nMostLatticePointsWhole = 300000;
 /// least greatest index are taken, up to the limit: a guard against minutes of drawing. Points and lines
 /// along each axis are limited apart, and a greater range never gives fewer.
 ///
-/// @param listCell  a*, b*, c*; any other count, or a vector that is no number: nothing
-/// @param pnRange   of h, k, l; below 0 counts as 0
-/// @param fScale    factor on the coordinates
-LatticeGrid makeLatticeGrid(const QList<Vec3D>& listCell, const int* pnRange, float fScale,
+/// @param basis    with a component that is no number there is nothing
+/// @param pnRange  of h, k, l; below 0 counts as 0
+/// @param fScale   factor on the coordinates
+LatticeGrid makeLatticeGrid(const ReciprocalBasis& basis, const int* pnRange, float fScale,
                             const CCamera& camera);
 
 /// The grid above would depend on the camera.

@@ -98,7 +98,7 @@ void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
 
 void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
 {
-    m_listCell = listCell.size() == 3 ? listCell : QList<Vec3D>();
+    m_lattice = basisFromList(listCell);
     m_bLatticeGridValid = false;
     update();
 }

@@ -6,6 +6,7 @@
 #include "cloud/latticegrid.h"
 #include "cloud/pointgroups.h"
 #include "cloud/pointsizes.h"
+#include "geometry/reciprocalbasis.h"
 #include "records/peak3d.h"
 #include "records/vec3d.h"
 
@@ -16,6 +17,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QAction;
@@ -182,7 +184,7 @@ private:
     void drawLatticePoints();
     void drawLatticeLines();
     void drawRubberBand();
-    const LatticeGrid& latticeGrid();
+    const LatticeGrid& latticeGrid(const ReciprocalBasis& basis);
 
     CCamera m_camera;
     float m_fScale = 1.f;  ///< factor on all coordinates drawn
@@ -207,7 +209,7 @@ private:
     float m_fPointAlpha = 0.8f;
     float m_fCanvasGridAlpha = 0.8f;
 
-    QList<Vec3D> m_listCell;
+    std::optional<ReciprocalBasis> m_lattice;  ///< none: no lattice is drawn
     int m_nLatticeRangeH = 1;
     int m_nLatticeRangeK = 1;
     int m_nLatticeRangeL = 1;

@@ -330,12 +330,12 @@ void ED3DWidget::drawCanvasGrid()
     glPopMatrix();
 }
 
-const LatticeGrid& ED3DWidget::latticeGrid()
+const LatticeGrid& ED3DWidget::latticeGrid(const ReciprocalBasis& basis)
 {
     const int anRange[3] = {m_nLatticeRangeH, m_nLatticeRangeK, m_nLatticeRangeL};
     if (m_bLatticeGridValid && (m_cameraOfGrid == m_camera || !latticeGridNeedsCamera(anRange)))
         return m_latticeGrid;
-    m_latticeGrid = makeLatticeGrid(m_listCell, anRange, m_fScale, m_camera);
+    m_latticeGrid = makeLatticeGrid(basis, anRange, m_fScale, m_camera);
     m_cameraOfGrid = m_camera;
     m_bLatticeGridValid = true;
     return m_latticeGrid;
@@ -343,26 +343,27 @@ const LatticeGrid& ED3DWidget::latticeGrid()
 
 void ED3DWidget::drawLatticePoints()
 {
-    if (m_listCell.size() != 3)
+    if (!m_lattice)
         return;
     glPointSize(float(m_fLatticePointSize * m_dfViewRatio));
     setColor(m_colorLatticePoint, 1.f);
-    drawArray(GL_POINTS, latticeGrid().vecPoint);
+    drawArray(GL_POINTS, latticeGrid(*m_lattice).vecPoint);
 }
 
 void ED3DWidget::drawLatticeLines()
 {
-    if (m_listCell.size() != 3)
+    if (!m_lattice)
         return;
-    const LatticeGrid& grid = latticeGrid();
+    const LatticeGrid& grid = latticeGrid(*m_lattice);
     glLineWidth(float(m_dfViewRatio));
     for (int i : {2, 1, 0}) {
         glColor4f(i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f, 0.5f);
         drawArray(GL_LINES, grid.vecLine[i]);
     }
     glLineWidth(float(std::min(3.0 * m_camera.sizeFactor() * m_dfViewRatio, 1000.0)));
+    const std::array<Vec3D, 3> aVector = m_lattice->vectors();
     for (int i = 0; i < 3; i++) {
-        const Vec3D v = scaled(m_listCell[i], m_fScale);
+        const Vec3D v = scaled(aVector[i], m_fScale);
         glColor4f(i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f, 1.f);
         glBegin(GL_LINES);
         glVertex3f(0.f, 0.f, 0.f);

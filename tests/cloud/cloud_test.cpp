@@ -227,17 +227,16 @@ TEST(Camera, NoZoomTurnsThePictureRound)
 
 TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
 {
-    const QList<Vec3D> listCell{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
+    const ReciprocalBasis basis{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
     CCamera camera;
     const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anNone[3] = {0, -4, 0};
-    LatticeGrid grid = makeLatticeGrid(listCell, anSmall, 2.f, camera);
+    LatticeGrid grid = makeLatticeGrid(basis, anSmall, 2.f, camera);
     EXPECT_EQ(grid.vecPoint.size(), 35u);
     EXPECT_EQ(grid.vecLine[2].size(), 70u);
-    EXPECT_LT(length(grid.vecLine[0][1] - grid.vecLine[0][0] + scaled(listCell[0], 8)), 1e-6);  // +H to -H
-    EXPECT_EQ(makeLatticeGrid(listCell, anNone, 1.f, camera).vecPoint.size(), 1u);
-    const Vec3D a = listCell[0], b = listCell[1], c = listCell[2];
-    for (const QList<Vec3D>& list : {QList<Vec3D>{a}, QList<Vec3D>{a, b, {float(g_dfInf), 0, 0}}})
-        EXPECT_TRUE(makeLatticeGrid(list, anGreat, 1.f, camera).vecPoint.empty());
+    EXPECT_LT(length(grid.vecLine[0][1] - grid.vecLine[0][0] + scaled(basis.a, 8)), 1e-6);  // +H to -H
+    EXPECT_EQ(makeLatticeGrid(basis, anNone, 1.f, camera).vecPoint.size(), 1u);
+    const Vec3D a = basis.a, b = basis.b, c = basis.c;
+    EXPECT_TRUE(makeLatticeGrid({a, b, {float(g_dfInf), 0, 0}}, anGreat, 1.f, camera).vecPoint.empty());
 
     camera.viewAlong({1, 2, 3});
     camera.m_fPanX = -1.1f;
@@ -247,7 +246,7 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     const auto key = [](const Vec3D& v) {
         return std::vector<long>{std::lround(v.x * 1e4), std::lround(v.y * 1e4), std::lround(v.z * 1e4)};
     };
-    for (const Vec3D& v : makeLatticeGrid(listCell, anGreat, 1.f, camera).vecPoint)
+    for (const Vec3D& v : makeLatticeGrid(basis, anGreat, 1.f, camera).vecPoint)
         setDrawn.insert(key(v));
     size_t nSeen = 0;
     for (int n = 0; n < 121 * 101 * 81; n++) {
@@ -264,20 +263,20 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
 
     // A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn,
     // but never less of a greater range.
-    const QList<QList<Vec3D>> listDense{{{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
-                                        {{0.008f, 0, 0}, {0.001f, 0.009f, 0}, {0, 0, 0.005f}},
-                                        {a, b, c},
-                                        {a, b, scaled(c, 0.01f)},
-                                        {a, b, a}};
-    for (const QList<Vec3D>& list : listDense) {
+    const QList<ReciprocalBasis> listDense{{{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
+                                           {{0.008f, 0, 0}, {0.001f, 0.009f, 0}, {0, 0, 0.005f}},
+                                           {a, b, c},
+                                           {a, b, scaled(c, 0.01f)},
+                                           {a, b, a}};
+    for (const ReciprocalBasis& dense : listDense) {
         LatticeGrid smaller;
         for (int n : {33, 40, 41, 62, 63, 150, 159, 1000}) {
             const int anRange[3] = {n, n, n};
             QElapsedTimer timer;
             timer.start();
-            grid = makeLatticeGrid(list, anRange, 1.f, CCamera());
+            grid = makeLatticeGrid(dense, anRange, 1.f, CCamera());
             EXPECT_LT(timer.elapsed(), 3000);
-            const bool bAll = &list == &listDense[0] && n <= 40;
+            const bool bAll = &dense == &listDense[0] && n <= 40;
             EXPECT_TRUE(!bAll || (grid.vecPoint.size() == std::pow(2 * n + 1, 3) &&
                                   grid.vecLine[1].size() == 2 * std::pow(2 * n + 1, 2)));
             EXPECT_GE(grid.vecPoint.size(), smaller.vecPoint.size()) << n;
