@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-QList<Vec3D> benchCell()
+ReciprocalBasis benchCell()
 {
     return {{0.04f, 0.f, 0.f}, {0.f, 0.0501f, 0.f}, {0.003f, 0.002f, 0.0402f}};
 }

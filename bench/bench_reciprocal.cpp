@@ -114,12 +114,12 @@ void BM_Indexing(benchmark::State& state)
             peak.dfDStar = double(length(peak.point()));
         }
     }
-    const QList<Vec3D> listBasis = {
+    const ReciprocalBasis basis = {
         {fWrong / fEdge, 0, 0}, {0, 1 / fEdge / 1.1f, 0}, {0, 0, 1 / fEdge / 1.3f}};
     CRunReport report;
     for (auto _ : state) {
         QList<Peak3D> listIndexed = list;
-        indexReflections(listIndexed, listBasis, 0.05f, 1.f / 3, report);
+        indexReflections(listIndexed, basis, 0.05f, 1.f / 3, report);
         benchmark::DoNotOptimize(listIndexed);
     }
     state.counters["reflections"] = list.size();

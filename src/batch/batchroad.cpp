@@ -127,15 +127,21 @@ QString limitText(double dfLimit)
     return std::isinf(dfLimit) ? QStringLiteral("any") : QString::number(dfLimit, 'f', 1);
 }
 
-QString cellText(const double* pdfCell, const double* pdfError)
+QJsonArray toArray(const CellParameters& cell)
+{
+    return toArray(cell.numbers().data(), 6);
+}
+
+QString cellText(const CellParameters& cell, const CellParameters& stdErr)
 {
     static const char* const aszName[] = {"a", "b", "c", "α", "β", "γ"};
+    const std::array<double, 6> adfCell = cell.numbers(), adfError = stdErr.numbers();
     QStringList listPart;
     for (int i = 0; i < 6; ++i) {
         listPart.append(QStringLiteral("%1=%2(%3)%4")
                             .arg(QString::fromUtf8(aszName[i]))
-                            .arg(pdfCell[i], 0, 'f', i < 3 ? 4 : 3)
-                            .arg(pdfError[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(adfCell[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(adfError[i], 0, 'f', i < 3 ? 4 : 3)
                             .arg(i < 3 ? QStringLiteral(" Å") : QStringLiteral("°")));
     }
     return listPart.join(QStringLiteral(", "));
@@ -143,9 +149,9 @@ QString cellText(const double* pdfCell, const double* pdfError)
 
 QJsonObject pairsObject(const DifferenceVectorRefinement& found)
 {
-    return {{QStringLiteral("parameters"), toArray(found.dfCell, 6)},
-            {QStringLiteral("standardErrors"), toArray(found.refinement.dfCellStdErr, 6)},
-            {QStringLiteral("rmsDStar"), found.refinement.dfRmsAfter[0]},
+    return {{QStringLiteral("parameters"), toArray(found.refinement->cell)},
+            {QStringLiteral("standardErrors"), toArray(found.refinement->cellStdErr)},
+            {QStringLiteral("rmsDStar"), found.refinement->dfRmsAfter[0]},
             {QStringLiteral("pairs"), double(found.nPairs)},
             {QStringLiteral("groups"), found.listDifference.size()},
             {QStringLiteral("groupsRejected"), found.nGroupsRejected},
@@ -481,7 +487,7 @@ bool CBatchRoad::loadCell(const QString& strFileName)
 {
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFileName, &strReason);
-    if (listCell.size() != 3) {
+    if (listCell.isEmpty()) {
         m_report.addMessage(
             QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFileName),
             Severity::Error);
@@ -755,15 +761,15 @@ bool CBatchRoad::runIndex()
 
 void CBatchRoad::reportRotationSense(const QList<Peak3D>& listIndexed)
 {
-    const RotationSense sense = judgeRotationSense(listIndexed, m_dataSet);
-    if (sense.bOpposite) {
+    const std::optional<RotationSense> sense = judgeRotationSense(listIndexed, m_dataSet);
+    if (sense && sense->bOpposite) {
         m_report.addMessage(
             QStringLiteral(
                 "Warning: the rotation seems to go the other way, and the indices to be those of the mirror "
                 "image: turned round they fit the tilts of the reflections with a sum of squares of %1 "
                 "degrees² instead of %2. Add 180 to the rotation axis and see whether this line goes.")
-                .arg(sense.dfSquaresAfter, 0, 'f', 1)
-                .arg(sense.dfSquaresBefore, 0, 'f', 1),
+                .arg(sense->dfSquaresAfter, 0, 'f', 1)
+                .arg(sense->dfSquaresBefore, 0, 'f', 1),
             Severity::Warning);
     }
 }
@@ -833,15 +839,16 @@ bool CBatchRoad::runRefine()
             m_dataSet, parameters, m_report, [&](const QVector<QList<Peak3D>>& vecPeak) {
                 return refinePeakPosition(m_dataSet, vecPeak, m_report, fit);
             });
-        if (!found.bRefined) {
+        if (!found.refinement) {
             return fail(QStringLiteral("No cell came out of the %1: %2 pairs, %3 difference vectors.")
                             .arg(run.strName)
                             .arg(found.nPairs)
                             .arg(found.listDifference.size()));
         }
-        m_report.addMessage(QStringLiteral("Cell from the %1: %2.")
-                                .arg(run.strName, cellText(found.dfCell, found.refinement.dfCellStdErr)),
-                            Severity::Milestone);
+        m_report.addMessage(
+            QStringLiteral("Cell from the %1: %2.")
+                .arg(run.strName, cellText(found.refinement->cell, found.refinement->cellStdErr)),
+            Severity::Milestone);
         if (9 * found.nGroupsRejected > found.listDifference.size()) {
             m_report.addMessage(
                 QStringLiteral(
@@ -860,23 +867,23 @@ bool CBatchRoad::runRefine()
 
 void CBatchRoad::refineCell(const QList<Peak3D>& listIndexed)
 {
-    double a = 0, b = 0, c = 0, dfAlpha = 0, dfBeta = 0, dfGamma = 0;
     if (listIndexed.size() < 7) {
         m_report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
                             Severity::Error);
         return;
     }
-    if (!cellParametersFromList(m_dataSet.m_listCell, a, b, c, dfAlpha, dfBeta, dfGamma)) {
+    const std::optional<CellParameters> cell = cellParametersFromList(m_dataSet.m_listCell);
+    if (!cell) {
         return;
     }
-    CellRefinement refinement;
-    if (!unitCellRefinement(listIndexed, a, b, c, dfAlpha, dfBeta, dfGamma, m_report, &refinement)) {
+    const std::optional<CellRefinement> refinement = unitCellRefinement(listIndexed, *cell, m_report);
+    if (!refinement) {
         return;
     }
     m_summary[QStringLiteral("refined")] = QJsonObject{
-        {QStringLiteral("parameters"), toArray(refinement.dfCell, 6)},
-        {QStringLiteral("standardErrors"), toArray(refinement.dfCellStdErr, 6)},
-        {QStringLiteral("rmsDStar"), refinement.dfRmsAfter[0]}};
+        {QStringLiteral("parameters"), toArray(refinement->cell)},
+        {QStringLiteral("standardErrors"), toArray(refinement->cellStdErr)},
+        {QStringLiteral("rmsDStar"), refinement->dfRmsAfter[0]}};
 }
 
 void CBatchRoad::reportCentreOffset(const IndexingResult& result)
@@ -913,15 +920,12 @@ void CBatchRoad::reportCentreOffset(const IndexingResult& result)
 
 QJsonObject CBatchRoad::cellObject() const
 {
-    double adfCell[6] = {};
-    if (!cellParametersFromList(m_dataSet.m_listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3],
-                                adfCell[4], adfCell[5])) {
+    const std::optional<CellParameters> cell = cellParametersFromList(m_dataSet.m_listCell);
+    if (!cell) {
         return {};
     }
-    CCrystalParaCal calculator;
-    calculator.setUnitCell(adfCell[0], adfCell[1], adfCell[2], adfCell[3], adfCell[4], adfCell[5]);
-    return {{QStringLiteral("parameters"), toArray(adfCell, 6)},
-            {QStringLiteral("volume"), calculator.getVolume()}};
+    return {{QStringLiteral("parameters"), toArray(*cell)},
+            {QStringLiteral("volume"), CCrystalParaCal(*cell).getVolume()}};
 }
 
 }  // namespace tessera

@@ -89,14 +89,24 @@ void startCoefficients(double a, double b, double c, double dfAlpha, double dfBe
     pCoef[5] = 2 * a * b * b * c * (dfCosC * dfCosA - dfCosB) / dfV2;
 }
 
-void cellOf(const CUclsCell& cell, double* pCell)
+CellParameters cellOf(const CUclsCell& cell)
 {
-    pCell[0] = cell.calA();
-    pCell[1] = cell.calB();
-    pCell[2] = cell.calC();
-    pCell[3] = cell.calAlpha() * g_dfDegreesPerRadian;
-    pCell[4] = cell.calBeta() * g_dfDegreesPerRadian;
-    pCell[5] = cell.calGamma() * g_dfDegreesPerRadian;
+    return {cell.calA(),
+            cell.calB(),
+            cell.calC(),
+            cell.calAlpha() * g_dfDegreesPerRadian,
+            cell.calBeta() * g_dfDegreesPerRadian,
+            cell.calGamma() * g_dfDegreesPerRadian};
+}
+
+CellParameters standardErrorsOf(const CUclsCell& cell)
+{
+    return {std::sqrt(cell.varA()),
+            std::sqrt(cell.varB()),
+            std::sqrt(cell.varC()),
+            std::sqrt(cell.varAlpha()) * g_dfDegreesPerRadian,
+            std::sqrt(cell.varBeta()) * g_dfDegreesPerRadian,
+            std::sqrt(cell.varGamma()) * g_dfDegreesPerRadian};
 }
 
 QString sixNumbers(const double* p)
@@ -110,6 +120,11 @@ QString sixNumbers(const double* p)
         .arg(p[5]);
 }
 
+QString sixNumbers(const CellParameters& cell)
+{
+    return sixNumbers(cell.numbers().data());
+}
+
 QString twoNumbers(const double* p)
 {
     return QStringLiteral("%L1, %L2").arg(p[0]).arg(p[1]);
@@ -117,26 +132,24 @@ QString twoNumbers(const double* p)
 
 }  // namespace
 
-bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, double& c, double& alpha,
-                        double& beta, double& gamma, CRunReport& report, CellRefinement* pResult)
+std::optional<CellRefinement> unitCellRefinement(const QList<Peak3D>& listPeak,
+                                                 const CellParameters& cellStart, CRunReport& report)
 {
     CellRefinement result;
     double aCoef[g_nParam];
-    startCoefficients(a, b, c, alpha * g_dfRadiansPerDegree, beta * g_dfRadiansPerDegree,
-                      gamma * g_dfRadiansPerDegree, aCoef);
+    startCoefficients(cellStart.a, cellStart.b, cellStart.c, cellStart.alpha * g_dfRadiansPerDegree,
+                      cellStart.beta * g_dfRadiansPerDegree, cellStart.gamma * g_dfRadiansPerDegree, aCoef);
     report.addMessage(QStringLiteral("Unit cell refinement: %1 points.").arg(listPeak.size()));
     if (listPeak.size() < 6) {
         report.addMessage(QStringLiteral("Too few peaks for refinement."), Severity::Error);
-        return false;
+        return std::nullopt;
     }
 
     FitData data = fitData(listPeak);
     figuresOfMerit(data, aCoef, result.dfRmsBefore);
     CUclsCell cell;
     cell.setCoefficients(aCoef[0], aCoef[1], aCoef[2], aCoef[3], aCoef[4], aCoef[5]);
-    double aCellBefore[6];
-    cellOf(cell, aCellBefore);
-    report.addMessage(QStringLiteral("Unit cell before UCLS refinement: ") + sixNumbers(aCellBefore));
+    report.addMessage(QStringLiteral("Unit cell before UCLS refinement: ") + sixNumbers(cellOf(cell)));
     report.addMessage(QStringLiteral("A-F before UCLS refinement: ") + sixNumbers(aCoef));
     report.addMessage(QStringLiteral("RMS of the d* errors before fitting: ") +
                       twoNumbers(result.dfRmsBefore));
@@ -150,20 +163,15 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
     const double* p = result.dfCoefficient;
     cell.setCoefficients(p[0], p[1], p[2], p[3], p[4], p[5]);
     cell.setCovariance(fit.m_vecCovariance.data());
-    cellOf(cell, result.dfCell);
-    result.dfCellStdErr[0] = std::sqrt(cell.varA());
-    result.dfCellStdErr[1] = std::sqrt(cell.varB());
-    result.dfCellStdErr[2] = std::sqrt(cell.varC());
-    result.dfCellStdErr[3] = std::sqrt(cell.varAlpha()) * g_dfDegreesPerRadian;
-    result.dfCellStdErr[4] = std::sqrt(cell.varBeta()) * g_dfDegreesPerRadian;
-    result.dfCellStdErr[5] = std::sqrt(cell.varGamma()) * g_dfDegreesPerRadian;
+    result.cell = cellOf(cell);
+    result.cellStdErr = standardErrorsOf(cell);
     figuresOfMerit(data, result.dfCoefficient, result.dfRmsAfter);
 
     report.addMessage(QStringLiteral("A-F after UCLS refinement: ") + sixNumbers(result.dfCoefficient) +
                       QStringLiteral("; result = %L1").arg(result.nInfo));
     report.addMessage(QStringLiteral("A-F UCLS esd: ") + sixNumbers(result.dfCoefficientStdErr));
-    report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.dfCell));
-    report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.dfCellStdErr));
+    report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.cell));
+    report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.cellStdErr));
     report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
     QStringList listOpen;
     for (int i = 0; i < g_nParam; ++i)
@@ -174,28 +182,34 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
             QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
                 .arg(listOpen.join(QStringLiteral(", "))),
             Severity::Error);
-    if (pResult)
-        *pResult = result;
 
     // A form that isn't positive definite has no direct cell, though two negative numbers may make a root
-    // that looks like a length. A fit of numbers that aren't finite found nothing. The cell that came in
-    // stays.
-    const auto allFinite = [](const double* pFirst, std::size_t nCount) {
-        return std::all_of(pFirst, pFirst + nCount, [](double df) { return std::isfinite(df); });
+    // that looks like a length. A fit of numbers that aren't finite found nothing.
+    const auto allFinite = [](const auto& numbers) {
+        return std::all_of(numbers.begin(), numbers.end(), [](double df) { return std::isfinite(df); });
     };
     const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
-    if (!bDefinite || !allFinite(result.dfCell, 6) ||
-        !allFinite(fit.m_vecResidual.data(), fit.m_vecResidual.size())) {
+    if (!bDefinite || !allFinite(result.cell.numbers()) || !allFinite(fit.m_vecResidual)) {
         report.addMessage(QStringLiteral("The fit gives no unit cell; the cell stays as it was."),
                           Severity::Error);
-        return false;
+        return std::nullopt;
     }
-    a = result.dfCell[0];
-    b = result.dfCell[1];
-    c = result.dfCell[2];
-    alpha = result.dfCell[3];
-    beta = result.dfCell[4];
-    gamma = result.dfCell[5];
+    return result;
+}
+
+bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, double& c, double& alpha,
+                        double& beta, double& gamma, CRunReport& report)
+{
+    const std::optional<CellRefinement> result = unitCellRefinement(listPeak, {a, b, c, alpha, beta, gamma},
+                                                                    report);
+    if (!result)
+        return false;
+    a = result->cell.a;
+    b = result->cell.b;
+    c = result->cell.c;
+    alpha = result->cell.alpha;
+    beta = result->cell.beta;
+    gamma = result->cell.gamma;
     return true;
 }
 

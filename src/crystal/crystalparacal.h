@@ -1,11 +1,18 @@
 // CCrystalParaCal: d* of a reflection and the volume from the direct cell, in double precision.
 #pragma once
 
+#include "records/cellparameters.h"
+
 namespace tessera {
 
 /// Source: International Tables for Crystallography, Vol. B, section 1.1.2 (metric of the dual basis).
 class CCrystalParaCal {
 public:
+    CCrystalParaCal() = default;
+    explicit CCrystalParaCal(const CellParameters& cell)
+    {
+        setUnitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+    }
     virtual ~CCrystalParaCal() = default;
 
     /// a, b, c in Å, angles in degrees.

@@ -19,11 +19,11 @@ double dotDouble(const Vec3D& a, const Vec3D& b)
     return double(a.x) * double(b.x) + double(a.y) * double(b.y) + double(a.z) * double(b.z);
 }
 
-double tripleProduct(const QList<Vec3D>& list)
+double tripleProduct(const ReciprocalBasis& basis)
 {
-    const double aRow[3][3] = {{double(list[0].x), double(list[0].y), double(list[0].z)},
-                               {double(list[1].x), double(list[1].y), double(list[1].z)},
-                               {double(list[2].x), double(list[2].y), double(list[2].z)}};
+    const double aRow[3][3] = {{double(basis.a.x), double(basis.a.y), double(basis.a.z)},
+                               {double(basis.b.x), double(basis.b.y), double(basis.b.z)},
+                               {double(basis.c.x), double(basis.c.y), double(basis.c.z)}};
     return aRow[0][0] * (aRow[1][1] * aRow[2][2] - aRow[1][2] * aRow[2][1]) +
            aRow[0][1] * (aRow[1][2] * aRow[2][0] - aRow[1][0] * aRow[2][2]) +
            aRow[0][2] * (aRow[1][0] * aRow[2][1] - aRow[1][1] * aRow[2][0]);
@@ -47,7 +47,8 @@ SweptRange sweptRange(const QList<double>& listOverallTilt)
 // Walks all lattice points with d* below the effective d* of the observed reflections, in the order of
 // h, k, l, and keeps those that `keep(g)` accepts.
 template <class Keep>
-QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
+                                    const std::optional<ReciprocalBasis>& basis,
                                     const QList<double>& listOverallTilt, CRunReport& report,
                                     bool* pbComplete, const Keep& keep)
 {
@@ -56,18 +57,17 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
         *pbComplete = true;
     const float fDStar = getEffectiveDStar(listPeak);
     const float fLimit = fDStar * fDStar;
-    if (listOverallTilt.isEmpty() || listCell.size() != 3 || fDStar == 0.f)
+    if (listOverallTilt.isEmpty() || !basis || fDStar == 0.f)
         return listAll;
 
-    const float aMax[3] = {std::trunc(2 * fDStar / length(listCell[0])),
-                           std::trunc(2 * fDStar / length(listCell[1])),
-                           std::trunc(2 * fDStar / length(listCell[2]))};
+    const float aMax[3] = {std::trunc(2 * fDStar / length(basis->a)),
+                           std::trunc(2 * fDStar / length(basis->b)),
+                           std::trunc(2 * fDStar / length(basis->c))};
     // Inside the sphere lie about as many points as reciprocal cells fit into it, but no more than in the box
     // of the loops. Flat cells have few points there, and still every row of l is looked at.
     const double dfRows = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1);
     const double dfRow = 2 * double(aMax[2]) + 1;
-    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) /
-                            std::fabs(tripleProduct(listCell));
+    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(*basis));
     const double dfPoints = std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
     if (!(dfPoints <= g_dfMaxLatticePoints)) {
         if (pbComplete)
@@ -86,12 +86,12 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
     // 1e-4 of the squared limit and one step at both ends, far above the rounding of the single-precision
     // test below, which alone decides.
     const double dfWideLimit = double(fLimit) * (1 + 1e-4);
-    const double dfStep2 = dotDouble(listCell[2], listCell[2]);
+    const double dfStep2 = dotDouble(basis->c, basis->c);
     for (int h = -nHMax; h <= nHMax; ++h) {
-        const Vec3D vecH = scaled(listCell[0], float(h));
+        const Vec3D vecH = scaled(basis->a, float(h));
         for (int k = -nKMax; k <= nKMax; ++k) {
-            const Vec3D vecHK = vecH + scaled(listCell[1], float(k));
-            const double dfMiddle = -dotDouble(vecHK, listCell[2]) / dfStep2;
+            const Vec3D vecHK = vecH + scaled(basis->b, float(k));
+            const double dfMiddle = -dotDouble(vecHK, basis->c) / dfStep2;
             const double dfNearest2 = dotDouble(vecHK, vecHK) - dfMiddle * dfMiddle * dfStep2;
             if (dfNearest2 > dfWideLimit)
                 continue;
@@ -99,7 +99,7 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak, const QList<V
             const int nFrom = int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax)));
             const int nTo = int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)));
             for (int l = nFrom; l <= nTo; ++l) {
-                const Vec3D g = vecHK + scaled(listCell[2], float(l));
+                const Vec3D g = vecHK + scaled(basis->c, float(l));
                 if (squaredLength(g) < fLimit && keep(g))
                     listAll.append({h, k, l, 0.0});
             }
@@ -124,7 +124,7 @@ float getEffectiveDStar(const QList<Peak3D>& listPeak)
     return float(vecDStar[std::size_t(0.95 * double(vecDStar.size()))]);
 }
 
-QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, CRunReport& report, bool* pbComplete)
 {
     const SweptRange range = sweptRange(listOverallTilt);
@@ -138,16 +138,16 @@ QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3
             dfPsi += 2 * g_dfPi;
         return (range.dfLow < dfPhi && dfPhi < range.dfHigh) || (range.dfLow < dfPsi && dfPsi < range.dfHigh);
     };
-    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, pbComplete, isSwept);
+    return enumeratedReflections(listPeak, basis, listOverallTilt, report, pbComplete, isSwept);
 }
 
-QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const std::optional<ReciprocalBasis>& basis,
                                 const QList<double>& listOverallTilt, CRunReport& report)
 {
     const SweptRange range = sweptRange(listOverallTilt);
     const double dfLow = std::tan(range.dfLow), dfHigh = std::tan(range.dfHigh);
     const double dfLowBack = std::tan(range.dfLow + g_dfPi), dfHighBack = std::tan(range.dfHigh + g_dfPi);
-    return enumeratedReflections(listPeak, listCell, listOverallTilt, report, nullptr, [=](const Vec3D& g) {
+    return enumeratedReflections(listPeak, basis, listOverallTilt, report, nullptr, [=](const Vec3D& g) {
         const double dfSlope = double(g.z) / double(g.y);
         if (g.y > 0)
             return dfLow < dfSlope && dfSlope < dfHigh;

@@ -1,12 +1,14 @@
 // Expected reflections: what a data set could have shown, and what of it was not observed.
 #pragma once
 
+#include "geometry/reciprocalbasis.h"
 #include "records/hklref.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "records/vec3d.h"
 
 #include <QList>
+
+#include <optional>
 
 namespace tessera {
 
@@ -25,17 +27,17 @@ constexpr double g_dfMaxLatticePoints = 1e8;
 /// fastest. The range is taken from the first and last tilt as numbers: a passage through ±180 degrees is
 /// not followed.
 ///
-/// @param listCell         a*, b*, c* in Å⁻¹; any other count gives an empty list
+/// @param basis            none gives an empty list
 /// @param listOverallTilt  degrees; an empty list gives an empty list
 /// @param pbComplete       may be null; takes false if the enumeration was refused, else true
 /// @return empty, with a red line in the log, when refused: for more than about g_dfMaxLatticePoints lattice
 ///         points and for vectors that are 0 or not finite
-QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, CRunReport& report,
                                  bool* pbComplete = nullptr);
 
 /// The same with a test on the slope g.z/g.y in place of the angle; points with g.y = 0 are dropped.
-QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const QList<Vec3D>& listCell,
+QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const std::optional<ReciprocalBasis>& basis,
                                 const QList<double>& listOverallTilt, CRunReport& report);
 
 /// The entries of `listAll` whose indices are not among those of `listObserved`, in order.

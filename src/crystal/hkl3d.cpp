@@ -5,23 +5,21 @@
 
 namespace tessera {
 
-bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
-               CRunReport& report)
+bool showHKL3D(const QList<HKL5>& listHKL, const std::optional<ReciprocalBasis>& basis,
+               QList<Peak3D>& listPeak, CRunReport& report)
 {
-    if (listCell.size() != 3) {
+    if (!basis) {
         report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Severity::Error);
         return false;
     }
-    Vec3D vecA, vecB, vecC;
-    if (!reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], vecA, vecB, vecC)) {
+    if (!reciprocalToDirectBasis(*basis)) {
         report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
         return false;
     }
     QList<Peak3D> listNew;
     listNew.reserve(listHKL.size());
     for (const HKL5& hkl : listHKL) {
-        const Vec3D g = scaled(listCell[0], float(hkl.nH)) + scaled(listCell[1], float(hkl.nK)) +
-                        scaled(listCell[2], float(hkl.nL));
+        const Vec3D g = basis->point(hkl.nH, hkl.nK, hkl.nL);
         Peak3D peak;
         peak.setPoint(g);
         peak.dfDStar = double(length(g));
@@ -35,12 +33,12 @@ bool showHKL3D(const QList<HKL5>& listHKL, const QList<Vec3D>& listCell, QList<P
     return true;
 }
 
-bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QList<Peak3D>& listPeak,
-                   CRunReport& report, bool* pbShown)
+bool loadShelxFile(const QString& strFileName, const std::optional<ReciprocalBasis>& basis,
+                   QList<Peak3D>& listPeak, CRunReport& report, bool* pbShown)
 {
     if (pbShown)
         *pbShown = false;
-    if (listCell.size() != 3) {
+    if (!basis) {
         report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Severity::Error);
         return false;
     }
@@ -53,7 +51,7 @@ bool loadShelxFile(const QString& strFileName, const QList<Vec3D>& listCell, QLi
         return false;
     }
     report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));
-    const bool bShown = showHKL3D(listHKL, listCell, listPeak, report);
+    const bool bShown = showHKL3D(listHKL, basis, listPeak, report);
     if (pbShown)
         *pbShown = bShown;
     return true;

@@ -19,7 +19,8 @@ void sayUnwritten(const QString& strFileName, const QString& strReason, CRunRepo
 
 }  // namespace
 
-bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
+bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
+                                 const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
                                  const QString& strProjectName, CRunReport& report, CFileSet* pSet)
 {
@@ -27,7 +28,7 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
     const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
     bool bComplete = true;
     const QList<HKLRef> listMissing = missingReflections(
-        calAllReflections2(listIndexedPeak, listCell, listOverallTilt, report, &bComplete), listObserved);
+        calAllReflections2(listIndexedPeak, basis, listOverallTilt, report, &bComplete), listObserved);
     const QString strHKL = hklFileText(listObserved, listMissing);
     report.addMessage(
         QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
@@ -44,16 +45,15 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QLi
         sayUnwritten(strHKLFile, strReason, report);
 
     const QString strP4PFile = strBase + QStringLiteral(".p4p");
-    double a, b, c, alpha, beta, gamma;
     QString strP4P;
-    if (cellParametersFromList(listCell, a, b, c, alpha, beta, gamma))
+    if (const std::optional<CellParameters> cell = basis ? cellParameters(*basis) : std::nullopt)
         strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")
-                     .arg(a, 8, 'f', 3)
-                     .arg(b, 8, 'f', 3)
-                     .arg(c, 8, 'f', 3)
-                     .arg(alpha, 8, 'f', 2)
-                     .arg(beta, 8, 'f', 2)
-                     .arg(gamma, 8, 'f', 2);
+                     .arg(cell->a, 8, 'f', 3)
+                     .arg(cell->b, 8, 'f', 3)
+                     .arg(cell->c, 8, 'f', 3)
+                     .arg(cell->alpha, 8, 'f', 2)
+                     .arg(cell->beta, 8, 'f', 2)
+                     .arg(cell->gamma, 8, 'f', 2);
     const bool bP4PWritten = writeTextFile(strP4PFile, strP4P, &strReason, pSet);
     if (!bP4PWritten)
         sayUnwritten(strP4PFile, strReason, report);

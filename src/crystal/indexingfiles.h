@@ -1,13 +1,15 @@
 // Result files of indexing for structure solution: .hkl and .p4p.
 #pragma once
 
+#include "geometry/reciprocalbasis.h"
 #include "records/fileset.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "records/vec3d.h"
 
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 namespace tessera {
 
@@ -16,11 +18,12 @@ namespace tessera {
 /// them.
 ///
 /// @param listIndexedPeak  indexed reflections, real indices
-/// @param listCell         a*, b*, c* in Å⁻¹; without a cell the p4p file is empty and nothing is said
+/// @param basis            without a cell the p4p file is empty and nothing is said
 /// @param listOverallTilt  degrees, one per frame
 /// @param pSet             may be null; else the files become part of the set and wait for its commit()
 /// @return true if both files stand
-bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak, const QList<Vec3D>& listCell,
+bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
+                                 const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
                                  const QString& strProjectName, CRunReport& report, CFileSet* pSet = nullptr);
 

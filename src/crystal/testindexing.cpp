@@ -9,21 +9,21 @@
 
 namespace tessera {
 
-bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report)
+bool testIndexing(const std::optional<ReciprocalBasis>& basis, QList<Peak3D>& listPeak, CRunReport& report)
 {
-    double a = 20.091, b = 20.0, c = 13.37, alpha = 90, beta = 89.6, gamma = 90;
-    cellParametersFromList(listCell, a, b, c, alpha, beta, gamma);
+    const std::optional<CellParameters> cellInForce = basis ? cellParameters(*basis) : std::nullopt;
+    const CellParameters cell = cellInForce.value_or(CellParameters{20.091, 20.0, 13.37, 90, 89.6, 90});
     CReflectionBuilder builder;
-    if (!builder.setUnitCell(a, b, c, alpha, beta, gamma)) {
+    if (!builder.setUnitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma)) {
         report.addMessage(
             QStringLiteral("The unit cell is no cell that reflections can be built of: %1, %2, %3, %4, "
                            "%5, %6.")
-                .arg(a)
-                .arg(b)
-                .arg(c)
-                .arg(alpha)
-                .arg(beta)
-                .arg(gamma),
+                .arg(cell.a)
+                .arg(cell.b)
+                .arg(cell.c)
+                .arg(cell.alpha)
+                .arg(cell.beta)
+                .arg(cell.gamma),
             Severity::Error);
         return false;
     }
@@ -42,7 +42,7 @@ bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunRep
     QList<HKL5> listHKL;
     for (const std::array<int, 3>& hkl : builder.reflections())
         listHKL.append({hkl[0], hkl[1], hkl[2], 100, 0});
-    return showHKL3D(listHKL, listCell, listPeak, report);
+    return showHKL3D(listHKL, basis, listPeak, report);
 }
 
 }  // namespace tessera

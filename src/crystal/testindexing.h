@@ -1,11 +1,13 @@
 // Test run: the reflections that a cell could show, as points for a look.
 #pragma once
 
+#include "geometry/reciprocalbasis.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "records/vec3d.h"
 
 #include <QList>
+
+#include <optional>
 
 namespace tessera {
 
@@ -14,6 +16,6 @@ namespace tessera {
 /// @param listPeak  replaced by the points; untouched without a cell in force, for one that
 ///                  CReflectionBuilder refuses and for too many reflections, which is then said in red
 /// @return whether `listPeak` has been replaced
-bool testIndexing(const QList<Vec3D>& listCell, QList<Peak3D>& listPeak, CRunReport& report);
+bool testIndexing(const std::optional<ReciprocalBasis>& basis, QList<Peak3D>& listPeak, CRunReport& report);
 
 }  // namespace tessera

@@ -16,6 +16,11 @@ bool PeakMapping::operator==(const PeakMapping& other) const
     return tied(*this) == tied(other);
 }
 
+std::optional<ReciprocalBasis> cellInForce(const DataSet& data)
+{
+    return basisFromList(data.m_listCell);
+}
+
 void clearDataSet(DataSet& data)
 {
     data.m_vecFrameImage.clear();

@@ -3,6 +3,7 @@
 
 #include "crystal/spacegroup.h"
 #include "dataset/maskdata.h"
+#include "geometry/reciprocalbasis.h"
 #include "imaging/imagelist.h"
 #include "records/peak3d.h"
 #include "records/vec3d.h"
@@ -59,7 +60,7 @@ struct DataSet {
     double m_dfCenterX = 0;           ///< direct beam on the first frame, pixels
     double m_dfCenterY = 0;
     QList<Vec3D> m_listCellFound;          ///< a*, b*, c* as found or loaded; any count but 3: no cell
-    QList<Vec3D> m_listCell;               ///< the cell in force
+    QList<Vec3D> m_listCell;               ///< the one in force: cellInForce()
     QList<QList<Peak3D>> m_listPeakFrame;  ///< all peaks per frame
     /// What the points in m_listPeakFrame were mapped with; none: not mapped since the list was replaced.
     std::optional<PeakMapping> m_peakMapping;
@@ -78,6 +79,9 @@ struct DataSet {
     bool m_bRunning = false;
     bool m_bHuntingRunning = false;
 };
+
+/// The basis of m_listCell; none without a cell in force.
+std::optional<ReciprocalBasis> cellInForce(const DataSet& data);
 
 /// Takes leave of the data set: frees the images of the current frame and empties hot pixels, peaks, shifts,
 /// cells, indexed peaks and the hunting mask. Geometry, groups and merged lists stay until they are replaced.

@@ -171,7 +171,7 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
     const QString strFile = sideFileName(data, QStringLiteral("uc"), QStringLiteral("unitcell.txt"));
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
-    if (listCell.size() != 3) {
+    if (listCell.isEmpty()) {
         addReason(plistReason, strFile, strReason);
         return false;
     }

@@ -45,13 +45,11 @@ QList<Vec3D> readUnitCellFile(const QString& strFileName, QString* pstrReason)
     });
 }
 
-QByteArray unitCellText(const QList<Vec3D>& listCell)
+QByteArray unitCellText(const ReciprocalBasis& basis)
 {
     QByteArray strText("\xEF\xBB\xBF# ");
-    Vec3D vecA, vecB, vecC;
-    if (reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], vecA, vecB, vecC)) {
-        double adf[6];
-        basisToCellParameters(vecA, vecB, vecC, adf[0], adf[1], adf[2], adf[3], adf[4], adf[5]);
+    if (const std::optional<CellParameters> cell = cellParameters(basis)) {
+        const std::array<double, 6> adf = cell->numbers();
         const char* const aBefore[] = {"a=", " Å, b=", " Å, c=", " Å, α=", "°, β=", "°, γ="};
         for (int i = 0; i < 6; ++i) {
             strText.append(aBefore[i]);
@@ -61,9 +59,10 @@ QByteArray unitCellText(const QList<Vec3D>& listCell)
     } else {
         strText.append("co-planar vectors!\n");
     }
+    const std::array<Vec3D, 3> aVector = basis.vectors();
     for (int i = 0; i < 3; ++i) {
         strText.append(g_aVectorLabel[i]).append(' ');
-        for (float f : {listCell[i].x, listCell[i].y, listCell[i].z})
+        for (float f : {aVector[i].x, aVector[i].y, aVector[i].z})
             appendFixed(strText, double(f), 8, 12);
         strText.append('\n');
     }
@@ -74,9 +73,10 @@ bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrRe
 {
     if (strFileName.isEmpty())
         return giveReason(pstrReason, QStringLiteral("no name for the unit cell file"));
-    if (data.m_listCell.size() != 3)
+    const std::optional<ReciprocalBasis> basis = cellInForce(data);
+    if (!basis)
         return giveReason(pstrReason, strFileName, QStringLiteral("no cell to write"));
-    const QByteArray strText = unitCellText(data.m_listCell);
+    const QByteArray strText = unitCellText(*basis);
     if (!writeWholeFile(strFileName, strText, pstrReason))
         return false;
     data.m_strWorkingDir = QFileInfo(strFileName).absolutePath();

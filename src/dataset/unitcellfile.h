@@ -22,10 +22,10 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason =
 /// The text of a unit cell file in UTF-8 with a byte order mark: a comment with the direct cell in Å and
 /// degrees, or that the vectors are co-planar, and a line for each reciprocal vector in Å⁻¹.
 /// Line ends are line feeds on every platform.
-QByteArray unitCellText(const QList<Vec3D>& listCell);
+QByteArray unitCellText(const ReciprocalBasis& basis);
 
 /// Writes m_listCell, whole or not at all; m_strWorkingDir then becomes the file's folder.
-/// @return false when there is no cell of three vectors, the name is empty or the file cannot be written
+/// @return false when there is no cell in force, the name is empty or the file cannot be written
 [[nodiscard]] bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason = nullptr);
 
 }  // namespace tessera

@@ -1,13 +1,15 @@
 // CBasisSolver: fractional indices of a reciprocal vector in a reciprocal basis.
 #pragma once
 
-#include "records/vec3d.h"
+#include "geometry/reciprocalbasis.h"
 
 namespace tessera {
 
 /// Solves v = h·a* + k·b* + l·c* by Cramer's rule.
 class CBasisSolver {
 public:
+    CBasisSolver() = default;
+    explicit CBasisSolver(const ReciprocalBasis& basis) { setBasis(basis.a, basis.b, basis.c); }
     /// Cross products and determinant in single precision, widened to double. A determinant (the
     /// reciprocal cell volume, Å⁻³) below 1e-6 in size counts as no basis.
     void setBasis(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& vecC);

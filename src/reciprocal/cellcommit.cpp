@@ -7,13 +7,13 @@ namespace tessera {
 
 void updateUnitCell(DataSet& dataSet)
 {
-    if (dataSet.m_listCellFound.size() == 3)
+    if (basisFromList(dataSet.m_listCellFound))
         dataSet.m_listCell = dataSet.m_listCellFound;
 }
 
 bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
 {
-    if (dataSet.m_listCell.size() != 3)
+    if (!cellInForce(dataSet))
         return false;
     dataSet.m_listCellFound = dataSet.m_listCell;
     saveProjectCell(dataSet, report);

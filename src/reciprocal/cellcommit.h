@@ -12,7 +12,7 @@ void updateUnitCell(DataSet& dataSet);
 /// The commit of a transformed basis: m_listCellFound takes m_listCell, the project's unit-cell file takes
 /// the basis (a red line if it can't be written; the commit stands; without a project there is no file), and
 /// the indexed peaks and the reflections' frames are emptied, since they belong to the former cell.
-/// @return false, with nothing changed, when m_listCell does not hold three vectors
+/// @return false, with nothing changed, without a cell in force
 bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
 
 /// Writes the cell in force to the project's unit-cell file; one that can't be written is a red line with its

@@ -24,6 +24,15 @@ constexpr std::size_t g_nRowsPerMessage = 100000;
 constexpr double g_dfCloseLength = 0.5;  // Å
 constexpr double g_dfCloseAngle = 5;     // degrees
 
+bool isClose(const CellParameters& cell, const CellParameters& reference)
+{
+    const std::array<double, 6> adfCell = cell.numbers(), adfReference = reference.numbers();
+    for (std::size_t n = 0; n < 6; ++n)
+        if (!(std::fabs(adfCell[n] - adfReference[n]) < (n < 3 ? g_dfCloseLength : g_dfCloseAngle)))
+            return false;
+    return true;
+}
+
 // What a pair measures.
 struct Difference {
     PeakPairPlace place;
@@ -129,10 +138,10 @@ public:
     }
 
     // Returns false when the run was stopped.
-    bool addPairTable(const double* pCell)
+    bool addPairTable(const CellParameters& cell)
     {
-        m_cell.setUnitCell(pCell[0], pCell[1], pCell[2], pCell[3], pCell[4], pCell[5]);
-        setReference(pCell);
+        m_cell = CCrystalParaCal(cell);
+        setReference(cell);
         CNumberText table;
         for (std::size_t n = 0; n < m_vecDifference.size(); ++n) {
             if (m_parameters.m_bRefine2D)
@@ -155,14 +164,12 @@ private:
     const Peak3D& first(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nFirst]; }
     const Peak3D& second(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nSecond]; }
 
-    void setReference(const double* pCell)
+    void setReference(const CellParameters& cell)
     {
-        const QList<double>& list = m_parameters.m_listReferenceCell;
-        m_bClose = list.size() == 6;
-        for (int n = 0; m_bClose && n < 6; ++n)
-            m_bClose = std::fabs(pCell[n] - list[n]) < (n < 3 ? g_dfCloseLength : g_dfCloseAngle);
-        if (m_bClose)
-            m_cellReference.setUnitCell(list[0], list[1], list[2], list[3], list[4], list[5]);
+        if (!m_parameters.m_referenceCell || !isClose(cell, *m_parameters.m_referenceCell))
+            return;
+        m_bClose = true;
+        m_cellReference = CCrystalParaCal(*m_parameters.m_referenceCell);
     }
 
     // The columns that all forms of a row begin with; returns the order of the difference indices.
@@ -279,14 +286,14 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
     result.nPairs = run.pairs();
     run.group(result);
 
-    double* p = result.dfCell;
-    if (!cellParametersFromList(dataSet.m_listCell, p[0], p[1], p[2], p[3], p[4], p[5])) {
+    const std::optional<CellParameters> cellStart = cellParametersFromList(dataSet.m_listCell);
+    if (!cellStart) {
         report.fail(QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         return result;
     }
-    result.bRefined = unitCellRefinement(result.listDifference, p[0], p[1], p[2], p[3], p[4], p[5], report,
-                                         &result.refinement);
-    if (parameters.m_bOutputPeakList && !run.addPairTable(result.dfCell))
+    result.refinement = unitCellRefinement(result.listDifference, *cellStart, report);
+    const CellParameters cell = result.refinement ? result.refinement->cell : *cellStart;
+    if (parameters.m_bOutputPeakList && !run.addPairTable(cell))
         sayStopped();
     return result;
 }

@@ -8,15 +8,14 @@
 #include "records/runreport.h"
 
 #include <functional>
+#include <optional>
 
 namespace tessera {
 
-/// What the run found. The six numbers of a cell go a, b, c (Å), α, β, γ (degrees).
+/// What the run found.
 struct DifferenceVectorRefinement {
-    bool bRefined = false;         ///< a cell came out of the fit
-    double dfCell[6] = {};         ///< the refined cell, or the one that the fit started from
-    CellRefinement refinement;     ///< errors and figures of merit; all 0 if no fit took place
-    QList<Peak3D> listDifference;  ///< one record per accepted group: indices and mean d*
+    std::optional<CellRefinement> refinement;  ///< none if no cell came out of a fit
+    QList<Peak3D> listDifference;              ///< one record per accepted group: indices and mean d*
     qint64 nPairs = 0;
     int nGroupsRejected = 0;
     int nVectorsRejected = 0;

@@ -6,21 +6,11 @@
 #include "reciprocal/vectoraveraging.h"
 #include "records/timestamp.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace tessera {
 
 namespace {
 
 constexpr float g_fAveragingTolerance = 0.01f;  // Å⁻¹
-
-bool areFinite(const QList<Vec3D>& listVector)
-{
-    return std::all_of(listVector.begin(), listVector.end(), [](const Vec3D& v) {
-        return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-    });
-}
 
 }  // namespace
 
@@ -57,8 +47,9 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
         return false;
     if (listBasis.size() == 2)
         listBasis.append(cross(listBasis[0], listBasis[1]));
+    const std::optional<ReciprocalBasis> basis = basisFromList(listBasis);
     // Vectors without weight have no mean; such a basis is no cell.
-    if (listBasis.size() != 3 || !areFinite(listBasis)) {
+    if (!basis || !isFinite(*basis)) {
         report.fail(QStringLiteral("Unit cell not found."));
         if (parameters.m_dfCellRangeMin > parameters.m_dfCellRangeMax)
             report.addMessage(QStringLiteral("No edge is both longer than \"Min.\", %L1 Å, and shorter than "
@@ -68,7 +59,7 @@ bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                               Severity::Error);
         return false;
     }
-    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), listBasis, strLatticeHost);
+    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), *basis, strLatticeHost);
     if (!strCell.isEmpty())
         report.addHtml(strCell, Severity::Info);
     dataSet.m_listCellFound = listBasis;

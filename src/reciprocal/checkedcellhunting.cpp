@@ -27,10 +27,10 @@ QString percent(double dfShare)
 /// The longest edge, within the range of the last search, of one that leaves out the shortest vector which
 /// that search found; 0 if there is none. A third axis made up for a single plane can be of any length, 0
 /// too, and is not found by a search.
-double shorterEdge(const QList<Vec3D>& listCell, const CellHuntingParameters& range)
+double shorterEdge(const ReciprocalBasis& basis, const CellHuntingParameters& range)
 {
     double dfEdge = 0;
-    for (const Vec3D& v : listCell)
+    for (const Vec3D& v : basis.vectors())
         if (const double df = g_dfShorter / double(length(v)); df < range.m_dfCellRangeMax)
             dfEdge = std::max(dfEdge, df);
     return dfEdge > range.m_dfCellRangeMin ? dfEdge : 0;
@@ -38,11 +38,11 @@ double shorterEdge(const QList<Vec3D>& listCell, const CellHuntingParameters& ra
 
 }  // namespace
 
-double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
+double indexedShare(const ReciprocalBasis& basis, const QList<Peak3D>& listSelection, float fThreshold,
                     CRunReport& report)
 {
     QList<Peak3D> listPeak = listSelection;
-    if (listPeak.isEmpty() || !indexReflections(listPeak, listCell, fThreshold, g_fRadius, report))
+    if (listPeak.isEmpty() || !indexReflections(listPeak, basis, fThreshold, g_fRadius, report))
         return 0;
     QList<Peak3D> listIndexed;
     std::copy_if(listPeak.begin(), listPeak.end(), std::back_inserter(listIndexed),
@@ -53,13 +53,14 @@ double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelec
 void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
                   const CellHuntingParameters& parameters, double dfIndexThreshold, CRunReport& report)
 {
-    if (dataSet.m_listCell.size() != 3)
+    const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
+    if (!basis)
         return;
-    const double dfShare = indexedShare(dataSet.m_listCell, listSelection, float(dfIndexThreshold), report);
+    const double dfShare = indexedShare(*basis, listSelection, float(dfIndexThreshold), report);
     if (dfShare >= g_dfEnough)
         return;
     QString strText = QStringLiteral("Only %1% of the reflections fit this cell.").arg(percent(dfShare));
-    if (const double dfEdge = shorterEdge(dataSet.m_listCell, parameters); dfEdge > 0)
+    if (const double dfEdge = shorterEdge(*basis, parameters); dfEdge > 0)
         strText += QStringLiteral(
                        " If it is wrong, search with a \"Max.\" of %1 Å, which leaves out its "
                        "shortest vector.")
@@ -71,19 +72,19 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const CellHuntingParameters& parameters, double dfIndexThreshold,
                            CRunReport& report, bool bSave)
 {
-    QList<Vec3D> listBest;
+    std::optional<ReciprocalBasis> basisBest;
     double dfBest = -1;
     CellHuntingParameters range = parameters;
     for (int n = 0; n < g_nMostSearches; ++n) {
         if (!runUnitCellHunting(dataSet, listSelection, range, report, false))
             break;
-        const QList<Vec3D>& listCell = dataSet.m_listCell;
-        const double dfShare = indexedShare(listCell, listSelection, float(dfIndexThreshold), report);
+        const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
+        const double dfShare = indexedShare(*basis, listSelection, float(dfIndexThreshold), report);
         if (dfShare > dfBest) {
             dfBest = dfShare;
-            listBest = listCell;
+            basisBest = basis;
         }
-        range.m_dfCellRangeMax = shorterEdge(listCell, range);
+        range.m_dfCellRangeMax = shorterEdge(*basis, range);
         if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches || range.m_dfCellRangeMax == 0)
             break;
         report.addMessage(QStringLiteral("%1>Only %2% of the reflections fit this cell. Searching again, for "
@@ -92,8 +93,9 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                               .arg(range.m_dfCellRangeMax, 0, 'f', 2),
                           Severity::Milestone);
     }
-    if (listBest.isEmpty())
+    if (!basisBest)
         return false;
+    const QList<Vec3D> listBest = basisBest->toList();
     if (listBest != dataSet.m_listCell)
         report.addMessage(QStringLiteral("An earlier cell, which %1% of the reflections fit, is kept.")
                               .arg(percent(dfBest)));

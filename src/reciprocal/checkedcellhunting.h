@@ -9,7 +9,7 @@ namespace tessera {
 
 /// The part, 0 to 1, of the reflections that get indices of their own on a basis.
 /// @param fThreshold  how far an index may lie from a whole number
-double indexedShare(const QList<Vec3D>& listCell, const QList<Peak3D>& listSelection, float fThreshold,
+double indexedShare(const ReciprocalBasis& basis, const QList<Peak3D>& listSelection, float fThreshold,
                     CRunReport& report);
 
 /// Says so in the log where less than half of the reflections fit the cell in force, and with which longest

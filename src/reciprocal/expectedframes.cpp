@@ -80,16 +80,19 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                                         const TiltRefinementOptions& options, bool bExchanged)
 {
     QList<ExpectedFrame> listRow;
-    if (listUnitCellBefore.size() != 3 || listUnitCellAfter.size() != 3) {
+    const std::optional<ReciprocalBasis> basisBefore = basisFromList(listUnitCellBefore);
+    const std::optional<ReciprocalBasis> basisAfter = basisFromList(listUnitCellAfter);
+    if (!basisBefore || !basisAfter) {
         report.addMessage(QStringLiteral("Unit cell error."), Severity::Error);
         return listRow;
     }
     double dfSquaresBefore = 0, dfSquaresAfter = 0;
     for (const Peak3D& peak : listPeak) {
-        ExpectedFrame row{peak, 0, 0, 0, 0, 0, 0};
-        if (!calculatedTilt(peak, listUnitCellBefore, options.dfWavelength, row.dfTiltBefore) ||
-            !calculatedTilt(peak, listUnitCellAfter, options.dfWavelength, row.dfTiltAfter))
+        const std::optional<double> dfBefore = calculatedTilt(peak, *basisBefore, options.dfWavelength);
+        const std::optional<double> dfAfter = calculatedTilt(peak, *basisAfter, options.dfWavelength);
+        if (!dfBefore || !dfAfter)
             continue;
+        ExpectedFrame row{peak, *dfBefore, *dfAfter, 0, 0, 0, 0};
         row.dfErrBefore = peak.dfTiltFit - row.dfTiltBefore;
         row.dfErrAfter = peak.dfTiltFit - row.dfTiltAfter;
         dfSquaresBefore += row.dfErrBefore * row.dfErrBefore;
@@ -114,7 +117,7 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
     report.addMessage(QStringLiteral("Averaged error before and after refinement: %1, %2\n")
                           .arg(std::sqrt(dfSquaresBefore / dfRows))
                           .arg(std::sqrt(dfSquaresAfter / dfRows)));
-    addRefinedCell(listUnitCellAfter, options.strLatticeHost, report);
+    addRefinedCell(*basisAfter, options.strLatticeHost, report);
     return listRow;
 }
 

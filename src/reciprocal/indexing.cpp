@@ -90,7 +90,7 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
     const bool bNone = !holdsIndexed(listIndexed);
     if (bNone && !pFiles && !keepFormerResults(dataSet, report))
         return;
-    outputIndexingResultsToFile(listIndexed, dataSet.m_listCell, dataSet.m_listOverallTilt,
+    outputIndexingResultsToFile(listIndexed, cellInForce(dataSet), dataSet.m_listOverallTilt,
                                 dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
     // The list of a former run stays on disk where there is none and none could be made, and where this run
     // has not made it.
@@ -114,7 +114,8 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const std::function<void(const IndexingResult&)>& fnShow, CFileSet* pFiles)
 {
     IndexingResult result;
-    if (dataSet.m_listCell.size() != 3) {
+    const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
+    if (!basis) {
         report.fail(QStringLiteral("Unit cell is not ready."));
         result.status = IndexingStatus::NoCell;
         return result;
@@ -125,8 +126,8 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         result.status = IndexingStatus::NothingSelected;
         return result;
     }
-    double a = 0, b = 0, c = 0, alpha = 0, beta = 0, gamma = 0;
-    if (!cellParametersFromList(dataSet.m_listCell, a, b, c, alpha, beta, gamma)) {
+    const std::optional<CellParameters> cell = cellParameters(*basis);
+    if (!cell) {
         report.fail(QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         result.status = IndexingStatus::CoPlanarBasis;
         return result;
@@ -136,11 +137,9 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
 
     const float fThreshold = float(parameters.m_dfIndexThreshold);
     result.listSelection = listSelection;
-    CBasisSolver solver;
-    solver.setBasis(dataSet.m_listCell[0], dataSet.m_listCell[1], dataSet.m_listCell[2]);
-    if (!indexReflections(result.listSelection, dataSet.m_listCell, fThreshold, 1.f / 3.f, report))
+    if (!indexReflections(result.listSelection, *basis, fThreshold, 1.f / 3.f, report))
         return {};
-    sortOut(result, fThreshold, frameCount(dataSet), solver.isValid());
+    sortOut(result, fThreshold, frameCount(dataSet), CBasisSolver(*basis).isValid());
     assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
     if (!report.goOn())
         return {};
@@ -160,12 +159,12 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     report.addMessage(
         QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")
             .arg(currentTimeStamp())
-            .arg(a, 6, 'f', 3)
-            .arg(b, 6, 'f', 3)
-            .arg(c, 6, 'f', 3)
-            .arg(alpha, 6, 'f', 2)
-            .arg(beta, 6, 'f', 2)
-            .arg(gamma, 6, 'f', 2),
+            .arg(cell->a, 6, 'f', 3)
+            .arg(cell->b, 6, 'f', 3)
+            .arg(cell->c, 6, 'f', 3)
+            .arg(cell->alpha, 6, 'f', 2)
+            .arg(cell->beta, 6, 'f', 2)
+            .arg(cell->gamma, 6, 'f', 2),
         Severity::Info);
     const int nIndexed = result.listIndexed.size();
     const int nSelected = result.listSelection.size();
@@ -185,7 +184,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
             report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
                               Severity::Error);
         else
-            unitCellRefinement(result.listRounded, a, b, c, alpha, beta, gamma, report);
+            unitCellRefinement(result.listRounded, *cell, report);
     }
     result.status = IndexingStatus::Finished;
     return result;

@@ -402,13 +402,10 @@ bool CIndexSpreading::pass(int& nIndexed, CRunReport& report)
 
 }  // namespace
 
-bool indexReflections(QList<Peak3D>& listPeak, const QList<Vec3D>& listBasis, float fThreshold, float fRadius,
+bool indexReflections(QList<Peak3D>& listPeak, const ReciprocalBasis& basis, float fThreshold, float fRadius,
                       CRunReport& report)
 {
-    if (listBasis.size() < 3)
-        return true;
-    CBasisSolver solver;
-    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
+    const CBasisSolver solver(basis);
     if (!solver.isValid())
         return true;
     QList<Peak3D> listSorted = listPeak;

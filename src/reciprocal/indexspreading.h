@@ -1,6 +1,7 @@
 // Index spreading: h, k, l spread from reflection to reflection, outwards from the origin.
 #pragma once
 
+#include "geometry/reciprocalbasis.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
 
@@ -13,9 +14,9 @@ namespace tessera {
 /// Sorts `listPeak` by dfDStar and writes dfH, dfK, dfL. A neighbour lies within `fRadius` (Å⁻¹) and counts
 /// when it is indexed and the step from it is whole within `fThreshold`; its weight falls with the distance,
 /// so that the error of the basis does not add up. Passes repeat until one indexes nothing new.
-/// Does nothing without three basis vectors or with a basis that CBasisSolver rejects. Returns false when
-/// the run was stopped; the list is then as it was.
-bool indexReflections(QList<Peak3D>& listPeak, const QList<Vec3D>& listBasis, float fThreshold, float fRadius,
+/// Does nothing with a basis that CBasisSolver rejects. Returns false when the run was stopped; the list is
+/// then as it was.
+bool indexReflections(QList<Peak3D>& listPeak, const ReciprocalBasis& basis, float fThreshold, float fRadius,
                       CRunReport& report);
 
 }  // namespace tessera

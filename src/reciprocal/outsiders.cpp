@@ -8,9 +8,9 @@
 namespace tessera {
 
 void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& listOverallTilt,
-                               const QList<Vec3D>& listCell)
+                               const std::optional<ReciprocalBasis>& basis)
 {
-    if (listOverallTilt.isEmpty() || listCell.size() != 3)
+    if (listOverallTilt.isEmpty() || !basis)
         return;
     const double dfFirst = listOverallTilt.constFirst();
     const double dfLast = listOverallTilt.constLast();

@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -40,20 +41,22 @@ struct TiltWindow {
     double dfFrom, dfTo;
 };
 
-bool windowOfFrame(const DataSet& dataSet, int nFrame, TiltWindow& window)
+// None for a frame without tilt and for tilts that are no numbers.
+std::optional<TiltWindow> windowOfFrame(const DataSet& dataSet, int nFrame)
 {
     const int nShifts = dataSet.m_listShift.size();
     const int nTilts = dataSet.m_listOverallTilt.size();
     const int nFrames = nShifts > 0 ? nShifts : nTilts;
     if (nFrame < 0 || nFrame >= std::min(nFrames, nTilts))
-        return false;
+        return std::nullopt;
+    TiltWindow window{};
     window.dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
     std::vector<double> vecTilt;
     vecTilt.reserve(size_t(std::min(nFrames, nTilts)));
     for (int n = 0; n < std::min(nFrames, nTilts); ++n)
         vecTilt.push_back(relaxedTilt(dataSet, n, nFrames));
     if (!std::all_of(vecTilt.begin(), vecTilt.end(), [](double df) { return std::isfinite(df); }))
-        return false;
+        return std::nullopt;
     std::sort(vecTilt.begin(), vecTilt.end());
     vecTilt.erase(std::unique(vecTilt.begin(), vecTilt.end()), vecTilt.end());
     double dfHalf = g_dfSingleStep / 2;
@@ -70,15 +73,16 @@ bool windowOfFrame(const DataSet& dataSet, int nFrame, TiltWindow& window)
     const double dfAbove = it + 1 == vecTilt.end() ? dfHalf : (*(it + 1) - *it) / 2;
     window.dfFrom = -radians(std::min(dfHalf, dfBelow));
     window.dfTo = radians(std::min(dfHalf, dfAbove));
-    return true;
+    return window;
 }
 
 // The crystal as it stands at the tilt of a frame, and what of it shows there.
 class CFramePrediction {
 public:
-    CFramePrediction(const DataSet& dataSet, int nFrame, const TiltWindow& window, double dfMaxDStar,
-                     bool bApplyStretching)
+    CFramePrediction(const DataSet& dataSet, const ReciprocalBasis& basis, int nFrame,
+                     const TiltWindow& window, double dfMaxDStar, bool bApplyStretching)
         : m_dataSet(dataSet),
+          m_basis(basis),
           m_nFrame(nFrame),
           m_window(window),
           m_dfMaxDStar(dfMaxDStar),
@@ -90,8 +94,9 @@ public:
     {
         const double dfCos = std::cos(radians(window.dfTilt));
         const double dfSin = std::sin(radians(window.dfTilt));
+        const std::array<Vec3D, 3> aVector = basis.vectors();
         for (std::size_t n = 0; n < 3; ++n) {
-            const Vec3D& v = dataSet.m_listCell[int(n)];
+            const Vec3D& v = aVector[n];
             const double dfY = double(v.y), dfZ = double(v.z);
             m_aBasis[n] = {double(v.x), dfCos * dfY + dfSin * dfZ, -dfSin * dfY + dfCos * dfZ};
         }
@@ -182,9 +187,7 @@ private:
         }
         Peak3D peak;
         peak.setHKL(pIndex[0], pIndex[1], pIndex[2]);
-        const Vec3D v = scaled(m_dataSet.m_listCell[0], float(pIndex[0])) +
-                        scaled(m_dataSet.m_listCell[1], float(pIndex[1])) +
-                        scaled(m_dataSet.m_listCell[2], float(pIndex[2]));
+        const Vec3D v = m_basis.point(pIndex[0], pIndex[1], pIndex[2]);
         peak.setPoint(v);
         peak.dfDStar = double(length(v));
         peak.dfFrameTilt = m_window.dfTilt + degrees(dfTurn);
@@ -198,6 +201,7 @@ private:
     }
 
     const DataSet& m_dataSet;
+    ReciprocalBasis m_basis;
     int m_nFrame;
     TiltWindow m_window;
     double m_dfMaxDStar;
@@ -212,13 +216,15 @@ private:
 
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar, bool bApplyStretching)
 {
-    TiltWindow window;
-    if (dataSet.m_listCell.size() != 3 || !(dfMaxDStar > 0) || !std::isfinite(dfMaxDStar) ||
-        !(dataSet.m_dfWavelength > 0) || !(dataSet.m_dfPixelSize > 0) ||
-        !windowOfFrame(dataSet, nFrame, window))
+    const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
+    if (!basis || !(dfMaxDStar > 0) || !std::isfinite(dfMaxDStar) || !(dataSet.m_dfWavelength > 0) ||
+        !(dataSet.m_dfPixelSize > 0))
+        return {};
+    const std::optional<TiltWindow> window = windowOfFrame(dataSet, nFrame);
+    if (!window)
         return {};
     QList<Peak3D> listPeak;
-    CFramePrediction prediction(dataSet, nFrame, window, dfMaxDStar, bApplyStretching);
+    CFramePrediction prediction(dataSet, *basis, nFrame, *window, dfMaxDStar, bApplyStretching);
     return prediction.walk(listPeak) ? listPeak : QList<Peak3D>();
 }
 

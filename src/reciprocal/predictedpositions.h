@@ -20,8 +20,8 @@ namespace tessera {
 /// relaxation), the raw pixel of that moment, nFrame and a running nID.
 ///
 /// @param bApplyStretching  whether the mapping undoes the stretching; the prediction then puts it back
-/// @return in the order of the indices of the nearest-to-beam axis last; empty without a cell of three
-///         vectors, for a frame without tilt, for a geometry that is no number, and for a cell so large that
+/// @return in the order of the indices of the nearest-to-beam axis last; empty without a cell in
+///         force, for a frame without tilt, for a geometry that is no number, and for a cell so large that
 ///         over 10⁷ rows of the lattice or 10⁶ reflections would have to be looked at
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar,
                                  bool bApplyStretching = false);

@@ -7,26 +7,22 @@ namespace tessera {
 // A right sense gains less than 10 even with the axis some degrees off, a wrong one 10 to 70.
 static const double g_dfLeastGain = 10;
 
-static bool isTurnedRound(const QList<Vec3D>& listCell, const QList<Vec3D>& listOther)
+static bool isTurnedRound(const ReciprocalBasis& basis, const ReciprocalBasis& other)
 {
-    if (listCell.size() != 3 || listOther.size() != 3)
-        return false;
-    for (int i = 0; i < 3; ++i)
-        if (!(dot(listCell[i], listOther[i]) < 0))
-            return false;
-    return true;
+    return dot(basis.a, other.a) < 0 && dot(basis.b, other.b) < 0 && dot(basis.c, other.c) < 0;
 }
 
-RotationSense judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet)
+std::optional<RotationSense> judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet)
 {
     CRunReport silent;
     TiltRefinementOptions options;
     options.dfWavelength = dataSet.m_dfWavelength;
-    const TiltRefinement fit = refineBasisVectors(listPeak, dataSet, silent, options);
-    RotationSense sense{fit.dfSquaresBefore, fit.dfSquaresAfter};
-    sense.bOpposite = fit.bDone && fit.nInfo > 0 && isTurnedRound(fit.listCellBefore, fit.listCell) &&
-                      fit.dfSquaresBefore > g_dfLeastGain * fit.dfSquaresAfter;
-    return sense;
+    const std::optional<TiltRefinement> fit = refineBasisVectors(listPeak, dataSet, silent, options);
+    if (!fit || fit->nInfo <= 0)
+        return std::nullopt;
+    return RotationSense{fit->dfSquaresBefore, fit->dfSquaresAfter,
+                         isTurnedRound(fit->basisBefore, fit->basis) &&
+                             fit->dfSquaresBefore > g_dfLeastGain * fit->dfSquaresAfter};
 }
 
 }  // namespace tessera

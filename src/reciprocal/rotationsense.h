@@ -5,6 +5,8 @@
 
 #include <QList>
 
+#include <optional>
+
 namespace tessera {
 
 /// A cell and its mirror image have the same lengths, angles and d*, so a rotation axis that is 180° off,
@@ -20,6 +22,7 @@ struct RotationSense {
 
 /// Refines the basis against the tilts as refineBasisVectors() does, without a word and with no change.
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
-RotationSense judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet);
+/// @return none without a cell in force, and where the fit found nothing
+std::optional<RotationSense> judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet);
 
 }  // namespace tessera

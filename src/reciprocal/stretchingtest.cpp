@@ -43,11 +43,10 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
                                           degrees(std::atan2(ptOffset.y(), ptOffset.x())),
                                           dfOrder == 0 ? 0 : dfDistance / dfOrder));
     }
-    if (dataSet.m_listCell.size() == 3) {
-        listLine.append(basisLine("a*", dataSet.m_listCell[0]));
-        listLine.append(basisLine("b*", dataSet.m_listCell[1]));
-        listLine.append(
-            QString::asprintf("a*^b* = %8.2f", angleBetween(dataSet.m_listCell[0], dataSet.m_listCell[1])));
+    if (const std::optional<ReciprocalBasis> basis = cellInForce(dataSet)) {
+        listLine.append(basisLine("a*", basis->a));
+        listLine.append(basisLine("b*", basis->b));
+        listLine.append(QString::asprintf("a*^b* = %8.2f", angleBetween(basis->a, basis->b)));
     }
     QByteArray bytes;
     for (const QString& strLine : listLine) {

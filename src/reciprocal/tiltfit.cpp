@@ -16,7 +16,7 @@ constexpr double g_dfDegreesPerRadian = 180 / 3.141592653589793;
 // What a fit hands to its residuals.
 struct Context {
     const FnBasis& fnBasis;
-    std::function<double(const Peak3D& peak, const QList<Vec3D>& listCell)> fnResidual;
+    std::function<double(const Peak3D& peak, const ReciprocalBasis& basis)> fnResidual;
     const QList<Peak3D>& listPeak;
 };
 
@@ -25,17 +25,15 @@ int residuals(void* pContext, int m, int, const double* pParam, double* pResidua
     if (nFlag == 0)
         return 0;
     const Context& context = *static_cast<const Context*>(pContext);
-    const QList<Vec3D> listCell = context.fnBasis(pParam);
+    const ReciprocalBasis basis = context.fnBasis(pParam);
     for (int i = 0; i < m; ++i)
-        pResidual[i] = context.fnResidual(context.listPeak[i], listCell);
+        pResidual[i] = context.fnResidual(context.listPeak[i], basis);
     return 0;
 }
 
-Vec3D pointOf(const Peak3D& peak, const QList<Vec3D>& listCell)
+Vec3D pointOf(const Peak3D& peak, const ReciprocalBasis& basis)
 {
-    return scaled(listCell[0], float(roundIndex(peak.dfH))) +
-           scaled(listCell[1], float(roundIndex(peak.dfK))) +
-           scaled(listCell[2], float(roundIndex(peak.dfL)));
+    return basis.point(roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL));
 }
 
 TiltFitResult runFit(Context& context, std::vector<double>& vecParam, double dfFunctionError)
@@ -59,23 +57,21 @@ TiltFitResult runFit(Context& context, std::vector<double>& vecParam, double dfF
 
 }  // namespace
 
-bool calculatedTilt(const Peak3D& peak, const QList<Vec3D>& listCell, double dfWavelength, double& dfTilt)
+std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis, double dfWavelength)
 {
     double dfRadians = 0;
-    if (!calEwaldTilt(dfWavelength, -pointOf(peak, listCell), dfRadians))
-        return false;
-    dfTilt = dfRadians * g_dfDegreesPerRadian;
-    return true;
+    if (!calEwaldTilt(dfWavelength, -pointOf(peak, basis), dfRadians))
+        return std::nullopt;
+    return dfRadians * g_dfDegreesPerRadian;
 }
 
 TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, double dfWavelength,
                        std::vector<double>& vecParam, const FnBasis& fnBasis, double dfFunctionError)
 {
     Context context{fnBasis,
-                    [=](const Peak3D& peak, const QList<Vec3D>& listCell) {
-                        double dfTilt = 0;
-                        return calculatedTilt(peak, listCell, dfWavelength, dfTilt) ? peak.*pTilt - dfTilt
-                                                                                    : 0;
+                    [=](const Peak3D& peak, const ReciprocalBasis& basis) {
+                        const std::optional<double> dfTilt = calculatedTilt(peak, basis, dfWavelength);
+                        return dfTilt ? peak.*pTilt - *dfTilt : 0;
                     },
                     listPeak};
     return runFit(context, vecParam, dfFunctionError);
@@ -84,8 +80,8 @@ TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, dou
 TiltFitResult fitPoints(const QList<Peak3D>& listPeak, std::vector<double>& vecParam, const FnBasis& fnBasis)
 {
     Context context{fnBasis,
-                    [](const Peak3D& peak, const QList<Vec3D>& listCell) {
-                        return double(length(pointOf(peak, listCell) - peak.point()));
+                    [](const Peak3D& peak, const ReciprocalBasis& basis) {
+                        return double(length(pointOf(peak, basis) - peak.point()));
                     },
                     listPeak};
     return runFit(context, vecParam, g_dfTiltFunctionError);

@@ -1,23 +1,24 @@
 // Tilt fit: parameters of a basis against the tilts at which reflections were seen.
 #pragma once
 
+#include "geometry/reciprocalbasis.h"
 #include "records/hklref.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
-#include "records/vec3d.h"
 
 #include <QList>
 #include <QString>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace tessera {
 
 /// The tilt in degrees at which the mapping has h·a* + k·b* + l·c* on the Ewald sphere; indices of the record
 /// rounded, wavelength in Å. calEwaldTilt() has its sphere about (0, 0, −1/λ), and so gets −g here.
-/// @return false, with `dfTilt` untouched, if the sphere does not reach the point
-bool calculatedTilt(const Peak3D& peak, const QList<Vec3D>& listCell, double dfWavelength, double& dfTilt);
+/// @return none if the sphere does not reach the point
+std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis, double dfWavelength);
 
 struct TiltFitResult {
     int nInfo = 0;
@@ -31,8 +32,8 @@ struct TiltFitResult {
 /// fits end where they start, some tenths of a per cent off in the cell.
 constexpr double g_dfTiltFunctionError = 1.1920928955078125e-7;  // ε of single precision
 
-/// a*, b*, c* in Å⁻¹ from the parameters.
-using FnBasis = std::function<QList<Vec3D>(const double* pParam)>;
+/// The basis that the parameters stand for.
+using FnBasis = std::function<ReciprocalBasis(const double* pParam)>;
 
 /// Refines `vecParam` in place so that the tilts calculated from fnBasis agree with `pTilt` (degrees) of the
 /// reflections; one that the sphere does not reach has the residual 0. Nothing is fitted to no reflections.

@@ -16,18 +16,16 @@ namespace {
 
 constexpr double g_dfLeastDistance = 100.0;  // pixels from the axis
 
-QList<Vec3D> cellOf(const double* p)
+ReciprocalBasis basisOf(const double* p)
 {
-    QList<Vec3D> listCell;
-    for (int n = 0; n < 9; n += 3)
-        listCell.append({float(p[n]), float(p[n + 1]), float(p[n + 2])});
-    return listCell;
+    const auto vector = [p](int n) { return Vec3D{float(p[n]), float(p[n + 1]), float(p[n + 2])}; };
+    return {vector(0), vector(3), vector(6)};
 }
 
-std::vector<double> parametersOf(const QList<Vec3D>& listCell)
+std::vector<double> parametersOf(const ReciprocalBasis& basis)
 {
     std::vector<double> vec;
-    for (const Vec3D& v : listCell)
+    for (const Vec3D& v : basis.vectors())
         vec.insert(vec.end(), {double(v.x), double(v.y), double(v.z)});
     return vec;
 }
@@ -48,12 +46,12 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, double dfWave
                                          "Int", "FNo", "d-RA", "TiltO", "TiltC1", "TiltC2", "Delta1",
                                          "Delta2", "DD");
     for (const Peak3D& peak : result.listPeak) {
-        double dfBefore = 0, dfAfter = 0;
-        if (!calculatedTilt(peak, result.listCellBefore, dfWavelength, dfBefore) ||
-            !calculatedTilt(peak, result.listCell, dfWavelength, dfAfter))
+        const std::optional<double> dfBefore = calculatedTilt(peak, result.basisBefore, dfWavelength);
+        const std::optional<double> dfAfter = calculatedTilt(peak, result.basis, dfWavelength);
+        if (!dfBefore || !dfAfter)
             continue;
-        const double dfDelta1 = std::fabs(peak.dfFrameTilt - dfBefore),
-                     dfDelta2 = std::fabs(peak.dfFrameTilt - dfAfter);
+        const double dfDelta1 = std::fabs(peak.dfFrameTilt - *dfBefore),
+                     dfDelta2 = std::fabs(peak.dfFrameTilt - *dfAfter);
         result.dfSquaresBefore += dfDelta1 * dfDelta1;
         result.dfSquaresAfter += dfDelta2 * dfDelta2;
         const float fDistance = calDistanceToRotationAxis(centres, dataSet.m_dfRotationAxis, peak.nFrame,
@@ -61,7 +59,7 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, double dfWave
         strTable += QString::asprintf("%4d %4d %4d %8.1f %4d %8.1f %8.2f %8.2f %8.2f %8.2f %8.2f %8.2f\n",
                                       roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL),
                                       peak.dfIPoint, peak.nFrame + 1, double(fDistance), peak.dfFrameTilt,
-                                      dfBefore, dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2);
+                                      *dfBefore, *dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2);
     }
     report.addMessage(strTable);
     report.addMessage(QStringLiteral("Sum of Err^2 of tilt before and after: %1, %2\n")
@@ -69,21 +67,24 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, double dfWave
                           .arg(result.dfSquaresAfter));
 }
 
-TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet, const Kind& kind,
-                           const TiltRefinementOptions& options, CRunReport& report)
+std::optional<TiltRefinement> refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet,
+                                          const Kind& kind, const TiltRefinementOptions& options,
+                                          CRunReport& report)
 {
-    TiltRefinement result;
     report.addMessage(kind.strTitle, Severity::Milestone);
-    result.listCellBefore = rightHandedCell(dataSet, report, kind.strHeadBefore, &result.bExchanged);
-    if (result.listCellBefore.isEmpty())
-        return result;
-    std::vector<double> vecParam = parametersOf(result.listCellBefore);
+    const std::optional<RightHandedCell> start = rightHandedCell(dataSet, report, kind.strHeadBefore);
+    if (!start)
+        return std::nullopt;
+    TiltRefinement result;
+    result.basisBefore = start->basis;
+    result.bExchanged = start->bExchanged;
+    std::vector<double> vecParam = parametersOf(result.basisBefore);
     addValues(QStringLiteral("Initial values:"), vecParam, report);
     result.listPeak = reflectionsForTilts(listPeak, dataSet, kind.dfLeastIntensity, options.listExcluded,
                                           result.bExchanged, report);
     report.addMessage(QStringLiteral("Before refinement:"));
 
-    const TiltFitResult fit = fitTilts(result.listPeak, kind.pTilt, options.dfWavelength, vecParam, cellOf,
+    const TiltFitResult fit = fitTilts(result.listPeak, kind.pTilt, options.dfWavelength, vecParam, basisOf,
                                        options.dfFunctionError);
     result.nInfo = fit.nInfo;
     result.vecStdErr = fit.vecStdErr;
@@ -94,13 +95,12 @@ TiltRefinement refineBasis(const QList<Peak3D>& listPeak, const DataSet& dataSet
                           : QStringLiteral("Refinement returned value: %1").arg(result.nInfo));
     addValues(QStringLiteral("Values after refinement:"), vecParam, report);
     addValues(QStringLiteral("Errors:"), result.vecStdErr, report);
-    result.listCell = cellOf(vecParam.data());
+    result.basis = basisOf(vecParam.data());
     report.addMessage(QStringLiteral("Unit cell after refinement:"));
-    addBasisLines(result.listCell, report);
+    addBasisLines(result.basis, report);
     report.addMessage(QStringLiteral("After refinement:"));
     addErrorTable(result, dataSet, options.dfWavelength, report);
-    addRefinedCell(result.listCell, options.strLatticeHost, report);
-    result.bDone = true;
+    addRefinedCell(result.basis, options.strLatticeHost, report);
     return result;
 }
 
@@ -117,44 +117,44 @@ double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report)
     return dfWavelength;
 }
 
-void addBasisLines(const QList<Vec3D>& listCell, CRunReport& report)
+void addBasisLines(const ReciprocalBasis& basis, CRunReport& report)
 {
+    const std::array<Vec3D, 3> aVector = basis.vectors();
     const char* const apszName[3] = {"a*", "b*", "c*"};
     for (int n = 0; n < 3; ++n)
         report.addMessage(QStringLiteral("%1 %2 %3 %4")
                               .arg(QLatin1String(apszName[n]))
-                              .arg(double(listCell[n].x), 10, 'f', 7)
-                              .arg(double(listCell[n].y), 10, 'f', 7)
-                              .arg(double(listCell[n].z), 10, 'f', 7));
+                              .arg(double(aVector[n].x), 10, 'f', 7)
+                              .arg(double(aVector[n].y), 10, 'f', 7)
+                              .arg(double(aVector[n].z), 10, 'f', 7));
 }
 
-QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const QString& strHead,
-                             bool* pbExchanged)
+std::optional<RightHandedCell> rightHandedCell(const DataSet& dataSet, CRunReport& report,
+                                               const QString& strHead)
 {
-    if (pbExchanged)
-        *pbExchanged = false;
-    if (dataSet.m_listCell.size() < 3) {
+    const std::optional<ReciprocalBasis> inForce = cellInForce(dataSet);
+    if (!inForce) {
         report.addMessage(QStringLiteral("Unit cell is not ready."), Severity::Error);
-        return {};
+        return std::nullopt;
     }
-    QList<Vec3D> listCell = dataSet.m_listCell.mid(0, 3);
-    if (dot(listCell[2], cross(listCell[0], listCell[1])) < 0) {
-        listCell.swapItemsAt(0, 1);
-        if (pbExchanged)
-            *pbExchanged = true;
+    RightHandedCell cell{*inForce};
+    ReciprocalBasis& basis = cell.basis;
+    if (dot(basis.c, cross(basis.a, basis.b)) < 0) {
+        std::swap(basis.a, basis.b);
+        cell.bExchanged = true;
         report.addMessage(QStringLiteral("Wrong handness in unit cell setting."), Severity::Error);
     }
-    report.addMessage(QStringLiteral("Reciprocal cell volume: %1")
-                          .arg(double(dot(listCell[2], cross(listCell[0], listCell[1])))));
+    report.addMessage(
+        QStringLiteral("Reciprocal cell volume: %1").arg(double(dot(basis.c, cross(basis.a, basis.b)))));
     if (!strHead.isEmpty())
         report.addMessage(strHead);
-    addBasisLines(listCell, report);
-    return listCell;
+    addBasisLines(basis, report);
+    return cell;
 }
 
-void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost, CRunReport& report)
+void addRefinedCell(const ReciprocalBasis& basis, const QString& strLatticeHost, CRunReport& report)
 {
-    const QString strHtml = unitCellHtml(QStringLiteral("Refined unit cell"), listCell, strLatticeHost);
+    const QString strHtml = unitCellHtml(QStringLiteral("Refined unit cell"), basis, strLatticeHost);
     if (strHtml.isEmpty())
         report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
     else
@@ -186,8 +186,8 @@ FramePositionGeometry framePositionGeometry(const DataSet& dataSet)
     return geometry;
 }
 
-TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
-                                  const TiltRefinementOptions& options)
+std::optional<TiltRefinement> refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet,
+                                                 CRunReport& report, const TiltRefinementOptions& options)
 {
     TiltRefinementOptions optionsAll = options;
     optionsAll.listExcluded.clear();  // only the other refinement leaves reflections out
@@ -197,18 +197,14 @@ TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& 
                        optionsAll, report);
 }
 
-QList<Vec3D> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak, const DataSet& dataSet,
-                                        CRunReport& report, const TiltRefinementOptions& options,
-                                        TiltRefinement* pResult)
+std::optional<TiltRefinement> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak,
+                                                         const DataSet& dataSet, CRunReport& report,
+                                                         const TiltRefinementOptions& options)
 {
-    const TiltRefinement result = refineBasis(
-        listPeak, dataSet,
-        {QStringLiteral("\nRunning unit cell refinement..."), QStringLiteral("Unit cell before refinement:"),
-         100.0, false, &Peak3D::dfTiltFit},
-        options, report);
-    if (pResult)
-        *pResult = result;
-    return result.listCell;
+    return refineBasis(listPeak, dataSet,
+                       {QStringLiteral("\nRunning unit cell refinement..."),
+                        QStringLiteral("Unit cell before refinement:"), 100.0, false, &Peak3D::dfTiltFit},
+                       options, report);
 }
 
 }  // namespace tessera

@@ -11,6 +11,7 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -26,11 +27,10 @@ struct TiltRefinementOptions {
 
 /// What a refinement found.
 struct TiltRefinement {
-    bool bDone = false;             ///< the run came to its end
     bool bExchanged = false;        ///< a* and b* are exchanged, and with them h and k of the reflections
-    int nInfo = 0;                  ///< result of the fit; 0 if none took place
-    QList<Vec3D> listCellBefore;    ///< the working copy of the cell, right-handed
-    QList<Vec3D> listCell;          ///< refined a*, b*, c*, Å⁻¹
+    int nInfo = 0;                  ///< result of the fit; 0 without reflections
+    ReciprocalBasis basisBefore;    ///< the working copy of the cell, right-handed
+    ReciprocalBasis basis;          ///< the refined one
     std::vector<double> vecStdErr;  ///< of the nine components
     QList<Peak3D> listPeak;         ///< the reflections that the fit used, with dfTiltFit
     double dfSquaresBefore = 0;     ///< of the errors against the tilts of the frames, degrees²
@@ -43,14 +43,18 @@ struct TiltRefinement {
 double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report);
 
 /// The rows of the log that say a basis: "a* …", "b* …", "c* …".
-void addBasisLines(const QList<Vec3D>& listCell, CRunReport& report);
+void addBasisLines(const ReciprocalBasis& basis, CRunReport& report);
+
+struct RightHandedCell {
+    ReciprocalBasis basis;
+    bool bExchanged = false;  ///< a* and b* were exchanged, and with them h and k must be
+};
 
 /// The cell in force as a right-handed working copy: a* and b* are exchanged, with a red line, when the
-/// triple product is negative. Writes the volume and the three lines. Empty, with a red line, without a cell.
-/// @param strHead      if not empty, a line before the three
-/// @param pbExchanged  may be null; whether a* and b* were exchanged, and with them h and k must be
-QList<Vec3D> rightHandedCell(const DataSet& dataSet, CRunReport& report, const QString& strHead = {},
-                             bool* pbExchanged = nullptr);
+/// triple product is negative. Writes the volume and the three lines. None, with a red line, without a cell.
+/// @param strHead  if not empty, a line before the three
+std::optional<RightHandedCell> rightHandedCell(const DataSet& dataSet, CRunReport& report,
+                                               const QString& strHead = {});
 
 /// The reflections that filterReflections() keeps and that are not excluded, with h and k exchanged if asked.
 QList<Peak3D> reflectionsForTilts(const QList<Peak3D>& listPeak, const DataSet& dataSet,
@@ -62,7 +66,7 @@ FramePositionGeometry framePositionGeometry(const DataSet& dataSet);
 
 /// The direct cell of the basis as an HTML line with the link that tests its lattice; a red line if the
 /// vectors are co-planar.
-void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost, CRunReport& report);
+void addRefinedCell(const ReciprocalBasis& basis, const QString& strLatticeHost, CRunReport& report);
 
 /// Refines a*, b*, c* so that the calculated tilts agree with the tilts of the frames (dfFrameTilt) of
 /// strong reflections away from the axis.
@@ -74,14 +78,16 @@ void addRefinedCell(const QList<Vec3D>& listCell, const QString& strLatticeHost,
 /// Column TiltO of the table is dfFrameTilt in this and the next refinement, and Delta1 and Delta2 are
 /// against it. The errors against the tilts of the curves are those of calExpectedFrameNo().
 /// @param listPeak  merged reflections with indices, raw positions, dfFrameFit
-TiltRefinement refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet, CRunReport& report,
-                                  const TiltRefinementOptions& options = {});
+/// @return none without a cell in force
+std::optional<TiltRefinement> refineBasisVectors(const QList<Peak3D>& listPeak, const DataSet& dataSet,
+                                                 CRunReport& report,
+                                                 const TiltRefinementOptions& options = {});
 
 /// The same against the tilts of the curves fitted through the frames (dfTiltFit), with weaker reflections
 /// too and without the excluded ones.
-/// @return the refined a*, b*, c*; empty without a cell
-QList<Vec3D> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak, const DataSet& dataSet,
-                                        CRunReport& report, const TiltRefinementOptions& options = {},
-                                        TiltRefinement* pResult = nullptr);
+/// @return none without a cell in force
+std::optional<TiltRefinement> refineUnitCellUsingFrameNo(const QList<Peak3D>& listPeak,
+                                                         const DataSet& dataSet, CRunReport& report,
+                                                         const TiltRefinementOptions& options = {});
 
 }  // namespace tessera

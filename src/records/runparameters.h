@@ -1,9 +1,12 @@
 // The panel parameters of the runs as plain records, with the pages' start values.
 #pragma once
 
+#include "records/cellparameters.h"
 #include "records/hklref.h"
 
 #include <QList>
+
+#include <optional>
 
 namespace tessera {
 
@@ -69,10 +72,8 @@ struct RefinementParameters {
     double m_dfRefineDStarHigh = 2;
     bool m_bRefine2D = false;
     bool m_bOutputPeakList = false;
-    /// A cell that the refined one is compared with if it comes close: a, b, c (Å), α, β, γ (degrees); any
-    /// other count of numbers: none.
-    QList<double> m_listReferenceCell;
-    QList<HKLRef> m_listExcluded;  ///< reflections that the tilt refinements leave out
+    std::optional<CellParameters> m_referenceCell;  ///< compared with the refined cell if that comes close
+    QList<HKLRef> m_listExcluded;                   ///< reflections that the tilt refinements leave out
 };
 
 }  // namespace tessera

@@ -57,7 +57,7 @@ bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
 }
 
 // Six numbers, or one for the edge of a cubic cell; 0 for none.
-bool readCell(const QString& strText, QList<double>& listCell)
+bool readCell(const QString& strText, std::optional<CellParameters>& cell)
 {
     QList<double> listNumber;
     for (const QString& str :
@@ -69,11 +69,12 @@ bool readCell(const QString& strText, QList<double>& listCell)
     }
     if (listNumber.isEmpty() || listNumber == QList<double>{0})
         return true;
-    if (listNumber.size() == 1)
-        listNumber = {listNumber[0], listNumber[0], listNumber[0], 90, 90, 90};
-    if (listNumber.size() != 6 || listNumber.contains(0))
+    if (listNumber.contains(0) || (listNumber.size() != 1 && listNumber.size() != 6))
         return false;
-    listCell = listNumber;
+    if (listNumber.size() == 1)
+        cell = {listNumber[0], listNumber[0], listNumber[0], 90, 90, 90};
+    else
+        cell = {listNumber[0], listNumber[1], listNumber[2], listNumber[3], listNumber[4], listNumber[5]};
     return true;
 }
 
@@ -159,7 +160,7 @@ void MainWindow::readSettings()
     };
     if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded))
         complain(g_szExcluded);
-    if (!readCell(text(g_szReference), m_refinement.m_listReferenceCell))
+    if (!readCell(text(g_szReference), m_refinement.m_referenceCell))
         complain(g_szReference);
     m_bConstantBackground = pSettings->value(QLatin1String(g_szBackground), false).toBool();
 }

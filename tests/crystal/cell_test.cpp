@@ -87,6 +87,24 @@ TEST(Cell, CoPlanarVectorsAreNoBasisHoweverTheyLie)
     EXPECT_TRUE(reciprocalToDirectBasis({f, 0, 0}, {0, f, 0}, {0, 0, f}, a, b, c));
 }
 
+TEST(Cell, NeedsThreeVectorsThatSpanASpace)
+{
+    const Vec3D a{0.1f, 0, 0}, b{0, 0.05f, 0}, c{0, 0, 0.04f}, vecInfinite{0, 0, float(INFINITY)};
+    for (const QList<Vec3D>& list : {QList<Vec3D>{}, QList<Vec3D>{a, b}, QList<Vec3D>{a, b, c, c},
+                                     QList<Vec3D>{a, b, a + b}, QList<Vec3D>{a, b, vecInfinite}}) {
+        double f[6] = {1, 2, 3, 4, 5, 6};
+        EXPECT_FALSE(cellParametersFromList(list, f[0], f[1], f[2], f[3], f[4], f[5]));
+        for (int n = 0; n < 6; ++n)
+            EXPECT_EQ(f[n], n + 1);
+    }
+    // The basis is dual: the way there is the way back.
+    Vec3D aDirect[3], aBack[3];
+    ASSERT_TRUE(reciprocalToDirectBasis(a, a + b, c, aDirect[0], aDirect[1], aDirect[2]));
+    ASSERT_TRUE(reciprocalToDirectBasis(aDirect[0], aDirect[1], aDirect[2], aBack[0], aBack[1], aBack[2]));
+    EXPECT_NEAR(dot(aDirect[0], a + b), 0, 1e-6f);
+    EXPECT_LT(length(aBack[0] - a) + length(aBack[1] - (a + b)) + length(aBack[2] - c), 1e-7f);
+}
+
 // What other matrices give is held by the pages of the window.
 TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
 {
@@ -111,11 +129,11 @@ TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
         {{a, b, c}, matSwap, reciprocal, {b, a, c}, strSwapped}};
     for (const auto& row : aRow) {
         CRecordingReport report;
-        QList<Vec3D> listCell{a};
-        EXPECT_EQ(transformUnitCell(row.listFound, row.matrix, row.space, listCell, report, "http://h/%3"),
-                  !row.listCell.isEmpty());
+        const std::optional<ReciprocalBasis> basis = transformUnitCell(
+            basisFromList(row.listFound), row.matrix, row.space, report, "http://h/%3");
+        const QList<Vec3D> listCell = basis ? basis->toList() : QList<Vec3D>();
         EXPECT_TRUE(report.log().startsWith(row.strMessage)) << report.log().toStdString();
-        ASSERT_EQ(listCell.size(), row.listCell.isEmpty() ? 1 : 3);
+        ASSERT_EQ(listCell.size(), row.listCell.size());
         for (int n = 0; n < row.listCell.size(); ++n)
             EXPECT_LE(length(listCell[n] - row.listCell[n]), 1e-8f) << &row - aRow << ' ' << n;
     }

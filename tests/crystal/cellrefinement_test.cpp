@@ -13,14 +13,12 @@ namespace tessera {
 
 namespace {
 
-const double g_aTrueCell[6] = {7.1, 9.3, 11.2, 71, 82, 64};
+const CellParameters g_trueCell{7.1, 9.3, 11.2, 71, 82, 64};
 
 // 404 reflections without errors.
 QList<Peak3D> simulated()
 {
-    const double* p = g_aTrueCell;
-    CCrystalParaCal cell;
-    cell.setUnitCell(p[0], p[1], p[2], p[3], p[4], p[5]);
+    const CCrystalParaCal cell(g_trueCell);
     QList<Peak3D> list;
     for (int h = 0; h <= 4; ++h)
         for (int k = -4; k <= 4; ++k)
@@ -31,18 +29,10 @@ QList<Peak3D> simulated()
 }
 
 struct Refined {
-    Refined(const QList<Peak3D>& list, const double* pStart = g_aTrueCell)
-    {
-        std::copy(pStart, pStart + 6, aCell);
-        bDone = unitCellRefinement(list, aCell[0], aCell[1], aCell[2], aCell[3], aCell[4], aCell[5], report,
-                                   &found);
-    }
-    bool is(const double* pCell) const { return std::equal(aCell, aCell + 6, pCell); }
+    explicit Refined(const QList<Peak3D>& list) : found(unitCellRefinement(list, g_trueCell, report)) {}
 
-    bool bDone = false;
-    double aCell[6];
-    CellRefinement found;
     CRecordingReport report;
+    std::optional<CellRefinement> found;
 };
 
 }  // namespace
@@ -57,12 +47,12 @@ TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
         peak.dfDStar *= 1.01;  // a cell smaller than that of the start
     }
     const Refined r(list);
-    ASSERT_TRUE(r.bDone && r.is(r.found.dfCell));
-    for (int n = 0; n < 6; ++n)
-        EXPECT_NEAR(r.aCell[n], g_aTrueCell[n] / (n < 3 ? 1.01 : 1), 1e-9);
-    EXPECT_NEAR(r.found.dfRmsBefore[0], 0.01 * std::sqrt(dfSquares / list.size()), 1e-12);
-    EXPECT_NEAR(r.found.dfRmsBefore[1], 0.01 / 1.01, 1e-12);
-    EXPECT_NEAR(r.found.dfRmsAfter[0] + r.found.dfRmsAfter[1], 0, 1e-12);
+    ASSERT_TRUE(r.found);
+    for (size_t n = 0; n < 6; ++n)
+        EXPECT_NEAR(r.found->cell.numbers()[n], g_trueCell.numbers()[n] / (n < 3 ? 1.01 : 1), 1e-9);
+    EXPECT_NEAR(r.found->dfRmsBefore[0], 0.01 * std::sqrt(dfSquares / list.size()), 1e-12);
+    EXPECT_NEAR(r.found->dfRmsBefore[1], 0.01 / 1.01, 1e-12);
+    EXPECT_NEAR(r.found->dfRmsAfter[0] + r.found->dfRmsAfter[1], 0, 1e-12);
     const QStringList listStart{"Unit cell refinement: 404 points.",
                                 "Unit cell before UCLS refinement: 7,1, 9,3, 11,2, 71, 82, 64",
                                 "A-F before UCLS refinement: 0,0",
@@ -75,7 +65,7 @@ TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
     ASSERT_EQ(r.report.m_listLine.size(), listStart.size());
     for (int n = 0; n < listStart.size(); ++n)
         EXPECT_TRUE(r.report.m_listLine[n].startsWith(listStart[n])) << r.report.m_listLine[n].toStdString();
-    EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found.nInfo)));
+    EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found->nInfo)));
 }
 
 // With errors of d*² of one size, as the fit takes them to be, the e.s.d. are the scatter of many fits.
@@ -86,7 +76,7 @@ TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
     std::mt19937 generator(3);
     std::normal_distribution<double> noise(0, 0.0005);
     double aSquares[12] = {}, aVariance[12] = {};
-    const auto add = [&](int n, double dfError, double dfStdErr) {
+    const auto add = [&](size_t n, double dfError, double dfStdErr) {
         aSquares[n] += dfError * dfError;
         aVariance[n] += dfStdErr * dfStdErr;
     };
@@ -95,11 +85,11 @@ TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
         for (Peak3D& peak : list)
             peak.dfDStar = std::sqrt(peak.dfDStar * peak.dfDStar + noise(generator));
         const Refined r(list);
-        ASSERT_TRUE(r.bDone);
-        for (int n = 0; n < 6; ++n) {
-            add(n, r.aCell[n] - g_aTrueCell[n], r.found.dfCellStdErr[n]);
-            add(n + 6, r.found.dfCoefficient[n] - truth.found.dfCoefficient[n],
-                r.found.dfCoefficientStdErr[n]);
+        ASSERT_TRUE(r.found);
+        for (size_t n = 0; n < 6; ++n) {
+            add(n, r.found->cell.numbers()[n] - g_trueCell.numbers()[n], r.found->cellStdErr.numbers()[n]);
+            add(n + 6, r.found->dfCoefficient[n] - truth.found->dfCoefficient[n],
+                r.found->dfCoefficientStdErr[n]);
         }
     }
     for (int n = 0; n < 12; ++n)  // a root of 2000 squares is good to 1.6 %
@@ -118,16 +108,28 @@ TEST(CellRefinement, SaysWhatTheReflectionsDoNotTell)
         p.dfDStar = 0;
     }
     const Refined flat(listFlat), six(listSix), few(listSix.mid(1)), none(listNone);
-    EXPECT_TRUE(flat.report.said("\nred Not determined by these reflections: C, E, F. ") && flat.bDone);
-    EXPECT_EQ(flat.found.dfCoefficientStdErr[2], 0);
+    EXPECT_TRUE(flat.report.said("\nred Not determined by these reflections: C, E, F. ") && flat.found);
+    EXPECT_EQ(flat.found->dfCoefficientStdErr[2], 0);
     EXPECT_EQ(none.report.marked().last(), "red The fit gives no unit cell; the cell stays as it was.");
-    EXPECT_TRUE(!none.bDone && none.is(g_aTrueCell));
+    EXPECT_FALSE(none.found || few.found);
     EXPECT_EQ(few.report.marked(),
               (QStringList{"Unit cell refinement: 5 points.", "red Too few peaks for refinement."}));
-    EXPECT_TRUE(!few.bDone && few.is(g_aTrueCell));
     // Six reflections fix six coefficients exactly and say nothing of their errors.
-    EXPECT_TRUE(six.bDone && !std::isfinite(six.found.dfCellStdErr[0]));
-    EXPECT_NEAR(six.aCell[4], g_aTrueCell[4], 1e-6);
+    ASSERT_TRUE(six.found);
+    EXPECT_FALSE(std::isfinite(six.found->cellStdErr.a));
+    EXPECT_NEAR(six.found->cell.beta, g_trueCell.beta, 1e-6);
+
+    // The six numbers one by one are refined in place, or stay.
+    CellParameters cell{7, 9, 11, 70, 80, 65};
+    const auto refine = [&](const QList<Peak3D>& list) {
+        CRunReport silent;
+        return unitCellRefinement(list, cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma, silent);
+    };
+    EXPECT_FALSE(refine(listNone));
+    EXPECT_EQ(cell.numbers(), (std::array<double, 6>{7, 9, 11, 70, 80, 65}));
+    EXPECT_TRUE(refine(simulated()));
+    for (size_t n = 0; n < 6; ++n)
+        EXPECT_NEAR(cell.numbers()[n], g_trueCell.numbers()[n], 1e-9);
 }
 
 // One line through points that are not on one, by derivatives; the step of finite differences is not in use.

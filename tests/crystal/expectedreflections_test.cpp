@@ -94,14 +94,14 @@ TEST(ExpectedReflections, SameAsThePlainTripleLoop)
         for (const QList<double>& tilts : listTilts) {
             const double dfLow = std::min(tilts.first(), tilts.last()) + 2,
                          dfHigh = std::max(tilts.first(), tilts.last()) - 2;
-            const QList<HKLRef> list = calAllReflections2(listPeak, cell, tilts, report);
+            const QList<HKLRef> list = calAllReflections2(listPeak, basisFromList(cell), tilts, report);
             EXPECT_EQ(indicesOf(list), plainEnumeration(0.61f, cell, dfLow, dfHigh))
                 << dfLow << ' ' << dfHigh;
             EXPECT_EQ(list.isEmpty(), dfLow > dfHigh);
             // The form by slopes has no origin, and agrees where tangents rise.
             const bool bRise = &cell == &listCells[0] && dfLow > -90 && dfHigh < 90;
-            EXPECT_TRUE(!bRise || indicesOf(calAllReflections(listPeak, cell, tilts, report)) ==
-                                      indicesOf(list, false));
+            EXPECT_TRUE(!bRise || indicesOf(calAllReflections(listPeak, basisFromList(cell), tilts,
+                                                              report)) == indicesOf(list, false));
         }
     EXPECT_TRUE(report.m_listLine.isEmpty());
 }
@@ -112,11 +112,11 @@ TEST(ExpectedReflections, HugeAndBrokenInputIsRefusedNotEnumerated)
     bool bComplete = false;
     const QList<Peak3D> listPeak{reflection(0, 0, 1, 1, 1)};
     // 8 million points in the sphere, 126 million in the box around it.
-    const QList<Vec3D> listLarge{{0.008f, 0, 0}, {0, 0.008f, 0}, {0, 0, 0.008f}};
-    EXPECT_GT(calAllReflections2(listPeak, listLarge, {0, 4.1}, report, &bComplete).size(), 1000);
+    const ReciprocalBasis large{{0.008f, 0, 0}, {0, 0.008f, 0}, {0, 0, 0.008f}};
+    EXPECT_GT(calAllReflections2(listPeak, large, {0, 4.1}, report, &bComplete).size(), 1000);
     EXPECT_TRUE(bComplete && report.m_listLine.isEmpty());
     for (float fStep : {0.f, 1e-9f, 2e-3f, std::nanf("")}) {
-        const QList<Vec3D> cell{{fStep, 0, 0}, {0, 2e-3f, 0}, {0, 0, 2e-3f}};
+        const ReciprocalBasis cell{{fStep, 0, 0}, {0, 2e-3f, 0}, {0, 0, 2e-3f}};
         EXPECT_TRUE(calAllReflections2(listPeak, cell, {-50, 50}, report, &bComplete).isEmpty());
         EXPECT_TRUE(!bComplete && report.marked().last().startsWith("red Too many lattice points"));
     }

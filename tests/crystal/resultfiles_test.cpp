@@ -25,7 +25,8 @@ protected:
     QString path(const char* pszName) const { return m_dir.filePath(pszName); }
     bool write(const QList<Peak3D>& list, const QList<Vec3D>& listCell, const QString& strName)
     {
-        return outputIndexingResultsToFile(list, listCell, {-50, 50}, m_dir.path(), strName, m_report);
+        return outputIndexingResultsToFile(list, basisFromList(listCell), {-50, 50}, m_dir.path(), strName,
+                                           m_report);
     }
 };
 
@@ -114,8 +115,8 @@ TEST_F(ResultFiles, HklFilesAreReadInFreeFormat)
             QString("%1,%2,%3 %4; ").arg(hkl.nH).arg(hkl.nK).arg(hkl.nL).arg(double(hkl.fI), 0, 'f', 1);
     EXPECT_EQ(strRead, "1,-2,3 1234.6; 4,5,6 -700.0; 7,8,9 0.0; 0,0,0 0.0; ");
     QList<Peak3D> listPeak;
-    EXPECT_TRUE(loadShelxFile(path("in.hkl"), g_listCell, listPeak, m_report));
-    EXPECT_FALSE(loadShelxFile(path("none.hkl"), g_listCell, listPeak, m_report));
+    EXPECT_TRUE(loadShelxFile(path("in.hkl"), basisFromList(g_listCell), listPeak, m_report));
+    EXPECT_FALSE(loadShelxFile(path("none.hkl"), basisFromList(g_listCell), listPeak, m_report));
     EXPECT_EQ(listPeak.size(), 4);
     EXPECT_EQ(m_report.log(), QString("4 reflections loaded from %1/in.hkl.\n"
                                       "red Failed to open %1/none.hkl for reading.")

@@ -24,7 +24,7 @@ TEST(TestIndexing, BuildsTheSphereAndItsNegativesOrSaysWhyNot)
     QList<Peak3D> list;
     for (const auto& row : aRow) {
         CRecordingReport report;
-        EXPECT_EQ(testIndexing(row.listCell, list, report), &row == aRow);
+        EXPECT_EQ(testIndexing(basisFromList(row.listCell), list, report), &row == aRow);
         EXPECT_TRUE(report.marked().last().contains(row.strMessage)) << report.log().toStdString();
     }
     std::set<std::array<int, 3>> setBuilt;

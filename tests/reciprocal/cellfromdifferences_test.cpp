@@ -39,12 +39,12 @@ TEST(CellFromDifferences, APerfectCrystalGivesItsCellThoughStretched)
     std::swap(parameters.m_dfRefineIntensityLow, parameters.m_dfRefineIntensityHigh);
     CRecordingReport report;
     const DifferenceVectorRefinement found = runUnitCellRefinement(data, parameters, report);
-    ASSERT_TRUE(found.bRefined);
+    ASSERT_TRUE(found.refinement);
     const double aTrue[6] = {8.6, 13.0, 9.3, 95, 112, 88};
-    for (int n = 0; n < 6; ++n)
-        EXPECT_NEAR(found.dfCell[n], aTrue[n], n < 3 ? 1e-3 * aTrue[n] : 0.1) << n;
+    for (size_t n = 0; n < 6; ++n)
+        EXPECT_NEAR(found.refinement->cell.numbers()[n], aTrue[n], n < 3 ? 1e-3 * aTrue[n] : 0.1) << n;
     report.m_nStopAfter = 50;
-    EXPECT_FALSE(runUnitCellRefinement(data, parameters, report).bRefined);
+    EXPECT_FALSE(runUnitCellRefinement(data, parameters, report).refinement);
     EXPECT_TRUE(report.log().endsWith("red >Unit cell refinement did not finish."));
     runUnitCellRefinement(DataSet(), parameters, report);
     EXPECT_EQ(report.marked().last(), "red No indexed peaks are available. Do merging and indexing first.");
@@ -62,7 +62,7 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
     parameters.m_dfRefineDStarLow = 0.1;
     parameters.m_dfRefineDStarHigh = 0.5;
     parameters.m_bOutputPeakList = true;
-    parameters.m_listReferenceCell = {10.4, 9.6, 10, 90, 94.9, 90};
+    parameters.m_referenceCell = {10.4, 9.6, 10, 90, 94.9, 90};
     CRecordingReport report;
     const auto run = [&](const FnRefinePositions& fnRefine = {}) {
         report.m_listLine.clear();
@@ -86,7 +86,7 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
     EXPECT_EQ(listRow[0], strFirst + "   0   1   0    300.0  200.0  110.0" + strEnd +
                               "   0.1414    40.72%    2   0.1420    -0.41%");
     EXPECT_EQ(listRow[2], strThird + "   0.0000     0.00%");
-    parameters.m_listReferenceCell[4] = 95.1;
+    parameters.m_referenceCell->beta = 95.1;
     EXPECT_EQ(run().last().split('\n')[2], strThird);
 
     parameters.m_bRefine2D = true;

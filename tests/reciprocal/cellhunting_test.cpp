@@ -211,7 +211,7 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
     DataSet data;
     CRecordingReport log;
     ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false));
-    EXPECT_LT(indexedShare(data.m_listCell, list, 0.05f, log), 0.5);
+    EXPECT_LT(indexedShare(cellInForce(data).value(), list, 0.05f, log), 0.5);
     adviseOnCell(data, list, CellHuntingParameters(), 0.05, log);
     const QString strAdvice = log.m_listLine.last().section("If it is wrong, search with a \"Max.\" of ", 1);
     const double dfMax = strAdvice.section(' ', 0, 0).toDouble();
@@ -221,7 +221,7 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
     EXPECT_TRUE(log.said("% of the reflections fit this cell. Searching again"));
     EXPECT_NEAR(1 / std::fabs(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2])),
                 cell.volume, 0.02 * cell.volume);
-    EXPECT_GT(indexedShare(data.m_listCell, list, 0.05f, log), 0.7);
+    EXPECT_GT(indexedShare(cellInForce(data).value(), list, 0.05f, log), 0.7);
     EXPECT_FALSE(runCheckedCellHunting(data, {}, CellHuntingParameters(), 0.05, log, false));
 
     // A row in space has no third axis, so none to leave out; the first of equally poor cells is kept.

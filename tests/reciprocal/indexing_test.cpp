@@ -27,6 +27,7 @@ namespace tessera {
 TEST(Indexing, IsThePlainLoopToTheLastBit)
 {
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 84, 97, 103));
+    const ReciprocalBasis basis = basisFromList(listBasis).value();
     QList<Peak3D> list = simulatedReflections(listBasis, 0.8, 1e-3, all);
     for (Peak3D& peak : list)  // far reflections are not whole by plain division
         placeAt(peak, scaled(peak.point(), 1.01f));
@@ -47,15 +48,15 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
         for (float fRadius : {1.f / 3, 0.12f, 5.f}) {
             QList<Peak3D> listFast = list;
             QList<Peak3D> listPlain = list;
-            ASSERT_TRUE(indexReflections(listFast, listBasis, fThreshold, fRadius, report));
-            nMostPasses = std::max(nMostPasses, plainIndexing(listPlain, listBasis, fThreshold, fRadius));
+            ASSERT_TRUE(indexReflections(listFast, basis, fThreshold, fRadius, report));
+            nMostPasses = std::max(nMostPasses, plainIndexing(listPlain, basis, fThreshold, fRadius));
             EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fThreshold << " " << fRadius;
         }
     EXPECT_GE(nMostPasses, 3);
     const std::vector<uint64_t> vecBefore = bitsOf(list);
     CRecordingReport log;
     log.m_nStopAfter = 0;
-    EXPECT_FALSE(indexReflections(list, listBasis, 0.05f, 1.f / 3, log));
+    EXPECT_FALSE(indexReflections(list, basis, 0.05f, 1.f / 3, log));
     EXPECT_TRUE(bitsOf(list) == vecBefore);
 }
 

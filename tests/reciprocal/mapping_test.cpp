@@ -168,7 +168,7 @@ TEST(Outsiders, TheWedgeHasTwoSidesAndAMargin)
         list.last().setPoint({0.3f, float(0.2 * std::cos(dfAngle * g_dfRadians)),
                               float(0.2 * std::sin(dfAngle * g_dfRadians))});
     }
-    removeOutsiderReflections(list, {30, 0, -30}, {Vec3D(), Vec3D(), Vec3D()});
+    removeOutsiderReflections(list, {30, 0, -30}, ReciprocalBasis());
     EXPECT_EQ(idsOf(list), QList<int>({0, 1, 2, 3, 4}));
 }
 

@@ -111,10 +111,9 @@ inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
 }
 
 /// Returns the number of passes.
-inline int plainIndexing(QList<Peak3D>& list, const QList<Vec3D>& listBasis, float fThreshold, float fRadius)
+inline int plainIndexing(QList<Peak3D>& list, const ReciprocalBasis& basis, float fThreshold, float fRadius)
 {
-    CBasisSolver solver;
-    solver.setBasis(listBasis[0], listBasis[1], listBasis[2]);
+    const CBasisSolver solver(basis);
     sortByDStar(list);
     const int nCount = list.size();
     std::vector<int> vecState(size_t(nCount), 0);

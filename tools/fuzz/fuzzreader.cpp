@@ -182,7 +182,8 @@ QString readCell(const QString& strFileName, const QByteArray&)
         return g_strGood;
     const QByteArray bytesWritten = contentOf(written(strFileName));
     const QList<Vec3D> listAgain = readUnitCellFile(written(strFileName), &strReason);
-    if (listAgain.size() != 3 || vectorLines(unitCellText(listAgain)) != vectorLines(bytesWritten))
+    const std::optional<ReciprocalBasis> basisAgain = basisFromList(listAgain);
+    if (!basisAgain || vectorLines(unitCellText(*basisAgain)) != vectorLines(bytesWritten))
         return QStringLiteral("a cell changes when written and read: %1").arg(strReason);
     return g_strGood;
 }
@@ -242,12 +243,12 @@ QString readReflections(const QString& strFileName, const QByteArray&)
 
 QString readHkl(const QString& strFileName, const QByteArray&)
 {
-    const QList<Vec3D> listCell{{0.1f, 0, 0}, {0, 0.2f, 0}, {0, 0, 0.3f}};
+    const ReciprocalBasis basis{{0.1f, 0, 0}, {0, 0.2f, 0}, {0, 0, 0.3f}};
     QList<Peak3D> listPeak;
     CRunReport report;
     bool bShown = false;
     const QList<HKL5> listHKL = readHKLFile(strFileName);
-    if (!loadShelxFile(strFileName, listCell, listPeak, report, &bShown) || !bShown ||
+    if (!loadShelxFile(strFileName, basis, listPeak, report, &bShown) || !bShown ||
         listPeak.size() != listHKL.size())
         return QStringLiteral("the list is not shown");
     QList<HKLRef> listReflection;

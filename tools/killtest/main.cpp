@@ -143,7 +143,7 @@ std::vector<Writer> fileWriters()
         {"hkl and p4p",
          [=](const QString& str, int n) {
              CRunReport report;
-             return outputIndexingResultsToFile(s_aData[n].m_listPeakFrame[n], s_aData[n].m_listCell,
+             return outputIndexingResultsToFile(s_aData[n].m_listPeakFrame[n], cellInForce(s_aData[n]),
                                                 {-60, 0, 60}, str, QStringLiteral("s"), report);
          }},
         {"ipf",

@@ -24,7 +24,7 @@ void MainWindow::runIndexing()
     syncParametersWithControls(true);
     QList<Peak3D> listSelection;
     // Without a cell the run says so before anything is chosen.
-    if (m_dataSet.m_listCell.size() == 3 && !selectReflectionsForProcessing(listSelection))
+    if (cellInForce(m_dataSet) && !selectReflectionsForProcessing(listSelection))
         return;
     CRunScope scope(*this);
     WindowReport report(*this);
@@ -80,7 +80,7 @@ bool MainWindow::loadShelxFile()
     if (refuseDuringRun(tr("Loading reflections")))
         return false;
     QString strFile;
-    if (m_dataSet.m_listCell.size() == 3) {  // without a cell the reader says so
+    if (cellInForce(m_dataSet)) {  // without a cell the reader says so
         syncParametersWithControls(true);
         strFile = QFileDialog::getOpenFileName(this, tr("Load an HKL file"), m_dataSet.m_strWorkingDir,
                                                tr("HKL File (*.hkl);;All Files (*.*)"));
@@ -92,7 +92,7 @@ bool MainWindow::loadShelxFile()
     bool bShown = false;
     bool bLoaded = false;
     guarded([&] {
-        bLoaded = tessera::loadShelxFile(strFile, m_dataSet.m_listCell, listPeak, report, &bShown);
+        bLoaded = tessera::loadShelxFile(strFile, cellInForce(m_dataSet), listPeak, report, &bShown);
         if (bShown)
             showReflectionList(listPeak);
     });

@@ -71,7 +71,7 @@ void MainWindow::refineDirectBeamPosition()
 void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& fnRun)
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
-        const bool bCell = m_dataSet.m_listCell.size() == 3;  // without one the run says so
+        const bool bCell = cellInForce(m_dataSet).has_value();  // without one the run says so
         if (bCell && m_listReflectionIndexed.isEmpty())
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
@@ -111,11 +111,11 @@ void MainWindow::refineUnitCellUsingFrameNo()
 {
     withIndexedReflections([this](CRunReport& report) {
         const TiltRefinementOptions options = tiltOptions(report);
-        TiltRefinement result;
-        tessera::refineUnitCellUsingFrameNo(m_listReflectionIndexed, m_dataSet, report, options, &result);
-        if (result.bDone)
-            tessera::calExpectedFrameNo(result.listCellBefore, result.listCell, result.listPeak, m_dataSet,
-                                        report, options, result.bExchanged);
+        const std::optional<TiltRefinement> result = tessera::refineUnitCellUsingFrameNo(
+            m_listReflectionIndexed, m_dataSet, report, options);
+        if (result)
+            tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
+                                        result->listPeak, m_dataSet, report, options, result->bExchanged);
     });
 }
 

@@ -20,10 +20,12 @@ bool MainWindow::transformUnitCell()
 {
     WindowReport report(*this);
     const bool bReciprocal = m_pCellPage->m_pRadioSpaceReciprocal->isChecked();
-    if (!tessera::transformUnitCell(m_dataSet.m_listCellFound, m_dfCellMatrix,
-                                    bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real,
-                                    m_dataSet.m_listCell, report, m_strLatticeHost))
+    const std::optional<ReciprocalBasis> basis = tessera::transformUnitCell(
+        basisFromList(m_dataSet.m_listCellFound), m_dfCellMatrix,
+        bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real, report, m_strLatticeHost);
+    if (!basis)
         return false;
+    m_dataSet.m_listCell = basis->toList();
     for (ED3DWidget* pView : views3D())
         pView->setLattice(m_dataSet.m_listCell);
     updateUnitCellInfo();
@@ -59,7 +61,7 @@ void MainWindow::testUnitCellToggled(bool bChecked)
     }
     if (bChecked)
         transformUnitCell();
-    else if (m_dataSet.m_listCellFound.size() == 3)
+    else if (basisFromList(m_dataSet.m_listCellFound))
         updateUnitCell();
     else
         updateUnitCellInfo();

@@ -118,11 +118,10 @@ void MainWindow::updateUnitCell()
 
 void MainWindow::updateUnitCellInfo()
 {
-    double aCell[6] = {};
-    const bool bCell = cellParametersFromList(m_dataSet.m_listCell, aCell[0], aCell[1], aCell[2], aCell[3],
-                                              aCell[4], aCell[5]);
+    const std::optional<CellParameters> cell = cellParametersFromList(m_dataSet.m_listCell);
     for (int i = 0; i < 6; ++i)
-        m_pCellPage->m_apEditCell[i]->setText(bCell ? m_locale.toString(aCell[i], 'f', 2) : QString());
+        m_pCellPage->m_apEditCell[i]->setText(cell ? m_locale.toString(cell->numbers()[i], 'f', 2)
+                                                   : QString());
     updateExpectedPeakPositionFromOrientationMatrix();
 }
 
@@ -141,7 +140,7 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
     if (!bTrue) {
         // The boxes round to their decimals, and their slots take the rounded lengths.
         const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
-        for (int i = 0; i < 3 && listCell.size() == 3 && !isPumping(); ++i)
+        for (int i = 0; i < 3 && basisFromList(listCell) && !isPumping(); ++i)
             if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength)
                 apSpin[i]->setValue(dfLength);
         return;
@@ -160,7 +159,8 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 /// Gives the manual way, where it is chosen, the cell that it begins with, unless there is one.
 void MainWindow::startManualCell()
 {
-    if (!m_pCellPage->m_pRadioCellManual->isChecked() || m_dataSet.m_listCellFound.size() == 3 || isPumping())
+    if (!m_pCellPage->m_pRadioCellManual->isChecked() || basisFromList(m_dataSet.m_listCellFound) ||
+        isPumping())
         return;
     m_dataSet.m_listCellFound = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart),
                                  axisVector(2, g_fManualStart)};
@@ -169,7 +169,7 @@ void MainWindow::startManualCell()
 
 void MainWindow::assignViewingDirection(int nVector)
 {
-    if (!m_pView3DCurrent || m_dataSet.m_listCellFound.size() != 3 ||
+    if (!m_pView3DCurrent || !basisFromList(m_dataSet.m_listCellFound) ||
         refuseDuringRun(tr("Changing the cell")))
         return;
     m_dataSet.m_listCellFound[nVector] = scaledDouble(m_pView3DCurrent->getViewDirection(),
@@ -194,7 +194,7 @@ void MainWindow::unitCellHuntingManualAssignRC()
 
 void MainWindow::updateManualLength(int nVector)
 {
-    if (m_dataSet.m_listCellFound.size() != 3 || refuseDuringRun(tr("Changing the cell")))
+    if (!basisFromList(m_dataSet.m_listCellFound) || refuseDuringRun(tr("Changing the cell")))
         return;
     Vec3D& vec = m_dataSet.m_listCellFound[nVector];
     const double dfLength = lengthSpins(*m_pCellPage)[nVector]->value();
@@ -245,7 +245,7 @@ void MainWindow::loadUnitCell()
         return;
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
-    if (listCell.size() != 3) {
+    if (listCell.isEmpty()) {
         WindowReport report(*this);
         report.addMessage(QStringLiteral("Error occured when loading %1 as unit cell data.").arg(strFile),
                           Severity::Error);

@@ -83,7 +83,7 @@ void MainWindow::testIndexing()
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
         QList<Peak3D> listPeak;
-        if (tessera::testIndexing(m_dataSet.m_listCell, listPeak, report))
+        if (tessera::testIndexing(cellInForce(m_dataSet), listPeak, report))
             showReflectionList(listPeak);
     });
 }

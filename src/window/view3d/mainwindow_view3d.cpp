@@ -160,13 +160,16 @@ void MainWindow::unitCellLatticeRangeChanged()
 /// Turns the view to look along a*, b*, c* (nVector 0, 1, 2) of the cell in force, or along a, b, c.
 void MainWindow::rotateAlong(int nVector, bool bReciprocal)
 {
-    const QList<Vec3D>& listCell = m_dataSet.m_listCell;
-    if (!m_pView3DCurrent || listCell.size() != 3)
+    const std::optional<ReciprocalBasis> basis = cellInForce(m_dataSet);
+    if (!m_pView3DCurrent || !basis)
         return;
-    Vec3D aVector[3] = {listCell[0], listCell[1], listCell[2]};
-    if (!bReciprocal &&
-        !reciprocalToDirectBasis(listCell[0], listCell[1], listCell[2], aVector[0], aVector[1], aVector[2]))
-        return;
+    std::array<Vec3D, 3> aVector = basis->vectors();
+    if (!bReciprocal) {
+        const std::optional<DirectBasis> direct = reciprocalToDirectBasis(*basis);
+        if (!direct)
+            return;
+        aVector = {direct->a, direct->b, direct->c};
+    }
     m_pView3DCurrent->viewAlong(aVector[nVector]);
 }
 
