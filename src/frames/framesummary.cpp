@@ -64,6 +64,7 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
         const QString strFormat = info.suffix().toUpper();
         if (info.size() == nLength && strFormat == first.strFormat)
             continue;
+        QString strReason;
         const QSize size = headerOf(strFile).size;
         if (size.isValid()) {
             other.nWidth = size.width();

@@ -88,7 +88,7 @@ protected:
     void dropEvent(QDropEvent* pEvent) override;
 
 public slots:
-    // Shell: src/app
+    // Shell: src/window
     void newProject();
     void open();
     void openRecentFile();
@@ -269,7 +269,7 @@ private:
     void fillNameMaps();
     void createActions();
     void createMenus();
-    void createToolsMenu();  // src/app/mainwindow_tools.cpp
+    void createToolsMenu();  // src/window/mainwindow_tools.cpp
     void createControlDock();
     void createOtherDocks();
     void createCurvePlot();
