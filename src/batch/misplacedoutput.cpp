@@ -2,12 +2,12 @@
 
 #include "batch/standardoutput.h"
 #include "dataset/dataset.h"
-#include "dataset/framefiles.h"
 #include "dataset/projectfile.h"
 #include "frames/frametargets.h"
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
 #include "frames/smvexport.h"
+#include "imagefiles/frameformats.h"
 #include "reciprocal/volumeexport.h"
 
 #include <QFileInfo>

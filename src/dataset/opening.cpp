@@ -1,12 +1,12 @@
 #include "dataset/opening.h"
 
-#include "dataset/framefiles.h"
 #include "dataset/hotpixelfile.h"
 #include "dataset/pagerounding.h"
 #include "dataset/peaklistfile.h"
 #include "dataset/projectfile.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
+#include "imagefiles/frameformats.h"
 #include "records/beamtiltbreak.h"
 
 #include <QFileInfo>
