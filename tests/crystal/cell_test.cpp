@@ -74,8 +74,8 @@ TEST(Cell, CoPlanarVectorsAreNoBasisHoweverTheyLie)
             // The rows of a singular matrix: two at will, and a third from them.
             const CMatrix3 matSingular(2, 1, 0, dfX, 0, 1, 2 + 3 * dfX, 1, 3);
             CRecordingReport report;
-            QList<Vec3D> listNew;
-            transformUnitCell(listCell, matSingular, TransformationSpace::Reciprocal, listNew, report, "h");
+            transformUnitCell(basisFromList(listCell), matSingular, TransformationSpace::Reciprocal, report,
+                              "h");
             EXPECT_EQ(report.marked(), QStringList{"red Warning: co-planar reciprocal basis vectors!"}) << n;
         }
     }
