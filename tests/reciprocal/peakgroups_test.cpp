@@ -124,9 +124,9 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     // With masks a peak without a group is in none.
     EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 0), (std::vector<char>{1}));
     EXPECT_EQ(flagsOfPeakGroup(readList(g_achList), 1), (std::vector<char>{0, 1, 0, 1}));
-    DataSet data = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n");
-    closeGapsOfGroups(data, restorePointGroups(data));
-    EXPECT_EQ(data.m_vecPeakGroup[2], QVector<QList<int>>{{0}}) << "not left out when the list is saved";
+    DataSet saved = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n");
+    closeGapsOfGroups(saved, restorePointGroups(saved));
+    EXPECT_EQ(saved.m_vecPeakGroup[2], QVector<QList<int>>{{0}}) << "not left out when the list is saved";
 }
 
 // As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine

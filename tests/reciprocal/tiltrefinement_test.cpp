@@ -119,7 +119,8 @@ TEST(TiltRefinement, TakesTheWavelengthOfTheDataSet)
                                     : QString());
         distort(series.data.m_listCell);
         if (dfWavelength != 0.02508)  // which is told from 0.0251 at the fourth digit
-            expectTrueCell(refineUnitCellUsingFrameNo(series.merged(), series.data, report, options));
+            expectTrueCell(
+                refineUnitCellUsingFrameNo(series.merged(), series.data, report, options).value().basis);
     }
 }
 
