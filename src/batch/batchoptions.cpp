@@ -1,12 +1,12 @@
 #include "batch/batchoptions.h"
 
+#include "batch/optionreader.h"
+#include "batch/optionrules.h"
 #include "dataset/pagerounding.h"
 
 #include <QCommandLineParser>
-#include <QFileInfo>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 
 namespace tessera {
@@ -39,10 +39,8 @@ std::function<void(double)> into(std::optional<double>& dfTarget)
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
 }
 
-const double LARGE = 1e300;
-
 /// The page parameters by name, with the ranges of the pages.
-QList<NumberOption> numberOptions(BatchOptions& o)
+QList<NumberOption> numberOptions(RoadOptions& o)
 {
     const PeakHuntingParameters& hunt = o.hunting;
     const PeakMergingParameters& merge = o.merging;
@@ -136,64 +134,9 @@ QList<NumberOption> numberOptions(BatchOptions& o)
     };
 }
 
-/// A two-valued or stage option: the position of the text in the list, -1 with a message otherwise.
-int choice(const QCommandLineParser& parser, const QString& strName, const QStringList& listValue,
-           int nDefault, QString& strError)
-{
-    if (!parser.isSet(strName)) {
-        return nDefault;
-    }
-    const int nIndex = listValue.indexOf(parser.value(strName));
-    if (nIndex < 0 && strError.isEmpty()) {
-        strError = QStringLiteral("--%1 %2: not one of %3")
-                       .arg(strName, parser.value(strName), listValue.join(QStringLiteral(", ")));
-    }
-    return nIndex;
-}
-
-int wholeNumber(const QCommandLineParser& parser, const QString& strName, int nMinimum, int nMaximum,
-                int nDefault, QString& strError)
-{
-    if (!parser.isSet(strName)) {
-        return nDefault;
-    }
-    bool bOk = false;
-    const int nValue = parser.value(strName).toInt(&bOk);
-    if ((!bOk || nValue < nMinimum || nValue > nMaximum) && strError.isEmpty()) {
-        strError = QStringLiteral("--%1 %2: a whole number from %3 to %4 is wanted")
-                       .arg(strName, parser.value(strName))
-                       .arg(nMinimum)
-                       .arg(nMaximum);
-    }
-    return nValue;
-}
-
-/// "X,Y,SIZE" in whole pixels.
-bool parseRegion(const QString& strText, std::optional<QRect>& rcRegion)
-{
-    if (strText == QLatin1String("auto")) {
-        rcRegion.reset();
-        return true;
-    }
-    const QStringList listPart = strText.split(QLatin1Char(','));
-    int an[3] = {0, 0, 0};
-    for (int i = 0; i < 3; ++i) {
-        bool bOk = listPart.size() == 3;
-        an[i] = bOk ? listPart[i].trimmed().toInt(&bOk) : 0;
-        if (!bOk) {
-            return false;
-        }
-    }
-    if (an[2] < 16 || an[2] > 16384 || an[2] % 2 != 0 || an[0] < 0 || an[1] < 0) {
-        return false;
-    }
-    rcRegion = QRect(an[0], an[1], an[2], an[2]);
-    return true;
-}
-
 void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
 {
-    const QString strStages = batchStageNames().join(QStringLiteral(", "));
+    const QString strStages = roadStageNames().join(QStringLiteral(", "));
     parser.addOptions({
         {"from",
          "First stage to run: " + strStages +
@@ -255,134 +198,99 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
     }
 }
 
-bool takeNumbers(const QCommandLineParser& parser, const QList<NumberOption>& listNumber, QString& strError)
+void takeNumbers(COptionReader& reader, const QList<NumberOption>& listNumber)
 {
     for (const NumberOption& option : listNumber) {
-        if (!parser.isSet(option.strName)) {
-            continue;
+        const std::optional<double> dfValue = reader.number(
+            option.strName, option.dfMinimum, option.dfMaximum,
+            option.bAuto ? AutoValue::Allowed : AutoValue::NotAllowed);
+        if (dfValue) {
+            option.fnTake(*dfValue);
         }
-        const QString strValue = parser.value(option.strName);
-        if (option.bAuto && strValue == QLatin1String("auto")) {
-            continue;
-        }
-        bool bOk = false;
-        const double dfValue = strValue.toDouble(&bOk);
-        if (!bOk || !(dfValue >= option.dfMinimum && dfValue <= option.dfMaximum)) {
-            strError =
-                QStringLiteral("--%1 %2: a number%3%4 is wanted")
-                    .arg(option.strName, strValue,
-                         option.dfMaximum < LARGE
-                             ? QStringLiteral(" from %1 to %2").arg(option.dfMinimum).arg(option.dfMaximum)
-                             : QString(),
-                         option.bAuto ? QStringLiteral(" or auto") : QString());
-            return false;
-        }
-        option.fnTake(dfValue);
     }
-    return true;
 }
 
-void takeExports(const QCommandLineParser& parser, BatchExports& exports, QString& strError)
+void takeNames(COptionReader& reader, BatchOptions& options)
 {
-    for (const QString& strList : parser.values(QStringLiteral("export"))) {
+    options.road.exports.strPictureFolder = reader.name(QStringLiteral("export-folder"));
+    options.strJsonFile = reader.name(QStringLiteral("json"));
+    options.road.strCellFile = reader.name(QStringLiteral("cell"));
+    options.road.strMaskFile = reader.name(QStringLiteral("mask"));
+    options.road.strOutDir = reader.name(QStringLiteral("out"));
+}
+
+void takeStages(COptionReader& reader, RoadOptions& options)
+{
+    const QStringList& listName = roadStageNames();
+    options.stageFrom = RoadStage(reader.choice(QStringLiteral("from"), listName, 0));
+    options.stageTo = RoadStage(
+        reader.choice(QStringLiteral("to"), listName, int(std::max(RoadStage::Index, options.stageFrom))));
+}
+
+void takeParameters(COptionReader& reader, RoadOptions& options)
+{
+    options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
+    takeStages(reader, options);
+    const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
+    if (nStretch >= 0) {
+        options.bApplyStretching = nStretch == 1;
+    }
+    PeakMergingParameters& merging = options.merging;
+    merging.m_bIntegrate2D = reader.choice(QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0) == 0;
+    merging.m_bIntegrateThroughFrames = reader.choice(QStringLiteral("intensity-through-frames"),
+                                                      {"maximum", "3d"}, 0) == 1;
+    options.indexing.m_nSpaceGroup = reader.wholeNumber(QStringLiteral("space-group"), 1, 230, 1);
+    options.indexing.m_bOutputStatistics = reader.isSet(QStringLiteral("statistics"));
+    options.indexing.m_bOutputIndexing = true;
+    options.bConstantBackground = reader.isSet(QStringLiteral("constant-background"));
+    options.refinement.m_bOutputPeakList = reader.isSet(QStringLiteral("pair-list"));
+}
+
+void takeExports(COptionReader& reader, ExportOptions& exports)
+{
+    for (const QString& strList : reader.values(QStringLiteral("export"))) {
         for (const QString& strKind : strList.split(QLatin1Char(','))) {
-            if (!batchExportNames().contains(strKind) && strError.isEmpty()) {
-                strError = QStringLiteral("--export %1: not one of %2")
-                               .arg(strKind, batchExportNames().join(QStringLiteral(", ")));
+            if (!exportNames().contains(strKind)) {
+                reader.refuse(QStringLiteral("--export %1: not one of %2")
+                                  .arg(strKind, exportNames().join(QStringLiteral(", "))));
             }
             if (!exports.listKind.contains(strKind)) {
                 exports.listKind.append(strKind);
             }
         }
     }
-    exports.bOnly = parser.isSet(QStringLiteral("export-only"));
-    if (exports.bOnly && (parser.isSet(QStringLiteral("from")) || parser.isSet(QStringLiteral("to"))) &&
-        strError.isEmpty()) {
-        strError = QStringLiteral("--export-only runs no stage: --from and --to do not go with it");
+    exports.bOnly = reader.isSet(QStringLiteral("export-only"));
+    if (exports.bOnly && (reader.isSet(QStringLiteral("from")) || reader.isSet(QStringLiteral("to")))) {
+        reader.refuse(QStringLiteral("--export-only runs no stage: --from and --to do not go with it"));
     }
-    exports.strPictureFolder = parser.value(QStringLiteral("export-folder"));
     const QStringList listFormat = {QStringLiteral("bmp"), QStringLiteral("png"), QStringLiteral("jpg"),
                                     QStringLiteral("tif")};
     exports.strPictureFormat = listFormat.value(
-        choice(parser, QStringLiteral("export-format"), listFormat, 1, strError));
-    exports.nVolumeEdge = wholeNumber(parser, QStringLiteral("volume-edge"), 10, 2000, 500, strError);
-    exports.bVolumeScaled = choice(parser, QStringLiteral("volume-type"), {"raw", "scaled"}, 0, strError) ==
-                            1;
+        reader.choice(QStringLiteral("export-format"), listFormat, 1));
+    exports.nVolumeEdge = reader.wholeNumber(QStringLiteral("volume-edge"), 10, 2000, 500);
+    exports.bVolumeScaled = reader.choice(QStringLiteral("volume-type"), {"raw", "scaled"}, 0) == 1;
     exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
 }
 
-/// Rules that concern more than one option.
-QString contradiction(const BatchOptions& o)
+/// With --summary the files are summaries, and nothing else is asked for.
+void checkSummary(const QCommandLineParser& parser, COptionReader& reader)
 {
-    if (o.listInput.isEmpty()) {
-        return QStringLiteral("no project and no images given");
+    if (parser.optionNames().size() > 1) {
+        reader.refuse(QStringLiteral("--summary goes with no other option"));
     }
-    if (o.isProject() && o.listInput.size() > 1) {
-        return QStringLiteral("one project at a time: %1 files given").arg(o.listInput.size());
+    if (parser.positionalArguments().isEmpty()) {
+        reader.refuse(QStringLiteral("--summary: no files of --json given"));
     }
-    if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
-        return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
-    }
-    if (!o.isProject() && !(o.dfWavelength && o.dfPixelSize && o.dfRotationAxis)) {
-        return QStringLiteral("images need --wavelength, --pixel-size and --axis");
-    }
-    if (o.stageTo < o.stageFrom) {
-        return QStringLiteral("--to %1 lies before --from %2")
-            .arg(batchStageName(o.stageTo), batchStageName(o.stageFrom));
-    }
-    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >=
-        spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
-        return QStringLiteral("--cell-min has to be below --cell-max");
-    }
-    // Limits that are left alone are those of the pages, or none.
-    const MappingParameters page;
-    const auto low = [&](const std::optional<double>& dfGiven, double dfPage) {
-        return dfGiven.value_or(o.bWindowDefaults ? dfPage : -LARGE);
-    };
-    const auto high = [&](const std::optional<double>& dfGiven, double dfPage) {
-        return dfGiven.value_or(o.bWindowDefaults ? dfPage : LARGE);
-    };
-    const struct {
-        const char* pszName;
-        double dfLow, dfHigh;
-    } aLimit[] = {{"resolution", low(o.dfResolutionMin, page.m_dfResolutionMin),
-                   high(o.dfResolutionMax, page.m_dfResolutionMax)},
-                  {"intensity", low(o.dfIntensityMin, page.m_dfIntensityMin),
-                   high(o.dfIntensityMax, page.m_dfIntensityMax)}};
-    for (const auto& limit : aLimit) {
-        if (limit.dfLow > limit.dfHigh) {
-            return QStringLiteral("--%1-min %2 lies above --%1-max %3: no peak would be left")
-                .arg(QLatin1String(limit.pszName))
-                .arg(limit.dfLow)
-                .arg(limit.dfHigh);
-        }
-    }
-    const BatchExports& exports = o.exports;
-    if (exports.bOnly && exports.listKind.isEmpty()) {
-        return QStringLiteral("--export-only needs --export");
-    }
-    if (exports.listKind.contains(QStringLiteral("ipf")) &&
-        (exports.bOnly || o.stageTo < BatchStage::Index)) {
-        return QStringLiteral("--export ipf needs the stage index");
-    }
-    if (o.nGroup >= 0 && o.stageFrom < BatchStage::Merge) {
-        return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
-    }
-    return {};
 }
 
 }  // namespace
 
-bool BatchOptions::isProject() const
+ParsedOptions parseBatchOptions(const QStringList& listArgument)
 {
-    return !listInput.isEmpty() && QFileInfo(listInput.first()).suffix().toLower() == QLatin1String("ed3d");
-}
-
-std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, QString& strError,
-                                              QString& strHelp)
-{
-    BatchOptions options;
-    const QList<NumberOption> listNumber = numberOptions(options);
+    ParsedOptions parsed;
+    BatchOptions& options = parsed.options;
+    RoadOptions& road = options.road;
+    const QList<NumberOption> listNumber = numberOptions(road);
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("From a rotation series of electron diffraction frames to cell, indexed reflections, "
@@ -397,73 +305,36 @@ std::optional<BatchOptions> parseBatchOptions(const QStringList& listArgument, Q
     addOptions(parser, listNumber);
 
     if (!parser.parse(listArgument)) {
-        strError = parser.errorText();
-        return {};
+        parsed.strError = parser.errorText();
+        return parsed;
     }
     if (parser.isSet(helpOption)) {
-        strHelp = parser.helpText();
-        return options;
+        parsed.strHelp = parser.helpText();
+        return parsed;
     }
     if (parser.isSet(versionOption)) {
-        strHelp = QStringLiteral("tessera-batch " TESSERA_VERSION "\n");
-        return options;
+        parsed.strHelp = QStringLiteral("tessera-batch " TESSERA_VERSION "\n");
+        return parsed;
     }
-    if (!takeNumbers(parser, listNumber, strError)) {
-        return {};
-    }
-    options.listInput = parser.positionalArguments();
-    options.bSummary = parser.isSet(QStringLiteral("summary"));
+    COptionReader reader(parser);
+    takeNumbers(reader, listNumber);
+    road.listInput = parser.positionalArguments();
+    options.bSummary = reader.isSet(QStringLiteral("summary"));
     if (options.bSummary) {
-        if (parser.optionNames().size() > 1) {
-            strError = QStringLiteral("--summary goes with no other option");
-        } else if (options.listInput.isEmpty()) {
-            strError = QStringLiteral("--summary: no files of --json given");
-        }
-        return strError.isEmpty() ? std::optional<BatchOptions>(options) : std::nullopt;
-    }
-    options.strOutDir = parser.value(QStringLiteral("out"));
-    options.strMaskFile = parser.value(QStringLiteral("mask"));
-    options.strCellFile = parser.value(QStringLiteral("cell"));
-    options.strJsonFile = parser.value(QStringLiteral("json"));
-    for (const char* pszName : {"out", "mask", "cell", "json", "export-folder"}) {
-        if (parser.isSet(QLatin1String(pszName)) && parser.value(QLatin1String(pszName)).isEmpty()) {
-            strError = QStringLiteral("--%1: no name given").arg(QLatin1String(pszName));
+        checkSummary(parser, reader);
+    } else {
+        takeNames(reader, options);
+        takeParameters(reader, road);
+        takeExports(reader, road.exports);
+        road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
+        road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);
+        road.rcRegion = reader.region(QStringLiteral("region"));
+        if (reader.error().isEmpty()) {
+            reader.refuse(contradiction(road));
         }
     }
-    options.bWindowDefaults = parser.isSet(QStringLiteral("window-defaults"));
-    options.stageFrom = BatchStage(choice(parser, QStringLiteral("from"), batchStageNames(), 0, strError));
-    options.stageTo = BatchStage(choice(parser, QStringLiteral("to"), batchStageNames(),
-                                        int(std::max(BatchStage::Index, options.stageFrom)), strError));
-    const QStringList listOnOff = {QStringLiteral("off"), QStringLiteral("on")};
-    const int nStretch = choice(parser, QStringLiteral("apply-stretching"), listOnOff, -1, strError);
-    if (nStretch >= 0) {
-        options.bApplyStretching = nStretch == 1;
-    }
-    options.merging.m_bIntegrate2D = choice(parser, QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0,
-                                            strError) == 0;
-    options.merging.m_bIntegrateThroughFrames = choice(parser, QStringLiteral("intensity-through-frames"),
-                                                       {"maximum", "3d"}, 0, strError) == 1;
-    options.indexing.m_nSpaceGroup = wholeNumber(parser, QStringLiteral("space-group"), 1, 230, 1, strError);
-    options.indexing.m_bOutputStatistics = parser.isSet(QStringLiteral("statistics"));
-    options.indexing.m_bOutputIndexing = true;
-    options.bConstantBackground = parser.isSet(QStringLiteral("constant-background"));
-    options.refinement.m_bOutputPeakList = parser.isSet(QStringLiteral("pair-list"));
-    takeExports(parser, options.exports, strError);
-    options.nGroup = wholeNumber(parser, QStringLiteral("group"), 0, 63, -1, strError);
-    options.nJobs = wholeNumber(parser, QStringLiteral("jobs"), 1, 256, 0, strError);
-    if (parser.isSet(QStringLiteral("region")) &&
-        !parseRegion(parser.value(QStringLiteral("region")), options.rcRegion) && strError.isEmpty()) {
-        strError = QStringLiteral(
-                       "--region %1: X,Y,SIZE in whole pixels is wanted, SIZE even and at least 16")
-                       .arg(parser.value(QStringLiteral("region")));
-    }
-    if (strError.isEmpty()) {
-        strError = contradiction(options);
-    }
-    if (!strError.isEmpty()) {
-        return {};
-    }
-    return options;
+    parsed.strError = reader.error();
+    return parsed;
 }
 
 }  // namespace tessera

@@ -9,12 +9,9 @@ namespace tessera {
 CBatchReport::CBatchReport(std::FILE* pOutput) : m_pOutput(pOutput), m_bTerminal(isatty(STDERR_FILENO) != 0)
 {}
 
-void CBatchReport::addMessage(const QString& strText, Severity severity)
+void CBatchReport::addMessage(const QString& strText, Severity /*severity*/)
 {
     clearProgressLine();
-    if (severity >= Severity::Warning) {
-        m_listRedLine.append(strText);
-    }
     m_strLog += strText + QLatin1Char('\n');
     const QByteArray bytes = (strText + QLatin1Char('\n')).toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_pOutput);

@@ -4,7 +4,6 @@
 #include "records/runreport.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <cstdio>
 
@@ -24,15 +23,12 @@ public:
     void endProgress() override;
 
     const QString& log() const { return m_strLog; }
-    /// The red lines of the log: warnings, and why the run ended early.
-    const QStringList& redLines() const { return m_listRedLine; }
 
 private:
     void clearProgressLine();
 
     std::FILE* m_pOutput;
     QString m_strLog;
-    QStringList m_listRedLine;
     QString m_strFormat;
     int m_nMinimum = 0;
     int m_nMaximum = 0;

@@ -9,6 +9,7 @@
 #include "frames/smvexport.h"
 #include "imagefiles/frameformats.h"
 #include "reciprocal/volumeexport.h"
+#include "records/formerfile.h"
 
 #include <QFileInfo>
 
@@ -32,13 +33,13 @@ QStringList replacedFiles(const QStringList& listOutput)
     return listFile;
 }
 
-bool writesStage(const BatchOptions& options, BatchStage stage)
+bool writesStage(const RoadOptions& options, RoadStage stage)
 {
     return !options.exports.bOnly && options.stageFrom <= stage && stage <= options.stageTo;
 }
 
 /// Names and frames as opening will have them.
-DataSet placesOf(const BatchOptions& options)
+DataSet placesOf(const RoadOptions& options)
 {
     DataSet dataSet;
     const QFileInfo first(options.listInput.first());
@@ -53,34 +54,34 @@ DataSet placesOf(const BatchOptions& options)
     return dataSet;
 }
 
-QStringList filesOf(const DataSet& dataSet, std::initializer_list<const char*> listSuffix)
+QStringList filesOf(const DataSet& dataSet, std::initializer_list<ResultFile> listResult)
 {
     QStringList listFile;
-    for (const char* pszSuffix : listSuffix) {
-        listFile.append(fileOfProject(dataSet, QLatin1String(pszSuffix)));
+    for (const ResultFile file : listResult) {
+        listFile.append(fileOfProject(dataSet, file));
     }
     return listFile;
 }
 
 /// The results but for the cell.
-QStringList resultFiles(const BatchOptions& options, const DataSet& dataSet)
+QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
 {
-    QStringList listFile = filesOf(dataSet, {".log"});
-    if (writesStage(options, BatchStage::Shifts)) {
-        listFile += filesOf(dataSet, {".sc"});
+    QStringList listFile = filesOf(dataSet, {ResultFile::Log});
+    if (writesStage(options, RoadStage::Shifts)) {
+        listFile += filesOf(dataSet, {ResultFile::Shifts});
     }
-    if (writesStage(options, BatchStage::Peaks)) {
-        listFile += filesOf(dataSet, {".pk"});
+    if (writesStage(options, RoadStage::Peaks)) {
+        listFile += filesOf(dataSet, {ResultFile::Peaks});
     }
-    if (writesStage(options, BatchStage::Index)) {
-        listFile += filesOf(dataSet, {".hkl", ".p4p", ".ipf"});
+    if (writesStage(options, RoadStage::Index)) {
+        listFile += filesOf(dataSet, {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks});
     }
     return listFile;
 }
 
-QStringList exportFiles(const BatchOptions& options, const DataSet& dataSet)
+QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
 {
-    const BatchExports& exports = options.exports;
+    const ExportOptions& exports = options.exports;
     const QString strPictures = exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir
                                                                    : exports.strPictureFolder;
     QStringList listFile;
@@ -105,12 +106,30 @@ QStringList exportFiles(const BatchOptions& options, const DataSet& dataSet)
 /// All files that runs on this series read or write beside the frames, whether this one does or not.
 QStringList sideFiles(const DataSet& dataSet)
 {
-    QStringList listFile = filesOf(
-        dataSet, {".log", ".sc", ".sc~", ".pk", ".pk~", ".uc", ".hkl", ".hkl~", ".p4p", ".p4p~", ".ipf"});
-    for (const char* pszName : {"hotpixels.txt", "peaklist.txt", "shifts.txt", "unitcell.txt"}) {
-        listFile.append(dataSet.m_strProjectDir + QLatin1Char('/') + QLatin1String(pszName));
+    QStringList listFile = {dataSet.m_strProjectDir + QStringLiteral("/hotpixels.txt")};
+    for (const ResultFile file : g_aResultFile) {
+        listFile.append(fileOfProject(dataSet, file));
+        if (!fixedName(file).isEmpty()) {
+            listFile.append(dataSet.m_strProjectDir + QLatin1Char('/') + fixedName(file));
+        }
+    }
+    for (const QString& strFile : filesOf(
+             dataSet, {ResultFile::Shifts, ResultFile::Peaks, ResultFile::Reflections, ResultFile::P4P})) {
+        listFile.append(nameOfKept(strFile));
     }
     return listFile;
+}
+
+/// Suffixes, without the dot, of what is no summary: frames, projects, masks, results.
+QStringList suffixesOfOthers()
+{
+    QStringList listSuffix = frameSuffixes() + QStringList{"ed3d", "msk", "img"};
+    for (const ResultFile file : g_aResultFile) {
+        if (file != ResultFile::Log) {
+            listSuffix.append(resultSuffix(file).mid(1));
+        }
+    }
+    return listSuffix;
 }
 
 QString misplacedSummary(const QString& strJson, const QStringList& listInput, const QStringList& listOwn)
@@ -125,9 +144,7 @@ QString misplacedSummary(const QString& strJson, const QStringList& listInput, c
     if (!frameAmongTargets({strJson}, listOwn).isEmpty()) {
         return QStringLiteral("--json %1 would overwrite another file of the run").arg(strJson);
     }
-    const QStringList listOther = frameSuffixes() +
-                                  QStringList{"ed3d", "pk", "sc", "uc", "msk", "hkl", "p4p", "ipf", "img"};
-    if (info.isFile() && listOther.contains(info.suffix().toLower())) {
+    if (info.isFile() && suffixesOfOthers().contains(info.suffix().toLower())) {
         return QStringLiteral("--json %1 would overwrite a file that is, by its name, no summary")
             .arg(strJson);
     }
@@ -136,8 +153,9 @@ QString misplacedSummary(const QString& strJson, const QStringList& listInput, c
 
 }  // namespace
 
-QString misplacedOutput(const BatchOptions& options)
+QString misplacedOutput(const BatchOptions& batch)
 {
+    const RoadOptions& options = batch.road;
     DataSet dataSet = placesOf(options);
     QStringList listInput = options.listInput + dataSet.m_listFrameFile +
                             QStringList{dataSet.m_strProjectDir + QStringLiteral("/hotpixels.txt")};
@@ -150,8 +168,8 @@ QString misplacedOutput(const BatchOptions& options)
         listInput.append(options.strMaskFile);
     }
     QString strHit;
-    if (writesStage(options, BatchStage::Cell)) {
-        strHit = frameAmongTargets(replacedFiles(filesOf(dataSet, {".uc"})), listInput);
+    if (writesStage(options, RoadStage::Cell)) {
+        strHit = frameAmongTargets(replacedFiles(filesOf(dataSet, {ResultFile::Cell})), listInput);
     }
     if (!options.strCellFile.isEmpty()) {
         listInput.append(options.strCellFile);
@@ -164,10 +182,10 @@ QString misplacedOutput(const BatchOptions& options)
     if (!strHit.isEmpty()) {
         return QStringLiteral("%1, which the run would write, is one of its input files").arg(strHit);
     }
-    if (replacedFiles({options.strJsonFile}).isEmpty()) {
+    if (replacedFiles({batch.strJsonFile}).isEmpty()) {
         return {};
     }
-    return misplacedSummary(options.strJsonFile, listInput, listTarget + listOwn);
+    return misplacedSummary(batch.strJsonFile, listInput, listTarget + listOwn);
 }
 
 }  // namespace tessera

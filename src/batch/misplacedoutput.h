@@ -12,6 +12,6 @@ namespace tessera {
 ///
 /// A cell file that is the run's own is no harm: it is not written again.
 /// @return empty, or what is wrong
-QString misplacedOutput(const BatchOptions& options);
+QString misplacedOutput(const BatchOptions& batch);
 
 }  // namespace tessera

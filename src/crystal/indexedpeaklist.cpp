@@ -2,6 +2,7 @@
 
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
+#include "records/resultfile.h"
 #include "records/timestamp.h"
 
 namespace tessera {
@@ -29,7 +30,8 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
                                       const QString& strProjectDir, const QString& strProjectName,
                                       CRunReport& report, CFileSet* pSet)
 {
-    const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName + QStringLiteral(".ipf");
+    const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName +
+                            resultSuffix(ResultFile::IndexedPeaks);
     QString strReason;
     const QString strMessage = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile, &strReason, pSet)
                                    ? QStringLiteral(

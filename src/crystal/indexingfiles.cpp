@@ -5,6 +5,7 @@
 #include "crystal/hklfile.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/textfile.h"
+#include "records/resultfile.h"
 #include "records/timestamp.h"
 
 namespace tessera {
@@ -36,7 +37,7 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
         report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
 
     const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
-    const QString strHKLFile = strBase + QStringLiteral(".hkl");
+    const QString strHKLFile = strBase + resultSuffix(ResultFile::Reflections);
     QString strReason;
     const bool bHKLWritten = writeTextFile(strHKLFile, strHKL, &strReason, pSet);
     if (bHKLWritten)
@@ -44,7 +45,7 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     else
         sayUnwritten(strHKLFile, strReason, report);
 
-    const QString strP4PFile = strBase + QStringLiteral(".p4p");
+    const QString strP4PFile = strBase + resultSuffix(ResultFile::P4P);
     QString strP4P;
     if (const std::optional<CellParameters> cell = basis ? cellParameters(*basis) : std::nullopt)
         strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")

@@ -40,4 +40,9 @@ QString fileOfProject(const DataSet& data, const QString& strEnding)
     return QDir(data.m_strProjectDir).filePath(data.m_strProjectName + strEnding);
 }
 
+QString fileOfProject(const DataSet& data, ResultFile file)
+{
+    return fileOfProject(data, resultSuffix(file));
+}
+
 }  // namespace tessera

@@ -6,6 +6,7 @@
 #include "geometry/reciprocalbasis.h"
 #include "imaging/imagelist.h"
 #include "records/peak3d.h"
+#include "records/resultfile.h"
 #include "records/vec3d.h"
 
 #include <QList>
@@ -90,5 +91,6 @@ void clearDataSet(DataSet& data);
 /// The file beside the project that is named after it: project folder, "/", project name and the ending as it
 /// is given, such as ".pk" or "_pos.txt".
 QString fileOfProject(const DataSet& data, const QString& strEnding);
+QString fileOfProject(const DataSet& data, ResultFile file);
 
 }  // namespace tessera

@@ -48,10 +48,10 @@ void tellStretchingThatStays(const DataSet& data, const MappingParameters& param
 }
 
 // The base name of the project with the extension if that file exists, else the fixed name, which need not.
-static QString sideFileName(const DataSet& data, const QString& strExtension, const QString& strFixedName)
+static QString sideFileName(const DataSet& data, ResultFile file)
 {
-    const QString strOwn = fileOfProject(data, QLatin1Char('.') + strExtension);
-    return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + strFixedName;
+    const QString strOwn = fileOfProject(data, file);
+    return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + fixedName(file);
 }
 
 // A side file that is not there is no mishap; one that is there and cannot be used is.
@@ -70,7 +70,7 @@ static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistR
 
 static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
-    const QString strFile = sideFileName(data, QStringLiteral("pk"), QStringLiteral("peaklist.txt"));
+    const QString strFile = sideFileName(data, ResultFile::Peaks);
     QString strReason;
     const int nResult = readPeakList(data, strFile, report, &strReason);
     addReason(plistReason, strFile, strReason);
@@ -99,7 +99,7 @@ static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistRe
 
 static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
-    const QString strFile = sideFileName(data, QStringLiteral("sc"), QStringLiteral("shifts.txt"));
+    const QString strFile = sideFileName(data, ResultFile::Shifts);
     QString strReason;
     if (loadShiftFile(data, strFile, report, &strReason) == 0) {
         addReason(plistReason, strFile, strReason);
@@ -168,7 +168,7 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
             QStringLiteral("Frame counts of ED shift, peaks and input ed3d file do not match."));
         return false;
     }
-    const QString strFile = sideFileName(data, QStringLiteral("uc"), QStringLiteral("unitcell.txt"));
+    const QString strFile = sideFileName(data, ResultFile::Cell);
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
     if (listCell.isEmpty()) {

@@ -185,7 +185,7 @@ bool keepFormerList(const QString& strPath, CRunReport& report, QString& strReas
 
 void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 {
-    const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".pk"))).absoluteFilePath();
+    const QString strPath = QFileInfo(fileOfProject(dataSet, ResultFile::Peaks)).absoluteFilePath();
     QString strReason;
     if (!bAnyPeak && !keepFormerList(strPath, report, strReason))
         report.addMessage(QStringLiteral("Updating peak list file failed."), Severity::Error);

@@ -259,7 +259,7 @@ QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
 
 void saveShifts(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strPath = QFileInfo(fileOfProject(dataSet, QStringLiteral(".sc"))).absoluteFilePath();
+    const QString strPath = QFileInfo(fileOfProject(dataSet, ResultFile::Shifts)).absoluteFilePath();
     QString strReason;
     if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
                        &strReason)) {

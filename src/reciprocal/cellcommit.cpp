@@ -26,7 +26,7 @@ void saveProjectCell(DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
         return;
-    const QString strFileName = fileOfProject(dataSet, QStringLiteral(".uc"));
+    const QString strFileName = fileOfProject(dataSet, ResultFile::Cell);
     QString strReason;
     if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
         report.noteReason(strReason);

@@ -52,8 +52,8 @@ bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
 {
     QStringList listFile;
     QStringList listKept;
-    for (const char* pszSuffix : {".hkl", ".p4p", ".ipf"}) {
-        const QString strFile = fileOfProject(dataSet, QLatin1String(pszSuffix));
+    for (const ResultFile file : {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks}) {
+        const QString strFile = fileOfProject(dataSet, file);
         listFile.append(strFile);
         if (QFile::exists(strFile))
             listKept.append(nameOfKept(strFile));
@@ -95,7 +95,7 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
     // The list of a former run stays on disk where there is none and none could be made, and where this run
     // has not made it.
     const bool bAnyList = !dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty();
-    if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, QStringLiteral(".ipf")))))
+    if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, ResultFile::IndexedPeaks))))
         outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                          dataSet.m_strProjectName, report, pFiles);
 }

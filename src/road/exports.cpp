@@ -1,4 +1,4 @@
-#include "road/batchexports.h"
+#include "road/exports.h"
 
 #include "crystal/indexedpeaklist.h"
 #include "dataset/pagerounding.h"
@@ -22,7 +22,7 @@ struct Contrast {
 };
 
 /// The limits given, and for one that is not, what the boxes show when the first frame comes up.
-std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSet& dataSet,
+std::optional<Contrast> contrastLimits(const ExportOptions& exports, const DataSet& dataSet,
                                        CRunReport& report)
 {
     Contrast contrast;
@@ -48,7 +48,7 @@ std::optional<Contrast> contrastLimits(const BatchExports& exports, const DataSe
     return contrast;
 }
 
-bool exportPictures(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
+bool exportPictures(const ExportOptions& exports, const DataSet& dataSet, CRunReport& report)
 {
     const QString strFolder = exports.strPictureFolder.isEmpty() ? dataSet.m_strProjectDir
                                                                  : exports.strPictureFolder;
@@ -61,7 +61,7 @@ bool exportPictures(const BatchExports& exports, const DataSet& dataSet, CRunRep
                                   contrast->dfMin, contrast->dfMax, report);
 }
 
-bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunReport& report)
+bool exportVolume(const ExportOptions& exports, const DataSet& dataSet, CRunReport& report)
 {
     VolumeExportParameters parameters;
     parameters.nEdge = exports.nVolumeEdge;
@@ -79,7 +79,7 @@ bool exportVolume(const BatchExports& exports, const DataSet& dataSet, CRunRepor
 
 bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strFile = fileOfProject(dataSet, QStringLiteral(".ipf"));
+    const QString strFile = fileOfProject(dataSet, ResultFile::IndexedPeaks);
     const FileStamp stamp = FileStamp::of(strFile);
     outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                      dataSet.m_strProjectName, report);
@@ -88,10 +88,10 @@ bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 
 }  // namespace
 
-bool runBatchExport(const QString& strKind, const BatchExports& exports, const DataSet& dataSet,
-                    CRunReport& report)
+bool runExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
+               CRunReport& report)
 {
-    switch (batchExportNames().indexOf(strKind)) {
+    switch (exportNames().indexOf(strKind)) {
         case 0:
             return exportSMVImages(dataSet, report);
         case 1:

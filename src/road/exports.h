@@ -1,4 +1,4 @@
-// BatchExports: the exports that the command line asks for, through the same functions as the window's menu.
+// Exports: other forms of the data, written through the same functions as the window's menu does.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -11,24 +11,27 @@
 
 namespace tessera {
 
-struct BatchExports {
-    QStringList listKind;      ///< of batchExportNames(), in the order of the command line
+/// Which exports there are to be, and how.
+struct ExportOptions {
+    QStringList listKind;      ///< of exportNames(), in the order in which they are made
     bool bOnly = false;        ///< no stage is run
     QString strPictureFolder;  ///< empty: the folder of the result files
     QString strPictureFormat = QStringLiteral("png");
-    double dfScale = 0.5;
-    int nVolumeEdge = 500;
+    double dfScale = 0.5;   ///< of the side of "scaled"
+    int nVolumeEdge = 500;  ///< voxels
     bool bVolumeScaled = false;
     std::optional<double> dfContrastMin;  ///< empty: from the first frame, as at its first display
     std::optional<double> dfContrastMax;
 
+    /// Whether one of them takes the drift out.
     bool needsShifts() const
     {
         return listKind.contains(QStringLiteral("smv")) || listKind.contains(QStringLiteral("volume"));
     }
 };
 
-inline const QStringList& batchExportNames()
+/// The kinds of exports: SMV images, resized copies, reciprocal space, grey pictures, indexed peaks by frame.
+inline const QStringList& exportNames()
 {
     static const QStringList list = {QStringLiteral("smv"), QStringLiteral("scaled"),
                                      QStringLiteral("volume"), QStringLiteral("pictures"),
@@ -36,8 +39,10 @@ inline const QStringList& batchExportNames()
     return list;
 }
 
-/// @return true if all files of the export stand
-bool runBatchExport(const QString& strKind, const BatchExports& exports, const DataSet& dataSet,
-                    CRunReport& report);
+/// Makes one export.
+/// @param strKind  of exportNames()
+/// @return true if all its files are written; else the log says why
+bool runExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
+               CRunReport& report);
 
 }  // namespace tessera

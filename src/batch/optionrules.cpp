@@ -1,0 +1,66 @@
+#include "batch/optionrules.h"
+
+#include "batch/optionreader.h"
+#include "dataset/pagerounding.h"
+
+namespace tessera {
+
+QString contradiction(const RoadOptions& o)
+{
+    if (o.listInput.isEmpty()) {
+        return QStringLiteral("no project and no images given");
+    }
+    if (o.isProject() && o.listInput.size() > 1) {
+        return QStringLiteral("one project at a time: %1 files given").arg(o.listInput.size());
+    }
+    if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
+        return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
+    }
+    if (!o.isProject() && !(o.dfWavelength && o.dfPixelSize && o.dfRotationAxis)) {
+        return QStringLiteral("images need --wavelength, --pixel-size and --axis");
+    }
+    if (o.stageTo < o.stageFrom) {
+        return QStringLiteral("--to %1 lies before --from %2")
+            .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
+    }
+    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >=
+        spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
+        return QStringLiteral("--cell-min has to be below --cell-max");
+    }
+    // Limits that are left alone are those of the pages, or none.
+    const MappingParameters page;
+    const auto low = [&](const std::optional<double>& dfGiven, double dfPage) {
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : -LARGE);
+    };
+    const auto high = [&](const std::optional<double>& dfGiven, double dfPage) {
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : LARGE);
+    };
+    const struct {
+        const char* pszName;
+        double dfLow, dfHigh;
+    } aLimit[] = {{"resolution", low(o.dfResolutionMin, page.m_dfResolutionMin),
+                   high(o.dfResolutionMax, page.m_dfResolutionMax)},
+                  {"intensity", low(o.dfIntensityMin, page.m_dfIntensityMin),
+                   high(o.dfIntensityMax, page.m_dfIntensityMax)}};
+    for (const auto& limit : aLimit) {
+        if (limit.dfLow > limit.dfHigh) {
+            return QStringLiteral("--%1-min %2 lies above --%1-max %3: no peak would be left")
+                .arg(QLatin1String(limit.pszName))
+                .arg(limit.dfLow)
+                .arg(limit.dfHigh);
+        }
+    }
+    const ExportOptions& exports = o.exports;
+    if (exports.bOnly && exports.listKind.isEmpty()) {
+        return QStringLiteral("--export-only needs --export");
+    }
+    if (exports.listKind.contains(QStringLiteral("ipf")) && (exports.bOnly || o.stageTo < RoadStage::Index)) {
+        return QStringLiteral("--export ipf needs the stage index");
+    }
+    if (o.nGroup >= 0 && o.stageFrom < RoadStage::Merge) {
+        return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
+    }
+    return {};
+}
+
+}  // namespace tessera

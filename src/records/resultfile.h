@@ -1,0 +1,47 @@
+// ResultFile: the files that runs write beside the project, and what their names end in.
+#pragma once
+
+#include <QLatin1String>
+#include <QString>
+
+namespace tessera {
+
+/// A file whose name is that of the project with a suffix of its own.
+enum class ResultFile {
+    Log,
+    Shifts,        ///< direct beam, and the shift of each frame
+    Peaks,         ///< all peaks of all frames with their groups
+    Cell,          ///< the reciprocal basis
+    Reflections,   ///< h, k, l and intensities for structure solution
+    P4P,           ///< the cell as a line of text
+    IndexedPeaks,  ///< the indexed peaks of each frame
+};
+
+constexpr ResultFile g_aResultFile[] = {ResultFile::Log,         ResultFile::Shifts,      ResultFile::Peaks,
+                                        ResultFile::Cell,        ResultFile::Reflections, ResultFile::P4P,
+                                        ResultFile::IndexedPeaks};
+
+/// The suffix with its dot.
+inline QString resultSuffix(ResultFile file)
+{
+    static const char* const aszSuffix[] = {".log", ".sc", ".pk", ".uc", ".hkl", ".p4p", ".ipf"};
+    return QLatin1String(aszSuffix[int(file)]);
+}
+
+/// The name without the project's that a file is looked for under where there is none of the project's name;
+/// empty for what is only written.
+inline QString fixedName(ResultFile file)
+{
+    switch (file) {
+        case ResultFile::Shifts:
+            return QStringLiteral("shifts.txt");
+        case ResultFile::Peaks:
+            return QStringLiteral("peaklist.txt");
+        case ResultFile::Cell:
+            return QStringLiteral("unitcell.txt");
+        default:
+            return {};
+    }
+}
+
+}  // namespace tessera

@@ -1,0 +1,12 @@
+// cellResultOf: the cell of a data set as a result.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "road/roadresults.h"
+
+namespace tessera {
+
+/// Parameters and volume of the cell in force.
+CellResult cellResultOf(const DataSet& dataSet);
+
+}  // namespace tessera

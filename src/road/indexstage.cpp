@@ -1,0 +1,105 @@
+#include "road/stages.h"
+
+#include "crystal/cellarithmetic.h"
+#include "crystal/cellrefinement.h"
+#include "crystal/reflectionindices.h"
+#include "reciprocal/indexing.h"
+#include "records/fileset.h"
+#include "road/cellresult.h"
+#include "road/earlierfiles.h"
+#include "road/judgement.h"
+
+namespace tessera {
+
+namespace {
+
+std::optional<CellRefinement> refineCell(const QList<Peak3D>& listIndexed, const DataSet& dataSet,
+                                         CRunReport& report)
+{
+    if (listIndexed.size() < 7) {
+        report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
+                          Severity::Error);
+        return {};
+    }
+    const std::optional<CellParameters> cell = cellParametersFromList(dataSet.m_listCell);
+    return cell ? unitCellRefinement(listIndexed, *cell, report) : std::nullopt;
+}
+
+QList<Peak3D> withWholeIndices(QList<Peak3D> listPeak)
+{
+    for (Peak3D& peak : listPeak) {
+        peak.setHKL(roundedIndex(peak.dfH), roundedIndex(peak.dfK), roundedIndex(peak.dfL));
+    }
+    return listPeak;
+}
+
+/// Puts the files of the stage in their places, all or none.
+StageResult commitFiles(CFileSet& files, const DataSet& dataSet, CRoadReport& report)
+{
+    for (const ResultFile file : {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks}) {
+        const QString strFile = fileOfProject(dataSet, file);
+        if (files.reason().isEmpty() && !files.holds(strFile)) {
+            return report.failed(
+                QStringLiteral("%1 was not written; the files of the stage are as they were before.")
+                    .arg(strFile));
+        }
+    }
+    QString strReason;
+    if (!files.commit(&strReason)) {
+        return report.failed(
+            QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
+    }
+    return {};
+}
+
+/// The end of a stage whose indexing did not finish.
+StageResult indexingEnded(IndexingStatus status, CRoadReport& report)
+{
+    StageResult result = report.failed();
+    if (status != IndexingStatus::Stopped && result.end == RunEnd::Failed) {
+        result.end = RunEnd::Refused;
+    }
+    return result;
+}
+
+}  // namespace
+
+StageResult runIndexStage(RoadState& state)
+{
+    beginStage(state, RoadStage::Index);
+    RoadOptions& options = state.options;
+    CRoadReport& report = state.report;
+    if (options.stageFrom > RoadStage::Cell && !options.strCellFile.isEmpty()) {
+        StageResult loaded = loadCell(state, options.strCellFile);
+        if (!loaded.finished()) {
+            return loaded;
+        }
+    }
+    // Before a start at a later stage the files of this one stay.
+    const bool bWrite = options.stageFrom <= RoadStage::Index;
+    options.indexing.m_bOutputIndexing = bWrite;
+    CFileSet files;
+    const IndexingResult result = runIndexing(state.dataSet, state.dataSet.m_listPeakMerged, options.indexing,
+                                              report, {}, &files);
+    if (result.status != IndexingStatus::Finished) {
+        return indexingEnded(result.status, report);
+    }
+    state.results.cell = cellResultOf(state.dataSet);
+    IndexResult& index = state.results.index.emplace();
+    index.nIndexed = result.listIndexed.size();
+    index.nDuplicated = result.listDuplicatedID.size();
+    index.nUnindexed = result.listUnindexedID.size();
+    index.nOnEdge = result.listOnEdgeID.size();
+    index.dfShare = indexedShareOf(result);
+    index.refined = refineCell(withWholeIndices(result.listIndexed), state.dataSet, report);
+    index.centreOffset = judgeCentre(result, state.dataSet, report);
+    judgeRotation(result.listIndexed, state.dataSet, report);
+    if (!holdsIndexed(result.listIndexed)) {
+        return report.failed(
+            QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
+    }
+    judgeIndexedShare(result, report);
+    return bWrite ? commitFiles(files, state.dataSet, report) : StageResult();
+}
+
+}  // namespace tessera

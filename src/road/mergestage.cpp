@@ -1,0 +1,62 @@
+#include "road/stages.h"
+
+#include "reciprocal/mapping.h"
+#include "reciprocal/merging.h"
+#include "reciprocal/peakgroups.h"
+
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+/// Limits that nobody gave let everything pass: beyond what the pages can show, so not rounded.
+void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
+{
+    const double dfNoLimit = std::numeric_limits<double>::infinity();
+    if (!options.bWindowDefaults) {
+        mapping.m_dfResolutionMin = 0;
+        mapping.m_dfResolutionMax = dfNoLimit;
+        mapping.m_dfIntensityMin = -dfNoLimit;
+        mapping.m_dfIntensityMax = dfNoLimit;
+    }
+    const int nDecimals = 2;
+    takeLimit(options.dfResolutionMin, mapping.m_dfResolutionMin, nDecimals);
+    takeLimit(options.dfResolutionMax, mapping.m_dfResolutionMax, nDecimals);
+    takeLimit(options.dfIntensityMin, mapping.m_dfIntensityMin, nDecimals);
+    takeLimit(options.dfIntensityMax, mapping.m_dfIntensityMax, nDecimals);
+}
+
+}  // namespace
+
+StageResult runMergeStage(RoadState& state)
+{
+    beginStage(state, RoadStage::Merge);
+    DataSet& dataSet = state.dataSet;
+    chooseLimits(state.options, state.mapping);
+    if (!transformPeaksTo3D(dataSet, state.mapping, state.report)) {
+        return state.report.failed();
+    }
+    showPeaksIn3D(dataSet, state.mapping);
+    const int nGroup = state.options.nGroup;
+    std::vector<char> vecFlag;
+    if (nGroup >= 0) {
+        vecFlag = flagsOfPeakGroup(dataSet, nGroup);
+    }
+    const PeakMergingResult result = peakReduction3D(dataSet, state.options.merging,
+                                                     nGroup >= 0 ? &vecFlag : nullptr, state.report);
+    if (!result.bFinished) {
+        return state.report.failed();
+    }
+    MergeResult& merge = state.results.merge.emplace();
+    merge.nPeaks = result.nPeaks;
+    merge.nOutsideLimits = result.nOutsideLimits;
+    merge.nChains = dataSet.m_listPeakChain.size();
+    merge.nReflections = dataSet.m_listPeakMerged.size();
+    if (merge.nReflections == 0) {
+        return state.report.failed(QStringLiteral("No reflections came out of the merging."));
+    }
+    return {};
+}
+
+}  // namespace tessera

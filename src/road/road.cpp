@@ -1,0 +1,112 @@
+#include "road/road.h"
+
+#include "road/seriesopening.h"
+#include "road/stages.h"
+
+#include <QElapsedTimer>
+
+#include <exception>
+
+namespace tessera {
+
+namespace {
+
+/// Keeps the end of the first part that did not finish.
+/// @return whether this one did
+bool noteEnd(RoadResults& results, const QString& strPart, const StageResult& end)
+{
+    if (!end.finished() && results.end.finished()) {
+        results.strFailed = strPart;
+        results.end = end;
+    }
+    return end.finished();
+}
+
+double secondsOf(const QElapsedTimer& timer)
+{
+    return double(timer.elapsed()) / 1000;
+}
+
+bool runStages(RoadState& state, QList<PartTime>& listTime)
+{
+    const RoadOptions& options = state.options;
+    for (int nStage = int(RoadStage::Shifts); nStage <= int(options.stageTo); ++nStage) {
+        const RoadStage stage = RoadStage(nStage);
+        // Merged reflections have no file, and that of the indexed peaks has only whole pixels: a later start
+        // makes both anew from peak list and cell.
+        const bool bAnew = stage == RoadStage::Merge || stage == RoadStage::Index;
+        if (stage < options.stageFrom && !bAnew) {
+            continue;
+        }
+        QElapsedTimer timer;
+        timer.start();
+        const StageResult end = runStage(stage, state);
+        listTime.append({roadStageName(stage), secondsOf(timer)});
+        if (!noteEnd(state.results, roadStageName(stage), end)) {
+            return false;
+        }
+        state.results.lastStage = stage;
+    }
+    return true;
+}
+
+void runExports(RoadState& state, QList<PartTime>& listTime)
+{
+    const ExportOptions& exports = state.options.exports;
+    QStringList listDone;
+    for (const QString& strKind : exports.listKind) {
+        QElapsedTimer timer;
+        timer.start();
+        roundToPages(state);
+        state.report.beginPart(strKind);
+        const bool bDone = runExport(strKind, exports, state.dataSet, state.report);
+        listTime.append({strKind, secondsOf(timer)});
+        if (bDone) {
+            listDone.append(strKind);
+        } else {
+            noteEnd(state.results, strKind, state.report.failed());
+        }
+    }
+    if (!exports.listKind.isEmpty()) {
+        state.results.listExported = listDone;
+    }
+}
+
+void walk(RoadState& state)
+{
+    QList<PartTime> listTime;
+    const bool bOpened = noteEnd(state.results, QStringLiteral("open"), openSeries(state));
+    if (bOpened && (state.options.exports.bOnly || runStages(state, listTime))) {
+        runExports(state, listTime);
+    }
+    state.results.listTime = listTime;
+}
+
+/// What was thrown becomes the reason of the end, unless a part has failed before.
+void noteThrown(RoadState& state, const QString& strWhat)
+{
+    const StageResult end = state.report.failed(QStringLiteral("Error: %1").arg(strWhat));
+    if (state.results.end.finished()) {
+        state.results.end = end;
+    }
+}
+
+}  // namespace
+
+void runRoad(RoadState& state)
+{
+    try {
+        walk(state);
+    } catch (const std::exception& error) {
+        noteThrown(state, QString::fromUtf8(error.what()));
+    } catch (const wchar_t* pszError) {
+        noteThrown(state, QString::fromWCharArray(pszError).trimmed());
+    }
+    RoadResults& results = state.results;
+    results.listWarning = state.report.redLines();
+    if (!results.end.finished()) {
+        results.listWarning.removeOne(results.end.strReason);
+    }
+}
+
+}  // namespace tessera

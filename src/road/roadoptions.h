@@ -1,0 +1,64 @@
+// RoadOptions: what is to be done with a series, from which files on and with which numbers.
+#pragma once
+
+#include "records/runparameters.h"
+#include "road/exports.h"
+#include "road/roadstage.h"
+
+#include <QRect>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace tessera {
+
+/// Everything that was asked for. An empty optional is a value that a stage finds itself or takes from the
+/// project.
+struct RoadOptions {
+    QStringList listInput;  ///< one project, or images in series order
+    QString strOutDir;      ///< empty: beside the project or the first image
+    QString strMaskFile;    ///< areas that peak hunting leaves out; empty: none
+    QString strCellFile;    ///< a cell in place of a search; empty: search
+    RoadStage stageFrom = RoadStage::Shifts;
+    RoadStage stageTo = RoadStage::Index;
+    int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
+    int nGroup = -1;               ///< merge only the peaks of this group; -1: all
+    bool bWindowDefaults = false;  ///< the window's start values in place of values that the stages find
+
+    std::optional<QRect> rcRegion;  ///< reference region, pixels
+
+    std::optional<double> dfWavelength;        ///< Å
+    std::optional<double> dfPixelSize;         ///< Å⁻¹
+    std::optional<double> dfRotationAxis;      ///< degrees, counter-clockwise from 3 o'clock
+    std::optional<double> dfTiltStart;         ///< degrees, of the first frame
+    std::optional<double> dfTiltStep;          ///< degrees, from frame to frame
+    std::optional<double> dfTiltRelaxation;    ///< degrees, spread over the series
+    std::optional<double> dfStretchAmplitude;  ///< per cent
+    std::optional<double> dfStretchAzimuth;    ///< degrees
+    std::optional<bool> bApplyStretching;
+    std::optional<double> dfCenterX;  ///< direct beam on the first frame, pixels
+    std::optional<double> dfCenterY;
+
+    PeakHuntingParameters hunting;
+    std::optional<double> dfPeakThreshold;  ///< counts
+    std::optional<double> dfResolutionMin;  ///< Å⁻¹, of the peaks to merge
+    std::optional<double> dfResolutionMax;
+    std::optional<double> dfIntensityMin;  ///< counts, of the peaks to merge
+    std::optional<double> dfIntensityMax;
+    PeakMergingParameters merging;
+    CellHuntingParameters cell;
+    IndexingParameters indexing;
+    RefinementParameters refinement;
+    std::optional<double> dfRefineIntensityLow;  ///< counts, of the peaks of a pair
+    std::optional<double> dfRefineIntensityHigh;
+    std::optional<double> dfRefineDStarLow;  ///< Å⁻¹
+    std::optional<double> dfRefineDStarHigh;
+    bool bConstantBackground = false;  ///< refine also with positions fitted beside a constant
+    ExportOptions exports;
+
+    bool isProject() const;
+    int jobs() const;  ///< at least 1
+};
+
+}  // namespace tessera

@@ -1,0 +1,98 @@
+// RoadResults: what the parts of the road found, in plain numbers.
+#pragma once
+
+#include "crystal/cellrefinement.h"
+#include "reciprocal/cellfromdifferences.h"
+#include "reciprocal/centreoffset.h"
+#include "records/cellparameters.h"
+#include "road/roadstage.h"
+#include "road/stageresult.h"
+
+#include <QList>
+#include <QPointF>
+#include <QRect>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace tessera {
+
+struct OpenResult {
+    QString strName;  ///< of the project, or the first image without its suffix
+    int nFrames = 0;
+};
+
+struct ShiftResult {
+    QRect rcRegion;         ///< reference region, raw pixels
+    QPointF ptCentre;       ///< direct beam on the first frame, raw pixels
+    double dfMaxShift = 0;  ///< greatest coordinate of a shift, pixels
+    QList<int> listJump;    ///< numbers, from 1, of the frames whose shift stands apart from its neighbours
+};
+
+struct PeakResult {
+    double dfThreshold = 0;   ///< least value of the band-passed image at a peak
+    double dfFrameScale = 1;  ///< what the pixels were multiplied by
+    int nPeaks = 0;
+};
+
+struct MergeResult {
+    int nPeaks = 0;          ///< in chains
+    int nOutsideLimits = 0;  ///< kept out by the limits of resolution and intensity
+    int nChains = 0;
+    int nReflections = 0;
+};
+
+struct CellResult {
+    std::optional<CellParameters> parameters;  ///< of the cell in force; none where its vectors are co-planar
+    double dfVolume = 0;                       ///< Å³
+};
+
+struct IndexResult {
+    int nIndexed = 0;
+    int nDuplicated = 0;
+    int nUnindexed = 0;
+    int nOnEdge = 0;                           ///< strongest on the first or the last frame
+    double dfShare = 0;                        ///< of the selected reflections that were indexed, 0 to 1
+    std::optional<CellRefinement> refined;     ///< from the d* of the indexed reflections
+    std::optional<CentreOffset> centreOffset;  ///< of the direct beam; none where it is not determined
+};
+
+/// How the positions of the peaks were measured that a cell was refined with.
+enum class PairPositions { WholePixels, SubPixels, SubPixelsConstant };
+
+struct PairRefinement {
+    PairPositions positions = PairPositions::WholePixels;
+    DifferenceVectorRefinement found;
+};
+
+struct RefineResult {
+    double dfDStarLow = 0;  ///< Å⁻¹, limits of the pairs
+    double dfDStarHigh = 0;
+    QList<PairRefinement> listRun;
+};
+
+struct PartTime {
+    QString strPart;  ///< a stage or an export
+    double dfSeconds = 0;
+};
+
+/// All of a road, up to where it ended. A part that failed may have left a part of its result.
+struct RoadResults {
+    std::optional<OpenResult> open;
+    std::optional<ShiftResult> shifts;
+    std::optional<PeakResult> peaks;
+    std::optional<MergeResult> merge;
+    std::optional<CellResult> cell;  ///< of the last stage that looked at it
+    std::optional<IndexResult> index;
+    std::optional<RefineResult> refine;
+    std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
+
+    std::optional<RoadStage> lastStage;       ///< the last one that finished
+    QString strFailed;                        ///< "open", a stage or an export: the first that failed
+    StageResult end;                          ///< of the first part that did not finish
+    QStringList listWarning;                  ///< red lines of the log but for the reason of the end
+    std::optional<QList<PartTime>> listTime;  ///< none where an exception ended the road
+};
+
+}  // namespace tessera

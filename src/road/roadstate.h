@@ -1,0 +1,43 @@
+// RoadState: a series on its way through the stages.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "road/roadoptions.h"
+#include "road/roadreport.h"
+#include "road/roadresults.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tessera {
+
+/// What the parts of the road hand to one another, and what they found.
+struct RoadState {
+    /// @param runReport  takes the log; must outlive the state
+    RoadState(const RoadOptions& roadOptions, CRunReport& runReport) : options(roadOptions), report(runReport)
+    {}
+
+    RoadOptions options;  ///< as the stages use them: rounded, with the values that they found themselves
+    CRoadReport report;
+    DataSet dataSet;
+    MappingParameters mapping;
+    QString strInputDir;         ///< folder of the project or the first image; results may go elsewhere
+    QStringList listSideReason;  ///< what opening had to say of files that it could not use
+    bool bResultFolder = false;  ///< the folder of the results is there, for the log as well
+    RoadResults results;
+};
+
+/// Makes the data set and all parameters what the pages of the window would hold.
+void roundToPages(RoadState& state);
+
+/// The beginning of a stage: rounds, and gives it reasons of its own to fail.
+void beginStage(RoadState& state, RoadStage stage);
+
+/// Puts a value that was given in the place of another one.
+void takeOver(const std::optional<double>& dfGiven, double& dfTarget);
+
+/// The same for a limit of a page, which a box rounds to some decimals; its range has been seen to.
+void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, int nDecimals);
+
+}  // namespace tessera

@@ -1,0 +1,160 @@
+#include "road/seriesopening.h"
+
+#include "dataset/maskfile.h"
+#include "dataset/opening.h"
+#include "dataset/pagerounding.h"
+#include "road/earlierfiles.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace tessera {
+
+namespace {
+
+bool openInput(RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    CRoadReport& report = state.report;
+    state.dataSet.m_strWorkingDir = QFileInfo(options.listInput.first()).absolutePath();
+    QStringList& listReason = state.listSideReason;
+    bool bOpened = false;
+    if (options.isProject()) {
+        bOpened = openProject(state.dataSet, state.mapping, options.listInput.first(), report, &listReason);
+    } else {
+        QStringList listFile;
+        for (const QString& strFile : options.listInput) {
+            listFile.append(QFileInfo(strFile).absoluteFilePath());
+        }
+        bOpened = openImageFiles(state.dataSet, listFile, report, &listReason);
+    }
+    for (const QString& strReason : listReason) {
+        report.addMessage(strReason, bOpened ? Severity::Info : Severity::Error);
+    }
+    if (!bOpened && !report.reason().isEmpty()) {  // the log has it without the file
+        report.addMessage(report.reason(), Severity::Error);
+    }
+    listReason += report.redLines();
+    return bOpened;
+}
+
+void takeGeometry(RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    DataSet& dataSet = state.dataSet;
+    takeOver(options.dfWavelength, dataSet.m_dfWavelength);
+    takeOver(options.dfPixelSize, dataSet.m_dfPixelSize);
+    if (options.dfRotationAxis) {
+        dataSet.m_dfRotationAxis = wrappedAxis(*options.dfRotationAxis);
+    }
+    takeOver(options.dfTiltRelaxation, dataSet.m_dfTiltRelaxation);
+    takeOver(options.dfStretchAmplitude, dataSet.m_dfStretchAmplitude);
+    takeOver(options.dfStretchAzimuth, dataSet.m_dfStretchAzimuth);
+    if (options.bApplyStretching) {
+        state.mapping.m_bApplyStretching = *options.bApplyStretching;
+    } else if (options.dfStretchAmplitude) {
+        state.mapping.m_bApplyStretching = true;
+    }
+    if (options.dfTiltStart || options.dfTiltStep) {
+        const double dfStart = options.dfTiltStart.value_or(0);
+        const double dfStep = options.dfTiltStep.value_or(0.1);
+        for (int i = 0; i < dataSet.m_listOverallTilt.size(); ++i) {
+            dataSet.m_listStageTilt[i] = dataSet.m_listOverallTilt[i] = dfStart + i * dfStep;
+        }
+    }
+}
+
+StageResult prepareResultFolder(RoadState& state)
+{
+    QString& strFolder = state.dataSet.m_strProjectDir;
+    if (!state.options.strOutDir.isEmpty()) {
+        strFolder = QFileInfo(state.options.strOutDir).absoluteFilePath();
+        if (!QDir().mkpath(strFolder)) {
+            return state.report.failed(QStringLiteral("%1: the folder cannot be made.").arg(strFolder));
+        }
+    }
+    const QFileInfo folder(strFolder);
+    if (!folder.isDir() || !folder.isWritable()) {
+        return state.report.failed(QStringLiteral("%1: the folder cannot be written.").arg(strFolder));
+    }
+    state.bResultFolder = true;
+    return {};
+}
+
+StageResult readMask(RoadState& state)
+{
+    const QString& strFile = state.options.strMaskFile;
+    QString strReason;
+    if (strFile.isEmpty() || readMaskFile(state.dataSet.m_maskPeakHunting, strFile, &strReason) != 0) {
+        return {};
+    }
+    state.report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
+                            Severity::Error);
+    return state.report.failed(strReason);
+}
+
+bool needsFrames(const RoadOptions& options)
+{
+    return options.stageFrom <= RoadStage::Peaks || options.stageTo >= RoadStage::Refine ||
+           !options.exports.listKind.isEmpty();
+}
+
+StageResult checkFrameFiles(RoadState& state)
+{
+    const QStringList& listFrame = state.dataSet.m_listFrameFile;
+    QStringList listMissing;
+    for (const QString& strFile : listFrame) {
+        if (!QFileInfo(strFile).isReadable()) {
+            listMissing.append(strFile);
+        }
+    }
+    if (listMissing.isEmpty()) {
+        return {};
+    }
+    return state.report.refused(QStringLiteral("%1 of %2 frames cannot be read, first %3")
+                                    .arg(listMissing.size())
+                                    .arg(listFrame.size())
+                                    .arg(listMissing.first()));
+}
+
+/// What could not be opened still gets its log in a folder of its own, if one was asked for.
+void prepareFolderOfLog(RoadState& state)
+{
+    state.dataSet.m_strProjectName = QFileInfo(state.options.listInput.first()).completeBaseName();
+    if (!state.options.strOutDir.isEmpty()) {
+        static_cast<void>(prepareResultFolder(state));  // the reason is why it could not be opened
+    }
+}
+
+}  // namespace
+
+StageResult openSeries(RoadState& state)
+{
+    state.report.beginPart(QStringLiteral("open"));
+    if (!openInput(state)) {
+        prepareFolderOfLog(state);
+        return state.report.failed();
+    }
+    takeGeometry(state);
+    const DataSet& dataSet = state.dataSet;
+    state.strInputDir = dataSet.m_strProjectDir;
+    state.results.open = OpenResult{dataSet.m_strProjectName, dataSet.m_listFrameFile.size()};
+    StageResult result;
+    if (dataSet.m_listFrameFile.isEmpty()) {
+        result = state.report.refused(
+            QStringLiteral("%1: no frames in the file list.").arg(state.options.listInput.first()));
+    }
+    const StageResult folder = prepareResultFolder(state);
+    if (result.finished()) {
+        result = folder;
+    }
+    if (result.finished()) {
+        result = readMask(state);
+    }
+    if (result.finished() && needsFrames(state.options)) {
+        result = checkFrameFiles(state);
+    }
+    return result.finished() ? loadEarlierStages(state) : result;
+}
+
+}  // namespace tessera

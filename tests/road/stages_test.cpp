@@ -1,0 +1,117 @@
+// The stages as functions: stopped by a user, which the driver has no way for, and called out of their order.
+#include "road/stages.h"
+#include "road/road.h"
+#include "road/roadjson.h"
+#include "road/seriesopening.h"
+#include "tests/batch/batchprogram.h"
+#include "tests/recordingreport.h"
+
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+namespace tessera {
+
+namespace {
+
+class RoadStages : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        const BatchOutcome outcome = runProgram(
+            "tessera-simulate",
+            {"--crystal", "quartz", "--frames", "40", "--size", "320", "--tilt-start", "-20", "--tilt-step",
+             "1", "--pixel-size", "0.008", "--axis", "-38.5", "--out", m_dir.path(), "--name", "q"});
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+    }
+    RoadOptions options(const QString& strOut) const
+    {
+        RoadOptions options;
+        options.listInput = QStringList{m_dir.filePath("q.ed3d")};
+        options.strOutDir = m_dir.filePath(strOut);
+        options.stageTo = RoadStage::Refine;
+        options.nJobs = 2;
+        return options;
+    }
+    QStringList results(const QString& strOut) const
+    {
+        return QDir(m_dir.filePath(strOut)).entryList(QDir::Files, QDir::Name);
+    }
+    QTemporaryDir m_dir;
+};
+
+/// The summary without the times and without what only a whole road tells.
+QJsonObject found(const RoadResults& results)
+{
+    QJsonObject summary = roadSummary(results);
+    for (const char* pszKey : {"seconds", "stage", "warnings"})
+        summary.remove(QLatin1String(pszKey));
+    return summary;
+}
+
+}  // namespace
+
+TEST_F(RoadStages, ThatAreStoppedLeaveNothingAndCanBeRunAgain)
+{
+    CRecordingReport whole;
+    RoadState unbroken(options("whole"), whole);
+    runRoad(unbroken);
+    ASSERT_TRUE(unbroken.results.end.finished()) << unbroken.results.end.strReason.toStdString();
+    EXPECT_EQ(unbroken.results.lastStage, RoadStage::Refine);
+
+    CRecordingReport report;
+    RoadState state(options("stopped"), report);
+    ASSERT_TRUE(openSeries(state).finished());
+    for (int nStage = 0; nStage < roadStageNames().size(); ++nStage) {
+        const RoadStage stage = RoadStage(nStage);
+        SCOPED_TRACE(roadStageName(stage).toStdString());
+        const QStringList listBefore = results("stopped");
+        report.m_nStopAfter = 0;
+        const StageResult stopped = runStage(stage, state);
+        EXPECT_EQ(int(stopped.end), int(RunEnd::Stopped)) << stopped.strReason.toStdString();
+        EXPECT_TRUE(report.m_listLine.contains(stopped.strReason)) << stopped.strReason.toStdString();
+        EXPECT_EQ(results("stopped"), listBefore);
+        report.m_nStopAfter = -1;
+        const StageResult again = runStage(stage, state);
+        EXPECT_TRUE(again.finished()) << again.strReason.toStdString();
+        EXPECT_TRUE(again.strReason.isEmpty());
+    }
+    EXPECT_EQ(found(state.results), found(unbroken.results));
+    EXPECT_EQ(results("stopped"), results("whole"));
+    for (const QString& strFile : results("whole"))
+        EXPECT_EQ(readBytes(m_dir.filePath("stopped/" + strFile)),
+                  readBytes(m_dir.filePath("whole/" + strFile)))
+            << strFile.toStdString();
+}
+
+TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
+{
+    const struct {
+        RoadStage stage;
+        RunEnd end;
+        const char* pszReason;
+    } aRow[] = {{RoadStage::Merge, RunEnd::Failed, "frames"},
+                {RoadStage::Cell, RunEnd::Failed, "cell"},
+                {RoadStage::Index, RunEnd::Refused, "Unit cell is not ready."},
+                {RoadStage::Refine, RunEnd::Failed, "No cell came out"}};
+    for (const auto& row : aRow) {
+        SCOPED_TRACE(roadStageName(row.stage).toStdString());
+        CRecordingReport report;
+        RoadState state(options("none"), report);
+        ASSERT_TRUE(openSeries(state).finished());
+        const StageResult result = runStage(row.stage, state);
+        EXPECT_EQ(int(result.end), int(row.end));
+        EXPECT_TRUE(result.strReason.contains(QLatin1String(row.pszReason)))
+            << result.strReason.toStdString();
+        EXPECT_TRUE(results("none").isEmpty()) << results("none").join(' ').toStdString();
+    }
+    RoadOptions later = options("none");
+    later.stageFrom = RoadStage::Merge;
+    CRecordingReport report;
+    RoadState state(later, report);
+    runRoad(state);
+    EXPECT_EQ(int(state.results.end.end), int(RunEnd::Refused));
+    EXPECT_EQ(state.results.strFailed.toStdString(), "open");
+    EXPECT_FALSE(state.results.listWarning.contains(state.results.end.strReason));
+}
+
+}  // namespace tessera
