@@ -1,6 +1,7 @@
 #include "crystal/peakpairs.h"
 
 #include "crystal/reflectionindices.h"
+#include "records/progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,9 +49,9 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
     const double dfHigh = std::max(limits.dfDStarLow, limits.dfDStarHigh);
     std::vector<PeakPairPlace> vecPair;
     bool bStopped = false;
-    report.startProgress(QStringLiteral("%v/%m"), 0, vecPeak.size());
+    CProgress progress(report, QStringLiteral("%v/%m"), 0, vecPeak.size());
     for (int nList = 0; nList < vecPeak.size() && !bStopped; ++nList) {
-        report.setProgress(nList + 1);
+        progress.set(nList + 1);
         bStopped = !report.goOn();
         const QList<Peak3D>& listPeak = vecPeak[nList];
         const std::vector<int> vecUsable = usablePeaks(listPeak, spaceGroup);
@@ -65,7 +66,7 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
             }
         }
     }
-    report.endProgress();
+    progress.end();
     if (pbStopped)
         *pbStopped = bStopped;
     if (bStopped)

@@ -3,6 +3,7 @@
 #include "crystal/reflectionindices.h"
 #include "crystal/spacegrouptable.h"
 #include "records/hklref.h"
+#include "records/progress.h"
 
 #include <QString>
 
@@ -133,7 +134,7 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
             "Reflection conditions will not be tested because the number of reflections is 0."));
         return;
     }
-    report.startProgress(QStringLiteral("%v/%m"), 0, g_nSpaceGroups);
+    CProgress progress(report, QStringLiteral("%v/%m"), 0, g_nSpaceGroups);
     const QString strHead = QStringLiteral("\n%1 %2   %3 (%4/%5)   %6 (%7/%8)")
                                 .arg(QStringLiteral("No."), 3)
                                 .arg(QStringLiteral("SG.Symbol"), 10)
@@ -149,7 +150,7 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
     // The reflections are rounded once; no list is copied for a group, as only counts and means are shown.
     const std::vector<Candidate> vecCandidate = candidates(listPeak, dfIndexThreshold);
     for (int n = 1; n <= g_nSpaceGroups; ++n) {
-        report.setProgress(n);
+        progress.set(n);
         report.goOn();  // lets the window live; the loop can't be stopped
         spaceGroup.setSpaceGroup(n);
         Side allowed, forbidden;
@@ -176,7 +177,6 @@ void testReflectionConditions(const QList<Peak3D>& listPeak, double dfIndexThres
                               .arg(allowed.mean(), 10, 'f', 1)
                               .arg(forbidden.mean(), 10, 'f', 1));
     }
-    report.endProgress();
 }
 
 }  // namespace tessera

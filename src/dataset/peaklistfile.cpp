@@ -4,6 +4,7 @@
 #include "dataset/textlines.h"
 #include "dataset/textscanner.h"
 #include "records/groupmask.h"
+#include "records/progress.h"
 #include "records/regularfile.h"
 #include "records/wholefile.h"
 
@@ -98,7 +99,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
     // The shortest line that holds a peak has 12 characters; what has more lines than that is no list.
     vecLine.reserve(size_t(qMin(nLines, bytesText.size() / 12)));
 
-    report.startProgress(QStringLiteral("%p%"), 1, nLines / 1000);
+    CProgress progress(report, QStringLiteral("%p%"), 1, nLines / 1000);
     int nLine = 0;
     const char* const pEnd = bytesText.constData() + bytesText.size();
     for (const char* p = bytesText.constData(); p != pEnd;) {
@@ -110,7 +111,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         while (p != pEnd && !isLineEnd(*p))
             ++p;
         if (++nLine % 1000 == 0) {
-            report.setProgress(nLine / 1000);
+            progress.set(nLine / 1000);
             report.goOn();
         }
         if (*pLine == '#')
@@ -126,7 +127,6 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
             break;
         }
         if (size_t(line.nSerial) != vecLine.size() + 1) {
-            report.endProgress();
             giveReason(pstrReason, strFileName,
                        QStringLiteral("non-empty line %1 has the serial %2 where %3 should be")
                            .arg(nLine)
@@ -136,7 +136,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         }
         vecLine.push_back(line);
     }
-    report.endProgress();
+    progress.end();
 
     if (vecLine.empty()) {
         if (pstrReason && pstrReason->isEmpty())

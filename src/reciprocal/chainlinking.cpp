@@ -1,6 +1,7 @@
 #include "reciprocal/chainlinking.h"
 
 #include "reciprocal/nearestpeak.h"
+#include "records/progress.h"
 
 #include <vector>
 
@@ -12,14 +13,12 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
     const int nFrames = listPeakFrame.size();
     std::vector<QList<Peak3D>> vecOpen;
     CNearestPeak nearest(dfMaxDistance);
-    report.startProgress(QStringLiteral("%p%"), 0, (nFrames - 1) / 10);
+    CProgress progress(report, QStringLiteral("%p%"), 0, (nFrames - 1) / 10);
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
         if (nFrame % 10 == 0 || nFrame == nFrames - 1) {
-            report.setProgress(nFrame / 10);
-            if (!report.goOn()) {
-                report.endProgress();
+            progress.set(nFrame / 10);
+            if (!report.goOn())
                 return false;
-            }
         }
         size_t nStillOpen = 0;
         for (size_t n = 0; n < vecOpen.size(); ++n) {
@@ -45,7 +44,7 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
     }
     for (const QList<Peak3D>& listOpen : vecOpen)
         listChain.append(listOpen);
-    report.endProgress();
+    progress.end();
     return report.goOn();
 }
 

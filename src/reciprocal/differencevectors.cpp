@@ -1,6 +1,7 @@
 #include "reciprocal/differencevectors.h"
 
 #include "reciprocal/bydstar.h"
+#include "records/progress.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -111,13 +112,10 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
     if (nPeaks < 2)
         return {};
     const Limits limits = {fMaxLength * fMaxLength, fMinLength * fMinLength};
-    report.startProgress(QStringLiteral("%p%"), 0, (nPeaks - 1) / 100, true);
+    CProgress progress(report, QStringLiteral("%p%"), 0, (nPeaks - 1) / 100, ProgressPlace::TaskBarToo);
     Selection selection;
-    const bool bSelected = selectStrongest(listPeak, limits, selection, report);
-    if (!bSelected) {
-        report.endProgress();
+    if (!selectStrongest(listPeak, limits, selection, report))
         return {};
-    }
 
     // Second walk, over the pairs in their order: a vector goes to the end of its rank, or, when all stay,
     // to the end of the list.
@@ -140,10 +138,8 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
     int64_t nFilled = 0;
     for (size_t i = 0; i < vecStrong.size() && nFilled < selection.nCount; ++i) {
         const int nRankI = selection.vecRank[size_t(vecStrong[i])];
-        if (i % 1000 == 0 && !report.goOn()) {
-            report.endProgress();
+        if (i % 1000 == 0 && !report.goOn())
             return {};
-        }
         for (size_t j = i + 1; j < vecStrong.size(); ++j) {
             const Vec3D v = vecPoint[i] - vecPoint[j];
             const float fSquare = squaredLength(v);
@@ -161,7 +157,7 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
             }
         }
     }
-    report.endProgress();
+    progress.end();
 
     QList<Peak3D> listVector;
     listVector.reserve(int(vecVector.size()));

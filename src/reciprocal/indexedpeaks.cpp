@@ -2,6 +2,7 @@
 
 #include "crystal/reflectionindices.h"
 #include "reciprocal/mapping.h"
+#include "records/progress.h"
 
 #include <algorithm>
 
@@ -46,10 +47,10 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
     QList<Peak3D> listFlat;
     int nMinID = listPeakIndexed.constFirst().nID;
     int nMaxID = nMinID;
-    report.startProgress(QStringLiteral("%p%"), 0, 100);
+    CProgress progress(report, QStringLiteral("%p%"), 0, 100);
     for (int n = 0; n < nCount; ++n) {
         if (n % nStep == 0)
-            report.setProgress(std::min(n / nStep, 100));
+            progress.set(std::min(n / nStep, 100));
         const Peak3D& reflection = listPeakIndexed[n];
         nMinID = std::min(nMinID, reflection.nID);
         nMaxID = std::max(nMaxID, reflection.nID);
@@ -70,7 +71,7 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
             listFlat.append(peak);
         }
     }
-    report.endProgress();
+    progress.end();
     report.goOn();
     dataSet.m_vecPeakIndexedOnFrame = sortPeakFrame(listFlat, nFrames);
     if (nMinID < 0) {

@@ -3,6 +3,7 @@
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/bydstar.h"
+#include "records/progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -411,15 +412,13 @@ bool indexReflections(QList<Peak3D>& listPeak, const ReciprocalBasis& basis, flo
     QList<Peak3D> listSorted = listPeak;
     sortByDStar(listSorted);
     CIndexSpreading spreading(listSorted, solver, fThreshold, fRadius);
-    report.startProgress(QStringLiteral("%p%"), 0, (listSorted.size() - 1) / 100);
+    CProgress progress(report, QStringLiteral("%p%"), 0, (listSorted.size() - 1) / 100);
     int nIndexed = 0;
     do {
-        if (!spreading.pass(nIndexed, report)) {
-            report.endProgress();
+        if (!spreading.pass(nIndexed, report))
             return false;
-        }
     } while (nIndexed > 0);
-    report.endProgress();
+    progress.end();
     for (int n = 0; n < listSorted.size(); ++n) {
         const Vec3D& vecHKL = spreading.indices()[size_t(n)];
         listSorted[n].setHKL(double(vecHKL.x), double(vecHKL.y), double(vecHKL.z));

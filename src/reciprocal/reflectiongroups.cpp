@@ -4,6 +4,7 @@
 #include "crystal/spacegroupoperations.h"
 #include "crystal/spacegrouptable.h"
 #include "reciprocal/indexkey.h"
+#include "records/progress.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -43,7 +44,7 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     for (int n = 0; n < listHKL.size(); ++n)
         mapPlace[indexKey(listHKL[n])].push_back(n);
 
-    report.startProgress(QStringLiteral("%p%"), 0, (listToDo.size() - 1) / 10);
+    CProgress progress(report, QStringLiteral("%p%"), 0, (listToDo.size() - 1) / 10);
     std::vector<char> vecDone(size_t(listToDo.size()), 0);
     int nDone = 0;
     int nGroup = 1;
@@ -70,11 +71,10 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
             listResult.append(listToDo[n]);
             listResult.last().nRGroup = nGroup;
             if (++nDone % 10 == 0)
-                report.setProgress(nDone / 10);
+                progress.set(nDone / 10);
         }
         ++nGroup;
     }
-    report.endProgress();
     listPeak = listResult;
 }
 

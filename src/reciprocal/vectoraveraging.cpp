@@ -2,6 +2,7 @@
 
 #include "reciprocal/bydstar.h"
 #include "reciprocal/vectorgrid.h"
+#include "records/progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -314,9 +315,9 @@ QList<Peak3D> averageDifferenceVectors(const QList<Peak3D>& listVector, float fT
         vecDStar.push_back(vector.dfDStar);
     }
     std::vector<PileSum> vecSum;
-    report.startProgress(QStringLiteral("%p%"), 0, (nCount - 1) / 1000);
+    CProgress progress(report, QStringLiteral("%p%"), 0, (nCount - 1) / 1000);
     const bool bSummed = sumPiles(vecOwn, vecDStar, fTolerance, vecSum, report);
-    report.endProgress();
+    progress.end();
     if (!bSummed)
         return {};
 

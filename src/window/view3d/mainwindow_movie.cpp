@@ -3,6 +3,7 @@
 
 #include "frames/frametargets.h"
 #include "frames/somenames.h"
+#include "records/progress.h"
 #include "records/timestamp.h"
 #include "records/wholefile.h"
 #include "view3d/ed3dwidget.h"
@@ -70,9 +71,9 @@ void MainWindow::grab3DMovieFrames()
     }
     runExport([&](CRunReport& report) {
         QStringList listFailed;
-        report.startProgress(QStringLiteral("%v/%m"), 0, nPictures, true);
+        CProgress progress(report, QStringLiteral("%v/%m"), 0, nPictures, ProgressPlace::TaskBarToo);
         for (int i = 0; i < nPictures && pView; ++i) {
-            report.setProgress(i + 1);
+            progress.set(i + 1);
             if (!report.goOn()) {  // the view repaints meanwhile
                 report.addMessage(tr("%1>The movie was stopped after %2 of %3 pictures.")
                                       .arg(currentTimeStamp())
@@ -91,7 +92,7 @@ void MainWindow::grab3DMovieFrames()
                 listFailed.append(strReason.isEmpty() ? listName[i] : strReason);
             pView->rotateAroundScreenY(dfStep);
         }
-        report.endProgress();
+        progress.end();
         if (!listFailed.isEmpty())
             report.addMessage(tr("%1 of %2 pictures could not be written: %3")
                                   .arg(QString::number(listFailed.size()), QString::number(nPictures),
