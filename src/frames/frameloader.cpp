@@ -4,11 +4,11 @@
 #include "imagefiles/filekind.h"
 #include "imagefiles/frameformats.h"
 #include "records/shortmemory.h"
+#include "records/whatwasthrown.h"
 
 #include <QFileInfo>
 
 #include <cstdint>
-#include <exception>
 #include <limits>
 #include <new>
 
@@ -54,9 +54,9 @@ int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
 {
     try {
         return read(vecImage, strFileName, listHotPixel, report, nMaxImages);
-    } catch (const std::exception& e) {
+    } catch (...) {
         releaseFrameImages(vecImage);
-        report.fail(QStringLiteral("Error: %1").arg(QString::fromUtf8(e.what())));
+        report.fail(whatWasThrown());
         return 0;
     }
 }

@@ -1,11 +1,10 @@
 #include "road/road.h"
 
+#include "records/whatwasthrown.h"
 #include "road/seriesopening.h"
 #include "road/stages.h"
 
 #include <QElapsedTimer>
-
-#include <exception>
 
 namespace tessera {
 
@@ -82,10 +81,10 @@ void walk(RoadState& state)
     state.results.listTime = listTime;
 }
 
-/// What was thrown becomes the reason of the end, unless a part has failed before.
-void noteThrown(RoadState& state, const QString& strWhat)
+/// What was thrown becomes the reason of the end, unless a part has failed before. To be called in a catch.
+void noteThrown(RoadState& state)
 {
-    const StageResult end = state.report.failed(QStringLiteral("Error: %1").arg(strWhat));
+    const StageResult end = state.report.failed(whatWasThrown());
     if (state.results.end.finished()) {
         state.results.end = end;
     }
@@ -97,10 +96,8 @@ void runRoad(RoadState& state)
 {
     try {
         walk(state);
-    } catch (const std::exception& error) {
-        noteThrown(state, QString::fromUtf8(error.what()));
-    } catch (const wchar_t* pszError) {
-        noteThrown(state, QString::fromWCharArray(pszError).trimmed());
+    } catch (...) {
+        noteThrown(state);
     }
     RoadResults& results = state.results;
     results.listWarning = state.report.redLines();

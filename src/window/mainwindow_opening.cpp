@@ -5,6 +5,7 @@
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "imagefiles/frameformats.h"
+#include "records/whatwasthrown.h"
 #include "view3d/ed3dwidget.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
@@ -26,8 +27,6 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QUrl>
-
-#include <exception>
 
 namespace tessera {
 
@@ -115,10 +114,9 @@ void MainWindow::openFiles(const QStringList& listFile)
                 openImageFiles(listFile);
                 break;
         }
-    } catch (const std::exception& error) {  // out of memory
+    } catch (...) {  // out of memory
         connectPanelSignals(true);
-        WindowReport(*this).addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
-                                       Severity::Error);
+        WindowReport(*this).addMessage(whatWasThrown(), Severity::Error);
     }
 }
 

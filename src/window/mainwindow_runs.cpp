@@ -1,5 +1,7 @@
 // MainWindow: what all runs have in common, and what waits for their end.
 #include "frameview/baseimgview.h"
+#include "records/runflag.h"
+#include "records/whatwasthrown.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
 #include "window/pages/cellpage.h"
@@ -13,7 +15,6 @@
 #include <QSlider>
 #include <QSpinBox>
 
-#include <exception>
 #include <utility>
 
 namespace tessera {
@@ -23,22 +24,18 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
 {
     stopImagePlay();
     syncParametersWithControls(true);
-    if (bFlag) {
-        bFlag = false;
-        return;
-    }
-    if (refuseDuringRun(QStringLiteral("Another run")))
+    CRunFlag flag(bFlag);
+    if (!flag.isHeld() || refuseDuringRun(QStringLiteral("Another run")))
         return;
     // The statistics of an indexing have left another one.
     m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
-    bFlag = true;
     {
         CRunScope scope(*this, true);
         if (pButton)
             setButtonStatus(pButton, ButtonStatus::running);
         WindowReport report(*this, &bFlag);
         guarded([&] { fnRun(report); });
-        bFlag = false;
+        flag.release();
     }
     if (pButton)
         setButtonStatus(pButton, ButtonStatus::ready);
@@ -60,12 +57,8 @@ void MainWindow::guarded(const std::function<void()>& fn)
 {
     try {
         fn();
-    } catch (const std::exception& error) {  // out of memory: the window and its data go on
-        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(error.what())),
-                                   Qt::red);
-    } catch (const wchar_t* pszReason) {  // as the image shifts report an odd side
-        m_pMessageEdit->addMessage(QStringLiteral("Error: %1").arg(QString::fromWCharArray(pszReason)),
-                                   Qt::red);
+    } catch (...) {  // out of memory: the window and its data go on
+        m_pMessageEdit->addMessage(whatWasThrown(), Qt::red);
     }
 }
 
