@@ -29,20 +29,19 @@ QString beamLine(const DirectBeamOnFrame& beam)
 
 }  // namespace
 
-bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
-                   const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone)
+RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
+                         const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone)
 {
     CFrameRun run(dataSet, report, QStringLiteral("Evaluation of the direct beam"));
     if (!run.begin())
-        return false;
-    const BeamCentres centres{dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY};
-    const bool bAll = run.walk([&](int nFrame) {
+        return {RunEnd::Refused, {}};
+    const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
         if (!pImage)
             return true;
         DirectBeamOnFrame beam;
         beam.nFrame = nFrame;
-        beam.ptExpected = frameCentre(centres, nFrame);
+        beam.ptExpected = frameCentre(run.series().centres, nFrame);
         double dfX = beam.ptExpected.x();
         double dfY = beam.ptExpected.y();
         beam.vecFit = FitPeak2D(*pImage, dfX, dfY, g_nFitHalfSize, g_dfSaturation);
@@ -52,8 +51,8 @@ bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
             fnFrameDone(beam);
         return true;
     });
-    run.sayEnd(bAll);
-    return true;
+    run.sayEnd(outcome);
+    return outcome;
 }
 
 }  // namespace tessera

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QPointF>
@@ -25,8 +26,8 @@ struct DirectBeamOnFrame {
 /// frame: frame from 1, expected x and y, fitted x and y, their differences, height, squared half widths,
 /// info of the fit. A frame that cannot be loaded is skipped. A frame without a shift counts as unshifted.
 /// @param fnFrameDone  after a frame's line; its images stand in m_vecFrameImage
-/// @return false for the call during a run that stops it, else true (also when the run was stopped)
-bool fitDirectBeam(DataSet& dataSet, CRunReport& report,
-                   const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone = {});
+/// @return Refused for the call during a run that stops it
+RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
+                         const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone = {});
 
 }  // namespace tessera

@@ -2,12 +2,15 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "dataset/seriessnapshot.h"
+#include "frames/framewalk.h"
 #include "imaging/imgobj.h"
+#include "records/runflag.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
-#include <QStringList>
-
 #include <functional>
+#include <optional>
 
 namespace tessera {
 
@@ -17,7 +20,6 @@ class CFrameRun {
 public:
     /// @param strName  begins the lines: "%1>NAME started.", "... finished.", "... did not finish."
     CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName);
-    ~CFrameRun();
     CFrameRun(const CFrameRun&) = delete;
     CFrameRun& operator=(const CFrameRun&) = delete;
 
@@ -30,29 +32,28 @@ public:
     ///
     /// A stop, be it the flag or the report's goOn(), is seen before the next frame and after the last. A
     /// frame that memory has no room for ends the walk with a red line.
-    /// @return true if all frames were done and nobody asked the run to stop
-    bool walk(const std::function<bool(int nFrame)>& fnFrame);
-
-    /// Whether nobody asked the run to stop.
-    bool isGoing() const { return m_bBegun && m_dataSet.m_bRunning; }
+    /// @return Finished if all frames were done and nobody asked the run to stop
+    RunOutcome walk(const std::function<bool(int nFrame)>& fnFrame);
 
     /// Loads a frame into m_vecFrameImage, whose former images are freed.
     /// @return its first image; null, with red lines, when it cannot be loaded or has no image
     const CImgObj<float>* load(int nFrame);
 
     /// Says how the run ended, in blue or red.
-    void sayEnd(bool bFinished);
+    void sayEnd(const RunOutcome& outcome);
     /// Clears the flag before the object goes.
-    void release();
+    void release() { m_flag.reset(); }
 
-    int frameCount() const { return m_listFile.size(); }
+    const SeriesSnapshot& series() const { return m_series; }
+    int frameCount() const { return m_series.frameCount(); }
 
 private:
     DataSet& m_dataSet;
     CRunReport& m_report;
     QString m_strName;
-    QStringList m_listFile;  // a copy: the data set may change under the run through waiting events
-    bool m_bBegun = false;
+    const SeriesSnapshot m_series;
+    std::optional<CRunFlag> m_flag;
+    CFrameWalk m_walk;
 };
 
 }  // namespace tessera

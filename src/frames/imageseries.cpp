@@ -3,6 +3,7 @@
 #include "frames/seriesexport.h"
 #include "imagefiles/imagesaving.h"
 #include "imaging/contrast.h"
+#include "records/runends.h"
 
 #include <QFileInfo>
 
@@ -15,16 +16,12 @@ QString seriesPictureFile(const QString& strFolder, const QString& strFrame, con
     return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
 }
 
-bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
-                double dfContrastMin, double dfContrastMax, CRunReport& report)
+RunOutcome saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
+                      double dfContrastMin, double dfContrastMax, CRunReport& report)
 {
-    if (strExtension.isEmpty()) {
-        report.fail(QStringLiteral("Invalid export image type."));
-        return false;
-    }
-    SeriesExport what;
-    what.listFrameFile = dataSet.m_listFrameFile;
-    what.listHotPixel = dataSet.m_listHotPixel;
+    if (strExtension.isEmpty())
+        return refuseRun(report, QStringLiteral("Invalid export image type."));
+    SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting image series");
     what.strStartLine = QStringLiteral("%1>Exporting image series started.");
     what.strEndLine = QStringLiteral("%1>Exporting image series finished.");

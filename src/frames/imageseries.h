@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QString>
@@ -16,8 +17,8 @@ QString seriesPictureFile(const QString& strFolder, const QString& strFrame, con
 ///
 /// @param strExtension   with the dot, as imageTypeExtension() gives it; an empty one is refused in red
 /// @param dfContrastMin  the pixel value that becomes 0, for all frames; dfContrastMax that of 255
-/// @return true if each frame has its picture
-bool saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
-                double dfContrastMin, double dfContrastMax, CRunReport& report);
+/// @return Finished if each frame has its picture
+RunOutcome saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
+                      double dfContrastMin, double dfContrastMax, CRunReport& report);
 
 }  // namespace tessera

@@ -5,6 +5,7 @@
 #include "frames/framehunt.h"
 #include "frames/framerun.h"
 #include "frames/integration.h"
+#include "records/runends.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -46,32 +47,26 @@ bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& p
 
 }  // namespace
 
-bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
-                      const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
-                      CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone,
-                      bool* pFinished)
+RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
+                            const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
+                            CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone)
 {
-    if (pFinished)
-        *pFinished = false;
     CFrameRun run(dataSet, report, QStringLiteral("Intensity extraction"));
-    if (peaksSorted.size() != run.frameCount()) {
-        report.addMessage(QStringLiteral("Frame counts do not match."), Severity::Error);
-        return false;
-    }
+    if (peaksSorted.size() != run.frameCount())
+        return refuseRun(report, QStringLiteral("Frame counts do not match."));
     if (!run.begin())
-        return false;
+        return {RunEnd::Refused, {}};
     const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
     FrameHuntWork work;
     QList<Peak3D> listFlat;
-    const bool bAll = run.walk([&](int nFrame) {
+    const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
         if (!pImage)
             return false;
         qint64 nBad = 0;
         if (!smoothFrame(*pImage, hunting, filters, work, nBad)) {
-            report.addMessage(QStringLiteral("%1: the frame cannot be transformed. Stop.")
-                                  .arg(dataSet.m_listFrameFile.value(nFrame)),
-                              Severity::Error);
+            report.fail(QStringLiteral("%1: the frame cannot be transformed. Stop.")
+                            .arg(run.series().listFrameFile[nFrame]));
             return false;
         }
         if (nBad > 0)
@@ -80,7 +75,7 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
             return false;  // taken away while events were handled
         QList<Peak3D> listPeak = peaksSorted[nFrame];
         if (!measurePeaks(work.imgSmooth, parameters, listPeak)) {
-            report.addMessage(QStringLiteral("Some peaks are outside the frame."), Severity::Error);
+            report.fail(QStringLiteral("Some peaks are outside the frame."));
             return false;
         }
         for (Peak3D& peak : listPeak) {
@@ -92,7 +87,7 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
             fnFrameDone(nFrame, peakPositions(listPeak));
         return true;
     });
-    if (bAll) {
+    if (outcome.end == RunEnd::Finished) {
         dataSet.m_listPeakMerged = listFlat;
         dataSet.m_listPeakMergedShown = listFlat;
         // Both go by the numbers of the reflections that have just left.
@@ -104,10 +99,8 @@ bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
             for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j)
                 peaksSorted[i][j].nID = peaksBefore[i][j].nID;
     }
-    run.sayEnd(bAll);
-    if (pFinished)
-        *pFinished = bAll;
-    return true;
+    run.sayEnd(outcome);
+    return outcome;
 }
 
 }  // namespace tessera

@@ -4,6 +4,7 @@
 #include "dataset/dataset.h"
 #include "frames/peakfilters.h"
 #include "frames/peakpositions.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -24,12 +25,10 @@ namespace tessera {
 ///                     m_vecPeakIndexedOnFrame; if its number of frames changes under the run, the run fails
 /// @param hunting      for the smoothing radius; the filters are remade where they do not fit
 /// @param fnFrameDone  after each frame, for the circles of the window's radius
-/// @param pFinished    takes whether the run reached its regular end
-/// @return false for another number of frames and for the call during a run that stops it, else true (also
-///         when the run was stopped or failed)
-bool extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
-                      const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
-                      CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone = {},
-                      bool* pFinished = nullptr);
+/// @return Refused for another number of frames and for the call during a run that stops it
+RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
+                            const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
+                            CPeakFilters& filters, CRunReport& report,
+                            const FnFramePositions& fnFrameDone = {});
 
 }  // namespace tessera

@@ -3,20 +3,22 @@
 #include "dataset/peaklistfile.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
-#include "frames/frameloader.h"
-#include "frames/framesequence.h"
+#include "frames/firstimage.h"
+#include "frames/framewalk.h"
 #include "frames/sharedpeakfilters.h"
-#include "frames/takeframe.h"
 #include "records/formerfile.h"
+#include "records/runends.h"
+#include "records/runflag.h"
 #include "records/timestamp.h"
+#include "records/whatwasthrown.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <cstdint>
-#include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace tessera {
@@ -37,27 +39,21 @@ struct HuntedFrame {
 class CFrameHunter {
 public:
     CFrameHunter(const DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters)
-        : m_listFile(dataSet.m_listFrameFile),
-          m_listHotPixel(dataSet.m_listHotPixel),
-          m_mask(dataSet.m_maskPeakHunting),
-          m_parameters(parameters),
-          m_filters(filters)
+        : m_series(dataSet), m_mask(dataSet.m_maskPeakHunting), m_parameters(parameters), m_filters(filters)
     {}
 
     /// @throw CShortMemory
     HuntedFrame hunt(int nFrame, FrameHuntWork& work)
     {
         HuntedFrame frame;
-        const QString& strFile = m_listFile[nFrame];
+        const QString& strFile = m_series.listFrameFile[nFrame];
         qint64 nPixels = 0;
         try {
-            if (!readFirstImage(frame.vecImage, strFile, m_listHotPixel, frame.report))
+            auto pImage = firstImage(m_series, nFrame, {}, frame.report, OnShortMemory::Throw);
+            if (!pImage)
                 return frame;
-            if (frame.vecImage.empty()) {
-                frame.report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFile));
-                return frame;
-            }
-            CImgObj<float>& img = *frame.vecImage.front();
+            CImgObj<float>& img = *pImage;
+            frame.vecImage.push_back(std::move(pImage));
             nPixels = qint64(img.Width()) * img.Height();
             for (qint64 i = 0; m_parameters.m_dfFrameScale != 1 && i < nPixels; ++i)
                 img.Data()[i] *= float(m_parameters.m_dfFrameScale);
@@ -76,17 +72,15 @@ public:
         } catch (const std::bad_alloc&) {
             throw CShortMemory(QStringLiteral("%1: hunting for peaks").arg(strFile),
                                g_nBytesPerPixel * std::uint64_t(nPixels));
-        } catch (const std::exception& e) {
-            releaseFrameImages(frame.vecImage);
-            frame.report.fail(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
+        } catch (...) {
+            frame.vecImage.clear();
+            frame.report.fail(whatWasThrown());
         }
         return frame;
     }
 
 private:
-    // copies: the data set may change under the run through waiting events
-    const QStringList m_listFile;
-    const QList<QPoint> m_listHotPixel;
+    const SeriesSnapshot m_series;
     const MaskData m_mask;
     const PeakHuntingParameters m_parameters;
     CSharedPeakFilters m_filters;
@@ -109,27 +103,31 @@ QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)
     return listPeak;
 }
 
-// Peaks of all frames; false when stopped or at a frame that could not be hunted.
-bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
-                CRunReport& report, const PeakHuntingOptions& options, QList<QList<Peak3D>>& listFound)
+struct HuntedSeries {
+    QList<QList<Peak3D>> listPeakFrame;  // of the frames up to the last or to the one that ended the run
+    RunOutcome outcome;
+};
+
+HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                        CRunReport& report, const PeakHuntingOptions& options, const CRunFlag& flag)
 {
-    const auto bGoOn = [&] { return report.goOn() && dataSet.m_bHuntingRunning; };
-    const int nFrames = dataSet.m_listFrameFile.size();
-    if (options.bStopAsked || !bGoOn())
-        return false;
+    HuntedSeries hunted;
+    CFrameWalk walk(dataSet.m_listFrameFile.size(), StopAsked::BetweenFrames, report);
+    walk.obey(flag);
+    walk.showProgress(ProgressPlace::TaskBarToo);
+    if (options.bStopAsked || !report.goOn() || !flag.isSet()) {
+        hunted.outcome.end = RunEnd::Stopped;
+        return hunted;
+    }
     CFrameHunter hunter(dataSet, parameters, filters);
-    CFrameSequence<HuntedFrame> sequence(nFrames, options.nJobs, [&hunter] {
+    const auto makeWorker = [&hunter] {
         return [&hunter, pWork = std::make_shared<FrameHuntWork>()](int nFrame) {
             return hunter.hunt(nFrame, *pWork);
         };
-    });
+    };
     int nNextID = 0;
     int nNoisy = 0, nFirstNoisy = 0;
-    for (int i = 0; i < nFrames; ++i) {
-        report.setProgress(i + 1);
-        HuntedFrame frame;
-        if (!takeFrame(sequence, i, frame, report))
-            return false;
+    const auto takeOver = [&](int i, HuntedFrame& frame) {
         frame.report.sayTo(report);
         dataSet.m_vecFrameImage = std::move(frame.vecImage);
         if (!frame.bHunted)
@@ -138,25 +136,24 @@ bool huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeak
         report.addMessage(
             QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),
             Severity::Info);
-        listFound.append(listPeak);
+        hunted.listPeakFrame.append(listPeak);
         if (frame.peaks.bTooMany && ++nNoisy == 1)
             nFirstNoisy = i + 1;
         if (options.fnFrameDone)
             options.fnFrameDone(i, listPeak);
-        // A wish to stop counts before the next frame; after the last one the work is done.
-        if (!bGoOn() && i + 1 < nFrames)
-            return false;
-    }
-    if (nNoisy > 0)
+        return true;
+    };
+    hunted.outcome = walk.runAhead<HuntedFrame>(options.nJobs, makeWorker, takeOver);
+    if (hunted.outcome.end == RunEnd::Finished && nNoisy > 0)
         report.addMessage(
             QStringLiteral(
                 "On %L1 of %L2 frames, first #%L3, more than 1 % of the pixels are peak candidates, "
                 "which is noise: they have no peaks. Raise the threshold.")
                 .arg(nNoisy)
-                .arg(nFrames)
+                .arg(walk.frameCount())
                 .arg(nFirstNoisy),
             Severity::Error);
-    return true;
+    return hunted;
 }
 
 /// Sees to it that a list without peaks costs no list that has some.
@@ -199,40 +196,28 @@ void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 
 }  // namespace
 
-bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
-                    CRunReport& report, const PeakHuntingOptions& options)
+RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                          CRunReport& report, const PeakHuntingOptions& options)
 {
-    if (dataSet.m_bHuntingRunning) {
-        dataSet.m_bHuntingRunning = false;
-        return false;
-    }
-    const int nFrames = dataSet.m_listFrameFile.size();
-    if (nFrames < 1) {
-        report.fail(QStringLiteral("There are no frames to search for peaks."));
-        return false;
-    }
-    struct FlagGuard {
-        bool& bFlag;
-        explicit FlagGuard(bool& b) : bFlag(b) { bFlag = true; }
-        ~FlagGuard() { bFlag = false; }
-    } guard(dataSet.m_bHuntingRunning);
+    const CRunFlag flag(dataSet.m_bHuntingRunning);
+    if (!flag.isHeld())
+        return {RunEnd::Refused, {}};
+    if (dataSet.m_listFrameFile.isEmpty())
+        return refuseRun(report, QStringLiteral("There are no frames to search for peaks."));
 
     QElapsedTimer timer;
     timer.start();
     report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()),
                       Severity::Milestone);
-    report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
-    QList<QList<Peak3D>> listFound;
-    const bool bFinished = huntSeries(dataSet, parameters, filters, report, options, listFound);
-    report.endProgress();
-    if (!bFinished) {
+    const HuntedSeries hunted = huntSeries(dataSet, parameters, filters, report, options, flag);
+    if (hunted.outcome.end != RunEnd::Finished) {
         report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()),
                           Severity::Error);
-        return false;
+        return hunted.outcome;
     }
-    dataSet.m_listPeakFrame = listFound;
+    dataSet.m_listPeakFrame = hunted.listPeakFrame;
     dataSet.m_peakMapping.reset();
-    const bool bAnyPeak = std::any_of(listFound.begin(), listFound.end(),
+    const bool bAnyPeak = std::any_of(dataSet.m_listPeakFrame.begin(), dataSet.m_listPeakFrame.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
     if (options.bSave && (bAnyPeak || options.bSaveEmpty))
         savePeakList(dataSet, bAnyPeak, report);
@@ -240,7 +225,7 @@ bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, C
         options.fnAfterStored();
     report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),
                       Severity::Milestone);
-    return true;
+    return hunted.outcome;
 }
 
 }  // namespace tessera

@@ -5,6 +5,7 @@
 #include "frames/bandpass.h"
 #include "frames/framehunt.h"
 #include "frames/peakfilters.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -34,8 +35,8 @@ struct PeakHuntingOptions {
 /// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A run
 /// during a run (m_bHuntingRunning set) is a stop request: the flag is cleared, which the run under way sees
 /// after its frame. A data set without frames is a red line and no run.
-/// @return true if all frames were hunted
-bool runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
-                    CRunReport& report, const PeakHuntingOptions& options = {});
+/// @return Finished if all frames were hunted; Refused without frames and for the stop request
+RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                          CRunReport& report, const PeakHuntingOptions& options = {});
 
 }  // namespace tessera

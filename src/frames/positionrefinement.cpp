@@ -4,6 +4,7 @@
 #include "frames/framerun.h"
 #include "geometry/rotationgeometry.h"
 #include "imaging/peakfit2d.h"
+#include "records/runends.h"
 
 #include <QStringList>
 
@@ -75,7 +76,7 @@ public:
           m_options(options)
     {
         if (peaksSorted.size() != m_run.frameCount())
-            report.fail(QStringLiteral("Frame counts do not match."));
+            m_refusal = refuseRun(report, QStringLiteral("Frame counts do not match."));
         else
             m_bBegun = m_run.begin();
     }
@@ -83,12 +84,14 @@ public:
     using FnStore = std::function<void(int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted)>;
 
     bool begun() const { return m_bBegun; }
+    /// What a run that did not begin came to.
+    const RunOutcome& refusal() const { return m_refusal; }
 
-    bool walk(const FnStore& fnStore)
+    RunOutcome walk(const FnStore& fnStore)
     {
         int nLost = 0;
         QStringList listLost;
-        const bool bAll = m_run.walk([&](int nFrame) {
+        const RunOutcome outcome = m_run.walk([&](int nFrame) {
             if (m_peaksSorted.size() != m_run.frameCount())
                 return false;  // taken away while events were handled
             const QList<Peak3D> listPeak = m_peaksSorted[nFrame];
@@ -126,7 +129,7 @@ public:
                     .arg(listLost.join(QStringLiteral(", ")),
                          nLost > g_nNamedFits ? QStringLiteral(", ...") : QString()),
                 Severity::Error);
-        return bAll;
+        return outcome;
     }
 
     CFrameRun& run() { return m_run; }
@@ -136,6 +139,7 @@ private:
     const QVector<QList<Peak3D>>& m_peaksSorted;
     CRunReport& m_report;
     const PositionRefinementOptions& m_options;
+    RunOutcome m_refusal{RunEnd::Refused, {}};
     bool m_bBegun = false;
 };
 
@@ -213,24 +217,20 @@ QString shortTableRow(int nNumber, const Peak3D& peak, int nFrame, const QPointF
 
 }  // namespace
 
-QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
-                                          CRunReport& report, const PositionRefinementOptions& options,
-                                          bool* pFinished)
+RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
+                                    CRunReport& report, const PositionRefinementOptions& options)
 {
-    if (pFinished)
-        *pFinished = false;
     // a copy that shares the peaks, for the data set may change under the run;
     // NOLINTNEXTLINE(*-copy-initialization)
     const QVector<QList<Peak3D>> peaksKept = peaksSorted;
     CRefinementRun refinement(dataSet, peaksKept, report, options);
-    QVector<QList<Peak3D>> peaksRefined;
     if (!refinement.begun())
-        return peaksRefined;
-    const TableGeometry geometry{{dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY},
-                                 dataSet.m_dfPixelSize,
+        return {{}, refinement.refusal()};
+    RefinedPositions refined;
+    const TableGeometry geometry{refinement.run().series().centres, dataSet.m_dfPixelSize,
                                  dataSet.m_dfRotationAxis};
     QString strTable;
-    const bool bAll = refinement.walk(
+    refined.outcome = refinement.walk(
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             QList<Peak3D> listRefined;
             for (int j = 0; j < listPeak.size(); ++j) {
@@ -249,14 +249,12 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
                 peak.fZ3D = float(quality.dfInfo);
                 listRefined.append(peak);
             }
-            peaksRefined.append(listRefined);
+            refined.vecPeak.append(listRefined);
         });
     if (!strTable.isEmpty())
         report.addMessage(strTable, Severity::Info);
-    refinement.run().sayEnd(bAll);
-    if (pFinished)
-        *pFinished = bAll;
-    return peaksRefined;
+    refinement.run().sayEnd(refined.outcome);
+    return refined;
 }
 
 QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dataSet,
@@ -270,7 +268,7 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
     QVector<std::vector<std::vector<double>>> vecResult(refinement.run().frameCount());
     QString strTable;
     int nNumber = 0;
-    const bool bAll = refinement.walk(
+    const RunOutcome outcome = refinement.walk(
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             for (int j = 0; j < listPeak.size(); ++j)
                 strTable += shortTableRow(++nNumber, listPeak[j], nFrame, fitted.listPosition[j],
@@ -283,7 +281,7 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
             peaksSorted[nFrame] = listNew;
             vecResult[nFrame] = fitted.vecFit;
         });
-    refinement.run().sayEnd(bAll);
+    refinement.run().sayEnd(outcome);
     refinement.run().release();
     if (!strTable.isEmpty())
         report.addMessage(strTable, Severity::Info);

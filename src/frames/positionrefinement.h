@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "frames/peakpositions.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QVector>
@@ -21,6 +22,14 @@ struct PositionRefinementOptions {
     FnFramePositions fnAfterFit;   ///< the same frame, the fitted positions
 };
 
+struct RefinedPositions {
+    /// One list per frame; those done when the run was stopped or a frame could not be loaded.
+    QVector<QList<Peak3D>> vecPeak;
+    /// Refused for another number of frames and for the call during a run that stops it. A run that was
+    /// stopped in its last frame has a list for each frame too.
+    RunOutcome outcome;
+};
+
 /// The peaks with their positions fitted in boxes of 41 × 41 pixels; pixels from 3500 are left out.
 ///
 /// In the returned copies dfX2D, dfY2D are the fitted position, dfX2DCorrected, dfY2DCorrected the one before
@@ -37,13 +46,8 @@ struct PositionRefinementOptions {
 /// that shows in the table alone.
 ///
 /// @param peaksSorted  one list per frame; frames with an empty list are not loaded
-/// @param pFinished    takes whether the run reached its regular end: one that was stopped in its last frame
-///                     has a list for each frame too
-/// @return one list per frame; those done when the run was stopped or a frame could not be loaded; empty for
-///         another number of frames and for the call during a run that stops it
-QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
-                                          CRunReport& report, const PositionRefinementOptions& options = {},
-                                          bool* pFinished = nullptr);
+RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted,
+                                    CRunReport& report, const PositionRefinementOptions& options = {});
 
 /// The same fits, with dfX2D, dfY2D of the peaks changed in place and nothing else of them.
 ///
@@ -51,9 +55,8 @@ QVector<QList<Peak3D>> refinePeakPosition(DataSet& dataSet, const QVector<QList<
 /// of a fit that is not believed; of a run that stopped, for the peaks it reached.
 /// @param peaksSorted  may be m_vecPeakIndexedOnFrame; if its number of frames changes under the run, the
 ///                     run ends
-/// @return per frame and peak the values of FitPeak2D, one entry per frame, empty where the run did not get
-/// to;
-///         without entries as for refinePeakPosition
+/// @return per frame and peak the values of FitPeak2D, one entry per frame, empty where the run did not
+///         get to; without entries where refinePeakPosition is refused
 QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(
     DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted, CRunReport& report,
     const PositionRefinementOptions& options = {});

@@ -43,11 +43,9 @@ QString scaledFrameFile(const QString& strFrame)
     return info.absolutePath() + QLatin1Char('/') + info.baseName() + QStringLiteral("_s.mrc");
 }
 
-bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report)
+RunOutcome exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report)
 {
-    SeriesExport what;
-    what.listFrameFile = dataSet.m_listFrameFile;
-    what.listHotPixel = dataSet.m_listHotPixel;
+    SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting scaled frames");
     what.strLoadFailed = QStringLiteral("Failed to load: %1");
     what.nProgressMinimum = 1;

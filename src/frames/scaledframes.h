@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 namespace tessera {
@@ -13,7 +14,7 @@ QString scaledFrameFile(const QString& strFrame);
 /// as an MRC file beside the frame: its name up to the first dot and "_s.mrc". Existing files are replaced.
 /// See exportSeries() for what goes wrong; a frame that would have no pixels left, or more than memory holds,
 /// is a file that can't be written.
-/// @return true if each frame has its copy
-bool exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report);
+/// @return Finished if each frame has its copy
+RunOutcome exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report);
 
 }  // namespace tessera

@@ -1,13 +1,13 @@
 #include "frames/seriesexport.h"
 
-#include "frames/frameloader.h"
+#include "frames/firstimage.h"
 #include "frames/frametargets.h"
+#include "frames/framewalk.h"
 #include "frames/somenames.h"
+#include "records/runends.h"
 #include "records/timestamp.h"
 
 #include <QHash>
-
-#include <exception>
 
 namespace tessera {
 
@@ -23,7 +23,7 @@ class CExport {
 public:
     CExport(const SeriesExport& what, CRunReport& report) : m_what(what), m_report(report) {}
 
-    bool run();
+    RunOutcome run();
 
 private:
     bool frame(int nFrame);
@@ -46,19 +46,14 @@ private:
 /// @return false if the walk ends here
 bool CExport::frame(int nFrame)
 {
-    const QString& strFrame = m_what.listFrameFile[nFrame];
     const QString& strTarget = m_listTarget[nFrame];
-    ImageList vecImage;
-    if (!loadFirstImage(vecImage, strFrame, m_what.listHotPixel, m_report)) {
-        m_report.fail(m_what.strLoadFailed.arg(strFrame));
+    FrameFaults faults;
+    faults.strNotLoaded = m_what.strLoadFailed;
+    const auto pImage = firstImage(m_what.series, nFrame, faults, m_report);
+    if (!pImage)
         return false;
-    }
-    if (vecImage.empty()) {
-        m_report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFrame));
-        return false;
-    }
     QString strReason;
-    if (!m_what.fnWrite(nFrame, *vecImage.front(), strTarget, strReason)) {
+    if (!m_what.fnWrite(nFrame, *pImage, strTarget, strReason)) {
         if (m_what.bStopAtFailedWrite) {
             m_report.noteReason(strReason);
             m_report.fail(QStringLiteral("Failed to save to file: %1").arg(strTarget));
@@ -74,7 +69,7 @@ bool CExport::frame(int nFrame)
     if (writers.nCount == 0)
         m_listWritten.append(strTarget);
     ++writers.nCount;
-    writers.strLast = strFrame;
+    writers.strLast = m_what.series.listFrameFile[nFrame];
     return true;
 }
 
@@ -83,9 +78,8 @@ void CExport::sayTrouble()
     for (const QString& strTarget : qAsConst(m_listWritten)) {
         const Writers& writers = m_mapWriters[strTarget];
         if (writers.nCount > 1)
-            m_report.addMessage(QStringLiteral("%1 frames have the name %2; the file holds the last, %3.")
-                                    .arg(QString::number(writers.nCount), strTarget, writers.strLast),
-                                Severity::Error);
+            m_report.fail(QStringLiteral("%1 frames have the name %2; the file holds the last, %3.")
+                              .arg(QString::number(writers.nCount), strTarget, writers.strLast));
     }
     if (!m_listFailed.isEmpty())
         m_report.fail(QStringLiteral("%1 of %2 files could not be written: %3. %4")
@@ -93,46 +87,37 @@ void CExport::sayTrouble()
                                someNames(m_listFailed), m_strFirstReason));
 }
 
-bool CExport::run()
+RunOutcome CExport::run()
 {
-    const int nFrames = m_what.listFrameFile.size();
-    for (const QString& strFrame : m_what.listFrameFile)
+    const QStringList& listFile = m_what.series.listFrameFile;
+    for (const QString& strFrame : listFile)
         m_listTarget.append(m_what.fnTarget(strFrame));
-    if (overwritesFrames(m_listTarget, m_what.listFrameFile, m_report))
-        return false;
+    if (overwritesFrames(m_listTarget, listFile, m_report))
+        return {RunEnd::Refused, m_report.reason()};
     say(m_what.strStartLine, Severity::Milestone);
-    m_report.startProgress(QStringLiteral("%v/%m"), m_what.nProgressMinimum, nFrames, true);
-    bool bStopped = false;
-    int nDone = 0;
-    try {
-        for (; nDone < nFrames; ++nDone) {
-            m_report.setProgress(nDone + 1);
-            bStopped = !m_report.goOn();
-            if (bStopped || !frame(nDone))
-                break;
-        }
-    } catch (const std::exception& e) {
-        m_report.fail(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())));
-    }
-    m_report.endProgress();
+    CFrameWalk walk(listFile.size(), StopAsked::BeforeEachFrame, m_report);
+    walk.showProgress(ProgressPlace::TaskBarToo, m_what.nProgressMinimum);
+    RunOutcome outcome = walk.run([this](int nFrame) { return frame(nFrame); });
     sayTrouble();
     if (!m_what.strFolder.isEmpty())
         m_report.addMessage(
             QStringLiteral("%L1 files written to %2.").arg(m_listWritten.size()).arg(m_what.strFolder),
             Severity::Info);
-    if (bStopped)
-        m_report.addMessage(
-            QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
-                .arg(currentTimeStamp(), m_what.strName, QString::number(nDone), QString::number(nFrames)),
-            Severity::Error);
+    if (outcome.end == RunEnd::Stopped)
+        m_report.addMessage(QStringLiteral("%1>%2 stopped after %3 of %4 frames.")
+                                .arg(currentTimeStamp(), m_what.strName, QString::number(walk.doneCount()),
+                                     QString::number(walk.frameCount())),
+                            Severity::Error);
     else
         say(m_what.strEndLine, Severity::Milestone);
-    return nDone == nFrames && m_listWritten.size() == nFrames;
+    if (outcome.end == RunEnd::Finished && m_listWritten.size() != walk.frameCount())
+        outcome = failedAsSaid(m_report);
+    return outcome;
 }
 
 }  // namespace
 
-bool exportSeries(const SeriesExport& what, CRunReport& report)
+RunOutcome exportSeries(const SeriesExport& what, CRunReport& report)
 {
     return CExport(what, report).run();
 }

@@ -1,13 +1,12 @@
 // exportSeries: the walk over a series that writes one file per frame.
 #pragma once
 
+#include "dataset/seriessnapshot.h"
 #include "imaging/imgobj.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
-#include <QList>
-#include <QPoint>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 
@@ -15,8 +14,9 @@ namespace tessera {
 
 /// What distinguishes one such export from another.
 struct SeriesExport {
-    QStringList listFrameFile;  ///< copies, as the data set may change through waiting events
-    QList<QPoint> listHotPixel;
+    explicit SeriesExport(const DataSet& dataSet) : series(dataSet) {}
+
+    SeriesSnapshot series;
     QString strName;        ///< begins the line of a stop: "%1>NAME stopped ..."
     QString strStartLine;   ///< with a place for the time stamp; empty: none
     QString strEndLine;     ///< likewise
@@ -39,10 +39,9 @@ struct SeriesExport {
 /// - Files that can't be written are told in red at the end, by name. Existing files are replaced.
 /// - When several frames give one name, the last one's file stays, and a red line says so at the end.
 /// - When the report asks for a stop, the walk ends before the next frame, with a red line in the place of
-/// the
-///   end line. In all other cases the end line comes.
+///   the end line. In all other cases the end line comes.
 ///
-/// @return true if each frame of the series has its file now
-bool exportSeries(const SeriesExport& what, CRunReport& report);
+/// @return Finished if each frame of the series has its file now; Refused where a frame would be overwritten
+RunOutcome exportSeries(const SeriesExport& what, CRunReport& report);
 
 }  // namespace tessera

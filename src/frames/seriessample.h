@@ -1,9 +1,9 @@
 // forEachSampledFrame: a look at a few frames spread evenly over a series.
 #pragma once
 
-#include "dataset/dataset.h"
+#include "dataset/seriessnapshot.h"
 #include "frames/deferredreport.h"
-#include "frames/takeframe.h"
+#include "frames/framewalk.h"
 #include "imaging/imagelist.h"
 #include "records/runreport.h"
 
@@ -45,15 +45,13 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
                          const std::function<std::function<Result(const CImgObj<float>&)>()>& fnMakeLook,
                          const std::function<void(Result& result)>& fnTake)
 {
-    const QStringList listFile = dataSet.m_listFrameFile;
-    const QList<QPoint> listHotPixel = dataSet.m_listHotPixel;
-    const std::vector<int> vecFrame = sampledFrames(listFile.size(), nMost);
-    const int nCount = int(vecFrame.size());
-    CFrameSequence<SampledFrame<Result>> sequence(nCount, nJobs, [&] {
+    const SeriesSnapshot series(dataSet);
+    const std::vector<int> vecFrame = sampledFrames(series.frameCount(), nMost);
+    const auto makeWorker = [&] {
         return [&, fnLook = fnMakeLook()](int i) {
-            const QString& strFile = listFile[vecFrame[size_t(i)]];
+            const QString& strFile = series.listFrameFile[vecFrame[size_t(i)]];
             SampledFrame<Result> frame;
-            const ImageList vecImage = sampledImages(strFile, listHotPixel, frame.report);
+            const ImageList vecImage = sampledImages(strFile, series.listHotPixel, frame.report);
             if (vecImage.empty())
                 return frame;
             const CImgObj<float>& img = *vecImage.front();
@@ -66,18 +64,20 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
             }
             return frame;
         };
-    });
+    };
     std::vector<CDeferredReport> vecUnread;
-    for (int i = 0; i < nCount; ++i) {
-        SampledFrame<Result> frame;
-        if (!report.goOn() || !takeFrame(sequence, i, frame, report))
-            return false;
-        if (frame.result)
-            fnTake(*frame.result);
-        else
-            vecUnread.push_back(frame.report);
-    }
-    if (int(vecUnread.size()) == nCount)
+    CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, report);
+    const RunOutcome outcome = walk.runAhead<SampledFrame<Result>>(nJobs, makeWorker,
+                                                                   [&](int, SampledFrame<Result>& frame) {
+                                                                       if (frame.result)
+                                                                           fnTake(*frame.result);
+                                                                       else
+                                                                           vecUnread.push_back(frame.report);
+                                                                       return true;
+                                                                   });
+    if (outcome.end != RunEnd::Finished)
+        return false;
+    if (vecUnread.size() == vecFrame.size())
         sayUnreadFrames(vecUnread, report);
     return true;
 }

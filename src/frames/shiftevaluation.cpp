@@ -3,10 +3,10 @@
 #include "dataset/shiftfile.h"
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
+#include "frames/firstimage.h"
 #include "frames/frameloader.h"
-#include "frames/framesequence.h"
+#include "frames/framewalk.h"
 #include "frames/summedmapbeam.h"
-#include "frames/takeframe.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
@@ -16,6 +16,7 @@
 #include "imaging/imagefilters.h"
 #include "imaging/imageshifts.h"
 #include "imaging/peakfit2d.h"
+#include "records/runends.h"
 #include "records/timestamp.h"
 
 #include <QElapsedTimer>
@@ -54,9 +55,8 @@ struct RegionFrame {
 // Cuts the region out of single frames; each thread of a run has its own.
 class CRegionCutter {
 public:
-    CRegionCutter(const DataSet& dataSet, const Square& square)
-        : m_listFile(dataSet.m_listFrameFile), m_listHotPixel(dataSet.m_listHotPixel), m_square(square)
-    {}
+    /// @param series  must outlive the object
+    CRegionCutter(const SeriesSnapshot& series, const Square& square) : m_series(series), m_square(square) {}
 
     /// @throw CShortMemory
     RegionFrame cut(int nFrame)
@@ -71,7 +71,7 @@ public:
         } catch (const std::bad_alloc&) {
             const std::uint64_t nBytesPerPixel = 24;  // region, spectrum, transform
             throw CShortMemory(
-                QStringLiteral("%1: the reference region").arg(m_listFile[nFrame]),
+                QStringLiteral("%1: the reference region").arg(m_series.listFrameFile[nFrame]),
                 nBytesPerPixel * std::uint64_t(m_square.nSide) * std::uint64_t(m_square.nSide));
         }
         return frame;
@@ -98,17 +98,12 @@ private:
 
     bool loadRegion(int nFrame, CImgObj<float>& imgRegion, CRunReport& report) const
     {
-        const QString& strFile = m_listFile[nFrame];
-        ImageList vecImage;
-        if (!readFirstImage(vecImage, strFile, m_listHotPixel, report)) {
-            report.fail(QStringLiteral("Failed to load %1. Stop.").arg(strFile));
+        FrameFaults faults;
+        faults.strNotLoaded = QStringLiteral("Failed to load %1. Stop.");
+        const auto pImage = firstImage(m_series, nFrame, faults, report, OnShortMemory::Throw);
+        if (!pImage)
             return false;
-        }
-        if (vecImage.empty()) {
-            report.fail(QStringLiteral("No image found in %1. Stop.").arg(strFile));
-            return false;
-        }
-        const CImgObj<float>& imgFrame = *vecImage.front();
+        const CImgObj<float>& imgFrame = *pImage;
         imgRegion = imgFrame.SubImage(m_square.nX, m_square.nY, m_square.nSide, m_square.nSide);
         if (!imgRegion.Data()) {
             report.fail(QStringLiteral("The reference region of %L1×%L1 pixels at (%L2, %L3) does not lie "
@@ -119,15 +114,13 @@ private:
                             .arg(nFrame + 1)
                             .arg(imgFrame.Width())
                             .arg(imgFrame.Height())
-                            .arg(strFile));
+                            .arg(m_series.listFrameFile[nFrame]));
             return false;
         }
         return true;
     }
 
-    // copies: the data set may change under the run through waiting events
-    const QStringList m_listFile;
-    const QList<QPoint> m_listHotPixel;
+    const SeriesSnapshot& m_series;
     const Square m_square;
     CImgObj<unsigned char> m_imgMask;
     CAcmlFft m_fft;
@@ -181,27 +174,25 @@ private:
 
 struct MeasuredSeries {
     QList<QPointF> listShift;  // of the frames up to the last or to the first that ends the run
-    bool bStopped = false;     // by the report, not by a frame
+    RunOutcome outcome;
 };
 
 MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, CRegionSum& sum,
                              CRunReport& report, const FnShiftFrameDone& fnFrameDone)
 {
     MeasuredSeries measured;
-    const int nFrames = dataSet.m_listFrameFile.size();
-    CFrameSequence<RegionFrame> sequence(nFrames, std::min(nJobs, g_nMostReaders), [&] {
-        return [pCutter = std::make_shared<CRegionCutter>(dataSet, square)](int nFrame) {
+    const SeriesSnapshot series(dataSet);
+    CFrameWalk walk(series.frameCount(), StopAsked::BetweenFrames, report);
+    walk.showProgress(ProgressPlace::TaskBarToo);
+    const auto makeWorker = [&] {
+        return [pCutter = std::make_shared<CRegionCutter>(series, square)](int nFrame) {
             return pCutter->cut(nFrame);
         };
-    });
-    for (int i = 0; i < nFrames; ++i) {
-        report.setProgress(i + 1);
-        RegionFrame frame;
-        if (!takeFrame(sequence, i, frame, report))
-            break;
+    };
+    const auto add = [&](int i, RegionFrame& frame) {
         frame.report.sayTo(report);
         if (!frame.bUsable)
-            break;
+            return false;
         bool bMeasured = true;
         const QPointF ptShift = sum.add(frame.imgFT, bMeasured);
         if (!bMeasured)
@@ -216,11 +207,9 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
             dataSet.m_vecFrameImage.push_back(sum.imageOf(frame.imgFT));
             fnFrameDone(i, ptShift, *dataSet.m_vecFrameImage.front());
         }
-        if (!report.goOn() && i + 1 < nFrames) {  // after the last frame the work is done
-            measured.bStopped = true;
-            break;
-        }
-    }
+        return true;
+    };
+    measured.outcome = walk.runAhead<RegionFrame>(std::min(nJobs, g_nMostReaders), makeWorker, add);
     return measured;
 }
 
@@ -273,8 +262,8 @@ void saveShifts(const DataSet& dataSet, CRunReport& report)
 
 }  // namespace
 
-bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
-                        const ShiftEvaluationOptions& options, const FnShiftFrameDone& fnFrameDone)
+RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
+                              const ShiftEvaluationOptions& options, const FnShiftFrameDone& fnFrameDone)
 {
     report.addMessage(QStringLiteral("Reference region: (%L1, %L2) %L3×%L4")
                           .arg(rcRegion.x())
@@ -284,14 +273,13 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
                       Severity::Info);
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames == 0)
-        return false;
+        return {RunEnd::Refused, {}};
     const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };  // none: outside
     Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
-    if (square.nSide < g_nLeastSide) {
-        report.fail(
+    if (square.nSide < g_nLeastSide)
+        return refuseRun(
+            report,
             QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide));
-        return false;
-    }
     if (square.nSide % 2 != 0) {
         --square.nSide;
         report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide),
@@ -302,24 +290,21 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     timer.start();
     report.addMessage(QStringLiteral("%1>Image shift evaluation started.").arg(currentTimeStamp()),
                       Severity::Milestone);
-    report.startProgress(QStringLiteral("%v/%m"), 0, nFrames, true);
     CRegionSum sum(square.nSide);
     const MeasuredSeries measured = measureSeries(dataSet, square, options.nJobs, sum, report, fnFrameDone);
     const QList<QPointF>& listShift = measured.listShift;
-    report.endProgress();
-
-    const bool bReachedEnd = listShift.size() == nFrames && !measured.bStopped;
+    const bool bReachedEnd = measured.outcome.end == RunEnd::Finished;
     if (!bReachedEnd)
         report.addMessage(QStringLiteral("%1>Image shift evaluation ended after %L2 of %L3 frames.")
                               .arg(currentTimeStamp())
                               .arg(listShift.size())
                               .arg(nFrames),
                           Severity::Error);
-    if (measured.bStopped || (!bReachedEnd && !options.bKeepPartial))
-        return false;
+    if (measured.outcome.end == RunEnd::Stopped || (!bReachedEnd && !options.bKeepPartial))
+        return measured.outcome;
     dataSet.m_listShift = listShift;
     if (listShift.isEmpty())
-        return false;
+        return measured.outcome;
     sum.scale(1.0 / nFrames);
     const QPointF ptBeam = locateBeam(square, sum, report);
     dataSet.m_dfCenterX = ptBeam.x();
@@ -329,7 +314,7 @@ bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& re
     report.addMessage(
         timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
         Severity::Milestone);
-    return bReachedEnd;
+    return measured.outcome;
 }
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "imaging/imgobj.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QPointF>
@@ -41,8 +42,9 @@ using FnShiftFrameDone =
 /// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too; its
 /// height
 ///                  is not read
-/// @return true only if all frames were reached
-bool runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
-                        const ShiftEvaluationOptions& options = {}, const FnShiftFrameDone& fnFrameDone = {});
+/// @return Finished only if all frames were reached; Refused without frames and with too small a side
+RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
+                              const ShiftEvaluationOptions& options = {},
+                              const FnShiftFrameDone& fnFrameDone = {});
 
 }  // namespace tessera

@@ -4,6 +4,7 @@
 #include "frames/wholepixels.h"
 #include "imagefiles/smvfile.h"
 #include "imaging/imageshifts.h"
+#include "records/runends.h"
 
 #include <QFileInfo>
 
@@ -16,20 +17,15 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame)
     return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
 }
 
-bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
+RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
-    if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
-        report.fail(QStringLiteral("No shift correction data. Run shift evaluation first."));
-        return false;
-    }
+    if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size())
+        return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
     const double dfDistance = SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
-    if (!std::isfinite(dfDistance)) {
-        report.addMessage(
-            QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
-                           "was exported."),
-            Severity::Error);
-        return false;
-    }
+    if (!std::isfinite(dfDistance))
+        return refuseRun(
+            report, QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
+                                   "was exported."));
     QString strHeader = smvHeaderTemplate();
     const auto set = [&strHeader](const char* pszKey, double dfValue, int nDecimals) {
         replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
@@ -42,9 +38,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     set("DENZO_X_BEAM", dataSet.m_dfCenterY * SMV_PIXEL_SIZE, 2);
     set("DENZO_Y_BEAM", dataSet.m_dfCenterX * SMV_PIXEL_SIZE, 2);
 
-    SeriesExport what;
-    what.listFrameFile = dataSet.m_listFrameFile;
-    what.listHotPixel = dataSet.m_listHotPixel;
+    SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting SMV files");
     what.strStartLine = QStringLiteral("%1>Exporting SMV files...");
     what.strEndLine = QStringLiteral("%1>Exporting SMV files finished.");
@@ -52,8 +46,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
     const QString strFolder = dataSet.m_strProjectDir;
     what.strFolder = strFolder;
     what.fnTarget = [&](const QString& strFrame) { return smvImageFile(strFolder, strFrame); };
-    const QList<double> listTilt = dataSet.m_listOverallTilt;
-    const QList<QPointF> listShift = dataSet.m_listShift;
+    const QList<double>& listTilt = what.series.listTilt;
     double dfStep = 0;
     what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         const double dfTilt = listTilt.value(nFrame);
@@ -64,7 +57,7 @@ bool exportSMVImages(const DataSet& dataSet, CRunReport& report)
         set("PHI", dfTilt, 2);
         set("OSC_START", dfTilt, 2);
         set("OSC_RANGE", dfStep, 2);
-        const QPointF ptShift = listShift[nFrame];
+        const QPointF ptShift = what.series.centres.m_listShift[nFrame];
         CyclicShift(image.Data(), image.Width(), image.Height(), -wholePixels(ptShift.x()),
                     -wholePixels(ptShift.y()));
         return writeSmvImage(strHeader, image, strTarget, &strReason);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 namespace tessera {
@@ -16,7 +17,7 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame);
 /// files are replaced. See exportSeries() for what goes wrong; a shift per frame is needed, and a pixel
 /// size and a wavelength, without which the header would hold no camera length. Before the end the log gets
 /// the number of files and their folder.
-/// @return true if each frame has its file
-bool exportSMVImages(const DataSet& dataSet, CRunReport& report);
+/// @return Finished if each frame has its file
+RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report);
 
 }  // namespace tessera

@@ -1,17 +1,21 @@
 #include "frames/summedframes.h"
 
+#include "frames/firstimage.h"
 #include "frames/frameloader.h"
 #include "frames/frametargets.h"
+#include "frames/framewalk.h"
 #include "frames/wholepixels.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/elementarithmetic.h"
 #include "imaging/imageshifts.h"
+#include "records/progress.h"
+#include "records/runends.h"
+#include "records/whatwasthrown.h"
 
 #include <QStringList>
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 #include <memory>
 #include <vector>
 
@@ -53,26 +57,23 @@ public:
         : m_dataSet(dataSet),
           m_strFolder(strFolder),
           m_report(report),
-          m_listFile(dataSet.m_listFrameFile),
+          m_series(dataSet),
           m_listShift(dataSet.m_listShift),
-          m_listTilt(dataSet.m_listOverallTilt),
-          m_vecGroup(beamTiltGroups(dataSet.m_listBeamTiltBreak, m_listFile.size()))
+          m_vecGroup(beamTiltGroups(dataSet.m_listBeamTiltBreak, m_series.frameCount()))
     {}
 
-    bool run(const std::function<void(int nGroup)>& fnGroupDone)
+    RunOutcome run(const std::function<void(int nGroup)>& fnGroupDone)
     {
-        if (groups() == 0) {
-            say(QStringLiteral("There is no beam tilt series to sum."), Severity::Error);
-            return false;
-        }
+        if (groups() == 0)
+            return refuseRun(m_report, QStringLiteral("There is no beam tilt series to sum."));
         for (int n = 0; n < groups(); ++n)
             say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[size_t(n)])));
         QStringList listTarget;
         for (int n = 0; n < groups(); ++n)
             listTarget.append(targetOf(n));
-        if (overwritesFrames(listTarget, m_listFile, m_report))
-            return false;
-        if (m_listShift.size() != m_listFile.size()) {
+        if (overwritesFrames(listTarget, m_series.listFrameFile, m_report))
+            return {RunEnd::Refused, m_report.reason()};
+        if (m_listShift.size() != m_series.frameCount()) {
             say(QStringLiteral(
                     "The number of frames does not match that of the shift correction data. The frames "
                     "are summed as they are."),
@@ -80,17 +81,13 @@ public:
             m_listShift.clear();
         }
         if (!makeImages())
-            return false;
-        m_report.startProgress(QStringLiteral("%v/%m"), 0, groups());
-        bool bAll = true;
-        for (int n = 0; n < groups() && !m_bStopped; ++n) {
-            m_report.setProgress(n + 1);
-            bAll = sumGroup(n) && exportGroup(n, fnGroupDone) && bAll;
-        }
-        m_report.endProgress();
+            return failedAsSaid(m_report);
+        const bool bAll = sumGroups(fnGroupDone);
         if (!m_strShifts.isEmpty())
             say(m_strShifts);
-        return bAll && !m_bStopped;
+        if (m_bStopped)
+            return {RunEnd::Stopped, {}};
+        return bAll ? RunOutcome() : failedAsSaid(m_report);
     }
 
 private:
@@ -108,18 +105,23 @@ private:
         m_report.addMessage(strText, severity);
     }
 
+    // Every group, also after one that cannot be summed; whether all were written.
+    bool sumGroups(const std::function<void(int nGroup)>& fnGroupDone)
+    {
+        CProgress progress(m_report, QStringLiteral("%v/%m"), 0, groups());
+        bool bAll = true;
+        for (int n = 0; n < groups() && !m_bStopped; ++n) {
+            progress.set(n + 1);
+            bAll = sumGroup(n) && exportGroup(n, fnGroupDone) && bAll;
+        }
+        return bAll;
+    }
+
     // A frame by itself; null, with red lines, when there is none. strStop ends the lines.
     std::unique_ptr<CImgObj<float>> frame(int nFrame, const QString& strStop)
     {
-        ImageList vecImage;
-        const QString strFile = m_listFile.value(nFrame);
-        if (!loadFirstImage(vecImage, strFile, m_dataSet.m_listHotPixel, m_report))
-            say(QStringLiteral("Failed to load %1.").arg(strFile) + strStop, Severity::Error);
-        else if (vecImage.empty())
-            say(QStringLiteral("No image found in %1.").arg(strFile) + strStop, Severity::Error);
-        else
-            return std::move(vecImage.front());
-        return nullptr;
+        return firstImage(m_series, nFrame, {QStringLiteral("Failed to load %1.") + strStop, strStop},
+                          m_report);
     }
 
     // Sum and output in the size of the first frame.
@@ -137,35 +139,37 @@ private:
     bool sumGroup(int nGroup)
     {
         m_imgSum.Clear();
-        for (int nFrame : m_vecGroup[size_t(nGroup)]) {
-            if (!m_report.goOn()) {
-                m_bStopped = true;
-                return false;
-            }
-            const auto pImage = frame(nFrame, QStringLiteral(" Stop."));
-            if (!pImage)
-                return false;
-            if (pImage->Width() != m_imgSum.Width() || pImage->Height() != m_imgSum.Height()) {
-                say(QStringLiteral("%1: %L2×%L3 pixels; the first frame has %L4×%L5. Stop.")
-                        .arg(m_listFile[nFrame])
-                        .arg(pImage->Width())
-                        .arg(pImage->Height())
-                        .arg(m_imgSum.Width())
-                        .arg(m_imgSum.Height()),
-                    Severity::Error);
-                return false;
-            }
-            const QPointF ptShift = m_listShift.value(nFrame);
-            const int nDX = -wholePixels(ptShift.x());
-            const int nDY = -wholePixels(ptShift.y());
-            m_strShifts += QStringLiteral("Shift #%1: %2 %3\n")
-                               .arg(nFrame + 1, 3, 10, QLatin1Char('0'))
-                               .arg(nDX, 3)
-                               .arg(nDY, 3);
-            if (nDX != 0 || nDY != 0)
-                CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
-            AddFloat(m_imgSum.Data(), pImage->Data(), int(m_nCount));
+        const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
+        CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, m_report);
+        const RunOutcome outcome = walk.run([&](int n) { return addFrame(vecFrame[size_t(n)]); });
+        m_bStopped = outcome.end == RunEnd::Stopped;
+        return outcome.end == RunEnd::Finished;
+    }
+
+    bool addFrame(int nFrame)
+    {
+        const auto pImage = frame(nFrame, QStringLiteral(" Stop."));
+        if (!pImage)
+            return false;
+        if (pImage->Width() != m_imgSum.Width() || pImage->Height() != m_imgSum.Height()) {
+            m_report.fail(QStringLiteral("%1: %L2×%L3 pixels; the first frame has %L4×%L5. Stop.")
+                              .arg(m_series.listFrameFile[nFrame])
+                              .arg(pImage->Width())
+                              .arg(pImage->Height())
+                              .arg(m_imgSum.Width())
+                              .arg(m_imgSum.Height()));
+            return false;
         }
+        const QPointF ptShift = m_listShift.value(nFrame);
+        const int nDX = -wholePixels(ptShift.x());
+        const int nDY = -wholePixels(ptShift.y());
+        m_strShifts += QStringLiteral("Shift #%1: %2 %3\n")
+                           .arg(nFrame + 1, 3, 10, QLatin1Char('0'))
+                           .arg(nDX, 3)
+                           .arg(nDY, 3);
+        if (nDX != 0 || nDY != 0)
+            CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
+        AddFloat(m_imgSum.Data(), pImage->Data(), int(m_nCount));
         return true;
     }
 
@@ -181,8 +185,8 @@ private:
         scaleSum();
         const bool bSaved = writeOutput(targetOf(nGroup));
         const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
-        const double dfFirst = m_listTilt.value(vecFrame.front());
-        const double dfLast = m_listTilt.value(vecFrame.back());
+        const double dfFirst = m_series.listTilt.value(vecFrame.front());
+        const double dfLast = m_series.listTilt.value(vecFrame.back());
         say(QStringLiteral("#%1:%2: %3 %4")
                 .arg(numberText(nGroup), frameListText(vecFrame))
                 .arg((dfFirst + dfLast) / 2, 8, 'f', 3)
@@ -198,7 +202,8 @@ private:
         QString strReason;
         if (writer.commit(&strReason))
             return true;
-        say(QStringLiteral("Failed to save image:%1").arg(strFile), Severity::Error);
+        m_report.noteReason(strReason);
+        m_report.fail(QStringLiteral("Failed to save image:%1").arg(strFile));
         say(strReason, Severity::Error);
         return false;
     }
@@ -222,9 +227,8 @@ private:
     DataSet& m_dataSet;
     const QString m_strFolder;
     CRunReport& m_report;
-    const QStringList m_listFile;
-    QList<QPointF> m_listShift;
-    const QList<double> m_listTilt;
+    const SeriesSnapshot m_series;
+    QList<QPointF> m_listShift;  // none where they are not used
     const std::vector<std::vector<int>> m_vecGroup;
     qint64 m_nCount = 0;
     CImgObj<float> m_imgSum;
@@ -235,18 +239,17 @@ private:
 
 }  // namespace
 
-bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
-                        const std::function<void(int nGroup)>& fnGroupDone)
+RunOutcome exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
+                              const std::function<void(int nGroup)>& fnGroupDone)
 {
-    bool bAll = false;
+    RunOutcome outcome;
     try {
-        bAll = CSummedExport(dataSet, strFolder, report).run(fnGroupDone);
-    } catch (const std::exception& e) {
-        report.endProgress();
-        report.addMessage(QStringLiteral("Error: %1").arg(QString::fromLocal8Bit(e.what())), Severity::Error);
+        outcome = CSummedExport(dataSet, strFolder, report).run(fnGroupDone);
+    } catch (...) {
+        outcome = failRun(report, whatWasThrown());
     }
     releaseFrameImages(dataSet.m_vecFrameImage);
-    return bAll;
+    return outcome;
 }
 
 }  // namespace tessera

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QString>
@@ -27,10 +28,9 @@ namespace tessera {
 /// anything is summed. A file that cannot be written has its reason in red.
 /// @param strFolder    must exist; files of the same names are replaced
 /// @param fnGroupDone  after the sum of a group stands in m_vecFrameImage, which is empty at the end
-/// @return true if every group was written and nobody asked for the end; false, with a red line, where there
-/// is
-///         none
-bool exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
-                        const std::function<void(int nGroup)>& fnGroupDone = {});
+/// @return Finished if every group was written and nobody asked for the end; Refused, with a red line, where
+///         there is none
+RunOutcome exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
+                              const std::function<void(int nGroup)>& fnGroupDone = {});
 
 }  // namespace tessera

@@ -17,7 +17,7 @@ bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRu
     try {
         result = sequence.take(nFrame);
     } catch (const CShortMemory& error) {
-        report.addMessage(error.text(), Severity::Error);
+        report.fail(error.text());
         return false;
     }
     if (sequence.jobs() < nJobs)

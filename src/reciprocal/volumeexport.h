@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QString>
@@ -26,8 +27,8 @@ QString reciprocalVolumeFile(const DataSet& dataSet);
 /// what was added before it is saved, but when that is nothing, no file is written. A stop leaves no file.
 /// A file that is a frame of the series is not overwritten. All these say so in red; an existing volume of
 /// the same name is replaced without a question.
-/// @return true if the volume holds all frames and is on disk
-bool exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
-                            CRunReport& report);
+/// @return Finished if the volume holds all frames and is on disk
+RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
+                                  CRunReport& report);
 
 }  // namespace tessera

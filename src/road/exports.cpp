@@ -58,7 +58,8 @@ bool exportPictures(const ExportOptions& exports, const DataSet& dataSet, CRunRe
     }
     const std::optional<Contrast> contrast = contrastLimits(exports, dataSet, report);
     return contrast && saveSeries(dataSet, strFolder, QLatin1Char('.') + exports.strPictureFormat,
-                                  contrast->dfMin, contrast->dfMax, report);
+                                  contrast->dfMin, contrast->dfMax, report)
+                               .end == RunEnd::Finished;
 }
 
 bool exportVolume(const ExportOptions& exports, const DataSet& dataSet, CRunReport& report)
@@ -74,7 +75,7 @@ bool exportVolume(const ExportOptions& exports, const DataSet& dataSet, CRunRepo
         parameters.dfContrastMin = contrast->dfMin;
         parameters.dfContrastMax = contrast->dfMax;
     }
-    return exportReciprocalVolume(dataSet, parameters, report);
+    return exportReciprocalVolume(dataSet, parameters, report).end == RunEnd::Finished;
 }
 
 bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
@@ -93,9 +94,9 @@ bool runExport(const QString& strKind, const ExportOptions& exports, const DataS
 {
     switch (exportNames().indexOf(strKind)) {
         case 0:
-            return exportSMVImages(dataSet, report);
+            return exportSMVImages(dataSet, report).end == RunEnd::Finished;
         case 1:
-            return exportBinnedFrames(dataSet, exports.dfScale, report);
+            return exportBinnedFrames(dataSet, exports.dfScale, report).end == RunEnd::Finished;
         case 2:
             return exportVolume(exports, dataSet, report);
         case 3:

@@ -43,7 +43,7 @@ StageResult runPeakStage(RoadState& state)
     PeakHuntingOptions options;
     options.bSaveEmpty = false;
     options.nJobs = nJobs;
-    if (!runPeakHunting(dataSet, parameters, filters, state.report, options)) {
+    if (!runPeakHunting(dataSet, parameters, filters, state.report, options).finished()) {
         return state.report.failed();
     }
 #ifdef __GLIBC__

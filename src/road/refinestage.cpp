@@ -137,7 +137,7 @@ StageResult refineFromPairs(RoadState& state, PairPositions positions)
     parameters.m_bRefine2D = positions != PairPositions::WholePixels;
     const DifferenceVectorRefinement found = runUnitCellRefinement(
         state.dataSet, parameters, report, [&](const QVector<QList<Peak3D>>& vecPeak) {
-            return refinePeakPosition(state.dataSet, vecPeak, report, fit);
+            return refinePeakPosition(state.dataSet, vecPeak, report, fit).vecPeak;
         });
     const QString strPairs = pairsText(positions);
     if (!found.refinement) {

@@ -59,7 +59,7 @@ StageResult runShiftStage(RoadState& state)
     ShiftEvaluationOptions options;
     options.bKeepPartial = false;
     options.nJobs = state.options.jobs();
-    if (!runShiftEvaluation(dataSet, QRectF(rcRegion), state.report, options)) {
+    if (!runShiftEvaluation(dataSet, QRectF(rcRegion), state.report, options).finished()) {
         return state.report.failed(
             QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
     }

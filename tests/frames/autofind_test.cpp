@@ -128,7 +128,7 @@ TEST(EstimatePeakThreshold, SmallValuesAreScaled)
         EXPECT_EQ(p.m_dfFrameScale, dfGreatest == 1 ? 1e5 : 1);
         EXPECT_TRUE(series.report.said(QString("Peak threshold %L1 from").arg(p.m_dfPeakThreshold)));
         EXPECT_GT(p.m_dfPeakThreshold, 1);
-        ASSERT_TRUE(runPeakHunting(series.dataSet, p, series.filters, series.report));
+        ASSERT_EQ(runPeakHunting(series.dataSet, p, series.filters, series.report).end, RunEnd::Finished);
         alistPeak[dfGreatest == 1] = series.dataSet.m_listPeakFrame;
     }
     ASSERT_EQ(alistPeak[0].size(), 3);

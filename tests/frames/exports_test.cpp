@@ -37,17 +37,17 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     series.dataSet.m_dfPixelSize = 0.004;
     series.dataSet.m_dfCenterX = 3.127;
     series.dataSet.m_dfCenterY = 2;
-    EXPECT_FALSE(exportSMVImages(series.dataSet, series.report));
+    EXPECT_EQ(exportSMVImages(series.dataSet, series.report).end, RunEnd::Refused);
     EXPECT_EQ(series.report.log(), "red No shift correction data. Run shift evaluation first.");
     series.dataSet.m_listShift = {{0, 0}, {2.7, -2.7}, {-7, 4}};  // truncated, around both ways
     for (double* pdfZero : {&series.dataSet.m_dfPixelSize, &series.dataSet.m_dfWavelength}) {
         const double df = std::exchange(*pdfZero, 0);
-        EXPECT_FALSE(exportSMVImages(series.dataSet, series.report));
+        EXPECT_EQ(exportSMVImages(series.dataSet, series.report).end, RunEnd::Refused);
         EXPECT_TRUE(series.report.log().endsWith("as pixel size or wavelength is 0. Nothing was exported."));
         EXPECT_TRUE(series.content("f0000.img").isNull());
         *pdfZero = df;
     }
-    ASSERT_TRUE(exportSMVImages(series.dataSet, series.report));
+    ASSERT_EQ(exportSMVImages(series.dataSet, series.report).end, RunEnd::Finished);
     EXPECT_TRUE(series.report.log().endsWith("\n3 files written to " + series.dir.path() +
                                              ".\nblue >Exporting SMV files finished."));
     EXPECT_EQ(series.report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
@@ -73,13 +73,15 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
         data.m_listShift.append(QPointF());
     }
     ASSERT_TRUE(QDir(series.dir.path()).mkdir("g.img"));  // a folder in the file's place
-    const auto failed = [&](auto fnExport) {
+    const auto failed = [&](auto fnExport, RunEnd end = RunEnd::Failed) {
         CRecordingReport report;
-        EXPECT_FALSE(fnExport(report));
+        const RunOutcome outcome = fnExport(report);
+        EXPECT_EQ(outcome.end, end);
+        EXPECT_EQ(outcome.strReason.isEmpty(), end == RunEnd::Stopped);
         return report.log().replace(series.dir.path(), "DIR");
     };
     const auto smv = [&](CRunReport& report) { return exportSMVImages(data, report); };
-    EXPECT_EQ(failed(smv),
+    EXPECT_EQ(failed(smv, RunEnd::Refused),
               "red DIR/a_s.img is a frame of this series and would be overwritten. Nothing was exported.");
     EXPECT_TRUE(series.content("a.img").isEmpty());
     data.m_listFrameFile.removeLast();
@@ -94,26 +96,30 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     // The same extension in the frames' own folder, reached by a link.
     ASSERT_TRUE(QFile::link(series.dir.path(), series.dir.path() + "/link"));
     const QByteArray bytesFrame = series.content("g.mrc");
-    const auto pictures = [&](const char* pFolder, const char* pType) {
-        return failed([&](CRecordingReport& report) {
+    const auto pictures = [&](const char* pFolder, const char* pType, RunEnd end) {
+        const auto save = [&](CRecordingReport& report) {
             report.m_nStopAfter = 1;
             return saveSeries(data, series.dir.filePath(pFolder), pType, 100, 110, report);
-        });
+        };
+        return failed(save, end);
     };
-    EXPECT_EQ(pictures("link", ".mrc"),
+    EXPECT_EQ(pictures("link", ".mrc", RunEnd::Refused),
               "red DIR/link/a.b.mrc and 2 more files are frames of this series and would be "
               "overwritten. Nothing was exported.");
     ASSERT_TRUE(QFile::link(series.dir.filePath("g.mrc"), series.dir.filePath("g.png")));
-    EXPECT_TRUE(pictures(".", ".png").startsWith("red DIR/./g.png is a frame of this series"));
+    EXPECT_TRUE(
+        pictures(".", ".png", RunEnd::Refused).startsWith("red DIR/./g.png is a frame of this series"));
     EXPECT_EQ(series.content("g.mrc"), bytesFrame);
     QFile::remove(series.dir.filePath("g.png"));
-    EXPECT_TRUE(pictures(".", ".png").endsWith("red >Exporting image series stopped after 1 of 3 frames."));
+    EXPECT_TRUE(pictures(".", ".png", RunEnd::Stopped)
+                    .endsWith("red >Exporting image series stopped after 1 of 3 frames."));
     EXPECT_TRUE(QFile::exists(series.dir.filePath("a.b.png")) &&
                 !QFile::exists(series.dir.filePath("g.png")));
-    EXPECT_TRUE(pictures(".", ".xyz").contains("red Failed to save to file: DIR/./a.b.xyz"));
+    EXPECT_TRUE(pictures(".", ".xyz", RunEnd::Failed).contains("red Failed to save to file: DIR/./a.b.xyz"));
 
     data.m_listFrameFile.removeFirst();
-    EXPECT_TRUE(exportBinnedFrames(data, 0.33, series.report));  // 20 × 10 to 6 × 3, truncated, of floats
+    EXPECT_EQ(exportBinnedFrames(data, 0.33, series.report).end,
+              RunEnd::Finished);  // 20 × 10 to 6 × 3, truncated, of floats
     EXPECT_EQ(series.content("a_s.mrc").size() + series.content("g_s.mrc").size(), 2 * (1024 + 4 * 6 * 3));
 }
 

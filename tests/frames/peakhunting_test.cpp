@@ -37,11 +37,11 @@ struct HuntingSeries : FrameSeries {
     static int column(int i) { return 30 + 40 * (i % 4); }
     static int row(int i) { return 24 + 45 * (i / 4); }
     static double height(int i) { return 300 + 50 * i; }
-    bool run(const PeakHuntingOptions& options)
+    RunEnd run(const PeakHuntingOptions& options)
     {
         report.m_listLine.clear();
         report.m_listSeverity.clear();
-        return runPeakHunting(dataSet, parameters(), filters, report, options);
+        return runPeakHunting(dataSet, parameters(), filters, report, options).end;
     }
 };
 
@@ -93,7 +93,7 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
         options.fnAfterStored = [&] {
             series.report.addMessage(QString("%1 lists mapped").arg(series.dataSet.m_listPeakFrame.size()));
         };
-        ASSERT_TRUE(series.run(options));
+        ASSERT_EQ(series.run(options), RunEnd::Finished);
         EXPECT_EQ(nShown, nFrames);
         const QString strLog = series.report.log();
         EXPECT_TRUE(strLog.startsWith("blue >Peak hunting started.\n   7 peaks found on frame #   1\n"));
@@ -113,8 +113,9 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
     for (QList<Peak3D>& listPeak : vecPeak)
         for (Peak3D& peak : listPeak)
             peak.dfIPoint = peak.dfI2D = -1;
-    ASSERT_TRUE(
-        extractIntensity(series.dataSet, vecPeak, parameters(), {8, 3, 1}, series.filters, series.report));
+    ASSERT_EQ(
+        extractIntensity(series.dataSet, vecPeak, parameters(), {8, 3, 1}, series.filters, series.report).end,
+        RunEnd::Finished);
     for (int n = 0; n < nFrames; ++n)
         for (int i = 0; i < vecPeak[n].size(); ++i) {
             EXPECT_EQ(vecPeak[n][i].dfIPoint, listHunted[n][i].dfIPoint);
@@ -128,8 +129,8 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
         HuntingSeries series(8);
         PeakHuntingOptions options;
         options.nJobs = nJobs;
-        const auto expectUntouched = [&](int nFramesSaid) {
-            EXPECT_FALSE(series.run(options));
+        const auto expectUntouched = [&](int nFramesSaid, RunEnd end) {
+            EXPECT_EQ(series.run(options), end);
             EXPECT_EQ(series.dataSet.m_listPeakFrame.size(), 1);
             EXPECT_TRUE(series.content("series.pk").isNull());
             EXPECT_FALSE(series.dataSet.m_bHuntingRunning);
@@ -138,22 +139,23 @@ TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)
         };
         for (int nGoOn : {0, 3, 7}) {  // the question before the first frame, then one after each
             series.report.m_nStopAfter = nGoOn;
-            expectUntouched(nGoOn);
+            expectUntouched(nGoOn, RunEnd::Stopped);
         }
         series.report.m_nStopAfter = -1;
         options.fnFrameDone = [&](int nFrame, const QList<Peak3D>&) {
             if (nFrame == 4) {  // a second call from within asks the run to stop
-                EXPECT_FALSE(runPeakHunting(series.dataSet, {}, series.filters, series.report));
+                EXPECT_EQ(runPeakHunting(series.dataSet, {}, series.filters, series.report).end,
+                          RunEnd::Refused);
             }
         };
-        expectUntouched(5);
+        expectUntouched(5, RunEnd::Stopped);
         options.fnFrameDone = {};
         series.removeFrame(5);
-        expectUntouched(5);
+        expectUntouched(5, RunEnd::Failed);
         EXPECT_TRUE(series.report.said("red " + series.dataSet.m_listFrameFile[5] + ": failed to load"));
         series.dataSet.m_listFrameFile.removeAt(5);
         series.report.m_nStopAfter = 7;  // after the last frame: too late to stop anything
-        EXPECT_TRUE(series.run(options));
+        EXPECT_EQ(series.run(options), RunEnd::Finished);
         EXPECT_EQ(series.dataSet.m_listPeakFrame.size(), 7);
     }
 }
@@ -166,7 +168,7 @@ TEST(PeakHunting, FindingNothingOrAFullDiskCostsNoFormerList)
     writeBytes(strFile, bytesTwo);
     {
         const CFileSizeLimit limit(10);
-        ASSERT_TRUE(series.run({}));
+        ASSERT_EQ(series.run({}), RunEnd::Finished);
     }
     EXPECT_EQ(series.content("series.pk"), bytesTwo);
     EXPECT_TRUE(series.report.said("red Updating peak list file failed."));
@@ -175,7 +177,7 @@ TEST(PeakHunting, FindingNothingOrAFullDiskCostsNoFormerList)
     series.add(makeImage(192, 160, [](int, int) { return 40; }));
     series.dataSet.m_listFrameFile.removeFirst();
     for (const bool bFirst : {true, false}) {  // then there is nothing more to keep
-        ASSERT_TRUE(series.run({}));
+        ASSERT_EQ(series.run({}), RunEnd::Finished);
         EXPECT_EQ(series.content("series.pk"), "");
         EXPECT_EQ(series.content("series.pk~"), bytesTwo);
         EXPECT_EQ(
@@ -184,7 +186,7 @@ TEST(PeakHunting, FindingNothingOrAFullDiskCostsNoFormerList)
     }
     const QByteArray bytesOne = bytesTwo.left(bytesTwo.size() / 2);
     writeBytes(strFile, bytesOne);
-    ASSERT_TRUE(series.run({}));
+    ASSERT_EQ(series.run({}), RunEnd::Finished);
     EXPECT_EQ(series.content("series.pk"), bytesOne);
     EXPECT_EQ(series.content("series.pk~"), bytesTwo);
     EXPECT_TRUE(series.report.said("red No peaks were found. The former peak list stays"));

@@ -69,7 +69,7 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
             listShown.append(QString("%1 %2").arg(n).arg(list[0].x(), 0, 'f', 1));
         };
         CRecordingReport reportOnFrame;
-        const auto refined = refinePeakPosition(series.dataSet, series.peaks, series.report, options);
+        const auto refined = refinePeakPosition(series.dataSet, series.peaks, series.report, options).vecPeak;
         EXPECT_EQ(listShown, QStringList({"0 30.0", "0 30.3", "1 31.0", "1 31.3"}));
         QVector<QList<Peak3D>> moved = series.peaks;
         options.nJobs = 2;  // the same bits
@@ -119,11 +119,13 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
         int nStopAfter;  // questions, one before the first frame and one after each
         const char* pLog;
         int nFrames;  // of the first refinement's result
-    } aRow[] = {{Stop, 1, " did not finish.", 1},
-                {Stop, 3, " did not finish.", 3},
-                {Missing, -1, "failed to load", 1},
-                {Less, -1, "red Frame counts do not match.", 0},
-                {Running, -1, "", 0}};
+        RunEnd end;
+        const char* pReason;
+    } aRow[] = {{Stop, 1, " did not finish.", 1, RunEnd::Stopped, ""},
+                {Stop, 3, " did not finish.", 3, RunEnd::Stopped, ""},
+                {Missing, -1, "failed to load", 1, RunEnd::Failed, "f0001.mrc: "},
+                {Less, -1, "red Frame counts do not match.", 0, RunEnd::Refused, "Frame counts"},
+                {Running, -1, "", 0, RunEnd::Refused, ""}};
     for (const auto& row : aRow)
         for (int nRun = 0; nRun < (row.nWhat == Stop ? 4 : 3); ++nRun) {
             SpotSeries series;
@@ -135,19 +137,24 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
             if (row.nWhat == Less)
                 series.peaks.removeLast();
             report.m_nStopAfter = row.nStopAfter;
-            bool bFinished = true;
-            const bool bBegun = row.nFrames > 0;
-            if (nRun == 0)
-                EXPECT_EQ(refinePeakPosition(dataSet, series.peaks, report, {}, &bFinished).size(),
-                          row.nFrames);
-            else if (nRun == 1)
-                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(), bBegun ? 3 : 0);
-            else if (nRun == 2)
-                EXPECT_EQ(bBegun, extractIntensity(dataSet, series.peaks, {}, {}, series.filters, report, {},
-                                                   &bFinished));
-            else
-                EXPECT_TRUE(fitDirectBeam(dataSet, report));
-            EXPECT_EQ(bFinished, nRun % 2 == 1);
+            RunOutcome outcome{row.end, {}};  // the run on the frames in place tells none
+            if (nRun == 0) {
+                const RefinedPositions refined = refinePeakPosition(dataSet, series.peaks, report);
+                EXPECT_EQ(refined.vecPeak.size(), row.nFrames);
+                outcome = refined.outcome;
+            } else if (nRun == 1) {
+                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(),
+                          row.end == RunEnd::Refused ? 0 : 3);
+            } else if (nRun == 2) {
+                outcome = extractIntensity(dataSet, series.peaks, {}, {}, series.filters, report);
+            } else {
+                outcome = fitDirectBeam(dataSet, report);
+            }
+            EXPECT_EQ(outcome.end, row.end);
+            if (nRun != 1) {
+                EXPECT_TRUE(outcome.strReason.contains(row.pReason)) << outcome.strReason.toStdString();
+                EXPECT_EQ(outcome.strReason.isEmpty(), *row.pReason == '\0');
+            }
             EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that stands
             EXPECT_TRUE(report.said(row.pLog)) << report.log().toStdString();
             EXPECT_FALSE(report.said(" finished") || dataSet.m_bRunning);
@@ -173,7 +180,7 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
             peakAt(std::clamp(std::round(pt.x()), 0., 299.), std::clamp(std::round(pt.y()), 0., 239.)));
     for (int n = 0; n < 5; ++n)
         peaks[0][n].setHKL(n, -1.2, 7);
-    const QVector<QList<Peak3D>> refined = refinePeakPosition(series.dataSet, peaks, series.report);
+    const QVector<QList<Peak3D>> refined = refinePeakPosition(series.dataSet, peaks, series.report).vecPeak;
     refinePeakPositionOnFrame(series.dataSet, peaks, series.report);
     for (int n : {1, 3}) {  // what stays where it was has no errors of a fit
         EXPECT_EQ(refined[0][n].fX3D + refined[0][n].fY3D + refined[0][n].fZ3D, -3) << n;
@@ -199,14 +206,15 @@ TEST(DirectBeam, IsFittedBesideItsExpectedPlaceAndAroundASaturatedCore)
     SpotSeries series;
     series.removeFrame(1);
     QString strLines;
-    EXPECT_TRUE(fitDirectBeam(series.dataSet, series.report, [&](const DirectBeamOnFrame& beam) {
+    const auto compare = [&](const DirectBeamOnFrame& beam) {
         const QPointF e = SpotSeries::beam(beam.nFrame), f = beam.ptFitted, d = f - e;
         EXPECT_LT(distance(d, {0.4, 0}), 0.03);
         EXPECT_NEAR(beam.vecFit[2], 5, 0.2);
         strLines += QString::asprintf("%4d %8.1f %8.1f %8.2f %8.2f %8.2f %8.2f %15.1f %10.6f %10.6f %d\n",
                                       beam.nFrame + 1, e.x(), e.y(), f.x(), f.y(), d.x(), d.y(),
                                       beam.vecFit[0], beam.vecFit[2], beam.vecFit[4], 1);
-    }));
+    };
+    EXPECT_EQ(fitDirectBeam(series.dataSet, series.report, compare).end, RunEnd::Finished);
     EXPECT_EQ(series.report.log().remove(QRegularExpression("red .*\n")),  // the loader's words
               "blue >Evaluation of the direct beam started.\n" + strLines +
                   "blue >Evaluation of the direct beam finished.");
@@ -255,12 +263,12 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     const auto extract = [&](QVector<QList<Peak3D>>& vecPeak) {
         return extractIntensity(dataSet, vecPeak, {}, {6, 2, 1}, series.filters, series.report);
     };
-    EXPECT_TRUE(extract(series.peaks));
+    EXPECT_EQ(extract(series.peaks).strReason, "Some peaks are outside the frame.");
     EXPECT_TRUE(series.report.said(
         "red Some peaks are outside the frame.\nred >Intensity extraction did not finish."));
     EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty() && dataSet.m_listPeakChain.size() == 1);
     EXPECT_EQ(series.peaks[0][0].nID, 40);
-    EXPECT_TRUE(extract(dataSet.m_vecPeakIndexedOnFrame));
+    EXPECT_EQ(extract(dataSet.m_vecPeakIndexedOnFrame).end, RunEnd::Finished);
     EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty());
     ASSERT_EQ(dataSet.m_listPeakMerged.size(), 4);
     for (int n = 0; n < 4; ++n)
@@ -283,7 +291,10 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     dataSet.m_listShift = {{0, 0}, {1.9, -0.7}, {2.2, 0}, {-0.7, 0}, {0, 0}, {0, 0}};
     dataSet.m_listOverallTilt = {-1, 0, 0.5, 1, 2, 3};
     int nShown = 0;
-    EXPECT_FALSE(exportSummedFrames(dataSet, series.dir.path(), series.report, [&](int) { ++nShown; }));
+    const auto sum = [&](CRunReport& report) {
+        return exportSummedFrames(dataSet, series.dir.path(), report, [&](int) { ++nShown; }).end;
+    };
+    EXPECT_EQ(sum(series.report), RunEnd::Failed);
     EXPECT_EQ(nShown, 2);
     EXPECT_TRUE(series.content("003.mrc").isNull() && dataSet.m_vecFrameImage.empty());
     const QString strLog = series.report.log();
@@ -312,7 +323,7 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     dataSet.m_listFrameFile[0] = series.dir.filePath("./002.mrc");
     EXPECT_TRUE(QFile::remove(series.dir.filePath("001.mrc")));
     CRecordingReport reportRefused;
-    EXPECT_FALSE(exportSummedFrames(dataSet, series.dir.path(), reportRefused, [&](int) { ++nShown; }));
+    EXPECT_EQ(sum(reportRefused), RunEnd::Refused);
     EXPECT_TRUE(
         reportRefused.log().endsWith("/002.mrc is a frame of this series and would be overwritten. "
                                      "Nothing was exported."));

@@ -57,7 +57,8 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
             EXPECT_NEAR(dfFine, 0, 5);
         };
         const QRectF rcRegion(40, 30, dfSide, 1);
-        ASSERT_TRUE(runShiftEvaluation(series.dataSet, rcRegion, series.report, {}, done));
+        ASSERT_EQ(runShiftEvaluation(series.dataSet, rcRegion, series.report, {}, done).end,
+                  RunEnd::Finished);
         EXPECT_EQ(nDone, g_listDrift.size());
         EXPECT_EQ(dataSet.m_listShift.size(), g_listDrift.size());
         EXPECT_LT(std::hypot(dataSet.m_dfCenterX - g_ptBeam.x(), dataSet.m_dfCenterY - g_ptBeam.y()), 0.2);
@@ -73,13 +74,14 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
         DriftSeries other;
         ShiftEvaluationOptions options;
         options.nJobs = 3;
-        ASSERT_TRUE(runShiftEvaluation(other.dataSet, rcRegion, other.report, options));
+        ASSERT_EQ(runShiftEvaluation(other.dataSet, rcRegion, other.report, options).end, RunEnd::Finished);
         EXPECT_EQ(other.content("series.sc"), series.content("series.sc"));
         EXPECT_EQ(other.report.log().count('\n'), strLog.count('\n'));
 
         // Pixels are cut at whole places: the beam does not move with the fraction of the region's.
         DriftSeries fractional;
-        ASSERT_TRUE(runShiftEvaluation(fractional.dataSet, rcRegion.translated(0.75, 0.5), other.report));
+        ASSERT_EQ(runShiftEvaluation(fractional.dataSet, rcRegion.translated(0.75, 0.5), other.report).end,
+                  RunEnd::Finished);
         EXPECT_EQ(fractional.content("series.sc"), series.content("series.sc"));
     }
 }
@@ -107,7 +109,11 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)
             ShiftEvaluationOptions options;
             options.bKeepPartial = bKeep;
             options.nJobs = bKeep ? 3 : 1;  // as the window and the driver with one job have them
-            EXPECT_FALSE(runShiftEvaluation(series.dataSet, row.rc, series.report, options));
+            const RunOutcome outcome = runShiftEvaluation(series.dataSet, row.rc, series.report, options);
+            EXPECT_EQ(outcome.end, row.nStopAfter >= 0    ? RunEnd::Stopped
+                                   : row.rc.width() == 15 ? RunEnd::Refused
+                                                          : RunEnd::Failed);
+            EXPECT_EQ(outcome.strReason.isEmpty(), row.nStopAfter >= 0);
             EXPECT_TRUE(series.report.said(row.pLine)) << series.report.log().toStdString();
             if (!bKeep || row.nReached < 0) {
                 EXPECT_TRUE(series.untouched()) << row.pLine;

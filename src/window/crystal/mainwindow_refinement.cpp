@@ -25,16 +25,14 @@ void MainWindow::runUnitCellRefinement()
         if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
             return;
         const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
-            QVector<QList<Peak3D>> vecRefined;
             // That run holds the flag itself.
             if (!std::exchange(bRunning, false))
-                return vecRefined;
+                return QVector<QList<Peak3D>>();
             clearFrameMarks();
-            bool bFinished = false;
-            vecRefined = tessera::refinePeakPosition(m_dataSet, vecPeak, report, positionOptions(report),
-                                                     &bFinished);
-            bRunning = bFinished;
-            return vecRefined;
+            const RefinedPositions refined = tessera::refinePeakPosition(m_dataSet, vecPeak, report,
+                                                                         positionOptions(report));
+            bRunning = refined.outcome.end == RunEnd::Finished;
+            return refined.vecPeak;
         };
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
         guarded([&] { tessera::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });

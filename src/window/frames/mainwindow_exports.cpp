@@ -143,7 +143,9 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
         return;
     runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
         clearFrameMarks();
-        if (!tessera::exportSummedFrames(m_dataSet, strFolder, report, [this](int) { refreshImageView(); }))
+        const RunOutcome outcome = tessera::exportSummedFrames(m_dataSet, strFolder, report,
+                                                               [this](int) { refreshImageView(); });
+        if (outcome.end != RunEnd::Finished)
             report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
                               Severity::Error);
     });

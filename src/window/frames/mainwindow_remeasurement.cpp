@@ -79,7 +79,8 @@ QVector<QList<Peak3D>> MainWindow::refinePeakPosition(const QVector<QList<Peak3D
 {
     QVector<QList<Peak3D>> vecRefined;
     runOnFrames(nullptr, [&](CRunReport& report) {
-        vecRefined = tessera::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report));
+        vecRefined =
+            tessera::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report)).vecPeak;
     });
     return vecRefined;
 }
@@ -106,15 +107,14 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         return false;
     bool bResult = false;
     runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {
-        bool bFinished = false;
-        bResult = tessera::extractIntensity(
-            m_dataSet, peaksSorted, m_hunting, m_extraction, m_peakFilters, report,
-            [this](int, const QList<QPointF>& listPosition) {
-                showCircleMarks(listPosition);
-                refreshImageView();
-            },
-            &bFinished);
-        if (!bFinished)
+        const RunOutcome outcome = tessera::extractIntensity(m_dataSet, peaksSorted, m_hunting, m_extraction,
+                                                             m_peakFilters, report,
+                                                             [this](int, const QList<QPointF>& listPosition) {
+                                                                 showCircleMarks(listPosition);
+                                                                 refreshImageView();
+                                                             });
+        bResult = outcome.end != RunEnd::Refused;
+        if (outcome.end != RunEnd::Finished)
             return;
         clearCurve();  // of a reflection that has left
         m_listReflectionIndexed.clear();

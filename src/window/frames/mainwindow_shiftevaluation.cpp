@@ -84,7 +84,8 @@ void MainWindow::runShiftEvaluation()
         };
         ShiftEvaluationOptions options;
         options.nJobs = QThread::idealThreadCount();
-        bFinished = tessera::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone);
+        bFinished = tessera::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone).end ==
+                    RunEnd::Finished;
         syncParametersWithControls(false);
     });
     if (!bBegun)

@@ -1,0 +1,32 @@
+// SeriesSnapshot: what a run over the frames needs of the data set, as it was when the run began.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "geometry/rotationgeometry.h"
+
+#include <QList>
+#include <QPoint>
+#include <QStringList>
+
+namespace tessera {
+
+/// The series of a data set at one moment. A run lets waiting events be handled, and through them its user
+/// can change the data set under it; the run goes on with these copies. The lists share their memory with
+/// those of the data set until one of them changes.
+struct SeriesSnapshot {
+    QStringList listFrameFile;   ///< full path of each frame in series order
+    QList<QPoint> listHotPixel;  ///< pixels to repair on every frame: column, row
+    QList<double> listTilt;      ///< overall tilt, degrees, one per frame
+    BeamCentres centres;         ///< shifts and direct beam, pixels of the raw frames
+
+    explicit SeriesSnapshot(const DataSet& dataSet)
+        : listFrameFile(dataSet.m_listFrameFile),
+          listHotPixel(dataSet.m_listHotPixel),
+          listTilt(dataSet.m_listOverallTilt),
+          centres{dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY}
+    {}
+
+    int frameCount() const { return listFrameFile.size(); }
+};
+
+}  // namespace tessera
