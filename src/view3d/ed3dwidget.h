@@ -35,45 +35,62 @@ class ED3DWidget : public QGLWidget {
     Q_OBJECT
 
 public:
+    /// An empty view that looks along the beam, with the grid and without a lattice.
     explicit ED3DWidget(QWidget* pParent = nullptr);
+    /// Frees what belongs to the context.
     ~ED3DWidget() override;
 
     /// Takes the points, empties the selection and leaves group 0 alone. A list with a negative nID can't be
     /// looked up by nID and leaves the view empty.
     ///
     /// @param listGroup  if not empty, the groups of the points, as setPointGroups() takes them: who listens
-    /// to
-    ///                   the view sees points and groups change in one step
+    ///                   to the view sees points and groups change in one step
     void setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup = {});
+    /// The points shown, in the order that indices of points refer to.
     const QList<Peak3D>& points() const;
     /// Copies dfH, dfK, dfL of each given record to every point of equal nID.
     void setIndices(const QList<Peak3D>& listPeak);
 
     /// Draws the lattice of a*, b*, c* (Å⁻¹); any other count of vectors: none.
     void setLattice(const QList<Vec3D>& listCell);
+    /// Draws as many cells along a*, b*, c*, on both sides of the origin.
     void setLatticeRange(int nH, int nK, int nL);
+    /// These three numbers.
     void getLatticeRange(int& nH, int& nK, int& nL) const;
+    /// Shows or hides the points of the lattice.
     void setShowLatticePoints(bool bShow);
+    /// Whether they are to be seen, as far as there is a lattice.
     bool showLatticePoints() const;
+    /// Shows or hides its lines.
     void setShowLatticeLines(bool bShow);
+    /// Whether these are to be seen.
     bool showLatticeLines() const;
+    /// Shows or hides the grid behind the points.
     void setShowCanvasGrid(bool bShow);
+    /// Whether the grid is shown.
     bool showCanvasGrid() const;
+    /// Factor on the sizes of the points.
     double pointSizeRatio() const;
+    /// Opacity of the points, 0 to 1.
     float pointAlpha() const;
+    /// Opacity of the grid, 0 to 1.
     float canvasGridAlpha() const;
 
+    /// Camera as at the start: no turn, no pan, no zoom.
     void resetView();
     /// Turns the direction v (reciprocal space) towards the viewer; any turn before it is dropped.
     void viewAlong(const Vec3D& v);
-    /// One turn of the scene about an axis of the screen, degrees.
+    /// Turns the scene about the horizontal axis of the screen, degrees.
     void rotateAroundScreenX(double dfAngle);
+    /// The same about the vertical axis, degrees.
     void rotateAroundScreenY(double dfAngle);
+    /// The same about the axis towards the viewer, degrees.
     void rotateAroundScreenZ(double dfAngle);
     /// Unit vector in reciprocal space that points at the viewer.
     Vec3D getViewDirection() const;
     /// Rotation (16 numbers, column by column), pan and zoom in Å⁻¹.
     void getCamera(float* pfRotation, float& fPanX, float& fPanY, float& fZoom) const;
+    /// Takes these numbers from another view; a zoom that comes too close is held back.
     void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
 
     /// Replaces all groups at once: one look at the points and one signal, however many there are. The first
@@ -89,17 +106,25 @@ public:
     void removePointGroups(const QList<int>& listGroup);
     /// Unites the given groups under label, colour and place of the first of them.
     void mergePointGroups(const QList<int>& listGroup);
-    /// False for a bad index, as the next two.
+    /// Name of a group in tables; false for a bad index. Nobody is told.
     bool setGroupLabel(int nIndex, const QString& strLabel);
+    /// Colour of the points of a group; false for a bad index.
     bool setGroupColor(int nIndex, const QColor& color);
+    /// Shows or hides the points of a group; false for a bad index.
     bool setGroupVisible(int nIndex, bool bVisible);
+    /// Selects no point.
     void clearSelection();
+    /// Works out anew what is drawn of the points, and tells it by pointDisplayDataChanged().
     void updatePointGroups();
-    /// Labels, colours, visibility and point indices of the groups, and the selected indices.
+    /// Label of each group.
     const QStringList& groupLabels() const;
+    /// Colour of each group.
     const QList<QColor>& groupColors() const;
+    /// Whether each group is shown.
     const QList<bool>& groupsVisible() const;
+    /// Indices of the points of each group; a point can be in several.
     const QList<QList<int>>& groupPoints() const;
+    /// Indices of the selected points.
     const QList<int>& selectedPoints() const;
 
     /// The colour for the next new group; counts over all views for as long as the program runs.
@@ -114,17 +139,29 @@ public:
     QPaintEngine* paintEngine() const override;
 
 public slots:
+    /// Diffuse light of 0.4 at 10, 0.02 more for each step.
     void setLightIntensity(int l);
+    /// Whether a light falls on the scene; the points are then drawn one by one.
     void setLight(bool l);
+    /// Whether a shape keeps its proportions where the widget is no square.
     void setAspectRatio(bool a);
+    /// Colour behind everything.
     void setBackgroundColor(const QColor& c);
+    /// Colour of the grid.
     void setCanvasGridColor(const QColor& c);
+    /// Factor on the sizes of the points, which are worked out anew.
     void setPointSizeRatio(double fRatio);
+    /// Sorts the sizes of the shown points into classes, and writes them to the debug log.
     void calPointSizes();
+    /// Opacity of the points, 0 to 1.
     void setPointAlpha(float fPointAlpha);
+    /// Opacity of the grid, 0 to 1.
     void setCanvasGridAlpha(float fCanvasGridAlpha);
+    /// Makes the selected points a group of their own, in the next colour.
     void addSelectedPeaksAsNewGroup();
+    /// Asks for the colour of the background.
     void changeBackGroundColor();
+    /// Asks for the colour of the grid.
     void changeCanvasGridColor();
     /// Clears the selection; there is one way of displaying only.
     void setDisplayMode(QAction* pAction);

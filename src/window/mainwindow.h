@@ -1,5 +1,5 @@
-// MainWindow: the hub of the workbench. It owns the data set and every panel; the slots of a
-// subsystem lie in that subsystem's folder (mainwindow_*.cpp).
+// MainWindow: the hub of the workbench. It owns the data set and every panel; the slots of a subsystem lie in
+// that subsystem's wing (src/window/*/mainwindow_*.cpp).
 #pragma once
 
 #include "dataset/dataset.h"
@@ -68,11 +68,19 @@ class View3DPage;
 class WindowActions;
 class WindowReport;
 
+/// The workbench: the data set, the views in tabs, the pages in docks, and a slot for each thing that the
+/// user can ask for.
+///
+/// A slot checks, asks, calls one function of the core and shows its result. Runs let waiting events
+/// through, so any slot may be called during one: what such a call would change waits for the end of the
+/// run, or is refused with a red line (see CRunGate). No exception leaves a slot.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
+    /// Builds docks, menus, views and pages, reads the settings and shows no frame.
     explicit MainWindow(QWidget* pParent = nullptr);
+    /// Stops the play and listens to none of its widgets any more, which go down after it.
     ~MainWindow() override;
 
     /// Opens projects, images or a text reflection list by the suffix of the first file.
@@ -89,173 +97,333 @@ protected:
 
 public slots:
     // Shell: src/window
+    /// Asks for frames and geometry, writes a project file and opens it.
     void newProject();
+    /// Asks for files and opens them.
     void open();
+    /// Opens what the menu entry that was chosen stands for.
     void openRecentFile();
+    /// Puts the picture of the current tab on the clipboard, of the frame view the whole frame.
     void copyWindow();
+    /// The next larger of the scales for the view in the current tab.
     void zoomIn();
+    /// The next smaller one.
     void zoomOut();
+    /// Draws the frame with the palette that is checked in the menu.
     void paletteChanged();
+    /// Opens the guide, where a data set is open at the chapter of the current page.
     void showGuide();
+    /// Shows name, version and libraries; a run under way goes on behind the box.
     void about();
+    /// Brings actions, frame number, scale and 3D page into line with a tab, and shows its frame.
+    /// @param nPageIndex  of the tab, from 0
     void updateControls(int nPageIndex);
+    /// Gives the frame view the scale of that place in the list, which is clamped to it.
     void updateScale(int nIndex);
+    /// Takes a percentage that was typed: the scale of the list that is nearest to it.
     void scaleTextEntered();
+    /// Marks the header of the page that is open, from 0.
     void toolBoxPageChanged(int nIndex);
+    /// Shows a text in the status bar until the next one.
     void statusBarMessage(const QString& str);
 
-    // Frame list and navigation: src/frames/mainwindow_framelist.cpp
+    // Frame list and navigation: src/window/frames/mainwindow_framelist.cpp
+    /// Makes a row per frame: name, stage tilt, beam tilt and overall tilt in degrees. Dialogs start in the
+    /// folder of the first frame from then on.
     void fillFileTable();
+    /// Loads and shows a frame, from 1, with all that lies on it. A number outside the series is a red line.
+    /// During a run the number is kept and the frame shown after it.
     void switchToImgIndex(int nIndex);
+    /// Shows the frame of a row, from 0; negative: none.
     void currentFileChangedInFileList(int nCurrentRow);
+    /// Draws the image in memory anew, within the contrast limits of the page.
     void refreshImageView();
+    /// Shows one frame after the other at the delay of the page, up to the last one.
     void playImageForward();
+    /// The same down to the first one.
     void playImageBackward();
+    /// Ends the play.
     void stopImagePlay();
+    /// One step of the play; it ends at the end of the series and at the start of a run.
     void playOneImage();
+    /// Delay between two frames of the play, ms.
     void imagePlayIntervalChanged(int nNewInterval);
 
-    // Side files: src/frames/mainwindow_sidefiles.cpp, src/reciprocal/mainwindow_cell.cpp
+    // Side files: src/window/frames/mainwindow_sidefiles.cpp, src/window/reciprocal/mainwindow_cell.cpp
+    /// Asks for a file and writes direct beam and shifts, pixels.
     void saveEDShift();
+    /// Asks for a file and takes direct beam and shifts from it; peaks that have waited for them are mapped.
     void loadEDShift();
+    /// Asks for a peak list, takes its peaks in the place of the data set's, maps and shows them.
     void loadRawPeaks();
+    /// Asks for a file and writes the peaks of all frames with the groups of the raw view.
     void saveRawPeaks();
+    /// Asks for a file and writes the cell in force.
     void exportUnitCell();
+    /// Asks for a file and puts its cell in force.
     void loadUnitCell();
+    /// Asks for a file of polygons, in pixels, that peak hunting leaves out, and shows them.
     void loadPeakHuntingMask();
+    /// Takes all polygons away.
     void clearPeakHuntingMask();
+    /// Shows or hides the polygons on the frame; the hunt heeds them either way.
     void showPeakHuntingMask(bool bShow);
 
-    // Runs: src/frames/mainwindow_shiftevaluation.cpp, mainwindow_peakhunting.cpp
+    // Runs: src/window/frames/mainwindow_shiftevaluation.cpp, mainwindow_peakhunting.cpp
+    /// Puts the reference region of the size that is checked on the frame, or none. One that the frame has
+    /// no room for is told in the status bar.
     void selSizeChanged2();
+    /// Tells the place of the reference region in the status bar; empty: takes it away.
+    /// @param rectSel  pixels of the frame
     void selRectChanged(QRectF rectSel);
+    /// Evaluates the shift of each frame by the reference region. The run shows the regions and has no stop.
     void runShiftEvaluation();
+    /// Hunts all frames, maps, shows and merges the peaks. During the run: asks it to stop.
     void runPeakHunting();
+    /// Marks the peaks that the hunt would find on the frame in view; nothing is kept.
     void testCurrentPatternForPeaks();
+    /// Marks them anew where they are shown.
     void peakHuntingParametersChanged();
+    /// Marks the peaks of the frame in view, now and while a hunt goes, or takes the marks off.
     void visualMoniteringPeakHuntingToggled(bool bEnabled);
+    /// Writes the frame in view as the hunt smooths it. No dialog; nothing during a run.
     void outputSmoothedImage(const QString& strFileName);
 
-    // Overlay of the frame view: src/frameview/mainwindow_marks.cpp
+    // Overlay of the frame view: src/window/frameview/mainwindow_marks.cpp
+    /// Crosses at positions of the frame, pixels, in the place of those before.
+    /// @param nSize  length of the arms, pixels
     void showCrossMarks(const QList<QPointF>& listPos, const QColor& color, int nSize);
+    /// Takes the crosses off the frame.
     void clearCrossMarks();
+    /// Green circles of the extraction's window radius at positions of the frame, pixels.
     void showCircleMarks(const QList<QPointF>& listPos);
+    /// Takes these circles off the frame.
     void clearCircleMarks();
+    /// Labels the indexed peaks of the frame in view by h, k, l, if the menu says so; else takes the labels
+    /// off.
     void showPeakText();
+    /// Takes the labels off the frame.
     void clearTextMarks();
+    /// The menu entry for the labels was switched; its own state is what counts.
     void enableShowPeaks(bool bShow);
+    /// Shows the pixel under the pointer in the status bar and, with the right button held, beside it.
+    /// @param posF  pixels of the frame, its upper left corner (0, 0)
     void mouseMoving(QPointF posF);
 
-    // Mapping and merging: src/reciprocal/mainwindow_mapping.cpp
+    // Mapping and merging: src/window/reciprocal/mainwindow_mapping.cpp
+    /// Maps the peaks of all frames into reciprocal space with shifts and geometry as they are now.
     void transformPeaksTo3D();
+    /// Shows the mapped peaks within the limits of intensity and resolution in the raw view, with their
+    /// groups.
+    /// During a run this waits for its end.
     void showPeaksIn3D();
+    /// Maps and shows them anew after a change of the geometry; during a run after it.
     void recalculate3DPeakPositionsAndUpdateView();
+    /// Links the peaks of the group chosen on the page into chains, merges each to a reflection, and shows
+    /// these.
     void peakReduction3D();
+    /// Draws the rotation axis through the direct beam of the frame in view, or hides it.
     void showRotationAxisLine();
 
-    // The unit cell: src/reciprocal/mainwindow_cell.cpp
+    // The unit cell: src/window/reciprocal/mainwindow_cell.cpp
+    /// Searches a cell on the reflections of the group chosen on the page and puts it in force.
     void runUnitCellHunting();
+    /// Puts the cell that was found or made by hand in force and shows it; one under test goes.
     void updateUnitCell();
+    /// Shows a, b, c in Å and α, β, γ in degrees of the cell in force, and what is expected on the frame by
+    /// it.
     void updateUnitCellInfo();
+    /// Begins the manual way, with a made-up cell where there is none, or leaves it.
     void switchtoManualUnitCellHunting(bool bTrue);
+    /// Turns a* into the direction that the current 3D view looks along, at the length of its box in Å⁻¹.
     void unitCellHuntingManualAssignRA();
+    /// The same for b*.
     void unitCellHuntingManualAssignRB();
+    /// The same for c*.
     void unitCellHuntingManualAssignRC();
+    /// Gives a* the length of its box, Å⁻¹.
     void unitCellHuntingManualUpdateRA();
+    /// The same for b*.
     void unitCellHuntingManualUpdateRB();
+    /// The same for c*.
     void unitCellHuntingManualUpdateRC();
 
-    // Its transformation: src/crystal/mainwindow_transformation.cpp
+    // Its transformation: src/window/crystal/mainwindow_transformation.cpp
+    /// Transforms the cell that was found by the matrix of the page and puts the result in force, for a
+    /// test.
+    /// @return false, with a red line, when no cell comes out of it
     bool transformUnitCell();
+    /// The same for good: the result becomes the cell that was found, and indices of the former one go.
     void transformUnitCellClicked();
+    /// Puts the transformed cell in force for a test, or the one that was found back.
     void testUnitCellToggled(bool bChecked);
+    /// Takes the matrix from the page; a test under way goes on with it.
     void unitCellTransformatinMatrixEdited();
 
-    // Indexing and reflection lists: src/crystal/mainwindow_indexing.cpp
+    // Indexing and reflection lists: src/window/crystal/mainwindow_indexing.cpp
+    /// Indexes the reflections of the group chosen on the page with the cell in force, and writes what its
+    /// boxes ask for.
     void runIndexing();
+    /// Asks for a file of reflections h k l and shows them, placed by the cell in force.
+    /// @return false when none was chosen or read
     bool loadShelxFile();
 
-    // Point groups: src/reciprocal/mainwindow_groups.cpp
+    // Point groups: src/window/reciprocal/mainwindow_groups.cpp
+    /// Makes the points selected in the current 3D view a group of their own.
     void addSelectedAsNewGroup();
+    /// Removes the groups selected in the table of the page; their points stay.
     void removeSelectedPeakGroups();
+    /// Unites the groups selected in the table of the page.
     void mergeSelectedPeakGroups();
+    /// Asks, and removes all groups but the first.
     void resetSelectedPeakGroups();
+    /// Asks for a file and writes the points of the selected groups, of all where none is selected.
     void exportSelectedPeak3D();
+    /// Asks for a file and writes where the points of the first group lie, Å⁻¹.
     void exportPeak3D();
+    /// Gives the raw view the groups that the masks of the peaks tell, and goes to it.
     void restorePointGroups();
+    /// Writes the groups of the raw view into the masks of the peaks.
     void updatePeakGroupsFromView();
+    /// Shows or hides the group of a row, or asks for its colour, by the column that was clicked.
     void pointGroupTableCellClicked(int nRow, int nColumn);
+    /// Renames the group of a row in the view.
     void pointGroupTableLabelEdidted(int nRow, int nColumn);
+    /// Brings the tables of groups into line with a view whose points, groups or selection have changed.
     void ed3dViewPointDisplayDataChanged(ED3DWidget* view);
 
-    // Peak table: src/reciprocal/mainwindow_peaktable.cpp
+    // Peak table: src/window/reciprocal/mainwindow_peaktable.cpp
+    /// Fills the peak table with these reflections.
     void updatePeakTable(QList<Peak3D> listPeak);
+    /// Shows the columns that are checked in the menu of the titles, and hides the others.
     void updatePeakTableColumnVisability();
+    /// Puts the selected rows on the clipboard as text with tabulators, without hidden columns.
     void copySelectedReflectionsInPeakTable();
+    /// The same for all rows, which are selected by it.
     void copyAllReflectionsInPeakTable();
 
-    // Curve window: src/frames/mainwindow_curves.cpp
+    // Curve window: src/window/frames/mainwindow_curves.cpp
+    /// Draws the intensity of a reflection through the frames.
+    /// @param nIndex  its nID
+    /// @return false, with a red line, when there is no chain of that number
     bool showPeakInCurve(int nIndex);
+    /// The same for the reflection of a row of the peak table.
     void updateCurveWindow(QModelIndex index);
+    /// Puts frame numbers and intensities of the curve on the clipboard as text.
     void copyIntensityCurveData();
+    /// Puts the picture of the curve on the clipboard.
     void copyIntensityCurveWindow();
 
-    // Measured again on the frames: src/frames/mainwindow_remeasurement.cpp. All runs of these three groups
-    // go by m_bRunning: a call during one of them stops it.
+    // Measured again on the frames: src/window/frames/mainwindow_remeasurement.cpp. All runs of these three
+    // groups go by m_bRunning: a call during one of them stops it.
+    /// Fits the direct beam on each frame and writes the results to the log.
+    /// @return false when the call stopped another run or was refused, or there are no frames
     bool fitDirectBeam();
+    /// Fits the positions of peaks on their frames.
+    /// @param peaksSorted  a list per frame
+    /// @return the peaks with fitted positions; empty when the run did not begin
     QVector<QList<Peak3D>> refinePeakPosition(const QVector<QList<Peak3D>>& peaksSorted);
+    /// The same, changing the peaks themselves.
+    /// @return per frame and peak the numbers of the fit
     QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(QVector<QList<Peak3D>>& peaksSorted);
+    /// Measures the intensities of peaks on their frames; at a regular end these peaks become the
+    /// reflections.
+    /// @param peaksSorted  a list per frame
+    /// @return false when the run did not begin
     bool extractIntensity(QVector<QList<Peak3D>>& peaksSorted);
+    /// Fits the positions of the indexed peaks on their frames.
     void runIntensityExtraction();
+    /// Asks for a folder and writes the sum of the frames of each beam tilt series into it.
     void runUnitCellRefinementFromLoadingData();
 
-    // Refinements: src/crystal/mainwindow_refinement.cpp
+    // Refinements: src/window/crystal/mainwindow_refinement.cpp
+    /// Refines the cell on the d* of the indexed peaks, if asked for after a fit of their positions.
     void runUnitCellRefinement();
+    /// Fits for each frame the map from the index differences of peak pairs to their distances on it, and
+    /// writes it to the log.
     void refineDirectBeamPosition();
+    /// Refines a*, b*, c* on the tilts of the frames of indexed reflections, and tells them; the cell stays.
     void refineBasisVectors();
+    /// The same on the tilts at the tops of the fitted curves, with the frames expected by the refined cell.
     void refineUnitCellUsingFrameNo();
 
-    // Tests: src/reciprocal/mainwindow_testruns.cpp
+    // Tests: src/window/reciprocal/mainwindow_testruns.cpp
+    /// Looks for the azimuth of the rotation axis that the shown peaks fit best, and tells it.
     void testRotationAxis();
+    /// Fits the orientation of a cubic cell to the indexed reflections and tells it.
     void testFindCubicCell();
+    /// The same on the tilts at the tops of the fitted curves.
     void refineCubicUnitCell();
+    /// Writes the positions of the indexed peaks of the frame in view, and the cell as it lies in their
+    /// plane, to the log and to a file beside the project.
     void testStreching();
+    /// Groups the difference vectors of the shown peaks of the frame in view, and writes the groups to the
+    /// log.
     void test2DIndexing();
+    /// Shows all reflections up to 1 Å⁻¹ of the cell in force as merged ones.
     void testIndexing();
 
-    // Expected positions: src/reciprocal/mainwindow_prediction.cpp
+    // Expected positions: src/window/reciprocal/mainwindow_prediction.cpp
+    /// Circles where reflections are expected on the frame in view, or where it has indexed peaks.
     void showEstimatedPeakPosition();
+    /// The same anew, where it is the cell that tells the places.
     void updateExpectedPeakPositionFromOrientationMatrix();
 
-    // Exports: src/frames/mainwindow_exports.cpp, src/reciprocal/mainwindow_volume.cpp,
-    // src/view3d/mainwindow_movie.cpp
+    // Exports: src/window/frames/mainwindow_exports.cpp, src/window/reciprocal/mainwindow_volume.cpp,
+    // src/window/view3d/mainwindow_movie.cpp
+    /// Asks for a name and writes the frame in view: as shown, or its values, by the format.
     void saveCurrent();
+    /// Asks for folder and format and writes all frames as pictures within the contrast limits.
     void saveSeries();
+    /// Writes all frames as SMV images into the folder of the project. Needs the shifts.
     void exportSMVImages();
+    /// Asks for a factor and writes a copy of each frame, scaled by it, beside the frame.
     void exportBinnedFrames();
+    /// Asks for an edge in voxels and writes reciprocal space as a volume. Needs the shifts.
     void export3DReciprocalVolmue();
+    /// Asks for a name and writes pictures of the 3D view all the way round, one per rotation step.
     void grab3DMovieFrames();
 
-    // The 3D view in the current tab: src/view3d/mainwindow_view3d.cpp
+    // The 3D view in the current tab: src/window/view3d/mainwindow_view3d.cpp
+    /// Brings the page into line with the view.
     void update3DViewControls();
+    /// Factor on the sizes of the points.
     void pointSize3DChanged(double dfNewSize);
+    /// Transparency of the points, per cent.
     void pointAlpha3DChanged(int nTransparency);
+    /// Transparency of the grid behind the points, per cent; the next start begins with it.
     void canvasGridTransparencyChanged(int nTransparency);
+    /// Shows or hides this grid.
     void canvasGridToggled(bool bEnable);
+    /// Shows or hides the points of the lattice.
     void unitCellLatticePointsToggled(bool bEnable);
+    /// Shows or hides its lines.
     void unitCellLatticeLinesToggled(bool bEnable);
+    /// Draws as many cells along a*, b*, c* as the page says.
     void unitCellLatticeRangeChanged();
+    /// Looks along a* of the cell in force.
     void rotateAlongRA();
+    /// Looks along b*.
     void rotateAlongRB();
+    /// Looks along c*.
     void rotateAlongRC();
+    /// Looks along a, of the direct cell.
     void rotateAlongA();
+    /// Looks along b.
     void rotateAlongB();
+    /// Looks along c.
     void rotateAlongC();
+    /// Turns the scene about an axis of the screen by the rotation step of the page, degrees: upwards.
     void rotate3DViewUp();
+    /// Downwards.
     void rotate3DViewDown();
+    /// To the left.
     void rotate3DViewLeft();
+    /// To the right.
     void rotate3DViewRight();
+    /// Clockwise.
     void rotate3DViewClockwise();
+    /// Counter-clockwise.
     void rotate3DViewCounterClockwise();
 
 signals:
