@@ -32,7 +32,14 @@ void clearDataSet(DataSet& data)
     data.m_listCell.clear();
     data.m_vecPeakIndexedOnFrame.clear();
     data.m_vecReflectionFrame.clear();
+    data.m_listReflectionIndexed.clear();
+    data.m_listCellIndexed.clear();
     data.m_maskPeakHunting.listPolygon.clear();
+}
+
+bool holdsIndicesOfCell(const DataSet& data)
+{
+    return data.m_listCellIndexed == data.m_listCell;
 }
 
 QString fileOfProject(const DataSet& data, const QString& strEnding)

@@ -42,7 +42,6 @@ struct PeakMapping {
 /// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
 /// lies further down the road standing; counts of frames are checked where the data are used.
 struct DataSet {
-    QString m_strWorkingDir;  ///< start folder of every file dialog
     QString m_strProjectDir;
     QString m_strProjectName;
     QStringList m_listFrameFile;    ///< full path of each frame in series order
@@ -72,11 +71,12 @@ struct DataSet {
     QList<QList<Peak3D>> m_listPeakChain;         ///< per nID the frame peaks, centre-relative
     QVector<QList<Peak3D>> m_vecPeakIndexedOnFrame;
     std::vector<int> m_vecReflectionFrame;  ///< per nID the frame where the reflection is strongest
+    QList<Peak3D> m_listReflectionIndexed;  ///< reflections that the last indexing left, with real indices
+    QList<Vec3D> m_listCellIndexed;         ///< the cell that they were indexed with
     int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
     ImageList m_vecFrameImage;              ///< images of the current frame
     MaskData m_maskPeakHunting;
     CSpaceGroup m_spaceGroup;
-    bool m_bAutoContrastOnLoad = true;  ///< the next display derives the contrast limits
     bool m_bRunning = false;
     bool m_bHuntingRunning = false;
 };
@@ -85,8 +85,12 @@ struct DataSet {
 std::optional<ReciprocalBasis> cellInForce(const DataSet& data);
 
 /// Takes leave of the data set: frees the images of the current frame and empties hot pixels, peaks, shifts,
-/// cells, indexed peaks and the hunting mask. Geometry, groups and merged lists stay until they are replaced.
+/// cells, indexed peaks and reflections, and the hunting mask. Geometry, groups and merged lists stay until
+/// they are replaced.
 void clearDataSet(DataSet& data);
+
+/// Whether the indices of the reflections and of their peaks are those of the cell in force.
+bool holdsIndicesOfCell(const DataSet& data);
 
 /// The file beside the project that is named after it: project folder, "/", project name and the ending as it
 /// is given, such as ".pk" or "_pos.txt".

@@ -109,14 +109,6 @@ static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReas
     report.addMessage(QStringLiteral("Shift correction data loaded from %1.").arg(strFile));
 }
 
-static void finishFrames(DataSet& data)
-{
-    if (!data.m_listFrameFile.isEmpty())
-        data.m_strWorkingDir = QFileInfo(data.m_listFrameFile.first()).absolutePath();
-    roundToPages(data);
-    data.m_bAutoContrastOnLoad = true;
-}
-
 bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName, CRunReport& report,
                  QStringList* plistReason)
 {
@@ -150,7 +142,7 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     openPeakList(data, report, plistReason);
     report.goOn();
     openShifts(data, report, plistReason);
-    finishFrames(data);
+    roundToPages(data);
     report.goOn();
     return true;
 }
@@ -195,12 +187,10 @@ bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& repo
     }
     data.m_listOverallTilt = data.m_listStageTilt;
     data.m_listBeamTiltBreak = beamTiltBreaks(data.m_listBeamTilt);
-    if (data.m_strWorkingDir.isEmpty())
-        data.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
-    data.m_strProjectDir = data.m_strWorkingDir;
+    data.m_strProjectDir = QFileInfo(listFile.first()).absolutePath();
     data.m_strProjectName = QFileInfo(listFile.first()).completeBaseName();
     openHotPixels(data, report, plistReason);
-    finishFrames(data);
+    roundToPages(data);
     return true;
 }
 

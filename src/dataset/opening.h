@@ -30,7 +30,7 @@ QString reasonNotToOpen(const QString& strFile);
 /// A stretching amplitude of at least 0.01 is taken over, with the file's azimuth plus 90 modulo 180, and
 /// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are. The rotation
 /// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
-/// (roundToPages()). m_strWorkingDir becomes the folder of the first frame, if there is one.
+/// (roundToPages()).
 ///
 /// The caller then maps the peaks if countsAgree(), and calls loadUnitCellAtOpening() in any case.
 ///
@@ -54,8 +54,7 @@ bool countsAgree(const DataSet& data);
 bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
 
 /// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
-/// tilt 0, geometry as it was. The project's folder is m_strWorkingDir, which the caller sets to the folder
-/// of the first file, as for every opening; if it is empty it becomes that folder here.
+/// tilt 0, geometry as it was. The project's folder is that of the first file.
 ///
 /// @return false for an empty list; nothing has then changed
 bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,

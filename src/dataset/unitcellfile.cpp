@@ -6,8 +6,6 @@
 #include "dataset/textscanner.h"
 #include "records/wholefile.h"
 
-#include <QFileInfo>
-
 #include <cmath>
 #include <limits>
 
@@ -69,18 +67,14 @@ QByteArray unitCellText(const ReciprocalBasis& basis)
     return strText;
 }
 
-bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason)
+bool saveUnitCellFile(const DataSet& data, const QString& strFileName, QString* pstrReason)
 {
     if (strFileName.isEmpty())
         return giveReason(pstrReason, QStringLiteral("no name for the unit cell file"));
     const std::optional<ReciprocalBasis> basis = cellInForce(data);
     if (!basis)
         return giveReason(pstrReason, strFileName, QStringLiteral("no cell to write"));
-    const QByteArray strText = unitCellText(*basis);
-    if (!writeWholeFile(strFileName, strText, pstrReason))
-        return false;
-    data.m_strWorkingDir = QFileInfo(strFileName).absolutePath();
-    return true;
+    return writeWholeFile(strFileName, unitCellText(*basis), pstrReason);
 }
 
 }  // namespace tessera

@@ -24,8 +24,9 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason =
 /// Line ends are line feeds on every platform.
 QByteArray unitCellText(const ReciprocalBasis& basis);
 
-/// Writes m_listCell, whole or not at all; m_strWorkingDir then becomes the file's folder.
+/// Writes m_listCell, whole or not at all.
 /// @return false when there is no cell in force, the name is empty or the file cannot be written
-[[nodiscard]] bool saveUnitCellFile(DataSet& data, const QString& strFileName, QString* pstrReason = nullptr);
+[[nodiscard]] bool saveUnitCellFile(const DataSet& data, const QString& strFileName,
+                                    QString* pstrReason = nullptr);
 
 }  // namespace tessera

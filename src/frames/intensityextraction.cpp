@@ -90,9 +90,10 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
     if (outcome.end == RunEnd::Finished) {
         dataSet.m_listPeakMerged = listFlat;
         dataSet.m_listPeakMergedShown = listFlat;
-        // Both go by the numbers of the reflections that have just left.
+        // All of these go by the numbers of the reflections that have just left.
         dataSet.m_listPeakChain.clear();
         dataSet.m_vecReflectionFrame.clear();
+        dataSet.m_listReflectionIndexed.clear();
     } else {
         // Chains and reflections stand, and the peaks go on naming theirs.
         for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i)

@@ -11,28 +11,28 @@ void updateUnitCell(DataSet& dataSet)
         dataSet.m_listCell = dataSet.m_listCellFound;
 }
 
-bool commitTransformedCell(DataSet& dataSet, CRunReport& report)
+bool commitTransformedCell(DataSet& dataSet)
 {
     if (!cellInForce(dataSet))
         return false;
     dataSet.m_listCellFound = dataSet.m_listCell;
-    saveProjectCell(dataSet, report);
     dataSet.m_vecPeakIndexedOnFrame.clear();
     dataSet.m_vecReflectionFrame.clear();
     return true;
 }
 
-void saveProjectCell(DataSet& dataSet, CRunReport& report)
+bool saveProjectCell(const DataSet& dataSet, CRunReport& report)
 {
     if (dataSet.m_strProjectDir.isEmpty())  // a cell that was loaded or set by hand, with no data set open
-        return;
+        return false;
     const QString strFileName = fileOfProject(dataSet, ResultFile::Cell);
     QString strReason;
-    if (!saveUnitCellFile(dataSet, strFileName, &strReason)) {
-        report.noteReason(strReason);
-        report.fail(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName));
-        report.addMessage(strReason, Severity::Error);
-    }
+    if (saveUnitCellFile(dataSet, strFileName, &strReason))
+        return true;
+    report.noteReason(strReason);
+    report.fail(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFileName));
+    report.addMessage(strReason, Severity::Error);
+    return false;
 }
 
 }  // namespace tessera

@@ -9,14 +9,14 @@ namespace tessera {
 /// The commit of a found basis: m_listCell takes m_listCellFound when that holds three vectors.
 void updateUnitCell(DataSet& dataSet);
 
-/// The commit of a transformed basis: m_listCellFound takes m_listCell, the project's unit-cell file takes
-/// the basis (a red line if it can't be written; the commit stands; without a project there is no file), and
-/// the indexed peaks and the reflections' frames are emptied, since they belong to the former cell.
+/// The commit of a transformed basis: m_listCellFound takes m_listCell, and the indexed peaks and the
+/// reflections' frames are emptied, since they belong to the former cell. saveProjectCell() belongs after it.
 /// @return false, with nothing changed, without a cell in force
-bool commitTransformedCell(DataSet& dataSet, CRunReport& report);
+bool commitTransformedCell(DataSet& dataSet);
 
 /// Writes the cell in force to the project's unit-cell file; one that can't be written is a red line with its
 /// reason. Without a project there is no file.
-void saveProjectCell(DataSet& dataSet, CRunReport& report);
+/// @return whether it was written
+bool saveProjectCell(const DataSet& dataSet, CRunReport& report);
 
 }  // namespace tessera

@@ -145,6 +145,8 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         return {};
     // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
+    dataSet.m_listReflectionIndexed = result.listIndexed;
+    dataSet.m_listCellIndexed = dataSet.m_listCell;
     if (fnShow)
         fnShow(result);
     if (parameters.m_bOutputIndexing)

@@ -31,10 +31,11 @@ bool holdsIndexed(const QList<Peak3D>& listIndexed);
 ///
 /// `fnShow` is called once the reflections are sorted out and grouped, before files and statistics: views and
 /// table take the result there, and the table the space group that the statistics leave on another one.
-/// Replaces m_vecPeakIndexedOnFrame and m_vecReflectionFrame, writes the result files when the boxes ask for
-/// them (without any indexed peaks of the frames not their list), and leaves m_listPeakMerged as it is. Every
-/// status but Finished leaves the data set unchanged. When no reflection is indexed, former files that hold
-/// some are kept with "~" behind their names, or stay if what is kept there holds more.
+/// Replaces m_vecPeakIndexedOnFrame, m_vecReflectionFrame, m_listReflectionIndexed and m_listCellIndexed,
+/// writes the result files when the boxes ask for them (without any indexed peaks of the frames not their
+/// list), and leaves m_listPeakMerged as it is. Every status but Finished leaves the data set unchanged. When
+/// no reflection is indexed, former files that hold some are kept with "~" behind their names, or stay if
+/// what is kept there holds more.
 ///
 /// @param pFiles  may be null; else the result files become part of the set and wait for its commit(), and
 ///                what becomes of former ones is the caller's affair

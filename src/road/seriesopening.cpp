@@ -16,7 +16,6 @@ bool openInput(RoadState& state)
 {
     const RoadOptions& options = state.options;
     CRoadReport& report = state.report;
-    state.dataSet.m_strWorkingDir = QFileInfo(options.listInput.first()).absolutePath();
     QStringList& listReason = state.listSideReason;
     bool bOpened = false;
     if (options.isProject()) {

@@ -527,6 +527,8 @@ private:
     void startManualCell();
     void clearCurve();
     void showLattice();
+    /// Writes the cell in force beside the project, where dialogs then start.
+    void saveProjectCell(CRunReport& report);
     bool readCellMatrix();
 
     /// Sets the contrast limits from the frame in memory.
@@ -587,6 +589,8 @@ private:
     void catchUpAfterRun(bool bReload);
 
     DataSet m_dataSet;
+    QString m_strWorkingDir;            ///< where every file dialog starts
+    bool m_bAutoContrastOnLoad = true;  ///< the next frame shown gives the contrast limits
     PeakHuntingParameters m_hunting;
     MappingParameters m_mapping;
     PeakMergingParameters m_merging;
@@ -594,9 +598,7 @@ private:
     IndexingParameters m_indexing;
     ExtractionParameters m_extraction;
     RefinementParameters m_refinement;
-    bool m_bConstantBackground = false;     ///< of the fits of peak positions; a setting
-    QList<Peak3D> m_listReflectionIndexed;  ///< merged reflections that the last indexing left
-    QList<Vec3D> m_listCellIndexed;         ///< the cell that they were indexed with
+    bool m_bConstantBackground = false;  ///< of the fits of peak positions; a setting
     CPeakFilters m_peakFilters;
     QLocale m_locale = QLocale::system();
 
@@ -629,9 +631,7 @@ private:
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
     double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
     CMatrix3 m_dfCellMatrix = CMatrix3::identity();  ///< of the transformation of the cell
-    QString m_strLatticeHost;      ///< address of the service that the links of unit cells go to
-    QList<Vec3D> m_listTextPoint;  ///< the text reflection list opened last: Å⁻¹
-    QList<HKLRef> m_listTextReflection;
+    QString m_strLatticeHost;  ///< address of the service that the links of unit cells go to
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;
 

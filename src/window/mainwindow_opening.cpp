@@ -41,7 +41,7 @@ void MainWindow::newProject()
 {
     if (refuseDuringRun(QStringLiteral("A new project")))
         return;
-    NewProjectDialog dialog(m_dataSet.m_strWorkingDir, this);
+    NewProjectDialog dialog(m_strWorkingDir, this);
     const std::unique_ptr<QSettings> pSettings(makeSettings());
     dialog.readSettings(*pSettings);
     if (dialog.exec() != QDialog::Accepted)
@@ -56,7 +56,7 @@ void MainWindow::open()
     if (refuseDuringRun(strWhat))
         return;
     openFiles(QFileDialog::getOpenFileNames(
-        this, QStringLiteral("Open Files"), m_dataSet.m_strWorkingDir,
+        this, QStringLiteral("Open Files"), m_strWorkingDir,
         QStringLiteral("ED3D Project(*.ed3d);;Images(%1);;All Files (*.*)").arg(frameNameFilters())));
 }
 
@@ -99,7 +99,7 @@ void MainWindow::openFiles(const QStringList& listFile)
         WindowReport(*this).addMessage(strReason, Severity::Error);
         return;
     }
-    m_dataSet.m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
+    m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
     try {
         switch (openKind(listFile)) {
             case OpenKind::nothing:
@@ -124,17 +124,19 @@ void MainWindow::openFiles(const QStringList& listFile)
 bool MainWindow::openReflectionList(const QString& strFileName)
 {
     WindowReport report(*this);
+    QList<Vec3D> listPoint;  // Å⁻¹
+    QList<HKLRef> listReflection;
     QString strReason;
-    if (!readReflectionList(strFileName, m_listTextPoint, m_listTextReflection, &strReason)) {
+    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason)) {
         report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason),
                           Severity::Error);
         return false;
     }
     report.addMessage(
-        QStringLiteral("%L1 reflections loaded from %2.").arg(m_listTextPoint.size()).arg(strFileName));
+        QStringLiteral("%L1 reflections loaded from %2.").arg(listPoint.size()).arg(strFileName));
     keepRawGroups();
     m_bRawViewHoldsPeaks = false;
-    showInRawView(peaksOfReflectionList(m_listTextPoint, m_listTextReflection));
+    showInRawView(peaksOfReflectionList(listPoint, listReflection));
     m_pTabWidget->setCurrentIndex(1);
     return true;
 }
@@ -211,7 +213,6 @@ void MainWindow::clearDataSet()
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
     m_dataSet.m_listPeakChain.clear();
     clearCurve();
-    m_listReflectionIndexed.clear();
     Peak3D peakNone;  // stands for nothing and keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});
@@ -229,10 +230,10 @@ void MainWindow::showFirstFrame()
         m_pFrameSlider->setValue(1);
     }
     m_pActions->m_listSelection.first()->setChecked(true);
-    m_dataSet.m_bAutoContrastOnLoad = true;
+    m_bAutoContrastOnLoad = true;
     updateControls(0);
     // A frame that could not be read has no contrast: the first one that can gives the limits.
-    m_dataSet.m_bAutoContrastOnLoad = m_dataSet.m_vecFrameImage.empty();
+    m_bAutoContrastOnLoad = m_dataSet.m_vecFrameImage.empty();
     if (m_dataSet.m_vecFrameImage.empty()) {
         // No frame, or none that could be read: the picture of the former series must not stand in for it.
         CImgObj<unsigned char> imgDot;

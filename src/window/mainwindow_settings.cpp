@@ -131,8 +131,7 @@ void MainWindow::readSettings()
         restoreGeometry(bytesGeometry);
     if (!bWhole || !restoreState(bytesState))
         arrangeDocks();
-    m_dataSet.m_strWorkingDir =
-        pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
+    m_strWorkingDir = pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
 
     // A value that is no number, from a damaged file, leaves the default.
     for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha)) {
@@ -182,7 +181,7 @@ void MainWindow::writeSettings()
     pSettings->setValue(QStringLiteral("geometry"), bytesGeometry);
     pSettings->setValue(QStringLiteral("windowState"), bytesState);
     pSettings->setValue(QLatin1String(g_szChecksum), windowChecksum(bytesGeometry, bytesState));
-    pSettings->setValue(QStringLiteral("workingDir"), m_dataSet.m_strWorkingDir);
+    pSettings->setValue(QStringLiteral("workingDir"), m_strWorkingDir);
     pSettings->setValue(latticeHostKey(), m_strLatticeHost);
     for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))
         pSettings->setValue(stored.strKey, *stored.pdfValue);

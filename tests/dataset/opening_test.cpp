@@ -99,19 +99,16 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
                                               "Unit cell loaded from " + path("unitcell.txt") + "."}));
     EXPECT_EQ(m_data.m_listFrameFile[0], path("a/f1.mrc"));
     EXPECT_EQ(m_data.m_listBeamTiltBreak, QList<int>({1, 0, 0}));
-    EXPECT_EQ(m_data.m_strWorkingDir, path("a"));
 
     writeBytes(path("p.pk"), "1 0 0 1 1 1\n2 2 0 1 1 1\n");
     writeBytes(path("p.sc"), "100.126 250.5\n1 0 0\n2 0 0\n3 0 0\n");
     writeBytes(path("p.uc"), "b* 1 0 0\n");
-    m_data.m_bAutoContrastOnLoad = false;
     m_data.m_vecReflectionFrame = {1};
     m_data.m_maskPeakHunting.listPolygon.append(QPolygonF());
     ASSERT_TRUE(open());
     EXPECT_TRUE(m_data.m_listCell.isEmpty() && m_data.m_vecReflectionFrame.empty() &&
                 m_data.m_maskPeakHunting.listPolygon.isEmpty())
         << "nothing of the data set before";
-    EXPECT_TRUE(m_data.m_bAutoContrastOnLoad);
     EXPECT_EQ(m_report.marked()[1], "2 peaks on 3 frames loaded from " + path("p.pk") + ".");
     EXPECT_EQ(QList<double>(
                   {m_data.m_dfCenterX, m_data.m_dfWavelength, m_data.m_dfRotationAxis, m_data.m_dfPixelSize}),
@@ -182,12 +179,12 @@ TEST_F(Opening, TakesStretchingFromAHundredthOnAndTurnsItsAzimuth)
 
 TEST_F(Opening, ImagesBecomeFramesATenthOfADegreeApart)
 {
-    m_data.m_strWorkingDir = m_folder.path();
     ASSERT_TRUE(
         openImageFiles(m_data, {path("x.1.dm3"), path("x.2.dm3"), path("y.dm3"), path("z.dm3")}, m_report));
     EXPECT_EQ(m_data.m_listFrameFile.size(), 4);
     EXPECT_EQ(m_data.m_listStageTilt[3], 0.1 * 3);
     EXPECT_EQ(m_data.m_listBeamTiltBreak, QList<int>({1, 0, 0, 0}));
+    EXPECT_EQ(m_data.m_strProjectDir, m_folder.path());
     EXPECT_EQ(m_data.m_strProjectName, QString("x.1"));
     EXPECT_EQ(openKind({"a.TXT", "b.ed3d"}), OpenKind::reflectionList);
     EXPECT_EQ(openKind({"ed3d"}), OpenKind::images);

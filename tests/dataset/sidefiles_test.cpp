@@ -79,7 +79,6 @@ TEST(UnitCellFile, IsWrittenWithItsDirectCellAndReadsBack)
     EXPECT_EQ(readUnitCellFile(strFile), data.m_listCell);
     EXPECT_FALSE(saveUnitCellFile(data, ""));
     EXPECT_FALSE(saveUnitCellFile(data, folder.filePath("none/a.uc")));
-    EXPECT_EQ(data.m_strWorkingDir, folder.path());
     data.m_listCell.removeLast();
     EXPECT_FALSE(saveUnitCellFile(data, strFile));
     EXPECT_EQ(readUnitCellFile(strFile).size(), 3);

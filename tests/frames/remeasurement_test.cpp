@@ -259,6 +259,7 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     dataSet.m_vecPeakIndexedOnFrame = series.peaks;
     dataSet.m_listPeakChain = {{Peak3D()}};
     dataSet.m_vecReflectionFrame = {1, 2};
+    dataSet.m_listReflectionIndexed = {Peak3D()};
     series.peaks[1][0].dfY2D = 129.5;
     const auto extract = [&](QVector<QList<Peak3D>>& vecPeak) {
         return extractIntensity(dataSet, vecPeak, {}, {6, 2, 1}, series.filters, series.report);
@@ -267,9 +268,11 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     EXPECT_TRUE(series.report.said(
         "red Some peaks are outside the frame.\nred >Intensity extraction did not finish."));
     EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty() && dataSet.m_listPeakChain.size() == 1);
+    EXPECT_EQ(dataSet.m_listReflectionIndexed.size(), 1);
     EXPECT_EQ(series.peaks[0][0].nID, 40);
     EXPECT_EQ(extract(dataSet.m_vecPeakIndexedOnFrame).end, RunEnd::Finished);
-    EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty());
+    EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty() &&
+                dataSet.m_listReflectionIndexed.isEmpty());
     ASSERT_EQ(dataSet.m_listPeakMerged.size(), 4);
     for (int n = 0; n < 4; ++n)
         for (const Peak3D& peak : {dataSet.m_listPeakMerged[n], dataSet.m_listPeakMergedShown[n],

@@ -243,10 +243,18 @@ TEST(CellCommit, TakesATransformedCellToListsAndFile)
     data.m_vecPeakIndexedOnFrame = {{Peak3D()}};
     data.m_vecReflectionFrame = {3};
     CRecordingReport log;
-    EXPECT_TRUE(commitTransformedCell(data, log) && log.m_listLine.isEmpty());
+    EXPECT_TRUE(commitTransformedCell(data));
+    EXPECT_TRUE(saveProjectCell(data, log) && log.m_listLine.isEmpty());
     EXPECT_EQ(data.m_listCellFound, data.m_listCell);
     EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty() && data.m_vecReflectionFrame.empty());
     EXPECT_NEAR(length(readUnitCellFile(dir.filePath("p.uc")).value(0) - data.m_listCell[0]), 0, 1e-7f);
+    data.m_strProjectDir = dir.filePath("none");
+    EXPECT_FALSE(saveProjectCell(data, log));
+    EXPECT_TRUE(log.said("Failed to save file"));
+    log.m_listLine.clear();
+    data.m_strProjectDir.clear();
+    EXPECT_FALSE(saveProjectCell(data, log)) << "no data set is open";
+    EXPECT_TRUE(log.m_listLine.isEmpty());
 }
 
 TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)

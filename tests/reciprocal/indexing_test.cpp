@@ -177,6 +177,11 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     }
     EXPECT_EQ(data.m_vecReflectionFrame[size_t(list[0].nID)], 5);
     EXPECT_EQ(data.m_vecReflectionFrame[10], -1);
+    EXPECT_EQ(data.m_listReflectionIndexed.size(), nGood - 1);
+    EXPECT_TRUE(holdsIndicesOfCell(data));
+    data.m_listCell[0].x *= 2;
+    EXPECT_FALSE(holdsIndicesOfCell(data));
+    data.m_listCell = g_listCell;
 
     const int nCell = log.find(
         ">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å, "
@@ -307,10 +312,12 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
     for (const auto& row : aRow) {
         DataSet data = indexedSeries(row.listCell, list);
         data.m_vecReflectionFrame = {77};
+        data.m_listReflectionIndexed = {Peak3D()};
         CRecordingReport log;
         EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status);
         EXPECT_EQ(log.log(), row.pLine);
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
+        EXPECT_EQ(data.m_listReflectionIndexed.size(), 1);
     }
     for (int nID : {-3, INT_MAX}) {
         DataSet data = indexedSeries(g_listCell, list);

@@ -42,8 +42,6 @@ void MainWindow::runIndexing()
 
 void MainWindow::showIndexing(const IndexingResult& result)
 {
-    m_listReflectionIndexed = result.listIndexed;
-    m_listCellIndexed = m_dataSet.m_listCell;
     m_pView3DMerged->setIndices(result.listSelection);
     const struct {
         QString strLabel;
@@ -82,7 +80,7 @@ bool MainWindow::loadShelxFile()
     QString strFile;
     if (cellInForce(m_dataSet)) {  // without a cell the reader says so
         syncParametersWithControls(true);
-        strFile = QFileDialog::getOpenFileName(this, tr("Load an HKL file"), m_dataSet.m_strWorkingDir,
+        strFile = QFileDialog::getOpenFileName(this, tr("Load an HKL file"), m_strWorkingDir,
                                                tr("HKL File (*.hkl);;All Files (*.*)"));
         if (strFile.isEmpty())
             return false;

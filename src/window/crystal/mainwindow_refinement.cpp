@@ -70,7 +70,7 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
 {
     runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
         const bool bCell = cellInForce(m_dataSet).has_value();  // without one the run says so
-        if (bCell && m_listReflectionIndexed.isEmpty())
+        if (bCell && m_dataSet.m_listReflectionIndexed.isEmpty())
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
                 Severity::Error);
@@ -81,7 +81,7 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
 
 bool MainWindow::holdsIndicesOfCell(CRunReport& report)
 {
-    if (m_listCellIndexed == m_dataSet.m_listCell)
+    if (tessera::holdsIndicesOfCell(m_dataSet))
         return true;
     report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
                          "again first."),
@@ -101,7 +101,8 @@ TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
 void MainWindow::refineBasisVectors()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::refineBasisVectors(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
+        tessera::refineBasisVectors(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
+                                    tiltOptions(report));
     });
 }
 
@@ -110,7 +111,7 @@ void MainWindow::refineUnitCellUsingFrameNo()
     withIndexedReflections([this](CRunReport& report) {
         const TiltRefinementOptions options = tiltOptions(report);
         const std::optional<TiltRefinement> result = tessera::refineUnitCellUsingFrameNo(
-            m_listReflectionIndexed, m_dataSet, report, options);
+            m_dataSet.m_listReflectionIndexed, m_dataSet, report, options);
         if (result)
             tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
                                         result->listPeak, m_dataSet, report, options, result->bExchanged);

@@ -42,7 +42,8 @@ void MainWindow::transformUnitCellClicked()
                                                                                 : QStringLiteral("0"));
     m_dfCellMatrix = CMatrix3::identity();
     WindowReport report(*this);
-    commitTransformedCell(m_dataSet, report);
+    if (commitTransformedCell(m_dataSet))
+        saveProjectCell(report);
     m_pCellPage->m_pButtonTest->setChecked(false);
     showPeakText();  // the labels of the former cell
 }

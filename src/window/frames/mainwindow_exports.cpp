@@ -28,8 +28,8 @@ QString MainWindow::askSaveImageName(bool bConfirmOverwrite)
 {
     QString strFilter;
     const QString strName = QFileDialog::getSaveFileName(
-        this, tr("Save Files"), m_dataSet.m_strWorkingDir, imageNameFilters().join(QStringLiteral(";;")),
-        &strFilter, bConfirmOverwrite ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite);
+        this, tr("Save Files"), m_strWorkingDir, imageNameFilters().join(QStringLiteral(";;")), &strFilter,
+        bConfirmOverwrite ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite);
     return completedImageName(strName, strFilter);
 }
 
@@ -49,7 +49,7 @@ void MainWindow::saveCurrent()
                                    QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes);
     if (strFile.isEmpty())
         return;
-    m_dataSet.m_strWorkingDir = QFileInfo(strFile).absolutePath();
+    m_strWorkingDir = QFileInfo(strFile).absolutePath();
     if (nTab != 0)
         return;
     const auto warn = [this](const QString& strText) {
@@ -138,7 +138,7 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
     if (stopsRun() || refuseDuringRun(tr("Exporting summed frames")))
         return;
     const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Export summed data..."),
-                                                                m_dataSet.m_strWorkingDir);
+                                                                m_strWorkingDir);
     if (strFolder.isEmpty())
         return;
     runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {

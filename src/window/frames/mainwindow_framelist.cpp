@@ -42,7 +42,7 @@ void MainWindow::fillFileTable()
     const DataSet& dataSet = m_dataSet;
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames > 0)
-        m_dataSet.m_strWorkingDir = QFileInfo(dataSet.m_listFrameFile.first()).absolutePath();
+        m_strWorkingDir = QFileInfo(dataSet.m_listFrameFile.first()).absolutePath();
     pTable->setRowCount(nFrames);
     for (int i = 0; i < nFrames; ++i) {
         setRightItem(pTable, i, 0, QFileInfo(dataSet.m_listFrameFile[i]).fileName());
@@ -95,7 +95,7 @@ void MainWindow::switchToImgIndex(int nIndex)
         renewPixelReadout();
         return;
     }
-    if (m_dataSet.m_bAutoContrastOnLoad)
+    if (m_bAutoContrastOnLoad)
         setAutoContrast();
     if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
         testCurrentPatternForPeaks();
@@ -150,7 +150,7 @@ void MainWindow::setAutoContrast()
     m_pFramesPage->m_pContrastMinSpin->setValue(dfLow);
     m_pFramesPage->m_pContrastMaxSpin->setValue(dfHigh);
     connectPanelSignals(bConnected);
-    m_dataSet.m_bAutoContrastOnLoad = false;  // these limits hold for the series
+    m_bAutoContrastOnLoad = false;  // these limits hold for the series
 }
 
 }  // namespace tessera

@@ -27,7 +27,7 @@ void MainWindow::loadPeakHuntingMask()
     if (refuseDuringRun(tr("Loading a mask")))
         return;
     const QString strFile = QFileDialog::getOpenFileName(
-        this, tr("Load Peak Hunting Mask"), m_dataSet.m_strWorkingDir,
+        this, tr("Load Peak Hunting Mask"), m_strWorkingDir,
         tr("Mask Files (*.%1);;All Files (*.*)").arg(QStringLiteral("msk")));
     if (strFile.isEmpty())
         return;

@@ -117,7 +117,6 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         if (outcome.end != RunEnd::Finished)
             return;
         clearCurve();  // of a reflection that has left
-        m_listReflectionIndexed.clear();
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
         updatePeakTable(m_dataSet.m_listPeakMerged);
         m_pTabWidget->setCurrentIndex(2);

@@ -47,14 +47,14 @@ void MainWindow::saveEDShift()
     if (refuseDuringRun(tr("Exporting shift data")))
         return;
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Shift Data to File"),
-                                                         m_dataSet.m_strWorkingDir, shiftFilter());
+                                                         m_strWorkingDir, shiftFilter());
     if (strFile.isEmpty())
         return;
     syncParametersWithControls(true);
     QString strReason;
     if (writeShiftFile(strFile, {m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY, m_dataSet.m_listShift},
                        &strReason)) {
-        m_dataSet.m_strWorkingDir = QFileInfo(strFile).absolutePath();
+        m_strWorkingDir = QFileInfo(strFile).absolutePath();
         return;
     }
     WindowReport report(*this);
@@ -66,7 +66,7 @@ void MainWindow::loadEDShift()
 {
     if (refuseDuringRun(tr("Loading shift data")))
         return;
-    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load ED Shift"), m_dataSet.m_strWorkingDir,
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load ED Shift"), m_strWorkingDir,
                                                          shiftFilter());
     if (strFile.isEmpty())
         return;
@@ -123,8 +123,8 @@ void MainWindow::loadRawPeaks()
 {
     if (refuseDuringRun(tr("Loading peaks")))
         return;
-    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Raw Peaks"),
-                                                         m_dataSet.m_strWorkingDir, peakListFilter());
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Raw Peaks"), m_strWorkingDir,
+                                                         peakListFilter());
     if (strFile.isEmpty())
         return;
     CRunScope scope(*this);  // a long list lets events through, and nothing else may change the peaks then
@@ -145,8 +145,8 @@ void MainWindow::saveRawPeaks()
 {
     if (refuseDuringRun(tr("Exporting peaks")))
         return;
-    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Raw Peaks"),
-                                                         m_dataSet.m_strWorkingDir, peakListFilter());
+    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Raw Peaks"), m_strWorkingDir,
+                                                         peakListFilter());
     if (strFile.isEmpty())
         return;
     WindowReport report(*this);

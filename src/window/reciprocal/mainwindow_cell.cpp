@@ -15,6 +15,7 @@
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -81,16 +82,24 @@ void MainWindow::runUnitCellHunting()
     const CellHuntingParameters cellHunting = m_cellHunting;
     const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
     guarded([&] {
-        bFound = tessera::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, true,
+        bFound = tessera::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, false,
                                              m_strLatticeHost);
-        if (bFound)
-            adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
+        if (!bFound)
+            return;
+        saveProjectCell(report);
+        adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
     });
     if (bFound) {
         updateUnitCell();
         showLattice();
     }
     pButton->setEnabled(true);
+}
+
+void MainWindow::saveProjectCell(CRunReport& report)
+{
+    if (tessera::saveProjectCell(m_dataSet, report))
+        m_strWorkingDir = QFileInfo(fileOfProject(m_dataSet, QStringLiteral(".uc"))).absolutePath();
 }
 
 /// The lattice of a new cell, one cell in each direction, as lines in both views.
@@ -224,12 +233,14 @@ void MainWindow::exportUnitCell()
     if (refuseDuringRun(tr("Exporting a unit cell")))
         return;
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Unit Cell Data to File"),
-                                                         m_dataSet.m_strWorkingDir, cellFilter());
+                                                         m_strWorkingDir, cellFilter());
     if (strFile.isEmpty())
         return;
     QString strReason;
-    if (saveUnitCellFile(m_dataSet, strFile, &strReason))
+    if (saveUnitCellFile(m_dataSet, strFile, &strReason)) {
+        m_strWorkingDir = QFileInfo(strFile).absolutePath();
         return;
+    }
     WindowReport report(*this);
     report.addMessage(QStringLiteral("No unt cell data was saved."), Severity::Error);
     report.addMessage(strReason, Severity::Error);
@@ -239,8 +250,8 @@ void MainWindow::loadUnitCell()
 {
     if (refuseDuringRun(tr("Loading a unit cell")))
         return;
-    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Unit Cell"),
-                                                         m_dataSet.m_strWorkingDir, cellFilter());
+    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Unit Cell"), m_strWorkingDir,
+                                                         cellFilter());
     if (strFile.isEmpty())
         return;
     QString strReason;

@@ -145,8 +145,8 @@ void MainWindow::exportSelectedPeak3D()
             QMessageBox::warning(this, tr("Error"), tr("Group index out of range!"));
             return;
         }
-    const QString strFile = QFileDialog::getSaveFileName(
-        this, tr("Export 3D Peaks"), m_dataSet.m_strWorkingDir, tr("Text Files (*.txt);;All Files (*.*)"));
+    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export 3D Peaks"), m_strWorkingDir,
+                                                         tr("Text Files (*.txt);;All Files (*.*)"));
     if (strFile.isEmpty())
         return;
     guarded([&] {
@@ -168,7 +168,7 @@ void MainWindow::exportPeak3D()
     const QList<int> listPoint = m_pView3DCurrent->groupPoints().value(0);
     const QList<Peak3D> listPeak = m_pView3DCurrent->points();
     const QString strFile = QFileDialog::getSaveFileName(
-        this, tr("Export 3D Peaks to File"), m_dataSet.m_strWorkingDir,
+        this, tr("Export 3D Peaks to File"), m_strWorkingDir,
         tr("Peak List Files (*.%1);;All Files (*.*)").arg(QStringLiteral("pk")));
     if (strFile.isEmpty())
         return;

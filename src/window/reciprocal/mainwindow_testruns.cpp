@@ -39,14 +39,15 @@ void MainWindow::testRotationAxis()
 void MainWindow::testFindCubicCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::testFindCubicCell(m_listReflectionIndexed, m_dataSet, report);
+        tessera::testFindCubicCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report);
     });
 }
 
 void MainWindow::refineCubicUnitCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::refineCubicUnitCell(m_listReflectionIndexed, m_dataSet, report, tiltOptions(report));
+        tessera::refineCubicUnitCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
+                                     tiltOptions(report));
     });
 }
 

@@ -36,8 +36,7 @@ void MainWindow::grab3DMovieFrames()
 {
     if (refuseDuringRun(tr("Exporting pictures for a movie")))
         return;
-    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Image Files"),
-                                                         m_dataSet.m_strWorkingDir,
+    const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Image Files"), m_strWorkingDir,
                                                          tr("Image Files (*.png);;All Files (*.*)"));
     if (strFile.isEmpty())
         return;
