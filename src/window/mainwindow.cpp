@@ -3,7 +3,10 @@
 #include "frames/frameloader.h"
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "frameview/textdatawidget.h"
 #include "view3d/ed3dwidget.h"
+#include "window/frameview/framemarks.h"
+#include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
@@ -17,10 +20,8 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QGraphicsLineItem>
 #include <QMessageBox>
 #include <QPainter>
-#include <QPen>
 #include <QScreen>
 #include <QSlider>
 #include <QSpinBox>
@@ -55,13 +56,6 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
 
     readSettings();
     updateRecentMenu();
-
-    QPen penAxis(Qt::cyan, 1, Qt::DashLine, Qt::SquareCap, Qt::BevelJoin);
-    m_pAxisLine = new QGraphicsLineItem;
-    m_pAxisLine->setPen(penAxis);
-    m_pAxisLine->setZValue(300);
-    m_pAxisLine->hide();
-    m_pFrameScene->addItem(m_pAxisLine);
 
     syncParametersWithControls(false);
     connectPanelSignals(true);
@@ -138,6 +132,9 @@ void MainWindow::createViews()
     connect(m_pFrameView, &BaseImgView::zoomIn, this, &MainWindow::zoomIn);
     connect(m_pFrameView, &BaseImgView::zoomOut, this, &MainWindow::zoomOut);
     m_pTabWidget->addTab(m_pFrameView, m_mapTabName[0]);
+    m_pMarks = std::make_unique<CFrameMarks>(*m_pFrameScene);
+    m_pPixelReadout = std::make_unique<CPixelReadout>(*m_pFrameScene, *m_pFrameView, *m_pTextData,
+                                                      *statusBar());
 
     create3DView(m_pView3DRaw, m_mapTabName[1]);
     create3DView(m_pView3DMerged, m_mapTabName[2]);
@@ -151,7 +148,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
 {
     if (isRunning()) {
         // The run ends at its next look at the report, and the window is closed then.
-        m_bCloseAsked = true;
+        m_gate.wishes().bClose = true;
         pEvent->ignore();
         return;
     }

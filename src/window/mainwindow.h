@@ -6,8 +6,8 @@
 #include "frames/peakfilters.h"
 #include "geometry/matrix3.h"
 #include "records/buttonstatus.h"
-#include "records/hklref.h"
 #include "records/runparameters.h"
+#include "window/rungate.h"
 
 #include <QColor>
 #include <QLocale>
@@ -23,8 +23,6 @@
 
 class QComboBox;
 class QDockWidget;
-class QGraphicsLineItem;
-class QGraphicsPolygonItem;
 class QProgressBar;
 class QPushButton;
 class QSettings;
@@ -42,8 +40,8 @@ namespace tessera {
 
 class BaseImgView;
 class CellPage;
-class CircleItem;
-class CrossItem;
+class CFrameMarks;
+class CPixelReadout;
 class ED3DWidget;
 class ExtractionPage;
 class CRunReport;
@@ -59,7 +57,6 @@ class ShiftPage;
 class TabWidget;
 class TableModel;
 class TextDataWidget;
-class TextItem;
 struct IndexingResult;
 struct PointGroup;
 struct PositionRefinementOptions;
@@ -476,21 +473,9 @@ private:
     void fillShiftTable();
     void appendShiftRow(const QPointF& ptShift);
     void fillMaskTable();
-    void makeMaskItems();
-    void clearMaskItems();
     void refreshPeakMarks();
-    void showEstimatedMarks(const QList<QPointF>& listPos);
     /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
     void clearFrameMarks();
-    /// Status text and, with bLabel, the pixel label for a place on the frame; both go where there is no
-    /// value.
-    void showPixelReadout(const QPointF& ptF, bool bLabel);
-    /// The same place again where one of the two is in sight, after another frame has come into view.
-    void renewPixelReadout();
-    void clearPixelReadout();
-    void hidePixelLabel();
-    /// Whether the status bar shows the pixel that was read last.
-    bool showsPixelStatus() const;
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
@@ -558,9 +543,9 @@ private:
     void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);
     void runExport(const std::function<void(CRunReport&)>& fnExport);
-    bool isRunning() const { return m_nRunDepth > 0; }
+    bool isRunning() const { return m_gate.isRunning(); }
     /// Whether the call comes from the event pump of a run: what it would change is in use.
-    bool isPumping() const { return m_nRunDepth > 0 && m_nPumpDepth > 0; }
+    bool isPumping() const { return m_gate.isPumping(); }
     /// For what must not happen under a run: with one under way, says so in log and status bar.
     /// @param strWhat  what was asked for, such as "Opening files"
     bool refuseDuringRun(const QString& strWhat);
@@ -609,14 +594,7 @@ private:
     int m_nScaleIndex = 3;
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
-    int m_nRunDepth = 0;               ///< runs under way, one inside the other
-    int m_nPumpDepth = 0;              ///< reports that are handling events for a run
-    int m_nFrameAsked = 0;             ///< frame number asked for during a run; 0 none
-    bool m_bCloseAsked = false;        ///< the window was closed during a run
-    bool m_bRemapAsked = false;        ///< a mapping parameter was changed during a run
-    bool m_bEndCellTestAsked = false;  ///< what a cell is tested with was changed during a run
-    bool m_bShowAsked = false;         ///< a limit of what is shown in 3D was changed during a run
-    bool m_bRegionAsked = false;       ///< a reference region was chosen during a run
+    CRunGate m_gate;
     /// Groups of the raw view while other points stand in it; the masks of the peaks tell who is in them.
     struct KeptGroups {
         QStringList listLabel;
@@ -645,7 +623,6 @@ private:
     OriginalImgScene* m_pFrameScene = nullptr;
     BaseImgView* m_pFrameView = nullptr;
     TextDataWidget* m_pTextData = nullptr;
-    QGraphicsLineItem* m_pAxisLine = nullptr;
     ED3DWidget* m_pView3DRaw = nullptr;
     ED3DWidget* m_pView3DMerged = nullptr;
     QPointer<ED3DWidget> m_pTableView;      ///< the one whose groups the panel's table shows
@@ -672,14 +649,8 @@ private:
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 
-    QPointF m_ptPixelRead;     ///< the place on the frame that was read last
-    QString m_strPixelStatus;  ///< what the status bar said of it
-
-    QList<CrossItem*> m_listCrossMark;
-    QList<CircleItem*> m_listCircleMark;
-    QList<CircleItem*> m_listEstimatedMark;
-    QList<TextItem*> m_listTextMark;
-    QList<QGraphicsPolygonItem*> m_listMaskItem;
+    std::unique_ptr<CFrameMarks> m_pMarks;
+    std::unique_ptr<CPixelReadout> m_pPixelReadout;
 };
 
 }  // namespace tessera

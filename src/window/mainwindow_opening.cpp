@@ -7,6 +7,8 @@
 #include "imagefiles/frameformats.h"
 #include "records/whatwasthrown.h"
 #include "view3d/ed3dwidget.h"
+#include "window/frameview/framemarks.h"
+#include "window/frameview/pixelreadout.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/peaksearchpage.h"
@@ -200,9 +202,9 @@ void MainWindow::openImageFiles(const QStringList& listFile)
 
 void MainWindow::clearDataSet()
 {
-    m_nFrameAsked = 0;  // a number of the former series
+    m_gate.wishes().nFrame = 0;  // a number of the former series
     clearFrameMarks();
-    clearMaskItems();
+    m_pMarks->setMask({});
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     forgetRawGroups();
@@ -242,7 +244,7 @@ void MainWindow::showFirstFrame()
         m_pFrameScene->clearImages();
         m_pFrameScene->addImage(imgDot);
         m_pFrameScene->clearImages();
-        renewPixelReadout();
+        m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
     }
 }
 

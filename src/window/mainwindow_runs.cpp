@@ -8,14 +8,11 @@
 #include "window/tabwidget.h"
 #include "window/windowreport.h"
 
-#include <QCoreApplication>
 #include <QIcon>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
-
-#include <utility>
 
 namespace tessera {
 
@@ -64,9 +61,7 @@ void MainWindow::guarded(const std::function<void()>& fn)
 
 void MainWindow::pumpEvents()
 {
-    ++m_nPumpDepth;
-    QCoreApplication::processEvents();
-    --m_nPumpDepth;
+    m_gate.pumpEvents();
 }
 
 bool MainWindow::refuseDuringRun(const QString& strWhat)
@@ -84,52 +79,45 @@ bool MainWindow::isFrameInUse()
 {
     if (!isPumping())
         return false;
-    if (m_nFrameAsked == 0)
-        m_nFrameAsked = m_pFrameSpin->value();
+    if (m_gate.wishes().nFrame == 0)
+        m_gate.wishes().nFrame = m_pFrameSpin->value();
     return true;
 }
 
 void MainWindow::catchUpAfterRun(bool bReload)
 {
-    const int nFrame = std::exchange(m_nFrameAsked, 0);
-    const bool bRemap = std::exchange(m_bRemapAsked, false);
-    const bool bShow = std::exchange(m_bShowAsked, false);
-    const bool bEndCellTest = std::exchange(m_bEndCellTestAsked, false);
-    const bool bRegion = std::exchange(m_bRegionAsked, false);
-    if (std::exchange(m_bCloseAsked, false)) {
+    const RunWishes wishes = m_gate.takeWishes();
+    if (wishes.bClose) {
         // From the event loop: the slot of the run is still on the stack.
         QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
         return;
     }
-    if (bEndCellTest) {
+    if (wishes.bEndCellTest) {
         const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
         m_pCellPage->m_pButtonTest->setChecked(false);
         testUnitCellToggled(false);
     }
     startManualCell();
-    if (bRemap)
+    if (wishes.bRemap)
         recalculate3DPeakPositionsAndUpdateView();
-    else if (bShow)
+    else if (wishes.bShow)
         showPeaksIn3D();
     const int nFrames = m_dataSet.m_listFrameFile.size();
-    if (nFrame >= 1 && nFrame <= nFrames)
-        switchToImgIndex(nFrame);
+    if (wishes.nFrame >= 1 && wishes.nFrame <= nFrames)
+        switchToImgIndex(wishes.nFrame);
     else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView)
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
-    if (bRegion)
+    if (wishes.bRegion)
         selSizeChanged2();  // on the frame, not on what the run showed in its place
 }
 
 MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
-    : m_window(window), m_bReload(bReload), m_nOuterPump(std::exchange(window.m_nPumpDepth, 0))
-{
-    ++m_window.m_nRunDepth;
-}
+    : m_window(window), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
+{}
 
 MainWindow::CRunScope::~CRunScope()
 {
-    m_window.m_nPumpDepth = m_nOuterPump;
-    if (--m_window.m_nRunDepth == 0)
+    if (m_window.m_gate.leave(m_nOuterPump))
         m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
 }
 

@@ -70,7 +70,7 @@ void WindowReport::endProgress()
 bool WindowReport::goOn()
 {
     m_window.pumpEvents();
-    return !m_window.m_bCloseAsked && (!m_pbFlag || *m_pbFlag);
+    return !m_window.m_gate.wishes().bClose && (!m_pbFlag || *m_pbFlag);
 }
 
 }  // namespace tessera

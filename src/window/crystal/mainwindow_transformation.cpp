@@ -52,7 +52,7 @@ void MainWindow::testUnitCellToggled(bool bChecked)
 {
     // the other space was chosen, and the run goes on with the cell under test
     if (isPumping() && !bChecked) {
-        m_bEndCellTestAsked = true;
+        m_gate.wishes().bEndCellTest = true;
         return;
     }
     if (bChecked && (refuseDuringRun(tr("Testing another cell")) || !readCellMatrix())) {
@@ -75,7 +75,7 @@ void MainWindow::unitCellTransformatinMatrixEdited()
                                         std::end(m_dfCellMatrix.m_dfElement), matrixBefore.m_dfElement))
         return;
     if (isPumping())
-        m_bEndCellTestAsked = true;  // what is under test is not what the fields show now
+        m_gate.wishes().bEndCellTest = true;  // what is under test is not what the fields show now
     else if (m_pCellPage->m_pButtonTest->isChecked())
         transformUnitCell();
 }

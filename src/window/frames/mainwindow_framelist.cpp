@@ -5,6 +5,7 @@
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "imaging/contrast.h"
+#include "window/frameview/pixelreadout.h"
 #include "window/pages/framespage.h"
 #include "window/pages/pagecontrols.h"
 #include "window/pages/peaksearchpage.h"
@@ -82,7 +83,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     if (!bSame)
         return;
     if (isPumping()) {  // the images in memory are the run's
-        m_nFrameAsked = nIndex;
+        m_gate.wishes().nFrame = nIndex;
         return;
     }
 
@@ -92,7 +93,7 @@ void MainWindow::switchToImgIndex(int nIndex)
                          !m_dataSet.m_vecFrameImage.empty();
     emit frameLoaded(nIndex, bLoaded);
     if (!bLoaded) {  // the loader said why; the view keeps what it showed
-        renewPixelReadout();
+        m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
         return;
     }
     if (m_bAutoContrastOnLoad)
@@ -108,7 +109,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     refreshImageView();
     if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
         selSizeChanged2();  // this frame has no room for the region of the former one
-    renewPixelReadout();
+    m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
 }
 
 void MainWindow::currentFileChangedInFileList(int nCurrentRow)

@@ -2,25 +2,16 @@
 #include "window/mainwindow.h"
 
 #include "dataset/maskfile.h"
-#include "frameview/originalimgscene.h"
+#include "window/frameview/framemarks.h"
 #include "window/pages/pagecontrols.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QFileDialog>
-#include <QGraphicsPolygonItem>
-#include <QPen>
 #include <QTableWidget>
 
 namespace tessera {
-
-namespace {
-
-const double g_dfMaskZ = 300;
-const int g_nMaskAlpha = 32;
-
-}  // namespace
 
 void MainWindow::loadPeakHuntingMask()
 {
@@ -40,7 +31,7 @@ void MainWindow::loadPeakHuntingMask()
         return;
     }
     fillMaskTable();
-    makeMaskItems();
+    m_pMarks->setMask(m_dataSet.m_maskPeakHunting);
     refreshPeakMarks();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(true);
     showPeakHuntingMask(true);
@@ -52,15 +43,14 @@ void MainWindow::clearPeakHuntingMask()
         return;
     m_dataSet.m_maskPeakHunting.listPolygon.clear();
     fillMaskTable();
-    clearMaskItems();
+    m_pMarks->setMask({});
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     refreshPeakMarks();
 }
 
 void MainWindow::showPeakHuntingMask(bool bShow)
 {
-    for (QGraphicsPolygonItem* pItem : m_listMaskItem)
-        pItem->setVisible(bShow);
+    m_pMarks->showMask(bShow);
 }
 
 void MainWindow::fillMaskTable()
@@ -73,28 +63,6 @@ void MainWindow::fillMaskTable()
         pTable->insertRow(nRow);
         setRightItem(pTable, nRow, 0, QStringLiteral("%L1").arg(polygon.size()));
     }
-}
-
-void MainWindow::makeMaskItems()
-{
-    clearMaskItems();
-    const MaskData& mask = m_dataSet.m_maskPeakHunting;
-    for (const QPolygonF& polygon : mask.listPolygon) {
-        auto* pItem = new QGraphicsPolygonItem(polygon);
-        pItem->setFillRule(mask.fillRule);
-        pItem->setPen(QPen(QBrush(Qt::yellow), 1, Qt::DashLine, Qt::SquareCap, Qt::BevelJoin));
-        pItem->setBrush(QColor(255, 255, 0, g_nMaskAlpha));
-        pItem->setZValue(g_dfMaskZ);
-        pItem->hide();
-        m_pFrameScene->addItem(pItem);
-        m_listMaskItem.append(pItem);
-    }
-}
-
-void MainWindow::clearMaskItems()
-{
-    qDeleteAll(m_listMaskItem);  // an item takes leave of its scene by itself
-    m_listMaskItem.clear();
 }
 
 }  // namespace tessera

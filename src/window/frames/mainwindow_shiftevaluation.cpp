@@ -23,7 +23,7 @@ namespace tessera {
 void MainWindow::selSizeChanged2()
 {
     if (isPumping()) {  // what is shown need not be the frame
-        m_bRegionAsked = true;
+        m_gate.wishes().bRegion = true;
         return;
     }
     const int nIndex = m_pActions->selectionIndex();

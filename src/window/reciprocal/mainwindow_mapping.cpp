@@ -9,6 +9,7 @@
 #include "records/groupmask.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
+#include "window/frameview/framemarks.h"
 #include "window/pages/framespage.h"
 #include "window/pages/mergingpage.h"
 #include "window/pages/view3dpage.h"
@@ -17,7 +18,6 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
-#include <QGraphicsLineItem>
 #include <QPushButton>
 #include <QSpinBox>
 
@@ -35,7 +35,7 @@ void MainWindow::transformPeaksTo3D()
 void MainWindow::showPeaksIn3D()
 {
     if (isPumping()) {  // the run may be walking the lists
-        m_bShowAsked = true;
+        m_gate.wishes().bShow = true;
         return;
     }
     syncParametersWithControls(true);
@@ -99,7 +99,7 @@ void MainWindow::mapWaitingPeaks()
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
 {
     if (isPumping()) {
-        m_bRemapAsked = true;
+        m_gate.wishes().bRemap = true;
         return;
     }
     transformPeaksTo3D();
@@ -200,8 +200,9 @@ void MainWindow::showRotationAxisLine()
     bShow = bShow && axisLine(line, frameCentre(centres, nFrame), m_pFramesPage->m_pRotationAxisSpin->value(),
                               {vecImage.front()->Width(), vecImage.front()->Height()});
     if (bShow)
-        m_pAxisLine->setLine(line);
-    m_pAxisLine->setVisible(bShow);
+        m_pMarks->showAxis(line);
+    else
+        m_pMarks->hideAxis();
     m_pFrameScene->update();
 }
 

@@ -4,6 +4,7 @@
 #include "frames/peakpositions.h"
 #include "frameview/originalimgscene.h"
 #include "reciprocal/predictedpositions.h"
+#include "window/frameview/framemarks.h"
 #include "window/pages/extractionpage.h"
 
 #include <QCheckBox>
@@ -35,7 +36,7 @@ void MainWindow::showEstimatedPeakPosition()
             else if (m_dataSet.m_vecPeakIndexedOnFrame.size() == nFrames)
                 listPosition = peakPositions(m_dataSet.m_vecPeakIndexedOnFrame[nFrame]);
         });
-    showEstimatedMarks(listPosition);
+    m_pMarks->showEstimated(listPosition, m_extraction.m_nWindowRadius);
 }
 
 void MainWindow::updateExpectedPeakPositionFromOrientationMatrix()
