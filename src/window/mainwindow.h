@@ -32,9 +32,6 @@ class QSplashScreen;
 class QTableView;
 class QTableWidget;
 class QToolBox;
-class QwtPlot;
-class QwtPlotCurve;
-class QwtPlotMarker;
 
 namespace tessera {
 
@@ -42,6 +39,7 @@ class BaseImgView;
 class CellPage;
 class CFrameMarks;
 class CPixelReadout;
+class CurvePlot;
 class ED3DWidget;
 class ExtractionPage;
 class CRunReport;
@@ -510,7 +508,6 @@ private:
     double rotationStep();
     void turn3DView(void (ED3DWidget::*pTurn)(double), int nSign);
     void startManualCell();
-    void clearCurve();
     void showLattice();
     /// Writes the cell in force beside the project, where dialogs then start.
     void saveProjectCell(CRunReport& report);
@@ -631,10 +628,8 @@ private:
     TableModel* m_pPeakTableModel = nullptr;
     QList<QAction*> m_listColumnAction;  ///< one per column of the peak table
     QByteArray m_bytesColumnLayout;      ///< of the peak table when it last had rows
-    QwtPlot* m_pCurvePlot = nullptr;
-    QwtPlotCurve* m_pCurve = nullptr;
-    QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series; owned
-    QList<QDockWidget*> m_listDock;           ///< "Control", "Messages", "Intensity", "Text Data"
+    CurvePlot* m_pCurvePlot = nullptr;
+    QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
     QAction* m_pRecentSeparator = nullptr;  ///< before the recent data sets, shown with them
 

@@ -1,5 +1,6 @@
 // MainWindow: the tool box and the other docks.
 #include "frameview/textdatawidget.h"
+#include "window/frames/curveplot.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
 #include "window/pages/cellpage.h"
@@ -13,8 +14,6 @@
 #include "window/pages/view3dpage.h"
 #include "window/pages/wheelguard.h"
 #include "window/windowactions.h"
-
-#include <qwt_plot.h>
 
 #include <QDockWidget>
 #include <QIcon>

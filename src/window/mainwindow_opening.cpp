@@ -7,6 +7,7 @@
 #include "imagefiles/frameformats.h"
 #include "records/whatwasthrown.h"
 #include "view3d/ed3dwidget.h"
+#include "window/frames/curveplot.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/mainwindow.h"
@@ -214,7 +215,7 @@ void MainWindow::clearDataSet()
     m_pTextData->clearImages();
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
     m_dataSet.m_listPeakChain.clear();
-    clearCurve();
+    m_pCurvePlot->clearCurve();
     Peak3D peakNone;  // stands for nothing and keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});

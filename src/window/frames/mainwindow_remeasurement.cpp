@@ -6,6 +6,7 @@
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
 #include "frameview/originalimgscene.h"
+#include "window/frames/curveplot.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/tabwidget.h"
@@ -116,7 +117,7 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         bResult = outcome.end != RunEnd::Refused;
         if (outcome.end != RunEnd::Finished)
             return;
-        clearCurve();  // of a reflection that has left
+        m_pCurvePlot->clearCurve();  // of a reflection that has left
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
         updatePeakTable(m_dataSet.m_listPeakMerged);
         m_pTabWidget->setCurrentIndex(2);

@@ -1,0 +1,81 @@
+#include "window/frames/curveplot.h"
+
+#include <qwt_legend.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_marker.h>
+#include <qwt_symbol.h>
+
+#include <QPen>
+
+namespace tessera {
+
+CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotCurve(QStringLiteral("Point")))
+{
+    setAutoReplot(false);
+    setMinimumHeight(100);
+    canvas()->unsetCursor();
+
+    QwtText textX(QStringLiteral("Frame No."));
+    QFont fontTitle = textX.font();
+    fontTitle.setPixelSize(12);
+    fontTitle.setWeight(QFont::Bold);
+    textX.setFont(fontTitle);
+    setAxisTitle(QwtPlot::xBottom, textX);
+    setAxisTitle(QwtPlot::yLeft, QStringLiteral("<h4>Intensity</h4>"));
+    insertLegend(new QwtLegend, QwtPlot::TopLegend, -1.0);
+
+    m_pCurve->setPen(QPen(Qt::red));
+    m_pCurve->setRenderHint(QwtPlotItem::RenderAntialiased);
+    m_pCurve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+    m_pCurve->setSymbol(new QwtSymbol(QwtSymbol::Cross, Qt::NoBrush, QPen(Qt::red), QSize(10, 10)));
+    m_pCurve->attach(this);
+
+    auto* pGrid = new QwtPlotGrid;
+    pGrid->setMajorPen(QPen(Qt::gray, 0, Qt::DotLine, Qt::SquareCap, Qt::BevelJoin));
+    pGrid->setAxes(QwtPlot::xBottom, QwtPlot::yRight);
+    pGrid->attach(this);
+    replot();
+}
+
+void CurvePlot::showCurve(const QString& strTitle, const QVector<double>& vecFrame,
+                          const QVector<double>& vecInt, const QList<int>& listBreak)
+{
+    m_pCurve->setTitle(strTitle);
+    clearCurve();
+    m_pCurve->setSamples(vecFrame, vecInt);
+    for (double dfFrame : vecFrame) {
+        if (listBreak.value(int(dfFrame) - 1) == 0)
+            continue;
+        auto* pMarker = new QwtPlotMarker;
+        pMarker->setLineStyle(QwtPlotMarker::VLine);
+        pMarker->setXValue(dfFrame - 0.5);  // between the last frame of one series and the first of the next
+        pMarker->setLinePen(QPen(QBrush(Qt::darkCyan), 0, Qt::DashLine));
+        pMarker->attach(this);
+        m_listCurveMarker.append(pMarker);
+    }
+    replot();
+}
+
+void CurvePlot::clearCurve()
+{
+    m_pCurve->setSamples(QVector<QPointF>());
+    qDeleteAll(m_listCurveMarker);  // a marker takes leave of its plot by itself
+    m_listCurveMarker.clear();
+    replot();
+}
+
+QString CurvePlot::text() const
+{
+    if (m_pCurve->dataSize() == 0)
+        return {};
+    QString strText;
+    for (size_t i = 0; i < m_pCurve->dataSize(); ++i) {
+        const QPointF ptSample = m_pCurve->sample(int(i));
+        strText += QStringLiteral("%L1 \t%L2\n").arg(ptSample.x(), 8, 'f', 1).arg(ptSample.y(), 12, 'f', 2);
+    }
+    return strText + QLatin1Char('\n');
+}
+
+}  // namespace tessera
