@@ -7,6 +7,7 @@
 #include "geometry/matrix3.h"
 #include "records/buttonstatus.h"
 #include "records/runparameters.h"
+#include "window/reciprocal/rawgroups.h"
 #include "window/rungate.h"
 
 #include <QColor>
@@ -29,7 +30,6 @@ class QSettings;
 class QSlider;
 class QSpinBox;
 class QSplashScreen;
-class QTableView;
 class QTableWidget;
 class QToolBox;
 
@@ -47,16 +47,14 @@ class FramesPage;
 class GuideWindow;
 class MergingPage;
 class MessageEdit;
-class MySortFilterProxyModel;
 class OriginalImgScene;
 class PeakSearchPage;
+class PeakTableView;
 class RefinementPage;
 class ShiftPage;
 class TabWidget;
-class TableModel;
 class TextDataWidget;
 struct IndexingResult;
-struct PointGroup;
 struct PositionRefinementOptions;
 struct TiltRefinementOptions;
 class View3DPage;
@@ -477,8 +475,6 @@ private:
 
     // Of the 3D views.
     QList<ED3DWidget*> views3D() const { return {m_pView3DRaw, m_pView3DMerged}; }
-    void keepRawGroups();
-    void forgetRawGroups();
     void showInRawView(const QList<Peak3D>& listPeak);
     void showInRawView(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup);
     /// Maps peaks that have waited for the shifts, now that both agree, and shows them in the raw view.
@@ -592,15 +588,7 @@ private:
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
     CRunGate m_gate;
-    /// Groups of the raw view while other points stand in it; the masks of the peaks tell who is in them.
-    struct KeptGroups {
-        QStringList listLabel;
-        QList<QColor> listColor;
-        QList<bool> listVisible;
-    };
-    KeptGroups m_keptGroups;
-    /// the points of the raw view are peaks of m_listPeakFrame as it stands
-    bool m_bRawViewHoldsPeaks = false;
+    CRawGroups m_rawGroups;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
     std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
@@ -624,10 +612,7 @@ private:
     ED3DWidget* m_pView3DMerged = nullptr;
     QPointer<ED3DWidget> m_pTableView;      ///< the one whose groups the panel's table shows
     QPointer<ED3DWidget> m_pView3DCurrent;  ///< the one that the page "3D View Control" acts on
-    QTableView* m_pPeakTableView = nullptr;
-    TableModel* m_pPeakTableModel = nullptr;
-    QList<QAction*> m_listColumnAction;  ///< one per column of the peak table
-    QByteArray m_bytesColumnLayout;      ///< of the peak table when it last had rows
+    PeakTableView* m_pPeakTableView = nullptr;
     CurvePlot* m_pCurvePlot = nullptr;
     QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;

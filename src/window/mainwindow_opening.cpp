@@ -137,8 +137,8 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     }
     report.addMessage(
         QStringLiteral("%L1 reflections loaded from %2.").arg(listPoint.size()).arg(strFileName));
-    keepRawGroups();
-    m_bRawViewHoldsPeaks = false;
+    m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
+    m_rawGroups.setHoldsPeaks(false);
     showInRawView(peaksOfReflectionList(listPoint, listReflection));
     m_pTabWidget->setCurrentIndex(1);
     return true;
@@ -208,7 +208,7 @@ void MainWindow::clearDataSet()
     m_pMarks->setMask({});
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
-    forgetRawGroups();
+    m_rawGroups.forget();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     m_dataSet.m_listPeakFrameShown.clear();

@@ -42,7 +42,7 @@ void MainWindow::runPeakHunting()
             refreshImageView();
         };
         options.fnAfterStored = [&] {
-            forgetRawGroups();
+            m_rawGroups.forget();
             transformPeaksTo3D();
             showPeaksIn3D();
             if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())

@@ -135,7 +135,7 @@ void MainWindow::loadRawPeaks()
     addReason(report, strReason);
     if (!bRead)
         return;
-    forgetRawGroups();
+    m_rawGroups.forget();
     transformPeaksTo3D();
     showPeaksIn3D();
     restorePointGroups();

@@ -10,6 +10,7 @@
 #include "view3d/ed3dwidget.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/reciprocal/manualcell.h"
 #include "window/windowreport.h"
 
 #include <QCheckBox>
@@ -28,16 +29,9 @@ namespace tessera {
 
 namespace {
 
-const float g_fManualStart = 0.1f;  // Å⁻¹, length of the vectors that a manual cell starts with
-
 QString cellFilter()
 {
     return MainWindow::tr("Unit Cell Files (*.%1);;All Files (*.*)").arg(QStringLiteral("uc"));
-}
-
-Vec3D axisVector(int nVector, float fLength)
-{
-    return {nVector == 0 ? fLength : 0.f, nVector == 1 ? fLength : 0.f, nVector == 2 ? fLength : 0.f};
 }
 
 std::array<QDoubleSpinBox*, 3> lengthSpins(const CellPage& page)
@@ -171,8 +165,7 @@ void MainWindow::startManualCell()
     if (!m_pCellPage->m_pRadioCellManual->isChecked() || basisFromList(m_dataSet.m_listCellFound) ||
         isPumping())
         return;
-    m_dataSet.m_listCellFound = {axisVector(0, g_fManualStart), axisVector(1, g_fManualStart),
-                                 axisVector(2, g_fManualStart)};
+    m_dataSet.m_listCellFound = firstManualCell();
     updateUnitCell();
 }
 
@@ -206,10 +199,7 @@ void MainWindow::updateManualLength(int nVector)
     if (!basisFromList(m_dataSet.m_listCellFound) || refuseDuringRun(tr("Changing the cell")))
         return;
     Vec3D& vec = m_dataSet.m_listCellFound[nVector];
-    const double dfLength = lengthSpins(*m_pCellPage)[nVector]->value();
-    const double dfFormer = double(length(vec));
-    // A vector of length 0 has lost its direction, and takes that of the axis it started with.
-    vec = dfFormer > 0 ? scaledDouble(vec, dfLength / dfFormer) : axisVector(nVector, float(dfLength));
+    vec = atLength(vec, nVector, lengthSpins(*m_pCellPage)[nVector]->value());
     updateUnitCell();
 }
 

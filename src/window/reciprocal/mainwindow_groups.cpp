@@ -101,7 +101,7 @@ void MainWindow::mergeSelectedPeakGroups()
 /// Lets the peaks that the limits hide follow a change of the raw view's groups, before the view makes it.
 void MainWindow::changeHiddenGroups(const ED3DWidget* pView, const std::function<void()>& fnChange)
 {
-    if (pView != m_pView3DRaw || !m_bRawViewHoldsPeaks)
+    if (pView != m_pView3DRaw || !m_rawGroups.holdsPeaks())
         return;
     guarded([&] {
         updatePeakGroupsFromView();
@@ -229,7 +229,7 @@ bool MainWindow::restoreRawGroups()
     closeGapsOfGroups(m_dataSet, all);
     m_dataSet.m_listPeakFrameShown = shown.listPeakFrameShown;
     showInRawView(shown.listPeakFlat, listGroup);
-    m_bRawViewHoldsPeaks = true;
+    m_rawGroups.setHoldsPeaks(true);
     return true;
 }
 

@@ -21,8 +21,6 @@
 #include <QPushButton>
 #include <QSpinBox>
 
-#include <utility>
-
 namespace tessera {
 
 void MainWindow::transformPeaksTo3D()
@@ -40,35 +38,11 @@ void MainWindow::showPeaksIn3D()
     }
     syncParametersWithControls(true);
     guarded([this] {
-        keepRawGroups();
+        m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
         const QList<Peak3D> listPeak = tessera::showPeaksIn3D(m_dataSet, m_mapping);
-        const KeptGroups kept = std::exchange(m_keptGroups, {});
-        // The same peaks under other limits or another geometry keep the groups that the user has made.
-        const int nGroups = kept.listLabel.size();
-        const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(m_dataSet, listPeak, nGroups);
-        QList<PointGroup> listGroup;
-        for (int g = 0; g < nGroups; ++g)
-            listGroup.append({kept.listLabel[g], listGroupPoint[g], kept.listColor[g], kept.listVisible[g]});
-        showInRawView(listPeak, listGroup);
-        m_bRawViewHoldsPeaks = true;
+        showInRawView(listPeak, m_rawGroups.take(m_dataSet, listPeak));
+        m_rawGroups.setHoldsPeaks(true);
     });
-}
-
-/// Notes the groups of the raw view, and in the masks of the peaks who is in them, before other points come.
-void MainWindow::keepRawGroups()
-{
-    if (!m_bRawViewHoldsPeaks)
-        return;
-    m_keptGroups = {m_pView3DRaw->groupLabels(), m_pView3DRaw->groupColors(), m_pView3DRaw->groupsVisible()};
-    if (m_keptGroups.listLabel.size() > 1)  // one group alone holds all, whatever their masks say
-        tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
-}
-
-/// The peaks of the data set are others now: groups of the former ones go with them.
-void MainWindow::forgetRawGroups()
-{
-    m_bRawViewHoldsPeaks = false;
-    m_keptGroups = {};
 }
 
 void MainWindow::showInRawView(const QList<Peak3D>& listPeak)
@@ -89,7 +63,7 @@ void MainWindow::mapWaitingPeaks()
 {
     if (m_dataSet.m_peakMapping || !canMapPeaks(m_dataSet))
         return;
-    const bool bRestore = !m_bRawViewHoldsPeaks;  // of a list that could not be shown when it was opened
+    const bool bRestore = !m_rawGroups.holdsPeaks();  // of a list that could not be shown when it was opened
     transformPeaksTo3D();
     showPeaksIn3D();
     if (bRestore)
@@ -117,7 +91,7 @@ void MainWindow::peakReduction3D()
         return;
     CRunScope scope(*this);
     WindowReport report(*this);
-    if (m_bRawViewHoldsPeaks && needsMapping(m_dataSet, m_mapping)) {
+    if (m_rawGroups.holdsPeaks() && needsMapping(m_dataSet, m_mapping)) {
         // Positions relative to a beam that has moved since must not meet points of the former one.
         report.addMessage(
             tr("Shifts, direct beam or geometry have changed since the peaks were mapped. They "
@@ -166,7 +140,7 @@ std::vector<char> MainWindow::groupFlags(int nGroup) const
     };
     for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup))
         setFlag(vecFlag, listPoint[nPoint]);
-    if (!m_bRawViewHoldsPeaks)
+    if (!m_rawGroups.holdsPeaks())
         return vecFlag;
     for (const Peak3D& peak : listPoint)
         setFlag(vecShown, peak);
