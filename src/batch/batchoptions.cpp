@@ -3,11 +3,15 @@
 #include "batch/optionreader.h"
 #include "batch/optionrules.h"
 #include "dataset/pagerounding.h"
+#include "dataset/parametertable.h"
 
 #include <QCommandLineParser>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
+#include <stdexcept>
+#include <utility>
 
 namespace tessera {
 
@@ -39,99 +43,92 @@ std::function<void(double)> into(std::optional<double>& dfTarget)
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
 }
 
-/// The page parameters by name, with the ranges of the pages.
+/// Where the numbers go that the driver finds itself, or takes from the project, unless they are given.
+std::optional<double>* optionalTarget(RoadOptions& o, const ParameterMember& member)
+{
+    const std::pair<ParameterMember, std::optional<double>*> aTarget[] = {
+        {&DataSet::m_dfWavelength, &o.dfWavelength},
+        {&DataSet::m_dfPixelSize, &o.dfPixelSize},
+        {&DataSet::m_dfRotationAxis, &o.dfRotationAxis},
+        {&DataSet::m_dfTiltRelaxation, &o.dfTiltRelaxation},
+        {&DataSet::m_dfStretchAmplitude, &o.dfStretchAmplitude},
+        {&DataSet::m_dfStretchAzimuth, &o.dfStretchAzimuth},
+        {&DataSet::m_dfCenterX, &o.dfCenterX},
+        {&DataSet::m_dfCenterY, &o.dfCenterY},
+        {&PeakHuntingParameters::m_dfPeakThreshold, &o.dfPeakThreshold},
+        {&MappingParameters::m_dfResolutionMin, &o.dfResolutionMin},
+        {&MappingParameters::m_dfResolutionMax, &o.dfResolutionMax},
+        {&MappingParameters::m_dfIntensityMin, &o.dfIntensityMin},
+        {&MappingParameters::m_dfIntensityMax, &o.dfIntensityMax},
+        {&RefinementParameters::m_dfRefineIntensityLow, &o.dfRefineIntensityLow},
+        {&RefinementParameters::m_dfRefineIntensityHigh, &o.dfRefineIntensityHigh},
+        {&RefinementParameters::m_dfRefineDStarLow, &o.dfRefineDStarLow},
+        {&RefinementParameters::m_dfRefineDStarHigh, &o.dfRefineDStarHigh}};
+    for (const auto& target : aTarget) {
+        if (target.first == member) {
+            return target.second;
+        }
+    }
+    return nullptr;
+}
+
+/// The option of a row: it sets the optional of its member, or else the member in the record itself.
+NumberOption optionOf(const Parameter& row, RoadOptions& o)
+{
+    NumberOption option = {
+        row.option.pszName,
+        row.option.pszUnit,
+        QString(row.option.pszHelp).replace(QLatin1String("%1"), QString::number(row.start())),
+        row.box.dfMinimum,
+        row.box.dfMaximum,
+        row.option.values == OptionValues::OfPageOrAuto,
+        {}};
+    if (row.option.values == OptionValues::AboveZero) {
+        option.dfMinimum = std::pow(10, -row.box.nDecimals);
+    }
+    if (row.option.values == OptionValues::AnyNumber) {
+        option.dfMinimum = -LARGE;
+        option.dfMaximum = LARGE;
+    }
+    if (std::optional<double>* pTarget = optionalTarget(o, row.member)) {
+        option.fnTake = into(*pTarget);
+    } else {
+        const ParameterRecords records = {nullptr, &o.hunting,  nullptr, &o.merging,
+                                          &o.cell, &o.indexing, nullptr, &o.refinement};
+        if (!row.isIn(records)) {
+            throw std::logic_error("an option without a place for its number");
+        }
+        option.fnTake = [&row, records](double dfValue) { row.setValue(records, dfValue); };
+    }
+    return option;
+}
+
+/// The page parameters by name, from their table, and what has no page.
 QList<NumberOption> numberOptions(RoadOptions& o)
 {
-    const PeakHuntingParameters& hunt = o.hunting;
-    const PeakMergingParameters& merge = o.merging;
-    const RefinementParameters& refine = o.refinement;
-    const QString strProject = QStringLiteral("from the project");
-    const QString strLimit = QStringLiteral("default auto, no limit; with --window-defaults %1");
-    return {
-        {"wavelength", "Å", "electron wavelength; " + strProject, 1e-6, 10000, false, into(o.dfWavelength)},
-        {"pixel-size", "Å⁻¹", "size of a pixel in reciprocal space; " + strProject, 1e-6, 10000, false,
-         into(o.dfPixelSize)},
-        {"axis", "degrees", "azimuth of the rotation axis, counter-clockwise from 3 o'clock; " + strProject,
-         -LARGE, LARGE, false, into(o.dfRotationAxis)},
+    const QList<NumberOption> listTilt = {
         {"tilt-start", "degrees", "images only: tilt of the first frame; default 0", -360, 360, false,
          into(o.dfTiltStart)},
         {"tilt-step", "degrees", "images only: tilt from frame to frame; default 0.1", -360, 360, false,
-         into(o.dfTiltStep)},
-        {"tilt-relaxation", "degrees", "extra tilt spread over the series; default 0", -180, 180, false,
-         into(o.dfTiltRelaxation)},
-        {"stretch-amplitude", "%", "elliptical distortion; " + strProject, -1000, 1000, false,
-         into(o.dfStretchAmplitude)},
-        {"stretch-azimuth", "degrees", "its azimuth as the page shows it; " + strProject, 0, 180, false,
-         into(o.dfStretchAzimuth)},
-        {"center-x", "pixels", "direct beam on the first frame; from the shift evaluation", 0, 100000, false,
-         into(o.dfCenterX)},
-        {"center-y", "pixels", "likewise", 0, 100000, false, into(o.dfCenterY)},
-        {"peak-radius", "pixels", "sigma of the narrow Gaussian; " + defaultText(hunt.m_dfPeakRadius), 0,
-         1000, false, into(o.hunting.m_dfPeakRadius)},
-        {"background-radius", "pixels",
-         "sigma of the wide Gaussian; " + defaultText(hunt.m_dfBackgroundRadius), 0, 1000, false,
-         into(o.hunting.m_dfBackgroundRadius)},
-        {"peak-threshold", "counts",
-         "least band-passed value of a peak; default auto, 8 robust standard deviations of the noise; with "
-         "--window-defaults " +
-             QString::number(hunt.m_dfPeakThreshold),
-         -100000, 1000000, true, into(o.dfPeakThreshold)},
-        {"integration-radius", "pixels",
-         "disc of the 2D integration; " + defaultText(hunt.m_dfIntegrationRadius), 0, 1000, false,
-         into(o.hunting.m_dfIntegrationRadius)},
-        {"integration-background", "pixels",
-         "ring around the disc; " + defaultText(hunt.m_dfIntegrationBackground), 0, 1000, false,
-         into(o.hunting.m_dfIntegrationBackground)},
-        {"resolution-min", "Å⁻¹", "least d* of a peak to merge; " + strLimit.arg(0), 0, 100, true,
-         into(o.dfResolutionMin)},
-        {"resolution-max", "Å⁻¹", "greatest d* of a peak to merge; " + strLimit.arg(1), 0, 100, true,
-         into(o.dfResolutionMax)},
-        {"intensity-min", "counts", "least point intensity of a peak to merge; " + strLimit.arg(0), -100000,
-         1000000, true, into(o.dfIntensityMin)},
-        {"intensity-max", "counts", "greatest point intensity of a peak to merge; " + strLimit.arg(32768),
-         -100000, 1000000, true, into(o.dfIntensityMax)},
-        {"min-3d-distance", "pixels",
-         "distance from the frame's plane that closes a chain; " + defaultText(merge.m_dfMin3DDistance), 0,
-         1000, false, into(o.merging.m_dfMin3DDistance)},
-        {"max-2d-distance", "pixels",
-         "distance on the frames within a chain; " + defaultText(merge.m_dfMax2DDistance), 0, 1000, false,
-         into(o.merging.m_dfMax2DDistance)},
-        {"max-3d-length", "pixels", "longest chain that is no streak; " + defaultText(merge.m_dfMax3DLength),
-         0, 1000, false, into(o.merging.m_dfMax3DLength)},
-        {"cell-min", "Å", "shortest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMin), 1, 1000,
-         false, into(o.cell.m_dfCellRangeMin)},
-        {"cell-max", "Å", "longest cell edge searched; " + defaultText(o.cell.m_dfCellRangeMax), 1, 1000,
-         false, into(o.cell.m_dfCellRangeMax)},
-        {"index-threshold", "",
-         "how far an index may lie from a whole number; " + defaultText(o.indexing.m_dfIndexThreshold), 0.01,
-         0.5, false, into(o.indexing.m_dfIndexThreshold)},
-        {"refine-intensity-low", "counts",
-         "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits "
-         "of "
-         "weak ones go astray; with --window-defaults " +
-             QString::number(refine.m_dfRefineIntensityLow),
-         -1e7, 1e7, true, into(o.dfRefineIntensityLow)},
-        {"refine-intensity-high", "counts",
-         "greatest point intensity of a peak in a pair; " + strLimit.arg(refine.m_dfRefineIntensityHigh),
-         -1e7, 1e7, true, into(o.dfRefineIntensityHigh)},
-        {"refine-dstar-low", "Å⁻¹",
-         "least distance of the two peaks of a pair; default auto, 0.3 or less where the patterns are small; "
-         "with --window-defaults " +
-             QString::number(refine.m_dfRefineDStarLow),
-         0, 1000, true, into(o.dfRefineDStarLow)},
-        {"refine-dstar-high", "Å⁻¹",
-         "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
-         "--window-defaults " +
-             QString::number(refine.m_dfRefineDStarHigh),
-         0, 1000, true, into(o.dfRefineDStarHigh)},
+         into(o.dfTiltStep)}};
+    const QList<NumberOption> listExport = {
         {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20, false,
          into(o.exports.dfScale)},
         {"contrast-min", "counts",
          "export pictures, and volume scaled: pixel value that becomes 0; default auto, from the first frame",
          -1000000, 1000000, true, into(o.exports.dfContrastMin)},
         {"contrast-max", "counts", "likewise: pixel value that becomes 255", -1000000, 1000000, true,
-         into(o.exports.dfContrastMax)},
-    };
+         into(o.exports.dfContrastMax)}};
+    QList<NumberOption> listOption;
+    for (const Parameter& row : parameterTable()) {
+        if (row.member == ParameterMember(&DataSet::m_dfTiltRelaxation)) {
+            listOption += listTilt;
+        }
+        if (row.option.pszName) {
+            listOption.append(optionOf(row, o));
+        }
+    }
+    return listOption + listExport;
 }
 
 void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumber)

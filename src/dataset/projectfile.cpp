@@ -29,9 +29,11 @@ static bool findNumber(const QStringList& listLine, const QString& strKeyword, d
     return false;
 }
 
+// A wavelength or a size of a pixel; the pages hold both alike.
 static bool isUsableLength(double dfValue)
 {
-    return dfValue <= 10000 && spinBoxValue(dfValue, 6, 0, 10000) > 0;
+    const NumberBox& box = parameterOf(&DataSet::m_dfWavelength).box;
+    return dfValue <= box.dfMaximum && spinBoxValue(dfValue, box) > 0;
 }
 
 bool ProjectFile::fail(const QString& strError)

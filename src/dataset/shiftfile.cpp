@@ -64,13 +64,14 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                        .arg(data.m_listFrameFile.size()));
         return 0;
     }
-    const auto isOnPage = [](double df) { return df >= 0 && df <= g_dfMaxCenter; };
+    const NumberBox& box = parameterOf(&DataSet::m_dfCenterX).box;
+    const auto isOnPage = [&](double df) { return df >= box.dfMinimum && df <= box.dfMaximum; };
     if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY))
         report.addMessage(
             QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
                            "a page can hold; there it becomes the nearest place within.")
                 .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
-                     QString::number(g_dfMaxCenter)),
+                     QString::number(box.dfMaximum)),
             Severity::Error);
     data.m_dfCenterX = shift.dfCenterX;
     data.m_dfCenterY = shift.dfCenterY;

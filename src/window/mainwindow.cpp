@@ -52,6 +52,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createViews();
     setAcceptDrops(true);
     setCentralWidget(m_pTabWidget);
+    bindParameters();
     connectPages();
 
     readSettings();

@@ -7,6 +7,7 @@
 #include "geometry/matrix3.h"
 #include "records/buttonstatus.h"
 #include "records/runparameters.h"
+#include "window/pages/parameterbindings.h"
 #include "window/reciprocal/rawgroups.h"
 #include "window/rungate.h"
 
@@ -452,6 +453,9 @@ private:
 
     /// Copies the panel parameters between widgets and members. Every run begins with true.
     void syncParametersWithControls(bool bFromPanel);
+    void bindParameters();
+    /// Where the parameters of this window are.
+    ParameterRecords parameterRecords();
     void finishTyping();
     /// Connects or cuts the panel signals whose slots recompute something.
     void connectPanelSignals(bool bConnect);
@@ -591,8 +595,8 @@ private:
     CRawGroups m_rawGroups;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
-    std::vector<double> m_vecSynced;    ///< the parameters as they last went between pages and members
-    double m_dfCanvasGridAlpha = 0.05;  ///< of the grid in both 3D views
+    CParameterBindings m_bindings;                   ///< of the pages and the parameters
+    double m_dfCanvasGridAlpha = 0.05;               ///< of the grid in both 3D views
     CMatrix3 m_dfCellMatrix = CMatrix3::identity();  ///< of the transformation of the cell
     QString m_strLatticeHost;  ///< address of the service that the links of unit cells go to
     QTimer m_timerPlay;

@@ -15,7 +15,6 @@
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
 #include <QLineEdit>
@@ -28,57 +27,6 @@
 #include <QToolBox>
 
 namespace tessera {
-
-namespace {
-
-// A widget of a page and the member that it stands for, both seen as a number.
-struct Binding {
-    std::function<double()> fnWidget;
-    std::function<void(double)> fnSetWidget;
-    std::function<double()> fnMember;
-    std::function<void(double)> fnSetMember;
-};
-
-Binding bindSpin(QDoubleSpinBox* pSpin, double& dfMember)
-{
-    return {[pSpin] { return pSpin->value(); }, [pSpin](double df) { pSpin->setValue(df); },
-            [&dfMember] { return dfMember; }, [&dfMember](double df) { dfMember = df; }};
-}
-
-Binding bindSpin(QSpinBox* pSpin, int& nMember)
-{
-    return {[pSpin] { return double(pSpin->value()); }, [pSpin](double df) { pSpin->setValue(int(df)); },
-            [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }};
-}
-
-// Check boxes, radio buttons (the one whose being checked is the member) and checkable groups.
-template <typename TWidget>
-Binding bindCheck(TWidget* pWidget, bool& bMember, TWidget* pOther = nullptr)
-{
-    return {[pWidget] { return pWidget->isChecked() ? 1.0 : 0.0; },
-            [pWidget, pOther](double df) {
-                // A radio button is only unchecked by its neighbour.
-                if (df == 0 && pOther)
-                    pOther->setChecked(true);
-                else
-                    pWidget->setChecked(df != 0);
-            },
-            [&bMember] { return bMember ? 1.0 : 0.0; }, [&bMember](double df) { bMember = df != 0; }};
-}
-
-// A list whose item data is the number; nothing is chosen as long as it has no items.
-Binding bindCombo(QComboBox* pCombo, int& nMember)
-{
-    return {[pCombo, &nMember] { return double(pCombo->count() ? pCombo->currentData().toInt() : nMember); },
-            [pCombo](double df) {
-                const int nIndex = pCombo->findData(int(df));
-                if (nIndex >= 0)
-                    pCombo->setCurrentIndex(nIndex);
-            },
-            [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }};
-}
-
-}  // namespace
 
 /// Takes a number that is typed but not finished as if the user had left its box. Only for what can come
 /// without a click elsewhere, such as a key that closes the window: taking it while the user types would put
@@ -99,64 +47,33 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
 {
     if (isPumping())
         return;
-    const Binding aBinding[] = {
-        bindSpin(m_pFramesPage->m_pWavelengthSpin, m_dataSet.m_dfWavelength),
-        bindSpin(m_pFramesPage->m_pPixelSizeSpin, m_dataSet.m_dfPixelSize),
-        bindSpin(m_pFramesPage->m_pRotationAxisSpin, m_dataSet.m_dfRotationAxis),
-        bindSpin(m_pFramesPage->m_pTiltRelaxationSpin, m_dataSet.m_dfTiltRelaxation),
-        bindSpin(m_pShiftPage->m_pCenterXSpin, m_dataSet.m_dfCenterX),
-        bindSpin(m_pShiftPage->m_pCenterYSpin, m_dataSet.m_dfCenterY),
-        bindSpin(m_pMergingPage->m_pSpinStretchAmplitude, m_dataSet.m_dfStretchAmplitude),
-        bindSpin(m_pMergingPage->m_pSpinStretchAzimuth, m_dataSet.m_dfStretchAzimuth),
-        bindCheck(m_pMergingPage->m_pGroupApplyStretching, m_mapping.m_bApplyStretching),
-        bindSpin(m_pMergingPage->m_pSpinResolutionMin, m_mapping.m_dfResolutionMin),
-        bindSpin(m_pMergingPage->m_pSpinResolutionMax, m_mapping.m_dfResolutionMax),
-        bindSpin(m_pMergingPage->m_pSpinIntensityMin, m_mapping.m_dfIntensityMin),
-        bindSpin(m_pMergingPage->m_pSpinIntensityMax, m_mapping.m_dfIntensityMax),
-        bindSpin(m_pPeakSearchPage->m_pPeakRadiusSpin, m_hunting.m_dfPeakRadius),
-        bindSpin(m_pPeakSearchPage->m_pBackgroundRadiusSpin, m_hunting.m_dfBackgroundRadius),
-        bindSpin(m_pPeakSearchPage->m_pThresholdSpin, m_hunting.m_dfPeakThreshold),
-        bindSpin(m_pPeakSearchPage->m_pSmoothRadiusSpin, m_hunting.m_dfSmoothRadius),
-        bindSpin(m_pPeakSearchPage->m_pIntegrationRadiusSpin, m_hunting.m_dfIntegrationRadius),
-        bindSpin(m_pPeakSearchPage->m_pIntegrationBackgroundSpin, m_hunting.m_dfIntegrationBackground),
-        bindSpin(m_pMergingPage->m_pSpinMin3DDistance, m_merging.m_dfMin3DDistance),
-        bindSpin(m_pMergingPage->m_pSpinMax2DDistance, m_merging.m_dfMax2DDistance),
-        bindSpin(m_pMergingPage->m_pSpinMin2DLength, m_merging.m_dfMin2DLength),
-        bindSpin(m_pMergingPage->m_pSpinMax3DLength, m_merging.m_dfMax3DLength),
-        bindCheck(m_pMergingPage->m_pRadioInFrames2DIntegration, m_merging.m_bIntegrate2D,
-                  m_pMergingPage->m_pRadioInFramesPoint),
-        bindCheck(m_pMergingPage->m_pRadioThroughFrames3DIntegration, m_merging.m_bIntegrateThroughFrames,
-                  m_pMergingPage->m_pRadioThroughFramesMaximum),
-        bindSpin(m_pCellPage->m_pSpinCellRangeMin, m_cellHunting.m_dfCellRangeMin),
-        bindSpin(m_pCellPage->m_pSpinCellRangeMax, m_cellHunting.m_dfCellRangeMax),
-        bindSpin(m_pCellPage->m_pSpinIndexThreshold, m_indexing.m_dfIndexThreshold),
-        bindCheck(m_pCellPage->m_pCheckOutputIndexing, m_indexing.m_bOutputIndexing),
-        bindCheck(m_pCellPage->m_pCheckOutputStatistics, m_indexing.m_bOutputStatistics),
-        bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell),
-        bindSpin(m_pExtractionPage->m_pSpinWindowRadius, m_extraction.m_nWindowRadius),
-        bindSpin(m_pExtractionPage->m_pSpinBackgroundSize, m_extraction.m_nBackgroundSize),
-        bindSpin(m_pExtractionPage->m_pSpinResolutionLimit, m_extraction.m_dfResolutionLimit),
-        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityLow, m_refinement.m_dfRefineIntensityLow),
-        bindSpin(m_pRefinementPage->m_pSpinRefineIntensityHigh, m_refinement.m_dfRefineIntensityHigh),
-        bindSpin(m_pRefinementPage->m_pSpinRefineDStarLow, m_refinement.m_dfRefineDStarLow),
-        bindSpin(m_pRefinementPage->m_pSpinRefineDStarHigh, m_refinement.m_dfRefineDStarHigh),
-        bindCheck(m_pRefinementPage->m_pCheckRefine2D, m_refinement.m_bRefine2D),
-        bindCheck(m_pRefinementPage->m_pCheckOutputPeakList, m_refinement.m_bOutputPeakList),
-        bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup),
-    };
-    const bool bFirst = m_vecSynced.empty();
-    m_vecSynced.resize(std::size(aBinding));
-    for (std::size_t i = 0; i < std::size(aBinding); ++i) {
-        const Binding& binding = aBinding[i];
-        if (bFromPanel) {
-            binding.fnSetMember(binding.fnWidget());
-        } else {
-            const bool bKeep = isRunning() && !bFirst && binding.fnMember() == m_vecSynced[i];
-            if (!bKeep && binding.fnWidget() != binding.fnMember())
-                binding.fnSetWidget(binding.fnMember());
-        }
-        m_vecSynced[i] = binding.fnMember();
-    }
+    if (bFromPanel)
+        m_bindings.takeFromControls();
+    else
+        m_bindings.showOnControls(isRunning() ? KeepControls::WhereMemberStays : KeepControls::None);
+}
+
+ParameterRecords MainWindow::parameterRecords()
+{
+    return {&m_dataSet,     &m_hunting,  &m_mapping,    &m_merging,
+            &m_cellHunting, &m_indexing, &m_extraction, &m_refinement};
+}
+
+/// The boxes know by the table of parameters what they stand for; the other controls are told here.
+void MainWindow::bindParameters()
+{
+    m_bindings.bindBoxes(this, parameterRecords());
+    m_bindings.bindCheck(m_pMergingPage->m_pGroupApplyStretching, m_mapping.m_bApplyStretching);
+    m_bindings.bindCheck(m_pMergingPage->m_pRadioInFrames2DIntegration, m_merging.m_bIntegrate2D,
+                         m_pMergingPage->m_pRadioInFramesPoint);
+    m_bindings.bindCheck(m_pMergingPage->m_pRadioThroughFrames3DIntegration,
+                         m_merging.m_bIntegrateThroughFrames, m_pMergingPage->m_pRadioThroughFramesMaximum);
+    m_bindings.bindCheck(m_pCellPage->m_pCheckOutputIndexing, m_indexing.m_bOutputIndexing);
+    m_bindings.bindCheck(m_pCellPage->m_pCheckOutputStatistics, m_indexing.m_bOutputStatistics);
+    m_bindings.bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell);
+    m_bindings.bindCheck(m_pRefinementPage->m_pCheckRefine2D, m_refinement.m_bRefine2D);
+    m_bindings.bindCheck(m_pRefinementPage->m_pCheckOutputPeakList, m_refinement.m_bOutputPeakList);
+    m_bindings.bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup);
 }
 
 /// The connections that stand as long as the window.

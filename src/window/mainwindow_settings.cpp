@@ -23,20 +23,15 @@ namespace tessera {
 
 namespace {
 
-struct StoredValue {
-    QString strKey;
-    double* pdfValue;
-};
-
-QList<StoredValue> storedValues(PeakHuntingParameters& hunting, double& dfCanvasGridAlpha)
+// The number of a setting; one that is none, from a damaged file, gives the default.
+double storedNumber(const QSettings& settings, const QString& strKey, double dfDefault)
 {
-    return {{QStringLiteral("3DView/CanvasGridAlpha"), &dfCanvasGridAlpha},
-            {QStringLiteral("PeakSearch/PeakRadius"), &hunting.m_dfPeakRadius},
-            {QStringLiteral("PeakSearch/BackgroundAveragingRadius"), &hunting.m_dfBackgroundRadius},
-            {QStringLiteral("PeakSearch/PeakBGDiffThreshold"), &hunting.m_dfPeakThreshold},
-            {QStringLiteral("PeakSearch/Peak2DIntegrationRadious"), &hunting.m_dfIntegrationRadius},
-            {QStringLiteral("PeakSearch/Peak2DIntegrationBG"), &hunting.m_dfIntegrationBackground}};
+    bool bOk = false;
+    const double dfValue = settings.value(strKey, dfDefault).toDouble(&bOk);
+    return bOk && std::isfinite(dfValue) ? dfValue : dfDefault;
 }
+
+const char g_szGridAlpha[] = "3DView/CanvasGridAlpha";
 
 // "h,k,l; h,k,l ...", however the numbers are parted. False for what is no list of whole triples.
 bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
@@ -133,14 +128,12 @@ void MainWindow::readSettings()
         arrangeDocks();
     m_strWorkingDir = pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
 
-    // A value that is no number, from a damaged file, leaves the default.
-    for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha)) {
-        bool bOk = false;
-        const double dfValue = pSettings->value(stored.strKey, *stored.pdfValue).toDouble(&bOk);
-        if (bOk && std::isfinite(dfValue))
-            *stored.pdfValue = dfValue;
-    }
-    m_dfCanvasGridAlpha = qBound(0.0, m_dfCanvasGridAlpha, 1.0);
+    for (const Parameter& row : parameterTable())
+        if (row.pszSettingsKey)
+            row.setValue(parameterRecords(), storedNumber(*pSettings, QLatin1String(row.pszSettingsKey),
+                                                          row.value(parameterRecords())));
+    m_dfCanvasGridAlpha = qBound(
+        0.0, storedNumber(*pSettings, QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha), 1.0);
     m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
     for (ED3DWidget* pView : views3D())
         pView->setCanvasGridAlpha(float(m_dfCanvasGridAlpha));
@@ -183,8 +176,10 @@ void MainWindow::writeSettings()
     pSettings->setValue(QLatin1String(g_szChecksum), windowChecksum(bytesGeometry, bytesState));
     pSettings->setValue(QStringLiteral("workingDir"), m_strWorkingDir);
     pSettings->setValue(latticeHostKey(), m_strLatticeHost);
-    for (const StoredValue& stored : storedValues(m_hunting, m_dfCanvasGridAlpha))
-        pSettings->setValue(stored.strKey, *stored.pdfValue);
+    for (const Parameter& row : parameterTable())
+        if (row.pszSettingsKey)
+            pSettings->setValue(QLatin1String(row.pszSettingsKey), row.value(parameterRecords()));
+    pSettings->setValue(QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha);
     // Only the file changes these; written once, so that they can be found there.
     const std::pair<const char*, QVariant> aDefault[] = {
         {g_szExcluded, QString()}, {g_szReference, 0}, {g_szBackground, false}, {g_szTestRuns, false}};

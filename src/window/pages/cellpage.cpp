@@ -48,8 +48,7 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
     m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
     explain(m_pComboReflectionGrouping,
-            tr("Space group: its Laue class makes the groups of equivalent reflections (column "
-               "\"RGroup\" of the peak table), its absences the column \"Alwd.\"."));
+            QString::fromUtf8(parameterOf(&IndexingParameters::m_nSpaceGroup).pszTip));
     auto* pGroupingLayout = new QHBoxLayout;
     pGroupingLayout->addWidget(new QLabel(tr("Reflection Grouping"), this));
     pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
@@ -88,17 +87,9 @@ QGroupBox* CellPage::makeDetermination()
     pRadioLayout->addWidget(m_pRadioCellManual);
     pLayout->addLayout(pRadioLayout);
 
-    const CellHuntingParameters hunting;
     m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pGroupDetermination);
-    m_pSpinCellRangeMin = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMin,
-                                         QStringLiteral(" Å"));
-    m_pSpinCellRangeMax = makeDoubleSpin(m_pGroupCellRange, 1, 1000, 1, 0.1, hunting.m_dfCellRangeMax,
-                                         QStringLiteral(" Å"));
-    explain(m_pSpinCellRangeMin, tr("Shortest edge that is looked for, Å."));
-    explain(m_pSpinCellRangeMax,
-            tr("Longest edge that is looked for, Å: somewhat above the longest that you believe "
-               "in. Lower it if the cell comes out far too large, raise it if points lie between"
-               " the nodes of the lattice."));
+    m_pSpinCellRangeMin = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMin);
+    m_pSpinCellRangeMax = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMax);
     auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
     pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
     pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
@@ -231,17 +222,13 @@ QGroupBox* CellPage::makeTransformation()
 
 QGroupBox* CellPage::makeIndexing()
 {
-    const IndexingParameters indexing;
     auto* pGroupIndexing = new QGroupBox(tr("Peak Indexing"), this);
-    m_pSpinIndexThreshold = makeDoubleSpin(pGroupIndexing, 0.01, 0.5, 2, 0.01, indexing.m_dfIndexThreshold);
+    m_pSpinIndexThreshold = makeSpin(pGroupIndexing, &IndexingParameters::m_dfIndexThreshold);
     m_pCheckOutputIndexing = new QCheckBox(tr("Output Indexing Results"), pGroupIndexing);
     m_pCheckOutputStatistics = new QCheckBox(tr("Output Reflection Statistics"), pGroupIndexing);
     m_pCheckOutputRefinedCell = new QCheckBox(tr("Output Refined Unit Cell"), pGroupIndexing);
     m_pButtonIndexMergedPeaks = new QPushButton(tr("Index Merged Peaks"), pGroupIndexing);
 
-    explain(m_pSpinIndexThreshold,
-            tr("How far each index may lie from a whole number. 0.05 to 0.1 is usual; a result "
-               "that is good only with 0.2 or more is none."));
     explain(m_pCheckOutputIndexing,
             tr("Lists the reflections in the log and writes the .hkl, .p4p and .ipf files."));
     explain(m_pCheckOutputStatistics,

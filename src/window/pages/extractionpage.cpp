@@ -19,24 +19,13 @@
 
 namespace tessera {
 
-namespace {
-
-QSpinBox* makePixelSpin(QWidget* pParent, int nStart)
-{
-    QSpinBox* pSpin = makeIntSpin(pParent, 0, 10000, 1, nStart);
-    pSpin->setAlignment(Qt::AlignRight);
-    return pSpin;
-}
-
-}  // namespace
-
 ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
 {
-    const ExtractionParameters parameters;
+    using Parameters = ExtractionParameters;
 
     auto* pIntegration = new QGroupBox(tr("2D Intensity Integration"), this);
-    m_pSpinWindowRadius = makePixelSpin(pIntegration, parameters.m_nWindowRadius);
-    m_pSpinBackgroundSize = makePixelSpin(pIntegration, parameters.m_nBackgroundSize);
+    m_pSpinWindowRadius = makeSpin(pIntegration, &Parameters::m_nWindowRadius);
+    m_pSpinBackgroundSize = makeSpin(pIntegration, &Parameters::m_nBackgroundSize);
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
     pIntegrationLayout->addWidget(new QLabel(tr("Window Radius"), pIntegration), 0, 0);
     pIntegrationLayout->addWidget(m_pSpinWindowRadius, 0, 1);
@@ -48,8 +37,7 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     m_pRadioOrientationMatrix = new QRadioButton(tr("Orientation Matrix"), pPosition);
     m_pRadioIndexedReflections = new QRadioButton(tr("Indexed Reflections"), pPosition);
     m_pRadioOrientationMatrix->setChecked(true);
-    m_pSpinResolutionLimit = makeDoubleSpin(pPosition, 0, 100, 1, 0.1, parameters.m_dfResolutionLimit,
-                                            QStringLiteral(" Å⁻¹"));
+    m_pSpinResolutionLimit = makeSpin(pPosition, &Parameters::m_dfResolutionLimit);
     m_pSpinResolutionLimit->setGroupSeparatorShown(true);
     auto* pPositionLayout = new QGridLayout(pPosition);
     pPositionLayout->addWidget(m_pRadioOrientationMatrix, 0, 0);
@@ -63,15 +51,9 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     m_pButtonRun = makeRunButton(this, tr("Run"), tr("Run intensity extraction"), true);
     m_pButtonRun->setToolTip(tr("Refines the positions of the indexed peaks on the frames"));
 
-    explain(m_pSpinWindowRadius,
-            tr("Radius of the disc whose pixels are summed by \"Extract Intensities\", and of "
-               "the circles on the frame, pixels."));
-    explain(m_pSpinBackgroundSize,
-            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
     explain(m_pRadioOrientationMatrix,
             tr("Circles where the cell in force predicts reflections on the frame in view."));
     explain(m_pRadioIndexedReflections, tr("Circles on the indexed peaks of the frame in view."));
-    explain(m_pSpinResolutionLimit, tr("Predicted reflections go up to this d*, Å⁻¹."));
     explain(m_pCheckShowEstimated,
             tr("Draws the circles. With a good cell, beam and axis they lie on the peaks; if "
                "they lie beside them, turn \"Rotation Axis At\"."));

@@ -47,11 +47,11 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pFilesLayout->addWidget(m_pFileTable);
     pPageLayout->addWidget(pFiles, 1);
 
-    m_pWavelengthSpin = makeDoubleSpin(this, 0, 10000, 6, 0.0005, 0, QStringLiteral(" Å"));
-    m_pPixelSizeSpin = makeDoubleSpin(this, 0, 10000, 6, 0.00005, 0, QStringLiteral(" Å⁻¹"));
-    m_pRotationAxisSpin = makeDoubleSpin(this, -180, 180, 1, 0.1, 0, QStringLiteral("°"));
+    m_pWavelengthSpin = makeSpin(this, &DataSet::m_dfWavelength);
+    m_pPixelSizeSpin = makeSpin(this, &DataSet::m_dfPixelSize);
+    m_pRotationAxisSpin = makeSpin(this, &DataSet::m_dfRotationAxis);
     m_pShowAxisCheck = new QCheckBox(tr("Show On EDP"), this);
-    m_pTiltRelaxationSpin = makeDoubleSpin(this, -180, 180, 1, 1, 0, QStringLiteral("°"));
+    m_pTiltRelaxationSpin = makeSpin(this, &DataSet::m_dfTiltRelaxation);
 
     auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
     m_pContrastMinSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
@@ -67,32 +67,12 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
             tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
                " and over all. The overall tilt is the one that places peaks in reciprocal "
                "space. A click shows the frame."));
-    explain(m_pWavelengthSpin,
-            tr("Wavelength of the electrons, Å: 0.0251 at 200 kV, 0.0197 at 300 kV. It gives the"
-               " Ewald sphere its curvature: with a wrong one rows of the cloud bend at high d*."));
-    explain(m_pPixelSizeSpin,
-            tr("Size of a pixel of the frame in reciprocal space, Å⁻¹. A wrong one scales all "
-               "lengths of the cell by the same factor; angles and indexing hardly suffer. Cell "
-               "too large: raise it."));
-    explain(m_pRotationAxisSpin,
-            tr("Azimuth of the rotation axis on the frame, degrees counter-clockwise from the "
-               "right (3 o'clock). More than a degree or two off bends the lattice: turn it "
-               "until the circles of \"Show Estimated Peak Position\" lie on the peaks. If "
-               "nothing fits, try the opposite direction (add 180°), which is the other sense of "
-               "rotation. A good fit does not prove the sense: at moderate d* the other one gives "
-               "the same cell but the mirror image, the wrong hand. Know it from the instrument or "
-               "from a known crystal, or compare both senses as far out in d* as the data go and "
-               "by \"Refine Basis Vectors\"."));
     explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
     explain(m_pContrastMinSpin,
             tr("Pixel value that is shown black, in counts. For the eye, for saved series and "
                "for the scaled volume; nothing is measured by it."));
     explain(m_pContrastMaxSpin,
             tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
-    explain(m_pTiltRelaxationSpin,
-            tr("Extra tilt, degrees, spread evenly over the series, for a stage that lags behind"
-               " its nominal tilt. Try steps of a few tenths if the lattice is sheared near the "
-               "ends of the series, and judge by the share indexed."));
     auto* pGrid = new QGridLayout;
     pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
     pGrid->addWidget(m_pWavelengthSpin, 0, 1);

@@ -18,8 +18,6 @@ namespace tessera {
 
 namespace {
 
-const int g_nDecimals = 2;
-
 /// A group of a lower and an upper limit, one below the other.
 QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinMin, QDoubleSpinBox* pSpinMax,
                      QWidget* pParent)
@@ -49,14 +47,14 @@ QGroupBox* makeChoice(const QString& strTitle, QRadioButton* pDefault, QRadioBut
 
 MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
 {
-    const MappingParameters mapping;
+    using Mapping = MappingParameters;
     auto* pPageLayout = new QVBoxLayout(this);
 
     m_pGroupApplyStretching = new QGroupBox(tr("Apply Stretching"), this);
     m_pGroupApplyStretching->setCheckable(true);
-    m_pGroupApplyStretching->setChecked(mapping.m_bApplyStretching);
-    m_pSpinStretchAmplitude = makeDoubleSpin(this, -1000, 1000, g_nDecimals, 0.1, 0, QStringLiteral(" %"));
-    m_pSpinStretchAzimuth = makeDoubleSpin(this, 0, 180, g_nDecimals, 0.1, 0, QStringLiteral(" °"));
+    m_pGroupApplyStretching->setChecked(Mapping().m_bApplyStretching);
+    m_pSpinStretchAmplitude = makeSpin(this, &DataSet::m_dfStretchAmplitude);
+    m_pSpinStretchAzimuth = makeSpin(this, &DataSet::m_dfStretchAzimuth);
     for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth})
         pSpin->setKeyboardTracking(false);  // a half-typed distortion would move every point
     auto* pStretchLayout = new QGridLayout(m_pGroupApplyStretching);
@@ -67,16 +65,13 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     pStretchLayout->setColumnStretch(1, 1);
     pPageLayout->addWidget(m_pGroupApplyStretching);
 
-    const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
-    m_pSpinResolutionMin = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMin,
-                                          strPerAngstrom);
-    m_pSpinResolutionMax = makeDoubleSpin(this, 0, 100, g_nDecimals, 0.1, mapping.m_dfResolutionMax,
-                                          strPerAngstrom);
+    m_pSpinResolutionMin = makeSpin(this, &Mapping::m_dfResolutionMin);
+    m_pSpinResolutionMax = makeSpin(this, &Mapping::m_dfResolutionMax);
     pPageLayout->addWidget(
         makeRange(tr("Resolution Range"), m_pSpinResolutionMin, m_pSpinResolutionMax, this));
 
-    m_pSpinIntensityMin = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMin);
-    m_pSpinIntensityMax = makeDoubleSpin(this, -100000, 1000000, g_nDecimals, 1, mapping.m_dfIntensityMax);
+    m_pSpinIntensityMin = makeSpin(this, &Mapping::m_dfIntensityMin);
+    m_pSpinIntensityMax = makeSpin(this, &Mapping::m_dfIntensityMax);
     for (QDoubleSpinBox* pSpin :
          {m_pSpinResolutionMin, m_pSpinResolutionMax, m_pSpinIntensityMin, m_pSpinIntensityMax})
         pSpin->setGroupSeparatorShown(true);
@@ -85,32 +80,12 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     explain(m_pGroupApplyStretching,
             tr("Undoes an elliptical distortion of the pattern by the lenses, before peaks are "
                "mapped."));
-    explain(m_pSpinStretchAmplitude,
-            tr("Size of the distortion, per cent. If circles are still ellipses or rows bend, "
-               "change it in steps of 0.1."));
-    explain(m_pSpinStretchAzimuth,
-            tr("Azimuth of the distortion, degrees: that of the project file plus 90. If the "
-               "distortion grows, it is 90° off."));
-    explain(m_pSpinResolutionMin,
-            tr("Peaks nearer to the origin than this d*, Å⁻¹, are neither shown nor merged."));
-    explain(m_pSpinResolutionMax,
-            tr("Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern"
-               " reaches further."));
-    explain(m_pSpinIntensityMin,
-            tr("Peaks of a smaller point intensity, counts, are neither shown nor merged. Raise "
-               "it to leave false peaks out."));
-    explain(m_pSpinIntensityMax,
-            tr("Peaks of a larger point intensity, counts, are neither shown nor merged. Raise "
-               "it if strong reflections are missing."));
     pPageLayout->addWidget(makeMerging(), 1);
 }
 
 QGroupBox* MergingPage::makeMerging()
 {
-    const PeakMergingParameters merging;
-    const auto fnLength = [this](double dfLimitLow, double dfStart) {
-        return makeDoubleSpin(this, dfLimitLow, 1000, g_nDecimals, 0.1, dfStart, QStringLiteral(" pix."));
-    };
+    using Merging = PeakMergingParameters;
     auto* pMerging = new QGroupBox(tr("Peak Merging"), this);
 
     auto* pTarget = new QGroupBox(tr("Target Peaks"), pMerging);
@@ -123,10 +98,10 @@ QGroupBox* MergingPage::makeMerging()
     pTargetLayout->addWidget(m_pButtonExportPeaks, 1, 1);
 
     m_pMergingParameters = new QWidget(pMerging);
-    m_pSpinMin3DDistance = fnLength(0, merging.m_dfMin3DDistance);
-    m_pSpinMax2DDistance = fnLength(0, merging.m_dfMax2DDistance);
-    m_pSpinMin2DLength = fnLength(-1, merging.m_dfMin2DLength);
-    m_pSpinMax3DLength = fnLength(0, merging.m_dfMax3DLength);
+    m_pSpinMin3DDistance = makeSpin(this, &Merging::m_dfMin3DDistance);
+    m_pSpinMax2DDistance = makeSpin(this, &Merging::m_dfMax2DDistance);
+    m_pSpinMin2DLength = makeSpin(this, &Merging::m_dfMin2DLength);
+    m_pSpinMax3DLength = makeSpin(this, &Merging::m_dfMax3DLength);
     m_pRadioInFrames2DIntegration = new QRadioButton(tr("2D Integration"), m_pMergingParameters);
     m_pRadioInFramesPoint = new QRadioButton(tr("Point"), m_pMergingParameters);
     m_pRadioThroughFramesMaximum = new QRadioButton(tr("Maximum"), m_pMergingParameters);
@@ -163,18 +138,6 @@ QGroupBox* MergingPage::makeMerging()
     explain(m_pButtonLoadPeaks,
             tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
     explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
-    explain(m_pSpinMin3DDistance,
-            tr("A chain of peaks is closed once the frame has moved this far from its last peak,"
-               " pixels. Raise it if one reflection gives two points."));
-    explain(m_pSpinMax2DDistance,
-            tr("A peak joins a chain whose last peak lies closer than this on the frame, pixels."
-               " Raise it if one reflection gives two points, lower it if points lie half way "
-               "between two."));
-    explain(m_pSpinMin2DLength, tr("Least length of a chain on the frame, pixels."));
-    explain(m_pSpinMax3DLength,
-            tr("Longer chains, pixels, are streaks: their peaks are shown one by one and not "
-               "merged. Raise it if reflections near the axis, or of a bent crystal, end up "
-               "there."));
     explain(m_pRadioInFrames2DIntegration,
             tr("A peak weighs what its disc holds above the background of the ring."));
     explain(m_pRadioInFramesPoint,

@@ -1,5 +1,7 @@
 #include "window/pages/pagecontrols.h"
 
+#include "window/pages/controltips.h"
+
 #include <QDoubleSpinBox>
 #include <QFont>
 #include <QHeaderView>
@@ -8,6 +10,7 @@
 #include <QSpinBox>
 #include <QStringList>
 #include <QTableWidget>
+#include <QVariant>
 
 namespace tessera {
 
@@ -16,6 +19,14 @@ namespace {
 const int g_nRowHeight = 20;        // pixels
 const int g_nRunButtonHeight = 30;  // pixels
 const int g_nNarrowColumn = 25;     // pixels
+
+const char g_szRow[] = "parameterRow";  // the property of a box that tells its row in the table
+
+void setRow(QWidget* pBox, const Parameter& row)
+{
+    pBox->setProperty(g_szRow, int(&row - parameterTable().data()));
+    explain(pBox, QString::fromUtf8(row.pszTip));
+}
 
 }  // namespace
 
@@ -41,6 +52,31 @@ QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep
     pSpin->setValue(nStart);
     pSpin->setSuffix(strSuffix);
     return pSpin;
+}
+
+QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, const Parameter& row)
+{
+    const NumberBox& box = row.box;
+    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, box.dfMinimum, box.dfMaximum, box.nDecimals, box.dfStep,
+                                           row.start(), QString::fromUtf8(box.pszSuffix));
+    setRow(pSpin, row);
+    return pSpin;
+}
+
+QSpinBox* makeIntSpin(QWidget* pParent, const Parameter& row)
+{
+    const NumberBox& box = row.box;
+    QSpinBox* pSpin = makeIntSpin(pParent, int(box.dfMinimum), int(box.dfMaximum), int(box.dfStep),
+                                  int(row.start()), QString::fromUtf8(box.pszSuffix));
+    pSpin->setAlignment(Qt::AlignRight);
+    setRow(pSpin, row);
+    return pSpin;
+}
+
+const Parameter* parameterOfBox(const QWidget* pBox)
+{
+    const QVariant row = pBox->property(g_szRow);
+    return row.isValid() ? &parameterTable()[std::size_t(row.toInt())] : nullptr;
 }
 
 QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold)

@@ -1,6 +1,8 @@
 // Page controls: what the tool box pages have in common.
 #pragma once
 
+#include "dataset/parametertable.h"
+
 #include <QString>
 
 class QDoubleSpinBox;
@@ -11,6 +13,26 @@ class QTableWidget;
 class QWidget;
 
 namespace tessera {
+
+/// The box of a parameter: range, decimals, step, suffix, tip and start value as its row in the table of
+/// parameters has them, right-aligned. CParameterBindings ties it to the number in the window's record.
+QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, const Parameter& row);
+QSpinBox* makeIntSpin(QWidget* pParent, const Parameter& row);
+
+template <typename TRecord>
+QDoubleSpinBox* makeSpin(QWidget* pParent, double TRecord::*pMember)
+{
+    return makeDoubleSpin(pParent, parameterOf(pMember));
+}
+
+template <typename TRecord>
+QSpinBox* makeSpin(QWidget* pParent, int TRecord::*pMember)
+{
+    return makeIntSpin(pParent, parameterOf(pMember));
+}
+
+/// The row that a box was made from; null for all other widgets.
+const Parameter* parameterOfBox(const QWidget* pBox);
 
 /// A right-aligned spin box of real numbers.
 QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,

@@ -18,19 +18,6 @@ namespace tessera {
 
 namespace {
 
-QDoubleSpinBox* makeSpin(QWidget* pParent, double dfLimitLow, double dfLimitHigh, int nDecimals,
-                         double dfStep, const QString& strSuffix)
-{
-    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, dfLimitLow, dfLimitHigh, nDecimals, dfStep, 0, strSuffix);
-    pSpin->setGroupSeparatorShown(true);
-    return pSpin;
-}
-
-QDoubleSpinBox* makeRadiusSpin(QWidget* pParent, double dfStep, int nDecimals = 2)
-{
-    return makeSpin(pParent, 0, 1000, nDecimals, dfStep, QStringLiteral(" pix."));
-}
-
 QTableWidget* makeMaskTable(QWidget* pParent)
 {
     auto* pTable = new QTableWidget(0, 1, pParent);
@@ -52,13 +39,14 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     auto* pGrid = new QGridLayout(pSearch);
     pPageLayout->addWidget(pSearch);
 
-    m_pPeakRadiusSpin = makeRadiusSpin(pSearch, 0.5);
-    m_pBackgroundRadiusSpin = makeRadiusSpin(pSearch, 0.5);
-    m_pThresholdSpin = makeSpin(pSearch, -100000, 1000000, 2, 0.1, {});
+    using Parameters = PeakHuntingParameters;
+    m_pPeakRadiusSpin = makeSpin(pSearch, &Parameters::m_dfPeakRadius);
+    m_pBackgroundRadiusSpin = makeSpin(pSearch, &Parameters::m_dfBackgroundRadius);
+    m_pThresholdSpin = makeSpin(pSearch, &Parameters::m_dfPeakThreshold);
     // A preview costs transforms of the whole frame: one for each finished edit, not for each key.
     for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
         pSpin->setKeyboardTracking(false);
-    m_pSmoothRadiusSpin = makeRadiusSpin(pSearch, 0.1);
+    m_pSmoothRadiusSpin = makeSpin(pSearch, &Parameters::m_dfSmoothRadius);
     auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
     pGrid->addWidget(new QLabel(tr("Peak Radius"), pSearch), 0, 0);
     pGrid->addWidget(m_pPeakRadiusSpin, 0, 1);
@@ -93,8 +81,12 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
 
     auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
-    m_pIntegrationRadiusSpin = makeRadiusSpin(pIntegration, 0.1, 1);
-    m_pIntegrationBackgroundSpin = makeRadiusSpin(pIntegration, 0.1, 1);
+    m_pIntegrationRadiusSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationRadius);
+    m_pIntegrationBackgroundSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationBackground);
+    for (QDoubleSpinBox* pSpin :
+         {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin,
+          m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin})
+        pSpin->setGroupSeparatorShown(true);
     pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
     pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
     pIntegrationLayout->addWidget(new QLabel(tr("Background"), pIntegration), 1, 0);
@@ -103,16 +95,6 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     pGrid->addWidget(pIntegration, 6, 0, 1, 2);
 
     m_pRunButton = makeRunButton(pSearch, tr("Run"), tr("Hunting peaks in diffraction patterns"), true);
-    explain(m_pPeakRadiusSpin,
-            tr("Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a "
-               "spot. Lower both radii if close or weak spots are missed or run together."));
-    explain(m_pBackgroundRadiusSpin,
-            tr("Sigma of the wide Gaussian, pixels; what is broader counts as background. About "
-               "twice the peak radius."));
-    explain(m_pThresholdSpin,
-            tr("Least height of a peak in the difference of both smoothed frames, counts. Raise "
-               "it if crosses lie on the background, lower it if spots have none."));
-    explain(m_pSmoothRadiusSpin, tr("Sigma of the smoothing that point intensities are taken from, pixels."));
     explain(m_pMaskTable,
             tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
                "beam stop, ice rings and the rim of the detector."));
@@ -125,11 +107,6 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
             tr("Marks the peaks of the frame in view with crosses, anew at each change of a "
                "radius or of the threshold, and on each frame during the run. Good: one cross on"
                " each spot, none on the background."));
-    explain(m_pIntegrationRadiusSpin,
-            tr("Radius of the disc whose pixels are summed, pixels. Lower it if neighbours get "
-               "alike intensities: then the discs overlap."));
-    explain(m_pIntegrationBackgroundSpin,
-            tr("Width of the ring around the disc, pixels, whose mean is taken as background."));
     explain(m_pRunButton, tr("Searches all frames, maps the peaks into reciprocal space and merges them. The "
                              "button then reads \"Stop\"."));
     pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);

@@ -39,11 +39,11 @@ QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleS
 
 RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
 {
-    const QString strPerAngstrom = QStringLiteral(" Å⁻¹");
-    m_pSpinRefineIntensityLow = makeDoubleSpin(this, -1e7, 1e7, 1, 0.1, 100);
-    m_pSpinRefineIntensityHigh = makeDoubleSpin(this, -1e7, 1e7, 1, 0.1, 32768);
-    m_pSpinRefineDStarLow = makeDoubleSpin(this, 0, 1000, 3, 0.05, 1, strPerAngstrom);
-    m_pSpinRefineDStarHigh = makeDoubleSpin(this, 0, 1000, 3, 0.05, 2, strPerAngstrom);
+    using Parameters = RefinementParameters;
+    m_pSpinRefineIntensityLow = makeSpin(this, &Parameters::m_dfRefineIntensityLow);
+    m_pSpinRefineIntensityHigh = makeSpin(this, &Parameters::m_dfRefineIntensityHigh);
+    m_pSpinRefineDStarLow = makeSpin(this, &Parameters::m_dfRefineDStarLow);
+    m_pSpinRefineDStarHigh = makeSpin(this, &Parameters::m_dfRefineDStarHigh);
     m_pCheckRefine2D = new QCheckBox(tr("Refine 2D Positions to Sub-pixel Accuracy"), this);
     m_pCheckOutputPeakList = new QCheckBox(tr("Output Peak List to the Message Window"), this);
 
@@ -55,16 +55,6 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     m_pButtonRunRefinementFromList->setToolTip(
         tr("Sums the frames of each beam tilt series and exports the sums as MRC files to a folder"));
 
-    explain(m_pSpinRefineIntensityLow,
-            tr("Both peaks of a pair must have at least this point intensity, counts. Raise it "
-               "if many groups of pairs are rejected: then fits of weak spots go astray."));
-    explain(m_pSpinRefineIntensityHigh,
-            tr("Both peaks of a pair must have at most this point intensity, counts. Raise it if"
-               " strong pairs are missing."));
-    explain(m_pSpinRefineDStarLow,
-            tr("Least distance of the two peaks of a pair, Å⁻¹. Lower it, to about 0.3, if there"
-               " are few pairs; long distances say more."));
-    explain(m_pSpinRefineDStarHigh, tr("Largest distance of the two peaks of a pair, Å⁻¹."));
     explain(m_pCheckRefine2D,
             tr("Fits a Lorentzian to each peak first, in 41 × 41 pixels. Otherwise peaks stay at"
                " whole pixels."));

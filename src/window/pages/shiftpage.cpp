@@ -31,13 +31,6 @@ QTableWidget* makeShiftTable(QWidget* pParent)
     return pTable;
 }
 
-QDoubleSpinBox* makeCenterSpin(QWidget* pParent)
-{
-    QDoubleSpinBox* pSpin = makeDoubleSpin(pParent, 0, 100000, 2, 1, 0);
-    pSpin->setGroupSeparatorShown(true);
-    return pSpin;
-}
-
 }  // namespace
 
 ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : QWidget(pParent)
@@ -64,8 +57,10 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
 
     auto* pCenter = new QGroupBox(tr("Center (Direct Beam) At"), pShift);
     auto* pCenterLayout = new QGridLayout(pCenter);
-    m_pCenterXSpin = makeCenterSpin(pCenter);
-    m_pCenterYSpin = makeCenterSpin(pCenter);
+    m_pCenterXSpin = makeSpin(pCenter, &DataSet::m_dfCenterX);
+    m_pCenterYSpin = makeSpin(pCenter, &DataSet::m_dfCenterY);
+    for (QDoubleSpinBox* pSpin : {m_pCenterXSpin, m_pCenterYSpin})
+        pSpin->setGroupSeparatorShown(true);
     pCenterLayout->addWidget(new QLabel(tr("X"), pCenter), 0, 0);
     pCenterLayout->addWidget(m_pCenterXSpin, 0, 1);
     pCenterLayout->addWidget(new QLabel(tr("Y"), pCenter), 0, 2);
@@ -90,12 +85,6 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
             tr("Drift of the pattern, pixels, against the first frame. It should change "
                "smoothly: with jumps take a smaller region, with values that stick at a limit a "
                "larger one."));
-    explain(m_pCenterXSpin,
-            tr("Column of the direct beam on the first frame, pixels from the left. Type it in "
-               "if a beam stop hides the beam."));
-    explain(m_pCenterYSpin,
-            tr("Row of the direct beam on the first frame, pixels from the top. Type it in if a "
-               "beam stop hides the beam."));
     explain(m_pLoadButton, tr("Reads shifts and direct beam from a .sc file."));
     explain(m_pExportButton, tr("Writes shifts and direct beam to a .sc file."));
     pPageLayout->addWidget(pShift, 1);
