@@ -14,9 +14,9 @@ bool naturalLess(const QString& strFirst, const QString& strSecond);
 /// Sorts paths by their file names as naturalLess() has it, those of equal names by their folders.
 void sortFrames(QStringList& listFile);
 
-/// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of equally
-/// common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no part of the
-/// series.
+/// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of
+/// equally common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no
+/// part of the series.
 QStringList framesInFolder(const QString& strFolder);
 
 }  // namespace tessera

@@ -1,8 +1,8 @@
 #include "simulate/truthfile.h"
 
 #include "simulate/crystalstructures.h"
-#include "simulate/framewriter.h"
 #include "simulate/frameimage.h"
+#include "simulate/framewriter.h"
 #include "simulate/wholewriting.h"
 
 #include <QDir>
