@@ -54,7 +54,8 @@ struct FrameFormat {
     bool (*fnRead)(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason);
 
     /// Reads what the header tells; null for a format whose files tell nothing before the image is read.
-    /// Any content is safe, and so is what is no file.
+    /// Any content is safe, and so is what is no file. The size of pixels that are not packed is told only
+    /// when the file has room for them, as whoever has the size may leave the image unread.
     /// @throws std::bad_alloc when memory runs out
     FrameHeader (*fnReadHeader)(const QString& strFileName);
 };
