@@ -89,8 +89,8 @@ bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 
 }  // namespace
 
-bool runExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
-               CRunReport& report)
+bool writeExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
+                 CRunReport& report)
 {
     switch (exportNames().indexOf(strKind)) {
         case 0:

@@ -42,7 +42,7 @@ inline const QStringList& exportNames()
 /// Makes one export.
 /// @param strKind  of exportNames()
 /// @return true if all its files are written; else the log says why
-bool runExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
-               CRunReport& report);
+bool writeExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
+                 CRunReport& report);
 
 }  // namespace tessera

@@ -58,7 +58,7 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         roundToPages(state);
         state.report.beginPart(strKind);
-        const bool bDone = runExport(strKind, exports, state.dataSet, state.report);
+        const bool bDone = writeExport(strKind, exports, state.dataSet, state.report);
         listTime.append({strKind, secondsOf(timer)});
         if (bDone) {
             listDone.append(strKind);

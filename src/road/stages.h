@@ -5,9 +5,9 @@
 
 namespace tessera {
 
-/// All stages round the parameters as the pages of the window do, leave what they found in the data set and
-/// in the results, and say the rest to the report. A stage that does not finish leaves the files of the disk
-/// as they were; what it lacks is Refused.
+// All stages round the parameters as the pages of the window do, leave what they found in the data set and in
+// the results, and say the rest to the report. A stage that does not finish leaves its files on the disk as
+// they were.
 
 /// Drift and direct beam, from the region that is given or found on the frames; writes the shift file.
 StageResult runShiftStage(RoadState& state);
@@ -29,6 +29,7 @@ StageResult runIndexStage(RoadState& state);
 /// nothing but log and results tells it.
 StageResult runRefineStage(RoadState& state);
 
+/// The stage of that name.
 StageResult runStage(RoadStage stage, RoadState& state);
 
 }  // namespace tessera

@@ -89,10 +89,10 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
         RoadStage stage;
         RunEnd end;
         const char* pszReason;
-    } aRow[] = {{RoadStage::Merge, RunEnd::Failed, "frames"},
+    } aRow[] = {{RoadStage::Merge, RunEnd::Failed, "No reflections"},
                 {RoadStage::Cell, RunEnd::Failed, "cell"},
                 {RoadStage::Index, RunEnd::Refused, "Unit cell is not ready."},
-                {RoadStage::Refine, RunEnd::Failed, "No cell came out"}};
+                {RoadStage::Refine, RunEnd::Failed, "No indexed peaks"}};
     for (const auto& row : aRow) {
         SCOPED_TRACE(roadStageName(row.stage).toStdString());
         CRecordingReport report;
