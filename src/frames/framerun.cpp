@@ -4,6 +4,8 @@
 #include "frames/frameloader.h"
 #include "records/timestamp.h"
 
+#include <utility>
+
 namespace tessera {
 
 CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName)
