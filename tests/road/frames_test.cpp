@@ -117,7 +117,7 @@ TEST(Frames, EveryFormatIsReadBackByTheFrameLoader)
 
 TEST(Series, OfAFullDiskIsToldAndLeavesNoCutFile)
 {
-    for (FrameFormat format : {FrameFormat::Mrc16, FrameFormat::Dm3, FrameFormat::Png8}) {
+    for (SimulatedFormat format : {SimulatedFormat::Mrc16, SimulatedFormat::Dm3, SimulatedFormat::Png8}) {
         QTemporaryDir dir;
         SimulationParameters p = smallSeries();
         p.nSize = 32;  // less than a file object gathers before it writes
