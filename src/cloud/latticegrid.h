@@ -11,7 +11,7 @@ namespace tessera {
 
 /// What is drawn of a lattice, at coordinates in Å⁻¹.
 struct LatticeGrid {
-    std::vector<Vec3D> vecPoint;
+    std::vector<Vec3D> vecPoint;    ///< lattice points
     std::vector<Vec3D> vecLine[3];  ///< two ends per line, lines along a*, b* and c*
 };
 

@@ -12,9 +12,9 @@ namespace tessera {
 struct PickRegion {
     int aViewport[4] = {0, 0, 1, 1};  ///< left, bottom, width, height
     double dfX = 0;                   ///< centre
-    double dfY = 0;
-    double dfWidth = 0;
-    double dfHeight = 0;
+    double dfY = 0;                   ///< centre, upwards
+    double dfWidth = 0;               ///< whole width
+    double dfHeight = 0;              ///< whole height
 };
 
 /// The region of a rubber band between two corners, device pixels from the widget's upper left corner.

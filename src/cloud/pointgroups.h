@@ -17,10 +17,10 @@ struct PointDisplay {
 
 /// A group as it is handed over.
 struct PointGroup {
-    QString strLabel;
+    QString strLabel;      ///< its name in tables
     QList<int> listPoint;  ///< point indices
-    QColor color;
-    bool bVisible = true;
+    QColor color;          ///< of its points
+    bool bVisible = true;  ///< its points are drawn
 };
 
 /// Groups of point indices with label, colour and visibility, and the selected indices.
@@ -32,8 +32,8 @@ class CPointGroups {
 public:
     /// Group 0 alone, white and shown, with all points; nothing selected.
     void reset(int nPointCount);
-    int pointCount() const { return int(m_vecSelected.size()); }
-    int groupCount() const { return m_listGroupLabel.size(); }
+    int pointCount() const { return int(m_vecSelected.size()); }  ///< of the cloud
+    int groupCount() const { return m_listGroupLabel.size(); }    ///< with group 0
 
     /// Replaces all groups at once, in a fraction of the time that one after the other would take. The first
     /// becomes group 0, whatever its points. The selection stays. False, and nothing done, for an empty list.
@@ -47,12 +47,12 @@ public:
     /// among them a new group is put ahead of it under its name. False, and nothing done, with fewer than
     /// two.
     bool mergeGroups(const QList<int>& listGroup);
-    /// False for a bad index, as the next two.
+    /// Name of a group; false for a bad index.
     bool setLabel(int nIndex, const QString& strLabel);
-    bool setColor(int nIndex, const QColor& color);
-    bool setVisible(int nIndex, bool bVisible);
+    bool setColor(int nIndex, const QColor& color);  ///< colour of a group; false for a bad index
+    bool setVisible(int nIndex, bool bVisible);      ///< shows or hides its points; false for a bad index
 
-    void clearSelection();
+    void clearSelection();  ///< selects no point
     /// Selects the given points in place of, or with bAdd beside, those selected.
     void select(const QList<int>& listPoint, bool bAdd);
     /// The selection becomes the last group, under the next label and colour, and ends. False with nothing
@@ -65,11 +65,11 @@ public:
     /// numbers) of those that are shown, hidden where none is; of selected points red, whatever their groups.
     void makeDisplay(PointDisplay& display) const;
 
-    const QStringList& labels() const { return m_listGroupLabel; }
-    const QList<QColor>& colors() const { return m_listGroupColor; }
-    const QList<bool>& visible() const { return m_listGroupVisible; }
-    const QList<QList<int>>& points() const { return m_listGroupPoint; }
-    const QList<int>& selected() const { return m_listSelected; }
+    const QStringList& labels() const { return m_listGroupLabel; }        ///< per group
+    const QList<QColor>& colors() const { return m_listGroupColor; }      ///< per group
+    const QList<bool>& visible() const { return m_listGroupVisible; }     ///< per group
+    const QList<QList<int>>& points() const { return m_listGroupPoint; }  ///< per group, point indices
+    const QList<int>& selected() const { return m_listSelected; }         ///< point indices
 
 private:
     typedef std::vector<quint64> Bits;  // bit i % 64 of word i / 64 is point i

@@ -17,11 +17,11 @@ std::vector<float> pointSizes(const QList<Peak3D>& listPoint, double fRatio);
 
 /// The visible points in 64 equal steps of size.
 struct PointSizeClasses {
-    float fSmallest = 0.f;  ///< of the visible points; 0 without any
-    float fGreatest = 0.f;
+    float fSmallest = 0.f;                           ///< of the visible points; 0 without any
+    float fGreatest = 0.f;                           ///< of the visible points; 0 without any
     std::array<float, 64> m_fSizeClass = {};         ///< lower edge of each class
     std::array<std::vector<int>, 64> m_pnSizeClass;  ///< the points of each class, ascending
-    std::array<int, 64> m_nSizeClassCount = {};
+    std::array<int, 64> m_nSizeClassCount = {};      ///< points of each class
 };
 
 /// @param vecSize     size per point, as pointSizes() gives them

@@ -24,41 +24,41 @@ namespace tessera {
 /// What points of reciprocal space were computed from frame positions with. Points of one record are not to
 /// be mixed with shifts, centre or geometry of another.
 struct PeakMapping {
-    QList<QPointF> listShift;
-    QList<double> listOverallTilt;
-    double dfCenterX = 0;
-    double dfCenterY = 0;
-    double dfWavelength = 0;
-    double dfPixelSize = 0;
-    double dfRotationAxis = 0;
-    double dfTiltRelaxation = 0;
+    QList<QPointF> listShift;       ///< pixels, per frame
+    QList<double> listOverallTilt;  ///< degrees, per frame
+    double dfCenterX = 0;           ///< direct beam on the first frame, pixels
+    double dfCenterY = 0;           ///< row of it, pixels
+    double dfWavelength = 0;        ///< Å
+    double dfPixelSize = 0;         ///< Å⁻¹ per pixel
+    double dfRotationAxis = 0;      ///< degrees
+    double dfTiltRelaxation = 0;    ///< degrees
     double dfStretchAmplitude = 0;  ///< this and the azimuth: 0 where stretching is not applied
-    double dfStretchAzimuth = 0;
+    double dfStretchAzimuth = 0;    ///< degrees
 
-    bool operator==(const PeakMapping& other) const;
-    bool operator!=(const PeakMapping& other) const { return !(*this == other); }
+    bool operator==(const PeakMapping& other) const;  ///< equal to the bit in all of these
+    bool operator!=(const PeakMapping& other) const { return !(*this == other); }  ///< the opposite
 };
 
 /// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
 /// lies further down the road standing; counts of frames are checked where the data are used.
 struct DataSet {
-    QString m_strProjectDir;
-    QString m_strProjectName;
-    QStringList m_listFrameFile;    ///< full path of each frame in series order
-    QList<double> m_listStageTilt;  ///< degrees, one per frame
-    QList<double> m_listBeamTilt;
-    QList<double> m_listOverallTilt;  ///< the angle that the geometry uses
-    QList<int> m_listBeamTiltBreak;   ///< 1 where a beam tilt series starts
-    QList<QPoint> m_listHotPixel;     ///< pixels to repair on every frame
-    double m_dfWavelength = 0.0251;   ///< Å
-    double m_dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
-    double m_dfRotationAxis = 0;      ///< degrees, counter-clockwise on the screen from 3 o'clock
-    double m_dfTiltRelaxation = 0;    ///< degrees, spread evenly over the series
-    double m_dfStretchAmplitude = 0;  ///< per cent
-    double m_dfStretchAzimuth = 0;    ///< degrees
-    QList<QPointF> m_listShift;       ///< pixels with respect to the first frame
-    double m_dfCenterX = 0;           ///< direct beam on the first frame, pixels
-    double m_dfCenterY = 0;
+    QString m_strProjectDir;   ///< folder of the project file; of image files their own; empty: no data set
+    QString m_strProjectName;  ///< name of the project file, without folder and suffix
+    QStringList m_listFrameFile;           ///< full path of each frame in series order
+    QList<double> m_listStageTilt;         ///< degrees, one per frame
+    QList<double> m_listBeamTilt;          ///< degrees, one per frame
+    QList<double> m_listOverallTilt;       ///< the angle that the geometry uses
+    QList<int> m_listBeamTiltBreak;        ///< 1 where a beam tilt series starts
+    QList<QPoint> m_listHotPixel;          ///< pixels to repair on every frame
+    double m_dfWavelength = 0.0251;        ///< Å
+    double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
+    double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
+    double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
+    double m_dfStretchAmplitude = 0;       ///< per cent
+    double m_dfStretchAzimuth = 0;         ///< degrees
+    QList<QPointF> m_listShift;            ///< pixels with respect to the first frame
+    double m_dfCenterX = 0;                ///< direct beam on the first frame, pixels
+    double m_dfCenterY = 0;                ///< row of it, pixels
     QList<Vec3D> m_listCellFound;          ///< a*, b*, c* as found or loaded; any count but 3: no cell
     QList<Vec3D> m_listCell;               ///< the one in force: cellInForce()
     QList<QList<Peak3D>> m_listPeakFrame;  ///< all peaks per frame
@@ -69,16 +69,17 @@ struct DataSet {
     QList<Peak3D> m_listPeakMergedShown;          ///< reflections and the single peaks of streaks
     QList<Peak3D> m_listPeakMerged;               ///< reflections only
     QList<QList<Peak3D>> m_listPeakChain;         ///< per nID the frame peaks, centre-relative
+    /// Per frame the peaks of indexed reflections, with whole h, k, l.
     QVector<QList<Peak3D>> m_vecPeakIndexedOnFrame;
     std::vector<int> m_vecReflectionFrame;  ///< per nID the frame where the reflection is strongest
     QList<Peak3D> m_listReflectionIndexed;  ///< reflections that the last indexing left, with real indices
     QList<Vec3D> m_listCellIndexed;         ///< the cell that they were indexed with
     int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
     ImageList m_vecFrameImage;              ///< images of the current frame
-    MaskData m_maskPeakHunting;
-    CSpaceGroup m_spaceGroup;
-    bool m_bRunning = false;
-    bool m_bHuntingRunning = false;
+    MaskData m_maskPeakHunting;             ///< areas that the hunt leaves out
+    CSpaceGroup m_spaceGroup;               ///< of the labels, the peak table and the statistics
+    bool m_bRunning = false;                ///< a run on known peaks or the beam goes; cleared: it shall stop
+    bool m_bHuntingRunning = false;         ///< the same of peak hunting
 };
 
 /// The basis of m_listCell; none without a cell in force.

@@ -30,9 +30,11 @@ class BaseImgScene : public QGraphicsScene {
     Q_OBJECT
 
 public:
+    /// @param pParent  parent of the scene and of its progress dialog
     explicit BaseImgScene(QWidget* pParent = nullptr);
     ~BaseImgScene() override;
 
+    /// Index of the palette in force (palettes.h).
     int palette() const { return m_nPalette; }
     /// Redraws through another palette (palettes.h); an index without a table changes nothing.
     /// @return the index in force afterwards
@@ -45,11 +47,14 @@ public:
     /// The display bytes of all images of the frame.
     const ByteImageList& images() const { return m_vecImage; }
 
+    /// Whether the conversion of images shows its progress in a dialog.
     void setShowProgress(bool bShow) { m_bShowProgress = bShow; }
 
     /// Text of the pixel label and the scene position of its top left corner.
     void setLabel(int x, int y, const QString& strText);
+    /// Shows or hides the pixel label.
     void setLabelVisible(bool bVisible);
+    /// Whether the pixel label is shown.
     bool isLabelVisible() const { return m_bLabelVisible; }
 
     /// Alpha of the overlay's colours. @return false outside 0 to 255; then nothing changes

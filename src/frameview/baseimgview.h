@@ -17,7 +17,9 @@ class BaseImgView : public QGraphicsView {
     Q_OBJECT
 
 public:
+    /// A view without a scene.
     explicit BaseImgView(QWidget* pParent = nullptr);
+    /// A view of a scene, which it does not own.
     explicit BaseImgView(QGraphicsScene* pScene, QWidget* pParent = nullptr);
 
     /// Screen pixels per frame pixel.
@@ -27,8 +29,11 @@ public:
     void setScaleFactor(double dfScale);
 
 signals:
+    /// After a change of the scale: screen pixels per frame pixel.
     void scaleChanged(double scale);
+    /// The wheel asks for the next larger scale.
     void zoomIn();
+    /// The wheel asks for the next smaller one.
     void zoomOut();
 
 protected:

@@ -17,11 +17,11 @@ public:
 
     /// Pixels; what it measures is the derived mark's. Schedules a repaint, as do the two below.
     void setSize(float fSize);
-    void setColor(const QColor& color);
-    void setPenWidth(double dfWidth);
+    void setColor(const QColor& color);  ///< of the lines
+    void setPenWidth(double dfWidth);    ///< of the lines, pixels
 
-    float size() const { return m_fSize; }
-    const QPen& pen() const { return m_pen; }
+    float size() const { return m_fSize; }     ///< pixels
+    const QPen& pen() const { return m_pen; }  ///< colour and width of the lines
 
     QRectF boundingRect() const override;
 

@@ -43,6 +43,7 @@ public slots:
     /// Takes over the area of another frame: keeps the rectangle inside and centres all presets on the
     /// scene. A preset in force that no longer fits is put out of force.
     void updateSelRectBoundingBox(QRectF rect);
+    /// Tells of a move of the rectangle by selRectPosChanged().
     void reemitSelRectPosChanged(QRectF rectSel);
 
 protected:

@@ -21,10 +21,10 @@ public:
     void setSelSize(double dfWidth, double dfHeight);
     /// Sets the bound, scene coordinates, and moves the item into it.
     void setBound(const QRectF& rectBound);
-    const QRectF& bound() const { return m_rectBound; }
+    const QRectF& bound() const { return m_rectBound; }  ///< scene coordinates
 
-    void setPenColor(const QColor& color);
-    void setPenWidth(double dfWidth);
+    void setPenColor(const QColor& color);  ///< of the frame
+    void setPenWidth(double dfWidth);       ///< of the frame, scene coordinates
 
     QRectF boundingRect() const override;
     void paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption, QWidget* pWidget) override;

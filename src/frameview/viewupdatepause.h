@@ -14,8 +14,8 @@ namespace tessera {
 /// of updating back and is repainted once, as a whole, with the next paint event.
 class CViewUpdatePause {
 public:
-    explicit CViewUpdatePause(QGraphicsScene* pScene);
-    ~CViewUpdatePause();
+    explicit CViewUpdatePause(QGraphicsScene* pScene);  ///< may be null: nothing is kept
+    ~CViewUpdatePause();                                ///< the views repaint again
     CViewUpdatePause(const CViewUpdatePause&) = delete;
     CViewUpdatePause& operator=(const CViewUpdatePause&) = delete;
 

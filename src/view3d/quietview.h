@@ -9,7 +9,7 @@ namespace tessera {
 class QuietView {
 public:
     explicit QuietView(QWidget& widget) : m_widget(widget) { m_widget.setUpdatesEnabled(false); }
-    ~QuietView() { m_widget.setUpdatesEnabled(true); }
+    ~QuietView() { m_widget.setUpdatesEnabled(true); }  ///< on again
     QuietView(const QuietView&) = delete;
     QuietView& operator=(const QuietView&) = delete;
 

@@ -19,6 +19,7 @@ class GuideBrowser : public QTextBrowser {
 public:
     explicit GuideBrowser(QWidget* pParent = nullptr);
 
+    /// Pictures come in the size that the window has room for.
     QVariant loadResource(int nType, const QUrl& url) override;
     /// Brings the first heading of that name to the top, named as in the text or as in a link.
     /// @return false when there is none; the text then stays where it is
@@ -39,10 +40,12 @@ private:
     int m_nHeadingValue = 0;  ///< of the scroll bar when it was shown; another one: the user went on
 };
 
+/// The guide with a field that searches in it.
 class GuideWindow : public QWidget {
     Q_OBJECT
 
 public:
+    /// @param strFile  the Markdown file, as guideFile() gives it
     explicit GuideWindow(const QString& strFile);
 
     /// The guide as installed beside the program, or as in the folder of its sources; empty when there is
@@ -50,10 +53,11 @@ public:
     static QString guideFile();
     /// Opens the window at a heading, or at the top when there is none of that name.
     void showAt(const QString& strHeading);
+    /// Goes to the next place, or the one before, of the text in the search field.
     void find(bool bBackward = false);
 
-    GuideBrowser* m_pBrowser = nullptr;
-    QLineEdit* m_pSearchEdit = nullptr;
+    GuideBrowser* m_pBrowser = nullptr;  ///< the text
+    QLineEdit* m_pSearchEdit = nullptr;  ///< what is searched for
 
 private:
     QUrl m_urlGuide;

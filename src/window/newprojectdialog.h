@@ -34,6 +34,7 @@ public:
 
     /// Voltage, pixel size and axis as they were given last.
     void readSettings(QSettings& settings);
+    /// Keeps them for the next dialog.
     void writeSettings(QSettings& settings) const;
 
     /// Adds files, and the frames of folders, that are not in the list yet. A list that stood sorted stays
@@ -43,36 +44,37 @@ public:
     NewProject project() const;
     /// The file to be written, with its suffix; empty while there is no name.
     QString projectFile() const;
+    /// Writes the project file; the dialog stays when that fails.
     void accept() override;
     /// Asks before a list of tilts is lost; the button "Cancel" does not ask.
     void reject() override;
 
-    QListWidget* m_pFrameList = nullptr;  ///< the path of a frame is the item's Qt::UserRole
-    QPushButton* m_pAddFilesButton = nullptr;
-    QPushButton* m_pAddFolderButton = nullptr;
-    QPushButton* m_pRemoveButton = nullptr;
-    QPushButton* m_pUpButton = nullptr;
-    QPushButton* m_pDownButton = nullptr;
-    QPushButton* m_pSortButton = nullptr;
-    QLabel* m_pFrameLabel = nullptr;  ///< count, size and format
+    QListWidget* m_pFrameList = nullptr;        ///< the path of a frame is the item's Qt::UserRole
+    QPushButton* m_pAddFilesButton = nullptr;   ///< asks for files
+    QPushButton* m_pAddFolderButton = nullptr;  ///< asks for a folder
+    QPushButton* m_pRemoveButton = nullptr;     ///< takes the selected frames off the list
+    QPushButton* m_pUpButton = nullptr;         ///< moves them one place up
+    QPushButton* m_pDownButton = nullptr;       ///< moves them one place down
+    QPushButton* m_pSortButton = nullptr;       ///< sorts by name
+    QLabel* m_pFrameLabel = nullptr;            ///< count, size and format
 
-    QRadioButton* m_pStepRadio = nullptr;
-    QRadioButton* m_pEndRadio = nullptr;
-    QRadioButton* m_pListRadio = nullptr;
-    QDoubleSpinBox* m_pTiltStartSpin = nullptr;  ///< degrees, as the next two
-    QDoubleSpinBox* m_pTiltStepSpin = nullptr;
-    QDoubleSpinBox* m_pTiltEndSpin = nullptr;
-    QSpinBox* m_pBeamTiltSpin = nullptr;  ///< frames per step of the goniometer
-    QPlainTextEdit* m_pTiltEdit = nullptr;
-    QLabel* m_pTiltLabel = nullptr;  ///< what was understood of the list
-    QPushButton* m_pLoadTiltsButton = nullptr;
+    QRadioButton* m_pStepRadio = nullptr;        ///< tilts by start and step
+    QRadioButton* m_pEndRadio = nullptr;         ///< tilts by start and end
+    QRadioButton* m_pListRadio = nullptr;        ///< tilts by a list
+    QDoubleSpinBox* m_pTiltStartSpin = nullptr;  ///< degrees, of the first frame
+    QDoubleSpinBox* m_pTiltStepSpin = nullptr;   ///< degrees from frame to frame
+    QDoubleSpinBox* m_pTiltEndSpin = nullptr;    ///< degrees, of the last frame
+    QSpinBox* m_pBeamTiltSpin = nullptr;         ///< frames per step of the goniometer
+    QPlainTextEdit* m_pTiltEdit = nullptr;       ///< the list of tilts
+    QLabel* m_pTiltLabel = nullptr;              ///< what was understood of the list
+    QPushButton* m_pLoadTiltsButton = nullptr;   ///< asks for a file of tilts
 
-    QRadioButton* m_pVoltageRadio = nullptr;
-    QRadioButton* m_pWavelengthRadio = nullptr;
-    QDoubleSpinBox* m_pVoltageSpin = nullptr;     ///< kV
-    QDoubleSpinBox* m_pWavelengthSpin = nullptr;  ///< Å
-    QRadioButton* m_pPixelSizeRadio = nullptr;
-    QRadioButton* m_pCameraRadio = nullptr;
+    QRadioButton* m_pVoltageRadio = nullptr;            ///< wavelength by the voltage
+    QRadioButton* m_pWavelengthRadio = nullptr;         ///< wavelength as it is given
+    QDoubleSpinBox* m_pVoltageSpin = nullptr;           ///< kV
+    QDoubleSpinBox* m_pWavelengthSpin = nullptr;        ///< Å
+    QRadioButton* m_pPixelSizeRadio = nullptr;          ///< pixel size as it is given
+    QRadioButton* m_pCameraRadio = nullptr;             ///< pixel size by camera length and detector
     QDoubleSpinBox* m_pPixelSizeSpin = nullptr;         ///< Å⁻¹
     QDoubleSpinBox* m_pCameraLengthSpin = nullptr;      ///< mm
     QDoubleSpinBox* m_pDetectorPixelSpin = nullptr;     ///< µm
@@ -80,10 +82,10 @@ public:
     QDoubleSpinBox* m_pStretchAmplitudeSpin = nullptr;  ///< per cent
     QDoubleSpinBox* m_pStretchAzimuthSpin = nullptr;    ///< degrees
 
-    QLineEdit* m_pFileEdit = nullptr;
-    QPushButton* m_pBrowseButton = nullptr;
-    QLabel* m_pProblemLabel = nullptr;
-    QDialogButtonBox* m_pButtons = nullptr;
+    QLineEdit* m_pFileEdit = nullptr;        ///< the file to be written
+    QPushButton* m_pBrowseButton = nullptr;  ///< asks for it
+    QLabel* m_pProblemLabel = nullptr;       ///< what is missing
+    QDialogButtonBox* m_pButtons = nullptr;  ///< "Create", in force when nothing is missing, and "Cancel"
 
 protected:
     void dragEnterEvent(QDragEnterEvent* pEvent) override;

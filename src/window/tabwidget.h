@@ -5,6 +5,7 @@
 
 namespace tessera {
 
+/// The tabs of the window: frame, raw and merged peaks, peak table.
 class TabWidget : public QTabWidget {
     Q_OBJECT
 

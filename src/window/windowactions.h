@@ -22,6 +22,7 @@ class WindowActions : public QObject {
     Q_OBJECT
 
 public:
+    /// Builds all of them, none ready.
     explicit WindowActions(QObject* pParent = nullptr);
 
     /// Marks an action as one that works; only such actions are enabled by setInForce().
@@ -35,51 +36,52 @@ public:
     /// The action that a key press means which several actions in force have.
     QAction* actionForKey(const QKeySequence& key) const;
 
-    /// Place of the checked action in m_listSelection and in m_listPalette.
+    /// Place of the checked action in m_listSelection.
     int selectionIndex() const { return checkedIndex(m_listSelection); }
+    /// Place of the checked action in m_listPalette.
     int paletteIndex() const { return checkedIndex(m_listPalette); }
 
-    QAction* m_pNewProject = nullptr;
-    QAction* m_pOpen = nullptr;
-    QAction* m_pSaveCurrent = nullptr;
-    QAction* m_pSaveSeries = nullptr;
-    QAction* m_pMovieFrames = nullptr;
-    QAction* m_pScaledFrames = nullptr;
-    QAction* m_pReciprocalVolume = nullptr;
-    QAction* m_pSmvImages = nullptr;
-    QAction* m_pExit = nullptr;
-    QAction* m_pCopyWindow = nullptr;
-    QAction* m_pZoomIn = nullptr;
-    QAction* m_pZoomOut = nullptr;
-    QAction* m_pGuide = nullptr;
-    QAction* m_pAbout = nullptr;
-    QAction* m_pAboutQt = nullptr;
-    QAction* m_pShowPeakLabels = nullptr;  ///< context menu of the frame view
-    QAction* m_pGroupReset = nullptr;      ///< these four: context menu of the group table
-    QAction* m_pGroupMerge = nullptr;
-    QAction* m_pGroupResetAll = nullptr;
-    QAction* m_pGroupExport = nullptr;
-    QAction* m_pCurveCopyData = nullptr;  ///< these two: context menu of the curve window
-    QAction* m_pCurveCopyWindow = nullptr;
-    QAction* m_pTableCopySelected = nullptr;  ///< these two: context menu of the peak table
-    QAction* m_pTableCopyAll = nullptr;
-    QAction* m_pExtractionWindow = nullptr;  ///< from here on: menu "Tools"
-    QAction* m_pExtractIntensity = nullptr;
-    QAction* m_pFitDirectBeam = nullptr;
-    QAction* m_pRefineDirectBeam = nullptr;
-    QAction* m_pTestRotationAxis = nullptr;
-    QAction* m_pRefineBasis = nullptr;
-    QAction* m_pRefineFrameNo = nullptr;
-    QAction* m_pExportPeaks = nullptr;
-    QAction* m_pTestFindCubic = nullptr;  ///< these five: its test runs
-    QAction* m_pTestRefineCubic = nullptr;
-    QAction* m_pTestStretching = nullptr;
-    QAction* m_pTestPlane = nullptr;
-    QAction* m_pTestIndexing = nullptr;
-    QAction* m_pStopRun = nullptr;
-    QList<QAction*> m_listSelection;  ///< none, 64, 128, 256, 512 and 1024 pixels square; exclusive
-    QList<QAction*> m_listPalette;    ///< by palette index; exclusive
-    QList<QAction*> m_listRecent;     ///< the recent data sets, hidden while unused
+    QAction* m_pNewProject = nullptr;         ///< menu "File": a project from frames
+    QAction* m_pOpen = nullptr;               ///< projects, images, a list of reflections
+    QAction* m_pSaveCurrent = nullptr;        ///< the frame in view
+    QAction* m_pSaveSeries = nullptr;         ///< all frames as pictures
+    QAction* m_pMovieFrames = nullptr;        ///< pictures of the 3D view all the way round
+    QAction* m_pScaledFrames = nullptr;       ///< resized copies of the frames
+    QAction* m_pReciprocalVolume = nullptr;   ///< reciprocal space as a volume
+    QAction* m_pSmvImages = nullptr;          ///< all frames as SMV images
+    QAction* m_pExit = nullptr;               ///< closes the window
+    QAction* m_pCopyWindow = nullptr;         ///< menu "Edit": the picture of the current tab
+    QAction* m_pZoomIn = nullptr;             ///< menu "View": the next larger scale
+    QAction* m_pZoomOut = nullptr;            ///< the next smaller one
+    QAction* m_pGuide = nullptr;              ///< menu "Help": the guide
+    QAction* m_pAbout = nullptr;              ///< name, version and libraries
+    QAction* m_pAboutQt = nullptr;            ///< what Qt tells of itself
+    QAction* m_pShowPeakLabels = nullptr;     ///< context menu of the frame view
+    QAction* m_pGroupReset = nullptr;         ///< context menu of the group table: removes the selected ones
+    QAction* m_pGroupMerge = nullptr;         ///< unites the selected groups
+    QAction* m_pGroupResetAll = nullptr;      ///< removes all groups but the first
+    QAction* m_pGroupExport = nullptr;        ///< writes the points of the selected groups
+    QAction* m_pCurveCopyData = nullptr;      ///< context menu of the curve window: as text
+    QAction* m_pCurveCopyWindow = nullptr;    ///< the curve as a picture
+    QAction* m_pTableCopySelected = nullptr;  ///< context menu of the peak table: selected rows
+    QAction* m_pTableCopyAll = nullptr;       ///< all rows
+    QAction* m_pExtractionWindow = nullptr;   ///< menu "Tools", as the next: window of the extraction
+    QAction* m_pExtractIntensity = nullptr;   ///< intensities of the indexed peaks
+    QAction* m_pFitDirectBeam = nullptr;      ///< direct beam on each frame
+    QAction* m_pRefineDirectBeam = nullptr;   ///< direct beam by pairs of indexed peaks
+    QAction* m_pTestRotationAxis = nullptr;   ///< azimuth of the rotation axis
+    QAction* m_pRefineBasis = nullptr;        ///< cell on the tilts of the frames
+    QAction* m_pRefineFrameNo = nullptr;      ///< cell on the tilts at the tops of the curves
+    QAction* m_pExportPeaks = nullptr;        ///< points of the current 3D view
+    QAction* m_pTestFindCubic = nullptr;      ///< its test runs: cubic cell on reflections
+    QAction* m_pTestRefineCubic = nullptr;    ///< cubic cell on the tilts
+    QAction* m_pTestStretching = nullptr;     ///< indexed peaks of the frame in view
+    QAction* m_pTestPlane = nullptr;          ///< difference vectors of the frame in view
+    QAction* m_pTestIndexing = nullptr;       ///< all reflections of the cell in force
+    QAction* m_pStopRun = nullptr;            ///< asks the run under way to stop
+    QList<QAction*> m_listSelection;          ///< none, 64, 128, 256, 512 and 1024 pixels square; exclusive
+    QList<QAction*> m_listPalette;            ///< by palette index; exclusive
+    QList<QAction*> m_listRecent;             ///< the recent data sets, hidden while unused
 
 protected:
     bool eventFilter(QObject* pObject, QEvent* pEvent) override;
