@@ -453,6 +453,7 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
     EXPECT_TRUE(pGrid->items().isEmpty());
     m_pWindow->openFiles({path("series.ed3d")});
+    m_pView->centerOn(80, 80);  // the small picture had no place to scroll to
     QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
     if (auto* pMenu = QApplication::activePopupWidget())
         pMenu->close();
