@@ -3,7 +3,6 @@
 
 #include "records/severity.h"
 
-
 #include <QString>
 
 namespace tessera {
