@@ -47,6 +47,9 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
         pSpin->setKeyboardTracking(false);
     m_pSmoothRadiusSpin = makeSpin(pSearch, &Parameters::m_dfSmoothRadius);
+    for (QDoubleSpinBox* pSpin :
+         {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin})
+        pSpin->setGroupSeparatorShown(true);
     auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
     pGrid->addWidget(new QLabel(tr("Peak Radius"), pSearch), 0, 0);
     pGrid->addWidget(m_pPeakRadiusSpin, 0, 1);
@@ -83,9 +86,7 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
     m_pIntegrationRadiusSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationRadius);
     m_pIntegrationBackgroundSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationBackground);
-    for (QDoubleSpinBox* pSpin :
-         {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin,
-          m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin})
+    for (QDoubleSpinBox* pSpin : {m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin})
         pSpin->setGroupSeparatorShown(true);
     pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
     pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
