@@ -92,7 +92,7 @@ double scaleForSmallValues(double dfGreatest, double dfStep)
     return std::pow(10.0, dfWanted - std::floor(std::log10(dfGreatest)));
 }
 
-// As the page shows it, unless its two decimals would move it by more than a hundredth.
+// With the two decimals of the page; below 1, where they would be too coarse, with four digits.
 double rounded(double dfThreshold)
 {
     return dfThreshold >= 1 ? QString::number(dfThreshold, 'f', 2).toDouble()

@@ -164,7 +164,7 @@ TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
         {dm3::file({}), "no image"},
         {list(dm3::group("", {dm3::group("Dimensions", {dm3::integer("", 2)})})), "image of 2 x 0 pixels"},
         {list(dm3::image(2, 2, 6, dm3::group("Data", {}))), "no pixels"},
-        {list(dm3::image(1, 1, 3, data4)), "data type 3 is not read"},
+        {list(dm3::image(1, 1, 3, data4)), "data type 3 (complex) is not read"},
         {list(dm3::image(-2, -2, 6, data4)), "image of -2 x -2 pixels"},
         {list(dm3::image(65536, 32768, 6, data4)), "image of 65536 x 32768 pixels"},
         {list(dm3::image(INT_MAX, INT_MAX, 12, data4)), "image of 2147483647 x 2147483647 pixels"},

@@ -118,7 +118,7 @@ TEST_F(Mrc, BrokenHeadersAndCutStacksGiveWhatIsWholeAndAReason)
         const char* pReason;
     } aCase[] = {{header(7, 5, 1, 0).left(1023), 0, 0, "truncated: 1023 of 1024 header bytes"},
                  {header(7, 5, -2, 1) + bytesPixels, 1, 0, "-2 sections"},
-                 {header(2, 2, 1, 4) + bytesPixels, 1, 0, "MODE 4 is not read"},
+                 {header(2, 2, 1, 4) + bytesPixels, 1, 0, "MODE 4 (complex) is not read"},
                  {header(-7, -5, 1, 0) + bytesPixels, 1, 0, "-7 x -5 pixels"},
                  {header(65536, 32768, 1, 0) + bytesPixels, 1, 0,
                   "65536 x 32768 pixels; fewer than 2147483648 can be read"},
