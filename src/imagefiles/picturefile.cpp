@@ -166,7 +166,10 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
 
 QSize pictureSize(const QString& strFileName)
 {
-    return QFileInfo(strFileName).isFile() ? QImageReader(strFileName).size() : QSize();
+    QString strReason;
+    return QFileInfo(strFileName).isFile() && mayBePicture(strFileName, strReason)
+               ? QImageReader(strFileName).size()
+               : QSize();
 }
 
 }  // namespace tessera
