@@ -37,6 +37,23 @@ QString reasonNotToOpen(const QString& strFile)
     return bUsable ? QString() : QStringLiteral("%1 is neither a project nor an image.").arg(strFile);
 }
 
+QString reasonNotToOpen(const QStringList& listFile)
+{
+    if (listFile.isEmpty())
+        return {};
+    QString strReason = reasonNotToOpen(listFile.first());
+    if (openKind(listFile) != OpenKind::images)
+        return strReason;
+    for (const QString& strFile : listFile)
+        if (strReason.isEmpty() && QFileInfo::exists(strFile)) {
+            // A project or a text list among frames would be taken for a frame.
+            strReason = openKind({strFile}) == OpenKind::images
+                            ? reasonNotToOpen(strFile)
+                            : QStringLiteral("%1 is not an image, as the others are.").arg(strFile);
+        }
+    return strReason;
+}
+
 void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report)
 {
     if (parameters.m_bApplyStretching && data.m_dfStretchAmplitude != 0)

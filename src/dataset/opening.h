@@ -23,6 +23,9 @@ OpenKind openKind(const QStringList& listFile);
 /// their readers. What goes as an image must be there, a regular file, and of a suffix or, for a picture of
 /// another suffix, of a content that a reader of frames knows: results and side files are none of these.
 QString reasonNotToOpen(const QString& strFile);
+/// The same for files that are opened together: of the first, and of the others as far as they are frames. A
+/// frame behind the first one may be missing: the loader says so when it is looked at.
+QString reasonNotToOpen(const QStringList& listFile);
 
 /// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
 /// what was found.

@@ -11,14 +11,19 @@ namespace tessera {
 
 namespace {
 
+const int g_nMostLinks = 40;  // one after the other, as many as the system follows
+
 /// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
 /// that links and the case of letters, where the file system does not mind it, make no difference.
 QString pathKey(const QString& strFile)
 {
-    const QFileInfo info(strFile);
     struct stat status = {};
     if (stat(QFile::encodeName(strFile).constData(), &status) == 0)
         return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
+    // A link to what is not there yet is the file that writing through it would make.
+    QFileInfo info(strFile);
+    for (int n = 0; n < g_nMostLinks && info.isSymLink(); ++n)
+        info.setFile(info.symLinkTarget());
     const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
     return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
                            info.fileName());

@@ -201,9 +201,22 @@ bool CWholeFile::giveName()
         else if (errno != EEXIST)
             break;
     }
-    if (m_strBeside.isEmpty())
+    if (m_strBeside.isEmpty() && !copyToNamed())
         return failBySystem();
     return closeFile() || failBySystem();
+}
+
+/// For file systems that give an unnamed file no name: its bytes go into a new file that has one.
+bool CWholeFile::copyToNamed()
+{
+    const int nUnnamed = m_nFile;
+    m_nFile = -1;
+    m_bFlushed = false;
+    const bool bCopied = makeNamed() && writeCopy(QFile::decodeName(pathOfOpenFile(nUnnamed))) && flush();
+    const int nError = errno;
+    ::close(nUnnamed);
+    errno = nError;
+    return bCopied;
 }
 
 bool CWholeFile::closeFile()

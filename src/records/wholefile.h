@@ -47,6 +47,7 @@ private:
     bool makeNamed();
     bool flush();
     bool giveName();
+    bool copyToNamed();
     bool closeFile();
     bool exchange();
     void goBack();

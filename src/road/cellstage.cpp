@@ -1,5 +1,6 @@
 #include "road/stages.h"
 
+#include "crystal/cellarithmetic.h"
 #include "dataset/unitcellfile.h"
 #include "frames/frametargets.h"
 #include "reciprocal/cellhunting.h"
@@ -28,6 +29,10 @@ StageResult takeGivenCell(RoadState& state, const QString& strFile)
 {
     const QString& strGiven = state.options.strCellFile;
     StageResult result = loadCell(state, strGiven);
+    if (result.finished() && !cellParametersFromList(state.dataSet.m_listCell)) {
+        return state.report.failed(
+            QStringLiteral("%1: the reciprocal vectors are co-planar, which is no cell.").arg(strGiven));
+    }
     QString strReason;
     // A run does not write what it reads.
     const bool bOwn = !frameAmongTargets({strFile}, {strGiven}).isEmpty();

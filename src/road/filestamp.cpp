@@ -13,6 +13,7 @@ FileStamp FileStamp::of(const QString& strFileName)
     if (::stat(QFile::encodeName(strFileName).constData(), &info) == 0) {
         stamp.bExists = true;
         stamp.bRegular = S_ISREG(info.st_mode);
+        stamp.bFolder = S_ISDIR(info.st_mode);
         stamp.nInode = info.st_ino;
         stamp.nSeconds = info.st_ctim.tv_sec;
         stamp.nNanoseconds = info.st_ctim.tv_nsec;
@@ -23,8 +24,9 @@ FileStamp FileStamp::of(const QString& strFileName)
 bool replacedSince(const FileStamp& stamp, const QString& strFileName)
 {
     const FileStamp now = FileStamp::of(strFileName);
-    return now.bExists && !(stamp.bExists && now.bRegular && stamp.nInode == now.nInode &&
-                            stamp.nSeconds == now.nSeconds && stamp.nNanoseconds == now.nNanoseconds);
+    return now.bExists && !now.bFolder &&
+           !(stamp.bExists && now.bRegular && stamp.nInode == now.nInode && stamp.nSeconds == now.nSeconds &&
+             stamp.nNanoseconds == now.nNanoseconds);
 }
 
 }  // namespace tessera

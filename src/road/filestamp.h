@@ -10,6 +10,7 @@ namespace tessera {
 struct FileStamp {
     bool bExists = false;
     bool bRegular = false;  ///< a device or a pipe is written to and stays what it is
+    bool bFolder = false;   ///< nothing can be written in its place
     unsigned long long nInode = 0;
     long long nSeconds = 0;
     long nNanoseconds = 0;
@@ -17,8 +18,8 @@ struct FileStamp {
     static FileStamp of(const QString& strFileName);
 };
 
-/// Whether the file is there and is not the one that the stamp was taken of; of a device or a pipe nobody
-/// can tell, and the answer is yes.
+/// Whether the file is there and is not the one that the stamp was taken of. Of a device or a pipe nobody can
+/// tell, and the answer is yes; of a folder it is no.
 bool replacedSince(const FileStamp& stamp, const QString& strFileName);
 
 }  // namespace tessera

@@ -98,7 +98,7 @@ void MainWindow::openFiles(const QStringList& listFile)
 {
     if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
         return;
-    if (const QString strReason = reasonNotToOpen(listFile.first()); !strReason.isEmpty()) {
+    if (const QString strReason = reasonNotToOpen(listFile); !strReason.isEmpty()) {
         WindowReport(*this).addMessage(strReason, Severity::Error);
         return;
     }

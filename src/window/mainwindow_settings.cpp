@@ -1,4 +1,4 @@
-// MainWindow: what it remembers between sessions.
+// MainWindow: what is kept from one start to the next.
 #include "window/mainwindow.h"
 
 #include "crystal/cellmessage.h"

@@ -213,7 +213,8 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
     Series series;
     const QString strProject = series.path("s.ed3d");
     QMap<QString, QByteArray> mapBefore;
-    ASSERT_TRUE(QFile::link("f2.mrc", series.path("s.json")) && QDir(series.path("")).mkdir("hard") &&
+    ASSERT_TRUE(QFile::link("f2.mrc", series.path("s.json")) &&
+                QFile::link("new/s.pk", series.path("to.json")) && QDir(series.path("")).mkdir("hard") &&
                 QFile::link("../f2.mrc", series.path("hard/s.hkl")) &&
                 link(qPrintable(series.path("f3.mrc")), qPrintable(series.path("hard.json"))) == 0);
     series.write("f0_s.mrc", "a frame");
@@ -252,6 +253,7 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--json", series.path("m"), "--mask", series.path("m")}, "overwrite an input file"},
         {{strProject, "--json", series.path("s.uc")}, "would overwrite another file of the run"},
         {{strProject, "--json", series.path("new/s.log"), "--out", series.path("new")}, "another file"},
+        {{strProject, "--json", series.path("to.json"), "--out", series.path("new")}, "another file"},
         {{strProject, "--json", series.path("hard")}, "a folder, not a file"},
         {{strProject, "--out", series.path("hard")}, "s.hkl, which the run would write, is one of"},
         // What a shell makes of "--json *.mrc".

@@ -180,6 +180,22 @@ TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
     expectFailure({"--from", "merge", "--pixel-size", "0.0081"}, "q.hkl: is a folder");
     EXPECT_EQ(result("f", "p4p"), bytesCell);
     EXPECT_EQ(result("f", "hkl.before"), "the user's own");
+    for (const char* pszSuffix : {"sc", "pk", "uc"}) {
+        const QString strFile = m_dir.filePath(QStringLiteral("f/q.") + QLatin1String(pszSuffix));
+        const QByteArray bytesFormer = readBytes(strFile);
+        ASSERT_TRUE(QFile::remove(strFile) && QDir().mkdir(strFile));
+        const QString strStage = QString::fromLatin1(*pszSuffix == 's'   ? "shifts"
+                                                     : *pszSuffix == 'p' ? "peaks"
+                                                                         : "cell");
+        expectFailure({"--from", strStage, "--to", strStage}, "is a folder");
+        ASSERT_TRUE(QDir().rmdir(strFile));
+        writeBytes(strFile, bytesFormer);
+    }
+    // A cell that is none does not take the place of a good one.
+    writeBytes(m_dir.filePath("flat.uc"), "a* 0.1 0 0\nb* 0 0.1 0\nc* 0.1 0.1 0\n");
+    const QByteArray bytesBasis = result("f", "uc");
+    expectFailure({"--from", "cell", "--cell", m_dir.filePath("flat.uc")}, "flat.uc: the reciprocal vectors");
+    EXPECT_EQ(result("f", "uc"), bytesBasis);
 }
 
 TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)

@@ -126,6 +126,7 @@ TEST_F(FramesWindow, PlayEndsAtTheEndsAndAtItsButton)
     EXPECT_GE(timer.elapsed(), 80);
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
     m_pWindow->openFiles({path("series.sc~")});
+    m_pWindow->openFiles({path("f0000.mrc"), write("series.log", "words")});
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames - 5; })) << "the play goes on";
     m_pFrames->m_pPlayStopButton->click();
     QTest::qWait(80);

@@ -34,7 +34,7 @@ TEST_F(Shell, ComesBackWithWhatWasSet)
     EXPECT_TRUE(m_pWindow->findChild<QDockWidget*>("Intensity")->isHidden());
     EXPECT_FALSE(m_pWindow->findChild<QDockWidget*>("Messages")->isHidden());
     m_pWindow->close();
-    EXPECT_EQ(setting("workingDir"), m_dir.path()) << "kept by a session that opens nothing";
+    EXPECT_EQ(setting("workingDir"), m_dir.path()) << "kept by a start that opens nothing";
 }
 
 TEST_F(Shell, TheFirstWindowFitsOnTheScreenWithItsTitleBar)
