@@ -20,6 +20,13 @@ constexpr int nBlock = 8;
 // FFTW's planner keeps global tables; only execution is thread safe.
 std::mutex g_mutexPlanner;
 
+// FFTW ends the program when its planner gets no memory. It takes some kilobytes: where so much more is to be
+// had, these are, and where it is not, the lack can still be told or made good.
+void requireRoomToPlan()
+{
+    ::operator delete(::operator new(std::size_t(1) << 20));
+}
+
 fftwf_complex* asFftw(COMPLEX* p)
 {
     return reinterpret_cast<fftwf_complex*>(p);
@@ -47,6 +54,7 @@ struct LinePlan {
     bool make(COMPLEX* pIn, COMPLEX* pOut)
     {
         const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        requireRoomToPlan();
         const auto plan = [&](int nSign) {
             return fftwf_plan_many_dft(1, &nLength, nBlock, asFftw(pIn), nullptr, 1, nStride, asFftw(pOut),
                                        nullptr, 1, nStride, nSign, FFTW_ESTIMATE);
@@ -59,10 +67,12 @@ struct LinePlan {
     bool makeReal(COMPLEX* pIn, COMPLEX* pOut)
     {
         const std::lock_guard<std::mutex> lock(g_mutexPlanner);
-        if (!planReal)
+        if (!planReal) {
+            requireRoomToPlan();
             planReal.reset(fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn),
                                                    nullptr, 1, nStride, asFftw(pOut), nullptr, 1, nStride,
                                                    FFTW_ESTIMATE));
+        }
         return planReal != nullptr;
     }
 };
