@@ -112,7 +112,7 @@ TEST_F(Reciprocal, ALongListTakesLittleMemory)
     loadCell(g_matCell);
     m_pTabs->setCurrentIndex(2);
     const auto usedPages = [] { return readBytes("/proc/self/statm").split(' ').value(1).toLongLong(); };
-    const qint64 nBefore = usedPages();
+    [[maybe_unused]] const qint64 nBefore = usedPages();
     answered({path("long.hkl")}, [this] { m_pPanel->m_pButtonLoadHKL->click(); });
     ASSERT_EQ(m_pMerged->points().size(), nReflections);
     ASSERT_EQ(table()->rowCount(), nReflections);
