@@ -132,6 +132,8 @@ public slots:
     void currentFileChangedInFileList(int nCurrentRow);
     /// Draws the image in memory anew, within the contrast limits of the page.
     void refreshImageView();
+
+    // Auto play: src/window/frames/mainwindow_autoplay.cpp
     /// Shows one frame after the other at the delay of the page, up to the last one.
     void playImageForward();
     /// The same down to the first one.
@@ -156,6 +158,8 @@ public slots:
     void exportUnitCell();
     /// Asks for a file and puts its cell in force.
     void loadUnitCell();
+
+    // The mask: src/window/frames/mainwindow_mask.cpp
     /// Asks for a file of polygons, in pixels, that peak hunting leaves out, and shows them.
     void loadPeakHuntingMask();
     /// Takes all polygons away.
@@ -327,8 +331,6 @@ public slots:
     bool extractIntensity(QVector<QList<Peak3D>>& peaksSorted);
     /// Fits the positions of the indexed peaks on their frames.
     void runIntensityExtraction();
-    /// Asks for a folder and writes the sum of the frames of each beam tilt series into it.
-    void runUnitCellRefinementFromLoadingData();
 
     // Refinements: src/window/crystal/mainwindow_refinement.cpp
     /// Refines the cell on the d* of the indexed peaks, if asked for after a fit of their positions.
@@ -369,6 +371,8 @@ public slots:
     void saveCurrent();
     /// Asks for folder and format and writes all frames as pictures within the contrast limits.
     void saveSeries();
+    /// Asks for a folder and writes the sum of the frames of each beam tilt series into it.
+    void runUnitCellRefinementFromLoadingData();
     /// Writes all frames as SMV images into the folder of the project. Needs the shifts.
     void exportSMVImages();
     /// Asks for a factor and writes a copy of each frame, scaled by it, beside the frame.
