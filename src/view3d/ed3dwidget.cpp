@@ -216,12 +216,6 @@ void ED3DWidget::setCamera(const float* pfRotation, float fPanX, float fPanY, fl
     update();
 }
 
-void ED3DWidget::setPointGroups(const QList<PointGroup>& listGroup)
-{
-    if (m_groups.setGroups(listGroup))
-        updatePointGroups();
-}
-
 void ED3DWidget::insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
                                   const QColor& color)
 {

@@ -43,8 +43,9 @@ public:
     /// Takes the points, empties the selection and leaves group 0 alone. A list with a negative nID can't be
     /// looked up by nID and leaves the view empty.
     ///
-    /// @param listGroup  if not empty, the groups of the points, as setPointGroups() takes them: who listens
-    ///                   to the view sees points and groups change in one step
+    /// @param listGroup  if not empty, the groups of the points; the first becomes group 0, which takes the
+    ///                   points that no other holds. Who listens to the view sees points and groups change in
+    ///                   one step
     void setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup = {});
     /// The points shown, in the order that indices of points refer to.
     const QList<Peak3D>& points() const;
@@ -93,9 +94,6 @@ public:
     /// Takes these numbers from another view; a zoom that comes too close is held back.
     void setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom);
 
-    /// Replaces all groups at once: one look at the points and one signal, however many there are. The first
-    /// becomes group 0, which takes the points that no other holds. An empty list changes nothing.
-    void setPointGroups(const QList<PointGroup>& listGroup);
     /// Inserts a shown group of point indices at nIndex, or at the end where nIndex lies past it.
     void insertPointGroup(int nIndex, const QString& strLabel, const QList<int>& listPoint,
                           const QColor& color);

@@ -41,6 +41,14 @@ inline BatchOutcome runShell(const QString& strFolder, const QString& strLine)
                      {QStringLiteral("-c"), QStringLiteral("PATH=" TESSERA_BIN_DIR ":$PATH; ") + strLine});
 }
 
+/// Makes q.ed3d with 40 frames of quartz in a folder: enough for a cell, soon hunted.
+inline BatchOutcome simulateQuartz(const QString& strFolder)
+{
+    return runProgram("tessera-simulate", {"--crystal", "quartz", "--frames", "40", "--size", "320",
+                                           "--tilt-start", "-20", "--tilt-step", "1", "--pixel-size", "0.008",
+                                           "--axis", "-38.5", "--out", strFolder, "--name", "q"});
+}
+
 inline BatchOutcome runBatch(const QStringList& listArgument)
 {
     return runProgram(QStringLiteral("tessera-batch"), listArgument);

@@ -17,10 +17,7 @@ class RoadStages : public testing::Test {
 protected:
     void SetUp() override
     {
-        const BatchOutcome outcome = runProgram(
-            "tessera-simulate",
-            {"--crystal", "quartz", "--frames", "40", "--size", "320", "--tilt-start", "-20", "--tilt-step",
-             "1", "--pixel-size", "0.008", "--axis", "-38.5", "--out", m_dir.path(), "--name", "q"});
+        const BatchOutcome outcome = simulateQuartz(m_dir.path());
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     }
     RoadOptions options(const QString& strOut) const
