@@ -1,5 +1,7 @@
 #include "imaging/acmlfft.h"
 
+#include "imaging/fftwplanner.h"
+
 #include <fftw3.h>
 
 #include <algorithm>
@@ -17,16 +19,6 @@ namespace {
 // eight columns reads every line of memory once.
 constexpr int nBlock = 8;
 
-// FFTW's planner keeps global tables; only execution is thread safe.
-std::mutex g_mutexPlanner;
-
-// FFTW ends the program when its planner gets no memory. It takes some kilobytes: where so much more is to be
-// had, these are, and where it is not, the lack can still be told or made good.
-void requireRoomToPlan()
-{
-    ::operator delete(::operator new(std::size_t(1) << 20));
-}
-
 fftwf_complex* asFftw(COMPLEX* p)
 {
     return reinterpret_cast<fftwf_complex*>(p);
@@ -35,7 +27,7 @@ fftwf_complex* asFftw(COMPLEX* p)
 struct PlanDestroy {
     void operator()(fftwf_plan plan) const
     {
-        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        const std::lock_guard<std::mutex> lock(fftwPlannerMutex());
         fftwf_destroy_plan(plan);
     }
 };
@@ -53,7 +45,7 @@ struct LinePlan {
 
     bool make(COMPLEX* pIn, COMPLEX* pOut)
     {
-        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        const std::lock_guard<std::mutex> lock(fftwPlannerMutex());
         requireRoomToPlan();
         const auto plan = [&](int nSign) {
             return fftwf_plan_many_dft(1, &nLength, nBlock, asFftw(pIn), nullptr, 1, nStride, asFftw(pOut),
@@ -66,7 +58,7 @@ struct LinePlan {
 
     bool makeReal(COMPLEX* pIn, COMPLEX* pOut)
     {
-        const std::lock_guard<std::mutex> lock(g_mutexPlanner);
+        const std::lock_guard<std::mutex> lock(fftwPlannerMutex());
         if (!planReal) {
             requireRoomToPlan();
             planReal.reset(fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn),
