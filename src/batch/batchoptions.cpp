@@ -161,6 +161,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"constant-background", "Refine also with positions that are fitted beside a constant background."},
         {"pair-list", "Print the tables of difference vectors and of peak pairs."},
         {"window-defaults", "Start values of the window's pages instead of auto."},
+        {"accept",
+         "Write the files of the stage index, and end with status 0, also where a result is judged bad."},
         {"jobs",
          "Frames worked on side by side; the files are the same for every number; default: one per core.",
          "number"},
@@ -226,6 +228,7 @@ void takeStages(COptionReader& reader, RoadOptions& options)
 
 void takeParameters(COptionReader& reader, RoadOptions& options)
 {
+    options.bAccept = reader.isSet(QStringLiteral("accept"));
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);

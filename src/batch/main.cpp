@@ -102,7 +102,8 @@ int runSeries(const BatchOptions& options)
         !writeFile(options.strJsonFile, jsonBytes(roadSummary(results))).isEmpty()) {
         return 1;
     }
-    return results.end.finished() ? 0 : 1;
+    const bool bBad = worstVerdict(results.listJudgement) == Verdict::Bad && !options.road.bAccept;
+    return results.end.finished() && !bBad ? 0 : 1;
 }
 
 }  // namespace

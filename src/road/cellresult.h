@@ -6,7 +6,7 @@
 
 namespace tessera {
 
-/// Parameters and volume of the cell in force.
+/// Parameters and volume of the cell in force, and how many of the mapped peaks fit it.
 CellResult cellResultOf(const DataSet& dataSet);
 
 }  // namespace tessera

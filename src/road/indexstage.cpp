@@ -8,6 +8,12 @@
 #include "road/cellresult.h"
 #include "road/earlierfiles.h"
 #include "road/judgement.h"
+#include "road/stagejudgement.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <iterator>
 
 namespace tessera {
 
@@ -33,10 +39,18 @@ QList<Peak3D> withWholeIndices(QList<Peak3D> listPeak)
     return listPeak;
 }
 
+constexpr ResultFile g_aFile[] = {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks};
+
+bool anyFormerFile(const DataSet& dataSet)
+{
+    return std::any_of(std::begin(g_aFile), std::end(g_aFile),
+                       [&](ResultFile file) { return QFileInfo::exists(fileOfProject(dataSet, file)); });
+}
+
 /// Puts the files of the stage in their places, all or none.
 StageResult commitFiles(CFileSet& files, const DataSet& dataSet, CRoadReport& report)
 {
-    for (const ResultFile file : {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks}) {
+    for (const ResultFile file : g_aFile) {
         const QString strFile = fileOfProject(dataSet, file);
         if (files.reason().isEmpty() && !files.holds(strFile)) {
             return report.failed(
@@ -93,12 +107,18 @@ StageResult runIndexStage(RoadState& state)
     index.dfShare = indexedShareOf(result);
     index.refined = refineCell(withWholeIndices(result.listIndexed), state.dataSet, report);
     index.centreOffset = judgeCentre(result, state.dataSet, report);
-    judgeRotation(result.listIndexed, state.dataSet, report);
+    index.bOppositeSense = judgeRotation(result.listIndexed, state.dataSet, report);
     if (!holdsIndexed(result.listIndexed)) {
         return report.failed(
             QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
     }
     judgeIndexedShare(result, report);
+    if (bWrite && !options.bAccept && state.results.cell->fit && !fitsLattice(*state.results.cell->fit) &&
+        anyFormerFile(state.dataSet)) {
+        return report.refused(QStringLiteral(
+            "Most of the peaks do not lie on the lattice of this cell, so the former files of the "
+            "stage stay as they were; --accept writes them all the same."));
+    }
     return bWrite ? commitFiles(files, state.dataSet, report) : StageResult();
 }
 

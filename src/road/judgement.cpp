@@ -50,17 +50,23 @@ std::optional<CentreOffset> judgeCentre(const IndexingResult& result, const Data
                           .arg(offset->dfY, 0, 'f', 2)
                           .arg(offset->dfErrorX, 0, 'f', 2)
                           .arg(offset->dfErrorY, 0, 'f', 2));
-    if (offset->length() > 1 && offset->length() > 3 * offset->lengthError()) {
+    if (isBeamWrong(*offset)) {
         report.addMessage(QStringLiteral("Warning: the direct beam may be wrong by more than one pixel."),
                           Severity::Warning);
     }
     return offset;
 }
 
-void judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRunReport& report)
+bool isBeamWrong(const CentreOffset& offset)
+{
+    return offset.length() > 1 && offset.length() > 3 * offset.lengthError();
+}
+
+bool judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRunReport& report)
 {
     const std::optional<RotationSense> sense = judgeRotationSense(listIndexed, dataSet);
-    if (sense && sense->bOpposite) {
+    const bool bOpposite = sense && sense->bOpposite;
+    if (bOpposite) {
         report.addMessage(
             QStringLiteral(
                 "Warning: the rotation seems to go the other way, and the indices to be those of the mirror "
@@ -70,6 +76,7 @@ void judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRu
                 .arg(sense->dfSquaresBefore, 0, 'f', 1),
             Severity::Warning);
     }
+    return bOpposite;
 }
 
 double indexedShareOf(const IndexingResult& result)
@@ -91,9 +98,14 @@ void judgeIndexedShare(const IndexingResult& result, CRunReport& report)
     }
 }
 
+bool pairsDisagree(const DifferenceVectorRefinement& found)
+{
+    return 9 * found.nGroupsRejected > found.listDifference.size();
+}
+
 void judgePairs(const DifferenceVectorRefinement& found, const QString& strPairs, CRunReport& report)
 {
-    if (9 * found.nGroupsRejected > found.listDifference.size()) {
+    if (pairsDisagree(found)) {
         report.addMessage(
             QStringLiteral("Warning: %1 of %2 groups of pairs disagree; the %3 are not to be trusted. Try "
                            "--constant-background or a greater --refine-intensity-low.")

@@ -24,8 +24,12 @@ QList<int> judgeShifts(const QList<QPointF>& listShift, CRunReport& report);
 std::optional<CentreOffset> judgeCentre(const IndexingResult& result, const DataSet& dataSet,
                                         CRunReport& report);
 
+/// Whether the beam is more than a pixel away, and certainly so.
+bool isBeamWrong(const CentreOffset& offset);
+
 /// Warns where the tilts of the reflections say that the series was turned the other way.
-void judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRunReport& report);
+/// @return whether they do
+bool judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRunReport& report);
 
 /// The part of the selected reflections that was indexed, 0 to 1.
 double indexedShareOf(const IndexingResult& result);
@@ -33,6 +37,9 @@ double indexedShareOf(const IndexingResult& result);
 /// Warns where less than half of the reflections were indexed, which a right cell and geometry index at the
 /// least.
 void judgeIndexedShare(const IndexingResult& result, CRunReport& report);
+
+/// Whether more than a tenth of the groups of pairs were left out, as the members of each disagree.
+bool pairsDisagree(const DifferenceVectorRefinement& found);
 
 /// Warns where more than a tenth of the groups of pairs were left out, as the members of each disagree.
 /// @param strPairs  "peak pairs at ...", as the log calls them

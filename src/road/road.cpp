@@ -2,6 +2,7 @@
 
 #include "records/whatwasthrown.h"
 #include "road/seriesopening.h"
+#include "road/stagejudgement.h"
 #include "road/stages.h"
 
 #include <QElapsedTimer>
@@ -26,6 +27,15 @@ double secondsOf(const QElapsedTimer& timer)
     return double(timer.elapsed()) / 1000;
 }
 
+/// Keeps a judgement, and says it in the log.
+void noteJudgement(RoadState& state, const std::optional<Judgement>& judgement)
+{
+    if (judgement) {
+        takeJudgement(state.results.listJudgement, *judgement);
+        state.report.addMessage(judgementLine(*judgement), Severity::Milestone);
+    }
+}
+
 bool runStages(RoadState& state, QList<PartTime>& listTime)
 {
     const RoadOptions& options = state.options;
@@ -41,6 +51,7 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         const StageResult end = runStage(stage, state);
         listTime.append({roadStageName(stage), secondsOf(timer)});
+        noteJudgement(state, judgeStage(stage, state.results));
         if (!noteEnd(state.results, roadStageName(stage), end)) {
             return false;
         }

@@ -1,5 +1,7 @@
 #include "road/roadjson.h"
 
+#include "road/stagejudgement.h"
+
 #include <QJsonArray>
 
 namespace tessera {
@@ -101,6 +103,24 @@ void put(QJsonObject& object, const RefineResult& refine)
     object[QStringLiteral("peakPairs")] = pairs;
 }
 
+void put(QJsonObject& object, const LatticeFit& fit)
+{
+    object[QStringLiteral("fitShare")] = fit.share();
+    object[QStringLiteral("fitByChance")] = fit.dfByChance;
+}
+
+/// The parts by their names, and the worst verdict of all.
+QJsonObject judgementObject(const QList<Judgement>& listJudgement)
+{
+    QJsonObject object = {{QStringLiteral("overall"), verdictName(worstVerdict(listJudgement))}};
+    for (const Judgement& judgement : listJudgement) {
+        object[judgement.strPart] = QJsonObject{{QStringLiteral("verdict"), verdictName(judgement.verdict)},
+                                                {QStringLiteral("reason"), judgement.strReason},
+                                                {QStringLiteral("figure"), judgement.dfFigure}};
+    }
+    return object;
+}
+
 QJsonObject timesObject(const QList<PartTime>& listTime)
 {
     QJsonObject object;
@@ -153,9 +173,17 @@ QJsonObject roadSummary(const RoadResults& results)
     putIfThere(object, results.merge);
     if (results.cell) {
         object[QStringLiteral("cell")] = cellObject(*results.cell);
+        putIfThere(object, results.cell->fit);
     }
     putIfThere(object, results.index);
     putIfThere(object, results.refine);
+    if (results.index && results.cell && results.cell->fit) {
+        object[QStringLiteral("spreadContradicts")] = spreadContradicts(results.index->dfShare,
+                                                                        *results.cell->fit);
+    }
+    if (!results.listJudgement.isEmpty()) {
+        object[QStringLiteral("judgement")] = judgementObject(results.listJudgement);
+    }
     if (results.listExported) {
         object[QStringLiteral("exported")] = QJsonArray::fromStringList(*results.listExported);
     }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "crystal/cellrefinement.h"
+#include "lattice/latticefit.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/centreoffset.h"
 #include "records/cellparameters.h"
 #include "road/roadstage.h"
 #include "road/stageresult.h"
+#include "road/verdict.h"
 
 #include <QList>
 #include <QPointF>
@@ -46,6 +48,7 @@ struct MergeResult {
 struct CellResult {
     std::optional<CellParameters> parameters;  ///< of the cell in force; none where its vectors are co-planar
     double dfVolume = 0;                       ///< Å³
+    std::optional<LatticeFit> fit;             ///< of all peaks; none where none are mapped
 };
 
 struct IndexResult {
@@ -56,6 +59,7 @@ struct IndexResult {
     double dfShare = 0;                        ///< of the selected reflections that were indexed, 0 to 1
     std::optional<CellRefinement> refined;     ///< from the d* of the indexed reflections
     std::optional<CentreOffset> centreOffset;  ///< of the direct beam; none where it is not determined
+    bool bOppositeSense = false;               ///< the tilts say that the series was turned the other way
 };
 
 /// How the positions of the peaks were measured that a cell was refined with.
@@ -87,6 +91,8 @@ struct RoadResults {
     std::optional<IndexResult> index;
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
+
+    QList<Judgement> listJudgement;  ///< of the parts that finished, in their order
 
     std::optional<RoadStage> lastStage;       ///< the last one that finished
     QString strFailed;                        ///< "open", a stage or an export: the first that failed

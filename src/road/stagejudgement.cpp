@@ -1,0 +1,187 @@
+#include "road/stagejudgement.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+// A right cell leaves out noise, other crystals and ice: of real series with a geometry that is a little off
+// it keeps about three quarters.
+const double SHARE_GOOD = 0.6;
+// A search for a lattice needs some points along each axis.
+const int FEW_PEAKS = 50;
+
+QString percent(double dfShare)
+{
+    return QStringLiteral("%1%").arg(100 * dfShare, 0, 'f', 1);
+}
+
+QString several(int nCount, const char* pszOne)
+{
+    return QStringLiteral("%1 %2%3").arg(nCount).arg(QLatin1String(pszOne),
+                                                     QLatin1String(nCount == 1 ? "" : "s"));
+}
+
+Judgement judged(RoadStage stage, Verdict verdict, const QString& strReason, double dfFigure)
+{
+    return {roadStageName(stage), verdict, strReason, dfFigure};
+}
+
+Judgement judgeShiftResult(const RoadResults& results)
+{
+    const ShiftResult& shifts = *results.shifts;
+    if (!shifts.listJump.isEmpty()) {
+        return judged(RoadStage::Shifts, Verdict::Doubtful,
+                      QStringLiteral("The shifts of %1 stand apart from those of their neighbours.")
+                          .arg(several(shifts.listJump.size(), "frame")),
+                      shifts.listJump.size());
+    }
+    // The correlation of the region takes a drift beyond half of it for one the other way.
+    const bool bFar = shifts.dfMaxShift > shifts.rcRegion.width() / 2.0;
+    return judged(RoadStage::Shifts, bFar ? Verdict::Doubtful : Verdict::Good,
+                  QStringLiteral("The pattern moves by up to %1 pixels, in a region of %2.")
+                      .arg(shifts.dfMaxShift, 0, 'f', 1)
+                      .arg(shifts.rcRegion.width()),
+                  shifts.dfMaxShift);
+}
+
+Judgement judgePeakResult(const RoadResults& results)
+{
+    const int nPeaks = results.peaks->nPeaks;
+    const int nFrames = results.open ? results.open->nFrames : 0;
+    return judged(RoadStage::Peaks, nPeaks < FEW_PEAKS ? Verdict::Doubtful : Verdict::Good,
+                  QStringLiteral("%1 on %2%3.")
+                      .arg(several(nPeaks, "peak"), several(nFrames, "frame"),
+                           QLatin1String(nPeaks < FEW_PEAKS ? ", which is little for a search" : "")),
+                  nPeaks);
+}
+
+Judgement judgeMergeResult(const RoadResults& results)
+{
+    const MergeResult& merge = *results.merge;
+    const double dfShare = merge.nChains == 0 ? 0 : double(merge.nReflections) / merge.nChains;
+    return judged(RoadStage::Merge, dfShare < g_dfShareExpected ? Verdict::Doubtful : Verdict::Good,
+                  QStringLiteral("%1 of %2 chains of peaks gave a reflection (%3).")
+                      .arg(merge.nReflections)
+                      .arg(merge.nChains)
+                      .arg(percent(dfShare)),
+                  dfShare);
+}
+
+QString fitText(const LatticeFit& fit)
+{
+    return QStringLiteral("%1 of %2 peaks (%3) lie on the lattice, by chance %4")
+        .arg(fit.nFitting)
+        .arg(fit.nPoints)
+        .arg(percent(fit.share()), percent(fit.dfByChance));
+}
+
+Verdict verdictOf(const LatticeFit& fit)
+{
+    // The peaks of one reflection on several frames fit together, so the spread counts them too often: five
+    // times it are no more than about two of a count of reflections.
+    const double dfSpread = std::sqrt(fit.dfByChance * (1 - fit.dfByChance) / std::max(1, fit.nPoints));
+    if (fit.share() < g_dfShareExpected || fit.share() < fit.dfByChance + 5 * dfSpread) {
+        return Verdict::Bad;
+    }
+    return fit.share() < std::max(SHARE_GOOD, 2 * fit.dfByChance) ? Verdict::Doubtful : Verdict::Good;
+}
+
+Judgement judgeCellResult(const RoadResults& results)
+{
+    const CellResult& cell = *results.cell;
+    if (!cell.parameters) {
+        return judged(RoadStage::Cell, Verdict::Bad, QStringLiteral("Its vectors are co-planar."), 0);
+    }
+    if (!cell.fit) {
+        return judged(RoadStage::Cell, Verdict::Doubtful,
+                      QStringLiteral("No mapped peaks are there to hold it against."), 0);
+    }
+    return judged(RoadStage::Cell, verdictOf(*cell.fit), fitText(*cell.fit) + QLatin1Char('.'),
+                  cell.fit->share());
+}
+
+Judgement judgeIndexResult(const RoadResults& results)
+{
+    const IndexResult& index = *results.index;
+    QStringList listReason = {
+        QStringLiteral("%1 of the reflections were indexed").arg(percent(index.dfShare))};
+    Verdict verdict = index.dfShare < g_dfShareExpected ? Verdict::Bad : Verdict::Good;
+    double dfFigure = index.dfShare;
+    if (results.cell && results.cell->fit) {
+        const LatticeFit& fit = *results.cell->fit;
+        verdict = std::max(verdict, verdictOf(fit));
+        listReason.append(fitText(fit));
+        dfFigure = fit.share();
+        if (spreadContradicts(index.dfShare, fit)) {
+            listReason.append(
+                QStringLiteral("the indices followed from neighbour to neighbour and say nothing"));
+        }
+    }
+    if (index.centreOffset && isBeamWrong(*index.centreOffset)) {
+        verdict = std::max(verdict, Verdict::Doubtful);
+        listReason.append(QStringLiteral("the direct beam seems to be %1 pixels off")
+                              .arg(index.centreOffset->length(), 0, 'f', 1));
+    }
+    if (index.bOppositeSense) {
+        verdict = std::max(verdict, Verdict::Doubtful);
+        listReason.append(QStringLiteral("the rotation seems to go the other way"));
+    }
+    return judged(RoadStage::Index, verdict, listReason.join(QStringLiteral("; ")) + QLatin1Char('.'),
+                  dfFigure);
+}
+
+Judgement judgeRefineResult(const RoadResults& results)
+{
+    int nRejected = 0;
+    int nGroups = 0;
+    bool bDisagree = false;
+    for (const PairRefinement& run : results.refine->listRun) {
+        nRejected += run.found.nGroupsRejected;
+        nGroups += run.found.nGroupsRejected + run.found.listDifference.size();
+        bDisagree = bDisagree || pairsDisagree(run.found);
+    }
+    return judged(RoadStage::Refine, bDisagree ? Verdict::Doubtful : Verdict::Good,
+                  QStringLiteral("%1 of %2 groups of peak pairs disagree.").arg(nRejected).arg(nGroups),
+                  nGroups == 0 ? 0 : double(nRejected) / nGroups);
+}
+
+}  // namespace
+
+std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results)
+{
+    const auto judgeIf = [&](bool bThere, Judgement (*fnJudge)(const RoadResults&)) {
+        return bThere ? std::optional<Judgement>(fnJudge(results)) : std::nullopt;
+    };
+    switch (stage) {
+        case RoadStage::Shifts:
+            return judgeIf(results.shifts.has_value(), judgeShiftResult);
+        case RoadStage::Peaks:
+            return judgeIf(results.peaks.has_value(), judgePeakResult);
+        case RoadStage::Merge:
+            return judgeIf(results.merge.has_value(), judgeMergeResult);
+        case RoadStage::Cell:
+            return judgeIf(results.cell.has_value(), judgeCellResult);
+        case RoadStage::Index:
+            return judgeIf(results.index.has_value(), judgeIndexResult);
+        case RoadStage::Refine:
+            return judgeIf(results.refine.has_value(), judgeRefineResult);
+    }
+    return {};
+}
+
+bool fitsLattice(const LatticeFit& fit)
+{
+    return verdictOf(fit) != Verdict::Bad;
+}
+
+bool spreadContradicts(double dfIndexedShare, const LatticeFit& fit)
+{
+    return dfIndexedShare >= g_dfShareExpected && !fitsLattice(fit);
+}
+
+}  // namespace tessera
