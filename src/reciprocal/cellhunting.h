@@ -3,6 +3,7 @@
 
 #include "crystal/cellmessage.h"
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -11,10 +12,11 @@ namespace tessera {
 /// Searches the unit cell of the selected reflections and commits it.
 ///
 /// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame), the log the direct
-/// cell, and with `bSave` the project's unit-cell file the basis. Without a result, or when the run was
-/// stopped, the former cell stays and the result is false.
-bool runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                        const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
-                        const QString& strLatticeHost = latticeServiceHost());
+/// cell, and with `bSave` the project's unit-cell file the basis; a file that cannot be written is a red line
+/// only. In every other case the former cell stays.
+/// @return Finished with a cell, Refused without reflections, Stopped, or Failed where none was found
+RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
+                              const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
+                              const QString& strLatticeHost = latticeServiceHost());
 
 }  // namespace tessera

@@ -68,15 +68,17 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
     report.addMessage(strText);
 }
 
-bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                           const CellHuntingParameters& parameters, double dfIndexThreshold,
-                           CRunReport& report, bool bSave)
+RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
+                                 const CellHuntingParameters& parameters, double dfIndexThreshold,
+                                 CRunReport& report, bool bSave)
 {
     std::optional<ReciprocalBasis> basisBest;
     double dfBest = -1;
+    RunOutcome outcome;
     CellHuntingParameters range = parameters;
     for (int n = 0; n < g_nMostSearches; ++n) {
-        if (!runUnitCellHunting(dataSet, listSelection, range, report, false))
+        outcome = runUnitCellHunting(dataSet, listSelection, range, report, false);
+        if (!outcome.finished())
             break;
         const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
         const double dfShare = indexedShare(*basis, listSelection, float(dfIndexThreshold), report);
@@ -94,7 +96,7 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                           Severity::Milestone);
     }
     if (!basisBest)
-        return false;
+        return outcome;
     const QList<Vec3D> listBest = basisBest->toList();
     if (listBest != dataSet.m_listCell)
         report.addMessage(QStringLiteral("An earlier cell, which %1% of the reflections fit, is kept.")
@@ -103,7 +105,7 @@ bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
     updateUnitCell(dataSet);
     if (bSave)
         saveProjectCell(dataSet, report);
-    return true;
+    return {};
 }
 
 }  // namespace tessera

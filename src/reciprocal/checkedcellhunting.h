@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -23,9 +24,9 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 /// of a few cells is kept and committed; with `bSave` the project's unit-cell file takes it.
 ///
 /// @param dfIndexThreshold  as in the indexing
-/// @return false, with the former cell in force, when the first search finds none or is stopped
-bool runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                           const CellHuntingParameters& parameters, double dfIndexThreshold,
-                           CRunReport& report, bool bSave);
+/// @return Finished with a cell; else how the first search ended, with the former cell in force
+RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
+                                 const CellHuntingParameters& parameters, double dfIndexThreshold,
+                                 CRunReport& report, bool bSave);
 
 }  // namespace tessera

@@ -14,6 +14,7 @@
 #include "reciprocal/indexspreading.h"
 #include "reciprocal/reflectiongroups.h"
 #include "records/formerfile.h"
+#include "records/runends.h"
 #include "records/timestamp.h"
 
 #include <QFile>
@@ -116,20 +117,18 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     IndexingResult result;
     const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
     if (!basis) {
-        report.fail(QStringLiteral("Unit cell is not ready."));
-        result.status = IndexingStatus::NoCell;
+        result.outcome = refuseRun(report, QStringLiteral("Unit cell is not ready."));
         return result;
     }
     if (listSelection.isEmpty()) {
-        report.addMessage(QStringLiteral("%1> No reflections to index.").arg(currentTimeStamp()),
-                          Severity::Info);
-        result.status = IndexingStatus::NothingSelected;
+        const QString strReason = QStringLiteral("No reflections to index.");
+        report.addMessage(QStringLiteral("%1> %2").arg(currentTimeStamp(), strReason), Severity::Info);
+        result.outcome = {RunEnd::Refused, strReason};
         return result;
     }
     const std::optional<CellParameters> cell = cellParameters(*basis);
     if (!cell) {
-        report.fail(QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
-        result.status = IndexingStatus::CoPlanarBasis;
+        result.outcome = refuseRun(report, QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         return result;
     }
     if (!report.goOn())
@@ -188,7 +187,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         else
             unitCellRefinement(result.listRounded, *cell, report);
     }
-    result.status = IndexingStatus::Finished;
+    result.outcome = {};
     return result;
 }
 

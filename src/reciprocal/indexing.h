@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "records/fileset.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -10,12 +11,9 @@
 
 namespace tessera {
 
-/// How an indexing run ended.
-enum class IndexingStatus { Finished, NoCell, NothingSelected, CoPlanarBasis, Stopped };
-
 /// What an indexing run hands to the views and the peak table.
 struct IndexingResult {
-    IndexingStatus status = IndexingStatus::Stopped;
+    RunOutcome outcome{RunEnd::Stopped, {}};  ///< Refused without a cell that is one, and without reflections
     QList<Peak3D> listIndexed;    ///< indexed, not on an edge, without duplicates, in order of groups
     QList<Peak3D> listRounded;    ///< with whole indices, duplicates included: input of cell refinement
     QList<Peak3D> listSelection;  ///< the whole selection by d*, with real indices
@@ -33,7 +31,7 @@ bool holdsIndexed(const QList<Peak3D>& listIndexed);
 /// table take the result there, and the table the space group that the statistics leave on another one.
 /// Replaces m_vecPeakIndexedOnFrame, m_vecReflectionFrame, m_listReflectionIndexed and m_listCellIndexed,
 /// writes the result files when the boxes ask for them (without any indexed peaks of the frames not their
-/// list), and leaves m_listPeakMerged as it is. Every status but Finished leaves the data set unchanged. When
+/// list), and leaves m_listPeakMerged as it is. Every end but Finished leaves the data set unchanged. When
 /// no reflection is indexed, former files that hold some are kept with "~" behind their names, or stay if
 /// what is kept there holds more.
 ///

@@ -4,6 +4,7 @@
 #include "geometry/angles.h"
 #include "reciprocal/chainlinking.h"
 #include "reciprocal/mapping.h"
+#include "records/runends.h"
 
 #include <algorithm>
 #include <cmath>
@@ -171,13 +172,14 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     PeakMergingResult result;
     const int nFrames = dataSet.m_listPeakFrameShown.size();
     if (nFrames != dataSet.m_listShift.size()) {
-        report.fail(
-            QStringLiteral("The number of frames for peaks does not match that of the shift "
-                           "correction data. Stop."));
+        result.outcome = refuseRun(report,
+                                   QStringLiteral("The number of frames for peaks does not match that of "
+                                                  "the shift correction data. Stop."));
         return result;
     }
     if (nFrames > dataSet.m_listOverallTilt.size()) {
-        report.fail(
+        result.outcome = refuseRun(
+            report,
             QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."));
         return result;
     }
@@ -230,7 +232,7 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     dataSet.m_nIntensityMode = nIntensityMode;
     dataSet.m_listPeakMergedShown = listAll;
     dataSet.m_listPeakMerged = listMerged;
-    result.bFinished = true;
+    result.outcome = {};
     result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, pvecSelected) - result.nPeaks);
     if (result.nOutsideLimits > 0)
         report.addMessage(

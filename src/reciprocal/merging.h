@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "geometry/rotationgeometry.h"
+#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -12,11 +13,11 @@ namespace tessera {
 
 /// What a merge leaves beside the lists of the data set.
 struct PeakMergingResult {
-    bool bFinished = false;      ///< false: refused or stopped, and the data set is as it was
-    QList<int> listStreakIndex;  ///< places of the streaks' peaks in m_listPeakMergedShown
-    int nPeaks = 0;              ///< peaks in all chains
-    int nNotPositive = 0;        ///< chains that gave nothing because no peak has a positive intensity
-    int nOutsideLimits = 0;      ///< chosen peaks that the intensity or resolution limits kept out
+    RunOutcome outcome{RunEnd::Stopped, {}};  ///< but for Finished the data set is as it was
+    QList<int> listStreakIndex;               ///< places of the streaks' peaks in m_listPeakMergedShown
+    int nPeaks = 0;                           ///< peaks in all chains
+    int nNotPositive = 0;    ///< chains that gave nothing because no peak has a positive intensity
+    int nOutsideLimits = 0;  ///< chosen peaks that the intensity or resolution limits kept out
 };
 
 /// Links the peaks of m_listPeakFrameShown into chains, frame by frame, and merges each chain.
@@ -26,7 +27,7 @@ struct PeakMergingResult {
 ///
 /// @param pvecSelected  null: all peaks. Else one flag per nID of m_listPeakFrame: 0 keeps the peak out, and
 ///                      so does an nID beyond the flags, so that no flags at all select nothing.
-/// Refuses with a red line when the frame counts of peaks, shifts and tilts differ.
+/// Refused with a red line when the frame counts of peaks, shifts and tilts differ.
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
                                   const std::vector<char>* pvecSelected, CRunReport& report);
 

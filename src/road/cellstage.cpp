@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-bool huntCell(RoadState& state)
+RunOutcome huntCell(RoadState& state)
 {
     DataSet& dataSet = state.dataSet;
     const RoadOptions& options = state.options;
@@ -56,8 +56,9 @@ StageResult runCellStage(RoadState& state)
         return result;
     }
     const FileStamp stamp = FileStamp::of(strFile);
-    if (!huntCell(state)) {
-        return state.report.failed();
+    const RunOutcome outcome = huntCell(state);
+    if (!outcome.finished()) {
+        return state.report.ended(outcome);
     }
     state.results.cell = cellResultOf(state.dataSet);
     return replacedSince(stamp, strFile) ? StageResult() : state.report.notWritten(strFile);

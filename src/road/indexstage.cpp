@@ -66,16 +66,6 @@ StageResult commitFiles(CFileSet& files, const DataSet& dataSet, CRoadReport& re
     return {};
 }
 
-/// The end of a stage whose indexing did not finish.
-StageResult indexingEnded(IndexingStatus status, CRoadReport& report)
-{
-    StageResult result = report.failed();
-    if (status != IndexingStatus::Stopped && result.end == RunEnd::Failed) {
-        result.end = RunEnd::Refused;
-    }
-    return result;
-}
-
 }  // namespace
 
 StageResult runIndexStage(RoadState& state)
@@ -95,8 +85,8 @@ StageResult runIndexStage(RoadState& state)
     CFileSet files;
     const IndexingResult result = runIndexing(state.dataSet, state.dataSet.m_listPeakMerged, options.indexing,
                                               report, {}, &files);
-    if (result.status != IndexingStatus::Finished) {
-        return indexingEnded(result.status, report);
+    if (!result.outcome.finished()) {
+        return report.ended(result.outcome);
     }
     state.results.cell = cellResultOf(state.dataSet);
     IndexResult& index = state.results.index.emplace();

@@ -45,8 +45,8 @@ StageResult runMergeStage(RoadState& state)
     }
     const PeakMergingResult result = peakReduction3D(dataSet, state.options.merging,
                                                      nGroup >= 0 ? &vecFlag : nullptr, state.report);
-    if (!result.bFinished) {
-        return state.report.failed();
+    if (!result.outcome.finished()) {
+        return state.report.ended(result.outcome);
     }
     MergeResult& merge = state.results.merge.emplace();
     merge.nPeaks = result.nPeaks;

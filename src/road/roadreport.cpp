@@ -35,25 +35,34 @@ void CRoadReport::beginPart(const QString& strPart)
     forgetReason();
 }
 
+StageResult CRoadReport::ended(const RunOutcome& outcome)
+{
+    noteReason(outcome.strReason);
+    if (reason().isEmpty()) {
+        fail(QStringLiteral("%1 did not reach its end.").arg(m_strPart));
+    }
+    return {outcome.end, reason()};
+}
+
 StageResult CRoadReport::failed()
 {
     noteLastRedLine();
     if (reason().isEmpty()) {
         fail(QStringLiteral("%1 did not reach its end.").arg(m_strPart));
     }
-    return ended(RunEnd::Failed);
+    return endedHere(RunEnd::Failed);
 }
 
 StageResult CRoadReport::failed(const QString& strText)
 {
     fail(strText);
-    return ended(RunEnd::Failed);
+    return endedHere(RunEnd::Failed);
 }
 
 StageResult CRoadReport::refused(const QString& strText)
 {
     fail(strText);
-    return ended(RunEnd::Refused);
+    return endedHere(RunEnd::Refused);
 }
 
 StageResult CRoadReport::notWritten(const QString& strFile)
@@ -69,7 +78,7 @@ void CRoadReport::noteLastRedLine()
     }
 }
 
-StageResult CRoadReport::ended(RunEnd end) const
+StageResult CRoadReport::endedHere(RunEnd end) const
 {
     return {m_bStopped ? RunEnd::Stopped : end, reason()};
 }

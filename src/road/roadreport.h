@@ -27,6 +27,9 @@ public:
     /// @param strPart  its name, for a part that ends without a word
     void beginPart(const QString& strPart);
 
+    /// The end of a part whose run did not finish, with the run's reason; a run that has none, such as one
+    /// that was stopped, gets a red line.
+    StageResult ended(const RunOutcome& outcome);
     /// The end of a part whose run has said why: by fail(), else by the last red line of the part.
     StageResult failed();
     /// The same with a red line that counts as the reason where the run has given none by fail().
@@ -41,7 +44,7 @@ public:
 
 private:
     void noteLastRedLine();
-    StageResult ended(RunEnd end) const;
+    StageResult endedHere(RunEnd end) const;
 
     CRunReport& m_report;
     QString m_strPart;

@@ -158,7 +158,7 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     parameters.m_bOutputIndexing = true;
     CRecordingReport log;
     const IndexingResult result = runIndexing(data, list, parameters, log);
-    ASSERT_EQ(result.status, IndexingStatus::Finished);
+    ASSERT_TRUE(result.outcome.finished());
     EXPECT_EQ(result.listOnEdgeID.size(), 2);
     EXPECT_EQ(result.listDuplicatedID, QList<int>({nGood}));
     EXPECT_EQ(result.listUnindexedID, QList<int>({nGood + 1}));
@@ -193,13 +193,13 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
 
     // Reflections without chains, as an extraction leaves them, have no peaks to show.
     data.m_listPeakChain.clear();
-    EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
+    EXPECT_TRUE(runIndexing(data, list, parameters, log).outcome.finished());
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
     EXPECT_TRUE(log.said("red These reflections have no peaks on the frames"));
     // And with the list gone as well, as after a transformation of the cell, the file stays.
     const qint64 nBytes = QFileInfo(dir.filePath("series.ipf")).size();
     data.m_vecPeakIndexedOnFrame.clear();
-    EXPECT_EQ(runIndexing(data, list, parameters, log).status, IndexingStatus::Finished);
+    EXPECT_TRUE(runIndexing(data, list, parameters, log).outcome.finished());
     EXPECT_EQ(QFileInfo(dir.filePath("series.ipf")).size(), nBytes);
 }
 
@@ -303,19 +303,19 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
     const struct {
         QList<Vec3D> listCell;
         QList<Peak3D> listSelection;
-        IndexingStatus status;
         const char* pLine;
-    } aRow[] = {
-        {{}, list, IndexingStatus::NoCell, "red Unit cell is not ready."},
-        {g_listCell, {}, IndexingStatus::NothingSelected, "> No reflections to index."},
-        {listFlat, list, IndexingStatus::CoPlanarBasis, "red Warning: co-planar reciprocal basis vectors!"}};
+    } aRow[] = {{{}, list, "red Unit cell is not ready."},
+                {g_listCell, {}, "> No reflections to index."},
+                {listFlat, list, "red Warning: co-planar reciprocal basis vectors!"}};
     for (const auto& row : aRow) {
         DataSet data = indexedSeries(row.listCell, list);
         data.m_vecReflectionFrame = {77};
         data.m_listReflectionIndexed = {Peak3D()};
         CRecordingReport log;
-        EXPECT_EQ(runIndexing(data, row.listSelection, IndexingParameters(), log).status, row.status);
+        const RunOutcome outcome = runIndexing(data, row.listSelection, IndexingParameters(), log).outcome;
         EXPECT_EQ(log.log(), row.pLine);
+        EXPECT_EQ(outcome.end, RunEnd::Refused);
+        EXPECT_TRUE(!outcome.strReason.isEmpty() && log.log().endsWith(outcome.strReason));
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
         EXPECT_EQ(data.m_listReflectionIndexed.size(), 1);
     }

@@ -76,7 +76,7 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 1, 12, 18, {12, 12, 0}, 0);      // near one that began on this very frame
     CRecordingReport log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
-    ASSERT_TRUE(result.bFinished);
+    ASSERT_TRUE(result.outcome.finished());
     EXPECT_EQ(idsOfChains(data.m_listPeakChain),
               QList<QList<int>>({{2}, {0, 4, 10, 7}, {1, 3, 6}, {5}, {11}}));
     EXPECT_EQ(data.m_listPeakChain[0][0].dfX2D, -30);
@@ -92,20 +92,20 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
 
     // Flags by nID: one without a flag is kept out, and no flags at all select nothing.
     const std::vector<char> vecSome = {0, 0, 1, 0, 0, 1, 1}, vecNone;
-    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecNone).bFinished);
+    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecNone).outcome.finished());
     EXPECT_TRUE(data.m_listPeakChain.isEmpty() && data.m_listPeakMerged.isEmpty());
-    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).bFinished);
+    ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).outcome.finished());
     // A merge that is stopped, or lacks a shift or a tilt, leaves what the last one made.
     for (int nStop : {0, 1, 2, 3}) {
         log.m_nStopAfter = nStop;
-        EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished) << nStop;
+        EXPECT_EQ(merge(data, PeakMergingParameters(), log).outcome.end, RunEnd::Stopped) << nStop;
     }
     log.m_nStopAfter = -1;
     data.m_listShift.removeLast();
-    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
+    EXPECT_EQ(merge(data, PeakMergingParameters(), log).outcome.end, RunEnd::Refused);
     data.m_listShift.append(QPointF());
     data.m_listOverallTilt.removeLast();
-    EXPECT_FALSE(merge(data, PeakMergingParameters(), log).bFinished);
+    EXPECT_EQ(merge(data, PeakMergingParameters(), log).outcome.end, RunEnd::Refused);
     EXPECT_EQ(log.m_listSeverity.count(Severity::Error), 2);
     EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
 }
@@ -144,7 +144,7 @@ TEST(Merging, EveryWayOfReducingAChain)
         parameters.m_bIntegrateThroughFrames = row.bLine;
         parameters.m_bIntegrate2D = row.b2D;
         CRecordingReport log;
-        ASSERT_TRUE(merge(data, parameters, log).bFinished);
+        ASSERT_TRUE(merge(data, parameters, log).outcome.finished());
         EXPECT_EQ(data.m_nIntensityMode, int(row.b2D));
         EXPECT_FALSE(log.said("chains were dropped")) << "of one peak, for a path: not by its intensity";
         ASSERT_EQ(data.m_listPeakMerged.size(), row.bLine ? 1 : 2);
@@ -178,7 +178,7 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
         parameters.m_dfMin2DLength = row.dfMin;
         parameters.m_dfMax3DLength = row.dfMax;
         CRecordingReport log;
-        ASSERT_TRUE(merge(data, parameters, log).bFinished);
+        ASSERT_TRUE(merge(data, parameters, log).outcome.finished());
         EXPECT_EQ(data.m_listPeakMerged.size(), row.nMerged) << row.fLength;
         EXPECT_EQ(data.m_listPeakMergedShown.size(), row.nShown);
         EXPECT_EQ(log.said("Abnormal chain length: 0.015625, min:0.0195313"), row.dfMin > row.fLength);
@@ -195,7 +195,7 @@ TEST(Merging, AChainIsOverWhenThePlaneHasLeftItsLastPeak)
         for (int n = 0; n < 2; ++n)
             addPeak(data, n, 0, 0, {0, 86.6025f, 50}, 1);
         CRecordingReport log;
-        ASSERT_TRUE(merge(data, PeakMergingParameters(), log).bFinished);
+        ASSERT_TRUE(merge(data, PeakMergingParameters(), log).outcome.finished());
         EXPECT_EQ(data.m_listPeakChain.size(), std::fabs(dfOff) > 5.75 ? 2 : 1) << dfOff;
     }
 }

@@ -87,7 +87,7 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
         RunEnd end;
         const char* pszReason;
     } aRow[] = {{RoadStage::Merge, RunEnd::Failed, "No reflections"},
-                {RoadStage::Cell, RunEnd::Failed, "cell"},
+                {RoadStage::Cell, RunEnd::Refused, "No reflections were selected"},
                 {RoadStage::Index, RunEnd::Refused, "Unit cell is not ready."},
                 {RoadStage::Refine, RunEnd::Failed, "No indexed peaks"}};
     for (const auto& row : aRow) {

@@ -77,7 +77,8 @@ void MainWindow::runUnitCellHunting()
     const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
     guarded([&] {
         bFound = tessera::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, false,
-                                             m_strLatticeHost);
+                                             m_strLatticeHost)
+                     .finished();
         if (!bFound)
             return;
         saveProjectCell(report);

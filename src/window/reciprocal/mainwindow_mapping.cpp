@@ -115,7 +115,7 @@ void MainWindow::peakReduction3D()
     report.goOn();
     guarded([&] {
         const PeakMergingResult result = tessera::peakReduction3D(m_dataSet, merging, &vecFlag, report);
-        if (!result.bFinished)
+        if (!result.outcome.finished())
             return;
         m_pTabWidget->setCurrentIndex(2);
         report.goOn();
