@@ -99,7 +99,7 @@ void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
 void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
 {
     m_lattice = basisFromList(listCell);
-    m_bLatticeGridValid = false;
+    m_latticeGrid.reset();
     update();
 }
 
@@ -108,7 +108,7 @@ void ED3DWidget::setLatticeRange(int nH, int nK, int nL)
     m_nLatticeRangeH = nH;
     m_nLatticeRangeK = nK;
     m_nLatticeRangeL = nL;
-    m_bLatticeGridValid = false;
+    m_latticeGrid.reset();
     update();
 }
 
@@ -282,7 +282,7 @@ void ED3DWidget::updatePointGroups()
     if (m_groups.groupCount() == 0)
         return;
     m_groups.makeDisplay(m_display);
-    m_bVerticesValid = false;
+    m_vertices.reset();
     update();
     emit pointDisplayDataChanged(this);
 }
@@ -348,7 +348,7 @@ void ED3DWidget::setPointSizeRatio(double fRatio)
     if (m_listPoint.isEmpty())
         return;
     m_pfPointSize = pointSizes(m_listPoint, fRatio);
-    m_bVerticesValid = false;
+    m_vertices.reset();
     update();
 }
 
@@ -370,7 +370,7 @@ void ED3DWidget::calPointSizes()
 void ED3DWidget::setPointAlpha(float fPointAlpha)
 {
     m_fPointAlpha = fPointAlpha;
-    m_bVerticesValid = false;
+    m_vertices.reset();
     update();
 }
 
@@ -584,10 +584,9 @@ QList<int> ED3DWidget::pick()
 
 const CloudVertices& ED3DWidget::cloudVertices()
 {
-    if (!m_bVerticesValid)
+    if (!m_vertices)
         m_vertices = makeCloudVertices(m_listPoint, m_pfPointSize, m_display, m_fPointAlpha, m_fScale);
-    m_bVerticesValid = true;
-    return m_vertices;
+    return *m_vertices;
 }
 
 }  // namespace tessera

@@ -194,6 +194,12 @@ protected:
 private:
     enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand };
 
+    /// What of the lattice a camera sees.
+    struct GridOfCamera {
+        LatticeGrid grid;
+        CCamera camera;
+    };
+
     /// Sets a member that only the drawing reads.
     template <class Value>
     void setShown(Value& member, const Value& value)
@@ -238,8 +244,7 @@ private:
     CPointGroups m_groups;
     PointDisplay m_display;
     PointSizeClasses m_sizeClasses;
-    CloudVertices m_vertices;
-    bool m_bVerticesValid = false;
+    std::optional<CloudVertices> m_vertices;  ///< none: to be made from points, sizes and display
     double m_dfPointSizeRatio = 2.0;
     float m_fPointAlpha = 0.8f;
     float m_fCanvasGridAlpha = 0.8f;
@@ -253,9 +258,7 @@ private:
     bool m_bShowCanvasGrid = true;
     float m_fLatticePointSize = 5.f;
     QColor m_colorLatticePoint = Qt::green;
-    LatticeGrid m_latticeGrid;
-    CCamera m_cameraOfGrid;  ///< that m_latticeGrid was made for
-    bool m_bLatticeGridValid = false;
+    std::optional<GridOfCamera> m_latticeGrid;  ///< none: to be made for lattice and range
 
     int m_nMouseMode = ModeNone;
     int m_nLastMouseX = 0;

@@ -333,12 +333,9 @@ void ED3DWidget::drawCanvasGrid()
 const LatticeGrid& ED3DWidget::latticeGrid(const ReciprocalBasis& basis)
 {
     const int anRange[3] = {m_nLatticeRangeH, m_nLatticeRangeK, m_nLatticeRangeL};
-    if (m_bLatticeGridValid && (m_cameraOfGrid == m_camera || !latticeGridNeedsCamera(anRange)))
-        return m_latticeGrid;
-    m_latticeGrid = makeLatticeGrid(basis, anRange, m_fScale, m_camera);
-    m_cameraOfGrid = m_camera;
-    m_bLatticeGridValid = true;
-    return m_latticeGrid;
+    if (!m_latticeGrid || (!(m_latticeGrid->camera == m_camera) && latticeGridNeedsCamera(anRange)))
+        m_latticeGrid = GridOfCamera{makeLatticeGrid(basis, anRange, m_fScale, m_camera), m_camera};
+    return m_latticeGrid->grid;
 }
 
 void ED3DWidget::drawLatticePoints()
