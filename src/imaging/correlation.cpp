@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <new>
 #include <vector>
 
@@ -240,10 +239,8 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
                                    double& dfPeak, double& dfShiftX, double& dfShiftY, bool bTransformed,
                                    bool* pbPeakFound)
 {
-    if (nMethod < 0 || nMethod > 2) {
-        std::fputs("Unknown correlation method.\n", stdout);
+    if (nMethod < 0 || nMethod > 2)
         return nullptr;
-    }
     CCorrelation correlation;
     correlation.SetMethod(nMethod);
     auto pComplexMap = correlation.CorrelationMap(nWidth, nHeight, pA, pB, true, bTransformed);

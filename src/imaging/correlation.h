@@ -58,7 +58,7 @@ private:
 /// Measures how far image b is moved with respect to image a.
 ///
 /// If b is a moved by (dx, dy), the result is (dx, dy), in (−width/2, width/2] and likewise in y.
-/// @param nMethod       as CCorrelation::SetMethod; any other prints "Unknown correlation method."
+/// @param nMethod       0, 1 or 2, as CCorrelation::SetMethod
 /// @param bTransformed  a and b are spectra in centred layout instead of images
 /// @param pbPeakFound   may be null; takes whether the map has a peak. Where it has none, as with a blank
 ///                      frame, the shift is (0, 0) and means nothing

@@ -5,8 +5,6 @@
 #include "imaging/contrast.h"
 #include "records/availablememory.h"
 
-#include <QtGlobal>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -178,10 +176,8 @@ bool CReciprocalVolume::create(int nX, int nY, int nZ)
         return false;
     const std::uint64_t nSlice = std::uint64_t(nX) * std::uint64_t(nY);
     if (nSlice > std::uint64_t(std::numeric_limits<int>::max()) ||
-        !hasMemoryFor(nSlice * sizeof(float) * std::uint64_t(nZ))) {
-        qDebug("reciprocal volume: %d x %d x %d voxels are too many", nX, nY, nZ);
+        !hasMemoryFor(nSlice * sizeof(float) * std::uint64_t(nZ)))
         return false;
-    }
     try {
         m_listSlice.reserve(nZ);
         for (int n = 0; n < nZ; ++n) {
@@ -189,8 +185,7 @@ bool CReciprocalVolume::create(int nX, int nY, int nZ)
             m_listSlice.last()->Create(nX, nY);
             m_listSlice.last()->Clear();
         }
-    } catch (const std::bad_alloc& e) {
-        qDebug("reciprocal volume: %s", e.what());
+    } catch (const std::bad_alloc&) {
         release();
         return false;
     }
