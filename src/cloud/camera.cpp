@@ -1,5 +1,7 @@
 #include "cloud/camera.h"
 
+#include "geometry/doublevector.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -107,17 +109,14 @@ float CCamera::sizeFactor() const
 // Schmidt, which changes the last digits only.
 void CCamera::setRotation(const Matrix4& matrix)
 {
-    const auto normalised = [](const std::array<double, 3>& v) {
+    const auto normalised = [](const DoubleVector& v) {
         const double dfLength = std::hypot(v[0], v[1], v[2]);
-        return std::array<double, 3>{v[0] / dfLength, v[1] / dfLength, v[2] / dfLength};
+        return DoubleVector{v[0] / dfLength, v[1] / dfLength, v[2] / dfLength};
     };
     const auto a = normalised({matrix[0], matrix[1], matrix[2]});
-    const double dfDot = a[0] * matrix[4] + a[1] * matrix[5] + a[2] * matrix[6];
+    const double dfDot = dot(a, {matrix[4], matrix[5], matrix[6]});
     const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
-    const double aColumn[3][3] = {
-        {a[0], a[1], a[2]},
-        {b[0], b[1], b[2]},
-        {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}};
+    const std::array<DoubleVector, 3> aColumn = {a, b, cross(a, b)};
     Matrix4 next = identityMatrix();
     for (size_t c = 0; c < 3; c++)
         for (size_t r = 0; r < 3; r++) {

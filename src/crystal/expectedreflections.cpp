@@ -1,6 +1,8 @@
 #include "crystal/expectedreflections.h"
 
 #include "crystal/reflectionset.h"
+#include "geometry/angles.h"
+#include "geometry/doublevector.h"
 
 #include <QString>
 
@@ -12,21 +14,9 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfPi = 3.141592653589793;
-
-double dotDouble(const Vec3D& a, const Vec3D& b)
-{
-    return double(a.x) * double(b.x) + double(a.y) * double(b.y) + double(a.z) * double(b.z);
-}
-
 double tripleProduct(const ReciprocalBasis& basis)
 {
-    const double aRow[3][3] = {{double(basis.a.x), double(basis.a.y), double(basis.a.z)},
-                               {double(basis.b.x), double(basis.b.y), double(basis.b.z)},
-                               {double(basis.c.x), double(basis.c.y), double(basis.c.z)}};
-    return aRow[0][0] * (aRow[1][1] * aRow[2][2] - aRow[1][2] * aRow[2][1]) +
-           aRow[0][1] * (aRow[1][2] * aRow[2][0] - aRow[1][0] * aRow[2][2]) +
-           aRow[0][2] * (aRow[1][0] * aRow[2][1] - aRow[1][1] * aRow[2][0]);
+    return dot(widened(basis.a), cross(widened(basis.b), widened(basis.c)));
 }
 
 // The tilt range less 2 degrees at both ends, in radians.
@@ -40,8 +30,7 @@ SweptRange sweptRange(const QList<double>& listOverallTilt)
     if (listOverallTilt.isEmpty())
         return {0, 0};
     const float fFirst = float(listOverallTilt.first()), fLast = float(listOverallTilt.last());
-    return {(double(std::min(fFirst, fLast)) + 2.0) * g_dfPi / 180,
-            (double(std::max(fFirst, fLast)) - 2.0) * g_dfPi / 180};
+    return {radians(double(std::min(fFirst, fLast)) + 2.0), radians(double(std::max(fFirst, fLast)) - 2.0)};
 }
 
 // Walks all lattice points with d* below the effective d* of the observed reflections, in the order of
@@ -86,13 +75,15 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
     // 1e-4 of the squared limit and one step at both ends, far above the rounding of the single-precision
     // test below, which alone decides.
     const double dfWideLimit = double(fLimit) * (1 + 1e-4);
-    const double dfStep2 = dotDouble(basis->c, basis->c);
+    const DoubleVector vecC = widened(basis->c);
+    const double dfStep2 = dot(vecC, vecC);
     for (int h = -nHMax; h <= nHMax; ++h) {
         const Vec3D vecH = scaled(basis->a, float(h));
         for (int k = -nKMax; k <= nKMax; ++k) {
             const Vec3D vecHK = vecH + scaled(basis->b, float(k));
-            const double dfMiddle = -dotDouble(vecHK, basis->c) / dfStep2;
-            const double dfNearest2 = dotDouble(vecHK, vecHK) - dfMiddle * dfMiddle * dfStep2;
+            const DoubleVector vecRow = widened(vecHK);
+            const double dfMiddle = -dot(vecRow, vecC) / dfStep2;
+            const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
             if (dfNearest2 > dfWideLimit)
                 continue;
             const double dfHalf = std::sqrt((dfWideLimit - dfNearest2) / dfStep2) + 1;

@@ -1,5 +1,7 @@
 #include "crystal/reflectionbuilder.h"
 
+#include "geometry/angles.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,19 +9,7 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfPi = 3.141592653589793;
 constexpr double g_dfMaxIndices = 1e9;
-
-using Vector = std::array<double, 3>;
-
-Vector crossProduct(const Vector& a, const Vector& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-double product(const Vector& a, const Vector& b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
 
 }  // namespace
 
@@ -33,14 +23,15 @@ bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha,
     gamma = std::fabs(gamma);
     if (alpha >= beta + gamma || beta >= alpha + gamma || gamma >= alpha + beta)
         return false;
-    const double dfAlpha = alpha * g_dfPi / 180, dfBeta = beta * g_dfPi / 180, dfGamma = gamma * g_dfPi / 180;
+    const double dfAlpha = radians(alpha), dfBeta = radians(beta), dfGamma = radians(gamma);
     const double dfCosA = std::cos(dfAlpha), dfCosB = std::cos(dfBeta), dfCosG = std::cos(dfGamma);
     const double dfSinB = std::sin(dfBeta);
     const double dfX = (dfCosG - dfCosA * dfCosB) / dfSinB;
     const double dfY = std::sqrt(1 - dfCosA * dfCosA - dfX * dfX);
-    const std::array<Vector, 3> aDirect = {Vector{a * dfSinB, 0, a * dfCosB},
-                                           Vector{b * dfX, b * dfY, b * dfCosA}, Vector{0, 0, c}};
-    const double dfVolume = product(aDirect[0], crossProduct(aDirect[1], aDirect[2]));
+    const std::array<DoubleVector, 3> aDirect = {DoubleVector{a * dfSinB, 0, a * dfCosB},
+                                                 DoubleVector{b * dfX, b * dfY, b * dfCosA},
+                                                 DoubleVector{0, 0, c}};
+    const double dfVolume = dot(aDirect[0], cross(aDirect[1], aDirect[2]));
     if (!(dfVolume > 1e-6 * a * b * c) || !std::isfinite(dfVolume))
         return false;
     m_dfA = a;
@@ -52,7 +43,7 @@ bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha,
     m_aDirect = aDirect;
     m_dfVolume = dfVolume;
     for (std::size_t n = 0; n < 3; ++n) {
-        const Vector v = crossProduct(aDirect[(n + 1) % 3], aDirect[(n + 2) % 3]);
+        const DoubleVector v = cross(aDirect[(n + 1) % 3], aDirect[(n + 2) % 3]);
         m_aReciprocal[n] = {v[0] / dfVolume, v[1] / dfVolume, v[2] / dfVolume};
     }
     return true;
@@ -67,12 +58,12 @@ bool CReflectionBuilder::build(double dfDStarMax)
     double aLargest[3] = {0, 0, 0};
     for (int nPhi = 0; nPhi <= 360; nPhi += 10)
         for (int nTheta = 0; nTheta <= 90; nTheta += 10) {
-            const double dfPhi = nPhi * g_dfPi / 180, dfTheta = nTheta * g_dfPi / 180;
-            const Vector pt = {dfDStarMax * std::sin(dfTheta) * std::cos(dfPhi),
-                               dfDStarMax * std::sin(dfTheta) * std::sin(dfPhi),
-                               dfDStarMax * std::cos(dfTheta)};
+            const double dfPhi = radians(nPhi), dfTheta = radians(nTheta);
+            const DoubleVector pt = {dfDStarMax * std::sin(dfTheta) * std::cos(dfPhi),
+                                     dfDStarMax * std::sin(dfTheta) * std::sin(dfPhi),
+                                     dfDStarMax * std::cos(dfTheta)};
             for (std::size_t n = 0; n < 3; ++n)
-                aLargest[n] = std::max(aLargest[n], std::fabs(product(pt, m_aDirect[n])));
+                aLargest[n] = std::max(aLargest[n], std::fabs(dot(pt, m_aDirect[n])));
         }
     const double dfIndices = (2 * aLargest[0] + 1) * (2 * aLargest[1] + 1) * (2 * aLargest[2] + 1);
     if (!(dfIndices <= g_dfMaxIndices))
@@ -89,10 +80,10 @@ bool CReflectionBuilder::build(double dfDStarMax)
     for (int h = 0; h <= nH; ++h)
         for (int k = -nK; k <= nK; ++k)
             for (int l = -nL; l <= nL; ++l) {
-                Vector g;
+                DoubleVector g;
                 for (std::size_t n = 0; n < 3; ++n)
                     g[n] = h * m_aReciprocal[0][n] + k * m_aReciprocal[1][n] + l * m_aReciprocal[2][n];
-                if ((h == 0 && k == 0 && l == 0) || !(product(g, g) < dfDStarMax * dfDStarMax) ||
+                if ((h == 0 && k == 0 && l == 0) || !(dot(g, g) < dfDStarMax * dfDStarMax) ||
                     vecVisited[place(h, k, l)])
                     continue;
                 m_vecReflection.push_back({h, k, l});

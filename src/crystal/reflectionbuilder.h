@@ -1,6 +1,8 @@
 // CReflectionBuilder: all reflections of a cell inside a sphere of reciprocal space.
 #pragma once
 
+#include "geometry/doublevector.h"
+
 #include <array>
 #include <vector>
 
@@ -37,10 +39,10 @@ public:
     double m_dfAlpha = 0;  ///< radians
     double m_dfBeta = 0;
     double m_dfGamma = 0;
-    std::array<std::array<double, 3>, 3> m_aDirect{};      ///< a, b, c in the rows, Å
-    std::array<std::array<double, 3>, 3> m_aReciprocal{};  ///< a*, b*, c* in the rows, Å⁻¹
-    double m_dfVolume = 0;                                 ///< Å³
-    double m_dfDStarMax = 0;                               ///< of the last build
+    std::array<DoubleVector, 3> m_aDirect{};      ///< a, b, c in the rows, Å
+    std::array<DoubleVector, 3> m_aReciprocal{};  ///< a*, b*, c* in the rows, Å⁻¹
+    double m_dfVolume = 0;                        ///< Å³
+    double m_dfDStarMax = 0;                      ///< of the last build
 
 private:
     std::vector<std::array<int, 3>> m_vecReflection;

@@ -1,6 +1,7 @@
 #include "reciprocal/predictedpositions.h"
 
 #include "geometry/angles.h"
+#include "geometry/doublevector.h"
 #include "reciprocal/mapping.h"
 
 #include <QRectF>
@@ -20,19 +21,9 @@ constexpr double g_dfSingleStep = 1;  // degrees, of a series of one frame
 constexpr double g_dfMaxRows = 1e7;
 constexpr int g_nMaxReflections = 1000000;
 
-using Vector = std::array<double, 3>;
-
-Vector sum(const Vector& a, double df, const Vector& b)
+DoubleVector sum(const DoubleVector& a, double df, const DoubleVector& b)
 {
     return {a[0] + df * b[0], a[1] + df * b[1], a[2] + df * b[2]};
-}
-double product(const Vector& a, const Vector& b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-Vector crossProduct(const Vector& a, const Vector& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 // The tilts that belong to a frame, relative to its own, radians: from the first (included) to the last.
@@ -111,11 +102,11 @@ public:
             if (std::fabs(m_aBasis[n][2]) > std::fabs(m_aBasis[nIn][2]))
                 nIn = n;
         const std::size_t nOut = (nIn + 1) % 3, nMid = (nIn + 2) % 3;
-        const double dfVolume = std::fabs(product(m_aBasis[0], crossProduct(m_aBasis[1], m_aBasis[2])));
+        const double dfVolume = std::fabs(dot(m_aBasis[0], cross(m_aBasis[1], m_aBasis[2])));
         // No index exceeds d* times the length of its direct vector.
         const auto limit = [&](std::size_t n) {
-            const Vector v = crossProduct(m_aBasis[(n + 1) % 3], m_aBasis[(n + 2) % 3]);
-            return std::floor(m_dfMaxDStar * std::sqrt(product(v, v)) / dfVolume + 1e-6);
+            const DoubleVector v = cross(m_aBasis[(n + 1) % 3], m_aBasis[(n + 2) % 3]);
+            return std::floor(m_dfMaxDStar * std::sqrt(dot(v, v)) / dfVolume + 1e-6);
         };
         const double dfOut = limit(nOut), dfMid = limit(nMid);
         if (!((2 * dfOut + 1) * (2 * dfMid + 1) <= g_dfMaxRows) || !(limit(nIn) < 1e9))
@@ -125,15 +116,15 @@ public:
         // point by at most the angle times r.
         const double dfTurn = std::max(m_window.dfTo, -m_window.dfFrom);
         const double dfStepZ = m_aBasis[nIn][2];
-        const double dfStep2 = product(m_aBasis[nIn], m_aBasis[nIn]);
+        const double dfStep2 = dot(m_aBasis[nIn], m_aBasis[nIn]);
         int aIndex[3] = {0, 0, 0};
         for (aIndex[nOut] = -int(dfOut); aIndex[nOut] <= int(dfOut); ++aIndex[nOut]) {
-            const Vector vecOut = sum({0, 0, 0}, aIndex[nOut], m_aBasis[nOut]);
+            const DoubleVector vecOut = sum({0, 0, 0}, aIndex[nOut], m_aBasis[nOut]);
             for (aIndex[nMid] = -int(dfMid); aIndex[nMid] <= int(dfMid); ++aIndex[nMid]) {
-                const Vector vecRow = sum(vecOut, aIndex[nMid], m_aBasis[nMid]);
+                const DoubleVector vecRow = sum(vecOut, aIndex[nMid], m_aBasis[nMid]);
                 // The piece of the row inside the sphere of the limit, then the piece near the plane.
-                const double dfMiddle = -product(vecRow, m_aBasis[nIn]) / dfStep2;
-                const double dfNearest2 = product(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
+                const double dfMiddle = -dot(vecRow, m_aBasis[nIn]) / dfStep2;
+                const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
                 if (dfNearest2 > dfLimit2)
                     continue;
                 const double dfHalf = std::sqrt((dfLimit2 - dfNearest2) / dfStep2);
@@ -154,9 +145,9 @@ public:
 
 private:
     // The crossings with the sphere inside the window: turned by δ about x, the point's z must be |g|²·λ/2.
-    void addCrossings(const int* pIndex, const Vector& g, QList<Peak3D>& listPeak)
+    void addCrossings(const int* pIndex, const DoubleVector& g, QList<Peak3D>& listPeak)
     {
-        const double dfSquare = product(g, g);
+        const double dfSquare = dot(g, g);
         const double dfDistance = std::hypot(g[1], g[2]);
         const double dfSine = dfSquare / (2 * m_dfRadius * dfDistance);
         if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(dfSine <= 1))
@@ -171,7 +162,8 @@ private:
         }
     }
 
-    void addPeak(const int* pIndex, const Vector& g, double dfSquare, double dfTurn, QList<Peak3D>& listPeak)
+    void addPeak(const int* pIndex, const DoubleVector& g, double dfSquare, double dfTurn,
+                 QList<Peak3D>& listPeak)
     {
         const double dfCos = std::cos(dfTurn), dfSin = std::sin(dfTurn);
         const double dfX = g[0], dfY = dfCos * g[1] + dfSin * g[2];
@@ -209,7 +201,7 @@ private:
     double m_dfCosAxis, m_dfSinAxis;
     QPointF m_ptCentre;
     bool m_bApplyStretching;
-    std::array<Vector, 3> m_aBasis;  // at the tilt of the frame
+    std::array<DoubleVector, 3> m_aBasis;  // at the tilt of the frame
 };
 
 }  // namespace
