@@ -8,6 +8,7 @@
 #include <QtGlobal>
 
 #include <cstddef>
+#include <tuple>
 
 namespace tessera {
 
@@ -27,6 +28,24 @@ bool makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& 
     return true;
 }
 
+// Both filters. False when there is no transform.
+bool makeFilters(const PeakFilterNumbers& numbers, CImgObj<float>& imgSmooth, CImgObj<float>& imgBandPass)
+{
+    const int nWidth = numbers.m_nFilterWidth;
+    const int nHeight = numbers.m_nFilterHeight;
+    CAcmlFft fft;
+    CImgObj<float> imgKernel;
+    MakeGaussian(imgKernel, nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
+    if (!makeFilter(imgKernel, fft, imgSmooth))
+        return false;
+    CImgObj<float> imgWide;
+    MakeGaussian(imgKernel, nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
+    MakeGaussian(imgWide, nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
+    for (qint64 i = 0; i < qint64(nWidth) * nHeight; ++i)
+        imgKernel.Data()[i] -= imgWide.Data()[i];
+    return makeFilter(imgKernel, fft, imgBandPass);
+}
+
 // Both filters side by side, column after column up to half the width.
 void makePair(const CImgObj<float>& imgSmooth, const CImgObj<float>& imgBandPass, CImgObj<COMPLEX>& imgPair)
 {
@@ -42,12 +61,25 @@ void makePair(const CImgObj<float>& imgSmooth, const CImgObj<float>& imgBandPass
 
 }  // namespace
 
+bool PeakFilterNumbers::operator==(const PeakFilterNumbers& other) const
+{
+    const auto all = [](const PeakFilterNumbers& numbers) {
+        // Taken apart, as this compiles only as long as no member is left out.
+        const auto& [dfPeakRadius, dfBackgroundRadius, dfSmoothRadius, nWidth, nHeight] = numbers;
+        return std::make_tuple(dfPeakRadius, dfBackgroundRadius, dfSmoothRadius, nWidth, nHeight);
+    };
+    return all(*this) == all(other);
+}
+
+PeakFilterNumbers peakFilterNumbers(const PeakHuntingParameters& parameters, int nWidth, int nHeight)
+{
+    return {parameters.m_dfPeakRadius, parameters.m_dfBackgroundRadius, parameters.m_dfSmoothRadius, nWidth,
+            nHeight};
+}
+
 bool CPeakFilters::fits(const PeakHuntingParameters& parameters, int nWidth, int nHeight) const
 {
-    return m_nFilterWidth == nWidth && m_nFilterHeight == nHeight &&
-           m_dfFilterPeakRadius == parameters.m_dfPeakRadius &&
-           m_dfFilterBackgroundRadius == parameters.m_dfBackgroundRadius &&
-           m_dfFilterSmoothRadius == parameters.m_dfSmoothRadius;
+    return PeakFilterNumbers::operator==(peakFilterNumbers(parameters, nWidth, nHeight));
 }
 
 bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int nHeight,
@@ -57,32 +89,13 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
         return false;
     if (filters.fits(parameters, nWidth, nHeight))
         return true;
-    const bool bResized = filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight;
     // Fits nothing until all is made: memory may run out on the way.
     filters.m_nFilterWidth = 0;
-    CAcmlFft fft;
-    CImgObj<float> imgKernel;
-    if (bResized || filters.m_dfFilterSmoothRadius != parameters.m_dfSmoothRadius) {
-        MakeGaussian(imgKernel, nWidth, nHeight, float(parameters.m_dfSmoothRadius));
-        if (!makeFilter(imgKernel, fft, filters.m_imgFilterSmooth))
-            return false;
-    }
-    if (bResized || filters.m_dfFilterPeakRadius != parameters.m_dfPeakRadius ||
-        filters.m_dfFilterBackgroundRadius != parameters.m_dfBackgroundRadius) {
-        CImgObj<float> imgWide;
-        MakeGaussian(imgKernel, nWidth, nHeight, float(parameters.m_dfPeakRadius));
-        MakeGaussian(imgWide, nWidth, nHeight, float(parameters.m_dfBackgroundRadius));
-        for (qint64 i = 0; i < qint64(nWidth) * nHeight; ++i)
-            imgKernel.Data()[i] -= imgWide.Data()[i];
-        if (!makeFilter(imgKernel, fft, filters.m_imgFilterBandPass))
-            return false;
-    }
+    const PeakFilterNumbers numbers = peakFilterNumbers(parameters, nWidth, nHeight);
+    if (!makeFilters(numbers, filters.m_imgFilterSmooth, filters.m_imgFilterBandPass))
+        return false;
     makePair(filters.m_imgFilterSmooth, filters.m_imgFilterBandPass, filters.m_imgFilterPair);
-    filters.m_dfFilterPeakRadius = parameters.m_dfPeakRadius;
-    filters.m_dfFilterBackgroundRadius = parameters.m_dfBackgroundRadius;
-    filters.m_dfFilterSmoothRadius = parameters.m_dfSmoothRadius;
-    filters.m_nFilterWidth = nWidth;
-    filters.m_nFilterHeight = nHeight;
+    static_cast<PeakFilterNumbers&>(filters) = numbers;
     return true;
 }
 

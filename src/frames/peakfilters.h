@@ -7,26 +7,35 @@
 
 namespace tessera {
 
-/// The smoothing and the band-pass filter, with what they were made for.
+/// All that the filters depend on; they are made from this record alone.
+struct PeakFilterNumbers {
+    double m_dfFilterPeakRadius = -1;  ///< sigmas in pixels
+    double m_dfFilterBackgroundRadius = -1;
+    double m_dfFilterSmoothRadius = -1;
+    int m_nFilterWidth = 0;  ///< size of the frame; 0 fits none
+    int m_nFilterHeight = 0;
+
+    bool operator==(const PeakFilterNumbers& other) const;
+};
+
+/// The numbers of the filters for a frame.
+PeakFilterNumbers peakFilterNumbers(const PeakHuntingParameters& parameters, int nWidth, int nHeight);
+
+/// The smoothing and the band-pass filter, with the numbers that they were made for.
 ///
 /// Both multiply a spectrum in natural layout (zero frequency at element (0, 0)). They are kept
 /// between frames and runs; updatePeakFilters remakes what no longer fits.
-class CPeakFilters {
+class CPeakFilters : public PeakFilterNumbers {
 public:
     CImgObj<float> m_imgFilterSmooth;    ///< G(smoothing radius) in Fourier space
     CImgObj<float> m_imgFilterBandPass;  ///< G(peak radius) - G(background radius) in Fourier space
     CImgObj<COMPLEX> m_imgFilterPair;    ///< smoothing + i * band-pass, laid out for TransformFiltered()
-    double m_dfFilterPeakRadius = -1;    ///< sigma in pixels that the filters were made for
-    double m_dfFilterBackgroundRadius = -1;
-    double m_dfFilterSmoothRadius = -1;
-    int m_nFilterWidth = 0;  ///< frame size that the filters were made for
-    int m_nFilterHeight = 0;
 
     /// Whether both filters were made for exactly these values.
     bool fits(const PeakHuntingParameters& parameters, int nWidth, int nHeight) const;
 };
 
-/// Remakes the filters whose radii or size differ from what they were made for (exact equality).
+/// Remakes the filters where radii or size differ from what they were made for (exact equality).
 ///
 /// A radius of 0, or one so small that its square vanishes in single precision, means no
 /// smoothing at all: its Gaussian is a single pixel of value 1 and its transform 1 everywhere, so
