@@ -134,6 +134,7 @@ QList<NumberOption> numberOptions(RoadOptions& o)
 void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
 {
     const QString strStages = roadStageNames().join(QStringLiteral(", "));
+    const Parameter& spaceGroup = parameterOf(&IndexingParameters::m_nSpaceGroup);
     parser.addOptions({
         {"from",
          "First stage to run: " + strStages +
@@ -149,7 +150,11 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "X,Y,SIZE"},
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
-        {"space-group", "Number of the space group for the reflection groups, 1 to 230; default 1.",
+        {"space-group",
+         QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3.")
+             .arg(spaceGroup.box.dfMinimum)
+             .arg(spaceGroup.box.dfMaximum)
+             .arg(spaceGroup.start()),
          "number"},
         {"group", "From a peak list merge only the peaks of this group, 0 to 63; default: all.", "number"},
         {"apply-stretching", "Undo the elliptical distortion: on or off; default: as the project says.",
@@ -239,7 +244,10 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     merging.m_bIntegrate2D = reader.choice(QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0) == 0;
     merging.m_bIntegrateThroughFrames = reader.choice(QStringLiteral("intensity-through-frames"),
                                                       {"maximum", "3d"}, 0) == 1;
-    options.indexing.m_nSpaceGroup = reader.wholeNumber(QStringLiteral("space-group"), 1, 230, 1);
+    const Parameter& spaceGroup = parameterOf(&IndexingParameters::m_nSpaceGroup);
+    options.indexing.m_nSpaceGroup = reader.wholeNumber(
+        QStringLiteral("space-group"), int(spaceGroup.box.dfMinimum), int(spaceGroup.box.dfMaximum),
+        int(spaceGroup.start()));
     options.indexing.m_bOutputStatistics = reader.isSet(QStringLiteral("statistics"));
     options.indexing.m_bOutputIndexing = true;
     options.bConstantBackground = reader.isSet(QStringLiteral("constant-background"));

@@ -23,8 +23,9 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
     }
-    if (spinBoxValue(o.cell.m_dfCellRangeMin, 1, 1, 1000) >=
-        spinBoxValue(o.cell.m_dfCellRangeMax, 1, 1, 1000)) {
+    CellHuntingParameters cell = o.cell;
+    roundToPages(cell);
+    if (cell.m_dfCellRangeMin >= cell.m_dfCellRangeMax) {
         return QStringLiteral("--cell-min has to be below --cell-max");
     }
     // Limits that are left alone are those of the pages, or none.

@@ -20,11 +20,10 @@ void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
         mapping.m_dfIntensityMin = -dfNoLimit;
         mapping.m_dfIntensityMax = dfNoLimit;
     }
-    const int nDecimals = 2;
-    takeLimit(options.dfResolutionMin, mapping.m_dfResolutionMin, nDecimals);
-    takeLimit(options.dfResolutionMax, mapping.m_dfResolutionMax, nDecimals);
-    takeLimit(options.dfIntensityMin, mapping.m_dfIntensityMin, nDecimals);
-    takeLimit(options.dfIntensityMax, mapping.m_dfIntensityMax, nDecimals);
+    takeLimit(options.dfResolutionMin, mapping, &MappingParameters::m_dfResolutionMin);
+    takeLimit(options.dfResolutionMax, mapping, &MappingParameters::m_dfResolutionMax);
+    takeLimit(options.dfIntensityMin, mapping, &MappingParameters::m_dfIntensityMin);
+    takeLimit(options.dfIntensityMax, mapping, &MappingParameters::m_dfIntensityMax);
 }
 
 }  // namespace

@@ -76,10 +76,10 @@ void choosePairLimits(RoadState& state)
         // Short vectors say little of the cell; of a small pattern some have to stay.
         parameters.m_dfRefineDStarLow = std::min(SHORTEST_PAIR, parameters.m_dfRefineDStarHigh / 3);
     }
-    takeLimit(options.dfRefineIntensityLow, parameters.m_dfRefineIntensityLow, 1);
-    takeLimit(options.dfRefineIntensityHigh, parameters.m_dfRefineIntensityHigh, 1);
-    takeLimit(options.dfRefineDStarLow, parameters.m_dfRefineDStarLow, 3);
-    takeLimit(options.dfRefineDStarHigh, parameters.m_dfRefineDStarHigh, 3);
+    takeLimit(options.dfRefineIntensityLow, parameters, &RefinementParameters::m_dfRefineIntensityLow);
+    takeLimit(options.dfRefineIntensityHigh, parameters, &RefinementParameters::m_dfRefineIntensityHigh);
+    takeLimit(options.dfRefineDStarLow, parameters, &RefinementParameters::m_dfRefineDStarLow);
+    takeLimit(options.dfRefineDStarHigh, parameters, &RefinementParameters::m_dfRefineDStarHigh);
     putInOrder(parameters.m_dfRefineIntensityLow, parameters.m_dfRefineIntensityHigh, "the intensity",
                state.report);
     putInOrder(parameters.m_dfRefineDStarLow, parameters.m_dfRefineDStarHigh, "d*", state.report);

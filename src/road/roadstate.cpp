@@ -30,11 +30,11 @@ void takeOver(const std::optional<double>& dfGiven, double& dfTarget)
     }
 }
 
-void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, int nDecimals)
+void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, const NumberBox& box)
 {
     const double dfNoLimit = std::numeric_limits<double>::infinity();
     if (dfGiven) {
-        dfTarget = spinBoxValue(*dfGiven, nDecimals, -dfNoLimit, dfNoLimit);
+        dfTarget = spinBoxValue(*dfGiven, box.nDecimals, -dfNoLimit, dfNoLimit);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "dataset/parametertable.h"
 #include "records/runparameters.h"
 #include "road/roadoptions.h"
 #include "road/roadreport.h"
@@ -37,7 +38,13 @@ void beginStage(RoadState& state, RoadStage stage);
 /// Puts a value that was given in the place of another one.
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget);
 
-/// The same for a limit of a page, which a box rounds to some decimals; its range has been seen to.
-void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, int nDecimals);
+/// The same for a limit, with the decimals of its box; its range has been seen to.
+void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, const NumberBox& box);
+/// The same for a limit that has its row in the table of parameters.
+template <typename TRecord>
+void takeLimit(const std::optional<double>& dfGiven, TRecord& record, double TRecord::*pLimit)
+{
+    takeLimit(dfGiven, record.*pLimit, parameterOf(pLimit).box);
+}
 
 }  // namespace tessera
