@@ -27,7 +27,7 @@ struct DirectionLattice {
 /// It needs no pairs of points, so neither missing reflections nor long edges harm it.
 ///
 /// @param listPoint  single peaks, not merged, without the direct beam
-/// @param fnGoOn     asked now and then, from any thread; false ends the search without a result
+/// @param fnGoOn     asked now and then, in the calling thread; false ends the search without a result
 /// @return none where fewer than ten points lie on one lattice
 /// Source: Steller, Bolotovsky & Rossmann (1997), J. Appl. Cryst. 30, 1036–1040.
 std::optional<DirectionLattice> searchDirections(const LatticePoints& listPoint,
