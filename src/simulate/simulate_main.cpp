@@ -1,6 +1,7 @@
 // tessera-simulate: makes rotation series with known truth.
 #include "simulate/crystalstructures.h"
 #include "simulate/framewriter.h"
+#include "simulate/secondlattice.h"
 #include "simulate/structurefactor.h"
 #include "simulate/truthfile.h"
 
@@ -69,6 +70,25 @@ bool applyPreset(const QString& strPreset, SimulationParameters& p)
     return true;
 }
 
+// The options of a second lattice and of a supercell that are no numbers: empty, or what is wrong with them.
+QString readSecondAndSupercell(const QCommandLineParser& parser, SimulationParameters& p)
+{
+    const QString strTurn = QStringLiteral("second-turn"), strAxis = QStringLiteral("supercell-axis");
+    if (parser.isSet(strTurn) && !parseTurn(parser.value(strTurn), p)) {
+        return QStringLiteral("--second-turn needs degrees, or degrees,axis with an axis of %1")
+            .arg(turnAxisNames().join(QStringLiteral(", ")));
+    }
+    if (parser.isSet(strTurn) && !(p.dfSecondShare > 0)) {
+        return QStringLiteral("--second-turn needs --second-lattice");
+    }
+    if ((parser.isSet(strAxis) || parser.isSet(QStringLiteral("odd-share"))) && p.nSupercell == 1) {
+        return QStringLiteral("--supercell-axis and --odd-share need --supercell");
+    }
+    p.nSupercellAxis = QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}.indexOf(
+        parser.value(strAxis));
+    return p.nSupercellAxis < 0 ? QStringLiteral("--supercell-axis must be a, b or c") : QString();
+}
+
 int fail(const QString& strMessage)
 {
     std::fprintf(stderr, "%s\n", qPrintable(strMessage));
@@ -107,6 +127,10 @@ int main(int argc, char** argv)
          "Standard deviation of the rocking curve in the excitation error, 1/Å: shape, precession.",
          &p.dfRocking},
         {"mosaicity", "Standard deviation of the mosaic spread, degrees.", &p.dfMosaicity},
+        {"second-lattice",
+         "The same crystal once more in another orientation: its intensity relative to the first. 0 none.",
+         &p.dfSecondShare},
+        {"odd-share", "Intensity of the supercell's own reflections relative to the others.", &p.dfOddShare},
         {"spot-sigma", "Size of a spot, pixels.", &p.dfSpotSigma},
         {"saturation", "Counts at which a pixel saturates; 0 never.", &p.dfSaturation},
         {"stretch-amp", "Elliptic distortion, per cent.", &p.dfStretchAmplitude},
@@ -118,6 +142,9 @@ int main(int argc, char** argv)
         {"orientation", "Seed of the crystal's orientation.", &p.nOrientation},
         {"seed", "Seed of drift, noise and hot pixels.", &nSeed},
         {"hot-pixels", "Number of hot pixels.", &p.nHotPixels},
+        {"supercell",
+         "Average cells that the true cell holds along --supercell-axis, up to 4; 2 doubles the axis.",
+         &p.nSupercell},
         {"beam-tilt", "Beam tilt steps per goniometer step; below 2 none.", &p.nBeamTilt},
     };
 
@@ -148,6 +175,16 @@ int main(int argc, char** argv)
         listFormat.first());
     add(QStringLiteral("spot-shape"), QStringLiteral("gaussian, or moffat with its long tails."),
         QStringLiteral("gaussian"));
+    parser.addOption(
+        {QStringLiteral("second-turn"),
+         QStringLiteral("Turn of the second lattice against the first: degrees, or degrees,axis "
+                        "with an axis of %1 (edges of the first lattice, or the laboratory's "
+                        "with x the rotation axis and z along the beam). Without an axis it goes "
+                        "by the seed of the orientation, without the option all does.")
+             .arg(turnAxisNames().join(QStringLiteral(", "))),
+         QStringLiteral("turn")});
+    add(QStringLiteral("supercell-axis"), QStringLiteral("Axis of the supercell, a, b or c."),
+        QStringLiteral("c"));
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
     parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
                       QStringLiteral("folder")});
@@ -211,6 +248,10 @@ int main(int argc, char** argv)
             return fail(QStringLiteral("--spot-shape must be gaussian or moffat"));
         p.spotShape = strShape == QLatin1String("moffat") ? SpotShape::Moffat : SpotShape::Gaussian;
     }
+
+    const QString strWrong = readSecondAndSupercell(parser, p);
+    if (!strWrong.isEmpty())
+        return fail(strWrong);
 
     SimulatedSeries series;
     QString strError;

@@ -18,6 +18,7 @@ struct TruthSpot {
     double dfCounts = 0;         ///< expected counts of the spot in its disc, without background
     double dfSignalToNoise = 0;  ///< counts / sqrt(counts + background + read noise variance) in the disc
     double dfExcitation = 0;     ///< excitation error at the middle of the frame's slice, Å⁻¹
+    int nLattice = 0;            ///< 1 where the spot is one of the second crystal
 };
 
 /// A series with its truth.
@@ -26,11 +27,15 @@ struct SimulatedSeries {
     std::array<double, 6> adfCell{};  ///< Å, degrees
     Matrix3 matBasis{};               ///< a*, b*, c* in the rows, laboratory frame at tilt 0, Å⁻¹
     Matrix3 matPrimitive{};           ///< primitive reciprocal basis as rows of indices
+    Matrix3 matSecondBasis{};         ///< as matBasis, of the second crystal if there is one
     std::vector<double> listStage, listBeamTilt, listOverall;  ///< degrees, one per frame
     std::vector<std::array<double, 2>> listShift;              ///< pixels, the first is 0
     std::vector<TruthSpot> listSpot;                ///< frame by frame; those with a ratio of at least 0.5
     std::vector<std::vector<TruthSpot>> listDrawn;  ///< per frame, all spots that leave any count
     std::vector<QPoint> listHotPixel;
+
+    int latticeCount() const { return parameters.dfSecondShare > 0 ? 2 : 1; }
+    const Matrix3& basis(int nLattice) const { return nLattice == 0 ? matBasis : matSecondBasis; }
 };
 
 /// Radius in pixels of the disc on which counts and noise of a spot are told: three sigma.

@@ -41,6 +41,13 @@ struct SimulationParameters {
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
+    double dfSecondShare = 0;       ///< intensity of a second crystal relative to the first; 0 none
+    bool bSecondTurned = false;     ///< the second stands turned against the first; else at random
+    double dfSecondTurn = 0;        ///< degrees
+    QString strSecondAxis;          ///< of the turn, one of turnAxisNames(); empty: a random direction
+    int nSupercell = 1;             ///< how often the longer axis holds the average one; 1 none
+    int nSupercellAxis = 2;         ///< 0 to 2 for a, b, c
+    double dfOddShare = 0.02;       ///< intensity of the supercell's own reflections
     SimulatedFormat format = SimulatedFormat::Mrc16;
     QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");

@@ -3,6 +3,7 @@
 #include "simulate/crystalstructures.h"
 #include "simulate/frameimage.h"
 #include "simulate/framewriter.h"
+#include "simulate/secondlattice.h"
 #include "simulate/wholewriting.h"
 
 #include <QDir>
@@ -55,26 +56,89 @@ bool readMatrix(const QJsonValue& value, Matrix3& mat)
            readNumbers(array[1], 3, mat[1].data()) && readNumbers(array[2], 3, mat[2].data());
 }
 
-const QStringList& spotColumns()
+// The last column stands only where there is a second lattice.
+QJsonArray spotColumns(bool bSecond)
 {
-    static const QStringList list =
-        QStringLiteral("frame x y h k l counts snr excitation").split(QLatin1Char(' '));
-    return list;
+    const QString str = QStringLiteral("frame x y h k l counts snr excitation");
+    return QJsonArray::fromStringList(
+        (bSecond ? str + QStringLiteral(" lattice") : str).split(QLatin1Char(' ')));
+}
+
+// The crystal, its cell, and what stands beside it.
+void writeCrystal(const SimulatedSeries& series, QJsonObject& root)
+{
+    const SimulationParameters& p = series.parameters;
+    root[QStringLiteral("crystal")] = p.strCrystal;
+    const CrystalStructure* pStructure = findCrystalStructure(p.strCrystal);
+    if (pStructure) {
+        root[QStringLiteral("source")] = pStructure->strSource;
+    }
+    if (p.nSupercell > 1) {
+        root[QStringLiteral("supercell")] = QJsonObject{
+            {QStringLiteral("multiple"), p.nSupercell},
+            {QStringLiteral("axis"), QString(QLatin1Char(char('a' + p.nSupercellAxis)))},
+            {QStringLiteral("oddShare"), p.dfOddShare},
+            {QStringLiteral("averageSpaceGroup"), pStructure ? pStructure->strSpaceGroup : QString()}};
+    } else if (pStructure) {
+        root[QStringLiteral("spaceGroup")] = pStructure->strSpaceGroup;
+    }
+    const BravaisType type = trueBravaisType(series);
+    root[QStringLiteral("system")] = type.strSystem;
+    root[QStringLiteral("centring")] = type.strCentring;
+    root[QStringLiteral("cell")] = jsonArray(series.adfCell);
+    root[QStringLiteral("reciprocalBasis")] = jsonMatrix(series.matBasis);
+    root[QStringLiteral("primitiveIndices")] = jsonMatrix(series.matPrimitive);
+    if (series.latticeCount() > 1) {
+        root[QStringLiteral("secondLattice")] = QJsonObject{
+            {QStringLiteral("share"), p.dfSecondShare},
+            {QStringLiteral("turnDegrees"), turnBetween(series.matBasis, series.matSecondBasis)},
+            {QStringLiteral("turnAxis"), p.strSecondAxis},
+            {QStringLiteral("reciprocalBasis"), jsonMatrix(series.matSecondBasis)}};
+    }
+}
+
+// The second lattice, where the file has one; false when it has and it cannot be read.
+bool readSecondLattice(const QJsonObject& root, SimulatedSeries& series)
+{
+    const QJsonValue value = root[QStringLiteral("secondLattice")];
+    if (value.isUndefined()) {
+        return true;
+    }
+    series.parameters.dfSecondShare = value[QStringLiteral("share")].toDouble();
+    return series.parameters.dfSecondShare > 0 &&
+           readMatrix(value[QStringLiteral("reciprocalBasis")], series.matSecondBasis);
+}
+
+bool readSpots(const QJsonObject& root, int nFrames, SimulatedSeries& series)
+{
+    const bool bSecond = series.latticeCount() > 1;
+    const int nColumns = bSecond ? 10 : 9;
+    if (root[QStringLiteral("spotColumns")] != spotColumns(bSecond)) {
+        return false;
+    }
+    for (const QJsonValueRef value : root[QStringLiteral("spots")].toArray()) {
+        double adf[10] = {};
+        if (!readNumbers(value, nColumns, adf) || adf[0] < 0 || adf[0] >= nFrames || adf[9] < 0 ||
+            adf[9] > 1) {
+            return false;
+        }
+        series.listSpot.push_back({int(adf[0]), adf[1], adf[2], int(adf[3]), int(adf[4]), int(adf[5]), adf[6],
+                                   adf[7], adf[8], int(adf[9])});
+    }
+    return true;
 }
 }  // namespace
+
+BravaisType trueBravaisType(const SimulatedSeries& series)
+{
+    return bravaisTypeOf(transposed(inverseOf(series.matPrimitive * series.matBasis)));
+}
 
 QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series)
 {
     const SimulationParameters& p = series.parameters;
     QJsonObject root;
-    root[QStringLiteral("crystal")] = p.strCrystal;
-    if (const CrystalStructure* pStructure = findCrystalStructure(p.strCrystal)) {
-        root[QStringLiteral("spaceGroup")] = pStructure->strSpaceGroup;
-        root[QStringLiteral("source")] = pStructure->strSource;
-    }
-    root[QStringLiteral("cell")] = jsonArray(series.adfCell);
-    root[QStringLiteral("reciprocalBasis")] = jsonMatrix(series.matBasis);
-    root[QStringLiteral("primitiveIndices")] = jsonMatrix(series.matPrimitive);
+    writeCrystal(series, root);
     root[QStringLiteral("size")] = p.nSize;
     root[QStringLiteral("wavelength")] = p.dfWavelength;
     root[QStringLiteral("pixelSize")] = p.dfPixelSize;
@@ -92,7 +156,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
     for (const auto& shift : series.listShift)
         arrayShift.append(jsonArray(shift));
     root[QStringLiteral("shifts")] = arrayShift;
-    root[QStringLiteral("spotColumns")] = QJsonArray::fromStringList(spotColumns());
+    root[QStringLiteral("spotColumns")] = spotColumns(series.latticeCount() > 1);
 
     // The spots are written by hand: a line each, with the digits that matter.
     QByteArray data = QJsonDocument(root).toJson();
@@ -102,7 +166,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
     for (const TruthSpot& spot : series.listSpot) {
         data += bFirst ? "\n" : ",\n";
         bFirst = false;
-        data += QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9]")
+        data += QStringLiteral("[%1,%2,%3,%4,%5,%6,%7,%8,%9")
                     .arg(spot.nFrame)
                     .arg(number(spot.dfX, 3), number(spot.dfY, 3))
                     .arg(spot.nH)
@@ -111,6 +175,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
                     .arg(number(spot.dfCounts, 1), number(spot.dfSignalToNoise, 2),
                          number(spot.dfExcitation, 6))
                     .toLatin1();
+        data += series.latticeCount() > 1 ? QByteArray(",") + QByteArray::number(spot.nLattice) + "]" : "]";
     }
     data += "\n]\n}\n";
     return writeWhole(strFileName, data);
@@ -139,7 +204,7 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
                  readMatrix(root[QStringLiteral("primitiveIndices")], result.matPrimitive) &&
                  readNumbers(root[QStringLiteral("beam")], 2, adfBeam) && arrayShift.size() == nFrames &&
                  arrayStage.size() == nFrames && arrayBeamTilt.size() == nFrames &&
-                 root[QStringLiteral("spotColumns")] == QJsonArray::fromStringList(spotColumns());
+                 readSecondLattice(root, result);
     for (int n = 0; bGood && n < nFrames; ++n) {
         std::array<double, 2> shift{};
         bGood = readNumbers(arrayShift[n], 2, shift.data());
@@ -148,15 +213,7 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
         result.listStage.push_back(arrayStage[n].toDouble());
         result.listBeamTilt.push_back(arrayBeamTilt[n].toDouble());
     }
-    for (const QJsonValueRef value : root[QStringLiteral("spots")].toArray()) {
-        double adf[9];
-        if (!bGood || !readNumbers(value, 9, adf) || adf[0] < 0 || adf[0] >= nFrames) {
-            bGood = false;
-            break;
-        }
-        result.listSpot.push_back(
-            {int(adf[0]), adf[1], adf[2], int(adf[3]), int(adf[4]), int(adf[5]), adf[6], adf[7], adf[8]});
-    }
+    bGood = bGood && readSpots(root, nFrames, result);
     if (!bGood) {
         strError = QStringLiteral("%1 is no truth file").arg(strFileName);
         return false;

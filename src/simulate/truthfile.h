@@ -1,15 +1,22 @@
 // Truth file: the truth of a simulated series as JSON, and the project beside it.
 #pragma once
 
+#include "simulate/bravaistype.h"
 #include "simulate/simulatedseries.h"
 
 namespace tessera {
 
-/// Writes BASE_truth.json. Spots are rows of numbers under the names in "spotColumns".
+/// System and centring of the series' lattice, from its true cell. Of a supercell it is that of its own
+/// lattice.
+BravaisType trueBravaisType(const SimulatedSeries& series);
+
+/// Writes BASE_truth.json. Spots are rows of numbers under the names in "spotColumns"; with a second lattice
+/// they tell by "lattice" whether they are of the first (0) or second (1), whose basis stands under
+/// "secondLattice".
 /// @return empty, or why the file was not written
 [[nodiscard]] QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
 
-/// Reads what writeTruthFile wrote: cell, bases, tilts, shifts, spots and the geometry.
+/// Reads what writeTruthFile wrote: cell, bases, the second lattice, tilts, shifts, spots and the geometry.
 /// @return false with a reason, the series then as it was
 bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString& strError);
 

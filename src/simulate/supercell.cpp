@@ -1,0 +1,65 @@
+#include "simulate/supercell.h"
+
+#include <algorithm>
+
+namespace tessera {
+
+Matrix3 supercellBasis(const Matrix3& matAverage, const Supercell& supercell)
+{
+    Matrix3 mat = matAverage;
+    if (supercell.nMultiple > 1) {
+        mat[size_t(supercell.nAxis)] = (1.0 / supercell.nMultiple) * matAverage[size_t(supercell.nAxis)];
+    }
+    return mat;
+}
+
+Matrix3 supercellPrimitive(const CStructureFactor& crystal, const Supercell& supercell)
+{
+    if (supercell.nMultiple == 1) {
+        return crystal.primitiveBasis();
+    }
+    std::vector<SymmetryOperation> listKept;
+    for (const SymmetryOperation& operation : crystal.operations()) {
+        if (operation.vecTranslation[size_t(supercell.nAxis)] == 0) {
+            listKept.push_back(operation);
+        }
+    }
+    return primitiveIndexBasis(listKept);
+}
+
+std::vector<Reflection> supercellReflections(const CStructureFactor& crystal, const Supercell& supercell,
+                                             double dfMaxDStar)
+{
+    std::vector<Reflection> listAll;
+    if (supercell.nMultiple == 1) {
+        return crystal.reflections(dfMaxDStar);
+    }
+    // |h| = |g·a| <= |g| |a|
+    std::array<double, 6> adfCell = cellOfReciprocalBasis(crystal.reciprocalBasis());
+    adfCell[size_t(supercell.nAxis)] *= supercell.nMultiple;
+    const int nMaxH = int(dfMaxDStar * adfCell[0]), nMaxK = int(dfMaxDStar * adfCell[1]),
+              nMaxL = int(dfMaxDStar * adfCell[2]);
+    double dfStrongest = 0;
+    for (int h = -nMaxH; h <= nMaxH; ++h) {
+        for (int k = -nMaxK; k <= nMaxK; ++k) {
+            for (int l = -nMaxL; l <= nMaxL; ++l) {
+                Vector3 vecIndex{double(h), double(k), double(l)};
+                vecIndex[size_t(supercell.nAxis)] /= supercell.nMultiple;
+                Reflection reflection{h, k, l, lengthOf(vecIndex * crystal.reciprocalBasis()), 0};
+                if (reflection.dfDStar >= dfMaxDStar || (h == 0 && k == 0 && l == 0)) {
+                    continue;
+                }
+                const double dfShare = supercell.isOfAverage(reflection) ? 1 : supercell.dfOddShare;
+                reflection.dfSquareF = dfShare * std::norm(crystal.value(vecIndex));
+                listAll.push_back(reflection);
+                dfStrongest = std::max(dfStrongest, reflection.dfSquareF);
+            }
+        }
+    }
+    listAll.erase(std::remove_if(listAll.begin(), listAll.end(),
+                                 [&](const Reflection& r) { return r.dfSquareF <= 1e-9 * dfStrongest; }),
+                  listAll.end());
+    return listAll;
+}
+
+}  // namespace tessera
