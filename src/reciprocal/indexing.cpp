@@ -8,10 +8,12 @@
 #include "crystal/indexingtable.h"
 #include "crystal/reflectionconditions.h"
 #include "crystal/reflectionindices.h"
+#include "lattice/latticefit.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/duplicates.h"
 #include "reciprocal/indexedpeaks.h"
 #include "reciprocal/indexspreading.h"
+#include "reciprocal/latticepoints.h"
 #include "reciprocal/reflectiongroups.h"
 #include "records/formerfile.h"
 #include "records/runends.h"
@@ -101,6 +103,25 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
                                          dataSet.m_strProjectName, report, pFiles);
 }
 
+/// The share of reflections with indices says nothing of the cell, as they follow from neighbour to neighbour;
+/// so the peaks of the frames are divided by it one by one.
+void tellFit(const DataSet& dataSet, const ReciprocalBasis& basis, CRunReport& report)
+{
+    const LatticePoints listPoint = latticePoints(dataSet);
+    if (listPoint.empty()) {
+        return;
+    }
+    const LatticeFit fit = fitOfLattice(latticeBasisOf(basis), listPoint);
+    report.addMessage(
+        QStringLiteral("%1> %L2 out of %L3 peaks (%L4%) lie on the lattice, each by itself; by chance %L5%.")
+            .arg(currentTimeStamp())
+            .arg(fit.nFitting)
+            .arg(fit.nPoints)
+            .arg(100 * fit.share(), 6, 'f', 3)
+            .arg(100 * fit.dfByChance, 6, 'f', 3),
+        Severity::Info);
+}
+
 }  // namespace
 
 bool holdsIndexed(const QList<Peak3D>& listIndexed)
@@ -175,6 +196,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                           .arg(nSelected)
                           .arg(100.0 * nIndexed / nSelected, 6, 'f', 3),
                       Severity::Info);
+    tellFit(dataSet, *basis, report);
     if (parameters.m_bOutputStatistics) {
         outputReflectionStatistics(result.listIndexed, 0.0, report);
         testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup,
