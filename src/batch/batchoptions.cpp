@@ -60,6 +60,8 @@ std::optional<double>* optionalTarget(RoadOptions& o, const ParameterMember& mem
         {&MappingParameters::m_dfResolutionMax, &o.dfResolutionMax},
         {&MappingParameters::m_dfIntensityMin, &o.dfIntensityMin},
         {&MappingParameters::m_dfIntensityMax, &o.dfIntensityMax},
+        {&CellHuntingParameters::m_dfCellRangeMin, &o.dfCellRangeMin},
+        {&CellHuntingParameters::m_dfCellRangeMax, &o.dfCellRangeMax},
         {&RefinementParameters::m_dfRefineIntensityLow, &o.dfRefineIntensityLow},
         {&RefinementParameters::m_dfRefineIntensityHigh, &o.dfRefineIntensityHigh},
         {&RefinementParameters::m_dfRefineDStarLow, &o.dfRefineDStarLow},
@@ -150,6 +152,12 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "X,Y,SIZE"},
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
+        {"cell-method",
+         "How the cell is searched: vectors (differences of reflections), directions (Fourier sums of all "
+         "peaks "
+         "over directions), or best, the one of both that explains more of the peaks; default best, with "
+         "--window-defaults vectors.",
+         "vectors|directions|best"},
         {"space-group",
          QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3.")
              .arg(spaceGroup.box.dfMinimum)
@@ -239,6 +247,10 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
     if (nStretch >= 0) {
         options.bApplyStretching = nStretch == 1;
+    }
+    const int nMethod = reader.choice(QStringLiteral("cell-method"), {"vectors", "directions", "best"}, -1);
+    if (nMethod >= 0) {
+        options.cellMethod = CellSearchMethod(nMethod);
     }
     PeakMergingParameters& merging = options.merging;
     merging.m_bIntegrate2D = reader.choice(QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0) == 0;

@@ -23,9 +23,13 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
     }
+    // What is not given comes from the spots, or from the pages; with both given the order is theirs.
     CellHuntingParameters cell = o.cell;
+    cell.m_dfCellRangeMin = o.dfCellRangeMin.value_or(cell.m_dfCellRangeMin);
+    cell.m_dfCellRangeMax = o.dfCellRangeMax.value_or(cell.m_dfCellRangeMax);
     roundToPages(cell);
-    if (cell.m_dfCellRangeMin >= cell.m_dfCellRangeMax) {
+    const bool bRange = o.bWindowDefaults || (o.dfCellRangeMin && o.dfCellRangeMax);
+    if (bRange && cell.m_dfCellRangeMin >= cell.m_dfCellRangeMax) {
         return QStringLiteral("--cell-min has to be below --cell-max");
     }
     // Limits that are left alone are those of the pages, or none.

@@ -181,12 +181,13 @@ const std::vector<Parameter> g_listParameter = {
     {&Cell::m_dfCellRangeMin,
      {1, 1000, 1, 0.1, " Å"},
      "Shortest edge that is looked for, Å.",
-     {"cell-min", "Å", "shortest cell edge searched; default %1"}},
+     {"cell-min", "Å", "shortest cell edge searched; default auto, 2", OptionValues::OfPageOrAuto}},
     {&Cell::m_dfCellRangeMax,
      {1, 1000, 1, 0.1, " Å"},
      "Longest edge that is looked for, Å: somewhat above the longest that you believe in. Lower it if the "
      "cell comes out far too large, raise it if points lie between the nodes of the lattice.",
-     {"cell-max", "Å", "longest cell edge searched; default %1"}},
+     {"cell-max", "Å", "longest cell edge searched; default auto, from the distances of the spots",
+      OptionValues::OfPageOrAuto}},
     {&Index::m_dfIndexThreshold,
      {0.01, 0.5, 2, 0.01, ""},
      "How far each index may lie from a whole number. 0.05 to 0.1 is usual; a result that is good only with "

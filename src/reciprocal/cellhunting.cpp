@@ -7,11 +7,19 @@
 #include "records/runends.h"
 #include "records/timestamp.h"
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
 
-constexpr float g_fAveragingTolerance = 0.01f;  // Å⁻¹
+/// Differences that lie closer than this are one vector, Å⁻¹. Beyond the longest edge of the pages' start it
+/// is a quarter of the shortest difference looked for, as it would melt neighbours of large cells into one.
+float averagingTolerance(double dfLongestEdge)
+{
+    const float fTolerance = 0.01f;
+    return dfLongestEdge > 30 ? std::min(fTolerance, float(0.25 / dfLongestEdge)) : fTolerance;
+}
 
 }  // namespace
 
@@ -42,7 +50,7 @@ RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelecti
     if (!report.goOn())
         return {RunEnd::Stopped, {}};
     QList<Vec3D> listBasis = findBasisVectors(
-        averageDifferenceVectors(listDifference, g_fAveragingTolerance, report));
+        averageDifferenceVectors(listDifference, averagingTolerance(parameters.m_dfCellRangeMax), report));
     if (!report.goOn())
         return {RunEnd::Stopped, {}};
     if (listBasis.size() == 2)

@@ -42,10 +42,19 @@ struct PeakMergingParameters {
     bool m_bIntegrateThroughFrames = false;  ///< "3D Integration", else "Maximum"
 };
 
+/// How a cell is searched.
+enum class CellSearchMethod {
+    DifferenceVectors,  ///< by differences of merged reflections
+    Directions,         ///< by Fourier sums of all peaks over directions of real space
+    BestOfBoth,         ///< by both; the cell that explains more of the peaks is taken
+};
+
 /// Group "Unit Cell Range", Å.
 struct CellHuntingParameters {
     double m_dfCellRangeMin = 3;
     double m_dfCellRangeMax = 30;
+    CellSearchMethod m_method = CellSearchMethod::DifferenceVectors;
+    bool m_bAutoRange = false;  ///< the range comes from the distances of the spots, not from these numbers
 };
 
 /// Group "Peak Indexing" and the box "Reflection Grouping".

@@ -1,10 +1,11 @@
 #include "road/stages.h"
 
 #include "crystal/cellarithmetic.h"
+#include "dataset/pagerounding.h"
 #include "dataset/unitcellfile.h"
 #include "frames/frametargets.h"
 #include "reciprocal/cellhunting.h"
-#include "reciprocal/checkedcellhunting.h"
+#include "reciprocal/latticehunting.h"
 #include "road/cellresult.h"
 #include "road/earlierfiles.h"
 #include "road/filestamp.h"
@@ -13,15 +14,37 @@ namespace tessera {
 
 namespace {
 
+/// The method and range that were asked for, or else those of the window or the best to be had.
+CellHuntingParameters chosenSearch(const RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    CellHuntingParameters chosen = options.cell;
+    chosen.m_method = options.cellMethod.value_or(
+        options.bWindowDefaults ? CellSearchMethod::DifferenceVectors : CellSearchMethod::BestOfBoth);
+    chosen.m_bAutoRange = !options.bWindowDefaults && !options.dfCellRangeMin && !options.dfCellRangeMax;
+    if (!options.bWindowDefaults && !chosen.m_bAutoRange) {
+        CellHuntingParameters range;
+        range.m_bAutoRange = true;
+        range = withRange(range, state.dataSet);
+        chosen.m_dfCellRangeMin = range.m_dfCellRangeMin;
+        chosen.m_dfCellRangeMax = range.m_dfCellRangeMax;
+    }
+    takeOver(options.dfCellRangeMin, chosen.m_dfCellRangeMin);
+    takeOver(options.dfCellRangeMax, chosen.m_dfCellRangeMax);
+    roundToPages(chosen);
+    return chosen;
+}
+
 RunOutcome huntCell(RoadState& state)
 {
-    DataSet& dataSet = state.dataSet;
+    const CellHuntingParameters search = chosenSearch(state);
     const RoadOptions& options = state.options;
-    const QList<Peak3D>& listMerged = dataSet.m_listPeakMerged;
-    return options.bWindowDefaults
-               ? runUnitCellHunting(dataSet, listMerged, options.cell, state.report, true)
-               : runCheckedCellHunting(dataSet, listMerged, options.cell, options.indexing.m_dfIndexThreshold,
-                                       state.report, true);
+    const QList<Peak3D>& listMerged = state.dataSet.m_listPeakMerged;
+    if (options.bWindowDefaults && search.m_method == CellSearchMethod::DifferenceVectors) {
+        return runUnitCellHunting(state.dataSet, listMerged, search, state.report, true);
+    }
+    return runLatticeHunting(state.dataSet, listMerged, search, options.indexing.m_dfIndexThreshold,
+                             state.report, true, options.jobs());
 }
 
 /// The cell of the file that was given, and a copy of it as the result of this run.

@@ -48,7 +48,10 @@ struct RoadOptions {
     std::optional<double> dfIntensityMin;  ///< counts, of the peaks to merge
     std::optional<double> dfIntensityMax;
     PeakMergingParameters merging;
-    CellHuntingParameters cell;
+    CellHuntingParameters cell;            ///< the window's range; method and range that are asked for follow
+    std::optional<double> dfCellRangeMin;  ///< Å
+    std::optional<double> dfCellRangeMax;
+    std::optional<CellSearchMethod> cellMethod;
     IndexingParameters indexing;
     RefinementParameters refinement;
     std::optional<double> dfRefineIntensityLow;  ///< counts, of the peaks of a pair

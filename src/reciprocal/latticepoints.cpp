@@ -1,0 +1,151 @@
+#include "reciprocal/latticepoints.h"
+
+#include "records/runparameters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace tessera {
+
+namespace {
+
+constexpr double g_dfBeamRadius = 8;  // pixels: the halo of the direct beam, where no spot is told from it
+constexpr std::size_t g_nShells = 20;
+constexpr std::size_t g_nLeastDistances = 10;
+constexpr double g_dfMargin = 1.5;
+constexpr double g_dfLowPart = 0.05;
+
+bool isSpot(const Peak3D& peak)
+{
+    const double dfRadius = std::hypot(peak.dfX2DCorrected, peak.dfY2DCorrected);
+    return dfRadius >= g_dfBeamRadius && std::isfinite(peak.fX3D) && std::isfinite(peak.fY3D) &&
+           std::isfinite(peak.fZ3D);
+}
+
+Eigen::Vector3d pointOf(const Peak3D& peak)
+{
+    return {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)};
+}
+
+/// The points of each frame or list in turn, with the distance of each from its nearest neighbour.
+void appendDistances(LatticePoints listPoint, std::vector<double>& vecDistance)
+{
+    // In order of x only neighbours within the smallest distance so far are to be looked at.
+    std::sort(listPoint.begin(), listPoint.end(),
+              [](const Eigen::Vector3d& a, const Eigen::Vector3d& b) { return a.x() < b.x(); });
+    const int nCount = int(listPoint.size());
+    for (int n = 0; n < nCount && nCount > 1; ++n) {
+        double dfNearest = HUGE_VAL;
+        for (const int nStep : {-1, 1}) {
+            for (int m = n + nStep; m >= 0 && m < nCount; m += nStep) {
+                const Eigen::Vector3d difference = listPoint[std::size_t(m)] - listPoint[std::size_t(n)];
+                if (std::abs(difference.x()) >= dfNearest) {
+                    break;
+                }
+                dfNearest = std::min(dfNearest, difference.norm());
+            }
+        }
+        vecDistance.push_back(dfNearest);
+    }
+}
+
+/// The distance that a twentieth of all fall short of; none of too few.
+std::optional<double> closeDistance(std::vector<double> vecDistance)
+{
+    if (vecDistance.size() < g_nLeastDistances) {
+        return std::nullopt;
+    }
+    const auto itLow = vecDistance.begin() + std::ptrdiff_t(g_dfLowPart * double(vecDistance.size()));
+    std::nth_element(vecDistance.begin(), itLow, vecDistance.end());
+    return *itLow > 0 ? std::optional<double>(*itLow) : std::nullopt;
+}
+
+}  // namespace
+
+double denseDStar(std::vector<double> vecDStar)
+{
+    if (vecDStar.empty()) {
+        return 0;
+    }
+    std::sort(vecDStar.begin(), vecDStar.end());
+    if (vecDStar.size() < 10 * g_nShells) {
+        return vecDStar.back();
+    }
+    std::vector<double> vecEnd;
+    std::vector<double> vecArea;  // by points: the inverse of the density
+    double dfStart = 0;
+    for (std::size_t n = 1; n <= g_nShells; ++n) {
+        const double dfEnd = vecDStar[n * vecDStar.size() / g_nShells - 1];
+        vecEnd.push_back(dfEnd);
+        vecArea.push_back(dfEnd * dfEnd - dfStart * dfStart);
+        dfStart = dfEnd;
+    }
+    std::vector<double> vecSorted = vecArea;
+    std::nth_element(vecSorted.begin(), vecSorted.begin() + g_nShells / 2, vecSorted.end());
+    std::size_t nLast = g_nShells - 1;
+    while (nLast > 0 && vecArea[nLast] > 4 * vecSorted[g_nShells / 2]) {
+        --nLast;
+    }
+    return vecEnd[nLast];
+}
+
+LatticePoints latticePoints(const DataSet& dataSet)
+{
+    LatticePoints listAll;
+    std::vector<double> vecDStar;
+    if (!dataSet.m_peakMapping) {
+        return listAll;
+    }
+    for (const QList<Peak3D>& listPeak : dataSet.m_listPeakFrame) {
+        for (const Peak3D& peak : listPeak) {
+            if (isSpot(peak)) {
+                listAll.push_back(pointOf(peak));
+                vecDStar.push_back(listAll.back().norm());
+            }
+        }
+    }
+    const double dfLimit = denseDStar(vecDStar);
+    LatticePoints listDense;
+    for (const Eigen::Vector3d& point : listAll) {
+        if (point.norm() <= dfLimit) {
+            listDense.push_back(point);
+        }
+    }
+    return listDense;
+}
+
+CellRange automaticCellRange(const DataSet& dataSet)
+{
+    std::vector<double> vecOnFrames;
+    for (const QList<Peak3D>& listPeak : dataSet.m_listPeakFrame) {
+        LatticePoints listPoint;
+        for (const Peak3D& peak : listPeak) {
+            if (isSpot(peak)) {
+                listPoint.push_back(pointOf(peak));
+            }
+        }
+        appendDistances(std::move(listPoint), vecOnFrames);
+    }
+    LatticePoints listReflection;
+    for (const Peak3D& peak : dataSet.m_listPeakMerged) {
+        if (isSpot(peak)) {
+            listReflection.push_back(pointOf(peak));
+        }
+    }
+    std::vector<double> vecInSpace;
+    appendDistances(std::move(listReflection), vecInSpace);
+
+    const std::optional<double> dfOnFrames = closeDistance(std::move(vecOnFrames));
+    const std::optional<double> dfInSpace = closeDistance(std::move(vecInSpace));
+        fprintf(stderr, "range: frames %g space %g\n", 1 / dfOnFrames.value_or(0), 1 / dfInSpace.value_or(0));
+    CellRange range;
+    range.dfLongest = CellHuntingParameters().m_dfCellRangeMax;
+    if (dfOnFrames || dfInSpace) {
+        const double dfClosest = std::min(dfOnFrames.value_or(HUGE_VAL), dfInSpace.value_or(HUGE_VAL));
+        range.dfLongest = g_dfMargin / dfClosest;
+    }
+    return range;
+}
+
+}  // namespace tessera
