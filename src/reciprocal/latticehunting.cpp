@@ -40,8 +40,7 @@ LatticeCandidate candidateOf(const LatticeBasis& basis, const LatticePoints& lis
     return {basis, fitOfLattice(basis, listPoint)};
 }
 
-/// The cell of the difference vectors, which merging has averaged, brought onto the peaks where more of them
-/// fit then.
+/// The cell of the difference vectors, brought onto the peaks unless fewer of them fit then.
 std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSelection,
                                                    const CellHuntingParameters& range,
                                                    double dfIndexThreshold, const LatticePoints& listPoint,
@@ -57,7 +56,7 @@ std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSele
     const LatticeCandidate found = candidateOf(latticeBasisOf(*basis), listPoint);
     const LatticeCandidate refined = candidateOf(refinedBasis(found.basis, listPoint, g_dfLatticeTolerance),
                                                  listPoint);
-    return refined.fit.nFitting > found.fit.nFitting ? refined : found;
+    return refined.fit.nFitting >= found.fit.nFitting ? refined : found;
 }
 
 std::optional<LatticeCandidate> candidateOfDirections(const LatticePoints& listPoint,
@@ -66,6 +65,9 @@ std::optional<LatticeCandidate> candidateOfDirections(const LatticePoints& listP
 {
     std::optional<LatticeCandidate> best;
     for (const double dfFactor : {1.0, 2.0, 0.5}) {
+        if (dfFactor > 1 && !range.m_bAutoRange) {
+            continue;  // a longest edge that was given is one
+        }
         DirectionSearchOptions options;
         options.dfShortest = range.m_dfCellRangeMin;
         options.dfLongest = dfFactor * range.m_dfCellRangeMax;
@@ -107,6 +109,16 @@ RunOutcome ended(RunEnd end, const QString& strReason, CRunReport& report)
 {
     report.fail(strReason);
     return {end, strReason};
+}
+
+QString reasonForNone(const CellHuntingParameters& range)
+{
+    if (range.m_dfCellRangeMin <= range.m_dfCellRangeMax) {
+        return QStringLiteral("Unit cell not found.");
+    }
+    return QStringLiteral("No edge is both longer than \"Min.\", %L1 Å, and shorter than \"Max.\", %L2 Å.")
+        .arg(range.m_dfCellRangeMin)
+        .arg(range.m_dfCellRangeMax);
 }
 
 /// Puts the basis in force, as runUnitCellHunting() does.
@@ -202,8 +214,10 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
     if (directions && (!best || isBetter(*directions, *best))) {
         best = directions;
     }
-    return best ? commit(dataSet, best->basis, report, bSave, strLatticeHost)
-                : ended(RunEnd::Failed, QStringLiteral("Unit cell not found."), report);
+    if (best) {
+        return commit(dataSet, best->basis, report, bSave, strLatticeHost);
+    }
+    return ended(RunEnd::Failed, reasonForNone(range), report);
 }
 
 }  // namespace tessera

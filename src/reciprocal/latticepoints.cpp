@@ -138,7 +138,6 @@ CellRange automaticCellRange(const DataSet& dataSet)
 
     const std::optional<double> dfOnFrames = closeDistance(std::move(vecOnFrames));
     const std::optional<double> dfInSpace = closeDistance(std::move(vecInSpace));
-        fprintf(stderr, "range: frames %g space %g\n", 1 / dfOnFrames.value_or(0), 1 / dfInSpace.value_or(0));
     CellRange range;
     range.dfLongest = CellHuntingParameters().m_dfCellRangeMax;
     if (dfOnFrames || dfInSpace) {
