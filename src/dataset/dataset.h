@@ -78,8 +78,6 @@ struct DataSet {
     ImageList m_vecFrameImage;              ///< images of the current frame
     MaskData m_maskPeakHunting;             ///< areas that the hunt leaves out
     CSpaceGroup m_spaceGroup;               ///< of the labels, the peak table and the statistics
-    bool m_bRunning = false;                ///< a run on known peaks or the beam goes; cleared: it shall stop
-    bool m_bHuntingRunning = false;         ///< the same of peak hunting
 };
 
 /// The basis of m_listCell; none without a cell in force.

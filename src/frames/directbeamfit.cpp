@@ -33,8 +33,7 @@ RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
                          const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone)
 {
     CFrameRun run(dataSet, report, QStringLiteral("Evaluation of the direct beam"));
-    if (!run.begin())
-        return {RunEnd::Refused, {}};
+    run.begin();
     const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
         if (!pImage)

@@ -16,22 +16,20 @@ CFrameRun::CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strNam
       m_walk(m_series.frameCount(), StopAsked::AfterEachFrame, report)
 {}
 
-bool CFrameRun::begin()
+void CFrameRun::begin()
 {
-    m_flag.emplace(m_dataSet.m_bRunning);
-    if (!m_flag->isHeld())
-        return false;
-    m_walk.obey(*m_flag);
     m_walk.showProgress(ProgressPlace::Window);
-    if (!m_report.goOn())
-        m_flag->clear();
+    m_bStopped = !m_report.goOn();
     m_report.addMessage(QStringLiteral("%1>%2 started.").arg(currentTimeStamp(), m_strName),
                         Severity::Milestone);
-    return true;
 }
 
 RunOutcome CFrameRun::walk(const std::function<bool(int nFrame)>& fnFrame)
 {
+    if (m_bStopped) {
+        m_walk.endProgress();
+        return {RunEnd::Stopped, {}};
+    }
     return m_walk.run(fnFrame);
 }
 

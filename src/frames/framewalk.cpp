@@ -26,8 +26,6 @@ RunEnd CFrameWalk::walk(const std::function<bool(int nFrame)>& fnFrame)
 {
     const bool bBefore = m_stopAsked == StopAsked::BeforeEachFrame;
     for (m_nDone = 0; m_nDone < m_nFrames;) {
-        if (!isAllowed())
-            return RunEnd::Stopped;
         if (m_progress)
             m_progress->set(m_nDone + 1);
         if (bBefore && !m_report.goOn())
@@ -37,8 +35,7 @@ RunEnd CFrameWalk::walk(const std::function<bool(int nFrame)>& fnFrame)
         ++m_nDone;
         if (bBefore)
             continue;
-        const bool bStopped = !m_report.goOn() || !isAllowed();
-        if (bStopped && (m_nDone < m_nFrames || m_stopAsked == StopAsked::AfterEachFrame))
+        if (!m_report.goOn() && (m_nDone < m_nFrames || m_stopAsked == StopAsked::AfterEachFrame))
             return RunEnd::Stopped;
     }
     return RunEnd::Finished;

@@ -4,7 +4,6 @@
 #include "frames/framesequence.h"
 #include "frames/takeframe.h"
 #include "records/progress.h"
-#include "records/runflag.h"
 #include "records/runoutcome.h"
 #include "records/runreport.h"
 
@@ -30,8 +29,8 @@ public:
 
     /// Shows "frame/frames" from here to the end of the walk.
     void showProgress(ProgressPlace place, int nMinimum = 0);
-    /// Takes a run's flag for a wish to stop too, once it is cleared. The flag must outlive the walk.
-    void obey(const CRunFlag& flag) { m_pFlag = &flag; }
+    /// Hides it before its time, where the walk does not begin.
+    void endProgress() { m_progress.reset(); }
 
     /// Calls fnFrame for each frame in order, counted from 0, until it returns false.
     ///
@@ -60,12 +59,10 @@ public:
 
 private:
     RunEnd walk(const std::function<bool(int nFrame)>& fnFrame);
-    bool isAllowed() const { return !m_pFlag || m_pFlag->isSet(); }
 
     int m_nFrames;
     StopAsked m_stopAsked;
     CRunReport& m_report;
-    const CRunFlag* m_pFlag = nullptr;
     std::optional<CProgress> m_progress;
     int m_nDone = 0;
 };

@@ -54,8 +54,7 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
     CFrameRun run(dataSet, report, QStringLiteral("Intensity extraction"));
     if (peaksSorted.size() != run.frameCount())
         return refuseRun(report, QStringLiteral("Frame counts do not match."));
-    if (!run.begin())
-        return {RunEnd::Refused, {}};
+    run.begin();
     const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
     FrameHuntWork work;
     QList<Peak3D> listFlat;

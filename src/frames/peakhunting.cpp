@@ -8,7 +8,6 @@
 #include "frames/sharedpeakfilters.h"
 #include "records/formerfile.h"
 #include "records/runends.h"
-#include "records/runflag.h"
 #include "records/timestamp.h"
 #include "records/whatwasthrown.h"
 
@@ -109,13 +108,12 @@ struct HuntedSeries {
 };
 
 HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
-                        CRunReport& report, const PeakHuntingOptions& options, const CRunFlag& flag)
+                        CRunReport& report, const PeakHuntingOptions& options)
 {
     HuntedSeries hunted;
     CFrameWalk walk(dataSet.m_listFrameFile.size(), StopAsked::BetweenFrames, report);
-    walk.obey(flag);
     walk.showProgress(ProgressPlace::TaskBarToo);
-    if (options.bStopAsked || !report.goOn() || !flag.isSet()) {
+    if (!report.goOn()) {
         hunted.outcome.end = RunEnd::Stopped;
         return hunted;
     }
@@ -199,9 +197,6 @@ void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                           CRunReport& report, const PeakHuntingOptions& options)
 {
-    const CRunFlag flag(dataSet.m_bHuntingRunning);
-    if (!flag.isHeld())
-        return {RunEnd::Refused, {}};
     if (dataSet.m_listFrameFile.isEmpty())
         return refuseRun(report, QStringLiteral("There are no frames to search for peaks."));
 
@@ -209,7 +204,7 @@ RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& paramet
     timer.start();
     report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()),
                       Severity::Milestone);
-    const HuntedSeries hunted = huntSeries(dataSet, parameters, filters, report, options, flag);
+    const HuntedSeries hunted = huntSeries(dataSet, parameters, filters, report, options);
     if (hunted.outcome.end != RunEnd::Finished) {
         report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()),
                           Severity::Error);

@@ -17,10 +17,9 @@ namespace tessera {
 
 /// How a run of peak hunting works and whom it calls, all from the calling thread.
 struct PeakHuntingOptions {
-    int nJobs = 1;            ///< frames hunted side by side, from 1; the result is the same for each
-    bool bSave = true;        ///< write the peak list beside the project
-    bool bStopAsked = false;  ///< the wish to stop came before the run: it ends before its first frame
-    bool bSaveEmpty = true;   ///< also when no frame has a peak, in the place of a list that may be dear
+    int nJobs = 1;           ///< frames hunted side by side, from 1; the result is the same for each
+    bool bSave = true;       ///< write the peak list beside the project
+    bool bSaveEmpty = true;  ///< also when no frame has a peak, in the place of a list that may be dear
     /// After a frame's line, in frame order; its first image stands in m_vecFrameImage by then.
     std::function<void(int nFrame, const QList<Peak3D>& listPeak)> fnFrameDone;
     /// Mapping and merging: after the new peaks stand in the data set and on disk, before the end line.
@@ -32,10 +31,9 @@ struct PeakHuntingOptions {
 /// At most nJobs + 1 frames are in memory. Positions are whole pixels of the raw frame. A run that
 /// was stopped (report.goOn()) or met a frame that cannot be loaded says so in red, leaves
 /// m_listPeakFrame as it was and writes nothing. A peak list that cannot be written is a red line
-/// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A run
-/// during a run (m_bHuntingRunning set) is a stop request: the flag is cleared, which the run under way sees
-/// after its frame. A data set without frames is a red line and no run.
-/// @return Finished if all frames were hunted; Refused without frames and for the stop request
+/// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A data set
+/// without frames is a red line and no run.
+/// @return Finished if all frames were hunted; Refused without frames
 RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                           CRunReport& report, const PeakHuntingOptions& options = {});
 

@@ -78,12 +78,12 @@ public:
         if (peaksSorted.size() != m_run.frameCount())
             m_refusal = refuseRun(report, QStringLiteral("Frame counts do not match."));
         else
-            m_bBegun = m_run.begin();
+            m_run.begin();
     }
 
     using FnStore = std::function<void(int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted)>;
 
-    bool begun() const { return m_bBegun; }
+    bool begun() const { return m_refusal.finished(); }
     /// What a run that did not begin came to.
     const RunOutcome& refusal() const { return m_refusal; }
 
@@ -139,8 +139,7 @@ private:
     const QVector<QList<Peak3D>>& m_peaksSorted;
     CRunReport& m_report;
     const PositionRefinementOptions& m_options;
-    RunOutcome m_refusal{RunEnd::Refused, {}};
-    bool m_bBegun = false;
+    RunOutcome m_refusal;  // Finished unless there is one
 };
 
 // What the long table needs of the experiment.
@@ -282,7 +281,6 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
             vecResult[nFrame] = fitted.vecFit;
         });
     refinement.run().sayEnd(outcome);
-    refinement.run().release();
     if (!strTable.isEmpty())
         report.addMessage(strTable, Severity::Info);
     return vecResult;

@@ -25,8 +25,8 @@ struct PositionRefinementOptions {
 struct RefinedPositions {
     /// One list per frame; those done when the run was stopped or a frame could not be loaded.
     QVector<QList<Peak3D>> vecPeak;
-    /// Refused for another number of frames and for the call during a run that stops it. A run that was
-    /// stopped in its last frame has a list for each frame too.
+    /// Refused for another number of frames. A run that was stopped in its last frame has a list for each
+    /// frame too.
     RunOutcome outcome;
 };
 

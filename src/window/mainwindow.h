@@ -525,7 +525,7 @@ private:
     /// and afterwards shows the frame that was asked for meanwhile.
     /// @param pButton  null for a run without a button of its own
     void runWithButton(bool& bFlag, QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
-    /// The same for a run of the core that loads frames, holds m_bRunning itself and shows frames.
+    /// The same, by m_bRunning, for a run of the core that loads frames and shows them.
     /// @return false when the call stopped another run or was refused
     bool runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);
     /// Whether the call comes during a run that goes by m_bRunning, which it stops.
@@ -596,6 +596,8 @@ private:
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
     CRunGate m_gate;
+    bool m_bRunning = false;         ///< a run on known peaks or the beam goes; cleared: it shall stop
+    bool m_bHuntingRunning = false;  ///< the same of peak hunting
     CRawGroups m_rawGroups;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;

@@ -1,10 +1,10 @@
 // MainWindow: what all runs have in common, and what waits for their end.
 #include "frameview/baseimgview.h"
-#include "records/runflag.h"
 #include "records/whatwasthrown.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
 #include "window/pages/cellpage.h"
+#include "window/runflag.h"
 #include "window/tabwidget.h"
 #include "window/windowreport.h"
 

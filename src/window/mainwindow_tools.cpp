@@ -44,10 +44,10 @@ void MainWindow::createToolsMenu()
     pMenu->addSeparator();
     add(pMenu, actions.m_pStopRun, [this] {
         if (isPumping())
-            m_dataSet.m_bRunning = m_dataSet.m_bHuntingRunning = false;
+            m_bRunning = m_bHuntingRunning = false;
     });
     connect(pMenu, &QMenu::aboutToShow, this, [this] {
-        m_pActions->setInForce(m_pActions->m_pStopRun, m_dataSet.m_bRunning || m_dataSet.m_bHuntingRunning);
+        m_pActions->setInForce(m_pActions->m_pStopRun, m_bRunning || m_bHuntingRunning);
         m_pActions->setInForce(m_pActions->m_pExportPeaks, !m_pView3DCurrent.isNull());
     });
 }

@@ -14,24 +14,21 @@
 #include <QPushButton>
 
 #include <algorithm>
-#include <utility>
 
 namespace tessera {
 
 void MainWindow::runUnitCellRefinement()
 {
-    bool& bRunning = m_dataSet.m_bRunning;
-    runWithButton(bRunning, nullptr, [&](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
             return;
         const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
-            // That run holds the flag itself.
-            if (!std::exchange(bRunning, false))
+            if (!m_bRunning)
                 return QVector<QList<Peak3D>>();
             clearFrameMarks();
             const RefinedPositions refined = tessera::refinePeakPosition(m_dataSet, vecPeak, report,
                                                                          positionOptions(report));
-            bRunning = refined.outcome.end == RunEnd::Finished;
+            m_bRunning = refined.outcome.finished();
             return refined.vecPeak;
         };
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
@@ -44,7 +41,7 @@ void MainWindow::refineDirectBeamPosition()
 {
     if (stopsRun() || !holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame))
         return;
-    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
                                     m_dataSet.m_dfPixelSize};
         // copies: the data set may change under the run through waiting events
@@ -68,7 +65,7 @@ void MainWindow::refineDirectBeamPosition()
 
 void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& fnRun)
 {
-    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         const bool bCell = cellInForce(m_dataSet).has_value();  // without one the run says so
         if (bCell && m_dataSet.m_listReflectionIndexed.isEmpty())
             report.addMessage(

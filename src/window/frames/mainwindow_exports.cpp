@@ -141,7 +141,7 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
                                                                 m_strWorkingDir);
     if (strFolder.isEmpty())
         return;
-    runWithButton(m_dataSet.m_bRunning, nullptr, [&](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         clearFrameMarks();
         const RunOutcome outcome = tessera::exportSummedFrames(m_dataSet, strFolder, report,
                                                                [this](int) { refreshImageView(); });

@@ -25,12 +25,9 @@ const int g_nCrossSize = 5;
 
 void MainWindow::runPeakHunting()
 {
-    runWithButton(m_dataSet.m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
+    runWithButton(m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
         clearFrameMarks();
         PeakHuntingOptions options;
-        options.bStopAsked = !m_dataSet.m_bHuntingRunning;  // a second click came before the first frame
-        // The run sets the flag itself, and takes one that stands already for a second click.
-        m_dataSet.m_bHuntingRunning = false;
         options.nJobs = QThread::idealThreadCount();
         options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
             if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {

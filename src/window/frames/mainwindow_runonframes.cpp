@@ -1,4 +1,4 @@
-// MainWindow: what the runs that load frame after frame and hold m_bRunning have in common.
+// MainWindow: what the runs that load frame after frame and go by m_bRunning have in common.
 #include "window/mainwindow.h"
 
 #include "records/runreport.h"
@@ -13,10 +13,9 @@ namespace tessera {
 bool MainWindow::runOnFrames(QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun)
 {
     bool bBegun = false;
-    runWithButton(m_dataSet.m_bRunning, pButton, [&](CRunReport& report) {
+    runWithButton(m_bRunning, pButton, [&](CRunReport& report) {
         bBegun = true;
-        // The run sets the flag itself, and takes one that stands already for a second click.
-        if (!std::exchange(m_dataSet.m_bRunning, false)) {
+        if (!m_bRunning) {  // a second click, as soon as the button said "Stop"
             report.addMessage(tr("%1>The run was stopped before its first frame.").arg(currentTimeStamp()),
                               Severity::Error);
             return;
@@ -29,7 +28,7 @@ bool MainWindow::runOnFrames(QPushButton* pButton, const std::function<void(CRun
 
 bool MainWindow::stopsRun()
 {
-    return isPumping() && std::exchange(m_dataSet.m_bRunning, false);
+    return isPumping() && std::exchange(m_bRunning, false);
 }
 
 }  // namespace tessera

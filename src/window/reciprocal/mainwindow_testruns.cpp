@@ -27,7 +27,7 @@ static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 
 void MainWindow::testRotationAxis()
 {
-    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         if (!holdsShownPeaks(m_dataSet, report))
             return;
         const BeamCentres centres = beamCentres(m_dataSet);
@@ -54,7 +54,7 @@ void MainWindow::refineCubicUnitCell()
 /// On the indexed peaks of the frame in view.
 void MainWindow::testStreching()
 {
-    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         const QList<Peak3D> listPeak = m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1);
         if (m_dataSet.m_strProjectDir.isEmpty())
             report.addMessage(tr("No data set is open, so no result file is written."), Severity::Error);
@@ -70,7 +70,7 @@ void MainWindow::testStreching()
 /// On the peaks of the frame in view that are shown.
 void MainWindow::test2DIndexing()
 {
-    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         if (!holdsShownPeaks(m_dataSet, report))
             return;
         const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
@@ -82,7 +82,7 @@ void MainWindow::test2DIndexing()
 
 void MainWindow::testIndexing()
 {
-    runWithButton(m_dataSet.m_bRunning, nullptr, [this](CRunReport& report) {
+    runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         QList<Peak3D> listPeak;
         if (tessera::testIndexing(cellInForce(m_dataSet), listPeak, report))
             showReflectionList(listPeak);
