@@ -65,6 +65,26 @@ QVector<QVector<QList<int>>> groupZeroAlone(const QList<QList<Peak3D>>& listPeak
     return vecPeakGroup;
 }
 
+void setFlag(std::vector<char>& vecFlag, int nID)
+{
+    if (nID < 0)
+        return;
+    if (size_t(nID) >= vecFlag.size())
+        vecFlag.resize(size_t(nID) + 1, 0);
+    vecFlag[size_t(nID)] = 1;
+}
+
+/// Calls fnPeak for each peak that the masks put into the group; without masks all are in group 0.
+template <class FnPeak>
+void forPeaksOfGroup(const DataSet& dataSet, int nGroup, const FnPeak& fnPeak)
+{
+    const bool bMasks = masksHold(dataSet);
+    for (int f = 0; f < dataSet.m_listPeakFrame.size(); ++f)
+        for (int i = 0; i < dataSet.m_listPeakFrame[f].size(); ++i)
+            if (bMasks ? dataSet.m_vecPeakGroup[f][i].contains(nGroup) : nGroup == 0)
+                fnPeak(dataSet.m_listPeakFrame[f][i]);
+}
+
 /// The new number of each group of a view that loses some; -1: gone.
 QVector<int> numbersAfterRemoval(int nGroups, const QList<int>& listRemoved)
 {
@@ -133,17 +153,33 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet)
 
 std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup)
 {
-    const bool bMasks = masksHold(dataSet);
     std::vector<char> vecFlag;
-    for (int f = 0; f < dataSet.m_listPeakFrame.size(); ++f)
-        for (int i = 0; i < dataSet.m_listPeakFrame[f].size(); ++i) {
-            const int nID = dataSet.m_listPeakFrame[f][i].nID;
-            if (nID < 0 || !(bMasks ? dataSet.m_vecPeakGroup[f][i].contains(nGroup) : nGroup == 0))
-                continue;
-            if (size_t(nID) >= vecFlag.size())
-                vecFlag.resize(size_t(nID) + 1, 0);
-            vecFlag[size_t(nID)] = 1;
-        }
+    forPeaksOfGroup(dataSet, nGroup, [&](const Peak3D& peak) { setFlag(vecFlag, peak.nID); });
+    return vecFlag;
+}
+
+std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup, const QList<Peak3D>& listViewPoint,
+                                   const QList<int>& listGroupPoint, const MappingParameters& limits)
+{
+    std::vector<char> vecFlag = flagsOfPoints(listViewPoint, listGroupPoint);
+    std::vector<char> vecShown;
+    for (const Peak3D& peak : listViewPoint)
+        if (peak.nFrame >= 0)
+            setFlag(vecShown, peak.nID);
+    forPeaksOfGroup(dataSet, nGroup, [&](const Peak3D& peak) {
+        const bool bShown = peak.nID >= 0 && size_t(peak.nID) < vecShown.size() && vecShown[size_t(peak.nID)];
+        if (!bShown && !liesWithinLimits(peak, limits))
+            setFlag(vecFlag, peak.nID);
+    });
+    return vecFlag;
+}
+
+std::vector<char> flagsOfPoints(const QList<Peak3D>& listViewPoint, const QList<int>& listPoint)
+{
+    std::vector<char> vecFlag;
+    for (int nPoint : listPoint)
+        if (listViewPoint[nPoint].nFrame >= 0)
+            setFlag(vecFlag, listViewPoint[nPoint].nID);
     return vecFlag;
 }
 

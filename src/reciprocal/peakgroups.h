@@ -29,6 +29,18 @@ RestoredPointGroups restorePointGroups(const DataSet& dataSet);
 /// restorePointGroups(). Masks that don't fit the peaks are none.
 std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup);
 
+/// The same under a raw view that shows the peaks: what it shows is where the view has it, and of the others
+/// those that the limits hide are where the masks have them, so that a merge can tell how many it leaves out.
+///
+/// @param listViewPoint   the points of the raw view
+/// @param listGroupPoint  the group's indices into them
+std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup, const QList<Peak3D>& listViewPoint,
+                                   const QList<int>& listGroupPoint, const MappingParameters& limits);
+
+/// One flag per nID of the points that are peaks of a frame, as those of a list loaded for a look need not
+/// be.
+std::vector<char> flagsOfPoints(const QList<Peak3D>& listViewPoint, const QList<int>& listPoint);
+
 /// What of it lies within the limits. Groups that have no other peaks are left without any.
 RestoredPointGroups withinLimits(const RestoredPointGroups& restored, const MappingParameters& parameters);
 

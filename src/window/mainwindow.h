@@ -494,7 +494,6 @@ private:
     void showIndexing(const IndexingResult& result);
     /// Makes a list of reflections that is no result of merging the merged list, and shows it.
     void showReflectionList(const QList<Peak3D>& listPeak);
-    std::vector<char> groupFlags(int nGroup) const;
     void changeHiddenGroups(const ED3DWidget* pView, const std::function<void()>& fnChange);
     /// A row per point group of the view: label, count, colour and, in the panel's table, whether it is
     /// shown.

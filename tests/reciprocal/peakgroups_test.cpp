@@ -2,6 +2,7 @@
 #include "reciprocal/peakgroups.h"
 
 #include "dataset/peaklistfile.h"
+#include "reciprocal/mapping.h"
 #include "tests/printtexts.h"
 #include "tests/reciprocal/testpeaks.h"
 #include "tests/recordingreport.h"
@@ -127,6 +128,26 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
     DataSet saved = readList("1 0 0 10.0 20.0 100.0\n2 2 0 11.0 20.0 5.0\n");
     closeGapsOfGroups(saved, restorePointGroups(saved));
     EXPECT_EQ(saved.m_vecPeakGroup[2], QVector<QList<int>>{{0}}) << "not left out when the list is saved";
+}
+
+TEST(PeakGroups, UnderAViewTheMasksTellOfHiddenPeaksAlone)
+{
+    DataSet data = readList(g_achList);
+    for (QList<Peak3D>& listPeak : data.m_listPeakFrame)
+        for (Peak3D& peak : listPeak)
+            peak.dfIPoint = peak.nID == 2 || peak.nID == 3 ? 1 : 100;  // the limits hide 2 and 3
+    MappingParameters limits;
+    limits.m_dfIntensityMin = 10;
+    QList<Peak3D> listView = filterPeaksShown(data.m_listPeakFrame, limits).m_listPeakFlat;
+    ASSERT_EQ(idsOf(listView), QList<int>({0, 1, 4}));
+    // The user has put 0 to 1 into group 0, and 4 into group 1, which the masks do not say yet.
+    EXPECT_EQ(flagsOfPeakGroup(data, 0, listView, {0, 1}, limits), (std::vector<char>{1, 1}));
+    EXPECT_EQ(flagsOfPeakGroup(data, 1, listView, {2}, limits), (std::vector<char>{0, 0, 0, 1, 1}));
+    EXPECT_EQ(flagsOfPeakGroup(data, 63, listView, {}, limits), std::vector<char>()) << "4 has left it";
+    // Points that stand on no frame, such as those of a list of reflections, are no peaks.
+    listView[0].nFrame = -1;
+    EXPECT_EQ(flagsOfPoints(listView, {0, 1}), (std::vector<char>{0, 1}));
+    EXPECT_EQ(flagsOfPoints(listView, {0}), std::vector<char>());
 }
 
 // As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine

@@ -5,8 +5,6 @@
 #include "geometry/axisline.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
-#include "reciprocal/peakgroups.h"
-#include "records/groupmask.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
 #include "window/frameview/framemarks.h"
@@ -102,7 +100,7 @@ void MainWindow::peakReduction3D()
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
-    const std::vector<char> vecFlag = groupFlags(nGroup);
+    const std::vector<char> vecFlag = m_rawGroups.flags(m_dataSet, *m_pView3DRaw, nGroup, m_mapping);
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
         report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
                           Severity::Error);
@@ -123,41 +121,6 @@ void MainWindow::peakReduction3D()
         updatePeakTable(m_dataSet.m_listPeakMerged);
     });
     m_pMergingPage->m_pButtonMerge->setEnabled(true);
-}
-
-/// One flag per nID of the peaks: whether it is a point of the raw view's group `nGroup`, or would be if the
-/// limits did not hide it. The merge leaves those out and tells how many they are.
-std::vector<char> MainWindow::groupFlags(int nGroup) const
-{
-    const QList<Peak3D>& listPoint = m_pView3DRaw->points();
-    std::vector<char> vecFlag, vecShown;
-    const auto setFlag = [](std::vector<char>& vec, const Peak3D& peak) {
-        if (peak.nFrame < 0 || peak.nID < 0)
-            return;  // a point of a list that was only loaded for a look, and no peak
-        if (peak.nID >= int(vec.size()))
-            vec.resize(std::size_t(peak.nID) + 1, 0);
-        vec[std::size_t(peak.nID)] = 1;
-    };
-    for (int nPoint : m_pView3DRaw->groupPoints().value(nGroup))
-        setFlag(vecFlag, listPoint[nPoint]);
-    if (!m_rawGroups.holdsPeaks())
-        return vecFlag;
-    for (const Peak3D& peak : listPoint)
-        setFlag(vecShown, peak);
-    const QList<QList<Peak3D>>& listPeakFrame = m_dataSet.m_listPeakFrame;
-    const bool bGroups = groupsMatchPeaks(m_dataSet.m_vecPeakGroup, listPeakFrame);
-    for (int f = 0; f < listPeakFrame.size(); ++f)
-        for (int i = 0; i < listPeakFrame[f].size(); ++i) {
-            const Peak3D& peak = listPeakFrame[f][i];
-            const bool bShown = peak.nID >= 0 && peak.nID < int(vecShown.size()) &&
-                                vecShown[std::size_t(peak.nID)];
-            if (bShown || liesWithinLimits(peak, m_mapping))
-                continue;
-            const QList<int> listGroup = bGroups ? m_dataSet.m_vecPeakGroup[f][i] : QList<int>();
-            if (listGroup.isEmpty() ? nGroup == 0 : listGroup.contains(nGroup))
-                setFlag(vecFlag, peak);
-        }
-    return vecFlag;
 }
 
 void MainWindow::showRotationAxisLine()

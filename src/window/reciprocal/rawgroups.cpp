@@ -27,6 +27,14 @@ QList<PointGroup> CRawGroups::take(const DataSet& data, const QList<Peak3D>& lis
     return listGroup;
 }
 
+std::vector<char> CRawGroups::flags(const DataSet& data, const ED3DWidget& view, int nGroup,
+                                    const MappingParameters& limits) const
+{
+    const QList<int> listPoint = view.groupPoints().value(nGroup);
+    return m_bHoldsPeaks ? flagsOfPeakGroup(data, nGroup, view.points(), listPoint, limits)
+                         : flagsOfPoints(view.points(), listPoint);
+}
+
 void CRawGroups::forget()
 {
     m_bHoldsPeaks = false;

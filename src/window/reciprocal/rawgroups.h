@@ -3,10 +3,13 @@
 
 #include "cloud/pointgroups.h"
 #include "dataset/dataset.h"
+#include "records/runparameters.h"
 
 #include <QColor>
 #include <QList>
 #include <QStringList>
+
+#include <vector>
 
 namespace tessera {
 
@@ -28,6 +31,10 @@ public:
     void keep(DataSet& data, const ED3DWidget& view);
     /// The kept groups for some or all of the peaks, which are kept no longer; empty when there are none.
     QList<PointGroup> take(const DataSet& data, const QList<Peak3D>& listPeak);
+    /// One flag per nID of the peaks: whether it is a point of the view's group `nGroup`, or would be if the
+    /// limits did not hide it. Empty where no point of the group is a peak.
+    std::vector<char> flags(const DataSet& data, const ED3DWidget& view, int nGroup,
+                            const MappingParameters& limits) const;
     /// The peaks of the data set are others now: groups of the former ones go with them.
     void forget();
 
