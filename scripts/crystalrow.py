@@ -1,38 +1,70 @@
-"""One row of the table of crystals: what was found, against the truth."""
+"""One row of the table of crystals: what was found, against the truth. What a file does not tell is a dash."""
 import json
 import sys
+
+HEAD = """\
+                                                       from peak pairs: hunted      fitted      beside a constant
+                      found cell       refined cell     pixels           positions        background       \
+indexed  right    of all   peaks found at SNR of  hunted
+crystal     lattice   lengths  angles  lengths  angles  lengths  angles  lengths  angles  lengths  angles  \
+of all   indices  a fit    >= 5   >= 10  >= 20    true     type"""
+
+
+def read(file_name):
+    try:
+        with open(file_name, encoding="utf-8") as file:
+            value = json.load(file)
+    except (OSError, ValueError):
+        return {}
+    return value if isinstance(value, dict) else {}
+
+
+def share(value, width):
+    """A share of 1 as per cent, in a field of that width."""
+    known = isinstance(value, (int, float)) and not isinstance(value, bool)
+    return f"{100 * value:{width - 2}.1f} %" if known else f"{'-':>{width}s}"
+
+
+def errors(table, length_key="lengthErrorPercent", angle_key="angleErrorDegrees", digits=3):
+    """The largest deviations of the edges and of the angles of a cell."""
+    if not table.get(length_key) or not table.get(angle_key):
+        return f"{'-':>17s}"
+    length, angle = (max(abs(value) for value in table[key]) for key in (length_key, angle_key))
+    return f"{length:7.{digits}f} %{angle:7.{digits}f}°"
+
+
+def lattice_word(compare):
+    if not compare.get("cellRead"):
+        return "-"
+    return "right" if compare.get("latticeRight") else compare.get("relation", "-")
+
+
+def type_word(bravais):
+    """The true type where it was proposed; what was proposed in its place, with + if it was a candidate."""
+    if "right" not in bravais:
+        return "-"
+    true, proposed = (bravais.get(key, {}).get("symbol") or "?" for key in ("true", "proposed"))
+    if bravais["right"]:
+        return f"{true} right"
+    return f"{proposed}, is {true}" + (" +" if bravais.get("amongCandidates") else "")
 
 
 def main():
     name, summary_file, compare_file = sys.argv[1:4]
-    with open(summary_file, encoding="utf-8") as file:
-        summary = json.load(file)
-    with open(compare_file, encoding="utf-8") as file:
-        compare = json.load(file)
-
-    def largest(key):
-        return max((abs(value) for value in compare.get(key, [])), default=float("nan"))
-
-    def pairs(key):
-        errors = compare.get("peakPairs", {}).get(key)
-        if not errors:
-            return f"{'-':>17s}"
-        length, angle = (max(abs(value) for value in errors[one])
-                         for one in ("lengthErrorPercent", "angleErrorDegrees"))
-        return f"{length:7.3f} %{angle:7.3f}°"
-
+    summary, compare = read(summary_file), read(compare_file)
+    found = [row.get("share") for row in compare.get("found", [])]
+    pairs = compare.get("peakPairs", {})
     if name == "silicon":  # the first of the list
-        print(f"{'':54s}from peak pairs: hunted      fitted      beside a constant")
-        print("                     found cell       refined cell     pixels           positions        "
-              "background       indexed  right    peaks found at SNR of")
-        print("crystal     lattice  lengths  angles  lengths  angles  " + "lengths  angles  " * 3 +
-              "of all   indices  >= 5   >= 10  >= 20")
-    print(f"{name:11s} {'right' if compare['latticeRight'] else compare['relation']:8s}"
-          f"{largest('lengthErrorPercent'):6.2f} %{largest('angleErrorDegrees'):7.2f}°"
-          f"{largest('refinedLengthErrorPercent'):7.3f} %{largest('refinedAngleErrorDegrees'):7.3f}°"
-          + "".join(pairs(key) for key in ("wholePixels", "subPixels", "subPixelsConstant")) +
-          f"{100 * summary.get('indexedShare', 0):7.1f} %{100 * compare['rightShare']:8.1f} %"
-          + "".join(f"{100 * row['share']:5.1f} %" for row in compare["found"]), flush=True)
+        print(HEAD)
+    has_cell = compare.get("relation", "none") != "none"
+    print(f"{name:11s} {lattice_word(compare):9s}" + errors(compare if has_cell else {}, digits=2) +
+          errors(compare if compare.get("refined") else {}, "refinedLengthErrorPercent",
+                 "refinedAngleErrorDegrees") +
+          "".join(errors(pairs.get(key, {})) for key in ("wholePixels", "subPixels", "subPixelsConstant")) +
+          share(summary.get("indexedShare"), 9) + share(compare.get("rightShare"), 10) +
+          share(summary.get("fitShare"), 10) +
+          "".join(share(value, 8) for value in (found + [None] * 3)[:3]) +
+          share(compare.get("precision"), 9) + "   " + type_word(compare.get("bravais", {})), flush=True)
 
 
 main()

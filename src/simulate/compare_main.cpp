@@ -15,13 +15,17 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Compares the peak list (.pk), unit cell (.uc) and indexed peaks (.ipf) of a simulated series "
-        "with its truth.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable "
+        "with its truth.\nOf two crystals on the frames the cell may be of either, and the indices are told "
+        "for "
+        "each.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable "
         "files."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
-    parser.addOption({QStringLiteral("summary"),
-                      QStringLiteral("The --json file of tessera-batch: compares its refined cell too."),
-                      QStringLiteral("file")});
+    parser.addOption(
+        {QStringLiteral("summary"),
+         QStringLiteral("The --json file of tessera-batch: compares its refined cell, system and "
+                        "centring too."),
+         QStringLiteral("file")});
     parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));
     parser.addPositionalArgument(QStringLiteral("BASE"),
                                  QStringLiteral("folder and base name of the results, no extension"));

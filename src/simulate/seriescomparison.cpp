@@ -9,32 +9,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <set>
 
 namespace tessera {
 
 namespace {
-// The matrix with whole elements, and how far the given one lies from it.
-Matrix3 roundedMatrix(const Matrix3& mat, double& dfMisfit)
-{
-    Matrix3 result = mat;
-    dfMisfit = 0;
-    for (Vector3& row : result)
-        for (double& df : row) {
-            const double dfWhole = std::round(df);
-            dfMisfit = std::max(dfMisfit, std::abs(df - dfWhole));
-            df = dfWhole;
-        }
-    return result;
-}
-
-bool isPrimitiveVector(const Vector3& vec)
-{
-    return std::gcd(std::gcd(int(vec[0]), int(vec[1])), int(vec[2])) == 1;
-}
-
-constexpr double g_dfLargestMisfit = 0.2;
-
 // Sorted by frame, the spots or peaks of each.
 template <typename T>
 std::vector<std::vector<T>> byFrame(const std::vector<T>& list, int nFrames)
@@ -53,14 +32,120 @@ bool isWithin(const T& item, double dfX, double dfY, double dfRadius)
 }
 
 // Where spots lie on top of each other a peak stands for the strongest, not for a faint one that
-// happens to be nearer.
-const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, double dfY, double dfRadius)
+// happens to be nearer. Of one lattice or, below 0, of all.
+const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, double dfY, double dfRadius,
+                               int nLattice = -1)
 {
     const TruthSpot* pBest = nullptr;
     for (const TruthSpot& spot : list)
-        if (isWithin(spot, dfX, dfY, dfRadius) && (!pBest || spot.dfCounts > pBest->dfCounts))
+        if ((nLattice < 0 || spot.nLattice == nLattice) && isWithin(spot, dfX, dfY, dfRadius) &&
+            (!pBest || spot.dfCounts > pBest->dfCounts))
             pBest = &spot;
     return pBest;
+}
+
+// Right before wrong, some relation before none, then what fits closer.
+bool isBetter(const LatticeMatch& a, const LatticeMatch& b)
+{
+    const auto rank = [](const LatticeMatch& match) {
+        return match.isRight() ? 0 : match.relation != LatticeMatch::None ? 1 : 2;
+    };
+    return rank(a) != rank(b) ? rank(a) < rank(b) : a.dfMisfit < b.dfMisfit;
+}
+
+bool hasIndices(const ReadPeak& peak, const LatticeMatch& match, const TruthSpot& spot)
+{
+    const Vector3 vec = Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} * match.matToTrue;
+    return match.relation != LatticeMatch::None &&
+           lengthOf(vec - Vector3{double(spot.nH), double(spot.nK), double(spot.nL)}) < 1e-6;
+}
+
+// Where spots of two crystals lie on each other, the indices of either are right.
+void judgeIndexed(const std::vector<std::vector<TruthSpot>>& listSpot,
+                  const std::vector<ReadPeak>& listIndexed, SeriesComparison& comparison)
+{
+    for (const ReadPeak& peak : listIndexed) {
+        const bool bFrame = peak.nFrame >= 0 && peak.nFrame < int(listSpot.size());
+        const TruthSpot* pSpot = nullptr;
+        bool bRight = false;
+        for (size_t n = 0; bFrame && n < comparison.listLattice.size(); ++n) {
+            const TruthSpot* pOwn = strongestSpot(listSpot[size_t(peak.nFrame)], peak.dfX, peak.dfY,
+                                                  comparison.dfRadius, int(n));
+            const bool bOwnRight = pOwn && hasIndices(peak, comparison.listLattice[n].match, *pOwn);
+            if (pOwn && !bRight && (bOwnRight || !pSpot || pOwn->dfCounts > pSpot->dfCounts)) {
+                pSpot = pOwn;
+            }
+            bRight = bRight || bOwnRight;
+        }
+        if (!pSpot) {
+            ++comparison.nIndexedStray;
+            continue;
+        }
+        ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
+        LatticeShare& share = comparison.listLattice[size_t(pSpot->nLattice)];
+        ++share.nIndexed;
+        share.nRight += bRight;
+    }
+}
+
+// The hunted peaks: at the beam, at a spot, or at nothing.
+void judgeHunted(const SimulatedSeries& truth, const std::vector<std::vector<TruthSpot>>& listSpot,
+                 const std::vector<std::vector<ReadPeak>>& listPeak, SeriesComparison& comparison)
+{
+    const SimulationParameters& p = truth.parameters;
+    const double dfDisc = 3.14159265358979323846 * comparison.dfRadius * comparison.dfRadius;
+    double dfChance = 0;
+    for (size_t n = 0; n < listPeak.size(); ++n) {
+        std::set<const TruthSpot*> setHit;
+        const std::array<double, 2> shift = n < truth.listShift.size() ? truth.listShift[n]
+                                                                       : std::array<double, 2>{};
+        int nFrame = 0;
+        for (const ReadPeak& peak : listPeak[n]) {
+            const TruthSpot* pSpot = strongestSpot(listSpot[n], peak.dfX, peak.dfY, comparison.dfRadius);
+            if (!pSpot &&
+                isWithin(peak, p.dfCenterX + shift[0], p.dfCenterY + shift[1], comparison.dfRadius)) {
+                ++comparison.nPeaksAtBeam;
+                continue;
+            }
+            ++nFrame;
+            if (!pSpot) {
+                continue;
+            }
+            ++comparison.nPeaksTrue;
+            ++comparison.listLattice[size_t(pSpot->nLattice)].nHunted;
+            comparison.nPeaksRepeated += !setHit.insert(pSpot).second;
+        }
+        // Discs at random overlap, so the share of the frame that they leave falls by the exponential.
+        dfChance += nFrame *
+                    (1 - std::exp(-double(listSpot[n].size()) * dfDisc / (double(p.nSize) * p.nSize)));
+    }
+    const int nJudged = comparison.nPeaks - comparison.nPeaksAtBeam;
+    comparison.dfChance = nJudged > 0 ? dfChance / nJudged : 0;
+}
+
+// The truth spots that have a peak.
+void countFound(const std::vector<std::vector<TruthSpot>>& listSpot,
+                const std::vector<std::vector<ReadPeak>>& listPeak, SeriesComparison& comparison)
+{
+    for (size_t n = 0; n < listSpot.size(); ++n) {
+        for (const TruthSpot& spot : listSpot[n]) {
+            const bool bFound = std::any_of(
+                listPeak[n].begin(), listPeak[n].end(), [&](const ReadPeak& peak) {
+                    return isWithin(peak, spot.dfX, spot.dfY, comparison.dfRadius);
+                });
+            for (size_t i = 0; i < 3; ++i) {
+                if (spot.dfSignalToNoise >= comparison.adfRatio[i]) {
+                    ++comparison.anSpots[i];
+                    comparison.anFound[i] += bFound;
+                }
+            }
+            if (spot.dfSignalToNoise >= comparison.adfRatio[0]) {
+                LatticeShare& share = comparison.listLattice[size_t(spot.nLattice)];
+                ++share.nSpots;
+                share.nFound += bFound;
+            }
+        }
+    }
 }
 
 // Rows of blank-separated words without comments; false when the file does not open.
@@ -98,22 +183,6 @@ bool readCell(const QString& strFileName, Matrix3& mat)
     return true;
 }
 
-QString relationText(LatticeMatch::Relation relation)
-{
-    switch (relation) {
-        case LatticeMatch::Same:
-            return QStringLiteral("same");
-        case LatticeMatch::Centred:
-            return QStringLiteral("centred");
-        case LatticeMatch::Supercell:
-            return QStringLiteral("supercell");
-        case LatticeMatch::Subcell:
-            return QStringLiteral("subcell");
-        default:
-            return QStringLiteral("none");
-    }
-}
-
 QJsonObject readSummary(const QString& strSummary)
 {
     QFile file(strSummary);
@@ -133,99 +202,33 @@ bool readRefinedCell(const QJsonValue& value, std::array<double, 6>& adfCell)
 
 }  // namespace
 
-LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const Matrix3& matPrimitive)
+double matchRadius(const SimulatedSeries& truth)
 {
-    LatticeMatch match;
-    const Matrix3 matTruePrimitive = matPrimitive * matTrue;
-    if (!(std::abs(determinantOf(matFound)) > 1e-9))
-        return match;
-    // Found basis on the primitive one: whole numbers when it holds lattice points only.
-    const Matrix3 matRatio = matFound * inverseOf(matTruePrimitive);
-    double dfMisfit = 0;
-    const Matrix3 matWhole = roundedMatrix(matRatio, dfMisfit);
-    const int nWhole = int(std::lround(std::abs(determinantOf(matWhole))));
-    Matrix3 matFoundOnPrimitive;  // exact
-    if (dfMisfit < g_dfLargestMisfit && nWhole >= 1) {
-        match.relation = nWhole == 1 ? LatticeMatch::Same : LatticeMatch::Subcell;
-        match.nIndex = nWhole;
-        match.dfMisfit = dfMisfit;
-        matFoundOnPrimitive = matWhole;
-    } else {
-        // The other way round: every true point has whole indices on the found basis.
-        const Matrix3 matBack = roundedMatrix(inverseOf(matRatio), dfMisfit);
-        const int nBack = int(std::lround(std::abs(determinantOf(matBack))));
-        if (!(dfMisfit < g_dfLargestMisfit) || nBack < 2)
-            return match;
-        // The rows of its transpose are the found direct axes on the true primitive direct cell.
-        const Matrix3 matDirect = transposed(matBack);
-        const bool bTrueAxes = std::all_of(matDirect.begin(), matDirect.end(), isPrimitiveVector);
-        match.relation = bTrueAxes && nBack <= 4 ? LatticeMatch::Centred : LatticeMatch::Supercell;
-        match.nIndex = nBack;
-        match.dfMisfit = dfMisfit;
-        matFoundOnPrimitive = inverseOf(matBack);
-    }
-    match.matToTrue = matFoundOnPrimitive * matPrimitive;
-    match.adfCell = cellOfReciprocalBasis(inverseOf(match.matToTrue) * matFound);
-    match.adfTrueCell = cellOfReciprocalBasis(matTrue);
-    match.errors = errorsOfCell(cellOfReciprocalBasis(matFound), match, matTrue);
-    return match;
-}
-
-CellErrors errorsOfCell(const std::array<double, 6>& adfCell, const LatticeMatch& match,
-                        const Matrix3& matTrue)
-{
-    const std::array<double, 6> adfBrought = cellOfReciprocalBasis(inverseOf(match.matToTrue) *
-                                                                   reciprocalBasisOfCell(adfCell));
-    const std::array<double, 6> adfTrue = cellOfReciprocalBasis(matTrue);
-    CellErrors errors;
-    for (int i = 0; i < 3; ++i) {
-        errors.adfLength[i] = 100 * (adfBrought[i] / adfTrue[i] - 1);
-        errors.adfAngle[i] = adfBrought[3 + i] - adfTrue[3 + i];
-    }
-    return errors;
+    return std::max(3.0, 2 * truth.parameters.dfSpotSigma);
 }
 
 SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vector<ReadPeak>& listPeak,
-                                  const std::vector<ReadPeak>& listIndexed, const Matrix3* pmatFound,
-                                  double dfRadius)
+                                  const std::vector<ReadPeak>& listIndexed, const Matrix3* pmatFound)
 {
     SeriesComparison comparison;
     const int nFrames = truth.parameters.nFrames;
     const auto listSpot = byFrame(truth.listSpot, nFrames);
-    const auto listPeakFrame = byFrame(listPeak, nFrames);
+    comparison.dfRadius = matchRadius(truth);
     comparison.nPeaks = int(listPeak.size());
     comparison.nIndexed = int(listIndexed.size());
     comparison.bCellRead = pmatFound != nullptr;
-    if (pmatFound)
-        comparison.lattice = matchLattice(*pmatFound, truth.matBasis, truth.matPrimitive);
-
-    for (const ReadPeak& peak : listIndexed) {
-        const TruthSpot* pSpot = peak.nFrame >= 0 && peak.nFrame < nFrames
-                                     ? strongestSpot(listSpot[peak.nFrame], peak.dfX, peak.dfY, dfRadius)
-                                     : nullptr;
-        if (!pSpot) {
-            ++comparison.nIndexedStray;
-            continue;
+    comparison.listLattice.resize(size_t(truth.latticeCount()));
+    for (int n = 0; pmatFound && n < truth.latticeCount(); ++n) {
+        LatticeMatch& match = comparison.listLattice[size_t(n)].match;
+        match = matchLattice(*pmatFound, truth.basis(n), truth.matPrimitive);
+        if (n == 0 || isBetter(match, comparison.lattice)) {
+            comparison.lattice = match;
+            comparison.nFoundLattice = n;
         }
-        const Vector3 vec = Vector3{double(peak.nH), double(peak.nK), double(peak.nL)} *
-                            comparison.lattice.matToTrue;
-        const bool bRight = comparison.lattice.relation != LatticeMatch::None &&
-                            lengthOf(vec - Vector3{double(pSpot->nH), double(pSpot->nK), double(pSpot->nL)}) <
-                                1e-6;
-        ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
     }
-
-    for (int n = 0; n < nFrames; ++n)
-        for (const TruthSpot& spot : listSpot[n]) {
-            const bool bFound = std::any_of(
-                listPeakFrame[n].begin(), listPeakFrame[n].end(),
-                [&](const ReadPeak& peak) { return isWithin(peak, spot.dfX, spot.dfY, dfRadius); });
-            for (int i = 0; i < 3; ++i)
-                if (spot.dfSignalToNoise >= comparison.adfRatio[i]) {
-                    ++comparison.anSpots[i];
-                    comparison.anFound[i] += bFound;
-                }
-        }
+    judgeIndexed(listSpot, listIndexed, comparison);
+    judgeHunted(truth, listSpot, byFrame(listPeak, nFrames), comparison);
+    countFound(listSpot, byFrame(listPeak, nFrames), comparison);
     return comparison;
 }
 
@@ -253,111 +256,23 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
     Matrix3 matFound{};
     const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
     comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
+    const QJsonObject summary = readSummary(strSummary);
+    const Matrix3& matTrue = truth.basis(comparison.nFoundLattice);
+    comparison.proposal = judgeProposal(summary[QStringLiteral("lattice")].toObject(),
+                                        bCell ? &matFound : nullptr, matTrue, truth.matPrimitive,
+                                        trueBravaisType(truth));
     std::array<double, 6> adfRefined;
     if (comparison.lattice.relation == LatticeMatch::None)
         return true;
-    const QJsonObject summary = readSummary(strSummary);
     if (readRefinedCell(summary[QStringLiteral("refined")], adfRefined)) {
         comparison.bRefined = true;
-        comparison.refined = errorsOfCell(adfRefined, comparison.lattice, truth.matBasis);
+        comparison.refined = errorsOfCell(adfRefined, comparison.lattice, matTrue);
     }
     const QJsonObject pairs = summary[QStringLiteral("peakPairs")].toObject();
     for (auto it = pairs.begin(); it != pairs.end(); ++it)
         if (readRefinedCell(it.value(), adfRefined))
-            comparison.mapPairs[it.key()] = errorsOfCell(adfRefined, comparison.lattice, truth.matBasis);
+            comparison.mapPairs[it.key()] = errorsOfCell(adfRefined, comparison.lattice, matTrue);
     return true;
-}
-
-QJsonObject comparisonToJson(const SeriesComparison& comparison)
-{
-    const auto array = [](const auto& list) {
-        QJsonArray result;
-        for (double df : list)
-            result.append(df);
-        return result;
-    };
-    QJsonArray arrayFound;
-    for (int i = 0; i < 3; ++i)
-        arrayFound.append(QJsonObject{{QStringLiteral("snr"), comparison.adfRatio[i]},
-                                      {QStringLiteral("spots"), comparison.anSpots[i]},
-                                      {QStringLiteral("found"), comparison.anFound[i]},
-                                      {QStringLiteral("share"), comparison.foundShare(i)}});
-    QJsonObject pairs;
-    for (const auto& [strName, errors] : comparison.mapPairs)
-        pairs[strName] = QJsonObject{{QStringLiteral("lengthErrorPercent"), array(errors.adfLength)},
-                                     {QStringLiteral("angleErrorDegrees"), array(errors.adfAngle)}};
-    const LatticeMatch& lattice = comparison.lattice;
-    return {{QStringLiteral("cellRead"), comparison.bCellRead},
-            {QStringLiteral("latticeRight"), lattice.isRight()},
-            {QStringLiteral("relation"), relationText(lattice.relation)},
-            {QStringLiteral("volumeRatio"), lattice.nIndex},
-            {QStringLiteral("misfit"), lattice.dfMisfit},
-            {QStringLiteral("cell"), array(lattice.adfCell)},
-            {QStringLiteral("lengthErrorPercent"), array(lattice.errors.adfLength)},
-            {QStringLiteral("angleErrorDegrees"), array(lattice.errors.adfAngle)},
-            {QStringLiteral("refinedLengthErrorPercent"), array(comparison.refined.adfLength)},
-            {QStringLiteral("refinedAngleErrorDegrees"), array(comparison.refined.adfAngle)},
-            {QStringLiteral("refined"), comparison.bRefined},
-            {QStringLiteral("peakPairs"), pairs},
-            {QStringLiteral("peaks"), comparison.nPeaks},
-            {QStringLiteral("indexed"), comparison.nIndexed},
-            {QStringLiteral("indexedRight"), comparison.nIndexedRight},
-            {QStringLiteral("indexedWrong"), comparison.nIndexedWrong},
-            {QStringLiteral("indexedStray"), comparison.nIndexedStray},
-            {QStringLiteral("rightShare"), comparison.rightShare()},
-            {QStringLiteral("found"), arrayFound}};
-}
-
-static QString cellText(const QString& strHead, const std::array<double, 6>& adfCell)
-{
-    QString str = strHead + QStringLiteral("   ");
-    for (size_t i = 0; i < 6; ++i)
-        str += QStringLiteral(" %1%2").arg(adfCell[i], 8, 'f', i < 3 ? 4 : 3).arg(i < 3 ? " Å" : "°");
-    return str + QLatin1Char('\n');
-}
-
-static QString errorsText(const QString& strHead, const CellErrors& errors)
-{
-    return QStringLiteral("%1  a %2 %  b %3 %  c %4 %  alpha %5°  beta %6°  gamma %7°\n")
-        .arg(strHead)
-        .arg(errors.adfLength[0], 0, 'f', 3)
-        .arg(errors.adfLength[1], 0, 'f', 3)
-        .arg(errors.adfLength[2], 0, 'f', 3)
-        .arg(errors.adfAngle[0], 0, 'f', 3)
-        .arg(errors.adfAngle[1], 0, 'f', 3)
-        .arg(errors.adfAngle[2], 0, 'f', 3);
-}
-
-QString comparisonToText(const SeriesComparison& comparison)
-{
-    const LatticeMatch& lattice = comparison.lattice;
-    QString str = QStringLiteral("lattice  %1 (%2, volume ratio %3, misfit %4)\n")
-                      .arg(lattice.isRight() ? QStringLiteral("right") : QStringLiteral("WRONG"),
-                           comparison.bCellRead ? relationText(lattice.relation) : QStringLiteral("no cell"))
-                      .arg(lattice.nIndex)
-                      .arg(lattice.dfMisfit, 0, 'f', 3);
-    if (lattice.relation != LatticeMatch::None) {
-        str += cellText(QStringLiteral("found"), lattice.adfCell);
-        str += cellText(QStringLiteral("true "), lattice.adfTrueCell);
-    }
-    str += errorsText(QStringLiteral("errors "), lattice.errors);
-    if (comparison.bRefined)
-        str += errorsText(QStringLiteral("refined"), comparison.refined);
-    for (const auto& [strName, errors] : comparison.mapPairs)
-        str += errorsText(QStringLiteral("pairs, ") + strName, errors);
-    str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
-               .arg(comparison.nIndexedRight)
-               .arg(comparison.nIndexed)
-               .arg(100 * comparison.rightShare(), 0, 'f', 2)
-               .arg(comparison.nIndexedWrong)
-               .arg(comparison.nIndexedStray);
-    for (int i = 0; i < 3; ++i)
-        str += QStringLiteral("found    %1 of %2 spots with a ratio of %3 and more (%4 %)\n")
-                   .arg(comparison.anFound[i])
-                   .arg(comparison.anSpots[i])
-                   .arg(comparison.adfRatio[i])
-                   .arg(100 * comparison.foundShare(i), 0, 'f', 2);
-    return str;
 }
 
 }  // namespace tessera

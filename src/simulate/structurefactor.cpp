@@ -82,11 +82,7 @@ int CStructureFactor::atomCount() const
 
 std::complex<double> CStructureFactor::value(int nH, int nK, int nL) const
 {
-    return value(Vector3{double(nH), double(nK), double(nL)});
-}
-
-std::complex<double> CStructureFactor::value(const Vector3& vecIndex) const
-{
+    const Vector3 vecIndex{double(nH), double(nK), double(nL)};
     const double dfS = lengthOf(vecIndex * m_matBasis) / 2;  // sin(theta)/lambda = d*/2
     std::complex<double> sum = 0;
     for (const Element& element : m_listElement) {

@@ -32,9 +32,6 @@ public:
 
     /// F in Å: the sum over the atoms of f_e(s) exp(-B s²) exp(2 pi i (hx + ky + lz)).
     std::complex<double> value(int nH, int nK, int nL) const;
-    /// The same for indices that need not be whole: the transform of one cell's content between its
-    /// reflections.
-    std::complex<double> value(const Vector3& vecIndex) const;
 
     /// All reflections with 0 < d* < dfMaxDStar whose intensity is not zero by symmetry or by
     /// chance (below 1e-9 of the strongest), ordered by h, k, l.

@@ -4,6 +4,27 @@
 
 namespace tessera {
 
+namespace {
+// |F|² of a reflection of the supercell.
+double squareF(const CStructureFactor& crystal, const Supercell& supercell, const Reflection& reflection)
+{
+    const size_t nAxis = size_t(supercell.nAxis);
+    const Vector3 vecIndex{double(reflection.nH), double(reflection.nK), double(reflection.nL)};
+    double dfSum = 0;
+    int nMean = 0;
+    for (bool bUpper : {false, true}) {
+        Vector3 vec = vecIndex;
+        vec[nAxis] = bUpper ? std::ceil(vec[nAxis] / supercell.nMultiple)
+                            : std::floor(vec[nAxis] / supercell.nMultiple);
+        if (lengthOf(vec) > 0) {
+            dfSum += std::norm(crystal.value(int(vec[0]), int(vec[1]), int(vec[2])));
+            ++nMean;
+        }
+    }
+    return (supercell.isOfAverage(reflection) ? 1 : supercell.dfOddShare) * dfSum / nMean;
+}
+}  // namespace
+
 Matrix3 supercellBasis(const Matrix3& matAverage, const Supercell& supercell)
 {
     Matrix3 mat = matAverage;
@@ -49,8 +70,7 @@ std::vector<Reflection> supercellReflections(const CStructureFactor& crystal, co
                 if (reflection.dfDStar >= dfMaxDStar || (h == 0 && k == 0 && l == 0)) {
                     continue;
                 }
-                const double dfShare = supercell.isOfAverage(reflection) ? 1 : supercell.dfOddShare;
-                reflection.dfSquareF = dfShare * std::norm(crystal.value(vecIndex));
+                reflection.dfSquareF = squareF(crystal, supercell, reflection);
                 listAll.push_back(reflection);
                 dfStrongest = std::max(dfStrongest, reflection.dfSquareF);
             }

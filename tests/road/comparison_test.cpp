@@ -94,4 +94,80 @@ TEST(SeriesComparison, CountsRightWrongStrayAndFound)
     EXPECT_EQ(compareWithTruth(series, listIndexed, listIndexed, nullptr).nIndexedRight, 0);
 }
 
+TEST(SeriesComparison, TellsHuntedPeaksAtSpotsAtTheBeamAndAtNothing)
+{
+    SimulatedSeries series;
+    series.parameters.nFrames = 2;
+    series.parameters.nSize = 200;
+    series.parameters.dfCenterX = 50;
+    series.parameters.dfCenterY = 60;
+    series.parameters.dfSpotSigma = 2;
+    series.matBasis = g_matBasis;
+    series.matPrimitive = g_matPrimitive;
+    series.listShift = {{0, 0}, {10, -5}};
+    series.listSpot = {{0, 100, 100, 1, 1, 0, 900, 25, 0}, {0, 120, 100, 5, 5, 5, 3, 0.6, 0}};
+    const std::vector<ReadPeak> listPeak = {{0, 100, 100, 0, 0, 0},    // a spot
+                                            {0, 103.9, 100, 0, 0, 0},  // once more, within two sigma
+                                            {0, 104.1, 100, 0, 0, 0},  // beyond
+                                            {0, 120, 101, 0, 0, 0},    // a faint one
+                                            {0, 50, 61, 0, 0, 0},      // the beam
+                                            {1, 60, 55, 0, 0, 0},      // the beam after its drift
+                                            {1, 50, 60, 0, 0, 0},      // where it was before
+                                            {7, 100, 100, 0, 0, 0}};   // no such frame
+    const SeriesComparison c = compareWithTruth(series, listPeak, {}, nullptr);
+    EXPECT_EQ(c.dfRadius, 4);
+    EXPECT_EQ(c.nPeaksAtBeam, 2);
+    EXPECT_EQ(c.nPeaksTrue, 3);
+    EXPECT_EQ(c.nPeaksRepeated, 1);
+    EXPECT_DOUBLE_EQ(c.precision(), 0.5);
+    EXPECT_DOUBLE_EQ(c.recall(), 1);
+    EXPECT_EQ(compareWithTruth(series, {}, {}, nullptr).precision(), 0);
+    // By chance: four of the peaks lie on the frame with two discs of 16 pi on 40000 pixels.
+    EXPECT_NEAR(c.dfChance, 4.0 / 6 * 2 * 16 * 3.14159265 / 40000, 1e-5);
+}
+
+TEST(SeriesComparison, HoldsTheCellAgainstEitherOfTwoCrystals)
+{
+    const Matrix3 matTurn = {Vector3{0.6, 0.8, 0}, Vector3{-0.8, 0.6, 0}, Vector3{0, 0, 1}};
+    SimulatedSeries series;
+    series.parameters.nFrames = 1;
+    series.parameters.dfSecondShare = 0.5;
+    series.matBasis = g_matBasis;
+    series.matSecondBasis = g_matBasis * matTurn;
+    series.matPrimitive = g_matPrimitive;
+    series.listShift = {{0, 0}};
+    series.listSpot = {{0, 100, 100, 1, 1, 0, 900, 25, 0, 0},
+                       {0, 150, 100, 2, 0, 0, 90, 12, 0, 0},
+                       {0, 100, 200, 2, 0, 0, 90, 12, 0, 1},
+                       {0, 150, 200, 1, 1, 0, 90, 7, 0, 1},
+                       {0, 151, 100, 1, 1, 0, 30, 5, 0, 1}};  // beside a stronger one of the first
+    // On the primitive basis: 110 is 1 0 0, 200 is 1 -1 0.
+    const std::vector<ReadPeak> listIndexed = {
+        {0, 100, 100, 1, 0, 0}, {0, 150, 100, 1, 0, 0}, {0, 100, 200, 1, -1, 0}, {0, 150, 201, 1, -1, 0}};
+    const std::vector<ReadPeak> listPeak(listIndexed.begin(), listIndexed.begin() + 3);
+    for (int nFound = 0; nFound < 2; ++nFound) {
+        const Matrix3 matFound = g_matPrimitive * series.basis(nFound);
+        const SeriesComparison c = compareWithTruth(series, listPeak, listIndexed, &matFound);
+        EXPECT_TRUE(c.lattice.isRight());
+        EXPECT_EQ(c.nFoundLattice, nFound);
+        ASSERT_EQ(c.listLattice.size(), 2u);
+        EXPECT_EQ(c.listLattice[size_t(nFound)].match.relation, LatticeMatch::Same);
+        EXPECT_EQ(c.listLattice[size_t(1 - nFound)].match.relation, LatticeMatch::None);
+        const LatticeShare &first = c.listLattice[0], &second = c.listLattice[1];
+        EXPECT_EQ(first.nSpots, 2);
+        EXPECT_EQ(first.nFound, 2);
+        EXPECT_EQ(second.nSpots, 3);
+        EXPECT_EQ(second.nFound, 2);
+        EXPECT_EQ(first.nHunted, 2);
+        EXPECT_EQ(second.nHunted, 1);
+        // The second row names the faint spot of the second crystal: right when that one was found.
+        EXPECT_EQ(first.nIndexed, nFound == 0 ? 2 : 1);
+        EXPECT_EQ(first.nRight, nFound == 0 ? 1 : 0);
+        EXPECT_EQ(second.nIndexed, nFound == 0 ? 2 : 3);
+        EXPECT_EQ(second.nRight, nFound == 0 ? 0 : 2);
+        EXPECT_EQ(c.nIndexedRight, nFound == 0 ? 1 : 2);
+        EXPECT_EQ(c.nIndexedWrong, nFound == 0 ? 3 : 2);
+    }
+}
+
 }  // namespace tessera
