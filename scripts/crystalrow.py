@@ -2,12 +2,17 @@
 import json
 import sys
 
-HEAD = """\
-                                                       from peak pairs: hunted      fitted      beside a constant
-                      found cell       refined cell     pixels           positions        background       \
-indexed  right    of all   peaks found at SNR of  hunted
-crystal     lattice   lengths  angles  lengths  angles  lengths  angles  lengths  angles  lengths  angles  \
-of all   indices  a fit    >= 5   >= 10  >= 20    true     type"""
+CELL = "  lengths  angles"
+
+
+def head():
+    """Three lines above the columns of the rows."""
+    return "\n".join((
+        f"{'':56s}cell from pairs of peaks at",
+        f"{'':22s}{'found cell':<17s}{'refined cell':<17s}{'hunted pixels':<17s}{'fitted places':<17s}{'on a constant':<15s}"
+        f"{'indexed':>8s}{'right':>10s}{'fit':>10s}{'recall at an SNR of':>24s}{'preci-':>10s}   Bravais",
+        f"{'crystal':11s} {'lattice':8s}{5 * CELL} {'of all':>9s}{'indices':>10s}{'share':>10s}"
+        f"{'>= 5':>8s}{'>= 10':>8s}{'>= 20':>8s}{'sion':>10s}   type"))
 
 
 def read(file_name):
@@ -55,7 +60,7 @@ def main():
     found = [row.get("share") for row in compare.get("found", [])]
     pairs = compare.get("peakPairs", {})
     if name == "silicon":  # the first of the list
-        print(HEAD)
+        print(head())
     has_cell = compare.get("relation", "none") != "none"
     print(f"{name:11s} {lattice_word(compare):9s}" + errors(compare if has_cell else {}, digits=2) +
           errors(compare if compare.get("refined") else {}, "refinedLengthErrorPercent",
@@ -64,7 +69,7 @@ def main():
           share(summary.get("indexedShare"), 9) + share(compare.get("rightShare"), 10) +
           share(summary.get("fitShare"), 10) +
           "".join(share(value, 8) for value in (found + [None] * 3)[:3]) +
-          share(compare.get("precision"), 9) + "   " + type_word(compare.get("bravais", {})), flush=True)
+          share(compare.get("precision"), 10) + "   " + type_word(compare.get("bravais", {})), flush=True)
 
 
 main()

@@ -3,6 +3,7 @@
 #include "simulate/seriescomparison.h"
 #include "simulate/supercell.h"
 #include "simulate/truthfile.h"
+#include "tests/batch/batchprogram.h"
 
 #include <gtest/gtest.h>
 #include <QTemporaryDir>
@@ -193,6 +194,35 @@ TEST(Supercell, LeavesTheAverageSpotsAndTellsTheDoubledCell)
     p.nSupercell = 5;
     EXPECT_FALSE(simulateSeries(p, bad, strError));
     EXPECT_TRUE(bad.listSpot.empty());
+}
+
+TEST(SecondLattice, OptionsThatMakeNoSenseAreRefused)
+{
+    QTemporaryDir dir;
+    const struct {
+        const char* pOptions;
+        int nStatus;
+    } aRow[] = {{"--second-turn 4", 2},
+                {"--second-lattice 0.5 --second-turn 4,q", 2},
+                {"--second-lattice -1", 2},
+                {"--supercell 5", 2},
+                {"--supercell-axis b", 2},
+                {"--odd-share 0.1", 2},
+                {"--supercell 2 --odd-share 0", 2},
+                {"--supercell 2 --supercell-axis d", 2},
+                {"--supercell 2 --supercell-axis b --second-lattice 0.5 --second-turn 4,a*", 0}};
+    for (const auto& row : aRow) {
+        QStringList listArgument{"--out", dir.path(), "--frames", "1", "--size", "64"};
+        listArgument += QString::fromLatin1(row.pOptions).split(QLatin1Char(' '));
+        const BatchOutcome outcome = runProgram("tessera-simulate", listArgument);
+        EXPECT_EQ(outcome.nStatus, row.nStatus) << row.pOptions << outcome.strText.toStdString();
+        EXPECT_EQ(QDir(dir.path()).isEmpty(), row.nStatus != 0) << row.pOptions;
+    }
+    SimulatedSeries series;
+    QString strError;
+    ASSERT_TRUE(readTruthFile(dir.filePath(QStringLiteral("series_truth.json")), series, strError));
+    EXPECT_NEAR(turnBetween(series.matBasis, series.matSecondBasis), 4, 1e-6);
+    EXPECT_NEAR(series.adfCell[1], 2 * 18.6407, 1e-9);
 }
 
 }  // namespace tessera
