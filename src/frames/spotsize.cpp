@@ -1,0 +1,281 @@
+#include "frames/spotsize.h"
+
+#include "frames/badpixels.h"
+#include "frames/median.h"
+#include "frames/seriessample.h"
+#include "frames/spotmoments.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tessera {
+
+namespace {
+
+const int g_nFramesLookedAt = 12;
+const int g_nTile = 32;             // pixels: background and noise are looked at tile by tile
+const double g_dfDeviations = 7;    // of the noise: what stands higher is a spot
+const float g_fMeasurable = 10;     // what stands even higher can be measured
+const size_t g_nMostMeasured = 40;  // spots of a frame; the strongest tell most
+const size_t g_nMostSpots = 300;    // of a frame, for their distances
+const int g_nLeastSpots = 10;       // of the series
+const size_t g_nLeastNeighbours = 30;
+const double g_dfFewOnFrame = 3;  // measured spots; with fewer the frame is looked at more coarsely
+
+struct Candidate {
+    int nX, nY;
+    float fHeight;  // over the background, in deviations of the noise
+};
+
+// Each pixel and its neighbours with the weights 1, 2, 1 both ways; bad pixels as 0. The edge stays 0.
+void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
+{
+    const int nWidth = img.Width(), nHeight = img.Height();
+    imgSmooth.Create(nWidth, nHeight);
+    imgSmooth.Clear();
+    std::vector<float> vecColumn(static_cast<size_t>(nWidth));
+    for (int y = 1; y + 1 < nHeight; ++y) {
+        const float* pf = img.Data() + qint64(y) * nWidth;
+        for (int x = 0; x < nWidth; ++x) {
+            vecColumn[size_t(x)] = pf[x - nWidth] + 2 * pf[x] + pf[x + nWidth];
+        }
+        float* pfSmooth = imgSmooth.Data() + qint64(y) * nWidth;
+        for (int x = 1; x + 1 < nWidth; ++x) {
+            const float* p = vecColumn.data() + x;
+            pfSmooth[x] = (p[-1] + 2 * p[0] + p[1]) * 0.0625f;
+        }
+    }
+}
+
+// Spread of pixels of a rectangle: of every fourth one, by rows that take turns.
+RobustSpread spreadWithin(const CImgObj<float>& img, int nLeft, int nTop, int nSide)
+{
+    std::vector<float> vec;
+    vec.reserve(size_t(nSide) * size_t(nSide) / 4 + 1);
+    const int nRight = std::min(nLeft + nSide, img.Width() - 1);
+    const int nBottom = std::min(nTop + nSide, img.Height() - 1);
+    for (int y = nTop; y < nBottom; y += 2) {
+        for (int x = nLeft + (y / 2) % 2; x < nRight; x += 2) {
+            const float f = img.Data()[qint64(y) * img.Width() + x];
+            if (isUsablePixel(f)) {
+                vec.push_back(f);
+            }
+        }
+    }
+    return robustSpread(std::move(vec));
+}
+
+bool isMaximum(const float* pf, int nWidth)
+{
+    return pf[0] > pf[-1] && pf[0] >= pf[1] && pf[0] > pf[-nWidth - 1] && pf[0] > pf[-nWidth] &&
+           pf[0] > pf[-nWidth + 1] && pf[0] >= pf[nWidth - 1] && pf[0] >= pf[nWidth] &&
+           pf[0] >= pf[nWidth + 1];
+}
+
+// Maxima of the smoothed frame far above the noise of their tile, the highest first.
+std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
+{
+    const int nWidth = imgSmooth.Width(), nHeight = imgSmooth.Height();
+    // Tiles that hold nothing, or the same everywhere, are given the noise of half the tiles.
+    std::vector<RobustSpread> vecTile;
+    std::vector<float> vecDeviation;
+    for (int nTop = 1; nTop + 1 < nHeight; nTop += g_nTile) {
+        for (int nLeft = 1; nLeft + 1 < nWidth; nLeft += g_nTile) {
+            vecTile.push_back(spreadWithin(imgSmooth, nLeft, nTop, g_nTile));
+            vecDeviation.push_back(float(vecTile.back().dfDeviation));
+        }
+    }
+    std::vector<Candidate> vecCandidate;
+    if (vecTile.empty()) {
+        return vecCandidate;
+    }
+    const double dfFloor = std::max(double(medianOf(vecDeviation)), 1e-20);
+    size_t nTile = 0;
+    for (int nTop = 1; nTop + 1 < nHeight; nTop += g_nTile) {
+        for (int nLeft = 1; nLeft + 1 < nWidth; nLeft += g_nTile, ++nTile) {
+            const double dfDeviation = std::max(vecTile[nTile].dfDeviation, dfFloor);
+            const float fLeast = float(double(vecTile[nTile].fMedian) + g_dfDeviations * dfDeviation);
+            for (int y = nTop; y < std::min(nTop + g_nTile, nHeight - 1); ++y) {
+                const float* pf = imgSmooth.Data() + qint64(y) * nWidth;
+                for (int x = nLeft; x < std::min(nLeft + g_nTile, nWidth - 1); ++x) {
+                    if (pf[x] > fLeast && isMaximum(pf + x, nWidth)) {
+                        vecCandidate.push_back(
+                            {x, y, float((double(pf[x]) - double(vecTile[nTile].fMedian)) / dfDeviation)});
+                    }
+                }
+            }
+        }
+    }
+    std::stable_sort(vecCandidate.begin(), vecCandidate.end(),
+                     [](const Candidate& a, const Candidate& b) { return a.fHeight > b.fHeight; });
+    return vecCandidate;
+}
+
+FrameSpots spotsAtOneScale(const CImgObj<float>& img)
+{
+    FrameSpots spots;
+    CImgObj<float> imgSmooth;
+    smooth(img, imgSmooth);
+    const std::vector<Candidate> vecCandidate = candidatesOf(imgSmooth);
+    std::vector<MeasuredSpot> vecMeasured;
+    for (size_t i = 0; i < std::min(vecCandidate.size(), 4 * g_nMostMeasured); ++i) {
+        if (vecCandidate[i].fHeight < g_fMeasurable) {
+            break;
+        }
+        const auto spot = measureSpot(img, vecCandidate[i].nX, vecCandidate[i].nY);
+        const bool bKnown = spot &&
+                            std::any_of(vecMeasured.begin(), vecMeasured.end(), [&](const auto& known) {
+                                return std::hypot(known.dfX - spot->dfX, known.dfY - spot->dfY) <
+                                       known.dfSigma;
+                            });
+        if (spot && !bKnown) {
+            vecMeasured.push_back(*spot);
+            spots.vecSigma.push_back(spot->dfSigma);
+        }
+        if (vecMeasured.size() == g_nMostMeasured) {
+            break;
+        }
+    }
+    for (size_t i = 0; i < std::min(vecCandidate.size(), 4 * g_nMostSpots); ++i) {
+        spots.vecSpot.emplace_back(vecCandidate[i].nX, vecCandidate[i].nY);
+    }
+    return spots;
+}
+
+// Sums of 2 × 2 pixels; without the last row or column of an odd number.
+void halve(const CImgObj<float>& img, CImgObj<float>& imgHalf)
+{
+    const int nWidth = img.Width() / 2, nHeight = img.Height() / 2;
+    imgHalf.Create(nWidth, nHeight);
+    for (int y = 0; y < nHeight; ++y) {
+        const float* pf = img.Data() + qint64(2 * y) * img.Width();
+        float* pfHalf = imgHalf.Data() + qint64(y) * nWidth;
+        for (int x = 0; x < nWidth; ++x) {
+            pfHalf[x] = pf[2 * x] + pf[2 * x + 1] + pf[2 * x + img.Width()] + pf[2 * x + 1 + img.Width()];
+        }
+    }
+}
+
+double quantile(std::vector<double> vec, double dfShare)
+{
+    const size_t n = std::min(vec.size() - 1, size_t(dfShare * double(vec.size())));
+    std::nth_element(vec.begin(), vec.begin() + std::ptrdiff_t(n), vec.end());
+    return vec[n];
+}
+
+// The spots of a frame without those that stand still: the direct beam, and pixels that always shine. They
+// lie within 3 pixels of a spot on half the other frames or more.
+FrameSpots withoutStanding(const std::vector<FrameSpots>& vecFrame, size_t nFrame)
+{
+    const double dfNear = 3;
+    FrameSpots kept;
+    for (const QPointF& ptSpot : vecFrame[nFrame].vecSpot) {
+        size_t nSeen = 0;
+        for (const FrameSpots& other : vecFrame) {
+            nSeen += std::any_of(other.vecSpot.begin(), other.vecSpot.end(),
+                                 [&](const QPointF& pt) {
+                                     return std::fabs(pt.x() - ptSpot.x()) <= dfNear &&
+                                            std::fabs(pt.y() - ptSpot.y()) <= dfNear;
+                                 })
+                         ? 1
+                         : 0;
+        }
+        if (vecFrame.size() < 4 || 2 * (nSeen - 1) < vecFrame.size() - 1) {
+            kept.vecSpot.push_back(ptSpot);
+        }
+    }
+    return kept;
+}
+
+// Distances from each spot of a frame to the nearest other one. Maxima on one spot count as one.
+void addDistances(const FrameSpots& frame, double dfSigma, std::vector<double>& vecDistance)
+{
+    const double dfOneSpot = std::max(3.0, 2.5 * dfSigma);
+    std::vector<QPointF> vecKept;
+    const auto squared = [](const QPointF& pt) { return pt.x() * pt.x() + pt.y() * pt.y(); };
+    for (const QPointF& ptSpot : frame.vecSpot) {
+        if (vecKept.size() < g_nMostSpots &&
+            std::none_of(vecKept.begin(), vecKept.end(),
+                         [&](const QPointF& pt) { return squared(pt - ptSpot) < dfOneSpot * dfOneSpot; })) {
+            vecKept.push_back(ptSpot);
+        }
+    }
+    for (size_t i = 0; i < vecKept.size() && vecKept.size() > 1; ++i) {
+        double dfLeast = HUGE_VAL;
+        for (size_t j = 0; j < vecKept.size(); ++j) {
+            dfLeast = i == j ? dfLeast : std::min(dfLeast, squared(vecKept[i] - vecKept[j]));
+        }
+        vecDistance.push_back(std::sqrt(dfLeast));
+    }
+}
+
+}  // namespace
+
+FrameSpots spotsOfFrame(const CImgObj<float>& imgFrame)
+{
+    FrameSpots spots;
+    const int nLeastSide = 16;  // a window needs that much
+    CImgObj<float> imgFormer, imgHalf;
+    const CImgObj<float>* pImg = &imgFrame;
+    for (int nScale = 1; nScale <= 4 && std::min(pImg->Width(), pImg->Height()) >= nLeastSide; nScale *= 2) {
+        FrameSpots found = spotsAtOneScale(*pImg);
+        if (nScale == 1 || found.vecSigma.size() > spots.vecSigma.size()) {
+            for (double& dfSigma : found.vecSigma) {
+                dfSigma *= nScale;
+            }
+            for (QPointF& ptSpot : found.vecSpot) {
+                ptSpot = nScale * ptSpot + QPointF(0.5, 0.5) * (nScale - 1);
+            }
+            spots = std::move(found);
+        }
+        if (double(spots.vecSigma.size()) >= g_dfFewOnFrame) {
+            break;
+        }
+        halve(*pImg, imgHalf);
+        imgFormer = std::move(imgHalf);
+        imgHalf = CImgObj<float>();
+        pImg = &imgFormer;
+    }
+    return spots;
+}
+
+std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
+{
+    SpotSize size;
+    std::vector<double> vecSigma;
+    for (const FrameSpots& frame : vecFrame) {
+        vecSigma.insert(vecSigma.end(), frame.vecSigma.begin(), frame.vecSigma.end());
+        size.nFrames += frame.vecSigma.empty() ? 0 : 1;
+    }
+    size.nSpots = int(vecSigma.size());
+    // Spots of one series are alike. Where the middle half of the widths spans a factor of 2.5, they are
+    // specks of noise and pieces of rings.
+    const double dfGreatestSpan = 2.5;
+    if (size.nSpots < g_nLeastSpots || quantile(vecSigma, 0.75) > dfGreatestSpan * quantile(vecSigma, 0.25)) {
+        return std::nullopt;
+    }
+    size.dfSigma = quantile(vecSigma, 0.5);
+    std::vector<double> vecDistance;
+    for (size_t i = 0; i < vecFrame.size(); ++i) {
+        addDistances(withoutStanding(vecFrame, i), size.dfSigma, vecDistance);
+    }
+    // One in ten distances may be shorter: spots of two layers of the lattice meet by chance.
+    const double dfByChance = 0.1;
+    size.dfClosest = vecDistance.size() >= g_nLeastNeighbours ? quantile(vecDistance, dfByChance) : 0;
+    return size;
+}
+
+bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size, int nJobs)
+{
+    std::vector<FrameSpots> vecFrame;
+    const auto makeLook = [] { return [](const CImgObj<float>& img) { return spotsOfFrame(img); }; };
+    if (!forEachSampledFrame<FrameSpots>(dataSet, g_nFramesLookedAt, nJobs, report, makeLook,
+                                         [&](FrameSpots& spots) { vecFrame.push_back(std::move(spots)); })) {
+        return false;
+    }
+    size = spotSizeOf(vecFrame);
+    return true;
+}
+
+}  // namespace tessera
