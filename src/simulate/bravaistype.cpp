@@ -62,6 +62,7 @@ int traceOf(const IntMatrix& mat)
 std::vector<IntMatrix> rotationsOf(const Matrix3& matBasis)
 {
     std::vector<IntVector> listRow;
+    listRow.reserve(27);
     for (int n = 0; n < 27; ++n) {
         listRow.push_back({n / 9 - 1, n / 3 % 3 - 1, n % 3 - 1});
     }

@@ -1,6 +1,5 @@
 #include "simulate/seriescomparison.h"
 
-#include "simulate/structurefactor.h"
 #include "simulate/truthfile.h"
 
 #include <QFile>
