@@ -177,7 +177,7 @@ TEST(LatticeSymmetry, TrueTypeIsListedAndProposedForRandomLatticesWithErrors)
     EXPECT_GT(sum.nProposed, 0.95 * sum.nCells);
     EXPECT_LT(sum.nLower, 0.02 * sum.nCells);
     // Errors of 2 % move a cell by several degrees; the limits have to let it through.
-    for (const auto& [strSymbol, tally] : tallyOfTypes(700, 0.02, {15, 15, 15})) {
+    for (const auto& [strSymbol, tally] : tallyOfTypes(280, 0.02, {15, 15, 15})) {
         EXPECT_EQ(tally.nListed, tally.nCells) << qPrintable(strSymbol);
     }
 }
@@ -303,7 +303,7 @@ TEST(LatticeSymmetry, WhatSpansNoCellHasNoSymmetry)
     }
     // Needles and plates fit many oblique axes; the list stays one of lattices.
     CLatticeMaker maker(3);
-    for (int n = 0; n < 300; ++n) {
+    for (int n = 0; n < 100; ++n) {
         const LatticeBasis basis = LatticeBasis::NullaryExpr(
             [&] { return std::pow(10, maker.uniform(-1.5, 5)) * maker.uniform(-1, 1); });
         for (const LatticeSymmetry& symmetry : latticeSymmetries(basis, {10, 100, 100})) {

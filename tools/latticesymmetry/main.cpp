@@ -1,7 +1,8 @@
 // The Bravais types of cells, for comparison with other programs. Reads lines of primitive cells with limits,
-// "a b c alpha beta gamma obliquity" (Å, °). With an argument it prints the table of the log for each; without
-// one, a line for each type: the symbol, centring, number of rotations, the obliquity, misfits of edges and
-// angles, the nine numbers of the transformation, the constrained cell; and an empty line after each cell.
+// "a b c alpha beta gamma obliquity" (Å, °). With an argument it prints the table of the log for each;
+// without one, a line for each type: the symbol, centring, number of rotations, the obliquity, misfits of
+// edges and angles, the nine numbers of the transformation, the constrained cell; and an empty line after
+// each cell.
 #include "geometry/angles.h"
 #include "lattice/symmetrytable.h"
 
