@@ -192,10 +192,7 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
                      report);
     }
     if (range.m_method == CellSearchMethod::DifferenceVectors || listPoint.empty()) {
-        if (runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report, bSave)) {
-            return {};
-        }
-        return {report.goOn() ? RunEnd::Failed : RunEnd::Stopped, report.reason()};
+        return runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report, bSave);
     }
     std::optional<LatticeCandidate> best;
     if (range.m_method == CellSearchMethod::BestOfBoth) {

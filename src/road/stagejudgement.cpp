@@ -1,5 +1,7 @@
 #include "road/stagejudgement.h"
 
+#include "road/judgement.h"
+
 #include <QStringList>
 
 #include <algorithm>
