@@ -18,10 +18,17 @@ constexpr double g_dfEnough = 0.5;       // honest share that needs no search in
 constexpr double g_dfAboutEqual = 0.95;  // of two shares
 constexpr double g_dfMuchLarger = 1.5;   // of two volumes: a supercell has at least twice that of its cell
 
-/// Passes on the progress and the wish to stop, and keeps the log to itself.
-class CQuietReport : public CRunReport {
+/// Of a search whose cell is not yet the one: passes on all but the cell in words and what failed.
+class CCandidateReport : public CRunReport {
 public:
-    explicit CQuietReport(CRunReport& report) : m_report(report) {}
+    explicit CCandidateReport(CRunReport& report) : m_report(report) {}
+
+    void addMessage(const QString& strText, Severity severity) override
+    {
+        if (severity < Severity::Warning) {
+            m_report.addMessage(strText, severity);
+        }
+    }
 
     void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool bTaskBar) override
     {
@@ -47,8 +54,8 @@ std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSele
                                                    CRunReport& report)
 {
     DataSet scratch;  // a search needs no more of a data set than a place for its cell
-    CQuietReport quiet(report);
-    runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, quiet, false);
+    CCandidateReport candidateReport(report);
+    runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport, false);
     const std::optional<ReciprocalBasis> basis = cellInForce(scratch);
     if (!basis || !latticeBasisOf(*basis).allFinite()) {
         return std::nullopt;
@@ -196,8 +203,6 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
     }
     std::optional<LatticeCandidate> best;
     if (range.m_method == CellSearchMethod::BestOfBoth) {
-        report.addMessage(QStringLiteral("%1>Searching by difference vectors...").arg(currentTimeStamp()),
-                          Severity::Milestone);
         best = candidateOfVectors(listSelection, range, dfIndexThreshold, listPoint, report);
         tellCandidate(QStringLiteral("Difference vectors"), best, report);
     }
