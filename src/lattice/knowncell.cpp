@@ -1,0 +1,265 @@
+#include "lattice/knowncell.h"
+
+#include "geometry/angles.h"
+#include "lattice/edgesearch.h"
+#include "lattice/latticeevidence.h"
+#include "lattice/latticeturn.h"
+#include "lattice/rotationfit.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+constexpr size_t g_nMostPoints = 4000;
+
+/// A trial: the rotation and scale that carry the reference basis to the points, and the edges fitted freely.
+struct Trial {
+    Eigen::Matrix3d matRotation = Eigen::Matrix3d::Identity();
+    double dfScale = 1;
+    LatticeBasis matFree = LatticeBasis::Identity();
+    int nFitting = 0;
+
+    LatticeBasis basis(const LatticeBasis& reference) const
+    {
+        return dfScale * reference * matRotation.transpose();
+    }
+};
+
+int countFitting(const LatticeBasis& basis, const LatticePoints& listPoint, size_t nStep, double dfTolerance)
+{
+    int nFitting = 0;
+    for (size_t n = 0; n < listPoint.size(); n += nStep) {
+        nFitting += distanceFromWhole(basis, listPoint[n]) < dfTolerance ? 1 : 0;
+    }
+    return nFitting;
+}
+
+/// Trials out of the edges found for two rows of the reference.
+void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int nFirst, int nSecond,
+               const std::vector<Eigen::Vector3d>& listFirst, const std::vector<Eigen::Vector3d>& listSecond,
+               double dfAngleTolerance)
+{
+    const Eigen::Vector3d first = reference.row(nFirst);
+    const Eigen::Vector3d second = reference.row(nSecond);
+    const auto angle = [](const Eigen::Vector3d& v, const Eigen::Vector3d& w) {
+        return degrees(std::atan2(v.cross(w).norm(), v.dot(w)));
+    };
+    // An edge found is off by about the same in Å whatever its length, so the longer one counts more.
+    const auto triad = [](const Eigen::Vector3d& v, const Eigen::Vector3d& w) {
+        Eigen::Matrix3d matRows;
+        matRows << v.transpose(), w.transpose(), v.cross(w).normalized().transpose();
+        return matRows;
+    };
+    const double dfAngle = angle(first, second);
+    const Eigen::Matrix3d matReference = triad(first, second);
+    for (const Eigen::Vector3d& v : listFirst) {
+        for (const Eigen::Vector3d& w : listSecond) {
+            // An edge found is one up to its sign: four pairs, of which two differ in their angle.
+            for (const double dfSign : {1.0, -1.0}) {
+                if (std::abs(angle(v, dfSign * w) - dfAngle) > dfAngleTolerance) {
+                    continue;
+                }
+                for (const double dfBoth : {1.0, -1.0}) {
+                    Trial trial;
+                    trial.matRotation = rotationBetween(matReference, triad(dfBoth * v, dfBoth * dfSign * w));
+                    trial.dfScale = (v.norm() + w.norm()) / (first.norm() + second.norm());
+                    listTrial.push_back(trial);
+                }
+            }
+        }
+    }
+}
+
+/// Lengths and angles within twice the tolerances: what the points say may differ from the cell as much as
+/// what was looked for, and the geometry adds to it.
+bool keepsCell(const LatticeBasis& basis, const LatticeBasis& reference, const KnownCellOptions& options)
+{
+    const auto aNumber = cellOf(basis).numbers();
+    const auto aKnown = cellOf(reference).numbers();
+    for (size_t n = 0; n < 3; ++n) {
+        if (!(std::abs(aNumber[n] / aKnown[n] - 1) < 2 * options.dfLengthTolerance) ||
+            !(std::abs(aNumber[n + 3] - aKnown[n + 3]) < 2 * options.dfAngleTolerance)) {
+            return false;
+        }
+    }
+    return basis.determinant() > 0;
+}
+
+/// The rotation and scale by least squares over the points that fit a basis, which gives them their indices.
+void fitRotation(Trial& trial, const LatticeBasis& basis, const LatticeBasis& reference,
+                 const LatticePoints& listPoint, const KnownCellOptions& options)
+{
+    const Eigen::Matrix3d matReciprocal = reference.inverse();
+    CRotationFit fit;
+    for (const Eigen::Vector3d& point : listPoint) {
+        const Eigen::Vector3d index = basis * point;
+        const Eigen::Vector3d whole = index.array().round();
+        if ((index - whole).cwiseAbs().maxCoeff() < options.dfTolerance) {
+            fit.add(matReciprocal * whole, point);
+        }
+    }
+    if (fit.count() >= 3) {
+        trial.matRotation = fit.rotation();
+        trial.dfScale = std::clamp(1 / fit.scale(), 1 - options.dfLengthTolerance,
+                                   1 + options.dfLengthTolerance);
+    }
+}
+
+/// Fits the edges freely, from the points nearest to the origin outwards, and the rotation to the indices
+/// that come of it: with an elliptic pattern the rotation alone would give outer points wrong indices. Where
+/// the points cannot hold the edges, they are those of the rotation.
+void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoints& listNearFirst,
+                 const KnownCellOptions& options)
+{
+    const size_t nStages = 4;
+    trial.matFree = trial.basis(reference);
+    LatticePoints listInner;
+    for (size_t nStage = 1; nStage <= nStages; ++nStage) {
+        listInner.assign(listNearFirst.begin(),
+                         listNearFirst.begin() + std::ptrdiff_t(listNearFirst.size() * nStage / nStages));
+        const LatticeBasis next = refinedBasis(trial.matFree, listInner, options.dfTolerance);
+        if (keepsCell(next, reference, options)) {
+            trial.matFree = next;
+        }
+    }
+    fitRotation(trial, trial.matFree, reference, listNearFirst, options);
+    const int nFree = countFitting(trial.matFree, listNearFirst, 1, options.dfTolerance);
+    const int nTurned = countFitting(trial.basis(reference), listNearFirst, 1, options.dfTolerance);
+    if (nTurned > nFree) {
+        trial.matFree = trial.basis(reference);
+    }
+    trial.nFitting = std::max(nFree, nTurned);
+}
+
+std::vector<Trial> trialsOf(const LatticeBasis& shortest, const LatticePoints& listNearFirst,
+                            const KnownCellOptions& options)
+{
+    std::array<std::vector<Eigen::Vector3d>, 3> aEdges;
+    for (int n = 0; n < 3; ++n) {
+        const double dfLength = shortest.row(n).norm();
+        if (n > 0 && dfLength < shortest.row(n - 1).norm() * (1 + 1e-3)) {
+            aEdges[n] = aEdges[n - 1];
+        } else {
+            aEdges[n] = findEdges(dfLength, options.dfLengthTolerance, listNearFirst);
+        }
+    }
+    std::vector<Trial> listTrial;
+    for (const auto& [nFirst, nSecond] : {std::pair(0, 1), std::pair(0, 2), std::pair(1, 2)}) {
+        addTrials(listTrial, shortest, nFirst, nSecond, aEdges[nFirst], aEdges[nSecond],
+                  options.dfAngleTolerance);
+    }
+    return listTrial;
+}
+
+/// The first so many that are not one another by the symmetry of the lattice.
+std::vector<Trial> distinctTrials(const std::vector<Trial>& listTrial, const LatticeBasis& reference,
+                                  size_t nMost)
+{
+    const double dfOff = 0.03;  // in edges: less than any turn between two trials that differ
+    std::vector<Trial> listDistinct;
+    std::vector<LatticeBasis> listReciprocal;
+    for (const Trial& trial : listTrial) {
+        const LatticeBasis basis = trial.basis(reference);
+        const bool bKnown = std::any_of(
+            listReciprocal.begin(), listReciprocal.end(), [&](const LatticeBasis& reciprocal) {
+                const Eigen::Matrix3d matChange = basis * reciprocal;
+                return (matChange - matChange.array().round().matrix()).cwiseAbs().maxCoeff() < dfOff;
+            });
+        if (!bKnown && listDistinct.size() < nMost) {
+            listDistinct.push_back(trial);
+            listReciprocal.emplace_back(basis.inverse());
+        }
+    }
+    return listDistinct;
+}
+
+std::optional<Trial> bestTrial(const LatticeBasis& shortest, const LatticePoints& listNearFirst,
+                               const KnownCellOptions& options)
+{
+    const size_t nRefined = 30;
+    const size_t nCounted = 600;  // points are enough to tell the good trials from most others
+    std::vector<Trial> listTrial = trialsOf(shortest, listNearFirst, options);
+    const size_t nStep = listNearFirst.size() / nCounted + 1;
+    for (Trial& trial : listTrial) {
+        trial.nFitting = countFitting(trial.basis(shortest), listNearFirst, nStep, options.dfTolerance);
+    }
+    const auto isBetter = [](const Trial& a, const Trial& b) { return a.nFitting > b.nFitting; };
+    std::stable_sort(listTrial.begin(), listTrial.end(), isBetter);
+    listTrial = distinctTrials(listTrial, shortest, nRefined);
+    for (Trial& trial : listTrial) {
+        refineTrial(trial, shortest, listNearFirst, options);
+    }
+    std::stable_sort(listTrial.begin(), listTrial.end(), isBetter);
+    return listTrial.empty() ? std::nullopt : std::optional(listTrial.front());
+}
+
+}  // namespace
+
+std::optional<LatticeBasis> basisOfCell(const CellParameters& cell)
+{
+    for (const double dfLength : {cell.a, cell.b, cell.c}) {
+        if (!(dfLength >= 0.5 && dfLength <= 2000)) {
+            return std::nullopt;
+        }
+    }
+    for (const double dfAngle : {cell.alpha, cell.beta, cell.gamma}) {
+        if (!(dfAngle > 1 && dfAngle < 179)) {
+            return std::nullopt;
+        }
+    }
+    const double dfCosAlpha = std::cos(radians(cell.alpha));
+    const double dfCosBeta = std::cos(radians(cell.beta));
+    const double dfCosGamma = std::cos(radians(cell.gamma));
+    const double dfSinGamma = std::sin(radians(cell.gamma));
+    const double dfY = (dfCosAlpha - dfCosBeta * dfCosGamma) / dfSinGamma;
+    const double dfSquare = 1 - dfCosBeta * dfCosBeta - dfY * dfY;
+    if (!(dfSquare > 1e-4)) {  // the three edges lie in a plane, or the angles do not go together
+        return std::nullopt;
+    }
+    LatticeBasis basis;
+    basis << cell.a, 0, 0, cell.b * dfCosGamma, cell.b * dfSinGamma, 0, cell.c * dfCosBeta, cell.c * dfY,
+        cell.c * std::sqrt(dfSquare);
+    return basis;
+}
+
+std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
+                                                    const LatticePoints& listPoint,
+                                                    const KnownCellOptions& options)
+{
+    const auto reference = basisOfCell(cell);
+    if (!reference) {
+        return std::nullopt;
+    }
+    const LatticePoints listNearFirst = thinnedNearFirst(listPoint, g_nMostPoints);
+    auto trial = bestTrial(shortestBasis(*reference), listNearFirst, options);
+    if (!trial) {
+        return std::nullopt;
+    }
+    // One lattice may have some bases that are nearly the cell, such as c and c + a of a long c.
+    KnownCellOrientation found;
+    found.matRefined = describedAs(*reference, trial->matFree, 0.1).value_or(trial->basis(*reference));
+    if (listNearFirst.size() < listPoint.size()) {
+        found.matRefined = refinedBasis(found.matRefined, listPoint, options.dfTolerance);
+    }
+    trial->matRotation = rotationBetween(*reference, found.matRefined);
+    fitRotation(*trial, found.matRefined, *reference, listNearFirst, options);
+    found.dfScale = trial->dfScale;
+    found.matRotated = *reference * trial->matRotation.transpose();
+    found.fitRotated = fitOfLattice(found.matRotated, listPoint, options.dfTolerance);
+    found.fitRefined = fitOfLattice(found.matRefined, listPoint, options.dfTolerance);
+    const auto evidence = [&](const LatticeFit& fit, const LatticeBasis& basis) {
+        return evidenceOf(fit, basis, listPoint, options.dfTolerance);
+    };
+    // A single row leaves the turn about it open; a plane fixes it.
+    if ((evidence(found.fitRotated, found.matRotated) < g_dfEvidenceOfOrientation &&
+         evidence(found.fitRefined, found.matRefined) < g_dfEvidenceOfFreeOrientation) ||
+        dimensionsOfFit(found.matRefined, listPoint, options.dfTolerance) < 2) {
+        return std::nullopt;
+    }
+    return found;
+}
+
+}  // namespace tessera
