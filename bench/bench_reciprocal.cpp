@@ -82,7 +82,7 @@ void BM_CellSearch(benchmark::State& state)
     int nVectors = 0;
     for (auto _ : state) {
         DataSet data;
-        runUnitCellHunting(data, list, CellHuntingParameters(), report, false);
+        runUnitCellHunting(data, list, CellHuntingParameters(), report);
         benchmark::DoNotOptimize(data);
     }
     nVectors = calDifferenceVectors(list, 1 / 3.f, 1 / 30.f, report).size();

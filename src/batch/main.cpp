@@ -88,7 +88,8 @@ int runSeries(const BatchOptions& options)
     }
     // Whoever reads the summary from the standard output wants nothing else there.
     CBatchReport report(isStandardOutput(options.strJsonFile) ? stderr : stdout);
-    RoadState state(options.road, report);
+    DataSet dataSet;
+    RoadState state(options.road, dataSet, report);
     runRoad(state);
     RoadResults& results = state.results;
     if (state.bResultFolder) {

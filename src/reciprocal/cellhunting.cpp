@@ -24,7 +24,7 @@ float averagingTolerance(double dfLongestEdge)
 }  // namespace
 
 RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                              const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
+                              const CellHuntingParameters& parameters, CRunReport& report,
                               const QString& strLatticeHost)
 {
     if (listSelection.isEmpty()) {
@@ -72,8 +72,6 @@ RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelecti
         report.addHtml(strCell, Severity::Info);
     dataSet.m_listCellFound = listBasis;
     updateUnitCell(dataSet);
-    if (bSave)
-        saveProjectCell(dataSet, report);
     return {};
 }
 

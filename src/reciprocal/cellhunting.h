@@ -11,12 +11,11 @@ namespace tessera {
 
 /// Searches the unit cell of the selected reflections and commits it.
 ///
-/// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame), the log the direct
-/// cell, and with `bSave` the project's unit-cell file the basis; a file that cannot be written is a red line
-/// only. In every other case the former cell stays.
+/// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame) and the log the direct
+/// cell; saveProjectCell() belongs after it. In every other case the former cell stays.
 /// @return Finished with a cell, Refused without reflections, Stopped, or Failed where none was found
 RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                              const CellHuntingParameters& parameters, CRunReport& report, bool bSave,
+                              const CellHuntingParameters& parameters, CRunReport& report,
                               const QString& strLatticeHost = latticeServiceHost());
 
 }  // namespace tessera

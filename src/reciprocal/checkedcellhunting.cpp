@@ -70,14 +70,14 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 
 RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                  const CellHuntingParameters& parameters, double dfIndexThreshold,
-                                 CRunReport& report, bool bSave)
+                                 CRunReport& report)
 {
     std::optional<ReciprocalBasis> basisBest;
     double dfBest = -1;
     RunOutcome outcome;
     CellHuntingParameters range = parameters;
     for (int n = 0; n < g_nMostSearches; ++n) {
-        outcome = runUnitCellHunting(dataSet, listSelection, range, report, false);
+        outcome = runUnitCellHunting(dataSet, listSelection, range, report);
         if (!outcome.finished())
             break;
         const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
@@ -103,8 +103,6 @@ RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSele
                               .arg(percent(dfBest)));
     dataSet.m_listCellFound = listBest;
     updateUnitCell(dataSet);
-    if (bSave)
-        saveProjectCell(dataSet, report);
     return {};
 }
 

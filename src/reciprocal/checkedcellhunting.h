@@ -21,12 +21,12 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 /// Searches as runUnitCellHunting() does. Where less than half of the reflections fit the cell, it searches
 /// again with a longest edge that leaves out the shortest vector of the last basis: one wrong vector, such as
 /// spots that were hunted twice make, is shorter than all of the lattice and spoils the whole basis. The best
-/// of a few cells is kept and committed; with `bSave` the project's unit-cell file takes it.
+/// of a few cells is kept and committed; saveProjectCell() belongs after it.
 ///
 /// @param dfIndexThreshold  as in the indexing
 /// @return Finished with a cell; else how the first search ended, with the former cell in force
 RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                  const CellHuntingParameters& parameters, double dfIndexThreshold,
-                                 CRunReport& report, bool bSave);
+                                 CRunReport& report);
 
 }  // namespace tessera

@@ -55,7 +55,7 @@ std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSele
 {
     DataSet scratch;  // a search needs no more of a data set than a place for its cell
     CCandidateReport candidateReport(report);
-    runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport, false);
+    runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport);
     const std::optional<ReciprocalBasis> basis = cellInForce(scratch);
     if (!basis || !latticeBasisOf(*basis).allFinite()) {
         return std::nullopt;
@@ -129,7 +129,7 @@ QString reasonForNone(const CellHuntingParameters& range)
 }
 
 /// Puts the basis in force, as runUnitCellHunting() does.
-RunOutcome commit(DataSet& dataSet, const LatticeBasis& found, CRunReport& report, bool bSave,
+RunOutcome commit(DataSet& dataSet, const LatticeBasis& found, CRunReport& report,
                   const QString& strLatticeHost)
 {
     const ReciprocalBasis basis = reciprocalBasisOf(found);
@@ -140,9 +140,6 @@ RunOutcome commit(DataSet& dataSet, const LatticeBasis& found, CRunReport& repor
     report.addHtml(strCell, Severity::Info);
     dataSet.m_listCellFound = basis.toList();
     updateUnitCell(dataSet);
-    if (bSave) {
-        saveProjectCell(dataSet, report);
-    }
     return {};
 }
 
@@ -183,7 +180,7 @@ CellHuntingParameters withRange(CellHuntingParameters parameters, const DataSet&
 
 RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                              const CellHuntingParameters& parameters, double dfIndexThreshold,
-                             CRunReport& report, bool bSave, int nJobs, const QString& strLatticeHost)
+                             CRunReport& report, int nJobs, const QString& strLatticeHost)
 {
     const CellHuntingParameters range = withRange(parameters, dataSet);
     if (parameters.m_bAutoRange) {
@@ -199,7 +196,7 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
                      report);
     }
     if (range.m_method == CellSearchMethod::DifferenceVectors || listPoint.empty()) {
-        return runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report, bSave);
+        return runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report);
     }
     std::optional<LatticeCandidate> best;
     if (range.m_method == CellSearchMethod::BestOfBoth) {
@@ -217,7 +214,7 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
         best = directions;
     }
     if (best) {
-        return commit(dataSet, best->basis, report, bSave, strLatticeHost);
+        return commit(dataSet, best->basis, report, strLatticeHost);
     }
     return ended(RunEnd::Failed, reasonForNone(range), report);
 }

@@ -35,14 +35,13 @@ CellHuntingParameters withRange(CellHuntingParameters parameters, const DataSet&
 /// longer and a shorter range. Of both the better candidate by its fit to these peaks is taken.
 ///
 /// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame), the log the direct cell
-/// and how much each candidate explains, and with `bSave` the project's unit-cell file the basis. Otherwise
-/// the former cell stays.
+/// and how much each candidate explains; saveProjectCell() belongs after it. Otherwise the former cell stays.
 /// @param dfIndexThreshold  as in the indexing
 /// @param nJobs             threads; the cell is the same for every number
 /// @return refused where what the method works on is not there; failed where there is no cell
 RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                              const CellHuntingParameters& parameters, double dfIndexThreshold,
-                             CRunReport& report, bool bSave, int nJobs = 1,
+                             CRunReport& report, int nJobs = 1,
                              const QString& strLatticeHost = latticeServiceHost());
 
 }  // namespace tessera

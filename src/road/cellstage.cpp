@@ -4,11 +4,10 @@
 #include "dataset/pagerounding.h"
 #include "dataset/unitcellfile.h"
 #include "frames/frametargets.h"
-#include "reciprocal/cellhunting.h"
 #include "reciprocal/latticehunting.h"
 #include "road/cellresult.h"
+#include "road/cellsearch.h"
 #include "road/earlierfiles.h"
-#include "road/filestamp.h"
 
 namespace tessera {
 
@@ -35,16 +34,15 @@ CellHuntingParameters chosenSearch(const RoadState& state)
     return chosen;
 }
 
-RunOutcome huntCell(RoadState& state)
+CellSearchResult huntCell(RoadState& state)
 {
-    const CellHuntingParameters search = chosenSearch(state);
     const RoadOptions& options = state.options;
-    const QList<Peak3D>& listMerged = state.dataSet.m_listPeakMerged;
-    if (options.bWindowDefaults && search.m_method == CellSearchMethod::DifferenceVectors) {
-        return runUnitCellHunting(state.dataSet, listMerged, search, state.report, true);
-    }
-    return runLatticeHunting(state.dataSet, listMerged, search, options.indexing.m_dfIndexThreshold,
-                             state.report, true, options.jobs());
+    CellSearch search;
+    search.range = chosenSearch(state);
+    search.dfIndexThreshold = options.indexing.m_dfIndexThreshold;
+    search.poorCell = options.bWindowDefaults ? PoorCell::Taken : PoorCell::SearchedAgain;
+    search.nJobs = options.jobs();
+    return searchCell(state.dataSet, state.dataSet.m_listPeakMerged, search, state.report);
 }
 
 /// The cell of the file that was given, and a copy of it as the result of this run.
@@ -78,13 +76,12 @@ StageResult runCellStage(RoadState& state)
         }
         return result;
     }
-    const FileStamp stamp = FileStamp::of(strFile);
-    const RunOutcome outcome = huntCell(state);
-    if (!outcome.finished()) {
-        return state.report.ended(outcome);
+    const CellSearchResult found = huntCell(state);
+    if (!found.end.finished()) {
+        return state.report.ended(found.end);
     }
     state.results.cell = cellResultOf(state.dataSet);
-    return replacedSince(stamp, strFile) ? StageResult() : state.report.notWritten(strFile);
+    return found.bSaved ? StageResult() : state.report.notWritten(strFile);
 }
 
 }  // namespace tessera

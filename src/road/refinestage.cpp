@@ -1,7 +1,7 @@
 #include "road/stages.h"
 
-#include "frames/positionrefinement.h"
 #include "road/judgement.h"
+#include "road/pairrefinement.h"
 
 #include <algorithm>
 #include <cmath>
@@ -135,10 +135,7 @@ StageResult refineFromPairs(RoadState& state, PairPositions positions)
     fit.bConstantBackground = positions == PairPositions::SubPixelsConstant;
     RefinementParameters& parameters = state.options.refinement;
     parameters.m_bRefine2D = positions != PairPositions::WholePixels;
-    const DifferenceVectorRefinement found = runUnitCellRefinement(
-        state.dataSet, parameters, report, [&](const QVector<QList<Peak3D>>& vecPeak) {
-            return refinePeakPosition(state.dataSet, vecPeak, report, fit).vecPeak;
-        });
+    const DifferenceVectorRefinement found = refineCellFromPairs(state.dataSet, parameters, fit, report);
     const QString strPairs = pairsText(positions);
     if (!found.refinement) {
         return report.failed(QStringLiteral("No cell came out of the %1: %2 pairs, %3 difference vectors.")

@@ -15,13 +15,15 @@ namespace tessera {
 
 /// What the parts of the road hand to one another, and what they found.
 struct RoadState {
+    /// @param data       lent: the stages work on it; must outlive the state
     /// @param runReport  takes the log; must outlive the state
-    RoadState(const RoadOptions& roadOptions, CRunReport& runReport) : options(roadOptions), report(runReport)
+    RoadState(const RoadOptions& roadOptions, DataSet& data, CRunReport& runReport)
+        : options(roadOptions), report(runReport), dataSet(data)
     {}
 
     RoadOptions options;  ///< as the stages use them: rounded, with the values that they found themselves
     CRoadReport report;
-    DataSet dataSet;
+    DataSet& dataSet;
     MappingParameters mapping;
     QString strInputDir;         ///< folder of the project or the first image; results may go elsewhere
     QStringList listSideReason;  ///< what opening had to say of files that it could not use

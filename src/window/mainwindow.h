@@ -514,6 +514,8 @@ private:
     void showLattice();
     /// Writes the cell in force beside the project, where dialogs then start.
     void saveProjectCell(CRunReport& report);
+    /// Dialogs start where the project's unit-cell file has been written.
+    void startDialogsAtCellFile();
     bool readCellMatrix();
 
     /// Sets the contrast limits from the frame in memory.

@@ -135,7 +135,7 @@ TEST(CellHunting, FindsABasisOfSimulatedCrystals)
         DataSet data;
         CRecordingReport log;
         ASSERT_TRUE(runUnitCellHunting(data, simulatedReflections(listTruth, 0.6, 1.5e-3, row.isAllowed),
-                                       CellHuntingParameters(), log, false)
+                                       CellHuntingParameters(), log)
                         .finished());
         EXPECT_TRUE(data.m_listCell == data.m_listCellFound);
         CBasisSolver solver;
@@ -166,10 +166,10 @@ TEST(CellHunting, VectorsWithinAHundredthFormOnePile)
         }
         DataSet data;
         CRecordingReport log;
-        ASSERT_TRUE(runUnitCellHunting(data, listPair, CellHuntingParameters(), log, false).finished());
+        ASSERT_TRUE(runUnitCellHunting(data, listPair, CellHuntingParameters(), log).finished());
         EXPECT_NEAR(std::fabs(data.m_listCell[0].y), fApart < 0.01f ? fApart / 2 : 0, 1e-6) << fApart;
         // Edges from 4 Å on: the longest vector is none of them.
-        ASSERT_TRUE(runUnitCellHunting(data, listPair, {4, 30}, log, false).finished());
+        ASSERT_TRUE(runUnitCellHunting(data, listPair, {4, 30}, log).finished());
         EXPECT_NEAR(length(data.m_listCell[2]), 0.02, 1e-3);
     }
 }
@@ -180,20 +180,20 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
                                                     0.7, 0, [](int, int, int l) { return l == 0; });
     DataSet data;
     CRecordingReport log;
-    ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false).finished());
+    ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log).finished());
     EXPECT_NEAR(length(data.m_listCell[2] - cross(data.m_listCell[0], data.m_listCell[1])), 0, 1e-9);
     const QList<Vec3D> listBefore = data.m_listCell;  // a search without a result leaves it
     QList<Peak3D> listDark = list;
     for (Peak3D& peak : listDark)
         peak.dfIPoint = 0;
     for (const QList<Peak3D>& listPoor : {list.mid(0, 2), listDark}) {
-        const RunOutcome outcome = runUnitCellHunting(data, listPoor, CellHuntingParameters(), log, false);
+        const RunOutcome outcome = runUnitCellHunting(data, listPoor, CellHuntingParameters(), log);
         EXPECT_EQ(outcome.end, RunEnd::Failed);
         EXPECT_EQ(log.marked().last(), "red " + outcome.strReason);
     }
     CellHuntingParameters reversed;
     std::swap(reversed.m_dfCellRangeMin, reversed.m_dfCellRangeMax);
-    EXPECT_FALSE(runUnitCellHunting(data, list, reversed, log, false).finished());
+    EXPECT_FALSE(runUnitCellHunting(data, list, reversed, log).finished());
     EXPECT_EQ(
         log.marked().last(),
         QStringLiteral("red No edge is both longer than \"Min.\", 30 Å, and shorter than \"Max.\", 3 Å."));
@@ -212,26 +212,25 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
     }
     DataSet data;
     CRecordingReport log;
-    ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log, false).finished());
+    ASSERT_TRUE(runUnitCellHunting(data, list, CellHuntingParameters(), log).finished());
     EXPECT_LT(indexedShare(cellInForce(data).value(), list, 0.05f, log), 0.5);
     adviseOnCell(data, list, CellHuntingParameters(), 0.05, log);
     const QString strAdvice = log.m_listLine.last().section("If it is wrong, search with a \"Max.\" of ", 1);
     const double dfMax = strAdvice.section(' ', 0, 0).toDouble();
     EXPECT_GT(1 / dfMax, length(data.m_listCell[0]));  // which is left out
     EXPECT_LT(1 / dfMax, length(data.m_listCell[1]));
-    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false).finished());
+    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log).finished());
     EXPECT_TRUE(log.said("% of the reflections fit this cell. Searching again"));
     EXPECT_NEAR(1 / std::fabs(dot(cross(data.m_listCell[0], data.m_listCell[1]), data.m_listCell[2])),
                 cell.volume, 0.02 * cell.volume);
     EXPECT_GT(indexedShare(cellInForce(data).value(), list, 0.05f, log), 0.7);
-    EXPECT_EQ(runCheckedCellHunting(data, {}, CellHuntingParameters(), 0.05, log, false).end,
-              RunEnd::Refused);
+    EXPECT_EQ(runCheckedCellHunting(data, {}, CellHuntingParameters(), 0.05, log).end, RunEnd::Refused);
 
     // A row in space has no third axis, so none to leave out; the first of equally poor cells is kept.
     list.clear();
     for (int n = 0; n < 9; ++n)
         list.append(vectorRecord(0.1f * float(n), 0, 0));
-    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log, false).finished());
+    ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log).finished());
     EXPECT_TRUE(log.said("Searching again, for edges up to 9.50 Å."));
     EXPECT_NEAR(length(data.m_listCell[0]), 0.1, 1e-6);
 }

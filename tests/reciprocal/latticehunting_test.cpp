@@ -117,7 +117,7 @@ TEST(LatticeHunting, EachMethodCommitsTheCellOfTheSeries)
         data.m_listCell.clear();
         CRecordingReport log;
         const RunOutcome outcome = runLatticeHunting(data, data.m_listPeakMerged, automatic(method), 0.05,
-                                                     log, false);
+                                                     log);
         ASSERT_TRUE(outcome.finished()) << int(method);
         EXPECT_EQ(data.m_listCell, data.m_listCellFound);
         EXPECT_NEAR(volumeInForce(data), cell.volume, 0.01 * cell.volume);
@@ -135,21 +135,21 @@ TEST(LatticeHunting, WithoutACellTheFormerOneStays)
     data.m_listCell = data.m_listCellFound = listFormer;
     CRecordingReport log;
     CellHuntingParameters parameters = automatic(CellSearchMethod::Directions);
-    RunOutcome outcome = runLatticeHunting(data, {}, parameters, 0.05, log, false);
+    RunOutcome outcome = runLatticeHunting(data, {}, parameters, 0.05, log);
     EXPECT_EQ(outcome.end, RunEnd::Refused);
     EXPECT_FALSE(outcome.strReason.isEmpty());
 
     data.m_listPeakFrame = series.m_listPeakFrame;
     data.m_peakMapping = PeakMapping();
     parameters = {30, 3, CellSearchMethod::Directions, false};
-    outcome = runLatticeHunting(data, {}, parameters, 0.05, log, false);
+    outcome = runLatticeHunting(data, {}, parameters, 0.05, log);
     EXPECT_EQ(outcome.end, RunEnd::Failed);
     EXPECT_TRUE(outcome.strReason.startsWith("No edge is both longer"));
 
     CRecordingReport stopped;
     stopped.m_nStopAfter = 3;
     outcome = runLatticeHunting(data, series.m_listPeakMerged, automatic(CellSearchMethod::BestOfBoth), 0.05,
-                                stopped, false);
+                                stopped);
     EXPECT_EQ(outcome.end, RunEnd::Stopped);
     EXPECT_EQ(data.m_listCell, listFormer);
     EXPECT_EQ(data.m_listCellFound, listFormer);

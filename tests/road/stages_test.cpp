@@ -50,13 +50,15 @@ QJsonObject found(const RoadResults& results)
 TEST_F(RoadStages, ThatAreStoppedLeaveNothingAndCanBeRunAgain)
 {
     CRecordingReport whole;
-    RoadState unbroken(options("whole"), whole);
+    DataSet dataWhole;
+    RoadState unbroken(options("whole"), dataWhole, whole);
     runRoad(unbroken);
     ASSERT_TRUE(unbroken.results.end.finished()) << unbroken.results.end.strReason.toStdString();
     EXPECT_EQ(unbroken.results.lastStage, RoadStage::Refine);
 
     CRecordingReport report;
-    RoadState state(options("stopped"), report);
+    DataSet data;
+    RoadState state(options("stopped"), data, report);
     ASSERT_TRUE(openSeries(state).finished());
     for (int nStage = 0; nStage < roadStageNames().size(); ++nStage) {
         const RoadStage stage = RoadStage(nStage);
@@ -93,7 +95,8 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
     for (const auto& row : aRow) {
         SCOPED_TRACE(roadStageName(row.stage).toStdString());
         CRecordingReport report;
-        RoadState state(options("none"), report);
+        DataSet data;
+        RoadState state(options("none"), data, report);
         ASSERT_TRUE(openSeries(state).finished());
         const StageResult result = runStage(row.stage, state);
         EXPECT_EQ(int(result.end), int(row.end));
@@ -104,7 +107,8 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
     RoadOptions later = options("none");
     later.stageFrom = RoadStage::Merge;
     CRecordingReport report;
-    RoadState state(later, report);
+    DataSet data;
+    RoadState state(later, data, report);
     runRoad(state);
     EXPECT_EQ(int(state.results.end.end), int(RunEnd::Refused));
     EXPECT_EQ(state.results.strFailed.toStdString(), "open");

@@ -2,12 +2,12 @@
 #include "window/mainwindow.h"
 
 #include "crystal/peakpairs.h"
-#include "frames/positionrefinement.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/directbeamrefinement.h"
 #include "reciprocal/expectedframes.h"
 #include "reciprocal/tiltrefinement.h"
 #include "records/timestamp.h"
+#include "road/pairrefinement.h"
 #include "window/pages/refinementpage.h"
 #include "window/windowreport.h"
 
@@ -22,17 +22,10 @@ void MainWindow::runUnitCellRefinement()
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
             return;
-        const auto fnRefine = [&](const QVector<QList<Peak3D>>& vecPeak) {
-            if (!m_bRunning)
-                return QVector<QList<Peak3D>>();
+        if (m_refinement.m_bRefine2D)
             clearFrameMarks();
-            const RefinedPositions refined = tessera::refinePeakPosition(m_dataSet, vecPeak, report,
-                                                                         positionOptions(report));
-            m_bRunning = refined.outcome.finished();
-            return refined.vecPeak;
-        };
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
-        guarded([&] { tessera::runUnitCellRefinement(m_dataSet, m_refinement, report, fnRefine); });
+        guarded([&] { refineCellFromPairs(m_dataSet, m_refinement, positionOptions(report), report); });
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(true);
     });
 }

@@ -4,9 +4,8 @@
 #include "crystal/cellarithmetic.h"
 #include "dataset/unitcellfile.h"
 #include "reciprocal/cellcommit.h"
-#include "reciprocal/cellhunting.h"
-#include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/reflectionselection.h"
+#include "road/cellsearch.h"
 #include "view3d/ed3dwidget.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
@@ -73,16 +72,12 @@ void MainWindow::runUnitCellHunting()
         report.goOn();
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
-    const CellHuntingParameters cellHunting = m_cellHunting;
-    const double dfIndexThreshold = m_indexing.m_dfIndexThreshold;
+    const CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost};
     guarded([&] {
-        bFound = tessera::runUnitCellHunting(m_dataSet, listSelection, cellHunting, report, false,
-                                             m_strLatticeHost)
-                     .finished();
-        if (!bFound)
-            return;
-        saveProjectCell(report);
-        adviseOnCell(m_dataSet, listSelection, cellHunting, dfIndexThreshold, report);
+        const CellSearchResult result = searchCell(m_dataSet, listSelection, search, report);
+        bFound = result.end.finished();
+        if (result.bSaved)
+            startDialogsAtCellFile();
     });
     if (bFound) {
         updateUnitCell();
@@ -94,7 +89,12 @@ void MainWindow::runUnitCellHunting()
 void MainWindow::saveProjectCell(CRunReport& report)
 {
     if (tessera::saveProjectCell(m_dataSet, report))
-        m_strWorkingDir = QFileInfo(fileOfProject(m_dataSet, QStringLiteral(".uc"))).absolutePath();
+        startDialogsAtCellFile();
+}
+
+void MainWindow::startDialogsAtCellFile()
+{
+    m_strWorkingDir = QFileInfo(fileOfProject(m_dataSet, ResultFile::Cell)).absolutePath();
 }
 
 /// The lattice of a new cell, one cell in each direction, as lines in both views.

@@ -1,0 +1,42 @@
+// Cell search: the search for a cell as the window and the stage of the road run it.
+#pragma once
+
+#include "crystal/cellmessage.h"
+#include "dataset/dataset.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
+#include "road/stageresult.h"
+
+#include <QString>
+
+namespace tessera {
+
+/// What becomes of a cell that few of the reflections fit.
+enum class PoorCell {
+    Taken,         ///< as any other
+    Told,          ///< taken, and the log says how to search again
+    SearchedAgain  ///< the best of a few searches is taken
+};
+
+/// How a cell is searched.
+struct CellSearch {
+    CellHuntingParameters range;  ///< method, and range of the edges
+    double dfIndexThreshold =
+        0.05;  ///< how far the index of a reflection that fits may lie from a whole number
+    PoorCell poorCell = PoorCell::Taken;
+    QString strLatticeHost =
+        latticeServiceHost();  ///< of the links in the log, of a search without repetition
+    int nJobs = 1;             ///< threads of the search over directions
+};
+
+struct CellSearchResult {
+    StageResult end;      ///< but for Finished the former cell stands
+    bool bSaved = false;  ///< the project's unit-cell file holds the cell; the log has why it does not
+};
+
+/// Searches the cell of the selected reflections, commits it and writes the project's unit-cell file, if a
+/// data set is open.
+CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection, const CellSearch& search,
+                            CRunReport& report);
+
+}  // namespace tessera
