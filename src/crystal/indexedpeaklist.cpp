@@ -33,14 +33,14 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
     const QString strFile = strProjectDir + QStringLiteral("/") + strProjectName +
                             resultSuffix(ResultFile::IndexedPeaks);
     QString strReason;
-    const QString strMessage = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile, &strReason, pSet)
-                                   ? QStringLiteral(
-                                         "%1>List of the indexed peaks on the frames output to file: %2")
-                                   : QStringLiteral("%1>Failed to save file: %2");
+    const bool bWritten = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile, &strReason, pSet);
+    const QString strMessage = bWritten ? QStringLiteral(
+                                              "%1>List of the indexed peaks on the frames output to file: %2")
+                                        : QStringLiteral("%1>Failed to save file: %2");
     report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
     if (!strReason.isEmpty())
         report.addMessage(strReason, Severity::Error);
-    return true;
+    return bWritten;
 }
 
 }  // namespace tessera

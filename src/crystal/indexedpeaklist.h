@@ -19,7 +19,8 @@ namespace tessera {
 bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
                           QString* pstrReason = nullptr, CFileSet* pSet = nullptr);
 
-/// Writes DIR/NAME.ipf, or adds it to a set, and says in the log whether that went well. Always true.
+/// Writes DIR/NAME.ipf, or adds it to a set, and says in the log whether that went well.
+/// @return whether it did
 bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
                                       const QString& strProjectDir, const QString& strProjectName,
                                       CRunReport& report, CFileSet* pSet = nullptr);

@@ -178,18 +178,21 @@ bool keepFormerList(const QString& strPath, CRunReport& report, QString& strReas
     return false;
 }
 
-void savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
+/// @return why the file was not written; empty if it was
+QString savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 {
     const QString strPath = QFileInfo(fileOfProject(dataSet, ResultFile::Peaks)).absoluteFilePath();
+    const QString strFailed = QStringLiteral("Updating peak list file failed.");
     QString strReason;
-    if (!bAnyPeak && !keepFormerList(strPath, report, strReason))
-        report.addMessage(QStringLiteral("Updating peak list file failed."), Severity::Error);
-    else if (writePeakList(dataSet, strPath, &strReason))
+    const bool bWritten = (bAnyPeak || keepFormerList(strPath, report, strReason)) &&
+                          writePeakList(dataSet, strPath, &strReason);
+    if (bWritten)
         report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Severity::Info);
     else
-        report.addMessage(QStringLiteral("Updating peak list file failed."), Severity::Error);
+        report.addMessage(strFailed, Severity::Error);
     if (!strReason.isEmpty())
         report.addMessage(strReason, Severity::Error);
+    return bWritten ? QString() : strReason.isEmpty() ? strFailed : strReason;
 }
 
 }  // namespace
@@ -204,23 +207,26 @@ RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& paramet
     timer.start();
     report.addMessage(QStringLiteral("%1>Peak hunting started.").arg(currentTimeStamp()),
                       Severity::Milestone);
-    const HuntedSeries hunted = huntSeries(dataSet, parameters, filters, report, options);
-    if (hunted.outcome.end != RunEnd::Finished) {
-        report.addMessage(QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp()),
-                          Severity::Error);
-        return hunted.outcome;
+    HuntedSeries hunted = huntSeries(dataSet, parameters, filters, report, options);
+    RunOutcome& outcome = hunted.outcome;
+    if (!outcome.finished()) {
+        const QString strEnd = QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp());
+        report.addMessage(strEnd, Severity::Error);
+        if (outcome.strReason.isEmpty())
+            outcome.strReason = strEnd;
+        return outcome;
     }
     dataSet.m_listPeakFrame = hunted.listPeakFrame;
     dataSet.m_peakMapping.reset();
     const bool bAnyPeak = std::any_of(dataSet.m_listPeakFrame.begin(), dataSet.m_listPeakFrame.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
     if (options.bSave && (bAnyPeak || options.bSaveEmpty))
-        savePeakList(dataSet, bAnyPeak, report);
+        outcome.strReason = savePeakList(dataSet, bAnyPeak, report);
     if (options.fnAfterStored)
         options.fnAfterStored();
     report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),
                       Severity::Milestone);
-    return hunted.outcome;
+    return outcome;
 }
 
 }  // namespace tessera

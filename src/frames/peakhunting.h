@@ -33,7 +33,8 @@ struct PeakHuntingOptions {
 /// m_listPeakFrame as it was and writes nothing. A peak list that cannot be written is a red line
 /// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A data set
 /// without frames is a red line and no run.
-/// @return Finished if all frames were hunted; Refused without frames
+/// @return Finished if all frames were hunted, with the reason if the list was not written; Refused without
+///         frames
 RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                           CRunReport& report, const PeakHuntingOptions& options = {});
 

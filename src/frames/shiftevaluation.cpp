@@ -246,18 +246,21 @@ QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
     return QPointF(dfX + dfFitX, dfY + dfFitY);
 }
 
-void saveShifts(const DataSet& dataSet, CRunReport& report)
+/// @return why the file was not written; empty if it was
+QString saveShifts(const DataSet& dataSet, CRunReport& report)
 {
     const QString strPath = QFileInfo(fileOfProject(dataSet, ResultFile::Shifts)).absoluteFilePath();
+    const QString strFailed = QStringLiteral("Updating shift data file failed.");
     QString strReason;
-    if (writeShiftFile(strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift},
-                       &strReason)) {
+    const bool bWritten = writeShiftFile(
+        strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}, &strReason);
+    if (bWritten)
         report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Severity::Info);
-    } else {
-        report.addMessage(QStringLiteral("Updating shift data file failed."), Severity::Error);
-    }
+    else
+        report.addMessage(strFailed, Severity::Error);
     if (!strReason.isEmpty())
         report.addMessage(strReason, Severity::Error);
+    return bWritten ? QString() : strReason.isEmpty() ? strFailed : strReason;
 }
 
 }  // namespace
@@ -309,12 +312,14 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
     const QPointF ptBeam = locateBeam(square, sum, report);
     dataSet.m_dfCenterX = ptBeam.x();
     dataSet.m_dfCenterY = ptBeam.y();
-    if (options.bSave)
-        saveShifts(dataSet, report);
+    RunOutcome outcome = measured.outcome;
+    const QString strUnsaved = options.bSave ? saveShifts(dataSet, report) : QString();
+    if (outcome.finished())
+        outcome.strReason = strUnsaved;
     report.addMessage(
         timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
         Severity::Milestone);
-    return measured.outcome;
+    return outcome;
 }
 
 }  // namespace tessera

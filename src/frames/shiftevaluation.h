@@ -42,7 +42,8 @@ using FnShiftFrameDone =
 /// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too; its
 /// height
 ///                  is not read
-/// @return Finished only if all frames were reached; Refused without frames and with too small a side
+/// @return Finished only if all frames were reached, with the reason if the shift file was not written;
+///         Refused without frames and with too small a side
 RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
                               const ShiftEvaluationOptions& options = {},
                               const FnShiftFrameDone& fnFrameDone = {});

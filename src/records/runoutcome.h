@@ -12,8 +12,8 @@ enum class RunEnd {
     Failed,    ///< ended by a fault
 };
 
-/// How a run ended. The reason, in words for the log, names file or frame; it is empty of a run that
-/// finished.
+/// How a run ended. The reason, in words for the log, names file or frame. Of a run that finished it is
+/// empty, or says why a file that it was to write is not there.
 struct RunOutcome {
     RunEnd end = RunEnd::Finished;
     QString strReason;

@@ -8,7 +8,6 @@
 #include "frames/smvexport.h"
 #include "imaging/contrast.h"
 #include "reciprocal/volumeexport.h"
-#include "road/filestamp.h"
 
 #include <QDir>
 
@@ -80,11 +79,8 @@ bool exportVolume(const ExportOptions& exports, const DataSet& dataSet, CRunRepo
 
 bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 {
-    const QString strFile = fileOfProject(dataSet, ResultFile::IndexedPeaks);
-    const FileStamp stamp = FileStamp::of(strFile);
-    outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
-                                     dataSet.m_strProjectName, report);
-    return replacedSince(stamp, strFile);
+    return outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
+                                            dataSet.m_strProjectName, report);
 }
 
 }  // namespace

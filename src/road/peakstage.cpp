@@ -3,7 +3,6 @@
 #include "dataset/pagerounding.h"
 #include "frames/autothreshold.h"
 #include "frames/peakhunting.h"
-#include "road/filestamp.h"
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -38,13 +37,12 @@ StageResult runPeakStage(RoadState& state)
                                nJobs, &parameters.m_dfFrameScale)) {
         return state.report.failed();
     }
-    const QString strFile = fileOfProject(dataSet, ResultFile::Peaks);
-    const FileStamp stamp = FileStamp::of(strFile);
     PeakHuntingOptions options;
     options.bSaveEmpty = false;
     options.nJobs = nJobs;
-    if (!runPeakHunting(dataSet, parameters, filters, state.report, options).finished()) {
-        return state.report.failed();
+    const RunOutcome outcome = runPeakHunting(dataSet, parameters, filters, state.report, options);
+    if (!outcome.finished()) {
+        return state.report.ended(outcome);
     }
 #ifdef __GLIBC__
     malloc_trim(0);  // the work images of the threads, which the heap would keep beside what follows
@@ -56,7 +54,9 @@ StageResult runPeakStage(RoadState& state)
     if (peaks.nPeaks == 0) {
         return state.report.failed(QStringLiteral("No peaks were found on any frame."));
     }
-    return replacedSince(stamp, strFile) ? StageResult() : state.report.notWritten(strFile);
+    return outcome.strReason.isEmpty()
+               ? StageResult()
+               : state.report.notWritten(fileOfProject(dataSet, ResultFile::Peaks), outcome.strReason);
 }
 
 }  // namespace tessera

@@ -65,9 +65,9 @@ StageResult CRoadReport::refused(const QString& strText)
     return endedHere(RunEnd::Refused);
 }
 
-StageResult CRoadReport::notWritten(const QString& strFile)
+StageResult CRoadReport::notWritten(const QString& strFile, const QString& strReason)
 {
-    noteLastRedLine();
+    noteReason(strReason);
     return failed(QStringLiteral("%1 was not written.").arg(strFile));
 }
 

@@ -36,8 +36,9 @@ public:
     StageResult failed(const QString& strText);
     /// The end of a part that lacks what it needs, with a red line that says what.
     StageResult refused(const QString& strText);
-    /// The end of a part whose run was to write a file, and did not.
-    StageResult notWritten(const QString& strFile);
+    /// The end of a part whose run was to write a file, and did not for that reason, or for the first that
+    /// was given.
+    StageResult notWritten(const QString& strFile, const QString& strReason = {});
 
     /// The lines from Severity::Warning on, of all parts.
     const QStringList& redLines() const { return m_listRedLine; }

@@ -3,7 +3,6 @@
 #include "dataset/shiftfile.h"
 #include "frames/autoregion.h"
 #include "frames/shiftevaluation.h"
-#include "road/filestamp.h"
 #include "road/judgement.h"
 
 #include <algorithm>
@@ -55,16 +54,16 @@ StageResult runShiftStage(RoadState& state)
         return state.report.failed();
     }
     const QString strFile = fileOfProject(dataSet, ResultFile::Shifts);
-    const FileStamp stamp = FileStamp::of(strFile);
     ShiftEvaluationOptions options;
     options.bKeepPartial = false;
     options.nJobs = state.options.jobs();
-    if (!runShiftEvaluation(dataSet, QRectF(rcRegion), state.report, options).finished()) {
+    const RunOutcome outcome = runShiftEvaluation(dataSet, QRectF(rcRegion), state.report, options);
+    if (!outcome.finished()) {
         return state.report.failed(
             QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
     }
-    if (!replacedSince(stamp, strFile)) {
-        return state.report.notWritten(strFile);
+    if (!outcome.strReason.isEmpty()) {
+        return state.report.notWritten(strFile, outcome.strReason);
     }
     StageResult result = takeGivenCentre(state, strFile);
     if (!result.finished()) {

@@ -115,4 +115,30 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
     EXPECT_FALSE(state.results.listWarning.contains(state.results.end.strReason));
 }
 
+// A folder stands where the file is to go.
+TEST_F(RoadStages, ThatCannotWriteTheirFileSayWhyAndHandTheDataOn)
+{
+    CRecordingReport report;
+    DataSet data;
+    RoadState state(options("blocked"), data, report);
+    ASSERT_TRUE(openSeries(state).finished());
+    for (const RoadStage stage : {RoadStage::Shifts, RoadStage::Peaks, RoadStage::Merge, RoadStage::Cell}) {
+        SCOPED_TRACE(roadStageName(stage).toStdString());
+        const ResultFile file = stage == RoadStage::Shifts  ? ResultFile::Shifts
+                                : stage == RoadStage::Peaks ? ResultFile::Peaks
+                                                            : ResultFile::Cell;
+        const QString strFile = fileOfProject(data, file);
+        ASSERT_TRUE(QDir().mkpath(strFile));
+        const StageResult result = runStage(stage, state);
+        if (stage == RoadStage::Merge) {  // writes none
+            EXPECT_TRUE(result.finished());
+            continue;
+        }
+        EXPECT_EQ(int(result.end), int(RunEnd::Failed));
+        EXPECT_TRUE(result.strReason.startsWith(strFile + ": ")) << result.strReason.toStdString();
+        EXPECT_EQ(report.m_listLine.last(), strFile + " was not written.");
+    }
+    EXPECT_TRUE(cellInForce(data).has_value());
+}
+
 }  // namespace tessera
