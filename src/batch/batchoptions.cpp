@@ -24,7 +24,7 @@ struct NumberOption {
     QString strHelp;
     double dfMinimum;
     double dfMaximum;
-    bool bAuto;  ///< "auto" is a value too
+    AutoValue autoValue;
     std::function<void(double)> fnTake;
 };
 
@@ -83,14 +83,17 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
         QString(row.option.pszHelp).replace(QLatin1String("%1"), QString::number(row.start())),
         row.box.dfMinimum,
         row.box.dfMaximum,
-        row.option.values == OptionValues::OfPageOrAuto,
+        row.option.values == OptionValues::OfPageOrAuto ? AutoValue::Allowed : AutoValue::NotAllowed,
         {}};
     if (row.option.values == OptionValues::AboveZero) {
         option.dfMinimum = std::pow(10, -row.box.nDecimals);
     }
-    if (row.option.values == OptionValues::AnyNumber) {
+    if (row.option.values == OptionValues::AnyNumber || row.option.values == OptionValues::AnyNumberOrAuto) {
         option.dfMinimum = -LARGE;
         option.dfMaximum = LARGE;
+    }
+    if (row.option.values == OptionValues::AnyNumberOrAuto) {
+        option.autoValue = AutoValue::OrAsGiven;
     }
     if (std::optional<double>* pTarget = optionalTarget(o, row.member)) {
         option.fnTake = into(*pTarget);
@@ -109,18 +112,18 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
 QList<NumberOption> numberOptions(RoadOptions& o)
 {
     const QList<NumberOption> listTilt = {
-        {"tilt-start", "degrees", "images only: tilt of the first frame; default 0", -360, 360, false,
-         into(o.dfTiltStart)},
-        {"tilt-step", "degrees", "images only: tilt from frame to frame; default 0.1", -360, 360, false,
-         into(o.dfTiltStep)}};
+        {"tilt-start", "degrees", "images only: tilt of the first frame; default 0", -360, 360,
+         AutoValue::NotAllowed, into(o.dfTiltStart)},
+        {"tilt-step", "degrees", "images only: tilt from frame to frame; default 0.1", -360, 360,
+         AutoValue::NotAllowed, into(o.dfTiltStep)}};
     const QList<NumberOption> listExport = {
-        {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20, false,
-         into(o.exports.dfScale)},
+        {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20,
+         AutoValue::NotAllowed, into(o.exports.dfScale)},
         {"contrast-min", "counts",
          "export pictures, and volume scaled: pixel value that becomes 0; default auto, from the first frame",
-         -1000000, 1000000, true, into(o.exports.dfContrastMin)},
-        {"contrast-max", "counts", "likewise: pixel value that becomes 255", -1000000, 1000000, true,
-         into(o.exports.dfContrastMax)}};
+         -1000000, 1000000, AutoValue::Allowed, into(o.exports.dfContrastMin)},
+        {"contrast-max", "counts", "likewise: pixel value that becomes 255", -1000000, 1000000,
+         AutoValue::Allowed, into(o.exports.dfContrastMax)}};
     QList<NumberOption> listOption;
     for (const Parameter& row : parameterTable()) {
         if (row.member == ParameterMember(&DataSet::m_dfTiltRelaxation)) {
@@ -213,9 +216,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
 void takeNumbers(COptionReader& reader, const QList<NumberOption>& listNumber)
 {
     for (const NumberOption& option : listNumber) {
-        const std::optional<double> dfValue = reader.number(
-            option.strName, option.dfMinimum, option.dfMaximum,
-            option.bAuto ? AutoValue::Allowed : AutoValue::NotAllowed);
+        const std::optional<double> dfValue = reader.number(option.strName, option.dfMinimum,
+                                                            option.dfMaximum, option.autoValue);
         if (dfValue) {
             option.fnTake(*dfValue);
         }
@@ -244,6 +246,7 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.bAccept = reader.isSet(QStringLiteral("accept"));
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);
+    options.bFindAxis = reader.values(QStringLiteral("axis")).value(0) == QLatin1String("auto");
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
     if (nStretch >= 0) {
         options.bApplyStretching = nStretch == 1;

@@ -66,8 +66,10 @@ std::optional<double> COptionReader::number(const QString& strName, double dfMin
                                             AutoValue autoValue)
 {
     const QString strValue = m_parser.value(strName);
-    const bool bAuto = autoValue == AutoValue::Allowed;
-    if (!isSet(strName) || (bAuto && strValue == QLatin1String("auto"))) {
+    const bool bAuto = autoValue != AutoValue::NotAllowed;
+    const bool bAsGiven = autoValue == AutoValue::OrAsGiven;
+    if (!isSet(strName) || (bAuto && strValue == QLatin1String("auto")) ||
+        (bAsGiven && strValue == QLatin1String("as-given"))) {
         return {};
     }
     bool bOk = false;
@@ -76,8 +78,9 @@ std::optional<double> COptionReader::number(const QString& strName, double dfMin
         const QString strRange = dfMaximum < LARGE
                                      ? QStringLiteral(" from %1 to %2").arg(dfMinimum).arg(dfMaximum)
                                      : QString();
+        const QString strWords = bAsGiven ? QStringLiteral(", auto or as-given") : QStringLiteral(" or auto");
         refuse(QStringLiteral("--%1 %2: a number%3%4 is wanted")
-                   .arg(strName, strValue, strRange, bAuto ? QStringLiteral(" or auto") : QString()));
+                   .arg(strName, strValue, strRange, bAuto ? strWords : QString()));
         return {};
     }
     return dfValue;

@@ -12,8 +12,8 @@ namespace tessera {
 
 constexpr double LARGE = 1e300;  ///< the limit of a number that has none
 
-/// Whether "auto" may stand in the place of a number.
-enum class AutoValue { NotAllowed, Allowed };
+/// Whether "auto" may stand in the place of a number, or also "as-given".
+enum class AutoValue { NotAllowed, Allowed, OrAsGiven };
 
 /// Takes values by the names of their options, without the dashes. What is wrong is noted, and the value that
 /// comes back then says nothing: the caller looks at error() when everything is read.
@@ -30,7 +30,7 @@ public:
     /// The place of the value in a list.
     int choice(const QString& strName, const QStringList& listValue, int nDefault);
     int wholeNumber(const QString& strName, int nMinimum, int nMaximum, int nDefault);
-    /// @return none where the number is not given, or "auto"
+    /// @return none where the number is not given, or one of these words
     std::optional<double> number(const QString& strName, double dfMinimum, double dfMaximum,
                                  AutoValue autoValue);
     /// "X,Y,SIZE" in whole pixels: a square whose even side is at least 16.

@@ -16,7 +16,7 @@ QString contradiction(const RoadOptions& o)
     if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
         return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
     }
-    if (!o.isProject() && !(o.dfWavelength && o.dfPixelSize && o.dfRotationAxis)) {
+    if (!o.isProject() && !(o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis))) {
         return QStringLiteral("images need --wavelength, --pixel-size and --axis");
     }
     if (o.stageTo < o.stageFrom) {
@@ -61,6 +61,10 @@ QString contradiction(const RoadOptions& o)
     }
     if (exports.listKind.contains(QStringLiteral("ipf")) && (exports.bOnly || o.stageTo < RoadStage::Index)) {
         return QStringLiteral("--export ipf needs the stage index");
+    }
+    const bool bMerged = !exports.bOnly && o.stageTo >= RoadStage::Merge;
+    if (o.bFindAxis && !bMerged && exports.listKind.contains(QStringLiteral("volume"))) {
+        return QStringLiteral("--export volume with --axis auto needs the stage merge, which finds the axis");
     }
     if (o.nGroup >= 0 && o.stageFrom < RoadStage::Merge) {
         return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");

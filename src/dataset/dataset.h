@@ -53,6 +53,7 @@ struct DataSet {
     double m_dfWavelength = 0.0251;        ///< Å
     double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
     double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
+    bool m_bRotationAxisKnown = true;      ///< false: nobody has told it, so it is to be found
     double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
     double m_dfStretchAmplitude = 0;       ///< per cent
     double m_dfStretchAzimuth = 0;         ///< degrees

@@ -127,10 +127,10 @@ static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReas
 }
 
 bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName, CRunReport& report,
-                 QStringList* plistReason)
+                 QStringList* plistReason, AxisLine axisLine)
 {
     ProjectFile project;
-    if (!project.read(strFileName)) {
+    if (!project.read(strFileName, axisLine)) {
         report.addMessage(QStringLiteral("Error reading ed3d file: %1").arg(project.errorText()));
         report.noteReason(project.errorText().contains(strFileName)
                               ? project.errorText()
@@ -141,7 +141,11 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     data.m_strProjectName = project.baseName();
     data.m_dfPixelSize = project.pixelSize();
     data.m_dfWavelength = project.wavelength();
-    data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
+    data.m_bRotationAxisKnown = project.hasRotationAxis();
+    if (project.hasRotationAxis())
+        data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
+    else
+        report.addMessage(QStringLiteral("The project names no rotation axis."));
     if (project.stretchingAmplitude() >= 0.01) {
         data.m_dfStretchAmplitude = project.stretchingAmplitude();
         data.m_dfStretchAzimuth = wrappedAzimuth(project.stretchingAzimuth() + 90);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "dataset/projectfile.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
@@ -39,9 +40,13 @@ QString reasonNotToOpen(const QStringList& listFile);
 ///
 /// @param plistReason  may be null; gets a line for each side file that is there but was not used, or only
 ///                     in part. The same for the other functions here
+/// @param axisLine     with AxisLine::MayLack a project that names no rotation axis leaves that of the data
+/// set
+///                     as it was, with a line of the log, and m_bRotationAxisKnown false
 /// @return false when the project cannot be read; nothing but the log has then changed
 [[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
-                               CRunReport& report, QStringList* plistReason = nullptr);
+                               CRunReport& report, QStringList* plistReason = nullptr,
+                               AxisLine axisLine = AxisLine::Needed);
 
 /// Says in red that a stretching which was set before stays in force, as the data set that has just been
 /// opened tells none; nothing where none is. openProject() does so itself.

@@ -65,8 +65,10 @@ const std::vector<Parameter> g_listParameter = {
      "other sense of rotation. A good fit does not prove the sense: at moderate d* the other one gives the "
      "same cell but the mirror image, the wrong hand. Know it from the instrument or from a known crystal, "
      "or compare both senses as far out in d* as the data go and by \"Refine Basis Vectors\".",
-     {"axis", "degrees", "azimuth of the rotation axis, counter-clockwise from 3 o'clock; from the project",
-      OptionValues::AnyNumber}},
+     {"axis", "degrees",
+      "azimuth of the rotation axis, counter-clockwise from 3 o'clock; auto finds it, and the sense of the "
+      "rotation, from the peaks; default as-given, from the project, or auto where that names none",
+      OptionValues::AnyNumberOrAuto}},
     {&Data::m_dfTiltRelaxation,
      {-180, 180, 1, 1, "°"},
      "Extra tilt, degrees, spread evenly over the series, for a stage that lags behind its nominal tilt. Try "

@@ -28,10 +28,11 @@ using ParameterMember = MemberOfRecords<ParameterRecords>::Type;
 
 /// What the option of a parameter takes.
 enum class OptionValues {
-    OfPage,        ///< the numbers that the page holds
-    OfPageOrAuto,  ///< likewise, or "auto": the driver finds the number
-    AboveZero,     ///< those of the page that are not 0 at its decimals
-    AnyNumber,     ///< each number; what reads it brings it into the range of the page
+    OfPage,           ///< the numbers that the page holds
+    OfPageOrAuto,     ///< likewise, or "auto": the driver finds the number
+    AboveZero,        ///< those of the page that are not 0 at its decimals
+    AnyNumber,        ///< each number; what reads it brings it into the range of the page
+    AnyNumberOrAuto,  ///< likewise, or "auto": the driver finds the number; "as-given": as without the option
 };
 
 /// The option of tessera-batch that sets a parameter.

@@ -42,7 +42,7 @@ bool ProjectFile::fail(const QString& strError)
     return false;
 }
 
-bool ProjectFile::read(const QString& strFileName)
+bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
 {
     const QFileInfo info(strFileName);
     if (info.isFile() && info.size() > g_nMaxProjectFile)
@@ -50,10 +50,10 @@ bool ProjectFile::read(const QString& strFileName)
     QByteArray bytesFile;
     if (!info.isFile() || !readFileBytes(strFileName, bytesFile, g_nMaxProjectFile))
         return fail(QStringLiteral("Could not load file: %1").arg(strFileName));
-    return readBytes(bytesFile, strFileName);
+    return readBytes(bytesFile, strFileName, axisLine);
 }
 
-bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileName)
+bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileName, AxisLine axisLine)
 {
     if (bytesFile.size() > g_nMaxProjectFile)
         return fail(QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20));
@@ -84,7 +84,7 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
         bool bLength;
     } aKeyword[] = {{"CCDPIXELSIZE", &project.m_dfPixelSize, true, true},
                     {"WAVELENGTH", &project.m_dfWavelength, true, true},
-                    {"ROTATIONAXIS", &project.m_dfRotationAxis, true, false},
+                    {"ROTATIONAXIS", &project.m_dfRotationAxis, axisLine == AxisLine::Needed, false},
                     {"STRETCHINGAMP", &project.m_dfStretchAmplitude, false, false},
                     {"STRETCHINGAZIMUTH", &project.m_dfStretchAzimuth, false, false}};
     for (const auto& row : aKeyword) {
@@ -95,6 +95,8 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
                     QStringLiteral("Could not find keyword \"%1\" in the input file.").arg(strKeyword));
             continue;
         }
+        if (row.pdfValue == &project.m_dfRotationAxis)
+            project.m_bHasRotationAxis = true;
         if (!std::isfinite(*row.pdfValue))
             return fail(QStringLiteral("The value of \"%1\" is no finite number.").arg(strKeyword));
         if (row.bLength && !isUsableLength(*row.pdfValue))

@@ -8,6 +8,12 @@
 
 namespace tessera {
 
+/// Whether a project without a line ROTATIONAXIS can be used.
+enum class AxisLine {
+    Needed,   ///< no: it is refused
+    MayLack,  ///< yes: somebody else knows the axis, or finds it
+};
+
 /// A project file as read. A value that may stand in a data set once errorText() is empty.
 ///
 /// The file is a text of keyword lines, "KEYWORD value"; lines that begin with "#" do not count. A
@@ -25,12 +31,14 @@ namespace tessera {
 class ProjectFile {
 public:
     /// Reads a file. On failure only errorText() is new.
-    [[nodiscard]] bool read(const QString& strFileName);
+    [[nodiscard]] bool read(const QString& strFileName, AxisLine axisLine = AxisLine::Needed);
     /// The same for the content of a file; `strFileName` gives folder and name and need not exist.
-    [[nodiscard]] bool readBytes(const QByteArray& bytesFile, const QString& strFileName);
+    [[nodiscard]] bool readBytes(const QByteArray& bytesFile, const QString& strFileName,
+                                 AxisLine axisLine = AxisLine::Needed);
 
     double wavelength() const { return m_dfWavelength; }                 ///< Å
     double rotationAxis() const { return m_dfRotationAxis; }             ///< degrees
+    bool hasRotationAxis() const { return m_bHasRotationAxis; }          ///< false: rotationAxis() is 0
     double pixelSize() const { return m_dfPixelSize; }                   ///< Å⁻¹ per pixel
     double stretchingAmplitude() const { return m_dfStretchAmplitude; }  ///< per cent
     double stretchingAzimuth() const { return m_dfStretchAzimuth; }      ///< degrees, as in the file
@@ -47,6 +55,7 @@ private:
 
     double m_dfWavelength = 0;
     double m_dfRotationAxis = 0;
+    bool m_bHasRotationAxis = false;
     double m_dfPixelSize = 0;
     double m_dfStretchAmplitude = 0;
     double m_dfStretchAzimuth = 0;

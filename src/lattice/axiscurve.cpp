@@ -23,14 +23,14 @@ bool isSharper(const AxisSharpness& a, const AxisSharpness& b)
 
 }  // namespace
 
-double wrappedAzimuth(double dfAzimuth)
+double circleAzimuth(double dfAzimuth)
 {
     return dfAzimuth - 360 * std::ceil((dfAzimuth - 180) / 360);
 }
 
 double azimuthsApart(double dfOne, double dfOther)
 {
-    return std::abs(wrappedAzimuth(dfOne - dfOther));
+    return std::abs(circleAzimuth(dfOne - dfOther));
 }
 
 std::vector<FlatPeak> thinnedPeaks(const std::vector<FlatPeak>& vecPeak, std::size_t nMost)
@@ -66,7 +66,7 @@ bool CAxisCurve::add(const std::vector<double>& vecAzimuth)
     const std::size_t nBefore = m_vecPoint.size();
     for (const double dfAzimuth : vecAzimuth) {
         if (!holds(dfAzimuth)) {
-            m_vecPoint.push_back({wrappedAzimuth(dfAzimuth), 0});
+            m_vecPoint.push_back({circleAzimuth(dfAzimuth), 0});
         }
     }
     const auto makeWorker = [&]() -> FnPiece {

@@ -9,7 +9,7 @@ namespace tessera {
 constexpr double g_dfAxisElsewhere = 20;  ///< degrees: farther away is another maximum
 
 /// An azimuth above −180 to 180 degrees.
-double wrappedAzimuth(double dfAzimuth);
+double circleAzimuth(double dfAzimuth);
 
 /// How far two azimuths lie apart, degrees, 0 to 180.
 double azimuthsApart(double dfOne, double dfOther);

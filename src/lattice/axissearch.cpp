@@ -207,7 +207,7 @@ std::optional<AxisSearch> searchAxis(const std::vector<FlatPeak>& vecPeak, const
     }
     search.vecCurve = curve.points();
     AxisFound& found = search.found.emplace();
-    found.best = {wrappedAzimuth(fit->dfAzimuth), curve.sharpnessAt(fit->dfAzimuth)};
+    found.best = {circleAzimuth(fit->dfAzimuth), curve.sharpnessAt(fit->dfAzimuth)};
     found.dfAzimuthError = fit->dfAzimuthError;
     found.second = secondOf(curve, fit->dfAzimuth);
     found.dfShareFitting = share.share();

@@ -3,6 +3,7 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/peakgroups.h"
+#include "road/axisfinding.h"
 
 #include <limits>
 
@@ -33,6 +34,10 @@ StageResult runMergeStage(RoadState& state)
     beginStage(state, RoadStage::Merge);
     DataSet& dataSet = state.dataSet;
     chooseLimits(state.options, state.mapping);
+    const StageResult axis = findAxisWhereAsked(state);
+    if (!axis.finished()) {
+        return axis;
+    }
     if (!transformPeaksTo3D(dataSet, state.mapping, state.report)) {
         return state.report.failed();
     }

@@ -69,7 +69,13 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         roundToPages(state);
         state.report.beginPart(strKind);
-        const bool bDone = writeExport(strKind, exports, state.dataSet, state.report);
+        // A volume in the frame of an axis that nobody told would be a wrong one.
+        const bool bAxis = state.dataSet.m_bRotationAxisKnown || strKind != QLatin1String("volume");
+        if (!bAxis) {
+            state.report.fail(
+                QStringLiteral("A volume needs the rotation axis, which the stage merge finds."));
+        }
+        const bool bDone = bAxis && writeExport(strKind, exports, state.dataSet, state.report);
         listTime.append({strKind, secondsOf(timer)});
         if (bDone) {
             listDone.append(strKind);

@@ -39,6 +39,18 @@ void put(QJsonObject& object, const PeakResult& peaks)
     object[QStringLiteral("peaks")] = peaks.nPeaks;
 }
 
+void put(QJsonObject& object, const AxisFound& axis)
+{
+    object[QStringLiteral("axis")] = QJsonObject{
+        {QStringLiteral("azimuth"), axis.best.dfAzimuth},
+        {QStringLiteral("error"), axis.dfAzimuthError},
+        {QStringLiteral("sharpness"), axis.best.dfSharpness},
+        {QStringLiteral("second"), axis.second.dfAzimuth},
+        {QStringLiteral("secondSharpness"), axis.second.dfSharpness},
+        {QStringLiteral("sense"), axis.bSure ? QStringLiteral("sure") : QStringLiteral("doubtful")},
+        {QStringLiteral("curvature"), axis.dfCurvature}};
+}
+
 void put(QJsonObject& object, const MergeResult& merge)
 {
     object[QStringLiteral("peaksMerged")] = merge.nPeaks;
@@ -170,6 +182,7 @@ QJsonObject roadSummary(const RoadResults& results)
     }
     putIfThere(object, results.shifts);
     putIfThere(object, results.peaks);
+    putIfThere(object, results.axis);
     putIfThere(object, results.merge);
     if (results.cell) {
         object[QStringLiteral("cell")] = cellObject(*results.cell);

@@ -25,6 +25,7 @@ struct RoadOptions {
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
     int nGroup = -1;               ///< merge only the peaks of this group; -1: all
     bool bAccept = false;          ///< a result that is judged bad is written and ends well too
+    bool bFindAxis = false;        ///< the rotation axis from the peaks, whatever the project says
     bool bWindowDefaults = false;  ///< the window's start values in place of values that the stages find
 
     std::optional<QRect> rcRegion;  ///< reference region, pixels

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "crystal/cellrefinement.h"
+#include "lattice/axissearch.h"
 #include "lattice/latticefit.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/centreoffset.h"
@@ -86,6 +87,7 @@ struct RoadResults {
     std::optional<OpenResult> open;
     std::optional<ShiftResult> shifts;
     std::optional<PeakResult> peaks;
+    std::optional<AxisFound> axis;  ///< none where it was not looked for, or not found
     std::optional<MergeResult> merge;
     std::optional<CellResult> cell;  ///< of the last stage that looked at it
     std::optional<IndexResult> index;

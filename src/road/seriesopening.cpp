@@ -19,7 +19,8 @@ bool openInput(RoadState& state)
     QStringList& listReason = state.listSideReason;
     bool bOpened = false;
     if (options.isProject()) {
-        bOpened = openProject(state.dataSet, state.mapping, options.listInput.first(), report, &listReason);
+        bOpened = openProject(state.dataSet, state.mapping, options.listInput.first(), report, &listReason,
+                              AxisLine::MayLack);
     } else {
         QStringList listFile;
         for (const QString& strFile : options.listInput) {
@@ -45,6 +46,9 @@ void takeGeometry(RoadState& state)
     takeOver(options.dfPixelSize, dataSet.m_dfPixelSize);
     if (options.dfRotationAxis) {
         dataSet.m_dfRotationAxis = wrappedAxis(*options.dfRotationAxis);
+        dataSet.m_bRotationAxisKnown = true;
+    } else if (!options.isProject()) {
+        dataSet.m_bRotationAxisKnown = false;
     }
     takeOver(options.dfTiltRelaxation, dataSet.m_dfTiltRelaxation);
     takeOver(options.dfStretchAmplitude, dataSet.m_dfStretchAmplitude);
