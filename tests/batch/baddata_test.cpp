@@ -122,6 +122,11 @@ const BadCase aBad[] = {
      "cell"},
     {"no wavelength", "s.ed3d: Could not find keyword \"WAVELENGTH\" in the input file.",
      [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }},
+    {"no axis, and too few peaks to find one",
+     "There is no rotation axis: none was given, and the peaks do not tell it: ",
+     [](const Series& s) { s.replaceInProject("ROTATIONAXIS 10\n", ""); },
+     {"--to", "merge"},
+     "peaks"},
     {"empty list", "no frames",
      [](const Series& s) {
          s.write("s.ed3d",
@@ -165,6 +170,16 @@ const BadCase aBad[] = {
 };
 
 }  // namespace
+
+TEST(BadData, LeavesAnAxisThatThePeaksDoNotTellAsItWas)
+{
+    const Series series;
+    const BatchOutcome outcome = runBatch({series.path("s.ed3d"), "--axis", "auto", "--to", "merge"});
+    EXPECT_EQ(outcome.nStatus, 0);
+    EXPECT_TRUE(
+        outcome.strText.contains("Warning: the rotation axis stays at 10.0°, as the peaks do not tell it"))
+        << outcome.strText.toStdString();
+}
 
 TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
 {

@@ -57,6 +57,35 @@ TEST_F(Stages, TellARotationOfTheOtherSense)
     EXPECT_TRUE(outcome.strText.contains("the other way")) << outcome.strText.toStdString();
 }
 
+TEST_F(Stages, FindTheRotationAxisWhereItIsOffOrUnknown)
+{
+    const QByteArray bytesProject = readBytes(m_dir.filePath("q.ed3d"));
+    const QByteArray bytesAxis = "ROTATIONAXIS -38.5000";
+    ASSERT_TRUE(bytesProject.contains(bytesAxis));
+    ASSERT_EQ(batch("right", {"--to", "peaks"}).nStatus, 0);
+    const struct {
+        QByteArray bytesLine;
+        QStringList listArgument;
+    } aRow[] = {{"ROTATIONAXIS 96.5", {"--axis", "auto"}}, {"", {}}};
+    for (const auto& row : aRow) {
+        SCOPED_TRACE(row.bytesLine.toStdString());
+        writeBytes(m_dir.filePath("q.ed3d"), QByteArray(bytesProject).replace(bytesAxis, row.bytesLine));
+        const BatchOutcome outcome = batch(
+            "right", QStringList{"--from", "merge", "--json", m_dir.filePath("a.json")} + row.listArgument);
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        EXPECT_TRUE(outcome.strText.contains("Sharpness of the lattice by azimuth"));
+        EXPECT_FALSE(outcome.strText.contains("Warning:")) << outcome.strText.toStdString();
+        const QJsonObject summary = QJsonDocument::fromJson(readBytes(m_dir.filePath("a.json"))).object();
+        const QJsonObject axis = summary["axis"].toObject();
+        EXPECT_NEAR(axis["azimuth"].toDouble(), -38.5, 1);
+        EXPECT_NEAR(axis["second"].toDouble(), 141.5, 5);
+        EXPECT_EQ(axis["sense"].toString(), "sure");
+        EXPECT_GT(summary["indexedShare"].toDouble(), 0.9);
+    }
+    EXPECT_EQ(batch("right", {"--axis", "somewhere"}).nStatus, 2);
+    EXPECT_EQ(batch("right", {"--axis", "auto", "--export-only", "--export", "volume"}).nStatus, 2);
+}
+
 // A list on disk has one decimal, so a run that starts from it may differ from one that goes through;
 // two that start from the same files may not.
 TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
