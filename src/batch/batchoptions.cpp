@@ -55,7 +55,13 @@ std::optional<double>* optionalTarget(RoadOptions& o, const ParameterMember& mem
         {&DataSet::m_dfStretchAzimuth, &o.dfStretchAzimuth},
         {&DataSet::m_dfCenterX, &o.dfCenterX},
         {&DataSet::m_dfCenterY, &o.dfCenterY},
+        {&PeakHuntingParameters::m_dfPeakRadius, &o.dfPeakRadius},
+        {&PeakHuntingParameters::m_dfBackgroundRadius, &o.dfBackgroundRadius},
+        {&PeakHuntingParameters::m_dfIntegrationRadius, &o.dfIntegrationRadius},
+        {&PeakHuntingParameters::m_dfIntegrationBackground, &o.dfIntegrationBackground},
         {&PeakHuntingParameters::m_dfPeakThreshold, &o.dfPeakThreshold},
+        {&PeakMergingParameters::m_dfMin3DDistance, &o.dfMin3DDistance},
+        {&PeakMergingParameters::m_dfMax2DDistance, &o.dfMax2DDistance},
         {&MappingParameters::m_dfResolutionMin, &o.dfResolutionMin},
         {&MappingParameters::m_dfResolutionMax, &o.dfResolutionMax},
         {&MappingParameters::m_dfIntensityMin, &o.dfIntensityMin},
@@ -154,6 +160,12 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "its own, so --window-defaults leaves this auto.",
          "X,Y,SIZE"},
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
+        {"defects",
+         "Look on some frames for rows, columns, edges and shadows that are no measurement, leave them out "
+         "of "
+         "peak hunting, and repair hot pixels: auto or off; default auto, off with --mask and with "
+         "--window-defaults.",
+         "auto|off"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
         {"cell-method",
          "How the cell is searched: vectors (differences of reflections), directions (Fourier sums of all "
@@ -247,6 +259,7 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);
     options.bFindAxis = reader.values(QStringLiteral("axis")).value(0) == QLatin1String("auto");
+    options.bFindDefects = reader.choice(QStringLiteral("defects"), {"off", "auto"}, 1) == 1;
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
     if (nStretch >= 0) {
         options.bApplyStretching = nStretch == 1;

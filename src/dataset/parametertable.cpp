@@ -105,12 +105,16 @@ const std::vector<Parameter> g_listParameter = {
      {0, 1000, 2, 0.5, " pix."},
      "Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a spot. Lower both radii if "
      "close or weak spots are missed or run together.",
-     {"peak-radius", "pixels", "sigma of the narrow Gaussian; default %1"},
+     {"peak-radius", "pixels",
+      "sigma of the narrow Gaussian; default auto, that of the spots; with --window-defaults %1", orAuto},
      "PeakSearch/PeakRadius"},
     {&Hunt::m_dfBackgroundRadius,
      {0, 1000, 2, 0.5, " pix."},
      "Sigma of the wide Gaussian, pixels; what is broader counts as background. About twice the peak radius.",
-     {"background-radius", "pixels", "sigma of the wide Gaussian; default %1"},
+     {"background-radius", "pixels",
+      "sigma of the wide Gaussian; default auto, by the size and the distance of the spots; with "
+      "--window-defaults %1",
+      orAuto},
      "PeakSearch/BackgroundAveragingRadius"},
     {&Hunt::m_dfPeakThreshold,
      {-100000, 1000000, 2, 0.1, ""},
@@ -128,12 +132,16 @@ const std::vector<Parameter> g_listParameter = {
      {0, 1000, 1, 0.1, " pix."},
      "Radius of the disc whose pixels are summed, pixels. Lower it if neighbours get alike intensities: then "
      "the discs overlap.",
-     {"integration-radius", "pixels", "disc of the 2D integration; default %1"},
+     {"integration-radius", "pixels",
+      "disc of the 2D integration; default auto, three sigmas of a spot or half the way to the next one; "
+      "with --window-defaults %1",
+      orAuto},
      "PeakSearch/Peak2DIntegrationRadious"},
     {&Hunt::m_dfIntegrationBackground,
      {0, 1000, 1, 0.1, " pix."},
      "Width of the ring around the disc, pixels, whose mean is taken as background.",
-     {"integration-background", "pixels", "ring around the disc; default %1"},
+     {"integration-background", "pixels",
+      "ring around the disc; default auto, at most up to the next spot; with --window-defaults %1", orAuto},
      "PeakSearch/Peak2DIntegrationBG"},
 
     // Page "3D Peak Merging": what is shown and merged
@@ -166,12 +174,18 @@ const std::vector<Parameter> g_listParameter = {
      {0, 1000, 2, 0.1, " pix."},
      "A chain of peaks is closed once the frame has moved this far from its last peak, pixels. Raise it if "
      "one reflection gives two points.",
-     {"min-3d-distance", "pixels", "distance from the frame's plane that closes a chain; default %1"}},
+     {"min-3d-distance", "pixels",
+      "distance from the frame's plane that closes a chain; default auto, %1 or half the way to the next "
+      "spot; with --window-defaults %1",
+      orAuto}},
     {&Merge::m_dfMax2DDistance,
      {0, 1000, 2, 0.1, " pix."},
      "A peak joins a chain whose last peak lies closer than this on the frame, pixels. Raise it if one "
      "reflection gives two points, lower it if points lie half way between two.",
-     {"max-2d-distance", "pixels", "distance on the frames within a chain; default %1"}},
+     {"max-2d-distance", "pixels",
+      "distance on the frames within a chain; default auto, %1 or half the way to the next spot; with "
+      "--window-defaults %1",
+      orAuto}},
     {&Merge::m_dfMin2DLength, {-1, 1000, 2, 0.1, " pix."}, "Least length of a chain on the frame, pixels."},
     {&Merge::m_dfMax3DLength,
      {0, 1000, 2, 0.1, " pix."},

@@ -3,6 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/median.h"
 #include "frames/seriessample.h"
+#include "frames/spotdistance.h"
 #include "frames/spotmoments.h"
 
 #include <algorithm>
@@ -20,8 +21,7 @@ const float g_fMeasurable = 10;     // what stands even higher can be measured
 const size_t g_nMostMeasured = 40;  // spots of a frame; the strongest tell most
 const size_t g_nMostSpots = 300;    // of a frame, for their distances
 const int g_nLeastSpots = 10;       // of the series
-const size_t g_nLeastNeighbours = 30;
-const double g_dfFewOnFrame = 3;  // measured spots; with fewer the frame is looked at more coarsely
+const double g_dfFewOnFrame = 3;    // measured spots; with fewer the frame is looked at more coarsely
 
 struct Candidate {
     int nX, nY;
@@ -48,15 +48,15 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
     }
 }
 
-// Spread of pixels of a rectangle: of every fourth one, by rows that take turns.
+// Spread of pixels of a rectangle: of every eighth one, by rows that take turns.
 RobustSpread spreadWithin(const CImgObj<float>& img, int nLeft, int nTop, int nSide)
 {
     std::vector<float> vec;
-    vec.reserve(size_t(nSide) * size_t(nSide) / 4 + 1);
+    vec.reserve(size_t(nSide) * size_t(nSide) / 8 + 1);
     const int nRight = std::min(nLeft + nSide, img.Width() - 1);
     const int nBottom = std::min(nTop + nSide, img.Height() - 1);
-    for (int y = nTop; y < nBottom; y += 2) {
-        for (int x = nLeft + (y / 2) % 2; x < nRight; x += 2) {
+    for (int y = nTop; y < nBottom; y += 4) {
+        for (int x = nLeft + (y / 4) % 2; x < nRight; x += 2) {
             const float f = img.Data()[qint64(y) * img.Width() + x];
             if (isUsablePixel(f)) {
                 vec.push_back(f);
@@ -164,52 +164,6 @@ double quantile(std::vector<double> vec, double dfShare)
     return vec[n];
 }
 
-// The spots of a frame without those that stand still: the direct beam, and pixels that always shine. They
-// lie within 3 pixels of a spot on half the other frames or more.
-FrameSpots withoutStanding(const std::vector<FrameSpots>& vecFrame, size_t nFrame)
-{
-    const double dfNear = 3;
-    FrameSpots kept;
-    for (const QPointF& ptSpot : vecFrame[nFrame].vecSpot) {
-        size_t nSeen = 0;
-        for (const FrameSpots& other : vecFrame) {
-            nSeen += std::any_of(other.vecSpot.begin(), other.vecSpot.end(),
-                                 [&](const QPointF& pt) {
-                                     return std::fabs(pt.x() - ptSpot.x()) <= dfNear &&
-                                            std::fabs(pt.y() - ptSpot.y()) <= dfNear;
-                                 })
-                         ? 1
-                         : 0;
-        }
-        if (vecFrame.size() < 4 || 2 * (nSeen - 1) < vecFrame.size() - 1) {
-            kept.vecSpot.push_back(ptSpot);
-        }
-    }
-    return kept;
-}
-
-// Distances from each spot of a frame to the nearest other one. Maxima on one spot count as one.
-void addDistances(const FrameSpots& frame, double dfSigma, std::vector<double>& vecDistance)
-{
-    const double dfOneSpot = std::max(3.0, 2.5 * dfSigma);
-    std::vector<QPointF> vecKept;
-    const auto squared = [](const QPointF& pt) { return pt.x() * pt.x() + pt.y() * pt.y(); };
-    for (const QPointF& ptSpot : frame.vecSpot) {
-        if (vecKept.size() < g_nMostSpots &&
-            std::none_of(vecKept.begin(), vecKept.end(),
-                         [&](const QPointF& pt) { return squared(pt - ptSpot) < dfOneSpot * dfOneSpot; })) {
-            vecKept.push_back(ptSpot);
-        }
-    }
-    for (size_t i = 0; i < vecKept.size() && vecKept.size() > 1; ++i) {
-        double dfLeast = HUGE_VAL;
-        for (size_t j = 0; j < vecKept.size(); ++j) {
-            dfLeast = i == j ? dfLeast : std::min(dfLeast, squared(vecKept[i] - vecKept[j]));
-        }
-        vecDistance.push_back(std::sqrt(dfLeast));
-    }
-}
-
 }  // namespace
 
 FrameSpots spotsOfFrame(const CImgObj<float>& imgFrame)
@@ -256,13 +210,11 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
         return std::nullopt;
     }
     size.dfSigma = quantile(vecSigma, 0.5);
-    std::vector<double> vecDistance;
-    for (size_t i = 0; i < vecFrame.size(); ++i) {
-        addDistances(withoutStanding(vecFrame, i), size.dfSigma, vecDistance);
+    std::vector<std::vector<QPointF>> vecSpots;
+    for (const FrameSpots& frame : vecFrame) {
+        vecSpots.push_back(frame.vecSpot);
     }
-    // One in ten distances may be shorter: spots of two layers of the lattice meet by chance.
-    const double dfByChance = 0.1;
-    size.dfClosest = vecDistance.size() >= g_nLeastNeighbours ? quantile(vecDistance, dfByChance) : 0;
+    size.dfClosest = closestDistance(vecSpots, 2.5 * size.dfSigma);
     return size;
 }
 

@@ -1,9 +1,12 @@
 #include "road/stages.h"
 
+#include "dataset/pagerounding.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/peakgroups.h"
+#include "reciprocal/suggestmerging.h"
 #include "road/axisfinding.h"
+#include "road/takesuggestion.h"
 
 #include <limits>
 
@@ -27,6 +30,23 @@ void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
     takeLimit(options.dfIntensityMax, mapping, &MappingParameters::m_dfIntensityMax);
 }
 
+/// Distances that nobody gave stay below half the way from peak to peak.
+void chooseDistances(RoadState& state)
+{
+    using Merge = PeakMergingParameters;
+    RoadOptions& options = state.options;
+    const GivenValues listGiven = {{&Merge::m_dfMin3DDistance, &options.dfMin3DDistance},
+                                   {&Merge::m_dfMax2DDistance, &options.dfMax2DDistance}};
+    ParameterRecords records{};
+    std::get<PeakMergingParameters*>(records) = &options.merging;
+    if (!options.bWindowDefaults && anyIsOpen(listGiven)) {
+        takeSuggestion(suggestMerging(closestDistanceOfPeaks(state.dataSet.m_listPeakFrame)), listGiven,
+                       records, state.report);
+    }
+    takeGiven(listGiven, records);
+    roundToPages(options.merging);
+}
+
 }  // namespace
 
 StageResult runMergeStage(RoadState& state)
@@ -38,6 +58,7 @@ StageResult runMergeStage(RoadState& state)
     if (!axis.finished()) {
         return axis;
     }
+    chooseDistances(state);
     if (!transformPeaksTo3D(dataSet, state.mapping, state.report)) {
         return state.report.failed();
     }

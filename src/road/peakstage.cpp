@@ -2,7 +2,10 @@
 
 #include "dataset/pagerounding.h"
 #include "frames/autothreshold.h"
+#include "frames/framedefects.h"
 #include "frames/peakhunting.h"
+#include "frames/suggestpeaksearch.h"
+#include "road/takesuggestion.h"
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -21,6 +24,55 @@ int countPeaks(const QList<QList<Peak3D>>& listPeakFrame)
     return nCount;
 }
 
+/// Lets the hunting leave out what the frames show to be no measurement.
+/// @return false when the report asked to stop or memory is short
+bool leaveDefectsOut(RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    if (!options.bFindDefects || options.bWindowDefaults || !options.strMaskFile.isEmpty()) {
+        return true;
+    }
+    FrameDefects defects;
+    if (!findFrameDefects(state.dataSet, state.report, defects, options.jobs())) {
+        return false;
+    }
+    for (const QString& strLine : tellDefects(defects)) {
+        state.report.addMessage(strLine, Severity::Info);
+    }
+    state.dataSet.m_maskPeakHunting.listPolygon += maskOfDefects(defects).listPolygon;
+    state.dataSet.m_listHotPixel += defects.listHotPixel;
+    return true;
+}
+
+/// Radii that nobody gave follow from the size of the spots; those of the page stay where there are none.
+/// @return false when the report asked to stop or memory is short
+bool chooseRadii(RoadState& state)
+{
+    using Hunt = PeakHuntingParameters;
+    RoadOptions& options = state.options;
+    const GivenValues listGiven = {{&Hunt::m_dfPeakRadius, &options.dfPeakRadius},
+                                   {&Hunt::m_dfBackgroundRadius, &options.dfBackgroundRadius},
+                                   {&Hunt::m_dfIntegrationRadius, &options.dfIntegrationRadius},
+                                   {&Hunt::m_dfIntegrationBackground, &options.dfIntegrationBackground}};
+    ParameterRecords records{};
+    std::get<PeakHuntingParameters*>(records) = &options.hunting;
+    if (!options.bWindowDefaults && anyIsOpen(listGiven)) {
+        std::optional<SpotSize> size;
+        if (!measureSpotSize(state.dataSet, state.report, size, options.jobs())) {
+            return false;
+        }
+        if (!size) {
+            state.report.addMessage(
+                QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
+                               "the peak search are those of the page."),
+                Severity::Info);
+        }
+        takeSuggestion(suggestPeakSearch(size, options.dfPeakRadius), listGiven, records, state.report);
+    }
+    takeGiven(listGiven, records);
+    return true;
+}
+
 }  // namespace
 
 StageResult runPeakStage(RoadState& state)
@@ -30,6 +82,9 @@ StageResult runPeakStage(RoadState& state)
     DataSet& dataSet = state.dataSet;
     CPeakFilters filters;
     PeakHuntingParameters& parameters = state.options.hunting;
+    if (!leaveDefectsOut(state) || !chooseRadii(state)) {
+        return state.report.failed();
+    }
     takeOver(state.options.dfPeakThreshold, parameters.m_dfPeakThreshold);
     roundToPages(parameters);
     if (!state.options.dfPeakThreshold && !state.options.bWindowDefaults &&
@@ -49,6 +104,8 @@ StageResult runPeakStage(RoadState& state)
 #endif
     PeakResult& peaks = state.results.peaks.emplace();
     peaks.dfThreshold = parameters.m_dfPeakThreshold;
+    peaks.dfPeakRadius = parameters.m_dfPeakRadius;
+    peaks.dfBackgroundRadius = parameters.m_dfBackgroundRadius;
     peaks.dfFrameScale = parameters.m_dfFrameScale;
     peaks.nPeaks = countPeaks(dataSet.m_listPeakFrame);
     if (peaks.nPeaks == 0) {

@@ -36,6 +36,8 @@ void put(QJsonObject& object, const PeakResult& peaks)
     if (peaks.dfFrameScale != 1) {
         object[QStringLiteral("frameScale")] = peaks.dfFrameScale;
     }
+    object[QStringLiteral("peakRadius")] = peaks.dfPeakRadius;
+    object[QStringLiteral("backgroundRadius")] = peaks.dfBackgroundRadius;
     object[QStringLiteral("peaks")] = peaks.nPeaks;
 }
 

@@ -16,10 +16,11 @@ namespace tessera {
 /// Everything that was asked for. An empty optional is a value that a stage finds itself or takes from the
 /// project.
 struct RoadOptions {
-    QStringList listInput;  ///< one project, or images in series order
-    QString strOutDir;      ///< empty: beside the project or the first image
-    QString strMaskFile;    ///< areas that peak hunting leaves out; empty: none
-    QString strCellFile;    ///< a cell in place of a search; empty: search
+    QStringList listInput;     ///< one project, or images in series order
+    QString strOutDir;         ///< empty: beside the project or the first image
+    QString strMaskFile;       ///< areas that peak hunting leaves out; empty: none
+    bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file
+    QString strCellFile;       ///< a cell in place of a search; empty: search
     RoadStage stageFrom = RoadStage::Shifts;
     RoadStage stageTo = RoadStage::Index;
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
@@ -43,6 +44,10 @@ struct RoadOptions {
     std::optional<double> dfCenterY;
 
     PeakHuntingParameters hunting;
+    std::optional<double> dfPeakRadius;  ///< pixels
+    std::optional<double> dfBackgroundRadius;
+    std::optional<double> dfIntegrationRadius;
+    std::optional<double> dfIntegrationBackground;
     std::optional<double> dfPeakThreshold;  ///< counts
     std::optional<double> dfResolutionMin;  ///< Å⁻¹, of the peaks to merge
     std::optional<double> dfResolutionMax;
@@ -53,6 +58,8 @@ struct RoadOptions {
     std::optional<double> dfCellRangeMin;  ///< Å
     std::optional<double> dfCellRangeMax;
     std::optional<CellSearchMethod> cellMethod;
+    std::optional<double> dfMin3DDistance;  ///< pixels
+    std::optional<double> dfMax2DDistance;
     IndexingParameters indexing;
     RefinementParameters refinement;
     std::optional<double> dfRefineIntensityLow;  ///< counts, of the peaks of a pair

@@ -36,6 +36,8 @@ struct ShiftResult {
 struct PeakResult {
     double dfThreshold = 0;   ///< least value of the band-passed image at a peak
     double dfFrameScale = 1;  ///< what the pixels were multiplied by
+    double dfPeakRadius = 0;  ///< sigmas of both Gaussians, pixels
+    double dfBackgroundRadius = 0;
     int nPeaks = 0;
 };
 

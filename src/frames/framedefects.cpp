@@ -1,0 +1,304 @@
+#include "frames/framedefects.h"
+
+#include "frames/badpixels.h"
+#include "frames/frameshadows.h"
+#include "frames/median.h"
+#include "frames/seriessample.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <utility>
+
+namespace tessera {
+
+namespace {
+
+const int g_nFramesLookedAt = 12;
+const size_t g_nLeastFrames = 5;   // over which a reflection moves on
+const int g_nMostBorder = 6;       // columns or rows that a defect of the edge is wide at most
+const int g_nMostSpikes = 2000;    // of a frame; more is noise
+const double g_dfDeviations = 10;  // of the noise, that a hot pixel stands above its neighbours
+const double g_dfAlone = 5;        // times as high as the highest of its neighbours, both over their mean
+
+float pixel(const CImgObj<float>& img, int nX, int nY)
+{
+    return img.Data()[qint64(nY) * img.Width() + nX];
+}
+
+// Mean of the middle half of some pixels of a line: neither reflections nor hot pixels count.
+float lineLevel(const CImgObj<float>& img, int nLine, bool bColumn)
+{
+    const int nLength = bColumn ? img.Height() : img.Width();
+    const int nStep = std::max(1, nLength / 128);
+    std::vector<float> vec;
+    for (int i = 0; i < nLength; i += nStep) {
+        const float f = bColumn ? pixel(img, nLine, i) : pixel(img, i, nLine);
+        if (isUsablePixel(f)) {
+            vec.push_back(f);
+        }
+    }
+    std::sort(vec.begin(), vec.end());
+    double dfSum = 0;
+    const size_t nFrom = vec.size() / 4, nTo = vec.size() - nFrom;
+    for (size_t i = nFrom; i < nTo; ++i) {
+        dfSum += double(vec[i]);
+    }
+    return nTo > nFrom ? float(dfSum / double(nTo - nFrom)) : 0;
+}
+
+void lookAtBorders(const CImgObj<float>& img, FrameSigns& signs)
+{
+    for (int i = 0; i < g_nBorderLines; ++i) {
+        const size_t n = size_t(i);
+        signs.aBorder[0][n] = lineLevel(img, i, true);
+        signs.aBorder[1][n] = lineLevel(img, img.Width() - 1 - i, true);
+        signs.aBorder[2][n] = lineLevel(img, i, false);
+        signs.aBorder[3][n] = lineLevel(img, img.Height() - 1 - i, false);
+    }
+}
+
+// Noise from the differences of pixels two apart.
+double noiseOf(const CImgObj<float>& img)
+{
+    const qint64 nPixels = qint64(img.Width()) * img.Height();
+    const qint64 nStep = std::max<qint64>(1, nPixels / 10000) | 1;
+    std::vector<float> vec;
+    for (qint64 i = 0; i + 2 < nPixels; i += nStep) {
+        const float f = img.Data()[i + 2] - img.Data()[i];
+        if (isUsablePixel(f)) {
+            vec.push_back(f);
+        }
+    }
+    return robustSpread(std::move(vec)).dfDeviation / std::sqrt(2.0);
+}
+
+bool standsAlone(const CImgObj<float>& img, int nX, int nY, float fStep)
+{
+    const float f = pixel(img, nX, nY);
+    float fHighest = -HUGE_VALF;
+    double dfSum = 0;
+    for (int y = nY - 1; y <= nY + 1; ++y) {
+        for (int x = nX - 1; x <= nX + 1; ++x) {
+            if (x != nX || y != nY) {
+                fHighest = std::max(fHighest, pixel(img, x, y));
+                dfSum += double(pixel(img, x, y));
+            }
+        }
+    }
+    const double dfMean = dfSum / 8;
+    return f > fHighest + fStep && double(f) - dfMean > g_dfAlone * (double(fHighest) - dfMean);
+}
+
+void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
+{
+    const float fStep = float(g_dfDeviations * noiseOf(img));
+    const int nWidth = img.Width();
+    if (!(fStep > 0)) {
+        return;
+    }
+    for (int y = 1; y + 1 < img.Height(); ++y) {
+        const float* p = img.Data() + qint64(y) * nWidth;
+        for (int x = 1; x + 1 < nWidth; ++x) {
+            if (p[x] > p[x - 1] + fStep && p[x] > p[x + 1] + fStep && standsAlone(img, x, y, fStep)) {
+                signs.listSpike.append(QPoint(x, y));
+            }
+        }
+        if (signs.listSpike.size() > g_nMostSpikes) {
+            signs.listSpike.clear();
+            return;
+        }
+    }
+}
+
+// How many of the outermost lines differ from those further in, which are alike.
+int borderWidth(const std::vector<FrameSigns>& vecFrame, size_t nEdge)
+{
+    std::array<float, g_nBorderLines> afLevel{};
+    for (size_t i = 0; i < afLevel.size(); ++i) {
+        std::vector<float> vec;
+        for (const FrameSigns& frame : vecFrame) {
+            vec.push_back(frame.aBorder[nEdge][i]);
+        }
+        afLevel[i] = medianOf(vec);
+    }
+    std::vector<float> vecInner(afLevel.begin() + g_nBorderLines / 2, afLevel.end());
+    const double dfInner = double(medianOf(vecInner));
+    const auto [itLeast, itGreatest] = std::minmax_element(vecInner.begin(), vecInner.end());
+    // A third more or less than the lines within, and far more than these differ among each other.
+    const double dfShare = 1.0 / 3, dfTimes = 3;
+    const double dfLimit = std::max(
+        {dfShare * std::fabs(dfInner), dfTimes * double(*itGreatest - *itLeast), 1e-30});
+    int nWidth = 0;
+    while (nWidth < g_nBorderLines && std::fabs(double(afLevel[size_t(nWidth)]) - dfInner) > dfLimit) {
+        ++nWidth;
+    }
+    return nWidth <= g_nMostBorder ? nWidth : 0;
+}
+
+QList<QPoint> hotPixels(const std::vector<FrameSigns>& vecFrame)
+{
+    const double dfNextToAll = 0.9;
+    std::map<std::pair<int, int>, size_t> mapSeen;
+    for (const FrameSigns& frame : vecFrame) {
+        for (const QPoint& pt : frame.listSpike) {
+            ++mapSeen[{pt.y(), pt.x()}];
+        }
+    }
+    QList<QPoint> listHot;
+    for (const auto& [place, nSeen] : mapSeen) {
+        if (double(nSeen) >= dfNextToAll * double(vecFrame.size())) {
+            listHot.append(QPoint(place.second, place.first));
+        }
+    }
+    return listHot;
+}
+
+QPolygonF rectangle(double dfLeft, double dfTop, double dfRight, double dfBottom)
+{
+    return QPolygonF({{dfLeft, dfTop}, {dfRight, dfTop}, {dfRight, dfBottom}, {dfLeft, dfBottom}});
+}
+
+QString tellRuns(const std::vector<LineRun>& vecRun)
+{
+    QStringList list;
+    for (const LineRun& run : vecRun) {
+        list.append(run.nFirst == run.nLast ? QString::number(run.nFirst)
+                                            : QStringLiteral("%1-%2").arg(run.nFirst).arg(run.nLast));
+    }
+    return list.join(QStringLiteral(", "));
+}
+
+}  // namespace
+
+FrameSigns signsOfFrame(const CImgObj<float>& imgFrame)
+{
+    FrameSigns signs;
+    signs.nWidth = imgFrame.Width();
+    signs.nHeight = imgFrame.Height();
+    if (std::min(signs.nWidth, signs.nHeight) < 2 * g_nBorderLines) {
+        return signs;  // too small to know the usual from the unusual
+    }
+    signs.lines = linesOfFrame(imgFrame);
+    signs.vecBlockMean = blockMeans(imgFrame);
+    lookAtBorders(imgFrame, signs);
+    lookForSpikes(imgFrame, signs);
+    return signs;
+}
+
+FrameDefects defectsOf(const std::vector<FrameSigns>& vecAll)
+{
+    FrameDefects defects;
+    std::vector<FrameSigns> vecFrame;
+    for (const FrameSigns& frame : vecAll) {
+        if (frame.nWidth == vecAll.front().nWidth && frame.nHeight == vecAll.front().nHeight &&
+            !frame.vecBlockMean.empty()) {
+            vecFrame.push_back(frame);
+        }
+    }
+    if (vecFrame.empty()) {
+        return defects;
+    }
+    defects.nWidth = vecFrame.front().nWidth;
+    defects.nHeight = vecFrame.front().nHeight;
+    FrameLines lines = vecFrame.front().lines;
+    for (size_t i = 1; i < vecFrame.size(); ++i) {
+        lines.columns.add(vecFrame[i].lines.columns);
+        lines.rows.add(vecFrame[i].lines.rows);
+    }
+    defects.vecColumn = lines.columns.stuckLines();
+    defects.vecRow = lines.rows.stuckLines();
+    for (size_t nEdge = 0; nEdge < defects.anBorder.size(); ++nEdge) {
+        defects.anBorder[nEdge] = borderWidth(vecFrame, nEdge);
+    }
+    if (vecFrame.size() >= g_nLeastFrames) {
+        defects.listHotPixel = hotPixels(vecFrame);
+        std::vector<std::vector<float>> vecMean;
+        for (const FrameSigns& frame : vecFrame) {
+            vecMean.push_back(frame.vecBlockMean);
+        }
+        defects.listShadow = findShadows(vecMean, defects.nWidth, defects.nHeight);
+    }
+    return defects;
+}
+
+MaskData maskOfDefects(const FrameDefects& defects)
+{
+    MaskData mask;
+    const double dfRight = defects.nWidth - 0.5, dfBottom = defects.nHeight - 0.5;
+    for (const LineRun& run : defects.vecColumn) {
+        mask.listPolygon.append(rectangle(run.nFirst - 0.5, -0.5, run.nLast + 0.5, dfBottom));
+    }
+    for (const LineRun& run : defects.vecRow) {
+        mask.listPolygon.append(rectangle(-0.5, run.nFirst - 0.5, dfRight, run.nLast + 0.5));
+    }
+    const std::array<int, 4>& an = defects.anBorder;
+    const QPolygonF aEdge[4] = {
+        rectangle(-0.5, -0.5, an[0] - 0.5, dfBottom), rectangle(dfRight - an[1], -0.5, dfRight, dfBottom),
+        rectangle(-0.5, -0.5, dfRight, an[2] - 0.5), rectangle(-0.5, dfBottom - an[3], dfRight, dfBottom)};
+    for (size_t nEdge = 0; nEdge < an.size(); ++nEdge) {
+        if (an[nEdge] > 0) {
+            mask.listPolygon.append(aEdge[nEdge]);
+        }
+    }
+    mask.listPolygon += defects.listShadow;
+    return mask;
+}
+
+QStringList tellDefects(const FrameDefects& defects)
+{
+    QStringList list;
+    if (!defects.vecColumn.empty()) {
+        list.append(
+            QStringLiteral("Left out of the peak search: columns %1, dead or made from their neighbours.")
+                .arg(tellRuns(defects.vecColumn)));
+    }
+    if (!defects.vecRow.empty()) {
+        list.append(
+            QStringLiteral("Left out of the peak search: rows %1, dead or made from their neighbours.")
+                .arg(tellRuns(defects.vecRow)));
+    }
+    const char* const aszEdge[] = {"left", "right", "upper", "lower"};
+    for (size_t nEdge = 0; nEdge < defects.anBorder.size(); ++nEdge) {
+        if (defects.anBorder[nEdge] > 0) {
+            list.append(
+                QStringLiteral("Left out of the peak search: %1 pixels along the %2 edge, which differ "
+                               "from those further in.")
+                    .arg(defects.anBorder[nEdge])
+                    .arg(QLatin1String(aszEdge[nEdge])));
+        }
+    }
+    for (const QPolygonF& polygon : defects.listShadow) {
+        const QRectF rc = polygon.boundingRect();
+        list.append(
+            QStringLiteral("Left out of the peak search: a shadow between (%1, %2) and (%3, %4), as of "
+                           "an aperture or a beam stop.")
+                .arg(std::max(0.0, std::ceil(rc.left())))
+                .arg(std::max(0.0, std::ceil(rc.top())))
+                .arg(std::min(defects.nWidth - 1.0, std::floor(rc.right())))
+                .arg(std::min(defects.nHeight - 1.0, std::floor(rc.bottom()))));
+    }
+    if (!defects.listHotPixel.isEmpty()) {
+        QStringList listPlace;
+        for (const QPoint& pt : defects.listHotPixel) {
+            listPlace.append(QStringLiteral("(%1, %2)").arg(pt.x()).arg(pt.y()));
+        }
+        list.append(QStringLiteral("Hot pixels, repaired on every frame: %1.")
+                        .arg(listPlace.join(QStringLiteral(", "))));
+    }
+    return list;
+}
+
+bool findFrameDefects(const DataSet& dataSet, CRunReport& report, FrameDefects& defects, int nJobs)
+{
+    std::vector<FrameSigns> vecFrame;
+    const auto makeLook = [] { return [](const CImgObj<float>& img) { return signsOfFrame(img); }; };
+    if (!forEachSampledFrame<FrameSigns>(dataSet, g_nFramesLookedAt, nJobs, report, makeLook,
+                                         [&](FrameSigns& signs) { vecFrame.push_back(std::move(signs)); })) {
+        return false;
+    }
+    defects = defectsOf(vecFrame);
+    return true;
+}
+
+}  // namespace tessera

@@ -1,0 +1,62 @@
+#include "frames/suggestpeaksearch.h"
+
+#include "dataset/pagerounding.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+const double g_dfWideToNarrow = 2.7;
+const double g_dfLeastWideToNarrow = 2;
+const double g_dfDisc = 3;  // sigmas: the disc holds 99 % of a Gaussian spot
+const double g_dfFoot = 2;  // sigmas: what of the next spot stays out of the ring, all but 14 % of it
+const double g_dfRing = 3;  // pixels, as the page has it
+
+QString figure(double df)
+{
+    return QString::number(df, 'f', 2);
+}
+
+}  // namespace
+
+SuggestedValue suggestedValue(ParameterMember member, double dfValue, const QString& strWhy)
+{
+    return {member, spinBoxValue(dfValue, parameterOf(member).box), strWhy};
+}
+
+Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::optional<double>& dfPeakRadius)
+{
+    if (!size) {
+        return {};
+    }
+    using Hunt = PeakHuntingParameters;
+    const QString strSize = QStringLiteral("spots have a sigma of %1 pixels (%2 spots on %3 frames)")
+                                .arg(figure(size->dfSigma))
+                                .arg(size->nSpots)
+                                .arg(size->nFrames);
+    const double dfNarrow = std::max(size->dfSigma, dfPeakRadius.value_or(0));
+    const double dfHalfWay = size->dfClosest > 0 ? size->dfClosest / 2 : HUGE_VAL;
+    const double dfFree = g_dfWideToNarrow * dfNarrow;
+    const double dfWide = std::max(g_dfLeastWideToNarrow * dfNarrow, std::min(dfFree, 0.99 * dfHalfWay));
+    const QString strHalfWay =
+        QStringLiteral("half the way to the next spot is %1 pixels").arg(figure(dfHalfWay));
+    const double dfDisc = std::ceil(g_dfDisc * size->dfSigma);
+    const double dfRadius = std::max(1.0, std::min(dfDisc, std::floor(dfHalfWay)));
+    const double dfRing = std::floor(size->dfClosest - g_dfFoot * size->dfSigma - dfRadius);
+    const bool bRing = size->dfClosest > 0 && dfRing < g_dfRing;
+    return {
+        suggestedValue(&Hunt::m_dfPeakRadius, size->dfSigma, strSize),
+        suggestedValue(&Hunt::m_dfBackgroundRadius, dfWide,
+                       dfWide < dfFree
+                           ? strHalfWay
+                           : QStringLiteral("%1 times as wide as the narrow Gaussian").arg(g_dfWideToNarrow)),
+        suggestedValue(&Hunt::m_dfIntegrationRadius, dfRadius, dfRadius < dfDisc ? strHalfWay : strSize),
+        suggestedValue(&Hunt::m_dfIntegrationBackground, bRing ? std::max(1.0, dfRing) : g_dfRing,
+                       bRing ? QStringLiteral("the next spot begins beyond that")
+                             : QStringLiteral("no spot lies near"))};
+}
+
+}  // namespace tessera
