@@ -175,7 +175,8 @@ const std::vector<Parameter> g_listParameter = {
      "A chain of peaks is closed once the frame has moved this far from its last peak, pixels. Raise it if "
      "one reflection gives two points.",
      {"min-3d-distance", "pixels",
-      "distance from the frame's plane that closes a chain; default auto, %1 or half the way to the next "
+      "distance from the frame's plane that closes a chain; default auto, %1 or 0.87 times the way to the "
+      "next "
       "spot; with --window-defaults %1",
       orAuto}},
     {&Merge::m_dfMax2DDistance,

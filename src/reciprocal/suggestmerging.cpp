@@ -4,6 +4,7 @@
 #include "frames/spotdistance.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace tessera {
@@ -12,11 +13,9 @@ namespace {
 
 const int g_nFramesLookedAt = 12;
 
-SuggestedValue atMostHalfWay(double PeakMergingParameters::*pMember, double dfClosest)
+SuggestedValue atMost(double PeakMergingParameters::*pMember, double dfLimit, double dfClosest)
 {
-    const double dfPage = PeakMergingParameters().*pMember;
-    const double dfHalfWay = 0.99 * dfClosest / 2;  // below it
-    return suggestedValue(pMember, std::min(dfPage, dfHalfWay),
+    return suggestedValue(pMember, std::min(PeakMergingParameters().*pMember, dfLimit),
                           QStringLiteral("nine in ten peaks are %1 pixels or more from the next one")
                               .arg(dfClosest, 0, 'f', 1));
 }
@@ -43,8 +42,10 @@ Suggestion suggestMerging(double dfClosest)
     if (!(dfClosest > 0)) {
         return {};
     }
-    return {atMostHalfWay(&PeakMergingParameters::m_dfMin3DDistance, dfClosest),
-            atMostHalfWay(&PeakMergingParameters::m_dfMax2DDistance, dfClosest)};
+    const double dfHalfWay = 0.99 * dfClosest / 2;  // below it
+    const double dfNextSpot = std::sqrt(dfClosest * dfClosest - dfHalfWay * dfHalfWay);
+    return {atMost(&PeakMergingParameters::m_dfMin3DDistance, dfNextSpot, dfClosest),
+            atMost(&PeakMergingParameters::m_dfMax2DDistance, dfHalfWay, dfClosest)};
 }
 
 }  // namespace tessera

@@ -12,8 +12,12 @@ namespace tessera {
 /// @param listPeakFrame  one list per frame
 double closestDistanceOfPeaks(const QList<QList<Peak3D>>& listPeakFrame);
 
-/// The distances within a chain: those of the pages, less where they would reach half the way to the next
-/// spot, beyond which a peak belongs to another reflection.
+/// The distances within a chain: those of the pages, or less where spots lie close.
+///
+/// On the frames a peak beyond half the way to the next spot belongs to another reflection. Of two
+/// reflections that lie within half the way on the frames, and so may join a chain, the planes of the frames
+/// lie 0.87 of the closest distance apart or more: there the chain has to be closed. An earlier end would
+/// part a reflection that is missing on a frame or two.
 /// @param dfClosest  by closestDistanceOfPeaks(); 0: no suggestion
 Suggestion suggestMerging(double dfClosest);
 
