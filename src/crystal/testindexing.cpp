@@ -3,7 +3,6 @@
 #include "crystal/cellarithmetic.h"
 #include "crystal/hkl3d.h"
 #include "crystal/reflectionbuilder.h"
-#include "records/hklref.h"
 
 #include <QString>
 

@@ -1,6 +1,5 @@
 #include "dataset/newproject.h"
 
-#include "dataset/framefiles.h"
 #include "dataset/projectfile.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "dataset/shiftfile.h"
 
 #include "dataset/fixednumber.h"
-#include "dataset/pagerounding.h"
+#include "dataset/parametertable.h"
 #include "dataset/textlines.h"
 #include "dataset/textscanner.h"
 #include "records/formerfile.h"

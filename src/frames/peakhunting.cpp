@@ -4,6 +4,7 @@
 #include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/firstimage.h"
+#include "frames/framehunt.h"
 #include "frames/framewalk.h"
 #include "frames/sharedpeakfilters.h"
 #include "records/formerfile.h"

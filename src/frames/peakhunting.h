@@ -2,8 +2,6 @@
 #pragma once
 
 #include "dataset/dataset.h"
-#include "frames/bandpass.h"
-#include "frames/framehunt.h"
 #include "frames/peakfilters.h"
 #include "records/runoutcome.h"
 #include "records/runparameters.h"

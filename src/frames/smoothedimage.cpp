@@ -1,6 +1,5 @@
 #include "frames/smoothedimage.h"
 
-#include "frames/badpixels.h"
 #include "frames/bandpass.h"
 #include "imagefiles/mrcfile.h"
 

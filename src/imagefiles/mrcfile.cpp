@@ -6,7 +6,6 @@
 #include "records/wholefile.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <memory>

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <memory>
 #include <new>
-#include <utility>
 
 namespace tessera {
 

@@ -2,7 +2,6 @@
 
 #include "crystal/reflectionindices.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>

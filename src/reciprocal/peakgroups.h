@@ -5,7 +5,6 @@
 #include "records/runparameters.h"
 
 #include <QList>
-#include <QVector>
 
 #include <vector>
 

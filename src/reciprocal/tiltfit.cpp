@@ -4,7 +4,6 @@
 #include "crystal/reflectionindices.h"
 #include "imaging/lmdiffit.h"
 
-#include <cmath>
 #include <limits>
 
 namespace tessera {

@@ -5,7 +5,7 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/tiltfit.h"
 
-#include <QLatin1Char>
+#include <QLatin1String>
 
 #include <cmath>
 #include <utility>

@@ -12,8 +12,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <algorithm>
-
 namespace tessera {
 
 namespace {

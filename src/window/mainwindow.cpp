@@ -11,7 +11,6 @@
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
 #include "window/pages/extractionpage.h"
-#include "window/pages/pagecontrols.h"
 #include "window/pages/view3dpage.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"

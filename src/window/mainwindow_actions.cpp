@@ -2,7 +2,6 @@
 #include "frameview/originalimgscene.h"
 #include "window/mainwindow.h"
 #include "window/pages/controltips.h"
-#include "window/tabwidget.h"
 #include "window/windowactions.h"
 
 #include <QApplication>

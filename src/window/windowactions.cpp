@@ -5,7 +5,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QIcon>
-#include <QKeyEvent>
+#include <QKeySequence>
 #include <QMenu>
 #include <QShortcutEvent>
 #include <QWidget>

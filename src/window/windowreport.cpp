@@ -3,7 +3,6 @@
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
 
-#include <QCoreApplication>
 #include <QProgressBar>
 
 namespace tessera {

@@ -7,7 +7,6 @@
 #include "view3d/quietview.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
-#include "window/tabwidget.h"
 #include "window/windowreport.h"
 
 #include <QApplication>

@@ -11,7 +11,6 @@
 #include "window/windowreport.h"
 
 #include <QCheckBox>
-#include <QDoubleSpinBox>
 #include <QStatusBar>
 #include <QThread>
 

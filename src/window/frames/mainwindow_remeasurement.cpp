@@ -5,7 +5,6 @@
 #include "frames/directbeamfit.h"
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
-#include "frameview/originalimgscene.h"
 #include "window/frames/curveplot.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/peaksearchpage.h"

@@ -8,7 +8,6 @@
 #include <QIcon>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QStringList>
 #include <QTableWidget>
 #include <QVariant>
 

@@ -2,7 +2,6 @@
 #include "window/mainwindow.h"
 
 #include "frames/peakpositions.h"
-#include "frameview/originalimgscene.h"
 #include "reciprocal/predictedpositions.h"
 #include "window/frameview/framemarks.h"
 #include "window/pages/extractionpage.h"

@@ -7,7 +7,6 @@
 #include "reciprocal/planeindexing.h"
 #include "reciprocal/rotationaxistest.h"
 #include "reciprocal/stretchingtest.h"
-#include "records/timestamp.h"
 
 #include <QSpinBox>
 
