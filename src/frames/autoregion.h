@@ -13,8 +13,8 @@ namespace tessera {
 /// @param rcRegion  raw frame pixels, wholly inside the frames as large as the first; the side is 256, more
 ///                  where the beam wanders far over the series, less in small frames
 /// @param nJobs     frames looked at side by side; the region is the same for each
-/// @return false, with a red line and rcRegion untouched, when no frame can be read, all are blank or no
-/// region fits;
+/// @return false, with a red line and rcRegion untouched, when no frame can be read, all are blank or
+///         no region fits;
 ///         false, without a line, when the report asked to stop
 bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion, int nJobs = 1);
 

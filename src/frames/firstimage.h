@@ -23,9 +23,8 @@ enum class OnShortMemory {
 };
 
 /// Loads the first image of a frame of a series, with the hot pixels repaired.
-/// @return null, with red lines and the first of them as the report's reason, when the file cannot be loaded
-/// or
-///         has no image
+/// @return null, with red lines and the first of them as the report's reason, when the file cannot be
+///         loaded or has no image
 /// @throw CShortMemory if asked for
 std::unique_ptr<CImgObj<float>> firstImage(const SeriesSnapshot& series, int nFrame,
                                            const FrameFaults& faults, CRunReport& report,

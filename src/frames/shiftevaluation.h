@@ -39,9 +39,8 @@ using FnShiftFrameDone =
 ///
 /// A fit of the beam that leaves the region is not believed: a red line, and the coarse position stands.
 ///
-/// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too; its
-/// height
-///                  is not read
+/// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too;
+///                  its height is not read
 /// @return Finished only if all frames were reached, with the reason if the shift file was not written;
 ///         Refused without frames and with too small a side
 RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,

@@ -28,12 +28,12 @@ struct DifferenceMap {
 /// Start values come from the first three pairs. If their index differences have no determinant above
 /// 1e-7, the start is the least-squares map of all pairs, or 0 if these lie in a plane. p5 starts off by 1.
 /// A frame with fewer than three pairs gets its differences listed and no map; the fit itself wants six.
+/// A run that the report stops ends at once, with the entries found so far. The lines of the differences of a
+/// frame are one log entry, and so are those of its start map.
 ///
 /// @param vecListPeakPair  one list per frame; entries of the result line up with it
 /// @param dfAmplitude, dfAzimuth  of the stretching, per cent and degrees
 /// @param dfPixelSize      Å⁻¹ per pixel
-/// A run that the report stops ends at once, with the entries found so far. The lines of the differences of a
-/// frame are one log entry, and so are those of its start map.
 QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& vecListPeakPair,
                                                 double dfAmplitude, double dfAzimuth, double dfPixelSize,
                                                 CRunReport& report);

@@ -20,8 +20,7 @@ struct ExpectedFrame {
 /// that the sphere of either basis does not reach are left out, and with none left the averaged errors, roots
 /// of the mean squares, show 0.
 /// @param bExchanged  whether h and k of the reflections are those of a working copy with a* and b*
-/// exchanged;
-///                    absences go by the indices of the cell in force
+///                    exchanged; absences go by the indices of the cell in force
 /// @return one entry per row; empty, with a red line, unless both bases have three vectors
 QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
                                         const QList<Vec3D>& listUnitCellAfter, const QList<Peak3D>& listPeak,

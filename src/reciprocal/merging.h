@@ -23,11 +23,11 @@ struct PeakMergingResult {
 /// Links the peaks of m_listPeakFrameShown into chains, frame by frame, and merges each chain.
 ///
 /// Replaces m_listPeakChain, m_listPeakMerged, m_listPeakMergedShown and m_nIntensityMode, and fits the
-/// curves through the frames (dfIntFit, dfFrameFit, dfHalfWidth of m_listPeakMerged).
+/// curves through the frames (dfIntFit, dfFrameFit, dfHalfWidth of m_listPeakMerged). Refuses with a red line
+/// when the frame counts of peaks, shifts and tilts differ.
 ///
 /// @param pvecSelected  null: all peaks. Else one flag per nID of m_listPeakFrame: 0 keeps the peak out, and
 ///                      so does an nID beyond the flags, so that no flags at all select nothing.
-/// Refused with a red line when the frame counts of peaks, shifts and tilts differ.
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
                                   const std::vector<char>* pvecSelected, CRunReport& report);
 

@@ -23,8 +23,7 @@ struct PlaneGroup {
 /// @param dfResolutionMax   Å⁻¹, d* of the peaks lies below it and above 0.01
 /// @param dfBackgroundSize  tolerance of a group in hundredths of the length of its first vector
 /// @return the groups, shortest first; empty, with a red line, for more than 10⁶ difference vectors and when
-/// the
-///         report's goOn(), asked after each group, ended the run
+///         the report's goOn(), asked after each group, ended the run
 QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelSize, double dfResolutionMax,
                                  double dfBackgroundSize, CRunReport& report);
 

@@ -212,8 +212,7 @@ public slots:
     /// Maps the peaks of all frames into reciprocal space with shifts and geometry as they are now.
     void transformPeaksTo3D();
     /// Shows the mapped peaks within the limits of intensity and resolution in the raw view, with their
-    /// groups.
-    /// During a run this waits for its end.
+    /// groups. During a run this waits for its end.
     void showPeaksIn3D();
     /// Maps and shows them anew after a change of the geometry; during a run after it.
     void recalculate3DPeakPositionsAndUpdateView();

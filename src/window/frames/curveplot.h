@@ -20,9 +20,8 @@ public:
     /// Draws a curve in the place of the former one.
     /// @param vecFrame   numbers of frames, from 1
     /// @param vecInt     intensity on each of them
-    /// @param listBreak  a flag per frame of the series; where it is not 0, a line before the frame tells
-    /// that a
-    ///                   beam tilt series starts
+    /// @param listBreak  a flag per frame of the series; where it is not 0, a line before the frame
+    ///                   tells that a beam tilt series starts
     void showCurve(const QString& strTitle, const QVector<double>& vecFrame, const QVector<double>& vecInt,
                    const QList<int>& listBreak);
     void clearCurve();  ///< takes the curve away; axes and legend stay
