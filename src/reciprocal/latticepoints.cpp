@@ -138,12 +138,13 @@ CellRange automaticCellRange(const DataSet& dataSet)
 
     const std::optional<double> dfOnFrames = closeDistance(std::move(vecOnFrames));
     const std::optional<double> dfInSpace = closeDistance(std::move(vecInSpace));
-    CellRange range;
-    range.dfLongest = CellHuntingParameters().m_dfCellRangeMax;
-    if (dfOnFrames || dfInSpace) {
-        const double dfClosest = std::min(dfOnFrames.value_or(HUGE_VAL), dfInSpace.value_or(HUGE_VAL));
-        range.dfLongest = g_dfMargin / dfClosest;
+    const bool bMerged = !dataSet.m_listPeakMerged.isEmpty();
+    if ((!dfOnFrames && !dfInSpace) || (bMerged && !dfInSpace)) {
+        const CellHuntingParameters page;
+        return {page.m_dfCellRangeMin, page.m_dfCellRangeMax};
     }
+    CellRange range;
+    range.dfLongest = g_dfMargin / std::min(dfOnFrames.value_or(HUGE_VAL), dfInSpace.value_or(HUGE_VAL));
     return range;
 }
 

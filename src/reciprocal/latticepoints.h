@@ -36,7 +36,8 @@ struct CellRange {
 /// them: in the primitive cells of face- and body-centred lattices by 1.22, more in skew ones. With the error
 /// of the distances the longest edge is put to 1.5 times that spacing.
 ///
-/// @return the range of the pages where there are fewer than ten distances
+/// @return the range of the pages where there are fewer than ten distances; those on frames do not count
+/// where they belong to fewer than ten merged reflections
 CellRange automaticCellRange(const DataSet& dataSet);
 
 }  // namespace tessera
