@@ -67,6 +67,7 @@ std::vector<Triple> triplesOf(const std::vector<LatticeRow>& vecRow, const Latti
                               double dfTolerance)
 {
     std::vector<PointBits> vecBits;
+    vecBits.reserve(vecRow.size());
     for (const LatticeRow& row : vecRow) {
         vecBits.push_back(bitsOf(row.v, listPoint, dfTolerance));
     }
