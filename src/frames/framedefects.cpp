@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-const int g_nFramesLookedAt = 12;
+const int g_nFramesLookedAt = 7;   // as few as tell what stands still from what moves
 const size_t g_nLeastFrames = 5;   // over which a reflection moves on
 const int g_nMostBorder = 6;       // columns or rows that a defect of the edge is wide at most
 const int g_nMostSpikes = 2000;    // of a frame; more is noise
