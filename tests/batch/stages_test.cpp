@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPointF>
 #include <QTemporaryDir>
 
 namespace tessera {
@@ -48,6 +49,28 @@ TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
     EXPECT_FALSE(one.strText.contains("the other way")) << one.strText.toStdString();
     ASSERT_EQ(batch("five", {"--jobs", "5"}).nStatus, 0);
     expectSameFiles("one", "five");
+}
+
+TEST_F(Stages, TakeTheRadiiOfTheSpotsUnlessOthersAreGiven)
+{
+    const auto radiiOf = [&](const QStringList& listOption, QString& strText) {
+        const QString strJson = m_dir.filePath("radii.json");
+        const BatchOutcome outcome = batch("radii",
+                                           QStringList{"--to", "peaks", "--json", strJson} + listOption);
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        strText = outcome.strText;
+        const QJsonObject summary = QJsonDocument::fromJson(readBytes(strJson)).object();
+        return QPointF(summary["peakRadius"].toDouble(), summary["backgroundRadius"].toDouble());
+    };
+    QString strText;
+    const QPointF ptSpots = radiiOf({}, strText);
+    EXPECT_NEAR(ptSpots.x(), 1.5, 0.1);  // what the simulator draws
+    EXPECT_GT(ptSpots.y(), 2 * ptSpots.x());
+    EXPECT_TRUE(strText.contains("peak-radius 1.")) << strText.toStdString();
+    EXPECT_FALSE(strText.contains("Left out")) << strText.toStdString();
+    EXPECT_EQ(radiiOf({"--peak-radius", "auto", "--background-radius", "7"}, strText),
+              QPointF(ptSpots.x(), 7));
+    EXPECT_EQ(radiiOf({"--window-defaults"}, strText), QPointF(5, 10));
 }
 
 TEST_F(Stages, TellARotationOfTheOtherSense)
