@@ -50,9 +50,9 @@ int CCosetTable::multiples() const
 
 size_t CCosetTable::place(const IndexTriple& an) const
 {
-    return size_t((modulo(an[0], m_nDenominator) * m_nDenominator + modulo(an[1], m_nDenominator)) *
-                      m_nDenominator +
-                  modulo(an[2], m_nDenominator));
+    const int nRow = modulo(an[0], m_nDenominator) * m_nDenominator + modulo(an[1], m_nDenominator);
+    const int nPlace = nRow * m_nDenominator + modulo(an[2], m_nDenominator);
+    return size_t(nPlace);
 }
 
 std::pair<IndexTriple, Eigen::Vector3d> nextCoset(const Eigen::Vector3d& index, int nDenominator)
@@ -99,8 +99,10 @@ Eigen::Matrix3d latticeOfMultiples(const IndexTriple& anForm, int nDenominator)
     for (bool bFound = false; !bFound;) {
         ++nX;
         for (int n = 0; n < nY * nZ && !bFound; ++n) {
-            bFound = fits(nX, n / nZ, n % nZ);
-            matRows.row(0) << nX, n / nZ, n % nZ;
+            const int y = n / nZ;
+            const int z = n % nZ;
+            bFound = fits(nX, y, z);
+            matRows.row(0) << nX, y, z;
         }
     }
     return matRows;

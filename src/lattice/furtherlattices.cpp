@@ -77,6 +77,7 @@ std::optional<OneOfLattices> sameCellAgain(const LatticeBasis& first, const Latt
     KnownCellOptions sameCell;
     sameCell.dfLengthTolerance = 0.015;
     sameCell.dfAngleTolerance = 1.5;
+    sameCell.dfLeastShare = dfLeastShare;
     const auto known = orientKnownCell(cellOf(first), listRest, sameCell);
     if (!known || !turnBetween(first, known->matRefined, dfMostMisfit)) {
         return std::nullopt;

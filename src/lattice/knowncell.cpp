@@ -73,15 +73,15 @@ void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int
     }
 }
 
-/// Lengths and angles within twice the tolerances: what the points say may differ from the cell as much as
-/// what was looked for, and the geometry adds to it.
-bool keepsCell(const LatticeBasis& basis, const LatticeBasis& reference, const KnownCellOptions& options)
+/// Lengths and angles within the tolerances: with more freedom a large cell fits the points of any crystal.
+bool keepsCell(const LatticeBasis& basis, const LatticeBasis& reference, const KnownCellOptions& options,
+               double dfTolerances = 1)
 {
     const auto aNumber = cellOf(basis).numbers();
     const auto aKnown = cellOf(reference).numbers();
     for (size_t n = 0; n < 3; ++n) {
-        if (!(std::abs(aNumber[n] / aKnown[n] - 1) < 2 * options.dfLengthTolerance) ||
-            !(std::abs(aNumber[n + 3] - aKnown[n + 3]) < 2 * options.dfAngleTolerance)) {
+        if (!(std::abs(aNumber[n] / aKnown[n] - 1) < dfTolerances * options.dfLengthTolerance) ||
+            !(std::abs(aNumber[n + 3] - aKnown[n + 3]) < dfTolerances * options.dfAngleTolerance)) {
             return false;
         }
     }
@@ -121,7 +121,9 @@ void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoint
         listInner.assign(listNearFirst.begin(),
                          listNearFirst.begin() + std::ptrdiff_t(listNearFirst.size() * nStage / nStages));
         const LatticeBasis next = refinedBasis(trial.matFree, listInner, options.dfTolerance);
-        if (keepsCell(next, reference, options)) {
+        // A long c may have been taken for c + a, degrees off: the lattice is the same, which is put right
+        // later.
+        if (keepsCell(next, reference, options, 2)) {
             trial.matFree = next;
         }
     }
@@ -158,19 +160,21 @@ std::vector<Trial> trialsOf(const LatticeBasis& shortest, const LatticePoints& l
 std::vector<Trial> distinctTrials(const std::vector<Trial>& listTrial, const LatticeBasis& reference,
                                   size_t nMost)
 {
-    const double dfOff = 0.03;  // in edges: less than any turn between two trials that differ
+    // Share of an edge, as far as trials for one orientation scatter. It has to be small: c and c + a of a
+    // long c belong to two orientations that differ by a degree.
+    const double dfOff = 0.005;
     std::vector<Trial> listDistinct;
-    std::vector<LatticeBasis> listReciprocal;
+    std::vector<LatticeBasis> listBasis;
     for (const Trial& trial : listTrial) {
-        const LatticeBasis basis = trial.basis(reference);
-        const bool bKnown = std::any_of(
-            listReciprocal.begin(), listReciprocal.end(), [&](const LatticeBasis& reciprocal) {
-                const Eigen::Matrix3d matChange = basis * reciprocal;
-                return (matChange - matChange.array().round().matrix()).cwiseAbs().maxCoeff() < dfOff;
-            });
+        const LatticeBasis basis = trial.matRotation * reference.transpose();  // columns
+        const bool bKnown = std::any_of(listBasis.begin(), listBasis.end(), [&](const LatticeBasis& former) {
+            const Eigen::Matrix3d matWhole = (former.inverse() * basis).array().round();
+            const Eigen::RowVector3d off = (former * matWhole - basis).colwise().norm();
+            return (off.array() < dfOff * basis.colwise().norm().array()).all();
+        });
         if (!bKnown && listDistinct.size() < nMost) {
             listDistinct.push_back(trial);
-            listReciprocal.emplace_back(basis.inverse());
+            listBasis.push_back(basis);
         }
     }
     return listDistinct;
@@ -250,13 +254,21 @@ std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
     found.matRotated = *reference * trial->matRotation.transpose();
     found.fitRotated = fitOfLattice(found.matRotated, listPoint, options.dfTolerance);
     found.fitRefined = fitOfLattice(found.matRefined, listPoint, options.dfTolerance);
-    const auto evidence = [&](const LatticeFit& fit, const LatticeBasis& basis) {
-        return evidenceOf(fit, basis, listPoint, options.dfTolerance);
-    };
-    // A single row leaves the turn about it open; a plane fixes it.
-    if ((evidence(found.fitRotated, found.matRotated) < g_dfEvidenceOfOrientation &&
-         evidence(found.fitRefined, found.matRefined) < g_dfEvidenceOfFreeOrientation) ||
-        dimensionsOfFit(found.matRefined, listPoint, options.dfTolerance) < 2) {
+    const LatticeBasis scaled = trial->basis(*reference);
+    if (!keepsCell(found.matRefined, *reference, options)) {
+        found.matRefined = scaled;
+        found.fitRefined = fitOfLattice(scaled, listPoint, options.dfTolerance);
+    }
+    found.fitScaled = fitOfLattice(scaled, listPoint, options.dfTolerance);
+    // A large cell whose edges are free comes near to a multiple of any other crystal's. The cell as it is
+    // known has to explain a good part of what the free one does. A single row leaves the turn about it open;
+    // a plane fixes it.
+    const double dfLeastPart = 1.0 / 3;
+    const auto beyondChance = [](const LatticeFit& fit) { return fit.share() - fit.dfByChance; };
+    if (evidenceOf(found.fitScaled, scaled, listPoint, options.dfTolerance) < g_dfEvidenceOfOrientation ||
+        beyondChance(found.fitScaled) < options.dfLeastShare ||
+        beyondChance(found.fitScaled) < dfLeastPart * beyondChance(found.fitRefined) ||
+        dimensionsOfFit(scaled, listPoint, options.dfTolerance) < 2) {
         return std::nullopt;
     }
     return found;

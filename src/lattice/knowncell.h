@@ -10,8 +10,9 @@ namespace tessera {
 
 struct KnownCellOptions {
     double dfLengthTolerance = 0.05;            ///< share of a length by which the points' scale may be off
-    double dfAngleTolerance = 3;                ///< degrees, between the edges found
+    double dfAngleTolerance = 3;                ///< degrees
     double dfTolerance = g_dfLatticeTolerance;  ///< of an index
+    double dfLeastShare = 0.15;  ///< of the points to explain beyond chance; wrong cells reach a tenth easily
 };
 
 struct KnownCellOrientation {
@@ -19,6 +20,7 @@ struct KnownCellOrientation {
     LatticeBasis matRefined = LatticeBasis::Identity();  ///< the same edges, fitted freely to the points
     double dfScale = 1;     ///< what the known lengths times it fit best, with the angles kept
     LatticeFit fitRotated;  ///< of all points
+    LatticeFit fitScaled;   ///< of the turned cell times the scale
     LatticeFit fitRefined;
 };
 
@@ -34,7 +36,8 @@ std::optional<LatticeBasis> basisOfCell(const CellParameters& cell);
 /// cell has to try all, so few points among much noise are enough.
 /// @param listPoint  single peaks, not merged, without the direct beam; above some thousand they are thinned
 ///                   for the search, not for the numbers
-/// @return none for numbers that make no cell, and where chance explains as many points
+/// @return none for numbers that make no cell, and where chance, or free edges, explain as much. A wrong cell
+///         can still explain up to two fifths of some hundred points of another crystal: the share tells.
 std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
                                                     const LatticePoints& listPoint,
                                                     const KnownCellOptions& options = {});
