@@ -117,6 +117,7 @@ int borderWidth(const std::vector<FrameSigns>& vecFrame, size_t nEdge)
     std::array<float, g_nBorderLines> afLevel{};
     for (size_t i = 0; i < afLevel.size(); ++i) {
         std::vector<float> vec;
+        vec.reserve(vecFrame.size());
         for (const FrameSigns& frame : vecFrame) {
             vec.push_back(frame.aBorder[nEdge][i]);
         }
@@ -214,6 +215,7 @@ FrameDefects defectsOf(const std::vector<FrameSigns>& vecAll)
     if (vecFrame.size() >= g_nLeastFrames) {
         defects.listHotPixel = hotPixels(vecFrame);
         std::vector<std::vector<float>> vecMean;
+        vecMean.reserve(vecFrame.size());
         for (const FrameSigns& frame : vecFrame) {
             vecMean.push_back(frame.vecBlockMean);
         }

@@ -211,6 +211,7 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
     }
     size.dfSigma = quantile(vecSigma, 0.5);
     std::vector<std::vector<QPointF>> vecSpots;
+    vecSpots.reserve(vecFrame.size());
     for (const FrameSpots& frame : vecFrame) {
         vecSpots.push_back(frame.vecSpot);
     }

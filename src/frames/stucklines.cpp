@@ -21,6 +21,7 @@ double shareOf(qint64 nCount, const Line& line)
 std::vector<char> outstanding(const std::vector<Line>& vecLine, qint64 Line::*pCount)
 {
     std::vector<double> vecShare;
+    vecShare.reserve(vecLine.size());
     for (const Line& line : vecLine) {
         vecShare.push_back(shareOf(line.*pCount, line));
     }
