@@ -189,6 +189,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"constant-background", "Refine also with positions that are fitted beside a constant background."},
         {"pair-list", "Print the tables of difference vectors and of peak pairs."},
         {"window-defaults", "Start values of the window's pages instead of auto."},
+        {"setting",
+         "Axes of the cell and the indices: as-found, or conventional, those of the Bravais type that is "
+         "proposed; default as-found.",
+         "as-found|conventional"},
         {"accept",
          "Write the files of the stage index, and end with status 0, also where a result is judged bad."},
         {"jobs",
@@ -255,6 +259,7 @@ void takeStages(COptionReader& reader, RoadOptions& options)
 
 void takeParameters(COptionReader& reader, RoadOptions& options)
 {
+    options.bConventional = reader.choice(QStringLiteral("setting"), {"as-found", "conventional"}, 0) == 1;
     options.bAccept = reader.isSet(QStringLiteral("accept"));
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);

@@ -2,6 +2,7 @@
 
 #include "dataset/pagerounding.h"
 #include "lattice/directionsearch.h"
+#include "lattice/latticeanalysis.h"
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/latticepoints.h"
@@ -214,7 +215,11 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
         best = directions;
     }
     if (best) {
-        return commit(dataSet, best->basis, report, strLatticeHost);
+        const LatticeWithCosets whole = latticeAndCosets(best->basis, listPoint);
+        for (const QString& strLine : tellWholeLattice(whole)) {
+            report.addMessage(strLine, Severity::Milestone);
+        }
+        return commit(dataSet, whole.matBasis, report, strLatticeHost);
     }
     return ended(RunEnd::Failed, reasonForNone(range), report);
 }

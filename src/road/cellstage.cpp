@@ -4,10 +4,12 @@
 #include "dataset/pagerounding.h"
 #include "dataset/unitcellfile.h"
 #include "frames/frametargets.h"
+#include "reciprocal/cellcommit.h"
 #include "reciprocal/latticehunting.h"
 #include "road/cellresult.h"
 #include "road/cellsearch.h"
 #include "road/earlierfiles.h"
+#include "road/latticefinding.h"
 
 namespace tessera {
 
@@ -76,9 +78,12 @@ StageResult runCellStage(RoadState& state)
         }
         return result;
     }
-    const CellSearchResult found = huntCell(state);
+    CellSearchResult found = huntCell(state);
     if (!found.end.finished()) {
         return state.report.ended(found.end);
+    }
+    if (findLattice(state)) {
+        found.bSaved = saveProjectCell(state.dataSet, state.report);
     }
     state.results.cell = cellResultOf(state.dataSet);
     return found.bSaved ? StageResult() : state.report.notWritten(strFile);

@@ -8,6 +8,7 @@
 #include "road/cellresult.h"
 #include "road/earlierfiles.h"
 #include "road/judgement.h"
+#include "road/latticefinding.h"
 #include "road/stagejudgement.h"
 
 #include <QFileInfo>
@@ -78,6 +79,9 @@ StageResult runIndexStage(RoadState& state)
         if (!loaded.finished()) {
             return loaded;
         }
+    }
+    if (!state.results.lattice) {
+        findLattice(state);  // of a cell that was given
     }
     // Before a start at a later stage the files of this one stay.
     const bool bWrite = options.stageFrom <= RoadStage::Index;

@@ -7,6 +7,8 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -36,6 +38,18 @@ void noteJudgement(RoadState& state, const std::optional<Judgement>& judgement)
     }
 }
 
+/// The same of the lattice, once.
+void noteLattice(RoadState& state)
+{
+    const QList<Judgement>& listJudgement = state.results.listJudgement;
+    const bool bNoted = std::any_of(
+        listJudgement.begin(), listJudgement.end(),
+        [](const Judgement& judgement) { return judgement.strPart == QLatin1String("lattice"); });
+    if (state.results.lattice && !bNoted) {
+        noteJudgement(state, judgeLattice(*state.results.lattice));
+    }
+}
+
 bool runStages(RoadState& state, QList<PartTime>& listTime)
 {
     const RoadOptions& options = state.options;
@@ -52,6 +66,9 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
         const StageResult end = runStage(stage, state);
         listTime.append({roadStageName(stage), secondsOf(timer)});
         noteJudgement(state, judgeStage(stage, state.results));
+        if (stage == RoadStage::Cell || stage == RoadStage::Index) {
+            noteLattice(state);
+        }
         if (!noteEnd(state.results, roadStageName(stage), end)) {
             return false;
         }

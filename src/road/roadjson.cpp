@@ -4,6 +4,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -123,6 +125,77 @@ void put(QJsonObject& object, const LatticeFit& fit)
     object[QStringLiteral("fitByChance")] = fit.dfByChance;
 }
 
+QJsonArray toArray(const Eigen::Matrix3d& mat)
+{
+    QJsonArray array;
+    for (int n = 0; n < 3; ++n) {
+        array.append(QJsonArray{mat(n, 0), mat(n, 1), mat(n, 2)});
+    }
+    return array;
+}
+
+QJsonObject typeObject(const LatticeType& type)
+{
+    const LatticeSymmetry& symmetry = type.symmetry;
+    return {{QStringLiteral("system"), nameOf(symmetry.system)},
+            {QStringLiteral("centring"), QString(QLatin1Char(symmetry.chCentring))},
+            {QStringLiteral("symbol"), bravaisSymbol(symmetry)},
+            {QStringLiteral("parameters"), toArray(symmetry.cellConstrained)},
+            {QStringLiteral("measured"), toArray(symmetry.cellMeasured)},
+            {QStringLiteral("matrix"), toArray(type.matTransform)},
+            {QStringLiteral("misfitDegrees"), symmetry.dfMisfitAngles},
+            {QStringLiteral("misfitPercent"), symmetry.dfMisfitLengths}};
+}
+
+QJsonArray cosetsArray(const std::vector<Coset>& listCoset)
+{
+    QJsonArray array;
+    for (const Coset& coset : listCoset) {
+        QJsonArray place;
+        for (const int nNumerator : coset.anNumerator) {
+            place.append(double(nNumerator) / coset.nDenominator);
+        }
+        array.append(QJsonObject{{QStringLiteral("at"), place},
+                                 {QStringLiteral("peaks"), coset.nPoints},
+                                 {QStringLiteral("byChance"), coset.dfByChance}});
+    }
+    return array;
+}
+
+QJsonArray furtherArray(const LatticesOfPoints& lattices)
+{
+    QJsonArray array;
+    const double dfAll = double(std::max<size_t>(1, lattices.vecLabel.size()));
+    for (size_t n = 1; n < lattices.listLattice.size(); ++n) {
+        const OneOfLattices& lattice = lattices.listLattice[n];
+        QJsonObject object = {{QStringLiteral("parameters"), toArray(cellOf(lattice.matBasis))},
+                              {QStringLiteral("basis"), toArray(lattice.matBasis)},
+                              {QStringLiteral("share"), lattice.nOwn / dfAll}};
+        if (lattice.turn) {
+            object[QStringLiteral("turnDegrees")] = lattice.turn->dfAngle;
+        }
+        array.append(object);
+    }
+    return array;
+}
+
+/// The proposed type, with all others that the lattice fits, and what the points say beside.
+QJsonObject latticeObject(const LatticeAnalysis& analysis)
+{
+    QJsonObject object;
+    if (analysis.proposed) {
+        object = typeObject(*analysis.proposed);
+    }
+    QJsonArray candidates;
+    for (const LatticeType& type : analysis.listType) {
+        candidates.append(typeObject(type));
+    }
+    object[QStringLiteral("candidates")] = candidates;
+    object[QStringLiteral("cosets")] = cosetsArray(analysis.whole.listNamed);
+    object[QStringLiteral("further")] = furtherArray(analysis.lattices);
+    return object;
+}
+
 /// The parts by their names, and the worst verdict of all.
 QJsonObject judgementObject(const QList<Judgement>& listJudgement)
 {
@@ -189,6 +262,9 @@ QJsonObject roadSummary(const RoadResults& results)
     if (results.cell) {
         object[QStringLiteral("cell")] = cellObject(*results.cell);
         putIfThere(object, results.cell->fit);
+    }
+    if (results.lattice) {
+        object[QStringLiteral("lattice")] = latticeObject(*results.lattice);
     }
     putIfThere(object, results.index);
     putIfThere(object, results.refine);

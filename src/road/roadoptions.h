@@ -27,6 +27,7 @@ struct RoadOptions {
     int nGroup = -1;               ///< merge only the peaks of this group; -1: all
     bool bAccept = false;          ///< a result that is judged bad is written and ends well too
     bool bFindAxis = false;        ///< the rotation axis from the peaks, whatever the project says
+    bool bConventional = false;    ///< the files in the conventional setting of the proposed Bravais type
     bool bWindowDefaults = false;  ///< the window's start values in place of values that the stages find
 
     std::optional<QRect> rcRegion;  ///< reference region, pixels

@@ -3,6 +3,7 @@
 
 #include "crystal/cellrefinement.h"
 #include "lattice/axissearch.h"
+#include "lattice/latticeanalysis.h"
 #include "lattice/latticefit.h"
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/centreoffset.h"
@@ -91,7 +92,8 @@ struct RoadResults {
     std::optional<PeakResult> peaks;
     std::optional<AxisFound> axis;  ///< none where it was not looked for, or not found
     std::optional<MergeResult> merge;
-    std::optional<CellResult> cell;  ///< of the last stage that looked at it
+    std::optional<CellResult> cell;          ///< of the last stage that looked at it
+    std::optional<LatticeAnalysis> lattice;  ///< of the cell in force
     std::optional<IndexResult> index;
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun

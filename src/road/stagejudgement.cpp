@@ -176,6 +176,39 @@ std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results)
     return {};
 }
 
+Judgement judgeLattice(const LatticeAnalysis& analysis)
+{
+    Judgement judgement = {QStringLiteral("lattice"), Verdict::Good, QString(), 0};
+    QStringList listReason;
+    if (analysis.proposed) {
+        const LatticeSymmetry& symmetry = analysis.proposed->symmetry;
+        listReason.append(QStringLiteral("%1 %2 is proposed, with a misfit of %3% and %4°")
+                              .arg(nameOf(symmetry.system))
+                              .arg(QLatin1Char(symmetry.chCentring))
+                              .arg(symmetry.dfMisfitLengths, 0, 'f', 2)
+                              .arg(symmetry.dfMisfitAngles, 0, 'f', 2));
+        judgement.dfFigure = symmetry.dfMisfitAngles;
+    } else {
+        listReason.append(QStringLiteral("no type is proposed"));
+        judgement.verdict = Verdict::Doubtful;
+    }
+    const std::vector<Coset>& listNamed = analysis.whole.listNamed;
+    if (!listNamed.empty()) {
+        judgement.verdict = Verdict::Doubtful;
+        judgement.dfFigure = listNamed.front().dfShare;
+        listReason.append(cosetText(listNamed.front()) +
+                          QStringLiteral(", so a longer cell may be the right one"));
+    }
+    if (analysis.lattices.listLattice.size() > 1) {
+        judgement.verdict = Verdict::Doubtful;
+        judgement.dfFigure = analysis.shareOfOthers();
+        listReason.append(
+            QStringLiteral("%1 of the peaks lie on further lattices").arg(percent(judgement.dfFigure)));
+    }
+    judgement.strReason = listReason.join(QStringLiteral("; ")) + QLatin1Char('.');
+    return judgement;
+}
+
 bool fitsLattice(const LatticeFit& fit)
 {
     return verdictOf(fit) != Verdict::Bad;

@@ -11,6 +11,9 @@ constexpr double g_dfShareExpected = 0.5;
 /// What the result of a stage is worth; none where it has left no result.
 std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results);
 
+/// What the lattice is worth, "lattice" by name: doubtful where a supercell or a second crystal is likely.
+Judgement judgeLattice(const LatticeAnalysis& analysis);
+
 /// Whether enough of the peaks lie on the lattice, and more than chance would have there.
 bool fitsLattice(const LatticeFit& fit);
 
