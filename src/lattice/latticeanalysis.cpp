@@ -33,6 +33,18 @@ LatticeBasis primitiveBasis(LatticeBasis basis, const LatticePoints& listPoint)
     return basis;
 }
 
+/// The points that lie on no further lattice: those are on no coset of the first but by chance.
+LatticePoints withoutOthers(const LatticePoints& listPoint, const std::vector<int>& vecLabel)
+{
+    LatticePoints listOwn;
+    for (size_t n = 0; n < listPoint.size(); ++n) {
+        if (n >= vecLabel.size() || vecLabel[n] <= 0) {
+            listOwn.push_back(listPoint[n]);
+        }
+    }
+    return listOwn;
+}
+
 QString percent(double dfShare)
 {
     return QStringLiteral("%1%").arg(100 * dfShare, 0, 'f', 1);
@@ -59,7 +71,8 @@ LatticeAnalysis analyseLattice(const LatticeBasis& basis, const LatticePoints& l
                                const FurtherLatticesOptions& options, const std::function<bool()>& fnGoOn)
 {
     LatticeAnalysis analysis;
-    analysis.whole = latticeAndCosets(basis, listPoint);
+    analysis.lattices = findFurtherLattices(basis, listPoint, options, fnGoOn);
+    analysis.whole = latticeAndCosets(basis, withoutOthers(listPoint, analysis.lattices.vecLabel));
     // Supercells are a matter of the search: here the cell in force stands, without its centring.
     const LatticeBasis primitive = primitiveBasis(basis, listPoint);
     const std::vector<LatticeSymmetry> listSymmetry = bestOfEachType(latticeSymmetries(primitive));
@@ -69,7 +82,6 @@ LatticeAnalysis analyseLattice(const LatticeBasis& basis, const LatticePoints& l
     if (const std::optional<LatticeSymmetry> proposed = symmetryInKeeping(listSymmetry)) {
         analysis.proposed = typeOf(*proposed, basis);
     }
-    analysis.lattices = findFurtherLattices(basis, listPoint, options, fnGoOn);
     return analysis;
 }
 
