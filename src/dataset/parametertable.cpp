@@ -149,7 +149,9 @@ const std::vector<Parameter> g_listParameter = {
      {0, 100, 2, 0.1, " Å⁻¹"},
      "Peaks nearer to the origin than this d*, Å⁻¹, are neither shown nor merged.",
      {"resolution-min", "Å⁻¹",
-      "least d* of a peak to merge; default auto, no limit; with --window-defaults %1", orAuto}},
+      "least d* of a peak to merge; default auto, beyond the peaks that a saturated direct beam makes of "
+      "itself; with --window-defaults %1",
+      orAuto}},
     {&Mapping::m_dfResolutionMax,
      {0, 100, 2, 0.1, " Å⁻¹"},
      "Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern reaches further.",

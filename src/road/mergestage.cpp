@@ -4,6 +4,7 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/peakgroups.h"
+#include "reciprocal/suggestlimits.h"
 #include "reciprocal/suggestmerging.h"
 #include "road/axisfinding.h"
 #include "road/takesuggestion.h"
@@ -30,20 +31,24 @@ void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
     takeLimit(options.dfIntensityMax, mapping, &MappingParameters::m_dfIntensityMax);
 }
 
-/// Distances that nobody gave stay below half the way from peak to peak.
-void chooseDistances(RoadState& state)
+/// Numbers that nobody gave follow from the peaks: distances below half the way from peak to peak, and a
+/// least resolution beyond what the direct beam makes of itself.
+void chooseByPeaks(RoadState& state)
 {
     using Merge = PeakMergingParameters;
     RoadOptions& options = state.options;
     const GivenValues listGiven = {{&Merge::m_dfMin3DDistance, &options.dfMin3DDistance},
-                                   {&Merge::m_dfMax2DDistance, &options.dfMax2DDistance}};
+                                   {&Merge::m_dfMax2DDistance, &options.dfMax2DDistance},
+                                   {&MappingParameters::m_dfResolutionMin, &options.dfResolutionMin}};
     ParameterRecords records{};
     std::get<PeakMergingParameters*>(records) = &options.merging;
+    std::get<MappingParameters*>(records) = &state.mapping;
     if (!options.bWindowDefaults && anyIsOpen(listGiven)) {
-        takeSuggestion(suggestMerging(closestDistanceOfPeaks(state.dataSet.m_listPeakFrame)), listGiven,
+        const double dfClosest = closestDistanceOfPeaks(state.dataSet.m_listPeakFrame);
+        takeSuggestion(suggestMerging(dfClosest) + suggestLimits(state.dataSet, dfClosest), listGiven,
                        records, state.report);
     }
-    takeGiven(listGiven, records);
+    takeGiven(listGiven.mid(0, 2), records);  // the limit has been taken, rounded as its box does it
     roundToPages(options.merging);
 }
 
@@ -58,7 +63,7 @@ StageResult runMergeStage(RoadState& state)
     if (!axis.finished()) {
         return axis;
     }
-    chooseDistances(state);
+    chooseByPeaks(state);
     if (!transformPeaksTo3D(dataSet, state.mapping, state.report)) {
         return state.report.failed();
     }

@@ -22,9 +22,10 @@ void takeSuggestion(const Suggestion& suggestion, const GivenValues& listGiven,
             continue;
         }
         row.setValue(records, value.dfValue);
-        report.addMessage(QStringLiteral("%1 %2 pixels, as %3.")
+        report.addMessage(QStringLiteral("%1 %2 %3, as %4.")
                               .arg(QLatin1String(row.option.pszName))
                               .arg(value.dfValue)
+                              .arg(QString::fromUtf8(row.option.pszUnit))
                               .arg(value.strWhy),
                           Severity::Info);
     }
