@@ -1,10 +1,12 @@
 // The direction search against cells that are known: the reduced cell of a library is the judge.
 #include "lattice/directionsearch.h"
+
+#include "lattice/cellreduction.h"
 #include "geometry/angles.h"
 
 #include <gtest/gtest.h>
 
-#include <gemmi/cellred.hpp>
+#include <gemmi/unitcell.hpp>
 
 #include <array>
 #include <cmath>
@@ -16,10 +18,7 @@ namespace {
 
 std::array<double, 6> reducedCell(const LatticeBasis& basis)
 {
-    const CellParameters c = cellOf(basis);
-    gemmi::GruberVector gruber(gemmi::UnitCell(c.a, c.b, c.c, c.alpha, c.beta, c.gamma), 'P', true);
-    gruber.niggli_reduce(1e-3);
-    return gruber.cell_parameters();
+    return cellOf(niggliBasis(basis)).numbers();
 }
 
 LatticeBasis turnedCell(const std::array<double, 6>& cell, std::mt19937& random)
