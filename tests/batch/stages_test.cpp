@@ -142,12 +142,17 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
     EXPECT_EQ(listOne, listOther);
     EXPECT_GT(listOne.size(), 20);
     EXPECT_FALSE(through.strText.contains("Warning:"));
-    // A cell that fits by chance alone: done, but not without a word.
+    // A cell that fits by chance alone is judged bad, and costs no file unless that is asked for.
     writeBytes(m_dir.filePath("other.uc"), "a* 0.11 0 0\nb* 0 0.13 0\nc* 0 0 0.17\n");
-    const BatchOutcome chance = batch(
-        "apart", {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold", "0.25"});
-    EXPECT_EQ(chance.nStatus, 0);
+    const QByteArray bytesFormer = result("apart", "hkl");
+    QStringList listChance = {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold",
+                              "0.25"};
+    const BatchOutcome chance = batch("apart", listChance);
+    EXPECT_EQ(chance.nStatus, 1);
     EXPECT_TRUE(chance.strText.contains("Warning: only ")) << chance.strText.toStdString();
+    EXPECT_EQ(result("apart", "hkl"), bytesFormer);
+    EXPECT_EQ(batch("apart", listChance + QStringList{"--accept"}).nStatus, 0);
+    EXPECT_NE(result("apart", "hkl"), bytesFormer);
     // A cell that is the run's own is read and stays as it is.
     const QByteArray bytesOwn = result("through", "uc") + "a note\n";
     writeBytes(m_dir.filePath("apart/q.uc"), bytesOwn);

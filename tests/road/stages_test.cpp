@@ -40,7 +40,7 @@ protected:
 QJsonObject found(const RoadResults& results)
 {
     QJsonObject summary = roadSummary(results);
-    for (const char* pszKey : {"seconds", "stage", "warnings"})
+    for (const char* pszKey : {"seconds", "stage", "warnings", "judgement"})
         summary.remove(QLatin1String(pszKey));
     return summary;
 }
