@@ -65,6 +65,9 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         const StageResult end = runStage(stage, state);
         listTime.append({roadStageName(stage), secondsOf(timer)});
+        if (stage == RoadStage::Merge && state.results.axis) {
+            noteJudgement(state, judgeAxis(*state.results.axis));
+        }
         noteJudgement(state, judgeStage(stage, state.results));
         if (stage == RoadStage::Cell || stage == RoadStage::Index) {
             noteLattice(state);

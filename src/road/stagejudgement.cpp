@@ -176,6 +176,15 @@ std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results)
     return {};
 }
 
+Judgement judgeAxis(const AxisFound& axis)
+{
+    return {QStringLiteral("axis"), axis.bSure ? Verdict::Good : Verdict::Doubtful,
+            QStringLiteral("It lies at %1°, its sense is %2: %3.")
+                .arg(axis.best.dfAzimuth, 0, 'f', 1)
+                .arg(QLatin1String(axis.bSure ? "sure" : "doubtful"), axis.strSense),
+            axis.best.dfAzimuth};
+}
+
 Judgement judgeLattice(const LatticeAnalysis& analysis)
 {
     Judgement judgement = {QStringLiteral("lattice"), Verdict::Good, QString(), 0};

@@ -11,6 +11,9 @@ constexpr double g_dfShareExpected = 0.5;
 /// What the result of a stage is worth; none where it has left no result.
 std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results);
 
+/// What the axis that was found is worth, "axis" by name: doubtful where its sense is.
+Judgement judgeAxis(const AxisFound& axis);
+
 /// What the lattice is worth, "lattice" by name: doubtful where a supercell or a second crystal is likely.
 Judgement judgeLattice(const LatticeAnalysis& analysis);
 
