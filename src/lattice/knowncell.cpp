@@ -136,11 +136,15 @@ void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoint
     trial.nFitting = std::max(nFree, nTurned);
 }
 
+/// Empty where the search is to end.
 std::vector<Trial> trialsOf(const LatticeBasis& shortest, const LatticePoints& listNearFirst,
-                            const KnownCellOptions& options)
+                            const KnownCellOptions& options, const std::function<bool()>& fnGoOn)
 {
     std::array<std::vector<Eigen::Vector3d>, 3> aEdges;
     for (int n = 0; n < 3; ++n) {
+        if (fnGoOn && !fnGoOn()) {
+            return {};
+        }
         const double dfLength = shortest.row(n).norm();
         if (n > 0 && dfLength < shortest.row(n - 1).norm() * (1 + 1e-3)) {
             aEdges[n] = aEdges[n - 1];
@@ -181,11 +185,11 @@ std::vector<Trial> distinctTrials(const std::vector<Trial>& listTrial, const Lat
 }
 
 std::optional<Trial> bestTrial(const LatticeBasis& shortest, const LatticePoints& listNearFirst,
-                               const KnownCellOptions& options)
+                               const KnownCellOptions& options, const std::function<bool()>& fnGoOn)
 {
     const size_t nRefined = 30;
     const size_t nCounted = 600;  // points are enough to tell the good trials from most others
-    std::vector<Trial> listTrial = trialsOf(shortest, listNearFirst, options);
+    std::vector<Trial> listTrial = trialsOf(shortest, listNearFirst, options, fnGoOn);
     const size_t nStep = listNearFirst.size() / nCounted + 1;
     for (Trial& trial : listTrial) {
         trial.nFitting = countFitting(trial.basis(shortest), listNearFirst, nStep, options.dfTolerance);
@@ -194,6 +198,9 @@ std::optional<Trial> bestTrial(const LatticeBasis& shortest, const LatticePoints
     std::stable_sort(listTrial.begin(), listTrial.end(), isBetter);
     listTrial = distinctTrials(listTrial, shortest, nRefined);
     for (Trial& trial : listTrial) {
+        if (fnGoOn && !fnGoOn()) {
+            return std::nullopt;
+        }
         refineTrial(trial, shortest, listNearFirst, options);
     }
     std::stable_sort(listTrial.begin(), listTrial.end(), isBetter);
@@ -231,14 +238,15 @@ std::optional<LatticeBasis> basisOfCell(const CellParameters& cell)
 
 std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
                                                     const LatticePoints& listPoint,
-                                                    const KnownCellOptions& options)
+                                                    const KnownCellOptions& options,
+                                                    const std::function<bool()>& fnGoOn)
 {
     const auto reference = basisOfCell(cell);
     if (!reference) {
         return std::nullopt;
     }
     const LatticePoints listNearFirst = thinnedNearFirst(listPoint, g_nMostPoints);
-    auto trial = bestTrial(shortestBasis(*reference), listNearFirst, options);
+    auto trial = bestTrial(shortestBasis(*reference), listNearFirst, options, fnGoOn);
     if (!trial) {
         return std::nullopt;
     }

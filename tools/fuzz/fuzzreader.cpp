@@ -14,6 +14,8 @@
 #include "dataset/unitcellfile.h"
 #include "frames/hotpixels.h"
 #include "frames/peakmask.h"
+#include "lattice/cellfromcif.h"
+#include "lattice/knowncell.h"
 #include "records/groupmask.h"
 #include "records/wholefile.h"
 #include "tools/fuzz/framefuzzreaders.h"
@@ -188,6 +190,30 @@ QString readCell(const QString& strFileName, const QByteArray&)
     return g_strGood;
 }
 
+QString readCif(const QString& strFileName, const QByteArray&)
+{
+    QString strReason;
+    const std::optional<CellParameters> cell = cellFromCif(strFileName, &strReason);
+    if (cell.has_value() != strReason.isEmpty())
+        return QStringLiteral("no cell and no reason, or both");
+    if (!cell)
+        return g_strGood;
+    const std::optional<LatticeBasis> basis = basisOfCell(*cell);
+    if (!basis || !basis->allFinite() || !(basis->determinant() > 0))
+        return QStringLiteral("the six numbers make no cell");
+    QByteArray bytesWritten("data_again\n");
+    const char* apszName[] = {"length_a", "length_b", "length_c", "angle_alpha", "angle_beta", "angle_gamma"};
+    for (size_t n = 0; n < 6; ++n)
+        bytesWritten += QByteArray("_cell_") + apszName[n] + ' ' +
+                        QByteArray::number(cell->numbers()[n], 'g', 17) + '\n';
+    if (!writeWholeFile(written(strFileName), bytesWritten))
+        return QStringLiteral("not written");
+    const std::optional<CellParameters> again = cellFromCif(written(strFileName), &strReason);
+    return again && again->numbers() == cell->numbers()
+               ? g_strGood
+               : QStringLiteral("a cell changes when written and read: %1").arg(strReason);
+}
+
 QString readMask(const QString& strFileName, const QByteArray&)
 {
     MaskData mask;
@@ -313,6 +339,7 @@ const std::vector<FuzzReader>& fuzzReaders()
             {"peaks", "series.pk", readPeaks},
             {"shifts", "series.sc", readShifts},
             {"cell", "series.uc", readCell},
+            {"cif", "crystal.cif", readCif},
             {"mask", "series.msk", readMask},
             {"hotpixels", "pixels.txt", readHotPixels},
             {"reflections", "reflections.txt", readReflections},
