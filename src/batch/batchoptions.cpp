@@ -4,6 +4,7 @@
 #include "batch/optionrules.h"
 #include "dataset/pagerounding.h"
 #include "dataset/parametertable.h"
+#include "road/knowncellsearch.h"
 
 #include <QCommandLineParser>
 
@@ -167,6 +168,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "--window-defaults.",
          "auto|off"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
+        {"known-cell",
+         "Look for the orientation of a cell that is known instead of searching one: a,b,c,alpha,beta,gamma "
+         "in Å and degrees, or a CIF file NAME.cif. Its lengths may be 5 per cent off.",
+         "cell"},
         {"cell-method",
          "How the cell is searched: vectors (differences of reflections), directions (Fourier sums of all "
          "peaks "
@@ -247,6 +252,22 @@ void takeNames(COptionReader& reader, BatchOptions& options)
     options.road.strCellFile = reader.name(QStringLiteral("cell"));
     options.road.strMaskFile = reader.name(QStringLiteral("mask"));
     options.road.strOutDir = reader.name(QStringLiteral("out"));
+}
+
+void takeKnownCell(COptionReader& reader, RoadOptions& options)
+{
+    const QString strName = QStringLiteral("known-cell");
+    if (!reader.isSet(strName)) {
+        return;
+    }
+    const QString strText = reader.name(strName);
+    QString strReason;
+    options.knownCell = knownCellOf(strText, &strReason);
+    if (!options.knownCell) {
+        reader.refuse(QStringLiteral("--known-cell %1: %2").arg(strText, strReason));
+    } else if (isCifName(strText)) {
+        options.strKnownCellFile = strText;
+    }
 }
 
 void takeStages(COptionReader& reader, RoadOptions& options)
@@ -366,6 +387,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
     } else {
         takeNames(reader, options);
         takeParameters(reader, road);
+        takeKnownCell(reader, road);
         takeExports(reader, road.exports);
         road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
         road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);

@@ -167,6 +167,9 @@ QString misplacedOutput(const BatchOptions& batch)
     if (!options.strMaskFile.isEmpty()) {
         listInput.append(options.strMaskFile);
     }
+    if (!options.strKnownCellFile.isEmpty()) {
+        listInput.append(options.strKnownCellFile);
+    }
     QString strHit;
     if (writesStage(options, RoadStage::Cell)) {
         strHit = frameAmongTargets(replacedFiles(filesOf(dataSet, {ResultFile::Cell})), listInput);

@@ -23,6 +23,16 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
     }
+    if (o.knownCell && !o.strCellFile.isEmpty()) {
+        return QStringLiteral("--known-cell and --cell: one of them tells the cell");
+    }
+    if (o.knownCell && o.cellMethod) {
+        return QStringLiteral("--known-cell takes the place of a search: --cell-method does not go with it");
+    }
+    if (o.knownCell && o.stageFrom > RoadStage::Cell) {
+        return QStringLiteral("--known-cell needs the stage cell: --from %1 lies behind it")
+            .arg(roadStageName(o.stageFrom));
+    }
     // What is not given comes from the spots, or from the pages; with both given the order is theirs.
     CellHuntingParameters cell = o.cell;
     cell.m_dfCellRangeMin = o.dfCellRangeMin.value_or(cell.m_dfCellRangeMin);

@@ -103,13 +103,10 @@ void tellCandidate(const QString& strMethod, const std::optional<LatticeCandidat
         report.addMessage(QStringLiteral("%1>%2: no cell.").arg(currentTimeStamp(), strMethod));
         return;
     }
-    const LatticeFit& fit = candidate->fit;
-    report.addMessage(QStringLiteral("%1>%2: V=%3 Å³; %4% of %5 peaks fit, by chance %6%.")
+    report.addMessage(QStringLiteral("%1>%2: V=%L3 Å³; %4.")
                           .arg(currentTimeStamp(), strMethod)
                           .arg(candidate->volume(), 0, 'f', 1)
-                          .arg(100 * fit.share(), 0, 'f', 1)
-                          .arg(fit.nPoints)
-                          .arg(100 * fit.dfByChance, 0, 'f', 1),
+                          .arg(latticeFitText(candidate->fit)),
                       Severity::Milestone);
 }
 
@@ -129,21 +126,6 @@ QString reasonForNone(const CellHuntingParameters& range)
         .arg(range.m_dfCellRangeMax);
 }
 
-/// Puts the basis in force, as runUnitCellHunting() does.
-RunOutcome commit(DataSet& dataSet, const LatticeBasis& found, CRunReport& report,
-                  const QString& strLatticeHost)
-{
-    const ReciprocalBasis basis = reciprocalBasisOf(found);
-    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), basis, strLatticeHost);
-    if (!isFinite(basis) || strCell.isEmpty()) {
-        return ended(RunEnd::Failed, QStringLiteral("Unit cell not found."), report);
-    }
-    report.addHtml(strCell, Severity::Info);
-    dataSet.m_listCellFound = basis.toList();
-    updateUnitCell(dataSet);
-    return {};
-}
-
 }  // namespace
 
 double LatticeCandidate::volume() const
@@ -154,6 +136,27 @@ double LatticeCandidate::volume() const
 double LatticeCandidate::honestShare() const
 {
     return (fit.share() - fit.dfByChance) / std::max(1 - fit.dfByChance, 1e-3);
+}
+
+QString latticeFitText(const LatticeFit& fit, const QLocale& locale)
+{
+    return QStringLiteral("%1% of %2 peaks fit, by chance %3%")
+        .arg(locale.toString(100 * fit.share(), 'f', 1), locale.toString(fit.nPoints),
+             locale.toString(100 * fit.dfByChance, 'f', 1));
+}
+
+RunOutcome commitLattice(DataSet& dataSet, const LatticeBasis& found, CRunReport& report,
+                         const QString& strLatticeHost)
+{
+    const ReciprocalBasis basis = reciprocalBasisOf(found);
+    const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), basis, strLatticeHost);
+    if (!isFinite(basis) || strCell.isEmpty()) {
+        return ended(RunEnd::Failed, QStringLiteral("Unit cell not found."), report);
+    }
+    report.addHtml(strCell, Severity::Info);
+    dataSet.m_listCellFound = basis.toList();
+    updateUnitCell(dataSet);
+    return {};
 }
 
 bool isBetter(const LatticeCandidate& candidate, const LatticeCandidate& other)
@@ -219,7 +222,7 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
         for (const QString& strLine : tellWholeLattice(whole)) {
             report.addMessage(strLine, Severity::Milestone);
         }
-        return commit(dataSet, whole.matBasis, report, strLatticeHost);
+        return commitLattice(dataSet, whole.matBasis, report, strLatticeHost);
     }
     return ended(RunEnd::Failed, reasonForNone(range), report);
 }

@@ -8,6 +8,8 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+#include <QLocale>
+
 namespace tessera {
 
 /// A lattice that was found, and how many of the points it explains.
@@ -19,6 +21,14 @@ struct LatticeCandidate {
     /// Share of the points beyond what chance gives, by what it leaves over: 0 of chance, 1 of all points.
     double honestShare() const;
 };
+
+/// "80.6% of 5097 peaks fit, by chance 6.5%".
+QString latticeFitText(const LatticeFit& fit, const QLocale& locale = QLocale());
+
+/// Makes the lattice the cell that was found and puts it in force, with a line of the log.
+/// @return failed, with the former cell in force, for a basis that is none
+RunOutcome commitLattice(DataSet& dataSet, const LatticeBasis& found, CRunReport& report,
+                         const QString& strLatticeHost = latticeServiceHost());
 
 /// Whether the first candidate is to be taken rather than the second: that of the greater honest share; but
 /// where the shares are about equal, within a twentieth, and one cell has at least 1.5 times the volume of

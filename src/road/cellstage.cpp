@@ -9,6 +9,7 @@
 #include "road/cellresult.h"
 #include "road/cellsearch.h"
 #include "road/earlierfiles.h"
+#include "road/knowncellsearch.h"
 #include "road/latticefinding.h"
 
 namespace tessera {
@@ -78,7 +79,12 @@ StageResult runCellStage(RoadState& state)
         }
         return result;
     }
-    CellSearchResult found = huntCell(state);
+    const std::optional<CellParameters>& known = state.options.knownCell;
+    CellSearchResult found = known ? searchKnownCell(state.dataSet, *known, state.report) : huntCell(state);
+    if (found.end.end == RunEnd::Failed && !known) {
+        state.report.addMessage(QStringLiteral(
+            "Where the cell of the crystal is known, --known-cell looks for its orientation instead."));
+    }
     if (!found.end.finished()) {
         return state.report.ended(found.end);
     }

@@ -21,6 +21,8 @@ struct RoadOptions {
     QString strMaskFile;       ///< areas that peak hunting leaves out; empty: none
     bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file
     QString strCellFile;       ///< a cell in place of a search; empty: search
+    std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
+    QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
     RoadStage stageFrom = RoadStage::Shifts;
     RoadStage stageTo = RoadStage::Index;
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core

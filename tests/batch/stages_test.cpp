@@ -161,6 +161,39 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
     EXPECT_EQ(result("apart", "hkl"), result("through", "hkl"));
 }
 
+TEST_F(Stages, TakeAKnownCellInTheOrientationOfTheSeries)
+{
+    const QString strOut = m_dir.filePath("known");
+    const BatchOutcome known = batch("known", {"--known-cell", "4.916,4.916,5.4054,90,90,120"});
+    ASSERT_EQ(known.nStatus, 0) << known.strText.toStdString();
+    EXPECT_TRUE(known.strText.contains("Known cell, rotated: ")) << known.strText.toStdString();
+    EXPECT_FALSE(known.strText.contains("Searching by directions")) << known.strText.toStdString();
+    const BatchOutcome judged = runProgram("tessera-compare",
+                                           {m_dir.filePath("q_truth.json"), strOut + "/q"});
+    EXPECT_EQ(judged.nStatus, 0) << judged.strText.toStdString();
+
+    writeBytes(m_dir.filePath("q.cif"),
+               "data_quartz\n_cell_length_a 4.916(2)\n_cell_length_b 4.916\n_cell_length_c 5.4054\n"
+               "_cell_angle_alpha 90\n_cell_angle_beta 90\n_cell_angle_gamma 120\n");
+    const auto again = [&](const QStringList& listOption) {
+        return batch("known", QStringList{"--from", "cell", "--to", "cell"} + listOption);
+    };
+    // Peaks out of a list are rounded, so both of these start from it.
+    ASSERT_EQ(again({"--known-cell", "4.916, 4.916, 5.4054, 90, 90, 120"}).nStatus, 0);
+    const QByteArray bytesFromList = result("known", "uc");
+    ASSERT_EQ(again({"--known-cell", m_dir.filePath("q.cif")}).nStatus, 0);
+    EXPECT_EQ(result("known", "uc"), bytesFromList);
+
+    const BatchOutcome other = again({"--known-cell", "5.64,5.64,5.64,90,90,90"});
+    EXPECT_EQ(other.nStatus, 1) << other.strText.toStdString();
+    EXPECT_TRUE(other.strText.contains("The known cell was not found")) << other.strText.toStdString();
+    const BatchOutcome none = again({"--cell-min", "900", "--cell-max", "950"});
+    EXPECT_EQ(none.nStatus, 1) << none.strText.toStdString();
+    EXPECT_TRUE(none.strText.contains("--known-cell looks for its orientation"))
+        << none.strText.toStdString();
+    EXPECT_EQ(result("known", "uc"), bytesFromList) << "the former cell stays";
+}
+
 TEST_F(Stages, MergeOnlyTheChosenGroupAndSayWhatTheLimitsKeepOut)
 {
     ASSERT_EQ(batch("g", {"--to", "peaks"}).nStatus, 0);
