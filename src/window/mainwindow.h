@@ -21,6 +21,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QComboBox;
@@ -223,13 +224,20 @@ public slots:
     void showRotationAxisLine();
 
     // The unit cell: src/window/reciprocal/mainwindow_cell.cpp
-    /// Searches a cell on the reflections of the group chosen on the page and puts it in force.
+    /// Searches a cell by the method of the page, on the reflections of the group chosen there or on all
+    /// peaks, and puts it in force. During a search that works on the peaks: asks it to stop.
     void runUnitCellHunting();
+    /// Shows the range that the spots tell, where the page takes it from there.
+    void showCellRange();
+    /// Asks for a known cell, looks for its orientation and puts what the user chooses in force.
+    void searchKnownCell();  // src/window/reciprocal/mainwindow_knowncell.cpp
     /// Puts the cell that was found or made by hand in force and shows it; one under test goes.
     void updateUnitCell();
     /// Shows a, b, c in Å and α, β, γ in degrees of the cell in force, and what is expected on the frame by
     /// it.
     void updateUnitCellInfo();
+    /// Shows how many of the peaks fit the cell in force.
+    void showCellFit();
     /// Begins the manual way, with a made-up cell where there is none, or leaves it.
     void switchtoManualUnitCellHunting(bool bTrue);
     /// Turns a* into the direction that the current 3D view looks along, at the length of its box in Å⁻¹.
@@ -511,6 +519,10 @@ private:
     void turn3DView(void (ED3DWidget::*pTurn)(double), int nSign);
     void startManualCell();
     void showLattice();
+    /// Maps the peaks anew where shifts, beam or geometry have changed since, and says so.
+    /// @param strThen  a sentence on what that is done for
+    void mapPeaksAnew(const QString& strThen, CRunReport& report);
+    void searchCellWithButton(const QList<Peak3D>& listSelection);
     /// Writes the cell in force beside the project, where dialogs then start.
     void saveProjectCell(CRunReport& report);
     /// Dialogs start where the project's unit-cell file has been written.
@@ -581,6 +593,7 @@ private:
     MappingParameters m_mapping;
     PeakMergingParameters m_merging;
     CellHuntingParameters m_cellHunting;
+    std::optional<CellParameters> m_knownCell;  ///< as it was given last
     IndexingParameters m_indexing;
     ExtractionParameters m_extraction;
     RefinementParameters m_refinement;
@@ -598,6 +611,7 @@ private:
     CRunGate m_gate;
     bool m_bRunning = false;         ///< a run on known peaks or the beam goes; cleared: it shall stop
     bool m_bHuntingRunning = false;  ///< the same of peak hunting
+    bool m_bSearchingCell = false;   ///< the same of a search for the cell
     CRawGroups m_rawGroups;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;

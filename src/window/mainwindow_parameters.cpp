@@ -71,6 +71,8 @@ void MainWindow::bindParameters()
     m_bindings.bindCheck(m_pCellPage->m_pCheckOutputRefinedCell, m_indexing.m_bOutputRefinedCell);
     m_bindings.bindCheck(m_pRefinementPage->m_pCheckRefine2D, m_refinement.m_bRefine2D);
     m_bindings.bindCheck(m_pRefinementPage->m_pCheckOutputPeakList, m_refinement.m_bOutputPeakList);
+    m_bindings.bindCombo(m_pCellPage->m_pComboMethod, m_cellHunting.m_method);
+    m_bindings.bindCheck(m_pCellPage->m_pCheckAutoRange, m_cellHunting.m_bAutoRange);
     m_bindings.bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup);
 }
 
@@ -113,6 +115,8 @@ void MainWindow::connectPages()
     connect(m_pCellPage->m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
 
     connect(m_pCellPage->m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
+    connect(m_pCellPage->m_pButtonKnownCell, &QPushButton::clicked, this, &MainWindow::searchKnownCell);
+    connect(m_pCellPage->m_pCheckAutoRange, &QCheckBox::toggled, this, &MainWindow::showCellRange);
     connect(m_pCellPage->m_pRadioCellManual, &QRadioButton::toggled, this,
             &MainWindow::switchtoManualUnitCellHunting);
     connect(m_pCellPage->m_pButtonAssignRA, &QPushButton::clicked, this,

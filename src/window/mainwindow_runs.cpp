@@ -98,6 +98,8 @@ void MainWindow::catchUpAfterRun(bool bReload)
         testUnitCellToggled(false);
     }
     startManualCell();
+    showCellRange();
+    showCellFit();
     if (wishes.bRemap)
         recalculate3DPeakPositionsAndUpdateView();
     else if (wishes.bShow)

@@ -2,6 +2,7 @@
 #include "dataset/projectfile.h"
 #include "tests/window/windowtest.h"
 #include "window/guidewindow.h"
+#include "window/knowncelldialog.h"
 #include "window/newprojectdialog.h"
 
 namespace tessera {
@@ -185,9 +186,10 @@ TEST_F(FirstRun, EveryControlIsExplained)
         return QTextDocumentFragment::fromHtml(str).toPlainText().size() > 5;
     };
     NewProjectDialog dialog(m_dir.path());
+    KnownCellDialog known({}, m_dir.path());
     GuideWindow guide(GuideWindow::guideFile());
     int nControls = 0, nActions = 0;
-    for (const QWidget* pWindow : std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &guide})
+    for (const QWidget* pWindow : std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &known, &guide})
         for (const QWidget* p : pWindow->findChildren<QWidget*>())
             if (isControl(p) && ++nControls) {
                 EXPECT_TRUE(isText(p->toolTip() + p->whatsThis()))

@@ -57,6 +57,7 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
 
     // What these do is the page's own business; whatever else a toggle means is connected by MainWindow.
     connect(m_pRadioCellManual, &QRadioButton::toggled, this, &CellPage::showManual);
+    connect(m_pCheckAutoRange, &QCheckBox::toggled, this, &CellPage::showAutoRange);
     connect(m_pRadioSpaceReal, &QRadioButton::toggled, this, &CellPage::updateCellTransformMatrixLabels);
 }
 
@@ -80,33 +81,71 @@ QGroupBox* CellPage::makeDetermination()
     m_pRadioCellAuto = new QRadioButton(tr("Auto"), pGroupDetermination);
     m_pRadioCellManual = new QRadioButton(tr("Manual"), pGroupDetermination);
     m_pRadioCellAuto->setChecked(true);
-    explain(m_pRadioCellAuto, tr("Looks for the cell in the difference vectors of the reflections."));
+    explain(m_pRadioCellAuto, tr("Looks for the cell in the reflections or peaks."));
     explain(m_pRadioCellManual, tr("Takes the cell from directions that you look along."));
     auto* pRadioLayout = new QHBoxLayout;
     pRadioLayout->addWidget(m_pRadioCellAuto);
     pRadioLayout->addWidget(m_pRadioCellManual);
     pLayout->addLayout(pRadioLayout);
 
-    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pGroupDetermination);
-    m_pSpinCellRangeMin = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMin);
-    m_pSpinCellRangeMax = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMax);
-    auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
-    pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
-    pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
-    pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
-    pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
-    pRangeLayout->setColumnStretch(1, 1);
-    pLayout->addWidget(m_pGroupCellRange);
+    m_pMethod = makeMethod(pGroupDetermination);
+    pLayout->addWidget(m_pMethod);
+    pLayout->addWidget(makeRange(pGroupDetermination));
 
     m_pButtonSearchCell = new QPushButton(tr("Search for Unit Cell"), pGroupDetermination);
     m_pButtonSearchCell->setMinimumHeight(g_nSearchButtonHeight);
     m_pButtonSearchCell->setStatusTip(tr("Hunting peaks in diffraction patterns"));
     explain(m_pButtonSearchCell,
-            tr("Finds a*, b*, c* from the difference vectors of the chosen reflections, shows "
-               "the lattice in both views and writes the .uc file."));
+            tr("Finds a*, b*, c* by the method above, shows the lattice in both views and writes the .uc "
+               "file."));
     pLayout->addWidget(m_pButtonSearchCell);
+    m_pButtonKnownCell = new QPushButton(tr("Known Cell..."), pGroupDetermination);
+    explain(
+        m_pButtonKnownCell,
+        tr("Asks for the cell of a crystal that is known and looks for its orientation among the peaks."));
+    pLayout->addWidget(m_pButtonKnownCell);
+    pLayout->addWidget(makeDirections(pGroupDetermination));
+    return pGroupDetermination;
+}
 
-    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), pGroupDetermination);
+QWidget* CellPage::makeMethod(QWidget* pParent)
+{
+    auto* pMethod = new QWidget(pParent);
+    m_pComboMethod = new QComboBox(pMethod);
+    m_pComboMethod->addItem(tr("Difference Vectors"), int(CellSearchMethod::DifferenceVectors));
+    m_pComboMethod->addItem(tr("Directions"), int(CellSearchMethod::Directions));
+    m_pComboMethod->addItem(tr("Best of Both"), int(CellSearchMethod::BestOfBoth));
+    explain(m_pComboMethod,
+            tr("How the cell is searched: by differences of the chosen reflections, by directions in which "
+               "all peaks of the frames lie in planes of even spacing, or by both, of which the cell is "
+               "taken that explains more of the peaks. Directions bear long edges and much noise."));
+    auto* pLayout = new QHBoxLayout(pMethod);
+    pLayout->setContentsMargins(0, 0, 0, 0);
+    pLayout->addWidget(new QLabel(tr("Method"), pMethod));
+    pLayout->addWidget(m_pComboMethod, 1);
+    return pMethod;
+}
+
+QGroupBox* CellPage::makeRange(QWidget* pParent)
+{
+    m_pGroupCellRange = new QGroupBox(tr("Unit Cell Range"), pParent);
+    m_pSpinCellRangeMin = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMin);
+    m_pSpinCellRangeMax = makeSpin(m_pGroupCellRange, &CellHuntingParameters::m_dfCellRangeMax);
+    m_pCheckAutoRange = new QCheckBox(tr("Auto"), m_pGroupCellRange);
+    explain(m_pCheckAutoRange, tr("Takes the range from the distances of the spots; the boxes show it."));
+    auto* pRangeLayout = new QGridLayout(m_pGroupCellRange);
+    pRangeLayout->addWidget(new QLabel(tr("Min."), m_pGroupCellRange), 0, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
+    pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
+    pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
+    pRangeLayout->addWidget(m_pCheckAutoRange, 0, 2, 2, 1);
+    pRangeLayout->setColumnStretch(1, 1);
+    return m_pGroupCellRange;
+}
+
+QGroupBox* CellPage::makeDirections(QWidget* pParent)
+{
+    m_pGroupAssignViewingDirection = new QGroupBox(tr("Assign Viewing Direction To"), pParent);
     auto* pAssignLayout = new QGridLayout(m_pGroupAssignViewingDirection);
     const struct {
         QString strText;
@@ -135,9 +174,8 @@ QGroupBox* CellPage::makeDetermination()
         pAssignLayout->addWidget(aRow[i].pSpin, i, 1);
     }
     pAssignLayout->setColumnStretch(1, 1);
-    pLayout->addWidget(m_pGroupAssignViewingDirection);
     m_pGroupAssignViewingDirection->hide();
-    return pGroupDetermination;
+    return m_pGroupAssignViewingDirection;
 }
 
 QGroupBox* CellPage::makeCell()
@@ -154,6 +192,12 @@ QGroupBox* CellPage::makeCell()
         m_apEditCell[i]->setAlignment(Qt::AlignRight);
         pGrid->addWidget(m_apEditCell[i], i / 3, 1 + i % 3);
     }
+    m_pLabelCellFit = new QLabel(pGroup);
+    m_pLabelCellFit->setWordWrap(true);
+    explain(m_pLabelCellFit,
+            tr("How many peaks of the frames have whole indices, each by itself, and how many would in other "
+               "orientations of the cell. Good: a share far above that of chance."));
+    pGrid->addWidget(m_pLabelCellFit, 2, 0, 1, 4);
     m_pButtonLoadCell = new QPushButton(tr("Load..."), pGroup);
     m_pButtonExportCell = new QPushButton(tr("Export..."), pGroup);
     auto* pButtonLayout = new QHBoxLayout;
@@ -161,7 +205,7 @@ QGroupBox* CellPage::makeCell()
     pButtonLayout->addWidget(m_pButtonExportCell);
     explain(m_pButtonLoadCell, tr("Reads a*, b*, c* from a .uc file and makes them the cell in force."));
     explain(m_pButtonExportCell, tr("Writes a*, b*, c* of the cell in force to a .uc file."));
-    pGrid->addLayout(pButtonLayout, 2, 0, 1, 4);
+    pGrid->addLayout(pButtonLayout, 3, 0, 1, 4);
     return pGroup;
 }
 
@@ -253,9 +297,24 @@ QGroupBox* CellPage::makeIndexing()
 
 void CellPage::showManual(bool bManual)
 {
-    m_pGroupCellRange->setVisible(!bManual);
-    m_pButtonSearchCell->setVisible(!bManual);
+    for (QWidget* pWidget :
+         {m_pMethod, static_cast<QWidget*>(m_pGroupCellRange), static_cast<QWidget*>(m_pButtonSearchCell),
+          static_cast<QWidget*>(m_pButtonKnownCell)})
+        pWidget->setVisible(!bManual);
     m_pGroupAssignViewingDirection->setVisible(bManual);
+}
+
+void CellPage::showAutoRange(bool bAuto)
+{
+    if (bAuto) {
+        m_dfOwnRangeMin = m_pSpinCellRangeMin->value();
+        m_dfOwnRangeMax = m_pSpinCellRangeMax->value();
+    } else {
+        m_pSpinCellRangeMin->setValue(m_dfOwnRangeMin);
+        m_pSpinCellRangeMax->setValue(m_dfOwnRangeMax);
+    }
+    m_pSpinCellRangeMin->setEnabled(!bAuto);
+    m_pSpinCellRangeMax->setEnabled(!bAuto);
 }
 
 void CellPage::updateCellTransformMatrixLabels()

@@ -26,6 +26,8 @@ public:
 
     /// Swaps the range and the search button for the groups of the manual assignment, or back.
     void showManual(bool bManual);
+    /// With the automatic range the boxes only show numbers; those that stood there come back afterwards.
+    void showAutoRange(bool bAuto);
     /// Names rows and columns of the matrix after the space that is checked; then unchecks "Test".
     void updateCellTransformMatrixLabels();
 
@@ -33,10 +35,13 @@ public:
 
     QRadioButton* m_pRadioCellAuto;  ///< checked at start
     QRadioButton* m_pRadioCellManual;
+    QComboBox* m_pComboMethod;  ///< the item data is the CellSearchMethod
     QGroupBox* m_pGroupCellRange;
     QDoubleSpinBox* m_pSpinCellRangeMin;  ///< Å
     QDoubleSpinBox* m_pSpinCellRangeMax;  ///< Å
+    QCheckBox* m_pCheckAutoRange;         ///< the range comes from the spots
     QPushButton* m_pButtonSearchCell;
+    QPushButton* m_pButtonKnownCell;
     QGroupBox* m_pGroupAssignViewingDirection;  ///< hidden at start
     QPushButton* m_pButtonAssignRA;             ///< "a*"
     QPushButton* m_pButtonAssignRB;
@@ -46,6 +51,7 @@ public:
     QDoubleSpinBox* m_pSpinManualLengthC;
 
     QLineEdit* m_apEditCell[6];  ///< a, b, c in Å, α, β, γ in degrees; read-only
+    QLabel* m_pLabelCellFit;     ///< how many of the peaks fit it; empty without cell or peaks
     QPushButton* m_pButtonLoadCell;
     QPushButton* m_pButtonExportCell;
 
@@ -65,10 +71,16 @@ public:
 private:
     QGroupBox* makeSelection();
     QGroupBox* makeDetermination();
+    QWidget* makeMethod(QWidget* pParent);
+    QGroupBox* makeRange(QWidget* pParent);
+    QGroupBox* makeDirections(QWidget* pParent);
     QGroupBox* makeCell();
     QGroupBox* makeTransformation();
     QGroupBox* makeIndexing();
 
+    QWidget* m_pMethod;          // label and list
+    double m_dfOwnRangeMin = 0;  // Å, without the automatic range
+    double m_dfOwnRangeMax = 0;
     QLabel* m_apLabelColumn[3];
     QLabel* m_apLabelRow[3];
 };

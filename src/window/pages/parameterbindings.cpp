@@ -52,14 +52,21 @@ void CParameterBindings::bindCheck(QGroupBox* pGroup, bool& bMember)
 
 void CParameterBindings::bindCombo(QComboBox* pCombo, int& nMember)
 {
+    bindCombo(
+        pCombo, [&nMember] { return nMember; }, [&nMember](int n) { nMember = n; });
+}
+
+void CParameterBindings::bindCombo(QComboBox* pCombo, const std::function<int()>& fnMember,
+                                   const std::function<void(int)>& fnSetMember)
+{
     m_vecBinding.push_back(
-        {[pCombo, &nMember] { return double(pCombo->count() ? pCombo->currentData().toInt() : nMember); },
+        {[pCombo, fnMember] { return double(pCombo->count() ? pCombo->currentData().toInt() : fnMember()); },
          [pCombo](double df) {
              const int nIndex = pCombo->findData(int(df));
              if (nIndex >= 0)
                  pCombo->setCurrentIndex(nIndex);
          },
-         [&nMember] { return double(nMember); }, [&nMember](double df) { nMember = int(df); }});
+         [fnMember] { return double(fnMember()); }, [fnSetMember](double df) { fnSetMember(int(df)); }});
 }
 
 void CParameterBindings::takeFromControls()

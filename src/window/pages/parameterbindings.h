@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <type_traits>
 #include <vector>
 
 class QAbstractButton;
@@ -31,6 +32,13 @@ public:
     void bindCheck(QGroupBox* pGroup, bool& bMember);
     /// A list whose item data is the number; nothing is chosen as long as it has no items.
     void bindCombo(QComboBox* pCombo, int& nMember);
+    /// The same for a member whose values have names.
+    template <typename TEnum, typename = std::enable_if_t<std::is_enum_v<TEnum>>>
+    void bindCombo(QComboBox* pCombo, TEnum& member)
+    {
+        bindCombo(
+            pCombo, [&member] { return int(member); }, [&member](int n) { member = TEnum(n); });
+    }
 
     /// The members take what the controls show.
     void takeFromControls();
@@ -38,6 +46,9 @@ public:
     void showOnControls(KeepControls keep);
 
 private:
+    void bindCombo(QComboBox* pCombo, const std::function<int()>& fnMember,
+                   const std::function<void(int)>& fnSetMember);
+
     // Control and member, both seen as a number.
     struct Binding {
         std::function<double()> fnControl;

@@ -4,23 +4,29 @@
 #include "crystal/cellarithmetic.h"
 #include "dataset/unitcellfile.h"
 #include "reciprocal/cellcommit.h"
+#include "reciprocal/latticehunting.h"
+#include "reciprocal/mapping.h"
 #include "reciprocal/reflectionselection.h"
+#include "road/cellresult.h"
 #include "road/cellsearch.h"
 #include "view3d/ed3dwidget.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
 #include "window/reciprocal/manualcell.h"
+#include "window/runflag.h"
 #include "window/windowreport.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
+#include <QThread>
 
 #include <array>
 
@@ -57,25 +63,48 @@ bool MainWindow::selectReflectionsForProcessing(QList<Peak3D>& listPeak)
 
 void MainWindow::runUnitCellHunting()
 {
+    if (m_bSearchingCell) {  // a click on "Stop"
+        m_bSearchingCell = false;
+        return;
+    }
     if (refuseDuringRun(tr("Searching for a unit cell")))
         return;
     syncParametersWithControls(true);
     QList<Peak3D> listSelection;
-    if (!selectReflectionsForProcessing(listSelection))
+    if (m_cellHunting.m_method != CellSearchMethod::Directions &&
+        !selectReflectionsForProcessing(listSelection))
         return;
     CRunScope scope(*this);
-    WindowReport report(*this);
+    searchCellWithButton(listSelection);
+}
+
+/// A search by difference vectors is over soon: its button waits. One on the peaks can be stopped by it.
+void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
+{
     QPushButton* pButton = m_pCellPage->m_pButtonSearchCell;
-    bool bFound = false;
-    if (!listSelection.isEmpty()) {
-        pButton->setEnabled(false);
+    const QString strButton = pButton->text();
+    const bool bOnPeaks = m_cellHunting.m_method != CellSearchMethod::DifferenceVectors ||
+                          m_cellHunting.m_bAutoRange;
+    CRunFlag flag(m_bSearchingCell);
+    WindowReport report(*this, &m_bSearchingCell);
+    if (bOnPeaks) {
+        mapPeaksAnew(tr("They are mapped anew before the search."), report);
+        showCellRange();
+        pButton->setText(tr("Stop"));
+    }
+    if (bOnPeaks || !listSelection.isEmpty()) {
+        pButton->setEnabled(bOnPeaks);
         report.goOn();
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
-    const CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost};
+    const CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost,
+                            QThread::idealThreadCount()};
+    bool bFound = false;
     guarded([&] {
         const CellSearchResult result = searchCell(m_dataSet, listSelection, search, report);
         bFound = result.end.finished();
+        if (result.end.end == RunEnd::Stopped && bOnPeaks)
+            report.addMessage(tr("The search for the cell was stopped."));
         if (result.bSaved)
             startDialogsAtCellFile();
     });
@@ -83,7 +112,18 @@ void MainWindow::runUnitCellHunting()
         updateUnitCell();
         showLattice();
     }
+    pButton->setText(strButton);
     pButton->setEnabled(true);
+}
+
+void MainWindow::showCellRange()
+{
+    if (isPumping() || !m_pCellPage->m_pCheckAutoRange->isChecked())
+        return;
+    syncParametersWithControls(true);
+    guarded([this] { m_cellHunting = withRange(m_cellHunting, m_dataSet); });
+    m_pCellPage->m_pSpinCellRangeMin->setValue(m_cellHunting.m_dfCellRangeMin);
+    m_pCellPage->m_pSpinCellRangeMax->setValue(m_cellHunting.m_dfCellRangeMax);
 }
 
 void MainWindow::saveProjectCell(CRunReport& report)
@@ -126,7 +166,21 @@ void MainWindow::updateUnitCellInfo()
     for (int i = 0; i < 6; ++i)
         m_pCellPage->m_apEditCell[i]->setText(cell ? m_locale.toString(cell->numbers()[i], 'f', 2)
                                                    : QString());
+    showCellFit();
     updateExpectedPeakPositionFromOrientationMatrix();
+}
+
+void MainWindow::showCellFit()
+{
+    QString strFit;
+    guarded([&] {
+        const std::optional<LatticeFit> fit = needsMapping(m_dataSet, m_mapping)
+                                                  ? std::nullopt
+                                                  : cellResultOf(m_dataSet).fit;
+        if (fit)
+            strFit = latticeFitText(*fit, m_locale);
+    });
+    m_pCellPage->m_pLabelCellFit->setText(strFit);
 }
 
 /// The cell of the data set that has just been opened, or that it has none. The manual way begins with a
@@ -136,6 +190,7 @@ void MainWindow::showOpenedCell()
     if (m_dataSet.m_listCellFound.size() != 3)
         m_pCellPage->m_pRadioCellAuto->setChecked(true);
     updateUnitCell();
+    showCellRange();
 }
 
 void MainWindow::switchtoManualUnitCellHunting(bool bTrue)

@@ -76,7 +76,18 @@ void MainWindow::recalculate3DPeakPositionsAndUpdateView()
     }
     transformPeaksTo3D();
     showPeaksIn3D();
+    showCellFit();
     updateExpectedPeakPositionFromOrientationMatrix();
+}
+
+void MainWindow::mapPeaksAnew(const QString& strThen, CRunReport& report)
+{
+    if (!m_rawGroups.holdsPeaks() || !needsMapping(m_dataSet, m_mapping))
+        return;
+    report.addMessage(
+        tr("Shifts, direct beam or geometry have changed since the peaks were mapped. %1").arg(strThen));
+    transformPeaksTo3D();
+    showPeaksIn3D();
 }
 
 void MainWindow::peakReduction3D()
@@ -89,14 +100,8 @@ void MainWindow::peakReduction3D()
         return;
     CRunScope scope(*this);
     WindowReport report(*this);
-    if (m_rawGroups.holdsPeaks() && needsMapping(m_dataSet, m_mapping)) {
-        // Positions relative to a beam that has moved since must not meet points of the former one.
-        report.addMessage(
-            tr("Shifts, direct beam or geometry have changed since the peaks were mapped. They "
-               "are mapped anew before merging."));
-        transformPeaksTo3D();
-        showPeaksIn3D();
-    }
+    // Positions relative to a beam that has moved since must not meet points of the former one.
+    mapPeaksAnew(tr("They are mapped anew before merging."), report);
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
