@@ -22,7 +22,6 @@ namespace tessera {
 namespace {
 
 const double g_dfMostTolerance = 20;  // per cent: more takes one edge of a cell for another
-const int g_nLeastWidth = 620;        // pixels: a cell and its fit in one line
 
 // Lengths and angles in one line.
 QString numbersText(const LatticeBasis& basis)
@@ -41,7 +40,6 @@ KnownCellDialog::KnownCellDialog(const FnSearch& fnSearch, const QString& strFol
     : QDialog(pParent), m_fnSearch(fnSearch), m_strFolder(strFolder)
 {
     setWindowTitle(tr("Known Cell"));
-    setMinimumWidth(g_nLeastWidth);
     auto* pLayout = new QVBoxLayout(this);
     pLayout->addWidget(makeCell());
     pLayout->addWidget(makeResult());
@@ -113,6 +111,10 @@ QGroupBox* KnownCellDialog::makeResult()
         m_apLabelCell[n] = new QLabel(pGroup);
         for (QLabel* pLabel : {m_apLabelFit[n], m_apLabelCell[n]})
             explain(pLabel, astrTip[n]);
+        // Room for what a search finds, so that the dialog keeps its size.
+        m_apLabelFit[n]->setMinimumWidth(fontMetrics().horizontalAdvance(latticeFitText({99999, 99999, 1})));
+        m_apLabelCell[n]->setMinimumWidth(
+            fontMetrics().horizontalAdvance(numbersText(100 * LatticeBasis::Identity())));
         pGrid->addWidget(new QLabel(astrForm[n], pGroup), n, 0);
         pGrid->addWidget(m_apLabelFit[n], n, 1);
         pGrid->addWidget(m_apLabelCell[n], n, 2);
@@ -120,7 +122,7 @@ QGroupBox* KnownCellDialog::makeResult()
     m_pLabelSays = new QLabel(pGroup);
     m_pLabelSays->setWordWrap(true);
     m_pLabelSays->setTextFormat(Qt::PlainText);
-    m_pLabelSays->setMinimumHeight(2 * fontMetrics().lineSpacing());  // so that the dialog keeps its size
+    m_pLabelSays->setMinimumHeight(2 * fontMetrics().lineSpacing());
     pGrid->addWidget(m_pLabelSays, 3, 0, 1, 3);
     pGrid->setColumnStretch(2, 1);
     pGrid->setHorizontalSpacing(2 * fontMetrics().averageCharWidth());

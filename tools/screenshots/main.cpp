@@ -2,6 +2,7 @@
 // stage in two sizes. scripts/screenshots runs it on the simulated demo series.
 //
 //   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
+#include "window/knowncelldialog.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/framespage.h"
@@ -225,6 +226,20 @@ int main(int argc, char** argv)
     QWidget* pCell = camera.openPage(QStringLiteral("Unit Cell Determination and Indexing"));
     find<QPushButton>(pCell, QStringLiteral("Search for Unit Cell"))->click();
     camera.shoot(QStringLiteral("cell"));
+    // The dialog as it stands when the cell of the demo's crystal was found.
+    QTimer::singleShot(0, [&camera] {
+        auto* pDialog = qobject_cast<KnownCellDialog*>(QApplication::activeModalWidget());
+        if (!pDialog) {
+            std::fprintf(stderr, "No dialog came for the known cell\n");
+            std::exit(1);
+        }
+        pDialog->setCell({18.272, 18.613, 6.593, 90, 90, 90});
+        pDialog->m_pButtonSearch->click();
+        QTest::qWait(g_nSettleTime);
+        camera.keep(QStringLiteral("knowncell"), pDialog->grab());
+        pDialog->reject();
+    });
+    find<QPushButton>(pCell, QStringLiteral("Known Cell..."))->click();
     find<QPushButton>(pCell, QStringLiteral("Index Merged Peaks"))->click();
 
     // The merged cloud along an axis, with the groups that the indexing made and the lattice of the cell.

@@ -65,7 +65,7 @@ QGroupBox* CellPage::makeSelection()
 {
     auto* pGroupSelection = new QGroupBox(tr("Selection Used for Processing"), this);
     m_pTableReflectionSelection = makeGroupTable(pGroupSelection);
-    m_pTableReflectionSelection->setMinimumHeight(g_nSelectionTableHeight);
+    m_pTableReflectionSelection->setFixedHeight(g_nSelectionTableHeight);
     explain(m_pTableReflectionSelection,
             tr("The group of the view \"3D View Merged\" that cell search and indexing take."));
     auto* pLayout = new QVBoxLayout(pGroupSelection);
@@ -98,12 +98,15 @@ QGroupBox* CellPage::makeDetermination()
     explain(m_pButtonSearchCell,
             tr("Finds a*, b*, c* by the method above, shows the lattice in both views and writes the .uc "
                "file."));
-    pLayout->addWidget(m_pButtonSearchCell);
     m_pButtonKnownCell = new QPushButton(tr("Known Cell..."), pGroupDetermination);
     explain(
         m_pButtonKnownCell,
         tr("Asks for the cell of a crystal that is known and looks for its orientation among the peaks."));
-    pLayout->addWidget(m_pButtonKnownCell);
+    m_pButtonKnownCell->setMinimumHeight(g_nSearchButtonHeight);
+    auto* pSearchLayout = new QHBoxLayout;
+    pSearchLayout->addWidget(m_pButtonSearchCell, 1);
+    pSearchLayout->addWidget(m_pButtonKnownCell);
+    pLayout->addLayout(pSearchLayout);
     pLayout->addWidget(makeDirections(pGroupDetermination));
     return pGroupDetermination;
 }
