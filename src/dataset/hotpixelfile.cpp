@@ -2,6 +2,9 @@
 
 #include "dataset/textlines.h"
 #include "dataset/textscanner.h"
+#include "records/wholefile.h"
+
+#include <QFileInfo>
 
 #include <cmath>
 
@@ -41,10 +44,67 @@ bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel, Q
     });
 }
 
+// The one place of the project's hot pixels.
+static QString hotPixelFile(const DataSet& data)
+{
+    return data.m_strProjectDir + QStringLiteral("/hotpixels.txt");
+}
+
+static QList<QPoint> without(const QList<QPoint>& list, const QList<QPoint>& listKnown)
+{
+    QList<QPoint> listNew;
+    for (const QPoint& pt : list) {
+        if (!listKnown.contains(pt) && !listNew.contains(pt)) {
+            listNew.append(pt);
+        }
+    }
+    return listNew;
+}
+
+bool addToHotPixelFile(const QString& strFileName, const QList<QPoint>& listHotPixel, QString* pstrReason)
+{
+    QByteArray bytes;
+    QList<QPoint> listThere;
+    if (QFileInfo::exists(strFileName) && (!readHotPixelFile(strFileName, listThere, pstrReason) ||
+                                           !readFileBytes(strFileName, bytes, g_nMaxTextFile, pstrReason))) {
+        return false;
+    }
+    const QList<QPoint> listNew = without(listHotPixel, listThere);
+    if (listNew.isEmpty()) {
+        return true;
+    }
+    if (!bytes.isEmpty() && !bytes.endsWith('\n')) {
+        bytes += '\n';
+    }
+    int nSerial = listThere.size();
+    for (const QPoint& pt : listNew) {
+        bytes += QStringLiteral("%1 %2 %3\n").arg(++nSerial).arg(pt.x()).arg(pt.y()).toLatin1();
+    }
+    return writeWholeFile(strFileName, bytes, pstrReason);
+}
+
+void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& report)
+{
+    const QList<QPoint> listNew = without(listHotPixel, data.m_listHotPixel);
+    data.m_listHotPixel += listNew;
+    QString strReason;
+    if (addToHotPixelFile(hotPixelFile(data), data.m_listHotPixel, &strReason)) {
+        report.addMessage(QStringLiteral("%L1 hot pixels are repaired from now on, and stand in %2.")
+                              .arg(listNew.size())
+                              .arg(hotPixelFile(data)),
+                          Severity::Info);
+    } else {
+        report.addMessage(QStringLiteral("%L1 hot pixels are repaired until the data set is closed; they "
+                                         "could not be written: %2")
+                              .arg(listNew.size())
+                              .arg(strReason),
+                          Severity::Error);
+    }
+}
+
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
 {
-    const bool bRead = readHotPixelFile(data.m_strProjectDir + QStringLiteral("/hotpixels.txt"),
-                                        data.m_listHotPixel, pstrReason);
+    const bool bRead = readHotPixelFile(hotPixelFile(data), data.m_listHotPixel, pstrReason);
     if (bRead)
         report.addMessage(QStringLiteral("%L1 hot pixel positions loaded.").arg(data.m_listHotPixel.size()));
     else

@@ -28,4 +28,14 @@ namespace tessera {
 /// @return whether the file was read
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason = nullptr);
 
+/// Appends the pixels that a hot pixel file does not hold yet, numbered on, and keeps what stands there. A
+/// file that is not there is made.
+/// @return false, with the file as it was, when it is there and cannot be read, or cannot be written
+[[nodiscard]] bool addToHotPixelFile(const QString& strFileName, const QList<QPoint>& listHotPixel,
+                                     QString* pstrReason = nullptr);
+
+/// Adds pixels to m_listHotPixel, each once, and to "hotpixels.txt" of the project's folder. Says how many,
+/// and in red why the file could not be written; the pixels are in force all the same.
+void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& report);
+
 }  // namespace tessera

@@ -1,6 +1,7 @@
 #include "frames/suggestpeaksearch.h"
 
 #include "dataset/pagerounding.h"
+#include "frames/autothreshold.h"
 
 #include <algorithm>
 #include <cmath>
@@ -57,6 +58,51 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::opt
         suggestedValue(&Hunt::m_dfIntegrationBackground, bRing ? std::max(1.0, dfRing) : g_dfRing,
                        bRing ? QStringLiteral("the next spot begins beyond that")
                              : QStringLiteral("no spot lies near"))};
+}
+
+bool suggestRadii(const DataSet& dataSet, CRunReport& report, Suggestion& suggestion,
+                  const std::optional<double>& dfPeakRadius, int nJobs)
+{
+    std::optional<SpotSize> size;
+    if (!measureSpotSize(dataSet, report, size, nJobs)) {
+        return false;
+    }
+    if (!size) {
+        report.addMessage(
+            QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
+                           "the peak search are those of the page."),
+            Severity::Info);
+    }
+    suggestion = suggestPeakSearch(size, dfPeakRadius);
+    return true;
+}
+
+bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page, CPeakFilters& filters,
+                       CRunReport& report, Suggestion& suggestion, int nJobs)
+{
+    Suggestion listFound;
+    if (!suggestRadii(dataSet, report, listFound, std::nullopt, nJobs)) {
+        return false;
+    }
+    PeakHuntingParameters parameters = page;
+    ParameterRecords records{};
+    std::get<PeakHuntingParameters*>(records) = &parameters;
+    for (const SuggestedValue& value : qAsConst(listFound)) {
+        parameterOf(value.member).setValue(records, value.dfValue);
+    }
+    double dfThreshold = 0;
+    if (estimatePeakThreshold(dataSet, parameters, filters, report, dfThreshold, nJobs)) {
+        const SuggestedValue value = suggestedValue(
+            &PeakHuntingParameters::m_dfPeakThreshold, dfThreshold,
+            QStringLiteral("eight robust standard deviations of the noise with these radii"));
+        if (value.dfValue > 0) {
+            listFound.append(value);
+        }
+    } else if (!report.goOn()) {
+        return false;
+    }
+    suggestion = listFound;
+    return true;
 }
 
 }  // namespace tessera

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/parametertable.h"
+#include "frames/peakfilters.h"
 #include "frames/spotsize.h"
 #include "records/runparameters.h"
 
@@ -37,5 +38,20 @@ SuggestedValue suggestedValue(ParameterMember member, double dfValue, const QStr
 /// @param dfPeakRadius      given by the user: the wide Gaussian keeps its distance from it
 Suggestion suggestPeakSearch(const std::optional<SpotSize>& size,
                              const std::optional<double>& dfPeakRadius = std::nullopt);
+
+/// The same from a look at some frames of the series, with a line of the log where they do not tell.
+/// @param suggestion  empty where there are no usable spots
+/// @param nJobs       frames looked at side by side; the suggestion is the same for each
+/// @return false when the report asked to stop or memory is short
+bool suggestRadii(const DataSet& dataSet, CRunReport& report, Suggestion& suggestion,
+                  const std::optional<double>& dfPeakRadius = std::nullopt, int nJobs = 1);
+
+/// The radii, and the threshold that fits them, from looks at some frames. None of a threshold where no frame
+/// tells its noise, and where the decimals of the page are too coarse for it.
+/// @param page     numbers that hold where nothing is suggested in their place
+/// @param filters  are made for the radii that are suggested
+/// @return false when the report asked to stop or memory is short
+bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page, CPeakFilters& filters,
+                       CRunReport& report, Suggestion& suggestion, int nJobs = 1);
 
 }  // namespace tessera

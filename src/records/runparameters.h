@@ -20,6 +20,7 @@ struct PeakHuntingParameters {
                                            ///< values are so small that a peak list would lose them
     double m_dfIntegrationRadius = 15;     ///< disc, truncated to int when used
     double m_dfIntegrationBackground = 3;  ///< ring width, truncated to int when used
+    bool m_bAutoRadii = false;             ///< the window measures peak and background radius before a run
 };
 
 /// Groups "Apply Stretching", "Resolution Range" and "Intensity Range" of the merging page.

@@ -57,17 +57,11 @@ bool chooseRadii(RoadState& state)
     ParameterRecords records{};
     std::get<PeakHuntingParameters*>(records) = &options.hunting;
     if (!options.bWindowDefaults && anyIsOpen(listGiven)) {
-        std::optional<SpotSize> size;
-        if (!measureSpotSize(state.dataSet, state.report, size, options.jobs())) {
+        Suggestion suggestion;
+        if (!suggestRadii(state.dataSet, state.report, suggestion, options.dfPeakRadius, options.jobs())) {
             return false;
         }
-        if (!size) {
-            state.report.addMessage(
-                QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
-                               "the peak search are those of the page."),
-                Severity::Info);
-        }
-        takeSuggestion(suggestPeakSearch(size, options.dfPeakRadius), listGiven, records, state.report);
+        takeSuggestion(suggestion, listGiven, records, state.report);
     }
     takeGiven(listGiven, records);
     return true;

@@ -4,6 +4,7 @@
 
 #include "dataset/dataset.h"
 #include "frames/peakfilters.h"
+#include "frames/suggestpeaksearch.h"
 #include "geometry/matrix3.h"
 #include "records/buttonstatus.h"
 #include "records/runparameters.h"
@@ -26,6 +27,7 @@
 
 class QComboBox;
 class QDockWidget;
+class QDoubleSpinBox;
 class QProgressBar;
 class QPushButton;
 class QSettings;
@@ -56,6 +58,8 @@ class RefinementPage;
 class ShiftPage;
 class TabWidget;
 class TextDataWidget;
+struct AxisSearch;
+struct FrameDefects;
 struct IndexingResult;
 struct PositionRefinementOptions;
 struct TiltRefinementOptions;
@@ -168,6 +172,21 @@ public slots:
     /// Shows or hides the polygons on the frame; the hunt heeds them either way.
     void showPeakHuntingMask(bool bShow);
 
+    // Defects of the frames: src/window/frames/mainwindow_defects.cpp
+    /// Looks at some frames for what is no measurement, and asks whether areas go into the mask and hot
+    /// pixels into the list of those that are repaired, and its file. A run, see m_bRunning.
+    void findFrameDefects();
+
+    // Numbers that follow from the data: src/window/frames/mainwindow_suggestions.cpp
+    /// Measures some frames and offers numbers of the page "Peak Search". A run, see m_bRunning.
+    void suggestPeakSearch();
+    /// Offers distances and limits of the merging by the peaks that are there.
+    void suggestMerging();
+    /// Offers a range of cell edges by the distances of the spots.
+    void suggestCellRange();
+    /// Whether both radii come from the spots: then nobody types them, and they are measured at once.
+    void autoRadiiToggled(bool bAuto);
+
     // Runs: src/window/frames/mainwindow_shiftevaluation.cpp, mainwindow_peakhunting.cpp
     /// Puts the reference region of the size that is checked on the frame, or none. One that the frame has
     /// no room for is told in the status bar.
@@ -220,6 +239,10 @@ public slots:
     /// Links the peaks of the group chosen on the page into chains, merges each to a reflection, and shows
     /// these.
     void peakReduction3D();
+    /// Finds azimuth and sense of the rotation axis from the peaks, shows the curve, and asks whether to take
+    /// it; a taken one maps the peaks anew. A run, see m_bRunning.
+    /// In src/window/reciprocal/mainwindow_axis.cpp.
+    void findRotationAxis();
     /// Draws the rotation axis through the direct beam of the frame in view, or hides it.
     void showRotationAxisLine();
 
@@ -484,6 +507,23 @@ private:
     void fillShiftTable();
     void appendShiftRow(const QPointF& ptShift);
     void fillMaskTable();
+    /// Shows a mask that has just come, in the table and on the frame.
+    void showNewMask();
+    void addToMask(const FrameDefects& defects, CRunReport& report);
+    void repairHotPixels(const FrameDefects& defects, CRunReport& report);
+    /// False, with a red line, without frames.
+    bool holdsFrames();
+    /// Measures both radii and puts them into record and boxes; they stay where the spots do not tell.
+    /// @return false when the report asked to stop
+    bool findRadii(CRunReport& report);
+    /// Shows what is suggested with the reasons, and sets what the user takes.
+    /// @param strPage  for the title
+    void offerSuggestion(const QString& strPage, const Suggestion& suggestion);
+    /// The box of a number with its row in the table of parameters; null where a page has none.
+    QDoubleSpinBox* boxOf(const ParameterMember& member) const;
+    void askForAxis(const AxisSearch& search);
+    /// Says where nobody has told the rotation axis, and how to find it.
+    void tellUnknownAxis(CRunReport& report) const;
     void refreshPeakMarks();
     /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
     void clearFrameMarks();

@@ -152,7 +152,7 @@ bool MainWindow::openProject(const QString& strFileName)
     WindowReport report(*this);
     QStringList listReason;
     connectPanelSignals(false);
-    if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason)) {
+    if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason, AxisLine::MayLack)) {
         connectPanelSignals(true);
         return false;
     }
@@ -176,6 +176,7 @@ bool MainWindow::openProject(const QString& strFileName)
     showOpenedCell();
     for (const QString& strReason : qAsConst(listReason))
         report.addMessage(strReason);
+    tellUnknownAxis(report);
     return true;
 }
 

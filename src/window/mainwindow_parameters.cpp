@@ -61,6 +61,7 @@ ParameterRecords MainWindow::parameterRecords()
 void MainWindow::bindParameters()
 {
     m_bindings.bindBoxes(this, parameterRecords());
+    m_bindings.bindCheck(m_pPeakSearchPage->m_pAutoRadiiCheck, m_hunting.m_bAutoRadii);
     m_bindings.bindCheck(m_pMergingPage->m_pGroupApplyStretching, m_mapping.m_bApplyStretching);
     m_bindings.bindCheck(m_pMergingPage->m_pRadioInFrames2DIntegration, m_merging.m_bIntegrate2D,
                          m_pMergingPage->m_pRadioInFramesPoint);
@@ -108,12 +109,19 @@ void MainWindow::connectPages()
     connect(m_pPeakSearchPage->m_pShowPeaksCheck, &QCheckBox::toggled, this,
             &MainWindow::visualMoniteringPeakHuntingToggled);
 
+    connect(m_pPeakSearchPage->m_pAutoRadiiCheck, &QCheckBox::toggled, this, &MainWindow::autoRadiiToggled);
+    connect(m_pPeakSearchPage->m_pFindDefectsButton, &QPushButton::clicked, this,
+            &MainWindow::findFrameDefects);
+    connect(m_pPeakSearchPage->m_pSuggestButton, &QPushButton::clicked, this, &MainWindow::suggestPeakSearch);
+
+    connect(m_pMergingPage->m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestMerging);
     connect(m_pMergingPage->m_pButtonLoadPeaks, &QPushButton::clicked, this, &MainWindow::loadRawPeaks);
     connect(m_pMergingPage->m_pButtonExportPeaks, &QPushButton::clicked, this, &MainWindow::saveRawPeaks);
     connect(m_pMergingPage->m_pButtonMerge, &QPushButton::clicked, this, &MainWindow::peakReduction3D);
     connect(m_pCellPage->m_pButtonLoadCell, &QPushButton::clicked, this, &MainWindow::loadUnitCell);
     connect(m_pCellPage->m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
 
+    connect(m_pCellPage->m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestCellRange);
     connect(m_pCellPage->m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
     connect(m_pCellPage->m_pButtonKnownCell, &QPushButton::clicked, this, &MainWindow::searchKnownCell);
     connect(m_pCellPage->m_pCheckAutoRange, &QCheckBox::toggled, this, &MainWindow::showCellRange);
@@ -188,7 +196,10 @@ void MainWindow::connectPanelSignals(bool bConnect)
              m_pMergingPage->m_pSpinStretchAmplitude, m_pMergingPage->m_pSpinStretchAzimuth},
             remap);
     keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
-    onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] { showRotationAxisLine(); });
+    onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] {
+        m_dataSet.m_bRotationAxisKnown = true;  // by whoever has typed it
+        showRotationAxisLine();
+    });
     onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin}, [this] {
         showRotationAxisLine();
         updateExpectedPeakPositionFromOrientationMatrix();

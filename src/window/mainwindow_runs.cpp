@@ -40,10 +40,14 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
 
 void MainWindow::setButtonStatus(QPushButton* pButton, ButtonStatus status)
 {
+    const char* const pszText = "textWhenReady";
+    const char* const pszIcon = "iconWhenReady";
     if (pButton && status == ButtonStatus::ready) {
-        pButton->setText(QStringLiteral("Run"));
-        pButton->setIcon(QIcon(QStringLiteral(":/images/run.png")));
+        pButton->setText(pButton->property(pszText).toString());
+        pButton->setIcon(pButton->property(pszIcon).value<QIcon>());
     } else if (pButton && status == ButtonStatus::running) {
+        pButton->setProperty(pszText, pButton->text());
+        pButton->setProperty(pszIcon, pButton->icon());
         pButton->setText(QStringLiteral("Stop"));
         pButton->setIcon(QIcon(QStringLiteral(":/images/stop.png")));
     }

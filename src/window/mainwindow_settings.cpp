@@ -79,6 +79,8 @@ const int g_nSideFrames = 10;  // pixels: its left and its right edge
 const char g_szExcluded[] = "excludedReflections", g_szReference[] = "referenceCell",
            g_szBackground[] = "constantBackground", g_szTestRuns[] = "showTestRuns";
 
+const char g_szAutoRadii[] = "PeakSearch/AutoRadii";
+
 const char g_szChecksum[] = "windowChecksum";
 
 // Qt takes what it saved on trust, and a changed byte may end the process.
@@ -132,6 +134,7 @@ void MainWindow::readSettings()
         if (row.pszSettingsKey)
             row.setValue(parameterRecords(), storedNumber(*pSettings, QLatin1String(row.pszSettingsKey),
                                                           row.value(parameterRecords())));
+    m_hunting.m_bAutoRadii = pSettings->value(QLatin1String(g_szAutoRadii), false).toBool();
     m_dfCanvasGridAlpha = qBound(
         0.0, storedNumber(*pSettings, QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha), 1.0);
     m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
@@ -179,6 +182,7 @@ void MainWindow::writeSettings()
     for (const Parameter& row : parameterTable())
         if (row.pszSettingsKey)
             pSettings->setValue(QLatin1String(row.pszSettingsKey), row.value(parameterRecords()));
+    pSettings->setValue(QLatin1String(g_szAutoRadii), m_hunting.m_bAutoRadii);
     pSettings->setValue(QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha);
     // Only the file changes these; written once, so that they can be found there.
     const std::pair<const char*, QVariant> aDefault[] = {

@@ -26,6 +26,7 @@ void MainWindow::createToolsMenu()
     add(pMenu, actions.m_pFitDirectBeam, &MainWindow::fitDirectBeam);
     add(pMenu, actions.m_pRefineDirectBeam, &MainWindow::refineDirectBeamPosition);
     add(pMenu, actions.m_pTestRotationAxis, &MainWindow::testRotationAxis);
+    add(pMenu, actions.m_pFindRotationAxis, &MainWindow::findRotationAxis);
     pMenu->addSeparator();
     add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
     add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);

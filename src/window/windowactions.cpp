@@ -150,6 +150,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           "Estimate the rotation axis from where the shown peaks appear",
           nullptr,
           {}}},
+        {&WindowActions::m_pFindRotationAxis,
+         {"Find &Rotation Axis",
+          "Find azimuth and sense of the rotation axis from the peaks of all frames",
+          nullptr,
+          {}}},
         {&WindowActions::m_pRefineBasis,
          {"Refine &Basis Vectors",
           "Refine the unit cell against the tilts of the indexed reflections",
@@ -254,6 +259,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "to a few with many peaks; the axis may also be this number less 180. What is called \"Tilt Axis\" "
          "there holds only for an axis near 50 degrees and may be a right angle off. \"Rotation Axis At\" "
          "stays: type it in."},
+        {m_pFindRotationAxis,
+         "Maps the peaks with every azimuth of the axis and looks where their lattice is sharpest; needs peaks "
+         "and shifts of all frames, neither axis nor cell. \"Intensity\" shows sharpness against azimuth: "
+         "good is one narrow maximum, with a lower one 180 degrees away, which is the other sense of "
+         "rotation. The axis is set if you take it. \"Stop\" ends the run."},
         {m_pRefineBasis,
          "Fits a*, b*, c* so that reflections of 500 counts and more, 100 pixels and more from the axis, "
          "come at the tilts of their frames. Good: the first number of \"Sum of Err^2 of tilt before and "

@@ -70,6 +70,7 @@ public:
     QAction* m_pFitDirectBeam = nullptr;      ///< direct beam on each frame
     QAction* m_pRefineDirectBeam = nullptr;   ///< direct beam by pairs of indexed peaks
     QAction* m_pTestRotationAxis = nullptr;   ///< azimuth of the rotation axis
+    QAction* m_pFindRotationAxis = nullptr;   ///< azimuth and sense of the axis by the sharpness of the lattice
     QAction* m_pRefineBasis = nullptr;        ///< cell on the tilts of the frames
     QAction* m_pRefineFrameNo = nullptr;      ///< cell on the tilts at the tops of the curves
     QAction* m_pExportPeaks = nullptr;        ///< points of the current 3D view

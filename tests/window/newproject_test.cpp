@@ -4,6 +4,7 @@
 #include "window/guidewindow.h"
 #include "window/knowncelldialog.h"
 #include "window/newprojectdialog.h"
+#include "window/pages/suggestiondialog.h"
 
 namespace tessera {
 
@@ -188,8 +189,10 @@ TEST_F(FirstRun, EveryControlIsExplained)
     NewProjectDialog dialog(m_dir.path());
     KnownCellDialog known({}, m_dir.path());
     GuideWindow guide(GuideWindow::guideFile());
+    SuggestionDialog suggestion("Numbers", {{"one", "1", "2", "of this"}});
     int nControls = 0, nActions = 0;
-    for (const QWidget* pWindow : std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &known, &guide})
+    for (const QWidget* pWindow :
+         std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &known, &guide, &suggestion})
         for (const QWidget* p : pWindow->findChildren<QWidget*>())
             if (isControl(p) && ++nControls) {
                 EXPECT_TRUE(isText(p->toolTip() + p->whatsThis()))

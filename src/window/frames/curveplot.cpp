@@ -1,5 +1,7 @@
 #include "window/frames/curveplot.h"
 
+#include "lattice/axissearch.h"
+
 #include <qwt_legend.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
@@ -17,13 +19,7 @@ CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotC
     setMinimumHeight(100);
     canvas()->unsetCursor();
 
-    QwtText textX(QStringLiteral("Frame No."));
-    QFont fontTitle = textX.font();
-    fontTitle.setPixelSize(12);
-    fontTitle.setWeight(QFont::Bold);
-    textX.setFont(fontTitle);
-    setAxisTitle(QwtPlot::xBottom, textX);
-    setAxisTitle(QwtPlot::yLeft, QStringLiteral("<h4>Intensity</h4>"));
+    setTitles(QStringLiteral("Frame No."), QStringLiteral("Intensity"));
     insertLegend(new QwtLegend, QwtPlot::TopLegend, -1.0);
 
     m_pCurve->setPen(QPen(Qt::red));
@@ -39,21 +35,60 @@ CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotC
     replot();
 }
 
+void CurvePlot::setTitles(const QString& strX, const QString& strY)
+{
+    QwtText textX(strX);
+    QFont fontTitle = textX.font();
+    fontTitle.setPixelSize(12);
+    fontTitle.setWeight(QFont::Bold);
+    textX.setFont(fontTitle);
+    setAxisTitle(QwtPlot::xBottom, textX);
+    setAxisTitle(QwtPlot::yLeft, QStringLiteral("<h4>%1</h4>").arg(strY));
+}
+
+void CurvePlot::addLine(double dfX, const QPen& pen)
+{
+    auto* pMarker = new QwtPlotMarker;
+    pMarker->setLineStyle(QwtPlotMarker::VLine);
+    pMarker->setXValue(dfX);
+    pMarker->setLinePen(pen);
+    pMarker->attach(this);
+    m_listCurveMarker.append(pMarker);
+}
+
+void CurvePlot::showAxisCurve(const AxisSearch& search)
+{
+    clearCurve();
+    setTitles(QStringLiteral("Azimuth of the rotation axis (°)"), QStringLiteral("Sharpness"));
+    setAxisScale(QwtPlot::xBottom, -180, 180, 60);
+    m_nDecimals = 4;
+    m_pCurve->setTitle(QStringLiteral("Sharpness of the lattice"));
+    QVector<QPointF> vecPoint;
+    for (const AxisSharpness& point : search.vecCurve) {
+        vecPoint.append({point.dfAzimuth, point.dfSharpness});
+    }
+    m_pCurve->setSamples(vecPoint);
+    if (search.found) {
+        addLine(search.found->second.dfAzimuth, QPen(QBrush(Qt::darkCyan), 0, Qt::DotLine));
+        addLine(search.found->best.dfAzimuth, QPen(QBrush(Qt::darkCyan), 2, Qt::DashLine));
+    }
+    replot();
+}
+
 void CurvePlot::showCurve(const QString& strTitle, const QVector<double>& vecFrame,
                           const QVector<double>& vecInt, const QList<int>& listBreak)
 {
     m_pCurve->setTitle(strTitle);
     clearCurve();
+    setTitles(QStringLiteral("Frame No."), QStringLiteral("Intensity"));
+    setAxisAutoScale(QwtPlot::xBottom);
+    m_nDecimals = 2;
     m_pCurve->setSamples(vecFrame, vecInt);
     for (double dfFrame : vecFrame) {
         if (listBreak.value(int(dfFrame) - 1) == 0)
             continue;
-        auto* pMarker = new QwtPlotMarker;
-        pMarker->setLineStyle(QwtPlotMarker::VLine);
-        pMarker->setXValue(dfFrame - 0.5);  // between the last frame of one series and the first of the next
-        pMarker->setLinePen(QPen(QBrush(Qt::darkCyan), 0, Qt::DashLine));
-        pMarker->attach(this);
-        m_listCurveMarker.append(pMarker);
+        // Between the last frame of one series and the first of the next.
+        addLine(dfFrame - 0.5, QPen(QBrush(Qt::darkCyan), 0, Qt::DashLine));
     }
     replot();
 }
@@ -73,7 +108,9 @@ QString CurvePlot::text() const
     QString strText;
     for (size_t i = 0; i < m_pCurve->dataSize(); ++i) {
         const QPointF ptSample = m_pCurve->sample(int(i));
-        strText += QStringLiteral("%L1 \t%L2\n").arg(ptSample.x(), 8, 'f', 1).arg(ptSample.y(), 12, 'f', 2);
+        strText += QStringLiteral("%L1 \t%L2\n")
+                       .arg(ptSample.x(), 8, 'f', 1)
+                       .arg(ptSample.y(), 12, 'f', m_nDecimals);
     }
     return strText + QLatin1Char('\n');
 }

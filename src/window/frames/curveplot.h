@@ -7,12 +7,16 @@
 #include <QString>
 #include <QVector>
 
+class QPen;
 class QwtPlotCurve;
 class QwtPlotMarker;
 
 namespace tessera {
 
-/// The plot of the window "Intensity": intensity against the number of the frame, from 1.
+struct AxisSearch;
+
+/// The plot of the window "Intensity": intensity against the number of the frame, from 1; or, after a search
+/// for the rotation axis, sharpness of the lattice against the azimuth.
 class CurvePlot : public QwtPlot {
 public:
     explicit CurvePlot(QWidget* pParent = nullptr);  ///< without a curve
@@ -24,14 +28,22 @@ public:
     ///                   tells that a beam tilt series starts
     void showCurve(const QString& strTitle, const QVector<double>& vecFrame, const QVector<double>& vecInt,
                    const QList<int>& listBreak);
+    /// Draws the sharpness of the lattice for each azimuth of the rotation axis, in the place of the former
+    /// curve, with a line at the axis that was found and a thinner one at the second maximum.
+    void showAxisCurve(const AxisSearch& search);
     void clearCurve();  ///< takes the curve away; axes and legend stay
 
-    /// A line per frame, number and intensity, with an empty line after the last; empty without a curve.
+    /// A line per point, number of the frame and intensity or azimuth and sharpness, with an empty line after
+    /// the last; empty without a curve.
     QString text() const;
 
 private:
+    void setTitles(const QString& strX, const QString& strY);
+    void addLine(double dfX, const QPen& pen);
+
     QwtPlotCurve* m_pCurve;
-    QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series; owned
+    int m_nDecimals = 2;                      ///< of the ordinate, as text
+    QList<QwtPlotMarker*> m_listCurveMarker;  ///< starts of beam tilt series, or axes; owned
 };
 
 }  // namespace tessera

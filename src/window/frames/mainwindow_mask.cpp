@@ -30,6 +30,11 @@ void MainWindow::loadPeakHuntingMask()
         report.addMessage(strReason, Severity::Error);
         return;
     }
+    showNewMask();
+}
+
+void MainWindow::showNewMask()
+{
     fillMaskTable();
     m_pMarks->setMask(m_dataSet.m_maskPeakHunting);
     refreshPeakMarks();

@@ -26,6 +26,10 @@ void MainWindow::runPeakHunting()
 {
     runWithButton(m_bHuntingRunning, m_pPeakSearchPage->m_pRunButton, [&](CRunReport& report) {
         clearFrameMarks();
+        if (m_hunting.m_bAutoRadii && !findRadii(report)) {
+            report.addMessage(tr("Peak hunting did not finish."), Severity::Error);
+            return;
+        }
         PeakHuntingOptions options;
         options.nJobs = QThread::idealThreadCount();
         options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
@@ -48,6 +52,7 @@ void MainWindow::runPeakHunting()
                                      "shift evaluation, or load a shift file, and then merge."),
                                   Severity::Error);
             m_pTabWidget->setCurrentIndex(1);
+            tellUnknownAxis(report);
         };
         tessera::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
     });

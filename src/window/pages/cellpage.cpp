@@ -141,8 +141,15 @@ QGroupBox* CellPage::makeRange(QWidget* pParent)
     pRangeLayout->addWidget(m_pSpinCellRangeMin, 0, 1);
     pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
     pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
-    pRangeLayout->addWidget(m_pCheckAutoRange, 0, 2, 2, 1);
+    m_pButtonSuggest = new QPushButton(tr("Suggest..."), m_pGroupCellRange);
+    explain(m_pButtonSuggest,
+            tr("Offers a range by the closest distances of spots, with its reason. Nothing is set before you "
+               "say so."));
+    pRangeLayout->addWidget(m_pCheckAutoRange, 0, 2);
+    pRangeLayout->addWidget(m_pButtonSuggest, 1, 2);
     pRangeLayout->setColumnStretch(1, 1);
+    m_pSpinCellRangeMin->setAccessibleName(tr("Unit Cell Range, Min."));
+    m_pSpinCellRangeMax->setAccessibleName(tr("Unit Cell Range, Max."));
     return m_pGroupCellRange;
 }
 

@@ -40,6 +40,7 @@ public:
     QDoubleSpinBox* m_pSpinCellRangeMin;  ///< Å
     QDoubleSpinBox* m_pSpinCellRangeMax;  ///< Å
     QCheckBox* m_pCheckAutoRange;         ///< the range comes from the spots
+    QPushButton* m_pButtonSuggest;
     QPushButton* m_pButtonSearchCell;
     QPushButton* m_pButtonKnownCell;
     QGroupBox* m_pGroupAssignViewingDirection;  ///< hidden at start

@@ -24,10 +24,8 @@ QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinMin, QDoubleS
 {
     auto* pGroup = new QGroupBox(strTitle, pParent);
     auto* pGrid = new QGridLayout(pGroup);
-    pGrid->addWidget(new QLabel(MergingPage::tr("Min."), pGroup), 0, 0);
-    pGrid->addWidget(pSpinMin, 0, 1);
-    pGrid->addWidget(new QLabel(MergingPage::tr("Max."), pGroup), 1, 0);
-    pGrid->addWidget(pSpinMax, 1, 1);
+    addBox(pGrid, 0, MergingPage::tr("Min."), pSpinMin, strTitle);
+    addBox(pGrid, 1, MergingPage::tr("Max."), pSpinMax, strTitle);
     pGrid->setColumnStretch(1, 1);
     return pGroup;
 }
@@ -121,6 +119,7 @@ QGroupBox* MergingPage::makeMerging()
         auto* pLabel = new QLabel(row.strLabel, m_pMergingParameters);
         pGrid->addWidget(pLabel, nRow, 0);
         pGrid->addWidget(row.pSpin, nRow++, 1);
+        row.pSpin->setAccessibleName(row.strLabel);
         if (row.pSpin == m_pSpinMin2DLength) {
             pLabel->hide();
             row.pSpin->hide();
@@ -148,6 +147,11 @@ QGroupBox* MergingPage::makeMerging()
     explain(m_pRadioThroughFrames3DIntegration,
             tr("A reflection gets the integral along its chain: for fine tilt steps, where it is"
                " seen on several frames."));
+    m_pButtonSuggest = new QPushButton(tr("Suggest..."), pMerging);
+    explain(m_pButtonSuggest,
+            tr("Offers distances by how close the peaks lie, and limits that leave no peak out: up to the "
+               "corner of the frames and the strongest peak. Each with its reason; nothing is set before you "
+               "say so."));
     m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
 
     explain(m_pButtonMerge,
@@ -156,7 +160,10 @@ QGroupBox* MergingPage::makeMerging()
     auto* pLayout = new QVBoxLayout(pMerging);
     pLayout->addWidget(pTarget, 1);
     pLayout->addWidget(m_pMergingParameters);
-    pLayout->addWidget(m_pButtonMerge);
+    auto* pButtons = new QHBoxLayout;
+    pButtons->addWidget(m_pButtonSuggest);
+    pButtons->addWidget(m_pButtonMerge, 1);
+    pLayout->addLayout(pButtons);
     return pMerging;
 }
 

@@ -40,6 +40,7 @@ public:
     QRadioButton* m_pRadioInFramesPoint;
     QRadioButton* m_pRadioThroughFramesMaximum;  ///< "Intensity Through Frames"; checked at start
     QRadioButton* m_pRadioThroughFrames3DIntegration;
+    QPushButton* m_pButtonSuggest;
     QPushButton* m_pButtonMerge;
 
 private:

@@ -4,8 +4,10 @@
 
 #include <QDoubleSpinBox>
 #include <QFont>
+#include <QGridLayout>
 #include <QHeaderView>
 #include <QIcon>
+#include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
@@ -70,6 +72,13 @@ QSpinBox* makeIntSpin(QWidget* pParent, const Parameter& row)
     pSpin->setAlignment(Qt::AlignRight);
     setRow(pSpin, row);
     return pSpin;
+}
+
+void addBox(QGridLayout* pGrid, int nRow, const QString& strLabel, QWidget* pBox, const QString& strGroup)
+{
+    pGrid->addWidget(new QLabel(strLabel, pBox->parentWidget()), nRow, 0);
+    pGrid->addWidget(pBox, nRow, 1);
+    pBox->setAccessibleName(strGroup.isEmpty() ? strLabel : strGroup + QLatin1String(", ") + strLabel);
 }
 
 const Parameter* parameterOfBox(const QWidget* pBox)

@@ -6,6 +6,7 @@
 #include <QString>
 
 class QDoubleSpinBox;
+class QGridLayout;
 class QPushButton;
 class QSpinBox;
 class QTableView;
@@ -30,6 +31,11 @@ QSpinBox* makeSpin(QWidget* pParent, int TRecord::*pMember)
 {
     return makeIntSpin(pParent, parameterOf(pMember));
 }
+
+/// Puts a label and a box into a row of a grid; the box bears the name for those who see no page.
+/// @param strGroup  what the name begins with where the label alone does not tell; empty: nothing
+void addBox(QGridLayout* pGrid, int nRow, const QString& strLabel, QWidget* pBox,
+            const QString& strGroup = {});
 
 /// The row that a box was made from; null for all other widgets.
 const Parameter* parameterOfBox(const QWidget* pBox);

@@ -51,12 +51,11 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
          {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin})
         pSpin->setGroupSeparatorShown(true);
     auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
-    pGrid->addWidget(new QLabel(tr("Peak Radius"), pSearch), 0, 0);
-    pGrid->addWidget(m_pPeakRadiusSpin, 0, 1);
-    pGrid->addWidget(new QLabel(tr("Background Radius"), pSearch), 1, 0);
-    pGrid->addWidget(m_pBackgroundRadiusSpin, 1, 1);
-    pGrid->addWidget(new QLabel(tr("(Peak- B.G.) Threshold"), pSearch), 2, 0);
-    pGrid->addWidget(m_pThresholdSpin, 2, 1);
+    addBox(pGrid, 0, tr("Peak Radius"), m_pPeakRadiusSpin);
+    addBox(pGrid, 1, tr("Background Radius"), m_pBackgroundRadiusSpin);
+    addBox(pGrid, 2, tr("(Peak- B.G.) Threshold"), m_pThresholdSpin);
+    m_pAutoRadiiCheck = new QCheckBox(tr("Auto"), pSearch);
+    pGrid->addWidget(m_pAutoRadiiCheck, 0, 2, 2, 1);
     pGrid->addWidget(pSmoothLabel, 3, 0);
     pGrid->addWidget(m_pSmoothRadiusSpin, 3, 1);
     pSmoothLabel->hide();
@@ -77,10 +76,12 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     pMaskButtons->addWidget(m_pClearMaskButton);
     pMaskButtons->addWidget(m_pShowMaskCheck);
     pMaskLayout->addLayout(pMaskButtons);
-    pGrid->addWidget(pMask, 4, 0, 1, 2);
+    m_pFindDefectsButton = new QPushButton(tr("Find Defects"), pMask);
+    pMaskLayout->addWidget(m_pFindDefectsButton);
+    pGrid->addWidget(pMask, 4, 0, 1, 3);
 
     m_pShowPeaksCheck = new QCheckBox(tr("Show Found Peaks"), pSearch);
-    pGrid->addWidget(m_pShowPeaksCheck, 5, 0, 1, 2);
+    pGrid->addWidget(m_pShowPeaksCheck, 5, 0, 1, 3);
 
     auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
@@ -88,13 +89,12 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     m_pIntegrationBackgroundSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationBackground);
     for (QDoubleSpinBox* pSpin : {m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin})
         pSpin->setGroupSeparatorShown(true);
-    pIntegrationLayout->addWidget(new QLabel(tr("Radius"), pIntegration), 0, 0);
-    pIntegrationLayout->addWidget(m_pIntegrationRadiusSpin, 0, 1);
-    pIntegrationLayout->addWidget(new QLabel(tr("Background"), pIntegration), 1, 0);
-    pIntegrationLayout->addWidget(m_pIntegrationBackgroundSpin, 1, 1);
+    addBox(pIntegrationLayout, 0, tr("Radius"), m_pIntegrationRadiusSpin, pIntegration->title());
+    addBox(pIntegrationLayout, 1, tr("Background"), m_pIntegrationBackgroundSpin, pIntegration->title());
     pIntegrationLayout->setColumnStretch(1, 1);
-    pGrid->addWidget(pIntegration, 6, 0, 1, 2);
+    pGrid->addWidget(pIntegration, 6, 0, 1, 3);
 
+    m_pSuggestButton = new QPushButton(tr("Suggest..."), pSearch);
     m_pRunButton = makeRunButton(pSearch, tr("Run"), tr("Hunting peaks in diffraction patterns"), true);
     explain(m_pMaskTable,
             tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
@@ -110,7 +110,21 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
                " each spot, none on the background."));
     explain(m_pRunButton, tr("Searches all frames, maps the peaks into reciprocal space and merges them. The "
                              "button then reads \"Stop\"."));
-    pGrid->addWidget(m_pRunButton, 7, 0, 1, 2);
+    explain(m_pAutoRadiiCheck,
+            tr("Takes both radii from the spots: measures some frames when it is switched on and before each "
+               "run, and shows what it found. Off: the radii are those that you type."));
+    explain(m_pFindDefectsButton,
+            tr("Looks at some frames for what is no measurement: dead or interpolated rows and columns, odd "
+               "edges, the shadow of an aperture or a beam stop, hot pixels. Offers areas for the mask, and "
+               "the hot pixels for repair. The button then reads \"Stop\"."));
+    explain(m_pSuggestButton,
+            tr("Measures some frames and offers radii by the size and the distance of the spots, and a "
+               "threshold by the noise, each with its reason. Nothing is set before you say so. The button "
+               "then reads \"Stop\"."));
+    auto* pButtons = new QHBoxLayout;
+    pButtons->addWidget(m_pSuggestButton);
+    pButtons->addWidget(m_pRunButton, 1);
+    pGrid->addLayout(pButtons, 7, 0, 1, 3);
     pGrid->setColumnStretch(1, 1);
 }
 

@@ -19,15 +19,18 @@ public:
 
     QDoubleSpinBox* m_pPeakRadiusSpin;
     QDoubleSpinBox* m_pBackgroundRadiusSpin;
+    QCheckBox* m_pAutoRadiiCheck;  ///< both radii come from the spots
     QDoubleSpinBox* m_pThresholdSpin;
     QDoubleSpinBox* m_pSmoothRadiusSpin;  ///< "Integration Radius", hidden; the smoothing radius
     QTableWidget* m_pMaskTable;           ///< corners of each polygon; a row per polygon
     QPushButton* m_pLoadMaskButton;
     QPushButton* m_pClearMaskButton;
     QCheckBox* m_pShowMaskCheck;
+    QPushButton* m_pFindDefectsButton;
     QCheckBox* m_pShowPeaksCheck;                  ///< "Show Found Peaks"
     QDoubleSpinBox* m_pIntegrationRadiusSpin;      ///< disc of the 2D integration
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
+    QPushButton* m_pSuggestButton;
     QPushButton* m_pRunButton;
 };
 
