@@ -72,12 +72,12 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     m_pClearMaskButton->setToolTip(tr("Clear all mask data"));
     m_pShowMaskCheck = new QCheckBox(tr("Show"), pMask);
     m_pShowMaskCheck->setToolTip(tr("Show masks as overlay"));
+    m_pFindDefectsButton = new QPushButton(tr("Find Defects"), pMask);
     pMaskButtons->addWidget(m_pLoadMaskButton);
     pMaskButtons->addWidget(m_pClearMaskButton);
+    pMaskButtons->addWidget(m_pFindDefectsButton);
     pMaskButtons->addWidget(m_pShowMaskCheck);
     pMaskLayout->addLayout(pMaskButtons);
-    m_pFindDefectsButton = new QPushButton(tr("Find Defects"), pMask);
-    pMaskLayout->addWidget(m_pFindDefectsButton);
     pGrid->addWidget(pMask, 4, 0, 1, 3);
 
     m_pShowPeaksCheck = new QCheckBox(tr("Show Found Peaks"), pSearch);

@@ -46,7 +46,7 @@ SuggestionDialog::SuggestionDialog(const QString& strTitle, const QList<Row>& li
     const auto update = [this] { m_pApplyButton->setEnabled(!chosen().isEmpty()); };
     connect(m_pTable, &QTableWidget::itemChanged, this, update);
     update();
-    fitSize();
+    resize(g_nWidth, sizeHint().height());
 }
 
 void SuggestionDialog::addRow(const Row& row)
@@ -67,16 +67,16 @@ void SuggestionDialog::addRow(const Row& row)
     }
 }
 
-/// All rows in sight, each as high as its reason needs.
-void SuggestionDialog::fitSize()
+/// All rows in sight, each as high as its reason needs in the column as wide as it has come to be.
+void SuggestionDialog::showEvent(QShowEvent* pEvent)
 {
-    resize(g_nWidth, sizeHint().height());
-    layout()->activate();
+    QDialog::showEvent(pEvent);
     m_pTable->resizeRowsToContents();
     m_pTable->setMinimumHeight(m_pTable->verticalHeader()->length() +
                                m_pTable->horizontalHeader()->sizeHint().height() +
                                2 * m_pTable->frameWidth());
-    resize(g_nWidth, sizeHint().height());
+    layout()->activate();
+    resize(width(), minimumSizeHint().height());
 }
 
 QList<int> SuggestionDialog::chosen() const

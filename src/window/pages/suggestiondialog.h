@@ -31,9 +31,11 @@ public:
     QTableWidget* m_pTable;
     QPushButton* m_pApplyButton;  ///< disabled while nothing is checked
 
+protected:
+    void showEvent(QShowEvent* pEvent) override;
+
 private:
     void addRow(const Row& row);
-    void fitSize();
 };
 
 }  // namespace tessera
