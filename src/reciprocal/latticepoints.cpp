@@ -90,29 +90,39 @@ double denseDStar(std::vector<double> vecDStar)
     return vecEnd[nLast];
 }
 
-LatticePoints latticePoints(const DataSet& dataSet)
+std::vector<PlaceOfPeak> placesOfLatticePoints(const DataSet& dataSet)
 {
-    LatticePoints listAll;
+    std::vector<PlaceOfPeak> listAll;
     std::vector<double> vecDStar;
     if (!dataSet.m_peakMapping) {
         return listAll;
     }
-    for (const QList<Peak3D>& listPeak : dataSet.m_listPeakFrame) {
-        for (const Peak3D& peak : listPeak) {
-            if (isSpot(peak)) {
-                listAll.push_back(pointOf(peak));
-                vecDStar.push_back(listAll.back().norm());
+    for (int nFrame = 0; nFrame < dataSet.m_listPeakFrame.size(); ++nFrame) {
+        const QList<Peak3D>& listPeak = dataSet.m_listPeakFrame[nFrame];
+        for (int nPeak = 0; nPeak < listPeak.size(); ++nPeak) {
+            if (isSpot(listPeak[nPeak])) {
+                listAll.push_back({nFrame, nPeak});
+                vecDStar.push_back(pointOf(listPeak[nPeak]).norm());
             }
         }
     }
     const double dfLimit = denseDStar(vecDStar);
-    LatticePoints listDense;
-    for (const Eigen::Vector3d& point : listAll) {
-        if (point.norm() <= dfLimit) {
-            listDense.push_back(point);
+    std::vector<PlaceOfPeak> listDense;
+    for (size_t n = 0; n < listAll.size(); ++n) {
+        if (vecDStar[n] <= dfLimit) {
+            listDense.push_back(listAll[n]);
         }
     }
     return listDense;
+}
+
+LatticePoints latticePoints(const DataSet& dataSet)
+{
+    LatticePoints listPoint;
+    for (const PlaceOfPeak& place : placesOfLatticePoints(dataSet)) {
+        listPoint.push_back(pointOf(dataSet.m_listPeakFrame[place.nFrame][place.nPeak]));
+    }
+    return listPoint;
 }
 
 CellRange automaticCellRange(const DataSet& dataSet)

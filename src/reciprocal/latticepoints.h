@@ -4,6 +4,8 @@
 #include "dataset/dataset.h"
 #include "lattice/latticebasis.h"
 
+#include <vector>
+
 namespace tessera {
 
 /// The mapped peaks of the frames, each by itself, that a lattice is searched with and judged by: neither
@@ -17,6 +19,15 @@ namespace tessera {
 /// @param dataSet  its peaks are mapped with the geometry in force: needsMapping() is false
 /// @return Å⁻¹, laboratory frame at tilt 0; empty without mapped peaks
 LatticePoints latticePoints(const DataSet& dataSet);
+
+/// Where a peak stands in m_listPeakFrame.
+struct PlaceOfPeak {
+    int nFrame = 0;
+    int nPeak = 0;  ///< in the list of the frame
+};
+
+/// The peaks that latticePoints() takes, in its order: what is said of each point is said of these.
+std::vector<PlaceOfPeak> placesOfLatticePoints(const DataSet& dataSet);
 
 /// The d* up to which the points are dense, as above; the largest where all shells are, or where there are
 /// too few points to tell.

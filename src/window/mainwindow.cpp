@@ -5,6 +5,7 @@
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "view3d/ed3dwidget.h"
+#include "window/crystal/latticesdialog.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
@@ -156,6 +157,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     writeSettings();
     m_pExtractionPage->hide();  // windows that would stay open alone
+    m_pLatticesDialog->hide();
     m_pGuideWindow.reset();
     pEvent->accept();
 }

@@ -6,9 +6,11 @@
 #include "frames/peakfilters.h"
 #include "frames/suggestpeaksearch.h"
 #include "geometry/matrix3.h"
+#include "lattice/latticebasis.h"
 #include "records/buttonstatus.h"
 #include "records/runparameters.h"
 #include "window/pages/parameterbindings.h"
+#include "window/reciprocal/latticecolors.h"
 #include "window/reciprocal/rawgroups.h"
 #include "window/rungate.h"
 
@@ -49,6 +51,7 @@ class ExtractionPage;
 class CRunReport;
 class FramesPage;
 class GuideWindow;
+class LatticesDialog;
 class MergingPage;
 class MessageEdit;
 class OriginalImgScene;
@@ -61,6 +64,7 @@ class TextDataWidget;
 struct AxisSearch;
 struct FrameDefects;
 struct IndexingResult;
+struct LatticeLook;
 struct PositionRefinementOptions;
 struct TiltRefinementOptions;
 class View3DPage;
@@ -287,6 +291,21 @@ public slots:
     void testUnitCellToggled(bool bChecked);
     /// Takes the matrix from the page; a test under way goes on with it.
     void unitCellTransformatinMatrixEdited();
+
+    // Its lattice: src/window/crystal/mainwindow_lattices.cpp
+    /// Shows the window of the lattices and looks at the cell in force.
+    void showLattices();
+    /// Looks at the cell in force and the mapped peaks: Bravais types, cosets and further lattices, to the
+    /// log and the window of the lattices. During the run: asks it to stop.
+    void runLatticeAnalysis();
+    /// Puts the matrix to the selected type into the fields of the page, for the space chosen there.
+    void fillMatrixFromLattices();
+    /// Puts the cell that the selected coset asks for in force, and writes it beside the project.
+    void takeLongerCell();
+    /// Does so with the cell of the selected lattice.
+    void chooseLattice();
+    /// Shows the peaks of each lattice as a group of both 3D views, or the former groups again.
+    void showLatticeColors(bool bShow);
 
     // Indexing and reflection lists: src/window/crystal/mainwindow_indexing.cpp
     /// Indexes the reflections of the group chosen on the page with the cell in force, and writes what its
@@ -568,6 +587,14 @@ private:
     /// Dialogs start where the project's unit-cell file has been written.
     void startDialogsAtCellFile();
     bool readCellMatrix();
+    void mapAnewIfNeeded(CRunReport& report);
+    bool isLookOfCell();
+    void takeCellOfLattices(const LatticeBasis& matBasis, const QString& strMessage);
+    void applyLatticeColors();
+    void hideLatticeColors();
+    void withoutLatticeColors(const std::function<void()>& fn);
+    bool refuseUnderLatticeColors(const ED3DWidget* pView);
+    void forgetLattices();
 
     /// Sets the contrast limits from the frame in memory.
     void setAutoContrast();
@@ -653,6 +680,9 @@ private:
     bool m_bHuntingRunning = false;  ///< the same of peak hunting
     bool m_bSearchingCell = false;   ///< the same of a search for the cell
     CRawGroups m_rawGroups;
+    std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null
+    CLatticeColors m_colorsRaw;
+    CLatticeColors m_colorsMerged;
     bool m_bPanelConnected = false;
     QList<QMetaObject::Connection> m_listPanelConnection;
     CParameterBindings m_bindings;                   ///< of the pages and the parameters
@@ -689,6 +719,7 @@ private:
     CellPage* m_pCellPage = nullptr;
     RefinementPage* m_pRefinementPage = nullptr;
     ExtractionPage* m_pExtractionPage = nullptr;  ///< a window of its own
+    LatticesDialog* m_pLatticesDialog = nullptr;  ///< another
     View3DPage* m_pView3DPage = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for

@@ -1,5 +1,6 @@
 // MainWindow: the tool box and the other docks.
 #include "frameview/textdatawidget.h"
+#include "window/crystal/latticesdialog.h"
 #include "window/frames/curveplot.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
@@ -41,6 +42,9 @@ void MainWindow::createControlDock()
     // Entry 5 of the names is a group that stands on no page but in a window of its own.
     m_pExtractionPage = new ExtractionPage(this);
     m_pExtractionPage->setWindowTitle(m_mapPageName[5]);
+    m_pLatticesDialog = new LatticesDialog(this);
+    m_pLatticesDialog->setWindowTitle(tr("Lattices"));
+    m_pLatticeLook = std::make_unique<LatticeLook>();
     const struct {
         QWidget* pPage;
         int nName;

@@ -137,9 +137,11 @@ bool MainWindow::openReflectionList(const QString& strFileName)
     }
     report.addMessage(
         QStringLiteral("%L1 reflections loaded from %2.").arg(listPoint.size()).arg(strFileName));
-    m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
-    m_rawGroups.setHoldsPeaks(false);
-    showInRawView(peaksOfReflectionList(listPoint, listReflection));
+    withoutLatticeColors([&] {
+        m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
+        m_rawGroups.setHoldsPeaks(false);
+        showInRawView(peaksOfReflectionList(listPoint, listReflection));
+    });
     m_pTabWidget->setCurrentIndex(1);
     return true;
 }
@@ -210,6 +212,7 @@ void MainWindow::clearDataSet()
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     m_rawGroups.forget();
+    forgetLattices();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     m_dataSet.m_listPeakFrameShown.clear();

@@ -1,6 +1,7 @@
 // MainWindow: the parameters between pages and members, and the signals of the pages.
 #include "frameview/originalimgscene.h"
 #include "view3d/ed3dwidget.h"
+#include "window/crystal/latticesdialog.h"
 #include "window/mainwindow.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/extractionpage.h"
@@ -145,6 +146,13 @@ void MainWindow::connectPages()
     connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
     connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this,
             &MainWindow::transformUnitCellClicked);
+    connect(m_pCellPage->m_pButtonLattices, &QPushButton::clicked, this, &MainWindow::showLattices);
+    connect(m_pLatticesDialog->m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runLatticeAnalysis);
+    connect(m_pLatticesDialog->m_pButtonFillMatrix, &QPushButton::clicked, this,
+            &MainWindow::fillMatrixFromLattices);
+    connect(m_pLatticesDialog->m_pButtonLongerCell, &QPushButton::clicked, this, &MainWindow::takeLongerCell);
+    connect(m_pLatticesDialog->m_pButtonChoose, &QPushButton::clicked, this, &MainWindow::chooseLattice);
+    connect(m_pLatticesDialog->m_pCheckColors, &QCheckBox::toggled, this, &MainWindow::showLatticeColors);
     connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
     connect3DPage();
 

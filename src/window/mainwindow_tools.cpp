@@ -28,6 +28,7 @@ void MainWindow::createToolsMenu()
     add(pMenu, actions.m_pTestRotationAxis, &MainWindow::testRotationAxis);
     add(pMenu, actions.m_pFindRotationAxis, &MainWindow::findRotationAxis);
     pMenu->addSeparator();
+    add(pMenu, actions.m_pLattices, &MainWindow::showLattices);
     add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
     add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);
     pMenu->addSeparator();

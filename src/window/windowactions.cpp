@@ -155,6 +155,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           "Find azimuth and sense of the rotation axis from the peaks of all frames",
           nullptr,
           {}}},
+        {&WindowActions::m_pLattices,
+         {"&Lattices...", "Look at the symmetry of the unit cell, and for further lattices", nullptr, {}}},
         {&WindowActions::m_pRefineBasis,
          {"Refine &Basis Vectors",
           "Refine the unit cell against the tilts of the indexed reflections",
@@ -260,10 +262,15 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "there holds only for an axis near 50 degrees and may be a right angle off. \"Rotation Axis At\" "
          "stays: type it in."},
         {m_pFindRotationAxis,
-         "Maps the peaks with every azimuth of the axis and looks where their lattice is sharpest; needs peaks "
+         "Maps the peaks with every azimuth of the axis and looks where their lattice is sharpest; needs "
+         "peaks "
          "and shifts of all frames, neither axis nor cell. \"Intensity\" shows sharpness against azimuth: "
          "good is one narrow maximum, with a lower one 180 degrees away, which is the other sense of "
          "rotation. The axis is set if you take it. \"Stop\" ends the run."},
+        {m_pLattices,
+         "Looks at the cell in force: the Bravais types that it fits, with the matrix to each conventional "
+         "cell, the conditions that its reflections keep, longer cells, and the lattices of twins and "
+         "neighbours in the peaks that it leaves over. Nothing is changed before you choose it."},
         {m_pRefineBasis,
          "Fits a*, b*, c* so that reflections of 500 counts and more, 100 pixels and more from the axis, "
          "come at the tilts of their frames. Good: the first number of \"Sum of Err^2 of tilt before and "

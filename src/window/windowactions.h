@@ -70,19 +70,21 @@ public:
     QAction* m_pFitDirectBeam = nullptr;      ///< direct beam on each frame
     QAction* m_pRefineDirectBeam = nullptr;   ///< direct beam by pairs of indexed peaks
     QAction* m_pTestRotationAxis = nullptr;   ///< azimuth of the rotation axis
-    QAction* m_pFindRotationAxis = nullptr;   ///< azimuth and sense of the axis by the sharpness of the lattice
-    QAction* m_pRefineBasis = nullptr;        ///< cell on the tilts of the frames
-    QAction* m_pRefineFrameNo = nullptr;      ///< cell on the tilts at the tops of the curves
-    QAction* m_pExportPeaks = nullptr;        ///< points of the current 3D view
-    QAction* m_pTestFindCubic = nullptr;      ///< its test runs: cubic cell on reflections
-    QAction* m_pTestRefineCubic = nullptr;    ///< cubic cell on the tilts
-    QAction* m_pTestStretching = nullptr;     ///< indexed peaks of the frame in view
-    QAction* m_pTestPlane = nullptr;          ///< difference vectors of the frame in view
-    QAction* m_pTestIndexing = nullptr;       ///< all reflections of the cell in force
-    QAction* m_pStopRun = nullptr;            ///< asks the run under way to stop
-    QList<QAction*> m_listSelection;          ///< none, 64, 128, 256, 512 and 1024 pixels square; exclusive
-    QList<QAction*> m_listPalette;            ///< by palette index; exclusive
-    QList<QAction*> m_listRecent;             ///< the recent data sets, hidden while unused
+    QAction* m_pFindRotationAxis =
+        nullptr;                            ///< azimuth and sense of the axis by the sharpness of the lattice
+    QAction* m_pLattices = nullptr;         ///< symmetry of the cell and further lattices
+    QAction* m_pRefineBasis = nullptr;      ///< cell on the tilts of the frames
+    QAction* m_pRefineFrameNo = nullptr;    ///< cell on the tilts at the tops of the curves
+    QAction* m_pExportPeaks = nullptr;      ///< points of the current 3D view
+    QAction* m_pTestFindCubic = nullptr;    ///< its test runs: cubic cell on reflections
+    QAction* m_pTestRefineCubic = nullptr;  ///< cubic cell on the tilts
+    QAction* m_pTestStretching = nullptr;   ///< indexed peaks of the frame in view
+    QAction* m_pTestPlane = nullptr;        ///< difference vectors of the frame in view
+    QAction* m_pTestIndexing = nullptr;     ///< all reflections of the cell in force
+    QAction* m_pStopRun = nullptr;          ///< asks the run under way to stop
+    QList<QAction*> m_listSelection;        ///< none, 64, 128, 256, 512 and 1024 pixels square; exclusive
+    QList<QAction*> m_listPalette;          ///< by palette index; exclusive
+    QList<QAction*> m_listRecent;           ///< the recent data sets, hidden while unused
 
 protected:
     bool eventFilter(QObject* pObject, QEvent* pEvent) override;

@@ -1,8 +1,8 @@
-// The direction search against cells that are known: the reduced cell of a library is the judge.
+// The direction search against cells that are known: reduced cells are compared.
 #include "lattice/directionsearch.h"
 
-#include "lattice/cellreduction.h"
 #include "geometry/angles.h"
+#include "lattice/cellreduction.h"
 
 #include <gtest/gtest.h>
 

@@ -61,6 +61,8 @@ void MainWindow::showIndexing(const IndexingResult& result)
 
 void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int>& listStreak)
 {
+    const bool bColors = m_colorsMerged.isShown() || m_colorsRaw.isShown();
+    m_colorsMerged.forget();  // groups of the reflections that go
     const QuietView quiet(*m_pView3DMerged);
     m_pView3DMerged->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
     m_pView3DMerged->setPoints(listPeak);
@@ -70,6 +72,8 @@ void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int
     float fPanX = 0, fPanY = 0, fZoom = 0;
     m_pView3DRaw->getCamera(afRotation, fPanX, fPanY, fZoom);
     m_pView3DMerged->setCamera(afRotation, fPanX, fPanY, fZoom);
+    if (bColors)
+        applyLatticeColors();
 }
 
 bool MainWindow::loadShelxFile()

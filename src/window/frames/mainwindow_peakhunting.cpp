@@ -43,6 +43,7 @@ void MainWindow::runPeakHunting()
         };
         options.fnAfterStored = [&] {
             m_rawGroups.forget();
+            forgetLattices();
             transformPeaksTo3D();
             showPeaksIn3D();
             if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())

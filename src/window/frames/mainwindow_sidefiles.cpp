@@ -136,6 +136,7 @@ void MainWindow::loadRawPeaks()
     if (!bRead)
         return;
     m_rawGroups.forget();
+    forgetLattices();
     transformPeaksTo3D();
     showPeaksIn3D();
     restorePointGroups();

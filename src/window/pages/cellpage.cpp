@@ -263,6 +263,12 @@ QGroupBox* CellPage::makeTransformation()
     pButtonLayout->addWidget(m_pButtonTest);
     pButtonLayout->addWidget(m_pButtonTransform);
     pLayout->addLayout(pButtonLayout);
+    m_pButtonLattices = new QPushButton(tr("Lattices..."), pGroupTransformation);
+    explain(m_pButtonLattices,
+            tr("Looks at the lattice of the cell in force: the Bravais types that it fits, each with the matrix "
+               "to its conventional cell, whether a longer cell is asked for, and lattices of other crystals "
+               "in the peaks."));
+    pLayout->addWidget(m_pButtonLattices);
 
     explain(m_pButtonTest,
             tr("Shows the transformed cell in both views without taking it; another click shows "

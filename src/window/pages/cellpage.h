@@ -61,6 +61,7 @@ public:
     QLineEdit* m_apEditMatrix[3][3];  ///< [row][column]; 1 on the diagonal, else 0
     QPushButton* m_pButtonTest;       ///< checkable
     QPushButton* m_pButtonTransform;
+    QPushButton* m_pButtonLattices;
 
     QDoubleSpinBox* m_pSpinIndexThreshold;  ///< largest distance of an index from a whole number
     QCheckBox* m_pCheckOutputIndexing;

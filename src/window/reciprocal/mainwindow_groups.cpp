@@ -78,7 +78,7 @@ void MainWindow::removeSelectedPeakGroups()
 {
     if (refuseDuringRun(tr("Removing groups of peaks")))
         return;
-    if (!m_pView3DCurrent)
+    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent))
         return;
     const QList<int> listRow = selectedPeakGroupRows();
     const int nGroups = m_pView3DCurrent->groupLabels().size();
@@ -90,7 +90,7 @@ void MainWindow::mergeSelectedPeakGroups()
 {
     if (refuseDuringRun(tr("Merging groups of peaks")))
         return;
-    if (!m_pView3DCurrent)
+    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent))
         return;
     const QList<int> listRow = selectedPeakGroupRows();
     const int nGroups = m_pView3DCurrent->groupLabels().size();
@@ -114,7 +114,7 @@ void MainWindow::resetSelectedPeakGroups()
     if (refuseDuringRun(tr("Removing groups of peaks")))
         return;
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
-    if (!pView || pView->groupPoints().size() < 2)
+    if (!pView || pView->groupPoints().size() < 2 || refuseUnderLatticeColors(pView))
         return;
     if (QMessageBox::question(this, tr("Confirm"), tr("Are you sure you want to reset this table?"),
                               QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes ||
@@ -207,7 +207,9 @@ void MainWindow::restorePointGroups()
     if (!m_pView3DRaw)
         return;
     guarded([this] {
-        if (restoreRawGroups())
+        bool bRestored = false;
+        withoutLatticeColors([&] { bRestored = restoreRawGroups(); });
+        if (bRestored)
             m_pTabWidget->setCurrentIndex(1);
     });
 }
@@ -237,7 +239,9 @@ void MainWindow::updatePeakGroupsFromView()
 {
     if (refuseDuringRun(tr("Updating the groups of the peak list")) || !m_pView3DRaw)
         return;
-    tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+    withoutLatticeColors([this] {
+        tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
+    });
 }
 
 void MainWindow::pointGroupTableCellClicked(int nRow, int nColumn)

@@ -5,6 +5,7 @@
 #include "geometry/axisline.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
+#include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
 #include "window/frameview/framemarks.h"
@@ -36,10 +37,12 @@ void MainWindow::showPeaksIn3D()
     }
     syncParametersWithControls(true);
     guarded([this] {
-        m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
-        const QList<Peak3D> listPeak = tessera::showPeaksIn3D(m_dataSet, m_mapping);
-        showInRawView(listPeak, m_rawGroups.take(m_dataSet, listPeak));
-        m_rawGroups.setHoldsPeaks(true);
+        withoutLatticeColors([this] {
+            m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
+            const QList<Peak3D> listPeak = tessera::showPeaksIn3D(m_dataSet, m_mapping);
+            showInRawView(listPeak, m_rawGroups.take(m_dataSet, listPeak));
+            m_rawGroups.setHoldsPeaks(true);
+        });
     });
 }
 
@@ -105,7 +108,10 @@ void MainWindow::peakReduction3D()
     m_pMergingPage->m_pButtonMerge->setEnabled(false);
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
-    const std::vector<char> vecFlag = m_rawGroups.flags(m_dataSet, *m_pView3DRaw, nGroup, m_mapping);
+    const std::vector<char> vecFlag =
+        m_colorsRaw.isShown()  // then the masks of the peaks tell nothing of the groups
+            ? flagsOfPoints(m_pView3DRaw->points(), m_pView3DRaw->groupPoints().value(nGroup))
+            : m_rawGroups.flags(m_dataSet, *m_pView3DRaw, nGroup, m_mapping);
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
         report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
                           Severity::Error);
