@@ -1,5 +1,4 @@
 // MainWindow: the lattice of the cell in force, its symmetry, and further lattices in the peaks.
-#include "lattice/symmetrytable.h"
 #include "reciprocal/latticepoints.h"
 #include "reciprocal/mapping.h"
 #include "records/progress.h"
@@ -37,16 +36,10 @@ LatticeAnalysis analyse(const QList<Vec3D>& listCell, const LatticePoints& listP
 
 void tellTypes(const LatticeAnalysis& analysis, CRunReport& report)
 {
-    std::vector<LatticeSymmetry> listSymmetry;
-    for (const LatticeType& type : analysis.listType) {
-        listSymmetry.push_back(type.symmetry);
-    }
-    std::optional<LatticeSymmetry> proposed;
-    if (analysis.proposed) {
-        proposed = analysis.proposed->symmetry;
-    }
     report.addMessage(QStringLiteral("Bravais types that the lattice fits; * is proposed:"));
-    report.addHtml(symmetryTableHtml(listSymmetry, proposed));
+    for (const QString& strLine : tableOfTypes(analysis)) {
+        report.addMessage(strLine);
+    }
     for (const QString& strLine : tellWholeLattice(analysis.whole)) {
         report.addMessage(strLine);
     }
