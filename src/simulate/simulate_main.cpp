@@ -89,6 +89,26 @@ QString readSecondAndSupercell(const QCommandLineParser& parser, SimulationParam
     return p.nSupercellAxis < 0 ? QStringLiteral("--supercell-axis must be a, b or c") : QString();
 }
 
+// What the project tells, and options of the geometry that mean nothing alone: empty, or what is wrong.
+QString readTold(const QCommandLineParser& parser, SimulationParameters& p)
+{
+    const QString strTold = parser.value(QStringLiteral("told-stretch"));
+    if (strTold != QLatin1String("on") && strTold != QLatin1String("off")) {
+        return QStringLiteral("--told-stretch must be on or off");
+    }
+    p.bStretchTold = strTold == QLatin1String("on");
+    if (parser.isSet(QStringLiteral("jump")) != parser.isSet(QStringLiteral("jump-every"))) {
+        return QStringLiteral("--jump and --jump-every need each other");
+    }
+    if (parser.isSet(QStringLiteral("ellipse-azimuth")) && !p.lens.hasEllipse()) {
+        return QStringLiteral("--ellipse-azimuth needs --ellipse-amp");
+    }
+    if (parser.isSet(QStringLiteral("distortion-radius")) && !p.lens.hasThirdOrder()) {
+        return QStringLiteral("--distortion-radius needs --barrel or --spiral");
+    }
+    return QString();
+}
+
 int fail(const QString& strMessage)
 {
     std::fprintf(stderr, "%s\n", qPrintable(strMessage));
@@ -105,6 +125,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("tessera-simulate"));
     SimulationParameters p;
     int nSeed = int(p.nSeed);
+    double dfBarrel = 0;
     const NumberOption aNumber[] = {
         {"pixel-size", "Pixel size, 1/Å per pixel; 512 pixels of 0.004 reach 1.02 1/Å.", &p.dfPixelSize},
         {"wavelength", "Wavelength, Å.", &p.dfWavelength},
@@ -135,12 +156,32 @@ int main(int argc, char** argv)
         {"saturation", "Counts at which a pixel saturates; 0 never.", &p.dfSaturation},
         {"stretch-amp", "Elliptic distortion, per cent.", &p.dfStretchAmplitude},
         {"stretch-azimuth", "Azimuth along which the pattern is longer, degrees.", &p.dfStretchAzimuth},
+        {"ellipse-amp",
+         "Linear ellipse, per cent: the pattern is longer by this along the azimuth and shorter by it "
+         "across; "
+         "moves points along the circle too, which the stretching does not. In no project.",
+         &p.lens.dfEllipseAmplitude},
+        {"ellipse-azimuth", "Its azimuth, degrees counter-clockwise from 3 o'clock.",
+         &p.lens.dfEllipseAzimuth},
+        {"barrel",
+         "Distortion of the third order towards the beam at --distortion-radius, per cent of that radius; "
+         "below 0 a pincushion. In no project.",
+         &dfBarrel},
+        {"spiral", "The same along the circle, counter-clockwise.", &p.lens.dfSpiral},
+        {"distortion-radius", "Radius of these two, pixels; 0 is half of the frame's side.",
+         &p.lens.dfRadius},
+        {"wander", "Largest smooth offset of the pattern from the direct beam's spot, pixels.", &p.dfWander},
+        {"jump", "Offset of the pattern on one frame in --jump-every, pixels, in a direction by chance.",
+         &p.dfJump},
+        {"told-axis-offset", "What the rotation axis in the project is off by, degrees.",
+         &p.dfToldAxisOffset},
     };
     const WholeOption aWhole[] = {
         {"frames", "Number of frames.", &p.nFrames},
         {"size", "Pixels per side.", &p.nSize},
         {"orientation", "Seed of the crystal's orientation.", &p.nOrientation},
         {"seed", "Seed of drift, noise and hot pixels.", &nSeed},
+        {"jump-every", "One frame in so many has its pattern off by --jump; 0 none.", &p.nJumpEvery},
         {"hot-pixels", "Number of hot pixels.", &p.nHotPixels},
         {"supercell",
          "Average cells that the true cell holds along --supercell-axis, up to 4; 2 doubles the axis.",
@@ -185,6 +226,9 @@ int main(int argc, char** argv)
          QStringLiteral("turn")});
     add(QStringLiteral("supercell-axis"), QStringLiteral("Axis of the supercell, a, b or c."),
         QStringLiteral("c"));
+    add(QStringLiteral("told-stretch"),
+        QStringLiteral("on, or off: the project then has a stretching of 0, whatever the frames have."),
+        QStringLiteral("on"));
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
     parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
                       QStringLiteral("folder")});
@@ -226,6 +270,7 @@ int main(int argc, char** argv)
             return fail(QStringLiteral("--%1 needs a whole number").arg(QLatin1String(option.pName)));
     }
     p.nSeed = std::uint64_t(nSeed);
+    p.lens.dfRadial = dfBarrel == 0 ? 0 : -dfBarrel;  // no negative zero
     // A frame of another size keeps the beam near its middle.
     if (!parser.isSet(QStringLiteral("beam-x")))
         p.dfCenterX += (p.nSize - 512) / 2.0;
@@ -249,7 +294,10 @@ int main(int argc, char** argv)
         p.spotShape = strShape == QLatin1String("moffat") ? SpotShape::Moffat : SpotShape::Gaussian;
     }
 
-    const QString strWrong = readSecondAndSupercell(parser, p);
+    QString strWrong = readSecondAndSupercell(parser, p);
+    if (strWrong.isEmpty()) {
+        strWrong = readTold(parser, p);
+    }
     if (!strWrong.isEmpty())
         return fail(strWrong);
 

@@ -19,6 +19,41 @@ constexpr std::uint64_t g_nStreamDrift = 1ull << 40;
 constexpr std::uint64_t g_nStreamHotPixel = 2ull << 40;
 constexpr std::uint64_t g_nStreamOrientation = 3ull << 40;
 constexpr std::uint64_t g_nStreamSecond = 4ull << 40;
+constexpr std::uint64_t g_nStreamWander = 5ull << 40;
+constexpr std::uint64_t g_nStreamJump = 6ull << 40;
+
+// Pixels from the beam to the farthest corner, with room for what moves the beam and the pattern.
+double reachOnFrame(const SimulationParameters& p)
+{
+    return p.dfDrift + p.dfWander + p.dfJump +
+           std::hypot(std::max(p.dfCenterX, p.nSize - p.dfCenterX),
+                      std::max(p.dfCenterY, p.nSize - p.dfCenterY));
+}
+
+// Of what lies between the true pattern and the frame, and of what the project leaves out of it.
+QString whatIsWrongInTheLens(const SimulationParameters& p)
+{
+    const LensDistortion& lens = p.lens;
+    if (!(std::abs(p.dfStretchAmplitude) < 50)) {
+        return QStringLiteral("a stretching of %1 %; less than 50 % can be made").arg(p.dfStretchAmplitude);
+    }
+    if (!(std::abs(lens.dfEllipseAmplitude) < 50 && std::abs(lens.dfRadial) < 50 &&
+          std::abs(lens.dfSpiral) < 50)) {
+        return QStringLiteral("an ellipse and a distortion of the third order of less than 50 % can be made");
+    }
+    if (!(lens.dfRadius > 0)) {
+        return QStringLiteral("the radius that the distortion is told at must be above 0");
+    }
+    if (!std::isfinite(undistortedReach(reachOnFrame(p), lens))) {
+        return QStringLiteral("a barrel of %1 % at %2 pixels folds the pattern over on the frame")
+            .arg(-lens.dfRadial)
+            .arg(lens.dfRadius);
+    }
+    if (!(p.dfWander >= 0 && p.dfJump >= 0 && p.nJumpEvery >= 0)) {
+        return QStringLiteral("offsets of the pattern from the beam cannot be negative");
+    }
+    return QString();
+}
 
 QString whatIsWrong(const SimulationParameters& p)
 {
@@ -34,8 +69,10 @@ QString whatIsWrong(const SimulationParameters& p)
     if (!(p.dfExposure >= 0 && p.dfBeamCounts >= 0 && p.dfBackground >= 0 && p.dfReadNoise >= 0 &&
           p.dfMosaicity >= 0 && p.dfDrift >= 0 && p.dfSaturation >= 0))
         return QStringLiteral("counts, noise, mosaicity and drift cannot be negative");
-    if (!(std::abs(p.dfStretchAmplitude) < 50))
-        return QStringLiteral("a stretching of %1 %; less than 50 % can be made").arg(p.dfStretchAmplitude);
+    const QString strLens = whatIsWrongInTheLens(p);
+    if (!strLens.isEmpty()) {
+        return strLens;
+    }
     if (p.nHotPixels < 0 || p.nHotPixels > p.nSize)
         return QStringLiteral("%1 hot pixels; 0 to %2 can be made").arg(p.nHotPixels).arg(p.nSize);
     if (!(p.dfSecondShare >= 0 && std::isfinite(p.dfSecondTurn)))
@@ -51,23 +88,60 @@ QString whatIsWrong(const SimulationParameters& p)
     return QString();
 }
 
-// A smooth walk: the step keeps most of its direction from frame to frame. Scaled so that the
-// farthest excursion from the first frame is what was asked for.
-std::vector<std::array<double, 2>> driftPath(const SimulationParameters& p)
+// A smooth walk: the step keeps most of its direction from frame to frame.
+std::vector<std::array<double, 2>> smoothWalk(const SimulationParameters& p, std::uint64_t nStream)
 {
-    CRandomSource random(p.nSeed, g_nStreamDrift);
+    CRandomSource random(p.nSeed, nStream);
     std::vector<std::array<double, 2>> listShift(p.nFrames, {0, 0});
-    double dfStepX = random.normal(), dfStepY = random.normal(), dfFarthest = 0;
+    double dfStepX = random.normal(), dfStepY = random.normal();
     for (int n = 1; n < p.nFrames; ++n) {
         dfStepX = 0.9 * dfStepX + 0.3 * random.normal();
         dfStepY = 0.9 * dfStepY + 0.3 * random.normal();
         listShift[n] = {listShift[n - 1][0] + dfStepX, listShift[n - 1][1] + dfStepY};
-        dfFarthest = std::max(dfFarthest, std::hypot(listShift[n][0], listShift[n][1]));
     }
-    for (auto& shift : listShift)
-        for (double& df : shift)
-            df = dfFarthest > 0 ? df * p.dfDrift / dfFarthest : 0;
     return listShift;
+}
+
+// The path with its farthest excursion as long as was asked for.
+std::vector<std::array<double, 2>> scaledPath(std::vector<std::array<double, 2>> listShift, double dfWanted)
+{
+    double dfFarthest = 0;
+    for (const auto& shift : listShift) {
+        dfFarthest = std::max(dfFarthest, std::hypot(shift[0], shift[1]));
+    }
+    for (auto& shift : listShift) {
+        for (double& df : shift) {
+            df = dfFarthest > 0 ? df * dfWanted / dfFarthest : 0;
+        }
+    }
+    return listShift;
+}
+
+// What correlating or fitting the direct beam cannot take out: a walk around it, and single frames whose
+// pattern jumped in a direction by chance.
+std::vector<std::array<double, 2>> patternOffsets(const SimulationParameters& p)
+{
+    const bool bJumps = p.nJumpEvery > 0 && p.dfJump > 0;
+    if (!(p.dfWander > 0) && !bJumps) {
+        return {};
+    }
+    auto listOffset = smoothWalk(p, g_nStreamWander);
+    double dfMeanX = 0, dfMeanY = 0;
+    for (const auto& offset : listOffset) {
+        dfMeanX += offset[0] / p.nFrames;
+        dfMeanY += offset[1] / p.nFrames;
+    }
+    for (auto& offset : listOffset) {
+        offset = {offset[0] - dfMeanX, offset[1] - dfMeanY};
+    }
+    listOffset = scaledPath(std::move(listOffset), p.dfWander);
+    CRandomSource random(p.nSeed, g_nStreamJump);
+    for (int n = bJumps ? p.nJumpEvery / 2 : p.nFrames; n < p.nFrames; n += p.nJumpEvery) {
+        const double dfAngle = 2 * g_dfPi * random.uniform();
+        listOffset[size_t(n)][0] += p.dfJump * std::cos(dfAngle);
+        listOffset[size_t(n)][1] += p.dfJump * std::sin(dfAngle);
+    }
+    return listOffset;
 }
 
 std::vector<QPoint> hotPixels(const SimulationParameters& p)
@@ -132,8 +206,9 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
     const double dfRadius = spotDiscRadius(p), dfDiscPixels = g_dfPi * dfRadius * dfRadius;
     const double dfInDisc = spotShareWithin(p, dfRadius);
     const double dfTilt = series.listOverall[nFrame], dfHalf = p.dfTiltStep / 2;
-    const double dfBeamX = p.dfCenterX + series.listShift[nFrame][0];
-    const double dfBeamY = p.dfCenterY + series.listShift[nFrame][1];
+    const std::array<double, 2> ptPattern = series.patternOffset(nFrame);
+    const double dfPatternX = p.dfCenterX + series.listShift[nFrame][0] + ptPattern[0];
+    const double dfPatternY = p.dfCenterY + series.listShift[nFrame][1] + ptPattern[1];
     const double dfShare = nLattice == 0 ? 1 : p.dfSecondShare;
     for (const Reflection& reflection : listReflection) {
         const Vector3 vecLattice = Vector3{double(reflection.nH), double(reflection.nK),
@@ -149,11 +224,11 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         if (!(dfCounts > 0.01))
             continue;
         const Vector3 vecTurned = projection.turned(vecLattice, dfTilt);
-        const auto offset = projection.spotOffset(vecTurned);
+        const auto offset = distorted(projection.spotOffset(vecTurned), p.lens);
         TruthSpot spot;
         spot.nFrame = nFrame;
-        spot.dfX = dfBeamX + offset[0];
-        spot.dfY = dfBeamY + offset[1];
+        spot.dfX = dfPatternX + offset[0];
+        spot.dfY = dfPatternY + offset[1];
         if (spot.dfX < -dfRadius || spot.dfY < -dfRadius || spot.dfX > p.nSize + dfRadius ||
             spot.dfY > p.nSize + dfRadius)
             continue;
@@ -189,10 +264,13 @@ double diffuseBackground(const SimulationParameters& parameters, double dfDistan
 
 bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& series, QString& strError)
 {
-    strError = whatIsWrong(parameters);
+    SimulationParameters p = parameters;
+    if (p.lens.dfRadius == 0) {
+        p.lens.dfRadius = p.nSize / 2.0;
+    }
+    strError = whatIsWrong(p);
     if (!strError.isEmpty())
         return false;
-    const SimulationParameters& p = parameters;
     const CrystalStructure& structure = *findCrystalStructure(p.strCrystal);
     const CStructureFactor crystal(structure);
     const Supercell supercell{p.nSupercell, p.nSupercellAxis, p.dfOddShare};
@@ -204,13 +282,11 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     result.matPrimitive = supercellPrimitive(crystal, supercell);
     orient(crystal, supercell, result);
     fillTilts(p, result);
-    result.listShift = driftPath(p);
+    result.listShift = scaledPath(smoothWalk(p, g_nStreamDrift), p.dfDrift);
+    result.listPatternOffset = patternOffsets(p);
     result.listHotPixel = hotPixels(p);
 
-    // Farthest corner from the beam, with room for drift, distortion and the frame's far side.
-    const double dfReach = p.dfPixelSize *
-                           (p.dfDrift + std::hypot(std::max(p.dfCenterX, p.nSize - p.dfCenterX),
-                                                   std::max(p.dfCenterY, p.nSize - p.dfCenterY)));
+    const double dfReach = p.dfPixelSize * undistortedReach(reachOnFrame(p), p.lens);
     const std::vector<Reflection> listReflection = supercellReflections(
         crystal, supercell, dfReach * (1 + std::abs(p.dfStretchAmplitude) / 100));
     const double dfMeanSquareF = meanSquareF(listReflection, supercell);

@@ -30,11 +30,17 @@ struct SimulatedSeries {
     Matrix3 matSecondBasis{};         ///< as matBasis, of the second crystal if there is one
     std::vector<double> listStage, listBeamTilt, listOverall;  ///< degrees, one per frame
     std::vector<std::array<double, 2>> listShift;              ///< pixels, the first is 0
+    /// Pixels that the pattern lies off the direct beam, one per frame; empty where it does not.
+    std::vector<std::array<double, 2>> listPatternOffset;
     std::vector<TruthSpot> listSpot;                ///< frame by frame; those with a ratio of at least 0.5
     std::vector<std::vector<TruthSpot>> listDrawn;  ///< per frame, all spots that leave any count
     std::vector<QPoint> listHotPixel;
 
     int latticeCount() const { return parameters.dfSecondShare > 0 ? 2 : 1; }
+    std::array<double, 2> patternOffset(int nFrame) const
+    {
+        return listPatternOffset.empty() ? std::array<double, 2>{} : listPatternOffset[size_t(nFrame)];
+    }
     const Matrix3& basis(int nLattice) const { return nLattice == 0 ? matBasis : matSecondBasis; }
 };
 

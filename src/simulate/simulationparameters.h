@@ -1,6 +1,8 @@
 // SimulationParameters: everything that a simulated series is made from.
 #pragma once
 
+#include "simulate/lensdistortion.h"
+
 #include <QString>
 
 #include <cstdint>
@@ -40,6 +42,12 @@ struct SimulationParameters {
     int nHotPixels = 8;
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
+    LensDistortion lens;            ///< no project tells it; its radius 0: half of the frame's side
+    double dfWander = 0;            ///< largest smooth offset of the pattern from the direct beam, pixels
+    int nJumpEvery = 0;             ///< one frame in so many has its pattern off by dfJump; 0 none
+    double dfJump = 0;              ///< pixels
+    double dfToldAxisOffset = 0;    ///< what the project's axis is off by, degrees
+    bool bStretchTold = true;       ///< the project tells the stretching
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
     double dfSecondShare = 0;       ///< intensity of a second crystal relative to the first; 0 none
     bool bSecondTurned = false;     ///< the second stands turned against the first; else at random
@@ -51,6 +59,11 @@ struct SimulationParameters {
     SimulatedFormat format = SimulatedFormat::Mrc16;
     QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");
+
+    /// What the project says.
+    double toldAxis() const { return dfAxis + dfToldAxisOffset; }
+    double toldStretchAmplitude() const { return bStretchTold ? dfStretchAmplitude : 0; }
+    double toldStretchAzimuth() const { return bStretchTold ? dfStretchAzimuth : 0; }
 };
 
 }  // namespace tessera

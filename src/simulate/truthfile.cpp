@@ -4,6 +4,7 @@
 #include "simulate/frameimage.h"
 #include "simulate/framewriter.h"
 #include "simulate/secondlattice.h"
+#include "simulate/truthgeometry.h"
 #include "simulate/wholewriting.h"
 
 #include <QDir>
@@ -140,9 +141,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
     root[QStringLiteral("size")] = p.nSize;
     root[QStringLiteral("wavelength")] = p.dfWavelength;
     root[QStringLiteral("pixelSize")] = p.dfPixelSize;
-    root[QStringLiteral("rotationAxis")] = p.dfAxis;
-    root[QStringLiteral("stretchAmplitude")] = p.dfStretchAmplitude;
-    root[QStringLiteral("stretchAzimuth")] = p.dfStretchAzimuth;
+    writeTrueGeometry(series, root);
     root[QStringLiteral("spotSigma")] = p.dfSpotSigma;
     root[QStringLiteral("seed")] = double(p.nSeed);
     root[QStringLiteral("orientationSeed")] = p.nOrientation;
@@ -211,7 +210,7 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
         result.listStage.push_back(arrayStage[n].toDouble());
         result.listBeamTilt.push_back(arrayBeamTilt[n].toDouble());
     }
-    bGood = bGood && readSpots(root, nFrames, result);
+    bGood = bGood && readTrueGeometry(root, nFrames, result) && readSpots(root, nFrames, result);
     if (!bGood) {
         strError = QStringLiteral("%1 is no truth file").arg(strFileName);
         return false;
@@ -221,9 +220,6 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
     p.nSize = root[QStringLiteral("size")].toInt();
     p.dfWavelength = root[QStringLiteral("wavelength")].toDouble();
     p.dfPixelSize = root[QStringLiteral("pixelSize")].toDouble();
-    p.dfAxis = root[QStringLiteral("rotationAxis")].toDouble();
-    p.dfStretchAmplitude = root[QStringLiteral("stretchAmplitude")].toDouble();
-    p.dfStretchAzimuth = root[QStringLiteral("stretchAzimuth")].toDouble();
     p.dfSpotSigma = root[QStringLiteral("spotSigma")].toDouble();
     p.nOrientation = root[QStringLiteral("orientationSeed")].toInt();
     p.nSeed = std::uint64_t(root[QStringLiteral("seed")].toDouble());
@@ -246,10 +242,10 @@ QString projectText(const SimulatedSeries& series)
     const SimulationParameters& p = series.parameters;
     QString str = QStringLiteral("# Simulated series of %1\n").arg(p.strCrystal);
     str += QStringLiteral("WAVELENGTH %1\n").arg(number(p.dfWavelength, 6));
-    str += QStringLiteral("ROTATIONAXIS %1\n").arg(number(p.dfAxis, 4));
+    str += QStringLiteral("ROTATIONAXIS %1\n").arg(number(p.toldAxis(), 4));
     str += QStringLiteral("CCDPIXELSIZE %1\n").arg(number(p.dfPixelSize, 8));
-    str += QStringLiteral("STRETCHINGAMP %1\n").arg(number(p.dfStretchAmplitude, 4));
-    str += QStringLiteral("STRETCHINGAZIMUTH %1\n").arg(number(p.dfStretchAzimuth, 4));
+    str += QStringLiteral("STRETCHINGAMP %1\n").arg(number(p.toldStretchAmplitude(), 4));
+    str += QStringLiteral("STRETCHINGAZIMUTH %1\n").arg(number(p.toldStretchAzimuth(), 4));
     str += QStringLiteral("FILELIST\n");
     for (int n = 0; n < p.nFrames; ++n)
         str += QStringLiteral("FILE %1 %2 %3 %4\n")

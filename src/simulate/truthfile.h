@@ -16,7 +16,8 @@ BravaisType trueBravaisType(const SimulatedSeries& series);
 /// @return empty, or why the file was not written
 [[nodiscard]] QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series);
 
-/// Reads what writeTruthFile wrote: cell, bases, the second lattice, tilts, shifts, spots and the geometry.
+/// Reads what writeTruthFile wrote: cell, bases, the second lattice, tilts, shifts, spots and the geometry
+/// (truthgeometry.h).
 /// @return false with a reason, the series then as it was
 bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString& strError);
 
