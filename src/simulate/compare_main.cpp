@@ -14,8 +14,9 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("tessera-compare"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Compares the peak list (.pk), unit cell (.uc) and indexed peaks (.ipf) of a simulated series "
-        "with its truth.\nOf two crystals on the frames the cell may be of either, and the indices are told "
+        "Compares the peak list (.pk), unit cell (.uc), refined basis (_refined.uc) and indexed peaks (.ipf) "
+        "of a simulated series with its truth.\nOf two crystals on the frames the cell may be of either, and "
+        "the indices are told "
         "for "
         "each.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or unreadable "
         "files."));
@@ -23,8 +24,9 @@ int main(int argc, char** argv)
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
     parser.addOption(
         {QStringLiteral("summary"),
-         QStringLiteral("The --json file of tessera-batch: compares its refined cell, system and "
-                        "centring too."),
+         QStringLiteral(
+             "The --json file of tessera-batch: compares its refined cell and geometry, system and "
+             "centring too."),
          QStringLiteral("file")});
     parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));
     parser.addPositionalArgument(QStringLiteral("BASE"),

@@ -184,6 +184,10 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
                      {QStringLiteral("peaksRepeated"), comparison.nPeaksRepeated},
                      {QStringLiteral("peaksAtBeam"), comparison.nPeaksAtBeam},
                      {QStringLiteral("bravais"), proposalToJson(comparison.proposal)}};
+    const QJsonObject geometry = geometryToJson(comparison.geometry);
+    if (!geometry.isEmpty()) {
+        root[QStringLiteral("geometry")] = geometry;
+    }
     if (comparison.listLattice.size() > 1) {
         root[QStringLiteral("foundLattice")] = lattice.relation == LatticeMatch::None
                                                    ? 0
@@ -210,6 +214,7 @@ QString comparisonToText(const SeriesComparison& comparison)
         str += errorsText(QStringLiteral("refined"), comparison.refined);
     for (const auto& [strName, errors] : comparison.mapPairs)
         str += errorsText(QStringLiteral("pairs, ") + strName, errors);
+    str += geometryToText(comparison.geometry);
     str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
                .arg(comparison.nIndexedRight)
                .arg(comparison.nIndexed)

@@ -260,6 +260,11 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
     comparison.proposal = judgeProposal(summary[QStringLiteral("lattice")].toObject(),
                                         bCell ? &matFound : nullptr, matTrue, truth.matPrimitive,
                                         trueBravaisType(truth));
+    Matrix3 matRefined{};
+    const bool bRefinedBasis = readCell(strBase + QStringLiteral("_refined.uc"), matRefined);
+    comparison.geometry = judgeGeometry(summary[QStringLiteral("geometry")].toObject(),
+                                        bRefinedBasis ? &matRefined : nullptr, truth,
+                                        comparison.nFoundLattice);
     std::array<double, 6> adfRefined;
     if (comparison.lattice.relation == LatticeMatch::None)
         return true;

@@ -3,6 +3,7 @@
 
 #include "simulate/latticematch.h"
 #include "simulate/latticeproposal.h"
+#include "simulate/refinedgeometry.h"
 #include "simulate/simulatedseries.h"
 
 #include <QJsonObject>
@@ -41,6 +42,7 @@ struct SeriesComparison {
     CellErrors refined;
     std::map<QString, CellErrors> mapPairs;  ///< of the cells from peak pairs, by their names in the summary
     LatticeProposal proposal;                ///< system and centring, if the summary has them
+    RefinedGeometry geometry;                ///< refined by the summary and BASE_refined.uc
     double dfRadius = 0;                     ///< pixels, within which a peak belongs to a spot
     int nPeaks = 0;                          ///< in the peak list
     int nPeaksAtBeam = 0;                    ///< on the direct beam, which is no spot of the truth
@@ -79,9 +81,9 @@ double matchRadius(const SimulatedSeries& truth);
 SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vector<ReadPeak>& listPeak,
                                   const std::vector<ReadPeak>& listIndexed, const Matrix3* pmatFound);
 
-/// Reads BASE.pk, BASE.uc and BASE.ipf, whatever of them exists, and compares.
-/// @param strSummary  a summary of tessera-batch with the refined cells of the same run, and the system and
-///                    centring that it proposes; may be empty
+/// Reads BASE.pk, BASE.uc, BASE.ipf and BASE_refined.uc, whatever of them exists, and compares.
+/// @param strSummary  a summary of tessera-batch with the refined cells and geometry of the same run, and the
+///                    system and centring that it proposes; may be empty
 /// @return false with a reason when the truth or the peak list cannot be read
 bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
                         SeriesComparison& comparison, QString& strError);

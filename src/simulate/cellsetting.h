@@ -1,0 +1,24 @@
+// Cell setting: the true edges and angles in the setting that a found cell happens to stand in.
+#pragma once
+
+#include "simulate/matrix3.h"
+
+namespace tessera {
+
+/// The true lattice described as a found cell describes it.
+struct CellSetting {
+    bool bFound = false;
+    std::array<double, 6> adfTrue{};  ///< Å, degrees, of the three true lattice vectors that fit best
+    int nVolumeRatio = 0;             ///< of the cell of these vectors to the primitive one
+};
+
+/// Of all triples of true lattice vectors the one nearest to a cell of six numbers, by the sum of squares of
+/// relative deviations of the edges and deviations of the angles in radians. Six numbers tell no orientation,
+/// so that a cell held to its symmetry, or one on other axes than the indexed ones, is judged as well.
+/// @param adfCell  Å, degrees
+/// @param matTrue, matPrimitive  the reciprocal basis and the primitive one on it, as of matchLattice()
+/// @return not found where an edge deviates by 6 % or an angle by 5°
+CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
+                                const Matrix3& matPrimitive);
+
+}  // namespace tessera
