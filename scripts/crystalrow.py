@@ -9,9 +9,9 @@ def head():
     """Three lines above the columns of the rows."""
     return "\n".join((
         f"{'':56s}cell from pairs of peaks at",
-        f"{'':22s}{'found cell':<17s}{'refined cell':<17s}{'hunted pixels':<17s}{'fitted places':<17s}{'on a constant':<15s}"
-        f"{'indexed':>8s}{'right':>10s}{'fit':>10s}{'recall at an SNR of':>24s}{'preci-':>10s}   Bravais",
-        f"{'crystal':11s} {'lattice':8s}{5 * CELL} {'of all':>9s}{'indices':>10s}{'share':>10s}"
+        f"{'':22s}{'found cell':<17s}{'refined cell':<17s}{'hunted pixels':<17s}{'fitted places':<17s}{'on a constant':<17s}"
+        f"{'refined geometry':<24s}{'indexed':>8s}{'right':>10s}{'fit':>10s}{'recall at an SNR of':>24s}{'preci-':>10s}   Bravais",
+        f"{'crystal':11s} {'lattice':8s}{6 * CELL}{'turned':>9s}{'of all':>9s}{'indices':>10s}{'share':>10s}"
         f"{'>= 5':>8s}{'>= 10':>8s}{'>= 20':>8s}{'sion':>10s}   type"))
 
 
@@ -36,6 +36,16 @@ def errors(table, length_key="lengthErrorPercent", angle_key="angleErrorDegrees"
         return f"{'-':>17s}"
     length, angle = (max(abs(value) for value in table[key]) for key in (length_key, angle_key))
     return f"{length:7.{digits}f} %{angle:7.{digits}f}°"
+
+
+def geometry_errors(geometry):
+    """Cell and orientation of the refined geometry; the cell of its basis where there is no other."""
+    cell = geometry.get("cell") or {}
+    if not cell.get("lengthErrorPercent"):
+        cell = {"lengthErrorPercent": geometry.get("basisLengthErrorPercent"),
+                "angleErrorDegrees": geometry.get("basisAngleErrorDegrees")}
+    turned = geometry.get("orientationErrorDegrees")
+    return errors(cell) + (f"{'-':>9s}" if turned is None else f"{turned:8.3f}°")
 
 
 def lattice_word(compare):
@@ -66,6 +76,7 @@ def main():
           errors(compare if compare.get("refined") else {}, "refinedLengthErrorPercent",
                  "refinedAngleErrorDegrees") +
           "".join(errors(pairs.get(key, {})) for key in ("wholePixels", "subPixels", "subPixelsConstant")) +
+          geometry_errors(compare.get("geometry") or {}) +
           share(summary.get("indexedShare"), 9) + share(compare.get("rightShare"), 10) +
           share(summary.get("fitShare"), 10) +
           "".join(share(value, 8) for value in (found + [None] * 3)[:3]) +

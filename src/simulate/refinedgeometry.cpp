@@ -96,11 +96,13 @@ std::optional<JudgedDistortion> judgeDistortion(const QJsonObject& object, doubl
                                                 double dfTrueAzimuth)
 {
     const auto amplitude = numberOf(object[QStringLiteral("amplitude")]);
-    if (!amplitude) {
+    const auto azimuth = numberOf(object[QStringLiteral("azimuth")]);
+    if (!amplitude || (!azimuth && *amplitude != 0)) {
         return std::nullopt;
     }
-    return JudgedDistortion{*amplitude, object[QStringLiteral("azimuth")].toDouble(), dfTrueAmplitude,
-                            dfTrueAzimuth};
+    // What undoes it lengthens across.
+    const double dfAcross = dfTrueAmplitude == 0 ? 0 : std::remainder(dfTrueAzimuth + 90, 180);
+    return JudgedDistortion{*amplitude, azimuth.value_or(0), dfTrueAmplitude, dfAcross};
 }
 
 void judgeThirdOrder(const QJsonObject& object, const LensDistortion& lens, RefinedGeometry& geometry)
@@ -109,9 +111,10 @@ void judgeThirdOrder(const QJsonObject& object, const LensDistortion& lens, Refi
     if (!(dfFoundRadius > 0)) {
         return;
     }
-    // Of its own radius a displacement goes with the square of the radius.
+    // Of its own radius a displacement goes with the square of the radius. Outward undoes inward, and
+    // clockwise undoes counter-clockwise.
     const double dfRatio = lens.hasThirdOrder() ? lens.dfRadius / dfFoundRadius : 1;
-    const std::pair<QString, double> aTrue[] = {{QStringLiteral("radial"), lens.dfRadial},
+    const std::pair<QString, double> aTrue[] = {{QStringLiteral("radial"), -lens.dfRadial},
                                                 {QStringLiteral("spiral"), lens.dfSpiral}};
     for (const auto& [strName, dfTrue] : aTrue) {
         if (const auto found = numberOf(object[strName])) {

@@ -26,7 +26,7 @@ struct JudgedCell {
     std::optional<double> meanRatio() const;
 };
 
-/// An amplitude in per cent and its azimuth in degrees, found and true.
+/// The amplitude in per cent and the azimuth in degrees of a correction, found and true.
 struct JudgedDistortion {
     double dfAmplitude = 0, dfAzimuth = 0, dfTrueAmplitude = 0, dfTrueAzimuth = 0;
     /// Amplitude of the ellipse that is left over, per cent: the difference of the vectors A (cos 2phi, sin
@@ -52,9 +52,12 @@ struct RefinedGeometry {
     QJsonObject told;  ///< rmsPixels, before, after, fixed, as the summary has them
 };
 
-/// Judges the object "geometry" of a summary. The senses are those of the project and of LensDistortion:
-/// stretching and ellipse with the azimuth along which the pattern is longer, the third order outward and
-/// counter-clockwise.
+/// Judges the object "geometry" of a summary. Its distortions are those that undo what the lenses did, as the
+/// driver's options and the merging page have the stretching: the azimuth is that along which the correction
+/// lengthens, across the one along which the pattern is longer; the radial term of a barrel is above 0, as
+/// its correction goes outward, and the spiral term is above 0 where the correction goes clockwise on the
+/// screen. The truth is brought to these senses to first order: an ellipse of 1 % undone by its own amplitude
+/// leaves 0.01 % in the scale, a third order of 2 % leaves 0.12 % at the reference radius.
 /// @param pmatRefined  a*, b*, c* in the rows of NAME_refined.uc; null without it
 /// @param nLattice     which of the crystals was found, from 0
 RefinedGeometry judgeGeometry(const QJsonObject& geometry, const Matrix3* pmatRefined,

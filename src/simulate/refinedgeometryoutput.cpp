@@ -131,7 +131,8 @@ QString geometryToText(const RefinedGeometry& geometry)
         str += cellToText(QStringLiteral("geometry held cell:"), geometry.constrained);
     }
     if (geometry.orientationError) {
-        str += QStringLiteral("geometry orientation off by %1°\n").arg(*geometry.orientationError, 0, 'f', 3);
+        str += QStringLiteral("geometry orientation off by %1°\n")
+                   .arg(QString::number(*geometry.orientationError, 'f', 3));
     } else if (geometry.bBasisRead) {
         str += QStringLiteral("geometry basis does NOT span the true lattice\n");
     }

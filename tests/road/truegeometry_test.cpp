@@ -1,4 +1,5 @@
 // Distortions, offsets and told geometry of simulated series, and how a refined geometry is judged.
+#include "geometry/rotationgeometry.h"
 #include "simulate/cellsetting.h"
 #include "simulate/frameimage.h"
 #include "simulate/secondlattice.h"
@@ -276,6 +277,39 @@ TEST(RefinedGeometry, CellsAreJudgedInTheirOwnSetting)
     EXPECT_FALSE(trueCellInSettingOf(adfHalf, truth.matBasis, truth.matPrimitive).bFound);
 }
 
+TEST(RefinedGeometry, WhatItTakesForTrueUndoesTheDistortion)
+{
+    const SimulatedSeries truth = simulated(distortedSeries());
+    const QJsonObject none{{"amplitude", 0}, {"azimuth", 0}};
+    const RefinedGeometry result = judgeGeometry(
+        {{"stretching", none},
+         {"ellipse", none},
+         {"thirdOrder", QJsonObject{{"radial", 0}, {"spiral", 0}, {"radius", 128}}}},
+        nullptr, truth, 0);
+    EXPECT_NEAR(result.ellipse->error(), 1.2, 1e-9);
+    const double dfTwice = 2 * result.ellipse->dfTrueAzimuth * PI / 180, dfA = 0.012;
+    const double dfRadial = -result.mapError.at(QStringLiteral("radial")) / 100;
+    const double dfSpiral = -result.mapError.at(QStringLiteral("spiral")) / 100;
+    for (int nAngle = 0; nAngle < 360; nAngle += 30) {
+        const auto pt = onScreen(120, nAngle), ptSeen = distorted(pt, truth.parameters.lens);
+        // With y up; clockwise goes from x towards -y.
+        const double x = ptSeen[0], y = -ptSeen[1], dfSquare = (x * x + y * y) / (128 * 128);
+        const double dfX = x + dfA * (std::cos(dfTwice) * x + std::sin(dfTwice) * y) +
+                           dfSquare * (dfRadial * x + dfSpiral * y);
+        const double dfY = y + dfA * (std::sin(dfTwice) * x - std::cos(dfTwice) * y) +
+                           dfSquare * (dfRadial * y - dfSpiral * x);
+        EXPECT_GT(std::hypot(x - pt[0], y + pt[1]), 0.8);
+        EXPECT_LT(std::hypot(dfX - pt[0], dfY + pt[1]), 0.25);
+    }
+    // The program itself undoes the stretching at the azimuth that is taken for true.
+    const CRotationProjection plain(0.0251, 0.004, 0), stretched(0.0251, 0.004, 0, 1.5, 65);
+    const auto pt = plain.spotOffset({0.3, 0.5, 0}), ptSeen = stretched.spotOffset({0.3, 0.5, 0});
+    const QPointF ptBack = applyStretching({ptSeen[0], ptSeen[1]}, result.stretching->dfTrueAmplitude,
+                                           result.stretching->dfTrueAzimuth);
+    EXPECT_NEAR(ptBack.x(), pt[0], 1e-9);
+    EXPECT_NEAR(ptBack.y(), pt[1], 1e-9);
+}
+
 TEST(RefinedGeometry, IsReadFromTheFilesAndMayBeMissing)
 {
     QTemporaryDir dir;
@@ -310,8 +344,8 @@ TEST(RefinedGeometry, IsReadFromTheFilesAndMayBeMissing)
     writeText(strBase + QStringLiteral("_refined.uc"), text);
     const QJsonObject geometry = compared(
         "{\"geometry\": {\"axis\": 321.6, \"axisOutOfPlane\": 0.2, \"tiltScale\": 1.001, \"rmsPixels\": 0.4,"
-        "\"stretching\": {\"amplitude\": 1.5, \"azimuth\": -115}, \"ellipse\": {\"amplitude\": -1.2, "
-        "\"azimuth\": 20}, \"thirdOrder\": {\"radial\": -0.5, \"spiral\": 0, \"radius\": 64}, \"fixed\": "
+        "\"stretching\": {\"amplitude\": 1.5, \"azimuth\": 155}, \"ellipse\": {\"amplitude\": 1.2, "
+        "\"azimuth\": 20}, \"thirdOrder\": {\"radial\": 0.5, \"spiral\": 0, \"radius\": 64}, \"fixed\": "
         "[\"axis\"],"
         "\"centre\": [0.5, -0.5]}}");
     EXPECT_TRUE(geometry[QStringLiteral("basisRight")].toBool());
@@ -323,7 +357,7 @@ TEST(RefinedGeometry, IsReadFromTheFilesAndMayBeMissing)
     EXPECT_NEAR(errors[QStringLiteral("axis")].toDouble(), 0.1, 1e-9);
     EXPECT_NEAR(errors[QStringLiteral("axisOutOfPlane")].toDouble(), 0.2, 1e-9);
     EXPECT_NEAR(errors[QStringLiteral("tiltScale")].toDouble(), 0.1, 1e-9);
-    // Of 64 pixels -0.5 % are at 128 pixels -2 %.
+    // Of 64 pixels 0.5 % are at 128 pixels 2 %, which undo the barrel.
     EXPECT_NEAR(errors[QStringLiteral("radial")].toDouble(), 0, 1e-9);
     EXPECT_NEAR(errors[QStringLiteral("spiral")].toDouble(), -0.5, 1e-9);
     double dfMean = 0;
