@@ -199,7 +199,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "proposed; default as-found.",
          "as-found|conventional"},
         {"accept",
-         "Write the files of the stage index, and end with status 0, also where a result is judged bad."},
+         "Write the files of the stages cell and index over former ones, and end with status 0, also where "
+         "a result is judged bad."},
         {"jobs",
          "Frames worked on side by side; the files are the same for every number; default: one per core.",
          "number"},

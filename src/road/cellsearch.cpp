@@ -24,7 +24,7 @@ CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection
         return result;
     }
     report.forgetReason();  // of a search that was repeated in vain
-    result.bSaved = saveProjectCell(dataSet, report);
+    result.bSaved = search.bSave && saveProjectCell(dataSet, report);
     if (search.poorCell == PoorCell::Told) {
         adviseOnCell(dataSet, listSelection, search.range, search.dfIndexThreshold, report);
     }

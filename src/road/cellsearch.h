@@ -27,6 +27,7 @@ struct CellSearch {
     QString strLatticeHost =
         latticeServiceHost();  ///< of the links in the log, of a search without repetition
     int nJobs = 1;             ///< threads of the search over directions
+    bool bSave = true;         ///< a cell that is found goes into the project's unit-cell file
 };
 
 struct CellSearchResult {
@@ -34,8 +35,8 @@ struct CellSearchResult {
     bool bSaved = false;  ///< the project's unit-cell file holds the cell; the log has why it does not
 };
 
-/// Searches the cell of the selected reflections, commits it and writes the project's unit-cell file, if a
-/// data set is open.
+/// Searches the cell of the selected reflections, commits it and, if that is wanted and a data set is open,
+/// writes the project's unit-cell file.
 CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection, const CellSearch& search,
                             CRunReport& report);
 

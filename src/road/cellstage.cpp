@@ -11,6 +11,9 @@
 #include "road/earlierfiles.h"
 #include "road/knowncellsearch.h"
 #include "road/latticefinding.h"
+#include "road/stagejudgement.h"
+
+#include <QFileInfo>
 
 namespace tessera {
 
@@ -37,7 +40,7 @@ CellHuntingParameters chosenSearch(const RoadState& state)
     return chosen;
 }
 
-CellSearchResult huntCell(RoadState& state)
+StageResult huntCell(RoadState& state)
 {
     const RoadOptions& options = state.options;
     CellSearch search;
@@ -45,7 +48,8 @@ CellSearchResult huntCell(RoadState& state)
     search.dfIndexThreshold = options.indexing.m_dfIndexThreshold;
     search.poorCell = options.bWindowDefaults ? PoorCell::Taken : PoorCell::SearchedAgain;
     search.nJobs = options.jobs();
-    return searchCell(state.dataSet, state.dataSet.m_listPeakMerged, search, state.report);
+    search.bSave = false;  // not before it is judged
+    return searchCell(state.dataSet, state.dataSet.m_listPeakMerged, search, state.report).end;
 }
 
 /// The cell of the file that was given, and a copy of it as the result of this run.
@@ -66,6 +70,23 @@ StageResult takeGivenCell(RoadState& state, const QString& strFile)
     return result;
 }
 
+/// Writes the cell in force, but a former file stays where the peaks do not fit the new cell: nobody could
+/// get the former one back.
+StageResult saveFoundCell(RoadState& state, const QString& strFile)
+{
+    const std::optional<LatticeFit>& fit = state.results.cell->fit;
+    if (fit && !fitsLattice(*fit) && !state.options.bAccept && QFileInfo::exists(strFile)) {
+        state.report.addMessage(
+            QStringLiteral(
+                "Warning: most of the peaks do not lie on the lattice of the new cell, so %1 stays "
+                "as it was; --accept writes the new cell all the same.")
+                .arg(strFile),
+            Severity::Warning);
+        return {};
+    }
+    return saveProjectCell(state.dataSet, state.report) ? StageResult() : state.report.notWritten(strFile);
+}
+
 }  // namespace
 
 StageResult runCellStage(RoadState& state)
@@ -80,19 +101,17 @@ StageResult runCellStage(RoadState& state)
         return result;
     }
     const std::optional<CellParameters>& known = state.options.knownCell;
-    CellSearchResult found = known ? searchKnownCell(state.dataSet, *known, state.report) : huntCell(state);
-    if (found.end.end == RunEnd::Failed && !known) {
+    const StageResult found = known ? searchKnownCell(state.dataSet, *known, state.report) : huntCell(state);
+    if (found.end == RunEnd::Failed && !known) {
         state.report.addMessage(QStringLiteral(
             "Where the cell of the crystal is known, --known-cell looks for its orientation instead."));
     }
-    if (!found.end.finished()) {
-        return state.report.ended(found.end);
+    if (!found.finished()) {
+        return state.report.ended(found);
     }
-    if (findLattice(state)) {
-        found.bSaved = saveProjectCell(state.dataSet, state.report);
-    }
+    findLattice(state);
     state.results.cell = cellResultOf(state.dataSet);
-    return found.bSaved ? StageResult() : state.report.notWritten(strFile);
+    return saveFoundCell(state, strFile);
 }
 
 }  // namespace tessera

@@ -125,22 +125,19 @@ KnownCellSearchResult orientCell(const DataSet& dataSet, const CellParameters& c
     return result;
 }
 
-CellSearchResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orientation,
-                                  KnownCellForm form, CRunReport& report, const QString& strLatticeHost)
+StageResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orientation, KnownCellForm form,
+                             CRunReport& report, const QString& strLatticeHost)
 {
-    CellSearchResult result;
     const bool bRotated = form == KnownCellForm::Rotated;
-    result.end = commitLattice(dataSet, bRotated ? orientation.matRotated : orientation.matRefined, report,
-                               strLatticeHost);
-    result.bSaved = result.end.finished() && saveProjectCell(dataSet, report);
-    return result;
+    return commitLattice(dataSet, bRotated ? orientation.matRotated : orientation.matRefined, report,
+                         strLatticeHost);
 }
 
-CellSearchResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report)
+StageResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report)
 {
     const KnownCellSearchResult found = orientCell(dataSet, cell, report);
     if (!found.end.finished()) {
-        return {found.end, false};
+        return found.end;
     }
     const QString strTaken = found.form == KnownCellForm::Rotated
                                  ? QStringLiteral("It is taken as it is known.")

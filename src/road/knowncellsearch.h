@@ -5,7 +5,6 @@
 #include "dataset/dataset.h"
 #include "lattice/knowncell.h"
 #include "records/runreport.h"
-#include "road/cellsearch.h"
 #include "road/stageresult.h"
 
 #include <QString>
@@ -43,13 +42,11 @@ std::optional<CellParameters> knownCellOf(const QString& strText, QString* pstrR
 KnownCellSearchResult orientCell(const DataSet& dataSet, const CellParameters& cell, CRunReport& report,
                                  const KnownCellOptions& options = {});
 
-/// Makes a form of the cell the one that was found, as a search does, and writes the project's unit-cell
-/// file.
-CellSearchResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orientation,
-                                  KnownCellForm form, CRunReport& report,
-                                  const QString& strLatticeHost = latticeServiceHost());
+/// Makes a form of the cell the one that was found, as a search does; saveProjectCell() belongs after it.
+StageResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orientation, KnownCellForm form,
+                             CRunReport& report, const QString& strLatticeHost = latticeServiceHost());
 
 /// Both in one where nobody chooses; the log tells which form was taken and why.
-CellSearchResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report);
+StageResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report);
 
 }  // namespace tessera

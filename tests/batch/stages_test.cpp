@@ -153,6 +153,15 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
     EXPECT_EQ(result("apart", "hkl"), bytesFormer);
     EXPECT_EQ(batch("apart", listChance + QStringList{"--accept"}).nStatus, 0);
     EXPECT_NE(result("apart", "hkl"), bytesFormer);
+    // Nor does a cell that was found where the axis is wrong take the place of the former one.
+    const QByteArray bytesCell = result("apart", "uc");
+    const QStringList listWrong = {"--from", "merge", "--axis", "10"};
+    const BatchOutcome wrong = batch("apart", listWrong);
+    EXPECT_EQ(wrong.nStatus, 1) << wrong.strText.toStdString();
+    EXPECT_TRUE(wrong.strText.contains("q.uc stays as it was; --accept ")) << wrong.strText.toStdString();
+    EXPECT_EQ(result("apart", "uc"), bytesCell);
+    EXPECT_EQ(batch("apart", listWrong + QStringList{"--accept"}).nStatus, 0);
+    EXPECT_NE(result("apart", "uc"), bytesCell);
     // A cell that is the run's own is read and stays as it is.
     const QByteArray bytesOwn = result("through", "uc") + "a note\n";
     writeBytes(m_dir.filePath("apart/q.uc"), bytesOwn);

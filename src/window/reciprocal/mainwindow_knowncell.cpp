@@ -37,14 +37,14 @@ void MainWindow::searchKnownCell()
     m_pCellPage->m_pButtonTest->setChecked(false);
     CRunScope scope(*this);
     WindowReport report(*this);
-    CellSearchResult taken;
+    StageResult taken = {RunEnd::Failed, {}};
     guarded([&] {
         taken = takeOrientedCell(m_dataSet, *dialog.result().orientation, dialog.form(), report,
                                  m_strLatticeHost);
+        if (taken.finished())
+            saveProjectCell(report);
     });
-    if (taken.bSaved)
-        startDialogsAtCellFile();
-    if (taken.end.finished()) {
+    if (taken.finished()) {
         updateUnitCell();
         showLattice();
     }
