@@ -8,6 +8,7 @@ function(tessera_core_library name)
   add_library(${name} STATIC ${sources})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS})
+  add_dependencies(${name} layers)  # no build of a part goes past the check of the includes
   set_property(GLOBAL APPEND PROPERTY TESSERA_CORE_LIBRARIES ${name})
 endfunction()
 
