@@ -36,6 +36,8 @@ AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, C
         if (!vecImage.empty() && volume.addFrame(vecImage.front().get(), frameCentre(series.centres, nFrame),
                                                  series.listTilt.value(nFrame)))
             ++added.nAdded;
+        else
+            report.fail(QStringLiteral("%1 holds no image and is left out of the volume.").arg(strFile));
         return true;
     });
     return added;
@@ -43,9 +45,10 @@ AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, C
 
 RunOutcome stopped(CRunReport& report)
 {
-    const QString strText = QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.");
-    report.fail(strText.arg(currentTimeStamp()));
-    return {RunEnd::Stopped, {}};
+    const QString strText = QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.")
+                                .arg(currentTimeStamp());
+    report.fail(strText);
+    return {RunEnd::Stopped, strText};
 }
 
 }  // namespace

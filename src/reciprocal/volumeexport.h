@@ -24,9 +24,9 @@ QString reciprocalVolumeFile(const DataSet& dataSet);
 /// origin of reciprocal space (see CReciprocalVolume), and writes it to reciprocalVolumeFile().
 ///
 /// Memory for the cube is asked for before anything is written. A frame that can't be loaded ends the walk;
-/// what was added before it is saved, but when that is nothing, no file is written. A stop leaves no file.
-/// A file that is a frame of the series is not overwritten. All these say so in red; an existing volume of
-/// the same name is replaced without a question.
+/// what was added before it is saved, but when that is nothing, no file is written. A frame without an image
+/// is left out. A stop leaves no file. A file that is a frame of the series is not overwritten. All these say
+/// so in red; an existing volume of the same name is replaced without a question.
 /// @return Finished if the volume holds all frames and is on disk
 RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
                                   CRunReport& report);

@@ -85,7 +85,9 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
     const auto run = [&](bool bWanted, int nStopAfter = -1) {
         CRecordingReport report;
         report.m_nStopAfter = nStopAfter;
-        EXPECT_EQ(exportReciprocalVolume(data, parameters, report).end == RunEnd::Finished, bWanted);
+        const RunOutcome outcome = exportReciprocalVolume(data, parameters, report);
+        EXPECT_EQ(outcome.finished(), bWanted);
+        EXPECT_EQ(outcome.strReason.isEmpty(), bWanted) << "why it did not finish";
         return report.log().replace(series.dir.path(), "DIR");
     };
     EXPECT_EQ(run(false), "red No shift correction data. Run shift evaluation first.");
