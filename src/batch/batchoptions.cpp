@@ -163,8 +163,7 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"defects",
          "Look on some frames for rows, columns, edges and shadows that are no measurement, leave them out "
-         "of "
-         "peak hunting, and repair hot pixels: auto or off; default auto, off with --mask and with "
+         "of peak hunting, and repair hot pixels: auto or off; default auto, off with --mask and with "
          "--window-defaults.",
          "auto|off"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
@@ -174,9 +173,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "cell"},
         {"cell-method",
          "How the cell is searched: vectors (differences of reflections), directions (Fourier sums of all "
-         "peaks "
-         "over directions), or best, the one of both that explains more of the peaks; default best, with "
-         "--window-defaults vectors.",
+         "peaks over directions), or best, the one of both that explains more of the peaks; default best, "
+         "with --window-defaults vectors.",
          "vectors|directions|best"},
         {"space-group",
          QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3.")

@@ -178,8 +178,7 @@ const std::vector<Parameter> g_listParameter = {
      "one reflection gives two points.",
      {"min-3d-distance", "pixels",
       "distance from the frame's plane that closes a chain; default auto, %1 or 0.87 times the way to the "
-      "next "
-      "spot; with --window-defaults %1",
+      "next spot; with --window-defaults %1",
       orAuto}},
     {&Merge::m_dfMax2DDistance,
      {0, 1000, 2, 0.1, " pix."},

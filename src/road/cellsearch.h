@@ -21,13 +21,13 @@ enum class PoorCell {
 /// How a cell is searched.
 struct CellSearch {
     CellHuntingParameters range;  ///< method, and range of the edges
-    double dfIndexThreshold =
-        0.05;  ///< how far the index of a reflection that fits may lie from a whole number
+    /// How far the index of a reflection that fits may lie from a whole number.
+    double dfIndexThreshold = 0.05;
     PoorCell poorCell = PoorCell::Taken;
-    QString strLatticeHost =
-        latticeServiceHost();  ///< of the links in the log, of a search without repetition
-    int nJobs = 1;             ///< threads of the search over directions
-    bool bSave = true;         ///< a cell that is found goes into the project's unit-cell file
+    /// Of the links in the log, of a search without repetition.
+    QString strLatticeHost = latticeServiceHost();
+    int nJobs = 1;      ///< threads of the search over directions
+    bool bSave = true;  ///< a cell that is found goes into the project's unit-cell file
 };
 
 struct CellSearchResult {

@@ -201,18 +201,15 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
     } aExplained[] = {
         {m_pNewProject,
          "Makes the project file of a series from its frames, their tilts, the voltage of the microscope, "
-         "the "
-         "pixel size and the rotation axis, and opens it."},
+         "the pixel size and the rotation axis, and opens it."},
         {m_pOpen, "Opens a project (.ed3d), frames, or a text list of reflections."},
         {m_pSaveCurrent,
          "Saves the image in view: as .mrc the values of the frame, as a picture what the contrast limits "
-         "make "
-         "of them."},
+         "make of them."},
         {m_pSaveSeries, "Saves all frames as pictures, with the contrast limits in force."},
         {m_pMovieFrames,
          "Saves pictures of the 3D view all around, one for each rotation step. The key does so in a 3D "
-         "view; "
-         "elsewhere it exports SMV images."},
+         "view; elsewhere it exports SMV images."},
         {m_pScaledFrames, "Saves all frames enlarged or reduced, as .mrc files beside the frames."},
         {m_pReciprocalVolume, "Puts all frames into one volume of reciprocal space, an .mrc stack."},
         {m_pSmvImages,
@@ -248,8 +245,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Fits the direct beam within 50 pixels of its expected place on each frame, without pixels of 3000 "
          "counts and more. The log lists expected and fitted place and their difference, pixels. Good: some "
          "tenths of a pixel. A difference that grows along the series: measure the shifts again, with "
-         "another "
-         "region. Nothing is changed."},
+         "another region. Nothing is changed."},
         {m_pRefineDirectBeam,
          "Fits, frame by frame, how the distances of two indexed peaks, pixels, follow from the differences "
          "of their indices; the direct beam does not enter. Pairs by the \"d* Range\" of \"Unit Cell "
