@@ -28,19 +28,6 @@ constexpr double g_dfMostMoved = 4;     // degrees, by the fit, from the best az
 constexpr double g_dfSureErrors = 6;    // standard errors of a curvature from none
 constexpr double g_dfMostOff = 0.5;     // of a curvature from that of its sense
 
-std::vector<FlatPeak> usablePeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry)
-{
-    std::vector<FlatPeak> vecUsable;
-    for (const FlatPeak& peak : vecPeak) {
-        const double dfRadius = std::hypot(peak.dfX, peak.dfY);
-        const bool bPlace = dfRadius > g_dfBeamRadius && dfRadius * geometry.dfPixelSize < g_dfFarthest;
-        if (bPlace && std::isfinite(peak.dfTilt)) {
-            vecUsable.push_back(peak);
-        }
-    }
-    return vecUsable;
-}
-
 double turnOf(const std::vector<FlatPeak>& vecPeak)
 {
     const auto range = std::minmax_element(
@@ -49,11 +36,15 @@ double turnOf(const std::vector<FlatPeak>& vecPeak)
     return range.second->dfTilt - range.first->dfTilt;
 }
 
+bool isGeometry(const FlatGeometry& geometry)
+{
+    return geometry.dfPixelSize > 0 && std::isfinite(geometry.dfPixelSize) && geometry.dfWavelength > 0 &&
+           std::isfinite(geometry.dfWavelength);
+}
+
 QString faultOfPeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry)
 {
-    const bool bGeometry = geometry.dfPixelSize > 0 && std::isfinite(geometry.dfPixelSize) &&
-                           geometry.dfWavelength > 0 && std::isfinite(geometry.dfWavelength);
-    if (!bGeometry) {
+    if (!isGeometry(geometry)) {
         return QStringLiteral("wavelength or pixel size are no lengths");
     }
     if (vecPeak.size() < g_nLeastPeaks) {
@@ -169,6 +160,31 @@ AxisSharpness secondOf(const CAxisCurve& curve, double dfBest)
 }
 
 }  // namespace
+
+std::vector<FlatPeak> usablePeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry)
+{
+    std::vector<FlatPeak> vecUsable;
+    for (const FlatPeak& peak : vecPeak) {
+        const double dfRadius = std::hypot(peak.dfX, peak.dfY);
+        const bool bPlace = dfRadius > g_dfBeamRadius && dfRadius * geometry.dfPixelSize < g_dfFarthest;
+        if (bPlace && std::isfinite(peak.dfTilt)) {
+            vecUsable.push_back(peak);
+        }
+    }
+    return vecUsable;
+}
+
+double axisSharpness(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry, double dfAzimuth)
+{
+    const std::vector<FlatPeak> vecUsable = usablePeaks(vecPeak, geometry);
+    if (vecUsable.empty() || !isGeometry(geometry)) {
+        return 0;
+    }
+    const std::function<bool()> fnGoOn;
+    CAxisCurve curve(vecUsable, geometry, 1, fnGoOn);
+    curve.add({dfAzimuth});
+    return curve.sharpnessAt(dfAzimuth);
+}
 
 std::optional<AxisSearch> searchAxis(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
                                      int nJobs, const std::function<bool()>& fnGoOn)

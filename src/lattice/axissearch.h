@@ -51,4 +51,11 @@ struct AxisSearch {
 std::optional<AxisSearch> searchAxis(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
                                      int nJobs = 1, const std::function<bool()>& fnGoOn = {});
 
+/// The sharpness of the lattice at one azimuth, degrees, as searchAxis() has it in its curve.
+/// @return 0 where the peaks or the geometry leave nothing to try
+double axisSharpness(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry, double dfAzimuth);
+
+/// The peaks away from the direct beam and within what crystals scatter to: those that searchAxis() takes.
+std::vector<FlatPeak> usablePeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry);
+
 }  // namespace tessera

@@ -1,6 +1,7 @@
 #include "road/road.h"
 
 #include "records/whatwasthrown.h"
+#include "road/misfithint.h"
 #include "road/seriesopening.h"
 #include "road/stagejudgement.h"
 #include "road/stages.h"
@@ -46,8 +47,41 @@ void noteLattice(RoadState& state)
         listJudgement.begin(), listJudgement.end(),
         [](const Judgement& judgement) { return judgement.strPart == QLatin1String("lattice"); });
     if (state.results.lattice && !bNoted) {
-        noteJudgement(state, judgeLattice(*state.results.lattice));
+        Judgement judgement = judgeLattice(*state.results.lattice);
+        const std::optional<CellResult>& cell = state.results.cell;
+        if (cell && cell->fit && !fitsLattice(*cell->fit)) {
+            judgement.verdict = Verdict::Bad;
+            judgement.strReason.prepend(
+                QStringLiteral("It is that of a cell that most peaks do not lie on; "));
+        }
+        noteJudgement(state, judgement);
     }
+}
+
+/// A stage that failed is bad, whatever it left behind.
+void judgeEnd(RoadState& state, RoadStage stage, const StageResult& end)
+{
+    if (stage == RoadStage::Merge && state.results.axis) {
+        noteJudgement(state, judgeAxis(*state.results.axis));
+    }
+    std::optional<Judgement> judgement = judgeStage(stage, state.results);
+    const bool bWithout = end.end == RunEnd::Failed || end.end == RunEnd::Refused;
+    if (!judgement && bWithout) {
+        judgement = {roadStageName(stage), Verdict::Bad, end.strReason, 0};
+    }
+    noteJudgement(state, judgement);
+    if (stage == RoadStage::Cell || stage == RoadStage::Index) {
+        noteLattice(state);
+    }
+}
+
+/// Whether the road has come as far as it will with a cell that is bad.
+bool isMisfit(const RoadState& state, RoadStage stage, const StageResult& end)
+{
+    const bool bLast = stage == RoadStage::Index ||
+                       (stage == RoadStage::Cell &&
+                        (!end.finished() || state.options.stageTo == RoadStage::Cell));
+    return bLast && end.end != RunEnd::Stopped && worstVerdict(state.results.listJudgement) == Verdict::Bad;
 }
 
 bool runStages(RoadState& state, QList<PartTime>& listTime)
@@ -65,12 +99,11 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         const StageResult end = runStage(stage, state);
         listTime.append({roadStageName(stage), secondsOf(timer)});
-        if (stage == RoadStage::Merge && state.results.axis) {
-            noteJudgement(state, judgeAxis(*state.results.axis));
-        }
-        noteJudgement(state, judgeStage(stage, state.results));
-        if (stage == RoadStage::Cell || stage == RoadStage::Index) {
-            noteLattice(state);
+        judgeEnd(state, stage, end);
+        if (isMisfit(state, stage, end)) {
+            timer.restart();
+            hintAtMisfit(state);
+            listTime.append({QStringLiteral("hints"), secondsOf(timer)});
         }
         if (!noteEnd(state.results, roadStageName(stage), end)) {
             return false;

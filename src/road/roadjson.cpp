@@ -275,6 +275,9 @@ QJsonObject roadSummary(const RoadResults& results)
     if (!results.listJudgement.isEmpty()) {
         object[QStringLiteral("judgement")] = judgementObject(results.listJudgement);
     }
+    if (!results.listHint.isEmpty()) {
+        object[QStringLiteral("hints")] = QJsonArray::fromStringList(results.listHint);
+    }
     if (results.listExported) {
         object[QStringLiteral("exported")] = QJsonArray::fromStringList(*results.listExported);
     }

@@ -98,7 +98,8 @@ struct RoadResults {
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
 
-    QList<Judgement> listJudgement;  ///< of the parts that finished, in their order
+    QList<Judgement> listJudgement;  ///< of the parts that were looked at, in their order
+    QStringList listHint;            ///< what would suit the peaks better, where a cell was judged bad
 
     std::optional<RoadStage> lastStage;       ///< the last one that finished
     QString strFailed;                        ///< "open", a stage or an export: the first that failed

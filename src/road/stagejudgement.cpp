@@ -55,7 +55,10 @@ Judgement judgePeakResult(const RoadResults& results)
 {
     const int nPeaks = results.peaks->nPeaks;
     const int nFrames = results.open ? results.open->nFrames : 0;
-    return judged(RoadStage::Peaks, nPeaks < FEW_PEAKS ? Verdict::Doubtful : Verdict::Good,
+    const Verdict verdict = nPeaks == 0          ? Verdict::Bad
+                            : nPeaks < FEW_PEAKS ? Verdict::Doubtful
+                                                 : Verdict::Good;
+    return judged(RoadStage::Peaks, verdict,
                   QStringLiteral("%1 on %2%3.")
                       .arg(several(nPeaks, "peak"), several(nFrames, "frame"),
                            QLatin1String(nPeaks < FEW_PEAKS ? ", which is little for a search" : "")),
@@ -87,10 +90,11 @@ Verdict verdictOf(const LatticeFit& fit)
     // The peaks of one reflection on several frames fit together, so the spread counts them too often: five
     // times it are no more than about two of a count of reflections.
     const double dfSpread = std::sqrt(fit.dfByChance * (1 - fit.dfByChance) / std::max(1, fit.nPoints));
-    if (fit.share() < g_dfShareExpected || fit.share() < fit.dfByChance + 5 * dfSpread) {
+    if (fit.share() < g_dfShareExpected || fit.share() <= fit.dfByChance + 5 * dfSpread) {
         return Verdict::Bad;
     }
-    return fit.share() < std::max(SHARE_GOOD, 2 * fit.dfByChance) ? Verdict::Doubtful : Verdict::Good;
+    const bool bSure = fit.share() >= std::max(SHARE_GOOD, 2 * fit.dfByChance) && fit.nPoints >= FEW_PEAKS;
+    return bSure ? Verdict::Good : Verdict::Doubtful;
 }
 
 Judgement judgeCellResult(const RoadResults& results)
