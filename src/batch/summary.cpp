@@ -84,11 +84,35 @@ int commonFolders(const QStringList& listPath)
     return strCommon.isEmpty() ? 0 : strCommon.size() + 1;
 }
 
-/// What failed and why, or what the run warned of.
-QString noteOf(const QJsonObject& summary, bool bReached)
+bool isBad(const QJsonValue& judgement)
+{
+    return judgement.toObject()[QStringLiteral("verdict")].toString() == QLatin1String("bad");
+}
+
+/// The part of the road that is judged bad, the last stage first, and the first hint at the cause.
+QString misfitNote(const QJsonObject& summary)
+{
+    const QJsonObject judgement = summary[QStringLiteral("judgement")].toObject();
+    QString strPart;
+    for (const char* pszPart : {"refine", "index", "cell", "merge", "peaks", "shifts"}) {
+        if (strPart.isEmpty() && isBad(judgement[QLatin1String(pszPart)])) {
+            strPart = QLatin1String(pszPart);
+        }
+    }
+    const QString strReason = judgement[strPart].toObject()[QStringLiteral("reason")].toString();
+    const QString strHint = summary[QStringLiteral("hints")].toArray().at(0).toString();
+    return strPart + QStringLiteral(": ") + strReason +
+           (strHint.isEmpty() ? QString() : QStringLiteral(" Hint: ") + strHint);
+}
+
+/// What failed and why, what is bad, or what the run warned of.
+QString noteOf(const QJsonObject& summary, SummaryState state)
 {
     const QJsonArray arrayWarning = summary[QStringLiteral("warnings")].toArray();
-    if (!bReached) {
+    if (state == SummaryState::Misfit) {
+        return misfitNote(summary);
+    }
+    if (state == SummaryState::Failed) {
         const QString strFailed = summary[QStringLiteral("failed")].toString();
         const QString strReason = summary[QStringLiteral("reason")].toString();
         const QString strWhere = strFailed.isEmpty()
@@ -121,9 +145,12 @@ SummaryRow rowOf(const SummaryFile& file)
     } else {
         const bool bReached = summary[QStringLiteral("reached")].toBool();
         row.summary = summary;
-        row.state = bReached ? SummaryState::Reached : SummaryState::Failed;
+        const bool bBad =
+            summary[QStringLiteral("judgement")].toObject()[QStringLiteral("overall")].toString() ==
+            QLatin1String("bad");
+        row.state = !bReached ? SummaryState::Failed : bBad ? SummaryState::Misfit : SummaryState::Reached;
         row.dfIndexedShare = summary[QStringLiteral("indexedShare")].toDouble();
-        row.strNote = noteOf(summary, bReached);
+        row.strNote = noteOf(summary, row.state);
     }
     return row;
 }
@@ -149,7 +176,7 @@ double volume(const QJsonObject& summary)
 
 QStringList rowTexts(const SummaryRow& row)
 {
-    static const char* const aszState[] = {"BAD FILE", "FAILED", "ok"};
+    static const char* const aszState[] = {"BAD FILE", "FAILED", "MISFIT", "ok"};
     const QJsonObject& summary = row.summary;
     const QJsonArray arrayOffset = summary[QStringLiteral("centreOffset")].toArray();
     const QJsonValue jumps = summary[QStringLiteral("shiftJumps")];
@@ -158,7 +185,9 @@ QStringList rowTexts(const SummaryRow& row)
     for (const char* pszKey : {"frames", "peaks", "reflections"}) {
         listText.append(numberText(number(summary[QLatin1String(pszKey)])));
     }
-    listText.append(numberText(100 * number(summary[QStringLiteral("indexedShare")]), 1));
+    for (const char* pszKey : {"indexedShare", "fitShare"}) {
+        listText.append(numberText(100 * number(summary[QLatin1String(pszKey)]), 1));
+    }
     listText.append(cellTexts(summary));
     listText.append(numberText(volume(summary), 1));
     listText.append(numberText(number(summary[QStringLiteral("maxShift")]), 1));
@@ -231,11 +260,11 @@ QList<SummaryRow> summaryRows(const QList<SummaryFile>& listFile)
 QString summaryText(const QList<SummaryRow>& listRow)
 {
     QList<QStringList> listLine = {{"series", "state", "stage", "frames", "peaks", "merged", "indexed/%",
-                                    "a/Å", "b/Å", "c/Å", "α/°", "β/°", "γ/°", "V/Å³", "drift/px", "centre/px",
-                                    "jumps", "note"}};
+                                    "fit/%", "a/Å", "b/Å", "c/Å", "α/°", "β/°", "γ/°", "V/Å³", "drift/px",
+                                    "centre/px", "jumps", "note"}};
     std::vector<double> vecShare;
     std::vector<double> vecVolume;
-    int anState[3] = {0, 0, 0};
+    int anState[4] = {0, 0, 0, 0};
     for (const SummaryRow& row : listRow) {
         listLine.append(rowTexts(row));
         ++anState[int(row.state)];
@@ -266,13 +295,18 @@ QString summaryText(const QList<SummaryRow>& listRow)
         }
         strTable += strLine + QLatin1Char('\n');
     }
+    const auto count = [&](SummaryState state) { return anState[int(state)]; };
+    const int nMisfit = count(SummaryState::Misfit);
+    const int nFailed = count(SummaryState::Failed);
+    const int nReached = count(SummaryState::Reached);
     strTable += QStringLiteral(
-                    "%1 series: %2 ok, %3 failed; %4 bad files; of those that are ok, indexed/%: %5, "
-                    "V/Å³: %6\n")
-                    .arg(anState[1] + anState[2])
-                    .arg(anState[2])
-                    .arg(anState[1])
-                    .arg(anState[0])
+                    "%1 series: %2 ok, %3 misfits, %4 failed; %5 bad files; of those that are ok, "
+                    "indexed/%: %6, V/Å³: %7\n")
+                    .arg(nMisfit + nFailed + nReached)
+                    .arg(nReached)
+                    .arg(nMisfit)
+                    .arg(nFailed)
+                    .arg(count(SummaryState::BadFile))
                     .arg(spreadText(vecShare, 1), spreadText(vecVolume, 1));
     return strTable;
 }

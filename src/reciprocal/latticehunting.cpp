@@ -4,6 +4,7 @@
 #include "lattice/directionsearch.h"
 #include "lattice/latticeanalysis.h"
 #include "reciprocal/cellcommit.h"
+#include "reciprocal/cellhunting.h"
 #include "reciprocal/checkedcellhunting.h"
 #include "reciprocal/latticepoints.h"
 #include "records/timestamp.h"
@@ -17,7 +18,10 @@ namespace {
 
 constexpr double g_dfEnough = 0.5;       // honest share that needs no search in other ranges
 constexpr double g_dfAboutEqual = 0.95;  // of two shares
-constexpr double g_dfMuchLarger = 1.5;   // of two volumes: a supercell has at least twice that of its cell
+// Of more reflections one search takes some ten seconds; no crystal gives as many, noise and spots that were
+// hunted again and again do, and the directions search anyway.
+constexpr int g_nMostRepeated = 50000;
+constexpr double g_dfMuchLarger = 1.5;  // of two volumes: a supercell has at least twice that of its cell
 
 /// Of a search whose cell is not yet the one: passes on all but the cell in words and what failed.
 class CCandidateReport : public CRunReport {
@@ -56,7 +60,11 @@ std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSele
 {
     DataSet scratch;  // a search needs no more of a data set than a place for its cell
     CCandidateReport candidateReport(report);
-    runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport);
+    if (listSelection.size() > g_nMostRepeated) {
+        runUnitCellHunting(scratch, listSelection, range, candidateReport);
+    } else {
+        runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport);
+    }
     const std::optional<ReciprocalBasis> basis = cellInForce(scratch);
     if (!basis || !latticeBasisOf(*basis).allFinite()) {
         return std::nullopt;

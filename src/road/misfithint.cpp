@@ -72,6 +72,12 @@ private:
         return LatticeCandidate{basis, fitOfLattice(basis, pointsOf(vecPeak))}.honestShare();
     }
 
+    QString shareFigures(double dfShare) const
+    {
+        return QStringLiteral("beyond chance %1 of the peaks fit a lattice then, now %2")
+            .arg(percent(std::max(0.0, dfShare)), percent(std::max(0.0, m_dfShare)));
+    }
+
     bool goOn() const { return m_state.report.goOn(); }
 
     bool hint(const QString& strText)
@@ -142,9 +148,10 @@ bool CMisfit::hintAtAzimuth(const AxisFound& found)
     }
     const bool bDecided = found.dfCurvature > 3 * found.dfCurvatureError;
     if (bDecided && std::abs(found.dfCurvature - 1) > g_dfCurvatureOff) {
-        return hint(QStringLiteral("the product of wavelength and pixel size is more likely %1 of what was "
-                                   "given: %2")
-                        .arg(figure(found.dfCurvature), found.strSense));
+        return hint(
+            QStringLiteral("the product of wavelength and pixel size is more likely %1 of what was given, "
+                           "or the tilts are %2 times as large: %3")
+                .arg(figure(found.dfCurvature), figure(1 / found.dfCurvature), found.strSense));
     }
     return tried(QStringLiteral("the azimuth of the rotation axis (%1 at %2°)")
                      .arg(strFigures)
@@ -210,8 +217,8 @@ bool CMisfit::hintAtBeam()
     const QString strFigures =
         QStringLiteral("beyond chance %1 of the peaks against %2").arg(percent(dfBest), percent(m_dfShare));
     if (std::hypot(best->dfX, best->dfY) > g_dfBeamOff && dfBest > m_dfShare + g_dfClearly) {
-        return hint(QStringLiteral("the direct beam is more likely at (%1, %2), moved by (%3, %4) pixels (%5 "
-                                   "fit the lattice then)")
+        return hint(QStringLiteral("the direct beam is more likely at (%1, %2), moved by (%3, %4) "
+                                   "pixels (%5)")
                         .arg(m_state.dataSet.m_dfCenterX + best->dfX, 0, 'f', 1)
                         .arg(m_state.dataSet.m_dfCenterY + best->dfY, 0, 'f', 1)
                         .arg(best->dfX, 0, 'f', 1)
@@ -255,8 +262,7 @@ bool CMisfit::hintAtEdges()
         }
     }
     const double dfBest = best ? best->honestShare() : 0;
-    const QString strFigures = QStringLiteral("beyond chance %1 of the peaks fit against %2")
-                                   .arg(percent(dfBest), percent(m_dfShare));
+    const QString strFigures = shareFigures(dfBest);
     if (dfBest <= m_dfShare + g_dfClearly) {
         return tried(QStringLiteral("cells of shorter and longer edges (%1)").arg(strFigures));
     }
