@@ -12,9 +12,7 @@
 #include "road/stagejudgement.h"
 
 #include <QFileInfo>
-
-#include <algorithm>
-#include <iterator>
+#include <QStringList>
 
 namespace tessera {
 
@@ -42,10 +40,17 @@ QList<Peak3D> withWholeIndices(QList<Peak3D> listPeak)
 
 constexpr ResultFile g_aFile[] = {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks};
 
-bool anyFormerFile(const DataSet& dataSet)
+/// The names of the files that a former run has left.
+QString formerFiles(const DataSet& dataSet)
 {
-    return std::any_of(std::begin(g_aFile), std::end(g_aFile),
-                       [&](ResultFile file) { return QFileInfo::exists(fileOfProject(dataSet, file)); });
+    QStringList listName;
+    for (const ResultFile file : g_aFile) {
+        const QString strFile = fileOfProject(dataSet, file);
+        if (QFileInfo::exists(strFile)) {
+            listName.append(QFileInfo(strFile).fileName());
+        }
+    }
+    return listName.join(QStringLiteral(", "));
 }
 
 /// Puts the files of the stage in their places, all or none.
@@ -107,11 +112,13 @@ StageResult runIndexStage(RoadState& state)
             QStringLiteral("No reflection was indexed; the files of the stage are as they were before."));
     }
     judgeIndexedShare(result, report);
+    const QString strFormer = formerFiles(state.dataSet);
     if (bWrite && !options.bAccept && state.results.cell->fit && !fitsLattice(*state.results.cell->fit) &&
-        anyFormerFile(state.dataSet)) {
-        return report.refused(QStringLiteral(
-            "Most of the peaks do not lie on the lattice of this cell, so the former files of the "
-            "stage stay as they were; --accept writes them all the same."));
+        !strFormer.isEmpty()) {
+        return report.refused(
+            QStringLiteral("Most of the peaks do not lie on the lattice of this cell, so the former files of "
+                           "the stage, %1, stay as they were; --accept writes them all the same.")
+                .arg(strFormer));
     }
     return bWrite ? commitFiles(files, state.dataSet, report) : StageResult();
 }

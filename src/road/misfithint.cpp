@@ -214,8 +214,7 @@ bool CMisfit::hintAtBeam()
     if (!best) {
         return false;
     }
-    const QString strFigures =
-        QStringLiteral("beyond chance %1 of the peaks against %2").arg(percent(dfBest), percent(m_dfShare));
+    const QString strFigures = shareFigures(dfBest);
     if (std::hypot(best->dfX, best->dfY) > g_dfBeamOff && dfBest > m_dfShare + g_dfClearly) {
         return hint(QStringLiteral("the direct beam is more likely at (%1, %2), moved by (%3, %4) "
                                    "pixels (%5)")
