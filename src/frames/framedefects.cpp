@@ -32,15 +32,19 @@ float lineLevel(const CImgObj<float>& img, int nLine, bool bColumn)
     const int nLength = bColumn ? img.Height() : img.Width();
     const int nStep = std::max(1, nLength / 128);
     std::vector<float> vec;
+    vec.reserve(size_t(nLength / nStep) + 1);
     for (int i = 0; i < nLength; i += nStep) {
         const float f = bColumn ? pixel(img, nLine, i) : pixel(img, i, nLine);
         if (isUsablePixel(f)) {
             vec.push_back(f);
         }
     }
-    std::sort(vec.begin(), vec.end());
-    double dfSum = 0;
     const size_t nFrom = vec.size() / 4, nTo = vec.size() - nFrom;
+    if (nFrom > 0) {
+        partAt(vec.data(), vec.data() + nFrom, vec.data() + vec.size());
+        partAt(vec.data() + nFrom, vec.data() + nTo, vec.data() + vec.size());
+    }
+    double dfSum = 0;
     for (size_t i = nFrom; i < nTo; ++i) {
         dfSum += double(vec[i]);
     }

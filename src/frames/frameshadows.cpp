@@ -2,10 +2,9 @@
 
 #include "frames/badpixels.h"
 #include "frames/blockoutline.h"
-#include "frames/median.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 
 namespace tessera {
 
@@ -26,18 +25,35 @@ struct Grid {
     size_t at(int x, int y) const { return size_t(y) * size_t(nWidth) + size_t(x); }
 };
 
+void orderRows(float* pfLess, float* pfMore, size_t n)
+{
+    for (size_t i = 0; i < n; ++i) {
+        const float fLess = std::min(pfLess[i], pfMore[i]);
+        pfMore[i] = std::max(pfLess[i], pfMore[i]);
+        pfLess[i] = fLess;
+    }
+}
+
 Grid gridOf(const std::vector<std::vector<float>>& vecFrame, int nWidth, int nHeight)
 {
     Grid grid = {
         (nWidth + g_nShadowBlock - 1) / g_nShadowBlock, (nHeight + g_nShadowBlock - 1) / g_nShadowBlock, {}};
     grid.vecLevel.resize(size_t(grid.nWidth) * size_t(grid.nHeight));
-    std::vector<float> vec;
-    for (size_t i = 0; i < grid.vecLevel.size(); ++i) {
-        vec.clear();
-        for (const std::vector<float>& vecBlock : vecFrame) {
-            vec.push_back(vecBlock[i]);
+    // Many blocks at once, as exchanges of whole rows of numbers take no branch: the smallest of each block
+    // comes first, then the second, up to the middle one.
+    const size_t nFrames = vecFrame.size(), nMany = 256;
+    std::vector<float> vecRow(nFrames * nMany);
+    for (size_t nFrom = 0; nFrom < grid.vecLevel.size(); nFrom += nMany) {
+        const size_t n = std::min(nMany, grid.vecLevel.size() - nFrom);
+        for (size_t f = 0; f < nFrames; ++f) {
+            std::copy_n(vecFrame[f].data() + nFrom, n, vecRow.data() + f * nMany);
         }
-        grid.vecLevel[i] = medianOf(vec);
+        for (size_t f = 0; f <= nFrames / 2; ++f) {
+            for (size_t g = f + 1; g < nFrames; ++g) {
+                orderRows(vecRow.data() + f * nMany, vecRow.data() + g * nMany, n);
+            }
+        }
+        std::copy_n(vecRow.data() + nFrames / 2 * nMany, n, grid.vecLevel.data() + nFrom);
     }
     return grid;
 }
@@ -95,21 +111,30 @@ std::vector<float> blockMeans(const CImgObj<float>& imgFrame)
     const int nWidth = imgFrame.Width(), nHeight = imgFrame.Height();
     const int nAcross = (nWidth + g_nShadowBlock - 1) / g_nShadowBlock;
     std::vector<float> vecMean;
+    vecMean.reserve(size_t(nAcross) * size_t((nHeight + g_nShadowBlock - 1) / g_nShadowBlock));
+    // Of the columns within a row of blocks; zeros follow the last one, up to a whole block.
     std::vector<float> vecSum;
     std::vector<int> vecCount;
     for (int nTop = 0; nTop < nHeight; nTop += g_nShadowBlock) {
-        vecSum.assign(size_t(nAcross), 0);
-        vecCount.assign(size_t(nAcross), 0);
+        vecSum.assign(size_t(nAcross) * g_nShadowBlock, 0);
+        vecCount.assign(size_t(nAcross) * g_nShadowBlock, 0);
+        float* const pfSum = vecSum.data();
+        int* const pnCount = vecCount.data();
         for (int y = nTop; y < std::min(nTop + g_nShadowBlock, nHeight); ++y) {
             const float* p = imgFrame.Data() + qint64(y) * nWidth;
             for (int x = 0; x < nWidth; ++x) {
-                const bool bGood = isUsablePixel(p[x]);
-                vecSum[size_t(x / g_nShadowBlock)] += bGood ? p[x] : 0;
-                vecCount[size_t(x / g_nShadowBlock)] += bGood ? 1 : 0;
+                pfSum[x] += isUsablePixel(p[x]) ? p[x] : 0;
+                pnCount[x] += isUsablePixel(p[x]) ? 1 : 0;
             }
         }
-        for (size_t i = 0; i < vecSum.size(); ++i) {
-            vecMean.push_back(vecCount[i] > 0 ? vecSum[i] / float(vecCount[i]) : 0);
+        for (size_t i = 0; i < vecSum.size(); i += g_nShadowBlock) {
+            float fSum = 0;
+            int nCount = 0;
+            for (size_t k = i; k < i + g_nShadowBlock; ++k) {
+                fSum += vecSum[k];
+                nCount += vecCount[k];
+            }
+            vecMean.push_back(nCount > 0 ? fSum / float(nCount) : 0);
         }
     }
     return vecMean;
@@ -121,16 +146,17 @@ QList<QPolygonF> findShadows(const std::vector<std::vector<float>>& vecFrame, in
         return {};
     }
     const Grid grid = gridOf(vecFrame, nWidth, nHeight);
-    std::vector<float> vecSorted = grid.vecLevel;
-    std::sort(vecSorted.begin(), vecSorted.end());
-    const size_t nMost = size_t(g_dfGreatestShare * double(vecSorted.size()));
+    const size_t nMost = size_t(g_dfGreatestShare * double(grid.vecLevel.size()));
+    std::vector<float> vecParted = grid.vecLevel;
+    std::nth_element(vecParted.begin(), vecParted.begin() + std::ptrdiff_t(nMost), vecParted.end());
+    const float fBrightest = vecParted[nMost];
+    const float fDarkest = *std::min_element(vecParted.begin(), vecParted.end());
     QList<QPolygonF> listShadow;
     std::vector<char> vecTaken(grid.vecLevel.size());
     size_t nTaken = 0;
     // From the darkest level upwards, so that a shadow does not take the slope of its edge along.
     std::vector<float> vecLevel;
-    for (float f = vecSorted[nMost]; f > 0 && f > vecSorted[0] && vecLevel.size() < 60;
-         f *= g_fThresholdStep) {
+    for (float f = fBrightest; f > 0 && f > fDarkest && vecLevel.size() < 60; f *= g_fThresholdStep) {
         vecLevel.push_back(f);
     }
     std::reverse(vecLevel.begin(), vecLevel.end());

@@ -5,6 +5,13 @@
 
 namespace tessera {
 
+/// Brings to a place the number that would stand there if all were sorted, with none greater before it and
+/// none less behind it: std::nth_element, several times as fast on hundreds of numbers or more.
+///
+/// Source: Hoare (1961), Commun. ACM 4, 321.
+/// @param pAt  from pFirst on, before pEnd
+void partAt(float* pFirst, float* pAt, float* pEnd);
+
 /// The upper median of numbers, at least one; leaves them in another order.
 float medianOf(std::vector<float>& vecNumber);
 

@@ -23,13 +23,27 @@ bool isNear(const std::vector<QPointF>& vecSpot, const QPointF& ptSpot, double d
                        [&](const QPointF& pt) { return squared(pt - ptSpot) < dfDistance * dfDistance; });
 }
 
+// The same for spots in the order of their columns.
+bool isNearInOrder(const std::vector<QPointF>& vecSpot, const QPointF& ptSpot, double dfDistance)
+{
+    auto it = std::lower_bound(vecSpot.begin(), vecSpot.end(), ptSpot.x() - dfDistance,
+                               [](const QPointF& pt, double dfX) { return pt.x() < dfX; });
+    for (; it != vecSpot.end() && it->x() <= ptSpot.x() + dfDistance; ++it) {
+        if (squared(*it - ptSpot) < dfDistance * dfDistance) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // Whether a spot of a frame has one at its place on half the other frames. Few frames do not tell.
+// @param vecFrame  with the spots in the order of their columns
 bool standsStill(const std::vector<std::vector<QPointF>>& vecFrame, size_t nFrame, const QPointF& ptSpot)
 {
     const double dfNear = 4;
     size_t nSeen = 0;
     for (size_t i = 0; i < vecFrame.size(); ++i) {
-        nSeen += i != nFrame && isNear(vecFrame[i], ptSpot, dfNear) ? 1 : 0;
+        nSeen += i != nFrame && isNearInOrder(vecFrame[i], ptSpot, dfNear) ? 1 : 0;
     }
     return vecFrame.size() >= 4 && 2 * nSeen >= vecFrame.size() - 1;
 }
@@ -54,12 +68,17 @@ double closestDistance(const std::vector<std::vector<QPointF>>& vecFrame, double
         const size_t n = std::min(vecSpot.size(), 4 * g_nMostSpots);
         vecFirst.emplace_back(vecSpot.begin(), vecSpot.begin() + std::ptrdiff_t(n));
     }
+    std::vector<std::vector<QPointF>> vecInOrder = vecFirst;
+    for (std::vector<QPointF>& vecSpot : vecInOrder) {
+        std::sort(vecSpot.begin(), vecSpot.end(),
+                  [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); });
+    }
     std::vector<double> vecDistance;
     for (size_t i = 0; i < vecFirst.size(); ++i) {
         std::vector<QPointF> vecKept;
         for (const QPointF& ptSpot : vecFirst[i]) {
             if (vecKept.size() < g_nMostSpots && !isNear(vecKept, ptSpot, std::max(3.0, dfOneSpot)) &&
-                !standsStill(vecFirst, i, ptSpot)) {
+                !standsStill(vecInOrder, i, ptSpot)) {
                 vecKept.push_back(ptSpot);
             }
         }
