@@ -3,7 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/frameshadows.h"
 #include "frames/median.h"
-#include "frames/seriessample.h"
+#include "frames/serieslook.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +14,6 @@ namespace tessera {
 
 namespace {
 
-const int g_nFramesLookedAt = 7;   // as few as tell what stands still from what moves
 const size_t g_nLeastFrames = 5;   // over which a reflection moves on
 const int g_nMostBorder = 6;       // columns or rows that a defect of the edge is wide at most
 const int g_nMostSpikes = 2000;    // of a frame; more is noise
@@ -103,7 +102,12 @@ void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
     }
     for (int y = 1; y + 1 < img.Height(); ++y) {
         const float* p = img.Data() + qint64(y) * nWidth;
-        for (int x = 1; x + 1 < nWidth; ++x) {
+        // Next to no row holds a spike: counting passes over it without a branch.
+        int nHigh = 0;
+        for (int x = 1; x < nWidth - 1; ++x) {
+            nHigh += (p[x] > p[x - 1] + fStep) & (p[x] > p[x + 1] + fStep) ? 1 : 0;
+        }
+        for (int x = 1; nHigh > 0 && x + 1 < nWidth; ++x) {
             if (p[x] > p[x - 1] + fStep && p[x] > p[x + 1] + fStep && standsAlone(img, x, y, fStep)) {
                 signs.listSpike.append(QPoint(x, y));
             }
@@ -297,13 +301,11 @@ QStringList tellDefects(const FrameDefects& defects)
 
 bool findFrameDefects(const DataSet& dataSet, CRunReport& report, FrameDefects& defects, int nJobs)
 {
-    std::vector<FrameSigns> vecFrame;
-    const auto makeLook = [] { return [](const CImgObj<float>& img) { return signsOfFrame(img); }; };
-    if (!forEachSampledFrame<FrameSigns>(dataSet, g_nFramesLookedAt, nJobs, report, makeLook,
-                                         [&](FrameSigns& signs) { vecFrame.push_back(std::move(signs)); })) {
+    SeriesLook look;
+    if (!lookAtSeries(dataSet, {true, false}, report, look, nJobs)) {
         return false;
     }
-    defects = defectsOf(vecFrame);
+    defects = std::move(look.defects);
     return true;
 }
 

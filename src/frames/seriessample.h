@@ -32,21 +32,22 @@ struct SampledFrame {
     CDeferredReport report;
 };
 
-/// Looks at the first image of at most nMost frames, nJobs of them side by side, and hands over what was seen
-/// in order.
+/// Looks at the first image of some frames, nJobs of them side by side, and hands over what was seen in
+/// order.
 ///
 /// A frame that cannot be read or has no pixels is passed over without a word, as the run that needs it
 /// tells; where none can be read, red lines say why.
-/// @param fnMakeLook  gives each thread its function, which makes a Result of an image
+/// @param vecFrame    numbers of the frames
+/// @param fnMakeLook  gives each thread its function, which makes a Result of an image and of its place in
+///                    vecFrame
 /// @param fnTake      called by the caller's thread
 /// @return false when the report asked to stop; false, with a red line, when memory is short
 template <class Result>
-bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunReport& report,
-                         const std::function<std::function<Result(const CImgObj<float>&)>()>& fnMakeLook,
-                         const std::function<void(Result& result)>& fnTake)
+bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, int nJobs, CRunReport& report,
+                    const std::function<std::function<Result(const CImgObj<float>&, int)>()>& fnMakeLook,
+                    const std::function<void(Result& result)>& fnTake)
 {
     const SeriesSnapshot series(dataSet);
-    const std::vector<int> vecFrame = sampledFrames(series.frameCount(), nMost);
     const auto makeWorker = [&] {
         return [&, fnLook = fnMakeLook()](int i) {
             const QString& strFile = series.listFrameFile[vecFrame[size_t(i)]];
@@ -56,7 +57,7 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
                 return frame;
             const CImgObj<float>& img = *vecImage.front();
             try {
-                frame.result = fnLook(img);
+                frame.result = fnLook(img, i);
             } catch (const std::bad_alloc&) {
                 const std::uint64_t nBytesPerPixel = 48;  // as much as hunting takes, or less
                 throw CShortMemory(QStringLiteral("%1: a look at the frame").arg(strFile),
@@ -80,6 +81,19 @@ bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunRepor
     if (vecUnread.size() == vecFrame.size())
         sayUnreadFrames(vecUnread, report);
     return true;
+}
+
+/// The same for at most nMost frames spread over the series, as by sampledFrames().
+template <class Result>
+bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunReport& report,
+                         const std::function<std::function<Result(const CImgObj<float>&)>()>& fnMakeLook,
+                         const std::function<void(Result& result)>& fnTake)
+{
+    const auto makeLook = [&] {
+        return [fnLook = fnMakeLook()](const CImgObj<float>& img, int) { return fnLook(img); };
+    };
+    return forEachFrameOf<Result>(sampledFrames(dataSet.m_listFrameFile.size(), nMost), dataSet, nJobs,
+                                  report, makeLook, fnTake);
 }
 
 }  // namespace tessera

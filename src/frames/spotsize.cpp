@@ -2,7 +2,7 @@
 
 #include "frames/badpixels.h"
 #include "frames/median.h"
-#include "frames/seriessample.h"
+#include "frames/serieslook.h"
 #include "frames/spotdistance.h"
 #include "frames/spotmoments.h"
 
@@ -14,7 +14,6 @@ namespace tessera {
 
 namespace {
 
-const int g_nFramesLookedAt = 12;
 const int g_nTile = 32;             // pixels: background and noise are looked at tile by tile
 const double g_dfDeviations = 7;    // of the noise: what stands higher is a spot
 const float g_fMeasurable = 10;     // what stands even higher can be measured
@@ -33,7 +32,8 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
 {
     const int nWidth = img.Width(), nHeight = img.Height();
     imgSmooth.Create(nWidth, nHeight);
-    imgSmooth.Clear();
+    std::fill_n(imgSmooth.Data(), nWidth, 0.f);
+    std::fill_n(imgSmooth.Data() + qint64(nHeight - 1) * nWidth, nWidth, 0.f);
     std::vector<float> vecColumn(static_cast<size_t>(nWidth));
     for (int y = 1; y + 1 < nHeight; ++y) {
         const float* pf = img.Data() + qint64(y) * nWidth;
@@ -41,6 +41,7 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
             vecColumn[size_t(x)] = pf[x - nWidth] + 2 * pf[x] + pf[x + nWidth];
         }
         float* pfSmooth = imgSmooth.Data() + qint64(y) * nWidth;
+        pfSmooth[0] = pfSmooth[nWidth - 1] = 0;
         for (int x = 1; x + 1 < nWidth; ++x) {
             const float* p = vecColumn.data() + x;
             pfSmooth[x] = (p[-1] + 2 * p[0] + p[1]) * 0.0625f;
@@ -51,18 +52,18 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
 // Spread of pixels of a rectangle: of every eighth one, by rows that take turns.
 RobustSpread spreadWithin(const CImgObj<float>& img, int nLeft, int nTop, int nSide)
 {
-    std::vector<float> vec;
-    vec.reserve(size_t(nSide) * size_t(nSide) / 8 + 1);
+    std::vector<float> vec(size_t(nSide / 4 + 1) * size_t(nSide / 2 + 1));
+    size_t nTaken = 0;
     const int nRight = std::min(nLeft + nSide, img.Width() - 1);
     const int nBottom = std::min(nTop + nSide, img.Height() - 1);
     for (int y = nTop; y < nBottom; y += 4) {
         for (int x = nLeft + (y / 4) % 2; x < nRight; x += 2) {
             const float f = img.Data()[qint64(y) * img.Width() + x];
-            if (isUsablePixel(f)) {
-                vec.push_back(f);
-            }
+            vec[nTaken] = f;
+            nTaken += isUsablePixel(f) ? 1 : 0;
         }
     }
+    vec.resize(nTaken);
     return robustSpread(std::move(vec));
 }
 
@@ -98,7 +99,13 @@ std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
             const float fLeast = float(double(vecTile[nTile].fMedian) + g_dfDeviations * dfDeviation);
             for (int y = nTop; y < std::min(nTop + g_nTile, nHeight - 1); ++y) {
                 const float* pf = imgSmooth.Data() + qint64(y) * nWidth;
-                for (int x = nLeft; x < std::min(nLeft + g_nTile, nWidth - 1); ++x) {
+                const int nRight = std::min(nLeft + g_nTile, nWidth - 1);
+                // Next to no piece of a row holds a spot: counting passes over it without a branch.
+                int nHigh = 0;
+                for (int x = nLeft; x < nRight; ++x) {
+                    nHigh += pf[x] > fLeast ? 1 : 0;
+                }
+                for (int x = nLeft; nHigh > 0 && x < nRight; ++x) {
                     if (pf[x] > fLeast && isMaximum(pf + x, nWidth)) {
                         vecCandidate.push_back(
                             {x, y, float((double(pf[x]) - double(vecTile[nTile].fMedian)) / dfDeviation)});
@@ -221,13 +228,11 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
 
 bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size, int nJobs)
 {
-    std::vector<FrameSpots> vecFrame;
-    const auto makeLook = [] { return [](const CImgObj<float>& img) { return spotsOfFrame(img); }; };
-    if (!forEachSampledFrame<FrameSpots>(dataSet, g_nFramesLookedAt, nJobs, report, makeLook,
-                                         [&](FrameSpots& spots) { vecFrame.push_back(std::move(spots)); })) {
+    SeriesLook look;
+    if (!lookAtSeries(dataSet, {false, true}, report, look, nJobs)) {
         return false;
     }
-    size = spotSizeOf(vecFrame);
+    size = look.size;
     return true;
 }
 

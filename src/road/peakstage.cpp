@@ -2,8 +2,8 @@
 
 #include "dataset/pagerounding.h"
 #include "frames/autothreshold.h"
-#include "frames/framedefects.h"
 #include "frames/peakhunting.h"
+#include "frames/serieslook.h"
 #include "frames/suggestpeaksearch.h"
 #include "road/takesuggestion.h"
 
@@ -24,44 +24,59 @@ int countPeaks(const QList<QList<Peak3D>>& listPeakFrame)
     return nCount;
 }
 
-/// Lets the hunting leave out what the frames show to be no measurement.
-/// @return false when the report asked to stop or memory is short
-bool leaveDefectsOut(RoadState& state)
+using Hunt = PeakHuntingParameters;
+
+GivenValues givenRadii(RoadOptions& options)
 {
-    const RoadOptions& options = state.options;
-    if (!options.bFindDefects || options.bWindowDefaults || !options.strMaskFile.isEmpty()) {
-        return true;
-    }
-    FrameDefects defects;
-    if (!findFrameDefects(state.dataSet, state.report, defects, options.jobs())) {
-        return false;
-    }
+    return {{&Hunt::m_dfPeakRadius, &options.dfPeakRadius},
+            {&Hunt::m_dfBackgroundRadius, &options.dfBackgroundRadius},
+            {&Hunt::m_dfIntegrationRadius, &options.dfIntegrationRadius},
+            {&Hunt::m_dfIntegrationBackground, &options.dfIntegrationBackground}};
+}
+
+/// Lets the hunting leave out what the frames show to be no measurement.
+void leaveDefectsOut(RoadState& state, const FrameDefects& defects)
+{
     for (const QString& strLine : tellDefects(defects)) {
         state.report.addMessage(strLine, Severity::Info);
     }
     state.dataSet.m_maskPeakHunting.listPolygon += maskOfDefects(defects).listPolygon;
     state.dataSet.m_listHotPixel += defects.listHotPixel;
-    return true;
 }
 
 /// Radii that nobody gave follow from the size of the spots; those of the page stay where there are none.
-/// @return false when the report asked to stop or memory is short
-bool chooseRadii(RoadState& state)
+void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const GivenValues& listGiven,
+               ParameterRecords& records)
 {
-    using Hunt = PeakHuntingParameters;
+    if (!size) {
+        state.report.addMessage(
+            QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
+                           "the peak search are those of the page."),
+            Severity::Info);
+    }
+    takeSuggestion(suggestPeakSearch(size, state.options.dfPeakRadius), listGiven, records, state.report);
+}
+
+/// What the frames themselves say of their defects and of the radii, where it is wanted.
+/// @return false when the report asked to stop or memory is short
+bool learnFromFrames(RoadState& state)
+{
     RoadOptions& options = state.options;
-    const GivenValues listGiven = {{&Hunt::m_dfPeakRadius, &options.dfPeakRadius},
-                                   {&Hunt::m_dfBackgroundRadius, &options.dfBackgroundRadius},
-                                   {&Hunt::m_dfIntegrationRadius, &options.dfIntegrationRadius},
-                                   {&Hunt::m_dfIntegrationBackground, &options.dfIntegrationBackground}};
+    const GivenValues listGiven = givenRadii(options);
     ParameterRecords records{};
-    std::get<PeakHuntingParameters*>(records) = &options.hunting;
-    if (!options.bWindowDefaults && anyIsOpen(listGiven)) {
-        Suggestion suggestion;
-        if (!suggestRadii(state.dataSet, state.report, suggestion, options.dfPeakRadius, options.jobs())) {
+    std::get<Hunt*>(records) = &options.hunting;
+    SeriesLookWanted wanted;
+    wanted.bDefects = options.bFindDefects && !options.bWindowDefaults && options.strMaskFile.isEmpty();
+    wanted.bSpotSize = !options.bWindowDefaults && anyIsOpen(listGiven);
+    if (wanted.bDefects || wanted.bSpotSize) {
+        SeriesLook look;
+        if (!lookAtSeries(state.dataSet, wanted, state.report, look, options.jobs())) {
             return false;
         }
-        takeSuggestion(suggestion, listGiven, records, state.report);
+        leaveDefectsOut(state, look.defects);
+        if (wanted.bSpotSize) {
+            takeRadii(state, look.size, listGiven, records);
+        }
     }
     takeGiven(listGiven, records);
     return true;
@@ -76,7 +91,7 @@ StageResult runPeakStage(RoadState& state)
     DataSet& dataSet = state.dataSet;
     CPeakFilters filters;
     PeakHuntingParameters& parameters = state.options.hunting;
-    if (!leaveDefectsOut(state) || !chooseRadii(state)) {
+    if (!learnFromFrames(state)) {
         return state.report.failed();
     }
     takeOver(state.options.dfPeakThreshold, parameters.m_dfPeakThreshold);
