@@ -87,7 +87,7 @@ TEST_F(Suggesting, NumbersOfThePeakSearchAreSetOnlyOnApply)
     EXPECT_LE(m_pSearch->m_pIntegrationRadiusSpin->value(), 3 * g_dfSigma + 1);
     EXPECT_GT(m_pSearch->m_pThresholdSpin->value(), 0);
     EXPECT_NE(m_pSearch->m_pThresholdSpin->value(), dfThreshold);
-    EXPECT_EQ(lines("Peak Radius is now 1.", Qt::black), 1) << log().toStdString();
+    EXPECT_EQ(lines("Peak Radius is now 1", Qt::black), 1) << log().toStdString();
     EXPECT_EQ(lines("2D Integration, Radius is now", Qt::black), 1) << log().toStdString();
 
     // A second click is the wish to stop, and brings no dialog.
@@ -234,7 +234,8 @@ TEST_F(Suggesting, AnUnknownAxisIsToldFoundAndTaken)
 {
     m_pFrames->m_pRotationAxisSpin->setValue(20);
     openWithoutAxis();
-    EXPECT_EQ(lines("the rotation axis is not known, and 20.0° is but the number of the page"), 1)
+    const QString strPage = QLocale::system().toString(20.0, 'f', 1) + "°";
+    EXPECT_EQ(lines("the rotation axis is not known, and " + strPage + " is but the number of the page"), 1)
         << log().toStdString();
     ASSERT_GT(m_pRaw->points().size(), 100);
     const Peak3D peakBefore = m_pRaw->points().last();
@@ -243,8 +244,9 @@ TEST_F(Suggesting, AnUnknownAxisIsToldFoundAndTaken)
     };
     const QStringList listAsked = search(QMessageBox::No);
     ASSERT_EQ(listAsked.size(), 1);
-    for (const char* pszText : {"20.0°", "The second maximum", "The sense of the rotation is"}) {
-        EXPECT_TRUE(listAsked[0].contains(pszText)) << listAsked[0].toStdString();
+    for (const QString& strText :
+         {strPage + " now", QString("The second maximum"), QString("The sense of")}) {
+        EXPECT_TRUE(listAsked[0].contains(strText)) << listAsked[0].toStdString();
     }
     EXPECT_EQ(m_pFrames->m_pRotationAxisSpin->value(), 20);
 

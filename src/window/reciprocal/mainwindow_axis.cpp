@@ -21,7 +21,7 @@ void MainWindow::tellUnknownAxis(CRunReport& report) const
         report.addMessage(
             tr("Warning: the rotation axis is not known, and %1° is but the number of the page. Evaluate the "
                "shifts, search the peaks, and use \"Tools\", \"Find Rotation Axis\"; or type it in.")
-                .arg(m_dataSet.m_dfRotationAxis, 0, 'f', 1),
+                .arg(m_locale.toString(m_dataSet.m_dfRotationAxis, 'f', 1)),
             Severity::Warning);
     }
 }
