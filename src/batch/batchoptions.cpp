@@ -311,12 +311,12 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
 {
     for (const QString& strList : reader.values(QStringLiteral("export"))) {
         for (const QString& strKind : strList.split(QLatin1Char(','))) {
-            if (!exportNames().contains(strKind)) {
+            const int nKind = exportNames().indexOf(strKind);
+            if (nKind < 0) {
                 reader.refuse(QStringLiteral("--export %1: not one of %2")
                                   .arg(strKind, exportNames().join(QStringLiteral(", "))));
-            }
-            if (!exports.listKind.contains(strKind)) {
-                exports.listKind.append(strKind);
+            } else if (!exports.listKind.contains(ExportKind(nKind))) {
+                exports.listKind.append(ExportKind(nKind));
             }
         }
     }

@@ -86,18 +86,18 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
                                                                    : exports.strPictureFolder;
     QStringList listFile;
     for (const QString& strFrame : dataSet.m_listFrameFile) {
-        if (exports.listKind.contains(QStringLiteral("smv"))) {
+        if (exports.listKind.contains(ExportKind::Smv)) {
             listFile.append(smvImageFile(dataSet.m_strProjectDir, strFrame));
         }
-        if (exports.listKind.contains(QStringLiteral("scaled"))) {
+        if (exports.listKind.contains(ExportKind::Scaled)) {
             listFile.append(scaledFrameFile(strFrame));
         }
-        if (exports.listKind.contains(QStringLiteral("pictures"))) {
+        if (exports.listKind.contains(ExportKind::Pictures)) {
             listFile.append(
                 seriesPictureFile(strPictures, strFrame, QLatin1Char('.') + exports.strPictureFormat));
         }
     }
-    if (exports.listKind.contains(QStringLiteral("volume"))) {
+    if (exports.listKind.contains(ExportKind::Volume)) {
         listFile.append(reciprocalVolumeFile(dataSet));
     }
     return listFile;

@@ -69,11 +69,12 @@ QString contradiction(const RoadOptions& o)
     if (exports.bOnly && exports.listKind.isEmpty()) {
         return QStringLiteral("--export-only needs --export");
     }
-    if (exports.listKind.contains(QStringLiteral("ipf")) && (exports.bOnly || o.stageTo < RoadStage::Index)) {
+    if (exports.listKind.contains(ExportKind::IndexedPeaks) &&
+        (exports.bOnly || o.stageTo < RoadStage::Index)) {
         return QStringLiteral("--export ipf needs the stage index");
     }
     const bool bMerged = !exports.bOnly && o.stageTo >= RoadStage::Merge;
-    if (o.bFindAxis && !bMerged && exports.listKind.contains(QStringLiteral("volume"))) {
+    if (o.bFindAxis && !bMerged && exports.listKind.contains(ExportKind::Volume)) {
         return QStringLiteral("--export volume with --axis auto needs the stage merge, which finds the axis");
     }
     if (o.nGroup >= 0 && o.stageFrom < RoadStage::Merge) {

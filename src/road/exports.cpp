@@ -85,19 +85,18 @@ bool exportIndexedPeaks(const DataSet& dataSet, CRunReport& report)
 
 }  // namespace
 
-bool writeExport(const QString& strKind, const ExportOptions& exports, const DataSet& dataSet,
-                 CRunReport& report)
+bool writeExport(ExportKind kind, const ExportOptions& exports, const DataSet& dataSet, CRunReport& report)
 {
-    switch (exportNames().indexOf(strKind)) {
-        case 0:
+    switch (kind) {
+        case ExportKind::Smv:
             return exportSMVImages(dataSet, report).end == RunEnd::Finished;
-        case 1:
+        case ExportKind::Scaled:
             return exportBinnedFrames(dataSet, exports.dfScale, report).end == RunEnd::Finished;
-        case 2:
+        case ExportKind::Volume:
             return exportVolume(exports, dataSet, report);
-        case 3:
+        case ExportKind::Pictures:
             return exportPictures(exports, dataSet, report);
-        case 4:
+        case ExportKind::IndexedPeaks:
             return exportIndexedPeaks(dataSet, report);
     }
     return false;

@@ -117,18 +117,19 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
 {
     const ExportOptions& exports = state.options.exports;
     QStringList listDone;
-    for (const QString& strKind : exports.listKind) {
+    for (const ExportKind kind : exports.listKind) {
+        const QString strKind = exportName(kind);
         QElapsedTimer timer;
         timer.start();
         roundToPages(state);
         state.report.beginPart(strKind);
         // A volume in the frame of an axis that nobody told would be a wrong one.
-        const bool bAxis = state.dataSet.m_bRotationAxisKnown || strKind != QLatin1String("volume");
+        const bool bAxis = state.dataSet.m_bRotationAxisKnown || kind != ExportKind::Volume;
         if (!bAxis) {
             state.report.fail(
                 QStringLiteral("A volume needs the rotation axis, which the stage merge finds."));
         }
-        const bool bDone = bAxis && writeExport(strKind, exports, state.dataSet, state.report);
+        const bool bDone = bAxis && writeExport(kind, exports, state.dataSet, state.report);
         listTime.append({strKind, secondsOf(timer)});
         if (bDone) {
             listDone.append(strKind);
