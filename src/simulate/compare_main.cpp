@@ -15,10 +15,8 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Compares the peak list (.pk), unit cell (.uc), refined basis (_refined.uc) and indexed peaks (.ipf) "
-        "of a simulated series with its truth.
-Of two crystals on the frames the cell may be of either, and "
-        "the indices are told for each.
-Exit status: 0 the lattice is right, 1 it is not, 2 wrong call or "
+        "of a simulated series with its truth.\nOf two crystals on the frames the cell may be of either, and "
+        "the indices are told for each.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or "
         "unreadable files."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
