@@ -90,7 +90,7 @@ CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matr
         setting.nVolumeRatio = nRatio;
         for (int i = 0; i < 3; ++i) {
             setting.adfTrue[size_t(i)] = triple.apVector[i]->dfLength;
-            setting.adfTrue[size_t(3 + i)] = triple.angle(i) * 180 / g_dfPi;
+            setting.adfTrue[size_t(i) + 3] = triple.angle(i) * 180 / g_dfPi;
         }
     };
     for (const LatticeVector& a : aList[0]) {

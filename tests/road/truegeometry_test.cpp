@@ -138,8 +138,9 @@ TEST(TrueGeometry, SpotsAreThoseOfThePlainSeriesMovedAndTheBeamStays)
         // The summit of the frame is the direct beam, where the shifts say.
         const std::vector<double> listPixel = expectedFrame(series, int(n));
         const long nTop = std::max_element(listPixel.begin(), listPixel.end()) - listPixel.begin();
-        EXPECT_NEAR(double(nTop % 256), dfBeamX, 0.55);
-        EXPECT_NEAR(double(nTop / 256), dfBeamY, 0.55);
+        const long nRow = nTop / 256, nColumn = nTop % 256;
+        EXPECT_NEAR(double(nColumn), dfBeamX, 0.55);
+        EXPECT_NEAR(double(nRow), dfBeamY, 0.55);
     }
     EXPECT_GT(nSame, 500);
     // A barrel draws in what lay beyond the frame.
