@@ -173,6 +173,8 @@ public slots:
     void loadPeakHuntingMask();
     /// Takes all polygons away.
     void clearPeakHuntingMask();
+    /// Takes the polygons away that are selected in the table of the page.
+    void removeSelectedMaskAreas();
     /// Shows or hides the polygons on the frame; the hunt heeds them either way.
     void showPeakHuntingMask(bool bShow);
 

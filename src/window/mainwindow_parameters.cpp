@@ -106,6 +106,8 @@ void MainWindow::connectPages()
             &MainWindow::loadPeakHuntingMask);
     connect(m_pPeakSearchPage->m_pClearMaskButton, &QPushButton::clicked, this,
             &MainWindow::clearPeakHuntingMask);
+    connect(m_pPeakSearchPage->m_pRemoveAreasAction, &QAction::triggered, this,
+            &MainWindow::removeSelectedMaskAreas);
     connect(m_pPeakSearchPage->m_pShowMaskCheck, &QCheckBox::toggled, this, &MainWindow::showPeakHuntingMask);
     connect(m_pPeakSearchPage->m_pShowPeaksCheck, &QCheckBox::toggled, this,
             &MainWindow::visualMoniteringPeakHuntingToggled);

@@ -211,6 +211,7 @@ TEST_F(Defective, AskBeforeTheyJoinAMaskAndChangeNothingOnNo)
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 1);
     EXPECT_FALSE(QFile::exists(path("hotpixels.txt")));
     EXPECT_EQ(lines("The mask stays as it was", Qt::black), 1);
+    const auto nShown = [this] { return marks<QGraphicsPolygonItem>(Qt::yellow).size(); };
     // A list that is there is added to; one that is not understood stays as it is.
     write("hotpixels.txt", "# mine\n1 3 4");
     find({QMessageBox::Yes, QMessageBox::Yes});
@@ -220,6 +221,14 @@ TEST_F(Defective, AskBeforeTheyJoinAMaskAndChangeNothingOnNo)
     EXPECT_EQ(listLine.mid(0, 2), QStringList({"# mine", "1 3 4"}));
     const int nPixels = listLine.size() - 1;
     EXPECT_EQ(listLine.last().section(' ', 0, 0).toInt(), nPixels);
+
+    EXPECT_EQ(nShown(), 2);
+    m_pSearch->m_pMaskTable->selectRow(0);
+    m_pSearch->m_pRemoveAreasAction->trigger();
+    EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 1);
+    ASSERT_EQ(nShown(), 1);
+    EXPECT_FALSE(marks<QGraphicsPolygonItem>(Qt::yellow)[0]->polygon().contains({10, 10}))
+        << "the other went";
 
     m_pWindow->openFiles({path("w.ed3d")});  // which reads the list
     EXPECT_EQ(lines(QString::number(nPixels) + " hot pixel positions loaded.", Qt::black), 1);

@@ -9,6 +9,7 @@
 
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QSet>
 #include <QTableWidget>
 
 namespace tessera {
@@ -50,6 +51,27 @@ void MainWindow::clearPeakHuntingMask()
     fillMaskTable();
     m_pMarks->setMask({});
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
+    refreshPeakMarks();
+}
+
+void MainWindow::removeSelectedMaskAreas()
+{
+    if (refuseDuringRun(tr("Changing the mask"))) {
+        return;
+    }
+    QList<QPolygonF>& listPolygon = m_dataSet.m_maskPeakHunting.listPolygon;
+    QSet<int> setRow;
+    for (const QModelIndex& index : m_pPeakSearchPage->m_pMaskTable->selectionModel()->selectedIndexes()) {
+        setRow.insert(index.row());
+    }
+    for (int nRow = listPolygon.size() - 1; nRow >= 0; --nRow) {
+        if (setRow.contains(nRow)) {
+            listPolygon.removeAt(nRow);
+        }
+    }
+    fillMaskTable();
+    m_pMarks->setMask(m_dataSet.m_maskPeakHunting);
+    showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
     refreshPeakMarks();
 }
 

@@ -3,6 +3,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
@@ -64,6 +65,11 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     auto* pMask = new QGroupBox(tr("Mask"), pSearch);
     auto* pMaskLayout = new QVBoxLayout(pMask);
     m_pMaskTable = makeMaskTable(pMask);
+    m_pRemoveAreasAction = new QAction(tr("Remove Selected"), m_pMaskTable);
+    m_pMaskTable->addAction(m_pRemoveAreasAction);
+    m_pMaskTable->setContextMenuPolicy(Qt::ActionsContextMenu);
+    explain(m_pRemoveAreasAction,
+            tr("Takes the selected polygons out of the mask; peaks are taken in them again."));
     pMaskLayout->addWidget(m_pMaskTable);
     auto* pMaskButtons = new QHBoxLayout;
     m_pLoadMaskButton = new QPushButton(tr("Load..."), pMask);
@@ -98,7 +104,7 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     m_pRunButton = makeRunButton(pSearch, tr("Run"), tr("Hunting peaks in diffraction patterns"), true);
     explain(m_pMaskTable,
             tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
-               "beam stop, ice rings and the rim of the detector."));
+               "beam stop, ice rings and the rim of the detector. A right click removes the selected ones."));
     explain(m_pLoadMaskButton,
             tr("Takes the polygons of a .msk file in the place of those that are there. Each line is "
                "\"number x y\" in pixels; corners of equal number make a polygon."));

@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+class QAction;
 class QCheckBox;
 class QDoubleSpinBox;
 class QPushButton;
@@ -23,6 +24,7 @@ public:
     QDoubleSpinBox* m_pThresholdSpin;
     QDoubleSpinBox* m_pSmoothRadiusSpin;  ///< "Integration Radius", hidden; the smoothing radius
     QTableWidget* m_pMaskTable;           ///< corners of each polygon; a row per polygon
+    QAction* m_pRemoveAreasAction;        ///< context menu of the table
     QPushButton* m_pLoadMaskButton;
     QPushButton* m_pClearMaskButton;
     QCheckBox* m_pShowMaskCheck;
