@@ -111,13 +111,32 @@ protected:
         WindowTest::SetUp();
         m_pWindow->show();
         m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
+        lookAt(s_pTruth->matBasis);
+    }
+    void lookAt(const Mat& matReciprocal)
+    {
         QByteArray bytes;
         for (size_t i = 0; i < 3; ++i) {
-            const Vector3& v = s_pTruth->matBasis[i];
+            const Vec& v = matReciprocal[i];
             bytes += QString::asprintf("%c* %.8f %.8f %.8f\n", int('a' + i), v[0], v[1], v[2]).toLatin1();
         }
         answered({write("in.uc", bytes)}, [this] { m_pWindow->loadUnitCell(); });
         m_pCell->m_pButtonLattices->click();
+    }
+    /// Whole combinations of the vectors, of the same volume, lead from the cell of the file to the lattice.
+    static void expectCellOf(const Mat& matLattice)
+    {
+        const QList<QByteArray> listWord = readBytes(s_pSeries->filePath("w.uc")).simplified().split(' ');
+        ASSERT_GE(listWord.size(), 12);
+        Mat mat{};
+        for (int i = 0; i < 9; ++i)
+            mat[size_t(i) / 3][size_t(i) % 3] =
+                listWord[listWord.size() - 12 + i / 3 * 4 + 1 + i % 3].toDouble();
+        const Mat matChange = mat * inverseOf(matLattice);
+        for (const Vec& row : matChange)
+            for (const double df : row)
+                EXPECT_NEAR(df, std::round(df), 0.06);
+        EXPECT_NEAR(std::abs(determinantOf(matChange)), 1, 0.05);
     }
     LatticesDialog& dialog() const { return dialogOf(*m_pWindow); }
     /// Lattice of the spot of the truth next to a peak, −1: none within two pixels.
@@ -168,17 +187,7 @@ TEST_F(TwoLattices, TheSecondOneIsChosenMergedAndIndexed)
         log().count("turned by"));
     EXPECT_TRUE(log().contains(dialog().m_pListLattices->item(1)->text()));
     choose(1);
-    // The lattice of the second crystal: whole combinations of its vectors, of the same volume.
-    const QList<QByteArray> listWord = readBytes(s_pSeries->filePath("w.uc")).simplified().split(' ');
-    ASSERT_GE(listWord.size(), 12);
-    Mat mat{};
-    for (int i = 0; i < 9; ++i)
-        mat[size_t(i) / 3][size_t(i) % 3] = listWord[listWord.size() - 12 + i / 3 * 4 + 1 + i % 3].toDouble();
-    const Mat matChange = mat * inverseOf(s_pTruth->matSecondBasis);
-    for (const Vec& row : matChange)
-        for (const double df : row)
-            EXPECT_NEAR(df, std::round(df), 0.06);
-    EXPECT_NEAR(std::abs(determinantOf(matChange)), 1, 0.05);
+    expectCellOf(s_pTruth->matSecondBasis);
     EXPECT_EQ(dialog().m_pListLattices->count(), 2);  // the other one can still be chosen
     ASSERT_GE(dialog().selectedType(), 0);
     EXPECT_EQ(textOf(dialog().m_pTableTypes, dialog().selectedType(), 0), "hP *");
@@ -199,6 +208,24 @@ TEST_F(TwoLattices, TheSecondOneIsChosenMergedAndIndexed)
     m_pCell->m_pTableReflectionSelection->selectRow(2);
     m_pCell->m_pButtonIndexMergedPeaks->click();
     EXPECT_LT(m_pTable->model()->rowCount(), 0.5 * nIndexed);
+}
+
+TEST_F(TwoLattices, ALongerCellThatThePeaksAskForIsTaken)
+{
+    Mat matShort = s_pTruth->matBasis;
+    for (double& df : matShort[2])
+        df *= 2;
+    lookAt(matShort);
+    EXPECT_FALSE(dialog().m_pButtonLongerCell->isEnabled());
+    int nRow = 0;
+    while (nRow < dialog().m_pListPoints->count() &&
+           !dialog().m_pListPoints->item(nRow)->text().contains("1/2"))  // of the shortest axes
+        ++nRow;
+    ASSERT_LT(nRow, dialog().m_pListPoints->count()) << log().right(2000).toStdString();
+    dialog().m_pListPoints->setCurrentRow(nRow);
+    dialog().m_pButtonLongerCell->click();
+    expectCellOf(s_pTruth->matBasis);
+    EXPECT_EQ(textOf(dialog().m_pTableTypes, dialog().selectedType(), 0), "hP *");
 }
 
 TEST_F(TwoLattices, ColoursAreThoseOfTheCrystalsAndGoWithoutATrace)
