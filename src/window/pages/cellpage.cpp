@@ -264,10 +264,11 @@ QGroupBox* CellPage::makeTransformation()
     pButtonLayout->addWidget(m_pButtonTransform);
     pLayout->addLayout(pButtonLayout);
     m_pButtonLattices = new QPushButton(tr("Lattices..."), pGroupTransformation);
-    explain(m_pButtonLattices,
-            tr("Looks at the lattice of the cell in force: the Bravais types that it fits, each with the matrix "
-               "to its conventional cell, whether a longer cell is asked for, and lattices of other crystals "
-               "in the peaks."));
+    explain(
+        m_pButtonLattices,
+        tr("Looks at the lattice of the cell in force: the Bravais types that it fits, each with the matrix "
+           "to its conventional cell, whether a longer cell is asked for, and lattices of other crystals "
+           "in the peaks."));
     pLayout->addWidget(m_pButtonLattices);
 
     explain(m_pButtonTest,
