@@ -25,6 +25,7 @@ namespace tessera {
 struct OpenResult {
     QString strName;  ///< of the project, or the first image without its suffix
     int nFrames = 0;
+    double dfTurn = 0;  ///< degrees between the least and the greatest tilt
 };
 
 struct ShiftResult {

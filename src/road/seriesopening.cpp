@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -129,6 +131,12 @@ void prepareFolderOfLog(RoadState& state)
     }
 }
 
+double turnOf(const QList<double>& listTilt)
+{
+    const auto range = std::minmax_element(listTilt.begin(), listTilt.end());
+    return listTilt.isEmpty() ? 0 : *range.second - *range.first;
+}
+
 }  // namespace
 
 StageResult openSeries(RoadState& state)
@@ -141,7 +149,8 @@ StageResult openSeries(RoadState& state)
     takeGeometry(state);
     const DataSet& dataSet = state.dataSet;
     state.strInputDir = dataSet.m_strProjectDir;
-    state.results.open = OpenResult{dataSet.m_strProjectName, dataSet.m_listFrameFile.size()};
+    state.results.open = OpenResult{dataSet.m_strProjectName, dataSet.m_listFrameFile.size(),
+                                    turnOf(dataSet.m_listOverallTilt)};
     StageResult result;
     if (dataSet.m_listFrameFile.isEmpty()) {
         result = state.report.refused(

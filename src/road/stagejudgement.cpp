@@ -14,6 +14,9 @@ namespace {
 // A right cell leaves out noise, other crystals and ice: of real series with a geometry that is a little off
 // it keeps about three quarters.
 const double SHARE_GOOD = 0.6;
+// Degrees: rocking curves are about as wide. Over less the edge along the beam rests on the curvature of the
+// sphere alone.
+const double LEAST_TURN = 1;
 // A search for a lattice needs some points along each axis.
 const int FEW_PEAKS = 50;
 
@@ -107,8 +110,17 @@ Judgement judgeCellResult(const RoadResults& results)
         return judged(RoadStage::Cell, Verdict::Doubtful,
                       QStringLiteral("No mapped peaks are there to hold it against."), 0);
     }
-    return judged(RoadStage::Cell, verdictOf(*cell.fit), fitText(*cell.fit) + QLatin1Char('.'),
-                  cell.fit->share());
+    const Judgement judgement = judged(RoadStage::Cell, verdictOf(*cell.fit),
+                                       fitText(*cell.fit) + QLatin1Char('.'), cell.fit->share());
+    const bool bStill = results.open && results.open->dfTurn < LEAST_TURN;
+    if (!bStill || judgement.verdict != Verdict::Good) {
+        return judgement;
+    }
+    return judged(
+        RoadStage::Cell, Verdict::Doubtful,
+        fitText(*cell.fit) + QStringLiteral("; but the tilts stand still, so the edge along the beam "
+                                            "is hardly known."),
+        judgement.dfFigure);
 }
 
 Judgement judgeIndexResult(const RoadResults& results)

@@ -42,7 +42,7 @@ protected:
     QJsonObject m_summary;
 };
 
-const QStringList g_listFile = {"hkl", "p4p", "ipf"};
+const QStringList g_listFile = {"uc", "hkl", "p4p", "ipf"};
 
 }  // namespace
 
@@ -62,6 +62,7 @@ TEST_F(Misfit, LeavesFormerFilesUnlessItIsAccepted)
     EXPECT_EQ(m_summary["failed"].toString(), "index");
     EXPECT_TRUE(m_summary["reason"].toString().contains("q.hkl")) << refused.strText.toStdString();
     EXPECT_TRUE(m_summary["reason"].toString().contains("--accept"));
+    EXPECT_TRUE(refused.strText.contains("former q.uc stays")) << refused.strText.toStdString();
     EXPECT_EQ(verdict("index"), "bad");
     EXPECT_NE(verdict("lattice"), "good");
     for (int i = 0; i < g_listFile.size(); ++i) {
