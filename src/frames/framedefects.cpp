@@ -168,6 +168,46 @@ QPolygonF rectangle(double dfLeft, double dfTop, double dfRight, double dfBottom
     return QPolygonF({{dfLeft, dfTop}, {dfRight, dfTop}, {dfRight, dfBottom}, {dfLeft, dfBottom}});
 }
 
+bool liesIn(const QList<QPolygonF>& listArea, const QPointF& pt)
+{
+    return std::any_of(listArea.begin(), listArea.end(),
+                       [&](const QPolygonF& polygon) { return polygon.containsPoint(pt, Qt::OddEvenFill); });
+}
+
+// Pieces of the edges that lie in no shadow while the pixels opposite do.
+QList<QPolygonF> wrappedEdges(const FrameDefects& defects)
+{
+    // Where frames are continued by their mirror image instead, of the peaks in the second line none stays,
+    // of those in the third most, and of those further in all; the first has no peaks.
+    const int nDepth = 2;
+    QList<QPolygonF> listPiece;
+    for (int nEdge = 0; nEdge < 4; ++nEdge) {  // left, right, upper, lower
+        const bool bUpright = nEdge < 2;
+        const int nLength = bUpright ? defects.nHeight : defects.nWidth;
+        const int nAcross = bUpright ? defects.nWidth : defects.nHeight;
+        const int nOwn = nEdge % 2 == 0 ? 0 : nAcross - 1;
+        const int nFrom = nEdge % 2 == 0 ? 0 : nAcross - nDepth;
+        const auto place = [&](int n, int nLine) { return bUpright ? QPointF(nLine, n) : QPointF(n, nLine); };
+        const auto isWrapped = [&](int n) {
+            return !liesIn(defects.listShadow, place(n, nOwn)) &&
+                   liesIn(defects.listShadow, place(n, nAcross - 1 - nOwn));
+        };
+        for (int n = 0; n < nLength; ++n) {
+            if (!isWrapped(n)) {
+                continue;
+            }
+            const int nFirst = n;
+            while (n < nLength && isWrapped(n)) {
+                ++n;
+            }
+            const double dfFirst = nFirst - 0.5, dfLast = n - 0.5, dfTop = nFrom - 0.5;
+            listPiece.append(bUpright ? rectangle(dfTop, dfFirst, dfTop + nDepth, dfLast)
+                                      : rectangle(dfFirst, dfTop, dfLast, dfTop + nDepth));
+        }
+    }
+    return listPiece;
+}
+
 QString tellRuns(const std::vector<LineRun>& vecRun)
 {
     QStringList list;
@@ -228,6 +268,7 @@ FrameDefects defectsOf(const std::vector<FrameSigns>& vecAll)
             vecMean.push_back(frame.vecBlockMean);
         }
         defects.listShadow = findShadows(vecMean, defects.nWidth, defects.nHeight);
+        defects.listWrapped = wrappedEdges(defects);
     }
     return defects;
 }
@@ -252,6 +293,7 @@ MaskData maskOfDefects(const FrameDefects& defects)
         }
     }
     mask.listPolygon += defects.listShadow;
+    mask.listPolygon += defects.listWrapped;
     return mask;
 }
 
@@ -278,16 +320,21 @@ QStringList tellDefects(const FrameDefects& defects)
                     .arg(QLatin1String(aszEdge[nEdge])));
         }
     }
-    for (const QPolygonF& polygon : defects.listShadow) {
-        const QRectF rc = polygon.boundingRect();
-        list.append(
-            QStringLiteral("Left out of the peak search: a shadow between (%1, %2) and (%3, %4), as of "
-                           "an aperture or a beam stop.")
-                .arg(std::max(0.0, std::ceil(rc.left())))
-                .arg(std::max(0.0, std::ceil(rc.top())))
-                .arg(std::min(defects.nWidth - 1.0, std::floor(rc.right())))
-                .arg(std::min(defects.nHeight - 1.0, std::floor(rc.bottom()))));
-    }
+    const auto tellAreas = [&](const QList<QPolygonF>& listArea, const QString& strLine) {
+        for (const QPolygonF& polygon : listArea) {
+            const QRectF rc = polygon.boundingRect();
+            list.append(strLine.arg(std::max(0.0, std::ceil(rc.left())))
+                            .arg(std::max(0.0, std::ceil(rc.top())))
+                            .arg(std::min(defects.nWidth - 1.0, std::floor(rc.right())))
+                            .arg(std::min(defects.nHeight - 1.0, std::floor(rc.bottom()))));
+        }
+    };
+    tellAreas(defects.listShadow,
+              QStringLiteral("Left out of the peak search: a shadow between (%1, %2) and (%3, %4), as of an "
+                             "aperture or a beam stop."));
+    tellAreas(defects.listWrapped,
+              QStringLiteral("Left out of the peak search: the edge between (%1, %2) and (%3, %4), as the "
+                             "opposite one lies in a shadow."));
     if (!defects.listHotPixel.isEmpty()) {
         QStringList listPlace;
         for (const QPoint& pt : defects.listHotPixel) {

@@ -38,7 +38,10 @@ struct FrameDefects {
     std::vector<LineRun> vecRow;       ///< such rows
     std::array<int, 4> anBorder = {};  ///< columns or rows along an edge: left, right, top, bottom
     QList<QPolygonF> listShadow;       ///< of an aperture or a beam stop, pixels
-    QList<QPoint> listHotPixel;        ///< column, row
+    /// Pieces of an edge whose opposite lies in a shadow, pixels. The transform of the hunting continues a
+    /// frame by its opposite edge, and the band-pass makes a ridge of peaks along the step between them.
+    QList<QPolygonF> listWrapped;
+    QList<QPoint> listHotPixel;  ///< column, row
 };
 
 /// Looks at one frame; any size.

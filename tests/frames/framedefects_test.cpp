@@ -1,4 +1,5 @@
 #include "frames/framedefects.h"
+#include "frames/framehunt.h"
 #include "frames/peakmask.h"
 #include "tests/frames/frameseries.h"
 
@@ -138,6 +139,34 @@ TEST(FrameDefects, ApertureAndBeamStopAreFound)
     });
     EXPECT_TRUE(isMasked(stop, 148, 40) && isMasked(stop, 148, 130));
     EXPECT_FALSE(isMasked(stop, 128, 40) || isMasked(stop, 170, 40) || isMasked(stop, 148, 160));
+}
+
+TEST(FrameDefects, AnEdgeOppositeAShadowIsLeftOutWhereTheTransformMakesPeaksOfIt)
+{
+    // An aperture that reaches the lower edge alone; on it no spots, but a light that ends with the frame.
+    const auto spoil = [](CImgObj<float>& img) {
+        for (int y = 0; y < g_nHeight; ++y) {
+            for (int x = 0; x < g_nWidth; ++x) {
+                at(img, x, y) = std::hypot(x - 150, y - 190) > 145 ? 0 : 100 + at(img, x, y);
+            }
+        }
+    };
+    const FrameDefects defects = defectsOfSeries(spoil);
+    ASSERT_EQ(defects.listWrapped.size(), 1);
+    EXPECT_TRUE(isMasked(defects, 150, g_nHeight - 1) && isMasked(defects, 150, g_nHeight - 2));
+    EXPECT_FALSE(isMasked(defects, 150, g_nHeight - 3) || isMasked(defects, 150, g_nHeight - 10));
+    CImgObj<float> img = soundFrame(9);
+    spoil(img);
+    PeakHuntingParameters parameters = radii(1.2, 3.2);
+    parameters.m_dfPeakThreshold = 15;
+    CPeakFilters filters;
+    FrameHuntWork work;
+    const auto peaksInLine = [&](int nY, const MaskData& mask) {
+        const FramePeaks peaks = huntFrame(img, parameters, mask, filters, work);
+        return peaks.listY.count(nY);
+    };
+    EXPECT_GT(peaksInLine(g_nHeight - 2, {}), 10);
+    EXPECT_EQ(peaksInLine(g_nHeight - 2, maskOfDefects(defects)), 0);
 }
 
 TEST(FrameDefects, HotPixelsAreThoseOfAllFrames)

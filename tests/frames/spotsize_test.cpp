@@ -1,7 +1,9 @@
-#include "frames/spotsize.h"
+#include "frames/median.h"
+#include "frames/serieslook.h"
 #include "frames/suggestpeaksearch.h"
 #include "tests/frames/frameseries.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace tessera {
@@ -94,18 +96,72 @@ TEST(SpotSize, SomeBadPixelsHideNoSpots)
     EXPECT_NEAR(size->dfSigma, 1.5, 0.1);
 }
 
-TEST(SpotSize, IsTheSameForEveryNumberOfJobs)
+TEST(SeriesLook, IsTheSameForEveryNumberOfJobsAndAsEachAlone)
 {
     FrameSeries series;
-    for (unsigned n = 0; n < 5; ++n) {
-        series.add(spottedFrame(1.5, 14, 300, n));
+    for (unsigned n = 0; n < 8; ++n) {
+        CImgObj<float> img = spottedFrame(1.5, 14, 300, n);
+        for (int y = 0; y < img.Height(); ++y) {
+            img.Data()[y * img.Width() + 77] = 20;
+        }
+        img.Data()[40 * img.Width() + 200] = 30000;
+        series.add(img);
     }
-    std::optional<SpotSize> one, four;
-    ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, one, 1));
-    ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, four, 4));
-    ASSERT_TRUE(one && four);
-    EXPECT_EQ(one->dfSigma, four->dfSigma);
-    EXPECT_EQ(one->dfClosest, four->dfClosest);
+    series.removeFrame(0);  // it is looked at, and not missed
+    SeriesLook one, four;
+    std::optional<SpotSize> size;
+    FrameDefects defects;
+    ASSERT_TRUE(lookAtSeries(series.dataSet, {}, series.report, one, 1));
+    ASSERT_TRUE(lookAtSeries(series.dataSet, {}, series.report, four, 4));
+    ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, size));
+    ASSERT_TRUE(findFrameDefects(series.dataSet, series.report, defects));
+    ASSERT_TRUE(one.size && four.size && size);
+    EXPECT_EQ(one.size->nFrames, 5);
+    for (const SpotSize& other : {*four.size, *size}) {
+        EXPECT_EQ(one.size->dfSigma, other.dfSigma);
+        EXPECT_EQ(one.size->dfClosest, other.dfClosest);
+        EXPECT_EQ(one.size->nSpots, other.nSpots);
+    }
+    EXPECT_EQ(one.defects.listHotPixel, QList<QPoint>({{200, 40}}));
+    EXPECT_EQ(tellDefects(one.defects).size(), 2);
+    EXPECT_EQ(tellDefects(one.defects), tellDefects(four.defects));
+    EXPECT_EQ(tellDefects(one.defects), tellDefects(defects));
+}
+
+TEST(SeriesLook, TakesNoMoreThanAFewOfTheFrames)
+{
+    for (const auto& [nFrames, nLookedAt] :
+         {std::pair(0, 0), {1, 1}, {5, 5}, {40, 6}, {49, 7}, {91, 13}, {400, 13}}) {
+        EXPECT_EQ(framesToLookAt(nFrames), nLookedAt) << nFrames;
+    }
+}
+
+TEST(Median, IsThatOfTheSortedNumbers)
+{
+    std::mt19937 random(5);
+    for (int nRange : {1, 3, 50, 1000000}) {  // from all alike to next to all different
+        for (size_t n : {size_t(1), size_t(2), size_t(17), size_t(128), size_t(1001)}) {
+            std::vector<float> vec(n);
+            for (float& f : vec) {
+                f = float(int(random() % unsigned(nRange)));
+            }
+            std::vector<float> vecSorted = vec;
+            std::sort(vecSorted.begin(), vecSorted.end());
+            for (const std::vector<float>& vecOrder :
+                 {vec, vecSorted, std::vector<float>(vecSorted.rbegin(), vecSorted.rend())}) {
+                std::vector<float> vecParted = vecOrder;
+                const size_t nAt = n / 3;
+                partAt(vecParted.data(), vecParted.data() + nAt, vecParted.data() + n);
+                EXPECT_EQ(vecParted[nAt], vecSorted[nAt]);
+                EXPECT_LE(*std::max_element(vecParted.begin(), vecParted.begin() + std::ptrdiff_t(nAt + 1)),
+                          vecSorted[nAt]);
+                std::sort(vecParted.begin(), vecParted.end());
+                EXPECT_EQ(vecParted, vecSorted);
+                vecParted = vecOrder;
+                EXPECT_EQ(medianOf(vecParted), vecSorted[n / 2]);
+            }
+        }
+    }
 }
 
 double valueOf(const Suggestion& suggestion, ParameterMember member)
