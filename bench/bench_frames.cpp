@@ -1,10 +1,15 @@
-// Peak hunting of one frame in memory, beside bare Fourier transforms of its size.
+// Peak hunting of one frame in memory, beside bare Fourier transforms of its size, and of a series, beside
+// the look at some of its frames that comes before.
 #include "frames/framehunt.h"
+#include "frames/peakhunting.h"
+#include "frames/serieslook.h"
+#include "imagefiles/mrcfile.h"
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
 #include <QFile>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 
 #include <algorithm>
@@ -72,6 +77,81 @@ void threeMeasuredTransforms(benchmark::State& state)
     fftwf_free(p);
 }
 BENCHMARK(threeMeasuredTransforms)->Unit(benchmark::kMillisecond);
+
+// Counts with a halo and 25 spots that move on from frame to frame, 512 × 512, 16 bit.
+bool writeSeriesFrame(int nFrame, const QString& strFile)
+{
+    const int nSide = 512, nReach = 6;
+    std::mt19937 random(unsigned(nFrame) + 1);
+    std::normal_distribution<double> noise(0, 8);
+    std::uniform_int_distribution<int> place(20, nSide - 21);
+    CImgObj<float> img;
+    img.Create(nSide, nSide);
+    for (int i = 0; i < nSide * nSide; ++i) {
+        const double dfR = std::hypot(i % nSide - 255, i / nSide - 252);
+        img.Data()[i] = float(60 + 2500 / (1 + dfR * dfR / 100) + noise(random));
+    }
+    for (int k = 0; k < 25; ++k) {
+        const int nX = place(random), nY = place(random);
+        for (int d = -nReach; d <= nReach; ++d)
+            for (int e = -nReach; e <= nReach; ++e)
+                img.Data()[(nY + e) * nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 4.5));
+    }
+    CImgObj<qint16> imgCounts;
+    return imgCounts.Set(img.Data(), nSide, nSide) && WriteMRC<qint16>({&imgCounts}, strFile);
+}
+
+// The first frames of one series on disk.
+DataSet seriesOfLength(int nFrames)
+{
+    static const QTemporaryDir dir;
+    DataSet dataSet;
+    dataSet.m_strProjectDir = dir.path();
+    dataSet.m_strProjectName = QStringLiteral("series");
+    for (int i = 0; i < nFrames; ++i) {
+        const QString strFile = dir.filePath(QStringLiteral("f%1.mrc").arg(i));
+        if (QFile::exists(strFile) || writeSeriesFrame(i, strFile))
+            dataSet.m_listFrameFile.append(strFile);
+    }
+    return dataSet;
+}
+
+void lookAtSeriesBeforeHunting(benchmark::State& state)
+{
+    const DataSet dataSet = seriesOfLength(int(state.range(0)));
+    CRunReport report;
+    SeriesLook look;
+    for (auto _ : state)
+        lookAtSeries(dataSet, {}, report, look);
+    state.counters["spots"] = look.size ? look.size->nSpots : 0;
+}
+BENCHMARK(lookAtSeriesBeforeHunting)
+    ->Arg(40)
+    ->Arg(120)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+
+// The yardstick of the look: it should take no more than a tenth.
+void huntSeriesAfterLook(benchmark::State& state)
+{
+    DataSet dataSet = seriesOfLength(int(state.range(0)));
+    CRunReport report;
+    PeakHuntingParameters parameters;
+    parameters.m_dfPeakRadius = 1.5;
+    parameters.m_dfBackgroundRadius = 4;
+    parameters.m_dfPeakThreshold = 15;
+    PeakHuntingOptions options;
+    options.bSave = false;
+    for (auto _ : state) {
+        CPeakFilters filters;
+        runPeakHunting(dataSet, parameters, filters, report, options);
+    }
+    int nPeaks = 0;
+    for (const QList<Peak3D>& listPeak : qAsConst(dataSet.m_listPeakFrame))
+        nPeaks += listPeak.size();
+    state.counters["peaks"] = nPeaks;
+}
+BENCHMARK(huntSeriesAfterLook)->Arg(40)->Arg(120)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
 
 struct PlanDestroy {
     void operator()(fftwf_plan plan) const { fftwf_destroy_plan(plan); }
