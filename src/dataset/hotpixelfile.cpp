@@ -44,8 +44,7 @@ bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel, Q
     });
 }
 
-// The one place of the project's hot pixels.
-static QString hotPixelFile(const DataSet& data)
+QString fileOfHotPixels(const DataSet& data)
 {
     return data.m_strProjectDir + QStringLiteral("/hotpixels.txt");
 }
@@ -88,10 +87,10 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
     const QList<QPoint> listNew = without(listHotPixel, data.m_listHotPixel);
     data.m_listHotPixel += listNew;
     QString strReason;
-    if (addToHotPixelFile(hotPixelFile(data), data.m_listHotPixel, &strReason)) {
+    if (addToHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, &strReason)) {
         report.addMessage(QStringLiteral("%L1 hot pixels are repaired from now on, and stand in %2.")
                               .arg(listNew.size())
-                              .arg(hotPixelFile(data)),
+                              .arg(fileOfHotPixels(data)),
                           Severity::Info);
     } else {
         report.addMessage(QStringLiteral("%L1 hot pixels are repaired until the data set is closed; they "
@@ -104,7 +103,7 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
 
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
 {
-    const bool bRead = readHotPixelFile(hotPixelFile(data), data.m_listHotPixel, pstrReason);
+    const bool bRead = readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, pstrReason);
     if (bRead)
         report.addMessage(QStringLiteral("%L1 hot pixel positions loaded.").arg(data.m_listHotPixel.size()));
     else

@@ -23,6 +23,9 @@ namespace tessera {
 [[nodiscard]] bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel,
                                      QString* pstrReason = nullptr);
 
+/// Name of the list of a data set: "hotpixels.txt" in the project's folder.
+QString fileOfHotPixels(const DataSet& data);
+
 /// Reads "hotpixels.txt" of the project's folder into m_listHotPixel and says how many there are, or that
 /// there are none; on failure the list stays as it was.
 /// @return whether the file was read

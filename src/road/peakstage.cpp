@@ -1,11 +1,15 @@
 #include "road/stages.h"
 
+#include "dataset/hotpixelfile.h"
 #include "dataset/pagerounding.h"
 #include "frames/autothreshold.h"
 #include "frames/peakhunting.h"
 #include "frames/serieslook.h"
 #include "frames/suggestpeaksearch.h"
 #include "road/takesuggestion.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -44,6 +48,27 @@ void leaveDefectsOut(RoadState& state, const FrameDefects& defects)
     state.dataSet.m_listHotPixel += defects.listHotPixel;
 }
 
+/// Offers the hot pixels to the runs and to the window that open this project later. They read the list that
+/// stands beside the project; a list that is there is the user's, and one in another folder nobody reads.
+void keepHotPixels(RoadState& state, const QList<QPoint>& listFound)
+{
+    const QString strFile = fileOfHotPixels(state.dataSet);
+    const QFileInfo file(strFile);
+    if (listFound.isEmpty() || file.exists() || file.isSymLink() ||
+        QDir(state.strInputDir).canonicalPath() != QDir(state.dataSet.m_strProjectDir).canonicalPath()) {
+        return;
+    }
+    QString strReason;
+    if (addToHotPixelFile(strFile, listFound, &strReason)) {
+        state.report.addMessage(
+            QStringLiteral("The hot pixels are listed in %1, for later runs and the window.").arg(strFile),
+            Severity::Info);
+    } else {
+        state.report.addMessage(QStringLiteral("The list of hot pixels was not written: %1").arg(strReason),
+                                Severity::Warning);
+    }
+}
+
 /// Radii that nobody gave follow from the size of the spots; those of the page stay where there are none.
 void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const GivenValues& listGiven,
                ParameterRecords& records)
@@ -58,8 +83,9 @@ void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const Give
 }
 
 /// What the frames themselves say of their defects and of the radii, where it is wanted.
+/// @param listHotPixel  takes the hot pixels that were found
 /// @return false when the report asked to stop or memory is short
-bool learnFromFrames(RoadState& state)
+bool learnFromFrames(RoadState& state, QList<QPoint>& listHotPixel)
 {
     RoadOptions& options = state.options;
     const GivenValues listGiven = givenRadii(options);
@@ -74,6 +100,7 @@ bool learnFromFrames(RoadState& state)
             return false;
         }
         leaveDefectsOut(state, look.defects);
+        listHotPixel = look.defects.listHotPixel;
         if (wanted.bSpotSize) {
             takeRadii(state, look.size, listGiven, records);
         }
@@ -91,7 +118,8 @@ StageResult runPeakStage(RoadState& state)
     DataSet& dataSet = state.dataSet;
     CPeakFilters filters;
     PeakHuntingParameters& parameters = state.options.hunting;
-    if (!learnFromFrames(state)) {
+    QList<QPoint> listHotPixel;
+    if (!learnFromFrames(state, listHotPixel)) {
         return state.report.failed();
     }
     takeOver(state.options.dfPeakThreshold, parameters.m_dfPeakThreshold);
@@ -120,6 +148,7 @@ StageResult runPeakStage(RoadState& state)
     if (peaks.nPeaks == 0) {
         return state.report.failed(QStringLiteral("No peaks were found on any frame."));
     }
+    keepHotPixels(state, listHotPixel);
     return outcome.strReason.isEmpty()
                ? StageResult()
                : state.report.notWritten(fileOfProject(dataSet, ResultFile::Peaks), outcome.strReason);

@@ -1,5 +1,6 @@
 // The stages as functions: stopped by a user, which the driver has no way for, and called out of their order.
 #include "road/stages.h"
+#include "dataset/hotpixelfile.h"
 #include "road/road.h"
 #include "road/roadjson.h"
 #include "road/seriesopening.h"
@@ -80,6 +81,37 @@ TEST_F(RoadStages, ThatAreStoppedLeaveNothingAndCanBeRunAgain)
         EXPECT_EQ(readBytes(m_dir.filePath("stopped/" + strFile)),
                   readBytes(m_dir.filePath("whole/" + strFile)))
             << strFile.toStdString();
+}
+
+TEST_F(RoadStages, HotPixelsThatWereFoundAreListedWhereLaterRunsReadThem)
+{
+    const QString strList = m_dir.filePath("hotpixels.txt");
+    QList<QPoint> listMade, listFound;
+    ASSERT_TRUE(readHotPixelFile(strList, listMade));
+    ASSERT_FALSE(listMade.isEmpty());
+    const QByteArray bytesMade = readBytes(strList);
+    const auto hunt = [&](const QString& strOut) {
+        RoadOptions to = options(strOut);
+        to.stageTo = RoadStage::Peaks;
+        CRecordingReport report;
+        DataSet data;
+        RoadState state(to, data, report);
+        runRoad(state);
+        EXPECT_TRUE(state.results.end.finished()) << state.results.end.strReason.toStdString();
+        return data.m_listHotPixel;
+    };
+    hunt("");
+    EXPECT_EQ(readBytes(strList), bytesMade);  // the user's stays
+    ASSERT_TRUE(QFile::remove(strList));
+    EXPECT_FALSE(hunt("elsewhere").isEmpty());
+    EXPECT_FALSE(QFile::exists(strList) || results("elsewhere").contains("hotpixels.txt"));
+    const QList<QPoint> listRepaired = hunt("");
+    ASSERT_TRUE(readHotPixelFile(strList, listFound));
+    EXPECT_EQ(listFound, listRepaired);
+    for (const QPoint& pt : listFound)
+        EXPECT_TRUE(listMade.contains(pt)) << pt.x() << ' ' << pt.y();
+    EXPECT_GE(listFound.size(), listMade.size() / 2);
+    EXPECT_EQ(hunt(""), listFound);
 }
 
 TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
