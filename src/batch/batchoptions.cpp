@@ -163,7 +163,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
         {"defects",
          "Look on some frames for rows, columns, edges and shadows that are no measurement, leave them out "
-         "of peak hunting, and repair hot pixels: auto or off; default auto, off with --mask and with "
+         "of peak hunting, and repair hot pixels, which are listed in hotpixels.txt beside the project if "
+         "there is none and the results go there: auto or off; default auto, off with --mask and with "
          "--window-defaults.",
          "auto|off"},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
