@@ -520,6 +520,8 @@ private:
     bool openReflectionList(const QString& strFileName);
     /// Takes what is left of the old data set off the window, when the core has opened a new one.
     void clearDataSet();
+    /// The same, and puts tables and pages to the new one.
+    void showDataSetAnew();
     void showFirstFrame();
     void showOpenedCell();
     void enterRecentSeries(const QStringList& listFile);
@@ -636,8 +638,24 @@ private:
     bool isFrameInUse();
     /// Handles waiting events, from which isPumping() keeps what a run has in use.
     void pumpEvents();
-    /// Runs `fn` and says in the log what it threw, as when memory runs out: no exception leaves a slot.
+    /// Runs `fn` and says in the log what it threw, as when memory runs out: for what has a state to put
+    /// back. What other slots throw ends in Application::notify().
     void guarded(const std::function<void()>& fn);
+    /// Cuts the signals of the pages, if they are connected: the boxes are set and nothing is computed anew.
+    class CQuietPages {
+    public:
+        explicit CQuietPages(MainWindow& window) : m_window(window), m_bConnected(window.m_bPanelConnected)
+        {
+            window.connectPanelSignals(false);
+        }
+        ~CQuietPages() { m_window.connectPanelSignals(m_bConnected); }
+        CQuietPages(const CQuietPages&) = delete;
+        CQuietPages& operator=(const CQuietPages&) = delete;
+
+    private:
+        MainWindow& m_window;
+        bool m_bConnected;
+    };
     /// Makes what happens while it lives a run under way.
     class CRunScope {
     public:

@@ -103,8 +103,9 @@ void MainWindow::openFiles(const QStringList& listFile)
         return;
     }
     m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
+    const OpenKind kind = openKind(listFile);
     try {
-        switch (openKind(listFile)) {
+        switch (kind) {
             case OpenKind::nothing:
                 break;
             case OpenKind::reflectionList:
@@ -118,8 +119,9 @@ void MainWindow::openFiles(const QStringList& listFile)
                 break;
         }
     } catch (...) {  // out of memory
-        connectPanelSignals(true);
         WindowReport(*this).addMessage(whatWasThrown(), Severity::Error);
+        if (kind == OpenKind::project || kind == OpenKind::images)
+            guarded([this] { showDataSetAnew(); });  // no view may stand for a series that is gone
     }
 }
 
@@ -153,17 +155,13 @@ bool MainWindow::openProject(const QString& strFileName)
     CRunScope scope(*this);
     WindowReport report(*this);
     QStringList listReason;
-    connectPanelSignals(false);
-    if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason, AxisLine::MayLack)) {
-        connectPanelSignals(true);
-        return false;
+    {
+        const CQuietPages quiet(*this);
+        if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason, AxisLine::MayLack))
+            return false;
+        stopImagePlay();
+        showDataSetAnew();
     }
-    stopImagePlay();
-    clearDataSet();
-    fillFileTable();
-    fillShiftTable();
-    syncParametersWithControls(false);
-    connectPanelSignals(true);
     pumpEvents();
 
     showFirstFrame();
@@ -189,19 +187,26 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     CRunScope scope(*this);
     WindowReport report(*this);
     QStringList listReason;
-    connectPanelSignals(false);
-    tessera::openImageFiles(m_dataSet, listFile, report, &listReason);
-    tellStretchingThatStays(m_dataSet, m_mapping, report);
-    clearDataSet();
-    fillFileTable();
-    fillShiftTable();
-    syncParametersWithControls(false);
-    connectPanelSignals(true);
+    {
+        const CQuietPages quiet(*this);
+        tessera::openImageFiles(m_dataSet, listFile, report, &listReason);
+        tellStretchingThatStays(m_dataSet, m_mapping, report);
+        showDataSetAnew();
+    }
     setWindowFilePath(displayName(listFile));
     showFirstFrame();
     showOpenedCell();
     for (const QString& strReason : qAsConst(listReason))
         report.addMessage(strReason);
+}
+
+void MainWindow::showDataSetAnew()
+{
+    const CQuietPages quiet(*this);
+    clearDataSet();
+    fillFileTable();
+    fillShiftTable();
+    syncParametersWithControls(false);
 }
 
 void MainWindow::clearDataSet()

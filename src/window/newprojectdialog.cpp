@@ -5,10 +5,10 @@
 #include "dataset/textlines.h"
 #include "imagefiles/frameformats.h"
 #include "records/wholefile.h"
+#include "window/guards.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
 
-#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -727,9 +727,11 @@ void NewProjectDialog::accept()
     const QString strFile = projectFile();
     if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason))
         return;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool bAlike = areFramesAlike(frames(), &strReason);
-    QApplication::restoreOverrideCursor();
+    bool bAlike = false;
+    {
+        const CWaitCursor wait;
+        bAlike = areFramesAlike(frames(), &strReason);
+    }
     if (!bAlike && !isAgreed(tr("%1. Create the project all the same?").arg(strReason)))
         return;
     if (QFileInfo::exists(strFile) &&

@@ -5,11 +5,11 @@
 #include "reciprocal/indexing.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
+#include "window/guards.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
 #include "window/windowreport.h"
 
-#include <QApplication>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QPushButton>
@@ -27,16 +27,13 @@ void MainWindow::runIndexing()
         return;
     CRunScope scope(*this);
     WindowReport report(*this);
-    QPushButton* pButton = m_pCellPage->m_pButtonIndexMergedPeaks;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    pButton->setEnabled(false);
+    const CWaitCursor wait;
+    const CDisabledWidget disabled(m_pCellPage->m_pButtonIndexMergedPeaks);
     const IndexingParameters indexing = m_indexing;
     guarded([&] {
         tessera::runIndexing(m_dataSet, listSelection, indexing, report,
                              [this](const IndexingResult& result) { showIndexing(result); });
     });
-    QApplication::restoreOverrideCursor();
-    pButton->setEnabled(true);
 }
 
 void MainWindow::showIndexing(const IndexingResult& result)

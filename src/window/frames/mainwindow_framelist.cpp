@@ -146,11 +146,9 @@ void MainWindow::setAutoContrast()
     double dfHigh = 0;
     if (!autoContrastLimits(img.Data(), img.Width() * img.Height(), &dfLow, &dfHigh))
         return;
-    const bool bConnected = m_bPanelConnected;
-    connectPanelSignals(false);
+    const CQuietPages quiet(*this);
     m_pFramesPage->m_pContrastMinSpin->setValue(dfLow);
     m_pFramesPage->m_pContrastMaxSpin->setValue(dfHigh);
-    connectPanelSignals(bConnected);
     m_bAutoContrastOnLoad = false;  // these limits hold for the series
 }
 

@@ -9,6 +9,7 @@
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
 #include "window/frameview/framemarks.h"
+#include "window/guards.h"
 #include "window/pages/framespage.h"
 #include "window/pages/mergingpage.h"
 #include "window/pages/view3dpage.h"
@@ -105,7 +106,7 @@ void MainWindow::peakReduction3D()
     WindowReport report(*this);
     // Positions relative to a beam that has moved since must not meet points of the former one.
     mapPeaksAnew(tr("They are mapped anew before merging."), report);
-    m_pMergingPage->m_pButtonMerge->setEnabled(false);
+    const CDisabledWidget disabled(m_pMergingPage->m_pButtonMerge);
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
     const std::vector<char> vecFlag =
@@ -115,7 +116,6 @@ void MainWindow::peakReduction3D()
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {
         report.addMessage(tr("The points of this group are no peaks of the data set. Nothing was merged."),
                           Severity::Error);
-        m_pMergingPage->m_pButtonMerge->setEnabled(true);
         return;
     }
     report.addMessage(tr("Merging the peaks of the group \"%1\" (%L2).")
@@ -131,7 +131,6 @@ void MainWindow::peakReduction3D()
         showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
         updatePeakTable(m_dataSet.m_listPeakMerged);
     });
-    m_pMergingPage->m_pButtonMerge->setEnabled(true);
 }
 
 void MainWindow::showRotationAxisLine()

@@ -1,0 +1,35 @@
+// Guards of widgets: what is off while they live is on again whichever way their scope ends.
+#pragma once
+
+#include <QApplication>
+#include <QPointer>
+#include <QWidget>
+
+namespace tessera {
+
+/// Shows the cursor that waits.
+class CWaitCursor {
+public:
+    CWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~CWaitCursor() { QApplication::restoreOverrideCursor(); }
+    CWaitCursor(const CWaitCursor&) = delete;
+    CWaitCursor& operator=(const CWaitCursor&) = delete;
+};
+
+/// Keeps a widget, such as the button of a run, from being used.
+class CDisabledWidget {
+public:
+    explicit CDisabledWidget(QWidget* pWidget) : m_pWidget(pWidget) { pWidget->setEnabled(false); }
+    ~CDisabledWidget()
+    {
+        if (m_pWidget)
+            m_pWidget->setEnabled(true);
+    }
+    CDisabledWidget(const CDisabledWidget&) = delete;
+    CDisabledWidget& operator=(const CDisabledWidget&) = delete;
+
+private:
+    QPointer<QWidget> m_pWidget;
+};
+
+}  // namespace tessera
