@@ -1,4 +1,5 @@
 // The program `tessera`: the window, and what the command line asks it to open.
+#include "window/application.h"
 #include "window/mainwindow.h"
 
 #include <QApplication>
@@ -30,7 +31,7 @@ int main(int argc, char** argv)
     Q_INIT_RESOURCE(tessera);
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    Application application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Lumenarc"));
     QCoreApplication::setApplicationName(QStringLiteral("Tessera"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TESSERA_VERSION));

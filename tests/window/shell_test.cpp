@@ -1,5 +1,6 @@
 // The shell of the window: settings, keys, zoom, the ways of opening, and the command line.
 #include "tests/window/windowtest.h"
+#include "window/guards.h"
 
 #include <sys/stat.h>
 
@@ -240,6 +241,32 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     QFile::rename(path("f0.png"), path("frame.0"));  // a picture by its content
     m_pWindow->openFiles({path("frame.0")});
     EXPECT_EQ(pFiles->rowCount(), 1);
+}
+
+TEST_F(Shell, GoesOnAfterWhatASlotThrows)
+{
+    int nAfter = 0;
+    QPushButton button(m_pWindow.get());
+    QObject::connect(&button, &QPushButton::clicked, [] { throw std::bad_alloc(); });
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(lines("Error: std::bad_alloc"), 1) << log().toStdString();
+    // From the event loop, where the receiver is no widget of the window; what comes later is still done.
+    QObject other;
+    QTimer::singleShot(0, &other, [] { throw std::runtime_error("amid a timer"); });
+    QTimer::singleShot(0, &other, [&] { ++nAfter; });
+    QTRY_COMPARE_WITH_TIMEOUT(nAfter, 1, 1000);
+    EXPECT_EQ(lines("Error: amid a timer"), 1) << log().toStdString();
+    // A run whose slot throws leaves its button and the cursor as they were.
+    {
+        const auto run = [&] {
+            const CDisabledWidget disabled(&button);
+            const CWaitCursor wait;
+            throw std::bad_alloc();
+        };
+        EXPECT_THROW(run(), std::bad_alloc);
+    }
+    EXPECT_TRUE(button.isEnabled());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
 TEST_F(Shell, TheProgramOpensWhatItsCommandLineNames)
