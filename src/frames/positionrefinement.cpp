@@ -2,6 +2,7 @@
 
 #include "crystal/reflectionindices.h"
 #include "frames/framerun.h"
+#include "geometry/angles.h"
 #include "geometry/rotationgeometry.h"
 #include "imaging/peakfit2d.h"
 #include "records/runends.h"
@@ -159,9 +160,7 @@ QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const
     const double dfRX = dfStretching * ptFromBeam.x();  // may be infinite, which a QPointF takes as well
     const double dfRY = dfStretching * ptFromBeam.y();
     const double dfR = std::sqrt(dfRX * dfRX + dfRY * dfRY);
-    double dfAzimuth = std::atan2(-dfRY, dfRX) * 180 / M_PI;
-    if (dfAzimuth < 0)
-        dfAzimuth += 360;
+    const double dfAzimuth = screenAzimuth360(dfRX, dfRY);
     const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
     const double dfIndex = std::sqrt(double(nH) * nH + double(nK) * nK + double(nL) * nL);
     return QStringLiteral(

@@ -1,15 +1,12 @@
 #include "imaging/peakfit2d.h"
 
 #include "imaging/lmdiffit.h"
+#include "imaging/sidebyside.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstddef>
-#include <exception>
 #include <limits>
-#include <mutex>
-#include <thread>
 
 namespace tessera {
 
@@ -149,31 +146,11 @@ std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vec
     if (vecX.size() != vecY.size())
         return {};
     std::vector<std::vector<double>> vecResult(vecX.size());
-    std::atomic<std::size_t> nNext{0};
-    std::exception_ptr pException;
-    std::mutex mutex;
-    const auto work = [&] {
-        try {
-            for (std::size_t i = nNext++; i < vecResult.size(); i = nNext++)
-                vecResult[i] = FitPeak2D(img, vecX[i], vecY[i], nHalfSize, dfSaturation, bConstantBackground);
-        } catch (...) {
-            const std::lock_guard<std::mutex> lock(mutex);
-            pException = std::current_exception();
-        }
+    const auto fit = [&](int n) {
+        const auto i = std::size_t(n);
+        vecResult[i] = FitPeak2D(img, vecX[i], vecY[i], nHalfSize, dfSaturation, bConstantBackground);
     };
-    std::vector<std::thread> vecThread;
-    const std::size_t nThreads = std::min(std::size_t(std::max(nJobs, 1)), vecResult.size());
-    try {
-        for (std::size_t i = 1; i < nThreads; i++)
-            vecThread.emplace_back(work);
-    } catch (const std::exception&) {
-        // fewer threads than asked for do the same work
-    }
-    work();
-    for (std::thread& thread : vecThread)
-        thread.join();
-    if (pException)
-        std::rethrow_exception(pException);
+    sideBySide(int(vecResult.size()), nJobs, [&] { return FnPiece(fit); });
     return vecResult;
 }
 

@@ -1,7 +1,7 @@
 #include "lattice/axiscurve.h"
 
+#include "imaging/sidebyside.h"
 #include "lattice/latticesharpness.h"
-#include "lattice/sidebyside.h"
 
 #include <algorithm>
 #include <cmath>

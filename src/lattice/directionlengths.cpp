@@ -2,7 +2,7 @@
 
 #include "geometry/angles.h"
 #include "imaging/fftwplanner.h"
-#include "lattice/sidebyside.h"
+#include "imaging/sidebyside.h"
 
 #include <fftw3.h>
 

@@ -1,7 +1,7 @@
 #include "lattice/latticerows.h"
 
 #include "geometry/angles.h"
-#include "lattice/sidebyside.h"
+#include "imaging/sidebyside.h"
 
 #include <algorithm>
 #include <bitset>

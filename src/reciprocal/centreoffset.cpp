@@ -1,6 +1,7 @@
 #include "reciprocal/centreoffset.h"
 
 #include "crystal/reflectionindices.h"
+#include "geometry/angles.h"
 
 #include <array>
 #include <cmath>
@@ -13,7 +14,7 @@ namespace tessera {
 namespace {
 
 constexpr size_t g_nUnknowns = 11;
-constexpr double g_dfRadian = 3.141592653589793 / 180;
+constexpr double g_dfRadian = g_dfPi / 180;
 using Row = std::array<double, g_nUnknowns>;
 
 /// Inverts a symmetric positive matrix in place by Gauss and Jordan, on a scale where its diagonal

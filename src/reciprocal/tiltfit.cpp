@@ -2,6 +2,7 @@
 
 #include "crystal/ewald.h"
 #include "crystal/reflectionindices.h"
+#include "geometry/angles.h"
 #include "imaging/lmdiffit.h"
 
 #include <limits>
@@ -10,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfDegreesPerRadian = 180 / 3.141592653589793;
+constexpr double g_dfDegreesPerRadian = 180 / g_dfPi;
 
 // What a fit hands to its residuals.
 struct Context {

@@ -1,4 +1,4 @@
-#include "lattice/sidebyside.h"
+#include "imaging/sidebyside.h"
 
 #include <algorithm>
 #include <atomic>
