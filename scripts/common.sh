@@ -8,7 +8,7 @@ JOBS=${JOBS:-$(nproc)}
 WERROR=$([ -n "${CI:-}" ] && echo ON || echo OFF)
 
 PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
-              libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev libeigen3-dev gemmi-dev
+              libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev libeigen3-dev gemmi-dev libceres-dev
               qt5-image-formats-plugins fonts-dejavu-core)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev libglu1-mesa-dev xvfb xauth
                python3-fabio python3-gemmi python3-mrcfile python3-numpy python3-pil)

@@ -1,0 +1,81 @@
+#include "geometry/diffractiongeometry.h"
+
+namespace tessera {
+
+namespace {
+
+/// A place that is undistorted to the given one, by repeated correction; each shrinks the error to the part
+/// that the distortion is of the place.
+std::optional<FramePlace> distorted(const DiffractionGeometry& geometry, double dfX, double dfY)
+{
+    const int nSteps = 60;
+    const double dfEnough = 1e-10;  // pixels
+    FramePlace place = {dfX + geometry.plane.centreX, dfY + geometry.plane.centreY};
+    for (int n = 0; n < nSteps; ++n) {
+        const std::array<double, 2> flat = undistorted(geometry.plane, geometry.dfRadius, place);
+        place.dfX += dfX - flat[0];
+        place.dfY += dfY - flat[1];
+        if (std::hypot(dfX - flat[0], dfY - flat[1]) < dfEnough) {
+            return place;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+DoubleVector pointOfPlace(const DiffractionGeometry& geometry, const FramePlace& place, double dfTilt)
+{
+    const std::array<double, 3> seen = spherePoint(geometry.plane, geometry, place);
+    const std::array<double, 9> turn = turnToLaboratory(geometry.turn, geometry.dfMiddleTilt, dfTilt);
+    DoubleVector point;
+    for (size_t n = 0; n < 3; ++n) {
+        point[n] = turn[n] * seen[0] + turn[n + 3] * seen[1] + turn[n + 6] * seen[2];
+    }
+    return point;
+}
+
+DoubleVector laboratoryPoint(const DiffractionGeometry& geometry, const DoubleVector& index, double dfTilt)
+{
+    const std::array<double, 9> turn = turnToLaboratory(geometry.turn, geometry.dfMiddleTilt, dfTilt);
+    DoubleVector point;
+    for (size_t n = 0; n < 3; ++n) {
+        point[n] = index[0] * geometry.aBasis[0][n] + index[1] * geometry.aBasis[1][n] +
+                   index[2] * geometry.aBasis[2][n];
+    }
+    return {turn[0] * point[0] + turn[1] * point[1] + turn[2] * point[2],
+            turn[3] * point[0] + turn[4] * point[1] + turn[5] * point[2],
+            turn[6] * point[0] + turn[7] * point[1] + turn[8] * point[2]};
+}
+
+std::optional<FramePlace> placeOfReflection(const DiffractionGeometry& geometry, const DoubleVector& index,
+                                            double dfTilt)
+{
+    const DoubleVector point = laboratoryPoint(geometry, index, dfTilt);
+    const double dfK = 1 / geometry.dfWavelength;
+    const double dfRest = dfK * dfK - point[0] * point[0] - point[1] * point[1];
+    if (!(dfRest > 0)) {
+        return std::nullopt;
+    }
+    const double dfScale = dfK / std::sqrt(dfRest) / geometry.dfPixelSize;
+    const double dfAngle = radians(geometry.plane.axis);
+    const double dfCos = std::cos(dfAngle);
+    const double dfSin = std::sin(dfAngle);
+    return distorted(geometry, dfScale * (dfCos * point[0] + dfSin * point[1]),
+                     dfScale * (dfCos * point[1] - dfSin * point[0]));
+}
+
+DoubleVector indicesOfPoint(const DiffractionGeometry& geometry, const DoubleVector& point)
+{
+    const auto& [a, b, c] = geometry.aBasis;
+    const double dfVolume = dot(a, cross(b, c));
+    return {dot(point, cross(b, c)) / dfVolume, dot(point, cross(c, a)) / dfVolume,
+            dot(point, cross(a, b)) / dfVolume};
+}
+
+Distortion distortionOf(double dfCos, double dfSin)
+{
+    return {std::hypot(dfCos, dfSin), degrees(std::atan2(dfSin, dfCos)) / 2};
+}
+
+}  // namespace tessera

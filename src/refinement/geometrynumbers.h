@@ -1,0 +1,77 @@
+// GeometryNumbers: the geometry of a series as one row of numbers, each of which may be free in a fit.
+#pragma once
+
+#include "geometry/diffractiongeometry.h"
+
+#include <QString>
+
+#include <array>
+#include <vector>
+
+namespace tessera {
+
+/// The places of the numbers in the row.
+enum GeometryNumber {
+    CellFirst = 0,  ///< nine numbers: see CellForm
+    CellLast = 8,
+    Axis,               ///< degrees
+    CentreX,            ///< pixels
+    CentreY,            ///< pixels
+    StretchingCos,      ///< fraction, amplitude·cos 2φ, φ counted on the screen
+    StretchingSin,      ///< fraction
+    EllipseAlong,       ///< fraction, amplitude·cos 2(φ − φ₀) with φ₀ the axis as the fit began
+    EllipseAcross,      ///< fraction, amplitude·sin 2(φ − φ₀)
+    ThirdOrderRadial,   ///< fraction at the reference radius
+    ThirdOrderSpiral,   ///< fraction at the reference radius
+    TiltScale,          ///< factor
+    TiltOffset,         ///< degrees
+    AxisOutOfPlane,     ///< degrees
+    GeometryNumbersEnd  ///< how many there are
+};
+
+using GeometryNumbers = std::array<double, GeometryNumbersEnd>;
+
+inline bool isOfCell(int nNumber)
+{
+    return nNumber <= CellLast;
+}
+
+/// What a summary calls a number: "axis", "centreX"; those of the cell are "cell1" to "cell9".
+QString geometryNumberName(int nNumber);
+
+/// The terms of the plane and of the turn from nine and three numbers (those from Axis to ThirdOrderSpiral
+/// and those from TiltScale on), in a scalar that may carry derivatives.
+/// @param dfCos, dfSin  cos 2φ₀ and sin 2φ₀
+template <class T>
+PlaneTerms<T> planeTermsOf(const std::array<T, 9>& number, double dfCos, double dfSin)
+{
+    const auto at = [&](GeometryNumber which) { return number[size_t(which - Axis)]; };
+    PlaneTerms<T> terms;
+    terms.axis = at(Axis);
+    terms.centreX = at(CentreX);
+    terms.centreY = at(CentreY);
+    terms.stretchingCos = at(StretchingCos);
+    terms.stretchingSin = at(StretchingSin);
+    terms.ellipseCos = at(EllipseAlong) * dfCos - at(EllipseAcross) * dfSin;
+    terms.ellipseSin = at(EllipseAlong) * dfSin + at(EllipseAcross) * dfCos;
+    terms.radial = at(ThirdOrderRadial);
+    terms.spiral = at(ThirdOrderSpiral);
+    return terms;
+}
+
+template <class T>
+TurnTerms<T> turnTermsOf(const std::array<T, 3>& number)
+{
+    TurnTerms<T> terms;
+    terms.scale = number[0];
+    terms.offset = number[1];
+    terms.outOfPlane = number[2];
+    return terms;
+}
+
+/// The numbers but for those of the cell, which stay 0.
+GeometryNumbers numbersOf(const DiffractionGeometry& geometry, double dfAzimuthZero);
+/// Puts the numbers but for those of the cell into a geometry.
+void setNumbers(DiffractionGeometry& geometry, const GeometryNumbers& numbers, double dfAzimuthZero);
+
+}  // namespace tessera

@@ -1,0 +1,268 @@
+#include "refinement/geometryrefinement.h"
+
+#include "refinement/bravaisfit.h"
+#include "refinement/geometryrounds.h"
+#include "refinement/geometryterms.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+const int FEWEST_PEAKS = 20;
+const int MOST_ROUNDS = 10;
+// Of indices spread at random an eighth lies as near to whole ones as the last tolerance has it.
+const double INDEX_TOLERANCES[] = {0.4, 0.32, 0.25};
+// Less than this part of the peaks is no majority for any geometry.
+const double LEAST_SHARE = 1.0 / 3;
+
+bool isFinite(const GeometrySpot& spot)
+{
+    return std::isfinite(spot.place.dfX) && std::isfinite(spot.place.dfY) && std::isfinite(spot.dfTilt) &&
+           std::isfinite(spot.dfWeight) && spot.nFrame >= 0;
+}
+
+bool isUsable(const DiffractionGeometry& geometry)
+{
+    const auto& [a, b, c] = geometry.aBasis;
+    const double dfVolume = dot(a, cross(b, c));
+    const double dfEdges = std::sqrt(dot(a, a) * dot(b, b) * dot(c, c));
+    return std::isfinite(geometry.plane.axis) && geometry.dfWavelength > 0 && geometry.dfPixelSize > 0 &&
+           geometry.dfRadius > 0 && std::isfinite(dfVolume) && std::abs(dfVolume) > 1e-6 * dfEdges;
+}
+
+bool liesInPlane(const GeometryWork& work)
+{
+    Eigen::Matrix3d matSum = Eigen::Matrix3d::Zero();
+    for (const int n : work.listUsed) {
+        const DoubleVector index = realIndices(work.listSpot[size_t(n)]);
+        const Eigen::Vector3d vec(index[0], index[1], index[2]);
+        matSum += vec * vec.transpose();
+    }
+    const Eigen::FullPivLU<Eigen::Matrix3d> lu(matSum);
+    return lu.rank() < 3;
+}
+
+double tiltRange(const std::vector<GeometrySpot>& listSpot)
+{
+    const auto [itLow, itHigh] = std::minmax_element(
+        listSpot.begin(), listSpot.end(),
+        [](const GeometrySpot& one, const GeometrySpot& other) { return one.dfTilt < other.dfTilt; });
+    return itHigh->dfTilt - itLow->dfTilt;
+}
+
+/// What every geometry has: the cell, the axis, the beam and the stretching.
+std::vector<int> usualNumbers(const GeometryRefinementOptions& options, std::vector<FixedNumber>& listFixed)
+{
+    std::vector<int> listNumber;
+    for (int n = CellFirst; n <= StretchingSin; ++n) {
+        const auto& listAsked = options.listFixed;
+        if (isOfCell(n) || std::find(listAsked.begin(), listAsked.end(), n) == listAsked.end()) {
+            listNumber.push_back(n);
+        } else {
+            listFixed.push_back({n, QStringLiteral("was not asked for")});
+        }
+    }
+    return listNumber;
+}
+
+/// Indices and used spots, to see whether a round changed something.
+std::vector<int> stateOf(const GeometryWork& work)
+{
+    std::vector<int> listState = work.listUsed;
+    for (const int n : work.listUsed) {
+        const auto& anIndex = work.listSpot[size_t(n)].anIndex;
+        listState.insert(listState.end(), anIndex.begin(), anIndex.end());
+    }
+    return listState;
+}
+
+class CRefinement {
+public:
+    CRefinement(GeometryWork& work, GeometryRefinement& result, CRunReport& report)
+        : m_work(work), m_result(result), m_report(report)
+    {}
+
+    /// Why there is nothing to fit to; empty where there is.
+    QString reasonNotToFit(const GeometryFit& fit)
+    {
+        if (int(m_work.listUsed.size()) < FEWEST_PEAKS) {
+            return QStringLiteral("The geometry needs %1 indexed peaks; %2 are there.")
+                .arg(FEWEST_PEAKS)
+                .arg(m_work.listUsed.size());
+        }
+        if (liesInPlane(m_work)) {
+            return QStringLiteral("The indices of the peaks lie in one plane, which determines no cell.");
+        }
+        const Undetermined undetermined = undeterminedNumbers(geometryNormal(m_work.residuals(), fit),
+                                                              fit.listFree);
+        return undetermined.bCell ? QStringLiteral("The peaks do not determine the cell.") : QString();
+    }
+
+    /// Fixes what the peaks cannot tell, fits, and chooses the peaks anew, until nothing changes.
+    /// @return false, with the reason in the result, where it cannot go on
+    bool runRounds(GeometryFit& fit, bool bShrink)
+    {
+        const int nTolerances = 3;
+        std::vector<int> listState;
+        for (int nRound = 0; nRound < MOST_ROUNDS; ++nRound) {
+            fixUndetermined(fit);
+            if (!m_report.goOn()) {
+                return fail(QStringLiteral("The refinement of the geometry was stopped."));
+            }
+            if (!solveGeometry(m_work.residuals(), fit)) {
+                return fail(QStringLiteral("The fit of the geometry did not come to an end."));
+            }
+            const int nTolerance = bShrink ? std::min(nRound, nTolerances - 1) : nTolerances - 1;
+            m_limits = chooseSpots(m_work, fit, INDEX_TOLERANCES[nTolerance]);
+            m_report.addMessage(QStringLiteral("Geometry, round %1: %2 of %3 peaks, rms %4 px.")
+                                    .arg(nRound + 1)
+                                    .arg(m_work.listUsed.size())
+                                    .arg(m_work.listSpot.size())
+                                    .arg(rmsInPlane(m_work.residuals(), fit), 0, 'f', 3));
+            if (double(m_work.listUsed.size()) < LEAST_SHARE * double(m_work.listSpot.size())) {
+                return fail(QStringLiteral("Most of the peaks do not fit the cell (%1 of %2 do).")
+                                .arg(m_work.listUsed.size())
+                                .arg(m_work.listSpot.size()));
+            }
+            const QString strReason = reasonNotToFit(fit);
+            if (!strReason.isEmpty()) {
+                return fail(strReason);
+            }
+            std::vector<int> listNow = stateOf(m_work);
+            if (nTolerance == nTolerances - 1 && listNow == listState) {
+                break;
+            }
+            listState = std::move(listNow);
+        }
+        return true;
+    }
+
+    /// The share of the peaks within the last limits, and the rms of those that were kept.
+    void compare(const GeometryFit& before, const GeometryFit& after)
+    {
+        m_result.nFitBefore = spotsWithin(m_work, before, m_limits);
+        m_result.nFitAfter = spotsWithin(m_work, after, m_limits);
+        m_result.dfRmsBefore = rmsInPlane(m_work.residuals(), before);
+        m_result.dfRmsAfter = rmsInPlane(m_work.residuals(), after);
+    }
+
+    bool fail(const QString& strReason)
+    {
+        m_result.strReason = strReason;
+        return false;
+    }
+
+private:
+    void fixUndetermined(GeometryFit& fit)
+    {
+        const GeometryNormal normal = geometryNormal(m_work.residuals(), fit);
+        for (const int nNumber : undeterminedNumbers(normal, fit.listFree).listNumber) {
+            fit.listFree.erase(std::find(fit.listFree.begin(), fit.listFree.end(), nNumber));
+            m_result.listFixed.push_back({nNumber, QStringLiteral("cannot be told from the others")});
+        }
+    }
+
+    GeometryWork& m_work;
+    GeometryRefinement& m_result;
+    CRunReport& m_report;
+    SpotLimits m_limits;
+};
+
+void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report)
+{
+    for (const FixedNumber& fixed : listFixed) {
+        report.addMessage(QStringLiteral("Geometry: %1 is fixed: it %2.")
+                              .arg(geometryNumberName(fixed.nNumber), fixed.strWhy));
+    }
+}
+
+/// Free and constrained fits of peaks that can be used.
+void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
+                 const GeometryRefinementOptions& options, GeometryRefinement& result, CRunReport& report)
+{
+    CRefinement refinement(work, result, report);
+    GeometryFit before;
+    before.numbers = numbersOf(start, work.dfAzimuthZero);
+    Eigen::Matrix3d matBasis;
+    for (int n = 0; n < 9; ++n) {
+        matBasis(n / 3, n % 3) = start.aBasis[size_t(n / 3)][size_t(n % 3)];
+    }
+    before.form.setStart(before.numbers, matBasis);
+    before.listFree = usualNumbers(options, result.listFixed);
+    const QString strReason = refinement.reasonNotToFit(before);
+    if (!strReason.isEmpty()) {
+        refinement.fail(strReason);
+        return;
+    }
+    GeometryFit fit = before;
+    if (!refinement.runRounds(fit, true)) {
+        return;
+    }
+    const bool bEllipse = chooseTerms(work, options, result.dfTiltRange, fit, result.listFixed, report);
+    if (!refinement.runRounds(fit, false)) {
+        return;
+    }
+    result.free = geometryModel(work, fit, bEllipse);
+    result.constrained = bravaisModel(work, options, result.free, report);
+    if (result.constrained && result.constrained->bEllipse) {
+        const auto isEllipse = [](const FixedNumber& fixed) {
+            return fixed.nNumber == EllipseAlong || fixed.nNumber == EllipseAcross;
+        };
+        auto& listFixed = result.listFixed;
+        listFixed.erase(std::remove_if(listFixed.begin(), listFixed.end(), isEllipse), listFixed.end());
+    } else if (bEllipse) {
+        result.listFixed.push_back({EllipseAlong, QStringLiteral("cannot be told from a free cell")});
+    }
+    refinement.compare(before, result.best().fit);
+    if (result.dfRmsAfter > result.dfRmsBefore || result.nFitAfter < result.nFitBefore) {
+        refinement.fail(
+            QStringLiteral("The refined geometry would be worse than the one before: rms %1 px of %2 "
+                           "peaks, instead of %3 px of %4.")
+                .arg(result.dfRmsAfter, 0, 'f', 3)
+                .arg(result.nFitAfter)
+                .arg(result.dfRmsBefore, 0, 'f', 3)
+                .arg(result.nFitBefore));
+    }
+    tellFixed(result.listFixed, report);
+}
+
+}  // namespace
+
+GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
+                                  const GeometryRefinementOptions& options, CRunReport& report)
+{
+    GeometryRefinement result;
+    result.before = start;
+    listSpot.erase(std::remove_if(listSpot.begin(), listSpot.end(),
+                                  [](const GeometrySpot& spot) { return !isFinite(spot); }),
+                   listSpot.end());
+    for (GeometrySpot& spot : listSpot) {
+        spot.dfWeight = spot.dfWeight > 0 ? spot.dfWeight
+                                          : 1;  // negative after subtraction of the background
+    }
+    result.nPeaks = int(listSpot.size());
+    if (!isUsable(start) || listSpot.empty()) {
+        result.strReason = listSpot.empty()
+                               ? QStringLiteral("There are no indexed peaks to fit the geometry to.")
+                               : QStringLiteral(
+                                     "The geometry to begin with has no usable cell, "
+                                     "wavelength, pixel size or axis.");
+        return result;
+    }
+    numberChains(listSpot);
+    result.dfTiltRange = tiltRange(listSpot);
+    GeometryWork work;
+    work.listSpot = std::move(listSpot);
+    work.fixed = start;
+    work.dfAzimuthZero = start.plane.axis;
+    for (int n = 0; n < result.nPeaks; ++n) {
+        work.listUsed.push_back(n);
+    }
+    refineSpots(work, start, options, result, report);
+    return result;
+}
+
+}  // namespace tessera

@@ -1,0 +1,80 @@
+// Geometry refinement: cell, axis, beam and distortions of a series against its indexed peaks.
+#pragma once
+
+#include "records/runreport.h"
+#include "refinement/geometrysolver.h"
+
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace tessera {
+
+/// What may be fitted beside the cell, the axis, the direct beam and the stretching along the radius.
+struct GeometryRefinementOptions {
+    bool bEllipse = true;  ///< in place of the stretching
+    bool bThirdOrder = true;
+    bool bTiltScale = true;
+    bool bAxisOutOfPlane = true;
+    std::vector<int> listFixed;                  ///< GeometryNumber: to stay as they are
+    std::vector<CellConstraint> listConstraint;  ///< Bravais types to try, the most symmetric first
+};
+
+/// A number that was not fitted, with the reason in words.
+struct FixedNumber {
+    int nNumber = 0;
+    QString strWhy;
+};
+
+/// A fit with what follows from it.
+struct GeometryModel {
+    GeometryFit fit;
+    DiffractionGeometry geometry;
+    GeometryNumbers errors = {};  ///< standard errors of the free numbers; 0 of the others
+    CellParameters cell;          ///< conventional where it is constrained, else that in force
+    CellParameters cellErrors;    ///< standard errors
+    bool bEllipse = false;        ///< the ellipse in place of the stretching
+    double dfRms = 0;             ///< pixels, of the kept peaks along one direction of the plane
+};
+
+struct GeometryRefinement {
+    QString strReason;  ///< why there is none; empty where it was done
+    DiffractionGeometry before;
+    GeometryModel free;
+    std::optional<GeometryModel>
+        constrained;                     ///< under the Bravais type that costs no more than 2 % of the rms
+    std::vector<FixedNumber> listFixed;  ///< of the last model
+    int nPeaks = 0;                      ///< given
+    int nFitBefore = 0;                  ///< of them within the last limits, with the geometry before
+    int nFitAfter = 0;                   ///< and after
+    double dfRmsBefore = 0;              ///< pixels, of the peaks kept
+    double dfRmsAfter = 0;
+    double dfTiltRange = 0;  ///< degrees
+
+    bool done() const { return strReason.isEmpty(); }
+    /// The constrained model, or the free one.
+    const GeometryModel& best() const { return constrained ? *constrained : free; }
+};
+
+/// Fits the geometry to indexed peaks.
+///
+/// Rounds: fit, index each chain of peaks anew with the geometry that came out, within a tolerance that
+/// shrinks, drop what lies far off, until nothing changes. Third order, ellipse, scale of the tilts and an
+/// axis out of the plane come in if they lower the rms of frames that they were not fitted to (every second
+/// one, in turn). What the peaks cannot tell is fixed, with a line of the log. Then the same under the
+/// Bravais types.
+///
+/// The size of a pixel is never fitted: without a known cell no peak tells it from the size of the cell, so
+/// that all lengths of the cell have its error in common. Standard errors hold what the residuals show, not
+/// that.
+///
+/// @param listSpot  indexed peaks; their chains are numbered here
+/// @param start     with wavelength, size of a pixel and the cell in force
+/// @return with a reason where fewer than 20 peaks, indices in one plane, or a cell that few of the peaks fit
+///         leave nothing to fit, where the run was stopped, or where the end is worse than the beginning
+/// Source: Brázda, Klementová, Krysiak & Palatinus (2022), IUCrJ 9, 735–755.
+GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
+                                  const GeometryRefinementOptions& options, CRunReport& report);
+
+}  // namespace tessera

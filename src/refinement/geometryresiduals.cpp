@@ -1,0 +1,132 @@
+#include "refinement/geometryresiduals.h"
+
+#include <ceres/jet.h>
+
+#include <algorithm>
+#include <map>
+
+namespace tessera {
+
+namespace {
+
+using PlaneJet = ceres::Jet<double, 9>;
+using TurnJet = ceres::Jet<double, 3>;
+
+/// The turn of a frame with its derivatives by scale, offset and tilt out of the plane.
+struct FrameTurn {
+    Eigen::Matrix3d matTurn;
+    std::array<Eigen::Matrix3d, 3> aDerivative;
+};
+
+FrameTurn frameTurn(const GeometryNumbers& numbers, double dfMiddleTilt, double dfTilt)
+{
+    std::array<TurnJet, 3> aJet;
+    for (int n = 0; n < 3; ++n) {
+        aJet[size_t(n)] = TurnJet(numbers[size_t(TiltScale + n)], n);
+    }
+    const std::array<TurnJet, 9> aTurn = turnToLaboratory(turnTermsOf(aJet), dfMiddleTilt, dfTilt);
+    FrameTurn turn;
+    for (int n = 0; n < 9; ++n) {
+        turn.matTurn(n / 3, n % 3) = aTurn[size_t(n)].a;
+        for (int m = 0; m < 3; ++m) {
+            turn.aDerivative[size_t(m)](n / 3, n % 3) = aTurn[size_t(n)].v[m];
+        }
+    }
+    return turn;
+}
+
+PlaneTerms<PlaneJet> planeJets(const GeometryNumbers& numbers, double dfCos, double dfSin)
+{
+    std::array<PlaneJet, 9> aJet;
+    for (int n = 0; n < 9; ++n) {
+        aJet[size_t(n)] = PlaneJet(numbers[size_t(Axis + n)], n);
+    }
+    return planeTermsOf(aJet, dfCos, dfSin);
+}
+
+}  // namespace
+
+CGeometryResiduals::CGeometryResiduals(const std::vector<GeometrySpot>& listSpot, std::vector<int> listUsed,
+                                       const DiffractionGeometry& fixed, double dfAzimuthZero)
+    : m_listSpot(listSpot),
+      m_listUsed(std::move(listUsed)),
+      m_fixed(fixed),
+      m_dfCos(std::cos(2 * radians(dfAzimuthZero))),
+      m_dfSin(std::sin(2 * radians(dfAzimuthZero)))
+{
+    std::map<int, int> mapChain;
+    std::map<double, int> mapTilt;
+    for (const int n : m_listUsed) {
+        const GeometrySpot& spot = m_listSpot[size_t(n)];
+        const int nChain = mapChain.emplace(spot.nChain, int(mapChain.size())).first->second;
+        m_listChainRow.push_back(2 * spots() + nChain);
+        const auto [it, bNew] = mapTilt.emplace(spot.dfTilt, int(mapTilt.size()));
+        if (bNew) {
+            m_listTilt.push_back(spot.dfTilt);
+        }
+        m_listTiltOf.push_back(it->second);
+    }
+    m_nChains = int(mapChain.size());
+    std::vector<double> listSum(size_t(m_nChains), 0.0);
+    for (size_t n = 0; n < m_listUsed.size(); ++n) {
+        listSum[size_t(m_listChainRow[n] - 2 * spots())] += m_listSpot[size_t(m_listUsed[n])].dfWeight;
+    }
+    for (size_t n = 0; n < m_listUsed.size(); ++n) {
+        m_listShare.push_back(m_listSpot[size_t(m_listUsed[n])].dfWeight /
+                              listSum[size_t(m_listChainRow[n] - 2 * spots())]);
+    }
+}
+
+void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm& form,
+                                  const std::vector<int>& listFree, Eigen::VectorXd& vecResidual,
+                                  RowMatrix* pJacobian) const
+{
+    const int nFree = int(listFree.size());
+    vecResidual.setZero(rows());
+    if (pJacobian) {
+        pJacobian->setZero(rows(), nFree);
+    }
+    std::vector<Eigen::Matrix3d> listBasisDerivative;
+    const Eigen::Matrix3d matBasis = form.reciprocal(numbers, listBasisDerivative).transpose();
+    std::vector<FrameTurn> listTurn;
+    for (const double dfTilt : m_listTilt) {
+        listTurn.push_back(frameTurn(numbers, m_fixed.dfMiddleTilt, dfTilt));
+    }
+    const PlaneTerms<PlaneJet> terms = planeJets(numbers, m_dfCos, m_dfSin);
+    const double dfPixel = m_fixed.dfPixelSize;
+    Eigen::Matrix<double, 3, Eigen::Dynamic> matDerivative(3, nFree);
+    for (int n = 0; n < spots(); ++n) {
+        const GeometrySpot& spot = m_listSpot[size_t(m_listUsed[size_t(n)])];
+        const FrameTurn& turn = listTurn[size_t(m_listTiltOf[size_t(n)])];
+        const Eigen::Vector3d vecIndex(spot.anIndex[0], spot.anIndex[1], spot.anIndex[2]);
+        const Eigen::Vector3d vecPoint = matBasis * vecIndex;
+        const std::array<PlaneJet, 3> seen = spherePoint(terms, m_fixed, spot.place);
+        const Eigen::Vector3d vecOff = (Eigen::Vector3d(seen[0].a, seen[1].a, seen[2].a) -
+                                        turn.matTurn * vecPoint) /
+                                       dfPixel;
+        const int nChainRow = m_listChainRow[size_t(n)];
+        const double dfAlong = g_dfWeightAlongBeam * m_listShare[size_t(n)];
+        vecResidual.segment<2>(2 * n) = vecOff.head<2>();
+        vecResidual[nChainRow] += dfAlong * vecOff[2];
+        if (!pJacobian) {
+            continue;
+        }
+        for (int nColumn = 0; nColumn < nFree; ++nColumn) {
+            const int nNumber = listFree[size_t(nColumn)];
+            if (isOfCell(nNumber)) {
+                matDerivative.col(nColumn) = -(turn.matTurn *
+                                               (listBasisDerivative[size_t(nNumber)].transpose() * vecIndex));
+            } else if (nNumber < TiltScale) {
+                const int nJet = nNumber - Axis;
+                matDerivative.col(nColumn) << seen[0].v[nJet], seen[1].v[nJet], seen[2].v[nJet];
+            } else {
+                matDerivative.col(nColumn) = -(turn.aDerivative[size_t(nNumber - TiltScale)] * vecPoint);
+            }
+        }
+        matDerivative /= dfPixel;
+        pJacobian->middleRows<2>(2 * n) = matDerivative.topRows<2>();
+        pJacobian->row(nChainRow) += dfAlong * matDerivative.row(2);
+    }
+}
+
+}  // namespace tessera

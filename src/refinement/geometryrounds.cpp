@@ -1,0 +1,145 @@
+#include "refinement/geometryrounds.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+double medianOf(std::vector<double> listValue)
+{
+    if (listValue.empty()) {
+        return 0;
+    }
+    const auto itMiddle = listValue.begin() + std::ptrdiff_t(listValue.size() / 2);
+    std::nth_element(listValue.begin(), itMiddle, listValue.end());
+    return *itMiddle;
+}
+
+/// The means of the chains as real indices.
+std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot,
+                                       const DiffractionGeometry& geometry)
+{
+    int nChains = 0;
+    for (const GeometrySpot& spot : listSpot) {
+        nChains = std::max(nChains, spot.nChain + 1);
+    }
+    std::vector<DoubleVector> listMean(size_t(nChains), DoubleVector{0, 0, 0});
+    std::vector<double> listWeight(size_t(nChains), 0.0);
+    for (const GeometrySpot& spot : listSpot) {
+        const DoubleVector point = pointOfPlace(geometry, spot.place, spot.dfTilt);
+        for (size_t n = 0; n < 3; ++n) {
+            listMean[size_t(spot.nChain)][n] += spot.dfWeight * point[n];
+        }
+        listWeight[size_t(spot.nChain)] += spot.dfWeight;
+    }
+    for (size_t n = 0; n < listMean.size(); ++n) {
+        const double dfWeight = listWeight[n];
+        const DoubleVector& sum = listMean[n];
+        listMean[n] = indicesOfPoint(geometry, {sum[0] / dfWeight, sum[1] / dfWeight, sum[2] / dfWeight});
+    }
+    return listMean;
+}
+
+/// The spots whose chain lies near a whole triple of indices, which they get.
+std::vector<int> indexChains(std::vector<GeometrySpot>& listSpot, const DiffractionGeometry& geometry,
+                             double dfTolerance)
+{
+    const std::vector<DoubleVector> listIndex = chainIndices(listSpot, geometry);
+    std::vector<int> listNear;
+    for (size_t n = 0; n < listSpot.size(); ++n) {
+        const DoubleVector& index = listIndex[size_t(listSpot[n].nChain)];
+        bool bNear = true, bBeam = true;
+        std::array<int, 3> anIndex = {};
+        for (size_t i = 0; i < 3; ++i) {
+            const double dfWhole = std::round(index[i]);
+            bNear = bNear && std::abs(index[i] - dfWhole) <= dfTolerance && std::abs(dfWhole) < 1e6;
+            anIndex[i] = bNear ? int(dfWhole) : 0;
+            bBeam = bBeam && anIndex[i] == 0;
+        }
+        if (bNear && !bBeam) {
+            listSpot[n].anIndex = anIndex;
+            listNear.push_back(int(n));
+        }
+    }
+    return listNear;
+}
+
+/// Distances of each spot in the plane, and of its chain along the beam.
+struct Distances {
+    std::vector<double> listPlane;
+    std::vector<double> listAlong;
+};
+Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fit)
+{
+    Eigen::VectorXd vecResidual;
+    residuals.evaluate(fit.numbers, fit.form, {}, vecResidual, nullptr);
+    Distances distances;
+    for (int n = 0; n < residuals.spots(); ++n) {
+        distances.listPlane.push_back(vecResidual.segment<2>(2 * n).norm());
+        distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[size_t(n)]]));
+    }
+    return distances;
+}
+
+std::vector<int> within(const std::vector<int>& listNear, const Distances& distances,
+                        const SpotLimits& limits)
+{
+    std::vector<int> listKept;
+    for (size_t n = 0; n < listNear.size(); ++n) {
+        if (distances.listPlane[n] <= limits.dfPlane && distances.listAlong[n] <= limits.dfAlong) {
+            listKept.push_back(listNear[n]);
+        }
+    }
+    return listKept;
+}
+
+}  // namespace
+
+CGeometryResiduals GeometryWork::residualsOfHalf(int nHalf) const
+{
+    std::vector<int> listHalf;
+    std::copy_if(listUsed.begin(), listUsed.end(), std::back_inserter(listHalf),
+                 [&](int n) { return listSpot[size_t(n)].nFrame % 2 == nHalf; });
+    return {listSpot, listHalf, fixed, dfAzimuthZero};
+}
+
+DiffractionGeometry GeometryWork::geometryOf(const GeometryFit& fit) const
+{
+    DiffractionGeometry geometry = fixed;
+    setNumbers(geometry, fit.numbers, dfAzimuthZero);
+    const Eigen::Matrix3d matBasis = fit.form.reciprocal(fit.numbers);
+    for (int n = 0; n < 3; ++n) {
+        geometry.aBasis[size_t(n)] = {matBasis(n, 0), matBasis(n, 1), matBasis(n, 2)};
+    }
+    return geometry;
+}
+
+SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfIndexTolerance)
+{
+    const std::vector<int> listNear = indexChains(work.listSpot, work.geometryOf(fit), dfIndexTolerance);
+    const CGeometryResiduals residuals(work.listSpot, listNear, work.fixed, work.dfAzimuthZero);
+    const Distances distances = distancesOf(residuals, fit);
+    // Medians of a distance in the plane and along a line, in standard deviations of the normal distribution.
+    const double dfMedianPlane = 1.1774, dfMedianLine = 0.6745, dfDeviations = 4;
+    // A pixel's half diagonal is no error: peaks stand at whole pixels.
+    const double dfLeast = 0.75;
+    SpotLimits limits;
+    limits.dfIndex = dfIndexTolerance;
+    limits.dfPlane = std::max(dfLeast, dfDeviations / dfMedianPlane * medianOf(distances.listPlane));
+    limits.dfAlong = std::max(g_dfWeightAlongBeam * dfLeast,
+                              dfDeviations / dfMedianLine * medianOf(distances.listAlong));
+    work.listUsed = within(listNear, distances, limits);
+    return limits;
+}
+
+int spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits)
+{
+    std::vector<GeometrySpot> listSpot = work.listSpot;
+    const std::vector<int> listNear = indexChains(listSpot, work.geometryOf(fit), limits.dfIndex);
+    const CGeometryResiduals residuals(listSpot, listNear, work.fixed, work.dfAzimuthZero);
+    return int(within(listNear, distancesOf(residuals, fit), limits).size());
+}
+
+}  // namespace tessera

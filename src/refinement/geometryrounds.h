@@ -1,0 +1,39 @@
+// Rounds of the refinement: which peaks take part, with which indices.
+#pragma once
+
+#include "refinement/geometrysolver.h"
+
+#include <optional>
+#include <vector>
+
+namespace tessera {
+
+/// How far off a peak may be.
+struct SpotLimits {
+    double dfIndex = 0;  ///< the worst index of the mean of a chain, from a whole number
+    double dfPlane = 0;  ///< pixels, in the frame's plane
+    double dfAlong = 0;  ///< pixels, of a chain along the beam, times its weight
+};
+
+/// The peaks of a refinement and what of them is in use.
+struct GeometryWork {
+    std::vector<GeometrySpot> listSpot;  ///< with the indices of the last round
+    std::vector<int> listUsed;           ///< ascending
+    DiffractionGeometry fixed;           ///< what is not fitted; the rest of it is not read
+    double dfAzimuthZero = 0;            ///< degrees, that the ellipse counts from
+
+    CGeometryResiduals residuals() const { return {listSpot, listUsed, fixed, dfAzimuthZero}; }
+    /// Those of the used spots whose frames have an odd (1) or even (0) number.
+    CGeometryResiduals residualsOfHalf(int nHalf) const;
+    DiffractionGeometry geometryOf(const GeometryFit& fit) const;
+};
+
+/// Indexes the chains anew with the geometry of a fit and chooses the spots that lie within four standard
+/// deviations, which are estimated from the medians.
+/// @return the limits that were used
+SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfIndexTolerance);
+
+/// How many spots lie within limits, each chain with the indices next to it.
+int spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits);
+
+}  // namespace tessera

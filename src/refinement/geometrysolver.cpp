@@ -1,0 +1,260 @@
+#include "refinement/geometrysolver.h"
+
+#include <ceres/ceres.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+/// Computes all residuals at once where the solver goes to a new point; the blocks below copy theirs.
+class CAllRows : public ceres::EvaluationCallback {
+public:
+    CAllRows(const CGeometryResiduals& residuals, const GeometryFit& fit)
+        : m_residuals(residuals), m_form(fit.form), m_listFree(fit.listFree), m_numbers(fit.numbers)
+    {
+        for (const int nNumber : m_listFree) {
+            m_listValue.push_back(m_numbers[size_t(nNumber)]);
+        }
+    }
+    double* values() { return m_listValue.data(); }
+    int count() const { return int(m_listValue.size()); }
+    const Eigen::VectorXd& residual() const { return m_vecResidual; }
+    const RowMatrix& jacobian() const { return m_matJacobian; }
+    GeometryNumbers numbers() const
+    {
+        GeometryNumbers numbers = m_numbers;
+        for (size_t n = 0; n < m_listFree.size(); ++n) {
+            numbers[size_t(m_listFree[n])] = m_listValue[n];
+        }
+        return numbers;
+    }
+    void PrepareForEvaluation(bool bJacobian, bool bNewPoint) override
+    {
+        if (bNewPoint || bJacobian) {
+            m_residuals.evaluate(numbers(), m_form, m_listFree, m_vecResidual,
+                                 bJacobian ? &m_matJacobian : nullptr);
+        }
+    }
+
+private:
+    const CGeometryResiduals& m_residuals;
+    const CellForm& m_form;
+    const std::vector<int>& m_listFree;
+    GeometryNumbers m_numbers;
+    std::vector<double> m_listValue;
+    Eigen::VectorXd m_vecResidual;
+    RowMatrix m_matJacobian;
+};
+
+/// Some rows of all: those of a spot or of a chain.
+class CSomeRows : public ceres::CostFunction {
+public:
+    CSomeRows(const CAllRows& all, int nFirst, int nRows) : m_all(all), m_nFirst(nFirst)
+    {
+        set_num_residuals(nRows);
+        mutable_parameter_block_sizes()->push_back(all.count());
+    }
+    bool Evaluate(double const* const*, double* pResidual, double** ppJacobian) const override
+    {
+        const Eigen::Index nRows = num_residuals();
+        Eigen::Map<Eigen::VectorXd> vecResidual(pResidual, nRows);
+        vecResidual = m_all.residual().segment(m_nFirst, nRows);
+        if (ppJacobian && ppJacobian[0]) {
+            Eigen::Map<RowMatrix>(ppJacobian[0], nRows, m_all.count()) = m_all.jacobian().middleRows(m_nFirst,
+                                                                                                     nRows);
+        }
+        return vecResidual.allFinite();
+    }
+
+private:
+    const CAllRows& m_all;
+    int m_nFirst;
+};
+
+/// First and second derivative of the loss by the squared distance.
+struct Loss {
+    double dfFirst;
+    double dfSecond;
+};
+Loss lossAt(double dfSquare)
+{
+    const double dfFirst = 1 / std::sqrt(1 + dfSquare);
+    return {dfFirst, -dfFirst / (2 * (1 + dfSquare))};
+}
+
+void addBlock(GeometryNormal& normal, const RowMatrix& matJacobian, const Eigen::VectorXd& vecResidual,
+              int nFirst, int nRows, int nChain)
+{
+    const auto rows = matJacobian.middleRows(nFirst, nRows);
+    const auto residual = vecResidual.segment(nFirst, nRows);
+    const Loss loss = lossAt(residual.squaredNorm());
+    const Eigen::VectorXd vecGradient = rows.transpose() * residual;
+    normal.matHessian.noalias() += loss.dfFirst * rows.transpose() * rows;
+    normal.matHessian.noalias() += 2 * loss.dfSecond * vecGradient * vecGradient.transpose();
+    normal.matScore.row(nChain) += loss.dfFirst * vecGradient.transpose();
+}
+
+/// From what can be done without to what every geometry has.
+const int g_anPriority[] = {TiltOffset,       AxisOutOfPlane, TiltScale,     EllipseAlong,  ThirdOrderSpiral,
+                            ThirdOrderRadial, EllipseAcross,  StretchingSin, StretchingCos, Axis,
+                            CentreY,          CentreX};
+
+int priorityOf(int nNumber)
+{
+    return int(std::find(std::begin(g_anPriority), std::end(g_anPriority), nNumber) -
+               std::begin(g_anPriority));
+}
+
+/// The least usual of the numbers that go with others; −1 where all are determined. The matrix has a diagonal
+/// of 1.
+int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFree)
+{
+    const double dfPair = 0.98;
+    // An estimate that has less than a ten-thousandth of its information for itself follows the errors of the
+    // model rather than the peaks.
+    const double dfAll = 1e4;
+    const Eigen::MatrixXd matInverse =
+        (matNormal + 1e-13 * Eigen::MatrixXd::Identity(matNormal.rows(), matNormal.cols())).inverse();
+    int nWorst = -1;
+    const auto take = [&](int nNumber) {
+        if (nWorst < 0 || priorityOf(nNumber) < priorityOf(nWorst)) {
+            nWorst = nNumber;
+        }
+    };
+    for (int n = 0; n < int(listFree.size()); ++n) {
+        if (isOfCell(listFree[size_t(n)])) {
+            continue;
+        }
+        if (!(matInverse(n, n) > 0 && matInverse(n, n) < dfAll)) {
+            take(listFree[size_t(n)]);
+        }
+        for (int m = 0; m < n; ++m) {
+            const double dfScale = std::sqrt(matInverse(n, n) * matInverse(m, m));
+            if (!isOfCell(listFree[size_t(m)]) && !(std::abs(matInverse(n, m)) <= dfPair * dfScale)) {
+                take(priorityOf(listFree[size_t(n)]) < priorityOf(listFree[size_t(m)]) ? listFree[size_t(n)]
+                                                                                       : listFree[size_t(m)]);
+            }
+        }
+    }
+    return nWorst;
+}
+
+/// The rows and columns of the numbers that are left, scaled to a diagonal of 1.
+Eigen::MatrixXd scaledPart(const Eigen::MatrixXd& mat, const std::vector<int>& listColumn)
+{
+    const Eigen::Index nCount = Eigen::Index(listColumn.size());
+    Eigen::MatrixXd part(nCount, nCount);
+    for (Eigen::Index n = 0; n < nCount; ++n) {
+        for (Eigen::Index m = 0; m < nCount; ++m) {
+            const Eigen::Index nRow = listColumn[size_t(n)], nColumn = listColumn[size_t(m)];
+            const double dfScale = std::sqrt(mat(nRow, nRow) * mat(nColumn, nColumn));
+            part(n, m) = dfScale > 0 ? mat(nRow, nColumn) / dfScale : 0;
+        }
+    }
+    return part;
+}
+
+}  // namespace
+
+bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nSteps)
+{
+    if (fit.listFree.empty() || residuals.spots() == 0) {
+        return false;
+    }
+    CAllRows all(residuals, fit);
+    ceres::SoftLOneLoss loss(1.0);
+    ceres::Problem::Options problemOptions;
+    problemOptions.loss_function_ownership = ceres::DO_NOT_TAKE_OWNERSHIP;
+    problemOptions.evaluation_callback = &all;
+    problemOptions.disable_all_safety_checks = true;
+    ceres::Problem problem(problemOptions);
+    problem.AddParameterBlock(all.values(), all.count());
+    for (int n = 0; n < residuals.spots(); ++n) {
+        problem.AddResidualBlock(new CSomeRows(all, 2 * n, 2), &loss, all.values());
+    }
+    for (int n = 0; n < residuals.chains(); ++n) {
+        problem.AddResidualBlock(new CSomeRows(all, 2 * residuals.spots() + n, 1), &loss, all.values());
+    }
+    ceres::Solver::Options options;
+    options.linear_solver_type = ceres::DENSE_NORMAL_CHOLESKY;
+    options.logging_type = ceres::SILENT;
+    options.max_num_iterations = nSteps;
+    options.num_threads = 1;
+    options.function_tolerance = 1e-9;
+    ceres::Solver::Summary summary;
+    ceres::Solve(options, &problem, &summary);
+    const GeometryNumbers numbers = all.numbers();
+    const bool bFinite = std::all_of(numbers.begin(), numbers.end(),
+                                     [](double df) { return std::isfinite(df); });
+    if (!summary.IsSolutionUsable() || !bFinite || !std::isfinite(summary.final_cost)) {
+        return false;
+    }
+    fit.numbers = numbers;
+    return true;
+}
+
+double rmsInPlane(const CGeometryResiduals& residuals, const GeometryFit& fit)
+{
+    Eigen::VectorXd vecResidual;
+    residuals.evaluate(fit.numbers, fit.form, {}, vecResidual, nullptr);
+    const Eigen::Index nPlane = 2 * residuals.spots();
+    return nPlane == 0 ? 0 : std::sqrt(vecResidual.head(nPlane).squaredNorm() / double(nPlane));
+}
+
+GeometryNormal geometryNormal(const CGeometryResiduals& residuals, const GeometryFit& fit)
+{
+    Eigen::VectorXd vecResidual;
+    RowMatrix matJacobian;
+    residuals.evaluate(fit.numbers, fit.form, fit.listFree, vecResidual, &matJacobian);
+    const Eigen::Index nFree = Eigen::Index(fit.listFree.size());
+    GeometryNormal normal = {Eigen::MatrixXd::Zero(nFree, nFree),
+                             Eigen::MatrixXd::Zero(residuals.chains(), nFree)};
+    const int nFirstChain = 2 * residuals.spots();
+    for (int n = 0; n < residuals.spots(); ++n) {
+        addBlock(normal, matJacobian, vecResidual, 2 * n, 2, residuals.chainRows()[size_t(n)] - nFirstChain);
+    }
+    for (int n = 0; n < residuals.chains(); ++n) {
+        addBlock(normal, matJacobian, vecResidual, nFirstChain + n, 1, n);
+    }
+    return normal;
+}
+
+Eigen::MatrixXd geometryCovariance(const GeometryNormal& normal)
+{
+    const Eigen::Index nFree = normal.matHessian.rows();
+    const Eigen::Index nChains = normal.matScore.rows();
+    // The columns have units of their own: the inverse is that of the matrix with a diagonal of 1.
+    const Eigen::VectorXd vecScale = normal.matHessian.diagonal().cwiseMax(1e-300).cwiseSqrt().cwiseInverse();
+    const Eigen::MatrixXd matScaled = vecScale.asDiagonal() * normal.matHessian * vecScale.asDiagonal();
+    const Eigen::MatrixXd matInverse = vecScale.asDiagonal() *
+                                       matScaled.ldlt().solve(Eigen::MatrixXd::Identity(nFree, nFree)) *
+                                       vecScale.asDiagonal();
+    const double dfFew = double(nChains) / double(std::max<Eigen::Index>(1, nChains - nFree));
+    return dfFew * matInverse * (normal.matScore.transpose() * normal.matScore) * matInverse;
+}
+
+Undetermined undeterminedNumbers(const GeometryNormal& normal, const std::vector<int>& listFree)
+{
+    Undetermined undetermined;
+    std::vector<int> listLeft = listFree;
+    std::vector<int> listColumn(listFree.size());
+    for (size_t n = 0; n < listColumn.size(); ++n) {
+        listColumn[n] = int(n);
+    }
+    Eigen::MatrixXd matPart = scaledPart(normal.matHessian, listColumn);
+    for (int nWorst = worstNumber(matPart, listLeft); nWorst >= 0; nWorst = worstNumber(matPart, listLeft)) {
+        const auto n = std::find(listLeft.begin(), listLeft.end(), nWorst) - listLeft.begin();
+        undetermined.listNumber.push_back(nWorst);
+        listLeft.erase(listLeft.begin() + n);
+        listColumn.erase(listColumn.begin() + n);
+        matPart = scaledPart(normal.matHessian, listColumn);
+    }
+    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(matPart, Eigen::EigenvaluesOnly);
+    undetermined.bCell = !(solver.eigenvalues().minCoeff() > 1e-10);
+    return undetermined;
+}
+
+}  // namespace tessera

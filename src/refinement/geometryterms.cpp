@@ -1,0 +1,149 @@
+#include "refinement/geometryterms.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+// Over a narrower range a tilt of the axis looks like a turn of the crystal.
+const double LEAST_RANGE_OUT_OF_PLANE = 20;
+
+bool isFixed(const GeometryRefinementOptions& options, int nNumber)
+{
+    return std::find(options.listFixed.begin(), options.listFixed.end(), nNumber) != options.listFixed.end();
+}
+
+/// What a term has to lower the rms of unseen frames to. A number that means nothing still fits the errors of
+/// the chains, of which both halves have their frames, and lowers the mean square by the part that it is of
+/// their two directions. Twice that is asked for.
+double rmsToReach(double dfRms, size_t nNumbers, int nChains)
+{
+    return dfRms * std::sqrt(std::max(0.0, 1 - double(nNumbers) / std::max(1, nChains)));
+}
+
+struct Choice {
+    const GeometryWork& work;
+    int nChains;
+    GeometryFit& fit;
+    double dfRms;  ///< of unseen frames, with the fit
+    std::vector<FixedNumber>& listFixed;
+    CRunReport& report;
+
+    void leaveFixed(const std::vector<int>& listNumber, const QString& strWhy)
+    {
+        for (const int nNumber : listNumber) {
+            listFixed.push_back({nNumber, strWhy});
+        }
+    }
+
+    /// Takes a fit with other numbers if it does better on frames that it has not seen.
+    bool take(const GeometryFit& other, const std::vector<int>& listNew, const QString& strTerm)
+    {
+        const double dfOther = rmsOfUnseenFrames(work, other);
+        GeometryFit solved = other;
+        const bool bBetter =
+            dfOther < rmsToReach(dfRms, listNew.size(), nChains) && solveGeometry(work.residuals(), solved) &&
+            undeterminedNumbers(geometryNormal(work.residuals(), solved), solved.listFree).listNumber.empty();
+        report.addMessage(
+            QStringLiteral("Geometry with %1: rms of frames not fitted to %2 px instead of %3 px; %4.")
+                .arg(strTerm)
+                .arg(dfOther, 0, 'f', 4)
+                .arg(dfRms, 0, 'f', 4)
+                .arg(QLatin1String(bBetter ? "taken" : "left out")));
+        if (bBetter) {
+            fit = solved;
+            dfRms = dfOther;
+        } else {
+            leaveFixed(listNew, QStringLiteral("does not lower the rms of frames that it was not fitted to"));
+        }
+        return bBetter;
+    }
+};
+
+}  // namespace
+
+double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit)
+{
+    double dfSum = 0;
+    int nSpots = 0;
+    for (const int nHalf : {0, 1}) {
+        const CGeometryResiduals seen = work.residualsOfHalf(nHalf);
+        const CGeometryResiduals unseen = work.residualsOfHalf(1 - nHalf);
+        GeometryFit half = fit;
+        if (2 * seen.spots() < 3 * int(fit.listFree.size()) || unseen.spots() == 0 ||
+            !solveGeometry(seen, half, 12)) {
+            return std::numeric_limits<double>::infinity();
+        }
+        const double dfRms = rmsInPlane(unseen, half);
+        dfSum += dfRms * dfRms * unseen.spots();
+        nSpots += unseen.spots();
+    }
+    return std::sqrt(dfSum / nSpots);
+}
+
+GeometryFit withNumbers(const GeometryFit& fit, const std::vector<int>& listMore)
+{
+    GeometryFit more = fit;
+    more.listFree.insert(more.listFree.end(), listMore.begin(), listMore.end());
+    std::sort(more.listFree.begin(), more.listFree.end());
+    more.listFree.erase(std::unique(more.listFree.begin(), more.listFree.end()), more.listFree.end());
+    return more;
+}
+
+GeometryFit withoutNumbers(const GeometryFit& fit, const std::vector<int>& listLess, double dfValue)
+{
+    GeometryFit less = fit;
+    for (const int nNumber : listLess) {
+        less.listFree.erase(std::remove(less.listFree.begin(), less.listFree.end(), nNumber),
+                            less.listFree.end());
+        less.numbers[size_t(nNumber)] = dfValue;
+    }
+    return less;
+}
+
+bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& options, double dfTiltRange,
+                 GeometryFit& fit, std::vector<FixedNumber>& listFixed, CRunReport& report)
+{
+    const CGeometryResiduals residuals = work.residuals();
+    Choice choice = {work, residuals.chains(), fit, rmsOfUnseenFrames(work, fit), listFixed, report};
+    const auto wanted = [&](bool bWanted, const std::vector<int>& listNumber) {
+        const bool bFree = bWanted && std::none_of(listNumber.begin(), listNumber.end(),
+                                                   [&](int n) { return isFixed(options, n); });
+        if (!bFree) {
+            choice.leaveFixed(listNumber, QStringLiteral("was not asked for"));
+        } else if (!std::isfinite(choice.dfRms)) {
+            choice.leaveFixed(listNumber, QStringLiteral("needs more reflections"));
+        }
+        return bFree && std::isfinite(choice.dfRms);
+    };
+    const std::vector<int> listThird = {ThirdOrderRadial, ThirdOrderSpiral};
+    if (wanted(options.bThirdOrder, listThird)) {
+        choice.take(withNumbers(fit, listThird), listThird, QStringLiteral("the third order"));
+    }
+    bool bEllipse = false;
+    if (wanted(options.bEllipse, {EllipseAcross})) {
+        // Along the axis the free cell takes it up.
+        const GeometryFit other = withNumbers(withoutNumbers(fit, {StretchingCos, StretchingSin}),
+                                              {EllipseAcross});
+        bEllipse = choice.take(other, {EllipseAcross},
+                               QStringLiteral("a linear ellipse in place of the stretching"));
+    }
+    if (wanted(options.bTiltScale, {TiltScale})) {
+        choice.take(withNumbers(fit, {TiltScale}), {TiltScale}, QStringLiteral("a scale of the tilts"));
+    }
+    if (wanted(options.bAxisOutOfPlane, {AxisOutOfPlane})) {
+        if (dfTiltRange < LEAST_RANGE_OUT_OF_PLANE) {
+            choice.leaveFixed({AxisOutOfPlane},
+                              QStringLiteral("needs %1° of tilt").arg(LEAST_RANGE_OUT_OF_PLANE));
+        } else {
+            choice.take(withNumbers(fit, {AxisOutOfPlane}), {AxisOutOfPlane},
+                        QStringLiteral("an axis out of the plane"));
+        }
+    }
+    return bEllipse;
+}
+
+}  // namespace tessera

@@ -1,0 +1,24 @@
+// Choice of terms: what a fit gains from the less usual numbers, asked of frames that it has not seen.
+#pragma once
+
+#include "refinement/geometryrefinement.h"
+#include "refinement/geometryrounds.h"
+
+namespace tessera {
+
+/// The rms in the plane, pixels, of each half of the frames with the fit to the other half.
+/// @return not finite where a half cannot be fitted
+double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit);
+
+/// The fit with more free numbers, which begin where they are. None of them twice.
+GeometryFit withNumbers(const GeometryFit& fit, const std::vector<int>& listMore);
+/// The fit without some; they become `dfValue`.
+GeometryFit withoutNumbers(const GeometryFit& fit, const std::vector<int>& listLess, double dfValue = 0);
+
+/// Frees the optional terms that the peaks ask for, on top of a fit that has the stretching.
+/// @param listFixed  takes what stays fixed, and why
+/// @return whether the ellipse took the place of the stretching
+bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& options, double dfTiltRange,
+                 GeometryFit& fit, std::vector<FixedNumber>& listFixed, CRunReport& report);
+
+}  // namespace tessera
