@@ -24,10 +24,10 @@ struct SeriesTruth {
     double dfWavelength = 0.0251, dfPixelSize = 0.004;
     double dfFirstTilt = -30, dfStep = 1;
     int nFrames = 61;
-    double dfWidth = 0.006;    ///< Å⁻¹, of a reflection along the beam
-    double dfReach = 0.9;      ///< Å⁻¹
-    double dfNoise = 0.3;      ///< pixels, before the rounding to whole ones
-    double dfShare = 1;        ///< of the reflections that are seen
+    double dfWidth = 0.006;  ///< Å⁻¹, of a reflection along the beam
+    double dfReach = 0.9;    ///< Å⁻¹
+    double dfNoise = 0.3;    ///< pixels, before the rounding to whole ones
+    double dfShare = 1;      ///< of the reflections that are seen
 };
 
 /// Rows a, b, c of a cell, turned at random.
@@ -55,12 +55,14 @@ inline std::complex<double> freed(const SeriesTruth& truth, std::complex<double>
            z * dfSquare * (truth.dfRadial - i * truth.dfSpiral);
 }
 
-/// Where a point of the laboratory at a tilt is measured, relative to the direct beam that is believed; y down.
+/// Where a point of the laboratory at a tilt is measured, relative to the direct beam that is believed; y
+/// down.
 inline FramePlace placeOf(const SeriesTruth& truth, const Eigen::Vector3d& point)
 {
     const double dfK = 1 / truth.dfWavelength;
     const double dfFlat = dfK / std::sqrt(dfK * dfK - point.x() * point.x() - point.y() * point.y());
-    const std::complex<double> target = std::complex<double>(point.x(), -point.y()) * dfFlat / truth.dfPixelSize *
+    const std::complex<double> target = std::complex<double>(point.x(), -point.y()) * dfFlat /
+                                        truth.dfPixelSize *
                                         std::polar(1.0, truth.dfAxis * std::acos(-1) / 180);
     std::complex<double> z = target;
     for (int n = 0; n < 200; ++n) {
@@ -74,7 +76,8 @@ inline Eigen::Matrix3d turnOfFrame(const SeriesTruth& truth, double dfTilt)
     const double r = std::acos(-1) / 180;
     const double dfMiddle = truth.dfFirstTilt + truth.dfStep * (truth.nFrames - 1) / 2;
     const Eigen::Vector3d axis(std::cos(truth.dfOutOfPlane * r), 0, std::sin(truth.dfOutOfPlane * r));
-    return Eigen::AngleAxisd(-r * (dfMiddle + truth.dfTiltScale * (dfTilt - dfMiddle)), axis).toRotationMatrix();
+    return Eigen::AngleAxisd(-r * (dfMiddle + truth.dfTiltScale * (dfTilt - dfMiddle)), axis)
+        .toRotationMatrix();
 }
 
 /// The peaks at whole pixels. All of a chain share their noise, as the frames of a reflection do.
@@ -96,7 +99,8 @@ inline std::vector<GeometrySpot> simulatedSpots(const SeriesTruth& truth, std::m
                 if (g.norm() > truth.dfReach || g.norm() < 0.05 || uniform(random) > truth.dfShare) {
                     continue;
                 }
-                const double dfNoiseX = truth.dfNoise * normal(random), dfNoiseY = truth.dfNoise * normal(random);
+                const double dfNoiseX = truth.dfNoise * normal(random),
+                             dfNoiseY = truth.dfNoise * normal(random);
                 for (int nFrame = 0; nFrame < truth.nFrames; ++nFrame) {
                     const double dfTilt = truth.dfFirstTilt + truth.dfStep * nFrame;
                     const Eigen::Vector3d p = turnOfFrame(truth, dfTilt) * g;

@@ -1,0 +1,301 @@
+// The refinement of the geometry against made-up crystals whose truth is known.
+
+#include "refinement/geometryrefinement.h"
+#include "tests/recordingreport.h"
+#include "tests/refinement/simulatedspots.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+SeriesTruth plainTruth(std::mt19937& random)
+{
+    SeriesTruth truth;
+    truth.matDirect = turnedCell(6.5, 8.2, 9.7, 88, 95, 101, random);
+    truth.dfStretching = 0.012;
+    truth.dfStretchingAzimuth = 50;
+    truth.dfCentreX = 0.6;
+    truth.dfCentreY = -0.4;
+    return truth;
+}
+
+GeometryRefinement refined(const std::vector<GeometrySpot>& listSpot, const DiffractionGeometry& start,
+                           const GeometryRefinementOptions& options = {})
+{
+    CRecordingReport report;
+    return refineGeometry(listSpot, start, options, report);
+}
+
+bool isFree(const GeometryModel& model, int nNumber)
+{
+    return std::binary_search(model.fit.listFree.begin(), model.fit.listFree.end(), nNumber);
+}
+
+bool isNamedFixed(const GeometryRefinement& result, int nNumber)
+{
+    return std::any_of(result.listFixed.begin(), result.listFixed.end(),
+                       [&](const FixedNumber& fixed) { return fixed.nNumber == nNumber; });
+}
+
+bool allFinite(const GeometryModel& model)
+{
+    const auto finite = [](double df) { return std::isfinite(df); };
+    const std::array<double, 6> aCell = model.cell.numbers(), aError = model.cellErrors.numbers();
+    return std::all_of(model.fit.numbers.begin(), model.fit.numbers.end(), finite) &&
+           std::all_of(model.errors.begin(), model.errors.end(), finite) &&
+           std::all_of(aCell.begin(), aCell.end(), finite) &&
+           std::all_of(aError.begin(), aError.end(), finite);
+}
+
+/// Six numbers of rows a, b, c.
+std::array<double, 6> cellNumbers(const Eigen::Matrix3d& m)
+{
+    const auto angle = [&](int i, int j) {
+        return std::acos(m.row(i).dot(m.row(j)) / m.row(i).norm() / m.row(j).norm()) * 180 / std::acos(-1);
+    };
+    return {m.row(0).norm(), m.row(1).norm(), m.row(2).norm(), angle(1, 2), angle(0, 2), angle(0, 1)};
+}
+
+CellConstraint constraintOf(LatticeSystem system)
+{
+    CellConstraint constraint;
+    constraint.system = system;
+    constraint.strSymbol = nameOf(system);
+    return constraint;
+}
+
+}  // namespace
+
+/// Errors of the estimates against the standard errors that are told, over many small series.
+TEST(GeometryRefinement, standardErrorsAreThoseOfTheEstimates)
+{
+    const int nSeries = 30;
+    double dfSum[2] = {0, 0};
+    int nCount[2] = {0, 0};
+    for (int n = 0; n < nSeries; ++n) {
+        std::mt19937 random(unsigned(100 + n));
+        SeriesTruth truth = plainTruth(random);
+        truth.dfShare = 0.4;
+        GeometryRefinementOptions options;
+        options.bEllipse = options.bTiltScale = options.bAxisOutOfPlane = options.bThirdOrder = false;
+        const GeometryRefinement result = refined(simulatedSpots(truth, random),
+                                                  startOf(truth, 0.002, random), options);
+        ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+        const auto add = [&](int nKind, double dfFound, double dfTrue, double dfError) {
+            ASSERT_GT(dfError, 0);
+            dfSum[nKind] += std::pow((dfFound - dfTrue) / dfError, 2);
+            ++nCount[nKind];
+        };
+        const std::array<double, 6> aTrue = cellNumbers(truth.matDirect), aFound = result.free.cell.numbers(),
+                                    aError = result.free.cellErrors.numbers();
+        for (size_t i = 0; i < 6; ++i) {
+            add(0, aFound[i], aTrue[i], aError[i]);
+        }
+        const PlaneTerms<double>& plane = result.free.geometry.plane;
+        const double dfTwice = 2 * radians(truth.dfStretchingAzimuth);
+        add(1, plane.axis, truth.dfAxis, result.free.errors[Axis]);
+        add(1, plane.centreX, truth.dfCentreX, result.free.errors[CentreX]);
+        add(1, plane.centreY, truth.dfCentreY, result.free.errors[CentreY]);
+        add(1, plane.stretchingCos, truth.dfStretching * std::cos(dfTwice),
+            result.free.errors[StretchingCos]);
+        add(1, plane.stretchingSin, truth.dfStretching * std::sin(dfTwice),
+            result.free.errors[StretchingSin]);
+    }
+    for (int nKind = 0; nKind < 2; ++nKind) {
+        const double dfMean = dfSum[nKind] / nCount[nKind];
+        RecordProperty(nKind == 0 ? "cell" : "geometry", std::to_string(dfMean));
+        EXPECT_GT(dfMean, 0.5) << (nKind == 0 ? "cell" : "geometry");
+        EXPECT_LT(dfMean, 2.0) << (nKind == 0 ? "cell" : "geometry");
+    }
+}
+
+TEST(GeometryRefinement, findsTheUsualNumbersAndLeavesTheOthersOut)
+{
+    std::mt19937 random(5);
+    const SeriesTruth truth = plainTruth(random);
+    DiffractionGeometry start = startOf(truth, 0.002, random);
+    start.plane.axis = truth.dfAxis + 2;
+    const GeometryRefinement result = refined(simulatedSpots(truth, random), start);
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    const GeometryModel& model = result.best();
+    EXPECT_NEAR(model.geometry.plane.axis, truth.dfAxis, 0.02);
+    EXPECT_NEAR(model.geometry.plane.centreX, truth.dfCentreX, 0.05);
+    const Distortion stretching = distortionOf(model.geometry.plane.stretchingCos,
+                                               model.geometry.plane.stretchingSin);
+    EXPECT_FALSE(model.bEllipse);
+    EXPECT_NEAR(stretching.dfAmplitude, truth.dfStretching, 2e-4);
+    EXPECT_NEAR(stretching.dfAzimuth, truth.dfStretchingAzimuth, 1);
+    EXPECT_FALSE(isFree(model, ThirdOrderRadial));
+    EXPECT_TRUE(isNamedFixed(result, ThirdOrderRadial));
+    EXPECT_LT(result.dfRmsAfter, 0.5);
+    EXPECT_GT(result.dfRmsBefore, 1);
+    EXPECT_GE(result.nFitAfter, 0.97 * result.nPeaks);
+    const std::array<double, 6> aTrue = cellNumbers(truth.matDirect), aFound = model.cell.numbers();
+    for (size_t n = 0; n < 6; ++n) {
+        EXPECT_NEAR(aFound[n] / aTrue[n], 1, 3e-4) << n;
+    }
+}
+
+/// A cubic lattice through an ellipse and the third order: a free cell takes up a part of the ellipse, the
+/// type tells it.
+TEST(GeometryRefinement, bravaisTypeSeparatesTheEllipse)
+{
+    std::mt19937 random(6);
+    SeriesTruth truth;
+    truth.matDirect = turnedCell(11, 11, 11, 90, 90, 90, random);
+    truth.dfEllipse = 0.014;
+    truth.dfEllipseAzimuth = 82;
+    truth.dfRadial = 0.03;
+    truth.dfSpiral = -0.004;
+    truth.dfOutOfPlane = 0.8;
+    truth.dfReach = 0.75;
+    GeometryRefinementOptions options;
+    options.listConstraint = {constraintOf(LatticeSystem::Cubic), constraintOf(LatticeSystem::Orthorhombic)};
+    const GeometryRefinement result = refined(simulatedSpots(truth, random), startOf(truth, 0.002, random),
+                                              options);
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    EXPECT_FALSE(isFree(result.free, EllipseAlong));
+    ASSERT_TRUE(result.constrained);
+    const GeometryModel& model = *result.constrained;
+    EXPECT_EQ(model.fit.form.constraint()->system, LatticeSystem::Cubic);
+    EXPECT_TRUE(model.bEllipse);
+    const Distortion ellipse = distortionOf(model.geometry.plane.ellipseCos, model.geometry.plane.ellipseSin);
+    EXPECT_NEAR(ellipse.dfAmplitude, truth.dfEllipse, 2e-4);
+    EXPECT_NEAR(
+        degrees(std::remainder(2 * radians(ellipse.dfAzimuth - truth.dfEllipseAzimuth), 2 * g_dfPi)) / 2, 0,
+        0.5);
+    EXPECT_NEAR(model.geometry.plane.radial, truth.dfRadial, 1e-3);
+    EXPECT_NEAR(model.geometry.plane.spiral, truth.dfSpiral, 1e-3);
+    EXPECT_NEAR(model.geometry.turn.outOfPlane, truth.dfOutOfPlane, 0.05);
+    EXPECT_NEAR(model.cell.a, 11, 3e-3);
+    EXPECT_EQ(model.cell.b, model.cell.a);
+    EXPECT_EQ(model.cell.gamma, 90);
+    EXPECT_GT(
+        std::abs(result.free.cell.a / result.free.cell.b - 1) + std::abs(result.free.cell.gamma - 90) / 57,
+        1e-3)
+        << "without the type the ellipse is in the cell";
+}
+
+TEST(GeometryRefinement, aTypeThatTheCellDoesNotHaveIsLeftOut)
+{
+    std::mt19937 random(7);
+    SeriesTruth truth;
+    truth.matDirect = turnedCell(8, 8.06, 10, 90, 90, 90, random);
+    GeometryRefinementOptions options;
+    options.listConstraint = {constraintOf(LatticeSystem::Tetragonal),
+                              constraintOf(LatticeSystem::Orthorhombic)};
+    options.bEllipse = false;
+    const GeometryRefinement result = refined(simulatedSpots(truth, random), startOf(truth, 0.001, random),
+                                              options);
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    ASSERT_TRUE(result.constrained);
+    EXPECT_EQ(result.constrained->fit.form.constraint()->system, LatticeSystem::Orthorhombic);
+    EXPECT_NEAR(result.constrained->cell.b, 8.06, 4 * result.constrained->cellErrors.b + 1e-3);
+}
+
+TEST(GeometryRefinement, scaleOfTheTilts)
+{
+    std::mt19937 random(8);
+    SeriesTruth truth = plainTruth(random);
+    truth.dfTiltScale = 1.01;
+    const GeometryRefinement result = refined(simulatedSpots(truth, random), startOf(truth, 0.001, random));
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    ASSERT_TRUE(isFree(result.best(), TiltScale));
+    EXPECT_NEAR(result.best().geometry.turn.scale, 1.01, 1e-3);
+}
+
+/// What cannot be fitted is refused, or fixed and named.
+TEST(GeometryRefinement, badInput)
+{
+    std::mt19937 random(9);
+    const SeriesTruth truth = plainTruth(random);
+    const std::vector<GeometrySpot> listAll = simulatedSpots(truth, random);
+    const DiffractionGeometry start = startOf(truth, 0.001, random);
+
+    std::vector<GeometrySpot> listFew(listAll.begin(), listAll.begin() + 19);
+    EXPECT_TRUE(refined(listFew, start).strReason.contains("needs 20"));
+    EXPECT_FALSE(refined({}, start).done());
+
+    std::vector<GeometrySpot> listZone;
+    std::copy_if(listAll.begin(), listAll.end(), std::back_inserter(listZone),
+                 [](const GeometrySpot& spot) { return spot.anIndex[2] == 0; });
+    ASSERT_GT(listZone.size(), 40u);
+    EXPECT_TRUE(refined(listZone, start).strReason.contains("one plane"));
+
+    std::vector<GeometrySpot> listOdd = listAll;
+    listOdd[3].place.dfX = std::nan("");
+    listOdd[4].dfWeight = -5;
+    const GeometryRefinement odd = refined(listOdd, start);
+    EXPECT_TRUE(odd.done() && allFinite(odd.best()));
+    EXPECT_EQ(odd.nPeaks, int(listAll.size()) - 1);
+
+    DiffractionGeometry wrong = start;
+    wrong.aBasis[0] = start.aBasis[1];
+    EXPECT_FALSE(refined(listAll, wrong).done()) << "co-planar";
+    wrong = start;
+    wrong.dfWavelength = 0;
+    EXPECT_FALSE(refined(listAll, wrong).done());
+    for (DoubleVector& vec : wrong.aBasis) {
+        for (double& df : vec) {
+            df *= 1.37;
+        }
+    }
+    wrong.dfWavelength = start.dfWavelength;
+    EXPECT_FALSE(refined(listAll, wrong).done() && refined(listAll, wrong).dfRmsAfter > 1)
+        << "a cell that is wrong by far is either found from the indices or refused";
+}
+
+TEST(GeometryRefinement, halfOfThePeaksFalse)
+{
+    std::mt19937 random(10);
+    const SeriesTruth truth = plainTruth(random);
+    std::vector<GeometrySpot> listSpot = simulatedSpots(truth, random);
+    std::uniform_real_distribution<double> place(-220, 220);
+    const size_t nTrue = listSpot.size();
+    for (size_t n = 0; n < nTrue; ++n) {
+        GeometrySpot spot = listSpot[n];
+        spot.place = {std::round(place(random)), std::round(place(random))};
+        spot.anIndex = {int(place(random)) / 40, int(place(random)) / 40, int(place(random)) / 40};
+        listSpot.push_back(spot);
+    }
+    const GeometryRefinement result = refined(listSpot, startOf(truth, 0.001, random));
+    if (result.done()) {
+        EXPECT_TRUE(allFinite(result.best()));
+        EXPECT_NEAR(result.best().geometry.plane.axis, truth.dfAxis, 0.1);
+        EXPECT_LT(result.dfRmsAfter, 0.6);
+    } else {
+        EXPECT_TRUE(result.strReason.contains("Most of the peaks") || result.strReason.contains("worse"))
+            << result.strReason.toStdString();
+    }
+}
+
+/// Frames that stand still, and a narrow range: what they do not tell is fixed and named.
+TEST(GeometryRefinement, narrowTilts)
+{
+    std::mt19937 random(11);
+    SeriesTruth truth = plainTruth(random);
+    truth.dfFirstTilt = 10;
+    truth.dfStep = 0;
+    truth.nFrames = 8;
+    truth.dfWidth = 0.02;
+    const GeometryRefinement still = refined(simulatedSpots(truth, random), startOf(truth, 0.0005, random));
+    if (still.done()) {
+        EXPECT_TRUE(allFinite(still.best()));
+        EXPECT_FALSE(isFree(still.best(), Axis));
+        EXPECT_TRUE(isNamedFixed(still, Axis));
+    }
+    truth.dfStep = 0.5;
+    truth.nFrames = 21;
+    const GeometryRefinement narrow = refined(simulatedSpots(truth, random), startOf(truth, 0.0005, random));
+    ASSERT_TRUE(narrow.done()) << narrow.strReason.toStdString();
+    EXPECT_TRUE(allFinite(narrow.best()));
+    EXPECT_TRUE(isNamedFixed(narrow, AxisOutOfPlane));
+    EXPECT_FALSE(isFree(narrow.best(), AxisOutOfPlane));
+}
+
+}  // namespace tessera
