@@ -151,9 +151,9 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"from",
          "First stage to run: " + strStages +
              "; what lies before it is read from its files, but merging "
-             "and, for refine, indexing are done anew, with the options given for them.",
+             "and, for geometry and refine, indexing are done anew, with the options given for them.",
          "stage", "shifts"},
-        {"to", "Last stage to run; default index, or refine with --from refine.", "stage", "index"},
+        {"to", "Last stage to run; default geometry, or refine with --from refine.", "stage", "geometry"},
         {"out", "Folder of the result files; default: beside the project.", "folder"},
         {"region",
          "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
@@ -275,7 +275,7 @@ void takeStages(COptionReader& reader, RoadOptions& options)
     const QStringList& listName = roadStageNames();
     options.stageFrom = RoadStage(reader.choice(QStringLiteral("from"), listName, 0));
     options.stageTo = RoadStage(
-        reader.choice(QStringLiteral("to"), listName, int(std::max(RoadStage::Index, options.stageFrom))));
+        reader.choice(QStringLiteral("to"), listName, int(std::max(RoadStage::Geometry, options.stageFrom))));
 }
 
 void takeParameters(COptionReader& reader, RoadOptions& options)

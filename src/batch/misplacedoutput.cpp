@@ -76,6 +76,9 @@ QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
     if (writesStage(options, RoadStage::Index)) {
         listFile += filesOf(dataSet, {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks});
     }
+    if (writesStage(options, RoadStage::Geometry)) {
+        listFile += filesOf(dataSet, {ResultFile::RefinedProject, ResultFile::RefinedCell});
+    }
     return listFile;
 }
 

@@ -9,22 +9,26 @@ namespace tessera {
 /// A file whose name is that of the project with a suffix of its own.
 enum class ResultFile {
     Log,
-    Shifts,        ///< direct beam, and the shift of each frame
-    Peaks,         ///< all peaks of all frames with their groups
-    Cell,          ///< the reciprocal basis
-    Reflections,   ///< h, k, l and intensities for structure solution
-    P4P,           ///< the cell as a line of text
-    IndexedPeaks,  ///< the indexed peaks of each frame
+    Shifts,          ///< direct beam, and the shift of each frame
+    Peaks,           ///< all peaks of all frames with their groups
+    Cell,            ///< the reciprocal basis
+    Reflections,     ///< h, k, l and intensities for structure solution
+    P4P,             ///< the cell as a line of text
+    IndexedPeaks,    ///< the indexed peaks of each frame
+    RefinedProject,  ///< the project with the geometry as refined
+    RefinedCell,     ///< the reciprocal basis as refined with it
 };
 
-constexpr ResultFile g_aResultFile[] = {ResultFile::Log,         ResultFile::Shifts,      ResultFile::Peaks,
-                                        ResultFile::Cell,        ResultFile::Reflections, ResultFile::P4P,
-                                        ResultFile::IndexedPeaks};
+constexpr ResultFile g_aResultFile[] = {
+    ResultFile::Log,          ResultFile::Shifts,         ResultFile::Peaks,
+    ResultFile::Cell,         ResultFile::Reflections,    ResultFile::P4P,
+    ResultFile::IndexedPeaks, ResultFile::RefinedProject, ResultFile::RefinedCell};
 
 /// The suffix with its dot.
 inline QString resultSuffix(ResultFile file)
 {
-    static const char* const aszSuffix[] = {".log", ".sc", ".pk", ".uc", ".hkl", ".p4p", ".ipf"};
+    static const char* const aszSuffix[] = {".log", ".sc",  ".pk",           ".uc",        ".hkl",
+                                            ".p4p", ".ipf", "_refined.ed3d", "_refined.uc"};
     return QLatin1String(aszSuffix[int(file)]);
 }
 

@@ -1,5 +1,6 @@
 #include "road/roadjson.h"
 
+#include "road/geometryjson.h"
 #include "road/stagejudgement.h"
 
 #include <QJsonArray>
@@ -267,6 +268,9 @@ QJsonObject roadSummary(const RoadResults& results)
         object[QStringLiteral("lattice")] = latticeObject(*results.lattice);
     }
     putIfThere(object, results.index);
+    if (results.geometry) {
+        object[QStringLiteral("geometry")] = geometryObject(*results.geometry);
+    }
     putIfThere(object, results.refine);
     if (results.index && results.cell && results.cell->fit) {
         object[QStringLiteral("spreadContradicts")] = spreadContradicts(results.index->dfShare,

@@ -24,7 +24,7 @@ struct RoadOptions {
     std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
     QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
     RoadStage stageFrom = RoadStage::Shifts;
-    RoadStage stageTo = RoadStage::Index;
+    RoadStage stageTo = RoadStage::Geometry;
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
     int nGroup = -1;               ///< merge only the peaks of this group; -1: all
     bool bAccept = false;          ///< a result that is judged bad is written and ends well too

@@ -8,6 +8,7 @@
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/centreoffset.h"
 #include "records/cellparameters.h"
+#include "refinement/geometryrefinement.h"
 #include "road/roadstage.h"
 #include "road/stageresult.h"
 #include "road/verdict.h"
@@ -96,6 +97,7 @@ struct RoadResults {
     std::optional<CellResult> cell;          ///< of the last stage that looked at it
     std::optional<LatticeAnalysis> lattice;  ///< of the cell in force
     std::optional<IndexResult> index;
+    std::optional<GeometryRefinement> geometry;
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
 

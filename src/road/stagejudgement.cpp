@@ -153,6 +153,27 @@ Judgement judgeIndexResult(const RoadResults& results)
                   dfFigure);
 }
 
+Judgement judgeGeometryResult(const RoadResults& results)
+{
+    const GeometryRefinement& geometry = *results.geometry;
+    if (!geometry.done()) {
+        return judged(RoadStage::Geometry, Verdict::Doubtful,
+                      QStringLiteral("It stays as it is. %1").arg(geometry.strReason), 0);
+    }
+    const double dfShare = double(geometry.nFitAfter) / geometry.nPeaks;
+    // Peaks stand at whole pixels, and a spot's place is known to about one of them: what is twice that is a
+    // distortion that the model does not have, or a wrong cell.
+    const bool bFar = geometry.dfRmsAfter > 2;
+    const bool bFew = dfShare < SHARE_GOOD;
+    return judged(RoadStage::Geometry, bFar || bFew ? Verdict::Doubtful : Verdict::Good,
+                  QStringLiteral("%1 of %2 fit it (%3), with an rms of %4 pixels instead of %5.")
+                      .arg(geometry.nFitAfter)
+                      .arg(several(geometry.nPeaks, "indexed peak"), percent(dfShare))
+                      .arg(geometry.dfRmsAfter, 0, 'f', 2)
+                      .arg(geometry.dfRmsBefore, 0, 'f', 2),
+                  geometry.dfRmsAfter);
+}
+
 Judgement judgeRefineResult(const RoadResults& results)
 {
     int nRejected = 0;
@@ -186,6 +207,8 @@ std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results)
             return judgeIf(results.cell.has_value(), judgeCellResult);
         case RoadStage::Index:
             return judgeIf(results.index.has_value(), judgeIndexResult);
+        case RoadStage::Geometry:
+            return judgeIf(results.geometry.has_value(), judgeGeometryResult);
         case RoadStage::Refine:
             return judgeIf(results.refine.has_value(), judgeRefineResult);
     }

@@ -15,6 +15,8 @@ StageResult runStage(RoadStage stage, RoadState& state)
             return runCellStage(state);
         case RoadStage::Index:
             return runIndexStage(state);
+        case RoadStage::Geometry:
+            return runGeometryStage(state);
         case RoadStage::Refine:
             return runRefineStage(state);
     }

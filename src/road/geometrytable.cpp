@@ -1,0 +1,94 @@
+#include "road/geometrytable.h"
+
+#include <algorithm>
+
+namespace tessera {
+
+namespace {
+
+struct Row {
+    const char* pszName;
+    const char* pszUnit;
+    GeometryNumber number;
+    double dfFactor;
+    int nDecimals;
+};
+
+const Row g_aRow[] = {
+    {"axis", "°", Axis, 1, 3},
+    {"axis out of the plane", "°", AxisOutOfPlane, 1, 3},
+    {"centre x", "px", CentreX, 1, 3},
+    {"centre y", "px", CentreY, 1, 3},
+    {"stretching cos", "%", StretchingCos, 100, 3},
+    {"stretching sin", "%", StretchingSin, 100, 3},
+    {"ellipse along the axis", "%", EllipseAlong, 100, 3},
+    {"ellipse across the axis", "%", EllipseAcross, 100, 3},
+    {"third order, radial", "%", ThirdOrderRadial, 100, 3},
+    {"third order, spiral", "%", ThirdOrderSpiral, 100, 3},
+    {"scale of the tilts", "", TiltScale, 1, 5},
+    {"offset of the tilts", "°", TiltOffset, 1, 3},
+};
+
+QString rowText(const Row& row, const GeometryNumbers& before, const GeometryModel& model)
+{
+    const size_t n = size_t(row.number);
+    const auto& listFree = model.fit.listFree;
+    const bool bFree = std::find(listFree.begin(), listFree.end(), int(row.number)) != listFree.end();
+    const QString strError = bFree ? QString::number(row.dfFactor * model.errors[n], 'f', row.nDecimals)
+                                   : QStringLiteral("-");
+    return QStringLiteral("%1 %2 %3 %4 %5 %6")
+        .arg(QLatin1String(row.pszName), -24)
+        .arg(row.dfFactor * before[n], 11, 'f', row.nDecimals)
+        .arg(row.dfFactor * model.fit.numbers[n], 11, 'f', row.nDecimals)
+        .arg(strError, 9)
+        .arg(QString::fromUtf8(row.pszUnit), 2)
+        .arg(QLatin1String(bFree ? "free" : "fixed"));
+}
+
+QString cellText(const GeometryModel& model)
+{
+    const std::array<double, 6> aCell = model.cell.numbers(), aError = model.cellErrors.numbers();
+    QStringList listPart;
+    for (size_t n = 0; n < 6; ++n) {
+        const int nDecimals = n < 3 ? 4 : 3;
+        listPart.append(
+            aError[n] > 0
+                ? QStringLiteral("%1(%2)").arg(aCell[n], 0, 'f', nDecimals).arg(aError[n], 0, 'f', nDecimals)
+                : QString::number(aCell[n], 'f', nDecimals));
+    }
+    return listPart.join(QLatin1Char(' '));
+}
+
+}  // namespace
+
+QStringList geometryTable(const GeometryRefinement& refinement)
+{
+    const GeometryModel& best = refinement.best();
+    // The ellipse counts from the azimuth of the axis that the fit began with.
+    const GeometryNumbers before = numbersOf(refinement.before, refinement.before.plane.axis);
+    QStringList listLine = {QStringLiteral("%1 %2 %3 %4")
+                                .arg("Geometry", -24)
+                                .arg("before", 11)
+                                .arg("after", 11)
+                                .arg("e.s.d.", 9)};
+    for (const Row& row : g_aRow) {
+        listLine.append(rowText(row, before, best));
+    }
+    listLine.append(QStringLiteral("Refined cell: %1").arg(cellText(refinement.free)));
+    if (refinement.constrained) {
+        listLine.append(QStringLiteral("Refined cell under %1: %2")
+                            .arg(refinement.constrained->fit.form.constraint()->strSymbol,
+                                 cellText(*refinement.constrained)));
+    }
+    listLine.append(
+        QStringLiteral("The size of a pixel is not fitted: its error is that of all lengths in common."));
+    listLine.append(QStringLiteral("%1 of %2 indexed peaks fit with an rms of %3 px; before %4 with %5 px.")
+                        .arg(refinement.nFitAfter)
+                        .arg(refinement.nPeaks)
+                        .arg(refinement.dfRmsAfter, 0, 'f', 3)
+                        .arg(refinement.nFitBefore)
+                        .arg(refinement.dfRmsBefore, 0, 'f', 3));
+    return listLine;
+}
+
+}  // namespace tessera
