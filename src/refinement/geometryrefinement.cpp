@@ -179,6 +179,44 @@ void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report)
     }
 }
 
+bool isWorse(const GeometryRefinement& result)
+{
+    return result.dfRmsAfter > result.dfRmsBefore || result.nFitAfter < result.nFitBefore;
+}
+
+/// Says what became of stretching and ellipse, one of which stands in the place of the other, and of the
+/// offset.
+void noteOthers(GeometryRefinement& result)
+{
+    std::vector<FixedNumber>& listFixed = result.listFixed;
+    const auto isListed = [&](int nNumber) {
+        return std::any_of(listFixed.begin(), listFixed.end(),
+                           [&](const FixedNumber& fixed) { return fixed.nNumber == nNumber; });
+    };
+    if (result.best().bEllipse) {
+        listFixed.erase(std::remove_if(listFixed.begin(), listFixed.end(),
+                                       [](const FixedNumber& fixed) {
+                                           return fixed.nNumber == EllipseAlong ||
+                                                  fixed.nNumber == EllipseAcross;
+                                       }),
+                        listFixed.end());
+        listFixed.push_back({StretchingCos, QStringLiteral("has the ellipse in its place")});
+        listFixed.push_back({StretchingSin, QStringLiteral("has the ellipse in its place")});
+        if (!result.constrained) {
+            listFixed.push_back({EllipseAlong, QStringLiteral("cannot be told from a free cell")});
+        }
+    } else {
+        for (const int nNumber : {EllipseAlong, EllipseAcross}) {
+            if (!isListed(nNumber)) {
+                listFixed.push_back({nNumber, QStringLiteral("has the stretching in its place")});
+            }
+        }
+    }
+    if (!isListed(TiltOffset)) {
+        listFixed.push_back({TiltOffset, QStringLiteral("cannot be told from a turn of the crystal")});
+    }
+}
+
 /// Free and constrained fits of peaks that can be used.
 void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
                  const GeometryRefinementOptions& options, GeometryRefinement& result, CRunReport& report)
@@ -207,17 +245,16 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     }
     result.free = geometryModel(work, fit, bEllipse);
     result.constrained = bravaisModel(work, options, result.free, report);
-    if (result.constrained && result.constrained->bEllipse) {
-        const auto isEllipse = [](const FixedNumber& fixed) {
-            return fixed.nNumber == EllipseAlong || fixed.nNumber == EllipseAcross;
-        };
-        auto& listFixed = result.listFixed;
-        listFixed.erase(std::remove_if(listFixed.begin(), listFixed.end(), isEllipse), listFixed.end());
-    } else if (bEllipse) {
-        result.listFixed.push_back({EllipseAlong, QStringLiteral("cannot be told from a free cell")});
-    }
     refinement.compare(before, result.best().fit);
-    if (result.dfRmsAfter > result.dfRmsBefore || result.nFitAfter < result.nFitBefore) {
+    if (result.constrained && isWorse(result)) {
+        report.addMessage(QStringLiteral("Geometry under %1: only %2 peaks lie within the limits; left out.")
+                              .arg(result.constrained->fit.form.constraint()->strSymbol)
+                              .arg(result.nFitAfter));
+        result.constrained.reset();
+        refinement.compare(before, result.best().fit);
+    }
+    noteOthers(result);
+    if (isWorse(result)) {
         refinement.fail(
             QStringLiteral("The refined geometry would be worse than the one before: rms %1 px of %2 "
                            "peaks, instead of %3 px of %4.")

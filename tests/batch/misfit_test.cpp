@@ -62,7 +62,7 @@ TEST_F(Misfit, LeavesFormerFilesUnlessItIsAccepted)
     EXPECT_EQ(m_summary["failed"].toString(), "index");
     EXPECT_TRUE(m_summary["reason"].toString().contains("q.hkl")) << refused.strText.toStdString();
     EXPECT_TRUE(m_summary["reason"].toString().contains("--accept"));
-    EXPECT_TRUE(refused.strText.contains("former q.uc stays")) << refused.strText.toStdString();
+    EXPECT_TRUE(refused.strText.contains("q.uc stays as it was; --accept ")) << refused.strText.toStdString();
     EXPECT_EQ(verdict("index"), "bad");
     EXPECT_NE(verdict("lattice"), "good");
     for (int i = 0; i < g_listFile.size(); ++i) {
