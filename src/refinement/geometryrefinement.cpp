@@ -140,13 +140,20 @@ public:
         return true;
     }
 
-    /// The share of the peaks within the last limits, and the rms of those that were kept.
-    void compare(const GeometryFit& before, const GeometryFit& after)
+    /// The peaks within the last limits, and the rms of those that were kept.
+    /// @return whether the end is worse than the beginning: by the rms, or by the number of peaks within half
+    /// the
+    ///         limits, as what lies at the limits themselves is false peaks, that fall on either side by
+    ///         chance
+    bool isWorse(const GeometryFit& before, const GeometryFit& after)
     {
         m_result.nFitBefore = spotsWithin(m_work, before, m_limits);
         m_result.nFitAfter = spotsWithin(m_work, after, m_limits);
         m_result.dfRmsBefore = rmsInPlane(m_work.residuals(), before);
         m_result.dfRmsAfter = rmsInPlane(m_work.residuals(), after);
+        const SpotLimits close = {m_limits.dfIndex, m_limits.dfPlane / 2, m_limits.dfAlong / 2};
+        return m_result.dfRmsAfter > m_result.dfRmsBefore ||
+               spotsWithin(m_work, after, close) < spotsWithin(m_work, before, close);
     }
 
     bool fail(const QString& strReason)
@@ -177,11 +184,6 @@ void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report)
         report.addMessage(QStringLiteral("Geometry: %1 is fixed: it %2.")
                               .arg(geometryNumberName(fixed.nNumber), fixed.strWhy));
     }
-}
-
-bool isWorse(const GeometryRefinement& result)
-{
-    return result.dfRmsAfter > result.dfRmsBefore || result.nFitAfter < result.nFitBefore;
 }
 
 /// Says what became of stretching and ellipse, one of which stands in the place of the other, and of the
@@ -245,16 +247,16 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     }
     result.free = geometryModel(work, fit, bEllipse);
     result.constrained = bravaisModel(work, options, result.free, report);
-    refinement.compare(before, result.best().fit);
-    if (result.constrained && isWorse(result)) {
-        report.addMessage(QStringLiteral("Geometry under %1: only %2 peaks lie within the limits; left out.")
-                              .arg(result.constrained->fit.form.constraint()->strSymbol)
-                              .arg(result.nFitAfter));
+    bool bWorse = refinement.isWorse(before, result.best().fit);
+    if (result.constrained && bWorse) {
+        report.addMessage(
+            QStringLiteral("Geometry under %1: fewer peaks lie close to it than before; left out.")
+                .arg(result.constrained->fit.form.constraint()->strSymbol));
         result.constrained.reset();
-        refinement.compare(before, result.best().fit);
+        bWorse = refinement.isWorse(before, result.best().fit);
     }
     noteOthers(result);
-    if (isWorse(result)) {
+    if (bWorse) {
         refinement.fail(
             QStringLiteral("The refined geometry would be worse than the one before: rms %1 px of %2 "
                            "peaks, instead of %3 px of %4.")

@@ -83,6 +83,20 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
     return distances;
 }
 
+/// How far a typical spot moves along the beam while the crystal turns by a frame, pixels.
+double turnOfFrame(const std::vector<GeometrySpot>& listSpot)
+{
+    const auto [itFirst, itLast] = std::minmax_element(
+        listSpot.begin(), listSpot.end(),
+        [](const GeometrySpot& one, const GeometrySpot& other) { return one.nFrame < other.nFrame; });
+    std::vector<double> listRadius;
+    for (const GeometrySpot& spot : listSpot) {
+        listRadius.push_back(std::hypot(spot.place.dfX, spot.place.dfY));
+    }
+    const int nFrames = std::max(1, itLast->nFrame - itFirst->nFrame);
+    return radians(std::abs(itLast->dfTilt - itFirst->dfTilt) / nFrames) * medianOf(std::move(listRadius));
+}
+
 std::vector<int> within(const std::vector<int>& listNear, const Distances& distances,
                         const SpotLimits& limits)
 {
@@ -128,7 +142,9 @@ SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfInde
     SpotLimits limits;
     limits.dfIndex = dfIndexTolerance;
     limits.dfPlane = std::max(dfLeast, dfDeviations / dfMedianPlane * medianOf(distances.listPlane));
-    limits.dfAlong = std::max(g_dfWeightAlongBeam * dfLeast,
+    // A chain that begins or ends with the series, or lacks a frame, has its mean off by up to a frame's
+    // turn.
+    limits.dfAlong = std::max(g_dfWeightAlongBeam * std::max(dfLeast, turnOfFrame(work.listSpot)),
                               dfDeviations / dfMedianLine * medianOf(distances.listAlong));
     work.listUsed = within(listNear, distances, limits);
     return limits;
