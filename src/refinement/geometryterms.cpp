@@ -124,7 +124,8 @@ bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& opti
         choice.take(withNumbers(fit, listThird), listThird, QStringLiteral("the third order"));
     }
     bool bEllipse = false;
-    if (wanted(options.bEllipse, {EllipseAcross})) {
+    const bool bMayReplace = !isFixed(options, StretchingCos) && !isFixed(options, StretchingSin);
+    if (wanted(options.bEllipse && bMayReplace, {EllipseAcross})) {
         // Along the axis the free cell takes it up.
         const GeometryFit other = withNumbers(withoutNumbers(fit, {StretchingCos, StretchingSin}),
                                               {EllipseAcross});

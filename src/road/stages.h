@@ -25,8 +25,8 @@ StageResult runCellStage(RoadState& state);
 /// appear together, and only when the road starts at this stage or before it.
 StageResult runIndexStage(RoadState& state);
 
-/// Axis, direct beam, distortions and cell, fitted together to the indexed peaks; writes the refined project and
-/// cell. Where there is nothing to refine it says so and leaves all as it was.
+/// Axis, direct beam, distortions and cell, fitted together to the indexed peaks; writes the refined project
+/// and cell. Where there is nothing to refine it says so and leaves all as it was.
 StageResult runGeometryStage(RoadState& state);
 
 /// The cell from the distances of indexed peaks on one frame, with the positions as hunted and as fitted;
