@@ -7,6 +7,9 @@
 #include "road/geometrytable.h"
 #include "road/refinedproject.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 namespace tessera {
 
 namespace {
@@ -32,11 +35,24 @@ ReciprocalBasis basisOf(const DiffractionGeometry& geometry)
     return {vector(0), vector(1), vector(2)};
 }
 
+/// Whether file systems have room for the name; a series whose own name leaves none does without these files.
+bool hasRoomForName(const QString& strFile)
+{
+    const int nMost = 255;  // bytes, of those that are in use
+    return QFile::encodeName(QFileInfo(strFile).fileName()).size() <= nMost;
+}
+
 /// Writes cell and project together. A series that no project file can hold gets the cell alone.
 StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString strProject = fileOfProject(state.dataSet, ResultFile::RefinedProject);
     const QString strCell = fileOfProject(state.dataSet, ResultFile::RefinedCell);
+    if (!hasRoomForName(strProject)) {
+        report.addMessage(
+            QStringLiteral("No files of the refined geometry: the name of the series is too long."),
+            Severity::Milestone);
+        return {};
+    }
     CFileSet files;
     QByteArray bytesProject;
     QString strReason;

@@ -84,7 +84,7 @@ TEST(GeometryStage, WritesTheRefinedProjectAndCellAndLeavesTheOtherFiles)
     ASSERT_TRUE(openProject(data, mapping, out.filePath("q_refined.ed3d"), report));
     EXPECT_EQ(data.m_listFrameFile.size(), results.open->nFrames);
     EXPECT_TRUE(QFile::exists(data.m_listFrameFile.first()));
-    EXPECT_NEAR(data.m_dfRotationAxis, object["axis"].toDouble(), 0.01);
+    EXPECT_NEAR(data.m_dfRotationAxis, object["axis"].toDouble(), 0.051) << "at the decimals of its box";
 }
 
 /// Azimuths in files count from the long direction of the pattern; opening turns them back. What only newer
@@ -104,7 +104,7 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
     for (const bool bEllipse : {false, true}) {
         GeometryModel model;
         model.bEllipse = bEllipse;
-        model.geometry.plane.axis = -77.25;
+        model.geometry.plane.axis = -77.3;
         (bEllipse ? model.geometry.plane.ellipseCos
                   : model.geometry.plane.stretchingCos) = 0.015 * std::cos(radians(80));
         (bEllipse ? model.geometry.plane.ellipseSin
@@ -122,7 +122,7 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
         MappingParameters mapping;
         CRecordingReport report;
         ASSERT_TRUE(openProject(data, mapping, strFile, report));
-        EXPECT_NEAR(data.m_dfRotationAxis, -77.25, 1e-6);
+        EXPECT_NEAR(data.m_dfRotationAxis, -77.3, 1e-6);
         EXPECT_TRUE(mapping.m_bApplyStretching);
         EXPECT_NEAR(data.m_dfStretchAmplitude, 1.5, 1e-6);
         EXPECT_NEAR(data.m_dfStretchAzimuth, 40, 1e-6);
