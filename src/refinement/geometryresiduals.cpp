@@ -22,7 +22,7 @@ FrameTurn frameTurn(const GeometryNumbers& numbers, double dfMiddleTilt, double 
 {
     std::array<TurnJet, 3> aJet;
     for (int n = 0; n < 3; ++n) {
-        aJet[size_t(n)] = TurnJet(numbers[size_t(TiltScale + n)], n);
+        aJet[size_t(n)] = TurnJet(numbers[size_t(TiltScale) + size_t(n)], n);
     }
     const std::array<TurnJet, 9> aTurn = turnToLaboratory(turnTermsOf(aJet), dfMiddleTilt, dfTilt);
     FrameTurn turn;
@@ -39,7 +39,7 @@ PlaneTerms<PlaneJet> planeJets(const GeometryNumbers& numbers, double dfCos, dou
 {
     std::array<PlaneJet, 9> aJet;
     for (int n = 0; n < 9; ++n) {
-        aJet[size_t(n)] = PlaneJet(numbers[size_t(Axis + n)], n);
+        aJet[size_t(n)] = PlaneJet(numbers[size_t(Axis) + size_t(n)], n);
     }
     return planeTermsOf(aJet, dfCos, dfSin);
 }

@@ -76,6 +76,8 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
     Eigen::VectorXd vecResidual;
     residuals.evaluate(fit.numbers, fit.form, {}, vecResidual, nullptr);
     Distances distances;
+    distances.listPlane.reserve(size_t(residuals.spots()));
+    distances.listAlong.reserve(size_t(residuals.spots()));
     for (int n = 0; n < residuals.spots(); ++n) {
         distances.listPlane.push_back(vecResidual.segment<2>(2 * n).norm());
         distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[size_t(n)]]));
@@ -90,6 +92,7 @@ double turnOfFrame(const std::vector<GeometrySpot>& listSpot)
         listSpot.begin(), listSpot.end(),
         [](const GeometrySpot& one, const GeometrySpot& other) { return one.nFrame < other.nFrame; });
     std::vector<double> listRadius;
+    listRadius.reserve(listSpot.size());
     for (const GeometrySpot& spot : listSpot) {
         listRadius.push_back(std::hypot(spot.place.dfX, spot.place.dfY));
     }
