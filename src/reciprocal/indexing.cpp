@@ -103,8 +103,8 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
                                          dataSet.m_strProjectName, report, pFiles);
 }
 
-/// The share of reflections with indices says nothing of the cell, as they follow from neighbour to neighbour;
-/// so the peaks of the frames are divided by it one by one.
+/// The share of reflections with indices says nothing of the cell, as they follow from neighbour to
+/// neighbour; so the peaks of the frames are divided by it one by one.
 void tellFit(const DataSet& dataSet, const ReciprocalBasis& basis, CRunReport& report)
 {
     const LatticePoints listPoint = latticePoints(dataSet);

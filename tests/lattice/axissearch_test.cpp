@@ -1,4 +1,5 @@
-// The rotation axis from peaks of a lattice that are made here by the law of Bragg, with noise, in both senses.
+// The rotation axis from peaks of a lattice that are made here by the law of Bragg, with noise, in both
+// senses.
 #include "lattice/axissearch.h"
 
 #include "geometry/angles.h"
