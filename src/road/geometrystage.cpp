@@ -56,7 +56,7 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
     CFileSet files;
     QByteArray bytesProject;
     QString strReason;
-    if (makeRefinedProjectText(state.dataSet, model, strProject, bytesProject, &strReason)) {
+    if (makeRefinedProjectText(state.dataSet, state.mapping, model, strProject, bytesProject, &strReason)) {
         files.add(strProject, bytesProject);
     } else {
         report.addMessage(QStringLiteral("No project file of the refined geometry: %1").arg(strReason),
@@ -67,6 +67,8 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
+    const QString strFiles = bytesProject.isEmpty() ? strCell : strProject + QStringLiteral(", ") + strCell;
+    report.addMessage(QStringLiteral("Refined geometry written: %1").arg(strFiles));
     return {};
 }
 

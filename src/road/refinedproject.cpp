@@ -45,8 +45,9 @@ QByteArray linesBeside(const GeometryModel& model)
 
 }  // namespace
 
-bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, const QString& strProjectFile,
-                            QByteArray& bytesText, QString* pstrReason)
+bool makeRefinedProjectText(const DataSet& dataSet, const MappingParameters& mapping,
+                            const GeometryModel& model, const QString& strProjectFile, QByteArray& bytesText,
+                            QString* pstrReason)
 {
     const DiffractionGeometry& geometry = model.geometry;
     const PlaneTerms<double>& plane = geometry.plane;
@@ -55,10 +56,14 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
     project.dfWavelength = dataSet.m_dfWavelength;
     project.dfPixelSize = dataSet.m_dfPixelSize;
     project.dfRotationAxis = plane.axis;
-    const Distortion distortion = model.bEllipse ? distortionOf(plane.ellipseCos, plane.ellipseSin)
-                                                 : distortionOf(plane.stretchingCos, plane.stretchingSin);
-    project.dfStretchAmplitude = 100 * distortion.dfAmplitude;
-    project.dfStretchAzimuth = azimuthInFile(distortion.dfAzimuth);
+    if (!model.bEllipse) {
+        const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
+        project.dfStretchAmplitude = 100 * stretching.dfAmplitude;
+        project.dfStretchAzimuth = azimuthInFile(stretching.dfAzimuth);
+    } else if (mapping.m_bApplyStretching) {
+        project.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
+        project.dfStretchAzimuth = azimuthInFile(dataSet.m_dfStretchAzimuth);
+    }
     for (int n = 0; n < dataSet.m_listOverallTilt.size(); ++n) {
         const double dfTilt = dataSet.m_listOverallTilt[n];
         const double dfMore = (geometry.turn.scale - 1) * (dfTilt - geometry.dfMiddleTilt) +

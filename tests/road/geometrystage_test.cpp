@@ -88,13 +88,17 @@ TEST(GeometryStage, WritesTheRefinedProjectAndCellAndLeavesTheOtherFiles)
 }
 
 /// Azimuths in files count from the long direction of the pattern; opening turns them back. What only newer
-/// keywords tell is passed over.
+/// keywords tell is passed over, and the stretching beside an ellipse is that of the series.
 TEST(RefinedProject, ComesBackWhenItIsOpened)
 {
     QTemporaryDir dir;
     DataSet series;
     series.m_dfWavelength = 0.0251;
     series.m_dfPixelSize = 0.004;
+    series.m_dfStretchAmplitude = 0.7;
+    series.m_dfStretchAzimuth = 25;
+    MappingParameters mapped;
+    mapped.m_bApplyStretching = true;
     for (int n = 0; n < 11; ++n) {
         series.m_listFrameFile.append(dir.filePath(QStringLiteral("f%1.mrc").arg(n)));
         series.m_listStageTilt.append(n - 5);
@@ -114,7 +118,7 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
         model.geometry.turn.scale = 1.01;
         QByteArray bytes;
         const QString strFile = dir.filePath("s.ed3d");
-        ASSERT_TRUE(makeRefinedProjectText(series, model, strFile, bytes));
+        ASSERT_TRUE(makeRefinedProjectText(series, mapped, model, strFile, bytes));
         EXPECT_EQ(bytes.contains("ELLIPSEAMP 1.5"), bEllipse);
         EXPECT_TRUE(bytes.contains("THIRDORDERRADIAL 3.0"));
         ASSERT_TRUE(writeWholeFile(strFile, bytes, nullptr));
@@ -124,15 +128,15 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
         ASSERT_TRUE(openProject(data, mapping, strFile, report));
         EXPECT_NEAR(data.m_dfRotationAxis, -77.3, 1e-6);
         EXPECT_TRUE(mapping.m_bApplyStretching);
-        EXPECT_NEAR(data.m_dfStretchAmplitude, 1.5, 1e-6);
-        EXPECT_NEAR(data.m_dfStretchAzimuth, 40, 1e-6);
+        EXPECT_NEAR(data.m_dfStretchAmplitude, bEllipse ? 0.7 : 1.5, 1e-6);
+        EXPECT_NEAR(data.m_dfStretchAzimuth, bEllipse ? 25 : 40, 1e-6);
         EXPECT_EQ(data.m_listFrameFile, series.m_listFrameFile);
         EXPECT_NEAR(data.m_listOverallTilt.last(), 5.05, 1e-9);
     }
     GeometryModel model;
     series.m_listFrameFile[2] = dir.filePath("with blank.mrc");
     QByteArray bytes = "as it was";
-    EXPECT_FALSE(makeRefinedProjectText(series, model, dir.filePath("s.ed3d"), bytes));
+    EXPECT_FALSE(makeRefinedProjectText(series, mapped, model, dir.filePath("s.ed3d"), bytes));
     EXPECT_EQ(bytes, "as it was");
 }
 
