@@ -9,24 +9,24 @@ namespace {
 struct Row {
     const char* pszName;
     const char* pszUnit;
-    GeometryNumber number;
     double dfFactor;
+    GeometryNumber number;
     int nDecimals;
 };
 
 const Row g_aRow[] = {
-    {"axis", "°", Axis, 1, 3},
-    {"axis out of the plane", "°", AxisOutOfPlane, 1, 3},
-    {"centre x", "px", CentreX, 1, 3},
-    {"centre y", "px", CentreY, 1, 3},
-    {"stretching cos", "%", StretchingCos, 100, 3},
-    {"stretching sin", "%", StretchingSin, 100, 3},
-    {"ellipse along the axis", "%", EllipseAlong, 100, 3},
-    {"ellipse across the axis", "%", EllipseAcross, 100, 3},
-    {"third order, radial", "%", ThirdOrderRadial, 100, 3},
-    {"third order, spiral", "%", ThirdOrderSpiral, 100, 3},
-    {"scale of the tilts", "", TiltScale, 1, 5},
-    {"offset of the tilts", "°", TiltOffset, 1, 3},
+    {"axis", "°", 1, Axis, 3},
+    {"axis out of the plane", "°", 1, AxisOutOfPlane, 3},
+    {"centre x", "px", 1, CentreX, 3},
+    {"centre y", "px", 1, CentreY, 3},
+    {"stretching cos", "%", 100, StretchingCos, 3},
+    {"stretching sin", "%", 100, StretchingSin, 3},
+    {"ellipse along the axis", "%", 100, EllipseAlong, 3},
+    {"ellipse across the axis", "%", 100, EllipseAcross, 3},
+    {"third order, radial", "%", 100, ThirdOrderRadial, 3},
+    {"third order, spiral", "%", 100, ThirdOrderSpiral, 3},
+    {"scale of the tilts", "", 1, TiltScale, 5},
+    {"offset of the tilts", "°", 1, TiltOffset, 3},
 };
 
 QString rowText(const Row& row, const GeometryNumbers& before, const GeometryModel& model)
