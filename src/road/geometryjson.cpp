@@ -1,19 +1,12 @@
 #include "road/geometryjson.h"
 
+#include "road/celljson.h"
+
 #include <QJsonArray>
 
 namespace tessera {
 
 namespace {
-
-QJsonArray toArray(const CellParameters& cell)
-{
-    QJsonArray array;
-    for (const double dfNumber : cell.numbers()) {
-        array.append(dfNumber);
-    }
-    return array;
-}
 
 QJsonObject distortionObject(double dfCos, double dfSin)
 {

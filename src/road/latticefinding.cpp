@@ -45,11 +45,11 @@ void tell(const LatticeAnalysis& analysis, CRunReport& report)
 
 }  // namespace
 
-bool findLattice(RoadState& state)
+void findLattice(RoadState& state)
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(state.dataSet);
     if (!basis) {
-        return false;
+        return;
     }
     LatticeAnalysis analysis = analyse(state, *basis);
     tell(analysis, state.report);
@@ -67,7 +67,6 @@ bool findLattice(RoadState& state)
         analysis.proposed->matTransform = Eigen::Matrix3d::Identity();
     }
     state.results.lattice = analysis;
-    return bChange;
 }
 
 }  // namespace tessera

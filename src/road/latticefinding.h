@@ -8,7 +8,6 @@ namespace tessera {
 /// Looks at the cell in force, says what it found and keeps it in the results: symmetry with the proposed
 /// type, supercells, further lattices. Where the conventional setting was asked for and a type is proposed,
 /// the cell becomes that; the analysis then tells of this one.
-/// @return whether the cell in force is another one now
-bool findLattice(RoadState& state);
+void findLattice(RoadState& state);
 
 }  // namespace tessera

@@ -1,5 +1,6 @@
 #include "road/roadjson.h"
 
+#include "road/celljson.h"
 #include "road/geometryjson.h"
 #include "road/stagejudgement.h"
 
@@ -10,15 +11,6 @@
 namespace tessera {
 
 namespace {
-
-QJsonArray toArray(const CellParameters& cell)
-{
-    QJsonArray array;
-    for (const double dfNumber : cell.numbers()) {
-        array.append(dfNumber);
-    }
-    return array;
-}
 
 void put(QJsonObject& object, const ShiftResult& shifts)
 {
