@@ -11,11 +11,13 @@ typedef QApplication TestApplication;
 
 namespace tessera {
 
-// Read by the leak check of an address-sanitized build: what these keep to the end.
+// Read by the leak check of an address-sanitized build: what these keep to the end, and the guards of Qt's
+// own frames, which are built without clean-up and lose them (16 bytes) when a slot throws through them.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
 {
-    return "leak:libfontconfig\nleak:libdbus\nleak:swrast_dri\n";
+    return "leak:libfontconfig\nleak:libdbus\nleak:swrast_dri\n"
+           "leak:QtSharedPointer::ExternalRefCountData::getAndRef\n";
 }
 
 }  // namespace tessera
