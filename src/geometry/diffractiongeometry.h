@@ -25,8 +25,10 @@ struct PlaneTerms {
     T stretchingSin = T(0);
     T ellipseCos = T(0);  ///< linear: longer along the azimuth, shorter across it, as astigmatism makes it
     T ellipseSin = T(0);
-    T radial = T(0);  ///< third order along the radius, a fraction at the reference radius
-    T spiral = T(0);  ///< third order along the circle, clockwise on the screen, likewise
+    T radial = T(0);        ///< third order along the radius, a fraction at the reference radius
+    T spiral = T(0);        ///< third order along the circle, clockwise on the screen, likewise
+    T parabolicCos = T(0);  ///< second order: along the radius, to the azimuth that it is strongest at
+    T parabolicSin = T(0);  ///< (B·cos φ, B·sin φ), a fraction at the reference radius
 };
 
 /// What turns the crystal.
@@ -47,7 +49,7 @@ struct DiffractionGeometry {
     TurnTerms<double> turn;
     double dfWavelength = 0;  ///< Å
     double dfPixelSize = 0;   ///< Å⁻¹ per pixel
-    double dfRadius = 256;    ///< pixels, reference of the third order
+    double dfRadius = 256;    ///< pixels, reference of the second and third order
     double dfMiddleTilt = 0;  ///< degrees, where the scale of the tilts leaves them
 };
 
@@ -69,8 +71,9 @@ std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const 
     if (squares > T(0)) {
         along = ((x * x - y * y) * terms.stretchingCos - 2.0 * x * y * terms.stretchingSin) / squares;
     }
+    const T second = (x * terms.parabolicCos - y * terms.parabolicSin) / dfRadius;
     const T third = squares / (dfRadius * dfRadius);
-    const T scale = 1.0 + along + third * terms.radial;
+    const T scale = 1.0 + along + second + third * terms.radial;
     const T spiral = third * terms.spiral;
     return {scale * x + terms.ellipseCos * x - terms.ellipseSin * y - spiral * y,
             scale * y - terms.ellipseSin * x - terms.ellipseCos * y + spiral * x};
