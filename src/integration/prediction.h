@@ -1,0 +1,29 @@
+// Prediction: which reflections cross the Ewald sphere during a series, where and when.
+#pragma once
+
+#include "integration/observation.h"
+#include "integration/seriesgeometry.h"
+
+#include <vector>
+
+namespace tessera {
+
+struct PredictionOptions {
+    double dfMaxDStar = 0;          ///< Å⁻¹; 0: as far as the frame's corner shows
+    double dfMinDStar = 0;          ///< Å⁻¹
+    double dfRockingWidth = 0.005;  ///< Å⁻¹, sigma of the rocking curve (without the turn of a frame)
+    double dfMosaicity = 0;         ///< degrees, sigma
+    double dfRockingReach = 3;      ///< widths on either side that are summed
+    double dfMostFrames = 40;       ///< a passage over more frames than these is slow
+    double dfDiscRadius = 4;        ///< pixels, of the disc that must lie on the frame
+    char chCentring = 'P';          ///< of the cell in force: absent lattice points are not predicted
+};
+
+/// All passages, ordered by the frame of the passage, then by h, k, l.
+///
+/// The excitation error is the distance of the point from the sphere along its radius, Å⁻¹, found for the
+/// middle of each frame's turn; several passages of one reflection are observations of their own. Flags:
+/// slow, begins before, ends after, off the frame.
+std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options);
+
+}  // namespace tessera
