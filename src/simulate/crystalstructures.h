@@ -19,6 +19,7 @@ struct AtomSite {
 struct CrystalStructure {
     QString strName;                ///< what the option --crystal takes
     QString strSpaceGroup;          ///< Hermann-Mauguin symbol
+    int nSpaceGroup;                ///< its number in the International Tables
     QString strSource;              ///< where cell and coordinates were published
     std::array<double, 6> adfCell;  ///< a, b, c in Å, alpha, beta, gamma in degrees
     QStringList listGenerator;      ///< triplets that make the whole group, centring included

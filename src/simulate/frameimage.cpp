@@ -32,6 +32,9 @@ std::vector<double> expectedFrame(const SimulatedSeries& series, int nFrame)
     const double dfBeamX = p.dfCenterX + series.listShift[nFrame][0];
     const double dfBeamY = p.dfCenterY + series.listShift[nFrame][1];
     std::vector<double> listPixel(size_t(p.nSize) * p.nSize);
+    if (nFrame + 1 == p.nBlankFrame) {
+        return listPixel;
+    }
     for (int y = 0; y < p.nSize; ++y)
         for (int x = 0; x < p.nSize; ++x)
             listPixel[size_t(y) * p.nSize + x] = diffuseBackground(p, std::hypot(x - dfBeamX, y - dfBeamY));
@@ -51,7 +54,7 @@ std::vector<float> renderFrame(const SimulatedSeries& series, int nFrame)
     const std::vector<double> listExpected = expectedFrame(series, nFrame);
     std::vector<float> listPixel(listExpected.size());
     for (size_t i = 0; i < listExpected.size(); ++i) {
-        double df = random.poisson(listExpected[i]);
+        double df = p.dfGain * random.poisson(listExpected[i] / p.dfGain);
         if (p.dfReadNoise > 0)
             df += p.dfReadNoise * random.normal();
         listPixel[i] = float(df);

@@ -31,6 +31,14 @@ double CRotationProjection::excitationError(const Vector3& vecTurned) const
     return (2 * dfK * vecTurned[2] - dotProduct(vecTurned, vecTurned)) / (dfK + dfDiffracted);
 }
 
+double CRotationProjection::excitationError(const Vector3& vecTurned, const Vector3& vecSource) const
+{
+    const double dfK = m_dfRadius;
+    const double dfDiffracted = lengthOf(vecTurned - dfK * vecSource);
+    return (2 * dfK * dotProduct(vecTurned, vecSource) - dotProduct(vecTurned, vecTurned)) /
+           (dfK + dfDiffracted);
+}
+
 std::array<double, 2> CRotationProjection::spotOffset(const Vector3& vecTurned) const
 {
     // The ray k + g with k = (0, 0, -K) meets a detector at distance K from the crystal, on which

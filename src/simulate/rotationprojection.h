@@ -26,6 +26,9 @@ public:
 
     /// Signed distance of a turned point from the Ewald sphere, Å⁻¹, positive inside.
     double excitationError(const Vector3& vecTurned) const;
+    /// The same with the beam tilted against the laboratory's.
+    /// @param vecSource  of length 1, from the crystal towards the source
+    double excitationError(const Vector3& vecTurned, const Vector3& vecSource) const;
 
     /// Pixel offset from the direct beam at which a turned point shows: the direction of the
     /// diffracted ray, met by a flat detector. Distortion included.

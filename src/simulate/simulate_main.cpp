@@ -173,6 +173,20 @@ int main(int argc, char** argv)
         {"wander", "Largest smooth offset of the pattern from the direct beam's spot, pixels.", &p.dfWander},
         {"jump", "Offset of the pattern on one frame in --jump-every, pixels, in a direction by chance.",
          &p.dfJump},
+        {"precession",
+         "Half opening of the cone that the beam goes round while the crystal stands still at each tilt, "
+         "degrees; 0 none.",
+         &p.dfPrecession},
+        {"fade", "Scale of the spots on the last frame relative to the first, as a crystal fades.",
+         &p.dfFade},
+        {"fade-b", "B that the crystal has gained on the last frame, Å².", &p.dfFadeB},
+        {"scale-wobble", "Largest relative deviation of the spots' scale along the series, smooth.",
+         &p.dfScaleWobble},
+        {"gain", "Counts that the detector makes of an electron.", &p.dfGain},
+        {"forbidden",
+         "Intensity of reflections that glide planes and screw axes forbid, relative to the mean of their "
+         "resolution, as multiple scattering gives them.",
+         &p.dfForbidden},
         {"told-axis-offset", "What the rotation axis in the project is off by, degrees.",
          &p.dfToldAxisOffset},
     };
@@ -182,6 +196,7 @@ int main(int argc, char** argv)
         {"orientation", "Seed of the crystal's orientation.", &p.nOrientation},
         {"seed", "Seed of drift, noise and hot pixels.", &nSeed},
         {"jump-every", "One frame in so many has its pattern off by --jump; 0 none.", &p.nJumpEvery},
+        {"blank-frame", "A frame without any beam, from 1; 0 none.", &p.nBlankFrame},
         {"hot-pixels", "Number of hot pixels.", &p.nHotPixels},
         {"supercell",
          "Average cells that the true cell holds along --supercell-axis, up to 4; 2 doubles the axis.",
@@ -204,6 +219,10 @@ int main(int argc, char** argv)
     parser.addOption(
         {QStringLiteral("demo"),
          QStringLiteral("The demonstration: as --preset clean, but with drift and hot pixels.")});
+    parser.addOption(
+        {QStringLiteral("stepped"),
+         QStringLiteral("The crystal stands still at the tilt of each frame, in place of turning "
+                        "through its slice.")});
     parser.addOption({QStringLiteral("preset"),
                       QStringLiteral("Start from clean, demo, hard (drift, noise, saturation, distortion) or "
                                      "beamtilt (fine steps by beam tilt); other options still count."),
@@ -276,6 +295,7 @@ int main(int argc, char** argv)
         p.dfCenterX += (p.nSize - 512) / 2.0;
     if (!parser.isSet(QStringLiteral("beam-y")))
         p.dfCenterY += (p.nSize - 512) / 2.0;
+    p.bStepped = parser.isSet(QStringLiteral("stepped"));
     p.strCrystal = parser.value(QStringLiteral("crystal"));
     p.strName = parser.value(QStringLiteral("name"));
     p.strDirectory = parser.value(QStringLiteral("out"));

@@ -1,6 +1,8 @@
 #include "simulate/simulatedseries.h"
 
 #include "simulate/crystalstructures.h"
+#include "simulate/exposuremode.h"
+#include "simulate/forbiddenreflections.h"
 #include "simulate/randomsource.h"
 #include "simulate/rotationprojection.h"
 #include "simulate/secondlattice.h"
@@ -55,6 +57,30 @@ QString whatIsWrongInTheLens(const SimulationParameters& p)
     return QString();
 }
 
+// Of how the crystal is turned, lit and counted.
+QString whatIsWrongInTheExposure(const SimulationParameters& p)
+{
+    if (!(p.dfPrecession >= 0 && p.dfPrecession <= 10)) {
+        return QStringLiteral("a precession of %1°; 0 to 10 can be made").arg(p.dfPrecession);
+    }
+    if (!(p.dfFade > 0 && p.dfFadeB >= 0)) {
+        return QStringLiteral("a crystal fades to a share above 0, and its B does not fall");
+    }
+    if (!(p.dfScaleWobble >= 0 && p.dfScaleWobble < 1)) {
+        return QStringLiteral("the scale can wobble by 0 up to below 1");
+    }
+    if (!(p.dfGain > 0)) {
+        return QStringLiteral("the gain must be above 0");
+    }
+    if (p.nBlankFrame < 0 || p.nBlankFrame > p.nFrames) {
+        return QStringLiteral("no frame %1 to be blank").arg(p.nBlankFrame);
+    }
+    if (!(p.dfForbidden >= 0 && p.dfForbidden <= 1) || (p.dfForbidden > 0 && p.nSupercell > 1)) {
+        return QStringLiteral("the share of forbidden reflections lies in 0 to 1, without a supercell");
+    }
+    return QString();
+}
+
 QString whatIsWrong(const SimulationParameters& p)
 {
     if (!findCrystalStructure(p.strCrystal))
@@ -80,6 +106,10 @@ QString whatIsWrong(const SimulationParameters& p)
     // Four average cells of the longest axis of all crystals still part their reflections by two spot sizes.
     if (p.nSupercell < 1 || p.nSupercell > 4 || p.nSupercellAxis < 0 || p.nSupercellAxis > 2)
         return QStringLiteral("a supercell of %1; 1 to 4 average cells can be made").arg(p.nSupercell);
+    const QString strExposure = whatIsWrongInTheExposure(p);
+    if (!strExposure.isEmpty()) {
+        return strExposure;
+    }
     if (!(p.dfOddShare > 0 && p.dfOddShare <= 1))
         return QStringLiteral("the share of the supercell's own reflections lies above 0, up to 1");
     // The whole numbers of a diffraction pattern: what lies beyond can't be listed in memory.
@@ -205,7 +235,8 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
     const SimulationParameters& p = series.parameters;
     const double dfRadius = spotDiscRadius(p), dfDiscPixels = g_dfPi * dfRadius * dfRadius;
     const double dfInDisc = spotShareWithin(p, dfRadius);
-    const double dfTilt = series.listOverall[nFrame], dfHalf = p.dfTiltStep / 2;
+    const CExposureMode mode(p, projection);
+    const double dfTilt = series.listOverall[nFrame];
     const std::array<double, 2> ptPattern = series.patternOffset(nFrame);
     const double dfPatternX = p.dfCenterX + series.listShift[nFrame][0] + ptPattern[0];
     const double dfPatternY = p.dfCenterY + series.listShift[nFrame][1] + ptPattern[1];
@@ -214,13 +245,15 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         const Vector3 vecLattice = Vector3{double(reflection.nH), double(reflection.nK),
                                            double(reflection.nL)} *
                                    series.basis(nLattice);
-        const double dfWidth = std::hypot(p.dfRocking, p.dfMosaicity * g_dfPi / 180 * reflection.dfDStar);
-        const double dfFirst = projection.excitationError(projection.turned(vecLattice, dfTilt - dfHalf));
-        const double dfLast = projection.excitationError(projection.turned(vecLattice, dfTilt + dfHalf));
-        if (std::min(std::abs(dfFirst), std::abs(dfLast)) > 5 * dfWidth && dfFirst * dfLast > 0)
+        const double dfRecorded = mode.recordedMean(vecLattice, dfTilt, reflection.dfDStar);
+        if (!(dfRecorded > 0)) {
             continue;
-        const double dfCounts = dfShare * (p.dfExposure * reflection.dfSquareF / dfMeanSquareF *
-                                           meanRockingCurve(dfFirst, dfLast, dfWidth));
+        }
+        const double dfScale = series.listScale[size_t(nFrame)] *
+                               std::exp(-series.listDecay[size_t(nFrame)] * reflection.dfDStar *
+                                        reflection.dfDStar / 2);
+        const double dfCounts = dfShare * (p.dfExposure * reflection.dfSquareF / dfMeanSquareF * dfRecorded) *
+                                dfScale;
         if (!(dfCounts > 0.01))
             continue;
         const Vector3 vecTurned = projection.turned(vecLattice, dfTilt);
@@ -236,9 +269,10 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         spot.nK = reflection.nK;
         spot.nL = reflection.nL;
         spot.dfCounts = dfCounts * dfInDisc;
-        const double dfBackground = diffuseBackground(p, std::hypot(offset[0], offset[1])) +
+        const double dfBackground = p.dfGain * diffuseBackground(p, std::hypot(offset[0], offset[1])) +
                                     p.dfReadNoise * p.dfReadNoise;
-        spot.dfSignalToNoise = spot.dfCounts / std::sqrt(spot.dfCounts + dfDiscPixels * dfBackground);
+        spot.dfSignalToNoise = spot.dfCounts /
+                               std::sqrt(p.dfGain * spot.dfCounts + dfDiscPixels * dfBackground);
         spot.dfExcitation = projection.excitationError(vecTurned);
         spot.nLattice = nLattice;
         series.listDrawn[nFrame].push_back(spot);
@@ -285,17 +319,27 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     result.listShift = scaledPath(smoothWalk(p, g_nStreamDrift), p.dfDrift);
     result.listPatternOffset = patternOffsets(p);
     result.listHotPixel = hotPixels(p);
+    result.listScale = frameScales(p);
+    result.listDecay = frameDecays(p);
 
     const double dfReach = p.dfPixelSize * undistortedReach(reachOnFrame(p), p.lens);
-    const std::vector<Reflection> listReflection = supercellReflections(
-        crystal, supercell, dfReach * (1 + std::abs(p.dfStretchAmplitude) / 100));
+    const double dfMaxDStar = dfReach * (1 + std::abs(p.dfStretchAmplitude) / 100);
+    std::vector<Reflection>& listReflection = result.listReflection;
+    listReflection = supercellReflections(crystal, supercell, dfMaxDStar);
     const double dfMeanSquareF = meanSquareF(listReflection, supercell);
+    if (p.dfForbidden > 0) {
+        fillForbidden(crystal, dfMaxDStar, p.dfForbidden, listReflection);
+    }
     const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis, p.dfStretchAmplitude,
                                          p.dfStretchAzimuth);
     result.listDrawn.resize(p.nFrames);
     for (int n = 0; n < p.nFrames; ++n)
         for (int nLattice = 0; nLattice < result.latticeCount(); ++nLattice)
             addSpots(projection, listReflection, dfMeanSquareF, n, nLattice, result);
+    for (const Reflection& reflection : listReflection) {
+        result.listArea.push_back(CExposureMode(p, projection).width(reflection.dfDStar) / p.dfRocking);
+    }
+    result.listCrossing = findCrossings(result, listReflection, dfMeanSquareF, projection);
     series = std::move(result);
     return true;
 }

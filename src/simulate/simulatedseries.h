@@ -1,6 +1,7 @@
 // SimulatedSeries: the truth of a series, frame by frame, before noise.
 #pragma once
 
+#include "simulate/crossings.h"
 #include "simulate/matrix3.h"
 #include "simulate/simulationparameters.h"
 
@@ -35,6 +36,11 @@ struct SimulatedSeries {
     std::vector<TruthSpot> listSpot;                ///< frame by frame; those with a ratio of at least 0.5
     std::vector<std::vector<TruthSpot>> listDrawn;  ///< per frame, all spots that leave any count
     std::vector<QPoint> listHotPixel;
+    std::vector<double> listScale;           ///< of the spots, one per frame
+    std::vector<double> listDecay;           ///< Å², one per frame: intensities fall by exp(-B d*²/2)
+    std::vector<Reflection> listReflection;  ///< all that the frames can reach, with their true |F|²
+    std::vector<double> listArea;        ///< of their rocking curves, relative to one without mosaic spread
+    std::vector<Crossing> listCrossing;  ///< their passages
 
     int latticeCount() const { return parameters.dfSecondShare > 0 ? 2 : 1; }
     std::array<double, 2> patternOffset(int nFrame) const

@@ -49,6 +49,14 @@ struct SimulationParameters {
     double dfToldAxisOffset = 0;    ///< what the project's axis is off by, degrees
     bool bStretchTold = true;       ///< the project tells the stretching
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
+    bool bStepped = false;          ///< the crystal stands still during an exposure
+    double dfPrecession = 0;        ///< half opening of the beam's cone, degrees; above 0 it stands still too
+    double dfFade = 1;              ///< scale of the spots on the last frame relative to the first
+    double dfFadeB = 0;             ///< B that the crystal has gained on the last frame, Å²
+    double dfScaleWobble = 0;       ///< largest relative deviation of the scale along the series
+    double dfGain = 1;              ///< counts per electron
+    int nBlankFrame = 0;            ///< one without any beam, from 1; 0 none
+    double dfForbidden = 0;         ///< intensity of what glide planes and screw axes forbid
     double dfSecondShare = 0;       ///< intensity of a second crystal relative to the first; 0 none
     bool bSecondTurned = false;     ///< the second stands turned against the first; else at random
     double dfSecondTurn = 0;        ///< degrees
@@ -60,6 +68,7 @@ struct SimulationParameters {
     QString strDirectory;  ///< made when missing
     QString strName = QStringLiteral("series");
 
+    bool isStepped() const { return bStepped || dfPrecession > 0; }
     /// What the project says.
     double toldAxis() const { return dfAxis + dfToldAxisOffset; }
     double toldStretchAmplitude() const { return bStretchTold ? dfStretchAmplitude : 0; }

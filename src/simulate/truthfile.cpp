@@ -5,6 +5,7 @@
 #include "simulate/framewriter.h"
 #include "simulate/secondlattice.h"
 #include "simulate/truthgeometry.h"
+#include "simulate/truthintensities.h"
 #include "simulate/wholewriting.h"
 
 #include <QDir>
@@ -80,6 +81,7 @@ void writeCrystal(const SimulatedSeries& series, QJsonObject& root)
             {QStringLiteral("averageSpaceGroup"), pStructure ? pStructure->strSpaceGroup : QString()}};
     } else if (pStructure) {
         root[QStringLiteral("spaceGroup")] = pStructure->strSpaceGroup;
+        root[QStringLiteral("spaceGroupNumber")] = pStructure->nSpaceGroup;
     }
     const BravaisType type = trueBravaisType(series);
     root[QStringLiteral("system")] = type.strSystem;
@@ -142,6 +144,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
     root[QStringLiteral("wavelength")] = p.dfWavelength;
     root[QStringLiteral("pixelSize")] = p.dfPixelSize;
     writeTrueGeometry(series, root);
+    writeTrueExposure(series, root);
     root[QStringLiteral("spotSigma")] = p.dfSpotSigma;
     root[QStringLiteral("seed")] = double(p.nSeed);
     root[QStringLiteral("orientationSeed")] = p.nOrientation;
@@ -174,7 +177,7 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
                     .toLatin1();
         data += series.latticeCount() > 1 ? QByteArray(",") + QByteArray::number(spot.nLattice) + "]" : "]";
     }
-    data += "\n]\n}\n";
+    data += "\n],\n" + trueIntensityRows(series) + "\n}\n";
     return writeWhole(strFileName, data);
 }
 
@@ -210,7 +213,8 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
         result.listStage.push_back(arrayStage[n].toDouble());
         result.listBeamTilt.push_back(arrayBeamTilt[n].toDouble());
     }
-    bGood = bGood && readTrueGeometry(root, nFrames, result) && readSpots(root, nFrames, result);
+    bGood = bGood && readTrueGeometry(root, nFrames, result) && readSpots(root, nFrames, result) &&
+            readTrueIntensities(root, nFrames, result);
     if (!bGood) {
         strError = QStringLiteral("%1 is no truth file").arg(strFileName);
         return false;
