@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <limits>
-#include <vector>
+#include <utility>
 
 namespace tessera {
 
@@ -11,6 +11,8 @@ constexpr double g_dfPi = 3.14159265358979323846;
 // Uncorrected distortions and axes are off by some per cent and degrees; a wrong lattice is off by more.
 constexpr double g_dfLargestShare = 0.06;
 constexpr double g_dfLargestAngle = 5 * g_dfPi / 180;
+// What refined cells are uncertain by; axes that differ by more are told apart.
+constexpr double g_dfEquallyNear = 0.003;
 
 struct LatticeVector {
     Vector3 vecIndices, vec;
@@ -26,6 +28,10 @@ double angleBetween(const LatticeVector& a, const LatticeVector& b)
 // Edges and angles of a triple; angles in radians.
 struct Triple {
     const LatticeVector* apVector[3];
+    Matrix3 indices() const
+    {
+        return {apVector[0]->vecIndices, apVector[1]->vecIndices, apVector[2]->vecIndices};
+    }
     double angle(int i) const { return angleBetween(*apVector[(i + 1) % 3], *apVector[(i + 2) % 3]); }
 };
 
@@ -53,26 +59,23 @@ std::vector<LatticeVector> shell(const Matrix3& matReciprocal, double dfLength)
     }
     return list;
 }
-}  // namespace
-
-CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
-                                const Matrix3& matPrimitive)
+// Calls with each triple of true lattice vectors near the cell, with the ratio of its volume to the primitive
+// one and the sum of squares of its deviations.
+template <typename Callback>
+void forEachTriple(const std::array<double, 6>& adfCell, const Matrix3& matTrue, const Matrix3& matPrimitive,
+                   Callback fnTriple)
 {
-    CellSetting setting;
     std::array<std::vector<LatticeVector>, 3> aList;
     std::array<double, 3> adfAngle{};
     for (size_t i = 0; i < 3; ++i) {
         if (!(adfCell[i] > 0 && std::isfinite(adfCell[i]))) {
-            return setting;
+            return;
         }
         aList[i] = shell(matPrimitive * matTrue, adfCell[i]);
         adfAngle[i] = adfCell[3 + i] * g_dfPi / 180;
     }
-    double dfLeast = std::numeric_limits<double>::infinity();
     const auto judge = [&](const Triple& triple) {
-        const int nRatio = int(std::lround(
-            std::abs(determinantOf({triple.apVector[0]->vecIndices, triple.apVector[1]->vecIndices,
-                                    triple.apVector[2]->vecIndices}))));
+        const int nRatio = int(std::lround(std::abs(determinantOf(triple.indices()))));
         double dfSum = 0;
         for (int i = 0; i < 3; ++i) {
             const double dfAngle = triple.angle(i) - adfAngle[size_t(i)];
@@ -82,15 +85,8 @@ CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matr
             const double dfShare = adfCell[size_t(i)] / triple.apVector[i]->dfLength - 1;
             dfSum += dfAngle * dfAngle + dfShare * dfShare;
         }
-        if (nRatio < 1 || !(dfSum < dfLeast)) {
-            return;
-        }
-        dfLeast = dfSum;
-        setting.bFound = true;
-        setting.nVolumeRatio = nRatio;
-        for (int i = 0; i < 3; ++i) {
-            setting.adfTrue[size_t(i)] = triple.apVector[i]->dfLength;
-            setting.adfTrue[size_t(i) + 3] = triple.angle(i) * 180 / g_dfPi;
+        if (nRatio >= 1) {
+            fnTriple(triple, nRatio, dfSum);
         }
     };
     for (const LatticeVector& a : aList[0]) {
@@ -102,7 +98,47 @@ CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matr
             }
         }
     }
+}
+}  // namespace
+
+CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
+                                const Matrix3& matPrimitive)
+{
+    CellSetting setting;
+    double dfLeast = std::numeric_limits<double>::infinity();
+    forEachTriple(adfCell, matTrue, matPrimitive, [&](const Triple& triple, int nRatio, double dfSum) {
+        if (!(dfSum < dfLeast)) {
+            return;
+        }
+        dfLeast = dfSum;
+        setting.bFound = true;
+        setting.nVolumeRatio = nRatio;
+        for (int i = 0; i < 3; ++i) {
+            setting.adfTrue[size_t(i)] = triple.apVector[i]->dfLength;
+            setting.adfTrue[size_t(i) + 3] = triple.angle(i) * 180 / g_dfPi;
+        }
+    });
     return setting;
+}
+
+std::vector<Matrix3> settingsNear(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
+                                  const Matrix3& matPrimitive)
+{
+    std::vector<std::pair<double, Matrix3>> listNear;
+    double dfLeast = std::numeric_limits<double>::infinity();
+    forEachTriple(adfCell, matTrue, matPrimitive, [&](const Triple& triple, int, double dfSum) {
+        const double df = std::sqrt(dfSum);
+        dfLeast = std::min(dfLeast, df);
+        // Indices on the found axes are N times those on the primitive basis, N the axes on its dual.
+        listNear.push_back({df, transposed(inverseOf(triple.indices())) * matPrimitive});
+    });
+    std::vector<Matrix3> listSetting;
+    for (const auto& [df, mat] : listNear) {
+        if (df <= dfLeast + g_dfEquallyNear) {
+            listSetting.push_back(mat);
+        }
+    }
+    return listSetting;
 }
 
 }  // namespace tessera

@@ -3,6 +3,8 @@
 
 #include "simulate/matrix3.h"
 
+#include <vector>
+
 namespace tessera {
 
 /// The true lattice described as a found cell describes it.
@@ -20,5 +22,14 @@ struct CellSetting {
 /// @return not found where an edge deviates by 6 % or an angle by 5°
 CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
                                 const Matrix3& matPrimitive);
+
+/// All ways in which a cell of six numbers can lie on the true lattice, of either hand: those triples of true
+/// lattice vectors that are as near as the nearest one within 0.3 % or 0.2°. They are equivalent by the
+/// symmetry of the metric, which may be higher than that of the crystal.
+/// @return for each, the matrix that a row of indices on the cell is multiplied by to give those on the true
+/// cell;
+///         not whole where the cell is larger than the true one
+std::vector<Matrix3> settingsNear(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
+                                  const Matrix3& matPrimitive);
 
 }  // namespace tessera

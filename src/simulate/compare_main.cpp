@@ -14,8 +14,10 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("tessera-compare"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Compares the peak list (.pk), unit cell (.uc), refined basis (_refined.uc) and indexed peaks (.ipf) "
-        "of a simulated series with its truth.\nOf two crystals on the frames the cell may be of either, and "
+        "Compares the peak list (.pk), unit cell (.uc), refined basis (_refined.uc), indexed peaks (.ipf) "
+        "and "
+        "intensities (_integrated.hkl and _merged.hkl with the cell of .ins or .cif) of a simulated series "
+        "with its truth.\nOf two crystals on the frames the cell may be of either, and "
         "the indices are told for each.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or "
         "unreadable files."));
     parser.addHelpOption();
@@ -24,7 +26,7 @@ int main(int argc, char** argv)
         {QStringLiteral("summary"),
          QStringLiteral(
              "The --json file of tessera-batch: compares its refined cell and geometry, system and "
-             "centring too."),
+             "centring, Laue class and space groups too."),
          QStringLiteral("file")});
     parser.addPositionalArgument(QStringLiteral("TRUTH"), QStringLiteral("the simulator's truth file"));
     parser.addPositionalArgument(QStringLiteral("BASE"),

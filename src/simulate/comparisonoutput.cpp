@@ -3,6 +3,8 @@
 
 #include <QJsonArray>
 
+#include <utility>
+
 namespace tessera {
 
 namespace {
@@ -188,6 +190,18 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
     if (!geometry.isEmpty()) {
         root[QStringLiteral("geometry")] = geometry;
     }
+    QJsonObject intensities;
+    for (const auto& [strName, object] :
+         {std::make_pair(QStringLiteral("integrated"), intensitiesToJson(comparison.integrated)),
+          std::make_pair(QStringLiteral("merged"), intensitiesToJson(comparison.merged)),
+          std::make_pair(QStringLiteral("symmetry"), symmetryToJson(comparison.symmetry))}) {
+        if (!object.isEmpty()) {
+            intensities[strName] = object;
+        }
+    }
+    if (!intensities.isEmpty()) {
+        root[QStringLiteral("intensities")] = intensities;
+    }
     if (comparison.listLattice.size() > 1) {
         root[QStringLiteral("foundLattice")] = lattice.relation == LatticeMatch::None
                                                    ? 0
@@ -234,6 +248,9 @@ QString comparisonToText(const SeriesComparison& comparison)
     if (comparison.listLattice.size() > 1) {
         str += latticesText(comparison);
     }
+    str += intensitiesToText(QStringLiteral("integrated"), comparison.integrated);
+    str += intensitiesToText(QStringLiteral("merged  "), comparison.merged);
+    str += symmetryToText(comparison.symmetry);
     return str;
 }
 

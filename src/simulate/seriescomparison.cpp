@@ -265,6 +265,13 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
     comparison.geometry = judgeGeometry(summary[QStringLiteral("geometry")].toObject(),
                                         bRefinedBasis ? &matRefined : nullptr, truth,
                                         comparison.nFoundLattice);
+    comparison.integrated = judgeIntensityFile(strBase + QStringLiteral("_integrated.hkl"), strBase, truth,
+                                               comparison.nFoundLattice, false);
+    comparison.merged = judgeIntensityFile(strBase + QStringLiteral("_merged.hkl"), strBase, truth,
+                                           comparison.nFoundLattice, true);
+    comparison.symmetry = judgeSymmetry(
+        summary[QStringLiteral("quality")].toObject(),
+        truth.parameters.nSupercell > 1 ? QString() : truth.parameters.strCrystal);
     std::array<double, 6> adfRefined;
     if (comparison.lattice.relation == LatticeMatch::None)
         return true;

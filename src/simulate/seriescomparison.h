@@ -1,10 +1,12 @@
 // SeriesComparison: results of a series held against its truth.
 #pragma once
 
+#include "simulate/intensityjudgement.h"
 #include "simulate/latticematch.h"
 #include "simulate/latticeproposal.h"
 #include "simulate/refinedgeometry.h"
 #include "simulate/simulatedseries.h"
+#include "simulate/symmetryjudgement.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -43,6 +45,8 @@ struct SeriesComparison {
     std::map<QString, CellErrors> mapPairs;  ///< of the cells from peak pairs, by their names in the summary
     LatticeProposal proposal;                ///< system and centring, if the summary has them
     RefinedGeometry geometry;                ///< refined by the summary and BASE_refined.uc
+    IntensityJudgement integrated, merged;   ///< of BASE_integrated.hkl and BASE_merged.hkl
+    SymmetryJudgement symmetry;              ///< that the summary proposes by the intensities
     double dfRadius = 0;                     ///< pixels, within which a peak belongs to a spot
     int nPeaks = 0;                          ///< in the peak list
     int nPeaksAtBeam = 0;                    ///< on the direct beam, which is no spot of the truth
@@ -81,7 +85,8 @@ double matchRadius(const SimulatedSeries& truth);
 SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vector<ReadPeak>& listPeak,
                                   const std::vector<ReadPeak>& listIndexed, const Matrix3* pmatFound);
 
-/// Reads BASE.pk, BASE.uc, BASE.ipf and BASE_refined.uc, whatever of them exists, and compares.
+/// Reads BASE.pk, BASE.uc, BASE.ipf, BASE_refined.uc, BASE_integrated.hkl and BASE_merged.hkl with the cell
+/// of BASE.ins or BASE.cif, whatever of them exists, and compares.
 /// @param strSummary  a summary of tessera-batch with the refined cells and geometry of the same run, and the
 ///                    system and centring that it proposes; may be empty
 /// @return false with a reason when the truth or the peak list cannot be read

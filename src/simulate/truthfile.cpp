@@ -220,6 +220,7 @@ bool readTruthFile(const QString& strFileName, SimulatedSeries& series, QString&
         return false;
     }
     p.strCrystal = root[QStringLiteral("crystal")].toString();
+    p.nSupercell = root[QStringLiteral("supercell")].toObject()[QStringLiteral("multiple")].toInt(1);
     p.nFrames = nFrames;
     p.nSize = root[QStringLiteral("size")].toInt();
     p.dfWavelength = root[QStringLiteral("wavelength")].toDouble();
