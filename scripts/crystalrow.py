@@ -1,4 +1,7 @@
-"""One row of the table of crystals: what was found, against the truth. What a file does not tell is a dash."""
+"""One row of the table of crystals: what was found, against the truth. What a file does not tell is a dash.
+
+crystalrow.py [--intensities] [--head] NAME SUMMARY COMPARISON
+"""
 import json
 import sys
 
@@ -64,12 +67,61 @@ def type_word(bravais):
     return f"{proposed}, is {true}" + (" +" if bravais.get("amongCandidates") else "")
 
 
+def intensities_head():
+    """Two lines above the rows of intensities."""
+    return "\n".join((
+        f"{'':12s}{'integrated, each passage':78s}{'merged':42s}{'symmetry'}",
+        f"{'crystal':12s}{'lines':>6s}{'d min':>7s}{'correl.':>9s}{'R(F)':>7s}{'by sig.':>8s}{'dev.²':>7s}{'I/sig.':>7s}"
+        f"{'I > 2 sigma of crossed':>24s}{'compl.':>9s}  {'correl.':>7s}{'R(F)':>7s}{'by sig.':>8s}{'dev.²':>7s}"
+        f"{'compl.':>9s}  {'Rint':>6s}  {'Laue':16s}group"))
+
+
+def number(table, key, width, digits):
+    value = table.get(key)
+    known = isinstance(value, (int, float)) and not isinstance(value, bool)
+    return f"{value:{width}.{digits}f}" if known else f"{'-':>{width}s}"
+
+
+def symmetry_words(symmetry):
+    """Laue class and place of the true space group among those proposed; what stands in their place if wrong."""
+    if not symmetry:
+        return "-"
+    laue = symmetry["trueLaueClass"] + " right" if symmetry["laueClassRight"] else \
+        f"{symmetry['laueClass'] or '-'}, is {symmetry['trueLaueClass']}"
+    rank = symmetry["spaceGroupRank"]
+    return f"{laue:16s}{symmetry['trueSpaceGroup']} " + (f"on place {rank}" if rank else "not among them")
+
+
+def intensities_row(name, compare):
+    judged = compare.get("intensities", {})
+    integrated, merged, symmetry = (judged.get(key, {}) for key in ("integrated", "merged", "symmetry"))
+    observed = f"{integrated['crossedObserved']} / {integrated['crossed']}" if "crossed" in integrated else "-"
+
+    def deviations(table):
+        return (number(table, "rF", 7, 3) + number(table, "rFForetold", 8, 3) +
+                number(table, "meanSquaredDeviation", 7, 2))
+
+    return (f"{name:12s}" + number(integrated, "lines", 6, 0) + number(integrated, "dMin", 7, 2) +
+            number(integrated, "correlation", 9, 4) + deviations(integrated) +
+            number(integrated, "medianIOverSigma", 7, 1) + f"{observed:>15s}" +
+            share(integrated.get("observedShare"), 9) + share(integrated.get("completeness"), 9) + "  " +
+            number(merged, "correlation", 7, 4) + deviations(merged) + share(merged.get("completeness"), 9) + "  " +
+            number(symmetry.get("told", {}), "rInt", 6, 3) + "  " + symmetry_words(symmetry))
+
+
 def main():
-    name, summary_file, compare_file = sys.argv[1:4]
+    arguments = [one for one in sys.argv[1:] if not one.startswith("--")]
+    options = [one for one in sys.argv[1:] if one.startswith("--")]
+    name, summary_file, compare_file = arguments[:3]
     summary, compare = read(summary_file), read(compare_file)
+    if "--intensities" in options:
+        if "--head" in options:
+            print(intensities_head())
+        print(intensities_row(name, compare), flush=True)
+        return
     found = [row.get("share") for row in compare.get("found", [])]
     pairs = compare.get("peakPairs", {})
-    if name == "silicon":  # the first of the list
+    if name == "silicon" or "--head" in options:  # the first of the list
         print(head())
     has_cell = compare.get("relation", "none") != "none"
     print(f"{name:11s} {lattice_word(compare):9s}" + errors(compare if has_cell else {}, digits=2) +
