@@ -49,7 +49,7 @@ struct CrossingFinder {
 
     bool hasBlankFrame(double dfFirst, double dfLast) const
     {
-        const auto [dfLow, dfHigh] = std::minmax(frameOf(dfFirst), frameOf(dfLast));
+        const auto [dfLow, dfHigh] = std::minmax({frameOf(dfFirst), frameOf(dfLast)});
         for (int n = nearestFrame(dfLow); n <= nearestFrame(dfHigh); ++n) {
             if (series.listScale[size_t(n)] == 0) {
                 return true;
