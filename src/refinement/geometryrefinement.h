@@ -36,6 +36,9 @@ struct GeometryModel {
     CellParameters cellErrors;    ///< standard errors
     bool bEllipse = false;        ///< the ellipse in place of the stretching
     double dfRms = 0;             ///< pixels, of the kept peaks along one direction of the plane
+    /// Pixels, of each frame from the first: what its direct beam is off by beside the centre. Empty where no
+    /// drift is left over.
+    std::vector<FramePlace> listDrift;
 };
 
 struct GeometryRefinement {
