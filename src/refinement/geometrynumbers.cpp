@@ -6,10 +6,10 @@ namespace tessera {
 
 QString geometryNumberName(int nNumber)
 {
-    static const char* const aszName[] = {"axis",          "centreX",          "centreY",
-                                          "stretchingCos", "stretchingSin",    "ellipseAlong",
-                                          "ellipseAcross", "thirdOrderRadial", "thirdOrderSpiral",
-                                          "tiltScale",     "tiltOffset",       "axisOutOfPlane"};
+    static const char* const aszName[] = {
+        "axis",         "centreX",       "centreY",          "stretchingCos",    "stretchingSin",
+        "ellipseAlong", "ellipseAcross", "thirdOrderRadial", "thirdOrderSpiral", "parabolicCos",
+        "parabolicSin", "tiltScale",     "tiltOffset",       "axisOutOfPlane"};
     return isOfCell(nNumber) ? QStringLiteral("cell%1").arg(nNumber + 1)
                              : QString::fromLatin1(aszName[nNumber - Axis]);
 }
@@ -29,6 +29,8 @@ GeometryNumbers numbersOf(const DiffractionGeometry& geometry, double dfAzimuthZ
     numbers[EllipseAcross] = plane.ellipseSin * dfCos - plane.ellipseCos * dfSin;
     numbers[ThirdOrderRadial] = plane.radial;
     numbers[ThirdOrderSpiral] = plane.spiral;
+    numbers[ParabolicCos] = plane.parabolicCos;
+    numbers[ParabolicSin] = plane.parabolicSin;
     numbers[TiltScale] = geometry.turn.scale;
     numbers[TiltOffset] = geometry.turn.offset;
     numbers[AxisOutOfPlane] = geometry.turn.outOfPlane;
@@ -37,8 +39,8 @@ GeometryNumbers numbersOf(const DiffractionGeometry& geometry, double dfAzimuthZ
 
 void setNumbers(DiffractionGeometry& geometry, const GeometryNumbers& numbers, double dfAzimuthZero)
 {
-    std::array<double, 9> aPlane;
-    std::copy_n(numbers.begin() + Axis, 9, aPlane.begin());
+    std::array<double, g_nPlaneNumbers> aPlane;
+    std::copy_n(numbers.begin() + Axis, g_nPlaneNumbers, aPlane.begin());
     std::array<double, 3> aTurn;
     std::copy_n(numbers.begin() + TiltScale, 3, aTurn.begin());
     geometry.plane = planeTermsOf(aPlane, std::cos(2 * radians(dfAzimuthZero)),

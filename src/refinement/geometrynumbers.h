@@ -23,6 +23,8 @@ enum GeometryNumber {
     EllipseAcross,      ///< fraction, amplitude·sin 2(φ − φ₀)
     ThirdOrderRadial,   ///< fraction at the reference radius
     ThirdOrderSpiral,   ///< fraction at the reference radius
+    ParabolicCos,       ///< fraction at the reference radius, amplitude·cos φ, φ counted on the screen
+    ParabolicSin,       ///< fraction at the reference radius
     TiltScale,          ///< factor
     TiltOffset,         ///< degrees
     AxisOutOfPlane,     ///< degrees
@@ -39,11 +41,14 @@ inline bool isOfCell(int nNumber)
 /// What a summary calls a number: "axis", "centreX"; those of the cell are "cell1" to "cell9".
 QString geometryNumberName(int nNumber);
 
-/// The terms of the plane and of the turn from nine and three numbers (those from Axis to ThirdOrderSpiral
-/// and those from TiltScale on), in a scalar that may carry derivatives.
+/// How many numbers move a place in the plane: from Axis to before TiltScale.
+constexpr int g_nPlaneNumbers = TiltScale - Axis;
+
+/// The terms of the plane and of the turn from their numbers (those from Axis to ParabolicSin and those from
+/// TiltScale on), in a scalar that may carry derivatives.
 /// @param dfCos, dfSin  cos 2φ₀ and sin 2φ₀
 template <class T>
-PlaneTerms<T> planeTermsOf(const std::array<T, 9>& number, double dfCos, double dfSin)
+PlaneTerms<T> planeTermsOf(const std::array<T, g_nPlaneNumbers>& number, double dfCos, double dfSin)
 {
     const auto at = [&](GeometryNumber which) { return number[size_t(which - Axis)]; };
     PlaneTerms<T> terms;
@@ -56,6 +61,8 @@ PlaneTerms<T> planeTermsOf(const std::array<T, 9>& number, double dfCos, double 
     terms.ellipseSin = at(EllipseAlong) * dfSin + at(EllipseAcross) * dfCos;
     terms.radial = at(ThirdOrderRadial);
     terms.spiral = at(ThirdOrderSpiral);
+    terms.parabolicCos = at(ParabolicCos);
+    terms.parabolicSin = at(ParabolicSin);
     return terms;
 }
 

@@ -140,6 +140,36 @@ public:
         return true;
     }
 
+    /// Takes out the drift that the beams of the frames have beside the centre. Peaks of a frame lie to all
+    /// sides, so that hardly any number but the centre imitates it: drift and fit are found in turn.
+    /// @return whether there is one
+    bool takeOutDrift(GeometryFit& fit)
+    {
+        const int nTurns = 3;
+        int nFrames = 0;
+        for (const GeometrySpot& spot : m_work.listSpot) {
+            nFrames = std::max(nFrames, spot.nFrame + 1);
+        }
+        CRunReport silent;
+        for (int nTurn = 0; nTurn < nTurns; ++nTurn) {
+            m_drift = frameDrift(frameDistances(m_work, fit), nFrames,
+                                 nTurn + 1 == nTurns || m_drift.listOffset.empty() ? m_report : silent);
+            m_work.setDrift(m_drift.listOffset);
+            m_limits = chooseSpots(m_work, fit, m_limits.dfIndex);
+            if (m_drift.listOffset.empty() || !solveGeometry(m_work.residuals(), fit)) {
+                break;
+            }
+        }
+        return !m_drift.listOffset.empty();
+    }
+
+    void putDrift(GeometryModel& model) const
+    {
+        model.listDrift = m_drift.listOffset;
+        model.nDriftIntervals = m_drift.nIntervals;
+        model.nJumps = m_drift.nJumps;
+    }
+
     /// The peaks within the last limits, and the rms of those that were kept.
     /// @return whether the end is worse than the beginning: by the rms, or by the number of peaks within half
     /// the
@@ -147,13 +177,14 @@ public:
     ///         chance
     bool isWorse(const GeometryFit& before, const GeometryFit& after)
     {
-        m_result.nFitBefore = spotsWithin(m_work, before, m_limits);
+        const GeometryWork measured = m_work.withoutDrift();
+        m_result.nFitBefore = spotsWithin(measured, before, m_limits);
         m_result.nFitAfter = spotsWithin(m_work, after, m_limits);
-        m_result.dfRmsBefore = rmsInPlane(m_work.residuals(), before);
+        m_result.dfRmsBefore = rmsInPlane(measured.residuals(), before);
         m_result.dfRmsAfter = rmsInPlane(m_work.residuals(), after);
         const SpotLimits close = {m_limits.dfIndex, m_limits.dfPlane / 2, m_limits.dfAlong / 2};
         return m_result.dfRmsAfter > m_result.dfRmsBefore ||
-               spotsWithin(m_work, after, close) < spotsWithin(m_work, before, close);
+               spotsWithin(m_work, after, close) < spotsWithin(measured, before, close);
     }
 
     bool fail(const QString& strReason)
@@ -176,6 +207,7 @@ private:
     GeometryRefinement& m_result;
     CRunReport& m_report;
     SpotLimits m_limits;
+    FrameDrift m_drift;
 };
 
 void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report)
@@ -241,12 +273,22 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     if (!refinement.runRounds(fit, true)) {
         return;
     }
+    if (options.bDrift) {
+        refinement.takeOutDrift(fit);
+    }
     const bool bEllipse = chooseTerms(work, options, result.dfTiltRange, fit, result.listFixed, report);
     if (!refinement.runRounds(fit, false)) {
         return;
     }
+    if (options.bDrift && refinement.takeOutDrift(fit) && !refinement.runRounds(fit, false)) {
+        return;
+    }
     result.free = geometryModel(work, fit, bEllipse);
+    refinement.putDrift(result.free);
     result.constrained = bravaisModel(work, options, result.free, report);
+    if (result.constrained) {
+        refinement.putDrift(*result.constrained);
+    }
     bool bWorse = refinement.isWorse(before, result.best().fit);
     if (result.constrained && bWorse) {
         report.addMessage(

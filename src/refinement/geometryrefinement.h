@@ -15,6 +15,8 @@ namespace tessera {
 struct GeometryRefinementOptions {
     bool bEllipse = true;  ///< in place of the stretching
     bool bThirdOrder = true;
+    bool bParabolic = true;
+    bool bDrift = true;  ///< of the direct beam, smooth in the frame number and by frames that jump
     bool bTiltScale = true;
     bool bAxisOutOfPlane = true;
     std::vector<int> listFixed;                  ///< GeometryNumber: to stay as they are
@@ -39,6 +41,8 @@ struct GeometryModel {
     /// Pixels, of each frame from the first: what its direct beam is off by beside the centre. Empty where no
     /// drift is left over.
     std::vector<FramePlace> listDrift;
+    int nDriftIntervals = 0;  ///< of the smooth part of the drift; 0 where there is none
+    int nJumps = 0;           ///< frames whose beam stands apart from the smooth part and from other frames
 };
 
 struct GeometryRefinement {
@@ -65,7 +69,8 @@ struct GeometryRefinement {
 /// Rounds: fit, index each chain of peaks anew with the geometry that came out, within a tolerance that
 /// shrinks, drop what lies far off, until nothing changes. Third order, ellipse, scale of the tilts and an
 /// axis out of the plane come in if they lower the rms of frames that they were not fitted to (every second
-/// one, in turn). What the peaks cannot tell is fixed, with a line of the log. Then the same under the
+/// one, in turn). A drift of the direct beam that is left over is taken out beside the fit, see frameDrift().
+/// What the peaks cannot tell is fixed, with a line of the log. Then the same under the
 /// Bravais types.
 ///
 /// The size of a pixel is never fitted: without a known cell no peak tells it from the size of the cell, so

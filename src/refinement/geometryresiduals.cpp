@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-using PlaneJet = ceres::Jet<double, 9>;
+using PlaneJet = ceres::Jet<double, g_nPlaneNumbers>;
 using TurnJet = ceres::Jet<double, 3>;
 
 /// The turn of a frame with its derivatives by scale, offset and tilt out of the plane.
@@ -37,8 +37,8 @@ FrameTurn frameTurn(const GeometryNumbers& numbers, double dfMiddleTilt, double 
 
 PlaneTerms<PlaneJet> planeJets(const GeometryNumbers& numbers, double dfCos, double dfSin)
 {
-    std::array<PlaneJet, 9> aJet;
-    for (int n = 0; n < 9; ++n) {
+    std::array<PlaneJet, g_nPlaneNumbers> aJet;
+    for (int n = 0; n < g_nPlaneNumbers; ++n) {
         aJet[size_t(n)] = PlaneJet(numbers[size_t(Axis) + size_t(n)], n);
     }
     return planeTermsOf(aJet, dfCos, dfSin);

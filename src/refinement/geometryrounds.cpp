@@ -133,10 +133,51 @@ DiffractionGeometry GeometryWork::geometryOf(const GeometryFit& fit) const
     return geometry;
 }
 
+void GeometryWork::setDrift(std::vector<FramePlace> listNew)
+{
+    const auto driftOf = [](const std::vector<FramePlace>& list, int nFrame) {
+        return size_t(nFrame) < list.size() ? list[size_t(nFrame)] : FramePlace();
+    };
+    for (GeometrySpot& spot : listSpot) {
+        const FramePlace was = driftOf(listDrift, spot.nFrame), now = driftOf(listNew, spot.nFrame);
+        spot.place.dfX += was.dfX - now.dfX;
+        spot.place.dfY += was.dfY - now.dfY;
+    }
+    listDrift = std::move(listNew);
+}
+
+GeometryWork GeometryWork::withoutDrift() const
+{
+    GeometryWork work = *this;
+    work.setDrift({});
+    return work;
+}
+
+std::vector<FrameDistance> frameDistances(const GeometryWork& work, const GeometryFit& fit)
+{
+    const CGeometryResiduals residuals(work.listSpot, work.listNear, work.fixed, work.dfAzimuthZero);
+    Eigen::VectorXd vecResidual;
+    residuals.evaluate(fit.numbers, fit.form, {}, vecResidual, nullptr);
+    const double dfCos = std::cos(radians(fit.numbers[Axis])), dfSin = std::sin(radians(fit.numbers[Axis]));
+    std::vector<FrameDistance> listDistance;
+    listDistance.reserve(work.listNear.size());
+    for (int n = 0; n < residuals.spots(); ++n) {
+        const GeometrySpot& spot = work.listSpot[size_t(work.listNear[size_t(n)])];
+        const double dfAlong = vecResidual[2 * n], dfAcross = vecResidual[2 * n + 1];
+        FramePlace off = {dfCos * dfAlong + dfSin * dfAcross, dfCos * dfAcross - dfSin * dfAlong};
+        if (size_t(spot.nFrame) < work.listDrift.size()) {
+            off.dfX += work.listDrift[size_t(spot.nFrame)].dfX;
+            off.dfY += work.listDrift[size_t(spot.nFrame)].dfY;
+        }
+        listDistance.push_back({spot.nFrame, spot.nChain, off});
+    }
+    return listDistance;
+}
+
 SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfIndexTolerance)
 {
-    const std::vector<int> listNear = indexChains(work.listSpot, work.geometryOf(fit), dfIndexTolerance);
-    const CGeometryResiduals residuals(work.listSpot, listNear, work.fixed, work.dfAzimuthZero);
+    work.listNear = indexChains(work.listSpot, work.geometryOf(fit), dfIndexTolerance);
+    const CGeometryResiduals residuals(work.listSpot, work.listNear, work.fixed, work.dfAzimuthZero);
     const Distances distances = distancesOf(residuals, fit);
     // Medians of a distance in the plane and along a line, in standard deviations of the normal distribution.
     const double dfMedianPlane = 1.1774, dfMedianLine = 0.6745, dfDeviations = 4;
@@ -149,7 +190,7 @@ SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfInde
     // turn.
     limits.dfAlong = std::max(g_dfWeightAlongBeam * std::max(dfLeast, turnOfFrame(work.listSpot)),
                               dfDeviations / dfMedianLine * medianOf(distances.listAlong));
-    work.listUsed = within(listNear, distances, limits);
+    work.listUsed = within(work.listNear, distances, limits);
     return limits;
 }
 

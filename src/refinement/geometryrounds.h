@@ -1,6 +1,7 @@
 // Rounds of the refinement: which peaks take part, with which indices.
 #pragma once
 
+#include "refinement/framedrift.h"
 #include "refinement/geometrysolver.h"
 
 #include <optional>
@@ -17,8 +18,10 @@ struct SpotLimits {
 
 /// The peaks of a refinement and what of them is in use.
 struct GeometryWork {
-    std::vector<GeometrySpot> listSpot;  ///< with the indices of the last round
+    std::vector<GeometrySpot> listSpot;  ///< with the indices of the last round, freed of the drift
     std::vector<int> listUsed;           ///< ascending
+    std::vector<int> listNear;           ///< near a whole triple of indices in the last round, ascending
+    std::vector<FramePlace> listDrift;   ///< pixels, of each frame's beam beside the centre; empty for none
     DiffractionGeometry fixed;           ///< what is not fitted; the rest of it is not read
     double dfAzimuthZero = 0;            ///< degrees, that the ellipse counts from
 
@@ -26,7 +29,15 @@ struct GeometryWork {
     /// Those of the used spots whose frames have an odd (1) or even (0) number.
     CGeometryResiduals residualsOfHalf(int nHalf) const;
     DiffractionGeometry geometryOf(const GeometryFit& fit) const;
+    /// Frees the places of another drift, in the place of the one in force.
+    void setDrift(std::vector<FramePlace> listNew);
+    /// The same with the places as they were measured.
+    GeometryWork withoutDrift() const;
 };
+
+/// What is left of the distance of each peak near whole indices from where a fit expects it, with the drift
+/// in force put back.
+std::vector<FrameDistance> frameDistances(const GeometryWork& work, const GeometryFit& fit);
 
 /// Indexes the chains anew with the geometry of a fit and chooses the spots that lie within four standard
 /// deviations, which are estimated from the medians.

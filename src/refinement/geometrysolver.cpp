@@ -98,9 +98,10 @@ void addBlock(GeometryNormal& normal, const RowMatrix& matJacobian, const Eigen:
 }
 
 /// From what can be done without to what every geometry has.
-const int g_anPriority[] = {TiltOffset,       AxisOutOfPlane, TiltScale,     EllipseAlong,  ThirdOrderSpiral,
-                            ThirdOrderRadial, EllipseAcross,  StretchingSin, StretchingCos, Axis,
-                            CentreY,          CentreX};
+const int g_anPriority[] = {TiltOffset,    AxisOutOfPlane, TiltScale,        ParabolicSin,
+                            ParabolicCos,  EllipseAlong,   ThirdOrderSpiral, ThirdOrderRadial,
+                            EllipseAcross, StretchingSin,  StretchingCos,    Axis,
+                            CentreY,       CentreX};
 
 int priorityOf(int nNumber)
 {

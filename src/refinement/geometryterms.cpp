@@ -132,6 +132,10 @@ bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& opti
         bEllipse = choice.take(other, {EllipseAcross},
                                QStringLiteral("a linear ellipse in place of the stretching"));
     }
+    const std::vector<int> listSecond = {ParabolicCos, ParabolicSin};
+    if (wanted(options.bParabolic, listSecond)) {
+        choice.take(withNumbers(fit, listSecond), listSecond, QStringLiteral("a parabolic distortion"));
+    }
     if (wanted(options.bTiltScale, {TiltScale})) {
         choice.take(withNumbers(fit, {TiltScale}), {TiltScale}, QStringLiteral("a scale of the tilts"));
     }

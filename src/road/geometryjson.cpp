@@ -4,6 +4,8 @@
 
 #include <QJsonArray>
 
+#include <cmath>
+
 namespace tessera {
 
 namespace {
@@ -46,6 +48,10 @@ void putPlane(QJsonObject& object, const DiffractionGeometry& geometry)
     object[QStringLiteral("thirdOrder")] = QJsonObject{{QStringLiteral("radial"), 100 * plane.radial},
                                                        {QStringLiteral("spiral"), 100 * plane.spiral},
                                                        {QStringLiteral("radius"), geometry.dfRadius}};
+    object[QStringLiteral("parabolic")] = QJsonObject{
+        {QStringLiteral("amplitude"), 100 * std::hypot(plane.parabolicCos, plane.parabolicSin)},
+        {QStringLiteral("azimuth"), degrees(std::atan2(plane.parabolicSin, plane.parabolicCos))},
+        {QStringLiteral("radius"), geometry.dfRadius}};
     object[QStringLiteral("centre")] = QJsonArray{plane.centreX, plane.centreY};
     object[QStringLiteral("tiltScale")] = geometry.turn.scale;
 }

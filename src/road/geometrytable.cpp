@@ -25,6 +25,8 @@ const Row g_aRow[] = {
     {"ellipse across the axis", "%", 100, EllipseAcross, 3},
     {"third order, radial", "%", 100, ThirdOrderRadial, 3},
     {"third order, spiral", "%", 100, ThirdOrderSpiral, 3},
+    {"parabolic cos", "%", 100, ParabolicCos, 3},
+    {"parabolic sin", "%", 100, ParabolicSin, 3},
     {"scale of the tilts", "", 1, TiltScale, 5},
     {"offset of the tilts", "°", 1, TiltOffset, 3},
 };
