@@ -1,5 +1,7 @@
 #include "refinement/beamdrift.h"
 
+#include <cmath>
+
 namespace tessera {
 
 std::vector<FramePlace> beamOffsets(const GeometryModel& model, int nFrames)
@@ -11,6 +13,15 @@ std::vector<FramePlace> beamOffsets(const GeometryModel& model, int nFrames)
         listOffset[n].dfY += model.listDrift[n].dfY;
     }
     return listOffset;
+}
+
+double driftRms(const GeometryModel& model)
+{
+    double dfSum = 0;
+    for (const FramePlace& offset : model.listDrift) {
+        dfSum += offset.dfX * offset.dfX + offset.dfY * offset.dfY;
+    }
+    return model.listDrift.empty() ? 0 : std::sqrt(dfSum / double(model.listDrift.size()));
 }
 
 }  // namespace tessera

@@ -12,4 +12,7 @@ namespace tessera {
 /// @param nFrames  how many frames the series has; those beyond the drift of the model get the centre alone
 std::vector<FramePlace> beamOffsets(const GeometryModel& model, int nFrames);
 
+/// Root mean square length of the drift over its frames, pixels; 0 where there is none.
+double driftRms(const GeometryModel& model);
+
 }  // namespace tessera

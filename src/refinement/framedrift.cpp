@@ -383,15 +383,6 @@ private:
 
 }  // namespace
 
-double FrameDrift::rms() const
-{
-    double dfSum = 0;
-    for (const FramePlace& offset : listOffset) {
-        dfSum += square(offset);
-    }
-    return listOffset.empty() ? 0 : std::sqrt(dfSum / double(listOffset.size()));
-}
-
 FrameDrift frameDrift(const std::vector<FrameDistance>& listDistance, int nFrames, CRunReport& report)
 {
     std::vector<FrameDistance> listInside;

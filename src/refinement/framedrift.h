@@ -20,9 +20,6 @@ struct FrameDrift {
     int nIntervals = 0;                  ///< of the smooth part; 0 where there is none
     double dfScatter = 0;                ///< pixels, of the frames about the smooth part, along one direction
     int nJumps = 0;                      ///< frames that stand apart from the others
-
-    /// Root mean square of the offsets' lengths, pixels.
-    double rms() const;
 };
 
 /// The drift that the peaks of a series have in common frame by frame.

@@ -1,5 +1,6 @@
 #include "road/geometryjson.h"
 
+#include "refinement/beamdrift.h"
 #include "road/celljson.h"
 
 #include <QJsonArray>
@@ -56,6 +57,18 @@ void putPlane(QJsonObject& object, const DiffractionGeometry& geometry)
     object[QStringLiteral("tiltScale")] = geometry.turn.scale;
 }
 
+QJsonObject driftObject(const GeometryModel& model)
+{
+    QJsonArray arrayOffset;
+    for (const FramePlace& offset : model.listDrift) {
+        arrayOffset.append(QJsonArray{offset.dfX, offset.dfY});
+    }
+    return {{QStringLiteral("rms"), driftRms(model)},
+            {QStringLiteral("intervals"), model.nDriftIntervals},
+            {QStringLiteral("jumps"), model.nJumps},
+            {QStringLiteral("offsets"), arrayOffset}};
+}
+
 }  // namespace
 
 QJsonObject geometryObject(const GeometryRefinement& refinement)
@@ -70,6 +83,7 @@ QJsonObject geometryObject(const GeometryRefinement& refinement)
         object[QStringLiteral("constrained")] = cellObject(*refinement.constrained);
     }
     putPlane(object, best.geometry);
+    object[QStringLiteral("drift")] = driftObject(best);
     QJsonObject errors;
     for (const int nNumber : best.fit.listFree) {
         if (!isOfCell(nNumber)) {

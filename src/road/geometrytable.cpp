@@ -1,5 +1,7 @@
 #include "road/geometrytable.h"
 
+#include "refinement/beamdrift.h"
+
 #include <algorithm>
 
 namespace tessera {
@@ -61,6 +63,17 @@ QString cellText(const GeometryModel& model)
     return listPart.join(QLatin1Char(' '));
 }
 
+QString driftText(const GeometryModel& model)
+{
+    if (model.listDrift.empty()) {
+        return QStringLiteral("No drift of the direct beam is left over.");
+    }
+    return QStringLiteral("Drift of the direct beam left over: rms %1 px, %2 intervals, %3 frames that jump.")
+        .arg(driftRms(model), 0, 'f', 3)
+        .arg(model.nDriftIntervals)
+        .arg(model.nJumps);
+}
+
 }  // namespace
 
 QStringList geometryTable(const GeometryRefinement& refinement)
@@ -76,6 +89,7 @@ QStringList geometryTable(const GeometryRefinement& refinement)
     for (const Row& row : g_aRow) {
         listLine.append(rowText(row, before, best));
     }
+    listLine.append(driftText(best));
     listLine.append(QStringLiteral("Refined cell: %1").arg(cellText(refinement.free)));
     if (refinement.constrained) {
         listLine.append(QStringLiteral("Refined cell under %1: %2")
