@@ -231,7 +231,7 @@ private:
         m_dfVariance = medianOf(std::move(listSquare)) / MEDIAN_SQUARE;
     }
 
-    /// The variance of a frame's middle. Half a pixel's rounding is in it however few the peaks are.
+    /// The variance of a frame's middle along one direction.
     double varianceOf(const FrameMiddle& frame) const { return m_dfVariance / frame.nPeaks; }
 
     double scatterShare(const FrameMiddle& frame, double dfScatter) const
@@ -241,11 +241,11 @@ private:
                                                                : dfSquare / (dfSquare + varianceOf(frame));
     }
 
-    /// λ²: the squared length that one of all frames exceeds by chance.
+    /// λ²: the squared length that a frame of one series in twenty exceeds by chance.
     double limitOf(const FrameMiddle& frame, double dfScatter) const
     {
         const double dfSpread = std::max(m_dfSpread, dfScatter);
-        return 2 * std::log(double(all().size())) * (dfSpread * dfSpread + varianceOf(frame));
+        return 2 * std::log(20 * double(all().size())) * (dfSpread * dfSpread + varianceOf(frame));
     }
 
     double jumpShare(const FrameMiddle& frame, double dfScatter) const

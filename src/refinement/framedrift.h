@@ -29,9 +29,9 @@ struct FrameDrift {
 /// best which it has not seen (every second one, in turn). What a frame lies beside it is believed as far as
 /// it exceeds its error: by τ²/(τ² + σ²) with the scatter τ of the frames, where half of the chains tells
 /// that of the other half better for it; and of a frame that stands apart from the others by 1 − λ²/r²,
-/// which leaves a wide jump nearly whole, where λ is the length that one frame in the series would exceed by
-/// chance. An offset of its own needs six peaks on the frame: each half of them is three then, whose middle
-/// one false peak does not move far.
+/// which leaves a wide jump nearly whole, where λ is the length that some frame of one series in twenty
+/// exceeds by chance. An offset of its own needs six peaks on the frame: each half of them is three then,
+/// whose middle one false peak does not move far.
 ///
 /// The mean over the peaks is 0, as it belongs to the centre.
 /// @param nFrames  how many offsets there will be

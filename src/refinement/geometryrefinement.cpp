@@ -20,8 +20,10 @@ const double LEAST_SHARE = 1.0 / 3;
 
 bool isFinite(const GeometrySpot& spot)
 {
-    return std::isfinite(spot.place.dfX) && std::isfinite(spot.place.dfY) && std::isfinite(spot.dfTilt) &&
-           std::isfinite(spot.dfWeight) && spot.nFrame >= 0;
+    const FramePlace fine = spot.finePlace.value_or(spot.place);
+    return std::isfinite(fine.dfX) && std::isfinite(fine.dfY) && std::isfinite(spot.place.dfX) &&
+           std::isfinite(spot.place.dfY) && std::isfinite(spot.dfTilt) && std::isfinite(spot.dfWeight) &&
+           spot.nFrame >= 0;
 }
 
 bool isUsable(const DiffractionGeometry& geometry)
@@ -163,6 +165,31 @@ public:
         return !m_drift.listOffset.empty();
     }
 
+    /// Takes the fine places of the spots where these lower the rms of frames that were not fitted to.
+    /// @return false where it cannot go on with them
+    bool takeFinePlaces(GeometryFit& fit)
+    {
+        const auto isFine = [](const GeometrySpot& spot) { return spot.finePlace.has_value(); };
+        if (std::none_of(m_work.listSpot.begin(), m_work.listSpot.end(), isFine)) {
+            return true;
+        }
+        const GeometryWork fine = m_work.withFinePlaces();
+        const double dfRms = rmsOfUnseenFrames(m_work, fit), dfFine = rmsOfUnseenFrames(fine, fit);
+        const bool bBetter = dfFine < dfRms;
+        m_report.addMessage(
+            QStringLiteral("Geometry with the centres of the spots: rms of frames not fitted to "
+                           "%1 px instead of %2 px at the hunted pixels; %3.")
+                .arg(dfFine, 0, 'f', 4)
+                .arg(dfRms, 0, 'f', 4)
+                .arg(QLatin1String(bBetter ? "taken" : "left out")));
+        if (!bBetter) {
+            return true;
+        }
+        m_work = fine;
+        m_result.bFinePlaces = true;
+        return runRounds(fit, false);
+    }
+
     void putDrift(GeometryModel& model) const
     {
         model.listDrift = m_drift.listOffset;
@@ -275,6 +302,9 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     }
     if (options.bDrift) {
         refinement.takeOutDrift(fit);
+    }
+    if (!refinement.takeFinePlaces(fit)) {
+        return;
     }
     const bool bEllipse = chooseTerms(work, options, result.dfTiltRange, fit, result.listFixed, report);
     if (!refinement.runRounds(fit, false)) {

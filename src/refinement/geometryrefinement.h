@@ -57,7 +57,8 @@ struct GeometryRefinement {
     int nFitAfter = 0;                   ///< and after
     double dfRmsBefore = 0;              ///< pixels, of the peaks kept
     double dfRmsAfter = 0;
-    double dfTiltRange = 0;  ///< degrees
+    double dfTiltRange = 0;    ///< degrees
+    bool bFinePlaces = false;  ///< the fine places of the spots were taken
 
     bool done() const { return strReason.isEmpty(); }
     /// The constrained model, or the free one.
@@ -70,8 +71,8 @@ struct GeometryRefinement {
 /// shrinks, drop what lies far off, until nothing changes. Third order, ellipse, scale of the tilts and an
 /// axis out of the plane come in if they lower the rms of frames that they were not fitted to (every second
 /// one, in turn). A drift of the direct beam that is left over is taken out beside the fit, see frameDrift().
-/// What the peaks cannot tell is fixed, with a line of the log. Then the same under the
-/// Bravais types.
+/// Fine places of the spots are taken where they lower that rms. What the peaks cannot tell is fixed, with a
+/// line of the log. Then the same under the Bravais types.
 ///
 /// The size of a pixel is never fitted: without a known cell no peak tells it from the size of the cell, so
 /// that all lengths of the cell have its error in common. Standard errors hold what the residuals show, not

@@ -142,8 +142,21 @@ void GeometryWork::setDrift(std::vector<FramePlace> listNew)
         const FramePlace was = driftOf(listDrift, spot.nFrame), now = driftOf(listNew, spot.nFrame);
         spot.place.dfX += was.dfX - now.dfX;
         spot.place.dfY += was.dfY - now.dfY;
+        if (spot.finePlace) {
+            spot.finePlace->dfX += was.dfX - now.dfX;
+            spot.finePlace->dfY += was.dfY - now.dfY;
+        }
     }
     listDrift = std::move(listNew);
+}
+
+GeometryWork GeometryWork::withFinePlaces() const
+{
+    GeometryWork work = *this;
+    for (GeometrySpot& spot : work.listSpot) {
+        spot.place = spot.finePlace.value_or(spot.place);
+    }
+    return work;
 }
 
 GeometryWork GeometryWork::withoutDrift() const

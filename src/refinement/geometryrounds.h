@@ -29,6 +29,8 @@ struct GeometryWork {
     /// Those of the used spots whose frames have an odd (1) or even (0) number.
     CGeometryResiduals residualsOfHalf(int nHalf) const;
     DiffractionGeometry geometryOf(const GeometryFit& fit) const;
+    /// The same with the fine places of the spots that have one.
+    GeometryWork withFinePlaces() const;
     /// Frees the places of another drift, in the place of the one in force.
     void setDrift(std::vector<FramePlace> listNew);
     /// The same with the places as they were measured.

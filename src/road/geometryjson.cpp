@@ -91,6 +91,7 @@ QJsonObject geometryObject(const GeometryRefinement& refinement)
         }
     }
     object[QStringLiteral("standardErrors")] = errors;
+    object[QStringLiteral("spotCentres")] = refinement.bFinePlaces;
     object[QStringLiteral("rmsPixels")] = refinement.dfRmsAfter;
     object[QStringLiteral("before")] = stateObject(refinement.before, refinement.dfRmsBefore,
                                                    refinement.nFitBefore);

@@ -1,0 +1,147 @@
+#include "frames/spotcentres.h"
+
+#include "frames/deferredreport.h"
+#include "frames/firstimage.h"
+#include "frames/framewalk.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace tessera {
+
+namespace {
+
+// Hunting takes the highest pixel of a spot, which noise moves to a neighbour of the middle one.
+const double FARTHEST = 1.5;
+
+/// Median of the pixels between two radii; none where the image cuts the ring.
+std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, double dfInner, double dfOuter)
+{
+    const int nReach = int(std::ceil(dfOuter));
+    if (nX < nReach || nY < nReach || nX + nReach >= img.Width() || nY + nReach >= img.Height()) {
+        return std::nullopt;
+    }
+    std::vector<float> listValue;
+    for (int y = -nReach; y <= nReach; ++y) {
+        for (int x = -nReach; x <= nReach; ++x) {
+            const int nSquare = x * x + y * y;
+            if (nSquare >= dfInner * dfInner && nSquare <= dfOuter * dfOuter) {
+                listValue.push_back(
+                    img.Data()[std::size_t(nY + y) * std::size_t(img.Width()) + std::size_t(nX + x)]);
+            }
+        }
+    }
+    const auto itMiddle = listValue.begin() + std::ptrdiff_t(listValue.size() / 2);
+    std::nth_element(listValue.begin(), itMiddle, listValue.end());
+    return std::isfinite(*itMiddle) ? std::optional<double>(*itMiddle) : std::nullopt;
+}
+
+/// The centroid of what stands above the background, relative to a centre, within the Gaussian round it.
+std::optional<QPointF> windowedStep(const CImgObj<float>& img, const QPointF& ptCentre, double dfBackground,
+                                    double dfSigma)
+{
+    const int nReach = int(std::ceil(3 * dfSigma));
+    const int nMiddleX = int(std::lround(ptCentre.x())), nMiddleY = int(std::lround(ptCentre.y()));
+    double dfSum = 0, dfSumX = 0, dfSumY = 0;
+    for (int nY = nMiddleY - nReach; nY <= nMiddleY + nReach; ++nY) {
+        for (int nX = nMiddleX - nReach; nX <= nMiddleX + nReach; ++nX) {
+            if (nX < 0 || nY < 0 || nX >= img.Width() || nY >= img.Height()) {
+                return std::nullopt;
+            }
+            const double dfX = nX - ptCentre.x(), dfY = nY - ptCentre.y();
+            const double dfAbove = img.Data()[std::size_t(nY) * std::size_t(img.Width()) + std::size_t(nX)] -
+                                   dfBackground;
+            const double dfWeighted = std::exp(-(dfX * dfX + dfY * dfY) / (2 * dfSigma * dfSigma)) * dfAbove;
+            dfSum += dfWeighted;
+            dfSumX += dfWeighted * dfX;
+            dfSumY += dfWeighted * dfY;
+        }
+    }
+    if (!(dfSum > 0)) {
+        return std::nullopt;
+    }
+    // Window and spot are of one width, so that the product has half the variance and lies half way.
+    return QPointF(2 * dfSumX / dfSum, 2 * dfSumY / dfSum);
+}
+
+/// The peaks of a frame at the centres of their spots.
+struct CentredFrame {
+    QList<Peak3D> listPeak;
+    bool bRead = false;
+    CDeferredReport report;
+};
+
+}  // namespace
+
+std::optional<QPointF> spotCentre(const CImgObj<float>& img, const QPointF& ptPlace, double dfSigma)
+{
+    const int nMostSteps = 30;
+    const double dfEnough = 1e-3;  // pixels, far below what noise leaves
+    if (!(std::abs(ptPlace.x()) < 1e6 && std::abs(ptPlace.y()) < 1e6 && dfSigma > 0)) {
+        return std::nullopt;
+    }
+    const std::optional<double> background = ringMedian(img, int(std::lround(ptPlace.x())),
+                                                        int(std::lround(ptPlace.y())), 3.5 * dfSigma,
+                                                        3.5 * dfSigma + 2.5);
+    if (!background) {
+        return std::nullopt;
+    }
+    QPointF ptCentre = ptPlace;
+    for (int n = 0; n < nMostSteps; ++n) {
+        const std::optional<QPointF> step = windowedStep(img, ptCentre, *background, dfSigma);
+        if (!step) {
+            return std::nullopt;
+        }
+        ptCentre += *step;
+        const QPointF ptMoved = ptCentre - ptPlace;
+        if (!(std::hypot(ptMoved.x(), ptMoved.y()) <= FARTHEST)) {
+            return std::nullopt;
+        }
+        if (std::hypot(step->x(), step->y()) < dfEnough) {
+            return ptCentre;
+        }
+    }
+    return std::nullopt;
+}
+
+RunOutcome moveToSpotCentres(const DataSet& dataSet, QVector<QList<Peak3D>>& vecPeak, double dfSigma,
+                             CRunReport& report, int nJobs)
+{
+    const SeriesSnapshot series(dataSet);
+    const int nFrames = std::min(series.frameCount(), int(vecPeak.size()));
+    const QVector<QList<Peak3D>>& vecFormer = vecPeak;
+    const auto makeWorker = [&] {
+        return [&](int nFrame) {
+            CentredFrame frame;
+            frame.listPeak = vecFormer[nFrame];
+            frame.bRead = frame.listPeak.isEmpty();
+            const auto pImage = frame.bRead ? nullptr : firstImage(series, nFrame, {}, frame.report);
+            if (pImage) {
+                for (Peak3D& peak : frame.listPeak) {
+                    const auto centre = spotCentre(*pImage, QPointF(peak.dfX2D, peak.dfY2D), dfSigma);
+                    peak.dfX2D = centre ? centre->x() : peak.dfX2D;
+                    peak.dfY2D = centre ? centre->y() : peak.dfY2D;
+                }
+                frame.bRead = true;
+            }
+            return frame;
+        };
+    };
+    QVector<QList<Peak3D>> vecMoved;
+    CFrameWalk walk(nFrames, StopAsked::BetweenFrames, report);
+    walk.showProgress(ProgressPlace::TaskBarToo);
+    const RunOutcome outcome = walk.runAhead<CentredFrame>(nJobs, makeWorker, [&](int, CentredFrame& frame) {
+        frame.report.sayTo(report);
+        vecMoved.append(frame.listPeak);
+        return frame.bRead;
+    });
+    if (outcome.finished()) {
+        vecMoved += vecPeak.mid(vecMoved.size());
+        vecPeak = vecMoved;
+    }
+    return outcome;
+}
+
+}  // namespace tessera
