@@ -81,6 +81,19 @@ std::vector<int> stateOf(const GeometryWork& work)
     return listState;
 }
 
+/// Whether more peaks went than came, beyond what chance does to peaks at a limit.
+/// Source: McNemar (1947), Psychometrika 12, 153–157.
+bool losesPeaks(const std::vector<int>& listBefore, const std::vector<int>& listAfter)
+{
+    std::vector<int> listGone, listCome;
+    std::set_difference(listBefore.begin(), listBefore.end(), listAfter.begin(), listAfter.end(),
+                        std::back_inserter(listGone));
+    std::set_difference(listAfter.begin(), listAfter.end(), listBefore.begin(), listBefore.end(),
+                        std::back_inserter(listCome));
+    const double dfGone = double(listGone.size()), dfCome = double(listCome.size());
+    return dfGone - dfCome > 2 * std::sqrt(dfGone + dfCome);
+}
+
 class CRefinement {
 public:
     CRefinement(GeometryWork& work, GeometryRefinement& result, CRunReport& report)
@@ -198,20 +211,18 @@ public:
     }
 
     /// The peaks within the last limits, and the rms of those that were kept.
-    /// @return whether the end is worse than the beginning: by the rms, or by the number of peaks within half
-    /// the
-    ///         limits, as what lies at the limits themselves is false peaks, that fall on either side by
-    ///         chance
+    /// @return whether the end is worse than the beginning: by the rms, or by the peaks within half the
+    /// limits, as what lies at the limits themselves is false peaks, that fall on either side by chance
     bool isWorse(const GeometryFit& before, const GeometryFit& after)
     {
         const GeometryWork measured = m_work.withoutDrift();
-        m_result.nFitBefore = spotsWithin(measured, before, m_limits);
-        m_result.nFitAfter = spotsWithin(m_work, after, m_limits);
+        m_result.nFitBefore = int(spotsWithin(measured, before, m_limits).size());
+        m_result.nFitAfter = int(spotsWithin(m_work, after, m_limits).size());
         m_result.dfRmsBefore = rmsInPlane(measured.residuals(), before);
         m_result.dfRmsAfter = rmsInPlane(m_work.residuals(), after);
         const SpotLimits close = {m_limits.dfIndex, m_limits.dfPlane / 2, m_limits.dfAlong / 2};
         return m_result.dfRmsAfter > m_result.dfRmsBefore ||
-               spotsWithin(m_work, after, close) < spotsWithin(measured, before, close);
+               losesPeaks(spotsWithin(measured, before, close), spotsWithin(m_work, after, close));
     }
 
     bool fail(const QString& strReason)

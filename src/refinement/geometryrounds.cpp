@@ -207,12 +207,12 @@ SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfInde
     return limits;
 }
 
-int spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits)
+std::vector<int> spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits)
 {
     std::vector<GeometrySpot> listSpot = work.listSpot;
     const std::vector<int> listNear = indexChains(listSpot, work.geometryOf(fit), limits.dfIndex);
     const CGeometryResiduals residuals(listSpot, listNear, work.fixed, work.dfAzimuthZero);
-    return int(within(listNear, distancesOf(residuals, fit), limits).size());
+    return within(listNear, distancesOf(residuals, fit), limits);
 }
 
 }  // namespace tessera

@@ -46,7 +46,7 @@ std::vector<FrameDistance> frameDistances(const GeometryWork& work, const Geomet
 /// @return the limits that were used
 SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfIndexTolerance);
 
-/// How many spots lie within limits, each chain with the indices next to it.
-int spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits);
+/// The spots that lie within limits, each chain with the indices next to it, ascending.
+std::vector<int> spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits);
 
 }  // namespace tessera
