@@ -11,7 +11,8 @@ bool PeakMapping::operator==(const PeakMapping& other) const
     const auto tied = [](const PeakMapping& mapping) {
         return std::tie(mapping.dfCenterX, mapping.dfCenterY, mapping.dfWavelength, mapping.dfPixelSize,
                         mapping.dfRotationAxis, mapping.dfTiltRelaxation, mapping.dfStretchAmplitude,
-                        mapping.dfStretchAzimuth, mapping.listOverallTilt, mapping.listShift);
+                        mapping.dfStretchAzimuth, mapping.distortion, mapping.listOverallTilt,
+                        mapping.listShift);
     };
     return tied(*this) == tied(other);
 }

@@ -4,6 +4,7 @@
 #include "crystal/spacegroup.h"
 #include "dataset/maskdata.h"
 #include "geometry/reciprocalbasis.h"
+#include "geometry/seriesdistortion.h"
 #include "imaging/imagelist.h"
 #include "records/peak3d.h"
 #include "records/resultfile.h"
@@ -34,6 +35,7 @@ struct PeakMapping {
     double dfTiltRelaxation = 0;    ///< degrees
     double dfStretchAmplitude = 0;  ///< this and the azimuth: 0 where stretching is not applied
     double dfStretchAzimuth = 0;    ///< degrees
+    SeriesDistortion distortion;    ///< what is undone beside the stretching
 
     bool operator==(const PeakMapping& other) const;  ///< equal to the bit in all of these
     bool operator!=(const PeakMapping& other) const { return !(*this == other); }  ///< the opposite
@@ -57,6 +59,7 @@ struct DataSet {
     double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
     double m_dfStretchAmplitude = 0;       ///< per cent
     double m_dfStretchAzimuth = 0;         ///< degrees
+    SeriesDistortion m_distortion;         ///< what the lens and the axis do beside the stretching
     QList<QPointF> m_listShift;            ///< pixels with respect to the first frame
     double m_dfCenterX = 0;                ///< direct beam on the first frame, pixels
     double m_dfCenterY = 0;                ///< row of it, pixels

@@ -92,6 +92,7 @@ PeakMapping currentPeakMapping(const DataSet& dataSet, const MappingParameters& 
         mapping.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
         mapping.dfStretchAzimuth = dataSet.m_dfStretchAzimuth;
     }
+    mapping.distortion = dataSet.m_distortion;
     return mapping;
 }
 
