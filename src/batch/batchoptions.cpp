@@ -104,9 +104,11 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
     }
     if (std::optional<double>* pTarget = optionalTarget(o, row.member)) {
         option.fnTake = into(*pTarget);
+    } else if (const auto* pMember = std::get_if<double SeriesDistortion::*>(&row.member)) {
+        option.fnTake = [&o, p = *pMember](double dfValue) { o.listDistortion.emplace_back(p, dfValue); };
     } else {
-        const ParameterRecords records = {nullptr, &o.hunting,  nullptr, &o.merging,
-                                          &o.cell, &o.indexing, nullptr, &o.refinement};
+        const ParameterRecords records = {nullptr,     &o.hunting, nullptr,       &o.merging, &o.cell,
+                                          &o.indexing, nullptr,    &o.refinement, nullptr};
         if (!row.isIn(records)) {
             throw std::logic_error("an option without a place for its number");
         }

@@ -77,7 +77,8 @@ QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
         listFile += filesOf(dataSet, {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks});
     }
     if (writesStage(options, RoadStage::Geometry)) {
-        listFile += filesOf(dataSet, {ResultFile::RefinedProject, ResultFile::RefinedCell});
+        listFile += filesOf(dataSet,
+                            {ResultFile::RefinedProject, ResultFile::RefinedCell, ResultFile::RefinedShifts});
     }
     return listFile;
 }

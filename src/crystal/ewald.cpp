@@ -1,18 +1,25 @@
 #include "crystal/ewald.h"
 
+#include "geometry/angles.h"
+#include "geometry/placecorrection.h"
+
 #include <QString>
 
 #include <cmath>
 
 namespace tessera {
 
-bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt)
+bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double dfAxisOutOfPlane)
 {
     constexpr double dfHalfPi = 3.141592653589793 / 2;
     const double dfK = 1 / dfWavelength;
-    const double dfA = -2 * double(g.y) * dfK;
-    const double dfB = 2 * double(g.z) * dfK;
-    const double dfC = double(dot(g, g));
+    // The turn about (x, 0, z) leaves what lies along it; for an axis in the plane x is 1 and z is 0.
+    const double dfX0 = std::cos(radians(dfAxisOutOfPlane)), dfZ0 = std::sin(radians(dfAxisOutOfPlane));
+    const double dfAcross = dfX0 * double(g.z) - dfZ0 * double(g.x);
+    const double dfAlong = dfX0 * double(g.x) + dfZ0 * double(g.z);
+    const double dfA = -2 * (dfX0 * double(g.y)) * dfK;
+    const double dfB = 2 * (dfX0 * dfAcross) * dfK;
+    const double dfC = double(dot(g, g)) + 2 * (dfZ0 * dfAlong) * dfK;
     const double dfS = dfA * dfA + dfB * dfB;
     const double dfX = (dfS - dfC * dfC) * (dfB * dfB);
     if (!(dfX >= 0) || (dfA == 0 && dfB == 0))
@@ -57,10 +64,12 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
 {
     const CMatrix3 matToFrame = rotationZ(-geometry.dfRotationAxis);
     const float fK = float(1 / geometry.dfWavelength);
+    const double dfOutOfPlane = geometry.distortion.dfAxisOutOfPlane;
+    const CPlaceCorrection correction({}, geometry.distortion);
     QList<Peak3D> listWork = listPeak;
     for (Peak3D& peak : listWork) {
         double dfTilt = 0;
-        if (!calEwaldTilt(geometry.dfWavelength, peak.point(), dfTilt)) {
+        if (!calEwaldTilt(geometry.dfWavelength, peak.point(), dfTilt, dfOutOfPlane)) {
             report.addMessage(QStringLiteral("Reflection (%1,%2,%3) is not cut by Ewald sphere.")
                                   .arg(peak.dfH, 0, 'f', 3)
                                   .arg(peak.dfK, 0, 'f', 3)
@@ -70,7 +79,8 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
         const double dfDegrees = dfTilt * 180 / 3.141592653589793;
         const int nFrame = calClosestFrame(dfDegrees, geometry.listOverallTilt);
         peak.dfFrameTilt = dfDegrees;
-        const Vec3D u = matToFrame.multiplied(rotationX(-dfDegrees)).multiplied(peak.point());
+        const Vec3D u =
+            matToFrame.multiplied(rotationAboutAxis(-dfDegrees, dfOutOfPlane)).multiplied(peak.point());
         // Along the line from the sphere's centre down to the flat pattern.
         const float fScale = -fK / (u.z - fK);
         if (!geometry.centres.holds(nFrame)) {
@@ -78,9 +88,18 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
                 QStringLiteral("Frame No. from tilt angle %L1 degrees is out of range!").arg(dfDegrees));
             return false;
         }
+        const std::optional<QPointF> pt = correction.putBack(
+            {double(u.x * fScale) / geometry.dfPixelSize, double(u.y * fScale) / geometry.dfPixelSize});
+        if (!pt) {
+            report.addMessage(QStringLiteral("The distortion leaves reflection (%1,%2,%3) no place.")
+                                  .arg(peak.dfH, 0, 'f', 3)
+                                  .arg(peak.dfK, 0, 'f', 3)
+                                  .arg(peak.dfL, 0, 'f', 3));
+            return false;
+        }
         const QPointF& ptShift = geometry.centres.m_listShift[nFrame];
-        peak.dfX2D = double(u.x * fScale) / geometry.dfPixelSize + ptShift.x() + geometry.centres.m_dfCenterX;
-        peak.dfY2D = double(u.y * fScale) / geometry.dfPixelSize + geometry.centres.m_dfCenterY + ptShift.y();
+        peak.dfX2D = pt->x() + ptShift.x() + geometry.centres.m_dfCenterX;
+        peak.dfY2D = pt->y() + geometry.centres.m_dfCenterY + ptShift.y();
         peak.nFrame = nFrame;
     }
     listPeak = listWork;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "geometry/rotationgeometry.h"
+#include "geometry/seriesdistortion.h"
 #include "records/peak3d.h"
 #include "records/runreport.h"
 #include "records/vec3d.h"
@@ -17,13 +18,14 @@ struct FramePositionGeometry {
     double dfPixelSize = 0.001;     ///< Å⁻¹ per pixel
     double dfRotationAxis = 0;      ///< degrees
     double dfWavelength = 0.0251;   ///< Å
+    SeriesDistortion distortion;    ///< put back where it is; a stretching is none of it
 };
 
 /// The tilt in radians at which the Ewald sphere cuts `g` (Å⁻¹, laboratory frame at tilt 0, x rotation
 /// axis, z beam).
 ///
-/// Solves A·sin θ + B·cos θ + C = 0 with A = −2·g.y/λ, B = 2·g.z/λ, C = |g|²; of the two solutions the
-/// first is taken if it lies inside ±π/2, else the second.
+/// Solves A·sin θ + B·cos θ + C = 0 with A = −2·g.y/λ, B = 2·g.z/λ, C = |g|² for an axis in the plane of
+/// the frame; of the two solutions the first is taken if it lies inside ±π/2, else the second.
 ///
 /// The condition is that of a sphere about (0, 0, −1/λ), while ewaldPoint() lifts to the sphere about
 /// (0, 0, +1/λ). So this is the tilt at which the Friedel mate −g is cut in the frame of the mapping; it
@@ -32,7 +34,8 @@ struct FramePositionGeometry {
 /// tilts do (calculatedTilt()).
 /// @return false, with `dfTilt` untouched, if the sphere does not reach the point, if the point lies on
 ///         the rotation axis, or if the numbers are not finite
-bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt);
+/// @param dfAxisOutOfPlane  degrees that the rotation axis leaves the plane of the frame by, towards +z
+bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double dfAxisOutOfPlane = 0);
 
 /// Index of the frame with the tilt nearest to `dfFrameAngle` (degrees), the lowest of equals; -1 for an
 /// empty list.
@@ -42,7 +45,8 @@ int calClosestFrame(double dfFrameAngle, const QList<double>& listOverallTilt);
 /// The tilt is that of calEwaldTilt(), with what is said there about the sphere; the pixel is where the line
 /// from (0, 0, 1/λ) through the turned point meets the flat pattern. The stretching correction is not
 /// turned back.
-/// @return false, with `listPeak` as it was and a line in the log, at the first peak without a tilt or frame
+/// @return false, with `listPeak` as it was and a line in the log, at the first peak without tilt, frame or
+///         place
 bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geometry, CRunReport& report);
 
 }  // namespace tessera

@@ -1,6 +1,7 @@
 #include "dataset/dataset.h"
 
 #include <QDir>
+#include <QRegularExpression>
 
 #include <tuple>
 
@@ -50,7 +51,18 @@ QString fileOfProject(const DataSet& data, const QString& strEnding)
 
 QString fileOfProject(const DataSet& data, ResultFile file)
 {
-    return fileOfProject(data, resultSuffix(file));
+    const QString strSuffix = resultSuffix(file);
+    static const QRegularExpression refined(QStringLiteral("_refined([0-9]{0,9})$"));
+    const QRegularExpressionMatch match = refined.match(data.m_strProjectName);
+    const bool bOfRefinement = strSuffix.startsWith(QLatin1String("_refined."));
+    if (!bOfRefinement || !match.hasMatch() || match.capturedStart() == 0) {
+        return fileOfProject(data, strSuffix);
+    }
+    // A project that is a refined one already: the next number, so that names do not grow with each round.
+    const int nNext = match.captured(1).isEmpty() ? 2 : match.captured(1).toInt() + 1;
+    return QDir(data.m_strProjectDir)
+        .filePath(data.m_strProjectName.left(match.capturedStart()) +
+                  QStringLiteral("_refined%1.").arg(nNext) + strSuffix.section(QLatin1Char('.'), 1));
 }
 
 }  // namespace tessera

@@ -55,6 +55,7 @@ struct DataSet {
     double m_dfWavelength = 0.0251;        ///< Å
     double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
     double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
+    int m_nAxisDecimals = 1;               ///< that the page shows the axis with, and rounds it to
     bool m_bRotationAxisKnown = true;      ///< false: nobody has told it, so it is to be found
     double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
     double m_dfStretchAmplitude = 0;       ///< per cent
@@ -98,6 +99,8 @@ bool holdsIndicesOfCell(const DataSet& data);
 /// The file beside the project that is named after it: project folder, "/", project name and the ending as it
 /// is given, such as ".pk" or "_pos.txt".
 QString fileOfProject(const DataSet& data, const QString& strEnding);
+/// The files of a refined geometry are named NAME_refined; where the project has this name already, or
+/// NAME_refined3, they get the next number: NAME_refined2, NAME_refined4.
 QString fileOfProject(const DataSet& data, ResultFile file);
 
 }  // namespace tessera

@@ -57,6 +57,15 @@ QString proposedProjectFile(const QStringList& listFrame)
     return info.absolutePath() + QLatin1Char('/') + strName + QStringLiteral(".ed3d");
 }
 
+static QString distortionLines(const SeriesDistortion& distortion)
+{
+    QString str;
+    for (const DistortionKeyword& row : g_aDistortionKeyword)
+        str += QLatin1String(row.pszKeyword) + QLatin1Char(' ') + number(distortion.*row.pMember) +
+               QLatin1Char('\n');
+    return str;
+}
+
 // What is missing before a text can be made at all.
 static QString missingPart(const NewProject& project, const QString& strProjectFile)
 {
@@ -112,10 +121,13 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     const QDir dir(realFolder(strProjectFile));
     QString str = QStringLiteral(
                       "# %1 frames\nWAVELENGTH %2\nROTATIONAXIS %3\nCCDPIXELSIZE %4\n"
-                      "STRETCHINGAMP %5\nSTRETCHINGAZIMUTH %6\nFILELIST\n")
+                      "STRETCHINGAMP %5\nSTRETCHINGAZIMUTH %6\n")
                       .arg(QString::number(project.listFrame.size()), number(project.dfWavelength),
                            number(project.dfRotationAxis), number(project.dfPixelSize),
                            number(project.dfStretchAmplitude), number(project.dfStretchAzimuth));
+    if (project.bTellDistortion || !project.distortion.isNone())
+        str += distortionLines(project.distortion);
+    str += QStringLiteral("FILELIST\n");
     QStringList listName;
     for (int i = 0; i < project.listFrame.size(); ++i) {
         const QString strName = dir.relativeFilePath(
@@ -144,6 +156,9 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                  isSame(read.rotationAxis(), project.dfRotationAxis) &&
                  isSame(read.stretchingAmplitude(), project.dfStretchAmplitude) &&
                  isSame(read.stretchingAzimuth(), project.dfStretchAzimuth);
+    if (read.tellsDistortion())
+        for (const DistortionKeyword& row : g_aDistortionKeyword)
+            bSame = bSame && isSame(read.distortion().*row.pMember, project.distortion.*row.pMember);
     for (int i = 0; bSame && i < listName.size(); ++i)
         bSame = isSame(read.stageTilts()[i], project.tilts.listStage[i]) &&
                 isSame(read.beamTilts()[i], project.tilts.listBeam[i]) &&

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/frametilts.h"
+#include "geometry/seriesdistortion.h"
 
 #include <QByteArray>
 #include <QString>
@@ -17,6 +18,8 @@ struct NewProject {
     double dfRotationAxis = 0;      ///< degrees, counter-clockwise on the screen from 3 o'clock
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, as in the file
+    SeriesDistortion distortion;    ///< has lines where it is not none
+    bool bTellDistortion = false;   ///< lines of it also where it is none
 };
 
 /// Size of a pixel in reciprocal space, q = p / (L λ), Å⁻¹; 0 when one of the three is not above 0.

@@ -78,6 +78,14 @@ static void addReason(QStringList* plistReason, const QString& strFileName, cons
         plistReason->append(strReason);
 }
 
+// The azimuths as their boxes hold them.
+static SeriesDistortion distortionOfPages(SeriesDistortion distortion)
+{
+    distortion.dfEllipseAzimuth = wrappedAzimuth(distortion.dfEllipseAzimuth);
+    distortion.dfParabolicAzimuth = wrappedAxis(distortion.dfParabolicAzimuth);
+    return distortion;
+}
+
 static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     QString strReason;
@@ -146,10 +154,16 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
         data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
     else
         report.addMessage(QStringLiteral("The project names no rotation axis."));
+    data.m_distortion = distortionOfPages(project.distortion());
+    data.m_nAxisDecimals = project.tellsDistortion() ? axisDecimals(data.m_dfRotationAxis) : 1;
     if (project.stretchingAmplitude() >= 0.01) {
         data.m_dfStretchAmplitude = project.stretchingAmplitude();
         data.m_dfStretchAzimuth = wrappedAzimuth(project.stretchingAzimuth() + 90);
         parameters.m_bApplyStretching = true;
+    } else if (project.tellsDistortion()) {
+        // One that stayed would come on top of what the project tells.
+        data.m_dfStretchAmplitude = data.m_dfStretchAzimuth = 0;
+        parameters.m_bApplyStretching = false;
     } else {
         tellStretchingThatStays(data, parameters, report);
     }
@@ -199,6 +213,8 @@ bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& repo
     if (listFile.isEmpty())
         return false;
     clearDataSet(data);
+    data.m_distortion = {};
+    data.m_nAxisDecimals = 1;
     data.m_listFrameFile = listFile;
     data.m_listStageTilt.clear();
     data.m_listBeamTilt.clear();

@@ -32,7 +32,10 @@ QString reasonNotToOpen(const QStringList& listFile);
 /// what was found.
 ///
 /// A stretching amplitude of at least 0.01 is taken over, with the file's azimuth plus 90 modulo 180, and
-/// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are. The rotation
+/// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are, unless the
+/// project has a line of SeriesDistortion: then it tells all of its lens, and the stretching is switched off.
+/// Such a project also keeps the decimals of its axis, up to four. The distortions of a former data set go,
+/// whether or not the new one tells any. The rotation
 /// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
 /// (roundToPages()).
 ///
@@ -62,7 +65,8 @@ bool countsAgree(const DataSet& data);
 bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
 
 /// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
-/// tilt 0, geometry as it was. The project's folder is that of the first file.
+/// tilt 0, geometry as it was but without the distortions beside the stretching. The project's folder is that
+/// of the first file.
 ///
 /// @return false for an empty list; nothing has then changed
 bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,

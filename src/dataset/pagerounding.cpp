@@ -31,6 +31,26 @@ double wrappedAzimuth(double dfDegrees)
     return dfPositive < 180 ? dfPositive + 0.0 : 0;  // a tiny negative angle rounds up to 180; -0 becomes 0
 }
 
+int axisDecimals(double dfAxis)
+{
+    const int nFine = 4;
+    const int nUsual = parameterOf(&DataSet::m_dfRotationAxis).box.nDecimals;
+    const auto rounded = [&](int nDecimals) { return spinBoxValue(dfAxis, nDecimals, -360, 360); };
+    return rounded(nUsual) == rounded(nFine) ? nUsual : nFine;
+}
+
+void roundDataSet(DataSet& data)
+{
+    ParameterRecords records{};
+    std::get<DataSet*>(records) = &data;
+    std::get<SeriesDistortion*>(records) = &data.m_distortion;
+    const double dfAxis = data.m_dfRotationAxis;
+    roundRecords(records);
+    const NumberBox& box = parameterOf(&DataSet::m_dfRotationAxis).box;
+    if (data.m_nAxisDecimals > box.nDecimals)
+        data.m_dfRotationAxis = spinBoxValue(dfAxis, data.m_nAxisDecimals, box.dfMinimum, box.dfMaximum);
+}
+
 void roundRecords(const ParameterRecords& records)
 {
     for (const Parameter& row : parameterTable())

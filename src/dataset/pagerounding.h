@@ -3,6 +3,8 @@
 
 #include "dataset/parametertable.h"
 
+#include <type_traits>
+
 namespace tessera {
 
 /// A number as a spin box shows and gives it back: rounded to decimals, halves away from zero as in
@@ -13,6 +15,10 @@ double spinBoxValue(double dfValue, const NumberBox& box);
 /// An azimuth in degrees as a rotation axis can have it: -180 to 180, which both stay.
 double wrappedAxis(double dfDegrees);
 
+/// How many decimals an axis is to be held with, so that a refined one does not lose what it gained: those of
+/// its box, or four where these would change it.
+int axisDecimals(double dfAxis);
+
 /// An azimuth in degrees modulo 180: 0 or more, below 180; 180 itself stays.
 double wrappedAzimuth(double dfDegrees);
 
@@ -21,13 +27,20 @@ double wrappedAzimuth(double dfDegrees);
 /// rounded and held as its box does it. Rounding twice changes nothing.
 void roundRecords(const ParameterRecords& records);
 
-/// The same for one record.
+void roundDataSet(DataSet& data);
+
+/// The same for one record. A data set brings its distortions with it, and holds its axis with
+/// m_nAxisDecimals.
 template <typename TRecord>
 void roundToPages(TRecord& record)
 {
-    ParameterRecords records{};
-    std::get<TRecord*>(records) = &record;
-    roundRecords(records);
+    if constexpr (std::is_same_v<TRecord, DataSet>) {
+        roundDataSet(record);
+    } else {
+        ParameterRecords records{};
+        std::get<TRecord*>(records) = &record;
+        roundRecords(records);
+    }
 }
 
 }  // namespace tessera

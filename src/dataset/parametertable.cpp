@@ -41,6 +41,7 @@ using Cell = CellHuntingParameters;
 using Index = IndexingParameters;
 using Extract = ExtractionParameters;
 using Refine = RefinementParameters;
+using Lens = SeriesDistortion;
 
 constexpr OptionValues orAuto = OptionValues::OfPageOrAuto;
 
@@ -87,6 +88,42 @@ const std::vector<Parameter> g_listParameter = {
      "Azimuth of the distortion, degrees: that of the project file plus 90. If the distortion grows, it is "
      "90° off.",
      {"stretch-azimuth", "degrees", "its azimuth as the page shows it; from the project"}},
+
+    {&Lens::dfEllipseAmplitude,
+     {-100, 100, 4, 0.1, " %"},
+     "Linear ellipse of the lens, per cent: the pattern is longer by it along the azimuth and shorter "
+     "across. "
+     "Unlike the stretching it also moves points along the circle, as a real lens does.",
+     {"ellipse-amplitude", "%", "linear ellipse of the lens; from the project"}},
+    {&Lens::dfEllipseAzimuth,
+     {0, 180, 3, 0.1, " °"},
+     "Azimuth along which the pattern is longer, degrees counter-clockwise from the right.",
+     {"ellipse-azimuth", "degrees", "along which the pattern is longer; from the project"}},
+    {&Lens::dfThirdOrderRadial,
+     {-100, 100, 4, 0.1, " %"},
+     "Third order along the radius, per cent at the radius below: above 0 a barrel, below 0 a pincushion.",
+     {"third-order-radial", "%", "barrel at the reference radius, below 0 pincushion; from the project"}},
+    {&Lens::dfThirdOrderSpiral,
+     {-100, 100, 4, 0.1, " %"},
+     "Third order along the circle, per cent at the radius below: above 0 the pattern is turned "
+     "counter-clockwise, the more the further out.",
+     {"third-order-spiral", "%", "spiral at the reference radius; from the project"}},
+    {&Lens::dfParabolicAmplitude,
+     {-100, 100, 4, 0.1, " %"},
+     "Second order along the radius, per cent at the radius below: longer to one side, shorter to the other.",
+     {"parabolic-amplitude", "%", "second order at the reference radius; from the project"}},
+    {&Lens::dfParabolicAzimuth,
+     {-180, 180, 3, 0.1, " °"},
+     "Azimuth of the side to which the pattern is longer, degrees counter-clockwise from the right.",
+     {"parabolic-azimuth", "degrees", "side to which the pattern is longer; from the project"}},
+    {&Lens::dfRadius,
+     {0.01, 100000, 2, 1, " pix."},
+     "Distance from the direct beam at which second and third order have their per cent, pixels.",
+     {"third-order-radius", "pixels", "where second and third order have their per cent; from the project"}},
+    {&Lens::dfAxisOutOfPlane,
+     {-45, 45, 4, 0.01, "°"},
+     "Angle between the rotation axis and the plane of the frame, degrees, above 0 along the beam.",
+     {"axis-out-of-plane", "degrees", "of the rotation axis, from the plane of the frame; from the project"}},
 
     // Page "Shift Evaluation"
     {&Data::m_dfCenterX,

@@ -11,9 +11,9 @@
 namespace tessera {
 
 /// The records that hold parameters; null for one that is not at hand.
-using ParameterRecords =
-    std::tuple<DataSet*, PeakHuntingParameters*, MappingParameters*, PeakMergingParameters*,
-               CellHuntingParameters*, IndexingParameters*, ExtractionParameters*, RefinementParameters*>;
+using ParameterRecords = std::tuple<DataSet*, PeakHuntingParameters*, MappingParameters*,
+                                    PeakMergingParameters*, CellHuntingParameters*, IndexingParameters*,
+                                    ExtractionParameters*, RefinementParameters*, SeriesDistortion*>;
 
 template <typename TRecords>
 struct MemberOfRecords;

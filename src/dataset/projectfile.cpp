@@ -29,6 +29,20 @@ static bool findNumber(const QStringList& listLine, const QString& strKeyword, d
     return false;
 }
 
+// The same where the keyword is the first word itself: names of frames may hold it.
+static bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, double& dfValue)
+{
+    for (const QString& strLine : listLine) {
+        const QByteArray strText = strLine.toUtf8();
+        CTextScanner scanner(strText);
+        QByteArray strWord;
+        if (scanner.readWord(strWord) && strWord == pszKeyword && scanner.readDouble(dfValue)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // A wavelength or a size of a pixel; the pages hold both alike.
 static bool isUsableLength(double dfValue)
 {
@@ -40,6 +54,27 @@ bool ProjectFile::fail(const QString& strError)
 {
     m_strError = strError;
     return false;
+}
+
+bool ProjectFile::takeDistortion(const QStringList& listLine)
+{
+    for (const DistortionKeyword& row : g_aDistortionKeyword) {
+        double& dfValue = m_distortion.*row.pMember;
+        if (!findOwnNumber(listLine, row.pszKeyword, dfValue)) {
+            continue;
+        }
+        m_bTellsDistortion = true;
+        const QString strKeyword = QLatin1String(row.pszKeyword);
+        if (!std::isfinite(dfValue)) {
+            return fail(QStringLiteral("The value of \"%1\" is no finite number.").arg(strKeyword));
+        }
+        if (row.pMember == &SeriesDistortion::dfRadius && !(dfValue > 0)) {
+            return fail(QStringLiteral("The value of \"%1\" is %2; it must be above 0.")
+                            .arg(strKeyword)
+                            .arg(dfValue));
+        }
+    }
+    return true;
 }
 
 bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
@@ -105,6 +140,9 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
                             .arg(strKeyword)
                             .arg(*row.pdfValue));
     }
+
+    if (!project.takeDistortion(listLine))
+        return fail(project.m_strError);
 
     // The closing line holds the opening word too, so that a list closed before it is opened is none.
     int nBegin = 0;

@@ -1,6 +1,8 @@
 // ProjectFile: the .ed3d file, which names the frames of a data set and their geometry.
 #pragma once
 
+#include "geometry/seriesdistortion.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -19,7 +21,9 @@ enum class AxisLine {
 /// The file is a text of keyword lines, "KEYWORD value"; lines that begin with "#" do not count. A
 /// keyword is looked for as a part of a line, from the top, and a line whose second word is no number is
 /// passed over. WAVELENGTH (Å), ROTATIONAXIS (degrees) and CCDPIXELSIZE (Å⁻¹ per pixel) must be there;
-/// STRETCHINGAMP (per cent) and STRETCHINGAZIMUTH (degrees) are 0 without a line. Between the lines
+/// STRETCHINGAMP (per cent) and STRETCHINGAZIMUTH (degrees) are 0 without a line. So are the numbers of
+/// SeriesDistortion, whose keywords are g_aDistortionKeyword and have to be the first word of their line, but
+/// for the radius of 256 pixels, which has to be above 0. Between the lines
 /// FILELIST and ENDFILELIST stand the frames: "FILE name stage beam overall", tilts in degrees, the name
 /// without blanks and relative to the folder of the project.
 ///
@@ -42,7 +46,9 @@ public:
     double pixelSize() const { return m_dfPixelSize; }                   ///< Å⁻¹ per pixel
     double stretchingAmplitude() const { return m_dfStretchAmplitude; }  ///< per cent
     double stretchingAzimuth() const { return m_dfStretchAzimuth; }      ///< degrees, as in the file
-    const QStringList& frameFiles() const { return m_listFrameFile; }    ///< full paths in series order
+    const SeriesDistortion& distortion() const { return m_distortion; }  ///< as in the file
+    bool tellsDistortion() const { return m_bTellsDistortion; }        ///< has a line of it, be its number 0
+    const QStringList& frameFiles() const { return m_listFrameFile; }  ///< full paths in series order
     const QList<double>& stageTilts() const { return m_listStageTilt; }  ///< degrees, one per frame
     const QList<double>& beamTilts() const { return m_listBeamTilt; }
     const QList<double>& overallTilts() const { return m_listOverallTilt; }
@@ -52,6 +58,7 @@ public:
 
 private:
     bool fail(const QString& strError);
+    bool takeDistortion(const QStringList& listLine);
 
     double m_dfWavelength = 0;
     double m_dfRotationAxis = 0;
@@ -59,6 +66,8 @@ private:
     double m_dfPixelSize = 0;
     double m_dfStretchAmplitude = 0;
     double m_dfStretchAzimuth = 0;
+    SeriesDistortion m_distortion;
+    bool m_bTellsDistortion = false;
     QStringList m_listFrameFile;
     QList<double> m_listStageTilt;
     QList<double> m_listBeamTilt;

@@ -85,14 +85,8 @@ static int countFramesOfFile(const QString& strFileName)
     return QFile::exists(strFileName) && readShiftFile(strFileName, shift) ? shift.listShift.size() : 0;
 }
 
-bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
+QByteArray shiftFileText(const ShiftData& shift)
 {
-    if (strFileName.isEmpty())
-        return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
-    const FormerFiles former = keepFormerFiles({strFileName}, countFramesOfFile, shift.listShift.size(),
-                                               pstrReason);
-    if (former == FormerFiles::Failed)
-        return false;
     QByteArray strText;
     appendFixed(strText, shift.dfCenterX, 2, 8);
     appendFixed(strText, shift.dfCenterY, 2, 8);
@@ -103,7 +97,18 @@ bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString*
         appendFixed(strText, shift.listShift[i].y(), 2, 8);
         strText.append('\n');
     }
-    if (!writeWholeFile(strFileName, strText, pstrReason))
+    return strText;
+}
+
+bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
+{
+    if (strFileName.isEmpty())
+        return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
+    const FormerFiles former = keepFormerFiles({strFileName}, countFramesOfFile, shift.listShift.size(),
+                                               pstrReason);
+    if (former == FormerFiles::Failed)
+        return false;
+    if (!writeWholeFile(strFileName, shiftFileText(shift), pstrReason))
         return false;
     if (former != FormerFiles::NoneWorthKeeping)
         giveReason(pstrReason,

@@ -38,6 +38,9 @@ struct ShiftData {
 [[nodiscard]] int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                                 QString* pstrReason = nullptr);
 
+/// The content of a shift file, with 2 decimals.
+QByteArray shiftFileText(const ShiftData& shift);
+
 /// Writes a shift file with 2 decimals, whole or not at all.
 ///
 /// A shift file of that name with more frames is first copied to the name with "~" behind it, in place

@@ -38,6 +38,10 @@ RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)
     set("DENZO_X_BEAM", dataSet.m_dfCenterY * SMV_PIXEL_SIZE, 2);
     set("DENZO_Y_BEAM", dataSet.m_dfCenterX * SMV_PIXEL_SIZE, 2);
 
+    if (!dataSet.m_distortion.isNone())
+        report.addMessage(
+            QStringLiteral("SMV headers hold no distortion of the lens and no axis out of the "
+                           "plane: the frames keep them, and who reads them has to know."));
     SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting SMV files");
     what.strStartLine = QStringLiteral("%1>Exporting SMV files...");

@@ -2,27 +2,22 @@
 
 namespace tessera {
 
-namespace {
-
-/// A place that is undistorted to the given one, by repeated correction; each shrinks the error to the part
-/// that the distortion is of the place.
-std::optional<FramePlace> distorted(const DiffractionGeometry& geometry, double dfX, double dfY)
+std::optional<FramePlace> distorted(const PlaneTerms<double>& terms, double dfRadius, const FramePlace& flat)
 {
+    // Each step shrinks the error to the part that the distortion is of the place.
     const int nSteps = 60;
     const double dfEnough = 1e-10;  // pixels
-    FramePlace place = {dfX + geometry.plane.centreX, dfY + geometry.plane.centreY};
+    FramePlace place = {flat.dfX + terms.centreX, flat.dfY + terms.centreY};
     for (int n = 0; n < nSteps; ++n) {
-        const std::array<double, 2> flat = undistorted(geometry.plane, geometry.dfRadius, place);
-        place.dfX += dfX - flat[0];
-        place.dfY += dfY - flat[1];
-        if (std::hypot(dfX - flat[0], dfY - flat[1]) < dfEnough) {
+        const std::array<double, 2> found = undistorted(terms, dfRadius, place);
+        place.dfX += flat.dfX - found[0];
+        place.dfY += flat.dfY - found[1];
+        if (std::hypot(flat.dfX - found[0], flat.dfY - found[1]) < dfEnough) {
             return place;
         }
     }
     return std::nullopt;
 }
-
-}  // namespace
 
 DoubleVector pointOfPlace(const DiffractionGeometry& geometry, const FramePlace& place, double dfTilt)
 {
@@ -61,8 +56,9 @@ std::optional<FramePlace> placeOfReflection(const DiffractionGeometry& geometry,
     const double dfAngle = radians(geometry.plane.axis);
     const double dfCos = std::cos(dfAngle);
     const double dfSin = std::sin(dfAngle);
-    return distorted(geometry, dfScale * (dfCos * point[0] + dfSin * point[1]),
-                     dfScale * (dfCos * point[1] - dfSin * point[0]));
+    return distorted(
+        geometry.plane, geometry.dfRadius,
+        {dfScale * (dfCos * point[0] + dfSin * point[1]), dfScale * (dfCos * point[1] - dfSin * point[0])});
 }
 
 DoubleVector indicesOfPoint(const DiffractionGeometry& geometry, const DoubleVector& point)

@@ -79,6 +79,10 @@ std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const 
             scale * y - terms.ellipseSin * x - terms.ellipseCos * y + spiral * x};
 }
 
+/// The place that undistorted() takes to the given one, by repeated correction.
+/// @return none where the distortions are so strong that no place has it
+std::optional<FramePlace> distorted(const PlaneTerms<double>& terms, double dfRadius, const FramePlace& flat);
+
 /// The point of the Ewald sphere that a place shows, laboratory frame, Å⁻¹.
 template <class T>
 std::array<T, 3> spherePoint(const PlaneTerms<T>& terms, const DiffractionGeometry& fixed,

@@ -1,6 +1,7 @@
 #include "geometry/rotationgeometry.h"
 
 #include "geometry/angles.h"
+#include "geometry/diffractiongeometry.h"
 
 #include <cmath>
 
@@ -24,6 +25,17 @@ CMatrix3 rotationX(double dfDegrees)
     const double dfCos = std::cos(radians(dfDegrees));
     const double dfSin = std::sin(radians(dfDegrees));
     return {1, 0, 0, 0, dfCos, -dfSin, 0, dfSin, dfCos};
+}
+
+CMatrix3 rotationAboutAxis(double dfDegrees, double dfOutOfPlane)
+{
+    if (dfOutOfPlane == 0) {
+        return rotationX(dfDegrees);
+    }
+    TurnTerms<double> terms;
+    terms.outOfPlane = dfOutOfPlane;
+    const std::array<double, 9> turn = turnToLaboratory(terms, 0, dfDegrees);
+    return {turn[0], turn[3], turn[6], turn[1], turn[4], turn[7], turn[2], turn[5], turn[8]};
 }
 
 Vec3D rotated(const CMatrix3& matrix, const Vec3D& v)

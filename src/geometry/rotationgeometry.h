@@ -36,6 +36,10 @@ CMatrix3 rotationZ(double dfDegrees);
 /// (0, sin, cos).
 CMatrix3 rotationX(double dfDegrees);
 
+/// The same about an axis that leaves the plane of the frame by `dfOutOfPlane` degrees towards +z: the line
+/// along (cos, 0, sin). In the plane it is rotationX(), to the bit.
+CMatrix3 rotationAboutAxis(double dfDegrees, double dfOutOfPlane);
+
 /// A matrix applied to a vector: components widened to double, each row's sum formed in double,
 /// the result rounded to single precision.
 Vec3D rotated(const CMatrix3& matrix, const Vec3D& v);

@@ -7,13 +7,6 @@ namespace tessera {
 
 namespace {
 
-/// An azimuth of period `dfPeriod` degrees, from 0 up to that.
-double wrapped(double dfAzimuth, double dfPeriod)
-{
-    const double dfRest = std::fmod(dfAzimuth, dfPeriod);
-    return dfRest < 0 ? dfRest + dfPeriod : dfRest;
-}
-
 auto members(const SeriesDistortion& d)
 {
     return std::tie(d.dfEllipseAmplitude, d.dfEllipseAzimuth, d.dfThirdOrderRadial, d.dfThirdOrderSpiral,
@@ -61,13 +54,14 @@ SeriesDistortion seriesDistortion(const DiffractionGeometry& geometry)
     SeriesDistortion distortion;
     const Distortion ellipse = distortionOf(-terms.ellipseCos, -terms.ellipseSin);
     distortion.dfEllipseAmplitude = 100 * ellipse.dfAmplitude;
-    distortion.dfEllipseAzimuth = ellipse.dfAmplitude == 0 ? 0 : wrapped(ellipse.dfAzimuth, 180);
+    if (ellipse.dfAmplitude != 0) {
+        distortion.dfEllipseAzimuth = ellipse.dfAzimuth < 0 ? ellipse.dfAzimuth + 180 : ellipse.dfAzimuth;
+    }
     distortion.dfThirdOrderRadial = 100 * terms.radial;
     distortion.dfThirdOrderSpiral = 100 * terms.spiral;
     distortion.dfParabolicAmplitude = 100 * std::hypot(terms.parabolicCos, terms.parabolicSin);
     if (distortion.dfParabolicAmplitude != 0) {
-        distortion.dfParabolicAzimuth = wrapped(degrees(std::atan2(-terms.parabolicSin, -terms.parabolicCos)),
-                                                360);
+        distortion.dfParabolicAzimuth = degrees(std::atan2(-terms.parabolicSin, -terms.parabolicCos));
     }
     distortion.dfRadius = geometry.dfRadius;
     distortion.dfAxisOutOfPlane = geometry.turn.outOfPlane;

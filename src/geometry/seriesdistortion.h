@@ -27,6 +27,22 @@ struct SeriesDistortion {
     bool operator!=(const SeriesDistortion& other) const { return !(*this == other); }  ///< the opposite
 };
 
+/// A number of the record and its line in a project file.
+struct DistortionKeyword {
+    const char* pszKeyword;
+    double SeriesDistortion::*pMember;
+};
+constexpr DistortionKeyword g_aDistortionKeyword[] = {
+    {"ELLIPSEAMP", &SeriesDistortion::dfEllipseAmplitude},
+    {"ELLIPSEAZIMUTH", &SeriesDistortion::dfEllipseAzimuth},
+    {"THIRDORDERRADIAL", &SeriesDistortion::dfThirdOrderRadial},
+    {"THIRDORDERSPIRAL", &SeriesDistortion::dfThirdOrderSpiral},
+    {"THIRDORDERRADIUS", &SeriesDistortion::dfRadius},
+    {"PARABOLICAMP", &SeriesDistortion::dfParabolicAmplitude},
+    {"PARABOLICAZIMUTH", &SeriesDistortion::dfParabolicAzimuth},
+    {"AXISOUTOFPLANE", &SeriesDistortion::dfAxisOutOfPlane},
+};
+
 /// The same as terms of the plane; centre, axis and stretching are 0.
 PlaneTerms<double> planeTerms(const SeriesDistortion& distortion);
 

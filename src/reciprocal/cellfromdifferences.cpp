@@ -7,6 +7,7 @@
 #include "geometry/angles.h"
 #include "geometry/rotationgeometry.h"
 #include "reciprocal/differencegroups.h"
+#include "reciprocal/mapping.h"
 #include "records/numbertext.h"
 #include "records/timestamp.h"
 
@@ -58,7 +59,12 @@ class CRun {
 public:
     CRun(const QVector<QList<Peak3D>>& vecPeak, const DataSet& dataSet,
          const RefinementParameters& parameters, CRunReport& report)
-        : m_vecPeak(vecPeak), m_dataSet(dataSet), m_parameters(parameters), m_report(report)
+        : m_vecPeak(vecPeak),
+          m_dataSet(dataSet),
+          m_parameters(parameters),
+          m_report(report),
+          m_centres(beamCentres(dataSet)),
+          m_correction(placeCorrection(dataSet, false))
     {}
 
     // Returns false when the run was stopped.
@@ -80,8 +86,10 @@ public:
             d.key = {differenceOf(a.dfH, b.dfH), differenceOf(a.dfK, b.dfK), differenceOf(a.dfL, b.dfL)};
             d.dfX = a.dfX2D - b.dfX2D;
             d.dfY = a.dfY2D - b.dfY2D;
-            const QPointF pt = applyStretching({d.dfX, d.dfY}, m_dataSet.m_dfStretchAmplitude,
-                                               m_dataSet.m_dfStretchAzimuth);
+            QPointF pt(d.dfX, d.dfY);
+            if (m_correction.hasTermsBeside())
+                pt += displacement(a) - displacement(b);
+            pt = applyStretching(pt, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth);
             d.dfStretched = std::sqrt(pt.x() * pt.x() + pt.y() * pt.y());
             d.dfDStar = d.dfStretched * m_dataSet.m_dfPixelSize;
             m_vecDifference.push_back(d);
@@ -163,6 +171,13 @@ private:
     Difference& at(int n) { return m_vecDifference[std::size_t(n)]; }
     const Peak3D& first(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nFirst]; }
     const Peak3D& second(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nSecond]; }
+
+    // What undoing the distortions beside the stretching moves a peak by.
+    QPointF displacement(const Peak3D& peak) const
+    {
+        const QPointF pt = QPointF(peak.dfX2D, peak.dfY2D) - frameCentre(m_centres, peak.nFrame);
+        return m_correction.undone(pt) - pt;
+    }
 
     void setReference(const CellParameters& cell)
     {
@@ -251,6 +266,8 @@ private:
     const DataSet& m_dataSet;
     const RefinementParameters& m_parameters;
     CRunReport& m_report;
+    BeamCentres m_centres;
+    CPlaceCorrection m_correction;  // without the stretching, which goes by the difference
     std::vector<Difference> m_vecDifference;
     CCrystalParaCal m_cell;
     CCrystalParaCal m_cellReference;

@@ -126,8 +126,9 @@ std::optional<ReciprocalBasis> refineCubicUnitCell(const QList<Peak3D>& listPeak
         return std::nullopt;
     const QList<Peak3D> listWork = reflectionsForTilts(listPeak, dataSet, 100.0, options.listExcluded,
                                                        start->bExchanged, report);
-    const TiltFitResult fit = fitTilts(listWork, &Peak3D::dfTiltFit, options.dfWavelength, start->vecAngle,
-                                       cubicModel(dfEdge), options.dfFunctionError);
+    const TiltFitResult fit = fitTilts(listWork, &Peak3D::dfTiltFit,
+                                       {options.dfWavelength, dataSet.m_distortion.dfAxisOutOfPlane},
+                                       start->vecAngle, cubicModel(dfEdge), options.dfFunctionError);
     return addFit(fit, start->vecAngle, dfEdge, report);
 }
 

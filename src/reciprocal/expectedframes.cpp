@@ -86,10 +86,11 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
         report.addMessage(QStringLiteral("Unit cell error."), Severity::Error);
         return listRow;
     }
+    const TiltGeometry geometry = {options.dfWavelength, dataSet.m_distortion.dfAxisOutOfPlane};
     double dfSquaresBefore = 0, dfSquaresAfter = 0;
     for (const Peak3D& peak : listPeak) {
-        const std::optional<double> dfBefore = calculatedTilt(peak, *basisBefore, options.dfWavelength);
-        const std::optional<double> dfAfter = calculatedTilt(peak, *basisAfter, options.dfWavelength);
+        const std::optional<double> dfBefore = calculatedTilt(peak, *basisBefore, geometry);
+        const std::optional<double> dfAfter = calculatedTilt(peak, *basisAfter, geometry);
         if (!dfBefore || !dfAfter)
             continue;
         ExpectedFrame row{peak, *dfBefore, *dfAfter, 0, 0, 0, 0};

@@ -25,12 +25,19 @@ double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames)
     return dataSet.m_listOverallTilt[nFrame] + nFrame * dataSet.m_dfTiltRelaxation / nFrames;
 }
 
-void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
-                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching)
+CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching)
 {
-    QPointF ptCentred(peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y());
-    if (bApplyStretching)
-        ptCentred = applyStretching(ptCentred, dataSet.m_dfStretchAmplitude, dataSet.m_dfStretchAzimuth);
+    std::optional<Stretching> stretching;
+    if (bApplyStretching) {
+        stretching = {dataSet.m_dfStretchAmplitude, dataSet.m_dfStretchAzimuth};
+    }
+    return {stretching, dataSet.m_distortion};
+}
+
+void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction)
+{
+    const QPointF ptCentred = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
     peak.dfX2DCorrected = ptCentred.x();
     peak.dfY2DCorrected = ptCentred.y();
     const Vec3D vecFlat = {float(dataSet.m_dfPixelSize * ptCentred.x()),
@@ -58,15 +65,17 @@ bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, C
     }
     const BeamCentres centres = beamCentres(dataSet);
     const CMatrix3 matrixAxis = rotationZ(dataSet.m_dfRotationAxis);
+    const CPlaceCorrection correction = placeCorrection(dataSet, parameters.m_bApplyStretching);
     QList<QList<Peak3D>> listMapped;
     listMapped.reserve(nFrames);
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
-        const CMatrix3 matrixTilt = rotationX(relaxedTilt(dataSet, nFrame, nFrames));
+        const CMatrix3 matrixTilt = rotationAboutAxis(relaxedTilt(dataSet, nFrame, nFrames),
+                                                      dataSet.m_distortion.dfAxisOutOfPlane);
         const QPointF ptCentre = frameCentre(centres, nFrame);
         QList<Peak3D> listPeak;
         listPeak.reserve(dataSet.m_listPeakFrame[nFrame].size());
         for (Peak3D peak : dataSet.m_listPeakFrame[nFrame]) {
-            mapPeakTo3D(peak, ptCentre, matrixAxis, matrixTilt, dataSet, parameters.m_bApplyStretching);
+            mapPeakTo3D(peak, ptCentre, matrixAxis, matrixTilt, dataSet, correction);
             peak.dfFrameTilt = dataSet.m_listOverallTilt[nFrame];
             listPeak.append(peak);
         }

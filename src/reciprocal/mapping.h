@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "geometry/placecorrection.h"
 #include "geometry/rotationgeometry.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
@@ -18,15 +19,19 @@ QList<QList<Peak3D>> peaksAroundBeam(const QList<QList<Peak3D>>& listPeakFrame, 
 /// the relaxation, which grows linearly from 0 on the first frame.
 double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames);
 
+/// What the mapping undoes in the plane of the frames.
+CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching);
+
 /// Maps one raw frame position into reciprocal space.
 ///
 /// @param peak        in: dfX2D, dfY2D in raw pixels; out: the corrected position, the point (Å⁻¹,
 ///                    laboratory frame), dfDStar and indices of 0. All else stays.
 /// @param ptCentre    direct beam on the peak's frame, raw pixels
 /// @param matrixAxis  rotationZ of the axis' azimuth
-/// @param matrixTilt  rotationX of the frame's tilt
+/// @param matrixTilt  rotationAboutAxis of the frame's tilt
+/// @param correction  placeCorrection()
 void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
-                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching);
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction);
 
 /// Rewrites the mapped fields of all peaks of m_listPeakFrame, and m_peakMapping; earlier indices are
 /// discarded.

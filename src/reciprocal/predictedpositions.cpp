@@ -81,15 +81,15 @@ public:
           m_dfCosAxis(std::cos(radians(dataSet.m_dfRotationAxis))),
           m_dfSinAxis(std::sin(radians(dataSet.m_dfRotationAxis))),
           m_ptCentre(frameCentre(beamCentres(dataSet), nFrame)),
-          m_bApplyStretching(bApplyStretching)
+          m_correction(placeCorrection(dataSet, bApplyStretching)),
+          m_dfOut(radians(dataSet.m_distortion.dfAxisOutOfPlane))
     {
         const double dfCos = std::cos(radians(window.dfTilt));
         const double dfSin = std::sin(radians(window.dfTilt));
         const std::array<Vec3D, 3> aVector = basis.vectors();
         for (std::size_t n = 0; n < 3; ++n) {
-            const Vec3D& v = aVector[n];
-            const double dfY = double(v.y), dfZ = double(v.z);
-            m_aBasis[n] = {double(v.x), dfCos * dfY + dfSin * dfZ, -dfSin * dfY + dfCos * dfZ};
+            const DoubleVector v = toAxis(widened(aVector[n]));
+            m_aBasis[n] = fromAxis({v[0], dfCos * v[1] + dfSin * v[2], -dfSin * v[1] + dfCos * v[2]});
         }
     }
 
@@ -144,13 +144,32 @@ public:
     }
 
 private:
-    // The crossings with the sphere inside the window: turned by δ about x, the point's z must be |g|²·λ/2.
-    void addCrossings(const int* pIndex, const DoubleVector& g, QList<Peak3D>& listPeak)
+    // To coordinates with the rotation axis as x, and back; an axis in the plane of the frame is the x
+    // already.
+    DoubleVector toAxis(const DoubleVector& v) const
     {
+        const double dfCos = std::cos(m_dfOut), dfSin = std::sin(m_dfOut);
+        return m_dfOut == 0 ? v
+                            : DoubleVector{dfCos * v[0] + dfSin * v[2], v[1], dfCos * v[2] - dfSin * v[0]};
+    }
+    DoubleVector fromAxis(const DoubleVector& v) const
+    {
+        const double dfCos = std::cos(m_dfOut), dfSin = std::sin(m_dfOut);
+        return m_dfOut == 0 ? v
+                            : DoubleVector{dfCos * v[0] - dfSin * v[2], v[1], dfSin * v[0] + dfCos * v[2]};
+    }
+
+    // The crossings with the sphere inside the window: turned by δ about the axis, the point must have
+    // |g|²·λ/2 along the beam, of which an axis out of the plane has its part.
+    void addCrossings(const int* pIndex, const DoubleVector& vecLaboratory, QList<Peak3D>& listPeak)
+    {
+        const DoubleVector g = toAxis(vecLaboratory);
         const double dfSquare = dot(g, g);
         const double dfDistance = std::hypot(g[1], g[2]);
-        const double dfSine = dfSquare / (2 * m_dfRadius * dfDistance);
-        if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(dfSine <= 1))
+        const double dfSine = m_dfOut == 0 ? dfSquare / (2 * m_dfRadius * dfDistance)
+                                           : (dfSquare / (2 * m_dfRadius) - std::sin(m_dfOut) * g[0]) /
+                                                 (std::cos(m_dfOut) * dfDistance);
+        if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(std::fabs(dfSine) <= 1))
             return;
         const double dfPhi = std::atan2(g[2], g[1]), dfRise = std::asin(dfSine);
         double dfLast = std::numeric_limits<double>::quiet_NaN();
@@ -166,25 +185,24 @@ private:
                  QList<Peak3D>& listPeak)
     {
         const double dfCos = std::cos(dfTurn), dfSin = std::sin(dfTurn);
-        const double dfX = g[0], dfY = dfCos * g[1] + dfSin * g[2];
+        const DoubleVector seen = fromAxis({g[0], dfCos * g[1] + dfSin * g[2], dfCos * g[2] - dfSin * g[1]});
+        const double dfX = seen[0], dfY = seen[1];
         // From the centre of the sphere through the point onto the flat pattern, then to the frame's axes.
         const double dfScale = m_dfRadius / (m_dfRadius - dfSquare / (2 * m_dfRadius)) /
                                m_dataSet.m_dfPixelSize;
-        QPointF pt((m_dfCosAxis * dfX + m_dfSinAxis * dfY) * dfScale,
-                   (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
-        if (m_bApplyStretching) {
-            // The factor depends on the direction alone, which it does not change.
-            const double dfAngle = -std::atan2(pt.y(), pt.x()) - radians(m_dataSet.m_dfStretchAzimuth);
-            pt /= 1 + m_dataSet.m_dfStretchAmplitude / 100 * std::cos(2 * dfAngle);
-        }
+        const QPointF ptFlat((m_dfCosAxis * dfX + m_dfSinAxis * dfY) * dfScale,
+                             (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
+        const std::optional<QPointF> pt = m_correction.putBack(ptFlat);
+        if (!pt)
+            return;
         Peak3D peak;
         peak.setHKL(pIndex[0], pIndex[1], pIndex[2]);
         const Vec3D v = m_basis.point(pIndex[0], pIndex[1], pIndex[2]);
         peak.setPoint(v);
         peak.dfDStar = double(length(v));
         peak.dfFrameTilt = m_window.dfTilt + degrees(dfTurn);
-        peak.dfX2D = m_ptCentre.x() + pt.x();
-        peak.dfY2D = m_ptCentre.y() + pt.y();
+        peak.dfX2D = m_ptCentre.x() + pt->x();
+        peak.dfY2D = m_ptCentre.y() + pt->y();
         if (!std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D))
             return;
         peak.nFrame = m_nFrame;
@@ -200,11 +218,29 @@ private:
     double m_dfRadius;  // of the sphere, Å⁻¹
     double m_dfCosAxis, m_dfSinAxis;
     QPointF m_ptCentre;
-    bool m_bApplyStretching;
+    CPlaceCorrection m_correction;
+    double m_dfOut;                        // of the axis, out of the plane, radians
     std::array<DoubleVector, 3> m_aBasis;  // at the tilt of the frame
 };
 
 }  // namespace
+
+// How far from the beam the rim of a frame is without its distortions, pixels; dfX, dfY: half the sides of a
+// frame around the beam that holds the real one. Between the places that are looked at stays some spare.
+static double farthestWithoutDistortion(const CPlaceCorrection& correction, double dfX, double dfY)
+{
+    const int nSteps = 32;
+    double dfFarthest = 0;
+    for (int n = -nSteps; n <= nSteps; ++n) {
+        const double dfPart = double(n) / nSteps;
+        for (const QPointF& pt : {QPointF(dfX, dfPart * dfY), QPointF(-dfX, dfPart * dfY),
+                                  QPointF(dfPart * dfX, dfY), QPointF(dfPart * dfX, -dfY)}) {
+            const QPointF ptUndone = correction.undone(pt);
+            dfFarthest = std::max(dfFarthest, std::hypot(ptUndone.x(), ptUndone.y()));
+        }
+    }
+    return 1.01 * dfFarthest;
+}
 
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar, bool bApplyStretching)
 {
@@ -228,7 +264,11 @@ QList<Peak3D> predictedPositionsOnFrame(const DataSet& dataSet, int nFrame, doub
     const double dfY = std::max(std::fabs(ptCentre.y()), std::fabs(sizeFrame.height() - ptCentre.y()));
     // d* of a point of the sphere is below the distance of its pixel from the beam.
     const double dfStretch = bApplyStretching ? 1 + std::fabs(dataSet.m_dfStretchAmplitude) / 100 : 1;
-    const double dfFarthest = std::hypot(dfX, dfY) * dataSet.m_dfPixelSize * dfStretch;
+    double dfFarthest = std::hypot(dfX, dfY) * dataSet.m_dfPixelSize * dfStretch;
+    if (dataSet.m_distortion.movesPlaces()) {
+        dfFarthest = farthestWithoutDistortion(placeCorrection(dataSet, bApplyStretching), dfX, dfY) *
+                     dataSet.m_dfPixelSize;
+    }
     QList<Peak3D> listPeak = predictedPositions(dataSet, nFrame, std::min(dfMaxDStar, dfFarthest),
                                                 bApplyStretching);
     const QRectF rectFrame(QPointF(-0.5, -0.5), QSizeF(sizeFrame));

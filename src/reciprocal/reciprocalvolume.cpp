@@ -1,5 +1,6 @@
 #include "reciprocal/reciprocalvolume.h"
 
+#include "geometry/placecorrection.h"
 #include "geometry/rotationgeometry.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/contrast.h"
@@ -198,6 +199,10 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
         return false;
     if (m_listSlice.isEmpty())
         return true;
+    if (!m_distortion.isNone()) {
+        addDistortedFrame(*pImage, ptCenter, dfTilt);
+        return true;
+    }
     const CMatrix3 matTilt = rotationX(dfTilt);
     const double dfK = 1 / m_dfWavelength;
     const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
@@ -254,6 +259,36 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
             }
         }
     return true;
+}
+
+void CReciprocalVolume::addDistortedFrame(const CImgObj<float>& image, const QPointF& ptCenter, double dfTilt)
+{
+    const CMatrix3 matTilt = rotationAboutAxis(dfTilt, m_distortion.dfAxisOutOfPlane);
+    const CPlaceCorrection correction({}, m_distortion);
+    const double dfInverse = 1 / m_dfPixelSize;
+    const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
+                fZ = float(m_listSlice.size());
+    const float* pPixel = image.Data();
+    for (int nRow = 0; nRow < image.Height(); ++nRow) {
+        for (int nColumn = 0; nColumn < image.Width(); ++nColumn, ++pPixel) {
+            if (!(*pPixel > 0.f)) {
+                continue;
+            }
+            const QPointF pt = correction.undone({nColumn - ptCenter.x(), nRow - ptCenter.y()});
+            const Vec3D vecFlat = {float(m_dfPixelSize * pt.x()), float(m_dfPixelSize * pt.y()), 0.f};
+            const Vec3D v = rotated(matTilt, ewaldPoint(rotated(m_matRotationAxis, vecFlat), m_dfWavelength));
+            const float x = float(double(v.x) * dfInverse) + fX * 0.5f;
+            const float y = float(double(v.y) * dfInverse) + fY * 0.5f;
+            const float z = float(double(v.z) * dfInverse) + fZ * 0.5f;
+            if (!(x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ)) {
+                continue;
+            }
+            CImgObj<float>* pSlice = m_listSlice[int(z)];
+            float& fVoxel =
+                pSlice->Data()[std::size_t(int(y)) * std::size_t(pSlice->Width()) + std::size_t(int(x))];
+            fVoxel = std::max(fVoxel, *pPixel);
+        }
+    }
 }
 
 bool CReciprocalVolume::saveRaw(const QString& strFileName, const FnGoOn& fnGoOn, QString* pstrReason) const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "geometry/matrix3.h"
+#include "geometry/seriesdistortion.h"
 #include "imaging/imgobj.h"
 
 #include <QList>
@@ -32,10 +33,13 @@ public:
     void setWavelength(double dfWavelength) { m_dfWavelength = dfWavelength; }  ///< Å
     void setPixelSize(double dfPixelSize) { m_dfPixelSize = dfPixelSize; }  ///< Å⁻¹, of pixel and voxel
     void setRotationAxis(double dfDegrees);  ///< counter-clockwise on the screen from 3 o'clock
+    /// What the lens and the axis do; each frame gets it.
+    void setDistortion(const SeriesDistortion& distortion) { m_distortion = distortion; }
 
     /// Maps each pixel of a frame to reciprocal space, as the peaks are mapped but without stretching and
     /// tilt relaxation, and puts it into the voxel that it falls into. Pixels outside the grid are dropped.
     /// The coordinates are rounded as in mapping one pixel after the other with rotated() and ewaldPoint().
+    /// Where the lens or the axis does something the mapping of a pixel takes some ten times as long.
     ///
     /// @param ptCenter  direct beam on the frame, raw pixels
     /// @param dfTilt    degrees
@@ -60,6 +64,9 @@ public:
 
 private:
     void release();
+    void addDistortedFrame(const CImgObj<float>& image, const QPointF& ptCenter, double dfTilt);
+
+    SeriesDistortion m_distortion;
 };
 
 }  // namespace tessera

@@ -54,15 +54,13 @@ std::vector<FlatPeak> flatPeaksOf(const DataSet& dataSet, const MappingParameter
         return vecPeak;
     }
     const BeamCentres centres = beamCentres(dataSet);
+    const CPlaceCorrection correction = placeCorrection(dataSet, parameters.m_bApplyStretching);
     const int nFrames = dataSet.m_listPeakFrame.size();
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
         const QPointF ptCentre = frameCentre(centres, nFrame);
         const double dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
         for (const Peak3D& peak : dataSet.m_listPeakFrame[nFrame]) {
-            QPointF pt(peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y());
-            if (parameters.m_bApplyStretching) {
-                pt = applyStretching(pt, dataSet.m_dfStretchAmplitude, dataSet.m_dfStretchAzimuth);
-            }
+            const QPointF pt = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
             vecPeak.push_back({pt.x(), pt.y(), dfTilt});
         }
     }

@@ -15,15 +15,13 @@ const double g_dfRoundingStep = 0.01;  // Å⁻¹: the two decimals of the page
 double farthestCorner(const DataSet& dataSet, const MappingParameters& mapping, const QSize& size)
 {
     const BeamCentres centres = beamCentres(dataSet);
+    const CPlaceCorrection correction = placeCorrection(dataSet, mapping.m_bApplyStretching);
     double dfFarthest = 0;
     for (int nFrame = 0; nFrame < dataSet.m_listShift.size(); ++nFrame) {
         const QPointF ptCentre = frameCentre(centres, nFrame);
         for (const QPointF& ptCorner : {QPointF(0, 0), QPointF(size.width(), 0), QPointF(0, size.height()),
                                         QPointF(size.width(), size.height())}) {
-            QPointF pt = ptCorner - ptCentre;
-            if (mapping.m_bApplyStretching) {
-                pt = applyStretching(pt, dataSet.m_dfStretchAmplitude, dataSet.m_dfStretchAzimuth);
-            }
+            const QPointF pt = correction.undone(ptCorner - ptCentre);
             dfFarthest = std::max(dfFarthest, std::hypot(pt.x(), pt.y()));
         }
     }

@@ -57,20 +57,21 @@ TiltFitResult runFit(Context& context, std::vector<double>& vecParam, double dfF
 
 }  // namespace
 
-std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis, double dfWavelength)
+std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis,
+                                     const TiltGeometry& geometry)
 {
     double dfRadians = 0;
-    if (!calEwaldTilt(dfWavelength, -pointOf(peak, basis), dfRadians))
+    if (!calEwaldTilt(geometry.dfWavelength, -pointOf(peak, basis), dfRadians, geometry.dfAxisOutOfPlane))
         return std::nullopt;
     return dfRadians * g_dfDegreesPerRadian;
 }
 
-TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, double dfWavelength,
+TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, const TiltGeometry& geometry,
                        std::vector<double>& vecParam, const FnBasis& fnBasis, double dfFunctionError)
 {
     Context context{fnBasis,
                     [=](const Peak3D& peak, const ReciprocalBasis& basis) {
-                        const std::optional<double> dfTilt = calculatedTilt(peak, basis, dfWavelength);
+                        const std::optional<double> dfTilt = calculatedTilt(peak, basis, geometry);
                         return dfTilt ? peak.*pTilt - *dfTilt : 0;
                     },
                     listPeak};

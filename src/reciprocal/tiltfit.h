@@ -15,10 +15,17 @@
 
 namespace tessera {
 
+/// What calculated tilts depend on beside the crystal.
+struct TiltGeometry {
+    double dfWavelength = 0;      ///< Å
+    double dfAxisOutOfPlane = 0;  ///< degrees, of the rotation axis towards +z
+};
+
 /// The tilt in degrees at which the mapping has h·a* + k·b* + l·c* on the Ewald sphere; indices of the record
-/// rounded, wavelength in Å. calEwaldTilt() has its sphere about (0, 0, −1/λ), and so gets −g here.
+/// rounded. calEwaldTilt() has its sphere about (0, 0, −1/λ), and so gets −g here.
 /// @return none if the sphere does not reach the point
-std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis, double dfWavelength);
+std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis,
+                                     const TiltGeometry& geometry);
 
 struct TiltFitResult {
     int nInfo = 0;
@@ -37,7 +44,7 @@ using FnBasis = std::function<ReciprocalBasis(const double* pParam)>;
 
 /// Refines `vecParam` in place so that the tilts calculated from fnBasis agree with `pTilt` (degrees) of the
 /// reflections; one that the sphere does not reach has the residual 0. Nothing is fitted to no reflections.
-TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, double dfWavelength,
+TiltFitResult fitTilts(const QList<Peak3D>& listPeak, double Peak3D::*pTilt, const TiltGeometry& geometry,
                        std::vector<double>& vecParam, const FnBasis& fnBasis,
                        double dfFunctionError = g_dfTiltFunctionError);
 

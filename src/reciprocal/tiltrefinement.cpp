@@ -39,15 +39,16 @@ struct Kind {
     double Peak3D::*pTilt;
 };
 
-void addErrorTable(TiltRefinement& result, const DataSet& dataSet, double dfWavelength, CRunReport& report)
+void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const TiltGeometry& geometry,
+                   CRunReport& report)
 {
     const BeamCentres centres = beamCentres(dataSet);
     QString strTable = QString::asprintf("%4s %4s %4s %8s %4s %8s %8s %8s %8s %8s %8s %8s\n", "h", "k", "l",
                                          "Int", "FNo", "d-RA", "TiltO", "TiltC1", "TiltC2", "Delta1",
                                          "Delta2", "DD");
     for (const Peak3D& peak : result.listPeak) {
-        const std::optional<double> dfBefore = calculatedTilt(peak, result.basisBefore, dfWavelength);
-        const std::optional<double> dfAfter = calculatedTilt(peak, result.basis, dfWavelength);
+        const std::optional<double> dfBefore = calculatedTilt(peak, result.basisBefore, geometry);
+        const std::optional<double> dfAfter = calculatedTilt(peak, result.basis, geometry);
         if (!dfBefore || !dfAfter)
             continue;
         const double dfDelta1 = std::fabs(peak.dfFrameTilt - *dfBefore),
@@ -84,7 +85,8 @@ std::optional<TiltRefinement> refineBasis(const QList<Peak3D>& listPeak, const D
                                           result.bExchanged, report);
     report.addMessage(QStringLiteral("Before refinement:"));
 
-    const TiltFitResult fit = fitTilts(result.listPeak, kind.pTilt, options.dfWavelength, vecParam, basisOf,
+    const TiltGeometry geometry = {options.dfWavelength, dataSet.m_distortion.dfAxisOutOfPlane};
+    const TiltFitResult fit = fitTilts(result.listPeak, kind.pTilt, geometry, vecParam, basisOf,
                                        options.dfFunctionError);
     result.nInfo = fit.nInfo;
     result.vecStdErr = fit.vecStdErr;
@@ -99,7 +101,7 @@ std::optional<TiltRefinement> refineBasis(const QList<Peak3D>& listPeak, const D
     report.addMessage(QStringLiteral("Unit cell after refinement:"));
     addBasisLines(result.basis, report);
     report.addMessage(QStringLiteral("After refinement:"));
-    addErrorTable(result, dataSet, options.dfWavelength, report);
+    addErrorTable(result, dataSet, geometry, report);
     addRefinedCell(result.basis, options.strLatticeHost, report);
     return result;
 }
@@ -183,6 +185,7 @@ FramePositionGeometry framePositionGeometry(const DataSet& dataSet)
     geometry.dfPixelSize = dataSet.m_dfPixelSize;
     geometry.dfRotationAxis = dataSet.m_dfRotationAxis;
     geometry.dfWavelength = dataSet.m_dfWavelength;
+    geometry.distortion = dataSet.m_distortion;
     return geometry;
 }
 

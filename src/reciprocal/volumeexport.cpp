@@ -82,6 +82,7 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
     volume.setPixelSize(dataSet.m_dfPixelSize);
     volume.setRotationAxis(dataSet.m_dfRotationAxis);
     volume.setWavelength(dataSet.m_dfWavelength);
+    volume.setDistortion(dataSet.m_distortion);
 
     report.addMessage(QStringLiteral("%1>Constructing reciprocal space volume...").arg(currentTimeStamp()),
                       Severity::Milestone);

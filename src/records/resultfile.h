@@ -17,18 +17,19 @@ enum class ResultFile {
     IndexedPeaks,    ///< the indexed peaks of each frame
     RefinedProject,  ///< the project with the geometry as refined
     RefinedCell,     ///< the reciprocal basis as refined with it
+    RefinedShifts,   ///< the direct beam as refined with it, and the shifts
 };
 
 constexpr ResultFile g_aResultFile[] = {
-    ResultFile::Log,          ResultFile::Shifts,         ResultFile::Peaks,
-    ResultFile::Cell,         ResultFile::Reflections,    ResultFile::P4P,
-    ResultFile::IndexedPeaks, ResultFile::RefinedProject, ResultFile::RefinedCell};
+    ResultFile::Log,         ResultFile::Shifts,       ResultFile::Peaks,        ResultFile::Cell,
+    ResultFile::Reflections, ResultFile::P4P,          ResultFile::IndexedPeaks, ResultFile::RefinedProject,
+    ResultFile::RefinedCell, ResultFile::RefinedShifts};
 
 /// The suffix with its dot.
 inline QString resultSuffix(ResultFile file)
 {
-    static const char* const aszSuffix[] = {".log", ".sc",  ".pk",           ".uc",        ".hkl",
-                                            ".p4p", ".ipf", "_refined.ed3d", "_refined.uc"};
+    static const char* const aszSuffix[] = {".log", ".sc",  ".pk",           ".uc",         ".hkl",
+                                            ".p4p", ".ipf", "_refined.ed3d", "_refined.uc", "_refined.sc"};
     return QLatin1String(aszSuffix[int(file)]);
 }
 

@@ -43,6 +43,9 @@ std::optional<DiffractionGeometry> geometryOfSeries(const DataSet& dataSet, cons
     geometry.aBasis = {widened(basis->a), widened(basis->b), widened(basis->c)};
     geometry.dfWavelength = dataSet.m_dfWavelength;
     geometry.dfPixelSize = dataSet.m_dfPixelSize;
+    geometry.plane = planeTerms(dataSet.m_distortion);
+    geometry.dfRadius = dataSet.m_distortion.dfRadius;
+    geometry.turn.outOfPlane = dataSet.m_distortion.dfAxisOutOfPlane;
     geometry.plane.axis = dataSet.m_dfRotationAxis;
     if (mapping.m_bApplyStretching) {
         const double dfAmplitude = dataSet.m_dfStretchAmplitude / 100;

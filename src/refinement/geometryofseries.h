@@ -14,7 +14,7 @@ namespace tessera {
 /// the tilt that the mapping turns it by. Frames without shift or tilt are left out.
 std::vector<GeometrySpot> geometrySpots(const DataSet& dataSet);
 
-/// What the mapping works with, and the cell in force.
+/// What the mapping works with, its distortions included, and the cell in force.
 /// @return none without a cell
 std::optional<DiffractionGeometry> geometryOfSeries(const DataSet& dataSet, const MappingParameters& mapping);
 

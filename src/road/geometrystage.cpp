@@ -44,11 +44,12 @@ bool hasRoomForName(const QString& strFile)
     return QFile::encodeName(QFileInfo(strFile).fileName()).size() <= nMost;
 }
 
-/// Writes cell and project together. A series that no project file can hold gets the cell alone.
+/// Writes cell, project and shifts together. A series that no project file can hold gets the cell alone.
 StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString strProject = fileOfProject(state.dataSet, ResultFile::RefinedProject);
     const QString strCell = fileOfProject(state.dataSet, ResultFile::RefinedCell);
+    const QString strShifts = fileOfProject(state.dataSet, ResultFile::RefinedShifts);
     if (!hasRoomForName(strProject)) {
         report.addMessage(
             QStringLiteral("No files of the refined geometry: the name of the series is too long."),
@@ -58,18 +59,23 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
     CFileSet files;
     QByteArray bytesProject;
     QString strReason;
-    if (makeRefinedProjectText(state.dataSet, state.mapping, model, strProject, bytesProject, &strReason)) {
+    if (makeRefinedProjectText(state.dataSet, model, strProject, bytesProject, &strReason)) {
         files.add(strProject, bytesProject);
     } else {
         report.addMessage(QStringLiteral("No project file of the refined geometry: %1").arg(strReason),
                           Severity::Milestone);
     }
     files.add(strCell, unitCellText(basisOf(model.geometry)));
+    if (!bytesProject.isEmpty()) {
+        files.add(strShifts, shiftFileText(refinedShifts(state.dataSet, model)));
+    }
     if (!files.commit(&strReason)) {
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
-    const QString strFiles = bytesProject.isEmpty() ? strCell : strProject + QStringLiteral(", ") + strCell;
+    const QString strFiles = bytesProject.isEmpty()
+                                 ? strCell
+                                 : QStringList{strProject, strCell, strShifts}.join(QStringLiteral(", "));
     report.addMessage(QStringLiteral("Refined geometry written: %1").arg(strFiles));
     return {};
 }

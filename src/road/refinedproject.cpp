@@ -15,39 +15,16 @@ double azimuthInFile(double dfAzimuth)
     return dfTurned < 0 ? dfTurned + 180 : dfTurned;
 }
 
-QByteArray lineOf(const char* pszKeyword, double dfValue)
+/// What the fit has behind the fifth decimal says nothing.
+double inFile(double dfValue)
 {
-    return QByteArray(pszKeyword) + ' ' + QByteArray::number(dfValue, 'f', 5) + '\n';
-}
-
-/// The numbers that have no place among the usual keywords.
-QByteArray linesBeside(const GeometryModel& model)
-{
-    const DiffractionGeometry& geometry = model.geometry;
-    const PlaneTerms<double>& plane = geometry.plane;
-    QByteArray bytes;
-    if (model.bEllipse) {
-        const Distortion ellipse = distortionOf(plane.ellipseCos, plane.ellipseSin);
-        bytes += "# In place of the stretching above, where it is known:\n";
-        bytes += lineOf("ELLIPSEAMP", 100 * ellipse.dfAmplitude);
-        bytes += lineOf("ELLIPSEAZIMUTH", azimuthInFile(ellipse.dfAzimuth));
-    }
-    if (plane.radial != 0 || plane.spiral != 0) {
-        bytes += lineOf("THIRDORDERRADIAL", 100 * plane.radial);
-        bytes += lineOf("THIRDORDERSPIRAL", 100 * plane.spiral);
-        bytes += lineOf("THIRDORDERRADIUS", geometry.dfRadius);
-    }
-    if (geometry.turn.outOfPlane != 0) {
-        bytes += lineOf("AXISOUTOFPLANE", geometry.turn.outOfPlane);
-    }
-    return bytes;
+    return QString::number(dfValue, 'f', 5).toDouble();
 }
 
 }  // namespace
 
-bool makeRefinedProjectText(const DataSet& dataSet, const MappingParameters& mapping,
-                            const GeometryModel& model, const QString& strProjectFile, QByteArray& bytesText,
-                            QString* pstrReason)
+bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, const QString& strProjectFile,
+                            QByteArray& bytesText, QString* pstrReason)
 {
     const DiffractionGeometry& geometry = model.geometry;
     const PlaneTerms<double>& plane = geometry.plane;
@@ -56,14 +33,16 @@ bool makeRefinedProjectText(const DataSet& dataSet, const MappingParameters& map
     project.dfWavelength = dataSet.m_dfWavelength;
     project.dfPixelSize = dataSet.m_dfPixelSize;
     project.dfRotationAxis = plane.axis;
-    if (!model.bEllipse) {
-        const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
+    const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
+    if (stretching.dfAmplitude != 0) {
         project.dfStretchAmplitude = 100 * stretching.dfAmplitude;
         project.dfStretchAzimuth = azimuthInFile(stretching.dfAzimuth);
-    } else if (mapping.m_bApplyStretching) {
-        project.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
-        project.dfStretchAzimuth = azimuthInFile(dataSet.m_dfStretchAzimuth);
     }
+    project.distortion = seriesDistortion(geometry);
+    for (const DistortionKeyword& row : g_aDistortionKeyword) {
+        project.distortion.*row.pMember = inFile(project.distortion.*row.pMember);
+    }
+    project.bTellDistortion = true;
     for (int n = 0; n < dataSet.m_listOverallTilt.size(); ++n) {
         const double dfTilt = dataSet.m_listOverallTilt[n];
         const double dfMore = (geometry.turn.scale - 1) * (dfTilt - geometry.dfMiddleTilt) +
@@ -71,12 +50,13 @@ bool makeRefinedProjectText(const DataSet& dataSet, const MappingParameters& map
         project.tilts.append(dataSet.m_listStageTilt.value(n) + dfMore, dataSet.m_listBeamTilt.value(n),
                              dfTilt + dfMore);
     }
-    QByteArray bytes;
-    if (!makeProjectText(project, strProjectFile, bytes, pstrReason)) {
-        return false;
-    }
-    bytesText = bytes.insert(bytes.indexOf("FILELIST\n"), linesBeside(model));
-    return true;
+    return makeProjectText(project, strProjectFile, bytesText, pstrReason);
+}
+
+ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model)
+{
+    return {dataSet.m_dfCenterX + model.geometry.plane.centreX,
+            dataSet.m_dfCenterY + model.geometry.plane.centreY, dataSet.m_listShift};
 }
 
 }  // namespace tessera

@@ -1,8 +1,8 @@
-// The project file of a refined geometry.
+// The files of a refined geometry: a project, and the direct beam that goes with it.
 #pragma once
 
 #include "dataset/dataset.h"
-#include "records/runparameters.h"
+#include "dataset/shiftfile.h"
 #include "refinement/geometryrefinement.h"
 
 #include <QByteArray>
@@ -10,21 +10,18 @@
 
 namespace tessera {
 
-/// The frames of a data set with the axis, the tilts and the stretching of a model.
+/// The frames of a data set with the axis, the tilts, the stretching and the distortions of a model. Lines of
+/// the distortions are written also where there are none: a project that has them tells all of its lens, so
+/// that no stretching of a series before stays in force when it is opened.
 ///
-/// Where the model has a linear ellipse, the stretching is the one that the series was mapped with: one along
-/// the radius of the amplitude of the ellipse leaves what that moves along the circle, and a cell that had
-/// taken up the ellipse fits it worse than before. Ellipse, third order and the axis' tilt out of the plane
-/// have keywords of their own beside (ELLIPSEAMP in per cent, ELLIPSEAZIMUTH
-/// in degrees as STRETCHINGAZIMUTH counts; THIRDORDERRADIAL and THIRDORDERSPIRAL in per cent at
-/// THIRDORDERRADIUS pixels; AXISOUTOFPLANE in degrees), which ProjectFile passes over; so do comments. The
-/// beam's place is none of a project's: it is in the shift file.
-///
-/// @param mapping         of the series: whether its stretching is undone
 /// @param strProjectFile  where it will stand
 /// @return false, with `bytesText` as it was, where a project file cannot hold the series, with the reason
-[[nodiscard]] bool makeRefinedProjectText(const DataSet& dataSet, const MappingParameters& mapping,
-                                          const GeometryModel& model, const QString& strProjectFile,
-                                          QByteArray& bytesText, QString* pstrReason = nullptr);
+[[nodiscard]] bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model,
+                                          const QString& strProjectFile, QByteArray& bytesText,
+                                          QString* pstrReason = nullptr);
+
+/// The shifts of a data set with the direct beam where the model has it: what the refined cell was fitted
+/// with. Beside the refined project it is found when that is opened.
+ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model);
 
 }  // namespace tessera

@@ -1,6 +1,7 @@
 // RoadOptions: what is to be done with a series, from which files on and with which numbers.
 #pragma once
 
+#include "geometry/seriesdistortion.h"
 #include "records/runparameters.h"
 #include "road/exports.h"
 #include "road/roadstage.h"
@@ -10,6 +11,8 @@
 #include <QStringList>
 
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace tessera {
 
@@ -43,6 +46,8 @@ struct RoadOptions {
     std::optional<double> dfStretchAmplitude;  ///< per cent
     std::optional<double> dfStretchAzimuth;    ///< degrees
     std::optional<bool> bApplyStretching;
+    /// Distortions that are given in the place of those of the project.
+    std::vector<std::pair<double SeriesDistortion::*, double>> listDistortion;
     std::optional<double> dfCenterX;  ///< direct beam on the first frame, pixels
     std::optional<double> dfCenterY;
 

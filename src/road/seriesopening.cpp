@@ -55,6 +55,9 @@ void takeGeometry(RoadState& state)
     takeOver(options.dfTiltRelaxation, dataSet.m_dfTiltRelaxation);
     takeOver(options.dfStretchAmplitude, dataSet.m_dfStretchAmplitude);
     takeOver(options.dfStretchAzimuth, dataSet.m_dfStretchAzimuth);
+    for (const auto& [pMember, dfValue] : options.listDistortion) {
+        dataSet.m_distortion.*pMember = dfValue;
+    }
     if (options.bApplyStretching) {
         state.mapping.m_bApplyStretching = *options.bApplyStretching;
     } else if (options.dfStretchAmplitude) {

@@ -54,8 +54,9 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
 
 ParameterRecords MainWindow::parameterRecords()
 {
-    return {&m_dataSet,     &m_hunting,  &m_mapping,    &m_merging,
-            &m_cellHunting, &m_indexing, &m_extraction, &m_refinement};
+    return {&m_dataSet,    &m_hunting,     &m_mapping,
+            &m_merging,    &m_cellHunting, &m_indexing,
+            &m_extraction, &m_refinement,  &m_dataSet.m_distortion};
 }
 
 /// The boxes know by the table of parameters what they stand for; the other controls are told here.

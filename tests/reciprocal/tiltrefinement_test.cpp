@@ -70,8 +70,8 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
     // A row of twelve columns: the frame's tilt, and deltas from it rather than from the tilt that was
     // fitted.
     const Peak3D& p = result.listPeak[3];
-    const double dfBefore = calculatedTilt(p, result.basisBefore, 0.0251).value();
-    const double dfAfter = calculatedTilt(p, result.basis, 0.0251).value();
+    const double dfBefore = calculatedTilt(p, result.basisBefore, {0.0251}).value();
+    const double dfAfter = calculatedTilt(p, result.basis, {0.0251}).value();
     const double dfDelta1 = std::fabs(p.dfFrameTilt - dfBefore),
                  dfDelta2 = std::fabs(p.dfFrameTilt - dfAfter);
     EXPECT_GT(std::fabs(p.dfTiltFit - p.dfFrameTilt), 0.01);

@@ -36,8 +36,8 @@ TEST_F(PageNumbers, AreThoseThatTheDriverComputesWith)
     IndexingParameters indexing;
     ExtractionParameters extraction;
     RefinementParameters refinement;
-    const ParameterRecords records = {&data, &hunting,  &mapping,    &merging,
-                                      &cell, &indexing, &extraction, &refinement};
+    const ParameterRecords records = {&data,     &hunting,    &mapping,    &merging,          &cell,
+                                      &indexing, &extraction, &refinement, &data.m_distortion};
     QMap<const Parameter*, int> mapBoxes;
     const auto compare = [&](auto* pSpin) {
         const Parameter* pRow = parameterOfBox(pSpin);
