@@ -1,6 +1,7 @@
 #include "simulate/lensdistortion.h"
 
 #include <cmath>
+#include <complex>
 #include <limits>
 
 namespace tessera {
@@ -26,6 +27,14 @@ std::array<double, 2> distorted(const std::array<double, 2>& ptOffset, const Len
         x = dfX;
     }
     return {x, y};
+}
+
+std::array<double, 2> thirdOrderThatUndoes(const LensDistortion& lens)
+{
+    // Counter-clockwise is the sense of complex numbers: a point at 1 goes to 1 + k, and back from there.
+    const std::complex<double> there(1 + lens.dfRadial / 100, lens.dfSpiral / 100);
+    const std::complex<double> back = (1.0 / there - 1.0) / std::norm(there);
+    return {100 * back.real(), -100 * back.imag()};
 }
 
 double undistortedReach(double dfPixels, const LensDistortion& lens)

@@ -28,6 +28,10 @@ struct LensDistortion {
 /// Where a point of the undistorted pattern goes; both are pixels from the direct beam.
 std::array<double, 2> distorted(const std::array<double, 2>& ptOffset, const LensDistortion& lens);
 
+/// The third order that undoes that of the lens at the reference radius, by the same form at the distorted
+/// place: per cent outwards, and per cent clockwise.
+std::array<double, 2> thirdOrderThatUndoes(const LensDistortion& lens);
+
 /// Pixels from the beam in the undistorted pattern beyond which nothing comes nearer than dfPixels on the
 /// frame; infinite where a barrel folds the pattern over within dfPixels.
 double undistortedReach(double dfPixels, const LensDistortion& lens);

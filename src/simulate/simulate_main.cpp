@@ -97,6 +97,11 @@ QString readTold(const QCommandLineParser& parser, SimulationParameters& p)
         return QStringLiteral("--told-stretch must be on or off");
     }
     p.bStretchTold = strTold == QLatin1String("on");
+    const QString strLens = parser.value(QStringLiteral("told-distortion"));
+    if (strLens != QLatin1String("on") && strLens != QLatin1String("off")) {
+        return QStringLiteral("--told-distortion must be on or off");
+    }
+    p.bLensTold = strLens == QLatin1String("on");
     if (parser.isSet(QStringLiteral("jump")) != parser.isSet(QStringLiteral("jump-every"))) {
         return QStringLiteral("--jump and --jump-every need each other");
     }
@@ -248,6 +253,9 @@ int main(int argc, char** argv)
     add(QStringLiteral("told-stretch"),
         QStringLiteral("on, or off: the project then has a stretching of 0, whatever the frames have."),
         QStringLiteral("on"));
+    add(QStringLiteral("told-distortion"),
+        QStringLiteral("off, or on: the project tells the ellipse and the third order too."),
+        QStringLiteral("off"));
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
     parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
                       QStringLiteral("folder")});

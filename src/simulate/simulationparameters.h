@@ -42,12 +42,13 @@ struct SimulationParameters {
     int nHotPixels = 8;
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
-    LensDistortion lens;            ///< no project tells it; its radius 0: half of the frame's side
+    LensDistortion lens;            ///< its radius 0: half of the frame's side
     double dfWander = 0;            ///< largest smooth offset of the pattern from the direct beam, pixels
     int nJumpEvery = 0;             ///< one frame in so many has its pattern off by dfJump; 0 none
     double dfJump = 0;              ///< pixels
     double dfToldAxisOffset = 0;    ///< what the project's axis is off by, degrees
     bool bStretchTold = true;       ///< the project tells the stretching
+    bool bLensTold = false;         ///< and the lens
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
     bool bStepped = false;          ///< the crystal stands still during an exposure
     double dfPrecession = 0;        ///< half opening of the beam's cone, degrees; above 0 it stands still too

@@ -242,6 +242,23 @@ QString frameFileName(const SimulatedSeries& series, int nFrame)
         .arg(frameExtension(series.parameters.format));
 }
 
+// What a project tells of the lens: the azimuth of the longer side, and a third order that undoes.
+static QString lensLines(const SimulationParameters& p)
+{
+    QString str;
+    if (p.bLensTold && p.lens.hasEllipse()) {
+        str += QStringLiteral("ELLIPSEAMP %1\n").arg(number(p.lens.dfEllipseAmplitude, 5));
+        str += QStringLiteral("ELLIPSEAZIMUTH %1\n").arg(number(p.lens.dfEllipseAzimuth, 5));
+    }
+    if (p.bLensTold && p.lens.hasThirdOrder()) {
+        const std::array<double, 2> undo = thirdOrderThatUndoes(p.lens);
+        str += QStringLiteral("THIRDORDERRADIAL %1\n").arg(number(undo[0], 5));
+        str += QStringLiteral("THIRDORDERSPIRAL %1\n").arg(number(undo[1], 5));
+        str += QStringLiteral("THIRDORDERRADIUS %1\n").arg(number(p.lens.dfRadius, 5));
+    }
+    return str;
+}
+
 QString projectText(const SimulatedSeries& series)
 {
     const SimulationParameters& p = series.parameters;
@@ -251,6 +268,7 @@ QString projectText(const SimulatedSeries& series)
     str += QStringLiteral("CCDPIXELSIZE %1\n").arg(number(p.dfPixelSize, 8));
     str += QStringLiteral("STRETCHINGAMP %1\n").arg(number(p.toldStretchAmplitude(), 4));
     str += QStringLiteral("STRETCHINGAZIMUTH %1\n").arg(number(p.toldStretchAzimuth(), 4));
+    str += lensLines(p);
     str += QStringLiteral("FILELIST\n");
     for (int n = 0; n < p.nFrames; ++n)
         str += QStringLiteral("FILE %1 %2 %3 %4\n")
