@@ -34,7 +34,7 @@ CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching)
     return {stretching, dataSet.m_distortion};
 }
 
-void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
+static void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
                  const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction)
 {
     const QPointF ptCentred = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
@@ -47,6 +47,12 @@ void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAx
     peak.setPoint(vecPoint);
     peak.dfDStar = double(length(vecPoint));
     peak.setHKL(0, 0, 0);  // indices of an earlier geometry mean nothing now
+}
+
+void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching)
+{
+    mapPeak(peak, ptCentre, matrixAxis, matrixTilt, dataSet, placeCorrection(dataSet, bApplyStretching));
 }
 
 bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, CRunReport& report)
@@ -75,7 +81,7 @@ bool transformPeaksTo3D(DataSet& dataSet, const MappingParameters& parameters, C
         QList<Peak3D> listPeak;
         listPeak.reserve(dataSet.m_listPeakFrame[nFrame].size());
         for (Peak3D peak : dataSet.m_listPeakFrame[nFrame]) {
-            mapPeakTo3D(peak, ptCentre, matrixAxis, matrixTilt, dataSet, correction);
+            mapPeak(peak, ptCentre, matrixAxis, matrixTilt, dataSet, correction);
             peak.dfFrameTilt = dataSet.m_listOverallTilt[nFrame];
             listPeak.append(peak);
         }

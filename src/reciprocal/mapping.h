@@ -29,9 +29,8 @@ CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching);
 /// @param ptCentre    direct beam on the peak's frame, raw pixels
 /// @param matrixAxis  rotationZ of the axis' azimuth
 /// @param matrixTilt  rotationAboutAxis of the frame's tilt
-/// @param correction  placeCorrection()
 void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
-                 const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction);
+                 const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching);
 
 /// Rewrites the mapped fields of all peaks of m_listPeakFrame, and m_peakMapping; earlier indices are
 /// discarded.

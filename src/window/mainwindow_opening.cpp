@@ -12,6 +12,7 @@
 #include "window/frameview/pixelreadout.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
+#include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
@@ -20,6 +21,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -206,6 +208,7 @@ void MainWindow::showDataSetAnew()
     clearDataSet();
     fillFileTable();
     fillShiftTable();
+    m_pFramesPage->m_pRotationAxisSpin->setDecimals(m_dataSet.m_nAxisDecimals);
     syncParametersWithControls(false);
 }
 

@@ -6,6 +6,7 @@
 #include "window/pages/cellpage.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/framespage.h"
+#include "window/pages/lensdistortionbox.h"
 #include "window/pages/mergingpage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/refinementpage.h"
@@ -206,6 +207,7 @@ void MainWindow::connectPanelSignals(bool bConnect)
              m_pFramesPage->m_pRotationAxisSpin, m_pFramesPage->m_pTiltRelaxationSpin,
              m_pMergingPage->m_pSpinStretchAmplitude, m_pMergingPage->m_pSpinStretchAzimuth},
             remap);
+    onValue(m_pMergingPage->m_pLensDistortion->boxes(), remap);
     keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
     onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] {
         m_dataSet.m_bRotationAxisKnown = true;  // by whoever has typed it

@@ -21,6 +21,8 @@ class QSpinBox;
 
 namespace tessera {
 
+class LensDistortionBox;
+
 /// Says under its controls what is still missing, and can be accepted when nothing is. Accepting writes the
 /// file; the dialog stays when that fails or when the user does not want a former file replaced.
 ///
@@ -81,6 +83,7 @@ public:
     QDoubleSpinBox* m_pRotationAxisSpin = nullptr;      ///< degrees
     QDoubleSpinBox* m_pStretchAmplitudeSpin = nullptr;  ///< per cent
     QDoubleSpinBox* m_pStretchAzimuthSpin = nullptr;    ///< degrees
+    LensDistortionBox* m_pLensDistortion = nullptr;     ///< folded up at the start
 
     QLineEdit* m_pFileEdit = nullptr;        ///< the file to be written
     QPushButton* m_pBrowseButton = nullptr;  ///< asks for it
@@ -108,6 +111,8 @@ private:
     void askTilts();
     void askProjectFile();
     bool isAgreed(const QString& strQuestion);
+    void removeSelected();
+    void sortByName();
     void moveSelected(int nStep);
     void framesChanged();
     void selectionChanged();

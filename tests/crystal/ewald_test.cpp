@@ -1,6 +1,7 @@
 #include "crystal/ewald.h"
 
 #include "crystal/reflectionfilter.h"
+#include "geometry/placecorrection.h"
 #include "tests/crystal/testreflection.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,34 @@ TEST(EwaldTilt, TheChoiceOfTheSolution)
     }
     EXPECT_EQ(calClosestFrame(-90, {3, -4, 5, -4}), 1);
     EXPECT_EQ(calClosestFrame(0, {}), -1);
+}
+
+// Points made by turning one of the sphere about an axis out of the plane: the tilt, and the pixel that the
+// distorting lens puts it at.
+TEST(FramePosition, KnowsALensAndAnAxisOutOfThePlane)
+{
+    FramePositionGeometry g = geometryOfSeries();
+    g.distortion = {1.5, 40, 3, -0.8, 0.7, 130, 400, 3};
+    const CPlaceCorrection correction({}, g.distortion);
+    QList<Peak3D> list;
+    QList<QPointF> listTruth;
+    for (int n = 20; n < 100; ++n) {
+        const Peak3D atZero = peakOnSphere(0.012, 0.5 + 0.02 * n, g, 60);
+        list.append(reflection(1, 2, 3));
+        list.last().setPoint(rotated(rotationAboutAxis(-60 + n, 3), atZero.point()));
+        const QPointF ptFlat = QPointF(atZero.dfX2D, atZero.dfY2D) - frameCentre(g.centres, 60);
+        listTruth.append(correction.putBack(ptFlat).value() + frameCentre(g.centres, n));
+    }
+    CRecordingReport report;
+    ASSERT_TRUE(calFramePosition(list, g, report));
+    for (int n = 0; n < list.size(); ++n) {
+        EXPECT_NEAR(list[n].dfFrameTilt, n - 40, 2e-3);
+        EXPECT_NEAR(list[n].dfX2D, listTruth[n].x(), 5e-3);
+        EXPECT_NEAR(list[n].dfY2D, listTruth[n].y(), 5e-3);
+    }
+    g.distortion.dfThirdOrderRadial = 1e6;
+    EXPECT_FALSE(calFramePosition(list, g, report));
+    EXPECT_TRUE(report.said("The distortion leaves reflection (1.000,2.000,3.000) no place."));
 }
 
 TEST(FramePosition, FindsFrameTiltAndPixelOfAPointOnTheSphere)

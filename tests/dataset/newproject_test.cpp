@@ -81,6 +81,14 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
         << bytes.toStdString();
     EXPECT_TRUE(bytes.contains("\nROTATIONAXIS -139.25\nCCDPIXELSIZE 0.0031415926\nSTRETCHINGAMP 1.5\n"));
 
+    EXPECT_FALSE(bytes.contains("ELLIPSE")) << "a lens that nobody told has no lines";
+    project.distortion = {1.25, 10, -2, 0.5, 0.3, -160, 300, 0.25};
+    ASSERT_TRUE(makeProjectText(project, strFile, bytes, &strReason)) << strReason.toStdString();
+    ProjectFile read;
+    ASSERT_TRUE(read.readBytes(bytes, strFile));
+    EXPECT_EQ(read.distortion(), project.distortion);
+    EXPECT_EQ(read.stretchingAmplitude(), 1.5);
+
     const struct {
         std::function<void(NewProject&)> fnSpoil;
         const char* pchReason;
@@ -91,6 +99,7 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
         {[](NewProject& p) { p.dfPixelSize = 40; }, "40 Å⁻¹ cannot be"},
         {[](NewProject& p) { p.dfPixelSize = 1e-7; }, "The value of \"CCDPIXELSIZE\""},
         {[](NewProject& p) { p.dfRotationAxis = INFINITY; }, "The value of \"ROTATIONAXIS\""},
+        {[](NewProject& p) { p.distortion.dfRadius = -1; }, "The value of \"THIRDORDERRADIUS\""},
         {[](NewProject& p) { p.listFrame[1] = "/data/set/b c.mrc"; }, "\"b c.mrc\" holds a blank"},
         {[](NewProject& p) { p.listFrame[1] = "/data/set/ENDFILELIST.mrc"; }, "A project file cannot hold"},
         {[](NewProject& p) { p.listFrame[1] = "/data/" + QString(1100, 'x'); }, "Line "},

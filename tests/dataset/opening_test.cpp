@@ -55,6 +55,9 @@ TEST(ProjectFile, RefusesWhatCannotBeUsed)
         {g_strGeometry + "FILELIST\nFILE a 1 2 nan\nENDFILELIST", "A tilt of the frame a"},
         {g_strGeometry + QByteArray(1, '\0') + g_strFrames, "The file is no text file"},
         {"#" + QByteArray(5000, 'x') + "\n" + QByteArray(1023, 'y') + "\n" + g_strGeometry + g_strFrames, ""},
+        {"AXISOUTOFPLANE inf\n" + g_strGeometry + g_strFrames,
+         "The value of \"AXISOUTOFPLANE\" is no finite"},
+        {"THIRDORDERRADIUS 0\n" + g_strGeometry + g_strFrames, "The value of \"THIRDORDERRADIUS\" is 0;"},
         {"\n" + QByteArray(1024, 'x') + "\n" + g_strGeometry + g_strFrames, "Line 2 has 1024 characters"},
         {QByteArray((64 << 20) + 1, '\n'), "The file is larger than 64 MB."},
     };
@@ -175,6 +178,52 @@ TEST_F(Opening, TakesStretchingFromAHundredthOnAndTurnsItsAzimuth)
             expected == old)
             << strLines;
     }
+}
+
+// All of the lens, or nothing of what the series before had.
+TEST_F(Opening, TakesTheLensOfItsProjectAlone)
+{
+    const QByteArray bytesLens =
+        "ELLIPSEAMP 1.25\nELLIPSEAZIMUTH 190\n THIRDORDERRADIAL -2.00004\nTHIRDORDERSPIRAL 0.5\n"
+        "THIRDORDERRADIUS 300\nPARABOLICAMP 0.3\nPARABOLICAZIMUTH 200\nAXISOUTOFPLANE 0.25\n";
+    m_parameters.m_bApplyStretching = true;
+    m_data.m_dfStretchAmplitude = 7;
+    ASSERT_TRUE(open(bytesLens + g_strGeometry + g_strFrames));
+    const SeriesDistortion expected = {1.25, 10, -2, 0.5, 0.3, -160, 300, 0.25};
+    EXPECT_EQ(m_data.m_distortion, expected);
+    EXPECT_EQ(m_data.m_dfRotationAxis, -139.26) << "a refined axis keeps its decimals";
+    EXPECT_FALSE(m_parameters.m_bApplyStretching) << "it would come on top";
+    EXPECT_EQ(m_data.m_dfStretchAmplitude, 0);
+    EXPECT_FALSE(m_report.said("stays on"));
+    ASSERT_TRUE(
+        open("ELLIPSEAMP 0\nSTRETCHINGAMP 1.5\nSTRETCHINGAZIMUTH 20\n" + g_strGeometry + g_strFrames));
+    EXPECT_EQ(m_data.m_distortion, SeriesDistortion());
+    EXPECT_TRUE(m_parameters.m_bApplyStretching) << "both may be told";
+    // Names of frames and words that only hold a keyword are none.
+    m_data.m_distortion = expected;
+    ASSERT_TRUE(open("FILELIST\nFILE 3ELLIPSEAMP 5 5 5\nENDFILELIST\nXAXISOUTOFPLANE 4\n" + g_strGeometry));
+    EXPECT_EQ(m_data.m_distortion, SeriesDistortion());
+    EXPECT_EQ(m_data.m_dfRotationAxis, -139.3);
+    EXPECT_TRUE(m_parameters.m_bApplyStretching) << "what was before stays without a lens";
+    m_data.m_distortion = expected;
+    ASSERT_TRUE(openImageFiles(m_data, {path("a.mrc")}, m_report));
+    EXPECT_EQ(m_data.m_distortion, SeriesDistortion());
+}
+
+TEST(FileOfProject, NamesOfRefinedProjectsDoNotGrow)
+{
+    const auto name = [](const char* pszProject, ResultFile file) {
+        DataSet data;
+        data.m_strProjectDir = "/d";
+        data.m_strProjectName = pszProject;
+        return fileOfProject(data, file);
+    };
+    EXPECT_EQ(name("q", ResultFile::RefinedProject), "/d/q_refined.ed3d");
+    EXPECT_EQ(name("q_refined", ResultFile::RefinedProject), "/d/q_refined2.ed3d");
+    EXPECT_EQ(name("q_refined2", ResultFile::RefinedCell), "/d/q_refined3.uc");
+    EXPECT_EQ(name("q_refined9", ResultFile::RefinedShifts), "/d/q_refined10.sc");
+    EXPECT_EQ(name("q_refined", ResultFile::Cell), "/d/q_refined.uc");
+    EXPECT_EQ(name("q_refined_b", ResultFile::RefinedCell), "/d/q_refined_b_refined.uc");
 }
 
 TEST_F(Opening, ImagesBecomeFramesATenthOfADegreeApart)

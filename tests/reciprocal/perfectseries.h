@@ -13,7 +13,8 @@ struct PerfectSeries {
     QVector<QList<Peak3D>> vecPeak;
 
     PerfectSeries(const gemmi::UnitCell& cell, double dfMaxDStar, double dfStretch, int nFrames = 101,
-                  double dfAxis = -38.5, double dfWavelength = 0.0251)
+                  double dfAxis = -38.5, double dfWavelength = 0.0251,
+                  const SeriesDistortion& distortion = {})
     {
         data.m_dfWavelength = dfWavelength;
         data.m_dfPixelSize = 0.002;
@@ -23,6 +24,7 @@ struct PerfectSeries {
         data.m_dfTiltRelaxation = 0.7;
         data.m_dfStretchAmplitude = dfStretch;
         data.m_dfStretchAzimuth = 25;
+        data.m_distortion = distortion;
         data.m_listCell = reciprocalBasis(cell);
         for (int n = 0; n < nFrames; ++n) {
             data.m_listOverallTilt.append(-0.5 * nFrames + n);

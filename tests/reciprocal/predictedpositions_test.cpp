@@ -16,17 +16,21 @@ namespace tessera {
 TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
 {
     const gemmi::UnitCell cell(8.6, 13.0, 9.3, 95, 112, 88);
-    for (double dfStretch : {0.0, 2.0}) {
-        const PerfectSeries series(cell, 0.9, dfStretch);
+    const SeriesDistortion lens = {1.5, 40, 3, 0.8, 0.7, 130, 400, 2.5};
+    for (const auto& [dfStretch, distortion] :
+         {std::pair(0.0, SeriesDistortion()), std::pair(2.0, SeriesDistortion()), std::pair(2.0, lens)}) {
+        const PerfectSeries series(cell, 0.9, dfStretch, 101, -38.5, 0.0251, distortion);
         const DataSet& data = series.data;
+        const double dfOut = distortion.dfAxisOutOfPlane * std::acos(-1.0) / 180;
         const int nFrames = data.m_listShift.size();
         const CMatrix3 matAxis = rotationZ(data.m_dfRotationAxis);
         std::map<std::array<int, 4>, int> mapCount;  // frame, h, k, l
         for (int n = 0; n < nFrames; ++n)
             for (const Peak3D& peak : series.vecPeak[n]) {
                 Peak3D mapped = peak;
-                mapPeakTo3D(mapped, frameCentre(beamCentres(data), n), matAxis, rotationX(peak.dfFrameTilt),
-                            data, dfStretch != 0);
+                mapPeakTo3D(mapped, frameCentre(beamCentres(data), n), matAxis,
+                            rotationAboutAxis(peak.dfFrameTilt, distortion.dfAxisOutOfPlane), data,
+                            dfStretch != 0);
                 EXPECT_LT(length(mapped.point() - peak.point()), 2e-5f);
                 EXPECT_LE(std::fabs(peak.dfFrameTilt - relaxedTilt(data, n, nFrames)), 0.51);
                 ++mapCount[{n, int(peak.dfH), int(peak.dfK), int(peak.dfL)}];
@@ -38,8 +42,12 @@ TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
             for (int n = 0; n < nFrames; ++n) {
                 const auto error = [&](double dfTilt) {
                     const double df = dfTilt * std::acos(-1.0) / 180;
+                    // Rodrigues about (cos, 0, sin): what lies along the axis stays
+                    const double dfAlong = std::sin(dfOut) * (std::cos(dfOut) * double(peak.fX3D) +
+                                                              std::sin(dfOut) * double(peak.fZ3D));
                     return 2 / data.m_dfWavelength *
-                               (std::cos(df) * double(peak.fZ3D) - std::sin(df) * double(peak.fY3D)) -
+                               (dfAlong + std::cos(df) * (double(peak.fZ3D) - dfAlong) -
+                                std::sin(df) * std::cos(dfOut) * double(peak.fY3D)) -
                            peak.dfDStar * peak.dfDStar;
                 };
                 const double dfTilt = relaxedTilt(data, n, nFrames);

@@ -1,6 +1,7 @@
 // The reciprocal volume beside the plain loop, and what its export refuses.
 #include "reciprocal/volumeexport.h"
 
+#include "reciprocal/mapping.h"
 #include "records/availablememory.h"
 #include "tests/frames/frameseries.h"
 #include "tests/reciprocal/plainvolume.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -57,6 +59,42 @@ TEST(ReciprocalVolume, IsThatOfThePlainLoopToTheLastBit)
         nFilled += std::count_if(vecPlain.begin(), vecPlain.end(), [](float f) { return f > 0; }) > 50;
     }
     EXPECT_GT(nFilled, 250);
+}
+
+// Each pixel lies where the mapping puts a peak at its place.
+TEST(ReciprocalVolume, UndoesWhatThePeaksAreFreedOf)
+{
+    DataSet data;
+    data.m_dfPixelSize = 0.02;
+    data.m_dfRotationAxis = -38.5;
+    data.m_distortion = {9, 40, 20, -8, 6, 130, 40, 5};
+    CReciprocalVolume volume;
+    ASSERT_TRUE(volume.create(60, 60, 60));
+    volume.setRotationAxis(-38.5);
+    volume.setPixelSize(0.02);
+    volume.setDistortion(data.m_distortion);
+    const QPointF ptCentre(24.5, 26);
+    float fValue = 0;
+    int nMoved = 0;
+    for (const QPoint& pt : {QPoint(3, 40), QPoint(24, 26), QPoint(45, 7), QPoint(30, 45)}) {
+        ++fValue;
+        const CImgObj<float> img = makeImage(
+            50, 50, [&](int x, int y) { return x == pt.x() && y == pt.y() ? double(fValue) : 0; });
+        EXPECT_TRUE(volume.addFrame(&img, ptCentre, 31));
+        const auto voxelOf = [&](const DataSet& series) {
+            Peak3D peak;
+            peak.dfX2D = pt.x();
+            peak.dfY2D = pt.y();
+            mapPeakTo3D(peak, ptCentre, rotationZ(-38.5),
+                        rotationAboutAxis(31, series.m_distortion.dfAxisOutOfPlane), series, false);
+            const auto index = [](float f) { return int(double(f) / 0.02 + 30); };
+            return std::array<int, 3>{index(peak.fX3D), index(peak.fY3D), index(peak.fZ3D)};
+        };
+        const auto [x, y, z] = voxelOf(data);
+        EXPECT_EQ(volume.m_listSlice[z]->Data()[y * 60 + x], fValue) << pt.x();
+        nMoved += voxelOf(data) != voxelOf(DataSet());
+    }
+    EXPECT_GE(nMoved, 3);
 }
 
 TEST(ReciprocalVolume, KnowsItsLimits)

@@ -1,6 +1,7 @@
 // The model of the geometry against the mapping, against complex numbers, and its derivatives.
 
 #include "reciprocal/mapping.h"
+#include "refinement/geometryofseries.h"
 #include "refinement/geometryrounds.h"
 #include "tests/refinement/simulatedspots.h"
 
@@ -72,6 +73,59 @@ TEST(DiffractionGeometry, withoutNewTermsItIsTheMapping)
             EXPECT_NEAR(point[0], peak.fX3D, 3e-6);  // the mapping has single precision
             EXPECT_NEAR(point[1], peak.fY3D, 3e-6);
             EXPECT_NEAR(point[2], peak.fZ3D, 3e-6);
+        }
+    }
+}
+
+// What a project tells, in complex numbers with y up: each term by what it says of the pattern.
+TEST(DiffractionGeometry, theMappingUndoesWhatAProjectTells)
+{
+    using Complex = std::complex<double>;
+    DataSet dataSet;
+    dataSet.m_dfWavelength = 0.0251;
+    dataSet.m_dfPixelSize = 0.004;
+    dataSet.m_dfRotationAxis = -140.5;
+    dataSet.m_dfStretchAmplitude = 1.5;
+    dataSet.m_dfStretchAzimuth = 33;
+    dataSet.m_listOverallTilt = {-50, 60};
+    dataSet.m_listCell = {{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}};
+    SeriesDistortion& told = dataSet.m_distortion;
+    told = {1.2, 70, 2, -0.6, 0.9, -110, 240, 0.8};
+    MappingParameters mapping;
+    for (const bool bStretching : {false, true}) {
+        mapping.m_bApplyStretching = bStretching;
+        const DiffractionGeometry geometry = geometryOfSeries(dataSet, mapping).value();
+        const CPlaceCorrection correction = placeCorrection(dataSet, bStretching);
+        for (const QPointF pt : {QPointF(0, 0), QPointF(200, -30), QPointF(-1, 270), QPointF(-210, -190)}) {
+            const Complex z(pt.x(), -pt.y());
+            const double dfRatio = std::abs(z) / 240, dfAzimuth = std::arg(z);
+            const Complex undone =
+                z * (1 + (bStretching ? 0.015 * std::cos(2 * (dfAzimuth - radians(33))) : 0)) -
+                0.012 * std::polar(1.0, 2 * radians(70)) * std::conj(z) +  // shorter where it is longer
+                z * Complex(0.02, 0.006) * dfRatio * dfRatio -             // outwards, against the turn
+                z * 0.009 * dfRatio * std::cos(dfAzimuth - radians(-110));
+            const QPointF ptUndone = correction.undone(pt);
+            EXPECT_NEAR(ptUndone.x(), undone.real(), 1e-9);
+            EXPECT_NEAR(ptUndone.y(), -undone.imag(), 1e-9);
+            const QPointF ptBack = correction.putBack(ptUndone).value();
+            EXPECT_NEAR(ptBack.x(), pt.x(), 1e-9);
+            EXPECT_NEAR(ptBack.y(), pt.y(), 1e-9);
+            for (const double dfTilt : {-50.0, 23.5}) {
+                Peak3D peak;
+                peak.dfX2D = pt.x() + 256;
+                peak.dfY2D = pt.y() + 250;
+                mapPeakTo3D(peak, {256, 250}, rotationZ(-140.5), rotationAboutAxis(dfTilt, 0.8), dataSet,
+                            bStretching);
+                const DoubleVector point = pointOfPlace(geometry, {pt.x(), pt.y()}, dfTilt);
+                const double dfLimit = 1e-3 * dataSet.m_dfPixelSize;
+                EXPECT_NEAR(point[0], peak.fX3D, dfLimit);
+                EXPECT_NEAR(point[1], peak.fY3D, dfLimit);
+                EXPECT_NEAR(point[2], peak.fZ3D, dfLimit);
+            }
+        }
+        SeriesDistortion back = seriesDistortion(geometry);
+        for (const DistortionKeyword& row : g_aDistortionKeyword) {
+            EXPECT_NEAR(back.*row.pMember, told.*row.pMember, 1e-9) << row.pszKeyword;
         }
     }
 }

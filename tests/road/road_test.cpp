@@ -2,7 +2,12 @@
 #include "simulate/seriescomparison.h"
 #include "tests/batch/batchprogram.h"
 
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
+
+#include <algorithm>
 
 namespace tessera {
 
@@ -63,6 +68,53 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
     EXPECT_GE(c.rightShare(), 0.99);
     EXPECT_GE(c.foundShare(1), 0.9);
     EXPECT_GE(c.foundShare(2), 0.99);
+}
+
+// An ellipse and a barrel. Told by the project the cell is right, untold it is far off; and the refined
+// project of the untold series, taken again, begins where the first run ended.
+TEST(RoadOfALens, IsThatOfItsProject)
+{
+    for (const bool bTold : {true, false}) {
+        QTemporaryDir dir;
+        const BatchOutcome simulated = runProgram(
+            "tessera-simulate",
+            QStringList{"--out", dir.path(), "--frames", "100", "--ellipse-amp", "1.2", "--ellipse-azimuth",
+                        "30", "--barrel", "2", "--told-distortion", bTold ? "on" : "off"});
+        ASSERT_EQ(simulated.nStatus, 0) << simulated.strText.toStdString();
+        const auto run = [&](const QString& strName, const QStringList& listMore) {
+            const QString strSummary = dir.filePath(strName + ".json");
+            const BatchOutcome outcome = runBatch(
+                QStringList{dir.filePath(strName + ".ed3d"), "--json", strSummary} + listMore);
+            EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+            QFile file(strSummary);
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+            return QJsonDocument::fromJson(file.readAll()).object()["geometry"].toObject();
+        };
+        const QJsonObject first = run("series", {});
+        SeriesComparison c;
+        QString strError;
+        ASSERT_TRUE(compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
+                                       dir.filePath("series.json"), c, strError))
+            << strError.toStdString();
+        SCOPED_TRACE(comparisonToText(c).toStdString());
+        const CellErrors& errors = c.lattice.errors;
+        double dfWorst = 0;  // per cent, degrees
+        for (int i = 0; i < 3; ++i) {
+            dfWorst = std::max({dfWorst, std::abs(errors.adfLength[i]), std::abs(errors.adfAngle[i])});
+        }
+        EXPECT_EQ(dfWorst < 0.1, bTold) << dfWorst;
+        EXPECT_GE(c.foundShare(1), 0.99);
+        if (bTold) {
+            continue;
+        }
+        EXPECT_GT(dfWorst, 1);
+        const QJsonObject again = run("series_refined", {"--from", "peaks"});
+        EXPECT_TRUE(QFile::exists(dir.filePath("series_refined2.ed3d")));
+        const double dfRms = first["rmsPixels"].toDouble();
+        EXPECT_LT(again["before"].toObject()["rmsPixels"].toDouble(), 1.02 * dfRms);
+        EXPECT_LT(again["rmsPixels"].toDouble(), 1.02 * dfRms);
+        EXPECT_GE(again["after"].toObject()["peaks"].toInt(), first["after"].toObject()["peaks"].toInt());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

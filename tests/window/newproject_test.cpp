@@ -4,6 +4,7 @@
 #include "window/guidewindow.h"
 #include "window/knowncelldialog.h"
 #include "window/newprojectdialog.h"
+#include "window/pages/lensdistortionbox.h"
 #include "window/pages/suggestiondialog.h"
 
 namespace tessera {
@@ -106,6 +107,7 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         dialog.m_pCameraLengthSpin->setValue(100);
         dialog.m_pDetectorPixelSpin->setValue(50.2);
         dialog.m_pRotationAxisSpin->setValue(-38.5);
+        dialog.m_pLensDistortion->boxes()[2]->setValue(-1.5);
         says("");
         QTest::keyClick(dialog.m_pRotationAxisSpin, Qt::Key_Return);
         EXPECT_TRUE(dialog.isVisible()) << "Return ends a number, not the dialog";
@@ -118,6 +120,8 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
     ASSERT_TRUE(made.read(strFile)) << made.errorText().toStdString();
     EXPECT_EQ(made.frameFiles(), truth.frameFiles());
     EXPECT_EQ(made.wavelength(), truth.wavelength());
+    EXPECT_EQ(made.distortion().dfThirdOrderRadial, -1.5);
+    EXPECT_EQ(made.distortion().dfRadius, 256);
     EXPECT_EQ(made.rotationAxis(), truth.rotationAxis());
     EXPECT_NEAR(made.pixelSize(), truth.pixelSize(), 1e-12);
     for (int i = 0; i < 12; ++i) {

@@ -1,6 +1,7 @@
 // The shell of the window: settings, keys, zoom, the ways of opening, and the command line.
 #include "tests/window/windowtest.h"
 #include "window/guards.h"
+#include "window/pages/lensdistortionbox.h"
 
 #include <sys/stat.h>
 
@@ -149,6 +150,32 @@ TEST_F(Shell, ZoomStaysInItsListAndTakesWhatIsTyped)
         EXPECT_EQ(m_pView->scaleFactor(), 2);
     }
     EXPECT_EQ(pCombo->currentText(), "200%");
+}
+
+// A refined project has its lens and all decimals of its axis on the pages; the next one has none of it.
+TEST_F(Shell, ALensIsThatOfTheProjectInView)
+{
+    writePicture(QStringLiteral("f0.png"), [](int x, int) { return x; });
+    const QString strPlain = writeProject("plain.ed3d", {"f0.png 0 0 0"},
+                                          "ROTATIONAXIS 12.55\nCCDPIXELSIZE 1\n");
+    const QString strRefined = writeProject(
+        "r.ed3d", {"f0.png 0 0 0"},
+        "ROTATIONAXIS 12.3456\nCCDPIXELSIZE 1\nELLIPSEAMP 1.25\nTHIRDORDERRADIAL -2\n");
+    LensDistortionBox& lens = *m_pMerging->m_pLensDistortion;
+    QDoubleSpinBox& axis = *m_pFrames->m_pRotationAxisSpin;
+    m_pWindow->openFiles({strRefined});
+    EXPECT_EQ(lens.distortion().dfEllipseAmplitude, 1.25);
+    EXPECT_EQ(lens.distortion().dfThirdOrderRadial, -2);
+    EXPECT_EQ(lens.m_pUnfoldButton->text(), "Lens Distortion (in force)");
+    EXPECT_EQ(axis.value(), 12.3456);
+    EXPECT_TRUE(lens.boxes().first()->isHidden() || !lens.boxes().first()->isVisibleTo(&lens));
+    lens.m_pUnfoldButton->click();
+    EXPECT_TRUE(lens.boxes().first()->isVisibleTo(&lens));
+    m_pWindow->openFiles({strPlain});
+    EXPECT_EQ(lens.distortion(), SeriesDistortion());
+    EXPECT_EQ(lens.m_pUnfoldButton->text(), "Lens Distortion");
+    EXPECT_EQ(axis.decimals(), 1);
+    EXPECT_NEAR(axis.value(), 12.6, 0.06);
 }
 
 TEST_F(Shell, OpensAProjectWholeAndRemembersIt)

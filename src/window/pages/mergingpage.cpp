@@ -2,6 +2,7 @@
 
 #include "records/runparameters.h"
 #include "window/pages/controltips.h"
+#include "window/pages/lensdistortionbox.h"
 #include "window/pages/pagecontrols.h"
 
 #include <QDoubleSpinBox>
@@ -62,6 +63,8 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     pStretchLayout->addWidget(m_pSpinStretchAzimuth, 1, 1);
     pStretchLayout->setColumnStretch(1, 1);
     pPageLayout->addWidget(m_pGroupApplyStretching);
+    m_pLensDistortion = new LensDistortionBox(this);
+    pPageLayout->addWidget(m_pLensDistortion);
 
     m_pSpinResolutionMin = makeSpin(this, &Mapping::m_dfResolutionMin);
     m_pSpinResolutionMax = makeSpin(this, &Mapping::m_dfResolutionMax);

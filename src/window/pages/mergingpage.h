@@ -11,6 +11,8 @@ class QTableWidget;
 
 namespace tessera {
 
+class LensDistortionBox;
+
 /// The lens distortion that the mapping takes out, the limits of what the raw 3D view shows, and the
 /// controls of peak merging.
 ///
@@ -24,6 +26,7 @@ public:
     QGroupBox* m_pGroupApplyStretching;       ///< checkable, unchecked at start
     QDoubleSpinBox* m_pSpinStretchAmplitude;  ///< per cent; no keyboard tracking
     QDoubleSpinBox* m_pSpinStretchAzimuth;    ///< degrees; no keyboard tracking
+    LensDistortionBox* m_pLensDistortion;     ///< folded up at the start
     QDoubleSpinBox* m_pSpinResolutionMin;     ///< Å⁻¹
     QDoubleSpinBox* m_pSpinResolutionMax;     ///< Å⁻¹
     QDoubleSpinBox* m_pSpinIntensityMin;
