@@ -148,6 +148,7 @@ struct TableGeometry {
     BeamCentres centres;
     double dfPixelSize;
     double dfRotationAxis;
+    bool bMovesPlaces;  // by more than the stretching, which one factor tells
 };
 
 QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const std::vector<double>& vecFit,
@@ -157,8 +158,12 @@ QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const
     const QPointF ptOld(peak.dfX2D, peak.dfY2D);
     const QPointF ptFromBeam = ptFit - ptCentre;
     const double dfStretching = peak.dfX2DCorrected / (ptOld.x() - ptCentre.x());
-    const double dfRX = dfStretching * ptFromBeam.x();  // may be infinite, which a QPointF takes as well
-    const double dfRY = dfStretching * ptFromBeam.y();
+    double dfRX = dfStretching * ptFromBeam.x();  // may be infinite, which a QPointF takes as well
+    double dfRY = dfStretching * ptFromBeam.y();
+    if (geometry.bMovesPlaces) {  // by as much as where the peak was
+        dfRX = ptFit.x() - ptOld.x() + peak.dfX2DCorrected;
+        dfRY = ptFit.y() - ptOld.y() + peak.dfY2DCorrected;
+    }
     const double dfR = std::sqrt(dfRX * dfRX + dfRY * dfRY);
     const double dfAzimuth = screenAzimuth360(dfRX, dfRY);
     const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
@@ -226,7 +231,7 @@ RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D
         return {{}, refinement.refusal()};
     RefinedPositions refined;
     const TableGeometry geometry{refinement.run().series().centres, dataSet.m_dfPixelSize,
-                                 dataSet.m_dfRotationAxis};
+                                 dataSet.m_dfRotationAxis, dataSet.m_distortion.movesPlaces()};
     QString strTable;
     refined.outcome = refinement.walk(
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {

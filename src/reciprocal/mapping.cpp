@@ -34,8 +34,27 @@ CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching)
     return {stretching, dataSet.m_distortion};
 }
 
+QVector<QList<Peak3D>> withoutDistortionBeside(const QVector<QList<Peak3D>>& vecPeak, const DataSet& dataSet)
+{
+    const CPlaceCorrection correction = placeCorrection(dataSet, false);
+    QVector<QList<Peak3D>> vecMoved = vecPeak;
+    if (!correction.hasTermsBeside()) {
+        return vecMoved;
+    }
+    const BeamCentres centres = beamCentres(dataSet);
+    for (QList<Peak3D>& listPeak : vecMoved) {
+        for (Peak3D& peak : listPeak) {
+            const QPointF ptCentre = frameCentre(centres, peak.nFrame);
+            const QPointF pt = correction.undone(QPointF(peak.dfX2D, peak.dfY2D) - ptCentre) + ptCentre;
+            peak.dfX2D = pt.x();
+            peak.dfY2D = pt.y();
+        }
+    }
+    return vecMoved;
+}
+
 static void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
-                 const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction)
+                    const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction)
 {
     const QPointF ptCentred = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
     peak.dfX2DCorrected = ptCentred.x();

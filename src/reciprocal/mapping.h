@@ -22,6 +22,10 @@ double relaxedTilt(const DataSet& dataSet, int nFrame, int nFrames);
 /// What the mapping undoes in the plane of the frames.
 CPlaceCorrection placeCorrection(const DataSet& dataSet, bool bApplyStretching);
 
+/// Peaks of frames in raw pixels with the distortions beside the stretching undone, for those who undo the
+/// stretching by differences of places. Without such distortions they are the same.
+QVector<QList<Peak3D>> withoutDistortionBeside(const QVector<QList<Peak3D>>& vecPeak, const DataSet& dataSet);
+
 /// Maps one raw frame position into reciprocal space.
 ///
 /// @param peak        in: dfX2D, dfY2D in raw pixels; out: the corrected position, the point (Å⁻¹,

@@ -5,6 +5,7 @@
 #include "reciprocal/cellfromdifferences.h"
 #include "reciprocal/directbeamrefinement.h"
 #include "reciprocal/expectedframes.h"
+#include "reciprocal/mapping.h"
 #include "reciprocal/tiltrefinement.h"
 #include "records/timestamp.h"
 #include "road/pairrefinement.h"
@@ -38,7 +39,8 @@ void MainWindow::refineDirectBeamPosition()
         const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
                                     m_dataSet.m_dfPixelSize};
         // copies: the data set may change under the run through waiting events
-        const QVector<QList<Peak3D>> vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
+        const QVector<QList<Peak3D>> vecPeak = withoutDistortionBeside(m_dataSet.m_vecPeakIndexedOnFrame,
+                                                                       m_dataSet);
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
         const QVector<DifferenceMap> vecMap = tessera::refineDirectBeamPosition(
             vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
