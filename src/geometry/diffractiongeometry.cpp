@@ -19,6 +19,43 @@ std::optional<FramePlace> distorted(const PlaneTerms<double>& terms, double dfRa
     return std::nullopt;
 }
 
+UndoneShift undoneShift(const PlaneTerms<double>& terms, double dfRadius, double dfX, double dfY)
+{
+    const int nMostSteps = 30;
+    const double dfEnough = 1e-11;  // pixels
+    UndoneShift undone = {dfX, dfY};
+    const bool bNone = terms.radial == 0 && terms.spiral == 0 && terms.parabolicCos == 0 &&
+                       terms.parabolicSin == 0;
+    for (int n = 0; n < nMostSteps && !bNone; ++n) {
+        const double x = undone.dfX, y = undone.dfY, dfSquare = dfRadius * dfRadius;
+        const double dfThird = (x * x + y * y) / dfSquare;
+        const double dfScale = (x * terms.parabolicCos - y * terms.parabolicSin) / dfRadius +
+                               dfThird * terms.radial;
+        const double dfSpiral = dfThird * terms.spiral;
+        const double dfScaleX = terms.parabolicCos / dfRadius + 2 * terms.radial * x / dfSquare;
+        const double dfScaleY = -terms.parabolicSin / dfRadius + 2 * terms.radial * y / dfSquare;
+        const double dfSpiralX = 2 * terms.spiral * x / dfSquare, dfSpiralY = 2 * terms.spiral * y / dfSquare;
+        const double dfXX = 1 - dfScale - x * dfScaleX + y * dfSpiralX;
+        const double dfXY = dfSpiral - x * dfScaleY + y * dfSpiralY;
+        const double dfYX = -dfSpiral - y * dfScaleX - x * dfSpiralX;
+        const double dfYY = 1 - dfScale - y * dfScaleY - x * dfSpiralY;
+        const double dfDeterminant = dfXX * dfYY - dfXY * dfYX;
+        if (!(dfDeterminant > 0.01)) {  // next to the fold
+            break;
+        }
+        undone.aInverse = {dfYY / dfDeterminant, -dfXY / dfDeterminant, -dfYX / dfDeterminant,
+                           dfXX / dfDeterminant};
+        const double dfRestX = dfX + dfScale * x - dfSpiral * y - x;
+        const double dfRestY = dfY + dfScale * y + dfSpiral * x - y;
+        if (std::hypot(dfRestX, dfRestY) < dfEnough) {
+            return undone;
+        }
+        undone.dfX += undone.aInverse[0] * dfRestX + undone.aInverse[1] * dfRestY;
+        undone.dfY += undone.aInverse[2] * dfRestX + undone.aInverse[3] * dfRestY;
+    }
+    return {dfX, dfY};
+}
+
 DoubleVector pointOfPlace(const DiffractionGeometry& geometry, const FramePlace& place, double dfTilt)
 {
     const std::array<double, 3> seen = spherePoint(geometry.plane, geometry, place);

@@ -8,14 +8,17 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <type_traits>
 
 namespace tessera {
 
 /// What moves a place in the plane of the frame, in a scalar that may carry derivatives.
 ///
 /// Azimuths count counter-clockwise on the screen from 3 o'clock. A distortion of amplitude A (a fraction)
-/// and azimuth φ is held as A·cos 2φ and A·sin 2φ, which have no trouble where A is 0. All terms are taken at
-/// the measured place, relative to the direct beam, and added up; each undoes its distortion.
+/// and azimuth φ is held as A·cos 2φ and A·sin 2φ, which have no trouble where A is 0. Each term undoes its
+/// distortion. The second and the third order are those of the projector lenses, which come last: they are
+/// undone first, exactly, by what goes with the place before them. The ellipse is taken at the place that
+/// comes out, the stretching at the measured one, and both are added.
 template <class T>
 struct PlaneTerms {
     T centreX = T(0);  ///< pixels, what the direct beam of every frame is off by
@@ -59,8 +62,58 @@ struct FramePlace {
     double dfY = 0;
 };
 
+/// A place before the second and the third order, by Newton's method.
+struct UndoneShift {
+    double dfX = 0;  ///< relative to the direct beam, pixels
+    double dfY = 0;
+    std::array<double, 4> aInverse = {1, 0, 0, 1};  ///< its derivatives by the place on the frame, row by row
+};
+UndoneShift undoneShift(const PlaneTerms<double>& terms, double dfRadius, double dfX, double dfY);
+
+/// The number in a scalar that carries derivatives, as ceres::Jet does.
+template <class T>
+double valueOf(const T& scalar)
+{
+    if constexpr (std::is_arithmetic_v<T>) {
+        return scalar;
+    } else {
+        return scalar.a;
+    }
+}
+
+/// What undoes the second and the third order at a place that they have not moved yet, pixels.
+template <class T>
+std::array<T, 2> projectorShift(const PlaneTerms<T>& terms, double dfRadius, double dfX, double dfY)
+{
+    const double dfThird = (dfX * dfX + dfY * dfY) / (dfRadius * dfRadius);
+    const T scale = (dfX * terms.parabolicCos - dfY * terms.parabolicSin) / dfRadius + dfThird * terms.radial;
+    const T spiral = dfThird * terms.spiral;
+    return {scale * dfX - spiral * dfY, scale * dfY + spiral * dfX};
+}
+
+/// Where a place would lie without the second and the third order; both relative to the direct beam, pixels.
+/// Where the distortion is so strong that it folds the frame over, what undoes it at the place itself is
+/// taken.
+template <class T>
+std::array<T, 2> beforeProjector(const PlaneTerms<T>& terms, double dfRadius, const std::array<T, 2>& place)
+{
+    PlaneTerms<double> values;
+    values.radial = valueOf(terms.radial);
+    values.spiral = valueOf(terms.spiral);
+    values.parabolicCos = valueOf(terms.parabolicCos);
+    values.parabolicSin = valueOf(terms.parabolicSin);
+    const double dfPlaceX = valueOf(place[0]), dfPlaceY = valueOf(place[1]);
+    const UndoneShift undone = undoneShift(values, dfRadius, dfPlaceX, dfPlaceY);
+    // The last step of Newton's method, in which the derivatives come along: those of the inverse function.
+    const std::array<T, 2> shift = projectorShift(terms, dfRadius, undone.dfX, undone.dfY);
+    const T restX = place[0] + shift[0] - undone.dfX;
+    const T restY = place[1] + shift[1] - undone.dfY;
+    return {undone.dfX + undone.aInverse[0] * restX + undone.aInverse[1] * restY,
+            undone.dfY + undone.aInverse[2] * restX + undone.aInverse[3] * restY};
+}
+
 /// The place freed of its distortions, relative to the beam as it is, pixels.
-/// Source: the third order by Brázda, Klementová, Krysiak & Palatinus (2022), IUCrJ 9, 735–755.
+/// Source: the second and third order by Brázda, Klementová, Krysiak & Palatinus (2022), IUCrJ 9, 735–755.
 template <class T>
 std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const FramePlace& place)
 {
@@ -71,12 +124,9 @@ std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const 
     if (squares > T(0)) {
         along = ((x * x - y * y) * terms.stretchingCos - 2.0 * x * y * terms.stretchingSin) / squares;
     }
-    const T second = (x * terms.parabolicCos - y * terms.parabolicSin) / dfRadius;
-    const T third = squares / (dfRadius * dfRadius);
-    const T scale = 1.0 + along + second + third * terms.radial;
-    const T spiral = third * terms.spiral;
-    return {scale * x + terms.ellipseCos * x - terms.ellipseSin * y - spiral * y,
-            scale * y - terms.ellipseSin * x - terms.ellipseCos * y + spiral * x};
+    const std::array<T, 2> before = beforeProjector(terms, dfRadius, {x, y});
+    return {before[0] + along * x + terms.ellipseCos * before[0] - terms.ellipseSin * before[1],
+            before[1] + along * y - terms.ellipseSin * before[0] - terms.ellipseCos * before[1]};
 }
 
 /// The place that undistorted() takes to the given one, by repeated correction.

@@ -23,6 +23,8 @@ SeriesTruth distortedTruth(std::mt19937& random)
     truth.dfEllipseAzimuth = 70;
     truth.dfRadial = 0.02;
     truth.dfSpiral = -0.006;
+    truth.dfParabolic = 0.008;
+    truth.dfParabolicAzimuth = 35;
     truth.dfCentreX = 0.7;
     truth.dfCentreY = -1.1;
     return truth;
@@ -42,6 +44,8 @@ DiffractionGeometry geometryOf(const SeriesTruth& truth)
     plane.ellipseSin = truth.dfEllipse * std::sin(twice(truth.dfEllipseAzimuth));
     plane.radial = truth.dfRadial;
     plane.spiral = truth.dfSpiral;
+    plane.parabolicCos = truth.dfParabolic * std::cos(radians(truth.dfParabolicAzimuth));
+    plane.parabolicSin = truth.dfParabolic * std::sin(radians(truth.dfParabolicAzimuth));
     geometry.turn.scale = truth.dfTiltScale;
     geometry.turn.outOfPlane = truth.dfOutOfPlane;
     return geometry;

@@ -19,7 +19,8 @@ struct SeriesTruth {
     double dfTiltScale = 1;
     double dfStretching = 0, dfStretchingAzimuth = 0;
     double dfEllipse = 0, dfEllipseAzimuth = 0;
-    double dfRadial = 0, dfSpiral = 0;  ///< at 256 pixels
+    double dfRadial = 0, dfSpiral = 0;               ///< at 256 pixels
+    double dfParabolic = 0, dfParabolicAzimuth = 0;  ///< at 256 pixels
     double dfCentreX = 0, dfCentreY = 0;
     double dfWavelength = 0.0251, dfPixelSize = 0.004;
     double dfFirstTilt = -30, dfStep = 1;
@@ -44,15 +45,26 @@ inline Eigen::Matrix3d turnedCell(double a, double b, double c, double dfAl, dou
     return mat * turn.normalized().toRotationMatrix().transpose();
 }
 
-/// What a place on the screen (y upwards) is freed of its distortions to.
+/// Where the projector lenses move a place on the screen (y upwards).
+inline std::complex<double> projected(const SeriesTruth& truth, std::complex<double> z)
+{
+    const std::complex<double> i(0, 1);
+    const std::complex<double> parabolic = std::polar(truth.dfParabolic,
+                                                      truth.dfParabolicAzimuth * std::acos(-1) / 180);
+    return z * (1. - std::real(z * std::conj(parabolic)) / 256. -
+                std::norm(z) / (256. * 256.) * (truth.dfRadial - i * truth.dfSpiral));
+}
+
+/// What the place before the projector lenses is freed to: of the ellipse, and of the stretching, which is
+/// taken at the place behind them.
 inline std::complex<double> freed(const SeriesTruth& truth, std::complex<double> z)
 {
     const double r = std::acos(-1) / 180;
     const std::complex<double> i(0, 1);
-    const double dfSquare = std::norm(z) / (256. * 256.);
-    return z * (1 + truth.dfStretching * std::cos(2 * (std::arg(z) - truth.dfStretchingAzimuth * r))) +
-           truth.dfEllipse * std::exp(2. * i * truth.dfEllipseAzimuth * r) * std::conj(z) +
-           z * dfSquare * (truth.dfRadial - i * truth.dfSpiral);
+    const std::complex<double> behind = projected(truth, z);
+    return z +
+           behind * truth.dfStretching * std::cos(2 * (std::arg(behind) - truth.dfStretchingAzimuth * r)) +
+           truth.dfEllipse * std::exp(2. * i * truth.dfEllipseAzimuth * r) * std::conj(z);
 }
 
 /// Where a point of the laboratory at a tilt is measured, relative to the direct beam that is believed; y
@@ -68,6 +80,7 @@ inline FramePlace placeOf(const SeriesTruth& truth, const Eigen::Vector3d& point
     for (int n = 0; n < 200; ++n) {
         z += target - freed(truth, z);
     }
+    z = projected(truth, z);
     return {z.real() + truth.dfCentreX, -z.imag() + truth.dfCentreY};
 }
 
