@@ -4,6 +4,7 @@
 #include "batch/optionrules.h"
 #include "dataset/pagerounding.h"
 #include "dataset/parametertable.h"
+#include "road/fixedgeometry.h"
 #include "road/knowncellsearch.h"
 
 #include <QCommandLineParser>
@@ -185,6 +186,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
              .arg(spaceGroup.box.dfMaximum)
              .arg(spaceGroup.start()),
          "number"},
+        {"fix-geometry",
+         "Numbers that the stage geometry leaves as they are, with commas between: axis, axisOutOfPlane, "
+         "centre, stretching, ellipse, thirdOrder, parabolic, tiltScale; default: none.",
+         "numbers"},
         {"group", "From a peak list merge only the peaks of this group, 0 to 63; default: all.", "number"},
         {"apply-stretching", "Undo the elliptical distortion: on or off; default: as the project says.",
          "on|off"},
@@ -310,6 +315,21 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.refinement.m_bOutputPeakList = reader.isSet(QStringLiteral("pair-list"));
 }
 
+void takeFixedGeometry(COptionReader& reader, RoadOptions& options)
+{
+    const QString strOption = QStringLiteral("fix-geometry");
+    for (const QString& strList : reader.values(strOption)) {
+        for (const QString& strName : strList.split(QLatin1Char(','))) {
+            const std::vector<int> listNumber = geometryNumbersOf(strName);
+            if (listNumber.empty()) {
+                reader.refuse(QStringLiteral("--%1 %2: no such number").arg(strOption, strName));
+            }
+            options.listFixedGeometry.insert(options.listFixedGeometry.end(), listNumber.begin(),
+                                             listNumber.end());
+        }
+    }
+}
+
 void takeExports(COptionReader& reader, ExportOptions& exports)
 {
     for (const QString& strList : reader.values(QStringLiteral("export"))) {
@@ -390,6 +410,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         takeNames(reader, options);
         takeParameters(reader, road);
         takeKnownCell(reader, road);
+        takeFixedGeometry(reader, road);
         takeExports(reader, road.exports);
         road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
         road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);

@@ -158,10 +158,9 @@ public:
     /// Takes out the drift that the beams of the frames have beside the centre. Peaks of a frame lie to all
     /// sides, so that hardly any number but the centre imitates it: drift and fit are found in turn.
     /// @return whether there is one
-    bool takeOutDrift(GeometryFit& fit)
+    bool takeOutDrift(GeometryFit& fit, int nFrames)
     {
         const int nTurns = 3;
-        int nFrames = 0;
         for (const GeometrySpot& spot : m_work.listSpot) {
             nFrames = std::max(nFrames, spot.nFrame + 1);
         }
@@ -312,7 +311,7 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
         return;
     }
     if (options.bDrift) {
-        refinement.takeOutDrift(fit);
+        refinement.takeOutDrift(fit, options.nFrames);
     }
     if (!refinement.takeFinePlaces(fit)) {
         return;
@@ -321,7 +320,8 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     if (!refinement.runRounds(fit, false)) {
         return;
     }
-    if (options.bDrift && refinement.takeOutDrift(fit) && !refinement.runRounds(fit, false)) {
+    if (options.bDrift && refinement.takeOutDrift(fit, options.nFrames) &&
+        !refinement.runRounds(fit, false)) {
         return;
     }
     result.free = geometryModel(work, fit, bEllipse);

@@ -1,11 +1,10 @@
 #include "road/stages.h"
 
 #include "dataset/unitcellfile.h"
-#include "frames/spotcentres.h"
-#include "frames/spotsize.h"
 #include "lattice/latticebasis.h"
 #include "records/fileset.h"
 #include "refinement/geometryofseries.h"
+#include "road/finespots.h"
 #include "road/geometrytable.h"
 #include "road/refinedproject.h"
 
@@ -80,32 +79,6 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
     return {};
 }
 
-/// The indexed peaks with the centres of their spots, where the frames tell these.
-std::vector<GeometrySpot> spotsWithCentres(RoadState& state)
-{
-    DataSet& dataSet = state.dataSet;
-    CRoadReport& report = state.report;
-    std::vector<GeometrySpot> listSpot = geometrySpots(dataSet);
-    std::optional<SpotSize> size;
-    if (listSpot.empty() || !measureSpotSize(dataSet, report, size, state.options.jobs()) || !size) {
-        report.addMessage(
-            QStringLiteral("The spots of the frames could not be measured: the geometry is fitted "
-                           "to the hunted pixels."));
-        return listSpot;
-    }
-    QVector<QList<Peak3D>> vecPeak = dataSet.m_vecPeakIndexedOnFrame;
-    if (!moveToSpotCentres(dataSet, vecPeak, size->dfSigma, report, state.options.jobs()).finished()) {
-        return listSpot;
-    }
-    std::swap(dataSet.m_vecPeakIndexedOnFrame, vecPeak);
-    const std::vector<GeometrySpot> listFine = geometrySpots(dataSet);
-    std::swap(dataSet.m_vecPeakIndexedOnFrame, vecPeak);
-    for (size_t n = 0; n < listSpot.size() && listFine.size() == listSpot.size(); ++n) {
-        listSpot[n].finePlace = listFine[n].place;
-    }
-    return listSpot;
-}
-
 }  // namespace
 
 StageResult runGeometryStage(RoadState& state)
@@ -118,8 +91,10 @@ StageResult runGeometryStage(RoadState& state)
     }
     GeometryRefinementOptions options;
     options.listConstraint = constraintsOf(state.results.lattice);
+    options.listFixed = state.options.listFixedGeometry;
+    options.nFrames = state.dataSet.m_listFrameFile.size();
     GeometryRefinement& result = state.results.geometry.emplace(
-        refineGeometry(spotsWithCentres(state), *start, options, report));
+        refineGeometry(fineSpots(state.dataSet, state.options.jobs(), report), *start, options, report));
     if (!report.goOn()) {
         return report.ended({RunEnd::Stopped, {}});
     }

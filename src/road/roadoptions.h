@@ -74,7 +74,8 @@ struct RoadOptions {
     std::optional<double> dfRefineIntensityHigh;
     std::optional<double> dfRefineDStarLow;  ///< Å⁻¹
     std::optional<double> dfRefineDStarHigh;
-    bool bConstantBackground = false;  ///< refine also with positions fitted beside a constant
+    std::vector<int> listFixedGeometry;  ///< GeometryNumber: not to be refined
+    bool bConstantBackground = false;    ///< refine also with positions fitted beside a constant
     ExportOptions exports;
 
     bool isProject() const;

@@ -1,6 +1,7 @@
 // The refinement of the geometry against made-up crystals whose truth is known.
 
 #include "refinement/geometryrefinement.h"
+#include "refinement/beamdrift.h"
 #include "tests/recordingreport.h"
 #include "tests/refinement/simulatedspots.h"
 
@@ -61,6 +62,23 @@ std::array<double, 6> cellNumbers(const Eigen::Matrix3d& m)
     return {m.row(0).norm(), m.row(1).norm(), m.row(2).norm(), angle(1, 2), angle(0, 2), angle(0, 1)};
 }
 
+/// A smooth walk of the beam, in its mean over the frames 0, and jumps of 2 pixels; one frame in so many, 0
+/// none.
+std::vector<FramePlace> drift(int nFrames, double dfAmplitude, int nJumpEvery)
+{
+    std::vector<FramePlace> listDrift;
+    for (int n = 0; n < nFrames; ++n) {
+        const double dfTurn = 2 * g_dfPi * n / nFrames;
+        FramePlace place = {dfAmplitude * std::sin(dfTurn), dfAmplitude * std::cos(2 * dfTurn)};
+        if (nJumpEvery > 0 && n % nJumpEvery == nJumpEvery / 2) {
+            place.dfX += 2 * std::cos(n);
+            place.dfY += 2 * std::sin(n);
+        }
+        listDrift.push_back(place);
+    }
+    return listDrift;
+}
+
 CellConstraint constraintOf(LatticeSystem system)
 {
     CellConstraint constraint;
@@ -81,6 +99,9 @@ TEST(GeometryRefinement, standardErrorsAreThoseOfTheEstimates)
         std::mt19937 random(unsigned(100 + n));
         SeriesTruth truth = plainTruth(random);
         truth.dfShare = 0.4;
+        if (n % 2 == 1) {
+            truth.listDrift = drift(truth.nFrames, 0.5, 0);
+        }
         GeometryRefinementOptions options;
         options.bEllipse = options.bTiltScale = options.bAxisOutOfPlane = options.bThirdOrder = false;
         const GeometryRefinement result = refined(simulatedSpots(truth, random),
@@ -139,6 +160,8 @@ TEST(GeometryRefinement, findsTheUsualNumbersAndLeavesTheOthersOut)
     EXPECT_NEAR(stretching.dfAzimuth, truth.dfStretchingAzimuth, 3);
     EXPECT_FALSE(isFree(model, ThirdOrderRadial));
     EXPECT_TRUE(isNamedFixed(result, ThirdOrderRadial));
+    EXPECT_FALSE(isFree(model, ParabolicCos));
+    EXPECT_TRUE(model.listDrift.empty()) << model.nDriftIntervals << " intervals, jumps " << model.nJumps;
     EXPECT_LT(result.dfRmsAfter, 0.5);
     EXPECT_GT(result.dfRmsBefore, 1);
     EXPECT_GE(result.nFitAfter, 0.97 * result.nPeaks);
@@ -148,6 +171,95 @@ TEST(GeometryRefinement, findsTheUsualNumbersAndLeavesTheOthersOut)
         EXPECT_LT(std::abs(aFound[n] - aTrue[n]), 4 * aError[n]) << n;
         EXPECT_LT(aError[n], 2e-3 * aTrue[n]) << n;
     }
+}
+
+/// A beam that wanders by a pixel, and one frame in twenty that is off by two.
+TEST(GeometryRefinement, driftOfTheBeam)
+{
+    std::mt19937 random(12);
+    SeriesTruth truth = plainTruth(random);
+    truth.nFrames = 100;
+    truth.dfStep = 0.6;
+    truth.listDrift = drift(truth.nFrames, 1, 20);
+    GeometryRefinementOptions options;
+    options.nFrames = truth.nFrames + 3;
+    const std::vector<GeometrySpot> listSpot = simulatedSpots(truth, random);
+    const DiffractionGeometry start = startOf(truth, 0.001, random);
+    const GeometryRefinement result = refined(listSpot, start, options);
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    const GeometryModel& model = result.best();
+    EXPECT_EQ(model.listDrift.size(), size_t(options.nFrames));
+    EXPECT_EQ(model.nJumps, 5);
+    EXPECT_GT(model.nDriftIntervals, 1);
+    const std::vector<FramePlace> listOffset = beamOffsets(model, truth.nFrames);
+    double dfSum = 0;
+    for (size_t n = 0; n < listOffset.size(); ++n) {
+        const FramePlace& expected = truth.listDrift[n];
+        const double dfX = listOffset[n].dfX - truth.dfCentreX - expected.dfX;
+        const double dfY = listOffset[n].dfY - truth.dfCentreY - expected.dfY;
+        EXPECT_LT(std::hypot(dfX, dfY), 0.35) << n;
+        dfSum += dfX * dfX + dfY * dfY;
+    }
+    EXPECT_LT(std::sqrt(dfSum / truth.nFrames), 0.1);
+    EXPECT_LT(result.dfRmsAfter, 0.45);
+    EXPECT_GT(result.dfRmsBefore, 0.8);
+    EXPECT_GE(result.nFitAfter, 0.97 * result.nPeaks) << "the frames that jump have their peaks back";
+    const std::array<double, 6> aTrue = cellNumbers(truth.matDirect), aFound = model.cell.numbers(),
+                                aError = model.cellErrors.numbers();
+    for (size_t n = 0; n < 6; ++n) {
+        EXPECT_LT(std::abs(aFound[n] - aTrue[n]), 4 * aError[n]) << n;
+    }
+    EXPECT_EQ(beamOffsets(model, truth.nFrames + 9).back().dfX, model.geometry.plane.centreX);
+    options.bDrift = false;
+    const GeometryRefinement without = refined(listSpot, start, options);
+    EXPECT_TRUE(without.free.listDrift.empty());
+    EXPECT_GT(without.dfRmsAfter, 1.5 * result.dfRmsAfter);
+}
+
+TEST(GeometryRefinement, parabolicDistortion)
+{
+    std::mt19937 random(13);
+    SeriesTruth truth = plainTruth(random);
+    truth.dfParabolic = 0.02;
+    truth.dfParabolicAzimuth = 130;
+    GeometryRefinementOptions options;
+    const GeometryRefinement result = refined(simulatedSpots(truth, random), startOf(truth, 0.001, random));
+    ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+    const GeometryModel& model = result.best();
+    ASSERT_TRUE(isFree(model, ParabolicCos));
+    EXPECT_LT(model.errors[ParabolicCos], 2e-3);
+    EXPECT_NEAR(model.geometry.plane.parabolicCos, 0.02 * std::cos(radians(130)),
+                4 * model.errors[ParabolicCos]);
+    EXPECT_NEAR(model.geometry.plane.parabolicSin, 0.02 * std::sin(radians(130)),
+                4 * model.errors[ParabolicSin]);
+    options.listFixed = {ParabolicSin, Axis};
+    const GeometryRefinement fixed = refined(simulatedSpots(truth, random), startOf(truth, 0.001, random),
+                                             options);
+    EXPECT_FALSE(isFree(fixed.free, ParabolicCos));
+    EXPECT_TRUE(isNamedFixed(fixed, ParabolicSin) && isNamedFixed(fixed, Axis));
+}
+
+/// Centres of the spots are taken where they are good, and left where they went astray.
+TEST(GeometryRefinement, finePlaces)
+{
+    std::mt19937 random(14);
+    SeriesTruth truth = plainTruth(random);
+    truth.dfFineNoise = 0.08;
+    std::vector<GeometrySpot> listSpot = simulatedSpots(truth, random);
+    const DiffractionGeometry start = startOf(truth, 0.001, random);
+    const GeometryRefinement fine = refined(listSpot, start);
+    ASSERT_TRUE(fine.done()) << fine.strReason.toStdString();
+    EXPECT_TRUE(fine.bFinePlaces);
+    EXPECT_NEAR(fine.dfRmsAfter, truth.dfFineNoise, 0.01);
+    EXPECT_NEAR(fine.best().geometry.plane.axis, truth.dfAxis, 0.02);
+    std::normal_distribution<double> normal;
+    for (GeometrySpot& spot : listSpot) {
+        spot.finePlace = {spot.place.dfX + normal(random), spot.place.dfY + normal(random)};
+    }
+    const GeometryRefinement astray = refined(listSpot, start);
+    ASSERT_TRUE(astray.done());
+    EXPECT_FALSE(astray.bFinePlaces);
+    EXPECT_LT(astray.dfRmsAfter, 0.5);
 }
 
 /// A cubic lattice through an ellipse and the third order: a free cell takes up a part of the ellipse, the

@@ -25,10 +25,12 @@ struct SeriesTruth {
     double dfWavelength = 0.0251, dfPixelSize = 0.004;
     double dfFirstTilt = -30, dfStep = 1;
     int nFrames = 61;
-    double dfWidth = 0.006;  ///< Å⁻¹, of a reflection along the beam
-    double dfReach = 0.9;    ///< Å⁻¹
-    double dfNoise = 0.3;    ///< pixels, before the rounding to whole ones
-    double dfShare = 1;      ///< of the reflections that are seen
+    double dfWidth = 0.006;             ///< Å⁻¹, of a reflection along the beam
+    double dfReach = 0.9;               ///< Å⁻¹
+    double dfNoise = 0.3;               ///< pixels, before the rounding to whole ones
+    double dfShare = 1;                 ///< of the reflections that are seen
+    double dfFineNoise = 0;             ///< pixels, of fine places; 0: there are none
+    std::vector<FramePlace> listDrift;  ///< pixels, of each frame's beam; empty: none
 };
 
 /// Rows a, b, c of a cell, turned at random.
@@ -125,8 +127,16 @@ inline std::vector<GeometrySpot> simulatedSpots(const SeriesTruth& truth, std::m
                     GeometrySpot spot;
                     spot.nFrame = nFrame;
                     spot.dfTilt = dfTilt;
-                    const FramePlace place = placeOf(truth, p);
+                    FramePlace place = placeOf(truth, p);
+                    if (!truth.listDrift.empty()) {
+                        place.dfX += truth.listDrift[size_t(nFrame)].dfX;
+                        place.dfY += truth.listDrift[size_t(nFrame)].dfY;
+                    }
                     spot.place = {std::round(place.dfX + dfNoiseX), std::round(place.dfY + dfNoiseY)};
+                    if (truth.dfFineNoise > 0) {
+                        spot.finePlace = {place.dfX + truth.dfFineNoise * normal(random),
+                                          place.dfY + truth.dfFineNoise * normal(random)};
+                    }
                     spot.anIndex = {h, k, l};
                     spot.dfWeight = dfStrength;
                     listSpot.push_back(spot);
