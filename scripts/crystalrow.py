@@ -13,8 +13,8 @@ def head():
     return "\n".join((
         f"{'':56s}cell from pairs of peaks at",
         f"{'':22s}{'found cell':<17s}{'refined cell':<17s}{'hunted pixels':<17s}{'fitted places':<17s}{'on a constant':<17s}"
-        f"{'refined geometry':<24s}{'indexed':>8s}{'right':>10s}{'fit':>10s}{'recall at an SNR of':>24s}{'preci-':>10s}   Bravais",
-        f"{'crystal':11s} {'lattice':8s}{6 * CELL}{'turned':>9s}{'of all':>9s}{'indices':>10s}{'share':>10s}"
+        f"{'refined geometry':<26s}{'the same under its Bravais type':<35s}{'other':>8s}{'indexed':>9s}{'right':>10s}{'fit':>10s}{'recall at an SNR of':>24s}{'preci-':>10s}   Bravais",
+        f"{'crystal':11s} {'lattice':8s}{6 * CELL}{'turned':>9s}{CELL}{'axis':>9s}{'lens':>9s}{'half':>8s}{'of all':>9s}{'indices':>10s}{'share':>10s}"
         f"{'>= 5':>8s}{'>= 10':>8s}{'>= 20':>8s}{'sion':>10s}   type"))
 
 
@@ -49,6 +49,18 @@ def geometry_errors(geometry):
                 "angleErrorDegrees": geometry.get("basisAngleErrorDegrees")}
     turned = geometry.get("orientationErrorDegrees")
     return errors(cell) + (f"{'-':>9s}" if turned is None else f"{turned:8.3f}°")
+
+
+def constrained_errors(compare, summary):
+    """The cell under the Bravais type, axis, what is left of the ellipse, rms of frames not fitted to (pixels)."""
+    geometry = compare.get("geometry") or {}
+    axis = (geometry.get("errors") or {}).get("axis")
+    left = [(geometry.get(key) or {}).get("errorPercent") for key in ("stretching", "ellipse")]
+    left = max((value for value in left if value is not None), default=None)
+    told = summary.get("geometry") or {}
+    rms = (told.get("constrained") or told.get("cell") or {}).get("rmsOtherHalf")
+    return (errors(geometry.get("constrained") or {}) + (f"{'-':>9s}" if axis is None else f"{axis:8.3f}°") +
+            (f"{'-':>9s}" if left is None else f"{left:7.3f} %") + (f"{'-':>8s}" if rms is None else f"{rms:8.3f}"))
 
 
 def lattice_word(compare):
@@ -128,7 +140,7 @@ def main():
           errors(compare if compare.get("refined") else {}, "refinedLengthErrorPercent",
                  "refinedAngleErrorDegrees") +
           "".join(errors(pairs.get(key, {})) for key in ("wholePixels", "subPixels", "subPixelsConstant")) +
-          geometry_errors(compare.get("geometry") or {}) +
+          geometry_errors(compare.get("geometry") or {}) + constrained_errors(compare, summary) +
           share(summary.get("indexedShare"), 9) + share(compare.get("rightShare"), 10) +
           share(summary.get("fitShare"), 10) +
           "".join(share(value, 8) for value in (found + [None] * 3)[:3]) +

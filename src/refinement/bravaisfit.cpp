@@ -82,6 +82,9 @@ GeometryModel geometryModel(const GeometryWork& work, const GeometryFit& fit, bo
     model.geometry = work.geometryOf(fit);
     const CGeometryResiduals residuals = work.residuals();
     model.dfRms = rmsInPlane(residuals, fit);
+    const HalvesRms halves = rmsOfHalves(work, fit);
+    model.dfRmsSeen = halves.dfSeen;
+    model.dfRmsUnseen = halves.dfUnseen;
     const Eigen::MatrixXd matCovariance = geometryCovariance(geometryNormal(residuals, fit));
     for (size_t n = 0; n < fit.listFree.size(); ++n) {
         const double dfVariance = matCovariance(Eigen::Index(n), Eigen::Index(n));

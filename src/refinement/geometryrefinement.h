@@ -39,6 +39,8 @@ struct GeometryModel {
     CellParameters cellErrors;    ///< standard errors
     bool bEllipse = false;        ///< the ellipse in place of the stretching
     double dfRms = 0;             ///< pixels, of the kept peaks along one direction of the plane
+    double dfRmsSeen = 0;         ///< the same of each half of the frames with a fit to it; infinite for none
+    double dfRmsUnseen = 0;       ///< and with the fit to the other half
     /// Pixels, of each frame from the first: what its direct beam is off by beside the centre. Empty where no
     /// drift is left over.
     std::vector<FramePlace> listDrift;

@@ -65,9 +65,9 @@ struct Choice {
 
 }  // namespace
 
-double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit)
+HalvesRms rmsOfHalves(const GeometryWork& work, const GeometryFit& fit)
 {
-    double dfSum = 0;
+    double dfSeen = 0, dfUnseen = 0;
     int nSpots = 0;
     for (const int nHalf : {0, 1}) {
         const CGeometryResiduals seen = work.residualsOfHalf(nHalf);
@@ -75,13 +75,14 @@ double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit)
         GeometryFit half = fit;
         if (2 * seen.spots() < 3 * int(fit.listFree.size()) || unseen.spots() == 0 ||
             !solveGeometry(seen, half, 12)) {
-            return std::numeric_limits<double>::infinity();
+            const double dfNone = std::numeric_limits<double>::infinity();
+            return {dfNone, dfNone};
         }
-        const double dfRms = rmsInPlane(unseen, half);
-        dfSum += dfRms * dfRms * unseen.spots();
+        dfSeen += std::pow(rmsInPlane(seen, half), 2) * seen.spots();
+        dfUnseen += std::pow(rmsInPlane(unseen, half), 2) * unseen.spots();
         nSpots += unseen.spots();
     }
-    return std::sqrt(dfSum / nSpots);
+    return {std::sqrt(dfSeen / nSpots), std::sqrt(dfUnseen / nSpots)};
 }
 
 GeometryFit withNumbers(const GeometryFit& fit, const std::vector<int>& listMore)

@@ -6,9 +6,18 @@
 
 namespace tessera {
 
-/// The rms in the plane, pixels, of each half of the frames with the fit to the other half.
+/// The rms in the plane, pixels, with fits to half of the frames.
+struct HalvesRms {
+    double dfSeen = 0;    ///< of the half that was fitted
+    double dfUnseen = 0;  ///< of the other half
+};
+/// Both halves in turn, together.
 /// @return not finite where a half cannot be fitted
-double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit);
+HalvesRms rmsOfHalves(const GeometryWork& work, const GeometryFit& fit);
+inline double rmsOfUnseenFrames(const GeometryWork& work, const GeometryFit& fit)
+{
+    return rmsOfHalves(work, fit).dfUnseen;
+}
 
 /// The fit with more free numbers, which begin where they are. None of them twice.
 GeometryFit withNumbers(const GeometryFit& fit, const std::vector<int>& listMore);

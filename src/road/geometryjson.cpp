@@ -24,7 +24,11 @@ QJsonObject cellObject(const GeometryModel& model)
                           {QStringLiteral("standardErrors"), toArray(model.cellErrors)}};
     if (model.fit.form.constraint()) {
         object[QStringLiteral("symbol")] = model.fit.form.constraint()->strSymbol;
-        object[QStringLiteral("rmsPixels")] = model.dfRms;
+    }
+    object[QStringLiteral("rmsPixels")] = model.dfRms;
+    if (std::isfinite(model.dfRmsUnseen)) {
+        object[QStringLiteral("rmsFittedHalf")] = model.dfRmsSeen;
+        object[QStringLiteral("rmsOtherHalf")] = model.dfRmsUnseen;
     }
     return object;
 }

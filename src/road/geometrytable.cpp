@@ -63,6 +63,15 @@ QString cellText(const GeometryModel& model)
     return listPart.join(QLatin1Char(' '));
 }
 
+QString halvesText(const char* pszCell, const GeometryModel& model)
+{
+    return QStringLiteral(
+               "%1: rms of half of the frames with a fit to it %2 px, with one to the other half %3 px.")
+        .arg(QLatin1String(pszCell))
+        .arg(model.dfRmsSeen, 0, 'f', 3)
+        .arg(model.dfRmsUnseen, 0, 'f', 3);
+}
+
 QString driftText(const GeometryModel& model)
 {
     if (model.listDrift.empty()) {
@@ -95,6 +104,10 @@ QStringList geometryTable(const GeometryRefinement& refinement)
         listLine.append(QStringLiteral("Refined cell under %1: %2")
                             .arg(refinement.constrained->fit.form.constraint()->strSymbol,
                                  cellText(*refinement.constrained)));
+    }
+    listLine.append(halvesText("Free cell", refinement.free));
+    if (refinement.constrained) {
+        listLine.append(halvesText("Bravais type", *refinement.constrained));
     }
     listLine.append(
         QStringLiteral("The size of a pixel is not fitted: its error is that of all lengths in common."));

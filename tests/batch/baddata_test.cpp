@@ -253,6 +253,7 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--peak-radius", "nan"}, "--peak-radius nan"},
         {{strProject, "--index-threshold", "0.6"}, "from 0.01 to 0.5"},
         {{strProject, "--space-group", "231"}, "from 1 to 230"},
+        {{strProject, "--fix-geometry", "axis,cell1"}, "--fix-geometry cell1: no such number"},
         {{strProject, "--region", "1,2"}, "X,Y,SIZE"},
         {{strProject, "--region", "1,2,65"}, "X,Y,SIZE"},
         {{strProject, "--jobs", "0"}, "--jobs 0"},
