@@ -1,6 +1,7 @@
 // IntegrationResult: all that the integration of a series gives.
 #pragma once
 
+#include "integration/completenessforecast.h"
 #include "integration/laueclass.h"
 #include "integration/mergingquality.h"
 #include "integration/scaling.h"
@@ -21,6 +22,8 @@ struct IntegrationResult {
     MergingQuality scaled;    ///< after scaling, before rejection
     MergingQuality quality;   ///< after rejection
     SpaceGroupRanking spaceGroups;
+    std::optional<SpaceGroupCandidate> spaceGroup;  ///< the first of the ranking, or that which was asked for
+    CompletenessForecast forecast;
     CellParameters cell;        ///< of the conventional setting
     CellParameters cellErrors;  ///< standard errors; 0: not known
 };

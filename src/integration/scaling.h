@@ -16,11 +16,14 @@ namespace tessera {
 /// that the operations are for.
 struct ObservationSymmetry {
     std::array<std::array<int, 3>, 3> anTransform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-    ///< rows: the conventional axes along those of the cell in force; indices transform alike
-    gemmi::GroupOps ops;  ///< of the Laue class in the conventional setting, centring included
+    ///< rows: the conventional axes along those of the cell in force, times the denominator; indices
+    ///< transform alike: see conventionalIndex()
+    int nDenominator = 1;  ///< above 1 where the cell in force is a centred one and the setting is another
+    gemmi::GroupOps ops;   ///< of the Laue class in the conventional setting, centring included
 };
 
-/// h, k, l in the conventional setting.
+/// h, k, l in the conventional setting. Whole where the reflection is one that the centring of the cell in
+/// force allows; others are rounded towards 0.
 std::array<int, 3> conventionalIndex(const ObservationSymmetry& symmetry, const std::array<int, 3>& anIndex);
 
 struct ScalingOptions {
