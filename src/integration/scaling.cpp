@@ -1,0 +1,160 @@
+#include "integration/scaling.h"
+
+#include "integration/equivalents.h"
+#include "integration/errormodel.h"
+#include "integration/lorentzfactor.h"
+#include "integration/outlierrejection.h"
+#include "integration/scalecurves.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace tessera {
+
+namespace {
+
+int frameOf(const Observation& observation, int nFrames)
+{
+    return std::clamp(int(std::lround(std::clamp(observation.dfFrame, -1.0, double(nFrames)))), 0,
+                      std::max(0, nFrames - 1));
+}
+
+/// Frames that hold observations of a group.
+std::vector<char> framesInUse(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                              int nFrames)
+{
+    std::vector<char> listUsed(size_t(std::max(0, nFrames)), 0);
+    for (const int n : groups.listMember) {
+        if (nFrames > 0) {
+            listUsed[size_t(frameOf(listObservation[size_t(n)], nFrames))] = 1;
+        }
+    }
+    return listUsed;
+}
+
+/// Scale and decay of each frame, and the logarithm that all scales are divided by.
+double putFrameScales(const ScaleCurves& curves, const std::vector<char>& listUsed, ScalingResult& result)
+{
+    double dfSum = 0;
+    int nCount = 0;
+    const double dfFirst = curves.decayB(0);
+    for (size_t n = 0; n < listUsed.size(); ++n) {
+        const double dfFrame = double(n);
+        result.listFrameDecay[n] = curves.decayB(dfFrame) - dfFirst;
+        // The decay of the first frame is every frame's: what it does at the middle goes with the rest.
+        result.listFrameScale[n] = curves.scaleAtZero(dfFrame);
+        if (listUsed[n]) {
+            dfSum += result.listFrameScale[n];
+            ++nCount;
+        }
+    }
+    const double dfMean = nCount > 0 ? dfSum / nCount : 0;
+    for (double& df : result.listFrameScale) {
+        df = std::exp(df - dfMean);
+    }
+    return dfMean;
+}
+
+void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation>& listObservation)
+{
+    const double dfFirst = curves.decayB(0);
+    for (Observation& observation : listObservation) {
+        if (!std::isfinite(observation.dfFrame) || !std::isfinite(observation.dfDStar)) {
+            continue;
+        }
+        // The range of the fit bounds the decay: nothing is extrapolated to reflections further out.
+        const double dfSquare = std::min(observation.dfDStar * observation.dfDStar / 4,
+                                         curves.dfMiddle + curves.dfHalfRange);
+        const double dfLog = curves.scaleAtZero(observation.dfFrame) - dfMean +
+                             2 * (curves.decayB(observation.dfFrame) - dfFirst) * dfSquare;
+        observation.dfScale = std::exp(dfLog);
+    }
+}
+
+void putSigmaFactors(const EquivalentGroups& groups, const ErrorModel& errors,
+                     std::vector<Observation>& listObservation)
+{
+    const std::vector<double> listMean = groupMeans(listObservation, groups, errors);
+    for (size_t n = 0; n < listObservation.size(); ++n) {
+        Observation& observation = listObservation[n];
+        observation.dfSigmaFactor = 1;
+        if (!isUsable(observation, 0)) {
+            continue;
+        }
+        const int nGroup = groups.listGroup[n];
+        const double dfMean = nGroup >= 0 ? listMean[size_t(nGroup)] : observation.corrected();
+        const double dfSigma = observation.correctedSigma();
+        observation.dfSigmaFactor = std::sqrt(errors.variance(dfSigma, dfMean)) / dfSigma;
+    }
+}
+
+void resetCorrections(std::vector<Observation>& listObservation)
+{
+    for (Observation& observation : listObservation) {
+        observation.dfScale = 1;
+        observation.dfSigmaFactor = 1;
+        observation.nFlags &= ~unsigned(FlagOutlier);
+    }
+    applyLorentzFactor(listObservation);
+}
+
+void tellScaling(const ScalingResult& result, int nKnots, CRunReport& report)
+{
+    if (nKnots > 0) {
+        const auto [itLeast, itMost] = std::minmax_element(result.listFrameScale.begin(),
+                                                           result.listFrameScale.end());
+        report.addMessage(QStringLiteral("Scales of the frames: %1 to %2, from %3 observations on %4 knots.")
+                              .arg(*itLeast, 0, 'f', 3)
+                              .arg(*itMost, 0, 'f', 3)
+                              .arg(result.nUsed)
+                              .arg(nKnots));
+    }
+    report.addMessage(QStringLiteral("Error model: sigma'² = %1² (sigma² + (%2 I)²); %3 outliers.")
+                          .arg(result.dfErrorA, 0, 'f', 3)
+                          .arg(result.dfErrorB, 0, 'f', 4)
+                          .arg(result.listRejected.size()));
+}
+
+}  // namespace
+
+ScalingResult scaleObservations(std::vector<Observation>& listObservation,
+                                const ObservationSymmetry& symmetry, int nFrames,
+                                const ScalingOptions& options, CRunReport& report)
+{
+    ScalingResult result;
+    result.listFrameScale.assign(size_t(std::max(0, nFrames)), 1.0);
+    result.listFrameDecay.assign(size_t(std::max(0, nFrames)), 0.0);
+    resetCorrections(listObservation);
+    const EquivalentGroups groups = groupEquivalents(listObservation, symmetry,
+                                                     options.nFriedelPairsApart != 0);
+    std::optional<ScaleCurves> curves;
+    if (options.bScale) {
+        curves = emptyScaleCurves(listObservation, groups, nFrames);
+        if (!curves) {
+            report.addMessage(QStringLiteral("Too few equivalent observations for scales along the series."));
+        }
+    }
+    const std::vector<char> listUsed = framesInUse(listObservation, groups, nFrames);
+    // Before anything is known, a tenth of the intensity keeps the strong reflections from ruling alone.
+    ErrorModel errors = {1, 0.1};
+    const int nRounds = 4;
+    for (int nRound = 0; nRound < nRounds && report.goOn(); ++nRound) {
+        if (curves) {
+            result.nUsed = fitScaleCurves(listObservation, groups, errors, options.bDecay, *curves);
+            putScales(*curves, putFrameScales(*curves, listUsed, result), listObservation);
+        }
+        errors = fitErrorModel(listObservation, groups);
+        if (options.dfRejection > 0) {
+            result.listRejected = rejectOutliers(listObservation, groups, errors, options.dfRejection);
+        }
+    }
+    errors = fitErrorModel(listObservation, groups);
+    putSigmaFactors(groups, errors, listObservation);
+    result.dfErrorA = errors.dfA;
+    result.dfErrorB = errors.dfB;
+    tellScaling(result, curves ? curves->scale.coefficientCount() : 0, report);
+    return result;
+}
+
+}  // namespace tessera
