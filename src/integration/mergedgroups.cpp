@@ -1,0 +1,83 @@
+#include "integration/mergedgroups.h"
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int* pnFirst, const int* pnEnd)
+{
+    MergedGroup group;
+    group.nObserved = int(pnEnd - pnFirst);
+    double dfWeights = 0;
+    double dfWeighted = 0;
+    double dfSquares = 0;
+    int nSeen = 0;
+    for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
+        const Observation& observation = listObservation[size_t(*pn)];
+        const double df = observation.corrected();
+        const double dfSigma = observation.correctedSigma();
+        const double dfWeight = 1 / (dfSigma * dfSigma);
+        dfWeights += dfWeight;
+        dfWeighted += dfWeight * df;
+        group.dfIntensities += df;
+        const double dfBefore = df - group.dfPlainMean;
+        group.dfPlainMean += dfBefore / ++nSeen;
+        dfSquares += dfBefore * (df - group.dfPlainMean);
+    }
+    group.dfIntensity = dfWeighted / dfWeights;
+    group.dfSigma = 1 / std::sqrt(dfWeights);
+    group.dfPlainVariance = group.nObserved > 1 ? dfSquares / (group.nObserved - 1) : 0;
+    for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
+        group.dfDeviations += std::abs(listObservation[size_t(*pn)].corrected() - group.dfIntensity);
+    }
+    return group;
+}
+
+}  // namespace
+
+std::vector<MergedGroup> mergeGroups(const std::vector<Observation>& listObservation,
+                                     const EquivalentGroups& groups)
+{
+    std::vector<MergedGroup> listMerged;
+    listMerged.reserve(size_t(groups.count()));
+    const int* pnMember = groups.listMember.data();
+    for (size_t n = 0; n < size_t(groups.count()); ++n) {
+        listMerged.push_back(
+            mergeOne(listObservation, pnMember + groups.listStart[n], pnMember + groups.listStart[n + 1]));
+    }
+    return listMerged;
+}
+
+void CAgreement::add(const MergedGroup& group)
+{
+    m_nObserved += group.nObserved;
+    ++m_nUnique;
+    m_dfIOverSigma += group.dfIntensity / group.dfSigma;
+    if (group.nObserved < 2) {
+        return;
+    }
+    ++m_nSeveral;
+    const double dfOthers = group.nObserved - 1;
+    m_dfDeviations += group.dfDeviations;
+    m_dfMeas += group.dfDeviations * std::sqrt(group.nObserved / dfOthers);
+    m_dfPim += group.dfDeviations * std::sqrt(1 / dfOthers);
+    m_dfIntensities += group.dfIntensities;
+    const double dfBefore = group.dfPlainMean - m_dfMean;
+    m_dfMean += dfBefore / m_nSeveral;
+    m_dfSquares += dfBefore * (group.dfPlainMean - m_dfMean);
+    m_dfHalfVariance += 2 * group.dfPlainVariance / group.nObserved;
+}
+
+double CAgreement::ccHalf() const
+{
+    if (m_nSeveral < 3) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const double dfOfMeans = m_dfSquares / (m_nSeveral - 1);
+    const double dfHalf = m_dfHalfVariance / m_nSeveral / 2;
+    return ratio(dfOfMeans - dfHalf, dfOfMeans + dfHalf);
+}
+
+}  // namespace tessera
