@@ -76,8 +76,21 @@ int CAsymmetricUnit::epsilon(const std::array<int, 3>& anIndex) const
                              [&](const gemmi::Op::Rot& rot) { return image(rot, anIndex) == anIndex; }));
 }
 
+std::vector<std::array<int, 3>> CAsymmetricUnit::equivalents(const std::array<int, 3>& anIndex) const
+{
+    std::vector<std::array<int, 3>> list;
+    for (const gemmi::Op::Rot& rot : m_listRotation) {
+        list.push_back(image(rot, anIndex));
+        list.push_back(image(rot, {-anIndex[0], -anIndex[1], -anIndex[2]}));
+    }
+    return list;
+}
+
 bool CAsymmetricUnit::contains(const std::array<int, 3>& anIndex) const
 {
+    if (m_pGroup) {
+        return gemmi::ReciprocalAsu(m_pGroup).is_in(anIndex);
+    }
     return representative(anIndex).anIndex == anIndex;
 }
 

@@ -28,6 +28,9 @@ public:
     /// larger.
     int epsilon(const std::array<int, 3>& anIndex) const;
 
+    /// All equivalents, Friedel's mates among them; the same one may come more than once.
+    std::vector<std::array<int, 3>> equivalents(const std::array<int, 3>& anIndex) const;
+
     bool contains(const std::array<int, 3>& anIndex) const;
 
 private:

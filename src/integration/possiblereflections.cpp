@@ -16,7 +16,7 @@ bool forEachPossibleReflection(const ObservationSymmetry& symmetry, const CellPa
     const gemmi::UnitCell unitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
     const double dfMost = 1 / dfDMin;
     const double dfPoints = 4 * g_dfPi / 3 * unitCell.volume * std::pow(dfMost, 3);
-    const double dfMostPoints = 2e7;
+    const double dfMostPoints = 5e6;
     if (!(dfDMin > 0) || !(unitCell.volume > 0) || !(dfPoints < dfMostPoints)) {
         return false;
     }
