@@ -33,7 +33,11 @@ RotationKey keyOfPair(const Eigen::Matrix3i& mat)
     return std::min(keyOf(mat), keyOf(matInverse.array().round().matrix().cast<int>()));
 }
 
-using AgreementMap = std::map<RotationKey, RotationAgreement>;
+struct JudgedRotation {
+    RotationAgreement agreement;
+    RotationDensities densities;
+};
+using AgreementMap = std::map<RotationKey, JudgedRotation>;
 
 AgreementMap agreementsOf(const LaueSettings& settings, const std::vector<Observation>& listObservation)
 {
@@ -43,9 +47,18 @@ AgreementMap agreementsOf(const LaueSettings& settings, const std::vector<Observ
         for (const Eigen::Matrix3i& mat : setting.listRotation) {
             const RotationKey key = keyOfPair(mat);
             if (!mat.isIdentity() && mapAgreement.count(key) == 0) {
-                mapAgreement.emplace(key, rotations.agreement(mat));
+                mapAgreement[key].agreement = rotations.agreement(mat);
             }
         }
+    }
+    std::vector<RotationAgreement> listAgreement;
+    for (const auto& one : mapAgreement) {
+        listAgreement.push_back(one.second.agreement);
+    }
+    const std::vector<RotationDensities> listDensity = rotationDensities(listAgreement);
+    size_t nPlace = 0;
+    for (auto& one : mapAgreement) {
+        one.second.densities = listDensity[nPlace++];
     }
     return mapAgreement;
 }
@@ -59,7 +72,7 @@ std::vector<OperationAgreement> tableOf(const LaueSetting& highest, const Agreem
         if (highest.listRotation[n].isIdentity() || !setDone.insert(key).second) {
             continue;
         }
-        const RotationAgreement& agreement = mapAgreement.at(key);
+        const auto& [agreement, densities] = mapAgreement.at(key);
         OperationAgreement operation;
         gemmi::Op op = highest.listConventional[n];
         op.tran = {0, 0, 0};
@@ -68,8 +81,7 @@ std::vector<OperationAgreement> tableOf(const LaueSetting& highest, const Agreem
         operation.nPairs = agreement.nPairs;
         operation.dfCorrelation = agreement.dfCorrelation;
         operation.dfR = agreement.dfR;
-        operation.dfLikelihood = agreement.dfDensityOfHaving /
-                                 (agreement.dfDensityOfHaving + agreement.dfDensityOfLacking);
+        operation.dfLikelihood = densities.dfHaving / (densities.dfHaving + densities.dfLacking);
         listOperation.push_back(operation);
     }
     return listOperation;
@@ -82,8 +94,8 @@ double logLikelihoodOf(const LaueSetting& setting, const AgreementMap& mapAgreem
         setOwn.insert(keyOfPair(mat));
     }
     double dfSum = 0;
-    for (const auto& [key, agreement] : mapAgreement) {
-        dfSum += std::log(setOwn.count(key) > 0 ? agreement.dfDensityOfHaving : agreement.dfDensityOfLacking);
+    for (const auto& [key, rotation] : mapAgreement) {
+        dfSum += std::log(setOwn.count(key) > 0 ? rotation.densities.dfHaving : rotation.densities.dfLacking);
     }
     return dfSum;
 }

@@ -73,6 +73,28 @@ bool isCentringAbsent(const gemmi::GroupOps& group, const Index& an)
     });
 }
 
+/// Those of a plane that an axis leaves in place are left to its row.
+std::vector<Index> smallReflections(const ReflectionZone& zone, const gemmi::GroupOps& laue)
+{
+    const int nMost = zone.bRow ? 12 : 8;
+    std::vector<Index> list;
+    for (int n = 0; n <= nMost; ++n) {
+        for (int m = zone.bRow ? 0 : -nMost; m <= (zone.bRow ? 0 : nMost); ++m) {
+            const Index& a = zone.listSpan.front();
+            const Index& b = zone.listSpan.back();
+            const Index an = {n * a[0] + m * b[0], n * a[1] + m * b[1], n * a[2] + m * b[2]};
+            const bool bOnRow = std::any_of(
+                laue.sym_ops.begin(), laue.sym_ops.end(), [&](const gemmi::Op& op) {
+                    return op.det_rot() > 0 && !isIdentity(op) && imageOf(op, an) == an;
+                });
+            if (an != Index{0, 0, 0} && (zone.bRow || !bOnRow)) {
+                list.push_back(an);
+            }
+        }
+    }
+    return list;
+}
+
 }  // namespace
 
 bool ReflectionZone::contains(const Index& anIndex) const
@@ -91,10 +113,10 @@ bool ReflectionZone::contains(const Index& anIndex) const
 std::vector<ReflectionZone> reflectionZones(const gemmi::GroupOps& laue)
 {
     const auto plane = [](const char* psz, const Index& one, const Index& other) {
-        return ReflectionZone{QLatin1String(psz), false, {one, other}};
+        return ReflectionZone{QLatin1String(psz), false, {one, other}, {}};
     };
     const auto row = [](const char* psz, const Index& one) {
-        return ReflectionZone{QLatin1String(psz), true, {one}};
+        return ReflectionZone{QLatin1String(psz), true, {one}, {}};
     };
     const bool bHexagonal = std::any_of(laue.sym_ops.begin(), laue.sym_ops.end(), [](const gemmi::Op& op) {
         return wholeRotation(op.rot)[0] == std::array<int, 3>{0, -1, 0} &&
@@ -123,6 +145,7 @@ std::vector<ReflectionZone> reflectionZones(const gemmi::GroupOps& laue)
         });
         if (bFixed && !bKnown) {
             listZone.push_back(zone);
+            listZone.back().listSmall = smallReflections(zone, laue);
         }
     }
     return listZone;
@@ -144,27 +167,10 @@ PlaceInZone placeInZone(const std::vector<ReflectionZone>& listZone, const gemmi
     return place;
 }
 
-std::vector<Index> smallReflections(const ReflectionZone& zone)
-{
-    const int nMost = zone.bRow ? 12 : 8;
-    std::vector<Index> list;
-    for (int n = 0; n <= nMost; ++n) {
-        for (int m = zone.bRow ? 0 : -nMost; m <= (zone.bRow ? 0 : nMost); ++m) {
-            const Index& a = zone.listSpan.front();
-            const Index& b = zone.listSpan.back();
-            const Index an = {n * a[0] + m * b[0], n * a[1] + m * b[1], n * a[2] + m * b[2]};
-            if (an != Index{0, 0, 0}) {
-                list.push_back(an);
-            }
-        }
-    }
-    return list;
-}
-
 std::vector<bool> forbiddenPattern(const ReflectionZone& zone, const gemmi::GroupOps& group)
 {
     std::vector<bool> pattern;
-    for (const Index& an : smallReflections(zone)) {
+    for (const Index& an : zone.listSmall) {
         pattern.push_back(!isCentringAbsent(group, an) && group.is_systematically_absent(an));
     }
     return pattern;
@@ -172,7 +178,7 @@ std::vector<bool> forbiddenPattern(const ReflectionZone& zone, const gemmi::Grou
 
 QString conditionText(const ReflectionZone& zone, const gemmi::GroupOps& group)
 {
-    const std::vector<Index> list = smallReflections(zone);
+    const std::vector<Index>& list = zone.listSmall;
     const std::vector<bool> pattern = forbiddenPattern(zone, group);
     const auto says = [&](const Form& one, const Form& other, int nModulus) {
         for (size_t n = 0; n < list.size(); ++n) {

@@ -16,6 +16,8 @@ struct ReflectionZone {
     QString strName;  ///< "h0l", "00l", as International Tables has it
     bool bRow = false;
     std::vector<std::array<int, 3>> listSpan;  ///< two vectors, or one, that span it
+    /// Its reflections with small indices, which tell conditions apart; of a plane those on no row.
+    std::vector<std::array<int, 3>> listSmall;
 
     bool contains(const std::array<int, 3>& anIndex) const;
 };
@@ -31,9 +33,6 @@ struct PlaceInZone {
 };
 PlaceInZone placeInZone(const std::vector<ReflectionZone>& listZone, const gemmi::GroupOps& laue,
                         const std::array<int, 3>& anIndex);
-
-/// The reflections of a zone with small indices, which tell conditions apart.
-std::vector<std::array<int, 3>> smallReflections(const ReflectionZone& zone);
 
 /// What a group forbids in a zone: one for each of the small reflections. What the centring forbids is false.
 std::vector<bool> forbiddenPattern(const ReflectionZone& zone, const gemmi::GroupOps& group);

@@ -23,13 +23,20 @@ std::uint64_t keyOf(const std::array<int, 3>& anIndex)
     return nKey;
 }
 
-/// A Lorentzian of unit area between -1 and 1.
+/// The area of 1 / (1 + x²)² from 0 on.
+double areaOfPeak(double df)
+{
+    return (df / (1 + df * df) + std::atan(df)) / 2;
+}
+
+/// A peak of unit area between -1 and 1.
 double density(double df, double dfMiddle, double dfWidth)
 {
     const double dfPlace = (df - dfMiddle) / dfWidth;
+    const double dfBelow = 1 + dfPlace * dfPlace;
     const double dfArea = dfWidth *
-                          (std::atan((1 - dfMiddle) / dfWidth) + std::atan((1 + dfMiddle) / dfWidth));
-    return 1 / (1 + dfPlace * dfPlace) / dfArea;
+                          (areaOfPeak((1 - dfMiddle) / dfWidth) + areaOfPeak((1 + dfMiddle) / dfWidth));
+    return 1 / (dfBelow * dfBelow) / dfArea;
 }
 
 double densityOfLacking(double dfCorrelation, double dfWidth)
@@ -125,6 +132,7 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
     const double dfNone = std::numeric_limits<double>::quiet_NaN();
     agreement.dfCorrelation = dfNone;
     agreement.dfR = dfNone;
+    agreement.dfExpected = dfNone;
     if (agreement.nPairs < nFewest || !(sums.spread() > 0)) {
         return agreement;
     }
@@ -132,13 +140,30 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
     if (dfIntensities > 0) {
         agreement.dfR = 2 * dfDifferences / dfIntensities;
     }
-    const double dfWidth = std::max(0.1, 1 / std::sqrt(agreement.nPairs));
-    // Agreement better than the sigmas promise says nothing against the operation.
-    const double dfExpected = std::max(std::clamp(sums.expected(), 0.2, 0.98),
-                                       std::min(agreement.dfCorrelation, 0.98));
-    agreement.dfDensityOfHaving = density(agreement.dfCorrelation, dfExpected, dfWidth);
-    agreement.dfDensityOfLacking = densityOfLacking(agreement.dfCorrelation, dfWidth);
+    agreement.dfExpected = std::clamp(sums.expected(), 0.2, 0.98);
     return agreement;
+}
+
+std::vector<RotationDensities> rotationDensities(const std::vector<RotationAgreement>& listAgreement)
+{
+    double dfBest = 0;
+    for (const RotationAgreement& agreement : listAgreement) {
+        dfBest = std::max(dfBest, std::isfinite(agreement.dfCorrelation) ? agreement.dfCorrelation : 0);
+    }
+    std::vector<RotationDensities> listDensity(listAgreement.size());
+    for (size_t n = 0; n < listAgreement.size(); ++n) {
+        const RotationAgreement& agreement = listAgreement[n];
+        if (!std::isfinite(agreement.dfCorrelation)) {
+            continue;
+        }
+        const double dfWidth = std::max(0.05, 1 / std::sqrt(agreement.nPairs));
+        const double dfReached = std::min(agreement.dfExpected, (agreement.dfExpected + dfBest) / 2);
+        // Agreement better than the sigmas promise says nothing against the operation.
+        const double dfExpected = std::max(dfReached, std::min(agreement.dfCorrelation, 0.98));
+        listDensity[n] = {density(agreement.dfCorrelation, dfExpected, dfWidth),
+                          densityOfLacking(agreement.dfCorrelation, dfWidth)};
+    }
+    return listDensity;
 }
 
 }  // namespace tessera

@@ -110,10 +110,11 @@ void tellScaling(const ScalingResult& result, int nKnots, CRunReport& report)
                               .arg(result.nUsed)
                               .arg(nKnots));
     }
-    report.addMessage(QStringLiteral("Error model: sigma'² = %1² (sigma² + (%2 I)²); %3 outliers.")
-                          .arg(result.dfErrorA, 0, 'f', 3)
-                          .arg(result.dfErrorB, 0, 'f', 4)
-                          .arg(result.listRejected.size()));
+    report.addMessage(
+        QStringLiteral("Error model sigma'² = A² (sigma² + (B I)²) with A = %1, B = %2; %3 outliers.")
+            .arg(result.dfErrorA, 0, 'f', 3)
+            .arg(result.dfErrorB, 0, 'f', 4)
+            .arg(result.listRejected.size()));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "integration/spacegroupranking.h"
 
 #include "integration/absencelikelihood.h"
+#include "integration/parityclasses.h"
 #include "integration/reflectionzones.h"
 #include "integration/resolutionbins.h"
 #include "integration/spacegroupsettings.h"
@@ -178,8 +179,16 @@ private:
             }
         }
         const CResolutionMean resolutionMean(listGeneralDStar, listGeneral);
+        CParityClasses parities(m_ops);
         for (size_t n = 0; n < listMerged.size(); ++n) {
-            const double dfMean = resolutionMean.mean(listDStar[n]);
+            if (listPlace[n].nZone < 0 && std::isfinite(listMerged[n].dfIntensity)) {
+                parities.add(listMerged[n].anIndex,
+                             listMerged[n].dfIntensity / resolutionMean.mean(listDStar[n]));
+            }
+        }
+        for (size_t n = 0; n < listMerged.size(); ++n) {
+            const double dfMean = resolutionMean.mean(listDStar[n]) *
+                                  parities.strength(listMerged[n].anIndex);
             const double dfSigma = listMerged[n].dfSigma / dfMean;
             const double df = listMerged[n].dfIntensity / dfMean;
             if (listPlace[n].nZone >= 0 && std::isfinite(df) && std::isfinite(dfSigma)) {

@@ -39,16 +39,17 @@ TEST_P(JudgementOfCrystal, FindsLaueClassAndGroup)
         const IntegrationResult result = judgeIntegration(made.integrated, made.series, made.lattice, {},
                                                           report);
         EXPECT_EQ(result.chosen.strClass, GetParam().pszLaue) << qPrintable(report.log());
-        std::cout << GetParam().pszCrystal << " " << made.listTrue.size() << "\n" << qPrintable(report.log()) << "\n";
+        std::cout << GetParam().pszCrystal << " " << made.listTrue.size() << "\n"
+                  << qPrintable(report.log()) << "\n";
         for (const auto& op : result.laue.listOperation)
             std::cout << qPrintable(op.strOperation) << " n" << op.nOrder << " pairs " << op.nPairs << " cc "
                       << op.dfCorrelation << " R " << op.dfR << " L " << op.dfLikelihood << "\n";
         for (const auto& op : result.laue.listCandidate)
-            std::cout << qPrintable(op.strClass) << " " << op.chCentring << " L " << op.dfLikelihood << " R " << op.dfRInt
-                      << " cc " << op.dfCcHalf << "\n";
+            std::cout << qPrintable(op.strClass) << " " << op.chCentring << " L " << op.dfLikelihood << " R "
+                      << op.dfRInt << " cc " << op.dfCcHalf << "\n";
         for (const auto& c : result.spaceGroups.listCondition)
-            std::cout << qPrintable(c.strCondition) << " n " << c.nForbidden << " ratio " << c.dfRatio << " +- "
-                      << c.dfRatioError << " L " << c.dfLikelihood << "\n";
+            std::cout << qPrintable(c.strCondition) << " n " << c.nForbidden << " ratio " << c.dfRatio
+                      << " +- " << c.dfRatioError << " L " << c.dfLikelihood << "\n";
     }
 }
 

@@ -56,7 +56,7 @@ std::vector<CrystalStructure> furtherStructures()
          text("P -3 1 m"),
          {},
          {5.298, 5.298, 5.379, 90, 90, 120},
-         {text("-x,-y,-z"), text("-y,x-y,z"), text("-y,-x,z")},
+         {text("-x,-y,-z"), text("-y,x-y,z"), text("y,x,z")},
          {{text("Ca"), 0, 0, 0}, {text("Ti"), 1.0 / 3, 2.0 / 3, 0.5}, {text("O"), 0.37, 0, 0.3}}}};
 }
 
