@@ -3,7 +3,7 @@
 #include "integration/equivalents.h"
 #include "integration/lauesettings.h"
 #include "integration/mergedgroups.h"
-#include "integration/rotationagreement.h"
+#include "integration/rotationlikelihood.h"
 
 #include "lattice/rotationgroups.h"
 
@@ -33,46 +33,63 @@ RotationKey keyOfPair(const Eigen::Matrix3i& mat)
     return std::min(keyOf(mat), keyOf(matInverse.array().round().matrix().cast<int>()));
 }
 
-struct JudgedRotation {
-    RotationAgreement agreement;
-    RotationDensities densities;
-};
-using AgreementMap = std::map<RotationKey, JudgedRotation>;
-
-AgreementMap agreementsOf(const LaueSettings& settings, const std::vector<Observation>& listObservation)
-{
-    const CRotationAgreement rotations(listObservation, settings.primitive);
-    AgreementMap mapAgreement;
-    for (const LaueSetting& setting : settings.listSetting) {
-        for (const Eigen::Matrix3i& mat : setting.listRotation) {
-            const RotationKey key = keyOfPair(mat);
-            if (!mat.isIdentity() && mapAgreement.count(key) == 0) {
-                mapAgreement[key].agreement = rotations.agreement(mat);
+/// The rotations of all settings, each once, and how they agree.
+class CRotationTable {
+public:
+    CRotationTable(const LaueSettings& settings, const std::vector<Observation>& listObservation)
+    {
+        const CRotationAgreement rotations(listObservation, settings.primitive);
+        for (const LaueSetting& setting : settings.listSetting) {
+            for (const Eigen::Matrix3i& mat : setting.listRotation) {
+                if (!mat.isIdentity() && m_mapPlace.emplace(keyOfPair(mat), m_listAgreement.size()).second) {
+                    m_listAgreement.push_back(rotations.agreement(mat));
+                }
             }
         }
+        m_listLikelihood.assign(m_listAgreement.size(), 0.0);
     }
-    std::vector<RotationAgreement> listAgreement;
-    for (const auto& one : mapAgreement) {
-        listAgreement.push_back(one.second.agreement);
-    }
-    const std::vector<RotationDensities> listDensity = rotationDensities(listAgreement);
-    size_t nPlace = 0;
-    for (auto& one : mapAgreement) {
-        one.second.densities = listDensity[nPlace++];
-    }
-    return mapAgreement;
-}
 
-std::vector<OperationAgreement> tableOf(const LaueSetting& highest, const AgreementMap& mapAgreement)
+    const std::vector<RotationAgreement>& agreements() const { return m_listAgreement; }
+    size_t placeOf(const Eigen::Matrix3i& mat) const { return m_mapPlace.at(keyOfPair(mat)); }
+
+    std::vector<bool> rotationsOf(const LaueSetting& setting) const
+    {
+        std::vector<bool> listHaving(m_listAgreement.size(), false);
+        for (const Eigen::Matrix3i& mat : setting.listRotation) {
+            if (!mat.isIdentity()) {
+                listHaving[placeOf(mat)] = true;
+            }
+        }
+        return listHaving;
+    }
+
+    /// Adds the likelihood of a setting to those of its rotations.
+    void addLikelihood(const LaueSetting& setting, double dfLikelihood)
+    {
+        const std::vector<bool> listHaving = rotationsOf(setting);
+        for (size_t n = 0; n < listHaving.size(); ++n) {
+            m_listLikelihood[n] += listHaving[n] ? dfLikelihood : 0;
+        }
+    }
+    double likelihood(size_t nPlace) const { return std::min(1.0, m_listLikelihood[nPlace]); }
+
+private:
+    std::map<RotationKey, size_t> m_mapPlace;
+    std::vector<RotationAgreement> m_listAgreement;
+    std::vector<double> m_listLikelihood;
+};
+
+std::vector<OperationAgreement> tableOf(const LaueSetting& highest, const CRotationTable& table)
 {
     std::vector<OperationAgreement> listOperation;
-    std::set<RotationKey> setDone;
+    std::set<size_t> setDone;
     for (size_t n = 0; n < highest.listRotation.size(); ++n) {
-        const RotationKey key = keyOfPair(highest.listRotation[n]);
-        if (highest.listRotation[n].isIdentity() || !setDone.insert(key).second) {
+        if (highest.listRotation[n].isIdentity() ||
+            !setDone.insert(table.placeOf(highest.listRotation[n])).second) {
             continue;
         }
-        const auto& [agreement, densities] = mapAgreement.at(key);
+        const size_t nPlace = table.placeOf(highest.listRotation[n]);
+        const RotationAgreement& agreement = table.agreements()[nPlace];
         OperationAgreement operation;
         gemmi::Op op = highest.listConventional[n];
         op.tran = {0, 0, 0};
@@ -81,26 +98,13 @@ std::vector<OperationAgreement> tableOf(const LaueSetting& highest, const Agreem
         operation.nPairs = agreement.nPairs;
         operation.dfCorrelation = agreement.dfCorrelation;
         operation.dfR = agreement.dfR;
-        operation.dfLikelihood = densities.dfHaving / (densities.dfHaving + densities.dfLacking);
+        operation.dfLikelihood = table.likelihood(nPlace);
         listOperation.push_back(operation);
     }
     return listOperation;
 }
 
-double logLikelihoodOf(const LaueSetting& setting, const AgreementMap& mapAgreement)
-{
-    std::set<RotationKey> setOwn;
-    for (const Eigen::Matrix3i& mat : setting.listRotation) {
-        setOwn.insert(keyOfPair(mat));
-    }
-    double dfSum = 0;
-    for (const auto& [key, rotation] : mapAgreement) {
-        dfSum += std::log(setOwn.count(key) > 0 ? rotation.densities.dfHaving : rotation.densities.dfLacking);
-    }
-    return dfSum;
-}
-
-LaueCandidate candidateOf(const LaueSetting& setting, double dfLogLikelihood)
+LaueCandidate candidateOf(const LaueSetting& setting, double dfLikelihood)
 {
     LaueCandidate candidate;
     candidate.strClass = setting.strClass;
@@ -108,23 +112,47 @@ LaueCandidate candidateOf(const LaueSetting& setting, double dfLogLikelihood)
     candidate.cell = setting.cell;
     candidate.system = setting.system;
     candidate.chCentring = setting.chCentring;
-    candidate.dfLikelihood = dfLogLikelihood;
+    candidate.dfLikelihood = dfLikelihood;
     candidate.nOperations = int(setting.listRotation.size());
     return candidate;
 }
 
-/// Logarithms to likelihoods that come to 1.
-void normalize(std::vector<LaueCandidate>& listCandidate)
+/// Of all settings, together 1.
+std::vector<double> likelihoodsOf(const LaueSettings& settings, const CRotationTable& table)
 {
-    const double dfBest = listCandidate.front().dfLikelihood;
-    double dfSum = 0;
-    for (LaueCandidate& candidate : listCandidate) {
-        candidate.dfLikelihood = std::exp(candidate.dfLikelihood - dfBest);
-        dfSum += candidate.dfLikelihood;
+    const CRotationLikelihood rotations(table.agreements());
+    std::vector<double> listLikelihood;
+    for (const LaueSetting& setting : settings.listSetting) {
+        listLikelihood.push_back(rotations.logarithm(table.rotationsOf(setting)));
     }
-    for (LaueCandidate& candidate : listCandidate) {
+    const double dfBest = *std::max_element(listLikelihood.begin(), listLikelihood.end());
+    double dfSum = 0;
+    for (double& df : listLikelihood) {
+        df = std::exp(df - dfBest);
+        dfSum += df;
+    }
+    for (double& df : listLikelihood) {
+        df /= dfSum;
+    }
+    return listLikelihood;
+}
+
+/// The best of each class with its centring, together 1.
+std::vector<LaueCandidate> bestOfEachClass(const std::vector<LaueCandidate>& listCandidate)
+{
+    std::set<std::pair<QString, char>> setSeen;
+    std::vector<LaueCandidate> listBest;
+    double dfSum = 0;
+    for (const LaueCandidate& candidate : listCandidate) {
+        if (setSeen.insert({candidate.strClass, candidate.chCentring}).second) {
+            listBest.push_back(candidate);
+            dfSum += candidate.dfLikelihood;
+        }
+    }
+    for (LaueCandidate& candidate : listBest) {
         candidate.dfLikelihood /= dfSum;
     }
+    return listBest;
 }
 
 void putAgreement(const std::vector<Observation>& listObservation, LaueCandidate& candidate)
@@ -145,26 +173,20 @@ LaueProposal proposeLaueClass(const std::vector<Observation>& listObservation,
 {
     LaueProposal proposal;
     const LaueSettings settings = laueSettings(listType, cellInForce);
-    const AgreementMap mapAgreement = agreementsOf(settings, listObservation);
-    proposal.listOperation = tableOf(settings.listSetting.front(), mapAgreement);
-    for (const LaueSetting& setting : settings.listSetting) {
-        proposal.listCandidate.push_back(candidateOf(setting, logLikelihoodOf(setting, mapAgreement)));
+    CRotationTable table(settings, listObservation);
+    const std::vector<double> listLikelihood = likelihoodsOf(settings, table);
+    for (size_t n = 0; n < listLikelihood.size(); ++n) {
+        table.addLikelihood(settings.listSetting[n], listLikelihood[n]);
+        proposal.listCandidate.push_back(candidateOf(settings.listSetting[n], listLikelihood[n]));
     }
+    proposal.listOperation = tableOf(settings.listSetting.front(), table);
     // What the data say nothing of, they do not support: of equals the lower symmetry comes first.
     std::stable_sort(proposal.listCandidate.begin(), proposal.listCandidate.end(),
                      [](const LaueCandidate& one, const LaueCandidate& other) {
                          return one.dfLikelihood != other.dfLikelihood ? one.dfLikelihood > other.dfLikelihood
                                                                        : one.nOperations < other.nOperations;
                      });
-    std::set<std::pair<QString, char>> setSeen;
-    std::vector<LaueCandidate> listBest;
-    for (const LaueCandidate& candidate : proposal.listCandidate) {
-        if (setSeen.insert({candidate.strClass, candidate.chCentring}).second) {
-            listBest.push_back(candidate);
-        }
-    }
-    proposal.listCandidate = std::move(listBest);
-    normalize(proposal.listCandidate);
+    proposal.listCandidate = bestOfEachClass(proposal.listCandidate);
     for (LaueCandidate& candidate : proposal.listCandidate) {
         putAgreement(listObservation, candidate);
     }

@@ -4,8 +4,6 @@
 #include "integration/mergedgroups.h"
 #include "integration/resolutionbins.h"
 
-#include "geometry/angles.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -21,34 +19,6 @@ std::uint64_t keyOf(const std::array<int, 3>& anIndex)
         nKey = (nKey << 21) | (std::uint64_t(n + (1 << 20)) & 0x1fffffu);
     }
     return nKey;
-}
-
-/// The area of 1 / (1 + x²)² from 0 on.
-double areaOfPeak(double df)
-{
-    return (df / (1 + df * df) + std::atan(df)) / 2;
-}
-
-/// A peak of unit area between -1 and 1.
-double density(double df, double dfMiddle, double dfWidth)
-{
-    const double dfPlace = (df - dfMiddle) / dfWidth;
-    const double dfBelow = 1 + dfPlace * dfPlace;
-    const double dfArea = dfWidth *
-                          (areaOfPeak((1 - dfMiddle) / dfWidth) + areaOfPeak((1 + dfMiddle) / dfWidth));
-    return 1 / (dfBelow * dfBelow) / dfArea;
-}
-
-double densityOfLacking(double dfCorrelation, double dfWidth)
-{
-    const int nSteps = 200;
-    double dfSum = 0;
-    for (int n = 0; n < nSteps; ++n) {
-        const double dfTrue = (n + 0.5) / nSteps;
-        dfSum += 4 / g_dfPi * std::sqrt(1 - dfTrue * dfTrue) * density(dfCorrelation, dfTrue, dfWidth) /
-                 nSteps;
-    }
-    return dfSum;
 }
 
 /// Weighted sums over pairs taken in both orders, so that either may be the first.
@@ -142,28 +112,6 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
     }
     agreement.dfExpected = std::clamp(sums.expected(), 0.2, 0.98);
     return agreement;
-}
-
-std::vector<RotationDensities> rotationDensities(const std::vector<RotationAgreement>& listAgreement)
-{
-    double dfBest = 0;
-    for (const RotationAgreement& agreement : listAgreement) {
-        dfBest = std::max(dfBest, std::isfinite(agreement.dfCorrelation) ? agreement.dfCorrelation : 0);
-    }
-    std::vector<RotationDensities> listDensity(listAgreement.size());
-    for (size_t n = 0; n < listAgreement.size(); ++n) {
-        const RotationAgreement& agreement = listAgreement[n];
-        if (!std::isfinite(agreement.dfCorrelation)) {
-            continue;
-        }
-        const double dfWidth = std::max(0.05, 1 / std::sqrt(agreement.nPairs));
-        const double dfReached = std::min(agreement.dfExpected, (agreement.dfExpected + dfBest) / 2);
-        // Agreement better than the sigmas promise says nothing against the operation.
-        const double dfExpected = std::max(dfReached, std::min(agreement.dfCorrelation, 0.98));
-        listDensity[n] = {density(agreement.dfCorrelation, dfExpected, dfWidth),
-                          densityOfLacking(agreement.dfCorrelation, dfWidth)};
-    }
-    return listDensity;
 }
 
 }  // namespace tessera

@@ -19,22 +19,6 @@ struct RotationAgreement {
     double dfExpected = 0;     ///< the correlation that the sigmas foretell for a true operation
 };
 
-/// Densities at a correlation: of an operation that the crystal has, and of one that it has not.
-///
-/// After Evans (2006), Acta Cryst. D62, 72–82, appendix A: a peak about the expected correlation, or about a
-/// true one that lies anywhere from 0 to 1, less often near 1. The peak is Student's distribution with three
-/// degrees of freedom, 1/sqrt(pairs) wide and 0.05 at least: with tails as long as those of a Lorentzian,
-/// correlations of 0.8 as pseudo-symmetry gives them would pass.
-struct RotationDensities {
-    double dfHaving = 1;
-    double dfLacking = 1;
-};
-
-/// Of each agreement, 1 and 1 where there are too few pairs. What is expected is what the sigmas foretell;
-/// where even the best of all operations is below that, as multiple scattering parts what symmetry makes
-/// equal, it is the middle between the two.
-std::vector<RotationDensities> rotationDensities(const std::vector<RotationAgreement>& listAgreement);
-
 /// Intensities merged in -1, normalized by resolution to E², ready to be compared.
 class CRotationAgreement {
 public:
