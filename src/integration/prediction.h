@@ -2,6 +2,7 @@
 #pragma once
 
 #include "integration/observation.h"
+#include "integration/rockingcurve.h"
 #include "integration/seriesgeometry.h"
 
 #include <vector>
@@ -17,13 +18,24 @@ struct PredictionOptions {
     double dfMostFrames = 40;       ///< a passage over more frames than these is slow
     double dfDiscRadius = 4;        ///< pixels, of the disc that must lie on the frame
     char chCentring = 'P';          ///< of the cell in force: absent lattice points are not predicted
+    bool bBeyondEnds = false;       ///< also those that cross outside the series and reach into it
 };
+
+class CPassageGeometry;
+
+/// The rocking curve that the options tell.
+RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode& rotation);
 
 /// All passages, ordered by the frame of the passage, then by h, k, l.
 ///
 /// The excitation error is the distance of the point from the sphere along its radius, Å⁻¹, found for the
 /// middle of each frame's turn; several passages of one reflection are observations of their own. Flags:
 /// slow, begins before, ends after, off the frame.
+///
+/// Slow are also those that turn back within the reach of the sphere, as their two passages are one. A
+/// passage begins before the series or ends after it where more than a two-hundredth of its curve is lost.
 std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options);
+std::vector<Observation> predictObservations(const CPassageGeometry& passages,
+                                             const PredictionOptions& options);
 
 }  // namespace tessera

@@ -1,0 +1,175 @@
+#include "integration/framecombination.h"
+
+#include "integration/reflectionflags.h"
+#include "integration/rockingfit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace tessera {
+
+namespace {
+
+const double g_dfSeenPart = 0.01;  // of a rocking curve: what happens to less changes nothing
+const double g_dfLeastRecorded = 0.1;
+
+/// Σ of what was measured, frame by frame.
+struct Totals {
+    double dfSum = 0, dfVariance = 0, dfRecorded = 0, dfBackground = 0, dfFrames = 0;
+    double dfFit = 0, dfFitWeight = 0, dfFitShare = 0;
+};
+
+Totals totalsOf(const std::vector<SpotMeasure>& listMeasure)
+{
+    Totals totals;
+    for (const SpotMeasure& measure : listMeasure) {
+        totals.dfSum += measure.dfSum;
+        totals.dfVariance += measure.dfSumVariance;
+        totals.dfRecorded += measure.dfPart * measure.dfInDisc;
+        totals.dfBackground += measure.dfBackground;
+        totals.dfFrames += 1;
+        if (measure.dfFitVariance > 0) {
+            const double dfWeight = measure.dfPart / measure.dfFitVariance;
+            totals.dfFit += dfWeight * measure.dfFit;
+            totals.dfFitWeight += dfWeight * measure.dfPart;
+            totals.dfFitShare += dfWeight * dfWeight * measure.dfPart * measure.dfFitShare;
+        }
+    }
+    return totals;
+}
+
+double median(std::vector<double>& list)
+{
+    const auto middle = list.begin() + std::ptrdiff_t(list.size() / 2);
+    std::nth_element(list.begin(), middle, list.end());
+    return *middle;
+}
+
+}  // namespace
+
+PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const std::vector<char>& listBlank,
+                             const NoiseModel& noise, const RockingCurve& curve, Observation& observation)
+{
+    PassageMeasure result;
+    std::vector<SpotMeasure> listUsed;
+    for (const SpotMeasure& measure : listMeasure) {
+        const bool bBlank = listBlank[size_t(measure.nFrame)] != 0;
+        if (measure.dfPart > g_dfSeenPart) {
+            observation.nFlags |= measure.nFlags | (bBlank ? FlagBlankFrame : 0u);
+        }
+        if (!bBlank && measure.nBackground > 0) {
+            listUsed.push_back(measure);
+        }
+    }
+    const Totals totals = totalsOf(listUsed);
+    observation.dfBackground = totals.dfFrames > 0 ? totals.dfBackground / totals.dfFrames : 0;
+    observation.dfRecorded = std::clamp(totals.dfRecorded, 0.0, 1.0);
+    if (!(totals.dfRecorded > g_dfLeastRecorded)) {
+        return result;
+    }
+    result.dfBackgroundVariance = totals.dfVariance;
+    result.dfSignalVariance = noise.dfGain * std::max(totals.dfSum, 0.0);
+    result.dfSum = totals.dfSum / totals.dfRecorded;
+    result.dfSumSigma = std::sqrt(result.dfBackgroundVariance + result.dfSignalVariance) / totals.dfRecorded;
+    if (totals.dfFitWeight > 0) {
+        result.dfFit = totals.dfFit / totals.dfFitWeight;
+        const double dfOwn = noise.dfGain * std::max(result.dfFit, 0.0) * totals.dfFitShare /
+                             (totals.dfFitWeight * totals.dfFitWeight);
+        result.dfFitSigma = std::sqrt(1 / totals.dfFitWeight + dfOwn);
+    }
+    const double dfTelling = 15;  // sigmas, from which on a reflection tells where its curve lies
+    if (curve.rotation.kind != RotationKind::Continuous && result.dfSum > dfTelling * result.dfSumSigma) {
+        const auto fit = fitRocking(listUsed, curve, observation.dfDStar, noise.dfGain, false);
+        if (fit) {
+            result.dfSumSigma *= fit->dfTotal / result.dfSum;
+            result.dfSum = fit->dfTotal;
+        }
+    }
+    return result;
+}
+
+namespace {
+
+/// The ratio of fits to sums over d*, from observations that both measure well, and its spread.
+class CFitRatio {
+public:
+    CFitRatio(const std::vector<PassageMeasure>& listMeasure, const std::vector<Observation>& listObservation)
+    {
+        std::vector<std::pair<double, double>> list;  // d*, ratio
+        for (size_t n = 0; n < listMeasure.size(); ++n) {
+            const PassageMeasure& measure = listMeasure[n];
+            if (measure.dfFitSigma > 0 && measure.dfSum > 15 * measure.dfSumSigma && measure.dfFit > 0 &&
+                !(listObservation[n].nFlags & g_nExcludingFlags)) {
+                list.emplace_back(listObservation[n].dfDStar, measure.dfFit / measure.dfSum);
+            }
+        }
+        std::stable_sort(list.begin(), list.end());
+        const size_t nGroups = std::min<size_t>(6, list.size() / 20);
+        for (size_t nGroup = 0; nGroup < nGroups; ++nGroup) {
+            std::vector<double> listDStar, listRatio;
+            for (size_t n = nGroup * list.size() / nGroups; n < (nGroup + 1) * list.size() / nGroups; ++n) {
+                listDStar.push_back(list[n].first);
+                listRatio.push_back(list[n].second);
+            }
+            m_listPoint.emplace_back(median(listDStar), median(listRatio));
+        }
+        std::vector<double> listOff;
+        for (const auto& [dfDStar, dfRatio] : list) {
+            listOff.push_back(std::abs(dfRatio / at(dfDStar) - 1));
+        }
+        m_dfSpread = listOff.empty() ? 0 : 1.4826 * median(listOff);
+    }
+
+    double at(double dfDStar) const
+    {
+        if (m_listPoint.empty()) {
+            return 1;
+        }
+        if (dfDStar <= m_listPoint.front().first) {
+            return m_listPoint.front().second;
+        }
+        for (size_t n = 1; n < m_listPoint.size(); ++n) {
+            if (dfDStar <= m_listPoint[n].first) {
+                const double dfPart = (dfDStar - m_listPoint[n - 1].first) /
+                                      std::max(m_listPoint[n].first - m_listPoint[n - 1].first, 1e-12);
+                return m_listPoint[n - 1].second + dfPart * (m_listPoint[n].second - m_listPoint[n - 1].second);
+            }
+        }
+        return m_listPoint.back().second;
+    }
+    double spread() const { return m_dfSpread; }
+
+private:
+    std::vector<std::pair<double, double>> m_listPoint;
+    double m_dfSpread = 0;
+};
+
+}  // namespace
+
+void chooseMeasures(const std::vector<PassageMeasure>& listMeasure, bool bProfileFit,
+                    std::vector<Observation>& listObservation)
+{
+    const CFitRatio ratio(listMeasure, listObservation);
+    const double dfFar = 8;  // spreads of the ratio, and sigmas
+    for (size_t n = 0; n < listMeasure.size(); ++n) {
+        const PassageMeasure& measure = listMeasure[n];
+        Observation& observation = listObservation[n];
+        const double dfRatio = ratio.at(observation.dfDStar);
+        const bool bWeak = measure.dfSignalVariance < measure.dfBackgroundVariance;
+        observation.bProfileFit = bProfileFit && bWeak && measure.dfFitSigma > 0;
+        observation.dfIntensity = observation.bProfileFit ? measure.dfFit / dfRatio : measure.dfSum;
+        observation.dfSigma = observation.bProfileFit ? measure.dfFitSigma / dfRatio : measure.dfSumSigma;
+        const double dfOff = std::abs(measure.dfFit / dfRatio - measure.dfSum);
+        if (!bWeak && measure.dfFitSigma > 0 && ratio.spread() > 0 &&
+            dfOff > dfFar * std::hypot(ratio.spread() * measure.dfSum, measure.dfSumSigma)) {
+            observation.nFlags |= FlagBadProfile;
+        }
+        if (!std::isfinite(observation.dfIntensity) || !std::isfinite(observation.dfSigma)) {
+            observation.nFlags |= FlagNotFinite;
+            observation.dfIntensity = observation.dfSigma = 0;
+        }
+    }
+}
+
+}  // namespace tessera

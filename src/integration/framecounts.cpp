@@ -1,0 +1,146 @@
+#include "integration/framecounts.h"
+
+#include "frames/badpixels.h"
+#include "frames/median.h"
+#include "geometry/angles.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace tessera {
+
+namespace {
+
+std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam, int nRings)
+{
+    std::vector<std::vector<float>> listRing(static_cast<size_t>(nRings));
+    const int nLeft = std::max(0, int(beam.dfX) - nRings), nTop = std::max(0, int(beam.dfY) - nRings);
+    for (int y = nTop; y <= std::min(img.Height() - 1, int(beam.dfY) + nRings); ++y) {
+        for (int x = nLeft; x <= std::min(img.Width() - 1, int(beam.dfX) + nRings); ++x) {
+            const double dfRadius = std::hypot(x - beam.dfX, y - beam.dfY);
+            const float f = img.Data()[std::ptrdiff_t(y) * img.Width() + x];
+            if (dfRadius < nRings && isUsablePixel(f)) {
+                listRing[size_t(dfRadius)].push_back(f);
+            }
+        }
+    }
+    std::vector<float> listMedian;
+    for (std::vector<float>& ring : listRing) {
+        listMedian.push_back(ring.empty() ? 0 : medianOf(ring));
+    }
+    return listMedian;
+}
+
+double medianOfOthers(std::vector<float> list)
+{
+    return list.empty() ? 0 : double(medianOf(list));
+}
+
+}  // namespace
+
+FrameCounts countFrame(const CImgObj<float>& img, const FramePlace& beam, int nRings)
+{
+    FrameCounts counts;
+    counts.bRead = true;
+    const std::ptrdiff_t nPixels = std::ptrdiff_t(img.Width()) * img.Height();
+    double dfSum = 0;
+    long long nUsable = 0;
+    std::vector<float> listSome;
+    listSome.reserve(size_t(nPixels / 16 + 1));
+    bool bFirst = true;
+    for (std::ptrdiff_t n = 0; n < nPixels; ++n) {
+        const float f = img.Data()[n];
+        if (!isUsablePixel(f)) {
+            continue;
+        }
+        dfSum += double(f);
+        ++nUsable;
+        if (bFirst || f > counts.fGreatest) {
+            counts.fGreatest = f;
+            bFirst = false;
+        }
+        if (n % 16 == 0) {
+            listSome.push_back(f);
+        }
+    }
+    for (std::ptrdiff_t n = 0; n < nPixels; ++n) {
+        counts.nAtGreatest += img.Data()[n] == counts.fGreatest ? 1 : 0;
+        counts.nJustBelow += img.Data()[n] < counts.fGreatest && img.Data()[n] > 0.9f * counts.fGreatest ? 1 : 0;
+    }
+    counts.dfMean = nUsable > 0 ? dfSum / double(nUsable) : 0;
+    counts.dfMedian = listSome.empty() ? 0 : double(medianOf(listSome));
+    counts.listAround = ringsAround(img, beam, nRings);
+    return counts;
+}
+
+std::vector<char> blankFrames(const std::vector<FrameCounts>& listFrame)
+{
+    const int nEitherSide = 7;
+    const double dfLeast = 0.25;
+    const int nFrames = int(listFrame.size());
+    std::vector<char> listBlank(listFrame.size());
+    for (int n = 0; n < nFrames; ++n) {
+        const FrameCounts& frame = listFrame[size_t(n)];
+        std::vector<float> listMean, listAbove;
+        for (int m = std::max(0, n - nEitherSide); m <= std::min(nFrames - 1, n + nEitherSide); ++m) {
+            if (m != n && listFrame[size_t(m)].bRead) {
+                listMean.push_back(float(listFrame[size_t(m)].dfMean));
+                listAbove.push_back(float(listFrame[size_t(m)].dfMean - listFrame[size_t(m)].dfMedian));
+            }
+        }
+        const double dfMean = medianOfOthers(listMean), dfAbove = medianOfOthers(listAbove);
+        listBlank[size_t(n)] = !frame.bRead || (dfMean > 0 && frame.dfMean < dfLeast * dfMean) ||
+                               (dfAbove > 0 && frame.dfMean - frame.dfMedian < dfLeast * dfAbove);
+    }
+    return listBlank;
+}
+
+double saturationOf(const std::vector<FrameCounts>& listFrame)
+{
+    float fGreatest = 0;
+    for (const FrameCounts& frame : listFrame) {
+        fGreatest = frame.bRead ? std::max(fGreatest, frame.fGreatest) : fGreatest;
+    }
+    long long nAt = 0, nBelow = 0;
+    for (const FrameCounts& frame : listFrame) {
+        if (frame.bRead && frame.fGreatest == fGreatest) {
+            nAt += frame.nAtGreatest;
+            nBelow += frame.nJustBelow;
+        }
+    }
+    return fGreatest > 0 && nAt > 3 + 2 * nBelow ? double(fGreatest) : 0;
+}
+
+double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, double dfGain)
+{
+    size_t nRings = 0;
+    for (const FrameCounts& frame : listFrame) {
+        nRings = std::max(nRings, frame.listAround.size());
+    }
+    std::vector<double> listMean(nRings);
+    int nFrames = 0;
+    for (const FrameCounts& frame : listFrame) {
+        if (frame.listAround.size() == nRings && nRings > 0) {
+            ++nFrames;
+            for (size_t n = 0; n < nRings; ++n) {
+                listMean[n] += double(frame.listAround[n]);
+            }
+        }
+    }
+    const double dfLeast = dfRadius + 3;  // the beam's own disc
+    const int nStep = std::max(2, int(std::lround(dfRadius)));
+    const double dfPixels = g_dfPi * dfRadius * dfRadius;
+    for (int n = int(nRings) - 1 - nStep; n >= std::max(nStep, int(dfLeast)) && nFrames > 0; --n) {
+        const double dfHere = listMean[size_t(n)] / nFrames;
+        const double dfBent = (listMean[size_t(n + nStep)] + listMean[size_t(n - nStep)]) / nFrames - 2 * dfHere;
+        // A parabola of that sagitta lies off its plane by half of it over the disc, and as much on the ring.
+        const double dfNoise = std::sqrt(dfPixels * dfGain * std::max(dfHere, dfGain / 250));
+        if (std::abs(dfBent) / 2 * dfPixels > dfNoise && dfBent > 0.05 * dfHere) {
+            return n + dfRadius;
+        }
+    }
+    return dfLeast;
+}
+
+}  // namespace tessera

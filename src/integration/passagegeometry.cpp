@@ -1,0 +1,150 @@
+#include "integration/passagegeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+CPassageGeometry::CPassageGeometry(const SeriesGeometry& series)
+    : m_series(series), m_dfK(1 / series.geometry.dfWavelength)
+{
+    for (int nHalf = 0; nHalf <= 2 * frameCount(); ++nHalf) {
+        m_listTurn.push_back(turnOf(tiltAt(nHalf / 2.0 - 0.5)));
+    }
+}
+
+double CPassageGeometry::tiltAt(double dfFrame) const
+{
+    const std::vector<double>& list = m_series.listTilt;
+    if (list.size() < 2) {
+        return list.empty() ? 0 : list.front();
+    }
+    const int n = std::clamp(int(std::floor(dfFrame)), 0, frameCount() - 2);
+    return list[size_t(n)] + (dfFrame - n) * (list[size_t(n) + 1] - list[size_t(n)]);
+}
+
+DoubleVector CPassageGeometry::pointOf(const std::array<int, 3>& anIndex) const
+{
+    DoubleVector point;
+    for (size_t n = 0; n < 3; ++n) {
+        point[n] = 0;
+        for (size_t m = 0; m < 3; ++m) {
+            point[n] += anIndex[m] * m_series.geometry.aBasis[m][n];
+        }
+    }
+    return point;
+}
+
+CPassageGeometry::HeightRow CPassageGeometry::turnOf(double dfTilt) const
+{
+    return turnToLaboratory(m_series.geometry.turn, m_series.geometry.dfMiddleTilt, dfTilt);
+}
+
+double CPassageGeometry::excitation(const DoubleVector& point, const HeightRow& turn) const
+{
+    // The difference of the squares over the sum, without the cancellation of two long vectors.
+    const double dfHeight = turn[6] * point[0] + turn[7] * point[1] + turn[8] * point[2];
+    const double dfSquare = dot(point, point);
+    const double dfDifference = 2 * m_dfK * dfHeight - dfSquare;
+    return dfDifference / (m_dfK + std::sqrt(std::max(m_dfK * m_dfK - dfDifference, 0.0)));
+}
+
+double CPassageGeometry::excitationAt(const DoubleVector& point, int nFrame) const
+{
+    if (nFrame >= 0 && nFrame < frameCount()) {
+        return excitation(point, turnAt(2 * nFrame + 1));
+    }
+    return excitation(point, turnOf(tiltAt(nFrame)));
+}
+
+double CPassageGeometry::excitationAtStart(const DoubleVector& point, int nFrame) const
+{
+    if (nFrame >= 0 && nFrame <= frameCount()) {
+        return excitation(point, turnAt(2 * nFrame));
+    }
+    return excitation(point, turnOf(tiltAt(nFrame - 0.5)));
+}
+
+double CPassageGeometry::excitationStep(const DoubleVector& point, int nFrame) const
+{
+    return std::abs(excitationAtStart(point, nFrame + 1) - excitationAtStart(point, nFrame));
+}
+
+std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& point, int nBeyond) const
+{
+    std::vector<SphereCrossing> list;
+    const TurnTerms<double>& turn = m_series.geometry.turn;
+    const double dfMiddle = m_series.geometry.dfMiddleTilt;
+    const double dfOut = radians(turn.outOfPlane);
+    const double dfAlong = std::cos(dfOut) * point[0] + std::sin(dfOut) * point[2];  // the axis
+    const double dfFixed = std::sin(dfOut) * dfAlong;
+    const double dfCos = point[2] - dfFixed;
+    const double dfSin = -std::cos(dfOut) * point[1];
+    const double dfRadius = std::hypot(dfCos, dfSin);
+    const double dfRatio = (dot(point, point) / (2 * m_dfK) - dfFixed) / dfRadius;
+    if (frameCount() < 2 || !(std::abs(dfRatio) < 1) || turn.scale == 0) {
+        return list;
+    }
+    const double dfPhase = degrees(std::atan2(dfSin, dfCos));
+    const double dfOff = degrees(std::acos(dfRatio));
+    // d(height)/d(angle) = −R·sin(angle − φ), the same on both sides but for the sign.
+    const double dfSpeed = dfRadius * std::sqrt(1 - dfRatio * dfRatio) * radians(1.0) * std::abs(turn.scale);
+    const int nLast = frameCount() - 1;
+    for (const double dfAngle : {dfPhase - dfOff, dfPhase + dfOff}) {
+        const double dfOnce = dfMiddle + (dfAngle - turn.offset - dfMiddle) / turn.scale;
+        const double dfTurn = 360 / std::abs(turn.scale);
+        for (int n = 0; n < nLast; ++n) {
+            const double dfFrom = n == 0 ? -0.5 - nBeyond : n;
+            const double dfTo = n == nLast - 1 ? nLast + 0.5 + nBeyond : n + 1;
+            const double dfFirst = tiltAt(dfFrom);
+            const double dfSpan = tiltAt(dfTo) - dfFirst;
+            if (dfSpan == 0) {
+                continue;
+            }
+            // the turn of the circle that first reaches the stretch in the sense in which it runs
+            double dfWay = std::fmod(dfOnce - dfFirst, dfTurn);
+            if (dfSpan > 0 && dfWay < 0) {
+                dfWay += dfTurn;
+            } else if (dfSpan < 0 && dfWay > 0) {
+                dfWay -= dfTurn;
+            }
+            if (std::abs(dfWay) < std::abs(dfSpan)) {
+                const double dfFrame = dfFrom + (dfTo - dfFrom) * dfWay / dfSpan;
+                list.push_back({dfFrame, dfFirst + dfWay, dfSpeed});
+            }
+        }
+    }
+    std::stable_sort(list.begin(), list.end(), [](const SphereCrossing& one, const SphereCrossing& other) {
+        return one.dfFrame < other.dfFrame;
+    });
+    return list;
+}
+
+std::optional<FramePlace> CPassageGeometry::placeOn(const std::array<int, 3>& anIndex, int nFrame) const
+{
+    const DoubleVector index = {double(anIndex[0]), double(anIndex[1]), double(anIndex[2])};
+    const int n = std::clamp(nFrame, 0, frameCount() - 1);
+    std::optional<FramePlace> place = placeOfReflection(m_series.geometry, index, tiltAt(nFrame));
+    if (place) {
+        place->dfX += m_series.listBeam[size_t(n)].dfX;
+        place->dfY += m_series.listBeam[size_t(n)].dfY;
+    }
+    return place;
+}
+
+double CPassageGeometry::reach() const
+{
+    double dfReach = 0;
+    for (const FramePlace& beam : m_series.listBeam) {
+        for (const double dfX : {0.0, m_series.sizeFrame.width() - 1.0}) {
+            for (const double dfY : {0.0, m_series.sizeFrame.height() - 1.0}) {
+                const std::array<double, 3> seen = spherePoint(m_series.geometry.plane, m_series.geometry,
+                                                               {dfX - beam.dfX, dfY - beam.dfY});
+                dfReach = std::max(dfReach, std::sqrt(dot(seen, seen)));
+            }
+        }
+    }
+    return dfReach;
+}
+
+}  // namespace tessera

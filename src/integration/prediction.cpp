@@ -1,0 +1,192 @@
+#include "integration/prediction.h"
+
+#include "integration/latticecentring.h"
+#include "integration/passagegeometry.h"
+#include "integration/reflectionflags.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+const double g_dfMostLost = 0.005;  // of a rocking curve: what a sum corrects for without harm
+
+/// Predicts the passages of one reflection after the other.
+class CPredictor {
+public:
+    CPredictor(const CPassageGeometry& passages, const PredictionOptions& options)
+        : m_passages(passages),
+          m_options(options),
+          m_curve(rockingCurveOf(options, passages.series().rotation))
+    {}
+
+    void predict(const std::array<int, 3>& anIndex, std::vector<Observation>& list) const
+    {
+        const DoubleVector point = m_passages.pointOf(anIndex);
+        const int nBeyond = m_options.bBeyondEnds ? int(m_options.dfMostFrames) : 0;
+        const std::vector<SphereCrossing> listCrossing = m_passages.crossings(point, nBeyond);
+        for (const SphereCrossing& crossing : listCrossing) {
+            Observation observation;
+            observation.anIndex = anIndex;
+            observation.dfFrame = crossing.dfFrame;
+            observation.dfTilt = crossing.dfTilt;
+            observation.dfSpeed = crossing.dfSpeed;
+            observation.dfDStar = std::sqrt(dot(point, point));
+            if (isSeen(point, observation)) {
+                list.push_back(observation);
+            }
+        }
+    }
+
+private:
+    /// Fills in frames, place and flags. @return false for what leaves nothing on a frame of the series
+    bool isSeen(const DoubleVector& point, Observation& observation) const
+    {
+        spread(point, observation);
+        const int nLast = m_passages.frameCount() - 1;
+        observation.nFirstFrame = std::max(observation.nFirstFrame, 0);
+        observation.nLastFrame = std::min(observation.nLastFrame, nLast);
+        if (observation.nFirstFrame > observation.nLastFrame) {
+            return false;
+        }
+        const int nFrame = std::clamp(int(std::lround(observation.dfFrame)), 0, nLast);
+        const std::optional<FramePlace> place = m_passages.placeOn(observation.anIndex, nFrame);
+        if (!place) {
+            return false;
+        }
+        observation.place = *place;
+        const double dfRadius = m_options.dfDiscRadius;
+        const QSize size = m_passages.series().sizeFrame;
+        if (place->dfX < -dfRadius || place->dfY < -dfRadius ||
+            place->dfX > size.width() - 1 + dfRadius || place->dfY > size.height() - 1 + dfRadius) {
+            return false;
+        }
+        if (place->dfX < dfRadius || place->dfY < dfRadius || place->dfX > size.width() - 1 - dfRadius ||
+            place->dfY > size.height() - 1 - dfRadius) {
+            observation.nFlags |= FlagOffFrame;
+        }
+        return true;
+    }
+
+    /// Finds the frames within the reach, from the passage outwards, and what lies outside the series.
+    void spread(const DoubleVector& point, Observation& observation) const
+    {
+        const double dfReach = m_curve.reachAt(observation.dfDStar, m_options.dfRockingReach);
+        const int nFrame = int(std::lround(observation.dfFrame));
+        const int nMost = int(std::ceil(m_options.dfMostFrames));
+        int nFirst = nFrame, nLast = nFrame;
+        double dfLast = std::abs(m_passages.excitationAtStart(point, nFirst));
+        bool bTurns = false;  // comes back before it has left
+        while (dfLast < dfReach && nFrame - nFirst <= nMost) {
+            --nFirst;
+            const double df = std::abs(m_passages.excitationAtStart(point, nFirst));
+            bTurns = bTurns || df <= dfLast;
+            dfLast = df;
+        }
+        dfLast = std::abs(m_passages.excitationAtStart(point, nLast + 1));
+        while (dfLast < dfReach && nLast - nFrame <= nMost) {
+            ++nLast;
+            const double df = std::abs(m_passages.excitationAtStart(point, nLast + 1));
+            bTurns = bTurns || df <= dfLast;
+            dfLast = df;
+        }
+        observation.nFirstFrame = nFirst;
+        observation.nLastFrame = nLast;
+        if (bTurns || nLast - nFirst + 1 > nMost) {
+            observation.nFlags |= FlagSlow;
+        }
+        if (nFirst < 0 && partOf(point, observation, nFirst, -1) > g_dfMostLost) {
+            observation.nFlags |= FlagBeginsBefore;
+        }
+        const int nFrames = m_passages.frameCount();
+        if (nLast >= nFrames && partOf(point, observation, nFrames, nLast) > g_dfMostLost) {
+            observation.nFlags |= FlagEndsAfter;
+        }
+    }
+
+    double partOf(const DoubleVector& point, const Observation& observation, int nFirst, int nLast) const
+    {
+        double dfPart = 0;
+        for (int n = nFirst; n <= nLast; ++n) {
+            dfPart += m_curve.part(
+                m_passages.excitationAtStart(point, n), m_passages.excitationAt(point, n),
+                m_passages.excitationAtStart(point, n + 1), observation.dfDStar);
+        }
+        return dfPart;
+    }
+
+    const CPassageGeometry& m_passages;
+    const PredictionOptions& m_options;
+    const RockingCurve m_curve;
+};
+
+/// The greatest index along each axis within a d*: the length of the direct axis times d*.
+std::array<int, 3> greatestIndices(const DiffractionGeometry& geometry, double dfMaxDStar)
+{
+    std::array<int, 3> anMost = {};
+    const auto& [a, b, c] = geometry.aBasis;
+    const double dfVolume = std::abs(dot(a, cross(b, c)));
+    const std::array<DoubleVector, 3> aNormal = {cross(b, c), cross(c, a), cross(a, b)};
+    for (size_t n = 0; n < 3; ++n) {
+        const double dfLength = std::sqrt(dot(aNormal[n], aNormal[n])) / dfVolume;
+        const double dfMost = 2000;  // no crystal's axis; a basis that spans no cell ends here
+        anMost[n] = int(std::min(dfLength * dfMaxDStar, dfMost));
+    }
+    return anMost;
+}
+
+bool isCell(const DiffractionGeometry& geometry)
+{
+    const auto& [a, b, c] = geometry.aBasis;
+    const double dfVolume = std::abs(dot(a, cross(b, c)));
+    const double dfBox = std::sqrt(dot(a, a) * dot(b, b) * dot(c, c));
+    return std::isfinite(dfVolume) && dfVolume > 1e-6 * dfBox;
+}
+
+}  // namespace
+
+RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode& rotation)
+{
+    return {rotation, options.dfRockingWidth, options.dfMosaicity};
+}
+
+std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options)
+{
+    return predictObservations(CPassageGeometry(series), options);
+}
+
+std::vector<Observation> predictObservations(const CPassageGeometry& passages,
+                                             const PredictionOptions& options)
+{
+    std::vector<Observation> list;
+    const DiffractionGeometry& geometry = passages.series().geometry;
+    if (passages.frameCount() < 2 || !isCell(geometry) || !(geometry.dfWavelength > 0)) {
+        return list;
+    }
+    double dfMaxDStar = options.dfMaxDStar > 0 ? options.dfMaxDStar : passages.reach();
+    dfMaxDStar = std::min(dfMaxDStar, 2 / geometry.dfWavelength);
+    const std::array<int, 3> anMost = greatestIndices(geometry, dfMaxDStar);
+    const CPredictor predictor(passages, options);
+    for (int h = -anMost[0]; h <= anMost[0]; ++h) {
+        for (int k = -anMost[1]; k <= anMost[1]; ++k) {
+            for (int l = -anMost[2]; l <= anMost[2]; ++l) {
+                const std::array<int, 3> anIndex = {h, k, l};
+                const DoubleVector point = passages.pointOf(anIndex);
+                const double dfSquare = dot(point, point);
+                if (dfSquare > 0 && dfSquare <= dfMaxDStar * dfMaxDStar &&
+                    dfSquare >= options.dfMinDStar * options.dfMinDStar &&
+                    isLatticePoint(options.chCentring, anIndex)) {
+                    predictor.predict(anIndex, list);
+                }
+            }
+        }
+    }
+    std::stable_sort(list.begin(), list.end(), [](const Observation& one, const Observation& other) {
+        return one.dfFrame != other.dfFrame ? one.dfFrame < other.dfFrame : one.anIndex < other.anIndex;
+    });
+    return list;
+}
+
+}  // namespace tessera

@@ -1,0 +1,273 @@
+#include "integration/seriesintegration.h"
+
+#include "frames/framewalk.h"
+#include "frames/spotsize.h"
+#include "integration/expectedspots.h"
+#include "integration/framecombination.h"
+#include "integration/pixelmask.h"
+#include "integration/reflectionflags.h"
+#include "integration/resolutionlimit.h"
+#include "integration/seriesframes.h"
+#include "integration/spotlearning.h"
+#include "records/runends.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace tessera {
+
+namespace {
+
+using MeasuredFrame = std::vector<std::pair<int, SpotMeasure>>;
+
+/// Why a series cannot be integrated; empty where it can.
+QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
+{
+    if (dataSet.m_listFrameFile.isEmpty()) {
+        return QStringLiteral("There are no frames to integrate.");
+    }
+    if (series.frameCount() != dataSet.m_listFrameFile.size() ||
+        series.listBeam.size() != series.listTilt.size()) {
+        return QStringLiteral("The geometry is that of %L1 frames, and the series has %L2.")
+            .arg(series.frameCount())
+            .arg(dataSet.m_listFrameFile.size());
+    }
+    if (series.frameCount() < 3) {
+        return QStringLiteral("%L1 frames are too few to integrate: no reflection crosses the Ewald sphere "
+                              "within them.")
+            .arg(series.frameCount());
+    }
+    if (series.sizeFrame.width() < 32 || series.sizeFrame.height() < 32) {
+        return QStringLiteral("Frames of %1 × %2 pixels are too small to integrate.")
+            .arg(series.sizeFrame.width())
+            .arg(series.sizeFrame.height());
+    }
+    if (!(series.geometry.dfWavelength > 0) || !(series.geometry.dfPixelSize > 0)) {
+        return QStringLiteral("Wavelength and pixel size must be known to integrate.");
+    }
+    return {};
+}
+
+/// What stands against all observations, by number.
+QString whyNone(const std::vector<Observation>& listObservation)
+{
+    QStringList listReason;
+    for (unsigned nFlag = FlagSlow; nFlag <= FlagNotFinite; nFlag <<= 1) {
+        const auto nCount = std::count_if(
+            listObservation.begin(), listObservation.end(),
+            [&](const Observation& observation) { return (observation.nFlags & nFlag) != 0; });
+        if (nCount > 0) {
+            listReason.append(QStringLiteral("%1 %2").arg(nCount).arg(reflectionFlagName(ReflectionFlag(nFlag))));
+        }
+    }
+    return QStringLiteral("None of %L1 predicted reflections can be measured: %2.")
+        .arg(listObservation.size())
+        .arg(listReason.join(QStringLiteral(", ")));
+}
+
+PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOptions& options)
+{
+    PredictionOptions prediction;
+    prediction.dfMaxDStar = options.dfMaxDStar;
+    prediction.dfRockingWidth = learned.curve.dfWidth;
+    prediction.dfMosaicity = learned.curve.dfMosaicity;
+    // Three widths, and what orientation and tilts are off by.
+    prediction.dfRockingReach = 3 + std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
+    prediction.dfDiscRadius = learned.model.dfDiscRadius;
+    prediction.chCentring = options.chCentring;
+    prediction.bBeyondEnds = true;
+    return prediction;
+}
+
+/// The second reading: measures the frames and puts the passages together as they end.
+class CSeriesSum {
+public:
+    CSeriesSum(const DataSet& dataSet, const CPassageGeometry& passages, const LearnedSeries& learned,
+               const PredictionOptions& prediction, const std::vector<char>& listMask)
+        : m_passages(passages),
+          m_learned(learned),
+          m_frames(dataSet, passages.series().sizeFrame),
+          m_listObservation(predictObservations(passages, prediction)),
+          m_expected(passages, m_listObservation, learned.curve, learned.correction),
+          m_listMeasure(m_listObservation.size())
+    {
+        m_settings.dfRadius = learned.model.dfDiscRadius;
+        m_settings.noise = learned.noise;
+        m_settings.pProfile = &*learned.profile;
+        m_settings.pMask = &listMask;
+        m_settings.dfSaturation = learned.model.dfSaturation;
+    }
+
+    RunOutcome run(int nJobs, CRunReport& report)
+    {
+        CFrameWalk walk(m_passages.frameCount(), StopAsked::AfterEachFrame, report);
+        walk.showProgress(ProgressPlace::TaskBarToo);
+        const auto makeWorker = [this] {
+            return [this, measurer = CSpotMeasurer(m_settings)](int nFrame) mutable {
+                return measureFrame(nFrame, measurer);
+            };
+        };
+        return walk.runAhead<MeasuredFrame>(nJobs, makeWorker, [this](int nFrame, const MeasuredFrame& measured) {
+            take(nFrame, measured);
+            return true;
+        });
+    }
+
+    /// The observations that cross within the series. @param nFirst, nLast  frame numbers
+    std::vector<Observation> observations(bool bProfileFit)
+    {
+        chooseMeasures(m_listMeasure, bProfileFit, m_listObservation);
+        std::vector<Observation> list;
+        const double dfLast = m_passages.frameCount() - 0.5;
+        for (const Observation& observation : m_listObservation) {
+            if (observation.dfFrame >= -0.5 && observation.dfFrame <= dfLast) {
+                list.push_back(observation);
+            }
+        }
+        return list;
+    }
+
+private:
+    MeasuredFrame measureFrame(int nFrame, CSpotMeasurer& measurer) const
+    {
+        MeasuredFrame measured;
+        const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
+        const SeriesFrame frame = m_frames.read(nFrame);
+        if (frame.pImage) {
+            measurer.beginFrame(*frame.pImage, listExpected);
+        }
+        for (const ExpectedSpot& expected : listExpected) {
+            SpotMeasure measure;
+            measure.nFrame = nFrame;
+            measure.dfPart = expected.dfPart;
+            if (frame.pImage) {
+                measure = measurer.measure(expected, nFrame);
+            }
+            measured.emplace_back(expected.nObservation, measure);
+        }
+        return measured;
+    }
+
+    void take(int nFrame, const MeasuredFrame& measured)
+    {
+        for (const auto& [nObservation, measure] : measured) {
+            m_mapActive[nObservation].push_back(measure);
+            if (m_listObservation[size_t(nObservation)].nLastFrame == nFrame) {
+                finish(nObservation);
+            }
+        }
+    }
+
+    void finish(int nObservation)
+    {
+        Observation& observation = m_listObservation[size_t(nObservation)];
+        m_listMeasure[size_t(nObservation)] = combineFrames(
+            m_mapActive[nObservation], m_learned.listBlank, m_learned.noise, m_learned.curve, observation);
+        m_mapActive.erase(nObservation);
+        const int nFrame = std::clamp(int(std::lround(observation.dfFrame)), 0, m_passages.frameCount() - 1);
+        const FramePlace& beam = m_passages.series().listBeam[size_t(nFrame)];
+        observation.place = m_learned.correction.corrected(nFrame, observation.place);
+        if (std::hypot(observation.place.dfX - beam.dfX, observation.place.dfY - beam.dfY) < m_learned.dfGlow) {
+            observation.nFlags |= FlagNearBeam;
+        }
+    }
+
+    const CPassageGeometry& m_passages;
+    const LearnedSeries& m_learned;
+    const CSeriesFrames m_frames;
+    std::vector<Observation> m_listObservation;
+    const CExpectedSpots m_expected;
+    std::vector<PassageMeasure> m_listMeasure;
+    std::map<int, std::vector<SpotMeasure>> m_mapActive;
+    MeasureSettings m_settings;
+};
+
+void tellModel(const LearnedSeries& learned, CRunReport& report)
+{
+    const SpotModel& model = learned.model;
+    report.addMessage(QStringLiteral("Learned from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
+                                     "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, places off by %7 "
+                                     "pixels before the correction's rest.")
+                          .arg(model.nStrong)
+                          .arg(model.dfSigma, 0, 'f', 2)
+                          .arg(model.dfSigmaAtEdge, 0, 'f', 2)
+                          .arg(model.dfDiscRadius, 0, 'f', 2)
+                          .arg(model.dfRockingWidth, 0, 'f', 5)
+                          .arg(model.dfMosaicity, 0, 'f', 3)
+                          .arg(learned.correction.rest(), 0, 'f', 2));
+    report.addMessage(QStringLiteral("Detector: %1 counts an electron, read noise %2, %3; the beam's glow reaches "
+                                     "%4 pixels.")
+                          .arg(model.dfGain, 0, 'f', 3)
+                          .arg(model.dfReadNoise, 0, 'f', 2)
+                          .arg(model.dfSaturation > 0
+                                   ? QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0)
+                                   : QStringLiteral("no pixel full"))
+                          .arg(learned.dfGlow, 0, 'f', 0));
+    QStringList listBlank;
+    for (size_t n = 0; n < learned.listBlank.size(); ++n) {
+        if (learned.listBlank[n]) {
+            listBlank.append(QString::number(n + 1));
+        }
+    }
+    if (!listBlank.isEmpty()) {
+        report.addMessage(QStringLiteral("Blank frames: #%1.").arg(listBlank.join(QStringLiteral(", #"))),
+                          Severity::Warning);
+    }
+}
+
+}  // namespace
+
+RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
+                           const IntegrationOptions& options, int nJobs, CRunReport& report,
+                           IntegratedSeries& result)
+{
+    const QString strMissing = whatIsMissing(dataSet, series);
+    if (!strMissing.isEmpty()) {
+        return refuseRun(report, strMissing);
+    }
+    const CPassageGeometry passages(series);
+    std::optional<SpotSize> size;
+    if (!measureSpotSize(dataSet, report, size, nJobs)) {
+        return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);
+    }
+    const double dfUsualSigma = 1.5;  // pixels, where no spot stands out
+    const std::vector<char> listMask = pixelMask(series.sizeFrame, dataSet.m_maskPeakHunting,
+                                                 dataSet.m_listHotPixel);
+    LearnedSeries learned;
+    RunOutcome outcome = learnSpots(dataSet, passages, options, size ? size->dfSigma : dfUsualSigma, listMask,
+                                    nJobs, report, learned);
+    if (!outcome.finished()) {
+        return outcome;
+    }
+    tellModel(learned, report);
+    CSeriesSum sum(dataSet, passages, learned, predictionOf(learned, options), listMask);
+    outcome = sum.run(nJobs, report);
+    if (!outcome.finished()) {
+        return outcome;
+    }
+    IntegratedSeries integrated;
+    integrated.model = learned.model;
+    integrated.listObservation = sum.observations(options.bProfileFit);
+    std::vector<Observation>& list = integrated.listObservation;
+    if (list.empty()) {
+        return failRun(report, QStringLiteral("No reflection crosses the Ewald sphere during the series."));
+    }
+    const bool bAny = std::any_of(list.begin(), list.end(), [](const Observation& observation) {
+        return observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags);
+    });
+    if (!bAny) {
+        return failRun(report, whyNone(list));
+    }
+    integrated.dfMaxDStar = options.dfMaxDStar > 0 ? options.dfMaxDStar : resolutionLimit(list);
+    list.erase(std::remove_if(list.begin(), list.end(),
+                              [&](const Observation& one) { return one.dfDStar > integrated.dfMaxDStar; }),
+               list.end());
+    report.addMessage(QStringLiteral("%L1 passages integrated to d* = %2 Å⁻¹.")
+                          .arg(list.size())
+                          .arg(integrated.dfMaxDStar, 0, 'f', 3));
+    result = std::move(integrated);
+    return outcome;
+}
+
+}  // namespace tessera

@@ -1,0 +1,322 @@
+#include "integration/spotlearning.h"
+
+#include "frames/framewalk.h"
+#include "integration/expectedspots.h"
+#include "integration/reflectionflags.h"
+#include "integration/seriesframes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+
+namespace tessera {
+
+namespace {
+
+const double g_dfStrong = 8;          // deviations of the background under a spot
+const double g_dfStartWidth = 0.006;  // Å⁻¹, and five of it on either side: crystals have 0.002 to 0.015
+const double g_dfStartReach = 5;
+const size_t g_nMostWindows = 60;  // of a frame
+const int g_nMostRinged = 40;      // frames whose glow is looked at
+const unsigned g_nUnfit = FlagOffFrame | FlagMasked | FlagSaturated | FlagOverlap | FlagNotFinite |
+                          FlagBadBackground;
+
+struct MeasuredSpot {
+    int nObservation = 0;
+    FramePlace place;
+    SpotMeasure measure;
+    bool bStrong = false;
+};
+
+struct SpotWindow {
+    double dfX = 0, dfY = 0;
+    double dfStrength = 0;
+    int nLeft = 0, nTop = 0;
+    std::vector<float> listPixel;
+};
+
+struct LookedFrame {
+    QString strFault;
+    FrameCounts counts;
+    std::vector<MeasuredSpot> listSpot;
+    std::vector<SpotWindow> listWindow;
+};
+
+/// What one thread does to a frame.
+class CSpotLook {
+public:
+    CSpotLook(const CSeriesFrames& frames, const CExpectedSpots& expected, const CPassageGeometry& passages,
+              const MeasureSettings& settings, int nHalf)
+        : m_frames(frames), m_expected(expected), m_passages(passages), m_settings(settings), m_nHalf(nHalf)
+    {}
+
+    LookedFrame look(int nFrame)
+    {
+        LookedFrame looked;
+        const SeriesFrame frame = m_frames.read(nFrame);
+        if (!frame.pImage) {
+            looked.strFault = frame.strFault;
+            return looked;
+        }
+        const int nEvery = std::max(1, m_passages.frameCount() / g_nMostRinged);
+        const QSize size = m_passages.series().sizeFrame;
+        const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 3 : 0;
+        looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
+        MeasureSettings settings = m_settings;
+        settings.dfSaturation = saturationOf({looked.counts});
+        CSpotMeasurer measurer(settings);
+        const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
+        measurer.beginFrame(*frame.pImage, listExpected);
+        for (const ExpectedSpot& expected : listExpected) {
+            lookAt(expected, nFrame, measurer, looked);
+        }
+        std::stable_sort(looked.listWindow.begin(), looked.listWindow.end(),
+                         [](const SpotWindow& one, const SpotWindow& other) {
+                             return one.dfStrength > other.dfStrength;
+                         });
+        looked.listWindow.resize(std::min(looked.listWindow.size(), g_nMostWindows));
+        return looked;
+    }
+
+private:
+    void lookAt(const ExpectedSpot& expected, int nFrame, CSpotMeasurer& measurer, LookedFrame& looked) const
+    {
+        MeasuredSpot spot;
+        spot.nObservation = expected.nObservation;
+        spot.place = expected.place;
+        spot.measure = measurer.measure(expected, nFrame);
+        SpotMeasure& measure = spot.measure;
+        const bool bHigh = measure.dfSum > 0 && measure.dfSum * measure.dfSum >
+                                                    g_dfStrong * g_dfStrong * measure.dfSumVariance;
+        if (bHigh && !(measure.nFlags & g_nUnfit) && measurer.findCentroid(expected, measure)) {
+            spot.bStrong = true;
+            SpotWindow window;
+            window.dfX = expected.place.dfX + measure.dfOffX;
+            window.dfY = expected.place.dfY + measure.dfOffY;
+            window.dfStrength = measure.dfSum;
+            window.listPixel = measurer.window(expected, m_nHalf, window.nLeft, window.nTop);
+            if (!window.listPixel.empty()) {
+                looked.listWindow.push_back(window);
+            }
+        }
+        looked.listSpot.push_back(spot);
+    }
+
+    const CSeriesFrames& m_frames;
+    const CExpectedSpots& m_expected;
+    const CPassageGeometry& m_passages;
+    const MeasureSettings m_settings;
+    const int m_nHalf;
+};
+
+/// Gathers what the frames tell, in their order.
+class CSpotLearner {
+public:
+    CSpotLearner(const CPassageGeometry& passages, const std::vector<Observation>& listObservation,
+                 const RockingCurve& start, int nHalf)
+        : m_passages(passages),
+          m_listObservation(listObservation),
+          m_start(start),
+          m_profile(passages.series().sizeFrame, nHalf)
+    {}
+
+    void take(int nFrame, const LookedFrame& looked)
+    {
+        m_listCounts.push_back(looked.counts);
+        for (const MeasuredSpot& spot : looked.listSpot) {
+            takeSpot(nFrame, spot);
+        }
+        for (const SpotWindow& window : looked.listWindow) {
+            m_profile.add(window.dfX, window.dfY, window.nLeft, window.nTop, window.listPixel);
+        }
+    }
+
+    LearnedSeries learn(const IntegrationOptions& options, double dfStartSigma);
+
+private:
+    struct Active {
+        std::vector<SpotMeasure> listMeasure;
+        bool bStrong = false;
+    };
+
+    void takeSpot(int nFrame, const MeasuredSpot& spot)
+    {
+        const Observation& observation = m_listObservation[size_t(spot.nObservation)];
+        const SpotMeasure& measure = spot.measure;
+        if (measure.nBackground >= 40 && !spot.bStrong) {
+            m_listPatch.push_back({measure.dfBackground, measure.dfVariance});
+        }
+        if (spot.bStrong) {
+            m_listOffset.push_back({nFrame, spot.place, {measure.dfOffX, measure.dfOffY}});
+            m_listSigma.push_back({observation.dfDStar, measure.dfSigma});
+        }
+        Active& active = m_mapActive[spot.nObservation];
+        active.listMeasure.push_back(measure);
+        active.bStrong = active.bStrong || spot.bStrong;
+        if (nFrame == observation.nLastFrame) {
+            finishSpot(observation, active);
+            m_mapActive.erase(spot.nObservation);
+        }
+    }
+
+    /// The rocking curve of a strong reflection that was recorded whole and finely enough to tell.
+    void finishSpot(const Observation& observation, const Active& active)
+    {
+        if (!active.bStrong || (observation.nFlags & g_nExcludingFlags)) {
+            return;
+        }
+        for (const SpotMeasure& measure : active.listMeasure) {
+            if (measure.nFlags & g_nUnfit) {
+                return;
+            }
+        }
+        const auto fit = fitRocking(active.listMeasure, m_start, observation.dfDStar, 1, true);
+        const SpotMeasure& middle = active.listMeasure[active.listMeasure.size() / 2];
+        const double dfStep = std::abs(middle.dfExcitation[2] - middle.dfExcitation[0]);
+        if (fit && fit->dfMisfit < 0.15 && dfStep < 2.5 * fit->dfWidth) {
+            m_listWidth.push_back({observation.dfDStar, fit->dfWidth});
+            m_listMiddle.push_back(fit->dfOff);
+        }
+    }
+
+    const CPassageGeometry& m_passages;
+    const std::vector<Observation>& m_listObservation;
+    const RockingCurve m_start;
+    CLearnedProfile m_profile;
+    std::map<int, Active> m_mapActive;
+    std::vector<FrameCounts> m_listCounts;
+    std::vector<BackgroundPatch> m_listPatch;
+    std::vector<SpotOffset> m_listOffset;
+    std::vector<WidthAtDStar> m_listSigma, m_listWidth;
+    std::vector<double> m_listMiddle;
+};
+
+double medianOr(std::vector<double> list, double dfElse)
+{
+    if (list.empty()) {
+        return dfElse;
+    }
+    const auto middle = list.begin() + std::ptrdiff_t(list.size() / 2);
+    std::nth_element(list.begin(), middle, list.end());
+    return *middle;
+}
+
+std::vector<double> widthsOf(const std::vector<WidthAtDStar>& list)
+{
+    std::vector<double> listWidth;
+    for (const WidthAtDStar& one : list) {
+        listWidth.push_back(one.dfWidth);
+    }
+    return listWidth;
+}
+
+/// The least radius that holds nearly all of a spot; tails that go on beyond three sigmas are left to the
+/// correction, as their background costs more than they give.
+double discRadius(const CLearnedProfile& profile, double dfSigma)
+{
+    double dfRadius = 2 * dfSigma;
+    while (dfRadius < 3.2 * dfSigma && profile.within(dfRadius) < 0.985) {
+        dfRadius += 0.05;
+    }
+    return std::max(dfRadius, 1.5);
+}
+
+LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfStartSigma)
+{
+    LearnedSeries learned;
+    SpotModel& model = learned.model;
+    const QSize size = m_passages.series().sizeFrame;
+    learned.noise = noiseOfBackgrounds(m_listPatch);
+    model.dfGain = learned.noise.dfGain;
+    model.dfReadNoise = learned.noise.readNoise();
+    model.nStrong = int(m_listWidth.size());
+    model.dfSigma = medianOr(widthsOf(m_listSigma), dfStartSigma);
+    RockingCurve spot;
+    spot.dfWidth = model.dfSigma;
+    learnWidth(m_listSigma, spot);
+    double dfFarthest = 0;
+    for (const WidthAtDStar& one : m_listSigma) {
+        dfFarthest = std::max(dfFarthest, one.dfDStar);
+    }
+    model.dfSigmaAtEdge = spot.widthAt(dfFarthest);
+
+    m_profile.finish(model.dfSigma);
+    learned.correction = CPlaceCorrection(m_listOffset, m_passages.frameCount(),
+                                          std::max(size.width(), size.height()));
+    model.dfDiscRadius = options.dfDiscRadius > 0 ? options.dfDiscRadius
+                                                  : discRadius(m_profile, model.dfSigma);
+    learned.profile = m_profile;
+
+    learned.curve = m_start;
+    learnWidth(m_listWidth, learned.curve);
+    std::vector<double> listOff;
+    for (const double df : m_listMiddle) {
+        listOff.push_back(std::abs(df));
+    }
+    if (options.dfRockingWidth > 0) {
+        learned.curve.dfWidth = options.dfRockingWidth;
+        learned.curve.dfMosaicity = 0;
+    }
+    model.dfRockingWidth = learned.curve.dfWidth;
+    model.dfMosaicity = learned.curve.dfMosaicity;
+    model.dfRockingOff = 1.4826 * medianOr(listOff, 0);
+
+    model.dfSaturation = saturationOf(m_listCounts);
+    learned.listBlank = blankFrames(m_listCounts);
+    learned.dfGlow = glowRadius(m_listCounts, model.dfDiscRadius, model.dfGain);
+    return learned;
+}
+
+}  // namespace
+
+RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
+                      const IntegrationOptions& options, double dfStartSigma, const std::vector<char>& listMask,
+                      int nJobs, CRunReport& report, LearnedSeries& learned)
+{
+    PredictionOptions prediction;
+    prediction.dfMaxDStar = options.dfMaxDStar;
+    prediction.dfRockingWidth = g_dfStartWidth;
+    prediction.dfRockingReach = g_dfStartReach;
+    prediction.chCentring = options.chCentring;
+    prediction.bBeyondEnds = true;
+    prediction.dfDiscRadius = 3.2 * dfStartSigma;
+    const std::vector<Observation> listObservation = predictObservations(passages, prediction);
+    const RockingCurve start = rockingCurveOf(prediction, passages.series().rotation);
+    const CExpectedSpots expected(passages, listObservation, start, {});
+    const CSeriesFrames frames(dataSet, passages.series().sizeFrame);
+    MeasureSettings settings;
+    settings.dfRadius = prediction.dfDiscRadius;
+    settings.pMask = &listMask;
+    const int nHalf = int(std::ceil(4.5 * dfStartSigma));
+
+    CSpotLearner learner(passages, listObservation, start, nHalf);
+    CFrameWalk walk(passages.frameCount(), StopAsked::AfterEachFrame, report);
+    walk.showProgress(ProgressPlace::TaskBarToo);
+    const auto makeWorker = [&] {
+        return [&, look = CSpotLook(frames, expected, passages, settings, nHalf)](int nFrame) mutable {
+            return look.look(nFrame);
+        };
+    };
+    int nUnread = 0;
+    const RunOutcome outcome = walk.runAhead<LookedFrame>(
+        nJobs, makeWorker, [&](int nFrame, const LookedFrame& looked) {
+            if (!looked.strFault.isEmpty() && ++nUnread <= 3) {
+                report.addMessage(QStringLiteral("Frame #%L1 is left out: %2").arg(nFrame + 1).arg(looked.strFault),
+                                  Severity::Warning);
+            }
+            learner.take(nFrame, looked);
+            return true;
+        });
+    if (!outcome.finished()) {
+        return outcome;
+    }
+    if (nUnread == passages.frameCount()) {
+        report.fail(QStringLiteral("None of the frames can be read."));
+        return {RunEnd::Failed, report.reason()};
+    }
+    learned = learner.learn(options, dfStartSigma);
+    return outcome;
+}
+
+}  // namespace tessera
