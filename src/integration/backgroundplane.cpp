@@ -1,6 +1,8 @@
 #include "integration/backgroundplane.h"
 
-#include <Eigen/Cholesky>
+#include "frames/median.h"
+
+#include <Eigen/LU>
 
 #include <algorithm>
 #include <cmath>
@@ -11,11 +13,30 @@ namespace {
 
 const int g_nLeastPixels = 20;
 
-double medianOfDoubles(std::vector<double>& list)
+struct Start {
+    double dfLevel = 0, dfDeviation = 0;
+};
+
+/// Median and spread about it.
+Start startOf(const std::vector<BackgroundPixel>& listPixel)
 {
-    const auto middle = list.begin() + std::ptrdiff_t(list.size() / 2);
-    std::nth_element(list.begin(), middle, list.end());
-    return *middle;
+    Start start;
+    std::vector<float> list;
+    list.reserve(listPixel.size());
+    for (const BackgroundPixel& pixel : listPixel) {
+        list.push_back(float(pixel.dfCounts));
+    }
+    start.dfLevel = double(medianOf(list));
+    double dfSquares = 0;
+    for (float& f : list) {
+        f = std::abs(f - float(start.dfLevel));
+        dfSquares += double(f) * double(f);
+    }
+    start.dfDeviation = 1.4826 * double(medianOf(list));
+    if (!(start.dfDeviation > 0)) {  // more than half of the pixels count the same
+        start.dfDeviation = std::sqrt(dfSquares / double(list.size()));
+    }
+    return start;
 }
 
 }  // namespace
@@ -26,51 +47,45 @@ BackgroundPlane fitBackground(const std::vector<BackgroundPixel>& listPixel, dou
     if (int(listPixel.size()) < g_nLeastPixels) {
         return plane;
     }
-    std::vector<double> list;
-    list.reserve(listPixel.size());
-    for (const BackgroundPixel& pixel : listPixel) {
-        list.push_back(pixel.dfCounts);
-    }
-    plane.vecCoefficient[0] = medianOfDoubles(list);
-    double dfSquares = 0;
-    for (double& df : list) {
-        df = std::abs(df - plane.vecCoefficient[0]);
-        dfSquares += df * df;
-    }
-    double dfDeviation = 1.4826 * medianOfDoubles(list);
-    if (!(dfDeviation > 0)) {  // more than half of the pixels count the same
-        dfDeviation = std::sqrt(dfSquares / double(list.size()));
-    }
+    const Start start = startOf(listPixel);
+    plane.vecCoefficient[0] = start.dfLevel;
+    double dfDeviation = start.dfDeviation;
     for (int nRound = 0; nRound < 3; ++nRound) {
         const double dfLimit = 4 * dfDeviation + 2 * dfGain;
-        Eigen::Matrix3d mat = Eigen::Matrix3d::Zero();
-        Eigen::Vector3d vec = Eigen::Vector3d::Zero();
-        double dfTotal = 0;
-        int nKept = 0;
+        // Counts above the start, so that their squares have no digits to lose.
+        const double dfLevel = plane.vecCoefficient[0] - start.dfLevel;
+        const double dfSlopeX = plane.vecCoefficient[1], dfSlopeY = plane.vecCoefficient[2];
+        double dfN = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0, dfYY = 0, dfC = 0, dfCX = 0, dfCY = 0, dfCC = 0;
         for (const BackgroundPixel& pixel : listPixel) {
-            if (std::abs(pixel.dfCounts - plane.at(pixel.dfX, pixel.dfY)) > dfLimit) {
+            const double dfCounts = pixel.dfCounts - start.dfLevel;
+            const double x = pixel.dfX, y = pixel.dfY;
+            if (std::abs(dfCounts - dfLevel - dfSlopeX * x - dfSlopeY * y) > dfLimit) {
                 continue;
             }
-            const Eigen::Vector3d term(1, pixel.dfX, pixel.dfY);
-            mat += term * term.transpose();
-            vec += term * pixel.dfCounts;
-            dfTotal += pixel.dfCounts * pixel.dfCounts;
-            ++nKept;
+            dfN += 1;
+            dfX += x;
+            dfY += y;
+            dfXX += x * x;
+            dfXY += x * y;
+            dfYY += y * y;
+            dfC += dfCounts;
+            dfCX += dfCounts * x;
+            dfCY += dfCounts * y;
+            dfCC += dfCounts * dfCounts;
         }
-        const Eigen::LDLT<Eigen::Matrix3d> solver(mat);
-        if (nKept < g_nLeastPixels || !(solver.rcond() > 1e-9)) {
+        Eigen::Matrix3d mat;
+        mat << dfN, dfX, dfY, dfX, dfXX, dfXY, dfY, dfXY, dfYY;
+        const Eigen::Vector3d vec(dfC, dfCX, dfCY);
+        // Both slopes must be told: what is left of the squares beside the level, the smaller way of the two.
+        const double dfTold = std::min(dfXX * dfN - dfX * dfX, dfYY * dfN - dfY * dfY) / (dfN * dfN);
+        if (dfN < g_nLeastPixels || !(dfTold > 0.1) || !(mat.determinant() > 1e-3 * dfN * dfN * dfN)) {
             return {};
         }
-        plane.vecCoefficient = solver.solve(vec);
-        plane.matCovariance = solver.solve(Eigen::Matrix3d::Identity());
-        plane.nPixels = nKept;
-        double dfRest = 0;
-        for (const BackgroundPixel& pixel : listPixel) {
-            const double df = pixel.dfCounts - plane.at(pixel.dfX, pixel.dfY);
-            // of what was kept, and so by the plane of this round: the next one has its own
-            dfRest += std::abs(df) <= dfLimit ? df * df : 0;
-        }
-        plane.dfVariance = dfRest / std::max(nKept - 3, 1);
+        plane.matCovariance = mat.inverse();
+        plane.vecCoefficient = plane.matCovariance * vec;
+        plane.dfVariance = std::max(0.0, dfCC - plane.vecCoefficient.dot(vec)) / std::max(dfN - 3, 1.0);
+        plane.vecCoefficient[0] += start.dfLevel;
+        plane.nPixels = int(dfN);
         dfDeviation = std::sqrt(plane.dfVariance);
     }
     return plane;

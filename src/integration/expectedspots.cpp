@@ -18,6 +18,15 @@ CExpectedSpots::CExpectedSpots(const CPassageGeometry& passages,
     }
 }
 
+long long CExpectedSpots::spotCount() const
+{
+    long long nSpots = 0;
+    for (const std::vector<int>& list : m_listActive) {
+        nSpots += static_cast<long long>(list.size());
+    }
+    return nSpots;
+}
+
 std::vector<ExpectedSpot> CExpectedSpots::onFrame(int nFrame) const
 {
     std::vector<ExpectedSpot> list;

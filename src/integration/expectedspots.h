@@ -21,6 +21,8 @@ public:
 
     /// Those of a frame, in the order of the observations.
     std::vector<ExpectedSpot> onFrame(int nFrame) const;
+    /// Of all frames together.
+    long long spotCount() const;
 
 private:
     const CPassageGeometry& m_passages;

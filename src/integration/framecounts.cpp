@@ -18,7 +18,8 @@ std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam
     const int nLeft = std::max(0, int(beam.dfX) - nRings), nTop = std::max(0, int(beam.dfY) - nRings);
     for (int y = nTop; y <= std::min(img.Height() - 1, int(beam.dfY) + nRings); ++y) {
         for (int x = nLeft; x <= std::min(img.Width() - 1, int(beam.dfX) + nRings); ++x) {
-            const double dfRadius = std::hypot(x - beam.dfX, y - beam.dfY);
+            const double dfX = x - beam.dfX, dfY = y - beam.dfY;
+            const double dfRadius = std::sqrt(dfX * dfX + dfY * dfY);
             const float f = img.Data()[std::ptrdiff_t(y) * img.Width() + x];
             if (dfRadius < nRings && isUsablePixel(f)) {
                 listRing[size_t(dfRadius)].push_back(f);
@@ -31,6 +32,8 @@ std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam
     }
     return listMedian;
 }
+
+const double g_dfSteep = 1.4;  // across a disc; diffuse scattering of the specimen falls off less
 
 double medianOfOthers(std::vector<float> list)
 {
@@ -48,25 +51,25 @@ FrameCounts countFrame(const CImgObj<float>& img, const FramePlace& beam, int nR
     long long nUsable = 0;
     std::vector<float> listSome;
     listSome.reserve(size_t(nPixels / 16 + 1));
-    bool bFirst = true;
+    counts.fGreatest = -1e30f;
     for (std::ptrdiff_t n = 0; n < nPixels; ++n) {
         const float f = img.Data()[n];
-        if (!isUsablePixel(f)) {
-            continue;
-        }
-        dfSum += double(f);
-        ++nUsable;
-        if (bFirst || f > counts.fGreatest) {
-            counts.fGreatest = f;
-            bFirst = false;
-        }
-        if (n % 16 == 0) {
-            listSome.push_back(f);
+        if (isUsablePixel(f)) {
+            dfSum += double(f);
+            ++nUsable;
+            counts.fGreatest = std::max(counts.fGreatest, f);
+            if (n % 16 == 0) {
+                listSome.push_back(f);
+            }
         }
     }
+    const float fBelow = 0.9f * counts.fGreatest;
     for (std::ptrdiff_t n = 0; n < nPixels; ++n) {
-        counts.nAtGreatest += img.Data()[n] == counts.fGreatest ? 1 : 0;
-        counts.nJustBelow += img.Data()[n] < counts.fGreatest && img.Data()[n] > 0.9f * counts.fGreatest ? 1 : 0;
+        const float f = img.Data()[n];
+        if (f > fBelow) {
+            counts.nAtGreatest += f == counts.fGreatest ? 1 : 0;
+            counts.nJustBelow += f < counts.fGreatest ? 1 : 0;
+        }
     }
     counts.dfMean = nUsable > 0 ? dfSum / double(nUsable) : 0;
     counts.dfMedian = listSome.empty() ? 0 : double(medianOf(listSome));
@@ -128,19 +131,20 @@ double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, do
             }
         }
     }
-    const double dfLeast = dfRadius + 3;  // the beam's own disc
     const int nStep = std::max(2, int(std::lround(dfRadius)));
     const double dfPixels = g_dfPi * dfRadius * dfRadius;
-    for (int n = int(nRings) - 1 - nStep; n >= std::max(nStep, int(dfLeast)) && nFrames > 0; --n) {
+    // The glow goes on from the beam without a gap; rings further out are bent as well, and are none of it.
+    int n = nStep;
+    int nFlat = 0;
+    for (; n + nStep < int(nRings) && nFrames > 0 && nFlat < nStep; ++n) {
         const double dfHere = listMean[size_t(n)] / nFrames;
         const double dfBent = (listMean[size_t(n + nStep)] + listMean[size_t(n - nStep)]) / nFrames - 2 * dfHere;
-        // A parabola of that sagitta lies off its plane by half of it over the disc, and as much on the ring.
+        // A parabola of that sagitta lies off its plane by half of it over the disc.
         const double dfNoise = std::sqrt(dfPixels * dfGain * std::max(dfHere, dfGain / 250));
-        if (std::abs(dfBent) / 2 * dfPixels > dfNoise && dfBent > 0.05 * dfHere) {
-            return n + dfRadius;
-        }
+        const bool bSteep = listMean[size_t(n - nStep)] > g_dfSteep * listMean[size_t(n + nStep)];
+        nFlat = bSteep && std::abs(dfBent) / 2 * dfPixels > dfNoise ? 0 : nFlat + 1;
     }
-    return dfLeast;
+    return n - nFlat + dfRadius;
 }
 
 }  // namespace tessera

@@ -24,11 +24,11 @@ struct NoiseModel {
 /// A patch of background: mean of its pixels and their variance.
 struct BackgroundPatch {
     double dfMean = 0;
-    double dfVariance = 0;
+    double dfVariance = 0;  ///< without what bends or slopes
 };
 
-/// The line through the patches: medians of ten groups by mean, weighted by their variance. Where the means
-/// hardly differ, or the variance does not grow with them, it runs through the origin.
+/// The line through the patches: medians of groups by mean, weighted by their variance. Where the variance
+/// hardly grows with the mean it runs through the origin.
 NoiseModel noiseOfBackgrounds(std::vector<BackgroundPatch> listPatch);
 
 }  // namespace tessera

@@ -6,8 +6,15 @@
 namespace tessera {
 
 CPassageGeometry::CPassageGeometry(const SeriesGeometry& series)
-    : m_series(series), m_dfK(1 / series.geometry.dfWavelength)
+    : m_series(series),
+      m_dfK(1 / series.geometry.dfWavelength),
+      m_dfAxisX(std::cos(radians(series.geometry.turn.outOfPlane))),
+      m_dfAxisZ(std::sin(radians(series.geometry.turn.outOfPlane)))
 {
+    const std::vector<double>& list = series.listTilt;
+    for (size_t n = 2; n < list.size(); ++n) {
+        m_bOneSense = m_bOneSense && (list[n] - list[n - 1]) * (list[1] - list[0]) > 0;
+    }
     for (int nHalf = 0; nHalf <= 2 * frameCount(); ++nHalf) {
         m_listTurn.push_back(turnOf(tiltAt(nHalf / 2.0 - 0.5)));
     }
@@ -70,17 +77,34 @@ double CPassageGeometry::excitationStep(const DoubleVector& point, int nFrame) c
     return std::abs(excitationAtStart(point, nFrame + 1) - excitationAtStart(point, nFrame));
 }
 
+// Where the tilt that the series has, up to whole turns of the circle, lies on one stretch between frames.
+std::optional<double> CPassageGeometry::frameWithin(double dfTilt, double dfFrom, double dfTo) const
+{
+    const double dfFirst = tiltAt(dfFrom);
+    const double dfSpan = tiltAt(dfTo) - dfFirst;
+    const double dfTurn = 360 / std::abs(m_series.geometry.turn.scale);
+    double dfWay = std::fmod(dfTilt - dfFirst, dfTurn);
+    if (dfSpan > 0 && dfWay < 0) {
+        dfWay += dfTurn;
+    } else if (dfSpan < 0 && dfWay > 0) {
+        dfWay -= dfTurn;
+    }
+    if (dfSpan == 0 || std::abs(dfWay) >= std::abs(dfSpan)) {
+        return std::nullopt;
+    }
+    return dfFrom + (dfTo - dfFrom) * dfWay / dfSpan;
+}
+
 std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& point, int nBeyond) const
 {
     std::vector<SphereCrossing> list;
     const TurnTerms<double>& turn = m_series.geometry.turn;
     const double dfMiddle = m_series.geometry.dfMiddleTilt;
-    const double dfOut = radians(turn.outOfPlane);
-    const double dfAlong = std::cos(dfOut) * point[0] + std::sin(dfOut) * point[2];  // the axis
-    const double dfFixed = std::sin(dfOut) * dfAlong;
+    const double dfAlong = m_dfAxisX * point[0] + m_dfAxisZ * point[2];
+    const double dfFixed = m_dfAxisZ * dfAlong;
     const double dfCos = point[2] - dfFixed;
-    const double dfSin = -std::cos(dfOut) * point[1];
-    const double dfRadius = std::hypot(dfCos, dfSin);
+    const double dfSin = -m_dfAxisX * point[1];
+    const double dfRadius = std::sqrt(dfCos * dfCos + dfSin * dfSin);
     const double dfRatio = (dot(point, point) / (2 * m_dfK) - dfFixed) / dfRadius;
     if (frameCount() < 2 || !(std::abs(dfRatio) < 1) || turn.scale == 0) {
         return list;
@@ -91,26 +115,16 @@ std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& poin
     const double dfSpeed = dfRadius * std::sqrt(1 - dfRatio * dfRatio) * radians(1.0) * std::abs(turn.scale);
     const int nLast = frameCount() - 1;
     for (const double dfAngle : {dfPhase - dfOff, dfPhase + dfOff}) {
-        const double dfOnce = dfMiddle + (dfAngle - turn.offset - dfMiddle) / turn.scale;
-        const double dfTurn = 360 / std::abs(turn.scale);
-        for (int n = 0; n < nLast; ++n) {
-            const double dfFrom = n == 0 ? -0.5 - nBeyond : n;
-            const double dfTo = n == nLast - 1 ? nLast + 0.5 + nBeyond : n + 1;
-            const double dfFirst = tiltAt(dfFrom);
-            const double dfSpan = tiltAt(dfTo) - dfFirst;
-            if (dfSpan == 0) {
-                continue;
-            }
-            // the turn of the circle that first reaches the stretch in the sense in which it runs
-            double dfWay = std::fmod(dfOnce - dfFirst, dfTurn);
-            if (dfSpan > 0 && dfWay < 0) {
-                dfWay += dfTurn;
-            } else if (dfSpan < 0 && dfWay > 0) {
-                dfWay -= dfTurn;
-            }
-            if (std::abs(dfWay) < std::abs(dfSpan)) {
-                const double dfFrame = dfFrom + (dfTo - dfFrom) * dfWay / dfSpan;
-                list.push_back({dfFrame, dfFirst + dfWay, dfSpeed});
+        const double dfTilt = dfMiddle + (dfAngle - turn.offset - dfMiddle) / turn.scale;
+        // Most points never come to the sphere: on a stretch in one sense, that is one look.
+        if (!m_bOneSense || frameWithin(dfTilt, -0.5 - nBeyond, 0) || frameWithin(dfTilt, nLast, nLast + 0.5 + nBeyond) ||
+            liesBetweenEnds(dfTilt)) {
+            for (int n = 0; n < nLast; ++n) {
+                const double dfFrom = n == 0 ? -0.5 - nBeyond : n;
+                const double dfTo = n == nLast - 1 ? nLast + 0.5 + nBeyond : n + 1;
+                if (const auto dfFrame = frameWithin(dfTilt, dfFrom, dfTo)) {
+                    list.push_back({*dfFrame, tiltAt(*dfFrame), dfSpeed});
+                }
             }
         }
     }
@@ -118,6 +132,19 @@ std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& poin
         return one.dfFrame < other.dfFrame;
     });
     return list;
+}
+
+bool CPassageGeometry::liesBetweenEnds(double dfTilt) const
+{
+    const double dfFirst = m_series.listTilt.front(), dfSpan = m_series.listTilt.back() - dfFirst;
+    const double dfTurn = 360 / std::abs(m_series.geometry.turn.scale);
+    double dfWay = std::fmod(dfTilt - dfFirst, dfTurn);
+    if (dfSpan > 0 && dfWay < 0) {
+        dfWay += dfTurn;
+    } else if (dfSpan < 0 && dfWay > 0) {
+        dfWay -= dfTurn;
+    }
+    return std::abs(dfWay) <= std::abs(dfSpan);
 }
 
 std::optional<FramePlace> CPassageGeometry::placeOn(const std::array<int, 3>& anIndex, int nFrame) const

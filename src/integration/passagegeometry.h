@@ -58,9 +58,13 @@ private:
     double excitation(const DoubleVector& point, const HeightRow& turn) const;
     const HeightRow& turnAt(int nHalf) const { return m_listTurn[size_t(nHalf)]; }
     HeightRow turnOf(double dfTilt) const;
+    std::optional<double> frameWithin(double dfTilt, double dfFrom, double dfTo) const;
+    bool liesBetweenEnds(double dfTilt) const;
 
     SeriesGeometry m_series;
     double m_dfK;
+    double m_dfAxisX, m_dfAxisZ;  // direction of the rotation axis
+    bool m_bOneSense = true;      // the tilts grow from frame to frame, or fall
     std::vector<HeightRow> m_listTurn;  // at each half frame, from −0.5 to n − 0.5
 };
 

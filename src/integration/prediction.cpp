@@ -28,6 +28,9 @@ public:
         const int nBeyond = m_options.bBeyondEnds ? int(m_options.dfMostFrames) : 0;
         const std::vector<SphereCrossing> listCrossing = m_passages.crossings(point, nBeyond);
         for (const SphereCrossing& crossing : listCrossing) {
+            if (!reachesIn(point, crossing)) {
+                continue;
+            }
             Observation observation;
             observation.anIndex = anIndex;
             observation.dfFrame = crossing.dfFrame;
@@ -41,6 +44,18 @@ public:
     }
 
 private:
+    /// Whether a passage outside the series shows at the nearer end of it.
+    bool reachesIn(const DoubleVector& point, const SphereCrossing& crossing) const
+    {
+        const int nFrames = m_passages.frameCount();
+        const bool bBefore = crossing.dfFrame < -0.5;
+        if (!bBefore && crossing.dfFrame <= nFrames - 0.5) {
+            return true;
+        }
+        const double dfAtEnd = m_passages.excitationAtStart(point, bBefore ? 0 : nFrames);
+        return std::abs(dfAtEnd) < m_curve.reachAt(std::sqrt(dot(point, point)), m_options.dfRockingReach);
+    }
+
     /// Fills in frames, place and flags. @return false for what leaves nothing on a frame of the series
     bool isSeen(const DoubleVector& point, Observation& observation) const
     {

@@ -15,10 +15,10 @@ namespace tessera {
 namespace {
 
 const double g_dfStrong = 8;          // deviations of the background under a spot
-const double g_dfStartWidth = 0.006;  // Å⁻¹, and five of it on either side: crystals have 0.002 to 0.015
-const double g_dfStartReach = 5;
+const double g_dfStartWidth = 0.006;  // Å⁻¹, and four of it on either side: crystals have 0.002 to 0.015
+const double g_dfStartReach = 4;
 const size_t g_nMostWindows = 60;  // of a frame
-const int g_nMostRinged = 40;      // frames whose glow is looked at
+const int g_nMostRinged = 20;      // frames whose glow is looked at
 const unsigned g_nUnfit = FlagOffFrame | FlagMasked | FlagSaturated | FlagOverlap | FlagNotFinite |
                           FlagBadBackground;
 
@@ -47,8 +47,13 @@ struct LookedFrame {
 class CSpotLook {
 public:
     CSpotLook(const CSeriesFrames& frames, const CExpectedSpots& expected, const CPassageGeometry& passages,
-              const MeasureSettings& settings, int nHalf)
-        : m_frames(frames), m_expected(expected), m_passages(passages), m_settings(settings), m_nHalf(nHalf)
+              const MeasureSettings& settings, int nHalf, int nEvery)
+        : m_frames(frames),
+          m_expected(expected),
+          m_passages(passages),
+          m_settings(settings),
+          m_nHalf(nHalf),
+          m_nEvery(nEvery)
     {}
 
     LookedFrame look(int nFrame)
@@ -61,7 +66,7 @@ public:
         }
         const int nEvery = std::max(1, m_passages.frameCount() / g_nMostRinged);
         const QSize size = m_passages.series().sizeFrame;
-        const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 3 : 0;
+        const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 5 : 0;
         looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
         MeasureSettings settings = m_settings;
         settings.dfSaturation = saturationOf({looked.counts});
@@ -69,7 +74,9 @@ public:
         const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
         measurer.beginFrame(*frame.pImage, listExpected);
         for (const ExpectedSpot& expected : listExpected) {
-            lookAt(expected, nFrame, measurer, looked);
+            if (expected.nObservation % m_nEvery == 0) {
+                lookAt(expected, nFrame, measurer, looked);
+            }
         }
         std::stable_sort(looked.listWindow.begin(), looked.listWindow.end(),
                          [](const SpotWindow& one, const SpotWindow& other) {
@@ -108,6 +115,7 @@ private:
     const CPassageGeometry& m_passages;
     const MeasureSettings m_settings;
     const int m_nHalf;
+    const int m_nEvery;  // observation is looked at
 };
 
 /// Gathers what the frames tell, in their order.
@@ -145,7 +153,7 @@ private:
         const Observation& observation = m_listObservation[size_t(spot.nObservation)];
         const SpotMeasure& measure = spot.measure;
         if (measure.nBackground >= 40 && !spot.bStrong) {
-            m_listPatch.push_back({measure.dfBackground, measure.dfVariance});
+            m_listPatch.push_back({measure.dfBackground, measure.dfDifference});
         }
         if (spot.bStrong) {
             m_listOffset.push_back({nFrame, spot.place, {measure.dfOffX, measure.dfOffY}});
@@ -270,13 +278,65 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
 
 }  // namespace
 
+namespace {
+
+/// The usual width, or less where lattice points lie so close that those next to one another along the beam
+/// would cross together.
+double startWidth(const DiffractionGeometry& geometry)
+{
+    double dfClosest = 1e30;
+    for (int n = 1; n < 27; ++n) {  // combinations of -1, 0, 1; the middle one, 000, is 13
+        const std::array<int, 3> anIndex = {n % 3 - 1, n / 3 % 3 - 1, n / 9 - 1};
+        DoubleVector point = {};
+        for (size_t m = 0; m < 9; ++m) {
+            point[m % 3] += anIndex[m / 3] * geometry.aBasis[m / 3][m % 3];
+        }
+        const double dfLength = std::sqrt(dot(point, point));
+        dfClosest = n == 13 ? dfClosest : std::min(dfClosest, dfLength);
+    }
+    return std::min(g_dfStartWidth, dfClosest / 6);
+}
+
+/// What nine in ten spots keep from the nearest other one on their frames, pixels; 0 without any.
+double closestDistance(const CPassageGeometry& passages, PredictionOptions prediction, const RockingCurve& curve)
+{
+    prediction.dfRockingWidth = curve.dfWidth;
+    prediction.dfMosaicity = curve.dfMosaicity;
+    prediction.dfRockingReach = 2;  // a neighbour that gives next to nothing takes no room
+    const std::vector<Observation> list = predictObservations(passages, prediction);
+    const CExpectedSpots expected(passages, list, curve, {});
+    std::vector<double> listClosest;
+    for (int nFrame = 0; nFrame < passages.frameCount(); nFrame += std::max(1, passages.frameCount() / 10)) {
+        std::vector<FramePlace> listPlace;
+        for (const ExpectedSpot& spot : expected.onFrame(nFrame)) {
+            listPlace.push_back(spot.place);
+        }
+        for (size_t n = 0; n < listPlace.size() && listPlace.size() > 1; ++n) {
+            double dfClosest = 1e30;
+            for (size_t m = 0; m < listPlace.size(); ++m) {
+                const double dfX = listPlace[m].dfX - listPlace[n].dfX, dfY = listPlace[m].dfY - listPlace[n].dfY;
+                dfClosest = n == m ? dfClosest : std::min(dfClosest, dfX * dfX + dfY * dfY);
+            }
+            listClosest.push_back(std::sqrt(dfClosest));
+        }
+    }
+    if (listClosest.empty()) {
+        return 0;
+    }
+    const auto tenth = listClosest.begin() + std::ptrdiff_t(listClosest.size() / 10);
+    std::nth_element(listClosest.begin(), tenth, listClosest.end());
+    return *tenth;
+}
+
+}  // namespace
+
 RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
                       const IntegrationOptions& options, double dfStartSigma, const std::vector<char>& listMask,
                       int nJobs, CRunReport& report, LearnedSeries& learned)
 {
     PredictionOptions prediction;
     prediction.dfMaxDStar = options.dfMaxDStar;
-    prediction.dfRockingWidth = g_dfStartWidth;
+    prediction.dfRockingWidth = startWidth(passages.series().geometry);
     prediction.dfRockingReach = g_dfStartReach;
     prediction.chCentring = options.chCentring;
     prediction.bBeyondEnds = true;
@@ -290,11 +350,14 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     settings.pMask = &listMask;
     const int nHalf = int(std::ceil(4.5 * dfStartSigma));
 
+    // Of many reflections a part tells as much: 200 on a frame.
+    const int nEvery = 1 + int(expected.spotCount() / (200 * passages.frameCount()));
+
     CSpotLearner learner(passages, listObservation, start, nHalf);
     CFrameWalk walk(passages.frameCount(), StopAsked::AfterEachFrame, report);
     walk.showProgress(ProgressPlace::TaskBarToo);
     const auto makeWorker = [&] {
-        return [&, look = CSpotLook(frames, expected, passages, settings, nHalf)](int nFrame) mutable {
+        return [&, look = CSpotLook(frames, expected, passages, settings, nHalf, nEvery)](int nFrame) mutable {
             return look.look(nFrame);
         };
     };
@@ -316,6 +379,12 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
         return {RunEnd::Failed, report.reason()};
     }
     learned = learner.learn(options, dfStartSigma);
+    const double dfClosest = closestDistance(passages, prediction, learned.curve);
+    double& dfRadius = learned.model.dfDiscRadius;
+    if (options.dfDiscRadius <= 0 && dfClosest > 0) {
+        // Discs side by side; what a narrow one leaves out, the profile tells.
+        dfRadius = std::min(dfRadius, std::max(dfClosest / 2, 1.7 * learned.model.dfSigma));
+    }
     return outcome;
 }
 

@@ -31,7 +31,8 @@ void CSpotMeasurer::claim(const FramePlace& place, double dfRadius, bool bOverla
     const PixelRange range(place, dfRadius, *m_pImg);
     for (int y = range.nTop; y <= range.nBottom; ++y) {
         for (int x = range.nLeft; x <= range.nRight; ++x) {
-            if (std::hypot(x - place.dfX, y - place.dfY) <= dfRadius) {
+            const double dfX = x - place.dfX, dfY = y - place.dfY;
+            if (dfX * dfX + dfY * dfY <= dfRadius * dfRadius) {
                 unsigned char& n = m_listClaim[size_t(y) * size_t(m_pImg->Width()) + size_t(x)];
                 const unsigned char nMost = g_nSomeDisc - 1;
                 n = g_nSomeDisc | std::min<unsigned char>(nMost, (n & nMost) + (bOverlaps ? 1 : 0));
@@ -68,9 +69,9 @@ void CSpotMeasurer::collect(const ExpectedSpot& spot, SpotMeasure& measure)
     for (int y = range.nTop; y <= range.nBottom; ++y) {
         for (int x = range.nLeft; x <= range.nRight; ++x) {
             const double dfX = x - place.dfX, dfY = y - place.dfY;
-            const double dfDistance = std::sqrt(dfX * dfX + dfY * dfY);
-            const bool bInDisc = dfDistance < dfDisc;
-            if (dfDistance > dfOuter || (!bInDisc && dfDistance < dfInner)) {
+            const double dfSquare = dfX * dfX + dfY * dfY;
+            const bool bInDisc = dfSquare < dfDisc * dfDisc;
+            if (dfSquare > dfOuter * dfOuter || (!bInDisc && dfSquare < dfInner * dfInner)) {
                 continue;
             }
             const size_t nAt = size_t(y) * size_t(m_pImg->Width()) + size_t(x);
@@ -79,6 +80,7 @@ void CSpotMeasurer::collect(const ExpectedSpot& spot, SpotMeasure& measure)
             const bool bUsable = isUsablePixel(f);
             const bool bFull = m_settings.dfSaturation > 0 && double(f) >= m_settings.dfSaturation;
             if (bInDisc) {
+                const double dfDistance = std::sqrt(dfSquare);
                 const double dfWeight = std::min(1.0, dfDisc - dfDistance);
                 const int nDiscs = m_listClaim[nAt] & (g_nSomeDisc - 1);
                 const bool bShared = dfDistance <= m_settings.dfRadius && nDiscs > nOwn;
@@ -92,6 +94,23 @@ void CSpotMeasurer::collect(const ExpectedSpot& spot, SpotMeasure& measure)
             }
         }
     }
+}
+
+// Neighbours share electrons on many detectors; the pixel after the next hardly does.
+double CSpotMeasurer::varianceOfDifferences() const
+{
+    const double dfLimit = 5 * std::sqrt(2 * m_plane.dfVariance);
+    double dfSquares = 0;
+    int nPairs = 0;
+    for (size_t n = 2; n < m_listBackground.size(); ++n) {
+        const BackgroundPixel &one = m_listBackground[n - 2], &other = m_listBackground[n];
+        const double df = one.dfCounts - other.dfCounts;
+        if (one.dfY == other.dfY && other.dfX - one.dfX < 2.5 && std::abs(df) <= dfLimit) {
+            dfSquares += df * df;
+            ++nPairs;
+        }
+    }
+    return nPairs > 0 ? dfSquares / (2 * nPairs) : m_plane.dfVariance;
 }
 
 void CSpotMeasurer::sum(SpotMeasure& measure) const
@@ -145,8 +164,16 @@ SpotMeasure CSpotMeasurer::measure(const ExpectedSpot& spot, int nFrame)
     }
     measure.dfBackground = m_plane.at(0, 0);
     measure.nBackground = m_plane.nPixels;
-    measure.dfVariance = m_settings.noise ? m_settings.noise->variance(measure.dfBackground)
-                                          : m_plane.dfVariance;
+    measure.dfVariance = m_plane.dfVariance;
+    if (m_settings.noise) {
+        // What bends the background is no noise of the detector, but an error of the plane all the same. The
+        // variance of n pixels is uncertain by √(2/n) of it.
+        const double dfModel = m_settings.noise->variance(measure.dfBackground);
+        const bool bBent = m_plane.dfVariance > dfModel * (1 + 3 * std::sqrt(2.0 / m_plane.nPixels));
+        measure.dfVariance = bBent ? m_plane.dfVariance : dfModel;
+    } else {
+        measure.dfDifference = varianceOfDifferences();
+    }
     sum(measure);
     if (m_settings.pProfile) {
         fit(spot, measure);
@@ -210,7 +237,8 @@ std::vector<float> CSpotMeasurer::window(const ExpectedSpot& spot, int nHalf, in
         for (int x = nLeft; x < nLeft + nSide; ++x) {
             const size_t nAt = size_t(y) * size_t(m_pImg->Width()) + size_t(x);
             const float f = m_pImg->Data()[nAt];
-            const bool bOwn = std::hypot(x - spot.place.dfX, y - spot.place.dfY) <= m_settings.dfRadius;
+            const double dfX = x - spot.place.dfX, dfY = y - spot.place.dfY;
+            const bool bOwn = dfX * dfX + dfY * dfY <= m_settings.dfRadius * m_settings.dfRadius;
             if (!isUsablePixel(f) || (!bOwn && m_listClaim[nAt] != 0) ||
                 (m_settings.pMask && (*m_settings.pMask)[nAt])) {
                 return {};

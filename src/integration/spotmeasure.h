@@ -33,6 +33,7 @@ struct SpotMeasure {
     double dfFitShare = 0;     ///< what the spot's own counts times the gain add to that variance, a factor
     double dfBackground = 0;   ///< counts per pixel
     double dfVariance = 0;     ///< of the background's pixels, counts²
+    double dfDifference = 0;   ///< the same from pixels two apart, without what bends the background
     int nBackground = 0;       ///< pixels that it is from
     double dfOffX = 0;         ///< centroid less place, pixels; of strong spots alone
     double dfOffY = 0;
@@ -73,6 +74,7 @@ private:
     };
     void claim(const FramePlace& place, double dfRadius, bool bOverlaps);
     void collect(const ExpectedSpot& spot, SpotMeasure& measure);
+    double varianceOfDifferences() const;
     void sum(SpotMeasure& measure) const;
     void fit(const ExpectedSpot& spot, SpotMeasure& measure) const;
 
