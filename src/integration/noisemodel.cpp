@@ -63,6 +63,18 @@ Line lineThrough(const std::vector<Group>& listGroup)
     return line;
 }
 
+/// Those up to a mean, if they are three at least.
+std::vector<Group> upTo(const std::vector<Group>& listGroup, double dfMost)
+{
+    std::vector<Group> listDark;
+    for (const Group& group : listGroup) {
+        if (group.dfMean <= dfMost) {
+            listDark.push_back(group);
+        }
+    }
+    return listDark.size() >= 3 ? listDark : listGroup;
+}
+
 std::vector<Group> darkerHalf(const std::vector<Group>& listGroup)
 {
     double dfTotal = 0, dfCount = 0;
@@ -97,9 +109,10 @@ NoiseModel noiseOfBackgrounds(std::vector<BackgroundPatch> listPatch)
     if (listGroup.empty()) {
         return noise;
     }
-    const Line line = lineThrough(listGroup);
+    const Line line = lineThrough(upTo(listGroup, 3 * std::abs(listGroup.front().dfMean)));
     const bool bTells = listGroup.back().dfVariance > 1.2 * listGroup.front().dfVariance && line.dfSlope > 0;
-    // A line that meets the axis right of the origin shows a dark level, if one that is worth the name; less of
+    // Beyond three times the darkest, the variance is that of rings and flanks more than of electrons. A line
+    // that meets the axis right of the origin shows a dark level, if one that is worth the name; less of
     // it is what diffuse rings and the tails of spots add to the variance of bright patches.
     const bool bDark = line.at(0) < 0;
     if (bTells && (!bDark || -line.at(0) / line.dfSlope > 0.5 * listGroup.front().dfMean)) {

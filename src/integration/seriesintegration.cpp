@@ -72,8 +72,8 @@ PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOp
     prediction.dfMaxDStar = options.dfMaxDStar;
     prediction.dfRockingWidth = learned.curve.dfWidth;
     prediction.dfMosaicity = learned.curve.dfMosaicity;
-    // Three widths, and what orientation and tilts are off by.
-    prediction.dfRockingReach = 3 + std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
+    // And what orientation and tilts are off by.
+    prediction.dfRockingReach = learned.dfReach + std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
     prediction.dfDiscRadius = learned.model.dfDiscRadius;
     prediction.chCentring = options.chCentring;
     prediction.bBeyondEnds = true;
@@ -187,15 +187,16 @@ void tellModel(const LearnedSeries& learned, CRunReport& report)
 {
     const SpotModel& model = learned.model;
     report.addMessage(QStringLiteral("Learned from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
-                                     "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, places off by %7 "
-                                     "pixels before the correction's rest.")
+                                     "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, summed to %8 widths; "
+                                     "places are left off by %7 pixels.")
                           .arg(model.nStrong)
                           .arg(model.dfSigma, 0, 'f', 2)
                           .arg(model.dfSigmaAtEdge, 0, 'f', 2)
                           .arg(model.dfDiscRadius, 0, 'f', 2)
                           .arg(model.dfRockingWidth, 0, 'f', 5)
                           .arg(model.dfMosaicity, 0, 'f', 3)
-                          .arg(learned.correction.rest(), 0, 'f', 2));
+                          .arg(learned.correction.rest(), 0, 'f', 2)
+                          .arg(learned.dfReach, 0, 'f', 1));
     report.addMessage(QStringLiteral("Detector: %1 counts an electron, read noise %2, %3; the beam's glow reaches "
                                      "%4 pixels.")
                           .arg(model.dfGain, 0, 'f', 3)

@@ -185,7 +185,21 @@ private:
         if (fit && fit->dfMisfit < 0.15 && dfStep < 2.5 * fit->dfWidth) {
             m_listWidth.push_back({observation.dfDStar, fit->dfWidth});
             m_listMiddle.push_back(fit->dfOff);
+            m_listTail.push_back(tailOf(active.listMeasure, *fit));
         }
+    }
+
+    /// The part of the counts on frames that lie wholly more than three widths from the middle.
+    double tailOf(const std::vector<SpotMeasure>& listMeasure, const RockingFit& fit) const
+    {
+        double dfTail = 0, dfTotal = 0;
+        for (const SpotMeasure& measure : listMeasure) {
+            const double dfNearest = std::min(std::abs(measure.dfExcitation[0] - fit.dfOff),
+                                              std::abs(measure.dfExcitation[2] - fit.dfOff));
+            dfTail += dfNearest > 3 * fit.dfWidth ? measure.dfSum : 0;
+            dfTotal += measure.dfSum;
+        }
+        return dfTail / dfTotal;
     }
 
     const CPassageGeometry& m_passages;
@@ -197,7 +211,7 @@ private:
     std::vector<BackgroundPatch> m_listPatch;
     std::vector<SpotOffset> m_listOffset;
     std::vector<WidthAtDStar> m_listSigma, m_listWidth;
-    std::vector<double> m_listMiddle;
+    std::vector<double> m_listMiddle, m_listTail;
 };
 
 double medianOr(std::vector<double> list, double dfElse)
@@ -269,6 +283,9 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     model.dfRockingWidth = learned.curve.dfWidth;
     model.dfMosaicity = learned.curve.dfMosaicity;
     model.dfRockingOff = 1.4826 * medianOr(listOff, 0);
+
+    // Crystals with tails beyond a Gaussian are summed further out: by a width for each hundredth there.
+    learned.dfReach = 3 + std::clamp(100 * (medianOr(m_listTail, 0) - 0.005), 0.0, 3.0);
 
     model.dfSaturation = saturationOf(m_listCounts);
     learned.listBlank = blankFrames(m_listCounts);

@@ -22,6 +22,7 @@ struct LearnedSeries {
     std::optional<CLearnedProfile> profile;
     std::vector<char> listBlank;  ///< per frame
     double dfGlow = 0;            ///< pixels about the direct beam
+    double dfReach = 3;           ///< widths of the rocking curve on either side that are summed
 };
 
 /// Reads all frames in order and learns.
