@@ -1,12 +1,10 @@
 #include "road/stages.h"
 
 #include "dataset/unitcellfile.h"
-#include "lattice/latticebasis.h"
 #include "records/fileset.h"
-#include "refinement/geometryofseries.h"
-#include "road/finespots.h"
 #include "road/geometrytable.h"
 #include "road/refinedproject.h"
+#include "road/seriesgeometry.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,27 +12,6 @@
 namespace tessera {
 
 namespace {
-
-/// The Bravais types that the lattice fits, seen from the cell in force.
-std::vector<CellConstraint> constraintsOf(const std::optional<LatticeAnalysis>& analysis)
-{
-    std::vector<CellConstraint> listConstraint;
-    if (analysis) {
-        for (const LatticeType& type : analysis->listType) {
-            listConstraint.push_back({type.symmetry.system, type.matTransform, bravaisSymbol(type.symmetry)});
-        }
-    }
-    return listConstraint;
-}
-
-ReciprocalBasis basisOf(const DiffractionGeometry& geometry)
-{
-    const auto vector = [&](size_t n) {
-        const DoubleVector& vec = geometry.aBasis[n];
-        return Vec3D{float(vec[0]), float(vec[1]), float(vec[2])};
-    };
-    return {vector(0), vector(1), vector(2)};
-}
 
 /// Whether file systems have room for the name; a series whose own name leaves none does without these files.
 bool hasRoomForName(const QString& strFile)
@@ -85,16 +62,16 @@ StageResult runGeometryStage(RoadState& state)
 {
     beginStage(state, RoadStage::Geometry);
     CRoadReport& report = state.report;
-    const std::optional<DiffractionGeometry> start = geometryOfSeries(state.dataSet, state.mapping);
-    if (!start) {
+    if (!cellInForce(state.dataSet)) {
         return report.failed(QStringLiteral("Unit cell is not ready."));
     }
     GeometryRefinementOptions options;
-    options.listConstraint = constraintsOf(state.results.lattice);
     options.listFixed = state.options.listFixedGeometry;
-    options.nFrames = state.dataSet.m_listFrameFile.size();
+    if (state.results.lattice) {
+        options.listConstraint = constraintsOf(state.results.lattice->listType);
+    }
     GeometryRefinement& result = state.results.geometry.emplace(
-        refineGeometry(fineSpots(state.dataSet, state.options.jobs(), report), *start, options, report));
+        refineSeriesGeometry(state.dataSet, state.mapping, options, state.options.jobs(), report));
     if (!report.goOn()) {
         return report.ended({RunEnd::Stopped, {}});
     }

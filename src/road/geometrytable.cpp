@@ -3,20 +3,13 @@
 #include "refinement/beamdrift.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tessera {
 
 namespace {
 
-struct Row {
-    const char* pszName;
-    const char* pszUnit;
-    double dfFactor;
-    GeometryNumber number;
-    int nDecimals;
-};
-
-const Row g_aRow[] = {
+const GeometryRow g_aRow[] = {
     {"axis", "°", 1, Axis, 3},
     {"axis out of the plane", "°", 1, AxisOutOfPlane, 3},
     {"centre x", "px", 1, CentreX, 3},
@@ -33,7 +26,7 @@ const Row g_aRow[] = {
     {"offset of the tilts", "°", 1, TiltOffset, 3},
 };
 
-QString rowText(const Row& row, const GeometryNumbers& before, const GeometryModel& model)
+QString rowText(const GeometryRow& row, const GeometryNumbers& before, const GeometryModel& model)
 {
     const size_t n = size_t(row.number);
     const auto& listFree = model.fit.listFree;
@@ -85,6 +78,11 @@ QString driftText(const GeometryModel& model)
 
 }  // namespace
 
+std::vector<GeometryRow> geometryRows()
+{
+    return {std::begin(g_aRow), std::end(g_aRow)};
+}
+
 QStringList geometryTable(const GeometryRefinement& refinement)
 {
     const GeometryModel& best = refinement.best();
@@ -95,7 +93,7 @@ QStringList geometryTable(const GeometryRefinement& refinement)
                                 .arg("before", 11)
                                 .arg("after", 11)
                                 .arg("e.s.d.", 9)};
-    for (const Row& row : g_aRow) {
+    for (const GeometryRow& row : g_aRow) {
         listLine.append(rowText(row, before, best));
     }
     listLine.append(driftText(best));

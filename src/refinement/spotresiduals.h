@@ -1,0 +1,37 @@
+// Residuals of the spots: how far each peak lies from where a geometry has its reflection.
+#pragma once
+
+#include "refinement/geometryrefinement.h"
+
+#include <vector>
+
+namespace tessera {
+
+/// A peak against its reflection, as measured less as expected.
+struct SpotResidual {
+    int nFrame = 0;                   ///< from 0
+    double dfTilt = 0;                ///< degrees, as the series has it
+    FramePlace place;                 ///< relative to the frame's direct beam, pixels, as measured; y down
+    double dfX = 0;                   ///< pixels of the frame freed of its distortions, to the right
+    double dfY = 0;                   ///< pixels, down
+    double dfAlong = 0;               ///< pixels, along the beam towards +z; of this frame alone
+    std::array<int, 3> anIndex = {};  ///< h, k, l
+
+    double radius() const;       ///< pixels from the direct beam, as measured
+    double alongRadius() const;  ///< pixels, outwards; 0 at the beam itself
+    double alongCircle() const;  ///< pixels, counter-clockwise on the screen
+};
+
+/// The residuals in the order of the spots.
+std::vector<SpotResidual> spotResiduals(const std::vector<GeometrySpot>& listSpot,
+                                        const DiffractionGeometry& geometry);
+
+/// The spots that a model fits: those of a refinement that lie within its last limits, with the indices that
+/// it gives them.
+///
+/// @param listSpot  as the refinement got them, or with a drift taken off that the model tells
+/// @param start     the geometry that the refinement began with
+std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
+                                       const GeometryModel& model);
+
+}  // namespace tessera
