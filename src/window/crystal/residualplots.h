@@ -1,0 +1,61 @@
+// ResidualPlots: what a geometry leaves of each peak, as four plots.
+#pragma once
+
+#include "refinement/spotresiduals.h"
+
+#include <QSizeF>
+#include <QTabWidget>
+
+#include <vector>
+
+namespace tessera {
+
+class PlotPanel;
+
+/// Where the frame ends in the plots.
+struct FrameBounds {
+    QSizeF size;       ///< pixels; empty: not known, and the plot goes as far as the peaks do
+    QPointF ptCentre;  ///< direct beam of the first frame, pixels
+};
+
+/// Tabs: arrows over the frame, residuals by the radius, by the frame and by the tilt, in pixels.
+class ResidualPlots : public QTabWidget {
+    Q_OBJECT
+
+public:
+    explicit ResidualPlots(QWidget* pParent = nullptr);
+
+    /// Draws residuals in the place of the former ones; none: empty plots.
+    void setResiduals(const std::vector<SpotResidual>& listResidual, const FrameBounds& bounds);
+    /// What files of the plots are named after by the save dialogs.
+    void setFileStem(const QString& strStem);
+
+    PlotPanel* m_pPlotFrame;
+    PlotPanel* m_pPlotRadius;
+    PlotPanel* m_pPlotFrameNumber;
+    PlotPanel* m_pPlotTilt;
+
+signals:
+    void notSaved(const QString& strReason);
+
+private:
+    PlotPanel* addPlot(const QString& strTab, const QString& strTip);
+};
+
+/// Means in bins of even width over x, with the standard error of each mean; bins of fewer than three points
+/// are left out. For points (x, y) that are finite.
+struct BinnedMeans {
+    QVector<QPointF> vecMean;
+    QVector<double> vecError;
+};
+BinnedMeans binnedMeans(const QVector<QPointF>& vecPoint, int nBins);
+
+/// The mean residual of the peaks in each square of a grid over the frame: (middle of the square, mean), for
+/// squares of at least three peaks.
+struct FieldArrow {
+    QPointF ptPlace;  ///< pixels, relative to the direct beam
+    QPointF ptMean;   ///< pixels
+};
+std::vector<FieldArrow> residualField(const std::vector<SpotResidual>& listResidual, double dfSquare);
+
+}  // namespace tessera
