@@ -11,6 +11,7 @@ void copyGeometry(const DataSet& from, DataSet& to)
     to.m_listOverallTilt = from.m_listOverallTilt;
     to.m_dfPixelSize = from.m_dfPixelSize;
     to.m_dfRotationAxis = from.m_dfRotationAxis;
+    to.m_nAxisDecimals = from.m_nAxisDecimals;
     to.m_bRotationAxisKnown = from.m_bRotationAxisKnown;
     to.m_dfTiltRelaxation = from.m_dfTiltRelaxation;
     to.m_dfStretchAmplitude = from.m_dfStretchAmplitude;

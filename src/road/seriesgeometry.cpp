@@ -44,11 +44,14 @@ void takeGeometry(DataSet& dataSet, MappingParameters& mapping, const GeometryMo
     const PlaneTerms<double>& plane = geometry.plane;
     dataSet.m_bRotationAxisKnown = true;
     dataSet.m_dfRotationAxis = wrappedAxis(plane.axis);
+    dataSet.m_nAxisDecimals = axisDecimals(dataSet.m_dfRotationAxis);
     const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
     dataSet.m_dfStretchAmplitude = 100 * stretching.dfAmplitude;
     dataSet.m_dfStretchAzimuth = wrappedAzimuth(stretching.dfAzimuth);
     mapping.m_bApplyStretching = stretching.dfAmplitude != 0;
     dataSet.m_distortion = seriesDistortion(geometry);
+    dataSet.m_distortion.dfEllipseAzimuth = wrappedAzimuth(dataSet.m_distortion.dfEllipseAzimuth);
+    dataSet.m_distortion.dfParabolicAzimuth = wrappedAxis(dataSet.m_distortion.dfParabolicAzimuth);
     dataSet.m_dfCenterX += plane.centreX;
     dataSet.m_dfCenterY += plane.centreY;
     for (int n = 0; n < dataSet.m_listOverallTilt.size(); ++n) {

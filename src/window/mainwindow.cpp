@@ -5,6 +5,7 @@
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "view3d/ed3dwidget.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/crystal/latticesdialog.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
@@ -158,6 +159,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     writeSettings();
     m_pExtractionPage->hide();  // windows that would stay open alone
     m_pLatticesDialog->hide();
+    m_pGeometry->dialog().hide();
     m_pGuideWindow.reset();
     pEvent->accept();
 }

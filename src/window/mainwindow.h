@@ -50,6 +50,7 @@ class ED3DWidget;
 class ExtractionPage;
 class CRunReport;
 class FramesPage;
+class GeometryControl;
 class GuideWindow;
 class LatticesDialog;
 class MergingPage;
@@ -480,6 +481,7 @@ signals:
     void frameLoaded(int nIndex, bool bLoaded);
 
 private:
+    friend class GeometryControl;
     friend class WindowReport;
 
     // Built once by the constructor, in this order.
@@ -740,6 +742,7 @@ private:
     RefinementPage* m_pRefinementPage = nullptr;
     ExtractionPage* m_pExtractionPage = nullptr;  ///< a window of its own
     LatticesDialog* m_pLatticesDialog = nullptr;  ///< another
+    GeometryControl* m_pGeometry = nullptr;       ///< with a window of its own
     View3DPage* m_pView3DPage = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for

@@ -1,5 +1,6 @@
 // MainWindow: the tool box and the other docks.
 #include "frameview/textdatawidget.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/crystal/latticesdialog.h"
 #include "window/frames/curveplot.h"
 #include "window/mainwindow.h"
@@ -44,6 +45,7 @@ void MainWindow::createControlDock()
     m_pExtractionPage->setWindowTitle(m_mapPageName[5]);
     m_pLatticesDialog = new LatticesDialog(this);
     m_pLatticesDialog->setWindowTitle(tr("Lattices"));
+    m_pGeometry = new GeometryControl(*this);
     m_pLatticeLook = std::make_unique<LatticeLook>();
     const struct {
         QWidget* pPage;

@@ -221,6 +221,7 @@ void MainWindow::clearDataSet()
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     m_rawGroups.forget();
     forgetLattices();
+    m_pGeometry->forget();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     m_dataSet.m_listPeakFrameShown.clear();

@@ -1,6 +1,7 @@
 // MainWindow: the parameters between pages and members, and the signals of the pages.
 #include "frameview/originalimgscene.h"
 #include "view3d/ed3dwidget.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/crystal/latticesdialog.h"
 #include "window/mainwindow.h"
 #include "window/pages/cellpage.h"
@@ -47,10 +48,13 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
 {
     if (isPumping())
         return;
-    if (bFromPanel)
+    if (bFromPanel) {
         m_bindings.takeFromControls();
-    else
-        m_bindings.showOnControls(isRunning() ? KeepControls::WhereMemberStays : KeepControls::None);
+        return;
+    }
+    // An axis that was refined has more decimals than one that somebody told.
+    m_pFramesPage->setAxisDecimals(m_dataSet.m_nAxisDecimals);
+    m_bindings.showOnControls(isRunning() ? KeepControls::WhereMemberStays : KeepControls::None);
 }
 
 ParameterRecords MainWindow::parameterRecords()
@@ -162,6 +166,8 @@ void MainWindow::connectPages()
 
     connect(m_pRefinementPage->m_pButtonRunRefinement, &QPushButton::clicked, this,
             &MainWindow::runUnitCellRefinement);
+    connect(m_pRefinementPage->m_pButtonGeometry, &QPushButton::clicked, m_pGeometry,
+            &GeometryControl::showDialog);
     connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
             &MainWindow::runUnitCellRefinementFromLoadingData);
     for (QSpinBox* pSpin : {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize})

@@ -2,6 +2,7 @@
 #include "window/mainwindow.h"
 
 #include "view3d/ed3dwidget.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/pages/extractionpage.h"
 #include "window/windowactions.h"
 
@@ -29,6 +30,7 @@ void MainWindow::createToolsMenu()
     add(pMenu, actions.m_pFindRotationAxis, &MainWindow::findRotationAxis);
     pMenu->addSeparator();
     add(pMenu, actions.m_pLattices, &MainWindow::showLattices);
+    add(pMenu, actions.m_pRefineGeometry, [this] { m_pGeometry->showDialog(); });
     add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
     add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);
     pMenu->addSeparator();

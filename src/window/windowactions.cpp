@@ -157,6 +157,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           {}}},
         {&WindowActions::m_pLattices,
          {"&Lattices...", "Look at the symmetry of the unit cell, and for further lattices", nullptr, {}}},
+        {&WindowActions::m_pRefineGeometry,
+         {"&Geometry Refinement...",
+          "Refine axis, distortion and beam together with the cell against the indexed peaks",
+          nullptr,
+          {}}},
         {&WindowActions::m_pRefineBasis,
          {"Refine &Basis Vectors",
           "Refine the unit cell against the tilts of the indexed reflections",
@@ -267,6 +272,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Looks at the cell in force: the Bravais types that it fits, with the matrix to each conventional "
          "cell, the conditions that its reflections keep, longer cells, and the lattices of twins and "
          "neighbours in the peaks that it leaves over. Nothing is changed before you choose it."},
+        {m_pRefineGeometry,
+         "Fits the cell together with the rotation axis, the direct beam, the distortion of the lens and the "
+         "tilts to the indexed peaks, and shows what is left of each. Nothing is changed before \"Apply\" "
+         "there."},
         {m_pRefineBasis,
          "Fits a*, b*, c* so that reflections of 500 counts and more, 100 pixels and more from the axis, "
          "come at the tilts of their frames. Good: the first number of \"Sum of Err^2 of tilt before and "

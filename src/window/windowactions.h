@@ -73,6 +73,7 @@ public:
     QAction* m_pFindRotationAxis =
         nullptr;                            ///< azimuth and sense of the axis by the sharpness of the lattice
     QAction* m_pLattices = nullptr;         ///< symmetry of the cell and further lattices
+    QAction* m_pRefineGeometry = nullptr;   ///< axis, distortion and cell by the indexed peaks
     QAction* m_pRefineBasis = nullptr;      ///< cell on the tilts of the frames
     QAction* m_pRefineFrameNo = nullptr;    ///< cell on the tilts at the tops of the curves
     QAction* m_pExportPeaks = nullptr;      ///< points of the current 3D view

@@ -299,12 +299,12 @@ void GeometryDialog::fillNumbers()
     for (int nRow = 0; nRow < int(listRow.size()); ++nRow) {
         const GeometryRow& row = listRow[size_t(nRow)];
         const size_t n = size_t(row.number);
-        QStringList listText = {{}, {}, {}, {}};
+        QStringList listText = {QString(), QString(), QString(), QString()};
         if (pModel) {
             const DiffractionGeometry& before = m_look->refinement.before;
             const auto text = [&](double df) { return numberText(row.dfFactor * df, row.nDecimals); };
             const bool bFree = holds(pModel->fit.listFree, row.number);
-            listText = {text(numbersOf(before, before.plane.axis)[n]), text(pModel->fit.numbers[n]),
+            listText = QStringList{text(numbersOf(before, before.plane.axis)[n]), text(pModel->fit.numbers[n]),
                         bFree ? text(pModel->errors[n]) : QString(),
                         bFree ? QString() : whyFixed(m_look->refinement, row.number)};
         }

@@ -11,6 +11,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -106,6 +107,12 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
         pPlayLayout->addWidget(pButton);
     pPageLayout->addWidget(pPlay);
+}
+
+void FramesPage::setAxisDecimals(int nDecimals)
+{
+    const QSignalBlocker blocker(m_pRotationAxisSpin);
+    m_pRotationAxisSpin->setDecimals(nDecimals);
 }
 
 }  // namespace tessera

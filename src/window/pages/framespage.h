@@ -20,6 +20,9 @@ class FramesPage : public QWidget {
 public:
     explicit FramesPage(QWidget* pParent = nullptr);
 
+    /// Shows the axis with so many decimals, without a word to those who listen.
+    void setAxisDecimals(int nDecimals);
+
     QTableWidget* m_pFileTable;             ///< Name, Stage, Beam, Overall; a row per frame
     QDoubleSpinBox* m_pWavelengthSpin;      ///< Å
     QDoubleSpinBox* m_pPixelSizeSpin;       ///< Å⁻¹ per pixel

@@ -55,6 +55,12 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     m_pButtonRunRefinementFromList->setToolTip(
         tr("Sums the frames of each beam tilt series and exports the sums as MRC files to a folder"));
 
+    m_pButtonGeometry = new QPushButton(tr("&Geometry Refinement..."), this);
+    explain(
+        m_pButtonGeometry,
+        tr("Opens the window that refines the rotation axis, the direct beam, the distortion of the lens and "
+           "the tilts together with the cell, which this page refines alone."));
+
     explain(m_pCheckRefine2D,
             tr("Fits a Lorentzian to each peak first, in 41 × 41 pixels. Otherwise peaks stay at"
                " whole pixels."));
@@ -72,7 +78,7 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     for (QWidget* pWidget :
          {static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
           static_cast<QWidget*>(m_pButtonRunRefinement),
-          static_cast<QWidget*>(m_pButtonRunRefinementFromList)})
+          static_cast<QWidget*>(m_pButtonRunRefinementFromList), static_cast<QWidget*>(m_pButtonGeometry)})
         pPageLayout->addWidget(pWidget);
     pPageLayout->addStretch(1);
 }

@@ -26,6 +26,7 @@ public:
     QCheckBox* m_pCheckOutputPeakList;
     QPushButton* m_pButtonRunRefinement;
     QPushButton* m_pButtonRunRefinementFromList;
+    QPushButton* m_pButtonGeometry;
 };
 
 }  // namespace tessera

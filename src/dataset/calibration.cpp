@@ -1,0 +1,251 @@
+#include "dataset/calibration.h"
+
+#include "dataset/pagerounding.h"
+#include "records/wholefile.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+#include <vector>
+
+namespace tessera {
+
+namespace {
+
+const char* const g_pszFormat = "tessera microscope calibration";
+const int g_nVersion = 1;
+const qint64 g_nMostBytes = 1 << 20;  // such a file has about one KB
+const double g_dfMostLength = 10000;  // as of project files
+// Wavelengths of the usual voltages lie 10 % and more apart; what programs round them to does not.
+const double g_dfSameWavelength = 0.005;
+// A pixel size is seldom known better than this, and camera lengths and binnings lie far more apart.
+const double g_dfSamePixelSize = 0.05;
+
+/// A number of the file: key, range and place.
+struct Field {
+    const char* pszGroup;  ///< empty: of the object itself
+    const char* pszKey;
+    double dfLow, dfHigh;
+    double* pdfValue;
+};
+
+std::vector<Field> fieldsOf(Calibration& c)
+{
+    SeriesDistortion& d = c.distortion;
+    const double dfTiny = 1e-6;  // what a project file takes for a length
+    return {{"", "wavelength", dfTiny, g_dfMostLength, &c.dfWavelength},
+            {"", "seriesPixelSize", dfTiny, g_dfMostLength, &c.dfSeriesPixelSize},
+            {"", "rotationAxis", -180, 180, &c.dfRotationAxis},
+            {"", "axisOutOfPlane", -45, 45, &d.dfAxisOutOfPlane},
+            {"stretching", "amplitude", 0, 100, &c.dfStretchAmplitude},
+            {"stretching", "azimuth", -360, 360, &c.dfStretchAzimuth},
+            {"ellipse", "amplitude", -100, 100, &d.dfEllipseAmplitude},
+            {"ellipse", "azimuth", -360, 360, &d.dfEllipseAzimuth},
+            {"thirdOrder", "radial", -100, 100, &d.dfThirdOrderRadial},
+            {"thirdOrder", "spiral", -100, 100, &d.dfThirdOrderSpiral},
+            {"parabolic", "amplitude", -100, 100, &d.dfParabolicAmplitude},
+            {"parabolic", "azimuth", -360, 360, &d.dfParabolicAzimuth},
+            {"", "referenceRadius", 0.01, 100000, &d.dfRadius}};
+}
+
+bool giveReason(QString* pstrReason, const QString& strReason)
+{
+    if (pstrReason) {
+        *pstrReason = strReason;
+    }
+    return false;
+}
+
+/// @return false, with the reason, where there is no number in the range
+bool takeNumber(const QJsonValue& value, const QString& strName, double dfLow, double dfHigh,
+                double& dfTarget, QString* pstrReason)
+{
+    if (!value.isDouble()) {
+        return giveReason(pstrReason, QStringLiteral("\"%1\" is missing or no number").arg(strName));
+    }
+    const double df = value.toDouble();
+    if (!std::isfinite(df) || df < dfLow || df > dfHigh) {
+        return giveReason(pstrReason, QStringLiteral("\"%1\" is %2; it must lie in %3 to %4")
+                                          .arg(strName)
+                                          .arg(df)
+                                          .arg(dfLow)
+                                          .arg(dfHigh));
+    }
+    dfTarget = df;
+    return true;
+}
+
+bool takeFields(const QJsonObject& object, Calibration& calibration, QString* pstrReason)
+{
+    for (const Field& field : fieldsOf(calibration)) {
+        const QString strGroup = QLatin1String(field.pszGroup), strKey = QLatin1String(field.pszKey);
+        const QJsonObject group = strGroup.isEmpty() ? object : object[strGroup].toObject();
+        const QString strName = strGroup.isEmpty() ? strKey : strGroup + QLatin1Char('.') + strKey;
+        if (!takeNumber(group[strKey], strName, field.dfLow, field.dfHigh, *field.pdfValue, pstrReason)) {
+            return false;
+        }
+    }
+    if (object.contains(QStringLiteral("pixelSize"))) {
+        double dfSize = 0;
+        if (!takeNumber(object[QStringLiteral("pixelSize")], QStringLiteral("pixelSize"), 1e-6,
+                        g_dfMostLength, dfSize, pstrReason)) {
+            return false;
+        }
+        calibration.dfPixelSize = dfSize;
+    }
+    return true;
+}
+
+bool isOther(double dfOne, double dfOther, double dfLimit)
+{
+    return std::abs(dfOne - dfOther) > dfLimit * std::abs(dfOther);
+}
+
+}  // namespace
+
+QByteArray calibrationText(const Calibration& calibration)
+{
+    Calibration copy = calibration;
+    QJsonObject object = {{QStringLiteral("format"), QLatin1String(g_pszFormat)},
+                          {QStringLiteral("version"), g_nVersion},
+                          {QStringLiteral("series"), calibration.strSeries},
+                          {QStringLiteral("date"), calibration.strDate}};
+    for (const Field& field : fieldsOf(copy)) {
+        const QString strGroup = QLatin1String(field.pszGroup), strKey = QLatin1String(field.pszKey);
+        if (strGroup.isEmpty()) {
+            object[strKey] = *field.pdfValue;
+        } else {
+            QJsonObject group = object[strGroup].toObject();
+            group[strKey] = *field.pdfValue;
+            object[strGroup] = group;
+        }
+    }
+    if (calibration.dfPixelSize) {
+        object[QStringLiteral("pixelSize")] = *calibration.dfPixelSize;
+    }
+    QJsonObject errors;
+    for (auto it = calibration.mapError.begin(); it != calibration.mapError.end(); ++it) {
+        errors[it.key()] = it.value();
+    }
+    object[QStringLiteral("standardErrors")] = errors;
+    return QJsonDocument(object).toJson();
+}
+
+std::optional<Calibration> calibrationOfText(const QByteArray& bytes, QString* pstrReason)
+{
+    if (bytes.size() > g_nMostBytes) {
+        giveReason(pstrReason, QStringLiteral("too large for a calibration"));
+        return std::nullopt;
+    }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+    if (!document.isObject()) {
+        giveReason(pstrReason, error.error == QJsonParseError::NoError
+                                   ? QStringLiteral("no calibration")
+                                   : QStringLiteral("no calibration: %1 (at byte %2)")
+                                         .arg(error.errorString())
+                                         .arg(error.offset));
+        return std::nullopt;
+    }
+    const QJsonObject object = document.object();
+    if (object[QStringLiteral("format")].toString() != QLatin1String(g_pszFormat)) {
+        giveReason(pstrReason, QStringLiteral("no calibration: \"format\" is another one"));
+        return std::nullopt;
+    }
+    const QJsonValue version = object[QStringLiteral("version")];
+    if (version.toDouble(0) != g_nVersion) {
+        giveReason(pstrReason, QStringLiteral("a calibration of another version"));
+        return std::nullopt;
+    }
+    Calibration calibration;
+    if (!takeFields(object, calibration, pstrReason)) {
+        return std::nullopt;
+    }
+    calibration.strSeries = object[QStringLiteral("series")].toString();
+    calibration.strDate = object[QStringLiteral("date")].toString();
+    const QJsonObject errors = object[QStringLiteral("standardErrors")].toObject();
+    for (auto it = errors.begin(); it != errors.end(); ++it) {
+        if (it.value().toDouble(0) > 0 && std::isfinite(it.value().toDouble())) {
+            calibration.mapError[it.key()] = it.value().toDouble();
+        }
+    }
+    return calibration;
+}
+
+std::optional<Calibration> readCalibration(const QString& strFile, QString* pstrReason)
+{
+    QFile file(strFile);
+    QString strWhy;
+    std::optional<Calibration> calibration;
+    if (!file.open(QIODevice::ReadOnly)) {
+        strWhy = file.errorString();
+    } else {
+        calibration = calibrationOfText(file.read(g_nMostBytes + 1), &strWhy);
+    }
+    if (!calibration) {
+        giveReason(pstrReason, QStringLiteral("%1: %2").arg(strFile, strWhy));
+    }
+    return calibration;
+}
+
+bool writeCalibration(const QString& strFile, const Calibration& calibration, QString* pstrReason)
+{
+    return writeWholeFile(strFile, calibrationText(calibration), pstrReason);
+}
+
+Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mapping)
+{
+    Calibration calibration;
+    calibration.strSeries = dataSet.m_strProjectName;
+    calibration.strDate = QDateTime::currentDateTime().toString(Qt::ISODate);
+    calibration.dfWavelength = dataSet.m_dfWavelength;
+    calibration.dfSeriesPixelSize = dataSet.m_dfPixelSize;
+    calibration.dfRotationAxis = wrappedAxis(dataSet.m_dfRotationAxis);
+    if (mapping.m_bApplyStretching && dataSet.m_dfStretchAmplitude != 0) {
+        // One below 0 is the same across.
+        const double dfAcross = dataSet.m_dfStretchAmplitude < 0 ? 90 : 0;
+        calibration.dfStretchAmplitude = std::abs(dataSet.m_dfStretchAmplitude);
+        calibration.dfStretchAzimuth = std::fmod(dataSet.m_dfStretchAzimuth + 90 + dfAcross, 180);
+    }
+    calibration.distortion = dataSet.m_distortion;
+    return calibration;
+}
+
+QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& calibration)
+{
+    QStringList listWarning;
+    const auto warn = [&](const QString& strWhat, double dfThere, double dfHere, const QString& strThen) {
+        listWarning.append(QStringLiteral("Warning: the calibration is of %1 %2, and this series has %3: %4")
+                               .arg(strWhat)
+                               .arg(dfThere)
+                               .arg(dfHere)
+                               .arg(strThen));
+    };
+    if (isOther(calibration.dfWavelength, dataSet.m_dfWavelength, g_dfSameWavelength)) {
+        warn(QStringLiteral("a wavelength of"), calibration.dfWavelength, dataSet.m_dfWavelength,
+             QStringLiteral("another voltage has another lens."));
+    }
+    if (isOther(calibration.dfSeriesPixelSize, dataSet.m_dfPixelSize, g_dfSamePixelSize)) {
+        warn(QStringLiteral("a pixel size of"), calibration.dfSeriesPixelSize, dataSet.m_dfPixelSize,
+             QStringLiteral("another camera length or binning has other distortions."));
+    }
+    dataSet.m_dfRotationAxis = wrappedAxis(calibration.dfRotationAxis);
+    dataSet.m_bRotationAxisKnown = true;
+    dataSet.m_nAxisDecimals = axisDecimals(dataSet.m_dfRotationAxis);
+    dataSet.m_dfStretchAmplitude = calibration.dfStretchAmplitude;
+    dataSet.m_dfStretchAzimuth = wrappedAzimuth(calibration.dfStretchAzimuth + 90);
+    mapping.m_bApplyStretching = calibration.dfStretchAmplitude != 0;
+    dataSet.m_distortion = calibration.distortion;
+    dataSet.m_distortion.dfEllipseAzimuth = wrappedAzimuth(calibration.distortion.dfEllipseAzimuth);
+    dataSet.m_distortion.dfParabolicAzimuth = wrappedAxis(calibration.distortion.dfParabolicAzimuth);
+    if (calibration.dfPixelSize) {
+        dataSet.m_dfPixelSize = *calibration.dfPixelSize;
+    }
+    roundToPages(dataSet);
+    return listWarning;
+}
+
+}  // namespace tessera

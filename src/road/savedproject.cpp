@@ -1,0 +1,104 @@
+#include "road/savedproject.h"
+
+#include "dataset/peaklistfile.h"
+#include "dataset/shiftfile.h"
+#include "dataset/unitcellfile.h"
+#include "records/fileset.h"
+#include "records/resultfile.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+/// As project files have it: 0 up to 180 degrees, that along which the pattern is longer.
+double azimuthInFile(double dfAzimuth)
+{
+    const double dfTurned = std::fmod(dfAzimuth + 90, 180);
+    return dfTurned < 0 ? dfTurned + 180 : dfTurned;
+}
+
+bool isSameFile(const QString& strOne, const QString& strOther)
+{
+    const QFileInfo one(strOne), other(strOther);
+    return one.absoluteFilePath() == other.absoluteFilePath() ||
+           (one.exists() && other.exists() && one.canonicalFilePath() == other.canonicalFilePath());
+}
+
+}  // namespace
+
+NewProject projectOfSeries(const DataSet& dataSet, const MappingParameters& mapping)
+{
+    NewProject project;
+    project.listFrame = dataSet.m_listFrameFile;
+    project.dfWavelength = dataSet.m_dfWavelength;
+    project.dfPixelSize = dataSet.m_dfPixelSize;
+    project.dfRotationAxis = dataSet.m_dfRotationAxis;
+    if (mapping.m_bApplyStretching) {
+        project.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
+        project.dfStretchAzimuth = azimuthInFile(dataSet.m_dfStretchAzimuth);
+    }
+    project.distortion = dataSet.m_distortion;
+    project.bTellDistortion = true;
+    const int nFrames = dataSet.m_listOverallTilt.size();
+    for (int n = 0; n < nFrames; ++n) {
+        // A relaxation has no line of its own.
+        const double dfMore = n * dataSet.m_dfTiltRelaxation / nFrames;
+        project.tilts.append(dataSet.m_listStageTilt.value(n), dataSet.m_listBeamTilt.value(n),
+                             dataSet.m_listOverallTilt[n] + dfMore);
+    }
+    return project;
+}
+
+bool saveSeriesAsProject(const DataSet& dataSet, const MappingParameters& mapping,
+                         const QString& strProjectFile, QString* pstrReason, QStringList* plistFile)
+{
+    if (isSameFile(strProjectFile, fileOfProject(dataSet, QStringLiteral(".ed3d")))) {
+        *pstrReason = QStringLiteral(
+                          "%1 is the project that is open; it keeps what it was told. Choose "
+                          "another name.")
+                          .arg(strProjectFile);
+        return false;
+    }
+    QByteArray bytesProject;
+    if (!makeProjectText(projectOfSeries(dataSet, mapping), strProjectFile, bytesProject, pstrReason)) {
+        return false;
+    }
+    DataSet names;  // of the new project
+    names.m_strProjectDir = QFileInfo(strProjectFile).absolutePath();
+    names.m_strProjectName = QFileInfo(strProjectFile).completeBaseName();
+    CFileSet files;
+    QStringList listFile;
+    const auto add = [&](const QString& strFile, const QByteArray& bytes) {
+        files.add(strFile, bytes);
+        listFile.append(strFile);
+    };
+    add(strProjectFile, bytesProject);
+    if (!dataSet.m_listShift.isEmpty()) {
+        add(fileOfProject(names, ResultFile::Shifts),
+            shiftFileText({dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}));
+    }
+    if (const std::optional<ReciprocalBasis> basis = cellInForce(dataSet)) {
+        add(fileOfProject(names, ResultFile::Cell), unitCellText(*basis));
+    }
+    if (!files.commit(pstrReason)) {
+        return false;
+    }
+    if (!dataSet.m_listPeakFrame.isEmpty()) {
+        const QString strPeaks = fileOfProject(names, ResultFile::Peaks);
+        if (!writePeakList(dataSet, strPeaks, pstrReason)) {
+            return false;
+        }
+        listFile.append(strPeaks);
+    }
+    if (plistFile) {
+        *plistFile = listFile;
+    }
+    return true;
+}
+
+}  // namespace tessera

@@ -1,0 +1,59 @@
+// GeometryControl: the window "Geometry Refinement" at work on the data set of the main window.
+#pragma once
+
+#include "road/geometrystate.h"
+#include "window/crystal/geometrydialog.h"
+
+#include <QObject>
+
+#include <optional>
+#include <vector>
+
+namespace tessera {
+
+class MainWindow;
+
+/// Slots of the dialog. A refinement changes nothing; "Apply" and "Load Calibration" change the data set of
+/// the main window and keep what was there, step by step, for "Undo".
+class GeometryControl : public QObject {
+    Q_OBJECT
+
+public:
+    explicit GeometryControl(MainWindow& window);
+
+    GeometryDialog& dialog() { return *m_pDialog; }
+    /// Another data set: nothing is known of it, and nothing is to be put back.
+    void forget();
+
+public slots:
+    void showDialog();
+    /// Fits the geometry. A run by the main window's flag of runs on known peaks; another call stops it.
+    void refine();
+    /// Puts the chosen model into the data set, and maps, merges and indexes anew what was mapped, merged and
+    /// indexed. No file is written.
+    void apply();
+    /// Puts back what was before the last apply() or loadCalibration(), to the bit; where the peaks are
+    /// others by now the geometry alone, and what follows is made anew.
+    void undo();
+    void saveProject();
+    void saveCalibration();
+    void loadCalibration();
+
+private:
+    void tellFailure(const QString& strReason);
+    void fit(CRunReport& report);
+    void makeLook(const GeometryRefinement& refinement);
+    void keepState();
+    void follow();
+    void showGeometry();
+    void updateButtons();
+    bool isFresh() const;
+
+    MainWindow& m_window;
+    GeometryDialog* m_pDialog;
+    std::vector<CGeometryState> m_listState;     ///< what was, the last one first to come back
+    std::optional<PeakMapping> m_mappingFitted;  ///< what the refinement shown began with
+    QList<Vec3D> m_listCellFitted;
+};
+
+}  // namespace tessera
