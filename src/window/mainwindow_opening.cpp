@@ -8,6 +8,7 @@
 #include "records/whatwasthrown.h"
 #include "view3d/ed3dwidget.h"
 #include "window/frames/curveplot.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/mainwindow.h"
