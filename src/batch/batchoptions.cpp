@@ -180,6 +180,14 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "peaks over directions), or best, the one of both that explains more of the peaks; default best, "
          "with --window-defaults vectors.",
          "vectors|directions|best"},
+        {"calibration",
+         "Calibration of the microscope: axis, distortion and, where it was determined, pixel size in place "
+         "of "
+         "those of the project; what other options tell counts before it.",
+         "file"},
+        {"save-calibration",
+         "Write the calibration that the stage geometry finds, for other crystals of the same microscope.",
+         "file"},
         {"space-group",
          QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3.")
              .arg(spaceGroup.box.dfMinimum)
@@ -257,6 +265,8 @@ void takeNames(COptionReader& reader, BatchOptions& options)
     options.road.exports.strPictureFolder = reader.name(QStringLiteral("export-folder"));
     options.strJsonFile = reader.name(QStringLiteral("json"));
     options.road.strCellFile = reader.name(QStringLiteral("cell"));
+    options.road.strCalibrationFile = reader.name(QStringLiteral("calibration"));
+    options.road.strSaveCalibrationFile = reader.name(QStringLiteral("save-calibration"));
     options.road.strMaskFile = reader.name(QStringLiteral("mask"));
     options.road.strOutDir = reader.name(QStringLiteral("out"));
 }

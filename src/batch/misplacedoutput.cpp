@@ -174,6 +174,14 @@ QString misplacedOutput(const BatchOptions& batch)
     if (!options.strKnownCellFile.isEmpty()) {
         listInput.append(options.strKnownCellFile);
     }
+    if (!options.strCalibrationFile.isEmpty()) {
+        listInput.append(options.strCalibrationFile);
+    }
+    const QString& strSaved = options.strSaveCalibrationFile;
+    if (!replacedFiles({strSaved}).isEmpty() &&
+        !frameAmongTargets({strSaved}, listOwn + QStringList{batch.strJsonFile}).isEmpty()) {
+        return QStringLiteral("--save-calibration %1 would overwrite another file of the run").arg(strSaved);
+    }
     QString strHit;
     if (writesStage(options, RoadStage::Cell)) {
         strHit = frameAmongTargets(replacedFiles(filesOf(dataSet, {ResultFile::Cell})), listInput);
@@ -182,7 +190,7 @@ QString misplacedOutput(const BatchOptions& batch)
         listInput.append(options.strCellFile);
     }
     const QStringList listTarget = replacedFiles(resultFiles(options, dataSet) +
-                                                 exportFiles(options, dataSet));
+                                                 exportFiles(options, dataSet) + QStringList{strSaved});
     if (strHit.isEmpty()) {
         strHit = frameAmongTargets(listTarget, listInput);
     }

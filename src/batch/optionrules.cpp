@@ -16,7 +16,16 @@ QString contradiction(const RoadOptions& o)
     if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
         return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
     }
-    if (!o.isProject() && !(o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis))) {
+    const bool bCalibrated = !o.strCalibrationFile.isEmpty();
+    if (bCalibrated && o.bFindAxis) {
+        return QStringLiteral("--calibration tells the axis: --axis auto does not go with it");
+    }
+    if (!o.strSaveCalibrationFile.isEmpty() &&
+        (o.exports.bOnly || o.stageFrom > RoadStage::Geometry || o.stageTo < RoadStage::Geometry)) {
+        return QStringLiteral("--save-calibration needs the stage geometry");
+    }
+    if (!o.isProject() && !bCalibrated &&
+        !(o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis))) {
         return QStringLiteral("images need --wavelength, --pixel-size and --axis");
     }
     if (o.stageTo < o.stageFrom) {

@@ -2,6 +2,7 @@
 
 #include "dataset/unitcellfile.h"
 #include "records/fileset.h"
+#include "road/calibrating.h"
 #include "road/geometrytable.h"
 #include "road/refinedproject.h"
 #include "road/seriesgeometry.h"
@@ -56,6 +57,22 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
     return {};
 }
 
+/// Writes the microscope's calibration where one was asked for.
+StageResult saveCalibration(const RoadState& state, const GeometryModel& model, CRoadReport& report)
+{
+    const QString& strFile = state.options.strSaveCalibrationFile;
+    if (strFile.isEmpty()) {
+        return {};
+    }
+    QString strReason;
+    if (!writeCalibration(strFile, calibrationOfModel(state.dataSet, model, state.options.knownCell),
+                          &strReason)) {
+        return report.failed(strReason);
+    }
+    report.addMessage(QStringLiteral("Calibration written: %1").arg(strFile));
+    return {};
+}
+
 }  // namespace
 
 StageResult runGeometryStage(RoadState& state)
@@ -78,12 +95,16 @@ StageResult runGeometryStage(RoadState& state)
     if (!result.done()) {
         report.addMessage(QStringLiteral("The geometry stays as it is. %1").arg(result.strReason),
                           Severity::Milestone);
+        if (!state.options.strSaveCalibrationFile.isEmpty()) {
+            report.addMessage(QStringLiteral("Warning: no calibration is written."), Severity::Warning);
+        }
         return {};
     }
     for (const QString& strLine : geometryTable(result)) {
         report.addMessage(strLine);
     }
-    return writeRefined(state, result.best(), report);
+    const StageResult written = writeRefined(state, result.best(), report);
+    return written.finished() ? saveCalibration(state, result.best(), report) : written;
 }
 
 }  // namespace tessera

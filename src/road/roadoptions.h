@@ -26,6 +26,8 @@ struct RoadOptions {
     QString strCellFile;       ///< a cell in place of a search; empty: search
     std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
     QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
+    QString strCalibrationFile;      ///< of the microscope, in place of what the project tells; empty: none
+    QString strSaveCalibrationFile;  ///< takes that of the stage geometry; empty: none
     RoadStage stageFrom = RoadStage::Shifts;
     RoadStage stageTo = RoadStage::Geometry;
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core

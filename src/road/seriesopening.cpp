@@ -1,5 +1,6 @@
 #include "road/seriesopening.h"
 
+#include "dataset/calibration.h"
 #include "dataset/maskfile.h"
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
@@ -70,6 +71,32 @@ void takeGeometry(RoadState& state)
             dataSet.m_listStageTilt[i] = dataSet.m_listOverallTilt[i] = dfStart + i * dfStep;
         }
     }
+}
+
+/// What the microscope's calibration tells, before what the options tell.
+/// @return false, with the reason, where the file cannot be used
+bool takeCalibrationFile(RoadState& state)
+{
+    const QString& strFile = state.options.strCalibrationFile;
+    if (strFile.isEmpty()) {
+        return true;
+    }
+    QString strReason;
+    const std::optional<Calibration> calibration = readCalibration(strFile, &strReason);
+    if (!calibration) {
+        state.report.fail(strReason);
+        return false;
+    }
+    if (!state.options.isProject()) {  // images tell neither
+        state.dataSet.m_dfWavelength = state.options.dfWavelength.value_or(calibration->dfWavelength);
+        state.dataSet.m_dfPixelSize = state.options.dfPixelSize.value_or(calibration->dfSeriesPixelSize);
+    }
+    for (const QString& strWarning : takeCalibration(state.dataSet, state.mapping, *calibration)) {
+        state.report.addMessage(strWarning, Severity::Warning);
+    }
+    state.report.addMessage(QStringLiteral("Axis and distortion by the calibration %1 of the series %2 (%3).")
+                                .arg(strFile, calibration->strSeries, calibration->strDate));
+    return true;
 }
 
 StageResult prepareResultFolder(RoadState& state)
@@ -146,6 +173,10 @@ StageResult openSeries(RoadState& state)
 {
     state.report.beginPart(QStringLiteral("open"));
     if (!openInput(state)) {
+        prepareFolderOfLog(state);
+        return state.report.failed();
+    }
+    if (!takeCalibrationFile(state)) {
         prepareFolderOfLog(state);
         return state.report.failed();
     }

@@ -2,6 +2,7 @@
 
 #include "crystal/hkl3d.h"
 #include "crystal/hklfile.h"
+#include "dataset/calibration.h"
 #include "dataset/frametilts.h"
 #include "dataset/hotpixelfile.h"
 #include "dataset/maskfile.h"
@@ -328,6 +329,26 @@ QString readTiltList(const QString&, const QByteArray& bytes)
                : QStringLiteral("tilts change when written and read");
 }
 
+QString readCalibrationFile(const QString& strFileName, const QByteArray&)
+{
+    QString strReason;
+    const std::optional<Calibration> calibration = readCalibration(strFileName, &strReason);
+    if (!calibration) {
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
+    }
+    DataSet dataSet;
+    MappingParameters mapping;
+    static_cast<void>(takeCalibration(dataSet, mapping, *calibration));
+    if (!std::isfinite(dataSet.m_dfRotationAxis) || !(dataSet.m_distortion.dfRadius > 0) ||
+        !(dataSet.m_dfPixelSize > 0)) {
+        return QStringLiteral("a geometry that is none");
+    }
+    const std::optional<Calibration> again = calibrationOfText(calibrationText(*calibration));
+    return again && calibrationText(*again) == calibrationText(*calibration)
+               ? g_strGood
+               : QStringLiteral("a calibration changes when written and read");
+}
+
 }  // namespace
 
 const std::vector<FuzzReader>& fuzzReaders()
@@ -345,6 +366,7 @@ const std::vector<FuzzReader>& fuzzReaders()
             {"reflections", "reflections.txt", readReflections},
             {"hkl", "series.hkl", readHkl},
             {"tilts", "tilts.txt", readTiltList},
+            {"calibration", "microscope.calib.json", readCalibrationFile},
         };
         vecReader.insert(vecReader.end(), std::begin(aOther), std::end(aOther));
         return vecReader;
