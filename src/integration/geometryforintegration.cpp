@@ -34,12 +34,15 @@ std::optional<SeriesGeometry> seriesGeometry(const DataSet& dataSet, const Mappi
         return std::nullopt;
     }
     SeriesGeometry series;
-    series.geometry = refined && refined->done() ? refined->best().geometry : *given;
+    const GeometryModel* pModel = refined && refined->done() ? &refined->best() : nullptr;
+    series.geometry = pModel ? pModel->geometry : *given;
     for (int n = 0; n < nFrames; ++n) {
         series.listTilt.push_back(relaxedTilt(dataSet, n, nFrames));
         const QPointF ptBeam = frameCentre(centres, n);
-        // What the refinement finds the beam of single frames to be off by comes in here.
-        series.listBeam.push_back({ptBeam.x(), ptBeam.y()});
+        // The centre of the model is among the terms of its plane.
+        const bool bDrift = pModel && size_t(n) < pModel->listDrift.size();
+        const FramePlace drift = bDrift ? pModel->listDrift[size_t(n)] : FramePlace{};
+        series.listBeam.push_back({ptBeam.x() + drift.dfX, ptBeam.y() + drift.dfY});
     }
     series.sizeFrame = sizeOfFrames(dataSet);
     return series;

@@ -1,7 +1,9 @@
 #include "road/refinedproject.h"
 
 #include "dataset/newproject.h"
+#include "refinement/beamdrift.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tessera {
@@ -55,8 +57,16 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
 
 ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model)
 {
-    return {dataSet.m_dfCenterX + model.geometry.plane.centreX,
-            dataSet.m_dfCenterY + model.geometry.plane.centreY, dataSet.m_listShift};
+    ShiftData shifts = {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift};
+    const std::vector<FramePlace> listOffset = beamOffsets(model, std::max(1, dataSet.m_listShift.size()));
+    const FramePlace& first = listOffset.front();
+    shifts.dfCenterX += first.dfX;
+    shifts.dfCenterY += first.dfY;
+    for (int n = 0; n < shifts.listShift.size(); ++n) {
+        const FramePlace& offset = listOffset[size_t(n)];
+        shifts.listShift[n] += QPointF(offset.dfX - first.dfX, offset.dfY - first.dfY);
+    }
+    return shifts;
 }
 
 }  // namespace tessera

@@ -4,6 +4,7 @@
 #include "reciprocal/cellcommit.h"
 #include "refinement/geometryofseries.h"
 #include "road/finespots.h"
+#include "road/refinedproject.h"
 
 namespace tessera {
 
@@ -52,8 +53,10 @@ void takeGeometry(DataSet& dataSet, MappingParameters& mapping, const GeometryMo
     dataSet.m_distortion = seriesDistortion(geometry);
     dataSet.m_distortion.dfEllipseAzimuth = wrappedAzimuth(dataSet.m_distortion.dfEllipseAzimuth);
     dataSet.m_distortion.dfParabolicAzimuth = wrappedAxis(dataSet.m_distortion.dfParabolicAzimuth);
-    dataSet.m_dfCenterX += plane.centreX;
-    dataSet.m_dfCenterY += plane.centreY;
+    const ShiftData shifts = refinedShifts(dataSet, model);
+    dataSet.m_dfCenterX = shifts.dfCenterX;
+    dataSet.m_dfCenterY = shifts.dfCenterY;
+    dataSet.m_listShift = shifts.listShift;
     for (int n = 0; n < dataSet.m_listOverallTilt.size(); ++n) {
         const double dfMore = (geometry.turn.scale - 1) *
                                   (dataSet.m_listOverallTilt[n] - geometry.dfMiddleTilt) +

@@ -124,7 +124,8 @@ void GeometryControl::fit(CRunReport& report)
     GeometryRefinementOptions options;
     options.listFixed = m_pDialog->fixedNumbers();
     options.listConstraint = constraintsOfCell(dataSet, report);
-    const GeometryRefinement refinement = refineSeriesGeometry(dataSet, m_window.m_mapping, options, report);
+    const GeometryRefinement refinement = refineSeriesGeometry(dataSet, m_window.m_mapping, options,
+                                                               QThread::idealThreadCount(), report);
     if (!report.goOn()) {
         fail(tr("The refinement of the geometry did not finish; all stays as it was."));
         return;
