@@ -18,18 +18,39 @@ enum class ResultFile {
     RefinedProject,  ///< the project with the geometry as refined
     RefinedCell,     ///< the reciprocal basis as refined with it
     RefinedShifts,   ///< the direct beam as refined with it, and the shifts
+    Integrated,      ///< all integrated intensities on one scale, HKLF 4
+    Merged,          ///< the same with equivalent ones merged
+    Rejected,        ///< table of the observations that take no part, and why
+    Ins,             ///< instructions of SHELX: cell, symmetry, scattering factors
+    Cif,             ///< cell, symmetry, experiment and merged intensities
+    Mtz,             ///< merged intensities
 };
 
 constexpr ResultFile g_aResultFile[] = {
-    ResultFile::Log,         ResultFile::Shifts,       ResultFile::Peaks,        ResultFile::Cell,
-    ResultFile::Reflections, ResultFile::P4P,          ResultFile::IndexedPeaks, ResultFile::RefinedProject,
-    ResultFile::RefinedCell, ResultFile::RefinedShifts};
+    ResultFile::Log,         ResultFile::Shifts,        ResultFile::Peaks,        ResultFile::Cell,
+    ResultFile::Reflections, ResultFile::P4P,           ResultFile::IndexedPeaks, ResultFile::RefinedProject,
+    ResultFile::RefinedCell, ResultFile::RefinedShifts, ResultFile::Integrated,   ResultFile::Merged,
+    ResultFile::Rejected,    ResultFile::Ins,           ResultFile::Cif,          ResultFile::Mtz};
 
 /// The suffix with its dot.
 inline QString resultSuffix(ResultFile file)
 {
-    static const char* const aszSuffix[] = {".log", ".sc",  ".pk",           ".uc",         ".hkl",
-                                            ".p4p", ".ipf", "_refined.ed3d", "_refined.uc", "_refined.sc"};
+    static const char* const aszSuffix[] = {".log",
+                                            ".sc",
+                                            ".pk",
+                                            ".uc",
+                                            ".hkl",
+                                            ".p4p",
+                                            ".ipf",
+                                            "_refined.ed3d",
+                                            "_refined.uc",
+                                            "_refined.sc",
+                                            "_integrated.hkl",
+                                            "_merged.hkl",
+                                            "_rejected.csv",
+                                            ".ins",
+                                            ".cif",
+                                            ".mtz"};
     return QLatin1String(aszSuffix[int(file)]);
 }
 

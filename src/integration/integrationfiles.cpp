@@ -1,0 +1,99 @@
+#include "integration/integrationfiles.h"
+
+#include "integration/ciffile.h"
+#include "integration/hklffile.h"
+#include "integration/insfile.h"
+#include "integration/mtzfile.h"
+#include "integration/rejectedlist.h"
+#include "records/fileset.h"
+#include "records/resultfile.h"
+#include "records/sealedfile.h"
+
+#include <QFileInfo>
+
+namespace tessera {
+
+namespace {
+
+QString shortName(const QString& strFile)
+{
+    return QFileInfo(strFile).fileName();
+}
+
+/// Collects the files of the set.
+class CCollector {
+public:
+    CCollector(const QString& strBase, const QStringList& listTaken, IntegrationFiles& files)
+        : m_strBase(strBase), m_listTaken(listTaken), m_files(files)
+    {}
+
+    void add(ResultFile file, const QByteArray& bytes) { addAt(m_strBase + resultSuffix(file), bytes); }
+
+    /// A sealed file, whose name may be taken.
+    void addSealed(const QString& strBase, ResultFile file, const QByteArray& bytes)
+    {
+        const QString strWanted = strBase + resultSuffix(file);
+        const QString strFile = nameForSealed(strBase, resultSuffix(file), m_listTaken);
+        if (strFile.isEmpty()) {
+            m_files.listNote.append(QStringLiteral("%1 is not replaced, as it is not as it was written here.")
+                                        .arg(shortName(strWanted)));
+            return;
+        }
+        if (strFile != strWanted) {
+            m_files.listNote.append(
+                QStringLiteral(
+                    "%1 stays, as it was not written here or was changed since: the new one is %2.")
+                    .arg(shortName(strWanted), shortName(strFile)));
+        }
+        addAt(strFile, bytes);
+    }
+
+    bool commit(QString* pstrReason)
+    {
+        if (m_set.commit(pstrReason)) {
+            return true;
+        }
+        m_files = {};
+        return false;
+    }
+
+private:
+    void addAt(const QString& strFile, const QByteArray& bytes)
+    {
+        m_set.add(strFile, bytes);
+        m_files.listFile.append(strFile);
+    }
+
+    CFileSet m_set;
+    const QString m_strBase;
+    const QStringList m_listTaken;
+    IntegrationFiles& m_files;
+};
+
+}  // namespace
+
+bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data, const QString& strBase,
+                           const QStringList& listTaken, IntegrationFiles& files, QString* pstrReason)
+{
+    files = {};
+    CCollector collector(strBase, listTaken, files);
+    const double dfScale = hklfScale(data.listUnmerged);
+    const QString strReflections = strBase + resultSuffix(ResultFile::Integrated);
+    collector.add(ResultFile::Integrated, hklfText(data.listUnmerged, dfScale));
+    collector.add(ResultFile::Merged, hklfText(data.listMerged, dfScale));
+    collector.add(ResultFile::Rejected, rejectedText(result));
+    const QByteArray bytesIns = insText(data, shortName(strReflections));
+    collector.addSealed(strBase, ResultFile::Ins, bytesIns);
+    const QString strOfReflections = strReflections.left(strReflections.lastIndexOf(QLatin1Char('.')));
+    if (!files.listFile.contains(strOfReflections + resultSuffix(ResultFile::Ins))) {
+        collector.addSealed(strOfReflections, ResultFile::Ins, bytesIns);
+    }
+    collector.addSealed(strBase, ResultFile::Cif, cifText(data, dfScale));
+    const QByteArray bytesMtz = mtzBytes(data, dfScale);
+    if (!bytesMtz.isEmpty()) {
+        collector.addSealed(strBase, ResultFile::Mtz, bytesMtz);
+    }
+    return collector.commit(pstrReason);
+}
+
+}  // namespace tessera
