@@ -126,6 +126,9 @@ QList<NumberOption> numberOptions(RoadOptions& o)
          AutoValue::NotAllowed, into(o.dfTiltStart)},
         {"tilt-step", "degrees", "images only: tilt from frame to frame; default 0.1", -360, 360,
          AutoValue::NotAllowed, into(o.dfTiltStep)}};
+    const QList<NumberOption> listIntegrate = {
+        {"d-min", "Å", "integrate to this resolution; default auto, as far as reflections are seen", 0.1, 100,
+         AutoValue::Allowed, into(o.intensities.dfDMin)}};
     const QList<NumberOption> listExport = {
         {"scale", "", "export scaled: size of the copies; " + defaultText(o.exports.dfScale), 0.05, 20,
          AutoValue::NotAllowed, into(o.exports.dfScale)},
@@ -143,7 +146,7 @@ QList<NumberOption> numberOptions(RoadOptions& o)
             listOption.append(optionOf(row, o));
         }
     }
-    return listOption + listExport;
+    return listOption + listIntegrate + listExport;
 }
 
 void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
@@ -154,9 +157,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"from",
          "First stage to run: " + strStages +
              "; what lies before it is read from its files, but merging "
-             "and, for geometry and refine, indexing are done anew, with the options given for them.",
+             "and, for geometry, integrate and refine, indexing are done anew, with the options given for "
+             "them.",
          "stage", "shifts"},
-        {"to", "Last stage to run; default geometry, or refine with --from refine.", "stage", "geometry"},
+        {"to", "Last stage to run; default integrate, or refine with --from refine.", "stage", "integrate"},
         {"out", "Folder of the result files; default: beside the project.", "folder"},
         {"region",
          "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
@@ -189,7 +193,9 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "Write the calibration that the stage geometry finds, for other crystals of the same microscope.",
          "file"},
         {"space-group",
-         QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3.")
+         QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3. Given, "
+                        "it is that of the "
+                        "intensities and their files, too, whose own default is the best by its absences.")
              .arg(spaceGroup.box.dfMinimum)
              .arg(spaceGroup.box.dfMaximum)
              .arg(spaceGroup.start()),
@@ -198,6 +204,25 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "Numbers that the stage geometry leaves as they are, with commas between: axis, axisOutOfPlane, "
          "centre, stretching, ellipse, thirdOrder, parabolic, tiltScale; default: none.",
          "numbers"},
+        {"rotation",
+         "How the crystal turned while a frame was exposed: continuous, stepped (it stood still) or "
+         "precession,ANGLE (it stood still, and the beam went round a cone of this half angle, degrees); "
+         "default: "
+         "as the project says, else continuous.",
+         "mode"},
+        {"formula",
+         "What the crystal is made of, as \"Mg3 Al2 Si3 O12\" or Ca(OH)2: scattering factors and content of "
+         "the "
+         "cell in NAME.ins and NAME.cif.",
+         "formula"},
+        {"formula-units", "Formulae in a cell; default: estimated from its volume.", "number"},
+        {"laue",
+         "Laue class in which intensities are scaled and merged, as 4/mmm or -3m1; default: the one that "
+         "they "
+         "agree with.",
+         "class"},
+        {"no-profile", "Integrate weak reflections by sums alone, without a fit of the profile."},
+        {"no-scale", "Merge intensities as they are, without scale and decay along the series."},
         {"group", "From a peak list merge only the peaks of this group, 0 to 63; default: all.", "number"},
         {"apply-stretching", "Undo the elliptical distortion: on or off; default: as the project says.",
          "on|off"},
@@ -287,12 +312,51 @@ void takeKnownCell(COptionReader& reader, RoadOptions& options)
     }
 }
 
+/// "continuous", "stepped" or "precession,0.8".
+void takeRotation(COptionReader& reader, RotationMode& rotation)
+{
+    const QString strName = QStringLiteral("rotation");
+    if (!reader.isSet(strName)) {
+        return;
+    }
+    const QString strText = reader.name(strName);
+    const std::optional<RotationMode> mode = rotationModeOf(strText);
+    if (mode) {
+        rotation = *mode;
+    } else {
+        reader.refuse(
+            QStringLiteral("--rotation %1: not one of continuous, stepped, precession,ANGLE").arg(strText));
+    }
+}
+
+void takeIntensities(COptionReader& reader, IntensityOptions& options)
+{
+    takeRotation(reader, options.rotation);
+    const QString strFormula = QStringLiteral("formula");
+    if (reader.isSet(strFormula)) {
+        QString strReason;
+        const QString strText = reader.name(strFormula);
+        const std::optional<ChemicalFormula> formula = chemicalFormula(strText, &strReason);
+        if (formula) {
+            options.formula = *formula;
+        } else {
+            reader.refuse(QStringLiteral("--formula %1: %2").arg(strText, strReason));
+        }
+    }
+    options.nUnits = reader.wholeNumber(QStringLiteral("formula-units"), 1, 10000, 0);
+    const QStringList listClass = laueClassNames();
+    const int nClass = reader.choice(QStringLiteral("laue"), listClass, -1);
+    options.strLaueClass = listClass.value(nClass);
+    options.bProfileFit = !reader.isSet(QStringLiteral("no-profile"));
+    options.bScale = !reader.isSet(QStringLiteral("no-scale"));
+}
+
 void takeStages(COptionReader& reader, RoadOptions& options)
 {
     const QStringList& listName = roadStageNames();
     options.stageFrom = RoadStage(reader.choice(QStringLiteral("from"), listName, 0));
-    options.stageTo = RoadStage(
-        reader.choice(QStringLiteral("to"), listName, int(std::max(RoadStage::Geometry, options.stageFrom))));
+    options.stageTo = RoadStage(reader.choice(QStringLiteral("to"), listName,
+                                              int(std::max(RoadStage::Integrate, options.stageFrom))));
 }
 
 void takeParameters(COptionReader& reader, RoadOptions& options)
@@ -319,6 +383,9 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.indexing.m_nSpaceGroup = reader.wholeNumber(
         QStringLiteral("space-group"), int(spaceGroup.box.dfMinimum), int(spaceGroup.box.dfMaximum),
         int(spaceGroup.start()));
+    if (reader.isSet(QStringLiteral("space-group"))) {
+        options.intensities.nSpaceGroup = options.indexing.m_nSpaceGroup;
+    }
     options.indexing.m_bOutputStatistics = reader.isSet(QStringLiteral("statistics"));
     options.indexing.m_bOutputIndexing = true;
     options.bConstantBackground = reader.isSet(QStringLiteral("constant-background"));
@@ -421,6 +488,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         takeParameters(reader, road);
         takeKnownCell(reader, road);
         takeFixedGeometry(reader, road);
+        takeIntensities(reader, road.intensities);
         takeExports(reader, road.exports);
         road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
         road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);

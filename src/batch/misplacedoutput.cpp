@@ -80,6 +80,9 @@ QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
         listFile += filesOf(dataSet,
                             {ResultFile::RefinedProject, ResultFile::RefinedCell, ResultFile::RefinedShifts});
     }
+    if (writesStage(options, RoadStage::Integrate)) {  // the others find another name where they would
+        listFile += filesOf(dataSet, {ResultFile::Integrated, ResultFile::Merged, ResultFile::Rejected});
+    }
     return listFile;
 }
 

@@ -74,6 +74,9 @@ QString contradiction(const RoadOptions& o)
                 .arg(limit.dfHigh);
         }
     }
+    if (o.intensities.nUnits > 0 && o.intensities.formula.isEmpty()) {
+        return QStringLiteral("--formula-units needs --formula");
+    }
     const ExportOptions& exports = o.exports;
     if (exports.bOnly && exports.listKind.isEmpty()) {
         return QStringLiteral("--export-only needs --export");

@@ -94,7 +94,7 @@ QString misfitNote(const QJsonObject& summary)
 {
     const QJsonObject judgement = summary[QStringLiteral("judgement")].toObject();
     QString strPart;
-    for (const char* pszPart : {"refine", "index", "cell", "merge", "peaks", "shifts"}) {
+    for (const char* pszPart : {"refine", "integrate", "index", "cell", "merge", "peaks", "shifts"}) {
         if (strPart.isEmpty() && isBad(judgement[QLatin1String(pszPart)])) {
             strPart = QLatin1String(pszPart);
         }

@@ -1,6 +1,10 @@
 // RotationMode: how the crystal turns while a frame is exposed.
 #pragma once
 
+#include <QString>
+
+#include <optional>
+
 namespace tessera {
 
 enum class RotationKind {
@@ -13,5 +17,12 @@ struct RotationMode {
     RotationKind kind = RotationKind::Continuous;
     double dfPrecessionAngle = 0;  ///< degrees, half opening of the cone; of Precession alone
 };
+
+/// Reads "continuous", "stepped" or, with the half opening in degrees, "precession,0.8".
+/// @return none of any other text
+std::optional<RotationMode> rotationModeOf(const QString& strText);
+
+/// The text that rotationModeOf() reads.
+QString rotationModeText(const RotationMode& rotation);
 
 }  // namespace tessera

@@ -103,7 +103,9 @@ StageResult runGeometryStage(RoadState& state)
     for (const QString& strLine : geometryTable(result)) {
         report.addMessage(strLine);
     }
-    const StageResult written = writeRefined(state, result.best(), report);
+    // Before a start at a later stage the files of this one stay.
+    const bool bWrite = state.options.stageFrom <= RoadStage::Geometry;
+    const StageResult written = bWrite ? writeRefined(state, result.best(), report) : StageResult();
     return written.finished() ? saveCalibration(state, result.best(), report) : written;
 }
 

@@ -90,8 +90,9 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
     for (int nStage = int(RoadStage::Shifts); nStage <= int(options.stageTo); ++nStage) {
         const RoadStage stage = RoadStage(nStage);
         // Merged reflections have no file, and that of the indexed peaks has only whole pixels: a later start
-        // makes both anew from peak list and cell.
-        const bool bAnew = stage == RoadStage::Merge || stage == RoadStage::Index;
+        // makes both anew from peak list and cell, and integration the geometry that it predicts with.
+        const bool bAnew = stage == RoadStage::Merge || stage == RoadStage::Index ||
+                           (stage == RoadStage::Geometry && options.stageFrom == RoadStage::Integrate);
         if (stage < options.stageFrom && !bAnew) {
             continue;
         }

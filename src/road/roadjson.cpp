@@ -2,6 +2,7 @@
 
 #include "road/celljson.h"
 #include "road/geometryjson.h"
+#include "road/integrationjson.h"
 #include "road/stagejudgement.h"
 
 #include <QJsonArray>
@@ -262,6 +263,9 @@ QJsonObject roadSummary(const RoadResults& results)
     putIfThere(object, results.index);
     if (results.geometry) {
         object[QStringLiteral("geometry")] = geometryObject(*results.geometry);
+    }
+    if (results.integrate) {
+        object[QStringLiteral("quality")] = integrationObject(*results.integrate);
     }
     putIfThere(object, results.refine);
     if (results.index && results.cell && results.cell->fit) {

@@ -4,6 +4,7 @@
 #include "geometry/seriesdistortion.h"
 #include "records/runparameters.h"
 #include "road/exports.h"
+#include "road/intensities.h"
 #include "road/roadstage.h"
 
 #include <QRect>
@@ -29,7 +30,7 @@ struct RoadOptions {
     QString strCalibrationFile;      ///< of the microscope, in place of what the project tells; empty: none
     QString strSaveCalibrationFile;  ///< takes that of the stage geometry; empty: none
     RoadStage stageFrom = RoadStage::Shifts;
-    RoadStage stageTo = RoadStage::Geometry;
+    RoadStage stageTo = RoadStage::Integrate;
     int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
     int nGroup = -1;               ///< merge only the peaks of this group; -1: all
     bool bAccept = false;          ///< a result that is judged bad is written and ends well too
@@ -71,6 +72,7 @@ struct RoadOptions {
     std::optional<double> dfMin3DDistance;  ///< pixels
     std::optional<double> dfMax2DDistance;
     IndexingParameters indexing;
+    IntensityOptions intensities;
     RefinementParameters refinement;
     std::optional<double> dfRefineIntensityLow;  ///< counts, of the peaks of a pair
     std::optional<double> dfRefineIntensityHigh;

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "crystal/cellrefinement.h"
+#include "integration/integrationfiles.h"
+#include "integration/integrationresult.h"
 #include "lattice/axissearch.h"
 #include "lattice/latticeanalysis.h"
 #include "lattice/latticefit.h"
@@ -68,6 +70,12 @@ struct IndexResult {
     bool bOppositeSense = false;               ///< the tilts say that the series was turned the other way
 };
 
+struct IntegrateResult {
+    std::optional<IntegrationResult> result;  ///< none where there are no intensities
+    IntegrationFiles files;
+    QString strReason;  ///< why there are none
+};
+
 /// How the positions of the peaks were measured that a cell was refined with.
 enum class PairPositions { WholePixels, SubPixels, SubPixelsConstant };
 
@@ -98,6 +106,7 @@ struct RoadResults {
     std::optional<LatticeAnalysis> lattice;  ///< of the cell in force
     std::optional<IndexResult> index;
     std::optional<GeometryRefinement> geometry;
+    std::optional<IntegrateResult> integrate;
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
 

@@ -7,15 +7,16 @@
 namespace tessera {
 
 /// Shifts and direct beam, peaks of the frames, reflections of the peaks, cell, indices, geometry refined
-/// against them, cell from pairs of peaks.
-enum class RoadStage { Shifts, Peaks, Merge, Cell, Index, Geometry, Refine };
+/// against them, intensities of all reflections, cell from pairs of peaks.
+enum class RoadStage { Shifts, Peaks, Merge, Cell, Index, Geometry, Integrate, Refine };
 
 /// The names by which options and summaries call the stages, in the order of the road.
 inline const QStringList& roadStageNames()
 {
-    static const QStringList list = {
-        QStringLiteral("shifts"), QStringLiteral("peaks"),    QStringLiteral("merge"), QStringLiteral("cell"),
-        QStringLiteral("index"),  QStringLiteral("geometry"), QStringLiteral("refine")};
+    static const QStringList list = {QStringLiteral("shifts"),    QStringLiteral("peaks"),
+                                     QStringLiteral("merge"),     QStringLiteral("cell"),
+                                     QStringLiteral("index"),     QStringLiteral("geometry"),
+                                     QStringLiteral("integrate"), QStringLiteral("refine")};
     return list;
 }
 

@@ -1,5 +1,6 @@
 #include "road/stagejudgement.h"
 
+#include "road/intensityjudgement.h"
 #include "road/judgement.h"
 
 #include <QStringList>
@@ -209,6 +210,8 @@ std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results)
             return judgeIf(results.index.has_value(), judgeIndexResult);
         case RoadStage::Geometry:
             return judgeIf(results.geometry.has_value(), judgeGeometryResult);
+        case RoadStage::Integrate:
+            return judgeIf(results.integrate.has_value(), judgeIntensities);
         case RoadStage::Refine:
             return judgeIf(results.refine.has_value(), judgeRefineResult);
     }

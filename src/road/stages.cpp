@@ -17,6 +17,8 @@ StageResult runStage(RoadStage stage, RoadState& state)
             return runIndexStage(state);
         case RoadStage::Geometry:
             return runGeometryStage(state);
+        case RoadStage::Integrate:
+            return runIntegrateStage(state);
         case RoadStage::Refine:
             return runRefineStage(state);
     }

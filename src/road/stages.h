@@ -29,6 +29,12 @@ StageResult runIndexStage(RoadState& state);
 /// and cell. Where there is nothing to refine it says so and leaves all as it was.
 StageResult runGeometryStage(RoadState& state);
 
+/// The intensities of all reflections that cross the Ewald sphere, predicted from the refined geometry or,
+/// where there is none, from that in force; scaled, merged and judged. Writes the files of structure
+/// solution. Where the frames give no intensities, or the cell is not worth it, it says so and leaves all as
+/// it was.
+StageResult runIntegrateStage(RoadState& state);
+
 /// The cell from the distances of indexed peaks on one frame, with the positions as hunted and as fitted;
 /// nothing but log and results tells it.
 StageResult runRefineStage(RoadState& state);

@@ -1,0 +1,66 @@
+#include "road/integrationtable.h"
+#include "road/intensities.h"
+#include "road/stagejudgement.h"
+#include "road/stages.h"
+
+namespace tessera {
+
+namespace {
+
+/// Why a cell is not worth the reading of all frames; empty where it is.
+QString whyNotIntegrated(const RoadState& state)
+{
+    const std::optional<CellResult>& cell = state.results.cell;
+    if (state.options.bAccept || !cell || !cell->fit || fitsLattice(*cell->fit)) {
+        return {};
+    }
+    return QStringLiteral(
+        "Most of the peaks do not lie on the lattice of this cell, so there is nothing to "
+        "predict from it; --accept integrates all the same.");
+}
+
+}  // namespace
+
+StageResult runIntegrateStage(RoadState& state)
+{
+    beginStage(state, RoadStage::Integrate);
+    CRoadReport& report = state.report;
+    RoadResults& results = state.results;
+    IntegrateResult& integrate = results.integrate.emplace();
+    integrate.strReason = whyNotIntegrated(state);
+    if (!integrate.strReason.isEmpty()) {
+        report.addMessage(QStringLiteral("Not integrated. %1").arg(integrate.strReason), Severity::Milestone);
+        return {};
+    }
+    IntegrationResult result;
+    const IntensityOptions& options = state.options.intensities;
+    const RunOutcome outcome = findIntensities(
+        state.dataSet, state.mapping, results.geometry ? &*results.geometry : nullptr,
+        results.lattice ? &*results.lattice : nullptr, options, state.options.jobs(), report, result);
+    if (outcome.end == RunEnd::Stopped) {
+        return report.ended(outcome);
+    }
+    if (!outcome.finished()) {
+        // The stages before have done their work, and what these frames cannot give is no fault of the run.
+        integrate.strReason = outcome.strReason;
+        report.addMessage(
+            QStringLiteral("There are no intensities; files of a former run stay as they were."),
+            Severity::Milestone);
+        return {};
+    }
+    for (const QString& strLine : integrationTable(result)) {
+        report.addMessage(strLine);
+    }
+    QString strReason;
+    if (!writeIntensities(state.dataSet, result, options,
+                          {state.options.strKnownCellFile, state.options.strMaskFile}, report,
+                          integrate.files, &strReason)) {
+        integrate.strReason = strReason;
+        return report.failed(
+            QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
+    }
+    integrate.result = std::move(result);
+    return {};
+}
+
+}  // namespace tessera

@@ -1,0 +1,117 @@
+#include "road/intensities.h"
+
+#include "crystal/cellarithmetic.h"
+#include "integration/geometryforintegration.h"
+#include "lattice/latticebasis.h"
+#include "records/runends.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace tessera {
+
+namespace {
+
+/// The cell that the observations have their indices of, in double precision, with its errors where a
+/// refinement tells them.
+JudgedLattice judgedLattice(const SeriesGeometry& series, const GeometryRefinement* refined,
+                            const LatticeAnalysis* lattice)
+{
+    JudgedLattice judged;
+    Eigen::Matrix3d matReciprocal;
+    for (int n = 0; n < 3; ++n) {
+        const DoubleVector& vec = series.geometry.aBasis[size_t(n)];
+        matReciprocal.row(n) << vec[0], vec[1], vec[2];
+    }
+    judged.cell = cellOf(matReciprocal.inverse().transpose());
+    if (refined && refined->done()) {
+        judged.cellErrors = refined->free.cellErrors;
+    }
+    if (lattice) {
+        judged.listType = lattice->listType;
+    }
+    return judged;
+}
+
+}  // namespace
+
+const QStringList& laueClassNames()
+{
+    static const QStringList list =
+        QStringLiteral("-1 2/m mmm 4/m 4/mmm -3 -3m1 -31m -3m 6/m 6/mmm m-3 m-3m").split(QLatin1Char(' '));
+    return list;
+}
+
+RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
+                           const GeometryRefinement* refined, const LatticeAnalysis* lattice,
+                           const IntensityOptions& options, int nJobs, CRunReport& report,
+                           IntegrationResult& result)
+{
+    std::optional<SeriesGeometry> series = seriesGeometry(dataSet, mapping, refined);
+    if (!series) {
+        return refuseRun(report,
+                         QStringLiteral("To integrate, a cell and the tilts and shifts of all frames are "
+                                        "needed."));
+    }
+    series->rotation = options.rotation;
+    IntegrationOptions integration;
+    integration.dfMaxDStar = options.dfDMin > 0 ? 1 / options.dfDMin : 0;
+    integration.bProfileFit = options.bProfileFit;
+    if (lattice && lattice->whole.strCentring.size() == 1) {
+        integration.chCentring = lattice->whole.strCentring[0].toLatin1();
+    }
+    IntegratedSeries integrated;
+    const RunOutcome outcome = integrateSeries(dataSet, *series, integration, nJobs, report, integrated);
+    if (!outcome.finished()) {
+        return outcome;
+    }
+    JudgementOptions judgement;
+    judgement.scaling.bScale = options.bScale;
+    judgement.scaling.bDecay = options.bScale;
+    judgement.dfDMin = options.dfDMin;
+    judgement.strLaueClass = options.strLaueClass;
+    judgement.nSpaceGroup = options.nSpaceGroup;
+    IntegrationResult judged = judgeIntegration(integrated, *series, judgedLattice(*series, refined, lattice),
+                                                judgement, report);
+    if (!report.goOn()) {
+        return {RunEnd::Stopped, {}};
+    }
+    if (judged.quality.listMerged.empty()) {
+        return failRun(report, QStringLiteral("No reflection was measured: there is nothing to merge."));
+    }
+    result = std::move(judged);
+    return outcome;
+}
+
+bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
+                      const IntensityOptions& options, const QStringList& listTaken, CRunReport& report,
+                      IntegrationFiles& files, QString* pstrReason)
+{
+    const QString strFile = fileOfProject(dataSet, ResultFile::Integrated);
+    const int nMost = 255;  // bytes of a name, of the file systems that are in use
+    if (QFile::encodeName(QFileInfo(strFile).fileName()).size() > nMost) {
+        files = {};
+        report.addMessage(QStringLiteral("No files of the intensities: the name of the series is too long."),
+                          Severity::Milestone);
+        return true;
+    }
+    StructureOptions structure;
+    structure.strName = dataSet.m_strProjectName;
+    structure.dfWavelength = dataSet.m_dfWavelength;
+    structure.formula = options.formula;
+    structure.nUnits = options.nUnits;
+    const StructureData data = structureData(result, structure);
+    QString strBase = strFile;
+    strBase.chop(resultSuffix(ResultFile::Integrated).size());
+    if (!writeIntegrationFiles(result, data, strBase, listTaken, files, pstrReason)) {
+        return false;
+    }
+    for (const QString& strNote : files.listNote) {
+        report.addMessage(strNote, Severity::Milestone);
+    }
+    report.addMessage(
+        QStringLiteral("Intensities written: %1").arg(files.listFile.join(QStringLiteral(", "))));
+    return true;
+}
+
+}  // namespace tessera

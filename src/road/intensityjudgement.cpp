@@ -1,0 +1,92 @@
+#include "road/intensityjudgement.h"
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+// Half sets with less in common hold no signal that counts: Karplus & Diederichs (2012), Science 336, 1030.
+const double g_dfCcHalfBad = 0.3;
+const double g_dfCcHalfGood = 0.9;
+// Electrons that scatter more than once leave 0.1 to 0.25 to good data.
+const double g_dfRIntGood = 0.3;
+// Structures are solved from less, but rarely without help.
+const double g_dfCompletenessGood = 0.6;
+const double g_dfIOverSigmaGood = 3;
+const double g_dfSecondClass = 0.5;  ///< of the likelihood of the best
+const int g_nFewUnique = 20;         ///< numbers from fewer say little, good or bad
+
+QString several(double dfValue, int nDecimals)
+{
+    return std::isfinite(dfValue) ? QString::number(dfValue, 'f', nDecimals) : QStringLiteral("not known");
+}
+
+QString summaryOf(const IntegrationResult& result)
+{
+    const ShellQuality& quality = result.quality.overall;
+    return QStringLiteral(
+               "%1 observations of %2 reflections to %3 Å (%4% complete) agree in %5 with Rint %6 and "
+               "CC1/2 %7")
+        .arg(quality.nObserved)
+        .arg(quality.nUnique)
+        .arg(quality.dfDMin, 0, 'f', 2)
+        .arg(100 * quality.dfCompleteness, 0, 'f', 1)
+        .arg(result.chosen.strClass, several(quality.dfRInt, 3), several(quality.dfCcHalf, 3));
+}
+
+/// What is doubtful of them, in words.
+QStringList doubts(const IntegrationResult& result)
+{
+    const ShellQuality& quality = result.quality.overall;
+    QStringList list;
+    if (quality.nUnique < g_nFewUnique) {
+        list.append(QStringLiteral("so few reflections say little"));
+    }
+    if (quality.dfRInt > g_dfRIntGood || quality.dfCcHalf < g_dfCcHalfGood) {
+        list.append(QStringLiteral("equivalent reflections agree poorly"));
+    }
+    if (!std::isfinite(quality.dfRInt)) {
+        list.append(QStringLiteral("no reflection was measured twice"));
+    }
+    if (!(quality.dfCompleteness >= g_dfCompletenessGood)) {
+        list.append(QStringLiteral("much is missing"));
+    }
+    if (!(quality.dfIOverSigma >= g_dfIOverSigmaGood)) {
+        list.append(
+            QStringLiteral("intensities are %1 sigmas in the mean").arg(several(quality.dfIOverSigma, 1)));
+    }
+    const std::vector<LaueCandidate>& listClass = result.laue.listCandidate;
+    if (listClass.size() > 1 && listClass[1].dfLikelihood > g_dfSecondClass * listClass[0].dfLikelihood) {
+        list.append(
+            QStringLiteral("%1 is nearly as likely as %2").arg(listClass[1].strClass, listClass[0].strClass));
+    }
+    return list;
+}
+
+}  // namespace
+
+Judgement judgeIntensities(const RoadResults& results)
+{
+    Judgement judgement = {roadStageName(RoadStage::Integrate), Verdict::Doubtful, QString(), 0};
+    const IntegrateResult& integrate = *results.integrate;
+    if (!integrate.result) {
+        judgement.strReason = QStringLiteral("There are no intensities. %1").arg(integrate.strReason);
+        return judgement;
+    }
+    const ShellQuality& quality = integrate.result->quality.overall;
+    QStringList listReason = {summaryOf(*integrate.result)};
+    judgement.dfFigure = std::isfinite(quality.dfRInt) ? quality.dfRInt : 0;
+    if (quality.dfCcHalf < g_dfCcHalfBad && quality.nUnique >= g_nFewUnique) {
+        judgement.verdict = Verdict::Bad;
+        listReason.append(QStringLiteral("equivalent reflections have little in common"));
+    } else {
+        const QStringList listDoubt = doubts(*integrate.result);
+        judgement.verdict = listDoubt.isEmpty() ? Verdict::Good : Verdict::Doubtful;
+        listReason += listDoubt;
+    }
+    judgement.strReason = listReason.join(QStringLiteral("; ")) + QLatin1Char('.');
+    return judgement;
+}
+
+}  // namespace tessera

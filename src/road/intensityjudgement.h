@@ -1,0 +1,13 @@
+// Judgement of the intensities: what the stage that integrates is worth.
+#pragma once
+
+#include "road/roadresults.h"
+
+namespace tessera {
+
+/// Bad where equivalent reflections tell nothing of one another. Doubtful without intensities, where
+/// equivalents agree poorly, much is missing, little is above the noise, or another Laue class is nearly as
+/// likely. The results need those of the stage.
+Judgement judgeIntensities(const RoadResults& results);
+
+}  // namespace tessera
