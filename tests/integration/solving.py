@@ -101,6 +101,19 @@ def distances(atoms, peaks, root):
     return length.min(axis=1), apart[np.arange(len(atoms)), nearest]
 
 
+def best_shift(atoms, peaks, parts=48):
+    """Where the pattern of the atoms has to go to cover most of the peaks: the top of their correlation on a grid."""
+    def spread(places):
+        grid = np.zeros((parts,) * 3)
+        np.add.at(grid, tuple(np.rint(places * parts).astype(int).T % parts), 1)
+        return np.fft.rfftn(grid)
+    near = np.zeros((parts,) * 3)
+    for step in itertools.product((-1, 0, 1), repeat=3):
+        near[step] = 1
+    correlation = np.fft.irfftn(spread(peaks) * spread(atoms).conj() * np.fft.rfftn(near), s=near.shape)
+    return np.array(np.unravel_index(correlation.argmax(), near.shape)) / parts
+
+
 def worst_atom(peaks, cell, truth, limit=0.5):
     """The number of true atoms without a peak within the limit, the greatest and the root mean square distance of
     those that have one. Origin, hand and setting are free."""
@@ -109,16 +122,14 @@ def worst_atom(peaks, cell, truth, limit=0.5):
     best = (len(atoms) + 1, np.inf, np.inf)
     for matrix in settings(cell, truth["cell"]):
         moved = peaks @ np.linalg.inv(matrix)
-        for start in [peak - atom for peak in moved[:3] for atom in atoms]:
+        start = best_shift(atoms, moved)
+        for _ in range(5):
             length, apart = distances(atoms, moved - start, root)
-            if np.mean(length < limit) < 0.6:
-                continue
-            for _ in range(3):
+            if (length < limit).any():
                 start = start + apart[length < limit].mean(axis=0)
-                length, apart = distances(atoms, moved - start, root)
-            hit = length[length < limit]
-            result = (int(np.sum(length >= limit)), hit.max(initial=0), float(np.sqrt(np.mean(hit**2))))
-            best = min(best, result)
-            if best[0] == 0:
-                return best
+        hit = length[length < limit]
+        if len(hit):
+            best = min(best, (int(np.sum(length >= limit)), float(hit.max()), float(np.sqrt(np.mean(hit**2)))))
+        if best[0] == 0:
+            break
     return best
