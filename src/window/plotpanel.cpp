@@ -251,19 +251,32 @@ void PlotPanel::setPictureAxes(const QSizeF& size)
 }
 
 /// The picture in the middle of the canvas, as large as it fits.
+///
+/// Other numbers beside an axis make the canvas another one, and that other numbers again: a few steps come
+/// close enough, and what the canvas does meanwhile begins nothing of its own.
 void PlotPanel::fitPicture()
 {
-    const QSizeF sizeCanvas = canvas()->contentsRect().size();
-    if (m_sizePicture.isEmpty() || sizeCanvas.isEmpty()) {
+    if (m_sizePicture.isEmpty() || m_bFitting) {
         return;
     }
-    const double dfUnits = std::max(m_sizePicture.width() / sizeCanvas.width(),
-                                    m_sizePicture.height() / sizeCanvas.height());  // of a pixel
-    const double dfMoreX = (dfUnits * sizeCanvas.width() - m_sizePicture.width()) / 2;
-    const double dfMoreY = (dfUnits * sizeCanvas.height() - m_sizePicture.height()) / 2;
-    setAxisScale(QwtPlot::xBottom, -dfMoreX, m_sizePicture.width() + dfMoreX);
-    setAxisScale(QwtPlot::yLeft, m_sizePicture.height() + dfMoreY, -dfMoreY);  // rows count downwards
-    replot();
+    m_bFitting = true;
+    QSizeF sizeFitted;
+    const int nSteps = 3;
+    for (int n = 0; n < nSteps; ++n) {
+        const QSizeF sizeCanvas = canvas()->contentsRect().size();
+        if (sizeCanvas.isEmpty() || sizeCanvas == sizeFitted) {
+            break;
+        }
+        sizeFitted = sizeCanvas;
+        const double dfUnits = std::max(m_sizePicture.width() / sizeCanvas.width(),
+                                        m_sizePicture.height() / sizeCanvas.height());  // of a pixel
+        const double dfMoreX = (dfUnits * sizeCanvas.width() - m_sizePicture.width()) / 2;
+        const double dfMoreY = (dfUnits * sizeCanvas.height() - m_sizePicture.height()) / 2;
+        setAxisScale(QwtPlot::xBottom, -dfMoreX, m_sizePicture.width() + dfMoreX);
+        setAxisScale(QwtPlot::yLeft, m_sizePicture.height() + dfMoreY, -dfMoreY);  // rows count downwards
+        replot();
+    }
+    m_bFitting = false;
 }
 
 bool PlotPanel::eventFilter(QObject* pObject, QEvent* pEvent)

@@ -71,7 +71,8 @@ private:
 
     QVector<PlotSeries> m_vecSeries;
     QString m_strFileStem;
-    QSizeF m_sizePicture;  ///< of the axes of a picture; else empty
+    bool m_bFitting = false;  ///< a fit of the picture is under way
+    QSizeF m_sizePicture;     ///< of the axes of a picture; else empty
 };
 
 }  // namespace tessera

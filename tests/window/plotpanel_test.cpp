@@ -89,6 +89,13 @@ TEST(PlotPanel, ArrowsOfAPictureStandWhereTheyPointAtOneScale)
     };
     EXPECT_TRUE(pixelsNear(50, 20) > 0 && pixelsNear(60, 40) > 0 && pixelsNear(69, 58) > 0);
     EXPECT_EQ(pixelsNear(40, 60), 0);
+    // Sizes at which the numbers beside an axis, and by them the canvas, change to and fro.
+    for (int nWidth = 240; nWidth < 420; ++nWidth) {
+        panel.resize(nWidth, 500 - nWidth);
+        QCoreApplication::processEvents();
+    }
+    const QwtScaleMap map = panel.canvasMap(QwtPlot::yLeft);
+    EXPECT_LT(map.transform(0), map.transform(100));
 }
 
 }  // namespace tessera
