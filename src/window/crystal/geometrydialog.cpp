@@ -73,7 +73,8 @@ QString whyFixed(const GeometryRefinement& refinement, int nNumber)
 void setHeightOfRows(QTableWidget* pTable)
 {
     pTable->setMinimumHeight(pTable->horizontalHeader()->sizeHint().height() +
-                             pTable->verticalHeader()->length() + 2 * pTable->frameWidth());
+                             pTable->verticalHeader()->length() +
+                             pTable->horizontalScrollBar()->sizeHint().height() + 2 * pTable->frameWidth());
 }
 
 }  // namespace
@@ -100,6 +101,7 @@ GeometryDialog::GeometryDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
             [this] { showResiduals(); });
     connect(m_pTable, &QTableWidget::itemChanged, this,
             [this](const QTableWidgetItem* pItem) { linkBoxes(pItem->row()); });
+    resize(1200, 720);  // with its frame on a screen of 1280
     setLook({});
     setReady(false, false);
     setMessage(
@@ -116,7 +118,7 @@ QWidget* GeometryDialog::makeNumbers()
                "without one it stays as it is. e.s.d. is the estimated standard deviation."));
     makeRows();
     m_pTable->horizontalHeader()->setStretchLastSection(true);
-    m_pTable->setMinimumWidth(460);
+    m_pTable->setMinimumWidth(560);
     setHeightOfRows(m_pTable);
 
     m_pTableCell = makeTable({tr("Cell"), tr("Before"), tr("Free"), tr("e.s.d."), tr("Held"), tr("e.s.d.")},
@@ -131,7 +133,7 @@ QWidget* GeometryDialog::makeNumbers()
     for (int nRow = 0; nRow < m_pTableCell->rowCount(); ++nRow) {
         m_pTableCell->setItem(nRow, CellName, new QTableWidgetItem(astrName[size_t(nRow)]));
     }
-    m_pTableCell->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_pTableCell->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     setHeightOfRows(m_pTableCell);
 
     m_pComboCell = new QComboBox(pBox);
@@ -304,9 +306,9 @@ void GeometryDialog::fillNumbers()
             const DiffractionGeometry& before = m_look->refinement.before;
             const auto text = [&](double df) { return numberText(row.dfFactor * df, row.nDecimals); };
             const bool bFree = holds(pModel->fit.listFree, row.number);
-            listText = QStringList{text(numbersOf(before, before.plane.axis)[n]), text(pModel->fit.numbers[n]),
-                        bFree ? text(pModel->errors[n]) : QString(),
-                        bFree ? QString() : whyFixed(m_look->refinement, row.number)};
+            listText = QStringList{text(numbersOf(before, before.plane.axis)[n]),
+                                   text(pModel->fit.numbers[n]), bFree ? text(pModel->errors[n]) : QString(),
+                                   bFree ? QString() : whyFixed(m_look->refinement, row.number)};
         }
         for (int nColumn = Before; nColumn < Why; ++nColumn) {
             setRightItem(m_pTable, nRow, nColumn, listText[nColumn - Before]);

@@ -42,15 +42,17 @@ double arrowScale(const std::vector<FieldArrow>& listArrow, double dfSquare)
     return dfPower * (dfDigit >= 5 ? 5 : dfDigit >= 2 ? 2 : 1);
 }
 
-/// Faint dots, and the means of bins over them.
-void addWithMeans(PlotPanel& panel, const QString& strName, const QVector<QPointF>& vecPoint,
-                  const QColor& color, const QColor& colorFaint, int nBins)
+void addDots(PlotPanel& panel, const QVector<QPointF>& vecPoint, const QColor& color)
 {
     PlotSeries dots{PlotSeries::Kind::Points, {}, vecPoint};
-    dots.color = colorFaint;
+    dots.color = color;
     dots.nPointSize = 2;
     panel.addSeries(dots);
-    const BinnedMeans means = binnedMeans(vecPoint, nBins);
+}
+
+void addMeans(PlotPanel& panel, const QString& strName, const QVector<QPointF>& vecPoint, const QColor& color)
+{
+    const BinnedMeans means = binnedMeans(vecPoint, g_nBins);
     PlotSeries line{PlotSeries::Kind::LineAndPoints, strName, means.vecMean, means.vecError};
     line.color = color;
     panel.addSeries(line);
@@ -62,8 +64,10 @@ void showBoth(PlotPanel& panel, const QString& strOne, const QVector<QPointF>& v
 {
     panel.clearSeries();
     panel.addLevel(0);
-    addWithMeans(panel, strOne, vecOne, g_colorOne, g_colorFaintOne, g_nBins);
-    addWithMeans(panel, strOther, vecOther, g_colorOther, g_colorFaintOther, g_nBins);
+    addDots(panel, vecOne, g_colorFaintOne);
+    addDots(panel, vecOther, g_colorFaintOther);
+    addMeans(panel, strOne, vecOne, g_colorOne);
+    addMeans(panel, strOther, vecOther, g_colorOther);
     panel.showSeries();
 }
 
@@ -99,9 +103,8 @@ void showField(PlotPanel& panel, const std::vector<SpotResidual>& listResidual, 
     if (!listResidual.empty()) {
         panel.addSeries(beam);
     }
-    panel.setTitles(ResidualPlots::tr("Mean residual in each square of %1 px, arrows %2 times enlarged")
-                        .arg(QLocale::system().toString(dfSquare, 'f', 0),
-                             QLocale::system().toString(arrows.dfArrowScale, 'g', 3)),
+    panel.setTitles(ResidualPlots::tr("Means by squares, %1 × enlarged")
+                        .arg(QLocale::system().toString(arrows.dfArrowScale, 'g', 3)),
                     ResidualPlots::tr("x (px)"), ResidualPlots::tr("y (px)"));
     panel.setPictureAxes(bounds.size);
     panel.showSeries();
@@ -208,7 +211,8 @@ void ResidualPlots::setResiduals(const std::vector<SpotResidual>& listResidual, 
     m_pPlotTilt->setTitles({}, tr("Tilt (°)"), tr("Residual along the beam (px)"));
     m_pPlotTilt->clearSeries();
     m_pPlotTilt->addLevel(0);
-    addWithMeans(*m_pPlotTilt, tr("along the beam"), vecAlong, g_colorOther, g_colorFaintOther, g_nBins);
+    addDots(*m_pPlotTilt, vecAlong, g_colorFaintOther);
+    addMeans(*m_pPlotTilt, tr("along the beam"), vecAlong, g_colorOther);
     m_pPlotTilt->showSeries();
 }
 
