@@ -70,8 +70,8 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
     EXPECT_GE(c.foundShare(2), 0.99);
 }
 
-// An ellipse and a barrel. Told by the project the cell is right, untold it is far off; and the refined
-// project of the untold series, taken again, begins where the first run ended.
+// An ellipse and a barrel. Told by project or options the cell is right, untold it is far off; and the
+// refined project of the untold series, taken again, begins where the first run ended.
 TEST(RoadOfALens, IsThatOfItsProject)
 {
     const QStringList listOption = {"--ellipse-amplitude",  "1.2",   "--ellipse-azimuth",    "30",
