@@ -45,7 +45,8 @@ double lossOf(double dfSquare)
     return 2 * (std::sqrt(1 + dfSquare) - 1);
 }
 
-/// Where the sum of the losses of the distances from it is least, from the medians on.
+/// The mean of the peaks, with weights that let those far off (pixels) count for nothing, from the medians
+/// on. Source: Geman & McClure (1987), Bull. Int. Stat. Inst. 52, 5–21.
 FramePlace middleOf(const std::vector<FramePlace>& listPoint)
 {
     std::vector<double> listX, listY;
@@ -58,7 +59,7 @@ FramePlace middleOf(const std::vector<FramePlace>& listPoint)
         FramePlace sum;
         double dfSum = 0;
         for (const FramePlace& point : listPoint) {
-            const double dfWeight = 1 / std::sqrt(1 + square(point - middle));
+            const double dfWeight = std::pow(1 + square(point - middle), -2);
             sum = {sum.dfX + dfWeight * point.dfX, sum.dfY + dfWeight * point.dfY};
             dfSum += dfWeight;
         }

@@ -1,11 +1,13 @@
 #include "refinement/geometryrefinement.h"
 
 #include "refinement/bravaisfit.h"
+#include "refinement/fixednumbers.h"
 #include "refinement/geometryrounds.h"
 #include "refinement/geometryterms.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace tessera {
 
@@ -202,6 +204,23 @@ public:
         return runRounds(fit, false);
     }
 
+    /// Spots without indices that lie where reflections are expected take part from here on.
+    /// @return false where it cannot go on with them
+    bool takeOthers(GeometryFit& fit)
+    {
+        if (m_work.listRest.empty()) {
+            return true;
+        }
+        const size_t nRest = m_work.listRest.size();
+        m_result.nJoined = joinSpots(m_work, fit, m_limits);
+        m_report.addMessage(
+            QStringLiteral("Geometry: %1 of %2 peaks without indices lie where reflections are "
+                           "expected, and take part.")
+                .arg(m_result.nJoined)
+                .arg(nRest));
+        return m_result.nJoined == 0 || runRounds(fit, false);
+    }
+
     void putDrift(GeometryModel& model) const
     {
         model.listDrift = m_drift.listOffset;
@@ -215,8 +234,8 @@ public:
     bool isWorse(const GeometryFit& before, const GeometryFit& after)
     {
         const GeometryWork measured = m_work.withoutDrift();
-        m_result.nFitBefore = int(spotsWithin(measured, before, m_limits).size());
-        m_result.nFitAfter = int(spotsWithin(m_work, after, m_limits).size());
+        m_result.nFitBefore = indexedOf(spotsWithin(measured, before, m_limits));
+        m_result.nFitAfter = indexedOf(spotsWithin(m_work, after, m_limits));
         m_result.dfRmsBefore = rmsInPlane(measured.residuals(), before);
         m_result.dfRmsAfter = rmsInPlane(m_work.residuals(), after);
         const SpotLimits close = {m_limits.dfIndex, m_limits.dfPlane / 2, m_limits.dfAlong / 2};
@@ -231,6 +250,13 @@ public:
     }
 
 private:
+    /// How many had indices from the beginning.
+    int indexedOf(const std::vector<int>& listWithin) const
+    {
+        return int(std::count_if(listWithin.begin(), listWithin.end(),
+                                 [&](int n) { return m_work.listSpot[size_t(n)].bIndexed; }));
+    }
+
     void fixUndetermined(GeometryFit& fit)
     {
         const GeometryNormal normal = geometryNormal(m_work.residuals(), fit);
@@ -246,47 +272,6 @@ private:
     SpotLimits m_limits;
     FrameDrift m_drift;
 };
-
-void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report)
-{
-    for (const FixedNumber& fixed : listFixed) {
-        report.addMessage(QStringLiteral("Geometry: %1 is fixed: it %2.")
-                              .arg(geometryNumberName(fixed.nNumber), fixed.strWhy));
-    }
-}
-
-/// Says what became of stretching and ellipse, one of which stands in the place of the other, and of the
-/// offset.
-void noteOthers(GeometryRefinement& result)
-{
-    std::vector<FixedNumber>& listFixed = result.listFixed;
-    const auto isListed = [&](int nNumber) {
-        return std::any_of(listFixed.begin(), listFixed.end(),
-                           [&](const FixedNumber& fixed) { return fixed.nNumber == nNumber; });
-    };
-    if (result.best().bEllipse) {
-        listFixed.erase(std::remove_if(listFixed.begin(), listFixed.end(),
-                                       [](const FixedNumber& fixed) {
-                                           return fixed.nNumber == EllipseAlong ||
-                                                  fixed.nNumber == EllipseAcross;
-                                       }),
-                        listFixed.end());
-        listFixed.push_back({StretchingCos, QStringLiteral("has the ellipse in its place")});
-        listFixed.push_back({StretchingSin, QStringLiteral("has the ellipse in its place")});
-        if (!result.constrained) {
-            listFixed.push_back({EllipseAlong, QStringLiteral("cannot be told from a free cell")});
-        }
-    } else {
-        for (const int nNumber : {EllipseAlong, EllipseAcross}) {
-            if (!isListed(nNumber)) {
-                listFixed.push_back({nNumber, QStringLiteral("has the stretching in its place")});
-            }
-        }
-    }
-    if (!isListed(TiltOffset)) {
-        listFixed.push_back({TiltOffset, QStringLiteral("cannot be told from a turn of the crystal")});
-    }
-}
 
 /// Free and constrained fits of peaks that can be used.
 void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
@@ -317,7 +302,7 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
         return;
     }
     const bool bEllipse = chooseTerms(work, options, result.dfTiltRange, fit, result.listFixed, report);
-    if (!refinement.runRounds(fit, false)) {
+    if (!refinement.runRounds(fit, false) || !refinement.takeOthers(fit)) {
         return;
     }
     if (options.bDrift && refinement.takeOutDrift(fit, options.nFrames) &&
@@ -365,6 +350,11 @@ GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const Diff
         spot.dfWeight = spot.dfWeight > 0 ? spot.dfWeight
                                           : 1;  // negative after subtraction of the background
     }
+    GeometryWork work;
+    std::partition_copy(listSpot.begin(), listSpot.end(), std::back_inserter(work.listSpot),
+                        std::back_inserter(work.listRest),
+                        [](const GeometrySpot& spot) { return spot.bIndexed; });
+    listSpot = std::move(work.listSpot);
     result.nPeaks = int(listSpot.size());
     if (!isUsable(start) || listSpot.empty()) {
         result.strReason = listSpot.empty()
@@ -376,7 +366,6 @@ GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const Diff
     }
     numberChains(listSpot);
     result.dfTiltRange = tiltRange(listSpot);
-    GeometryWork work;
     work.listSpot = std::move(listSpot);
     work.fixed = start;
     work.dfAzimuthZero = start.plane.axis;

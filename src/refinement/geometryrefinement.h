@@ -55,7 +55,8 @@ struct GeometryRefinement {
     std::optional<GeometryModel>
         constrained;                     ///< under the Bravais type that costs no more than 2 % of the rms
     std::vector<FixedNumber> listFixed;  ///< of the last model
-    int nPeaks = 0;                      ///< given
+    int nPeaks = 0;                      ///< given with indices
+    int nJoined = 0;                     ///< of those without, that lay where reflections are expected
     int nFitBefore = 0;                  ///< of them within the last limits, with the geometry before
     int nFitAfter = 0;                   ///< and after
     double dfRmsBefore = 0;              ///< pixels, of the peaks kept
@@ -81,7 +82,8 @@ struct GeometryRefinement {
 /// that all lengths of the cell have its error in common. Standard errors hold what the residuals show, not
 /// that.
 ///
-/// @param listSpot  indexed peaks; their chains are numbered here
+/// Peaks without indices that lie where reflections are expected, once the terms are chosen, take part too.
+/// @param listSpot  peaks, indexed and others; their chains are numbered here
 /// @param start     with wavelength, size of a pixel and the cell in force
 /// @return with a reason where fewer than 20 peaks, indices in one plane, or a cell that few of the peaks fit
 ///         leave nothing to fit, where the run was stopped, or where the end is worse than the beginning

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace tessera {
 
@@ -42,6 +43,21 @@ std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot
     return listMean;
 }
 
+/// The whole triple that real indices lie near, but for that of the direct beam.
+std::optional<std::array<int, 3>> wholeIndices(const DoubleVector& index, double dfTolerance)
+{
+    std::array<int, 3> anIndex = {};
+    for (size_t i = 0; i < 3; ++i) {
+        const double dfWhole = std::round(index[i]);
+        if (!(std::abs(index[i] - dfWhole) <= dfTolerance && std::abs(dfWhole) < 1e6)) {
+            return std::nullopt;
+        }
+        anIndex[i] = int(dfWhole);
+    }
+    const bool bBeam = anIndex == std::array<int, 3>{};
+    return bBeam ? std::nullopt : std::optional<std::array<int, 3>>(anIndex);
+}
+
 /// The spots whose chain lies near a whole triple of indices, which they get.
 std::vector<int> indexChains(std::vector<GeometrySpot>& listSpot, const DiffractionGeometry& geometry,
                              double dfTolerance)
@@ -49,17 +65,8 @@ std::vector<int> indexChains(std::vector<GeometrySpot>& listSpot, const Diffract
     const std::vector<DoubleVector> listIndex = chainIndices(listSpot, geometry);
     std::vector<int> listNear;
     for (size_t n = 0; n < listSpot.size(); ++n) {
-        const DoubleVector& index = listIndex[size_t(listSpot[n].nChain)];
-        bool bNear = true, bBeam = true;
-        std::array<int, 3> anIndex = {};
-        for (size_t i = 0; i < 3; ++i) {
-            const double dfWhole = std::round(index[i]);
-            bNear = bNear && std::abs(index[i] - dfWhole) <= dfTolerance && std::abs(dfWhole) < 1e6;
-            anIndex[i] = bNear ? int(dfWhole) : 0;
-            bBeam = bBeam && anIndex[i] == 0;
-        }
-        if (bNear && !bBeam) {
-            listSpot[n].anIndex = anIndex;
+        if (const auto whole = wholeIndices(listIndex[size_t(listSpot[n].nChain)], dfTolerance)) {
+            listSpot[n].anIndex = *whole;
             listNear.push_back(int(n));
         }
     }
@@ -83,6 +90,18 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
         distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[size_t(n)]]));
     }
     return distances;
+}
+
+/// The distances of spots each by itself.
+Distances distancesAlone(std::vector<GeometrySpot>& listSpot, const GeometryWork& work,
+                         const GeometryFit& fit)
+{
+    std::vector<int> listAll;
+    for (GeometrySpot& spot : listSpot) {
+        spot.nChain = int(listAll.size());
+        listAll.push_back(spot.nChain);
+    }
+    return distancesOf({listSpot, listAll, work.fixed, work.dfAzimuthZero}, fit);
 }
 
 /// How far a typical spot moves along the beam while the crystal turns by a frame, pixels.
@@ -138,7 +157,7 @@ void GeometryWork::setDrift(std::vector<FramePlace> listNew)
     const auto driftOf = [](const std::vector<FramePlace>& list, int nFrame) {
         return size_t(nFrame) < list.size() ? list[size_t(nFrame)] : FramePlace();
     };
-    for (GeometrySpot& spot : listSpot) {
+    const auto moveSpot = [&](GeometrySpot& spot) {
         const FramePlace was = driftOf(listDrift, spot.nFrame), now = driftOf(listNew, spot.nFrame);
         spot.place.dfX += was.dfX - now.dfX;
         spot.place.dfY += was.dfY - now.dfY;
@@ -146,15 +165,19 @@ void GeometryWork::setDrift(std::vector<FramePlace> listNew)
             spot.finePlace->dfX += was.dfX - now.dfX;
             spot.finePlace->dfY += was.dfY - now.dfY;
         }
-    }
+    };
+    std::for_each(listSpot.begin(), listSpot.end(), moveSpot);
+    std::for_each(listRest.begin(), listRest.end(), moveSpot);
     listDrift = std::move(listNew);
 }
 
 GeometryWork GeometryWork::withFinePlaces() const
 {
     GeometryWork work = *this;
-    for (GeometrySpot& spot : work.listSpot) {
-        spot.place = spot.finePlace.value_or(spot.place);
+    for (std::vector<GeometrySpot>* pList : {&work.listSpot, &work.listRest}) {
+        for (GeometrySpot& spot : *pList) {
+            spot.place = spot.finePlace.value_or(spot.place);
+        }
     }
     return work;
 }
@@ -205,6 +228,34 @@ SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfInde
                               dfDeviations / dfMedianLine * medianOf(distances.listAlong));
     work.listUsed = within(work.listNear, distances, limits);
     return limits;
+}
+
+int joinSpots(GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits)
+{
+    const DiffractionGeometry geometry = work.geometryOf(fit);
+    std::vector<GeometrySpot> listNear, listRest, listUsed;
+    for (GeometrySpot& spot : work.listRest) {
+        const auto whole = wholeIndices(
+            indicesOfPoint(geometry, pointOfPlace(geometry, spot.place, spot.dfTilt)), limits.dfIndex);
+        spot.anIndex = whole.value_or(spot.anIndex);
+        (whole ? listNear : listRest).push_back(spot);
+    }
+    for (const int n : work.listUsed) {
+        listUsed.push_back(work.listSpot[size_t(n)]);
+    }
+    // A reflection is seen on this side of the sphere and on that alike: twice the median is nearly all of
+    // it.
+    const double dfAlong = 2 * medianOf(distancesAlone(listUsed, work, fit).listAlong);
+    const Distances distances = distancesAlone(listNear, work, fit);
+    int nJoined = 0;
+    for (size_t n = 0; n < listNear.size(); ++n) {
+        const bool bJoins = distances.listPlane[n] <= limits.dfPlane && distances.listAlong[n] <= dfAlong;
+        (bJoins ? work.listSpot : listRest).push_back(listNear[n]);
+        nJoined += bJoins;
+    }
+    work.listRest = std::move(listRest);
+    numberChains(work.listSpot);
+    return nJoined;
 }
 
 std::vector<int> spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits)

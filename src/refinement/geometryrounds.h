@@ -19,6 +19,7 @@ struct SpotLimits {
 /// The peaks of a refinement and what of them is in use.
 struct GeometryWork {
     std::vector<GeometrySpot> listSpot;  ///< with the indices of the last round, freed of the drift
+    std::vector<GeometrySpot> listRest;  ///< those without indices, freed of the drift too
     std::vector<int> listUsed;           ///< ascending
     std::vector<int> listNear;           ///< near a whole triple of indices in the last round, ascending
     std::vector<FramePlace> listDrift;   ///< pixels, of each frame's beam beside the centre; empty for none
@@ -45,6 +46,11 @@ std::vector<FrameDistance> frameDistances(const GeometryWork& work, const Geomet
 /// deviations, which are estimated from the medians.
 /// @return the limits that were used
 SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfIndexTolerance);
+
+/// Takes those of the spots without indices that lie where a reflection is expected, among the others: within
+/// the limits in the plane, and along the beam as near as the spots in use lie each by itself.
+/// @return how many
+int joinSpots(GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits);
 
 /// The spots that lie within limits, each chain with the indices next to it, ascending.
 std::vector<int> spotsWithin(const GeometryWork& work, const GeometryFit& fit, const SpotLimits& limits);

@@ -15,8 +15,9 @@ struct GeometrySpot {
     FramePlace place;                     ///< relative to the frame's direct beam, pixels, as measured
     std::optional<FramePlace> finePlace;  ///< likewise, to fractions of a pixel, where that was measured
     std::array<int, 3> anIndex = {};      ///< h, k, l along the axes of the cell in force
-    double dfWeight = 1;                  ///< intensity, above 0: its share in the place along the beam
-    int nChain = 0;                       ///< the run of frames that one reflection was seen on, from 0
+    bool bIndexed = true;  ///< false: has no indices yet, and gets some where the geometry tells them
+    double dfWeight = 1;   ///< intensity, above 0: its share in the place along the beam
+    int nChain = 0;        ///< the run of frames that one reflection was seen on, from 0
 };
 
 /// Numbers the chains: peaks of the same indices whose frames lie no more than `nGap` apart from one to the

@@ -68,7 +68,7 @@ TEST(FrameDrift, jumpsButNotByFewOrFalsePeaks)
     EXPECT_EQ(drift.nIntervals, 0);
     const FramePlace& usual = drift.listOffset[0];
     for (const int nFrame : {20, 45, 61}) {
-        EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfX, usual.dfX, 1e-9) << nFrame;
+        EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfX, usual.dfX, 0.05) << nFrame;
     }
     for (const int nFrame : {30, 31}) {
         EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfX - usual.dfX, 2, 0.3) << nFrame;
