@@ -44,6 +44,13 @@ PlaneTerms<PlaneJet> planeJets(const GeometryNumbers& numbers, double dfCos, dou
     return planeTermsOf(aJet, dfCos, dfSin);
 }
 
+PlaneTerms<double> planeValues(const GeometryNumbers& numbers, double dfCos, double dfSin)
+{
+    std::array<double, g_nPlaneNumbers> aValue;
+    std::copy_n(numbers.begin() + Axis, g_nPlaneNumbers, aValue.begin());
+    return planeTermsOf(aValue, dfCos, dfSin);
+}
+
 }  // namespace
 
 CGeometryResiduals::CGeometryResiduals(const std::vector<GeometrySpot>& listSpot, std::vector<int> listUsed,
@@ -93,6 +100,7 @@ void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm
         listTurn.push_back(frameTurn(numbers, m_fixed.dfMiddleTilt, dfTilt));
     }
     const PlaneTerms<PlaneJet> terms = planeJets(numbers, m_dfCos, m_dfSin);
+    const PlaneTerms<double> values = planeValues(numbers, m_dfCos, m_dfSin);
     const double dfPixel = m_fixed.dfPixelSize;
     Eigen::Matrix<double, 3, Eigen::Dynamic> matDerivative(3, nFree);
     for (int n = 0; n < spots(); ++n) {
@@ -100,8 +108,9 @@ void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm
         const FrameTurn& turn = listTurn[size_t(m_listTiltOf[size_t(n)])];
         const Eigen::Vector3d vecIndex(spot.anIndex[0], spot.anIndex[1], spot.anIndex[2]);
         const Eigen::Vector3d vecPoint = matBasis * vecIndex;
-        const std::array<PlaneJet, 3> seen = spherePoint(terms, m_fixed, spot.place);
-        const Eigen::Vector3d vecOff = (Eigen::Vector3d(seen[0].a, seen[1].a, seen[2].a) -
+        // Derivatives cost some times what the values do.
+        const std::array<double, 3> seenValue = spherePoint(values, m_fixed, spot.place);
+        const Eigen::Vector3d vecOff = (Eigen::Vector3d(seenValue[0], seenValue[1], seenValue[2]) -
                                         turn.matTurn * vecPoint) /
                                        dfPixel;
         const int nChainRow = m_listChainRow[size_t(n)];
@@ -111,6 +120,7 @@ void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm
         if (!pJacobian) {
             continue;
         }
+        const std::array<PlaneJet, 3> seen = spherePoint(terms, m_fixed, spot.place);
         for (int nColumn = 0; nColumn < nFree; ++nColumn) {
             const int nNumber = listFree[size_t(nColumn)];
             if (isOfCell(nNumber)) {

@@ -45,7 +45,7 @@ TEST(SpotCentre, liesWhereTheSpotIs)
         dfWorst = std::max(dfWorst, std::hypot(exact->x() - dfX, exact->y() - dfY));
         // The width need not be known exactly.
         putSpot(img, dfX, dfY, 100, 1.5, 5, random);
-        const std::optional<QPointF> noisy = spotCentre(img, ptHunted + QPointF(1, 0), 1.8);
+        const std::optional<QPointF> noisy = spotCentre(img, ptHunted + QPointF(0.5, 0), 1.8);
         ASSERT_TRUE(noisy);
         dfSquares += std::pow(noisy->x() - dfX, 2) + std::pow(noisy->y() - dfY, 2);
     }
