@@ -1,4 +1,4 @@
-// The peaks of a data set, indexed and others, with the centres of their spots.
+// The indexed peaks of a data set with the centres of their spots.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -9,9 +9,8 @@
 
 namespace tessera {
 
-/// The spots of geometrySpots(), and of each frame behind them the other peaks of the frames without indices,
-/// with fine places from the frames: see moveToSpotCentres(). The width of the spots is measured on some of
-/// the frames.
+/// The spots of geometrySpots(), with fine places from the frames: see moveToSpotCentres(). The width of the
+/// spots is measured on some of the frames.
 ///
 /// The frames are read once. Where they cannot be read, show no spots whose width can be told, or where the
 /// report asks to stop, the spots have their hunted pixels alone, and a line says so.
