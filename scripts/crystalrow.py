@@ -82,9 +82,9 @@ def type_word(bravais):
 def intensities_head():
     """Two lines above the rows of intensities."""
     return "\n".join((
-        f"{'':12s}{'integrated, each passage':78s}{'merged':42s}{'symmetry'}",
+        f"{'':12s}{'integrated, each passage':87s}{'merged':42s}{'symmetry'}",
         f"{'crystal':12s}{'lines':>6s}{'d min':>7s}{'correl.':>9s}{'R(F)':>7s}{'by sig.':>8s}{'dev.²':>7s}{'I/sig.':>7s}"
-        f"{'I > 2 sigma of crossed':>24s}{'compl.':>9s}  {'correl.':>7s}{'R(F)':>7s}{'by sig.':>8s}{'dev.²':>7s}"
+        f"{'I > 2 sigma of crossed':>24s}{'compl.':>9s}{'to d min':>9s}  {'correl.':>7s}{'R(F)':>7s}{'by sig.':>8s}{'dev.²':>7s}"
         f"{'compl.':>9s}  {'Rint':>6s}  {'Laue':16s}group"))
 
 
@@ -116,7 +116,8 @@ def intensities_row(name, compare):
     return (f"{name:12s}" + number(integrated, "lines", 6, 0) + number(integrated, "dMin", 7, 2) +
             number(integrated, "correlation", 9, 4) + deviations(integrated) +
             number(integrated, "medianIOverSigma", 7, 1) + f"{observed:>15s}" +
-            share(integrated.get("observedShare"), 9) + share(integrated.get("completeness"), 9) + "  " +
+            share(integrated.get("observedShare"), 9) + share(integrated.get("completeness"), 9) +
+            share(integrated.get("completenessWithin"), 9) + "  " +
             number(merged, "correlation", 7, 4) + deviations(merged) + share(merged.get("completeness"), 9) + "  " +
             number(symmetry.get("told", {}), "rInt", 6, 3) + "  " + symmetry_words(symmetry))
 

@@ -134,8 +134,14 @@ int coverage(const std::vector<MatchedLine>& list, const std::map<Index, double>
 }
 
 void judgeCompleteness(const std::vector<MatchedLine>& list, const std::map<Index, double>& mapCrossed,
-                       const CEquivalentIndices& equivalents, IntensityJudgement& judgement)
+                       const CEquivalentIndices& equivalents, const Matrix3& matTrue,
+                       IntensityJudgement& judgement)
 {
+    double dfMost = 0;
+    for (const MatchedLine& line : list) {
+        dfMost = std::max(dfMost, line.truth.dfDStar);
+    }
+    judgement.dfDMin = dfMost > 0 ? 1 / dfMost : g_dfNone;
     std::map<Index, bool> mapMeasured;
     for (const MatchedLine& line : list) {
         if (line.bOnTruth) {
@@ -151,6 +157,10 @@ void judgeCompleteness(const std::vector<MatchedLine>& list, const std::map<Inde
         judgement.nCrossedObserved += bMeasured && it->second;
         judgement.nExpected += bExpected;
         judgement.nExpectedMeasured += bExpected && bMeasured;
+        const Vector3 vecIndex{double(anIndex[0]), double(anIndex[1]), double(anIndex[2])};
+        const bool bWithin = lengthOf(vecIndex * matTrue) <= dfMost * (1 + 1e-9);
+        judgement.nWithin += bWithin;
+        judgement.nWithinMeasured += bWithin && bMeasured;
     }
 }
 
@@ -280,19 +290,16 @@ IntensityJudgement judgeIntensities(const std::vector<ReflectionLine>& listLine,
     judgement.bRead = true;
     judgement.nLines = int(listBest.size());
     judgement.nWithoutSigma = int(listLine.size() - listBest.size());
-    double dfMost = 0;
     for (const MatchedLine& line : listBest) {
         judgement.nObserved += line.isObserved();
         judgement.nOffTruth += !line.bOnTruth;
-        dfMost = std::max(dfMost, line.truth.dfDStar);
     }
-    judgement.dfDMin = dfMost > 0 ? 1 / dfMost : g_dfNone;
     judgement.dfCorrelation = correlation(listBest, &TrueReflection::dfValue);
     judgement.dfCorrelationBare = correlation(listBest, &TrueReflection::dfBare);
     judgement.dfR = rOnF(listBest);
     judgement.dfDecayLeft = decayLeft(listBest);
     judgeDeviations(listBest, judgement);
-    judgeCompleteness(listBest, mapCrossed, equivalents, judgement);
+    judgeCompleteness(listBest, mapCrossed, equivalents, truth.basis(nLattice), judgement);
     return judgement;
 }
 

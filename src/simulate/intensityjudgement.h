@@ -44,9 +44,12 @@ struct IntensityJudgement {
     int nCrossedObserved = 0;  ///< of these, observed
     int nExpected = 0;         ///< with such a passage whose expected I / sigma is 2 and more
     int nExpectedMeasured = 0;
+    int nWithin = 0;  ///< with such a passage, expected or not, no farther out than the lines go
+    int nWithinMeasured = 0;
     std::vector<JudgedReflection> listWorst;  ///< the ten largest deviations
 
     double completeness() const { return nExpected > 0 ? double(nExpectedMeasured) / nExpected : 0; }
+    double completenessWithin() const { return nWithin > 0 ? double(nWithinMeasured) / nWithin : 0; }
     double completenessOfAll() const { return nCrossed > 0 ? double(nCrossedMeasured) / nCrossed : 0; }
     double observedShare() const { return nCrossed > 0 ? double(nCrossedObserved) / nCrossed : 0; }
 };

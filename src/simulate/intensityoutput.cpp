@@ -56,6 +56,7 @@ QJsonObject intensitiesToJson(const IntensityJudgement& judgement)
             {QStringLiteral("expected"), judgement.nExpected},
             {QStringLiteral("expectedMeasured"), judgement.nExpectedMeasured},
             {QStringLiteral("completeness"), judgement.completeness()},
+            {QStringLiteral("completenessWithin"), judgement.completenessWithin()},
             {QStringLiteral("completenessOfAll"), judgement.completenessOfAll()},
             {QStringLiteral("worst"), worst(judgement)}};
 }

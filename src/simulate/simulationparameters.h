@@ -40,6 +40,7 @@ struct SimulationParameters {
     SpotShape spotShape = SpotShape::Gaussian;
     double dfSaturation = 0;  ///< counts at which a pixel saturates; 0 never
     int nHotPixels = 8;
+    int nBlankFrame = 0;            ///< one without any beam, from 1; 0 none
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, along which the pattern is longer
     LensDistortion lens;            ///< its radius 0: half of the frame's side
@@ -49,14 +50,13 @@ struct SimulationParameters {
     double dfToldAxisOffset = 0;    ///< what the project's axis is off by, degrees
     bool bStretchTold = true;       ///< the project tells the stretching
     bool bLensTold = false;         ///< and the lens
-    int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
     bool bStepped = false;          ///< the crystal stands still during an exposure
+    int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
     double dfPrecession = 0;        ///< half opening of the beam's cone, degrees; above 0 it stands still too
     double dfFade = 1;              ///< scale of the spots on the last frame relative to the first
     double dfFadeB = 0;             ///< B that the crystal has gained on the last frame, Å²
     double dfScaleWobble = 0;       ///< largest relative deviation of the scale along the series
     double dfGain = 1;              ///< counts per electron
-    int nBlankFrame = 0;            ///< one without any beam, from 1; 0 none
     double dfForbidden = 0;         ///< intensity of what glide planes and screw axes forbid
     double dfSecondShare = 0;       ///< intensity of a second crystal relative to the first; 0 none
     bool bSecondTurned = false;     ///< the second stands turned against the first; else at random

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iterator>
 
 namespace tessera {
 
@@ -120,6 +121,17 @@ TEST(IntensityJudgement, TellsWhatIsWrong)
     }
     const IntensityJudgement half = judgeIntensities(listHalf, truth.adfCell, truth, 0, false);
     EXPECT_NEAR(half.completenessOfAll(), 0.5, 0.01);
+    EXPECT_NEAR(half.completenessWithin(), 0.5, 0.01);
+    // All to a limit.
+    std::vector<ReflectionLine> listInner;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(listInner), [&](const ReflectionLine& line) {
+        const Vector3 vec{double(line.anIndex[0]), double(line.anIndex[1]), double(line.anIndex[2])};
+        return lengthOf(vec * truth.matBasis) < 0.8;
+    });
+    const IntensityJudgement inner = judgeIntensities(listInner, truth.adfCell, truth, 0, false);
+    EXPECT_EQ(inner.completenessWithin(), 1);
+    EXPECT_LT(inner.completenessOfAll(), 0.9);
+    EXPECT_NEAR(inner.dfDMin, 1 / 0.8, 0.03);
     EXPECT_LT(half.nCrossedObserved, good.nCrossedObserved);
     EXPECT_GT(half.dfCorrelation, 0.999);
     // An intensity beside its index, an absent one, one without a sigma; a fall-off that was not taken out.
