@@ -79,7 +79,7 @@ SymmetryJudgement judgeSymmetry(const QJsonObject& quality, const QString& strCr
 {
     SymmetryJudgement judgement;
     const CrystalStructure* pStructure = findCrystalStructure(strCrystal);
-    if (quality.isEmpty() || !pStructure) {
+    if (!quality.contains(QStringLiteral("laueClass")) || !pStructure) {
         return judgement;
     }
     const QStringList listClassKey = {QStringLiteral("class"), QStringLiteral("name"),
@@ -91,7 +91,7 @@ SymmetryJudgement judgeSymmetry(const QJsonObject& quality, const QString& strCr
     judgement.strClass = nameOf(valueClass, listClassKey);
     judgement.bClassRight = plainClass(judgement.strClass) == judgement.strTrueClass;
     judgement.nClassRank = judgement.bClassRight ? 1 : 0;
-    const QJsonArray arrayClass = valueClass.toObject()[QStringLiteral("candidates")].toArray();
+    const QJsonArray arrayClass = quality[QStringLiteral("laueClasses")].toArray();
     for (int n = 0; n < arrayClass.size() && judgement.nClassRank == 0; ++n) {
         if (plainClass(nameOf(arrayClass[n], listClassKey)) == judgement.strTrueClass) {
             judgement.nClassRank = n + 1;

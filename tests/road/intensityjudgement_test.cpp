@@ -244,11 +244,11 @@ TEST(SymmetryJudgement, KnowsTheLaueClassesAndTakesEitherHand)
     EXPECT_TRUE(j.bClassRight);
     EXPECT_EQ(j.nGroupRank, 2);
     EXPECT_EQ(j.dfRInt, 0.1);
-    j = judgeSymmetry({{"laueClass", QJsonObject{{"class", "m-3"},
-                                                 {"candidates", QJsonArray{QJsonObject{{"class", "m-3"}},
-                                                                           QJsonObject{{"class", "m-3m"}}}}}},
-                       {"spaceGroups", QJsonArray{"I a -3 d:1", "I 41 3 2"}}},
-                      "pyrope");
+    j = judgeSymmetry(
+        {{"laueClass", "m-3"},
+         {"laueClasses", QJsonArray{QJsonObject{{"class", "m-3"}}, QJsonObject{{"class", "m-3m"}}}},
+         {"spaceGroups", QJsonArray{"I a -3 d:1", "I 41 3 2"}}},
+        "pyrope");
     EXPECT_FALSE(j.bClassRight);
     EXPECT_EQ(j.nClassRank, 2);
     EXPECT_EQ(j.nGroupRank, 1);
@@ -256,7 +256,7 @@ TEST(SymmetryJudgement, KnowsTheLaueClassesAndTakesEitherHand)
         judgeSymmetry({{"laueClass", "mmm"}, {"spaceGroups", QJsonArray{group("P n m a", 63)}}}, "forsterite")
             .nGroupRank,
         0);
-    EXPECT_FALSE(judgeSymmetry({}, "quartz").bRead);
+    EXPECT_FALSE(judgeSymmetry({{"integrated", false}}, "quartz").bRead);
     // Six equivalents of a general reflection of quartz and their inverses have one that stands for all.
     const CEquivalentIndices equivalents(QStringLiteral("quartz"));
     for (const auto& anIndex : {std::array<int, 3>{1, 2, 3}, {2, 1, -3}, {2, -3, 3}, {-1, -2, -3}}) {
