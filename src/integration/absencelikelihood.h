@@ -14,8 +14,8 @@ struct AbsenceRatio {
 /// The density of such a ratio where the class is forbidden: an exponential with a mean of 0.06.
 ///
 /// Multiple scattering fills absences: on a garnet (Ia-3d) 0kl to 0.045 and hhl to 0.17 of the allowed mean,
-/// while a kinematical crystal has 0. The exponential spans both; one part in twenty is one with a mean of 0.5,
-/// so that no single class decides alone.
+/// while a kinematical crystal has 0. The exponential spans both; one part in twenty is one with a mean of
+/// 0.5, so that no single class decides alone.
 double densityOfForbidden(const AbsenceRatio& ratio);
 
 /// The density where it is allowed: a gamma distribution with mean 1 and the variance that Wilson's

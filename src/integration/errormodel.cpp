@@ -235,4 +235,21 @@ ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const 
     return evenness.bKnown ? ErrorModel{evenness.dfA, errors.dfB} : ErrorModel{};
 }
 
+void applyErrorModel(const EquivalentGroups& groups, const ErrorModel& errors,
+                     std::vector<Observation>& listObservation)
+{
+    const std::vector<double> listMean = groupMeans(listObservation, groups, errors);
+    for (size_t n = 0; n < listObservation.size(); ++n) {
+        Observation& observation = listObservation[n];
+        observation.dfSigmaFactor = 1;
+        if (!isUsable(observation, 0)) {
+            continue;
+        }
+        const int nGroup = groups.listGroup[n];
+        const double dfMean = nGroup >= 0 ? listMean[size_t(nGroup)] : observation.corrected();
+        const double dfSigma = observation.correctedSigma();
+        observation.dfSigmaFactor = std::sqrt(errors.variance(dfSigma, dfMean)) / dfSigma;
+    }
+}
+
 }  // namespace tessera

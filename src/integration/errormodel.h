@@ -34,4 +34,9 @@ std::vector<double> groupMeans(const std::vector<Observation>& listObservation,
 /// Sources: Evans (2006), Acta Cryst. D62, 72–82; Evans (2011), Acta Cryst. D67, 282–292.
 ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups);
 
+/// Puts the factor of the sigma into all measured observations: for those of a group by the group's mean, for
+/// others by their own intensity.
+void applyErrorModel(const EquivalentGroups& groups, const ErrorModel& errors,
+                     std::vector<Observation>& listObservation);
+
 }  // namespace tessera

@@ -1,6 +1,7 @@
 #include "integration/integrationjudgement.h"
 
 #include "integration/equivalents.h"
+#include "integration/framemeans.h"
 #include "integration/settingcell.h"
 
 #include <algorithm>
@@ -10,23 +11,6 @@
 namespace tessera {
 
 namespace {
-
-/// Asks whether to go on, and says nothing of steps on the way.
-class CQuietReport : public CRunReport {
-public:
-    explicit CQuietReport(CRunReport& report) : m_report(report) {}
-    bool goOn() override { return m_report.goOn(); }
-
-private:
-    CRunReport& m_report;
-};
-
-ObservationSymmetry plainSymmetry()
-{
-    ObservationSymmetry symmetry;
-    symmetry.ops = gemmi::symops_from_hall("-P 1");
-    return symmetry;
-}
 
 /// As measured, on the scale of the Lorentz factor alone.
 std::vector<Observation> withoutScales(std::vector<Observation> listObservation)
@@ -166,8 +150,7 @@ IntegrationResult judgeIntegration(const IntegratedSeries& integrated, const Ser
     result.integrated = integrated;
     std::vector<Observation>& list = result.integrated.listObservation;
     const int nFrames = series.frameCount();
-    CQuietReport quiet(report);
-    scaleObservations(list, plainSymmetry(), nFrames, options.scaling, quiet);
+    scaleByFrameMeans(list);
     result.laue = proposeLaueClass(list, lattice.listType, lattice.cell);
     result.chosen = chosenClass(result.laue, options, report);
     result.cell = result.chosen.cell;

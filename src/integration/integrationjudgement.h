@@ -27,8 +27,8 @@ struct JudgedLattice {
     std::vector<LatticeType> listType;  ///< LatticeAnalysis::listType of it; empty: those of the cell alone
 };
 
-/// Scales in -1, proposes the Laue class, scales in that class, merges (unscaled, scaled, after rejection),
-/// ranks the space groups and foretells the completeness of a longer series.
+/// Scales by the means of the frames, proposes the Laue class, scales in that class, merges (unscaled,
+/// scaled, after rejection), ranks the space groups and foretells the completeness of a longer series.
 ///
 /// A Laue class or space group that was asked for and that the lattice does not have is told to the report,
 /// and the proposed one is taken. Where nothing was measured the result has the observations, the Laue class

@@ -29,14 +29,14 @@ struct PairSums {
     double dfProducts = 0;
     double dfVariance = 0;
 
-    void add(double dfOne, double dfOther, double dfVariances)
+    void add(double dfOne, double dfOther, double dfVarianceOfOne, double dfVarianceOfOther)
     {
-        const double df = 1 / (1 + dfVariances);
+        const double df = 1 / ((1 + dfVarianceOfOne) * (1 + dfVarianceOfOther));
         dfWeight += df;
         dfMean += df * (dfOne + dfOther) / 2;
         dfSquares += df * (dfOne * dfOne + dfOther * dfOther) / 2;
         dfProducts += df * dfOne * dfOther;
-        dfVariance += df * dfVariances / 2;
+        dfVariance += df * (dfVarianceOfOne + dfVarianceOfOther) / 2;
     }
     double spread() const { return dfSquares / dfWeight - dfMean / dfWeight * dfMean / dfWeight; }
     double correlation() const
@@ -94,7 +94,7 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
             continue;
         }
         ++agreement.nPairs;
-        sums.add(reflection.dfSquare, pOther->dfSquare, reflection.dfVariance + pOther->dfVariance);
+        sums.add(reflection.dfSquare, pOther->dfSquare, reflection.dfVariance, pOther->dfVariance);
         dfDifferences += std::abs(reflection.dfIntensity - pOther->dfIntensity);
         dfIntensities += reflection.dfIntensity + pOther->dfIntensity;
     }

@@ -25,8 +25,8 @@ public:
     /// @param primitive  to the primitive cell, in -1
     CRotationAgreement(const std::vector<Observation>& listObservation, const ObservationSymmetry& primitive);
 
-    /// The correlation is one of weights 1 / (1 + var1 + var2), the variances being those of the measurement
-    /// against the 1 of acentric E².
+    /// The correlation is one of weights 1 / ((1 + var1) (1 + var2)), the variances being those of the
+    /// measurement against the 1 of acentric E².
     /// @param matRotation  on columns of indices of the primitive cell
     RotationAgreement agreement(const Eigen::Matrix3i& matRotation) const;
 

@@ -72,23 +72,6 @@ void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation
     }
 }
 
-void putSigmaFactors(const EquivalentGroups& groups, const ErrorModel& errors,
-                     std::vector<Observation>& listObservation)
-{
-    const std::vector<double> listMean = groupMeans(listObservation, groups, errors);
-    for (size_t n = 0; n < listObservation.size(); ++n) {
-        Observation& observation = listObservation[n];
-        observation.dfSigmaFactor = 1;
-        if (!isUsable(observation, 0)) {
-            continue;
-        }
-        const int nGroup = groups.listGroup[n];
-        const double dfMean = nGroup >= 0 ? listMean[size_t(nGroup)] : observation.corrected();
-        const double dfSigma = observation.correctedSigma();
-        observation.dfSigmaFactor = std::sqrt(errors.variance(dfSigma, dfMean)) / dfSigma;
-    }
-}
-
 void resetCorrections(std::vector<Observation>& listObservation)
 {
     for (Observation& observation : listObservation) {
@@ -151,7 +134,7 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
         }
     }
     errors = fitErrorModel(listObservation, groups);
-    putSigmaFactors(groups, errors, listObservation);
+    applyErrorModel(groups, errors, listObservation);
     result.dfErrorA = errors.dfA;
     result.dfErrorB = errors.dfB;
     tellScaling(result, curves ? curves->scale.coefficientCount() : 0, report);
