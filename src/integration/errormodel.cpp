@@ -95,23 +95,26 @@ struct Evenness {
     bool bKnown = false;
 };
 
-/// Variance about 0, deviations beyond four robust sigmas taken as four.
-double clippedVariance(const std::vector<double>& listDeviation)
+/// Variance about 0.
+double varianceOf(const std::vector<double>& listDeviation, DeviationWidth width)
 {
     std::vector<double> listAbsolute;
     for (const double df : listDeviation) {
         listAbsolute.push_back(std::abs(df));
     }
-    const double dfLimit = 4 * 1.4826 * medianOf(std::move(listAbsolute));
+    const double dfSigma = 1.4826 * medianOf(std::move(listAbsolute));
+    if (width == DeviationWidth::Core) {
+        return dfSigma * dfSigma;
+    }
     double dfSum = 0;
     for (const double df : listDeviation) {
-        const double dfClipped = std::min(std::abs(df), dfLimit);
+        const double dfClipped = std::min(std::abs(df), 4 * dfSigma);
         dfSum += dfClipped * dfClipped;
     }
     return dfSum / double(listDeviation.size());
 }
 
-Evenness evennessOf(const Deviations& all, double dfB)
+Evenness evennessOf(const Deviations& all, double dfB, DeviationWidth width)
 {
     const ErrorModel errors = {1, dfB};
     std::vector<std::vector<double>> listBin(static_cast<size_t>(all.nBins));
@@ -132,7 +135,7 @@ Evenness evennessOf(const Deviations& all, double dfB)
     double dfSum = 0;
     double dfSquares = 0;
     for (const std::vector<double>& listDeviation : listBin) {
-        const double dfVariance = listDeviation.empty() ? 0 : clippedVariance(listDeviation);
+        const double dfVariance = listDeviation.empty() ? 0 : varianceOf(listDeviation, width);
         if (dfVariance > 0 && std::isfinite(dfVariance)) {
             const double dfLog = std::log(dfVariance);
             const double dfNumber = double(listDeviation.size());
@@ -150,15 +153,15 @@ Evenness evennessOf(const Deviations& all, double dfB)
 }
 
 /// The B of the least misfit: a walk over steps of a fifth, then thirds between its neighbours.
-double bestB(const Deviations& all)
+double bestB(const Deviations& all, DeviationWidth width)
 {
     const double dfSmallest = 0.002;
     const double dfLargest = 2;
     const double dfFactor = 1.2;
     double dfBest = 0;
-    double dfMisfit = evennessOf(all, 0).dfMisfit;
+    double dfMisfit = evennessOf(all, 0, width).dfMisfit;
     for (double df = dfSmallest; df < dfLargest; df *= dfFactor) {
-        const double dfOther = evennessOf(all, df).dfMisfit;
+        const double dfOther = evennessOf(all, df, width).dfMisfit;
         if (dfOther < dfMisfit) {
             dfMisfit = dfOther;
             dfBest = df;
@@ -172,9 +175,11 @@ double bestB(const Deviations& all)
     for (int n = 0; n < 12; ++n) {
         const double dfOne = dfLow + (dfHigh - dfLow) / 3;
         const double dfTwo = dfHigh - (dfHigh - dfLow) / 3;
-        (evennessOf(all, dfOne).dfMisfit < evennessOf(all, dfTwo).dfMisfit
-             ? dfHigh
-             : dfLow) = evennessOf(all, dfOne).dfMisfit < evennessOf(all, dfTwo).dfMisfit ? dfTwo : dfOne;
+        if (evennessOf(all, dfOne, width).dfMisfit < evennessOf(all, dfTwo, width).dfMisfit) {
+            dfHigh = dfTwo;
+        } else {
+            dfLow = dfOne;
+        }
     }
     return (dfLow + dfHigh) / 2;
 }
@@ -218,7 +223,8 @@ std::vector<double> groupMeans(const std::vector<Observation>& listObservation,
     return listMean;
 }
 
-ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups)
+ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                         DeviationWidth width)
 {
     Deviations all = collectDeviations(listObservation, groups);
     const size_t nFewest = 20;
@@ -229,9 +235,9 @@ ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const 
     sortIntoBins(all);
     ErrorModel errors;
     if (all.listIntensity.size() >= nFewestForB) {
-        errors.dfB = bestB(all);
+        errors.dfB = bestB(all, width);
     }
-    const Evenness evenness = evennessOf(all, errors.dfB);
+    const Evenness evenness = evennessOf(all, errors.dfB, width);
     return evenness.bKnown ? ErrorModel{evenness.dfA, errors.dfB} : ErrorModel{};
 }
 

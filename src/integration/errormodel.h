@@ -25,14 +25,21 @@ struct ErrorModel {
 std::vector<double> groupMeans(const std::vector<Observation>& listObservation,
                                const EquivalentGroups& groups, const ErrorModel& errors);
 
+/// What the width of deviations is taken from.
+enum class DeviationWidth {
+    All,  ///< their variance, those beyond four robust sigmas of their bin taken as four
+    Core  ///< the median of their amount: what most of them have, however many stray
+};
+
 /// A and B such that the normalized deviations (I - mean) / sqrt(sigma'² - var(mean)), in bins of equal count
 /// by intensity, have a variance of 1 all over; subtracting the variance of the mean is what corrects for the
-/// multiplicity. Deviations beyond four robust sigmas of their bin count as four. Outliers are left out.
+/// multiplicity. Outliers are left out.
 ///
 /// Below 90 deviations B is 0, and A alone is fitted; below 20, and where all agree exactly, the model stays
 /// (1, 0). A lies between 0.1 and 100, B between 0 and 2.
 /// Sources: Evans (2006), Acta Cryst. D62, 72–82; Evans (2011), Acta Cryst. D67, 282–292.
-ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups);
+ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                         DeviationWidth width = DeviationWidth::All);
 
 /// Puts the factor of the sigma into all measured observations: for those of a group by the group's mean, for
 /// others by their own intensity.

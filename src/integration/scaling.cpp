@@ -72,6 +72,39 @@ void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation
     }
 }
 
+/// Rejects what lies where the series shows less than a fifth of what its median frame shows: the crystal has
+/// left the beam or is spoiled, and the scale would make noise as large as intensities.
+void rejectFadedFrames(const ScaleCurves& curves, const std::vector<char>& listUsed,
+                       const EquivalentGroups& groups, std::vector<Observation>& listObservation,
+                       ScalingResult& result)
+{
+    std::vector<double> listLog;
+    for (size_t n = 0; n < listUsed.size(); ++n) {
+        if (listUsed[n]) {
+            listLog.push_back(curves.scale.value(double(n)));
+        }
+    }
+    if (listLog.empty()) {
+        return;
+    }
+    const auto itMiddle = listLog.begin() + std::ptrdiff_t(listLog.size() / 2);
+    std::nth_element(listLog.begin(), itMiddle, listLog.end());
+    const double dfMost = *itMiddle + std::log(5);
+    for (size_t n = 0; n < listObservation.size(); ++n) {
+        Observation& observation = listObservation[n];
+        if (groups.listGroup[n] >= 0 && (observation.nFlags & FlagOutlier) == 0 &&
+            curves.scale.value(observation.dfFrame) > dfMost) {
+            observation.nFlags |= FlagOutlier;
+            result.listRejected.push_back(
+                {int(n), 0, QStringLiteral("its frame shows less than a fifth of the median one")});
+        }
+    }
+    std::stable_sort(result.listRejected.begin(), result.listRejected.end(),
+                     [](const RejectedObservation& one, const RejectedObservation& other) {
+                         return one.nObservation < other.nObservation;
+                     });
+}
+
 void resetCorrections(std::vector<Observation>& listObservation)
 {
     for (Observation& observation : listObservation) {
@@ -128,10 +161,13 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
             result.nUsed = fitScaleCurves(listObservation, groups, errors, options.bDecay, *curves);
             putScales(*curves, putFrameScales(*curves, listUsed, result), listObservation);
         }
-        errors = fitErrorModel(listObservation, groups);
+        errors = fitErrorModel(listObservation, groups, DeviationWidth::Core);
         if (options.dfRejection > 0) {
             result.listRejected = rejectOutliers(listObservation, groups, errors, options.dfRejection);
         }
+    }
+    if (curves && options.dfRejection > 0) {
+        rejectFadedFrames(*curves, listUsed, groups, listObservation, result);
     }
     errors = fitErrorModel(listObservation, groups);
     applyErrorModel(groups, errors, listObservation);

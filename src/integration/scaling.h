@@ -29,14 +29,14 @@ std::array<int, 3> conventionalIndex(const ObservationSymmetry& symmetry, const 
 struct ScalingOptions {
     bool bScale = true;          ///< a scale smooth in the frame number
     bool bDecay = true;          ///< and a fall-off with resolution, smooth in the frame number
-    double dfRejection = 6;      ///< deviations of its group's median, in sigmas of the error model
+    double dfRejection = 4;      ///< deviations of its group's median, in sigmas of the error model
     int nFriedelPairsApart = 0;  ///< 1: Friedel's mates are not equivalent
 };
 
 /// An observation that was rejected.
 struct RejectedObservation {
     int nObservation = 0;    ///< place in the list
-    double dfDeviation = 0;  ///< in sigmas, signed
+    double dfDeviation = 0;  ///< in sigmas, signed; 0: for its frame, not for its intensity
     QString strWhy;
 };
 
@@ -49,7 +49,10 @@ struct ScalingResult {
     int nUsed = 0;  ///< observations that the scales are from
 };
 
-/// Puts Lorentz factor, scale, decay and error model into the observations, and the flag of the outliers.
+/// Puts Lorentz factor, scale, decay and error model into the observations, and the flag of the outliers: see
+/// lorentzfactor.h, scalecurves.h, errormodel.h and outlierrejection.h. Rejected is against the width that
+/// most deviations have, as multiple scattering makes tails; the sigmas then match what is left. Observations
+/// of frames that show less than a fifth of the median frame are rejected, too.
 ScalingResult scaleObservations(std::vector<Observation>& listObservation,
                                 const ObservationSymmetry& symmetry, int nFrames,
                                 const ScalingOptions& options, CRunReport& report);

@@ -1,0 +1,207 @@
+// Merging against gemmi's, and what series give that hold next to nothing.
+
+#include "integration/equivalents.h"
+#include "integration/integrationjudgement.h"
+#include "tests/integration/syntheticobservations.h"
+#include "tests/recordingreport.h"
+
+#include <gemmi/merge.hpp>
+#include <gemmi/reciproc.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <random>
+
+namespace tessera {
+
+namespace {
+
+gemmi::UnitCell cellOfGemmi(const CellParameters& cell)
+{
+    return {cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma};
+}
+
+gemmi::Intensities mergedByGemmi(const std::vector<Observation>& list, const char* pszGroup)
+{
+    gemmi::Intensities intensities;
+    intensities.spacegroup = &gemmi::get_spacegroup_by_name(pszGroup);
+    for (const Observation& observation : list) {
+        intensities.data.push_back(
+            {observation.anIndex, 0, 0, observation.corrected(), observation.correctedSigma()});
+    }
+    intensities.switch_to_asu_indices();
+    intensities.merge_in_place(gemmi::DataType::Mean);
+    return intensities;
+}
+
+}  // namespace
+
+TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
+{
+    SyntheticOptions options;
+    options.bPrimitive = false;
+    options.dfElectrons = 40;
+    options.dfB = 0.2;
+    options.dfDMin = 0.8;
+    const SyntheticSeries made = syntheticSeries(structureNamed("natrolite"), options);
+    const std::vector<Observation>& list = made.integrated.listObservation;
+    ObservationSymmetry symmetry;
+    symmetry.ops = gemmi::get_spacegroup_by_name("F m m m").operations();
+    const CellParameters cell = made.lattice.cell;
+    const MergingQuality quality = judgeMerging(list, symmetry, cell, made.series.frameCount(), 0.8);
+
+    const gemmi::Intensities merged = mergedByGemmi(list, "F m m m");
+    ASSERT_EQ(quality.listMerged.size(), merged.data.size());
+    std::map<std::array<int, 3>, gemmi::Intensities::Refl> mapMerged;
+    for (const gemmi::Intensities::Refl& one : merged.data) {
+        mapMerged[one.hkl] = one;
+    }
+    for (const MergedReflection& one : quality.listMerged) {
+        ASSERT_EQ(mapMerged.count(one.anIndex), 1u);
+        EXPECT_NEAR(one.dfIntensity, mapMerged[one.anIndex].value, 1e-9 * std::abs(one.dfIntensity));
+        EXPECT_NEAR(one.dfSigma, mapMerged[one.anIndex].sigma, 1e-9 * one.dfSigma);
+        EXPECT_EQ(one.nObserved, mapMerged[one.anIndex].nobs);
+    }
+    // Rint with gemmi's means, and CC1/2 as the mean of halves drawn at random.
+    std::map<std::array<int, 3>, std::vector<double>> mapGroup;
+    const gemmi::ReciprocalAsu asu(merged.spacegroup);
+    double dfDeviations = 0;
+    double dfIntensities = 0;
+    for (const Observation& observation : list) {
+        const std::array<int, 3> an = asu.to_asu(observation.anIndex, symmetry.ops).first;
+        mapGroup[an].push_back(observation.corrected());
+        if (mapMerged[an].nobs > 1) {
+            dfDeviations += std::abs(observation.corrected() - mapMerged[an].value);
+            dfIntensities += observation.corrected();
+        }
+    }
+    EXPECT_NEAR(quality.overall.dfRInt, dfDeviations / dfIntensities, 1e-9);
+    std::mt19937 random(7);
+    double dfCorrelation = 0;
+    const int nRounds = 100;
+    for (int n = 0; n < nRounds; ++n) {
+        gemmi::Correlation correlation;
+        for (auto& [an, listValue] : mapGroup) {
+            if (listValue.size() > 1) {
+                std::shuffle(listValue.begin(), listValue.end(), random);
+                const size_t nHalf = listValue.size() / 2;
+                double dfOne = 0;
+                double dfOther = 0;
+                for (size_t i = 0; i < listValue.size(); ++i) {
+                    (i < nHalf ? dfOne : dfOther) += listValue[i] /
+                                                     double(i < nHalf ? nHalf : listValue.size() - nHalf);
+                }
+                correlation.add_point(dfOne, dfOther);
+            }
+        }
+        dfCorrelation += correlation.coefficient() / nRounds;
+    }
+    EXPECT_NEAR(quality.overall.dfCcHalf, dfCorrelation, 0.01);
+    EXPECT_LT(quality.overall.dfCcHalf, 0.995);  // so that the comparison means something
+
+    EXPECT_EQ(quality.overall.nPossible,
+              gemmi::count_reflections(cellOfGemmi(cell), merged.spacegroup, 0.8 / (1 + 1e-6)));
+    int nUnique = 0;
+    int nPossible = 0;
+    for (const ShellQuality& shell : quality.listShell) {
+        nUnique += shell.nUnique;
+        nPossible += shell.nPossible;
+        EXPECT_NEAR(shell.nPossible, quality.overall.nPossible / 10.0, 0.2 * quality.overall.nPossible / 10);
+    }
+    EXPECT_EQ(nUnique, quality.overall.nUnique);
+    EXPECT_EQ(nPossible, quality.overall.nPossible);
+    EXPECT_NEAR(quality.listCompletenessByFrame.back(), quality.overall.dfCompleteness, 1e-12);
+    EXPECT_LT(quality.listCompletenessByFrame[20], 0.5);
+    EXPECT_NEAR(quality.dfWilsonB, 0.5, 0.4);  // all atoms of the crystal have 0.5
+}
+
+TEST(MergingQuality, FrameThatIsWrongStandsOut)
+{
+    SyntheticOptions options;
+    options.bPrimitive = false;
+    SyntheticSeries made = syntheticSeries(structureNamed("beryl"), options);
+    for (Observation& observation : made.integrated.listObservation) {
+        observation.dfIntensity *= std::lround(observation.dfFrame) == 60 ? 2 : 1;
+    }
+    ObservationSymmetry symmetry;
+    symmetry.ops = gemmi::get_spacegroup_by_name("P 6/m m m").operations();
+    const MergingQuality quality = judgeMerging(made.integrated.listObservation, symmetry, made.lattice.cell,
+                                                made.series.frameCount());
+    for (size_t n = 10; n < 130; ++n) {
+        if (n != 60) {
+            EXPECT_LT(quality.listFrame[n].dfRInt, 0.7 * quality.listFrame[60].dfRInt) << n;
+        }
+    }
+}
+
+// Whatever a series holds, the judgement comes to its end, with numbers that are finite where its docstrings
+// do not say otherwise.
+TEST(Judgement, BadInputGivesNoNonsense)
+{
+    const SyntheticSeries good = syntheticSeries(structureNamed("anatase"), {});
+    const double dfNone = std::numeric_limits<double>::quiet_NaN();
+    using Change = std::function<void(std::vector<Observation>&)>;
+    const auto each = [](const std::function<void(Observation&)>& fn) {
+        return Change([fn](std::vector<Observation>& list) { std::for_each(list.begin(), list.end(), fn); });
+    };
+    const std::map<std::string, Change> mapChange = {
+        {"empty", [](std::vector<Observation>& list) { list.clear(); }},
+        {"one", [](std::vector<Observation>& list) { list.resize(1); }},
+        {"two", [](std::vector<Observation>& list) { list.resize(2); }},
+        {"flagged", each([](Observation& o) { o.nFlags = FlagMasked; })},
+        {"unmeasured", each([](Observation& o) { o.dfSigma = 0; })},
+        {"zero", each([](Observation& o) { o.dfIntensity = 0; })},
+        {"negative", each([](Observation& o) { o.dfIntensity = -5; })},
+        {"equal", each([](Observation& o) { o.dfIntensity = 100; })},
+        {"huge", each([](Observation& o) {
+             o.dfIntensity *= 1e27;
+             o.dfSigma *= 1e27;
+         })},
+        {"beyond", each([](Observation& o) { o.dfIntensity = 1e300; })},
+        {"no number", each([dfNone](Observation& o) { o.dfIntensity = dfNone; })},
+        {"no frame", each([dfNone](Observation& o) { o.dfFrame = dfNone; })},
+        {"far frames", each([](Observation& o) { o.dfFrame *= 1e20; })},
+        {"no speed", each([](Observation& o) { o.dfSpeed = 0; })},
+        {"one reflection", each([](Observation& o) {
+             o.anIndex = {1, 2, 3};
+         })},
+        {"origin", each([](Observation& o) {
+             o.anIndex = {0, 0, 0};
+         })}};
+    for (const auto& [strName, fnChange] : mapChange) {
+        SCOPED_TRACE(strName);
+        IntegratedSeries integrated = good.integrated;
+        fnChange(integrated.listObservation);
+        CRecordingReport report;
+        const IntegrationResult result = judgeIntegration(integrated, good.series, good.lattice, {}, report);
+        EXPECT_EQ(result.integrated.listObservation.size(), integrated.listObservation.size());
+        ASSERT_FALSE(result.laue.listCandidate.empty());
+        EXPECT_TRUE(std::any_of(result.laue.listCandidate.begin(), result.laue.listCandidate.end(),
+                                [](const LaueCandidate& one) { return one.strClass == "-1"; }));
+        for (const LaueCandidate& candidate : result.laue.listCandidate) {
+            EXPECT_TRUE(candidate.dfLikelihood >= 0 && candidate.dfLikelihood <= 1);
+        }
+        EXPECT_TRUE(std::isfinite(result.scaling.dfErrorA) && std::isfinite(result.scaling.dfErrorB));
+        for (const double df : result.scaling.listFrameScale) {
+            EXPECT_TRUE(std::isfinite(df) && df > 0);
+        }
+        for (const SpaceGroupCandidate& candidate : result.spaceGroups.listCandidate) {
+            EXPECT_TRUE(candidate.dfLikelihood >= 0 && candidate.dfLikelihood <= 1);
+        }
+        for (const MergedReflection& merged : result.quality.listMerged) {
+            EXPECT_TRUE(std::isfinite(merged.dfIntensity) && merged.dfSigma > 0);
+        }
+        if (result.quality.listMerged.empty()) {
+            EXPECT_TRUE(report.said("red No reflection was measured"));
+            EXPECT_EQ(result.chosen.strClass, QString("-1"));
+        }
+    }
+    // No cell, no frames.
+    CRunReport report;
+    EXPECT_TRUE(judgeIntegration(good.integrated, {}, {}, {}, report).quality.listMerged.empty());
+}
+
+}  // namespace tessera
