@@ -49,9 +49,10 @@ bool isUsable(const Observation& observation, unsigned nExcluding)
     const double dfLargest = 1e30;  // squares and their sums stay finite
     const auto isSane = [&](double df) { return std::isfinite(df) && std::abs(df) < dfLargest; };
     return (observation.nFlags & nExcluding) == 0 && observation.isMeasured() &&
-           isSane(observation.dfIntensity) && isSane(observation.dfSigma) &&
-           observation.dfSigma > 1 / dfLargest && isSane(observation.corrected()) &&
-           isSane(observation.correctedSigma()) && observation.correctedSigma() > 1 / dfLargest;
+           isSane(observation.dfFrame) && isSane(observation.dfDStar) && isSane(observation.dfIntensity) &&
+           isSane(observation.dfSigma) && observation.dfSigma > 1 / dfLargest &&
+           isSane(observation.corrected()) && isSane(observation.correctedSigma()) &&
+           observation.correctedSigma() > 1 / dfLargest;
 }
 
 EquivalentGroups groupEquivalents(const std::vector<Observation>& listObservation,
