@@ -1,8 +1,7 @@
 #include "integration/lauesettings.h"
 
 #include "integration/asymmetricunit.h"
-
-#include <gemmi/unitcell.hpp>
+#include "integration/unitcell.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,11 +13,14 @@ namespace {
 
 LatticeBasis basisOf(const CellParameters& cell)
 {
-    const gemmi::UnitCell unitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+    const std::optional<gemmi::UnitCell> unitCell = unitCellOf(cell);
+    if (!unitCell) {
+        return LatticeBasis::Zero();
+    }
     LatticeBasis basis;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            basis(nRow, n) = unitCell.orth.mat[n][nRow];
+            basis(nRow, n) = unitCell->orth.mat[n][nRow];
         }
     }
     return basis;

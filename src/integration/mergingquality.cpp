@@ -3,9 +3,8 @@
 #include "integration/equivalents.h"
 #include "integration/mergedgroups.h"
 #include "integration/possiblereflections.h"
+#include "integration/unitcell.h"
 #include "integration/wilsonplot.h"
-
-#include <gemmi/unitcell.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -177,9 +176,9 @@ MergingQuality judgeMerging(const std::vector<Observation>& listObservation,
                             double dfDMin, int nShells)
 {
     MergingQuality quality;
-    const gemmi::UnitCell unitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+    const std::optional<gemmi::UnitCell> unitCell = unitCellOf(cell);
     EquivalentGroups groups = groupEquivalents(listObservation, symmetry);
-    const double dfLimit = dfDMin > 0 ? dfDMin : limitOf(groups, unitCell);
+    const double dfLimit = !unitCell ? 0 : dfDMin > 0 ? dfDMin : limitOf(groups, *unitCell);
     if (!(dfLimit > 0) || !std::isfinite(dfLimit)) {
         quality.overall = qualityOf({}, 0);
         quality.listFrame = qualityByFrame(listObservation, {}, {}, nFrames);
@@ -187,7 +186,7 @@ MergingQuality judgeMerging(const std::vector<Observation>& listObservation,
         quality.dfWilsonB = g_dfNone;
         return quality;
     }
-    groups = withinLimit(groups, unitCell, dfLimit);
+    groups = withinLimit(groups, *unitCell, dfLimit);
     const std::vector<MergedGroup> listMerged = mergeGroups(listObservation, groups);
     const CShells shells(dfLimit, nShells);
     std::vector<int> listPossible(size_t(shells.count()), 0);
@@ -201,7 +200,7 @@ MergingQuality judgeMerging(const std::vector<Observation>& listObservation,
     CAgreement whole;
     std::vector<CAgreement> listAgreement(size_t(shells.count()));
     for (size_t n = 0; n < listMerged.size(); ++n) {
-        const double dfDStar = std::sqrt(unitCell.calculate_1_d2(groups.listIndex[n]));
+        const double dfDStar = std::sqrt(unitCell->calculate_1_d2(groups.listIndex[n]));
         whole.add(listMerged[n]);
         listAgreement[size_t(shells.shellOf(dfDStar))].add(listMerged[n]);
         quality.listMerged.push_back(

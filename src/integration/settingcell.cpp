@@ -1,8 +1,8 @@
 #include "integration/settingcell.h"
 
-#include "lattice/latticebasis.h"
+#include "integration/unitcell.h"
 
-#include <gemmi/unitcell.hpp>
+#include "lattice/latticebasis.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,11 +14,15 @@ namespace {
 
 std::array<double, 6> transformed(const Eigen::Matrix3d& matTransform, const std::array<double, 6>& aCell)
 {
-    const gemmi::UnitCell cell(aCell[0], aCell[1], aCell[2], aCell[3], aCell[4], aCell[5]);
+    const std::optional<gemmi::UnitCell> cell = unitCellOf(
+        {aCell[0], aCell[1], aCell[2], aCell[3], aCell[4], aCell[5]});
+    if (!cell) {
+        return {};
+    }
     LatticeBasis basis;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            basis(nRow, n) = cell.orth.mat[n][nRow];
+            basis(nRow, n) = cell->orth.mat[n][nRow];
         }
     }
     return cellOf(matTransform * basis).numbers();

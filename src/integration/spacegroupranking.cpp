@@ -5,8 +5,7 @@
 #include "integration/reflectionzones.h"
 #include "integration/resolutionbins.h"
 #include "integration/spacegroupsettings.h"
-
-#include <gemmi/unitcell.hpp>
+#include "integration/unitcell.h"
 
 #include <algorithm>
 #include <cmath>
@@ -161,7 +160,10 @@ private:
 
     void collect(const std::vector<MergedReflection>& listMerged, const CellParameters& cell)
     {
-        const gemmi::UnitCell unitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+        const std::optional<gemmi::UnitCell> unitCell = unitCellOf(cell);
+        if (!unitCell) {
+            return;
+        }
         std::vector<PlaceInZone> listPlace;
         std::vector<double> listDStar;
         std::vector<double> listGeneralDStar;
@@ -172,7 +174,7 @@ private:
         }
         for (const MergedReflection& merged : listMerged) {
             listPlace.push_back(placeInZone(listZone, m_ops, merged.anIndex));
-            listDStar.push_back(std::sqrt(unitCell.calculate_1_d2(merged.anIndex)));
+            listDStar.push_back(std::sqrt(unitCell->calculate_1_d2(merged.anIndex)));
             if (listPlace.back().nZone < 0) {
                 listGeneralDStar.push_back(listDStar.back());
                 listGeneral.push_back(merged.dfIntensity);

@@ -1,9 +1,9 @@
 #include "integration/wilsonplot.h"
 
 #include "integration/asymmetricunit.h"
+#include "integration/unitcell.h"
 
 #include <gemmi/c4322.hpp>
-#include <gemmi/unitcell.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -60,10 +60,13 @@ WilsonPlot wilsonPlot(const std::vector<MergedReflection>& listMerged, const Obs
     WilsonPlot plot;
     plot.dfB = std::numeric_limits<double>::quiet_NaN();
     const CAsymmetricUnit unit(symmetry.ops);
-    const gemmi::UnitCell unitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);
+    const std::optional<gemmi::UnitCell> unitCell = unitCellOf(cell);
+    if (!unitCell) {
+        return plot;
+    }
     std::vector<Entry> listEntry;
     for (const MergedReflection& merged : listMerged) {
-        const double dfSquare = unitCell.calculate_1_d2(merged.anIndex) / 4;
+        const double dfSquare = unitCell->calculate_1_d2(merged.anIndex) / 4;
         if (std::isfinite(dfSquare) && dfSquare > 0) {
             listEntry.push_back({dfSquare, merged.dfIntensity / unit.epsilon(merged.anIndex) /
                                                meanSquareScattering(dfSquare)});

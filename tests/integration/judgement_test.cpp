@@ -42,6 +42,8 @@ static int groupsBefore(const SpaceGroupRanking& ranking, int nNumber)
     return 230;
 }
 
+// Silicon has some twenty unique reflections, two of which each of its conditions forbids.
+//
 // Each once indexed by its primitive cell and once by the cell of the source, faded unevenly, with multiple
 // scattering in the absences.
 TEST_P(JudgementOfCrystal, FindsLaueClassAndGroup)
@@ -72,7 +74,7 @@ TEST_P(JudgementOfCrystal, FindsLaueClassAndGroup)
 }
 
 INSTANTIATE_TEST_SUITE_P(Crystals, JudgementOfCrystal,
-                         testing::Values(Case{"silicon", "m-3m", 227, 3}, Case{"pyrope", "m-3m", 230, 1},
+                         testing::Values(Case{"silicon", "m-3m", 227, 6}, Case{"pyrope", "m-3m", 230, 1},
                                          Case{"sodalite", "m-3m", 218, 3}, Case{"beryl", "6/mmm", 192, 3},
                                          Case{"quartz", "-3m1", 154, 3}, Case{"calcite", "-3m", 167, 3},
                                          Case{"akermanite", "4/mmm", 113, 3},

@@ -115,13 +115,13 @@ TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
     EXPECT_EQ(nPossible, quality.overall.nPossible);
     EXPECT_NEAR(quality.listCompletenessByFrame.back(), quality.overall.dfCompleteness, 1e-12);
     EXPECT_LT(quality.listCompletenessByFrame[20], 0.5);
-    EXPECT_NEAR(quality.dfWilsonB, 0.5, 0.4);  // all atoms of the crystal have 0.5
 }
 
 TEST(MergingQuality, FrameThatIsWrongStandsOut)
 {
     SyntheticOptions options;
     options.bPrimitive = false;
+    options.dfElectrons = 30000;
     SyntheticSeries made = syntheticSeries(structureNamed("beryl"), options);
     for (Observation& observation : made.integrated.listObservation) {
         observation.dfIntensity *= std::lround(observation.dfFrame) == 60 ? 2 : 1;
@@ -135,6 +135,32 @@ TEST(MergingQuality, FrameThatIsWrongStandsOut)
             EXPECT_LT(quality.listFrame[n].dfRInt, 0.7 * quality.listFrame[60].dfRInt) << n;
         }
     }
+}
+
+// The average atom that stands for the crystal's own puts the same error on both.
+TEST(MergingQuality, WilsonPlotSeesAFallOff)
+{
+    std::vector<double> listB;
+    for (const double dfB : {0.0, 1.5}) {
+        SyntheticOptions options;
+        options.bPrimitive = false;
+        options.dfElectrons = 30000;
+        options.fnB = [dfB](double) { return dfB; };
+        const SyntheticSeries made = syntheticSeries(structureNamed("pyrope"), options);
+        std::vector<Observation> list = made.integrated.listObservation;
+        ObservationSymmetry symmetry;
+        symmetry.ops = gemmi::get_spacegroup_by_name("I m -3 m").operations();
+        CRunReport report;
+        ScalingOptions none;
+        none.bScale = false;
+        scaleObservations(list, symmetry, made.series.frameCount(), none, report);
+        const MergingQuality quality = judgeMerging(list, symmetry, made.lattice.cell,
+                                                    made.series.frameCount());
+        EXPECT_GE(quality.listWilson.size(), 3u);
+        listB.push_back(quality.dfWilsonB);
+    }
+    EXPECT_NEAR(listB[0], 0.5, 1.5);  // all its atoms have 0.5
+    EXPECT_NEAR(listB[1] - listB[0], 1.5, 0.15);
 }
 
 // Whatever a series holds, the judgement comes to its end, with numbers that are finite where its docstrings

@@ -43,7 +43,7 @@ SyntheticOptions fadingCrystal()
     };
     options.fnB = [](double dfFrame) { return 1.2 * dfFrame / 280; };
     options.dfA = 1.4;
-    options.dfB = 0.05;
+    options.dfB = 0.03;
     return options;
 }
 
@@ -73,7 +73,7 @@ TEST(Scaling, ScaleDecayAndErrorModelAreRecovered)
     EXPECT_NEAR(result.listFrameDecay.back(), 1.2, 0.15);
     EXPECT_EQ(result.listFrameDecay.front(), 0);
     EXPECT_NEAR(result.dfErrorA, 1.4, 0.1);
-    EXPECT_NEAR(result.dfErrorB, 0.05, 0.01);
+    EXPECT_NEAR(result.dfErrorB, 0.03, 0.006);
     EXPECT_LT(result.listRejected.size(), made.listTrue.size() / 500);
     // The sigmas hold against the truth, which the fit has not seen.
     double dfChi = 0;
@@ -130,13 +130,14 @@ TEST(Scaling, OutliersAreFoundAndGoodOnesKept)
     EXPECT_NEAR(result.dfErrorA, 1.4, 0.15);
 }
 
-// 25 observations, half of them twice as strong as the rest late in the series: not enough for a fade of two.
+// 24 observations, those late in the series twice as strong in the mean, but no surer than that: a fade of
+// two may be chance.
 TEST(Scaling, FewReflectionsDoNotBendTheScale)
 {
     std::vector<Observation> list;
     for (int n = 0; n < 12; ++n) {
-        list.push_back(measured({n + 1, 1, 0}, 5 + n % 2, 100, 30));
-        list.push_back(measured({-n - 1, -1, 0}, 90 + n % 2, 200, 40));
+        list.push_back(measured({n + 1, 1, 0}, 5 + n % 2, n % 3 == 0 ? 200 : 50, 60));
+        list.push_back(measured({-n - 1, -1, 0}, 90 + n % 2, n % 2 == 0 ? 350 : 50, 60));
     }
     CRunReport report;
     const ScalingResult result = scaleObservations(list, symmetryNamed("P -1"), 100, {}, report);
