@@ -150,7 +150,7 @@ IntegrationResult judgeIntegration(const IntegratedSeries& integrated, const Ser
     result.integrated = integrated;
     std::vector<Observation>& list = result.integrated.listObservation;
     const int nFrames = series.frameCount();
-    scaleByFrameMeans(list);
+    scaleByFrameMeans(list, nFrames);
     result.laue = proposeLaueClass(list, lattice.listType, lattice.cell);
     result.chosen = chosenClass(result.laue, options, report);
     result.cell = result.chosen.cell;

@@ -261,7 +261,8 @@ std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& list
         return std::nullopt;
     }
     const int nMostIntervals = 100;
-    const int nScale = std::clamp(std::min(nPartners / 150, nFrames / 3), 1, nMostIntervals);
+    const int nScale = std::clamp(std::min({nPartners / 40, 12 + nPartners / 200, nFrames / 3}), 1,
+                                  nMostIntervals);
     const int nDecay = std::clamp(std::min(nPartners / 600, nFrames / 10), 1, nMostIntervals / 10);
     return ScaleCurves{CSmoothCurve(0, nFrames - 1, nScale), CSmoothCurve(0, nFrames - 1, nDecay),
                        (dfLeast + dfMost) / 2, std::max((dfMost - dfLeast) / 2, 1e-6)};

@@ -26,8 +26,8 @@ struct ScaleCurves {
 };
 
 /// The curves before their fit, 0 everywhere, with as many knots as the observations in groups of two and
-/// more can carry: a knot for 150 of them, and at most for every three frames, and for the decay one for 600
-/// and for every ten frames.
+/// more can carry: a knot for 40 of them, from 600 on for 200 more, and at most for every three frames, and
+/// for the decay one for 600 and for every ten frames.
 /// @return none where fewer than 20 observations have a partner
 std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& listObservation,
                                             const EquivalentGroups& groups, int nFrames);

@@ -2,6 +2,7 @@
 
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
+#include "integration/framemeans.h"
 #include "integration/lorentzfactor.h"
 #include "integration/outlierrejection.h"
 #include "integration/scalecurves.h"
@@ -105,6 +106,12 @@ void rejectFadedFrames(const ScaleCurves& curves, const std::vector<char>& listU
                      });
 }
 
+/// Whether Friedel's mates are the only equivalents.
+bool isTriclinic(const ObservationSymmetry& symmetry)
+{
+    return symmetry.ops.sym_ops.size() <= 2;
+}
+
 void resetCorrections(std::vector<Observation>& listObservation)
 {
     for (Observation& observation : listObservation) {
@@ -146,7 +153,10 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
     const EquivalentGroups groups = groupEquivalents(listObservation, symmetry,
                                                      options.nFriedelPairsApart != 0);
     std::optional<ScaleCurves> curves;
-    if (options.bScale) {
+    if (options.bScale && isTriclinic(symmetry)) {
+        result.listFrameScale = frameMeanScales(listObservation, nFrames);
+        putFrameScales(result.listFrameScale, listObservation);
+    } else if (options.bScale) {
         curves = emptyScaleCurves(listObservation, groups, nFrames);
         if (!curves) {
             report.addMessage(QStringLiteral("Too few equivalent observations for scales along the series."));

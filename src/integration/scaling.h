@@ -52,7 +52,9 @@ struct ScalingResult {
 /// Puts Lorentz factor, scale, decay and error model into the observations, and the flag of the outliers: see
 /// lorentzfactor.h, scalecurves.h, errormodel.h and outlierrejection.h. Rejected is against the width that
 /// most deviations have, as multiple scattering makes tails; the sigmas then match what is left. Observations
-/// of frames that show less than a fifth of the median frame are rejected, too.
+/// of frames that show less than a fifth of the median frame are rejected, too. In the Laue class -1, whose
+/// equivalents lie on the same frames, scales come from the means of the frames (framemeans.h), without
+/// decay.
 ScalingResult scaleObservations(std::vector<Observation>& listObservation,
                                 const ObservationSymmetry& symmetry, int nFrames,
                                 const ScalingOptions& options, CRunReport& report);

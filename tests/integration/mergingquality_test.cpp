@@ -128,6 +128,11 @@ TEST(MergingQuality, FrameThatIsWrongStandsOut)
     }
     ObservationSymmetry symmetry;
     symmetry.ops = gemmi::get_spacegroup_by_name("P 6/m m m").operations();
+    CRunReport report;
+    ScalingOptions none;
+    none.bScale = false;
+    none.dfRejection = 0;
+    scaleObservations(made.integrated.listObservation, symmetry, made.series.frameCount(), none, report);
     const MergingQuality quality = judgeMerging(made.integrated.listObservation, symmetry, made.lattice.cell,
                                                 made.series.frameCount());
     for (size_t n = 10; n < 130; ++n) {

@@ -137,10 +137,10 @@ TEST(Scaling, FewReflectionsDoNotBendTheScale)
     std::vector<Observation> list;
     for (int n = 0; n < 12; ++n) {
         list.push_back(measured({n + 1, 1, 0}, 5 + n % 2, n % 3 == 0 ? 200 : 50, 60));
-        list.push_back(measured({-n - 1, -1, 0}, 90 + n % 2, n % 2 == 0 ? 350 : 50, 60));
+        list.push_back(measured({-n - 1, 1, 0}, 90 + n % 2, n % 2 == 0 ? 350 : 50, 60));
     }
     CRunReport report;
-    const ScalingResult result = scaleObservations(list, symmetryNamed("P -1"), 100, {}, report);
+    const ScalingResult result = scaleObservations(list, symmetryNamed("P 1 2/m 1"), 100, {}, report);
     EXPECT_EQ(result.nUsed, 24);
     for (const double df : result.listFrameScale) {
         EXPECT_GT(df, 0.7);
