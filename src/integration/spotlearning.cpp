@@ -174,18 +174,22 @@ private:
         if (!active.bStrong || (observation.nFlags & g_nExcludingFlags)) {
             return;
         }
+        // Others may run into its tails, but not into its middle.
+        std::vector<SpotMeasure> listMeasure;
         for (const SpotMeasure& measure : active.listMeasure) {
-            if (measure.nFlags & g_nUnfit) {
+            if (!(measure.nFlags & g_nUnfit)) {
+                listMeasure.push_back(measure);
+            } else if (std::abs(measure.dfExcitation[1]) < 2 * m_start.dfWidth) {
                 return;
             }
         }
-        const auto fit = fitRocking(active.listMeasure, m_start, observation.dfDStar, 1, true);
+        const auto fit = fitRocking(listMeasure, m_start, observation.dfDStar, 1, true);
         const SpotMeasure& middle = active.listMeasure[active.listMeasure.size() / 2];
         const double dfStep = std::abs(middle.dfExcitation[2] - middle.dfExcitation[0]);
         if (fit && fit->dfMisfit < 0.15 && dfStep < 2.5 * fit->dfWidth) {
             m_listWidth.push_back({observation.dfDStar, fit->dfWidth});
             m_listMiddle.push_back(fit->dfOff);
-            m_listTail.push_back(tailOf(active.listMeasure, *fit));
+            m_listTail.push_back(tailOf(listMeasure, *fit));
         }
     }
 
@@ -285,7 +289,8 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     model.dfRockingOff = 1.4826 * medianOr(listOff, 0);
 
     // Crystals with tails beyond a Gaussian are summed further out: by a width for each hundredth there.
-    learned.dfReach = 3 + std::clamp(100 * (medianOr(m_listTail, 0) - 0.005), 0.0, 3.0);
+    const double dfTail = m_listTail.size() >= 50 ? medianOr(m_listTail, 0) : 0;
+    learned.dfReach = 3 + std::clamp(100 * (dfTail - 0.005), 0.0, 3.0);
 
     model.dfSaturation = saturationOf(m_listCounts);
     learned.listBlank = blankFrames(m_listCounts);
