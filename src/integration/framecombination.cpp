@@ -118,7 +118,8 @@ public:
         for (const auto& [dfDStar, dfRatio] : list) {
             listOff.push_back(std::abs(dfRatio / at(dfDStar) - 1));
         }
-        m_dfSpread = listOff.empty() ? 0 : 1.4826 * median(listOff);
+        const double dfLeast = 0.02;  // no two spots are alike to better than that on a detector
+        m_dfSpread = listOff.empty() ? 0 : std::max(dfLeast, 1.4826 * median(listOff));
     }
 
     double at(double dfDStar) const
@@ -133,7 +134,8 @@ public:
             if (dfDStar <= m_listPoint[n].first) {
                 const double dfPart = (dfDStar - m_listPoint[n - 1].first) /
                                       std::max(m_listPoint[n].first - m_listPoint[n - 1].first, 1e-12);
-                return m_listPoint[n - 1].second + dfPart * (m_listPoint[n].second - m_listPoint[n - 1].second);
+                return m_listPoint[n - 1].second +
+                       dfPart * (m_listPoint[n].second - m_listPoint[n - 1].second);
             }
         }
         return m_listPoint.back().second;

@@ -138,7 +138,8 @@ double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, do
     int nFlat = 0;
     for (; n + nStep < int(nRings) && nFrames > 0 && nFlat < nStep; ++n) {
         const double dfHere = listMean[size_t(n)] / nFrames;
-        const double dfBent = (listMean[size_t(n + nStep)] + listMean[size_t(n - nStep)]) / nFrames - 2 * dfHere;
+        const double dfBent = (listMean[size_t(n + nStep)] + listMean[size_t(n - nStep)]) / nFrames -
+                              2 * dfHere;
         // A parabola of that sagitta lies off its plane by half of it over the disc.
         const double dfNoise = std::sqrt(dfPixels * dfGain * std::max(dfHere, dfGain / 250));
         const bool bSteep = listMean[size_t(n - nStep)] > g_dfSteep * listMean[size_t(n + nStep)];

@@ -13,9 +13,10 @@ struct FrameCounts {
     double dfMean = 0;    ///< counts per pixel
     double dfMedian = 0;  ///< of a sixteenth of the pixels
     float fGreatest = 0;
-    long long nAtGreatest = 0;     ///< pixels that count as much
-    long long nJustBelow = 0;      ///< and those above nine tenths of it
-    std::vector<float> listAround; ///< median of rings about the beam, one pixel wide, from its place outwards
+    long long nAtGreatest = 0;  ///< pixels that count as much
+    long long nJustBelow = 0;   ///< and those above nine tenths of it
+    std::vector<float>
+        listAround;  ///< median of rings about the beam, one pixel wide, from its place outwards
 };
 
 /// @param nRings  how many rings are looked at; 0: none

@@ -98,10 +98,10 @@ void CLearnedProfile::finish(double dfSigma)
         const double dfX = double(n % size_t(m_nSide)) / g_nFine - m_nHalf;
         const double dfY = double(n / size_t(m_nSide)) / g_nFine - m_nHalf;
         const double dfVariance = dfSigma * dfSigma;
-        m_all.listDensity[n] =
-            m_nSpots >= g_dfLean && m_all.listWeight[n] > 0
-                ? m_all.listSum[n] / m_all.listWeight[n]
-                : std::exp(-(dfX * dfX + dfY * dfY) / (2 * dfVariance)) / (2 * g_dfPi * dfVariance);
+        m_all.listDensity[n] = m_nSpots >= g_dfLean && m_all.listWeight[n] > 0
+                                   ? m_all.listSum[n] / m_all.listWeight[n]
+                                   : std::exp(-(dfX * dfX + dfY * dfY) / (2 * dfVariance)) /
+                                         (2 * g_dfPi * dfVariance);
     }
     normalise(m_all.listDensity);
     for (Grid& grid : m_listRegion) {

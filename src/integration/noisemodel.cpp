@@ -101,10 +101,9 @@ double NoiseModel::readNoise() const
 NoiseModel noiseOfBackgrounds(std::vector<BackgroundPatch> listPatch)
 {
     NoiseModel noise;
-    std::stable_sort(listPatch.begin(), listPatch.end(),
-                     [](const BackgroundPatch& one, const BackgroundPatch& other) {
-                         return one.dfMean < other.dfMean;
-                     });
+    std::stable_sort(
+        listPatch.begin(), listPatch.end(),
+        [](const BackgroundPatch& one, const BackgroundPatch& other) { return one.dfMean < other.dfMean; });
     std::vector<Group> listGroup = groupsOf(listPatch);
     if (listGroup.empty()) {
         return noise;

@@ -117,8 +117,8 @@ std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& poin
     for (const double dfAngle : {dfPhase - dfOff, dfPhase + dfOff}) {
         const double dfTilt = dfMiddle + (dfAngle - turn.offset - dfMiddle) / turn.scale;
         // Most points never come to the sphere: on a stretch in one sense, that is one look.
-        if (!m_bOneSense || frameWithin(dfTilt, -0.5 - nBeyond, 0) || frameWithin(dfTilt, nLast, nLast + 0.5 + nBeyond) ||
-            liesBetweenEnds(dfTilt)) {
+        if (!m_bOneSense || frameWithin(dfTilt, -0.5 - nBeyond, 0) ||
+            frameWithin(dfTilt, nLast, nLast + 0.5 + nBeyond) || liesBetweenEnds(dfTilt)) {
             for (int n = 0; n < nLast; ++n) {
                 const double dfFrom = n == 0 ? -0.5 - nBeyond : n;
                 const double dfTo = n == nLast - 1 ? nLast + 0.5 + nBeyond : n + 1;

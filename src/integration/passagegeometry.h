@@ -63,8 +63,8 @@ private:
 
     SeriesGeometry m_series;
     double m_dfK;
-    double m_dfAxisX, m_dfAxisZ;  // direction of the rotation axis
-    bool m_bOneSense = true;      // the tilts grow from frame to frame, or fall
+    double m_dfAxisX, m_dfAxisZ;        // direction of the rotation axis
+    bool m_bOneSense = true;            // the tilts grow from frame to frame, or fall
     std::vector<HeightRow> m_listTurn;  // at each half frame, from −0.5 to n − 0.5
 };
 

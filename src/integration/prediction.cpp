@@ -74,8 +74,8 @@ private:
         observation.place = *place;
         const double dfRadius = m_options.dfDiscRadius;
         const QSize size = m_passages.series().sizeFrame;
-        if (place->dfX < -dfRadius || place->dfY < -dfRadius ||
-            place->dfX > size.width() - 1 + dfRadius || place->dfY > size.height() - 1 + dfRadius) {
+        if (place->dfX < -dfRadius || place->dfY < -dfRadius || place->dfX > size.width() - 1 + dfRadius ||
+            place->dfY > size.height() - 1 + dfRadius) {
             return false;
         }
         if (place->dfX < dfRadius || place->dfY < dfRadius || place->dfX > size.width() - 1 - dfRadius ||
@@ -125,9 +125,8 @@ private:
     {
         double dfPart = 0;
         for (int n = nFirst; n <= nLast; ++n) {
-            dfPart += m_curve.part(
-                m_passages.excitationAtStart(point, n), m_passages.excitationAt(point, n),
-                m_passages.excitationAtStart(point, n + 1), observation.dfDStar);
+            dfPart += m_curve.part(m_passages.excitationAtStart(point, n), m_passages.excitationAt(point, n),
+                                   m_passages.excitationAtStart(point, n + 1), observation.dfDStar);
         }
         return dfPart;
     }

@@ -23,7 +23,8 @@ double resolutionLimit(const std::vector<Observation>& listObservation)
     std::vector<int> listCount(static_cast<size_t>(nShells));
     for (const Observation& observation : listObservation) {
         if (observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags)) {
-            const int nShell = std::min(nShells - 1, int(nShells * std::pow(observation.dfDStar / dfMost, 3)));
+            const int nShell = std::min(nShells - 1,
+                                        int(nShells * std::pow(observation.dfDStar / dfMost, 3)));
             listSum[size_t(nShell)] += observation.dfIntensity / observation.dfSigma;
             ++listCount[size_t(nShell)];
         }

@@ -27,7 +27,8 @@ public:
         for (size_t n = 0; n < m_listMeasure.size(); ++n) {
             const double* p = m_listMeasure[n].dfExcitation;
             vec[Eigen::Index(n)] = number[0] * m_listMeasure[n].dfInDisc *
-                                   m_curve.part(p[0] - number[1], p[1] - number[1], p[2] - number[1], m_dfDStar);
+                                   m_curve.part(p[0] - number[1], p[1] - number[1], p[2] - number[1],
+                                                m_dfDStar);
         }
         return vec;
     }
@@ -63,7 +64,8 @@ std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure
                             dfShape * dfShape);
     }
     const double dfStart = curve.widthAt(dfDStar);
-    Eigen::Vector3d number(dfTotal, std::clamp(dfMiddle / dfTotal, -2 * dfStart, 2 * dfStart), std::log(dfStart));
+    Eigen::Vector3d number(dfTotal, std::clamp(dfMiddle / dfTotal, -2 * dfStart, 2 * dfStart),
+                           std::log(dfStart));
     CCurveModel model(listMeasure, curve, dfDStar);
     const int nFree = bFitWidth ? 3 : 2;
     const auto lossOf = [&](const Eigen::VectorXd& vecModel) {
@@ -73,7 +75,8 @@ std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure
     double dfLoss = lossOf(vecModel), dfDamping = 1e-3;
     for (int nStep = 0; nStep < 20 && dfDamping < 1e6; ++nStep) {
         Eigen::MatrixXd mat(nFrames, nFree);
-        const double adfStep[3] = {0.001 * std::max(std::abs(number[0]), 1.0), 0.01 * std::exp(number[2]), 0.01};
+        const double adfStep[3] = {0.001 * std::max(std::abs(number[0]), 1.0), 0.01 * std::exp(number[2]),
+                                   0.01};
         for (int n = 0; n < nFree; ++n) {
             Eigen::Vector3d other = number;
             other[n] += adfStep[n];
@@ -81,8 +84,8 @@ std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure
         }
         Eigen::MatrixXd matNormal = mat.transpose() * vecWeight.asDiagonal() * mat;
         matNormal.diagonal() *= 1 + dfDamping;
-        const Eigen::VectorXd vecStep =
-            matNormal.ldlt().solve(mat.transpose() * vecWeight.asDiagonal() * (vecCounts - vecModel));
+        const Eigen::VectorXd vecStep = matNormal.ldlt().solve(mat.transpose() * vecWeight.asDiagonal() *
+                                                               (vecCounts - vecModel));
         Eigen::Vector3d other = number;
         other.head(nFree) += vecStep;
         other[2] = std::clamp(other[2], std::log(dfStart) - 2, std::log(dfStart) + 2);
@@ -103,7 +106,8 @@ std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure
     }
     RockingFit fit{number[0], number[1], std::exp(number[2]), 0};
     fit.dfMisfit = std::sqrt((vecCounts - vecModel).squaredNorm() / double(nFrames)) / dfGreatest;
-    if (!(number[0] > 0) || !(std::abs(fit.dfOff) < 4 * dfStart) || std::abs(number[2] - std::log(dfStart)) > 1.99) {
+    if (!(number[0] > 0) || !(std::abs(fit.dfOff) < 4 * dfStart) ||
+        std::abs(number[2] - std::log(dfStart)) > 1.99) {
         return std::nullopt;
     }
     return fit;
@@ -114,18 +118,20 @@ void learnWidth(std::vector<WidthAtDStar> listWidth, RockingCurve& curve)
     if (listWidth.size() < 10) {
         return;
     }
-    std::stable_sort(listWidth.begin(), listWidth.end(), [](const WidthAtDStar& one, const WidthAtDStar& other) {
-        return one.dfDStar < other.dfDStar;
-    });
+    std::stable_sort(
+        listWidth.begin(), listWidth.end(),
+        [](const WidthAtDStar& one, const WidthAtDStar& other) { return one.dfDStar < other.dfDStar; });
     const size_t nGroups = std::clamp<size_t>(listWidth.size() / 10, 1, 8);
     double dfW = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0, dfLeast = 0;
     for (size_t nGroup = 0; nGroup < nGroups; ++nGroup) {
         std::vector<double> listDStar, listOne;
-        for (size_t n = nGroup * listWidth.size() / nGroups; n < (nGroup + 1) * listWidth.size() / nGroups; ++n) {
+        for (size_t n = nGroup * listWidth.size() / nGroups; n < (nGroup + 1) * listWidth.size() / nGroups;
+             ++n) {
             listDStar.push_back(listWidth[n].dfDStar);
             listOne.push_back(listWidth[n].dfWidth);
         }
-        std::nth_element(listOne.begin(), listOne.begin() + std::ptrdiff_t(listOne.size() / 2), listOne.end());
+        std::nth_element(listOne.begin(), listOne.begin() + std::ptrdiff_t(listOne.size() / 2),
+                         listOne.end());
         const double dfSquare = std::pow(listOne[listOne.size() / 2], 2);
         const double dfAt = std::pow(listDStar[listDStar.size() / 2], 2);
         const double dfWeight = 1 / (dfSquare * dfSquare);

@@ -10,10 +10,10 @@
 namespace tessera {
 
 struct RockingFit {
-    double dfTotal = 0;    ///< counts of the whole curve
-    double dfOff = 0;      ///< Å⁻¹, excitation error at which it has its middle
-    double dfWidth = 0;    ///< Å⁻¹, sigma
-    double dfMisfit = 0;   ///< root of the mean square of what is left, as a part of the strongest frame
+    double dfTotal = 0;   ///< counts of the whole curve
+    double dfOff = 0;     ///< Å⁻¹, excitation error at which it has its middle
+    double dfWidth = 0;   ///< Å⁻¹, sigma
+    double dfMisfit = 0;  ///< root of the mean square of what is left, as a part of the strongest frame
 };
 
 /// Fits total, place and, if asked to, width to the counts of the frames of a passage.

@@ -34,8 +34,9 @@ QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
             .arg(dataSet.m_listFrameFile.size());
     }
     if (series.frameCount() < 3) {
-        return QStringLiteral("%L1 frames are too few to integrate: no reflection crosses the Ewald sphere "
-                              "within them.")
+        return QStringLiteral(
+                   "%L1 frames are too few to integrate: no reflection crosses the Ewald sphere "
+                   "within them.")
             .arg(series.frameCount());
     }
     if (series.sizeFrame.width() < 32 || series.sizeFrame.height() < 32) {
@@ -58,7 +59,8 @@ QString whyNone(const std::vector<Observation>& listObservation)
             listObservation.begin(), listObservation.end(),
             [&](const Observation& observation) { return (observation.nFlags & nFlag) != 0; });
         if (nCount > 0) {
-            listReason.append(QStringLiteral("%1 %2").arg(nCount).arg(reflectionFlagName(ReflectionFlag(nFlag))));
+            listReason.append(
+                QStringLiteral("%1 %2").arg(nCount).arg(reflectionFlagName(ReflectionFlag(nFlag))));
         }
     }
     return QStringLiteral("None of %L1 predicted reflections can be measured: %2.")
@@ -73,7 +75,8 @@ PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOp
     prediction.dfRockingWidth = learned.curve.dfWidth;
     prediction.dfMosaicity = learned.curve.dfMosaicity;
     // And what orientation and tilts are off by.
-    prediction.dfRockingReach = learned.dfReach + std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
+    prediction.dfRockingReach = learned.dfReach +
+                                std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
     prediction.dfDiscRadius = learned.model.dfDiscRadius;
     prediction.chCentring = options.chCentring;
     prediction.bBeyondEnds = true;
@@ -108,10 +111,11 @@ public:
                 return measureFrame(nFrame, measurer);
             };
         };
-        return walk.runAhead<MeasuredFrame>(nJobs, makeWorker, [this](int nFrame, const MeasuredFrame& measured) {
-            take(nFrame, measured);
-            return true;
-        });
+        return walk.runAhead<MeasuredFrame>(nJobs, makeWorker,
+                                            [this](int nFrame, const MeasuredFrame& measured) {
+                                                take(nFrame, measured);
+                                                return true;
+                                            });
     }
 
     /// The observations that cross within the series. @param nFirst, nLast  frame numbers
@@ -162,13 +166,14 @@ private:
     void finish(int nObservation)
     {
         Observation& observation = m_listObservation[size_t(nObservation)];
-        m_listMeasure[size_t(nObservation)] = combineFrames(
-            m_mapActive[nObservation], m_learned.listBlank, m_learned.noise, m_learned.curve, observation);
+        m_listMeasure[size_t(nObservation)] = combineFrames(m_mapActive[nObservation], m_learned.listBlank,
+                                                            m_learned.noise, m_learned.curve, observation);
         m_mapActive.erase(nObservation);
         const int nFrame = std::clamp(int(std::lround(observation.dfFrame)), 0, m_passages.frameCount() - 1);
         const FramePlace& beam = m_passages.series().listBeam[size_t(nFrame)];
         observation.place = m_learned.correction.corrected(nFrame, observation.place);
-        if (std::hypot(observation.place.dfX - beam.dfX, observation.place.dfY - beam.dfY) < m_learned.dfGlow) {
+        if (std::hypot(observation.place.dfX - beam.dfX, observation.place.dfY - beam.dfY) <
+            m_learned.dfGlow) {
             observation.nFlags |= FlagNearBeam;
         }
     }
@@ -186,25 +191,27 @@ private:
 void tellModel(const LearnedSeries& learned, CRunReport& report)
 {
     const SpotModel& model = learned.model;
-    report.addMessage(QStringLiteral("Learned from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
-                                     "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, summed to %8 widths; "
-                                     "places are left off by %7 pixels.")
-                          .arg(model.nStrong)
-                          .arg(model.dfSigma, 0, 'f', 2)
-                          .arg(model.dfSigmaAtEdge, 0, 'f', 2)
-                          .arg(model.dfDiscRadius, 0, 'f', 2)
-                          .arg(model.dfRockingWidth, 0, 'f', 5)
-                          .arg(model.dfMosaicity, 0, 'f', 3)
-                          .arg(learned.correction.rest(), 0, 'f', 2)
-                          .arg(learned.dfReach, 0, 'f', 1));
-    report.addMessage(QStringLiteral("Detector: %1 counts an electron, read noise %2, %3; the beam's glow reaches "
-                                     "%4 pixels.")
-                          .arg(model.dfGain, 0, 'f', 3)
-                          .arg(model.dfReadNoise, 0, 'f', 2)
-                          .arg(model.dfSaturation > 0
-                                   ? QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0)
-                                   : QStringLiteral("no pixel full"))
-                          .arg(learned.dfGlow, 0, 'f', 0));
+    report.addMessage(
+        QStringLiteral("Learned from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
+                       "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, summed to %8 widths; "
+                       "places are left off by %7 pixels.")
+            .arg(model.nStrong)
+            .arg(model.dfSigma, 0, 'f', 2)
+            .arg(model.dfSigmaAtEdge, 0, 'f', 2)
+            .arg(model.dfDiscRadius, 0, 'f', 2)
+            .arg(model.dfRockingWidth, 0, 'f', 5)
+            .arg(model.dfMosaicity, 0, 'f', 3)
+            .arg(learned.correction.rest(), 0, 'f', 2)
+            .arg(learned.dfReach, 0, 'f', 1));
+    report.addMessage(
+        QStringLiteral("Detector: %1 counts an electron, read noise %2, %3; the beam's glow reaches "
+                       "%4 pixels.")
+            .arg(model.dfGain, 0, 'f', 3)
+            .arg(model.dfReadNoise, 0, 'f', 2)
+            .arg(model.dfSaturation > 0
+                     ? QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0)
+                     : QStringLiteral("no pixel full"))
+            .arg(learned.dfGlow, 0, 'f', 0));
     QStringList listBlank;
     for (size_t n = 0; n < learned.listBlank.size(); ++n) {
         if (learned.listBlank[n]) {

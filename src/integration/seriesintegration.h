@@ -20,11 +20,11 @@ struct SpotModel {
     double dfDiscRadius = 0;    ///< pixels, of the disc that is summed
     double dfRockingWidth = 0;  ///< Å⁻¹, sigma
     double dfMosaicity = 0;     ///< degrees, sigma
-    double dfRockingOff = 0;    ///< Å⁻¹, by which reflections lie off the sphere where they should cross it
-    double dfGain = 1;          ///< counts per electron
-    double dfReadNoise = 0;     ///< counts, per pixel and frame
-    double dfSaturation = 0;    ///< counts, from which on a pixel is saturated; 0: none is
-    int nStrong = 0;            ///< reflections that it was learned from
+    double dfRockingOff = 0;  ///< Å⁻¹, by which reflections lie off the sphere where they should cross it
+    double dfGain = 1;        ///< counts per electron
+    double dfReadNoise = 0;   ///< counts, per pixel and frame
+    double dfSaturation = 0;  ///< counts, from which on a pixel is saturated; 0: none is
+    int nStrong = 0;          ///< reflections that it was learned from
 };
 
 struct IntegrationOptions {

@@ -78,10 +78,9 @@ public:
                 lookAt(expected, nFrame, measurer, looked);
             }
         }
-        std::stable_sort(looked.listWindow.begin(), looked.listWindow.end(),
-                         [](const SpotWindow& one, const SpotWindow& other) {
-                             return one.dfStrength > other.dfStrength;
-                         });
+        std::stable_sort(
+            looked.listWindow.begin(), looked.listWindow.end(),
+            [](const SpotWindow& one, const SpotWindow& other) { return one.dfStrength > other.dfStrength; });
         looked.listWindow.resize(std::min(looked.listWindow.size(), g_nMostWindows));
         return looked;
     }
@@ -94,8 +93,8 @@ private:
         spot.place = expected.place;
         spot.measure = measurer.measure(expected, nFrame);
         SpotMeasure& measure = spot.measure;
-        const bool bHigh = measure.dfSum > 0 && measure.dfSum * measure.dfSum >
-                                                    g_dfStrong * g_dfStrong * measure.dfSumVariance;
+        const bool bHigh = measure.dfSum > 0 &&
+                           measure.dfSum * measure.dfSum > g_dfStrong * g_dfStrong * measure.dfSumVariance;
         if (bHigh && !(measure.nFlags & g_nUnfit) && measurer.findCentroid(expected, measure)) {
             spot.bStrong = true;
             SpotWindow window;
@@ -320,7 +319,8 @@ double startWidth(const DiffractionGeometry& geometry)
 }
 
 /// What nine in ten spots keep from the nearest other one on their frames, pixels; 0 without any.
-double closestDistance(const CPassageGeometry& passages, PredictionOptions prediction, const RockingCurve& curve)
+double closestDistance(const CPassageGeometry& passages, PredictionOptions prediction,
+                       const RockingCurve& curve)
 {
     prediction.dfRockingWidth = curve.dfWidth;
     prediction.dfMosaicity = curve.dfMosaicity;
@@ -336,7 +336,8 @@ double closestDistance(const CPassageGeometry& passages, PredictionOptions predi
         for (size_t n = 0; n < listPlace.size() && listPlace.size() > 1; ++n) {
             double dfClosest = 1e30;
             for (size_t m = 0; m < listPlace.size(); ++m) {
-                const double dfX = listPlace[m].dfX - listPlace[n].dfX, dfY = listPlace[m].dfY - listPlace[n].dfY;
+                const double dfX = listPlace[m].dfX - listPlace[n].dfX,
+                             dfY = listPlace[m].dfY - listPlace[n].dfY;
                 dfClosest = n == m ? dfClosest : std::min(dfClosest, dfX * dfX + dfY * dfY);
             }
             listClosest.push_back(std::sqrt(dfClosest));
@@ -353,8 +354,9 @@ double closestDistance(const CPassageGeometry& passages, PredictionOptions predi
 }  // namespace
 
 RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
-                      const IntegrationOptions& options, double dfStartSigma, const std::vector<char>& listMask,
-                      int nJobs, CRunReport& report, LearnedSeries& learned)
+                      const IntegrationOptions& options, double dfStartSigma,
+                      const std::vector<char>& listMask, int nJobs, CRunReport& report,
+                      LearnedSeries& learned)
 {
     PredictionOptions prediction;
     prediction.dfMaxDStar = options.dfMaxDStar;
@@ -379,16 +381,16 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     CFrameWalk walk(passages.frameCount(), StopAsked::AfterEachFrame, report);
     walk.showProgress(ProgressPlace::TaskBarToo);
     const auto makeWorker = [&] {
-        return [&, look = CSpotLook(frames, expected, passages, settings, nHalf, nEvery)](int nFrame) mutable {
-            return look.look(nFrame);
-        };
+        return [&, look = CSpotLook(frames, expected, passages, settings, nHalf, nEvery)](
+                   int nFrame) mutable { return look.look(nFrame); };
     };
     int nUnread = 0;
     const RunOutcome outcome = walk.runAhead<LookedFrame>(
         nJobs, makeWorker, [&](int nFrame, const LookedFrame& looked) {
             if (!looked.strFault.isEmpty() && ++nUnread <= 3) {
-                report.addMessage(QStringLiteral("Frame #%L1 is left out: %2").arg(nFrame + 1).arg(looked.strFault),
-                                  Severity::Warning);
+                report.addMessage(
+                    QStringLiteral("Frame #%L1 is left out: %2").arg(nFrame + 1).arg(looked.strFault),
+                    Severity::Warning);
             }
             learner.take(nFrame, looked);
             return true;

@@ -31,7 +31,8 @@ struct LearnedSeries {
 /// @param dfStartSigma  pixels, of the spots as the frames were looked at before
 /// @param learned       replaced when the run finished
 RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
-                      const IntegrationOptions& options, double dfStartSigma, const std::vector<char>& listMask,
-                      int nJobs, CRunReport& report, LearnedSeries& learned);
+                      const IntegrationOptions& options, double dfStartSigma,
+                      const std::vector<char>& listMask, int nJobs, CRunReport& report,
+                      LearnedSeries& learned);
 
 }  // namespace tessera

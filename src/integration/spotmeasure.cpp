@@ -193,7 +193,8 @@ bool CSpotMeasurer::findCentroid(const ExpectedSpot& spot, SpotMeasure& measure)
             for (int x = range.nLeft; x <= range.nRight; ++x) {
                 const double dfAtX = x - place.dfX, dfAtY = y - place.dfY;
                 const double dfSquare = dfAtX * dfAtX + dfAtY * dfAtY;
-                const double dfCounts = double(m_pImg->Data()[size_t(y) * size_t(m_pImg->Width()) + size_t(x)]) -
+                const double dfCounts = double(
+                                            m_pImg->Data()[size_t(y) * size_t(m_pImg->Width()) + size_t(x)]) -
                                         m_plane.at(x - spot.place.dfX, y - spot.place.dfY);
                 const double dfWeight = std::exp(-dfSquare / (2 * dfVariance)) * dfCounts;
                 dfSum += dfWeight;

@@ -15,8 +15,8 @@ namespace tessera {
 /// A spot as it is expected on a frame.
 struct ExpectedSpot {
     int nObservation = 0;
-    FramePlace place;           ///< raw pixels
-    double dfPart = 0;          ///< of its rocking curve, that this frame records
+    FramePlace place;             ///< raw pixels
+    double dfPart = 0;            ///< of its rocking curve, that this frame records
     double dfExcitation[3] = {};  ///< Å⁻¹, where the frame begins, at its middle, where it ends
 };
 
@@ -42,8 +42,8 @@ struct SpotMeasure {
 };
 
 struct MeasureSettings {
-    double dfRadius = 4;             ///< pixels, of the disc
-    std::optional<NoiseModel> noise; ///< none: the pixels of the background tell
+    double dfRadius = 4;              ///< pixels, of the disc
+    std::optional<NoiseModel> noise;  ///< none: the pixels of the background tell
     const CLearnedProfile* pProfile = nullptr;
     const std::vector<char>* pMask = nullptr;  ///< of the frame's size, 1: masked
     double dfSaturation = 0;                   ///< counts; 0: none

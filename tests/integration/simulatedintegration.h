@@ -72,8 +72,8 @@ inline SimulationParameters smallCrystal()
 /// How intensities agree with the truth. That of the simulator is the height of the rocking curve: what is
 /// measured, its area, goes with the width as well, which the mosaic spread makes grow with d*.
 struct Agreement {
-    int nCrossed = 0;       ///< passages that are whole and on the frame
-    int nMeasured = 0;      ///< of them, without any flag
+    int nCrossed = 0;          ///< passages that are whole and on the frame
+    int nMeasured = 0;         ///< of them, without any flag
     double dfCorrelation = 0;  ///< with the true intensity, above two sigmas
     double dfR = 0;            ///< on F, of the same
     double dfChi = 0;          ///< mean of ((I - true)/sigma)²
