@@ -24,6 +24,18 @@ std::vector<float> windowAbout(const CImgObj<float>& img, int nX, int nY, int nH
     return listPixel;
 }
 
+/// The pixels of a window that lie in the disc about a place.
+std::vector<char> pixelsInDisc(const FramePlace& place, double dfRadius, int nX, int nY, int nHalf)
+{
+    std::vector<char> listInDisc;
+    for (int y = nY - nHalf; y <= nY + nHalf; ++y) {
+        for (int x = nX - nHalf; x <= nX + nHalf; ++x) {
+            listInDisc.push_back(std::hypot(x - place.dfX, y - place.dfY) <= dfRadius ? 1 : 0);
+        }
+    }
+    return listInDisc;
+}
+
 }  // namespace
 
 bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, const SpotModel& model,
@@ -31,64 +43,51 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
 {
     const int nFrames = std::min(series.frameCount(), int(dataSet.m_listFrameFile.size()));
     const int nMargin = 2;  // frames beyond those that are summed, to see the curve end
-    const int nFirst = std::max(0, observation.nFirstFrame - nMargin);
-    const int nLast = std::min(nFrames - 1, observation.nLastFrame + nMargin);
-    if (nFirst > nLast) {
+    std::vector<Observation> listOne = {observation};
+    listOne.front().nFirstFrame = std::max(0, observation.nFirstFrame - nMargin);
+    listOne.front().nLastFrame = std::min(nFrames - 1, observation.nLastFrame + nMargin);
+    const int nMiddle = std::clamp(int(std::lround(observation.dfFrame)), 0, std::max(0, nFrames - 1));
+    const CPassageGeometry passages(series);
+    const auto predicted = nFrames > 0 ? passages.placeOn(observation.anIndex, nMiddle) : std::nullopt;
+    if (listOne.front().nFirstFrame > listOne.front().nLastFrame || !predicted) {
         report.fail(QStringLiteral("The reflection shows on no frame of the series."));
         return false;
     }
-    const CPassageGeometry passages(series);
     const CSeriesFrames frames(dataSet, series.sizeFrame);
-    std::vector<Observation> listOne = {observation};
-    listOne.front().nFirstFrame = nFirst;
-    listOne.front().nLastFrame = nLast;
     const RockingCurve curve{series.rotation, model.dfRockingWidth, model.dfMosaicity};
     const CExpectedSpots expected(passages, listOne, curve, {});
-    MeasureSettings settings;
-    settings.dfRadius = model.dfDiscRadius;
-    settings.noise = NoiseModel{model.dfGain, model.dfReadNoise * model.dfReadNoise};
     const std::vector<char> listMask = pixelMask(series.sizeFrame, dataSet.m_maskPeakHunting,
                                                  dataSet.m_listHotPixel);
+    MeasureSettings settings;
+    settings.dfRadius = model.dfDiscRadius;
     settings.pMask = &listMask;
     CSpotMeasurer measurer(settings);
 
-    // The place was corrected when it was measured, so that of other frames is as far from it as predicted.
-    const int nMiddle = std::clamp(int(std::lround(observation.dfFrame)), 0, nFrames - 1);
-    const auto predicted = passages.placeOn(observation.anIndex, nMiddle);
     ObservationProfile result;
-    result.nFirstFrame = nFirst;
+    result.nFirstFrame = listOne.front().nFirstFrame;
     const int nHalf = int(std::ceil(model.dfDiscRadius + std::max(5.0, model.dfDiscRadius))) + 1;
+    const int nX = int(std::lround(observation.place.dfX)), nY = int(std::lround(observation.place.dfY));
     result.nSide = 2 * nHalf + 1;
-    for (int nFrame = nFirst; nFrame <= nLast; ++nFrame) {
+    result.listInDisc = pixelsInDisc(observation.place, model.dfDiscRadius, nX, nY, nHalf);
+    for (int nFrame = result.nFirstFrame; nFrame <= listOne.front().nLastFrame; ++nFrame) {
         const SeriesFrame frame = frames.read(nFrame);
-        if (!frame.pImage) {
-            report.fail(frame.strFault);
-            return false;
-        }
         std::vector<ExpectedSpot> listSpot = expected.onFrame(nFrame);
-        if (listSpot.empty() || !predicted) {
-            report.fail(QStringLiteral("The reflection has no place on frame #%L1.").arg(nFrame + 1));
+        if (!frame.pImage || listSpot.empty()) {
+            report.fail(frame.pImage
+                            ? QStringLiteral("The reflection has no place on frame #%L1.").arg(nFrame + 1)
+                            : frame.strFault);
             return false;
         }
+        // The place was corrected when it was measured: on the other frames by as much.
         ExpectedSpot& spot = listSpot.front();
         spot.place.dfX += observation.place.dfX - predicted->dfX;
         spot.place.dfY += observation.place.dfY - predicted->dfY;
         measurer.beginFrame(*frame.pImage, listSpot);
-        const SpotMeasure measure = measurer.measure(spot, nFrame);
-        const int nX = int(std::lround(observation.place.dfX)), nY = int(std::lround(observation.place.dfY));
         result.listWindow.push_back(windowAbout(*frame.pImage, nX, nY, nHalf));
-        result.listRocking.push_back(measure.dfSum);
+        result.listRocking.push_back(measurer.measure(spot, nFrame).dfSum);
         result.listModel.push_back(spot.dfPart * observation.dfIntensity);
         result.listExcitation.push_back(spot.dfExcitation[1]);
-        if (nFrame == nMiddle) {
-            for (int n = 0; n < result.nSide * result.nSide; ++n) {
-                const double dfX = nX - nHalf + n % result.nSide - spot.place.dfX;
-                const double dfY = nY - nHalf + n / result.nSide - spot.place.dfY;
-                result.listInDisc.push_back(std::hypot(dfX, dfY) <= model.dfDiscRadius ? 1 : 0);
-            }
-        }
     }
-    result.listInDisc.resize(size_t(result.nSide) * size_t(result.nSide));
     profile = std::move(result);
     return true;
 }

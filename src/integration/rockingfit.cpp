@@ -1,8 +1,7 @@
 #include "integration/rockingfit.h"
 
 #include "geometry/angles.h"
-
-#include <Eigen/Dense>
+#include "imaging/lmdiffit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,106 +10,82 @@ namespace tessera {
 
 namespace {
 
-/// The counts that a curve makes of the frames, by three numbers: total, place, logarithm of the width.
-class CCurveModel {
-public:
-    CCurveModel(const std::vector<SpotMeasure>& listMeasure, const RockingCurve& curve, double dfDStar)
-        : m_listMeasure(listMeasure), m_curve(curve), m_dfDStar(dfDStar)
-    {
-        m_curve.dfMosaicity = 0;
-    }
+/// What the residuals need. The numbers of the fit: total over its start, place in start widths, and
+/// logarithm of the width over its start.
+struct CurveFit {
+    const std::vector<SpotMeasure>& listMeasure;
+    RockingCurve curve;
+    double dfDStar;
+    double dfTotal, dfStartWidth;
+    std::vector<double> listWeight;  // 1/sigma
 
-    Eigen::VectorXd counts(const Eigen::Vector3d& number)
+    RockingFit fitOf(const double* pNumber, int nNumbers) const
     {
-        m_curve.dfWidth = std::exp(number[2]);
-        Eigen::VectorXd vec(Eigen::Index(m_listMeasure.size()));
-        for (size_t n = 0; n < m_listMeasure.size(); ++n) {
-            const double* p = m_listMeasure[n].dfExcitation;
-            vec[Eigen::Index(n)] = number[0] * m_listMeasure[n].dfInDisc *
-                                   m_curve.part(p[0] - number[1], p[1] - number[1], p[2] - number[1],
-                                                m_dfDStar);
-        }
-        return vec;
+        const double dfMost = 2;  // e-folds: what lies so far from the start is no width
+        const double dfFold = nNumbers > 2 ? std::clamp(pNumber[2], -dfMost, dfMost) : 0;
+        return {dfTotal * pNumber[0], dfStartWidth * pNumber[1], dfStartWidth * std::exp(dfFold), 0};
     }
-
-private:
-    const std::vector<SpotMeasure>& m_listMeasure;
-    RockingCurve m_curve;
-    double m_dfDStar;
+    double counts(const RockingFit& fit, size_t n) const
+    {
+        RockingCurve shape = curve;
+        shape.dfWidth = fit.dfWidth;
+        shape.dfMosaicity = 0;
+        const double* p = listMeasure[n].dfExcitation;
+        return fit.dfTotal * listMeasure[n].dfInDisc *
+               shape.part(p[0] - fit.dfOff, p[1] - fit.dfOff, p[2] - fit.dfOff, dfDStar);
+    }
 };
+
+int curveResiduals(void* pContext, int m, int n, const double* pNumber, double* pResidual, int nFlag)
+{
+    if (nFlag != 0) {
+        const CurveFit& fit = *static_cast<const CurveFit*>(pContext);
+        const RockingFit numbers = fit.fitOf(pNumber, n);
+        for (int i = 0; i < m; ++i) {
+            pResidual[i] = (fit.counts(numbers, size_t(i)) - fit.listMeasure[size_t(i)].dfSum) *
+                           fit.listWeight[size_t(i)];
+        }
+    }
+    return 0;
+}
 
 }  // namespace
 
-std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, RockingCurve curve,
+std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, const RockingCurve& curve,
                                      double dfDStar, double dfGain, bool bFitWidth)
 {
-    const Eigen::Index nFrames = Eigen::Index(listMeasure.size());
-    Eigen::VectorXd vecCounts(nFrames), vecWeight(nFrames);
-    double dfTotal = 0, dfMiddle = 0, dfGreatest = 0;
-    for (Eigen::Index n = 0; n < nFrames; ++n) {
-        const SpotMeasure& measure = listMeasure[size_t(n)];
-        vecCounts[n] = measure.dfSum;
-        dfTotal += std::max(measure.dfSum, 0.0);
+    CurveFit fit{listMeasure, curve, dfDStar, 0, curve.widthAt(dfDStar), {}};
+    double dfMiddle = 0, dfGreatest = 0;
+    for (const SpotMeasure& measure : listMeasure) {
+        fit.dfTotal += std::max(measure.dfSum, 0.0);
         dfMiddle += std::max(measure.dfSum, 0.0) * measure.dfExcitation[1];
         dfGreatest = std::max(dfGreatest, measure.dfSum);
     }
-    if (!(dfTotal > 0) || nFrames < 3) {
+    if (!(fit.dfTotal > 0) || listMeasure.size() < 3) {
         return std::nullopt;
     }
-    for (Eigen::Index n = 0; n < nFrames; ++n) {
-        // No curve is a Gaussian to better than some per cent.
-        const double dfShape = 0.03 * dfGreatest;
-        vecWeight[n] = 1 / (listMeasure[size_t(n)].dfSumVariance + dfGain * std::max(vecCounts[n], 0.0) +
-                            dfShape * dfShape);
+    for (const SpotMeasure& measure : listMeasure) {
+        const double dfShape = 0.03 * dfGreatest;  // no curve is a Gaussian to better than some per cent
+        fit.listWeight.push_back(
+            1 / std::sqrt(measure.dfSumVariance + dfGain * std::max(measure.dfSum, 0.0) + dfShape * dfShape));
     }
-    const double dfStart = curve.widthAt(dfDStar);
-    Eigen::Vector3d number(dfTotal, std::clamp(dfMiddle / dfTotal, -2 * dfStart, 2 * dfStart),
-                           std::log(dfStart));
-    CCurveModel model(listMeasure, curve, dfDStar);
-    const int nFree = bFitWidth ? 3 : 2;
-    const auto lossOf = [&](const Eigen::VectorXd& vecModel) {
-        return ((vecCounts - vecModel).array().square() * vecWeight.array()).sum();
-    };
-    Eigen::VectorXd vecModel = model.counts(number);
-    double dfLoss = lossOf(vecModel), dfDamping = 1e-3;
-    for (int nStep = 0; nStep < 20 && dfDamping < 1e6; ++nStep) {
-        Eigen::MatrixXd mat(nFrames, nFree);
-        const double adfStep[3] = {0.001 * std::max(std::abs(number[0]), 1.0), 0.01 * std::exp(number[2]),
-                                   0.01};
-        for (int n = 0; n < nFree; ++n) {
-            Eigen::Vector3d other = number;
-            other[n] += adfStep[n];
-            mat.col(n) = (model.counts(other) - vecModel) / adfStep[n];
-        }
-        Eigen::MatrixXd matNormal = mat.transpose() * vecWeight.asDiagonal() * mat;
-        matNormal.diagonal() *= 1 + dfDamping;
-        const Eigen::VectorXd vecStep = matNormal.ldlt().solve(mat.transpose() * vecWeight.asDiagonal() *
-                                                               (vecCounts - vecModel));
-        Eigen::Vector3d other = number;
-        other.head(nFree) += vecStep;
-        other[2] = std::clamp(other[2], std::log(dfStart) - 2, std::log(dfStart) + 2);
-        const Eigen::VectorXd vecOther = model.counts(other);
-        const double dfOther = lossOf(vecOther);
-        if (std::isfinite(dfOther) && dfOther < dfLoss) {
-            const bool bEnough = dfLoss - dfOther < 1e-6 * dfLoss;
-            number = other;
-            vecModel = vecOther;
-            dfLoss = dfOther;
-            dfDamping = std::max(dfDamping / 5, 1e-9);
-            if (bEnough) {
-                break;
-            }
-        } else {
-            dfDamping *= 10;
-        }
+    std::vector<double> listNumber = {1, std::clamp(dfMiddle / fit.dfTotal / fit.dfStartWidth, -2.0, 2.0)};
+    if (bFitWidth) {
+        listNumber.push_back(0);
     }
-    RockingFit fit{number[0], number[1], std::exp(number[2]), 0};
-    fit.dfMisfit = std::sqrt((vecCounts - vecModel).squaredNorm() / double(nFrames)) / dfGreatest;
-    if (!(number[0] > 0) || !(std::abs(fit.dfOff) < 4 * dfStart) ||
-        std::abs(number[2] - std::log(dfStart)) > 1.99) {
+    CLmdifFit solver;
+    const int nInfo = solver.Run(curveResiduals, int(listMeasure.size()), listNumber, &fit);
+    RockingFit result = fit.fitOf(listNumber.data(), int(listNumber.size()));
+    double dfSquares = 0;
+    for (size_t n = 0; n < listMeasure.size(); ++n) {
+        dfSquares += std::pow(fit.counts(result, n) - listMeasure[n].dfSum, 2);
+    }
+    result.dfMisfit = std::sqrt(dfSquares / double(listMeasure.size())) / dfGreatest;
+    const bool bRanAway = bFitWidth && !(std::abs(listNumber[2]) < 2);
+    if (nInfo < 1 || nInfo > 4 || bRanAway || !(result.dfTotal > 0) || !(std::abs(listNumber[1]) < 4)) {
         return std::nullopt;
     }
-    return fit;
+    return result;
 }
 
 void learnWidth(std::vector<WidthAtDStar> listWidth, RockingCurve& curve)

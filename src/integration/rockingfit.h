@@ -20,7 +20,7 @@ struct RockingFit {
 /// @param curve      start
 /// @param bFitWidth  else the width stays that of the curve
 /// @return none where the fit runs away
-std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, RockingCurve curve,
+std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, const RockingCurve& curve,
                                      double dfDStar, double dfGain, bool bFitWidth);
 
 /// Width and mosaicity out of the widths at their d*: medians of groups, and the line of their squares over

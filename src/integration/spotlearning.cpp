@@ -1,9 +1,7 @@
 #include "integration/spotlearning.h"
 
 #include "frames/framewalk.h"
-#include "integration/expectedspots.h"
-#include "integration/reflectionflags.h"
-#include "integration/seriesframes.h"
+#include "integration/spotlook.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,108 +12,8 @@ namespace tessera {
 
 namespace {
 
-const double g_dfStrong = 8;          // deviations of the background under a spot
 const double g_dfStartWidth = 0.006;  // Å⁻¹, and four of it on either side: crystals have 0.002 to 0.015
 const double g_dfStartReach = 4;
-const size_t g_nMostWindows = 60;  // of a frame
-const int g_nMostRinged = 20;      // frames whose glow is looked at
-const unsigned g_nUnfit = FlagOffFrame | FlagMasked | FlagSaturated | FlagOverlap | FlagNotFinite |
-                          FlagBadBackground;
-
-struct MeasuredSpot {
-    int nObservation = 0;
-    FramePlace place;
-    SpotMeasure measure;
-    bool bStrong = false;
-};
-
-struct SpotWindow {
-    double dfX = 0, dfY = 0;
-    double dfStrength = 0;
-    int nLeft = 0, nTop = 0;
-    std::vector<float> listPixel;
-};
-
-struct LookedFrame {
-    QString strFault;
-    FrameCounts counts;
-    std::vector<MeasuredSpot> listSpot;
-    std::vector<SpotWindow> listWindow;
-};
-
-/// What one thread does to a frame.
-class CSpotLook {
-public:
-    CSpotLook(const CSeriesFrames& frames, const CExpectedSpots& expected, const CPassageGeometry& passages,
-              const MeasureSettings& settings, int nHalf, int nEvery)
-        : m_frames(frames),
-          m_expected(expected),
-          m_passages(passages),
-          m_settings(settings),
-          m_nHalf(nHalf),
-          m_nEvery(nEvery)
-    {}
-
-    LookedFrame look(int nFrame)
-    {
-        LookedFrame looked;
-        const SeriesFrame frame = m_frames.read(nFrame);
-        if (!frame.pImage) {
-            looked.strFault = frame.strFault;
-            return looked;
-        }
-        const int nEvery = std::max(1, m_passages.frameCount() / g_nMostRinged);
-        const QSize size = m_passages.series().sizeFrame;
-        const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 5 : 0;
-        looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
-        MeasureSettings settings = m_settings;
-        settings.dfSaturation = saturationOf({looked.counts});
-        CSpotMeasurer measurer(settings);
-        const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
-        measurer.beginFrame(*frame.pImage, listExpected);
-        for (const ExpectedSpot& expected : listExpected) {
-            if (expected.nObservation % m_nEvery == 0) {
-                lookAt(expected, nFrame, measurer, looked);
-            }
-        }
-        std::stable_sort(
-            looked.listWindow.begin(), looked.listWindow.end(),
-            [](const SpotWindow& one, const SpotWindow& other) { return one.dfStrength > other.dfStrength; });
-        looked.listWindow.resize(std::min(looked.listWindow.size(), g_nMostWindows));
-        return looked;
-    }
-
-private:
-    void lookAt(const ExpectedSpot& expected, int nFrame, CSpotMeasurer& measurer, LookedFrame& looked) const
-    {
-        MeasuredSpot spot;
-        spot.nObservation = expected.nObservation;
-        spot.place = expected.place;
-        spot.measure = measurer.measure(expected, nFrame);
-        SpotMeasure& measure = spot.measure;
-        const bool bHigh = measure.dfSum > 0 &&
-                           measure.dfSum * measure.dfSum > g_dfStrong * g_dfStrong * measure.dfSumVariance;
-        if (bHigh && !(measure.nFlags & g_nUnfit) && measurer.findCentroid(expected, measure)) {
-            spot.bStrong = true;
-            SpotWindow window;
-            window.dfX = expected.place.dfX + measure.dfOffX;
-            window.dfY = expected.place.dfY + measure.dfOffY;
-            window.dfStrength = measure.dfSum;
-            window.listPixel = measurer.window(expected, m_nHalf, window.nLeft, window.nTop);
-            if (!window.listPixel.empty()) {
-                looked.listWindow.push_back(window);
-            }
-        }
-        looked.listSpot.push_back(spot);
-    }
-
-    const CSeriesFrames& m_frames;
-    const CExpectedSpots& m_expected;
-    const CPassageGeometry& m_passages;
-    const MeasureSettings m_settings;
-    const int m_nHalf;
-    const int m_nEvery;  // observation is looked at
-};
 
 /// Gathers what the frames tell, in their order.
 class CSpotLearner {
@@ -176,7 +74,7 @@ private:
         // Others may run into its tails, but not into its middle.
         std::vector<SpotMeasure> listMeasure;
         for (const SpotMeasure& measure : active.listMeasure) {
-            if (!(measure.nFlags & g_nUnfit)) {
+            if (!(measure.nFlags & g_nUnfitFlags)) {
                 listMeasure.push_back(measure);
             } else if (std::abs(measure.dfExcitation[1]) < 2 * m_start.dfWidth) {
                 return;
