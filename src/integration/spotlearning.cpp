@@ -29,7 +29,7 @@ public:
     void take(int nFrame, const LookedFrame& looked)
     {
         m_listCounts.push_back(looked.counts);
-        for (const MeasuredSpot& spot : looked.listSpot) {
+        for (const LookedSpot& spot : looked.listSpot) {
             takeSpot(nFrame, spot);
         }
         for (const SpotWindow& window : looked.listWindow) {
@@ -45,7 +45,7 @@ private:
         bool bStrong = false;
     };
 
-    void takeSpot(int nFrame, const MeasuredSpot& spot)
+    void takeSpot(int nFrame, const LookedSpot& spot)
     {
         const Observation& observation = m_listObservation[size_t(spot.nObservation)];
         const SpotMeasure& measure = spot.measure;

@@ -44,7 +44,7 @@ LookedFrame CSpotLook::look(int nFrame) const
 void CSpotLook::lookAt(const ExpectedSpot& expected, int nFrame, CSpotMeasurer& measurer,
                        LookedFrame& looked) const
 {
-    MeasuredSpot spot;
+    LookedSpot spot;
     spot.nObservation = expected.nObservation;
     spot.place = expected.place;
     spot.measure = measurer.measure(expected, nFrame);

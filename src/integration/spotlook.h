@@ -16,7 +16,7 @@ namespace tessera {
 inline constexpr unsigned g_nUnfitFlags = FlagOffFrame | FlagMasked | FlagSaturated | FlagOverlap |
                                           FlagNotFinite | FlagBadBackground;
 
-struct MeasuredSpot {
+struct LookedSpot {
     int nObservation = 0;
     FramePlace place;  ///< as predicted, raw pixels
     SpotMeasure measure;
@@ -34,7 +34,7 @@ struct SpotWindow {
 struct LookedFrame {
     QString strFault;  ///< why it was not read
     FrameCounts counts;
-    std::vector<MeasuredSpot> listSpot;
+    std::vector<LookedSpot> listSpot;
     std::vector<SpotWindow> listWindow;  ///< of the strongest
 };
 
