@@ -68,10 +68,9 @@ PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const 
     if (!(totals.dfRecorded > g_dfLeastRecorded)) {
         return result;
     }
-    result.dfBackgroundVariance = totals.dfVariance;
-    result.dfSignalVariance = noise.dfGain * std::max(totals.dfSum, 0.0);
     result.dfSum = totals.dfSum / totals.dfRecorded;
-    result.dfSumSigma = std::sqrt(result.dfBackgroundVariance + result.dfSignalVariance) / totals.dfRecorded;
+    const double dfOwnVariance = noise.dfGain * std::max(totals.dfSum, 0.0);
+    result.dfSumSigma = std::sqrt(totals.dfVariance + dfOwnVariance) / totals.dfRecorded;
     if (totals.dfFitWeight > 0) {
         result.dfFit = totals.dfFit / totals.dfFitWeight;
         const double dfOwn = noise.dfGain * std::max(result.dfFit, 0.0) * totals.dfFitShare /
@@ -97,11 +96,13 @@ public:
     CFitRatio(const std::vector<PassageMeasure>& listMeasure, const std::vector<Observation>& listObservation)
     {
         std::vector<std::pair<double, double>> list;  // d*, ratio
+        std::vector<double> listNoise;                // of the ratio, by counting
         for (size_t n = 0; n < listMeasure.size(); ++n) {
             const PassageMeasure& measure = listMeasure[n];
             if (measure.dfFitSigma > 0 && measure.dfSum > 15 * measure.dfSumSigma && measure.dfFit > 0 &&
                 !(listObservation[n].nFlags & g_nExcludingFlags)) {
                 list.emplace_back(listObservation[n].dfDStar, measure.dfFit / measure.dfSum);
+                listNoise.push_back(measure.dfSumSigma / measure.dfSum);
             }
         }
         std::stable_sort(list.begin(), list.end());
@@ -119,7 +120,10 @@ public:
             listOff.push_back(std::abs(dfRatio / at(dfDStar) - 1));
         }
         const double dfLeast = 0.02;  // no two spots are alike to better than that on a detector
-        m_dfSpread = listOff.empty() ? 0 : std::max(dfLeast, 1.4826 * median(listOff));
+        if (!listOff.empty()) {
+            const double dfSeen = 1.4826 * median(listOff), dfNoise = median(listNoise);
+            m_dfSpread = std::sqrt(std::max(dfLeast * dfLeast, dfSeen * dfSeen - dfNoise * dfNoise));
+        }
     }
 
     double at(double dfDStar) const
@@ -158,11 +162,14 @@ void chooseMeasures(const std::vector<PassageMeasure>& listMeasure, bool bProfil
         const PassageMeasure& measure = listMeasure[n];
         Observation& observation = listObservation[n];
         const double dfRatio = ratio.at(observation.dfDStar);
-        const bool bWeak = measure.dfSignalVariance < measure.dfBackgroundVariance;
-        observation.bProfileFit = bProfileFit && bWeak && measure.dfFitSigma > 0;
-        observation.dfIntensity = observation.bProfileFit ? measure.dfFit / dfRatio : measure.dfSum;
-        observation.dfSigma = observation.bProfileFit ? measure.dfFitSigma / dfRatio : measure.dfSumSigma;
-        const double dfOff = std::abs(measure.dfFit / dfRatio - measure.dfSum);
+        // What profile and rocking curve leave out of a strong reflection is more than its noise.
+        const double dfFit = measure.dfFit / dfRatio;
+        const double dfFitSigma = std::hypot(measure.dfFitSigma / dfRatio, ratio.spread() * dfFit);
+        const bool bWeak = measure.dfFitSigma > 0 && dfFitSigma < measure.dfSumSigma;
+        observation.bProfileFit = bProfileFit && bWeak;
+        observation.dfIntensity = observation.bProfileFit ? dfFit : measure.dfSum;
+        observation.dfSigma = observation.bProfileFit ? dfFitSigma : measure.dfSumSigma;
+        const double dfOff = std::abs(dfFit - measure.dfSum);
         if (!bWeak && measure.dfFitSigma > 0 && ratio.spread() > 0 &&
             dfOff > dfFar * std::hypot(ratio.spread() * measure.dfSum, measure.dfSumSigma)) {
             observation.nFlags |= FlagBadProfile;

@@ -16,8 +16,6 @@ struct PassageMeasure {
     double dfSumSigma = 0;
     double dfFit = 0;  ///< from profile and rocking curve
     double dfFitSigma = 0;
-    double dfBackgroundVariance = 0;  ///< of the sum, counts²
-    double dfSignalVariance = 0;
 };
 
 /// Sums and fits, and puts flags, background and recorded part into the observation.
@@ -31,8 +29,9 @@ struct PassageMeasure {
 PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const std::vector<char>& listBlank,
                              const NoiseModel& noise, const RockingCurve& curve, Observation& observation);
 
-/// Chooses for all observations: the fit where the background makes up more of the sum's variance than the
-/// counts, at the scale of the sums; flags strong ones whose fit and sum disagree far beyond the others.
+/// Chooses for all observations: the fit, at the scale of the sums, where its sigma is the smaller one with
+/// what fits and sums of strong reflections differ by beyond their noise; flags those whose fit and sum
+/// disagree far beyond the others.
 void chooseMeasures(const std::vector<PassageMeasure>& listMeasure, bool bProfileFit,
                     std::vector<Observation>& listObservation);
 
