@@ -64,6 +64,17 @@ QJsonArray spotColumns(bool bSecond)
         (bSecond ? str + QStringLiteral(" lattice") : str).split(QLatin1Char(' ')));
 }
 
+// The sites of the asymmetric unit and the operations that make the others of them.
+void writeAtoms(const CrystalStructure& structure, QJsonObject& root)
+{
+    QJsonArray arraySite;
+    for (const AtomSite& site : structure.listSite) {
+        arraySite.append(QJsonArray{site.strElement, site.dfX, site.dfY, site.dfZ});
+    }
+    root[QStringLiteral("sites")] = arraySite;
+    root[QStringLiteral("generators")] = QJsonArray::fromStringList(structure.listGenerator);
+}
+
 // The crystal, its cell, and what stands beside it.
 void writeCrystal(const SimulatedSeries& series, QJsonObject& root)
 {
@@ -82,6 +93,7 @@ void writeCrystal(const SimulatedSeries& series, QJsonObject& root)
     } else if (pStructure) {
         root[QStringLiteral("spaceGroup")] = pStructure->strSpaceGroup;
         root[QStringLiteral("spaceGroupNumber")] = pStructure->nSpaceGroup;
+        writeAtoms(*pStructure, root);
     }
     const BravaisType type = trueBravaisType(series);
     root[QStringLiteral("system")] = type.strSystem;

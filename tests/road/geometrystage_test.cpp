@@ -49,7 +49,7 @@ TEST(GeometryStage, WritesTheRefinedProjectAndCellAndLeavesTheOtherFiles)
 {
     QTemporaryDir dir;
     ASSERT_EQ(simulateQuartz(dir.path()).nStatus, 0);
-    EXPECT_EQ(RoadOptions().stageTo, RoadStage::Geometry) << "a part of the road unless less is asked for";
+    EXPECT_EQ(RoadOptions().stageTo, RoadStage::Integrate) << "a part of the road unless less is asked for";
     runTo(dir, RoadStage::Shifts, RoadStage::Index);
     const QDir out(dir.filePath("out"));
     const QStringList listBefore = out.entryList(QDir::Files, QDir::Name);
