@@ -114,9 +114,6 @@ QStringList integrationTable(const IntegrationResult& result)
     listLine.append(agreementLine("Before scaling:", result.unscaled.overall));
     listLine.append(agreementLine("After scaling:", result.scaled.overall));
     listLine.append(agreementLine("After rejection:", result.quality.overall));
-    listLine.append(QStringLiteral("Error model: sigma times %1, and %2% of the intensity.")
-                        .arg(result.scaling.dfErrorA, 0, 'f', 2)
-                        .arg(100 * result.scaling.dfErrorB, 0, 'f', 1));
     listLine += groupLines(result.spaceGroups);
     return listLine;
 }

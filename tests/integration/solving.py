@@ -27,23 +27,28 @@ def normalisations(amplitudes):
     return miller.array(amplitudes, flex.double(np.exp(logarithm / 2)))
 
 
+class InP1(charge_flipping.solving_iterator):
+    """Charge flipping that ends with the phases of P1, as absences alone rarely settle the group."""
+
+    def _evaluating(self, original_f_obs):
+        while True:
+            self.f_calc_solutions = [(self.flipping_iterator.f_calc, 1 - self.flipping_iterator.r1_factor())]
+            yield self.finished
+
+
 def solve(intensities, seed):
-    """Charge flipping on normalized amplitudes; the structure factors of the best solution, expanded to P1, with its
-    correlation. None where there is no solution."""
+    """Structure factors in P1 by charge flipping on normalized amplitudes, and how well they agree with the measured
+    ones (1 - R). None where the phases never settled."""
     flex.set_random_seed(seed)
     random.seed(seed)
     amplitudes = intensities.as_non_anomalous_array().merge_equivalents().array().f_sq_as_f()
-    amplitudes = amplitudes.select(amplitudes.data() > 0).set_observation_type_xray_amplitude()
-    solving = charge_flipping.solving_iterator(
-        charge_flipping.weak_reflection_improved_iterator(delta=None), amplitudes, max_solving_iterations=400,
-        max_attempts_to_get_phase_transition=2, max_attempts_to_get_sharp_correlation_map=3, min_cc_peak_height=0.5,
-        normalisations_for=normalisations)
+    amplitudes = amplitudes.select(amplitudes.data() > 0).expand_to_p1().set_observation_type_xray_amplitude()
+    solving = InP1(
+        charge_flipping.weak_reflection_improved_iterator(delta=None), amplitudes, max_solving_iterations=500,
+        max_attempts_to_get_phase_transition=2, normalisations_for=normalisations)
     with open("/dev/null", "w") as nowhere:
         charge_flipping.loop(solving, verbose=False, out=nowhere)
-    if not solving.f_calc_solutions:
-        return None
-    f_calc, _, correlation = max(solving.f_calc_solutions, key=lambda solution: solution[2])
-    return f_calc.expand_to_p1(), correlation
+    return solving.f_calc_solutions[0] if solving.f_calc_solutions else None
 
 
 def peaks_of(f_calc, count):
