@@ -13,43 +13,48 @@ namespace tessera {
 
 namespace {
 
-QJsonValue number(double dfValue)
+/// JSON has no word for what is no number: such a key is not there.
+void putNumber(QJsonObject& object, const char* pszKey, double dfValue)
 {
-    return std::isfinite(dfValue) ? QJsonValue(dfValue) : QJsonValue();
+    if (std::isfinite(dfValue)) {
+        object[QLatin1String(pszKey)] = dfValue;
+    }
 }
 
 void putShell(QJsonObject& object, const ShellQuality& shell)
 {
     object[QStringLiteral("observed")] = shell.nObserved;
     object[QStringLiteral("unique")] = shell.nUnique;
-    object[QStringLiteral("completeness")] = number(shell.dfCompleteness);
-    object[QStringLiteral("multiplicity")] = number(shell.dfMultiplicity);
-    object[QStringLiteral("iOverSigma")] = number(shell.dfIOverSigma);
-    object[QStringLiteral("rInt")] = number(shell.dfRInt);
-    object[QStringLiteral("rMeas")] = number(shell.dfRMeas);
-    object[QStringLiteral("rPim")] = number(shell.dfRPim);
-    object[QStringLiteral("ccHalf")] = number(shell.dfCcHalf);
-    object[QStringLiteral("dMax")] = number(shell.dfDMax);
-    object[QStringLiteral("dMin")] = number(shell.dfDMin);
+    putNumber(object, "completeness", shell.dfCompleteness);
+    putNumber(object, "multiplicity", shell.dfMultiplicity);
+    putNumber(object, "iOverSigma", shell.dfIOverSigma);
+    putNumber(object, "rInt", shell.dfRInt);
+    putNumber(object, "rMeas", shell.dfRMeas);
+    putNumber(object, "rPim", shell.dfRPim);
+    putNumber(object, "ccHalf", shell.dfCcHalf);
+    putNumber(object, "dMax", shell.dfDMax);
+    putNumber(object, "dMin", shell.dfDMin);
 }
 
 QJsonObject agreement(const ShellQuality& quality)
 {
-    return {{QStringLiteral("rInt"), number(quality.dfRInt)},
-            {QStringLiteral("rMeas"), number(quality.dfRMeas)},
-            {QStringLiteral("ccHalf"), number(quality.dfCcHalf)},
-            {QStringLiteral("observed"), quality.nObserved}};
+    QJsonObject object{{QStringLiteral("observed"), quality.nObserved}};
+    putNumber(object, "rInt", quality.dfRInt);
+    putNumber(object, "rMeas", quality.dfRMeas);
+    putNumber(object, "ccHalf", quality.dfCcHalf);
+    return object;
 }
 
 QJsonArray laueArray(const LaueProposal& laue)
 {
     QJsonArray array;
     for (const LaueCandidate& candidate : laue.listCandidate) {
-        array.append(QJsonObject{{QStringLiteral("class"), candidate.strClass},
-                                 {QStringLiteral("centring"), QString(QLatin1Char(candidate.chCentring))},
-                                 {QStringLiteral("likelihood"), number(candidate.dfLikelihood)},
-                                 {QStringLiteral("rInt"), number(candidate.dfRInt)},
-                                 {QStringLiteral("ccHalf"), number(candidate.dfCcHalf)}});
+        QJsonObject object{{QStringLiteral("class"), candidate.strClass},
+                           {QStringLiteral("centring"), QString(QLatin1Char(candidate.chCentring))}};
+        putNumber(object, "likelihood", candidate.dfLikelihood);
+        putNumber(object, "rInt", candidate.dfRInt);
+        putNumber(object, "ccHalf", candidate.dfCcHalf);
+        array.append(object);
     }
     return array;
 }
@@ -58,12 +63,13 @@ QJsonArray operationArray(const LaueProposal& laue)
 {
     QJsonArray array;
     for (const OperationAgreement& operation : laue.listOperation) {
-        array.append(QJsonObject{{QStringLiteral("operation"), operation.strOperation},
-                                 {QStringLiteral("order"), operation.nOrder},
-                                 {QStringLiteral("pairs"), operation.nPairs},
-                                 {QStringLiteral("correlation"), number(operation.dfCorrelation)},
-                                 {QStringLiteral("r"), number(operation.dfR)},
-                                 {QStringLiteral("likelihood"), number(operation.dfLikelihood)}});
+        QJsonObject object{{QStringLiteral("operation"), operation.strOperation},
+                           {QStringLiteral("order"), operation.nOrder},
+                           {QStringLiteral("pairs"), operation.nPairs}};
+        putNumber(object, "correlation", operation.dfCorrelation);
+        putNumber(object, "r", operation.dfR);
+        putNumber(object, "likelihood", operation.dfLikelihood);
+        array.append(object);
     }
     return array;
 }
@@ -72,9 +78,10 @@ QJsonArray groupArray(const SpaceGroupRanking& ranking)
 {
     QJsonArray array;
     for (const SpaceGroupCandidate& candidate : ranking.listCandidate) {
-        array.append(QJsonObject{{QStringLiteral("number"), candidate.nNumber},
-                                 {QStringLiteral("name"), candidate.strName},
-                                 {QStringLiteral("likelihood"), number(candidate.dfLikelihood)}});
+        QJsonObject object{{QStringLiteral("number"), candidate.nNumber},
+                           {QStringLiteral("name"), candidate.strName}};
+        putNumber(object, "likelihood", candidate.dfLikelihood);
+        array.append(object);
     }
     return array;
 }
@@ -83,20 +90,22 @@ QJsonArray conditionArray(const SpaceGroupRanking& ranking)
 {
     QJsonArray array;
     for (const ConditionEvidence& condition : ranking.listCondition) {
-        array.append(QJsonObject{{QStringLiteral("condition"), condition.strCondition},
-                                 {QStringLiteral("forbidden"), condition.nForbidden},
-                                 {QStringLiteral("ratio"), number(condition.dfRatio)},
-                                 {QStringLiteral("ratioError"), number(condition.dfRatioError)},
-                                 {QStringLiteral("likelihood"), number(condition.dfLikelihood)}});
+        QJsonObject object{{QStringLiteral("condition"), condition.strCondition},
+                           {QStringLiteral("forbidden"), condition.nForbidden}};
+        putNumber(object, "ratio", condition.dfRatio);
+        putNumber(object, "ratioError", condition.dfRatioError);
+        putNumber(object, "likelihood", condition.dfLikelihood);
+        array.append(object);
     }
     return array;
 }
 
+/// One number for each frame; 0 where it is not known.
 QJsonArray numbersArray(const std::vector<double>& listNumber)
 {
     QJsonArray array;
     for (const double df : listNumber) {
-        array.append(number(df));
+        array.append(std::isfinite(df) ? df : 0);
     }
     return array;
 }
@@ -149,7 +158,7 @@ QJsonObject integrationObject(const IntegrateResult& integrate)
     object[QStringLiteral("scales")] = numbersArray(result.scaling.listFrameScale);
     object[QStringLiteral("decay")] = numbersArray(result.scaling.listFrameDecay);
     object[QStringLiteral("shells")] = shellsArray(result.quality.listShell);
-    object[QStringLiteral("wilsonB")] = number(result.quality.dfWilsonB);
+    putNumber(object, "wilsonB", result.quality.dfWilsonB);
     object[QStringLiteral("completenessByFrame")] = numbersArray(result.quality.listCompletenessByFrame);
     object[QStringLiteral("forecast")] = result.forecast.strText;
     QJsonArray arrayFile;

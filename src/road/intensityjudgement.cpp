@@ -11,8 +11,8 @@ const double g_dfCcHalfBad = 0.3;
 const double g_dfCcHalfGood = 0.9;
 // Electrons that scatter more than once leave 0.1 to 0.25 to good data.
 const double g_dfRIntGood = 0.3;
-// Structures are solved from less, but rarely without help.
-const double g_dfCompletenessGood = 0.6;
+// Half of the reflections, and a mean of three sigmas: structures are solved from less, but with luck.
+const double g_dfCompletenessGood = 0.5;
 const double g_dfIOverSigmaGood = 3;
 const double g_dfSecondClass = 0.5;  ///< of the likelihood of the best
 const int g_nFewUnique = 20;         ///< numbers from fewer say little, good or bad
