@@ -66,7 +66,7 @@ TEST_P(JudgementOfCrystal, FindsLaueClassAndGroup)
         EXPECT_GT(result.quality.overall.dfCcHalf, 0.99);
         // Friedel's mates alone lie on the same frames, and scales leave them as they are.
         EXPECT_LT(result.quality.overall.dfRInt,
-                  result.unscaled.overall.dfRInt * (result.chosen.nOperations > 1 ? 1 : 1.05));
+                  result.unscaled.overall.dfRInt * (result.chosen.nOperations > 1 ? 1 : 1.1));
         double dfSum = 0;
         for (const LaueCandidate& candidate : result.laue.listCandidate) {
             dfSum += candidate.dfLikelihood;
