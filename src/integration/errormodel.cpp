@@ -99,6 +99,7 @@ struct Evenness {
 double varianceOf(const std::vector<double>& listDeviation, DeviationWidth width)
 {
     std::vector<double> listAbsolute;
+    listAbsolute.reserve(listDeviation.size());
     for (const double df : listDeviation) {
         listAbsolute.push_back(std::abs(df));
     }
@@ -156,11 +157,12 @@ Evenness evennessOf(const Deviations& all, double dfB, DeviationWidth width)
 double bestB(const Deviations& all, DeviationWidth width)
 {
     const double dfSmallest = 0.002;
-    const double dfLargest = 2;
+    const int nSteps = 38;  // up to 2
     const double dfFactor = 1.2;
     double dfBest = 0;
     double dfMisfit = evennessOf(all, 0, width).dfMisfit;
-    for (double df = dfSmallest; df < dfLargest; df *= dfFactor) {
+    double df = dfSmallest;
+    for (int n = 0; n < nSteps; ++n, df *= dfFactor) {
         const double dfOther = evennessOf(all, df, width).dfMisfit;
         if (dfOther < dfMisfit) {
             dfMisfit = dfOther;

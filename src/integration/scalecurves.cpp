@@ -79,6 +79,7 @@ private:
     static double meanOf(std::vector<Term>& listTerm, const ErrorModel& errors)
     {
         std::vector<double> listValue;
+        listValue.reserve(listTerm.size());
         for (const Term& term : listTerm) {
             listValue.push_back(term.dfObserved / term.dfModelRow);
         }

@@ -29,7 +29,7 @@ std::array<int, 3> conventionalIndex(const ObservationSymmetry& symmetry, const 
 struct ScalingOptions {
     bool bScale = true;          ///< a scale smooth in the frame number
     bool bDecay = true;          ///< and a fall-off with resolution, smooth in the frame number
-    double dfRejection = 4;      ///< deviations of its group's median, in sigmas of the error model
+    double dfRejection = 3.5;    ///< deviations of its group's median, in sigmas of the error model
     int nFriedelPairsApart = 0;  ///< 1: Friedel's mates are not equivalent
 };
 

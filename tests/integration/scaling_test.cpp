@@ -124,7 +124,7 @@ TEST(Scaling, OutliersAreFoundAndGoodOnesKept)
     ASSERT_FALSE(result.listRejected.empty());
     for (const RejectedObservation& rejected : result.listRejected) {
         EXPECT_NE(list[size_t(rejected.nObservation)].nFlags & FlagOutlier, 0u);
-        EXPECT_GT(std::abs(rejected.dfDeviation), 4);
+        EXPECT_GT(std::abs(rejected.dfDeviation), 3.5);
         EXPECT_FALSE(rejected.strWhy.isEmpty());
     }
     EXPECT_NEAR(result.dfErrorA, 1.4, 0.15);
