@@ -2,6 +2,7 @@
 
 #include "frames/framewalk.h"
 #include "integration/spotlook.h"
+#include "records/runends.h"
 
 #include <algorithm>
 #include <cmath>
@@ -264,6 +265,9 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     prediction.bBeyondEnds = true;
     prediction.dfDiscRadius = 3.2 * dfStartSigma;
     const std::vector<Observation> listObservation = predictObservations(passages, prediction);
+    if (listObservation.empty()) {
+        return failRun(report, QStringLiteral("No reflection crosses the Ewald sphere during the series."));
+    }
     const RockingCurve start = rockingCurveOf(prediction, passages.series().rotation);
     const CExpectedSpots expected(passages, listObservation, start, {});
     const CSeriesFrames frames(dataSet, passages.series().sizeFrame);
@@ -297,8 +301,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
         return outcome;
     }
     if (nUnread == passages.frameCount()) {
-        report.fail(QStringLiteral("None of the frames can be read."));
-        return {RunEnd::Failed, report.reason()};
+        return failRun(report, QStringLiteral("None of the frames can be read."));
     }
     learned = learner.learn(options, dfStartSigma);
     const double dfClosest = closestDistance(passages, prediction, learned.curve);
