@@ -107,7 +107,7 @@ TEST(SeriesIntegration, MeasuresWhatTheSimulatorDrew)
 
 TEST(SeriesIntegration, DoesSoWithPlacesThatAreALittleOffAndOtherFrames)
 {
-    // A pattern off its beam and distorted, wide spots, more dose, an 8-bit picture, tails.
+    // A pattern off its beam and distorted; fewer counts on narrow spots.
     SimulationParameters p = smallCrystal();
     p.dfWander = 1.0;
     p.lens.dfRadial = -0.6;
@@ -125,6 +125,19 @@ TEST(SeriesIntegration, DoesSoWithPlacesThatAreALittleOffAndOtherFrames)
     weak.write();
     ASSERT_TRUE(integrated(weak, result).finished());
     expectGood(weak, result, "weak");
+
+    // Eight bits: a grey step is four counts, so that most of the background is rounding.
+    p = smallCrystal();
+    p.dfExposure = 2000;
+    p.format = SimulatedFormat::Png8;
+    CSimulatedFrames grey(p);
+    grey.write();
+    ASSERT_TRUE(integrated(grey, result).finished());
+    const Agreement agreement = agreementWithTruth(result, grey.m_series);
+    EXPECT_GE(agreement.dfCorrelation, 0.995);
+    EXPECT_LE(agreement.dfR, 0.08);
+    EXPECT_NEAR(agreement.dfChi, 1.1, 0.4);
+    EXPECT_EQ(result.model.dfSaturation, 64 * 255);  // what readers make of white
 }
 
 TEST(SeriesIntegration, FitsTheCurveWhereTheCrystalStandsStill)
