@@ -116,6 +116,7 @@ public:
             m_listPoint.emplace_back(median(listDStar), median(listRatio));
         }
         std::vector<double> listOff;
+        listOff.reserve(list.size());
         for (const auto& [dfDStar, dfRatio] : list) {
             listOff.push_back(std::abs(dfRatio / at(dfDStar) - 1));
         }

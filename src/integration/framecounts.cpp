@@ -27,6 +27,7 @@ std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam
         }
     }
     std::vector<float> listMedian;
+    listMedian.reserve(listRing.size());
     for (std::vector<float>& ring : listRing) {
         listMedian.push_back(ring.empty() ? 0 : medianOf(ring));
     }
@@ -137,12 +138,13 @@ double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, do
     int n = nStep;
     int nFlat = 0;
     for (; n + nStep < int(nRings) && nFrames > 0 && nFlat < nStep; ++n) {
-        const double dfHere = listMean[size_t(n)] / nFrames;
-        const double dfBent = (listMean[size_t(n + nStep)] + listMean[size_t(n - nStep)]) / nFrames -
-                              2 * dfHere;
+        const size_t nAt = size_t(n), nFar = size_t(nStep);
+        const double dfHere = listMean[nAt] / nFrames;
+        const double dfInner = listMean[nAt - nFar], dfOuter = listMean[nAt + nFar];
+        const double dfBent = (dfOuter + dfInner) / nFrames - 2 * dfHere;
         // A parabola of that sagitta lies off its plane by half of it over the disc.
         const double dfNoise = std::sqrt(dfPixels * dfGain * std::max(dfHere, dfGain / 250));
-        const bool bSteep = listMean[size_t(n - nStep)] > g_dfSteep * listMean[size_t(n + nStep)];
+        const bool bSteep = dfInner > g_dfSteep * dfOuter;
         nFlat = bSteep && std::abs(dfBent) / 2 * dfPixels > dfNoise ? 0 : nFlat + 1;
     }
     return n - nFlat + dfRadius;

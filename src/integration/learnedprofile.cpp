@@ -18,7 +18,7 @@ const double g_dfLean = 30;  // spots that the mean of all counts as in a region
 CLearnedProfile::CLearnedProfile(const QSize& sizeFrame, int nHalf)
     : m_sizeFrame(sizeFrame), m_nHalf(nHalf), m_nSide(2 * nHalf * g_nFine + 1)
 {
-    m_listRegion.resize(size_t(g_nRegions * g_nRegions));
+    m_listRegion.resize(size_t(g_nRegions) * size_t(g_nRegions));
     for (Grid& grid : m_listRegion) {
         grid.listSum.assign(size_t(m_nSide) * size_t(m_nSide), 0);
         grid.listWeight = grid.listSum;
@@ -55,7 +55,8 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     const int nSide = 2 * m_nHalf + 1;
     double dfTotal = 0;
     for (int n = 0; n < nSide * nSide; ++n) {
-        const double dfAtX = nLeft + n % nSide - dfX, dfAtY = nTop + n / nSide - dfY;
+        const int nX = nLeft + n % nSide, nY = nTop + n / nSide;
+        const double dfAtX = nX - dfX, dfAtY = nY - dfY;
         dfTotal += dfAtX * dfAtX + dfAtY * dfAtY <= m_nHalf * m_nHalf ? double(listWindow[size_t(n)]) : 0;
     }
     if (!(dfTotal > 0)) {
@@ -67,7 +68,8 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     // The noise of a density falls with the root of the counts.
     const double dfWeight = std::sqrt(dfTotal);
     for (int n = 0; n < nSide * nSide; ++n) {
-        const double dfAtX = nLeft + n % nSide - dfX, dfAtY = nTop + n / nSide - dfY;
+        const int nX = nLeft + n % nSide, nY = nTop + n / nSide;
+        const double dfAtX = nX - dfX, dfAtY = nY - dfY;
         const double dfValue = double(listWindow[size_t(n)]) / dfTotal;
         addToGrid(grid, dfAtX, dfAtY, dfValue, dfWeight);
         addToGrid(m_all, dfAtX, dfAtY, dfValue, dfWeight);
@@ -80,7 +82,8 @@ void CLearnedProfile::normalise(std::vector<double>& listDensity) const
     double dfSum = 0;
     for (size_t n = 0; n < listDensity.size(); ++n) {
         const double dfX = double(n % size_t(m_nSide)) / g_nFine - m_nHalf;
-        const double dfY = double(n / size_t(m_nSide)) / g_nFine - m_nHalf;
+        const size_t nRow = n / size_t(m_nSide);
+        const double dfY = double(nRow) / g_nFine - m_nHalf;
         if (dfX * dfX + dfY * dfY > m_nHalf * m_nHalf) {
             listDensity[n] = 0;
         }
@@ -96,7 +99,8 @@ void CLearnedProfile::finish(double dfSigma)
     m_all.listDensity.resize(m_all.listSum.size());
     for (size_t n = 0; n < m_all.listSum.size(); ++n) {
         const double dfX = double(n % size_t(m_nSide)) / g_nFine - m_nHalf;
-        const double dfY = double(n / size_t(m_nSide)) / g_nFine - m_nHalf;
+        const size_t nRow = n / size_t(m_nSide);
+        const double dfY = double(nRow) / g_nFine - m_nHalf;
         const double dfVariance = dfSigma * dfSigma;
         m_all.listDensity[n] = m_nSpots >= g_dfLean && m_all.listWeight[n] > 0
                                    ? m_all.listSum[n] / m_all.listWeight[n]
@@ -135,7 +139,8 @@ double CLearnedProfile::within(double dfRadius) const
     double dfSum = 0;
     for (size_t n = 0; n < m_all.listDensity.size(); ++n) {
         const double dfX = double(n % size_t(m_nSide)) / g_nFine - m_nHalf;
-        const double dfY = double(n / size_t(m_nSide)) / g_nFine - m_nHalf;
+        const size_t nRow = n / size_t(m_nSide);
+        const double dfY = double(nRow) / g_nFine - m_nHalf;
         dfSum += dfX * dfX + dfY * dfY <= dfRadius * dfRadius ? m_all.listDensity[n] : 0;
     }
     return dfSum / (g_nFine * g_nFine);

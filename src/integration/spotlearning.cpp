@@ -129,6 +129,7 @@ double medianOr(std::vector<double> list, double dfElse)
 std::vector<double> widthsOf(const std::vector<WidthAtDStar>& list)
 {
     std::vector<double> listWidth;
+    listWidth.reserve(list.size());
     for (const WidthAtDStar& one : list) {
         listWidth.push_back(one.dfWidth);
     }
