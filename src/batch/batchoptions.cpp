@@ -313,17 +313,15 @@ void takeKnownCell(COptionReader& reader, RoadOptions& options)
 }
 
 /// "continuous", "stepped" or "precession,0.8".
-void takeRotation(COptionReader& reader, RotationMode& rotation)
+void takeRotation(COptionReader& reader, std::optional<RotationMode>& rotation)
 {
     const QString strName = QStringLiteral("rotation");
     if (!reader.isSet(strName)) {
         return;
     }
     const QString strText = reader.name(strName);
-    const std::optional<RotationMode> mode = rotationModeOf(strText);
-    if (mode) {
-        rotation = *mode;
-    } else {
+    rotation = rotationModeOf(strText);
+    if (!rotation) {
         reader.refuse(
             QStringLiteral("--rotation %1: not one of continuous, stepped, precession,ANGLE").arg(strText));
     }

@@ -4,6 +4,7 @@
 #include "crystal/spacegroup.h"
 #include "dataset/maskdata.h"
 #include "geometry/reciprocalbasis.h"
+#include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
 #include "imaging/imagelist.h"
 #include "records/peak3d.h"
@@ -57,6 +58,7 @@ struct DataSet {
     double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
     int m_nAxisDecimals = 1;               ///< that the page shows the axis with, and rounds it to
     bool m_bRotationAxisKnown = true;      ///< false: nobody has told it, so it is to be found
+    RotationMode m_rotation;               ///< how the crystal turned while a frame was exposed
     double m_dfTiltRelaxation = 0;         ///< degrees, spread evenly over the series
     double m_dfStretchAmplitude = 0;       ///< per cent
     double m_dfStretchAzimuth = 0;         ///< degrees

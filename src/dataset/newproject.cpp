@@ -127,6 +127,8 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                            number(project.dfStretchAmplitude), number(project.dfStretchAzimuth));
     if (project.bTellDistortion || !project.distortion.isNone())
         str += distortionLines(project.distortion);
+    if (project.rotation.kind != RotationKind::Continuous)
+        str += QStringLiteral("ROTATIONMODE %1\n").arg(rotationModeText(project.rotation));
     str += QStringLiteral("FILELIST\n");
     QStringList listName;
     for (int i = 0; i < project.listFrame.size(); ++i) {
@@ -153,7 +155,7 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     bool bSame = read.frameFiles().size() == listName.size() &&
                  isSame(read.wavelength(), project.dfWavelength) &&
                  isSame(read.pixelSize(), project.dfPixelSize) &&
-                 isSame(read.rotationAxis(), project.dfRotationAxis) &&
+                 isSame(read.rotationAxis(), project.dfRotationAxis) && read.rotation() == project.rotation &&
                  isSame(read.stretchingAmplitude(), project.dfStretchAmplitude) &&
                  isSame(read.stretchingAzimuth(), project.dfStretchAzimuth);
     if (read.tellsDistortion())

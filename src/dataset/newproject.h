@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/frametilts.h"
+#include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
 
 #include <QByteArray>
@@ -20,6 +21,7 @@ struct NewProject {
     double dfStretchAzimuth = 0;    ///< degrees, as in the file
     SeriesDistortion distortion;    ///< has lines where it is not none
     bool bTellDistortion = false;   ///< lines of it also where it is none
+    RotationMode rotation;          ///< has a line where it is not continuous
 };
 
 /// Size of a pixel in reciprocal space, q = p / (L λ), Å⁻¹; 0 when one of the three is not above 0.

@@ -167,6 +167,7 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     } else {
         tellStretchingThatStays(data, parameters, report);
     }
+    data.m_rotation = project.rotation();
     data.m_listStageTilt = project.stageTilts();
     data.m_listBeamTilt = project.beamTilts();
     data.m_listOverallTilt = project.overallTilts();
@@ -215,6 +216,7 @@ bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& repo
     clearDataSet(data);
     data.m_distortion = {};
     data.m_nAxisDecimals = 1;
+    data.m_rotation = {};
     data.m_listFrameFile = listFile;
     data.m_listStageTilt.clear();
     data.m_listBeamTilt.clear();

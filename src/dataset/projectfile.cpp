@@ -77,6 +77,25 @@ bool ProjectFile::takeDistortion(const QStringList& listLine)
     return true;
 }
 
+bool ProjectFile::takeRotation(const QStringList& listLine)
+{
+    for (const QString& strLine : listLine) {
+        const QStringList listWord = strLine.simplified().split(QLatin1Char(' '));
+        if (listWord.first() != QLatin1String("ROTATIONMODE")) {
+            continue;
+        }
+        const std::optional<RotationMode> rotation = rotationModeOf(listWord.value(1));
+        if (!rotation) {
+            return fail(
+                QStringLiteral("The value of \"ROTATIONMODE\" is none of continuous, stepped and "
+                               "precession,ANGLE."));
+        }
+        m_rotation = *rotation;
+        return true;
+    }
+    return true;
+}
+
 bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
 {
     const QFileInfo info(strFileName);
@@ -141,7 +160,7 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
                             .arg(*row.pdfValue));
     }
 
-    if (!project.takeDistortion(listLine))
+    if (!project.takeDistortion(listLine) || !project.takeRotation(listLine))
         return fail(project.m_strError);
 
     // The closing line holds the opening word too, so that a list closed before it is opened is none.

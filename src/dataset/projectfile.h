@@ -1,6 +1,7 @@
 // ProjectFile: the .ed3d file, which names the frames of a data set and their geometry.
 #pragma once
 
+#include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
 
 #include <QByteArray>
@@ -23,9 +24,10 @@ enum class AxisLine {
 /// passed over. WAVELENGTH (Å), ROTATIONAXIS (degrees) and CCDPIXELSIZE (Å⁻¹ per pixel) must be there;
 /// STRETCHINGAMP (per cent) and STRETCHINGAZIMUTH (degrees) are 0 without a line. So are the numbers of
 /// SeriesDistortion, whose keywords are g_aDistortionKeyword and have to be the first word of their line, but
-/// for the radius of 256 pixels, which has to be above 0. Between the lines
-/// FILELIST and ENDFILELIST stand the frames: "FILE name stage beam overall", tilts in degrees, the name
-/// without blanks and relative to the folder of the project.
+/// for the radius of 256 pixels, which has to be above 0. ROTATIONMODE has to be the first
+/// word of its line, too, and has what rotationModeOf() reads; without it the crystal turned steadily.
+/// Between the lines FILELIST and ENDFILELIST stand the frames: "FILE name stage beam overall", tilts in
+/// degrees, the name without blanks and relative to the folder of the project.
 ///
 /// Refused are, beyond a missing keyword or list, numbers that are not finite; a wavelength or pixel size
 /// that is not above 0 at the six decimals the program works with, or above 10000; a line of more than
@@ -40,10 +42,11 @@ public:
     [[nodiscard]] bool readBytes(const QByteArray& bytesFile, const QString& strFileName,
                                  AxisLine axisLine = AxisLine::Needed);
 
-    double wavelength() const { return m_dfWavelength; }                 ///< Å
-    double rotationAxis() const { return m_dfRotationAxis; }             ///< degrees
-    bool hasRotationAxis() const { return m_bHasRotationAxis; }          ///< false: rotationAxis() is 0
-    double pixelSize() const { return m_dfPixelSize; }                   ///< Å⁻¹ per pixel
+    double wavelength() const { return m_dfWavelength; }         ///< Å
+    double rotationAxis() const { return m_dfRotationAxis; }     ///< degrees
+    bool hasRotationAxis() const { return m_bHasRotationAxis; }  ///< false: rotationAxis() is 0
+    double pixelSize() const { return m_dfPixelSize; }           ///< Å⁻¹ per pixel
+    const RotationMode& rotation() const { return m_rotation; }
     double stretchingAmplitude() const { return m_dfStretchAmplitude; }  ///< per cent
     double stretchingAzimuth() const { return m_dfStretchAzimuth; }      ///< degrees, as in the file
     const SeriesDistortion& distortion() const { return m_distortion; }  ///< as in the file
@@ -59,7 +62,9 @@ public:
 private:
     bool fail(const QString& strError);
     bool takeDistortion(const QStringList& listLine);
+    bool takeRotation(const QStringList& listLine);
 
+    RotationMode m_rotation;
     double m_dfWavelength = 0;
     double m_dfRotationAxis = 0;
     bool m_bHasRotationAxis = false;

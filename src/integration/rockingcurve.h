@@ -1,7 +1,7 @@
 // RockingCurve: which part of a passage each frame records.
 #pragma once
 
-#include "integration/rotationmode.h"
+#include "geometry/rotationmode.h"
 
 namespace tessera {
 

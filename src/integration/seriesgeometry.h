@@ -2,7 +2,7 @@
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
-#include "integration/rotationmode.h"
+#include "geometry/rotationmode.h"
 
 #include <QSize>
 

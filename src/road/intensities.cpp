@@ -53,7 +53,7 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
                          QStringLiteral("To integrate, a cell and the tilts and shifts of all frames are "
                                         "needed."));
     }
-    series->rotation = options.rotation;
+    series->rotation = options.rotation.value_or(dataSet.m_rotation);
     IntegrationOptions integration;
     integration.dfMaxDStar = options.dfDMin > 0 ? 1 / options.dfDMin : 0;
     integration.bProfileFit = options.bProfileFit;

@@ -12,12 +12,14 @@
 #include "records/runreport.h"
 #include "refinement/geometryrefinement.h"
 
+#include <optional>
+
 namespace tessera {
 
 /// What a user may choose of it.
 struct IntensityOptions {
-    RotationMode rotation;
-    double dfDMin = 0;  ///< Å; 0: as far as reflections are seen
+    std::optional<RotationMode> rotation;  ///< none: that of the data set
+    double dfDMin = 0;                     ///< Å; 0: as far as reflections are seen
     bool bProfileFit = true;
     bool bScale = true;    ///< scale and decay along the series
     QString strLaueClass;  ///< "4/mmm"; empty: the proposed one

@@ -35,6 +35,7 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
     project.dfWavelength = dataSet.m_dfWavelength;
     project.dfPixelSize = dataSet.m_dfPixelSize;
     project.dfRotationAxis = plane.axis;
+    project.rotation = dataSet.m_rotation;
     const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
     if (stretching.dfAmplitude != 0) {
         project.dfStretchAmplitude = 100 * stretching.dfAmplitude;

@@ -135,4 +135,27 @@ TEST(NewProject, NamesFramesFromBehindALink)
     EXPECT_TRUE(QFileInfo::exists(read.frameFiles().value(0))) << bytes.toStdString();
 }
 
+TEST(NewProject, RotationModeHasALineWhereItIsNotContinuous)
+{
+    NewProject project;
+    project.listFrame = QStringList{"/d/a.mrc"};
+    project.tilts.append(0, 0, 0);
+    project.dfWavelength = 0.025;
+    project.dfPixelSize = 0.003;
+    QByteArray bytes;
+    ASSERT_TRUE(makeProjectText(project, "/d/a.ed3d", bytes));
+    EXPECT_FALSE(bytes.contains("ROTATIONMODE"));
+    for (const char* pszMode : {"stepped", "precession,0.85"}) {
+        project.rotation = *rotationModeOf(QLatin1String(pszMode));
+        ASSERT_TRUE(makeProjectText(project, "/d/a.ed3d", bytes));
+        EXPECT_TRUE(bytes.contains(QByteArray("\nROTATIONMODE ") + pszMode + "\nFILELIST\n"));
+        ProjectFile read;
+        ASSERT_TRUE(read.readBytes(bytes, "/d/a.ed3d"));
+        EXPECT_TRUE(read.rotation() == project.rotation);
+    }
+    ProjectFile read;
+    EXPECT_FALSE(read.readBytes(bytes.replace("precession,0.85", "sideways"), "/d/a.ed3d"));
+    EXPECT_TRUE(read.errorText().contains("ROTATIONMODE"));
+}
+
 }  // namespace tessera

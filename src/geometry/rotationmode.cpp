@@ -1,5 +1,6 @@
-#include "integration/rotationmode.h"
+#include "geometry/rotationmode.h"
 
+#include <QLocale>
 #include <QStringList>
 
 namespace tessera {
@@ -38,7 +39,8 @@ QString rotationModeText(const RotationMode& rotation)
         case RotationKind::Precession:
             break;
     }
-    return QStringLiteral("precession,%1").arg(rotation.dfPrecessionAngle);
+    return QStringLiteral("precession,") +
+           QString::number(rotation.dfPrecessionAngle, 'g', QLocale::FloatingPointShortest);
 }
 
 }  // namespace tessera

@@ -16,6 +16,11 @@ enum class RotationKind {
 struct RotationMode {
     RotationKind kind = RotationKind::Continuous;
     double dfPrecessionAngle = 0;  ///< degrees, half opening of the cone; of Precession alone
+
+    bool operator==(const RotationMode& other) const
+    {
+        return kind == other.kind && dfPrecessionAngle == other.dfPrecessionAngle;
+    }
 };
 
 /// Reads "continuous", "stepped" or, with the half opening in degrees, "precession,0.8".
