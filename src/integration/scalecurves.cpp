@@ -64,8 +64,8 @@ private:
         term.dfObserved = observation.dfIntensity * observation.dfLorentz;
         term.dfSigma = observation.dfSigma * observation.dfLorentz;
         const double dfPlace = (squareOf(observation) - m_curves.dfMiddle) / m_curves.dfHalfRange;
-        const CSmoothCurve::Basis scale = m_curves.scale.basis(observation.dfFrame);
-        const CSmoothCurve::Basis decay = m_curves.decay.basis(observation.dfFrame);
+        const CKnotCurve::Basis scale = m_curves.scale.basis(observation.dfFrame);
+        const CKnotCurve::Basis decay = m_curves.decay.basis(observation.dfFrame);
         for (size_t n = 0; n < 4; ++n) {
             term.anParameter[n] = scale.nFirst + int(n);
             term.aDerivative[n] = scale.aWeight[n];
@@ -265,7 +265,7 @@ std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& list
     const int nScale = std::clamp(std::min({nPartners / 40, 12 + nPartners / 200, nFrames / 3}), 1,
                                   nMostIntervals);
     const int nDecay = std::clamp(std::min(nPartners / 600, nFrames / 10), 1, nMostIntervals / 10);
-    return ScaleCurves{CSmoothCurve(0, nFrames - 1, nScale), CSmoothCurve(0, nFrames - 1, nDecay),
+    return ScaleCurves{CKnotCurve(0, nFrames - 1, nScale), CKnotCurve(0, nFrames - 1, nDecay),
                        (dfLeast + dfMost) / 2, std::max((dfMost - dfLeast) / 2, 1e-6)};
 }
 

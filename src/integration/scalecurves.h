@@ -3,7 +3,7 @@
 
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
-#include "integration/smoothcurve.h"
+#include "integration/knotcurve.h"
 
 #include <optional>
 #include <vector>
@@ -14,8 +14,8 @@ namespace tessera {
 /// from a middle one, over its half range: both curves are natural logarithms, the second at the edge of the
 /// range.
 struct ScaleCurves {
-    CSmoothCurve scale;
-    CSmoothCurve decay;
+    CKnotCurve scale;
+    CKnotCurve decay;
     double dfMiddle = 0;     ///< (sin θ/λ)², Å⁻²
     double dfHalfRange = 1;  ///< likewise
 

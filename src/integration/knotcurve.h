@@ -1,4 +1,4 @@
-// CSmoothCurve: a cubic spline on even knots, linear in its coefficients.
+// CKnotCurve: a cubic spline on even knots, linear in its coefficients.
 #pragma once
 
 #include <array>
@@ -7,10 +7,10 @@
 namespace tessera {
 
 /// A uniform cubic B-spline over a range. Source: de Boor (1978), A Practical Guide to Splines.
-class CSmoothCurve {
+class CKnotCurve {
 public:
     /// @param nIntervals  1 or more
-    CSmoothCurve(double dfFirst, double dfLast, int nIntervals);
+    CKnotCurve(double dfFirst, double dfLast, int nIntervals);
 
     /// The four coefficients that a place depends on, and with what weights; places outside the range count
     /// as its ends.

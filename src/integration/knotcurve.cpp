@@ -1,18 +1,18 @@
-#include "integration/smoothcurve.h"
+#include "integration/knotcurve.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace tessera {
 
-CSmoothCurve::CSmoothCurve(double dfFirst, double dfLast, int nIntervals)
+CKnotCurve::CKnotCurve(double dfFirst, double dfLast, int nIntervals)
     : m_dfFirst(dfFirst),
       m_dfStep(std::max(dfLast - dfFirst, 1e-9) / std::max(1, nIntervals)),
       m_nIntervals(std::max(1, nIntervals)),
       m_listCoefficient(size_t(m_nIntervals) + 3, 0.0)
 {}
 
-CSmoothCurve::Basis CSmoothCurve::basis(double dfAt) const
+CKnotCurve::Basis CKnotCurve::basis(double dfAt) const
 {
     const double dfPlace = std::clamp((dfAt - m_dfFirst) / m_dfStep, 0.0, double(m_nIntervals));
     Basis basis;
@@ -24,7 +24,7 @@ CSmoothCurve::Basis CSmoothCurve::basis(double dfAt) const
     return basis;
 }
 
-double CSmoothCurve::value(double dfAt) const
+double CKnotCurve::value(double dfAt) const
 {
     const Basis at = basis(dfAt);
     double dfSum = 0;
