@@ -347,6 +347,7 @@ void takeIntensities(COptionReader& reader, IntensityOptions& options)
     options.strLaueClass = listClass.value(nClass);
     options.bProfileFit = !reader.isSet(QStringLiteral("no-profile"));
     options.bScale = !reader.isSet(QStringLiteral("no-scale"));
+    options.bDecay = options.bScale;
 }
 
 void takeStages(COptionReader& reader, RoadOptions& options)

@@ -57,6 +57,8 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
     IntegrationOptions integration;
     integration.dfMaxDStar = options.dfDMin > 0 ? 1 / options.dfDMin : 0;
     integration.bProfileFit = options.bProfileFit;
+    integration.dfDiscRadius = options.dfDiscRadius;
+    integration.dfRockingWidth = options.dfRockingWidth;
     if (lattice && lattice->whole.strCentring.size() == 1) {
         integration.chCentring = lattice->whole.strCentring[0].toLatin1();
     }
@@ -67,7 +69,8 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
     }
     JudgementOptions judgement;
     judgement.scaling.bScale = options.bScale;
-    judgement.scaling.bDecay = options.bScale;
+    judgement.scaling.bDecay = options.bDecay;
+    judgement.scaling.dfRejection = options.dfRejection;
     judgement.dfDMin = options.dfDMin;
     judgement.strLaueClass = options.strLaueClass;
     judgement.nSpaceGroup = options.nSpaceGroup;

@@ -20,10 +20,14 @@ namespace tessera {
 struct IntensityOptions {
     std::optional<RotationMode> rotation;  ///< none: that of the data set
     double dfDMin = 0;                     ///< Å; 0: as far as reflections are seen
+    double dfDiscRadius = 0;               ///< pixels; 0: learned
+    double dfRockingWidth = 0;             ///< Å⁻¹, sigma; 0: learned
     bool bProfileFit = true;
-    bool bScale = true;    ///< scale and decay along the series
-    QString strLaueClass;  ///< "4/mmm"; empty: the proposed one
-    int nSpaceGroup = 0;   ///< 1 to 230; 0: the best by its absences
+    bool bScale = true;                                 ///< a scale along the series
+    bool bDecay = true;                                 ///< and a fall-off with resolution
+    double dfRejection = ScalingOptions().dfRejection;  ///< sigmas, of outliers
+    QString strLaueClass;                               ///< "4/mmm"; empty: the proposed one
+    int nSpaceGroup = 0;                                ///< 1 to 230; 0: the best by its absences
     ChemicalFormula formula;
     int nUnits = 0;  ///< formulae in a cell; 0: estimated
 };
