@@ -58,6 +58,22 @@ struct CPeakTable::Cells {
         return double(calAngleToRotationAxis(table.m_centres, table.m_dfRotationAxis, peak.nFrame, peak));
     }
 
+    /// The passage that is this peak; null where the peak isn't indexed or was not integrated.
+    static const IntegratedPeak* integrated(const CPeakTable& table, const Peak3D& peak)
+    {
+        if (!table.m_pIntegrated || !isCloseToInteger(peak, table.m_fIndexThreshold)) {
+            return nullptr;
+        }
+        return table.m_pIntegrated->nearest(
+            {roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)}, peak.nFrame);
+    }
+
+    static QString measured(const CPeakTable& table, const Peak3D& peak, double IntegratedPeak::*pNumber)
+    {
+        const IntegratedPeak* pPeak = integrated(table, peak);
+        return pPeak && pPeak->dfSigma > 0 ? fixed(table, pPeak->*pNumber, 1) : QString();
+    }
+
     typedef QString (*Text)(const CPeakTable& t, const Peak3D& p);
     static constexpr Text aText[] = {
         [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nID); },
@@ -87,23 +103,42 @@ struct CPeakTable::Cells {
         [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfX2DCorrected, 2); },
         [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfY2DCorrected, 2); },
         [](const CPeakTable& t, const Peak3D& p) { return QString::number(isAllowed(t, p) ? 1 : 0); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nRGroup); }};
+        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nRGroup); },
+        [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfIntensity); },
+        [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfSigma); },
+        [](const CPeakTable& t, const Peak3D& p) {
+            const IntegratedPeak* pPeak = integrated(t, p);
+            return pPeak ? pPeak->strFlags : QString();
+        }};
     static_assert(std::size(aText) == g_nPeakTableColumns, "each column has its text");
 };
 
 CPeakTable::CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, double dfIndexThreshold,
-                       const QLocale& locale)
+                       const QLocale& locale, const std::shared_ptr<const CIntegratedPeaks>& pIntegrated)
     : m_listPeak(listPeak),
       m_centres(beamCentres(dataSet)),
       m_dfRotationAxis(dataSet.m_dfRotationAxis),
       m_spaceGroup(dataSet.m_spaceGroup),
       m_fIndexThreshold(float(dfIndexThreshold)),
-      m_locale(locale)
+      m_locale(locale),
+      m_pIntegrated(pIntegrated)
 {}
 
 QString CPeakTable::text(int nRow, int nColumn) const
 {
     return Cells::aText[nColumn](*this, m_listPeak.at(nRow));
+}
+
+CPeakTable CPeakTable::withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const
+{
+    CPeakTable table = *this;
+    table.m_pIntegrated = pIntegrated;
+    return table;
+}
+
+const IntegratedPeak* CPeakTable::integrated(int nRow) const
+{
+    return Cells::integrated(*this, m_listPeak.at(nRow));
 }
 
 }  // namespace tessera

@@ -1,31 +1,42 @@
-// Peak table: the 26 columns of the reflections in use, as texts.
+// Peak table: the 29 columns of the reflections in use, as texts.
 #pragma once
 
 #include "dataset/dataset.h"
 #include "geometry/rotationgeometry.h"
+#include "reciprocal/integratedpeaks.h"
 
 #include <QLocale>
 #include <QString>
 
+#include <memory>
+
 namespace tessera {
 
 /// Number of columns of the peak table.
-constexpr int g_nPeakTableColumns = 26;
+constexpr int g_nPeakTableColumns = 29;
+/// The first of those that only an integration fills: intensity, sigma, flags.
+constexpr int g_nFirstIntegratedColumn = 26;
 
 /// The texts of the peak table, made one by one from the records, the geometry of the data set and its space
 /// group as they were when the table was made.
 ///
 /// Columns 0 to 6, 11, 24 and 25 are plain whole numbers, "*" for the indices of a record that isn't indexed
-/// within `dfIndexThreshold`; all others go through `locale`.
+/// within `dfIndexThreshold`; all others go through `locale`. The last three are empty where the integration
+/// has no such reflection, and intensity and sigma where it has not measured it.
 class CPeakTable {
 public:
+    /// @param pIntegrated  of the cell that the peaks are indexed with; null: nothing is integrated
     CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, double dfIndexThreshold,
-               const QLocale& locale);
+               const QLocale& locale, const std::shared_ptr<const CIntegratedPeaks>& pIntegrated = {});
 
     int rowCount() const { return m_listPeak.size(); }
     /// @param nRow     below rowCount()
     /// @param nColumn  below g_nPeakTableColumns
     QString text(int nRow, int nColumn) const;
+    /// The same table with another integration; null: with none.
+    CPeakTable withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const;
+    /// What the integration says of a row; null: nothing.
+    const IntegratedPeak* integrated(int nRow) const;
 
 private:
     struct Cells;  ///< a function per column
@@ -36,6 +47,7 @@ private:
     CSpaceGroup m_spaceGroup;
     float m_fIndexThreshold;
     QLocale m_locale;
+    std::shared_ptr<const CIntegratedPeaks> m_pIntegrated;
 };
 
 }  // namespace tessera

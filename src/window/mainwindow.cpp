@@ -10,6 +10,7 @@
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
+#include "window/integration/integrationcontroller.h"
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
 #include "window/pages/extractionpage.h"
@@ -53,6 +54,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createViews();
     setAcceptDrops(true);
     setCentralWidget(m_pTabWidget);
+    createIntegration();
     bindParameters();
     connectPages();
 
@@ -74,6 +76,7 @@ MainWindow::~MainWindow()
     // The widgets go down with the base class, and some report changes on the way.
     m_timerPlay.stop();
     m_timerPlay.disconnect(this);
+    delete m_pIntegration;
     for (QObject* pChild : findChildren<QObject*>())
         pChild->disconnect(this);
 }
@@ -91,13 +94,14 @@ void MainWindow::fillNameMaps()
         for (int i = 0; i < listName.size(); ++i)
             map.insert(i, listName[i]);
     };
-    fill(m_mapTabName, {QStringLiteral("Experimental"), QStringLiteral("3D View Raw"),
-                        QStringLiteral("3D View Merged"), QStringLiteral("Peak Table")});
+    fill(m_mapTabName,
+         {QStringLiteral("Experimental"), QStringLiteral("3D View Raw"), QStringLiteral("3D View Merged"),
+          QStringLiteral("Peak Table"), QStringLiteral("Quality")});
     fill(m_mapPageName,
          {QStringLiteral("Frames"), QStringLiteral("Shift Evaluation"), QStringLiteral("Peak Search"),
           QStringLiteral("3D Peak Merging"), QStringLiteral("Unit Cell Determination and Indexing"),
           QStringLiteral("Intensity Extraction"), QStringLiteral("Unit Cell Refinement"),
-          QStringLiteral("3D View Control")});
+          QStringLiteral("3D View Control"), QStringLiteral("Integration")});
     fill(m_mapColumnName,
          {QStringLiteral("ID"),      QStringLiteral("h."),        QStringLiteral("k."),
           QStringLiteral("l."),      QStringLiteral("h"),         QStringLiteral("k"),
@@ -107,7 +111,8 @@ void MainWindow::fillNameMaps()
           QStringLiteral("HW*d-RA"), QStringLiteral("α(°)"),      QStringLiteral("α-RA(°)"),
           QStringLiteral("x"),       QStringLiteral("y"),         QStringLiteral("x'"),
           QStringLiteral("y'"),      QStringLiteral("x\""),       QStringLiteral("y\""),
-          QStringLiteral("Alwd."),   QStringLiteral("RGroup")});
+          QStringLiteral("Alwd."),   QStringLiteral("RGroup"),    QStringLiteral("Int.Integr."),
+          QStringLiteral("σ"),       QStringLiteral("Flags")});
 }
 
 void MainWindow::createViews()
@@ -160,6 +165,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     m_pExtractionPage->hide();  // windows that would stay open alone
     m_pLatticesDialog->hide();
     m_pGeometry->dialog().hide();
+    m_pIntegration->forget();
     m_pGuideWindow.reset();
     pEvent->accept();
 }

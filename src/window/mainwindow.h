@@ -52,6 +52,7 @@ class CRunReport;
 class FramesPage;
 class GeometryControl;
 class GuideWindow;
+class IntegrationController;
 class LatticesDialog;
 class MergingPage;
 class MessageEdit;
@@ -224,8 +225,7 @@ public slots:
     void showCircleMarks(const QList<QPointF>& listPos);
     /// Takes these circles off the frame.
     void clearCircleMarks();
-    /// Labels the indexed peaks of the frame in view by h, k, l, if the menu says so; else takes the labels
-    /// off.
+    /// Labels the indexed peaks of the frame in view by h, k, l if the menu says so, else takes labels off.
     void showPeakText();
     /// Takes the labels off the frame.
     void clearTextMarks();
@@ -243,13 +243,11 @@ public slots:
     void showPeaksIn3D();
     /// Maps and shows them anew after a change of the geometry; during a run after it.
     void recalculate3DPeakPositionsAndUpdateView();
-    /// Links the peaks of the group chosen on the page into chains, merges each to a reflection, and shows
-    /// these.
+    /// Links the peaks of the group chosen on the page into chains, merges each to a reflection and shows it.
     void peakReduction3D();
     /// Finds azimuth and sense of the rotation axis from the peaks, shows the curve, and asks whether to take
     /// it; a taken one maps the peaks anew. A run, see m_bRunning.
-    /// In src/window/reciprocal/mainwindow_axis.cpp.
-    void findRotationAxis();
+    void findRotationAxis();  // src/window/reciprocal/mainwindow_axis.cpp
     /// Draws the rotation axis through the direct beam of the frame in view, or hides it.
     void showRotationAxisLine();
 
@@ -499,6 +497,7 @@ private:
     void createViews();
     void create3DView(ED3DWidget*& pView, const QString& strTab);
     void createPeakTable();
+    void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void connectPages();
     void connect3DPage();
     static QSettings* makeSettings(QObject* pParent = nullptr);
@@ -744,6 +743,7 @@ private:
     LatticesDialog* m_pLatticesDialog = nullptr;  ///< another
     GeometryControl* m_pGeometry = nullptr;       ///< with a window of its own
     View3DPage* m_pView3DPage = nullptr;
+    IntegrationController* m_pIntegration = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 

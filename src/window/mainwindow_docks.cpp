@@ -9,6 +9,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/framespage.h"
+#include "window/pages/integrationpage.h"
 #include "window/pages/mergingpage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/refinementpage.h"
@@ -39,6 +40,7 @@ void MainWindow::createControlDock()
     m_pCellPage = new CellPage(m_pToolBox);
     m_pRefinementPage = new RefinementPage(m_pToolBox);
     m_pView3DPage = new View3DPage(m_pToolBox);
+    auto* pIntegrationPage = new IntegrationPage(m_pToolBox);
 
     // Entry 5 of the names is a group that stands on no page but in a window of its own.
     m_pExtractionPage = new ExtractionPage(this);
@@ -51,7 +53,7 @@ void MainWindow::createControlDock()
         QWidget* pPage;
         int nName;
     } aPage[] = {{m_pFramesPage, 0}, {m_pShiftPage, 1},      {m_pPeakSearchPage, 2}, {m_pMergingPage, 3},
-                 {m_pCellPage, 4},   {m_pRefinementPage, 6}, {m_pView3DPage, 7}};
+                 {m_pCellPage, 4},   {m_pRefinementPage, 6}, {m_pView3DPage, 7},     {pIntegrationPage, 8}};
     // The tool box lays each page into a scroll area of its own: pages taller than the window scroll.
     int nWidth = m_pFramesPage->sizeHint().width();
     for (const auto& page : aPage) {

@@ -11,6 +11,7 @@
 #include "window/crystal/geometrycontrol.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
+#include "window/integration/integrationcontroller.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/framespage.h"
@@ -223,6 +224,7 @@ void MainWindow::clearDataSet()
     m_rawGroups.forget();
     forgetLattices();
     m_pGeometry->forget();
+    m_pIntegration->forget();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     m_dataSet.m_listPeakFrameShown.clear();

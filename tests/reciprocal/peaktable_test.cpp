@@ -52,24 +52,30 @@ TEST(PeakTable, AllColumnsOfRecords)
     allowed.dfX2D = 1234567;
 
     // Distance and angle to the axis: by the normal of the axis, and by the scalar product with it.
+    // Two passages of one reflection: the nearer to the frame of the peak is the one; another is not
+    // measured.
+    const auto pIntegrated = std::make_shared<CIntegratedPeaks>();
+    pIntegrated->add({1, -2, 3}, {40, 5, 1, QString(), 0});
+    pIntegrated->add({1, -2, 3}, {3.5, -1234.56, 0.26, QStringLiteral("slow, overlap"), 1});
+    pIntegrated->add({1, -1, -3}, {2, 99, 0, QStringLiteral("masked"), 2});
     const char* apchRow[] = {
         "7|1.02|-2.01|2.98|1|-2|3|12,345.7|1,000.0|6.25|0.160|2|12|1.25|419.4|524.3|5.6|24.4|1,510.75|300.25|"
-        "1,009.00|-98.25|-1,234.50|0.13|0|3",
+        "1,009.00|-98.25|-1,234.50|0.13|0|3|-1,234.6|0.3|slow, overlap",
         "0|0.00|0.00|0.00|0|0|0|0.0|0.0|0.00|0.000|1|12.01|0.00|168.5|0.0|227.6|17.6|123.4|812.6|"
-        "-376.85|412.10|0.00|0.00|1|0",
+        "-376.85|412.10|0.00|0.00|1|0|||",
         "0|1.00|0.50|-0.94|*|*|*|0.0|0.0|0.50|2.000|3|12.00|0.00|0.0|0.0|0.0|0.0|123.4|812.6|"
-        "0.00|0.00|0.00|0.00|1|0",
+        "0.00|0.00|0.00|0.00|1|0|||",
         "0|0.96|-1.00|-3.00|1|-1|-3|0.0|0.0|0.50|2.000|3|12.00|0.00|0.0|0.0|0.0|0.0|1.23457e+06|812.6|"
-        "0.00|0.00|0.00|0.00|1|0",
+        "0.00|0.00|0.00|0.00|1|0|||masked",
     };
     for (const bool bGerman : {false, true}) {
         const QLocale locale(bGerman ? QLocale::German : QLocale::English);
-        const CPeakTable table({absent, origin, unindexed, allowed}, data, 0.05, locale);
+        const CPeakTable table({absent, origin, unindexed, allowed}, data, 0.05, locale, pIntegrated);
         ASSERT_EQ(table.rowCount(), 4);
         for (int i = 0; i < 4; ++i) {
             QStringList listExpected = QString::fromLatin1(apchRow[i]).split('|');
-            for (int k = 7; bGerman && k < 24; ++k)
-                if (k != 11)
+            for (int k = 7; bGerman && k < 28; ++k)
+                if (k != 11 && k != 24 && k != 25)
                     listExpected[k].replace(',', ';').replace('.', ',').replace(';', '.');
             QStringList listText;
             for (int k = 0; k < g_nPeakTableColumns; ++k)

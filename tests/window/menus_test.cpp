@@ -1,5 +1,6 @@
 // That each button of a page and each action leads somewhere, and how the pages are leafed through.
 #include "tests/window/windowtest.h"
+#include "window/pages/integrationpage.h"
 
 #include <QMetaMethod>
 
@@ -33,8 +34,9 @@ typedef WindowTest Menus;
 TEST_F(Menus, EachButtonAndActionLeadsSomewhere)
 {
     int nButtons = 0;
-    for (const QWidget* pPage : QList<QWidget*>{m_pFrames, m_pShift, m_pSearch, m_pMerging, m_pCell,
-                                                m_pRefine, m_pPanel, m_pExtraction})
+    for (const QWidget* pPage :
+         QList<QWidget*>{m_pFrames, m_pShift, m_pSearch, m_pMerging, m_pCell, m_pRefine, m_pPanel,
+                         m_pExtraction, m_pWindow->findChild<IntegrationPage*>()})
         for (const QPushButton* pButton : pPage->findChildren<QPushButton*>()) {
             ++nButtons;
             EXPECT_TRUE(isHeard(pButton, pButton->isCheckable() ? "toggled" : "clicked"))
@@ -55,10 +57,10 @@ TEST_F(Menus, TheOpenPageHasItsArrowAndABoldTitle)
     for (QWidget* pChild : pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
         if (pChild->inherits("QToolBoxButton"))
             listHeader += pChild;
-    ASSERT_EQ(listHeader.size(), 7);
-    for (int nOpen : {0, 4, 6, 1}) {
+    ASSERT_EQ(listHeader.size(), 8);
+    for (int nOpen : {0, 4, 7, 1}) {
         pToolBox->setCurrentIndex(nOpen);
-        for (int i = 0; i < 7; ++i) {
+        for (int i = 0; i < 8; ++i) {
             const QString strIcon = i == nOpen ? ":/images/arrowdown4.png" : ":/images/arrowright4.png";
             EXPECT_EQ(picture(pToolBox->itemIcon(i)), picture(QIcon(strIcon))) << i << " of " << nOpen;
             EXPECT_EQ(listHeader[i]->font().weight(), i == nOpen ? 75 : 50);

@@ -69,7 +69,7 @@ protected:
 TEST_F(PeakTableWindow, TheClipboardHasTheColumnsInSight)
 {
     const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
-    ASSERT_EQ(listAction.size(), 26);
+    ASSERT_EQ(listAction.size(), 29);
     listAction[1]->setChecked(true);
     m_pTable->setColumnWidth(5, 77);
     m_pWindow->updatePeakTable({});  // without rows the columns go, and come back as they were

@@ -286,6 +286,19 @@ int main(int argc, char** argv)
                       pTable->visualRect(pTable->model()->index(g_nCurveRow, g_nIntensityColumn)).center());
     camera.shoot(QStringLiteral("table"));
 
+    // The integration: its page with the discs on a frame, and what came out.
+    QWidget* pIntegration = camera.openPage(QStringLiteral("Integration"));
+    find<QPushButton>(pIntegration, QStringLiteral("Integrate"))->click();
+    auto* pCrosses = find<QCheckBox>(pSearch, QStringLiteral("Show Found Peaks"));
+    pCrosses->setChecked(false);  // the discs lie on the same spots
+    find<QCheckBox>(pIntegration, QStringLiteral("Show Predicted"))->setChecked(true);
+    pTabs->setCurrentIndex(0);
+    camera.shoot(QStringLiteral("integration"));
+    pTabs->setCurrentIndex(4);
+    camera.shoot(QStringLiteral("quality"));
+    find<QCheckBox>(pIntegration, QStringLiteral("Show Predicted"))->setChecked(false);
+    pCrosses->setChecked(true);
+
     pTabs->setCurrentIndex(0);
     camera.openPage(QStringLiteral("Unit Cell Refinement"));
     find<QAction>(&window, QStringLiteral("Show Peak Labels"))->trigger();

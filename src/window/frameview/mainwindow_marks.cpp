@@ -5,6 +5,7 @@
 #include "frameview/originalimgscene.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
+#include "window/integration/integrationcontroller.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
 
@@ -58,6 +59,7 @@ void MainWindow::clearTextMarks()
 void MainWindow::clearFrameMarks()
 {
     m_pMarks->clear();
+    m_pIntegration->showDiscs(-1);
     m_pPixelReadout->clear();
 }
 

@@ -1,5 +1,6 @@
 // MainWindow: the peak table.
 #include "reciprocal/peaktable.h"
+#include "window/integration/integrationcontroller.h"
 #include "window/mainwindow.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/controltips.h"
@@ -56,8 +57,8 @@ void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
 {
     guarded([&] {
         m_dataSet.m_spaceGroup.setSpaceGroup(m_pCellPage->m_pComboReflectionGrouping->currentData().toInt());
-        m_pPeakTableView->setTable(
-            std::make_shared<const CPeakTable>(listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale));
+        m_pPeakTableView->setTable(std::make_shared<const CPeakTable>(
+            listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale, m_pIntegration->peaksOfTable()));
     });
 }
 

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QSortFilterProxyModel>
 
 #include <algorithm>
 #include <iterator>
@@ -32,7 +33,7 @@ constexpr Column g_aColumn[] = {
     {50, false, false}, {60, false, false}, {60, true, true},   {70, true, true},   {70, true, false},
     {70, true, true},   {60, false, false}, {60, false, false}, {50, false, false}, {50, false, false},
     {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false},
-    {50, false, false}};
+    {50, false, false}, {70, true, false},  {60, true, false},  {120, true, false}};
 static_assert(std::size(g_aColumn) == g_nPeakTableColumns, "each column has its width");
 
 /// Tips of the columns, for their titles and for the menu that shows and hides them.
@@ -64,7 +65,10 @@ constexpr const char* g_apszColumnTip[] = {
     QT_TRANSLATE_NOOP("MainWindow", "Row relative to the direct beam with the stretching undone, pixels."),
     QT_TRANSLATE_NOOP("MainWindow",
                       "0 if the space group of \"Reflection Grouping\" forbids the reflection, else 1."),
-    QT_TRANSLATE_NOOP("MainWindow", "Number of the group of equivalent reflections.")};
+    QT_TRANSLATE_NOOP("MainWindow", "Number of the group of equivalent reflections."),
+    QT_TRANSLATE_NOOP("MainWindow", "Integrated intensity on the common scale of the series."),
+    QT_TRANSLATE_NOOP("MainWindow", "Standard deviation of the integrated intensity."),
+    QT_TRANSLATE_NOOP("MainWindow", "What is wrong with the integrated intensity; empty: nothing.")};
 static_assert(std::size(g_apszColumnTip) == g_nPeakTableColumns, "each column has its tip");
 
 QVector<QString> columnTips()
@@ -124,6 +128,7 @@ PeakTableView::PeakTableView(const QVector<QString>& vecTitle, QWidget* pParent)
 void PeakTableView::setTable(const std::shared_ptr<const CPeakTable>& pTable)
 {
     // Without rows the columns go, and with them what the user has made of them.
+    m_pTable = pTable;
     const bool bHadColumns = horizontalHeader()->count() > 0;
     if (bHadColumns)
         m_bytesColumnLayout = horizontalHeader()->saveState();
@@ -133,6 +138,27 @@ void PeakTableView::setTable(const std::shared_ptr<const CPeakTable>& pTable)
         horizontalHeader()->restoreState(m_bytesColumnLayout);
         showCheckedColumns();
     }
+}
+
+void PeakTableView::setIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated)
+{
+    if (m_pTable) {
+        setTable(std::make_shared<const CPeakTable>(m_pTable->withIntegrated(pIntegrated)));
+    }
+}
+
+void PeakTableView::checkIntegratedColumns(bool bCheck)
+{
+    for (QAction* pAction : m_listColumnAction.mid(g_nFirstIntegratedColumn)) {
+        pAction->setChecked(bCheck);
+    }
+}
+
+const IntegratedPeak* PeakTableView::integratedPeak(const QModelIndex& index) const
+{
+    const auto* pSorted = static_cast<const QSortFilterProxyModel*>(model());
+    const int nRow = pSorted->mapToSource(index).row();
+    return m_pTable && nRow >= 0 && nRow < m_pTable->rowCount() ? m_pTable->integrated(nRow) : nullptr;
 }
 
 void PeakTableView::showCheckedColumns()

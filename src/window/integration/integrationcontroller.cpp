@@ -1,0 +1,217 @@
+#include "window/integration/integrationcontroller.h"
+
+#include "frameview/baseimgview.h"
+#include "frameview/discitem.h"
+#include "frameview/replacemarks.h"
+#include "integration/reflectionflags.h"
+#include "window/integration/profilewindow.h"
+#include "window/integration/qualityplots.h"
+#include "window/integration/qualitytab.h"
+#include "window/pages/integrationpage.h"
+#include "window/plotpanel.h"
+#include "window/reciprocal/peaktableview.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QMouseEvent>
+#include <QPushButton>
+
+namespace tessera {
+
+namespace {
+
+const double g_dfDiscZ = 150;  // above the crosses, below the labels
+
+std::shared_ptr<const CIntegratedPeaks> peaksOf(const IntegrationResult& result)
+{
+    auto pPeaks = std::make_shared<CIntegratedPeaks>();
+    const std::vector<Observation>& listObservation = result.integrated.listObservation;
+    for (size_t n = 0; n < listObservation.size(); ++n) {
+        const Observation& observation = listObservation[n];
+        IntegratedPeak peak;
+        peak.dfFrame = observation.dfFrame;
+        peak.dfIntensity = observation.corrected();
+        peak.dfSigma = observation.correctedSigma();
+        peak.strFlags = reflectionFlagNames(observation.nFlags).join(QStringLiteral(", "));
+        peak.nObservation = int(n);
+        pPeaks->add(observation.anIndex, peak);
+    }
+    return pPeaks;
+}
+
+QStringList namesOf(const SpaceGroupRanking& ranking)
+{
+    QStringList listName;
+    for (const SpaceGroupCandidate& candidate : ranking.listCandidate) {
+        listName.append(candidate.strName);
+    }
+    return listName;
+}
+
+}  // namespace
+
+IntegrationController::IntegrationController(const IntegrationHost& host, QObject* pParent)
+    : QObject(pParent), m_host(host)
+{
+    const IntegrationPage* pPage = m_host.pPage;
+    connect(pPage->m_pButtonIntegrate, &QPushButton::clicked, this, &IntegrationController::run);
+    connect(pPage->m_pButtonExport, &QPushButton::clicked, this, &IntegrationController::exportFiles);
+    connect(pPage->m_pCheckPredicted, &QCheckBox::toggled, this,
+            [this] { showDiscs(m_host.fnFrameInView()); });
+    connect(m_host.pTab, &QualityTab::notSaved, this,
+            [this](const QString& strReason) { m_host.fnComplain(strReason); });
+    connect(m_host.pTable, &QTableView::clicked, this,
+            [this](const QModelIndex& index) { showChosen(index, true); });
+    // The keyboard goes on with the window that a click has opened.
+    connect(m_host.pTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& index) {
+                if (QApplication::mouseButtons() == Qt::NoButton) {
+                    showChosen(index, false);
+                }
+            });
+    m_host.pFrameView->viewport()->installEventFilter(this);
+}
+
+void IntegrationController::run()
+{
+    m_host.fnRun(m_host.pPage->m_pButtonIntegrate, [this](CRunReport& report) {
+        QString strReason;
+        const std::optional<IntensityOptions> options = m_host.pPage->options(&strReason);
+        if (!options) {
+            report.fail(strReason);
+            return;
+        }
+        auto pResult = std::make_shared<IntegrationResult>();
+        if (m_host.fnIntegrate(*options, report, *pResult).finished()) {
+            take(pResult);
+        }
+    });
+}
+
+void IntegrationController::exportFiles()
+{
+    if (!m_pResult) {
+        m_host.fnComplain(tr("Nothing is integrated yet."));
+        return;
+    }
+    m_host.fnRun(m_host.pPage->m_pButtonExport, [this](CRunReport& report) {
+        QString strReason;
+        const std::optional<IntensityOptions> options = m_host.pPage->options(&strReason);
+        if (!options || !m_host.fnWrite(*m_pResult, *options, report, &strReason)) {
+            report.fail(strReason);
+        }
+    });
+}
+
+void IntegrationController::take(const std::shared_ptr<const IntegrationResult>& pResult)
+{
+    const bool bFirst = !m_pResult;
+    m_pResult = pResult;
+    m_pPeaks = peaksOf(*pResult);
+    m_listCell = m_host.pData->m_listCell;
+    m_host.pPage->showResult(summaryOf(*pResult));
+    m_host.pPage->offerSpaceGroups(namesOf(pResult->spaceGroups));
+    m_host.pTab->setResult(*pResult, fileStem());
+    if (m_pProfile) {
+        m_pProfile->clear();
+    }
+    m_host.pTable->setIntegrated(peaksOfTable());
+    if (bFirst) {  // later it is the user who has chosen the columns
+        m_host.pTable->checkIntegratedColumns(true);
+    }
+    showDiscs(m_host.fnFrameInView());
+}
+
+void IntegrationController::forget()
+{
+    m_pResult.reset();
+    m_pPeaks.reset();
+    m_host.pPage->showResult({});
+    m_host.pPage->offerSpaceGroups({});
+    m_host.pTab->clear();
+    m_host.pTable->setIntegrated({});
+    m_host.pTable->checkIntegratedColumns(false);
+    if (m_pProfile) {
+        m_pProfile->clear();
+    }
+    showDiscs(-1);
+}
+
+QString IntegrationController::fileStem() const
+{
+    return fileOfProject(*m_host.pData, QString());
+}
+
+std::shared_ptr<const CIntegratedPeaks> IntegrationController::peaksOfTable() const
+{
+    return m_host.pData->m_listCellIndexed == m_listCell ? m_pPeaks : nullptr;
+}
+
+void IntegrationController::showDiscs(int nFrame)
+{
+    m_listDisc.clear();
+    QList<DiscItem*> listItem;
+    if (m_pResult && nFrame >= 0 && m_host.pPage->m_pCheckPredicted->isChecked()) {
+        m_listDisc = discsOnFrame(*m_pResult, nFrame, QLocale::system());
+        const double dfRadius = discRadius(*m_pResult);
+        for (const PredictedDisc& disc : m_listDisc) {
+            listItem.append(new DiscItem(disc.ptCentre, dfRadius, disc.color, disc.strTip));
+            listItem.last()->setZValue(g_dfDiscZ);
+        }
+    }
+    replaceMarks(m_host.pFrameView->scene(), m_listItem, listItem);
+}
+
+void IntegrationController::showProfile(int nObservation)
+{
+    if (!m_pResult || nObservation < 0 || nObservation >= int(m_pResult->integrated.listObservation.size())) {
+        return;
+    }
+    const std::shared_ptr<const IntegrationResult> pResult = m_pResult;
+    m_host.fnLook([&](CRunReport& report) {
+        const Observation& observation = pResult->integrated.listObservation[size_t(nObservation)];
+        ObservationProfile profile;
+        if (!m_host.fnProfile(*pResult, observation, report, profile)) {
+            return;  // the report has the reason
+        }
+        if (!m_pProfile) {
+            m_pProfile = new ProfileWindow(m_host.pPage->window());
+            connect(m_pProfile->plot(), &PlotPanel::notSaved, this,
+                    [this](const QString& strReason) { m_host.fnComplain(strReason); });
+        }
+        m_pProfile->showProfile(observation, profile, fileStem() + QStringLiteral("_rocking"));
+    });
+}
+
+/// @param bOpen  whether the window is opened for it
+void IntegrationController::showChosen(const QModelIndex& index, bool bOpen)
+{
+    const IntegratedPeak* pPeak = m_pResult ? m_host.pTable->integratedPeak(index) : nullptr;
+    if (pPeak && (bOpen || (m_pProfile && m_pProfile->isVisible()))) {
+        showProfile(pPeak->nObservation);
+    }
+}
+
+/// A click on a disc, which must not take the drag from the frame.
+bool IntegrationController::eventFilter(QObject* pObject, QEvent* pEvent)
+{
+    if (pEvent->type() == QEvent::MouseButtonPress || pEvent->type() == QEvent::MouseButtonRelease) {
+        const auto* pMouse = static_cast<const QMouseEvent*>(pEvent);
+        if (pMouse->button() != Qt::LeftButton || m_listDisc.empty()) {
+            m_ptPressed.reset();
+        } else if (pEvent->type() == QEvent::MouseButtonPress) {
+            m_ptPressed = pMouse->pos();
+        } else if (m_ptPressed &&
+                   (pMouse->pos() - *m_ptPressed).manhattanLength() < QApplication::startDragDistance()) {
+            const QPointF ptScene = m_host.pFrameView->mapToScene(pMouse->pos());
+            m_ptPressed.reset();
+            // After the view has had the event.
+            const int nObservation = observationAt(m_listDisc, ptScene, discRadius(*m_pResult));
+            QMetaObject::invokeMethod(
+                this, [this, nObservation] { showProfile(nObservation); }, Qt::QueuedConnection);
+        }
+    }
+    return QObject::eventFilter(pObject, pEvent);
+}
+
+}  // namespace tessera

@@ -1,0 +1,106 @@
+// IntegrationController: the page "Integration", its run, and all that shows what came out of it.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "integration/integrationresult.h"
+#include "reciprocal/integratedpeaks.h"
+#include "records/runoutcome.h"
+#include "records/runreport.h"
+#include "road/intensities.h"
+#include "window/integration/predicteddiscs.h"
+
+#include <QLocale>
+#include <QObject>
+#include <QPoint>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QModelIndex;
+class QPushButton;
+
+namespace tessera {
+
+class BaseImgView;
+class DiscItem;
+class IntegrationPage;
+class PeakTableView;
+class ProfileWindow;
+class QualityTab;
+
+/// What the integration asks of the window; none of it is owned.
+struct IntegrationHost {
+    using FnWithReport = std::function<void(CRunReport&)>;
+    using FnWrite =
+        std::function<bool(const IntegrationResult&, const IntensityOptions&, CRunReport&, QString*)>;
+
+    const DataSet* pData = nullptr;
+    IntegrationPage* pPage = nullptr;
+    QualityTab* pTab = nullptr;
+    PeakTableView* pTable = nullptr;
+    BaseImgView* pFrameView = nullptr;
+    /// A run that its button stops.
+    std::function<void(QPushButton*, const FnWithReport&)> fnRun;
+    /// Something short that reads frames; nothing happens during a run.
+    std::function<void(const FnWithReport&)> fnLook;
+    std::function<void(const QString&)> fnComplain;  ///< a red line
+    /// Number of the frame in view, from 0; −1: none is.
+    std::function<int()> fnFrameInView;
+    /// Integrates the series; the result is replaced when the run finished.
+    std::function<RunOutcome(const IntensityOptions&, CRunReport&, IntegrationResult&)> fnIntegrate;
+    /// Reads the frames of an observation; false with a reason in the report.
+    std::function<bool(const IntegrationResult&, const Observation&, CRunReport&, ObservationProfile&)>
+        fnProfile;
+    FnWrite fnWrite;  ///< writes the files of a result; false with the reason
+};
+
+/// Keeps the result of the last integration until another series comes, and shows it on the page, on the
+/// frames, in the tab "Quality" and in the peak table.
+class IntegrationController : public QObject {
+    Q_OBJECT
+
+public:
+    explicit IntegrationController(const IntegrationHost& host, QObject* pParent = nullptr);
+
+    /// Runs with the choices of the page. A run that fails or is stopped leaves the former result.
+    void run();
+    /// Writes the files of the result.
+    void exportFiles();
+    /// Takes a result and shows it everywhere.
+    void take(const std::shared_ptr<const IntegrationResult>& pResult);
+    /// Another series comes: nothing is integrated.
+    void forget();
+
+    const IntegrationResult* result() const { return m_pResult.get(); }
+    /// For the peak table: the intensities, as long as the table's indices are those that were integrated.
+    std::shared_ptr<const CIntegratedPeaks> peaksOfTable() const;
+
+    /// Lays the discs of a frame on it where they are asked for.
+    /// @param nFrame  from 0; −1: takes them off
+    void showDiscs(int nFrame);
+    /// Reads the frames of an observation and shows its profile.
+    void showProfile(int nObservation);
+
+    /// For tests, in place of what the window gave.
+    IntegrationHost& host() { return m_host; }
+
+protected:
+    bool eventFilter(QObject* pObject, QEvent* pEvent) override;
+
+private:
+    void showChosen(const QModelIndex& index, bool bOpen);
+    QString fileStem() const;
+
+    IntegrationHost m_host;
+    std::shared_ptr<const IntegrationResult> m_pResult;  ///< null: nothing is integrated
+    std::shared_ptr<const CIntegratedPeaks> m_pPeaks;    ///< of the result
+    QList<Vec3D> m_listCell;                             ///< that its indices belong to
+    std::vector<PredictedDisc> m_listDisc;               ///< of the frame in view
+    QList<DiscItem*> m_listItem;                         ///< these, on the scene, which owns them
+    ProfileWindow* m_pProfile = nullptr;  ///< made when it is first asked for; the window owns it
+    std::optional<QPoint> m_ptPressed;    ///< where the left button went down on the frame
+};
+
+}  // namespace tessera
