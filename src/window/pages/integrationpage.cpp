@@ -230,12 +230,6 @@ std::optional<IntensityOptions> IntegrationPage::options(QString* pstrReason) co
     return options;
 }
 
-void IntegrationPage::setRotation(const RotationMode& rotation)
-{
-    m_pComboRotation->setCurrentIndex(m_pComboRotation->findData(int(rotation.kind)));
-    m_pSpinPrecession->setValue(rotation.dfPrecessionAngle);
-}
-
 void IntegrationPage::offerSpaceGroups(const QStringList& listGroup)
 {
     const QSignalBlocker blocker(m_pComboSpaceGroup);

@@ -29,8 +29,6 @@ public:
     /// What the controls say.
     /// @return none, with the reason, where a space group or a formula is typed that is none
     std::optional<IntensityOptions> options(QString* pstrReason) const;
-    /// Puts a way of rotation into the controls, as a project has it.
-    void setRotation(const RotationMode& rotation);
     /// Offers space groups in the list of these; the one that is chosen or typed stays.
     void offerSpaceGroups(const QStringList& listGroup);
     /// Shows what came out, line by line; empty: nothing did.
