@@ -2,28 +2,17 @@
 
 #include "reciprocal/latticepoints.h"
 #include "records/runends.h"
-#include "refinement/geometryofseries.h"
 #include "road/integrationtable.h"
+#include "road/seriesgeometry.h"
 
 namespace tessera {
 
 namespace {
 
-/// The Bravais types of a lattice, as the refinement takes them.
-std::vector<CellConstraint> constraintsOf(const LatticeAnalysis& lattice)
+GeometryRefinement refinedGeometry(DataSet& dataSet, const MappingParameters& mapping,
+                                   const LatticeAnalysis& lattice, int nJobs, CRunReport& report)
 {
-    std::vector<CellConstraint> listConstraint;
-    for (const LatticeType& type : lattice.listType) {
-        listConstraint.push_back({type.symmetry.system, type.matTransform, bravaisSymbol(type.symmetry)});
-    }
-    return listConstraint;
-}
-
-GeometryRefinement refinedGeometry(const DataSet& dataSet, const MappingParameters& mapping,
-                                   const LatticeAnalysis& lattice, CRunReport& report)
-{
-    const std::optional<DiffractionGeometry> start = geometryOfSeries(dataSet, mapping);
-    if (!start || !holdsIndicesOfCell(dataSet)) {
+    if (!holdsIndicesOfCell(dataSet)) {
         report.addMessage(
             QStringLiteral("No peaks are indexed with the cell in force, so that the geometry is "
                            "not refined and discs may miss their spots. Index first."),
@@ -33,8 +22,8 @@ GeometryRefinement refinedGeometry(const DataSet& dataSet, const MappingParamete
         return none;
     }
     GeometryRefinementOptions options;
-    options.listConstraint = constraintsOf(lattice);
-    const GeometryRefinement refined = refineGeometry(geometrySpots(dataSet), *start, options, report);
+    options.listConstraint = constraintsOf(lattice.listType);
+    const GeometryRefinement refined = refineSeriesGeometry(dataSet, mapping, options, nJobs, report);
     if (refined.done()) {
         report.addMessage(
             QStringLiteral("The geometry is refined against %L1 indexed peaks, with an rms of %L2 px.")
@@ -48,7 +37,7 @@ GeometryRefinement refinedGeometry(const DataSet& dataSet, const MappingParamete
 
 }  // namespace
 
-RunOutcome intensitiesOfSeries(const DataSet& dataSet, const MappingParameters& mapping,
+RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
                                const IntensityOptions& options, int nJobs, CRunReport& report,
                                IntegrationResult& result)
 {
@@ -60,7 +49,7 @@ RunOutcome intensitiesOfSeries(const DataSet& dataSet, const MappingParameters& 
     further.nMostLattices = 1;  // others say nothing of this one
     const LatticeAnalysis lattice = analyseLattice(latticeBasisOf(*basis), latticePoints(dataSet), further,
                                                    [&report] { return report.goOn(); });
-    const GeometryRefinement refined = refinedGeometry(dataSet, mapping, lattice, report);
+    const GeometryRefinement refined = refinedGeometry(dataSet, mapping, lattice, nJobs, report);
     RunOutcome outcome = {RunEnd::Stopped, {}};
     if (report.goOn()) {
         outcome = findIntensities(dataSet, mapping, refined.done() ? &refined : nullptr, &lattice, options,

@@ -9,7 +9,7 @@ namespace tessera {
 /// the cell in force, refines the geometry against the indexed peaks where these are of that cell, finds the
 /// intensities, and tells their tables to the report. The data set stays as it is.
 /// @param result  replaced when the run finished, else as it was
-RunOutcome intensitiesOfSeries(const DataSet& dataSet, const MappingParameters& mapping,
+RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
                                const IntensityOptions& options, int nJobs, CRunReport& report,
                                IntegrationResult& result);
 

@@ -7,7 +7,7 @@ namespace tessera {
 TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
 {
     integrate();
-    m_pPage->m_pComboRotation->setCurrentIndex(2);
+    m_pPage->m_pComboRotation->setCurrentIndex(3);
     m_pPage->m_pSpinPrecession->setValue(0.9);
     m_pPage->m_pSpinResolution->setValue(0.8);
     m_pPage->m_pSpinDiscRadius->setValue(5.5);
@@ -20,12 +20,12 @@ TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
     m_pPage->m_pComboSpaceGroup->setEditText("P 43 21 2");
     m_pPage->m_pEditFormula->setText(" Si O2 ");
     integrate();
-    m_pPage->m_pComboRotation->setCurrentIndex(1);
+    m_pPage->m_pComboRotation->setCurrentIndex(2);
     integrate();
     ASSERT_EQ(m_listChoices.size(), 3u);
 
     const IntensityOptions& start = m_listChoices[0];
-    EXPECT_EQ(start.rotation.kind, RotationKind::Continuous);
+    EXPECT_FALSE(start.rotation);
     EXPECT_EQ(start.dfDMin, 0);
     EXPECT_EQ(start.dfDiscRadius, 0);
     EXPECT_EQ(start.dfRockingWidth, 0);
@@ -35,8 +35,9 @@ TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
     EXPECT_EQ(start.nSpaceGroup, 0);
     EXPECT_TRUE(start.formula.isEmpty());
     const IntensityOptions& chosen = m_listChoices[1];
-    EXPECT_EQ(chosen.rotation.kind, RotationKind::Precession);
-    EXPECT_DOUBLE_EQ(chosen.rotation.dfPrecessionAngle, 0.9);
+    ASSERT_TRUE(chosen.rotation);
+    EXPECT_EQ(chosen.rotation->kind, RotationKind::Precession);
+    EXPECT_DOUBLE_EQ(chosen.rotation->dfPrecessionAngle, 0.9);
     EXPECT_DOUBLE_EQ(chosen.dfDMin, 0.8);
     EXPECT_DOUBLE_EQ(chosen.dfDiscRadius, 5.5);
     EXPECT_DOUBLE_EQ(chosen.dfRockingWidth, 0.0035);
@@ -45,8 +46,9 @@ TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
     EXPECT_EQ(chosen.strLaueClass, "4/mmm");
     EXPECT_EQ(chosen.nSpaceGroup, 96);
     EXPECT_EQ(hillFormula(chosen.formula), "O2 Si");
-    EXPECT_EQ(m_listChoices[2].rotation.kind, RotationKind::Stepped);
-    EXPECT_EQ(m_listChoices[2].rotation.dfPrecessionAngle, 0);
+    ASSERT_TRUE(m_listChoices[2].rotation);
+    EXPECT_EQ(m_listChoices[2].rotation->kind, RotationKind::Stepped);
+    EXPECT_EQ(m_listChoices[2].rotation->dfPrecessionAngle, 0);
 
     // What is none is told, and nothing begins.
     m_pPage->m_pEditFormula->setText("Si O2 Qq");

@@ -101,7 +101,7 @@ void GeometryControl::refine()
 
 void GeometryControl::fit(CRunReport& report)
 {
-    const DataSet& dataSet = m_window.m_dataSet;
+    DataSet& dataSet = m_window.m_dataSet;
     const auto fail = [&](const QString& strReason) {
         report.addMessage(strReason, Severity::Error);
         m_pDialog->setMessage(strReason, true);

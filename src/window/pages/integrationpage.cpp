@@ -73,6 +73,8 @@ IntegrationPage::IntegrationPage(QWidget* pParent) : QWidget(pParent)
 QHBoxLayout* IntegrationPage::makeRotation(QWidget* pParent)
 {
     m_pComboRotation = new QComboBox(pParent);
+    const int nAsProject = -1;
+    m_pComboRotation->addItem(tr("As Project"), nAsProject);
     m_pComboRotation->addItem(tr("Continuous"), int(RotationKind::Continuous));
     m_pComboRotation->addItem(tr("Stepped"), int(RotationKind::Stepped));
     m_pComboRotation->addItem(tr("Precession"), int(RotationKind::Precession));
@@ -158,7 +160,8 @@ QGroupBox* IntegrationPage::makeDiscs()
 void IntegrationPage::explainControls()
 {
     explain(m_pComboRotation, tr("How the crystal turned while a frame was exposed: steadily, not at all, or "
-                                 "not while the beam went round a cone."));
+                                 "not while the beam went round a cone. As Project: as its line "
+                                 "ROTATIONMODE says, steadily without one."));
     explain(m_pSpinPrecession, tr("Angle between the precessing beam and the axis of its cone."));
     explain(m_pSpinResolution,
             tr("Least spacing d of the reflections that are integrated. Auto: as far as reflections are "
@@ -198,9 +201,10 @@ void IntegrationPage::explainControls()
 std::optional<IntensityOptions> IntegrationPage::options(QString* pstrReason) const
 {
     IntensityOptions options;
-    options.rotation.kind = RotationKind(m_pComboRotation->currentData().toInt());
-    if (options.rotation.kind == RotationKind::Precession) {
-        options.rotation.dfPrecessionAngle = m_pSpinPrecession->value();
+    const int nRotation = m_pComboRotation->currentData().toInt();
+    if (nRotation >= 0) {
+        const RotationKind kind = RotationKind(nRotation);
+        options.rotation = {kind, kind == RotationKind::Precession ? m_pSpinPrecession->value() : 0};
     }
     options.dfDMin = m_pSpinResolution->value();
     options.dfDiscRadius = m_pSpinDiscRadius->value();
