@@ -102,12 +102,17 @@ TEST(DiffractionGeometry, theMappingUndoesWhatAProjectTells)
         const CPlaceCorrection correction = placeCorrection(dataSet, bStretching);
         for (const QPointF pt : {QPointF(0, 0), QPointF(200, -30), QPointF(-1, 270), QPointF(-210, -190)}) {
             const Complex z(pt.x(), -pt.y());
-            const double dfRatio = std::abs(z) / 240, dfAzimuth = std::arg(z);
-            const Complex undone =
-                z * (1 + (bStretching ? 0.015 * std::cos(2 * (dfAzimuth - radians(33))) : 0)) -
-                0.012 * std::polar(1.0, 2 * radians(70)) * std::conj(z) +  // shorter where it is longer
-                z * Complex(0.02, 0.006) * dfRatio * dfRatio -             // outwards, against the turn
-                z * 0.009 * dfRatio * std::cos(dfAzimuth - radians(-110));
+            Complex before = z;  // what the projector lenses moved to z, and they come last
+            for (int n = 0; n < 200; ++n) {
+                const double dfRatio = std::abs(before) / 240;
+                before = z +
+                         before * (Complex(0.02, 0.006) * dfRatio * dfRatio -  // outwards, against the turn
+                                   0.009 * dfRatio * std::cos(std::arg(before) - radians(-110)));
+            }
+            const double dfAlong = bStretching ? 0.015 * std::cos(2 * (std::arg(z) - radians(33))) : 0;
+            // Shorter where it is longer.
+            const Complex undone = before + z * dfAlong -
+                                   0.012 * std::polar(1.0, 2 * radians(70)) * std::conj(before);
             const QPointF ptUndone = correction.undone(pt);
             EXPECT_NEAR(ptUndone.x(), undone.real(), 1e-9);
             EXPECT_NEAR(ptUndone.y(), -undone.imag(), 1e-9);

@@ -17,7 +17,7 @@ protected:
         m_pWindow->show();
         m_pGroups = m_pPanel->m_pTablePeakGroups;
         m_pTarget = m_pMerging->m_pTableTargetPeaks;
-        m_pPlot = m_pWindow->findChild<QwtPlot*>();
+        m_pPlot = m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"));
     }
     /// Six frames whose beam tilt jumps before the fourth, with two reflections: A on all frames, of group 2
     /// on the first two, and B on frames 4 to 6, of which the last has no group.

@@ -259,7 +259,7 @@ TEST_F(Suggesting, AnUnknownAxisIsToldFoundAndTaken)
     }
     EXPECT_EQ(m_pFrames->m_pRotationAxisSpin->value(), 20);
 
-    auto* pPlot = m_pWindow->findChild<QwtPlot*>();
+    auto* pPlot = m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"));
     EXPECT_TRUE(pPlot->axisTitle(QwtPlot::xBottom).text().startsWith("Azimuth"));
     const auto* pCurve = dynamic_cast<QwtPlotCurve*>(pPlot->itemList(QwtPlotItem::Rtti_PlotCurve).value(0));
     ASSERT_TRUE(pCurve);

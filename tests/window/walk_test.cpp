@@ -233,7 +233,8 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     ASSERT_NO_FATAL_FAILURE(openTab(3));
     const QModelIndex index = m_pTable->model()->index(2, 7);
     ASSERT_NO_FATAL_FAILURE(clickAt(m_pTable->viewport(), m_pTable->visualRect(index).center()));
-    const auto listCurve = m_pWindow->findChild<QwtPlot*>()->itemList(QwtPlotItem::Rtti_PlotCurve);
+    const auto listCurve =
+        m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"))->itemList(QwtPlotItem::Rtti_PlotCurve);
     EXPECT_EQ(QLocale::system().toString(static_cast<QwtPlotCurve*>(listCurve.first())->maxYValue(), 'f', 1),
               index.data().toString());
 

@@ -15,6 +15,7 @@ namespace tessera {
 
 CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotCurve(QStringLiteral("Point")))
 {
+    setObjectName(QStringLiteral("curvePlot"));  // among the plots of other windows
     setAutoReplot(false);
     setMinimumHeight(100);
     canvas()->unsetCursor();
