@@ -11,6 +11,7 @@ namespace tessera {
 std::vector<CellConstraint> constraintsOf(const std::vector<LatticeType>& listType)
 {
     std::vector<CellConstraint> listConstraint;
+    listConstraint.reserve(listType.size());
     for (const LatticeType& type : listType) {
         listConstraint.push_back({type.symmetry.system, type.matTransform, bravaisSymbol(type.symmetry)});
     }
