@@ -27,7 +27,8 @@ struct Calibration {
     QMap<QString, double> mapError;  ///< standard errors by name, in the units of the file; those known
 };
 
-/// The text of a calibration file: one JSON object, UTF-8, in the units above. All numbers are written so that they come back to the bit.
+/// The text of a calibration file: one JSON object, UTF-8, in the units above. All numbers are written so
+/// that they come back to the bit.
 QByteArray calibrationText(const Calibration& calibration);
 
 /// Reads the text of a calibration file.

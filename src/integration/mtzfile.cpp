@@ -1,5 +1,5 @@
-// The one source with gemmi's writer in it. Its own printf is a library that not every system has beside it; the
-// system's writes numbers as the locale has them, which LocaleOfFiles sees to.
+// The one source with gemmi's writer in it. Its own printf is a library that not every system has beside it;
+// the system's writes numbers as the locale has them, which LocaleOfFiles sees to.
 #define GEMMI_WRITE_IMPLEMENTATION
 #define USE_STD_SNPRINTF
 #include "integration/mtzfile.h"
@@ -8,8 +8,8 @@
 
 #include <gemmi/mtz.hpp>
 
-#include <algorithm>
 #include <locale.h>
+#include <algorithm>
 
 namespace tessera {
 

@@ -8,7 +8,8 @@ namespace {
 
 size_t classOf(const std::array<int, 3>& anIndex)
 {
-    return size_t((anIndex[0] & 1) * 4 + (anIndex[1] & 1) * 2 + (anIndex[2] & 1));
+    const auto parity = [&](size_t n) { return size_t(anIndex[n] & 1); };
+    return 4 * parity(0) + 2 * parity(1) + parity(2);
 }
 
 }  // namespace

@@ -137,8 +137,8 @@ public:
         m_nChains = int(std::unique(listChain.begin(), listChain.end()) - listChain.begin());
         m_nFirst = m_mapFrame.begin()->first;
         m_nLast = m_mapFrame.rbegin()->first;
-        for (int nHalf = -1; nHalf < 2; ++nHalf) {
-            m_alistMiddle[size_t(nHalf + 1)] = middlesOf(m_mapFrame, nHalf);
+        for (size_t n = 0; n < m_alistMiddle.size(); ++n) {
+            m_alistMiddle[n] = middlesOf(m_mapFrame, int(n) - 1);
         }
     }
 
@@ -150,6 +150,7 @@ public:
         measureErrors();
         drift.dfScatter = scatter();
         std::vector<FramePlace> listOffset;
+        listOffset.reserve(size_t(nFrames));
         for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
             listOffset.push_back(m_curve.at(nFrame));
         }
@@ -274,7 +275,7 @@ private:
 
     const FrameMiddle* halfOf(int nFrame, int nHalf) const
     {
-        const std::vector<FrameMiddle>& listMiddle = m_alistMiddle[size_t(nHalf + 1)];
+        const std::vector<FrameMiddle>& listMiddle = m_alistMiddle[size_t(nHalf) + 1];
         const auto it = std::lower_bound(listMiddle.begin(), listMiddle.end(), nFrame,
                                          [](const FrameMiddle& frame, int n) { return frame.nFrame < n; });
         const bool bFound = it != listMiddle.end() && it->nFrame == nFrame &&
@@ -306,6 +307,7 @@ private:
         }
         const auto median = [&](double dfSquare) {
             std::vector<double> listRatio;
+            listRatio.reserve(listFrame.size());
             for (const FrameMiddle* pFrame : listFrame) {
                 listRatio.push_back(square(pFrame->middle - m_curve.at(pFrame->nFrame)) /
                                     (dfSquare + varianceOf(*pFrame)));

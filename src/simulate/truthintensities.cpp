@@ -35,9 +35,12 @@ void readList(const QJsonValue& value, double dfElse, int nFrames, std::vector<d
 // Rows of numbers, each with as many as there are columns.
 bool readRows(const QJsonValue& value, size_t nColumns, std::vector<std::vector<double>>& listRow)
 {
-    for (const QJsonValue& valueRow : value.toArray()) {
+    const QJsonArray arrayRow = value.toArray();
+    for (const QJsonValue& valueRow : arrayRow) {
+        const QJsonArray array = valueRow.toArray();
         std::vector<double> row;
-        for (const QJsonValue& one : valueRow.toArray()) {
+        row.reserve(size_t(array.size()));
+        for (const QJsonValue& one : array) {
             row.push_back(one.toDouble());
         }
         if (row.size() != nColumns) {
