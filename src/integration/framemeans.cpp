@@ -2,11 +2,15 @@
 
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
+#include "integration/knotcurve.h"
 #include "integration/lorentzfactor.h"
 #include "integration/resolutionbins.h"
 
+#include <Eigen/Dense>
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tessera {
 
@@ -14,60 +18,206 @@ namespace {
 
 struct Entry {
     double dfFrame = 0;
-    double dfSquare = 0;  ///< E², cut
+    double dfSquare = 0;  ///< E²
+    double dfNoise = 0;   ///< its variance by the sigma
+    double dfShare = 1;   ///< Friedel's mates are one reflection together
+    double dfWeight = 1;  ///< the share, less where noise rules
 };
 
-/// In the order of the frames.
+ObservationSymmetry friedelAlone()
+{
+    ObservationSymmetry plain;
+    plain.ops = gemmi::symops_from_hall("-P 1");
+    return plain;
+}
+
 std::vector<Entry> entriesOf(const std::vector<Observation>& listObservation)
 {
+    const EquivalentGroups groups = groupEquivalents(listObservation, friedelAlone());
     std::vector<double> listDStar;
     std::vector<double> listIntensity;
-    std::vector<Entry> listEntry;
-    for (const Observation& observation : listObservation) {
-        if (isUsable(observation)) {
-            listDStar.push_back(observation.dfDStar);
-            listIntensity.push_back(observation.corrected());
-            listEntry.push_back({observation.dfFrame, 0});
-        }
+    for (const int n : groups.listMember) {
+        listDStar.push_back(listObservation[size_t(n)].dfDStar);
+        listIntensity.push_back(listObservation[size_t(n)].corrected());
     }
     const CResolutionMean resolutionMean(listDStar, listIntensity);
-    const double dfMost = 4;  // a few strong reflections are no measure of a frame
-    for (size_t n = 0; n < listEntry.size(); ++n) {
-        listEntry[n].dfSquare = std::min(dfMost, listIntensity[n] / resolutionMean.mean(listDStar[n]));
+    std::vector<Entry> listEntry;
+    for (const int n : groups.listMember) {
+        const Observation& observation = listObservation[size_t(n)];
+        const double dfMean = resolutionMean.mean(observation.dfDStar);
+        const double dfSigma = observation.correctedSigma() / dfMean;
+        listEntry.push_back({observation.dfFrame, observation.corrected() / dfMean, dfSigma * dfSigma,
+                             1.0 / groups.sizeOf(groups.listGroup[size_t(n)]), 1});
     }
-    std::stable_sort(listEntry.begin(), listEntry.end(),
-                     [](const Entry& one, const Entry& other) { return one.dfFrame < other.dfFrame; });
     return listEntry;
 }
+
+/// The mean of E² along the series as exp(curve), for walks of the curve of different liberty.
+///
+/// Quasi-likelihood of a variance that goes with the square of the mean, as that of Wilson's distributions
+/// does (McCullagh & Nelder, Generalized Linear Models, 1989, chapters 8 and 9); how broad E² lies about its
+/// mean is from the data. Steps between coefficients have a normal prior of the liberty given, and liberties
+/// are judged by the likelihood with the coefficients integrated out, in Laplace's approximation.
+class CMeanFit {
+public:
+    CMeanFit(std::vector<Entry> listEntry, int nFrames, int nIntervals)
+        : m_listEntry(std::move(listEntry)), m_curve(0, nFrames - 1, nIntervals)
+    {}
+
+    /// Weights and breadth, from the freest walk.
+    void learn(double dfFreest)
+    {
+        for (int nRound = 0; nRound < 3; ++nRound) {
+            fit(dfFreest);
+            double dfSquares = 0;
+            double dfWeights = 0;
+            for (const Entry& entry : m_listEntry) {
+                const double df = relative(entry) - 1;
+                dfSquares += entry.dfWeight * df * df;
+                dfWeights += entry.dfWeight;
+            }
+            m_dfBreadth = std::clamp(dfSquares / std::max(1.0, dfWeights - m_curve.coefficientCount()), 0.1,
+                                     10.0);
+            for (Entry& entry : m_listEntry) {
+                const double dfNoise = entry.dfNoise * std::exp(-2 * m_curve.value(entry.dfFrame));
+                entry.dfWeight = entry.dfShare * m_dfBreadth / (m_dfBreadth + dfNoise);
+            }
+        }
+    }
+
+    /// @param dfLiberty  standard deviation of the walk from the first to the last frame, of a logarithm
+    /// @return -2 logarithm of the likelihood, but for what is common to all
+    double fit(double dfLiberty)
+    {
+        const int nMostSteps = 40;
+        const int nCoefficients = m_curve.coefficientCount();
+        const double dfStiffness = (nCoefficients - 1) / (dfLiberty * dfLiberty);
+        std::fill(m_curve.coefficients().begin(), m_curve.coefficients().end(), 0.0);
+        Eigen::MatrixXd matNormal;
+        for (int nStep = 0; nStep < nMostSteps; ++nStep) {
+            Eigen::VectorXd vecRight = Eigen::VectorXd::Zero(nCoefficients);
+            matNormal = Eigen::MatrixXd::Zero(nCoefficients, nCoefficients);
+            addEntries(matNormal, vecRight);
+            addWalk(dfStiffness, matNormal, vecRight);
+            Eigen::VectorXd vecStep = matNormal.ldlt().solve(vecRight);
+            const double dfLongest = vecStep.cwiseAbs().maxCoeff();
+            if (!std::isfinite(dfLongest)) {
+                return std::numeric_limits<double>::infinity();
+            }
+            vecStep /= std::max(1.0, 2 * dfLongest);
+            for (int n = 0; n < nCoefficients; ++n) {
+                m_curve.coefficients()[size_t(n)] += vecStep(n);
+            }
+            if (dfLongest < 1e-5) {
+                break;
+            }
+        }
+        const double dfDeterminant = matNormal.ldlt().vectorD().array().log().sum();
+        return misfit(dfStiffness) + dfDeterminant - (nCoefficients - 1) * std::log(dfStiffness);
+    }
+
+    double logarithm(double dfFrame) const { return m_curve.value(dfFrame); }
+
+private:
+    /// Over the mean, and cut: a few strong reflections are no measure of a frame.
+    double relative(const Entry& entry) const
+    {
+        return std::min(m_dfMost, entry.dfSquare * std::exp(-m_curve.value(entry.dfFrame)));
+    }
+
+    void addEntries(Eigen::MatrixXd& matNormal, Eigen::VectorXd& vecRight) const
+    {
+        for (const Entry& entry : m_listEntry) {
+            const CKnotCurve::Basis basis = m_curve.basis(entry.dfFrame);
+            const double dfWeight = entry.dfWeight / m_dfBreadth;
+            const double dfSlope = dfWeight * (relative(entry) - 1);
+            for (size_t i = 0; i < 4; ++i) {
+                vecRight(basis.nFirst + int(i)) += dfSlope * basis.aWeight[i];
+                for (size_t j = 0; j < 4; ++j) {
+                    matNormal(basis.nFirst + int(i), basis.nFirst + int(j)) += dfWeight * basis.aWeight[i] *
+                                                                               basis.aWeight[j];
+                }
+            }
+        }
+    }
+
+    void addWalk(double dfStiffness, Eigen::MatrixXd& matNormal, Eigen::VectorXd& vecRight) const
+    {
+        for (int n = 1; n < m_curve.coefficientCount(); ++n) {
+            const double dfDifference = stepOf(n);
+            matNormal(n, n) += dfStiffness;
+            matNormal(n - 1, n - 1) += dfStiffness;
+            matNormal(n, n - 1) -= dfStiffness;
+            matNormal(n - 1, n) -= dfStiffness;
+            vecRight(n) -= dfStiffness * dfDifference;
+            vecRight(n - 1) += dfStiffness * dfDifference;
+        }
+    }
+
+    double stepOf(int n) const
+    {
+        const std::vector<double>& listCoefficient = m_curve.coefficients();
+        return listCoefficient[size_t(n)] - listCoefficient[size_t(n) - 1];
+    }
+
+    /// -2 times the integral of the slope, and the prior.
+    double misfit(double dfStiffness) const
+    {
+        double dfSum = 0;
+        for (const Entry& entry : m_listEntry) {
+            const double dfLog = m_curve.value(entry.dfFrame);
+            const double df = entry.dfSquare * std::exp(-dfLog);
+            // Where E² is cut the slope is constant, and the integral straight.
+            dfSum += 2 * entry.dfWeight / m_dfBreadth *
+                     (df < m_dfMost ? df + dfLog : m_dfMost + dfLog + m_dfMost * std::log(df / m_dfMost));
+        }
+        for (int n = 1; n < m_curve.coefficientCount(); ++n) {
+            dfSum += dfStiffness * stepOf(n) * stepOf(n);
+        }
+        return dfSum;
+    }
+
+    const double m_dfMost = 4;
+    std::vector<Entry> m_listEntry;
+    CKnotCurve m_curve;
+    double m_dfBreadth = 1;  ///< variance of E² over the square of its mean
+};
 
 }  // namespace
 
 std::vector<double> frameMeanScales(const std::vector<Observation>& listObservation, int nFrames)
 {
     std::vector<double> listScale(size_t(std::max(0, nFrames)), 1.0);
-    const std::vector<Entry> listEntry = entriesOf(listObservation);
-    const size_t nWindow = 400;
-    if (listEntry.size() <= nWindow || listScale.empty()) {
+    std::vector<Entry> listEntry = entriesOf(listObservation);
+    const size_t nFewest = 100;
+    if (listEntry.size() < nFewest || nFrames < 2) {
         return listScale;
     }
-    std::vector<double> listSum = {0};
-    for (const Entry& entry : listEntry) {
-        listSum.push_back(listSum.back() + entry.dfSquare);
+    const int nIntervals = std::clamp(std::min(int(listEntry.size() / 40), nFrames / 3), 1, 60);
+    CMeanFit fit(std::move(listEntry), nFrames, nIntervals);
+    const double dfFreest = 3;
+    fit.learn(dfFreest);
+    // The likelihood must be twenty times that of a straight line: -2 ln(1/20).
+    const double dfStraight = 0.001;
+    double dfLeast = fit.fit(dfStraight) - 6;
+    double dfBest = 0;
+    for (double df = dfFreest; df > 0.03; df /= 2) {
+        const double dfHere = fit.fit(df);
+        if (dfHere < dfLeast) {
+            dfLeast = dfHere;
+            dfBest = df;
+        }
     }
-    const double dfAll = std::max(listSum.back() / double(listEntry.size()), 1e-9);
+    if (dfBest == 0) {
+        return listScale;
+    }
+    fit.fit(dfBest);
     double dfLogs = 0;
-    for (size_t n = 0; n < listScale.size(); ++n) {
-        const auto it = std::lower_bound(
-            listEntry.begin(), listEntry.end(), double(n),
-            [](const Entry& entry, double dfFrame) { return entry.dfFrame < dfFrame; });
-        const auto nPlace = size_t(it - listEntry.begin());
-        const size_t nFirst = std::min(nPlace - std::min(nPlace, nWindow / 2), listEntry.size() - nWindow);
-        const double dfHere = (listSum[nFirst + nWindow] - listSum[nFirst]) / double(nWindow);
-        listScale[n] = std::clamp(dfAll / std::max(dfHere, 1e-9 * dfAll), 0.1, 10.0);
-        dfLogs += std::log(listScale[n]) / double(listScale.size());
+    for (int n = 0; n < nFrames; ++n) {
+        dfLogs += fit.logarithm(n) / nFrames;
     }
-    for (double& df : listScale) {
-        df /= std::exp(dfLogs);
+    for (int n = 0; n < nFrames; ++n) {
+        listScale[size_t(n)] = std::exp(dfLogs - fit.logarithm(n));
     }
     return listScale;
 }
@@ -95,9 +245,7 @@ void scaleByFrameMeans(std::vector<Observation>& listObservation, int nFrames)
     }
     applyLorentzFactor(listObservation);
     putFrameScales(frameMeanScales(listObservation, nFrames), listObservation);
-    ObservationSymmetry plain;
-    plain.ops = gemmi::symops_from_hall("-P 1");
-    const EquivalentGroups groups = groupEquivalents(listObservation, plain);
+    const EquivalentGroups groups = groupEquivalents(listObservation, friedelAlone());
     applyErrorModel(groups, fitErrorModel(listObservation, groups), listObservation);
 }
 

@@ -7,12 +7,16 @@
 
 namespace tessera {
 
-/// One scale for each frame: one over the mean of E², cut at 4, of the 400 usable observations next to it, to
-/// a geometric mean of 1 and between 0.1 and 10. All are 1 where there are fewer observations.
+/// One scale for each frame: one over the mean of E² there, to a geometric mean of 1. All are 1 where there
+/// are fewer than 100 observations, and where the mean changes no more than by chance.
+///
+/// The mean over n reflections is known to about 1 / sqrt(n) and no better, as E² is spread as widely as its
+/// mean: a curve through each frame would bring that into intensities that are right. The curve is one of
+/// smooth walks, as free as is likeliest by the data, and taken only if it is twenty times as likely as a
+/// straight line.
 ///
 /// Scales from equivalents need more than Friedel's mates, which cross the sphere within a frame of one
-/// another and so tell nothing of frames far apart. Means are known to some hundredths, whatever the
-/// symmetry.
+/// another and so tell nothing of frames far apart. Means ask for no symmetry.
 std::vector<double> frameMeanScales(const std::vector<Observation>& listObservation, int nFrames);
 
 /// Puts scales of frames into the observations, straight between frames.
