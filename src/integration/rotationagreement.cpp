@@ -1,5 +1,6 @@
 #include "integration/rotationagreement.h"
 
+#include "geometry/angles.h"
 #include "integration/equivalents.h"
 #include "integration/mergedgroups.h"
 #include "integration/resolutionbins.h"
@@ -64,7 +65,7 @@ CRotationAgreement::CRotationAgreement(const std::vector<Observation>& listObser
         const double dfMean = resolutionMean.mean(listDStar[n]);
         const double dfSigma = listMerged[n].dfSigma / dfMean;
         m_mapPlace.emplace(keyOf(groups.listIndex[n]), int(n));
-        m_listReflection.push_back({groups.listIndex[n], listMerged[n].dfIntensity,
+        m_listReflection.push_back({groups.listIndex[n], listMerged[n].dfIntensity, listMerged[n].dfSigma,
                                     listMerged[n].dfIntensity / dfMean, dfSigma * dfSigma});
     }
 }
@@ -84,6 +85,7 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
     const bool bOwnInverse = (matRotation * matRotation).isIdentity();
     PairSums sums;
     double dfDifferences = 0;
+    double dfForetold = 0;
     double dfIntensities = 0;
     for (const Reflection& reflection : m_listReflection) {
         const Eigen::Vector3i image = matRotation * Eigen::Vector3i(reflection.anIndex[0],
@@ -96,12 +98,15 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
         ++agreement.nPairs;
         sums.add(reflection.dfSquare, pOther->dfSquare, reflection.dfVariance, pOther->dfVariance);
         dfDifferences += std::abs(reflection.dfIntensity - pOther->dfIntensity);
+        // The mean amount of a normal deviation is sqrt(2/pi) sigma.
+        dfForetold += std::sqrt(2 / g_dfPi) * std::hypot(reflection.dfSigma, pOther->dfSigma);
         dfIntensities += reflection.dfIntensity + pOther->dfIntensity;
     }
     const int nFewest = 10;
     const double dfNone = std::numeric_limits<double>::quiet_NaN();
     agreement.dfCorrelation = dfNone;
     agreement.dfR = dfNone;
+    agreement.dfForetoldR = dfNone;
     agreement.dfExpected = dfNone;
     if (agreement.nPairs < nFewest || !(sums.spread() > 0)) {
         return agreement;
@@ -109,6 +114,7 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
     agreement.dfCorrelation = std::clamp(sums.correlation(), -1.0, 1.0);
     if (dfIntensities > 0) {
         agreement.dfR = 2 * dfDifferences / dfIntensities;
+        agreement.dfForetoldR = 2 * dfForetold / dfIntensities;
     }
     agreement.dfExpected = std::clamp(sums.expected(), 0.2, 0.98);
     return agreement;

@@ -16,6 +16,7 @@ struct RotationAgreement {
     int nPairs = 0;
     double dfCorrelation = 0;  ///< of E²; not finite below ten pairs
     double dfR = 0;            ///< 2 sum |I1 - I2| / sum (I1 + I2); not finite likewise
+    double dfForetoldR = 0;    ///< the R that the sigmas foretell for a true operation
     double dfExpected = 0;     ///< the correlation that the sigmas foretell for a true operation
 };
 
@@ -34,6 +35,7 @@ private:
     struct Reflection {
         std::array<int, 3> anIndex = {};
         double dfIntensity = 0;
+        double dfSigma = 0;
         double dfSquare = 0;    ///< E²
         double dfVariance = 0;  ///< of E²
     };

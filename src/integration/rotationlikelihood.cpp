@@ -51,17 +51,23 @@ double bestExpected(const std::vector<RotationAgreement>& listAgreement)
 }  // namespace
 
 CRotationLikelihood::CRotationLikelihood(const std::vector<RotationAgreement>& listAgreement)
-    : m_listPrior(g_nExpected, 0.0)
+    : m_correlations(correlations(listAgreement)), m_disagreements(disagreements(listAgreement))
+{}
+
+CRotationLikelihood::Shared CRotationLikelihood::correlations(
+    const std::vector<RotationAgreement>& listAgreement)
 {
+    Shared shared;
+    shared.listPrior.assign(g_nExpected, 0.0);
     const double dfBest = bestExpected(listAgreement);
     const double dfFall = 0.1;
     double dfSum = 0;
     for (int n = 0; n < g_nExpected; ++n) {
         const double dfBelow = dfBest - expectedOf(n);
-        m_listPrior[size_t(n)] = dfBelow > -0.5 / g_nExpected ? std::exp(-dfBelow / dfFall) : 0;
-        dfSum += m_listPrior[size_t(n)];
+        shared.listPrior[size_t(n)] = dfBelow > -0.5 / g_nExpected ? std::exp(-dfBelow / dfFall) : 0;
+        dfSum += shared.listPrior[size_t(n)];
     }
-    for (double& df : m_listPrior) {
+    for (double& df : shared.listPrior) {
         df /= dfSum;
     }
     for (const RotationAgreement& agreement : listAgreement) {
@@ -78,26 +84,63 @@ CRotationLikelihood::CRotationLikelihood(const std::vector<RotationAgreement>& l
             }
             rotation.dfLogOfLacking = std::log(dfLacking);
         }
-        m_listRotation.push_back(rotation);
+        shared.listRotation.push_back(rotation);
     }
+    return shared;
+}
+
+CRotationLikelihood::Shared CRotationLikelihood::disagreements(
+    const std::vector<RotationAgreement>& listAgreement)
+{
+    const int nValues = 100;
+    const double dfSmallest = 0.002;  // no two measurements agree better
+    Shared shared;
+    shared.listPrior.assign(nValues, 1.0 / nValues);
+    for (const RotationAgreement& agreement : listAgreement) {
+        Rotation rotation;
+        rotation.bKnown = agreement.dfR > 0 && std::isfinite(agreement.dfForetoldR);
+        if (rotation.bKnown) {
+            const double dfLog = std::log(agreement.dfR);
+            const double dfWidth = 0.35 + 1.5 / std::sqrt(agreement.nPairs);
+            const auto logDensity = [&](double dfDisagreement) {
+                const double df = (dfLog - std::log(std::hypot(dfDisagreement, agreement.dfForetoldR))) /
+                                  dfWidth;
+                return -2 * std::log1p(df * df) - std::log(dfWidth * g_dfPi / 2);
+            };
+            double dfLacking = 0;
+            for (int n = 0; n < nValues; ++n) {
+                const double dfPlace = (n + 0.5) / nValues;
+                rotation.listLogOfHaving.push_back(logDensity(std::pow(dfSmallest, 1 - dfPlace)));
+                dfLacking += std::exp(logDensity(dfPlace)) / nValues;
+            }
+            rotation.dfLogOfLacking = std::log(dfLacking);
+        }
+        shared.listRotation.push_back(rotation);
+    }
+    return shared;
 }
 
 double CRotationLikelihood::logarithm(const std::vector<bool>& listHaving) const
 {
+    return m_correlations.logarithm(listHaving) + m_disagreements.logarithm(listHaving);
+}
+
+double CRotationLikelihood::Shared::logarithm(const std::vector<bool>& listHaving) const
+{
     double dfLacking = 0;
-    std::vector<double> listLog(m_listPrior.size(), 0.0);
+    std::vector<double> listLog(listPrior.size(), 0.0);
     bool bHasAny = false;
-    for (size_t n = 0; n < m_listRotation.size(); ++n) {
-        if (!m_listRotation[n].bKnown) {
+    for (size_t n = 0; n < listRotation.size(); ++n) {
+        if (!listRotation[n].bKnown) {
             continue;
         }
         if (!listHaving[n]) {
-            dfLacking += m_listRotation[n].dfLogOfLacking;
+            dfLacking += listRotation[n].dfLogOfLacking;
             continue;
         }
         bHasAny = true;
         for (size_t i = 0; i < listLog.size(); ++i) {
-            listLog[i] += m_listRotation[n].listLogOfHaving[i];
+            listLog[i] += listRotation[n].listLogOfHaving[i];
         }
     }
     if (!bHasAny) {
@@ -106,7 +149,7 @@ double CRotationLikelihood::logarithm(const std::vector<bool>& listHaving) const
     const double dfMost = *std::max_element(listLog.begin(), listLog.end());
     double dfSum = 0;
     for (size_t i = 0; i < listLog.size(); ++i) {
-        dfSum += m_listPrior[i] * std::exp(listLog[i] - dfMost);
+        dfSum += listPrior[i] * std::exp(listLog[i] - dfMost);
     }
     return dfLacking + dfMost + std::log(dfSum);
 }
