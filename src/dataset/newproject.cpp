@@ -91,6 +91,9 @@ static QString missingPart(const NewProject& project, const QString& strProjectF
                    "%1 Å⁻¹ cannot be the size of one pixel: a frame would reach far beyond all "
                    "reflections.")
             .arg(project.dfPixelSize);
+    if (project.rotation.kind == RotationKind::Precession &&
+        !rotationModeOf(rotationModeText(project.rotation)))
+        return QStringLiteral("Give the angle of the precession, above 0 and at most 10 degrees.");
     if (strProjectFile.isEmpty())
         return QStringLiteral("Say where the project file shall stand.");
     return {};

@@ -8,6 +8,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -77,7 +78,8 @@ QList<StoredSpin> storedSpins(const NewProjectDialog& dialog)
             {QStringLiteral("PixelSize"), dialog.m_pPixelSizeSpin},
             {QStringLiteral("CameraLength"), dialog.m_pCameraLengthSpin},
             {QStringLiteral("DetectorPixel"), dialog.m_pDetectorPixelSpin},
-            {QStringLiteral("RotationAxis"), dialog.m_pRotationAxisSpin}};
+            {QStringLiteral("RotationAxis"), dialog.m_pRotationAxisSpin},
+            {QStringLiteral("PrecessionAngle"), dialog.m_pPrecessionSpin}};
 }
 
 struct StoredRadio {
@@ -137,6 +139,8 @@ void NewProjectDialog::readSettings(QSettings& settings)
     for (const StoredRadio& stored : storedRadios(*this))  // first: the boxes out of use show what follows
         if (settings.value(stored.strKey).toBool())
             stored.pRadio->setChecked(true);
+    m_pRotationCombo->setCurrentIndex(
+        std::max(0, m_pRotationCombo->findText(settings.value(QStringLiteral("Rotation")).toString())));
     for (const StoredSpin& stored : storedSpins(*this)) {
         bool bOk = false;
         const double dfValue = settings.value(stored.strKey).toDouble(&bOk);
@@ -154,6 +158,7 @@ void NewProjectDialog::writeSettings(QSettings& settings) const
         settings.setValue(stored.strKey, stored.pSpin->value());
     for (const StoredRadio& stored : storedRadios(*this))
         settings.setValue(stored.strKey, stored.pRadio->isChecked());
+    settings.setValue(QStringLiteral("Rotation"), m_pRotationCombo->currentText());
     settings.endGroup();
 }
 
@@ -186,6 +191,12 @@ void NewProjectDialog::askProjectFile()
     refresh();
 }
 
+RotationMode NewProjectDialog::rotation() const
+{
+    const RotationKind kind = RotationKind(m_pRotationCombo->currentData().toInt());
+    return {kind, kind == RotationKind::Precession ? m_pPrecessionSpin->value() : 0};
+}
+
 NewProject NewProjectDialog::project() const
 {
     NewProject made;
@@ -209,6 +220,7 @@ NewProject NewProjectDialog::project() const
     made.dfStretchAmplitude = m_pStretchAmplitudeSpin->value();
     made.dfStretchAzimuth = m_pStretchAzimuthSpin->value();
     made.distortion = m_pLensDistortion->distortion();
+    made.rotation = rotation();
     return made;
 }
 
@@ -251,6 +263,7 @@ void NewProjectDialog::refresh()
     m_pPixelSizeSpin->setEnabled(m_pPixelSizeRadio->isChecked());
     m_pCameraLengthSpin->setEnabled(m_pCameraRadio->isChecked());
     m_pDetectorPixelSpin->setEnabled(m_pCameraRadio->isChecked());
+    m_pPrecessionSpin->setEnabled(rotation().kind == RotationKind::Precession);
     // What follows from the rest is shown in the boxes that are not in use.
     const NewProject made = project();
     const int nFrames = made.listFrame.size();

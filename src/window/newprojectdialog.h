@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QTimer>
 
+class QComboBox;
 class QDialogButtonBox;
 class QDoubleSpinBox;
 class QGroupBox;
@@ -34,7 +35,7 @@ public:
     /// @param strFolder  where the file dialogs start
     explicit NewProjectDialog(const QString& strFolder, QWidget* pParent = nullptr);
 
-    /// Voltage, pixel size and axis as they were given last.
+    /// Voltage, pixel size, axis and kind of rotation as they were given last.
     void readSettings(QSettings& settings);
     /// Keeps them for the next dialog.
     void writeSettings(QSettings& settings) const;
@@ -81,6 +82,8 @@ public:
     QDoubleSpinBox* m_pCameraLengthSpin = nullptr;      ///< mm
     QDoubleSpinBox* m_pDetectorPixelSpin = nullptr;     ///< µm
     QDoubleSpinBox* m_pRotationAxisSpin = nullptr;      ///< degrees
+    QComboBox* m_pRotationCombo = nullptr;              ///< its data: RotationKind
+    QDoubleSpinBox* m_pPrecessionSpin = nullptr;        ///< degrees, half opening of the cone
     QDoubleSpinBox* m_pStretchAmplitudeSpin = nullptr;  ///< per cent
     QDoubleSpinBox* m_pStretchAzimuthSpin = nullptr;    ///< degrees
     LensDistortionBox* m_pLensDistortion = nullptr;     ///< folded up at the start
@@ -101,6 +104,7 @@ private:
     QGroupBox* makeWavelength();
     QGroupBox* makePixelSize();
     QGroupBox* makeDirections();
+    QWidget* makeRotation(QWidget* pParent);
     QWidget* makeFile();
     void connectControls();
 
@@ -118,6 +122,7 @@ private:
     void selectionChanged();
     /// Shows what follows from the rest, and what is missing.
     void refresh();
+    RotationMode rotation() const;
     /// What is missing, in a sentence; empty if nothing is.
     QString problem() const;
 

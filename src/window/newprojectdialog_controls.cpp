@@ -5,6 +5,7 @@
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/pagecontrols.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
@@ -25,6 +26,7 @@ namespace tessera {
 namespace {
 
 const QString g_strDegree = QStringLiteral("°");
+const double g_dfMostPrecession = 10;  // degrees, as far as a project file takes it
 
 // A row of a label or radio button and its control.
 void addRow(QGridLayout* pGrid, QWidget* pLabel, QWidget* pControl)
@@ -224,9 +226,33 @@ QGroupBox* NewProjectDialog::makeDirections()
                "counter-clockwise from the right. Without meaning if the amplitude is 0."));
     auto* pGrid = new QGridLayout(pGroup);
     addRow(pGrid, new QLabel(tr("Rotation Axis At"), pGroup), m_pRotationAxisSpin);
+    addRow(pGrid, new QLabel(tr("Rotation"), pGroup), makeRotation(pGroup));
     addRow(pGrid, new QLabel(tr("Stretching Amplitude"), pGroup), m_pStretchAmplitudeSpin);
     addRow(pGrid, new QLabel(tr("Stretching Azimuth"), pGroup), m_pStretchAzimuthSpin);
     return pGroup;
+}
+
+QWidget* NewProjectDialog::makeRotation(QWidget* pParent)
+{
+    auto* pBoth = new QWidget(pParent);
+    m_pRotationCombo = new QComboBox(pBoth);
+    m_pRotationCombo->addItem(tr("Continuous"), int(RotationKind::Continuous));
+    m_pRotationCombo->addItem(tr("Stepped"), int(RotationKind::Stepped));
+    m_pRotationCombo->addItem(tr("Precession"), int(RotationKind::Precession));
+    m_pRotationCombo->setAccessibleName(tr("Rotation"));
+    m_pPrecessionSpin = makeDoubleSpin(pBoth, 0, g_dfMostPrecession, 2, 0.1, 0, g_strDegree);
+    m_pPrecessionSpin->setAccessibleName(tr("Precession Angle"));
+    explain(
+        m_pRotationCombo,
+        tr("How the crystal turned while a frame was exposed: steadily, not at all, or not while the beam "
+           "went round a cone. The integration goes by it."));
+    explain(m_pPrecessionSpin, tr("Half opening of the cone that the beam went round, degrees: the angle "
+                                  "between the precessing beam and the axis of its cone."));
+    auto* pRow = new QHBoxLayout(pBoth);
+    pRow->setContentsMargins(0, 0, 0, 0);
+    pRow->addWidget(m_pRotationCombo, 1);
+    pRow->addWidget(m_pPrecessionSpin);
+    return pBoth;
 }
 
 QWidget* NewProjectDialog::makeFile()
@@ -253,6 +279,8 @@ void NewProjectDialog::connectControls()
     connect(m_pBeamTiltSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &NewProjectDialog::refresh);
     for (auto* pRadio : findChildren<QRadioButton*>())
         connect(pRadio, &QRadioButton::toggled, this, &NewProjectDialog::refresh);
+    connect(m_pRotationCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &NewProjectDialog::refresh);
     connect(m_pTiltEdit, &QPlainTextEdit::textChanged, this, &NewProjectDialog::refresh);
     connect(m_pFileEdit, &QLineEdit::textEdited, this, [this](const QString& str) {
         m_bFileTyped = !str.isEmpty();

@@ -109,6 +109,11 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         dialog.m_pRotationAxisSpin->setValue(-38.5);
         dialog.m_pLensDistortion->boxes()[2]->setValue(-1.5);
         says("");
+        EXPECT_FALSE(dialog.m_pPrecessionSpin->isEnabled());
+        dialog.m_pRotationCombo->setCurrentText("Precession");
+        says("Give the angle of the precession");
+        dialog.m_pPrecessionSpin->setValue(1.2);
+        says("");
         QTest::keyClick(dialog.m_pRotationAxisSpin, Qt::Key_Return);
         EXPECT_TRUE(dialog.isVisible()) << "Return ends a number, not the dialog";
         dialog.m_pFileEdit->setText(path("none/"));
@@ -121,6 +126,7 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
     EXPECT_EQ(made.frameFiles(), truth.frameFiles());
     EXPECT_EQ(made.wavelength(), truth.wavelength());
     EXPECT_EQ(made.distortion().dfThirdOrderRadial, -1.5);
+    EXPECT_EQ(rotationModeText(made.rotation()), QString("precession,1.2"));
     EXPECT_EQ(made.distortion().dfRadius, 256);
     EXPECT_EQ(made.rotationAxis(), truth.rotationAxis());
     EXPECT_NEAR(made.pixelSize(), truth.pixelSize(), 1e-12);
@@ -136,6 +142,10 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         EXPECT_EQ(dialog.m_pWavelengthSpin->value(), 0.0251);
         EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 100);
         EXPECT_EQ(dialog.m_pRotationAxisSpin->value(), -38.5);
+        EXPECT_EQ(dialog.m_pRotationCombo->currentText(), QString("Precession"));
+        EXPECT_EQ(dialog.m_pPrecessionSpin->value(), 1.2);
+        dialog.m_pRotationCombo->setCurrentText("Stepped");
+        EXPECT_FALSE(dialog.m_pPrecessionSpin->isEnabled());
         dialog.addFrames({m_dir.path()});
         dialog.m_pTiltStepSpin->setValue(1);
         QStringList listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
