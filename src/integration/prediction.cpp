@@ -136,6 +136,15 @@ private:
     const RockingCurve m_curve;
 };
 
+/// How far out points are looked at, Å⁻¹.
+double furthestDStar(const CPassageGeometry& passages, const PredictionOptions& options)
+{
+    const double dfReach = passages.reach();
+    // Discs at the corners reach a little further out than the corners themselves, but not by a fifth.
+    const double dfWanted = options.dfMaxDStar > 0 ? std::min(options.dfMaxDStar, 1.2 * dfReach) : dfReach;
+    return std::min(dfWanted, 2 / passages.series().geometry.dfWavelength);
+}
+
 /// The greatest index along each axis within a d*: the length of the direct axis times d*.
 std::array<int, 3> greatestIndices(const DiffractionGeometry& geometry, double dfMaxDStar)
 {
@@ -145,7 +154,7 @@ std::array<int, 3> greatestIndices(const DiffractionGeometry& geometry, double d
     const std::array<DoubleVector, 3> aNormal = {cross(b, c), cross(c, a), cross(a, b)};
     for (size_t n = 0; n < 3; ++n) {
         const double dfLength = std::sqrt(dot(aNormal[n], aNormal[n])) / dfVolume;
-        const double dfMost = 2000;  // no crystal's axis; a basis that spans no cell ends here
+        const double dfMost = 1e6;  // far beyond what is predicted, and an int has room for it
         anMost[n] = int(std::min(dfLength * dfMaxDStar, dfMost));
     }
     return anMost;
@@ -166,6 +175,30 @@ RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode
     return {rotation, options.dfRockingWidth, options.dfMosaicity};
 }
 
+QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOptions& options)
+{
+    const double dfMostPoints = 3e7;  // some seconds to look at, and a GB or two if most of them cross
+    const DiffractionGeometry& geometry = passages.series().geometry;
+    if (!isCell(geometry) || !(geometry.dfWavelength > 0)) {
+        return QStringLiteral("The basis spans no cell: there is nothing to predict from it.");
+    }
+    const double dfMaxDStar = furthestDStar(passages, options);
+    double dfPoints = 1;
+    for (const int nMost : greatestIndices(geometry, dfMaxDStar)) {
+        dfPoints *= 2.0 * nMost + 1;
+    }
+    if (dfPoints <= dfMostPoints) {
+        return {};
+    }
+    return QStringLiteral(
+               "To d = %1 Å this cell has some %2 million points to look at, and at most %3 million "
+               "are. A wrong cell, wavelength or pixel size does that; a large cell can be integrated "
+               "to a lower resolution.")
+        .arg(1 / dfMaxDStar, 0, 'g', 3)
+        .arg(dfPoints / 1e6, 0, 'f', 0)
+        .arg(dfMostPoints / 1e6, 0, 'f', 0);
+}
+
 std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options)
 {
     return predictObservations(CPassageGeometry(series), options);
@@ -175,13 +208,11 @@ std::vector<Observation> predictObservations(const CPassageGeometry& passages,
                                              const PredictionOptions& options)
 {
     std::vector<Observation> list;
-    const DiffractionGeometry& geometry = passages.series().geometry;
-    if (passages.frameCount() < 2 || !isCell(geometry) || !(geometry.dfWavelength > 0)) {
+    if (passages.frameCount() < 2 || !whyNotPredicted(passages, options).isEmpty()) {
         return list;
     }
-    double dfMaxDStar = options.dfMaxDStar > 0 ? options.dfMaxDStar : passages.reach();
-    dfMaxDStar = std::min(dfMaxDStar, 2 / geometry.dfWavelength);
-    const std::array<int, 3> anMost = greatestIndices(geometry, dfMaxDStar);
+    const double dfMaxDStar = furthestDStar(passages, options);
+    const std::array<int, 3> anMost = greatestIndices(passages.series().geometry, dfMaxDStar);
     const CPredictor predictor(passages, options);
     for (int h = -anMost[0]; h <= anMost[0]; ++h) {
         for (int k = -anMost[1]; k <= anMost[1]; ++k) {

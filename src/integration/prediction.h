@@ -5,12 +5,14 @@
 #include "integration/rockingcurve.h"
 #include "integration/seriesgeometry.h"
 
+#include <QString>
+
 #include <vector>
 
 namespace tessera {
 
 struct PredictionOptions {
-    double dfMaxDStar = 0;          ///< Å⁻¹; 0: as far as the frame's corner shows
+    double dfMaxDStar = 0;          ///< Å⁻¹; 0, or further than that: as far as the frame's corner shows
     double dfMinDStar = 0;          ///< Å⁻¹
     double dfRockingWidth = 0.005;  ///< Å⁻¹, sigma of the rocking curve (without the turn of a frame)
     double dfMosaicity = 0;         ///< degrees, sigma
@@ -25,6 +27,11 @@ class CPassageGeometry;
 
 /// The rocking curve that the options tell.
 RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode& rotation);
+
+/// Why a prediction would take more time and memory than there is; empty where it would not.
+///
+/// A cell of hundreds of Å and a resolution beyond that of any crystal have thousands of millions of points.
+QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOptions& options);
 
 /// All passages, ordered by the frame of the passage, then by h, k, l.
 ///

@@ -235,6 +235,12 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
         return refuseRun(report, strMissing);
     }
     const CPassageGeometry passages(series);
+    PredictionOptions furthest;
+    furthest.dfMaxDStar = options.dfMaxDStar;
+    const QString strTooMuch = whyNotPredicted(passages, furthest);
+    if (!strTooMuch.isEmpty()) {
+        return refuseRun(report, strTooMuch);
+    }
     std::optional<SpotSize> size;
     if (!measureSpotSize(dataSet, report, size, nJobs)) {
         return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);

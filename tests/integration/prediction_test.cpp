@@ -210,4 +210,30 @@ TEST(Prediction, FlagsWhatIsNotWhole)
     EXPECT_TRUE(predictObservations(flat, options).empty());
 }
 
+TEST(Prediction, RefusesWhatWouldNotEnd)
+{
+    const SeriesGeometry series = seriesOf(steps(-15, 1, 31));
+    PredictionOptions options;
+    EXPECT_TRUE(whyNotPredicted(CPassageGeometry(series), options).isEmpty());
+    // No frame shows what lies beyond its corners.
+    const size_t nToCorner = predictObservations(series, options).size();
+    options.dfMaxDStar = 10;
+    const size_t nToMost = predictObservations(series, options).size();
+    EXPECT_GE(nToMost, nToCorner);
+    EXPECT_LE(double(nToMost), 1.1 * double(nToCorner));
+
+    SeriesGeometry large = series;
+    for (DoubleVector& axis : large.geometry.aBasis) {
+        for (double& df : axis) {
+            df /= 100;
+        }
+    }
+    EXPECT_FALSE(whyNotPredicted(CPassageGeometry(large), options).isEmpty());
+    EXPECT_TRUE(predictObservations(large, options).empty());
+    options.dfMaxDStar = 0.05;
+    EXPECT_TRUE(whyNotPredicted(CPassageGeometry(large), options).isEmpty());
+    large.geometry.aBasis[2] = large.geometry.aBasis[0];
+    EXPECT_FALSE(whyNotPredicted(CPassageGeometry(large), options).isEmpty());
+}
+
 }  // namespace tessera
