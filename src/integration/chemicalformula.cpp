@@ -15,6 +15,8 @@ namespace tessera {
 
 namespace {
 
+const double g_dfMostAtoms = 1e6;  // of an element; more are a slip of the pen
+
 void addTo(ChemicalFormula& formula, gemmi::El element, double dfCount)
 {
     std::vector<ElementCount>& list = formula.listElement;
@@ -82,6 +84,10 @@ private:
         for (const ElementCount& one : inner.listElement) {
             addTo(formula, one.element, one.dfCount * dfTimes);
         }
+        // Each number may be one that there is, and their product none.
+        if (m_strReason.isEmpty() && formula.atomCount(true) > g_dfMostAtoms) {
+            m_strReason = QStringLiteral("it has too many atoms");
+        }
     }
 
     gemmi::El readElement()
@@ -111,11 +117,10 @@ private:
         if (nEnd == m_nPlace) {
             return 1;
         }
-        const double dfMost = 1e6;  // atoms; more are a slip of the pen
         const QString strCount = m_strText.mid(m_nPlace, nEnd - m_nPlace);
         bool bNumber = false;
         const double dfCount = strCount.toDouble(&bNumber);
-        if (m_strReason.isEmpty() && (!bNumber || !(dfCount > 0) || dfCount > dfMost)) {
+        if (m_strReason.isEmpty() && (!bNumber || !(dfCount > 0) || dfCount > g_dfMostAtoms)) {
             m_strReason = QStringLiteral("\"%1\" is no number of atoms").arg(strCount);
         }
         m_nPlace = nEnd;
@@ -160,26 +165,32 @@ std::set<int> multiplicities(const gemmi::GroupOps& ops)
     return setCount;
 }
 
-/// Whether a number of atoms is a sum of such multiplicities. Disordered sites hold parts of atoms, which fit
-/// anywhere.
-bool fitsSites(double dfAtoms, const std::set<int>& setCount)
-{
-    const double dfMostTried = 100000;  // the table below is as long; so many atoms fit every group
-    const int nAtoms = int(std::min(std::lround(dfAtoms), long(dfMostTried)));
-    if (std::abs(dfAtoms - nAtoms) > 1e-6 || nAtoms == int(dfMostTried)) {
-        return true;
-    }
-    std::vector<char> vecReached(size_t(nAtoms) + 1, 0);
-    vecReached[0] = 1;
-    for (int n = 1; n <= nAtoms; ++n) {
+/// Which numbers of atoms are sums of such multiplicities.
+class CSiteSums {
+public:
+    explicit CSiteSums(const std::set<int>& setCount) : m_listReached(g_nMostTried, 0)
+    {
+        m_listReached[0] = 1;
         for (const int nCount : setCount) {
-            if (nCount <= n && vecReached[size_t(n - nCount)]) {
-                vecReached[size_t(n)] = 1;
+            for (int n = nCount; n < g_nMostTried; ++n) {
+                m_listReached[size_t(n)] |= m_listReached[size_t(n - nCount)];
             }
         }
     }
-    return vecReached.back() != 0;
-}
+
+    /// Disordered sites hold parts of atoms, which fit anywhere.
+    bool fits(double dfAtoms) const
+    {
+        const double dfWhole = std::round(dfAtoms);
+        return !(std::abs(dfAtoms - dfWhole) <= 1e-6) || dfWhole >= g_nMostTried ||
+               m_listReached[size_t(dfWhole)] != 0;
+    }
+
+private:
+    static const int g_nMostTried = 100000;  // so many atoms fit every group
+
+    std::vector<char> m_listReached;
+};
 
 }  // namespace
 
@@ -252,7 +263,7 @@ int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::G
     if (!(dfWanted > 0) || !std::isfinite(dfWanted)) {
         return 1;
     }
-    const std::set<int> setCount = multiplicities(ops);
+    const CSiteSums sums(multiplicities(ops));
     // Beyond twice the volume that the atoms take, or half of it, the formula is wrong and not the number.
     const int nMost = int(std::ceil(std::min(2 * dfWanted, 10000.0)));
     const int nNearest = std::max(1, int(std::lround(std::min(dfWanted, 10000.0))));
@@ -263,7 +274,7 @@ int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::G
     };
     int nBest = 0;
     for (int n = std::max(1, int(dfWanted / 2)); n <= nMost; ++n) {
-        const auto fits = [&](const ElementCount& one) { return fitsSites(one.dfCount * n, setCount); };
+        const auto fits = [&](const ElementCount& one) { return sums.fits(one.dfCount * n); };
         if (std::all_of(formula.listElement.begin(), formula.listElement.end(), fits) &&
             (nBest == 0 || distance(n) < distance(nBest))) {
             nBest = n;

@@ -233,7 +233,7 @@ TEST(ChemicalFormula, ReadsAndRefuses)
     EXPECT_EQ(hillFormula(*chemicalFormula(" C2 H5 (N H2)0.5 Fe0.25")), "C2 H6 Fe0.25 N0.5");
     EXPECT_EQ(hillFormula(*chemicalFormula("CoCO3")), "C Co O3");
     for (const char* pszBad : {"", "  ", "Xx2", "co2", "C(", "C)2", "C0", "C-1", "2C", "C1e3", "C..5",
-                               "Si,O2", "((((((((((C))))))))))"}) {
+                               "Si,O2", "((((((((((C))))))))))", "((C1000)1000)1000"}) {
         QString strReason;
         EXPECT_FALSE(chemicalFormula(pszBad, &strReason)) << pszBad;
         EXPECT_FALSE(strReason.isEmpty());
