@@ -342,7 +342,7 @@ void takeIntensities(COptionReader& reader, IntensityOptions& options)
         }
     }
     options.nUnits = reader.wholeNumber(QStringLiteral("formula-units"), 1, 10000, 0);
-    const QStringList listClass = laueClassNames();
+    const QStringList& listClass = laueClassNames();
     const int nClass = reader.choice(QStringLiteral("laue"), listClass, -1);
     options.strLaueClass = listClass.value(nClass);
     options.bProfileFit = !reader.isSet(QStringLiteral("no-profile"));

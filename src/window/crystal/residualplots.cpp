@@ -25,6 +25,7 @@ const int g_nBins = 24;
 double arrowScale(const std::vector<FieldArrow>& listArrow, double dfSquare)
 {
     std::vector<double> listLength;
+    listLength.reserve(listArrow.size());
     for (const FieldArrow& arrow : listArrow) {
         listLength.push_back(std::hypot(arrow.ptMean.x(), arrow.ptMean.y()));
     }
