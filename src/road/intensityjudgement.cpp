@@ -68,20 +68,25 @@ QStringList doubts(const IntegrationResult& result)
 
 Judgement judgeIntensities(const RoadResults& results)
 {
-    Judgement judgement = {roadStageName(RoadStage::Integrate), Verdict::Doubtful, QString(), 0};
     const IntegrateResult& integrate = *results.integrate;
-    if (!integrate.result) {
-        judgement.strReason = QStringLiteral("There are no intensities. %1").arg(integrate.strReason);
-        return judgement;
+    if (integrate.result) {
+        return judgeIntensities(*integrate.result);
     }
-    const ShellQuality& quality = integrate.result->quality.overall;
-    QStringList listReason = {summaryOf(*integrate.result)};
+    return {roadStageName(RoadStage::Integrate), Verdict::Doubtful,
+            QStringLiteral("There are no intensities. %1").arg(integrate.strReason), 0};
+}
+
+Judgement judgeIntensities(const IntegrationResult& result)
+{
+    Judgement judgement = {roadStageName(RoadStage::Integrate), Verdict::Doubtful, QString(), 0};
+    const ShellQuality& quality = result.quality.overall;
+    QStringList listReason = {summaryOf(result)};
     judgement.dfFigure = std::isfinite(quality.dfRInt) ? quality.dfRInt : 0;
     if (quality.dfCcHalf < g_dfCcHalfBad && quality.nUnique >= g_nFewUnique) {
         judgement.verdict = Verdict::Bad;
         listReason.append(QStringLiteral("equivalent reflections have little in common"));
     } else {
-        const QStringList listDoubt = doubts(*integrate.result);
+        const QStringList listDoubt = doubts(result);
         judgement.verdict = listDoubt.isEmpty() ? Verdict::Good : Verdict::Doubtful;
         listReason += listDoubt;
     }

@@ -9,5 +9,7 @@ namespace tessera {
 /// equivalents agree poorly, much is missing, little is above the noise, or another Laue class is nearly as
 /// likely. The results need those of the stage.
 Judgement judgeIntensities(const RoadResults& results);
+/// The same of intensities that are there, for those who walk no road.
+Judgement judgeIntensities(const IntegrationResult& result);
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 #include "reciprocal/latticepoints.h"
 #include "records/runends.h"
 #include "road/integrationtable.h"
+#include "road/intensityjudgement.h"
 #include "road/seriesgeometry.h"
 
 namespace tessera {
@@ -59,6 +60,7 @@ RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mappin
         for (const QString& strLine : integrationTable(result)) {
             report.addMessage(strLine);
         }
+        report.addMessage(judgementLine(judgeIntensities(result)), Severity::Milestone);
     } else if (outcome.end == RunEnd::Stopped) {
         report.addMessage(QStringLiteral("The integration did not finish."), Severity::Error);
     }

@@ -90,8 +90,8 @@ QImage profilePicture(const ObservationProfile& profile, const Observation& obse
     const int nStep = profile.nSide * nZoom + g_nGap;
     const int nRows = (nWindows + nColumns - 1) / nColumns;
     QImage picture(std::min(nWindows, nColumns) * nStep - g_nGap, nRows * nStep - g_nGap,
-                   QImage::Format_RGB32);
-    picture.fill(Qt::white);
+                   QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);  // where the last row has no frames, and between them
     QPainter painter(&picture);
     const std::pair<float, float> limits = limitsOf(profile);
     for (int n = 0; n < nWindows; ++n) {
