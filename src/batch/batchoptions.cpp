@@ -452,11 +452,11 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
     RoadOptions& road = options.road;
     const QList<NumberOption> listNumber = numberOptions(road);
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("From a rotation series of electron diffraction frames to cell, indexed reflections, "
-                       "the files of structure solution and the cell refined from peak pairs.\nExit status: "
-                       "0 the last stage was reached, 1 bad data, "
-                       "2 bad usage."));
+    parser.setApplicationDescription(QStringLiteral(
+        "From a rotation series of electron diffraction frames to cell, indexed reflections, "
+        "integrated intensities and the files of structure solution; with --to refine also the "
+        "cell refined from peak pairs. The last lines of a run are a summary.\nExit status: 0 "
+        "the last stage was reached, 1 bad data, 2 bad usage."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
     parser.addPositionalArgument(

@@ -5,6 +5,7 @@
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
 #include "records/wholefile.h"
+#include "road/closinglines.h"
 #include "road/road.h"
 #include "road/roadjson.h"
 
@@ -92,6 +93,9 @@ int runSeries(const BatchOptions& options)
     RoadState state(options.road, dataSet, report);
     runRoad(state);
     RoadResults& results = state.results;
+    for (const QString& strLine : closingLines(results)) {
+        report.addMessage(strLine);
+    }
     if (state.bResultFolder) {
         const QString strUnwritten = writeFile(fileOfProject(state.dataSet, ResultFile::Log),
                                                report.log().toUtf8());

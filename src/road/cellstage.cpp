@@ -64,9 +64,13 @@ StageResult takeGivenCell(RoadState& state, const QString& strFile)
     QString strReason;
     // A run does not write what it reads.
     const bool bOwn = !frameAmongTargets({strFile}, {strGiven}).isEmpty();
-    if (result.finished() && !bOwn && !saveUnitCellFile(state.dataSet, strFile, &strReason)) {
-        result = state.report.failed(strReason);
+    if (!result.finished() || bOwn) {
+        return result;
     }
+    if (!saveUnitCellFile(state.dataSet, strFile, &strReason)) {
+        return state.report.failed(strReason);
+    }
+    state.results.listFile.append(strFile);
     return result;
 }
 
@@ -84,7 +88,11 @@ StageResult saveFoundCell(RoadState& state, const QString& strFile)
             Severity::Warning);
         return {};
     }
-    return saveProjectCell(state.dataSet, state.report) ? StageResult() : state.report.notWritten(strFile);
+    if (!saveProjectCell(state.dataSet, state.report)) {
+        return state.report.notWritten(strFile);
+    }
+    state.results.listFile.append(strFile);
+    return {};
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ bool hasRoomForName(const QString& strFile)
 }
 
 /// Writes cell, project and shifts together. A series that no project file can hold gets the cell alone.
-StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRoadReport& report)
+StageResult writeRefined(RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString strProject = fileOfProject(state.dataSet, ResultFile::RefinedProject);
     const QString strCell = fileOfProject(state.dataSet, ResultFile::RefinedCell);
@@ -50,15 +50,16 @@ StageResult writeRefined(const RoadState& state, const GeometryModel& model, CRo
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
-    const QString strFiles = bytesProject.isEmpty()
-                                 ? strCell
-                                 : QStringList{strProject, strCell, strShifts}.join(QStringLiteral(", "));
-    report.addMessage(QStringLiteral("Refined geometry written: %1").arg(strFiles));
+    const QStringList listFile = bytesProject.isEmpty() ? QStringList{strCell}
+                                                        : QStringList{strProject, strCell, strShifts};
+    report.addMessage(
+        QStringLiteral("Refined geometry written: %1").arg(listFile.join(QStringLiteral(", "))));
+    state.results.listFile += listFile;
     return {};
 }
 
 /// Writes the microscope's calibration where one was asked for.
-StageResult saveCalibration(const RoadState& state, const GeometryModel& model, CRoadReport& report)
+StageResult saveCalibration(RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString& strFile = state.options.strSaveCalibrationFile;
     if (strFile.isEmpty()) {
@@ -70,6 +71,7 @@ StageResult saveCalibration(const RoadState& state, const GeometryModel& model, 
         return report.failed(strReason);
     }
     report.addMessage(QStringLiteral("Calibration written: %1").arg(strFile));
+    state.results.listFile.append(strFile);
     return {};
 }
 

@@ -54,10 +54,13 @@ QString formerFiles(const DataSet& dataSet)
 }
 
 /// Puts the files of the stage in their places, all or none.
-StageResult commitFiles(CFileSet& files, const DataSet& dataSet, CRoadReport& report)
+StageResult commitFiles(CFileSet& files, RoadState& state)
 {
+    CRoadReport& report = state.report;
+    QStringList listFile;
     for (const ResultFile file : g_aFile) {
-        const QString strFile = fileOfProject(dataSet, file);
+        const QString strFile = fileOfProject(state.dataSet, file);
+        listFile.append(strFile);
         if (files.reason().isEmpty() && !files.holds(strFile)) {
             return report.failed(
                 QStringLiteral("%1 was not written; the files of the stage are as they were before.")
@@ -69,6 +72,7 @@ StageResult commitFiles(CFileSet& files, const DataSet& dataSet, CRoadReport& re
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
+    state.results.listFile += listFile;
     return {};
 }
 
@@ -120,7 +124,7 @@ StageResult runIndexStage(RoadState& state)
                            "the stage, %1, stay as they were; --accept writes them all the same.")
                 .arg(strFormer));
     }
-    return bWrite ? commitFiles(files, state.dataSet, report) : StageResult();
+    return bWrite ? commitFiles(files, state) : StageResult();
 }
 
 }  // namespace tessera

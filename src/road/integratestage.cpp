@@ -59,6 +59,7 @@ StageResult runIntegrateStage(RoadState& state)
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
+    results.listFile += integrate.files.listFile;
     integrate.result = std::move(result);
     return {};
 }

@@ -149,9 +149,12 @@ StageResult runPeakStage(RoadState& state)
         return state.report.failed(QStringLiteral("No peaks were found on any frame."));
     }
     keepHotPixels(state, listHotPixel);
-    return outcome.strReason.isEmpty()
-               ? StageResult()
-               : state.report.notWritten(fileOfProject(dataSet, ResultFile::Peaks), outcome.strReason);
+    const QString strFile = fileOfProject(dataSet, ResultFile::Peaks);
+    if (!outcome.strReason.isEmpty()) {
+        return state.report.notWritten(strFile, outcome.strReason);
+    }
+    state.results.listFile.append(strFile);
+    return {};
 }
 
 }  // namespace tessera

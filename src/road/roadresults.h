@@ -110,6 +110,7 @@ struct RoadResults {
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
 
+    QStringList listFile;            ///< that the stages have written, with their paths
     QList<Judgement> listJudgement;  ///< of the parts that were looked at, in their order
     QStringList listHint;            ///< what would suit the peaks better, where a cell was judged bad
 

@@ -69,6 +69,7 @@ StageResult runShiftStage(RoadState& state)
     if (!result.finished()) {
         return result;
     }
+    state.results.listFile.append(strFile);
     ShiftResult& shifts = state.results.shifts.emplace();
     shifts.rcRegion = rcRegion;
     shifts.ptCentre = QPointF(dataSet.m_dfCenterX, dataSet.m_dfCenterY);

@@ -15,6 +15,7 @@
 #include <qwt_scale_map.h>
 #include <qwt_symbol.h>
 #include <qwt_text.h>
+#include <qwt_text_label.h>
 
 #include <QApplication>
 #include <QClipboard>
@@ -167,6 +168,9 @@ PlotPanel::PlotPanel(QWidget* pParent) : QwtPlot(pParent)
     for (const int nAxis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft)}) {
         setAxisFont(nAxis, font());
     }
+    QFont fontTitle = font();  // the room of a title is that of the label's own font
+    fontTitle.setBold(true);
+    titleLabel()->setFont(fontTitle);
     auto* pGrid = new QwtPlotGrid;
     pGrid->setMajorPen(QPen(QColor(205, 205, 205), 0, Qt::DotLine));
     pGrid->attach(this);

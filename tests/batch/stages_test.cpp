@@ -2,10 +2,12 @@
 #include "tests/batch/batchprogram.h"
 #include "tests/imagefiles/filesizelimit.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPointF>
+#include <QRegExp>
 #include <QTemporaryDir>
 
 namespace tessera {
@@ -49,6 +51,42 @@ TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
     EXPECT_FALSE(one.strText.contains("the other way")) << one.strText.toStdString();
     ASSERT_EQ(batch("five", {"--jobs", "5"}).nStatus, 0);
     expectSameFiles("one", "five");
+}
+
+TEST_F(Stages, EndWithASummaryOfWhatWasFoundAndWritten)
+{
+    const auto summaryOf = [](const BatchOutcome& outcome) {
+        return outcome.strText.mid(outcome.strText.indexOf("\nSummary of q: ") + 1).split('\n');
+    };
+    const BatchOutcome whole = batch("whole");
+    ASSERT_EQ(whole.nStatus, 0) << whole.strText.toStdString();
+    const QStringList listWhole = summaryOf(whole);
+    EXPECT_EQ(listWhole[0], QString("Summary of q: integrate reached"));
+    ASSERT_GE(listWhole.filter("Cell: ").size(), 1);
+    EXPECT_TRUE(listWhole.filter("Cell: ")[0].contains("90.00 90.00 120.00")) << whole.strText.toStdString();
+    EXPECT_EQ(listWhole.filter("Laue class: ").size(), 1);
+    EXPECT_EQ(listWhole.filter("Judgement: ").size(), 1);
+    EXPECT_TRUE(QString::fromUtf8(result("whole", "log")).endsWith(listWhole.join('\n').trimmed() + '\n'));
+    // Each file of the run, under its name: those of the folder, but for the log and what the run has no part
+    // in.
+    QStringList listNamed =
+        listWhole.value(listWhole.indexOf(QRegExp("Files in .*")) + 1).trimmed().split(", ");
+    QStringList listThere = QDir(m_dir.filePath("whole")).entryList(QDir::Files);
+    listThere.removeOne("q.log");
+    listNamed.sort();
+    listThere.sort();
+    EXPECT_EQ(listNamed.join(' '), listThere.join(' '));
+
+    // A later start names what it writes alone, and an end before the last stage its reason.
+    const QStringList listLater = summaryOf(batch("whole", {"--from", "cell", "--to", "cell"}));
+    EXPECT_EQ(listLater[0], QString("Summary of q: cell reached"));
+    EXPECT_EQ(listLater.value(listLater.indexOf(QRegExp("Files in .*")) + 1).trimmed(), QString("q.uc"));
+    const BatchOutcome none = batch("none", {"--peak-threshold", "1e6"});
+    EXPECT_NE(none.nStatus, 0);
+    const QStringList listNone = summaryOf(none);
+    EXPECT_EQ(listNone[0], QString("Summary of q: ended in peaks. No peaks were found on any frame."));
+    EXPECT_TRUE(listNone.filter("Cell: ").isEmpty());
+    EXPECT_TRUE(listNone.filter("Judgement: ").value(0).contains("bad, by peaks"));
 }
 
 TEST_F(Stages, TakeTheRadiiOfTheSpotsUnlessOthersAreGiven)
