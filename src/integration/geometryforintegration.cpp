@@ -4,21 +4,41 @@
 #include "reciprocal/mapping.h"
 #include "refinement/geometryofseries.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace tessera {
 
 namespace {
 
+/// The size that most of the readable ones of some frames have, so that one by mistake is not that of all.
 QSize sizeOfFrames(const DataSet& dataSet)
 {
+    const int nLookedAt = 5;
     const SeriesSnapshot series(dataSet);
-    for (int n = 0; n < series.frameCount(); ++n) {
+    const int nFrames = series.frameCount();
+    std::vector<QSize> listSize;
+    const auto look = [&](int nFrame) {
         CRunReport silent;
-        const auto pImage = firstImage(series, n, {}, silent);
+        const auto pImage = firstImage(series, nFrame, {}, silent);
         if (pImage) {
-            return {pImage->Width(), pImage->Height()};
+            listSize.emplace_back(pImage->Width(), pImage->Height());
+        }
+    };
+    for (int n = 0; n < std::min(nFrames, nLookedAt); ++n) {
+        look(int(qint64(n) * nFrames / std::min(nFrames, nLookedAt)));
+    }
+    for (int n = 0; n < nFrames && listSize.empty(); ++n) {
+        look(n);
+    }
+    QSize best;
+    for (const QSize& size : listSize) {
+        if (std::count(listSize.begin(), listSize.end(), size) >
+            std::count(listSize.begin(), listSize.end(), best)) {
+            best = size;
         }
     }
-    return {};
+    return best;
 }
 
 }  // namespace

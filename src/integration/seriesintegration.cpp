@@ -19,6 +19,8 @@ namespace tessera {
 
 namespace {
 
+const double g_dfSeen = 3;  // sigmas; series without any such reflection show none, and have nothing to merge
+
 using MeasuredFrame = std::vector<std::pair<int, SpotMeasure>>;
 
 /// Why a series cannot be integrated; empty where it can.
@@ -38,6 +40,9 @@ QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
                    "%L1 frames are too few to integrate: no reflection crosses the Ewald sphere "
                    "within them.")
             .arg(series.frameCount());
+    }
+    if (series.sizeFrame.isEmpty()) {
+        return QStringLiteral("None of the frames can be read.");
     }
     if (series.sizeFrame.width() < 32 || series.sizeFrame.height() < 32) {
         return QStringLiteral("Frames of %1 × %2 pixels are too small to integrate.")
@@ -272,6 +277,15 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     });
     if (!bAny) {
         return failRun(report, whyNone(list));
+    }
+    const bool bAbove = std::any_of(list.begin(), list.end(), [](const Observation& observation) {
+        return observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags) &&
+               observation.dfIntensity > g_dfSeen * observation.dfSigma;
+    });
+    if (!bAbove) {
+        return failRun(report,
+                       QStringLiteral("None of %L1 predicted reflections stands above its background.")
+                           .arg(list.size()));
     }
     integrated.dfMaxDStar = options.dfMaxDStar > 0 ? options.dfMaxDStar : resolutionLimit(list);
     list.erase(std::remove_if(list.begin(), list.end(),

@@ -278,8 +278,16 @@ TEST(SeriesIntegration, SaysWhatItCannotDo)
     masked.m_maskPeakHunting.listPolygon = {QPolygonF(QRectF(-1, -1, 300, 300))};
     EXPECT_NE(reasonOf(masked, frames.m_geometry).find("masked"), std::string::npos);
 
-    // All pixels full, then all below 0.
+    geometry = frames.m_geometry;
+    geometry.sizeFrame = {};
+    EXPECT_NE(reasonOf(frames.m_data, geometry).find("can be read"), std::string::npos);
+
+    // Nothing on the frames, all pixels full, then all below 0.
     const SimulationParameters& p = frames.m_series.parameters;
+    for (int n = 0; n < p.nFrames; ++n) {
+        overwrite(frames, n, std::vector<float>(size_t(p.nSize) * size_t(p.nSize), 0.f));
+    }
+    EXPECT_NE(reasonOf(frames.m_data, frames.m_geometry).find("above its background"), std::string::npos);
     for (int n = 0; n < p.nFrames; ++n) {
         overwrite(frames, n, std::vector<float>(size_t(p.nSize) * size_t(p.nSize), 30000.f));
     }
