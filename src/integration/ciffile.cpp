@@ -7,6 +7,8 @@
 #include <gemmi/to_cif.hpp>
 #include <gemmi/unitcell.hpp>
 
+#include <QStringList>
+
 #include <algorithm>
 #include <cmath>
 #include <sstream>
@@ -147,6 +149,26 @@ void putLimits(Block& block, const StructureData& data, const gemmi::UnitCell& c
     }
 }
 
+/// How equivalents agree. Where nothing was measured twice, some of the numbers are none.
+QString mergingText(const StructureData& data)
+{
+    const ShellQuality& quality = data.quality;
+    QStringList listPart = {QStringLiteral("Laue class of the merging %1").arg(data.strLaueClass)};
+    const auto add = [&listPart](const char* pszName, double dfValue, int nDecimals) {
+        if (std::isfinite(dfValue)) {
+            listPart.append(
+                QStringLiteral("%1 %2").arg(QLatin1String(pszName)).arg(dfValue, 0, 'f', nDecimals));
+        }
+    };
+    add("Rmeas", quality.dfRMeas, 4);
+    add("CC1/2", quality.dfCcHalf, 4);
+    add("multiplicity", quality.dfMultiplicity, 2);
+    add("mean I/u(I)", quality.dfIOverSigma, 2);
+    const QString strFirst = listPart.takeFirst();
+    return listPart.isEmpty() ? strFirst
+                              : strFirst + QStringLiteral("; ") + listPart.join(QStringLiteral(", "));
+}
+
 void putQuality(Block& block, const StructureData& data, const gemmi::UnitCell& cell)
 {
     const ShellQuality& quality = data.quality;
@@ -167,14 +189,7 @@ void putQuality(Block& block, const StructureData& data, const gemmi::UnitCell& 
         [](const ScaledIntensity& one) { return one.dfIntensity > 2 * one.dfSigma; });
     block.set_pair("_reflns_number_gt", std::to_string(nAbove));
     putText(block, "_reflns_threshold_expression", QStringLiteral("I > 2u(I)"));
-    putText(
-        block, "_reflns_special_details",
-        QStringLiteral("Laue class of the merging %1; Rmeas %2, CC1/2 %3, multiplicity %4, mean I/u(I) %5")
-            .arg(data.strLaueClass)
-            .arg(quality.dfRMeas, 0, 'f', 4)
-            .arg(quality.dfCcHalf, 0, 'f', 4)
-            .arg(quality.dfMultiplicity, 0, 'f', 2)
-            .arg(quality.dfIOverSigma, 0, 'f', 2));
+    putText(block, "_reflns_special_details", mergingText(data));
 }
 
 void putElements(Block& block, const ChemicalFormula& formula)

@@ -26,12 +26,14 @@ QString summaryOf(const IntegrationResult& result)
 {
     const ShellQuality& quality = result.quality.overall;
     return QStringLiteral(
-               "%1 observations of %2 reflections to %3 Å (%4% complete) agree in %5 with Rint %6 and "
+               "%1 observations of %2 reflections to %3 Å (%4) agree in %5 with Rint %6 and "
                "CC1/2 %7")
         .arg(quality.nObserved)
         .arg(quality.nUnique)
         .arg(quality.dfDMin, 0, 'f', 2)
-        .arg(100 * quality.dfCompleteness, 0, 'f', 1)
+        .arg(std::isfinite(quality.dfCompleteness)
+                 ? QStringLiteral("%1% complete").arg(100 * quality.dfCompleteness, 0, 'f', 1)
+                 : QStringLiteral("completeness not known"))
         .arg(result.chosen.strClass, several(quality.dfRInt, 3), several(quality.dfCcHalf, 3));
 }
 

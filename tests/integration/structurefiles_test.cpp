@@ -130,6 +130,12 @@ TEST(StructureFiles, CifHoldsCellExperimentAndReflections)
         EXPECT_TRUE(bytes.contains(pszLine)) << pszLine << bytes.constData();
     }
     EXPECT_FALSE(cifText(structureData(smallResult(), {}), 1).contains("_chemical_formula"));
+    // Nothing measured twice: what is no number stays away.
+    StructureData once = smallData();
+    EXPECT_TRUE(cifText(once, 1).contains("Rmeas 0.0000"));
+    once.quality.dfRInt = once.quality.dfRMeas = once.quality.dfCcHalf = std::nan("");
+    const QByteArray bytesOnce = cifText(once, 1);
+    EXPECT_FALSE(bytesOnce.contains("nan") || bytesOnce.contains("Rmeas"));
 }
 
 TEST(StructureFiles, GemmiReadsTheMtz)
