@@ -14,13 +14,23 @@ namespace {
 
 const int g_nColumns = 80;
 
+/// In ASCII alone, which every reader of such files takes: other letters have more than one encoding.
+QByteArray plainText(const QString& strText)
+{
+    QByteArray bytes;
+    for (const QChar ch : strText) {
+        bytes += ch >= QLatin1Char(' ') && ch < QLatin1Char('\x7f') ? ch.toLatin1() : '_';
+    }
+    return bytes;
+}
+
 /// One instruction, with "=" at the ends of lines that go on.
 QByteArray instruction(const QStringList& listWord)
 {
     QByteArray bytes;
     QByteArray bytesLine;
     for (const QString& strWord : listWord) {
-        const QByteArray bytesWord = strWord.toLatin1();
+        const QByteArray bytesWord = plainText(strWord);
         if (!bytesLine.isEmpty() && bytesLine.size() + 1 + bytesWord.size() + 2 > g_nColumns) {
             bytes += bytesLine + " =\n";
             bytesLine = "   ";
@@ -37,7 +47,7 @@ QByteArray remark(const QString& strText)
     QByteArray bytesLine = "REM";
     const QStringList listWord = strText.split(QLatin1Char(' '));
     for (const QString& strWord : listWord) {
-        const QByteArray bytesWord = strWord.toLatin1();  // SHELX knows no other letters
+        const QByteArray bytesWord = plainText(strWord);
         if (bytesLine.size() > 3 && bytesLine.size() + 1 + bytesWord.size() > g_nColumns) {
             bytes += bytesLine + '\n';
             bytesLine = "REM";

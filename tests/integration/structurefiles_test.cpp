@@ -20,6 +20,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -231,6 +232,16 @@ TEST(ElectronScattering, FourGaussiansFollowTheSimulatorsTable)
             EXPECT_NEAR(fit.value(dfS) / dfTrue, 1, 0.013) << strElement.toStdString() << ' ' << dfS;
         }
     }
+}
+
+TEST(StructureFiles, NamesOfAnyLettersLeaveTheInsReadable)
+{
+    StructureData data = smallData();
+    data.strName = QString::fromUtf8("Glimmer \xc3\xa4'\xe6\x99\xb6\n=");
+    const QByteArray bytes = insText(data, data.strName + QStringLiteral("_integrated.hkl"));
+    EXPECT_TRUE(std::all_of(bytes.begin(), bytes.end(),
+                            [](char ch) { return ch == '\n' || (ch >= ' ' && ch < '\x7f'); }));
+    EXPECT_TRUE(bytes.startsWith("TITL Glimmer _'_ - in "));
 }
 
 TEST(ChemicalFormula, ReadsAndRefuses)
