@@ -2,6 +2,7 @@
 
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
+#include "integration/fadedframes.h"
 #include "integration/knotcurve.h"
 #include "integration/lorentzfactor.h"
 #include "integration/resolutionbins.h"
@@ -217,7 +218,7 @@ std::vector<double> frameMeanScales(const std::vector<Observation>& listObservat
         dfLogs += fit.logarithm(n) / nFrames;
     }
     for (int n = 0; n < nFrames; ++n) {
-        listScale[size_t(n)] = std::exp(dfLogs - fit.logarithm(n));
+        listScale[size_t(n)] = std::clamp(std::exp(dfLogs - fit.logarithm(n)), 0.05, 20.0);
     }
     return listScale;
 }
@@ -244,7 +245,16 @@ void scaleByFrameMeans(std::vector<Observation>& listObservation, int nFrames)
         observation.nFlags &= ~unsigned(FlagOutlier);
     }
     applyLorentzFactor(listObservation);
-    putFrameScales(frameMeanScales(listObservation, nFrames), listObservation);
+    const std::vector<double> listScale = frameMeanScales(listObservation, nFrames);
+    putFrameScales(listScale, listObservation);
+    // What the last frames of a spoiled crystal show is noise, and the scale makes it large.
+    const std::vector<char> listFaded = fadedFrames(listScale, std::vector<char>(listScale.size(), 1));
+    for (Observation& observation : listObservation) {
+        if (!listFaded.empty() && std::isfinite(observation.dfFrame)) {
+            const double dfFrame = std::clamp(observation.dfFrame, 0.0, double(listFaded.size() - 1));
+            observation.nFlags |= listFaded[size_t(std::lround(dfFrame))] ? unsigned(FlagOutlier) : 0u;
+        }
+    }
     const EquivalentGroups groups = groupEquivalents(listObservation, friedelAlone());
     applyErrorModel(groups, fitErrorModel(listObservation, groups), listObservation);
 }

@@ -23,7 +23,7 @@ std::vector<double> frameMeanScales(const std::vector<Observation>& listObservat
 void putFrameScales(const std::vector<double>& listScale, std::vector<Observation>& listObservation);
 
 /// Lorentz factor, the scales of the means, and the error model by Friedel's mates: what will do to look for
-/// symmetry. The flag of outliers is taken off.
+/// symmetry. The flag of outliers is taken off, but for those on frames that have faded (fadedframes.h).
 void scaleByFrameMeans(std::vector<Observation>& listObservation, int nFrames);
 
 }  // namespace tessera

@@ -1,5 +1,6 @@
 #include "integration/mergedgroups.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tessera {
@@ -12,8 +13,6 @@ MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int*
     group.nObserved = int(pnEnd - pnFirst);
     double dfWeights = 0;
     double dfWeighted = 0;
-    double dfSquares = 0;
-    int nSeen = 0;
     for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
         const Observation& observation = listObservation[size_t(*pn)];
         const double df = observation.corrected();
@@ -22,16 +21,22 @@ MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int*
         dfWeights += dfWeight;
         dfWeighted += dfWeight * df;
         group.dfIntensities += df;
-        const double dfBefore = df - group.dfPlainMean;
-        group.dfPlainMean += dfBefore / ++nSeen;
-        dfSquares += dfBefore * (df - group.dfPlainMean);
     }
     group.dfIntensity = dfWeighted / dfWeights;
-    group.dfSigma = 1 / std::sqrt(dfWeights);
-    group.dfPlainVariance = group.nObserved > 1 ? dfSquares / (group.nObserved - 1) : 0;
+    double dfSquares = 0;
     for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
-        group.dfDeviations += std::abs(listObservation[size_t(*pn)].corrected() - group.dfIntensity);
+        const Observation& observation = listObservation[size_t(*pn)];
+        const double df = observation.corrected() - group.dfIntensity;
+        const double dfNormalized = df / observation.correctedSigma();
+        group.dfDeviations += std::abs(df);
+        dfSquares += dfNormalized * dfNormalized;
     }
+    if (group.nObserved > 1) {
+        group.dfScatter = dfSquares / (group.nObserved - 1) / dfWeights;
+    }
+    const int nFewest = 3;  // two may agree by chance, or not
+    group.dfSigma = std::sqrt(group.nObserved < nFewest ? 1 / dfWeights
+                                                        : std::max(1 / dfWeights, group.dfScatter));
     return group;
 }
 
@@ -64,10 +69,10 @@ void CAgreement::add(const MergedGroup& group)
     m_dfMeas += group.dfDeviations * std::sqrt(group.nObserved / dfOthers);
     m_dfPim += group.dfDeviations * std::sqrt(1 / dfOthers);
     m_dfIntensities += group.dfIntensities;
-    const double dfBefore = group.dfPlainMean - m_dfMean;
+    const double dfBefore = group.dfIntensity - m_dfMean;
     m_dfMean += dfBefore / m_nSeveral;
-    m_dfSquares += dfBefore * (group.dfPlainMean - m_dfMean);
-    m_dfHalfVariance += 2 * group.dfPlainVariance / group.nObserved;
+    m_dfSquares += dfBefore * (group.dfIntensity - m_dfMean);
+    m_dfHalfVariance += 2 * group.dfScatter;
 }
 
 double CAgreement::ccHalf() const

@@ -11,12 +11,12 @@ namespace tessera {
 /// One unique reflection with how its observations lie about its mean.
 struct MergedGroup {
     double dfIntensity = 0;  ///< mean, weighted by 1 / sigma²
-    double dfSigma = 0;      ///< 1 / sqrt(sum of the weights)
+    double dfSigma = 0;      ///< 1 / sqrt(sum of the weights); of three observations and more that of their
+                             ///< scatter where it is greater
     int nObserved = 0;
-    double dfDeviations = 0;     ///< sum |I - mean|
-    double dfIntensities = 0;    ///< sum I
-    double dfPlainMean = 0;      ///< without weights
-    double dfPlainVariance = 0;  ///< of one observation, about the plain mean; 0 of a single one
+    double dfDeviations = 0;   ///< sum |I - mean|
+    double dfIntensities = 0;  ///< sum I
+    double dfScatter = 0;      ///< variance of the mean by the scatter of its observations; 0 of a single one
 };
 
 /// One for each group, with its corrected intensities and sigmas.
@@ -32,7 +32,8 @@ std::vector<MergedGroup> mergeGroups(const std::vector<Observation>& listObserva
 ///
 /// CC1/2 by the sigma-tau method, which is what halves made at random come to in the mean:
 /// (s² - e/2) / (s² + e/2), with the variance s² of the mean intensities and the mean e of the variances of
-/// the mean of half a group. Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028.
+/// the mean of half a group, means and scatter being weighted by 1 / sigma² as what is merged: frames that
+/// show little count little. Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028.
 class CAgreement {
 public:
     void add(const MergedGroup& group);
@@ -62,7 +63,7 @@ private:
     double m_dfPim = 0;
     double m_dfIntensities = 0;
     double m_dfIOverSigma = 0;
-    double m_dfMean = 0;     ///< of the plain means, running (Welford)
+    double m_dfMean = 0;     ///< of the means, running (Welford)
     double m_dfSquares = 0;  ///< of the deviations from it
     double m_dfHalfVariance = 0;
 };

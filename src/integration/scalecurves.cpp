@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace tessera {
 
 namespace {
 
-const double g_dfPriorSigma = 0.7;      // of a coefficient, as a natural logarithm
-const double g_dfNeighbourSigma = 0.3;  // of its difference to the next one
-const double g_dfCauchy = 3;            // sigmas, where a deviation has half its weight
+const double g_dfPriorSigma = 0.7;  // of a coefficient, as a natural logarithm
+const double g_dfCauchy = 3;        // sigmas, where a deviation has half its weight
 
 double squareOf(const Observation& observation)
 {
@@ -55,7 +55,34 @@ public:
         return m_nUsed;
     }
 
+    /// Of each group: -2 logarithm of the likelihood of its members, 0 of a single one.
+    std::vector<double> misfits() const
+    {
+        std::vector<double> listMisfit;
+        for (int nGroup = 0; nGroup < m_groups.count(); ++nGroup) {
+            listMisfit.push_back(m_groups.sizeOf(nGroup) < 2 ? 0 : misfitOf(nGroup));
+        }
+        return listMisfit;
+    }
+
 private:
+    double misfitOf(int nGroup) const
+    {
+        std::vector<Term> listTerm;
+        for (int n = m_groups.listStart[size_t(nGroup)]; n < m_groups.listStart[size_t(nGroup) + 1]; ++n) {
+            listTerm.push_back(termOf(m_listObservation[size_t(m_groups.listMember[size_t(n)])]));
+        }
+        const double dfMean = meanOf(listTerm, m_errors);
+        double dfSum = 0;
+        for (const Term& term : listTerm) {
+            const double dfModel = dfMean * term.dfModelRow;
+            const double dfVariance = m_errors.variance(term.dfSigma, dfModel);
+            const double df = term.dfObserved - dfModel;
+            dfSum += std::log(dfVariance) + 4 * std::log1p(df * df / (3 * dfVariance));
+        }
+        return dfSum;
+    }
+
     Term termOf(const Observation& observation) const
     {
         Term term;
@@ -168,7 +195,7 @@ private:
     void addPriors(const std::vector<double>& listCoefficient, int nFirst)
     {
         const double dfOwn = 1 / (g_dfPriorSigma * g_dfPriorSigma);
-        const double dfNext = 1 / (g_dfNeighbourSigma * g_dfNeighbourSigma);
+        const double dfNext = 1 / (m_curves.dfStep * m_curves.dfStep);
         for (size_t n = 0; n < listCoefficient.size(); ++n) {
             const int nRow = nFirst + int(n);
             m_matNormal(nRow, nRow) += dfOwn;
@@ -225,6 +252,40 @@ private:
     Eigen::VectorXd m_vecCross;  ///< of the group at work; 0 between groups
 };
 
+/// Every other group, as by the throw of a coin, so that no class of indices goes together.
+EquivalentGroups halfOf(const EquivalentGroups& groups, bool bOther)
+{
+    EquivalentGroups half;
+    half.listGroup.assign(groups.listGroup.size(), -1);
+    for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
+        const std::uint32_t nCoin = std::uint32_t(nGroup) * 2654435761u;
+        if (((nCoin >> 16 & 1u) != 0) != bOther) {
+            continue;
+        }
+        half.listStart.push_back(int(half.listMember.size()));
+        half.listIndex.push_back(groups.listIndex[size_t(nGroup)]);
+        for (int n = groups.listStart[size_t(nGroup)]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
+            half.listMember.push_back(groups.listMember[size_t(n)]);
+            half.listGroup[size_t(half.listMember.back())] = half.count() - 1;
+        }
+    }
+    half.listStart.push_back(int(half.listMember.size()));
+    return half;
+}
+
+/// Whether the one is less than the other by more than its standard error.
+bool isClearlyLess(const std::vector<double>& listOne, const std::vector<double>& listOther)
+{
+    double dfSum = 0;
+    double dfSquares = 0;
+    for (size_t n = 0; n < listOne.size(); ++n) {
+        const double df = listOne[n] - listOther[n];
+        dfSum += df;
+        dfSquares += df * df;
+    }
+    return dfSum < -std::sqrt(dfSquares);
+}
+
 }  // namespace
 
 double ScaleCurves::logarithm(double dfFrame, double dfDStar) const
@@ -273,6 +334,42 @@ int fitScaleCurves(const std::vector<Observation>& listObservation, const Equiva
                    const ErrorModel& errors, bool bDecay, ScaleCurves& curves)
 {
     return CScaleFit(listObservation, groups, errors, bDecay, curves).run();
+}
+
+CurveChoice chooseCurves(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                         const ErrorModel& errors, bool bDecay, const ScaleCurves& curves)
+{
+    const std::array<EquivalentGroups, 2> aHalf = {halfOf(groups, false), halfOf(groups, true)};
+    const auto unseenMisfits = [&](const CurveChoice& choice) {
+        std::vector<double> listMisfit;
+        for (size_t n = 0; n < 2; ++n) {
+            ScaleCurves tried = curves;
+            tried.dfStep = choice.dfStep;
+            if (choice.bScale) {
+                fitScaleCurves(listObservation, aHalf[n], errors, choice.bDecay, tried);
+            }
+            const std::vector<double> list =
+                CScaleFit(listObservation, aHalf[1 - n], errors, choice.bDecay, tried).misfits();
+            listMisfit.insert(listMisfit.end(), list.begin(), list.end());
+        }
+        return listMisfit;
+    };
+    CurveChoice best;
+    std::vector<double> listBest = unseenMisfits(best);
+    const double dfStiff = 0.03;
+    const double dfFree = curves.dfStep;
+    for (const CurveChoice& choice : {CurveChoice{true, false, dfStiff}, CurveChoice{true, false, dfFree},
+                                      CurveChoice{true, true, dfStiff}, CurveChoice{true, true, dfFree}}) {
+        if (choice.bDecay && !bDecay) {
+            continue;
+        }
+        std::vector<double> listMisfit = unseenMisfits(choice);
+        if (isClearlyLess(listMisfit, listBest)) {
+            best = choice;
+            listBest = std::move(listMisfit);
+        }
+    }
+    return best;
 }
 
 }  // namespace tessera

@@ -18,6 +18,7 @@ struct ScaleCurves {
     CKnotCurve decay;
     double dfMiddle = 0;     ///< (sin θ/λ)², Å⁻²
     double dfHalfRange = 1;  ///< likewise
+    double dfStep = 0.3;     ///< standard deviation of what a coefficient may differ from the next one by
 
     double logarithm(double dfFrame, double dfDStar) const;
     /// Of a reflection without resolution: exp(scaleAtZero) · exp(2 B (d*/2)²) is the whole.
@@ -36,13 +37,31 @@ std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& list
 /// Gauss–Newton steps with Cauchy weights. The flag of an outlier leaves an observation out.
 ///
 /// Each coefficient is held towards 0 by a standard deviation of 0.7, a factor of two, and towards its
-/// neighbours by 0.3, so that a stretch with few reflections follows the others and keeps near 1.
-/// Source: Hamilton, Rollett & Sparks (1965), Acta Cryst. 18, 129–130; Fox & Holmes (1966), Acta Cryst. 20,
-/// 886–891; the restraints after Evans (2006), Acta Cryst. D62, 72–82.
+/// neighbours by the step of the curves, so that a stretch with few reflections follows the others and keeps
+/// near 1. Source: Hamilton, Rollett & Sparks (1965), Acta Cryst. 18, 129–130; Fox & Holmes (1966), Acta
+/// Cryst. 20, 886–891; the restraints after Evans (2006), Acta Cryst. D62, 72–82.
 ///
 /// @param curves  where it starts; those of a decay that is not wanted are left at 0
 /// @return observations that it was made from
 int fitScaleCurves(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                    const ErrorModel& errors, bool bDecay, ScaleCurves& curves);
+
+/// What is best for equivalents that the fit has not seen.
+struct CurveChoice {
+    bool bScale = false;
+    bool bDecay = false;
+    double dfStep = 0.3;  ///< see ScaleCurves
+};
+
+/// No scale, a stiff one, a free one, and each with decay: curves fitted to one half of the groups are tried
+/// on the other, and what asks for more is taken where it makes those agree better by more than the standard
+/// error of that. Agreement is the likelihood of the intensities as measured, by Student's distribution with
+/// three degrees of freedom, so that noise that a scale makes greater is not counted as disagreement, nor
+/// outliers as much. Outliers take part.
+///
+/// @param bDecay  false: none is tried
+/// @param curves  as emptyScaleCurves() makes them
+CurveChoice chooseCurves(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                         const ErrorModel& errors, bool bDecay, const ScaleCurves& curves);
 
 }  // namespace tessera

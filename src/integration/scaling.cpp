@@ -2,6 +2,7 @@
 
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
+#include "integration/fadedframes.h"
 #include "integration/framemeans.h"
 #include "integration/lorentzfactor.h"
 #include "integration/outlierrejection.h"
@@ -75,26 +76,15 @@ void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation
 
 /// Rejects what lies where the series shows less than a fifth of what its median frame shows: the crystal has
 /// left the beam or is spoiled, and the scale would make noise as large as intensities.
-void rejectFadedFrames(const ScaleCurves& curves, const std::vector<char>& listUsed,
-                       const EquivalentGroups& groups, std::vector<Observation>& listObservation,
-                       ScalingResult& result)
+void rejectFadedFrames(const std::vector<double>& listScale, const EquivalentGroups& groups,
+                       std::vector<Observation>& listObservation, ScalingResult& result)
 {
-    std::vector<double> listLog;
-    for (size_t n = 0; n < listUsed.size(); ++n) {
-        if (listUsed[n]) {
-            listLog.push_back(curves.scale.value(double(n)));
-        }
-    }
-    if (listLog.empty()) {
-        return;
-    }
-    const auto itMiddle = listLog.begin() + std::ptrdiff_t(listLog.size() / 2);
-    std::nth_element(listLog.begin(), itMiddle, listLog.end());
-    const double dfMost = *itMiddle + std::log(5);
+    const int nFrames = int(listScale.size());
+    const std::vector<char> listFaded = fadedFrames(listScale, framesInUse(listObservation, groups, nFrames));
     for (size_t n = 0; n < listObservation.size(); ++n) {
         Observation& observation = listObservation[n];
         if (groups.listGroup[n] >= 0 && (observation.nFlags & FlagOutlier) == 0 &&
-            curves.scale.value(observation.dfFrame) > dfMost) {
+            listFaded[size_t(frameOf(observation, nFrames))]) {
             observation.nFlags |= FlagOutlier;
             result.listRejected.push_back(
                 {int(n), 0, QStringLiteral("its frame shows less than a fifth of the median one")});
@@ -120,6 +110,31 @@ void resetCorrections(std::vector<Observation>& listObservation)
         observation.nFlags &= ~unsigned(FlagOutlier);
     }
     applyLorentzFactor(listObservation);
+}
+
+/// Drops the curves, or their decay, that equivalents left out of the fit do not confirm.
+void takeChoice(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
+                std::optional<ScaleCurves>& curves, bool& bDecay, CRunReport& report)
+{
+    const ErrorModel errors = fitErrorModel(listObservation, groups, DeviationWidth::Core);
+    const CurveChoice choice = chooseCurves(listObservation, groups, errors, bDecay, *curves);
+    bDecay = choice.bDecay;
+    curves->dfStep = choice.dfStep;
+    if (!choice.bScale) {
+        curves.reset();
+        report.addMessage(
+            QStringLiteral("Scales along the series do not make equivalents agree better that "
+                           "were left out of their fit: none are used."));
+    }
+}
+
+std::vector<double> scalesAtMiddle(const ScaleCurves& curves, int nFrames)
+{
+    std::vector<double> listScale;
+    for (int n = 0; n < nFrames; ++n) {
+        listScale.push_back(std::exp(curves.scale.value(n)));
+    }
+    return listScale;
 }
 
 void tellScaling(const ScalingResult& result, int nKnots, CRunReport& report)
@@ -153,6 +168,7 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
     const EquivalentGroups groups = groupEquivalents(listObservation, symmetry,
                                                      options.nFriedelPairsApart != 0);
     std::optional<ScaleCurves> curves;
+    bool bDecay = options.bDecay;
     if (options.bScale && isTriclinic(symmetry)) {
         result.listFrameScale = frameMeanScales(listObservation, nFrames);
         putFrameScales(result.listFrameScale, listObservation);
@@ -160,6 +176,8 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
         curves = emptyScaleCurves(listObservation, groups, nFrames);
         if (!curves) {
             report.addMessage(QStringLiteral("Too few equivalent observations for scales along the series."));
+        } else {
+            takeChoice(listObservation, groups, curves, bDecay, report);
         }
     }
     const std::vector<char> listUsed = framesInUse(listObservation, groups, nFrames);
@@ -168,7 +186,7 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
     const int nRounds = 4;
     for (int nRound = 0; nRound < nRounds && report.goOn(); ++nRound) {
         if (curves) {
-            result.nUsed = fitScaleCurves(listObservation, groups, errors, options.bDecay, *curves);
+            result.nUsed = fitScaleCurves(listObservation, groups, errors, bDecay, *curves);
             putScales(*curves, putFrameScales(*curves, listUsed, result), listObservation);
         }
         errors = fitErrorModel(listObservation, groups, DeviationWidth::Core);
@@ -176,8 +194,9 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
             result.listRejected = rejectOutliers(listObservation, groups, errors, options.dfRejection);
         }
     }
-    if (curves && options.dfRejection > 0) {
-        rejectFadedFrames(*curves, listUsed, groups, listObservation, result);
+    if (options.dfRejection > 0 && nFrames > 0) {
+        rejectFadedFrames(curves ? scalesAtMiddle(*curves, nFrames) : result.listFrameScale, groups,
+                          listObservation, result);
     }
     errors = fitErrorModel(listObservation, groups);
     applyErrorModel(groups, errors, listObservation);
