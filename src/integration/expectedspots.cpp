@@ -4,7 +4,7 @@ namespace tessera {
 
 CExpectedSpots::CExpectedSpots(const CPassageGeometry& passages,
                                const std::vector<Observation>& listObservation, const RockingCurve& curve,
-                               const CPlaceCorrection& correction)
+                               const CSpotOffsets& correction)
     : m_passages(passages),
       m_listObservation(listObservation),
       m_curve(curve),

@@ -3,9 +3,9 @@
 
 #include "integration/observation.h"
 #include "integration/passagegeometry.h"
-#include "integration/placecorrection.h"
 #include "integration/rockingcurve.h"
 #include "integration/spotmeasure.h"
+#include "integration/spotoffsets.h"
 
 #include <vector>
 
@@ -17,7 +17,7 @@ class CExpectedSpots {
 public:
     /// @param listObservation  outlives this
     CExpectedSpots(const CPassageGeometry& passages, const std::vector<Observation>& listObservation,
-                   const RockingCurve& curve, const CPlaceCorrection& correction);
+                   const RockingCurve& curve, const CSpotOffsets& correction);
 
     /// Those of a frame, in the order of the observations.
     std::vector<ExpectedSpot> onFrame(int nFrame) const;
@@ -28,7 +28,7 @@ private:
     const CPassageGeometry& m_passages;
     const std::vector<Observation>& m_listObservation;
     const RockingCurve m_curve;
-    const CPlaceCorrection m_correction;
+    const CSpotOffsets m_correction;
     std::vector<std::vector<int>> m_listActive;  // per frame
 };
 

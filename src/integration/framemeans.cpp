@@ -202,12 +202,14 @@ std::vector<double> frameMeanScales(const std::vector<Observation>& listObservat
     const double dfStraight = 0.001;
     double dfLeast = fit.fit(dfStraight) - 6;
     double dfBest = 0;
-    for (double df = dfFreest; df > 0.03; df /= 2) {
-        const double dfHere = fit.fit(df);
+    double dfFree = dfFreest;
+    while (dfFree > 0.03) {
+        const double dfHere = fit.fit(dfFree);
         if (dfHere < dfLeast) {
             dfLeast = dfHere;
-            dfBest = df;
+            dfBest = dfFree;
         }
+        dfFree /= 2;
     }
     if (dfBest == 0) {
         return listScale;

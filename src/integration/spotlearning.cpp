@@ -167,8 +167,8 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     model.dfSigmaAtEdge = spot.widthAt(dfFarthest);
 
     m_profile.finish(model.dfSigma);
-    learned.correction = CPlaceCorrection(m_listOffset, m_passages.frameCount(),
-                                          std::max(size.width(), size.height()));
+    learned.correction = CSpotOffsets(m_listOffset, m_passages.frameCount(),
+                                      std::max(size.width(), size.height()));
     model.dfDiscRadius = options.dfDiscRadius > 0 ? options.dfDiscRadius
                                                   : discRadius(m_profile, model.dfSigma);
     learned.profile = m_profile;

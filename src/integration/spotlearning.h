@@ -4,9 +4,9 @@
 #include "integration/framecounts.h"
 #include "integration/learnedprofile.h"
 #include "integration/passagegeometry.h"
-#include "integration/placecorrection.h"
 #include "integration/rockingfit.h"
 #include "integration/seriesintegration.h"
+#include "integration/spotoffsets.h"
 
 #include <optional>
 #include <vector>
@@ -18,7 +18,7 @@ struct LearnedSeries {
     SpotModel model;
     NoiseModel noise;
     RockingCurve curve;
-    CPlaceCorrection correction;
+    CSpotOffsets correction;
     std::optional<CLearnedProfile> profile;
     std::vector<char> listBlank;  ///< per frame
     double dfGlow = 0;            ///< pixels about the direct beam

@@ -62,7 +62,6 @@ TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
     for (const MergedReflection& one : quality.listMerged) {
         ASSERT_EQ(mapMerged.count(one.anIndex), 1u);
         EXPECT_NEAR(one.dfIntensity, mapMerged[one.anIndex].value, 1e-9 * std::abs(one.dfIntensity));
-        EXPECT_NEAR(one.dfSigma, mapMerged[one.anIndex].sigma, 1e-9 * one.dfSigma);
         EXPECT_EQ(one.nObserved, mapMerged[one.anIndex].nobs);
     }
     // Rint with gemmi's means, and CC1/2 as the mean of halves drawn at random.
@@ -70,15 +69,24 @@ TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
     const gemmi::ReciprocalAsu asu(merged.spacegroup);
     double dfDeviations = 0;
     double dfIntensities = 0;
+    std::map<std::array<int, 3>, double> mapSquares;  // of the deviations, in sigmas
     for (const Observation& observation : list) {
         const std::array<int, 3> an = asu.to_asu(observation.anIndex, symmetry.ops).first;
         mapGroup[an].push_back(observation.corrected());
+        const double dfOff = (observation.corrected() - mapMerged[an].value) / observation.correctedSigma();
+        mapSquares[an] += dfOff * dfOff;
         if (mapMerged[an].nobs > 1) {
             dfDeviations += std::abs(observation.corrected() - mapMerged[an].value);
             dfIntensities += observation.corrected();
         }
     }
     EXPECT_NEAR(quality.overall.dfRInt, dfDeviations / dfIntensities, 1e-9);
+    // From three observations on the scatter counts where it is more than the sigmas say.
+    for (const MergedReflection& one : quality.listMerged) {
+        const double dfScatter = one.nObserved < 3 ? 0 : mapSquares[one.anIndex] / (one.nObserved - 1);
+        const double dfSigma = mapMerged[one.anIndex].sigma * std::sqrt(std::max(1.0, dfScatter));
+        EXPECT_NEAR(one.dfSigma, dfSigma, 1e-9 * one.dfSigma);
+    }
     std::mt19937 random(7);
     double dfCorrelation = 0;
     const int nRounds = 100;

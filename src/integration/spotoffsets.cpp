@@ -1,4 +1,4 @@
-#include "integration/placecorrection.h"
+#include "integration/spotoffsets.h"
 
 #include <Eigen/Cholesky>
 
@@ -21,7 +21,7 @@ double medianOr0(std::vector<double> list)
 
 }  // namespace
 
-CPlaceCorrection::CPlaceCorrection(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize)
+CSpotOffsets::CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize)
     : m_dfSize(dfSize / 2), m_listFrame(size_t(nFrames))
 {
     // Ten spots a number keep the cubic from bending to their noise.
@@ -72,7 +72,7 @@ CPlaceCorrection::CPlaceCorrection(const std::vector<SpotOffset>& listOffset, in
     }
 }
 
-CPlaceCorrection::Terms CPlaceCorrection::termsOf(const FramePlace& place) const
+CSpotOffsets::Terms CSpotOffsets::termsOf(const FramePlace& place) const
 {
     const double x = place.dfX / m_dfSize - 1, y = place.dfY / m_dfSize - 1;
     Terms terms;
@@ -80,7 +80,7 @@ CPlaceCorrection::Terms CPlaceCorrection::termsOf(const FramePlace& place) const
     return terms;
 }
 
-FramePlace CPlaceCorrection::fieldAt(const FramePlace& place) const
+FramePlace CSpotOffsets::fieldAt(const FramePlace& place) const
 {
     if (m_nTerms == 0) {
         return {};
@@ -89,7 +89,7 @@ FramePlace CPlaceCorrection::fieldAt(const FramePlace& place) const
     return {terms.dot(m_vecX), terms.dot(m_vecY)};
 }
 
-FramePlace CPlaceCorrection::corrected(int nFrame, const FramePlace& place) const
+FramePlace CSpotOffsets::corrected(int nFrame, const FramePlace& place) const
 {
     const FramePlace field = fieldAt(place);
     const FramePlace frame = size_t(nFrame) < m_listFrame.size() ? m_listFrame[size_t(nFrame)] : FramePlace();

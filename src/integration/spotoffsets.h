@@ -1,4 +1,4 @@
-// PlaceCorrection: what strong spots lie off their predicted places by.
+// SpotOffsets: what strong spots lie off their predicted places by.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -19,12 +19,12 @@ struct SpotOffset {
 /// A cubic of the place on the frame, the same on all frames, and a shift of each frame. It takes up what is
 /// left of lens distortions and of the drift; it is learned from the frames and moves discs alone, and never
 /// enters the geometry.
-class CPlaceCorrection {
+class CSpotOffsets {
 public:
-    CPlaceCorrection() = default;
+    CSpotOffsets() = default;
     /// Robust: in rounds, spots that lie more than three deviations off are dropped. Few spots leave a plane
     /// or a shift, none leaves nothing to correct.
-    CPlaceCorrection(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize);
+    CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize);
 
     FramePlace corrected(int nFrame, const FramePlace& place) const;
     /// What is left in one direction after it, median, pixels.
