@@ -131,6 +131,7 @@ void takeChoice(const std::vector<Observation>& listObservation, const Equivalen
 std::vector<double> scalesAtMiddle(const ScaleCurves& curves, int nFrames)
 {
     std::vector<double> listScale;
+    listScale.reserve(size_t(std::max(0, nFrames)));
     for (int n = 0; n < nFrames; ++n) {
         listScale.push_back(std::exp(curves.scale.value(n)));
     }
