@@ -3,6 +3,7 @@
 #include "frames/hotpixels.h"
 #include "imagefiles/filekind.h"
 #include "imagefiles/frameformats.h"
+#include "imagefiles/framename.h"
 #include "records/shortmemory.h"
 #include "records/whatwasthrown.h"
 
@@ -20,7 +21,11 @@ const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for th
 
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
-    return frameFormatOf(strFileName).fnRead(strFileName, nMaxImages, vecImage, strReason) ? 1 : 0;
+    const FrameName name = frameName(strFileName);
+    return frameFormatOf(strFileName)
+                   .fnRead(name.strFile, name.nImage, name.bPart ? 1 : nMaxImages, vecImage, strReason)
+               ? 1
+               : 0;
 }
 
 int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
@@ -30,7 +35,7 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     QString strReason;
     const int nResult = readFrame(strFileName, nMaxImages, vecRead, strReason);
     if (vecRead.empty() && !strReason.isEmpty()) {
-        strReason += misnamedHint(strFileName);
+        strReason += misnamedHint(frameName(strFileName).strFile);
         report.noteReason(
             QStringLiteral("%1: %2").arg(strFileName, strReason));  // said after a line with the file alone
     }
@@ -84,7 +89,7 @@ int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
         throw;
     } catch (const std::bad_alloc&) {
         throw CShortMemory(QStringLiteral("%1: reading the frame").arg(strFileName),
-                           g_nMemoryOfFile * std::uint64_t(QFileInfo(strFileName).size()));
+                           g_nMemoryOfFile * std::uint64_t(QFileInfo(frameName(strFileName).strFile).size()));
     }
 }
 

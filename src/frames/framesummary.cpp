@@ -2,11 +2,10 @@
 
 #include "frames/frameloader.h"
 #include "imagefiles/frameformats.h"
+#include "imagefiles/framename.h"
 #include "records/reason.h"
 
 #include <QFileInfo>
-
-#include <exception>
 
 namespace tessera {
 
@@ -19,14 +18,11 @@ public:
     QString m_strReason;
 };
 
-FrameHeader headerOf(const QString& strFileName)
+// As the row of the table has it; of pictures that only QImage knows, their suffix.
+QString formatName(const QString& strFrame)
 {
-    const FrameFormat& format = frameFormatOf(strFileName);
-    try {
-        return format.fnReadHeader ? format.fnReadHeader(strFileName) : FrameHeader();
-    } catch (const std::exception&) {  // no memory for the tags: the image may be read all the same
-        return {};
-    }
+    const FrameFormat& format = frameFormatOf(strFrame);
+    return format.listSuffix.isEmpty() ? QFileInfo(strFrame).suffix().toUpper() : format.strName;
 }
 
 }  // namespace
@@ -43,10 +39,10 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
     FrameSummary read;
     read.nWidth = vecImage.front()->Width();
     read.nHeight = vecImage.front()->Height();
-    read.strFormat = QFileInfo(strFileName).suffix().toUpper();
-    const FrameHeader header = headerOf(strFileName);
-    read.dfKilovolts = header.dfKilovolts;
-    read.dfPixelSize = header.dfPixelSize;
+    read.strFormat = formatName(strFileName);
+    const FrameHeader header = frameHeader(strFileName);
+    read.dfKilovolts = header.kilovolts.isTold() ? header.kilovolts.df : 0;
+    read.dfPixelSize = header.pixelSize.isTold() ? header.pixelSize.df : 0;
     summary = read;
     return true;
 }
@@ -56,16 +52,16 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
     FrameSummary first, other;
     if (!listFile.isEmpty() && !readFrameSummary(listFile.first(), first, pstrReason))
         return false;
-    const qint64 nLength = QFileInfo(listFile.value(0)).size();
+    const qint64 nLength = QFileInfo(frameName(listFile.value(0)).strFile).size();
     for (const QString& strFile : listFile) {
-        const QFileInfo info(strFile);
+        const QFileInfo info(frameName(strFile).strFile);
         if (!info.isFile())
             return giveReason(pstrReason, strFile, QStringLiteral("no such file"));
-        const QString strFormat = info.suffix().toUpper();
+        const QString strFormat = formatName(strFile);
         if (info.size() == nLength && strFormat == first.strFormat)
             continue;
         QString strReason;
-        const QSize size = headerOf(strFile).size;
+        const QSize size = frameHeader(strFile).size;
         if (size.isValid()) {
             other.nWidth = size.width();
             other.nHeight = size.height();

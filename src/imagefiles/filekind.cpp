@@ -4,19 +4,11 @@
 #include "records/regularfile.h"
 
 #include <QFile>
-#include <QFileInfo>
-#include <QStringList>
 #include <QtEndian>
 
 namespace tessera {
 
 namespace {
-
-struct FileKind {
-    QString strName;         ///< empty: not known
-    QStringList listSuffix;  ///< in lower case
-    bool bRead = false;      ///< frames of the kind can be read
-};
 
 /// MRC files of before the year 2000 have no mark, but a length that fits their sizes to the byte.
 bool isOldMrc(const QByteArray& bytesHead, qint64 nFileSize)
@@ -31,37 +23,16 @@ bool isOldMrc(const QByteArray& bytesHead, qint64 nFileSize)
            nX * nY * nZ * anPixelSize[nMode] == nFileSize - nHeaderSize;
 }
 
-FileKind kindOf(const QByteArray& bytesHead, qint64 nFileSize)
-{
-    for (const FrameFormat& format : frameFormats())
-        for (const FileMagic& magic : format.vecMagic)
-            if (bytesHead.mid(magic.nOffset, magic.bytes.size()) == magic.bytes)
-                return {format.strName, format.listSuffix, true};
-    const struct {
-        QByteArray bytesStart;
-        QString strName;
-    } aUnread[] = {{QByteArray("\0\0\0\4", 4), "DM4"}, {"{\nHEADER_BYTES", "SMV"}, {"\x89HDF", "HDF5"}};
-    for (const auto& unread : aUnread)
-        if (bytesHead.startsWith(unread.bytesStart))
-            return {unread.strName, {}, false};
-    return isOldMrc(bytesHead, nFileSize) ? FileKind{"MRC", {"mrc"}, true} : FileKind();
-}
-
 }  // namespace
 
 QString misnamedHint(const QString& strFileName)
 {
     QFile file(strFileName);
     QString strReason;
-    if (!openRegularFile(file, QIODevice::ReadOnly, strReason))
+    if (!openRegularFile(file, QIODevice::ReadOnly, strReason) ||
+        frameFormatOf(strFileName).strName == "MRC" || !isOldMrc(file.read(1024), file.size()))
         return {};
-    const FileKind kind = kindOf(file.read(1024), file.size());
-    if (!kind.strName.isEmpty() && !kind.bRead)
-        return QStringLiteral(" (the content is that of a %1 file, which is not read)").arg(kind.strName);
-    if (kind.strName.isEmpty() || kind.listSuffix.contains(QFileInfo(strFileName).suffix().toLower()))
-        return {};
-    return QStringLiteral(" (the content is that of a %1 file; its name has to end in \".%2\")")
-        .arg(kind.strName, kind.listSuffix.first());
+    return QStringLiteral(" (the content is that of a MRC file; its name has to end in \".mrc\")");
 }
 
 QString unreadTiff(const QByteArray& bytesFile)

@@ -6,8 +6,8 @@
 
 namespace tessera {
 
-/// " (the content is that of a PNG file)" for a file whose content is known and whose suffix belongs to
-/// another kind; empty else. For the reason why a file could not be read.
+/// What to do with a file whose content has no magic bytes but is known, and whose suffix belongs to another
+/// kind: an MRC file of before the year 2000; empty else. For the reason why a file could not be read.
 QString misnamedHint(const QString& strFileName);
 
 /// Why a TIFF file holds no picture for eyes: samples of other than whole numbers up to 16 bits; empty if its

@@ -1,13 +1,26 @@
 #include "imagefiles/frameformats.h"
 
+#include "imagefiles/cbffile.h"
 #include "imagefiles/dm3calibration.h"
 #include "imagefiles/dm3file.h"
+#include "imagefiles/dm4file.h"
+#include "imagefiles/framename.h"
+#include "imagefiles/hdf5file.h"
+#include "imagefiles/mibfile.h"
 #include "imagefiles/mrcfile.h"
+#include "imagefiles/mrcheader.h"
 #include "imagefiles/picturefile.h"
+#include "imagefiles/smvreader.h"
+#include "imagefiles/tifffile.h"
+#include "imagefiles/tvipsfile.h"
+#include "records/regularfile.h"
+
+#include <QFile>
 
 #include <QFileInfo>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -15,8 +28,20 @@ namespace tessera {
 
 namespace {
 
-bool readDm3(const QString& strFileName, int, ImageList& vecImage, QString& strReason)
+/// Of a format whose files hold one image.
+bool hasNoImage(int nFirst, QString& strReason)
 {
+    if (nFirst > 0) {
+        strReason = QStringLiteral("image %1 of 1").arg(qint64(nFirst) + 1);
+    }
+    return nFirst > 0;
+}
+
+bool readDm3(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
+{
+    if (hasNoImage(nFirst, strReason)) {
+        return false;
+    }
     auto pImage = std::make_unique<CImgObj<float>>();
     if (ReadDM3(*pImage, strFileName, &strReason) != 1)
         return false;
@@ -24,32 +49,32 @@ bool readDm3(const QString& strFileName, int, ImageList& vecImage, QString& strR
     return true;
 }
 
+ToldNumber told(double df, const char* pszSource)
+{
+    return df > 0 ? ToldNumber{df, QLatin1String(pszSource)} : ToldNumber{};
+}
+
 /// The tags lie behind the pixels or before them, so the whole file is read, but nothing converted.
-FrameHeader readDm3Header(const QString& strFileName)
+FrameHeader readDm3Header(const QString& strFileName, int)
 {
     FrameHeader header;
     DM3File file;
     if (!file.Read(strFileName))
         return header;
     const Dm3Calibration calibration = dm3Calibration(file);
-    header.dfKilovolts = calibration.dfKilovolts;
-    header.dfPixelSize = calibration.dfPixelSize;
+    header.kilovolts = told(calibration.dfKilovolts, "Microscope Info: Voltage");
+    header.pixelSize = told(calibration.dfPixelSize, "Calibrations: Scale");
     if (file.GetImage(nullptr))
         header.size = QSize(file.GetDimension(0), file.GetDimension(1));
     return header;
 }
 
-bool readMrc(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
+bool readPicture(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
 {
-    return ReadMRC(strFileName, vecImage, &strReason, nMaxImages) == 1;
+    return !hasNoImage(nFirst, strReason) && ReadPicture(strFileName, vecImage, strReason) == 1;
 }
 
-bool readPicture(const QString& strFileName, int, ImageList& vecImage, QString& strReason)
-{
-    return ReadPicture(strFileName, vecImage, strReason) == 1;
-}
-
-FrameHeader readPictureHeader(const QString& strFileName)
+FrameHeader readPictureHeader(const QString& strFileName, int)
 {
     FrameHeader header;
     header.size = pictureSize(strFileName);
@@ -62,30 +87,80 @@ FrameFormat picture(const QString& strName, const QStringList& listSuffix,
     return {strName, listSuffix, vecMagic, readPicture, readPictureHeader};
 }
 
+bool hasMagic(const FrameFormat& format, const QByteArray& bytesHead)
+{
+    return std::any_of(format.vecMagic.begin(), format.vecMagic.end(), [&](const FileMagic& magic) {
+        return bytesHead.mid(magic.nOffset, magic.bytes.size()) == magic.bytes;
+    });
+}
+
+QByteArray headOf(const QString& strFileName)
+{
+    constexpr int HEAD_SIZE = 256;  // beyond the last of the magic bytes
+    QFile file(strFileName);
+    QString strReason;
+    return openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)
+               ? file.read(HEAD_SIZE)
+               : QByteArray();
+}
+
 }  // namespace
 
 const std::vector<FrameFormat>& frameFormats()
 {
     static const std::vector<FrameFormat> s_vecFormat = {
         {"DM3", {"dm3"}, {{0, QByteArray("\0\0\0\3", 4)}}, readDm3, readDm3Header},
-        {"MRC", {"mrc"}, {{208, "MAP "}}, readMrc, nullptr},
+        {"MRC", {"mrc", "mrcs"}, {{208, "MAP "}}, readMrcFrames, readMrcHeader},
+        {"DM4", {"dm4"}, {{0, QByteArray("\0\0\0\4", 4)}}, readDm4Frames, readDm4Header},
+        {"SMV", {"img"}, {{0, "{\nHEADER_BYTES"}, {0, "{\r\nHEADER_BYTES"}}, readSmvFrames, readSmvHeader},
+        {"CBF", {"cbf"}, {{0, "###CBF"}}, readCbfFrames, readCbfHeader},
+        {"HDF5", {"h5", "hdf5", "nxs", "emd"}, {{0, "\x89HDF\r\n\x1a\n"}}, readHdf5Frames, readHdf5Header},
+        {"TVIPS",
+         {"tvips"},
+         {{0, QByteArray("\0\1\0\0\1\0\0\0", 8)}, {0, QByteArray("\0\1\0\0\2\0\0\0", 8)}},
+         readTvipsFrames,
+         readTvipsHeader},
+        {"MIB", {"mib"}, {{0, "MQ1,"}}, readMibFrames, readMibHeader},
         picture("BMP", {"bmp"}, {{0, "BM"}}),
         picture("JPEG", {"jpg", "jpeg"}, {{0, "\xff\xd8\xff"}}),
         picture("GIF", {"gif"}, {{0, "GIF8"}}),
-        picture("TIFF", {"tif", "tiff"}, {{0, QByteArray("II*\0", 4)}, {0, QByteArray("MM\0*", 4)}}),
+        {"TIFF",
+         {"tif", "tiff"},
+         {{0, QByteArray("II*\0", 4)},
+          {0, QByteArray("MM\0*", 4)},
+          {0, QByteArray("II+\0", 4)},
+          {0, QByteArray("MM\0+", 4)}},
+         readTiffFrames,
+         readTiffHeader},
         picture("PNG", {"png"}, {{0, "\x89PNG"}}),
         picture("Picture", {}, {}),
     };
     return s_vecFormat;
 }
 
-const FrameFormat& frameFormatOf(const QString& strFileName)
+const FrameFormat& frameFormatOf(const QString& strFrame)
 {
-    const QString strSuffix = QFileInfo(strFileName).suffix().toLower();
-    const auto it = std::find_if(
-        frameFormats().begin(), frameFormats().end(),
-        [&](const FrameFormat& format) { return format.listSuffix.contains(strSuffix); });
-    return it != frameFormats().end() ? *it : frameFormats().back();
+    const std::vector<FrameFormat>& vecFormat = frameFormats();
+    const QString strFile = frameName(strFrame).strFile, strSuffix = QFileInfo(strFile).suffix().toLower();
+    const QByteArray bytesHead = headOf(strFile);
+    auto it = std::find_if(vecFormat.begin(), vecFormat.end(),
+                           [&](const FrameFormat& format) { return hasMagic(format, bytesHead); });
+    if (it == vecFormat.end()) {
+        it = std::find_if(vecFormat.begin(), vecFormat.end(),
+                          [&](const FrameFormat& format) { return format.listSuffix.contains(strSuffix); });
+    }
+    return it != vecFormat.end() ? *it : vecFormat.back();
+}
+
+FrameHeader frameHeader(const QString& strFrame)
+{
+    const FrameFormat& format = frameFormatOf(strFrame);
+    const FrameName name = frameName(strFrame);
+    try {
+        return format.fnReadHeader ? format.fnReadHeader(name.strFile, name.nImage) : FrameHeader();
+    } catch (const std::exception&) {  // no memory for the tags: the image may be read all the same
+        return {};
+    }
 }
 
 const QStringList& frameSuffixes()

@@ -46,7 +46,7 @@ protected:
 
 }  // namespace
 
-TEST_F(FrameFormats, TheSuffixDecides)
+TEST_F(FrameFormats, TheSuffixDecidesWhereTheContentDoesNot)
 {
     const std::pair<const char*, const char*> aRow[] = {
         {"/d.mrc/a.b.MRC", "MRC"}, {"x.Dm3", "DM3"},        {"x.jpeg", "JPEG"}, {"x.TIFF", "TIFF"},
@@ -76,17 +76,17 @@ TEST_F(FrameFormats, EveryRowKnowsAndReadsItsFiles)
             writeBytes(strFile, bytes);
             ImageList vecImage;
             QString strReason;
-            if (!frameFormatOf(strFile).fnRead(strFile, 1, vecImage, strReason) || vecImage.size() != 1)
+            if (!frameFormatOf(strFile).fnRead(strFile, 0, 1, vecImage, strReason) || vecImage.size() != 1)
                 continue;
             ++nRead;
             const QSize size(vecImage[0]->Width(), vecImage[0]->Height());
-            EXPECT_EQ(size, format.fnReadHeader ? format.fnReadHeader(strFile).size : sizeInMrc(bytes));
+            EXPECT_EQ(size, format.fnReadHeader ? format.fnReadHeader(strFile, 0).size : sizeInMrc(bytes));
         }
         EXPECT_GT(nRead, 0);
         if (format.fnReadHeader) {  // no file, and what is none
             QFile::remove(strFile);
-            EXPECT_FALSE(format.fnReadHeader(strFile).size.isValid());
-            EXPECT_FALSE(format.fnReadHeader(QStringLiteral("/dev/zero")).size.isValid());
+            EXPECT_FALSE(format.fnReadHeader(strFile, 0).size.isValid());
+            EXPECT_FALSE(format.fnReadHeader(QStringLiteral("/dev/zero"), 0).size.isValid());
         }
     }
 }

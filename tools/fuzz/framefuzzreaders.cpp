@@ -79,10 +79,13 @@ QString readDm3(const QString& strFileName, const QByteArray& bytes)
 /// What a header tells must be numbers, and the size of the image if that can be read.
 QString readHeader(const FrameFormat& format, const QString& strFileName, const ImageList& vecImage)
 {
-    const FrameHeader header = format.fnReadHeader(strFileName);
-    for (double df : {header.dfKilovolts, header.dfPixelSize})
-        if (!std::isfinite(df) || df < 0)
-            return QStringLiteral("%1 in the header").arg(df);
+    const FrameHeader header = format.fnReadHeader(strFileName, 0);
+    for (const ToldNumber& told : {header.kilovolts, header.wavelength, header.pixelSize, header.cameraLength,
+                                   header.detectorPixel, header.exposure, header.saturation})
+        if (told.isTold() && !(told.df > 0))
+            return QStringLiteral("%1 in the header").arg(told.df);
+    for (const int nImage : {1, header.nImages - 1, header.nImages, std::numeric_limits<int>::max()})
+        format.fnReadHeader(strFileName, nImage);
     if (vecImage.empty() || !header.size.isValid() ||
         header.size == QSize(vecImage[0]->Width(), vecImage[0]->Height()))
         return g_strGood;
@@ -94,9 +97,9 @@ QString readHeader(const FrameFormat& format, const QString& strFileName, const 
 /// What the table of formats asks of every reader.
 QString readFrame(const FrameFormat& format, const QString& strFileName)
 {
-    ImageList vecImage, vecFirst;
+    ImageList vecImage;
     QString strReason;
-    const bool bRead = format.fnRead(strFileName, std::numeric_limits<int>::max(), vecImage, strReason);
+    const bool bRead = format.fnRead(strFileName, 0, std::numeric_limits<int>::max(), vecImage, strReason);
     if (vecImage.empty() ? strReason.isEmpty() : !bRead)
         return QStringLiteral("result %1 with %2 images and the reason \"%3\"")
             .arg(bRead)
@@ -105,9 +108,12 @@ QString readFrame(const FrameFormat& format, const QString& strFileName)
     for (const auto& pImage : vecImage)
         if (!pImage->Data() || pImage->Width() < 1 || pImage->Height() < 1)
             return QStringLiteral("an empty image");
-    if (vecImage.size() > 1 && (!format.fnRead(strFileName, 1, vecFirst, strReason) || vecFirst.size() != 1 ||
-                                !same(*vecFirst[0], *vecImage[0])))
-        return QStringLiteral("the first image is another one when it is read alone");
+    for (size_t i : {size_t(0), vecImage.size() / 2, vecImage.size() - 1}) {
+        ImageList vecOne;
+        if (vecImage.size() > 1 && (!format.fnRead(strFileName, int(i), 1, vecOne, strReason) ||
+                                    vecOne.size() != 1 || !same(*vecOne[0], *vecImage[i])))
+            return QStringLiteral("image %1 is another one when it is read alone").arg(i);
+    }
     if (!vecImage.empty())
         repairHotPixels(*vecImage[0], {QPoint(0, 0), QPoint(1, 1)});
     return format.fnReadHeader ? readHeader(format, strFileName, vecImage) : g_strGood;

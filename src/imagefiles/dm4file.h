@@ -1,0 +1,18 @@
+// DM4 files: tags with counts of 64 bits.
+#pragma once
+
+#include "imagefiles/frameheader.h"
+#include "imaging/imagelist.h"
+
+#include <QString>
+
+namespace tessera {
+
+/// Reads images of a file as FrameFormat::fnRead asks for it.
+bool readDm4Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
+                   QString& strReason);
+
+/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+FrameHeader readDm4Header(const QString& strFileName, int nImage);
+
+}  // namespace tessera

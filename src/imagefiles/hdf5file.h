@@ -1,0 +1,18 @@
+// HDF5 files: NeXus, masters of detectors, EMD.
+#pragma once
+
+#include "imagefiles/frameheader.h"
+#include "imaging/imagelist.h"
+
+#include <QString>
+
+namespace tessera {
+
+/// Reads images of a file as FrameFormat::fnRead asks for it.
+bool readHdf5Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
+                    QString& strReason);
+
+/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+FrameHeader readHdf5Header(const QString& strFileName, int nImage);
+
+}  // namespace tessera
