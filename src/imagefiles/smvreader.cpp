@@ -1,16 +1,67 @@
 #include "imagefiles/smvreader.h"
 
+#include "imagefiles/plainpixels.h"
+#include "imagefiles/smvheader.h"
+#include "imagefiles/smvtelling.h"
+#include "records/regularfile.h"
+
+#include <QFile>
+
+#include <memory>
+#include <utility>
+
 namespace tessera {
 
-bool readSmvFrames(const QString&, int, int, ImageList&, QString& strReason)
+namespace {
+
+bool openSmv(QFile& file, SmvHeader& smv, QString& strReason)
 {
-    strReason = QStringLiteral("SMV files are not read yet");
-    return false;
+    return openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) &&
+           readSmvHeaderText(file, smv, strReason);
 }
 
-FrameHeader readSmvHeader(const QString&, int)
+}  // namespace
+
+bool readSmvFrames(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
 {
-    return {};
+    strReason.clear();
+    if (nFirst > 0) {
+        strReason = QStringLiteral("image %1 of 1").arg(qint64(nFirst) + 1);
+        return false;
+    }
+    QFile file(strFileName);
+    SmvHeader smv;
+    if (!openSmv(file, smv, strReason)) {
+        return false;
+    }
+    std::unique_ptr<CImgObj<float>> pImage = readPlainPixels(file, smv.pixels, strReason);
+    if (!pImage) {
+        return false;
+    }
+    const int nPedestal = smvPedestal(smv);
+    if (nPedestal > 0) {
+        float* pf = pImage->Data();
+        for (qint64 n = smv.pixels.nWidth * smv.pixels.nHeight; n > 0; --n) {
+            *pf++ -= static_cast<float>(nPedestal);
+        }
+    }
+    vecImage.push_back(std::move(pImage));
+    return true;
+}
+
+FrameHeader readSmvHeader(const QString& strFileName, int nImage)
+{
+    QFile file(strFileName);
+    SmvHeader smv;
+    QString strReason;
+    if (nImage != 0 || !openSmv(file, smv, strReason)) {
+        return {};
+    }
+    FrameHeader header = frameHeaderOfSmv(smv);
+    if (holdsPixels(smv.pixels, file.size(), strReason)) {
+        header.size = QSize(static_cast<int>(smv.pixels.nWidth), static_cast<int>(smv.pixels.nHeight));
+    }
+    return header;
 }
 
 }  // namespace tessera

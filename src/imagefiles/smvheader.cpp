@@ -1,0 +1,157 @@
+#include "imagefiles/smvheader.h"
+
+#include <QList>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+constexpr qint64 FIRST_LOOK = 4096;           ///< HEADER_BYTES stands at the beginning
+constexpr qint64 LONGEST_TEXT = 1024 * 1024;  ///< d*TREK headers of image plates have some 16 kB
+
+struct ElementName {
+    const char* pszName;
+    PixelElement element;
+};
+
+/// As TYPE and Data_type have them, without the words that make no difference.
+constexpr ElementName ELEMENTS[] = {
+    {"unsigned short", PixelElement::UInt16}, {"short", PixelElement::Int16},
+    {"signed short", PixelElement::Int16},    {"unsigned char", PixelElement::UInt8},
+    {"signed char", PixelElement::Int8},      {"unsigned long", PixelElement::UInt32},
+    {"unsigned", PixelElement::UInt32},       {"long", PixelElement::Int32},
+    {"signed long", PixelElement::Int32},     {"float", PixelElement::Float32}};
+
+/// Takes the items of the text.
+/// @return whether the text has its end, the line with "}". A brace elsewhere is no end: programs have left
+///         place holders in braces.
+bool parseItems(const QByteArray& bytesText, std::map<QByteArray, QByteArray>& mapItem)
+{
+    const QList<QByteArray> listLine = bytesText.mid(bytesText.indexOf('{') + 1).split('\n');
+    for (const QByteArray& bytesLine : listLine) {
+        const QByteArray bytesItem = bytesLine.trimmed();
+        if (bytesItem.startsWith('}')) {
+            return true;
+        }
+        const int nEquals = bytesItem.indexOf('=');
+        if (nEquals < 1) {
+            continue;
+        }
+        const int nEnd = bytesItem.indexOf(';', nEquals);
+        const QByteArray bytesValue = bytesItem.mid(nEquals + 1, nEnd < 0 ? -1 : nEnd - nEquals - 1);
+        mapItem.insert({bytesItem.left(nEquals).trimmed().toUpper(), bytesValue.trimmed()});
+    }
+    return false;
+}
+
+bool elementOf(const SmvHeader& header, PixelElement& element, QString& strReason)
+{
+    const QByteArray bytesType = header.text(header.mapItem.count("TYPE") ? "TYPE" : "DATA_TYPE");
+    if (bytesType.isEmpty()) {
+        return true;  // unsigned 16-bit, as nearly all files have it
+    }
+    QList<QByteArray> listWord = bytesType.toLower().replace('_', ' ').simplified().split(' ');
+    listWord.removeAll("int");
+    listWord.removeAll("ieee");
+    const QByteArray bytesName = listWord.join(' ');
+    for (const ElementName& row : ELEMENTS) {
+        if (bytesName == row.pszName) {
+            element = row.element;
+            return true;
+        }
+    }
+    strReason = QStringLiteral("pixels of the type \"%1\" are not read").arg(QString::fromLatin1(bytesType));
+    return false;
+}
+
+bool byteOrderOf(const SmvHeader& header, bool& bBigEndian, QString& strReason)
+{
+    const QByteArray bytesOrder = header.text("BYTE_ORDER").toLower();
+    bBigEndian = bytesOrder.startsWith("big");
+    if (bBigEndian || bytesOrder.isEmpty() || bytesOrder.startsWith("little")) {
+        return true;
+    }
+    strReason = QStringLiteral("BYTE_ORDER \"%1\" is not known").arg(QString::fromLatin1(bytesOrder));
+    return false;
+}
+
+/// What the items tell of the pixels.
+bool layoutOf(SmvHeader& header, QString& strReason)
+{
+    const QByteArray bytesDim = header.text("DIM"), bytesPacked = header.text("COMPRESSION");
+    if (!bytesDim.isEmpty() && bytesDim.toInt() != 2) {
+        strReason = QStringLiteral("DIM %1: only images of two dimensions are read")
+                        .arg(QString::fromLatin1(bytesDim.left(20)));
+        return false;
+    }
+    if (!bytesPacked.isEmpty() && bytesPacked.toLower() != "none") {
+        strReason = QStringLiteral("packed pixels (COMPRESSION %1) are not read")
+                        .arg(QString::fromLatin1(bytesPacked.left(20)));
+        return false;
+    }
+    bool bWidth = false, bHeight = false;
+    header.pixels.nWidth = header.text("SIZE1").toLongLong(&bWidth);
+    header.pixels.nHeight = header.text("SIZE2").toLongLong(&bHeight);
+    if (!bWidth || !bHeight) {
+        strReason = QStringLiteral("the header tells no SIZE1 and SIZE2");
+        return false;
+    }
+    return isImageSize(header.pixels.nWidth, header.pixels.nHeight, strReason) &&
+           elementOf(header, header.pixels.element, strReason) &&
+           byteOrderOf(header, header.pixels.bBigEndian, strReason);
+}
+
+}  // namespace
+
+QByteArray SmvHeader::text(const char* pszKey) const
+{
+    const auto it = mapItem.find(pszKey);
+    return it != mapItem.end() ? it->second : QByteArray();
+}
+
+double SmvHeader::number(const char* pszKey) const
+{
+    bool bNumber = false;
+    const double df = text(pszKey).toDouble(&bNumber);
+    return bNumber && std::isfinite(df) ? df : std::numeric_limits<double>::quiet_NaN();
+}
+
+bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
+{
+    header = {};
+    QByteArray bytesText = file.read(FIRST_LOOK);
+    if (!bytesText.startsWith('{')) {
+        strReason = bytesText.startsWith("OD SAPPHIRE")
+                        ? QStringLiteral("an OD SAPPHIRE image, which is not read")
+                        : QStringLiteral("not an SMV file: it does not begin with \"{\"");
+        return false;
+    }
+    std::map<QByteArray, QByteArray> mapFirst;
+    parseItems(bytesText, mapFirst);
+    bool bNumber = false;
+    const qint64 nHeader = mapFirst["HEADER_BYTES"].toLongLong(&bNumber);
+    if (!bNumber || nHeader < 1) {
+        strReason = QStringLiteral("the header tells no HEADER_BYTES");
+        return false;
+    }
+    if (nHeader > file.size()) {
+        strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(file.size()).arg(nHeader);
+        return false;
+    }
+    bytesText.truncate(static_cast<int>(std::min(nHeader, FIRST_LOOK)));
+    if (nHeader > bytesText.size()) {
+        bytesText += file.read(std::min(nHeader, LONGEST_TEXT) - bytesText.size());
+    }
+    if (!parseItems(bytesText, header.mapItem)) {
+        strReason = QStringLiteral("the header does not end within its %1 bytes").arg(nHeader);
+        return false;
+    }
+    header.pixels.nOffset = nHeader;
+    return layoutOf(header, strReason);
+}
+
+}  // namespace tessera
