@@ -182,7 +182,7 @@ TEST_F(CbfFile, BrokenFilesGiveAReasonAndNothingElse)
         {Cbf{QByteArray(7, '\0')}.bytes(), "truncated: 7 bytes of pixels, but 4 x 2 of them"},
         {Cbf{QByteArray(7, '\0') + '\x80'}.bytes(), "truncated: 8 bytes hold 7 of 8 pixels"},
         {Cbf{bytesPixels, bytesInt, bytesOffset, "X-Binary-Size: 10"}.bytes(),
-         "truncated: 10 bytes hold 3 of 8 pixels"},
+         "truncated: 10 bytes hold 2 of 8 pixels"},
         {Cbf{bytesPixels, bytesInt, bytesOffset, "X-Binary-Size: -1"}.bytes(),
          "truncated: 0 bytes of pixels, but 4 x 2 of them"},
         {Cbf{bytesPixels, bytesInt, bytesOffset, "X-Binary-Number-of-Elements: 9"}.bytes(),
@@ -198,7 +198,7 @@ TEST_F(CbfFile, BrokenFilesGiveAReasonAndNothingElse)
         {Cbf{bytesPixels, bytesInt, bytesOffset, {}, {}, 46341, 46341}.bytes(),
          "46341 x 46341 pixels; fewer than 2147483648 can be read"},
         {Cbf{bytesPixels, bytesInt, bytesOffset, {}, {}, 40000, 50000}.bytes(),
-         "truncated: 28 bytes of pixels, but 40000 x 50000 of them"}};
+         "truncated: 50 bytes of pixels, but 40000 x 50000 of them"}};
     for (int n = 0; n < bytesGood.size(); ++n) {
         vecCase.push_back({bytesGood.left(n), nullptr});
     }
