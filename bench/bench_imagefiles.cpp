@@ -1,10 +1,12 @@
-// Reading of MRC and DM3 frames against a plain read of the same file into memory.
+// Reading of MRC, DM3, SMV and CBF frames against a plain read of the same file into memory.
 //
 // Compare the rows of one run that have the same arguments: side in pixels, then bytes per pixel
 // (2 unsigned 16-bit, 4 float). The files are in the page cache, so that this is the readers' own cost.
 
+#include "imagefiles/cbffile.h"
 #include "imagefiles/dm3file.h"
 #include "imagefiles/mrcfile.h"
+#include "imagefiles/smvreader.h"
 
 #include <benchmark/benchmark.h>
 
@@ -122,6 +124,64 @@ void imageFilesReadDM3(benchmark::State& state)
     }
 }
 BENCHMARK(imageFilesReadDM3)->Apply(sizes);
+
+/// A file of `nSide` × `nSide` pixels behind a header, in a folder that lasts as long as the program.
+QString fileOfPixels(const char* pszName, int nSide, const QByteArray& bytesHeader, int nPixelBytes)
+{
+    static const QTemporaryDir dir;
+    const QString strFileName = dir.filePath(QString::number(nSide) + QLatin1String(pszName));
+    QByteArray pixels(nSide * nSide * nPixelBytes, 0);
+    for (int i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<char>(i % 61);
+    QFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytesHeader + pixels) < pixels.size())
+        qFatal("cannot write %s", qPrintable(strFileName));
+    return strFileName;
+}
+
+void imageFilesReadSMV(benchmark::State& state)
+{
+    const QByteArray bytesSide = QByteArray::number(static_cast<int>(state.range(0)));
+    const QByteArray bytesHeader = "{\nHEADER_BYTES=512;\nSIZE1=" + bytesSide + ";\nSIZE2=" + bytesSide +
+                                   ";\n}";
+    const QString strFileName = fileOfPixels(".img", static_cast<int>(state.range(0)),
+                                             bytesHeader.leftJustified(512, '\0'), 2);
+    QString strReason;
+    for (auto _ : state) {
+        ImageList vecImage;
+        if (!readSmvFrames(strFileName, 0, 1, vecImage, strReason))
+            state.SkipWithError("not read");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadSMV)
+    ->Args({1024, 2})
+    ->Args({2048, 2})
+    ->Args({4096, 2})
+    ->Unit(benchmark::kMicrosecond);
+
+// Packed pixels: the file has a byte for each, as those of a frame of few counts.
+void imageFilesReadCBF(benchmark::State& state)
+{
+    const QByteArray bytesSide = QByteArray::number(static_cast<int>(state.range(0)));
+    const QByteArray bytesHeader =
+        "###CBF: VERSION 1.5\n--CIF-BINARY-FORMAT-SECTION--\nContent-Type: "
+        "application/octet-stream;\n conversions=\"x-CBF_BYTE_OFFSET\"\nX-Binary-Size-Fastest-Dimension: " +
+        bytesSide + "\nX-Binary-Size-Second-Dimension: " + bytesSide + "\n\n\x0c\x1a\x04\xd5";
+    const QString strFileName = fileOfPixels(".cbf", static_cast<int>(state.range(0)), bytesHeader, 1);
+    QString strReason;
+    for (auto _ : state) {
+        ImageList vecImage;
+        if (!readCbfFrames(strFileName, 0, 1, vecImage, strReason))
+            state.SkipWithError("not read");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadCBF)
+    ->Args({1024, 1})
+    ->Args({2048, 1})
+    ->Args({4096, 1})
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
