@@ -53,10 +53,17 @@ std::unique_ptr<CImgObj<float>> readPacked(QFile& file, const CbfSection& sectio
 /// Values of counters below 0, which mark pixels that are not to be used, become NaN.
 void maskBelowZero(const PlainPixels& pixels, CImgObj<float>& image)
 {
-    if (pixels.element != PixelElement::Float32 && pixels.element != PixelElement::Float64) {
-        std::replace_if(
-            image.Data(), image.Data() + pixels.nWidth * pixels.nHeight, [](float f) { return f < 0; },
-            std::numeric_limits<float>::quiet_NaN());
+    switch (pixels.element) {
+        case PixelElement::Int8:
+        case PixelElement::Int16:
+        case PixelElement::Int32:
+        case PixelElement::Int64:
+            std::replace_if(
+                image.Data(), image.Data() + pixels.nWidth * pixels.nHeight, [](float f) { return f < 0; },
+                std::numeric_limits<float>::quiet_NaN());
+            break;
+        default:
+            break;
     }
 }
 

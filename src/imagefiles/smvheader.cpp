@@ -154,4 +154,23 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
     return layoutOf(header, strReason);
 }
 
+bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason)
+{
+    constexpr qint64 PADDING = 4096;  // to a block of any disk
+    if (!holdsPixels(header.pixels, nFileSize, strReason)) {
+        return false;
+    }
+    const qint64 nRow = header.pixels.nWidth * sizeOfElement(header.pixels.element);
+    const qint64 nLeft = nFileSize - header.pixels.nOffset - nRow * header.pixels.nHeight;
+    if (nLeft >= std::max(nRow, PADDING)) {
+        strReason = QStringLiteral(
+                        "%1 bytes are left behind SIZE1 x SIZE2 = %2 x %3 pixels, so these are wrong")
+                        .arg(nLeft)
+                        .arg(header.pixels.nWidth)
+                        .arg(header.pixels.nHeight);
+        return false;
+    }
+    return true;
+}
+
 }  // namespace tessera

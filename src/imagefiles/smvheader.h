@@ -27,7 +27,12 @@ struct SmvHeader {
 /// Reads the header of an open file. HEADER_BYTES may be anything that the file is long enough for, but no
 /// more than a megabyte of it is looked through.
 /// @return false with the reason when the file has no such header, or tells of pixels that are not read. That
-///         the file holds the pixels is for holdsPixels() to say.
+///         the file holds the pixels is for holdsSmvPixels() to say.
 bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason);
+
+/// Whether a file of so many bytes is as long as the header tells; else the reason is told. A longer one is
+/// refused too, but for a padding: programs have written the number of rows for that of columns, which
+/// would give a sheared picture.
+bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason);
 
 }  // namespace tessera

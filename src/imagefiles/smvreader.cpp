@@ -31,7 +31,7 @@ bool readSmvFrames(const QString& strFileName, int nFirst, int, ImageList& vecIm
     }
     QFile file(strFileName);
     SmvHeader smv;
-    if (!openSmv(file, smv, strReason)) {
+    if (!openSmv(file, smv, strReason) || !holdsSmvPixels(smv, file.size(), strReason)) {
         return false;
     }
     std::unique_ptr<CImgObj<float>> pImage = readPlainPixels(file, smv.pixels, strReason);
@@ -58,7 +58,7 @@ FrameHeader readSmvHeader(const QString& strFileName, int nImage)
         return {};
     }
     FrameHeader header = frameHeaderOfSmv(smv);
-    if (holdsPixels(smv.pixels, file.size(), strReason)) {
+    if (holdsSmvPixels(smv, file.size(), strReason)) {
         header.size = QSize(static_cast<int>(smv.pixels.nWidth), static_cast<int>(smv.pixels.nHeight));
     }
     return header;

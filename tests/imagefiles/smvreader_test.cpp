@@ -185,6 +185,8 @@ TEST_F(Smv, BrokenFilesGiveAReasonAndNothingElse)
          "4000000000 x 4000000000 pixels; fewer than 2147483648 can be read"},
         {smv({"SIZE1=40000", "SIZE2=50000"}, bytesPixels),
          "truncated: 536 bytes, of which 40000 x 50000 pixels need 4000000000 from byte 512 on"},
+        {smv({"SIZE1=100", "SIZE2=100"}, QByteArray(40000, '\1')),
+         "20000 bytes are left behind SIZE1 x SIZE2 = 100 x 100 pixels, so these are wrong"},
         {smv({"SIZE2=3e2"}, bytesPixels), "the header tells no SIZE1 and SIZE2"},
         {smv({"TYPE=complex"}, bytesPixels), "pixels of the type \"complex\" are not read"},
         {smv({"BYTE_ORDER=middle"}, bytesPixels), "BYTE_ORDER \"middle\" is not known"},
