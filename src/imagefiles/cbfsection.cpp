@@ -155,8 +155,9 @@ bool readCbfSection(QFile& file, CbfSection& section, QString& strReason)
         const int nSection = bytes.indexOf(SECTION);
         return nSection < 0 ? -1 : bytes.indexOf(MARKER, nSection);
     };
-    if (markerIn(bytesHead) < 0) {
-        bytesHead += file.read(LAST_LOOK - bytesHead.size());
+    const qint64 nMore = std::min(LAST_LOOK, file.size()) - bytesHead.size();
+    if (markerIn(bytesHead) < 0 && nMore > 0) {
+        bytesHead += file.read(nMore);
     }
     const int nSection = bytesHead.indexOf(SECTION), nMarker = markerIn(bytesHead);
     if (nMarker < 0) {
