@@ -171,6 +171,15 @@ TEST_F(CbfFile, TheLinesOfACameraAreTold)
     EXPECT_EQ(told("# Start_angle 7 deg.\n# Angle_increment 0 deg.").tilt.df, 7);
 }
 
+TEST_F(CbfFile, PixelsBehindLongTablesOfAxesAreReadWithADoubt)
+{
+    Cbf cbf{packed({0, 1, 2, 3, 4, 5, 6, 7})};
+    cbf.bytesHeader = "_array_structure_list.axis" + QByteArray(100000, 'x');
+    const QByteArray bytes = cbf.bytes("\n").replace("_array_data.header_contents", "_diffrn.id DS1");
+    expectPixels(bytes, {0, 1, 2, 3, 4, 5, 6, 7});
+    EXPECT_EQ(readCbfHeader(path("a.cbf"), 0).listDoubt.size(), 1);
+}
+
 TEST_F(CbfFile, BrokenFilesGiveAReasonAndNothingElse)
 {
     const QByteArray bytesPixels = packed({0, 300, 70000, 3, 1LL << 33, 5, 6, 7}),
