@@ -1,0 +1,100 @@
+#include "imagefiles/tiffseries.h"
+
+#include <QList>
+#include <QSize>
+
+#include <unordered_set>
+#include <utility>
+
+namespace tessera {
+
+namespace {
+
+/// Of a reduced copy or a transparency mask of another page.
+bool isAside(CTiffBytes& tiff, const TiffDirectory& directory)
+{
+    constexpr uint64_t REDUCED = 1, MASK = 4, OLD_REDUCED = 2;
+    return (tiff.wholeNumber(directory, TiffTag::NewSubfileType, 0) & (REDUCED | MASK)) != 0 ||
+           tiff.wholeNumber(directory, TiffTag::SubfileType, 0) == OLD_REDUCED;
+}
+
+std::pair<uint64_t, uint64_t> sizeOf(CTiffBytes& tiff, const TiffDirectory& directory)
+{
+    const std::pair<uint64_t, uint64_t> size = {tiff.wholeNumber(directory, TiffTag::ImageWidth, 0),
+                                                tiff.wholeNumber(directory, TiffTag::ImageLength, 0)};
+    const uint64_t nOrientation = tiff.wholeNumber(directory, TiffTag::Orientation, 1);
+    return nOrientation >= 5 && nOrientation <= 8 ? std::make_pair(size.second, size.first) : size;
+}
+
+/// The number of images that ImageJ tells of a file with one page; 1 where it tells none.
+uint64_t imagesInOne(CTiffBytes& tiff, const TiffDirectory& directory)
+{
+    const QByteArray text = tiff.text(directory, TiffTag::ImageDescription);
+    if (text.startsWith("ImageJ=")) {
+        for (const QByteArray& line : text.split('\n')) {
+            if (line.startsWith("images=")) {
+                return std::max(line.mid(7).trimmed().toULongLong(), qulonglong(1));
+            }
+        }
+    }
+    return 1;
+}
+
+/// Walks all pages, or all but those aside.
+TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
+{
+    TiffSeries series;
+    std::unordered_set<uint64_t> setSeen;
+    std::pair<uint64_t, uint64_t> sizeFirst;
+    for (uint64_t nPlace = tiff.firstDirectory(); nPlace != 0 && series.vecPage.size() < nMost;) {
+        const uint64_t nPage = setSeen.size() + 1;
+        if (!setSeen.insert(nPlace).second) {
+            series.strEnd = QStringLiteral("page %1 leads back to an earlier one").arg(nPage - 1);
+            break;
+        }
+        std::optional<TiffDirectory> directory = tiff.directory(nPlace);
+        if (!directory) {
+            series.strEnd = QStringLiteral(
+                                "the directory of page %1 is not in the file, which is damaged or cut at "
+                                "%2 bytes")
+                                .arg(nPage)
+                                .arg(tiff.fileSize());
+            break;
+        }
+        nPlace = directory->nNext;
+        if (!bAll && isAside(tiff, *directory)) {
+            continue;
+        }
+        const std::pair<uint64_t, uint64_t> size = sizeOf(tiff, *directory);
+        if (series.vecPage.empty()) {
+            sizeFirst = size;
+        } else if (size != sizeFirst) {
+            series.strEnd = QStringLiteral(
+                                "page %1 has %2 x %3 pixels, those before it %4 x %5; it ends the series")
+                                .arg(nPage)
+                                .arg(size.first)
+                                .arg(size.second)
+                                .arg(sizeFirst.first)
+                                .arg(sizeFirst.second);
+            break;
+        }
+        series.vecPage.push_back(std::move(*directory));
+    }
+    if (series.vecPage.size() == 1 && setSeen.size() == 1 && series.vecPage[0].nNext == 0) {
+        series.nInOne = imagesInOne(tiff, series.vecPage[0]);
+    }
+    return series;
+}
+
+}  // namespace
+
+TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost)
+{
+    TiffSeries series = walk(tiff, nMost, false);
+    if (series.vecPage.empty() && series.strEnd.isEmpty()) {  // a file of thumbnails alone
+        series = walk(tiff, nMost, true);
+    }
+    return series;
+}
+
+}  // namespace tessera
