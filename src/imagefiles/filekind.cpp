@@ -35,39 +35,4 @@ QString misnamedHint(const QString& strFileName)
     return QStringLiteral(" (the content is that of a MRC file; its name has to end in \".mrc\")");
 }
 
-QString unreadTiff(const QByteArray& bytesFile)
-{
-    const bool bBig = bytesFile.startsWith(QByteArray("MM\0*", 4));
-    if (!bBig && !bytesFile.startsWith(QByteArray("II*\0", 4)))
-        return {};
-    // Numbers at places that a damaged file may put anywhere; 0 beyond its end.
-    const auto number = [&](qint64 nPlace, int nBytes) -> qint64 {
-        if (nPlace < 0 || nPlace + nBytes > bytesFile.size())
-            return 0;
-        const char* p = bytesFile.constData() + nPlace;
-        if (nBytes == 2)
-            return bBig ? qFromBigEndian<quint16>(p) : qFromLittleEndian<quint16>(p);
-        return bBig ? qFromBigEndian<quint32>(p) : qFromLittleEndian<quint32>(p);
-    };
-    const qint64 nDirectory = number(4, 4), nEntries = number(nDirectory, 2);
-    qint64 nBits = 1, nFormat = 1;
-    for (qint64 i = 0; i < nEntries; ++i) {
-        const qint64 nEntry = nDirectory + 2 + 12 * i;
-        // Of one or two samples the numbers stand in the entry, of more at the place that it names.
-        const qint64 nPlace = number(nEntry + 4, 4) > 2 ? number(nEntry + 8, 4) : nEntry + 8;
-        if (number(nEntry, 2) == 258)  // BitsPerSample
-            nBits = number(nPlace, 2);
-        else if (number(nEntry, 2) == 339)  // SampleFormat
-            nFormat = number(nPlace, 2);
-    }
-    const char* const pszFormat = nFormat == 3                   ? "floating point"
-                                  : nFormat == 5 || nFormat == 6 ? "complex"
-                                                                 : "";
-    if (nBits <= 16 && !*pszFormat)
-        return {};
-    return QStringLiteral("TIFF of %1 bits a sample%2; whole numbers of up to 16 bits are read")
-        .arg(QString::number(nBits),
-             *pszFormat ? QStringLiteral(", ") + QLatin1String(pszFormat) : QString());
-}
-
 }  // namespace tessera

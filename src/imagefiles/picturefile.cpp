@@ -1,6 +1,6 @@
 #include "imagefiles/picturefile.h"
 
-#include "imagefiles/filekind.h"
+#include "imagefiles/pixelconvert.h"
 #include "records/availablememory.h"
 #include "records/shortmemory.h"
 
@@ -71,20 +71,19 @@ QString cutPicture(const QString& strFileName, const QByteArray& bytesFormat)
     return {};
 }
 
-/// Why a TIFF cannot be read, where its reader says no more than that; empty if it is not known.
-QString whyNoTiff(const QString& strFileName)
-{
-    constexpr qint64 MOST_LOOKED_AT = qint64(256) << 20;
-    QFile file(strFileName);
-    return file.open(QIODevice::ReadOnly) ? unreadTiff(file.read(MOST_LOOKED_AT)) : QString();
-}
-
 std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
     if (!pImage->Create(picture.width(), picture.height()))
         throw std::bad_alloc();
     float* pfTarget = pImage->Data();
+    if (picture.format() == QImage::Format_Grayscale16) {  // counts, of which a conversion keeps the upper half
+        const size_t nWidth = size_t(picture.width());
+        for (int y = 0; y < picture.height(); ++y) {
+            convertPixels<quint16, false>(picture.constScanLine(y), nWidth, pfTarget + size_t(y) * nWidth);
+        }
+        return pImage;
+    }
     constexpr int STRIP = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
     for (int nTop = 0; nTop < picture.height(); nTop += STRIP) {
         const QImage strip = picture.copy(0, nTop, picture.width(), std::min(STRIP, picture.height() - nTop))
@@ -150,9 +149,7 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
         picture.fill(0);
     }
     if (!reader.read(&picture)) {
-        strReason = bytesFormat == "tiff" ? whyNoTiff(strFileName) : QString();
-        if (strReason.isEmpty())
-            strReason = reader.errorString();
+        strReason = reader.errorString();
         return 0;
     }
     strReason = cutPicture(strFileName, bytesFormat);

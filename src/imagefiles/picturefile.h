@@ -14,7 +14,9 @@ namespace tessera {
 /// @param strReason  what is wrong, in words, on false
 [[nodiscard]] bool mayBePicture(const QString& strFileName, QString& strReason);
 
-/// Reads a picture and appends it: 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g.
+/// Reads a picture and appends it: 19 × (R + 2 × G) + 7 × B per pixel, so that grey g is 64 × g. Grey of 16
+/// bits, as a PNG may have it, comes unscaled, as counts do. TIFF files of 8 bits and of colour follow the
+/// same rule, see readTiffFrames().
 ///
 /// A BMP or JPEG that ends early is read, with the missing part black or grey. A picture's size is only its
 /// header's word: pictures of 2^31 pixels or more are refused, those over 2^26 pixels when the file is too
