@@ -182,8 +182,8 @@ TEST_F(Loader, AnotherContentThanItsNameSaysIsTold)
         QByteArray bytes;
         const char* pszReason;
     } aRow[] = {
-        {"a.tif", tiff(3), "TIFF of 32 bits a sample, floating point; whole numbers of up to 16 bits "},
-        {"b.tif", tiff(1), "TIFF of 32 bits a sample; whole numbers of up to 16 bits are read"},
+        {"a.tif", tiff(6), "TIFF of 32 bits a sample, complex; whole numbers of "},
+        {"b.tif", QByteArray("MM\0*", 4), "truncated: 4 of 8 header bytes"},
         {"c.tif", mrc, " (the content is that of a MRC file; its name has to end in \".mrc\")"},
         {"d.dm3", mrc, " (the content is that of a MRC file; "},
         {"e.mrc", png, " (the content is that of a PNG file; "},
