@@ -1,4 +1,5 @@
 // Reading of MRC, DM3, SMV and CBF frames against a plain read of the same file into memory.
+// Reading of MRC, DM3 and TIFF frames against a plain read of the same file into memory.
 //
 // Compare the rows of one run that have the same arguments: side in pixels, then bytes per pixel
 // (2 unsigned 16-bit, 4 float). The files are in the page cache, so that this is the readers' own cost.
@@ -7,6 +8,7 @@
 #include "imagefiles/dm3file.h"
 #include "imagefiles/mrcfile.h"
 #include "imagefiles/smvreader.h"
+#include "imagefiles/tifffile.h"
 
 #include <benchmark/benchmark.h>
 
@@ -182,6 +184,60 @@ BENCHMARK(imageFilesReadCBF)
     ->Args({2048, 1})
     ->Args({4096, 1})
     ->Unit(benchmark::kMicrosecond);
+/// A plain TIFF of strips of 8 KiB, as most programs write it.
+QString tiffFile(int nSide, int nPixelBytes)
+{
+    static const QTemporaryDir dir;
+    const QString strFileName = dir.filePath(QStringLiteral("%1_%2.tif").arg(nSide).arg(nPixelBytes));
+    if (QFile::exists(strFileName)) {
+        return strFileName;
+    }
+    const int nRows = 8192 / (nSide * nPixelBytes), nRowsPerStrip = nRows > 0 ? nRows : 1;
+    const int nStrips = nSide / nRowsPerStrip, nStripBytes = nRowsPerStrip * nSide * nPixelBytes;
+    const int nTags = 9, nPlaces = 8 + 2 + 12 * nTags + 4, nLengths = nPlaces + 4 * nStrips;
+    const int aTag[nTags][3] = {{256, 1, nSide},
+                                {257, 1, nSide},
+                                {258, 1, 8 * nPixelBytes},
+                                {262, 1, 1},
+                                {273, nStrips, nPlaces},
+                                {277, 1, 1},
+                                {278, 1, nRowsPerStrip},
+                                {279, nStrips, nLengths},
+                                {339, 1, nPixelBytes == 2 ? 1 : 3}};
+    QByteArray bytes = QByteArray("II*\0", 4) + little(8) + little(nTags).left(2);
+    for (const auto& [nTag, nCount, nValue] : aTag) {
+        bytes += little(nTag).left(2) + little(4).left(2) + little(nCount) + little(nValue);
+    }
+    bytes += little(0);
+    for (int i = 0; i < nStrips; ++i) {
+        bytes += little(nLengths + 4 * nStrips + i * nStripBytes);
+    }
+    for (int i = 0; i < nStrips; ++i) {
+        bytes += little(nStripBytes);
+    }
+    for (int i = 0; i < nSide * nSide * nPixelBytes; ++i) {
+        bytes += static_cast<char>(i % 61);
+    }
+    QFile file(strFileName);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        qFatal("cannot write %s", qPrintable(strFileName));
+    }
+    return strFileName;
+}
+
+void imageFilesReadTIFF(benchmark::State& state)
+{
+    const QString strFileName = tiffFile(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        ImageList vecImage;
+        QString strReason;
+        if (!readTiffFrames(strFileName, 0, 1, vecImage, strReason) || vecImage.size() != 1) {
+            state.SkipWithError("not read");
+        }
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadTIFF)->Apply(sizes);
 
 }  // namespace
 

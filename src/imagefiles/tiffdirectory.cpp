@@ -154,13 +154,19 @@ std::optional<TiffDirectory> CTiffBytes::directory(uint64_t nPlace)
     for (uint64_t i = 0; i < nEntries; ++i) {
         const uint64_t nAt = nCountSize + i * nEntrySize;
         const char* const p = bytes.constData() + nAt;
-        TiffEntry entry = {uint16_t(number(p, 2)), uint16_t(number(p + 2, 2)), number(p + 4, int(nWord)),
-                           nPlace + nAt + 4 + nWord};
+        TiffEntry entry = {};
+        entry.nTag = uint16_t(number(p, 2));
+        entry.nType = uint16_t(number(p + 2, 2));
+        entry.nCount = number(p + 4, int(nWord));
+        entry.nPlace = nPlace + nAt + 4 + nWord;
         const uint64_t nType = sizeOfType(entry.nType);
         if (nType == 0 || entry.nCount == 0 || entry.nCount > m_nSize / nType) {
             continue;
         }
-        if (entry.nCount * nType > nWord) {
+        entry.bInside = entry.nCount * nType <= nWord;
+        if (entry.bInside) {
+            std::memcpy(entry.aValue.data(), p + 4 + nWord, nWord);
+        } else {
             entry.nPlace = number(p + 4 + nWord, int(nWord));
         }
         if (entry.nPlace <= m_nSize && entry.nCount * nType <= m_nSize - entry.nPlace) {
@@ -170,6 +176,11 @@ std::optional<TiffDirectory> CTiffBytes::directory(uint64_t nPlace)
     return directory;
 }
 
+QByteArray CTiffBytes::valueBytes(const TiffEntry& entry, uint64_t nBytes)
+{
+    return entry.bInside ? QByteArray(entry.aValue.data(), int(nBytes)) : bytesAt(entry.nPlace, nBytes);
+}
+
 std::vector<uint64_t> CTiffBytes::wholeNumbers(const TiffEntry* pEntry, uint64_t nMost)
 {
     std::vector<uint64_t> vecNumber;
@@ -177,7 +188,7 @@ std::vector<uint64_t> CTiffBytes::wholeNumbers(const TiffEntry* pEntry, uint64_t
         return vecNumber;
     }
     const uint64_t nType = sizeOfType(pEntry->nType), nCount = std::min(nMost, pEntry->nCount);
-    const QByteArray bytes = bytesAt(pEntry->nPlace, nCount * nType);
+    const QByteArray bytes = valueBytes(*pEntry, nCount * nType);
     vecNumber.reserve(uint64_t(bytes.size()) / nType);
     for (int n = 0; n < bytes.size(); n += int(nType)) {
         vecNumber.push_back(number(bytes.constData() + n, int(nType)));
@@ -194,7 +205,7 @@ uint64_t CTiffBytes::wholeNumber(const TiffDirectory& directory, TiffTag tag, ui
 double CTiffBytes::real(const TiffDirectory& directory, TiffTag tag)
 {
     const TiffEntry* const pEntry = directory.find(tag);
-    const QByteArray bytes = pEntry ? bytesAt(pEntry->nPlace, sizeOfType(pEntry->nType)) : QByteArray();
+    const QByteArray bytes = pEntry ? valueBytes(*pEntry, sizeOfType(pEntry->nType)) : QByteArray();
     if (bytes.isEmpty()) {
         return std::numeric_limits<double>::quiet_NaN();
     }
@@ -220,7 +231,7 @@ QByteArray CTiffBytes::text(const TiffDirectory& directory, TiffTag tag)
     if (!pEntry || sizeOfType(pEntry->nType) != 1) {
         return {};
     }
-    const QByteArray bytes = bytesAt(pEntry->nPlace, std::min(pEntry->nCount, MOST_TEXT));
+    const QByteArray bytes = valueBytes(*pEntry, std::min(pEntry->nCount, MOST_TEXT));
     return bytes.left(int(qstrnlen(bytes.constData(), uint(bytes.size()))));
 }
 

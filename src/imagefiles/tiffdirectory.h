@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QString>
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -51,6 +52,8 @@ enum class TiffTag : uint16_t {
 struct TiffEntry {
     uint16_t nTag, nType;
     uint64_t nCount, nPlace;
+    std::array<char, 8> aValue;  ///< the values themselves, if they stand in the directory
+    bool bInside;
 };
 
 struct TiffDirectory {
@@ -93,6 +96,9 @@ public:
     QByteArray text(const TiffDirectory& directory, TiffTag tag);
 
 private:
+    /// The first bytes of the values of a tag.
+    QByteArray valueBytes(const TiffEntry& entry, uint64_t nBytes);
+
     QFile m_file;
     uint64_t m_nSize = 0, m_nFirst = 0;
     bool m_bBigEndian = false, m_bBigTiff = false;

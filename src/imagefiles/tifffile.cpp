@@ -76,6 +76,19 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
     return images;
 }
 
+/// Detectors of Dectris write -1 for a pixel in a gap between modules and -2 for a bad one, into signed
+/// counts.
+void dropGaps(const TiffLayout& layout, const QByteArray& textOfPage, CImgObj<float>& image)
+{
+    constexpr int SIGNED = 2;
+    if (layout.nFormat == SIGNED && textOfPage.startsWith("# ") && textOfPage.contains("Detector:")) {
+        const size_t nPixels = size_t(image.Width()) * size_t(image.Height());
+        std::replace_if(
+            image.Data(), image.Data() + nPixels, [](float f) { return f < 0; },
+            std::numeric_limits<float>::quiet_NaN());
+    }
+}
+
 std::optional<TiffLayout> layoutOf(CTiffBytes& tiff, const Images& images, uint64_t nImage,
                                    QString& strReason)
 {
@@ -119,6 +132,8 @@ bool readTiffFrames(const QString& strFileName, int nFirst, int nMaxImages, Imag
                                : QStringLiteral("image %1: %2").arg(QString::number(i + 1), strWrong);
             break;
         }
+        const TiffDirectory& page = images.series.vecPage[images.firstLayout ? 0 : i];
+        dropGaps(*layout, tiff.text(page, TiffTag::ImageDescription), *pImage);
         vecRead.push_back(std::move(pImage));
     }
     if (strReason.isEmpty() && nMost > images.nImages) {

@@ -99,6 +99,12 @@ TEST_F(Loader, PicturesAreWeighedByColourAndKeepTheirRows)
     ASSERT_TRUE(m_vecImage[0]->Width() == 2 && m_vecImage[0]->Height() == 2);
     EXPECT_EQ(std::vector<float>(m_vecImage[0]->Data(), m_vecImage[0]->Data() + 4),
               (std::vector<float>{19, 38, 7, 16320}));
+    QImage counts(3, 2, QImage::Format_Grayscale16);  // are no picture: they come as they are
+    for (int i = 0; i < 6; ++i)
+        reinterpret_cast<quint16*>(counts.scanLine(i / 3))[i % 3] = static_cast<quint16>(13107 * (i % 5) + i % 2);
+    EXPECT_EQ(logOf("d.png", saved(counts, "d.png"), 1), "");
+    EXPECT_EQ(std::vector<float>(m_vecImage[0]->Data(), m_vecImage[0]->Data() + 6),
+              (std::vector<float>{0, 13108, 26214, 39322, 52428, 1}));
 }
 
 TEST_F(Loader, CutPicturesAreTold)
