@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <limits>
+#include <new>
 
 namespace tessera {
 
@@ -93,8 +93,9 @@ void CTiffDecoder::open()
     if (!pOptions) {
         throw std::bad_alloc();
     }
+    constexpr double MOST = 4e18;  // below the greatest number of bytes
     const double dfMost = std::min(m_layout.planeBytes() + double(m_layout.nPackedBytes) + double(OWN_MEMORY),
-                                   double(std::numeric_limits<int64_t>::max() / 2));
+                                   MOST);
     TIFFOpenOptionsSetMaxSingleMemAlloc(pOptions.get(), tmsize_t(dfMost));
     TIFFOpenOptionsSetErrorHandlerExtR(pOptions.get(), keepError, &m_strReason);
     TIFFOpenOptionsSetWarningHandlerExtR(pOptions.get(), dropWarning, nullptr);

@@ -3,13 +3,11 @@
 #include "tests/imagefiles/testfiles.h"
 #include "tests/imagefiles/tiffbuilder.h"
 
-#include <qfloat16.h>
 #include <tiffio.h>
 
 #include <climits>
 #include <cmath>
 #include <functional>
-#include <limits>
 
 namespace tessera {
 
@@ -56,160 +54,7 @@ protected:
     QString m_strReason;
 };
 
-constexpr int WIDTH = 37, HEIGHT = 21;
-
-/// Every value of 8 bits, and the whole range of longer ones with both ends.
-template <class T>
-std::vector<T> ramp(int nCount)
-{
-    std::vector<T> vec(static_cast<size_t>(nCount));
-    for (size_t i = 0; i < vec.size(); ++i) {
-        if constexpr (std::is_integral_v<T>) {
-            vec[i] = static_cast<T>(std::numeric_limits<T>::max() - static_cast<T>(i * i * 2654435761U));
-        } else {
-            vec[i] = T(float(i * i) / 8 - 1000.f);
-        }
-    }
-    vec[1] = std::numeric_limits<T>::lowest();
-    return vec;
-}
-
-/// Plain files: pages in strips of some rows and in tiles, both byte orders, offsets of 4 and 8 bytes.
-template <class T>
-void readsPlain(const QString& strFile, int nFormat, float fFactor = 1)
-{
-    const std::vector<T> vec = ramp<T>(WIDTH * HEIGHT);
-    for (int nCase = 0; nCase < 8; ++nCase) {
-        CTiffBuilder builder((nCase & 1) != 0, (nCase & 2) != 0);
-        const bool bTiled = (nCase & 4) != 0;
-        const int nTile = 16, nRows = bTiled ? nTile : 4, nBits = 8 * int(sizeof(T));
-        std::vector<quint64> vecPlace;
-        for (int y = 0; y < HEIGHT; y += nRows) {
-            for (int x = 0; x < WIDTH; x += bTiled ? nTile : WIDTH) {
-                QByteArray bytes;
-                for (int i = y; i < (bTiled ? y + nRows : std::min(y + nRows, HEIGHT)); ++i) {
-                    for (int j = x; j < (bTiled ? x + nTile : WIDTH); ++j) {
-                        bytes += builder.element(i < HEIGHT && j < WIDTH ? vec[size_t(i * WIDTH + j)] : T(1));
-                    }
-                }
-                // Strips in one piece, and such that begin anywhere, as the last ones do here.
-                vecPlace.push_back(builder.add(bytes));
-                builder.add(y > HEIGHT / 2 ? "gap" : "");
-            }
-        }
-        if (bTiled) {
-            builder.tag(322, {nTile});
-            builder.tag(323, {nTile});
-            builder.tag(324, vecPlace);
-            builder.tag(325, std::vector<quint64>(vecPlace.size(), nTile * nTile * sizeof(T)));
-        }
-        builder.page(WIDTH, HEIGHT, nBits, nFormat, vecPlace, WIDTH * sizeof(T) * quint64(nRows), nRows);
-        builder.directory();
-        writeBytes(strFile, builder.bytes());
-        ImageList vecImage;
-        QString strReason = "left over";
-        ASSERT_TRUE(readTiffFrames(strFile, 0, 1, vecImage, strReason)) << qPrintable(strReason);
-        EXPECT_EQ(strReason, "");
-        EXPECT_EQ(readTiffHeader(strFile, 0).size, QSize(WIDTH, HEIGHT));
-        for (int i = 0; i < WIDTH * HEIGHT; ++i) {
-            ASSERT_EQ(vecImage.at(0)->Data()[i], fFactor * float(vec[size_t(i)]))
-                << nBits << " bits, case " << nCase << " pixel " << i;
-        }
-    }
-}
-
-/// Written by libtiff, packed.
-template <class T>
-void readsPacked(const QString& strFile, int nFormat, int nCompression, int nPredictor, int nPlanes)
-{
-    const std::vector<T> vec = ramp<T>(WIDTH * HEIGHT * nPlanes);
-    for (const bool bTiled : {false, true}) {
-        // libtiff itself writes floats in the other byte order wrongly behind its predictor for them.
-        TIFF* const pTiff = TIFFOpen(qPrintable(strFile), bTiled && nPredictor < 3 ? "wb" : "wl8");
-        TIFFSetField(pTiff, TIFFTAG_IMAGEWIDTH, WIDTH);
-        TIFFSetField(pTiff, TIFFTAG_IMAGELENGTH, HEIGHT);
-        TIFFSetField(pTiff, TIFFTAG_BITSPERSAMPLE, 8 * int(sizeof(T)));
-        TIFFSetField(pTiff, TIFFTAG_SAMPLEFORMAT, nFormat);
-        TIFFSetField(pTiff, TIFFTAG_SAMPLESPERPIXEL, nPlanes);
-        TIFFSetField(pTiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE);
-        TIFFSetField(pTiff, TIFFTAG_PHOTOMETRIC, nPlanes == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
-        TIFFSetField(pTiff, TIFFTAG_COMPRESSION, nCompression);
-        if (nPredictor > 1) {
-            TIFFSetField(pTiff, TIFFTAG_PREDICTOR, nPredictor);
-        }
-        const int nTile = bTiled ? 16 : WIDTH, nRows = bTiled ? 16 : 5;
-        if (bTiled) {
-            TIFFSetField(pTiff, TIFFTAG_TILEWIDTH, nTile);
-            TIFFSetField(pTiff, TIFFTAG_TILELENGTH, nRows);
-        } else {
-            TIFFSetField(pTiff, TIFFTAG_ROWSPERSTRIP, nRows);
-        }
-        uint32_t nSegment = 0;
-        for (int nPlane = 0; nPlane < nPlanes; ++nPlane) {
-            for (int y = 0; y < HEIGHT; y += nRows) {
-                for (int x = 0; x < WIDTH; x += nTile) {
-                    const int nDown = bTiled ? nRows : std::min(nRows, HEIGHT - y);
-                    std::vector<T> vecTile(size_t(nTile * nDown));
-                    for (int i = 0; i < nTile * nDown; ++i) {
-                        const int nX = x + i % nTile, nY = y + i / nTile;
-                        vecTile[size_t(i)] = nX < WIDTH && nY < HEIGHT
-                                                 ? vec[size_t((nPlane * HEIGHT + nY) * WIDTH + nX)]
-                                                 : T(3);
-                    }
-                    const auto nBytes = tmsize_t(vecTile.size() * sizeof(T));
-                    ASSERT_EQ(bTiled ? TIFFWriteEncodedTile(pTiff, nSegment, vecTile.data(), nBytes)
-                                     : TIFFWriteEncodedStrip(pTiff, nSegment, vecTile.data(), nBytes),
-                              nBytes);
-                    ++nSegment;
-                }
-            }
-        }
-        TIFFClose(pTiff);
-        ImageList vecImage;
-        QString strReason;
-        ASSERT_TRUE(readTiffFrames(strFile, 0, 1, vecImage, strReason)) << qPrintable(strReason);
-        const size_t nPlane = WIDTH * HEIGHT;
-        for (size_t i = 0; i < nPlane; ++i) {
-            const float fGreen = nPlanes == 3 ? float(vec[i + nPlane]) : 0,
-                        fBlue = nPlanes == 3 ? float(vec[i + 2 * nPlane]) : 0;
-            const float f = nPlanes == 3 ? 19 * (float(vec[i]) + 2 * fGreen) + 7 * fBlue : float(vec[i]);
-            ASSERT_EQ(vecImage.at(0)->Data()[i], f) << nCompression << ' ' << bTiled << ' ' << i;
-        }
-    }
-}
-
 }  // namespace
-
-TEST_F(Tiff, ReadsEveryKindOfSampleAsItStands)
-{
-    readsPlain<uint8_t>(file(), 1, 64);
-    readsPlain<int8_t>(file(), 2);
-    readsPlain<uint16_t>(file(), 1);
-    readsPlain<int16_t>(file(), 2);
-    readsPlain<uint32_t>(file(), 1);
-    readsPlain<int32_t>(file(), 2);
-    readsPlain<uint64_t>(file(), 1);
-    readsPlain<int64_t>(file(), 2);
-    readsPlain<qfloat16>(file(), 3);
-    readsPlain<float>(file(), 3);
-    readsPlain<double>(file(), 3);
-}
-
-TEST_F(Tiff, ReadsWhatLibtiffPacks)
-{
-    for (int nCompression : {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_PACKBITS,
-                             COMPRESSION_ADOBE_DEFLATE, COMPRESSION_LZMA, COMPRESSION_ZSTD}) {
-        if (!TIFFIsCODECConfigured(uint16_t(nCompression))) {
-            continue;
-        }
-        const bool bPredictor = nCompression != COMPRESSION_NONE && nCompression != COMPRESSION_PACKBITS;
-        readsPacked<uint16_t>(file(), 1, nCompression, bPredictor ? 2 : 1, 1);
-        readsPacked<int32_t>(file(), 2, nCompression, 1, 1);
-        readsPacked<float>(file(), 3, nCompression, bPredictor ? 3 : 1, 1);
-        readsPacked<double>(file(), 3, nCompression, 1, 2);  // of two planes the first
-        readsPacked<uint8_t>(file(), 1, nCompression, 1, 3);
-    }
-}
 
 TEST_F(Tiff, PicturesFollowTheRuleAndCountsComeUnscaled)
 {
