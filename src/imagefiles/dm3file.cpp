@@ -11,77 +11,12 @@
 #include <new>
 
 #include "imagefiles/dm3tagparser.h"
+#include "imagefiles/dmpixels.h"
 #include "imagefiles/filebuffer.h"
-#include "imagefiles/pixelconvert.h"
 
 namespace tessera {
 
 namespace {
-
-constexpr bool HOST_BIG_ENDIAN = Q_BYTE_ORDER == Q_BIG_ENDIAN;
-
-/// Bytes of a pixel by the image's data type; 0 for a type that is not read.
-size_t pixelSize(int nDataType)
-{
-    switch (nDataType) {
-        case 6:
-        case 9:
-            return 1;
-        case 1:
-        case 10:
-            return 2;
-        case 2:
-        case 7:
-        case 11:
-            return 4;
-        case 12:
-            return 8;
-        default:
-            return 0;
-    }
-}
-
-/// What pixels of a type that is not read are; empty for a number without a meaning.
-QString pixelName(int nDataType)
-{
-    switch (nDataType) {
-        case 3:
-        case 13:
-            return QStringLiteral(" (complex)");
-        case 5:
-            return QStringLiteral(" (packed complex)");
-        case 8:
-        case 23:
-            return QStringLiteral(" (colour)");
-        case 14:
-            return QStringLiteral(" (single bits)");
-        default:
-            return {};
-    }
-}
-
-template <bool bSwap>
-void pixelsToFloat(int nDataType, const uint8_t* pSource, size_t nCount, float* pfTarget)
-{
-    switch (nDataType) {
-        case 1:
-            return convertPixels<int16_t, bSwap>(pSource, nCount, pfTarget);
-        case 2:
-            return convertPixels<float, bSwap>(pSource, nCount, pfTarget);
-        case 6:
-            return convertPixels<uint8_t, bSwap>(pSource, nCount, pfTarget);
-        case 7:
-            return convertPixels<int32_t, bSwap>(pSource, nCount, pfTarget);
-        case 9:
-            return convertPixels<int8_t, bSwap>(pSource, nCount, pfTarget);
-        case 10:
-            return convertPixels<uint16_t, bSwap>(pSource, nCount, pfTarget);
-        case 11:
-            return convertPixels<uint32_t, bSwap>(pSource, nCount, pfTarget);
-        case 12:
-            return convertPixels<double, bSwap>(pSource, nCount, pfTarget);
-    }
-}
 
 int imageFromFile(const DM3File& file, CImgObj<float>& image, QString* pReason)
 {
@@ -259,9 +194,9 @@ int DM3File::GetImage(float* pfData, QString* pReason) const
     int nDataType = 0;
     if (!readInt(FindTag(*pImage, "DataType"), nDataType))
         return fail(QStringLiteral("no data type"));
-    const size_t nPixelSize = pixelSize(nDataType);
+    const size_t nPixelSize = dmPixelSize(nDataType);
     if (nPixelSize == 0)
-        return fail(QStringLiteral("data type %1%2 is not read").arg(nDataType).arg(pixelName(nDataType)));
+        return fail(QStringLiteral("data type %1%2 is not read").arg(nDataType).arg(dmPixelName(nDataType)));
     const TagEntry* pPixels = asEntry(FindTag(*pImage, "Data"));
     if (!pPixels)
         return fail(QStringLiteral("no pixels"));
@@ -270,12 +205,8 @@ int DM3File::GetImage(float* pfData, QString* pReason) const
                         .arg(QString::number(nWidth), QString::number(nHeight), QString::number(nPixelSize),
                              QString::number(pPixels->nDataSize)));
 
-    if (pfData) {
-        if (bSwap != HOST_BIG_ENDIAN)
-            pixelsToFloat<true>(nDataType, pPixels->pData.get(), nPixels, pfData);
-        else
-            pixelsToFloat<false>(nDataType, pPixels->pData.get(), nPixels, pfData);
-    }
+    if (pfData)
+        dmPixelsToFloat(nDataType, bSwap, pPixels->pData.get(), nPixels, pfData);
     if (pReason)
         pReason->clear();
     return 1;

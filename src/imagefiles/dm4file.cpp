@@ -1,16 +1,18 @@
 #include "imagefiles/dm4file.h"
 
+#include "imagefiles/dmheader.h"
+
 namespace tessera {
 
-bool readDm4Frames(const QString&, int, int, ImageList&, QString& strReason)
+bool readDm4Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
+                   QString& strReason)
 {
-    strReason = QStringLiteral("DM4 files are not read yet");
-    return false;
+    return readDmFrames(strFileName, 4, nFirst, nMaxImages, vecImage, strReason);
 }
 
-FrameHeader readDm4Header(const QString&, int)
+FrameHeader readDm4Header(const QString& strFileName, int nImage)
 {
-    return {};
+    return readDmHeader(strFileName, 4, nImage);
 }
 
 }  // namespace tessera

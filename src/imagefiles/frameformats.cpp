@@ -1,8 +1,7 @@
 #include "imagefiles/frameformats.h"
 
 #include "imagefiles/cbffile.h"
-#include "imagefiles/dm3calibration.h"
-#include "imagefiles/dm3file.h"
+#include "imagefiles/dm3frames.h"
 #include "imagefiles/dm4file.h"
 #include "imagefiles/framename.h"
 #include "imagefiles/hdf5file.h"
@@ -21,8 +20,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <memory>
-#include <utility>
 
 namespace tessera {
 
@@ -35,38 +32,6 @@ bool hasNoImage(int nFirst, QString& strReason)
         strReason = QStringLiteral("image %1 of 1").arg(qint64(nFirst) + 1);
     }
     return nFirst > 0;
-}
-
-bool readDm3(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
-{
-    if (hasNoImage(nFirst, strReason)) {
-        return false;
-    }
-    auto pImage = std::make_unique<CImgObj<float>>();
-    if (ReadDM3(*pImage, strFileName, &strReason) != 1)
-        return false;
-    vecImage.push_back(std::move(pImage));
-    return true;
-}
-
-ToldNumber told(double df, const char* pszSource)
-{
-    return df > 0 ? ToldNumber{df, QLatin1String(pszSource)} : ToldNumber{};
-}
-
-/// The tags lie behind the pixels or before them, so the whole file is read, but nothing converted.
-FrameHeader readDm3Header(const QString& strFileName, int)
-{
-    FrameHeader header;
-    DM3File file;
-    if (!file.Read(strFileName))
-        return header;
-    const Dm3Calibration calibration = dm3Calibration(file);
-    header.kilovolts = told(calibration.dfKilovolts, "Microscope Info: Voltage");
-    header.pixelSize = told(calibration.dfPixelSize, "Calibrations: Scale");
-    if (file.GetImage(nullptr))
-        header.size = QSize(file.GetDimension(0), file.GetDimension(1));
-    return header;
 }
 
 bool readPicture(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
@@ -109,7 +74,7 @@ QByteArray headOf(const QString& strFileName)
 const std::vector<FrameFormat>& frameFormats()
 {
     static const std::vector<FrameFormat> s_vecFormat = {
-        {"DM3", {"dm3"}, {{0, QByteArray("\0\0\0\3", 4)}}, readDm3, readDm3Header},
+        {"DM3", {"dm3"}, {{0, QByteArray("\0\0\0\3", 4)}}, readDm3Frames, readDm3Header},
         {"MRC", {"mrc", "mrcs"}, {{208, "MAP "}}, readMrcFrames, readMrcHeader},
         {"DM4", {"dm4"}, {{0, QByteArray("\0\0\0\4", 4)}}, readDm4Frames, readDm4Header},
         {"SMV", {"img"}, {{0, "{\nHEADER_BYTES"}, {0, "{\r\nHEADER_BYTES"}}, readSmvFrames, readSmvHeader},

@@ -7,11 +7,12 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <new>
 
 #include "imagefiles/filebuffer.h"
+#include "imagefiles/halffloat.h"
+#include "imagefiles/mrclayout.h"
 #include "imagefiles/mrcwriter.h"
 #include "imagefiles/pixelconvert.h"
 
@@ -19,147 +20,76 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t HEADER_SIZE = 1024;
 constexpr size_t BLOCK_SIZE = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
-constexpr int64_t IMAGES_TRUSTED = 65536;       ///< as many sections are read however small they are
-constexpr uint64_t IMAGE_OVERHEAD = 96;         ///< bytes that an image takes besides its pixels
 
-struct MrcHeader {
-    int32_t nX, nY, nZ, nMode;
-};
-
-MrcHeader headerFromBytes(const uint8_t* p)
+template <class T, bool bSwap>
+void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
 {
-    return {qFromLittleEndian<int32_t>(p), qFromLittleEndian<int32_t>(p + 4),
-            qFromLittleEndian<int32_t>(p + 8), qFromLittleEndian<int32_t>(p + 12)};
-}
-
-/// Bytes per pixel; 0 for a mode that is not read.
-size_t pixelSize(int nMode)
-{
-    switch (nMode) {
-        case 0:
-            return 1;
-        case 1:
-        case 6:
-            return 2;
-        case 2:
-            return 4;
-        default:
-            return 0;
-    }
-}
-
-/// What pixels of a mode that is not read are; empty for a number without a meaning.
-QString pixelName(int nMode)
-{
-    switch (nMode) {
-        case 3:
-        case 4:
-            return QStringLiteral(" (complex)");
-        case 12:
-            return QStringLiteral(" (floating point of 16 bits)");
-        case 16:
-            return QStringLiteral(" (colour)");
-        case 101:
-            return QStringLiteral(" (packed, 4 bits)");
-        default:
-            return {};
-    }
-}
-
-/// What the header and the length of the file allow to be read.
-struct SectionPlan {
-    int64_t nCount = 0;  ///< sections
-    size_t nBytes = 0;   ///< per section
-};
-
-SectionPlan planSections(const MrcHeader& header, uint64_t nFileSize, int nMaxSections, QString& strReason)
-{
-    SectionPlan plan;
-    const size_t nPixelSize = pixelSize(header.nMode);
-    if (nPixelSize == 0) {
-        strReason = QStringLiteral("MODE %1%2 is not read").arg(header.nMode).arg(pixelName(header.nMode));
-        return plan;
-    }
-    if (header.nZ < 1) {
-        strReason = QStringLiteral("%1 sections").arg(header.nZ);
-        return plan;
-    }
-    if (header.nX < 1 || header.nY < 1) {
-        strReason = QStringLiteral("%1 x %2 pixels").arg(header.nX).arg(header.nY);
-        return plan;
-    }
-    const int64_t nPixels = static_cast<int64_t>(header.nX) * header.nY;
-    if (nPixels > std::numeric_limits<int>::max()) {
-        strReason =
-            QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(header.nX).arg(header.nY);
-        return plan;
-    }
-    plan.nBytes = static_cast<size_t>(nPixels) * nPixelSize;
-    const int64_t nWanted = std::min(header.nZ, std::max(nMaxSections, 0));
-    const int64_t nWhole = static_cast<int64_t>((nFileSize - HEADER_SIZE) / plan.nBytes);
-    plan.nCount = std::min(nWanted, nWhole);
-    if (plan.nCount < nWanted)
-        strReason = QStringLiteral("truncated: %1 bytes hold %2 of %3 sections of %4 x %5 pixels")
-                        .arg(nFileSize)
-                        .arg(nWhole)
-                        .arg(header.nZ)
-                        .arg(header.nX)
-                        .arg(header.nY);
-    if (plan.nCount > IMAGES_TRUSTED && static_cast<uint64_t>(plan.nCount) * IMAGE_OVERHEAD > 4 * nFileSize) {
-        strReason = QStringLiteral("%1 sections of %2 bytes").arg(plan.nCount).arg(plan.nBytes);
-        plan.nCount = 0;
-    }
-    return plan;
-}
-
-template <class T>
-void rowsToImage(const uint8_t* pSection, int nWidth, int nHeight, float* pfImage)
-{
-    // The source is walked backwards by rows, which the processor does not foresee: the row to come is
-    // fetched strip by strip. The target is written in memory order.
+    // Where rows are stored bottom up, the source is walked backwards, which the processor does not foresee:
+    // the row to come is fetched strip by strip. The target is written in memory order.
     constexpr size_t STRIP = 256, CACHE_LINE = 64;
-    const size_t nRow = static_cast<size_t>(nWidth);
-    const size_t nRowBytes = nRow * sizeof(T);
-    for (size_t y = static_cast<size_t>(nHeight); y-- > 0; pfImage += nRow)
+    const size_t nRow = static_cast<size_t>(layout.nWidth), nRows = static_cast<size_t>(layout.nY);
+    const size_t nRowBytes = layout.rowBytes();
+    for (size_t nDone = 0; nDone < nRows; ++nDone, pfImage += nRow) {
+        const size_t y = layout.bTopDown ? nDone : nRows - 1 - nDone;
         for (size_t x = 0; x < nRow; x += STRIP) {
             const size_t nStrip = std::min(STRIP, nRow - x);
             const uint8_t* pStrip = pSection + y * nRowBytes + x * sizeof(T);
 #if defined(__GNUC__)
-            if (y > 0)
+            if (!layout.bTopDown && y > 0)
                 for (size_t n = 0; n < nStrip * sizeof(T); n += CACHE_LINE)
                     __builtin_prefetch(pStrip - nRowBytes + n);
 #endif
-            convertPixels<T, Q_BYTE_ORDER == Q_BIG_ENDIAN>(pStrip, nStrip, pfImage + x);
+            convertPixels<T, bSwap>(pStrip, nStrip, pfImage + x);
         }
+    }
 }
 
-std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcHeader& header)
+void packedRowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
+{
+    for (int nDone = 0; nDone < layout.nY; ++nDone, pfImage += layout.nWidth) {
+        const int y = layout.bTopDown ? nDone : layout.nY - 1 - nDone;
+        const uint8_t* pRow = pSection + static_cast<size_t>(y) * layout.rowBytes();
+        for (int x = 0; x < layout.nWidth; ++x)
+            pfImage[x] = static_cast<float>(x % 2 ? pRow[x / 2] >> 4 : pRow[x / 2] & 15);
+    }
+}
+
+template <bool bSwap>
+void sectionToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
+{
+    switch (layout.nMode) {
+        case 0:
+            return layout.bUnsigned ? rowsToImage<uint8_t, bSwap>(pSection, layout, pfImage)
+                                    : rowsToImage<int8_t, bSwap>(pSection, layout, pfImage);
+        case 1:
+            return rowsToImage<int16_t, bSwap>(pSection, layout, pfImage);
+        case 2:
+            return rowsToImage<float, bSwap>(pSection, layout, pfImage);
+        case 6:
+            return rowsToImage<uint16_t, bSwap>(pSection, layout, pfImage);
+        case 12:
+            return rowsToImage<HalfFloat, bSwap>(pSection, layout, pfImage);
+    }
+}
+
+std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcLayout& layout)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
-    if (!pImage->Create(header.nX, header.nY))
+    if (!pImage->Create(layout.nWidth, layout.nY))
         throw std::bad_alloc();
-    switch (header.nMode) {
-        case 0:
-            rowsToImage<int8_t>(pSection, header.nX, header.nY, pImage->Data());
-            break;
-        case 1:
-            rowsToImage<int16_t>(pSection, header.nX, header.nY, pImage->Data());
-            break;
-        case 2:
-            rowsToImage<float>(pSection, header.nX, header.nY, pImage->Data());
-            break;
-        case 6:
-            rowsToImage<uint16_t>(pSection, header.nX, header.nY, pImage->Data());
-            break;
-    }
+    if (layout.bPacked)
+        packedRowsToImage(pSection, layout, pImage->Data());
+    else if (layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN))
+        sectionToImage<true>(pSection, layout, pImage->Data());
+    else
+        sectionToImage<false>(pSection, layout, pImage->Data());
     return pImage;
 }
 
 QString truncatedHeader(int64_t nBytes)
 {
-    return QStringLiteral("truncated: %1 of %2 header bytes").arg(nBytes).arg(HEADER_SIZE);
+    return QStringLiteral("truncated: %1 of %2 header bytes").arg(nBytes).arg(MRC_HEADER_SIZE);
 }
 
 void takeOver(ImageList& vecRead, ImageList& vecImage)
@@ -170,45 +100,49 @@ void takeOver(ImageList& vecRead, ImageList& vecImage)
 
 }  // namespace
 
-int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, int nMaxSections)
+int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, ImageList& vecImage,
+                    QString& strReason)
 {
-    QString strUnused;
-    QString& strReason = pReason ? *pReason : strUnused;
     strReason.clear();
-
     QFile file(strFileName);
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason))
         return 0;
-    uint8_t aHeader[HEADER_SIZE];
-    const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), HEADER_SIZE);
-    if (nHeaderBytes < static_cast<qint64>(HEADER_SIZE)) {
+    uint8_t aHeader[MRC_HEADER_SIZE];
+    const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), MRC_HEADER_SIZE);
+    if (nHeaderBytes < static_cast<qint64>(MRC_HEADER_SIZE)) {
         strReason = nHeaderBytes < 0 ? file.errorString() : truncatedHeader(nHeaderBytes);
         return 0;
     }
 
-    const MrcHeader header = headerFromBytes(aHeader);
     const uint64_t nFileSize = std::max(static_cast<uint64_t>(file.size()),
-                                        static_cast<uint64_t>(HEADER_SIZE));
-    const SectionPlan plan = planSections(header, nFileSize, nMaxSections, strReason);
-    if (plan.nCount == 0)
+                                        static_cast<uint64_t>(MRC_HEADER_SIZE));
+    const MrcLayout layout = mrcLayout(aHeader, nFileSize);
+    const MrcSections sections = mrcSections(layout, nFileSize, nFirst, nMaxSections, strReason);
+    if (sections.nCount == 0)
         return 1;
+    const qint64 nSection = static_cast<qint64>(sections.nBytes);
+    if (!file.seek(static_cast<qint64>(layout.begin()) + nFirst * nSection)) {
+        strReason = file.errorString();
+        return 1;
+    }
 
     ImageList vecRead;
-    vecRead.reserve(static_cast<size_t>(plan.nCount));
-    const int64_t nTogether = std::min(plan.nCount,
-                                       static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / plan.nBytes)));
-    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * plan.nBytes);
-    for (int64_t nDone = 0; nDone < plan.nCount;) {
-        const int64_t nNext = std::min(nTogether, plan.nCount - nDone);
-        const qint64 nBytes = nNext * static_cast<qint64>(plan.nBytes);
+    vecRead.reserve(static_cast<size_t>(sections.nCount));
+    const int64_t nTogether = std::min(
+        sections.nCount, static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / sections.nBytes)));
+    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * sections.nBytes);
+    for (int64_t nDone = 0; nDone < sections.nCount;) {
+        const qint64 nBytes = std::min(nTogether, sections.nCount - nDone) * nSection;
         const qint64 nRead = file.read(reinterpret_cast<char*>(pBlock.get()), nBytes);
-        const int64_t nWhole = std::max(nRead, qint64(0)) / static_cast<qint64>(plan.nBytes);
+        const int64_t nWhole = std::max(nRead, qint64(0)) / nSection;
         for (int64_t z = 0; z < nWhole; ++z)
-            vecRead.push_back(imageFromSection(pBlock.get() + static_cast<size_t>(z) * plan.nBytes, header));
+            vecRead.push_back(
+                imageFromSection(pBlock.get() + static_cast<size_t>(z) * sections.nBytes, layout));
         nDone += nWhole;
         if (nRead != nBytes) {
             strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
-                            .arg(QString::number(nDone + 1), QString::number(header.nZ), file.errorString());
+                            .arg(QString::number(nFirst + nDone + 1), QString::number(layout.nZ),
+                                 file.errorString());
             break;
         }
     }
@@ -216,21 +150,27 @@ int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, i
     return 1;
 }
 
+int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason, int nMaxSections)
+{
+    QString strUnused;
+    return readMrcSections(strFileName, 0, nMaxSections, vecImage, pReason ? *pReason : strUnused);
+}
+
 int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QString* pReason, int nMaxSections)
 {
     QString strUnused;
     QString& strReason = pReason ? *pReason : strUnused;
     strReason.clear();
-    if (!pData || nSize < HEADER_SIZE) {
+    if (!pData || nSize < MRC_HEADER_SIZE) {
         strReason = truncatedHeader(pData ? static_cast<int64_t>(nSize) : 0);
         return 0;
     }
-    const MrcHeader header = headerFromBytes(pData);
-    const SectionPlan plan = planSections(header, nSize, nMaxSections, strReason);
+    const MrcLayout layout = mrcLayout(pData, nSize);
+    const MrcSections sections = mrcSections(layout, nSize, 0, nMaxSections, strReason);
     ImageList vecRead;
-    for (int64_t z = 0; z < plan.nCount; ++z)
+    for (int64_t z = 0; z < sections.nCount; ++z)
         vecRead.push_back(
-            imageFromSection(pData + HEADER_SIZE + static_cast<size_t>(z) * plan.nBytes, header));
+            imageFromSection(pData + layout.begin() + static_cast<size_t>(z) * sections.nBytes, layout));
     takeOver(vecRead, vecImage);
     return 1;
 }

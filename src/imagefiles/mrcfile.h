@@ -15,10 +15,11 @@ namespace tessera {
 
 /// Reads the sections of an MRC file and appends one image per section to `vecImage`.
 ///
-/// The file is a header of 1024 bytes and the sections behind it without gaps, little-endian; an
-/// extended header is not looked for. Of the header only NX, NY, NZ and MODE count. MODE 0 is signed
-/// 8-bit, 1 signed 16-bit, 2 float, 6 unsigned 16-bit. Rows are stored bottom up, so the first row of
-/// a section is the last row of its image.
+/// The file is a header of 1024 bytes, an extended header of NSYMBT bytes where it has one, and the sections
+/// behind it without gaps, in either order of bytes: see MrcLayout. MODE 0 is 8-bit, signed unless the
+/// header tells otherwise, 1 signed 16-bit, 2 float, 6 unsigned 16-bit, 12 float of 16 bits, 101 unsigned
+/// 4-bit. Rows are stored bottom up, so the first row of a section is the last row of its image, but for the
+/// files that MrcLayout names.
 ///
 /// All sizes are checked against the length of the file before memory is taken. A section that the file
 /// does not hold whole is left out, and so is everything of a file with another MODE, with NX or NY
@@ -36,6 +37,11 @@ namespace tessera {
 /// Source: Cheng et al. (2015), J. Struct. Biol. 192, 146.
 int ReadMRC(const QString& strFileName, ImageList& vecImage, QString* pReason = nullptr,
             int nMaxSections = std::numeric_limits<int>::max());
+
+/// Same as `ReadMRC` from the section `nFirst` on, counted from 0; those before it are not read. A file with
+/// no more sections gives no image and the reason.
+int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, ImageList& vecImage,
+                    QString& strReason);
 
 /// Same as `ReadMRC` for a file that lies in memory: `nSize` bytes from `pData`, any content.
 int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QString* pReason = nullptr,

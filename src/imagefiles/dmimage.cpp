@@ -1,0 +1,188 @@
+#include "imagefiles/dmimage.h"
+
+#include "imagefiles/dm3file.h"
+#include "imagefiles/dmpixels.h"
+#include "imagefiles/filebuffer.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <new>
+
+namespace tessera {
+
+namespace {
+
+constexpr int MOST_PIXELS = std::numeric_limits<int>::max();
+constexpr qint64 IMAGES_TRUSTED = 65536;  ///< as many planes are read however small they are
+constexpr quint64 IMAGE_OVERHEAD = 96;    ///< bytes that an image takes besides its pixels
+
+/// A whole number of 32 bits, 0 for any other. In DM3 files any entry of 4 bytes counts as one, as DM3File
+/// reads them.
+int integer(const DmTags& tags, const Tag* pTag)
+{
+    if (tags.nVersion == 3) {
+        const TagEntry* pEntry = asEntry(pTag);
+        if (!pEntry || pEntry->nDataSize < 4)
+            return 0;
+        return tags.bBigEndian ? qFromBigEndian<int32_t>(pEntry->pData.get())
+                               : qFromLittleEndian<int32_t>(pEntry->pData.get());
+    }
+    const double df = dmNumber(tags, pTag);
+    return df >= std::numeric_limits<int>::min() && df <= std::numeric_limits<int>::max() ? int(df) : 0;
+}
+
+/// Whether "Thumbnails" names the image nImage of the list as a preview.
+bool isThumbnail(const DmTags& tags, const TagDirectory* pThumbnails, size_t nImage)
+{
+    if (!pThumbnails)
+        return false;
+    return std::any_of(pThumbnails->vecChild.begin(), pThumbnails->vecChild.end(), [&](const auto& pChild) {
+        return dmNumber(tags, dmChild(asGroup(pChild.get()), "ImageIndex")) == double(nImage);
+    });
+}
+
+/// The groups that may be the image, the likeliest first.
+std::vector<const TagDirectory*> candidates(const DmTags& tags)
+{
+    const bool bAnyDepth = tags.nVersion == 3;  // as DM3File looks for them
+    const auto groupOf = [&](const char* pLabel) {
+        return bAnyDepth ? asGroup(DM3File::FindTag(tags.root, pLabel)) : dmGroup(&tags.root, pLabel);
+    };
+    std::vector<const TagDirectory*> vecImage;
+    const TagDirectory* pList = groupOf("ImageList");
+    const TagDirectory* pThumbnails = groupOf("Thumbnails");
+    for (size_t i = 0; pList && i < pList->vecChild.size(); ++i) {
+        if (bAnyDepth) {
+            const TagEntry* pIndex = asEntry(pThumbnails ? DM3File::FindTag(*pThumbnails, "ImageIndex")
+                                                         : nullptr);
+            const bool bFirst = pIndex && pIndex->nDataSize >= 4 && integer(tags, pIndex) == 0;
+            if (i == (bFirst ? 1u : 0u))
+                vecImage.push_back(asGroup(pList->vecChild[i].get()));
+        } else if (!isThumbnail(tags, pThumbnails, i)) {
+            vecImage.push_back(asGroup(pList->vecChild[i].get()));
+        }
+    }
+    return vecImage;
+}
+
+/// A tag of the image itself; of DM4 files below "ImageData", since tags beside it may have the same name.
+const Tag* tagOf(const DmTags& tags, const TagDirectory& image, const char* pLabel)
+{
+    const TagDirectory* pData = tags.nVersion == 4 ? dmGroup(&image, "ImageData") : nullptr;
+    return pData ? dmChild(pData, pLabel) : DM3File::FindTag(image, pLabel);
+}
+
+/// Frames of a stack: the product of all further dimensions.
+qint64 planesTold(const DmTags& tags, const TagDirectory* pDimensions)
+{
+    qint64 nPlanes = 1;
+    for (size_t i = 2; i < pDimensions->vecChild.size(); ++i) {
+        const int nSize = std::max(integer(tags, pDimensions->vecChild[i].get()), 1);
+        nPlanes = nPlanes <= MOST_PIXELS ? nPlanes * nSize : nPlanes;  // more than any file has, in any case
+    }
+    return nPlanes;
+}
+
+bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image, QString& strReason)
+{
+    const auto fail = [&](const QString& str) {
+        strReason = str;
+        return false;
+    };
+    if (!pTags)
+        return fail(QStringLiteral("no image"));
+    image.pTags = pTags;
+    const TagDirectory* pDimensions = asGroup(tagOf(tags, *pTags, "Dimensions"));
+    const auto dimension = [&](size_t i) {
+        return pDimensions && i < pDimensions->vecChild.size() ? integer(tags, pDimensions->vecChild[i].get())
+                                                               : 0;
+    };
+    image.nWidth = dimension(0);
+    image.nHeight = dimension(1);
+    const quint64 nPixels = quint64(std::max(image.nWidth, 0)) * quint64(std::max(image.nHeight, 0));
+    if (nPixels == 0 || nPixels > quint64(MOST_PIXELS))
+        return fail(QStringLiteral("image of %1 x %2 pixels").arg(image.nWidth).arg(image.nHeight));
+    const Tag* pType = tagOf(tags, *pTags, "DataType");
+    if (!asEntry(pType))
+        return fail(QStringLiteral("no data type"));
+    image.nDataType = integer(tags, pType);
+    const size_t nPixelSize = dmPixelSize(image.nDataType);
+    if (nPixelSize == 0)
+        return fail(QStringLiteral("data type %1%2 is not read")
+                        .arg(image.nDataType)
+                        .arg(dmPixelName(image.nDataType)));
+    const auto* pPixels = static_cast<const DmEntry*>(asEntry(tagOf(tags, *pTags, "Data")));
+    if (!pPixels)
+        return fail(QStringLiteral("no pixels"));
+    image.nOffset = pPixels->nOffset;
+    image.nPlaneBytes = nPixels * nPixelSize;
+    if (pPixels->nBytes < image.nPlaneBytes)
+        return fail(QStringLiteral("%1 x %2 pixels of %3 bytes, but %4 bytes of data")
+                        .arg(QString::number(image.nWidth), QString::number(image.nHeight),
+                             QString::number(nPixelSize), QString::number(pPixels->nBytes)));
+    image.nPlanesTold = planesTold(tags, pDimensions);
+    const qint64 nThere = qint64(std::min(pPixels->nBytes / image.nPlaneBytes, quint64(MOST_PIXELS)));
+    image.nPlanes = int(std::min(image.nPlanesTold, nThere));
+    if (image.nPlanes > IMAGES_TRUSTED && quint64(image.nPlanes) * IMAGE_OVERHEAD > 4 * tags.nFileSize)
+        return fail(QStringLiteral("%1 images of %2 bytes").arg(image.nPlanes).arg(image.nPlaneBytes));
+    return true;
+}
+
+}  // namespace
+
+bool findDmImage(const DmTags& tags, DmImage& image, QString& strReason)
+{
+    strReason = QStringLiteral("no image");
+    QString strFirst;  // why the likeliest is not read
+    for (const TagDirectory* pTags : candidates(tags)) {
+        image = DmImage();
+        if (imageFromTags(tags, pTags, image, strReason)) {
+            strReason.clear();
+            return true;
+        }
+        strFirst = strFirst.isEmpty() ? strReason : strFirst;
+    }
+    strReason = strFirst.isEmpty() ? strReason : strFirst;
+    image = DmImage();
+    return false;
+}
+
+bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFirst, int nMaxImages,
+                  ImageList& vecImage, QString& strReason)
+{
+    if (nFirst >= image.nPlanes) {
+        strReason = QStringLiteral("image %1 of %2").arg(qint64(nFirst) + 1).arg(image.nPlanes);
+        return false;
+    }
+    const int nCount = std::min(nMaxImages, image.nPlanes - nFirst);
+    const size_t nPixels = size_t(image.nWidth) * size_t(image.nHeight);
+    const qint64 nBytes = qint64(image.nPlaneBytes);
+    const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(size_t(nBytes));
+    ImageList vecRead;
+    vecRead.reserve(size_t(nCount));
+    for (int i = 0; i < nCount; ++i) {
+        if (!file.seek(qint64(image.nOffset) + (nFirst + i) * nBytes) ||
+            file.read(reinterpret_cast<char*>(pPlane.get()), nBytes) != nBytes) {
+            strReason =
+                QStringLiteral("image %1 cannot be read: %2").arg(nFirst + i + 1).arg(file.errorString());
+            break;
+        }
+        auto pImage = std::make_unique<CImgObj<float>>();
+        if (!pImage->Create(image.nWidth, image.nHeight))
+            throw std::bad_alloc();
+        dmPixelsToFloat(image.nDataType, tags.bBigEndian, pPlane.get(), nPixels, pImage->Data());
+        vecRead.push_back(std::move(pImage));
+    }
+    if (vecRead.empty())
+        return false;
+    if (image.nPlanesTold > image.nPlanes && nFirst + qint64(nMaxImages) > image.nPlanes)
+        strReason = QStringLiteral("%1 of %2 images are there").arg(image.nPlanes).arg(image.nPlanesTold);
+    vecImage.reserve(vecImage.size() + vecRead.size());
+    std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
+    return true;
+}
+
+}  // namespace tessera

@@ -1,0 +1,209 @@
+#include "imagefiles/feirecord.h"
+
+#include <QtEndian>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+/// Place of a field, and of the bit that says that it is filled in.
+struct Field {
+    int nMask;  ///< from 0
+    int nBit;
+    int nOffset;
+};
+
+const int g_anMask[] = {8, 297, 490, 748};  // places of the masks
+
+const Field APPLICATION = {0, 3, 52}, APPLICATION_VERSION = {0, 4, 68}, HIGH_TENSION = {0, 5, 84},
+            ALPHA_TILT = {0, 7, 100}, TILT_AXIS = {0, 12, 140}, PIXEL_X = {0, 14, 156},
+            PIXEL_Y = {0, 15, 164}, PROJECTION_MODE = {0, 26, 248}, CAMERA_LENGTH = {1, 0, 301},
+            INTEGRATION_TIME = {1, 16, 419}, CAMERA = {1, 19, 435}, DETECTOR = {3, 7, 804},
+            START_TILT = {3, 8, 820}, END_TILT = {3, 9, 828}, TILT_PER_IMAGE = {3, 10, 836},
+            BEAM_X = {3, 12, 852}, BEAM_Y = {3, 13, 856};
+
+class CRecord {
+public:
+    CRecord(const QByteArray& bytes, bool bBigEndian) : m_bytes(bytes), m_bBigEndian(bBigEndian) {}
+
+    /// NaN where the record has none.
+    double real(const Field& field) const
+    {
+        double df = std::numeric_limits<double>::quiet_NaN();
+        if (isFilledIn(field, sizeof(df))) {
+            const quint64 nBits = number<quint64>(field.nOffset);
+            std::memcpy(&df, &nBits, sizeof(df));
+        }
+        return std::isfinite(df) ? df : std::numeric_limits<double>::quiet_NaN();
+    }
+    double integer(const Field& field) const
+    {
+        return isFilledIn(field, 4) ? number<qint32>(field.nOffset)
+                                    : std::numeric_limits<double>::quiet_NaN();
+    }
+    QString text(const Field& field) const
+    {
+        constexpr int LENGTH = 16;
+        const QByteArray bytes = m_bytes.mid(field.nOffset, LENGTH);
+        return isFilledIn(field, LENGTH)
+                   ? QString::fromLatin1(bytes.left(int(qstrnlen(bytes.constData(), LENGTH)))).trimmed()
+                   : QString();
+    }
+
+private:
+    template <class T>
+    T number(int nOffset) const
+    {
+        const char* const p = m_bytes.constData() + nOffset;
+        return m_bBigEndian ? qFromBigEndian<T>(p) : qFromLittleEndian<T>(p);
+    }
+    bool isFilledIn(const Field& field, int nSize) const
+    {
+        const int nMask = g_anMask[field.nMask];
+        return field.nOffset + nSize <= m_bytes.size() && nMask + 4 <= m_bytes.size() &&
+               (number<quint32>(nMask) >> field.nBit & 1) != 0;
+    }
+
+    const QByteArray m_bytes;
+    const bool m_bBigEndian;
+};
+
+ToldNumber told(double df, const QString& strSource)
+{
+    return std::isfinite(df) ? ToldNumber{df, strSource} : ToldNumber();
+}
+
+ToldNumber toldAbove0(double df, const QString& strSource)
+{
+    return df > 0 ? told(df, strSource) : ToldNumber();
+}
+
+bool isAngle(double df)
+{
+    return std::abs(df) <= 360;
+}
+
+void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& header)
+{
+    // Metres in an image, 1/m in a diffraction pattern: nothing is as large as a metre, and no pixel of a
+    // pattern as small as 1/m. A microscope in STEM is in diffraction mode while it takes images.
+    constexpr double SMALLEST_OF_PATTERNS = 1;
+    const double dfX = record.real(PIXEL_X), dfY = record.real(PIXEL_Y);
+    if (!(dfX > SMALLEST_OF_PATTERNS))
+        return;
+    if (record.integer(PROJECTION_MODE) == 2)  // imaging
+        header.listDoubt += QStringLiteral(
+            "The pixel size is that of a diffraction pattern, but the microscope is said to have "
+            "been in imaging mode");
+    header.pixelSize = told(dfX * 1e-10, strKind + QStringLiteral(": pixel size X"));
+    if (dfY > 0 && std::abs(dfY / dfX - 1) > 0.001)
+        header.listDoubt += QStringLiteral(
+                                "The pixels are said not to be square (%1 and %2 1/Å); the first is "
+                                "taken")
+                                .arg(dfX * 1e-10)
+                                .arg(dfY * 1e-10);
+}
+
+/// Start, end and step may be those of the frame or of the whole run.
+void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
+{
+    const double dfStart = record.real(START_TILT), dfEnd = record.real(END_TILT),
+                 dfTold = record.real(TILT_PER_IMAGE);
+    if (!isAngle(dfTold) || dfTold == 0)
+        return;
+    const bool bRange = isAngle(dfStart) && isAngle(dfEnd) && dfStart != dfEnd;
+    const double dfStep = bRange ? std::copysign(dfTold, dfEnd - dfStart) : dfTold;
+    header.tiltStep = told(dfStep, strKind + QStringLiteral(": tilt per image"));
+    if (!bRange)
+        return;
+    const QString strStart = strKind + QStringLiteral(": start tilt");
+    const double dfSteps = (dfEnd - dfStart) / dfStep;  // 1 or more
+    if (std::abs(dfSteps - 1) < 0.01)
+        header.tiltStart = told(dfStart, strStart);
+    else if (header.nImages > 1 && std::abs(dfSteps - header.nImages) < 1.01)
+        header.tiltStart = told(dfStart + nImage * dfStep, strStart);
+    else
+        header.listDoubt += QStringLiteral(
+                                "Start and end tilt (%1 and %2 degrees) are those of the whole "
+                                "recording; where this frame lies in it is not told")
+                                .arg(dfStart)
+                                .arg(dfEnd);
+}
+
+void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
+{
+    double dfAlpha = record.real(ALPHA_TILT);
+    if (record.text(APPLICATION_VERSION) == QLatin1String("4.4.0.4981")) {
+        dfAlpha *= std::acos(-1.) / 180;
+        header.listDoubt += QStringLiteral(
+            "The tilt was divided by 57.3, as the program of this version wrote "
+            "it too large by that");
+    } else if (dfAlpha != 0 && record.text(APPLICATION) == QLatin1String("Velox")) {
+        header.listDoubt += QStringLiteral(
+            "The tilt is taken as degrees, but the program that wrote it uses radians elsewhere");
+    }
+    if (isAngle(dfAlpha))
+        header.tilt = told(dfAlpha, strKind + QStringLiteral(": alpha tilt"));
+    tellRange(record, strKind, nImage, header);
+    const double dfAxis = record.real(TILT_AXIS);
+    if (isAngle(dfAxis) && dfAxis != 0)
+        header.listDoubt += QStringLiteral(
+                                "A tilt axis of %1 degrees is told, but not from where and in which "
+                                "sense it counts; it is not used")
+                                .arg(dfAxis);
+}
+
+void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header)
+{
+    const double dfX = record.integer(BEAM_X), dfY = record.integer(BEAM_Y);
+    // The programs leave 0 and 0 when they know none.
+    if (!(dfX >= 0 && dfX < header.size.width() && dfY >= 0 && dfY < header.size.height()) ||
+        (dfX == 0 && dfY == 0))
+        return;
+    header.beamX = told(dfX, strKind + QStringLiteral(": beam center X"));
+    header.beamY = told(dfY, strKind + QStringLiteral(": beam center Y"));
+    header.listDoubt += QStringLiteral("The row of the beam is taken as counted from the top");
+}
+
+}  // namespace
+
+int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian)
+{
+    // Later versions may be longer than the 768 and 888 bytes of the first two, as the size is told.
+    constexpr qint32 SMALLEST = 768, LARGEST = 4096;
+    if (bytesFirst.size() < 4)
+        return 0;
+    for (const bool bBig : {bBigEndian, !bBigEndian}) {
+        const qint32 nSize = bBig ? qFromBigEndian<qint32>(bytesFirst.constData())
+                                  : qFromLittleEndian<qint32>(bytesFirst.constData());
+        if (nSize >= SMALLEST && nSize <= LARGEST) {
+            bBigEndian = bBig;
+            return nSize;
+        }
+    }
+    return 0;
+}
+
+void tellFeiRecord(const QByteArray& bytesRecord, bool bBigEndian, const QString& strKind, int nImage,
+                   FrameHeader& header)
+{
+    const CRecord record(bytesRecord, bBigEndian);
+    header.kilovolts = toldAbove0(record.real(HIGH_TENSION) / 1000, strKind + QStringLiteral(": HT"));
+    if (record.integer(PROJECTION_MODE) != 2)  // imaging
+        header.cameraLength = toldAbove0(record.real(CAMERA_LENGTH) * 1000,
+                                         strKind + QStringLiteral(": camera length"));
+    header.exposure = toldAbove0(record.real(INTEGRATION_TIME),
+                                 strKind + QStringLiteral(": integration time"));
+    header.strDetector = record.text(CAMERA);
+    if (header.strDetector.isEmpty())
+        header.strDetector = record.text(DETECTOR);
+    tellPixel(record, strKind, header);
+    tellTilt(record, strKind, nImage, header);
+    tellBeam(record, strKind, header);
+}
+
+}  // namespace tessera
