@@ -111,7 +111,8 @@ void tellCamera(const CImageTags& tags, FrameHeader& header)
 /// Opens a file and finds its image.
 bool openDm(QFile& file, int nVersion, DmTags& tags, DmImage& image, QString& strReason)
 {
-    if (!openRegularFile(file, QIODevice::ReadOnly, strReason) || !readDmTags(file, tags, strReason))
+    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) ||
+        !readDmTags(file, tags, strReason))
         return false;
     if (tags.nVersion != nVersion) {
         strReason =

@@ -6,6 +6,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 namespace tessera {
@@ -75,7 +76,7 @@ private:
         m_strReason = strReason;
         return false;
     }
-    /// Reads on where the last call ended unless nOffset is another place; false at nEnd, with the reason.
+    /// Up to WINDOW bytes at nOffset; false where they end behind nEnd, with the reason.
     bool bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize);
     bool word(quint64& nOffset, quint64 nEnd, quint64& nWord);
     bool readGroup(TagDirectory& group, quint64& nOffset, quint64 nEnd, int nDepth);
@@ -83,10 +84,15 @@ private:
     bool readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd);
     bool readInfo(std::vector<quint64>& vecInfo, quint64& nOffset, quint64 nEnd);
 
+    static constexpr qint64 WINDOW = 65536;  // more than the longest label; tags are many and small
+
     QFile& m_file;
     DmTags& m_tags;
     QString& m_strReason;
     int m_nTags = 0;
+    std::vector<uint8_t> m_vecWindow = std::vector<uint8_t>(WINDOW);  // of the file, from m_nWindow on
+    quint64 m_nWindow = 0;
+    quint64 m_nInWindow = 0;
 };
 
 bool CWalker::bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize)
@@ -96,9 +102,16 @@ bool CWalker::bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize)
                         .arg(nSize)
                         .arg(nOffset)
                         .arg(nEnd - std::min(nOffset, nEnd)));
-    if ((quint64(m_file.pos()) != nOffset && !m_file.seek(qint64(nOffset))) ||
-        m_file.read(static_cast<char*>(pTarget), qint64(nSize)) != qint64(nSize))
-        return fail(QStringLiteral("cannot be read whole: %1").arg(m_file.errorString()));
+    if (nOffset < m_nWindow || nOffset + nSize > m_nWindow + m_nInWindow) {
+        const qint64 nRead = m_file.seek(qint64(nOffset))
+                                 ? m_file.read(reinterpret_cast<char*>(m_vecWindow.data()), WINDOW)
+                                 : -1;
+        m_nWindow = nOffset;
+        m_nInWindow = quint64(std::max(nRead, qint64(0)));
+        if (m_nInWindow < nSize)
+            return fail(QStringLiteral("cannot be read whole: %1").arg(m_file.errorString()));
+    }
+    std::memcpy(pTarget, m_vecWindow.data() + (nOffset - m_nWindow), nSize);
     return true;
 }
 

@@ -1,0 +1,306 @@
+#include "imagefiles/dm4file.h"
+
+#include "imagefiles/dm3frames.h"
+#include "tests/imagefiles/dm4builder.h"
+#include "tests/imagefiles/testfiles.h"
+
+#include <sys/resource.h>
+
+#include <climits>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+class Dm4 : public FileTest {
+protected:
+    /// Pixels of the images of a file one after the other, empty when it cannot be read.
+    std::vector<double> pixels(const QByteArray& bytes, int nFirst = 0, int nMaxImages = INT_MAX)
+    {
+        writeBytes(path("a.dm4"), bytes);
+        ImageList vecImage;
+        std::vector<double> vecPixel;
+        const bool bRead = readDm4Frames(path("a.dm4"), nFirst, nMaxImages, vecImage, m_strReason);
+        EXPECT_EQ(bRead, !vecImage.empty());
+        for (const auto& pImage : vecImage)
+            vecPixel.insert(vecPixel.end(), pImage->Data(),
+                            pImage->Data() + pImage->Width() * pImage->Height());
+        return vecPixel;
+    }
+    FrameHeader header(const QByteArray& bytes, int nImage = 0)
+    {
+        writeBytes(path("a.dm4"), bytes);
+        return readDm4Header(path("a.dm4"), nImage);
+    }
+    QString m_strReason;
+};
+
+/// An image of bytes, a column each.
+QByteArray byteRow(const QByteArray& bytes, quint32 nDataType = 6)
+{
+    return dm4::image({quint32(bytes.size()), 1}, nDataType, dm4::array(10, quint64(bytes.size()), bytes));
+}
+
+QByteArray listOf(const std::vector<QByteArray>& vecImage)
+{
+    return dm4::group("ImageList", vecImage);
+}
+
+template <class T>
+QByteArray numbers(const std::vector<double>& vecValue, quint32 nOrder)
+{
+    QByteArray data;
+    for (double dfValue : vecValue)
+        data += dm3::number(static_cast<T>(dfValue), nOrder);
+    return data;
+}
+
+}  // namespace
+
+TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
+{
+    const struct {
+        quint32 nDataType;
+        quint64 nElementType;  ///< need not be that of the pixels
+        quint64 nElementBytes;
+        QByteArray (*pNumbers)(const std::vector<double>&, quint32);
+        std::vector<double> vecEdge;
+    } aCase[] = {{1, 2, 2, numbers<qint16>, {-32768, 32767, -2, 258, 5, 6}},
+                 {2, 6, 4, numbers<float>, {-0.25, 1e30f, 3, 1.5, 5, 6}},
+                 {6, 10, 1, numbers<quint8>, {0, 255, 128, 1, 5, 6}},
+                 {7, 3, 4, numbers<qint32>, {-2147483648., 16909060, -1, 7, 5, 6}},
+                 {9, 8, 1, numbers<qint8>, {-128, 127, -1, 0, 5, 6}},
+                 {10, 2, 2, numbers<quint16>, {65535, 32768, 258, 0, 5, 6}},
+                 {11, 3, 4, numbers<quint32>, {4294967040., 2147483648., 16909060, 0, 5, 6}},
+                 {12, 12, 8, numbers<double>, {-0.5, 1e30f, 258.25, 0, 5, 6}}};
+    for (const auto& row : aCase)
+        for (quint32 nOrder : {1u, 0u}) {
+            SCOPED_TRACE(testing::Message() << "type " << row.nDataType << " order " << nOrder);
+            const QByteArray data = row.pNumbers(row.vecEdge, nOrder);
+            const QByteArray tagData = dm4::array(row.nElementType, quint64(data.size()) / row.nElementBytes,
+                                                  data);
+            const QByteArray bytes = dm4::file(
+                {listOf({dm4::image({2, 1, 3}, row.nDataType, tagData, nOrder)})}, nOrder);
+            EXPECT_EQ(pixels(bytes), row.vecEdge);
+            EXPECT_EQ(m_strReason, "");
+            EXPECT_EQ(pixels(bytes, 1, 1), std::vector<double>({row.vecEdge[2], row.vecEdge[3]}));
+            EXPECT_TRUE(pixels(bytes, 3).empty());
+            EXPECT_EQ(m_strReason, "image 4 of 3");
+            EXPECT_TRUE(header(bytes, 2).size == QSize(2, 1) && header(bytes).nImages == 3);
+            EXPECT_FALSE(header(bytes, 3).size.isValid());
+        }
+    const QByteArray cut = dm4::file({listOf({dm4::image({1, 1, 2, 3}, 6, dm4::array(10, 4, "abcd"))})});
+    EXPECT_EQ(pixels(cut), (std::vector<double>{'a', 'b', 'c', 'd'}));
+    EXPECT_EQ(m_strReason, "4 of 6 images are there");
+    EXPECT_EQ(header(cut).listDoubt, QStringList("The file is cut: 4 of 6 images are there"));
+}
+
+TEST_F(Dm4, TheImageIsTheFirstThatIsNoPreviewAndCanBeRead)
+{
+    const auto thumbnails = [](const std::vector<quint32>& vecIndex) {
+        std::vector<QByteArray> vecGroup;
+        for (quint32 nIndex : vecIndex)
+            vecGroup.push_back(dm4::group("", {dm4::integer("ImageIndex", nIndex)}));
+        return dm4::group("Thumbnails", vecGroup);
+    };
+    const QByteArray small = byteRow("S"), full = byteRow("FG"), colour = byteRow("RGBA", 23);
+    const std::vector<double> vecSmall{'S'}, vecFull{'F', 'G'};
+    EXPECT_EQ(pixels(dm4::file({listOf({small, full}), thumbnails({0})})), vecFull);
+    EXPECT_EQ(pixels(dm4::file({thumbnails({0, 1}), listOf({colour, small, full})})), vecFull);
+    EXPECT_EQ(pixels(dm4::file({listOf({colour, full})})), vecFull);
+    EXPECT_EQ(pixels(dm4::file({listOf({small, full}), thumbnails({7})})), vecSmall);
+    EXPECT_TRUE(pixels(dm4::file({listOf({byteRow("ab", 3), colour}), dm4::integer("x", 1)})).empty());
+    EXPECT_EQ(m_strReason, "data type 3 (complex) is not read");
+    const QByteArray image = dm4::group(  // a tag of the same name stands before that of the image
+        "",
+        {dm4::group("ImageTags", {dm4::array(10, 2, "XX")}),
+         dm4::group("ImageData", {dm4::integer("DataType", 6), dm4::array(10, 2, "FG"),
+                                  dm4::group("Dimensions", {dm4::integer("", 2), dm4::integer("", 1)})})});
+    EXPECT_EQ(pixels(dm4::file({listOf({image})})), vecFull);
+}
+
+TEST_F(Dm4, TellsWhatTheTagsTell)
+{
+    for (const quint32 nOrder : {1u, 0u}) {
+        const auto real = [&](const char* pLabel, double df) { return dm4::real(pLabel, df, nOrder); };
+        const auto text = [&](const char* pLabel, const QString& str) {
+            return dm4::text(pLabel, str, nOrder);
+        };
+        const auto bytesOf = [&](const QString& strIllumination, const QString& strUnit, quint32 nPlanes) {
+            const auto axis = [&](double dfScale) {
+                return dm4::group("", {real("Origin", 7), real("Scale", dfScale), text("Units", strUnit)});
+            };
+            const QByteArray microscope = dm4::group(
+                "Microscope Info",
+                {text("Illumination Mode", strIllumination), text("Imaging Mode", "DIFFRACTION"),
+                 real("Indicated Magnification", 1200), real("STEM Camera Length", 91), real("Voltage", 2e5),
+                 dm4::group("Stage Position", {real("Stage Alpha", -12.5)})});
+            const QByteArray acquisition = dm4::group(
+                "Acquisition",
+                {dm4::group("Device", {dm4::group("CCD", {dm4::group("Pixel Size (um)", {real("", 14)})}),
+                                       text("Name", "Camera 1")}),
+                 dm4::group("Parameters", {dm4::group("High Level", {dm4::integer("Binning", 2, nOrder)})})});
+            return dm4::file(
+                {listOf({dm4::image(
+                    {1, 1, nPlanes}, 6, dm4::array(10, 2, "ab"), nOrder,
+                    {acquisition, dm4::group("DataBar", {real("Exposure Time (s)", 0.25)}), microscope},
+                    {dm4::group("Brightness", {real("Scale", 9)}),
+                     dm4::group("Dimension", {axis(0.05), axis(0.06)})})})},
+                nOrder);
+        };
+        const FrameHeader one = header(bytesOf("TEM", "1/nm", 1)), stack = header(bytesOf("STEM", "nm", 2));
+        EXPECT_EQ(one.kilovolts.df, 200);
+        EXPECT_EQ(one.cameraLength.df, 1200);
+        EXPECT_EQ(one.tilt.df, -12.5);
+        EXPECT_EQ(one.exposure.df, 0.25);
+        EXPECT_EQ(one.detectorPixel.df, 28);
+        EXPECT_DOUBLE_EQ(one.pixelSize.df, 0.005);
+        EXPECT_EQ(one.pixelSize.strSource, "Calibrations: Scale");
+        EXPECT_EQ(one.strDetector, "Camera 1");
+        EXPECT_EQ(one.listDoubt.size(), 2);  // binning, and pixels that are not square
+        EXPECT_EQ(stack.cameraLength.df, 91);
+        EXPECT_FALSE(stack.pixelSize.isTold() || stack.tilt.isTold());
+        EXPECT_EQ(stack.listDoubt.size(), 2);  // binning, and one tilt of all planes
+    }
+}
+
+TEST_F(Dm4, BrokenFilesFailWithAReason)
+{
+    const QByteArray data4 = dm4::array(10, 4, "abcd");
+    const auto list = [](const QByteArray& image) { return dm4::file({listOf({image})}); };
+    const auto inList = [](const QByteArray& tag) { return dm4::file({listOf({tag})}); };
+    QByteArray nested;
+    for (int i = 0; i < 100; ++i)
+        nested = dm4::group("", {nested.isEmpty() ? dm4::integer("", 1) : nested});
+    const QByteArray sound = list(dm4::image({2, 2}, 6, data4));
+    QByteArray many = dm4::group("", {});
+    for (int i = 0; i < 1 << 20; ++i)
+        many += dm4::group("", {});
+    const quint64 nHuge = quint64(1) << 62;
+    const struct {
+        QByteArray bytes;
+        QString strReason;  ///< begins so
+    } aCase[] = {
+        {"", "truncated: 4 bytes at byte 0, 0 left"},
+        {dm3::big(3) + sound.mid(4), "group of 65792 tags with "},
+        {dm3::big(5) + sound.mid(4), "version 5; "},
+        {dm3::file({dm3::group("ImageList", {dm3::image(2, 2, 6, dm3::array("Data", 10, 4, "abcd"))})}),
+         "version 3; "},
+        {sound.left(18) + dm4::big(nHuge) + sound.mid(26), "group of 4611686018427387904 tags"},
+        {dm4::file({"\x16" + QByteArray(30, 0)}), "tag of the kind 22 at byte 26"},
+        {inList(dm4::entry("t", {10}, "a").replace(4, 8, dm4::big(nHuge))), "truncated: tag of 4611686"},
+        {inList(dm4::entry("t", {20, 7, nHuge}, "")), "truncated: 4611686018427387904 elements of 8 bytes"},
+        {inList(dm4::entry("t", {20, 15, 0, 1, 0, 7, nHuge}, "")), "truncated: 4611686018427387904 elements"},
+        {inList(dm4::entry("t", {}, "")), "info array of 0 words"},
+        {inList(nested), "groups nested more than 64 deep"},
+        {dm4::file({dm4::tag('\x14', "ImageList", QByteArray(2, 0) + dm4::big((1 << 20) + 1) + many)}),
+         "more than 1048576 tags"},
+        {dm4::file({}), "no image"},
+        {list(dm4::integer("", 1)), "no image"},
+        {list(dm4::image({2}, 6, data4)), "image of 2 x 0 pixels"},
+        {list(dm4::image({65536, 32768}, 6, data4)), "image of 65536 x 32768 pixels"},
+        {list(dm4::image({UINT_MAX, 1}, 6, data4)), "image of 0 x 1 pixels"},
+        {list(dm4::image({2, 2}, 6, dm4::group("Data", {}))), "no pixels"},
+        {list(dm4::image({2, 2}, 6, dm4::entry("Data", {20, 20, 1, 1}, "abcd"))),
+         "2 x 2 pixels of 1 bytes, but 0"},
+        {list(dm4::image({1, 1}, 23, data4)), "data type 23 (colour) is not read"},
+        {list(dm4::image({1, 1, 1 << 17}, 6, dm4::array(10, 1 << 17, QByteArray(1 << 17, 'a')))),
+         "131072 images of 1 bytes"},
+        {list(dm4::image({2, 2}, 10, data4)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}};
+    for (const auto& row : aCase) {
+        EXPECT_TRUE(pixels(row.bytes).empty());
+        EXPECT_TRUE(m_strReason.startsWith(row.strReason))
+            << qPrintable(m_strReason + " for " + row.strReason);
+        EXPECT_FALSE(header(row.bytes).size.isValid());
+    }
+    ASSERT_EQ(pixels(sound), (std::vector<double>{'a', 'b', 'c', 'd'}));  // what the cases break
+    for (int nSize = 0; nSize < sound.size() - 8; ++nSize)                // the last 8 bytes belong to no tag
+        EXPECT_TRUE(pixels(sound.left(nSize)).empty() && !m_strReason.isEmpty()) << nSize;
+}
+
+TEST_F(Dm4, WhatIsNotAskedForIsNotRead)
+{
+    // Pixels of 2 GiB that are a hole in the file; "Thumbnails" lies behind them.
+    const quint64 nSide = 1 << 15;
+    const QByteArray bytes = dm4::file(
+        {listOf({dm4::image({nSide, 1, nSide}, 10, dm4::array(4, 0, ""))}), dm4::integer("x", 1)});
+    const int nHole = bytes.indexOf("\x15" + dm3::label("DataType"));
+    const quint64 nHoleBytes = 2 * nSide * nSide;
+    QByteArray head = bytes.left(nHole), tail = bytes.mid(nHole);
+    head.replace(head.size() - 8, 8, dm4::big(nSide * nSide));
+    // the lengths of the tags around: list, image, image data, data
+    for (const char* pLabel : {"ImageList", "ImageData", "Data"}) {
+        const int nLength = head.indexOf(dm3::label(pLabel)) + 2 + int(qstrlen(pLabel));
+        head.replace(nLength, 8, dm4::big(qFromBigEndian<quint64>(head.constData() + nLength) + nHoleBytes));
+    }
+    const int nUnnamed = head.indexOf(dm3::label("ImageList")) + 2 + 9 + 8 + 10 + 3;
+    head.replace(nUnnamed, 8, dm4::big(qFromBigEndian<quint64>(head.constData() + nUnnamed) + nHoleBytes));
+    QFile file(path("large.dm4"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(head) == head.size() &&
+                file.seek(qint64(head.size() + nHoleBytes)) && file.write(tail) == tail.size());
+    file.close();
+    rusage before = {}, after = {};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_EQ(readDm4Header(path("large.dm4"), 0).nImages, int(nSide));
+    ImageList vecImage;
+    ASSERT_TRUE(readDm4Frames(path("large.dm4"), nSide - 1, 1, vecImage, m_strReason))
+        << qPrintable(m_strReason);
+    EXPECT_EQ(vecImage[0]->Width(), int(nSide));
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 100000) << "KiB";
+}
+
+TEST_F(Dm4, Dm3FilesTellTheSame)
+{
+    const struct {
+        QString strUnit;
+        float fScale;
+        double dfVolts, dfPixelSize, dfKilovolts;  // NaN where it is not told
+    } aRow[] = {{"1/nm", 0.05f, 200000, 0.005, 200}, {QStringLiteral("1/Å"), 0.004f, 300000, 0.004, 300},
+                {"nm", 0.05f, 0, NAN, NAN},          {"1/nm", -1, -5, NAN, NAN},
+                {"1/nm", NAN, INFINITY, NAN, NAN},   {"", 1, 80000, NAN, 80}};
+    for (const quint32 nOrder : {1u, 2u})
+        for (const auto& row : aRow) {
+            const auto real = [&](const char* pLabel, float f) {
+                return dm3::entry(pLabel, {6}, dm3::number(f, nOrder));
+            };
+            QByteArray bytesUnit;
+            for (const QChar c : row.strUnit)
+                bytesUnit += dm3::number(c.unicode(), nOrder);
+            const QByteArray axis = dm3::group(
+                "",
+                {real("Scale", row.fScale), dm3::array("Units", 4, quint32(row.strUnit.size()), bytesUnit)});
+            const QByteArray image = dm3::group(
+                "",
+                {dm3::group(
+                     "ImageData",
+                     {dm3::group("Calibrations", {dm3::group("Brightness", {real("Scale", 9)}),
+                                                  dm3::group("Dimension", {axis, axis})}),
+                      dm3::array("Data", 10, 6, "abcdef"), dm3::integer("DataType", 6, nOrder),
+                      dm3::group("Dimensions", {dm3::integer("", 2, nOrder), dm3::integer("", 1, nOrder),
+                                                dm3::integer("", 3, nOrder)})}),
+                 dm3::group("ImageTags",
+                            {real("Voltage", 1),
+                             dm3::group("Microscope Info",
+                                        {dm3::entry("Voltage", {7}, dm3::number(row.dfVolts, nOrder))})})});
+            writeBytes(path("a.dm3"), dm3::file({dm3::group("ImageList", {image})}, nOrder));
+            const FrameHeader header = readDm3Header(path("a.dm3"), 0);
+            EXPECT_EQ(header.pixelSize.isTold(), std::isfinite(row.dfPixelSize)) << qPrintable(row.strUnit);
+            if (header.pixelSize.isTold()) {
+                EXPECT_NEAR(header.pixelSize.df, row.dfPixelSize, 1e-9);
+            }
+            EXPECT_TRUE(header.kilovolts.isTold() ? header.kilovolts.df == row.dfKilovolts
+                                                  : std::isnan(row.dfKilovolts));
+            EXPECT_TRUE(header.size == QSize(2, 1) && header.nImages == 3);
+            for (int i = 0; i < 4; ++i) {  // one plane, however many are asked for
+                ImageList vecImage;
+                QString strReason;
+                ASSERT_EQ(readDm3Frames(path("a.dm3"), i, 3, vecImage, strReason), i < 3);
+                EXPECT_TRUE(i == 3 ? strReason == "image 4 of 3"
+                                   : vecImage[0]->Data()[1] == float('b' + 2 * i));
+            }
+        }
+}
+
+}  // namespace tessera
