@@ -215,8 +215,12 @@ TEST_F(Dm4, BrokenFilesFailWithAReason)
         EXPECT_FALSE(header(row.bytes).size.isValid());
     }
     ASSERT_EQ(pixels(sound), (std::vector<double>{'a', 'b', 'c', 'd'}));  // what the cases break
-    for (int nSize = 0; nSize < sound.size() - 8; ++nSize)                // the last 8 bytes belong to no tag
-        EXPECT_TRUE(pixels(sound.left(nSize)).empty() && !m_strReason.isEmpty()) << nSize;
+    ImageList vecImage;
+    for (int nSize = sound.size() - 9; nSize >= 0; --nSize) {  // the last 8 bytes belong to no tag
+        ASSERT_TRUE(QFile::resize(path("a.dm4"), nSize));
+        EXPECT_FALSE(readDm4Frames(path("a.dm4"), 0, 1, vecImage, m_strReason)) << nSize;
+        EXPECT_TRUE(vecImage.empty() && !m_strReason.isEmpty()) << nSize;
+    }
 }
 
 TEST_F(Dm4, WhatIsNotAskedForIsNotRead)
