@@ -1,11 +1,13 @@
 // Reading of MRC, DM3, SMV and CBF frames against a plain read of the same file into memory.
 // Reading of MRC, DM3 and TIFF frames against a plain read of the same file into memory.
+// Reading of MRC, DM3 and DM4 frames against a plain read of the same file into memory.
 //
 // Compare the rows of one run that have the same arguments: side in pixels, then bytes per pixel
 // (2 unsigned 16-bit, 4 float). The files are in the page cache, so that this is the readers' own cost.
 
 #include "imagefiles/cbffile.h"
 #include "imagefiles/dm3file.h"
+#include "imagefiles/dm4file.h"
 #include "imagefiles/mrcfile.h"
 #include "imagefiles/smvreader.h"
 #include "imagefiles/tifffile.h"
@@ -49,19 +51,58 @@ QByteArray entry(const QByteArray& strLabel, const QByteArray& bytesInfo, const 
            big(static_cast<quint32>(bytesInfo.size() / 4)) + bytesInfo + data;
 }
 
+QByteArray big8(quint64 nValue)
+{
+    QByteArray bytes(8, 0);
+    qToBigEndian(nValue, bytes.data());
+    return bytes;
+}
+
+/// A tag of a DM4 file: a group (20) of nChildren, or an entry (21), whose children or info words and data
+/// are the body.
+QByteArray tag4(char chKind, const QByteArray& strLabel, quint64 nCount, const QByteArray& body)
+{
+    const QByteArray head = chKind == 20 ? QByteArray(2, 0) : QByteArray("%%%%");
+    return chKind + big(static_cast<quint32>(strLabel.size()), 2) + strLabel +
+           big8(static_cast<quint64>(head.size() + 8 + body.size())) + head + big8(nCount) + body;
+}
+
+/// A frame as a DM4 file with as many other tags as a camera's program writes.
+QByteArray dm4Frame(int nSide, int nPixelBytes, const QByteArray& pixels)
+{
+    const auto integer = [](const QByteArray& strLabel, qint32 nValue) {
+        return tag4(21, strLabel, 1, big8(5) + little(nValue));
+    };
+    const QByteArray data = tag4(
+        21, "Data", 3,
+        big8(20) + big8(nPixelBytes == 2 ? 4 : 6) + big8(quint64(nSide) * quint64(nSide)) + pixels);
+    QByteArray tags;
+    for (int i = 0; i < 2000; ++i)
+        tags += integer("Some tag of the microscope", i);
+    const QByteArray imageData = data + integer("DataType", nPixelBytes == 2 ? 10 : 2) +
+                                 tag4(20, "Dimensions", 2, integer("", nSide) + integer("", nSide));
+    const QByteArray image = tag4(20, "", 2,
+                                  tag4(20, "ImageData", 3, imageData) + tag4(20, "ImageTags", 2000, tags));
+    return big(4) + big8(0) + big(1) + QByteArray(2, 0) + big8(1) + tag4(20, "ImageList", 1, image);
+}
+
+enum class Format { Mrc, Dm3, Dm4 };
+
 /// A frame file of `nSide` × `nSide` pixels in a folder that lasts as long as the program.
-QString frameFile(bool bDm3, int nSide, int nPixelBytes)
+QString frameFile(Format format, int nSide, int nPixelBytes)
 {
     static const QTemporaryDir dir;
     const QString strFileName = dir.filePath(
-        QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(bDm3 ? "dm3" : "mrc"));
+        QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(static_cast<int>(format)));
     if (QFile::exists(strFileName))
         return strFileName;
     QByteArray pixels(nSide * nSide * nPixelBytes, 0);
     for (int i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<char>(i % 61);  // no NaN, no denormal of consequence
     QByteArray bytes;
-    if (bDm3) {
+    if (format == Format::Dm4) {
+        bytes = dm4Frame(nSide, nPixelBytes, pixels);
+    } else if (format == Format::Dm3) {
         const quint32 nPixels = static_cast<quint32>(nSide * nSide);
         bytes = big(3) + big(0) + big(1) + QByteArray(2, 0) + big(1) + group("ImageList", 1) + group("", 3) +
                 entry("Data", big(20) + big(nPixelBytes == 2 ? 4 : 6) + big(nPixels), pixels) +
@@ -87,7 +128,7 @@ void sizes(benchmark::internal::Benchmark* pBenchmark)
 
 void imageFilesPlainRead(benchmark::State& state)
 {
-    const QString strFileName = frameFile(false, static_cast<int>(state.range(0)),
+    const QString strFileName = frameFile(Format::Mrc, static_cast<int>(state.range(0)),
                                           static_cast<int>(state.range(1)));
     for (auto _ : state) {
         QFile file(strFileName);
@@ -103,7 +144,7 @@ BENCHMARK(imageFilesPlainRead)->Apply(sizes);
 
 void imageFilesReadMRC(benchmark::State& state)
 {
-    const QString strFileName = frameFile(false, static_cast<int>(state.range(0)),
+    const QString strFileName = frameFile(Format::Mrc, static_cast<int>(state.range(0)),
                                           static_cast<int>(state.range(1)));
     for (auto _ : state) {
         ImageList vecImage;
@@ -116,7 +157,7 @@ BENCHMARK(imageFilesReadMRC)->Apply(sizes);
 
 void imageFilesReadDM3(benchmark::State& state)
 {
-    const QString strFileName = frameFile(true, static_cast<int>(state.range(0)),
+    const QString strFileName = frameFile(Format::Dm3, static_cast<int>(state.range(0)),
                                           static_cast<int>(state.range(1)));
     for (auto _ : state) {
         CImgObj<float> image;
@@ -238,6 +279,19 @@ void imageFilesReadTIFF(benchmark::State& state)
     }
 }
 BENCHMARK(imageFilesReadTIFF)->Apply(sizes);
+void imageFilesReadDM4(benchmark::State& state)
+{
+    const QString strFileName = frameFile(Format::Dm4, static_cast<int>(state.range(0)),
+                                          static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        ImageList vecImage;
+        QString strReason;
+        if (!readDm4Frames(strFileName, 0, 1, vecImage, strReason))
+            state.SkipWithError("not read");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadDM4)->Apply(sizes);
 
 }  // namespace
 

@@ -109,10 +109,10 @@ void tellCamera(const CImageTags& tags, FrameHeader& header)
 }
 
 /// Opens a file and finds its image.
-bool openDm(QFile& file, int nVersion, DmTags& tags, DmImage& image, QString& strReason)
+bool openDm(QFile& file, int nVersion, bool bPixelsOnly, DmTags& tags, DmImage& image, QString& strReason)
 {
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) ||
-        !readDmTags(file, tags, strReason))
+        !readDmTags(file, bPixelsOnly, tags, strReason))
         return false;
     if (tags.nVersion != nVersion) {
         strReason =
@@ -146,7 +146,7 @@ FrameHeader readDmHeader(const QString& strFileName, int nVersion, int nImage)
     DmTags tags;
     DmImage image;
     QString strReason;
-    if (!openDm(file, nVersion, tags, image, strReason) || nImage < 0 || nImage >= image.nPlanes)
+    if (!openDm(file, nVersion, false, tags, image, strReason) || nImage < 0 || nImage >= image.nPlanes)
         return {};
     return dmHeader(tags, image);
 }
@@ -158,7 +158,7 @@ bool readDmFrames(const QString& strFileName, int nVersion, int nFirst, int nMax
     DmTags tags;
     DmImage image;
     strReason.clear();
-    return openDm(file, nVersion, tags, image, strReason) &&
+    return openDm(file, nVersion, true, tags, image, strReason) &&
            readDmPlanes(file, tags, image, nFirst, nMaxImages, vecImage, strReason);
 }
 

@@ -62,8 +62,8 @@ struct DataLayout {
 
 class CWalker {
 public:
-    CWalker(QFile& file, DmTags& tags, QString& strReason)
-        : m_file(file), m_tags(tags), m_strReason(strReason)
+    CWalker(QFile& file, bool bPixelsOnly, DmTags& tags, QString& strReason)
+        : m_file(file), m_bPixelsOnly(bPixelsOnly), m_tags(tags), m_strReason(strReason)
     {}
 
     bool walk();
@@ -71,6 +71,13 @@ public:
 private:
     bool isLong() const { return m_tags.nVersion == 4; }
     quint64 wordSize() const { return isLong() ? 8 : 4; }
+    /// Of the tags at this depth in DM4 files, which can be passed over.
+    bool isUseful(const std::string& strLabel, int nDepth) const
+    {
+        if (nDepth == 0)
+            return strLabel == "ImageList" || strLabel == "Thumbnails";
+        return !m_bPixelsOnly || nDepth != 2 || strLabel != "ImageTags";  // of ImageList/[k]
+    }
     bool fail(const QString& strReason)
     {
         m_strReason = strReason;
@@ -87,6 +94,7 @@ private:
     static constexpr qint64 WINDOW = 65536;  // more than the longest label; tags are many and small
 
     QFile& m_file;
+    const bool m_bPixelsOnly;
     DmTags& m_tags;
     QString& m_strReason;
     int m_nTags = 0;
@@ -191,7 +199,7 @@ bool CWalker::readTag(TagDirectory& group, quint64& nOffset, quint64 nEnd, int n
                             .arg(nEnd - nOffset));
         nTagEnd = nOffset + nLength;
     }
-    const bool bUseful = !isLong() || nDepth > 0 || strLabel == "ImageList" || strLabel == "Thumbnails";
+    const bool bUseful = !isLong() || isUseful(strLabel, nDepth);
     if (bUseful && aHead[0] == KIND_GROUP) {
         auto pGroup = std::make_unique<TagDirectory>();
         pGroup->strLabel = std::move(strLabel);
@@ -242,6 +250,7 @@ bool CWalker::readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd)
                         .arg(layout.nElement)
                         .arg(nOffset)
                         .arg(nEnd - nOffset));
+    entry.vecInfo.reserve(vecInfo.size());
     for (const quint64 nWord : vecInfo)
         entry.vecInfo.push_back(int(std::min(nWord, quint64(std::numeric_limits<int>::max()))));
     entry.nInfoCount = int(vecInfo.size());
@@ -279,10 +288,10 @@ int typeOf(const TagEntry& entry)
 
 }  // namespace
 
-bool readDmTags(QFile& file, DmTags& tags, QString& strReason)
+bool readDmTags(QFile& file, bool bPixelsOnly, DmTags& tags, QString& strReason)
 {
     tags = DmTags();
-    return CWalker(file, tags, strReason).walk();
+    return CWalker(file, bPixelsOnly, tags, strReason).walk();
 }
 
 double dmNumber(const DmTags& tags, const Tag* pTag)

@@ -28,8 +28,9 @@ struct DmTags {
 /// Reads the tree of an open file. Every size is checked against the file and the group around it; depth and
 /// number of tags are limited as in CDm3TagParser. Of DM4 files, which tell the length of each tag, only what
 /// belongs to images is read; entries of a form that is not known stand in the tree without data there.
+/// @param bPixelsOnly  of DM4 files what tells of the microscope is passed over, too
 /// @return false with the reason when the file is no sound tree or one of another version than 3 or 4
-bool readDmTags(QFile& file, DmTags& tags, QString& strReason);
+bool readDmTags(QFile& file, bool bPixelsOnly, DmTags& tags, QString& strReason);
 
 /// The first number of an entry, or of the first entry of a group without a name; NaN where there is none.
 double dmNumber(const DmTags& tags, const Tag* pTag);
