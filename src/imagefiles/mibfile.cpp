@@ -1,16 +1,336 @@
 #include "imagefiles/mibfile.h"
 
+#include "imagefiles/filebuffer.h"
+#include "imagefiles/mibheader.h"
+#include "imagefiles/pixelconvert.h"
+#include "records/availablememory.h"
+#include "records/regularfile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <new>
+
 namespace tessera {
 
-bool readMibFrames(const QString&, int, int, ImageList&, QString& strReason)
+namespace {
+
+constexpr quint64 IMAGE_OVERHEAD = 96;  ///< bytes that an image takes besides its pixels
+constexpr bool SWAP = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
+
+/// A file and what its first header tells of all its frames.
+struct MibStream {
+    QFile file;
+    MibHeader header;
+    qint64 nImages = 0;  ///< whole ones
+    bool bCut = false;   ///< a part of one more follows
+};
+
+bool openStream(const QString& strFileName, MibStream& stream, QString& strReason)
 {
-    strReason = QStringLiteral("MIB files are not read yet");
-    return false;
+    stream.file.setFileName(strFileName);
+    if (!openRegularFile(stream.file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
+        return false;
+    }
+    QByteArray bytes = stream.file.read(MIB_LINE_LENGTH);
+    const qint64 nHeader = mibHeaderBytes(bytes, strReason);
+    if (nHeader == 0) {
+        return false;
+    }
+    bytes += stream.file.read(std::max(nHeader - bytes.size(), qint64(0)));
+    if (!parseMibHeader(bytes, stream.header, strReason)) {
+        return false;
+    }
+    const qint64 nSize = stream.file.size();
+    stream.nImages = nSize / stream.header.stride();
+    stream.bCut = nSize % stream.header.stride() != 0;
+    return true;
 }
 
-FrameHeader readMibHeader(const QString&, int)
+/// Pixels as a chip sends them: words of 64 bits, big-endian, each with its first pixel lowest.
+template <int BITS>
+void unpackPixels(const uint8_t* pSource, float* pfTarget)
 {
-    return {};
+    constexpr int IN_WORD = 64 / BITS;
+    constexpr quint64 MASK = (quint64(1) << BITS) - 1;
+    for (int x = 0; x < MIB_CHIP; x += IN_WORD, pSource += 8) {
+        const quint64 nWord = qFromBigEndian<quint64>(pSource);
+        for (int i = 0; i < IN_WORD; ++i) {
+            pfTarget[x + i] = float(quint32((nWord >> (i * BITS)) & MASK));
+        }
+    }
+}
+
+/// One row of one chip.
+/// @param nPixel  its first pixel, counted over all that the chips send
+void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, float* pfTarget)
+{
+    if (header.nDepth == 1) {
+        unpackPixels<1>(pPixels + nPixel / 8, pfTarget);
+    } else if (header.nDepth == 6) {
+        unpackPixels<8>(pPixels + nPixel, pfTarget);
+    } else {
+        unpackPixels<16>(pPixels + 2 * nPixel, pfTarget);
+    }
+    if (header.nDepth == 24) {  // the upper halves of all pixels come first, then the lower ones
+        float afLower[MIB_CHIP];
+        unpackPixels<16>(pPixels + header.pixelBytes() / 2 + 2 * nPixel, afLower);
+        for (int x = 0; x < MIB_CHIP; ++x) {
+            pfTarget[x] = pfTarget[x] * 4096 + afLower[x];
+        }
+    }
+}
+
+/// The first row that the camera sends is the lowest on the screen.
+void unpackChip(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
+{
+    for (int y = 0; y < header.nRows; ++y) {
+        unpackRow(pPixels, header, size_t(header.nRows - 1 - y) * MIB_CHIP,
+                  image.Data() + size_t(y) * MIB_CHIP);
+    }
+}
+
+/// The chips send their rows beside each other, the fourth first. Chips 1 and 2 are the lower half on the
+/// screen, upright as the camera has it; 3 and 4 are the upper half, turned by 180°.
+void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
+{
+    float afRow[MIB_CHIP];
+    for (int y = 0; y < header.nRows / 2; ++y) {
+        float* pfUpper = image.Data() + size_t(y) * 2 * MIB_CHIP;
+        float* pfLower = image.Data() + size_t(header.nRows - 1 - y) * 2 * MIB_CHIP;
+        const size_t nRow = size_t(y) * 4 * MIB_CHIP;
+        unpackRow(pPixels, header, nRow + 3 * MIB_CHIP, pfLower);
+        unpackRow(pPixels, header, nRow + 2 * MIB_CHIP, pfLower + MIB_CHIP);
+        for (const int nChip : {3, 4}) {
+            unpackRow(pPixels, header, nRow + size_t(4 - nChip) * MIB_CHIP, afRow);
+            std::reverse_copy(afRow, afRow + MIB_CHIP, pfUpper + (nChip - 3) * MIB_CHIP);
+        }
+    }
+}
+
+template <class T>
+void convertUpward(const uint8_t* pPixels, CImgObj<float>& image)
+{
+    const size_t nWidth = size_t(image.Width());
+    for (int y = 0; y < image.Height(); ++y) {
+        convertPixels<T, SWAP>(pPixels + size_t(image.Height() - 1 - y) * nWidth * sizeof(T), nWidth,
+                               image.Data() + size_t(y) * nWidth);
+    }
+}
+
+std::unique_ptr<CImgObj<float>> imageFromBytes(const uint8_t* pPixels, const MibHeader& header)
+{
+    auto pImage = std::make_unique<CImgObj<float>>();
+    if (!pImage->Create(header.nColumns, header.nRows)) {
+        throw std::bad_alloc();
+    }
+    switch (header.pixels) {
+        case MibPixels::Byte:
+            convertUpward<uint8_t>(pPixels, *pImage);
+            break;
+        case MibPixels::Word:
+            convertUpward<uint16_t>(pPixels, *pImage);
+            break;
+        case MibPixels::Long:
+            convertUpward<uint32_t>(pPixels, *pImage);
+            break;
+        case MibPixels::Raw:
+            header.isRawQuad() ? unpackQuad(pPixels, header, *pImage) : unpackChip(pPixels, header, *pImage);
+            break;
+    }
+    return pImage;
+}
+
+/// Pixels that the camera's program has put in at each seam between chips, whose edge pixels are wider.
+/// @return 0 when the image has no room for any, or not the same at each seam
+int seamWidth(int nPixels, int nChips)
+{
+    const int nMore = nPixels - MIB_CHIP * nChips;
+    return nChips > 1 && nMore > 0 && nMore % (nChips - 1) == 0 ? nMore / (nChips - 1) : 0;
+}
+
+/// For each column or row whether it lies in a seam.
+std::vector<char> seamsOf(int nPixels, int nChips)
+{
+    std::vector<char> vecSeam(size_t(nPixels), 0);
+    const int nSeam = seamWidth(nPixels, nChips);
+    for (int n = 0; nSeam > 0 && n < nPixels; ++n) {
+        vecSeam[size_t(n)] = n % (MIB_CHIP + nSeam) >= MIB_CHIP;
+    }
+    return vecSeam;
+}
+
+/// Whether the pixels at the seams are filled with zeros, which are no counts.
+bool hasEmptySeams(const MibHeader& header, const QString& strFileName)
+{
+    return (seamWidth(header.nColumns, header.nAcross) > 0 || seamWidth(header.nRows, header.nUp) > 0) &&
+           mibSideFile(strFileName)
+               .value(QStringLiteral("Gap Fill Mode"))
+               .contains(QLatin1String("zero"), Qt::CaseInsensitive);
+}
+
+void maskSeams(const MibHeader& header, CImgObj<float>& image)
+{
+    const std::vector<char> vecColumn = seamsOf(image.Width(), header.nAcross),
+                            vecRow = seamsOf(image.Height(), header.nUp);
+    for (int y = 0; y < image.Height(); ++y) {
+        float* pfRow = image.Data() + size_t(y) * size_t(image.Width());
+        for (int x = 0; x < image.Width(); ++x) {
+            if (vecRow[size_t(y)] || vecColumn[size_t(x)]) {
+                pfRow[x] = std::numeric_limits<float>::quiet_NaN();
+            }
+        }
+    }
+}
+
+void doubtSeams(const MibHeader& header, const QMap<QString, QString>& mapSide, QStringList& listDoubt)
+{
+    const int nSeam = std::max(seamWidth(header.nColumns, header.nAcross),
+                               seamWidth(header.nRows, header.nUp));
+    if (header.nAcross < 2 && header.nUp < 2) {
+        return;
+    }
+    if (nSeam == 0) {
+        listDoubt.append(QStringLiteral(
+            "The pixels on both sides of a seam between chips are twice as wide as others, and the image has "
+            "no "
+            "room for that: what lies on the two sides of a seam is up to 2 pixels too close."));
+        return;
+    }
+    const QString strFill = mapSide.value(QStringLiteral("Gap Fill Mode"), QStringLiteral("not told"));
+    listDoubt.append(
+        QStringLiteral("%1 pixels at each seam between chips are put in (Gap Fill Mode: %2), and those "
+                       "beside them are wider than others: do not trust what lies there.")
+            .arg(nSeam)
+            .arg(strFill));
+}
+
+ToldNumber told(double df, const char* pszSource)
+{
+    return {df, QLatin1String(pszSource)};
+}
+
+/// What holds for all frames of a file.
+void tellCamera(const MibHeader& header, FrameHeader& result)
+{
+    if (!header.strChip.isEmpty()) {
+        result.detectorPixel = told(55, "chip: 3RX");
+        result.strDetector = header.strChip;
+    }
+    if (header.bColour) {
+        result.listDoubt.append(
+            QStringLiteral("Taken in colour mode, in which four pixels count as one: the pixel "
+                           "may be 110 µm wide."));
+    }
+    if (header.nDepth > 1) {
+        result.saturation = told(std::ldexp(1.0, header.nDepth) - 1, "counter depth");
+    } else if (header.nDepth == 1) {
+        result.listDoubt.append(
+            QStringLiteral("The counters have one bit: two electrons in a pixel count as one, and "
+                           "intensities are too small."));
+    }
+}
+
+}  // namespace
+
+bool readMibFrames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
+                   QString& strReason)
+{
+    strReason.clear();
+    MibStream stream;
+    if (!openStream(strFileName, stream, strReason)) {
+        return false;
+    }
+    const MibHeader& header = stream.header;
+    const qint64 nEnd = std::min(qint64(nFirst) + nMaxImages, stream.nImages), nCount = nEnd - nFirst;
+    if (stream.bCut && nEnd == stream.nImages && nEnd - nFirst < nMaxImages) {
+        strReason = QStringLiteral("truncated: it ends within image %1 of %2 x %3 pixels")
+                        .arg(stream.nImages + 1)
+                        .arg(header.nColumns)
+                        .arg(header.nRows);
+    }
+    if (nCount < 1) {
+        if (strReason.isEmpty() || nFirst > stream.nImages) {
+            strReason = QStringLiteral("image %1 of %2").arg(qint64(nFirst) + 1).arg(stream.nImages);
+        }
+        return false;
+    }
+    const quint64 nPixels = quint64(header.nColumns) * quint64(header.nRows);
+    if (!hasMemoryFor(quint64(nCount) * (nPixels * sizeof(float) + IMAGE_OVERHEAD))) {
+        strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
+                        .arg(nCount)
+                        .arg(header.nColumns)
+                        .arg(header.nRows);
+        return false;
+    }
+    const bool bEmptySeams = hasEmptySeams(header, strFileName);
+    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(size_t(header.stride()));
+    char* const pText = reinterpret_cast<char*>(pBlock.get());
+    ImageList vecRead;
+    for (qint64 n = nFirst; n < nEnd; ++n) {
+        MibHeader other;
+        QString strWhy;
+        if (!stream.file.seek(n * header.stride()) ||
+            stream.file.read(pText, header.stride()) != header.stride()) {
+            strReason =
+                QStringLiteral("image %1 cannot be read: %2").arg(n + 1).arg(stream.file.errorString());
+            break;
+        }
+        if (!parseMibHeader(QByteArray::fromRawData(pText, int(header.nBytes)), other, strWhy) ||
+            !other.isLike(header)) {
+            strReason = strWhy.isEmpty()
+                            ? QStringLiteral("image %1 is of another kind than the first").arg(n + 1)
+                            : QStringLiteral("image %1: %2").arg(n + 1).arg(strWhy);
+            break;
+        }
+        vecRead.push_back(imageFromBytes(pBlock.get() + header.nBytes, header));
+        if (bEmptySeams) {
+            maskSeams(header, *vecRead.back());
+        }
+    }
+    const bool bRead = !vecRead.empty();
+    std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
+    return bRead;
+}
+
+FrameHeader readMibHeader(const QString& strFileName, int nImage)
+{
+    FrameHeader result;
+    MibStream stream;
+    QString strReason;
+    if (!openStream(strFileName, stream, strReason)) {
+        return result;
+    }
+    constexpr qint64 MOST = std::numeric_limits<int>::max();
+    result.nImages = int(std::clamp(stream.nImages, qint64(1), MOST));
+    tellCamera(stream.header, result);
+    const QMap<QString, QString> mapSide = mibSideFile(strFileName);
+    doubtSeams(stream.header, mapSide, result.listDoubt);
+    const QString strReadout = mapSide.value(QStringLiteral("Readout System"));
+    if (!strReadout.isEmpty()) {
+        result.strDetector = strReadout;
+    }
+    const int nTold = mapSide.value(QStringLiteral("Frames in Acquisition")).toInt();
+    if (nTold > 0 && nTold != stream.nImages) {
+        result.listDoubt.append(QStringLiteral("The .hdr beside the file tells of %1 images; there are %2.")
+                                    .arg(nTold)
+                                    .arg(stream.nImages));
+    }
+    MibHeader header;
+    if (nImage >= 0 && nImage < stream.nImages && stream.file.seek(nImage * stream.header.stride()) &&
+        parseMibHeader(stream.file.read(stream.header.nBytes), header, strReason) &&
+        header.isLike(stream.header)) {
+        result.size = QSize(header.nColumns, header.nRows);
+        if (header.dfShutter > 0 && std::isfinite(header.dfShutter)) {
+            result.exposure = told(header.dfShutter, "shutter");
+        }
+    }
+    return result;
 }
 
 }  // namespace tessera

@@ -362,8 +362,9 @@ bool readTvipsFrames(const QString& strFileName, int nFirst, int nMaxImages, Ima
         }
         nBefore += part.nImages;
     }
+    const bool bRead = !vecRead.empty();
     std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
-    return true;
+    return bRead;
 }
 
 FrameHeader readTvipsHeader(const QString& strFileName, int nImage)
