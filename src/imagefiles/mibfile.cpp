@@ -313,7 +313,7 @@ FrameHeader readMibHeader(const QString& strFileName, int nImage)
     doubtSeams(stream.header, mapSide, result.listDoubt);
     const QString strReadout = mapSide.value(QStringLiteral("Readout System"));
     if (!strReadout.isEmpty()) {
-        result.strDetector = strReadout;
+        result.strDetector = QStringLiteral("%1 %2").arg(result.strDetector, strReadout).trimmed();
     }
     const int nTold = mapSide.value(QStringLiteral("Frames in Acquisition")).toInt();
     if (nTold > 0 && nTold != stream.nImages) {
