@@ -113,13 +113,25 @@ void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>&
     }
 }
 
+/// The source is walked backwards by rows, which the processor does not foresee, so the row to come is
+/// fetched beside this one.
 template <class T>
 void convertUpward(const uint8_t* pPixels, CImgObj<float>& image)
 {
-    const size_t nWidth = size_t(image.Width());
-    for (int y = 0; y < image.Height(); ++y) {
-        convertPixels<T, SWAP>(pPixels + size_t(image.Height() - 1 - y) * nWidth * sizeof(T), nWidth,
-                               image.Data() + size_t(y) * nWidth);
+    constexpr size_t STRIP = 256, CACHE_LINE = 64;
+    const size_t nWidth = size_t(image.Width()), nRowBytes = nWidth * sizeof(T);
+    float* pfTarget = image.Data();
+    for (size_t y = size_t(image.Height()); y-- > 0; pfTarget += nWidth) {
+        for (size_t x = 0; x < nWidth; x += STRIP) {
+            const size_t nStrip = std::min(STRIP, nWidth - x);
+            const uint8_t* pStrip = pPixels + y * nRowBytes + x * sizeof(T);
+#if defined(__GNUC__)
+            for (size_t n = 0; y > 0 && n < nStrip * sizeof(T); n += CACHE_LINE) {
+                __builtin_prefetch(pStrip - nRowBytes + n);
+            }
+#endif
+            convertPixels<T, SWAP>(pStrip, nStrip, pfTarget + x);
+        }
     }
 }
 

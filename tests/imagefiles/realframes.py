@@ -75,11 +75,10 @@ def by_tags(path):
                     value = np.frombuffer(content, order + numbers[info[0]], 1, place)[0]
                 elif info[0] == 15:
                     size = sum(np.dtype(numbers[code]).itemsize for code in info[4::2])
-                elif info[0] == 20 and info[1] != 15:
-                    size = np.dtype(numbers[info[1]]).itemsize * info[2]
-                    value = (place, size)
                 elif info[0] == 20:
-                    size = sum(np.dtype(numbers[code]).itemsize for code in info[5:-1:2]) * info[-1]
+                    codes = info[5:-1:2] if info[1] == 15 else info[1:2]
+                    size = sum(np.dtype(numbers[code]).itemsize for code in codes) * info[-1]
+                    value = (place, size)
                 place += size
             found.append((name, value))
         return dict(found), place
