@@ -42,7 +42,7 @@ def by_h5py(path):
         mask = file.get("entry/instrument/detector/detectorSpecific/pixel_mask")
         dead = np.zeros(images[0].shape, bool) if mask is None else (mask[()] & 0xFFFF) != 0
         top = np.iinfo(images[0].dtype).max if images[0].dtype.kind in "ui" else np.inf
-        return "h5py", [np.where(dead | (image == top), np.nan, image) for image in images]
+        return f"h5py, {images[0].dtype}", [np.where(dead | (image == top), np.nan, image) for image in images]
 
 
 def by_tags(path):
@@ -138,14 +138,18 @@ def row(path, info, failed):
             count = info([path])[0]["images"]
             lines = info([f"{path}#{n + 1}" for n in range(count)] if count > 1 else [path], pixels.name)
         except failed as error:
-            return f"- | {name} | {kind} | {error} | {theirs} | {by} | not read", images == []
+            return f"- | {name} | {kind} | {error} | {theirs} | {by} | not read", theirs == "complex"
         ours = np.fromfile(pixels.name, "<f4")
     statistics = [min(line["minimum"] for line in lines), max(line["maximum"] for line in lines),
                   np.average([line["mean"] for line in lines], weights=[line["width"] * line["height"] - line["no_numbers"]
                                                                         for line in lines])]
-    equal = bool(images) and np.array_equal(ours, np.array(images, np.float32).ravel(), equal_nan=True)
-    return (f"{lines[0]['format']} | {name} | {kind} | {three(statistics)} | {theirs} | {by} | "
-            f"{'all equal' if equal else 'DIFFERENT'}"), equal
+    verdict = "DIFFERENT"
+    for word, turned in (("all equal, rows in the other order", [image[::-1] for image in images]), ("all equal", images)):
+        if images and np.array_equal(ours, np.array(turned, np.float32).ravel(), equal_nan=True):
+            verdict = word
+    # which row of an MRC file is on top its header tells, and mrcfile does not look
+    good = verdict == "all equal" or (verdict != "DIFFERENT" and by == "mrcfile")
+    return f"{lines[0]['format']} | {name} | {kind} | {three(statistics)} | {theirs} | {by} | {verdict}", good
 
 
 def print_table(folder, info, failed):
