@@ -20,7 +20,8 @@ namespace tessera {
 
 namespace {
 
-constexpr quint64 IMAGE_OVERHEAD = 96;  ///< bytes that an image takes besides its pixels
+constexpr quint64 MEMORY_ASKED = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
+constexpr quint64 IMAGE_OVERHEAD = 96;              ///< bytes that an image takes besides its pixels
 constexpr bool SWAP = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
 
 /// A file and what its first header tells of all its frames.
@@ -273,7 +274,8 @@ bool readMibFrames(const QString& strFileName, int nFirst, int nMaxImages, Image
         return false;
     }
     const quint64 nPixels = quint64(header.nColumns) * quint64(header.nRows);
-    if (!hasMemoryFor(quint64(nCount) * (nPixels * sizeof(float) + IMAGE_OVERHEAD))) {
+    const quint64 nMemory = quint64(nCount) * (nPixels * sizeof(float) + IMAGE_OVERHEAD);
+    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
                         .arg(nCount)
                         .arg(header.nColumns)

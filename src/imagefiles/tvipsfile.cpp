@@ -23,7 +23,8 @@ namespace {
 constexpr qint64 SERIES_HEADER = 256;
 constexpr qint64 SMALL_IMAGE_HEADER = 12;      ///< counter, seconds, milliseconds: all that version 1 has
 constexpr qint64 LARGEST_IMAGE_HEADER = 4096;  ///< the known ones have 256 bytes at most
-constexpr quint64 IMAGE_OVERHEAD = 96;         ///< bytes that an image takes besides its pixels
+constexpr quint64 MEMORY_ASKED = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
+constexpr quint64 IMAGE_OVERHEAD = 96;              ///< bytes that an image takes besides its pixels
 
 /// What the beginning of the first file tells of all images.
 struct SeriesHeader {
@@ -340,7 +341,8 @@ bool readTvipsFrames(const QString& strFileName, int nFirst, int nMaxImages, Ima
                         : QStringLiteral("image %1 of %2").arg(qint64(nFirst) + 1).arg(nImages);
         return false;
     }
-    if (!hasMemoryFor(quint64(nCount) * (quint64(header.pixels()) * sizeof(float) + IMAGE_OVERHEAD))) {
+    const quint64 nMemory = quint64(nCount) * (quint64(header.pixels()) * sizeof(float) + IMAGE_OVERHEAD);
+    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
                         .arg(nCount)
                         .arg(header.nWidth)
