@@ -2,6 +2,7 @@
 
 #include "batch/standardoutput.h"
 #include "dataset/dataset.h"
+#include "dataset/opening.h"
 #include "dataset/projectfile.h"
 #include "frames/frametargets.h"
 #include "frames/imageseries.h"
@@ -45,7 +46,7 @@ DataSet placesOf(const RoadOptions& options)
     const QFileInfo first(options.listInput.first());
     dataSet.m_strProjectDir = first.absolutePath();
     dataSet.m_strProjectName = first.completeBaseName();
-    dataSet.m_listFrameFile = options.listInput;
+    dataSet.m_listFrameFile = framesOfImageFiles(options.listInput);
     ProjectFile project;
     if (options.isProject()) {  // one that cannot be read fails when it is opened
         dataSet.m_listFrameFile = project.read(options.listInput.first()) ? project.frameFiles()

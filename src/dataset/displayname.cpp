@@ -1,5 +1,7 @@
 #include "dataset/displayname.h"
 
+#include "imagefiles/framename.h"
+
 #include <QFileInfo>
 
 namespace tessera {
@@ -9,9 +11,9 @@ QString displayName(const QStringList& listFile)
     if (listFile.isEmpty())
         return QString();
     QStringList listBase;
-    int nLength = QFileInfo(listFile.first()).completeBaseName().size();
+    int nLength = frameBaseName(listFile.first()).size();
     for (const QString& strFile : listFile) {
-        listBase.append(QFileInfo(strFile).completeBaseName());
+        listBase.append(frameBaseName(strFile));
         nLength = qMin(nLength, listBase.last().size());
     }
     QString strName(nLength, QLatin1Char('*'));
@@ -23,7 +25,7 @@ QString displayName(const QStringList& listFile)
         if (bSame)
             strName[i] = c;
     }
-    const QString strSuffix = QFileInfo(listFile.last()).suffix();
+    const QString strSuffix = QFileInfo(frameName(listFile.last()).strFile).suffix();
     return strSuffix.isEmpty() ? strName : strName + QLatin1Char('.') + strSuffix;
 }
 

@@ -7,9 +7,11 @@
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
 #include "imagefiles/frameformats.h"
+#include "imagefiles/framename.h"
 #include "records/beamtiltbreak.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QImageReader>
 
 namespace tessera {
@@ -26,14 +28,14 @@ OpenKind openKind(const QStringList& listFile)
 
 QString reasonNotToOpen(const QString& strFile)
 {
-    const QFileInfo info(strFile);
     const bool bImage = openKind({strFile}) == OpenKind::images;
+    const QFileInfo info(bImage ? frameName(strFile).strFile : strFile);
     if (bImage && !info.exists())
         return QStringLiteral("%1 does not exist.").arg(strFile);
     // A pipe would keep whoever looks into it waiting for its writer.
     bool bUsable = info.isFile() || !info.exists();
-    if (bUsable && bImage && !frameSuffixes().contains(info.suffix().toLower()))
-        bUsable = QImageReader(strFile).canRead();
+    if (bUsable && bImage && frameFormatOf(strFile).listSuffix.isEmpty())
+        bUsable = QImageReader(info.filePath()).canRead();
     return bUsable ? QString() : QStringLiteral("%1 is neither a project nor an image.").arg(strFile);
 }
 
@@ -45,13 +47,63 @@ QString reasonNotToOpen(const QStringList& listFile)
     if (openKind(listFile) != OpenKind::images)
         return strReason;
     for (const QString& strFile : listFile)
-        if (strReason.isEmpty() && QFileInfo::exists(strFile)) {
+        if (strReason.isEmpty() && QFileInfo::exists(frameName(strFile).strFile)) {
             // A project or a text list among frames would be taken for a frame.
             strReason = openKind({strFile}) == OpenKind::images
                             ? reasonNotToOpen(strFile)
                             : QStringLiteral("%1 is not an image, as the others are.").arg(strFile);
         }
     return strReason;
+}
+
+QStringList missingFrames(const QStringList& listFrame)
+{
+    QStringList listMissing;
+    QHash<QString, int> mapImages;  // that each file of many holds; 0 where only reading them tells
+    for (const QString& strFrame : listFrame) {
+        const FrameName name = frameName(strFrame);
+        if (!QFileInfo(name.strFile).isReadable()) {
+            listMissing.append(strFrame);
+        } else if (name.bPart) {
+            if (!mapImages.contains(name.strFile)) {
+                const FrameHeader header = frameHeader(name.strFile);
+                mapImages[name.strFile] = header.size.isValid() ? header.nImages : 0;
+            }
+            const int nImages = mapImages[name.strFile];
+            if (nImages > 0 && name.nImage >= nImages)
+                listMissing.append(
+                    QStringLiteral("%1 (the file holds %L2 images)").arg(strFrame).arg(nImages));
+        }
+    }
+    return listMissing;
+}
+
+// A file of so many images is a series by itself. Files of two are rather an image and what goes with it.
+static bool isSeriesOfImages(const QString& strFile, int& nImages)
+{
+    const int nLeast = 3;
+    if (frameName(strFile).bPart || frameFormatOf(strFile).strName == QLatin1String("MRC"))
+        return false;
+    nImages = frameHeader(strFile).nImages;
+    return nImages >= nLeast;
+}
+
+QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport)
+{
+    QStringList listFrame, listLine;
+    for (const QString& strFile : listFile) {
+        int nImages = 0;
+        if (!isSeriesOfImages(strFile, nImages))
+            return listFile;
+        listFrame += framesOfFile(strFile, nImages);
+        listLine.append(QStringLiteral("%1 holds %L2 images: each is a frame of the series.")
+                            .arg(strFile)
+                            .arg(nImages));
+    }
+    for (const QString& strLine : qAsConst(listLine))
+        if (pReport)
+            pReport->addMessage(strLine);
+    return listFrame;
 }
 
 void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report)
@@ -209,10 +261,11 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
     return true;
 }
 
-bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report, QStringList* plistReason)
+bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& report, QStringList* plistReason)
 {
-    if (listFile.isEmpty())
+    if (listImage.isEmpty())
         return false;
+    const QStringList listFile = framesOfImageFiles(listImage, &report);
     clearDataSet(data);
     data.m_distortion = {};
     data.m_nAxisDecimals = 1;

@@ -21,12 +21,16 @@ enum class OpenKind {
 OpenKind openKind(const QStringList& listFile);
 
 /// Why a file is none to begin a data set with; empty when it is one. A project and a text list are left to
-/// their readers. What goes as an image must be there, a regular file, and of a suffix or, for a picture of
-/// another suffix, of a content that a reader of frames knows: results and side files are none of these.
+/// their readers. What goes as an image, "FILE" or "FILE#12", must be there, a regular file, and of a content
+/// or a suffix that a reader of frames knows: results and side files are none of these.
 QString reasonNotToOpen(const QString& strFile);
 /// The same for files that are opened together: of the first, and of the others as far as they are frames. A
 /// frame behind the first one may be missing: the loader says so when it is looked at.
 QString reasonNotToOpen(const QStringList& listFile);
+
+/// Those of some frames whose file cannot be read, and images that their files do not hold, as far as the
+/// headers tell, with how many there are.
+QStringList missingFrames(const QStringList& listFrame);
 
 /// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
 /// what was found.
@@ -64,12 +68,18 @@ bool countsAgree(const DataSet& data);
 /// @return whether a cell was loaded
 bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
 
-/// Opens images as the frames of a data set of their own: stage and overall tilt 0.1 degrees a frame, beam
+/// The frames of images that are opened together: the files themselves, or where each of them holds three
+/// images or more all of these, "FILE#1" ... "FILE#n". A MRC stack stays one frame
+/// with several images.
+/// @param pReport  may be null; gets a line for each file that was taken apart
+QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport = nullptr);
+
+/// Opens images as the frames of a data set of their own, by framesOfImageFiles(): stage and overall tilt 0.1 degrees a frame, beam
 /// tilt 0, geometry as it was but without the distortions beside the stretching. The project's folder is that
 /// of the first file.
 ///
 /// @return false for an empty list; nothing has then changed
-bool openImageFiles(DataSet& data, const QStringList& listFile, CRunReport& report,
+bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& report,
                     QStringList* plistReason = nullptr);
 
 }  // namespace tessera

@@ -34,8 +34,12 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     ImageList vecRead;
     QString strReason;
     const int nResult = readFrame(strFileName, nMaxImages, vecRead, strReason);
+    const FrameName name = frameName(strFileName);
+    if (vecRead.empty() && strReason.isEmpty() && name.bPart) {
+        strReason = QStringLiteral("there is no image %1 in the file").arg(qint64(name.nImage) + 1);
+    }
     if (vecRead.empty() && !strReason.isEmpty()) {
-        strReason += misnamedHint(frameName(strFileName).strFile);
+        strReason += misnamedHint(name.strFile);
         report.noteReason(
             QStringLiteral("%1: %2").arg(strFileName, strReason));  // said after a line with the file alone
     }

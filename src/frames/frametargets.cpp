@@ -1,5 +1,7 @@
 #include "frames/frametargets.h"
 
+#include "imagefiles/framename.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -34,8 +36,12 @@ QString pathKey(const QString& strFile)
 QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile, int* pnCount)
 {
     QSet<QString> setFrame;
-    for (const QString& strFrame : listFrameFile)
+    for (const QString& strFrame : listFrameFile) {
         setFrame.insert(pathKey(strFrame));
+        if (const FrameName name = frameName(strFrame); name.bPart) {
+            setFrame.insert(pathKey(name.strFile));  // which holds the frame among others
+        }
+    }
     QSet<QString> setHit;
     QString strFirst;
     for (const QString& strTarget : listTarget) {

@@ -1,11 +1,10 @@
 #include "frames/imageseries.h"
 
 #include "frames/seriesexport.h"
+#include "imagefiles/framename.h"
 #include "imagefiles/imagesaving.h"
 #include "imaging/contrast.h"
 #include "records/runends.h"
-
-#include <QFileInfo>
 
 #include <new>
 
@@ -13,7 +12,7 @@ namespace tessera {
 
 QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension)
 {
-    return strFolder + QLatin1Char('/') + QFileInfo(strFrame).completeBaseName() + strExtension;
+    return strFolder + QLatin1Char('/') + frameBaseName(strFrame) + strExtension;
 }
 
 RunOutcome saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,

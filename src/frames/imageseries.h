@@ -9,7 +9,7 @@
 
 namespace tessera {
 
-/// FOLDER/NAME with the extension, with the frame's name without its last suffix.
+/// FOLDER/NAME with the extension, with the frame's name without its last suffix (frameBaseName()).
 QString seriesPictureFile(const QString& strFolder, const QString& strFrame, const QString& strExtension);
 
 /// Writes the first image of each frame as an 8-bit grey picture into a folder, under the frame's name

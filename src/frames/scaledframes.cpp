@@ -1,6 +1,7 @@
 #include "frames/scaledframes.h"
 
 #include "frames/seriesexport.h"
+#include "imagefiles/framename.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/resizebicubic.h"
 #include "records/availablememory.h"
@@ -39,8 +40,8 @@ bool writeScaled(const CImgObj<float>& image, double dfScale, const QString& str
 
 QString scaledFrameFile(const QString& strFrame)
 {
-    const QFileInfo info(strFrame);
-    return info.absolutePath() + QLatin1Char('/') + info.baseName() + QStringLiteral("_s.mrc");
+    return QFileInfo(frameName(strFrame).strFile).absolutePath() + QLatin1Char('/') +
+           frameShortName(strFrame) + QStringLiteral("_s.mrc");
 }
 
 RunOutcome exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report)

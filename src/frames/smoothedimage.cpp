@@ -1,6 +1,7 @@
 #include "frames/smoothedimage.h"
 
 #include "frames/bandpass.h"
+#include "imagefiles/framename.h"
 #include "imagefiles/mrcfile.h"
 
 #include <QFileInfo>
@@ -20,9 +21,8 @@ bool outputSmoothedImage(const CImgObj<float>& imgFrame, const PeakHuntingParame
     }
     updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters);
     filterSpectrum(spectrum, filters, fft, imgProduct, &imgSmooth, nullptr);
-    const QFileInfo info(strFileName);
-    const QString strTarget = info.absolutePath() + QStringLiteral("/N") + info.baseName() +
-                              QStringLiteral(".mrc");
+    const QString strTarget = QFileInfo(frameName(strFileName).strFile).absolutePath() +
+                              QStringLiteral("/N") + frameShortName(strFileName) + QStringLiteral(".mrc");
     QString strReason;
     if (!WriteMRC<float>({&imgSmooth}, strTarget, &strReason)) {
         report.addMessage(QStringLiteral("Failed to save image:%1").arg(strTarget), Severity::Error);

@@ -2,11 +2,10 @@
 
 #include "frames/seriesexport.h"
 #include "frames/wholepixels.h"
+#include "imagefiles/framename.h"
 #include "imagefiles/smvfile.h"
 #include "imaging/imageshifts.h"
 #include "records/runends.h"
-
-#include <QFileInfo>
 
 #include <cmath>
 
@@ -14,7 +13,7 @@ namespace tessera {
 
 QString smvImageFile(const QString& strFolder, const QString& strFrame)
 {
-    return strFolder + QLatin1Char('/') + QFileInfo(strFrame).baseName() + QStringLiteral(".img");
+    return strFolder + QLatin1Char('/') + frameShortName(strFrame) + QStringLiteral(".img");
 }
 
 RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)

@@ -45,4 +45,9 @@ QString frameBaseName(const QString& strFrame)
                       : strBase;
 }
 
+QString frameShortName(const QString& strFrame)
+{
+    return frameName(strFrame).bPart ? frameBaseName(strFrame) : QFileInfo(strFrame).baseName();
+}
+
 }  // namespace tessera

@@ -137,12 +137,7 @@ bool needsFrames(const RoadOptions& options)
 StageResult checkFrameFiles(RoadState& state)
 {
     const QStringList& listFrame = state.dataSet.m_listFrameFile;
-    QStringList listMissing;
-    for (const QString& strFile : listFrame) {
-        if (!QFileInfo(strFile).isReadable()) {
-            listMissing.append(strFile);
-        }
-    }
+    const QStringList listMissing = missingFrames(listFrame);
     if (listMissing.isEmpty()) {
         return {};
     }

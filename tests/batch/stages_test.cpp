@@ -1,4 +1,6 @@
 // The stages apart and together, one thread and several, on a simulated series.
+#include "dataset/projectfile.h"
+#include "imagefiles/mrcfile.h"
 #include "tests/batch/batchprogram.h"
 #include "tests/imagefiles/filesizelimit.h"
 
@@ -392,6 +394,30 @@ TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
     const QString strBase = QFileInfo(listArgument.first()).completeBaseName();
     for (const char* pszSuffix : aszResult) {
         EXPECT_EQ(readBytes(m_dir.filePath("images/" + strBase + '.' + pszSuffix)),
+                  result("project", pszSuffix))
+            << pszSuffix;
+    }
+}
+
+TEST_F(Stages, TakeTheImagesOfAStackAsTheFramesOfASeries)
+{
+    ASSERT_EQ(batch("project").nStatus, 0);
+    ProjectFile project;
+    const QString strProject = m_dir.filePath(QDir(m_dir.path()).entryList({"*.ed3d"}).value(0));
+    ASSERT_TRUE(project.read(strProject));
+    ImageList vecImage;
+    QByteArray bytesProject = readBytes(strProject);
+    for (const QString& strFrame : project.frameFiles()) {
+        ASSERT_EQ(ReadMRC(strFrame, vecImage), 1);
+        bytesProject.replace(QFileInfo(strFrame).fileName().toUtf8(),
+                             "stack.mrc#" + QByteArray::number(int(vecImage.size())));
+    }
+    ASSERT_EQ(WriteMRC(vecImage, m_dir.filePath("stack.mrc")), 1);
+    writeBytes(m_dir.filePath("stack.ed3d"), bytesProject);
+    const BatchOutcome outcome = runBatch({m_dir.filePath("stack.ed3d"), "--out", m_dir.filePath("stack")});
+    ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+    for (const char* pszSuffix : aszResult) {
+        EXPECT_EQ(readBytes(m_dir.filePath("stack/stack." + QString(pszSuffix))),
                   result("project", pszSuffix))
             << pszSuffix;
     }

@@ -1,6 +1,7 @@
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
 #include "dataset/projectfile.h"
+#include "imagefiles/mrcfile.h"
 #include "tests/dataset/textfiles.h"
 #include "tests/recordingreport.h"
 
@@ -237,6 +238,29 @@ TEST_F(Opening, ImagesBecomeFramesATenthOfADegreeApart)
     EXPECT_EQ(m_data.m_strProjectName, QString("x.1"));
     EXPECT_EQ(openKind({"a.TXT", "b.ed3d"}), OpenKind::reflectionList);
     EXPECT_EQ(openKind({"ed3d"}), OpenKind::images);
+}
+
+TEST_F(Opening, TakesImagesOfAStackByTheirNumbers)
+{
+    CImgObj<float> img;
+    img.Create(4, 3);
+    ASSERT_EQ(WriteMRC<float>({&img, &img, &img}, path("s.mrc")), 1);
+    writeBytes(path("d.dat"), QByteArray("\0\0\0\3 the content tells", 21));
+    EXPECT_EQ(reasonNotToOpen(path("d.dat")), QString());
+    ASSERT_TRUE(open(g_strGeometry + "FILELIST\nFILE s.mrc#3 1 0 1\nFILE s.mrc#1 2 0 2\nENDFILELIST\n"));
+    EXPECT_EQ(m_data.m_listFrameFile, QStringList({path("s.mrc#3"), path("s.mrc#1")}));
+    EXPECT_EQ(missingFrames(m_data.m_listFrameFile), QStringList());
+    EXPECT_EQ(missingFrames({path("s.mrc"), path("t.mrc#2"), path("t.mrc")}),
+              QStringList({path("t.mrc#2"), path("t.mrc")}));
+    EXPECT_EQ(reasonNotToOpen(path("s.mrc#2")), QString());
+    EXPECT_EQ(reasonNotToOpen(QStringList{path("s.mrc#2"), path("s.mrc"), path("gone.mrc#7")}), QString());
+    EXPECT_EQ(reasonNotToOpen(path("t.mrc#2")), path("t.mrc#2 does not exist."));
+    EXPECT_EQ(reasonNotToOpen(path("p.ed3d#1")), path("p.ed3d#1 is neither a project nor an image."));
+    // A stack that is named without a number stays one frame of several images.
+    ASSERT_TRUE(openImageFiles(m_data, {path("s.mrc")}, m_report));
+    EXPECT_EQ(m_data.m_listFrameFile, QStringList(path("s.mrc")));
+    ASSERT_TRUE(openImageFiles(m_data, {path("s.mrc#2"), path("s.mrc#3")}, m_report));
+    EXPECT_EQ(m_data.m_strProjectDir + m_data.m_strProjectName, m_folder.path() + "s");
 }
 
 // The rounding is compared with the pages themselves.

@@ -44,6 +44,8 @@ TEST(DisplayName, LaysTheBaseNamesOverOneAnother)
     EXPECT_EQ(displayName({"f001.dm3", "f120.dm3", "f002.dm3"}), QString("f***.dm3"));
     EXPECT_EQ(displayName({"/x/ab.mrc", "/y/abc.tif"}), QString("ab.tif"));
     EXPECT_EQ(displayName({"/x/abc.mrc", "/y/bb.tif"}), QString("*b.tif"));
+    EXPECT_EQ(displayName({"/x/s.mrc#9", "/x/s.mrc#10", "/x/s.mrc#11"}), QString("s_00**.mrc"));
+    EXPECT_EQ(displayName({"/x/s.mrc#nine"}), QString("s.mrc#nine"));
 }
 
 }  // namespace tessera

@@ -1,7 +1,10 @@
 // Series written in other forms: headers and pixels, names that meet, files that must not be overwritten.
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
+#include "frames/frametargets.h"
+#include "frames/smoothedimage.h"
 #include "frames/smvexport.h"
+#include "imagefiles/framename.h"
 #include "tests/frames/frameseries.h"
 
 namespace tessera {
@@ -121,6 +124,37 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     EXPECT_EQ(exportBinnedFrames(data, 0.33, series.report).end,
               RunEnd::Finished);  // 20 × 10 to 6 × 3, truncated, of floats
     EXPECT_EQ(series.content("a_s.mrc").size() + series.content("g_s.mrc").size(), 2 * (1024 + 4 * 6 * 3));
+}
+
+TEST(Exports, ImagesOfOneStackGetFilesOfTheirOwn)
+{
+    FrameSeries series;
+    ImageList vecImage;
+    for (int n = 1; n <= 3; ++n)
+        vecImage.push_back(std::make_unique<CImgObj<float>>(makeImage(8, 4, [&](int, int) { return n; })));
+    const QString strStack = series.dir.filePath("s.1.mrc");
+    ASSERT_EQ(WriteMRC(vecImage, strStack), 1);
+    series.dataSet.m_listFrameFile = QStringList({nameOfImage(strStack, 2), nameOfImage(strStack, 0)});
+    series.dataSet.m_listShift = {QPointF(), QPointF()};
+    const QByteArray bytesStack = series.content("s.1.mrc");
+    EXPECT_EQ(exportSMVImages(series.dataSet, series.report).end, RunEnd::Finished);
+    EXPECT_EQ(pixel(series.content("s.1_0003.img"), 5), 3);
+    EXPECT_EQ(pixel(series.content("s.1_0001.img"), 5), 1);
+    EXPECT_EQ(saveSeries(series.dataSet, series.dir.path(), ".mrc", 0, 10, series.report).end,
+              RunEnd::Finished);
+    EXPECT_EQ(exportBinnedFrames(series.dataSet, 1, series.report).end, RunEnd::Finished);
+    for (const char* pName : {"s.1_0003.mrc", "s.1_0001.mrc", "s.1_0003_s.mrc", "s.1_0001_s.mrc"})
+        EXPECT_FALSE(series.content(pName).isEmpty()) << pName;
+    CPeakFilters filters;
+    EXPECT_TRUE(outputSmoothedImage(*vecImage[1], {}, filters, nameOfImage(strStack, 1), series.report));
+    EXPECT_FALSE(series.content("Ns.1_0002.mrc").isEmpty());
+    EXPECT_EQ(frameAmongTargets({strStack}, series.dataSet.m_listFrameFile), strStack);
+    EXPECT_EQ(series.content("s.1.mrc"), bytesStack);
+
+    series.dataSet.m_listFrameFile.append(nameOfImage(strStack, 3));
+    EXPECT_EQ(exportBinnedFrames(series.dataSet, 1, series.report).end, RunEnd::Failed);
+    EXPECT_TRUE(series.report.log().contains("s.1.mrc#4: ")) << series.report.log().toStdString();
+    EXPECT_TRUE(series.report.log().contains("image 4")) << series.report.log().toStdString();
 }
 
 }  // namespace tessera
