@@ -140,10 +140,10 @@ TEST(Exports, ImagesOfOneStackGetFilesOfTheirOwn)
     EXPECT_EQ(exportSMVImages(series.dataSet, series.report).end, RunEnd::Finished);
     EXPECT_EQ(pixel(series.content("s.1_0003.img"), 5), 3);
     EXPECT_EQ(pixel(series.content("s.1_0001.img"), 5), 1);
-    EXPECT_EQ(saveSeries(series.dataSet, series.dir.path(), ".mrc", 0, 10, series.report).end,
+    EXPECT_EQ(saveSeries(series.dataSet, series.dir.path(), ".png", 0, 10, series.report).end,
               RunEnd::Finished);
     EXPECT_EQ(exportBinnedFrames(series.dataSet, 1, series.report).end, RunEnd::Finished);
-    for (const char* pName : {"s.1_0003.mrc", "s.1_0001.mrc", "s.1_0003_s.mrc", "s.1_0001_s.mrc"})
+    for (const char* pName : {"s.1_0003.png", "s.1_0001.png", "s.1_0003_s.mrc", "s.1_0001_s.mrc"})
         EXPECT_FALSE(series.content(pName).isEmpty()) << pName;
     CPeakFilters filters;
     EXPECT_TRUE(outputSmoothedImage(*vecImage[1], {}, filters, nameOfImage(strStack, 1), series.report));
