@@ -96,9 +96,8 @@ QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport)
         if (!isSeriesOfImages(strFile, nImages))
             return listFile;
         listFrame += framesOfFile(strFile, nImages);
-        listLine.append(QStringLiteral("%1 holds %L2 images: each is a frame of the series.")
-                            .arg(strFile)
-                            .arg(nImages));
+        listLine.append(
+            QStringLiteral("%1 holds %L2 images: each is a frame of the series.").arg(strFile).arg(nImages));
     }
     for (const QString& strLine : qAsConst(listLine))
         if (pReport)

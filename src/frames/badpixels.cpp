@@ -40,24 +40,22 @@ double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
     return nBad < nPixels ? dfSum / double(nPixels - nBad) : 0.0;
 }
 
-qint64 replaceBadPixels(CImgObj<float>& img)
+void CBadPixelLines::add(int nFrame, qint64 nBad, CRunReport& report)
 {
-    qint64 nBad = 0;
-    const float fMean = float(meanOfUsablePixels(img, nBad));
-    if (nBad > 0) {
-        const qint64 nPixels = qint64(img.Width()) * img.Height();
-        for (qint64 i = 0; i < nPixels; ++i)
-            if (!isUsablePixel(img.Data()[i]))
-                img.Data()[i] = fMean;
+    if (nBad > 0 && nBad != m_nFormer) {
+        report.addMessage(
+            QStringLiteral("Frame #%L1: %L2 pixels without a usable number were filled from those around "
+                           "them.")
+                .arg(nFrame + 1)
+                .arg(nBad));
+    } else if (nBad > 0 && !m_bSaidSo) {
+        report.addMessage(
+            QStringLiteral("Frame #%L1 and those after it have as many such pixels unless others are told, "
+                           "as of a mask of the detector.")
+                .arg(nFrame + 1));
+        m_bSaidSo = true;
     }
-    return nBad;
-}
-
-QString badPixelLine(int nFrame, qint64 nBad)
-{
-    return QStringLiteral("Frame #%L1: %L2 pixels without a usable number took the mean of the others.")
-        .arg(nFrame + 1)
-        .arg(nBad);
+    m_nFormer = nBad;
 }
 
 }  // namespace tessera

@@ -1,9 +1,10 @@
-// replaceBadPixels: pixels that hold no usable number, before a transform spreads them.
+// BadPixels: pixels that hold no usable number, how many and how the user is told.
 #pragma once
 
 #include "imaging/imgobj.h"
+#include "records/runreport.h"
 
-#include <QString>
+#include <QtGlobal>
 
 #include <cmath>
 
@@ -20,11 +21,16 @@ inline bool isUsablePixel(float f)
 /// @param nBad  takes the number of the others
 double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad);
 
-/// Gives every pixel that holds no usable number the mean of the others.
-/// @return how many there were
-qint64 replaceBadPixels(CImgObj<float>& img);
+/// Tells the user of such pixels, frame after frame. Detectors mark the same ones on each frame: a number
+/// that stays is told once.
+class CBadPixelLines {
+public:
+    /// Frames in order. @param nFrame  index from 0
+    void add(int nFrame, qint64 nBad, CRunReport& report);
 
-/// The line that tells the user of it. @param nFrame  index from 0
-QString badPixelLine(int nFrame, qint64 nBad);
+private:
+    qint64 m_nFormer = 0;
+    bool m_bSaidSo = false;
+};
 
 }  // namespace tessera

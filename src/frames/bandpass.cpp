@@ -1,6 +1,7 @@
 #include "frames/bandpass.h"
 
 #include "frames/badpixels.h"
+#include "frames/gapfilling.h"
 
 #include <cstddef>
 
@@ -17,13 +18,16 @@ qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectru
     const qint64 nPixels = qint64(nWidth) * nHeight;
     qint64 nBad = 0;
     const float fMean = float(meanOfUsablePixels(imgFrame, nBad));
+    CImgObj<float> imgFilled;
+    if (nBad > 0) {
+        imgFilled.Copy(imgFrame);
+        fillBadPixels(imgFilled);
+    }
+    const float* const pPixel = nBad > 0 ? imgFilled.Data() : imgFrame.Data();
     const auto lessMean = [&](int nRow, float* pRow) {
-        const float* pFrame = imgFrame.Data() + qint64(nRow) * nWidth;
+        const float* pFrame = pPixel + qint64(nRow) * nWidth;
         for (int x = 0; x < nWidth; ++x)
             pRow[x] = pFrame[x] - fMean;
-        for (int x = 0; nBad > 0 && x < nWidth; ++x)
-            if (!isUsablePixel(pFrame[x]))
-                pRow[x] = 0.f;
     };
     if (!fft.TransformReal(lessMean, nWidth, nHeight, spectrum.imgHalf.Data()))
         return -1;

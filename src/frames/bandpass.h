@@ -21,10 +21,10 @@ struct FrameSpectrum {
 /// Spectrum of a frame.
 ///
 /// One pixel without a usable number (infinite, NaN, or beyond 1e30 in size) would spoil every
-/// pixel of the filtered frame; such pixels take part with the mean of the others, or 0 if there
-/// are none. The mean goes around the transform rather than through it, so that a constant frame
+/// pixel of the filtered frame; such pixels take part with what those around them tell
+/// (fillBadPixels()). The mean goes around the transform rather than through it, so that a constant frame
 /// has a zero frequency and exact zeros elsewhere at every size.
-/// @return the number of pixels so replaced; -1, with nothing written, for an image without pixels
+/// @return the number of pixels so filled; -1, with nothing written, for an image without pixels
 qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum);
 
 /// Smoothed and band-passed image of a frame from its spectrum, by filters that fit its size.

@@ -163,6 +163,20 @@ QList<QPoint> hotPixels(const std::vector<FrameSigns>& vecFrame)
     return listHot;
 }
 
+void lookAtGaps(const std::vector<FrameSigns>& vecFrame, FrameDefects& defects)
+{
+    std::vector<PixelRun> vecRun = vecFrame.front().vecUnusable;
+    for (size_t i = 1; i < vecFrame.size(); ++i) {
+        vecRun = commonRuns(vecRun, vecFrame[i].vecUnusable);
+    }
+    for (const PixelRun& run : vecRun) {
+        defects.nUnusable += run.pixelCount();
+    }
+    if (defects.nUnusable < qint64(defects.nWidth) * defects.nHeight) {
+        defects.listGap = gapAreas(vecRun, defects.nWidth, defects.nHeight);
+    }
+}
+
 QPolygonF rectangle(double dfLeft, double dfTop, double dfRight, double dfBottom)
 {
     return QPolygonF({{dfLeft, dfTop}, {dfRight, dfTop}, {dfRight, dfBottom}, {dfLeft, dfBottom}});
@@ -232,6 +246,7 @@ FrameSigns signsOfFrame(const CImgObj<float>& imgFrame)
     signs.vecBlockMean = blockMeans(imgFrame);
     lookAtBorders(imgFrame, signs);
     lookForSpikes(imgFrame, signs);
+    signs.vecUnusable = unusableRuns(imgFrame);
     return signs;
 }
 
@@ -270,6 +285,7 @@ FrameDefects defectsOf(const std::vector<FrameSigns>& vecAll)
         defects.listShadow = findShadows(vecMean, defects.nWidth, defects.nHeight);
         defects.listWrapped = wrappedEdges(defects);
     }
+    lookAtGaps(vecFrame, defects);
     return defects;
 }
 
@@ -294,6 +310,7 @@ MaskData maskOfDefects(const FrameDefects& defects)
     }
     mask.listPolygon += defects.listShadow;
     mask.listPolygon += defects.listWrapped;
+    mask.listPolygon += defects.listGap;
     return mask;
 }
 
@@ -335,6 +352,13 @@ QStringList tellDefects(const FrameDefects& defects)
     tellAreas(defects.listWrapped,
               QStringLiteral("Left out of the peak search: the edge between (%1, %2) and (%3, %4), as the "
                              "opposite one lies in a shadow."));
+    if (!defects.listGap.isEmpty()) {
+        list.append(
+            QStringLiteral("Left out of the peak search: %1 areas that the frames mark as no measurement, as "
+                           "of gaps between chips; %2 pixels are marked so.")
+                .arg(defects.listGap.size())
+                .arg(defects.nUnusable));
+    }
     if (!defects.listHotPixel.isEmpty()) {
         QStringList listPlace;
         for (const QPoint& pt : defects.listHotPixel) {

@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "dataset/maskdata.h"
+#include "frames/framegaps.h"
 #include "frames/stucklines.h"
 #include "imaging/imgobj.h"
 #include "records/runreport.h"
@@ -28,7 +29,8 @@ struct FrameSigns {
     std::vector<float> vecBlockMean;  ///< as by blockMeans()
     /// Brightness of the outermost lines, from the edge inwards: left, right, top, bottom.
     std::array<std::array<float, g_nBorderLines>, 4> aBorder = {};
-    QList<QPoint> listSpike;  ///< single pixels that stand high above all their neighbours
+    QList<QPoint> listSpike;            ///< single pixels that stand high above all their neighbours
+    std::vector<PixelRun> vecUnusable;  ///< pixels without a usable number
 };
 
 struct FrameDefects {
@@ -42,6 +44,8 @@ struct FrameDefects {
     /// frame by its opposite edge, and the band-pass makes a ridge of peaks along the step between them.
     QList<QPolygonF> listWrapped;
     QList<QPoint> listHotPixel;  ///< column, row
+    QList<QPolygonF> listGap;    ///< as by gapAreas(): what all frames mark as no measurement
+    qint64 nUnusable = 0;        ///< pixels that they mark so, those in no area as well
 };
 
 /// Looks at one frame; any size.
@@ -51,6 +55,7 @@ FrameSigns signsOfFrame(const CImgObj<float>& imgFrame);
 ///
 /// A reflection, a ring, the halo of the beam are none: what counts is the same on all frames and ends
 /// sharply. Fewer than five frames say nothing of hot pixels and shadows.
+/// What the frames mark as no measurement is believed of one, unless it is all of it.
 FrameDefects defectsOf(const std::vector<FrameSigns>& vecFrame);
 
 /// The defects as areas that hunting leaves out, in the order of tellDefects(); hot pixels are no areas.

@@ -1,16 +1,51 @@
 #include "frames/framehunt.h"
 
+#include "frames/framegaps.h"
 #include "frames/integration.h"
 #include "frames/localmaxima.h"
 #include "frames/peakmask.h"
 #include "frames/wholepixels.h"
 #include "records/refintpara.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace tessera {
 
 namespace {
 
 const double g_dfCandidateFraction = 0.01;  // of the pixels of a frame
+
+/// How near to a gap a maximum is none: a spot of twice the width of the narrow filter lies on both sides.
+int reachOfGap(const PeakHuntingParameters& parameters)
+{
+    const int nLeast = 2;
+    return std::max(nLeast, int(std::ceil(std::min(2 * parameters.m_dfPeakRadius, 1e3))));
+}
+
+void removePeaksAtGaps(const CImgObj<float>& img, int nReach, QList<double>& listX, QList<double>& listY)
+{
+    const auto isNearGap = [&](int nX, int nY) {
+        for (int y = std::max(0, nY - nReach); y <= std::min(img.Height() - 1, nY + nReach); ++y) {
+            for (int x = std::max(0, nX - nReach); x <= std::min(img.Width() - 1, nX + nReach); ++x) {
+                const int nSquare = (x - nX) * (x - nX) + (y - nY) * (y - nY);
+                if (nSquare <= nReach * nReach && isGapPixel(img, x, y)) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    };
+    QList<double> listKeptX, listKeptY;
+    for (int n = 0; n < listX.size(); ++n) {
+        if (!isNearGap(int(listX[n]), int(listY[n]))) {
+            listKeptX.append(listX[n]);
+            listKeptY.append(listY[n]);
+        }
+    }
+    listX = listKeptX;
+    listY = listKeptY;
+}
 
 }  // namespace
 
@@ -27,6 +62,8 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
     peaks.bTooMany = !FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX,
                                       peaks.listY, g_dfCandidateFraction);
     removeMaskedPeaks(mask, peaks.listX, peaks.listY);
+    if (nBad > 0)
+        removePeaksAtGaps(imgFrame, reachOfGap(parameters), peaks.listX, peaks.listY);
     peaks.listIPoint = SampleAtPositions(work.imgSmooth, peaks.listX, peaks.listY);
     std::vector<RefIntPara> vecWindow;
     MakeIntegrationWindows(peaks.listX, peaks.listY, wholePixels(parameters.m_dfIntegrationRadius),

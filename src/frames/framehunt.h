@@ -34,8 +34,9 @@ struct FrameHuntWork {
 
 /// Hunts one frame: the one path of the run and of the live preview.
 ///
-/// Strict local maxima of the band-passed frame at or above the threshold, outside the mask. More than
-/// 1 % of the pixels as candidates give no peaks. An image without pixels has none either.
+/// Strict local maxima of the band-passed frame at or above the threshold, outside the mask, and not in a gap
+/// of the detector nor as near to one as two widths of the narrow filter: a spot there lacks a part. More
+/// than 1 % of the pixels as candidates give no peaks. An image without pixels has none either.
 /// @param filters  made to fit; if they fit already they are only read, so threads may share them
 FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work);

@@ -2,9 +2,11 @@
 
 #include "frames/badpixels.h"
 #include "frames/blockoutline.h"
+#include "frames/gapfilling.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 namespace tessera {
 
@@ -115,6 +117,7 @@ std::vector<float> blockMeans(const CImgObj<float>& imgFrame)
     // Of the columns within a row of blocks; zeros follow the last one, up to a whole block.
     std::vector<float> vecSum;
     std::vector<int> vecCount;
+    int nEmpty = 0;
     for (int nTop = 0; nTop < nHeight; nTop += g_nShadowBlock) {
         vecSum.assign(size_t(nAcross) * g_nShadowBlock, 0);
         vecCount.assign(size_t(nAcross) * g_nShadowBlock, 0);
@@ -134,8 +137,16 @@ std::vector<float> blockMeans(const CImgObj<float>& imgFrame)
                 fSum += vecSum[k];
                 nCount += vecCount[k];
             }
-            vecMean.push_back(nCount > 0 ? fSum / float(nCount) : 0);
+            vecMean.push_back(nCount > 0 ? fSum / float(nCount) : std::numeric_limits<float>::quiet_NaN());
+            nEmpty += nCount > 0 ? 0 : 1;
         }
+    }
+    if (nEmpty > 0) {
+        CImgObj<float> img;
+        img.Create(nAcross, int(vecMean.size()) / nAcross);
+        std::copy(vecMean.begin(), vecMean.end(), img.Data());
+        fillBadPixels(img);
+        std::copy_n(img.Data(), vecMean.size(), vecMean.begin());
     }
     return vecMean;
 }

@@ -13,7 +13,8 @@ namespace tessera {
 constexpr int g_nShadowBlock = 4;  ///< side of the blocks of pixels that shadows are made of
 
 /// Means of the blocks of a frame, row by row; those on the right and lower edge may be smaller. Pixels
-/// without a usable number do not count, a block of such alone is 0.
+/// without a usable number do not count, a block of such alone takes what
+/// those around it tell (fillBadPixels()), as a gap of the detector is no shadow.
 std::vector<float> blockMeans(const CImgObj<float>& imgFrame);
 
 /// Finds the shadows that frames have in common.

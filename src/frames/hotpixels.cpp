@@ -1,8 +1,24 @@
 #include "frames/hotpixels.h"
 
+#include "frames/badpixels.h"
+
 #include <cstddef>
+#include <limits>
 
 namespace tessera {
+
+// Mean of the neighbours that hold a usable number, as beside a gap of the detector; NaN where none does.
+static float meanOfUsable(const float* pf, std::ptrdiff_t nRow)
+{
+    double dfSum = 0;
+    int nUsable = 0;
+    for (const std::ptrdiff_t n :
+         {-nRow - 1, -nRow, -nRow + 1, std::ptrdiff_t(-1), std::ptrdiff_t(1), nRow - 1, nRow, nRow + 1}) {
+        dfSum += isUsablePixel(pf[n]) ? double(pf[n]) : 0;
+        nUsable += isUsablePixel(pf[n]) ? 1 : 0;
+    }
+    return nUsable > 0 ? float(dfSum / nUsable) : std::numeric_limits<float>::quiet_NaN();
+}
 
 void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel)
 {
@@ -18,7 +34,7 @@ void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel)
         float* pf = pfData + pt.y() * nRow + pt.x();
         const double dfSum = static_cast<double>(pf[-nRow - 1]) + pf[-nRow] + pf[-nRow + 1] + pf[-1] + pf[1] +
                              pf[nRow - 1] + pf[nRow] + pf[nRow + 1];
-        *pf = static_cast<float>(dfSum * 0.125);
+        *pf = isUsablePixel(float(dfSum)) ? static_cast<float>(dfSum * 0.125) : meanOfUsable(pf, nRow);
     }
 }
 

@@ -58,6 +58,7 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
     const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
     FrameHuntWork work;
     QList<Peak3D> listFlat;
+    CBadPixelLines badPixelLines;
     const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
         if (!pImage)
@@ -68,8 +69,7 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
                             .arg(run.series().listFrameFile[nFrame]));
             return false;
         }
-        if (nBad > 0)
-            report.addMessage(badPixelLine(nFrame, nBad), Severity::Info);
+        badPixelLines.add(nFrame, nBad, report);
         if (peaksSorted.size() != run.frameCount())
             return false;  // taken away while events were handled
         QList<Peak3D> listPeak = peaksSorted[nFrame];

@@ -64,8 +64,6 @@ public:
                 frame.report.fail(QStringLiteral("%1: the frame cannot be transformed. Stop.").arg(strFile));
                 return frame;
             }
-            if (frame.peaks.nBadPixels > 0)
-                frame.report.addMessage(badPixelLine(nFrame, frame.peaks.nBadPixels), Severity::Info);
             frame.bHunted = true;
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
@@ -126,11 +124,13 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
     };
     int nNextID = 0;
     int nNoisy = 0, nFirstNoisy = 0;
+    CBadPixelLines badPixelLines;
     const auto takeOver = [&](int i, HuntedFrame& frame) {
         frame.report.sayTo(report);
         dataSet.m_vecFrameImage = std::move(frame.vecImage);
         if (!frame.bHunted)
             return false;
+        badPixelLines.add(i, frame.peaks.nBadPixels, report);
         const QList<Peak3D> listPeak = peakRecords(frame.peaks, i, nNextID);
         report.addMessage(
             QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),

@@ -6,6 +6,7 @@
 #include "frames/firstimage.h"
 #include "frames/frameloader.h"
 #include "frames/framewalk.h"
+#include "frames/gapfilling.h"
 #include "frames/summedmapbeam.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
@@ -49,6 +50,7 @@ struct Square {
 struct RegionFrame {
     bool bUsable = false;
     CImgObj<COMPLEX> imgFT;  // centred layout, masked
+    qint64 nBadPixels = 0;   // of the region
     CDeferredReport report;
 };
 
@@ -65,7 +67,7 @@ public:
         try {
             CImgObj<float> imgRegion;
             if (loadRegion(nFrame, imgRegion, frame.report))
-                transform(nFrame, imgRegion, frame);
+                transform(imgRegion, frame);
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
         } catch (const std::bad_alloc&) {
@@ -78,11 +80,9 @@ public:
     }
 
 private:
-    void transform(int nFrame, CImgObj<float>& imgRegion, RegionFrame& frame)
+    void transform(CImgObj<float>& imgRegion, RegionFrame& frame)
     {
-        const qint64 nBad = replaceBadPixels(imgRegion);
-        if (nBad > 0)
-            frame.report.addMessage(badPixelLine(nFrame, nBad), Severity::Info);
+        frame.nBadPixels = fillBadPixels(imgRegion);
         const int nSide = m_square.nSide;
         if (!m_imgMask.Data()) {
             m_imgMask.Create(nSide, nSide);
@@ -189,10 +189,12 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
             return pCutter->cut(nFrame);
         };
     };
+    CBadPixelLines badPixelLines;
     const auto add = [&](int i, RegionFrame& frame) {
         frame.report.sayTo(report);
         if (!frame.bUsable)
             return false;
+        badPixelLines.add(i, frame.nBadPixels, report);
         bool bMeasured = true;
         const QPointF ptShift = sum.add(frame.imgFT, bMeasured);
         if (!bMeasured)

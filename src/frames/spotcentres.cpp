@@ -1,5 +1,6 @@
 #include "frames/spotcentres.h"
 
+#include "frames/badpixels.h"
 #include "frames/deferredreport.h"
 #include "frames/firstimage.h"
 #include "frames/framewalk.h"
@@ -23,19 +24,27 @@ std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, doub
     if (nX < nReach || nY < nReach || nX + nReach >= img.Width() || nY + nReach >= img.Height()) {
         return std::nullopt;
     }
-    std::vector<float> listValue;
+    std::vector<float> listValue;  // of half the pixels at least, beside a gap of the detector
+    size_t nRing = 0;
     for (int y = -nReach; y <= nReach; ++y) {
         for (int x = -nReach; x <= nReach; ++x) {
             const int nSquare = x * x + y * y;
             if (nSquare >= dfInner * dfInner && nSquare <= dfOuter * dfOuter) {
-                listValue.push_back(
-                    img.Data()[std::size_t(nY + y) * std::size_t(img.Width()) + std::size_t(nX + x)]);
+                const float f =
+                    img.Data()[std::size_t(nY + y) * std::size_t(img.Width()) + std::size_t(nX + x)];
+                nRing += 1;
+                if (isUsablePixel(f)) {
+                    listValue.push_back(f);
+                }
             }
         }
     }
+    if (2 * listValue.size() < nRing || listValue.empty()) {
+        return std::nullopt;
+    }
     const auto itMiddle = listValue.begin() + std::ptrdiff_t(listValue.size() / 2);
     std::nth_element(listValue.begin(), itMiddle, listValue.end());
-    return std::isfinite(*itMiddle) ? std::optional<double>(*itMiddle) : std::nullopt;
+    return double(*itMiddle);
 }
 
 /// The centroid of what stands above the background, relative to a centre, within the Gaussian round it.

@@ -17,7 +17,9 @@ const double g_dfFirstSigma = 1.5;       // of the weight, pixels; the steps lea
 const double g_dfLeastSigma = 0.45;      // narrower is a single pixel, whose moments say nothing
 const double g_dfGreatestSigma = 12;     // wider is a halo or a piece of a ring
 const double g_dfGreatestStretch = 2.5;  // of the moments along and across; more is a streak or two spots
-const double g_dfReach = 3;              // of the window, in sigmas of the weight: it leaves out 1 %
+// A dead pixel in the middle of a usual spot has a tenth of the weight; a gap that cuts one takes more.
+const double g_dfGreatestPartMissing = 0.1;
+const double g_dfReach = 3;  // of the window, in sigmas of the weight: it leaves out 1 %
 
 struct Window {
     double dfX, dfY;  // centre
@@ -27,6 +29,7 @@ struct Window {
 
 struct Moments {
     double dfSum = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0, dfYY = 0;
+    double dfMissing = 0;  // weight of pixels without a usable number, of all weights
 };
 
 float pixel(const CImgObj<float>& img, int nX, int nY)
@@ -98,11 +101,14 @@ Moments momentsOf(const CImgObj<float>& img, const Window& window)
     const int nLeft = int(std::lround(window.dfX)) - window.nReach;
     const int nTop = int(std::lround(window.dfY)) - window.nReach;
     Moments m;
+    double dfWeights = 0;
     for (size_t j = 0; j < vecY.size(); ++j) {
         const double dfDY = nTop + double(j) - window.dfY;
         for (size_t i = 0; i < vecX.size(); ++i) {
             const float fPixel = pixel(img, nLeft + int(i), nTop + int(j));
+            dfWeights += vecX[i] * vecY[j];
             if (!isUsablePixel(fPixel)) {
+                m.dfMissing += vecX[i] * vecY[j];
                 continue;
             }
             const double dfDX = nLeft + double(i) - window.dfX;
@@ -115,6 +121,7 @@ Moments momentsOf(const CImgObj<float>& img, const Window& window)
             m.dfYY += df * dfDY * dfDY;
         }
     }
+    m.dfMissing /= dfWeights;
     return m;
 }
 
@@ -137,7 +144,7 @@ std::optional<MeasuredSpot> measureSpot(const CImgObj<float>& img, int nX, int n
             return std::nullopt;
         }
         const Moments m = momentsOf(img, window);
-        if (!(m.dfSum > 0)) {
+        if (!(m.dfSum > 0) || m.dfMissing > g_dfGreatestPartMissing) {
             return std::nullopt;
         }
         const double dfMoment = 0.5 * (m.dfXX + m.dfYY) / m.dfSum;

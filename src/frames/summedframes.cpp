@@ -16,7 +16,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace tessera {
@@ -139,10 +141,12 @@ private:
     bool sumGroup(int nGroup)
     {
         m_imgSum.Clear();
+        m_mapMissing.clear();
         const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
         CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, m_report);
         const RunOutcome outcome = walk.run([&](int n) { return addFrame(vecFrame[size_t(n)]); });
         m_bStopped = outcome.end == RunEnd::Stopped;
+        completeSum(int(vecFrame.size()));
         return outcome.end == RunEnd::Finished;
     }
 
@@ -169,8 +173,31 @@ private:
                            .arg(nDY, 3);
         if (nDX != 0 || nDY != 0)
             CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
-        AddFloat(m_imgSum.Data(), pImage->Data(), int(m_nCount));
+        addUsable(*pImage);
         return true;
+    }
+
+    // A pixel that a frame marks as no measurement, as in a gap of the detector, takes no part.
+    void addUsable(CImgObj<float>& img)
+    {
+        for (qint64 i = 0; i < m_nCount; ++i) {
+            float& f = img.Data()[i];
+            if (std::isnan(f)) {
+                f = 0;
+                ++m_mapMissing[i];
+            }
+        }
+        AddFloat(m_imgSum.Data(), img.Data(), int(m_nCount));
+    }
+
+    // What the frames that measured a pixel make of the whole group; a pixel that none did stays without a
+    // number.
+    void completeSum(int nFrames)
+    {
+        for (const auto& [i, nMissing] : m_mapMissing)
+            m_imgSum.Data()[i] = nMissing < nFrames
+                                     ? m_imgSum.Data()[i] * float(nFrames) / float(nFrames - nMissing)
+                                     : std::numeric_limits<float>::quiet_NaN();
     }
 
     bool exportGroup(int nGroup, const std::function<void(int nGroup)>& fnGroupDone)
@@ -232,6 +259,7 @@ private:
     const std::vector<std::vector<int>> m_vecGroup;
     qint64 m_nCount = 0;
     CImgObj<float> m_imgSum;
+    std::unordered_map<qint64, int> m_mapMissing;  // by place, on how many frames of the group
     CImgObj<unsigned short> m_imgOutput;
     QString m_strShifts;
     bool m_bStopped = false;
