@@ -9,14 +9,15 @@ namespace tessera {
 
 namespace {
 
-/// The mean of what lines through a pixel tell, one entry a pixel of the frame.
+/// The mean of what lines through a pixel tell, one entry a pixel of the frame; of equal values their own.
 struct Told {
-    std::vector<float> vecSum, vecWeight;
+    std::vector<float> vecMean, vecWeight;
 
     void add(size_t nPixel, double dfValue, double dfWeight)
     {
-        vecSum[nPixel] += float(dfWeight * dfValue);
-        vecWeight[nPixel] += float(dfWeight);
+        const double dfMean = double(vecMean[nPixel]), dfAll = double(vecWeight[nPixel]) + dfWeight;
+        vecMean[nPixel] = float(dfMean + (dfValue - dfMean) * (dfWeight / dfAll));
+        vecWeight[nPixel] = float(dfAll);
     }
 };
 
@@ -100,7 +101,7 @@ qint64 fillBadPixels(CImgObj<float>& img)
         lookAround(img, told);
         for (size_t i = 0; i < nPixels; ++i) {
             if (told.vecWeight[i] > 0) {
-                pf[i] = told.vecSum[i] / told.vecWeight[i];
+                pf[i] = told.vecMean[i];
             }
         }
     }

@@ -21,8 +21,9 @@ namespace tessera {
 /// A group of which a frame cannot be loaded, or has another size than the first frame of the series, is not
 /// written, and the export goes on with the next. A list of shifts of another length than the series is not
 /// used, with a red line. Of the pixels out of range the first ten of a group have a line each, the others
-/// one together; pixels that are no numbers become 0. When the report's goOn() asks for the end, the export
-/// stops before the next frame; a sum that is complete by then is written.
+/// one together. A frame's pixels that are no numbers take no part, and the sum of the other frames is raised
+/// to the number of all; a pixel that is one on no frame becomes 0. When the report's goOn() asks for the
+/// end, the export stops before the next frame; a sum that is complete by then is written.
 ///
 /// An export that would overwrite a frame of its own series is refused as a whole, with a red line, before
 /// anything is summed. A file that cannot be written has its reason in red.

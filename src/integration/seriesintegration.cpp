@@ -193,6 +193,15 @@ private:
     MeasureSettings m_settings;
 };
 
+/// From which counts on a pixel is full, and who says so.
+QString fullText(const SpotModel& model)
+{
+    const QString strFull = QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0);
+    return model.strSaturationBy.isEmpty()
+               ? strFull
+               : strFull + QStringLiteral(" (the frames tell: %1)").arg(model.strSaturationBy);
+}
+
 void tellModel(const LearnedSeries& learned, CRunReport& report)
 {
     const SpotModel& model = learned.model;
@@ -213,9 +222,7 @@ void tellModel(const LearnedSeries& learned, CRunReport& report)
                        "%4 pixels.")
             .arg(model.dfGain, 0, 'f', 3)
             .arg(model.dfReadNoise, 0, 'f', 2)
-            .arg(model.dfSaturation > 0
-                     ? QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0)
-                     : QStringLiteral("no pixel full"))
+            .arg(model.dfSaturation > 0 ? fullText(model) : QStringLiteral("no pixel full"))
             .arg(learned.dfGlow, 0, 'f', 0));
     QStringList listBlank;
     for (size_t n = 0; n < learned.listBlank.size(); ++n) {

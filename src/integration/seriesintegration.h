@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "frames/trustedrange.h"
 #include "integration/observation.h"
 #include "integration/prediction.h"
 #include "records/runoutcome.h"
@@ -24,6 +25,7 @@ struct SpotModel {
     double dfGain = 1;        ///< counts per electron
     double dfReadNoise = 0;   ///< counts, per pixel and frame
     double dfSaturation = 0;  ///< counts, from which on a pixel is saturated; 0: none is
+    QString strSaturationBy;  ///< what of the frames' header told it; empty: the counts did
     int nStrong = 0;          ///< reflections that it was learned from
 };
 
@@ -33,6 +35,7 @@ struct IntegrationOptions {
     double dfDiscRadius = 0;    ///< pixels; 0: learned
     double dfRockingWidth = 0;  ///< Å⁻¹; 0: learned
     char chCentring = 'P';      ///< of the cell in force
+    TrustedRange trusted;       ///< of the detector; not told: what the counts themselves show
 };
 
 struct IntegratedSeries {

@@ -191,7 +191,9 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     const double dfTail = m_listTail.size() >= 50 ? medianOr(m_listTail, 0) : 0;
     learned.dfReach = 3 + std::clamp(100 * (dfTail - 0.005), 0.0, 3.0);
 
-    model.dfSaturation = saturationOf(m_listCounts);
+    model.strSaturationBy = options.trusted.strSource;
+    model.dfSaturation = options.trusted.dfSaturation > 0 ? options.trusted.dfSaturation
+                                                          : saturationOf(m_listCounts);
     learned.listBlank = blankFrames(m_listCounts);
     learned.dfGlow = glowRadius(m_listCounts, model.dfDiscRadius, model.dfGain);
     return learned;
@@ -275,6 +277,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     MeasureSettings settings;
     settings.dfRadius = prediction.dfDiscRadius;
     settings.pMask = &listMask;
+    settings.dfSaturation = options.trusted.dfSaturation;
     const int nHalf = int(std::ceil(4.5 * dfStartSigma));
 
     // Of many reflections a part tells as much: 200 on a frame.

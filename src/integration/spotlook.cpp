@@ -25,7 +25,9 @@ LookedFrame CSpotLook::look(int nFrame) const
     const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 5 : 0;
     looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
     MeasureSettings settings = m_settings;
-    settings.dfSaturation = saturationOf({looked.counts});
+    if (!(settings.dfSaturation > 0)) {  // not told
+        settings.dfSaturation = saturationOf({looked.counts});
+    }
     CSpotMeasurer measurer(settings);
     const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
     measurer.beginFrame(*frame.pImage, listExpected);

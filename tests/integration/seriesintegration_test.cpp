@@ -214,6 +214,76 @@ TEST(SeriesIntegration, FindsWhereTheDetectorIsFull)
     EXPECT_LE(agreement.dfChi, 1.6);
 }
 
+TEST(SeriesIntegration, TakesTheRangeThatTheFramesTell)
+{
+    CSimulatedFrames frames(smallCrystal());
+    frames.write();
+    IntegratedSeries whole, result;
+    ASSERT_TRUE(integrated(frames, whole).finished());
+    IntegrationOptions options;
+    options.trusted = {1500, QStringLiteral("CutOff")};
+    CRecordingReport report;
+    ASSERT_TRUE(integrateSeries(frames.m_data, frames.m_geometry, options, 2, report, result).finished());
+    EXPECT_EQ(whole.model.dfSaturation, 0);
+    EXPECT_EQ(result.model.dfSaturation, 1500);
+    EXPECT_TRUE(report.said(QStringLiteral("full at 1500 counts (the frames tell: CutOff)")))
+        << report.log().toStdString();
+    int nFull = 0;
+    for (const Observation& o : result.listObservation) {
+        nFull += o.nFlags & FlagSaturated ? 1 : 0;
+    }
+    EXPECT_GT(nFull, 5);
+    EXPECT_LT(nFull, int(result.listObservation.size()) / 2);
+}
+
+TEST(SeriesIntegration, LeavesOutWhatLiesInGapsAndMeasuresTheRestAsBefore)
+{
+    SimulationParameters p = smallCrystal();
+    p.format = SimulatedFormat::MrcFloat;
+    CSimulatedFrames frames(p);
+    frames.write();
+    IntegratedSeries whole, result;
+    ASSERT_TRUE(integrated(frames, whole).finished());
+    const int nGap = 150;  // its first column; the beam is not in it
+    for (int n = 0; n < p.nFrames; ++n) {
+        std::vector<float> listPixel = renderFrame(frames.m_series, n);
+        for (size_t i = 0; i < listPixel.size(); ++i) {
+            const int x = int(i) % p.nSize, y = int(i) / p.nSize;
+            const bool bGap = (x >= nGap && x < nGap + 6) || (y >= nGap && y < nGap + 6);
+            listPixel[i] = bGap ? std::numeric_limits<float>::quiet_NaN() : listPixel[i];
+        }
+        overwrite(frames, n, listPixel);
+    }
+    ASSERT_TRUE(integrated(frames, result).finished());
+    const Agreement agreement = agreementWithTruth(result, frames.m_series);
+    EXPECT_GE(agreement.dfCorrelation, 0.998);
+    EXPECT_LE(agreement.dfChi, 1.5);
+    const double dfRadius = result.model.dfDiscRadius;
+    int nInGap = 0, nSame = 0;
+    for (const Observation& o : result.listObservation) {
+        EXPECT_TRUE(std::isfinite(o.dfIntensity) && std::isfinite(o.dfSigma));
+        const double dfFrom = std::min(std::abs(o.place.dfX - nGap - 2.5),
+                                       std::abs(o.place.dfY - nGap - 2.5));
+        if (dfFrom < 2.5 + dfRadius - 1) {
+            EXPECT_TRUE(o.nFlags & g_nExcludingFlags) << o.place.dfX << " " << o.place.dfY;
+            nInGap += o.nFlags & FlagNotFinite ? 1 : 0;
+            continue;
+        }
+        const auto it = std::find_if(
+            whole.listObservation.begin(), whole.listObservation.end(), [&](const Observation& other) {
+                return other.anIndex == o.anIndex && std::abs(other.dfFrame - o.dfFrame) < 1;
+            });
+        const bool bFar = dfFrom > 2.5 + 2 * dfRadius + 6 && it != whole.listObservation.end() && !o.nFlags &&
+                          !it->nFlags;
+        if (bFar) {
+            ++nSame;
+            EXPECT_NEAR(o.dfIntensity, it->dfIntensity, 0.02 * std::abs(it->dfIntensity) + it->dfSigma);
+        }
+    }
+    EXPECT_GT(nInGap, 5);
+    EXPECT_GT(nSame, 40);
+}
+
 TEST(SeriesIntegration, IsTheSameForAnyNumberOfJobsAndStops)
 {
     CSimulatedFrames frames(smallCrystal());

@@ -1,0 +1,17 @@
+#include "frames/trustedrange.h"
+
+#include "imagefiles/frameformats.h"
+
+namespace tessera {
+
+TrustedRange trustedRangeOf(const QStringList& listFrameFile)
+{
+    if (listFrameFile.isEmpty()) {
+        return {};
+    }
+    const ToldNumber saturation = frameHeader(listFrameFile.first()).saturation;
+    return saturation.isTold() && saturation.df > 0 ? TrustedRange{saturation.df, saturation.strSource}
+                                                    : TrustedRange();
+}
+
+}  // namespace tessera
