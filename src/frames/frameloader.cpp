@@ -19,6 +19,16 @@ namespace {
 
 const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
 
+/// Of its file, or of one image of many as far as the header tells its size.
+std::uint64_t bytesOfFrame(const QString& strFileName)
+{
+    const FrameName name = frameName(strFileName);
+    const QSize size = name.bPart ? frameHeader(strFileName).size : QSize();
+    const std::uint64_t nBytesOfPixel = 4, nFile = std::uint64_t(QFileInfo(name.strFile).size());
+    return size.isValid() ? nBytesOfPixel * std::uint64_t(size.width()) * std::uint64_t(size.height())
+                          : nFile;
+}
+
 int readFrame(const QString& strFileName, int nMaxImages, ImageList& vecImage, QString& strReason)
 {
     const FrameName name = frameName(strFileName);
@@ -93,7 +103,7 @@ int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
         throw;
     } catch (const std::bad_alloc&) {
         throw CShortMemory(QStringLiteral("%1: reading the frame").arg(strFileName),
-                           g_nMemoryOfFile * std::uint64_t(QFileInfo(frameName(strFileName).strFile).size()));
+                           g_nMemoryOfFile * bytesOfFrame(strFileName));
     }
 }
 

@@ -22,7 +22,8 @@ public:
 QString formatName(const QString& strFrame)
 {
     const FrameFormat& format = frameFormatOf(strFrame);
-    return format.listSuffix.isEmpty() ? QFileInfo(frameName(strFrame).strFile).suffix().toUpper() : format.strName;
+    return format.listSuffix.isEmpty() ? QFileInfo(frameName(strFrame).strFile).suffix().toUpper()
+                                       : format.strName;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Series written in other forms: headers and pixels, names that meet, files that must not be overwritten.
+#include "frames/frametargets.h"
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
-#include "frames/frametargets.h"
 #include "frames/smoothedimage.h"
 #include "frames/smvexport.h"
 #include "imagefiles/framename.h"

@@ -26,6 +26,8 @@ std::optional<float> pixelValue(const ImageList& vecImage, int nImage, int x, in
 // The shortest form has six digits: from where it would take to powers of ten, the whole number.
 QString pixelText(float fValue)
 {
+    if (std::isnan(fValue))
+        return QStringLiteral("no measurement");  // as the frame marks it
     const bool bLarge = std::abs(fValue) >= 999999.5f;
     return QStringLiteral("%L1").arg(double(fValue), 0, bLarge ? 'f' : 'g', bLarge ? 0 : -1);
 }
