@@ -48,44 +48,14 @@ void sortFrames(QStringList& listFile)
     });
 }
 
-// The base name of the stack of which an image, "stack_0012", is one by its name; empty if it is none.
-static QString stackOfImage(const QString& strBase)
-{
-    const int nNumber = strBase.lastIndexOf(QLatin1Char('_')) + 1, nDigits = strBase.size() - nNumber;
-    const QString strNumber = strBase.mid(nNumber);
-    const bool bNumber = std::all_of(strNumber.begin(), strNumber.end(), [](QChar c) { return c.isDigit(); });
-    return nNumber > 0 && nDigits >= 4 && bNumber ? strBase.left(nNumber - 1) : QString();
-}
-
-// The base names of the stacks beside which files lie that are called after their images.
-static QSet<QString> stacksWithImages(const QDir& dir, const QStringList& listName)
-{
-    QSet<QString> setCalledAfter, setStack;
-    for (const QString& strName : listName)
-        setCalledAfter.insert(stackOfImage(QFileInfo(strName).completeBaseName()));
-    for (const QString& strName : listName) {
-        const QString strBase = QFileInfo(strName).completeBaseName();
-        if (setCalledAfter.contains(strBase) && frameHeader(dir.absoluteFilePath(strName)).nImages > 1)
-            setStack.insert(strBase);
-    }
-    return setStack;
-}
-
 // Whether this is the name of an image that was made from a series whose files stand beside it: a scaled or a
 // smoothed frame, or the volume of a project.
-static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject,
-                        const QSet<QString>& setStack)
+static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
 {
     const QFileInfo info(strName);
-    const QString strBase = info.completeBaseName();
-    if (setStack.contains(stackOfImage(strBase)))  // a picture of one of its images
-        return true;
     if (info.suffix() != QLatin1String("mrc"))
         return false;
-    const auto isOfStack = [&](const QString& strImage) { return setBase.contains(stackOfImage(strImage)); };
-    if ((strBase.endsWith(QLatin1String("_s")) && isOfStack(strBase.chopped(2))) ||
-        (strBase.startsWith(QLatin1Char('N')) && isOfStack(strBase.mid(1))))
-        return true;
+    const QString strBase = info.completeBaseName();
     const auto isOf = [&strBase](const QString& strEnd, const QSet<QString>& setName) {
         return strBase.endsWith(strEnd) && setName.contains(strBase.chopped(strEnd.size()));
     };
@@ -106,11 +76,10 @@ QStringList framesInFolder(const QString& strFolder)
         else if (frameSuffixes().contains(info.suffix().toLower()))
             setBase.insert(info.completeBaseName());
     }
-    const QSet<QString> setStack = stacksWithImages(dir, listName);
     QMap<int, QStringList> mapFile;  // by the place of the suffix
     for (const QString& strName : listName) {
         const int nSuffix = frameSuffixes().indexOf(QFileInfo(strName).suffix().toLower());
-        if (nSuffix >= 0 && !isMadeImage(strName, setBase, setProject, setStack))
+        if (nSuffix >= 0 && !isMadeImage(strName, setBase, setProject))
             mapFile[nSuffix].append(dir.absoluteFilePath(strName));
     }
     QStringList listFile;
