@@ -5,6 +5,7 @@
 #include "tests/dataset/textfiles.h"
 #include "tests/recordingreport.h"
 
+#include <QDataStream>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -69,6 +70,25 @@ TEST(ProjectFile, RefusesWhatCannotBeUsed)
                                            : project.errorText().startsWith(row.strError))
             << project.errorText().toStdString() << " for " << row.bytesFile.left(80).data();
     }
+}
+
+/// A TIFF of some pages, each of the same 4 × 3 grey pixels.
+static QByteArray tiffOfPages(quint32 nPages)
+{
+    const quint32 nPixels = 8, nFirst = 20, nTags = 8, nDirectory = 2 + 12 * nTags + 4;
+    const quint32 aTag[nTags][2] = {{256, 4}, {257, 3},       {258, 8}, {259, 1},
+                                    {262, 1}, {273, nPixels}, {278, 3}, {279, 12}};
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << quint16(0x4949) << quint16(42) << nFirst << quint32(0) << quint32(1) << quint32(2);
+    for (quint32 n = 1; n <= nPages; ++n) {
+        stream << quint16(nTags);
+        for (const auto& tag : aTag)
+            stream << quint16(tag[0]) << quint16(4) << quint32(1) << tag[1];
+        stream << (n < nPages ? nFirst + n * nDirectory : quint32(0));
+    }
+    return bytes;
 }
 
 class Opening : public testing::Test {
@@ -261,6 +281,25 @@ TEST_F(Opening, TakesImagesOfAStackByTheirNumbers)
     EXPECT_EQ(m_data.m_listFrameFile, QStringList(path("s.mrc")));
     ASSERT_TRUE(openImageFiles(m_data, {path("s.mrc#2"), path("s.mrc#3")}, m_report));
     EXPECT_EQ(m_data.m_strProjectDir + m_data.m_strProjectName, m_folder.path() + "s");
+}
+
+TEST_F(Opening, TakesAFileOfManyImagesApart)
+{
+    writeBytes(path("five.tif"), tiffOfPages(5));
+    writeBytes(path("three.dat"), tiffOfPages(3));  // the content tells
+    writeBytes(path("two.tif"), tiffOfPages(2));
+    ASSERT_TRUE(openImageFiles(m_data, {path("five.tif"), path("three.dat")}, m_report));
+    ASSERT_EQ(m_data.m_listFrameFile.size(), 8);
+    EXPECT_EQ(m_data.m_listStageTilt.size(), 8);
+    EXPECT_EQ(m_data.m_listFrameFile[4], path("five.tif#5"));
+    EXPECT_EQ(m_data.m_listFrameFile[5], path("three.dat#1"));
+    EXPECT_TRUE(m_report.said(path("five.tif holds 5 images: each is a frame of the series.")));
+    for (const QStringList& listFile :
+         {QStringList{path("two.tif")}, QStringList{path("five.tif"), path("two.tif")},
+          QStringList{path("five.tif#1"), path("five.tif#2"), path("five.tif#4")}})
+        EXPECT_EQ(framesOfImageFiles(listFile), listFile);
+    EXPECT_EQ(missingFrames({path("five.tif#5"), path("five.tif#6"), path("two.tif#1")}),
+              QStringList(path("five.tif#6 (the file holds 5 images)")));
 }
 
 // The rounding is compared with the pages themselves.
