@@ -1,109 +1,143 @@
 #include "frames/gapfilling.h"
 
-#include "frames/badpixels.h"
+#include "frames/framegaps.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace tessera {
 
 namespace {
 
-/// The mean of what lines through a pixel tell, one entry a pixel of the frame; of equal values their own.
+/// The nearest usable pixel to one side of a bad one.
+struct Side {
+    float fValue = 0;
+    int nDistance = 0;  ///< pixels; 0: there is none up to the edge of the frame
+};
+
+/// What a line through a bad pixel tells of it.
 struct Told {
-    std::vector<float> vecMean, vecWeight;
+    double dfValue, dfWeight;
+};
 
-    void add(size_t nPixel, double dfValue, double dfWeight)
+/// The bad pixels of a frame. They are few, so all but finding them goes by their number.
+class CBadPixels {
+public:
+    explicit CBadPixels(CImgObj<float>& img) : m_img(img), m_vecRun(unusableRuns(img))
     {
-        const double dfMean = double(vecMean[nPixel]), dfAll = double(vecWeight[nPixel]) + dfWeight;
-        vecMean[nPixel] = float(dfMean + (dfValue - dfMean) * (dfWeight / dfAll));
-        vecWeight[nPixel] = float(dfAll);
-    }
-};
-
-/// A run of bad pixels on a line, between two that may be there: the places nFirst to nLast of nLength.
-struct BadRun {
-    size_t nStart, nStep;  // of the line, and from pixel to pixel
-    int nFirst, nLast, nLength;
-};
-
-void bridge(const CImgObj<float>& img, const BadRun& run, Told& told)
-{
-    const auto at = [&](int n) { return run.nStart + size_t(n) * run.nStep; };
-    const bool bBefore = run.nFirst > 0, bAfter = run.nLast + 1 < run.nLength;
-    const double dfBefore = bBefore ? double(img.Data()[at(run.nFirst - 1)]) : 0;
-    const double dfAfter = bAfter ? double(img.Data()[at(run.nLast + 1)]) : 0;
-    const int nSpan = run.nLast - run.nFirst + 2;
-    for (int n = run.nFirst; n <= run.nLast; ++n) {
-        const int nFromBefore = n - run.nFirst + 1, nToAfter = run.nLast + 1 - n;
-        if (bBefore && bAfter) {
-            told.add(at(n), dfBefore + (dfAfter - dfBefore) * nFromBefore / nSpan, 1.0 / nSpan);
-        } else if (bBefore) {
-            told.add(at(n), dfBefore, 0.5 / nFromBefore);
-        } else if (bAfter) {
-            told.add(at(n), dfAfter, 0.5 / nToAfter);
+        m_vecRow.reserve(size_t(img.Height()) + 1);
+        m_vecStart.reserve(m_vecRun.size());
+        size_t nRun = 0;
+        for (int y = 0; y < img.Height(); ++y) {
+            m_vecRow.push_back(nRun);
+            for (; nRun < m_vecRun.size() && m_vecRun[nRun].nY == y; ++nRun) {
+                m_vecStart.push_back(m_nPixels);
+                m_nPixels += size_t(m_vecRun[nRun].pixelCount());
+            }
         }
+        m_vecRow.push_back(nRun);
     }
-}
 
-/// Looks along all rows and columns; row by row, as the frame lies in memory.
-void lookAround(const CImgObj<float>& img, Told& told)
-{
-    const int nWidth = img.Width(), nHeight = img.Height();
-    std::vector<int> vecOpen(size_t(nWidth), -1);  // row where the run of a column began; -1: none
-    const auto closeColumn = [&](int x, int nEnd) {
-        if (vecOpen[size_t(x)] >= 0) {
-            bridge(img, {size_t(x), size_t(nWidth), vecOpen[size_t(x)], nEnd - 1, nHeight}, told);
-            vecOpen[size_t(x)] = -1;
-        }
-    };
-    for (int y = 0; y < nHeight; ++y) {
-        const size_t nRow = size_t(y) * size_t(nWidth);
-        int nFirst = -1;
-        for (int x = 0; x < nWidth; ++x) {
-            if (isUsablePixel(img.Data()[nRow + size_t(x)])) {
-                if (nFirst >= 0) {
-                    bridge(img, {nRow, 1, nFirst, x - 1, nWidth}, told);
-                    nFirst = -1;
+    size_t count() const { return m_nPixels; }
+
+    /// Writes what the surroundings tell; a pixel whose row and column hold nothing stays as it is.
+    void fill()
+    {
+        const std::vector<Side> vecAbove = sides(-1), vecBelow = sides(1);
+        for (size_t n = 0; n < m_vecRun.size(); ++n) {
+            const PixelRun& run = m_vecRun[n];
+            for (int x = run.nFirst; x <= run.nLast; ++x) {
+                const size_t i = m_vecStart[n] + size_t(x - run.nFirst);
+                const Side left = run.nFirst > 0 ? Side{at(run.nFirst - 1, run.nY), x - run.nFirst + 1}
+                                                 : Side();
+                const Side right = run.nLast + 1 < m_img.Width()
+                                       ? Side{at(run.nLast + 1, run.nY), run.nLast - x + 1}
+                                       : Side();
+                const std::optional<Told> row = between(left, right);
+                const std::optional<Told> column = between(vecAbove[i], vecBelow[i]);
+                float& f = m_img.Data()[size_t(run.nY) * size_t(m_img.Width()) + size_t(x)];
+                if (row && column) {
+                    const double dfShare = column->dfWeight / (row->dfWeight + column->dfWeight);
+                    f = float(row->dfValue + dfShare * (column->dfValue - row->dfValue));
+                } else if (row || column) {
+                    f = float(row ? row->dfValue : column->dfValue);
                 }
-                closeColumn(x, y);
+            }
+        }
+    }
+
+private:
+    float at(int nX, int nY) const { return m_img.Data()[size_t(nY) * size_t(m_img.Width()) + size_t(nX)]; }
+
+    static std::optional<Told> between(const Side& one, const Side& other)
+    {
+        const double dfOne = double(one.fValue), dfOther = double(other.fValue);
+        const int nSpan = one.nDistance + other.nDistance;
+        if (one.nDistance > 0 && other.nDistance > 0) {
+            return Told{dfOne + (dfOther - dfOne) * one.nDistance / nSpan, 1.0 / nSpan};
+        }
+        if (nSpan == 0) {
+            return std::nullopt;
+        }
+        return Told{one.nDistance > 0 ? dfOne : dfOther, 0.5 / nSpan};
+    }
+
+    /// Of all bad pixels what lies above (nStep −1) or below them (1): what their neighbour there is, or what
+    /// that one has where it is bad as well.
+    std::vector<Side> sides(int nStep) const
+    {
+        std::vector<Side> vecSide(m_nPixels);
+        const int nHeight = m_img.Height();
+        for (int n = 0; n < nHeight; ++n) {
+            const int y = nStep < 0 ? n : nHeight - 1 - n, nBeside = y + nStep;
+            if (nBeside < 0 || nBeside >= nHeight) {
                 continue;
             }
-            nFirst = nFirst < 0 ? x : nFirst;
-            vecOpen[size_t(x)] = vecOpen[size_t(x)] < 0 ? y : vecOpen[size_t(x)];
+            size_t nOther = m_vecRow[size_t(nBeside)];
+            const size_t nOtherEnd = m_vecRow[size_t(nBeside) + 1];
+            for (size_t nRun = m_vecRow[size_t(y)]; nRun < m_vecRow[size_t(y) + 1]; ++nRun) {
+                for (int x = m_vecRun[nRun].nFirst; x <= m_vecRun[nRun].nLast; ++x) {
+                    Side& side = vecSide[m_vecStart[nRun] + size_t(x - m_vecRun[nRun].nFirst)];
+                    while (nOther < nOtherEnd && m_vecRun[nOther].nLast < x) {
+                        ++nOther;
+                    }
+                    if (nOther == nOtherEnd || m_vecRun[nOther].nFirst > x) {
+                        side = {at(x, nBeside), 1};
+                        continue;
+                    }
+                    side = vecSide[m_vecStart[nOther] + size_t(x - m_vecRun[nOther].nFirst)];
+                    side.nDistance += side.nDistance > 0 ? 1 : 0;
+                }
+            }
         }
-        if (nFirst >= 0) {
-            bridge(img, {nRow, 1, nFirst, nWidth - 1, nWidth}, told);
-        }
+        return vecSide;
     }
-    for (int x = 0; x < nWidth; ++x) {
-        closeColumn(x, nHeight);
-    }
-}
+
+    CImgObj<float>& m_img;
+    const std::vector<PixelRun> m_vecRun;
+    std::vector<size_t> m_vecRow;    // the first run of each row, and the end
+    std::vector<size_t> m_vecStart;  // pixels before each run
+    size_t m_nPixels = 0;
+};
 
 }  // namespace
 
 qint64 fillBadPixels(CImgObj<float>& img)
 {
     const size_t nPixels = size_t(std::max(0, img.Width())) * size_t(std::max(0, img.Height()));
-    float* const pf = img.Data();
-    const auto countBad = [&] {
-        return qint64(std::count_if(pf, pf + nPixels, [](float f) { return !isUsablePixel(f); }));
-    };
-    const qint64 nBad = countBad();
-    if (nBad == qint64(nPixels)) {
-        std::fill_n(pf, nPixels, 0.f);
-        return nBad;
-    }
+    qint64 nBad = 0;
     // A usable pixel fills its row, and that row reaches into each column: two rounds are enough.
-    for (qint64 nLeft = nBad; nLeft > 0; nLeft = countBad()) {
-        Told told = {std::vector<float>(nPixels), std::vector<float>(nPixels)};
-        lookAround(img, told);
-        for (size_t i = 0; i < nPixels; ++i) {
-            if (told.vecWeight[i] > 0) {
-                pf[i] = told.vecMean[i];
-            }
+    for (int nRound = 0; nRound < 2; ++nRound) {
+        CBadPixels bad(img);
+        nBad = nRound == 0 ? qint64(bad.count()) : nBad;
+        if (bad.count() == nPixels) {
+            std::fill_n(img.Data(), nPixels, 0.f);
         }
+        if (bad.count() == nPixels || bad.count() == 0) {
+            return nBad;
+        }
+        bad.fill();
     }
     return nBad;
 }
