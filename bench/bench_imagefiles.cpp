@@ -1,6 +1,4 @@
-// Reading of MRC, DM3, SMV and CBF frames against a plain read of the same file into memory.
-// Reading of MRC, DM3 and TIFF frames against a plain read of the same file into memory.
-// Reading of MRC, DM3 and DM4 frames against a plain read of the same file into memory.
+// Reading of frames in the formats of cameras against a plain read of the same file into memory.
 //
 // Compare the rows of one run that have the same arguments: side in pixels, then bytes per pixel
 // (2 unsigned 16-bit, 4 float). The files are in the page cache, so that this is the readers' own cost.
