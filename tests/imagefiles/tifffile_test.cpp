@@ -281,9 +281,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     const auto header = [&](const std::function<void(CTiffBuilder&)>& fnTags) {
         CTiffBuilder builder;
         fnTags(builder);
-        builder.page(1, 1, 8, 2, {builder.add("x")}, 1, 1);
+        builder.page(1, 1, 8, 2, {builder.add("\xff")}, 1, 1);
         builder.directory();
         write(builder);
+        EXPECT_TRUE(read());
         return readTiffHeader(file(), 0);
     };
     for (const auto& [pszUnit, df] : {std::pair("1/nm", 0.0005),
@@ -310,6 +311,7 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_EQ(instamatic.exposure.df, 0.4);
     EXPECT_FALSE(instamatic.pixelSize.isTold());
     EXPECT_EQ(instamatic.listDoubt.size(), 2);
+    EXPECT_EQ(pixels()[0], -1);
     const FrameHeader dectris = header([](CTiffBuilder& builder) {
         builder.text(
             270,
@@ -321,6 +323,7 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_DOUBLE_EQ(dectris.cameraLength.df, 250);
     EXPECT_EQ(dectris.exposure.df, 0.095);
     EXPECT_EQ(dectris.saturation.df, 1000);
+    EXPECT_TRUE(std::isnan(pixels()[0]));  // a gap
     const FrameHeader dm = header([](CTiffBuilder& builder) {
         quint64 nScale;
         const double dfScale = 0.02;
