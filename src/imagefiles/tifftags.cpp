@@ -153,6 +153,8 @@ void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& he
     if (real(3928) == real(3932)) {
         tell(header.detectorPixel, real(3928) * NANOMETRES * std::max(word(3944), 1),
              "TVIPS: physical pixel");
+        header.listDoubt.append(
+            QStringLiteral("TVIPS: physical pixel has no unit; it is taken as nanometres, before binning"));
     }
     tell(header.exposure, real(3952) / 1000, "TVIPS: exposure");
     if (header.exposure.isTold()) {

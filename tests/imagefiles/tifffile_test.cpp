@@ -350,6 +350,7 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_EQ(tvips.tilt.df, -12.5);
     EXPECT_DOUBLE_EQ(tvips.detectorPixel.df, 30);
     EXPECT_EQ(tvips.exposure.df, 0.5);
+    EXPECT_EQ(tvips.listDoubt.size(), 2);  // of units that are not told
     const FrameHeader sis = header([](CTiffBuilder& builder) {
         QByteArray block(80, '\0');
         block.replace(10, 2, builder.number(quint64(-9), 2))
