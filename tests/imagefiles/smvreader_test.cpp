@@ -47,17 +47,17 @@ TEST_F(Smv, PixelsOfEveryTypeAndOrderBehindHeadersOfAnyLengthComeOutWithTheFirst
 {
     const struct {
         const char* pType;
-        int nBytes;
         quint64 nBits;  // of the seventh pixel; of the others, their numbers
+        int nBytes;
         float fValue;
-    } aCase[] = {{"TYPE=unsigned_short", 2, 65535, 65535.f},
-                 {"Data_type=unsigned short int", 2, 40000, 40000.f},
-                 {"Data_type=short int", 2, 65535, -1.f},
-                 {"Data_type=unsigned char", 1, 255, 255.f},
-                 {"Data_type=signed char", 1, 255, -1.f},
-                 {"Data_type=long int", 4, 0xfffffffe, -2.f},
-                 {"Data_type=unsigned long int", 4, 0xff000000, 4278190080.f},
-                 {"Data_type=float IEEE", 4, 0x3fc00000, 1.5f}};
+    } aCase[] = {{"TYPE=unsigned_short", 65535, 2, 65535.f},
+                 {"Data_type=unsigned short int", 40000, 2, 40000.f},
+                 {"Data_type=short int", 65535, 2, -1.f},
+                 {"Data_type=unsigned char", 255, 1, 255.f},
+                 {"Data_type=signed char", 255, 1, -1.f},
+                 {"Data_type=long int", 0xfffffffe, 4, -2.f},
+                 {"Data_type=unsigned long int", 0xff000000, 4, 4278190080.f},
+                 {"Data_type=float IEEE", 0x3fc00000, 4, 1.5f}};
     for (const auto& row : aCase) {
         for (const int nHeader : {512, 777, 8192}) {
             for (const bool bBig : {false, true}) {
