@@ -50,7 +50,11 @@ TEST_F(Mrc, ReadsEveryModeOfAnotherProgramWithTheFirstRowAtTheBottom)
     const struct {
         const char* pName;
         double dfFactor, dfOffset;
-    } aFixture[] = {{"mode0", 2, -128}, {"mode1", 500, -32768}, {"mode2", 0.25, -3.5}, {"mode6", 520, 0}};
+    } aFixture[] = {{"mode0", 2, -128},
+                    {"mode1", 500, -32768},
+                    {"mode2", 0.25, -3.5},
+                    {"mode6", 520, 0},
+                    {"mode12", 0.5, -8}};
     for (const auto& row : aFixture)
         for (int nMax : {INT_MAX, -1, 0, 1, 2, 4}) {  // or the first sections alone
             SCOPED_TRACE(testing::Message() << row.pName << " " << nMax);
