@@ -159,6 +159,32 @@ std::unique_ptr<CImgObj<float>> imageFromBytes(const uint8_t* pPixels, const Mib
     return pImage;
 }
 
+/// Appends an image of the stream, if it is of the kind of the first.
+/// @param pBlock  room for the text and the pixels of an image
+bool readImage(MibStream& stream, qint64 nImage, uint8_t* pBlock, ImageList& vecRead, QString& strReason)
+{
+    const MibHeader& header = stream.header;
+    char* const pText = reinterpret_cast<char*>(pBlock);
+    if (!stream.file.seek(nImage * header.stride()) ||
+        stream.file.read(pText, header.stride()) != header.stride()) {
+        strReason =
+            QStringLiteral("image %1 cannot be read: %2").arg(nImage + 1).arg(stream.file.errorString());
+        return false;
+    }
+    MibHeader other;
+    QString strWhy;
+    if (!parseMibHeader(QByteArray::fromRawData(pText, int(header.nBytes)), other, strWhy)) {
+        strReason = QStringLiteral("image %1: %2").arg(nImage + 1).arg(strWhy);
+        return false;
+    }
+    if (!other.isLike(header)) {
+        strReason = QStringLiteral("image %1 is of another kind than the first").arg(nImage + 1);
+        return false;
+    }
+    vecRead.push_back(imageFromBytes(pBlock + header.nBytes, header));
+    return true;
+}
+
 /// Pixels that the camera's program has put in at each seam between chips, whose edge pixels are wider.
 /// @return 0 when the image has no room for any, or not the same at each seam
 int seamWidth(int nPixels, int nChips)
@@ -284,25 +310,8 @@ bool readMibFrames(const QString& strFileName, int nFirst, int nMaxImages, Image
     }
     const bool bEmptySeams = hasEmptySeams(header, strFileName);
     const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(size_t(header.stride()));
-    char* const pText = reinterpret_cast<char*>(pBlock.get());
     ImageList vecRead;
-    for (qint64 n = nFirst; n < nEnd; ++n) {
-        MibHeader other;
-        QString strWhy;
-        if (!stream.file.seek(n * header.stride()) ||
-            stream.file.read(pText, header.stride()) != header.stride()) {
-            strReason =
-                QStringLiteral("image %1 cannot be read: %2").arg(n + 1).arg(stream.file.errorString());
-            break;
-        }
-        if (!parseMibHeader(QByteArray::fromRawData(pText, int(header.nBytes)), other, strWhy) ||
-            !other.isLike(header)) {
-            strReason = strWhy.isEmpty()
-                            ? QStringLiteral("image %1 is of another kind than the first").arg(n + 1)
-                            : QStringLiteral("image %1: %2").arg(n + 1).arg(strWhy);
-            break;
-        }
-        vecRead.push_back(imageFromBytes(pBlock.get() + header.nBytes, header));
+    for (qint64 n = nFirst; n < nEnd && readImage(stream, n, pBlock.get(), vecRead, strReason); ++n) {
         if (bEmptySeams) {
             maskSeams(header, *vecRead.back());
         }
