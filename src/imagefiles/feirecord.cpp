@@ -108,7 +108,8 @@ void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& heade
                                 .arg(dfY * 1e-10);
 }
 
-/// Start, end and step may be those of the frame or of the whole run.
+/// Start, end and step may be those of the frame or of the whole run. A run of frames that turned while they
+/// were taken has as many steps as images, one of frames that stood still a step less.
 void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
 {
     const double dfStart = record.real(START_TILT), dfEnd = record.real(END_TILT),
@@ -121,11 +122,13 @@ void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameH
     if (!bRange)
         return;
     const QString strStart = strKind + QStringLiteral(": start tilt");
-    const double dfSteps = (dfEnd - dfStart) / dfStep;  // 1 or more
-    if (std::abs(dfSteps - 1) < 0.01)
+    const double dfSteps = (dfEnd - dfStart) / dfStep, dfOfRun = header.nImages;
+    if (std::abs(dfSteps - 1) < 0.01 && header.nImages != 2)  // of two it may be the way between them
         header.tiltStart = told(dfStart, strStart);
-    else if (header.nImages > 1 && std::abs(dfSteps - header.nImages) < 1.01)
+    else if (header.nImages > 1 && std::abs(dfSteps - dfOfRun) < 0.5)
         header.tiltStart = told(dfStart + nImage * dfStep, strStart);
+    else if (header.nImages > 1 && std::abs(dfSteps - (dfOfRun - 1)) < 0.5)
+        return;  // each has its tilt
     else
         header.listDoubt += QStringLiteral(
                                 "Start and end tilt (%1 and %2 degrees) are those of the whole "
@@ -134,9 +137,11 @@ void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameH
                                 .arg(dfEnd);
 }
 
-void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
+void tellAlpha(const CRecord& record, const QString& strKind, FrameHeader& header)
 {
     double dfAlpha = record.real(ALPHA_TILT);
+    if (!isAngle(dfAlpha))
+        return;
     if (record.text(APPLICATION_VERSION) == QLatin1String("4.4.0.4981")) {
         dfAlpha *= std::acos(-1.) / 180;
         header.listDoubt += QStringLiteral(
@@ -146,9 +151,14 @@ void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHe
         header.listDoubt += QStringLiteral(
             "The tilt is taken as degrees, but the program that wrote it uses radians elsewhere");
     }
-    if (isAngle(dfAlpha))
-        header.tilt = told(dfAlpha, strKind + QStringLiteral(": alpha tilt"));
+    header.tilt = told(dfAlpha, strKind + QStringLiteral(": alpha tilt"));
+}
+
+void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
+{
     tellRange(record, strKind, nImage, header);
+    if (!header.tiltStart.isTold())
+        tellAlpha(record, strKind, header);
     const double dfAxis = record.real(TILT_AXIS);
     if (isAngle(dfAxis) && dfAxis != 0)
         header.listDoubt += QStringLiteral(

@@ -217,9 +217,9 @@ TEST_F(MrcHeader, RecordsOfFeiTellWhatTheirMasksAllow)
                     .text(435, "Camera 1");
                 return fields.put(820, -20.).put(828, 10.).put(836, 15.).put(852, 1).put(856, 0);
             };
-            const QByteArray start = header(2, 1, 2, 1, bBig).put(92, 4096).text(104, "FEI2");
-            const auto file = [&](const QByteArray& records) {
-                return start + records + QByteArray(4096 - records.size(), '\0') + QByteArray(8, '\1');
+            const auto file = [&](const QByteArray& records, int nImages = 2) {
+                return header(2, 1, nImages, 1, bBig).put(92, 4096).text(104, "FEI2") + records +
+                       QByteArray(4096 - records.size(), '\0') + QByteArray(8, '\1');
             };
             const FrameHeader one = headerOf(file(record(-3) + record(12.5)), 1);
             EXPECT_EQ(one.nImages, 2);
@@ -230,25 +230,29 @@ TEST_F(MrcHeader, RecordsOfFeiTellWhatTheirMasksAllow)
                 continue;
             }
             EXPECT_EQ(named(one.kilovolts), "FEI2: HT 200");
-            EXPECT_EQ(named(one.tilt), "FEI2: alpha tilt 12.5");
             EXPECT_EQ(named(one.cameraLength), "FEI2: camera length 750");
             EXPECT_EQ(named(one.pixelSize), "FEI2: pixel size X 0.0025");
             EXPECT_EQ(named(one.exposure), "FEI2: integration time 0.5");
             EXPECT_EQ(named(one.tiltStart), "FEI2: start tilt -5");  // the range is that of both images
+            EXPECT_FALSE(one.tilt.isTold());
             EXPECT_EQ(named(one.tiltStep), "FEI2: tilt per image 15");
             EXPECT_TRUE(one.beamX.df == 1 && one.beamY.df == 0 && one.strDetector == "Camera 1");
             EXPECT_FALSE(one.rotationAxis.isTold());
             EXPECT_EQ(one.listDoubt.size(), 3);  // pixels not square, the sense of the axis, the beam's row
 
-            // a pixel in metres is that of an image; a step back, with the range of this frame alone
-            const FrameHeader image = headerOf(file(record(1).put(156, 5e-9).put(248, 2).put(828, -35.)));
-            EXPECT_FALSE(image.pixelSize.isTold() || image.cameraLength.isTold());
-            EXPECT_TRUE(image.tiltStart.df == -20 && image.tiltStep.df == -15);
+            // two that stood still, a step apart; the pixel in metres is that of an image
+            const FrameHeader still = headerOf(file(record(1).put(156, 5e-9).put(248, 2).put(828, -35.)));
+            EXPECT_FALSE(still.pixelSize.isTold() || still.cameraLength.isTold() || still.tiltStart.isTold());
+            EXPECT_EQ(named(still.tilt), "FEI2: alpha tilt 1");
+            EXPECT_EQ(still.tiltStep.df, -15);
             const FrameHeader run = headerOf(
                 file(record(1).put(828, 70.).text(68, "4.4.0.4981").put(852, 2)));
             EXPECT_FALSE(run.tiltStart.isTold() || run.beamX.isTold());
             EXPECT_NEAR(run.tilt.df, 0.0174533, 1e-6);
-            EXPECT_EQ(headerOf(file(record(1).text(52, "Velox"))).listDoubt.size(), 4);
+            EXPECT_EQ(run.listDoubt.size(), 4);  // where in the run, the tilt, square pixels, the axis
+            EXPECT_EQ(headerOf(file(record(1).put(836, 0.).text(52, "Velox"))).listDoubt.size(), 4);
+            const FrameHeader lone = headerOf(file(record(1).put(828, -5.), 1));  // the range is its own
+            EXPECT_EQ(named(lone.tiltStart), "FEI2: start tilt -20");
 
             // nothing of what is damaged, or beyond the records
             const FrameHeader none = headerOf(
