@@ -1,16 +1,205 @@
 #include "imagefiles/hdf5file.h"
 
+#include "imagefiles/hdf5emd.h"
+#include "imagefiles/hdf5series.h"
+#include "imagefiles/pixelconvert.h"
+#include "records/availablememory.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
 namespace tessera {
 
-bool readHdf5Frames(const QString&, int, int, ImageList&, QString& strReason)
+namespace {
+
+template <class T>
+void convertAs(const Hdf5Layout& layout, const uint8_t* pSource, size_t nCount, float* pTarget)
 {
-    strReason = QStringLiteral("HDF5 files are not read yet");
-    return false;
+    if (layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN)) {
+        convertPixels<T, true>(pSource, nCount, pTarget);
+    } else {
+        convertPixels<T, false>(pSource, nCount, pTarget);
+    }
 }
 
-FrameHeader readHdf5Header(const QString&, int)
+void convert(const Hdf5Layout& layout, const uint8_t* pSource, size_t nCount, float* pTarget)
 {
-    return {};
+    switch (layout.nElementSize) {
+        case 1:
+            return layout.bSigned ? convertAs<int8_t>(layout, pSource, nCount, pTarget)
+                                  : convertAs<uint8_t>(layout, pSource, nCount, pTarget);
+        case 2:
+            return layout.bSigned ? convertAs<int16_t>(layout, pSource, nCount, pTarget)
+                                  : convertAs<uint16_t>(layout, pSource, nCount, pTarget);
+        case 4:
+            return layout.bFloat    ? convertAs<float>(layout, pSource, nCount, pTarget)
+                   : layout.bSigned ? convertAs<int32_t>(layout, pSource, nCount, pTarget)
+                                    : convertAs<uint32_t>(layout, pSource, nCount, pTarget);
+        default:
+            return layout.bFloat    ? convertAs<double>(layout, pSource, nCount, pTarget)
+                   : layout.bSigned ? convertAs<int64_t>(layout, pSource, nCount, pTarget)
+                                    : convertAs<uint64_t>(layout, pSource, nCount, pTarget);
+    }
+}
+
+/// Pixels without a measurement become NaN.
+void mask(const Hdf5Series& series, const Hdf5Layout& layout, float* pPixels, size_t nCount)
+{
+    const float fNaN = std::numeric_limits<float>::quiet_NaN();
+    if (series.bMarked && !layout.bFloat && !layout.bSigned) {
+        // of 32 bits and more, float has the numbers just below the mark on the mark
+        const float fMark = float(std::ldexp(1.0, int(8 * layout.nElementSize)) - 1);
+        for (size_t i = 0; i < nCount; ++i) {
+            pPixels[i] = pPixels[i] >= fMark ? fNaN : pPixels[i];
+        }
+    }
+    if (std::isfinite(series.dfUnderload) && (layout.bFloat || layout.bSigned)) {
+        const float fLeast = float(series.dfUnderload);
+        for (size_t i = 0; i < nCount; ++i) {
+            pPixels[i] = pPixels[i] < fLeast ? fNaN : pPixels[i];
+        }
+    }
+    for (const uint32_t nPixel : series.vecMasked) {
+        if (nPixel < nCount) {
+            pPixels[nPixel] = fNaN;
+        }
+    }
+}
+
+/// The block that an image lies in, and the image's number within; none for one behind the last.
+const Hdf5Block* blockOfImage(const Hdf5Series& series, int nImage, int& nInBlock)
+{
+    nInBlock = nImage;
+    for (const Hdf5Block& block : series.vecBlock) {
+        if (nInBlock < block.nCount) {
+            return &block;
+        }
+        nInBlock -= block.nCount;
+    }
+    return nullptr;
+}
+
+/// Reads under the lock and unpacks without it, so that several threads unpack at the same time.
+std::shared_ptr<uint8_t> readPlane(const Hdf5Block& block, const Hdf5Plane& plane, QString& strReason)
+{
+    Hdf5Fetched fetched;
+    {
+        const CHdf5Lock lock;
+        const CHdf5Id idFile = openHdf5(block.strFile, strReason);
+        if (!idFile.isOpen()) {
+            return nullptr;
+        }
+        const CHdf5Id idDataSet = openDataSet(idFile, block.strPath);
+        Hdf5Layout layout;
+        if (!idDataSet.isOpen() || dimensionsOf(idDataSet) != block.layout.vecLength ||
+            uint64_t(QFileInfo(block.strFile).size()) != block.layout.nFileSize) {
+            strReason = QStringLiteral("the file has changed while it was read");
+            return nullptr;
+        }
+        if (!fetchPlane(idDataSet, block.strFile, block.layout, plane, fetched, strReason)) {
+            return nullptr;
+        }
+    }
+    return unpackPlane(block.layout, plane, fetched, strReason);
+}
+
+/// @return null with the reason
+std::unique_ptr<CImgObj<float>> readImage(const Hdf5Series& series, int nImage, QString& strReason)
+{
+    int nInBlock = 0;
+    const Hdf5Block* pBlock = blockOfImage(series, nImage, nInBlock);
+    if (!pBlock) {
+        strReason = QStringLiteral("there is none");
+        return nullptr;
+    }
+    if (!pBlock->strMissing.isEmpty()) {
+        strReason = pBlock->strMissing;
+        return nullptr;
+    }
+    const int nInSet = pBlock->nFirst + nInBlock;
+    if (nInSet >= imagesIn(pBlock->layout, series.bFramesLast)) {
+        strReason = QStringLiteral("it was never written");
+        return nullptr;
+    }
+    const Hdf5Plane plane = planeOf(pBlock->layout, series.bFramesLast, nInSet);
+    const std::shared_ptr<uint8_t> pPlane = readPlane(*pBlock, plane, strReason);
+    if (!pPlane) {
+        return nullptr;
+    }
+    auto pImage = std::make_unique<CImgObj<float>>();
+    const size_t nWidth = size_t(columnsOf(pBlock->layout, plane));
+    const size_t nHeight = size_t(rowsOf(pBlock->layout, plane));
+    if (!hasMemoryFor(nWidth * nHeight * sizeof(float)) || !pImage->Create(int(nWidth), int(nHeight))) {
+        throw std::bad_alloc();
+    }
+    convert(pBlock->layout, pPlane.get(), nWidth * nHeight, pImage->Data());
+    mask(series, pBlock->layout, pImage->Data(), nWidth * nHeight);
+    return pImage;
+}
+
+}  // namespace
+
+bool readHdf5Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
+                    QString& strReason)
+{
+    strReason.clear();
+    const std::shared_ptr<const Hdf5Series> pSeries = hdf5Series(strFileName, strReason);
+    if (!pSeries) {
+        return false;
+    }
+    const int nImages = pSeries->header.nImages;
+    if (nFirst < 0 || nFirst >= nImages) {
+        strReason = QStringLiteral("image %1 of %2").arg(qint64(nFirst) + 1).arg(nImages);
+        return false;
+    }
+    ImageList vecRead;
+    for (int i = nFirst; i < nImages && int(vecRead.size()) < nMaxImages; ++i) {
+        auto pImage = readImage(*pSeries, i, strReason);
+        if (!pImage) {  // those behind it would move up by one
+            strReason =
+                QStringLiteral("image %1 of %2 cannot be read: %3").arg(i + 1).arg(nImages).arg(strReason);
+            break;
+        }
+        vecRead.push_back(std::move(pImage));
+        strReason.clear();
+    }
+    if (vecRead.empty()) {
+        return false;
+    }
+    vecImage.reserve(vecImage.size() + vecRead.size());
+    std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
+    return true;
+}
+
+FrameHeader readHdf5Header(const QString& strFileName, int nImage)
+{
+    QString strReason;
+    const std::shared_ptr<const Hdf5Series> pSeries = hdf5Series(strFileName, strReason);
+    if (!pSeries) {
+        return {};
+    }
+    FrameHeader header = pSeries->header;
+    if (!pSeries->strReason.isEmpty()) {
+        header.listDoubt.append(
+            QStringLiteral("A part of the series is missing: %1.").arg(pSeries->strReason));
+    }
+    if (nImage < 0 || nImage >= header.nImages) {
+        return header;
+    }
+    if (pSeries->kind == Hdf5Series::Kind::VELOX) {
+        readVeloxText(veloxText(*pSeries, nImage), header);
+    }
+    const size_t nAt = size_t(nImage);
+    if (nAt < pSeries->vecStart.size()) {
+        header.tiltStart = {pSeries->vecStart[nAt], pSeries->strTiltSource};
+        const bool bNext = nAt + 1 < pSeries->vecStart.size();
+        const double dfStep = bNext ? pSeries->vecStart[nAt + 1] - pSeries->vecStart[nAt] : pSeries->dfWidth;
+        header.tiltStep = {dfStep, pSeries->strTiltSource};
+    }
+    return header;
 }
 
 }  // namespace tessera

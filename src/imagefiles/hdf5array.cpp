@@ -1,0 +1,452 @@
+#include "imagefiles/hdf5array.h"
+
+#include "imagefiles/filebuffer.h"
+#include "imagefiles/pixelconvert.h"
+#include "records/availablememory.h"
+#include "records/regularfile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace tessera {
+
+namespace {
+
+constexpr uint64_t BEST_RATIO = 1100;  ///< that packing reaches: 1032 by deflate, 255 by LZ4
+constexpr uint64_t SMALL = 64 << 20;   ///< bytes for which nobody asks how much memory is left
+
+/// Product of lengths, or the greatest number where that is less.
+uint64_t productOf(const std::vector<hsize_t>& vecLength)
+{
+    uint64_t nProduct = 1;
+    for (hsize_t n : vecLength) {
+        if (n != 0 && nProduct > std::numeric_limits<uint64_t>::max() / n) {
+            return std::numeric_limits<uint64_t>::max();
+        }
+        nProduct *= n;
+    }
+    return nProduct;
+}
+
+bool describeType(hid_t idDataSet, Hdf5Layout& layout, QString& strReason)
+{
+    const CHdf5Id idType(H5Dget_type(idDataSet));
+    const H5T_class_t type = H5Tget_class(idType);
+    layout.bFloat = type == H5T_FLOAT;
+    layout.nElementSize = H5Tget_size(idType);
+    const size_t n = layout.nElementSize;
+    const H5T_order_t order = H5Tget_order(idType);
+    layout.bBigEndian = order == H5T_ORDER_BE;
+    bool bGood = (n == 4 || n == 8 || (!layout.bFloat && (n == 1 || n == 2))) &&
+                 (order == H5T_ORDER_LE || order == H5T_ORDER_BE);
+    if (bGood && type == H5T_INTEGER) {
+        layout.bSigned = H5Tget_sign(idType) == H5T_SGN_2;
+        bGood = H5Tget_precision(idType) == 8 * n && H5Tget_offset(idType) == 0;
+    } else if (bGood && type == H5T_FLOAT) {
+        const hid_t idLike = n == 4 ? (layout.bBigEndian ? H5T_IEEE_F32BE : H5T_IEEE_F32LE)
+                                    : (layout.bBigEndian ? H5T_IEEE_F64BE : H5T_IEEE_F64LE);
+        bGood = H5Tequal(idType, idLike) > 0;
+    } else {
+        bGood = false;
+    }
+    if (!bGood) {
+        strReason = QStringLiteral("elements of HDF5 that are no plain numbers");
+    }
+    return bGood;
+}
+
+std::vector<Hdf5Filter> filtersOf(hid_t idCreate)
+{
+    std::vector<Hdf5Filter> vecFilter;
+    const int nFilters = H5Pget_nfilters(idCreate);
+    for (int i = 0; i < nFilters; ++i) {
+        constexpr size_t MOST_VALUES = 16;
+        Hdf5Filter filter;
+        filter.vecClient.assign(MOST_VALUES, 0);
+        unsigned nFlags = 0, nConfig = 0;
+        size_t nValues = MOST_VALUES;
+        filter.nId = H5Pget_filter2(idCreate, unsigned(i), &nFlags, &nValues, filter.vecClient.data(), 0,
+                                    nullptr, &nConfig);
+        vecFilter.push_back(filter);
+    }
+    return vecFilter;
+}
+
+/// Elements between neighbours along each axis of a block.
+std::vector<uint64_t> stridesOf(const std::vector<hsize_t>& vecLength)
+{
+    std::vector<uint64_t> vecStride(vecLength.size(), 1);
+    for (size_t i = vecLength.size(); i-- > 1;) {
+        vecStride[i - 1] = vecStride[i] * vecLength[i];
+    }
+    return vecStride;
+}
+
+/// Whether rows and columns are the last axes, so that the plane is one piece of the elements in a row.
+bool isOnePiece(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    const int nAxes = int(layout.vecLength.size());
+    return nAxes == 0 ||
+           (plane.nColumnAxis == nAxes - 1 && (plane.nRowAxis == nAxes - 2 || (plane.nRowAxis < 0)));
+}
+
+bool fetchPiece(const QString& strFileName, const Hdf5Layout& layout, const Hdf5Plane& plane, size_t nBytes,
+                uint8_t* pTarget, QString& strReason)
+{
+    const std::vector<uint64_t> vecStride = stridesOf(layout.vecLength);
+    uint64_t nElement = 0;
+    for (size_t i = 0; i < vecStride.size(); ++i) {
+        nElement += vecStride[i] * plane.vecPlace[i];
+    }
+    QFile file(strFileName);
+    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
+        return false;
+    }
+    const bool bRead = file.seek(qint64(layout.nOffset + nElement * layout.nElementSize)) &&
+                       file.read(reinterpret_cast<char*>(pTarget), qint64(nBytes)) == qint64(nBytes);
+    if (!bRead) {
+        strReason = QStringLiteral("pixels cannot be read: %1").arg(file.errorString());
+    }
+    return bRead;
+}
+
+bool fetchByLibrary(hid_t idDataSet, const Hdf5Layout& layout, const Hdf5Plane& plane, uint8_t* pTarget)
+{
+    const CHdf5Id idType(H5Dget_type(idDataSet)), idSpace(H5Dget_space(idDataSet));
+    std::vector<hsize_t> vecCount(layout.vecLength.size(), 1);
+    for (int nAxis : {plane.nRowAxis, plane.nColumnAxis}) {
+        if (nAxis >= 0) {
+            vecCount[size_t(nAxis)] = layout.vecLength[size_t(nAxis)];
+        }
+    }
+    if (!vecCount.empty() && H5Sselect_hyperslab(idSpace, H5S_SELECT_SET, plane.vecPlace.data(), nullptr,
+                                                 vecCount.data(), nullptr) < 0) {
+        return false;
+    }
+    const hsize_t nAll = productOf(vecCount);
+    const CHdf5Id idMemory(H5Screate_simple(1, &nAll, nullptr));
+    return H5Dread(idDataSet, idType, idMemory, idSpace, H5P_DEFAULT, pTarget) >= 0;
+}
+
+/// The chunks that a plane passes through, row by row.
+std::vector<Hdf5Fetched::Chunk> chunksOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    std::vector<hsize_t> vecFirst(layout.vecChunk.size());
+    for (size_t i = 0; i < vecFirst.size(); ++i) {
+        vecFirst[i] = plane.vecPlace[i] / layout.vecChunk[i] * layout.vecChunk[i];
+    }
+    const auto ends = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecLength[size_t(nAxis)]; };
+    const auto step = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecChunk[size_t(nAxis)]; };
+    std::vector<Hdf5Fetched::Chunk> vecChunk;
+    for (hsize_t y = 0; y < ends(plane.nRowAxis); y += step(plane.nRowAxis)) {
+        for (hsize_t x = 0; x < ends(plane.nColumnAxis); x += step(plane.nColumnAxis)) {
+            Hdf5Fetched::Chunk chunk;
+            chunk.vecPlace = vecFirst;
+            if (plane.nRowAxis >= 0) {
+                chunk.vecPlace[size_t(plane.nRowAxis)] = y;
+            }
+            if (plane.nColumnAxis >= 0) {
+                chunk.vecPlace[size_t(plane.nColumnAxis)] = x;
+            }
+            vecChunk.push_back(chunk);
+        }
+    }
+    return vecChunk;
+}
+
+/// As many chunks as a file of this length can hold, each with an entry of some bytes in an index.
+bool canHoldChunks(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    uint64_t nChunks = 1;
+    for (int nAxis : {plane.nRowAxis, plane.nColumnAxis}) {
+        if (nAxis >= 0) {
+            const hsize_t nChunk = layout.vecChunk[size_t(nAxis)];
+            const uint64_t nAlong = (layout.vecLength[size_t(nAxis)] - 1) / nChunk + 1;
+            if (nAlong > layout.nFileSize / 4) {
+                return false;
+            }
+            nChunks *= nAlong;
+        }
+    }
+    return nChunks <= layout.nFileSize / 4;
+}
+
+bool fetchChunks(hid_t idDataSet, const Hdf5Layout& layout, Hdf5Fetched& fetched, QString& strReason)
+{
+    uint64_t nAll = 0;
+    for (Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {
+        hsize_t nBytes = 0;
+        if (H5Dget_chunk_storage_size(idDataSet, chunk.vecPlace.data(), &nBytes) < 0) {
+            nBytes = 0;
+        }
+        if (nBytes > layout.nFileSize - nAll) {
+            strReason = QStringLiteral("chunks that are larger than the file");
+            return false;
+        }
+        chunk.nBegin = size_t(nAll);
+        chunk.nBytes = size_t(nBytes);
+        nAll += nBytes;
+    }
+    if (nAll == 0) {
+        strReason = QStringLiteral("it was never written");
+        return false;
+    }
+    fetched.pBytes = makeFileBuffer(size_t(nAll));
+    for (Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {
+        if (chunk.nBytes > 0 && H5Dread_chunk(idDataSet, H5P_DEFAULT, chunk.vecPlace.data(), &chunk.nSkipped,
+                                              fetched.pBytes.get() + chunk.nBegin) < 0) {
+            strReason = QStringLiteral("packed pixels cannot be read");
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Bytes of elements with steps between them.
+void copyRow(const uint8_t* pSource, uint64_t nStride, uint64_t nCount, size_t nSize, uint8_t* pTarget)
+{
+    if (nStride == 1) {
+        std::memcpy(pTarget, pSource, size_t(nCount) * nSize);
+        return;
+    }
+    for (uint64_t i = 0; i < nCount; ++i) {
+        std::memcpy(pTarget + i * nSize, pSource + i * nStride * nSize, nSize);
+    }
+}
+
+/// Copies the part of a plane that lies in a chunk; without a source, the element for what was never written.
+void copyFromChunk(const Hdf5Layout& layout, const Hdf5Plane& plane, const Hdf5Fetched::Chunk& chunk,
+                   const uint8_t* pChunk, uint8_t* pTarget)
+{
+    const std::vector<uint64_t> vecStride = stridesOf(layout.vecChunk);
+    uint64_t nFirst = 0;
+    for (size_t i = 0; i < vecStride.size(); ++i) {
+        if (int(i) != plane.nRowAxis && int(i) != plane.nColumnAxis) {
+            nFirst += vecStride[i] * (plane.vecPlace[i] - chunk.vecPlace[i]);
+        }
+    }
+    struct Axis {
+        uint64_t nBegin = 0, nCount = 1, nStride = 1;
+    };
+    const auto axisOf = [&](int nAxis) {
+        Axis axis;
+        if (nAxis >= 0) {
+            const size_t i = size_t(nAxis);
+            axis.nBegin = chunk.vecPlace[i];
+            axis.nCount = std::min(layout.vecChunk[i], layout.vecLength[i] - chunk.vecPlace[i]);
+            axis.nStride = vecStride[i];
+        }
+        return axis;
+    };
+    const Axis rows = axisOf(plane.nRowAxis), columns = axisOf(plane.nColumnAxis);
+    const size_t nSize = layout.nElementSize;
+    const uint64_t nColumns = columnsOf(layout, plane);
+    for (uint64_t y = 0; y < rows.nCount; ++y) {
+        uint8_t* pRow = pTarget + ((rows.nBegin + y) * nColumns + columns.nBegin) * nSize;
+        if (pChunk) {
+            copyRow(pChunk + (nFirst + y * rows.nStride) * nSize, columns.nStride, columns.nCount, nSize,
+                    pRow);
+        } else {
+            for (uint64_t x = 0; x < columns.nCount; ++x) {
+                std::memcpy(pRow + x * nSize, &layout.nFill, nSize);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+bool describeDataSet(hid_t idDataSet, uint64_t nFileSize, Hdf5Layout& layout, QString& strReason)
+{
+    layout = Hdf5Layout();
+    layout.nFileSize = nFileSize;
+    const CHdf5Id idCreate(H5Dget_create_plist(idDataSet));
+    if (!idCreate.isOpen() || !describeType(idDataSet, layout, strReason)) {
+        return false;
+    }
+    const CHdf5Id idSpace(H5Dget_space(idDataSet));
+    layout.vecLength = dimensionsOf(idDataSet);
+    layout.vecFilter = filtersOf(idCreate);
+    layout.nStored = std::min<uint64_t>(H5Dget_storage_size(idDataSet), nFileSize);
+    const uint64_t nElements = productOf(layout.vecLength);
+    if (nElements == 0 || H5Sget_simple_extent_npoints(idSpace) < 1 ||
+        (layout.vecLength.empty() && H5Sget_simple_extent_ndims(idSpace) != 0)) {
+        strReason = QStringLiteral("a data set without elements, or with more than eight axes");
+        return false;
+    }
+    const bool bTooMany = nElements > std::numeric_limits<int64_t>::max() / layout.nElementSize;
+    const uint64_t nBytes = bTooMany ? 0 : nElements * layout.nElementSize;
+    const H5D_layout_t kind = H5Pget_layout(idCreate);
+    layout.bCompact = kind == H5D_COMPACT;
+    if (kind == H5D_CHUNKED) {
+        layout.vecChunk.assign(layout.vecLength.size(), 1);
+        const CHdf5Id idType(H5Dget_type(idDataSet));
+        H5Pget_fill_value(idCreate, idType, &layout.nFill);
+        if (H5Pget_chunk(idCreate, int(layout.vecChunk.size()), layout.vecChunk.data()) !=
+                int(layout.vecChunk.size()) ||
+            productOf(layout.vecChunk) == 0 ||
+            productOf(layout.vecChunk) > std::numeric_limits<uint32_t>::max() / layout.nElementSize) {
+            strReason = QStringLiteral("chunks of HDF5 of an impossible size");
+            return false;
+        }
+        strReason = unknownFilter(layout.vecFilter);
+        return strReason.isEmpty();
+    }
+    const haddr_t nOffset = kind == H5D_CONTIGUOUS ? H5Dget_offset(idDataSet) : 0;
+    layout.nOffset = nOffset;
+    if (nOffset == HADDR_UNDEF) {
+        strReason = QStringLiteral("a data set that was never written");
+    } else if ((kind != H5D_CONTIGUOUS && kind != H5D_COMPACT) || bTooMany || nBytes > nFileSize ||
+               nOffset > nFileSize - nBytes) {
+        strReason = QStringLiteral("truncated: %1 bytes do not hold %2 elements of %3 bytes")
+                        .arg(nFileSize)
+                        .arg(nElements)
+                        .arg(layout.nElementSize);
+    }
+    return strReason.isEmpty();
+}
+
+uint64_t rowsOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    return plane.nRowAxis < 0 ? 1 : layout.vecLength[size_t(plane.nRowAxis)];
+}
+
+uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    return plane.nColumnAxis < 0 ? 1 : layout.vecLength[size_t(plane.nColumnAxis)];
+}
+
+bool fetchPlane(hid_t idDataSet, const QString& strFileName, const Hdf5Layout& layout, const Hdf5Plane& plane,
+                Hdf5Fetched& fetched, QString& strReason)
+{
+    const uint64_t nRows = rowsOf(layout, plane), nColumns = columnsOf(layout, plane);
+    if (productOf({nRows, nColumns}) > uint64_t(std::numeric_limits<int>::max())) {
+        strReason =
+            QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(nColumns).arg(nRows);
+        return false;
+    }
+    const uint64_t nBytes = nRows * nColumns * layout.nElementSize;
+    if (nBytes / BEST_RATIO > layout.nFileSize) {
+        strReason = QStringLiteral("truncated: %1 bytes do not hold %2 x %3 pixels")
+                        .arg(layout.nFileSize)
+                        .arg(nColumns)
+                        .arg(nRows);
+        return false;
+    }
+    if (layout.vecChunk.empty()) {
+        fetched.bPlane = true;
+        fetched.pBytes = makeFileBuffer(size_t(nBytes));
+        if (!layout.bCompact && isOnePiece(layout, plane)) {
+            return fetchPiece(strFileName, layout, plane, size_t(nBytes), fetched.pBytes.get(), strReason);
+        }
+        if (!fetchByLibrary(idDataSet, layout, plane, fetched.pBytes.get())) {
+            strReason = QStringLiteral("pixels cannot be read");
+            return false;
+        }
+        return true;
+    }
+    if (!canHoldChunks(layout, plane)) {
+        strReason = QStringLiteral("more chunks than the file has room for");
+        return false;
+    }
+    fetched.vecChunk = chunksOf(layout, plane);
+    if (!fetchChunks(idDataSet, layout, fetched, strReason)) {
+        return false;
+    }
+    fetched.bPlane = fetched.vecChunk.size() == 1 && layout.vecFilter.empty() && isOnePiece(layout, plane) &&
+                     fetched.vecChunk[0].nBytes == nBytes && productOf(layout.vecChunk) == nRows * nColumns;
+    return true;
+}
+
+std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& plane,
+                                     const Hdf5Fetched& fetched, QString& strReason)
+{
+    if (fetched.bPlane) {
+        return fetched.pBytes;
+    }
+    const size_t nPlane = size_t(rowsOf(layout, plane) * columnsOf(layout, plane)) * layout.nElementSize;
+    const uint64_t nChunk = productOf(layout.vecChunk) * layout.nElementSize;
+    uint64_t nLargest = 0;
+    for (const Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {
+        nLargest = std::max<uint64_t>(nLargest, chunk.nBytes);
+    }
+    if (nChunk / BEST_RATIO > nLargest) {
+        strReason = QStringLiteral("packed pixels of %1 bytes where %2 belong").arg(nLargest).arg(nChunk);
+        return nullptr;
+    }
+    if (nChunk + nPlane > SMALL && !hasMemoryFor(2 * nChunk + nPlane)) {
+        throw std::bad_alloc();
+    }
+    const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nPlane);
+    // a chunk that is the plane is unpacked in its place
+    const bool bInPlace = fetched.vecChunk.size() == 1 && nChunk == nPlane && isOnePiece(layout, plane) &&
+                          fetched.vecChunk[0].vecPlace == plane.vecPlace;
+    const std::shared_ptr<uint8_t> pChunk = bInPlace ? pPlane : makeFileBuffer(size_t(nChunk));
+    for (const Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {
+        if (chunk.nBytes > 0 && !decodeChunk(layout.vecFilter, chunk.nSkipped, layout.nElementSize,
+                                             fetched.pBytes.get() + chunk.nBegin, chunk.nBytes, pChunk.get(),
+                                             size_t(nChunk), strReason)) {
+            return nullptr;
+        }
+        if (!bInPlace) {
+            copyFromChunk(layout, plane, chunk, chunk.nBytes > 0 ? pChunk.get() : nullptr, pPlane.get());
+        }
+    }
+    return pPlane;
+}
+
+double elementAt(const Hdf5Layout& layout, const uint8_t* pElement)
+{
+    const bool bSwap = layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN);
+    const auto numberAs = [&](auto value) {
+        using T = decltype(value);
+        return double(bSwap ? elementFromBytes<T, true>(pElement) : elementFromBytes<T, false>(pElement));
+    };
+    switch (layout.nElementSize) {
+        case 1:
+            return layout.bSigned ? numberAs(int8_t()) : numberAs(uint8_t());
+        case 2:
+            return layout.bSigned ? numberAs(int16_t()) : numberAs(uint16_t());
+        case 4:
+            return layout.bFloat    ? numberAs(float())
+                   : layout.bSigned ? numberAs(int32_t())
+                                    : numberAs(uint32_t());
+        default:
+            return layout.bFloat    ? numberAs(double())
+                   : layout.bSigned ? numberAs(int64_t())
+                                    : numberAs(uint64_t());
+    }
+}
+
+std::vector<double> numbersIn(hid_t idWhere, const QByteArray& strPath, const QString& strFileName,
+                              uint64_t nMost)
+{
+    const CHdf5Id idDataSet = openDataSet(idWhere, strPath);
+    Hdf5Layout layout;
+    QString strReason;
+    if (!idDataSet.isOpen() ||
+        !describeDataSet(idDataSet, uint64_t(QFileInfo(strFileName).size()), layout, strReason) ||
+        layout.vecLength.size() > 1 || productOf(layout.vecLength) > nMost) {
+        return {};
+    }
+    Hdf5Plane plane;
+    plane.vecPlace.assign(layout.vecLength.size(), 0);
+    plane.nColumnAxis = layout.vecLength.empty() ? -1 : 0;
+    Hdf5Fetched fetched;
+    if (!fetchPlane(idDataSet, strFileName, layout, plane, fetched, strReason)) {
+        return {};
+    }
+    const std::shared_ptr<uint8_t> pPlane = unpackPlane(layout, plane, fetched, strReason);
+    std::vector<double> vecNumber;
+    for (uint64_t i = 0; pPlane && i < columnsOf(layout, plane); ++i) {
+        vecNumber.push_back(elementAt(layout, pPlane.get() + i * layout.nElementSize));
+    }
+    return vecNumber;
+}
+
+}  // namespace tessera

@@ -1,0 +1,73 @@
+// Planes of HDF5 data sets: the elements of one image, and small lists of numbers.
+#pragma once
+
+#include "imagefiles/hdf5chunk.h"
+#include "imagefiles/hdf5library.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace tessera {
+
+/// How a data set stores its elements. It outlives the data set's being open.
+struct Hdf5Layout {
+    std::vector<hsize_t> vecLength;  ///< along the axes, the last one moves fastest; none for a scalar
+    bool bFloat = false;             ///< IEEE of 4 or 8 bytes; else integers
+    bool bSigned = false;
+    bool bBigEndian = false;
+    size_t nElementSize = 0;        ///< 1, 2, 4 or 8 bytes
+    std::vector<hsize_t> vecChunk;  ///< of chunks, along the axes; empty when there are none
+    std::vector<Hdf5Filter> vecFilter;
+    bool bCompact = false;  ///< within the header of the object, of 64 kB at most
+    uint64_t nOffset = 0;   ///< of unchunked elements, bytes from the beginning of the file
+    uint64_t nStored = 0;   ///< bytes in the file, packed
+    uint64_t nFileSize = 0;
+    uint64_t nFill = 0;  ///< bytes of the element that stands where nothing was written
+};
+
+/// One or two axes of a data set, at fixed places of the others.
+struct Hdf5Plane {
+    std::vector<hsize_t> vecPlace;  ///< along each axis; 0 along those of the plane
+    int nRowAxis = -1;              ///< -1: there is one row
+    int nColumnAxis = -1;           ///< -1: there is one column
+};
+
+/// What was read from the file for a plane, still packed.
+struct Hdf5Fetched {
+    struct Chunk {
+        std::vector<hsize_t> vecPlace;  ///< of its first element
+        uint32_t nSkipped = 0;          ///< filters that were not applied
+        size_t nBegin = 0, nBytes = 0;  ///< in the buffer; no bytes for one that was never written
+    };
+    std::vector<Chunk> vecChunk;
+    std::shared_ptr<uint8_t> pBytes;
+    bool bPlane = false;  ///< the buffer is the plane
+};
+
+/// Describes a data set of numbers. @return false with the reason when its elements cannot be read
+bool describeDataSet(hid_t idDataSet, uint64_t nFileSize, Hdf5Layout& layout, QString& strReason);
+
+uint64_t rowsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
+uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
+
+/// Reads the bytes of a plane, and no others, after they are checked against the file's length; needs a
+/// CHdf5Lock. A plane of which nothing was ever written is a failure.
+/// @throws std::bad_alloc
+bool fetchPlane(hid_t idDataSet, const QString& strFileName, const Hdf5Layout& layout, const Hdf5Plane& plane,
+                Hdf5Fetched& fetched, QString& strReason);
+
+/// Unpacks what was fetched; needs no lock.
+/// @return the elements row by row, as bytes in the order of the file; null with the reason
+/// @throws std::bad_alloc
+std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& plane,
+                                     const Hdf5Fetched& fetched, QString& strReason);
+
+/// Up to `nMost` numbers of a data set with one axis or none; empty when there are none or more. Needs a
+/// lock.
+std::vector<double> numbersIn(hid_t idWhere, const QByteArray& strPath, const QString& strFileName,
+                              uint64_t nMost);
+
+/// An element as a number.
+double elementAt(const Hdf5Layout& layout, const uint8_t* pElement);
+
+}  // namespace tessera

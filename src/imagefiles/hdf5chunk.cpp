@@ -1,0 +1,286 @@
+#include "imagefiles/hdf5chunk.h"
+
+#include "imagefiles/bitshuffle.h"
+#include "imagefiles/filebuffer.h"
+
+#include <QtEndian>
+
+#include <lz4.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+namespace tessera {
+
+namespace {
+
+constexpr int DEFLATE = 1, SHUFFLE = 2, CHECKSUM = 3, LZ4 = 32004, BITSHUFFLE = 32008;
+constexpr size_t CHECKSUM_SIZE = 4;
+constexpr size_t PACKED_HEADER = 12;  ///< of LZ4 and bitshuffle: length of all, length of a block
+constexpr unsigned BITSHUFFLE_PLAIN = 0, BITSHUFFLE_LZ4 = 2, BITSHUFFLE_ZSTD = 3;
+
+unsigned clientValue(const Hdf5Filter& filter, size_t n)
+{
+    return n < filter.vecClient.size() ? filter.vecClient[n] : 0;
+}
+
+/// Bytes of a chunk as they come out of a filter.
+struct ChunkBytes {
+    const uint8_t* p;
+    size_t n;
+};
+
+bool tooShort(QString& strReason)
+{
+    strReason = QStringLiteral("packed pixels are truncated");
+    return false;
+}
+
+bool damaged(const char* pszPacking, QString& strReason)
+{
+    strReason = QStringLiteral("packed pixels (%1) are damaged").arg(QLatin1String(pszPacking));
+    return false;
+}
+
+/// zlib's counters have 32 bits.
+bool inflateChunk(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& strReason)
+{
+    if (source.n > std::numeric_limits<uInt>::max() || nTarget > std::numeric_limits<uInt>::max()) {
+        strReason = QStringLiteral("packed pixels of %1 bytes").arg(source.n);
+        return false;
+    }
+    z_stream stream = {};
+    stream.next_in = const_cast<Bytef*>(source.p);
+    stream.avail_in = uInt(source.n);
+    stream.next_out = pTarget;
+    stream.avail_out = uInt(nTarget);
+    if (inflateInit(&stream) != Z_OK) {
+        throw std::bad_alloc();
+    }
+    const int nResult = inflate(&stream, Z_FINISH);
+    const bool bWhole = nResult == Z_STREAM_END && stream.avail_out == 0;
+    inflateEnd(&stream);
+    return bWhole || damaged("deflate", strReason);
+}
+
+/// Bytes of like weight lie together. What does not fill an element stays at the end.
+void unshuffleBytes(ChunkBytes source, size_t nElementSize, uint8_t* pTarget)
+{
+    const size_t nCount = source.n / nElementSize;
+    for (size_t j = 0; j < nElementSize; ++j) {
+        const uint8_t* pPlane = source.p + j * nCount;
+        for (size_t i = 0; i < nCount; ++i) {
+            pTarget[i * nElementSize + j] = pPlane[i];
+        }
+    }
+    const size_t nDone = nCount * nElementSize;
+    std::memcpy(pTarget + nDone, source.p + nDone, source.n - nDone);
+}
+
+/// Takes the header of LZ4 or bitshuffle off. @return false when it tells another size than that of the chunk
+bool takePackedHeader(ChunkBytes& source, size_t nTarget, size_t& nBlockBytes, QString& strReason)
+{
+    if (source.n < PACKED_HEADER) {
+        return tooShort(strReason);
+    }
+    const uint64_t nAll = qFromBigEndian<quint64>(source.p);
+    nBlockBytes = qFromBigEndian<quint32>(source.p + 8);
+    source = {source.p + PACKED_HEADER, source.n - PACKED_HEADER};
+    if (nAll != nTarget) {
+        strReason = QStringLiteral("packed pixels of %1 bytes where %2 belong").arg(nAll).arg(nTarget);
+        return false;
+    }
+    return true;
+}
+
+/// Takes the next block off, with its length in front of it.
+bool takeBlock(ChunkBytes& source, ChunkBytes& block)
+{
+    if (source.n < 4) {
+        return false;
+    }
+    const size_t nBlock = qFromBigEndian<quint32>(source.p);
+    if (nBlock > source.n - 4) {
+        return false;
+    }
+    block = {source.p + 4, nBlock};
+    source = {source.p + 4 + nBlock, source.n - 4 - nBlock};
+    return true;
+}
+
+bool unpackBlock(ChunkBytes block, uint8_t* pTarget, size_t nTarget)
+{
+    return block.n <= size_t(LZ4_MAX_INPUT_SIZE) && nTarget <= size_t(LZ4_MAX_INPUT_SIZE) &&
+           LZ4_decompress_safe(reinterpret_cast<const char*>(block.p), reinterpret_cast<char*>(pTarget),
+                               int(block.n), int(nTarget)) == int(nTarget);
+}
+
+bool unpackLz4(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& strReason)
+{
+    size_t nBlockBytes = 0;
+    if (!takePackedHeader(source, nTarget, nBlockBytes, strReason)) {
+        return false;
+    }
+    if (nBlockBytes == 0) {
+        return damaged("LZ4", strReason);
+    }
+    for (size_t nDone = 0; nDone < nTarget;) {
+        const size_t nNext = std::min(nBlockBytes, nTarget - nDone);
+        ChunkBytes block = {};
+        if (!takeBlock(source, block)) {
+            return tooShort(strReason);
+        }
+        if (block.n == nNext) {  // what does not get smaller is stored as it is
+            std::memcpy(pTarget + nDone, block.p, nNext);
+        } else if (!unpackBlock(block, pTarget + nDone, nNext)) {
+            return damaged("LZ4", strReason);
+        }
+        nDone += nNext;
+    }
+    return true;
+}
+
+bool unpackBitshuffle(const Hdf5Filter& filter, ChunkBytes source, size_t nElementSize, uint8_t* pTarget,
+                      size_t nTarget, QString& strReason)
+{
+    const bool bPacked = clientValue(filter, 4) == BITSHUFFLE_LZ4;
+    size_t nBlockBytes = size_t(clientValue(filter, 3)) * nElementSize;
+    if (bPacked && !takePackedHeader(source, nTarget, nBlockBytes, strReason)) {
+        return false;
+    }
+    if (!bPacked && source.n != nTarget) {
+        return tooShort(strReason);
+    }
+    if (nBlockBytes == 0) {
+        nBlockBytes = bitshuffleBlock(nElementSize) * nElementSize;
+    }
+    const size_t nEight = 8 * nElementSize;
+    if (nBlockBytes % nEight != 0) {
+        return damaged("bitshuffle", strReason);
+    }
+    std::vector<uint8_t> vecPlanes(bPacked ? std::min(nBlockBytes, nTarget) : 0);
+    size_t nDone = 0;
+    for (size_t nRest = nTarget / nEight * nEight; nDone < nRest;) {
+        const size_t nNext = std::min(nBlockBytes, nRest - nDone);
+        ChunkBytes block = {source.p, nNext};
+        if (!bPacked) {
+            source = {source.p + nNext, source.n - nNext};
+        } else if (!takeBlock(source, block)) {
+            return tooShort(strReason);
+        } else if (!unpackBlock(block, vecPlanes.data(), nNext)) {
+            return damaged("bitshuffle, LZ4", strReason);
+        } else {
+            block = {vecPlanes.data(), nNext};
+        }
+        unshuffleBits(block.p, nNext / nElementSize, nElementSize, pTarget + nDone);
+        nDone += nNext;
+    }
+    if (source.n < nTarget - nDone) {  // up to seven elements are stored as they are
+        return tooShort(strReason);
+    }
+    std::memcpy(pTarget + nDone, source.p, nTarget - nDone);
+    return true;
+}
+
+bool undoFilter(const Hdf5Filter& filter, ChunkBytes source, size_t nElementSize, uint8_t* pTarget,
+                size_t nTarget, QString& strReason)
+{
+    switch (filter.nId) {
+        case DEFLATE:
+            return inflateChunk(source, pTarget, nTarget, strReason);
+        case SHUFFLE:
+            if (source.n != nTarget) {
+                return tooShort(strReason);
+            }
+            unshuffleBytes(source, nElementSize, pTarget);
+            return true;
+        case LZ4:
+            return unpackLz4(source, pTarget, nTarget, strReason);
+        default:
+            return unpackBitshuffle(filter, source, nElementSize, pTarget, nTarget, strReason);
+    }
+}
+
+bool packs(const Hdf5Filter& filter)
+{
+    return filter.nId == DEFLATE || filter.nId == LZ4 ||
+           (filter.nId == BITSHUFFLE && clientValue(filter, 4) == BITSHUFFLE_LZ4);
+}
+
+}  // namespace
+
+QString unknownFilter(const std::vector<Hdf5Filter>& vecFilter)
+{
+    constexpr size_t MOST_FILTERS = 8;
+    if (vecFilter.size() > MOST_FILTERS) {
+        return QStringLiteral("%1 filters of HDF5").arg(vecFilter.size());
+    }
+    bool bPacked = false;
+    for (const Hdf5Filter& filter : vecFilter) {
+        const bool bBits = filter.nId == BITSHUFFLE;
+        if (bBits && clientValue(filter, 4) == BITSHUFFLE_ZSTD) {
+            return QStringLiteral("pixels packed by bitshuffle with Zstandard are not read");
+        }
+        if ((!bBits && filter.nId != DEFLATE && filter.nId != SHUFFLE && filter.nId != CHECKSUM &&
+             filter.nId != LZ4) ||
+            (bBits && clientValue(filter, 4) != BITSHUFFLE_LZ4 &&
+             clientValue(filter, 4) != BITSHUFFLE_PLAIN)) {
+            return QStringLiteral("pixels packed by filter %1 of HDF5 are not read").arg(filter.nId);
+        }
+        if (bPacked && filter.nId != CHECKSUM) {
+            return QStringLiteral("pixels that are packed twice are not read");
+        }
+        bPacked = bPacked || packs(filter);
+    }
+    return {};
+}
+
+bool decodeChunk(const std::vector<Hdf5Filter>& vecFilter, uint32_t nSkipped, size_t nElementSize,
+                 const uint8_t* pSource, size_t nSource, uint8_t* pTarget, size_t nTarget, QString& strReason)
+{
+    ChunkBytes source = {pSource, nSource};
+    std::shared_ptr<uint8_t> pBetween;  // holds what `source` points to after the first filter
+    bool bInTarget = false;
+    // Before the filter that packs, a checksum has made the chunk longer by its four bytes.
+    size_t nInside = nTarget;
+    for (size_t i = 0; i < vecFilter.size() && !packs(vecFilter[i]); ++i) {
+        nInside += vecFilter[i].nId == CHECKSUM && !(nSkipped >> i & 1) ? CHECKSUM_SIZE : 0;
+    }
+    for (size_t i = vecFilter.size(); i-- > 0;) {
+        if (nSkipped >> i & 1) {
+            continue;
+        }
+        if (vecFilter[i].nId == CHECKSUM) {
+            if (source.n < CHECKSUM_SIZE) {
+                return tooShort(strReason);
+            }
+            source.n -= CHECKSUM_SIZE;
+            continue;
+        }
+        const size_t nOut = packs(vecFilter[i]) ? nInside : source.n;
+        std::shared_ptr<uint8_t> pOut;
+        const bool bLast = i == 0 && nOut == nTarget && !bInTarget;
+        if (!bLast) {
+            pOut = makeFileBuffer(nOut);
+        }
+        if (!undoFilter(vecFilter[i], source, nElementSize, bLast ? pTarget : pOut.get(), nOut, strReason)) {
+            return false;
+        }
+        bInTarget = bLast;
+        source = {bLast ? pTarget : pOut.get(), nOut};
+        pBetween = pOut;
+    }
+    if (source.n != nTarget) {
+        strReason = QStringLiteral("packed pixels of %1 bytes where %2 belong").arg(source.n).arg(nTarget);
+        return false;
+    }
+    if (!bInTarget) {
+        std::memcpy(pTarget, source.p, nTarget);
+    }
+    return true;
+}
+
+}  // namespace tessera

@@ -1,0 +1,231 @@
+#include "imagefiles/hdf5scan.h"
+
+#include "imagefiles/hdf5finding.h"
+#include "imagefiles/hdf5nexus.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+constexpr uint64_t MOST_ANGLES = 1 << 22;
+
+/// One step of a chain of transformations.
+struct Step {
+    QByteArray strPath;
+    bool bRotation = false;
+    NexusVector vector = {0, 0, 0};
+    std::vector<double> vecAngle;  ///< degrees, of a rotation
+    QByteArray strNext;            ///< path of what it depends on; empty at the end
+};
+
+double dot(const NexusVector& a, const NexusVector& b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+NexusVector cross(const NexusVector& a, const NexusVector& b)
+{
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+/// Of length 1; zeros for what has no direction.
+NexusVector unit(const NexusVector& v)
+{
+    const double dfLength = std::sqrt(dot(v, v));
+    return dfLength > 0 && std::isfinite(dfLength)
+               ? NexusVector{v[0] / dfLength, v[1] / dfLength, v[2] / dfLength}
+               : NexusVector{0, 0, 0};
+}
+
+/// Turned right-handed about an axis of length 1. Source: Rodrigues (1840), J. Math. Pures Appl. 5, 380–440.
+NexusVector turned(const NexusVector& v, const NexusVector& axis, double dfDegrees)
+{
+    const double c = std::cos(dfDegrees * M_PI / 180), s = std::sin(dfDegrees * M_PI / 180);
+    const NexusVector across = cross(axis, v);
+    const double along = dot(axis, v) * (1 - c);
+    return {v[0] * c + across[0] * s + axis[0] * along, v[1] * c + across[1] * s + axis[1] * along,
+            v[2] * c + across[2] * s + axis[2] * along};
+}
+
+/// The path of what is depended on: from the root, or from the group that the dependent one lies in.
+QByteArray pathFrom(const QByteArray& strPath, const QByteArray& strTo)
+{
+    if (strTo.isEmpty() || strTo == ".") {
+        return {};
+    }
+    return strTo.startsWith('/') ? strTo : strPath.left(strPath.lastIndexOf('/') + 1) + strTo;
+}
+
+Step stepAt(hid_t idFile, const QString& strFile, const QByteArray& strPath)
+{
+    Step step;
+    step.strPath = strPath;
+    const CHdf5Id idSet = openDataSet(idFile, strPath);
+    if (!idSet.isOpen()) {
+        return step;
+    }
+    const std::vector<double> vecVector = numberAttribute(idSet, "vector");
+    if (vecVector.size() == 3) {
+        step.vector = unit({vecVector[0], vecVector[1], vecVector[2]});
+    }
+    step.bRotation = textAttribute(idSet, "transformation_type") == QLatin1String("rotation");
+    step.strNext = pathFrom(strPath, textAttribute(idSet, "depends_on").toUtf8());
+    step.vecAngle = numbersIn(idFile, strPath, strFile, MOST_ANGLES);
+    const double dfUnit = unitFactor(textAttribute(idSet, "units"));
+    for (double& df : step.vecAngle) {
+        df *= dfUnit;
+    }
+    const bool bFinite = std::all_of(step.vecAngle.begin(), step.vecAngle.end(),
+                                     [](double df) { return std::isfinite(df); });
+    if (!bFinite) {
+        step.vecAngle.clear();
+    }
+    return step;
+}
+
+std::vector<Step> chainFrom(hid_t idFile, const QString& strFile, QByteArray strPath)
+{
+    constexpr size_t LONGEST = 32;  // which ends a chain that leads back into itself, too
+    std::vector<Step> vecStep;
+    while (!strPath.isEmpty() && vecStep.size() < LONGEST) {
+        vecStep.push_back(stepAt(idFile, strFile, strPath));
+        strPath = vecStep.back().strNext;
+    }
+    return vecStep;
+}
+
+/// A direction as it is in the laboratory: turned by all steps that it depends on.
+NexusVector inLaboratory(NexusVector v, const std::vector<Step>& vecStep, size_t nFrom)
+{
+    for (size_t i = nFrom; i < vecStep.size(); ++i) {
+        if (vecStep[i].bRotation && vecStep[i].vecAngle.size() == 1) {
+            v = turned(v, vecStep[i].vector, vecStep[i].vecAngle[0]);
+        }
+    }
+    return v;
+}
+
+bool varies(const Step& step)
+{
+    constexpr double LEAST = 1e-6;  // degrees
+    const auto range = std::minmax_element(step.vecAngle.begin(), step.vecAngle.end());
+    return !step.vecAngle.empty() && *range.second - *range.first > LEAST;
+}
+
+/// The angle from image to image that stands beside an axis; 0 when none does.
+double widthBeside(hid_t idFile, const QString& strFile, const Step& step)
+{
+    for (const char* pszEnd : {"_range_average", "_increment_set"}) {
+        const std::vector<double> vecWidth = numbersIn(idFile, step.strPath + pszEnd, strFile, 1);
+        if (vecWidth.size() == 1 && std::isfinite(vecWidth[0]) && vecWidth[0] != 0) {
+            return vecWidth[0];
+        }
+    }
+    const std::vector<double> vecEnd = numbersIn(idFile, step.strPath + "_end", strFile, MOST_ANGLES);
+    if (step.vecAngle.size() > 1) {
+        return step.vecAngle[1] - step.vecAngle[0];
+    }
+    const double dfWidth = vecEnd.empty() || step.vecAngle.empty() ? 0 : vecEnd[0] - step.vecAngle[0];
+    return std::isfinite(dfWidth) ? dfWidth : 0;
+}
+
+/// The steps that the sample depends on; without that, its axes by their usual names.
+std::vector<Step> sampleSteps(hid_t idFile, const QString& strFile, const QByteArray& strSample)
+{
+    const QByteArray strFirst = textIn(idFile, strSample + "/depends_on").toUtf8();
+    std::vector<Step> vecStep = chainFrom(idFile, strFile, pathFrom(strSample + "/depends_on", strFirst));
+    const bool bChain = !vecStep.empty();
+    for (const char* pszGroup : {"/goniometer/", "/transformations/"}) {
+        for (const char* pszName : {"omega", "alpha", "phi", "kappa", "chi"}) {
+            const QByteArray strPath = strSample + pszGroup + pszName;
+            if (!bChain && openDataSet(idFile, strPath).isOpen()) {
+                vecStep.push_back(stepAt(idFile, strFile, strPath));
+                vecStep.back().strNext.clear();
+            }
+        }
+    }
+    return vecStep;
+}
+
+void takeAngles(const Step& step, double dfWidth, Hdf5Series& series)
+{
+    const size_t nImages = size_t(series.header.nImages);
+    series.strTiltSource = QString::fromUtf8(step.strPath.mid(step.strPath.lastIndexOf('/') + 1));
+    series.dfWidth = dfWidth;
+    if (step.vecAngle.size() >= nImages && nImages > 1) {
+        series.vecStart.assign(step.vecAngle.begin(), step.vecAngle.begin() + std::ptrdiff_t(nImages));
+    } else if (dfWidth != 0) {
+        for (size_t i = 0; i < nImages; ++i) {
+            series.vecStart.push_back(i < step.vecAngle.size() ? step.vecAngle[i]
+                                                               : step.vecAngle[0] + double(i) * dfWidth);
+        }
+    }
+}
+
+void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetector, const NexusVector& axis,
+              bool bElectrons, FrameHeader& header)
+{
+    const QByteArray strModule = strDetector + "/module";
+    const auto direction = [&](const char* pszName) {
+        const std::vector<Step> vecStep = chainFrom(idFile, strFile, strModule + pszName);
+        return vecStep.empty() ? NexusVector{0, 0, 0} : inLaboratory(vecStep[0].vector, vecStep, 1);
+    };
+    double dfDegrees = 0;
+    QString strReason;
+    constexpr double ALONG = 1 - 1e-9;
+    if (!bElectrons && std::fabs(axis[0]) > ALONG) {
+        strReason = QStringLiteral("it is the one that detectors write when they were told none");
+    } else if (axisOnImage(axis, direction("/fast_pixel_direction"), direction("/slow_pixel_direction"),
+                           dfDegrees, strReason)) {
+        header.rotationAxis = {dfDegrees, QStringLiteral("vector of the scan's axis")};
+        return;
+    }
+    header.listDoubt.append(QStringLiteral("The file's axis of rotation was not taken: %1.").arg(strReason));
+}
+
+}  // namespace
+
+bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow, double& dfDegrees,
+                 QString& strReason)
+{
+    constexpr double SQUARE = 0.02, ACROSS = 0.95, IN_PLANE = 0.3;
+    const NexusVector normal = cross(slow, fast);  // out of the image, to who looks at it
+    const auto isUnit = [](const NexusVector& v) { return std::fabs(dot(v, v) - 1) < SQUARE; };
+    if (!isUnit(axis) || !isUnit(fast) || !isUnit(slow) || std::fabs(dot(fast, slow)) > SQUARE) {
+        strReason = QStringLiteral("the directions of axis, rows and columns are not told");
+    } else if (-normal[2] < ACROSS) {  // to the source, against the beam
+        strReason = QStringLiteral("the detector is not across the beam, or is seen from behind");
+    } else if (std::fabs(dot(axis, normal)) > IN_PLANE) {
+        strReason = QStringLiteral("it does not lie in the plane of the detector");
+    } else {
+        dfDegrees = std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / M_PI;
+        return true;
+    }
+    return false;
+}
+
+void readScan(hid_t idFile, const QString& strPath, const QByteArray& strEntry, const QByteArray& strDetector,
+              bool bElectrons, Hdf5Series& series)
+{
+    const std::vector<Step> vecStep = sampleSteps(idFile, strPath, strEntry + "/sample");
+    for (size_t i = 0; i < vecStep.size(); ++i) {
+        const Step& step = vecStep[i];
+        const double dfWidth = widthBeside(idFile, strPath, step);
+        if (step.vecAngle.empty() || (!varies(step) && dfWidth == 0)) {
+            continue;
+        }
+        takeAngles(step, dfWidth, series);
+        const NexusVector noAxis = {0, 0, 0};
+        if (step.vector != noAxis) {
+            const size_t nEnd = step.strNext.isEmpty() ? vecStep.size() : i + 1;
+            takeAxis(idFile, strPath, strDetector, inLaboratory(step.vector, vecStep, nEnd), bElectrons,
+                     series.header);
+        }
+        return;
+    }
+}
+
+}  // namespace tessera

@@ -1,0 +1,175 @@
+#include "imagefiles/hdf5series.h"
+
+#include "imagefiles/hdf5finding.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+Hdf5Stamp stampOf(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    return {strFile, info.exists() ? info.size() : -1, info.exists() ? info.lastModified() : QDateTime()};
+}
+
+bool isCurrent(const Hdf5Series& series)
+{
+    return std::all_of(series.vecStamp.begin(), series.vecStamp.end(), [](const Hdf5Stamp& stamp) {
+        const Hdf5Stamp now = stampOf(stamp.strFile);
+        return now.nSize == stamp.nSize && now.time == stamp.time;
+    });
+}
+
+/// Images of a block whose file is missing; 0 when that cannot be told.
+/// @param nBefore  images before it
+qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBefore, qint64 nTotal)
+{
+    constexpr qint64 MOST = 100000;  // as a number without an image is only the file's word
+    qint64 nPresent = 0, nMissing = 0, nOther = 0;
+    for (size_t i = 0; i < vecBlock.size(); ++i) {
+        const Hdf5Block& block = vecBlock[i];
+        (block.strMissing.isEmpty() ? nPresent : nMissing) += block.strMissing.isEmpty() ? block.nCount : 1;
+        if (block.strMissing.isEmpty() && nOther == 0 && i + 1 < vecBlock.size()) {
+            nOther = block.nCount;  // all files but the last are equally long
+        }
+    }
+    qint64 nCount = 0;
+    if (nBlock + 1 < vecBlock.size() && vecBlock[nBlock + 1].nNumber > 0) {
+        nCount = vecBlock[nBlock + 1].nNumber - 1 - nBefore;
+    }
+    if (nCount < 1 && nMissing == 1) {
+        nCount = nTotal - nPresent;
+    }
+    if (nCount < 1 && nBlock + 1 < vecBlock.size()) {
+        nCount = nOther;
+    }
+    return nCount <= MOST ? std::max(nCount, qint64(0)) : 0;
+}
+
+}  // namespace
+
+int imagesIn(const Hdf5Layout& layout, bool bFramesLast)
+{
+    constexpr uint64_t BEST_RATIO = 1100;  // of deflate
+    const size_t nAxes = layout.vecLength.size();
+    if (nAxes < 2) {
+        return 0;
+    }
+    uint64_t nImages = 1;
+    for (size_t i = 0; i < nAxes; ++i) {
+        const bool bImage = bFramesLast && nAxes > 2 ? i < 2 : i + 2 >= nAxes;
+        if (!bImage) {
+            nImages = std::min<uint64_t>(nImages, std::numeric_limits<uint32_t>::max()) *
+                      std::min<uint64_t>(layout.vecLength[i], std::numeric_limits<uint32_t>::max());
+        }
+    }
+    const size_t nRow = bFramesLast && nAxes > 2 ? 0 : nAxes - 2;
+    const uint64_t nHeight = layout.vecLength[nRow], nWidth = layout.vecLength[nRow + 1];
+    if (nHeight > uint64_t(std::numeric_limits<int>::max()) / nWidth) {
+        return int(std::min<uint64_t>(nImages, 1));  // too large to be read, which the reading tells
+    }
+    const uint64_t nHeld = layout.nStored * BEST_RATIO / (nHeight * nWidth * layout.nElementSize) + 1;
+    const uint64_t nCount = layout.vecChunk.empty() ? nImages : std::min(nImages, nHeld);
+    return int(std::min<uint64_t>(nCount, std::numeric_limits<int>::max()));
+}
+
+Hdf5Plane planeOf(const Hdf5Layout& layout, bool bFramesLast, int nImage)
+{
+    const size_t nAxes = layout.vecLength.size();
+    Hdf5Plane plane;
+    plane.vecPlace.assign(nAxes, 0);
+    const bool bLast = bFramesLast && nAxes > 2;
+    plane.nRowAxis = bLast ? 0 : int(nAxes) - 2;
+    plane.nColumnAxis = plane.nRowAxis + 1;
+    uint64_t nLeft = uint64_t(nImage);
+    for (size_t i = nAxes; i-- > 0;) {
+        if (int(i) != plane.nRowAxis && int(i) != plane.nColumnAxis) {
+            plane.vecPlace[i] = nLeft % layout.vecLength[i];
+            nLeft /= layout.vecLength[i];
+        }
+    }
+    return plane;
+}
+
+QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
+{
+    QString strReason;
+    qint64 nBefore = 0;
+    for (size_t i = 0; i < vecBlock.size(); ++i) {
+        if (!vecBlock[i].strMissing.isEmpty()) {
+            const qint64 nCount = countOf(vecBlock, i, nBefore, nTotal);
+            if (strReason.isEmpty()) {
+                strReason = vecBlock[i].strMissing;
+            }
+            if (nCount == 0) {  // whatever comes behind has no number
+                strReason = i + 1 < vecBlock.size()
+                                ? vecBlock[i].strMissing + QStringLiteral(
+                                                               "; how many images it has is not "
+                                                               "told, so those behind it are "
+                                                               "not numbered and left out")
+                                : strReason;
+                vecBlock.resize(i);
+                return strReason;
+            }
+            vecBlock[i].nCount = int(nCount);
+        }
+        nBefore += vecBlock[i].nCount;
+        if (nBefore > std::numeric_limits<int>::max()) {
+            vecBlock.resize(i);
+            return QStringLiteral("%1 images").arg(nBefore);
+        }
+    }
+    return strReason;
+}
+
+QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QString& strReason)
+{
+    const QString strFolder = QFileInfo(strMaster).absolutePath();
+    const QString strPath = QDir::cleanPath(strFolder + QLatin1Char('/') + strLinked);
+    const QString strInside = strFolder.endsWith(QLatin1Char('/')) ? strFolder : strFolder + QLatin1Char('/');
+    if (strLinked.isEmpty() || QDir::isAbsolutePath(strLinked) || !strPath.startsWith(strInside)) {
+        strReason = QStringLiteral("its link to \"%1\" leads out of its folder and is not followed")
+                        .arg(strLinked.left(200));
+        return {};
+    }
+    return strPath;
+}
+
+std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString& strReason)
+{
+    constexpr size_t MOST_KEPT = 4;
+    static std::vector<std::shared_ptr<const Hdf5Series>> s_vecKept;  // the one used last comes first
+    const CHdf5Lock lock;
+    const QString strPath = QFileInfo(strFileName).absoluteFilePath();
+    const auto it = std::find_if(s_vecKept.begin(), s_vecKept.end(), [&](const auto& pSeries) {
+        return pSeries->vecStamp.front().strFile == strPath;
+    });
+    if (it != s_vecKept.end()) {
+        std::rotate(s_vecKept.begin(), it, it + 1);
+        if (isCurrent(*s_vecKept.front())) {
+            return s_vecKept.front();
+        }
+        s_vecKept.erase(s_vecKept.begin());
+    }
+    auto pSeries = std::make_shared<Hdf5Series>();
+    pSeries->vecStamp.push_back(stampOf(strPath));
+    if (!findSeries(strPath, *pSeries, strReason)) {
+        return nullptr;
+    }
+    for (const Hdf5Block& block : pSeries->vecBlock) {
+        if (block.strFile != strPath && block.strFile != pSeries->vecStamp.back().strFile) {
+            pSeries->vecStamp.push_back(stampOf(block.strFile));
+        }
+    }
+    s_vecKept.insert(s_vecKept.begin(), pSeries);
+    s_vecKept.resize(std::min(s_vecKept.size(), MOST_KEPT));
+    return pSeries;
+}
+
+}  // namespace tessera
