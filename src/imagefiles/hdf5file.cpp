@@ -132,7 +132,9 @@ std::unique_ptr<CImgObj<float>> readImage(const Hdf5Series& series, int nImage, 
     auto pImage = std::make_unique<CImgObj<float>>();
     const size_t nWidth = size_t(columnsOf(pBlock->layout, plane));
     const size_t nHeight = size_t(rowsOf(pBlock->layout, plane));
-    if (!hasMemoryFor(nWidth * nHeight * sizeof(float)) || !pImage->Create(int(nWidth), int(nHeight))) {
+    constexpr size_t SMALL = size_t(64) << 20;  // asking costs more than reading a small frame
+    const size_t nBytes = nWidth * nHeight * sizeof(float);
+    if ((nBytes > SMALL && !hasMemoryFor(nBytes)) || !pImage->Create(int(nWidth), int(nHeight))) {
         throw std::bad_alloc();
     }
     convert(pBlock->layout, pPlane.get(), nWidth * nHeight, pImage->Data());
