@@ -87,32 +87,29 @@ std::vector<uint64_t> stridesOf(const std::vector<hsize_t>& vecLength)
     return vecStride;
 }
 
-/// Whether rows and columns are the last axes, so that the plane is one piece of the elements in a row.
-bool isOnePiece(const Hdf5Layout& layout, const Hdf5Plane& plane)
+/// Whether rows and columns are the last axes, so that the plane is one piece of a block of elements.
+bool isLastAxes(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
     const int nAxes = int(layout.vecLength.size());
     return nAxes == 0 ||
-           (plane.nColumnAxis == nAxes - 1 && (plane.nRowAxis == nAxes - 2 || (plane.nRowAxis < 0)));
+           (plane.nColumnAxis == nAxes - 1 && (plane.nRowAxis == nAxes - 2 || plane.nRowAxis < 0));
 }
 
-bool fetchPiece(const QString& strFileName, const Hdf5Layout& layout, const Hdf5Plane& plane, size_t nBytes,
-                uint8_t* pTarget, QString& strReason)
+/// Whether a plane is of a size that an image may have, and that packed bytes of the file's length can give.
+bool isPossible(const Hdf5Layout& layout, const Hdf5Plane& plane, QString& strReason)
 {
-    const std::vector<uint64_t> vecStride = stridesOf(layout.vecLength);
-    uint64_t nElement = 0;
-    for (size_t i = 0; i < vecStride.size(); ++i) {
-        nElement += vecStride[i] * plane.vecPlace[i];
+    strReason.clear();
+    const uint64_t nRows = rowsOf(layout, plane), nColumns = columnsOf(layout, plane);
+    if (productOf({nRows, nColumns}) > uint64_t(std::numeric_limits<int>::max())) {
+        strReason =
+            QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(nColumns).arg(nRows);
+    } else if (nRows * nColumns * layout.nElementSize / BEST_RATIO > layout.nFileSize) {
+        strReason = QStringLiteral("truncated: %1 bytes do not hold %2 x %3 pixels")
+                        .arg(layout.nFileSize)
+                        .arg(nColumns)
+                        .arg(nRows);
     }
-    QFile file(strFileName);
-    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
-        return false;
-    }
-    const bool bRead = file.seek(qint64(layout.nOffset + nElement * layout.nElementSize)) &&
-                       file.read(reinterpret_cast<char*>(pTarget), qint64(nBytes)) == qint64(nBytes);
-    if (!bRead) {
-        strReason = QStringLiteral("pixels cannot be read: %1").arg(file.errorString());
-    }
-    return bRead;
+    return strReason.isEmpty();
 }
 
 bool fetchByLibrary(hid_t idDataSet, const Hdf5Layout& layout, const Hdf5Plane& plane, uint8_t* pTarget)
@@ -264,6 +261,7 @@ void copyFromChunk(const Hdf5Layout& layout, const Hdf5Plane& plane, const Hdf5F
 bool describeDataSet(hid_t idDataSet, uint64_t nFileSize, Hdf5Layout& layout, QString& strReason)
 {
     layout = Hdf5Layout();
+    strReason.clear();
     layout.nFileSize = nFileSize;
     const CHdf5Id idCreate(H5Dget_create_plist(idDataSet));
     if (!idCreate.isOpen() || !describeType(idDataSet, layout, strReason)) {
@@ -321,34 +319,52 @@ uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
     return plane.nColumnAxis < 0 ? 1 : layout.vecLength[size_t(plane.nColumnAxis)];
 }
 
+bool isOnePiece(const Hdf5Layout& layout, const Hdf5Plane& plane)
+{
+    return layout.vecChunk.empty() && !layout.bCompact && isLastAxes(layout, plane);
+}
+
+std::shared_ptr<uint8_t> readPiece(const QString& strFileName, const Hdf5Layout& layout,
+                                   const Hdf5Plane& plane, QString& strReason)
+{
+    QFile file(strFileName);
+    if (!isPossible(layout, plane, strReason) ||
+        !openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
+        return nullptr;
+    }
+    const std::vector<uint64_t> vecStride = stridesOf(layout.vecLength);
+    uint64_t nElement = 0;
+    for (size_t i = 0; i < vecStride.size(); ++i) {
+        nElement += vecStride[i] * plane.vecPlace[i];
+    }
+    const size_t nBytes = size_t(rowsOf(layout, plane) * columnsOf(layout, plane)) * layout.nElementSize;
+    const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nBytes);
+    if (!file.seek(qint64(layout.nOffset + nElement * layout.nElementSize)) ||
+        file.read(reinterpret_cast<char*>(pPlane.get()), qint64(nBytes)) != qint64(nBytes)) {
+        strReason = QStringLiteral("pixels cannot be read: %1").arg(file.errorString());
+        return nullptr;
+    }
+    return pPlane;
+}
+
 bool fetchPlane(hid_t idDataSet, const QString& strFileName, const Hdf5Layout& layout, const Hdf5Plane& plane,
                 Hdf5Fetched& fetched, QString& strReason)
 {
-    const uint64_t nRows = rowsOf(layout, plane), nColumns = columnsOf(layout, plane);
-    if (productOf({nRows, nColumns}) > uint64_t(std::numeric_limits<int>::max())) {
-        strReason =
-            QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(nColumns).arg(nRows);
-        return false;
-    }
-    const uint64_t nBytes = nRows * nColumns * layout.nElementSize;
-    if (nBytes / BEST_RATIO > layout.nFileSize) {
-        strReason = QStringLiteral("truncated: %1 bytes do not hold %2 x %3 pixels")
-                        .arg(layout.nFileSize)
-                        .arg(nColumns)
-                        .arg(nRows);
+    if (!isPossible(layout, plane, strReason)) {
         return false;
     }
     if (layout.vecChunk.empty()) {
         fetched.bPlane = true;
-        fetched.pBytes = makeFileBuffer(size_t(nBytes));
-        if (!layout.bCompact && isOnePiece(layout, plane)) {
-            return fetchPiece(strFileName, layout, plane, size_t(nBytes), fetched.pBytes.get(), strReason);
+        if (isOnePiece(layout, plane)) {
+            fetched.pBytes = readPiece(strFileName, layout, plane, strReason);
+            return fetched.pBytes != nullptr;
         }
+        fetched.pBytes = makeFileBuffer(size_t(rowsOf(layout, plane) * columnsOf(layout, plane)) *
+                                        layout.nElementSize);
         if (!fetchByLibrary(idDataSet, layout, plane, fetched.pBytes.get())) {
             strReason = QStringLiteral("pixels cannot be read");
-            return false;
         }
-        return true;
+        return strReason.isEmpty();
     }
     if (!canHoldChunks(layout, plane)) {
         strReason = QStringLiteral("more chunks than the file has room for");
@@ -358,8 +374,10 @@ bool fetchPlane(hid_t idDataSet, const QString& strFileName, const Hdf5Layout& l
     if (!fetchChunks(idDataSet, layout, fetched, strReason)) {
         return false;
     }
-    fetched.bPlane = fetched.vecChunk.size() == 1 && layout.vecFilter.empty() && isOnePiece(layout, plane) &&
-                     fetched.vecChunk[0].nBytes == nBytes && productOf(layout.vecChunk) == nRows * nColumns;
+    const uint64_t nChunk = productOf(layout.vecChunk);
+    fetched.bPlane = fetched.vecChunk.size() == 1 && layout.vecFilter.empty() && isLastAxes(layout, plane) &&
+                     fetched.vecChunk[0].nBytes == nChunk * layout.nElementSize &&
+                     nChunk == rowsOf(layout, plane) * columnsOf(layout, plane);
     return true;
 }
 
@@ -384,7 +402,7 @@ std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& 
     }
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nPlane);
     // a chunk that is the plane is unpacked in its place
-    const bool bInPlace = fetched.vecChunk.size() == 1 && nChunk == nPlane && isOnePiece(layout, plane) &&
+    const bool bInPlace = fetched.vecChunk.size() == 1 && nChunk == nPlane && isLastAxes(layout, plane) &&
                           fetched.vecChunk[0].vecPlace == plane.vecPlace;
     const std::shared_ptr<uint8_t> pChunk = bInPlace ? pPlane : makeFileBuffer(size_t(nChunk));
     for (const Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {

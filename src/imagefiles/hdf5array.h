@@ -50,6 +50,14 @@ bool describeDataSet(hid_t idDataSet, uint64_t nFileSize, Hdf5Layout& layout, QS
 uint64_t rowsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
 uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
 
+/// Whether a plane lies in the file as it is, without gaps.
+bool isOnePiece(const Hdf5Layout& layout, const Hdf5Plane& plane);
+
+/// Reads such a plane, without HDF5. @return its bytes; null with the reason
+/// @throws std::bad_alloc
+std::shared_ptr<uint8_t> readPiece(const QString& strFileName, const Hdf5Layout& layout,
+                                   const Hdf5Plane& plane, QString& strReason);
+
 /// Reads the bytes of a plane, and no others, after they are checked against the file's length; needs a
 /// CHdf5Lock. A plane of which nothing was ever written is a failure.
 /// @throws std::bad_alloc
