@@ -46,6 +46,33 @@ void convert(const Hdf5Layout& layout, const uint8_t* pSource, size_t nCount, fl
     }
 }
 
+/// Pixels of 16 bits; those with the greatest number become NaN, whose bits may all be set. In one pass, as
+/// most frames are of this kind, with an inner loop as in convertPixels().
+template <bool bSwap>
+void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __restrict pTarget)
+{
+    constexpr size_t BLOCK = 64;
+    const auto one = [](const uint8_t* p) {
+        const int32_t n = elementFromBytes<uint16_t, bSwap>(p);
+        const float f = static_cast<float>(n);
+        int32_t nBits;
+        std::memcpy(&nBits, &f, sizeof nBits);
+        return nBits | -int32_t(n == 0xFFFF);
+    };
+    size_t nDone = 0;
+    for (; nDone + BLOCK <= nCount; nDone += BLOCK) {
+        int32_t anBits[BLOCK];
+        for (size_t i = 0; i < BLOCK; ++i) {
+            anBits[i] = one(pSource + 2 * (nDone + i));
+        }
+        std::memcpy(pTarget + nDone, anBits, sizeof anBits);
+    }
+    for (; nDone < nCount; ++nDone) {
+        const int32_t nBits = one(pSource + 2 * nDone);
+        std::memcpy(pTarget + nDone, &nBits, sizeof nBits);
+    }
+}
+
 /// Positive numbers from a bound on become NaN. Their bits are ordered as they are themselves, and bits that
 /// are all set are a NaN: that is what lets the compiler use vector instructions, with an inner loop of fixed
 /// length.
@@ -79,7 +106,14 @@ void convertAndBlank(const Hdf5Series& series, const Hdf5Layout& layout, const u
     constexpr size_t STRIP = 8192;  // stays in the processor's cache between the two steps
     for (size_t n = 0; n < nCount; n += STRIP) {
         const size_t nStrip = std::min(STRIP, nCount - n);
-        convert(layout, pSource + n * layout.nElementSize, nStrip, pTarget + n);
+        const uint8_t* pStrip = pSource + n * layout.nElementSize;
+        if (series.bMarked && bUnsigned && layout.nElementSize == 2) {
+            layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN)
+                ? convertMarked<true>(pStrip, nStrip, pTarget + n)
+                : convertMarked<false>(pStrip, nStrip, pTarget + n);
+            continue;
+        }
+        convert(layout, pStrip, nStrip, pTarget + n);
         if (series.bMarked && bUnsigned) {
             blankFrom(fMark, pTarget + n, nStrip);
         }

@@ -86,11 +86,14 @@ Step stepAt(hid_t idFile, const QString& strFile, const QByteArray& strPath)
     return step;
 }
 
+/// The steps up to the end of a chain, or to where it leads back into itself.
 std::vector<Step> chainFrom(hid_t idFile, const QString& strFile, QByteArray strPath)
 {
-    constexpr size_t LONGEST = 32;  // which ends a chain that leads back into itself, too
+    constexpr size_t LONGEST = 32;
     std::vector<Step> vecStep;
-    while (!strPath.isEmpty() && vecStep.size() < LONGEST) {
+    const auto isKnown = [&](const Step& step) { return step.strPath == strPath; };
+    while (!strPath.isEmpty() && vecStep.size() < LONGEST &&
+           std::none_of(vecStep.begin(), vecStep.end(), isKnown)) {
         vecStep.push_back(stepAt(idFile, strFile, strPath));
         strPath = vecStep.back().strNext;
     }

@@ -18,11 +18,14 @@ Hdf5Stamp stampOf(const QString& strFile)
     return {strFile, info.exists() ? info.size() : -1, info.exists() ? info.lastModified() : QDateTime()};
 }
 
+/// A file that was changed just before it was read may have been changed again within the clock's tick.
 bool isCurrent(const Hdf5Series& series)
 {
-    return std::all_of(series.vecStamp.begin(), series.vecStamp.end(), [](const Hdf5Stamp& stamp) {
+    constexpr qint64 SETTLED = 2000;  // ms, the tick of the coarsest file systems
+    return std::all_of(series.vecStamp.begin(), series.vecStamp.end(), [&](const Hdf5Stamp& stamp) {
         const Hdf5Stamp now = stampOf(stamp.strFile);
-        return now.nSize == stamp.nSize && now.time == stamp.time;
+        return now.nSize == stamp.nSize && now.time == stamp.time &&
+               (stamp.nSize < 0 || stamp.time.msecsTo(series.timeRead) > SETTLED);
     });
 }
 
@@ -34,7 +37,8 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
     qint64 nPresent = 0, nMissing = 0, nOther = 0;
     for (size_t i = 0; i < vecBlock.size(); ++i) {
         const Hdf5Block& block = vecBlock[i];
-        (block.strMissing.isEmpty() ? nPresent : nMissing) += block.strMissing.isEmpty() ? block.nCount : 1;
+        nPresent += block.nCount;
+        nMissing += block.nCount == 0 ? 1 : 0;
         if (block.strMissing.isEmpty() && nOther == 0 && i + 1 < vecBlock.size()) {
             nOther = block.nCount;  // all files but the last are equally long
         }
@@ -103,7 +107,8 @@ QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
     qint64 nBefore = 0;
     for (size_t i = 0; i < vecBlock.size(); ++i) {
         if (!vecBlock[i].strMissing.isEmpty()) {
-            const qint64 nCount = countOf(vecBlock, i, nBefore, nTotal);
+            const qint64 nTold = vecBlock[i].nCount;  // by a virtual data set
+            const qint64 nCount = nTold > 0 ? nTold : countOf(vecBlock, i, nBefore, nTotal);
             if (strReason.isEmpty()) {
                 strReason = vecBlock[i].strMissing;
             }
@@ -158,6 +163,7 @@ std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString
         s_vecKept.erase(s_vecKept.begin());
     }
     auto pSeries = std::make_shared<Hdf5Series>();
+    pSeries->timeRead = QDateTime::currentDateTimeUtc();
     pSeries->vecStamp.push_back(stampOf(strPath));
     if (!findSeries(strPath, *pSeries, strReason)) {
         return nullptr;

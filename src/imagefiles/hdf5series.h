@@ -43,6 +43,7 @@ struct Hdf5Series {
     QString strTiltSource;
     QByteArray strMetadata;  ///< data set with a text for each image (Velox)
     QString strReason;       ///< which part of the series is missing
+    QDateTime timeRead;
     std::vector<Hdf5Stamp> vecStamp;
 };
 
