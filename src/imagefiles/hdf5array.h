@@ -1,29 +1,11 @@
 // Planes of HDF5 data sets: the elements of one image, and small lists of numbers.
 #pragma once
 
-#include "imagefiles/hdf5chunk.h"
-#include "imagefiles/hdf5library.h"
+#include "imagefiles/hdf5layout.h"
 
-#include <cstdint>
 #include <memory>
 
 namespace tessera {
-
-/// How a data set stores its elements. It outlives the data set's being open.
-struct Hdf5Layout {
-    std::vector<hsize_t> vecLength;  ///< along the axes, the last one moves fastest; none for a scalar
-    bool bFloat = false;             ///< IEEE of 4 or 8 bytes; else integers
-    bool bSigned = false;
-    bool bBigEndian = false;
-    size_t nElementSize = 0;        ///< 1, 2, 4 or 8 bytes
-    std::vector<hsize_t> vecChunk;  ///< of chunks, along the axes; empty when there are none
-    std::vector<Hdf5Filter> vecFilter;
-    bool bCompact = false;  ///< within the header of the object, of 64 kB at most
-    uint64_t nOffset = 0;   ///< of unchunked elements, bytes from the beginning of the file
-    uint64_t nStored = 0;   ///< bytes in the file, packed
-    uint64_t nFileSize = 0;
-    uint64_t nFill = 0;  ///< bytes of the element that stands where nothing was written
-};
 
 /// One or two axes of a data set, at fixed places of the others.
 struct Hdf5Plane {
@@ -43,9 +25,6 @@ struct Hdf5Fetched {
     std::shared_ptr<uint8_t> pBytes;
     bool bPlane = false;  ///< the buffer is the plane
 };
-
-/// Describes a data set of numbers. @return false with the reason when its elements cannot be read
-bool describeDataSet(hid_t idDataSet, uint64_t nFileSize, Hdf5Layout& layout, QString& strReason);
 
 uint64_t rowsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
 uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane);
@@ -74,8 +53,5 @@ std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& 
 /// lock.
 std::vector<double> numbersIn(hid_t idWhere, const QByteArray& strPath, const QString& strFileName,
                               uint64_t nMost);
-
-/// An element as a number.
-double elementAt(const Hdf5Layout& layout, const uint8_t* pElement);
 
 }  // namespace tessera

@@ -60,7 +60,6 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
 
 int imagesIn(const Hdf5Layout& layout, bool bFramesLast)
 {
-    constexpr uint64_t BEST_RATIO = 1100;  // of deflate
     const size_t nAxes = layout.vecLength.size();
     if (nAxes < 2) {
         return 0;
@@ -78,8 +77,9 @@ int imagesIn(const Hdf5Layout& layout, bool bFramesLast)
     if (nHeight > uint64_t(std::numeric_limits<int>::max()) / nWidth) {
         return int(std::min<uint64_t>(nImages, 1));  // too large to be read, which the reading tells
     }
-    const uint64_t nHeld = layout.nStored * BEST_RATIO / (nHeight * nWidth * layout.nElementSize) + 1;
-    const uint64_t nCount = layout.vecChunk.empty() ? nImages : std::min(nImages, nHeld);
+    const uint64_t nHeld = layout.nStored * HDF5_BEST_RATIO / (nHeight * nWidth * layout.nElementSize) + 1;
+    const uint64_t nCount = layout.vecChunk.empty() ? nImages
+                                                    : std::min({nImages, nHeld, layout.nStored + 1});
     return int(std::min<uint64_t>(nCount, std::numeric_limits<int>::max()));
 }
 
