@@ -69,25 +69,39 @@ QByteArray textOf(const GET& get)
     return bytes;
 }
 
+/// Where the images of a source begin. @return false when the selection is not of as many whole images; where
+/// it is of the whole source, the file does not tell how large that is
+bool takeSource(hid_t idSource, Mapping& mapping)
+{
+    if (H5Sget_select_type(idSource) == H5S_SEL_ALL) {
+        return true;
+    }
+    Box source;
+    if (!boxOf(idSource, source) || source.vecFirst.size() > 3) {
+        return false;
+    }
+    const size_t nRow = source.vecFirst.size() - 2;
+    for (size_t i = 0; i < 2; ++i) {
+        if (source.vecFirst[nRow + i] != 0 || source.vecLast[nRow + i] + 1 != mapping.vecImage[i]) {
+            return false;
+        }
+    }
+    mapping.nFirstOfSource = nRow == 1 ? source.vecFirst[0] : 0;
+    return mapping.nCount == (nRow == 1 ? source.vecLast[0] - source.vecFirst[0] + 1 : 1);
+}
+
 bool mappingOf(hid_t idCreate, size_t n, Mapping& mapping)
 {
     const CHdf5Id idTarget(H5Pget_virtual_vspace(idCreate, n)),
         idSource(H5Pget_virtual_srcspace(idCreate, n));
-    Box target, source;
-    if (!boxOf(idTarget, target) || !boxOf(idSource, source) || source.vecFirst.size() < 2 ||
-        target.vecFirst.size() != 3) {
+    Box target;
+    if (!boxOf(idTarget, target) || target.vecFirst.size() != 3) {
         return false;
     }
-    // the images of the source are whole ones from one to another, and it may itself be a single image
-    const size_t nSource = source.vecFirst.size();
-    const bool bStack = nSource == 3;
     mapping.nFirst = target.vecFirst[0];
     mapping.nCount = target.vecLast[0] - target.vecFirst[0] + 1;
-    mapping.nFirstOfSource = bStack ? source.vecFirst[0] : 0;
-    const hsize_t nOfSource = bStack ? source.vecLast[0] - source.vecFirst[0] + 1 : 1;
     for (size_t i = 1; i < 3; ++i) {
-        const size_t j = nSource - 3 + i;
-        if (target.vecFirst[i] != 0 || source.vecFirst[j] != 0 || target.vecLast[i] != source.vecLast[j]) {
+        if (target.vecFirst[i] != 0) {
             return false;
         }
         mapping.vecImage.push_back(target.vecLast[i] + 1);
@@ -96,7 +110,7 @@ bool mappingOf(hid_t idCreate, size_t n, Mapping& mapping)
         textOf([&](char* p, size_t nSize) { return H5Pget_virtual_filename(idCreate, n, p, nSize); }));
     mapping.source.strPath = textOf(
         [&](char* p, size_t nSize) { return H5Pget_virtual_dsetname(idCreate, n, p, nSize); });
-    return nSource <= 3 && nOfSource == mapping.nCount && !mapping.source.strPath.isEmpty();
+    return takeSource(idSource, mapping) && !mapping.source.strPath.isEmpty();
 }
 
 Hdf5Block missingBlock(const QString& strFile, int nCount, const QString& strReason)

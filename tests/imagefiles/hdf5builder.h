@@ -24,11 +24,6 @@ public:
 
     hid_t file() const { return m_idFile; }
 
-    void group(const char* pszPath)
-    {
-        CHdf5Id(H5Gcreate2(m_idFile, pszPath, m_idParents, H5P_DEFAULT, H5P_DEFAULT));
-    }
-
     /// A data set of numbers of type T; without lengths a scalar.
     template <class T>
     void set(const char* pszPath, hid_t idType, const std::vector<hsize_t>& vecLength,

@@ -217,9 +217,11 @@ TEST_F(Hdf5, CountsImagesAcrossDataFilesOfWhichOneIsMissing)
     }
     for (int i = 0; i < 5; ++i) {  // images 3 to 5 lie in the missing file, as the next one begins with 6
         const auto pImage = image(path("x_master.h5"), i < 2 ? i : i + 3);
-        EXPECT_EQ(isImage(pImage.get(), hsize_t(i < 2 ? i : i - 2), SIDE, SIDE), i < 4) << i << m_strReason.toStdString();
+        EXPECT_EQ(isImage(pImage.get(), hsize_t(i < 2 ? i : i - 2), SIDE, SIDE), i < 4)
+            << i << m_strReason.toStdString();
         EXPECT_TRUE(i >= 2 || !image(path("x_master.h5"), 2 + i));
-        EXPECT_TRUE(i >= 2 || m_strReason.contains("x_data_000002.h5 is missing")) << m_strReason.toStdString();
+        EXPECT_TRUE(i >= 2 || m_strReason.contains("x_data_000002.h5 is missing"))
+            << m_strReason.toStdString();
     }
     ImageList vecImage;
     EXPECT_TRUE(readHdf5Frames(path("x_master.h5"), 0, INT_MAX, vecImage, m_strReason));
@@ -400,6 +402,24 @@ TEST_F(Hdf5, ReadsImagesOnTheLastAxisWithTheTextOfEach)
     }
 }
 
+TEST_F(Hdf5, TellsThePixelOfBerkeleyFilesInReciprocalSpace)
+{
+    for (const char* pszUnit : {"[n_m^-1]", "[n_m]"}) {
+        {
+            CHdf5Builder builder(path("b.emd"));
+            writeStack(builder, "e/data", 2);
+            builder.set("larger", H5T_STD_U16LE, {9, SIDE, SIDE}, pixels(9, SIDE, SIDE));
+            builder.numbers("e", "emd_group_type", {1});
+            builder.set<double>("e/dim3", H5T_IEEE_F64LE, {SIDE}, {0, 0.5, 1, 1.5, 2, 2.5});
+            builder.attribute("e/dim3", "units", pszUnit);
+        }
+        const FrameHeader header = readHdf5Header(path("b.emd"), 0);
+        EXPECT_EQ(header.nImages, 2);
+        EXPECT_EQ(header.pixelSize.isTold() ? header.pixelSize.df : 0,
+                  pszUnit == QString("[n_m]") ? 0 : 0.05);
+    }
+}
+
 TEST_F(Hdf5, ReadsVirtualDataSetsOfWholeImages)
 {
     const QString strFile = path("v.h5");
@@ -414,6 +434,14 @@ TEST_F(Hdf5, ReadsVirtualDataSetsOfWholeImages)
         H5Pset_virtual(idCreate, idTarget, ".", "/a", idSource);
         builder.set<int>("entry/data/data", H5T_STD_U16LE, {4, SIDE, SIDE}, {}, idCreate);
     }
+    {
+        CHdf5Builder builder(path("whole.h5"));
+        writeStack(builder, "a", 3);
+        const CHdf5Id idCreate(H5Pcreate(H5P_DATASET_CREATE)), idStack = CHdf5Builder::space({3, SIDE, SIDE});
+        H5Pset_virtual(idCreate, idStack, "whole.h5", "/a", idStack);
+        builder.set<int>("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, {}, idCreate);
+    }
+    EXPECT_TRUE(isImage(image(path("whole.h5"), 2).get(), 2, SIDE, SIDE)) << m_strReason.toStdString();
     EXPECT_EQ(readHdf5Header(strFile, 0).nImages, 4);
     EXPECT_FALSE(image(strFile, 1));
     EXPECT_TRUE(m_strReason.contains("gap")) << m_strReason.toStdString();
