@@ -151,7 +151,10 @@ std::vector<QByteArray> namesIn(hid_t idGroup, size_t nMost)
 {
     NameList list = {{}, nMost};
     hsize_t nIndex = 0;
-    if (H5Iget_type(idGroup) == H5I_GROUP || H5Iget_type(idGroup) == H5I_FILE) {
+    // HDF5 1.10 frees memory that it never set when a link of a small group is damaged and all are asked
+    // for; looking for a name goes through all links as well, and only fails.
+    const bool bSound = H5Lexists(idGroup, "\x01", H5P_DEFAULT) >= 0;
+    if (bSound && (H5Iget_type(idGroup) == H5I_GROUP || H5Iget_type(idGroup) == H5I_FILE)) {
         H5Literate(idGroup, H5_INDEX_NAME, H5_ITER_INC, &nIndex, addName, &list);
     }
     return list.vecName;

@@ -60,6 +60,9 @@ std::vector<Hdf5Block> blocksOf(hid_t idFile, const QString& strFile, const QByt
     }
     const QByteArray strPath = strGroup + '/' + strName;
     const CHdf5Id idSet = openObject(idFile, strPath);
+    if (idSet.isOpen() && H5Iget_type(idSet) == H5I_GROUP) {
+        return {};
+    }
     if (idSet.isOpen() && H5Iget_type(idSet) == H5I_DATASET) {
         const CHdf5Id idCreate(H5Dget_create_plist(idSet));
         if (H5Pget_layout(idCreate) == H5D_VIRTUAL) {

@@ -1,6 +1,7 @@
 #include "imagefiles/hdf5series.h"
 
 #include "imagefiles/hdf5finding.h"
+#include "imagefiles/hdf5probe.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -165,7 +166,7 @@ std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString
     auto pSeries = std::make_shared<Hdf5Series>();
     pSeries->timeRead = QDateTime::currentDateTimeUtc();
     pSeries->vecStamp.push_back(stampOf(strPath));
-    if (!findSeries(strPath, *pSeries, strReason)) {
+    if (!survivesReading(strPath, strReason) || !findSeries(strPath, *pSeries, strReason)) {
         return nullptr;
     }
     for (const Hdf5Block& block : pSeries->vecBlock) {
