@@ -127,7 +127,6 @@ QByteArray veloxText(const Hdf5Series& series, int nImage)
 {
     constexpr uint64_t LONGEST = 1 << 22;
     const QString& strFile = series.vecBlock.front().strFile;
-    const CHdf5Lock lock;
     QString strReason;
     const CHdf5Id idFile = openHdf5(strFile, strReason);
     const CHdf5Id idText = openDataSet(idFile, series.strMetadata);

@@ -15,7 +15,7 @@ bool findVelox(hid_t idFile, const QString& strPath, Hdf5Series& series);
 /// metres there, tilts radians.
 void readVeloxText(const QByteArray& bytesJson, FrameHeader& header);
 
-/// The text that Velox stores with an image; empty when there is none.
+/// The text that Velox stores with an image; empty when there is none. Needs a CHdf5Lock.
 QByteArray veloxText(const Hdf5Series& series, int nImage);
 
 /// Fills in what a file of the Berkeley layout tells of its axes.

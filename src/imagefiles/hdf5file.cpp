@@ -255,6 +255,7 @@ FrameHeader readHdf5Header(const QString& strFileName, int nImage)
         return header;
     }
     if (pSeries->kind == Hdf5Series::Kind::VELOX) {
+        const CHdf5Lock lock;
         readVeloxText(veloxText(*pSeries, nImage), header);
     }
     const size_t nAt = size_t(nImage);
