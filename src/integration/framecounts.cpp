@@ -116,6 +116,11 @@ double saturationOf(const std::vector<FrameCounts>& listFrame)
     return fGreatest > 0 && nAt > 3 + 2 * nBelow ? double(fGreatest) : 0;
 }
 
+double fullFrom(double dfTold, double dfSeen)
+{
+    return dfTold > 0 && dfSeen > 0 ? std::min(dfTold, dfSeen) : std::max({dfTold, dfSeen, 0.0});
+}
+
 double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, double dfGain)
 {
     size_t nRings = 0;

@@ -30,6 +30,9 @@ std::vector<char> blankFrames(const std::vector<FrameCounts>& listFrame);
 /// series, and are more than those just below it: the flank of a peak has more pixels the lower it gets.
 double saturationOf(const std::vector<FrameCounts>& listFrame);
 
+/// The lower one of what is told and what the counts show; either may be 0, for none.
+double fullFrom(double dfTold, double dfSeen);
+
 /// Radius about the direct beam, pixels, within which its flank bends the background more than the noise
 /// hides: the mean curvature over a disc of `dfRadius` pixels changes its sum by more than a standard
 /// deviation.

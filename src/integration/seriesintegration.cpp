@@ -197,9 +197,15 @@ private:
 QString fullText(const SpotModel& model)
 {
     const QString strFull = QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0);
-    return model.strSaturationBy.isEmpty()
-               ? strFull
-               : strFull + QStringLiteral(" (the frames tell: %1)").arg(model.strSaturationBy);
+    if (!(model.trusted.dfSaturation > 0)) {
+        return strFull;
+    }
+    return model.dfSaturation < model.trusted.dfSaturation
+               ? QStringLiteral("%1, by a plateau below the %2 that the frames tell (%3)")
+                     .arg(strFull)
+                     .arg(model.trusted.dfSaturation, 0, 'f', 0)
+                     .arg(model.trusted.strSource)
+               : QStringLiteral("%1, as the frames tell (%2)").arg(strFull, model.trusted.strSource);
 }
 
 void tellModel(const LearnedSeries& learned, CRunReport& report)

@@ -25,7 +25,7 @@ struct SpotModel {
     double dfGain = 1;        ///< counts per electron
     double dfReadNoise = 0;   ///< counts, per pixel and frame
     double dfSaturation = 0;  ///< counts, from which on a pixel is saturated; 0: none is
-    QString strSaturationBy;  ///< what of the frames' header told it; empty: the counts did
+    TrustedRange trusted;     ///< what the frames' header told of it
     int nStrong = 0;          ///< reflections that it was learned from
 };
 
@@ -35,7 +35,9 @@ struct IntegrationOptions {
     double dfDiscRadius = 0;    ///< pixels; 0: learned
     double dfRockingWidth = 0;  ///< Å⁻¹; 0: learned
     char chCentring = 'P';      ///< of the cell in force
-    TrustedRange trusted;       ///< of the detector; not told: what the counts themselves show
+    /// Of the detector. A pixel is full from there on, or from the plateau on that the counts themselves show
+    /// where that lies lower.
+    TrustedRange trusted;
 };
 
 struct IntegratedSeries {

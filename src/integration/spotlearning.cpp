@@ -191,9 +191,8 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     const double dfTail = m_listTail.size() >= 50 ? medianOr(m_listTail, 0) : 0;
     learned.dfReach = 3 + std::clamp(100 * (dfTail - 0.005), 0.0, 3.0);
 
-    model.strSaturationBy = options.trusted.strSource;
-    model.dfSaturation = options.trusted.dfSaturation > 0 ? options.trusted.dfSaturation
-                                                          : saturationOf(m_listCounts);
+    model.trusted = options.trusted;
+    model.dfSaturation = fullFrom(options.trusted.dfSaturation, saturationOf(m_listCounts));
     learned.listBlank = blankFrames(m_listCounts);
     learned.dfGlow = glowRadius(m_listCounts, model.dfDiscRadius, model.dfGain);
     return learned;

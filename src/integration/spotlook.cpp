@@ -25,9 +25,7 @@ LookedFrame CSpotLook::look(int nFrame) const
     const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 5 : 0;
     looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
     MeasureSettings settings = m_settings;
-    if (!(settings.dfSaturation > 0)) {  // not told
-        settings.dfSaturation = saturationOf({looked.counts});
-    }
+    settings.dfSaturation = fullFrom(m_settings.dfSaturation, saturationOf({looked.counts}));
     CSpotMeasurer measurer(settings);
     const std::vector<ExpectedSpot> listExpected = m_expected.onFrame(nFrame);
     measurer.beginFrame(*frame.pImage, listExpected);

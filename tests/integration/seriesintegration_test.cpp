@@ -212,6 +212,15 @@ TEST(SeriesIntegration, FindsWhereTheDetectorIsFull)
     const Agreement agreement = agreementWithTruth(result, frames.m_series);
     EXPECT_GE(agreement.dfCorrelation, 0.995);
     EXPECT_LE(agreement.dfChi, 1.6);
+    // Told is more than the detector keeps.
+    IntegrationOptions options;
+    options.trusted = {65535, QStringLiteral("type of the pixels")};
+    CRecordingReport report;
+    ASSERT_TRUE(integrateSeries(frames.m_data, frames.m_geometry, options, 2, report, result).finished());
+    EXPECT_EQ(result.model.dfSaturation, 1500);
+    EXPECT_TRUE(report.said(QStringLiteral(
+        "full at 1500 counts, by a plateau below the 65535 that the frames tell (type of the pixels)")))
+        << report.log().toStdString();
 }
 
 TEST(SeriesIntegration, TakesTheRangeThatTheFramesTell)
@@ -226,7 +235,7 @@ TEST(SeriesIntegration, TakesTheRangeThatTheFramesTell)
     ASSERT_TRUE(integrateSeries(frames.m_data, frames.m_geometry, options, 2, report, result).finished());
     EXPECT_EQ(whole.model.dfSaturation, 0);
     EXPECT_EQ(result.model.dfSaturation, 1500);
-    EXPECT_TRUE(report.said(QStringLiteral("full at 1500 counts (the frames tell: CutOff)")))
+    EXPECT_TRUE(report.said(QStringLiteral("full at 1500 counts, as the frames tell (CutOff)")))
         << report.log().toStdString();
     int nFull = 0;
     for (const Observation& o : result.listObservation) {
