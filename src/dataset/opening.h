@@ -74,9 +74,9 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
 /// @param pReport  may be null; gets a line for each file that was taken apart
 QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport = nullptr);
 
-/// Opens images as the frames of a data set of their own, by framesOfImageFiles(): stage and overall tilt 0.1 degrees a frame, beam
-/// tilt 0, geometry as it was but without the distortions beside the stretching. The project's folder is that
-/// of the first file.
+/// Opens images as the frames of a data set of their own, by framesOfImageFiles(): stage and overall tilt 0.1
+/// degrees a frame, beam tilt 0, geometry as it was but without the distortions beside the stretching. The
+/// project's folder is that of the first file.
 ///
 /// @return false for an empty list; nothing has then changed
 bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& report,

@@ -26,8 +26,8 @@ QStringList framesOfFile(const QString& strFile, int nImages);
 /// of many with its number behind it, "stack_0012".
 QString frameBaseName(const QString& strFrame);
 
-/// The same for files that are called after a frame up to the first dot of its name; of an image of many it is
-/// frameBaseName(), whose number stands behind the dots.
+/// The same for files that are called after a frame up to the first dot of its name; of an image of many it
+/// is frameBaseName(), whose number stands behind the dots.
 QString frameShortName(const QString& strFrame);
 
 }  // namespace tessera
