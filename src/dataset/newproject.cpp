@@ -34,6 +34,42 @@ double pixelSizeFromCameraLength(double dfCameraLength, double dfDetectorPixel, 
     return dfDetectorPixel * 1e-3 / (dfCameraLength * dfWavelength);
 }
 
+bool isElectronWavelength(double dfWavelength)
+{
+    return dfWavelength >= g_dfLeastWavelength && dfWavelength <= g_dfGreatestWavelength;
+}
+
+bool isPixelSize(double dfPixelSize)
+{
+    return dfPixelSize > 0 && dfPixelSize <= g_dfGreatestPixelSize;
+}
+
+std::optional<NewProject> projectOfFacts(const SeriesFacts& facts, QString* pstrReason)
+{
+    QStringList listLacking;
+    if (!facts.wavelength.isTold())
+        listLacking.append(QStringLiteral("wavelength"));
+    if (!facts.pixelSize.isTold())
+        listLacking.append(QStringLiteral("pixel size"));
+    if (!facts.tilts.isTold())
+        listLacking.append(QStringLiteral("tilts"));
+    if (facts.listFrame.isEmpty() || !listLacking.isEmpty()) {
+        if (pstrReason)
+            *pstrReason = facts.listFrame.isEmpty() ? QStringLiteral("There are no frames.")
+                                                    : QStringLiteral("The frames do not tell: %1.")
+                                                          .arg(listLacking.join(QStringLiteral(", ")));
+        return {};
+    }
+    NewProject project;
+    project.listFrame = facts.listFrame;
+    for (const double dfTilt : facts.tilts.list)
+        project.tilts.append(dfTilt, 0, dfTilt);
+    project.dfWavelength = facts.wavelength.df;
+    project.dfPixelSize = facts.pixelSize.df;
+    project.bAxisKnown = false;
+    return project;
+}
+
 QString proposedProjectFile(const QStringList& listFrame)
 {
     if (listFrame.isEmpty())
@@ -81,7 +117,7 @@ static QString missingPart(const NewProject& project, const QString& strProjectF
         return QStringLiteral("All frames have the same tilt: give the step, the end or a list.");
     if (!(project.dfWavelength > 0))
         return QStringLiteral("Give the accelerating voltage or the wavelength.");
-    if (project.dfWavelength < g_dfLeastWavelength || project.dfWavelength > g_dfGreatestWavelength)
+    if (!isElectronWavelength(project.dfWavelength))
         return QStringLiteral("%1 Å is no wavelength of electrons in a microscope.")
             .arg(project.dfWavelength);
     if (!(project.dfPixelSize > 0))
@@ -122,12 +158,18 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
         return hashFolder[strFolder];
     };
     const QDir dir(realFolder(strProjectFile));
+    const QString strAxis = project.bAxisKnown
+                                ? QStringLiteral("ROTATIONAXIS %1\n").arg(number(project.dfRotationAxis))
+                                : QString();
+    const QString strComment = project.strComment.isEmpty()
+                                   ? QString()
+                                   : QStringLiteral("# %1\n").arg(QString(project.strComment).simplified());
     QString str = QStringLiteral(
-                      "# %1 frames\nWAVELENGTH %2\nROTATIONAXIS %3\nCCDPIXELSIZE %4\n"
+                      "# %1 frames\n%7WAVELENGTH %2\n%3CCDPIXELSIZE %4\n"
                       "STRETCHINGAMP %5\nSTRETCHINGAZIMUTH %6\n")
-                      .arg(QString::number(project.listFrame.size()), number(project.dfWavelength),
-                           number(project.dfRotationAxis), number(project.dfPixelSize),
-                           number(project.dfStretchAmplitude), number(project.dfStretchAzimuth));
+                      .arg(QString::number(project.listFrame.size()), number(project.dfWavelength), strAxis,
+                           number(project.dfPixelSize), number(project.dfStretchAmplitude),
+                           number(project.dfStretchAzimuth), strComment);
     if (project.bTellDistortion || !project.distortion.isNone())
         str += distortionLines(project.distortion);
     if (project.rotation.kind != RotationKind::Continuous)
@@ -150,7 +192,7 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(str + QStringLiteral("ENDFILELIST\n"));
 
     ProjectFile read;
-    if (!read.readBytes(bytes, strProjectFile))
+    if (!read.readBytes(bytes, strProjectFile, project.bAxisKnown ? AxisLine::Needed : AxisLine::MayLack))
         return fail(read.errorText());
     for (int i = 0; i < listName.size(); ++i)
         if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i])
@@ -158,7 +200,9 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     bool bSame = read.frameFiles().size() == listName.size() &&
                  isSame(read.wavelength(), project.dfWavelength) &&
                  isSame(read.pixelSize(), project.dfPixelSize) &&
-                 isSame(read.rotationAxis(), project.dfRotationAxis) && read.rotation() == project.rotation &&
+                 read.hasRotationAxis() == project.bAxisKnown &&
+                 (!project.bAxisKnown || isSame(read.rotationAxis(), project.dfRotationAxis)) &&
+                 read.rotation() == project.rotation &&
                  isSame(read.stretchingAmplitude(), project.dfStretchAmplitude) &&
                  isSame(read.stretchingAzimuth(), project.dfStretchAzimuth);
     if (read.tellsDistortion())

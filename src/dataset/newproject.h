@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/frametilts.h"
+#include "dataset/seriesfacts.h"
 #include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
 
@@ -9,14 +10,18 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace tessera {
 
 struct NewProject {
     QStringList listFrame;  ///< paths in series order
     FrameTilts tilts;
-    double dfWavelength = 0;        ///< Å
-    double dfPixelSize = 0;         ///< Å⁻¹ per pixel
-    double dfRotationAxis = 0;      ///< degrees, counter-clockwise on the screen from 3 o'clock
+    double dfWavelength = 0;    ///< Å
+    double dfPixelSize = 0;     ///< Å⁻¹ per pixel
+    double dfRotationAxis = 0;  ///< degrees, counter-clockwise on the screen from 3 o'clock
+    bool bAxisKnown = true;     ///< false: the file has no line for it, so that it is found from the peaks
+    QString strComment;         ///< a line that is no part of the project; empty: none
     double dfStretchAmplitude = 0;  ///< per cent
     double dfStretchAzimuth = 0;    ///< degrees, as in the file
     SeriesDistortion distortion;    ///< has lines where it is not none
@@ -34,6 +39,15 @@ double pixelSizeFromCameraLength(double dfCameraLength, double dfDetectorPixel, 
 /// NAME.ed3d beside the first frame: what the names of the frames begin with, up to their numbers, or else
 /// the name of the folder. Empty without frames.
 QString proposedProjectFile(const QStringList& listFrame);
+
+/// Whether a number, Å, may be the wavelength of electrons in a microscope.
+bool isElectronWavelength(double dfWavelength);
+/// Whether a number, Å⁻¹, may be the size of a pixel.
+bool isPixelSize(double dfPixelSize);
+
+/// The project of frames whose headers tell all that it needs but the axis, which is left to be found.
+/// @param pstrReason  may be null; on failure what they do not tell, in a sentence
+std::optional<NewProject> projectOfFacts(const SeriesFacts& facts, QString* pstrReason = nullptr);
 
 /// Makes the text of the project file, which names the frames relative to its own folder.
 ///

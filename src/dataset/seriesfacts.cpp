@@ -1,0 +1,277 @@
+#include "dataset/seriesfacts.h"
+
+#include "crystal/electronwavelength.h"
+#include "dataset/newproject.h"
+#include "dataset/sidetexts.h"
+#include "imagefiles/frameformats.h"
+
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+// Headers read of a series whose frames tell no tilt: enough to notice frames of several sessions.
+constexpr int MAX_LOOKED_AT = 200;
+// Relative: four decimals of a wavelength are 0.2 per cent off.
+constexpr double SAME_WAVELENGTH = 0.005;
+constexpr double SAME_PIXEL_SIZE = 0.02;  // what calibrations of one camera length differ by
+constexpr double SAME_NUMBER = 1e-3;      // of two frames
+
+/// Whether a number of a header may change from frame to frame, and what it is called.
+struct ComparedRow {
+    ToldNumber FrameHeader::*pNumber;
+    const char* pszName;
+    const char* pszUnit;
+};
+
+const ComparedRow g_aCompared[] = {{&FrameHeader::kilovolts, "The voltage", "kV"},
+                                   {&FrameHeader::wavelength, "The wavelength", "Å"},
+                                   {&FrameHeader::pixelSize, "The pixel size", "Å⁻¹"},
+                                   {&FrameHeader::cameraLength, "The camera length", "mm"},
+                                   {&FrameHeader::detectorPixel, "The detector pixel", "µm"},
+                                   {&FrameHeader::exposure, "The exposure", "s"},
+                                   {&FrameHeader::rotationAxis, "The rotation axis", "degrees"}};
+
+QString nameOf(const QString& strFrame)
+{
+    return QFileInfo(strFrame).fileName();
+}
+
+/// The frames whose headers are read.
+QList<int> framesLookedAt(const QStringList& listFrame, const FrameHeader& first, const FrameHeader& last)
+{
+    const auto tells = [](const FrameHeader& header) {
+        return header.tilt.isTold() || header.tiltStart.isTold() || header.tiltStep.isTold();
+    };
+    const int nFrames = listFrame.size();
+    const bool bAll = nFrames <= MAX_LOOKED_AT || tells(first) || tells(last);
+    const int nLooks = bAll ? nFrames : MAX_LOOKED_AT;
+    QList<int> listLook;
+    for (int i = 0; i < nLooks; ++i) {
+        listLook.append(bAll ? i : int(qint64(i) * (nFrames - 1) / (nLooks - 1)));
+    }
+    return listLook;
+}
+
+bool isOther(const ToldNumber& number, const ToldNumber& first)
+{
+    return number.isTold() && first.isTold() &&
+           std::abs(number.df - first.df) > SAME_NUMBER * std::abs(first.df);
+}
+
+/// Numbers that should be those of the first frame, and are not.
+void compareFrames(const std::vector<FrameHeader>& vecHeader, const QStringList& listName,
+                   QStringList& listDoubt)
+{
+    const FrameHeader& first = vecHeader.front();
+    for (const ComparedRow& row : g_aCompared) {
+        const ToldNumber& number = first.*row.pNumber;
+        for (size_t i = 1; i < vecHeader.size(); ++i) {
+            const ToldNumber& other = vecHeader[i].*row.pNumber;
+            if (isOther(other, number)) {
+                listDoubt.append(QStringLiteral("%1 is %2 %3 on the first frame, but %4 %3 on %5.")
+                                     .arg(QLatin1String(row.pszName), QString::number(number.df, 'g', 6),
+                                          QString::fromUtf8(row.pszUnit), QString::number(other.df, 'g', 6),
+                                          listName.value(int(i))));
+                break;
+            }
+        }
+    }
+    for (size_t i = 1; i < vecHeader.size(); ++i) {
+        const QSize size = vecHeader[i].size;
+        if (size.isValid() && first.size.isValid() && size != first.size) {
+            listDoubt.append(QStringLiteral("%1 has %2 × %3 pixels, but the first frame has %4 × %5.")
+                                 .arg(listName.value(int(i)))
+                                 .arg(size.width())
+                                 .arg(size.height())
+                                 .arg(first.size.width())
+                                 .arg(first.size.height()));
+            break;
+        }
+    }
+}
+
+void addOnce(QStringList& listDoubt, const QStringList& listMore)
+{
+    for (const QString& strDoubt : listMore) {
+        if (!listDoubt.contains(strDoubt)) {
+            listDoubt.append(strDoubt);
+        }
+    }
+}
+
+void takeIfLacking(ToldNumber& number, const ToldNumber& other)
+{
+    if (!number.isTold()) {
+        number = other;
+    }
+}
+
+void takeHeader(SeriesFacts& facts, const FrameHeader& header)
+{
+    takeIfLacking(facts.kilovolts, header.kilovolts);
+    takeIfLacking(facts.wavelength, header.wavelength);
+    takeIfLacking(facts.pixelSize, header.pixelSize);
+    takeIfLacking(facts.cameraLength, header.cameraLength);
+    takeIfLacking(facts.detectorPixel, header.detectorPixel);
+    takeIfLacking(facts.rotationAxis, header.rotationAxis);
+    takeIfLacking(facts.exposure, header.exposure);
+    takeIfLacking(facts.saturation, header.saturation);
+}
+
+/// What the texts tell and no header does.
+void takeTexts(SeriesFacts& facts, const SideTexts& texts, const QStringList& listName)
+{
+    const int nFrames = facts.listFrame.size();
+    takeIfLacking(facts.kilovolts, texts.kilovolts);
+    if (!facts.kilovolts.isTold()) {
+        takeIfLacking(facts.wavelength, texts.wavelength);
+    }
+    takeIfLacking(facts.pixelSize, texts.pixelSize);
+    takeIfLacking(facts.cameraLength, texts.cameraLength);
+    takeIfLacking(facts.detectorPixel, texts.detectorPixel);
+    takeIfLacking(facts.rotationAxis, texts.rotationAxis);
+    takeIfLacking(facts.exposure, texts.exposure);
+    if (facts.tilts.isTold()) {
+        return;
+    }
+    QList<double> listTilt;
+    for (const QString& strName : listName) {
+        const auto it = texts.hashTilt.find(strName);
+        const auto itStack = it != texts.hashTilt.end() ? it : texts.hashTilt.find(strName + "#1");
+        if (itStack != texts.hashTilt.end()) {
+            listTilt.append(itStack.value());
+        }
+    }
+    if (listTilt.size() == nFrames && areEvenTilts(listTilt)) {
+        facts.tilts = {listTilt, texts.strTiltSource};
+    } else if (listTilt.size() == nFrames) {
+        facts.tilts = {listTilt, texts.strTiltSource};
+        doubtTilts(listTilt, listName, facts.listDoubt);
+    } else if (texts.tiltStart.isTold() && texts.tiltEnd.isTold()) {
+        facts.tilts = tiltsOfRange(nFrames, texts.tiltStart.df, texts.tiltEnd.df, texts.tiltStep.df,
+                                   facts.listDoubt);
+        facts.tilts.strSource = QStringLiteral("%1 to %2, the middle of each frame")
+                                    .arg(texts.tiltStart.strSource, texts.tiltEnd.strSource);
+    } else if (texts.tiltStep.isTold() && texts.tiltStep.df != 0) {
+        const double dfStart = texts.tiltStart.isTold() ? texts.tiltStart.df : 0;
+        facts.tilts = tiltsOfRange(nFrames, dfStart, dfStart + nFrames * texts.tiltStep.df, NAN,
+                                   facts.listDoubt);
+        facts.tilts.strSource = texts.tiltStep.strSource;
+        facts.listDoubt.append(
+            QStringLiteral("%1 has no sign that could be relied on: the tilt is taken to rise.")
+                .arg(texts.tiltStep.strSource));
+    }
+}
+
+void settleWavelength(SeriesFacts& facts)
+{
+    ToldNumber& wavelength = facts.wavelength;
+    if (wavelength.isTold() && !isElectronWavelength(wavelength.df)) {
+        facts.listDoubt.append(
+            QStringLiteral("%1 is %2 Å, which is no wavelength of electrons in a microscope: "
+                           "it is not taken.")
+                .arg(wavelength.strSource)
+                .arg(wavelength.df));
+        wavelength = {};
+    }
+    const double dfOfVoltage = facts.kilovolts.isTold() ? electronWavelength(facts.kilovolts.df) : 0;
+    if (!isElectronWavelength(dfOfVoltage)) {
+        return;
+    }
+    const bool bSame = wavelength.isTold() &&
+                       std::abs(wavelength.df - dfOfVoltage) <= SAME_WAVELENGTH * dfOfVoltage;
+    if (wavelength.isTold() && !bSame) {
+        facts.listDoubt.append(
+            QStringLiteral("%1 is %2 Å, but %3 of %4 kV would be %5 Å: the former is taken.")
+                .arg(wavelength.strSource, QString::number(wavelength.df), facts.kilovolts.strSource,
+                     QString::number(facts.kilovolts.df), QString::number(dfOfVoltage, 'g', 5)));
+        return;
+    }
+    wavelength = {
+        dfOfVoltage,
+        QStringLiteral("%1, %2 kV").arg(facts.kilovolts.strSource, QString::number(facts.kilovolts.df))};
+}
+
+void settlePixelSize(SeriesFacts& facts)
+{
+    const double dfFollows = facts.wavelength.isTold()
+                                 ? pixelSizeFromCameraLength(facts.cameraLength.df, facts.detectorPixel.df,
+                                                             facts.wavelength.df)
+                                 : 0;
+    ToldNumber& pixelSize = facts.pixelSize;
+    if (pixelSize.isTold() && !isPixelSize(pixelSize.df)) {
+        facts.listDoubt.append(
+            QStringLiteral("%1 is %2 Å⁻¹, which cannot be the size of one pixel: it is not "
+                           "taken.")
+                .arg(pixelSize.strSource)
+                .arg(pixelSize.df));
+        pixelSize = {};
+    }
+    if (!isPixelSize(dfFollows)) {
+        return;
+    }
+    const QString strFollows = QStringLiteral("%1 of %2 mm and %3 of %4 µm")
+                                   .arg(facts.cameraLength.strSource, QString::number(facts.cameraLength.df),
+                                        facts.detectorPixel.strSource,
+                                        QString::number(facts.detectorPixel.df));
+    if (!pixelSize.isTold()) {
+        pixelSize = {dfFollows, strFollows};
+    } else if (std::abs(pixelSize.df - dfFollows) > SAME_PIXEL_SIZE * dfFollows) {
+        facts.listDoubt.append(QStringLiteral("%1 is %2 Å⁻¹, but %3 make %4 Å⁻¹: the former is taken.")
+                                   .arg(pixelSize.strSource, QString::number(pixelSize.df, 'g', 5),
+                                        strFollows, QString::number(dfFollows, 'g', 5)));
+    }
+}
+
+}  // namespace
+
+SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn)
+{
+    SeriesFacts facts;
+    facts.listFrame = listFrame;
+    if (listFrame.isEmpty()) {
+        return facts;
+    }
+    const FrameHeader first = frameHeader(listFrame.first());
+    const FrameHeader last = listFrame.size() > 1 ? frameHeader(listFrame.last()) : first;
+    std::vector<FrameHeader> vecHeader;
+    QStringList listLooked, listName;
+    const QList<int> listLook = framesLookedAt(listFrame, first, last);
+    for (const int nFrame : listLook) {
+        if (fnGoOn && !fnGoOn(int(vecHeader.size()))) {
+            facts.bWhole = false;
+            return facts;
+        }
+        const bool bEnd = nFrame == 0 || nFrame == listFrame.size() - 1;
+        vecHeader.push_back(bEnd ? (nFrame == 0 ? first : last) : frameHeader(listFrame[nFrame]));
+        listLooked.append(nameOf(listFrame[nFrame]));
+    }
+    for (const QString& strFrame : listFrame) {
+        listName.append(nameOf(strFrame));
+    }
+    facts.strFormat = frameFormatOf(listFrame.first()).strName;
+    facts.size = first.size;
+    facts.strDetector = first.strDetector;
+    facts.beamX = first.beamX;
+    facts.beamY = first.beamY;
+    for (const FrameHeader& header : vecHeader) {  // the first frame, or else the first that tells it
+        takeHeader(facts, header);
+        addOnce(facts.listDoubt, header.listDoubt);
+    }
+    compareFrames(vecHeader, listLooked, facts.listDoubt);
+    if (listLook.size() == listFrame.size()) {
+        facts.tilts = tiltsOfHeaders(vecHeader, listLooked, facts.listDoubt);
+    }
+    const SideTexts texts = readSideTexts(listFrame);
+    takeTexts(facts, texts, listName);
+    addOnce(facts.listDoubt, texts.listDoubt);
+    settleWavelength(facts);
+    settlePixelSize(facts);
+    return facts;
+}
+
+}  // namespace tessera

@@ -1,0 +1,238 @@
+#include "dataset/sidequantities.h"
+
+#include "dataset/sidetexts.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace tessera {
+
+namespace {
+
+constexpr double DEGREES_PER_RADIAN = 57.295779513082321;
+constexpr double LEAST_MILLIMETRES = 20;     // a camera length without a unit below it is in metres
+constexpr double LEAST_VOLTS = 5000;         // a voltage without a unit above it is in V
+constexpr double GREATEST_PIXEL_SIZE = 0.1;  // Å⁻¹; what is larger without a unit is something else
+
+enum class Quantity { Angle, Axis, Length, Time, Voltage, Wavelength, PixelSize, DetectorPixel };
+
+struct KeyRow {
+    QRegularExpression re;  ///< of the key in small letters without blanks and unit
+    ToldNumber SideTexts::*pTarget;
+    Quantity quantity;
+};
+
+struct UnitRow {
+    Quantity quantity;
+    const char* pszUnit;
+    double dfFactor;
+};
+
+/// To degrees, mm, s, kV, Å, Å⁻¹ and µm. Names in small letters, with "a" for Å and "u" for µ.
+const UnitRow g_aUnit[] = {
+    {Quantity::Angle, "°", 1},
+    {Quantity::Angle, "deg", 1},
+    {Quantity::Angle, "degree", 1},
+    {Quantity::Angle, "degrees", 1},
+    {Quantity::Angle, "degs", 1},
+    {Quantity::Angle, "rad", DEGREES_PER_RADIAN},
+    {Quantity::Angle, "radian", DEGREES_PER_RADIAN},
+    {Quantity::Angle, "radians", DEGREES_PER_RADIAN},
+    {Quantity::Angle, "mrad", DEGREES_PER_RADIAN * 1e-3},
+    {Quantity::Length, "mm", 1},
+    {Quantity::Length, "cm", 10},
+    {Quantity::Length, "m", 1000},
+    {Quantity::Time, "s", 1},
+    {Quantity::Time, "sec", 1},
+    {Quantity::Time, "second", 1},
+    {Quantity::Time, "seconds", 1},
+    {Quantity::Time, "ms", 1e-3},
+    {Quantity::Voltage, "kv", 1},
+    {Quantity::Voltage, "kev", 1},
+    {Quantity::Voltage, "v", 1e-3},
+    {Quantity::Voltage, "ev", 1e-3},
+    {Quantity::Wavelength, "a", 1},
+    {Quantity::Wavelength, "nm", 10},
+    {Quantity::Wavelength, "pm", 0.01},
+    {Quantity::PixelSize, "1/a", 1},
+    {Quantity::PixelSize, "a-1", 1},
+    {Quantity::PixelSize, "a^-1", 1},
+    {Quantity::PixelSize, "/a", 1},
+    {Quantity::PixelSize, "1/nm", 0.1},
+    {Quantity::PixelSize, "nm-1", 0.1},
+    {Quantity::PixelSize, "nm^-1", 0.1},
+    {Quantity::PixelSize, "/nm", 0.1},
+    {Quantity::PixelSize, "1/a/px", 1},
+    {Quantity::DetectorPixel, "um", 1},
+    {Quantity::DetectorPixel, "micron", 1},
+    {Quantity::DetectorPixel, "microns", 1},
+    {Quantity::DetectorPixel, "mm", 1000},
+};
+
+const std::vector<KeyRow>& keyRows()
+{
+    const auto key = [](const char* psz) {
+        return QRegularExpression(QStringLiteral("^(?:%1)$").arg(QLatin1String(psz)));
+    };
+    static const std::vector<KeyRow> s_vecRow = {
+        {key("(start(ing)?|initial|first)(stage|rotation|tilt)?(angle|tilt|alpha)|"
+             "(tilt|alpha|rotation|stage)(angle)?(start|from)|anglestart|startof(tilt|rotation)"),
+         &SideTexts::tiltStart, Quantity::Angle},
+        {key("(end(ing)?|final|last|stop)(stage|rotation|tilt)?(angle|tilt|alpha)|"
+             "(tilt|alpha|rotation|stage)(angle)?(end|stop|to)|angleend|endof(tilt|rotation)"),
+         &SideTexts::tiltEnd, Quantity::Angle},
+        {key("osc(illation)?(angle|range|width|step)|(tilt|angle|rotation|angular|alpha)(step|increment|"
+             "width)"
+             "(size)?|stepsize|(angle|tilt|rotation)perframe|frame(width|angle)|tiltstepsize|angleincrement"),
+         &SideTexts::tiltStep, Quantity::Angle},
+        {key("exposure(time)?(perframe)?|frame(exposure|time)(time)?|counttime|imageexposuretime"),
+         &SideTexts::exposure, Quantity::Time},
+        {key("(effective|calibrated)?cameralength|detectordistance|sampletodetectordistance|"
+             "effectivedistance"),
+         &SideTexts::cameraLength, Quantity::Length},
+        {key("(physical|detector|camera|sensor)pixel(size)?"), &SideTexts::detectorPixel,
+         Quantity::DetectorPixel},
+        {key("pixelsize|(reciprocal|diffraction|calibrated)pixelsize|aperpixel|imagepixelsize"),
+         &SideTexts::pixelSize, Quantity::PixelSize},
+        {key("(rotation|tilt)axis(angle|direction|orientation)?"), &SideTexts::rotationAxis, Quantity::Axis},
+        {key("(electron)?wavelength|lambda"), &SideTexts::wavelength, Quantity::Wavelength},
+        {key("(accelerat(ion|ing)|acc)?voltage|hightension|ht|(beam|electron)energy"), &SideTexts::kilovolts,
+         Quantity::Voltage},
+    };
+    return s_vecRow;
+}
+
+QString unitName(QString str)
+{
+    str = str.trimmed().toLower();
+    str.replace(QStringLiteral("ångström"), QStringLiteral("a")).replace(QStringLiteral("angstroms"), "a");
+    str.replace(QStringLiteral("angstrom"), QStringLiteral("a")).replace(QStringLiteral("ang"), "a");
+    str.replace(QChar(0xe5), QLatin1Char('a')).replace(QChar(0x212b), QLatin1Char('a'));
+    str.replace(QChar(0xb5), QLatin1Char('u')).replace(QChar(0x3bc), QLatin1Char('u'));
+    return str.replace(QStringLiteral("⁻¹"), QStringLiteral("-1"));
+}
+
+std::optional<double> factorOf(Quantity quantity, const QString& strUnit)
+{
+    for (const UnitRow& row : g_aUnit) {
+        if (row.quantity == quantity && strUnit == QString::fromUtf8(row.pszUnit)) {
+            return row.dfFactor;
+        }
+    }
+    return {};
+}
+
+bool isUnit(const QString& strUnit)
+{
+    for (const UnitRow& row : g_aUnit) {
+        if (strUnit == QString::fromUtf8(row.pszUnit)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The key without the unit that it may end in.
+struct KeyAndUnit {
+    QString strPlain;  ///< small letters and digits alone
+    QString strUnit;
+};
+
+KeyAndUnit keyAndUnit(const QString& strKey)
+{
+    static const QRegularExpression s_reBracket(QStringLiteral("[\\(\\[]([^\\)\\]]*)[\\)\\]]\\s*$"));
+    static const QRegularExpression s_reNoLetter(QStringLiteral("[^a-z0-9]"));
+    KeyAndUnit key = {strKey.toLower(), {}};
+    const QRegularExpressionMatch bracket = s_reBracket.match(strKey);
+    if (bracket.hasMatch()) {
+        key = {strKey.left(bracket.capturedStart()).toLower(), unitName(bracket.captured(1))};
+    } else {
+        const int nLast = key.strPlain.lastIndexOf(QRegularExpression(QStringLiteral("[_ ]")));
+        const QString strLast = unitName(key.strPlain.mid(nLast + 1));
+        if (nLast > 0 && isUnit(strLast)) {
+            key = {key.strPlain.left(nLast), strLast};
+        }
+    }
+    key.strPlain.remove(s_reNoLetter);
+    return key;
+}
+
+/// What a number without a unit is most likely to be in.
+double withoutUnit(SideNumber& number, Quantity quantity, double df)
+{
+    const auto guessed = [&](double dfValue, const char* pszUnit) {
+        number.strDoubt = QStringLiteral("%1 has no unit and was read as %2.")
+                              .arg(QString::number(df, 'g', 6), QString::fromUtf8(pszUnit));
+        return dfValue;
+    };
+    switch (quantity) {
+        case Quantity::Length:
+            return df < LEAST_MILLIMETRES ? guessed(df * 1000, "metres") : guessed(df, "millimetres");
+        case Quantity::Voltage:
+            return df >= LEAST_VOLTS ? guessed(df / 1000, "volts") : guessed(df, "kilovolts");
+        case Quantity::PixelSize:
+            if (df <= GREATEST_PIXEL_SIZE) {
+                return guessed(df, "Å⁻¹");
+            }
+            break;
+        case Quantity::DetectorPixel:
+            return df < 1 ? guessed(df * 1000, "millimetres") : guessed(df, "micrometres");
+        default:
+            return df;  // degrees, seconds and Å hardly ever stand for others
+    }
+    number.strDoubt = QStringLiteral("%1 has no unit; it is not taken.").arg(QString::number(df, 'g', 6));
+    return NAN;
+}
+
+}  // namespace
+
+std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strValue)
+{
+    static const QRegularExpression s_reValue(QStringLiteral(
+        "^\\s*([-+]?(?:\\d+\\.?\\d*|\\.\\d+)(?:[eE][-+]?\\d+)?)(?![\\d,:-])\\s*([^\\s,;\"'\\)\\]\\}]*)"));
+    const KeyAndUnit key = keyAndUnit(strKey);
+    const auto& vecRow = keyRows();
+    const auto it = std::find_if(vecRow.begin(), vecRow.end(),
+                                 [&](const KeyRow& row) { return row.re.match(key.strPlain).hasMatch(); });
+    const QRegularExpressionMatch match = s_reValue.match(strValue);
+    if (it == vecRow.end() || !match.hasMatch()) {
+        return {};
+    }
+    SideNumber number;
+    number.pTarget = it->pTarget;
+    number.strKey = strKey.trimmed();
+    const double df = match.captured(1).toDouble();
+    QString strUnit = match.captured(2).isEmpty() ? key.strUnit : unitName(match.captured(2));
+    Quantity quantity = it->quantity == Quantity::Axis ? Quantity::Angle : it->quantity;
+    const bool bAngle = quantity == Quantity::Angle;
+    if (!std::isfinite(df) || (!bAngle && !(df > 0))) {
+        return {};  // 0 and -1 stand for what the program did not know
+    }
+    if (quantity == Quantity::PixelSize && factorOf(Quantity::DetectorPixel, strUnit)) {
+        number.pTarget = &SideTexts::detectorPixel;
+        quantity = Quantity::DetectorPixel;
+    }
+    if (quantity == Quantity::PixelSize && strUnit == QLatin1String("px/a") && df <= GREATEST_PIXEL_SIZE) {
+        number.strDoubt = QStringLiteral("%1 px/Å can only be meant as Å⁻¹ per pixel.").arg(df);
+        strUnit = QStringLiteral("1/a");
+    }
+    const std::optional<double> dfFactor = factorOf(quantity, strUnit);
+    if (dfFactor) {
+        number.df = df * *dfFactor;
+    } else if (strUnit.isEmpty()) {
+        number.df = withoutUnit(number, quantity, df);
+    } else {
+        number.df = NAN;
+        number.strDoubt =
+            QStringLiteral("the unit \"%1\" is not known; the value is not taken.").arg(strUnit);
+    }
+    if (it->quantity == Quantity::Axis && std::isfinite(number.df)) {
+        number.strDoubt = QStringLiteral("its sense and zero are not certain.");
+    }
+    return number;
+}
+
+}  // namespace tessera

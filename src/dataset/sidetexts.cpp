@@ -1,0 +1,227 @@
+#include "dataset/sidetexts.h"
+
+#include "dataset/sidequantities.h"
+#include "dataset/textlines.h"
+#include "imagefiles/framename.h"
+#include "records/resultfile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+constexpr qint64 MAX_SIDE_TEXT = 1000000;  // bytes: what is longer is data
+constexpr int MAX_TEXTS = 200;             // a folder with more has one for each frame of something else
+constexpr int MAX_DEPTH = 16;              // of objects within objects
+constexpr double SAME_VALUE = 0.005;       // relative: below it two texts only round differently
+
+QString textOf(const QByteArray& bytesText)
+{
+    const QString str = QString::fromUtf8(withoutByteOrderMark(bytesText));
+    return str.contains(QChar::ReplacementCharacter) ? QString::fromLatin1(bytesText) : str;
+}
+
+void addDoubt(SideTexts& texts, const QString& strDoubt)
+{
+    if (!texts.listDoubt.contains(strDoubt)) {
+        texts.listDoubt.append(strDoubt);
+    }
+}
+
+/// Keeps a number unless one is there already, which it may contradict.
+void keep(SideTexts& texts, const SideNumber& number, const QString& strName)
+{
+    ToldNumber& kept = texts.*number.pTarget;
+    const QString strSource = QStringLiteral("%1: %2").arg(strName, number.strKey);
+    if (!number.strDoubt.isEmpty()) {
+        addDoubt(texts, QStringLiteral("%1: %2").arg(strSource, number.strDoubt));
+    }
+    if (!std::isfinite(number.df)) {
+        return;
+    }
+    if (!kept.isTold()) {
+        kept = {number.df, strSource};
+    } else if (std::abs(kept.df - number.df) > SAME_VALUE * std::abs(kept.df) + 1e-9) {
+        addDoubt(texts, QStringLiteral("%1 is %2, but %3 is %4: the first is taken.")
+                            .arg(kept.strSource, QString::number(kept.df, 'g', 6), strSource,
+                                 QString::number(number.df, 'g', 6)));
+    }
+}
+
+void takePair(const QString& strKey, const QString& strValue, const QString& strName, SideTexts& texts)
+{
+    if (const std::optional<SideNumber> number = sideNumber(strKey, strValue)) {
+        keep(texts, *number, strName);
+    }
+}
+
+void takeValue(const QString& strKey, const QJsonValue& value, int nDepth, const QString& strName,
+               SideTexts& texts)
+{
+    if (nDepth > MAX_DEPTH) {
+        return;
+    }
+    if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            takeValue(it.key(), it.value(), nDepth + 1, strName, texts);
+        }
+    } else if (value.isDouble()) {
+        takePair(strKey, QString::number(value.toDouble(), 'g', 12), strName, texts);
+    } else if (value.isString()) {
+        takePair(strKey, value.toString(), strName, texts);
+    }
+}
+
+/// Names of what this system writes, or of its simulator: none of it is a text of an acquisition.
+bool isOwnText(const QString& strName, const QSet<QString>& setBase)
+{
+    static const QStringList s_listFixed = {"hotpixels.txt", fixedName(ResultFile::Shifts),
+                                            fixedName(ResultFile::Peaks), fixedName(ResultFile::Cell)};
+    const QString strLower = strName.toLower();
+    if (s_listFixed.contains(strLower) || strLower.endsWith(QLatin1String("_truth.json")) ||
+        strLower.endsWith(QLatin1String("_pos.txt"))) {
+        return true;
+    }
+    return strLower.endsWith(resultSuffix(ResultFile::Log)) &&
+           setBase.contains(QFileInfo(strName).completeBaseName());
+}
+
+/// A summary of the driver, which may have any name.
+bool isOwnSummary(const QByteArray& bytesText)
+{
+    const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
+    return object.contains(QStringLiteral("end")) || object.contains(QStringLiteral("lastStage"));
+}
+
+}  // namespace
+
+void takeSideText(const QByteArray& bytesText, const QString& strName, SideTexts& texts)
+{
+    static const QRegularExpression s_reLine(
+        QStringLiteral("^\\s*[\"'#*-]*\\s*([^:=]{2,60}?)[\"']?\\s*[:=]\\s*[\"']?(.{1,80})"));
+    for (const QString& strLine : textOf(bytesText).split(QRegularExpression(QStringLiteral("[\r\n]")))) {
+        const QRegularExpressionMatch match = s_reLine.match(strLine.left(200));
+        if (match.hasMatch()) {
+            takePair(match.captured(1), match.captured(2), strName, texts);
+        }
+    }
+}
+
+bool takeSideJson(const QByteArray& bytesText, const QString& strName, SideTexts& texts)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(bytesText);
+    if (!document.isObject()) {
+        return false;
+    }
+    if (!isOwnSummary(bytesText)) {
+        takeValue({}, document.object(), 0, strName, texts);
+    }
+    return true;
+}
+
+void takeMdoc(const QByteArray& bytesText, const QString& strName, const QString& strFrameFile,
+              SideTexts& texts)
+{
+    static const QRegularExpression s_reSection(
+        QStringLiteral("^\\s*\\[\\s*(ZValue|FrameSet)\\s*=\\s*(\\d+)\\s*\\]"));
+    static const QRegularExpression s_reAxis(QStringLiteral("[Tt]ilt axis angle\\s*=\\s*(-?[0-9.]+)"));
+    int nSection = -1;
+    double dfTilt = NAN;
+    QString strFile;
+    QByteArray bytesRest;
+    const auto endSection = [&] {
+        if (nSection >= 0 && std::isfinite(dfTilt)) {
+            texts.hashTilt[strFile.isEmpty() ? nameOfImage(strFrameFile, nSection) : strFile] = dfTilt;
+            texts.strTiltSource = QStringLiteral("%1: TiltAngle").arg(strName);
+        }
+        dfTilt = NAN;
+        strFile.clear();
+    };
+    for (const QString& strLine : textOf(bytesText).split(QLatin1Char('\n'))) {
+        const QRegularExpressionMatch section = s_reSection.match(strLine), axis = s_reAxis.match(strLine);
+        const QString strKey = strLine.section(QLatin1Char('='), 0, 0).trimmed();
+        const QString strValue = strLine.section(QLatin1Char('='), 1).trimmed();
+        if (section.hasMatch()) {
+            endSection();
+            nSection = section.captured(2).toInt();
+        } else if (axis.hasMatch()) {
+            takePair(QStringLiteral("Tilt axis angle"), axis.captured(1), strName, texts);
+        } else if (strKey == QLatin1String("TiltAngle")) {
+            bool bNumber = false;
+            const double df = strValue.toDouble(&bNumber);
+            dfTilt = bNumber ? df : NAN;
+        } else if (strKey == QLatin1String("SubFramePath")) {
+            strFile = strValue.mid(
+                std::max(strValue.lastIndexOf(QLatin1Char('\\')), strValue.lastIndexOf(QLatin1Char('/'))) +
+                1);
+        } else if (strKey == QLatin1String("Voltage") && !strValue.isEmpty()) {
+            takePair(strKey, strValue + QStringLiteral(" kV"), strName, texts);
+        } else if (strKey == QLatin1String("ExposureTime") || strKey == QLatin1String("CameraLength")) {
+            takePair(strKey, strValue, strName, texts);
+        }
+    }
+    endSection();
+}
+
+SideTexts readSideTexts(const QStringList& listFrame)
+{
+    SideTexts texts;
+    if (listFrame.isEmpty()) {
+        return texts;
+    }
+    const QString strFirst = frameName(listFrame.first()).strFile;
+    const QDir dir(QFileInfo(strFirst).absolutePath());
+    const QStringList listName = dir.entryList(QDir::Files | QDir::Readable, QDir::Name);
+    QSet<QString> setBase;  // of what logs of this system are called after
+    QSet<QString> setFrameFile;
+    for (const QString& strName : listName) {
+        if (strName.endsWith(QLatin1String(".ed3d")) || strName.endsWith(resultSuffix(ResultFile::Shifts)) ||
+            strName.endsWith(resultSuffix(ResultFile::Peaks))) {
+            setBase.insert(QFileInfo(strName).completeBaseName());
+        }
+    }
+    for (const QString& strFrame : listFrame) {
+        const QString strFile = frameName(strFrame).strFile;
+        setFrameFile.insert(QFileInfo(strFile).fileName());
+        setBase.insert(QFileInfo(strFile).completeBaseName());
+    }
+    const auto read = [&dir](const QString& strName, QByteArray& bytesText) {
+        return readFileBytes(dir.filePath(strName), bytesText, MAX_SIDE_TEXT) && !bytesText.contains('\0');
+    };
+    const QStringList listSuffix = {"txt", "log", "yaml", "yml", "ini", "json"};
+    int nTexts = 0;
+    for (const QString& strName : listName) {
+        const QString strSuffix = QFileInfo(strName).suffix().toLower();
+        const QString strStem = QFileInfo(strName).completeBaseName();
+        QByteArray bytesText;
+        if (strSuffix == QLatin1String("mdoc")) {
+            // "stack.mrc.mdoc" or "stack.mdoc"; any other one has to name the files of its sections.
+            const bool bOfFirst = strStem == QFileInfo(strFirst).completeBaseName();
+            const QString strFile = bOfFirst ? QFileInfo(strFirst).fileName() : strStem;
+            if (read(strName, bytesText) &&
+                (setFrameFile.contains(strFile) || bytesText.contains("SubFramePath"))) {
+                takeMdoc(bytesText, strName, strFile, texts);
+            }
+        } else if (listSuffix.contains(strSuffix) && !isOwnText(strName, setBase) && nTexts < MAX_TEXTS &&
+                   read(strName, bytesText)) {
+            ++nTexts;
+            if (!takeSideJson(bytesText, strName, texts)) {
+                takeSideText(bytesText, strName, texts);
+            }
+        }
+    }
+    return texts;
+}
+
+}  // namespace tessera

@@ -1,0 +1,211 @@
+#include "dataset/toldtilts.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+// Degrees: tilts that differ by less are equal. Headers have two to four decimals.
+constexpr double SAME_TILT = 1e-4;
+// Share of a step by which single steps may differ from the usual one: stages and clocks are not better.
+constexpr double STEP_TOLERANCE = 0.5;
+// Share of the width of a frame by which the starts may contradict it.
+constexpr double WIDTH_TOLERANCE = 0.1;
+// Share of a step by which even tilts may lie beside the line: less than any drift of a stage.
+constexpr double EVEN_TOLERANCE = 0.02;
+
+QString degrees(double df)
+{
+    return QString::number(df, 'g', 6) + QStringLiteral("°");
+}
+
+bool areAllEqual(const QList<double>& list)
+{
+    return std::all_of(list.begin(), list.end(),
+                       [&](double df) { return std::abs(df - list.first()) < SAME_TILT; });
+}
+
+double medianOfSteps(const QList<double>& listTilt)
+{
+    std::vector<double> vecStep;
+    for (int i = 1; i < listTilt.size(); ++i) {
+        vecStep.push_back(listTilt[i] - listTilt[i - 1]);
+    }
+    if (vecStep.empty()) {
+        return 0;
+    }
+    const auto itMiddle = vecStep.begin() + std::ptrdiff_t(vecStep.size() / 2);
+    std::nth_element(vecStep.begin(), itMiddle, vecStep.end());
+    return *itMiddle;
+}
+
+/// One of the numbers for all frames; empty unless all tell it. Whether some do is noted.
+QList<double> listOf(const std::vector<FrameHeader>& vecHeader, ToldNumber FrameHeader::*pNumber, int& nTold)
+{
+    QList<double> list;
+    for (const FrameHeader& header : vecHeader) {
+        if ((header.*pNumber).isTold()) {
+            list.append((header.*pNumber).df);
+        }
+    }
+    nTold = list.size();
+    return list.size() == int(vecHeader.size()) ? list : QList<double>();
+}
+
+QList<double> evenList(int nFrames, double dfFirst, double dfStep)
+{
+    QList<double> list;
+    for (int i = 0; i < nFrames; ++i) {
+        list.append(dfFirst + i * dfStep);
+    }
+    return list;
+}
+
+/// Half the way from each start to the next; the last goes on as the one before.
+QList<double> halfWays(const QList<double>& listStart)
+{
+    QList<double> list;
+    for (int i = 0; i < listStart.size(); ++i) {
+        const int nFrom = std::min(i, listStart.size() - 2);
+        list.append(nFrom < 0 ? 0 : (listStart[nFrom + 1] - listStart[nFrom]) / 2);
+    }
+    return list;
+}
+
+/// From starts that rise or fall.
+ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<double>& listStart,
+                        const QList<double>& listWidth, QStringList& listDoubt)
+{
+    const FrameHeader& first = vecHeader.front();
+    QList<double> listHalf = halfWays(listStart);
+    const double dfStep = medianOfSteps(listStart);
+    QString strHow = QStringLiteral("the middle between a start and the next");
+    if (!listWidth.isEmpty() && std::abs(listWidth.first()) > SAME_TILT) {
+        const double dfWidth = listWidth[listWidth.size() / 2];
+        const bool bAgainst = listStart.size() > 1 && dfWidth * dfStep < 0;
+        const bool bWider = listStart.size() > 1 &&
+                            std::abs(dfWidth) > std::abs(dfStep) * (1 + WIDTH_TOLERANCE);
+        if (bAgainst || bWider) {
+            listDoubt.append(QStringLiteral("%1 tells frames of %2, but from one frame to the next %3 goes "
+                                            "on by %4: the latter is taken.")
+                                 .arg(first.tiltStep.strSource, degrees(dfWidth), first.tiltStart.strSource,
+                                      degrees(dfStep)));
+        } else {
+            for (int i = 0; i < listHalf.size(); ++i) {
+                listHalf[i] = listWidth[i] / 2;
+            }
+            strHow = QStringLiteral("half of %1 added").arg(first.tiltStep.strSource);
+        }
+    }
+    ToldTilts tilts;
+    for (int i = 0; i < listStart.size(); ++i) {
+        tilts.list.append(listStart[i] + listHalf[i]);
+    }
+    tilts.strSource = QStringLiteral("%1, %2").arg(first.tiltStart.strSource, strHow);
+    return tilts;
+}
+
+}  // namespace
+
+void doubtTilts(const QList<double>& listTilt, const QStringList& listName, QStringList& listDoubt)
+{
+    const double dfStep = medianOfSteps(listTilt);
+    int nBack = 0, nLeap = 0, nFirstBack = 0, nFirstLeap = 0;
+    for (int i = 1; i < listTilt.size(); ++i) {
+        const double dfThis = listTilt[i] - listTilt[i - 1];
+        if (dfThis * dfStep <= 0) {
+            nFirstBack = nBack++ == 0 ? i : nFirstBack;
+        } else if (std::abs(dfThis - dfStep) > STEP_TOLERANCE * std::abs(dfStep)) {
+            nFirstLeap = nLeap++ == 0 ? i : nFirstLeap;
+        }
+    }
+    if (nBack > 0) {
+        listDoubt.append(QStringLiteral("The tilt does not go on in one direction: at %1 it goes from %2 to "
+                                        "%3 (%4 such frames). Are the frames in the order in which they were "
+                                        "taken?")
+                             .arg(listName.value(nFirstBack), degrees(listTilt[nFirstBack - 1]),
+                                  degrees(listTilt[nFirstBack]))
+                             .arg(nBack));
+    }
+    if (nLeap > 0) {
+        listDoubt.append(QStringLiteral("The tilt leaps at %1, from %2 to %3, while the usual step is %4 (%5 "
+                                        "such frames). Are frames missing?")
+                             .arg(listName.value(nFirstLeap), degrees(listTilt[nFirstLeap - 1]),
+                                  degrees(listTilt[nFirstLeap]), degrees(dfStep))
+                             .arg(nLeap));
+    }
+}
+
+ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStringList& listName,
+                         QStringList& listDoubt)
+{
+    const int nFrames = int(vecHeader.size());
+    if (nFrames == 0) {
+        return {};
+    }
+    int nStarts = 0, nWidths = 0, nTilts = 0;
+    const QList<double> listStart = listOf(vecHeader, &FrameHeader::tiltStart, nStarts);
+    const QList<double> listWidth = listOf(vecHeader, &FrameHeader::tiltStep, nWidths);
+    const QList<double> listTilt = listOf(vecHeader, &FrameHeader::tilt, nTilts);
+    ToldTilts tilts;
+    if (!listStart.isEmpty() && (nFrames == 1 || !areAllEqual(listStart))) {
+        tilts = tiltsOfStarts(vecHeader, listStart, listWidth, listDoubt);
+    } else if (!listTilt.isEmpty() && (nFrames == 1 || !areAllEqual(listTilt))) {
+        tilts = {listTilt, vecHeader.front().tilt.strSource};
+    } else if (!listWidth.isEmpty() && std::abs(listWidth.first()) > SAME_TILT && areAllEqual(listWidth)) {
+        // A program that writes one header for all frames.
+        const ToldNumber& width = vecHeader.front().tiltStep;
+        const double dfStart = !listStart.isEmpty() ? listStart.first() : listTilt.value(0);
+        tilts = {evenList(nFrames, dfStart + width.df / 2, width.df),
+                 QStringLiteral("%1 from frame to frame").arg(width.strSource)};
+        listDoubt.append(
+            QStringLiteral("No frame tells a tilt of its own: %1, %2, is taken from each frame to "
+                           "the next.")
+                .arg(width.strSource, degrees(width.df)));
+    }
+    const int nMost = std::max(nStarts, nTilts);
+    if (!tilts.isTold() && nMost > 0 && nMost < nFrames) {
+        listDoubt.append(
+            QStringLiteral("Only %1 of %2 frames tell a tilt: none is taken.").arg(nMost).arg(nFrames));
+    }
+    doubtTilts(tilts.list, listName, listDoubt);
+    return tilts;
+}
+
+ToldTilts tiltsOfRange(int nFrames, double dfStart, double dfEnd, double dfWidth, QStringList& listDoubt)
+{
+    if (nFrames < 1 || std::abs(dfEnd - dfStart) < SAME_TILT) {
+        return {};
+    }
+    double dfStep = (dfEnd - dfStart) / nFrames;
+    if (std::isfinite(dfWidth) && std::abs(dfWidth) > SAME_TILT) {
+        const double dfSigned = std::copysign(dfWidth, dfStep);
+        if (std::abs(dfSigned - dfStep) > EVEN_TOLERANCE * std::abs(dfStep)) {
+            listDoubt.append(QStringLiteral("From %1 to %2 in %3 frames would be steps of %4, but the step "
+                                            "is told as %5, which is taken.")
+                                 .arg(degrees(dfStart), degrees(dfEnd))
+                                 .arg(nFrames)
+                                 .arg(degrees(dfStep), degrees(dfSigned)));
+        }
+        dfStep = dfSigned;
+    }
+    return {evenList(nFrames, dfStart + dfStep / 2, dfStep), {}};
+}
+
+bool areEvenTilts(const QList<double>& listTilt)
+{
+    if (listTilt.size() < 2) {
+        return true;
+    }
+    const double dfStep = (listTilt.last() - listTilt.first()) / (listTilt.size() - 1);
+    for (int i = 0; i < listTilt.size(); ++i) {
+        if (std::abs(listTilt[i] - listTilt.first() - i * dfStep) > EVEN_TOLERANCE * std::abs(dfStep)) {
+            return false;
+        }
+    }
+    return std::abs(dfStep) > SAME_TILT;
+}
+
+}  // namespace tessera
