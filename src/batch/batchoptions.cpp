@@ -461,7 +461,8 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
     const QCommandLineOption versionOption = parser.addVersionOption();
     parser.addPositionalArgument(
         QStringLiteral("input"),
-        QStringLiteral("PROJECT.ed3d, or the images in series order; with --summary files of --json."));
+        QStringLiteral("PROJECT.ed3d; or the images in series order, or a folder of them, whose headers tell "
+                       "what no option does; with --summary files of --json."));
     addOptions(parser, listNumber);
 
     if (!parser.parse(listArgument)) {

@@ -2,10 +2,12 @@
 #include "batch/batchoptions.h"
 #include "batch/batchreport.h"
 #include "batch/misplacedoutput.h"
+#include "batch/optionrules.h"
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
 #include "records/wholefile.h"
 #include "road/closinglines.h"
+#include "road/framesinput.h"
 #include "road/road.h"
 #include "road/roadjson.h"
 
@@ -125,8 +127,8 @@ int main(int argc, char* argv[])
     // Logs of many series are compared and read by scripts, so their numbers have one form.
     QLocale::setDefault(QLocale::c());
 
-    const ParsedOptions parsed = parseBatchOptions(application.arguments());
-    const BatchOptions& options = parsed.options;
+    ParsedOptions parsed = parseBatchOptions(application.arguments());
+    BatchOptions& options = parsed.options;
     if (!parsed.strError.isEmpty()) {
         return badUsage(parsed.strError);
     }
@@ -137,9 +139,13 @@ int main(int argc, char* argv[])
     if (options.bSummary) {
         return printSummary(options.road.listInput) ? 0 : 1;
     }
-    const QString strMisplaced = misplacedOutput(options);
-    if (!strMisplaced.isEmpty()) {
-        return badUsage(strMisplaced);
+    for (const auto fnCheck : {+[](BatchOptions& o) { return takeFramesOfInput(o.road); },
+                               +[](BatchOptions& o) { return whatImagesLack(o.road); },
+                               +[](BatchOptions& o) { return misplacedOutput(o); }}) {
+        const QString strError = fnCheck(options);
+        if (!strError.isEmpty()) {
+            return badUsage(strError);
+        }
     }
     return runSeries(options);
 }

@@ -45,7 +45,8 @@ DataSet placesOf(const RoadOptions& options)
     DataSet dataSet;
     const QFileInfo first(options.listInput.first());
     dataSet.m_strProjectDir = first.absolutePath();
-    dataSet.m_strProjectName = first.completeBaseName();
+    dataSet.m_strProjectName = options.strSeriesName.isEmpty() ? first.completeBaseName()
+                                                               : options.strSeriesName;
     dataSet.m_listFrameFile = framesOfImageFiles(options.listInput);
     ProjectFile project;
     if (options.isProject()) {  // one that cannot be read fails when it is opened

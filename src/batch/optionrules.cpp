@@ -3,6 +3,9 @@
 #include "batch/optionreader.h"
 #include "dataset/pagerounding.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace tessera {
 
 QString contradiction(const RoadOptions& o)
@@ -23,10 +26,6 @@ QString contradiction(const RoadOptions& o)
     if (!o.strSaveCalibrationFile.isEmpty() &&
         (o.exports.bOnly || o.stageFrom > RoadStage::Geometry || o.stageTo < RoadStage::Geometry)) {
         return QStringLiteral("--save-calibration needs the stage geometry");
-    }
-    if (!o.isProject() && !bCalibrated &&
-        !(o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis))) {
-        return QStringLiteral("images need --wavelength, --pixel-size and --axis");
     }
     if (o.stageTo < o.stageFrom) {
         return QStringLiteral("--to %1 lies before --from %2")
@@ -93,6 +92,40 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
     }
     return {};
+}
+
+QString whatImagesLack(const RoadOptions& o)
+{
+    if (o.isProject() || !o.facts) {
+        return {};
+    }
+    const SeriesFacts& facts = *o.facts;
+    const bool bCalibrated = !o.strCalibrationFile.isEmpty();
+    QStringList listLacking, listOption;
+    const auto need = [&](bool bThere, const char* pszWhat, const char* pszOption) {
+        if (!bThere) {
+            listLacking.append(QLatin1String(pszWhat));
+            listOption.append(QLatin1String(pszOption));
+        }
+    };
+    need(o.dfWavelength || bCalibrated || facts.wavelength.isTold(), "the wavelength", "--wavelength");
+    need(o.dfPixelSize || bCalibrated || facts.pixelSize.isTold(), "the pixel size", "--pixel-size");
+    // Who gives all else is taken at the word of the help, which has a default for the step.
+    const bool bAllGiven = bCalibrated ||
+                           (o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis));
+    need(o.dfTiltStep || bAllGiven || facts.tilts.isTold() || o.listInput.size() < 2, "the tilts",
+         "--tilt-step");
+    if (listLacking.isEmpty()) {
+        return {};
+    }
+    const QString strAnd = QStringLiteral(" and ");
+    const QDir dir(QFileInfo(o.listInput.first()).absolutePath());
+    const QStringList listProject = dir.entryList({QStringLiteral("*.ed3d")}, QDir::Files, QDir::Name);
+    const QString strProject = listProject.isEmpty()
+                                   ? QString()
+                                   : QStringLiteral(" such as ") + dir.filePath(listProject.first());
+    return QStringLiteral("the images do not tell %1: give %2, or a project%3")
+        .arg(listLacking.join(strAnd), listOption.join(strAnd), strProject);
 }
 
 }  // namespace tessera

@@ -9,4 +9,8 @@ namespace tessera {
 /// @return empty, or what is wrong
 QString contradiction(const RoadOptions& o);
 
+/// What images, whose headers have been read, and options do not tell.
+/// @return empty, or one sentence that names the options that give it
+QString whatImagesLack(const RoadOptions& o);
+
 }  // namespace tessera

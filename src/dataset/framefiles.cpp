@@ -1,9 +1,17 @@
 #include "dataset/framefiles.h"
 
+#include "dataset/opening.h"
 #include "imagefiles/frameformats.h"
+#include "imagefiles/framename.h"
+#include "imagefiles/hdf5names.h"
+#include "imagefiles/smvfile.h"
+#include "imagefiles/tvipsfile.h"
+#include "records/regularfile.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QMap>
 #include <QSet>
 
@@ -64,30 +72,98 @@ static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, co
            (strBase.startsWith(QLatin1Char('N')) && setBase.contains(strBase.mid(1)));
 }
 
+// Whether this is an image of a stack beside it that was exported as a file of its own, "stack_0012.img".
+static bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashFile,
+                           QHash<QString, int>& hashImages, const QDir& dir)
+{
+    const QString strBase = QFileInfo(strName).completeBaseName();
+    const int nJoint = strBase.lastIndexOf(QLatin1Char('_'));
+    bool bNumber = false;
+    const int nImage = strBase.mid(nJoint + 1).toInt(&bNumber);
+    const QString strStack = strBase.left(qMax(nJoint, 0));
+    if (!bNumber || nImage < 1 || strBase.size() - nJoint < 5 || !hashFile.contains(strStack))
+        return false;
+    if (!hashImages.contains(strStack))
+        hashImages[strStack] = frameHeader(dir.absoluteFilePath(hashFile[strStack])).nImages;
+    return hashImages[strStack] > 1 && nImage <= hashImages[strStack];
+}
+
+// Whether this is a frame of another file beside it that was exported as SMV: those of this system all tell
+// the same detector and date.
+static bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFile, const QDir& dir)
+{
+    if (QFileInfo(strName).suffix() != QLatin1String("img") ||
+        hashFile.value(QFileInfo(strName).completeBaseName(), strName) == strName)
+        return false;
+    QFile file(dir.absoluteFilePath(strName));
+    QString strReason;
+    const QString strTemplate = smvHeaderTemplate();
+    const int nFirst = strTemplate.indexOf(QLatin1String("BEAMLINE=")),
+              nEnd = strTemplate.indexOf(QLatin1String("TIME="), nFirst);
+    return openRegularFile(file, QIODevice::ReadOnly, strReason) &&
+           file.read(512).contains(strTemplate.mid(nFirst, nEnd - nFirst).toLatin1());
+}
+
+// Files whose suffix says nothing, by the format that their content is of: those of the commonest one.
+static QStringList framesByContent(const QDir& dir, const QStringList& listName)
+{
+    QMap<QString, QStringList> mapFile;
+    QStringList listFile;
+    for (const QString& strName : listName) {
+        const QString strFile = dir.absoluteFilePath(strName);
+        const FrameFormat& format = frameFormatOf(strFile);
+        const bool bPicture = QStringList{"BMP", "JPEG", "GIF", "PNG"}.contains(format.strName);
+        if (!format.listSuffix.isEmpty() && !bPicture)  // a picture of no such name is no frame
+            mapFile[format.strName].append(strFile);
+    }
+    for (const QStringList& listSame : qAsConst(mapFile))
+        if (listSame.size() > listFile.size())
+            listFile = listSame;
+    return listFile;
+}
+
+QStringList framesOfFiles(const QStringList& listFile)
+{
+    if (listFile.size() == 1 && !frameName(listFile.first()).bPart)
+        return framesOfFile(listFile.first(), frameHeader(listFile.first()).nImages);
+    return framesOfImageFiles(listFile);
+}
+
 QStringList framesInFolder(const QString& strFolder)
 {
     const QDir dir(strFolder);
     const QStringList listName = dir.entryList(QDir::Files | QDir::Readable);
     QSet<QString> setBase, setProject;
+    QHash<QString, QString> hashFile;  // by their names without suffix, other than SMV
     for (const QString& strName : listName) {
         const QFileInfo info(strName);
-        if (info.suffix() == QLatin1String("ed3d"))
+        if (info.suffix() == QLatin1String("ed3d")) {
             setProject.insert(info.completeBaseName());
-        else if (frameSuffixes().contains(info.suffix().toLower()))
+        } else if (frameSuffixes().contains(info.suffix().toLower())) {
             setBase.insert(info.completeBaseName());
+            if (info.suffix() != QLatin1String("img"))
+                hashFile[info.completeBaseName()] = strName;
+        }
     }
     QMap<int, QStringList> mapFile;  // by the place of the suffix
+    QHash<QString, int> hashImages;
+    QStringList listOther;
     for (const QString& strName : listName) {
         const int nSuffix = frameSuffixes().indexOf(QFileInfo(strName).suffix().toLower());
-        if (nSuffix >= 0 && !isMadeImage(strName, setBase, setProject))
+        if (nSuffix < 0)
+            listOther.append(strName);
+        else if (!isMadeImage(strName, setBase, setProject) && !isDataOfMaster(strName, listName) &&
+                 !isContinuation(dir.absoluteFilePath(strName)) &&
+                 !isImageOfStack(strName, hashFile, hashImages, dir) &&
+                 !isExportedSmv(strName, hashFile, dir))
             mapFile[nSuffix].append(dir.absoluteFilePath(strName));
     }
-    QStringList listFile;
+    QStringList listFile = mapFile.isEmpty() ? framesByContent(dir, listOther) : QStringList();
     for (const QStringList& listSame : qAsConst(mapFile))
         if (listSame.size() > listFile.size())
             listFile = listSame;
     sortFrames(listFile);
-    return listFile;
+    return framesOfFiles(listFile);
 }
 
 }  // namespace tessera

@@ -14,9 +14,15 @@ bool naturalLess(const QString& strFirst, const QString& strSecond);
 /// Sorts paths by their file names as naturalLess() has it, those of equal names by their folders.
 void sortFrames(QStringList& listFile);
 
+/// The frames of files in series order: what framesOfImageFiles() makes of them, and all sections of a MRC
+/// stack that stands alone.
+QStringList framesOfFiles(const QStringList& listFile);
+
 /// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of
 /// equally common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no
-/// part of the series.
+/// part of the series, nor is what was exported from them, nor the data files that a master or the first
+/// file of a stream leads to. Where no suffix is known the content decides. Files of many images give all of
+/// them, as framesOfFiles() does.
 QStringList framesInFolder(const QString& strFolder);
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 #include "dataset/pagerounding.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/rotationaxissearch.h"
+#include "road/framesinput.h"
 
 namespace tessera {
 
@@ -25,7 +26,7 @@ StageResult findAxisWhereAsked(RoadState& state)
         dataSet.m_bRotationAxisKnown = true;
         roundToPages(dataSet);
         state.results.axis = search->found;
-        return {};
+        return writeMadeProject(state) ? StageResult() : state.report.failed();
     }
     if (!dataSet.m_bRotationAxisKnown) {
         return state.report.failed(

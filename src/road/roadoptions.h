@@ -1,6 +1,7 @@
 // RoadOptions: what is to be done with a series, from which files on and with which numbers.
 #pragma once
 
+#include "dataset/seriesfacts.h"
 #include "geometry/seriesdistortion.h"
 #include "records/runparameters.h"
 #include "road/exports.h"
@@ -20,11 +21,14 @@ namespace tessera {
 /// Everything that was asked for. An empty optional is a value that a stage finds itself or takes from the
 /// project.
 struct RoadOptions {
-    QStringList listInput;     ///< one project, or images in series order
-    QString strOutDir;         ///< empty: beside the project or the first image
-    QString strMaskFile;       ///< areas that peak hunting leaves out; empty: none
-    bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file
-    QString strCellFile;       ///< a cell in place of a search; empty: search
+    QStringList listInput;  ///< one project, or images in series order
+    QString strSeriesName;  ///< what the results of images are called after; empty: the first image
+    std::optional<SeriesFacts> facts;  ///< what the images tell; none for a project
+    bool bMakeProject = false;         ///< write a project of the images beside the results
+    QString strOutDir;                 ///< empty: beside the project or the first image
+    QString strMaskFile;               ///< areas that peak hunting leaves out; empty: none
+    bool bFindDefects = true;          ///< leave out what is no measurement, unless there is a mask file
+    QString strCellFile;               ///< a cell in place of a search; empty: search
     std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
     QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
     QString strCalibrationFile;      ///< of the microscope, in place of what the project tells; empty: none

@@ -5,6 +5,7 @@
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
 #include "road/earlierfiles.h"
+#include "road/framesinput.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -30,6 +31,7 @@ bool openInput(RoadState& state)
             listFile.append(QFileInfo(strFile).absoluteFilePath());
         }
         bOpened = openImageFiles(state.dataSet, listFile, report, &listReason);
+        takeFacts(state);
     }
     for (const QString& strReason : listReason) {
         report.addMessage(strReason, bOpened ? Severity::Info : Severity::Error);
@@ -64,8 +66,9 @@ void takeGeometry(RoadState& state)
     } else if (options.dfStretchAmplitude) {
         state.mapping.m_bApplyStretching = true;
     }
-    if (options.dfTiltStart || options.dfTiltStep) {
-        const double dfStart = options.dfTiltStart.value_or(0);
+    const QList<double> listTold = options.facts ? options.facts->tilts.list : QList<double>();
+    if (options.dfTiltStep || (options.dfTiltStart && listTold.isEmpty())) {
+        const double dfStart = options.dfTiltStart.value_or(listTold.value(0, 0));
         const double dfStep = options.dfTiltStep.value_or(0.1);
         for (int i = 0; i < dataSet.m_listOverallTilt.size(); ++i) {
             dataSet.m_listStageTilt[i] = dataSet.m_listOverallTilt[i] = dfStart + i * dfStep;
@@ -150,7 +153,10 @@ StageResult checkFrameFiles(RoadState& state)
 /// What could not be opened still gets its log in a folder of its own, if one was asked for.
 void prepareFolderOfLog(RoadState& state)
 {
-    state.dataSet.m_strProjectName = QFileInfo(state.options.listInput.first()).completeBaseName();
+    const QString& strGiven = state.options.strSeriesName;
+    state.dataSet.m_strProjectName = strGiven.isEmpty()
+                                         ? QFileInfo(state.options.listInput.first()).completeBaseName()
+                                         : strGiven;
     if (!state.options.strOutDir.isEmpty()) {
         static_cast<void>(prepareResultFolder(state));  // the reason is why it could not be opened
     }
@@ -194,6 +200,9 @@ StageResult openSeries(RoadState& state)
     }
     if (result.finished() && needsFrames(state.options)) {
         result = checkFrameFiles(state);
+    }
+    if (result.finished() && !writeMadeProject(state)) {
+        result = state.report.failed();
     }
     return result.finished() ? loadEarlierStages(state) : result;
 }

@@ -1,0 +1,192 @@
+#include "road/framesinput.h"
+
+#include "dataset/framefiles.h"
+#include "dataset/newproject.h"
+#include "dataset/textlines.h"
+#include "records/wholefile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace tessera {
+
+namespace {
+
+// By this line a project is known as one that may be made anew.
+const char* const g_pszMade = "Made from what the frames tell; a run on them makes it anew.";
+constexpr qint64 HEAD_SIZE = 1024;  // bytes, in which that line stands
+
+bool isMadeProject(const QString& strFile)
+{
+    QFile file(strFile);
+    return QFileInfo(strFile).isFile() && file.open(QIODevice::ReadOnly) &&
+           file.read(HEAD_SIZE).contains(g_pszMade);
+}
+
+QString projectIn(const QString& strFolder, const QString& strName)
+{
+    return QDir(strFolder).absoluteFilePath(strName + QStringLiteral(".ed3d"));
+}
+
+/// A name under which no project of a user stands, be it where the frames are or where the results go.
+QString freeName(const QString& strName, const QStringList& listFolder)
+{
+    const auto isTaken = [&listFolder](const QString& str) {
+        for (const QString& strFolder : listFolder) {
+            const QString strFile = projectIn(strFolder, str);
+            if (QFileInfo::exists(strFile) && !isMadeProject(strFile)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    QString strFree = strName;
+    for (int n = 1; isTaken(strFree); ++n) {
+        strFree = strName + QStringLiteral("_frames") + (n > 1 ? QString::number(n) : QString());
+    }
+    return strFree;
+}
+
+void tellTaken(RoadState& state, const QString& strWhat, double dfValue, const QString& strUnit,
+               const QString& strSource)
+{
+    state.report.addMessage(QStringLiteral("%1 %2 %3, as the frames tell (%4).")
+                                .arg(strWhat, QString::number(dfValue, 'g', 6), strUnit, strSource));
+}
+
+/// A number that the frames tell, unless an option or the calibration does.
+void takeNumber(RoadState& state, const ToldNumber& told, const std::optional<double>& dfGiven,
+                double& dfTarget, const QString& strWhat, const QString& strUnit)
+{
+    if (told.isTold() && !dfGiven && state.options.strCalibrationFile.isEmpty()) {
+        dfTarget = told.df;
+        tellTaken(state, strWhat, told.df, strUnit, told.strSource);
+    }
+}
+
+void takeTilts(RoadState& state, const ToldTilts& told)
+{
+    DataSet& dataSet = state.dataSet;
+    const RoadOptions& options = state.options;
+    if (told.list.size() != dataSet.m_listFrameFile.size() || told.list.isEmpty() || options.dfTiltStep) {
+        return;
+    }
+    const double dfMore = options.dfTiltStart.value_or(told.list.first()) - told.list.first();
+    for (int i = 0; i < told.list.size(); ++i) {
+        dataSet.m_listStageTilt[i] = dataSet.m_listOverallTilt[i] = told.list[i] + dfMore;
+    }
+    state.report.addMessage(QStringLiteral("Tilts %1° to %2°, as the frames tell (%3).")
+                                .arg(QString::number(dataSet.m_listOverallTilt.first(), 'g', 6),
+                                     QString::number(dataSet.m_listOverallTilt.last(), 'g', 6),
+                                     told.strSource));
+}
+
+}  // namespace
+
+QString takeFramesOfInput(RoadOptions& options)
+{
+    if (options.isProject() || options.listInput.isEmpty()) {
+        return {};
+    }
+    QStringList listFrame, listFile;
+    bool bFolder = false;
+    for (const QString& strInput : options.listInput) {
+        if (!QFileInfo(strInput).isDir()) {
+            listFile.append(strInput);
+            continue;
+        }
+        const QStringList listFound = framesInFolder(strInput);
+        if (listFound.isEmpty()) {
+            return QStringLiteral("%1: there are no frames in this folder").arg(strInput);
+        }
+        bFolder = true;
+        listFrame += listFound;
+    }
+    options.listInput = listFrame + framesOfFiles(listFile);
+    options.facts = factsOfSeries(options.listInput);
+    if (bFolder) {
+        const QFileInfo project(proposedProjectFile(options.listInput));
+        const QString strOut = options.strOutDir.isEmpty() ? project.absolutePath() : options.strOutDir;
+        options.strSeriesName = freeName(project.completeBaseName(), {project.absolutePath(), strOut});
+        options.bMakeProject = true;
+    }
+    const SeriesFacts& facts = *options.facts;
+    options.bMakeProject = options.bMakeProject || (facts.wavelength.isTold() && !options.dfWavelength) ||
+                           (facts.pixelSize.isTold() && !options.dfPixelSize) ||
+                           (facts.tilts.isTold() && !options.dfTiltStep);
+    return {};
+}
+
+void takeFacts(RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    if (!options.facts) {
+        return;
+    }
+    const SeriesFacts& facts = *options.facts;
+    DataSet& dataSet = state.dataSet;
+    if (!options.strSeriesName.isEmpty()) {
+        dataSet.m_strProjectName = options.strSeriesName;
+    }
+    takeNumber(state, facts.wavelength, options.dfWavelength, dataSet.m_dfWavelength,
+               QStringLiteral("Wavelength"), QStringLiteral("Å"));
+    takeNumber(state, facts.pixelSize, options.dfPixelSize, dataSet.m_dfPixelSize,
+               QStringLiteral("Pixel size"), QStringLiteral("Å⁻¹"));
+    takeTilts(state, facts.tilts);
+    if (facts.exposure.isTold()) {
+        tellTaken(state, QStringLiteral("Exposure"), facts.exposure.df, QStringLiteral("s"),
+                  facts.exposure.strSource);
+    }
+    for (const QString& strDoubt : facts.listDoubt) {
+        state.report.addMessage(QStringLiteral("Warning: %1").arg(strDoubt), Severity::Warning);
+    }
+    if (facts.rotationAxis.isTold() && !options.dfRotationAxis) {
+        state.report.addMessage(
+            QStringLiteral("Warning: the rotation axis is told as %1° (%2), but its sense is not certain: it "
+                           "is looked for in the peaks. --axis takes it as it is given.")
+                .arg(QString::number(facts.rotationAxis.df, 'g', 6), facts.rotationAxis.strSource),
+            Severity::Warning);
+    }
+}
+
+bool writeMadeProject(RoadState& state)
+{
+    const RoadOptions& options = state.options;
+    if (!options.bMakeProject || !state.bResultFolder) {
+        return true;
+    }
+    const DataSet& dataSet = state.dataSet;
+    const QString strFile = projectIn(dataSet.m_strProjectDir, dataSet.m_strProjectName);
+    if (QFileInfo::exists(strFile) && !isMadeProject(strFile)) {
+        state.report.addMessage(
+            QStringLiteral("%1 is there already and was not made from what frames tell: it stays as it is.")
+                .arg(strFile));
+        return true;
+    }
+    NewProject project;
+    project.listFrame = dataSet.m_listFrameFile;
+    project.tilts = {dataSet.m_listStageTilt, dataSet.m_listBeamTilt, dataSet.m_listOverallTilt};
+    project.dfWavelength = dataSet.m_dfWavelength;
+    project.dfPixelSize = dataSet.m_dfPixelSize;
+    project.dfRotationAxis = dataSet.m_dfRotationAxis;
+    project.bAxisKnown = dataSet.m_bRotationAxisKnown;
+    project.rotation = options.intensities.rotation.value_or(dataSet.m_rotation);
+    project.strComment = QLatin1String(g_pszMade);
+    QByteArray bytesText;
+    QString strReason;
+    if (!makeProjectText(project, strFile, bytesText, &strReason)) {
+        state.report.addMessage(
+            QStringLiteral("Warning: there is no project of these frames: %1").arg(strReason),
+            Severity::Warning);
+        return true;
+    }
+    if (!writeWholeFile(strFile, bytesText, &strReason)) {
+        state.report.fail(strReason);
+        return false;
+    }
+    state.report.addMessage(QStringLiteral("The series as a project: %1").arg(strFile));
+    return true;
+}
+
+}  // namespace tessera
