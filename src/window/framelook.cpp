@@ -1,0 +1,105 @@
+#include "window/framelook.h"
+
+#include "dataset/dataset.h"
+#include "frames/autoregion.h"
+#include "frames/directbeamfit.h"
+#include "frames/frameloader.h"
+#include "imaging/contrast.h"
+#include "records/whatwasthrown.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+constexpr int SHOWN_SIDE = 512;  // pixels: more than the dialog has room for
+// Pixels by which a fit may leave the place where the beam was found, before it is one of something else.
+constexpr double GREATEST_MOVE = 30;
+
+class CStopReport : public CRunReport {
+public:
+    explicit CStopReport(const std::atomic<bool>& bStop) : m_bStop(bStop) {}
+    void addMessage(const QString& strText, Severity severity) override
+    {
+        if (severity == Severity::Error && m_strError.isEmpty()) {
+            m_strError = strText;
+        }
+    }
+    bool goOn() override { return !m_bStop; }
+    QString m_strError;
+
+private:
+    const std::atomic<bool>& m_bStop;
+};
+
+/// Bright where any pixel of what becomes one is: spots are small.
+QImage shownImage(const CImgObj<float>& image)
+{
+    const int nWidth = image.Width(), nHeight = image.Height();
+    const int nBlock = std::max(1, (std::max(nWidth, nHeight) + SHOWN_SIDE - 1) / SHOWN_SIDE);
+    double dfLow = 0, dfHigh = 1;
+    autoContrastLimits(image.Data(), nWidth * nHeight, &dfLow, &dfHigh);
+    const double dfRange = std::max(dfHigh - dfLow, 1e-30);
+    QImage shown((nWidth + nBlock - 1) / nBlock, (nHeight + nBlock - 1) / nBlock, QImage::Format_Grayscale8);
+    for (int y = 0; y < shown.height(); ++y) {
+        uchar* pLine = shown.scanLine(y);
+        for (int x = 0; x < shown.width(); ++x) {
+            float fMost = -INFINITY;
+            for (int r = y * nBlock; r < std::min(nHeight, (y + 1) * nBlock); ++r) {
+                const float* pRow = image.Data() + size_t(r) * size_t(nWidth);
+                for (int c = x * nBlock; c < std::min(nWidth, (x + 1) * nBlock); ++c) {
+                    fMost = std::max(fMost, pRow[c]);  // a pixel without a number never wins
+                }
+            }
+            const double dfShare = std::clamp((double(fMost) - dfLow) / dfRange, 0.0, 1.0);
+            pLine[x] = uchar(std::lround(255 * std::sqrt(dfShare)));  // weak spots beside the beam
+        }
+    }
+    return shown;
+}
+
+std::optional<QPointF> beamOf(const QString& strFrame, CRunReport& report)
+{
+    DataSet dataSet;
+    dataSet.m_listFrameFile = QStringList(strFrame);
+    dataSet.m_listOverallTilt = dataSet.m_listStageTilt = dataSet.m_listBeamTilt = QList<double>{0};
+    QRect rcRegion;
+    if (!findBeamRegion(dataSet, report, rcRegion)) {
+        return {};
+    }
+    QPointF ptBeam = rcRegion.center();
+    dataSet.m_dfCenterX = ptBeam.x();
+    dataSet.m_dfCenterY = ptBeam.y();
+    fitDirectBeam(dataSet, report, [&](const DirectBeamOnFrame& beam) {
+        const QPointF ptMove = beam.ptFitted - beam.ptExpected;
+        if (std::hypot(ptMove.x(), ptMove.y()) <= GREATEST_MOVE) {
+            ptBeam = beam.ptFitted;
+        }
+    });
+    return ptBeam;
+}
+
+}  // namespace
+
+FrameLook lookAtFrame(const QString& strFrame, const std::atomic<bool>& bStop)
+{
+    FrameLook look;
+    CStopReport report(bStop);
+    try {
+        ImageList vecImage;
+        if (loadFirstImage(vecImage, strFrame, {}, report) != 1 || vecImage.empty()) {
+            look.strProblem = report.m_strError.isEmpty() ? strFrame : report.m_strError;
+            return look;
+        }
+        look.size = QSize(vecImage.front()->Width(), vecImage.front()->Height());
+        look.image = shownImage(*vecImage.front());
+        look.ptBeam = beamOf(strFrame, report);
+    } catch (...) {
+        look.strProblem = whatWasThrown();
+    }
+    return look;
+}
+
+}  // namespace tessera
