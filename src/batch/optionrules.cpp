@@ -118,14 +118,17 @@ QString whatImagesLack(const RoadOptions& o)
     if (listLacking.isEmpty()) {
         return {};
     }
-    const QString strAnd = QStringLiteral(" and ");
+    const auto joined = [](QStringList list) {
+        const QString strLast = list.takeLast();
+        return list.isEmpty() ? strLast : list.join(QStringLiteral(", ")) + QStringLiteral(" and ") + strLast;
+    };
     const QDir dir(QFileInfo(o.listInput.first()).absolutePath());
     const QStringList listProject = dir.entryList({QStringLiteral("*.ed3d")}, QDir::Files, QDir::Name);
     const QString strProject = listProject.isEmpty()
                                    ? QString()
                                    : QStringLiteral(" such as ") + dir.filePath(listProject.first());
     return QStringLiteral("the images do not tell %1: give %2, or a project%3")
-        .arg(listLacking.join(strAnd), listOption.join(strAnd), strProject);
+        .arg(joined(listLacking), joined(listOption), strProject);
 }
 
 }  // namespace tessera

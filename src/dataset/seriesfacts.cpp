@@ -220,6 +220,7 @@ void settlePixelSize(SeriesFacts& facts)
                                         QString::number(facts.detectorPixel.df));
     if (!pixelSize.isTold()) {
         pixelSize = {dfFollows, strFollows};
+        facts.bOfCameraLength = true;
     } else if (std::abs(pixelSize.df - dfFollows) > SAME_PIXEL_SIZE * dfFollows) {
         facts.listDoubt.append(QStringLiteral("%1 is %2 Å⁻¹, but %3 make %4 Å⁻¹: the former is taken.")
                                    .arg(pixelSize.strSource, QString::number(pixelSize.df, 'g', 5),

@@ -30,8 +30,10 @@ struct SeriesFacts {
     ToldNumber beamY;          ///< row
     ToldNumber saturation;     ///< counts
     ToldTilts tilts;
-    QStringList listDoubt;  ///< what was guessed, and what contradicts itself, in words for the user
-    bool bWhole = true;     ///< false: somebody had it stopped
+    bool bOfVoltage = false;       ///< the wavelength follows from the voltage
+    bool bOfCameraLength = false;  ///< the pixel size follows from camera length and detector pixel
+    QStringList listDoubt;         ///< what was guessed, and what contradicts itself, in words for the user
+    bool bWhole = true;            ///< false: somebody had it stopped
 };
 
 /// Called with the number of headers that were read.

@@ -89,7 +89,8 @@ struct StoredRadio {
 
 QList<StoredRadio> storedRadios(const NewProjectDialog& dialog)
 {
-    return {{QStringLiteral("GivesWavelength"), dialog.m_pWavelengthRadio},
+    return {{QStringLiteral("GivesAxis"), dialog.m_pAxisRadio},
+            {QStringLiteral("GivesWavelength"), dialog.m_pWavelengthRadio},
             {QStringLiteral("GivesCameraLength"), dialog.m_pCameraRadio}};
 }
 
@@ -101,7 +102,10 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     setWindowTitle(tr("New Project"));
     setAcceptDrops(true);
     auto* pColumns = new QHBoxLayout;
-    pColumns->addWidget(makeFrames(), 1);
+    auto* pLeft = new QVBoxLayout;
+    pLeft->addWidget(makeFrames(), 2);
+    pLeft->addWidget(makePreview(), 3);
+    pColumns->addLayout(pLeft, 1);
     auto* pRight = new QVBoxLayout;
     pRight->addWidget(makeTilts());
     pRight->addWidget(makeWavelength());
@@ -109,8 +113,15 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     pRight->addWidget(makeDirections());
     m_pLensDistortion = new LensDistortionBox(this);
     pRight->addWidget(m_pLensDistortion);
+    m_pDoubtText = new QPlainTextEdit(this);
+    m_pDoubtText->setReadOnly(true);
+    m_pDoubtText->setMaximumHeight(4 * fontMetrics().lineSpacing());
+    m_pDoubtText->hide();
+    explain(m_pDoubtText, tr("What of the headers and texts beside the frames was guessed, and what in them "
+                             "contradicts itself."));
+    pRight->addWidget(m_pDoubtText);
     pRight->addStretch(1);
-    pColumns->addLayout(pRight);
+    pColumns->addLayout(pRight, 1);
 
     m_pProblemLabel = new QLabel(this);
     m_pProblemLabel->setWordWrap(true);
@@ -130,12 +141,17 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     pLayout->addLayout(pLast);
 
     connectControls();
+    connectFacts();
     shareTips(this);
     framesChanged();
 }
 void NewProjectDialog::readSettings(QSettings& settings)
 {
+    m_bFilling = true;  // what was given for another series gives way to what this one tells
     settings.beginGroup(QStringLiteral("NewProject"));
+    const bool bAxisGiven = settings.contains(QStringLiteral("RotationAxis"));  // before there was a choice
+    if (settings.value(QStringLiteral("GivesAxis"), bAxisGiven).toBool())
+        m_pAxisRadio->setChecked(true);
     for (const StoredRadio& stored : storedRadios(*this))  // first: the boxes out of use show what follows
         if (settings.value(stored.strKey).toBool())
             stored.pRadio->setChecked(true);
@@ -148,6 +164,7 @@ void NewProjectDialog::readSettings(QSettings& settings)
             stored.pSpin->setValue(dfValue);
     }
     settings.endGroup();
+    m_bFilling = false;
     refresh();
 }
 
@@ -217,6 +234,7 @@ NewProject NewProjectDialog::project() const
                            : pixelSizeFromCameraLength(m_pCameraLengthSpin->value(),
                                                        m_pDetectorPixelSpin->value(), made.dfWavelength);
     made.dfRotationAxis = m_pRotationAxisSpin->value();
+    made.bAxisKnown = m_pAxisRadio->isChecked();
     made.dfStretchAmplitude = m_pStretchAmplitudeSpin->value();
     made.dfStretchAzimuth = m_pStretchAzimuthSpin->value();
     made.distortion = m_pLensDistortion->distortion();
@@ -256,6 +274,8 @@ QString NewProjectDialog::problem() const
 
 void NewProjectDialog::refresh()
 {
+    if (m_bFilling)
+        return;  // once, when all is filled in
     m_pTiltStepSpin->setEnabled(m_pStepRadio->isChecked());
     m_pTiltEndSpin->setEnabled(m_pEndRadio->isChecked());
     m_pVoltageSpin->setEnabled(m_pVoltageRadio->isChecked());
@@ -279,6 +299,8 @@ void NewProjectDialog::refresh()
 
     if (m_pListRadio->isChecked())
         m_pTiltLabel->setText(tiltText(made.tilts.listOverall));
+    showFacts();
+    showPreview();
     const QString strProblem = problem();
     m_pProblemLabel->setText(strProblem);
     m_pButtons->button(QDialogButtonBox::Ok)->setEnabled(strProblem.isEmpty());

@@ -3,13 +3,17 @@
 
 #include "dataset/newproject.h"
 #include "frames/framesummary.h"
+#include "window/backgroundjob.h"
 
 #include <QDialog>
+#include <QMap>
+#include <QSet>
 #include <QTimer>
 
 class QComboBox;
 class QDialogButtonBox;
 class QDoubleSpinBox;
+class QGridLayout;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -22,10 +26,14 @@ class QSpinBox;
 
 namespace tessera {
 
+class FactLabel;
+class FramePreview;
 class LensDistortionBox;
 
-/// Says under its controls what is still missing, and can be accepted when nothing is. Accepting writes the
-/// file; the dialog stays when that fails or when the user does not want a former file replaced.
+/// What the frames and texts beside them tell is read in the background and fills the fields that the user
+/// has not touched; beside each field stands what was read and where. Says under its controls what is still
+/// missing, and can be accepted when nothing is. Accepting writes the file; the dialog stays when that fails
+/// or when the user does not want a former file replaced.
 ///
 /// All controls are public: there is no other way in or out.
 class NewProjectDialog : public QDialog {
@@ -61,6 +69,15 @@ public:
     QPushButton* m_pSortButton = nullptr;       ///< sorts by name
     QLabel* m_pFrameLabel = nullptr;            ///< count, size and format
 
+    FramePreview* m_pPreview = nullptr;           ///< a frame with beam and axis
+    QSpinBox* m_pPreviewSpin = nullptr;           ///< which one, from 1
+    QPushButton* m_pOtherFrameButton = nullptr;   ///< goes on by a fifth of the series
+    QLabel* m_pBeamLabel = nullptr;               ///< where the beam was found, and where it is told
+    QLabel* m_pFactsLabel = nullptr;              ///< what else the headers tell, or how far they are read
+    QPushButton* m_pStopFactsButton = nullptr;    ///< has the reading stopped; hidden when it is done
+    QPlainTextEdit* m_pDoubtText = nullptr;       ///< what is doubtful of it; hidden when nothing is
+    QMap<QDoubleSpinBox*, FactLabel*> m_mapFact;  ///< what was read, beside the fields
+
     QRadioButton* m_pStepRadio = nullptr;        ///< tilts by start and step
     QRadioButton* m_pEndRadio = nullptr;         ///< tilts by start and end
     QRadioButton* m_pListRadio = nullptr;        ///< tilts by a list
@@ -81,6 +98,8 @@ public:
     QDoubleSpinBox* m_pPixelSizeSpin = nullptr;         ///< Å⁻¹
     QDoubleSpinBox* m_pCameraLengthSpin = nullptr;      ///< mm
     QDoubleSpinBox* m_pDetectorPixelSpin = nullptr;     ///< µm
+    QRadioButton* m_pAxisRadio = nullptr;               ///< the axis as it is given
+    QRadioButton* m_pFindAxisRadio = nullptr;           ///< the project has none: it is found from the peaks
     QDoubleSpinBox* m_pRotationAxisSpin = nullptr;      ///< degrees
     QComboBox* m_pRotationCombo = nullptr;              ///< its data: RotationKind
     QDoubleSpinBox* m_pPrecessionSpin = nullptr;        ///< degrees, half opening of the cone
@@ -100,6 +119,8 @@ protected:
 
 private:
     QWidget* makeFrames();
+    QWidget* makePreview();
+    void addFactRow(QGridLayout* pGrid, QWidget* pLabel, QDoubleSpinBox* pSpin);
     QGroupBox* makeTilts();
     QGroupBox* makeWavelength();
     QGroupBox* makePixelSize();
@@ -120,6 +141,17 @@ private:
     void moveSelected(int nStep);
     void framesChanged();
     void selectionChanged();
+    void connectFacts();
+    void touched(const QWidget* pControl);
+    bool isTouched(const QWidget* pControl) const;
+    void gatherFacts();
+    void takeFacts(const SeriesFacts& facts);
+    void fillFields();
+    void fillTilts();
+    ToldNumber toldFor(const QDoubleSpinBox* pSpin) const;
+    void showFacts();
+    void lookAtPreview();
+    void showPreview();
     /// Shows what follows from the rest, and what is missing.
     void refresh();
     RotationMode rotation() const;
@@ -130,8 +162,13 @@ private:
     QTimer m_timerMoved;
     QString m_strFirstFrame;  ///< the one that the next two tell of
     FrameSummary m_firstFrame;
-    QString m_strFirstFrameError;  ///< empty if it can be read
-    bool m_bFileTyped = false;     ///< the user's own name, which new frames leave as it is
+    QString m_strFirstFrameError;       ///< empty if it can be read
+    SeriesFacts m_facts;                ///< of the frames in the list, as soon as they are read
+    bool m_bFilling = false;            ///< what changes now is not the user's doing
+    QSet<const QWidget*> m_setTouched;  ///< the groups whose controls are the user's own
+    BackgroundJob m_jobFacts;
+    BackgroundJob m_jobLook;
+    bool m_bFileTyped = false;  ///< the user's own name, which new frames leave as it is
 };
 
 }  // namespace tessera

@@ -1,6 +1,8 @@
 // NewProjectDialog: its controls.
 #include "window/newprojectdialog.h"
 
+#include "window/factlabel.h"
+#include "window/framepreview.h"
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/pagecontrols.h"
@@ -38,6 +40,48 @@ void addRow(QGridLayout* pGrid, QWidget* pLabel, QWidget* pControl)
 }
 
 }  // namespace
+
+// The same with what was read behind it.
+void NewProjectDialog::addFactRow(QGridLayout* pGrid, QWidget* pLabel, QDoubleSpinBox* pSpin)
+{
+    const int nRow = pGrid->rowCount();
+    m_mapFact[pSpin] = new FactLabel(pSpin->parentWidget());
+    pGrid->addWidget(pLabel, nRow, 0);
+    pGrid->addWidget(pSpin, nRow, 1);
+    pGrid->addWidget(m_mapFact[pSpin], nRow, 2);
+    pGrid->setColumnStretch(1, 2);
+    pGrid->setColumnStretch(2, 3);
+}
+
+QWidget* NewProjectDialog::makePreview()
+{
+    auto* pGroup = new QGroupBox(tr("Preview"), this);
+    m_pPreview = new FramePreview(pGroup);
+    m_pPreviewSpin = makeIntSpin(pGroup, 1, 1, 1, 1);
+    m_pPreviewSpin->setPrefix(tr("Frame "));
+    m_pOtherFrameButton = new QPushButton(tr("Another Frame"), pGroup);
+    m_pOtherFrameButton->setAutoDefault(false);
+    m_pBeamLabel = new QLabel(pGroup);
+    m_pBeamLabel->setTextFormat(Qt::PlainText);
+    m_pBeamLabel->setWordWrap(true);
+    explainArea(
+        m_pPreview,
+        tr("A frame as it is read, row 0 on top. Green cross: the direct beam as found; orange ring: as "
+           "the header tells it. Dashed line: the rotation axis, with the head at the end that its "
+           "angle points to. The spots should lie symmetrically to the axis' normal through the beam "
+           "over the series, and move across it from frame to frame."));
+    explain(m_pPreviewSpin, tr("The frame that is shown."));
+    explain(m_pOtherFrameButton, tr("Shows a frame that lies a fifth of the series further on."));
+    auto* pRow = new QHBoxLayout;
+    pRow->addWidget(m_pPreviewSpin);
+    pRow->addWidget(m_pOtherFrameButton);
+    pRow->addStretch(1);
+    auto* pLayout = new QVBoxLayout(pGroup);
+    pLayout->addWidget(m_pPreview, 1);
+    pLayout->addLayout(pRow);
+    pLayout->addWidget(m_pBeamLabel);
+    return pGroup;
+}
 
 QWidget* NewProjectDialog::makeFrames()
 {
@@ -77,10 +121,22 @@ QWidget* NewProjectDialog::makeFrames()
     m_pFrameLabel = new QLabel(pGroup);
     m_pFrameLabel->setWordWrap(true);
     m_pFrameLabel->setTextFormat(Qt::PlainText);
+    m_pFactsLabel = new QLabel(pGroup);
+    m_pFactsLabel->setWordWrap(true);
+    m_pFactsLabel->setTextFormat(Qt::PlainText);
+    m_pStopFactsButton = new QPushButton(tr("Stop Reading"), pGroup);
+    m_pStopFactsButton->setAutoDefault(false);
+    m_pStopFactsButton->hide();
+    explain(m_pStopFactsButton,
+            tr("Has the reading of the headers stopped. What they tell is then typed in."));
+    auto* pFacts = new QHBoxLayout;
+    pFacts->addWidget(m_pFactsLabel, 1);
+    pFacts->addWidget(m_pStopFactsButton);
     auto* pLayout = new QVBoxLayout(pGroup);
     pLayout->addLayout(pButtons);
     pLayout->addWidget(m_pFrameList, 1);
     pLayout->addWidget(m_pFrameLabel);
+    pLayout->addLayout(pFacts);
     return pGroup;
 }
 
@@ -117,9 +173,9 @@ QGroupBox* NewProjectDialog::makeTilts()
     auto* pEven = new QWidget(pGroup);
     auto* pGrid = new QGridLayout(pEven);
     pGrid->setContentsMargins(0, 0, 0, 0);
-    addRow(pGrid, new QLabel(tr("First Frame"), pGroup), m_pTiltStartSpin);
-    addRow(pGrid, new QLabel(tr("Step"), pGroup), m_pTiltStepSpin);
-    addRow(pGrid, new QLabel(tr("Last Frame"), pGroup), m_pTiltEndSpin);
+    addFactRow(pGrid, new QLabel(tr("First Frame"), pGroup), m_pTiltStartSpin);
+    addFactRow(pGrid, new QLabel(tr("Step"), pGroup), m_pTiltStepSpin);
+    addFactRow(pGrid, new QLabel(tr("Last Frame"), pGroup), m_pTiltEndSpin);
     addRow(pGrid, new QLabel(tr("Beam Tilts per Stage Step"), pGroup), m_pBeamTiltSpin);
 
     auto* pList = new QWidget(pGroup);
@@ -169,8 +225,8 @@ QGroupBox* NewProjectDialog::makeWavelength()
     explain(m_pVoltageRadio, tr("The wavelength follows from the accelerating voltage."));
     explain(m_pWavelengthRadio, tr("The wavelength is typed in."));
     auto* pGrid = new QGridLayout(pGroup);
-    addRow(pGrid, m_pVoltageRadio, m_pVoltageSpin);
-    addRow(pGrid, m_pWavelengthRadio, m_pWavelengthSpin);
+    addFactRow(pGrid, m_pVoltageRadio, m_pVoltageSpin);
+    addFactRow(pGrid, m_pWavelengthRadio, m_pWavelengthSpin);
     return pGroup;
 }
 
@@ -195,9 +251,9 @@ QGroupBox* NewProjectDialog::makePixelSize()
     explain(m_pPixelSizeRadio, tr("The pixel size is typed in."));
     explain(m_pCameraRadio, tr("The pixel size follows from camera length, detector pixel and wavelength."));
     auto* pGrid = new QGridLayout(pGroup);
-    addRow(pGrid, m_pPixelSizeRadio, m_pPixelSizeSpin);
-    addRow(pGrid, m_pCameraRadio, m_pCameraLengthSpin);
-    addRow(pGrid, new QLabel(tr("Detector Pixel"), pGroup), m_pDetectorPixelSpin);
+    addFactRow(pGrid, m_pPixelSizeRadio, m_pPixelSizeSpin);
+    addFactRow(pGrid, m_pCameraRadio, m_pCameraLengthSpin);
+    addFactRow(pGrid, new QLabel(tr("Detector Pixel"), pGroup), m_pDetectorPixelSpin);
     return pGroup;
 }
 
@@ -225,7 +281,16 @@ QGroupBox* NewProjectDialog::makeDirections()
             tr("Direction along which the distorted pattern is longer, degrees "
                "counter-clockwise from the right. Without meaning if the amplitude is 0."));
     auto* pGrid = new QGridLayout(pGroup);
-    addRow(pGrid, new QLabel(tr("Rotation Axis At"), pGroup), m_pRotationAxisSpin);
+    m_pAxisRadio = new QRadioButton(tr("Rotation Axis At"), pGroup);
+    m_pFindAxisRadio = new QRadioButton(tr("Find it from the peaks"), pGroup);
+    m_pFindAxisRadio->setChecked(true);
+    explain(m_pAxisRadio, tr("The direction of the axis is given here; the preview shows it."));
+    explain(
+        m_pFindAxisRadio,
+        tr("The project names no axis: it is found from the peaks after the hunt, with its sense, by "
+           "\"Test Rotation Axis\" or by the driver. No format tells the axis so that its sense is sure."));
+    addFactRow(pGrid, m_pAxisRadio, m_pRotationAxisSpin);
+    pGrid->addWidget(m_pFindAxisRadio, pGrid->rowCount(), 0, 1, 3);
     addRow(pGrid, new QLabel(tr("Rotation"), pGroup), makeRotation(pGroup));
     addRow(pGrid, new QLabel(tr("Stretching Amplitude"), pGroup), m_pStretchAmplitudeSpin);
     addRow(pGrid, new QLabel(tr("Stretching Azimuth"), pGroup), m_pStretchAzimuthSpin);

@@ -30,6 +30,12 @@ QString pathOf(const QListWidgetItem* pItem)
     return pItem->data(Qt::UserRole).toString();
 }
 
+// By the content, or by the suffix where that says nothing.
+bool isFrameFile(const QString& strPath)
+{
+    return !frameFormatOf(strPath).listSuffix.isEmpty();
+}
+
 }  // namespace
 
 void NewProjectDialog::dragEnterEvent(QDragEnterEvent* pEvent)
@@ -80,10 +86,9 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
     sortFrames(listSorted);
     for (const QString& strPath : listPath) {
         const QFileInfo info(strPath);
-        const QStringList listFound = info.isDir() ? framesInFolder(strPath)
-                                      : frameSuffixes().contains(info.suffix().toLower())
-                                          ? QStringList(info.absoluteFilePath())
-                                          : QStringList();
+        const QStringList listFound = info.isDir()           ? framesInFolder(strPath)
+                                      : isFrameFile(strPath) ? framesOfFiles({info.absoluteFilePath()})
+                                                             : QStringList();
         for (const QString& strFile : listFound)
             if (!setKnown.contains(strFile)) {
                 setKnown.insert(strFile);
@@ -152,7 +157,7 @@ void NewProjectDialog::moveSelected(int nStep)
     m_pFrameList->scrollToItem(m_pFrameList->item(listRow.first() + nStep));
 }
 
-/// The first frame tells of the size of all and, if its header has them, of voltage and pixel size.
+/// The first frame tells of the size of all; what the headers of all tell is read in the background.
 void NewProjectDialog::framesChanged()
 {
     m_timerMoved.stop();
@@ -178,14 +183,11 @@ void NewProjectDialog::framesChanged()
     if (m_firstFrame.dfPixelSize > 0)
         strText += tr(", %1 Å⁻¹ per pixel").arg(m_firstFrame.dfPixelSize);
     m_pFrameLabel->setText(strText + QLatin1Char('.'));
-    if (bOther && m_firstFrame.dfKilovolts > 0) {
-        m_pVoltageRadio->setChecked(true);
-        m_pVoltageSpin->setValue(m_firstFrame.dfKilovolts);
-    }
-    if (bOther && m_firstFrame.dfPixelSize > 0) {
-        m_pPixelSizeRadio->setChecked(true);
-        m_pPixelSizeSpin->setValue(m_firstFrame.dfPixelSize);
-    }
+    if (listFile.isEmpty())
+        m_setTouched.clear();
+    gatherFacts();
+    if (bOther)
+        lookAtPreview();
     if (!m_bFileTyped)
         m_pFileEdit->setText(QDir::toNativeSeparators(proposedProjectFile(listFile)));
     selectionChanged();
