@@ -101,7 +101,7 @@ bool isOwnText(const QString& strName, const QSet<QString>& setBase)
 bool isOwnSummary(const QByteArray& bytesText)
 {
     const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
-    return object.contains(QStringLiteral("end")) || object.contains(QStringLiteral("lastStage"));
+    return object.contains(QStringLiteral("reached")) || object.contains(QStringLiteral("judgement"));
 }
 
 }  // namespace

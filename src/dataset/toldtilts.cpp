@@ -81,7 +81,7 @@ ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<d
     const FrameHeader& first = vecHeader.front();
     QList<double> listHalf = halfWays(listStart);
     const double dfStep = medianOfSteps(listStart);
-    QString strHow = QStringLiteral("the middle between a start and the next");
+    QString strHow = QStringLiteral("%1, the middle to the next").arg(first.tiltStart.strSource);
     if (!listWidth.isEmpty() && std::abs(listWidth.first()) > SAME_TILT) {
         const double dfWidth = listWidth[listWidth.size() / 2];
         const bool bAgainst = listStart.size() > 1 && dfWidth * dfStep < 0;
@@ -96,14 +96,14 @@ ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<d
             for (int i = 0; i < listHalf.size(); ++i) {
                 listHalf[i] = listWidth[i] / 2;
             }
-            strHow = QStringLiteral("half of %1 added").arg(first.tiltStep.strSource);
+            strHow = QStringLiteral("%1 + %2 / 2").arg(first.tiltStart.strSource, first.tiltStep.strSource);
         }
     }
     ToldTilts tilts;
     for (int i = 0; i < listStart.size(); ++i) {
         tilts.list.append(listStart[i] + listHalf[i]);
     }
-    tilts.strSource = QStringLiteral("%1, %2").arg(first.tiltStart.strSource, strHow);
+    tilts.strSource = strHow;
     return tilts;
 }
 

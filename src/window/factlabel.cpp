@@ -23,13 +23,13 @@ void FactLabel::setFact(const QString& strText)
 
 QSize FactLabel::minimumSizeHint() const
 {
-    return {fontMetrics().averageCharWidth() * 22, fontMetrics().height()};
+    return {fontMetrics().averageCharWidth() * 28, fontMetrics().height()};
 }
 
 void FactLabel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+    painter.setPen(palette().color(QPalette::Active, QPalette::PlaceholderText));
     painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter,
                      fontMetrics().elidedText(m_strText, Qt::ElideRight, width()));
 }

@@ -2,13 +2,15 @@
 
 #include "dataset/dataset.h"
 #include "frames/autoregion.h"
+#include "frames/badpixels.h"
 #include "frames/directbeamfit.h"
 #include "frames/frameloader.h"
-#include "imaging/contrast.h"
 #include "records/whatwasthrown.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace tessera {
 
@@ -34,13 +36,35 @@ private:
     const std::atomic<bool>& m_bStop;
 };
 
+/// From the background, which stays black, to where one pixel in five hundred is white: those of a beam with
+/// its overflows do not count.
+std::pair<double, double> contrastOf(const CImgObj<float>& image)
+{
+    constexpr size_t SAMPLES = 200000;
+    const size_t nPixels = size_t(image.Width()) * size_t(image.Height());
+    std::vector<float> vec;
+    for (size_t i = 0; i < nPixels; i += 1 + nPixels / SAMPLES) {
+        if (isUsablePixel(image.Data()[i])) {
+            vec.push_back(image.Data()[i]);
+        }
+    }
+    if (vec.empty()) {
+        return {0, 1};
+    }
+    const auto quantile = [&vec](double dfShare) {
+        const auto it = vec.begin() + std::ptrdiff_t(dfShare * double(vec.size() - 1));
+        std::nth_element(vec.begin(), it, vec.end());
+        return double(*it);
+    };
+    return {quantile(0.5), quantile(0.998)};
+}
+
 /// Bright where any pixel of what becomes one is: spots are small.
 QImage shownImage(const CImgObj<float>& image)
 {
     const int nWidth = image.Width(), nHeight = image.Height();
     const int nBlock = std::max(1, (std::max(nWidth, nHeight) + SHOWN_SIDE - 1) / SHOWN_SIDE);
-    double dfLow = 0, dfHigh = 1;
-    autoContrastLimits(image.Data(), nWidth * nHeight, &dfLow, &dfHigh);
+    const auto [dfLow, dfHigh] = contrastOf(image);
     const double dfRange = std::max(dfHigh - dfLow, 1e-30);
     QImage shown((nWidth + nBlock - 1) / nBlock, (nHeight + nBlock - 1) / nBlock, QImage::Format_Grayscale8);
     for (int y = 0; y < shown.height(); ++y) {

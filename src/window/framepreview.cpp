@@ -54,9 +54,9 @@ void FramePreview::setAxis(const std::optional<double>& dfAxis)
 void FramePreview::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::black);
+    painter.fillRect(rect(), palette().color(QPalette::Mid));
     if (m_look.image.isNull()) {
-        painter.setPen(Qt::lightGray);
+        painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap,
                          m_look.strProblem);
         return;

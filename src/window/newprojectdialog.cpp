@@ -102,10 +102,8 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     setWindowTitle(tr("New Project"));
     setAcceptDrops(true);
     auto* pColumns = new QHBoxLayout;
-    auto* pLeft = new QVBoxLayout;
-    pLeft->addWidget(makeFrames(), 2);
-    pLeft->addWidget(makePreview(), 3);
-    pColumns->addLayout(pLeft, 1);
+    pColumns->addWidget(makeFrames(), 1);
+    pColumns->addWidget(makePreview(), 3);
     auto* pRight = new QVBoxLayout;
     pRight->addWidget(makeTilts());
     pRight->addWidget(makeWavelength());
@@ -113,15 +111,8 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     pRight->addWidget(makeDirections());
     m_pLensDistortion = new LensDistortionBox(this);
     pRight->addWidget(m_pLensDistortion);
-    m_pDoubtText = new QPlainTextEdit(this);
-    m_pDoubtText->setReadOnly(true);
-    m_pDoubtText->setMaximumHeight(4 * fontMetrics().lineSpacing());
-    m_pDoubtText->hide();
-    explain(m_pDoubtText, tr("What of the headers and texts beside the frames was guessed, and what in them "
-                             "contradicts itself."));
-    pRight->addWidget(m_pDoubtText);
     pRight->addStretch(1);
-    pColumns->addLayout(pRight, 1);
+    pColumns->addLayout(pRight, 5);
 
     m_pProblemLabel = new QLabel(this);
     m_pProblemLabel->setWordWrap(true);
@@ -132,6 +123,7 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
         static_cast<QPushButton*>(pButton)->setAutoDefault(false);
     explain(m_pButtons->button(QDialogButtonBox::Ok), tr("Writes the project file and opens it."));
     explain(m_pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; no file is written."));
+    resize(1240, 740);  // with room for a frame of the window system on 1280 x 800
     auto* pLayout = new QVBoxLayout(this);
     pLayout->addLayout(pColumns, 1);
     pLayout->addWidget(makeFile());

@@ -45,6 +45,7 @@ void addRow(QGridLayout* pGrid, QWidget* pLabel, QWidget* pControl)
 void NewProjectDialog::addFactRow(QGridLayout* pGrid, QWidget* pLabel, QDoubleSpinBox* pSpin)
 {
     const int nRow = pGrid->rowCount();
+    pGrid->setVerticalSpacing(4);
     m_mapFact[pSpin] = new FactLabel(pSpin->parentWidget());
     pGrid->addWidget(pLabel, nRow, 0);
     pGrid->addWidget(pSpin, nRow, 1);
@@ -76,10 +77,17 @@ QWidget* NewProjectDialog::makePreview()
     pRow->addWidget(m_pPreviewSpin);
     pRow->addWidget(m_pOtherFrameButton);
     pRow->addStretch(1);
+    m_pDoubtText = new QPlainTextEdit(pGroup);
+    m_pDoubtText->setReadOnly(true);
+    m_pDoubtText->setMaximumHeight(8 * fontMetrics().lineSpacing());
+    m_pDoubtText->hide();
+    explain(m_pDoubtText, tr("What of the headers and texts beside the frames was guessed, and what in them "
+                             "contradicts itself."));
     auto* pLayout = new QVBoxLayout(pGroup);
-    pLayout->addWidget(m_pPreview, 1);
+    pLayout->addWidget(m_pPreview, 3);
     pLayout->addLayout(pRow);
     pLayout->addWidget(m_pBeamLabel);
+    pLayout->addWidget(m_pDoubtText, 1);
     return pGroup;
 }
 
@@ -90,7 +98,7 @@ QWidget* NewProjectDialog::makeFrames()
     m_pFrameList->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_pFrameList->setDragDropMode(QAbstractItemView::InternalMove);
     m_pFrameList->setTextElideMode(Qt::ElideLeft);
-    m_pFrameList->setMinimumWidth(280);
+    m_pFrameList->setMinimumWidth(240);
     explain(m_pFrameList,
             tr("The frames of the series, in the order in which they were taken. Drop files or a "
                "folder here; drag rows to another place; Del removes them."));
@@ -322,7 +330,7 @@ QWidget* NewProjectDialog::makeRotation(QWidget* pParent)
 
 QWidget* NewProjectDialog::makeFile()
 {
-    auto* pGroup = new QGroupBox(tr("Project File"), this);
+    auto* pGroup = new QWidget(this);
     m_pFileEdit = new QLineEdit(pGroup);
     m_pBrowseButton = new QPushButton(tr("Browse..."), pGroup);
     m_pBrowseButton->setAutoDefault(false);
@@ -331,6 +339,8 @@ QWidget* NewProjectDialog::makeFile()
                "frames, which it names relative to its own folder."));
     explain(m_pBrowseButton, tr("Chooses folder and name of the project file."));
     auto* pLayout = new QHBoxLayout(pGroup);
+    pLayout->setContentsMargins(0, 0, 0, 0);
+    pLayout->addWidget(new QLabel(tr("Project File"), pGroup));
     pLayout->addWidget(m_pFileEdit, 1);
     pLayout->addWidget(m_pBrowseButton);
     return pGroup;

@@ -247,10 +247,11 @@ void NewProjectDialog::showFacts()
         QString strText = bFrames ? tr("not told") : QString();
         if (told.isTold()) {
             const bool bAxis = it.key() == m_pRotationAxisSpin;
-            const QString strHow = isDoubtful(told, m_facts.listDoubt) && !bAxis ? tr("guessed") : tr("told");
-            strText = isShown(it.key(), told.df)
-                          ? tr("%1: %2").arg(strHow, told.strSource)
-                          : tr("%1 %2: %3").arg(strHow, numberText(told.df), told.strSource);
+            const QString strHow = isDoubtful(told, m_facts.listDoubt) && !bAxis ? tr("guessed: ")
+                                                                                 : QString();
+            strText = strHow + (isShown(it.key(), told.df)
+                                    ? told.strSource
+                                    : tr("%1: %2").arg(told.strSource, numberText(told.df)));
             if (bAxis) {
                 strText = tr("sense not certain; %1").arg(strText);
             }

@@ -55,8 +55,8 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
                             "Tilts -20° to 19°", "f.ed3d"})
         EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(pch))) << pch;
     const QJsonObject summary = QJsonDocument::fromJson(readBytes(strJson)).object();
-    const QJsonObject cell = summary["cell"].toObject();
-    std::vector<double> vecEdge = {cell["a"].toDouble(), cell["b"].toDouble(), cell["c"].toDouble()};
+    const QJsonArray cell = summary["cell"].toObject()["parameters"].toArray();
+    std::vector<double> vecEdge = {cell[0].toDouble(), cell[1].toDouble(), cell[2].toDouble()};
     std::sort(vecEdge.begin(), vecEdge.end());
     EXPECT_NEAR(vecEdge[0], 4.913, 0.05) << readBytes(strJson).left(3000).toStdString();
     EXPECT_NEAR(vecEdge[2], 5.405, 0.05);

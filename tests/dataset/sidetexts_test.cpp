@@ -97,7 +97,7 @@ TEST(SideTexts, WhatWasWrittenHereIsNoneOfThem)
     QTemporaryDir dir;
     for (const char* pch : {"f.log", "w_truth.json", "hotpixels.txt", "shifts.txt", "f_pos.txt"})
         writeBytes(dir.filePath(pch), "Camera length: 400 mm\n");
-    writeBytes(dir.filePath("summary.json"), "{\"lastStage\": \"index\", \"wavelength\": 0.02}");
+    writeBytes(dir.filePath("summary.json"), "{\"reached\": true, \"wavelength\": 0.02}");
     writeBytes(dir.filePath("long.txt"), QByteArray(1000001, ' ') + "\nWavelength: 0.025\n");
     writeBytes(dir.filePath("f.img"), "x");
     const SideTexts texts = readSideTexts({dir.filePath("f.img")});
