@@ -122,9 +122,10 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
 QList<NumberOption> numberOptions(RoadOptions& o)
 {
     const QList<NumberOption> listTilt = {
-        {"tilt-start", "degrees", "images only: tilt of the first frame; default 0", -360, 360,
-         AutoValue::NotAllowed, into(o.dfTiltStart)},
-        {"tilt-step", "degrees", "images only: tilt from frame to frame; default 0.1", -360, 360,
+        {"tilt-start", "degrees", "images only: tilt of the first frame; default: as the frames tell, else 0",
+         -360, 360, AutoValue::NotAllowed, into(o.dfTiltStart)},
+        {"tilt-step", "degrees",
+         "images only: tilt from frame to frame; default: as the frames tell, else 0.1", -360, 360,
          AutoValue::NotAllowed, into(o.dfTiltStep)}};
     const QList<NumberOption> listIntegrate = {
         {"d-min", "Å", "integrate to this resolution; default auto, as far as reflections are seen", 0.1, 100,

@@ -1,11 +1,18 @@
 // A first-run user: a project made from frames, the guide, and a text for every control.
 #include "dataset/projectfile.h"
+#include "tests/smvbytes.h"
 #include "tests/window/windowtest.h"
+#include "window/factlabel.h"
+#include "window/framepreview.h"
 #include "window/guidewindow.h"
 #include "window/knowncelldialog.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/suggestiondialog.h"
+
+#include <QtEndian>
+
+#include <cmath>
 
 namespace tessera {
 
@@ -161,6 +168,57 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
     });
     ASSERT_TRUE(made.read(strFile));
     EXPECT_NEAR(made.overallTilts()[1], -2.65, 1e-9);
+}
+
+TEST_F(FirstRun, FieldsAreFilledFromWhatTheFramesTell)
+{
+    // A beam at (20, 30) on frames of 64 × 48 pixels.
+    QByteArray bytesPixel(2 * 64 * 48, '\0');
+    for (int y = 0; y < 48; ++y)
+        for (int x = 0; x < 64; ++x) {
+            const double dfSquare = (x - 20) * (x - 20) + (y - 30) * (y - 30);
+            const auto nCounts = quint16(10 + (x * 7 + y * 3) % 5 + 2000 * std::exp(-dfSquare / 8));
+            qToLittleEndian(nCounts, bytesPixel.data() + 2 * (64 * y + x));
+        }
+    for (int i = 0; i < 12; ++i)
+        write(QString("c_%1.img").arg(i + 1),
+              smvBytes(smvLines(-10 - 0.5 * i, -0.5, 0.05, 400), 64, 48, bytesPixel));
+    write("scan_log.txt", "Rotation axis: -30 deg\nCamera length: 500 mm\n");
+
+    NewProjectDialog dialog(m_dir.path());
+    const auto fact = [&dialog](QDoubleSpinBox* pSpin) { return dialog.m_mapFact.value(pSpin)->fact(); };
+    dialog.m_pStretchAmplitudeSpin->setValue(1);  // the user's own group
+    dialog.addFrames({m_dir.path()});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.m_pStopFactsButton->isHidden(); }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.m_pPreview->look().image.isNull(); }, 20000));
+    EXPECT_EQ(dialog.m_pTiltStartSpin->value(), -10.25);
+    EXPECT_EQ(dialog.m_pTiltStepSpin->value(), -0.5);
+    EXPECT_EQ(fact(dialog.m_pTiltStartSpin), QString("OSC_START + OSC_RANGE / 2"));
+    EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 400) << "the header counts before the log";
+    EXPECT_EQ(dialog.m_pDetectorPixelSpin->value(), 50);
+    EXPECT_NEAR(dialog.project().dfWavelength, 0.02508, 1e-5);
+    EXPECT_NEAR(dialog.project().dfPixelSize, 0.05 / (0.02508 * 400), 1e-6);
+    EXPECT_EQ(dialog.m_pProblemLabel->text(), QString());
+    EXPECT_FALSE(dialog.project().bAxisKnown) << "the sense of a told axis is not certain";
+    EXPECT_TRUE(fact(dialog.m_pRotationAxisSpin).contains("sense not certain"))
+        << fact(dialog.m_pRotationAxisSpin).toStdString();
+    ASSERT_TRUE(dialog.m_pPreview->look().ptBeam);
+    EXPECT_NEAR(dialog.m_pPreview->look().ptBeam->x(), 20, 0.5);
+    EXPECT_NEAR(dialog.m_pPreview->look().ptBeam->y(), 30, 0.5);
+
+    // What the user gives stays, and is set against what was read.
+    dialog.m_pRotationAxisSpin->setValue(45);
+    EXPECT_TRUE(dialog.project().bAxisKnown);
+    EXPECT_EQ(dialog.m_pPreview->axis(), 45);
+    dialog.m_pCameraLengthSpin->setValue(444);
+    write("c_13.img", smvBytes(smvLines(-16, -0.5, 0.05, 400), 64, 48, bytesPixel));
+    dialog.addFrames({m_dir.path()});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.m_pStopFactsButton->isHidden(); }, 20000));
+    EXPECT_EQ(dialog.project().listFrame.size(), 13);
+    EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 444);
+    EXPECT_TRUE(fact(dialog.m_pCameraLengthSpin).contains("DISTANCE: 400"))
+        << fact(dialog.m_pCameraLengthSpin).toStdString();
+    EXPECT_EQ(dialog.m_pRotationAxisSpin->value(), 45);
 }
 
 TEST_F(FirstRun, GuideOpensAtThePageInFront)
