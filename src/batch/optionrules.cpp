@@ -127,8 +127,12 @@ QString whatImagesLack(const RoadOptions& o)
     const QString strProject = listProject.isEmpty()
                                    ? QString()
                                    : QStringLiteral(" such as ") + dir.filePath(listProject.first());
-    return QStringLiteral("the images do not tell %1: give %2, or a project%3")
-        .arg(joined(listLacking), joined(listOption), strProject);
+    QString strText = QStringLiteral("the images do not tell %1: give %2, or a project%3")
+                          .arg(joined(listLacking), joined(listOption), strProject);
+    for (const QString& strDoubt : facts.listDoubt) {  // one of them may say why
+        strText += QStringLiteral("\n  ") + strDoubt;
+    }
+    return strText;
 }
 
 }  // namespace tessera

@@ -191,6 +191,7 @@ void settleWavelength(SeriesFacts& facts)
                      QString::number(facts.kilovolts.df), QString::number(dfOfVoltage, 'g', 5)));
         return;
     }
+    facts.bOfVoltage = true;
     wavelength = {
         dfOfVoltage,
         QStringLiteral("%1, %2 kV").arg(facts.kilovolts.strSource, QString::number(facts.kilovolts.df))};

@@ -207,6 +207,10 @@ void NewProjectDialog::fillTilts()
         m_pStepRadio->setChecked(true);
         m_pTiltStartSpin->setValue(listTilt.first());
         m_pTiltStepSpin->setValue(listTilt.size() > 1 ? stepOf(listTilt) : 0);
+        // A step that the field rounds would add up over the series.
+        m_pTiltEndSpin->setValue(listTilt.last());
+        const double dfEnd = m_pTiltStartSpin->value() + m_pTiltStepSpin->value() * (listTilt.size() - 1);
+        m_pEndRadio->setChecked(listTilt.size() > 1 && !isShown(m_pTiltEndSpin, dfEnd));
         return;
     }
     QStringList listLine;

@@ -200,6 +200,7 @@ TEST_F(SeriesFolder, TextsTellWhatHeadersDoNot)
     EXPECT_EQ(facts.tilts.list.value(9), 2.75);
     EXPECT_EQ(facts.cameraLength.strSource, QString("scan_log.txt: Camera length"));
     EXPECT_EQ(facts.wavelength.df, electronWavelength(200));
+    EXPECT_TRUE(facts.bOfVoltage && facts.bOfCameraLength);
     EXPECT_NEAR(facts.pixelSize.df, 0.05 / (400 * electronWavelength(200)), 1e-12);
 }
 
