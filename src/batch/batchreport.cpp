@@ -1,6 +1,6 @@
 #include "batch/batchreport.h"
 
-#include <QRegularExpression>
+#include "road/roadlog.h"
 
 #include <unistd.h>
 
@@ -12,7 +12,6 @@ CBatchReport::CBatchReport(std::FILE* pOutput) : m_pOutput(pOutput), m_bTerminal
 void CBatchReport::addMessage(const QString& strText, Severity /*severity*/)
 {
     clearProgressLine();
-    m_strLog += strText + QLatin1Char('\n');
     const QByteArray bytes = (strText + QLatin1Char('\n')).toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_pOutput);
     std::fflush(m_pOutput);
@@ -20,13 +19,7 @@ void CBatchReport::addMessage(const QString& strText, Severity /*severity*/)
 
 void CBatchReport::addHtml(const QString& strHtml, Severity severity)
 {
-    // A terminal follows no links: the anchors go, with their text.
-    static const QRegularExpression anchor(QStringLiteral("<a [^>]*>.*?</a>"));
-    static const QRegularExpression tag(QStringLiteral("<[^>]*>"));
-    QString strText = strHtml;
-    strText.remove(anchor);
-    strText.remove(tag);
-    addMessage(strText.trimmed(), severity);
+    addMessage(textOfLogHtml(strHtml), severity);
 }
 
 void CBatchReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool)

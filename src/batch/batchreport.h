@@ -1,4 +1,4 @@
-// CBatchReport: the message log of a driver run, kept for its file and shown on the terminal.
+// CBatchReport: the message log of a driver run as it shows on the terminal.
 #pragma once
 
 #include "records/runreport.h"
@@ -22,13 +22,10 @@ public:
     void setProgress(int nValue) override;
     void endProgress() override;
 
-    const QString& log() const { return m_strLog; }
-
 private:
     void clearProgressLine();
 
     std::FILE* m_pOutput;
-    QString m_strLog;
     QString m_strFormat;
     int m_nMinimum = 0;
     int m_nMaximum = 0;

@@ -6,10 +6,10 @@
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
 #include "records/wholefile.h"
-#include "road/closinglines.h"
 #include "road/framesinput.h"
 #include "road/road.h"
 #include "road/roadjson.h"
+#include "road/roadlog.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -92,19 +92,14 @@ int runSeries(const BatchOptions& options)
     // Whoever reads the summary from the standard output wants nothing else there.
     CBatchReport report(isStandardOutput(options.strJsonFile) ? stderr : stdout);
     DataSet dataSet;
-    RoadState state(options.road, dataSet, report);
+    CRoadLog log(report);
+    RoadState state(options.road, dataSet, log);
     runRoad(state);
-    RoadResults& results = state.results;
-    for (const QString& strLine : closingLines(results)) {
-        report.addMessage(strLine);
+    const QString strUnwritten = endRoad(state, log);
+    if (!strUnwritten.isEmpty()) {
+        std::fprintf(stderr, "%s\n", strUnwritten.toUtf8().constData());
     }
-    if (state.bResultFolder) {
-        const QString strUnwritten = writeFile(fileOfProject(state.dataSet, ResultFile::Log),
-                                               report.log().toUtf8());
-        if (results.end.finished() && !strUnwritten.isEmpty()) {
-            results.end = {RunEnd::Failed, strUnwritten};
-        }
-    }
+    const RoadResults& results = state.results;
     if (!options.strJsonFile.isEmpty() &&
         !writeFile(options.strJsonFile, jsonBytes(roadSummary(results))).isEmpty()) {
         return 1;

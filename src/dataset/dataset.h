@@ -42,9 +42,10 @@ struct PeakMapping {
     bool operator!=(const PeakMapping& other) const { return !(*this == other); }  ///< the opposite
 };
 
-/// The state that runs hand to one another. Every run replaces its outputs whole and leaves what
-/// lies further down the road standing; counts of frames are checked where the data are used.
-struct DataSet {
+/// What is known of a series, without the images in memory: the state that runs hand to one another. Every
+/// run replaces its outputs whole and leaves what lies further down the road standing; counts of frames are
+/// checked where the data are used. A copy costs little, as it shares its lists until one of them changes.
+struct SeriesData {
     QString m_strProjectDir;   ///< folder of the project file; of image files their own; empty: no data set
     QString m_strProjectName;  ///< name of the project file, without folder and suffix
     QStringList m_listFrameFile;           ///< full path of each frame in series order
@@ -82,9 +83,16 @@ struct DataSet {
     QList<Peak3D> m_listReflectionIndexed;  ///< reflections that the last indexing left, with real indices
     QList<Vec3D> m_listCellIndexed;         ///< the cell that they were indexed with
     int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
-    ImageList m_vecFrameImage;              ///< images of the current frame
     MaskData m_maskPeakHunting;             ///< areas that the hunt leaves out
     CSpaceGroup m_spaceGroup;               ///< of the labels, the peak table and the statistics
+};
+
+/// A series with the frame in view.
+struct DataSet : SeriesData {
+    ImageList m_vecFrameImage;  ///< images of the current frame
+
+    /// Everything but these images, which stay as they are.
+    void takeSeries(const SeriesData& series) { static_cast<SeriesData&>(*this) = series; }
 };
 
 /// The basis of m_listCell; none without a cell in force.

@@ -98,6 +98,7 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
         }
         QElapsedTimer timer;
         timer.start();
+        state.tellStep({roadStageName(stage), false, {}});
         const StageResult end = runStage(stage, state);
         listTime.append({roadStageName(stage), secondsOf(timer)});
         judgeEnd(state, stage, end);
@@ -106,10 +107,14 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
             hintAtMisfit(state);
             listTime.append({QStringLiteral("hints"), secondsOf(timer)});
         }
-        if (!noteEnd(state.results, roadStageName(stage), end)) {
+        const bool bFinished = noteEnd(state.results, roadStageName(stage), end);
+        if (bFinished) {
+            state.results.lastStage = stage;
+        }
+        state.tellStep({roadStageName(stage), true, end});
+        if (!bFinished) {
             return false;
         }
-        state.results.lastStage = stage;
     }
     return true;
 }
@@ -124,6 +129,7 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         timer.start();
         roundToPages(state);
         state.report.beginPart(strKind);
+        state.tellStep({strKind, false, {}});
         // A volume in the frame of an axis that nobody told would be a wrong one.
         const bool bAxis = state.dataSet.m_bRotationAxisKnown || kind != ExportKind::Volume;
         if (!bAxis) {
@@ -132,11 +138,12 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         }
         const bool bDone = bAxis && writeExport(kind, exports, state.dataSet, state.report);
         listTime.append({strKind, secondsOf(timer)});
+        const StageResult end = bDone ? StageResult() : state.report.failed();
+        noteEnd(state.results, strKind, end);
         if (bDone) {
             listDone.append(strKind);
-        } else {
-            noteEnd(state.results, strKind, state.report.failed());
         }
+        state.tellStep({strKind, true, end});
     }
     if (!exports.listKind.isEmpty()) {
         state.results.listExported = listDone;
@@ -146,7 +153,11 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
 void walk(RoadState& state)
 {
     QList<PartTime> listTime;
-    const bool bOpened = noteEnd(state.results, QStringLiteral("open"), openSeries(state));
+    const QString strOpen = QStringLiteral("open");
+    state.tellStep({strOpen, false, {}});
+    const StageResult end = openSeries(state);
+    const bool bOpened = noteEnd(state.results, strOpen, end);
+    state.tellStep({strOpen, true, end});
     if (bOpened && (state.options.exports.bOnly || runStages(state, listTime))) {
         runExports(state, listTime);
     }

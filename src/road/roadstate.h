@@ -7,9 +7,12 @@
 #include "road/roadoptions.h"
 #include "road/roadreport.h"
 #include "road/roadresults.h"
+#include "road/roadstep.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 namespace tessera {
 
@@ -29,6 +32,15 @@ struct RoadState {
     QStringList listSideReason;  ///< what opening had to say of files that it could not use
     bool bResultFolder = false;  ///< the folder of the results is there, for the log as well
     RoadResults results;
+    /// Called as a part begins, and as it has ended, in the thread of the road; may look at all of the state.
+    std::function<void(const RoadStep&)> fnStep;
+
+    void tellStep(const RoadStep& step) const
+    {
+        if (fnStep) {
+            fnStep(step);
+        }
+    }
 };
 
 /// Makes the data set and all parameters what the pages of the window would hold.

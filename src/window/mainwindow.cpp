@@ -47,6 +47,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createActions();
     createControlDock();
     createOtherDocks();
+    createRoad();
     checkSettings();
     createMenus();  // after the docks, whose switches it shows
     createToolBar();

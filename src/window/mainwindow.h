@@ -9,9 +9,11 @@
 #include "lattice/latticebasis.h"
 #include "records/buttonstatus.h"
 #include "records/runparameters.h"
+#include "road/pagenumbers.h"
 #include "window/pages/parameterbindings.h"
 #include "window/reciprocal/latticecolors.h"
 #include "window/reciprocal/rawgroups.h"
+#include "window/road/roadrows.h"
 #include "window/rungate.h"
 
 #include <QColor>
@@ -60,6 +62,7 @@ class OriginalImgScene;
 class PeakSearchPage;
 class PeakTableView;
 class RefinementPage;
+class RoadDock;
 class ShiftPage;
 class TabWidget;
 class TextDataWidget;
@@ -68,6 +71,7 @@ struct FrameDefects;
 struct IndexingResult;
 struct LatticeLook;
 struct PositionRefinementOptions;
+struct RoadState;
 struct TiltRefinementOptions;
 class View3DPage;
 class WindowActions;
@@ -131,6 +135,18 @@ public slots:
     void toolBoxPageChanged(int nIndex);
     /// Shows a text in the status bar until the next one.
     void statusBarMessage(const QString& str);
+
+    // "Solve": src/window/road/mainwindow_road.cpp
+    /// Walks the road of the driver on the open project, from the frames to the intensities; without a
+    /// project asks for one first. During it: asks it to stop, which keeps what is done.
+    void solve();
+    /// The same from a stage on, with the numbers of the pages that were changed since; nothing without a
+    /// project.
+    void solveFrom(RoadStage stageFrom);
+    /// Goes to the view that shows the result of a row of the road.
+    void showRoadRow(RoadRowKind kind);
+    /// Goes to the page with its numbers.
+    void showRoadSettings(RoadRowKind kind);
 
     // Frame list and navigation: src/window/frames/mainwindow_framelist.cpp
     /// Makes a row per frame: name, stage tilt, beam tilt and overall tilt in degrees. Dialogs start in the
@@ -497,6 +513,13 @@ private:
     void createViews();
     void create3DView(ED3DWidget*& pView, const QString& strTab);
     void createPeakTable();
+    void createRoad();  // src/window/road/mainwindow_road.cpp
+    QString projectFile() const;
+    bool askForProject();
+    RoadOptions roadOptions(RoadStage stageFrom);
+    PageNumbers pageNumbers() const;
+    void takeRoadStep(const RoadStep& step, const RoadState& state);
+    void showRoadResult(const RoadStep& step, const RoadState& state);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void connectPages();
     void connect3DPage();
@@ -700,6 +723,9 @@ private:
     bool m_bRunning = false;         ///< a run on known peaks or the beam goes; cleared: it shall stop
     bool m_bHuntingRunning = false;  ///< the same of peak hunting
     bool m_bSearchingCell = false;   ///< the same of a search for the cell
+    bool m_bSolving = false;         ///< the same of the road
+    CRoadRows m_roadRows;
+    std::optional<PageNumbers> m_numbersLeft;  ///< that the last road left on the pages
     CRawGroups m_rawGroups;
     std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null
     CLatticeColors m_colorsRaw;
@@ -744,6 +770,7 @@ private:
     GeometryControl* m_pGeometry = nullptr;       ///< with a window of its own
     View3DPage* m_pView3DPage = nullptr;
     IntegrationController* m_pIntegration = nullptr;
+    RoadDock* m_pRoad = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 

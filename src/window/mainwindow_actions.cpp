@@ -27,6 +27,7 @@ void MainWindow::createActions()
         m_pActions->setReady(pAction);
     };
     connectAction(m_pActions->m_pNewProject, &MainWindow::newProject);
+    connectAction(m_pActions->m_pSolve, &MainWindow::solve);
     connectAction(m_pActions->m_pOpen, &MainWindow::open);
     connectAction(m_pActions->m_pSaveCurrent, &MainWindow::saveCurrent);
     connectAction(m_pActions->m_pSaveSeries, &MainWindow::saveSeries);
@@ -116,6 +117,8 @@ void MainWindow::createToolBar()
     QToolBar* pBar = addToolBar(QStringLiteral("ToolBar"));
     pBar->setObjectName(QStringLiteral("ToolBar"));
     explain(pBar->toggleViewAction(), tr("Shows or hides the tool bar."));
+    pBar->addAction(m_pActions->m_pSolve);
+    pBar->addSeparator();
     pBar->addActions({m_pActions->m_pOpen, m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries});
     pBar->addSeparator();
     pBar->addActions({m_pActions->m_pZoomIn, m_pActions->m_pZoomOut});

@@ -21,6 +21,8 @@ void MainWindow::createToolsMenu()
         actions.setReady(pAction);
         pTo->addAction(pAction);
     };
+    pMenu->addAction(actions.m_pSolve);
+    pMenu->addSeparator();
     add(pMenu, actions.m_pExtractionWindow, [this] { m_pExtractionPage->showBeside(); });
     add(pMenu, actions.m_pExtractIntensity, [this] { extractIntensity(m_dataSet.m_vecPeakIndexedOnFrame); });
     pMenu->addSeparator();
@@ -48,10 +50,10 @@ void MainWindow::createToolsMenu()
     pMenu->addSeparator();
     add(pMenu, actions.m_pStopRun, [this] {
         if (isPumping())
-            m_bRunning = m_bHuntingRunning = false;
+            m_bRunning = m_bHuntingRunning = m_bSolving = false;
     });
     connect(pMenu, &QMenu::aboutToShow, this, [this] {
-        m_pActions->setInForce(m_pActions->m_pStopRun, m_bRunning || m_bHuntingRunning);
+        m_pActions->setInForce(m_pActions->m_pStopRun, m_bRunning || m_bHuntingRunning || m_bSolving);
         m_pActions->setInForce(m_pActions->m_pExportPeaks, !m_pView3DCurrent.isNull());
     });
 }

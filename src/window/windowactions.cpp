@@ -93,6 +93,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
     } aSingle[] = {
         {&WindowActions::m_pNewProject,
          {"&New Project...", "Make a project file from the frames of a series", nullptr, "Ctrl+Shift+N"}},
+        {&WindowActions::m_pSolve, {"S&olve", "From the frames to the intensities", "run", "F5"}},
         {&WindowActions::m_pOpen,
          {"&Open...", "Open an existing file", "open_document_32", QKeySequence::Open}},
         {&WindowActions::m_pSaveCurrent,
@@ -204,6 +205,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         QAction* pAction;
         const char* pchText;
     } aExplained[] = {
+        {m_pSolve,
+         "Walks the whole road, from the frames to the cell and the intensities, and judges each step. "
+         "During "
+         "it: stops, which keeps what is done."},
         {m_pNewProject,
          "Makes the project file of a series from its frames, their tilts, the voltage of the microscope, "
          "the pixel size and the rotation axis, and opens it."},

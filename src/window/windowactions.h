@@ -42,6 +42,7 @@ public:
     int paletteIndex() const { return checkedIndex(m_listPalette); }
 
     QAction* m_pNewProject = nullptr;         ///< menu "File": a project from frames
+    QAction* m_pSolve = nullptr;              ///< tool bar and "Tools": the road from frames to intensities
     QAction* m_pOpen = nullptr;               ///< projects, images, a list of reflections
     QAction* m_pSaveCurrent = nullptr;        ///< the frame in view
     QAction* m_pSaveSeries = nullptr;         ///< all frames as pictures

@@ -140,6 +140,14 @@ void GeometryControl::fit(CRunReport& report)
     makeLook(refinement);
 }
 
+void GeometryControl::take(const GeometryRefinement& refinement)
+{
+    if (refinement.done()) {
+        makeLook(refinement);
+        updateButtons();
+    }
+}
+
 void GeometryControl::makeLook(const GeometryRefinement& refinement)
 {
     const DataSet& dataSet = m_window.m_dataSet;

@@ -22,6 +22,8 @@ public:
     explicit GeometryControl(MainWindow& window);
 
     GeometryDialog& dialog() { return *m_pDialog; }
+    /// Shows a refinement that the road has made, without any change of the data set.
+    void take(const GeometryRefinement& refinement);
     /// Another data set: nothing is known of it, and nothing is to be put back.
     void forget();
 

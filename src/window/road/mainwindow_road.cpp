@@ -1,0 +1,314 @@
+// MainWindow: "Solve", the road of the driver with its dock, and what of its results each view takes over.
+#include "window/mainwindow.h"
+
+#include "dataset/opening.h"
+#include "frameview/baseimgview.h"
+#include "road/closinglines.h"
+#include "view3d/ed3dwidget.h"
+#include "window/crystal/geometrycontrol.h"
+#include "window/integration/integrationcontroller.h"
+#include "window/integration/qualitytab.h"
+#include "window/messageedit.h"
+#include "window/newprojectdialog.h"
+#include "window/pages/cellpage.h"
+#include "window/pages/framespage.h"
+#include "window/pages/integrationpage.h"
+#include "window/pages/mergingpage.h"
+#include "window/pages/peaksearchpage.h"
+#include "window/pages/shiftpage.h"
+#include "window/pages/view3dpage.h"
+#include "window/reciprocal/peaktableview.h"
+#include "window/road/roaddock.h"
+#include "window/road/roadwork.h"
+#include "window/tabwidget.h"
+#include "window/windowactions.h"
+#include "window/windowreport.h"
+
+#include <QCheckBox>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QPushButton>
+#include <QSettings>
+#include <QToolBox>
+
+namespace tessera {
+
+namespace {
+
+/// Shows the progress in the dock as well.
+class CDockReport : public CRunReport {
+public:
+    CDockReport(CRunReport& report, RoadDock& dock) : m_report(report), m_dock(dock) {}
+
+    void addMessage(const QString& strText, Severity severity) override
+    {
+        m_report.addMessage(strText, severity);
+    }
+    void addHtml(const QString& strHtml, Severity severity) override { m_report.addHtml(strHtml, severity); }
+    void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool bTaskBar) override
+    {
+        m_report.startProgress(strFormat, nMinimum, nMaximum, bTaskBar);
+        m_dock.startProgress(strFormat, nMinimum, nMaximum);
+    }
+    void setProgress(int nValue) override
+    {
+        m_report.setProgress(nValue);
+        m_dock.setProgress(nValue);
+    }
+    void endProgress() override
+    {
+        m_report.endProgress();
+        m_dock.endProgress();
+    }
+    bool goOn() override { return m_report.goOn(); }
+
+private:
+    CRunReport& m_report;
+    RoadDock& m_dock;
+};
+
+bool isStage(const RoadStep& step, RoadStage stage)
+{
+    return step.strPart == roadStageName(stage);
+}
+
+}  // namespace
+
+void MainWindow::createRoad()
+{
+    m_pRoad = new RoadDock(this);
+    QDockWidget* pDock = addDock(m_pRoad, QStringLiteral("Road"), Qt::LeftDockWidgetArea,
+                                 QIcon(QStringLiteral(":/images/run.png")), QString());
+    tabifyDockWidget(m_listDock.first(), pDock);
+    m_listDock.first()->raise();
+    connect(m_pRoad->m_pSolveButton, &QPushButton::clicked, this, &MainWindow::solve);
+    connect(m_pRoad, &RoadDock::roadWanted, this, &MainWindow::solveFrom);
+    connect(m_pRoad, &RoadDock::showWanted, this, &MainWindow::showRoadRow);
+    connect(m_pRoad, &RoadDock::settingsWanted, this, &MainWindow::showRoadSettings);
+}
+
+void MainWindow::solve()
+{
+    if (m_bSolving) {
+        m_bSolving = false;  // the wish to stop
+        return;
+    }
+    if (refuseDuringRun(tr("Solving"))) {
+        return;
+    }
+    if (!QFileInfo::exists(projectFile()) && !askForProject()) {
+        return;
+    }
+    solveFrom(RoadStage::Shifts);
+}
+
+/// The project that is open; empty where none is, or frames without a project.
+QString MainWindow::projectFile() const
+{
+    return m_dataSet.m_strProjectDir.isEmpty() ? QString()
+                                               : fileOfProject(m_dataSet, QStringLiteral(".ed3d"));
+}
+
+/// Frames without a project have no tilts and no geometry to solve anything with.
+bool MainWindow::askForProject()
+{
+    NewProjectDialog dialog(m_strWorkingDir, this);
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    dialog.readSettings(*pSettings);
+    dialog.addFrames(m_dataSet.m_listFrameFile);
+    if (dialog.exec() != QDialog::Accepted) {
+        return false;
+    }
+    dialog.writeSettings(*pSettings);
+    openFiles({dialog.projectFile()});
+    return QFileInfo::exists(projectFile());
+}
+
+RoadOptions MainWindow::roadOptions(RoadStage stageFrom)
+{
+    RoadOptions options;
+    options.listInput = QStringList(projectFile());
+    options.stageFrom = stageFrom;
+    DataSet dataSetOfFile;
+    MappingParameters mappingOfFile;
+    CRunReport silent;
+    QStringList listReason;
+    if (tessera::openProject(dataSetOfFile, mappingOfFile, projectFile(), silent, &listReason,
+                             AxisLine::MayLack)) {
+        giveChangedGeometry(pageGeometryOf(dataSetOfFile, mappingOfFile),
+                            pageGeometryOf(m_dataSet, m_mapping), options);
+    }
+    if (m_numbersLeft && stageFrom > RoadStage::Shifts) {
+        giveChangedNumbers(*m_numbersLeft, pageNumbers(), options);
+    }
+    return options;
+}
+
+PageNumbers MainWindow::pageNumbers() const
+{
+    return {pageGeometryOf(m_dataSet, m_mapping), m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing};
+}
+
+void MainWindow::solveFrom(RoadStage stageFrom)
+{
+    if (m_bSolving || !QFileInfo::exists(projectFile())) {
+        return;
+    }
+    m_pRoad->parentWidget()->show();
+    m_pRoad->parentWidget()->raise();
+    runWithButton(m_bSolving, m_pRoad->m_pSolveButton, [&](CRunReport& report) {
+        clearFrameMarks();
+        CDockReport dockReport(report, *m_pRoad);
+        m_roadRows.begin(stageFrom);
+        m_pRoad->setRows(m_roadRows.rows());
+        m_pRoad->setRunning(true);
+        m_pRoad->setClosingText({});
+        CRoadWork work(roadOptions(stageFrom));
+        guarded([&] {
+            work.walk(dockReport, [this](const RoadStep& step, const RoadState& state) {
+                m_roadRows.take(step, state.results);
+                m_pRoad->setRows(m_roadRows.rows());
+                if (step.bEnded) {
+                    takeRoadStep(step, state);
+                }
+            });
+        });
+        m_roadRows.end();
+        m_numbersLeft = pageNumbers();
+        m_pRoad->setRunning(false);
+        m_pRoad->setRows(m_roadRows.rows());
+        m_pRoad->setClosingText(closingLines(work.state().results).join(QLatin1Char('\n')));
+    });
+}
+
+/// Takes over what the road knows by now. Its own thread waits meanwhile.
+void MainWindow::takeRoadStep(const RoadStep& step, const RoadState& state)
+{
+    if (step.strPart == QLatin1String("open")) {
+        if (!step.end.finished()) {
+            return;
+        }
+        const CQuietPages quiet(*this);
+        m_dataSet.takeSeries(state.dataSet);
+        m_mapping = state.mapping;
+        showDataSetAnew();
+        showFirstFrame();
+        return;
+    }
+    {
+        const CQuietPages quiet(*this);
+        m_dataSet.takeSeries(state.dataSet);
+        m_mapping = state.mapping;
+        m_hunting = state.options.hunting;
+        m_merging = state.options.merging;
+        m_cellHunting = state.options.cell;
+        m_indexing.m_dfIndexThreshold = state.options.indexing.m_dfIndexThreshold;
+        m_indexing.m_nSpaceGroup = state.options.indexing.m_nSpaceGroup;
+        syncParametersWithControls(false);
+    }
+    showRoadResult(step, state);
+}
+
+void MainWindow::showRoadResult(const RoadStep& step, const RoadState& state)
+{
+    if (isStage(step, RoadStage::Shifts)) {
+        fillShiftTable();
+    } else if (isStage(step, RoadStage::Peaks)) {
+        fillMaskTable();
+        m_rawGroups.forget();
+        forgetLattices();
+    } else if (isStage(step, RoadStage::Merge)) {
+        showPeaksIn3D();
+        m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
+        showInMergedView(m_dataSet.m_listPeakMergedShown, {});
+        updatePeakTable(m_dataSet.m_listPeakMerged);
+    } else if (isStage(step, RoadStage::Cell)) {
+        showOpenedCell();
+    } else if (isStage(step, RoadStage::Index)) {
+        showOpenedCell();
+        m_pView3DMerged->setIndices(m_dataSet.m_listReflectionIndexed);
+        updatePeakTable(m_dataSet.m_listReflectionIndexed);
+        update3DViewControls();
+    } else if (isStage(step, RoadStage::Geometry)) {
+        if (m_dataSet.m_peakMapping) {
+            showPeaksIn3D();
+        }
+        if (state.results.geometry) {
+            m_pGeometry->take(*state.results.geometry);
+        }
+    } else if (isStage(step, RoadStage::Integrate) && state.results.integrate &&
+               state.results.integrate->result) {
+        m_pIntegration->take(std::make_shared<const IntegrationResult>(*state.results.integrate->result));
+    }
+}
+
+void MainWindow::showRoadRow(RoadRowKind kind)
+{
+    const int nFrameTab = 0, nRawTab = 1, nMergedTab = 2;
+    switch (kind) {
+        case RoadRowKind::Drift:
+            showRoadSettings(kind);  // the table of shifts
+            m_pTabWidget->setCurrentIndex(nFrameTab);
+            break;
+        case RoadRowKind::Peaks:
+            m_pTabWidget->setCurrentIndex(nFrameTab);
+            m_pPeakSearchPage->m_pShowPeaksCheck->setChecked(true);
+            break;
+        case RoadRowKind::Axis:
+            m_pTabWidget->setCurrentIndex(nRawTab);
+            m_pView3DRaw->viewAlong({1, 0, 0});
+            break;
+        case RoadRowKind::Merging:
+            m_pTabWidget->setCurrentIndex(nMergedTab);
+            break;
+        case RoadRowKind::Cell:
+        case RoadRowKind::Indexing:
+            m_pTabWidget->setCurrentIndex(nMergedTab);
+            m_pView3DPage->m_pCheckLatticeLines->setChecked(true);
+            rotateAlongRA();
+            break;
+        case RoadRowKind::Lattice:
+            showLattices();
+            break;
+        case RoadRowKind::Geometry:
+            m_pGeometry->showDialog();
+            break;
+        case RoadRowKind::Integration:
+            m_pTabWidget->setCurrentWidget(findChild<QualityTab*>());
+            break;
+    }
+}
+
+void MainWindow::showRoadSettings(RoadRowKind kind)
+{
+    if (kind == RoadRowKind::Geometry) {
+        m_pGeometry->showDialog();
+        return;
+    }
+    QWidget* pPage = nullptr;
+    switch (kind) {
+        case RoadRowKind::Drift:
+            pPage = m_pShiftPage;
+            break;
+        case RoadRowKind::Peaks:
+            pPage = m_pPeakSearchPage;
+            break;
+        case RoadRowKind::Axis:
+            pPage = m_pFramesPage;
+            break;
+        case RoadRowKind::Merging:
+            pPage = m_pMergingPage;
+            break;
+        case RoadRowKind::Integration:
+            pPage = findChild<IntegrationPage*>();
+            break;
+        default:
+            pPage = m_pCellPage;
+            break;
+    }
+    m_listDock.first()->show();
+    m_listDock.first()->raise();
+    m_pToolBox->setCurrentWidget(pPage);
+}
+
+}  // namespace tessera
