@@ -1,0 +1,133 @@
+// "Solve": the road of the driver in the window, its files, its rows, and the way back into it.
+#include "tests/window/windowtest.h"
+#include "window/road/roaddock.h"
+
+namespace tessera {
+
+namespace {
+
+class Road : public WindowTest {
+protected:
+    static void SetUpTestSuite()
+    {
+        s_pSeries = std::make_unique<QTemporaryDir>();
+        simulate(s_pSeries->path(),
+                 "--frames 41 --size 256 --pixel-size 0.008 --tilt-start -20 --tilt-step 1");
+    }
+    static void TearDownTestSuite() { s_pSeries.reset(); }
+    void SetUp() override
+    {
+        WindowTest::SetUp();
+        m_pRoad = m_pWindow->findChild<RoadDock*>();
+        for (const QString& strFolder : {path("window"), path("driver")}) {
+            ASSERT_TRUE(QDir().mkpath(strFolder));
+            for (const QFileInfo& file : QDir(s_pSeries->path()).entryInfoList(QDir::Files))
+                ASSERT_TRUE(QFile::copy(file.filePath(), strFolder + '/' + file.fileName()));
+        }
+    }
+    QStringList filesOf(const QString& strFolder) const
+    {
+        return QDir(path(strFolder)).entryList(QDir::Files, QDir::Name);
+    }
+    QByteArray bytesOf(const QString& strName) const
+    {
+        QFile file(path(strName));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("not there");
+    }
+    /// The buttons of a row, by their text.
+    QToolButton* button(RoadRowKind kind, const QString& strText) const
+    {
+        QList<QToolButton*> list;
+        for (QToolButton* pButton : m_pRoad->findChildren<QToolButton*>())
+            if (pButton->text() == strText)
+                list.append(pButton);
+        return list.value(int(kind));
+    }
+    QStringList rowTexts() const
+    {
+        QStringList list;
+        for (const QLabel* pLabel : m_pRoad->findChildren<QLabel*>())
+            if (pLabel->text().startsWith("<b>"))
+                list.append(pLabel->text());
+        return list;
+    }
+
+    static std::unique_ptr<QTemporaryDir> s_pSeries;
+    RoadDock* m_pRoad = nullptr;
+};
+
+std::unique_ptr<QTemporaryDir> Road::s_pSeries;
+
+}  // namespace
+
+TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
+{
+    const BatchOutcome driver = runBatch({path("driver/w.ed3d")});
+    ASSERT_EQ(driver.nStatus, 0) << driver.strText.toStdString();
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    m_pActions->m_pSolve->trigger();
+    EXPECT_EQ(lines("", Qt::red), 0) << log().toStdString();
+    const QStringList listFile = filesOf("driver");
+    ASSERT_GT(listFile.size(), 41 + 12);
+    EXPECT_EQ(filesOf("window"), listFile);
+    for (const QString& strFile : listFile)
+        if (!strFile.endsWith(".log"))  // names the folder, and times
+            EXPECT_TRUE(bytesOf("window/" + strFile) == bytesOf("driver/" + strFile)) << qPrintable(strFile);
+
+    for (const QString& strText : rowTexts())
+        EXPECT_FALSE(strText.contains("not done") || strText.contains("did not")) << qPrintable(strText);
+    EXPECT_TRUE(m_pRaw->points().size() > 500 && m_pMerged->points().size() > 100);
+    EXPECT_GT(m_pTable->model()->rowCount(), 100);
+    button(RoadRowKind::Integration, "Show")->click();
+    EXPECT_EQ(m_pTabs->tabText(m_pTabs->currentIndex()), "Quality");
+    button(RoadRowKind::Peaks, "Settings")->click();
+    EXPECT_EQ(m_pWindow->findChild<QToolBox*>()->currentWidget(), m_pSearch);
+}
+
+TEST_F(Road, AStepGoesOnWithTheNumbersThatWereChanged)
+{
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    EXPECT_FALSE(button(RoadRowKind::Peaks, "From here")->isEnabled());
+    m_pActions->m_pSolve->trigger();
+    const int nPeaks = m_pRaw->points().size();
+    const double dfThreshold = m_pSearch->m_pThresholdSpin->value();
+    const QByteArray bytesShifts = bytesOf("window/w.sc");
+    m_pSearch->m_pThresholdSpin->setValue(4 * dfThreshold);
+    button(RoadRowKind::Peaks, "From here")->click();
+    EXPECT_LT(m_pRaw->points().size(), nPeaks);
+    EXPECT_GT(m_pRaw->points().size(), nPeaks / 10);
+    EXPECT_DOUBLE_EQ(m_pSearch->m_pThresholdSpin->value(), 4 * dfThreshold);
+    EXPECT_EQ(bytesOf("window/w.sc"), bytesShifts);
+    EXPECT_TRUE(rowTexts().value(0).contains("Drift"));
+}
+
+TEST_F(Road, StopKeepsWhatIsDoneAndTheWindowAnswersMeanwhile)
+{
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    m_pWindow->show();
+    during([&] { m_pActions->m_pSolve->trigger(); },
+           [&] {
+               if (m_pRaw->points().isEmpty())
+                   return false;
+               // A change of what the road has in use is refused, and a second press stops it.
+               m_pWindow->openFiles({path("window/w.ed3d")});
+               m_pRoad->m_pSolveButton->click();
+               return true;
+           });
+    EXPECT_GE(lines("has to wait"), 1);
+    EXPECT_TRUE(QFile::exists(path("window/w.sc")) && QFile::exists(path("window/w.pk")));
+    EXPECT_FALSE(QFile::exists(path("window/w_integrated.hkl")));
+    EXPECT_EQ(m_pRoad->m_pSolveButton->text(), "Solve");
+    EXPECT_TRUE(rowTexts().last().contains("not done yet")) << qPrintable(rowTexts().last());
+}
+
+TEST(RoadRows, TimeThatIsLeft)
+{
+    EXPECT_EQ(timeLeftText(10, 0.5), "0:10 left");
+    EXPECT_EQ(timeLeftText(60, 0.25), "3:00 left");
+    for (const double dfShare : {0.0, 0.01, 1.0, 2.0})
+        EXPECT_EQ(timeLeftText(10, dfShare), "") << dfShare;
+    EXPECT_EQ(timeLeftText(0.5, 0.5), "") << "too little to go by";
+}
+
+}  // namespace tessera
