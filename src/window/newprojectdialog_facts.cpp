@@ -29,13 +29,13 @@ QString numberText(double df)
     return QString::number(df, 'g', 6);
 }
 
-/// Half the last decimal that a field shows.
+/// Whether a field shows a number, as far as its decimals go.
 bool isShown(const QDoubleSpinBox* pSpin, double df)
 {
-    return std::abs(pSpin->value() - df) <= 0.51 * std::pow(10.0, -pSpin->decimals());
+    return std::abs(pSpin->value() - df) <= 1.01 * std::pow(10.0, -pSpin->decimals());
 }
 
-/// What of the list of doubts is about this number.
+/// Whether one of the doubts is about this number.
 bool isDoubtful(const ToldNumber& told, const QStringList& listDoubt)
 {
     return std::any_of(listDoubt.begin(), listDoubt.end(), [&told](const QString& strDoubt) {
