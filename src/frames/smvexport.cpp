@@ -18,6 +18,16 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame)
 
 RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
+    const QString strFolder = dataSet.m_strProjectDir;
+    return exportSMVImages(
+        dataSet, strFolder, [&](const QString& strFrame) { return smvImageFile(strFolder, strFrame); },
+        report);
+}
+
+RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
+                           const std::function<QString(const QString& strFrame)>& fnTarget,
+                           CRunReport& report)
+{
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size())
         return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
     const double dfDistance = SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
@@ -46,9 +56,8 @@ RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)
     what.strStartLine = QStringLiteral("%1>Exporting SMV files...");
     what.strEndLine = QStringLiteral("%1>Exporting SMV files finished.");
     what.strLoadFailed = QStringLiteral("Failed to load: %1");
-    const QString strFolder = dataSet.m_strProjectDir;
     what.strFolder = strFolder;
-    what.fnTarget = [&](const QString& strFrame) { return smvImageFile(strFolder, strFrame); };
+    what.fnTarget = fnTarget;
     const QList<double>& listTilt = what.series.listTilt;
     double dfStep = 0;
     what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {

@@ -5,6 +5,8 @@
 #include "records/runoutcome.h"
 #include "records/runreport.h"
 
+#include <functional>
+
 namespace tessera {
 
 /// FOLDER/NAME.img, with the frame's name up to its first dot.
@@ -19,5 +21,12 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame);
 /// the number of files and their folder.
 /// @return Finished if each frame has its file
 RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report);
+
+/// The same under other names.
+/// @param strFolder  of all files, for the log
+/// @param fnTarget   the file that a frame gives
+RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
+                           const std::function<QString(const QString& strFrame)>& fnTarget,
+                           CRunReport& report);
 
 }  // namespace tessera
