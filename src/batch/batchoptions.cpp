@@ -248,7 +248,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "Write other forms of the data after the last stage; a list, or given several times: smv "
          "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
          "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
-         "(indexed peaks by frame, which the stage index writes anyhow). smv and volume need shifts.",
+         "(indexed peaks by frame, which the stage index writes anyhow); for other programs xds (XDS.INP with "
+         "frames as SMV), dials (NAME.expt and NAME.refl with the same frames), pets (NAME.pts with frames as "
+         "TIFF), cif (NAME_dyn.cif_pets, intensities by frames for dynamical refinement). All but scaled, "
+         "pictures and ipf need shifts.",
          "kind,..."},
         {"export-only", "Run no stage: read the shifts from their file and export."},
         {"export-folder", "Folder of the pictures; default: that of the result files.", "folder"},

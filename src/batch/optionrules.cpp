@@ -84,6 +84,13 @@ QString contradiction(const RoadOptions& o)
         (exports.bOnly || o.stageTo < RoadStage::Index)) {
         return QStringLiteral("--export ipf needs the stage index");
     }
+    if (exports.listKind.contains(ExportKind::Dials) && (exports.bOnly || o.stageTo < RoadStage::Index)) {
+        return QStringLiteral("--export dials needs the stage index");
+    }
+    if (exports.listKind.contains(ExportKind::DynamicCif) &&
+        (exports.bOnly || o.stageTo < RoadStage::Integrate)) {
+        return QStringLiteral("--export cif needs the stage integrate");
+    }
     const bool bMerged = !exports.bOnly && o.stageTo >= RoadStage::Merge;
     if (o.bFindAxis && !bMerged && exports.listKind.contains(ExportKind::Volume)) {
         return QStringLiteral("--export volume with --axis auto needs the stage merge, which finds the axis");

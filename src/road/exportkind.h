@@ -6,21 +6,29 @@
 
 namespace tessera {
 
-/// SMV images, resized copies, reciprocal space as a volume, grey pictures, indexed peaks by frame.
-enum class ExportKind { Smv, Scaled, Volume, Pictures, IndexedPeaks };
+/// SMV images, resized copies, reciprocal space as a volume, grey pictures, indexed peaks by frame; and what
+/// other programs go on with: XDS, DIALS, PETS, and a list of intensities for dynamical refinement.
+enum class ExportKind { Smv, Scaled, Volume, Pictures, IndexedPeaks, Xds, Dials, Pets, DynamicCif };
 
 /// The names of the kinds, in their order.
 inline const QStringList& exportNames()
 {
-    static const QStringList list = {QStringLiteral("smv"), QStringLiteral("scaled"),
-                                     QStringLiteral("volume"), QStringLiteral("pictures"),
-                                     QStringLiteral("ipf")};
+    static const QStringList list = {
+        QStringLiteral("smv"),      QStringLiteral("scaled"), QStringLiteral("volume"),
+        QStringLiteral("pictures"), QStringLiteral("ipf"),    QStringLiteral("xds"),
+        QStringLiteral("dials"),    QStringLiteral("pets"),   QStringLiteral("cif")};
     return list;
 }
 
 inline QString exportName(ExportKind kind)
 {
     return exportNames().at(int(kind));
+}
+
+/// Whether an export is for a program of another house to go on with: see exchangekinds.h.
+inline bool isForOtherProgram(ExportKind kind)
+{
+    return kind >= ExportKind::Xds;
 }
 
 }  // namespace tessera

@@ -98,6 +98,8 @@ bool writeExport(ExportKind kind, const ExportOptions& exports, const DataSet& d
             return exportPictures(exports, dataSet, report);
         case ExportKind::IndexedPeaks:
             return exportIndexedPeaks(dataSet, report);
+        default:
+            break;
     }
     return false;
 }

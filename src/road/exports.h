@@ -8,6 +8,7 @@
 #include <QList>
 #include <QString>
 
+#include <algorithm>
 #include <optional>
 
 namespace tessera {
@@ -27,11 +28,13 @@ struct ExportOptions {
     /// Whether one of them takes the drift out.
     bool needsShifts() const
     {
-        return listKind.contains(ExportKind::Smv) || listKind.contains(ExportKind::Volume);
+        return std::any_of(listKind.begin(), listKind.end(), [](ExportKind kind) {
+            return kind == ExportKind::Smv || kind == ExportKind::Volume || isForOtherProgram(kind);
+        });
     }
 };
 
-/// Makes one export.
+/// Makes one export; those for other programs are made by writeForOtherProgram().
 /// @return true if all its files are written; else the log says why
 bool writeExport(ExportKind kind, const ExportOptions& exports, const DataSet& dataSet, CRunReport& report);
 

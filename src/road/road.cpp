@@ -1,6 +1,7 @@
 #include "road/road.h"
 
 #include "records/whatwasthrown.h"
+#include "road/exchangekinds.h"
 #include "road/misfithint.h"
 #include "road/seriesopening.h"
 #include "road/stagejudgement.h"
@@ -119,6 +120,20 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
     return true;
 }
 
+bool makeExport(ExportKind kind, RoadState& state)
+{
+    if (!isForOtherProgram(kind)) {
+        return writeExport(kind, state.options.exports, state.dataSet, state.report);
+    }
+    const RoadResults& results = state.results;
+    FoundOfSeries found;
+    found.pGeometry = results.geometry ? &*results.geometry : nullptr;
+    found.pIntegration = results.integrate && results.integrate->result ? &*results.integrate->result
+                                                                        : nullptr;
+    return writeForOtherProgram(kind, state.dataSet, state.mapping, found, state.options.jobs(),
+                                state.report);
+}
+
 void runExports(RoadState& state, QList<PartTime>& listTime)
 {
     const ExportOptions& exports = state.options.exports;
@@ -131,12 +146,15 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         state.report.beginPart(strKind);
         state.tellStep({strKind, false, {}});
         // A volume in the frame of an axis that nobody told would be a wrong one.
-        const bool bAxis = state.dataSet.m_bRotationAxisKnown || kind != ExportKind::Volume;
+        const bool bNeedsAxis = kind == ExportKind::Volume || isForOtherProgram(kind);
+        const bool bAxis = state.dataSet.m_bRotationAxisKnown || !bNeedsAxis;
         if (!bAxis) {
-            state.report.fail(
-                QStringLiteral("A volume needs the rotation axis, which the stage merge finds."));
+            state.report.fail(QStringLiteral("%1 needs the rotation axis, which the stage merge finds.")
+                                  .arg(kind == ExportKind::Volume
+                                           ? QStringLiteral("A volume")
+                                           : QStringLiteral("--export %1").arg(strKind)));
         }
-        const bool bDone = bAxis && writeExport(kind, exports, state.dataSet, state.report);
+        const bool bDone = bAxis && makeExport(kind, state);
         listTime.append({strKind, secondsOf(timer)});
         const StageResult end = bDone ? StageResult() : state.report.failed();
         noteEnd(state.results, strKind, end);

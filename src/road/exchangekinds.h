@@ -1,0 +1,26 @@
+// Exports for other programs: what the driver and the window make of a series with all that was found of it.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "integration/integrationresult.h"
+#include "records/runparameters.h"
+#include "records/runreport.h"
+#include "refinement/geometryrefinement.h"
+#include "road/exportkind.h"
+
+namespace tessera {
+
+/// What was found of a series beside its data set; null: nothing.
+struct FoundOfSeries {
+    const GeometryRefinement* pGeometry = nullptr;
+    const IntegrationResult* pIntegration = nullptr;
+};
+
+/// Makes the export of one such program (isForOtherProgram()) in the folder of the data set.
+/// @param dataSet  as it was on return
+/// @param nJobs    frames worked on side by side; the files are the same for each
+/// @return true if all its files are written; else the log says why
+bool writeForOtherProgram(ExportKind kind, DataSet& dataSet, const MappingParameters& mapping,
+                          const FoundOfSeries& found, int nJobs, CRunReport& report);
+
+}  // namespace tessera
