@@ -66,20 +66,20 @@ QString freeName(const QStringList& listName, CRunReport& report)
     return {};
 }
 
-QStringList xdsNames(const DataSet& dataSet)
+QStringList xdsNames(const ExchangeSource& source)
 {
-    const QString strFolder = dataSet.m_strProjectDir + QLatin1Char('/');
+    const QString strFolder = source.strFolder + QLatin1Char('/');
     QStringList list = {strFolder + QStringLiteral("XDS.INP")};
     for (int n = 1; n <= 100; ++n) {
-        list.append(strFolder + plainName(dataSet) + QStringLiteral("_XDS%1.INP").arg(n));
+        list.append(strFolder + plainName(*source.pData) + QStringLiteral("_XDS%1.INP").arg(n));
     }
     return list;
 }
 
-/// The template of the frames from the folder of the project.
-QString templateOf(const DataSet& dataSet, const ExchangeFrames& frames, QChar chDigit)
+/// The template of the frames from the folder of the other files.
+QString templateOf(const ExchangeSource& source, const ExchangeFrames& frames, QChar chDigit)
 {
-    return QDir(dataSet.m_strProjectDir)
+    return QDir(source.strFolder)
         .relativeFilePath(frames.strFolder + QLatin1Char('/') + frames.numbering.pattern(chDigit));
 }
 
@@ -155,7 +155,7 @@ RunOutcome exportForXds(const ExchangeSource& source, CRunReport& report)
     }
     XdsOptions options;
     options.strName = dataSet.m_strProjectName;
-    options.strTemplate = templateOf(dataSet, frames, QLatin1Char('?'));
+    options.strTemplate = templateOf(source, frames, QLatin1Char('?'));
     options.listUntrusted = untrustedOf(source, frames);
     if (source.pIntegration && source.pIntegration->integrated.dfMaxDStar > 0) {
         options.dfHighest = 1 / source.pIntegration->integrated.dfMaxDStar;
@@ -174,7 +174,7 @@ RunOutcome exportForXds(const ExchangeSource& source, CRunReport& report)
             QStringLiteral("Warning: XDS reads no names with blanks, as in %1.").arg(options.strTemplate),
             Severity::Warning);
     }
-    const QString strFile = freeName(xdsNames(dataSet), report);
+    const QString strFile = freeName(xdsNames(source), report);
     if (strFile.isEmpty()) {
         return failRun(report, QStringLiteral("No name is free for XDS.INP."));
     }
@@ -184,7 +184,6 @@ RunOutcome exportForXds(const ExchangeSource& source, CRunReport& report)
 RunOutcome exportForDials(const ExchangeSource& source, const std::vector<GeometrySpot>& listSpot,
                           CRunReport& report)
 {
-    const DataSet& dataSet = *source.pData;
     if (!source.bCell || listSpot.empty()) {
         return refuseRun(report, QStringLiteral("No peaks are indexed, and DIALS is to get indexed ones."));
     }
@@ -206,7 +205,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
                           .arg(scatter.dfPlace, 0, 'f', 2)
                           .arg(scatter.dfAngle, 0, 'f', 3));
     DialsOptions options;
-    options.strTemplate = templateOf(dataSet, frames, QLatin1Char('#'));
+    options.strTemplate = templateOf(source, frames, QLatin1Char('#'));
     options.listUntrusted = untrustedOf(source, frames);
     // Reflections are as wide as their centroids scatter and as the step blurs them, at least.
     options.dfRockingSigma = std::hypot(scatter.dfAngle, geometry->dfWidth / 2);
@@ -217,11 +216,11 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
     if (!written.finished()) {
         return written;
     }
-    return writeFiles(source,
-                      {{fileOfProject(dataSet, QStringLiteral(".expt")), dialsExperiment(*geometry, options)},
-                       {fileOfProject(dataSet, QStringLiteral(".refl")),
-                        dialsReflections(*geometry, options, listReflection)}},
-                      report);
+    return writeFiles(
+        source,
+        {{source.file(QStringLiteral(".expt")), dialsExperiment(*geometry, options)},
+         {source.file(QStringLiteral(".refl")), dialsReflections(*geometry, options, listReflection)}},
+        report);
 }
 
 RunOutcome exportZoneAxisCif(const ExchangeSource& source, const VirtualFrameOptions& options,
@@ -245,10 +244,9 @@ RunOutcome exportZoneAxisCif(const ExchangeSource& source, const VirtualFrameOpt
                           .arg(listFrame.size())
                           .arg(chosen.nMerged)
                           .arg(chosen.nStep));
-    return writeFiles(source,
-                      {{fileOfProject(*source.pData, QStringLiteral("_dyn.cif_pets")),
-                        zoneAxisCif(*source.pIntegration, chosen)}},
-                      report);
+    return writeFiles(
+        source, {{source.file(QStringLiteral("_dyn.cif_pets")), zoneAxisCif(*source.pIntegration, chosen)}},
+        report);
 }
 
 }  // namespace tessera

@@ -14,7 +14,7 @@
 
 namespace tessera {
 
-// All files go to the folder of the project, each whole or not at all, and none over a frame of the series.
+// All files go to the folder of the source, each whole or not at all, and none over a frame of the series.
 // A text that its user has changed since it was written stays, and the new one gets the next free name, which
 // the log tells. What is left out, and why, is told in the log too.
 

@@ -108,15 +108,14 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source)
     }
     QStringList listTarget;
     for (const QString& strFrame : listFrame) {
-        listTarget.append(smvImageFile(dataSet.m_strProjectDir, strFrame));
+        listTarget.append(smvImageFile(source.strFolder, strFrame));
     }
     const auto numbering = countingTurns(namesOf(listTarget), listAngle);
     if (numbering && frameAmongTargets(listTarget, listFrame).isEmpty()) {
-        frames.strFolder = dataSet.m_strProjectDir;
+        frames.strFolder = source.strFolder;
         frames.numbering = *numbering;
     } else {
-        frames.strFolder = dataSet.m_strProjectDir + QLatin1Char('/') + plainName(dataSet) +
-                           QStringLiteral("_smv");
+        frames.strFolder = source.strFolder + QLatin1Char('/') + plainName(dataSet) + QStringLiteral("_smv");
         frames.numbering = numberingOfAngles(listAngle);
         frames.numbering.strSuffix = QStringLiteral(".img");
     }

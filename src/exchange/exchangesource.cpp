@@ -40,6 +40,7 @@ std::optional<ExchangeSource> exchangeSource(const DataSet& dataSet, const Mappi
 {
     ExchangeSource source;
     source.pData = &dataSet;
+    source.strFolder = dataSet.m_strProjectDir;
     source.pIntegration = integration;
     source.bCell = integration || cellInForce(dataSet).has_value();
     if (integration) {

@@ -65,11 +65,11 @@ RunOutcome writeTiffs(const DataSet& dataSet, const QString& strFolder, const QS
     return exportSeries(what, report);
 }
 
-QString freePetsName(const DataSet& dataSet)
+QString freePetsName(const ExchangeSource& source)
 {
-    QString strFile = fileOfProject(dataSet, QStringLiteral(".pts"));
+    QString strFile = source.file(QStringLiteral(".pts"));
     for (int n = 2; n <= 100 && !isFreeForSealed(strFile); ++n) {
-        strFile = fileOfProject(dataSet, QStringLiteral("_%1.pts").arg(n));
+        strFile = source.file(QStringLiteral("_%1.pts").arg(n));
     }
     return isFreeForSealed(strFile) ? strFile : QString();
 }
@@ -89,7 +89,7 @@ RunOutcome exportForPets(const ExchangeSource& source, CRunReport& report)
         return failRun(report, strReason);
     }
     const QString strImages = plainName(dataSet) + QStringLiteral("_pets/tiff");
-    const QString strFolder = dataSet.m_strProjectDir + QLatin1Char('/') + strImages;
+    const QString strFolder = source.strFolder + QLatin1Char('/') + strImages;
     PetsOptions options;
     options.strName = dataSet.m_strProjectName;
     options.listAlpha = listAngle;
@@ -102,7 +102,7 @@ RunOutcome exportForPets(const ExchangeSource& source, CRunReport& report)
         options.dfSpotDiameter = 2 * source.pIntegration->integrated.model.dfDiscRadius;
         options.dfHighest = source.pIntegration->integrated.dfMaxDStar;
     }
-    const QString strFile = freePetsName(dataSet);
+    const QString strFile = freePetsName(source);
     if (strFile.isEmpty() || overwritesFrames({strFile}, dataSet.m_listFrameFile, report)) {
         return failRun(report, QStringLiteral("No name is free for the list of frames."));
     }

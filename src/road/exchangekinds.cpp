@@ -32,13 +32,15 @@ bool writeForOtherProgram(ExportKind kind, DataSet& dataSet, const MappingParame
 {
     const GeometryRefinement* pRefined = found.pGeometry && found.pGeometry->done() ? found.pGeometry
                                                                                     : nullptr;
-    const std::optional<ExchangeSource> source = exchangeSource(dataSet, mapping, pRefined,
-                                                                found.pIntegration);
+    std::optional<ExchangeSource> source = exchangeSource(dataSet, mapping, pRefined, found.pIntegration);
     if (!source) {
         report.fail(
             QStringLiteral("To export for other programs, the tilts and shifts of all frames are "
                            "needed."));
         return false;
+    }
+    if (!found.strFolder.isEmpty()) {
+        source->strFolder = found.strFolder;
     }
     const RunOutcome outcome = exportFor(kind, *source, dataSet, nJobs, report);
     if (outcome.end == RunEnd::Stopped) {

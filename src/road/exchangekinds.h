@@ -10,13 +10,14 @@
 
 namespace tessera {
 
-/// What was found of a series beside its data set; null: nothing.
+/// What was found of a series beside its data set, null where nothing was, and where it is to go.
 struct FoundOfSeries {
     const GeometryRefinement* pGeometry = nullptr;
     const IntegrationResult* pIntegration = nullptr;
+    QString strFolder;  ///< where the files go; empty: the folder of the data set
 };
 
-/// Makes the export of one such program (isForOtherProgram()) in the folder of the data set.
+/// Makes the export of one such program, see isForOtherProgram().
 /// @param dataSet  as it was on return
 /// @param nJobs    frames worked on side by side; the files are the same for each
 /// @return true if all its files are written; else the log says why

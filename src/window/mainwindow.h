@@ -432,7 +432,7 @@ public slots:
     void updateExpectedPeakPositionFromOrientationMatrix();
 
     // Exports: src/window/frames/mainwindow_exports.cpp, src/window/reciprocal/mainwindow_volume.cpp,
-    // src/window/view3d/mainwindow_movie.cpp
+    // src/window/frames/mainwindow_exchange.cpp, src/window/view3d/mainwindow_movie.cpp
     /// Asks for a name and writes the frame in view: as shown, or its values, by the format.
     void saveCurrent();
     /// Asks for folder and format and writes all frames as pictures within the contrast limits.
@@ -441,6 +441,8 @@ public slots:
     void runUnitCellRefinementFromLoadingData();
     /// Writes all frames as SMV images into the folder of the project. Needs the shifts.
     void exportSMVImages();
+    /// A dialog with the programs of other houses that the series can be exported for.
+    void exportForOtherPrograms();
     /// Asks for a factor and writes a copy of each frame, scaled by it, beside the frame.
     void exportBinnedFrames();
     /// Asks for an edge in voxels and writes reciprocal space as a volume. Needs the shifts.

@@ -110,6 +110,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pSmvImages,
          {"Export S&MV Images...", "Export image frames in SMV format for &MOSFLM and XDS", nullptr,
           "Ctrl+Shift+M"}},
+        {&WindowActions::m_pOtherPrograms,
+         {"Export for Other &Programs...", "Export for XDS, DIALS, PETS and dynamical refinement", nullptr,
+          {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
         {&WindowActions::m_pCopyWindow,
          {"Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy}},
@@ -225,6 +228,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pSmvImages,
          "Saves the frames with the drift taken out, for programs that integrate frames themselves: one .img "
          "file for each in the folder of the project. In a 3D view the key makes a movie instead."},
+        {m_pOtherPrograms,
+         "Writes what other programs go on with: instructions for XDS, geometry and indexed peaks for DIALS, a "
+         "list of frames for PETS, intensities by frames for dynamical refinement, with the frames that they "
+         "read."},
         {m_pZoomIn,
          "Shows the frame larger by one step of the list of factors beside it. For the eye: nothing is "
          "measured on the enlarged picture."},
