@@ -109,6 +109,17 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
     if (exports.listKind.contains(ExportKind::Volume)) {
         listFile.append(reciprocalVolumeFile(dataSet));
     }
+    // Those for other programs but for their frames, which find another place than that of a frame.
+    const std::initializer_list<std::pair<ExportKind, const char*>> listOther = {
+        {ExportKind::Dials, ".expt"},
+        {ExportKind::Dials, ".refl"},
+        {ExportKind::Pets, ".pts"},
+        {ExportKind::DynamicCif, "_dyn.cif_pets"}};
+    for (const auto& [kind, pszEnding] : listOther) {
+        if (exports.listKind.contains(kind)) {
+            listFile.append(fileOfProject(dataSet, QLatin1String(pszEnding)));
+        }
+    }
     return listFile;
 }
 
