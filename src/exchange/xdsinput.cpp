@@ -124,12 +124,12 @@ void addFrames(CXdsText& text, const ExchangeGeometry& geometry, const XdsOption
         text.remark("The beam wanders by up to " + number(geometry.worstBeam(), 1) +
                     " pixels about ORGX, ORGY, which this program cannot follow.");
     }
-    const Distortion ellipse = distortionOf(
-        geometry.source.plane.ellipseCos + geometry.source.plane.stretchingCos,
-        geometry.source.plane.ellipseSin + geometry.source.plane.stretchingSin);
-    if (ellipse.dfAmplitude > 0) {
-        text.remark("The frames keep an elliptic distortion of " + number(100 * ellipse.dfAmplitude, 2) +
-                    " per cent.");
+    if (options.dfDistortion > 0) {
+        text.remark("The frames keep what the lens distorts, up to " + number(options.dfDistortion, 1) +
+                    " pixels. To have it undone, write PILATUS for");
+        text.remark("ADSC below and take in these two:");
+        text.remark("X-GEO_CORR= " + options.strColumnTable.toUtf8());
+        text.remark("Y-GEO_CORR= " + options.strRowTable.toUtf8());
     }
 }
 

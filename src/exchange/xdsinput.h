@@ -18,6 +18,9 @@ struct XdsOptions {
     int nOverload = 65000;  ///< counts
     double dfHighest = 0;   ///< Å, resolution; 0: as far as the frames' corners
     std::vector<QRect> listUntrusted;
+    double dfDistortion = 0;  ///< pixels, the most that the tables below correct; 0: there are none
+    QString strColumnTable;   ///< name of the table for columns, and of that for rows
+    QString strRowTable;
 };
 
 /// Frame of XDS: x to the right, y down, z away from the source, so that an axis or a basis of
@@ -25,7 +28,8 @@ struct XdsOptions {
 ///
 /// Starts indexing from spots, tells the cell and its orientation where they are known, and leaves the
 /// detector's distance out of all refinements: with the short waves of electrons it goes with the cell.
-/// Sealed (sealedfile.h), as users go on in this file.
+/// Tables that undo the lens are told in remarks, to be put in force by the user: with them the detector has
+/// to be called PILATUS. Sealed (sealedfile.h), as users go on in this file.
 QByteArray xdsInput(const ExchangeGeometry& geometry, const XdsOptions& options);
 
 }  // namespace tessera

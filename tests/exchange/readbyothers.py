@@ -13,6 +13,7 @@ import tempfile
 
 BIN, SKIPPED = os.path.abspath(sys.argv[1]), 77
 try:
+    import fabio
     import gemmi
     import numpy as np
     import tifffile
@@ -26,7 +27,7 @@ except ImportError as error:
 if not all(shutil.which(program) for program in ("dials.show", "dials.refine", "dials.integrate")):
     print("skipped, no programs of DIALS")
     sys.exit(SKIPPED)
-FRAMES, AXIS = 70, -38.5
+FRAMES, AXIS, ELLIPSE = 70, -38.5, 0.4
 
 
 def run(*words, folder=None):
@@ -111,6 +112,19 @@ def check_xds(folder, experiment):
         assert np.allclose(flip @ axis, list(ours), atol=1e-3)
 
 
+def check_corrections(base, experiment):
+    """The tables for XDS undo the ellipse of the simulation."""
+    tables = [fabio.open(f"{base}_{name}CORR.cbf").data / 100 for name in "XY"]
+    px, py = (v - 0.5 for v in experiment.detector[0].get_beam_centre_px(experiment.beam.get_s0()))
+    y, x = np.mgrid[:384, :384]
+    x, y = x - px, y - py
+    two, e = math.radians(60), ELLIPSE / 100  # longer along 30 degrees on the screen, y runs down
+    for table, wanted in zip(tables, (-e * (math.cos(two) * x - math.sin(two) * y),
+                                      e * (math.sin(two) * x + math.cos(two) * y))):
+        assert table.shape == (384, 384) and np.abs(wanted).max() > 0.5
+        assert np.abs(table - wanted).max() < 0.15, np.abs(table - wanted).max()
+
+
 def check_cif(base, cell):
     """Zone axes and angles go with the matrix, in gemmi's reading."""
     block = gemmi.cif.read(base + "_dyn.cif_pets").sole_block()
@@ -147,7 +161,7 @@ def check_cif(base, cell):
 with tempfile.TemporaryDirectory() as folder:
     run(f"{BIN}/tessera-simulate", "--crystal", "quartz", "--frames", FRAMES, "--size", 384, "--tilt-start", 30,
         "--tilt-step", -0.9, "--pixel-size", 0.006, "--axis", AXIS, "--drift", 4, "--out", folder, "--name", "q",
-        "--preset", "clean", "--drift", 4)
+        "--preset", "clean", "--drift", 4, "--ellipse-amp", ELLIPSE, "--ellipse-azimuth", 30, "--told-distortion", "on")
     out = folder + "/out"
     run(f"{BIN}/tessera-batch", folder + "/q.ed3d", "--out", out, "--export", "xds,dials,pets,cif", "--json",
         folder + "/q.json")
@@ -160,6 +174,7 @@ with tempfile.TemporaryDirectory() as folder:
     print(f"{len(table)} reflections; points scatter by {right:.5f} 1/Å, about the opposite axis {wrong:.5f}")
     assert wrong > 3 * right
     check_xds(out, experiment)
+    check_corrections(base, experiment)
     check_cif(base, cell)
     assert "P 1" in run("dials.show", base + ".expt", base + ".refl", folder=folder)
     answer = run("dials.refine", base + ".expt", base + ".refl", "detector.fix=distance", "scan_varying=False",
@@ -172,7 +187,7 @@ with tempfile.TemporaryDirectory() as folder:
     seen, calculated = (np.array(rest[name]) for name in ("xyzobs.px.value", "xyzcal.px"))
     rms = np.sqrt(((seen - calculated) ** 2).mean(axis=0))
     print(f"{len(rest)} used; rms {rms} px, px, images")
-    assert len(rest) > 0.7 * len(table) and rms[0] < 0.3 and rms[1] < 0.3 and rms[2] < 0.5
+    assert len(rest) > 0.6 * len(table) and rms[0] < 0.3 and rms[1] < 0.3 and rms[2] < 0.5
     run("dials.integrate", base + ".expt", "profile.fitting=False", "nproc=1", folder=folder)
     integrated = flex.reflection_table.from_file(folder + "/integrated.refl")
     strong = {tuple(h): i for h, i in zip(table["miller_index"], table["intensity.sum.value"])}
