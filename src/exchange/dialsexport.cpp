@@ -32,7 +32,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
                           .arg(scatter.dfAngle, 0, 'f', 3));
     DialsOptions options;
     options.strTemplate = templateOf(source, frames, QLatin1Char('#'));
-    options.listUntrusted = untrustedOf(source, frames);
+    options.listUntrusted = untrustedOf(source, frames, report);
     // Reflections are as wide as their centroids scatter and as the step blurs them, at least.
     options.dfRockingSigma = std::hypot(scatter.dfAngle, geometry->dfWidth / 2);
     if (source.pIntegration) {

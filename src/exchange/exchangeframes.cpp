@@ -2,6 +2,7 @@
 
 #include "exchange/exchangegeometry.h"
 #include "exchange/untrustedareas.h"
+#include "frames/firstimage.h"
 #include "frames/frametargets.h"
 #include "frames/smvexport.h"
 #include "frames/wholepixels.h"
@@ -141,10 +142,18 @@ RunOutcome writeExchangeFrames(const ExchangeSource& source, const ExchangeFrame
         report);
 }
 
-std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames)
+std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames, CRunReport& report)
 {
     const QSize& size = source.series.sizeFrame;
-    const std::vector<char> listMask = pixelMask(size, source.pData->m_maskPeakHunting, {});
+    std::vector<char> listMask = pixelMask(size, source.pData->m_maskPeakHunting, {});
+    const auto pImage = firstImage(SeriesSnapshot(*source.pData), 0, {}, report);
+    if (pImage && QSize(pImage->Width(), pImage->Height()) == size) {
+        for (size_t n = 0; n < listMask.size(); ++n) {
+            if (!std::isfinite(pImage->Data()[n])) {
+                listMask[n] = 1;
+            }
+        }
+    }
     return rectanglesOfMask(movedMask(listMask, size, frames.listMoved), size);
 }
 

@@ -37,8 +37,10 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source);
 RunOutcome writeExchangeFrames(const ExchangeSource& source, const ExchangeFrames& frames,
                                CRunReport& report);
 
-/// What of these frames is no measurement, by the mask of the data set and by having been moved.
-std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames);
+/// What of these frames is no measurement: by the mask of the data set, by what the format of the first frame
+/// marks as none, and by having been moved.
+std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames,
+                               CRunReport& report);
 
 /// The name of the series, with "_" for what lists of files parted by blanks cannot hold.
 QString plainName(const DataSet& dataSet);

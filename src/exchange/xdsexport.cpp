@@ -81,7 +81,7 @@ std::optional<XdsOptions> xdsOptions(const ExchangeSource& source, const Exchang
     XdsOptions options;
     options.strName = source.pData->m_strProjectName;
     options.strTemplate = templateOf(source, frames, QLatin1Char('?'));
-    options.listUntrusted = untrustedOf(source, frames);
+    options.listUntrusted = untrustedOf(source, frames, report);
     if (source.pIntegration && source.pIntegration->integrated.dfMaxDStar > 0) {
         options.dfHighest = 1 / source.pIntegration->integrated.dfMaxDStar;
     }

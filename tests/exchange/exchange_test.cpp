@@ -6,12 +6,13 @@
 #include "exchange/untrustedareas.h"
 #include "exchange/xdsinput.h"
 #include "exchange/zoneaxiscif.h"
+#include "imagefiles/smvfile.h"
 #include "integration/passagegeometry.h"
 #include "records/sealedfile.h"
 
 #include <gtest/gtest.h>
-#include <QBuffer>
 #include <QImage>
+#include <QTemporaryDir>
 
 #include <cmath>
 
@@ -95,6 +96,48 @@ TEST(Exchange, NumbersOfFrames)
     // No steps at all: the order alone.
     EXPECT_EQ(numberingOfAngles({0, 1, 5, 5.1, 20}).listNumber, (std::vector<int>{1, 2, 3, 4, 5}));
     EXPECT_EQ(numberingOfAngles({0, 1, 2, 1, 0}).last(), 5);
+}
+
+TEST(Exchange, WhichFramesOthersRead)
+{
+    QTemporaryDir dir;
+    CImgObj<float> image;
+    ASSERT_TRUE(image.Create(4, 4));
+    std::fill(image.Data(), image.Data() + 16, 7.f);
+    DataSet dataSet;
+    dataSet.m_strProjectDir = dir.path();
+    dataSet.m_strProjectName = "a b";
+    ExchangeSource source;
+    source.pData = &dataSet;
+    source.strFolder = dir.path();
+    const auto choose = [&](const QString& strPattern, double dfDrift) {
+        dataSet.m_listFrameFile.clear();
+        dataSet.m_listShift.clear();
+        source.series = {};
+        for (int n = 1; n <= 4; ++n) {
+            dataSet.m_listFrameFile.append(dir.filePath(strPattern.arg(n)));
+            dataSet.m_listShift.append({dfDrift * n, -dfDrift * n});
+            source.series.listTilt.push_back(n);
+            source.series.listBeam.push_back({100 + dfDrift * n, 100 - dfDrift * n});
+        }
+        return chooseExchangeFrames(source);
+    };
+    for (int n = 1; n <= 4; ++n) {
+        ASSERT_TRUE(
+            writeSmvImage(smvHeaderTemplate(), image, dir.filePath(QStringLiteral("s%1.img").arg(n))));
+    }
+    const ExchangeFrames still = choose("s%1.img", 0.2);
+    EXPECT_TRUE(still.bOriginal && still.listMoved.empty());
+    EXPECT_EQ(still.numbering.pattern('?'), "s?.img");
+    // With a drift they would be their own targets, so that others are written elsewhere.
+    const ExchangeFrames drifting = choose("s%1.img", 1.5);
+    EXPECT_FALSE(drifting.bOriginal);
+    EXPECT_EQ(drifting.files().first(), dir.filePath("a_b_smv/00001.img"));
+    EXPECT_EQ(drifting.listMoved[3].dfX, -6);
+    EXPECT_EQ(drifting.listMoved[0].dfY, 1);
+    EXPECT_EQ(choose("f_%1.mrc", 0.2).files().last(), dir.filePath("f_4.img"));
+    // The images of one file would all have its name.
+    EXPECT_EQ(choose("stack.mrc#%1", 0.2).files().last(), dir.filePath("a_b_smv/00004.img"));
 }
 
 TEST(Exchange, PassagesAreThoseOfThePrediction)
