@@ -256,6 +256,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"export-only", "Run no stage: read the shifts from their file and export."},
         {"export-folder", "Folder of the pictures; default: that of the result files.", "folder"},
         {"export-format", "Format of the pictures: bmp, png, jpg or tif; default png.", "format"},
+        {"virtual-frames",
+         "export cif: frames that are put together; default 0, twice as many as nine of ten passages take.",
+         "number"},
+        {"virtual-step", "export cif: frames from one such group to the next; default 0, half of them.", "number"},
         {"volume-edge",
          "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
          "memory per voxel.",
@@ -432,6 +436,8 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
     exports.strPictureFormat = listFormat.value(
         reader.choice(QStringLiteral("export-format"), listFormat, 1));
     exports.nVolumeEdge = reader.wholeNumber(QStringLiteral("volume-edge"), 10, 2000, 500);
+    exports.virtualFrames.nMerged = reader.wholeNumber(QStringLiteral("virtual-frames"), 0, 100000, 0);
+    exports.virtualFrames.nStep = reader.wholeNumber(QStringLiteral("virtual-step"), 0, 100000, 0);
     exports.bVolumeScaled = reader.choice(QStringLiteral("volume-type"), {"raw", "scaled"}, 0) == 1;
     exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
 }

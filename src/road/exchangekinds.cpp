@@ -8,8 +8,8 @@ namespace tessera {
 
 namespace {
 
-RunOutcome exportFor(ExportKind kind, const ExchangeSource& source, DataSet& dataSet, int nJobs,
-                     CRunReport& report)
+RunOutcome exportFor(ExportKind kind, const ExchangeSource& source, const VirtualFrameOptions& virtualFrames,
+                     DataSet& dataSet, int nJobs, CRunReport& report)
 {
     switch (kind) {
         case ExportKind::Xds:
@@ -19,7 +19,7 @@ RunOutcome exportFor(ExportKind kind, const ExchangeSource& source, DataSet& dat
         case ExportKind::Pets:
             return exportForPets(source, report);
         case ExportKind::DynamicCif:
-            return exportZoneAxisCif(source, {}, report);
+            return exportZoneAxisCif(source, virtualFrames, report);
         default:
             return refuseRun(report, QStringLiteral("No export for another program."));
     }
@@ -42,7 +42,7 @@ bool writeForOtherProgram(ExportKind kind, DataSet& dataSet, const MappingParame
     if (!found.strFolder.isEmpty()) {
         source->strFolder = found.strFolder;
     }
-    const RunOutcome outcome = exportFor(kind, *source, dataSet, nJobs, report);
+    const RunOutcome outcome = exportFor(kind, *source, found.virtualFrames, dataSet, nJobs, report);
     if (outcome.end == RunEnd::Stopped) {
         report.addMessage(QStringLiteral("The export did not finish."), Severity::Error);
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "exchange/virtualframes.h"
 #include "integration/integrationresult.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
@@ -14,7 +15,8 @@ namespace tessera {
 struct FoundOfSeries {
     const GeometryRefinement* pGeometry = nullptr;
     const IntegrationResult* pIntegration = nullptr;
-    QString strFolder;  ///< where the files go; empty: the folder of the data set
+    VirtualFrameOptions virtualFrames;  ///< of the list for dynamical refinement
+    QString strFolder;                  ///< where the files go; empty: the folder of the data set
 };
 
 /// Makes the export of one such program, see isForOtherProgram().

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "exchange/virtualframes.h"
 #include "records/runreport.h"
 #include "road/exportkind.h"
 
@@ -19,8 +20,9 @@ struct ExportOptions {
     bool bOnly = false;          ///< no stage is run
     QString strPictureFolder;    ///< empty: the folder of the result files
     QString strPictureFormat = QStringLiteral("png");
-    double dfScale = 0.5;   ///< of the side of "scaled"
-    int nVolumeEdge = 500;  ///< voxels
+    double dfScale = 0.5;               ///< of the side of "scaled"
+    int nVolumeEdge = 500;              ///< voxels
+    VirtualFrameOptions virtualFrames;  ///< of the list for dynamical refinement
     bool bVolumeScaled = false;
     std::optional<double> dfContrastMin;  ///< empty: from the first frame, as at its first display
     std::optional<double> dfContrastMax;

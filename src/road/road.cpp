@@ -127,6 +127,7 @@ bool makeExport(ExportKind kind, RoadState& state)
     }
     const RoadResults& results = state.results;
     FoundOfSeries found;
+    found.virtualFrames = state.options.exports.virtualFrames;
     found.pGeometry = results.geometry ? &*results.geometry : nullptr;
     found.pIntegration = results.integrate && results.integrate->result ? &*results.integrate->result
                                                                         : nullptr;

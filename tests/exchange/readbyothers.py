@@ -205,6 +205,11 @@ with tempfile.TemporaryDirectory() as folder:
     assert abs(float(keys["omega"]) - AXIS % 360) < 1.5 and float(keys["Aperpixel"]) == 0.006, keys
     tiff = tifffile.imread(out + "/" + images[3][0])
     raw = np.fromfile(folder + "/q_0004.mrc", "<i2", offset=1024).reshape(384, 384)[::-1]
+    run(f"{BIN}/tessera-batch", folder + "/q.ed3d", "--out", out, "--from", "integrate", "--export", "cif",
+        "--virtual-frames", 20, "--virtual-step", 15)
+    block = gemmi.cif.read(base + "_dyn.cif_pets").sole_block()
+    assert len(block.find_values("_diffrn_zone_axis_id")) == 1 + (FRAMES - 20) // 15
+    check_cif(base, cell)
     # Negative pixels ask for 32 bits; hot pixels are repaired.
     assert tiff.dtype == (np.int32 if raw.min() < 0 else np.uint16), tiff.dtype
     assert tiff.shape == raw.shape and (tiff != raw).mean() < 1e-3, (tiff != raw).mean()

@@ -18,7 +18,7 @@ QString missingFor(ExportKind kind, const DataSet& dataSet, bool bIntegrated)
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
         return ExchangeDialog::tr("The shifts are not known: run the shift evaluation first.");
     }
-    if (kind == ExportKind::Dials && !holdsIndicesOfCell(dataSet)) {
+    if (kind == ExportKind::Dials && (!cellInForce(dataSet) || !holdsIndicesOfCell(dataSet))) {
         return ExchangeDialog::tr("No peaks are indexed with the cell in force: index first.");
     }
     if (kind == ExportKind::DynamicCif && !bIntegrated) {
