@@ -117,7 +117,8 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
     pGrid->setContentsMargins(0, 0, style()->pixelMetric(QStyle::PM_ScrollBarExtent) / 2, 0);
     pGrid->setColumnStretch(1, 1);
     pGrid->setVerticalSpacing(2);
-    for (const RoadRow& row : CRoadRows().rows()) {
+    const CRoadRows rows;
+    for (const RoadRow& row : rows.rows()) {
         addLine(row.kind, pGrid);
     }
     m_pClosing = new QLabel(pInside);
@@ -127,7 +128,7 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
     pGrid->setRowStretch(pGrid->rowCount(), 1);
     pArea->setWidget(pInside);
     pLayout->addWidget(pArea, 1);
-    setRows(CRoadRows().rows());
+    setRows(rows.rows());
     setRunning(false);
 }
 
