@@ -164,8 +164,8 @@ void MainWindow::readSettings()
 void MainWindow::arrangeDocks()
 {
     resizeDocks({m_listDock[0]}, {m_pToolBox->minimumWidth()}, Qt::Horizontal);
-    resizeDocks(m_listDock.mid(1), {200, 200, 200}, Qt::Vertical);
-    resizeDocks(m_listDock.mid(1), {400, 300, 200}, Qt::Horizontal);
+    resizeDocks(m_listDock.mid(1, 3), {200, 200, 200}, Qt::Vertical);
+    resizeDocks(m_listDock.mid(1, 3), {400, 300, 200}, Qt::Horizontal);
 }
 
 void MainWindow::writeSettings()

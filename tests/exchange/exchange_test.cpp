@@ -136,8 +136,7 @@ TEST(Exchange, WhichFramesOthersRead)
     EXPECT_EQ(drifting.listMoved[3].dfX, -6);
     EXPECT_EQ(drifting.listMoved[0].dfY, 1);
     EXPECT_EQ(choose("f_%1.mrc", 0.2).files().last(), dir.filePath("f_4.img"));
-    // The images of one file would all have its name.
-    EXPECT_EQ(choose("stack.mrc#%1", 0.2).files().last(), dir.filePath("a_b_smv/00004.img"));
+    EXPECT_EQ(choose("stack.mrc#%1", 0.2).files().last(), dir.filePath("stack_0004.img"));
 }
 
 TEST(Exchange, PassagesAreThoseOfThePrediction)

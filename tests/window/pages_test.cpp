@@ -13,7 +13,7 @@ const QVector<double> g_listNumber = {-1e9, -1000.005, -1.0049, -0.005, 0,      
 
 }  // namespace
 
-class PageNumbers : public testing::Test {
+class NumbersOfPages : public testing::Test {
 protected:
     FramesPage m_frames;
     ShiftPage m_shift{{}};
@@ -26,7 +26,7 @@ protected:
 
 // The batch driver rounds parameters by a function of the core, the window by its spin boxes; a run must
 // see the same numbers from both.
-TEST_F(PageNumbers, AreThoseThatTheDriverComputesWith)
+TEST_F(NumbersOfPages, AreThoseThatTheDriverComputesWith)
 {
     DataSet data;
     PeakHuntingParameters hunting;
@@ -64,7 +64,7 @@ TEST_F(PageNumbers, AreThoseThatTheDriverComputesWith)
 }
 
 // The numbers that users and their scripts know: not to be changed with the table by mistake.
-TEST_F(PageNumbers, StandAsUsersKnowThem)
+TEST_F(NumbersOfPages, StandAsUsersKnowThem)
 {
     const struct {
         const QDoubleSpinBox* pSpin;

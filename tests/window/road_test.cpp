@@ -70,9 +70,11 @@ TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
     const QStringList listFile = filesOf("driver");
     ASSERT_GT(listFile.size(), 41 + 12);
     EXPECT_EQ(filesOf("window"), listFile);
-    for (const QString& strFile : listFile)
-        if (!strFile.endsWith(".log"))  // names the folder, and times
+    for (const QString& strFile : listFile) {
+        if (!strFile.endsWith(".log")) {  // names the folder, and times
             EXPECT_TRUE(bytesOf("window/" + strFile) == bytesOf("driver/" + strFile)) << qPrintable(strFile);
+        }
+    }
 
     for (const QString& strText : rowTexts())
         EXPECT_FALSE(strText.contains("not done") || strText.contains("did not")) << qPrintable(strText);
