@@ -86,6 +86,8 @@ void CRoadRows::take(const RoadStep& step, const RoadResults& results)
             row.judgement = judgementOf(results.listJudgement, traitsOf(row.kind).pszPart);
             if (row.judgement && row.state == RoadRowState::Done) {
                 row.strText = row.judgement->strReason;
+            } else if (row.kind == RoadRowKind::Axis && row.state == RoadRowState::Done) {
+                row.strText = QCoreApplication::translate("RoadDock", "as the project tells it");
             }
         }
     }
