@@ -248,8 +248,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "Write other forms of the data after the last stage; a list, or given several times: smv "
          "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
          "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
-         "(indexed peaks by frame, which the stage index writes anyhow); for other programs xds (XDS.INP with "
-         "frames as SMV), dials (NAME.expt and NAME.refl with the same frames), pets (NAME.pts with frames as "
+         "(indexed peaks by frame, which the stage index writes anyhow); for other programs xds (XDS.INP "
+         "with "
+         "frames as SMV), dials (NAME.expt and NAME.refl with the same frames), pets (NAME.pts with frames "
+         "as "
          "TIFF), cif (NAME_dyn.cif_pets, intensities by frames for dynamical refinement). All but scaled, "
          "pictures and ipf need shifts.",
          "kind,..."},
@@ -259,7 +261,8 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
         {"virtual-frames",
          "export cif: frames that are put together; default 0, twice as many as nine of ten passages take.",
          "number"},
-        {"virtual-step", "export cif: frames from one such group to the next; default 0, half of them.", "number"},
+        {"virtual-step", "export cif: frames from one such group to the next; default 0, half of them.",
+         "number"},
         {"volume-edge",
          "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
          "memory per voxel.",

@@ -191,8 +191,9 @@ double withoutUnit(SideNumber& number, Quantity quantity, double df)
 
 std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strValue)
 {
-    static const QRegularExpression s_reValue(QStringLiteral(
-        "^\\s*([-+]?(?:\\d+\\.?\\d*|\\.\\d+)(?:[eE][-+]?\\d+)?)(?!\\d|[,:-]\\d|:)\\s*([^\\s,;\"'\\)\\]\\}]*)"));
+    static const QRegularExpression s_reValue(
+        QStringLiteral("^\\s*([-+]?(?:\\d+\\.?\\d*|\\.\\d+)(?:[eE][-+]?\\d+)?)(?!\\d|[,:-]\\d|:)\\s*([^\\s,;"
+                       "\"'\\)\\]\\}]*)"));
     const KeyAndUnit key = keyAndUnit(strKey);
     const auto& vecRow = keyRows();
     const auto it = std::find_if(vecRow.begin(), vecRow.end(),

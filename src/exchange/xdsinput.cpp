@@ -140,8 +140,7 @@ void addCell(CXdsText& text, const ExchangeGeometry& geometry)
         return;
     }
     const auto& [a, b, c] = geometry.aDirect;
-    text.remark(
-        "The cell in force, in P 1, with its orientation at angle 0. To find it anew: 0, and");
+    text.remark("The cell in force, in P 1, with its orientation at angle 0. To find it anew: 0, and");
     text.remark("the four lines below it away.");
     text.line("SPACE_GROUP_NUMBER= 1");
     text.line("UNIT_CELL_CONSTANTS= " + number(lengthOf(a), 4) + ' ' + number(lengthOf(b), 4) + ' ' +

@@ -36,7 +36,7 @@ size_t unpack(const uint8_t* p, size_t nBytes, size_t nCount, float* pfPixel)
         if (p == pEnd) {
             return i;
         }
-        int64_t nDifference = static_cast<int8_t>(*p++);
+        int64_t nDifference = int64_t(*p++ ^ 0x80) - 0x80;  // of a signed byte
         if (nDifference == std::numeric_limits<int8_t>::min() && !longDifference(p, pEnd, nDifference)) {
             return i;
         }

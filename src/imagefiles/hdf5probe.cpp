@@ -21,8 +21,8 @@ namespace tessera {
 
 namespace {
 
-/// What the parent will do, without keeping anything. No CHdf5Lock is taken here: the parent's thread holds it,
-/// which is another one than the child's.
+/// What the parent will do, without keeping anything. No CHdf5Lock is taken here: the parent's thread holds
+/// it, which is another one than the child's.
 void readOnce(const QString& strPath)
 {
     Hdf5Series series;

@@ -77,7 +77,8 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
     if (!pImage->Create(picture.width(), picture.height()))
         throw std::bad_alloc();
     float* pfTarget = pImage->Data();
-    if (picture.format() == QImage::Format_Grayscale16) {  // counts, of which a conversion keeps the upper half
+    if (picture.format() ==
+        QImage::Format_Grayscale16) {  // counts, of which a conversion keeps the upper half
         const size_t nWidth = size_t(picture.width());
         for (int y = 0; y < picture.height(); ++y) {
             convertPixels<quint16, false>(picture.constScanLine(y), nWidth, pfTarget + size_t(y) * nWidth);

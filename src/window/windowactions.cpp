@@ -111,7 +111,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          {"Export S&MV Images...", "Export image frames in SMV format for &MOSFLM and XDS", nullptr,
           "Ctrl+Shift+M"}},
         {&WindowActions::m_pOtherPrograms,
-         {"Export for Other &Programs...", "Export for XDS, DIALS, PETS and dynamical refinement", nullptr,
+         {"Export for Other &Programs...",
+          "Export for XDS, DIALS, PETS and dynamical refinement",
+          nullptr,
           {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
         {&WindowActions::m_pCopyWindow,
@@ -229,7 +231,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Saves the frames with the drift taken out, for programs that integrate frames themselves: one .img "
          "file for each in the folder of the project. In a 3D view the key makes a movie instead."},
         {m_pOtherPrograms,
-         "Writes what other programs go on with: instructions for XDS, geometry and indexed peaks for DIALS, a "
+         "Writes what other programs go on with: instructions for XDS, geometry and indexed peaks for DIALS, "
+         "a "
          "list of frames for PETS, intensities by frames for dynamical refinement, with the frames that they "
          "read."},
         {m_pZoomIn,
