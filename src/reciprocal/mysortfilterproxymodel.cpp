@@ -41,6 +41,11 @@ const MySortFilterProxyModel::Key& MySortFilterProxyModel::key(const QModelIndex
     return m_vecKey.at(index.row());
 }
 
+bool MySortFilterProxyModel::filterAcceptsRow(int nSourceRow, const QModelIndex&) const
+{
+    return size_t(nSourceRow) >= m_vecPasses.size() || m_vecPasses[size_t(nSourceRow)] != 0;
+}
+
 bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     const Key& keyLeft = key(left);

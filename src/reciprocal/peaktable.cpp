@@ -4,17 +4,27 @@
 #include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace tessera {
 
+namespace {
+
+const double g_dfNothing = std::numeric_limits<double>::quiet_NaN();
+
+/// The forms of the texts beside a number of decimals.
+enum Form { Whole = -1, SixDigits = -2, FrameNumber = -3, Index = -4, Words = -5, PlainHundredths = -6 };
+
+}  // namespace
+
 struct CPeakTable::Cells {
-    /// The index of a record, rounded; "*" where the record isn't indexed.
-    static QString index(const CPeakTable& table, const Peak3D& peak, double dfIndex)
+    /// The index of a record, rounded; nothing where the record isn't indexed.
+    static double index(const CPeakTable& table, const Peak3D& peak, double dfIndex)
     {
-        return isCloseToInteger(peak, table.m_fIndexThreshold) ? QString::number(roundIndex(dfIndex))
-                                                               : QStringLiteral("*");
+        return isCloseToInteger(peak, table.m_fIndexThreshold) ? roundIndex(dfIndex) : g_dfNothing;
     }
 
     static bool isAllowed(const CPeakTable& table, const Peak3D& peak)
@@ -23,17 +33,6 @@ struct CPeakTable::Cells {
             return true;
         const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
         return (nH == 0 && nK == 0 && nL == 0) || !table.m_spaceGroup.isAbsent(nH, nK, nL);
-    }
-
-    static QString fixed(const CPeakTable& table, double df, int nDecimals)
-    {
-        return table.m_locale.toString(df, 'f', nDecimals);
-    }
-
-    /// Two decimals, none for a frame number that is whole to within a thousandth.
-    static QString frame(const CPeakTable& table, double dfFrame)
-    {
-        return fixed(table, dfFrame, std::fabs(dfFrame - std::trunc(dfFrame)) > 0.001 ? 2 : 0);
     }
 
     static QPointF centred(const CPeakTable& table, const Peak3D& peak)
@@ -68,49 +67,66 @@ struct CPeakTable::Cells {
             {roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)}, peak.nFrame);
     }
 
-    static QString measured(const CPeakTable& table, const Peak3D& peak, double IntegratedPeak::*pNumber)
+    static double measured(const CPeakTable& table, const Peak3D& peak, double IntegratedPeak::*pNumber)
     {
         const IntegratedPeak* pPeak = integrated(table, peak);
-        return pPeak && pPeak->dfSigma > 0 ? fixed(table, pPeak->*pNumber, 1) : QString();
+        return pPeak && pPeak->dfSigma > 0 ? pPeak->*pNumber : g_dfNothing;
     }
 
-    typedef QString (*Text)(const CPeakTable& t, const Peak3D& p);
-    static constexpr Text aText[] = {
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nID); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfH, 'f', 2); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfK, 'f', 2); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.dfL, 'f', 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfH); },
-        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfK); },
-        [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfL); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfIPoint, 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfIntFit, 1); },
-        [](const CPeakTable& t, const Peak3D& p) {
-            return fixed(t, p.dfDStar == 0 ? 0.0 : 1 / p.dfDStar, 2);
-        },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfDStar, 3); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nFrame + 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return frame(t, p.dfFrameFit); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfHalfWidth, 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisDistance(t, p), 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisDistance(t, p) * p.dfHalfWidth, 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, azimuth(t, p), 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, axisAngle(t, p), 1); },
-        [](const CPeakTable& t, const Peak3D& p) { return t.m_locale.toString(p.dfX2D, 'g', 6); },
-        [](const CPeakTable& t, const Peak3D& p) { return t.m_locale.toString(p.dfY2D, 'g', 6); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, centred(t, p).x(), 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, centred(t, p).y(), 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfX2DCorrected, 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return fixed(t, p.dfY2DCorrected, 2); },
-        [](const CPeakTable& t, const Peak3D& p) { return QString::number(isAllowed(t, p) ? 1 : 0); },
-        [](const CPeakTable&, const Peak3D& p) { return QString::number(p.nRGroup); },
-        [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfIntensity); },
-        [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfSigma); },
-        [](const CPeakTable& t, const Peak3D& p) {
-            const IntegratedPeak* pPeak = integrated(t, p);
-            return pPeak ? pPeak->strFlags : QString();
-        }};
-    static_assert(std::size(aText) == g_nPeakTableColumns, "each column has its text");
+    struct Column {
+        int nForm;  ///< decimals, or a Form
+        double (*fnNumber)(const CPeakTable& t, const Peak3D& p);
+    };
+    static constexpr Column aColumn[] = {
+        {Whole, [](const CPeakTable&, const Peak3D& p) { return double(p.nID); }},
+        {PlainHundredths, [](const CPeakTable&, const Peak3D& p) { return p.dfH; }},
+        {PlainHundredths, [](const CPeakTable&, const Peak3D& p) { return p.dfK; }},
+        {PlainHundredths, [](const CPeakTable&, const Peak3D& p) { return p.dfL; }},
+        {Index, [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfH); }},
+        {Index, [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfK); }},
+        {Index, [](const CPeakTable& t, const Peak3D& p) { return index(t, p, p.dfL); }},
+        {1, [](const CPeakTable&, const Peak3D& p) { return p.dfIPoint; }},
+        {1, [](const CPeakTable&, const Peak3D& p) { return p.dfIntFit; }},
+        {2, [](const CPeakTable&, const Peak3D& p) { return p.dfDStar == 0 ? 0.0 : 1 / p.dfDStar; }},
+        {3, [](const CPeakTable&, const Peak3D& p) { return p.dfDStar; }},
+        {Whole, [](const CPeakTable&, const Peak3D& p) { return p.nFrame + 1.0; }},
+        {FrameNumber, [](const CPeakTable&, const Peak3D& p) { return p.dfFrameFit; }},
+        {2, [](const CPeakTable&, const Peak3D& p) { return p.dfHalfWidth; }},
+        {1, [](const CPeakTable& t, const Peak3D& p) { return axisDistance(t, p); }},
+        {1, [](const CPeakTable& t, const Peak3D& p) { return axisDistance(t, p) * p.dfHalfWidth; }},
+        {1, [](const CPeakTable& t, const Peak3D& p) { return azimuth(t, p); }},
+        {1, [](const CPeakTable& t, const Peak3D& p) { return axisAngle(t, p); }},
+        {SixDigits, [](const CPeakTable&, const Peak3D& p) { return p.dfX2D; }},
+        {SixDigits, [](const CPeakTable&, const Peak3D& p) { return p.dfY2D; }},
+        {2, [](const CPeakTable& t, const Peak3D& p) { return centred(t, p).x(); }},
+        {2, [](const CPeakTable& t, const Peak3D& p) { return centred(t, p).y(); }},
+        {2, [](const CPeakTable&, const Peak3D& p) { return p.dfX2DCorrected; }},
+        {2, [](const CPeakTable&, const Peak3D& p) { return p.dfY2DCorrected; }},
+        {Whole, [](const CPeakTable& t, const Peak3D& p) { return isAllowed(t, p) ? 1.0 : 0.0; }},
+        {Whole, [](const CPeakTable&, const Peak3D& p) { return double(p.nRGroup); }},
+        {1,
+         [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfIntensity); }},
+        {1, [](const CPeakTable& t, const Peak3D& p) { return measured(t, p, &IntegratedPeak::dfSigma); }},
+        {Words, [](const CPeakTable&, const Peak3D&) { return g_dfNothing; }}};
+    static_assert(std::size(aColumn) == g_nPeakTableColumns, "each column has its number");
+
+    static QString formatted(const CPeakTable& table, int nForm, double df)
+    {
+        switch (nForm) {
+            case Whole:
+                return QString::number(qint64(df));
+            case Index:
+                return std::isnan(df) ? QStringLiteral("*") : QString::number(qint64(df));
+            case SixDigits:
+                return table.m_locale.toString(df, 'g', 6);
+            case FrameNumber:  // two decimals, none for a frame number that is whole to within a thousandth
+                return table.m_locale.toString(df, 'f', std::fabs(df - std::trunc(df)) > 0.001 ? 2 : 0);
+            case PlainHundredths:
+                return QString::number(df, 'f', 2);
+            default:
+                return table.m_locale.toString(df, 'f', nForm);
+        }
+    }
 };
 
 CPeakTable::CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, double dfIndexThreshold,
@@ -126,7 +142,73 @@ CPeakTable::CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, do
 
 QString CPeakTable::text(int nRow, int nColumn) const
 {
-    return Cells::aText[nColumn](*this, m_listPeak.at(nRow));
+    const Peak3D& peak = m_listPeak.at(nRow);
+    const Cells::Column& column = Cells::aColumn[nColumn];
+    if (nColumn < g_nFirstIntegratedColumn) {
+        return Cells::formatted(*this, column.nForm, column.fnNumber(*this, peak));
+    }
+    if (column.nForm == Words) {
+        const IntegratedPeak* pPeak = Cells::integrated(*this, peak);
+        return pPeak ? pPeak->strFlags : QString();
+    }
+    const double df = column.fnNumber(*this, peak);
+    return std::isnan(df) ? QString() : Cells::formatted(*this, column.nForm, df);
+}
+
+double CPeakTable::number(int nRow, int nColumn) const
+{
+    return Cells::aColumn[nColumn].fnNumber(*this, m_listPeak.at(nRow));
+}
+
+bool CPeakTable::isText(int nColumn)
+{
+    return Cells::aColumn[nColumn].nForm == Words;
+}
+
+int CPeakTable::decimals(int nColumn)
+{
+    const int nForm = Cells::aColumn[nColumn].nForm;
+    return nForm >= 0                                                               ? nForm
+           : nForm == SixDigits || nForm == FrameNumber || nForm == PlainHundredths ? 2
+                                                                                    : 0;
+}
+
+QStringList CPeakTable::longestTexts(int nColumn, int nMaxRows) const
+{
+    const Cells::Column& column = Cells::aColumn[nColumn];
+    const int nStep = 1 + (rowCount() - 1) / std::max(1, nMaxRows);
+    // Where the number of digits does not follow from the number, each text is looked at.
+    if (column.nForm == Words || column.nForm == SixDigits) {
+        QString strLongest;
+        for (int nRow = 0; nRow < rowCount(); nRow += nStep) {
+            const QString strText = text(nRow, nColumn);
+            if (strText.size() > strLongest.size()) {
+                strLongest = strText;
+            }
+        }
+        return {strLongest};
+    }
+    double dfLeast = g_dfNothing, dfGreatest = g_dfNothing;
+    bool bNothing = false;
+    for (int nRow = 0; nRow < rowCount(); nRow += nStep) {
+        const double df = number(nRow, nColumn);
+        if (std::isnan(df)) {
+            bNothing = true;
+            continue;
+        }
+        dfLeast = df >= dfLeast ? dfLeast : df;  // also from nothing
+        dfGreatest = df <= dfGreatest ? dfGreatest : df;
+    }
+    QStringList listText;
+    if (bNothing && column.nForm == Index) {
+        listText.append(QStringLiteral("*"));
+    }
+    if (!std::isnan(dfLeast)) {
+        const int nForm = column.nForm == FrameNumber ? 2 : column.nForm;
+        listText.append(Cells::formatted(*this, nForm, dfLeast));
+        listText.append(Cells::formatted(*this, nForm, dfGreatest));
+    }
+    return listText;
 }
 
 CPeakTable CPeakTable::withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const

@@ -7,6 +7,7 @@
 
 #include <QLocale>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -33,6 +34,16 @@ public:
     /// @param nRow     below rowCount()
     /// @param nColumn  below g_nPeakTableColumns
     QString text(int nRow, int nColumn) const;
+    /// The number behind a text, with all its digits; NaN where there is none: an index of a record that
+    /// isn't indexed, an intensity that was not measured, a column of words.
+    double number(int nRow, int nColumn) const;
+    /// Whether a column holds words and not numbers.
+    static bool isText(int nColumn);
+    /// Decimals that a column shows at most; 0: whole numbers.
+    static int decimals(int nColumn);
+    /// Texts of which one is as long as any text of the column: for the width that it needs. With more rows
+    /// than `nMaxRows`, as many that are spread evenly are looked at.
+    QStringList longestTexts(int nColumn, int nMaxRows) const;
     /// The same table with another integration; null: with none.
     CPeakTable withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const;
     /// What the integration says of a row; null: nothing.

@@ -5,6 +5,7 @@
 #include "view3d/ed3dwidget.h"
 #include "window/messageedit.h"
 #include "window/pages/view3dpage.h"
+#include "window/reciprocal/peaktableview.h"
 #include "window/settingsfile.h"
 
 #include <QCryptographicHash>
@@ -158,6 +159,7 @@ void MainWindow::readSettings()
     if (!readCell(text(g_szReference), m_refinement.m_referenceCell))
         complain(g_szReference);
     m_bConstantBackground = pSettings->value(QLatin1String(g_szBackground), false).toBool();
+    m_pPeakTableView->readColumns(*pSettings);
 }
 
 // The docks of a first start: the tool box as wide as its pages need, the frame as much as it can have.
@@ -184,6 +186,7 @@ void MainWindow::writeSettings()
             pSettings->setValue(QLatin1String(row.pszSettingsKey), row.value(parameterRecords()));
     pSettings->setValue(QLatin1String(g_szAutoRadii), m_hunting.m_bAutoRadii);
     pSettings->setValue(QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha);
+    m_pPeakTableView->writeColumns(*pSettings);
     // Only the file changes these; written once, so that they can be found there.
     const std::pair<const char*, QVariant> aDefault[] = {
         {g_szExcluded, QString()}, {g_szReference, 0}, {g_szBackground, false}, {g_szTestRuns, false}};

@@ -2,82 +2,25 @@
 
 #include "reciprocal/mysortfilterproxymodel.h"
 #include "reciprocal/peaktable.h"
+#include "reciprocal/peaktablecsv.h"
 #include "reciprocal/tablemodel.h"
-#include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
+#include "window/reciprocal/peakfilterbar.h"
 
-#include <QAction>
-#include <QCoreApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
-#include <QSortFilterProxyModel>
 
 #include <algorithm>
-#include <iterator>
+#include <cmath>
+#include <optional>
+#include <vector>
 
 namespace tessera {
 
 namespace {
 
 const int g_nRightAlignment = int(Qt::AlignRight) | int(Qt::AlignVCenter);
-
-struct Column {
-    int nWidth;  ///< pixels
-    bool bHidden;
-    bool bFixed;  ///< stays shown or hidden as it is
-};
-
-constexpr Column g_aColumn[] = {
-    {50, false, false}, {50, true, false},  {50, true, false},  {50, true, false},  {50, false, true},
-    {50, false, true},  {50, false, true},  {60, false, false}, {60, true, true},   {50, false, false},
-    {50, false, false}, {60, false, false}, {60, true, true},   {70, true, true},   {70, true, false},
-    {70, true, true},   {60, false, false}, {60, false, false}, {50, false, false}, {50, false, false},
-    {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false}, {50, false, false},
-    {50, false, false}, {70, true, false},  {60, true, false},  {120, true, false}};
-static_assert(std::size(g_aColumn) == g_nPeakTableColumns, "each column has its width");
-
-/// Tips of the columns, for their titles and for the menu that shows and hides them.
-constexpr const char* g_apszColumnTip[] = {
-    QT_TRANSLATE_NOOP("MainWindow", "Number of the reflection, from the merging."),
-    QT_TRANSLATE_NOOP("MainWindow", "h before rounding."),
-    QT_TRANSLATE_NOOP("MainWindow", "k before rounding."),
-    QT_TRANSLATE_NOOP("MainWindow", "l before rounding."),
-    QT_TRANSLATE_NOOP("MainWindow", "h; * if it is not whole within the index threshold."),
-    QT_TRANSLATE_NOOP("MainWindow", "k; * if it is not whole within the index threshold."),
-    QT_TRANSLATE_NOOP("MainWindow", "l; * if it is not whole within the index threshold."),
-    QT_TRANSLATE_NOOP("MainWindow", "Intensity, counts, as chosen for the merging."),
-    QT_TRANSLATE_NOOP("MainWindow", "Height of the curve that was fitted through the frames."),
-    QT_TRANSLATE_NOOP("MainWindow", "Spacing of the lattice planes, Å."),
-    QT_TRANSLATE_NOOP("MainWindow", "Distance from the origin of reciprocal space, Å⁻¹."),
-    QT_TRANSLATE_NOOP("MainWindow", "Frame on which the reflection is strongest, from 1."),
-    QT_TRANSLATE_NOOP("MainWindow", "Frame number at the top of the fitted curve."),
-    QT_TRANSLATE_NOOP("MainWindow", "Half width of the fitted curve, frames."),
-    QT_TRANSLATE_NOOP("MainWindow", "Distance from the rotation axis, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow",
-                      "Half width times distance from the rotation axis: alike for all sharp reflections."),
-    QT_TRANSLATE_NOOP("MainWindow", "Azimuth on the frame, degrees counter-clockwise from the right."),
-    QT_TRANSLATE_NOOP("MainWindow", "Angle to the rotation axis, degrees."),
-    QT_TRANSLATE_NOOP("MainWindow", "Column on the frame, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow", "Row on the frame, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow", "Column relative to the direct beam, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow", "Row relative to the direct beam, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow", "Column relative to the direct beam with the stretching undone, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow", "Row relative to the direct beam with the stretching undone, pixels."),
-    QT_TRANSLATE_NOOP("MainWindow",
-                      "0 if the space group of \"Reflection Grouping\" forbids the reflection, else 1."),
-    QT_TRANSLATE_NOOP("MainWindow", "Number of the group of equivalent reflections."),
-    QT_TRANSLATE_NOOP("MainWindow", "Integrated intensity on the common scale of the series."),
-    QT_TRANSLATE_NOOP("MainWindow", "Standard deviation of the integrated intensity."),
-    QT_TRANSLATE_NOOP("MainWindow", "What is wrong with the integrated intensity; empty: nothing.")};
-static_assert(std::size(g_apszColumnTip) == g_nPeakTableColumns, "each column has its tip");
-
-QVector<QString> columnTips()
-{
-    QVector<QString> vecTip;
-    for (const char* pszTip : g_apszColumnTip)
-        vecTip.append(QCoreApplication::translate("MainWindow", pszTip));
-    return vecTip;
-}
+const int g_nWholeIndexColumn = 4;
 
 /// The text of a cell without the no-break spaces, wide and narrow, that locales put between groups of
 /// digits: other programs don't read numbers that have them.
@@ -92,52 +35,125 @@ QString pastedText(const QModelIndex& index)
 }  // namespace
 
 PeakTableView::PeakTableView(const QVector<QString>& vecTitle, QWidget* pParent)
-    : QTableView(pParent), m_pPeakTableModel(new TableModel(this))
+    : QTableView(pParent), m_pPeakTableModel(new TableModel(this)), m_vecTitle(vecTitle)
 {
     m_pPeakTableModel->setDefaultAlignment(g_nRightAlignment);
     m_pPeakTableModel->setHeader(vecTitle);
-    const QVector<QString> vecTip = columnTips();
-    m_pPeakTableModel->setHeaderTips(vecTip);
+    m_pPeakTableModel->setHeaderTips(peakColumnTips());
     // A view has columns only as long as there is a row.
     m_pPeakTableModel->setRows({QVector<QString>(g_nPeakTableColumns, QStringLiteral("0"))});
-    auto* pSorted = new MySortFilterProxyModel(this);
-    pSorted->setSourceModel(m_pPeakTableModel);
-    setModel(pSorted);
+    m_pSorted = new MySortFilterProxyModel(this);
+    m_pSorted->setSourceModel(m_pPeakTableModel);
+    setModel(m_pSorted);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAlternatingRowColors(true);
+    setWordWrap(false);
     sortByColumn(0, Qt::AscendingOrder);  // Qt would begin with the last one
     setSortingEnabled(true);
     verticalHeader()->hide();
     setLowRows(this);
+    m_pColumns = std::make_unique<CPeakColumns>(*this, vecTitle);
 
-    for (int i = 0; i < g_nPeakTableColumns; ++i) {
-        setColumnWidth(i, g_aColumn[i].nWidth);
-        setColumnHidden(i, g_aColumn[i].bHidden);
-        auto* pAction = new QAction(m_pPeakTableModel->headerData(i, Qt::Horizontal).toString(), this);
-        pAction->setCheckable(true);
-        explain(pAction, vecTip[i]);
-        pAction->setChecked(!g_aColumn[i].bHidden);
-        pAction->setEnabled(!g_aColumn[i].bFixed);
-        m_listColumnAction.append(pAction);
-    }
-    horizontalHeader()->addActions(m_listColumnAction);
-    horizontalHeader()->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_pBar = new PeakFilterBar(this);
+    connect(m_pBar, &PeakFilterBar::entered, this, [this](const QString& strLine) { setFilter(strLine); });
+    connect(m_pBar, &PeakFilterBar::heightChanged, this, &PeakTableView::placeBar);
+    m_pBar->setCounts(0, 0);
+    placeBar();
 }
+
+PeakTableView::~PeakTableView() = default;
 
 void PeakTableView::setTable(const std::shared_ptr<const CPeakTable>& pTable)
 {
-    // Without rows the columns go, and with them what the user has made of them.
     m_pTable = pTable;
+    resetRows();
+    m_pColumns->fit(pTable);
+}
+
+/// Hands the rows of the table over that pass the filter, by one reset of the model.
+void PeakTableView::resetRows()
+{
+    const std::shared_ptr<const CPeakTable> pTable = m_pTable;
+    m_pSorted->setPassingRows(m_filter.isEmpty() ? std::vector<char>() : m_filter.rowsThatPass(*pTable));
+    // Without rows the columns go, and with them what the user has made of them.
     const bool bHadColumns = horizontalHeader()->count() > 0;
-    if (bHadColumns)
-        m_bytesColumnLayout = horizontalHeader()->saveState();
+    m_pColumns->keepLayout();
     m_pPeakTableModel->setCells(pTable->rowCount(), g_nPeakTableColumns,
                                 [pTable](int nRow, int nColumn) { return pTable->text(nRow, nColumn); });
     if (!bHadColumns && horizontalHeader()->count() > 0) {
-        horizontalHeader()->restoreState(m_bytesColumnLayout);
-        showCheckedColumns();
+        m_pColumns->restoreLayout();
     }
+    m_pBar->setCounts(m_pSorted->rowCount(), pTable->rowCount());
+}
+
+bool PeakTableView::setFilter(const QString& strLine)
+{
+    QString strReason;
+    const std::optional<CPeakFilter> filter = CPeakFilter::parse(strLine, m_vecTitle, strReason);
+    m_pBar->setText(strLine);
+    m_pBar->setError(strReason);
+    if (!filter) {
+        return false;
+    }
+    if (filter->isEmpty() && m_filter.isEmpty()) {
+        return true;
+    }
+    m_filter = *filter;
+    if (m_pTable) {
+        const int nRow = peakRow(currentIndex());
+        const bool bChosen = selectionModel()->isSelected(currentIndex());
+        resetRows();
+        const QModelIndex index = indexOfPeak(nRow);
+        if (bChosen && index.isValid()) {
+            setCurrentIndex(index);
+            scrollTo(index);
+        }
+    }
+    return true;
+}
+
+int PeakTableView::peakRow(const QModelIndex& index) const
+{
+    return m_pSorted->mapToSource(index).row();
+}
+
+QModelIndex PeakTableView::indexOfPeak(int nRow) const
+{
+    const QModelIndex index = m_pSorted->mapFromSource(m_pPeakTableModel->index(nRow, 0));
+    // A column that is hidden cannot be scrolled to.
+    const QVector<int> vecShown = m_pColumns->shown();
+    return index.isValid() && !vecShown.isEmpty() ? index.sibling(index.row(), vecShown.first()) : index;
+}
+
+bool PeakTableView::chooseUnindexed(int nStep)
+{
+    const int nRows = m_pSorted->rowCount();
+    if (!m_pTable || nRows == 0) {
+        return false;
+    }
+    const int nFrom = currentIndex().isValid() ? currentIndex().row() : nStep > 0 ? -1 : nRows;
+    for (int i = 1; i <= nRows; ++i) {
+        const int nRow = ((nFrom + i * nStep) % nRows + nRows) % nRows;
+        const int nPeak = peakRow(m_pSorted->index(nRow, 0));
+        if (std::isnan(m_pTable->number(nPeak, g_nWholeIndexColumn))) {
+            setCurrentIndex(indexOfPeak(nPeak));
+            return true;
+        }
+    }
+    return false;
+}
+
+QByteArray PeakTableView::csv() const
+{
+    if (!m_pTable) {
+        return {};
+    }
+    QVector<int> vecRow;
+    for (int nRow = 0; nRow < m_pSorted->rowCount(); ++nRow) {
+        vecRow.append(peakRow(m_pSorted->index(nRow, 0)));
+    }
+    return peakTableCsv(*m_pTable, m_vecTitle, vecRow, m_pColumns->shown());
 }
 
 void PeakTableView::setIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated)
@@ -147,25 +163,24 @@ void PeakTableView::setIntegrated(const std::shared_ptr<const CIntegratedPeaks>&
     }
 }
 
-void PeakTableView::checkIntegratedColumns(bool bCheck)
-{
-    for (QAction* pAction : m_listColumnAction.mid(g_nFirstIntegratedColumn)) {
-        pAction->setChecked(bCheck);
-    }
-}
-
 const IntegratedPeak* PeakTableView::integratedPeak(const QModelIndex& index) const
 {
-    const auto* pSorted = static_cast<const QSortFilterProxyModel*>(model());
-    const int nRow = pSorted->mapToSource(index).row();
+    const int nRow = peakRow(index);
     return m_pTable && nRow >= 0 && nRow < m_pTable->rowCount() ? m_pTable->integrated(nRow) : nullptr;
 }
 
-void PeakTableView::showCheckedColumns()
+/// The frame leaves the bar above it out, and headers, rows and scroll bars lie in the frame.
+void PeakTableView::placeBar()
 {
-    for (int i = 0; i < m_listColumnAction.size(); ++i)
-        if (m_listColumnAction[i]->isChecked() == isColumnHidden(i))
-            setColumnHidden(i, !m_listColumnAction[i]->isChecked());
+    const int nHeight = m_pBar->heightFor(width());
+    m_pBar->setGeometry(0, 0, width(), nHeight);
+    setFrameRect(QRect(0, nHeight, width(), std::max(0, height() - nHeight)));
+}
+
+void PeakTableView::resizeEvent(QResizeEvent* pEvent)
+{
+    placeBar();
+    QTableView::resizeEvent(pEvent);
 }
 
 QString PeakTableView::selectedText() const
@@ -173,7 +188,14 @@ QString PeakTableView::selectedText() const
     QModelIndexList listIndex = selectionModel()->selectedIndexes();
     const auto isHidden = [this](const QModelIndex& index) { return isColumnHidden(index.column()); };
     listIndex.erase(std::remove_if(listIndex.begin(), listIndex.end(), isHidden), listIndex.end());
-    std::stable_sort(listIndex.begin(), listIndex.end());  // by row, then by column
+    // By row, then as the columns stand.
+    const QHeaderView* pHeader = horizontalHeader();
+    const auto isBefore = [pHeader](const QModelIndex& left, const QModelIndex& right) {
+        return left.row() != right.row()
+                   ? left.row() < right.row()
+                   : pHeader->visualIndex(left.column()) < pHeader->visualIndex(right.column());
+    };
+    std::stable_sort(listIndex.begin(), listIndex.end(), isBefore);
     QString strText;
     for (int i = 0; i < listIndex.size(); ++i) {
         if (i > 0)
