@@ -180,11 +180,13 @@ private:
             const int nBefore = nPlace;
             nPlace += match.capturedLength();
             const int nColumn = columnAt(strLeft, nPlace);
-            const bool bParted = vecSummand.empty() || !match.captured(1).isEmpty();
-            if (nColumn < 0 || !bParted) {
-                const QString strRest = strLeft.mid(nBefore);
+            const QString strRest = strLeft.mid(nBefore);
+            if (nColumn < 0) {
                 return refuse(strRest.isEmpty() ? tr("\"%1\" names no column.").arg(strTerm)
                                                 : tr("\"%1\" is no column of the table.").arg(strRest));
+            }
+            if (!vecSummand.empty() && match.captured(1).isEmpty()) {
+                return refuse(tr("\"%1\": + or - is missing before \"%2\".").arg(strTerm, strRest));
             }
             const int nFactor = match.captured(2).isEmpty() ? 1 : match.captured(2).toInt();
             vecSummand.push_back({match.captured(1) == QLatin1String("-") ? -nFactor : nFactor, nColumn});

@@ -41,7 +41,7 @@ public:
     /// passes() of all rows of a table.
     std::vector<char> rowsThatPass(const CPeakTable& table) const;
 
-    /// How a column can be named beside its title, shortest first.
+    /// How a column can be named, its title among it.
     static QStringList columnNames(int nColumn, const QString& strTitle);
 
 private:

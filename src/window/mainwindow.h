@@ -365,8 +365,6 @@ public slots:
     void copySelectedReflectionsInPeakTable();
     /// The same for all rows, which are selected by it.
     void copyAllReflectionsInPeakTable();
-    /// Asks for a file and writes the rows and columns of the peak table that are seen.
-    void exportPeakTable();
 
     // Curve window: src/window/frames/mainwindow_curves.cpp
     /// Draws the intensity of a reflection through the frames.
@@ -517,7 +515,6 @@ private:
     void createViews();
     void create3DView(ED3DWidget*& pView, const QString& strTab);
     void createPeakTable();
-    void createPeakTableKeys();
     void createRoad();  // src/window/road/mainwindow_road.cpp
     QString projectFile() const;
     bool askForProject();

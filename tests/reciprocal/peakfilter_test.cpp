@@ -139,7 +139,7 @@ TEST(PeakFilter, SaysWhatIsWrong)
 {
     const std::pair<const char*, const char*> aCase[] = {
         {"q=1", "\"q\" is no column of the table."},
-        {"h k=1", "\"k\" is no column of the table."},
+        {"h k=1", "\"h k=1\": + or - is missing before \"k\"."},
         {"=1", "\"=1\" names no column."},
         {"h", "\"h\" has no comparison, such as h>0."},
         {"h=", "\"h=\" has nothing to compare with."},
@@ -154,7 +154,7 @@ TEST(PeakFilter, SaysWhatIsWrong)
         {"d=2n", "\"d=2n\": multiples are of whole numbers, such as h, k, l."},
         {"hkl=2 0", "hkl wants three whole numbers with spaces between them, such as hkl=2 0 -4."},
         {"hkl>2 0 1", "hkl can be compared by = and != alone."},
-        {"flags+h=1", "\"flags+h\": words cannot be added."},
+        {"flags+h=1", "\"flags+h=1\": words cannot be added."},
     };
     for (const auto& entry : aCase) {
         EXPECT_EQ(reasonFor(entry.first), entry.second);

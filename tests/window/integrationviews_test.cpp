@@ -2,6 +2,7 @@
 #include "integration/reflectionflags.h"
 #include "tests/window/integrationtest.h"
 #include "window/integration/disccolors.h"
+#include "window/reciprocal/peaktableview.h"
 
 namespace tessera {
 
@@ -134,6 +135,15 @@ TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
     // Empty cells come before the numbers.
     m_pTable->sortByColumn(26, Qt::DescendingOrder);
     EXPECT_EQ(find(observations()[1]), 0);
+    // A filter that leaves out others keeps the passage behind its row.
+    auto& view = dynamic_cast<PeakTableView&>(*m_pTable);
+    const int nRowsBefore = table()->rowCount();
+    ASSERT_TRUE(view.setFilter(QStringLiteral("int.integr.<0,flags=overlap")));
+    ASSERT_EQ(table()->rowCount(), 1);
+    ASSERT_NE(view.integratedPeak(table()->index(0, 7)), nullptr);
+    EXPECT_EQ(view.integratedPeak(table()->index(0, 7))->nObservation, 1);
+    view.setFilter({});
+    ASSERT_EQ(table()->rowCount(), nRowsBefore);
     m_pTabs->setCurrentWidget(m_pTable);
     QTest::mouseClick(m_pTable->viewport(), Qt::LeftButton, {},
                       m_pTable->visualRect(table()->index(0, 7)).center());

@@ -1,5 +1,8 @@
 // The peak table, the curve of the row that is clicked, and the point groups between masks, views and tables.
+#include "reciprocal/peaktable.h"
 #include "tests/window/windowtest.h"
+#include "window/reciprocal/peakfilterbar.h"
+#include "window/reciprocal/peaktableview.h"
 
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>
@@ -59,6 +62,49 @@ protected:
         return m_pTable->model()->index(nRow, nColumn).data().toString();
     }
     QString lastLine() const { return log().section('\n', -1); }
+    PeakTableView& table() const { return dynamic_cast<PeakTableView&>(*m_pTable); }
+    template <class T>
+    T* inBar(const char* pszName) const
+    {
+        return table().filterBar().findChild<T*>(QLatin1String(pszName));
+    }
+    QLineEdit* line() const { return inBar<QLineEdit>("peakFilter"); }
+    QString counts() const { return inBar<QLabel>("peakFilterCounts")->text(); }
+    QString error() const
+    {
+        const auto* pLabel = inBar<QLabel>("peakFilterError");
+        return pLabel->isVisibleTo(m_pTable) ? pLabel->text() : QString();
+    }
+    void typeFilter(const QString& strLine)
+    {
+        line()->clear();
+        QTest::keyClicks(line(), strLine);
+        QTest::keyClick(line(), Qt::Key_Return);
+    }
+    /// The numbers of the rows that are seen, in their order.
+    QList<int> ids() const
+    {
+        QList<int> listID;
+        for (int i = 0; i < m_pTable->model()->rowCount(); ++i)
+            listID.append(cell(i, 0).toInt());
+        return listID;
+    }
+    /// Reflections h = 0 to n - 1, the strongest last, every third of them not indexed.
+    static QList<Peak3D> reflections(int nCount)
+    {
+        QList<Peak3D> listPeak;
+        for (int i = 0; i < nCount; ++i) {
+            Peak3D peak;
+            peak.nID = 100 + i;
+            peak.nFrame = i;
+            peak.setHKL(i, i % 3 == 2 ? 0.5 : 0, -i);
+            peak.dfIPoint = 1e7 / 3 * i;
+            peak.dfDStar = 0.1 + 0.01 * i;
+            peak.dfX2D = -1234.567 + i / 7.0;
+            listPeak.append(peak);
+        }
+        return listPeak;
+    }
 
     QTableWidget *m_pGroups = nullptr, *m_pTarget = nullptr;
     QwtPlot* m_pPlot = nullptr;
@@ -110,6 +156,213 @@ TEST_F(PeakTableWindow, TheClipboardHasTheColumnsInSight)
     EXPECT_EQ(QApplication::clipboard()->text(), strExpected) << "in the order of the rows";
 }
 
+TEST_F(PeakTableWindow, NoNumberIsElided)
+{
+    m_pTabs->setCurrentIndex(3);
+    m_pWindow->updatePeakTable(reflections(400));
+    for (QAction* pAction : m_pTable->horizontalHeader()->actions())
+        pAction->setChecked(true);
+    // The delegate's own measure, with a pixel for the line of the grid.
+    QStyleOptionViewItem option;
+    option.initFrom(m_pTable);
+    option.font = m_pTable->font();
+    option.fontMetrics = m_pTable->fontMetrics();
+    const auto needed = [&](int nColumn) {
+        int nNeeded = m_pTable->horizontalHeader()->sectionSizeHint(nColumn);
+        for (int i = 0; i < m_pTable->model()->rowCount(); ++i)
+            nNeeded = std::max(
+                nNeeded,
+                1 + m_pTable->itemDelegate()->sizeHint(option, m_pTable->model()->index(i, nColumn)).width());
+        return nNeeded;
+    };
+    int nWide = 0;
+    for (int nColumn = 0; nColumn < g_nPeakTableColumns; ++nColumn) {
+        if (m_pTable->isColumnHidden(nColumn))
+            continue;
+        EXPECT_GE(m_pTable->columnWidth(nColumn), needed(nColumn)) << "column " << nColumn;
+        EXPECT_LE(m_pTable->columnWidth(nColumn), needed(nColumn) + 20) << "column " << nColumn;
+        nWide += m_pTable->columnWidth(nColumn);
+        EXPECT_FALSE(
+            m_pTable->model()->headerData(nColumn, Qt::Horizontal, Qt::ToolTipRole).toString().isEmpty());
+    }
+    // Made wider, a column stays so; narrower than its numbers it cannot be; a double click fits it again.
+    const int nFit = m_pTable->columnWidth(7);
+    m_pTable->setColumnWidth(7, 15);
+    EXPECT_EQ(m_pTable->columnWidth(7), nFit);
+    m_pTable->setColumnWidth(7, nFit + 50);
+    m_pWindow->updatePeakTable(reflections(2));
+    EXPECT_EQ(m_pTable->columnWidth(7), nFit + 50);
+    EXPECT_LT(m_pTable->columnWidth(4), 50) << "two indices of one digit";
+    emit m_pTable->horizontalHeader()->sectionHandleDoubleClicked(7);
+    EXPECT_LE(m_pTable->columnWidth(7), nFit);
+}
+
+TEST_F(PeakTableWindow, OrderAndChoiceOfColumnsOutliveTheWindow)
+{
+    QHeaderView* pHeader = m_pTable->horizontalHeader();
+    pHeader->moveSection(pHeader->visualIndex(7), 0);
+    pHeader->moveSection(pHeader->visualIndex(22), 3);
+    pHeader->actions()[1]->setChecked(true);
+    pHeader->actions()[9]->setChecked(false);
+    pHeader->actions()[28]->trigger();  // flags: shown without an integration, and not wanted with one
+    pHeader->actions()[28]->trigger();
+    m_pWindow->updatePeakTable({});  // without rows the columns go, and come back as they were
+    m_pWindow->updatePeakTable(reflections(2));
+    const auto state = [this] {
+        QStringList list;
+        for (int i = 0; i < 29; ++i) {
+            const int nColumn = m_pTable->horizontalHeader()->logicalIndex(i);
+            if (!m_pTable->isColumnHidden(nColumn))
+                list.append(QString::number(nColumn));
+        }
+        return list.join(' ');
+    };
+    const QString strState = "7 0 1 22 4 5 6 10 11 16 17 18 19 20 21 23 24 25";
+    EXPECT_EQ(state(), strState);
+    m_pWindow->copyAllReflectionsInPeakTable();
+    EXPECT_EQ(QApplication::clipboard()->text().section('\n', 1, 1).section('\t', 1, 2), "101\t1.00")
+        << "what is copied stands as it is seen";
+    m_pWindow->close();
+    newWindow();
+    EXPECT_EQ(state(), strState);
+    table().checkIntegratedColumns(true);
+    EXPECT_EQ(state(), strState + " 26 27");
+    // What no window has written is passed over.
+    QSettings settings("Lumenarc", "Tessera");
+    settings.setValue("PeakTable/columnOrder", QStringList{"5", "x", "-1", "99", "5", "0"});
+    settings.setValue("PeakTable/columnsHidden", QStringList{"4", "12"});
+    settings.setValue("PeakTable/columnsShown", 3);
+    settings.sync();
+    newWindow();
+    EXPECT_EQ(state(), "5 0 3 4 6 7 9 10 11 16 17 18 19 20 21 22 23 24 25");
+}
+
+TEST_F(PeakTableWindow, TheLineChoosesTheRows)
+{
+    m_pTabs->setCurrentIndex(3);
+    m_pWindow->updatePeakTable(reflections(12));
+    EXPECT_EQ(counts(), "12 of 12");
+    m_pTable->sortByColumn(7, Qt::DescendingOrder);
+    m_pTable->selectRow(3);
+    ASSERT_EQ(cell(3, 0), "108");
+    typeFilter("unindexed, frame=4..12");
+    EXPECT_EQ(ids(), QList<int>({111, 108, 105}));
+    EXPECT_EQ(counts(), "3 of 12");
+    ASSERT_EQ(m_pTable->selectionModel()->selectedRows().size(), 1) << "the chosen row is the same one";
+    EXPECT_EQ(m_pTable->selectionModel()->selectedRows()[0].row(), 1);
+    EXPECT_EQ(table().peakRow(m_pTable->model()->index(1, 0)), 8);
+    EXPECT_EQ(table().indexOfPeak(5).row(), 2);
+    EXPECT_FALSE(table().indexOfPeak(4).isValid());
+
+    // A line that is not understood says why under it and leaves the rows; the rows have room for it.
+    const int nTop = m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y();
+    typeFilter("h=0, nonsense>1");
+    EXPECT_EQ(error(), "\"nonsense\" is no column of the table.");
+    EXPECT_EQ(counts(), "3 of 12");
+    EXPECT_GT(m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y(), nTop);
+    EXPECT_LE(table().filterBar().geometry().bottom(),
+              m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y());
+    EXPECT_LE(m_pTable->viewport()->geometry().bottom(), m_pTable->height());
+
+    // Another list is filtered by the line in force; copying takes what is seen.
+    m_pWindow->updatePeakTable(reflections(6));
+    EXPECT_EQ(ids(), QList<int>({105}));
+    m_pWindow->copyAllReflectionsInPeakTable();
+    EXPECT_EQ(QApplication::clipboard()->text().section('\t', 0, 3), "105\t*\t*\t*");
+    typeFilter("h=77");
+    EXPECT_EQ(counts(), "0 of 6");
+    EXPECT_EQ(m_pTable->model()->columnCount(), 29);
+    m_pWindow->copyAllReflectionsInPeakTable();
+    EXPECT_TRUE(QApplication::clipboard()->text().startsWith("105"))
+        << "nothing to copy leaves what is there";
+
+    // A pause is enough, and the end of the line brings all rows back in the order chosen.
+    line()->clear();
+    QTRY_COMPARE(counts(), QString("6 of 6"));
+    EXPECT_EQ(ids(), QList<int>({105, 104, 103, 102, 101, 100}));
+    EXPECT_EQ(error(), QString());
+}
+
+TEST_F(PeakTableWindow, SortingKeepsTheOrderOfEqualRows)
+{
+    QList<Peak3D> listPeak = reflections(40);
+    for (int i = 0; i < 40; ++i)
+        listPeak[i].dfIPoint = 5 - i % 4;
+    m_pWindow->updatePeakTable(listPeak);
+    m_pTable->sortByColumn(7, Qt::AscendingOrder);
+    table().setFilter("indexed");
+    std::stable_sort(listPeak.begin(), listPeak.end(),
+                     [](const Peak3D& left, const Peak3D& right) { return left.dfIPoint < right.dfIPoint; });
+    QList<int> listExpected;
+    for (const Peak3D& peak : listPeak)
+        if ((peak.nID - 100) % 3 != 2)
+            listExpected.append(peak.nID);
+    EXPECT_EQ(ids(), listExpected);
+}
+
+TEST_F(PeakTableWindow, KeysGoToTheLineAndThroughTheUnindexed)
+{
+    activate();
+    m_pTabs->setCurrentIndex(3);
+    m_pWindow->updatePeakTable(reflections(7));
+    m_pFrames->m_pPixelSizeSpin->setFocus();
+    QTest::keyClick(m_pWindow.get(), Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(line()->hasFocus());
+    QTest::keyClicks(line(), "n!=1, h<6");  // letters of the line are no keys of the table
+    QTest::keyClick(line(), Qt::Key_Return);
+    EXPECT_EQ(error(), "\"n\" is no column of the table.");
+    typeFilter("frame!=3");
+    EXPECT_EQ(counts(), "6 of 7");
+    QTest::keyClick(line(), Qt::Key_Escape);
+    EXPECT_EQ(counts() + line()->text(), "7 of 7");
+    EXPECT_TRUE(m_pTable->hasFocus());
+    m_pTable->setCurrentIndex(m_pTable->model()->index(0, 4));
+    const auto step = [&](Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(m_pTable, Qt::Key_N, modifiers);
+        return cell(m_pTable->currentIndex().row(), 0).toInt();
+    };
+    EXPECT_EQ(step(), 102);
+    EXPECT_EQ(step(), 105);
+    EXPECT_EQ(step(), 102) << "round at the end";
+    EXPECT_EQ(step(Qt::ShiftModifier), 105);
+    m_pTable->sortByColumn(0, Qt::DescendingOrder);
+    EXPECT_EQ(step(), 102);
+    table().setFilter("frame!=3");
+    m_pTable->setCurrentIndex(m_pTable->model()->index(0, 4));
+    EXPECT_EQ(step(), 105) << "only rows in sight";
+    table().setFilter("indexed");
+    EXPECT_EQ(table().chooseUnindexed(1), false);
+    m_pTabs->setCurrentIndex(0);
+    QTest::keyClick(m_pWindow.get(), Qt::Key_F, Qt::ControlModifier);
+    EXPECT_FALSE(line()->hasFocus()) << "out of sight";
+}
+
+TEST_F(PeakTableWindow, TheCsvHasWhatIsSeen)
+{
+    m_pTabs->setCurrentIndex(3);
+    const QList<Peak3D> listPeak = reflections(9);
+    m_pWindow->updatePeakTable(listPeak);
+    m_pTable->horizontalHeader()->moveSection(18, 0);
+    m_pTable->sortByColumn(0, Qt::DescendingOrder);
+    table().setFilter("h=2n");
+    EXPECT_EQ(answered({path("out")}, [&] { table().filterBar().m_pExportButton->click(); }),
+              QStringList{"Export Peak Table"});
+    const QStringList listLine = linesOf("out.csv");
+    ASSERT_EQ(listLine.size(), 1 + 3) << log().toStdString();  // 0, 4 and 6; 2 and 8 are not indexed
+    EXPECT_TRUE(listLine[0].startsWith("x,ID,h,k,l,Intensity,")) << listLine[0].toStdString();
+    const int anID[] = {106, 104, 100};
+    for (int i = 0; i < 3; ++i) {
+        const QStringList listField = listLine[i + 1].split(',');
+        const Peak3D& peak = listPeak[anID[i] - 100];
+        EXPECT_EQ(listField[1].toInt(), peak.nID);
+        EXPECT_EQ(listField[0].toDouble(), peak.dfX2D);
+        EXPECT_EQ(listField[5].toDouble(), peak.dfIPoint);
+    }
+    EXPECT_EQ(lines("Peak table of 3 rows saved to " + path("out.csv"), Qt::black), 1);
+    answered({QStringLiteral("/proc/out.csv")}, [&] { table().filterBar().m_pExportButton->click(); });
+    EXPECT_EQ(lines("/proc/out.csv: "), 1) << log().toStdString();
+}
+
 TEST_F(PeakTableWindow, CurveOfTheRow)
 {
     open(false);
@@ -144,6 +397,16 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     EXPECT_EQ(shown(), strA) << "the row that the menu is for";
     QTest::keyClick(m_pTable, Qt::Key_Down);
     EXPECT_EQ(shown(), strB);
+
+    // Under a filter the first row is the other reflection.
+    typeFilter("frame>3,x<250");
+    ASSERT_EQ(counts(), "1 of 2") << error().toStdString();
+    EXPECT_EQ(shown(), strB);
+    m_pTable->clearSelection();
+    m_pWindow->showPeakInCurve(0);
+    click();
+    EXPECT_EQ(shown(), strB);
+    table().setFilter({});
 
     m_pWindow->copyIntensityCurveData();
     QString strCopied = QStringLiteral(

@@ -20,9 +20,73 @@
 #include <QItemSelectionModel>
 #include <QPushButton>
 
+#include <functional>
 #include <memory>
 
 namespace tessera {
+
+namespace {
+
+/// An entry of the table's menu, behind those that copy.
+template <typename Fn>
+void addEntry(PeakTableView* pTable, const QString& strText, const QKeySequence& key,
+              Qt::ShortcutContext context, const QString& strTip, const Fn& fn)
+{
+    auto* pAction = new QAction(strText, pTable);
+    pAction->setShortcut(key);
+    pAction->setShortcutContext(context);
+    pAction->setStatusTip(strTip);
+    QObject::connect(pAction, &QAction::triggered, pTable, fn);
+    pTable->addAction(pAction);
+}
+
+/// The entries that have keys.
+/// @param fnSay  shows a short text
+void addKeys(PeakTableView* pTable, const std::function<void(const QString&)>& fnSay)
+{
+    // Wherever the keyboard is, as long as the table is in sight.
+    addEntry(pTable, MainWindow::tr("Filter"), QKeySequence::Find, Qt::WindowShortcut,
+             MainWindow::tr("Goes to the line that chooses the rows."),
+             [pTable] { pTable->filterBar().takeKeyboard(); });
+    addEntry(pTable, MainWindow::tr("Show All Rows"), Qt::Key_Escape, Qt::WidgetWithChildrenShortcut,
+             MainWindow::tr("Empties the line that chooses the rows."), [pTable] {
+                 pTable->setFilter({});
+                 pTable->setFocus();
+             });
+    const auto addStep = [&](const QString& strText, const QKeySequence& key, int nStep) {
+        addEntry(pTable, strText, key, Qt::WidgetShortcut,
+                 MainWindow::tr("Goes to a reflection without indices."), [pTable, fnSay, nStep] {
+                     if (!pTable->chooseUnindexed(nStep)) {
+                         fnSay(MainWindow::tr("All rows in sight are indexed."));
+                     }
+                 });
+    };
+    addStep(MainWindow::tr("Next Unindexed"), Qt::Key_N, 1);
+    addStep(MainWindow::tr("Previous Unindexed"), Qt::SHIFT + Qt::Key_N, -1);
+}
+
+QString askForCsv(QWidget* pParent, const QString& strFolder)
+{
+    const QString strFile = QFileDialog::getSaveFileName(pParent, MainWindow::tr("Export Peak Table"),
+                                                         strFolder,
+                                                         MainWindow::tr("Tables (*.csv);;All Files (*.*)"));
+    const bool bNamed = strFile.isEmpty() || !QFileInfo(strFile).suffix().isEmpty();
+    return bNamed ? strFile : strFile + QStringLiteral(".csv");
+}
+
+void saveCsv(MainWindow& window, const PeakTableView& table, const QString& strFile)
+{
+    QString strReason;
+    WindowReport report(window);
+    if (writeWholeFile(strFile, table.csv(), &strReason)) {
+        report.addMessage(
+            MainWindow::tr("Peak table of %1 rows saved to %2").arg(table.model()->rowCount()).arg(strFile));
+    } else {
+        report.addMessage(strReason, Severity::Error);
+    }
+}
+
+}  // namespace
 
 void MainWindow::createPeakTable()
 {
@@ -57,65 +121,17 @@ void MainWindow::createPeakTable()
             [showChosen](const QModelIndex& index) { showChosen(index, Qt::NoButton); });
     connect(m_pPeakTableView, &QTableView::pressed, this,
             [showChosen](const QModelIndex& index) { showChosen(index, Qt::RightButton); });
-    createPeakTableKeys();
-    m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
-}
-
-/// The entries of the table's menu behind those that copy, with their keys.
-void MainWindow::createPeakTableKeys()
-{
-    const auto add = [this](const QString& strText, const QKeySequence& key, Qt::ShortcutContext context,
-                            const QString& strTip, const auto& fn) {
-        auto* pAction = new QAction(strText, m_pPeakTableView);
-        pAction->setShortcut(key);
-        pAction->setShortcutContext(context);
-        pAction->setStatusTip(strTip);
-        connect(pAction, &QAction::triggered, this, fn);
-        m_pPeakTableView->addAction(pAction);
-    };
-    add(tr("Export CSV..."), {}, Qt::WidgetShortcut,
-        tr("Saves the rows and columns that are seen, with all digits."), [this] { exportPeakTable(); });
-    // Wherever the keyboard is, as long as the table is in sight.
-    add(tr("Filter"), QKeySequence::Find, Qt::WindowShortcut, tr("Goes to the line that chooses the rows."),
-        [this] { m_pPeakTableView->filterBar().takeKeyboard(); });
-    add(tr("Show All Rows"), Qt::Key_Escape, Qt::WidgetWithChildrenShortcut,
-        tr("Empties the line that chooses the rows."), [this] {
-            m_pPeakTableView->setFilter({});
-            m_pPeakTableView->setFocus();
-        });
-    const auto addStep = [&](const QString& strText, const QKeySequence& key, int nStep) {
-        add(strText, key, Qt::WidgetShortcut, tr("Goes to a reflection without indices."), [this, nStep] {
-            if (!m_pPeakTableView->chooseUnindexed(nStep)) {
-                statusBarMessage(tr("All rows in sight are indexed."));
-            }
-        });
-    };
-    addStep(tr("Next Unindexed"), Qt::Key_N, 1);
-    addStep(tr("Previous Unindexed"), Qt::SHIFT + Qt::Key_N, -1);
-    connect(m_pPeakTableView->filterBar().m_pExportButton, &QPushButton::clicked, this,
-            &MainWindow::exportPeakTable);
-}
-
-void MainWindow::exportPeakTable()
-{
-    QString strFile = QFileDialog::getSaveFileName(this, tr("Export Peak Table"), m_strWorkingDir,
-                                                   tr("Tables (*.csv);;All Files (*.*)"));
-    if (strFile.isEmpty()) {
-        return;
-    }
-    if (QFileInfo(strFile).suffix().isEmpty()) {
-        strFile += QStringLiteral(".csv");
-    }
-    guarded([&] {
-        QString strReason;
-        const int nRows = m_pPeakTableView->model()->rowCount();
-        WindowReport report(*this);
-        if (writeWholeFile(strFile, m_pPeakTableView->csv(), &strReason)) {
-            report.addMessage(tr("Peak table of %1 rows saved to %2").arg(nRows).arg(strFile));
-        } else {
-            report.addMessage(strReason, Severity::Error);
+    const auto exportTable = [this] {
+        const QString strFile = askForCsv(this, m_strWorkingDir);
+        if (!strFile.isEmpty()) {
+            guarded([&] { saveCsv(*this, *m_pPeakTableView, strFile); });
         }
-    });
+    };
+    connect(m_pPeakTableView->filterBar().m_pExportButton, &QPushButton::clicked, this, exportTable);
+    addEntry(m_pPeakTableView, tr("Export CSV..."), {}, Qt::WidgetShortcut,
+             tr("Saves the rows and columns that are seen, with all digits."), exportTable);
+    addKeys(m_pPeakTableView, [this](const QString& strText) { statusBarMessage(strText); });
+    m_pTabWidget->addTab(m_pPeakTableView, m_mapTabName[3]);
 }
 
 void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
