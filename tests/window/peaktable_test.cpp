@@ -231,7 +231,7 @@ TEST_F(PeakTableWindow, OrderAndChoiceOfColumnsOutliveTheWindow)
     QSettings settings("Lumenarc", "Tessera");
     settings.setValue("PeakTable/columnOrder", QStringList{"5", "x", "-1", "99", "5", "0"});
     settings.setValue("PeakTable/columnsHidden", QStringList{"4", "12"});
-    settings.setValue("PeakTable/columnsShown", 3);
+    settings.setValue("PeakTable/columnsShown", QStringList{"3"});
     settings.sync();
     newWindow();
     EXPECT_EQ(state(), "5 0 3 4 6 7 9 10 11 16 17 18 19 20 21 22 23 24 25");

@@ -137,7 +137,7 @@ CPeakColumns::CPeakColumns(QTableView& view, const QVector<QString>& vecTitle)
         pAction->setEnabled(!g_aColumn[i].bFixed);
         m_listAction.append(pAction);
         if (i >= g_nFirstIntegratedColumn) {
-            QObject::connect(pAction, &QAction::triggered, &m_view, [this, i](bool bChecked) {
+            QObject::connect(pAction, &QAction::triggered, &m_context, [this, i](bool bChecked) {
                 m_listUnwanted.removeAll(i);
                 if (!bChecked) {
                     m_listUnwanted.append(i);
@@ -149,9 +149,9 @@ CPeakColumns::CPeakColumns(QTableView& view, const QVector<QString>& vecTitle)
     pHeader->addActions(m_listAction);
     pHeader->setContextMenuPolicy(Qt::ActionsContextMenu);
     pHeader->setSectionsMovable(true);
-    QObject::connect(pHeader, &QHeaderView::sectionResized, &m_view,
+    QObject::connect(pHeader, &QHeaderView::sectionResized, &m_context,
                      [this](int nColumn, int, int nWidth) { takeOwnWidth(nColumn, nWidth); });
-    QObject::connect(pHeader, &QHeaderView::sectionHandleDoubleClicked, &m_view, [this](int nColumn) {
+    QObject::connect(pHeader, &QHeaderView::sectionHandleDoubleClicked, &m_context, [this](int nColumn) {
         m_vecOwn[nColumn] = 0;
         setWidth(nColumn);
     });

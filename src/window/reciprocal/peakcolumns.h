@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QObject>
 #include <QString>
 #include <QVector>
 
@@ -24,7 +25,7 @@ QVector<QString> peakColumnTips();
 /// width that is needed. Titles move by a drag, and their menu shows and hides columns.
 class CPeakColumns {
 public:
-    /// @param view      has its model; outlives this, as its actions and connections do
+    /// @param view      has its model, and outlives this
     /// @param vecTitle  of the columns, g_nPeakTableColumns of them
     CPeakColumns(QTableView& view, const QVector<QString>& vecTitle);
 
@@ -62,6 +63,7 @@ private:
     QVector<int> m_vecOwn;      ///< pixels, where the user has made a column wider; else 0
     bool m_bResizing = false;   ///< by this class, not by the user
     QByteArray m_bytesLayout;
+    QObject m_context;  ///< of the connections, which end with this and not with the view
 };
 
 }  // namespace tessera

@@ -4,7 +4,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QLocale>
+#include <QPalette>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -41,7 +41,6 @@ PeakFilterBar::PeakFilterBar(QWidget* pParent) : QWidget(pParent)
     m_pError->setObjectName(QStringLiteral("peakFilterError"));
     m_pError->setTextFormat(Qt::PlainText);
     m_pError->setWordWrap(true);
-    m_pError->setStyleSheet(QStringLiteral("color: #c00000"));
     m_pError->hide();
 
     auto* pRow = new QHBoxLayout;
@@ -86,6 +85,10 @@ void PeakFilterBar::setText(const QString& strLine)
 
 void PeakFilterBar::setError(const QString& strReason)
 {
+    QPalette colors = palette();
+    const bool bDark = colors.color(QPalette::Window).lightness() < 128;
+    colors.setColor(QPalette::WindowText, bDark ? QColor(255, 128, 128) : QColor(176, 0, 0));
+    m_pError->setPalette(colors);
     m_pError->setText(strReason);
     m_pError->setVisible(!strReason.isEmpty());
     emit heightChanged();
