@@ -4,6 +4,8 @@
 #include "geometry/angles.h"
 #include "reciprocal/mapping.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -179,14 +181,15 @@ QStringList CPeakTable::longestTexts(int nColumn, int nMaxRows) const
     const int nStep = 1 + (rowCount() - 1) / std::max(1, nMaxRows);
     // Where the number of digits does not follow from the number, each text is looked at.
     if (column.nForm == Words || column.nForm == SixDigits) {
-        QString strLongest;
+        QSet<QString> setPattern;
         for (int nRow = 0; nRow < rowCount(); nRow += nStep) {
-            const QString strText = text(nRow, nColumn);
-            if (strText.size() > strLongest.size()) {
-                strLongest = strText;
+            QString strText = text(nRow, nColumn);
+            for (QChar& ch : strText) {
+                ch = ch.isDigit() ? QLatin1Char('0') : ch;
             }
+            setPattern.insert(strText);
         }
-        return {strLongest};
+        return setPattern.values();
     }
     double dfLeast = g_dfNothing, dfGreatest = g_dfNothing;
     bool bNothing = false;

@@ -41,8 +41,8 @@ public:
     static bool isText(int nColumn);
     /// Decimals that a column shows at most; 0: whole numbers.
     static int decimals(int nColumn);
-    /// Texts of which one is as long as any text of the column: for the width that it needs. With more rows
-    /// than `nMaxRows`, as many that are spread evenly are looked at.
+    /// Texts of which one is as long as any text of the column, for the width that it needs; a digit may
+    /// stand for another. With more rows than `nMaxRows`, as many that are spread evenly are looked at.
     QStringList longestTexts(int nColumn, int nMaxRows) const;
     /// The same table with another integration; null: with none.
     CPeakTable withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const;

@@ -255,13 +255,13 @@ TEST_F(PeakTableWindow, TheLineChoosesTheRows)
     EXPECT_FALSE(table().indexOfPeak(4).isValid());
 
     // A line that is not understood says why under it and leaves the rows; the rows have room for it.
-    const int nTop = m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y();
+    const int nTop = m_pTable->horizontalHeader()->viewport()->mapTo(m_pTable, QPoint()).y();
     typeFilter("h=0, nonsense>1");
     EXPECT_EQ(error(), "\"nonsense\" is no column of the table.");
     EXPECT_EQ(counts(), "3 of 12");
-    EXPECT_GT(m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y(), nTop);
+    EXPECT_GT(m_pTable->horizontalHeader()->viewport()->mapTo(m_pTable, QPoint()).y(), nTop);
     EXPECT_LE(table().filterBar().geometry().bottom(),
-              m_pTable->horizontalHeader()->mapTo(m_pTable, QPoint()).y());
+              m_pTable->horizontalHeader()->viewport()->mapTo(m_pTable, QPoint()).y());
     EXPECT_LE(m_pTable->viewport()->geometry().bottom(), m_pTable->height());
 
     // Another list is filtered by the line in force; copying takes what is seen.

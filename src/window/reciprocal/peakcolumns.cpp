@@ -187,9 +187,9 @@ void CPeakColumns::measure(int nColumn)
     if (m_pTable->rowCount() > g_nMeasuredRows) {
         nText += metrics.horizontalAdvance(withWidestDigits(QStringLiteral("0"), metrics));
     }
-    // What the delegate leaves free on both sides, and the line of the grid.
-    const int nFree = 2 * (m_view.style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, &m_view) + 1) +
-                      1;
+    // What the delegate leaves free on both sides, the line of the grid, and what it rounds up.
+    const int nMargin = m_view.style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, &m_view) + 1;
+    const int nFree = 2 * nMargin + 3;
     m_vecNeeded[nColumn] = std::max(nText + nFree, m_view.horizontalHeader()->sectionSizeHint(nColumn));
     setWidth(nColumn);
 }

@@ -22,6 +22,22 @@ namespace {
 const int g_nRightAlignment = int(Qt::AlignRight) | int(Qt::AlignVCenter);
 const int g_nWholeIndexColumn = 4;
 
+/// The titles with room above them, inside the table's frame, for the bar.
+class TitlesUnderBar : public QHeaderView {
+public:
+    explicit TitlesUnderBar(QWidget* pParent) : QHeaderView(Qt::Horizontal, pParent) {}
+    int room() const { return m_nRoom; }
+    void setRoom(int nRoom)
+    {
+        m_nRoom = nRoom;
+        setViewportMargins(0, nRoom, 0, 0);
+    }
+    QSize sizeHint() const override { return QHeaderView::sizeHint() + QSize(0, m_nRoom); }
+
+private:
+    int m_nRoom = 0;
+};
+
 /// The text of a cell without the no-break spaces, wide and narrow, that locales put between groups of
 /// digits: other programs don't read numbers that have them.
 QString pastedText(const QModelIndex& index)
@@ -37,6 +53,10 @@ QString pastedText(const QModelIndex& index)
 PeakTableView::PeakTableView(const QVector<QString>& vecTitle, QWidget* pParent)
     : QTableView(pParent), m_pPeakTableModel(new TableModel(this)), m_vecTitle(vecTitle)
 {
+    auto* pTitles = new TitlesUnderBar(this);
+    pTitles->setSectionsClickable(true);
+    pTitles->setHighlightSections(true);
+    setHorizontalHeader(pTitles);
     m_pPeakTableModel->setDefaultAlignment(g_nRightAlignment);
     m_pPeakTableModel->setHeader(vecTitle);
     m_pPeakTableModel->setHeaderTips(peakColumnTips());
@@ -169,12 +189,17 @@ const IntegratedPeak* PeakTableView::integratedPeak(const QModelIndex& index) co
     return m_pTable && nRow >= 0 && nRow < m_pTable->rowCount() ? m_pTable->integrated(nRow) : nullptr;
 }
 
-/// The frame leaves the bar above it out, and headers, rows and scroll bars lie in the frame.
+/// The bar lies over the room above the titles, beside the scroll bar if there is one.
 void PeakTableView::placeBar()
 {
-    const int nHeight = m_pBar->heightFor(width());
-    m_pBar->setGeometry(0, 0, width(), nHeight);
-    setFrameRect(QRect(0, nHeight, width(), std::max(0, height() - nHeight)));
+    const int nWidth = viewport()->width();
+    const int nHeight = m_pBar->heightFor(nWidth);
+    m_pBar->setGeometry(frameWidth(), frameWidth(), nWidth, nHeight);
+    auto* pHeader = static_cast<TitlesUnderBar*>(horizontalHeader());
+    if (pHeader->room() != nHeight) {
+        pHeader->setRoom(nHeight);
+        updateGeometries();
+    }
 }
 
 void PeakTableView::resizeEvent(QResizeEvent* pEvent)
