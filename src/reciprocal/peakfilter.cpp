@@ -183,7 +183,11 @@ private:
             const QString strRest = strLeft.mid(nBefore);
             if (nColumn < 0) {
                 return refuse(strRest.isEmpty() ? tr("\"%1\" names no column.").arg(strTerm)
-                                                : tr("\"%1\" is no column of the table.").arg(strRest));
+                              : numberOf(strRest)
+                                  ? tr("\"%1\" is a number and no condition. The decimal point "
+                                       "is a point; commas part conditions.")
+                                        .arg(strRest)
+                                  : tr("\"%1\" is no column of the table.").arg(strRest));
             }
             if (!vecSummand.empty() && match.captured(1).isEmpty()) {
                 return refuse(tr("\"%1\": + or - is missing before \"%2\".").arg(strTerm, strRest));
