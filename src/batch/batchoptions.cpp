@@ -6,6 +6,7 @@
 #include "dataset/parametertable.h"
 #include "road/fixedgeometry.h"
 #include "road/knowncellsearch.h"
+#include "road/roadnumbers.h"
 
 #include <QCommandLineParser>
 
@@ -45,43 +46,6 @@ std::function<void(double)> into(std::optional<double>& dfTarget)
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
 }
 
-/// Where the numbers go that the driver finds itself, or takes from the project, unless they are given.
-std::optional<double>* optionalTarget(RoadOptions& o, const ParameterMember& member)
-{
-    const std::pair<ParameterMember, std::optional<double>*> aTarget[] = {
-        {&DataSet::m_dfWavelength, &o.dfWavelength},
-        {&DataSet::m_dfPixelSize, &o.dfPixelSize},
-        {&DataSet::m_dfRotationAxis, &o.dfRotationAxis},
-        {&DataSet::m_dfTiltRelaxation, &o.dfTiltRelaxation},
-        {&DataSet::m_dfStretchAmplitude, &o.dfStretchAmplitude},
-        {&DataSet::m_dfStretchAzimuth, &o.dfStretchAzimuth},
-        {&DataSet::m_dfCenterX, &o.dfCenterX},
-        {&DataSet::m_dfCenterY, &o.dfCenterY},
-        {&PeakHuntingParameters::m_dfPeakRadius, &o.dfPeakRadius},
-        {&PeakHuntingParameters::m_dfBackgroundRadius, &o.dfBackgroundRadius},
-        {&PeakHuntingParameters::m_dfIntegrationRadius, &o.dfIntegrationRadius},
-        {&PeakHuntingParameters::m_dfIntegrationBackground, &o.dfIntegrationBackground},
-        {&PeakHuntingParameters::m_dfPeakThreshold, &o.dfPeakThreshold},
-        {&PeakMergingParameters::m_dfMin3DDistance, &o.dfMin3DDistance},
-        {&PeakMergingParameters::m_dfMax2DDistance, &o.dfMax2DDistance},
-        {&MappingParameters::m_dfResolutionMin, &o.dfResolutionMin},
-        {&MappingParameters::m_dfResolutionMax, &o.dfResolutionMax},
-        {&MappingParameters::m_dfIntensityMin, &o.dfIntensityMin},
-        {&MappingParameters::m_dfIntensityMax, &o.dfIntensityMax},
-        {&CellHuntingParameters::m_dfCellRangeMin, &o.dfCellRangeMin},
-        {&CellHuntingParameters::m_dfCellRangeMax, &o.dfCellRangeMax},
-        {&RefinementParameters::m_dfRefineIntensityLow, &o.dfRefineIntensityLow},
-        {&RefinementParameters::m_dfRefineIntensityHigh, &o.dfRefineIntensityHigh},
-        {&RefinementParameters::m_dfRefineDStarLow, &o.dfRefineDStarLow},
-        {&RefinementParameters::m_dfRefineDStarHigh, &o.dfRefineDStarHigh}};
-    for (const auto& target : aTarget) {
-        if (target.first == member) {
-            return target.second;
-        }
-    }
-    return nullptr;
-}
-
 /// The option of a row: it sets the optional of its member, or else the member in the record itself.
 NumberOption optionOf(const Parameter& row, RoadOptions& o)
 {
@@ -103,7 +67,7 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
     if (row.option.values == OptionValues::AnyNumberOrAuto) {
         option.autoValue = AutoValue::OrAsGiven;
     }
-    if (std::optional<double>* pTarget = optionalTarget(o, row.member)) {
+    if (std::optional<double>* pTarget = givenNumber(o, row.member)) {
         option.fnTake = into(*pTarget);
     } else if (const auto* pMember = std::get_if<double SeriesDistortion::*>(&row.member)) {
         option.fnTake = [&o, p = *pMember](double dfValue) { o.listDistortion.emplace_back(p, dfValue); };
@@ -175,6 +139,9 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "there is none and the results go there: auto or off; default auto, off with --mask and with "
          "--window-defaults.",
          "auto|off"},
+        {"ignore-hot-pixels",
+         "Leave a list of hot pixels beside the project unread, as a run that found them itself began "
+         "without it."},
         {"cell", "Unit-cell file to take instead of a cell search.", "file"},
         {"known-cell",
          "Look for the orientation of a cell that is known instead of searching one: a,b,c,alpha,beta,gamma "
@@ -272,6 +239,10 @@ void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
          "Write a summary of what was found; - writes it to the standard output, and the log to the "
          "standard error.",
          "file"},
+        {"report",
+         "Write what was done and found as a page for a browser, with tables, plots and some frames, in one "
+         "file.",
+         "file"},
         {"summary",
          "Run nothing: print a table of many series, the worst first, from the files that --json wrote. Bad "
          "files come first, then failed series, then the others by the share of reflections that were "
@@ -300,6 +271,7 @@ void takeNames(COptionReader& reader, BatchOptions& options)
 {
     options.road.exports.strPictureFolder = reader.name(QStringLiteral("export-folder"));
     options.strJsonFile = reader.name(QStringLiteral("json"));
+    options.strReportFile = reader.name(QStringLiteral("report"));
     options.road.strCellFile = reader.name(QStringLiteral("cell"));
     options.road.strCalibrationFile = reader.name(QStringLiteral("calibration"));
     options.road.strSaveCalibrationFile = reader.name(QStringLiteral("save-calibration"));
@@ -376,6 +348,7 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);
     options.bFindAxis = reader.values(QStringLiteral("axis")).value(0) == QLatin1String("auto");
+    options.bIgnoreHotPixelList = reader.isSet(QStringLiteral("ignore-hot-pixels"));
     options.bFindDefects = reader.choice(QStringLiteral("defects"), {"off", "auto"}, 1) == 1;
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
     if (nStretch >= 0) {

@@ -12,6 +12,7 @@ struct BatchOptions {
     RoadOptions road;
     bool bSummary = false;  ///< no series: the table of those whose files of --json are the input
     QString strJsonFile;    ///< takes the summary; empty: none
+    QString strReportFile;  ///< takes the report; empty: none
 };
 
 /// A command line as it was read. Where `strError` or `strHelp` has a text, nothing else counts.

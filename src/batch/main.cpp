@@ -5,8 +5,10 @@
 #include "batch/optionrules.h"
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
+#include "records/resultfile.h"
 #include "records/wholefile.h"
 #include "road/framesinput.h"
+#include "road/report.h"
 #include "road/road.h"
 #include "road/roadjson.h"
 #include "road/roadlog.h"
@@ -21,6 +23,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <utility>
 
 namespace tessera {
 
@@ -74,7 +77,10 @@ bool printSummary(const QStringList& listFileName)
 {
     QList<SummaryFile> listFile;
     for (const QString& strFileName : listFileName) {
-        listFile.append(readSummaryFile(strFileName));
+        // "*.json" names the records of the runs as well, which tell the same series.
+        if (!strFileName.endsWith(resultSuffix(ResultFile::Run)) || listFileName.size() == 1) {
+            listFile.append(readSummaryFile(strFileName));
+        }
     }
     const QList<SummaryRow> listRow = summaryRows(listFile);
     const bool bPrinted = writeFile(QStringLiteral("-"), summaryText(listRow).toUtf8()).isEmpty();
@@ -82,7 +88,21 @@ bool printSummary(const QStringList& listFileName)
                                    [](const SummaryRow& row) { return row.state == SummaryState::Reached; });
 }
 
-/// Walks the road and writes log and summary.
+/// Lets the record of the run know the files that only the driver writes.
+void noteOwnFiles(BatchOptions& options)
+{
+    const std::pair<const char*, QString> aFile[] = {{"--json=", options.strJsonFile},
+                                                     {"--report=", options.strReportFile}};
+    for (const auto& [pszOption, strFile] : aFile) {
+        if (!strFile.isEmpty()) {
+            options.road.listCallerOption.append(
+                QLatin1String(pszOption) +
+                (isStandardOutput(strFile) ? strFile : QFileInfo(strFile).absoluteFilePath()));
+        }
+    }
+}
+
+/// Walks the road and writes log, summary and report.
 /// @return the exit status
 int runSeries(const BatchOptions& options)
 {
@@ -103,6 +123,13 @@ int runSeries(const BatchOptions& options)
     if (!options.strJsonFile.isEmpty() &&
         !writeFile(options.strJsonFile, jsonBytes(roadSummary(results))).isEmpty()) {
         return 1;
+    }
+    if (!options.strReportFile.isEmpty()) {
+        const QString strReason = writeReport(state, options.strReportFile);
+        if (!strReason.isEmpty()) {
+            std::fprintf(stderr, "%s\n", strReason.toUtf8().constData());
+            return 1;
+        }
     }
     const bool bBad = worstVerdict(results.listJudgement) == Verdict::Bad && !options.road.bAccept;
     return results.end.finished() && !bBad ? 0 : 1;
@@ -142,5 +169,6 @@ int main(int argc, char* argv[])
             return badUsage(strError);
         }
     }
+    noteOwnFiles(options);
     return runSeries(options);
 }

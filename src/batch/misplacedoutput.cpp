@@ -68,7 +68,7 @@ QStringList filesOf(const DataSet& dataSet, std::initializer_list<ResultFile> li
 /// The results but for the cell.
 QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
 {
-    QStringList listFile = filesOf(dataSet, {ResultFile::Log});
+    QStringList listFile = filesOf(dataSet, {ResultFile::Log, ResultFile::Run});
     if (writesStage(options, RoadStage::Shifts)) {
         listFile += filesOf(dataSet, {ResultFile::Shifts});
     }
@@ -152,21 +152,26 @@ QStringList suffixesOfOthers()
     return listSuffix;
 }
 
-QString misplacedSummary(const QString& strJson, const QStringList& listInput, const QStringList& listOwn)
+/// @param strOption  with its file: "--json s.json"
+/// @param strWhat    that the file is to be
+QString misplacedFile(const QString& strOption, const QString& strFile, const QString& strWhat,
+                      const QStringList& listInput, const QStringList& listOwn)
 {
-    const QFileInfo info(strJson);
+    const QFileInfo info(strFile);
+    const QString strText = QStringLiteral("%1 %2").arg(strOption, strFile);
     if (info.isDir()) {
-        return QStringLiteral("--json %1: a folder, not a file").arg(strJson);
+        return QStringLiteral("%1: a folder, not a file").arg(strText);
     }
-    if (!frameAmongTargets({strJson}, listInput).isEmpty()) {
-        return QStringLiteral("--json %1 would overwrite an input file").arg(strJson);
+    if (!frameAmongTargets({strFile}, listInput).isEmpty()) {
+        return QStringLiteral("%1 would overwrite an input file").arg(strText);
     }
-    if (!frameAmongTargets({strJson}, listOwn).isEmpty()) {
-        return QStringLiteral("--json %1 would overwrite another file of the run").arg(strJson);
+    if (!frameAmongTargets({strFile}, listOwn).isEmpty()) {
+        return QStringLiteral("%1 would overwrite another file of the run").arg(strText);
     }
-    if (info.isFile() && suffixesOfOthers().contains(info.suffix().toLower())) {
-        return QStringLiteral("--json %1 would overwrite a file that is, by its name, no summary")
-            .arg(strJson);
+    const bool bOther = suffixesOfOthers().contains(info.suffix().toLower()) ||
+                        info.fileName().endsWith(resultSuffix(ResultFile::Run));
+    if (info.isFile() && bOther) {
+        return QStringLiteral("%1 would overwrite a file that is, by its name, no %2").arg(strText, strWhat);
     }
     return {};
 }
@@ -195,7 +200,8 @@ QString misplacedOutput(const BatchOptions& batch)
     }
     const QString& strSaved = options.strSaveCalibrationFile;
     if (!replacedFiles({strSaved}).isEmpty() &&
-        !frameAmongTargets({strSaved}, listOwn + QStringList{batch.strJsonFile}).isEmpty()) {
+        !frameAmongTargets({strSaved}, listOwn + QStringList{batch.strJsonFile, batch.strReportFile})
+             .isEmpty()) {
         return QStringLiteral("--save-calibration %1 would overwrite another file of the run").arg(strSaved);
     }
     QString strHit;
@@ -213,10 +219,18 @@ QString misplacedOutput(const BatchOptions& batch)
     if (!strHit.isEmpty()) {
         return QStringLiteral("%1, which the run would write, is one of its input files").arg(strHit);
     }
-    if (replacedFiles({batch.strJsonFile}).isEmpty()) {
-        return {};
+    QString strError;
+    if (!replacedFiles({batch.strJsonFile}).isEmpty()) {
+        strError = misplacedFile(QStringLiteral("--json"), batch.strJsonFile, QStringLiteral("summary"),
+                                 listInput, listTarget + listOwn);
     }
-    return misplacedSummary(batch.strJsonFile, listInput, listTarget + listOwn);
+    if (strError.isEmpty() && isStandardOutput(batch.strReportFile)) {
+        strError = QStringLiteral("--report -: a file is wanted");
+    } else if (strError.isEmpty() && !replacedFiles({batch.strReportFile}).isEmpty()) {
+        strError = misplacedFile(QStringLiteral("--report"), batch.strReportFile, QStringLiteral("report"),
+                                 listInput, listTarget + listOwn + QStringList{batch.strJsonFile});
+    }
+    return strError;
 }
 
 }  // namespace tessera

@@ -90,7 +90,7 @@ bool isOwnText(const QString& strName, const QSet<QString>& setBase)
                                             fixedName(ResultFile::Peaks), fixedName(ResultFile::Cell)};
     const QString strLower = strName.toLower();
     if (s_listFixed.contains(strLower) || strLower.endsWith(QLatin1String("_truth.json")) ||
-        strLower.endsWith(QLatin1String("_pos.txt"))) {
+        strLower.endsWith(QLatin1String("_pos.txt")) || strLower.endsWith(resultSuffix(ResultFile::Run))) {
         return true;
     }
     return strLower.endsWith(resultSuffix(ResultFile::Log)) &&

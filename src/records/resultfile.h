@@ -24,13 +24,15 @@ enum class ResultFile {
     Ins,             ///< instructions of SHELX: cell, symmetry, scattering factors
     Cif,             ///< cell, symmetry, experiment and merged intensities
     Mtz,             ///< merged intensities
+    Run,             ///< what the run read, did, found and wrote
 };
 
 constexpr ResultFile g_aResultFile[] = {
     ResultFile::Log,         ResultFile::Shifts,        ResultFile::Peaks,        ResultFile::Cell,
     ResultFile::Reflections, ResultFile::P4P,           ResultFile::IndexedPeaks, ResultFile::RefinedProject,
     ResultFile::RefinedCell, ResultFile::RefinedShifts, ResultFile::Integrated,   ResultFile::Merged,
-    ResultFile::Rejected,    ResultFile::Ins,           ResultFile::Cif,          ResultFile::Mtz};
+    ResultFile::Rejected,    ResultFile::Ins,           ResultFile::Cif,          ResultFile::Mtz,
+    ResultFile::Run};
 
 /// The suffix with its dot.
 inline QString resultSuffix(ResultFile file)
@@ -50,7 +52,8 @@ inline QString resultSuffix(ResultFile file)
                                             "_rejected.csv",
                                             ".ins",
                                             ".cif",
-                                            ".mtz"};
+                                            ".mtz",
+                                            ".run.json"};
     return QLatin1String(aszSuffix[int(file)]);
 }
 

@@ -19,6 +19,21 @@ QString sideReason(const RoadState& state, const QString& strPattern)
     return listFound.isEmpty() ? QString() : QLatin1Char(' ') + listFound.first();
 }
 
+/// The file that this was read from, be it here or as the project was opened.
+void noteRead(RoadState& state, ResultFile file)
+{
+    const DataSet& dataSet = state.dataSet;
+    for (const QString& strFolder : {dataSet.m_strProjectDir, state.strInputDir}) {
+        for (const QString& strName : {dataSet.m_strProjectName + resultSuffix(file), fixedName(file)}) {
+            const QString strFile = strFolder + QLatin1Char('/') + strName;
+            if (QFileInfo::exists(strFile)) {
+                state.listEarlierFile.append(strFile);
+                return;
+            }
+        }
+    }
+}
+
 StageResult loadShifts(RoadState& state)
 {
     DataSet& dataSet = state.dataSet;
@@ -36,6 +51,7 @@ StageResult loadShifts(RoadState& state)
                 .arg(dataSet.m_strProjectDir, state.strInputDir,
                      sideReason(state, QStringLiteral("\\.sc:|shifts\\.txt:|shift data"))));
     }
+    noteRead(state, ResultFile::Shifts);
     return {};
 }
 
@@ -57,6 +73,7 @@ StageResult loadPeaks(RoadState& state)
                 .arg(dataSet.m_strProjectDir, state.strInputDir,
                      sideReason(state, QStringLiteral("\\.pk:|peaklist\\.txt:|Peak list"))));
     }
+    noteRead(state, ResultFile::Peaks);
     return {};
 }
 
@@ -117,6 +134,7 @@ StageResult loadCell(RoadState& state, const QString& strFileName)
             Severity::Error);
         return state.report.failed(strReason);
     }
+    state.listEarlierFile.append(strFileName);
     state.dataSet.m_listCellFound = listCell;
     updateUnitCell(state.dataSet);
     state.report.addMessage(QStringLiteral("Unit cell loaded from %1.").arg(strFileName), Severity::Info);

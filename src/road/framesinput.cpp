@@ -103,6 +103,7 @@ QString takeFramesOfInput(RoadOptions& options)
         bFolder = true;
         listFrame += listFound;
     }
+    options.listInputGiven = options.listInput;
     options.listInput = listFrame + framesOfFiles(listFile);
     options.facts = factsOfSeries(options.listInput);
     if (bFolder) {

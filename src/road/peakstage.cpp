@@ -60,6 +60,7 @@ void keepHotPixels(RoadState& state, const QList<QPoint>& listFound)
     }
     QString strReason;
     if (addToHotPixelFile(strFile, listFound, &strReason)) {
+        state.bHotPixelsListed = true;
         state.report.addMessage(
             QStringLiteral("The hot pixels are listed in %1, for later runs and the window.").arg(strFile),
             Severity::Info);

@@ -2,6 +2,7 @@
 
 #include "records/wholefile.h"
 #include "road/closinglines.h"
+#include "road/runrecord.h"
 
 #include <QRegularExpression>
 
@@ -40,6 +41,10 @@ QString endRoad(RoadState& state, CRoadLog& log)
         !writeWholeFile(fileOfProject(state.dataSet, ResultFile::Log), log.text().toUtf8(), &strReason) &&
         results.end.finished()) {
         results.end = {RunEnd::Failed, strReason};
+    }
+    const QString strNoRecord = writeRunRecord(state, log);
+    if (!strNoRecord.isEmpty()) {
+        log.addMessage(QStringLiteral("No record of the run: %1").arg(strNoRecord), Severity::Warning);
     }
     return strReason;
 }

@@ -21,12 +21,14 @@ namespace tessera {
 /// Everything that was asked for. An empty optional is a value that a stage finds itself or takes from the
 /// project.
 struct RoadOptions {
-    QStringList listInput;  ///< one project, or images in series order
-    QString strSeriesName;  ///< what the results of images are called after; empty: the first image
+    QStringList listInput;       ///< one project, or images in series order
+    QStringList listInputGiven;  ///< as it was given, where folders or files of many images stood for frames
+    QString strSeriesName;       ///< what the results of images are called after; empty: the first image
     std::optional<SeriesFacts> facts;  ///< what the images tell; none for a project
     bool bMakeProject = false;         ///< write a project of the images beside the results
     QString strOutDir;                 ///< empty: beside the project or the first image
     QString strMaskFile;               ///< areas that peak hunting leaves out; empty: none
+    bool bIgnoreHotPixelList = false;  ///< a list beside the project is left unread
     bool bFindDefects = true;          ///< leave out what is no measurement, unless there is a mask file
     QString strCellFile;               ///< a cell in place of a search; empty: search
     std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
@@ -85,6 +87,7 @@ struct RoadOptions {
     std::vector<int> listFixedGeometry;  ///< GeometryNumber: not to be refined
     bool bConstantBackground = false;    ///< refine also with positions fitted beside a constant
     ExportOptions exports;
+    QStringList listCallerOption;  ///< options of the caller's own, such as "--json" and its file
 
     bool isProject() const;
     int jobs() const;  ///< at least 1

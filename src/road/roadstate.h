@@ -9,6 +9,7 @@
 #include "road/roadresults.h"
 #include "road/roadstep.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -21,16 +22,20 @@ struct RoadState {
     /// @param data       lent: the stages work on it; must outlive the state
     /// @param runReport  takes the log; must outlive the state
     RoadState(const RoadOptions& roadOptions, DataSet& data, CRunReport& runReport)
-        : options(roadOptions), report(runReport), dataSet(data)
+        : given(roadOptions), options(roadOptions), report(runReport), dataSet(data)
     {}
 
-    RoadOptions options;  ///< as the stages use them: rounded, with the values that they found themselves
+    const RoadOptions given;  ///< as they were asked for
+    RoadOptions options;      ///< as the stages use them: rounded, with the values that they found themselves
     CRoadReport report;
     DataSet& dataSet;
     MappingParameters mapping;
-    QString strInputDir;         ///< folder of the project or the first image; results may go elsewhere
-    QStringList listSideReason;  ///< what opening had to say of files that it could not use
-    bool bResultFolder = false;  ///< the folder of the results is there, for the log as well
+    QString strInputDir;          ///< folder of the project or the first image; results may go elsewhere
+    QStringList listEarlierFile;  ///< of earlier stages, that the road has read
+    QStringList listSideReason;   ///< what opening had to say of files that it could not use
+    QDateTime begun = QDateTime::currentDateTimeUtc();
+    bool bHotPixelsListed = false;  ///< the run has made the list of hot pixels that lies beside the project
+    bool bResultFolder = false;     ///< the folder of the results is there, for the log as well
     RoadResults results;
     /// Called as a part begins, and as it has ended, in the thread of the road; may look at all of the state.
     std::function<void(const RoadStep&)> fnStep;

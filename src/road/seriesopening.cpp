@@ -33,6 +33,9 @@ bool openInput(RoadState& state)
         bOpened = openImageFiles(state.dataSet, listFile, report, &listReason);
         takeFacts(state);
     }
+    if (options.bIgnoreHotPixelList) {
+        state.dataSet.m_listHotPixel.clear();
+    }
     for (const QString& strReason : listReason) {
         report.addMessage(strReason, bOpened ? Severity::Info : Severity::Error);
     }

@@ -1,0 +1,112 @@
+#include "road/filefacts.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace tessera {
+
+namespace {
+
+/// @return empty where the file cannot be read to its end, or the stop came first
+QByteArray sha256Of(const QString& strFile, const std::atomic<bool>& bStop)
+{
+    const qint64 nPiece = 1 << 20;
+    QFile file(strFile);
+    // A pipe would wait for somebody who writes.
+    if (!QFileInfo(strFile).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return {};
+    }
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    QByteArray bytes(int(nPiece), Qt::Uninitialized);
+    for (;;) {
+        const qint64 nRead = file.read(bytes.data(), nPiece);
+        if (nRead < 0 || bStop) {
+            return {};
+        }
+        if (nRead == 0) {
+            return hash.result();
+        }
+        hash.addData(bytes.constData(), int(nRead));
+    }
+}
+
+FileFacts factsWithoutHash(const QString& strFile)
+{
+    const QFileInfo info(strFile);
+    FileFacts facts{info.absoluteFilePath(), -1, {}, {}};
+    if (info.exists()) {
+        facts.nSize = info.size();
+        facts.changed = info.lastModified().toUTC();
+    }
+    return facts;
+}
+
+}  // namespace
+
+std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
+                                    const std::function<bool(int)>& fnGoOn)
+{
+    std::vector<FileFacts> listFacts(size_t(listFile.size()));
+    std::atomic<size_t> nNext{0}, nDone{0};
+    std::atomic<bool> bStop{false};
+    std::mutex mutex;
+    std::condition_variable done;
+    const auto work = [&] {
+        for (size_t n = nNext++; n < listFacts.size(); n = nNext++) {
+            listFacts[n] = factsWithoutHash(listFile[int(n)]);
+            if (!bStop) {
+                listFacts[n].bytesSha256 = sha256Of(listFile[int(n)], bStop);
+            }
+            const std::lock_guard<std::mutex> lock(mutex);
+            if (++nDone == listFacts.size()) {
+                done.notify_all();
+            }
+        }
+    };
+    std::vector<std::thread> listThread;
+    const size_t nThreads = std::min(size_t(std::max(1, nJobs)), listFacts.size());
+    for (size_t n = 0; n < nThreads; ++n) {
+        listThread.emplace_back(work);
+    }
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        while (nDone < listFacts.size()) {
+            done.wait_for(lock, std::chrono::milliseconds(100));
+            lock.unlock();
+            bStop = bStop || (fnGoOn && !fnGoOn(int(nDone)));
+            lock.lock();
+        }
+    }
+    for (std::thread& thread : listThread) {
+        thread.join();
+    }
+    return listFacts;
+}
+
+QJsonArray factsArray(const std::vector<FileFacts>& listFacts)
+{
+    QJsonArray array;
+    for (const FileFacts& facts : listFacts) {
+        QJsonObject object{{QStringLiteral("path"), facts.strFile}};
+        if (facts.nSize >= 0) {
+            object[QStringLiteral("size")] = double(facts.nSize);
+            object[QStringLiteral("changed")] = facts.changed.toString(Qt::ISODateWithMs);
+        }
+        if (!facts.bytesSha256.isEmpty()) {
+            object[QStringLiteral("sha256")] = QString::fromLatin1(facts.bytesSha256.toHex());
+        }
+        array.append(object);
+    }
+    return array;
+}
+
+}  // namespace tessera

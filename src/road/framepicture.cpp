@@ -1,0 +1,184 @@
+#include "road/framepicture.h"
+
+#include "frames/frameloader.h"
+#include "geometry/rotationgeometry.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+const int g_nLargestSide = 640;  // pixels: half of a page on a large screen
+const size_t g_nMostPeaks = 1000;
+const int g_nGreys = 64;  // more would store the noise of the frame, which no eye tells from these
+
+float percentile(std::vector<float>& listValue, double dfShare)
+{
+    const auto it = listValue.begin() + std::ptrdiff_t(dfShare * double(listValue.size() - 1));
+    std::nth_element(listValue.begin(), it, listValue.end());
+    return *it;
+}
+
+/// The mean of the finite pixels of a block; not finite without one.
+float blockMean(const float* pData, int nWidth, int nX, int nY, int nBlock)
+{
+    double dfSum = 0;
+    int nCount = 0;
+    for (int y = nY * nBlock; y < (nY + 1) * nBlock; ++y) {
+        for (int x = nX * nBlock; x < (nX + 1) * nBlock; ++x) {
+            const float f = pData[size_t(y) * size_t(nWidth) + size_t(x)];
+            if (std::isfinite(f)) {
+                dfSum += double(f);
+                ++nCount;
+            }
+        }
+    }
+    return float(dfSum / nCount);
+}
+
+void drawBeam(CHtmlPage& page, const QPointF& pt, double dfSize)
+{
+    page.open("path", "beam");
+    page.attribute("d", QStringLiteral("M%1 %2h%3M%4 %5v%3")
+                            .arg(pt.x() - dfSize, 0, 'f', 1)
+                            .arg(pt.y(), 0, 'f', 1)
+                            .arg(2 * dfSize, 0, 'f', 1)
+                            .arg(pt.x(), 0, 'f', 1)
+                            .arg(pt.y() - dfSize, 0, 'f', 1));
+    page.attribute("stroke", QStringLiteral("#0af"));
+    page.close();
+}
+
+void drawPeaks(CHtmlPage& page, QList<Peak3D> listPeak, double dfRadius)
+{
+    std::stable_sort(listPeak.begin(), listPeak.end(),
+                     [](const Peak3D& one, const Peak3D& other) { return one.dfIPoint > other.dfIPoint; });
+    page.open("g", "peaks");
+    page.attribute("fill", QStringLiteral("none"));
+    page.attribute("stroke", QStringLiteral("#fb0"));
+    for (size_t n = 0; n < std::min(size_t(listPeak.size()), g_nMostPeaks); ++n) {
+        page.open("circle");
+        page.attribute("cx", QString::number(listPeak[int(n)].dfX2D + 0.5, 'f', 1));
+        page.attribute("cy", QString::number(listPeak[int(n)].dfY2D + 0.5, 'f', 1));
+        page.attribute("r", QString::number(dfRadius, 'f', 1));
+        page.close();
+    }
+    page.close();
+}
+
+QString captionOf(const SeriesData& series, int nFrame)
+{
+    QString strText = QStringLiteral("Frame %1: %2")
+                          .arg(nFrame + 1)
+                          .arg(QFileInfo(series.m_listFrameFile[nFrame]).fileName());
+    if (nFrame < series.m_listOverallTilt.size()) {
+        strText += QStringLiteral(", tilt %1°").arg(series.m_listOverallTilt[nFrame], 0, 'f', 2);
+    }
+    if (nFrame < series.m_listPeakFrame.size()) {
+        strText += QStringLiteral(", %1 peaks").arg(series.m_listPeakFrame[nFrame].size());
+    }
+    return strText;
+}
+
+}  // namespace
+
+QImage smallPicture(const float* pData, int nWidth, int nHeight)
+{
+    int nBlock = 1;
+    while (std::max(nWidth, nHeight) / nBlock > g_nLargestSide) {
+        nBlock *= 2;
+    }
+    const int nColumns = nWidth / nBlock, nRows = nHeight / nBlock;
+    std::vector<float> listPixel, listFinite;
+    for (int y = 0; y < nRows; ++y) {
+        for (int x = 0; x < nColumns; ++x) {
+            listPixel.push_back(blockMean(pData, nWidth, x, y, nBlock));
+            if (std::isfinite(listPixel.back())) {
+                listFinite.push_back(listPixel.back());
+            }
+        }
+    }
+    if (listFinite.empty()) {
+        return {};
+    }
+    const double dfLow = double(percentile(listFinite, 0.01)), dfHigh = double(percentile(listFinite, 0.997));
+    const double dfRange = dfHigh > dfLow ? dfHigh - dfLow : 1;
+    QImage image(nColumns, nRows, QImage::Format_Grayscale8);
+    for (int y = 0; y < nRows; ++y) {
+        uchar* pLine = image.scanLine(y);
+        for (int x = 0; x < nColumns; ++x) {
+            const double df = (double(listPixel[size_t(y) * size_t(nColumns) + size_t(x)]) - dfLow) / dfRange;
+            const double dfGrey = std::isfinite(df) ? std::clamp(df, 0.0, 1.0) : 0;
+            pLine[x] = uchar(std::lround(dfGrey * (g_nGreys - 1)) * 255 / (g_nGreys - 1));
+        }
+    }
+    return image;
+}
+
+QString pngUri(const QImage& image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG", 0);  // Qt counts the quality: 0 is the smallest file
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(bytes.toBase64());
+}
+
+bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfRadius)
+{
+    ImageList vecImage;
+    CRunReport silent;
+    if (!loadFirstImage(vecImage, series.m_listFrameFile[nFrame], series.m_listHotPixel, silent) ||
+        vecImage.empty() || !vecImage.front()->Data()) {
+        return false;
+    }
+    const int nWidth = vecImage.front()->Width(), nHeight = vecImage.front()->Height();
+    const QImage image = smallPicture(vecImage.front()->Data(), nWidth, nHeight);
+    if (image.isNull()) {
+        return false;
+    }
+    const double dfUnit = double(nWidth) / g_nLargestSide;  // about a pixel of the screen
+    const QString strCaption = captionOf(series, nFrame);
+    page.open("figure");
+    page.open("svg");
+    page.attribute("xmlns", QStringLiteral("http://www.w3.org/2000/svg"));
+    page.attribute("viewBox", QStringLiteral("0 0 %1 %2").arg(nWidth).arg(nHeight));
+    page.attribute("role", QStringLiteral("img"));
+    page.attribute("stroke-width", 1.5 * dfUnit);
+    page.element("title", strCaption);
+    page.open("image");
+    page.attribute("width", nWidth);
+    page.attribute("height", nHeight);
+    page.attribute("href", pngUri(image));
+    page.close();
+    if (nFrame < series.m_listPeakFrame.size()) {
+        drawPeaks(page, series.m_listPeakFrame[nFrame], std::max(1.5 * dfRadius, 5 * dfUnit));
+    }
+    if (nFrame < series.m_listShift.size()) {
+        const QPointF ptBeam = frameCentre({series.m_listShift, series.m_dfCenterX, series.m_dfCenterY},
+                                           nFrame);
+        drawBeam(page, ptBeam + QPointF(0.5, 0.5), 14 * dfUnit);  // pixel centres are whole numbers
+    }
+    page.close();
+    page.element("figcaption", strCaption);
+    page.close();
+    return true;
+}
+
+std::vector<int> framesShown(int nFrames)
+{
+    std::vector<int> list;
+    for (const int n : {0, nFrames / 2, nFrames - 1}) {
+        if (n >= 0 && n < nFrames && (list.empty() || list.back() != n)) {
+            list.push_back(n);
+        }
+    }
+    return list;
+}
+
+}  // namespace tessera
