@@ -166,4 +166,18 @@ QStringList framesInFolder(const QString& strFolder)
     return framesOfFiles(listFile);
 }
 
+QStringList filesOfFrames(const QStringList& listFrame)
+{
+    QStringList listFile;
+    QSet<QString> setFile;
+    for (const QString& strFrame : listFrame) {
+        const QString strFile = frameName(strFrame).strFile;
+        if (!setFile.contains(strFile)) {
+            setFile.insert(strFile);
+            listFile.append(strFile);
+        }
+    }
+    return listFile;
+}
+
 }  // namespace tessera

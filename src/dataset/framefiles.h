@@ -18,6 +18,9 @@ void sortFrames(QStringList& listFile);
 /// stack that stands alone.
 QStringList framesOfFiles(const QStringList& listFile);
 
+/// The files that frames lie in, each once, in the order of the frames: a file of many images is one.
+QStringList filesOfFrames(const QStringList& listFrame);
+
 /// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of
 /// equally common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no
 /// part of the series, nor is what was exported from them, nor the data files that a master or the first

@@ -1,7 +1,7 @@
 #include "road/runrecord.h"
 
+#include "dataset/framefiles.h"
 #include "dataset/hotpixelfile.h"
-#include "imagefiles/framename.h"
 #include "records/progress.h"
 #include "records/whatwasthrown.h"
 #include "records/wholefile.h"
@@ -42,14 +42,7 @@ Inputs inputsOf(const RoadState& state)
     if (given.isProject()) {
         other(given.listInput.first());
     }
-    QSet<QString> setFrame;  // a file of many images is one file
-    for (const QString& strFrame : state.dataSet.m_listFrameFile) {
-        const QString strFile = frameName(strFrame).strFile;
-        if (!setFrame.contains(strFile)) {
-            setFrame.insert(strFile);
-            inputs.listFrame.append(strFile);
-        }
-    }
+    inputs.listFrame = filesOfFrames(state.dataSet.m_listFrameFile);
     for (const QString& strFile :
          {given.strMaskFile, given.strCellFile, given.strKnownCellFile, given.strCalibrationFile}) {
         other(strFile);

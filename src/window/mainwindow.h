@@ -62,6 +62,7 @@ class OriginalImgScene;
 class PeakSearchPage;
 class PeakTableView;
 class RefinementPage;
+class CRoadWork;
 class RoadDock;
 class ShiftPage;
 class TabWidget;
@@ -147,6 +148,8 @@ public slots:
     void showRoadRow(RoadRowKind kind);
     /// Goes to the page with its numbers.
     void showRoadSettings(RoadRowKind kind);
+    /// Asks for a file and writes the report of the last "Solve" of this project, or of what the window holds.
+    void saveReport();  // src/window/road/mainwindow_report.cpp
 
     // Frame list and navigation: src/window/frames/mainwindow_framelist.cpp
     /// Makes a row per frame: name, stage tilt, beam tilt and overall tilt in degrees. Dialogs start in the
@@ -727,6 +730,7 @@ private:
     bool m_bSearchingCell = false;   ///< the same of a search for the cell
     bool m_bSolving = false;         ///< the same of the road
     CRoadRows m_roadRows;
+    std::shared_ptr<CRoadWork> m_pRoadWork;    ///< the last road; null: none, or one that could not open
     std::optional<PageNumbers> m_numbersLeft;  ///< that the last road left on the pages
     CRawGroups m_rawGroups;
     std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null

@@ -36,6 +36,7 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pReciprocalVolume, &MainWindow::export3DReciprocalVolmue);
     connectAction(m_pActions->m_pSmvImages, &MainWindow::exportSMVImages);
     connectAction(m_pActions->m_pOtherPrograms, &MainWindow::exportForOtherPrograms);
+    connectAction(m_pActions->m_pReport, &MainWindow::saveReport);
     connectAction(m_pActions->m_pExit, &MainWindow::close);
     connectAction(m_pActions->m_pCopyWindow, &MainWindow::copyWindow);
     connectAction(m_pActions->m_pZoomIn, &MainWindow::zoomIn);
@@ -83,7 +84,7 @@ void MainWindow::createMenus()
     pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pSaveCurrent,
                        m_pActions->m_pSaveSeries, m_pActions->m_pMovieFrames, m_pActions->m_pScaledFrames,
                        m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
-                       m_pActions->m_pOtherPrograms});
+                       m_pActions->m_pOtherPrograms, m_pActions->m_pReport});
     pFile->addSeparator();
     m_pRecentSeparator = pFile->addSeparator();
     pFile->addActions(m_pActions->m_listRecent);

@@ -115,6 +115,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           "Export for XDS, DIALS, PETS and dynamical refinement",
           nullptr,
           {}}},
+        {&WindowActions::m_pReport,
+         {"Repor&t...", "Write what was done and found as a page for a browser", nullptr, {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
         {&WindowActions::m_pCopyWindow,
          {"Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy}},
@@ -235,6 +237,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "a "
          "list of frames for PETS, intensities by frames for dynamical refinement, with the frames that they "
          "read."},
+        {m_pReport,
+         "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", "
+         "or else what the window holds, with tables, curves, three frames and the command that makes it "
+         "again."},
         {m_pZoomIn,
          "Shows the frame larger by one step of the list of factors beside it. For the eye: nothing is "
          "measured on the enlarged picture."},

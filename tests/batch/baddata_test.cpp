@@ -281,6 +281,10 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--json", series.path("new/s.log"), "--out", series.path("new")}, "another file"},
         {{strProject, "--json", series.path("to.json"), "--out", series.path("new")}, "another file"},
         {{strProject, "--json", series.path("hard")}, "a folder, not a file"},
+        {{strProject, "--json", series.path("new/s.run.json"), "--out", series.path("new")}, "another file"},
+        {{strProject, "--report", series.path("f1.mrc")}, "would overwrite an input file"},
+        {{strProject, "--report", "r.html", "--json", "r.html"}, "would overwrite another file of the run"},
+        {{strProject, "--report", "-"}, "a file is wanted"},
         {{strProject, "--out", series.path("hard")}, "s.hkl, which the run would write, is one of"},
         // What a shell makes of "--json *.mrc".
         {QStringList{"--json", strFirst, series.path("f1.mrc"), series.path("f2.mrc")} + listGeometry,

@@ -163,9 +163,10 @@ void MainWindow::solveFrom(RoadStage stageFrom)
         m_pRoad->setRows(m_roadRows.rows());
         m_pRoad->setRunning(true);
         m_pRoad->setClosingText({});
-        CRoadWork work(roadOptions(stageFrom));
+        m_pRoadWork.reset();
+        const auto pWork = std::make_shared<CRoadWork>(roadOptions(stageFrom));
         guarded([&] {
-            work.walk(dockReport, [this](const RoadStep& step, const RoadState& state) {
+            pWork->walk(dockReport, [this](const RoadStep& step, const RoadState& state) {
                 m_roadRows.take(step, state.results);
                 m_pRoad->setRows(m_roadRows.rows());
                 if (step.bEnded) {
@@ -173,11 +174,14 @@ void MainWindow::solveFrom(RoadStage stageFrom)
                 }
             });
         });
+        if (pWork->state().results.lastStage) {
+            m_pRoadWork = pWork;
+        }
         m_roadRows.end();
         m_numbersLeft = pageNumbers();
         m_pRoad->setRunning(false);
         m_pRoad->setRows(m_roadRows.rows());
-        m_pRoad->setClosingText(closingLines(work.state().results).join(QLatin1Char('\n')));
+        m_pRoad->setClosingText(closingLines(pWork->state().results).join(QLatin1Char('\n')));
     });
 }
 

@@ -1,0 +1,87 @@
+// MainWindow: the report of the last "Solve", or of what the window holds.
+#include "window/mainwindow.h"
+
+#include "crystal/cellarithmetic.h"
+#include "road/report.h"
+#include "window/integration/integrationcontroller.h"
+#include "window/road/roadwork.h"
+#include "window/windowreport.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace tessera {
+
+namespace {
+
+/// Whether a road was walked on the series that is open.
+bool isOfSeries(const CRoadWork* pWork, const SeriesData& series)
+{
+    return pWork && pWork->state().dataSet.m_strProjectDir == series.m_strProjectDir &&
+           pWork->state().dataSet.m_strProjectName == series.m_strProjectName &&
+           pWork->state().dataSet.m_listFrameFile == series.m_listFrameFile;
+}
+
+/// What a series that was worked on by hand holds of the results of a road.
+void fillResults(RoadState& state, const IntegrationResult* pIntegrated)
+{
+    const SeriesData& series = state.dataSet;
+    const QList<double>& listTilt = series.m_listOverallTilt;
+    const auto range = std::minmax_element(listTilt.begin(), listTilt.end());
+    state.results.open = OpenResult{series.m_strProjectName, series.m_listFrameFile.size(),
+                                    listTilt.isEmpty() ? 0 : *range.second - *range.first};
+    if (const std::optional<CellParameters> cell = cellParametersFromList(series.m_listCell)) {
+        state.results.cell = CellResult{cell, 0, std::nullopt};
+    }
+    if (pIntegrated) {
+        state.results.integrate.emplace().result = *pIntegrated;
+    }
+}
+
+}  // namespace
+
+void MainWindow::saveReport()
+{
+    if (refuseDuringRun(tr("Writing a report"))) {
+        return;
+    }
+    syncParametersWithControls(true);
+    WindowReport report(*this);
+    QString strFile = QFileDialog::getSaveFileName(this, tr("Report"),
+                                                   fileOfProject(m_dataSet, QStringLiteral("_report.html")),
+                                                   tr("Web pages (*.html);;All Files (*.*)"));
+    if (strFile.isEmpty()) {
+        return;
+    }
+    if (QFileInfo(strFile).suffix().isEmpty()) {
+        strFile += QStringLiteral(".html");
+    }
+    if (m_dataSet.m_listFrameFile.contains(QFileInfo(strFile).absoluteFilePath())) {
+        report.addMessage(tr("%1 is a frame of the series: no report is written.").arg(strFile),
+                          Severity::Error);
+        return;
+    }
+    QString strReason;
+    if (isOfSeries(m_pRoadWork.get(), m_dataSet)) {
+        strReason = writeReport(m_pRoadWork->state(), strFile);
+    } else {
+        CRunReport silent;
+        RoadState state(RoadOptions(), m_dataSet, silent);
+        state.mapping = m_mapping;
+        state.options.hunting = m_hunting;
+        state.options.merging = m_merging;
+        state.options.cell = m_cellHunting;
+        state.options.indexing = m_indexing;
+        fillResults(state, m_pIntegration->result());
+        strReason = writeReport(state, strFile);
+    }
+    if (strReason.isEmpty()) {
+        report.addMessage(tr("The report is written: %1").arg(strFile));
+    } else {
+        report.addMessage(strReason, Severity::Error);
+    }
+}
+
+}  // namespace tessera
