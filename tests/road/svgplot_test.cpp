@@ -90,8 +90,9 @@ TEST(SvgPlot, TicksAreRoundNumbersThatHoldTheirRange)
         ASSERT_TRUE(ticks.listTick.size() >= 2 && ticks.listTick.size() <= 9) << range[0];
         EXPECT_EQ(ticks.listTick.front(), ticks.dfLow);
         EXPECT_TRUE(ticks.dfHigh > ticks.dfLow);
-        if (std::isfinite(range[0]))
+        if (std::isfinite(range[0])) {
             EXPECT_TRUE(ticks.dfLow <= range[0] && ticks.dfHigh >= range[1]) << range[0];
+        }
     }
     const AxisTicks ticks = axisTicks(1, 113, 8);
     EXPECT_EQ(ticks.listTick, (std::vector<double>{0, 20, 40, 60, 80, 100, 120}));

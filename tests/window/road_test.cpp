@@ -76,6 +76,10 @@ TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
         }
     }
 
+    EXPECT_EQ(answered({path("r.html")}, [&] { m_pActions->m_pReport->trigger(); }).value(0), "Report");
+    EXPECT_TRUE(bytesOf("r.html").contains("<pre>tessera-batch " + path("window/w.ed3d").toUtf8()));
+    EXPECT_TRUE(bytesOf("r.html").contains("Bravais types"));
+
     for (const QString& strText : rowTexts())
         EXPECT_FALSE(strText.contains("not done") || strText.contains("did not")) << qPrintable(strText);
     EXPECT_TRUE(m_pRaw->points().size() > 500 && m_pMerged->points().size() > 100);
