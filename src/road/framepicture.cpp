@@ -113,7 +113,7 @@ QImage smallPicture(const float* pData, int nWidth, int nHeight)
         uchar* pLine = image.scanLine(y);
         for (int x = 0; x < nColumns; ++x) {
             const double df = (double(listPixel[size_t(y) * size_t(nColumns) + size_t(x)]) - dfLow) / dfRange;
-            const double dfGrey = std::isfinite(df) ? std::clamp(df, 0.0, 1.0) : 0;
+            const double dfGrey = std::isfinite(df) ? std::sqrt(std::clamp(df, 0.0, 1.0)) : 0;
             pLine[x] = uchar(std::lround(dfGrey * (g_nGreys - 1)) * 255 / (g_nGreys - 1));
         }
     }

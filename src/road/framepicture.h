@@ -10,7 +10,8 @@
 
 namespace tessera {
 
-/// Grey bytes between the 1st and the 99.7th percentile, of which a direct beam takes no part worth naming.
+/// Grey bytes between the 1st and the 99.7th percentile, by the square root, as spots are faint beside the
+/// halo of the direct beam.
 /// Frames above 640 pixels are halved, by means of whole blocks, until they are not.
 /// @param pData  row by row; what is not finite is black
 /// @return a null image without a finite pixel

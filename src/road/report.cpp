@@ -138,11 +138,11 @@ void writeFrames(CHtmlPage& page, const RoadState& state)
 {
     const SeriesData& series = state.dataSet;
     page.element("h2", QStringLiteral("Frames"));
-    page.element(
-        "p",
-        QStringLiteral("Grey from the 1st to the 99.7th percentile; the cross is the direct beam, rings are "
-                       "peaks that were found."),
-        "faint");
+    page.element("p",
+                 QStringLiteral("Grey from the 1st to the 99.7th percentile, by its square root; the cross "
+                                "is the direct beam, rings are "
+                                "peaks that were found."),
+                 "faint");
     page.open("div", "row frames");
     page.text({});
     for (const int nFrame : framesShown(series.m_listFrameFile.size())) {

@@ -40,7 +40,8 @@ dd { margin: 0; }
 .row.frames { grid-template-columns: repeat(auto-fit, minmax(min(100%, 20rem), 1fr)); }
 figure { margin: 0; min-width: 0; }
 svg { display: block; width: 100%; height: auto; }
-figure.plot h3 { margin: 0; }
+figure.plot { max-width: 44rem; } figure.plot h3 { margin: 0; }
+.row + .row { margin-top: 1.4rem; }
 svg .axis { fill: var(--faint); }
 svg .grid { stroke: var(--line); }
 svg .series { fill: none; stroke-width: 1.6; stroke-linejoin: round; }

@@ -83,8 +83,8 @@ protected:
         ASSERT_TRUE(QFile::rename(path("q.ed3d"), path(g_strName + ".ed3d")));
         QFile::remove(path("hotpixels.txt"));  // so that the run finds them, and lists them for the next one
         s_first = runBatch({path(g_strName + ".ed3d"), "--json", path("s.json"), "--report", path("r.html"),
-                            "--index-threshold", "0.08", "--peak-threshold=-0.5", "--jobs", "2",
-                            "--fix-geometry", "axisOutOfPlane", "--formula", "Si O2"});
+                            "--index-threshold", "0.08", "--cell-max=12.5", "--jobs", "2", "--fix-geometry",
+                            "axisOutOfPlane", "--formula", "Si O2"});
     }
     static void TearDownTestSuite() { s_pDir.reset(); }
     void SetUp() override { ASSERT_EQ(s_first.nStatus, 0) << s_first.strText.toStdString(); }
@@ -123,7 +123,7 @@ TEST_F(Provenance, TheRecordHasTheCheckSumsOfSha256sum)
         }
     EXPECT_GE(nChecked, g_nFrames + 1 + 15);
     const QJsonObject summary = jsonOf(path("s.json"));
-    EXPECT_EQ(object["parameters"].toObject()["peak-threshold"].toObject()["value"].toDouble(), -0.5);
+    EXPECT_EQ(object["parameters"].toObject()["cell-max"].toObject()["value"].toDouble(), 12.5);
     const double dfRadius = object["parameters"].toObject()["peak-radius"].toObject()["value"].toDouble();
     EXPECT_EQ(dfRadius, summary["peakRadius"].toDouble());
     QStringList listStage;
