@@ -8,6 +8,7 @@
 #include "reciprocal/latticehunting.h"
 #include "road/cellresult.h"
 #include "road/cellsearch.h"
+#include "road/chosensearch.h"
 #include "road/earlierfiles.h"
 #include "road/knowncellsearch.h"
 #include "road/latticefinding.h"
@@ -17,9 +18,6 @@
 
 namespace tessera {
 
-namespace {
-
-/// The method and range that were asked for, or else those of the window or the best to be had.
 CellHuntingParameters chosenSearch(const RoadState& state)
 {
     const RoadOptions& options = state.options;
@@ -39,6 +37,8 @@ CellHuntingParameters chosenSearch(const RoadState& state)
     roundToPages(chosen);
     return chosen;
 }
+
+namespace {
 
 StageResult huntCell(RoadState& state)
 {

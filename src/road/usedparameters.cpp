@@ -1,5 +1,7 @@
 #include "road/usedparameters.h"
 
+#include "reciprocal/latticehunting.h"
+#include "road/chosensearch.h"
 #include "road/roadnumbers.h"
 
 #include <QLocale>
@@ -35,6 +37,10 @@ void putNumbers(std::vector<UsedParameter>& list, const RoadState& state)
 {
     RoadOptions given = state.given;
     RoadOptions used = state.options;
+    const bool bSearched = state.results.cell && used.stageFrom <= RoadStage::Cell;
+    if (bSearched && used.strCellFile.isEmpty() && !used.knownCell) {
+        used.cell = withRange(chosenSearch(state), state.dataSet);
+    }
     MappingParameters mapping = state.mapping;
     DataSet data;  // no more of the series than its numbers, which it needs for writing alone
     data.takeSeries(state.dataSet);
