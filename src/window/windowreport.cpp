@@ -2,6 +2,7 @@
 
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
+#include "window/timeleft.h"
 
 #include <QProgressBar>
 
@@ -48,6 +49,8 @@ void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMa
 {
     QProgressBar* pBar = m_window.m_pProgressBar;
     pBar->setFormat(strFormat);
+    m_strFormat = strFormat;
+    m_clock.start();
     pBar->setRange(nMinimum, nMaximum);
     pBar->setValue(nMinimum);
     pBar->show();
@@ -56,7 +59,14 @@ void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMa
 
 void WindowReport::setProgress(int nValue)
 {
-    m_window.m_pProgressBar->setValue(nValue);
+    QProgressBar* pBar = m_window.m_pProgressBar;
+    pBar->setValue(nValue);
+    const int nRange = pBar->maximum() - pBar->minimum();
+    if (!m_bProgressShown || nRange <= 0 || m_strFormat.isEmpty())
+        return;
+    const QString strLeft = timeLeftText(double(m_clock.elapsed()) / 1000,
+                                         double(nValue - pBar->minimum()) / nRange);
+    pBar->setFormat(strLeft.isEmpty() ? m_strFormat : m_strFormat + QStringLiteral(", ") + strLeft);
 }
 
 void WindowReport::endProgress()

@@ -1,6 +1,7 @@
 // "Solve": the road of the driver in the window, its files, its rows, and the way back into it.
 #include "tests/window/windowtest.h"
 #include "window/road/roaddock.h"
+#include "window/timeleft.h"
 
 namespace tessera {
 

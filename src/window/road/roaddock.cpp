@@ -1,6 +1,7 @@
 #include "window/road/roaddock.h"
 
 #include "window/pages/controltips.h"
+#include "window/timeleft.h"
 
 #include <QFrame>
 #include <QGridLayout>

@@ -1,0 +1,92 @@
+#include "frames/displaylimits.h"
+
+#include "frames/badpixels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+namespace tessera {
+
+namespace {
+
+constexpr double LOW_SHARE = 0.01, HIGH_SHARE = 0.997;
+constexpr int RADII_PER_SIDE = 16;
+// A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the one.
+constexpr int BLOCKS_PER_SIDE = 64;
+
+double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide)
+{
+    const int x1 = std::min(x0 + nSide, image.Width()), y1 = std::min(y0 + nSide, image.Height());
+    double dfSum = 0;
+    int nUsable = 0;
+    for (int y = y0; y < y1; ++y) {
+        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
+        for (int x = x0; x < x1; ++x) {
+            if (isUsablePixel(pRow[x])) {
+                dfSum += double(pRow[x]);
+                ++nUsable;
+            }
+        }
+    }
+    // Half a block at least: what is left of one beside a gap would stand out by chance.
+    return 2 * nUsable >= (x1 - x0) * (y1 - y0) && nUsable > 0 ? dfSum / nUsable : -INFINITY;
+}
+
+double takeRank(std::vector<float>& vec, double dfShare)
+{
+    const auto it = vec.begin() + std::ptrdiff_t(dfShare * double(vec.size() - 1));
+    std::nth_element(vec.begin(), it, vec.end());
+    return double(*it);
+}
+
+}  // namespace
+
+std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image)
+{
+    const int nShort = std::min(image.Width(), image.Height());
+    if (!image.Data() || nShort < 1) {
+        return {};
+    }
+    const int nSide = std::max(1, nShort / BLOCKS_PER_SIDE);
+    double dfBest = -INFINITY;
+    FrameDisc disc;
+    for (int y = 0; y < image.Height(); y += nSide) {
+        for (int x = 0; x < image.Width(); x += nSide) {
+            const double dfMean = meanOfBlock(image, x, y, nSide);
+            if (dfMean > dfBest) {
+                dfBest = dfMean;
+                disc.ptCentre = QPointF(x + (nSide - 1) / 2.0, y + (nSide - 1) / 2.0);
+            }
+        }
+    }
+    if (!std::isfinite(dfBest)) {
+        return {};
+    }
+    disc.dfRadius = double(nShort) / RADII_PER_SIDE;
+    return disc;
+}
+
+std::optional<DisplayLimits> displayLimits(const CImgObj<float>& image, const std::optional<FrameDisc>& disc)
+{
+    std::vector<float> vec;
+    vec.reserve(image.Data() ? std::size_t(image.Width()) * std::size_t(image.Height()) : 0);
+    for (int y = 0; image.Data() && y < image.Height(); ++y) {
+        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
+        for (int x = 0; x < image.Width(); ++x) {
+            const bool bInside = disc && std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <=
+                                             disc->dfRadius;
+            if (!bInside && isUsablePixel(pRow[x])) {
+                vec.push_back(pRow[x]);
+            }
+        }
+    }
+    if (vec.empty()) {
+        return {};
+    }
+    const DisplayLimits limits{takeRank(vec, LOW_SHARE), takeRank(vec, HIGH_SHARE)};
+    return limits.dfLow < limits.dfHigh ? std::optional<DisplayLimits>(limits) : std::nullopt;
+}
+
+}  // namespace tessera
