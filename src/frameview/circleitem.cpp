@@ -1,5 +1,7 @@
 #include "frameview/circleitem.h"
 
+#include "frameview/markzoom.h"
+
 #include <QPainter>
 
 namespace tessera {
@@ -8,7 +10,7 @@ void CircleItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem*, QWid
 {
     const int nCorner = int(-m_fSize);
     const int nSide = int(2.f * m_fSize + 1.f);
-    pPainter->setPen(m_pen);
+    setPenOn(*pPainter, CMarkZoom(*pPainter));
     pPainter->drawArc(nCorner, nCorner, nSide, nSide, 0, 360 * 16);
 }
 

@@ -1,5 +1,9 @@
 #include "frameview/markitem.h"
 
+#include "frameview/markzoom.h"
+
+#include <QPainter>
+
 namespace tessera {
 
 MarkItem::MarkItem(QGraphicsItem* pParent) : QGraphicsItem(pParent) {}
@@ -21,6 +25,18 @@ void MarkItem::setPenWidth(double dfWidth)
 {
     m_pen.setWidthF(dfWidth);
     update();
+}
+
+void MarkItem::setPenOn(QPainter& painter, const CMarkZoom& zoom) const
+{
+    QPen pen = m_pen;
+    if (!zoom.isActualSize()) {
+        pen.setWidthF(m_pen.widthF() * zoom.penWidth());
+        QColor color = m_pen.color();
+        color.setAlphaF(color.alphaF() * zoom.opacity());
+        pen.setColor(color);
+    }
+    painter.setPen(pen);
 }
 
 QRectF MarkItem::boundingRect() const

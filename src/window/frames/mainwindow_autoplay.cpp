@@ -3,6 +3,7 @@
 
 #include "window/pages/framespage.h"
 
+#include <QCheckBox>
 #include <QSpinBox>
 
 namespace tessera {
@@ -41,9 +42,17 @@ void MainWindow::playOneImage()
         return;
     const int nNext = m_pFrameSpin->value() + m_nPlayDirection;
     if (nNext < m_pFrameSpin->minimum() || nNext > m_pFrameSpin->maximum())
-        stopImagePlay();
+        m_pFramesPage->m_pPlayLoopCheck->isChecked() ? playFromOtherEnd() : stopImagePlay();
     else
         m_pFrameSpin->setValue(nNext);
+}
+
+void MainWindow::playFromOtherEnd()
+{
+    if (m_pFrameSpin->minimum() == m_pFrameSpin->maximum())
+        stopImagePlay();  // one frame does not move
+    else
+        m_pFrameSpin->setValue(m_nPlayDirection > 0 ? m_pFrameSpin->minimum() : m_pFrameSpin->maximum());
 }
 
 void MainWindow::imagePlayIntervalChanged(int nNewInterval)

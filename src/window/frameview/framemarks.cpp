@@ -18,6 +18,7 @@ namespace {
 
 const double g_dfMarkPenWidth = 1.0;
 const double g_dfLabelPenWidth = 0.2;
+const double g_dfLabelGap = 4.0;  // of a label from its spot, enlarged: about the radius of one
 const double g_dfLabelZ = 200.0;
 const double g_dfAxisZ = 300;
 const double g_dfMaskZ = 300;
@@ -57,6 +58,7 @@ TextItem* makeLabel(const Peak3D& peak, const DataSet& data, int nFrame)
     pItem->setZValue(g_dfLabelZ);
     pItem->setText(QStringLiteral("%L1,%L2,%L3").arg(nH).arg(nK).arg(nL));
     pItem->setPos(peak.dfX2D, peak.dfY2D);
+    pItem->setScreenSized(g_dfLabelGap);
     pItem->setPen(QPen(Qt::black, g_dfLabelPenWidth));
     pItem->setBrushColor(labelColor(bStrongest, data.m_spaceGroup.isAbsent(nH, nK, nL)));
     return pItem;

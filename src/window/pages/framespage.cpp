@@ -1,5 +1,6 @@
 #include "window/pages/framespage.h"
 
+#include "window/frames/contrasthistogram.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
 
@@ -55,14 +56,26 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     m_pTiltRelaxationSpin = makeSpin(this, &DataSet::m_dfTiltRelaxation);
 
     auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
-    m_pContrastMinSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
-    m_pContrastMaxSpin = makeDoubleSpin(pContrast, -1000000, 1000000, 2, 10, 0);
+    m_pContrastMinSpin = makeDoubleSpin(pContrast, CONTRAST_LOW, CONTRAST_HIGH, 2, 10, 0);
+    m_pContrastMaxSpin = makeDoubleSpin(pContrast, CONTRAST_LOW, CONTRAST_HIGH, 2, 10, 0);
     auto* pContrastLayout = new QGridLayout(pContrast);
     pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
     pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);
     pContrastLayout->addWidget(new QLabel(tr("Max."), pContrast), 1, 0);
     pContrastLayout->addWidget(m_pContrastMaxSpin, 1, 1);
     pContrastLayout->setColumnStretch(1, 100);
+    m_pContrastHistogram = new ContrastHistogram(pContrast);
+    m_pContrastHistogram->setAccessibleName(tr("Histogram of the pixel values"));
+    m_pContrastAutoButton = new QPushButton(tr("Automatic"), pContrast);
+    m_pContrastFullButton = new QPushButton(tr("Full Range"), pContrast);
+    m_pContrastLogCheck = new QCheckBox(tr("Logarithmic"), pContrast);
+    auto* pContrastButtons = new QHBoxLayout;
+    pContrastButtons->addWidget(m_pContrastAutoButton);
+    pContrastButtons->addWidget(m_pContrastFullButton);
+    pContrastButtons->addStretch(1);
+    pContrastButtons->addWidget(m_pContrastLogCheck);
+    pContrastLayout->addWidget(m_pContrastHistogram, 2, 0, 1, 2);
+    pContrastLayout->addLayout(pContrastButtons, 3, 0, 1, 2);
 
     explain(m_pFileTable,
             tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
@@ -74,6 +87,18 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
                "for the scaled volume; nothing is measured by it."));
     explain(m_pContrastMaxSpin,
             tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
+    explain(m_pContrastHistogram,
+            tr("How many pixels have which value, and what is shown black and white: drag the handles. A double "
+               "click is \"Automatic\". Keys: Up and Down choose a handle, Left and Right move it."));
+    explain(m_pContrastAutoButton,
+            tr("The 1st and the 99.7th percentile of the image in view, without the direct beam: spots are "
+               "white, the background is just above black. All frames are shown with these limits."));
+    explain(m_pContrastFullButton,
+            tr("From nearly the weakest pixel of the image in view to nearly the strongest, which is in the "
+               "direct beam: to see the beam itself."));
+    explain(m_pContrastLogCheck,
+            tr("Shows the logarithm of the value above \"Min.\", so that weak spots and the beam are seen at "
+               "once. Saved series stay linear. Grey turned round is in the menu \"View\"."));
     auto* pGrid = new QGridLayout;
     pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
     pGrid->addWidget(m_pWavelengthSpin, 0, 1);
@@ -96,6 +121,8 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     m_pPlayForwardButton = new QPushButton(QStringLiteral("►"), pPlay);
     m_pPlayBackwardButton = new QPushButton(QStringLiteral("◄"), pPlay);
     m_pPlayStopButton = new QPushButton(QStringLiteral("■"), pPlay);
+    m_pPlayLoopCheck = new QCheckBox(tr("Loop"), pPlay);
+    explain(m_pPlayLoopCheck, tr("The play goes on at the other end of the series until it is stopped."));
     explain(m_pPlayDelaySpin,
             tr("Pause between two frames, ms, also between the aligned regions that the shift "
                "evaluation shows."));
@@ -106,6 +133,7 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pPlayLayout->addWidget(m_pPlayDelaySpin);
     for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
         pPlayLayout->addWidget(pButton);
+    pPlayLayout->addWidget(m_pPlayLoopCheck);
     pPageLayout->addWidget(pPlay);
 }
 

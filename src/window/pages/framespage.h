@@ -11,6 +11,8 @@ class QTableWidget;
 
 namespace tessera {
 
+class ContrastHistogram;
+
 /// The series as a table of files, the geometry of the experiment, the contrast limits and the auto play.
 ///
 /// The page holds controls alone; MainWindow connects them and fills the table.
@@ -19,6 +21,8 @@ class FramesPage : public QWidget {
 
 public:
     explicit FramesPage(QWidget* pParent = nullptr);
+
+    static constexpr int CONTRAST_LOW = -1000000, CONTRAST_HIGH = 1000000;  ///< of the contrast boxes
 
     /// Shows the axis with so many decimals, without a word to those who listen.
     void setAxisDecimals(int nDecimals);
@@ -30,11 +34,16 @@ public:
     QCheckBox* m_pShowAxisCheck;            ///< "Show On EDP"
     QDoubleSpinBox* m_pContrastMinSpin;     ///< pixel values shown as black
     QDoubleSpinBox* m_pContrastMaxSpin;     ///< and as white
+    ContrastHistogram* m_pContrastHistogram;
+    QPushButton* m_pContrastAutoButton;  ///< limits by the percentiles of the image in view
+    QPushButton* m_pContrastFullButton;  ///< limits by its whole range
+    QCheckBox* m_pContrastLogCheck;
     QDoubleSpinBox* m_pTiltRelaxationSpin;  ///< degrees over the whole series
     QSpinBox* m_pPlayDelaySpin;             ///< ms
     QPushButton* m_pPlayForwardButton;
     QPushButton* m_pPlayBackwardButton;
     QPushButton* m_pPlayStopButton;
+    QCheckBox* m_pPlayLoopCheck;  ///< from the last frame on to the first
 };
 
 }  // namespace tessera

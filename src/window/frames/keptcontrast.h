@@ -1,0 +1,25 @@
+// keptContrast: the contrast that the user has chosen for a series, from one opening to the next.
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+class QSettings;
+
+namespace tessera {
+
+struct KeptContrast {
+    double dfLow = 0, dfHigh = 0;  ///< pixel values shown black and white
+    bool bLogarithmic = false;
+};
+
+/// Series of which the contrast is kept; the one that was changed longest ago goes first.
+constexpr int KEPT_CONTRASTS = 50;
+
+/// What was kept of a series; none where nothing was, or what the settings hold of it is damaged.
+/// @param strSeries  its project, full path
+std::optional<KeptContrast> keptContrast(const QSettings& settings, const QString& strSeries);
+void keepContrast(QSettings& settings, const QString& strSeries, const KeptContrast& contrast);
+
+}  // namespace tessera
