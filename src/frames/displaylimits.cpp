@@ -13,7 +13,8 @@ namespace {
 
 constexpr double LOW_SHARE = 0.01, HIGH_SHARE = 0.997;
 constexpr int RADII_PER_SIDE = 16;
-// A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the one.
+// A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the
+// one.
 constexpr int BLOCKS_PER_SIDE = 64;
 
 double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide)
@@ -75,8 +76,8 @@ std::optional<DisplayLimits> displayLimits(const CImgObj<float>& image, const st
     for (int y = 0; image.Data() && y < image.Height(); ++y) {
         const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
         for (int x = 0; x < image.Width(); ++x) {
-            const bool bInside = disc && std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <=
-                                             disc->dfRadius;
+            const bool bInside = disc &&
+                                 std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <= disc->dfRadius;
             if (!bInside && isUsablePixel(pRow[x])) {
                 vec.push_back(pRow[x]);
             }

@@ -3,6 +3,7 @@
 #include "frameview/palettes.h"
 #include "frameview/textitem.h"
 #include "imaging/contrast.h"
+#include "imaging/logcontrast.h"
 
 #include <QCoreApplication>
 #include <QGraphicsPixmapItem>
@@ -175,8 +176,14 @@ void BaseImgScene::setImagesLimits(const ImageList& vecImage, const RangeList& v
     convertImages(vecImage, [&](std::size_t i, const CImgObj<float>& image, CImgObj<unsigned char>& imgByte) {
         if (i >= vecOut.size())
             return imgByte.Clear();  // an image that joined the list while events were processed
-        FloatToByte(image.Data(), imgByte.Data(), image.Width() * image.Height(), float(vecLimit[i].first),
-                    float(vecLimit[i].second), float(vecOut[i].first), float(vecOut[i].second));
+        const int nCount = image.Width() * image.Height();
+        if (m_bLogarithmic) {
+            FloatToByteLog(image.Data(), imgByte.Data(), nCount, float(vecLimit[i].first),
+                           float(vecLimit[i].second));
+            return;
+        }
+        FloatToByte(image.Data(), imgByte.Data(), nCount, float(vecLimit[i].first), float(vecLimit[i].second),
+                    float(vecOut[i].first), float(vecOut[i].second));
     });
 }
 

@@ -65,6 +65,11 @@ public:
     /// Appends a copy; the first image after clearImages is shown at once.
     void addImage(const CImgObj<unsigned char>& image);
 
+    /// Whether setImagesLimits() draws by the logarithm (FloatToByteLog) from its next call on, over all
+    /// bytes.
+    void setLogarithmic(bool bLogarithmic) { m_bLogarithmic = bLogarithmic; }
+    bool isLogarithmic() const { return m_bLogarithmic; }  ///< not at first
+
     /// Replaces the images, each converted with limits that cut off 0.001 of its samples at both ends.
     /// The first image is shown. A null or empty image keeps its place in the list and shows nothing.
     void setImagesAuto(const ImageList& vecImage);
@@ -104,6 +109,7 @@ protected:
     ByteImageList m_vecImage;
     ByteImageList m_vecOverlay;
     bool m_bShowProgress = true;
+    bool m_bLogarithmic = false;
     TextItem* m_pLabelItem;
 
 private:

@@ -16,8 +16,8 @@ public:
 
     /// Width of a line, frame pixels, that is 1 pixel wide on the screen; 1.5 from 400 % on.
     double penWidth() const;
-    /// What stays free between the middle and an arm that ends at dfReach, frame pixels: from 100 % on the arm is
-    /// as long on the screen as it is there, so that it lets go of the spot as the spot grows.
+    /// What stays free between the middle and an arm that ends at dfReach, frame pixels: from 100 % on the
+    /// arm is as long on the screen as it is there, so that it lets go of the spot as the spot grows.
     double gap(double dfReach) const;
     /// Opacity: all up to 100 %, a seventh less with each doubling, a half at least.
     double opacity() const;

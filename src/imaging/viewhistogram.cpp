@@ -8,9 +8,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int SAMPLES = 500000;        // a millisecond or two to count
+constexpr int SAMPLES = 500000;  // a millisecond or two to count
 constexpr double TWO_DECADES = 100;
-constexpr double LEAST_UNIT = 1e-6;    // of the axis, where half of the samples are the same
+constexpr double LEAST_UNIT = 1e-6;  // of the axis, where half of the samples are the same
 
 }  // namespace
 

@@ -2,9 +2,10 @@
 
 #include "dataset/dataset.h"
 #include "frames/autoregion.h"
-#include "frames/badpixels.h"
 #include "frames/directbeamfit.h"
+#include "frames/displaylimits.h"
 #include "frames/frameloader.h"
+#include "imaging/contrast.h"
 #include "records/whatwasthrown.h"
 
 #include <algorithm>
@@ -36,27 +37,15 @@ private:
     const std::atomic<bool>& m_bStop;
 };
 
-/// From the background, which stays black, to where one pixel in five hundred is white: those of a beam with
-/// its overflows do not count.
-std::pair<double, double> contrastOf(const CImgObj<float>& image)
+/// As the window shows a frame first; all of its range where it has no such limits.
+DisplayLimits contrastOf(const CImgObj<float>& image)
 {
-    constexpr size_t SAMPLES = 200000;
-    const size_t nPixels = size_t(image.Width()) * size_t(image.Height());
-    std::vector<float> vec;
-    for (size_t i = 0; i < nPixels; i += 1 + nPixels / SAMPLES) {
-        if (isUsablePixel(image.Data()[i])) {
-            vec.push_back(image.Data()[i]);
-        }
+    if (const auto limits = displayLimits(image, brightestDisc(image))) {
+        return *limits;
     }
-    if (vec.empty()) {
-        return {0, 1};
-    }
-    const auto quantile = [&vec](double dfShare) {
-        const auto it = vec.begin() + std::ptrdiff_t(dfShare * double(vec.size() - 1));
-        std::nth_element(vec.begin(), it, vec.end());
-        return double(*it);
-    };
-    return {quantile(0.5), quantile(0.998)};
+    DisplayLimits limits{0, 1};
+    autoContrastLimits(image.Data(), image.Width() * image.Height(), &limits.dfLow, &limits.dfHigh);
+    return limits;
 }
 
 /// Bright where any pixel of what becomes one is: spots are small.

@@ -7,6 +7,8 @@
 #include "view3d/ed3dwidget.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/crystal/latticesdialog.h"
+#include "window/frames/contrastcontrol.h"
+#include "window/frames/seriespicturetitle.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
@@ -77,6 +79,7 @@ MainWindow::~MainWindow()
     // The widgets go down with the base class, and some report changes on the way.
     m_timerPlay.stop();
     m_timerPlay.disconnect(this);
+    delete m_pContrast;
     delete m_pIntegration;
     for (QObject* pChild : findChildren<QObject*>())
         pChild->disconnect(this);
@@ -148,6 +151,7 @@ void MainWindow::createViews()
     create3DView(m_pView3DMerged, m_mapTabName[2]);
 
     createPeakTable();
+    createFrameLook();
 
     connect(m_pTabWidget, &TabWidget::currentChanged, this, &MainWindow::updateControls);
 }
@@ -161,6 +165,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
         return;
     }
     stopImagePlay();
+    m_pContrast->keep();
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     writeSettings();
     m_pExtractionPage->hide();  // windows that would stay open alone
@@ -205,7 +210,8 @@ void MainWindow::updateControls(int nPageIndex)
                 m_pFrameSlider->setRange(1, nFrames);
                 m_pFrameSpin->setValue(m_pFrameSlider->value());
             }
-            switchToImgIndex(m_pFrameSlider->value());
+            if (!m_pSeriesTitle->isBegun())  // which stands until a frame is chosen
+                switchToImgIndex(m_pFrameSlider->value());
         }
         m_pActions->m_listPalette.value(m_pFrameScene->palette(), m_pActions->m_listPalette.first())
             ->setChecked(true);

@@ -32,6 +32,7 @@
 class QComboBox;
 class QDockWidget;
 class QDoubleSpinBox;
+class QMenu;
 class QProgressBar;
 class QPushButton;
 class QSettings;
@@ -45,6 +46,7 @@ namespace tessera {
 
 class BaseImgView;
 class CellPage;
+class ContrastControl;
 class CFrameMarks;
 class CPixelReadout;
 class CurvePlot;
@@ -64,9 +66,11 @@ class PeakTableView;
 class RefinementPage;
 class CRoadWork;
 class RoadDock;
+class SeriesPictureTitle;
 class ShiftPage;
 class TabWidget;
 class TextDataWidget;
+enum class SeriesPictureKind;
 struct AxisSearch;
 struct FrameDefects;
 struct IndexingResult;
@@ -163,6 +167,11 @@ public slots:
     /// Draws the image in memory anew, within the contrast limits of the page.
     void refreshImageView();
 
+    // How the frames are looked at: src/window/frames/mainwindow_framelook.cpp
+    /// Makes one picture of all frames and shows it in place of the frame, with contrast limits of its own,
+    /// until a frame is chosen. A run, see m_bRunning.
+    void showSeriesPicture(tessera::SeriesPictureKind kind);
+
     // Auto play: src/window/frames/mainwindow_autoplay.cpp
     /// Shows one frame after the other at the delay of the page, up to the last one.
     void playImageForward();
@@ -172,6 +181,8 @@ public slots:
     void stopImagePlay();
     /// One step of the play; it ends at the end of the series and at the start of a run.
     void playOneImage();
+    /// The play goes on with the frame at the other end; the only one ends it.
+    void playFromOtherEnd();
     /// Delay between two frames of the play, ms.
     void imagePlayIntervalChanged(int nNewInterval);
 
@@ -516,6 +527,7 @@ private:
     void createToolBar();
     void createStatusBar();
     void createViews();
+    void createFrameLook();  // src/window/frames/mainwindow_framelook.cpp
     void create3DView(ED3DWidget*& pView, const QString& strTab);
     void createPeakTable();
     void createRoad();  // src/window/road/mainwindow_road.cpp
@@ -629,8 +641,12 @@ private:
     bool refuseUnderLatticeColors(const ED3DWidget* pView);
     void forgetLattices();
 
-    /// Sets the contrast limits from the frame in memory.
+    /// Sets the contrast limits of the series: those that were kept of it, else by the frame in memory.
     void setAutoContrast();
+    /// What is looked at from now on is another series.
+    void beginSeriesLook();
+    /// Back to the contrast of the frames, one of which comes into view.
+    void leaveSeriesPicture();
 
     /// What all runs that a button starts and stops have in common: stops the play, reads the pages,
     /// takes a second click as the wish to stop, holds the flag and the button while `fnRun` works,
@@ -754,6 +770,8 @@ private:
     QComboBox* m_pScaleCombo = nullptr;
     OriginalImgScene* m_pFrameScene = nullptr;
     BaseImgView* m_pFrameView = nullptr;
+    ContrastControl* m_pContrast = nullptr;
+    SeriesPictureTitle* m_pSeriesTitle = nullptr;
     TextDataWidget* m_pTextData = nullptr;
     ED3DWidget* m_pView3DRaw = nullptr;
     ED3DWidget* m_pView3DMerged = nullptr;
@@ -763,6 +781,7 @@ private:
     CurvePlot* m_pCurvePlot = nullptr;
     QList<QDockWidget*> m_listDock;  ///< "Control", "Messages", "Intensity", "Text Data"
     WindowActions* m_pActions = nullptr;
+    QMenu* m_pViewMenu = nullptr;
     QAction* m_pRecentSeparator = nullptr;  ///< before the recent data sets, shown with them
 
     FramesPage* m_pFramesPage = nullptr;

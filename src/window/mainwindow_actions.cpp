@@ -97,6 +97,7 @@ void MainWindow::createMenus()
     pView->addActions({m_pActions->m_pZoomIn, m_pActions->m_pZoomOut});
     pView->addSeparator();
     pView->addActions(m_pActions->m_listPalette);
+    m_pViewMenu = pView;
 
     QMenu* pWindow = menuBar()->addMenu(QStringLiteral("&Window"));
     for (QDockWidget* pDock : qAsConst(m_listDock))

@@ -217,6 +217,7 @@ void MainWindow::showDataSetAnew()
 void MainWindow::clearDataSet()
 {
     m_gate.wishes().nFrame = 0;  // a number of the former series
+    leaveSeriesPicture();
     clearFrameMarks();
     m_pMarks->setMask({});
     fillMaskTable();
@@ -249,6 +250,7 @@ void MainWindow::showFirstFrame()
         m_pFrameSlider->setValue(1);
     }
     m_pActions->m_listSelection.first()->setChecked(true);
+    beginSeriesLook();
     m_bAutoContrastOnLoad = true;
     updateControls(0);
     // A frame that could not be read has no contrast: the first one that can gives the limits.

@@ -119,7 +119,10 @@ void MainWindow::catchUpAfterRun(bool bReload)
 
 MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
     : m_window(window), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
-{}
+{
+    if (bReload)
+        window.leaveSeriesPicture();  // the run shows frames
+}
 
 MainWindow::CRunScope::~CRunScope()
 {

@@ -129,6 +129,7 @@ void MainWindow::readSettings()
         restoreGeometry(bytesGeometry);
     if (!bWhole || !restoreState(bytesState))
         arrangeDocks();
+    setWindowState(windowState() & ~Qt::WindowFullScreen);  // which is for the moment
     m_strWorkingDir = pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
 
     for (const Parameter& row : parameterTable())

@@ -54,6 +54,11 @@ ContrastControl::ContrastControl(FramesPage& page, ContrastHost host, QObject* p
     connect(&m_timerKeep, &QTimer::timeout, this, &ContrastControl::keep);
 }
 
+ContrastControl::~ContrastControl()
+{
+    keep();
+}
+
 void ContrastControl::beginSeries(const QString& strSeries)
 {
     keep();

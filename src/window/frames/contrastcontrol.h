@@ -1,4 +1,5 @@
-// ContrastControl: the contrast of the frames on the page "Frames": boxes, histogram, buttons, and what is kept.
+// ContrastControl: the contrast of the frames on the page "Frames": boxes, histogram, buttons, and what is
+// kept.
 #pragma once
 
 #include "frames/displaylimits.h"
@@ -27,14 +28,15 @@ struct ContrastHost {
     std::function<std::unique_ptr<QSettings>()> fnSettings;
 };
 
-/// The limits are those of the boxes "Min." and "Max."; they stay from frame to frame. What the user changes is
-/// kept for the series and comes back with it. An image that is no frame, such as a sum, has limits of its own
-/// as long as it is shown.
+/// The limits are those of the boxes "Min." and "Max."; they stay from frame to frame. What the user changes
+/// is kept for the series and comes back with it. An image that is no frame, such as a sum, has limits of its
+/// own as long as it is shown.
 class ContrastControl : public QObject {
     Q_OBJECT
 
 public:
     ContrastControl(FramesPage& page, ContrastHost host, QObject* pParent = nullptr);
+    ~ContrastControl() override;  ///< keeps
 
     /// From now on limits are those of a series. @param strSeries  its project, full path
     void beginSeries(const QString& strSeries);
@@ -68,8 +70,8 @@ private:
     FramesPage& m_page;
     ContrastHost m_host;
     QString m_strSeries;
-    bool m_bHistogramOld = true;  ///< an image has come while nobody saw the histogram
-    bool m_bChanged = false;      ///< by the user, and not written yet
+    bool m_bHistogramOld = true;                    ///< an image has come while nobody saw the histogram
+    bool m_bChanged = false;                        ///< by the user, and not written yet
     std::optional<DisplayLimits> m_limitsOfSeries;  ///< while something else is shown
     QTimer m_timerKeep;
 };

@@ -69,10 +69,9 @@ void ContrastHistogram::paintBars(QPainter& painter) const
     for (std::size_t i = 0; i < vecCount.size(); ++i) {
         const double dfHeight = rcPlot.height() * std::log1p(vecCount[i]) / std::log1p(nMost);
         // A little wider than a bin, or gaps show where their edges are rounded to pixels.
-        painter.fillRect(QRectF(rcPlot.left() + double(i) * dfWidth, rcPlot.bottom() - dfHeight,
-                                dfWidth + 0.5, dfHeight),
-                         palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                                         QPalette::Text));
+        painter.fillRect(
+            QRectF(rcPlot.left() + double(i) * dfWidth, rcPlot.bottom() - dfHeight, dfWidth + 0.5, dfHeight),
+            palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::Text));
     }
 }
 
@@ -84,8 +83,7 @@ void ContrastHistogram::paintHandle(QPainter& painter, bool bHigh) const
     painter.drawLine(QPointF(dfX, plot().top()), QPointF(dfX, dfY));
     // Filled with what the value is shown as.
     painter.setBrush(bHigh ? Qt::white : Qt::black);
-    painter.drawPolygon(
-        QPolygonF({{dfX, dfY}, {dfX - HEAD, dfY + HEAD + 2}, {dfX + HEAD, dfY + HEAD + 2}}));
+    painter.drawPolygon(QPolygonF({{dfX, dfY}, {dfX - HEAD, dfY + HEAD + 2}, {dfX + HEAD, dfY + HEAD + 2}}));
 }
 
 void ContrastHistogram::paintEvent(QPaintEvent*)

@@ -7,12 +7,12 @@
 
 namespace tessera {
 
-/// Draws the counts by their logarithm over the axis of the histogram, and the values that are shown black and
-/// white as two handles that can be dragged.
+/// Draws the counts by their logarithm over the axis of the histogram, and the values that are shown black
+/// and white as two handles that can be dragged.
 ///
-/// Keys: Up and Down choose a handle, Left and Right move it by a hundredth of the axis, with Ctrl by a tenth,
-/// Return asks for the automatic limits, as a double click does. A limit off the axis has its handle at the end
-/// and stays what it is until that handle is moved.
+/// Keys: Up and Down choose a handle, Left and Right move it by a hundredth of the axis, with Ctrl by a
+/// tenth, Return asks for the automatic limits, as a double click does. A limit off the axis has its handle
+/// at the end and stays what it is until that handle is moved.
 class ContrastHistogram : public QWidget {
     Q_OBJECT
 

@@ -4,7 +4,7 @@
 #include "frames/frameloader.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
-#include "imaging/contrast.h"
+#include "window/frames/contrastcontrol.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/pages/framespage.h"
 #include "window/pages/pagecontrols.h"
@@ -96,6 +96,7 @@ void MainWindow::switchToImgIndex(int nIndex)
         m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
         return;
     }
+    leaveSeriesPicture();
     if (m_bAutoContrastOnLoad)
         setAutoContrast();
     if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
@@ -129,27 +130,13 @@ void MainWindow::refreshImageView()
         const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
                                                    m_pFramesPage->m_pContrastMaxSpin->value()});
         m_pFrameScene->setImagesLimits(vecImage, vecLimit);
+        m_pContrast->showHistogramOf(*vecImage.front());
         m_pTextData->setImage(vecImage.front().get());
         const int nShown = m_pFrameScene->currentIndex();
         if (nShown >= 0 && nShown < int(m_pFrameScene->images().size()))
             m_pTextData->setByteImage(m_pFrameScene->images()[nShown].get());
         m_pTextData->refresh();
     });
-}
-
-void MainWindow::setAutoContrast()
-{
-    if (m_dataSet.m_vecFrameImage.empty())
-        return;
-    const CImgObj<float>& img = *m_dataSet.m_vecFrameImage.front();
-    double dfLow = 0;
-    double dfHigh = 0;
-    if (!autoContrastLimits(img.Data(), img.Width() * img.Height(), &dfLow, &dfHigh))
-        return;
-    const CQuietPages quiet(*this);
-    m_pFramesPage->m_pContrastMinSpin->setValue(dfLow);
-    m_pFramesPage->m_pContrastMaxSpin->setValue(dfHigh);
-    m_bAutoContrastOnLoad = false;  // these limits hold for the series
 }
 
 }  // namespace tessera

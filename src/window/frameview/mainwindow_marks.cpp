@@ -3,6 +3,7 @@
 
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
+#include "window/frames/seriespicturetitle.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/integration/integrationcontroller.h"
@@ -45,7 +46,8 @@ void MainWindow::showPeakText()
     QList<Peak3D> listLabelled;
     // A frame that could not be read leaves the picture of another one standing.
     if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() &&
-        vecPeak.size() == m_dataSet.m_listFrameFile.size() && nFrame >= 0 && nFrame < vecPeak.size())
+        !m_pSeriesTitle->isBegun() && vecPeak.size() == m_dataSet.m_listFrameFile.size() && nFrame >= 0 &&
+        nFrame < vecPeak.size())
         listLabelled = vecPeak[nFrame];
     m_pMarks->showLabels(listLabelled, m_dataSet, nFrame);
     m_pFrameScene->update();
