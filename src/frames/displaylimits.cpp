@@ -16,8 +16,11 @@ constexpr int RADII_PER_SIDE = 16;
 // A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the
 // one.
 constexpr int BLOCKS_PER_SIDE = 64;
+constexpr int LEAST_BLOCK = 4;  // pixels: one alone is no beam
+// No pixel counts for more than the brightest thousandth begins with, or a single hot one would win.
+constexpr double CLIP_SHARE = 0.999;
 
-double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide)
+double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide, double dfMost)
 {
     const int x1 = std::min(x0 + nSide, image.Width()), y1 = std::min(y0 + nSide, image.Height());
     double dfSum = 0;
@@ -26,13 +29,30 @@ double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide)
         const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
         for (int x = x0; x < x1; ++x) {
             if (isUsablePixel(pRow[x])) {
-                dfSum += double(pRow[x]);
+                dfSum += std::min(double(pRow[x]), dfMost);
                 ++nUsable;
             }
         }
     }
     // Half a block at least: what is left of one beside a gap would stand out by chance.
     return 2 * nUsable >= (x1 - x0) * (y1 - y0) && nUsable > 0 ? dfSum / nUsable : -INFINITY;
+}
+
+std::vector<float> usablePixels(const CImgObj<float>& image, const std::optional<FrameDisc>& disc)
+{
+    std::vector<float> vec;
+    vec.reserve(image.Data() ? std::size_t(image.Width()) * std::size_t(image.Height()) : 0);
+    for (int y = 0; image.Data() && y < image.Height(); ++y) {
+        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
+        for (int x = 0; x < image.Width(); ++x) {
+            const bool bInside = disc &&
+                                 std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <= disc->dfRadius;
+            if (!bInside && isUsablePixel(pRow[x])) {
+                vec.push_back(pRow[x]);
+            }
+        }
+    }
+    return vec;
 }
 
 double takeRank(std::vector<float>& vec, double dfShare)
@@ -50,12 +70,17 @@ std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image)
     if (!image.Data() || nShort < 1) {
         return {};
     }
-    const int nSide = std::max(1, nShort / BLOCKS_PER_SIDE);
+    const int nSide = std::max(LEAST_BLOCK, nShort / BLOCKS_PER_SIDE);
+    std::vector<float> vec = usablePixels(image, {});
+    if (vec.empty()) {
+        return {};
+    }
+    const double dfMost = takeRank(vec, CLIP_SHARE);
     double dfBest = -INFINITY;
     FrameDisc disc;
     for (int y = 0; y < image.Height(); y += nSide) {
         for (int x = 0; x < image.Width(); x += nSide) {
-            const double dfMean = meanOfBlock(image, x, y, nSide);
+            const double dfMean = meanOfBlock(image, x, y, nSide, dfMost);
             if (dfMean > dfBest) {
                 dfBest = dfMean;
                 disc.ptCentre = QPointF(x + (nSide - 1) / 2.0, y + (nSide - 1) / 2.0);
@@ -71,18 +96,7 @@ std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image)
 
 std::optional<DisplayLimits> displayLimits(const CImgObj<float>& image, const std::optional<FrameDisc>& disc)
 {
-    std::vector<float> vec;
-    vec.reserve(image.Data() ? std::size_t(image.Width()) * std::size_t(image.Height()) : 0);
-    for (int y = 0; image.Data() && y < image.Height(); ++y) {
-        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
-        for (int x = 0; x < image.Width(); ++x) {
-            const bool bInside = disc &&
-                                 std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <= disc->dfRadius;
-            if (!bInside && isUsablePixel(pRow[x])) {
-                vec.push_back(pRow[x]);
-            }
-        }
-    }
+    std::vector<float> vec = usablePixels(image, disc);
     if (vec.empty()) {
         return {};
     }

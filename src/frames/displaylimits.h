@@ -17,7 +17,8 @@ struct FrameDisc {
 
 /// The disc round the brightest place of a frame, which is the direct beam on nearly every one, with a radius
 /// of 1/16 of the shorter side: beam and halo have room in it, and no more than an eightieth of the frame is
-/// lost. The place is that of the block with the highest mean, so that a single hot pixel is none.
+/// lost. The place is that of the block with the highest mean of pixels, none of which counts for more than
+/// the 99.9th percentile, so that a single hot pixel is none.
 /// @return none for a frame without a usable pixel
 std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image);
 

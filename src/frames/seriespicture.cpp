@@ -29,7 +29,7 @@ public:
     CPictureOfSeries(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report)
         : m_series(dataSet), m_kind(kind), m_report(report)
     {
-        m_bShifts = m_series.centres.listShift.size() == m_series.frameCount();
+        m_bShifts = m_series.centres.m_listShift.size() == m_series.frameCount();
     }
 
     RunOutcome run(int nJobs)
@@ -116,7 +116,7 @@ private:
             return;
         }
         ++m_nFrames;
-        const QPointF ptShift = m_bShifts ? m_series.centres.listShift[nFrame] : QPointF();
+        const QPointF ptShift = m_bShifts ? m_series.centres.m_listShift[nFrame] : QPointF();
         addMoved(image, wholePixels(ptShift.x()), wholePixels(ptShift.y()));
     }
 

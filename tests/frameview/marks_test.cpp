@@ -2,7 +2,9 @@
 #include "frameview/baseimgview.h"
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
+#include "frameview/markzoom.h"
 #include "frameview/replacemarks.h"
+#include "frameview/textitem.h"
 #include "tests/frameview/testscenes.h"
 
 #include <QCoreApplication>
@@ -86,6 +88,62 @@ TEST_F(Marks, CircleHasItsRadiusAroundTheMiddleOfThePixel)
     }
     EXPECT_GE(setSector.size(), 16u);  // closed
     replaceMarks(&m_scene, list);
+}
+
+// At 800 % a cross of arm 5 ends 40 pixels of the screen from the middle of its pixel, as its arms did at 100 %, but
+// they are 5 long and thin: the spot in between is free.
+TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
+{
+    QList<CrossItem*> list;
+    replaceMarks(&m_scene, list, {mark<CrossItem>({20, 30}, 5, Qt::green)});
+    QImage picture(480, 400, QImage::Format_ARGB32);
+    const auto draw = [&] {
+        picture.fill(Qt::black);
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        m_scene.render(&painter, picture.rect(), m_scene.sceneRect());
+    };
+    draw();
+    const QPoint ptMiddle(164, 244);  // 8 · (20.5, 30.5)
+    int nReach = 0, nFree = 1000, nInRow = 0;
+    for (int x = ptMiddle.x(); x < 480; ++x) {
+        if (picture.pixelColor(x, ptMiddle.y()).green() < 20)
+            continue;
+        nReach = std::max(nReach, x - ptMiddle.x());
+        nFree = std::min(nFree, x - ptMiddle.x());
+        ++nInRow;
+    }
+    EXPECT_NEAR(nReach, 40, 1);
+    EXPECT_NEAR(nFree, 35, 1);
+    EXPECT_NEAR(nInRow, 5, 2);
+    int nThick = 0;
+    for (int y = 0; y < 400; ++y)
+        nThick += picture.pixelColor(ptMiddle.x() + 37, y).green() >= 20;
+    EXPECT_LE(nThick, 3);
+    EXPECT_LT(picture.pixelColor(ptMiddle.x() + 37, ptMiddle.y()).green(), 200) << "faded";
+    replaceMarks(&m_scene, list);
+
+    // A label is as large on the screen, beside its spot, and stands out on white.
+    auto* pLabel = new TextItem;
+    pLabel->setText("1,2,3");
+    pLabel->setPen(QPen(Qt::black, 0.2));
+    pLabel->setBrushColor(Qt::green);
+    pLabel->setScreenSized(4);
+    pLabel->setPos(20, 30);
+    m_scene.addItem(pLabel);
+    m_scene.setImagesLimits(makeFrame(60, 50, 255), {{0, 255}});
+    draw();
+    QRect rcDark;
+    for (int i = 0; i < 480 * 400; ++i)
+        if (picture.pixelColor(i % 480, i / 480).lightness() < 100)
+            rcDark |= QRect(i % 480, i / 480, 1, 1);
+    const QRectF rcText = QFontMetricsF(pLabel->font()).boundingRect("1,2,3");
+    EXPECT_GT(rcDark.left(), 160 + 8 * 3);
+    EXPECT_NEAR(rcDark.width(), rcText.width(), 6);
+    EXPECT_LT(rcDark.height(), 1.5 * rcText.height());
+    delete pLabel;
+    EXPECT_EQ(CMarkZoom(1.0).gap(5), 0);
+    EXPECT_EQ(CMarkZoom(0.25).opacity(), 1);
 }
 
 TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
