@@ -71,7 +71,6 @@ void TextItem::paintScreenSized(QPainter& painter) const
     const double dfGap = zoom.gap(m_dfGap);
     painter.translate(dfGap, dfGap);
     painter.scale(dfScale, dfScale);
-    painter.setOpacity(painter.opacity() * zoom.opacity());
     painter.strokePath(path, QPen(pen().color(), g_dfOutline, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.fillPath(path, brush());
     painter.restore();

@@ -8,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int SAMPLES = 500000;  // a millisecond or two to count
+constexpr int SAMPLES = 200000;  // a few milliseconds to count
 constexpr double TWO_DECADES = 100;
 constexpr double LEAST_UNIT = 1e-6;  // of the axis, where half of the samples are the same
 

@@ -29,7 +29,7 @@ struct ViewHistogram {
     std::vector<int> vecCount;  ///< samples in bins as wide as each other on the axis; empty without samples
 };
 
-/// Counts some 500 000 of the finite samples, evenly taken.
+/// Counts some 200 000 of the finite samples, evenly taken.
 ///
 /// The axis goes from the 1st permille, below which lie dead pixels, to the largest. It is logarithmic where
 /// the way to the largest is more than a hundred times that to the median: with even bins all of the
