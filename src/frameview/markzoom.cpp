@@ -10,8 +10,8 @@ namespace tessera {
 namespace {
 
 const double g_dfWideLines = 4.0;  // zoom from which a line of one pixel is lost beside large spots
-const double g_dfFadePerDoubling = 1.0 / 7;
-const double g_dfLeastOpacity = 0.5;
+const double g_dfFadePerDoubling = 1.0 / 12;
+const double g_dfLeastOpacity = 0.7;
 
 }  // namespace
 

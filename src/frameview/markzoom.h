@@ -19,7 +19,7 @@ public:
     /// What stays free between the middle and an arm that ends at dfReach, frame pixels: from 100 % on the
     /// arm is as long on the screen as it is there, so that it lets go of the spot as the spot grows.
     double gap(double dfReach) const;
-    /// Opacity: all up to 100 %, a seventh less with each doubling, a half at least.
+    /// Opacity: all up to 100 %, a twelfth less with each doubling, 0.7 at least.
     double opacity() const;
 
 private:

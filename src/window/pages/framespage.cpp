@@ -114,7 +114,8 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addLayout(pGrid);
 
     auto* pPlay = new QGroupBox(tr("Auto Play"), this);
-    auto* pPlayLayout = new QHBoxLayout(pPlay);
+    auto* pPlayRows = new QVBoxLayout(pPlay);  // in one row the page would be too wide
+    auto* pPlayLayout = new QHBoxLayout;
     m_pPlayDelaySpin = makeIntSpin(pPlay, 0, 1000000, 10, 0, QStringLiteral(" ms"));
     m_pPlayDelaySpin->setMaximumWidth(70);
     m_pPlayDelaySpin->setAlignment(Qt::AlignRight);
@@ -133,7 +134,8 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     pPlayLayout->addWidget(m_pPlayDelaySpin);
     for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
         pPlayLayout->addWidget(pButton);
-    pPlayLayout->addWidget(m_pPlayLoopCheck);
+    pPlayRows->addLayout(pPlayLayout);
+    pPlayRows->addWidget(m_pPlayLoopCheck);
     pPageLayout->addWidget(pPlay);
 }
 
