@@ -46,6 +46,8 @@ public:
     QStringList longestTexts(int nColumn, int nMaxRows) const;
     /// The same table with another integration; null: with none.
     CPeakTable withIntegrated(const std::shared_ptr<const CIntegratedPeaks>& pIntegrated) const;
+    /// Number of the reflection of a row.
+    int id(int nRow) const { return m_listPeak.at(nRow).nID; }
     /// What the integration says of a row; null: nothing.
     const IntegratedPeak* integrated(int nRow) const;
 

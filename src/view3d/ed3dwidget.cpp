@@ -71,6 +71,8 @@ void ED3DWidget::setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup
             break;
         }
     m_hashIdToPoint = {};
+    m_vecIdToPoint.clear();
+    m_nRinged = -1;
     m_sizeClasses = PointSizeClasses();
     m_pfPointSize.clear();
     m_groups.reset(m_listPoint.size());
@@ -455,11 +457,18 @@ void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
     // The menu waits for the release, as a press with the right button may become a zoom.
     if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged)
         showMenu(pEvent->globalPos());
+    // A band without an area is none: with Control, too, this was a click.
+    const bool bClick = nMode == ModeBand ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
+                                          : nMode == ModeRotate || nMode == ModePan;
+    if (bClick && pEvent->button() == Qt::LeftButton && !m_bMouseDragged)
+        emit pointClicked(this, pointAt(pEvent->pos()), pEvent->modifiers());
 }
 
 void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
 {
+    m_nRinged = -1;
     clearSelection();
+    emit selectionDropped(this);
 }
 
 void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)

@@ -18,6 +18,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 class QAction;
@@ -125,6 +126,23 @@ public:
     /// Indices of the selected points.
     const QList<int>& selectedPoints() const;
 
+    // What another view has chosen: ed3dwidget_choice.cpp
+    /// Selects these points in place of those selected, and no ring is drawn; selectionChanged() stays away.
+    void selectPoints(const QList<int>& listPoint);
+    /// Draws a ring around a point; −1: around none. A ring goes with its points.
+    void ringPoint(int nPoint);
+    /// The point with the ring, −1: none.
+    int ringedPoint() const { return m_nRinged; }
+    /// Indices of the points of these numbers, ascending; a number that no point has gives none.
+    QList<int> pointsOfIds(const std::vector<int>& vecId);
+    /// Whether a point is drawn even when it is not selected: some group that it is in is shown.
+    bool isPointInShownGroup(int nPoint) const;
+    /// The drawn point nearest to a place of the widget, within some pixels; of equals the one in front, −1:
+    /// none.
+    int pointAt(const QPoint& pt);
+    /// Where a point is drawn, pixels of the widget.
+    QPointF placeOfPoint(int nPoint) const;
+
     /// The colour for the next new group; counts over all views for as long as the program runs.
     static QColor nextGroupColor();
 
@@ -167,6 +185,10 @@ public slots:
 signals:
     /// After each rubber band that was drawn.
     void selectionChanged(ED3DWidget* widget);
+    /// A click without a drag, on a point or, with −1, beside all of them.
+    void pointClicked(ED3DWidget* widget, int nPoint, Qt::KeyboardModifiers modifiers);
+    /// A double click has emptied the selection.
+    void selectionDropped(ED3DWidget* widget);
     /// Points, groups, selection or colours have changed.
     void pointDisplayDataChanged(ED3DWidget* widget);
     /// For the status bar.
@@ -213,6 +235,7 @@ private:
     void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(const QColor&));
     void finishBand(bool bAdd);
     QList<int> pick();
+    QPointF placeOfPoint(int nPoint, const Matrix4& matrix) const;
     const CloudVertices& cloudVertices();
 
     void drawScene();
@@ -225,6 +248,7 @@ private:
     void drawLatticePoints();
     void drawLatticeLines();
     void drawRubberBand();
+    void drawRing();
     const LatticeGrid& latticeGrid(const ReciprocalBasis& basis);
 
     CCamera m_camera;
@@ -240,6 +264,8 @@ private:
 
     QList<Peak3D> m_listPoint;
     QHash<int, int> m_hashIdToPoint;  ///< nID to index in m_listPoint; made when it is first asked
+    std::vector<std::pair<int, int>> m_vecIdToPoint;  ///< the same with all points of an nID, by nID
+    int m_nRinged = -1;                               ///< point with a ring
     std::vector<float> m_pfPointSize;
     CPointGroups m_groups;
     PointDisplay m_display;

@@ -222,6 +222,7 @@ void ED3DWidget::drawScene()
             drawLatticePoints();
         if (m_bShowLatticeLines)
             drawLatticeLines();
+        drawRing();
         if (m_nMouseMode == ModeBand)
             drawRubberBand();
     }

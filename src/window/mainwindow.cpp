@@ -58,6 +58,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     setAcceptDrops(true);
     setCentralWidget(m_pTabWidget);
     createIntegration();
+    createSelection();
     bindParameters();
     connectPages();
 
@@ -81,6 +82,8 @@ MainWindow::~MainWindow()
     m_timerPlay.disconnect(this);
     delete m_pContrast;
     delete m_pIntegration;
+    delete m_pSelection;
+    delete m_pGuides;
     for (QObject* pChild : findChildren<QObject*>())
         pChild->disconnect(this);
 }
@@ -211,7 +214,8 @@ void MainWindow::updateControls(int nPageIndex)
                 m_pFrameSpin->setValue(m_pFrameSlider->value());
             }
             if (!m_pSeriesTitle->isBegun())  // which stands until a frame is chosen
-                switchToImgIndex(m_pFrameSlider->value());
+                switchToImgIndex(m_nFrameToShow > 0 && m_nFrameToShow <= nFrames ? m_nFrameToShow
+                                                                                 : m_pFrameSlider->value());
         }
         m_pActions->m_listPalette.value(m_pFrameScene->palette(), m_pActions->m_listPalette.first())
             ->setChecked(true);

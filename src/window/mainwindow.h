@@ -53,6 +53,7 @@ class CurvePlot;
 class ED3DWidget;
 class ExtractionPage;
 class CRunReport;
+class FrameGuides;
 class FramesPage;
 class GeometryControl;
 class GuideWindow;
@@ -66,6 +67,7 @@ class PeakTableView;
 class RefinementPage;
 class CRoadWork;
 class RoadDock;
+class SelectionController;
 class SeriesPictureTitle;
 class ShiftPage;
 class TabWidget;
@@ -152,7 +154,8 @@ public slots:
     void showRoadRow(RoadRowKind kind);
     /// Goes to the page with its numbers.
     void showRoadSettings(RoadRowKind kind);
-    /// Asks for a file and writes the report of the last "Solve" of this project, or of what the window holds.
+    /// Asks for a file and writes the report of the last "Solve" of this project, or of what the window
+    /// holds.
     void saveReport();  // src/window/road/mainwindow_report.cpp
 
     // Frame list and navigation: src/window/frames/mainwindow_framelist.cpp
@@ -538,6 +541,12 @@ private:
     void takeRoadStep(const RoadStep& step, const RoadState& state);
     void showRoadResult(const RoadStep& step, const RoadState& state);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
+    // The one selection of the views: src/window/selection/mainwindow_selection.cpp
+    void createSelection();
+    void createFrameGuides();
+    void showChosenFrame(int nFrame);
+    /// Draws what lies on the frame in view of rings and chosen spots.
+    void showFrameGuides();
     void connectPages();
     void connect3DPage();
     static QSettings* makeSettings(QObject* pParent = nullptr);
@@ -795,6 +804,9 @@ private:
     GeometryControl* m_pGeometry = nullptr;       ///< with a window of its own
     View3DPage* m_pView3DPage = nullptr;
     IntegrationController* m_pIntegration = nullptr;
+    FrameGuides* m_pGuides = nullptr;
+    SelectionController* m_pSelection = nullptr;
+    int m_nFrameToShow = 0;  ///< of the chosen reflection, from 1, when frames come to the front; 0: none
     RoadDock* m_pRoad = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for

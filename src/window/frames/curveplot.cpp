@@ -9,9 +9,14 @@
 #include <qwt_plot_marker.h>
 #include <qwt_symbol.h>
 
+#include <QMouseEvent>
 #include <QPen>
 
+#include <cmath>
+
 namespace tessera {
+
+static const double g_dfReach = 10;  // pixels between a click and its point
 
 CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotCurve(QStringLiteral("Point")))
 {
@@ -28,6 +33,13 @@ CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotC
     m_pCurve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
     m_pCurve->setSymbol(new QwtSymbol(QwtSymbol::Cross, Qt::NoBrush, QPen(Qt::red), QSize(10, 10)));
     m_pCurve->attach(this);
+    m_pMark = new QwtPlotCurve;
+    m_pMark->setItemAttribute(QwtPlotItem::Legend, false);
+    m_pMark->setStyle(QwtPlotCurve::NoCurve);
+    m_pMark->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, Qt::NoBrush, QPen(Qt::blue, 2), QSize(15, 15)));
+    m_pMark->setZ(m_pCurve->z() + 1);
+    m_pMark->attach(this);
+    canvas()->installEventFilter(this);
 
     auto* pGrid = new QwtPlotGrid;
     pGrid->setMajorPen(QPen(Qt::gray, 0, Qt::DotLine, Qt::SquareCap, Qt::BevelJoin));
@@ -94,8 +106,32 @@ void CurvePlot::showCurve(const QString& strTitle, const QVector<double>& vecFra
     replot();
 }
 
+void CurvePlot::markFrame(int nFrame)
+{
+    QVector<QPointF> vecPoint;
+    for (size_t i = 0; m_nReflection >= 0 && i < m_pCurve->dataSize(); ++i)
+        if (m_pCurve->sample(int(i)).x() == nFrame + 1)
+            vecPoint.append(m_pCurve->sample(int(i)));
+    m_pMark->setSamples(vecPoint);
+    replot();
+}
+
+bool CurvePlot::eventFilter(QObject* pObject, QEvent* pEvent)
+{
+    if (pObject == canvas() && pEvent->type() == QEvent::MouseButtonRelease && m_nReflection >= 0) {
+        const auto* pMouse = static_cast<QMouseEvent*>(pEvent);
+        double dfDistance = 0;
+        const int nPoint = m_pCurve->closestPoint(pMouse->pos(), &dfDistance);
+        if (pMouse->button() == Qt::LeftButton && nPoint >= 0 && dfDistance <= g_dfReach)
+            emit frameClicked(int(std::lround(m_pCurve->sample(nPoint).x())) - 1);
+    }
+    return QwtPlot::eventFilter(pObject, pEvent);
+}
+
 void CurvePlot::clearCurve()
 {
+    m_nReflection = -1;
+    m_pMark->setSamples(QVector<QPointF>());
     m_pCurve->setSamples(QVector<QPointF>());
     qDeleteAll(m_listCurveMarker);  // a marker takes leave of its plot by itself
     m_listCurveMarker.clear();

@@ -37,6 +37,7 @@ bool MainWindow::showPeakInCurve(int nIndex)
     m_pCurvePlot->showCurve(
         dataSet.m_nIntensityMode != 0 ? QStringLiteral("2D Integration") : QStringLiteral("Point"), vecFrame,
         vecInt, dataSet.m_listBeamTiltBreak);
+    m_pCurvePlot->setReflection(nIndex);
     return true;
 }
 

@@ -108,6 +108,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     showEstimatedPeakPosition();
     showRotationAxisLine();
     refreshImageView();
+    showFrameGuides();
     if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
         selSizeChanged2();  // this frame has no room for the region of the former one
     m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);

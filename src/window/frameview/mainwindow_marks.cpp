@@ -4,6 +4,7 @@
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
 #include "window/frames/seriespicturetitle.h"
+#include "window/frameview/frameguides.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/integration/integrationcontroller.h"
@@ -63,6 +64,7 @@ void MainWindow::clearFrameMarks()
     m_pMarks->clear();
     m_pIntegration->showDiscs(-1);
     m_pPixelReadout->clear();
+    m_pGuides->clear();
 }
 
 void MainWindow::enableShowPeaks(bool /*bShow*/)

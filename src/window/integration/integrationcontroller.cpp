@@ -65,7 +65,7 @@ IntegrationController::IntegrationController(const IntegrationHost& host, QObjec
     // The keyboard goes on with the window that a click has opened.
     connect(m_host.pTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& index) {
-                if (QApplication::mouseButtons() == Qt::NoButton) {
+                if (QApplication::mouseButtons() == Qt::NoButton && !m_host.pTable->isBeingSet()) {
                     showChosen(index, false);
                 }
             });
@@ -181,6 +181,24 @@ void IntegrationController::showProfile(int nObservation)
         }
         m_pProfile->showProfile(observation, profile, fileStem() + QStringLiteral("_rocking"));
     });
+}
+
+void IntegrationController::showProfileOf(const std::array<int, 3>& anIndex, double dfFrame)
+{
+    const std::shared_ptr<const CIntegratedPeaks> pPeaks = peaksOfTable();
+    const IntegratedPeak* pPeak = pPeaks ? pPeaks->nearest(anIndex, dfFrame) : nullptr;
+    if (pPeak && m_pProfile && m_pProfile->isVisible()) {
+        showProfile(pPeak->nObservation);
+    }
+}
+
+std::optional<std::array<int, 3>> IntegrationController::indicesOfDiscAt(const QPointF& ptScene) const
+{
+    const int nObservation = m_pResult ? observationAt(m_listDisc, ptScene, discRadius(*m_pResult)) : -1;
+    if (nObservation < 0) {
+        return {};
+    }
+    return m_pResult->integrated.listObservation[size_t(nObservation)].anIndex;
 }
 
 /// @param bOpen  whether the window is opened for it

@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QPoint>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -82,6 +83,13 @@ public:
     void showDiscs(int nFrame);
     /// Reads the frames of an observation and shows its profile.
     void showProfile(int nObservation);
+
+    /// The same for the passage of a reflection that is nearest to a frame, from 0, where the window of the
+    /// profiles is open already.
+    void showProfileOf(const std::array<int, 3>& anIndex, double dfFrame);
+    /// Indices of the disc at a place of the frame in view; none: there is no disc.
+    /// @param ptScene  scene coordinates
+    std::optional<std::array<int, 3>> indicesOfDiscAt(const QPointF& ptScene) const;
 
     /// For tests, in place of what the window gave.
     IntegrationHost& host() { return m_host; }

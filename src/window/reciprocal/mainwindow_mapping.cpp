@@ -82,6 +82,7 @@ void MainWindow::recalculate3DPeakPositionsAndUpdateView()
     showPeaksIn3D();
     showCellFit();
     updateExpectedPeakPositionFromOrientationMatrix();
+    showFrameGuides();
 }
 
 void MainWindow::mapPeaksAnew(const QString& strThen, CRunReport& report)

@@ -113,8 +113,8 @@ void MainWindow::createPeakTable()
     // for. A press of the left one is followed by its click, and a row that only takes the focus was not
     // asked for.
     const auto showChosen = [this](const QModelIndex& index, Qt::MouseButtons buttons) {
-        if (QApplication::mouseButtons() == buttons && !m_dataSet.m_listPeakChain.isEmpty() &&
-            m_pPeakTableView->selectionModel()->isSelected(index))
+        if (!m_pPeakTableView->isBeingSet() && QApplication::mouseButtons() == buttons &&
+            !m_dataSet.m_listPeakChain.isEmpty() && m_pPeakTableView->selectionModel()->isSelected(index))
             updateCurveWindow(index);
     };
     connect(m_pPeakTableView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
@@ -157,7 +157,7 @@ void MainWindow::copySelectedReflectionsInPeakTable()
 
 void MainWindow::copyAllReflectionsInPeakTable()
 {
-    m_pPeakTableView->selectAll();
+    m_pPeakTableView->selectAllToCopy();
     copySelectedReflectionsInPeakTable();
 }
 

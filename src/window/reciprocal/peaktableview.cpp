@@ -7,8 +7,11 @@
 #include "window/pages/pagecontrols.h"
 #include "window/reciprocal/peakfilterbar.h"
 
+#include <QAbstractProxyModel>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QScopedValueRollback>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -206,6 +209,69 @@ void PeakTableView::resizeEvent(QResizeEvent* pEvent)
 {
     placeBar();
     QTableView::resizeEvent(pEvent);
+}
+
+std::vector<int> PeakTableView::selectedIds() const
+{
+    std::vector<int> vecId;
+    const auto* pProxy = static_cast<const QAbstractProxyModel*>(model());
+    for (const QModelIndex& index : selectionModel()->selectedRows()) {
+        const int nRow = pProxy->mapToSource(index).row();
+        if (m_pTable && nRow >= 0 && nRow < m_pTable->rowCount()) {
+            vecId.push_back(m_pTable->id(nRow));
+        }
+    }
+    return vecId;
+}
+
+int PeakTableView::currentId() const
+{
+    const int nRow = static_cast<const QAbstractProxyModel*>(model())->mapToSource(currentIndex()).row();
+    return m_pTable && nRow >= 0 && nRow < m_pTable->rowCount() ? m_pTable->id(nRow) : -1;
+}
+
+bool PeakTableView::showIds(const std::vector<int>& vecId, int nCurrent)
+{
+    const QScopedValueRollback<bool> setting(m_bBeingSet, true);
+    const auto* pProxy = static_cast<const QAbstractProxyModel*>(model());
+    const QSet<int> setId(vecId.begin(), vecId.end());
+    QVector<int> vecRow;  // of the view
+    QModelIndex indexCurrent;
+    for (int nRow = 0; m_pTable && !setId.isEmpty() && nRow < m_pTable->rowCount(); ++nRow) {
+        if (!setId.contains(m_pTable->id(nRow))) {
+            continue;
+        }
+        const QModelIndex index = pProxy->mapFromSource(m_pPeakTableModel->index(nRow, 0));
+        if (index.isValid()) {
+            vecRow.append(index.row());
+            if (m_pTable->id(nRow) == nCurrent && !indexCurrent.isValid()) {
+                indexCurrent = index;
+            }
+        }
+    }
+    std::sort(vecRow.begin(), vecRow.end());
+    QItemSelection selection;  // of runs of rows: one row after the other would cost their square
+    for (int i = 0, nFirst = 0; i < vecRow.size(); ++i) {
+        if (i + 1 == vecRow.size() || vecRow[i + 1] != vecRow[i] + 1) {
+            selection.select(pProxy->index(vecRow[nFirst], 0),
+                             pProxy->index(vecRow[i], pProxy->columnCount() - 1));
+            nFirst = i + 1;
+        }
+    }
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (indexCurrent.isValid()) {
+        const int nColumn = horizontalHeader()->logicalIndexAt(0);
+        const QModelIndex indexShown = indexCurrent.sibling(indexCurrent.row(), std::max(nColumn, 0));
+        selectionModel()->setCurrentIndex(indexShown, QItemSelectionModel::NoUpdate);
+        scrollTo(indexShown, QAbstractItemView::PositionAtCenter);
+    }
+    return indexCurrent.isValid();
+}
+
+void PeakTableView::selectAllToCopy()
+{
+    const QScopedValueRollback<bool> setting(m_bBeingSet, true);
+    selectAll();
 }
 
 QString PeakTableView::selectedText() const

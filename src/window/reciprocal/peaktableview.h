@@ -11,6 +11,7 @@
 #include <QVector>
 
 #include <memory>
+#include <vector>
 
 class QAction;
 class QSettings;
@@ -69,6 +70,19 @@ public:
     /// What the integration says of the row of an index of the view; null: nothing.
     const IntegratedPeak* integratedPeak(const QModelIndex& index) const;
 
+    /// Numbers of the reflections in the selected rows.
+    std::vector<int> selectedIds() const;
+    /// Number of the reflection in the current row; −1: there is none.
+    int currentId() const;
+    /// Selects the rows of these reflections, as far as there are such, and scrolls to one of them.
+    /// @param nCurrent  −1: none
+    /// @return whether there is a row of `nCurrent`
+    bool showIds(const std::vector<int>& vecId, int nCurrent);
+    /// Selects all rows, which chooses none of them in the other views.
+    void selectAllToCopy();
+    /// Whether one of these two is at work: then the user has chosen nothing.
+    bool isBeingSet() const { return m_bBeingSet; }
+
     /// The selected cells of the shown columns, with tabulators between the columns and line feeds between
     /// the rows; empty when nothing is selected.
     QString selectedText() const;
@@ -89,6 +103,7 @@ private:
     std::unique_ptr<CPeakColumns> m_pColumns;
     CPeakFilter m_filter;
     PeakFilterBar* m_pBar = nullptr;
+    bool m_bBeingSet = false;  ///< by the window
 };
 
 }  // namespace tessera
