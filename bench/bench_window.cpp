@@ -9,7 +9,9 @@
 #include "view3d/ed3dwidget.h"
 #include "window/mainwindow.h"
 #include "window/pages/framespage.h"
+#include "window/pages/mergingpage.h"
 #include "window/pages/peaksearchpage.h"
+#include "window/selection/selectioncontroller.h"
 
 #include <benchmark/benchmark.h>
 
@@ -25,6 +27,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <vector>
 
 namespace tessera {
 
@@ -175,6 +178,75 @@ BENCHMARK(remapInTheWindow)
     ->ArgNames({"peaks", "groups"})
     ->Args({200000, 0})
     ->Args({200000, 3})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// A reflection chosen with `reflections` of five peaks each on 100 frames, in every view at once; the table
+// is in front, or the merged view. The frames cannot be read.
+void chooseReflection(benchmark::State& state)
+{
+    needApplication();
+    const QTemporaryDir dir;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir.filePath("settings"));
+    const int nFrames = 100, nReflections = int(state.range(0)), nPeaks = 5;
+    std::vector<QByteArray> vecLines(nFrames);
+    std::mt19937 random(3);
+    for (int n = 0; n < nReflections; ++n) {
+        const double dfX = random() % 20400 / 10.0, dfY = random() % 20400 / 10.0;
+        const int nFirst = n % (nFrames - nPeaks);
+        for (int i = 0; i < nPeaks; ++i)
+            vecLines[size_t(nFirst + i)] += QString::asprintf("%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", dfX,
+                                                              dfY, 100.0 + (i == 2 ? 900 : n % 700), 1.0)
+                                                .toLatin1();
+    }
+    QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.0007\nFILELIST\n";
+    QByteArray bytesShift = "1020 1020\n", bytesPeaks;
+    int nSerial = 0;
+    for (int i = 0; i < nFrames; ++i) {
+        const QByteArray bytesTilt = QByteArray::number(0.2 * i - 10);
+        bytesProject += "FILE none.mrc " + bytesTilt + " 0 " + bytesTilt + '\n';
+        bytesShift += QByteArray::number(i + 1) + " 0 0\n";
+        int nOnFrame = 0;
+        const QList<QByteArray> listLine = vecLines[size_t(i)].split('\n');
+        for (const QByteArray& bytesLine : listLine)
+            if (!bytesLine.isEmpty())
+                bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, nOnFrame++).toLatin1() +
+                              bytesLine + '\n';
+    }
+    const auto write = [&](const char* pszName, const QByteArray& bytes) {
+        QFile file(dir.filePath(pszName));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("no project written");
+    };
+    write("many.sc", bytesShift);
+    write("many.pk", bytesPeaks);
+    write("many.ed3d", bytesProject + "ENDFILELIST\n");
+    MainWindow window;
+    window.resize(1280, 800);
+    window.show();
+    window.openFiles({dir.filePath("many.ed3d")});
+    window.findChild<MergingPage*>()->m_pSpinMax2DDistance->setValue(0.5);
+    window.peakReduction3D();
+    auto* pTabs = window.findChild<QTabWidget*>();
+    pTabs->setCurrentIndex(int(state.range(1)));
+    QApplication::processEvents();
+    auto* pController = window.findChild<SelectionController*>();
+    auto* pMerged = static_cast<ED3DWidget*>(pTabs->widget(2));
+    int nPoint = 0;
+    for (auto _ : state) {
+        nPoint = (nPoint + 997) % pMerged->points().size();
+        pController->chooseReflection(pMerged->points().at(nPoint).nID);
+        QApplication::processEvents();
+    }
+    state.counters["points"] = static_cast<ED3DWidget*>(pTabs->widget(1))->points().size();
+    state.counters["reflections"] = pMerged->points().size();
+    state.counters["opengl"] = pMerged->isValid();
+}
+BENCHMARK(chooseReflection)
+    ->ArgNames({"reflections", "tab"})
+    ->Args({20000, 1})
+    ->Args({20000, 2})
+    ->Args({20000, 3})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
