@@ -9,6 +9,7 @@
 #include "window/crystal/latticesdialog.h"
 #include "window/frames/contrastcontrol.h"
 #include "window/frames/seriespicturetitle.h"
+#include "window/frameview/frameguides.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
@@ -17,6 +18,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/selection/selectioncontroller.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
 

@@ -109,7 +109,7 @@ TEST(ResolutionRings, RoundOrAsTheLensHasThem)
     const QSize size(1000, 800);
     // Round: the last one touches the farthest edge, to the right at column 999.5.
     std::vector<ResolutionRing> vecRing = resolutionRings(data, false, 1, size, 100);
-    ASSERT_EQ(vecRing.size(), 4u);
+    ASSERT_EQ(vecRing.size(), 3u) << "5 and 2 Å, and no 1 Å beside the last";
     EXPECT_NEAR(1 / vecRing.back().dfSpacing, dStar(519.5), 1e-6);
     for (const QPointF& pt : vecRing.back().polygon) {
         EXPECT_NEAR(QLineF(pt, {480, 410}).length(), 519.5, 1e-3);
@@ -139,7 +139,7 @@ TEST(ResolutionRings, RoundOrAsTheLensHasThem)
     data.m_distortion.dfParabolicAmplitude = 1;
     data.m_distortion.dfParabolicAzimuth = 70;
     vecRing = resolutionRings(data, true, 1, size, 100);
-    ASSERT_GE(vecRing.size(), 4u);
+    ASSERT_GE(vecRing.size(), 3u);
     for (const ResolutionRing& ring : vecRing) {
         for (const QPointF& pt : ring.polygon) {
             EXPECT_NEAR(readFramePlace(data, true, 1, pt)->dfDStar * ring.dfSpacing, 1, 2e-6);
