@@ -118,14 +118,18 @@ void ED3DWidget::drawRing()
     const double dfRadiusY = 2 * dfRadius / (std::max(anViewport[3], 1) * double(projection[5]));
     glPushMatrix();
     glLoadIdentity();
-    glLineWidth(float(2 * m_dfViewRatio));
-    glColor4f(1.f, 1.f, 0.f, 1.f);
-    glBegin(GL_LINE_LOOP);
-    for (int i = 0; i < g_nRingCorners; ++i) {
-        const double dfAngle = 2 * M_PI * i / g_nRingCorners;
-        glVertex3f(fX + float(dfRadiusX * std::cos(dfAngle)), fY + float(dfRadiusY * std::sin(dfAngle)), 0.f);
+    // Yellow on a dark ground, which is seen over white points as well.
+    for (const bool bGround : {true, false}) {
+        glLineWidth(float((bGround ? 5 : 2) * m_dfViewRatio));
+        glColor4f(bGround ? 0.f : 1.f, bGround ? 0.f : 1.f, 0.f, 1.f);
+        glBegin(GL_LINE_LOOP);
+        for (int i = 0; i < g_nRingCorners; ++i) {
+            const double dfAngle = 2 * M_PI * i / g_nRingCorners;
+            glVertex3f(fX + float(dfRadiusX * std::cos(dfAngle)), fY + float(dfRadiusY * std::sin(dfAngle)),
+                       0.f);
+        }
+        glEnd();
     }
-    glEnd();
     glPopMatrix();
 }
 
