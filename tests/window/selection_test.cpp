@@ -199,7 +199,9 @@ TEST_F(SelectionWindow, SeveralHiddenAndGone)
     // Both by a band, one taken out by Control, put in again by Shift.
     m_pTabs->setCurrentIndex(2);
     QTest::mousePress(m_pMerged, Qt::LeftButton, Qt::ControlModifier, QPoint(1, 1));
-    QTest::mouseMove(m_pMerged, QPoint(m_pMerged->width() - 2, m_pMerged->height() - 2));
+    QMouseEvent move(QEvent::MouseMove, m_pMerged->rect().bottomRight(), Qt::NoButton, Qt::LeftButton,
+                     Qt::ControlModifier);
+    QApplication::sendEvent(m_pMerged, &move);
     QTest::mouseRelease(m_pMerged, Qt::LeftButton, Qt::ControlModifier,
                         QPoint(m_pMerged->width() - 2, m_pMerged->height() - 2));
     EXPECT_EQ(m_pController->model().reflections().size(), 2u);
