@@ -71,8 +71,16 @@ FrameGuides::FrameGuides(const FrameGuidesHost& host, QObject* pParent)
     m_host.pView->viewport()->installEventFilter(this);
 }
 
+void FrameGuides::scrollTo(const QPointF& ptRaw)
+{
+    const double dfAround = 20;  // pixels of the frame
+    m_host.pView->ensureVisible(
+        QRectF(ptRaw.x() - dfAround, ptRaw.y() - dfAround, 2 * dfAround, 2 * dfAround));
+}
+
 void FrameGuides::readPlace(const QPointF& ptScene)
 {
+    m_ptRead = ptScene;
     const int nFrame = m_host.fnFrameInView();
     const QSize size = m_host.pScene->imageSize();
     std::optional<FrameReading> reading;
@@ -95,6 +103,9 @@ void FrameGuides::renew()
                                   m_host.pScene->imageSize(), m_host.pMapping->m_dfResolutionMax);
     }
     m_overlay.showRings(vecRing);
+    if (m_pLabel->isVisible()) {
+        readPlace(m_ptRead);
+    }
 }
 
 void FrameGuides::clear()

@@ -50,6 +50,8 @@ public:
     void renew();
     /// Takes off what belongs to the frame in view.
     void clear();
+    /// Scrolls so far that a place can be seen with what is around it.
+    void scrollTo(const QPointF& ptRaw);
     /// For the spots that are chosen.
     CFrameOverlay& overlay() { return m_overlay; }
 
@@ -68,6 +70,7 @@ private:
     CFrameOverlay m_overlay;
     QAction* m_pRings;
     QLabel* m_pLabel;                        ///< of the status bar, which owns it
+    QPointF m_ptRead;                        ///< the place that was read last, scene coordinates
     std::optional<QPoint> m_ptPressed;       ///< where the left button went down, viewport
     std::optional<QPointF> m_ptMeasureFrom;  ///< the same with Shift, raw pixels; the drag goes on
 };

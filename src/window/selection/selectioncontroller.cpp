@@ -253,6 +253,10 @@ void SelectionController::ringSpots()
         }
     }
     m_host.pFrame->overlay().showSpots(listPlace, current);
+    if (current && m_bScroll && nFrame == m_model.current().nFrame) {
+        m_host.pFrame->scrollTo(*current);
+        m_bScroll = false;
+    }
 }
 
 void SelectionController::showIn3D(const QObject* pSource, QStringList& listHidden)
@@ -303,6 +307,7 @@ void SelectionController::show(const QObject* pSource)
         current.nReflection >= 0) {
         listHidden.append(tr("not among the rows of \"Peak Table\""));
     }
+    m_bScroll = pSource != m_host.pFrame;
     if (pSource != m_host.pFrame && current.nFrame >= 0) {
         m_host.fnShowFrame(current.nFrame);
     }
