@@ -280,6 +280,7 @@ void imageFilesReadTIFF(benchmark::State& state)
     }
 }
 BENCHMARK(imageFilesReadTIFF)->Apply(sizes);
+
 void imageFilesReadDM4(benchmark::State& state)
 {
     const QString strFileName = frameFile(Format::Dm4, static_cast<int>(state.range(0)),
@@ -287,49 +288,55 @@ void imageFilesReadDM4(benchmark::State& state)
     for (auto _ : state) {
         ImageList vecImage;
         QString strReason;
-        if (!readDm4Frames(strFileName, 0, 1, vecImage, strReason))
-            /// A plain data file of a detector with one image.
-            QString hdf5File(int nSide, int nPixelBytes)
-            {
-                static const QTemporaryDir dir;
-                const QString strFileName = dir.filePath(
-                    QStringLiteral("%1_%2.h5").arg(nSide).arg(nPixelBytes));
-                if (QFile::exists(strFileName))
-                    return strFileName;
-                const std::vector<char> vecPixel(size_t(nSide) * size_t(nSide) * size_t(nPixelBytes), 1);
-                const hsize_t anLength[] = {1, hsize_t(nSide), hsize_t(nSide)};
-                const hid_t idType = nPixelBytes == 2 ? H5T_STD_U16LE : H5T_IEEE_F32LE;
-                const hid_t idFile = H5Fcreate(QFile::encodeName(strFileName).constData(), H5F_ACC_TRUNC,
-                                               H5P_DEFAULT, H5P_DEFAULT);
-                const hid_t idParents = H5Pcreate(H5P_LINK_CREATE),
-                            idSpace = H5Screate_simple(3, anLength, nullptr);
-                H5Pset_create_intermediate_group(idParents, 1);
-                const hid_t idSet = H5Dcreate2(idFile, "entry/data/data", idType, idSpace, idParents,
-                                               H5P_DEFAULT, H5P_DEFAULT);
-                if (H5Dwrite(idSet, idType, H5S_ALL, H5S_ALL, H5P_DEFAULT, vecPixel.data()) < 0)
-                    qFatal("cannot write %s", qPrintable(strFileName));
-                H5Dclose(idSet);
-                H5Sclose(idSpace);
-                H5Pclose(idParents);
-                H5Fclose(idFile);
-                return strFileName;
-            }
-
-        void imageFilesReadHDF5(benchmark::State & state)
-        {
-            const QString strFileName = hdf5File(static_cast<int>(state.range(0)),
-                                                 static_cast<int>(state.range(1)));
-            for (auto _ : state) {
-                ImageList vecImage;
-                QString strReason;
-                if (!readHdf5Frames(strFileName, 0, 1, vecImage, strReason))
-                    state.SkipWithError("not read");
-                benchmark::ClobberMemory();
-            }
+        if (!readDm4Frames(strFileName, 0, 1, vecImage, strReason)) {
+            state.SkipWithError("not read");
         }
-        BENCHMARK(imageFilesReadDM4)->Apply(sizes);
-        BENCHMARK(imageFilesReadHDF5)->Apply(sizes);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadDM4)->Apply(sizes);
 
-    }  // namespace
+/// A plain data file of a detector with one image.
+QString hdf5File(int nSide, int nPixelBytes)
+{
+    static const QTemporaryDir dir;
+    const QString strFileName = dir.filePath(QStringLiteral("%1_%2.h5").arg(nSide).arg(nPixelBytes));
+    if (QFile::exists(strFileName)) {
+        return strFileName;
+    }
+    const std::vector<char> vecPixel(size_t(nSide) * size_t(nSide) * size_t(nPixelBytes), 1);
+    const hsize_t anLength[] = {1, hsize_t(nSide), hsize_t(nSide)};
+    const hid_t idType = nPixelBytes == 2 ? H5T_STD_U16LE : H5T_IEEE_F32LE;
+    const hid_t idFile = H5Fcreate(QFile::encodeName(strFileName).constData(), H5F_ACC_TRUNC, H5P_DEFAULT,
+                                   H5P_DEFAULT);
+    const hid_t idParents = H5Pcreate(H5P_LINK_CREATE), idSpace = H5Screate_simple(3, anLength, nullptr);
+    H5Pset_create_intermediate_group(idParents, 1);
+    const hid_t idSet = H5Dcreate2(idFile, "entry/data/data", idType, idSpace, idParents, H5P_DEFAULT,
+                                   H5P_DEFAULT);
+    if (H5Dwrite(idSet, idType, H5S_ALL, H5S_ALL, H5P_DEFAULT, vecPixel.data()) < 0) {
+        qFatal("cannot write %s", qPrintable(strFileName));
+    }
+    H5Dclose(idSet);
+    H5Sclose(idSpace);
+    H5Pclose(idParents);
+    H5Fclose(idFile);
+    return strFileName;
+}
+
+void imageFilesReadHDF5(benchmark::State& state)
+{
+    const QString strFileName = hdf5File(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        ImageList vecImage;
+        QString strReason;
+        if (!readHdf5Frames(strFileName, 0, 1, vecImage, strReason)) {
+            state.SkipWithError("not read");
+        }
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(imageFilesReadHDF5)->Apply(sizes);
+
+}  // namespace
 
 }  // namespace tessera

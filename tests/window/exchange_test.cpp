@@ -87,6 +87,7 @@ TEST_F(ExchangeWindow, TheFilesAreTheDrivers)
     auto mapDriver = filesBelow(path("driver"));
     mapDriver.remove("w.sc");
     mapDriver.remove("w.log");
+    mapDriver.remove("w.run.json");
     EXPECT_EQ(mapWindow.keys(), mapDriver.keys());
     for (const QString& strName : mapWindow.keys()) {
         EXPECT_TRUE(mapWindow[strName] == mapDriver[strName]) << strName.toStdString();

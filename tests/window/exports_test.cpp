@@ -119,6 +119,7 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
         return take(pszPattern);
     };
     open();
+    m_pFrames->m_pContrastFullButton->click();  // the contrast of the driver
     const char* const pszVolume = "Volume Dimensions, Data Type Selection";
     const char* const pszSeries = "Select image output directory, Image Type Selection";
     QAction *const pScaled = m_pActions->m_pScaledFrames, *const pVolume = m_pActions->m_pReciprocalVolume;
@@ -152,7 +153,7 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
         EXPECT_TRUE(mapWindow == mapDriver) << "differs";
     }
     EXPECT_EQ(lines(""), 0);
-    EXPECT_TRUE(m_pWindow->findChild<QProgressBar*>()->isHidden());
+    EXPECT_TRUE(m_pWindow->statusBar()->findChild<QProgressBar*>()->isHidden());
 
     EXPECT_EQ(keyed(Qt::Key_S), "Select image output directory");
     EXPECT_EQ(keyed(Qt::Key_B), "Frame Scaling");
@@ -172,7 +173,7 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
         m_pWindow->show();
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [this] {
-            const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+            const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
             if (!pBar->isHidden() && pBar->value() >= 2)
                 m_pWindow->close();
         });

@@ -277,7 +277,7 @@ TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
 TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
 {
     // Asked for while a run has the frames: done at its end.
-    const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+    const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
     answered({0.5}, [&] {
         during([&] { m_pWindow->exportBinnedFrames(); },
                [&] {

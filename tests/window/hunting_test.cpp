@@ -25,7 +25,7 @@ protected:
     /// Runs the hunt with `fnMeanwhile` called once from its event pump, after some frames.
     void huntWith(const std::function<void()>& fnMeanwhile)
     {
-        const auto* pBar = m_pWindow->findChild<QProgressBar*>();
+        const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
         during([this] { m_pSearch->m_pRunButton->click(); },
                [&] {
                    const bool bUnderWay = !pBar->isHidden() && pBar->value() >= 2;

@@ -232,6 +232,7 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     // A row of the table gives the curve.
     ASSERT_NO_FATAL_FAILURE(openTab(3));
     const QModelIndex index = m_pTable->model()->index(2, 7);
+    m_pTable->scrollTo(index);
     ASSERT_NO_FATAL_FAILURE(clickAt(m_pTable->viewport(), m_pTable->visualRect(index).center()));
     const auto listCurve =
         m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"))->itemList(QwtPlotItem::Rtti_PlotCurve);
