@@ -214,6 +214,11 @@ Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mappi
     return calibration;
 }
 
+bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize)
+{
+    return isOther(calibration.dfSeriesPixelSize, dfPixelSize, g_dfSamePixelSize);
+}
+
 QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& calibration)
 {
     QStringList listWarning;
@@ -228,7 +233,7 @@ QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const 
         warn(QStringLiteral("a wavelength of"), calibration.dfWavelength, dataSet.m_dfWavelength,
              QStringLiteral("another voltage has another lens."));
     }
-    if (isOther(calibration.dfSeriesPixelSize, dataSet.m_dfPixelSize, g_dfSamePixelSize)) {
+    if (isOtherCameraLength(calibration, dataSet.m_dfPixelSize)) {
         warn(QStringLiteral("a pixel size of"), calibration.dfSeriesPixelSize, dataSet.m_dfPixelSize,
              QStringLiteral("another camera length or binning has other distortions."));
     }

@@ -48,6 +48,9 @@ std::optional<Calibration> readCalibration(const QString& strFile, QString* pstr
 /// What a data set tells now; without errors and with no pixel size of its own.
 Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mapping);
 
+/// Whether a pixel size, Å⁻¹, is that of another camera length or binning than the calibration's series had.
+bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize);
+
 /// Puts axis, stretching, distortion and, where it was determined, pixel size into a data set. Peaks are to
 /// be mapped anew.
 /// @return warnings: another wavelength, and another size of the pixels, so another camera length or binning

@@ -197,12 +197,12 @@ void settleWavelength(SeriesFacts& facts)
         QStringLiteral("%1, %2 kV").arg(facts.kilovolts.strSource, QString::number(facts.kilovolts.df))};
 }
 
-void settlePixelSize(SeriesFacts& facts)
+/// @param dfGiven  Å, a wavelength in the place of the told one; NaN: none
+void settlePixelSize(SeriesFacts& facts, double dfGiven)
 {
-    const double dfFollows = facts.wavelength.isTold()
-                                 ? pixelSizeFromCameraLength(facts.cameraLength.df, facts.detectorPixel.df,
-                                                             facts.wavelength.df)
-                                 : 0;
+    const double dfWavelength = std::isfinite(dfGiven) ? dfGiven : facts.wavelength.df;
+    const double dfFollows = pixelSizeFromCameraLength(facts.cameraLength.df, facts.detectorPixel.df,
+                                                       dfWavelength);
     ToldNumber& pixelSize = facts.pixelSize;
     if (pixelSize.isTold() && !isPixelSize(pixelSize.df)) {
         facts.listDoubt.append(
@@ -215,10 +215,12 @@ void settlePixelSize(SeriesFacts& facts)
     if (!isPixelSize(dfFollows)) {
         return;
     }
-    const QString strFollows = QStringLiteral("%1 of %2 mm and %3 of %4 µm")
-                                   .arg(facts.cameraLength.strSource, QString::number(facts.cameraLength.df),
-                                        facts.detectorPixel.strSource,
-                                        QString::number(facts.detectorPixel.df));
+    QString strFollows = QStringLiteral("%1 of %2 mm and %3 of %4 µm")
+                             .arg(facts.cameraLength.strSource, QString::number(facts.cameraLength.df),
+                                  facts.detectorPixel.strSource, QString::number(facts.detectorPixel.df));
+    if (std::isfinite(dfGiven)) {
+        strFollows += QStringLiteral(" at %1 Å").arg(QString::number(dfGiven, 'g', 6));
+    }
     if (!pixelSize.isTold()) {
         pixelSize = {dfFollows, strFollows};
         facts.bOfCameraLength = true;
@@ -231,7 +233,14 @@ void settlePixelSize(SeriesFacts& facts)
 
 }  // namespace
 
-SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn)
+void followWavelength(SeriesFacts& facts, double dfWavelength)
+{
+    if (!facts.pixelSize.isTold()) {
+        settlePixelSize(facts, dfWavelength);
+    }
+}
+
+SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn, double dfWavelength)
 {
     SeriesFacts facts;
     facts.listFrame = listFrame;
@@ -272,7 +281,7 @@ SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoO
     takeTexts(facts, texts, listName);
     addOnce(facts.listDoubt, texts.listDoubt);
     settleWavelength(facts);
-    settlePixelSize(facts);
+    settlePixelSize(facts, dfWavelength);
     return facts;
 }
 

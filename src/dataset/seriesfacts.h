@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cmath>
 #include <functional>
 
 namespace tessera {
@@ -46,6 +47,13 @@ using FnFactsGoOn = std::function<bool(int nDone)>;
 /// A wavelength that no microscope has is left out with a doubt, and so is a pixel size. Of a wavelength and
 /// a voltage that agree but for the decimals of the former the voltage is taken. Reads files only, so it may
 /// run in any thread.
-SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn = {});
+/// @param dfWavelength  Å, that the user gives in the place of what the frames tell; NaN: none. The told one
+///                      stays in the facts, but a pixel size that follows from the camera length is of this.
+SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn = {},
+                          double dfWavelength = NAN);
+
+/// Lets the pixel size follow from the camera length where it is not told and a wavelength, Å, becomes known
+/// that the frames do not tell.
+void followWavelength(SeriesFacts& facts, double dfWavelength);
 
 }  // namespace tessera

@@ -1,5 +1,6 @@
 #include "road/framesinput.h"
 
+#include "dataset/calibration.h"
 #include "dataset/framefiles.h"
 #include "dataset/newproject.h"
 #include "dataset/textlines.h"
@@ -8,6 +9,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <cmath>
 
 namespace tessera {
 
@@ -55,11 +58,11 @@ void tellTaken(RoadState& state, const QString& strWhat, double dfValue, const Q
                                 .arg(strWhat, QString::number(dfValue, 'g', 6), strUnit, strSource));
 }
 
-/// A number that the frames tell, unless an option or the calibration does.
+/// A number that the frames tell, unless an option does.
 void takeNumber(RoadState& state, const ToldNumber& told, const std::optional<double>& dfGiven,
                 double& dfTarget, const QString& strWhat, const QString& strUnit)
 {
-    if (told.isTold() && !dfGiven && state.options.strCalibrationFile.isEmpty()) {
+    if (told.isTold() && !dfGiven) {
         dfTarget = told.df;
         tellTaken(state, strWhat, told.df, strUnit, told.strSource);
     }
@@ -80,6 +83,18 @@ void takeTilts(RoadState& state, const ToldTilts& told)
                                 .arg(QString::number(dataSet.m_listOverallTilt.first(), 'g', 6),
                                      QString::number(dataSet.m_listOverallTilt.last(), 'g', 6),
                                      told.strSource));
+}
+
+/// Where neither frames nor options tell a wavelength, the pixel size follows from that of the calibration.
+/// One that cannot be read is told of when it is taken.
+void followCalibration(RoadOptions& options)
+{
+    if (options.strCalibrationFile.isEmpty() || options.dfWavelength || options.facts->wavelength.isTold()) {
+        return;
+    }
+    if (const std::optional<Calibration> calibration = readCalibration(options.strCalibrationFile)) {
+        followWavelength(*options.facts, calibration->dfWavelength);
+    }
 }
 
 }  // namespace
@@ -105,7 +120,8 @@ QString takeFramesOfInput(RoadOptions& options)
     }
     options.listInputGiven = options.listInput;
     options.listInput = listFrame + framesOfFiles(listFile);
-    options.facts = factsOfSeries(options.listInput);
+    options.facts = factsOfSeries(options.listInput, {}, options.dfWavelength.value_or(NAN));
+    followCalibration(options);
     if (bFolder) {
         const QFileInfo project(proposedProjectFile(options.listInput));
         const QString strOut = options.strOutDir.isEmpty() ? project.absolutePath() : options.strOutDir;

@@ -79,6 +79,47 @@ void takeGeometry(RoadState& state)
     }
 }
 
+/// What frames without a project lack, from the calibration. Its own pixel size goes only with frames of its
+/// camera length: the frames' own number holds where they tell another one.
+void takeWhatFramesLack(RoadState& state, Calibration& calibration)
+{
+    const RoadOptions& options = state.options;
+    DataSet& dataSet = state.dataSet;
+    const auto tell = [&](const QString& strText, double df, Severity severity) {
+        state.report.addMessage(strText.arg(QString::number(df, 'g', 6)), severity);
+    };
+    if (options.dfWavelength) {
+        dataSet.m_dfWavelength = *options.dfWavelength;
+    } else if (!options.facts || !options.facts->wavelength.isTold()) {
+        dataSet.m_dfWavelength = calibration.dfWavelength;
+        tell(QStringLiteral("Wavelength %1 Å, by the calibration."), calibration.dfWavelength,
+             Severity::Info);
+    }
+    const bool bTold = options.facts && options.facts->pixelSize.isTold();
+    if (options.dfPixelSize) {
+        dataSet.m_dfPixelSize = *options.dfPixelSize;
+        return;  // counts before all others
+    }
+    if (!bTold) {
+        dataSet.m_dfPixelSize = calibration.dfSeriesPixelSize;
+    }
+    if (!calibration.dfPixelSize) {
+        if (!bTold) {
+            tell(QStringLiteral("Warning: pixel size %1 Å⁻¹, as the series of the calibration had it; nothing "
+                                "determined it."),
+                 dataSet.m_dfPixelSize, Severity::Warning);
+        }
+    } else if (bTold && isOtherCameraLength(calibration, dataSet.m_dfPixelSize)) {
+        calibration.dfPixelSize.reset();
+        tell(QStringLiteral("Warning: the pixel size that the frames tell, %1 Å⁻¹, holds, as the calibration "
+                            "is of another one."),
+             dataSet.m_dfPixelSize, Severity::Warning);
+    } else {
+        tell(QStringLiteral("Pixel size %1 Å⁻¹, as the calibration determined it."), *calibration.dfPixelSize,
+             Severity::Info);
+    }
+}
+
 /// What the microscope's calibration tells, before what the options tell.
 /// @return false, with the reason, where the file cannot be used
 bool takeCalibrationFile(RoadState& state)
@@ -88,14 +129,13 @@ bool takeCalibrationFile(RoadState& state)
         return true;
     }
     QString strReason;
-    const std::optional<Calibration> calibration = readCalibration(strFile, &strReason);
+    std::optional<Calibration> calibration = readCalibration(strFile, &strReason);
     if (!calibration) {
         state.report.fail(strReason);
         return false;
     }
-    if (!state.options.isProject()) {  // images tell neither
-        state.dataSet.m_dfWavelength = state.options.dfWavelength.value_or(calibration->dfWavelength);
-        state.dataSet.m_dfPixelSize = state.options.dfPixelSize.value_or(calibration->dfSeriesPixelSize);
+    if (!state.options.isProject()) {
+        takeWhatFramesLack(state, *calibration);
     }
     for (const QString& strWarning : takeCalibration(state.dataSet, state.mapping, *calibration)) {
         state.report.addMessage(strWarning, Severity::Warning);
