@@ -263,7 +263,7 @@ FrameHeader readHdf5Header(const QString& strFileName, int nImage)
         header.tiltStart = {pSeries->vecStart[nAt], pSeries->strTiltSource};
         const bool bNext = nAt + 1 < pSeries->vecStart.size();
         const double dfStep = bNext ? pSeries->vecStart[nAt + 1] - pSeries->vecStart[nAt] : pSeries->dfWidth;
-        header.tiltStep = {dfStep, pSeries->strTiltSource};
+        header.tiltStep = {dfStep, pSeries->strWidthSource};
     }
     return header;
 }

@@ -160,8 +160,9 @@ void readBeam(const Source& source, const QByteArray& strEntry, FrameHeader& hea
         header.kilovolts = {energy.df / 1000, energy.strSource};
         if (!source.bElectrons && energy.df < SURELY_ELECTRONS) {
             header.listDoubt.append(
-                QStringLiteral("The energy of %1 keV was taken for that of electrons, which "
+                QStringLiteral("%1: the energy of %2 keV was taken for that of electrons, which "
                                "the file does not say.")
+                    .arg(energy.strSource)
                     .arg(energy.df / 1000));
         }
     }
@@ -185,6 +186,10 @@ void readDetector(const Source& source, Hdf5Series& series)
     if (header.beamX.isTold() != header.beamY.isTold()) {
         header.beamX = header.beamY = ToldNumber();
     }
+    // Counted from the outer corner of the first pixel, as by the definition of NXdetector's beam_center_x.
+    constexpr double CORNER_TO_CENTRE = 0.5;
+    header.beamX.df -= CORNER_TO_CENTRE;
+    header.beamY.df -= CORNER_TO_CENTRE;
     header.exposure = numberOf(source, {"count_time", "frame_time"});
     const ToldNumber saturation = numberOf(source, {"saturation_value"});
     const ToldNumber cutoff = numberOf(source, {"countrate_correction_count_cutoff"});

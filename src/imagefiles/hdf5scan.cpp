@@ -118,21 +118,26 @@ bool varies(const Step& step)
     return !step.vecAngle.empty() && *range.second - *range.first > LEAST;
 }
 
-/// The angle from image to image that stands beside an axis; 0 when none does.
-double widthBeside(hid_t idFile, const QString& strFile, const Step& step)
+QString lastName(const QByteArray& strPath)
+{
+    return QString::fromUtf8(strPath.mid(strPath.lastIndexOf('/') + 1));
+}
+
+/// The angle from image to image that stands beside an axis, with its key; 0 when none does.
+ToldNumber widthBeside(hid_t idFile, const QString& strFile, const Step& step)
 {
     for (const char* pszEnd : {"_range_average", "_increment_set"}) {
         const std::vector<double> vecWidth = numbersIn(idFile, step.strPath + pszEnd, strFile, 1);
         if (vecWidth.size() == 1 && std::isfinite(vecWidth[0]) && vecWidth[0] != 0) {
-            return vecWidth[0];
+            return {vecWidth[0], lastName(step.strPath + pszEnd)};
         }
     }
     const std::vector<double> vecEnd = numbersIn(idFile, step.strPath + "_end", strFile, MOST_ANGLES);
     if (step.vecAngle.size() > 1) {
-        return step.vecAngle[1] - step.vecAngle[0];
+        return {step.vecAngle[1] - step.vecAngle[0], QStringLiteral("its way to the next")};
     }
     const double dfWidth = vecEnd.empty() || step.vecAngle.empty() ? 0 : vecEnd[0] - step.vecAngle[0];
-    return std::isfinite(dfWidth) ? dfWidth : 0;
+    return {std::isfinite(dfWidth) ? dfWidth : 0, lastName(step.strPath + "_end")};
 }
 
 /// The steps that the sample depends on; without that, its axes by their usual names.
@@ -153,10 +158,12 @@ std::vector<Step> sampleSteps(hid_t idFile, const QString& strFile, const QByteA
     return vecStep;
 }
 
-void takeAngles(const Step& step, double dfWidth, Hdf5Series& series)
+void takeAngles(const Step& step, const ToldNumber& width, Hdf5Series& series)
 {
+    const double dfWidth = width.df;
     const size_t nImages = size_t(series.header.nImages);
-    series.strTiltSource = QString::fromUtf8(step.strPath.mid(step.strPath.lastIndexOf('/') + 1));
+    series.strTiltSource = lastName(step.strPath);
+    series.strWidthSource = width.strSource;
     series.dfWidth = dfWidth;
     if (step.vecAngle.size() >= nImages && nImages > 1) {
         series.vecStart.assign(step.vecAngle.begin(), step.vecAngle.begin() + std::ptrdiff_t(nImages));
@@ -216,11 +223,11 @@ void readScan(hid_t idFile, const QString& strPath, const QByteArray& strEntry, 
     const std::vector<Step> vecStep = sampleSteps(idFile, strPath, strEntry + "/sample");
     for (size_t i = 0; i < vecStep.size(); ++i) {
         const Step& step = vecStep[i];
-        const double dfWidth = widthBeside(idFile, strPath, step);
-        if (step.vecAngle.empty() || (!varies(step) && dfWidth == 0)) {
+        const ToldNumber width = widthBeside(idFile, strPath, step);
+        if (step.vecAngle.empty() || (!varies(step) && width.df == 0)) {
             continue;
         }
-        takeAngles(step, dfWidth, series);
+        takeAngles(step, width, series);
         const NexusVector noAxis = {0, 0, 0};
         if (step.vector != noAxis) {
             const size_t nEnd = step.strNext.isEmpty() ? vecStep.size() : i + 1;

@@ -41,6 +41,7 @@ struct Hdf5Series {
     std::vector<double> vecStart;  ///< degrees, where each image begins; as many as there are, or none
     double dfWidth = 0;            ///< degrees from one image to the next; 0 when not told
     QString strTiltSource;
+    QString strWidthSource;
     QByteArray strMetadata;  ///< data set with a text for each image (Velox)
     QString strReason;       ///< which part of the series is missing
     QDateTime timeRead;

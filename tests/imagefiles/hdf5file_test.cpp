@@ -275,6 +275,24 @@ TEST(Hdf5Series, CountsWhatIsMissing)
     EXPECT_FALSE(isDataOfMaster("x_master.h5", {"x_master.h5"}));
 }
 
+TEST_F(Hdf5, BeamAndWidthOfAnEiger)
+{
+    const QString strFile = path("e.h5");
+    {
+        CHdf5Builder builder(strFile);
+        builder.set("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, pixels(3, SIDE, SIDE));
+        builder.number("entry/instrument/detector/beam_center_x", 2.5);
+        builder.number("entry/instrument/detector/beam_center_y", 4);
+        builder.set<double>("entry/sample/goniometer/omega", H5T_IEEE_F64LE, {3}, {1, 1.5, 2});
+        builder.number("entry/sample/goniometer/omega_range_average", 0.5);
+    }
+    const FrameHeader header = readHdf5Header(strFile, 0);
+    EXPECT_EQ(header.beamX.df, 2) << "from the outer corner to the centre of the first pixel";
+    EXPECT_EQ(header.beamY.df, 3.5);
+    EXPECT_EQ(header.tiltStart.strSource, "omega");
+    EXPECT_EQ(header.tiltStep.strSource, "omega_range_average");
+}
+
 TEST_F(Hdf5, TellsWhatADetectorOfElectronsKnows)
 {
     const QString strFile = path("d.h5");
