@@ -151,7 +151,7 @@ std::optional<Calibration> calibrationOfText(const QByteArray& bytes, QString* p
         return std::nullopt;
     }
     const QJsonObject object = document.object();
-    if (object[QStringLiteral("format")].toString() != QLatin1String(g_pszFormat)) {
+    if (!isCalibration(object)) {
         giveReason(pstrReason, QStringLiteral("no calibration: \"format\" is another one"));
         return std::nullopt;
     }
@@ -212,6 +212,11 @@ Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mappi
     }
     calibration.distortion = dataSet.m_distortion;
     return calibration;
+}
+
+bool isCalibration(const QJsonObject& object)
+{
+    return object[QStringLiteral("format")].toString() == QLatin1String(g_pszFormat);
 }
 
 bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize)

@@ -5,6 +5,7 @@
 #include "records/runparameters.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -47,6 +48,9 @@ std::optional<Calibration> readCalibration(const QString& strFile, QString* pstr
 
 /// What a data set tells now; without errors and with no pixel size of its own.
 Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mapping);
+
+/// Whether an object says that it is such a file, of whatever version.
+bool isCalibration(const QJsonObject& object);
 
 /// Whether a pixel size, Å⁻¹, is that of another camera length or binning than the calibration's series had.
 bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize);

@@ -160,6 +160,32 @@ KeyAndUnit keyAndUnit(const QString& strKey)
     return key;
 }
 
+struct DecimalComma {
+    QString strValue;         ///< with a point in the place of a decimal comma
+    bool bAmbiguous = false;  ///< the comma may also part two numbers, or thousands
+};
+
+/// Reads a comma as that of decimals where the value is one number with one comma and a unit, be it behind
+/// the number or in the key. "200,000 V" may be thousands, "55,55 um" two equal sides.
+DecimalComma decimalComma(const QString& strValue, bool bUnitInKey)
+{
+    static const QRegularExpression s_reComma(QStringLiteral(
+        "^\\s*([-+]?)(\\d+),(\\d+)(?![\\d.,:])\\s*([^\\s,;\"'\\)\\]\\}\\d][^\\s,;\"'\\)\\]\\}]*)?"
+        "[\\s,;\"']*$"));
+    static const QRegularExpression s_reList(QStringLiteral("^\\s*[-+]?\\d+,[-+]?\\d"));
+    const QRegularExpressionMatch match = s_reComma.match(strValue);
+    if (!match.hasMatch()) {
+        return {strValue, s_reList.match(strValue).hasMatch()};
+    }
+    const QString strWhole = match.captured(2), strDecimals = match.captured(3);
+    const bool bThousands = strDecimals.size() == 3 && strWhole.size() <= 3 && strWhole != QLatin1String("0");
+    const bool bUnit = bUnitInKey || !match.captured(4).isEmpty();
+    if (!bUnit || bThousands || strWhole == strDecimals) {
+        return {strValue, true};
+    }
+    return {match.captured(1) + strWhole + '.' + strDecimals + ' ' + match.captured(4), false};
+}
+
 /// What a number without a unit is most likely to be in.
 double withoutUnit(SideNumber& number, Quantity quantity, double df)
 {
@@ -198,13 +224,23 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
     const auto& vecRow = keyRows();
     const auto it = std::find_if(vecRow.begin(), vecRow.end(),
                                  [&](const KeyRow& row) { return row.re.match(key.strPlain).hasMatch(); });
-    const QRegularExpressionMatch match = s_reValue.match(strValue);
-    if (it == vecRow.end() || !match.hasMatch()) {
+    if (it == vecRow.end()) {
         return {};
     }
     SideNumber number;
     number.pTarget = it->pTarget;
     number.strKey = strKey.trimmed();
+    const DecimalComma comma = decimalComma(strValue, !key.strUnit.isEmpty());
+    const QRegularExpressionMatch match = s_reValue.match(comma.strValue);
+    if (comma.bAmbiguous) {
+        number.df = NAN;
+        number.strDoubt =
+            QStringLiteral("\"%1\" may be one number or several; it is not taken.").arg(strValue.trimmed());
+        return number;
+    }
+    if (!match.hasMatch()) {
+        return {};
+    }
     const double df = match.captured(1).toDouble();
     QString strUnit = match.captured(2).isEmpty() ? key.strUnit : unitName(match.captured(2));
     Quantity quantity = it->quantity == Quantity::Axis ? Quantity::Angle : it->quantity;

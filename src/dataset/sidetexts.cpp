@@ -1,5 +1,6 @@
 #include "dataset/sidetexts.h"
 
+#include "dataset/calibration.h"
 #include "dataset/sidequantities.h"
 #include "dataset/textlines.h"
 #include "imagefiles/framename.h"
@@ -97,11 +98,12 @@ bool isOwnText(const QString& strName, const QSet<QString>& setBase)
            setBase.contains(QFileInfo(strName).completeBaseName());
 }
 
-/// A summary of the driver, which may have any name.
-bool isOwnSummary(const QByteArray& bytesText)
+/// A summary of the driver or a calibration, which may have any name.
+bool isOwnJson(const QByteArray& bytesText)
 {
     const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
-    return object.contains(QStringLiteral("reached")) || object.contains(QStringLiteral("judgement"));
+    return object.contains(QStringLiteral("reached")) || object.contains(QStringLiteral("judgement")) ||
+           isCalibration(object);
 }
 
 }  // namespace
@@ -124,7 +126,7 @@ bool takeSideJson(const QByteArray& bytesText, const QString& strName, SideTexts
     if (!document.isObject()) {
         return false;
     }
-    if (!isOwnSummary(bytesText)) {
+    if (!isOwnJson(bytesText)) {
         takeValue({}, document.object(), 0, strName, texts);
     }
     return true;

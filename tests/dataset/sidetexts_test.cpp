@@ -38,6 +38,14 @@ TEST(SideTexts, KeysAndUnitsInTheirManyForms)
         {"Exposure time: 12:30:05", &SideTexts::exposure, NAN, false},
         {"Wavelength: 3 furlongs", &SideTexts::wavelength, NAN, true},
         {"Camera: 55 um", &SideTexts::detectorPixel, NAN, false},
+        {"Camera length: 237,71 mm", &SideTexts::cameraLength, 237.71, false},
+        {"\"start_angle\": \"-29,75 deg\",", &SideTexts::tiltStart, -29.75, false},
+        {"Start angle (deg): -29,75", &SideTexts::tiltStart, -29.75, false},
+        {"Oscillation angle: 0,231 deg", &SideTexts::tiltStep, 0.231, false},
+        {"Start angle: -29,75", &SideTexts::tiltStart, NAN, true},
+        {"High tension: 200,000 V", &SideTexts::kilovolts, NAN, true},
+        {"Pixel size: 55,55 um", &SideTexts::detectorPixel, NAN, true},
+        {"Camera length: 1,2,3 mm", &SideTexts::cameraLength, NAN, true},
     };
     for (const auto& row : aRow) {
         SideTexts texts;
@@ -98,6 +106,8 @@ TEST(SideTexts, WhatWasWrittenHereIsNoneOfThem)
     for (const char* pch : {"f.log", "w_truth.json", "hotpixels.txt", "shifts.txt", "f_pos.txt"})
         writeBytes(dir.filePath(pch), "Camera length: 400 mm\n");
     writeBytes(dir.filePath("summary.json"), "{\"reached\": true, \"wavelength\": 0.02}");
+    writeBytes(dir.filePath("m.calib.json"),
+               "{\"format\": \"tessera microscope calibration\", \"wavelength\": 0.02}");
     writeBytes(dir.filePath("long.txt"), QByteArray(1000001, ' ') + "\nWavelength: 0.025\n");
     writeBytes(dir.filePath("f.img"), "x");
     const SideTexts texts = readSideTexts({dir.filePath("f.img")});
