@@ -4,9 +4,13 @@
 #include "dataset/newproject.h"
 #include "dataset/sidetexts.h"
 #include "imagefiles/frameformats.h"
+#include "imagefiles/framename.h"
 
 #include <QFileInfo>
+#include <QHash>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tessera {
@@ -122,6 +126,29 @@ void takeHeader(SeriesFacts& facts, const FrameHeader& header)
     takeIfLacking(facts.saturation, header.saturation);
 }
 
+/// Tilts of which a text tells the step, and the start or the end or neither of them.
+void takeStep(SeriesFacts& facts, const SideTexts& texts)
+{
+    const ToldNumber& step = texts.tiltStep;
+    const ToldNumber& bound = texts.tiltStart.isTold() ? texts.tiltStart : texts.tiltEnd;
+    const double dfWay = facts.listFrame.size() * step.df;
+    const double dfStart = texts.tiltStart.isTold() ? bound.df : bound.isTold() ? bound.df - dfWay : 0;
+    facts.tilts = tiltsOfRange(facts.listFrame.size(), dfStart, dfStart + dfWay, NAN, facts.listDoubt);
+    facts.tilts.strSource = step.strSource;
+    if (bound.isTold()) {
+        facts.tilts.strSource = QStringLiteral("%1, %2").arg(bound.strSource, step.strSource);
+    } else {
+        facts.listDoubt.append(
+            QStringLiteral("%1: neither start nor end is told; the first frame is taken to start at 0°.")
+                .arg(step.strSource));
+    }
+    if (step.df > 0) {  // programs that write a sign at all write it for what falls
+        facts.listDoubt.append(
+            QStringLiteral("%1 has no sign that could be relied on: the tilt is taken to rise.")
+                .arg(step.strSource));
+    }
+}
+
 /// What the texts tell and no header does.
 void takeTexts(SeriesFacts& facts, const SideTexts& texts, const QStringList& listName)
 {
@@ -157,13 +184,7 @@ void takeTexts(SeriesFacts& facts, const SideTexts& texts, const QStringList& li
         facts.tilts.strSource = QStringLiteral("%1 to %2, the middle of each frame")
                                     .arg(texts.tiltStart.strSource, texts.tiltEnd.strSource);
     } else if (texts.tiltStep.isTold() && texts.tiltStep.df != 0) {
-        const double dfStart = texts.tiltStart.isTold() ? texts.tiltStart.df : 0;
-        facts.tilts = tiltsOfRange(nFrames, dfStart, dfStart + nFrames * texts.tiltStep.df, NAN,
-                                   facts.listDoubt);
-        facts.tilts.strSource = texts.tiltStep.strSource;
-        facts.listDoubt.append(
-            QStringLiteral("%1 has no sign that could be relied on: the tilt is taken to rise.")
-                .arg(texts.tiltStep.strSource));
+        takeStep(facts, texts);
     }
 }
 
@@ -231,7 +252,59 @@ void settlePixelSize(SeriesFacts& facts, double dfGiven)
     }
 }
 
+/// What the names of files begin with, before the number at their ends.
+QString nameStem(const QString& strFrame)
+{
+    static const QRegularExpression s_reNumber(QStringLiteral("[-+]?[0-9.]+$"));
+    return QFileInfo(frameName(strFrame).strFile).completeBaseName().remove(s_reNumber);
+}
+
+/// Two series in one folder, by their names: more than one beginning, and several frames of each.
+void doubtNames(const QStringList& listFrame, QStringList& listDoubt)
+{
+    QStringList listStem;
+    QHash<QString, int> hashFrames;
+    for (const QString& strFrame : listFrame) {
+        const QString strStem = nameStem(strFrame);
+        if (hashFrames[strStem]++ == 0) {
+            listStem.append(strStem);
+        }
+    }
+    const bool bSeveral = std::all_of(hashFrames.begin(), hashFrames.end(), [](int n) { return n > 1; });
+    if (listStem.size() > 1 && bSeveral) {
+        listDoubt.append(QStringLiteral("The names of %1 frames begin with \"%2\" and those of %3 with "
+                                        "\"%4\": are these two series?")
+                             .arg(hashFrames[listStem[0]])
+                             .arg(listStem[0])
+                             .arg(hashFrames[listStem[1]])
+                             .arg(listStem[1]));
+    }
+}
+
 }  // namespace
+
+bool isDoubtful(const ToldNumber& told, const QStringList& listDoubt)
+{
+    // A source may be of several keys, each behind the name of its file or record.
+    static const QRegularExpression s_reBetween(
+        QStringLiteral(" \\+ | / 2|, | of [-+0-9.e]+ \\S+| and | from frame to frame"));
+    for (const QString& strPart : told.strSource.split(s_reBetween, Qt::SkipEmptyParts)) {
+        QString strKey = strPart.mid(strPart.lastIndexOf(QLatin1String(": ")) + 1).trimmed();
+        if (strKey.endsWith(QLatin1String(" X"))) {  // the doubt is about both directions
+            strKey.chop(2);
+        }
+        const QRegularExpression reKey(
+            QStringLiteral("(?<!\\w)%1(?!\\w)").arg(QRegularExpression::escape(strKey)),
+            QRegularExpression::CaseInsensitiveOption);
+        const bool bNamed = std::any_of(listDoubt.begin(), listDoubt.end(), [&](const QString& strDoubt) {
+            return reKey.match(strDoubt).hasMatch();
+        });
+        if (!strKey.isEmpty() && bNamed) {
+            return true;
+        }
+    }
+    return false;
+}
 
 void followWavelength(SeriesFacts& facts, double dfWavelength)
 {
@@ -273,6 +346,7 @@ SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoO
         takeHeader(facts, header);
         addOnce(facts.listDoubt, header.listDoubt);
     }
+    doubtNames(listFrame, facts.listDoubt);
     compareFrames(vecHeader, listLooked, facts.listDoubt);
     if (listLook.size() == listFrame.size()) {
         facts.tilts = tiltsOfHeaders(vecHeader, listLooked, facts.listDoubt);

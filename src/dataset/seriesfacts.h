@@ -52,6 +52,9 @@ using FnFactsGoOn = std::function<bool(int nDone)>;
 SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoOn = {},
                           double dfWavelength = NAN);
 
+/// Whether one of the doubts is about this number: it names the key that the number stood under.
+bool isDoubtful(const ToldNumber& told, const QStringList& listDoubt);
+
 /// Lets the pixel size follow from the camera length where it is not told and a wavelength, Å, becomes known
 /// that the frames do not tell.
 void followWavelength(SeriesFacts& facts, double dfWavelength);

@@ -145,11 +145,11 @@ void tellAlpha(const CRecord& record, const QString& strKind, FrameHeader& heade
     if (record.text(APPLICATION_VERSION) == QLatin1String("4.4.0.4981")) {
         dfAlpha *= std::acos(-1.) / 180;
         header.listDoubt += QStringLiteral(
-            "The tilt was divided by 57.3, as the program of this version wrote "
+            "The alpha tilt was divided by 57.3, as the program of this version wrote "
             "it too large by that");
     } else if (dfAlpha != 0 && record.text(APPLICATION) == QLatin1String("Velox")) {
         header.listDoubt += QStringLiteral(
-            "The tilt is taken as degrees, but the program that wrote it uses radians elsewhere");
+            "The alpha tilt is taken as degrees, but the program that wrote it uses radians elsewhere");
     }
     header.tilt = told(dfAlpha, strKind + QStringLiteral(": alpha tilt"));
 }

@@ -105,9 +105,10 @@ void takeWhatFramesLack(RoadState& state, Calibration& calibration)
     }
     if (!calibration.dfPixelSize) {
         if (!bTold) {
-            tell(QStringLiteral("Warning: pixel size %1 Å⁻¹, as the series of the calibration had it; nothing "
-                                "determined it."),
-                 dataSet.m_dfPixelSize, Severity::Warning);
+            tell(
+                QStringLiteral("Warning: pixel size %1 Å⁻¹, as the series of the calibration had it; nothing "
+                               "determined it."),
+                dataSet.m_dfPixelSize, Severity::Warning);
         }
     } else if (bTold && isOtherCameraLength(calibration, dataSet.m_dfPixelSize)) {
         calibration.dfPixelSize.reset();

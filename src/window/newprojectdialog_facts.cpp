@@ -35,14 +35,6 @@ bool isShown(const QDoubleSpinBox* pSpin, double df)
     return std::abs(pSpin->value() - df) <= 1.01 * std::pow(10.0, -pSpin->decimals());
 }
 
-/// Whether one of the doubts is about this number.
-bool isDoubtful(const ToldNumber& told, const QStringList& listDoubt)
-{
-    return std::any_of(listDoubt.begin(), listDoubt.end(), [&told](const QString& strDoubt) {
-        return strDoubt.startsWith(told.strSource + QLatin1Char(':'));
-    });
-}
-
 double stepOf(const QList<double>& listTilt)
 {
     return listTilt.size() > 1 ? (listTilt.last() - listTilt.first()) / (listTilt.size() - 1) : NAN;
@@ -188,6 +180,8 @@ void NewProjectDialog::fillFields()
             if (!m_facts.bOfCameraLength) {
                 m_pPixelSizeSpin->setValue(m_facts.pixelSize.df);
             }
+        } else if (m_facts.cameraLength.isTold() && m_facts.detectorPixel.isTold()) {
+            m_pCameraRadio->setChecked(true);  // the wavelength is all that lacks
         }
     }
     if (m_facts.tilts.isTold() && !isTouched(m_pTiltStartSpin)) {

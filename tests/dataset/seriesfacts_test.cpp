@@ -204,6 +204,76 @@ TEST_F(SeriesFolder, TextsTellWhatHeadersDoNot)
     EXPECT_NEAR(facts.pixelSize.df, 0.05 / (400 * electronWavelength(200)), 1e-12);
 }
 
+TEST_F(SeriesFolder, PixelSizeFollowsFromAGivenWavelength)
+{
+    // The header's own wavelength does not count, be it of electrons or of X-rays.
+    const double dfExpected = 0.05 / (400 * 0.0197);
+    QStringList listFrame = writeFrames(2);
+    EXPECT_NEAR(factsOfSeries(listFrame, {}, 0.0197).pixelSize.df, dfExpected, 1e-12);
+    listFrame = writeFrames(
+        2, [](int i) { return smvLines(0.5 * i, 0.5, 0.05, 400).replace("0.02508", "0.9793"); });
+    SeriesFacts facts = factsOfSeries(listFrame);
+    EXPECT_FALSE(facts.pixelSize.isTold());
+    followWavelength(facts, 0.0197);
+    EXPECT_NEAR(facts.pixelSize.df, dfExpected, 1e-12);
+    EXPECT_NEAR(factsOfSeries(listFrame, {}, 0.0197).pixelSize.df, dfExpected, 1e-12);
+}
+
+TEST_F(SeriesFolder, AStepOfALogKeepsItsSignAndItsEnds)
+{
+    const QStringList listFrame = writeFrames(10, [](int) { return QByteArray("PIXEL_SIZE=0.05;\n"); });
+    const auto tiltsWith = [&](const QByteArray& bytesLog, QString& strDoubt) {
+        write("scan.txt", bytesLog);
+        const SeriesFacts facts = factsOfSeries(listFrame);
+        strDoubt = facts.listDoubt.join('\n');
+        return facts.tilts.list;
+    };
+    QString strDoubt;
+    QList<double> list = tiltsWith("Oscillation angle: -0.6 deg\nEnding angle: 40 deg\n", strDoubt);
+    EXPECT_NEAR(list.value(0), 45.7, 1e-9);
+    EXPECT_NEAR(list.value(9), 40.3, 1e-9);
+    EXPECT_TRUE(strDoubt.isEmpty()) << strDoubt.toStdString();
+    list = tiltsWith("Oscillation angle: -0.6 deg\n", strDoubt);
+    EXPECT_NEAR(list.value(9), -5.7, 1e-9);
+    EXPECT_TRUE(strDoubt.contains("taken to start at 0") && !strDoubt.contains("rise"))
+        << strDoubt.toStdString();
+    list = tiltsWith("Oscillation angle: 0.6 deg\nStarting angle: 3 deg\n", strDoubt);
+    EXPECT_NEAR(list.value(0), 3.3, 1e-9);
+    EXPECT_TRUE(strDoubt.contains("taken to rise") && !strDoubt.contains("start at 0"))
+        << strDoubt.toStdString();
+}
+
+TEST_F(SeriesFolder, DoubtsAreOfTheNumbersThatTheyName)
+{
+    const QStringList listFrame = writeFrames(3, [](int i) {
+        return smvLines(0.5 * i, 0.5, 55, 400);  // µm in the place of mm
+    });
+    const SeriesFacts facts = factsOfSeries(listFrame);
+    EXPECT_TRUE(isDoubtful(facts.detectorPixel, facts.listDoubt));
+    EXPECT_TRUE(isDoubtful(facts.pixelSize, facts.listDoubt)) << facts.pixelSize.strSource.toStdString();
+    EXPECT_FALSE(isDoubtful(facts.cameraLength, facts.listDoubt));
+    EXPECT_FALSE(isDoubtful({1, facts.tilts.strSource}, facts.listDoubt));
+    EXPECT_TRUE(isDoubtful({1, "FEI1: alpha tilt"}, {"The alpha tilt was divided by 57.3"}));
+    EXPECT_TRUE(isDoubtful({1, "pixel size, binning"}, {"The pixel size, 55000, is taken as one in nm"}));
+    EXPECT_FALSE(isDoubtful({1, "PIXEL"}, {"PIXEL_SIZE 55 was taken for micrometres"}));
+    EXPECT_FALSE(isDoubtful({}, facts.listDoubt));
+}
+
+TEST_F(SeriesFolder, TwoSeriesInOneFolderAreNoticed)
+{
+    const auto named = [&](const QStringList& listName) {
+        QStringList listFrame;
+        for (const QString& strName : listName)
+            listFrame += write(strName, smvBytes({}, 8, 8, QByteArray(128, '\1')));
+        return factsOfSeries(listFrame).listDoubt.join('\n');
+    };
+    const QString strDoubt = named({"s1_1.img", "s1_2.img", "s2_1.img", "s2_2.img", "s2_3.img"});
+    EXPECT_TRUE(strDoubt.contains("of 2 frames begin with \"s1_\" and those of 3 with \"s2_\""))
+        << strDoubt.toStdString();
+    EXPECT_FALSE(named({"t_001_-1.5.img", "t_002_-1.0.img", "t_003_0.5.img"}).contains("two series"));
+    EXPECT_FALSE(named({"t-0.5.img", "t0.0.img", "t0.5.img"}).contains("two series"));
+}
+
 TEST_F(SeriesFolder, FramesAreFoundAmongWhatBelongsToThem)
 {
     const QStringList listFrame = writeFrames(2);
