@@ -54,13 +54,24 @@ void addCell(QByteArray& bytes, const std::array<DoubleVector, 3>& aReciprocal, 
     item(bytes, "_diffrn_pets_omega", "0.00000");
 }
 
+QByteArray measurementOf(RotationKind kind)
+{
+    switch (kind) {
+        case RotationKind::Precession:
+            return "precession";
+        case RotationKind::Stepped:
+            return "static";
+        case RotationKind::Continuous:
+            break;
+    }
+    return "continuous rotation";
+}
+
 void addDetails(QByteArray& bytes, const IntegrationResult& result, const VirtualFrameOptions& options)
 {
     const SpotModel& model = result.integrated.model;
-    const bool bPrecession = result.series.rotation.kind == RotationKind::Precession;
     bytes += "_diffrn_measurement_details\n;\n";
-    bytes += QByteArray("data collection geometry: ") +
-             (bPrecession ? "precession\n" : "continuous rotation\n");
+    bytes += "data collection geometry: " + measurementOf(result.series.rotation.kind) + '\n';
     bytes += "dstarmax:  " + number(result.integrated.dfMaxDStar, 3) + '\n';
     bytes += "RC width:  " + number(model.dfRockingWidth, 5) + '\n';
     bytes += "mosaicity:  " + number(model.dfMosaicity, 3) + '\n';
@@ -79,6 +90,9 @@ double semiAngle(const IntegrationResult& result, const VirtualFrame& frame)
         return result.series.rotation.dfPrecessionAngle;
     }
     const std::vector<double> listAngle = anglesOf(result.series);
+    if (listAngle.size() < 2) {
+        return 0;  // no step is known
+    }
     const double dfStep = std::abs(listAngle.back() - listAngle.front()) / double(listAngle.size() - 1);
     return dfStep * (frame.nLast - frame.nFirst + 1) / 2;
 }
