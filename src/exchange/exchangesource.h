@@ -19,6 +19,8 @@ struct ExchangeSource {
     /// Direct beam of each frame by the data set alone, which its peaks are relative to, raw pixels.
     std::vector<FramePlace> listBeam;
 
+    QStringList* pWritten = nullptr;  ///< lent; gets the paths of all files but the frames; may be null
+
     /// The file of the series' name with an ending, such as ".expt".
     QString file(const QString& strEnding) const
     {

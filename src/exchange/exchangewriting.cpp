@@ -62,6 +62,9 @@ RunOutcome writeExchangeFiles(const ExchangeSource& source, const std::vector<Na
     if (!files.commit(&strReason)) {
         return failRun(report, strReason);
     }
+    if (source.pWritten) {
+        *source.pWritten += listName;
+    }
     report.addMessage(QStringLiteral("Written: %1").arg(listName.join(QStringLiteral(", "))));
     return {};
 }

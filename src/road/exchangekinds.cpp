@@ -39,6 +39,7 @@ bool writeForOtherProgram(ExportKind kind, DataSet& dataSet, const MappingParame
                            "needed."));
         return false;
     }
+    source->pWritten = found.pWritten;
     if (!found.strFolder.isEmpty()) {
         source->strFolder = found.strFolder;
     }

@@ -16,6 +16,7 @@ struct FoundOfSeries {
     const GeometryRefinement* pGeometry = nullptr;
     const IntegrationResult* pIntegration = nullptr;
     VirtualFrameOptions virtualFrames;  ///< of the list for dynamical refinement
+    QStringList* pWritten = nullptr;    ///< lent; gets the paths of all files but the frames; may be null
     QString strFolder;                  ///< where the files go; empty: the folder of the data set
 };
 

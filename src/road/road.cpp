@@ -131,6 +131,7 @@ bool makeExport(ExportKind kind, RoadState& state)
     found.pGeometry = results.geometry ? &*results.geometry : nullptr;
     found.pIntegration = results.integrate && results.integrate->result ? &*results.integrate->result
                                                                         : nullptr;
+    found.pWritten = &state.results.listFile;
     return writeForOtherProgram(kind, state.dataSet, state.mapping, found, state.options.jobs(),
                                 state.report);
 }
