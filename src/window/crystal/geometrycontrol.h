@@ -22,6 +22,9 @@ public:
     explicit GeometryControl(MainWindow& window);
 
     GeometryDialog& dialog() { return *m_pDialog; }
+    /// The refinement that is shown, as long as geometry, beam and cell are those that it began with; else
+    /// null.
+    const GeometryRefinement* refinement() const { return isFresh() ? m_pDialog->refinement() : nullptr; }
     /// Shows a refinement that the road has made, without any change of the data set.
     void take(const GeometryRefinement& refinement);
     /// Another data set: nothing is known of it, and nothing is to be put back.

@@ -44,6 +44,8 @@ public:
 
     /// The numbers that the user wants to stay as they are: GeometryNumber.
     std::vector<int> fixedNumbers() const;
+    /// The refinement that is shown; null: none is.
+    const GeometryRefinement* refinement() const { return m_look ? &m_look->refinement : nullptr; }
     /// The model that is chosen; null without a refinement.
     const GeometryModel* model() const;
 

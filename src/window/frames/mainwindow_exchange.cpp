@@ -1,5 +1,6 @@
 // MainWindow: exports for other programs.
 #include "road/exchangekinds.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/frames/exchangedialog.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/mainwindow.h"
@@ -42,6 +43,7 @@ void MainWindow::exportForOtherPrograms()
         bool bDone = false;
         guarded([&] {
             FoundOfSeries found;
+            found.pGeometry = m_pGeometry->refinement();
             found.pIntegration = m_pIntegration->result();
             found.strFolder = QFileInfo(strFolder).absoluteFilePath();
             if (!QDir().mkpath(found.strFolder)) {
