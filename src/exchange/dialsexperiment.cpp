@@ -40,7 +40,6 @@ QJsonObject detectorOf(const ExchangeGeometry& geometry, const DialsOptions& opt
     // From the outer corner of the first pixel, whose middle is 0 here.
     const DoubleVector vecOrigin = {-(geometry.beam.dfX + 0.5) * geometry.dfPixel,
                                     (geometry.beam.dfY + 0.5) * geometry.dfPixel, -geometry.dfDistance};
-    const double dfHighest = 65534;  // of 16 bits, where the last is what was cut off
     const QJsonObject panel = {
         {QStringLiteral("name"), QStringLiteral("Panel")},
         {QStringLiteral("identifier"), QString()},
@@ -51,7 +50,7 @@ QJsonObject detectorOf(const ExchangeGeometry& geometry, const DialsOptions& opt
         {QStringLiteral("raw_image_offset"), QJsonArray{0, 0}},
         {QStringLiteral("image_size"), QJsonArray{geometry.sizeFrame.width(), geometry.sizeFrame.height()}},
         {QStringLiteral("pixel_size"), QJsonArray{geometry.dfPixel, geometry.dfPixel}},
-        {QStringLiteral("trusted_range"), QJsonArray{-1.0, dfHighest}},
+        {QStringLiteral("trusted_range"), QJsonArray{-1.0, double(options.nHighest)}},
         {QStringLiteral("thickness"), 0.0},
         {QStringLiteral("material"), QString()},
         {QStringLiteral("mu"), 0.0},

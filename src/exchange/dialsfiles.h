@@ -2,6 +2,7 @@
 #pragma once
 
 #include "exchange/exchangereflections.h"
+#include "exchange/highestcount.h"
 
 #include <QByteArray>
 #include <QRect>
@@ -14,8 +15,9 @@ namespace tessera {
 struct DialsOptions {
     QString strTemplate;  ///< path of the frames, "#" for each digit
     std::vector<QRect> listUntrusted;
-    double dfSpotSigma = 0;     ///< pixels; 0: not known
-    double dfRockingSigma = 0;  ///< degrees about the axis; 0: not known
+    int nHighest = g_nHighestSmv;  ///< counts, the most that a pixel is trusted with
+    double dfSpotSigma = 0;        ///< pixels; 0: not known
+    double dfRockingSigma = 0;     ///< degrees about the axis; 0: not known
 };
 
 /// NAME.expt: beam, detector, goniometer, scan, crystal, frames and a profile model, as JSON.

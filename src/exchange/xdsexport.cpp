@@ -1,6 +1,7 @@
 #include "exchange/correctiontable.h"
 #include "exchange/exchangeexport.h"
 #include "exchange/exchangewriting.h"
+#include "exchange/highestcount.h"
 #include "exchange/xdsinput.h"
 #include "frames/firstimage.h"
 #include "records/runends.h"
@@ -90,6 +91,7 @@ std::optional<XdsOptions> xdsOptions(const ExchangeSource& source, const Exchang
         return std::nullopt;
     }
     options.nMinimumValid = *least;
+    options.nOverload = highestCount(trustedRangeOf(source.pData->m_listFrameFile), options.nOverload);
     if (options.strTemplate.contains(QLatin1Char(' '))) {
         report.addMessage(
             QStringLiteral("Warning: XDS reads no names with blanks, as in %1.").arg(options.strTemplate),
