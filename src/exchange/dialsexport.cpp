@@ -13,7 +13,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
     if (!source.bCell || listSpot.empty()) {
         return refuseRun(report, QStringLiteral("No peaks are indexed, and DIALS is to get indexed ones."));
     }
-    const ExchangeFrames frames = chooseExchangeFrames(source);
+    const ExchangeFrames frames = chooseExchangeFrames(source, FrameGaps::Filled);
     const std::optional<ExchangeGeometry> geometry = toldGeometry(source, frames, report);
     if (!geometry) {
         return failedAsSaid(report);

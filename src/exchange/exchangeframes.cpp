@@ -8,6 +8,7 @@
 #include "frames/wholepixels.h"
 #include "imagefiles/frameformats.h"
 #include "imagefiles/framename.h"
+#include "imagefiles/smvfile.h"
 #include "integration/pixelmask.h"
 #include "records/runends.h"
 
@@ -23,18 +24,84 @@ namespace tessera {
 namespace {
 
 /// Pixels, the greatest distance of a frame's beam from the middle of all.
-double beamRange(const SeriesGeometry& series)
+double beamRange(const std::vector<FramePlace>& listBeam)
 {
     FramePlace middle;
-    for (const FramePlace& beam : series.listBeam) {
-        middle.dfX += beam.dfX / double(series.listBeam.size());
-        middle.dfY += beam.dfY / double(series.listBeam.size());
+    for (const FramePlace& beam : listBeam) {
+        middle.dfX += beam.dfX / double(listBeam.size());
+        middle.dfY += beam.dfY / double(listBeam.size());
     }
     double dfWorst = 0;
-    for (const FramePlace& beam : series.listBeam) {
+    for (const FramePlace& beam : listBeam) {
         dfWorst = std::max(dfWorst, std::hypot(beam.dfX - middle.dfX, beam.dfY - middle.dfY));
     }
     return dfWorst;
+}
+
+/// Whole pixels that exportSMVImages() moves each frame by.
+std::vector<FramePlace> movesOf(const DataSet& dataSet)
+{
+    std::vector<FramePlace> listMoved;
+    for (const QPointF& ptShift : dataSet.m_listShift) {
+        listMoved.push_back({-double(wholePixels(ptShift.x())), -double(wholePixels(ptShift.y()))});
+    }
+    return listMoved;
+}
+
+/// Whether moved copies would be no better than the frames as they are. A refined beam may wander where the
+/// shifts, by which the frames would be moved, do not.
+bool isStillEnough(const std::vector<FramePlace>& listBeam, const std::vector<FramePlace>& listMoved)
+{
+    const double dfStill = 1;  // pixels
+    std::vector<FramePlace> listAfter = listBeam;
+    for (size_t n = 0; n < std::min(listAfter.size(), listMoved.size()); ++n) {
+        listAfter[n].dfX += listMoved[n].dfX;
+        listAfter[n].dfY += listMoved[n].dfY;
+    }
+    const double dfRange = beamRange(listBeam);
+    return dfRange <= dfStill || dfRange <= beamRange(listAfter);
+}
+
+/// All pixels cut off, so that no program takes them for measured.
+bool writeBlank(const QSize& size, const QString& strFile, QString& strReason)
+{
+    CImgObj<float> image;
+    if (!image.Create(size.width(), size.height())) {
+        strReason = QStringLiteral("%1: no memory for an image.").arg(strFile);
+        return false;
+    }
+    std::fill(image.Data(), image.Data() + qint64(image.Width()) * image.Height(), 65535.f);
+    QString strHeader = smvHeaderTemplate();
+    replaceSmvItem(strHeader, QStringLiteral("SIZE1"), image.Width(), 0);
+    replaceSmvItem(strHeader, QStringLiteral("SIZE2"), image.Height(), 0);
+    replaceSmvItem(strHeader, QStringLiteral("PIXEL_SIZE"), SMV_PIXEL_SIZE, 6);
+    return writeSmvImage(strHeader, image, strFile, &strReason);
+}
+
+RunOutcome writeBlanks(const ExchangeSource& source, const ExchangeFrames& frames, CRunReport& report)
+{
+    const QStringList listFile = frames.blankFiles();
+    if (overwritesFrames(listFile, source.pData->m_listFrameFile, report)) {
+        return {RunEnd::Refused, report.reason()};
+    }
+    for (const QString& strFile : listFile) {
+        QString strReason;
+        if (!report.goOn()) {
+            return {RunEnd::Stopped, {}};
+        }
+        if (!writeBlank(source.series.sizeFrame, strFile, strReason)) {
+            return failRun(report, strReason);
+        }
+    }
+    if (!listFile.isEmpty()) {
+        report.addMessage(
+            QStringLiteral("Gaps in the numbers are filled by blank images, all of whose pixels "
+                           "count as cut off: %L1, the first of them %2.")
+                .arg(listFile.size())
+                .arg(QFileInfo(listFile.first()).fileName()),
+            Severity::Milestone);
+    }
+    return {};
 }
 
 bool areSmv(const QStringList& listFrame)
@@ -76,6 +143,19 @@ QStringList ExchangeFrames::files() const
     return list;
 }
 
+QStringList ExchangeFrames::blankFiles() const
+{
+    QStringList list;
+    if (bBlanks) {
+        for (const auto& [nFrom, nTo] : numbering.missing()) {
+            for (int n = nFrom; n <= nTo; ++n) {
+                list.append(strFolder + QLatin1Char('/') + numbering.nameOf(n));
+            }
+        }
+    }
+    return list;
+}
+
 QString plainName(const DataSet& dataSet)
 {
     QString strName = dataSet.m_strProjectName;
@@ -89,29 +169,34 @@ QString plainName(const DataSet& dataSet)
     return strName.isEmpty() ? QStringLiteral("series") : strName;
 }
 
-ExchangeFrames chooseExchangeFrames(const ExchangeSource& source)
+ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps)
 {
     const DataSet& dataSet = *source.pData;
     const QStringList& listFrame = dataSet.m_listFrameFile;
     const std::vector<double> listAngle = anglesOf(source.series);
-    const double dfStill = 1;  // pixels
+    const auto countsAll = [&](const QStringList& listFile) {
+        std::optional<FrameNumbering> numbering = countingTurns(namesOf(listFile), listAngle);
+        if (numbering && gaps == FrameGaps::Filled && !numbering->missing().empty()) {
+            numbering.reset();
+        }
+        return numbering;
+    };
     ExchangeFrames frames;
-    if (beamRange(source.series) <= dfStill && areSmv(listFrame)) {
-        if (const auto numbering = countingTurns(namesOf(listFrame), listAngle)) {
+    const std::vector<FramePlace> listMoved = movesOf(dataSet);
+    if (isStillEnough(source.series.listBeam, listMoved) && areSmv(listFrame)) {
+        if (const auto numbering = countsAll(listFrame)) {
             frames.strFolder = QFileInfo(listFrame.first()).absolutePath();
             frames.numbering = *numbering;
             frames.bOriginal = true;
             return frames;
         }
     }
-    for (const QPointF& ptShift : dataSet.m_listShift) {
-        frames.listMoved.push_back({-double(wholePixels(ptShift.x())), -double(wholePixels(ptShift.y()))});
-    }
+    frames.listMoved = listMoved;
     QStringList listTarget;
     for (const QString& strFrame : listFrame) {
         listTarget.append(smvImageFile(source.strFolder, strFrame));
     }
-    const auto numbering = countingTurns(namesOf(listTarget), listAngle);
+    const auto numbering = countsAll(listTarget);
     if (numbering && frameAmongTargets(listTarget, listFrame).isEmpty()) {
         frames.strFolder = source.strFolder;
         frames.numbering = *numbering;
@@ -119,6 +204,7 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source)
         frames.strFolder = source.strFolder + QLatin1Char('/') + plainName(dataSet) + QStringLiteral("_smv");
         frames.numbering = numberingOfAngles(listAngle);
         frames.numbering.strSuffix = QStringLiteral(".img");
+        frames.bBlanks = gaps == FrameGaps::Filled;
     }
     return frames;
 }
@@ -137,9 +223,10 @@ RunOutcome writeExchangeFrames(const ExchangeSource& source, const ExchangeFrame
     for (int n = 0; n < listTarget.size(); ++n) {
         mapTarget.insert(source.pData->m_listFrameFile[n], listTarget[n]);
     }
-    return exportSMVImages(
+    const RunOutcome written = exportSMVImages(
         *source.pData, frames.strFolder, [&](const QString& strFrame) { return mapTarget.value(strFrame); },
         report);
+    return written.finished() ? writeBlanks(source, frames, report) : written;
 }
 
 std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames, CRunReport& report)

@@ -19,21 +19,33 @@ struct ExchangeFrames {
     FrameNumbering numbering;
     bool bOriginal = false;             ///< the frames of the series themselves
     std::vector<FramePlace> listMoved;  ///< whole pixels that each is moved by; empty: none is
+    bool bBlanks = false;               ///< numbers without a frame get an image all the same
 
-    /// Paths of all of them.
+    /// Paths of all of them, without the blanks.
     QStringList files() const;
+    /// Paths of the blanks.
+    QStringList blankFiles() const;
+};
+
+/// What a program does about a number between the first and the last that no frame has.
+enum class FrameGaps {
+    Told,   ///< it can be told of them
+    Filled  ///< it reads a file for each number
 };
 
 /// Which frames other programs are to read:
 ///
 /// - those of the series where they are SMV themselves, their names count the turns, and the beam stands
-///   still to a pixel, so that moving it by whole pixels would gain nothing;
+///   still to a pixel, or at least as still as it would after the moves by whole pixels;
 /// - else SMV images beside the project under the names that exportSMVImages() gives, where these count the
 ///   turns and none is a frame of the series;
 /// - else SMV images in the folder NAME_smv, numbered by the angle of each frame.
-ExchangeFrames chooseExchangeFrames(const ExchangeSource& source);
+///
+/// Blanks for gaps that are to be filled go to that folder alone, where nobody else's files lie.
+ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps = FrameGaps::Told);
 
-/// Writes them, where they are not the series' own.
+/// Writes them, where they are not the series' own. Each pixel of a blank has 65535 counts, the value of what
+/// was cut off, which no program trusts.
 RunOutcome writeExchangeFrames(const ExchangeSource& source, const ExchangeFrames& frames,
                                CRunReport& report);
 

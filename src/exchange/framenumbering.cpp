@@ -52,9 +52,9 @@ std::pair<int, int> placeOfNumber(const QStringList& listName)
 
 }  // namespace
 
-QString FrameNumbering::name(size_t n) const
+QString FrameNumbering::nameOf(int nNumber) const
 {
-    return strPrefix + QStringLiteral("%1").arg(listNumber[n], nDigits, 10, QLatin1Char('0')) + strSuffix;
+    return strPrefix + QStringLiteral("%1").arg(nNumber, nDigits, 10, QLatin1Char('0')) + strSuffix;
 }
 
 QString FrameNumbering::pattern(QChar chDigit) const

@@ -20,7 +20,9 @@ struct FrameNumbering {
     int first() const { return listNumber.empty() ? 1 : listNumber.front(); }
     int last() const { return listNumber.empty() ? 0 : listNumber.back(); }
     /// Name of the n-th frame, from 0.
-    QString name(size_t n) const;
+    QString name(size_t n) const { return nameOf(listNumber[n]); }
+    /// Name with that number.
+    QString nameOf(int nNumber) const;
     /// The name with a character in the place of each digit: "f_????.img".
     QString pattern(QChar chDigit) const;
     /// Numbers between the first and the last that no frame has, as ranges.

@@ -129,6 +129,9 @@ TEST(Exchange, WhichFramesOthersRead)
     const ExchangeFrames still = choose("s%1.img", 0.2);
     EXPECT_TRUE(still.bOriginal && still.listMoved.empty());
     EXPECT_EQ(still.numbering.pattern('?'), "s?.img");
+    // A refined beam may wander where the shifts do not: copies moved by nothing would be no better.
+    source.series.listBeam[3].dfX += 3;
+    EXPECT_TRUE(chooseExchangeFrames(source).bOriginal);
     // With a drift they would be their own targets, so that others are written elsewhere.
     const ExchangeFrames drifting = choose("s%1.img", 1.5);
     EXPECT_FALSE(drifting.bOriginal);
@@ -357,6 +360,25 @@ TEST(Exchange, OrientationsOfZoneAxes)
     EXPECT_NEAR(std::hypot(sum[0], sum[1]), 0, 1e-9);
     EXPECT_GT(sum[2], 0);
     EXPECT_EQ(std::max({std::abs(zone.aZone[0]), std::abs(zone.aZone[1]), std::abs(zone.aZone[2])}), 1);
+}
+
+TEST(Exchange, ZoneAxesTellHowTheCrystalTurned)
+{
+    IntegrationResult result;
+    result.series = crookedSeries(0.7);
+    result.chosen.symmetry.anTransform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    for (const auto& [rotation, pszText] : {std::pair<RotationMode, const char*>{{}, "continuous rotation"},
+                                            {{RotationKind::Stepped, 0}, "static"},
+                                            {{RotationKind::Precession, 0.9}, "precession"}}) {
+        result.series.rotation = rotation;
+        const QByteArray bytes = zoneAxisCif(result, {});
+        EXPECT_TRUE(bytes.contains(QByteArray("geometry: ") + pszText + '\n')) << pszText;
+    }
+    result.series.rotation = {};
+    result.series.listTilt.resize(1);
+    result.series.listBeam.resize(1);
+    const QByteArray bytes = zoneAxisCif(result, {});
+    EXPECT_FALSE(bytes.contains("nan") || bytes.contains("inf")) << bytes.constData();
 }
 
 TEST(Exchange, VirtualFramesHoldWholePassages)

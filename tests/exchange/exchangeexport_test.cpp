@@ -1,9 +1,12 @@
 // The exports as a whole: which files there are, of which kind, and what is refused.
 #include "exchange/exchangeexport.h"
 #include "exchange/correctiontable.h"
+#include "exchange/dialsfiles.h"
+#include "exchange/exchangeframes.h"
 #include "exchange/messagepack.h"
 #include "exchange/petsinput.h"
 #include "imagefiles/mrcwriter.h"
+#include "imagefiles/smvfile.h"
 #include "records/sealedfile.h"
 #include "tests/recordingreport.h"
 
@@ -93,6 +96,55 @@ TEST_F(ExchangeExport, XdsOfASeriesWithAGap)
 
     m_data.m_listShift.removeLast();
     EXPECT_FALSE(exchangeSource(m_data, {}, nullptr, nullptr));
+}
+
+TEST_F(ExchangeExport, GapsAreFilledForProgramsThatReadAFileForEachNumber)
+{
+    CRecordingReport report;
+    const ExchangeSource whole = source();
+    const ExchangeFrames frames = chooseExchangeFrames(whole, FrameGaps::Filled);
+    ASSERT_TRUE(writeExchangeFrames(whole, frames, report).finished()) << report.log().toStdString();
+    EXPECT_EQ(made(), (QStringList{"f_smv/00001.img", "f_smv/00002.img", "f_smv/00003.img", "f_smv/00004.img",
+                                   "f_smv/00005.img"}));
+    const QByteArray bytes = read("f_smv/00004.img");
+    EXPECT_TRUE(bytes.contains("SIZE1=40;") && bytes.contains("SIZE2=36;"));
+    EXPECT_EQ(bytes.mid(512), QByteArray(2 * 40 * 36, '\xff'));
+    EXPECT_TRUE(report.said("cut off: 1, the first of them 00004.img"));
+    // Names that count the turns would do for a program that can be told of the gap.
+    m_data.m_listFrameFile[3] = m_dir.filePath("f_5.mrc");
+    EXPECT_EQ(chooseExchangeFrames(source()).files().last(), m_dir.filePath("f_5.img"));
+    EXPECT_EQ(chooseExchangeFrames(source(), FrameGaps::Filled).files().last(),
+              m_dir.filePath("f_smv/00005.img"));
+}
+
+TEST_F(ExchangeExport, SaturationOfTheFramesIsHandedOn)
+{
+    CImgObj<float> image;
+    ASSERT_TRUE(image.Create(40, 36));
+    std::fill(image.Data(), image.Data() + 40 * 36, 7.f);
+    for (int n = 0; n < 4; ++n) {
+        QString strHeader = smvHeaderTemplate();
+        strHeader.replace("TYPE=", "CCD_IMAGE_SATURATION=1000;\nTYPE=");
+        replaceSmvItem(strHeader, "SIZE1", 40, 0);
+        replaceSmvItem(strHeader, "SIZE2", 36, 0);
+        m_data.m_listFrameFile[n] = m_dir.filePath(QStringLiteral("s_%1.img").arg(n + 1));
+        ASSERT_TRUE(writeSmvImage(strHeader, image, m_data.m_listFrameFile[n]));
+    }
+    CRecordingReport report;
+    QStringList listWritten;
+    ExchangeSource told = source();
+    told.pWritten = &listWritten;
+    ASSERT_TRUE(exportForXds(told, report).finished()) << report.log().toStdString();
+    EXPECT_TRUE(read("XDS.INP").contains("OVERLOAD= 999\n")) << read("XDS.INP").constData();
+    EXPECT_EQ(listWritten, QStringList{m_dir.filePath("XDS.INP")});
+
+    ExchangeGeometry geometry;
+    geometry.dfDistance = 1;
+    DialsOptions options;
+    EXPECT_TRUE(dialsExperiment(geometry, options).simplified().contains("-1, 65534"));
+    options.nHighest = highestCount({1000, "x"}, options.nHighest);
+    EXPECT_TRUE(dialsExperiment(geometry, options).simplified().contains("-1, 999"));
+    EXPECT_EQ(highestCount({1e6, "x"}, 65000), 65534);
 }
 
 TEST_F(ExchangeExport, WhatCannotBeDoneIsRefusedAndLeavesNothing)
