@@ -32,9 +32,11 @@ QString textOf(const QByteArray& bytesText)
     return str.contains(QChar::ReplacementCharacter) ? QString::fromLatin1(bytesText) : str;
 }
 
+/// A log with a line for each frame may contradict itself thousands of times: nobody reads more than a few.
 void addDoubt(SideTexts& texts, const QString& strDoubt)
 {
-    if (!texts.listDoubt.contains(strDoubt)) {
+    constexpr int MOST_DOUBTS = 50;
+    if (texts.listDoubt.size() < MOST_DOUBTS && !texts.listDoubt.contains(strDoubt)) {
         texts.listDoubt.append(strDoubt);
     }
 }
