@@ -1,5 +1,4 @@
 // A folder of frames without a project: their headers tell all, or the driver says what is missing.
-#include "dataset/calibration.h"
 #include "tests/batch/batchprogram.h"
 #include "tests/smvbytes.h"
 
@@ -81,35 +80,6 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
     const QByteArray bytesOther = readBytes(path("f_frames.ed3d"));
     EXPECT_TRUE(bytesOther.contains("ROTATIONAXIS 12\nCCDPIXELSIZE 0.009\n"))
         << "options count before headers";
-}
-
-TEST_F(FrameFolder, CalibrationGivesOnlyWhatFramesLack)
-{
-    Calibration calibration;
-    calibration.strSeries = "other";
-    calibration.dfWavelength = 0.0197;
-    calibration.dfSeriesPixelSize = 0.004;
-    calibration.dfPixelSize = 0.0041;
-    calibration.dfRotationAxis = -38.5;
-    const QString strFile = m_dir.filePath("m.calib.json");
-    const auto madeWith = [&](QString& strText) {
-        EXPECT_TRUE(writeCalibration(strFile, calibration));
-        const BatchOutcome outcome = runBatch({path(""), "--calibration", strFile, "--to", "shifts"});
-        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-        strText = outcome.strText;
-        return readBytes(path("f.ed3d"));
-    };
-    QString strText;
-    QByteArray bytesMade = madeWith(strText);
-    EXPECT_TRUE(bytesMade.contains("WAVELENGTH 0.02508\n")) << bytesMade.left(300).toStdString();
-    EXPECT_TRUE(bytesMade.contains("CCDPIXELSIZE 0.008\n")) << bytesMade.left(300).toStdString();
-    EXPECT_TRUE(strText.contains("a wavelength of 0.0197") && strText.contains("a pixel size of 0.004"))
-        << strText.toStdString();
-    calibration.dfSeriesPixelSize = 0.00801;  // of the same camera length, which a known cell made better
-    calibration.dfPixelSize = 0.0079;
-    bytesMade = madeWith(strText);
-    EXPECT_TRUE(bytesMade.contains("CCDPIXELSIZE 0.0079\n")) << bytesMade.left(300).toStdString();
-    EXPECT_TRUE(strText.contains("as the calibration determined it")) << strText.toStdString();
 }
 
 TEST_F(FrameFolder, WhatLacksIsNamedByItsOption)
