@@ -229,7 +229,8 @@ std::shared_ptr<uint8_t> readPiece(const QString& strFileName, const Hdf5Layout&
     }
     const size_t nBytes = size_t(rowsOf(layout, plane) * columnsOf(layout, plane)) * layout.nElementSize;
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nBytes);
-    if (!file.seek(qint64(layout.nOffset + nElement * layout.nElementSize)) ||
+    const uint64_t nBegin = layout.nOffset + nElement * layout.nElementSize;
+    if (!file.seek(qint64(nBegin)) ||
         file.read(reinterpret_cast<char*>(pPlane.get()), qint64(nBytes)) != qint64(nBytes)) {
         strReason = QStringLiteral("pixels cannot be read: %1").arg(file.errorString());
         return nullptr;
