@@ -131,14 +131,18 @@ CHdf5Id openDataSet(hid_t idWhere, const QByteArray& strPath)
 bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external)
 {
     constexpr size_t LONGEST_LINK = 8192;
+    if (strName.contains('/')) {  // a damaged name, which HDF5 takes for a path through other files
+        return false;
+    }
+    const CHdf5Id idAccess = noExternalLinks();
     H5L_info_t info;
-    if (H5Lget_info(idGroup, strName.constData(), &info, H5P_DEFAULT) < 0 || info.type != H5L_TYPE_EXTERNAL ||
+    if (H5Lget_info(idGroup, strName.constData(), &info, idAccess) < 0 || info.type != H5L_TYPE_EXTERNAL ||
         info.u.val_size < 1 || info.u.val_size > LONGEST_LINK) {
         return false;
     }
     QByteArray bytes(int(info.u.val_size), 0);
     const char *pszFile = nullptr, *pszPath = nullptr;
-    if (H5Lget_val(idGroup, strName.constData(), bytes.data(), info.u.val_size, H5P_DEFAULT) < 0 ||
+    if (H5Lget_val(idGroup, strName.constData(), bytes.data(), info.u.val_size, idAccess) < 0 ||
         H5Lunpack_elink_val(bytes.constData(), info.u.val_size, nullptr, &pszFile, &pszPath) < 0) {
         return false;
     }

@@ -58,7 +58,9 @@ struct Hdf5External {
     QByteArray strPath;
 };
 
-/// Reads a link that leads to another file. @return false for any other
+/// Reads a link that leads to another file, which is not opened.
+/// @param strName  of a member of the group, no path
+/// @return false for any other link
 bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external);
 
 /// Names of what a group holds, in their order, up to a number of them.
