@@ -3,9 +3,29 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
-#include <algorithm>
+#include <QSet>
 
 namespace tessera {
+
+namespace {
+
+/// The names of a list without folders and case. That of the last list is kept, as a folder's files are asked
+/// for one after the other with the same list; a list that is shared is compared at once.
+const QSet<QString>& namesOf(const QStringList& listName)
+{
+    thread_local QStringList t_listKept;
+    thread_local QSet<QString> t_setKept;
+    if (listName != t_listKept) {
+        t_setKept.clear();
+        for (const QString& strName : listName) {
+            t_setKept.insert(QFileInfo(strName).fileName().toCaseFolded());
+        }
+        t_listKept = listName;
+    }
+    return t_setKept;
+}
+
+}  // namespace
 
 bool isDataOfMaster(const QString& strFileName, const QStringList& listNameInFolder)
 {
@@ -16,15 +36,16 @@ bool isDataOfMaster(const QString& strFileName, const QStringList& listNameInFol
         return false;
     }
     const QString strStem = match.captured(1);
-    QStringList listMaster;
+    const QSet<QString>& setName = namesOf(listNameInFolder);
     for (const char* pszEnd : {"_master", "_vds", ""}) {
         for (const char* pszSuffix : {".h5", ".hdf5", ".nxs"}) {
-            listMaster.append(strStem + QLatin1String(pszEnd) + QLatin1String(pszSuffix));
+            const QString strMaster = strStem + QLatin1String(pszEnd) + QLatin1String(pszSuffix);
+            if (setName.contains(strMaster.toCaseFolded())) {
+                return true;
+            }
         }
     }
-    return std::any_of(listNameInFolder.begin(), listNameInFolder.end(), [&](const QString& strOther) {
-        return listMaster.contains(QFileInfo(strOther).fileName(), Qt::CaseInsensitive);
-    });
+    return false;
 }
 
 }  // namespace tessera
