@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace tessera {
 
 namespace {
 
-constexpr uint64_t MOST_ANGLES = 1 << 22;
+constexpr uint64_t MOST_ANGLES = 1 << 22;  ///< that are held at the same time
 
 /// One step of a chain of transformations.
 struct Step {
@@ -59,45 +60,74 @@ QByteArray pathFrom(const QByteArray& strPath, const QByteArray& strTo)
     return strTo.startsWith('/') ? strTo : strPath.left(strPath.lastIndexOf('/') + 1) + strTo;
 }
 
-Step stepAt(hid_t idFile, const QString& strFile, const QByteArray& strPath)
-{
-    Step step;
-    step.strPath = strPath;
-    const CHdf5Id idSet = openDataSet(idFile, strPath);
-    if (!idSet.isOpen()) {
-        return step;
+/// The steps that a file's transformations are made of. Each data set is taken once, whatever paths and links
+/// lead to it: a chain may come back to itself by a path that grows each time.
+class CSteps {
+public:
+    CSteps(hid_t idFile, const QString& strFile) : m_idFile(idFile), m_strFile(strFile) {}
+
+    /// @return false when the data set was taken before, or when there are too many steps
+    bool add(const QByteArray& strPath)
+    {
+        constexpr size_t MOST_STEPS = 32;
+        constexpr int LONGEST_PATH = 4096;
+        const CHdf5Id idSet = strPath.size() <= LONGEST_PATH ? openDataSet(m_idFile, strPath) : CHdf5Id();
+        H5O_info_t info;
+        if (m_vecStep.size() >= MOST_STEPS ||
+            (idSet.isOpen() &&
+             (H5Oget_info2(idSet, &info, H5O_INFO_BASIC) < 0 || !m_setTaken.insert(info.addr).second))) {
+            return false;
+        }
+        Step step;
+        step.strPath = strPath;
+        if (idSet.isOpen()) {
+            read(idSet, step);
+        }
+        m_vecStep.push_back(std::move(step));
+        return true;
     }
-    const std::vector<double> vecVector = numberAttribute(idSet, "vector");
-    if (vecVector.size() == 3) {
-        step.vector = unit({vecVector[0], vecVector[1], vecVector[2]});
+
+    std::vector<Step>& steps() { return m_vecStep; }
+
+private:
+    void read(hid_t idSet, Step& step)
+    {
+        const std::vector<double> vecVector = numberAttribute(idSet, "vector");
+        if (vecVector.size() == 3) {
+            step.vector = unit({vecVector[0], vecVector[1], vecVector[2]});
+        }
+        step.bRotation = textAttribute(idSet, "transformation_type") == QLatin1String("rotation");
+        step.strNext = pathFrom(step.strPath, textAttribute(idSet, "depends_on").toUtf8());
+        // an axis that stands still has one angle, which there is always room for
+        const uint64_t nRoom = m_nAngles < MOST_ANGLES ? MOST_ANGLES - m_nAngles : 1;
+        step.vecAngle = numbersIn(m_idFile, step.strPath, m_strFile, nRoom);
+        m_nAngles += step.vecAngle.size();
+        const double dfUnit = unitFactor(textAttribute(idSet, "units"));
+        for (double& df : step.vecAngle) {
+            df *= dfUnit;
+        }
+        const bool bFinite = std::all_of(step.vecAngle.begin(), step.vecAngle.end(),
+                                         [](double df) { return std::isfinite(df); });
+        if (!bFinite) {
+            step.vecAngle.clear();
+        }
     }
-    step.bRotation = textAttribute(idSet, "transformation_type") == QLatin1String("rotation");
-    step.strNext = pathFrom(strPath, textAttribute(idSet, "depends_on").toUtf8());
-    step.vecAngle = numbersIn(idFile, strPath, strFile, MOST_ANGLES);
-    const double dfUnit = unitFactor(textAttribute(idSet, "units"));
-    for (double& df : step.vecAngle) {
-        df *= dfUnit;
-    }
-    const bool bFinite = std::all_of(step.vecAngle.begin(), step.vecAngle.end(),
-                                     [](double df) { return std::isfinite(df); });
-    if (!bFinite) {
-        step.vecAngle.clear();
-    }
-    return step;
-}
+
+    hid_t m_idFile;
+    const QString& m_strFile;
+    std::vector<Step> m_vecStep;
+    std::set<haddr_t> m_setTaken;
+    uint64_t m_nAngles = 0;
+};
 
 /// The steps up to the end of a chain, or to where it leads back into itself.
 std::vector<Step> chainFrom(hid_t idFile, const QString& strFile, QByteArray strPath)
 {
-    constexpr size_t LONGEST = 32;
-    std::vector<Step> vecStep;
-    const auto isKnown = [&](const Step& step) { return step.strPath == strPath; };
-    while (!strPath.isEmpty() && vecStep.size() < LONGEST &&
-           std::none_of(vecStep.begin(), vecStep.end(), isKnown)) {
-        vecStep.push_back(stepAt(idFile, strFile, strPath));
-        strPath = vecStep.back().strNext;
+    CSteps steps(idFile, strFile);
+    while (!strPath.isEmpty() && steps.add(strPath)) {
+        strPath = steps.steps().back().strNext;
     }
-    return vecStep;
+    return std::move(steps.steps());
 }
 
 /// A direction as it is in the laboratory: turned by all steps that it depends on.
@@ -145,23 +175,33 @@ std::vector<Step> sampleSteps(hid_t idFile, const QString& strFile, const QByteA
 {
     const QByteArray strFirst = textIn(idFile, strSample + "/depends_on").toUtf8();
     std::vector<Step> vecStep = chainFrom(idFile, strFile, pathFrom(strSample + "/depends_on", strFirst));
-    const bool bChain = !vecStep.empty();
+    if (!vecStep.empty()) {
+        return vecStep;
+    }
+    CSteps steps(idFile, strFile);
     for (const char* pszGroup : {"/goniometer/", "/transformations/"}) {
         for (const char* pszName : {"omega", "alpha", "phi", "kappa", "chi"}) {
             const QByteArray strPath = strSample + pszGroup + pszName;
-            if (!bChain && openDataSet(idFile, strPath).isOpen()) {
-                vecStep.push_back(stepAt(idFile, strFile, strPath));
-                vecStep.back().strNext.clear();
+            if (openDataSet(idFile, strPath).isOpen() && steps.add(strPath)) {
+                steps.steps().back().strNext.clear();
             }
         }
     }
-    return vecStep;
+    return std::move(steps.steps());
 }
 
 void takeAngles(const Step& step, const ToldNumber& width, Hdf5Series& series)
 {
     const double dfWidth = width.df;
     const size_t nImages = size_t(series.header.nImages);
+    if (nImages > MOST_ANGLES) {
+        series.header.listDoubt.append(
+            QStringLiteral(
+                "The tilts were not taken, as the file tells of %1 images and no more than %2 get one.")
+                .arg(nImages)
+                .arg(MOST_ANGLES));
+        return;
+    }
     series.strTiltSource = lastName(step.strPath);
     series.strWidthSource = width.strSource;
     series.dfWidth = dfWidth;
