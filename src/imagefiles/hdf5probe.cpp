@@ -2,8 +2,12 @@
 
 #include "imagefiles/hdf5emd.h"
 #include "imagefiles/hdf5finding.h"
+#include "records/availablememory.h"
 
-#include <QtGlobal>
+#include <QFile>
+
+#include <algorithm>
+#include <limits>
 
 #if defined(Q_OS_UNIX)
 #include <fcntl.h>
@@ -13,6 +17,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #endif
 
 namespace tessera {
@@ -21,15 +26,13 @@ namespace tessera {
 
 namespace {
 
-/// What the parent will do, without keeping anything. No CHdf5Lock is taken here: the parent's thread holds
-/// it, which is another one than the child's.
-void readOnce(const QString& strPath)
+constexpr rlim_t MOST_PROCESSOR_TIME = 60;  // s
+constexpr unsigned LONGEST = 600;           // s on the clock, of which a slow disk may take most
+
+/// Reads the first and the last image of a series, as the parent will do.
+void readImages(const Hdf5Series& series)
 {
-    Hdf5Series series;
     QString strReason;
-    if (!findSeries(strPath, series, strReason)) {
-        return;
-    }
     const Hdf5Block& block = series.vecBlock.front();
     if (block.strMissing.isEmpty()) {
         const CHdf5Id idFile = openHdf5(block.strFile, strReason);
@@ -48,52 +51,129 @@ void readOnce(const QString& strPath)
     }
 }
 
-/// The child's life. It must not go through the parent's handlers, nor through what ends a program.
-[[noreturn]] void readAndExit(const QString& strPath)
+/// What the parent will do, without keeping anything. No CHdf5Lock is taken here: the parent's thread holds
+/// it, which is another one than the child's.
+/// @return the reason why there are no images; empty when there are
+QString readOnce(const QString& strPath)
 {
-    constexpr unsigned LONGEST = 60;  // s
-    for (const int nSignal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGALRM}) {
+    Hdf5Series series;
+    QString strReason;
+    try {
+        if (!findSeries(strPath, series, strReason)) {
+            return strReason.isEmpty() ? QStringLiteral("no images") : strReason;
+        }
+    } catch (const std::exception&) {
+        return QStringLiteral("it asks for more memory than there is");
+    }
+    try {
+        readImages(series);
+    } catch (const std::exception&) {  // which the parent meets as well, with this image
+    }
+    return {};
+}
+
+/// The address space that this process may have: what it has, and the memory that is left. HDF5 asks for as
+/// much as a damaged file tells it to, which the system promises and then takes from all others.
+void limitMemory()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    const uint64_t nPages = file.open(QIODevice::ReadOnly) ? file.readLine().split(' ').value(0).toULongLong()
+                                                           : 0;
+    const uint64_t nHeld = nPages * uint64_t(sysconf(_SC_PAGESIZE)), nLeft = availableMemory();
+    constexpr uint64_t MOST = std::numeric_limits<int64_t>::max();
+    if (nHeld > 0 && nHeld < MOST && nLeft < MOST - nHeld) {
+        const rlimit memory = {rlim_t(nHeld + nLeft), rlim_t(nHeld + nLeft)};
+        setrlimit(RLIMIT_AS, &memory);
+    }
+}
+
+/// The child's life. It must not go through the parent's handlers, nor through what ends a program.
+/// @param nAnswer  where it writes '+', or '-' and the reason why there are no images
+[[noreturn]] void readAndExit(const QString& strPath, int nAnswer)
+{
+    for (const int nSignal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGALRM, SIGXCPU}) {
         std::signal(nSignal, SIG_DFL);
     }
-    const rlimit noCore = {0, 0};
+    const rlimit noCore = {0, 0}, processor = {MOST_PROCESSOR_TIME, MOST_PROCESSOR_TIME + 1};
     setrlimit(RLIMIT_CORE, &noCore);
+    setrlimit(RLIMIT_CPU, &processor);
+    limitMemory();
     const int nNull = open("/dev/null", O_WRONLY);
     dup2(nNull, STDERR_FILENO);  // the C library tells there what it aborts for
     alarm(LONGEST);
-    try {
-        readOnce(strPath);
-    } catch (const std::exception&) {  // which the parent meets as well
-    }
-    _exit(0);
+    const QString strReason = readOnce(strPath);
+    const QByteArray bytes = (strReason.isEmpty() ? QByteArray("+") : '-' + strReason.left(1000).toUtf8());
+    _exit(write(nAnswer, bytes.constData(), size_t(bytes.size())) == bytes.size() ? 0 : 1);
+}
+
+/// What the child has written; it has ended, so nothing is waited for. A pipe holds more than an answer.
+QByteArray answerOf(int nAnswer)
+{
+    constexpr int LONGEST_ANSWER = 4096;
+    QByteArray bytes(LONGEST_ANSWER, 0);
+    const ssize_t nRead = read(nAnswer, bytes.data(), size_t(bytes.size()));
+    return bytes.left(int(std::max<ssize_t>(nRead, 0)));
+}
+
+QString notTried()
+{
+    return QStringLiteral("the process that tries an HDF5 file before it is read did not start: %1")
+        .arg(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 }  // namespace
 
-bool survivesReading(const QString& strPath, QString& strReason)
+Hdf5Trial tryReading(const QString& strPath, QString& strReason)
 {
+    int anEnd[2];
+    if (pipe(anEnd) != 0) {
+        strReason = notTried();
+        return Hdf5Trial::NONE;
+    }
+    fcntl(anEnd[0], F_SETFD, FD_CLOEXEC);
+    fcntl(anEnd[1], F_SETFD, FD_CLOEXEC);
+    fcntl(anEnd[0], F_SETFL, O_NONBLOCK);
     const pid_t nChild = fork();
     if (nChild == 0) {
-        readAndExit(strPath);
+        readAndExit(strPath, anEnd[1]);
     }
+    if (nChild < 0) {
+        strReason = notTried();
+    }
+    close(anEnd[1]);
     int nStatus = 0;
     pid_t nEnded = -1;
     do {
         nEnded = nChild > 0 ? waitpid(nChild, &nStatus, 0) : -1;
     } while (nEnded < 0 && nChild > 0 && errno == EINTR);
-    if (nEnded == nChild && nChild > 0 && WIFSIGNALED(nStatus)) {
-        strReason = WTERMSIG(nStatus) == SIGALRM
-                        ? QStringLiteral("HDF5 does not come to an end with this file")
-                        : QStringLiteral("damaged: HDF5 itself fails on this file");
-        return false;
+    const QByteArray bytesAnswer = answerOf(anEnd[0]);
+    close(anEnd[0]);
+    if (nChild < 0) {
+        return Hdf5Trial::NONE;
     }
-    return true;
+    if (bytesAnswer.startsWith('+')) {
+        return Hdf5Trial::GOOD;
+    }
+    if (bytesAnswer.startsWith('-')) {
+        strReason = QString::fromUtf8(bytesAnswer.mid(1));
+        return Hdf5Trial::NONE;
+    }
+    if (nEnded != nChild || !WIFSIGNALED(nStatus) || WTERMSIG(nStatus) == SIGTERM) {
+        strReason = QStringLiteral("the process that tries an HDF5 file before it is read gave no answer");
+        return Hdf5Trial::NONE;
+    }
+    const int nSignal = WTERMSIG(nStatus);
+    strReason = nSignal == SIGALRM || nSignal == SIGXCPU
+                    ? QStringLiteral("HDF5 does not come to an end with this file")
+                    : QStringLiteral("damaged: HDF5 itself fails on this file");
+    return Hdf5Trial::BROKEN;
 }
 
 #else
 
-bool survivesReading(const QString&, QString&)
+Hdf5Trial tryReading(const QString&, QString&)
 {
-    return true;
+    return Hdf5Trial::GOOD;
 }
 
 #endif

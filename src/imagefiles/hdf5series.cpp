@@ -8,33 +8,18 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 
 namespace tessera {
 
 namespace {
 
-Hdf5Stamp stampOf(const QString& strFile)
-{
-    const QFileInfo info(strFile);
-    return {strFile, info.exists() ? info.size() : -1, info.exists() ? info.lastModified() : QDateTime()};
-}
-
-/// A file that was changed just before it was read may have been changed again within the clock's tick.
-bool isCurrent(const Hdf5Series& series)
-{
-    constexpr qint64 SETTLED = 2000;  // ms, the tick of the coarsest file systems
-    return std::all_of(series.vecStamp.begin(), series.vecStamp.end(), [&](const Hdf5Stamp& stamp) {
-        const Hdf5Stamp now = stampOf(stamp.strFile);
-        return now.nSize == stamp.nSize && now.time == stamp.time &&
-               (stamp.nSize < 0 || stamp.time.msecsTo(series.timeRead) > SETTLED);
-    });
-}
+constexpr qint64 MOST_WITHOUT_FILE = 100000;
 
 /// Images of a block whose file is missing; 0 when that cannot be told.
 /// @param nBefore  images before it
 qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBefore, qint64 nTotal)
 {
-    constexpr qint64 MOST = 100000;  // as a number without an image is only the file's word
     qint64 nPresent = 0, nMissing = 0, nOther = 0;
     for (size_t i = 0; i < vecBlock.size(); ++i) {
         const Hdf5Block& block = vecBlock[i];
@@ -54,7 +39,26 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
     if (nCount < 1 && nBlock + 1 < vecBlock.size()) {
         nCount = nOther;
     }
-    return nCount <= MOST ? std::max(nCount, qint64(0)) : 0;
+    return nCount <= MOST_WITHOUT_FILE ? std::max(nCount, qint64(0)) : 0;
+}
+
+/// The most images that a series may have. One that no file holds is only the master's word, which costs it
+/// no byte, whereas each is listed, and has a name and a tilt: of such there may be as many as there are
+/// held, half of a series being lost, and on top what a detector writes in a few scans.
+qint64 mostImages(const std::vector<Hdf5Block>& vecBlock)
+{
+    std::map<std::pair<QString, QByteArray>, qint64> mapHeld;  // as a data set may be mapped more than once
+    for (const Hdf5Block& block : vecBlock) {
+        if (block.strMissing.isEmpty()) {
+            qint64& nHeld = mapHeld[std::make_pair(block.strFile, block.strPath)];
+            nHeld = std::max(nHeld, qint64(block.nFirst) + block.nCount);
+        }
+    }
+    qint64 nMost = MOST_WITHOUT_FILE;
+    for (const auto& held : mapHeld) {
+        nMost += 2 * held.second;
+    }
+    return nMost;
 }
 
 }  // namespace
@@ -104,6 +108,7 @@ Hdf5Plane planeOf(const Hdf5Layout& layout, bool bFramesLast, int nImage)
 
 QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
 {
+    const qint64 nMost = mostImages(vecBlock);
     QString strReason;
     qint64 nBefore = 0;
     for (size_t i = 0; i < vecBlock.size(); ++i) {
@@ -130,6 +135,15 @@ QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
             vecBlock.resize(i);
             return QStringLiteral("%1 images").arg(nBefore);
         }
+        if (nBefore > nMost) {
+            const QString strMissing = strReason.isEmpty() ? QString() : strReason + QStringLiteral("; ");
+            strReason = strMissing + QStringLiteral(
+                                         "it tells of more than %1 images, of which too few are in "
+                                         "its files, so that the last ones are left out")
+                                         .arg(nMost);
+            vecBlock.resize(i);
+            return strReason;
+        }
     }
     return strReason;
 }
@@ -144,6 +158,19 @@ QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QSt
                         .arg(strLinked.left(200));
         return {};
     }
+    // A symbolic link may lead anywhere. Those of a whole series lead to the folder of the real master.
+    const QString strReal = QFileInfo(strPath).canonicalFilePath();  // empty where there is no file
+    const auto isBelow = [&](const QString& strRealFolder) {
+        return !strRealFolder.isEmpty() && strReal.startsWith(strRealFolder.endsWith(QLatin1Char('/'))
+                                                                  ? strRealFolder
+                                                                  : strRealFolder + QLatin1Char('/'));
+    };
+    if (!strReal.isEmpty() && !isBelow(QFileInfo(strFolder).canonicalFilePath()) &&
+        !isBelow(QFileInfo(QFileInfo(strMaster).canonicalFilePath()).absolutePath())) {
+        strReason = QStringLiteral("its link to \"%1\" leads out of its folder and is not followed")
+                        .arg(strLinked.left(200));
+        return {};
+    }
     return strPath;
 }
 
@@ -151,6 +178,7 @@ std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString
 {
     constexpr size_t MOST_KEPT = 4;
     static std::vector<std::shared_ptr<const Hdf5Series>> s_vecKept;  // the one used last comes first
+    static CHdf5Faults s_faults;
     const CHdf5Lock lock;
     const QString strPath = QFileInfo(strFileName).absoluteFilePath();
     const auto it = std::find_if(s_vecKept.begin(), s_vecKept.end(), [&](const auto& pSeries) {
@@ -158,15 +186,25 @@ std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString
     });
     if (it != s_vecKept.end()) {
         std::rotate(s_vecKept.begin(), it, it + 1);
-        if (isCurrent(*s_vecKept.front())) {
+        if (isCurrent(s_vecKept.front()->vecStamp, s_vecKept.front()->timeRead)) {
             return s_vecKept.front();
         }
         s_vecKept.erase(s_vecKept.begin());
     }
+    const QString strFault = s_faults.reason(strPath);
+    if (!strFault.isEmpty()) {
+        strReason = strFault;
+        return nullptr;
+    }
     auto pSeries = std::make_shared<Hdf5Series>();
     pSeries->timeRead = QDateTime::currentDateTimeUtc();
     pSeries->vecStamp.push_back(stampOf(strPath));
-    if (!survivesReading(strPath, strReason) || !findSeries(strPath, *pSeries, strReason)) {
+    const std::vector<Hdf5Stamp> vecStamp = CHdf5Faults::stampsOf(strPath);
+    const Hdf5Trial trial = tryReading(strPath, strReason);
+    if (trial == Hdf5Trial::BROKEN) {
+        s_faults.keep(strPath, pSeries->timeRead, vecStamp, strReason);
+    }
+    if (trial != Hdf5Trial::GOOD || !findSeries(strPath, *pSeries, strReason)) {
         return nullptr;
     }
     for (const Hdf5Block& block : pSeries->vecBlock) {

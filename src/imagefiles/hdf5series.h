@@ -3,8 +3,7 @@
 
 #include "imagefiles/frameheader.h"
 #include "imagefiles/hdf5array.h"
-
-#include <QDateTime>
+#include "imagefiles/hdf5stamp.h"
 
 #include <memory>
 
@@ -19,13 +18,6 @@ struct Hdf5Block {
     int nCount = 0;      ///< images
     int nNumber = 0;     ///< that the data set gives its first image, from 1; 0 when it does not tell
     QString strMissing;  ///< why these images cannot be read; empty if they can
-};
-
-/// A file as it was when it was read.
-struct Hdf5Stamp {
-    QString strFile;
-    qint64 nSize = -1;  ///< -1: there was none
-    QDateTime time;
 };
 
 struct Hdf5Series {
@@ -61,7 +53,8 @@ Hdf5Plane planeOf(const Hdf5Layout& layout, bool bFramesLast, int nImage);
 /// Counts the images of blocks whose file is missing, so that those behind them keep their numbers: by the
 /// number that the next block has, by the total, or by the length of the others.
 /// @param nTotal  that the file tells; 0 when it does not
-/// @return what is missing, in words; where it cannot be counted the series ends
+/// @return what is missing, in words; where it cannot be counted the series ends, and where more images than
+///         files hold, and 100000 besides, would be in no file
 QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal);
 
 /// The path of a file that a master names; empty with the reason unless it lies in the master's folder or
