@@ -5,6 +5,7 @@
 #include "imagefiles/hdf5names.h"
 #include "imagefiles/hdf5nexus.h"
 #include "imagefiles/hdf5series.h"
+#include "imagefiles/hdf5stamp.h"
 #include "tests/imagefiles/hdf5builder.h"
 #include "tests/imagefiles/testfiles.h"
 
@@ -269,6 +270,18 @@ TEST(Hdf5Series, CountsWhatIsMissing)
         }
         EXPECT_EQ(vecCount, row.vecCount);
     }
+    // 300 files of 100000 images, of which one is there: as many are missing as it holds, and 100000
+    std::vector<std::pair<int, int>> vecMany(300, {0, 0});
+    vecMany[0].first = 100000;
+    std::vector<Hdf5Block> vecBlock = blocks(vecMany);
+    EXPECT_TRUE(countMissing(vecBlock, 0).contains("more than 300000 images"));
+    EXPECT_EQ(vecBlock.size(), 3u);
+    // pieces of one data set, as of a virtual one: what it holds counts once
+    vecBlock = blocks({{90000, 0}, {90000, 0}, {120001, 0}});
+    EXPECT_TRUE(countMissing(vecBlock, 0).isEmpty());
+    vecBlock = blocks({{90000, 0}, {90000, 0}, {90000, 0}, {90000, 0}});
+    EXPECT_FALSE(countMissing(vecBlock, 0).isEmpty());
+    EXPECT_EQ(vecBlock.size(), 3u);
     EXPECT_TRUE(isDataOfMaster("a/X_data_000012.h5", {"y.h5", "x_master.h5"}));
     EXPECT_TRUE(isDataOfMaster("x_data_1.h5", {"b/x.nxs"}));
     EXPECT_FALSE(isDataOfMaster("x_data_000001.h5", {"xx_master.h5", "x_data_000001.h5"}));
@@ -291,6 +304,91 @@ TEST_F(Hdf5, BeamAndWidthOfAnEiger)
     EXPECT_EQ(header.beamY.df, 3.5);
     EXPECT_EQ(header.tiltStart.strSource, "omega");
     EXPECT_EQ(header.tiltStep.strSource, "omega_range_average");
+}
+
+TEST_F(Hdf5, FollowsNoLinkOutOfItsFolder)
+{
+    QDir(m_dir.path()).mkdir("in");
+    {
+        CHdf5Builder outside(path("outside.h5")), inside(path("in/x_master.h5"));
+        writeStack(outside, "g/images", 1);
+        outside.link("g/x", "third.h5", "/g");
+        inside.link("entry/data/data_000001", "ext.h5", "/g/images");
+        inside.link("ext", "../outside.h5", "/g");
+    }
+    {
+        const CHdf5Lock lock;
+        const CHdf5Id idFile = openHdf5(path("in/x_master.h5"), m_strReason);
+        Hdf5External external;
+        EXPECT_TRUE(readExternal(idFile, "ext", external));
+        EXPECT_EQ(external.strFile, "../outside.h5");
+        EXPECT_FALSE(readExternal(idFile, "ext/x", external)) << "a name that a damaged group may have";
+    }
+#if defined(Q_OS_UNIX)
+    ASSERT_TRUE(QFile::link(path("outside.h5"), path("in/ext.h5")));
+    EXPECT_FALSE(image(path("in/x_master.h5"), 0));
+    EXPECT_TRUE(m_strReason.contains("leads out of its folder")) << m_strReason.toStdString();
+    // a series that lies elsewhere as a whole
+    QDir(m_dir.path()).mkdir("links");
+    ASSERT_TRUE(QFile::remove(path("in/ext.h5")) && QFile::rename(path("outside.h5"), path("in/ext.h5")));
+    ASSERT_TRUE(QFile::link(path("in/ext.h5"), path("links/ext.h5")));
+    ASSERT_TRUE(QFile::link(path("in/x_master.h5"), path("links/x_master.h5")));
+    EXPECT_TRUE(isImage(image(path("links/x_master.h5"), 0).get(), 0, SIDE, SIDE))
+        << m_strReason.toStdString();
+#endif
+}
+
+TEST_F(Hdf5, KeepsWhatItFoundUntilTheFileChanges)
+{
+    const QString strFile = writeBytes(path("broken.h5"), "abc");
+    const std::vector<Hdf5Stamp> vecStamp = CHdf5Faults::stampsOf(strFile);
+    const QDateTime now = QDateTime::currentDateTimeUtc(), later = now.addSecs(60);
+    CHdf5Faults faults;
+    EXPECT_TRUE(faults.reason(strFile).isEmpty());
+    faults.keep(strFile, later, vecStamp, "crashed");
+    faults.keep(path("other.h5"), later, CHdf5Faults::stampsOf(path("other.h5")), "hung");
+    EXPECT_EQ(faults.reason(strFile), "crashed");
+    EXPECT_EQ(faults.reason(path("other.h5")), "hung");
+    writeBytes(strFile, "abcd");
+    EXPECT_TRUE(faults.reason(strFile).isEmpty());
+    faults.keep(strFile, later, CHdf5Faults::stampsOf(strFile), "again");
+    EXPECT_EQ(faults.reason(strFile), "again");
+
+    const auto isCurrentAt = [&](qint64 nSeconds) {
+        return isCurrent({stampOf(strFile)}, stampOf(strFile).time.addSecs(nSeconds));
+    };
+    EXPECT_TRUE(isCurrentAt(3));
+    EXPECT_FALSE(isCurrentAt(1)) << "it may have changed within the tick";
+    EXPECT_TRUE(isCurrentAt(-3600)) << "the clock of another computer";
+}
+
+TEST_F(Hdf5, TakesAnAxisOnceThatDependsOnItselfByALongerPath)
+{
+    const QString strFile = path("chain.h5");
+    {
+        CHdf5Builder builder(strFile);
+        writeStack(builder, "entry/data/data", 2);
+        for (const char* pszName : {"fast", "slow"}) {
+            const QByteArray strPath = QByteArray("entry/instrument/detector/module/") + pszName +
+                                       "_pixel_direction";
+            builder.number(strPath, 1);
+            builder.numbers(
+                strPath, "vector",
+                pszName[0] == 'f' ? std::vector<double>{-1, 0, 0} : std::vector<double>{0, -1, 0});
+        }
+        builder.text("entry/sample/depends_on", "omega", false);
+        builder.set<double>("entry/sample/omega", H5T_IEEE_F64LE, {2}, {10, 11});
+        builder.attribute("entry/sample/omega", "transformation_type", "rotation");
+        builder.attribute("entry/sample/omega", "depends_on", "tilt");
+        builder.numbers("entry/sample/omega", "vector", {0, 1, 0});
+        builder.number("entry/sample/tilt", 30, "deg");
+        builder.attribute("entry/sample/tilt", "transformation_type", "rotation");
+        builder.attribute("entry/sample/tilt", "depends_on", "./tilt");
+        builder.numbers("entry/sample/tilt", "vector", {0, 0, 1});
+    }
+    const FrameHeader header = readHdf5Header(strFile, 1);
+    EXPECT_EQ(header.tiltStart.df, 11);
+    EXPECT_NEAR(header.rotationAxis.df, 60, 1e-9) << "turned by the tilt once, by 30 degrees from 90";
 }
 
 TEST_F(Hdf5, TellsWhatADetectorOfElectronsKnows)
