@@ -131,6 +131,20 @@ private:
     Eigen::VectorXf m_place;
 };
 
+/// The points that the histogram has room for, a row each; none that is not finite.
+Eigen::MatrixX3f pointsWithin(const LatticePoints& listPoint, double dfReach)
+{
+    Eigen::MatrixX3f points(Eigen::Index(listPoint.size()), 3);
+    Eigen::Index nRows = 0;
+    for (const Eigen::Vector3d& point : listPoint) {
+        if (point.norm() <= dfReach) {  // false for NaN
+            points.row(nRows++) = point.cast<float>().transpose();
+        }
+    }
+    points.conservativeResize(nRows, 3);
+    return points;
+}
+
 }  // namespace
 
 Eigen::Vector3d hemisphereDirection(int nIndex, int nDirections)
@@ -150,10 +164,7 @@ std::vector<Eigen::Vector3d> strongestLengths(const LatticePoints& listPoint, do
         return {};
     }
     const PlanHandle plan = makePlan(histogram.nSize);
-    Eigen::MatrixX3f points(Eigen::Index(listPoint.size()), 3);
-    for (std::size_t n = 0; n < listPoint.size(); ++n) {
-        points.row(Eigen::Index(n)) = listPoint[n].cast<float>().transpose();
-    }
+    const Eigen::MatrixX3f points = pointsWithin(listPoint, dfReach + histogram.dfBin);
     std::vector<StrongVector> vecFound(std::size_t(options.nDirections));
     const auto makeWorker = [&]() -> FnPiece {
         const auto pWorker = std::make_shared<CDirectionWorker>(points, histogram, plan.get());
