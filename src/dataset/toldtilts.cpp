@@ -1,5 +1,7 @@
 #include "dataset/toldtilts.h"
 
+#include "imagefiles/toldtilt.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -52,6 +54,15 @@ QList<double> listOf(const std::vector<FrameHeader>& vecHeader, ToldNumber Frame
     }
     nTold = list.size();
     return list.size() == int(vecHeader.size()) ? list : QList<double>();
+}
+
+/// The name of the first frame that tells neither a start nor a tilt.
+QString firstWithout(const std::vector<FrameHeader>& vecHeader, const QStringList& listName)
+{
+    const auto it = std::find_if(vecHeader.begin(), vecHeader.end(), [](const FrameHeader& header) {
+        return !header.tiltStart.isTold() && !header.tilt.isTold();
+    });
+    return listName.value(int(it - vecHeader.begin()));
 }
 
 QList<double> evenList(int nFrames, double dfFirst, double dfStep)
@@ -167,8 +178,18 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
     }
     const int nMost = std::max(nStarts, nTilts);
     if (!tilts.isTold() && nMost > 0 && nMost < nFrames) {
+        const QString strWithout = firstWithout(vecHeader, listName);
         listDoubt.append(
-            QStringLiteral("Only %1 of %2 frames tell a tilt: none is taken.").arg(nMost).arg(nFrames));
+            QStringLiteral("Only %1 of %2 frames tell a tilt: none is taken.").arg(nMost).arg(nFrames) +
+            (strWithout.isEmpty() ? QString() : QStringLiteral(" The first without is %1.").arg(strWithout)));
+    }
+    const auto isBeyond = [](double df) { return !(std::abs(df) <= MOST_TILT); };
+    const auto itBeyond = std::find_if(tilts.list.cbegin(), tilts.list.cend(), isBeyond);
+    if (itBeyond != tilts.list.cend()) {
+        listDoubt.append(QStringLiteral("The tilt of %1 would be %2, beyond %3: none is taken.")
+                             .arg(listName.value(int(itBeyond - tilts.list.cbegin())), degrees(*itBeyond),
+                                  degrees(MOST_TILT)));
+        return {};
     }
     doubtTilts(tilts.list, listName, listDoubt);
     return tilts;

@@ -1,5 +1,6 @@
 #include "imagefiles/minicbfheader.h"
 
+#include "imagefiles/toldtilt.h"
 #include "imagefiles/toldwavelength.h"
 
 #include <QList>
@@ -101,7 +102,8 @@ void tellTilt(const MiniCbfLines& lines, FrameHeader& header)
             break;
         }
     }
-    const double dfStart = lines[pszStart].number(0), dfStep = lines[pszStep].number(0);
+    const double dfStart = tiltWithin(lines[pszStart].number(0), MOST_TILT, pszStart, header);
+    const double dfStep = tiltWithin(lines[pszStep].number(0), MOST_TILT_STEP, pszStep, header);
     const bool bTurned = std::isfinite(dfStep) && dfStep != 0;
     if (std::isfinite(dfStart)) {
         (bTurned ? header.tiltStart : header.tilt) = {dfStart, QLatin1String(pszStart)};

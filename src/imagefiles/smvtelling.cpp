@@ -1,5 +1,6 @@
 #include "imagefiles/smvtelling.h"
 
+#include "imagefiles/toldtilt.h"
 #include "imagefiles/toldwavelength.h"
 
 #include <algorithm>
@@ -36,7 +37,8 @@ void tellDetectorPixel(const SmvHeader& smv, FrameHeader& header)
 
 void tellTilt(const SmvHeader& smv, FrameHeader& header)
 {
-    const double dfOscStart = smv.number("OSC_START"), dfPhi = smv.number("PHI");
+    const double dfOscStart = tiltWithin(smv.number("OSC_START"), MOST_TILT, "OSC_START", header);
+    const double dfPhi = tiltWithin(smv.number("PHI"), MOST_TILT, "PHI", header);
     const bool bOscStart = std::isfinite(dfOscStart);
     const ToldNumber start = bOscStart              ? told(dfOscStart, "OSC_START")
                              : std::isfinite(dfPhi) ? told(dfPhi, "PHI")
@@ -45,7 +47,7 @@ void tellTilt(const SmvHeader& smv, FrameHeader& header)
         header.listDoubt.append(
             QStringLiteral("OSC_START %1 was taken, but PHI is %2").arg(dfOscStart).arg(dfPhi));
     }
-    const double dfRange = smv.number("OSC_RANGE");
+    const double dfRange = tiltWithin(smv.number("OSC_RANGE"), MOST_TILT_STEP, "OSC_RANGE", header);
     if (std::isfinite(dfRange) && dfRange != 0) {
         header.tiltStart = start;
         header.tiltStep = told(dfRange, "OSC_RANGE");
