@@ -149,6 +149,7 @@ std::optional<TiffDirectory> CTiffBytes::directory(uint64_t nPlace)
     }
     TiffDirectory directory;
     directory.nPlace = nPlace;
+    directory.nBytes = nSize;
     directory.nNext = number(bytes.constData() + nSize - nWord, int(nWord));
     directory.vecEntry.reserve(nEntries);
     for (uint64_t i = 0; i < nEntries; ++i) {

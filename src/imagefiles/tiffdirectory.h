@@ -59,6 +59,7 @@ struct TiffEntry {
 struct TiffDirectory {
     uint64_t nPlace = 0;  ///< of the directory in the file
     uint64_t nNext = 0;   ///< place of the next one, 0 after the last
+    uint64_t nBytes = 0;  ///< of the directory itself
     std::vector<TiffEntry> vecEntry;
 
     const TiffEntry* find(TiffTag tag) const;  ///< null when it is not there

@@ -41,6 +41,12 @@ bool isInOnePiece(const TiffLayout& layout)
     return layout.bPlain && !layout.bTiled && !layout.bSeparate && layout.pixels != TiffPixels::Picture;
 }
 
+/// The directory of a page; one without tags where the file has changed meanwhile.
+TiffDirectory pageOf(CTiffBytes& tiff, const TiffSeries& series, uint64_t nPage)
+{
+    return tiff.directory(series.vecPage[nPage]).value_or(TiffDirectory());
+}
+
 Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
 {
     Images images;
@@ -48,7 +54,7 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
     images.nImages = images.series.images();
     QString strReason;
     if (images.series.nInOne > 1) {
-        images.firstLayout = tiffLayout(tiff, images.series.vecPage[0], strReason);
+        images.firstLayout = tiffLayout(tiff, pageOf(tiff, images.series, 0), strReason);
         if (!images.firstLayout) {
             images.nImages = 1;  // the reading tells why
         } else if (!isInOnePiece(*images.firstLayout)) {
@@ -93,7 +99,7 @@ std::optional<TiffLayout> layoutOf(CTiffBytes& tiff, const Images& images, uint6
                                    QString& strReason)
 {
     return images.firstLayout ? inStack(*images.firstLayout, nImage)
-                              : tiffLayout(tiff, images.series.vecPage[nImage], strReason);
+                              : tiffLayout(tiff, pageOf(tiff, images.series, nImage), strReason);
 }
 
 }  // namespace
@@ -132,7 +138,7 @@ bool readTiffFrames(const QString& strFileName, int nFirst, int nMaxImages, Imag
                                : QStringLiteral("image %1: %2").arg(QString::number(i + 1), strWrong);
             break;
         }
-        const TiffDirectory& page = images.series.vecPage[images.firstLayout ? 0 : i];
+        const TiffDirectory page = pageOf(tiff, images.series, images.firstLayout ? 0 : i);
         dropGaps(*layout, tiff.text(page, TiffTag::ImageDescription), *pImage);
         vecRead.push_back(std::move(pImage));
     }
@@ -174,7 +180,7 @@ FrameHeader readTiffHeader(const QString& strFileName, int nImage)
         }
     }
     const size_t nPage = images.firstLayout ? 0 : size_t(nImage);
-    tellTiffTags(tiff, images.series.vecPage[nPage], header);
+    tellTiffTags(tiff, pageOf(tiff, images.series, nPage), header);
     return header;
 }
 

@@ -46,19 +46,25 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
     TiffSeries series;
     std::unordered_set<uint64_t> setSeen;
     std::pair<uint64_t, uint64_t> sizeFirst;
-    for (uint64_t nPlace = tiff.firstDirectory(); nPlace != 0 && series.vecPage.size() < nMost;) {
+    uint64_t nPlace = tiff.firstDirectory(), nBytes = 0;
+    while (nPlace != 0 && series.vecPage.size() < nMost) {
         const uint64_t nPage = setSeen.size() + 1;
         if (!setSeen.insert(nPlace).second) {
             series.strEnd = QStringLiteral("page %1 leads back to an earlier one").arg(nPage - 1);
             break;
         }
-        std::optional<TiffDirectory> directory = tiff.directory(nPlace);
+        const std::optional<TiffDirectory> directory = tiff.directory(nPlace);
         if (!directory) {
             series.strEnd = QStringLiteral(
                                 "the directory of page %1 is not in the file, which is damaged or cut at "
                                 "%2 bytes")
                                 .arg(nPage)
                                 .arg(tiff.fileSize());
+            break;
+        }
+        nBytes += directory->nBytes;
+        if (nBytes > tiff.fileSize()) {  // directories side by side are no longer than the file
+            series.strEnd = QStringLiteral("the directory of page %1 overlaps others").arg(nPage);
             break;
         }
         nPlace = directory->nNext;
@@ -78,10 +84,11 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
                                 .arg(sizeFirst.second);
             break;
         }
-        series.vecPage.push_back(std::move(*directory));
+        series.vecPage.push_back(directory->nPlace);
     }
-    if (series.vecPage.size() == 1 && setSeen.size() == 1 && series.vecPage[0].nNext == 0) {
-        series.nInOne = imagesInOne(tiff, series.vecPage[0]);
+    if (series.vecPage.size() == 1 && setSeen.size() == 1 && nPlace == 0) {
+        const std::optional<TiffDirectory> directory = tiff.directory(series.vecPage[0]);
+        series.nInOne = directory ? imagesInOne(tiff, *directory) : 1;
     }
     return series;
 }

@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -184,13 +185,14 @@ void tellSis(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& head
         return;
     }
     const int nEntries = qFromLittleEndian<quint16>(head.constData() + 58);
-    for (int i = 0; i < nEntries; ++i) {
+    const uint64_t nBehind = tiff.fileSize() - nPlace - 60;
+    const QByteArray entries = tiff.bytesAt(nPlace + 60, std::min(uint64_t(nEntries) * 8, nBehind));
+    for (int n = 0; n + 8 <= entries.size(); n += 8) {
         constexpr uint64_t SIZE = 80;
-        const QByteArray entry = tiff.bytesAt(nPlace + 60 + uint64_t(i) * 8, 8);
-        if (entry.isEmpty() || qFromLittleEndian<quint16>(entry.constData()) != 1) {
+        if (qFromLittleEndian<quint16>(entries.constData() + n) != 1) {
             continue;
         }
-        const QByteArray block = tiff.bytesAt(qFromLittleEndian<quint32>(entry.constData() + 4), SIZE);
+        const QByteArray block = tiff.bytesAt(qFromLittleEndian<quint32>(entries.constData() + n + 4), SIZE);
         if (!block.isEmpty()) {
             const quint64 nBits = qFromLittleEndian<quint64>(block.constData() + 12);
             double df;
