@@ -3,6 +3,7 @@
 #include "imagefiles/dm3file.h"
 #include "imagefiles/dmpixels.h"
 #include "imagefiles/filebuffer.h"
+#include "records/availablememory.h"
 
 #include <QtEndian>
 
@@ -10,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <set>
 
 namespace tessera {
 
@@ -34,14 +36,18 @@ int integer(const DmTags& tags, const Tag* pTag)
     return df >= std::numeric_limits<int>::min() && df <= std::numeric_limits<int>::max() ? int(df) : 0;
 }
 
-/// Whether "Thumbnails" names the image nImage of the list as a preview.
-bool isThumbnail(const DmTags& tags, const TagDirectory* pThumbnails, size_t nImage)
+/// The images of the list that "Thumbnails" names as previews, by their index.
+std::set<double> thumbnailIndices(const DmTags& tags, const TagDirectory* pThumbnails)
 {
-    if (!pThumbnails)
-        return false;
-    return std::any_of(pThumbnails->vecChild.begin(), pThumbnails->vecChild.end(), [&](const auto& pChild) {
-        return dmNumber(tags, dmChild(asGroup(pChild.get()), "ImageIndex")) == double(nImage);
-    });
+    std::set<double> setIndex;
+    for (size_t i = 0; pThumbnails && i < pThumbnails->vecChild.size(); ++i) {
+        const TagDirectory* pThumbnail = asGroup(pThumbnails->vecChild[i].get());
+        const double dfIndex = dmNumber(tags, dmChild(pThumbnail, "ImageIndex"));
+        if (dfIndex >= 0) {  // false for NaN, which has no place in an order
+            setIndex.insert(dfIndex);
+        }
+    }
+    return setIndex;
 }
 
 /// The groups that may be the image, the likeliest first.
@@ -54,6 +60,8 @@ std::vector<const TagDirectory*> candidates(const DmTags& tags)
     std::vector<const TagDirectory*> vecImage;
     const TagDirectory* pList = groupOf("ImageList");
     const TagDirectory* pThumbnails = groupOf("Thumbnails");
+    const std::set<double> setThumbnail = bAnyDepth ? std::set<double>()
+                                                    : thumbnailIndices(tags, pThumbnails);
     for (size_t i = 0; pList && i < pList->vecChild.size(); ++i) {
         if (bAnyDepth) {
             const TagEntry* pIndex = asEntry(pThumbnails ? DM3File::FindTag(*pThumbnails, "ImageIndex")
@@ -61,7 +69,7 @@ std::vector<const TagDirectory*> candidates(const DmTags& tags)
             const bool bFirst = pIndex && pIndex->nDataSize >= 4 && integer(tags, pIndex) == 0;
             if (i == (bFirst ? 1u : 0u))
                 vecImage.push_back(asGroup(pList->vecChild[i].get()));
-        } else if (!isThumbnail(tags, pThumbnails, i)) {
+        } else if (setThumbnail.count(double(i)) == 0) {
             vecImage.push_back(asGroup(pList->vecChild[i].get()));
         }
     }
@@ -160,6 +168,15 @@ bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFi
     const int nCount = std::min(nMaxImages, image.nPlanes - nFirst);
     const size_t nPixels = size_t(image.nWidth) * size_t(image.nHeight);
     const qint64 nBytes = qint64(image.nPlaneBytes);
+    constexpr quint64 MEMORY_ASKED = quint64(1) << 28;  // bytes from which it is asked whether they are there
+    const quint64 nMemory = quint64(nCount) * nPixels * sizeof(float) + image.nPlaneBytes;
+    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
+        strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
+                        .arg(nCount)
+                        .arg(image.nWidth)
+                        .arg(image.nHeight);
+        return false;
+    }
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(size_t(nBytes));
     ImageList vecRead;
     vecRead.reserve(size_t(nCount));

@@ -2,6 +2,7 @@
 
 #include "imagefiles/filebuffer.h"
 #include "imagefiles/pixelconvert.h"
+#include "records/availablememory.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -111,6 +112,13 @@ bool holdsPixels(const PlainPixels& pixels, qint64 nFileSize, QString& strReason
 std::unique_ptr<CImgObj<float>> readPlainPixels(QFile& file, const PlainPixels& pixels, QString& strReason)
 {
     if (!holdsPixels(pixels, file.size(), strReason)) {
+        return nullptr;
+    }
+    constexpr qint64 MEMORY_ASKED = qint64(1) << 28;  // bytes from which it is asked whether they are there
+    const qint64 nMemory = pixels.nWidth * pixels.nHeight * qint64(sizeof(float));
+    if (nMemory > MEMORY_ASKED && !hasMemoryFor(quint64(nMemory))) {
+        strReason =
+            QStringLiteral("not enough memory for %1 x %2 pixels").arg(pixels.nWidth).arg(pixels.nHeight);
         return nullptr;
     }
     auto pImage = std::make_unique<CImgObj<float>>();
