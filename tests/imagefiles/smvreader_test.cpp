@@ -152,6 +152,12 @@ TEST_F(Smv, WhatIsNotSoundIsNotTold)
     EXPECT_EQ(headerNone.tilt.df, 5);  // the stage stood still
     EXPECT_EQ(headerNone.tilt.strSource, "PHI");
     EXPECT_TRUE(headerNone.listDoubt.isEmpty());
+    const FrameHeader headerFar = told({"PHI=5", "OSC_START=1e307", "OSC_RANGE=91"});
+    EXPECT_EQ(headerFar.tilt.df, 5);
+    EXPECT_FALSE(headerFar.tiltStart.isTold() || headerFar.tiltStep.isTold());
+    EXPECT_TRUE(headerFar.listDoubt.contains("OSC_START 1e+307 is beyond 360 degrees and was not used"));
+    EXPECT_TRUE(headerFar.listDoubt.contains("OSC_RANGE 91 is beyond 90 degrees and was not used"));
+
     const FrameHeader headerXRays = told({"WAVELENGTH=0.979340", "PHI=5", "OSC_START=6", "OSC_RANGE=1"});
     EXPECT_FALSE(headerXRays.wavelength.isTold());
     EXPECT_EQ(headerXRays.tiltStart.df, 6);

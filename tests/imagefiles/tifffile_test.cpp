@@ -192,6 +192,25 @@ TEST_F(Tiff, StacksOfImageJHaveOnePage)
     EXPECT_EQ(readTiffHeader(file(), 0).nImages, 1);
 }
 
+TEST_F(Tiff, DirectoriesThatOverlapEndTheSeries)
+{
+    // Each directory begins two bytes behind the one before, and its first entries are those of it.
+    QByteArray bytes("II\x2a\0\x08\0\0\0", 8);
+    const int nEntries = 1000, nPages = 100, nSize = 2 + 12 * nEntries + 4;
+    bytes.resize(8 + nSize + 2 * 12 * nPages);
+    bytes.fill('\0');
+    bytes.replace(0, 8, QByteArray("II\x2a\0\x08\0\0\0", 8));
+    for (int i = 0; i < nPages; ++i) {
+        const int nPlace = 8 + 12 * i, nNext = nPlace + 12;
+        bytes[nPlace] = char(nEntries & 255);
+        bytes[nPlace + 1] = char(nEntries >> 8);
+        bytes[nPlace + nSize - 4] = char(nNext & 255);
+        bytes[nPlace + nSize - 3] = char(nNext >> 8);
+    }
+    writeBytes(file(), bytes);
+    EXPECT_EQ(readTiffHeader(file(), 0).listDoubt, QStringList("the directory of page 2 overlaps others"));
+}
+
 TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
 {
     struct Row {

@@ -3,6 +3,7 @@
 
 #include "geometry/angles.h"
 #include "lattice/cellreduction.h"
+#include "lattice/directionlengths.h"
 
 #include <gtest/gtest.h>
 
@@ -146,6 +147,23 @@ TEST(DirectionSearch, FindsCentredAndLargeCellsOnAnyNumberOfThreads)
 }
 
 // What holds no lattice, or too little of one, has no cell rather than a made-up one.
+TEST(DirectionSearch, PointsThatAreNotFiniteAreLeftOut)
+{
+    LatticePoints listPoint;
+    for (int n = -5; n <= 5; ++n) {
+        listPoint.push_back({0.1 * n, 0.05 * n, 0});
+    }
+    DirectionSearchOptions options;
+    options.nDirections = 100;
+    const auto goOn = [] { return true; };
+    const std::vector<Eigen::Vector3d> vecClean = strongestLengths(listPoint, 0.6, options, goOn);
+    for (const double df : {std::numeric_limits<double>::quiet_NaN(), HUGE_VAL, -1e300}) {
+        listPoint.insert(listPoint.begin(), Eigen::Vector3d(0, df, 0.1));
+    }
+    ASSERT_EQ(vecClean.size(), 100u);
+    EXPECT_EQ(strongestLengths(listPoint, 0.6, options, goOn), vecClean);
+}
+
 TEST(DirectionSearch, WithoutALatticeThereIsNone)
 {
     std::mt19937 random(5);
