@@ -5,8 +5,8 @@
 
 namespace tessera {
 
-/// The size is the length of one arm; the centre lies in the middle of the pixel. Enlarged, the arms keep their
-/// length on the screen and end where they end at 100 %, so that the middle is free (CMarkZoom).
+/// The size is the length of one arm; the centre lies in the middle of the pixel. Enlarged, the arms keep
+/// their length on the screen and end where they end at 100 %, so that the middle is free (CMarkZoom).
 class CrossItem : public MarkItem {
 public:
     using MarkItem::MarkItem;

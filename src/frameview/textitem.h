@@ -19,9 +19,9 @@ public:
 
     const QColor& background() const { return m_colorBackground; }  ///< colour behind the text
 
-    /// Keeps the text from 50 % on as large on the screen as it is at 100 %, and from there on dfGap frame pixels
-    /// at most off its position, so that it does not lie on what it names. A dark line runs round its letters, by
-    /// which they can be read on white and on black.
+    /// Keeps the text from 50 % on as large on the screen as it is at 100 %, and from there on dfGap frame
+    /// pixels at most off its position, so that it does not lie on what it names. A dark line runs round its
+    /// letters, by which they can be read on white and on black.
     void setScreenSized(double dfGap);
 
     QRectF boundingRect() const override;

@@ -35,8 +35,8 @@ private:
 };
 
 /// The last of a road: the closing lines go to the log, and the log into its file beside the results, if
-/// their folder is there. A log that can't be written is the end of a road that had finished. The record of the
-/// run (runrecord.h) follows; one that can't be written is a warning alone.
+/// their folder is there. A log that can't be written is the end of a road that had finished. The record of
+/// the run (runrecord.h) follows; one that can't be written is a warning alone.
 /// @return why it was not written; empty if it was, or has no place
 QString endRoad(RoadState& state, CRoadLog& log);
 

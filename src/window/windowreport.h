@@ -13,8 +13,8 @@ class MainWindow;
 /// The report of a run that the window shows while it works.
 ///
 /// goOn() is where the window stays alive: it handles waiting events, and through them the user can ask
-/// for anything, also for what must not happen now. MainWindow knows by isPumping() that it is so. The time that
-/// is left stands behind the text of the progress as soon as there is enough to go by.
+/// for anything, also for what must not happen now. MainWindow knows by isPumping() that it is so. The time
+/// that is left stands behind the text of the progress as soon as there is enough to go by.
 class WindowReport : public CRunReport {
 public:
     /// @param pbFlag  the run's flag, whose clearing stops the run; null for what cannot be stopped but
@@ -35,8 +35,8 @@ private:
     MainWindow& m_window;
     const bool* m_pbFlag;
     bool m_bProgressShown = false;
-    QString m_strFormat;      ///< of the progress, without the time left
-    QElapsedTimer m_clock;    ///< since its start
+    QString m_strFormat;    ///< of the progress, without the time left
+    QElapsedTimer m_clock;  ///< since its start
 };
 
 }  // namespace tessera

@@ -96,8 +96,7 @@ TEST(SeriesPicture, MaximumSumAndMeanLeaveOutWhatIsNoMeasurement)
     FrameSeries dark;
     dark.add(makeImage(2, 2, [](int, int) { return -7; }));
     SeriesPicture picture;
-    ASSERT_TRUE(
-        makeSeriesPicture(dark.dataSet, SeriesPictureKind::Maximum, dark.report, picture).finished());
+    ASSERT_TRUE(makeSeriesPicture(dark.dataSet, SeriesPictureKind::Maximum, dark.report, picture).finished());
     EXPECT_EQ(picture.image.Data()[0], -7);
 }
 

@@ -90,8 +90,8 @@ TEST_F(Marks, CircleHasItsRadiusAroundTheMiddleOfThePixel)
     replaceMarks(&m_scene, list);
 }
 
-// At 800 % a cross of arm 5 ends 40 pixels of the screen from the middle of its pixel, as its arms did at 100 %, but
-// they are 5 long and thin: the spot in between is free.
+// At 800 % a cross of arm 5 ends 40 pixels of the screen from the middle of its pixel, as its arms did at 100
+// %, but they are 5 long and thin: the spot in between is free.
 TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
 {
     QList<CrossItem*> list;

@@ -11,8 +11,8 @@
 
 namespace tessera {
 
-// Against the formula in double precision: the same byte everywhere but on the last bits of a limit, where the
-// formula itself is in doubt.
+// Against the formula in double precision: the same byte everywhere but on the last bits of a limit, where
+// the formula itself is in doubt.
 TEST(FloatToByteLog, IsTheFormulaForEveryRange)
 {
     std::mt19937 rng(7);

@@ -1,4 +1,5 @@
-// How the frames are looked at: their contrast and its histogram, all of them in one picture, the play, the screen.
+// How the frames are looked at: their contrast and its histogram, all of them in one picture, the play, the
+// screen.
 #include "tests/frames/frameseries.h"
 #include "tests/frameview/testscenes.h"
 #include "tests/window/windowtest.h"
@@ -12,7 +13,8 @@ namespace {
 
 const int g_nFrames = 4, g_nSide = 100;
 
-// Frame n has the numbers 0 to 9999 in a scattered order, each 10·n larger, and a beam of 40 000 in one corner.
+// Frame n has the numbers 0 to 9999 in a scattered order, each 10·n larger, and a beam of 40 000 in one
+// corner.
 double pixel(int nFrame, int x, int y)
 {
     return (x + g_nSide * y) * 3947 % 10000 + 10 * nFrame + (x < 4 && y < 4 ? 40000 : 0);

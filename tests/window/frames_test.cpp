@@ -384,9 +384,9 @@ TEST_F(FramesWindow, ShiftsAreSavedAsThePageShowsThem)
     EXPECT_EQ(m_pShift->m_pCenterXSpin->value(), 0);
 }
 
-// The whole range. A grey value g of a picture counts 64 g, so the columns 0, 256, ... 16128 fill 1000 bins of 16.128 evenly.
-// The bright end is the edge of the last bin and the dark end that of the first, which is lowered by 0.15
-// times their distance.
+// The whole range. A grey value g of a picture counts 64 g, so the columns 0, 256, ... 16128 fill 1000 bins
+// of 16.128 evenly. The bright end is the edge of the last bin and the dark end that of the first, which is
+// lowered by 0.15 times their distance.
 TEST_F(FramesWindow, ContrastFollowsTheFrameAndThenTheLimits)
 {
     writePicture("ramp.png", [](int x, int) { return 4 * x; });

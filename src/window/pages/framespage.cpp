@@ -87,9 +87,10 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
                "for the scaled volume; nothing is measured by it."));
     explain(m_pContrastMaxSpin,
             tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
-    explain(m_pContrastHistogram,
-            tr("How many pixels have which value, and what is shown black and white: drag the handles. A double "
-               "click is \"Automatic\". Keys: Up and Down choose a handle, Left and Right move it."));
+    explain(
+        m_pContrastHistogram,
+        tr("How many pixels have which value, and what is shown black and white: drag the handles. A double "
+           "click is \"Automatic\". Keys: Up and Down choose a handle, Left and Right move it."));
     explain(m_pContrastAutoButton,
             tr("The 1st and the 99.7th percentile of the image in view, without the direct beam: spots are "
                "white, the background is just above black. All frames are shown with these limits."));

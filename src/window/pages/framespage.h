@@ -27,13 +27,13 @@ public:
     /// Shows the axis with so many decimals, without a word to those who listen.
     void setAxisDecimals(int nDecimals);
 
-    QTableWidget* m_pFileTable;             ///< Name, Stage, Beam, Overall; a row per frame
-    QDoubleSpinBox* m_pWavelengthSpin;      ///< Å
-    QDoubleSpinBox* m_pPixelSizeSpin;       ///< Å⁻¹ per pixel
-    QDoubleSpinBox* m_pRotationAxisSpin;    ///< degrees
-    QCheckBox* m_pShowAxisCheck;            ///< "Show On EDP"
-    QDoubleSpinBox* m_pContrastMinSpin;     ///< pixel values shown as black
-    QDoubleSpinBox* m_pContrastMaxSpin;     ///< and as white
+    QTableWidget* m_pFileTable;           ///< Name, Stage, Beam, Overall; a row per frame
+    QDoubleSpinBox* m_pWavelengthSpin;    ///< Å
+    QDoubleSpinBox* m_pPixelSizeSpin;     ///< Å⁻¹ per pixel
+    QDoubleSpinBox* m_pRotationAxisSpin;  ///< degrees
+    QCheckBox* m_pShowAxisCheck;          ///< "Show On EDP"
+    QDoubleSpinBox* m_pContrastMinSpin;   ///< pixel values shown as black
+    QDoubleSpinBox* m_pContrastMaxSpin;   ///< and as white
     ContrastHistogram* m_pContrastHistogram;
     QPushButton* m_pContrastAutoButton;  ///< limits by the percentiles of the image in view
     QPushButton* m_pContrastFullButton;  ///< limits by its whole range
