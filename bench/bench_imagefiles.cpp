@@ -65,7 +65,8 @@ QByteArray tag4(char chKind, const QByteArray& strLabel, quint64 nCount, const Q
 {
     const QByteArray head = chKind == 20 ? QByteArray(2, 0) : QByteArray("%%%%");
     return chKind + big(static_cast<quint32>(strLabel.size()), 2) + strLabel +
-           big8(static_cast<quint64>(head.size() + 8 + body.size())) + head + big8(nCount) + body;
+           big8(static_cast<quint64>(head.size()) + 8 + static_cast<quint64>(body.size())) + head +
+           big8(nCount) + body;
 }
 
 /// A frame as a DM4 file with as many other tags as a camera's program writes.

@@ -195,9 +195,10 @@ void chooseReflection(benchmark::State& state)
         const double dfX = random() % 20400 / 10.0, dfY = random() % 20400 / 10.0;
         const int nFirst = n % (nFrames - nPeaks);
         for (int i = 0; i < nPeaks; ++i)
-            vecLines[size_t(nFirst + i)] += QString::asprintf("%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", dfX,
-                                                              dfY, 100.0 + (i == 2 ? 900 : n % 700), 1.0)
-                                                .toLatin1();
+            vecLines[size_t(nFirst) + size_t(i)] += QString::asprintf(
+                                                        "%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", dfX, dfY,
+                                                        100.0 + (i == 2 ? 900 : n % 700), 1.0)
+                                                        .toLatin1();
     }
     QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.0007\nFILELIST\n";
     QByteArray bytesShift = "1020 1020\n", bytesPeaks;

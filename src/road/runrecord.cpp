@@ -137,10 +137,10 @@ QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
     QJsonObject last = former;
     const QJsonArray arrayBefore = last.take(QStringLiteral("former")).toArray();
     arrayAll.append(last);
-    for (const QJsonValue& run : arrayBefore) {
+    for (const auto& run : arrayBefore) {
         arrayAll.append(run);
     }
-    for (const QJsonValue& run : arrayAll) {
+    for (const auto& run : arrayAll) {
         const QSet<QString> setFile = pathsIn(run.toObject()[QStringLiteral("files")].toArray());
         if (!QSet<QString>(setFile).subtract(setWritten).isEmpty()) {
             arrayKept.append(run);

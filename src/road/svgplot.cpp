@@ -219,8 +219,9 @@ AxisTicks axisTicks(double dfLow, double dfHigh, int nMost)
         }
     }
     const double dfFirst = std::floor(dfLow / dfStep + 1e-9), dfLast = std::ceil(dfHigh / dfStep - 1e-9);
-    for (double df = dfFirst; df <= dfLast; ++df) {
-        ticks.listTick.push_back(df * dfStep);
+    const int nTicks = int(std::lround(dfLast - dfFirst)) + 1;  // some nMost at most
+    for (int i = 0; i < nTicks; ++i) {
+        ticks.listTick.push_back((dfFirst + i) * dfStep);
     }
     ticks.dfLow = dfFirst * dfStep;
     ticks.dfHigh = dfLast * dfStep;
