@@ -23,7 +23,9 @@ std::vector<T> ramp(int nCount)
     std::vector<T> vec(static_cast<size_t>(nCount));
     for (size_t i = 0; i < vec.size(); ++i) {
         if constexpr (std::is_integral_v<T>) {
-            vec[i] = static_cast<T>(std::numeric_limits<T>::max() - static_cast<T>(i * i * 2654435761U));
+            // unsigned, as the difference may overflow
+            vec[i] = static_cast<T>(static_cast<uint64_t>(std::numeric_limits<T>::max()) -
+                                    i * i * 2654435761U);
         } else {
             vec[i] = T(float(i * i) / 8 - 1000.f);
         }
