@@ -227,7 +227,7 @@ TEST(CorrectionTable, BytesAndValuesOfTheLens)
     for (int n = 0, nValue = 0; listRead.size() < listValue.size();) {
         int nStep = byteAt(n++);
         if (nStep == -128) {
-            nStep = (byteAt(n + 1) << 8) | (byteAt(n) & 255);
+            nStep = byteAt(n + 1) * 256 + (byteAt(n) & 255);
             n += 2;
         }
         if (nStep == -32768) {
