@@ -33,6 +33,20 @@ namespace tessera {
 
 namespace {
 
+/// many.ed3d with its shifts and peaks; the text of the project lacks its last line.
+void writeProject(const QTemporaryDir& dir, const QByteArray& bytesShift, const QByteArray& bytesPeaks,
+                  const QByteArray& bytesProject)
+{
+    const auto write = [&](const char* pszName, const QByteArray& bytes) {
+        QFile file(dir.filePath(pszName));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("no project written");
+    };
+    write("many.sc", bytesShift);
+    write("many.pk", bytesPeaks);
+    write("many.ed3d", bytesProject + "ENDFILELIST\n");
+}
+
 const int g_nFrames = 24;
 const int g_nSide = 1024;
 const int g_nSpots = 300;
@@ -144,14 +158,7 @@ void remapInTheWindow(benchmark::State& state)
                                             std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
                               .toLatin1();
     }
-    const auto write = [&](const char* pszName, const QByteArray& bytes) {
-        QFile file(dir.filePath(pszName));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("no project written");
-    };
-    write("many.sc", bytesShift);
-    write("many.pk", bytesPeaks);
-    write("many.ed3d", bytesProject + "ENDFILELIST\n");
+    writeProject(dir, bytesShift, bytesPeaks, bytesProject);
     MainWindow window;
     window.resize(1280, 800);
     window.show();
@@ -214,14 +221,7 @@ void chooseReflection(benchmark::State& state)
                 bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, nOnFrame++).toLatin1() +
                               bytesLine + '\n';
     }
-    const auto write = [&](const char* pszName, const QByteArray& bytes) {
-        QFile file(dir.filePath(pszName));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("no project written");
-    };
-    write("many.sc", bytesShift);
-    write("many.pk", bytesPeaks);
-    write("many.ed3d", bytesProject + "ENDFILELIST\n");
+    writeProject(dir, bytesShift, bytesPeaks, bytesProject);
     MainWindow window;
     window.resize(1280, 800);
     window.show();

@@ -9,7 +9,7 @@ namespace tessera {
 
 /// Appends one value after the other; arrays and maps are followed by their elements. Numbers are unsigned
 /// and take the shortest form.
-/// Source: the MessagePack specification, msgpack.org.
+/// Source: the description of the format at msgpack.org.
 class CMessagePack {
 public:
     void beginArray(quint32 nElements);

@@ -77,6 +77,16 @@ inline QByteArray image(qint32 nWidth, qint32 nHeight, qint32 nDataType, const Q
          array("Name", 4, 3, QByteArray("a\0b\0c\0", 6))});
 }
 
+/// The bytes of values of one type.
+template <class T>
+QByteArray numbers(const std::vector<double>& vecValue, quint32 nOrder)
+{
+    QByteArray data;
+    for (double dfValue : vecValue)
+        data += number(static_cast<T>(dfValue), nOrder);
+    return data;
+}
+
 }  // namespace dm3
 
 }  // namespace tessera

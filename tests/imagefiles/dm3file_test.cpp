@@ -35,15 +35,6 @@ QByteArray byteRow(const QByteArray& bytes, quint32 nOrder = 1, qint32 nDataType
                       nOrder);
 }
 
-template <class T>
-QByteArray numbers(const std::vector<double>& vecValue, quint32 nOrder)
-{
-    QByteArray data;
-    for (double dfValue : vecValue)
-        data += dm3::number(static_cast<T>(dfValue), nOrder);
-    return data;
-}
-
 }  // namespace
 
 TEST_F(Dm3, ReadsEveryPixelTypeInBothByteOrders)
@@ -53,14 +44,14 @@ TEST_F(Dm3, ReadsEveryPixelTypeInBothByteOrders)
         quint32 nElementType;
         QByteArray (*pNumbers)(const std::vector<double>&, quint32);
         std::vector<double> vecEdge;
-    } aCase[] = {{1, 2, numbers<qint16>, {-32768, 32767, -2, 258}},
-                 {2, 6, numbers<float>, {-0.25, 1e30f, 3, 1.5}},
-                 {6, 10, numbers<quint8>, {0, 255, 128, 1}},
-                 {7, 3, numbers<qint32>, {-2147483648., 16909060, -1, 7}},
-                 {9, 9, numbers<qint8>, {-128, 127, -1, 0}},
-                 {10, 4, numbers<quint16>, {65535, 32768, 258, 0}},
-                 {11, 5, numbers<quint32>, {4294967040., 2147483648., 16909060, 0}},
-                 {12, 7, numbers<double>, {-0.5, 1e30f, 258.25, 0}}};
+    } aCase[] = {{1, 2, dm3::numbers<qint16>, {-32768, 32767, -2, 258}},
+                 {2, 6, dm3::numbers<float>, {-0.25, 1e30f, 3, 1.5}},
+                 {6, 10, dm3::numbers<quint8>, {0, 255, 128, 1}},
+                 {7, 3, dm3::numbers<qint32>, {-2147483648., 16909060, -1, 7}},
+                 {9, 9, dm3::numbers<qint8>, {-128, 127, -1, 0}},
+                 {10, 4, dm3::numbers<quint16>, {65535, 32768, 258, 0}},
+                 {11, 5, dm3::numbers<quint32>, {4294967040., 2147483648., 16909060, 0}},
+                 {12, 7, dm3::numbers<double>, {-0.5, 1e30f, 258.25, 0}}};
     CImgObj<float> image;  // one for files of two sizes
     for (const auto& row : aCase)
         for (quint32 nOrder : {1u, 0u, 2u}) {

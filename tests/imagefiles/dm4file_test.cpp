@@ -53,15 +53,6 @@ qint64 bytesReadSoFar()
                                           : 0;
 }
 
-template <class T>
-QByteArray numbers(const std::vector<double>& vecValue, quint32 nOrder)
-{
-    QByteArray data;
-    for (double dfValue : vecValue)
-        data += dm3::number(static_cast<T>(dfValue), nOrder);
-    return data;
-}
-
 }  // namespace
 
 TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
@@ -72,14 +63,14 @@ TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
         quint64 nElementBytes;
         QByteArray (*pNumbers)(const std::vector<double>&, quint32);
         std::vector<double> vecEdge;
-    } aCase[] = {{1, 2, 2, numbers<qint16>, {-32768, 32767, -2, 258, 5, 6}},
-                 {2, 6, 4, numbers<float>, {-0.25, 1e30f, 3, 1.5, 5, 6}},
-                 {6, 10, 1, numbers<quint8>, {0, 255, 128, 1, 5, 6}},
-                 {7, 3, 4, numbers<qint32>, {-2147483648., 16909060, -1, 7, 5, 6}},
-                 {9, 8, 1, numbers<qint8>, {-128, 127, -1, 0, 5, 6}},
-                 {10, 2, 2, numbers<quint16>, {65535, 32768, 258, 0, 5, 6}},
-                 {11, 3, 4, numbers<quint32>, {4294967040., 2147483648., 16909060, 0, 5, 6}},
-                 {12, 12, 8, numbers<double>, {-0.5, 1e30f, 258.25, 0, 5, 6}}};
+    } aCase[] = {{1, 2, 2, dm3::numbers<qint16>, {-32768, 32767, -2, 258, 5, 6}},
+                 {2, 6, 4, dm3::numbers<float>, {-0.25, 1e30f, 3, 1.5, 5, 6}},
+                 {6, 10, 1, dm3::numbers<quint8>, {0, 255, 128, 1, 5, 6}},
+                 {7, 3, 4, dm3::numbers<qint32>, {-2147483648., 16909060, -1, 7, 5, 6}},
+                 {9, 8, 1, dm3::numbers<qint8>, {-128, 127, -1, 0, 5, 6}},
+                 {10, 2, 2, dm3::numbers<quint16>, {65535, 32768, 258, 0, 5, 6}},
+                 {11, 3, 4, dm3::numbers<quint32>, {4294967040., 2147483648., 16909060, 0, 5, 6}},
+                 {12, 12, 8, dm3::numbers<double>, {-0.5, 1e30f, 258.25, 0, 5, 6}}};
     for (const auto& row : aCase)
         for (quint32 nOrder : {1u, 0u}) {
             SCOPED_TRACE(testing::Message() << "type " << row.nDataType << " order " << nOrder);

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QSize>
-#include <QtEndian>
 
 #include <algorithm>
 
@@ -26,15 +25,6 @@ protected:
             for (const QString& strFile : dir.entryList(QDir::Files))
                 listBytes.append(readBytes(dir.filePath(strFile)));
         return listBytes;
-    }
-    /// NX and NY, the first two words of an MRC file, in whichever order of bytes makes them small.
-    static QSize sizeInMrc(const QByteArray& bytes)
-    {
-        const auto* pWord = reinterpret_cast<const uchar*>(bytes.constData());
-        const QSize size(qFromLittleEndian<qint32>(pWord), qFromLittleEndian<qint32>(pWord + 4));
-        return size.width() < 65536 && size.height() < 65536
-                   ? size
-                   : QSize(qFromBigEndian<qint32>(pWord), qFromBigEndian<qint32>(pWord + 4));
     }
     static bool hasMagic(const FrameFormat& format, const QByteArray& bytes)
     {
@@ -80,7 +70,7 @@ TEST_F(FrameFormats, EveryRowKnowsAndReadsItsFiles)
                 continue;
             ++nRead;
             const QSize size(vecImage[0]->Width(), vecImage[0]->Height());
-            EXPECT_EQ(size, format.fnReadHeader ? format.fnReadHeader(strFile, 0).size : sizeInMrc(bytes));
+            EXPECT_EQ(size, format.fnReadHeader(strFile, 0).size);
         }
         EXPECT_GT(nRead, 0);
         if (format.fnReadHeader) {  // no file, and what is none
