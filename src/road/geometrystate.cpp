@@ -71,6 +71,21 @@ bool CGeometryState::isOf(const DataSet& dataSet) const
     return true;
 }
 
+bool CGeometryState::isInForce(const DataSet& dataSet, const MappingParameters& mapping) const
+{
+    const DataSet& kept = m_data;
+    return mapping.m_bApplyStretching == m_bApplyStretching &&
+           dataSet.m_listStageTilt == kept.m_listStageTilt && dataSet.m_listBeamTilt == kept.m_listBeamTilt &&
+           dataSet.m_listOverallTilt == kept.m_listOverallTilt &&
+           dataSet.m_dfPixelSize == kept.m_dfPixelSize && dataSet.m_dfRotationAxis == kept.m_dfRotationAxis &&
+           dataSet.m_dfTiltRelaxation == kept.m_dfTiltRelaxation &&
+           dataSet.m_dfStretchAmplitude == kept.m_dfStretchAmplitude &&
+           dataSet.m_dfStretchAzimuth == kept.m_dfStretchAzimuth &&
+           dataSet.m_distortion == kept.m_distortion && dataSet.m_listShift == kept.m_listShift &&
+           dataSet.m_dfCenterX == kept.m_dfCenterX && dataSet.m_dfCenterY == kept.m_dfCenterY &&
+           dataSet.m_listCellFound == kept.m_listCellFound && dataSet.m_listCell == kept.m_listCell;
+}
+
 bool CGeometryState::putBack(DataSet& dataSet, MappingParameters& mapping) const
 {
     const bool bResults = isOf(dataSet);

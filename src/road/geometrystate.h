@@ -16,6 +16,8 @@ public:
     /// Whether a data set still has the peaks, at their places on the frames, and the frames that it had
     /// then.
     bool isOf(const DataSet& dataSet) const;
+    /// Whether geometry and cells of a data set are those that were kept.
+    bool isInForce(const DataSet& dataSet, const MappingParameters& mapping) const;
     /// Puts all of it back, to the bit; the mapped peaks and what follows from them only where isOf() holds.
     /// @return whether these came back too; if not, peaks are to be mapped, merged and indexed anew
     bool putBack(DataSet& dataSet, MappingParameters& mapping) const;

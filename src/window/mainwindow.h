@@ -15,6 +15,7 @@
 #include "window/reciprocal/rawgroups.h"
 #include "window/road/roadrows.h"
 #include "window/rungate.h"
+#include "workstate/workstate.h"
 
 #include <QColor>
 #include <QLocale>
@@ -105,6 +106,16 @@ public:
     void updateRecentMenu();
     /// Gives the window's own splash screen its picture.
     void setSplashPixmap(const QPixmap& pixmap);
+
+    // What the user has made, as one value: src/window/history/mainwindow_history.cpp
+    /// A copy, which shares its lists. The numbers are the members: what stands on the pages alone is not
+    /// among them. Groups are the user's own where those of lattices are shown; the first group of a view,
+    /// which takes the points of no other, has no points. A merged view without points has no group.
+    WorkState workState() const;
+    /// Puts a state into members, pages and views. A camera stays, as contrast, tab and frame do. A state of
+    /// another series is shown as one that has been opened.
+    /// @return false during a run, with a red line and all as it was
+    bool showWorkState(const WorkState& state);
 
 protected:
     void closeEvent(QCloseEvent* pEvent) override;
@@ -680,6 +691,13 @@ private:
     TiltRefinementOptions tiltOptions(CRunReport& report) const;
     void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);
+    QList<Peak3D> peaksOfTable() const;
+    void takeWorkState(const WorkState& state);
+    void showSeriesOfState(const SeriesData& series);
+    void showPagesOfState(const SeriesData& former);
+    void showPointsOfState(const WorkState& state, const WorkState& former);
+    void showCellOfState();
+    void showFrameOfState(const SeriesData& former);
     void runExport(const std::function<void(CRunReport&)>& fnExport);
     bool isRunning() const { return m_gate.isRunning(); }
     /// Whether the call comes from the event pump of a run: what it would change is in use.
@@ -762,6 +780,7 @@ private:
     CLatticeColors m_colorsRaw;
     CLatticeColors m_colorsMerged;
     bool m_bPanelConnected = false;
+    bool m_bShowingState = false;  ///< controls are being set to a state: their slots read no page
     QList<QMetaObject::Connection> m_listPanelConnection;
     CParameterBindings m_bindings;                   ///< of the pages and the parameters
     double m_dfCanvasGridAlpha = 0.05;               ///< of the grid in both 3D views

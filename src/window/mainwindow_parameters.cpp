@@ -46,7 +46,7 @@ void MainWindow::finishTyping()
 /// widget whose member did not change stays as it is.
 void MainWindow::syncParametersWithControls(bool bFromPanel)
 {
-    if (isPumping())
+    if (isPumping() || (bFromPanel && m_bShowingState))
         return;
     if (bFromPanel) {
         m_bindings.takeFromControls();

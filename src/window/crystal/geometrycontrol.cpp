@@ -22,6 +22,8 @@
 #include <QPushButton>
 #include <QThread>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -42,6 +44,44 @@ std::vector<CellConstraint> constraintsOfCell(const DataSet& dataSet, CRunReport
 QString withSuffix(const QString& strFile, const QString& strSuffix)
 {
     return strFile.isEmpty() || !QFileInfo(strFile).suffix().isEmpty() ? strFile : strFile + strSuffix;
+}
+
+/// A refinement with what is left of the indexed peaks of a data set before and after it.
+GeometryLook lookOf(const DataSet& dataSet, const GeometryRefinement& refinement)
+{
+    GeometryLook look;
+    look.refinement = refinement;
+    look.cellBefore = cellParametersFromList(dataSet.m_listCell).value_or(CellParameters());
+    const std::vector<GeometrySpot> listSpot = spotsOfModel(geometrySpots(dataSet), refinement.before,
+                                                            refinement.best());
+    look.listAfter = spotResiduals(listSpot, refinement.best().geometry);
+    look.listBefore = spotResiduals(listSpot, refinement.before);
+    if (!dataSet.m_vecFrameImage.empty()) {
+        const auto& pImage = dataSet.m_vecFrameImage.front();
+        look.bounds = {QSizeF(pImage->Width(), pImage->Height()),
+                       QPointF(dataSet.m_dfCenterX, dataSet.m_dfCenterY)};
+    }
+    return look;
+}
+
+/// Whether a refinement began with this geometry, as far as a user changes it.
+bool beginsWith(const GeometryRefinement& refinement, const std::optional<DiffractionGeometry>& geometry)
+{
+    if (!geometry) {
+        return false;
+    }
+    const auto numbers = [](const DiffractionGeometry& g) {
+        std::vector<double> list = {g.plane.axis,       g.plane.stretchingCos, g.plane.stretchingSin,
+                                    g.plane.ellipseCos, g.plane.ellipseSin,    g.plane.radial,
+                                    g.plane.spiral,     g.plane.parabolicCos,  g.plane.parabolicSin,
+                                    g.turn.outOfPlane,  g.dfWavelength,        g.dfPixelSize,
+                                    g.dfRadius,         g.dfMiddleTilt};
+        for (const DoubleVector& v : g.aBasis) {
+            list.insert(list.end(), v.begin(), v.end());
+        }
+        return list;
+    };
+    return numbers(refinement.before) == numbers(*geometry);
 }
 
 QString calibrationFilter()
@@ -75,6 +115,7 @@ void GeometryControl::showDialog()
 void GeometryControl::forget()
 {
     m_listState.clear();
+    m_pShown.reset();
     m_mappingFitted.reset();
     m_listCellFitted.clear();
     m_pDialog->setLook({});
@@ -151,21 +192,32 @@ void GeometryControl::take(const GeometryRefinement& refinement)
 void GeometryControl::makeLook(const GeometryRefinement& refinement)
 {
     const DataSet& dataSet = m_window.m_dataSet;
-    GeometryLook look;
-    look.refinement = refinement;
-    look.cellBefore = cellParametersFromList(dataSet.m_listCell).value_or(CellParameters());
-    const std::vector<GeometrySpot> listSpot = spotsOfModel(geometrySpots(dataSet), refinement.before,
-                                                            refinement.best());
-    look.listAfter = spotResiduals(listSpot, refinement.best().geometry);
-    look.listBefore = spotResiduals(listSpot, refinement.before);
-    if (!dataSet.m_vecFrameImage.empty()) {
-        const auto& pImage = dataSet.m_vecFrameImage.front();
-        look.bounds = {QSizeF(pImage->Width(), pImage->Height()),
-                       QPointF(dataSet.m_dfCenterX, dataSet.m_dfCenterY)};
+    m_pShown = std::make_shared<const GeometryRefinement>(refinement);
+    keepLook({m_pShown, lookOf(dataSet, refinement), currentPeakMapping(dataSet, m_window.m_mapping),
+              dataSet.m_listCell});
+    showLook();
+}
+
+void GeometryControl::keepLook(const Look& look)
+{
+    m_listLook.erase(std::remove_if(m_listLook.begin(), m_listLook.end(),
+                                    [](const Look& former) { return former.pRefinement.expired(); }),
+                     m_listLook.end());
+    m_listLook.push_back(look);
+}
+
+/// Shows the look of the refinement that is to be shown, which is among those kept.
+void GeometryControl::showLook()
+{
+    const DataSet& dataSet = m_window.m_dataSet;
+    for (const Look& kept : m_listLook) {
+        if (kept.pRefinement.lock() == m_pShown) {
+            m_mappingFitted = kept.mapping;
+            m_listCellFitted = kept.listCell;
+            m_pDialog->setLook(kept.look);
+        }
     }
-    m_mappingFitted = currentPeakMapping(dataSet, m_window.m_mapping);
-    m_listCellFitted = dataSet.m_listCell;
-    m_pDialog->setLook(look);
+    const GeometryRefinement& refinement = *m_pShown;
     const QLocale& locale = m_window.m_locale;
     m_pDialog->m_pPlots->setFileStem(dataSet.m_strProjectName.isEmpty() ? QString()
                                                                         : fileOfProject(dataSet, QString()));
@@ -176,6 +228,34 @@ void GeometryControl::makeLook(const GeometryRefinement& refinement)
             .arg(locale.toString(refinement.dfRmsAfter, 'f', 2))
             .arg(refinement.nFitBefore)
             .arg(locale.toString(refinement.dfRmsBefore, 'f', 2)));
+}
+
+void GeometryControl::putBack(const std::shared_ptr<const GeometryRefinement>& pRefinement)
+{
+    while (!m_listState.empty() && m_listState.back().isInForce(m_window.m_dataSet, m_window.m_mapping)) {
+        m_listState.pop_back();
+    }
+    const bool bKept = std::any_of(m_listLook.begin(), m_listLook.end(),
+                                   [&](const Look& look) { return look.pRefinement.lock() == pRefinement; });
+    if (!pRefinement) {
+        m_pShown.reset();
+        m_mappingFitted.reset();
+        m_listCellFitted.clear();
+        m_pDialog->setLook({});
+        m_pDialog->setMessage({});
+    } else if (pRefinement != m_pShown && bKept) {
+        m_pShown = pRefinement;
+        showLook();
+    } else if (pRefinement != m_pShown) {  // of a former start of the program
+        m_pShown = pRefinement;
+        keepLook({m_pShown, lookOf(m_window.m_dataSet, *pRefinement), {}, {}});
+        if (beginsWith(*pRefinement, geometryOfSeries(m_window.m_dataSet, m_window.m_mapping))) {
+            m_listLook.back().mapping = currentPeakMapping(m_window.m_dataSet, m_window.m_mapping);
+            m_listLook.back().listCell = m_window.m_dataSet.m_listCell;
+        }
+        showLook();
+    }
+    updateButtons();
 }
 
 /// Whether the refinement that is shown began with the geometry and the cell in force.

@@ -6,6 +6,7 @@
 
 #include <QObject>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -27,6 +28,11 @@ public:
     const GeometryRefinement* refinement() const { return isFresh() ? m_pDialog->refinement() : nullptr; }
     /// Shows a refinement that the road has made, without any change of the data set.
     void take(const GeometryRefinement& refinement);
+    /// The refinement that is shown, fresh or not; null: none is.
+    std::shared_ptr<const GeometryRefinement> shown() const { return m_pShown; }
+    /// Shows a refinement that was shown before, as it was then; null: none. "Undo" of the dialog gives up
+    /// the steps that have been taken back already.
+    void putBack(const std::shared_ptr<const GeometryRefinement>& pRefinement);
     /// Another data set: nothing is known of it, and nothing is to be put back.
     void forget();
 
@@ -48,17 +54,29 @@ private:
     void tellFailure(const QString& strReason);
     void fit(CRunReport& report);
     void makeLook(const GeometryRefinement& refinement);
+    void showLook();
     void keepState();
     void follow();
     void showGeometry();
     void updateButtons();
     bool isFresh() const;
 
+    /// A refinement with what it was made from, and as it is shown.
+    struct Look {
+        std::weak_ptr<const GeometryRefinement> pRefinement;
+        GeometryLook look;
+        std::optional<PeakMapping> mapping;  ///< what it began with; none: not known
+        QList<Vec3D> listCell;
+    };
+    void keepLook(const Look& look);
+
     MainWindow& m_window;
     GeometryDialog* m_pDialog;
-    std::vector<CGeometryState> m_listState;     ///< what was, the last one first to come back
+    std::vector<CGeometryState> m_listState;  ///< what was, the last one first to come back
+    std::shared_ptr<const GeometryRefinement> m_pShown;
     std::optional<PeakMapping> m_mappingFitted;  ///< what the refinement shown began with
     QList<Vec3D> m_listCellFitted;
+    std::vector<Look> m_listLook;  ///< of the refinements that somebody keeps
 };
 
 }  // namespace tessera

@@ -154,7 +154,8 @@ void MainWindow::autoRadiiToggled(bool bAuto)
 {
     m_pPeakSearchPage->m_pPeakRadiusSpin->setDisabled(bAuto);
     m_pPeakSearchPage->m_pBackgroundRadiusSpin->setDisabled(bAuto);
-    if (!bAuto || m_dataSet.m_listFrameFile.isEmpty() || isRunning()) {  // the next hunt measures them
+    // The next hunt measures them.
+    if (!bAuto || m_dataSet.m_listFrameFile.isEmpty() || isRunning() || m_bShowingState) {
         return;
     }
     bool bDone = false;

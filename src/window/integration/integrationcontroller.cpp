@@ -16,6 +16,8 @@
 #include <QMouseEvent>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -108,7 +110,7 @@ void IntegrationController::take(const std::shared_ptr<const IntegrationResult>&
     const bool bFirst = !m_pResult;
     m_pResult = pResult;
     m_pPeaks = peaksOf(*pResult);
-    m_listCell = m_host.pData->m_listCell;
+    m_listCell = cellOf(pResult);
     m_host.pPage->showResult(summaryOf(*pResult));
     m_host.pPage->offerSpaceGroups(namesOf(pResult->spaceGroups));
     m_host.pTab->setResult(*pResult, fileStem());
@@ -120,6 +122,34 @@ void IntegrationController::take(const std::shared_ptr<const IntegrationResult>&
         m_host.pTable->checkIntegratedColumns(true);
     }
     showDiscs(m_host.fnFrameInView());
+}
+
+QList<Vec3D> IntegrationController::cellOf(const std::shared_ptr<const IntegrationResult>& pResult)
+{
+    std::vector<CellOfResult>& list = m_listCellOfResult;
+    list.erase(std::remove_if(list.begin(), list.end(),
+                              [](const CellOfResult& entry) { return entry.pResult.expired(); }),
+               list.end());
+    const auto it = std::find_if(list.begin(), list.end(),
+                                 [&](const CellOfResult& entry) { return entry.pResult.lock() == pResult; });
+    if (it != list.end()) {
+        return it->listCell;
+    }
+    list.push_back({pResult, m_host.pData->m_listCell});
+    return list.back().listCell;
+}
+
+void IntegrationController::putBack(const std::shared_ptr<const IntegrationResult>& pResult)
+{
+    if (!pResult) {
+        if (m_pResult) {
+            forget();
+        }
+    } else if (pResult != m_pResult) {
+        take(pResult);
+    } else {
+        m_host.pTable->setIntegrated(peaksOfTable());  // the table's indices may be others now
+    }
 }
 
 void IntegrationController::forget()

@@ -74,7 +74,13 @@ public:
     /// Another series comes: nothing is integrated.
     void forget();
 
+    /// Shows a result that was taken before, as it was then; null: none. One that was never taken belongs to
+    /// the cell in force.
+    void putBack(const std::shared_ptr<const IntegrationResult>& pResult);
+
     const IntegrationResult* result() const { return m_pResult.get(); }
+    /// The same, to be kept.
+    const std::shared_ptr<const IntegrationResult>& sharedResult() const { return m_pResult; }
     /// For the peak table: the intensities, as long as the table's indices are those that were integrated.
     std::shared_ptr<const CIntegratedPeaks> peaksOfTable() const;
 
@@ -100,11 +106,19 @@ protected:
 private:
     void showChosen(const QModelIndex& index, bool bOpen);
     QString fileStem() const;
+    QList<Vec3D> cellOf(const std::shared_ptr<const IntegrationResult>& pResult);
+
+    /// A result and the cell that its indices belong to.
+    struct CellOfResult {
+        std::weak_ptr<const IntegrationResult> pResult;
+        QList<Vec3D> listCell;
+    };
 
     IntegrationHost m_host;
     std::shared_ptr<const IntegrationResult> m_pResult;  ///< null: nothing is integrated
     std::shared_ptr<const CIntegratedPeaks> m_pPeaks;    ///< of the result
     QList<Vec3D> m_listCell;                             ///< that its indices belong to
+    std::vector<CellOfResult> m_listCellOfResult;        ///< of those that somebody keeps
     std::vector<PredictedDisc> m_listDisc;               ///< of the frame in view
     QList<DiscItem*> m_listItem;                         ///< these, on the scene, which owns them
     ProfileWindow* m_pProfile = nullptr;  ///< made when it is first asked for; the window owns it

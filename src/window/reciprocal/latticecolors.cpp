@@ -54,10 +54,17 @@ void CLatticeColors::show(ED3DWidget& view, const QList<PointGroup>& listLattice
     m_bShown = true;
 }
 
+QList<PointGroup> CLatticeColors::groups(const ED3DWidget& view) const
+{
+    const QList<PointGroup> listShown = groupsOf(view);
+    return m_bShown && holdSamePeaks(view.points(), m_listPoint) ? m_listFormer + listShown.mid(m_nOwn)
+                                                                 : listShown;
+}
+
 void CLatticeColors::hide(ED3DWidget& view)
 {
     if (m_bShown && holdSamePeaks(view.points(), m_listPoint)) {
-        setGroups(view, m_listFormer + groupsOf(view).mid(m_nOwn));
+        setGroups(view, groups(view));
     }
     forget();
 }

@@ -21,6 +21,8 @@ public:
     void show(ED3DWidget& view, const QList<PointGroup>& listLattice);
     /// Puts the former groups back. A view that has got other points meanwhile stays as it is.
     void hide(ED3DWidget& view);
+    /// The groups that the view would have without those of lattices.
+    QList<PointGroup> groups(const ED3DWidget& view) const;
     /// Leaves the view as it is.
     void forget() { *this = {}; }
 

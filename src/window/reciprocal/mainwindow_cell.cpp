@@ -118,7 +118,7 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
 
 void MainWindow::showCellRange()
 {
-    if (isPumping() || !m_pCellPage->m_pCheckAutoRange->isChecked())
+    if (isPumping() || m_bShowingState || !m_pCellPage->m_pCheckAutoRange->isChecked())
         return;
     syncParametersWithControls(true);
     guarded([this] { m_cellHunting = withRange(m_cellHunting, m_dataSet); });

@@ -3,8 +3,6 @@
 #include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 
-#include <utility>
-
 namespace tessera {
 
 void CRawGroups::keep(DataSet& data, const ED3DWidget& view)
@@ -18,12 +16,19 @@ void CRawGroups::keep(DataSet& data, const ED3DWidget& view)
 
 QList<PointGroup> CRawGroups::take(const DataSet& data, const QList<Peak3D>& listPeak)
 {
-    const Kept kept = std::exchange(m_kept, {});
-    const int nGroups = kept.listLabel.size();
+    const QList<PointGroup> listGroup = kept(data, listPeak);
+    m_kept = {};
+    return listGroup;
+}
+
+QList<PointGroup> CRawGroups::kept(const DataSet& data, const QList<Peak3D>& listPeak) const
+{
+    const int nGroups = m_kept.listLabel.size();
     const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(data, listPeak, nGroups);
     QList<PointGroup> listGroup;
     for (int g = 0; g < nGroups; ++g)
-        listGroup.append({kept.listLabel[g], listGroupPoint[g], kept.listColor[g], kept.listVisible[g]});
+        listGroup.append(
+            {m_kept.listLabel[g], listGroupPoint[g], m_kept.listColor[g], m_kept.listVisible[g]});
     return listGroup;
 }
 

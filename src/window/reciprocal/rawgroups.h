@@ -31,6 +31,8 @@ public:
     void keep(DataSet& data, const ED3DWidget& view);
     /// The kept groups for some or all of the peaks, which are kept no longer; empty when there are none.
     QList<PointGroup> take(const DataSet& data, const QList<Peak3D>& listPeak);
+    /// Those that take() would give, which stay kept.
+    QList<PointGroup> kept(const DataSet& data, const QList<Peak3D>& listPeak) const;
     /// One flag per nID of the peaks: whether it is a point of the view's group `nGroup`, or would be if the
     /// limits did not hide it. Empty where no point of the group is a peak.
     std::vector<char> flags(const DataSet& data, const ED3DWidget& view, int nGroup,
