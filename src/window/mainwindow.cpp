@@ -13,6 +13,7 @@
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
+#include "window/history/workhistory.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
@@ -52,6 +53,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createControlDock();
     createOtherDocks();
     createRoad();
+    createHistory();
     checkSettings();
     createMenus();  // after the docks, whose switches it shows
     createToolBar();
@@ -71,6 +73,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     connectPanelSignals(true);
     updateControls(0);
     shareTips(this);
+    startHistory();
     m_pMessageEdit->addMessage(tr(
         "Menu \"File\": \"Open...\" opens a project, \"New Project...\" makes one from frames. F1 shows the "
         "guide."));
@@ -82,6 +85,7 @@ MainWindow::~MainWindow()
     // The widgets go down with the base class, and some report changes on the way.
     m_timerPlay.stop();
     m_timerPlay.disconnect(this);
+    delete m_pHistory;
     delete m_pContrast;
     delete m_pIntegration;
     delete m_pSelection;

@@ -84,6 +84,7 @@ struct TiltRefinementOptions;
 class View3DPage;
 class WindowActions;
 class WindowReport;
+class WorkHistory;
 
 /// The workbench: the data set, the views in tabs, the pages in docks, and a slot for each thing that the
 /// user can ask for.
@@ -544,6 +545,9 @@ private:
     void createFrameLook();  // src/window/frames/mainwindow_framelook.cpp
     void create3DView(ED3DWidget*& pView, const QString& strTab);
     void createPeakTable();
+    void createHistory();  // src/window/history/mainwindow_history.cpp, with the next two
+    void startHistory();
+    void showHistory();
     void createRoad();  // src/window/road/mainwindow_road.cpp
     QString projectFile() const;
     bool askForProject();
@@ -737,6 +741,8 @@ private:
         CRunScope& operator=(const CRunScope&) = delete;
 
     private:
+        static MainWindow& looked(MainWindow& window);
+
         MainWindow& m_window;
         bool m_bReload;
         int m_nOuterPump;  ///< a run may begin from the events that the end of another one lets through
@@ -827,6 +833,7 @@ private:
     SelectionController* m_pSelection = nullptr;
     int m_nFrameToShow = 0;  ///< of the chosen reflection, from 1, when frames come to the front; 0: none
     RoadDock* m_pRoad = nullptr;
+    WorkHistory* m_pHistory = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 

@@ -91,7 +91,10 @@ void MainWindow::createMenus()
     pFile->addSeparator();
     pFile->addAction(m_pActions->m_pExit);
 
-    menuBar()->addMenu(QStringLiteral("&Edit"))->addAction(m_pActions->m_pCopyWindow);
+    QMenu* pEdit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    pEdit->addActions({m_pActions->m_pUndo, m_pActions->m_pRedo});
+    pEdit->addSeparator();
+    pEdit->addAction(m_pActions->m_pCopyWindow);
 
     QMenu* pView = menuBar()->addMenu(QStringLiteral("&View"));
     pView->addActions({m_pActions->m_pZoomIn, m_pActions->m_pZoomOut});

@@ -11,6 +11,7 @@
 #include "window/frames/curveplot.h"
 #include "window/frameview/framemarks.h"
 #include "window/frameview/pixelreadout.h"
+#include "window/history/workhistory.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
@@ -116,10 +117,12 @@ void MainWindow::openFiles(const QStringList& listFile)
                 openReflectionList(listFile.first());
                 break;
             case OpenKind::project:
-                openProject(listFile.first());
+                if (openProject(listFile.first()))
+                    m_pHistory->beginAnew();
                 break;
             case OpenKind::images:
                 openImageFiles(listFile);
+                m_pHistory->beginAnew();
                 break;
         }
     } catch (...) {  // out of memory

@@ -1,6 +1,7 @@
 // MainWindow: what all runs have in common, and what waits for their end.
 #include "frameview/baseimgview.h"
 #include "records/whatwasthrown.h"
+#include "window/history/workhistory.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
 #include "window/pages/cellpage.h"
@@ -117,9 +118,17 @@ void MainWindow::catchUpAfterRun(bool bReload)
         selSizeChanged2();  // on the frame, not on what the run showed in its place
 }
 
-MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
-    : m_window(window), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
+/// What was changed before a run is a step of its own.
+MainWindow& MainWindow::CRunScope::looked(MainWindow& window)
 {
+    window.m_pHistory->look();
+    return window;
+}
+
+MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
+    : m_window(looked(window)), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
+{
+    window.m_pHistory->busyChanged();
     if (bReload)
         window.leaveSeriesPicture();  // the run shows frames
 }
@@ -128,6 +137,7 @@ MainWindow::CRunScope::~CRunScope()
 {
     if (m_window.m_gate.leave(m_nOuterPump))
         m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
+    m_window.m_pHistory->busyChanged();
 }
 
 }  // namespace tessera

@@ -118,6 +118,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pReport,
          {"Repor&t...", "Write what was done and found as a page for a browser", nullptr, {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
+        {&WindowActions::m_pUndo, {"&Undo", "Take the last step back", nullptr, "Ctrl+Z"}},
+        {&WindowActions::m_pRedo,
+         {"&Redo", "Make the step again that was taken back last", nullptr, "Ctrl+Shift+Z"}},
         {&WindowActions::m_pCopyWindow,
          {"Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy}},
         {&WindowActions::m_pZoomIn, {"Zoom &In", "Zoom in", "zoomin", QKeySequence::ZoomIn}},
@@ -241,6 +244,11 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", "
          "or else what the window holds, with tables, curves, three frames and the command that makes it "
          "again."},
+        {m_pUndo,
+         "Takes the last step back, with all that followed from it; \"Steps\" lists them. Files on disk are "
+         "not "
+         "undone. A text that is being typed has its own undo until Return."},
+        {m_pRedo, "Makes the step again that was taken back last."},
         {m_pZoomIn,
          "Shows the frame larger by one step of the list of factors beside it. For the eye: nothing is "
          "measured on the enlarged picture."},

@@ -53,7 +53,9 @@ public:
     QAction* m_pOtherPrograms = nullptr;      ///< for XDS, DIALS, PETS and dynamical refinement
     QAction* m_pReport = nullptr;             ///< what was done and found, as a page for a browser
     QAction* m_pExit = nullptr;               ///< closes the window
-    QAction* m_pCopyWindow = nullptr;         ///< menu "Edit": the picture of the current tab
+    QAction* m_pUndo = nullptr;               ///< menu "Edit": takes the last step back
+    QAction* m_pRedo = nullptr;               ///< makes it again
+    QAction* m_pCopyWindow = nullptr;         ///< the picture of the current tab
     QAction* m_pZoomIn = nullptr;             ///< menu "View": the next larger scale
     QAction* m_pZoomOut = nullptr;            ///< the next smaller one
     QAction* m_pGuide = nullptr;              ///< menu "Help": the guide

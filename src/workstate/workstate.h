@@ -31,6 +31,9 @@ struct WorkState {
     CMatrix3 matTransformation = CMatrix3::identity();  ///< of the cell, as the page has it
     QList<PointGroup> listRawGroup;                     ///< of the raw view; empty: it shows no peaks
     QList<PointGroup> listMergedGroup;                  ///< of the merged view
+    /// Points of the merged view with the indices that the last indexing gave each of them; empty: those of
+    /// the series, with the indices of its indexed reflections.
+    QList<Peak3D> listMergedPoint;
     std::shared_ptr<const GeometryRefinement>
         pGeometry;  ///< the last refinement of the geometry; may be null
     std::shared_ptr<const IntegrationResult> pIntegration;  ///< the last integration; may be null

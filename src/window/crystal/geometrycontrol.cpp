@@ -12,6 +12,7 @@
 #include "road/seriesgeometry.h"
 #include "view3d/ed3dwidget.h"
 #include "window/guards.h"
+#include "window/history/workhistory.h"
 #include "window/mainwindow.h"
 #include "window/pages/cellpage.h"
 #include "window/tabwidget.h"
@@ -335,6 +336,7 @@ void GeometryControl::apply()
     }
     const double dfFormerAxis = m_window.m_dataSet.m_dfRotationAxis;
     const int nFormer = m_window.m_dataSet.m_listReflectionIndexed.size();
+    const WorkHistory::CHold step(*m_window.m_pHistory, tr("Refined geometry taken"));
     keepState();
     m_window.guarded([&] {
         takeGeometry(m_window.m_dataSet, m_window.m_mapping, *pModel);
@@ -359,6 +361,7 @@ void GeometryControl::undo()
     if (m_listState.empty() || m_window.refuseDuringRun(tr("Going back to the former geometry"))) {
         return;
     }
+    const WorkHistory::CHold step(*m_window.m_pHistory, tr("Former geometry put back"));
     m_window.m_pCellPage->m_pButtonTest->setChecked(false);
     const CGeometryState state = std::move(m_listState.back());
     m_listState.pop_back();
@@ -465,6 +468,7 @@ void GeometryControl::loadCalibration()
         tellFailure(strReason);
         return;
     }
+    const WorkHistory::CHold step(*m_window.m_pHistory, tr("Calibration taken"));
     keepState();
     QStringList listWarning;
     m_window.guarded([&] {

@@ -8,16 +8,23 @@
 #include "window/crystal/latticelook.h"
 #include "window/frames/curveplot.h"
 #include "window/frameview/framemarks.h"
+#include "window/history/stepslist.h"
+#include "window/history/undokeys.h"
+#include "window/history/workhistory.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
 #include "window/runflag.h"
+#include "window/windowactions.h"
+#include "workstate/samework.h"
 
 #include <QCheckBox>
+#include <QDockWidget>
 #include <QDoubleSpinBox>
 #include <QFileInfo>
+#include <QIcon>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -79,6 +86,49 @@ void setNumber(QDoubleSpinBox* pSpin, double dfValue)
 
 }  // namespace
 
+void MainWindow::createHistory()
+{
+    m_pHistory = new WorkHistory(this);
+    QDockWidget* pDock = addDock(new StepsList(*m_pHistory, this), QStringLiteral("Steps"),
+                                 Qt::LeftDockWidgetArea, QIcon(QStringLiteral(":/images/steps.png")), {});
+    tabifyDockWidget(m_listDock.first(), pDock);
+    m_listDock.first()->raise();
+    connect(m_pActions->m_pUndo, &QAction::triggered, m_pHistory, &WorkHistory::undo);
+    connect(m_pActions->m_pRedo, &QAction::triggered, m_pHistory, &WorkHistory::redo);
+    m_pActions->setReady(m_pActions->m_pUndo);
+    m_pActions->setReady(m_pActions->m_pRedo);
+    connect(m_pHistory, &WorkHistory::changed, this, &MainWindow::showHistory);
+    new UndoKeys(m_pHistory);
+}
+
+/// From now on: what is there is what a user begins with.
+void MainWindow::startHistory()
+{
+    WorkHistoryHost host;
+    host.fnState = [this] {
+        syncParametersWithControls(true);  // reads the boxes alone: a number that is being typed stays so
+        return workState();
+    };
+    host.fnShow = [this](const WorkState& state) { return showWorkState(state); };
+    host.fnBusy = [this] { return isRunning(); };
+    host.fnSay = [this](const QString& strText) { statusBarMessage(strText); };
+    m_pHistory->start(host);
+}
+
+/// Brings the actions into line, which name the step that they would take back or make again.
+void MainWindow::showHistory()
+{
+    const CWorkSteps& steps = m_pHistory->steps();
+    const auto show = [&](QAction* pAction, const QString& strText, bool bCan, int nStep) {
+        QString strName = bCan ? steps.name(nStep) : QString();
+        strName.replace(QLatin1Char('&'), QLatin1String("&&"));  // else a menu takes it for a mnemonic
+        pAction->setText(bCan ? QStringLiteral("%1 %2").arg(strText, strName) : strText);
+        m_pActions->setInForce(pAction, bCan);
+    };
+    show(m_pActions->m_pUndo, tr("&Undo"), m_pHistory->canUndo(), steps.current());
+    show(m_pActions->m_pRedo, tr("&Redo"), m_pHistory->canRedo(), steps.current() + 1);
+}
+
 WorkState MainWindow::workState() const
 {
     WorkState state;
@@ -99,6 +149,7 @@ WorkState MainWindow::workState() const
                                  : m_rawGroups.kept(m_dataSet, flatList(m_dataSet.m_listPeakFrameShown)));
     if (!m_pView3DMerged->points().isEmpty()) {
         state.listMergedGroup = withoutPointsOfFirst(m_colorsMerged.groups(*m_pView3DMerged));
+        state.listMergedPoint = m_pView3DMerged->points();
     }
     state.pGeometry = m_pGeometry->shown();
     state.pIntegration = m_pIntegration->sharedResult();
@@ -209,13 +260,20 @@ void MainWindow::showPointsOfState(const WorkState& state, const WorkState& form
     }
     const bool bSameReflections =
         dataSet.m_listPeakMergedShown.isSharedWith(former.series.m_listPeakMergedShown) &&
-        dataSet.m_listReflectionIndexed.isSharedWith(former.series.m_listReflectionIndexed);
+        dataSet.m_listReflectionIndexed.isSharedWith(former.series.m_listReflectionIndexed) &&
+        state.listMergedPoint.isSharedWith(former.listMergedPoint);
     if (!bSameReflections || !areSame(state.listMergedGroup, former.listMergedGroup)) {
         const QuietView quiet(*m_pView3DMerged);
-        const bool bShown = !state.listMergedGroup.isEmpty();
-        m_pView3DMerged->setPoints(bShown ? dataSet.m_listPeakMergedShown : QList<Peak3D>(),
-                                   state.listMergedGroup);
-        m_pView3DMerged->setIndices(dataSet.m_listReflectionIndexed);
+        if (state.listMergedPoint.isEmpty()) {
+            const bool bShown = !state.listMergedGroup.isEmpty();
+            m_pView3DMerged->setPoints(bShown ? dataSet.m_listPeakMergedShown : QList<Peak3D>(),
+                                       state.listMergedGroup);
+            m_pView3DMerged->setIndices(dataSet.m_listReflectionIndexed);
+        } else {
+            m_pView3DMerged->setPoints(state.listMergedPoint, state.listMergedGroup);
+        }
+    }
+    if (!bSameReflections) {
         updatePeakTable(peaksOfTable());
     }
     if (!dataSet.m_listPeakChain.isSharedWith(former.series.m_listPeakChain)) {

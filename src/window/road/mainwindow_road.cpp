@@ -6,6 +6,7 @@
 #include "road/closinglines.h"
 #include "view3d/ed3dwidget.h"
 #include "window/crystal/geometrycontrol.h"
+#include "window/history/workhistory.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/integration/qualitytab.h"
 #include "window/messageedit.h"
@@ -158,6 +159,9 @@ void MainWindow::solveFrom(RoadStage stageFrom)
     m_pRoad->parentWidget()->raise();
     runWithButton(m_bSolving, m_pRoad->m_pSolveButton, [&](CRunReport& report) {
         clearFrameMarks();
+        m_pHistory->nameNextStep(stageFrom == RoadStage::Shifts
+                                     ? tr("Solve")
+                                     : tr("Solve from \"%1\"").arg(roadStageName(stageFrom)));
         CDockReport dockReport(report, *m_pRoad);
         m_roadRows.begin(stageFrom);
         m_pRoad->setRows(m_roadRows.rows());
