@@ -2,6 +2,7 @@
 #include "window/mainwindow.h"
 
 #include "dataset/displayname.h"
+#include "reciprocal/peaktable.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
 #include "window/crystal/geometrycontrol.h"
@@ -16,6 +17,7 @@
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
+#include "window/reciprocal/peaktableview.h"
 #include "window/runflag.h"
 #include "window/windowactions.h"
 #include "workstate/samework.h"
@@ -175,8 +177,6 @@ bool MainWindow::showWorkState(const WorkState& state)
         showCellOfState();
         m_pIntegration->putBack(state.pIntegration);
         m_pGeometry->putBack(state.pGeometry);
-        // A table takes the space group of the page, which the statistics had left on another one.
-        m_dataSet.m_spaceGroup = state.series.m_spaceGroup;
     });
     guarded([&] { showFrameOfState(former.series); });
     return true;
@@ -274,7 +274,10 @@ void MainWindow::showPointsOfState(const WorkState& state, const WorkState& form
         }
     }
     if (!bSameReflections) {
-        updatePeakTable(peaksOfTable());
+        // By the space group of the state and not that of the page, which may have been chosen since.
+        m_pPeakTableView->setTable(std::make_shared<const CPeakTable>(peaksOfTable(), m_dataSet,
+                                                                      m_indexing.m_dfIndexThreshold, m_locale,
+                                                                      m_pIntegration->peaksOfTable()));
     }
     if (!dataSet.m_listPeakChain.isSharedWith(former.series.m_listPeakChain)) {
         m_pCurvePlot->clearCurve();  // of a reflection that has left

@@ -54,7 +54,7 @@ void StepsList::renew()
             palette().brush(n > steps.current() ? QPalette::Disabled : QPalette::Active, QPalette::Text));
     }
     m_pList->setCurrentRow(steps.current());
-    m_pList->setEnabled(m_history.canUndo() || m_history.canRedo());
+    m_pList->setEnabled(!m_history.isBusy());
     m_pLabelDropped->setVisible(steps.dropped() > 0);
     m_pLabelDropped->setText(tr("%L1 older steps were given up: all may hold %2.")
                                  .arg(steps.dropped())

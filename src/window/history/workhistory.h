@@ -46,6 +46,7 @@ public:
     void busyChanged() { emit changed(); }
 
     const CWorkSteps& steps() const { return m_steps; }  ///< those noted
+    bool isBusy() const { return !isReady(); }           ///< nothing can be gone to
     bool canUndo() const;                                ///< there is a step to take back, and no run
     bool canRedo() const;                                ///< likewise one that was taken back
 
