@@ -31,13 +31,21 @@ CellParameters constrainedCell(LatticeSystem system, const CellParameters& cell)
 /// leaves free: lengths in Å, angles in degrees. What is over stays 0.
 class CellForm {
 public:
+    struct AsTold {};
     /// Free.
     CellForm() = default;
     /// Under a constraint, with the orientation that lies closest to a basis (rows a*, b*, c*).
     CellForm(const CellConstraint& constraint, const Eigen::Matrix3d& reciprocal);
 
+    /// A form again as another one told it: by constraint() and orientation().
+    CellForm(const std::optional<CellConstraint>& constraint, const Eigen::Matrix3d& orientation, AsTold)
+        : m_constraint(constraint), m_matOrientation(orientation)
+    {}
+
     bool isConstrained() const { return m_constraint.has_value(); }
     const std::optional<CellConstraint>& constraint() const { return m_constraint; }
+    /// Rows: the axes of the standard setting, as the form was made with them.
+    const Eigen::Matrix3d& orientation() const { return m_matOrientation; }
     int freeNumbers() const;  ///< those that are used, from the first
 
     /// Puts a basis (rows a*, b*, c*) into the numbers; of a constrained form the one it was made with.

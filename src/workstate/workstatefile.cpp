@@ -1,18 +1,77 @@
 #include "workstate/workstatefile.h"
 
+#include "workstate/statereader.h"
+#include "workstate/statewriter.h"
+
+#include <QCryptographicHash>
+
 namespace tessera {
 
-QByteArray workStateBytes(const WorkState&)
+namespace {
+
+constexpr int g_nVersionBytes = int(sizeof(quint32));
+constexpr int g_nSumBytes = 16;
+
+QByteArray mark()
 {
-    return {};
+    return QByteArrayLiteral("TesseraWorkState");
 }
 
-bool workStateFromBytes(const QByteArray&, WorkState&, QString* pstrReason)
+QByteArray sumOf(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Md5);
+}
+
+bool refused(QString* pstrReason, const QString& strWhy)
 {
     if (pstrReason) {
-        *pstrReason = QStringLiteral("It cannot be read yet.");
+        *pstrReason = strWhy;
     }
     return false;
+}
+
+}  // namespace
+
+QByteArray workStateHead(const QByteArray& bytesValues)
+{
+    QByteArray bytesVersion(g_nVersionBytes, 0);
+    qToLittleEndian(g_nWorkStateVersion, bytesVersion.data());
+    return mark() + bytesVersion + sumOf(bytesValues);
+}
+
+QByteArray workStateBytes(const WorkState& state)
+{
+    CStateWriter writer;
+    writer.put(state);
+    const QByteArray bytes = writer.bytes();
+    return bytes.isEmpty() ? bytes : workStateHead(bytes) + bytes;
+}
+
+bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstrReason)
+{
+    const int nHead = mark().size() + g_nVersionBytes + g_nSumBytes;
+    if (!bytes.startsWith(mark()) || bytes.size() < nHead) {
+        return refused(pstrReason, QStringLiteral("It is not the work of this program, or cut off."));
+    }
+    const auto nVersion = qFromLittleEndian<quint32>(bytes.constData() + mark().size());
+    if (nVersion != g_nWorkStateVersion) {
+        return refused(pstrReason, QStringLiteral("It is of another version of the program (%1 instead of %2).")
+                                       .arg(nVersion)
+                                       .arg(g_nWorkStateVersion));
+    }
+    const QByteArray bytesValues =
+        QByteArray::fromRawData(bytes.constData() + nHead, bytes.size() - nHead);
+    if (bytes.mid(nHead - g_nSumBytes, g_nSumBytes) != sumOf(bytesValues)) {
+        return refused(pstrReason, QStringLiteral("It is damaged: the check sum is another one."));
+    }
+    CStateReader reader(bytesValues);
+    WorkState stateRead;
+    reader.take(stateRead);
+    if (!reader.isWhole()) {
+        return refused(pstrReason, QStringLiteral("It is damaged: a value is missing, or not of its kind."));
+    }
+    state = stateRead;
+    return true;
 }
 
 }  // namespace tessera

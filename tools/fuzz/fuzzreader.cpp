@@ -20,6 +20,7 @@
 #include "records/groupmask.h"
 #include "records/wholefile.h"
 #include "tools/fuzz/framefuzzreaders.h"
+#include "workstate/workstatefile.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -349,6 +350,25 @@ QString readCalibrationFile(const QString& strFileName, const QByteArray&)
                : QStringLiteral("a calibration changes when written and read");
 }
 
+/// As they are, and with a right check sum, which no fuzzer would hit.
+QString readWorkState(const QString&, const QByteArray& bytes)
+{
+    const QByteArray bytesValues = bytes.mid(workStateHead({}).size());
+    for (const QByteArray& bytesRead : {bytes, workStateHead(bytesValues) + bytesValues}) {
+        WorkState state;
+        state.series.m_strProjectName = QStringLiteral("former");
+        QString strReason;
+        if (workStateFromBytes(bytesRead, state, &strReason)) {
+            if (workStateBytes(state) != bytesRead) {
+                return QStringLiteral("a state changes when written and read");
+            }
+        } else if (strReason.isEmpty() || state.series.m_strProjectName != QLatin1String("former")) {
+            return QStringLiteral("a failure without a reason, or one that has changed the state");
+        }
+    }
+    return g_strGood;
+}
+
 }  // namespace
 
 const std::vector<FuzzReader>& fuzzReaders()
@@ -367,6 +387,7 @@ const std::vector<FuzzReader>& fuzzReaders()
             {"hkl", "series.hkl", readHkl},
             {"tilts", "tilts.txt", readTiltList},
             {"calibration", "microscope.calib.json", readCalibrationFile},
+            {"workstate", "series.state", readWorkState},
         };
         vecReader.insert(vecReader.end(), std::begin(aOther), std::end(aOther));
         return vecReader;

@@ -1,0 +1,184 @@
+#include "workstate/keptwork.h"
+
+#include "dataset/displayname.h"
+#include "workstate/workstatefile.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace tessera {
+
+namespace {
+
+// Of the head. It is a line of four words, "TesseraKeptWork", this number, MD5 and length of the JSON text that
+// follows; then comes the state.
+constexpr int g_nHeadVersion = 1;
+constexpr int g_nLongestLine = 100;
+constexpr int g_nLongestText = 1 << 16;
+
+QByteArray mark()
+{
+    return QByteArrayLiteral("TesseraKeptWork ");
+}
+
+QByteArray sumOf(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex();
+}
+
+/// Empty where the file cannot be read.
+QByteArray sumOfFile(const QString& strFile)
+{
+    QFile file(strFile);
+    return !strFile.isEmpty() && file.open(QIODevice::ReadOnly) ? sumOf(file.readAll()) : QByteArray();
+}
+
+QByteArray headText(const KeptWork& work)
+{
+    const QJsonObject object{{QStringLiteral("name"), work.strName},
+                             {QStringLiteral("project"), work.strProject},
+                             {QStringLiteral("projectSum"), QString::fromLatin1(work.bytesProjectSum)},
+                             {QStringLiteral("when"), work.when.toUTC().toString(Qt::ISODateWithMs)},
+                             {QStringLiteral("step"), work.strStep}};
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+KeptWorkHead told(KeptWorkHead head, QString* pstrReason, const QString& strReason)
+{
+    if (pstrReason) {
+        *pstrReason = strReason;
+    }
+    return head;
+}
+
+/// Reads the head of an open file, which then stands before the state.
+KeptWorkHead readHead(QFile& file, KeptWork& work, QString* pstrReason)
+{
+    const QString strName = file.fileName();
+    const QByteArray bytesLine = file.readLine(g_nLongestLine);
+    const QList<QByteArray> listWord = bytesLine.trimmed().split(' ');
+    if (!bytesLine.startsWith(mark()) || !bytesLine.endsWith('\n') || listWord.size() < 2) {
+        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+    }
+    if (listWord[1] != QByteArray::number(g_nHeadVersion)) {
+        return told(KeptWorkHead::Unreadable, pstrReason,
+                    strName + QStringLiteral(": of another version of the program"));
+    }
+    const int nText = listWord.value(3).toInt();
+    if (listWord.size() != 4 || nText < 1 || nText > g_nLongestText) {
+        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+    }
+    const QByteArray bytesText = file.read(nText);
+    if (sumOf(bytesText) != listWord[2]) {
+        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+    }
+    const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
+    work.strFile = strName;
+    work.strName = object[QStringLiteral("name")].toString();
+    work.strProject = object[QStringLiteral("project")].toString();
+    work.bytesProjectSum = object[QStringLiteral("projectSum")].toString().toLatin1();
+    work.when = QDateTime::fromString(object[QStringLiteral("when")].toString(), Qt::ISODateWithMs);
+    work.strStep = object[QStringLiteral("step")].toString();
+    return KeptWorkHead::Good;
+}
+
+}  // namespace
+
+KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateTime& when)
+{
+    KeptWork work;
+    const SeriesData& series = state.series;
+    const QString strProject =
+        series.m_strProjectDir + QLatin1Char('/') + series.m_strProjectName + QStringLiteral(".ed3d");
+    work.bytesProjectSum = sumOfFile(strProject);
+    const bool bProject = !work.bytesProjectSum.isEmpty();
+    work.strProject = bProject ? strProject : QString();
+    work.strName = bProject ? QFileInfo(strProject).fileName() : displayName(series.m_listFrameFile);
+    work.when = when.toUTC();
+    work.strStep = strStep;
+    return work;
+}
+
+QByteArray keptWorkBytes(const KeptWork& work, const WorkState& state)
+{
+    const QByteArray bytesState = workStateBytes(state);
+    if (bytesState.isEmpty()) {
+        return bytesState;
+    }
+    const QByteArray bytesText = headText(work);
+    return mark() + QByteArray::number(g_nHeadVersion) + ' ' + sumOf(bytesText) + ' ' +
+           QByteArray::number(bytesText.size()) + '\n' + bytesText + bytesState;
+}
+
+KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrReason)
+{
+    QFile file(strFile);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return told(KeptWorkHead::Unreadable, pstrReason, strFile + QStringLiteral(": ") + file.errorString());
+    }
+    return readHead(file, work, pstrReason);
+}
+
+bool readKeptState(const KeptWork& work, WorkState& state, QString* pstrReason)
+{
+    QFile file(work.strFile);
+    if (!file.open(QIODevice::ReadOnly)) {
+        told(KeptWorkHead::Unreadable, pstrReason, work.strFile + QStringLiteral(": ") + file.errorString());
+        return false;
+    }
+    KeptWork workAgain;
+    QString strReason;
+    if (readHead(file, workAgain, pstrReason) != KeptWorkHead::Good) {
+        return false;
+    }
+    if (!workStateFromBytes(file.readAll(), state, &strReason)) {
+        told(KeptWorkHead::Damaged, pstrReason, work.strFile + QStringLiteral(": ") + strReason);
+        return false;
+    }
+    return true;
+}
+
+QString interruptedText(const KeptWork& work, const QDate& today, const QLocale& locale)
+{
+    const QDateTime when = work.when.toLocalTime();
+    QString strWhen = locale.toString(when.time(), QLocale::ShortFormat);
+    if (when.date() != today) {
+        strWhen = locale.toString(when.date(), QLocale::LongFormat) + QStringLiteral(", ") + strWhen;
+    }
+    return QStringLiteral("The work on %1 of %2 was interrupted after \"%3\".")
+        .arg(work.strName, strWhen, work.strStep);
+}
+
+QStringList changesSince(const KeptWork& work, const WorkState& state)
+{
+    QStringList listLine;
+    if (!work.strProject.isEmpty()) {
+        const QByteArray bytesSum = sumOfFile(work.strProject);
+        if (bytesSum.isEmpty()) {
+            listLine.append(QStringLiteral("%1 is no longer there. The work is shown as it was.")
+                                .arg(work.strProject));
+        } else if (bytesSum != work.bytesProjectSum) {
+            listLine.append(QStringLiteral("%1 has been changed since. The work is shown as it was; open the "
+                                           "project for what it holds now.")
+                                .arg(work.strProject));
+        }
+    }
+    QStringList listMissing;
+    for (const QString& strFrame : state.series.m_listFrameFile) {
+        if (!QFileInfo::exists(strFrame)) {
+            listMissing.append(strFrame);
+        }
+    }
+    listMissing.removeDuplicates();  // frames of one stack
+    if (!listMissing.isEmpty()) {
+        listLine.append(QStringLiteral("%1 of the frames' files are no longer there, the first is %2.")
+                            .arg(listMissing.size())
+                            .arg(listMissing.first()));
+    }
+    return listLine;
+}
+
+}  // namespace tessera

@@ -1,0 +1,83 @@
+#include "workstate/worklock.h"
+
+#include <QFile>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tessera {
+
+namespace {
+
+constexpr int g_nTries = 10;  // a file that goes meanwhile is made again
+
+/// Whether the open file is still the one of that name: its holder removes it as it gives it back.
+bool isStillThere(int nFile, const QByteArray& strName)
+{
+    struct stat infoOpen, infoNamed;
+    return ::fstat(nFile, &infoOpen) == 0 && ::stat(strName.constData(), &infoNamed) == 0 &&
+           infoOpen.st_dev == infoNamed.st_dev && infoOpen.st_ino == infoNamed.st_ino;
+}
+
+int locked(int nFile)
+{
+    int nResult = -1;
+    do {
+        nResult = ::flock(nFile, LOCK_EX | LOCK_NB);
+    } while (nResult != 0 && errno == EINTR);
+    return nResult == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+bool CWorkLock::take(const QString& strFile, QString* pstrReason)
+{
+    release();
+    const QByteArray strName = QFile::encodeName(strFile);
+    const auto fail = [&](const QString& strWhat) {
+        if (pstrReason) {
+            *pstrReason = strFile + QStringLiteral(": ") + strWhat;
+        }
+        return false;
+    };
+    for (int i = 0; i < g_nTries; ++i) {
+        const int nFile = ::open(strName.constData(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+        if (nFile < 0) {
+            return fail(qt_error_string(errno));
+        }
+        const int nError = locked(nFile);
+        if (nError == EWOULDBLOCK) {
+            ::close(nFile);
+            return fail(QStringLiteral("another window holds it"));
+        }
+        if (isStillThere(nFile, strName)) {
+            m_nFile = nFile;
+            m_strFile = strFile;
+            return true;
+        }
+        ::close(nFile);
+    }
+    return fail(QStringLiteral("it goes as soon as it is made"));
+}
+
+void CWorkLock::release()
+{
+    if (isTaken()) {
+        ::close(m_nFile);
+        m_nFile = -1;
+    }
+}
+
+void CWorkLock::remove()
+{
+    if (isTaken()) {
+        QFile::remove(m_strFile);  // before it is given back, so that nobody else's goes
+        release();
+    }
+}
+
+}  // namespace tessera
