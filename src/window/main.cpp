@@ -1,5 +1,6 @@
 // The program `tessera`: the window, and what the command line asks it to open.
 #include "window/application.h"
+#include "window/history/workkeeper.h"
 #include "window/mainwindow.h"
 
 #include <QApplication>
@@ -65,6 +66,9 @@ int main(int argc, char** argv)
     splash.finish(&window);
 
     const QStringList listFile = absolutePaths(parser.positionalArguments());
-    QTimer::singleShot(0, &window, [&window, listFile] { window.openFiles(listFile); });
+    QTimer::singleShot(0, &window, [&window, listFile] {
+        window.openFiles(listFile);
+        window.keepWork(WorkKeeper::usualFolder());
+    });
     return application.exec();
 }

@@ -14,6 +14,7 @@
 #include "window/frameview/pixelreadout.h"
 #include "window/guidewindow.h"
 #include "window/history/workhistory.h"
+#include "window/history/workkeeper.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
@@ -182,6 +183,9 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     m_pGeometry->dialog().hide();
     m_pIntegration->forget();
     m_pGuideWindow.reset();
+    if (m_pKeeper) {
+        m_pKeeper->end();
+    }
     pEvent->accept();
 }
 

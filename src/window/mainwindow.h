@@ -85,6 +85,8 @@ class View3DPage;
 class WindowActions;
 class WindowReport;
 class WorkHistory;
+class WorkKeeper;
+struct Leftover;
 
 /// The workbench: the data set, the views in tabs, the pages in docks, and a slot for each thing that the
 /// user can ask for.
@@ -117,6 +119,10 @@ public:
     /// another series is shown as one that has been opened.
     /// @return false during a run, with a red line and all as it was
     bool showWorkState(const WorkState& state);
+    /// Keeps the work in a folder from now on, step by step, and asks what shall become of the works of
+    /// windows that have not come to their end. To be called once, when the window is shown; without it
+    /// nothing is kept. See src/window/history/mainwindow_interrupted.cpp.
+    void keepWork(const QString& strFolder);
 
 protected:
     void closeEvent(QCloseEvent* pEvent) override;
@@ -699,6 +705,9 @@ private:
     void takeWorkState(const WorkState& state);
     void showSeriesOfState(const SeriesData& series);
     void showPagesOfState(const SeriesData& former);
+    void keepStage(const QString& strStage);
+    void forgetKeptWork();
+    bool restoreWork(Leftover& leftover);
     void showPointsOfState(const WorkState& state, const WorkState& former);
     void showCellOfState();
     void showFrameOfState(const SeriesData& former);
@@ -778,6 +787,7 @@ private:
     bool m_bHuntingRunning = false;  ///< the same of peak hunting
     bool m_bSearchingCell = false;   ///< the same of a search for the cell
     bool m_bSolving = false;         ///< the same of the road
+    WorkKeeper* m_pKeeper = nullptr;  ///< null: nothing is kept
     CRoadRows m_roadRows;
     std::shared_ptr<CRoadWork> m_pRoadWork;    ///< the last road; null: none, or one that could not open
     std::optional<PageNumbers> m_numbersLeft;  ///< that the last road left on the pages

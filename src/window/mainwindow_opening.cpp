@@ -169,6 +169,7 @@ bool MainWindow::openProject(const QString& strFileName)
         stopImagePlay();
         showDataSetAnew();
     }
+    forgetKeptWork();
     pumpEvents();
 
     showFirstFrame();
@@ -200,6 +201,7 @@ void MainWindow::openImageFiles(const QStringList& listFile)
         tellStretchingThatStays(m_dataSet, m_mapping, report);
         showDataSetAnew();
     }
+    forgetKeptWork();
     setWindowFilePath(displayName(listFile));
     showFirstFrame();
     showOpenedCell();

@@ -13,8 +13,8 @@ namespace tessera {
 
 namespace {
 
-// Of the head. It is a line of four words, "TesseraKeptWork", this number, MD5 and length of the JSON text that
-// follows; then comes the state.
+// Of the head. It is a line of four words, "TesseraKeptWork", this number, MD5 and length of the JSON text
+// that follows; then comes the state.
 constexpr int g_nHeadVersion = 1;
 constexpr int g_nLongestLine = 100;
 constexpr int g_nLongestText = 1 << 16;
@@ -91,8 +91,8 @@ KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateT
 {
     KeptWork work;
     const SeriesData& series = state.series;
-    const QString strProject =
-        series.m_strProjectDir + QLatin1Char('/') + series.m_strProjectName + QStringLiteral(".ed3d");
+    const QString strProject = series.m_strProjectDir + QLatin1Char('/') + series.m_strProjectName +
+                               QStringLiteral(".ed3d");
     work.bytesProjectSum = sumOfFile(strProject);
     const bool bProject = !work.bytesProjectSum.isEmpty();
     work.strProject = bProject ? strProject : QString();
@@ -117,7 +117,8 @@ KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrR
 {
     QFile file(strFile);
     if (!file.open(QIODevice::ReadOnly)) {
-        return told(KeptWorkHead::Unreadable, pstrReason, strFile + QStringLiteral(": ") + file.errorString());
+        return told(KeptWorkHead::Unreadable, pstrReason,
+                    strFile + QStringLiteral(": ") + file.errorString());
     }
     return readHead(file, work, pstrReason);
 }
@@ -158,8 +159,8 @@ QStringList changesSince(const KeptWork& work, const WorkState& state)
     if (!work.strProject.isEmpty()) {
         const QByteArray bytesSum = sumOfFile(work.strProject);
         if (bytesSum.isEmpty()) {
-            listLine.append(QStringLiteral("%1 is no longer there. The work is shown as it was.")
-                                .arg(work.strProject));
+            listLine.append(
+                QStringLiteral("%1 is no longer there. The work is shown as it was.").arg(work.strProject));
         } else if (bytesSum != work.bytesProjectSum) {
             listLine.append(QStringLiteral("%1 has been changed since. The work is shown as it was; open the "
                                            "project for what it holds now.")

@@ -13,12 +13,12 @@ namespace tessera {
 
 /// The head of such a file.
 struct KeptWork {
-    QString strFile;              ///< where it is kept; not in the file
-    QString strName;              ///< of the project or the frames, "garnet.ed3d"
-    QString strProject;           ///< full path; empty: frames without a project
-    QByteArray bytesProjectSum;   ///< MD5 of the project file as the state was kept; empty: it was not there
-    QDateTime when;               ///< UTC, of the step
-    QString strStep;              ///< that the state was kept after
+    QString strFile;             ///< where it is kept; not in the file
+    QString strName;             ///< of the project or the frames, "garnet.ed3d"
+    QString strProject;          ///< full path; empty: frames without a project
+    QByteArray bytesProjectSum;  ///< MD5 of the project file as the state was kept; empty: it was not there
+    QDateTime when;              ///< UTC, of the step
+    QString strStep;             ///< that the state was kept after
 };
 
 /// What is to be kept of a state, and of its project file as it is now; strFile is empty.

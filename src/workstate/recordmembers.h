@@ -15,16 +15,16 @@ struct Members {
     static constexpr bool bKnown = false;
 };
 
-#define TESSERA_MEMBERS(Record, ...)             \
-    template <>                                  \
-    struct Members<Record> {                     \
-        static constexpr bool bKnown = true;     \
-        template <class TRecord>                 \
-        static auto of(TRecord& record)          \
-        {                                        \
-            auto& [__VA_ARGS__] = record;        \
-            return std::tie(__VA_ARGS__);        \
-        }                                        \
+#define TESSERA_MEMBERS(Record, ...)         \
+    template <>                              \
+    struct Members<Record> {                 \
+        static constexpr bool bKnown = true; \
+        template <class TRecord>             \
+        static auto of(TRecord& record)      \
+        {                                    \
+            auto& [__VA_ARGS__] = record;    \
+            return std::tie(__VA_ARGS__);    \
+        }                                    \
     }
 
 // records, crystal, geometry, dataset, cloud

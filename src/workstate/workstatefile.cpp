@@ -55,12 +55,12 @@ bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstr
     }
     const auto nVersion = qFromLittleEndian<quint32>(bytes.constData() + mark().size());
     if (nVersion != g_nWorkStateVersion) {
-        return refused(pstrReason, QStringLiteral("It is of another version of the program (%1 instead of %2).")
-                                       .arg(nVersion)
-                                       .arg(g_nWorkStateVersion));
+        return refused(pstrReason,
+                       QStringLiteral("It is of another version of the program (%1 instead of %2).")
+                           .arg(nVersion)
+                           .arg(g_nWorkStateVersion));
     }
-    const QByteArray bytesValues =
-        QByteArray::fromRawData(bytes.constData() + nHead, bytes.size() - nHead);
+    const QByteArray bytesValues = QByteArray::fromRawData(bytes.constData() + nHead, bytes.size() - nHead);
     if (bytes.mid(nHead - g_nSumBytes, g_nSumBytes) != sumOf(bytesValues)) {
         return refused(pstrReason, QStringLiteral("It is damaged: the check sum is another one."));
     }

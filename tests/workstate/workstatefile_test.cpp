@@ -46,9 +46,9 @@ TEST(WorkStateFile, GivesBackWhatAUserHasMade)
     state.listRawGroup = {{QStringLiteral("first"), {0, 1}, QColor::fromHsv(300, 20, 200, 40), false}};
     GeometryRefinement geometry;
     geometry.free.dfRmsSeen = std::numeric_limits<double>::quiet_NaN();
-    geometry.free.fit.form = CellForm(CellConstraint{LatticeSystem::Cubic, Eigen::Matrix3d::Identity(),
-                                                     QStringLiteral("cP")},
-                                      Eigen::Matrix3d::Identity() / 9);
+    geometry.free.fit.form = CellForm(
+        CellConstraint{LatticeSystem::Cubic, Eigen::Matrix3d::Identity(), QStringLiteral("cP")},
+        Eigen::Matrix3d::Identity() / 9);
     state.pGeometry = std::make_shared<const GeometryRefinement>(geometry);
     ASSERT_TRUE(workStateFromBytes(workStateBytes(state), again));
 
@@ -72,8 +72,7 @@ TEST(WorkStateFile, GivesBackWhatAUserHasMade)
     ASSERT_TRUE(again.pGeometry->free.fit.form.isConstrained());
     GeometryNumbers numbers = {};
     geometry.free.fit.form.setStart(numbers, Eigen::Matrix3d::Identity() / 9);
-    EXPECT_EQ(again.pGeometry->free.fit.form.reciprocal(numbers),
-              geometry.free.fit.form.reciprocal(numbers));
+    EXPECT_EQ(again.pGeometry->free.fit.form.reciprocal(numbers), geometry.free.fit.form.reciprocal(numbers));
     EXPECT_FALSE(again.pIntegration);
 }
 

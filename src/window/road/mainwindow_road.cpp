@@ -215,6 +215,7 @@ void MainWindow::takeRoadStep(const RoadStep& step, const RoadState& state)
         syncParametersWithControls(false);
     }
     showRoadResult(step, state);
+    keepStage(tr("Solve: %1").arg(step.strPart));
 }
 
 void MainWindow::showRoadResult(const RoadStep& step, const RoadState& state)

@@ -1,0 +1,90 @@
+// MainWindow: its work kept on the disk, and what a crash has interrupted brought back.
+#include "window/history/interrupteddialog.h"
+#include "window/history/workhistory.h"
+#include "window/history/workkeeper.h"
+#include "window/mainwindow.h"
+#include "window/windowreport.h"
+
+#include <QFileInfo>
+
+namespace tessera {
+
+void MainWindow::keepWork(const QString& strFolder)
+{
+    m_pKeeper = new WorkKeeper(strFolder, this);
+    for (const WorkHistory* pHistory : findChildren<WorkHistory*>()) {
+        connect(pHistory, &WorkHistory::stepNoted, m_pKeeper, &WorkKeeper::keep);
+    }
+    connect(m_pKeeper, &WorkKeeper::failed, this, [this](const QString& strReason) {
+        WindowReport(*this).addMessage(
+            tr("This work could not be kept, so a crash would cost it: %1").arg(strReason),
+            Severity::Warning);
+    });
+    QStringList listReason;
+    std::vector<Leftover> listLeftover = m_pKeeper->leftovers(listReason);
+    for (const QString& strReason : qAsConst(listReason)) {
+        WindowReport(*this).addMessage(strReason, Severity::Warning);
+    }
+    if (listLeftover.empty()) {
+        return;
+    }
+    auto* pDialog = new InterruptedDialog(
+        std::move(listLeftover), [this](Leftover& leftover) { return restoreWork(leftover); },
+        QDate::currentDate(), m_locale, this);
+    connect(pDialog, &InterruptedDialog::notRemoved, this, [this](const QString& strFile) {
+        WindowReport(*this).addMessage(tr("%1 cannot be removed.").arg(strFile), Severity::Error);
+    });
+    pDialog->show();
+}
+
+/// Keeps what "Solve" has come to. It is no step of its own for undo.
+void MainWindow::keepStage(const QString& strStage)
+{
+    if (m_pKeeper) {
+        guarded([&] { m_pKeeper->keep(workState(), strStage); });
+    }
+}
+
+/// Another series is open: there is nothing to restore of the former one.
+void MainWindow::forgetKeptWork()
+{
+    if (m_pKeeper) {
+        m_pKeeper->forget();
+    }
+}
+
+/// Shows an interrupted work, with a line for what is no longer as it was.
+/// @return false, with a red line, where it cannot be read or a run is under way; the leftover then stays
+bool MainWindow::restoreWork(Leftover& leftover)
+{
+    if (refuseDuringRun(tr("Restoring interrupted work"))) {
+        return false;
+    }
+    WindowReport report(*this);
+    WorkState state;
+    QString strReason;
+    bool bShown = false;
+    guarded([&] {
+        if (!readKeptState(leftover.work, state, &strReason)) {
+            report.addMessage(tr("The work cannot be restored: %1").arg(strReason), Severity::Error);
+            return;
+        }
+        bShown = showWorkState(state);
+    });
+    if (!bShown) {
+        return false;
+    }
+    for (const QString& strLine : changesSince(leftover.work, state)) {
+        report.addMessage(strLine, Severity::Warning);
+    }
+    report.addMessage(
+        tr("%1 is restored as it was after \"%2\".").arg(leftover.work.strName, leftover.work.strStep));
+    if (QFileInfo::exists(projectFile())) {
+        enterRecentSeries({projectFile()});
+    }
+    const QString strStep = leftover.work.strStep;
+    m_pKeeper->keepInPlaceOf(workState(), strStep, std::move(leftover));
+    return true;
+}
+
+}  // namespace tessera
