@@ -71,6 +71,24 @@ void CCamera::viewAlong(const Vec3D& v)
     setRotation(rotationMatrix(dfAngle, {v.y, -v.x, 0.f}));
 }
 
+void CCamera::turnTowards(const Vec3D& v)
+{
+    const DoubleVector direction = widened(v);
+    const double dfLength = std::sqrt(dot(direction, direction));
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength)) {
+        return;
+    }
+    // On the screen; the axis of the turn lies in its plane.
+    const auto along = [&](size_t nRow) {
+        return dot(widened(row(m_fRotation, nRow)), direction) / dfLength;
+    };
+    const double dfX = along(0), dfY = along(1), dfZ = along(2);
+    const double dfOff = std::hypot(dfX, dfY);
+    const Vec3D axis = dfOff > 0.0 ? Vec3D{float(dfY / dfOff), float(-dfX / dfOff), 0.f}
+                                   : Vec3D{0.f, 1.f, 0.f};
+    setRotation(multiplied(rotationMatrix(std::atan2(dfOff, dfZ) / g_dfDegree, axis), m_fRotation));
+}
+
 void CCamera::rotateAroundScreen(int nAxis, double dfAngle)
 {
     setRotation(multiplied(m_fRotation, rotationMatrix(dfAngle, row(m_fRotation, size_t(nAxis)))));

@@ -34,6 +34,9 @@ public:
     /// Turns v towards the viewer; the rotation before it is dropped. An axis of turn doesn't exist along z:
     /// with v along +z or -z there is no rotation at all. A v of length 0 changes nothing.
     void viewAlong(const Vec3D& v);
+    /// Turns v towards the viewer on the shortest way from where it is; what is upright stays nearly so. A v
+    /// of length 0 changes nothing.
+    void turnTowards(const Vec3D& v);
     /// Turns the scene about axis 0, 1 or 2 of the screen, degrees.
     void rotateAroundScreen(int nAxis, double dfAngle);
     /// Turns the scene as the ball under the mouse turns from one trackball vector to another.

@@ -5,13 +5,16 @@
 namespace tessera {
 
 CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vector<float>& vecSize,
-                                const PointDisplay& display, float fAlpha, float fScale)
+                                const PointDisplay& display, float fAlpha, float fScale,
+                                const std::vector<char>& vecInside)
 {
     CloudVertices vertices;
     vertices.vecVertex.reserve(size_t(listPoint.size()));
     vertices.m_pnPickName.reserve(size_t(listPoint.size()));
     for (int nPoint = 0; nPoint < listPoint.size(); nPoint++) {
         const size_t i = size_t(nPoint);
+        if (!vecInside.empty() && !vecInside[i])
+            continue;
         const Vec3D v = scaled(listPoint[nPoint].point(), fScale);
         if (!display.m_pbPointVisible[i] || !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
             continue;

@@ -23,8 +23,10 @@ struct CloudVertices {
 
 /// Points at a place that is no number are left out, as no driver has to know what to do with them.
 ///
-/// @param fScale  factor on the coordinates
+/// @param fScale     factor on the coordinates
+/// @param vecInside  0 for points that are left out whatever the display says; empty: none
 CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vector<float>& vecSize,
-                                const PointDisplay& display, float fAlpha, float fScale);
+                                const PointDisplay& display, float fAlpha, float fScale,
+                                const std::vector<char>& vecInside = {});
 
 }  // namespace tessera

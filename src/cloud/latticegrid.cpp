@@ -193,6 +193,14 @@ private:
 
 }  // namespace
 
+float latticeLineAlpha(size_t nLines)
+{
+    if (nLines <= 9) {
+        return 0.5f;
+    }
+    return float(std::max(1.0 - std::pow(0.5, 3.0 / std::sqrt(double(nLines))), 0.05));
+}
+
 bool latticeGridNeedsCamera(const int* pnRange)
 {
     double dfCount = 1.0;

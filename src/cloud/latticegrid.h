@@ -34,6 +34,12 @@ const int g_nMostLatticePointsWhole = 300000;
 LatticeGrid makeLatticeGrid(const ReciprocalBasis& basis, const int* pnRange, float fScale,
                             const CCamera& camera);
 
+/// Opacity of the lines along one axis: 0.5, and less where there are more than 9, which is the lattice of
+/// one cell to either side. Seen along another axis the lines of a row, about √nLines of them, lie upon one
+/// another, so the opacity of a whole row is kept at what three lines have. At least 0.05, that a single line
+/// can be seen.
+float latticeLineAlpha(size_t nLines);
+
 /// The grid above would depend on the camera.
 bool latticeGridNeedsCamera(const int* pnRange);
 
