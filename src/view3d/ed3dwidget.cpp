@@ -1,20 +1,12 @@
 #include "view3d/ed3dwidget.h"
 
-#include "cloud/picking.h"
-
 #include <QAction>
-#include <QApplication>
 #include <QColorDialog>
-#include <QContextMenuEvent>
 #include <QLoggingCategory>
-#include <QMenu>
-#include <QMouseEvent>
 #include <QOpenGLShaderProgram>
-#include <QWheelEvent>
 #include <QWindow>
 
 #include <algorithm>
-#include <cmath>
 
 namespace tessera {
 
@@ -22,18 +14,12 @@ namespace {
 
 Q_LOGGING_CATEGORY(g_logView3D, "tessera.view3d")
 
-void store(const Vec3D& v, float* pf)
-{
-    pf[0] = v.x;
-    pf[1] = v.y;
-    pf[2] = v.z;
-}
-
 }  // namespace
 
 ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
 {
     setAutoBufferSwap(false);
+    setAutoFillBackground(false);  // a painter would clear what OpenGL has drawn
     setFocusPolicy(Qt::ClickFocus);
     auto* pBackground = new QAction(tr("Background Color..."), this);
     connect(pBackground, &QAction::triggered, this, &ED3DWidget::changeBackGroundColor);
@@ -73,6 +59,7 @@ void ED3DWidget::setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup
     m_hashIdToPoint = {};
     m_vecIdToPoint.clear();
     m_nRinged = -1;
+    m_anMeasured = {-1, -1};
     m_sizeClasses = PointSizeClasses();
     m_pfPointSize.clear();
     m_groups.reset(m_listPoint.size());
@@ -96,29 +83,6 @@ void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
         if (it != hashGiven.constEnd())
             peak.setHKL(listPeak[*it].dfH, listPeak[*it].dfK, listPeak[*it].dfL);
     }
-}
-
-void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
-{
-    m_lattice = basisFromList(listCell);
-    m_latticeGrid.reset();
-    update();
-}
-
-void ED3DWidget::setLatticeRange(int nH, int nK, int nL)
-{
-    m_nLatticeRangeH = nH;
-    m_nLatticeRangeK = nK;
-    m_nLatticeRangeL = nL;
-    m_latticeGrid.reset();
-    update();
-}
-
-void ED3DWidget::getLatticeRange(int& nH, int& nK, int& nL) const
-{
-    nH = m_nLatticeRangeH;
-    nK = m_nLatticeRangeK;
-    nL = m_nLatticeRangeL;
 }
 
 void ED3DWidget::setShowLatticePoints(bool bShow)
@@ -417,185 +381,6 @@ void ED3DWidget::setDisplayMode(QAction*)
 void ED3DWidget::setPlainDrawing(bool bPlain)
 {
     setShown(m_bPlainDrawing, bPlain);
-}
-
-// ---- Mouse and keys
-
-void ED3DWidget::mousePressEvent(QMouseEvent* pEvent)
-{
-    setFocus();
-    m_nLastMouseX = pEvent->x();
-    m_nLastMouseY = pEvent->y();
-    m_ptMousePress = pEvent->pos();
-    m_bMouseDragged = false;
-    if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ControlModifier) {
-        m_nMouseMode = ModeBand;
-        m_nBandStartX = m_nBandEndX = pEvent->x();
-        m_nBandStartY = m_nBandEndY = pEvent->y();
-    } else if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ShiftModifier) {
-        m_nMouseMode = ModePan;
-        setCursor(Qt::SizeAllCursor);
-    } else if (pEvent->button() == Qt::LeftButton) {
-        m_nMouseMode = ModeRotate;
-        store(trackballVector(pEvent->x(), pEvent->y(), width(), height()), m_fTrackball);
-        setCursor(Qt::CrossCursor);
-    } else if (pEvent->button() == Qt::RightButton) {
-        m_nMouseMode = ModeZoom;
-        setCursor(Qt::SizeVerCursor);
-    }
-}
-
-void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
-{
-    const int nMode = m_nMouseMode;
-    m_nMouseMode = ModeNone;
-    setCursor(Qt::ArrowCursor);
-    if (nMode == ModeBand) {
-        finishBand(pEvent->modifiers() & Qt::ShiftModifier);
-        update();
-    }
-    // The menu waits for the release, as a press with the right button may become a zoom.
-    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged)
-        showMenu(pEvent->globalPos());
-    // A band without an area is none: with Control, too, this was a click.
-    const bool bClick = nMode == ModeBand ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
-                                          : nMode == ModeRotate || nMode == ModePan;
-    if (bClick && pEvent->button() == Qt::LeftButton && !m_bMouseDragged)
-        emit pointClicked(this, pointAt(pEvent->pos()), pEvent->modifiers());
-}
-
-void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
-{
-    m_nRinged = -1;
-    clearSelection();
-    emit selectionDropped(this);
-}
-
-void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
-{
-    if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance())
-        m_bMouseDragged = true;
-    else if (m_nMouseMode == ModeZoom && !m_bMouseDragged)
-        return;
-    const float fX = float(pEvent->x() - m_nLastMouseX), fY = float(pEvent->y() - m_nLastMouseY);
-    const float fWidth = float(std::max(width(), 1)), fHeight = float(std::max(height(), 1));
-    m_nLastMouseX = pEvent->x();
-    m_nLastMouseY = pEvent->y();
-    switch (m_nMouseMode) {
-        case ModePan:
-            m_camera.m_fPanX += 3.f * fX / fWidth;
-            m_camera.m_fPanY -= 3.f * fY / fHeight;
-            break;
-        case ModeRotate: {
-            const Vec3D v = trackballVector(pEvent->x(), pEvent->y(), width(), height());
-            const Vec3D last{m_fTrackball[0], m_fTrackball[1], m_fTrackball[2]};
-            m_camera.rotateTrackball(last, v);
-            store(cross(last, v), m_fTrackballAxis);
-            store(v, m_fTrackball);
-            break;
-        }
-        case ModeZoom:
-            m_camera.changeZoom(3.f * fY / fHeight);
-            break;
-        case ModeBand:
-            m_nBandEndX = pEvent->x();
-            m_nBandEndY = pEvent->y();
-            break;
-        default:
-            return;
-    }
-    update();
-}
-
-void ED3DWidget::wheelEvent(QWheelEvent* pEvent)
-{
-    m_camera.changeZoom(-float(pEvent->angleDelta().y()) / float(std::max(height(), 1)));
-    pEvent->accept();
-    update();
-}
-
-void ED3DWidget::keyPressEvent(QKeyEvent* pEvent)
-{
-    if (pEvent->key() == Qt::Key_A && !pEvent->isAutoRepeat())
-        m_bGroupKeyHeld = pEvent->modifiers() == Qt::ControlModifier;
-    QWidget::keyPressEvent(pEvent);
-}
-
-// Whoever lets go of Control first means the same.
-void ED3DWidget::keyReleaseEvent(QKeyEvent* pEvent)
-{
-    if (pEvent->key() != Qt::Key_A) {
-        QWidget::keyReleaseEvent(pEvent);
-        return;
-    }
-    const bool bHeld = m_bGroupKeyHeld && pEvent->modifiers() == Qt::NoModifier;
-    if (!pEvent->isAutoRepeat())
-        m_bGroupKeyHeld = false;
-    if (bHeld || pEvent->modifiers() == Qt::ControlModifier)
-        addSelectedPeaksAsNewGroup();
-    else
-        QWidget::keyReleaseEvent(pEvent);
-}
-
-void ED3DWidget::contextMenuEvent(QContextMenuEvent* pEvent)
-{
-    if (pEvent->reason() != QContextMenuEvent::Mouse)
-        showMenu(pEvent->globalPos());
-}
-
-void ED3DWidget::showMenu(const QPoint& ptGlobal)
-{
-    auto* pMenu = new QMenu(this);
-    pMenu->setAttribute(Qt::WA_DeleteOnClose);
-    pMenu->addActions(actions());
-    pMenu->popup(ptGlobal);
-}
-
-void ED3DWidget::finishBand(bool bAdd)
-{
-    if (m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY)
-        return;
-    const QList<int> listPicked = pick();
-    m_groups.select(listPicked, bAdd);
-    if (listPicked.size() == 1) {
-        const Peak3D& peak = m_listPoint.at(listPicked.first());
-        emit textMessage(QStringLiteral("ID=%L1, h.k.l.=(%L2,%L3,%L4),xyz=[%L5,%L6,%L7]; I=%L8, d=%L9, "
-                                        "No.frame=%L10, xy=(%L11,%L12)")
-                             .arg(peak.nID)
-                             .arg(peak.dfH, 0, 'f', 2)
-                             .arg(peak.dfK, 0, 'f', 2)
-                             .arg(peak.dfL, 0, 'f', 2)
-                             .arg(peak.fX3D, 0, 'f', 5)
-                             .arg(peak.fY3D, 0, 'f', 5)
-                             .arg(peak.fZ3D, 0, 'f', 5)
-                             .arg(peak.dfIPoint, 0, 'f', 1)
-                             .arg(1.0 / peak.dfDStar, 0, 'f', 3)
-                             .arg(peak.nFrame + 1)
-                             .arg(peak.dfX2D, 0, 'g')
-                             .arg(peak.dfY2D, 0, 'g'));
-    } else {
-        emit textMessage(QStringLiteral("%L1 selected").arg(listPicked.size()));
-    }
-    updatePointGroups();
-    emit selectionChanged(this);
-}
-
-QList<int> ED3DWidget::pick()
-{
-    const double dfRatio = devicePixelRatioF();
-    const auto device = [dfRatio](int n) { return int(std::lround(n * dfRatio)); };
-    int anViewport[4];
-    squareViewport(int(width() * dfRatio), int(height() * dfRatio), m_bKeepAspect, anViewport);
-    return pickPoints(cloudVertices(), m_camera,
-                      bandRegion(device(m_nBandStartX), device(m_nBandStartY), device(m_nBandEndX),
-                                 device(m_nBandEndY), anViewport));
-}
-
-const CloudVertices& ED3DWidget::cloudVertices()
-{
-    if (!m_vertices)
-        m_vertices = makeCloudVertices(m_listPoint, m_pfPointSize, m_display, m_fPointAlpha, m_fScale);
-    return *m_vertices;
 }
 
 }  // namespace tessera

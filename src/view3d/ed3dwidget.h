@@ -2,9 +2,13 @@
 #pragma once
 
 #include "cloud/camera.h"
+#include "cloud/cellframe.h"
+#include "cloud/cloudslab.h"
 #include "cloud/cloudvertices.h"
 #include "cloud/latticegrid.h"
+#include "cloud/nearestzone.h"
 #include "cloud/pointgroups.h"
+#include "cloud/pointpair.h"
 #include "cloud/pointsizes.h"
 #include "geometry/reciprocalbasis.h"
 #include "records/peak3d.h"
@@ -16,6 +20,7 @@
 #include <QList>
 #include <QStringList>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -143,6 +148,38 @@ public:
     /// Where a point is drawn, pixels of the widget.
     QPointF placeOfPoint(int nPoint) const;
 
+    // Slabs: ed3dwidget_slab.cpp
+    /// Draws and picks only the points near a layer of the lattice that is set; none: all points. Without a
+    /// lattice all are drawn. The selection stays as it is, whatever of it is drawn.
+    void setSlab(const std::optional<CloudSlab>& slab);
+    /// As it was set, whether there is a lattice or not.
+    const std::optional<CloudSlab>& slab() const { return m_slab; }
+    /// Whether no slab hides a point.
+    bool isPointInSlab(int nPoint) const;
+    /// The layers that the points reach in a direction u, v, w, from the least to the greatest; 0 and 0
+    /// without a lattice.
+    std::pair<int, int> slabLevels(const std::array<int, 3>& anDirection) const;
+
+    // Views and distances: ed3dwidget_overlay.cpp
+    /// Zooms so that all points drawn are seen however the scene is turned, and takes the pan back. Does
+    /// nothing without points.
+    void fitView();
+    /// The zone of the lattice nearest to the direction of view; none without a lattice.
+    std::optional<NearestZone> zoneInView() const;
+    /// Turns to that zone, on the shortest way.
+    void turnToNearestZone();
+    /// u·a + v·b + w·c of the lattice, Å, to look along; none without a lattice.
+    std::optional<Vec3D> zoneDirection(const std::array<int, 3>& anIndex) const;
+    /// Whether a left drag from point to point measures, as one with the middle button always does.
+    void setMeasuring(bool bMeasure) { m_bMeasuring = bMeasure; }
+    /// Draws a line between two points and tells of them in the view and by textMessage(). Where one of the
+    /// numbers is no point, or both are the same, what was measured goes.
+    void measure(int nFrom, int nTo);
+    /// The two points, or −1 and −1.
+    const std::array<int, 2>& measuredPoints() const { return m_anMeasured; }
+    /// What the corner of the view says, line by line.
+    QStringList overlayLines();
+
     /// The colour for the next new group; counts over all views for as long as the program runs.
     static QColor nextGroupColor();
 
@@ -214,7 +251,7 @@ protected:
     void glDraw() override;
 
 private:
-    enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand };
+    enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand, ModeMeasure };
 
     /// What of the lattice a camera sees.
     struct GridOfCamera {
@@ -237,6 +274,10 @@ private:
     QList<int> pick();
     QPointF placeOfPoint(int nPoint, const Matrix4& matrix) const;
     const CloudVertices& cloudVertices();
+    bool isPointDrawn(int nPoint) const;
+    bool startMeasuring(const QPoint& pt);
+    void measureTo(const QPoint& pt);
+    void drawOverlay();
 
     void drawScene();
     void setDrawingState();
@@ -247,6 +288,7 @@ private:
     void drawCanvasGrid();
     void drawLatticePoints();
     void drawLatticeLines();
+    void drawLatticeArray(GLenum eMode, const std::vector<Vec3D>& vecPlace);
     void drawRubberBand();
     void drawRing();
     const LatticeGrid& latticeGrid(const ReciprocalBasis& basis);
@@ -275,7 +317,14 @@ private:
     float m_fPointAlpha = 0.8f;
     float m_fCanvasGridAlpha = 0.8f;
 
+    std::optional<CloudSlab> m_slab;             ///< none: all points are drawn
+    int m_nSlabShown = 0, m_nSlabOf = 0;         ///< points drawn, and that would be without the slab
+    std::array<int, 2> m_anMeasured = {-1, -1};  ///< two points; the second is −1 while there is none yet
+    QPoint m_ptMeasureEnd;                       ///< of the line while it ends at no point
+    bool m_bMeasuring = false;
+
     std::optional<ReciprocalBasis> m_lattice;  ///< none: no lattice is drawn
+    std::optional<CCellFrame> m_cellFrame;     ///< of m_lattice; none where it is none of a cell
     int m_nLatticeRangeH = 1;
     int m_nLatticeRangeK = 1;
     int m_nLatticeRangeL = 1;

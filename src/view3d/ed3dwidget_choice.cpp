@@ -103,7 +103,7 @@ QPointF ED3DWidget::placeOfPoint(int nPoint, const Matrix4& m) const
 
 void ED3DWidget::drawRing()
 {
-    if (m_nRinged < 0 || m_nRinged >= m_listPoint.size()) {
+    if (m_nRinged < 0 || m_nRinged >= m_listPoint.size() || !isPointInSlab(m_nRinged)) {
         return;
     }
     const Matrix4 projection = m_camera.projection();
