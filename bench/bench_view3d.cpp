@@ -1,4 +1,4 @@
-// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a rubber band
+// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a slab, a rubber band
 // over all and the plain pick within it, and the colours of many groups.
 //
 // Pictures need a display: xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" with QT_QPA_PLATFORM=xcb.
@@ -80,6 +80,24 @@ void view3DPaint(benchmark::State& state)
     view()->setPlainDrawing(false);
 }
 
+// A slab of a twentieth of the points moves by one layer, the picture included.
+void view3DSlab(benchmark::State& state)
+{
+    if (!view()->isValid()) {
+        state.SkipWithError("no OpenGL on this platform");
+        return;
+    }
+    view()->setLattice({{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}});
+    int nLayer = 0;
+    for (auto _ : state) {
+        view()->setSlab(CloudSlab{{0, 0, 1}, double(nLayer++ % 3 - 1), 0.2});
+        view()->updateGL();
+        glFinish();
+    }
+    view()->setSlab({});
+    view()->setLattice({});
+}
+
 void view3DBand(benchmark::State& state)
 {
     for (auto _ : state) {
@@ -114,6 +132,7 @@ void view3DColoursOf40Groups(benchmark::State& state)
 
 BENCHMARK(view3DSetPoints)->Unit(benchmark::kMillisecond);
 BENCHMARK(view3DPaint)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(view3DSlab)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(view3DBand)->Unit(benchmark::kMillisecond);
 BENCHMARK(view3DColoursOf40Groups)->Unit(benchmark::kMillisecond);
 

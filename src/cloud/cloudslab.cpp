@@ -93,6 +93,12 @@ QString slabName(const CloudSlab& slab)
         .arg(slab.dfHalfThickness, 0, 'g', 6);
 }
 
+QString layerText(const std::array<int, 3>& anDirection)
+{
+    const QString strName = layerName(anDirection);
+    return strName.size() == 1 ? strName : directionName(anDirection);
+}
+
 std::optional<std::array<int, 3>> readLayer(const QString& strText, QString* pReason)
 {
     const QString str = strText.trimmed();

@@ -55,5 +55,7 @@ QString slabName(const CloudSlab& slab);
 
 /// What a user calls the direction of a slab: "h", "k", "l", or what readDirection() takes.
 std::optional<std::array<int, 3>> readLayer(const QString& strText, QString* pReason);
+/// A text that readLayer() gives back: "l", "[1 -1 0]".
+QString layerText(const std::array<int, 3>& anDirection);
 
 }  // namespace tessera

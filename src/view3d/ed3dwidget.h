@@ -172,6 +172,7 @@ public:
     std::optional<Vec3D> zoneDirection(const std::array<int, 3>& anIndex) const;
     /// Whether a left drag from point to point measures, as one with the middle button always does.
     void setMeasuring(bool bMeasure) { m_bMeasuring = bMeasure; }
+    bool isMeasuring() const { return m_bMeasuring; }  ///< whether it does
     /// Draws a line between two points and tells of them in the view and by textMessage(). Where one of the
     /// numbers is no point, or both are the same, what was measured goes.
     void measure(int nFrom, int nTo);
@@ -228,6 +229,8 @@ signals:
     void selectionDropped(ED3DWidget* widget);
     /// Points, groups, selection or colours have changed.
     void pointDisplayDataChanged(ED3DWidget* widget);
+    /// There is another lattice, or none any more.
+    void latticeChanged(ED3DWidget* widget);
     /// For the status bar.
     void textMessage(QString strMessage);
     /// Once, when there is no OpenGL context to draw with; for the log.

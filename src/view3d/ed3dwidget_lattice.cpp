@@ -14,6 +14,7 @@ void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
     if (m_slab)
         m_vertices.reset();
     update();
+    emit latticeChanged(this);
 }
 
 void ED3DWidget::setLatticeRange(int nH, int nK, int nL)

@@ -64,6 +64,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     setCentralWidget(m_pTabWidget);
     createIntegration();
     createSelection();
+    create3DControl();
     bindParameters();
     connectPages();
 
@@ -90,6 +91,7 @@ MainWindow::~MainWindow()
     delete m_pContrast;
     delete m_pIntegration;
     delete m_pSelection;
+    delete m_pView3DControl;
     delete m_pGuides;
     for (QObject* pChild : findChildren<QObject*>())
         pChild->disconnect(this);

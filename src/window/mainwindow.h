@@ -81,6 +81,7 @@ struct LatticeLook;
 struct PositionRefinementOptions;
 struct RoadState;
 struct TiltRefinementOptions;
+class View3DControl;
 class View3DPage;
 class WindowActions;
 class WindowReport;
@@ -570,6 +571,7 @@ private:
     void showFrameGuides();
     void connectPages();
     void connect3DPage();
+    void create3DControl();  // src/window/view3d/mainwindow_view3d.cpp
     static QSettings* makeSettings(QObject* pParent = nullptr);
     /// Puts a settings file aside that cannot be read, before anything reads it.
     void checkSettings();
@@ -838,6 +840,7 @@ private:
     LatticesDialog* m_pLatticesDialog = nullptr;  ///< another
     GeometryControl* m_pGeometry = nullptr;       ///< with a window of its own
     View3DPage* m_pView3DPage = nullptr;
+    View3DControl* m_pView3DControl = nullptr;
     IntegrationController* m_pIntegration = nullptr;
     FrameGuides* m_pGuides = nullptr;
     SelectionController* m_pSelection = nullptr;

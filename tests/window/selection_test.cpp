@@ -230,6 +230,13 @@ TEST_F(SelectionWindow, SeveralHiddenAndGone)
     clickOnFrame(g_ptA);
     EXPECT_TRUE(status().contains(QStringLiteral("hidden in \"3D View Merged\""))) << status().toStdString();
     EXPECT_TRUE(status().contains(QStringLiteral("\"Peak Table\""))) << status().toStdString();
+    m_pMerged->setGroupVisible(0, true);
+    m_pMerged->setLattice({{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}});
+    m_pMerged->setSlab(CloudSlab{{0, 0, 1}, 500, 0.2});
+    clickOnFrame(g_ptA);
+    EXPECT_TRUE(status().contains(QStringLiteral("outside the slab l = 500 ± 0.2 in \"3D View Merged\"")))
+        << status().toStdString();
+    m_pMerged->setSlab({});
 
     // All rows to the clipboard choose nothing; a double click drops the choice in all views.
     m_pWindow->copyAllReflectionsInPeakTable();

@@ -1,5 +1,6 @@
 #include "window/pages/view3dpage.h"
 
+#include "cloud/cloudslab.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
 
@@ -15,6 +16,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <QSlider>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -43,6 +45,21 @@ public:
         int nPos = strNumber.size();
         return QDoubleValidator::validate(strNumber, nPos);
     }
+};
+
+/// Shows no zeros behind the decimals that count: "2", "0.5".
+class ShortSpin : public QDoubleSpinBox {
+public:
+    ShortSpin(QWidget* pParent, double dfLow, double dfHigh, double dfStep, double dfStart)
+        : QDoubleSpinBox(pParent)
+    {
+        setAlignment(Qt::AlignRight);
+        setDecimals(2);
+        setRange(dfLow, dfHigh);
+        setSingleStep(dfStep);
+        setValue(dfStart);
+    }
+    QString textFromValue(double df) const override { return locale().toString(df, 'g', 6); }
 };
 
 struct NarrowButton {
@@ -84,6 +101,7 @@ View3DPage::View3DPage(QWidget* pParent) : QWidget(pParent)
             tr("Shows the reflections of an .hkl file in the merged view, in the place of the "
                "merged ones. Needs a cell."));
     pPageLayout->addWidget(m_pButtonLoadHKL);
+    pPageLayout->addWidget(makeSlab());
 }
 
 QGroupBox* View3DPage::makeAppearance()
@@ -189,13 +207,40 @@ QGroupBox* View3DPage::makePeaks()
 QGroupBox* View3DPage::makeViewAlong()
 {
     auto* pGroup = new QGroupBox(tr("View Along"), this);
-    addNarrowButtons(new QGridLayout(pGroup), pGroup, tr("Looks along %1 of the cell in force."),
+    auto* pGrid = new QGridLayout(pGroup);
+    addNarrowButtons(pGrid, pGroup, tr("Looks along %1 of the cell in force."),
                      {{tr("a*"), m_pButtonAlongRA},
                       {tr("b*"), m_pButtonAlongRB},
                       {tr("c*"), m_pButtonAlongRC},
                       {tr("a"), m_pButtonAlongA},
                       {tr("b"), m_pButtonAlongB},
                       {tr("c"), m_pButtonAlongC}});
+    m_pEditZone = new QLineEdit(pGroup);
+    m_pEditZone->setPlaceholderText(QStringLiteral("1 1 0"));
+    m_pEditZone->setMinimumWidth(60);
+    explain(m_pEditZone, tr("A direction [u v w] of the crystal, such as \"1 -1 0\", \"[1-10]\" or \"110\". "
+                            "Enter looks along it."));
+    const auto addButton = [&](QPushButton*& pButton, const QString& strText, int nRow, int nColumn,
+                               const QString& strTip) {
+        pButton = new QPushButton(strText, pGroup);
+        pButton->setMinimumWidth(g_nNarrowButton);
+        explain(pButton, strTip);
+        pGrid->addWidget(pButton, nRow, nColumn, 1, 2);
+    };
+    pGrid->addWidget(m_pEditZone, 1, 0, 1, 2);
+    addButton(m_pButtonAlongZone, QStringLiteral("[uvw]"), 1, 2,
+              tr("Looks along the direction on the left."));
+    addButton(m_pButtonAlongAxis, tr("Axis"), 1, 4, tr("Looks along the rotation axis."));
+    addButton(
+        m_pButtonNearest, tr("Nearest"), 2, 0,
+        tr("Turns to the zone that the view names in its corner, on the shortest way. Key N in the view."));
+    addButton(m_pButtonFit, tr("Fit"), 2, 2,
+              tr("Zooms so that the points shown fill the view. Key F in the view."));
+    addButton(m_pButtonReset, tr("Reset"), 2, 4, tr("Takes turns, moves and zoom back. Ctrl+Home."));
+    addButton(m_pButtonMeasure, tr("Measure"), 3, 0,
+              tr("While it is down, a left drag from one point to another tells their distance. Key M in the "
+                 "view; the middle button measures at any time."));
+    m_pButtonMeasure->setCheckable(true);
     return pGroup;
 }
 
@@ -225,6 +270,43 @@ QGroupBox* View3DPage::makeRotation()
     pGrid->addWidget(new QLabel(tr("Step(°)"), pGroup), 1, 0, 1, 2);
     pGrid->addWidget(m_pComboRotationStep, 1, 2, 1, 4);
     return pGroup;
+}
+
+QGroupBox* View3DPage::makeSlab()
+{
+    m_pGroupSlab = new QGroupBox(tr("Slab"), this);
+    m_pGroupSlab->setCheckable(true);
+    m_pGroupSlab->setChecked(false);
+    explain(m_pGroupSlab, tr("Shows only the points near one layer of the lattice of the cell in force. The "
+                             "others are neither drawn nor selected in the view."));
+    m_pComboLayer = new QComboBox(m_pGroupSlab);
+    m_pComboLayer->setEditable(true);
+    m_pComboLayer->setInsertPolicy(QComboBox::NoInsert);
+    m_pComboLayer->addItems({QStringLiteral("h"), QStringLiteral("k"), QStringLiteral("l")});
+    m_pComboLayer->setCurrentIndex(2);
+    m_pComboLayer->setMinimumContentsLength(4);
+    explain(m_pComboLayer, tr("The index that is alike in a layer. A typed direction [u v w], such as "
+                              "\"1 -1 0\", gives the layers u h + v k + w l = n."));
+    const CloudSlab slab;
+    m_pSpinLayer = new ShortSpin(m_pGroupSlab, -999, 999, 1, slab.dfLevel);
+    m_pSpinThickness = new ShortSpin(m_pGroupSlab, 0.01, 9, 0.05, slab.dfHalfThickness);
+    explain(m_pSpinLayer, tr("Number n of the layer. Page Up and Page Down in the view change it."));
+    explain(m_pSpinThickness,
+            tr("What the index may differ from n, on either side. Below 0.5 no layer takes from the next."));
+    m_pSliderLayer = new QSlider(Qt::Horizontal, m_pGroupSlab);
+    m_pSliderLayer->setPageStep(1);
+    explain(m_pSliderLayer, tr("The layers that the points reach, from the first to the last."));
+    auto* pGrid = new QGridLayout(m_pGroupSlab);
+    pGrid->addWidget(m_pComboLayer, 0, 0);
+    pGrid->addWidget(new QLabel(QStringLiteral("="), m_pGroupSlab), 0, 1);
+    pGrid->addWidget(m_pSpinLayer, 0, 2);
+    pGrid->addWidget(new QLabel(QStringLiteral("±"), m_pGroupSlab), 0, 3);
+    pGrid->addWidget(m_pSpinThickness, 0, 4);
+    pGrid->addWidget(m_pSliderLayer, 1, 0, 1, 5);
+    for (int nColumn : {0, 2, 4}) {
+        pGrid->setColumnStretch(nColumn, 1);
+    }
+    return m_pGroupSlab;
 }
 
 }  // namespace tessera

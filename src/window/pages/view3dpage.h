@@ -9,6 +9,7 @@ class QDoubleSpinBox;
 class QGroupBox;
 class QLineEdit;
 class QPushButton;
+class QSlider;
 class QSpinBox;
 class QTableWidget;
 
@@ -45,6 +46,14 @@ public:
     QPushButton* m_pButtonAlongB;
     QPushButton* m_pButtonAlongC;
 
+    QLineEdit* m_pEditZone;           ///< [u v w] to look along
+    QPushButton* m_pButtonAlongZone;  ///< "[uvw]"
+    QPushButton* m_pButtonAlongAxis;  ///< the rotation axis
+    QPushButton* m_pButtonNearest;    ///< "Nearest"
+    QPushButton* m_pButtonFit;        ///< "Fit"
+    QPushButton* m_pButtonReset;      ///< "Reset"
+    QPushButton* m_pButtonMeasure;    ///< "Measure"; checkable
+
     QPushButton* m_pButtonRotateLeft;
     QPushButton* m_pButtonRotateRight;
     QPushButton* m_pButtonRotateUp;
@@ -54,6 +63,12 @@ public:
     QComboBox* m_pComboRotationStep;  ///< degrees; editable
     QPushButton* m_pButtonLoadHKL;
 
+    QGroupBox* m_pGroupSlab;           ///< checkable, not checked at start
+    QComboBox* m_pComboLayer;          ///< "h", "k", "l", which it starts with, or a typed [u v w]
+    QDoubleSpinBox* m_pSpinLayer;      ///< n
+    QDoubleSpinBox* m_pSpinThickness;  ///< on either side of n, in units of the index
+    QSlider* m_pSliderLayer;           ///< whole n of the points
+
 private:
     QGroupBox* makeAppearance();
     QGroupBox* makeCanvasGrid();
@@ -61,6 +76,7 @@ private:
     QGroupBox* makePeaks();
     QGroupBox* makeViewAlong();
     QGroupBox* makeRotation();
+    QGroupBox* makeSlab();
 };
 
 }  // namespace tessera

@@ -273,6 +273,8 @@ void SelectionController::showIn3D(const QObject* pSource, QStringList& listHidd
             listHidden.append(tr("not in \"%1\": %2").arg(strName, strWhy));
         } else if (nRinged >= 0 && !pView->isPointInShownGroup(nPoint)) {
             listHidden.append(tr("its group is hidden in \"%1\"").arg(strName));
+        } else if (nRinged >= 0 && !pView->isPointInSlab(nPoint)) {
+            listHidden.append(tr("outside the slab %1 in \"%2\"").arg(slabName(*pView->slab()), strName));
         }
     };
     if (m_host.fnRawHoldsPeaks()) {

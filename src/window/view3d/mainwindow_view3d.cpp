@@ -6,6 +6,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/view3dpage.h"
 #include "window/tabwidget.h"
+#include "window/view3d/view3dcontrol.h"
 #include "window/windowreport.h"
 
 #include <QCheckBox>
@@ -13,6 +14,7 @@
 #include <QDoubleSpinBox>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -74,6 +76,22 @@ void MainWindow::connect3DPage()
     onClick(page.m_pButtonRotateClockwise, &MainWindow::rotate3DViewClockwise);
     onClick(page.m_pButtonRotateCounterClockwise, &MainWindow::rotate3DViewCounterClockwise);
     connect(page.m_pButtonLoadHKL, &QPushButton::clicked, this, [this] { loadShelxFile(); });
+}
+
+void MainWindow::create3DControl()
+{
+    View3DHost host;
+    host.pPage = m_pView3DPage;
+    host.listView = views3D();
+    host.fnCurrent = [this] { return qobject_cast<ED3DWidget*>(m_pTabWidget->currentWidget()); };
+    host.fnSay = [this](const QString& strText) { statusBarMessage(strText); };
+    host.fnComplain = [this](const QString& strText) {
+        WindowReport(*this).addMessage(strText, Severity::Error);
+    };
+    m_pView3DControl = new View3DControl(host, this);
+    connect(m_pTabWidget, &TabWidget::currentChanged, m_pView3DControl, &View3DControl::refresh);
+    m_pViewMenu->addSeparator();
+    m_pViewMenu->addMenu(m_pView3DControl->makeMenu(m_pViewMenu));
 }
 
 /// Brings the page into line with the view that it acts on.
