@@ -1,5 +1,5 @@
-// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a slab, a rubber band
-// over all and the plain pick within it, and the colours of many groups.
+// The 3D view with 100 000 points: setPoints, a picture in one call against point by point, a slab, a rubber
+// band over all and the plain pick within it, and the colours of many groups.
 //
 // Pictures need a display: xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" with QT_QPA_PLATFORM=xcb.
 // Without OpenGL those benchmarks are skipped.
