@@ -2,6 +2,7 @@
 
 #include "batch/optionreader.h"
 #include "batch/optionrules.h"
+#include "batch/sectionoptions.h"
 #include "dataset/pagerounding.h"
 #include "dataset/parametertable.h"
 #include "road/fixedgeometry.h"
@@ -450,6 +451,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         QStringLiteral("PROJECT.ed3d; or the images in series order, or a folder of them, whose headers tell "
                        "what no option does; with --summary files of --json."));
     addOptions(parser, listNumber);
+    addSectionOptions(parser);
 
     if (!parser.parse(listArgument)) {
         parsed.strError = parser.errorText();
@@ -476,6 +478,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         takeFixedGeometry(reader, road);
         takeIntensities(reader, road.intensities);
         takeExports(reader, road.exports);
+        takeSections(reader, road.exports);
         road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
         road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);
         road.rcRegion = reader.region(QStringLiteral("region"));

@@ -11,6 +11,7 @@
 #include "imagefiles/frameformats.h"
 #include "reciprocal/volumeexport.h"
 #include "records/formerfile.h"
+#include "road/sections.h"
 
 #include <QFileInfo>
 
@@ -109,6 +110,7 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
     if (exports.listKind.contains(ExportKind::Volume)) {
         listFile.append(reciprocalVolumeFile(dataSet));
     }
+    listFile += sectionFiles(dataSet, exports.listSection);
     // Those for other programs but for their frames, which find another place than that of a frame.
     const std::initializer_list<std::pair<ExportKind, const char*>> listOther = {
         {ExportKind::Dials, ".expt"},

@@ -77,8 +77,12 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--formula-units needs --formula");
     }
     const ExportOptions& exports = o.exports;
-    if (exports.bOnly && exports.listKind.isEmpty()) {
+    if (exports.bOnly && exports.isEmpty()) {
         return QStringLiteral("--export-only needs --export");
+    }
+    const bool bCell = exports.bOnly || o.stageTo >= RoadStage::Cell;
+    if (!exports.listSection.empty() && !bCell) {
+        return QStringLiteral("--sections needs a cell: a run to the stage cell or behind it");
     }
     if (exports.listKind.contains(ExportKind::IndexedPeaks) &&
         (exports.bOnly || o.stageTo < RoadStage::Index)) {

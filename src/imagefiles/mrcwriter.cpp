@@ -4,6 +4,7 @@
 
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -45,10 +46,35 @@ void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* p
     pHeader[213] = 0x41;
 }
 
+/// The fields that notes have, in the version of 2014.
+void notesToBytes(const MrcNotes& notes, const int32_t (&anSize)[3], uint8_t* pHeader)
+{
+    const int nVersion = 20140;
+    const int nMostLabels = 10, nLabelSize = 80;
+    qToLittleEndian(int32_t(notes.nStartX), pHeader + 16);
+    qToLittleEndian(int32_t(notes.nStartY), pHeader + 20);
+    for (int n = 0; n < 3; ++n) {
+        floatToBytes(float(anSize[n] * notes.dfPixelSize), pHeader + 40 + 4 * n);
+        floatToBytes(90.f, pHeader + 52 + 4 * n);
+    }
+    floatToBytes(notes.fMinimum, pHeader + 76);
+    floatToBytes(notes.fMaximum, pHeader + 80);
+    floatToBytes(notes.fMean, pHeader + 84);
+    qToLittleEndian(int32_t(nVersion), pHeader + 108);
+    std::memcpy(pHeader + 208, "MAP ", 4);
+    floatToBytes(notes.fDeviation, pHeader + 216);
+    const int nLabels = std::min(int(notes.listLabel.size()), nMostLabels);
+    qToLittleEndian(int32_t(nLabels), pHeader + 220);
+    for (int n = 0; n < nLabels; ++n) {
+        const QByteArray bytes = notes.listLabel[n].toLatin1().left(nLabelSize).leftJustified(nLabelSize);
+        std::memcpy(pHeader + 224 + nLabelSize * n, bytes.constData(), size_t(nLabelSize));
+    }
+}
+
 }  // namespace
 
 template <class T>
-bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ)
+bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ, const MrcNotes* pNotes)
 {
     m_nX = nX;
     m_nY = nY;
@@ -58,6 +84,9 @@ bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ)
         return false;
     uint8_t aHeader[HEADER_SIZE];
     headerToBytes(nX, nY, nZ, modeOf<T>(), aHeader);
+    if (pNotes) {
+        notesToBytes(*pNotes, {nX, nY, nZ}, aHeader);
+    }
     return m_bOk = m_file.write(aHeader, HEADER_SIZE);
 }
 

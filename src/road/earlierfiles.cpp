@@ -113,7 +113,8 @@ StageResult loadEarlierStages(RoadState& state)
     }
     takeCentre(state);
     if (bOnlyExports) {
-        return {};
+        const QString strCell = options.strCellFile.isEmpty() ? earlierCellFile(state) : options.strCellFile;
+        return options.exports.listSection.empty() ? StageResult() : loadCell(state, strCell);
     }
     if (options.stageFrom > RoadStage::Peaks) {
         result = loadPeaks(state);

@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "exchange/virtualframes.h"
+#include "integration/reciprocalsection.h"
 #include "records/runreport.h"
 #include "road/exportkind.h"
 
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace tessera {
 
@@ -26,11 +28,15 @@ struct ExportOptions {
     bool bVolumeScaled = false;
     std::optional<double> dfContrastMin;  ///< empty: from the first frame, as at its first display
     std::optional<double> dfContrastMax;
+    std::vector<SectionPlane> listSection;  ///< planes of reciprocal space, made after the others
+    SectionOptions section;
 
+    /// Whether nothing is to be exported.
+    bool isEmpty() const { return listKind.isEmpty() && listSection.empty(); }
     /// Whether one of them takes the drift out.
     bool needsShifts() const
     {
-        return std::any_of(listKind.begin(), listKind.end(), [](ExportKind kind) {
+        return !listSection.empty() || std::any_of(listKind.begin(), listKind.end(), [](ExportKind kind) {
             return kind == ExportKind::Smv || kind == ExportKind::Volume || isForOtherProgram(kind);
         });
     }

@@ -3,6 +3,7 @@
 #include "records/whatwasthrown.h"
 #include "road/exchangekinds.h"
 #include "road/misfithint.h"
+#include "road/sections.h"
 #include "road/seriesopening.h"
 #include "road/stagejudgement.h"
 #include "road/stages.h"
@@ -170,6 +171,23 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
     }
 }
 
+void runSections(RoadState& state, QList<PartTime>& listTime)
+{
+    if (state.options.exports.listSection.empty()) {
+        return;
+    }
+    const QString strPart = QStringLiteral("sections");
+    QElapsedTimer timer;
+    timer.start();
+    roundToPages(state);
+    state.report.beginPart(strPart);
+    state.tellStep({strPart, false, {}});
+    const StageResult end = writeSectionsOfRoad(state) ? StageResult() : state.report.failed();
+    listTime.append({strPart, secondsOf(timer)});
+    noteEnd(state.results, strPart, end);
+    state.tellStep({strPart, true, end});
+}
+
 void walk(RoadState& state)
 {
     QList<PartTime> listTime;
@@ -180,6 +198,7 @@ void walk(RoadState& state)
     state.tellStep({strOpen, true, end});
     if (bOpened && (state.options.exports.bOnly || runStages(state, listTime))) {
         runExports(state, listTime);
+        runSections(state, listTime);
     }
     state.results.listTime = listTime;
 }

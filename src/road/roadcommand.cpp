@@ -213,6 +213,16 @@ void putExports(CArguments& arguments, const ExportOptions& exports)
     arguments.text("volume-type", exports.bVolumeScaled ? QStringLiteral("scaled") : QString());
     arguments.number("contrast-min", exports.dfContrastMin);
     arguments.number("contrast-max", exports.dfContrastMax);
+    QStringList listPlane;
+    for (const SectionPlane& plane : exports.listSection) {
+        listPlane.append(plane.strName);
+    }
+    arguments.text("sections", listPlane.join(QLatin1Char(',')));
+    arguments.numberUnless("section-thickness", exports.section.dfThickness, standard.section.dfThickness);
+    arguments.numberUnless("section-d-min",
+                           exports.section.dfMaxDStar > 0 ? 1 / exports.section.dfMaxDStar : 0, 0);
+    arguments.text("section-laue", exports.section.strLaueClass);
+    arguments.text("section-background", exports.section.bWithoutRings ? QStringLiteral("off") : QString());
 }
 
 }  // namespace

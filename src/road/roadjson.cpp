@@ -232,6 +232,20 @@ QJsonObject endObject(const QString& strStage, const QString& strFailed, const S
     return object;
 }
 
+QJsonArray sectionsArray(const QList<SectionResult>& listSection)
+{
+    QJsonArray array;
+    for (const SectionResult& section : listSection) {
+        array.append(QJsonObject{{QStringLiteral("plane"), section.strPlane},
+                                 {QStringLiteral("maxDStar"), section.dfMaxDStar},
+                                 {QStringLiteral("thickness"), section.dfThickness},
+                                 {QStringLiteral("step"), section.dfStep},
+                                 {QStringLiteral("seen"), section.dfSeen},
+                                 {QStringLiteral("files"), QJsonArray::fromStringList(section.listFile)}});
+    }
+    return array;
+}
+
 /// Where no stage finished.
 QString noStage()
 {
@@ -280,6 +294,9 @@ QJsonObject roadSummary(const RoadResults& results)
     }
     if (results.listExported) {
         object[QStringLiteral("exported")] = QJsonArray::fromStringList(*results.listExported);
+    }
+    if (!results.listSection.isEmpty()) {
+        object[QStringLiteral("sections")] = sectionsArray(results.listSection);
     }
     if (results.listTime) {
         object[QStringLiteral("seconds")] = timesObject(*results.listTime);

@@ -90,6 +90,16 @@ struct RefineResult {
     QList<PairRefinement> listRun;
 };
 
+/// A section of reciprocal space that is on the disk.
+struct SectionResult {
+    QString strPlane;        ///< "hk0"
+    double dfMaxDStar = 0;   ///< Å⁻¹
+    double dfThickness = 0;  ///< Å⁻¹
+    double dfStep = 0;       ///< Å⁻¹ per pixel
+    double dfSeen = 0;       ///< share of the disc up to d*, 0 to 1
+    QStringList listFile;    ///< MRC and PNG
+};
+
 struct PartTime {
     QString strPart;  ///< a stage or an export
     double dfSeconds = 0;
@@ -109,6 +119,7 @@ struct RoadResults {
     std::optional<IntegrateResult> integrate;
     std::optional<RefineResult> refine;
     std::optional<QStringList> listExported;  ///< exports that are done; none where none was begun
+    QList<SectionResult> listSection;         ///< that are written
 
     QStringList listFile;            ///< that the stages have written, with their paths
     QList<Judgement> listJudgement;  ///< of the parts that were looked at, in their order

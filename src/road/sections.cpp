@@ -1,0 +1,64 @@
+#include "road/sections.h"
+
+#include "exchange/sectionfiles.h"
+#include "integration/geometryforintegration.h"
+#include "records/runends.h"
+
+namespace tessera {
+
+RunOutcome findSections(const DataSet& dataSet, const MappingParameters& mapping,
+                        const GeometryRefinement* refined, const std::vector<SectionPlane>& listPlane,
+                        const SectionOptions& options, int nJobs, CRunReport& report,
+                        std::vector<ReciprocalSection>& listSection)
+{
+    if (!cellInForce(dataSet)) {
+        return refuseRun(report, QStringLiteral("A section needs a unit cell: find or load one first."));
+    }
+    const std::optional<SeriesGeometry> series = seriesGeometry(dataSet, mapping, refined);
+    if (!series) {
+        return refuseRun(report, QStringLiteral("A section needs the tilts and the shifts of all frames."));
+    }
+    return makeSections(dataSet, *series, listPlane, options, nJobs, report, listSection);
+}
+
+QStringList sectionFiles(const DataSet& dataSet, const std::vector<SectionPlane>& listPlane)
+{
+    QStringList listFile;
+    for (const SectionPlane& plane : listPlane) {
+        listFile.append(sectionFile(dataSet, plane, QStringLiteral(".mrc")));
+        listFile.append(sectionFile(dataSet, plane, QStringLiteral(".png")));
+    }
+    return listFile;
+}
+
+bool writeSectionsOfRoad(RoadState& state)
+{
+    const ExportOptions& exports = state.options.exports;
+    const GeometryRefinement* pRefined = state.results.geometry ? &*state.results.geometry : nullptr;
+    std::vector<ReciprocalSection> listSection;
+    if (!findSections(state.dataSet, state.mapping, pRefined, exports.listSection, exports.section,
+                      state.options.jobs(), state.report, listSection)
+             .finished()) {
+        return false;
+    }
+    const int nBefore = state.results.listFile.size();
+    const bool bWritten =
+        writeSections(state.dataSet, listSection, {}, state.report, &state.results.listFile).finished();
+    QStringList listFile = state.results.listFile.mid(nBefore);
+    for (const ReciprocalSection& section : listSection) {
+        if (listFile.size() < 2) {
+            break;  // this one and those after it are not on the disk
+        }
+        SectionResult result;
+        result.strPlane = section.plane.strName;
+        result.dfMaxDStar = section.dfMaxDStar;
+        result.dfThickness = section.dfThickness;
+        result.dfStep = section.dfStep;
+        result.dfSeen = seenShare(section);
+        result.listFile = QStringList{listFile.takeFirst(), listFile.takeFirst()};
+        state.results.listSection.append(result);
+    }
+    return bWritten;
+}
+
+}  // namespace tessera
