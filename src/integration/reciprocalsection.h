@@ -70,6 +70,15 @@ SectionReading readSection(const ReciprocalSection& section, const QPointF& ptPi
 /// Where a point of the lattice lies in its section, columns and rows; none beside the section.
 std::optional<QPointF> placeOnSection(const ReciprocalSection& section, const DoubleVector& indices);
 
+/// The same of a point in the laboratory frame at tilt 0, Å⁻¹, moved onto the plane along its normal.
+std::optional<QPointF> placeOfPoint(const ReciprocalSection& section, const DoubleVector& point);
+
+/// The place in the list of the reflection that is nearest to a place of a section: within half of the
+/// shortest vector of its lattice and, across, half the distance of the layers.
+/// @return -1 if there is none
+int nearestReflection(const ReciprocalSection& section, const QList<Peak3D>& listReflection,
+                      const QPointF& ptPixel);
+
 /// The lattice points of a section with whole indices, up to its d*.
 /// @return empty where there are more than nMost
 std::vector<std::array<int, 3>> latticeOfSection(const ReciprocalSection& section, int nMost);

@@ -63,11 +63,40 @@ SectionReading readSection(const ReciprocalSection& section, const QPointF& ptPi
 
 std::optional<QPointF> placeOnSection(const ReciprocalSection& section, const DoubleVector& indices)
 {
-    const DoubleVector point = pointOf(section.basis, indices);
+    return placeOfPoint(section, pointOf(section.basis, indices));
+}
+
+std::optional<QPointF> placeOfPoint(const ReciprocalSection& section, const DoubleVector& point)
+{
     const QPointF pt(section.centre() + dot(section.frame.vecRight, point) / section.dfStep,
                      section.centre() - dot(section.frame.vecUp, point) / section.dfStep);
     const auto within = [&](double df) { return df >= -0.5 && df <= section.nSide - 0.5; };
     return within(pt.x()) && within(pt.y()) ? std::optional<QPointF>(pt) : std::nullopt;
+}
+
+int nearestReflection(const ReciprocalSection& section, const QList<Peak3D>& listReflection,
+                      const QPointF& ptPixel)
+{
+    const SectionFrame& frame = section.frame;
+    double dfNearest = HUGE_VAL;
+    for (const std::array<int, 3>& an : {frame.anFirst, frame.anSecond}) {
+        const DoubleVector point = pointOf(section.basis, {double(an[0]), double(an[1]), double(an[2])});
+        dfNearest = std::min(dfNearest, std::sqrt(dot(point, point)) / section.dfStep / 2);
+    }
+    int nNearest = -1;
+    for (int n = 0; n < listReflection.size(); ++n) {
+        const DoubleVector point = widened(listReflection[n].point());
+        const std::optional<QPointF> pt = placeOfPoint(section, point);
+        if (!pt || !(std::fabs(dot(point, frame.vecNormal) - frame.dfHeight) < frame.dfSpacing / 2)) {
+            continue;
+        }
+        const double dfDistance = std::hypot(pt->x() - ptPixel.x(), pt->y() - ptPixel.y());
+        if (dfDistance < dfNearest) {
+            dfNearest = dfDistance;
+            nNearest = n;
+        }
+    }
+    return nNearest;
 }
 
 std::vector<std::array<int, 3>> latticeOfSection(const ReciprocalSection& section, int nMost)

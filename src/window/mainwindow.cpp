@@ -65,6 +65,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createIntegration();
     createSelection();
     create3DControl();
+    createSections();
     bindParameters();
     connectPages();
 
@@ -184,6 +185,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     m_pLatticesDialog->hide();
     m_pGeometry->dialog().hide();
     m_pIntegration->forget();
+    m_pSections->close();
     m_pGuideWindow.reset();
     if (m_pKeeper) {
         m_pKeeper->end();

@@ -68,6 +68,7 @@ class PeakTableView;
 class RefinementPage;
 class CRoadWork;
 class RoadDock;
+class SectionsController;
 class SelectionController;
 class SeriesPictureTitle;
 class ShiftPage;
@@ -563,6 +564,7 @@ private:
     void takeRoadStep(const RoadStep& step, const RoadState& state);
     void showRoadResult(const RoadStep& step, const RoadState& state);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
+    void createSections();     // src/window/sections/mainwindow_sections.cpp
     // The one selection of the views: src/window/selection/mainwindow_selection.cpp
     void createSelection();
     void createFrameGuides();
@@ -844,6 +846,7 @@ private:
     IntegrationController* m_pIntegration = nullptr;
     FrameGuides* m_pGuides = nullptr;
     SelectionController* m_pSelection = nullptr;
+    SectionsController* m_pSections = nullptr;
     int m_nFrameToShow = 0;  ///< of the chosen reflection, from 1, when frames come to the front; 0: none
     RoadDock* m_pRoad = nullptr;
     WorkHistory* m_pHistory = nullptr;

@@ -231,6 +231,7 @@ void MainWindow::clearDataSet()
     forgetLattices();
     m_pGeometry->forget();
     m_pIntegration->forget();
+    m_pSections->forget();
     for (ED3DWidget* pView : views3D())
         pView->setPoints({});
     m_dataSet.m_listPeakFrameShown.clear();

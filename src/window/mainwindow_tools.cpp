@@ -35,6 +35,7 @@ void MainWindow::createToolsMenu()
     add(pMenu, actions.m_pRefineGeometry, [this] { m_pGeometry->showDialog(); });
     add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
     add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);
+    pMenu->addAction(actions.m_pSections);
     pMenu->addSeparator();
     add(pMenu, actions.m_pExportPeaks, &MainWindow::exportPeak3D);
 

@@ -115,6 +115,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           "Export for XDS, DIALS, PETS and dynamical refinement",
           nullptr,
           {}}},
+        {&WindowActions::m_pSections,
+         {"Sec&tions...", "Show planes of reciprocal space such as hk0, from the frames", nullptr, {}}},
         {&WindowActions::m_pReport,
          {"Repor&t...", "Write what was done and found as a page for a browser", nullptr, {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
@@ -240,6 +242,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "a "
          "list of frames for PETS, intensities by frames for dynamical refinement, with the frames that they "
          "read."},
+        {m_pSections,
+         "Opens the window of planes of reciprocal space, hk0 and any other layer, as pictures made from all "
+         "frames: absences, diffuse streaks and twins show themselves there. Needs a cell and shifts."},
         {m_pReport,
          "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", "
          "or else what the window holds, with tables, curves, three frames and the command that makes it "

@@ -1,0 +1,357 @@
+// Sections of reciprocal space: a simulated crystal of known cell on them, and frames of one value against
+// the closed form of what a tilt series sees.
+#include "integration/reciprocalsection.h"
+#include "imagefiles/mrcwriter.h"
+#include "integration/laueoperations.h"
+#include "tests/integration/simulatedintegration.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace tessera {
+
+namespace {
+
+SectionPlane plane(const char* pszName)
+{
+    const std::optional<SectionPlane> found = sectionPlane(pszName);
+    EXPECT_TRUE(found) << pszName;
+    return found.value_or(SectionPlane());
+}
+
+std::vector<ReciprocalSection> sections(const CSimulatedFrames& frames,
+                                        const std::vector<SectionPlane>& listPlane,
+                                        const SectionOptions& options, int nJobs = 2)
+{
+    std::vector<ReciprocalSection> listSection;
+    CRunReport report;
+    EXPECT_TRUE(makeSections(frames.m_data, frames.m_geometry, listPlane, options, nJobs, report, listSection)
+                    .finished())
+        << report.reason().toStdString();
+    return listSection;
+}
+
+/// The strongest pixel above the ground about a lattice point, and where the weight of the spot lies.
+struct SpotOnSection {
+    bool bSeen = false;
+    double dfHeight = 0;  ///< counts, mean of the 3 × 3 pixels about the point, above the ground
+    double dfOff = 0;     ///< pixels, of the centre of gravity from the point
+};
+SpotOnSection spotAt(const ReciprocalSection& section, const std::array<int, 3>& anIndex)
+{
+    const int nReach = 5, nSpot = 3;
+    SpotOnSection spot;
+    const auto pt = placeOnSection(section, {double(anIndex[0]), double(anIndex[1]), double(anIndex[2])});
+    if (!pt) {
+        return spot;
+    }
+    const int nX = qRound(pt->x()), nY = qRound(pt->y());
+    std::vector<double> listGround;
+    double dfSum = 0, dfX = 0, dfY = 0;
+    for (const bool bGround : {true, false}) {
+        const double dfGround = listGround.empty() ? 0 : listGround[listGround.size() / 2];
+        for (int y = nY - nReach; y <= nY + nReach; ++y) {
+            for (int x = nX - nReach; x <= nX + nReach; ++x) {
+                if (x < 0 || y < 0 || x >= section.nSide || y >= section.nSide) {
+                    return {};
+                }
+                const float f = section.listValue[size_t(y) * size_t(section.nSide) + size_t(x)];
+                const double dfAway = std::hypot(x - pt->x(), y - pt->y());
+                if (!std::isfinite(f)) {
+                    return {};
+                }
+                if (bGround && dfAway > nSpot) {
+                    listGround.push_back(double(f));
+                } else if (!bGround && dfAway <= nSpot) {
+                    dfSum += double(f) - dfGround;
+                    dfX += (double(f) - dfGround) * (x - pt->x());
+                    dfY += (double(f) - dfGround) * (y - pt->y());
+                    spot.dfHeight += std::max(std::abs(x - nX), std::abs(y - nY)) <= 1
+                                         ? (double(f) - dfGround) / 9
+                                         : 0;
+                }
+            }
+        }
+        std::sort(listGround.begin(), listGround.end());
+    }
+    spot.bSeen = true;
+    spot.dfOff = std::hypot(dfX / dfSum, dfY / dfSum);
+    return spot;
+}
+
+/// Frames that have the same count everywhere, with a cell along the laboratory's axes.
+class CEvenFrames {
+public:
+    CEvenFrames(int nFrames, double dfFirst, double dfStep)
+    {
+        m_geometry.geometry.aBasis = {DoubleVector{0.05, 0, 0}, {0, 0.06, 0}, {0, 0, 0.07}};
+        m_geometry.geometry.dfWavelength = 0.05;  // the sphere is well curved
+        m_geometry.geometry.dfPixelSize = 0.01;
+        m_geometry.geometry.plane.axis = 30;
+        m_geometry.sizeFrame = {g_nSize, g_nSize};
+        CImgObj<float> image;
+        image.Create(g_nSize, g_nSize);
+        std::fill_n(image.Data(), g_nSize * g_nSize, 7.f);
+        for (int y = 10; y < 20; ++y) {
+            image.Data()[y * g_nSize + 15] = std::numeric_limits<float>::quiet_NaN();
+        }
+        for (int n = 0; n < nFrames; ++n) {
+            m_data.m_listFrameFile.append(m_dir.filePath(QStringLiteral("e_%1.mrc").arg(n)));
+            CMrcWriter<float> writer;
+            writer.open(m_data.m_listFrameFile.last(), g_nSize, g_nSize, 1);
+            writer.addSection(image.Data());
+            EXPECT_TRUE(writer.commit());
+            m_geometry.listTilt.push_back(dfFirst + n * dfStep);
+            m_geometry.listBeam.push_back({g_nSize / 2.0 + 0.3, g_nSize / 2.0 - 0.2});
+        }
+    }
+    static constexpr int g_nSize = 160;
+    SeriesGeometry m_geometry;
+    DataSet m_data;
+
+private:
+    QTemporaryDir m_dir;
+};
+
+}  // namespace
+
+TEST(ReciprocalSection, PlanesHaveTheirNames)
+{
+    const struct {
+        const char* pszText;
+        std::array<int, 3> anZone;
+        int nLayer;
+        const char* pszFile;
+    } aGood[] = {{"hk0", {0, 0, 1}, 0, "hk0"},
+                 {"h-12l", {0, 1, 0}, -12, "h-12l"},
+                 {"3kl", {1, 0, 0}, 3, "3kl"},
+                 {" [1 1 0]", {1, 1, 0}, 0, "uvw_1_1_0_layer_0"},
+                 {"[1 -2 3]=-4", {1, -2, 3}, -4, "uvw_1_-2_3_layer_-4"}};
+    for (const auto& good : aGood) {
+        const SectionPlane found = plane(good.pszText);
+        EXPECT_EQ(found.anZone, good.anZone) << good.pszText;
+        EXPECT_EQ(found.nLayer, good.nLayer) << good.pszText;
+        EXPECT_EQ(sectionFileWord(found), good.pszFile);
+        EXPECT_TRUE(sectionPlane(found.strName)) << "its own name";
+    }
+    for (const char* pszBad : {"", "hkl", "hk", "h00", "kh0", "hk+1", "hk1.5", "hk1000", "[1 1]", "[0 0 0]",
+                               "[2 2 0]", "[21 1 0]", "HK0"}) {
+        QString strReason;
+        EXPECT_FALSE(sectionPlane(pszBad, &strReason)) << pszBad;
+        EXPECT_FALSE(strReason.isEmpty()) << pszBad;
+    }
+}
+
+TEST(ReciprocalSection, FramesOfAPlaneObeyTheDefinitionOfAZone)
+{
+    // A triclinic basis with nothing special.
+    const SectionBasis basis = {DoubleVector{0.11, 0.01, -0.02}, {0.03, 0.08, 0.01}, {-0.01, 0.02, 0.05}};
+    for (const char* pszName : {"hk2", "h-1l", "0kl", "[1 1 0]=3", "[2 -3 5]=-2"}) {
+        const SectionPlane section = plane(pszName);
+        const std::optional<SectionFrame> frame = sectionFrame(section, basis);
+        ASSERT_TRUE(frame);
+        ReciprocalSection empty;
+        empty.plane = section;
+        empty.frame = *frame;
+        empty.basis = basis;
+        empty.nSide = 401;
+        empty.dfStep = 0.005;
+        empty.dfMaxDStar = 0.8;
+        empty.listValue.resize(401 * 401, 0);
+        const std::vector<std::array<int, 3>> listIndex = latticeOfSection(empty, 100000);
+        // All lattice points by definition, one by one.
+        size_t nExpected = 0;
+        for (int h = -20; h <= 20; ++h) {
+            for (int k = -30; k <= 30; ++k) {
+                for (int l = -40; l <= 40; ++l) {
+                    double dfSquare = 0;
+                    for (size_t i = 0; i < 3; ++i) {
+                        const double df = h * basis[0][i] + k * basis[1][i] + l * basis[2][i];
+                        dfSquare += df * df;
+                    }
+                    const auto& [u, v, w] = section.anZone;
+                    nExpected += u * h + v * k + w * l == section.nLayer && dfSquare <= 0.64;
+                }
+            }
+        }
+        EXPECT_EQ(listIndex.size(), nExpected) << pszName;
+        EXPECT_GT(nExpected, 20U);
+        for (const std::array<int, 3>& an : listIndex) {
+            const auto pt = placeOnSection(empty, {double(an[0]), double(an[1]), double(an[2])});
+            ASSERT_TRUE(pt);
+            const SectionReading reading = readSection(empty, *pt);
+            for (size_t i = 0; i < 3; ++i) {
+                EXPECT_NEAR(reading.indices[i], an[i], 1e-9) << pszName;
+            }
+        }
+    }
+}
+
+TEST(ReciprocalSection, OperationsMakeTheGroupsOfTheirClasses)
+{
+    const std::pair<const char*, size_t> aOrder[] = {
+        {"-1", 2},    {"2/m", 4},   {"mmm", 8},  {"4/m", 8},    {"4/mmm", 16}, {"-3", 6},
+        {"-3m1", 12}, {"-31m", 12}, {"6/m", 12}, {"6/mmm", 24}, {"m-3", 24},   {"m-3m", 48}};
+    for (const auto& [pszClass, nOrder] : aOrder) {
+        EXPECT_EQ(laueOperations(pszClass).size(), nOrder) << pszClass;
+    }
+    EXPECT_TRUE(laueOperations("4").empty());
+}
+
+TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
+{
+    SimulationParameters p = smallCrystal();
+    p.dfStretchAmplitude = 0;
+    CSimulatedFrames frames(p);
+    frames.write();
+    const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
+    SectionOptions options;
+    options.dfMaxDStar = 0.85;
+    const std::vector<ReciprocalSection> listSection = sections(
+        frames, {plane("hk0"), plane("h0l"), plane("0kl"), plane("h1l"), plane("[1 1 0]")}, options);
+    int nStrong = 0, nAbsent = 0;
+    double dfStrong = 0, dfAbsent = 0, dfWorst = 0;
+    for (const ReciprocalSection& section : listSection) {
+        for (const std::array<int, 3>& an : latticeOfSection(section, 10000)) {
+            const SpotOnSection spot = spotAt(section, an);
+            const double dfSquare = std::norm(crystal.value(an[0], an[1], an[2]));
+            // The beam's own glow is no ground that a spot stands on.
+            if (!spot.bSeen || std::hypot(an[0] / 3.78, an[1] / 3.78, an[2] / 9.51) < 0.2) {
+                continue;
+            }
+            if (dfSquare > 300) {
+                ++nStrong;
+                dfStrong += spot.dfHeight;
+                dfWorst = std::max(dfWorst, spot.dfOff);
+            } else if (dfSquare < 1e-6) {
+                ++nAbsent;
+                dfAbsent = std::max(dfAbsent, spot.dfHeight);
+            }
+        }
+    }
+    EXPECT_GT(nStrong, 20);
+    EXPECT_GT(nAbsent, 40);
+    EXPECT_LT(dfWorst, 1) << "pixels";
+    EXPECT_LT(dfAbsent, 0.03 * dfStrong / nStrong) << nStrong << " strong, " << nAbsent << " absent";
+}
+
+TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
+{
+    const double dfHalf = 30, dfStep = 3;
+    const CEvenFrames frames(21, -dfHalf, dfStep);
+    SectionOptions options;
+    options.dfMaxDStar = 0.7;
+    options.dfThickness = 0.02;
+    std::vector<ReciprocalSection> listSection;
+    CRunReport report;
+    ASSERT_TRUE(
+        makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report, listSection)
+            .finished());
+    const ReciprocalSection& section = listSection.front();
+    // Across the axis, a point at the distance d is on the sphere when its direction, turned by the tilt,
+    // stands asin(d λ/2) above the flat pattern, to either side.
+    const double dfReach = radians(dfHalf + dfStep / 2);
+    int nSeen = 0, nUnseen = 0, nWrong = 0;
+    for (int nRow = 0; nRow < section.nSide; ++nRow) {
+        for (int nColumn = 0; nColumn < section.nSide; ++nColumn) {
+            const double dfY = (nColumn - section.centre()) * section.dfStep;
+            const double dfZ = (section.centre() - nRow) * section.dfStep;
+            const double dfD = std::hypot(dfY, dfZ);
+            if (dfD < 0.05 || dfD > 0.7) {
+                continue;
+            }
+            const double dfLift = std::asin(dfD * 0.05 / 2);
+            const double dfRight = std::fabs(std::remainder(std::atan2(dfZ, dfY) - dfLift, 2 * g_dfPi));
+            const double dfLeft = std::fabs(
+                std::remainder(std::atan2(dfZ, dfY) + dfLift - g_dfPi, 2 * g_dfPi));
+            const double dfInside = (dfReach - std::min(dfRight, dfLeft)) * dfD / section.dfStep;
+            if (std::fabs(dfInside) < 2) {
+                continue;  // pixels are shared with their neighbours
+            }
+            const float f = section.listValue[size_t(nRow) * size_t(section.nSide) + size_t(nColumn)];
+            nWrong += std::isfinite(f) != (dfInside > 0);
+            (dfInside > 0 ? nSeen : nUnseen) += 1;
+            if (std::isfinite(f)) {
+                EXPECT_NEAR(f, 7, 1e-3);  // a mean of equal counts, whatever their weights
+            }
+        }
+    }
+    EXPECT_EQ(nWrong, 0) << "of " << nSeen << " and " << nUnseen;
+    EXPECT_GT(nSeen, 4000);
+    EXPECT_GT(nUnseen, 4000);
+    EXPECT_NEAR(seenShare(section), (2 * dfHalf + dfStep) / 180, 0.03);
+}
+
+TEST(ReciprocalSection, AveragesHaveTheSymmetryAndFewerGaps)
+{
+    CSimulatedFrames frames(smallCrystal());
+    frames.write();
+    SectionOptions options;
+    options.dfMaxDStar = 0.85;
+    options.dfThickness = 0.02;
+    const ReciprocalSection alone = sections(frames, {plane("h0l")}, options).front();
+    options.strLaueClass = "4/mmm";
+    const ReciprocalSection averaged = sections(frames, {plane("h0l")}, options).front();
+    EXPECT_GT(seenShare(averaged), seenShare(alone) + 0.1);
+    const int nLast = averaged.nSide - 1;
+    const auto at = [&](int nColumn, int nRow) {
+        return averaged.listValue[size_t(nRow) * size_t(averaged.nSide) + size_t(nColumn)];
+    };
+    int nBroken = 0;
+    for (int nRow = 0; nRow <= nLast; ++nRow) {
+        for (int nColumn = 0; nColumn <= nLast; ++nColumn) {
+            const float f = at(nColumn, nRow);
+            for (const float fOther : {at(nLast - nColumn, nRow), at(nColumn, nLast - nRow)}) {
+                const bool bSame = std::isnan(f)
+                                       ? std::isnan(fOther)
+                                       : std::fabs(f - fOther) <= 1e-2f * std::max(std::fabs(f), 1.f);
+                nBroken += !bSame;
+            }
+        }
+    }
+    // What touches the border of a gap by the last bits of a weight may be on one side alone.
+    EXPECT_LT(nBroken, 1e-3 * double(averaged.listValue.size()));
+    options.strLaueClass = "m-3m";
+    std::vector<ReciprocalSection> listSection;
+    CRecordingReport report;
+    EXPECT_EQ(
+        makeSections(frames.m_data, frames.m_geometry, {plane("h0l")}, options, 1, report, listSection).end,
+        RunEnd::Refused);
+    EXPECT_TRUE(report.reason().contains("m-3m"));
+}
+
+TEST(ReciprocalSection, TheSameForEveryNumberOfThreadsAndNoneOfAStoppedRun)
+{
+    SimulationParameters p = smallCrystal();
+    p.nFrames = 12;
+    CSimulatedFrames frames(p);
+    frames.write();
+    SectionOptions options;
+    options.bWithoutRings = true;
+    const std::vector<SectionPlane> listPlane = {plane("hk0"), plane("h0l")};
+    const auto one = sections(frames, listPlane, options, 1);
+    const auto three = sections(frames, listPlane, options, 3);
+    ASSERT_EQ(one.size(), 2U);
+    for (size_t n = 0; n < one.size(); ++n) {
+        ASSERT_EQ(one[n].listValue.size(), three[n].listValue.size());
+        EXPECT_EQ(std::memcmp(one[n].listValue.data(), three[n].listValue.data(),
+                              one[n].listValue.size() * sizeof(float)),
+                  0);
+    }
+    std::vector<ReciprocalSection> listKept = one;
+    CRecordingReport report;
+    report.m_nStopAfter = 3;
+    EXPECT_EQ(
+        makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report, listKept).end,
+        RunEnd::Stopped);
+    EXPECT_EQ(listKept.front().plane.strName, "hk0");
+    // A frame that cannot be read is left out and told; none at all is a failure.
+    QFile(frames.m_data.m_listFrameFile[3]).remove();
+    CRecordingReport told;
+    EXPECT_TRUE(makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, told, listKept)
+                    .finished());
+    EXPECT_EQ(listKept.front().nFrames, 11);
+}
+
+}  // namespace tessera
