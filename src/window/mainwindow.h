@@ -70,6 +70,7 @@ class CRoadWork;
 class RoadDock;
 class SectionsController;
 class SelectionController;
+class StartController;
 class SeriesPictureTitle;
 class ShiftPage;
 class TabWidget;
@@ -139,6 +140,8 @@ public slots:
     void open();
     /// Opens what the menu entry that was chosen stands for.
     void openRecentFile();
+    /// Takes leave of the data set: views, tables and pages are as at the start, but for the parameters.
+    void closeDataSet();  // src/window/start/mainwindow_start.cpp
     /// Puts the picture of the current tab on the clipboard, of the frame view the whole frame.
     void copyWindow();
     /// The next larger of the scales for the view in the current tab.
@@ -563,6 +566,7 @@ private:
     PageNumbers pageNumbers() const;
     void takeRoadStep(const RoadStep& step, const RoadState& state);
     void showRoadResult(const RoadStep& step, const RoadState& state);
+    void createStart();        // src/window/start/mainwindow_start.cpp
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void createSections();     // src/window/sections/mainwindow_sections.cpp
     // The one selection of the views: src/window/selection/mainwindow_selection.cpp
@@ -600,6 +604,7 @@ private:
     void showFirstFrame();
     void showOpenedCell();
     void enterRecentSeries(const QStringList& listFile);
+    void recentListChanged();
 
     bool loadShiftFile(const QString& strFileName, QString* pstrReason = nullptr);
     void fillShiftTable();
@@ -674,6 +679,7 @@ private:
     void withoutLatticeColors(const std::function<void()>& fn);
     bool refuseUnderLatticeColors(const ED3DWidget* pView);
     void forgetLattices();
+    void showAgeOfLattices();
 
     /// Sets the contrast limits of the series: those that were kept of it, else by the frame in memory.
     void setAutoContrast();
@@ -850,6 +856,7 @@ private:
     int m_nFrameToShow = 0;  ///< of the chosen reflection, from 1, when frames come to the front; 0: none
     RoadDock* m_pRoad = nullptr;
     WorkHistory* m_pHistory = nullptr;
+    StartController* m_pStart = nullptr;
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 

@@ -29,6 +29,7 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pNewProject, &MainWindow::newProject);
     connectAction(m_pActions->m_pSolve, &MainWindow::solve);
     connectAction(m_pActions->m_pOpen, &MainWindow::open);
+    connectAction(m_pActions->m_pClose, &MainWindow::closeDataSet);
     connectAction(m_pActions->m_pSaveCurrent, &MainWindow::saveCurrent);
     connectAction(m_pActions->m_pSaveSeries, &MainWindow::saveSeries);
     connectAction(m_pActions->m_pMovieFrames, &MainWindow::grab3DMovieFrames);
@@ -81,9 +82,9 @@ void MainWindow::createActions()
 void MainWindow::createMenus()
 {
     QMenu* pFile = menuBar()->addMenu(QStringLiteral("&File"));
-    pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pSaveCurrent,
-                       m_pActions->m_pSaveSeries, m_pActions->m_pMovieFrames, m_pActions->m_pScaledFrames,
-                       m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
+    pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pClose,
+                       m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries, m_pActions->m_pMovieFrames,
+                       m_pActions->m_pScaledFrames, m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
                        m_pActions->m_pOtherPrograms, m_pActions->m_pReport});
     pFile->addSeparator();
     m_pRecentSeparator = pFile->addSeparator();

@@ -17,6 +17,8 @@
 #include "window/newprojectdialog.h"
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
+#include "window/start/recentseries.h"
+#include "window/start/startcontroller.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
 #include "window/windowreport.h"
@@ -38,24 +40,23 @@
 
 namespace tessera {
 
-static const int g_nMaxRecent = 20;
-
-static QString recentKey()
-{
-    return QStringLiteral("recentSeriesList");
-}
-
 void MainWindow::newProject()
 {
     if (refuseDuringRun(QStringLiteral("A new project")))
         return;
-    NewProjectDialog dialog(m_strWorkingDir, this);
-    const std::unique_ptr<QSettings> pSettings(makeSettings());
-    dialog.readSettings(*pSettings);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    dialog.writeSettings(*pSettings);
-    openFiles({dialog.projectFile()});
+    bool bSolve = false;
+    {
+        NewProjectDialog dialog(m_strWorkingDir, this);
+        const std::unique_ptr<QSettings> pSettings(makeSettings());
+        dialog.readSettings(*pSettings);
+        if (dialog.exec() != QDialog::Accepted)
+            return;
+        dialog.writeSettings(*pSettings);
+        openFiles({dialog.projectFile()});
+        bSolve = dialog.m_pSolveCheck->isChecked() && projectFile() == dialog.projectFile();
+    }
+    if (bSolve)
+        solve();
 }
 
 void MainWindow::open()
@@ -217,6 +218,7 @@ void MainWindow::showDataSetAnew()
     fillShiftTable();
     m_pFramesPage->m_pRotationAxisSpin->setDecimals(m_dataSet.m_nAxisDecimals);
     syncParametersWithControls(false);
+    m_pStart->setDataSetOpen(!m_dataSet.m_listFrameFile.isEmpty());
 }
 
 void MainWindow::clearDataSet()
@@ -276,14 +278,14 @@ void MainWindow::showFirstFrame()
 void MainWindow::enterRecentSeries(const QStringList& listFile)
 {
     setWindowFilePath(displayName(listFile));
-    const QString strEntry = listFile.join(QLatin1Char('|'));
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    QStringList listEntry = pSettings->value(recentKey()).toStringList();
-    listEntry.removeAll(strEntry);
-    listEntry.prepend(strEntry);
-    listEntry = listEntry.mid(0, g_nMaxRecent);
-    pSettings->setValue(recentKey(), listEntry);
-    pSettings->sync();
+    tessera::enterRecentSeries(*pSettings, listFile, QDateTime::currentDateTime());
+    recentListChanged();
+}
+
+/// All windows show the same list.
+void MainWindow::recentListChanged()
+{
     for (QWidget* pWidget : QApplication::topLevelWidgets())
         if (auto* pWindow = qobject_cast<MainWindow*>(pWidget))
             pWindow->updateRecentMenu();
@@ -292,16 +294,14 @@ void MainWindow::enterRecentSeries(const QStringList& listFile)
 void MainWindow::updateRecentMenu()
 {
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    const QStringList listEntry = pSettings->value(recentKey()).toStringList();
+    const QList<RecentSeries> listSeries = recentSeries(*pSettings);
     QStringList listName;
-    for (const QString& strEntry : listEntry)
-        listName.append(displayName(strEntry.split(QLatin1Char('|'), Qt::SkipEmptyParts)));
+    for (const RecentSeries& series : listSeries)
+        listName.append(displayName(series.listFile));
     int nShown = 0;
     for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
         QAction* pAction = m_pActions->m_listRecent[i];
-        const QStringList listFile = i < listEntry.size()
-                                         ? listEntry[i].split(QLatin1Char('|'), Qt::SkipEmptyParts)
-                                         : QStringList();
+        const QStringList listFile = i < listSeries.size() ? listSeries[i].listFile : QStringList();
         pAction->setVisible(!listFile.isEmpty());
         if (listFile.isEmpty())
             continue;
@@ -318,6 +318,7 @@ void MainWindow::updateRecentMenu()
         pAction->setData(listFile);
     }
     m_pRecentSeparator->setVisible(nShown > 0);
+    m_pStart->updateRecent();
 }
 
 }  // namespace tessera

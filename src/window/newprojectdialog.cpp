@@ -8,6 +8,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -82,6 +83,11 @@ QList<StoredSpin> storedSpins(const NewProjectDialog& dialog)
             {QStringLiteral("PrecessionAngle"), dialog.m_pPrecessionSpin}};
 }
 
+QString solveKey()
+{
+    return QStringLiteral("SolveAtOnce");
+}
+
 struct StoredRadio {
     QString strKey;
     QRadioButton* pRadio;
@@ -127,8 +133,13 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     auto* pLayout = new QVBoxLayout(this);
     pLayout->addLayout(pColumns, 1);
     pLayout->addWidget(makeFile());
+    m_pSolveCheck = new QCheckBox(tr("Solve at once"), this);
+    explain(m_pSolveCheck,
+            tr("Begins \"Solve\" as soon as the project is made: from the frames to the cell and the "
+               "intensities, with the numbers that the series itself tells."));
     auto* pLast = new QHBoxLayout;
     pLast->addWidget(m_pProblemLabel, 1);
+    pLast->addWidget(m_pSolveCheck);
     pLast->addWidget(m_pButtons);
     pLayout->addLayout(pLast);
 
@@ -155,6 +166,7 @@ void NewProjectDialog::readSettings(QSettings& settings)
         if (bOk && std::isfinite(dfValue))
             stored.pSpin->setValue(dfValue);
     }
+    m_pSolveCheck->setChecked(settings.value(solveKey()).toBool());
     settings.endGroup();
     m_bFilling = false;
     refresh();
@@ -168,6 +180,7 @@ void NewProjectDialog::writeSettings(QSettings& settings) const
     for (const StoredRadio& stored : storedRadios(*this))
         settings.setValue(stored.strKey, stored.pRadio->isChecked());
     settings.setValue(QStringLiteral("Rotation"), m_pRotationCombo->currentText());
+    settings.setValue(solveKey(), m_pSolveCheck->isChecked());
     settings.endGroup();
 }
 

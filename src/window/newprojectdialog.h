@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QTimer>
 
+class QCheckBox;
 class QComboBox;
 class QDialogButtonBox;
 class QDoubleSpinBox;
@@ -43,7 +44,7 @@ public:
     /// @param strFolder  where the file dialogs start
     explicit NewProjectDialog(const QString& strFolder, QWidget* pParent = nullptr);
 
-    /// Voltage, pixel size, axis and kind of rotation as they were given last.
+    /// Voltage, pixel size, axis and kind of rotation as they were given last, and what comes afterwards.
     void readSettings(QSettings& settings);
     /// Keeps them for the next dialog.
     void writeSettings(QSettings& settings) const;
@@ -109,6 +110,7 @@ public:
 
     QLineEdit* m_pFileEdit = nullptr;        ///< the file to be written
     QPushButton* m_pBrowseButton = nullptr;  ///< asks for it
+    QCheckBox* m_pSolveCheck = nullptr;      ///< "Solve" begins when the project is made; the caller's to do
     QLabel* m_pProblemLabel = nullptr;       ///< what is missing
     QDialogButtonBox* m_pButtons = nullptr;  ///< "Create", in force when nothing is missing, and "Cancel"
 

@@ -96,6 +96,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pSolve, {"S&olve", "From the frames to the intensities", "run", "F5"}},
         {&WindowActions::m_pOpen,
          {"&Open...", "Open an existing file", "open_document_32", QKeySequence::Open}},
+        {&WindowActions::m_pClose,
+         {"&Close Project", "Close the data set, and show what was opened before", nullptr, "Ctrl+W"}},
         {&WindowActions::m_pSaveCurrent,
          {"&Save Current Image", "Save current image to file", "save_32", QKeySequence::Save}},
         {&WindowActions::m_pSaveSeries,

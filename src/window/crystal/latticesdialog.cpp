@@ -10,71 +10,92 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QListWidget>
 #include <QLocale>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStackedWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <utility>
 
 namespace tessera {
 
 namespace {
 
-const int g_nRowsSeen = 7;   // of the types: a cubic lattice has up to a dozen, of which the first count
-const int g_nLinesSeen = 3;  // of each list, of two lines of text at most
-const int g_nIconEdge = 12;  // pixels, of the colours
-const int g_nColumns = 13;
-const int g_nFirstNumber = 3;  // column
+const int g_nRowsSeen = 7;       // of the types: a cubic lattice has up to a dozen, of which the first count
+const int g_nLinesSeen = 3;      // of each list, of two lines of text at most
+const int g_nIconEdge = 12;      // pixels, of the colours
+const int g_nWidestTable = 720;  // pixels: beside the views; what has more is scrolled
+
+enum Column {
+    ColumnType,
+    ColumnSystem,
+    ColumnLengths,
+    ColumnAngles,
+    ColumnMisfitLengths,
+    ColumnMisfitAngles,
+    ColumnObliquity,
+    ColumnAxes,
+    ColumnCount
+};
 
 QString columnTip(int nColumn)
 {
-    if (nColumn < g_nFirstNumber) {
-        return LatticesDialog::tr(
-            "Bravais type. A star marks the one that is proposed: the highest symmetry "
-            "that is hardly further off than the lower ones it holds.");
+    switch (nColumn) {
+        case ColumnType:
+        case ColumnSystem:
+            return LatticesDialog::tr(
+                "Bravais type. A star marks the one that is proposed: the highest symmetry "
+                "that is hardly further off than the lower ones it holds.");
+        case ColumnLengths:
+        case ColumnAngles:
+            return LatticesDialog::tr("The conventional cell of the type, made to obey it: Å and degrees.");
+        case ColumnMisfitLengths:
+            return LatticesDialog::tr("How far the worst edge of the measured cell is from that, per cent.");
+        case ColumnMisfitAngles:
+            return LatticesDialog::tr("How far the worst angle is from that, degrees.");
+        case ColumnObliquity:
+            return LatticesDialog::tr(
+                "How far the worst twofold axis is from the normal of its net plane, degrees.");
+        default:
+            return LatticesDialog::tr("The new axes by those of the cell in force, in real space.");
     }
-    if (nColumn < 9) {
-        return LatticesDialog::tr("The conventional cell of the type, made to obey it: Å and degrees.");
-    }
-    const std::array<QString, 4> astrTip = {
-        LatticesDialog::tr("How far the worst edge of the measured cell is from that, per cent."),
-        LatticesDialog::tr("How far the worst angle is from that, degrees."),
-        LatticesDialog::tr("How far the worst twofold axis is from the normal of its net plane, degrees."),
-        LatticesDialog::tr("The new axes by those of the cell in force, in real space.")};
-    return astrTip[size_t(nColumn - 9)];
 }
 
 QStringList titles()
 {
-    return {LatticesDialog::tr("Type"),     LatticesDialog::tr("System"),    LatticesDialog::tr("Centring"),
-            QStringLiteral("a, Å"),         QStringLiteral("b, Å"),          QStringLiteral("c, Å"),
-            QStringLiteral("α, °"),         QStringLiteral("β, °"),          QStringLiteral("γ, °"),
-            LatticesDialog::tr("Edges, %"), LatticesDialog::tr("Angles, °"), LatticesDialog::tr("Twofold, °"),
-            LatticesDialog::tr("New Axes")};
+    return {LatticesDialog::tr("Type"),        LatticesDialog::tr("System"),
+            QStringLiteral("a, b, c (Å)"),     QStringLiteral("α, β, γ (°)"),
+            LatticesDialog::tr("Edges (%)"),   LatticesDialog::tr("Angles (°)"),
+            LatticesDialog::tr("Twofold (°)"), LatticesDialog::tr("New Axes")};
 }
 
 QStringList cellsOf(const LatticeType& type, bool bProposed)
 {
     const LatticeSymmetry& symmetry = type.symmetry;
     const CellParameters& cell = symmetry.cellConstrained;
-    QStringList list = {bravaisSymbol(symmetry) + (bProposed ? QStringLiteral(" *") : QString()),
-                        nameOf(symmetry.system), QString(QLatin1Char(symmetry.chCentring))};
     const QLocale locale = QLocale::system();
-    for (const double dfLength : {cell.a, cell.b, cell.c}) {
-        list.append(locale.toString(dfLength, 'f', 3));
-    }
-    for (const double dfAngle : {cell.alpha, cell.beta, cell.gamma}) {
-        list.append(locale.toString(dfAngle, 'f', 2));
-    }
-    for (const double dfMisfit : {symmetry.dfMisfitLengths, symmetry.dfMisfitAngles, symmetry.dfObliquity}) {
-        list.append(locale.toString(dfMisfit, 'f', 2));
-    }
-    list.append(axesText(type.matTransform));
-    return list;
+    const auto numbers = [&](std::initializer_list<double> listNumber, int nDecimals) {
+        QStringList list;
+        for (const double df : listNumber) {
+            list.append(locale.toString(df, 'f', nDecimals));
+        }
+        return list.join(QStringLiteral("  "));
+    };
+    return {bravaisSymbol(symmetry) + (bProposed ? QStringLiteral(" *") : QString()),
+            nameOf(symmetry.system),
+            numbers({cell.a, cell.b, cell.c}, 3),
+            numbers({cell.alpha, cell.beta, cell.gamma}, 2),
+            numbers({symmetry.dfMisfitLengths}, 2),
+            numbers({symmetry.dfMisfitAngles}, 2),
+            numbers({symmetry.dfObliquity}, 2),
+            axesText(type.matTransform)};
 }
 
 QListWidget* makeList(QWidget* pParent)
@@ -128,12 +149,24 @@ LatticesDialog::LatticesDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
     setLook(LatticeLook());
 }
 
+/// What is known, and behind it what is said where it does not hold any more.
+QStackedWidget* LatticesDialog::besideNote(QWidget* pContent)
+{
+    auto* pStack = new QStackedWidget(pContent->parentWidget());
+    auto* pNote = new QLabel(pStack);
+    pNote->setAlignment(Qt::AlignCenter);
+    pNote->setWordWrap(true);
+    pStack->addWidget(pContent);
+    pStack->addWidget(pNote);
+    return pStack;
+}
+
 QGroupBox* LatticesDialog::makeTypes()
 {
     auto* pGroup = new QGroupBox(tr("Bravais Types"), this);
-    m_pTableTypes = new QTableWidget(0, g_nColumns, pGroup);
+    m_pTableTypes = new QTableWidget(0, ColumnCount, pGroup);
     m_pTableTypes->setHorizontalHeaderLabels(titles());
-    for (int nColumn = 0; nColumn < g_nColumns; ++nColumn) {
+    for (int nColumn = 0; nColumn < ColumnCount; ++nColumn) {
         m_pTableTypes->horizontalHeaderItem(nColumn)->setToolTip(columnTip(nColumn));
     }
     m_pTableTypes->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -160,7 +193,8 @@ QGroupBox* LatticesDialog::makeTypes()
     pButtons->addWidget(m_pButtonCopy);
     pButtons->addStretch(1);
     auto* pLayout = new QVBoxLayout(pGroup);
-    pLayout->addWidget(m_pTableTypes);
+    m_pStackTypes = besideNote(m_pTableTypes);
+    pLayout->addWidget(m_pStackTypes);
     pLayout->addLayout(pButtons);
     return pGroup;
 }
@@ -176,7 +210,8 @@ QGroupBox* LatticesDialog::makePoints()
     explain(m_pButtonLongerCell, tr("Makes the cell whose reflections lie on the selected places, too, the "
                                     "cell in force, and writes the .uc file. Index again afterwards."));
     auto* pLayout = new QGridLayout(pGroup);
-    pLayout->addWidget(m_pListPoints, 0, 0, 1, 2);
+    m_pStackPoints = besideNote(m_pListPoints);
+    pLayout->addWidget(m_pStackPoints, 0, 0, 1, 2);
     pLayout->addWidget(m_pButtonLongerCell, 1, 0);
     pLayout->setColumnStretch(1, 1);
     return pGroup;
@@ -198,11 +233,29 @@ QGroupBox* LatticesDialog::makeLattices()
             tr("Shows the peaks of each lattice as a group of its own in both 3D views. They can be merged "
                "as any group. Off, the former groups come back."));
     auto* pLayout = new QGridLayout(pGroup);
-    pLayout->addWidget(m_pListLattices, 0, 0, 1, 3);
+    m_pStackLattices = besideNote(m_pListLattices);
+    pLayout->addWidget(m_pStackLattices, 0, 0, 1, 3);
     pLayout->addWidget(m_pButtonChoose, 1, 0);
     pLayout->addWidget(m_pCheckColors, 1, 1);
     pLayout->setColumnStretch(2, 1);
     return pGroup;
+}
+
+void LatticesDialog::setAge(LookAge age)
+{
+    m_age = age;
+    const QString strNote =
+        age == LookAge::EarlierCell
+            ? tr("What was found is of an earlier cell. \"Run\" looks at the one in force.")
+            : tr("What was found is of earlier peaks. \"Run\" looks at those of now.");
+    const bool bCell = age == LookAge::Current, bPeaks = age != LookAge::EarlierPeaks;
+    for (const auto& [pStack, bHolds] : {std::pair<QStackedWidget*, bool>{m_pStackTypes, bCell},
+                                         {m_pStackPoints, bCell},
+                                         {m_pStackLattices, bPeaks}}) {
+        static_cast<QLabel*>(pStack->widget(1))->setText(strNote);
+        pStack->setCurrentIndex(bHolds ? 0 : 1);
+    }
+    updateButtons();
 }
 
 void LatticesDialog::setLook(const LatticeLook& look)
@@ -224,7 +277,7 @@ void LatticesDialog::setLook(const LatticeLook& look)
         m_pListLattices->addItem(new QListWidgetItem(swatch(colorOf(n)), listLattice[n]));
     }
     m_listText = (look.listCell.isEmpty() ? QStringList() : tableOfTypes(analysis)) + listSaid + listLattice;
-    updateButtons();
+    setAge(LookAge::Current);
 }
 
 void LatticesDialog::fillTypes(const LatticeAnalysis& analysis)
@@ -235,9 +288,9 @@ void LatticesDialog::fillTypes(const LatticeAnalysis& analysis)
         const LatticeType& type = analysis.listType[size_t(nRow)];
         const bool bProposed = isProposed(analysis, type);
         const QStringList listCell = cellsOf(type, bProposed);
-        for (int nColumn = 0; nColumn < g_nColumns; ++nColumn) {
+        for (int nColumn = 0; nColumn < ColumnCount; ++nColumn) {
             auto* pItem = new QTableWidgetItem(listCell[nColumn]);
-            const bool bNumber = nColumn >= g_nFirstNumber && nColumn < g_nColumns - 1;
+            const bool bNumber = nColumn >= ColumnLengths && nColumn < ColumnAxes;
             pItem->setTextAlignment(int(Qt::AlignVCenter) | int(bNumber ? Qt::AlignRight : Qt::AlignLeft));
             QFont font = pItem->font();
             font.setBold(bProposed);
@@ -253,7 +306,7 @@ void LatticesDialog::fillTypes(const LatticeAnalysis& analysis)
     const int nFrame = 2 * m_pTableTypes->frameWidth();
     m_pTableTypes->setMinimumWidth(std::min(m_pTableTypes->horizontalHeader()->length() + nFrame +
                                                 m_pTableTypes->verticalScrollBar()->sizeHint().width(),
-                                            1100));  // with its frame on a screen of 1280
+                                            g_nWidestTable));
     m_pTableTypes->setMinimumHeight(m_pTableTypes->horizontalHeader()->sizeHint().height() + nFrame +
                                     g_nRowsSeen * m_pTableTypes->verticalHeader()->defaultSectionSize());
 }
@@ -287,11 +340,12 @@ QColor LatticesDialog::colorOf(int nLattice)
 
 void LatticesDialog::updateButtons()
 {
-    m_pButtonFillMatrix->setEnabled(selectedType() >= 0);
-    m_pButtonCopy->setEnabled(!m_listText.isEmpty());
-    m_pButtonLongerCell->setEnabled(selectedCoset() >= 0);
-    m_pButtonChoose->setEnabled(selectedLattice() >= 0);
-    m_pCheckColors->setEnabled(m_pListLattices->count() > 0);
+    const bool bCell = m_age == LookAge::Current, bPeaks = m_age != LookAge::EarlierPeaks;
+    m_pButtonFillMatrix->setEnabled(bCell && selectedType() >= 0);
+    m_pButtonCopy->setEnabled(bCell && !m_listText.isEmpty());
+    m_pButtonLongerCell->setEnabled(bCell && selectedCoset() >= 0);
+    m_pButtonChoose->setEnabled(bPeaks && selectedLattice() >= 0);
+    m_pCheckColors->setEnabled(bPeaks && m_pListLattices->count() > 0);
 }
 
 void LatticesDialog::copyText() const

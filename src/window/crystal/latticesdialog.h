@@ -10,9 +10,17 @@ class QCheckBox;
 class QGroupBox;
 class QListWidget;
 class QPushButton;
+class QStackedWidget;
 class QTableWidget;
 
 namespace tessera {
+
+/// What a look at the lattice still holds for.
+enum class LookAge {
+    Current,       ///< cell and peaks are those that were looked at
+    EarlierCell,   ///< another cell is in force: types and points are of the former one
+    EarlierPeaks,  ///< the peaks are others or lie elsewhere: nothing of it holds
+};
 
 /// Shows a LatticeLook beside the views, to which it leaves the mouse.
 ///
@@ -25,6 +33,8 @@ public:
 
     /// Fills tables and lists and selects the type that is proposed; of nothing looked at: empties them.
     void setLook(const LatticeLook& look);
+    /// Puts a line in the place of what does not hold any more; it comes back when it does again.
+    void setAge(LookAge age);
 
     /// Number of the type in the row that is selected, from 0; −1: none.
     int selectedType() const;
@@ -51,6 +61,7 @@ protected:
     bool event(QEvent* pEvent) override;
 
 private:
+    QStackedWidget* besideNote(QWidget* pContent);
     QGroupBox* makeTypes();
     QGroupBox* makePoints();
     QGroupBox* makeLattices();
@@ -58,7 +69,9 @@ private:
     void updateButtons();
     void copyText() const;
 
-    QStringList m_listText;  ///< what "Copy" copies
+    LookAge m_age = LookAge::Current;
+    QStackedWidget *m_pStackTypes, *m_pStackPoints, *m_pStackLattices;  ///< what is known, or the note
+    QStringList m_listText;                                             ///< what "Copy" copies
     int m_nLinesBeforeCosets = 0;
     int m_nCosets = 0;
 };

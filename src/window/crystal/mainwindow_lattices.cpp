@@ -114,6 +114,20 @@ bool MainWindow::isLookOfCell()
     return false;
 }
 
+/// Says in the window of the lattices what of it does not hold for cell and peaks as they are.
+void MainWindow::showAgeOfLattices()
+{
+    LookAge age = LookAge::Current;
+    if (!m_pLatticeLook->listCell.isEmpty()) {
+        if (!m_pLatticeLook->peaks.isOf(m_dataSet) || needsMapping(m_dataSet, m_mapping)) {
+            age = LookAge::EarlierPeaks;
+        } else if (m_pLatticeLook->listCell != m_dataSet.m_listCellFound) {
+            age = LookAge::EarlierCell;
+        }
+    }
+    m_pLatticesDialog->setAge(age);
+}
+
 void MainWindow::fillMatrixFromLattices()
 {
     const int nType = m_pLatticesDialog->selectedType();

@@ -100,6 +100,16 @@ QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QStri
     return pButton;
 }
 
+void makeHeading(QLabel* pLabel)
+{
+    QFont font = pLabel->font();
+    font.setBold(true);
+    if (font.pointSizeF() > 0) {
+        font.setPointSizeF(1.25 * font.pointSizeF());
+    }
+    pLabel->setFont(font);
+}
+
 QTableWidget* makeGroupTable(QWidget* pParent)
 {
     auto* pTable = new QTableWidget(0, 3, pParent);

@@ -7,6 +7,7 @@
 
 class QDoubleSpinBox;
 class QGridLayout;
+class QLabel;
 class QPushButton;
 class QSpinBox;
 class QTableView;
@@ -50,6 +51,9 @@ QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep
 
 /// The button of a run: its icon, its status tip, 30 pixels high at least.
 QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold);
+
+/// Makes a label the heading of a page: bold, and a quarter larger than the text.
+void makeHeading(QLabel* pLabel);
 
 /// An empty table of point groups, whose rows are selected whole and one at a time: "Label", which takes
 /// the spare width, "Count" and a narrow column without a title for the colour.

@@ -181,6 +181,7 @@ void MainWindow::showCellFit()
             strFit = latticeFitText(*fit, m_locale);
     });
     m_pCellPage->m_pLabelCellFit->setText(strFit);
+    showAgeOfLattices();
 }
 
 /// The cell of the data set that has just been opened, or that it has none. The manual way begins with a

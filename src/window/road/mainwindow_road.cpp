@@ -117,6 +117,7 @@ bool MainWindow::askForProject()
     const std::unique_ptr<QSettings> pSettings(makeSettings());
     dialog.readSettings(*pSettings);
     dialog.addFrames(m_dataSet.m_listFrameFile);
+    dialog.m_pSolveCheck->hide();  // it was asked for already
     if (dialog.exec() != QDialog::Accepted) {
         return false;
     }
