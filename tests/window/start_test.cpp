@@ -200,8 +200,8 @@ TEST_F(Start, ADemoThatIsStoppedOrFailsLeavesNothing)
         demo.start();
         if (bStop)
             demo.stop();
-        QTest::qWaitFor([&] { return !spyMade.isEmpty() || !spyStopped.isEmpty() || !spyFailed.isEmpty(); },
-                        60000);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return spyMade.size() + spyStopped.size() + spyFailed.size() > 0; },
+                                    60000));
         EXPECT_TRUE(spyMade.isEmpty());
         return spyStopped.isEmpty() ? spyFailed.value(0).value(0).toString() : QString("stopped");
     };

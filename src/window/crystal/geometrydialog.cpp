@@ -3,6 +3,7 @@
 #include "road/geometrytable.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
+#include "window/pages/palettecolors.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -356,7 +357,8 @@ void GeometryDialog::showResiduals()
 void GeometryDialog::setMessage(const QString& strText, bool bBad)
 {
     m_pLabelMessage->setText(strText);
-    m_pLabelMessage->setStyleSheet(bBad ? QStringLiteral("color: red") : QString());
+    m_pLabelMessage->setStyleSheet(
+        bBad ? QStringLiteral("color: %1").arg(readableOn(palette(), QColor(Qt::red)).name()) : QString());
 }
 
 void GeometryDialog::setReady(bool bApply, bool bUndo)

@@ -2,6 +2,7 @@
 
 #include "records/wholefile.h"
 #include "window/pages/pagecontrols.h"
+#include "window/pages/palettecolors.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -35,7 +36,7 @@ public:
         if (dfShare > 0 && !(option.state & QStyle::State_Selected)) {
             QRectF rect = QRectF(option.rect).adjusted(0, 2, 0, -2);
             rect.setWidth(dfShare * rect.width());
-            pPainter->fillRect(rect, QColor(168, 200, 240));
+            pPainter->fillRect(rect, isDark(option.palette) ? QColor(40, 80, 130) : QColor(168, 200, 240));
         }
         QStyledItemDelegate::paint(pPainter, option, index);
     }

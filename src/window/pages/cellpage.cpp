@@ -4,11 +4,13 @@
 #include "records/runparameters.h"
 #include "window/pages/controltips.h"
 #include "window/pages/pagecontrols.h"
+#include "window/pages/palettecolors.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QDoubleValidator>
+#include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -19,6 +21,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <array>
+
 namespace tessera {
 
 namespace {
@@ -27,6 +31,14 @@ const int g_nSearchButtonHeight = 30;     // pixels
 const int g_nSelectionTableHeight = 110;  // pixels: the groups that an indexing makes fit in
 const int g_nVisibleSpaceGroups = 30;
 const int g_nSymbolLength = 6;  // letters; the stretched box is wider
+
+/// The colour of an axis of reciprocal space, as the 3D views have it, in a text on that palette.
+QString axisColor(int nAxis, const QPalette& palette)
+{
+    const std::array<const char*, 3> apszColor = {"red", "green", "blue"};
+    const QString strColor = QLatin1String(apszColor[size_t(nAxis)]);
+    return isDark(palette) ? readableOn(palette, QColor(strColor)).name() : strColor;
+}
 
 }  // namespace
 
@@ -54,6 +66,8 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     pGroupingLayout->addWidget(m_pComboReflectionGrouping, 1);
     pPageLayout->addLayout(pGroupingLayout);
     pPageLayout->addStretch(1);
+
+    colorAxes();
 
     // What these do is the page's own business; whatever else a toggle means is connected by MainWindow.
     connect(m_pRadioCellManual, &QRadioButton::toggled, this, &CellPage::showManual);
@@ -159,15 +173,13 @@ QGroupBox* CellPage::makeDirections(QWidget* pParent)
     auto* pAssignLayout = new QGridLayout(m_pGroupAssignViewingDirection);
     const struct {
         QString strText;
-        QString strStyle;
         QPushButton*& pButton;
         QDoubleSpinBox*& pSpin;
-    } aRow[] = {{tr("a*"), QStringLiteral("color: red"), m_pButtonAssignRA, m_pSpinManualLengthA},
-                {tr("b*"), QStringLiteral("color: green"), m_pButtonAssignRB, m_pSpinManualLengthB},
-                {tr("c*"), QStringLiteral("color: blue"), m_pButtonAssignRC, m_pSpinManualLengthC}};
+    } aRow[] = {{tr("a*"), m_pButtonAssignRA, m_pSpinManualLengthA},
+                {tr("b*"), m_pButtonAssignRB, m_pSpinManualLengthB},
+                {tr("c*"), m_pButtonAssignRC, m_pSpinManualLengthC}};
     for (int i = 0; i < 3; ++i) {
         aRow[i].pButton = new QPushButton(aRow[i].strText, m_pGroupAssignViewingDirection);
-        aRow[i].pButton->setStyleSheet(aRow[i].strStyle);
         aRow[i].pButton->setMinimumWidth(15);
         aRow[i].pSpin = makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1,
                                        QStringLiteral(" Å⁻¹"));
@@ -277,7 +289,6 @@ QGroupBox* CellPage::makeTransformation()
     explain(m_pButtonTransform,
             tr("Makes the transformed cell the cell in force and writes the .uc file. Index "
                "again afterwards."));
-    updateCellTransformMatrixLabels();
     return pGroupTransformation;
 }
 
@@ -334,10 +345,31 @@ void CellPage::showAutoRange(bool bAuto)
     m_pSpinCellRangeMax->setEnabled(!bAuto);
 }
 
+/// The axes have the colours of the lattice in the 3D views.
+void CellPage::colorAxes()
+{
+    QPushButton* const apButton[] = {m_pButtonAssignRA, m_pButtonAssignRB, m_pButtonAssignRC};
+    for (int i = 0; i < 3; ++i)
+        apButton[i]->setStyleSheet(QStringLiteral("color: %1").arg(axisColor(i, palette())));
+    showMatrixLabels();
+}
+
+void CellPage::changeEvent(QEvent* pEvent)
+{
+    QWidget::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::PaletteChange)
+        colorAxes();
+}
+
 void CellPage::updateCellTransformMatrixLabels()
 {
+    showMatrixLabels();
+    m_pButtonTest->setChecked(false);  // the test that is shown was made in the other space
+}
+
+void CellPage::showMatrixLabels()
+{
     const bool bReal = m_pRadioSpaceReal->isChecked();
-    const char* apszColor[] = {"red", "green", "blue"};
     for (int i = 0; i < 3; ++i) {
         const QString strAxis(QChar('a' + i));
         if (bReal) {
@@ -345,13 +377,12 @@ void CellPage::updateCellTransformMatrixLabels()
             m_apLabelRow[i]->setText(QStringLiteral("<b>%1'</b> =").arg(strAxis));
             continue;
         }
-        const QString strColor = QString::fromLatin1(apszColor[i]);
+        const QString strColor = axisColor(i, palette());
         m_apLabelColumn[i]->setText(
             QStringLiteral("<b><span style=\"color:%1\">%2*</span></b>").arg(strColor, strAxis));
         m_apLabelRow[i]->setText(
             QStringLiteral("<b><span style=\"color:%1\">%2*'</span></b>=").arg(strColor, strAxis));
     }
-    m_pButtonTest->setChecked(false);  // the test that is shown was made in the other space
 }
 
 }  // namespace tessera

@@ -70,7 +70,12 @@ public:
     QPushButton* m_pButtonIndexMergedPeaks;
     QComboBox* m_pComboReflectionGrouping;  ///< 230 space groups; the item data is the number
 
+protected:
+    void changeEvent(QEvent* pEvent) override;
+
 private:
+    void colorAxes();
+    void showMatrixLabels();
     QGroupBox* makeSelection();
     QGroupBox* makeDetermination();
     QWidget* makeMethod(QWidget* pParent);

@@ -1,6 +1,7 @@
 #include "window/reciprocal/peakfilterbar.h"
 
 #include "window/pages/controltips.h"
+#include "window/pages/palettecolors.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -86,8 +87,7 @@ void PeakFilterBar::setText(const QString& strLine)
 void PeakFilterBar::setError(const QString& strReason)
 {
     QPalette colors = palette();
-    const bool bDark = colors.color(QPalette::Window).lightness() < 128;
-    colors.setColor(QPalette::WindowText, bDark ? QColor(255, 128, 128) : QColor(176, 0, 0));
+    colors.setColor(QPalette::WindowText, readableOn(colors, QColor(176, 0, 0)));
     m_pError->setPalette(colors);
     m_pError->setText(strReason);
     m_pError->setVisible(!strReason.isEmpty());

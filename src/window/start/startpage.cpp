@@ -261,9 +261,10 @@ void StartPage::updateButtons()
 
 void StartPage::showDemo(bool bRunning)
 {
+    const bool bHadFocus = m_pDemoButton->hasFocus();
     m_pDemoRow->setVisible(bRunning);
     m_pDemoButton->setEnabled(!bRunning);
-    if (bRunning) {
+    if (bRunning && bHadFocus) {
         m_pStopDemoButton->setFocus();
     }
 }
