@@ -37,6 +37,7 @@ void clearDataSet(DataSet& data)
     data.m_listReflectionIndexed.clear();
     data.m_listCellIndexed.clear();
     data.m_maskPeakHunting.listPolygon.clear();
+    data.m_made = {};
 }
 
 bool holdsIndicesOfCell(const DataSet& data)

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "crystal/spacegroup.h"
+#include "dataset/madewith.h"
 #include "dataset/maskdata.h"
+#include "dataset/peakmapping.h"
 #include "geometry/reciprocalbasis.h"
 #include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
@@ -22,25 +24,6 @@
 #include <vector>
 
 namespace tessera {
-
-/// What points of reciprocal space were computed from frame positions with. Points of one record are not to
-/// be mixed with shifts, centre or geometry of another.
-struct PeakMapping {
-    QList<QPointF> listShift;       ///< pixels, per frame
-    QList<double> listOverallTilt;  ///< degrees, per frame
-    double dfCenterX = 0;           ///< direct beam on the first frame, pixels
-    double dfCenterY = 0;           ///< row of it, pixels
-    double dfWavelength = 0;        ///< Å
-    double dfPixelSize = 0;         ///< Å⁻¹ per pixel
-    double dfRotationAxis = 0;      ///< degrees
-    double dfTiltRelaxation = 0;    ///< degrees
-    double dfStretchAmplitude = 0;  ///< this and the azimuth: 0 where stretching is not applied
-    double dfStretchAzimuth = 0;    ///< degrees
-    SeriesDistortion distortion;    ///< what is undone beside the stretching
-
-    bool operator==(const PeakMapping& other) const;  ///< equal to the bit in all of these
-    bool operator!=(const PeakMapping& other) const { return !(*this == other); }  ///< the opposite
-};
 
 /// What is known of a series, without the images in memory: the state that runs hand to one another. Every
 /// run replaces its outputs whole and leaves what lies further down the road standing; counts of frames are
@@ -85,6 +68,7 @@ struct SeriesData {
     int m_nIntensityMode = 0;               ///< 0 dfIPoint, 1 dfI2D
     MaskData m_maskPeakHunting;             ///< areas that the hunt leaves out
     CSpaceGroup m_spaceGroup;               ///< of the labels, the peak table and the statistics
+    MadeWith m_made;                        ///< what these lists were made with
 };
 
 /// A series with the frame in view.

@@ -45,4 +45,16 @@ int readMaskFile(MaskData& mask, const QString& strFileName, QString* pstrReason
     });
 }
 
+QByteArray maskFileText(const MaskData& mask)
+{
+    QByteArray bytes;
+    for (int n = 0; n < mask.listPolygon.size(); ++n) {
+        for (const QPointF& pt : mask.listPolygon[n]) {
+            bytes += QByteArray::number(n + 1) + ' ' + QByteArray::number(pt.x(), 'g', 17) + ' ' +
+                     QByteArray::number(pt.y(), 'g', 17) + '\n';
+        }
+    }
+    return bytes;
+}
+
 }  // namespace tessera

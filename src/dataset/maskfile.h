@@ -23,4 +23,7 @@ namespace tessera {
 /// The same for lines, without the name in the reason.
 [[nodiscard]] int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReason = nullptr);
 
+/// The lines of a mask file, from which readMaskLines() makes the same polygons, to the bit.
+QByteArray maskFileText(const MaskData& mask);
+
 }  // namespace tessera

@@ -93,6 +93,10 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         dataSet.m_listPeakChain.clear();
         dataSet.m_vecReflectionFrame.clear();
         dataSet.m_listReflectionIndexed.clear();
+        dataSet.m_made.indexed.reset();
+        if (dataSet.m_made.merged) {
+            dataSet.m_made.merged->nMerged = printOfReflections(listFlat);  // of the same merging
+        }
     } else {
         // Chains and reflections stand, and the peaks go on naming theirs.
         for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i)

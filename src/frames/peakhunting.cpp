@@ -219,6 +219,7 @@ RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& paramet
     }
     dataSet.m_listPeakFrame = hunted.listPeakFrame;
     dataSet.m_peakMapping.reset();
+    notePeaksMade(dataSet, parameters);
     const bool bAnyPeak = std::any_of(dataSet.m_listPeakFrame.begin(), dataSet.m_listPeakFrame.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
     if (options.bSave && (bAnyPeak || options.bSaveEmpty))

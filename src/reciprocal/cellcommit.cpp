@@ -15,6 +15,8 @@ bool commitTransformedCell(DataSet& dataSet)
 {
     if (!cellInForce(dataSet))
         return false;
+    if (dataSet.m_made.cell && dataSet.m_made.cell->listCell == dataSet.m_listCellFound)
+        dataSet.m_made.cell->listCell = dataSet.m_listCell;  // it follows from the same search
     dataSet.m_listCellFound = dataSet.m_listCell;
     dataSet.m_vecPeakIndexedOnFrame.clear();
     dataSet.m_vecReflectionFrame.clear();

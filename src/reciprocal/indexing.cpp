@@ -167,6 +167,7 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
     dataSet.m_listReflectionIndexed = result.listIndexed;
     dataSet.m_listCellIndexed = dataSet.m_listCell;
+    noteIndexedMade(dataSet, parameters.m_dfIndexThreshold);
     if (fnShow)
         fnShow(result);
     if (parameters.m_bOutputIndexing)

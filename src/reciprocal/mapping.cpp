@@ -167,6 +167,7 @@ QList<Peak3D> showPeaksIn3D(DataSet& dataSet, const MappingParameters& parameter
 {
     PeaksShown shown = filterPeaksShown(dataSet.m_listPeakFrame, parameters);
     dataSet.m_listPeakFrameShown = shown.m_listPeakFrameShown;
+    dataSet.m_made.limitsShown = parameters;
     return shown.m_listPeakFlat;
 }
 

@@ -232,6 +232,7 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     dataSet.m_nIntensityMode = nIntensityMode;
     dataSet.m_listPeakMergedShown = listAll;
     dataSet.m_listPeakMerged = listMerged;
+    noteMergedMade(dataSet, parameters);
     result.outcome = {};
     result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, pvecSelected) - result.nPeaks);
     if (result.nOutsideLimits > 0)

@@ -24,6 +24,10 @@ CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection
         return result;
     }
     report.forgetReason();  // of a search that was repeated in vain
+    noteCellMade(dataSet);
+    if (search.bSave && search.fnBeforeSave) {
+        search.fnBeforeSave();
+    }
     result.bSaved = search.bSave && saveProjectCell(dataSet, report);
     if (search.poorCell == PoorCell::Told) {
         adviseOnCell(dataSet, listSelection, search.range, search.dfIndexThreshold, report);

@@ -9,6 +9,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace tessera {
 
 /// What becomes of a cell that few of the reflections fit.
@@ -28,6 +30,7 @@ struct CellSearch {
     QString strLatticeHost = latticeServiceHost();
     int nJobs = 1;      ///< threads of the search over directions
     bool bSave = true;  ///< a cell that is found goes into the project's unit-cell file
+    std::function<void()> fnBeforeSave = {};  ///< with the new cell in force, while the file has the former
 };
 
 struct CellSearchResult {

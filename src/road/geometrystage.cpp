@@ -105,6 +105,7 @@ StageResult runGeometryStage(RoadState& state)
     for (const QString& strLine : geometryTable(result)) {
         report.addMessage(strLine);
     }
+    state.dataSet.m_made.geometry = madeWithGeometry(state.dataSet);
     // Before a start at a later stage the files of this one stay.
     const bool bWrite = state.options.stageFrom <= RoadStage::Geometry;
     const StageResult written = bWrite ? writeRefined(state, result.best(), report) : StageResult();

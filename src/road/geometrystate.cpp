@@ -38,6 +38,7 @@ void copyResults(const DataSet& from, DataSet& to)
     to.m_listReflectionIndexed = from.m_listReflectionIndexed;
     to.m_listCellIndexed = from.m_listCellIndexed;
     to.m_nIntensityMode = from.m_nIntensityMode;
+    to.m_made = from.m_made;
 }
 
 }  // namespace

@@ -61,6 +61,7 @@ StageResult runIntegrateStage(RoadState& state)
     }
     results.listFile += integrate.files.listFile;
     integrate.result = std::move(result);
+    state.dataSet.m_made.integration = madeWithGeometry(state.dataSet);
     return {};
 }
 

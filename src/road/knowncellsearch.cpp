@@ -129,8 +129,12 @@ StageResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orien
                              CRunReport& report, const QString& strLatticeHost)
 {
     const bool bRotated = form == KnownCellForm::Rotated;
-    return commitLattice(dataSet, bRotated ? orientation.matRotated : orientation.matRefined, report,
-                         strLatticeHost);
+    const StageResult taken = commitLattice(
+        dataSet, bRotated ? orientation.matRotated : orientation.matRefined, report, strLatticeHost);
+    if (taken.finished()) {
+        noteCellMade(dataSet);
+    }
+    return taken;
 }
 
 StageResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report)

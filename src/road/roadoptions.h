@@ -8,6 +8,8 @@
 #include "road/intensities.h"
 #include "road/roadstage.h"
 
+#include <QList>
+#include <QPoint>
 #include <QRect>
 #include <QString>
 #include <QStringList>
@@ -28,6 +30,7 @@ struct RoadOptions {
     bool bMakeProject = false;         ///< write a project of the images beside the results
     QString strOutDir;                 ///< empty: beside the project or the first image
     QString strMaskFile;               ///< areas that peak hunting leaves out; empty: none
+    std::optional<QList<QPoint>> hotPixels;    ///< in place of the list beside the project
     bool bIgnoreHotPixelList = false;  ///< a list beside the project is left unread
     bool bFindDefects = true;          ///< leave out what is no measurement, unless there is a mask file
     QString strCellFile;               ///< a cell in place of a search; empty: search

@@ -242,6 +242,9 @@ StageResult openSeries(RoadState& state)
     if (result.finished()) {
         result = readMask(state);
     }
+    if (state.options.hotPixels) {
+        state.dataSet.m_listHotPixel = *state.options.hotPixels;
+    }
     if (result.finished() && needsFrames(state.options)) {
         result = checkFrameFiles(state);
     }

@@ -67,6 +67,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     create3DControl();
     createSections();
     createStart();
+    createStatusStrip();
     bindParameters();
     connectPages();
 

@@ -73,15 +73,18 @@ class SelectionController;
 class StartController;
 class SeriesPictureTitle;
 class ShiftPage;
+class StatusStrip;
 class TabWidget;
 class TextDataWidget;
 enum class SeriesPictureKind;
+enum class WorkStage;
 struct AxisSearch;
 struct FrameDefects;
 struct IndexingResult;
 struct LatticeLook;
 struct PositionRefinementOptions;
 struct RoadState;
+struct StageStatus;
 struct TiltRefinementOptions;
 class View3DControl;
 class View3DPage;
@@ -180,6 +183,13 @@ public slots:
     /// Asks for a file and writes the report of the last "Solve" of this project, or of what the window
     /// holds.
     void saveReport();  // src/window/road/mainwindow_report.cpp
+
+    // What is done, stale or missing: src/window/road/mainwindow_status.cpp
+    /// Runs what is stale or missing, one stage after the other, as if the user had gone through the pages; a
+    /// stage that does not come to its end ends it. During it: asks it to stop.
+    void bringUpToDate();
+    /// Shows which stages are done, stale or missing; during a run nothing, as its end does.
+    void showWorkStatus();
 
     // Frame list and navigation: src/window/frames/mainwindow_framelist.cpp
     /// Makes a row per frame: name, stage tilt, beam tilt and overall tilt in degrees. Dialogs start in the
@@ -563,10 +573,15 @@ private:
     QString projectFile() const;
     bool askForProject();
     RoadOptions roadOptions(RoadStage stageFrom);
+    void giveMask(const QList<QPoint>& listHotPixelOfFile, RoadOptions& options);
     PageNumbers pageNumbers() const;
     void takeRoadStep(const RoadStep& step, const RoadState& state);
     void showRoadResult(const RoadStep& step, const RoadState& state);
     void createStart();        // src/window/start/mainwindow_start.cpp
+    void createStatusStrip();  // src/window/road/mainwindow_status.cpp
+    /// The states of all stages by the numbers of the pages, which stay there.
+    std::vector<StageStatus> workStatusByPages();
+    void runWorkStage(WorkStage stage);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void createSections();     // src/window/sections/mainwindow_sections.cpp
     // The one selection of the views: src/window/selection/mainwindow_selection.cpp
@@ -801,6 +816,12 @@ private:
     CRoadRows m_roadRows;
     std::shared_ptr<CRoadWork> m_pRoadWork;    ///< the last road; null: none, or one that could not open
     std::optional<PageNumbers> m_numbersLeft;  ///< that the last road left on the pages
+    /// What the last road left of this series; another one is the user's, and goes into the next road.
+    struct {
+        QList<QPolygonF> listArea;
+        QList<QPoint> listHotPixel;
+    } m_leftOut;
+    QString m_strMaskFile;  ///< that the mask was loaded from; empty: from none
     CRawGroups m_rawGroups;
     std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null
     CLatticeColors m_colorsRaw;
@@ -857,6 +878,9 @@ private:
     RoadDock* m_pRoad = nullptr;
     WorkHistory* m_pHistory = nullptr;
     StartController* m_pStart = nullptr;
+    StatusStrip* m_pStatus = nullptr;
+    QTimer m_timerStatus;      ///< from a change to its show, so that many are one
+    bool m_bUpdating = false;  ///< what is stale is run anew; cleared: it shall stop
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for
 

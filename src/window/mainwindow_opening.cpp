@@ -227,6 +227,8 @@ void MainWindow::clearDataSet()
     leaveSeriesPicture();
     clearFrameMarks();
     m_pMarks->setMask({});
+    m_leftOut = {};
+    m_strMaskFile.clear();
     fillMaskTable();
     m_pPeakSearchPage->m_pShowMaskCheck->setChecked(false);
     m_rawGroups.forget();

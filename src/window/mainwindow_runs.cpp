@@ -116,6 +116,7 @@ void MainWindow::catchUpAfterRun(bool bReload)
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
     if (wishes.bRegion)
         selSizeChanged2();  // on the frame, not on what the run showed in its place
+    m_timerStatus.start();
 }
 
 /// What was changed before a run is a step of its own.

@@ -8,6 +8,9 @@
 
 namespace tessera {
 
+/// Of lines that say that a result is doubtful: amber, dark enough to be read on the ground of the log.
+const QColor g_colorDoubt(166, 98, 0);
+
 /// A log of coloured lines on a light ground, whatever the colours of the desktop.
 class MessageEdit : public QTextBrowser {
     Q_OBJECT

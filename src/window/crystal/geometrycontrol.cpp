@@ -180,6 +180,7 @@ void GeometryControl::fit(CRunReport& report)
         report.addMessage(strLine);
     }
     makeLook(refinement);
+    dataSet.m_made.geometry = madeWithGeometry(dataSet);
 }
 
 void GeometryControl::take(const GeometryRefinement& refinement)
@@ -342,6 +343,7 @@ void GeometryControl::apply()
         takeGeometry(m_window.m_dataSet, m_window.m_mapping, *pModel);
         showGeometry();
         follow();
+        m_window.m_dataSet.m_made.geometry = madeWithGeometry(m_window.m_dataSet);
     });
     const QString strText =
         tr("The refined geometry is in force: rotation axis %1° (it was %2°). The peaks are mapped, merged "

@@ -9,6 +9,7 @@
 
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QSet>
 #include <QTableWidget>
 
@@ -31,6 +32,7 @@ void MainWindow::loadPeakHuntingMask()
         report.addMessage(strReason, Severity::Error);
         return;
     }
+    m_strMaskFile = QFileInfo(strFile).absoluteFilePath();
     showNewMask();
 }
 

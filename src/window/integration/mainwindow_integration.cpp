@@ -48,8 +48,13 @@ void MainWindow::createIntegration()
     };
     host.fnIntegrate = [this](const IntensityOptions& options, CRunReport& report,
                               IntegrationResult& result) {
-        return intensitiesOfSeries(m_dataSet, m_mapping, options, QThread::idealThreadCount(), report,
-                                   result);
+        const GeometryMade made = madeWithGeometry(m_dataSet);
+        const RunOutcome outcome = intensitiesOfSeries(m_dataSet, m_mapping, options,
+                                                       QThread::idealThreadCount(), report, result);
+        if (outcome.finished()) {
+            m_dataSet.m_made.integration = made;
+        }
+        return outcome;
     };
     host.fnWrite = [this](const IntegrationResult& result, const IntensityOptions& options,
                           CRunReport& report, QString* pstrReason) {

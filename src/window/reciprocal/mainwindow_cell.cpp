@@ -9,7 +9,9 @@
 #include "reciprocal/reflectionselection.h"
 #include "road/cellresult.h"
 #include "road/cellsearch.h"
+#include "road/formercell.h"
 #include "view3d/ed3dwidget.h"
+#include "window/messageedit.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
 #include "window/reciprocal/manualcell.h"
@@ -97,8 +99,10 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
         report.goOn();
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
-    const CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost,
-                            QThread::idealThreadCount()};
+    CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost,
+                      QThread::idealThreadCount()};
+    search.fnBeforeSave = [&] { keepFormerCell(m_dataSet, report); };
+    const QList<Vec3D> listFormer = m_dataSet.m_listCellFound;
     bool bFound = false;
     guarded([&] {
         const CellSearchResult result = searchCell(m_dataSet, listSelection, search, report);
@@ -107,6 +111,10 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
             report.addMessage(tr("The search for the cell was stopped."));
         if (result.bSaved)
             startDialogsAtCellFile();
+        if (bFound) {
+            if (const QString strPoorer = tellPoorerCell(m_dataSet, listFormer); !strPoorer.isEmpty())
+                m_pMessageEdit->addMessage(strPoorer, g_colorDoubt);
+        }
     });
     if (bFound) {
         updateUnitCell();

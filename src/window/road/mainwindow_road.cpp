@@ -1,12 +1,15 @@
 // MainWindow: "Solve", the road of the driver with its dock, and what of its results each view takes over.
 #include "window/mainwindow.h"
 
+#include "dataset/maskfile.h"
 #include "dataset/opening.h"
 #include "frameview/baseimgview.h"
+#include "records/wholefile.h"
 #include "road/closinglines.h"
 #include "view3d/ed3dwidget.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/history/workhistory.h"
+#include "window/frameview/framemarks.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/integration/qualitytab.h"
 #include "window/messageedit.h"
@@ -139,11 +142,49 @@ RoadOptions MainWindow::roadOptions(RoadStage stageFrom)
                              AxisLine::MayLack)) {
         giveChangedGeometry(pageGeometryOf(dataSetOfFile, mappingOfFile),
                             pageGeometryOf(m_dataSet, m_mapping), options);
+        giveMask(dataSetOfFile.m_listHotPixel, options);
     }
     if (m_numbersLeft && stageFrom > RoadStage::Shifts) {
         giveChangedNumbers(*m_numbersLeft, pageNumbers(), options);
     }
     return options;
+}
+
+/// What the user leaves out of the peak search and of the integration. The road reads areas from a file, as
+/// the command that makes the same results again has to: that of the mask, or one that is written beside the
+/// project.
+void MainWindow::giveMask(const QList<QPoint>& listHotPixelOfFile, RoadOptions& options)
+{
+    const quint64 nHotPixels = printOfPixels(m_dataSet.m_listHotPixel);
+    if (nHotPixels != printOfPixels(listHotPixelOfFile) &&
+        nHotPixels != printOfPixels(m_leftOut.listHotPixel)) {
+        options.hotPixels = m_dataSet.m_listHotPixel;
+    }
+    const MaskData& mask = m_dataSet.m_maskPeakHunting;
+    if (mask.listPolygon == m_leftOut.listArea) {
+        return;  // the road finds these itself, or read them from where it reads them again
+    }
+    if (mask.listPolygon.isEmpty()) {
+        options.bFindDefects = false;  // the user has taken away what it found
+        return;
+    }
+    MaskData maskOfFile;
+    if (!m_strMaskFile.isEmpty() && readMaskFile(maskOfFile, m_strMaskFile) != 0 &&
+        maskOfFile.listPolygon == mask.listPolygon) {
+        options.strMaskFile = m_strMaskFile;
+        return;
+    }
+    const QString strFile = fileOfProject(m_dataSet, QStringLiteral("_window.msk"));
+    QString strReason;
+    WindowReport report(*this);
+    if (writeWholeFile(strFile, maskFileText(mask), &strReason)) {
+        m_strMaskFile = strFile;
+        options.strMaskFile = strFile;
+        report.addMessage(tr("The mask is written to %1, from where it is read.").arg(strFile));
+    } else {
+        report.addMessage(tr("Warning: the mask is left out of this run. %1").arg(strReason),
+                          Severity::Warning);
+    }
 }
 
 PageNumbers MainWindow::pageNumbers() const
@@ -183,6 +224,10 @@ void MainWindow::solveFrom(RoadStage stageFrom)
             m_pRoadWork = pWork;
         }
         m_roadRows.end();
+        // A mask of the user goes into the next road as well.
+        m_strMaskFile = pWork->state().options.strMaskFile;
+        m_leftOut = {m_strMaskFile.isEmpty() ? m_dataSet.m_maskPeakHunting.listPolygon : QList<QPolygonF>(),
+                     m_dataSet.m_listHotPixel};
         m_numbersLeft = pageNumbers();
         m_pRoad->setRunning(false);
         m_pRoad->setRows(m_roadRows.rows());
@@ -225,6 +270,7 @@ void MainWindow::showRoadResult(const RoadStep& step, const RoadState& state)
         fillShiftTable();
     } else if (isStage(step, RoadStage::Peaks)) {
         fillMaskTable();
+        m_pMarks->setMask(m_dataSet.m_maskPeakHunting);
         m_rawGroups.forget();
         forgetLattices();
     } else if (isStage(step, RoadStage::Merge)) {
