@@ -181,6 +181,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     }
     stopImagePlay();
     m_pContrast->keep();
+    keepWindowMemory();
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     writeSettings();
     m_pExtractionPage->hide();  // windows that would stay open alone

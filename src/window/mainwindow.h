@@ -79,12 +79,15 @@ class TextDataWidget;
 enum class SeriesPictureKind;
 enum class WorkStage;
 struct AxisSearch;
+struct DirectBeamOnFrame;
 struct FrameDefects;
 struct IndexingResult;
 struct LatticeLook;
 struct PositionRefinementOptions;
 struct RoadState;
 struct StageStatus;
+struct TiltRefinement;
+struct WindowMemory;
 struct TiltRefinementOptions;
 class View3DControl;
 class View3DPage;
@@ -581,6 +584,14 @@ private:
     void createStatusStrip();  // src/window/road/mainwindow_status.cpp
     /// The states of all stages by the numbers of the pages, which stay there.
     std::vector<StageStatus> workStatusByPages();
+    // What is kept of a project: src/window/mainwindow_memory.cpp
+    /// Calls `fn` with the numbers of the pages in the members, and puts these back: a look changes nothing.
+    void withPageNumbers(const std::function<void()>& fn);
+    WindowMemory windowMemory();
+    /// Writes it beside the project, or into the settings where it cannot, if it is another one than before.
+    void keepWindowMemory();
+    WindowMemory takeWindowMemory(CRunReport& report);
+    void mergeAsBefore(const WindowMemory& memory, CRunReport& report);
     void runWorkStage(WorkStage stage);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void createSections();     // src/window/sections/mainwindow_sections.cpp
@@ -640,6 +651,14 @@ private:
     /// The box of a number with its row in the table of parameters; null where a page has none.
     QDoubleSpinBox* boxOf(const ParameterMember& member) const;
     void askForAxis(const AxisSearch& search);
+    // What the menu "Tools" finds: src/window/mainwindow_offers.cpp
+    /// Runs `fn` with what it says in a fold of the log.
+    void inFold(const QString& strTitle, const std::function<void()>& fn);
+    /// Says in one line what a run has found, with a link that takes it; "Undo" of the geometry goes back.
+    void offerToTake(const QString& strFound, const std::function<void()>& fnTake);
+    void offerAxis(double dfAzimuth);
+    void offerBeam(const std::vector<DirectBeamOnFrame>& listBeam);
+    void offerCell(const TiltRefinement& refinement);
     /// Says where nobody has told the rotation axis, and how to find it.
     void tellUnknownAxis(CRunReport& report) const;
     void refreshPeakMarks();
@@ -880,6 +899,8 @@ private:
     StartController* m_pStart = nullptr;
     StatusStrip* m_pStatus = nullptr;
     QTimer m_timerStatus;      ///< from a change to its show, so that many are one
+    int m_nMergedGroup = -1;   ///< of the peaks that were merged, as the raw view has it; −1: all
+    QByteArray m_bytesKept;    ///< of the project that is open, as they were read or written last
     bool m_bUpdating = false;  ///< what is stale is run anew; cleared: it shall stop
 
     std::unique_ptr<GuideWindow> m_pGuideWindow;  ///< made when it is first asked for

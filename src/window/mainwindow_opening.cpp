@@ -22,6 +22,7 @@
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
 #include "window/windowreport.h"
+#include "workstate/windowfile.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -108,6 +109,7 @@ void MainWindow::openFiles(const QStringList& listFile)
         WindowReport(*this).addMessage(strReason, Severity::Error);
         return;
     }
+    keepWindowMemory();
     m_strWorkingDir = QFileInfo(listFile.first()).absolutePath();
     const OpenKind kind = openKind(listFile);
     try {
@@ -163,12 +165,14 @@ bool MainWindow::openProject(const QString& strFileName)
     CRunScope scope(*this);
     WindowReport report(*this);
     QStringList listReason;
+    WindowMemory memory;
     {
         const CQuietPages quiet(*this);
         if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason, AxisLine::MayLack))
             return false;
         stopImagePlay();
         showDataSetAnew();
+        memory = takeWindowMemory(report);
     }
     forgetKeptWork();
     pumpEvents();
@@ -181,8 +185,10 @@ bool MainWindow::openProject(const QString& strFileName)
         restorePointGroups();
         m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
     }
+    mergeAsBefore(memory, report);
     loadUnitCellAtOpening(m_dataSet, report, &listReason);
     showOpenedCell();
+    m_bytesKept = windowFileText(windowMemory());
     for (const QString& strReason : qAsConst(listReason))
         report.addMessage(strReason);
     tellUnknownAxis(report);

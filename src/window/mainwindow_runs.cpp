@@ -117,6 +117,7 @@ void MainWindow::catchUpAfterRun(bool bReload)
     if (wishes.bRegion)
         selSizeChanged2();  // on the frame, not on what the run showed in its place
     m_timerStatus.start();
+    keepWindowMemory();
 }
 
 /// What was changed before a run is a step of its own.

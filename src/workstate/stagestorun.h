@@ -1,4 +1,4 @@
-// Work steps: what is to be run so that nothing is stale any more.
+// Stages to run: what is to be done so that nothing is stale any more.
 #pragma once
 
 #include "workstate/workstatus.h"

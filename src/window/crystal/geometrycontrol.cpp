@@ -191,6 +191,14 @@ void GeometryControl::take(const GeometryRefinement& refinement)
     }
 }
 
+void GeometryControl::change(const std::function<void()>& fnChange)
+{
+    m_window.syncParametersWithControls(true);
+    keepState();
+    m_window.guarded(fnChange);
+    updateButtons();
+}
+
 void GeometryControl::makeLook(const GeometryRefinement& refinement)
 {
     const DataSet& dataSet = m_window.m_dataSet;

@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <memory>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,8 @@ public:
     /// Shows a refinement that was shown before, as it was then; null: none. "Undo" of the dialog gives up
     /// the steps that have been taken back already.
     void putBack(const std::shared_ptr<const GeometryRefinement>& pRefinement);
+    /// Makes a change of the geometry or the cell that undo() takes back.
+    void change(const std::function<void()>& fnChange);
     /// Another data set: nothing is known of it, and nothing is to be put back.
     void forget();
 

@@ -42,9 +42,12 @@ void MainWindow::refineDirectBeamPosition()
         const QVector<QList<Peak3D>> vecPeak = withoutDistortionBeside(m_dataSet.m_vecPeakIndexedOnFrame,
                                                                        m_dataSet);
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
-        const QVector<DifferenceMap> vecMap = tessera::refineDirectBeamPosition(
-            vecPeak, limits, spaceGroup, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth,
-            report);
+        QVector<DifferenceMap> vecMap;
+        inFold(tr("Maps of the differences"), [&] {
+            vecMap = tessera::refineDirectBeamPosition(vecPeak, limits, spaceGroup,
+                                                       m_dataSet.m_dfStretchAmplitude,
+                                                       m_dataSet.m_dfStretchAzimuth, report);
+        });
         const bool bGoing = report.goOn();
         if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
                                   [](const DifferenceMap& map) { return map.nPairs == 0; }))
@@ -93,8 +96,13 @@ TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
 void MainWindow::refineBasisVectors()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::refineBasisVectors(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
-                                    tiltOptions(report));
+        std::optional<TiltRefinement> result;
+        inFold(tr("Refined basis vectors"), [&] {
+            result = tessera::refineBasisVectors(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
+                                                 tiltOptions(report));
+        });
+        if (result)
+            offerCell(*result);
     });
 }
 
@@ -102,11 +110,16 @@ void MainWindow::refineUnitCellUsingFrameNo()
 {
     withIndexedReflections([this](CRunReport& report) {
         const TiltRefinementOptions options = tiltOptions(report);
-        const std::optional<TiltRefinement> result = tessera::refineUnitCellUsingFrameNo(
-            m_dataSet.m_listReflectionIndexed, m_dataSet, report, options);
+        std::optional<TiltRefinement> result;
+        inFold(tr("Refined by the curves"), [&] {
+            result = tessera::refineUnitCellUsingFrameNo(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
+                                                         options);
+            if (result)
+                tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
+                                            result->listPeak, m_dataSet, report, options, result->bExchanged);
+        });
         if (result)
-            tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
-                                        result->listPeak, m_dataSet, report, options, result->bExchanged);
+            offerCell(*result);
     });
 }
 

@@ -11,6 +11,7 @@
 #include "window/windowreport.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QStatusBar>
 #include <QThread>
 
@@ -81,6 +82,8 @@ void MainWindow::testCurrentPatternForPeaks()
             listPos.append({peaks.listX[i], peaks.listY[i]});
         showCrossMarks(listPos, Qt::green, g_nCrossSize);
         m_pFrameScene->update();
+        m_pPeakSearchPage->m_pLiveLabel->setText(
+            tr("follow the boxes: %L1").arg(peaks.bTooMany ? 0 : listPos.size()));
         // In the status bar, as the preview comes with each frame and each turn of a number.
         const QString strTooMany = tr(
             "More than 1 % of the pixels are peak candidates, which is noise: none is "

@@ -49,10 +49,17 @@ bool MainWindow::fitDirectBeam()
         return false;
     }
     return runOnFrames(m_pExtractionPage->m_pButtonRun, [this](CRunReport& report) {
-        tessera::fitDirectBeam(m_dataSet, report, [this](const DirectBeamOnFrame& beam) {
-            showCircleMarks({beam.ptFitted});
-            refreshImageView();
+        std::vector<DirectBeamOnFrame> listBeam;
+        RunOutcome outcome;
+        inFold(tr("Direct beam on each frame"), [&] {
+            outcome = tessera::fitDirectBeam(m_dataSet, report, [&](const DirectBeamOnFrame& beam) {
+                listBeam.push_back(beam);
+                showCircleMarks({beam.ptFitted});
+                refreshImageView();
+            });
         });
+        if (outcome.finished())
+            offerBeam(listBeam);
     });
 }
 

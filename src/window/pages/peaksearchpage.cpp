@@ -87,7 +87,12 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     pGrid->addWidget(pMask, 4, 0, 1, 3);
 
     m_pShowPeaksCheck = new QCheckBox(tr("Show Found Peaks"), pSearch);
-    pGrid->addWidget(m_pShowPeaksCheck, 5, 0, 1, 3);
+    pGrid->addWidget(m_pShowPeaksCheck, 5, 0);
+    m_pLiveLabel = new QLabel(pSearch);  // in the row of the check box, which has room beside it
+    m_pLiveLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_pLiveLabel->setVisible(false);
+    connect(m_pShowPeaksCheck, &QCheckBox::toggled, m_pLiveLabel, &QLabel::setVisible);
+    pGrid->addWidget(m_pLiveLabel, 5, 1, 1, 2);
 
     auto* pIntegration = new QGroupBox(tr("2D Integration"), pSearch);
     auto* pIntegrationLayout = new QGridLayout(pIntegration);

@@ -6,6 +6,7 @@
 class QAction;
 class QCheckBox;
 class QDoubleSpinBox;
+class QLabel;
 class QPushButton;
 class QTableWidget;
 
@@ -30,6 +31,7 @@ public:
     QCheckBox* m_pShowMaskCheck;
     QPushButton* m_pFindDefectsButton;
     QCheckBox* m_pShowPeaksCheck;                  ///< "Show Found Peaks"
+    QLabel* m_pLiveLabel;                          ///< that these peaks follow the boxes, and how many they are
     QDoubleSpinBox* m_pIntegrationRadiusSpin;      ///< disc of the 2D integration
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
     QPushButton* m_pSuggestButton;

@@ -127,6 +127,7 @@ void MainWindow::peakReduction3D()
         const PeakMergingResult result = tessera::peakReduction3D(m_dataSet, merging, &vecFlag, report);
         if (!result.outcome.finished())
             return;
+        m_nMergedGroup = m_pView3DRaw->groupLabels().size() > 1 ? nGroup : -1;
         m_pTabWidget->setCurrentIndex(2);
         report.goOn();
         showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);

@@ -30,23 +30,32 @@ void MainWindow::testRotationAxis()
         if (!holdsShownPeaks(m_dataSet, report))
             return;
         const BeamCentres centres = beamCentres(m_dataSet);
-        tessera::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres), centres,
-                                  m_merging.m_dfMax2DDistance, report);
+        RotationAxisTest test;
+        inFold(tr("Rotation axis test"), [&] {
+            test = tessera::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres),
+                                             centres, m_merging.m_dfMax2DDistance, report);
+        });
+        if (test.bFinished && test.nChains > 0)
+            offerAxis(test.dfMaxAngleWeighted);
     });
 }
 
 void MainWindow::testFindCubicCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::testFindCubicCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report);
+        inFold(tr("Cubic cell"), [&] {
+            tessera::testFindCubicCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report);
+        });
     });
 }
 
 void MainWindow::refineCubicUnitCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        tessera::refineCubicUnitCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
-                                     tiltOptions(report));
+        inFold(tr("Cubic cell by the curves"), [&] {
+            tessera::refineCubicUnitCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
+                                         tiltOptions(report));
+        });
     });
 }
 
@@ -62,7 +71,7 @@ void MainWindow::testStreching()
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
                 Severity::Error);
         else
-            tessera::testStreching(listPeak, m_dataSet, report);
+            inFold(tr("Stretching test"), [&] { tessera::testStreching(listPeak, m_dataSet, report); });
     });
 }
 
@@ -74,8 +83,10 @@ void MainWindow::test2DIndexing()
             return;
         const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
                                                                    beamCentres(m_dataSet));
-        tessera::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
-                                m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
+        inFold(tr("Vectors in the plane"), [&] {
+            tessera::test2DIndexing(listPeakFrame.value(m_pFrameSpin->value() - 1), m_dataSet.m_dfPixelSize,
+                                    m_mapping.m_dfResolutionMax, m_extraction.m_nBackgroundSize, report);
+        });
     });
 }
 

@@ -276,6 +276,7 @@ void MainWindow::showRoadResult(const RoadStep& step, const RoadState& state)
     } else if (isStage(step, RoadStage::Merge)) {
         showPeaksIn3D();
         m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
+        m_nMergedGroup = -1;
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
         updatePeakTable(m_dataSet.m_listPeakMerged);
     } else if (isStage(step, RoadStage::Cell)) {

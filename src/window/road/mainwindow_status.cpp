@@ -23,7 +23,6 @@
 #include <QToolBox>
 
 #include <algorithm>
-#include <tuple>
 
 namespace tessera {
 
@@ -106,15 +105,9 @@ void MainWindow::createStatusStrip()
 
 std::vector<StageStatus> MainWindow::workStatusByPages()
 {
-    // The next run takes the numbers of the pages, rounded as their boxes are. To look is to change nothing.
-    const SeriesData series = m_dataSet;
-    const auto kept = std::make_tuple(m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing,
-                                      m_extraction, m_refinement);
-    syncParametersWithControls(true);
-    std::vector<StageStatus> listStatus = workStatus(m_dataSet,
-                                                     {m_hunting, m_mapping, m_merging, m_indexing});
-    m_dataSet.takeSeries(series);
-    std::tie(m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing, m_extraction, m_refinement) = kept;
+    std::vector<StageStatus> listStatus;
+    withPageNumbers(
+        [&] { listStatus = workStatus(m_dataSet, {m_hunting, m_mapping, m_merging, m_indexing}); });
     return listStatus;
 }
 

@@ -1,0 +1,165 @@
+// MainWindow: what it keeps of a project from one opening to the next, and what comes back with it.
+#include "reciprocal/merging.h"
+#include "reciprocal/peakgroups.h"
+#include "records/wholefile.h"
+#include "window/mainwindow.h"
+#include "window/windowreport.h"
+#include "workstate/windowfile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+
+#include <tuple>
+
+namespace tessera {
+
+namespace {
+
+const char g_szKept[] = "windowOfSeries";  // of projects in folders that cannot be written
+constexpr int g_nMostKept = 50;            // the one that was changed longest ago goes first
+
+/// Each entry is the project's path, a line feed, and the text of its file.
+QString pathOf(const QString& strEntry)
+{
+    return strEntry.section(QLatin1Char('\n'), 0, 0);
+}
+
+void keepInSettings(QSettings& settings, const QString& strProject, const QByteArray& bytes)
+{
+    QStringList listEntry = settings.value(QLatin1String(g_szKept)).toStringList();
+    for (int i = listEntry.size() - 1; i >= 0; --i) {
+        if (pathOf(listEntry[i]) == strProject) {
+            listEntry.removeAt(i);
+        }
+    }
+    listEntry.prepend(strProject + QLatin1Char('\n') + QString::fromUtf8(bytes));
+    settings.setValue(QLatin1String(g_szKept), QStringList(listEntry.mid(0, g_nMostKept)));
+}
+
+QByteArray keptInSettings(const QSettings& settings, const QString& strProject)
+{
+    for (const QString& strEntry : settings.value(QLatin1String(g_szKept)).toStringList()) {
+        if (pathOf(strEntry) == strProject) {
+            return strEntry.section(QLatin1Char('\n'), 1).toUtf8();
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+void MainWindow::withPageNumbers(const std::function<void()>& fn)
+{
+    const SeriesData series = m_dataSet;
+    const auto kept = std::make_tuple(m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing,
+                                      m_extraction, m_refinement);
+    syncParametersWithControls(true);
+    guarded(fn);
+    m_dataSet.takeSeries(series);
+    std::tie(m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing, m_extraction, m_refinement) = kept;
+}
+
+WindowMemory MainWindow::windowMemory()
+{
+    WindowMemory memory;
+    withPageNumbers([&] { memory = {m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing, {}, {}}; });
+    const MadeWith& made = m_dataSet.m_made;
+    const quint64 nPeaks = printOfPeaks(m_dataSet.m_listPeakFrame);
+    if (made.peaks && made.peaks->nPeaks == nPeaks && nPeaks != 0) {
+        memory.hunted = {made.peaks->hunting, nPeaks};
+    }
+    if (made.merged && made.merged->nPeaks == nPeaks &&
+        made.merged->nMerged == printOfReflections(m_dataSet.m_listPeakMerged)) {
+        memory.merged = {m_nMergedGroup, nPeaks, made.merged->nMerged};
+    }
+    return memory;
+}
+
+void MainWindow::keepWindowMemory()
+{
+    const QString strProject = projectFile();
+    if (isRunning() || !QFileInfo(strProject).isFile()) {
+        return;
+    }
+    const QByteArray bytes = windowFileText(windowMemory());
+    if (bytes == m_bytesKept) {
+        return;
+    }
+    m_bytesKept = bytes;
+    const QString strFile = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
+    if (QFileInfo(m_dataSet.m_strProjectDir).isWritable() && writeWholeFile(strFile, bytes)) {
+        return;
+    }
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    keepInSettings(*pSettings, QDir::cleanPath(strProject), bytes);
+}
+
+/// To be called with the signals of the pages cut, before the peaks are shown.
+WindowMemory MainWindow::takeWindowMemory(CRunReport& report)
+{
+    WindowMemory memory = {m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing, {}, {}};
+    const QString strName = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
+    QFile file(strName);
+    QByteArray bytes;
+    if (QFileInfo(strName).isFile() && file.open(QIODevice::ReadOnly)) {
+        bytes = file.readAll();
+    } else {
+        const std::unique_ptr<QSettings> pSettings(makeSettings());
+        bytes = keptInSettings(*pSettings, QDir::cleanPath(projectFile()));
+    }
+    QString strReason;
+    if (bytes.isEmpty()) {
+        return memory;
+    }
+    if (!readWindowFileText(bytes, memory, &strReason)) {
+        report.addMessage(tr("%1 is not used: %2.").arg(strName, strReason), Severity::Error);
+        return memory;
+    }
+    m_hunting = memory.hunting;
+    m_mapping = memory.mapping;
+    m_merging = memory.merging;
+    m_cellHunting = memory.cell;
+    m_indexing = memory.indexing;
+    syncParametersWithControls(false);
+    if (memory.hunted && memory.hunted->nPeaks == printOfPeaks(m_dataSet.m_listPeakFrame)) {
+        notePeaksMade(m_dataSet, memory.hunted->hunting);  // its mask is not kept, and not missed
+    }
+    return memory;
+}
+
+/// Merging takes less time than reading its chains from a file would, and needs no file that could be out of
+/// date: what does not come out as it was is no result.
+void MainWindow::mergeAsBefore(const WindowMemory& memory, CRunReport& report)
+{
+    if (!memory.merged || !m_dataSet.m_peakMapping ||
+        memory.merged->nPeaks != printOfPeaks(m_dataSet.m_listPeakFrame)) {
+        return;
+    }
+    const int nGroup = memory.merged->nGroup;
+    const std::vector<char> vecFlag = nGroup < 0 ? std::vector<char>() : flagsOfPeakGroup(m_dataSet, nGroup);
+    CRunReport silent;
+    const PeakMergingResult result = tessera::peakReduction3D(m_dataSet, m_merging,
+                                                              nGroup < 0 ? nullptr : &vecFlag, silent);
+    if (!result.outcome.finished()) {
+        return;
+    }
+    std::optional<MergedMade>& made = m_dataSet.m_made.merged;
+    if (made && made->nMerged == memory.merged->nMerged) {
+        m_nMergedGroup = nGroup;
+        showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
+        updatePeakTable(m_dataSet.m_listPeakMerged);
+        report.addMessage(tr("%L1 reflections are merged as before.").arg(m_dataSet.m_listPeakMerged.size()));
+        return;
+    }
+    made.reset();
+    m_dataSet.m_listPeakMerged.clear();
+    m_dataSet.m_listPeakMergedShown.clear();
+    m_dataSet.m_listPeakChain.clear();
+    report.addMessage(
+        tr("The reflections that were merged before are not shown: with the geometry of the project "
+           "they are others. Merge anew."));
+}
+
+}  // namespace tessera
