@@ -27,6 +27,7 @@ void Reciprocal::SetUpTestSuite()
 
 void Reciprocal::SetUp()
 {
+    QFile::remove(file("w.window.json"));  // of the test before, in the same folder
     WindowTest::SetUp();
     m_pWindow->show();
 }

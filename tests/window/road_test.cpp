@@ -28,7 +28,9 @@ protected:
     }
     QStringList filesOf(const QString& strFolder) const
     {
-        return QDir(path(strFolder)).entryList(QDir::Files, QDir::Name);
+        QStringList list = QDir(path(strFolder)).entryList(QDir::Files, QDir::Name);
+        list.removeAll("w.window.json");  // is the window's alone
+        return list;
     }
     QByteArray bytesOf(const QString& strName) const
     {
@@ -89,6 +91,30 @@ TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
     EXPECT_EQ(m_pTabs->tabText(m_pTabs->currentIndex()), "Quality");
     button(RoadRowKind::Peaks, "Settings")->click();
     EXPECT_EQ(m_pWindow->findChild<QToolBox*>()->currentWidget(), m_pSearch);
+}
+
+TEST_F(Road, AMaskOfTheWindowIsThatOfTheDriversOption)
+{
+    QFile mask(path("a.msk"));
+    ASSERT_TRUE(mask.open(QIODevice::WriteOnly));
+    for (const char* psz : {"1 20 20\n", "1 110 20\n", "1 110 220.25\n", "1 20 220\n"})
+        mask.write(psz);
+    mask.close();
+    const BatchOutcome driver = runBatch({"--mask", path("a.msk"), "--to", "index", path("driver/w.ed3d")});
+    ASSERT_EQ(driver.nStatus, 0) << driver.strText.toStdString();
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    answered({path("a.msk")}, [&] { m_pWindow->loadPeakHuntingMask(); });
+    m_pActions->m_pSolve->trigger();
+    for (const char* pszFile : {"/w.sc", "/w.pk", "/w.uc", "/w.hkl"})
+        EXPECT_TRUE(bytesOf(QString("window") + pszFile) == bytesOf(QString("driver") + pszFile)) << pszFile;
+    EXPECT_FALSE(QFile::exists(path("window/w_window.msk")));
+    const QByteArray bytesPeaks = bytesOf("window/w.pk");
+
+    // One that no file has is written for the road, and gives the same again.
+    ASSERT_TRUE(QFile::remove(path("a.msk")));
+    m_pActions->m_pSolve->trigger();
+    EXPECT_TRUE(QFile::exists(path("window/w_window.msk")));
+    EXPECT_TRUE(bytesOf("window/w.pk") == bytesPeaks);
 }
 
 TEST_F(Road, AStepGoesOnWithTheNumbersThatWereChanged)
