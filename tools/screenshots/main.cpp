@@ -2,6 +2,8 @@
 // stage in two sizes. scripts/screenshots runs it on the simulated demo series.
 //
 //   tessera-screenshots PROJECT.ed3d MASK.msk FOLDER
+#include "tools/screenshots/camera.h"
+#include "tools/screenshots/solvepictures.h"
 #include "window/knowncelldialog.h"
 #include "window/mainwindow.h"
 #include "window/newprojectdialog.h"
@@ -37,91 +39,14 @@ namespace tessera {
 
 namespace {
 
-const QSize g_aSize[] = {{1280, 800}, {1920, 1080}};
 const QPointF g_ptSpot(256, 256);  // beside the direct beam of the demo series
-const int g_nSettleTime = 150;     // ms that a layout gets to come to rest
 const int g_nDialogTries = 50;
 const int g_nIntensityColumn = 7;
 const int g_nCurveRow = 3;
 const double g_dfWrongAxis = 15;  // degrees
 
-template <typename T>
-QString textOf(const T* p)
-{
-    return p->text();
-}
+}  // namespace
 
-QString textOf(const QGroupBox* p)
-{
-    return p->title();
-}
-
-/// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
-/// the program ends without it.
-template <typename T>
-T* find(const QObject* pParent, const QString& strText)
-{
-    const QList<T*> listFound = pParent->findChildren<T*>();
-    for (T* pFound : listFound)
-        if (textOf(pFound) == strText)
-            return pFound;
-    std::fprintf(stderr, "Nothing in the window is called %s\n", qPrintable(strText));
-    std::exit(1);
-}
-
-class CCamera {
-public:
-    CCamera(MainWindow& window, const QDir& dirOut) : m_window(window), m_dirOut(dirOut) {}
-
-    QWidget* openPage(const QString& strTitle)
-    {
-        auto* pToolBox = m_window.findChild<QToolBox*>();
-        for (int i = 0; i < pToolBox->count(); ++i)
-            if (pToolBox->itemText(i) == strTitle) {
-                pToolBox->setCurrentIndex(i);
-                return pToolBox->widget(i);
-            }
-        std::fprintf(stderr, "The tool box has no page %s\n", qPrintable(strTitle));
-        std::exit(1);
-    }
-
-    /// @param fnPose  what is to be done again in each size, before the picture
-    void shoot(const QString& strName, const std::function<void()>& fnPose = {})
-    {
-        for (const QSize& size : g_aSize) {
-            m_window.resize(size);
-            QTest::qWait(g_nSettleTime);
-            if (fnPose) {
-                fnPose();
-                QTest::qWait(g_nSettleTime);
-            }
-            const QString strFile = m_dirOut.filePath(
-                QStringLiteral("%1_%2x%3.png").arg(strName).arg(size.width()).arg(size.height()));
-            // From the screen: a widget's own grab leaves out what OpenGL has drawn.
-            const QPixmap pixmap = m_window.screen()->grabWindow(m_window.winId());
-            if (pixmap.size() != size || !pixmap.save(strFile)) {
-                std::fprintf(stderr, "%s could not be made in its size\n", qPrintable(strFile));
-                std::exit(1);
-            }
-        }
-    }
-
-    void keep(const QString& strName, const QPixmap& pixmap)
-    {
-        const QString strFile = m_dirOut.filePath(strName + QStringLiteral(".png"));
-        if (!pixmap.save(strFile)) {
-            std::fprintf(stderr, "%s could not be made\n", qPrintable(strFile));
-            std::exit(1);
-        }
-    }
-
-private:
-    MainWindow& m_window;
-    QDir m_dirOut;
-};
-
-/// Answers the next file dialog with a file, typed as a user would: its whole path counts, whatever
-/// folder the dialog has come to show by then.
 void answerFileDialog(const QString& strFile)
 {
     auto* pTimer = new QTimer(qApp);
@@ -139,8 +64,6 @@ void answerFileDialog(const QString& strFile)
     });
     pTimer->start(g_nSettleTime);
 }
-
-}  // namespace
 
 }  // namespace tessera
 
