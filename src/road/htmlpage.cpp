@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -12,6 +14,14 @@ bool isNumber(const QString& strText)
     static const QRegularExpression number(QRegularExpression::anchoredPattern(
         QStringLiteral("-|[-+]?[0-9][0-9.,e+-]*(\\([0-9.]+\\))?( ?(%|°|Å|px|s))?")));
     return number.match(strText).hasMatch();
+}
+
+/// "-3" among names of classes is one of them.
+bool isColumnOfNumbers(const std::vector<QStringList>& listRow, int nColumn)
+{
+    return !listRow.empty() &&
+           std::all_of(listRow.begin(), listRow.end(),
+                       [nColumn](const QStringList& listCell) { return isNumber(listCell.value(nColumn)); });
 }
 
 }  // namespace
@@ -102,17 +112,18 @@ void CHtmlPage::table(const QStringList& listHead, const std::vector<QStringList
     }
     open("thead");
     open("tr");
+    std::vector<const char*> listClass;
     for (int n = 0; n < listHead.size(); ++n) {
-        const bool bNumber = !listRow.empty() && isNumber(listRow.front().value(n));
-        element("th", listHead[n], bNumber ? "number" : "");
+        listClass.push_back(isColumnOfNumbers(listRow, n) ? "number" : "");
+        element("th", listHead[n], listClass.back());
     }
     close();
     close();
     open("tbody");
     for (const QStringList& listCell : listRow) {
         open("tr");
-        for (const QString& strCell : listCell) {
-            element("td", strCell, isNumber(strCell) ? "number" : "");
+        for (int n = 0; n < listCell.size(); ++n) {
+            element("td", listCell[n], size_t(n) < listClass.size() ? listClass[size_t(n)] : "");
         }
         close();
     }

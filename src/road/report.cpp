@@ -9,6 +9,7 @@
 #include "road/runrecord.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <cmath>
 
@@ -29,6 +30,22 @@ void writeFact(CHtmlPage& page, const char* pszName, const QString& strValue, co
         page.element("dt", QString::fromUtf8(pszName));
         page.element("dd", strValue, pszClass);
     }
+}
+
+/// The worst verdict, and which steps it comes from.
+void writeVerdict(CHtmlPage& page, const QList<Judgement>& listJudgement)
+{
+    const Verdict worst = worstVerdict(listJudgement);
+    QStringList listPart;
+    for (const Judgement& judgement : listJudgement) {
+        if (judgement.verdict == worst && worst != Verdict::Good) {
+            listPart.append(judgement.strPart);
+        }
+    }
+    const QString strVerdict = verdictName(worst);
+    const QString strBy = listPart.isEmpty() ? QString()
+                                             : QStringLiteral(", by ") + listPart.join(QStringLiteral(", "));
+    writeFact(page, "Judgement", strVerdict + strBy, strVerdict.toLatin1().constData());
 }
 
 QString bestCell(const RoadResults& results)
@@ -95,8 +112,7 @@ void writeHead(CHtmlPage& page, const RoadState& state)
         writeFact(page, "Reached", roadStageName(*results.lastStage));
     }
     if (!results.listJudgement.isEmpty()) {
-        const QString strVerdict = verdictName(worstVerdict(results.listJudgement));
-        writeFact(page, "Judgement", strVerdict, strVerdict.toLatin1().constData());
+        writeVerdict(page, results.listJudgement);
     }
     writeFact(page, "Cell", bestCell(results));
     if (results.lattice && results.lattice->proposed) {
@@ -199,7 +215,9 @@ void writeEnd(CHtmlPage& page, const RoadState& state)
 {
     page.element("h2", QStringLiteral("How it was made"));
     writeParameters(page, state);
-    writeLines(page, "Warnings", state.results.listWarning);
+    QStringList listWarning = state.results.listWarning;
+    listWarning.replaceInStrings(QRegularExpression(QStringLiteral("^Warning: ")), QString());
+    writeLines(page, "Warnings", listWarning);
     writeLines(page, "Hints", state.results.listHint);
     const RoadCommand command = commandOfRoad(state);
     if (!state.given.listInput.isEmpty()) {

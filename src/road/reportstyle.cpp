@@ -28,6 +28,7 @@ th, td { text-align: left; vertical-align: top; padding: .25rem .9rem .25rem 0;
   border-bottom: 1px solid var(--line); }
 th { font-weight: 600; white-space: nowrap; }
 td { overflow-wrap: normal; }
+.scroll td:first-child { white-space: nowrap; }
 .number { text-align: right; white-space: nowrap; }
 tr.whole td { font-weight: 600; border-bottom: 0; }
 .good { color: var(--good); font-weight: 600; }
@@ -41,7 +42,7 @@ dd { margin: 0; }
 figure { margin: 0; min-width: 0; }
 svg { display: block; width: 100%; height: auto; }
 figure.plot { max-width: 44rem; } figure.plot h3 { margin: 0; }
-.row + .row { margin-top: 1.4rem; }
+.row + .row, .scroll + .row { margin-top: 1.4rem; }
 svg .axis { fill: var(--faint); }
 svg .grid { stroke: var(--line); }
 svg .series { fill: none; stroke-width: 1.6; stroke-linejoin: round; }
@@ -55,7 +56,8 @@ svg .beam { stroke: #29b6f6; fill: none; }
 pre { white-space: pre-wrap; overflow-wrap: anywhere; background: var(--panel); padding: .8rem;
   border-radius: .3rem; font-size: .875rem; }
 summary { cursor: pointer; color: var(--faint); }
-@media (max-width: 34rem) { dl { grid-template-columns: 1fr; gap: 0; } dd { margin-bottom: .5rem; } }
+@media (max-width: 34rem) { dl { grid-template-columns: 1fr; gap: 0; } dd { margin-bottom: .5rem; }
+  figure.plot text { font-size: 17px; } }
 @media print { :root { --ground: #ffffff; --text: #000000; --faint: #444444; --line: #bbbbbb;
     --panel: #ffffff; --good: #17693a; --doubtful: #8a5300; --bad: #b3261e;
     --s0: #1b5fa8; --s1: #b3430e; --s2: #17693a; --s3: #7a3f9d; }

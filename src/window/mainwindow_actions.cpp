@@ -15,6 +15,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QToolButton>
 #include <QWhatsThis>
 
 namespace tessera {
@@ -126,6 +127,9 @@ void MainWindow::createToolBar()
     pBar->setObjectName(QStringLiteral("ToolBar"));
     explain(pBar->toggleViewAction(), tr("Shows or hides the tool bar."));
     pBar->addAction(m_pActions->m_pSolve);
+    if (auto* pSolve = qobject_cast<QToolButton*>(pBar->widgetForAction(m_pActions->m_pSolve))) {
+        pSolve->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);  // a newcomer finds it by its name
+    }
     pBar->addSeparator();
     pBar->addActions({m_pActions->m_pOpen, m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries});
     pBar->addSeparator();

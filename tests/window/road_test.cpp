@@ -46,12 +46,14 @@ protected:
                 list.append(pButton);
         return list.value(int(kind));
     }
+    /// Name and sentence of each row.
     QStringList rowTexts() const
     {
         QStringList list;
-        for (const QLabel* pLabel : m_pRoad->findChildren<QLabel*>())
-            if (pLabel->text().startsWith("<b>"))
-                list.append(pLabel->text());
+        const QList<QLabel*> listLabel = m_pRoad->findChildren<QLabel*>();
+        for (int n = 0; n < listLabel.size(); ++n)
+            if (listLabel[n]->text().startsWith("<b>"))
+                list.append(listLabel[n]->text() + ' ' + listLabel.value(n + 1)->text());
         return list;
     }
 

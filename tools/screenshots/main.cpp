@@ -217,8 +217,6 @@ int main(int argc, char** argv)
     find<QCheckBox>(pIntegration, QStringLiteral("Show Predicted"))->setChecked(true);
     pTabs->setCurrentIndex(0);
     camera.shoot(QStringLiteral("integration"));
-    pTabs->setCurrentIndex(4);
-    camera.shoot(QStringLiteral("quality"));
     find<QCheckBox>(pIntegration, QStringLiteral("Show Predicted"))->setChecked(false);
     pCrosses->setChecked(true);
 
@@ -241,6 +239,16 @@ int main(int argc, char** argv)
     pAxis->setValue(pAxis->value() + g_dfWrongAxis);
     camera.shoot(QStringLiteral("predicted_wrong_axis"));
     pAxis->setValue(pAxis->value() - g_dfWrongAxis);
+    find<QCheckBox>(pExtraction, QStringLiteral("Show Estimated Peak Position"))->setChecked(false);
+    pCrosses->setChecked(false);
+
+    shootSolve(camera);
+    shootSelection(camera);
+    shootRings(camera);
+    shootQuality(camera);
+    saveReport(camera, QFileInfo(listArgument[1]).absolutePath() + QStringLiteral("/report.html"));
+    shootWrongAxis(camera);
+    shootDock(camera, QStringLiteral("Steps"), QStringLiteral("steps"));
     find<QAction>(&window, QStringLiteral("A&bout Tessera..."))->trigger();
     camera.shoot(QStringLiteral("about"));
     return 0;

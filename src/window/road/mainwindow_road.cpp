@@ -82,7 +82,7 @@ void MainWindow::createRoad()
 {
     m_pRoad = new RoadDock(this);
     QDockWidget* pDock = addDock(m_pRoad, QStringLiteral("Road"), Qt::LeftDockWidgetArea,
-                                 QIcon(QStringLiteral(":/images/run.png")), QString());
+                                 QIcon(QStringLiteral(":/images/road.png")), QString());
     tabifyDockWidget(m_listDock.first(), pDock);
     m_listDock.first()->raise();
     connect(m_pRoad->m_pSolveButton, &QPushButton::clicked, this, &MainWindow::solve);

@@ -20,6 +20,8 @@ namespace tessera {
 
 namespace {
 
+const int g_nBetweenLines = 4;  // pixels, between a sentence and the next name
+
 /// Told apart by shape as well as by colour: a tick, an exclamation mark, a cross; an empty ring waits.
 struct Light {
     QColor color;
@@ -86,7 +88,6 @@ QToolButton* smallButton(const QString& strText, const QString& strTip, QWidget*
 {
     auto* pButton = new QToolButton(pParent);
     pButton->setText(strText);
-    pButton->setAutoRaise(true);
     explain(pButton, strTip);
     return pButton;
 }
@@ -102,12 +103,14 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
                "series itself tells. Steps that are not good can be looked at and repeated."));
     pLayout->addWidget(m_pSolveButton);
 
-    auto* pProgressRow = new QHBoxLayout;
-    m_pProgress = new QProgressBar(this);
-    m_pLeft = new QLabel(this);
+    m_pProgressRow = new QWidget(this);
+    auto* pProgressRow = new QHBoxLayout(m_pProgressRow);
+    pProgressRow->setContentsMargins(0, 0, 0, 0);
+    m_pProgress = new QProgressBar(m_pProgressRow);
+    m_pLeft = new QLabel(m_pProgressRow);
     pProgressRow->addWidget(m_pProgress, 1);
     pProgressRow->addWidget(m_pLeft);
-    pLayout->addLayout(pProgressRow);
+    pLayout->addWidget(m_pProgressRow);
 
     auto* pArea = new QScrollArea(this);
     pArea->setWidgetResizable(true);
@@ -117,7 +120,8 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
     auto* pGrid = new QGridLayout(pInside);
     pGrid->setContentsMargins(0, 0, style()->pixelMetric(QStyle::PM_ScrollBarExtent) / 2, 0);
     pGrid->setColumnStretch(1, 1);
-    pGrid->setVerticalSpacing(2);
+    pGrid->setVerticalSpacing(1);
+    pGrid->setHorizontalSpacing(4);
     const CRoadRows rows;
     for (const RoadRow& row : rows.rows()) {
         addLine(row.kind, pGrid);
@@ -125,7 +129,7 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
     m_pClosing = new QLabel(pInside);
     m_pClosing->setWordWrap(true);
     m_pClosing->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    pGrid->addWidget(m_pClosing, pGrid->rowCount(), 0, 1, 2);
+    pGrid->addWidget(m_pClosing, pGrid->rowCount(), 0, 1, 5);
     pGrid->setRowStretch(pGrid->rowCount(), 1);
     pArea->setWidget(pInside);
     pLayout->addWidget(pArea, 1);
@@ -139,9 +143,11 @@ void RoadDock::addLine(RoadRowKind kind, QGridLayout* pGrid)
     const int nRow = pGrid->rowCount();
     Line line = {};
     line.pLight = new QLabel(pInside);
+    line.pName = new QLabel(pInside);
+    line.pName->setTextFormat(Qt::RichText);
     line.pText = new QLabel(pInside);
     line.pText->setWordWrap(true);
-    line.pText->setTextFormat(Qt::RichText);
+    line.pText->setTextFormat(Qt::PlainText);
     line.pText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     line.pShow = smallButton(tr("Show"), tr("Goes to the view that shows this result."), pInside);
     line.pSettings = smallButton(tr("Settings"), tr("Goes to the page with the numbers of this step."),
@@ -153,15 +159,13 @@ void RoadDock::addLine(RoadRowKind kind, QGridLayout* pGrid)
     connect(line.pShow, &QToolButton::clicked, this, [this, kind] { emit showWanted(kind); });
     connect(line.pSettings, &QToolButton::clicked, this, [this, kind] { emit settingsWanted(kind); });
     connect(line.pFrom, &QToolButton::clicked, this, [this, kind] { emit roadWanted(stageOfRow(kind)); });
-    auto* pButtons = new QHBoxLayout;
-    pButtons->setSpacing(0);
-    for (QToolButton* pButton : {line.pShow, line.pSettings, line.pFrom}) {
-        pButtons->addWidget(pButton);
-    }
-    pButtons->addStretch(1);
-    pGrid->addWidget(line.pLight, nRow, 0, Qt::AlignTop);
-    pGrid->addWidget(line.pText, nRow, 1);
-    pGrid->addLayout(pButtons, nRow + 1, 1);
+    pGrid->addWidget(line.pLight, nRow, 0);
+    pGrid->addWidget(line.pName, nRow, 1);
+    pGrid->addWidget(line.pShow, nRow, 2);
+    pGrid->addWidget(line.pSettings, nRow, 3);
+    pGrid->addWidget(line.pFrom, nRow, 4);
+    pGrid->addWidget(line.pText, nRow + 1, 1, 1, 4);
+    pGrid->setRowMinimumHeight(nRow + 2, g_nBetweenLines);
     m_listLine.push_back(line);
 }
 
@@ -170,9 +174,9 @@ void RoadDock::showRow(const RoadRow& row, Line& line)
     const Light light = lightOf(row);
     line.pLight->setPixmap(lightPicture(light, *this));
     line.pLight->setToolTip(light.strWord);
-    const QString strText = row.strText.isEmpty() ? light.strWord : row.strText;
-    line.pText->setText(QStringLiteral("<b>%1</b> &nbsp;%2")
-                            .arg(roadRowName(row.kind).toHtmlEscaped(), strText.toHtmlEscaped()));
+    line.pName->setText(QStringLiteral("<b>%1</b>").arg(roadRowName(row.kind).toHtmlEscaped()));
+    line.pText->setText(row.strText.isEmpty() ? light.strWord : row.strText);
+    line.pText->setEnabled(row.state != RoadRowState::Waiting);
     const bool bDone = row.state == RoadRowState::Done || row.state == RoadRowState::Earlier ||
                        row.state == RoadRowState::Ended;
     line.pShow->setEnabled(bDone && !m_bRunning);
@@ -193,7 +197,7 @@ void RoadDock::setRows(const std::vector<RoadRow>& listRow)
 void RoadDock::setRunning(bool bRunning)
 {
     m_bRunning = bRunning;
-    m_pProgress->setVisible(bRunning);
+    m_pProgressRow->setVisible(bRunning);
     endProgress();
     setRows(m_listRow);
 }

@@ -44,6 +44,7 @@ signals:
 private:
     struct Line {
         QLabel* pLight;
+        QLabel* pName;
         QLabel* pText;
         QToolButton* pShow;
         QToolButton* pSettings;
@@ -54,6 +55,7 @@ private:
 
     std::vector<Line> m_listLine;
     std::vector<RoadRow> m_listRow;
+    QWidget* m_pProgressRow;
     QProgressBar* m_pProgress;
     QLabel* m_pLeft;
     QLabel* m_pClosing;
