@@ -60,13 +60,19 @@ TESSERA_MEMBERS(FramePlace, dfX, dfY);
 TESSERA_MEMBERS(MaskData, fillRule, listPolygon);
 TESSERA_MEMBERS(PeakMapping, listShift, listOverallTilt, dfCenterX, dfCenterY, dfWavelength, dfPixelSize,
                 dfRotationAxis, dfTiltRelaxation, dfStretchAmplitude, dfStretchAzimuth, distortion);
+TESSERA_MEMBERS(PeaksMade, hunting, nAreas, nHotPixels, nPeaks);
+TESSERA_MEMBERS(MergedMade, mapping, limits, merging, nPeaks, nMerged);
+TESSERA_MEMBERS(CellMade, mapping, nMerged, listCell);
+TESSERA_MEMBERS(IndexedMade, nMerged, dfThreshold, nIndexed);
+TESSERA_MEMBERS(GeometryMade, mapping, listCell);
+TESSERA_MEMBERS(MadeWith, peaks, limitsShown, merged, cell, indexed, geometry, integration);
 TESSERA_MEMBERS(SeriesData, strProjectDir, strProjectName, listFrameFile, listStageTilt, listBeamTilt,
                 listOverallTilt, listBeamTiltBreak, listHotPixel, dfWavelength, dfPixelSize, dfRotationAxis,
                 nAxisDecimals, bRotationAxisKnown, rotation, dfTiltRelaxation, dfStretchAmplitude,
                 dfStretchAzimuth, distortion, listShift, dfCenterX, dfCenterY, listCellFound, listCell,
                 listPeakFrame, peakMapping, vecPeakGroup, listPeakFrameShown, listPeakMergedShown,
                 listPeakMerged, listPeakChain, vecPeakIndexedOnFrame, vecReflectionFrame,
-                listReflectionIndexed, listCellIndexed, nIntensityMode, maskPeakHunting, spaceGroup);
+                listReflectionIndexed, listCellIndexed, nIntensityMode, maskPeakHunting, spaceGroup, made);
 TESSERA_MEMBERS(PointGroup, strLabel, listPoint, color, bVisible);
 
 // refinement
@@ -110,8 +116,8 @@ TESSERA_MEMBERS(IntegrationResult, series, integrated, laue, chosen, scaling, un
                 spaceGroups, spaceGroup, forecast, cell, cellErrors);
 
 TESSERA_MEMBERS(WorkState, series, hunting, mapping, merging, cellHunting, indexing, extraction, refinement,
-                bConstantBackground, knownCell, matTransformation, listRawGroup, listMergedGroup, pGeometry,
-                pIntegration);
+                bConstantBackground, knownCell, matTransformation, listRawGroup, listMergedGroup,
+                listMergedPoint, pGeometry, pIntegration);
 
 #undef TESSERA_MEMBERS
 

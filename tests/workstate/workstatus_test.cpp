@@ -2,7 +2,7 @@
 #include "reciprocal/cellcommit.h"
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
-#include "workstate/worksteps.h"
+#include "workstate/stagestorun.h"
 
 #include <gtest/gtest.h>
 
