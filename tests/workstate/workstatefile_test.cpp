@@ -99,7 +99,7 @@ TEST(WorkStateFile, RefusesWhatIsNotWhole)
     }
     expectRefused(summed(bytes + 'x'), "longer", bytes.size());
     QByteArray bytesOther = bytes;
-    ++bytesOther[16];  // behind the mark
+    bytesOther[16] = char(bytesOther[16] + 1);  // behind the mark
     QString strReason;
     WorkState state;
     EXPECT_FALSE(workStateFromBytes(bytesOther, state, &strReason));

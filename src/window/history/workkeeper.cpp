@@ -28,12 +28,14 @@ std::vector<Leftover> WorkKeeper::leftovers(QStringList& listReason) const
 void WorkKeeper::keep(const WorkState& state, const QString& strStep)
 {
     if (!state.series.m_listFrameFile.isEmpty()) {
+        emit taken(state, strStep);
         m_writer.write(state, strStep);
     }
 }
 
 void WorkKeeper::keepInPlaceOf(const WorkState& state, const QString& strStep, Leftover leftover)
 {
+    emit taken(state, strStep);
     m_writer.writeInPlaceOf(state, strStep, std::move(leftover));
 }
 

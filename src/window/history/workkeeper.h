@@ -39,6 +39,8 @@ public:
     void end() { m_writer.end(); }
 
 signals:
+    /// A state is on its way to the disk.
+    void taken(const tessera::WorkState& state, const QString& strStep);
     /// A state is on the disk.
     void kept(const QString& strStep);
     /// A state could not be kept; the one before it still is. Each reason comes once.
