@@ -22,6 +22,7 @@
 #include "window/pages/view3dpage.h"
 #include "window/selection/selectioncontroller.h"
 #include "window/tabwidget.h"
+#include "window/view3d/view3dcontrol.h"
 #include "window/windowactions.h"
 
 #include <QApplication>
