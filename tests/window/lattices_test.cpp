@@ -23,6 +23,16 @@ QString textOf(const QTableWidget* pTable, int nRow, int nColumn)
     return pTable->item(nRow, nColumn)->text();
 }
 
+/// What the dialog says in the place of what it does not show.
+QStringList notes(const LatticesDialog& dialog)
+{
+    QStringList list;
+    for (const QLabel* pLabel : dialog.findChildren<QLabel*>())
+        if (pLabel->isVisible())
+            list.append(pLabel->text());
+    return list;
+}
+
 }  // namespace
 
 TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
@@ -44,14 +54,18 @@ TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
         ASSERT_GT(dialog.m_pTableTypes->rowCount(), 5);
         ASSERT_EQ(dialog.selectedType(), 0);
         EXPECT_EQ(textOf(dialog.m_pTableTypes, 0, 0), "cI *");
-        EXPECT_EQ(textOf(dialog.m_pTableTypes, 0, 3), QLocale::system().toString(8.1, 'f', 3));
+        EXPECT_EQ(textOf(dialog.m_pTableTypes, 0, 2).split("  ").first(),
+                  QLocale::system().toString(8.1, 'f', 3));
+        EXPECT_TRUE(dialog.m_pTableTypes->isVisible());
         dialog.m_pButtonFillMatrix->click();
         m_pCell->m_pButtonTest->click();
         const QString strCube = fieldsOf(dual(matCube));
         EXPECT_EQ(fields(), strCube);
         m_pCell->m_pButtonTransform->click();
         EXPECT_EQ(fields(), strCube);
-        // A table of the former cell gives no matrix for the new one.
+        // A table of the former cell is not shown for the new one, and gives no matrix for it.
+        EXPECT_FALSE(dialog.m_pTableTypes->isVisible());
+        EXPECT_TRUE(notes(dialog).first().contains("of an earlier cell"));
         dialog.m_pButtonFillMatrix->click();
         EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), "0");
     }

@@ -13,11 +13,23 @@
 #include "window/pages/suggestiondialog.h"
 #include "window/start/startpage.h"
 
+namespace {
+
+// Outside of the namespace, as the macro declares a function there.
+void loadIcons()
+{
+    Q_INIT_RESOURCE(tessera);
+}
+
+}  // namespace
+
 namespace tessera {
 
 namespace {
 
 const QSize g_sizeWindow(1280, 800);
+const int g_nFontSize = 10;          // points, of common desktops at their start
+const double g_dfLeastContrast = 3;  // that the guidelines ask of controls
 
 /// What a dark desktop gives to its programs.
 QPalette darkPalette()
@@ -58,10 +70,10 @@ QString named(const QWidget* p, const QString& strText)
 bool isTooSmall(const QWidget* p)
 {
     if (const auto* pLabel = qobject_cast<const QLabel*>(p)) {
-        if (pLabel->text().isEmpty() && !pLabel->pixmap(Qt::ReturnByValue).isNull())
-            return p->width() < p->sizeHint().width();
+        if (pLabel->text().isEmpty())
+            return !pLabel->pixmap(Qt::ReturnByValue).isNull() && p->width() < p->sizeHint().width();
         if (pLabel->wordWrap())
-            return !pLabel->text().isEmpty() && p->height() < p->heightForWidth(p->width());
+            return p->height() < p->heightForWidth(p->width());
         return p->width() < p->minimumSizeHint().width() || p->height() < p->fontMetrics().height();
     }
     if (const auto* pEdit = qobject_cast<const QAbstractSpinBox*>(p)) {
@@ -89,6 +101,8 @@ QStringList cutOff(QWidget* pTop)
         if (!p->isVisible() || p->inherits("QDockWidgetTitleButton") || p->inherits("QDockWidgetSeparator") ||
             p->inherits("QToolBarExtension"))
             continue;
+        if (p->mapTo(p->window(), QPoint(p->width(), 0)).x() <= 0)
+            continue;  // of a dock behind another one
         QString strText = p->property("text").toString();
         if (strText.isEmpty())
             strText = p->property("title").toString();
@@ -129,7 +143,12 @@ protected:
     static void TearDownTestSuite() { s_pSeries.reset(); }
     void SetUp() override
     {
+        loadIcons();
         m_palette = QApplication::palette();
+        m_font = QApplication::font();
+        QFont font = m_font;
+        font.setPointSize(g_nFontSize);
+        QApplication::setFont(font);
         if (isDark())
             QApplication::setPalette(darkPalette());
         WindowTest::SetUp();
@@ -142,6 +161,7 @@ protected:
     {
         m_pWindow.reset();
         QApplication::setPalette(m_palette);
+        QApplication::setFont(m_font);
     }
     static bool isDark() { return QByteArray(GetParam()) == "Dark"; }
     static void settle() { QTest::qWait(20); }
@@ -168,6 +188,7 @@ protected:
 
     static std::unique_ptr<QTemporaryDir> s_pSeries;
     QPalette m_palette;
+    QFont m_font;
 };
 
 std::unique_ptr<QTemporaryDir> Looks::s_pSeries;
@@ -249,7 +270,7 @@ TEST_P(Looks, TextsStandOutFromTheirGround)
     for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
         if (!block.begin().atEnd()) {
             const QColor color = block.begin().fragment().charFormat().foreground().color();
-            EXPECT_GE(contrastOf(color, m_pLog->palette().color(QPalette::Base)), 3.5)
+            EXPECT_GE(contrastOf(color, m_pLog->palette().color(QPalette::Base)), g_dfLeastContrast)
                 << qPrintable(block.text());
         }
     int nTexts = 0;
@@ -262,7 +283,7 @@ TEST_P(Looks, TextsStandOutFromTheirGround)
         pWidget->ensurePolished();  // a style sheet changes the palette then
         EXPECT_GE(contrastOf(palette.color(bButton ? QPalette::ButtonText : QPalette::WindowText),
                              palette.color(bButton ? QPalette::Button : QPalette::Window)),
-                  3.5)
+                  g_dfLeastContrast)
             << qPrintable(pWidget->property("text").toString());
     }
     EXPECT_GT(nTexts, 80);

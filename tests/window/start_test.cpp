@@ -134,8 +134,10 @@ TEST_F(Start, EachWayInIsReachedByTheKeyboard)
     EXPECT_EQ(listReached[3], m_pPage->m_pRecentList);
     for (QWidget* p : listReached)
         EXPECT_NE(p->accessibleName(), "") << p->metaObject()->className();
+    listReached[0]->setFocus();
     EXPECT_EQ(answered({}, [&] { QTest::keyClick(listReached[0], Qt::Key_Return); }),
               QStringList("Open Files"));
+    listReached[1]->setFocus();
     EXPECT_EQ(answered({}, [&] { QTest::keyClick(listReached[1], Qt::Key_Enter); }),
               QStringList("New Project"));
 }

@@ -28,8 +28,8 @@ namespace tessera {
 
 namespace {
 
-const int g_nRowsSeen = 7;       // of the types: a cubic lattice has up to a dozen, of which the first count
-const int g_nLinesSeen = 3;      // of each list, of two lines of text at most
+const int g_nRowsSeen = 6;       // of the types: a cubic lattice has up to a dozen, of which the first count
+const int g_nLinesSeen = 2;      // of each list, of two lines of text at most
 const int g_nIconEdge = 12;      // pixels, of the colours
 const int g_nWidestTable = 720;  // pixels: beside the views; what has more is scrolled
 
@@ -243,7 +243,6 @@ QGroupBox* LatticesDialog::makeLattices()
 
 void LatticesDialog::setAge(LookAge age)
 {
-    m_age = age;
     const QString strNote =
         age == LookAge::EarlierCell
             ? tr("What was found is of an earlier cell. \"Run\" looks at the one in force.")
@@ -255,7 +254,6 @@ void LatticesDialog::setAge(LookAge age)
         static_cast<QLabel*>(pStack->widget(1))->setText(strNote);
         pStack->setCurrentIndex(bHolds ? 0 : 1);
     }
-    updateButtons();
 }
 
 void LatticesDialog::setLook(const LatticeLook& look)
@@ -278,6 +276,7 @@ void LatticesDialog::setLook(const LatticeLook& look)
     }
     m_listText = (look.listCell.isEmpty() ? QStringList() : tableOfTypes(analysis)) + listSaid + listLattice;
     setAge(LookAge::Current);
+    updateButtons();
 }
 
 void LatticesDialog::fillTypes(const LatticeAnalysis& analysis)
@@ -340,12 +339,11 @@ QColor LatticesDialog::colorOf(int nLattice)
 
 void LatticesDialog::updateButtons()
 {
-    const bool bCell = m_age == LookAge::Current, bPeaks = m_age != LookAge::EarlierPeaks;
-    m_pButtonFillMatrix->setEnabled(bCell && selectedType() >= 0);
-    m_pButtonCopy->setEnabled(bCell && !m_listText.isEmpty());
-    m_pButtonLongerCell->setEnabled(bCell && selectedCoset() >= 0);
-    m_pButtonChoose->setEnabled(bPeaks && selectedLattice() >= 0);
-    m_pCheckColors->setEnabled(bPeaks && m_pListLattices->count() > 0);
+    m_pButtonFillMatrix->setEnabled(selectedType() >= 0);
+    m_pButtonCopy->setEnabled(!m_listText.isEmpty());
+    m_pButtonLongerCell->setEnabled(selectedCoset() >= 0);
+    m_pButtonChoose->setEnabled(selectedLattice() >= 0);
+    m_pCheckColors->setEnabled(m_pListLattices->count() > 0);
 }
 
 void LatticesDialog::copyText() const

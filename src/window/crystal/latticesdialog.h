@@ -69,7 +69,6 @@ private:
     void updateButtons();
     void copyText() const;
 
-    LookAge m_age = LookAge::Current;
     QStackedWidget *m_pStackTypes, *m_pStackPoints, *m_pStackLattices;  ///< what is known, or the note
     QStringList m_listText;                                             ///< what "Copy" copies
     int m_nLinesBeforeCosets = 0;

@@ -97,7 +97,7 @@ StartPage::~StartPage()
 QWidget* StartPage::makeWaysIn()
 {
     auto* pRow = new QWidget(this);
-    m_pOpenButton = makeWay(pRow, tr("Open..."), tr("A project, or frames to look at"),
+    m_pOpenButton = makeWay(pRow, tr("Open..."), tr("A project or frames; or drop them here"),
                             tr("Asks for a project file, or for frames. They can be dropped here, too."));
     m_pNewButton = makeWay(
         pRow, tr("New from Frames..."), tr("A project with tilts and calibration"),
