@@ -2,8 +2,6 @@
 
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace tessera {
 
 namespace {
@@ -19,9 +17,15 @@ bool isNumber(const QString& strText)
 /// "-3" among names of classes is one of them.
 bool isColumnOfNumbers(const std::vector<QStringList>& listRow, int nColumn)
 {
-    return !listRow.empty() &&
-           std::all_of(listRow.begin(), listRow.end(),
-                       [nColumn](const QStringList& listCell) { return isNumber(listCell.value(nColumn)); });
+    bool bAny = false;
+    for (const QStringList& listCell : listRow) {
+        const QString strCell = listCell.value(nColumn);
+        if (!strCell.isEmpty() && !isNumber(strCell)) {
+            return false;
+        }
+        bAny = bAny || !strCell.isEmpty();
+    }
+    return bAny;
 }
 
 }  // namespace

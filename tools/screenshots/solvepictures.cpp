@@ -5,6 +5,7 @@
 #include "window/road/roaddock.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QDockWidget>
 #include <QDoubleSpinBox>
@@ -35,6 +36,16 @@ void raiseDock(CCamera& camera, const QString& strTitle)
         if (pDock->windowTitle() == strTitle) {
             pDock->show();
             pDock->raise();
+        }
+    }
+}
+
+/// The profile of a reflection, which comes with a click, lies on what is to be seen.
+void closeOtherWindows(CCamera& camera)
+{
+    for (QWidget* pWidget : QApplication::topLevelWidgets()) {
+        if (pWidget != &camera.window() && pWidget->isVisible()) {
+            pWidget->close();
         }
     }
 }
@@ -72,6 +83,8 @@ void shootSelection(CCamera& camera)
     QTest::qWait(g_nSettleTime);
     const QModelIndex index = pTable->model()->index(CHOSEN_ROW, INTENSITY_COLUMN);
     QTest::mouseClick(pTable->viewport(), Qt::LeftButton, {}, pTable->visualRect(index).center());
+    QTest::qWait(g_nSettleTime);
+    closeOtherWindows(camera);
     camera.shootSmall(QStringLiteral("selection_table"));
     showTab(camera, FrameTab);
     camera.shootSmall(QStringLiteral("selection_frame"));

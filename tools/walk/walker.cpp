@@ -37,6 +37,11 @@ T* modal()
     return qobject_cast<T*>(QApplication::activeModalWidget());
 }
 
+QMenu* openMenu()
+{
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
 /// The button with that text that can be seen.
 QAbstractButton* buttonOf(const QWidget* pParent, const QString& strText)
 {
@@ -103,32 +108,40 @@ CWalker::CWalker(MainWindow& window, CHands& hands, const QString& strFolder,
 void CWalker::addDialogSteps(const std::vector<Field>& listField)
 {
     const auto project = [] { return modal<NewProjectDialog>() != nullptr; };
-    m_listStep = {{QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
-                   [this] { m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File")); }},
-                  {QStringLiteral("menu"), Ends::Later,
-                   [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()) != nullptr; },
-                   [this] {
-                       m_hands.clickEntry(qobject_cast<QMenu*>(QApplication::activePopupWidget()),
-                                          QStringLiteral("New Project..."));
-                   }},
-                  {QStringLiteral("new_project"), Ends::Later, project,
-                   [this] {
-                       const QString strButton = QStringLiteral("Add Folder...");
-                       m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
-                   }},
-                  {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
-                   [this] {
-                       auto* pDialog = modal<QFileDialog>();
-                       m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
-                       m_hands.type(pDialog, m_strFolder);
-                       m_hands.press(pDialog, Qt::Key_Return);
-                   }},
-                  {QStringLiteral("frames_read"), Ends::AtOnce,
-                   [project] {
-                       return project() && modal<NewProjectDialog>()->m_pStopFactsButton->isHidden() &&
-                              !modal<NewProjectDialog>()->project().listFrame.isEmpty();
-                   },
-                   [] {}}};
+    const QString strFromFrames = QStringLiteral("New from Frames...");
+    m_listStep = {
+        {QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
+         [this, strFromFrames] {
+             if (QAbstractButton* pButton = buttonOf(&m_window, strFromFrames)) {  // of an empty window
+                 m_hands.click(pButton, strFromFrames);
+             } else {
+                 m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File"));
+             }
+         }},
+        {QStringLiteral("menu"), Ends::Later, [project] { return project() || openMenu(); },
+         [this] {
+             if (QMenu* pMenu = openMenu()) {
+                 m_hands.clickEntry(pMenu, QStringLiteral("New Project..."));
+             }
+         }},
+        {QStringLiteral("new_project"), Ends::Later, project,
+         [this] {
+             const QString strButton = QStringLiteral("Add Folder...");
+             m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
+         }},
+        {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
+         [this] {
+             auto* pDialog = modal<QFileDialog>();
+             m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
+             m_hands.type(pDialog, m_strFolder);
+             m_hands.press(pDialog, Qt::Key_Return);
+         }},
+        {QStringLiteral("frames_read"), Ends::AtOnce,
+         [project] {
+             return project() && modal<NewProjectDialog>()->m_pStopFactsButton->isHidden() &&
+                    !modal<NewProjectDialog>()->project().listFrame.isEmpty();
+         },
+         [] {}}};
     for (const Field& field : listField) {
         m_listStep.push_back({QStringLiteral("field"), Ends::AtOnce, project,
                               [this, field] { fill(modal<NewProjectDialog>(), field); }});

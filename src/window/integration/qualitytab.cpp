@@ -101,7 +101,7 @@ void QualityTab::addPlots(const QString& strPage, const std::vector<QualityPlot>
     for (const QualityPlot& plot : listPlot) {
         auto* pPanel = new PlotPanel(pGrid->parentWidget());
         pPanel->setObjectName(plot.strName);
-        pPanel->setMinimumSize(200, 165);
+        pPanel->setMinimumSize(200, 140);  // two rows on a screen of 800 lines
         pPanel->setTitles(QString(), plot.strX, plot.strY);
         for (const PlotSeries& series : plot.vecSeries) {
             pPanel->addSeries(series);

@@ -12,6 +12,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStringList>
 #include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -32,7 +33,7 @@ struct Light {
 Light lightOf(const RoadRow& row)
 {
     const QColor colorGood(46, 139, 87), colorDoubtful(218, 145, 0), colorBad(200, 40, 40),
-        colorRunning(60, 120, 200);
+        colorRunning(60, 120, 200), colorDone(120, 130, 140);
     if (row.state == RoadRowState::Running) {
         return {colorRunning, QStringLiteral("…"), RoadDock::tr("under way")};
     }
@@ -45,7 +46,7 @@ Light lightOf(const RoadRow& row)
             row.state == RoadRowState::Waiting ? RoadDock::tr("not done yet") : RoadDock::tr("from files")};
     }
     if (!row.judgement) {
-        return {colorGood, QStringLiteral("✓"), RoadDock::tr("done")};
+        return {colorDone, QStringLiteral("✓"), RoadDock::tr("done, with nothing to judge")};
     }
     switch (row.judgement->verdict) {
         case Verdict::Good:
@@ -230,7 +231,11 @@ void RoadDock::endProgress()
 
 void RoadDock::setClosingText(const QString& strText)
 {
-    m_pClosing->setText(strText);
+    QStringList listLine = strText.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (QString& strLine : listLine) {
+        strLine = strLine.simplified();  // its columns are those of a log
+    }
+    m_pClosing->setText(listLine.join(QLatin1Char('\n')));
 }
 
 }  // namespace tessera

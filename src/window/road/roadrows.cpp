@@ -20,7 +20,7 @@ const RowTraits& traitsOf(RoadRowKind kind)
         {QT_TRANSLATE_NOOP("RoadDock", "Drift"), RoadStage::Shifts, "shifts"},
         {QT_TRANSLATE_NOOP("RoadDock", "Peaks"), RoadStage::Peaks, "peaks"},
         {QT_TRANSLATE_NOOP("RoadDock", "Axis"), RoadStage::Merge, "axis"},
-        {QT_TRANSLATE_NOOP("RoadDock", "Mapping and merging"), RoadStage::Merge, "merge"},
+        {QT_TRANSLATE_NOOP("RoadDock", "Merging"), RoadStage::Merge, "merge"},
         {QT_TRANSLATE_NOOP("RoadDock", "Unit cell"), RoadStage::Cell, "cell"},
         {QT_TRANSLATE_NOOP("RoadDock", "Lattice"), RoadStage::Cell, "lattice"},
         {QT_TRANSLATE_NOOP("RoadDock", "Indexing"), RoadStage::Index, "index"},
@@ -86,7 +86,7 @@ void CRoadRows::take(const RoadStep& step, const RoadResults& results)
             if (row.judgement && row.state == RoadRowState::Done) {
                 row.strText = row.judgement->strReason;
             } else if (row.kind == RoadRowKind::Axis && row.state == RoadRowState::Done) {
-                row.strText = QCoreApplication::translate("RoadDock", "as the project tells it");
+                row.strText = QCoreApplication::translate("RoadDock", "taken as project or page tell it");
             }
         }
     }
