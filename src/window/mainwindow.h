@@ -46,6 +46,7 @@ class QToolBox;
 namespace tessera {
 
 class BaseImgView;
+class CAliveData;
 class CellPage;
 class ContrastControl;
 class CFrameMarks;
@@ -662,6 +663,8 @@ private:
     /// Says where nobody has told the rotation axis, and how to find it.
     void tellUnknownAxis(CRunReport& report) const;
     void refreshPeakMarks();
+    void showHuntedFrame(const QList<Peak3D>& listPeak);
+    void showHuntedPeaks(CRunReport& report);
     /// Takes off the frame what belongs to the frame in view alone, before a run shows other frames.
     void clearFrameMarks();
 
@@ -736,7 +739,7 @@ private:
     bool holdsPeaks(const QVector<QList<Peak3D>>& vecPeak);
     /// Whether a run over the frames makes sense for these peaks.
     bool canMeasure(const QVector<QList<Peak3D>>& vecPeak);
-    PositionRefinementOptions positionOptions(CRunReport& report);
+    PositionRefinementOptions positionOptions(CRunReport& report, CAliveData& alive);
     /// A run on m_listReflectionIndexed; a red line instead if there are none, or if they are of another
     /// cell.
     void withIndexedReflections(const std::function<void(CRunReport&)>& fnRun);
@@ -759,6 +762,10 @@ private:
     bool isRunning() const { return m_gate.isRunning(); }
     /// Whether the call comes from the event pump of a run: what it would change is in use.
     bool isPumping() const { return m_gate.isPumping(); }
+    /// Does a piece of a run in a thread, on a copy of the data set that is taken over at its end, while the
+    /// window goes on (src/window/mainwindow_alive.cpp). Only within a CRunScope. What fn throws comes out
+    /// here, after what it has left was taken over.
+    void computeAlive(CRunReport& report, const std::function<void(CAliveData&)>& fn);
     /// For what must not happen under a run: with one under way, says so in log and status bar.
     /// @param strWhat  what was asked for, such as "Opening files"
     bool refuseDuringRun(const QString& strWhat);

@@ -7,6 +7,7 @@
 #include "imagefiles/frameformats.h"
 #include "records/whatwasthrown.h"
 #include "view3d/ed3dwidget.h"
+#include "window/alivedata.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/frames/curveplot.h"
 #include "window/frameview/framemarks.h"
@@ -168,9 +169,17 @@ bool MainWindow::openProject(const QString& strFileName)
     WindowMemory memory;
     {
         const CQuietPages quiet(*this);
-        if (!tessera::openProject(m_dataSet, m_mapping, strFileName, report, &listReason, AxisLine::MayLack))
+        stopImagePlay();  // it would read frames while the project is read
+        MappingParameters mapping = m_mapping;
+        bool bOpened = false;
+        computeAlive(report, [&](CAliveData& alive) {
+            bOpened = tessera::openProject(alive.dataSet(), mapping, strFileName, alive.report(), &listReason,
+                                           AxisLine::MayLack);
+        });
+        if (!bOpened)
             return false;
-        stopImagePlay();
+        m_mapping = mapping;
+        m_dataSet.m_vecFrameImage.clear();  // of the former series
         showDataSetAnew();
         memory = takeWindowMemory(report);
     }
@@ -182,11 +191,13 @@ bool MainWindow::openProject(const QString& strFileName)
     if (countsAgree(m_dataSet)) {
         transformPeaksTo3D();
         showPeaksIn3D();
+        pumpEvents();
         restorePointGroups();
         m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
     }
     mergeAsBefore(memory, report);
     loadUnitCellAtOpening(m_dataSet, report, &listReason);
+    pumpEvents();
     showOpenedCell();
     m_bytesKept = windowFileText(windowMemory());
     for (const QString& strReason : qAsConst(listReason))
@@ -204,7 +215,10 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     QStringList listReason;
     {
         const CQuietPages quiet(*this);
-        tessera::openImageFiles(m_dataSet, listFile, report, &listReason);
+        computeAlive(report, [&](CAliveData& alive) {
+            tessera::openImageFiles(alive.dataSet(), listFile, alive.report(), &listReason);
+        });
+        m_dataSet.m_vecFrameImage.clear();  // of the former series
         tellStretchingThatStays(m_dataSet, m_mapping, report);
         showDataSetAnew();
     }

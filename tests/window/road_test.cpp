@@ -1,5 +1,7 @@
 // "Solve": the road of the driver in the window, its files, its rows, and the way back into it.
 #include "tests/window/windowtest.h"
+#include "window/crystal/geometrydialog.h"
+#include "window/frames/exchangedialog.h"
 #include "window/road/roaddock.h"
 #include "window/timeleft.h"
 
@@ -154,6 +156,64 @@ TEST_F(Road, StopKeepsWhatIsDoneAndTheWindowAnswersMeanwhile)
     EXPECT_FALSE(QFile::exists(path("window/w_integrated.hkl")));
     EXPECT_EQ(m_pRoad->m_pSolveButton->text(), "Solve");
     EXPECT_TRUE(rowTexts().last().contains("not done yet")) << qPrintable(rowTexts().last());
+}
+
+TEST_F(Road, AReportOfWhatWasDoneByHand)
+{
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    const auto report = [this] {
+        answered({path("r.html")}, [&] { m_pActions->m_pReport->trigger(); });
+        return QString::fromUtf8(bytesOf("r.html"));
+    };
+    // Of frames alone.
+    const QString strBare = report();
+    EXPECT_TRUE(strBare.contains("<h1>w</h1>") && strBare.contains("41 frames over 40.0"));
+    EXPECT_FALSE(strBare.contains("Cell and lattice") || strBare.contains("Intensities</h2>"));
+    EXPECT_FALSE(strBare.contains("tessera-batch")) << "no command makes that again";
+
+    m_pTabs->setCurrentIndex(0);
+    m_pActions->m_listSelection[2]->trigger();
+    m_pShift->m_pRunButton->click();
+    m_pSearch->m_pThresholdSpin->setValue(15);
+    m_pSearch->m_pRunButton->click();
+    m_pCell->m_pButtonSearchCell->click();
+    m_pCell->m_pButtonIndexMergedPeaks->click();
+    m_pWindow->findChild<GeometryDialog*>()->m_pButtonRun->click();
+    const int nIndexed = m_pTable->model()->rowCount();
+    ASSERT_GT(nIndexed, 20) << log().toStdString();
+    const QString strWorked = report();
+    EXPECT_TRUE(strWorked.contains(QString("%1 reflections, ").arg(nIndexed))) << nIndexed;
+    EXPECT_TRUE(strWorked.contains("as found") && strWorked.contains("refined with the geometry"));
+    EXPECT_TRUE(strWorked.contains("Residuals of the refined geometry"));
+    EXPECT_GT(strWorked.count("<svg"), strBare.count("<svg"));
+}
+
+TEST_F(Road, ExportsAfterItHaveTheGeometryThatItRefined)
+{
+    ASSERT_EQ(runBatch({"--export", "xds,pets", path("driver/w.ed3d")}).nStatus, 0);
+    m_pWindow->openFiles({path("window/w.ed3d")});
+    m_pActions->m_pSolve->trigger();
+    // The texts for both programs, as if of the driver's folder.
+    const auto exported = [this] {
+        QTimer::singleShot(0, [this] {
+            auto* pDialog = qobject_cast<ExchangeDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(pDialog);
+            EXPECT_EQ(pDialog->folder(), path("window"));
+            pDialog->m_listCheck[0]->setChecked(true);
+            pDialog->m_listCheck[2]->setChecked(true);
+            pDialog->m_pButtonExport->click();
+            EXPECT_EQ(pDialog->m_pLabelSays->text(), "XDS: written.\nPETS: written.");
+            pDialog->reject();
+        });
+        m_pActions->m_pOtherPrograms->trigger();
+        return bytesOf("window/XDS.INP").replace("/window/", "/driver/") + bytesOf("window/w.pts");
+    };
+    const QByteArray bytesFresh = exported();
+    EXPECT_TRUE(bytesFresh.contains("ROTATION_AXIS"));
+    EXPECT_EQ(bytesFresh, bytesOf("driver/XDS.INP") + bytesOf("driver/w.pts"));
+    // A geometry that has changed since is no longer the refined one.
+    m_pFrames->m_pRotationAxisSpin->setValue(m_pFrames->m_pRotationAxisSpin->value() + 5);
+    EXPECT_NE(exported(), bytesFresh);
 }
 
 TEST(RoadRows, TimeThatIsLeft)

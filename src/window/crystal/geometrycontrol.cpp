@@ -11,6 +11,7 @@
 #include "road/savedproject.h"
 #include "road/seriesgeometry.h"
 #include "view3d/ed3dwidget.h"
+#include "window/alivedata.h"
 #include "window/guards.h"
 #include "window/history/workhistory.h"
 #include "window/mainwindow.h"
@@ -165,9 +166,13 @@ void GeometryControl::fit(CRunReport& report)
     const CProgress progress(report, tr("Refining the geometry"), 0, 0);
     GeometryRefinementOptions options;
     options.listFixed = m_pDialog->fixedNumbers();
-    options.listConstraint = constraintsOfCell(dataSet, report);
-    const GeometryRefinement refinement = refineSeriesGeometry(dataSet, m_window.m_mapping, options,
-                                                               QThread::idealThreadCount(), report);
+    GeometryRefinement refinement;
+    const MappingParameters mapping = m_window.m_mapping;
+    m_window.computeAlive(report, [&](CAliveData& alive) {
+        options.listConstraint = constraintsOfCell(alive.dataSet(), alive.report());
+        refinement = refineSeriesGeometry(alive.dataSet(), mapping, options, QThread::idealThreadCount(),
+                                          alive.report());
+    });
     if (!report.goOn()) {
         fail(tr("The refinement of the geometry did not finish; all stays as it was."));
         return;
@@ -323,8 +328,13 @@ void GeometryControl::follow()
         indexing.m_bOutputStatistics = false;
         indexing.m_bOutputRefinedCell = false;
         m_window.guarded([&] {
-            runIndexing(dataSet, dataSet.m_listPeakMerged, indexing, report,
-                        [this](const IndexingResult& result) { m_window.showIndexing(result); });
+            const QList<Peak3D> listMerged = dataSet.m_listPeakMerged;
+            m_window.computeAlive(report, [&](CAliveData& alive) {
+                runIndexing(alive.dataSet(), listMerged, indexing, alive.report(),
+                            [&](const IndexingResult& result) {
+                                alive.show([&] { m_window.showIndexing(result); });
+                            });
+            });
         });
     }
     m_window.m_pTabWidget->setCurrentIndex(nTab);

@@ -5,6 +5,7 @@
 #include "reciprocal/indexing.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
+#include "window/alivedata.h"
 #include "window/guards.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
@@ -31,8 +32,11 @@ void MainWindow::runIndexing()
     const CDisabledWidget disabled(m_pCellPage->m_pButtonIndexMergedPeaks);
     const IndexingParameters indexing = m_indexing;
     guarded([&] {
-        tessera::runIndexing(m_dataSet, listSelection, indexing, report,
-                             [this](const IndexingResult& result) { showIndexing(result); });
+        computeAlive(report, [&](CAliveData& alive) {
+            tessera::runIndexing(
+                alive.dataSet(), listSelection, indexing, alive.report(),
+                [&](const IndexingResult& result) { alive.show([&] { showIndexing(result); }); });
+        });
     });
 }
 

@@ -3,6 +3,7 @@
 #include "reciprocal/mapping.h"
 #include "records/progress.h"
 #include "view3d/ed3dwidget.h"
+#include "window/alivedata.h"
 #include "window/crystal/latticelook.h"
 #include "window/crystal/latticesdialog.h"
 #include "window/mainwindow.h"
@@ -72,8 +73,11 @@ void MainWindow::runLatticeAnalysis()
         if (listPoint.empty()) {
             report.addMessage(tr("There are no mapped peaks: only the cell itself is looked at."));
         }
-        look.analysis = analyse(look.listCell, listPoint, FurtherLatticesOptions().nMostLattices, report);
-        look.peaks = CPeaksOfLattices(m_dataSet, look.analysis.lattices.vecLabel);
+        computeAlive(report, [&](CAliveData& alive) {
+            look.analysis = analyse(look.listCell, listPoint, FurtherLatticesOptions().nMostLattices,
+                                    alive.report());
+            look.peaks = CPeaksOfLattices(alive.dataSet(), look.analysis.lattices.vecLabel);
+        });
         tellTypes(look.analysis, report);
         for (const QString& strLine : tellFurtherLattices(look.analysis.lattices)) {
             report.addMessage(strLine, Severity::Milestone);
@@ -98,7 +102,10 @@ void MainWindow::mapAnewIfNeeded(CRunReport& report)
     report.addMessage(
         tr("Shifts, direct beam or geometry have changed since the peaks were mapped. They "
            "are mapped anew."));
-    tessera::transformPeaksTo3D(m_dataSet, m_mapping, report);
+    const MappingParameters mapping = m_mapping;
+    computeAlive(report, [&](CAliveData& alive) {
+        tessera::transformPeaksTo3D(alive.dataSet(), mapping, alive.report());
+    });
     m_gate.wishes().bShow = true;  // after the run
 }
 
@@ -191,7 +198,9 @@ void MainWindow::takeCellOfLattices(const LatticeBasis& matBasis, const QString&
         const LatticeAnalysis former = m_pLatticeLook->analysis;
         LatticeLook look = *m_pLatticeLook;
         look.listCell = m_dataSet.m_listCell;
-        look.analysis = analyse(look.listCell, latticePoints(m_dataSet), 1, report);
+        computeAlive(report, [&](CAliveData& alive) {
+            look.analysis = analyse(look.listCell, latticePoints(alive.dataSet()), 1, alive.report());
+        });
         look.analysis.lattices = former.lattices;
         tellTypes(look.analysis, report);
         *m_pLatticeLook = look;

@@ -9,6 +9,7 @@
 #include "reciprocal/tiltrefinement.h"
 #include "records/timestamp.h"
 #include "road/pairrefinement.h"
+#include "window/alivedata.h"
 #include "window/pages/refinementpage.h"
 #include "window/windowreport.h"
 
@@ -26,7 +27,13 @@ void MainWindow::runUnitCellRefinement()
         if (m_refinement.m_bRefine2D)
             clearFrameMarks();
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
-        guarded([&] { refineCellFromPairs(m_dataSet, m_refinement, positionOptions(report), report); });
+        const RefinementParameters refinement = m_refinement;
+        guarded([&] {
+            computeAlive(report, [&](CAliveData& alive) {
+                refineCellFromPairs(alive.dataSet(), refinement, positionOptions(report, alive),
+                                    alive.report());
+            });
+        });
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(true);
     });
 }
@@ -44,9 +51,11 @@ void MainWindow::refineDirectBeamPosition()
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;
         QVector<DifferenceMap> vecMap;
         inFold(tr("Maps of the differences"), [&] {
-            vecMap = tessera::refineDirectBeamPosition(vecPeak, limits, spaceGroup,
-                                                       m_dataSet.m_dfStretchAmplitude,
-                                                       m_dataSet.m_dfStretchAzimuth, report);
+            computeAlive(report, [&](CAliveData& alive) {
+                vecMap = tessera::refineDirectBeamPosition(
+                    vecPeak, limits, spaceGroup, alive.dataSet().m_dfStretchAmplitude,
+                    alive.dataSet().m_dfStretchAzimuth, alive.report());
+            });
         });
         const bool bGoing = report.goOn();
         if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
@@ -96,10 +105,13 @@ TiltRefinementOptions MainWindow::tiltOptions(CRunReport& report) const
 void MainWindow::refineBasisVectors()
 {
     withIndexedReflections([this](CRunReport& report) {
+        const TiltRefinementOptions options = tiltOptions(report);
         std::optional<TiltRefinement> result;
         inFold(tr("Refined basis vectors"), [&] {
-            result = tessera::refineBasisVectors(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
-                                                 tiltOptions(report));
+            computeAlive(report, [&](CAliveData& alive) {
+                result = tessera::refineBasisVectors(alive.dataSet().m_listReflectionIndexed, alive.dataSet(),
+                                                     alive.report(), options);
+            });
         });
         if (result)
             offerCell(*result);
@@ -112,11 +124,15 @@ void MainWindow::refineUnitCellUsingFrameNo()
         const TiltRefinementOptions options = tiltOptions(report);
         std::optional<TiltRefinement> result;
         inFold(tr("Refined by the curves"), [&] {
-            result = tessera::refineUnitCellUsingFrameNo(m_dataSet.m_listReflectionIndexed, m_dataSet, report,
-                                                         options);
-            if (result)
-                tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
-                                            result->listPeak, m_dataSet, report, options, result->bExchanged);
+            computeAlive(report, [&](CAliveData& alive) {
+                const DataSet& dataSet = alive.dataSet();
+                result = tessera::refineUnitCellUsingFrameNo(dataSet.m_listReflectionIndexed, dataSet,
+                                                             alive.report(), options);
+                if (result)
+                    tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
+                                                result->listPeak, dataSet, alive.report(), options,
+                                                result->bExchanged);
+            });
         });
         if (result)
             offerCell(*result);

@@ -3,6 +3,7 @@
 
 #include "dataset/hotpixelfile.h"
 #include "frames/framedefects.h"
+#include "window/alivedata.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/windowreport.h"
 
@@ -36,7 +37,10 @@ void MainWindow::findFrameDefects()
     bool bDone = false;
     FrameDefects defects;
     runWithButton(m_bRunning, m_pPeakSearchPage->m_pFindDefectsButton, [&](CRunReport& report) {
-        bDone = tessera::findFrameDefects(m_dataSet, report, defects, QThread::idealThreadCount());
+        computeAlive(report, [&](CAliveData& alive) {
+            bDone = tessera::findFrameDefects(alive.dataSet(), alive.report(), defects,
+                                              QThread::idealThreadCount());
+        });
         if (!bDone) {
             report.addMessage(tr("The look at the frames did not finish."), Severity::Error);
         }

@@ -1,5 +1,6 @@
 // MainWindow: exports for other programs.
 #include "road/exchangekinds.h"
+#include "window/alivedata.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/frames/exchangedialog.h"
 #include "window/integration/integrationcontroller.h"
@@ -50,8 +51,11 @@ void MainWindow::exportForOtherPrograms()
                 report.fail(tr("%1: the folder cannot be made.").arg(found.strFolder));
                 return;
             }
-            bDone = writeForOtherProgram(kind, m_dataSet, m_mapping, found, QThread::idealThreadCount(),
-                                         report);
+            const MappingParameters mapping = m_mapping;
+            computeAlive(report, [&](CAliveData& alive) {
+                bDone = writeForOtherProgram(kind, alive.dataSet(), mapping, found,
+                                             QThread::idealThreadCount(), alive.report());
+            });
         });
         if (bDone) {
             return QString();

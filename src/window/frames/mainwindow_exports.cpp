@@ -11,6 +11,7 @@
 #include "imagefiles/imagenames.h"
 #include "imagefiles/imagesaving.h"
 #include "records/timestamp.h"
+#include "window/alivedata.h"
 #include "window/pages/framespage.h"
 #include "window/tabwidget.h"
 #include "window/windowreport.h"
@@ -108,9 +109,12 @@ void MainWindow::saveSeries()
     if (!bOk)
         return;
     runExport([&](CRunReport& report) {
-        tessera::saveSeries(m_dataSet, strFolder, imageTypeExtension(strType),
-                            m_pFramesPage->m_pContrastMinSpin->value(),
-                            m_pFramesPage->m_pContrastMaxSpin->value(), report);
+        const double dfMin = m_pFramesPage->m_pContrastMinSpin->value();
+        const double dfMax = m_pFramesPage->m_pContrastMaxSpin->value();
+        computeAlive(report, [&](CAliveData& alive) {
+            tessera::saveSeries(alive.dataSet(), strFolder, imageTypeExtension(strType), dfMin, dfMax,
+                                alive.report());
+        });
     });
 }
 
@@ -118,7 +122,10 @@ void MainWindow::exportSMVImages()
 {
     if (refuseDuringRun(tr("Exporting SMV images")))
         return;
-    runExport([this](CRunReport& report) { tessera::exportSMVImages(m_dataSet, report); });
+    runExport([this](CRunReport& report) {
+        computeAlive(report,
+                     [](CAliveData& alive) { tessera::exportSMVImages(alive.dataSet(), alive.report()); });
+    });
 }
 
 void MainWindow::exportBinnedFrames()
@@ -129,7 +136,11 @@ void MainWindow::exportBinnedFrames()
     const double dfScale = QInputDialog::getDouble(this, tr("Frame Scaling"), tr("Scale:"), 0.5, 0.05, 20, 2,
                                                    &bOk);
     if (bOk)
-        runExport([&](CRunReport& report) { tessera::exportBinnedFrames(m_dataSet, dfScale, report); });
+        runExport([&](CRunReport& report) {
+            computeAlive(report, [&](CAliveData& alive) {
+                tessera::exportBinnedFrames(alive.dataSet(), dfScale, alive.report());
+            });
+        });
 }
 
 /// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
@@ -143,8 +154,11 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
         return;
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         clearFrameMarks();
-        const RunOutcome outcome = tessera::exportSummedFrames(m_dataSet, strFolder, report,
-                                                               [this](int) { refreshImageView(); });
+        RunOutcome outcome;
+        computeAlive(report, [&](CAliveData& alive) {
+            outcome = tessera::exportSummedFrames(alive.dataSet(), strFolder, alive.report(),
+                                                  [&](int) { alive.show([this] { refreshImageView(); }); });
+        });
         if (outcome.end != RunEnd::Finished)
             report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
                               Severity::Error);

@@ -84,6 +84,14 @@ void MainWindow::switchToImgIndex(int nIndex)
         return;
     if (isPumping()) {  // the images in memory are the run's
         m_gate.wishes().nFrame = nIndex;
+        // The road has a data set and images of its own. What lies on the frame comes after the run.
+        if (m_bSolving) {
+            releaseFrameImages(m_dataSet.m_vecFrameImage);
+            loadFrame(m_dataSet.m_vecFrameImage, m_dataSet.m_listFrameFile[nIndex - 1],
+                      m_dataSet.m_listHotPixel, report);
+            clearFrameMarks();
+            refreshImageView();
+        }
         return;
     }
 

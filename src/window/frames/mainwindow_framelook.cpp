@@ -5,6 +5,7 @@
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
 #include "records/timestamp.h"
+#include "window/alivedata.h"
 #include "window/frames/contrastcontrol.h"
 #include "window/frames/seriespicturetitle.h"
 #include "window/pages/controltips.h"
@@ -81,8 +82,11 @@ void MainWindow::showSeriesPicture(SeriesPictureKind kind)
     SeriesPicture picture;
     bool bFinished = false;
     const bool bBegun = runOnFrames(nullptr, [&](CRunReport& report) {
-        bFinished =
-            makeSeriesPicture(m_dataSet, kind, report, picture, QThread::idealThreadCount()).finished();
+        computeAlive(report, [&](CAliveData& alive) {
+            bFinished = makeSeriesPicture(alive.dataSet(), kind, alive.report(), picture,
+                                          QThread::idealThreadCount())
+                            .finished();
+        });
         if (bFinished)
             report.addMessage(tr("%1>%2.").arg(currentTimeStamp(), seriesPictureText(picture)));
         else

@@ -6,6 +6,7 @@
 #include "frames/peakpositions.h"
 #include "frames/smoothedimage.h"
 #include "frameview/originalimgscene.h"
+#include "window/alivedata.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/tabwidget.h"
 #include "window/windowreport.h"
@@ -31,33 +32,45 @@ void MainWindow::runPeakHunting()
             report.addMessage(tr("Peak hunting did not finish."), Severity::Error);
             return;
         }
-        PeakHuntingOptions options;
-        options.nJobs = QThread::idealThreadCount();
-        options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
-            if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
-                clearCrossMarks();
-                clearCircleMarks();
-                return;
-            }
-            showCrossMarks(peakPositions(listPeak), Qt::green, g_nCrossSize);
-            refreshImageView();
-        };
-        options.fnAfterStored = [&] {
-            m_rawGroups.forget();
-            forgetLattices();
-            transformPeaksTo3D();
-            showPeaksIn3D();
-            if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())
-                peakReduction3D();
-            else
-                report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
-                                     "shift evaluation, or load a shift file, and then merge."),
-                                  Severity::Error);
-            m_pTabWidget->setCurrentIndex(1);
-            tellUnknownAxis(report);
-        };
-        tessera::runPeakHunting(m_dataSet, m_hunting, m_peakFilters, report, options);
+        const PeakHuntingParameters hunting = m_hunting;
+        computeAlive(report, [&](CAliveData& alive) {
+            PeakHuntingOptions options;
+            options.nJobs = QThread::idealThreadCount();
+            options.fnFrameDone = [&](int, const QList<Peak3D>& listPeak) {
+                alive.show([&] { showHuntedFrame(listPeak); });
+            };
+            options.fnAfterStored = [&] { alive.show([&] { showHuntedPeaks(report); }); };
+            tessera::runPeakHunting(alive.dataSet(), hunting, m_peakFilters, alive.report(), options);
+        });
     });
+}
+
+void MainWindow::showHuntedFrame(const QList<Peak3D>& listPeak)
+{
+    if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
+        clearCrossMarks();
+        clearCircleMarks();
+        return;
+    }
+    showCrossMarks(peakPositions(listPeak), Qt::green, g_nCrossSize);
+    refreshImageView();
+}
+
+/// Maps and merges them, still within the run.
+void MainWindow::showHuntedPeaks(CRunReport& report)
+{
+    m_rawGroups.forget();
+    forgetLattices();
+    transformPeaksTo3D();
+    showPeaksIn3D();
+    if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())
+        peakReduction3D();
+    else
+        report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
+                             "shift evaluation, or load a shift file, and then merge."),
+                          Severity::Error);
+    m_pTabWidget->setCurrentIndex(1);
+    tellUnknownAxis(report);
 }
 
 void MainWindow::testCurrentPatternForPeaks()

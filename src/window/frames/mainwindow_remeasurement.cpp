@@ -5,6 +5,7 @@
 #include "frames/directbeamfit.h"
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
+#include "window/alivedata.h"
 #include "window/frames/curveplot.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/peaksearchpage.h"
@@ -52,10 +53,15 @@ bool MainWindow::fitDirectBeam()
         std::vector<DirectBeamOnFrame> listBeam;
         RunOutcome outcome;
         inFold(tr("Direct beam on each frame"), [&] {
-            outcome = tessera::fitDirectBeam(m_dataSet, report, [&](const DirectBeamOnFrame& beam) {
-                listBeam.push_back(beam);
-                showCircleMarks({beam.ptFitted});
-                refreshImageView();
+            computeAlive(report, [&](CAliveData& alive) {
+                outcome = tessera::fitDirectBeam(alive.dataSet(), alive.report(),
+                                                 [&](const DirectBeamOnFrame& beam) {
+                                                     listBeam.push_back(beam);
+                                                     alive.show([&] {
+                                                         showCircleMarks({beam.ptFitted});
+                                                         refreshImageView();
+                                                     });
+                                                 });
             });
         });
         if (outcome.finished())
@@ -63,18 +69,20 @@ bool MainWindow::fitDirectBeam()
     });
 }
 
-PositionRefinementOptions MainWindow::positionOptions(CRunReport& report)
+PositionRefinementOptions MainWindow::positionOptions(CRunReport& report, CAliveData& alive)
 {
     PositionRefinementOptions options;
     options.nJobs = QThread::idealThreadCount();
     options.bConstantBackground = m_bConstantBackground;
-    const auto look = [this, &report](Qt::GlobalColor color) {
-        return [this, &report, color](int, const QList<QPointF>& listPosition) {
-            if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
-                return;
-            showCrossMarks(listPosition, color, g_nCrossSize);
-            refreshImageView();
-            waitAlive(report, [] { return g_nLookTime; });
+    const auto look = [this, &report, &alive](Qt::GlobalColor color) {
+        return [this, &report, &alive, color](int, const QList<QPointF>& listPosition) {
+            alive.show([&] {
+                if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+                    return;
+                showCrossMarks(listPosition, color, g_nCrossSize);
+                refreshImageView();
+                waitAlive(report, [] { return g_nLookTime; });
+            });
         };
     };
     options.fnBeforeFit = look(Qt::green);
@@ -86,8 +94,11 @@ QVector<QList<Peak3D>> MainWindow::refinePeakPosition(const QVector<QList<Peak3D
 {
     QVector<QList<Peak3D>> vecRefined;
     runOnFrames(nullptr, [&](CRunReport& report) {
-        vecRefined =
-            tessera::refinePeakPosition(m_dataSet, peaksSorted, report, positionOptions(report)).vecPeak;
+        computeAlive(report, [&](CAliveData& alive) {
+            vecRefined = tessera::refinePeakPosition(alive.dataSet(), peaksSorted, alive.report(),
+                                                     positionOptions(report, alive))
+                             .vecPeak;
+        });
     });
     return vecRefined;
 }
@@ -97,7 +108,12 @@ QVector<std::vector<std::vector<double>>> MainWindow::refinePeakPositionOnFrame(
 {
     QVector<std::vector<std::vector<double>>> vecFit;
     runOnFrames(nullptr, [&](CRunReport& report) {
-        vecFit = tessera::refinePeakPositionOnFrame(m_dataSet, peaksSorted, report, positionOptions(report));
+        QVector<QList<Peak3D>> vecPeak = peaksSorted;  // which may be the data set's
+        computeAlive(report, [&](CAliveData& alive) {
+            vecFit = tessera::refinePeakPositionOnFrame(alive.dataSet(), vecPeak, alive.report(),
+                                                        positionOptions(report, alive));
+        });
+        peaksSorted = vecPeak;
     });
     return vecFit;
 }
@@ -114,12 +130,20 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         return false;
     bool bResult = false;
     runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {
-        const RunOutcome outcome = tessera::extractIntensity(m_dataSet, peaksSorted, m_hunting, m_extraction,
-                                                             m_peakFilters, report,
-                                                             [this](int, const QList<QPointF>& listPosition) {
-                                                                 showCircleMarks(listPosition);
-                                                                 refreshImageView();
-                                                             });
+        RunOutcome outcome;
+        QVector<QList<Peak3D>> vecPeak = peaksSorted;  // which may be the data set's
+        const PeakHuntingParameters hunting = m_hunting;
+        const ExtractionParameters extraction = m_extraction;
+        computeAlive(report, [&](CAliveData& alive) {
+            outcome = tessera::extractIntensity(alive.dataSet(), vecPeak, hunting, extraction, m_peakFilters,
+                                                alive.report(), [&](int, const QList<QPointF>& listPosition) {
+                                                    alive.show([&] {
+                                                        showCircleMarks(listPosition);
+                                                        refreshImageView();
+                                                    });
+                                                });
+        });
+        peaksSorted = vecPeak;
         bResult = outcome.end != RunEnd::Refused;
         if (outcome.end != RunEnd::Finished)
             return;

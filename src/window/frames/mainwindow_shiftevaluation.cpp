@@ -3,6 +3,7 @@
 
 #include "frames/shiftevaluation.h"
 #include "frameview/originalimgscene.h"
+#include "window/alivedata.h"
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
@@ -76,7 +77,7 @@ void MainWindow::runShiftEvaluation()
             m_pShiftPage->m_pShiftTable->clearContents();
             m_pShiftPage->m_pShiftTable->setRowCount(0);
         }
-        const auto fnFrameDone = [&](int /*nFrame*/, const QPointF& ptShift, const CImgObj<float>&) {
+        const auto showFrame = [&](const QPointF& ptShift) {
             appendShiftRow(ptShift);
             m_pShiftPage->m_pShiftTable->scrollToBottom();
             refreshImageView();
@@ -84,8 +85,14 @@ void MainWindow::runShiftEvaluation()
         };
         ShiftEvaluationOptions options;
         options.nJobs = QThread::idealThreadCount();
-        bFinished = tessera::runShiftEvaluation(m_dataSet, rectRegion, report, options, fnFrameDone).end ==
-                    RunEnd::Finished;
+        computeAlive(report, [&](CAliveData& alive) {
+            const auto fnFrameDone = [&](int /*nFrame*/, const QPointF& ptShift, const CImgObj<float>&) {
+                alive.show([&] { showFrame(ptShift); });
+            };
+            bFinished = tessera::runShiftEvaluation(alive.dataSet(), rectRegion, alive.report(), options,
+                                                    fnFrameDone)
+                            .end == RunEnd::Finished;
+        });
         syncParametersWithControls(false);
     });
     if (!bBegun)

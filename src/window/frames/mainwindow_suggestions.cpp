@@ -4,6 +4,7 @@
 #include "reciprocal/suggestcellrange.h"
 #include "reciprocal/suggestframelimits.h"
 #include "reciprocal/suggestmerging.h"
+#include "window/alivedata.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/mergingpage.h"
 #include "window/pages/pagecontrols.h"
@@ -90,8 +91,11 @@ void MainWindow::suggestPeakSearch()
     bool bDone = false;
     Suggestion suggestion;
     runWithButton(m_bRunning, m_pPeakSearchPage->m_pSuggestButton, [&](CRunReport& report) {
-        bDone = tessera::suggestPeakSearch(m_dataSet, m_hunting, m_peakFilters, report, suggestion,
-                                           QThread::idealThreadCount());
+        const PeakHuntingParameters hunting = m_hunting;
+        computeAlive(report, [&](CAliveData& alive) {
+            bDone = tessera::suggestPeakSearch(alive.dataSet(), hunting, m_peakFilters, alive.report(),
+                                               suggestion, QThread::idealThreadCount());
+        });
         if (!bDone) {
             report.addMessage(tr("The look at the frames did not finish."), Severity::Error);
         }
@@ -132,7 +136,12 @@ void MainWindow::suggestCellRange()
 bool MainWindow::findRadii(CRunReport& report)
 {
     Suggestion suggestion;
-    if (!suggestRadii(m_dataSet, report, suggestion, std::nullopt, QThread::idealThreadCount())) {
+    bool bDone = false;
+    computeAlive(report, [&](CAliveData& alive) {
+        bDone = suggestRadii(alive.dataSet(), alive.report(), suggestion, std::nullopt,
+                             QThread::idealThreadCount());
+    });
+    if (!bDone) {
         return false;
     }
     for (const SuggestedValue& value : qAsConst(suggestion)) {

@@ -1,6 +1,7 @@
 // MainWindow: the integration, which has a controller of its own, and what that needs of the window.
 #include "frameview/baseimgview.h"
 #include "road/seriesintensities.h"
+#include "window/alivedata.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/integration/qualitytab.h"
 #include "window/mainwindow.h"
@@ -43,14 +44,22 @@ void MainWindow::createIntegration()
     };
     host.fnProfile = [this](const IntegrationResult& result, const Observation& observation,
                             CRunReport& report, ObservationProfile& profile) {
-        return lookAtObservation(m_dataSet, result.series, result.integrated.model, observation, report,
-                                 profile);
+        bool bDone = false;
+        computeAlive(report, [&](CAliveData& alive) {
+            bDone = lookAtObservation(alive.dataSet(), result.series, result.integrated.model, observation,
+                                      alive.report(), profile);
+        });
+        return bDone;
     };
     host.fnIntegrate = [this](const IntensityOptions& options, CRunReport& report,
                               IntegrationResult& result) {
+        RunOutcome outcome;
+        const MappingParameters mapping = m_mapping;
         const GeometryMade made = madeWithGeometry(m_dataSet);
-        const RunOutcome outcome = intensitiesOfSeries(m_dataSet, m_mapping, options,
-                                                       QThread::idealThreadCount(), report, result);
+        computeAlive(report, [&](CAliveData& alive) {
+            outcome = intensitiesOfSeries(alive.dataSet(), mapping, options, QThread::idealThreadCount(),
+                                          alive.report(), result);
+        });
         if (outcome.finished()) {
             m_dataSet.m_made.integration = made;
         }
@@ -59,7 +68,12 @@ void MainWindow::createIntegration()
     host.fnWrite = [this](const IntegrationResult& result, const IntensityOptions& options,
                           CRunReport& report, QString* pstrReason) {
         IntegrationFiles files;
-        return writeIntensities(m_dataSet, result, options, {}, report, files, pstrReason);
+        bool bWritten = false;
+        computeAlive(report, [&](CAliveData& alive) {
+            bWritten = writeIntensities(alive.dataSet(), result, options, {}, alive.report(), files,
+                                        pstrReason);
+        });
+        return bWritten;
     };
     m_pIntegration = new IntegrationController(host, this);
     connect(this, &MainWindow::frameLoaded, m_pIntegration,

@@ -4,6 +4,7 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/rotationaxissearch.h"
 #include "records/progress.h"
+#include "window/alivedata.h"
 #include "window/frames/curveplot.h"
 #include "window/pages/framespage.h"
 #include "window/windowreport.h"
@@ -39,7 +40,11 @@ void MainWindow::findRotationAxis()
     std::optional<AxisSearch> search;
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         const CProgress progress(report, tr("Rotation axis"), 0, 0);  // nobody knows how long
-        search = tessera::findRotationAxis(m_dataSet, m_mapping, report, QThread::idealThreadCount());
+        const MappingParameters mapping = m_mapping;
+        computeAlive(report, [&](CAliveData& alive) {
+            search = tessera::findRotationAxis(alive.dataSet(), mapping, alive.report(),
+                                               QThread::idealThreadCount());
+        });
         if (!search) {
             report.addMessage(tr("The search for the rotation axis did not finish."), Severity::Error);
         }

@@ -11,6 +11,7 @@
 #include "road/cellsearch.h"
 #include "road/formercell.h"
 #include "view3d/ed3dwidget.h"
+#include "window/alivedata.h"
 #include "window/messageedit.h"
 #include "window/pages/cellpage.h"
 #include "window/pages/view3dpage.h"
@@ -101,11 +102,14 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
     }
     CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost,
                       QThread::idealThreadCount()};
-    search.fnBeforeSave = [&] { keepFormerCell(m_dataSet, report); };
     const QList<Vec3D> listFormer = m_dataSet.m_listCellFound;
     bool bFound = false;
     guarded([&] {
-        const CellSearchResult result = searchCell(m_dataSet, listSelection, search, report);
+        CellSearchResult result;
+        computeAlive(report, [&](CAliveData& alive) {
+            search.fnBeforeSave = [&alive] { keepFormerCell(alive.dataSet(), alive.report()); };
+            result = searchCell(alive.dataSet(), listSelection, search, alive.report());
+        });
         bFound = result.end.finished();
         if (result.end.end == RunEnd::Stopped && bOnPeaks)
             report.addMessage(tr("The search for the cell was stopped."));
@@ -182,9 +186,15 @@ void MainWindow::showCellFit()
 {
     QString strFit;
     guarded([&] {
-        const std::optional<LatticeFit> fit = needsMapping(m_dataSet, m_mapping)
-                                                  ? std::nullopt
-                                                  : cellResultOf(m_dataSet).fit;
+        if (needsMapping(m_dataSet, m_mapping))
+            return;
+        std::optional<LatticeFit> fit;
+        if (isRunning() && !isPumping()) {
+            WindowReport report(*this);
+            computeAlive(report, [&](CAliveData& alive) { fit = cellResultOf(alive.dataSet()).fit; });
+        } else {
+            fit = cellResultOf(m_dataSet).fit;
+        }
         if (fit)
             strFit = latticeFitText(*fit, m_locale);
     });

@@ -1,5 +1,6 @@
 // MainWindow: the orientation of a crystal whose cell is known.
 #include "road/knowncellsearch.h"
+#include "window/alivedata.h"
 #include "window/knowncelldialog.h"
 #include "window/mainwindow.h"
 #include "window/pages/cellpage.h"
@@ -24,7 +25,11 @@ void MainWindow::searchKnownCell()
         WindowReport report(*this, &bGoOn);
         report.goOn();
         mapPeaksAnew(tr("They are mapped anew before the search."), report);
-        guarded([&] { result = orientCell(m_dataSet, cell, report, options); });
+        guarded([&] {
+            computeAlive(report, [&](CAliveData& alive) {
+                result = orientCell(alive.dataSet(), cell, alive.report(), options);
+            });
+        });
         return result;
     };
     KnownCellDialog dialog(fnSearch, m_strWorkingDir, this);
@@ -39,8 +44,10 @@ void MainWindow::searchKnownCell()
     WindowReport report(*this);
     StageResult taken = {RunEnd::Failed, {}};
     guarded([&] {
-        taken = takeOrientedCell(m_dataSet, *dialog.result().orientation, dialog.form(), report,
-                                 m_strLatticeHost);
+        computeAlive(report, [&](CAliveData& alive) {
+            taken = takeOrientedCell(alive.dataSet(), *dialog.result().orientation, dialog.form(),
+                                     alive.report(), m_strLatticeHost);
+        });
         if (taken.finished())
             saveProjectCell(report);
     });

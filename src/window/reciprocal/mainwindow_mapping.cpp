@@ -8,6 +8,7 @@
 #include "reciprocal/peakgroups.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
+#include "window/alivedata.h"
 #include "window/frameview/framemarks.h"
 #include "window/guards.h"
 #include "window/pages/framespage.h"
@@ -27,7 +28,16 @@ void MainWindow::transformPeaksTo3D()
 {
     syncParametersWithControls(true);
     WindowReport report(*this);
-    guarded([&] { tessera::transformPeaksTo3D(m_dataSet, m_mapping, report); });
+    guarded([&] {
+        if (!isRunning()) {
+            tessera::transformPeaksTo3D(m_dataSet, m_mapping, report);
+            return;
+        }
+        const MappingParameters mapping = m_mapping;
+        computeAlive(report, [&](CAliveData& alive) {
+            tessera::transformPeaksTo3D(alive.dataSet(), mapping, alive.report());
+        });
+    });
 }
 
 void MainWindow::showPeaksIn3D()
@@ -124,13 +134,17 @@ void MainWindow::peakReduction3D()
                           .arg(m_pView3DRaw->groupPoints().value(nGroup).size()));
     report.goOn();
     guarded([&] {
-        const PeakMergingResult result = tessera::peakReduction3D(m_dataSet, merging, &vecFlag, report);
+        PeakMergingResult result;
+        computeAlive(report, [&](CAliveData& alive) {
+            result = tessera::peakReduction3D(alive.dataSet(), merging, &vecFlag, alive.report());
+        });
         if (!result.outcome.finished())
             return;
         m_nMergedGroup = m_pView3DRaw->groupLabels().size() > 1 ? nGroup : -1;
         m_pTabWidget->setCurrentIndex(2);
         report.goOn();
         showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
+        report.goOn();
         updatePeakTable(m_dataSet.m_listPeakMerged);
     });
 }

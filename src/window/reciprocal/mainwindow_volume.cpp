@@ -2,6 +2,7 @@
 #include "window/mainwindow.h"
 
 #include "reciprocal/volumeexport.h"
+#include "window/alivedata.h"
 #include "window/pages/framespage.h"
 #include "window/windowreport.h"
 
@@ -34,7 +35,9 @@ void MainWindow::export3DReciprocalVolmue()
     runExport([&](CRunReport& report) {
         parameters.dfContrastMin = m_pFramesPage->m_pContrastMinSpin->value();
         parameters.dfContrastMax = m_pFramesPage->m_pContrastMaxSpin->value();
-        exportReciprocalVolume(m_dataSet, parameters, report);
+        computeAlive(report, [&](CAliveData& alive) {
+            exportReciprocalVolume(alive.dataSet(), parameters, alive.report());
+        });
     });
 }
 

@@ -1,8 +1,10 @@
 // MainWindow: the report of the last "Solve", or of what the window holds.
 #include "window/mainwindow.h"
 
-#include "crystal/cellarithmetic.h"
+#include "road/cellresult.h"
 #include "road/report.h"
+#include "window/alivedata.h"
+#include "window/crystal/geometrycontrol.h"
 #include "window/integration/integrationcontroller.h"
 #include "window/road/roadwork.h"
 #include "window/windowreport.h"
@@ -25,15 +27,24 @@ bool isOfSeries(const CRoadWork* pWork, const SeriesData& series)
 }
 
 /// What a series that was worked on by hand holds of the results of a road.
-void fillResults(RoadState& state, const IntegrationResult* pIntegrated)
+/// @param pGeometry, pIntegrated  null: there is none
+void fillResults(RoadState& state, const GeometryRefinement* pGeometry, const IntegrationResult* pIntegrated)
 {
     const SeriesData& series = state.dataSet;
     const QList<double>& listTilt = series.m_listOverallTilt;
     const auto range = std::minmax_element(listTilt.begin(), listTilt.end());
     state.results.open = OpenResult{series.m_strProjectName, series.m_listFrameFile.size(),
                                     listTilt.isEmpty() ? 0 : *range.second - *range.first};
-    if (const std::optional<CellParameters> cell = cellParametersFromList(series.m_listCell)) {
-        state.results.cell = CellResult{cell, 0, std::nullopt};
+    if (cellInForce(state.dataSet)) {
+        state.results.cell = cellResultOf(state.dataSet);
+    }
+    const int nMerged = series.m_listPeakMerged.size();
+    if (!series.m_listReflectionIndexed.isEmpty() && nMerged > 0 && holdsIndicesOfCell(state.dataSet)) {
+        state.results.index.emplace().nIndexed = series.m_listReflectionIndexed.size();
+        state.results.index->dfShare = double(series.m_listReflectionIndexed.size()) / nMerged;
+    }
+    if (pGeometry) {
+        state.results.geometry = *pGeometry;
     }
     if (pIntegrated) {
         state.results.integrate.emplace().result = *pIntegrated;
@@ -63,20 +74,29 @@ void MainWindow::saveReport()
                           Severity::Error);
         return;
     }
+    RoadOptions options;
+    options.hunting = m_hunting;
+    options.merging = m_merging;
+    options.cell = m_cellHunting;
+    options.indexing = m_indexing;
+    const MappingParameters mapping = m_mapping;
+    const GeometryRefinement* pGeometry = m_pGeometry->refinement();
     QString strReason;
-    if (isOfSeries(m_pRoadWork.get(), m_dataSet)) {
-        strReason = writeReport(m_pRoadWork->state(), strFile);
-    } else {
-        CRunReport silent;
-        RoadState state(RoadOptions(), m_dataSet, silent);
-        state.mapping = m_mapping;
-        state.options.hunting = m_hunting;
-        state.options.merging = m_merging;
-        state.options.cell = m_cellHunting;
-        state.options.indexing = m_indexing;
-        fillResults(state, m_pIntegration->result());
-        strReason = writeReport(state, strFile);
-    }
+    CRunScope scope(*this);
+    guarded([&] {
+        computeAlive(report, [&](CAliveData& alive) {  // it reads frames
+            if (isOfSeries(m_pRoadWork.get(), alive.dataSet())) {
+                strReason = writeReport(m_pRoadWork->state(), strFile);
+                return;
+            }
+            CRunReport silent;
+            RoadState state(RoadOptions(), alive.dataSet(), silent);
+            state.mapping = mapping;
+            state.options = options;
+            fillResults(state, pGeometry, m_pIntegration->result());
+            strReason = writeReport(state, strFile);
+        });
+    });
     if (strReason.isEmpty()) {
         report.addMessage(tr("The report is written: %1").arg(strFile));
     } else {

@@ -277,18 +277,24 @@ void MainWindow::showRoadResult(const RoadStep& step, const RoadState& state)
         showPeaksIn3D();
         m_pView3DRaw->viewAlong({1, 0, 0});  // along the rotation axis
         m_nMergedGroup = -1;
+        pumpEvents();
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
+        pumpEvents();
         updatePeakTable(m_dataSet.m_listPeakMerged);
     } else if (isStage(step, RoadStage::Cell)) {
         showOpenedCell();
     } else if (isStage(step, RoadStage::Index)) {
         showOpenedCell();
+        pumpEvents();  // an answer to a click does not wait for all views
         m_pView3DMerged->setIndices(m_dataSet.m_listReflectionIndexed);
+        pumpEvents();
         updatePeakTable(m_dataSet.m_listReflectionIndexed);
+        pumpEvents();
         update3DViewControls();
     } else if (isStage(step, RoadStage::Geometry)) {
         if (m_dataSet.m_peakMapping) {
             showPeaksIn3D();
+            pumpEvents();
         }
         if (state.results.geometry) {
             m_pGeometry->take(*state.results.geometry);
