@@ -26,14 +26,14 @@ struct RoadOptions {
     QStringList listInput;       ///< one project, or images in series order
     QStringList listInputGiven;  ///< as it was given, where folders or files of many images stood for frames
     QString strSeriesName;       ///< what the results of images are called after; empty: the first image
-    std::optional<SeriesFacts> facts;  ///< what the images tell; none for a project
-    bool bMakeProject = false;         ///< write a project of the images beside the results
-    QString strOutDir;                 ///< empty: beside the project or the first image
-    QString strMaskFile;               ///< areas that peak hunting leaves out; empty: none
-    std::optional<QList<QPoint>> hotPixels;    ///< in place of the list beside the project
-    bool bIgnoreHotPixelList = false;  ///< a list beside the project is left unread
-    bool bFindDefects = true;          ///< leave out what is no measurement, unless there is a mask file
-    QString strCellFile;               ///< a cell in place of a search; empty: search
+    std::optional<SeriesFacts> facts;        ///< what the images tell; none for a project
+    bool bMakeProject = false;               ///< write a project of the images beside the results
+    QString strOutDir;                       ///< empty: beside the project or the first image
+    QString strMaskFile;                     ///< areas that peak hunting leaves out; empty: none
+    std::optional<QList<QPoint>> hotPixels;  ///< in place of the list beside the project
+    bool bIgnoreHotPixelList = false;        ///< a list beside the project is left unread
+    bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file
+    QString strCellFile;       ///< a cell in place of a search; empty: search
     std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
     QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
     QString strCalibrationFile;      ///< of the microscope, in place of what the project tells; empty: none

@@ -834,10 +834,10 @@ private:
     int m_nToolBoxPage = 0;
     int m_nPlayDirection = 0;
     CRunGate m_gate;
-    bool m_bRunning = false;         ///< a run on known peaks or the beam goes; cleared: it shall stop
-    bool m_bHuntingRunning = false;  ///< the same of peak hunting
-    bool m_bSearchingCell = false;   ///< the same of a search for the cell
-    bool m_bSolving = false;         ///< the same of the road
+    bool m_bRunning = false;          ///< a run on known peaks or the beam goes; cleared: it shall stop
+    bool m_bHuntingRunning = false;   ///< the same of peak hunting
+    bool m_bSearchingCell = false;    ///< the same of a search for the cell
+    bool m_bSolving = false;          ///< the same of the road
     WorkKeeper* m_pKeeper = nullptr;  ///< null: nothing is kept
     CRoadRows m_roadRows;
     std::shared_ptr<CRoadWork> m_pRoadWork;    ///< the last road; null: none, or one that could not open

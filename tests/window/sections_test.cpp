@@ -96,7 +96,8 @@ TEST_F(Sections, FilesAreTheDriversAndAClickChoosesTheReflection)
         if (pWindow->m_pReading->text().startsWith("No merged")) {
             continue;
         }
-        const std::vector<int>& vecChosen = m_pWindow->findChild<SelectionController*>()->model().reflections();
+        const std::vector<int>& vecChosen =
+            m_pWindow->findChild<SelectionController*>()->model().reflections();
         ASSERT_EQ(vecChosen.size(), 1U);
         ++nChosen;
     }

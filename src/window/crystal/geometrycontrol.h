@@ -6,8 +6,8 @@
 
 #include <QObject>
 
-#include <memory>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 

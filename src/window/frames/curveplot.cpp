@@ -37,7 +37,8 @@ CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotC
     m_pMark = new QwtPlotCurve;
     m_pMark->setItemAttribute(QwtPlotItem::Legend, false);
     m_pMark->setStyle(QwtPlotCurve::NoCurve);
-    m_pMark->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, Qt::NoBrush, QPen(readableOn(palette(), Qt::blue), 2), QSize(15, 15)));
+    m_pMark->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, Qt::NoBrush,
+                                     QPen(readableOn(palette(), Qt::blue), 2), QSize(15, 15)));
     m_pMark->setZ(m_pCurve->z() + 1);
     m_pMark->attach(this);
     canvas()->installEventFilter(this);

@@ -30,9 +30,9 @@ public:
     QPushButton* m_pClearMaskButton;
     QCheckBox* m_pShowMaskCheck;
     QPushButton* m_pFindDefectsButton;
-    QCheckBox* m_pShowPeaksCheck;                  ///< "Show Found Peaks"
-    QLabel* m_pLiveLabel;                          ///< that these peaks follow the boxes, and how many they are
-    QDoubleSpinBox* m_pIntegrationRadiusSpin;      ///< disc of the 2D integration
+    QCheckBox* m_pShowPeaksCheck;              ///< "Show Found Peaks"
+    QLabel* m_pLiveLabel;                      ///< that these peaks follow the boxes, and how many they are
+    QDoubleSpinBox* m_pIntegrationRadiusSpin;  ///< disc of the 2D integration
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
     QPushButton* m_pSuggestButton;
     QPushButton* m_pRunButton;

@@ -19,12 +19,13 @@ namespace tessera {
 void MainWindow::tellUnknownAxis(CRunReport& report) const
 {
     if (!m_dataSet.m_bRotationAxisKnown) {
-        report.addMessage(
-            tr("Warning: the rotation axis is not known, and %1° is but the number of the page. \"Solve\" finds "
-               "it; by hand, evaluate the shifts, search the peaks, and use \"Tools\", \"Find Rotation Axis\"; "
-               "or type it in.")
-                .arg(m_locale.toString(m_dataSet.m_dfRotationAxis, 'f', 1)),
-            Severity::Warning);
+        report.addMessage(tr("Warning: the rotation axis is not known, and %1° is but the number of the "
+                             "page. \"Solve\" finds "
+                             "it; by hand, evaluate the shifts, search the peaks, and use \"Tools\", \"Find "
+                             "Rotation Axis\"; "
+                             "or type it in.")
+                              .arg(m_locale.toString(m_dataSet.m_dfRotationAxis, 'f', 1)),
+                          Severity::Warning);
     }
 }
 

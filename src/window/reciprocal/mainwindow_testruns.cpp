@@ -43,9 +43,8 @@ void MainWindow::testRotationAxis()
 void MainWindow::testFindCubicCell()
 {
     withIndexedReflections([this](CRunReport& report) {
-        inFold(tr("Cubic cell"), [&] {
-            tessera::testFindCubicCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report);
-        });
+        inFold(tr("Cubic cell"),
+               [&] { tessera::testFindCubicCell(m_dataSet.m_listReflectionIndexed, m_dataSet, report); });
     });
 }
 

@@ -106,8 +106,9 @@ void MainWindow::createStatusStrip()
 std::vector<StageStatus> MainWindow::workStatusByPages()
 {
     std::vector<StageStatus> listStatus;
-    withPageNumbers(
-        [&] { listStatus = workStatus(m_dataSet, {m_hunting, m_mapping, m_merging, m_indexing}); });
+    withPageNumbers([&] {
+        listStatus = workStatus(m_dataSet, {m_hunting, m_mapping, m_merging, m_indexing});
+    });
     return listStatus;
 }
 
