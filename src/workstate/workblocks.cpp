@@ -36,6 +36,19 @@ public:
             add(inner);
         }
     }
+    /// The many short lists of the reflections as one block: they come and go together.
+    template <class T>
+    void addAsOne(const QList<QList<T>>& list)
+    {
+        std::uint64_t nBytes = 0;
+        for (const QList<T>& inner : list) {
+            nBytes += std::uint64_t(inner.size()) * (sizeof(T) + g_nAllocation + g_nPointer) +
+                      2 * g_nAllocation + g_nPointer;
+        }
+        if (!list.isEmpty()) {
+            add(&list.first(), nBytes);
+        }
+    }
     std::vector<WorkBlock> take() { return std::move(m_listBlock); }
 
 private:
@@ -76,7 +89,7 @@ void addSeries(const SeriesData& series, CFinder& finder)
     addMasks(series.m_vecPeakGroup, finder);
     finder.add(series.m_listPeakMergedShown);
     finder.add(series.m_listPeakMerged);
-    finder.addAll(series.m_listPeakChain);
+    finder.addAsOne(series.m_listPeakChain);
     for (const QList<Peak3D>& listPeak : series.m_vecPeakIndexedOnFrame) {
         finder.add(listPeak);
     }

@@ -351,4 +351,27 @@ TEST_F(History, AStateBringsItsSeriesWithIt)
     EXPECT_EQ(current(), 0);
 }
 
+// The last one here: it writes other files beside the series.
+TEST_F(History, SolveIsOneStepAndComesBackWithItsResults)
+{
+    const QByteArray bytesOpened = picture();
+    m_pHistory->look();
+    m_pWindow->solve();
+    m_pHistory->look();
+    ASSERT_EQ(current(), 1) << qPrintable(name());
+    EXPECT_EQ(name(), "Solve");
+    const QByteArray bytesSolved = picture();
+    const WorkState solved = m_pWindow->workState();
+    ASSERT_NE(bytesSolved, bytesOpened);
+    m_pActions->m_pUndo->trigger();
+    EXPECT_EQ(picture(), bytesOpened);
+    EXPECT_FALSE(m_pWindow->workState().pIntegration);
+    m_pActions->m_pRedo->trigger();
+    EXPECT_EQ(picture(), bytesSolved);
+    EXPECT_EQ(m_pWindow->workState().pIntegration, solved.pIntegration);
+    EXPECT_EQ(m_pWindow->workState().pGeometry, solved.pGeometry);
+    m_pHistory->look();
+    EXPECT_EQ(m_pHistory->steps().count(), 2);
+}
+
 }  // namespace tessera

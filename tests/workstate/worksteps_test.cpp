@@ -52,7 +52,7 @@ WorkState begun()
 
 TEST(WorkDifferences, NamesWhatLiesFurthestUpTheRoad)
 {
-    QLocale::setDefault(QLocale::c());
+    QLocale::setDefault(QLocale(QLocale::English));
     const WorkState before = begun();
     const struct {
         std::function<void(WorkState&)> fnChange;

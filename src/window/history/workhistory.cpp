@@ -1,6 +1,7 @@
 #include "window/history/workhistory.h"
 
 #include "records/availablememory.h"
+#include "workstate/samework.h"
 
 #include <QAbstractEventDispatcher>
 
