@@ -20,6 +20,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/extractionpage.h"
 #include "window/pages/view3dpage.h"
+#include "window/sections/sectionscontroller.h"
 #include "window/selection/selectioncontroller.h"
 #include "window/tabwidget.h"
 #include "window/view3d/view3dcontrol.h"

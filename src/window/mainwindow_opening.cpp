@@ -18,6 +18,7 @@
 #include "window/newprojectdialog.h"
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
+#include "window/sections/sectionscontroller.h"
 #include "window/start/recentseries.h"
 #include "window/start/startcontroller.h"
 #include "window/tabwidget.h"
