@@ -186,16 +186,17 @@ void drawIndices(const ReciprocalSection& section, const SectionLayout& layout, 
                 an[i] += n * nStep * anVector[i];
             }
             const std::optional<QPointF> pt = placeOf(an);
-            if (!pt || (n == 0 && anVector == section.frame.anSecond)) {
+            const QString strText = QStringLiteral("%1 %2 %3").arg(an[0]).arg(an[1]).arg(an[2]);
+            const QPointF ptMark = layout.toPicture(pt.value_or(QPointF()));
+            const bool bRoom = ptMark.x() + 11 + strokeTextWidth(strText, g_dfText) < layout.rcField.right();
+            const bool bOrigin = an == std::array<int, 3>{0, 0, 0};  // which the beam tells by itself
+            if (!pt || !bRoom || bOrigin || (n == 0 && anVector == section.frame.anSecond)) {
                 continue;
             }
-            const QPointF ptMark = layout.toPicture(*pt);
-            setPen(painter, colors.label, 1.3);
-            painter.drawLine(ptMark + QPointF(5, -5), ptMark + QPointF(9, -9));
-            const QString strText = QStringLiteral("%1 %2 %3").arg(an[0]).arg(an[1]).arg(an[2]);
-            if (ptMark.x() + 11 + strokeTextWidth(strText, g_dfText) < layout.rcField.right()) {
-                drawLabel(painter, ptMark + QPointF(11, -9), strText, colors.label, colors.halo);
-            }
+            setPen(painter, colors.label, 1);
+            painter.setBrush(Qt::NoBrush);
+            painter.drawEllipse(ptMark, 6, 6);
+            drawLabel(painter, ptMark + QPointF(9, -7), strText, colors.label, colors.halo);
         }
     }
 }

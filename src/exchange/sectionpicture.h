@@ -14,13 +14,13 @@ namespace tessera {
 /// How a section is drawn.
 struct SectionLook {
     bool bLogarithmic = false;
-    bool bDark = false;        ///< bright spots on dark ground; else dark ones on white, as a film has them
-    bool bIndices = true;      ///< of some lattice points along the axes
-    bool bLattice = false;     ///< a mark round each lattice point
-    bool bRings = true;        ///< of resolution, labelled with d
-    double dfDarkest = 1;      ///< per cent of the pixels that are below the limits of contrast
-    double dfBrightest = 0.3;  ///< and above
-    int nZoom = 0;             ///< picture pixels per pixel of the section; 0: until it fills a page
+    bool bDark = false;      ///< bright spots on dark ground; else dark ones on white, as a film has them
+    bool bIndices = true;    ///< of some lattice points along the axes
+    bool bLattice = false;   ///< a mark round each lattice point
+    bool bRings = true;      ///< of resolution, labelled with d
+    double dfDarkest = 1;    ///< per cent of the pixels that are below the limits of contrast
+    double dfBrightest = 1;  ///< and above
+    int nZoom = 0;           ///< picture pixels per pixel of the section; 0: until it fills a page
 };
 
 /// Counts at the two ends of the scale of greys: percentiles of what was seen away from the direct beam.
