@@ -22,8 +22,7 @@ const int g_nBottom = 92;     // below it, for scale and caption
 const double g_dfTitle = 20;  // heights of letters, pixels
 const double g_dfText = 11;
 const double g_dfBeam = 0.12;  // of the reach: the glow of the direct beam is no measure of contrast
-0.06;                    // of the section's reach: the glow of the direct beam is no measure of contrast
-const int g_nHatch = 8;  // pixels from line to line
+const int g_nHatch = 8;        // pixels from line to line
 
 float percentileOf(std::vector<float>& listValue, double dfPerCent)
 {
