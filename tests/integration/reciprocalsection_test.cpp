@@ -220,7 +220,7 @@ TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
             if (!spot.bSeen || std::hypot(an[0] / 3.78, an[1] / 3.78, an[2] / 9.51) < 0.2) {
                 continue;
             }
-            if (dfSquare > 300) {
+            if (dfSquare > 50) {
                 ++nStrong;
                 dfStrong += spot.dfHeight;
                 dfWorst = std::max(dfWorst, spot.dfOff);
@@ -230,9 +230,10 @@ TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
             }
         }
     }
-    EXPECT_GT(nStrong, 20);
+    EXPECT_GT(nStrong, 15);
     EXPECT_GT(nAbsent, 40);
     EXPECT_LT(dfWorst, 1) << "pixels";
+    EXPECT_GT(dfStrong / nStrong, 50) << "counts";
     EXPECT_LT(dfAbsent, 0.03 * dfStrong / nStrong) << nStrong << " strong, " << nAbsent << " absent";
 }
 
