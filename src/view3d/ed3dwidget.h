@@ -291,7 +291,7 @@ private:
     void drawCanvasGrid();
     void drawLatticePoints();
     void drawLatticeLines();
-    void drawLatticeArray(GLenum eMode, const std::vector<Vec3D>& vecPlace);
+    std::vector<Vec3D> latticeInSlab(const std::vector<Vec3D>& vecPlace, size_t nEach) const;
     void drawRubberBand();
     void drawRing();
     const LatticeGrid& latticeGrid(const ReciprocalBasis& basis);

@@ -42,13 +42,10 @@ const LatticeGrid& ED3DWidget::latticeGrid(const ReciprocalBasis& basis)
 }
 
 /// Of a slab its own layer: the others would lie over it.
-void ED3DWidget::drawLatticeArray(GLenum eMode, const std::vector<Vec3D>& vecPlace)
+/// @param nEach  places that stand or fall together: 2 for the ends of lines
+std::vector<Vec3D> ED3DWidget::latticeInSlab(const std::vector<Vec3D>& vecPlace, size_t nEach) const
 {
-    if (m_slab && m_cellFrame) {
-        drawArray(eMode, placesInSlab(vecPlace, eMode == GL_LINES ? 2 : 1, *m_cellFrame, *m_slab));
-    } else {
-        drawArray(eMode, vecPlace);
-    }
+    return placesInSlab(vecPlace, nEach, *m_cellFrame, *m_slab);
 }
 
 void ED3DWidget::drawLatticePoints()
@@ -57,7 +54,11 @@ void ED3DWidget::drawLatticePoints()
         return;
     glPointSize(float(m_fLatticePointSize * m_dfViewRatio));
     setGlColor(m_colorLatticePoint, 1.f);
-    drawLatticeArray(GL_POINTS, latticeGrid(*m_lattice).vecPoint);
+    const std::vector<Vec3D>& vecPoint = latticeGrid(*m_lattice).vecPoint;
+    if (m_slab && m_cellFrame)
+        drawArray(GL_POINTS, latticeInSlab(vecPoint, 1));
+    else
+        drawArray(GL_POINTS, vecPoint);
 }
 
 void ED3DWidget::drawLatticeLines()
@@ -67,9 +68,15 @@ void ED3DWidget::drawLatticeLines()
     const LatticeGrid& grid = latticeGrid(*m_lattice);
     glLineWidth(float(m_dfViewRatio));
     for (int i : {2, 1, 0}) {
-        glColor4f(i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f,
-                  latticeLineAlpha(grid.vecLine[i].size() / 2));
-        drawLatticeArray(GL_LINES, grid.vecLine[i]);
+        const auto draw = [i](const std::vector<Vec3D>& vecLine) {
+            glColor4f(i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f,
+                      latticeLineAlpha(vecLine.size() / 2));
+            drawArray(GL_LINES, vecLine);
+        };
+        if (m_slab && m_cellFrame)
+            draw(latticeInSlab(grid.vecLine[i], 2));
+        else
+            draw(grid.vecLine[i]);
     }
     glLineWidth(float(std::min(3.0 * m_camera.sizeFactor() * m_dfViewRatio, 1000.0)));
     const std::array<Vec3D, 3> aVector = m_lattice->vectors();
