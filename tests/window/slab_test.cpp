@@ -161,14 +161,19 @@ TEST_F(Reciprocal, ASlabFollowsThePageAndThePageItsView)
 TEST_F(Reciprocal, TheFirstPointsOfASeriesFillTheView)
 {
     open();
-    EXPECT_EQ(panAndZoom(m_pRaw), (std::array<float, 3>{})) << "not before the view has its size";
+    EXPECT_EQ(panAndZoom(m_pMerged), (std::array<float, 3>{}));
     m_pTabs->setCurrentIndex(1);
     QCoreApplication::processEvents();
     const std::array<float, 3> afFitted = panAndZoom(m_pRaw);
-    EXPECT_LT(afFitted[2], 0);  // the cloud is smaller than the view of 2 Å⁻¹
+    double dfFarthest = 0;  // Å⁻¹
     for (int i = 0; i < m_pRaw->points().size(); ++i) {
         EXPECT_TRUE(m_pRaw->rect().contains(m_pRaw->placeOfPoint(i).toPoint())) << i;
+        dfFarthest = std::max(dfFarthest, double(length(m_pRaw->points()[i].point())));
     }
+    // At zoom z the longer side of the view is 2·(2 + z) Å⁻¹.
+    const double dfSides = double(std::max(m_pRaw->width(), m_pRaw->height())) /
+                           std::min(m_pRaw->width(), m_pRaw->height());
+    EXPECT_NEAR(dfFarthest * dfSides / (2 + double(afFitted[2])), 0.95, 0.03);
     // New points of the same series, and a zoom of the user, stay as they are.
     m_pMerging->m_pSpinResolutionMax->setValue(0.3);
     EXPECT_EQ(panAndZoom(m_pRaw), afFitted);
