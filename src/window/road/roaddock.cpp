@@ -70,7 +70,7 @@ QPixmap lightPicture(const Light& light, const QWidget& widget)
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF rc = QRectF(0, 0, nSize, nSize).adjusted(1, 1, -1, -1);
     if (!light.color.isValid()) {
-        painter.setPen(QPen(widget.palette().color(QPalette::Mid), 1.5));
+        painter.setPen(QPen(widget.palette().color(QPalette::Disabled, QPalette::WindowText), 1.5));
         painter.drawEllipse(rc.adjusted(1, 1, -1, -1));
         return picture;
     }
