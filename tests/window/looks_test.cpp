@@ -13,15 +13,11 @@
 #include "window/pages/suggestiondialog.h"
 #include "window/start/startpage.h"
 
-namespace {
-
-// Outside of the namespace, as the macro declares a function there.
-void loadIcons()
+// Outside of the namespaces, as the macro declares a function there.
+static void loadIcons()
 {
     Q_INIT_RESOURCE(tessera);
 }
-
-}  // namespace
 
 namespace tessera {
 
@@ -90,6 +86,12 @@ bool isTooSmall(const QWidget* p)
     }
     if (const auto* pGroup = qobject_cast<const QGroupBox*>(p))
         return p->width() < pGroup->fontMetrics().horizontalAdvance(pGroup->title());
+    if (const auto* pButton = qobject_cast<const QPushButton*>(p)) {
+        // Styles ask for a least width of buttons, which those of one letter do without.
+        const int nIcon = pButton->icon().isNull() ? 0 : pButton->iconSize().width() + 4;
+        const QString strText = QString(pButton->text()).remove('&');
+        return p->width() < p->fontMetrics().horizontalAdvance(strText) + nIcon + 4;
+    }
     return qobject_cast<const QAbstractButton*>(p) && p->width() < p->sizeHint().width();
 }
 
