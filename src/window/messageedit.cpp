@@ -70,6 +70,7 @@ QTextCursor MessageEdit::newParagraph()
     cursor.movePosition(QTextCursor::End);
     if (!document()->isEmpty())
         cursor.insertBlock(QTextBlockFormat(), m_format);
+    cursor.block().setVisible(true);  // whatever the one before it is
     return cursor;
 }
 

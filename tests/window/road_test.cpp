@@ -101,7 +101,7 @@ TEST_F(Road, AMaskOfTheWindowIsThatOfTheDriversOption)
 {
     QFile mask(path("a.msk"));
     ASSERT_TRUE(mask.open(QIODevice::WriteOnly));
-    for (const char* psz : {"1 20 20\n", "1 110 20\n", "1 110 220.25\n", "1 20 220\n"})
+    for (const char* psz : {"1 20 20\n", "1 60 20\n", "1 60 120.25\n", "1 20 120\n"})
         mask.write(psz);
     mask.close();
     const BatchOutcome driver = runBatch({"--mask", path("a.msk"), "--to", "index", path("driver/w.ed3d")});

@@ -101,6 +101,7 @@ void MainWindow::createStatusStrip()
     for (ED3DWidget* pView : views3D()) {
         connect(pView, &ED3DWidget::pointDisplayDataChanged, this, later);
     }
+    later();  // the settings may show the row of a window that was closed with a data set
 }
 
 std::vector<StageStatus> MainWindow::workStatusByPages()
