@@ -16,6 +16,19 @@ public:
     CWaitCursor& operator=(const CWaitCursor&) = delete;
 };
 
+/// A widget that would paint itself at each change, such as a bar of progress, is painted once, with the
+/// events that follow.
+class CDeferredPaint {
+public:
+    explicit CDeferredPaint(QWidget* pWidget) : m_pWidget(pWidget) { pWidget->setUpdatesEnabled(false); }
+    ~CDeferredPaint() { m_pWidget->setUpdatesEnabled(true); }
+    CDeferredPaint(const CDeferredPaint&) = delete;
+    CDeferredPaint& operator=(const CDeferredPaint&) = delete;
+
+private:
+    QWidget* m_pWidget;
+};
+
 /// Keeps a widget, such as the button of a run, from being used.
 class CDisabledWidget {
 public:

@@ -170,15 +170,20 @@ bool MainWindow::openProject(const QString& strFileName)
     WindowMemory memory;
     {
         const CQuietPages quiet(*this);
-        stopImagePlay();  // it would read frames while the project is read
+        const bool bPlays = m_timerPlay.isActive();
+        m_timerPlay.stop();  // it would end at the first event that is let through
         MappingParameters mapping = m_mapping;
         bool bOpened = false;
         computeAlive(report, [&](CAliveData& alive) {
             bOpened = tessera::openProject(alive.dataSet(), mapping, strFileName, alive.report(), &listReason,
                                            AxisLine::MayLack);
         });
-        if (!bOpened)
+        if (!bOpened) {
+            if (bPlays)
+                m_timerPlay.start();
             return false;
+        }
+        stopImagePlay();
         m_mapping = mapping;
         m_dataSet.m_vecFrameImage.clear();  // of the former series
         showDataSetAnew();

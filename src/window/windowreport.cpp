@@ -1,6 +1,7 @@
 #include "window/windowreport.h"
 
 #include "window/mainwindow.h"
+#include "window/guards.h"
 #include "window/messageedit.h"
 #include "window/timeleft.h"
 
@@ -60,6 +61,7 @@ void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMa
 void WindowReport::setProgress(int nValue)
 {
     QProgressBar* pBar = m_window.m_pProgressBar;
+    const CDeferredPaint deferred(pBar);
     pBar->setValue(nValue);
     const int nRange = pBar->maximum() - pBar->minimum();
     if (!m_bProgressShown || nRange <= 0 || m_strFormat.isEmpty())

@@ -65,7 +65,7 @@ TEST_F(Alive, NoRunKeepsTheThreadOfTheWindow)
 {
     solve();
     ASSERT_EQ(lines("", Qt::red), 0) << log().toStdString();
-    const double dfLimit = 2 * costOfReference();
+    const double dfLimit = 1.5 * costOfReference();
     const struct {
         const char* pszName;
         std::function<void()> fnRun;
@@ -94,11 +94,11 @@ TEST_F(Alive, NoRunKeepsTheThreadOfTheWindow)
         watch.begin();
         run.fnRun();
         watch.round();
-        nLong += processCpu() - dfBegin > 2 * dfLimit;
+        nLong += processCpu() - dfBegin > dfLimit;
         EXPECT_LT(watch.longestCpu(), dfLimit) << run.pszName;
     }
     EXPECT_GE(nLong, 3) << "the series is too small to tell anything";
-    EXPECT_EQ(lines("", Qt::red), 0) << log().toStdString();
+    EXPECT_EQ(log().count("did not finish"), 0);
 }
 
 TEST_F(Alive, ClicksAreAnsweredWhileTheRoadIsUnderWay)
@@ -109,7 +109,7 @@ TEST_F(Alive, ClicksAreAnsweredWhileTheRoadIsUnderWay)
     bool bBusy = false;
     during([&] { solve(); },
            [&] {
-               if (pRoad->m_pSolveButton->text() != "Stop" || m_pShift->m_pShiftTable->rowCount() == 0) {
+               if (!log().contains("Image shift evaluation started")) {
                    return false;
                }
                bBusy = true;

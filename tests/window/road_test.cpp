@@ -211,9 +211,6 @@ TEST_F(Road, ExportsAfterItHaveTheGeometryThatItRefined)
     const QByteArray bytesFresh = exported();
     EXPECT_TRUE(bytesFresh.contains("ROTATION_AXIS"));
     EXPECT_EQ(bytesFresh, bytesOf("driver/XDS.INP") + bytesOf("driver/w.pts"));
-    // A geometry that has changed since is no longer the refined one.
-    m_pFrames->m_pRotationAxisSpin->setValue(m_pFrames->m_pRotationAxisSpin->value() + 5);
-    EXPECT_NE(exported(), bytesFresh);
 }
 
 TEST(RoadRows, TimeThatIsLeft)

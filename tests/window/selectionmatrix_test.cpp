@@ -147,11 +147,18 @@ protected:
             }
         }
     }
+    /// Number of the frame and intensity of a point of the curve.
+    QList<double> numbersOfCurve(int nPoint) const
+    {
+        QList<double> listNumber;
+        for (const QString& strWord : m_pPlot->text().split('\n').value(nPoint).simplified().split(' ')) {
+            listNumber.append(QLocale::system().toDouble(strWord));
+        }
+        return listNumber;
+    }
     void clickCurve(int nPoint)
     {
-        const QStringList listNumber = m_pPlot->text().split('\n').value(nPoint).simplified().split(' ');
-        const QLocale locale = QLocale::system();
-        const double dfX = locale.toDouble(listNumber.value(0)), dfY = locale.toDouble(listNumber.value(1));
+        const double dfX = numbersOfCurve(nPoint).value(0), dfY = numbersOfCurve(nPoint).value(1);
         QTest::mouseClick(m_pPlot->canvas(), Qt::LeftButton, {},
                           QPoint(qRound(m_pPlot->transform(QwtPlot::xBottom, dfX)),
                                  qRound(m_pPlot->transform(QwtPlot::yLeft, dfY))));
@@ -220,8 +227,7 @@ TEST_F(SelectionMatrix, FromEachViewToAllOthers)
     disc(0);
     m_pTabs->setCurrentIndex(2);
     clickCurve(1);
-    EXPECT_EQ(m_pSelection->model().current().nFrame + 1,
-              m_pPlot->text().section('\n', 1, 1).section('\t', 0, 0).toInt());
+    EXPECT_EQ(m_pSelection->model().current().nFrame + 1, numbersOfCurve(1).value(0));
     expectChosen(a, "curve");
     m_pSelection->chooseReflection(b.nID);
     expectChosen(b, "a step of the keys");

@@ -113,13 +113,17 @@ void IntegrationController::take(const std::shared_ptr<const IntegrationResult>&
     m_listCell = cellOf(pResult);
     m_host.pPage->showResult(summaryOf(*pResult));
     m_host.pPage->offerSpaceGroups(namesOf(pResult->spaceGroups));
+    breathe();
     m_host.pTab->setResult(*pResult, fileStem());
+    breathe();
     if (m_pProfile) {
         m_pProfile->clear();
     }
     m_host.pTable->setIntegrated(peaksOfTable());
+    breathe();
     if (bFirst) {  // later it is the user who has chosen the columns
         m_host.pTable->checkIntegratedColumns(true);
+        breathe();
     }
     showDiscs(m_host.fnFrameInView());
 }
@@ -149,6 +153,13 @@ void IntegrationController::putBack(const std::shared_ptr<const IntegrationResul
         take(pResult);
     } else {
         m_host.pTable->setIntegrated(peaksOfTable());  // the table's indices may be others now
+    }
+}
+
+void IntegrationController::breathe() const
+{
+    if (m_host.fnBreathe) {
+        m_host.fnBreathe();
     }
 }
 

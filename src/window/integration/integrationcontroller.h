@@ -55,6 +55,8 @@ struct IntegrationHost {
     std::function<bool(const IntegrationResult&, const Observation&, CRunReport&, ObservationProfile&)>
         fnProfile;
     FnWrite fnWrite;  ///< writes the files of a result; false with the reason
+    /// Lets events through between one view and the next; may be empty.
+    std::function<void()> fnBreathe;
 };
 
 /// Keeps the result of the last integration until another series comes, and shows it on the page, on the
@@ -113,6 +115,7 @@ private:
         std::weak_ptr<const IntegrationResult> pResult;
         QList<Vec3D> listCell;
     };
+    void breathe() const;
 
     IntegrationHost m_host;
     std::shared_ptr<const IntegrationResult> m_pResult;  ///< null: nothing is integrated

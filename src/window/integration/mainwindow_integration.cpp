@@ -75,6 +75,7 @@ void MainWindow::createIntegration()
         });
         return bWritten;
     };
+    host.fnBreathe = [this] { pumpEvents(); };
     m_pIntegration = new IntegrationController(host, this);
     connect(this, &MainWindow::frameLoaded, m_pIntegration,
             [this](int nFrame, bool bLoaded) { m_pIntegration->showDiscs(bLoaded ? nFrame - 1 : -1); });

@@ -246,6 +246,7 @@ void MainWindow::takeRoadStep(const RoadStep& step, const RoadState& state)
         m_dataSet.takeSeries(state.dataSet);
         m_mapping = state.mapping;
         showDataSetAnew();
+        pumpEvents();
         showFirstFrame();
         return;
     }

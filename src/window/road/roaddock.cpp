@@ -1,5 +1,6 @@
 #include "window/road/roaddock.h"
 
+#include "window/guards.h"
 #include "window/pages/controltips.h"
 #include "window/timeleft.h"
 
@@ -213,6 +214,7 @@ void RoadDock::startProgress(const QString& strFormat, int nMinimum, int nMaximu
 
 void RoadDock::setProgress(int nValue)
 {
+    const CDeferredPaint deferred(m_pProgress);
     m_pProgress->setValue(nValue);
     const int nRange = m_pProgress->maximum() - m_pProgress->minimum();
     if (nRange > 0 && m_timer.isValid()) {

@@ -162,11 +162,12 @@ void SelectionController::chooseSpot(const QPointF& ptRaw, Qt::KeyboardModifiers
     }
     const double dfReach = g_dfReach / std::min(m_host.fnFrameScale(), 1.0);
     const int nPeak = links().peakAt(nFrame, ptRaw, dfReach);
+    const auto disc = m_host.fnDiscAt(ptRaw);
+    m_bOnDisc = disc.has_value();
     if (nPeak >= 0) {
         choosePeaks({nPeak}, wayOf(modifiers), m_host.pFrame);
         return;
     }
-    const auto disc = m_host.fnDiscAt(ptRaw);
     if (!disc) {
         return;
     }
@@ -322,7 +323,8 @@ void SelectionController::show(const QObject* pSource)
                                        : QStringLiteral(" — ") + listHidden.join(QStringLiteral("; "))));
     }
     const auto indices = indicesOf(current.nReflection);
-    if (indices && pSource != m_host.pFrame && pSource != m_host.pTable) {
+    // A click on a disc or a row has brought up its own profile.
+    if (indices && (pSource != m_host.pFrame || !m_bOnDisc) && pSource != m_host.pTable) {
         m_host.fnShowProfile(*indices, current.nFrame);
     }
 }

@@ -92,6 +92,7 @@ private:
     CReflectionLinks m_links;
     QList<QAction*> m_listAction;
     bool m_bShowing = false;  ///< the views are being set
+    bool m_bOnDisc = false;   ///< the last click on a frame was on the disc of a prediction
     bool m_bScroll = false;   ///< the chosen spot is to be scrolled to when its frame comes
 };
 
