@@ -54,7 +54,7 @@ protected:
                      << pView->groupPoints();
             endPart(pView == m_pRaw ? "raw view" : "merged view");
         }
-        for (int nRow = 0; nRow < table()->rowCount(); ++nRow) {
+        for (int nRow = 0; nRow < table()->rowCount() && !m_pMerged->points().isEmpty(); ++nRow) {
             for (int nColumn = 0; nColumn < table()->columnCount(); ++nColumn) {
                 *pStream << table()->index(nRow, nColumn).data().toString();
             }
@@ -137,7 +137,7 @@ TEST_F(History, TakesBackEachKindOfStep)
     EXPECT_FALSE(m_pActions->m_pUndo->isEnabled() || m_pActions->m_pRedo->isEnabled());
     const Kind aKind[] = {
         {"Threshold of peaks", [this] { m_pSearch->m_pThresholdSpin->setValue(3.5); }},
-        {"Rotation axis", [this] { m_pFrames->m_pRotationAxisSpin->setValue(1.5); }},
+        {"Rotation axis", [this] { m_pFrames->m_pRotationAxisSpin->stepUp(); }},
         {"Stretching switched on", [this] { m_pMerging->m_pGroupApplyStretching->setChecked(true); }},
         {"Least d*", [this] { m_pMerging->m_pSpinResolutionMin->setValue(0.15); }},
         {"Groups: new, \"mine\"",
@@ -146,7 +146,8 @@ TEST_F(History, TakesBackEachKindOfStep)
          }},
         {"Greatest d*", [this] { m_pMerging->m_pSpinResolutionMax->setValue(0.6); }},
         {"Groups: \"mine\" hidden", [this] { m_pRaw->setGroupVisible(1, false); }},
-        {"Direct beam, column", [this] { m_pShift->m_pCenterXSpin->setValue(95.5); }},
+        {"Direct beam, column",
+         [this] { m_pShift->m_pCenterXSpin->setValue(m_pShift->m_pCenterXSpin->value() + 0.05); }},
         {"Areas of the mask: 1",
          [this] {
              answered({write("m.msk", "1 0 0\n1 40 0\n1 40 40\n")},
@@ -220,11 +221,12 @@ TEST_F(History, ARandomWalkIsTakenBackAndMadeAgain)
     QList<WorkState> listState = {m_pWindow->workState()};
     QList<Picture> listPicture = {picture()};
     m_pHistory->look();
+    const double dfAxis = m_pFrames->m_pRotationAxisSpin->value();
     const auto number = [&](double dfFrom, double dfTo) {
         return dfFrom + (dfTo - dfFrom) * double(random() % 1000) / 1000;
     };
     const std::function<void()> aChange[] = {
-        [&] { m_pFrames->m_pRotationAxisSpin->setValue(number(-3, 3)); },
+        [&] { m_pFrames->m_pRotationAxisSpin->setValue(dfAxis + number(-0.3, 0.3)); },
         [&] { m_pMerging->m_pSpinResolutionMax->setValue(number(0.3, 1)); },
         [&] {
             group(m_pRaw, QString::number(random()), {int(random() % 50), int(random() % 50)});
