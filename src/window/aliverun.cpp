@@ -12,9 +12,19 @@ const std::chrono::milliseconds g_patience(15);  // an answer to a click comes w
 
 }  // namespace
 
+/// A table of thousands of lines would take the log longer than a click may wait: it comes in pieces.
 void CAliveRun::addMessage(const QString& strText, Severity severity)
 {
-    post([=](CRunReport& report) { report.addMessage(strText, severity); });
+    const int nMostLines = 50;
+    for (int nFrom = 0; nFrom >= 0;) {
+        int nEnd = nFrom - 1;
+        for (int nLines = 0; nLines < nMostLines && (nLines == 0 || nEnd >= 0); ++nLines) {
+            nEnd = strText.indexOf(QLatin1Char('\n'), nEnd + 1);
+        }
+        const QString strPiece = strText.mid(nFrom, nEnd < 0 ? -1 : nEnd - nFrom);
+        post([=](CRunReport& report) { report.addMessage(strPiece, severity); });
+        nFrom = nEnd < 0 ? -1 : nEnd + 1;
+    }
 }
 
 void CAliveRun::addHtml(const QString& strHtml, Severity severity)

@@ -35,6 +35,7 @@ public:
     /// stops the run and comes out of run() at its end.
     void guardInWindow(const std::function<void()>& fn);
 
+    /// A text of many lines comes to the window's report as several of fewer lines.
     void addMessage(const QString& strText, Severity severity = Severity::Info) override;
     void addHtml(const QString& strHtml, Severity severity = Severity::Info) override;
     void startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool bTaskBar = false) override;

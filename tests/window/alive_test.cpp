@@ -171,8 +171,11 @@ TEST(AliveRun, WhatIsSaidComesInOrderAndAStopAtOnce)
         EXPECT_EQ(report.listText, listWanted) << "a question comes after the lines before it";
         run.inWindow([&] { report.bStop = true; });
         EXPECT_FALSE(run.goOn()) << "as if the events had been handled here";
+        run.addMessage(QString(120, '\n') + "end");  // a table of the log
         run.fail("the reason");
     });
+    EXPECT_EQ(report.listText.mid(600).join('\n'), QString(120, '\n') + "end\nthe reason");
+    EXPECT_EQ(report.listText.size(), 600 + 3 + 1);
     EXPECT_EQ(report.reason(), "the reason");
     EXPECT_EQ(report.listText.last(), "the reason");
 
