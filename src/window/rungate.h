@@ -15,7 +15,7 @@ struct RunWishes {
 
 /// Counts the runs of the window and the reports that handle events for them.
 ///
-/// Computing happens in the thread of the window, which stays alive as a run lets waiting events through. A
+/// The slot of a run is on the stack until its end, and lets waiting events through meanwhile. A
 /// call that comes from such events must not change what the run has in use: isPumping() tells it apart from
 /// a call that the run makes itself. Such a call is refused, or leaves its wish here for the end of the run.
 class CRunGate {
