@@ -1,7 +1,7 @@
 #include "window/windowreport.h"
 
-#include "window/mainwindow.h"
 #include "window/guards.h"
+#include "window/mainwindow.h"
 #include "window/messageedit.h"
 #include "window/timeleft.h"
 

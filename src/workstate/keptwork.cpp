@@ -1,6 +1,7 @@
 #include "workstate/keptwork.h"
 
 #include "dataset/displayname.h"
+#include "imagefiles/framename.h"
 #include "workstate/workstatefile.h"
 
 #include <QCryptographicHash>
@@ -167,13 +168,17 @@ QStringList changesSince(const KeptWork& work, const WorkState& state)
                                 .arg(work.strProject));
         }
     }
-    QStringList listMissing;
+    QStringList listFile;
     for (const QString& strFrame : state.series.m_listFrameFile) {
-        if (!QFileInfo::exists(strFrame)) {
-            listMissing.append(strFrame);
+        listFile.append(frameName(strFrame).strFile);
+    }
+    listFile.removeDuplicates();  // frames of one stack
+    QStringList listMissing;
+    for (const QString& strFile : qAsConst(listFile)) {
+        if (!QFileInfo::exists(strFile)) {
+            listMissing.append(strFile);
         }
     }
-    listMissing.removeDuplicates();  // frames of one stack
     if (!listMissing.isEmpty()) {
         listLine.append(QStringLiteral("%1 of the frames' files are no longer there, the first is %2.")
                             .arg(listMissing.size())

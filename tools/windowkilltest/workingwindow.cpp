@@ -72,9 +72,7 @@ public:
                 break;
         }
         m_pKeeper->keep(m_window.workState(), QStringLiteral("step %1").arg(++m_nStep));
-        if (m_random() % 4 != 0) {
-            m_pKeeper->wait();
-        }
+        m_pKeeper->wait();
         QCoreApplication::processEvents();
     }
 
