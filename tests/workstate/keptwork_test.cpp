@@ -33,7 +33,8 @@ protected:
         WorkState state;
         state.series.m_strProjectDir = path();
         state.series.m_strProjectName = strName;
-        state.series.m_listFrameFile = {path(QStringLiteral("f1.mrc#1")), path(QStringLiteral("f1.mrc#2"))};
+        state.series.m_listFrameFile = QStringList{path(QStringLiteral("f1.mrc#1")),
+                                                   path(QStringLiteral("f1.mrc#2"))};
         return state;
     }
     /// A file that a window has left, with its lock.
