@@ -90,7 +90,9 @@ protected:
         QByteArray bytes;
         for (const QFileInfo& info :
              QDir(s_pSeries->path()).entryInfoList({"q.*"}, QDir::Files, QDir::Name)) {
-            bytes += info.fileName().toUtf8() + readBytes(info.filePath());
+            if (!info.fileName().endsWith(QLatin1String(".window.json"))) {  // numbers of the pages, kept
+                bytes += info.fileName().toUtf8() + readBytes(info.filePath());
+            }
         }
         return bytes;
     }

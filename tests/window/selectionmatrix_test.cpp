@@ -28,7 +28,7 @@ protected:
     void SetUp() override
     {
         IntegrationWindow::SetUp();
-        m_pWindow->resize(1280, 800);
+        m_pWindow->resize(1920, 1200);  // room between the points for a click
         m_pSelection = m_pWindow->findChild<SelectionController*>();
         m_pPeaks = static_cast<PeakTableView*>(m_pTable);
         m_pPlot = m_pWindow->findChild<CurvePlot*>();

@@ -66,6 +66,7 @@ void MainWindow::createStatusStrip()
     pBar->setObjectName(QStringLiteral("Status"));
     pBar->setMovable(false);
     pBar->toggleViewAction()->setVisible(false);  // it comes and goes with the data set
+    pBar->toggleViewAction()->setText({});
     pBar->addWidget(m_pStatus);
     pBar->hide();
     connect(m_pStatus->m_pUpdateButton, &QPushButton::clicked, this, &MainWindow::bringUpToDate);
