@@ -90,20 +90,36 @@ public:
         m_geometry.geometry.dfPixelSize = 0.01;
         m_geometry.geometry.plane.axis = 30;
         m_geometry.sizeFrame = {g_nSize, g_nSize};
-        CImgObj<float> image;
-        image.Create(g_nSize, g_nSize);
-        std::fill_n(image.Data(), g_nSize * g_nSize, 7.f);
-        for (int y = 10; y < 20; ++y) {
-            image.Data()[y * g_nSize + 15] = std::numeric_limits<float>::quiet_NaN();
-        }
         for (int n = 0; n < nFrames; ++n) {
             m_data.m_listFrameFile.append(m_dir.filePath(QStringLiteral("e_%1.mrc").arg(n)));
-            CMrcWriter<float> writer;
-            writer.open(m_data.m_listFrameFile.last(), g_nSize, g_nSize, 1);
-            writer.addSection(image.Data());
-            EXPECT_TRUE(writer.commit());
             m_geometry.listTilt.push_back(dfFirst + n * dfStep);
             m_geometry.listBeam.push_back({g_nSize / 2.0 + 0.3, g_nSize / 2.0 - 0.2});
+            m_listPixel.emplace_back(size_t(g_nSize * g_nSize), 7.f);
+            for (int y = 10; y < 20; ++y) {
+                m_listPixel.back()[size_t(y * g_nSize + 15)] = std::numeric_limits<float>::quiet_NaN();
+            }
+        }
+    }
+    /// A round spot on a frame, pixels from its beam; narrow, as what of it flashes up beyond the frame's
+    /// turn is not in a section.
+    void addSpot(int nFrame, double dfX, double dfY)
+    {
+        const FramePlace& beam = m_geometry.listBeam[size_t(nFrame)];
+        for (int y = 0; y < g_nSize; ++y) {
+            for (int x = 0; x < g_nSize; ++x) {
+                const double dfAway = std::hypot(x - beam.dfX - dfX, y - beam.dfY - dfY);
+                m_listPixel[size_t(nFrame)][size_t(y * g_nSize + x)] += float(1000 *
+                                                                              std::exp(-2 * dfAway * dfAway));
+            }
+        }
+    }
+    void write()
+    {
+        for (size_t n = 0; n < m_listPixel.size(); ++n) {
+            CMrcWriter<float> writer;
+            writer.open(m_data.m_listFrameFile[int(n)], g_nSize, g_nSize, 1);
+            writer.addSection(m_listPixel[n].data());
+            EXPECT_TRUE(writer.commit());
         }
     }
     static constexpr int g_nSize = 160;
@@ -112,7 +128,27 @@ public:
 
 private:
     QTemporaryDir m_dir;
+    std::vector<std::vector<float>> m_listPixel;
 };
+
+/// The tilt at which a point of the crystal lies on the sphere, degrees, by halving; none from -60 to 60.
+std::optional<double> crossing(const DoubleVector& point, double dfK)
+{
+    const auto off = [&](double dfTilt) {
+        const double dfCos = std::cos(radians(dfTilt)), dfSin = std::sin(radians(dfTilt));
+        const double dfY = dfCos * point[1] + dfSin * point[2], dfZ = dfCos * point[2] - dfSin * point[1];
+        return std::hypot(point[0], dfY, dfZ - dfK) - dfK;
+    };
+    double dfLow = -60, dfHigh = 60;
+    if (off(dfLow) * off(dfHigh) > 0) {
+        return {};
+    }
+    for (int n = 0; n < 60; ++n) {
+        const double dfMiddle = (dfLow + dfHigh) / 2;
+        (off(dfLow) * off(dfMiddle) <= 0 ? dfHigh : dfLow) = dfMiddle;
+    }
+    return dfLow;
+}
 
 }  // namespace
 
@@ -240,7 +276,8 @@ TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
 TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
 {
     const double dfHalf = 30, dfStep = 3;
-    const CEvenFrames frames(21, -dfHalf, dfStep);
+    CEvenFrames frames(21, -dfHalf, dfStep);
+    frames.write();
     SectionOptions options;
     options.dfMaxDStar = 0.7;
     options.dfThickness = 0.02;
@@ -282,6 +319,58 @@ TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
     EXPECT_GT(nSeen, 4000);
     EXPECT_GT(nUnseen, 4000);
     EXPECT_NEAR(seenShare(section), (2 * dfHalf + dfStep) / 180, 0.03);
+}
+
+TEST(ReciprocalSection, SpotsComeToTheirPlacesFromBetweenTheFrames)
+{
+    // Steps as large as the way of a spot over five pixels; the plane is oblique to the axis, so that a spot
+    // moves along it, too. Each spot stands on the nearest frame where it flashes up at its own tilt.
+    const double dfStep = 6, dfK = 1 / 0.05;
+    CEvenFrames frames(21, -60, dfStep);
+    std::vector<std::array<int, 3>> listIndex;
+    double dfMostMove = 0;
+    for (int h = -6; h <= 6; h += 2) {
+        for (int l = -8; l <= 8; l += 2) {
+            const DoubleVector point = {0.05 * h, -0.06 * h, 0.07 * l};
+            const std::optional<double> tilt = crossing(point, dfK);
+            const double dfLength = std::sqrt(dot(point, point));
+            // Where it moves across the plane fast enough to have a place there.
+            if (!tilt || std::fabs(point[1]) < 0.1 || std::fabs(point[2]) < 0.1 || dfLength > 0.6) {
+                continue;
+            }
+            const double dfCos = std::cos(radians(*tilt)), dfSin = std::sin(radians(*tilt));
+            const double dfX = point[0], dfY = dfCos * point[1] + dfSin * point[2];
+            const double dfFlat = dfK / std::sqrt(dfK * dfK - dfX * dfX - dfY * dfY) / 0.01;
+            const double dfAxisCos = std::cos(radians(30)), dfAxisSin = std::sin(radians(30));
+            const int nFrame = int(std::lround((*tilt + 60) / dfStep));
+            frames.addSpot(nFrame, dfFlat * (dfAxisCos * dfX + dfAxisSin * dfY),
+                           dfFlat * (dfAxisCos * dfY - dfAxisSin * dfX));
+            listIndex.push_back({h, -h, l});
+            dfMostMove = std::max(
+                dfMostMove, radians(std::fabs(*tilt + 60 - nFrame * dfStep)) * std::fabs(point[1]) / 0.01);
+        }
+    }
+    frames.write();
+    SectionOptions options;
+    options.dfMaxDStar = 0.7;
+    options.dfThickness = 0.002;  // passed within a part of a frame's turn
+    std::vector<ReciprocalSection> listSection;
+    CRunReport report;
+    ASSERT_TRUE(
+        makeSections(frames.m_data, frames.m_geometry, {plane("[1 1 0]")}, options, 2, report, listSection)
+            .finished());
+    EXPECT_GT(listIndex.size(), 12U);
+    EXPECT_GT(dfMostMove, 1.2) << "pixels, between the frame and the flash";
+    int nSeen = 0;
+    for (const std::array<int, 3>& an : listIndex) {
+        const SpotOnSection spot = spotAt(listSection.front(), an);
+        nSeen += spot.bSeen;
+        if (spot.bSeen) {
+            EXPECT_LT(spot.dfOff, 0.5) << an[0] << " " << an[1] << " " << an[2];
+            EXPECT_GT(spot.dfHeight, 50) << an[0] << " " << an[1] << " " << an[2];
+        }
+    }
+    EXPECT_GT(nSeen, int(listIndex.size()) / 2);
 }
 
 TEST(ReciprocalSection, AveragesHaveTheSymmetryAndFewerGaps)

@@ -1,4 +1,5 @@
 // MainWindow: its work kept on the disk, and what a crash has interrupted brought back.
+#include "dataset/pagerounding.h"
 #include "window/history/interrupteddialog.h"
 #include "window/history/workhistory.h"
 #include "window/history/workkeeper.h"
@@ -40,9 +41,18 @@ void MainWindow::keepWork(const QString& strFolder)
 /// Keeps what "Solve" has come to. It is no step of its own for undo.
 void MainWindow::keepStage(const QString& strStage)
 {
-    if (m_pKeeper) {
-        guarded([&] { m_pKeeper->keep(workState(), strStage); });
+    if (!m_pKeeper) {
+        return;
     }
+    guarded([&] {
+        WorkState state = workState();
+        // A stage may end with more decimals than its boxes show: what follows reads the boxes.
+        DataSet rounded;
+        rounded.takeSeries(state.series);
+        roundToPages(rounded);
+        state.series = rounded;
+        m_pKeeper->keep(state, strStage);
+    });
 }
 
 /// Another series is open: there is nothing to restore of the former one.
