@@ -2,6 +2,7 @@
 
 #include "dataset/dataset.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace tessera {
@@ -28,6 +29,9 @@ public:
         std::memcpy(&nBits, &df, sizeof df);
         add(nBits);
     }
+    /// A number as a peak list has it, so that a list that is read back has the print of that which was
+    /// written.
+    void addAsInFile(double df) { add(double(float(std::nearbyint(df * 10) / 10))); }
     void add(int n) { add(quint64(quint32(n))); }
 
     /// Something has come, so it is not 0.
@@ -46,11 +50,10 @@ quint64 printOfPeaks(const QList<QList<Peak3D>>& listPeakFrame)
     for (const QList<Peak3D>& listPeak : listPeakFrame) {
         print.add(listPeak.size() + 1);
         for (const Peak3D& peak : listPeak) {
-            print.add(peak.nID);
-            print.add(peak.dfX2D);
-            print.add(peak.dfY2D);
-            print.add(peak.dfIPoint);
-            print.add(peak.dfI2D);
+            print.addAsInFile(peak.dfX2D);
+            print.addAsInFile(peak.dfY2D);
+            print.addAsInFile(peak.dfIPoint);
+            print.addAsInFile(peak.dfI2D);
         }
     }
     return print.value();

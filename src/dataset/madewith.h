@@ -20,8 +20,8 @@ struct SeriesData;
 // by a file, its record is about none that is there, and nobody has to clear it. A print is a hash of
 // content, the same in each run of the program; 0 is that of nothing.
 
-/// Of the places and intensities of the peaks on their frames; where they lie in reciprocal space is not in
-/// it.
+/// Of the places and intensities of the peaks on their frames, to the tenths that a peak list holds; where
+/// they lie in reciprocal space is not in it.
 quint64 printOfPeaks(const QList<QList<Peak3D>>& listPeakFrame);
 /// Of the points of reflections with their intensities.
 quint64 printOfReflections(const QList<Peak3D>& listPeak);

@@ -748,7 +748,7 @@ private:
     TiltRefinementOptions tiltOptions(CRunReport& report) const;
     void setButtonStatus(QPushButton* pButton, ButtonStatus status);
     QString askSaveImageName(bool bConfirmOverwrite);
-    QList<Peak3D> peaksOfTable() const;
+    void showInPeakTable(const QList<Peak3D>& listPeak);
     void takeWorkState(const WorkState& state);
     void showSeriesOfState(const SeriesData& series);
     void showPagesOfState(const SeriesData& former);
@@ -847,7 +847,8 @@ private:
         QList<QPolygonF> listArea;
         QList<QPoint> listHotPixel;
     } m_leftOut;
-    QString m_strMaskFile;  ///< that the mask was loaded from; empty: from none
+    QString m_strMaskFile;          ///< that the mask was loaded from; empty: from none
+    QList<Peak3D> m_listTablePeak;  ///< what the peak table shows
     CRawGroups m_rawGroups;
     std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null
     CLatticeColors m_colorsRaw;

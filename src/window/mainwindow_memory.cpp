@@ -72,7 +72,7 @@ WindowMemory MainWindow::windowMemory()
     }
     if (made.merged && made.merged->nPeaks == nPeaks &&
         made.merged->nMerged == printOfReflections(m_dataSet.m_listPeakMerged)) {
-        memory.merged = {m_nMergedGroup, nPeaks, made.merged->nMerged};
+        memory.merged = {m_nMergedGroup, nPeaks, quint64(m_dataSet.m_listPeakMerged.size())};
     }
     return memory;
 }
@@ -89,11 +89,13 @@ void MainWindow::keepWindowMemory()
     }
     m_bytesKept = bytes;
     const QString strFile = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
-    if (QFileInfo(m_dataSet.m_strProjectDir).isWritable() && writeWholeFile(strFile, bytes)) {
-        return;
-    }
+    const bool bInFile = QFileInfo(m_dataSet.m_strProjectDir).isWritable() && writeWholeFile(strFile, bytes);
+    // Empty: the file has the newest numbers.
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    keepInSettings(*pSettings, QDir::cleanPath(strProject), bytes);
+    const QString strKey = QDir::cleanPath(strProject);
+    if (!bInFile || !keptInSettings(*pSettings, strKey).isEmpty()) {
+        keepInSettings(*pSettings, strKey, bInFile ? QByteArray() : bytes);
+    }
 }
 
 /// To be called with the signals of the pages cut, before the peaks are shown.
@@ -102,12 +104,12 @@ WindowMemory MainWindow::takeWindowMemory(CRunReport& report)
     WindowMemory memory = {m_hunting, m_mapping, m_merging, m_cellHunting, m_indexing, {}, {}};
     const QString strName = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
     QFile file(strName);
-    QByteArray bytes;
-    if (QFileInfo(strName).isFile() && file.open(QIODevice::ReadOnly)) {
-        bytes = file.readAll();
-    } else {
-        const std::unique_ptr<QSettings> pSettings(makeSettings());
-        bytes = keptInSettings(*pSettings, QDir::cleanPath(projectFile()));
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    // Newer than the file, where that could not be written.
+    QByteArray bytes = keptInSettings(*pSettings, QDir::cleanPath(projectFile()));
+    if (bytes.isEmpty() && QFileInfo(strName).isFile() && file.open(QIODevice::ReadOnly)) {
+        const qint64 nMost = 1 << 20;  // a thousand times what is written
+        bytes = file.read(nMost);
     }
     QString strReason;
     if (bytes.isEmpty()) {
@@ -130,11 +132,17 @@ WindowMemory MainWindow::takeWindowMemory(CRunReport& report)
 }
 
 /// Merging takes less time than reading its chains from a file would, and needs no file that could be out of
-/// date: what does not come out as it was is no result.
+/// date. The peak list has tenths of a pixel, by which a chain here and there may come out otherwise: two in
+/// a hundred reflections more or less are taken for the same, others are no result.
 void MainWindow::mergeAsBefore(const WindowMemory& memory, CRunReport& report)
 {
-    if (!memory.merged || !m_dataSet.m_peakMapping ||
-        memory.merged->nPeaks != printOfPeaks(m_dataSet.m_listPeakFrame)) {
+    if (!memory.merged || !m_dataSet.m_peakMapping) {
+        return;
+    }
+    if (memory.merged->nPeaks != printOfPeaks(m_dataSet.m_listPeakFrame)) {
+        report.addMessage(tr(
+            "The reflections that were merged before are not shown: the peaks beside the project are others. "
+            "Merge anew."));
         return;
     }
     const int nGroup = memory.merged->nGroup;
@@ -146,7 +154,8 @@ void MainWindow::mergeAsBefore(const WindowMemory& memory, CRunReport& report)
         return;
     }
     std::optional<MergedMade>& made = m_dataSet.m_made.merged;
-    if (made && made->nMerged == memory.merged->nMerged) {
+    const double dfNow = m_dataSet.m_listPeakMerged.size(), dfBefore = double(memory.merged->nMerged);
+    if (made && std::abs(dfNow - dfBefore) <= 0.02 * dfBefore) {
         m_nMergedGroup = nGroup;
         showInMergedView(m_dataSet.m_listPeakMergedShown, result.listStreakIndex);
         updatePeakTable(m_dataSet.m_listPeakMerged);

@@ -117,7 +117,7 @@ TESSERA_MEMBERS(IntegrationResult, series, integrated, laue, chosen, scaling, un
 
 TESSERA_MEMBERS(WorkState, series, hunting, mapping, merging, cellHunting, indexing, extraction, refinement,
                 bConstantBackground, knownCell, matTransformation, listRawGroup, listMergedGroup,
-                listMergedPoint, pGeometry, pIntegration);
+                listMergedPoint, listTablePeak, pGeometry, pIntegration);
 
 #undef TESSERA_MEMBERS
 

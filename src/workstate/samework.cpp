@@ -33,6 +33,7 @@ bool shareLists(const WorkState& stateA, const WorkState& stateB)
            isShared(a.m_vecPeakIndexedOnFrame, b.m_vecPeakIndexedOnFrame) &&
            isShared(a.m_listReflectionIndexed, b.m_listReflectionIndexed) &&
            isShared(stateA.listMergedPoint, stateB.listMergedPoint) &&
+           isShared(stateA.listTablePeak, stateB.listTablePeak) &&
            isShared(stateA.listRawGroup, stateB.listRawGroup) &&
            isShared(stateA.listMergedGroup, stateB.listMergedGroup);
 }

@@ -27,7 +27,7 @@ struct WindowMemory {
     struct Merged {
         int nGroup = -1;      ///< of the peaks; −1: all of them
         quint64 nPeaks = 0;   ///< print of the peaks
-        quint64 nMerged = 0;  ///< print of the reflections that the numbers above make of them
+        quint64 nMerged = 0;  ///< number of the reflections that the numbers above made of them
     };
     std::optional<Merged> merged;
 };

@@ -106,6 +106,7 @@ std::vector<WorkBlock> blocksOf(const WorkState& state)
     CFinder finder;
     addSeries(state.series, finder);
     finder.add(state.listMergedPoint);
+    finder.add(state.listTablePeak);
     addGroups(state.listRawGroup, finder);
     addGroups(state.listMergedGroup, finder);
     if (state.pGeometry) {

@@ -34,6 +34,8 @@ struct WorkState {
     /// Points of the merged view with the indices that the last indexing gave each of them; empty: those of
     /// the series, with the indices of its indexed reflections.
     QList<Peak3D> listMergedPoint;
+    QList<Peak3D>
+        listTablePeak;  ///< what the peak table shows; empty: nothing, in a row that keeps its layout
     std::shared_ptr<const GeometryRefinement>
         pGeometry;  ///< the last refinement of the geometry; may be null
     std::shared_ptr<const IntegrationResult> pIntegration;  ///< the last integration; may be null

@@ -95,7 +95,7 @@ protected:
             }
             if (distanceToOthers(m_pRaw, chosen.nRawPoint, setPeak) < 14 ||
                 distanceToOthers(m_pMerged, chosen.nMerged, {chosen.nID}) < 14 ||
-                (!m_vecChosen.empty() && m_vecChosen[0].nFrame == chosen.nFrame)) {
+                (!m_vecChosen.empty() && std::abs(m_vecChosen[0].nFrame - chosen.nFrame) < 4)) {
                 continue;
             }
             chosen.strIndices =

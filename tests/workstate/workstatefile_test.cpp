@@ -4,6 +4,7 @@
 #include "tests/workstate/randomstate.h"
 
 #include <gtest/gtest.h>
+#include <QDir>
 
 #include <cmath>
 
@@ -128,7 +129,8 @@ TEST(WorkStateFile, HoldsAgainstBytesWithARightSum)
 // A file of a former build is read as long as the version is the same: else that has to grow.
 TEST(WorkStateFile, ReadsTheFileOfItsVersion)
 {
-    const QByteArray bytes = readBytes(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/workstate/seed"));
+    const QByteArray bytes = readBytes(
+        QDir::cleanPath(QStringLiteral(TESSERA_TEST_DATA "/../../fuzzcases/workstate/seed")));
     WorkState state;
     QString strReason;
     ASSERT_TRUE(workStateFromBytes(bytes, state, &strReason)) << strReason.toStdString();

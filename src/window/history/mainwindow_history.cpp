@@ -67,19 +67,6 @@ bool areSame(const QList<PointGroup>& listA, const QList<PointGroup>& listB)
                       });
 }
 
-/// Whether the reflections with indices are some of the merged ones, and not of a merge before them.
-bool areAmong(const QList<Peak3D>& listIndexed, const QList<Peak3D>& listMerged)
-{
-    QHash<int, const Peak3D*> hashMerged;
-    for (const Peak3D& peak : listMerged) {
-        hashMerged.insert(peak.nID, &peak);
-    }
-    return std::all_of(listIndexed.begin(), listIndexed.end(), [&](const Peak3D& peak) {
-        const Peak3D* pMerged = hashMerged.value(peak.nID, nullptr);
-        return pMerged && pMerged->point() == peak.point() && pMerged->dfIPoint == peak.dfIPoint;
-    });
-}
-
 void setNumber(QDoubleSpinBox* pSpin, double dfValue)
 {
     const QSignalBlocker blocker(pSpin);
@@ -153,6 +140,7 @@ WorkState MainWindow::workState() const
         state.listMergedGroup = withoutPointsOfFirst(m_colorsMerged.groups(*m_pView3DMerged));
         state.listMergedPoint = m_pView3DMerged->points();
     }
+    state.listTablePeak = m_listTablePeak;
     state.pGeometry = m_pGeometry->shown();
     state.pIntegration = m_pIntegration->sharedResult();
     return state;
@@ -166,6 +154,7 @@ bool MainWindow::showWorkState(const WorkState& state)
     }
     stopImagePlay();
     WorkState former;
+    bool bShown = false;
     guarded([&] {
         const CRunFlag showing(m_bShowingState);  // no slot of a control takes what others still show
         const CQuietPages quiet(*this);
@@ -177,9 +166,10 @@ bool MainWindow::showWorkState(const WorkState& state)
         showCellOfState();
         m_pIntegration->putBack(state.pIntegration);
         m_pGeometry->putBack(state.pGeometry);
+        bShown = true;
     });
     guarded([&] { showFrameOfState(former.series); });
-    return true;
+    return bShown;
 }
 
 void MainWindow::takeWorkState(const WorkState& state)
@@ -273,11 +263,9 @@ void MainWindow::showPointsOfState(const WorkState& state, const WorkState& form
             m_pView3DMerged->setPoints(state.listMergedPoint, state.listMergedGroup);
         }
     }
-    if (!bSameReflections) {
+    if (!bSameReflections || !state.listTablePeak.isSharedWith(former.listTablePeak)) {
         // By the space group of the state and not that of the page, which may have been chosen since.
-        m_pPeakTableView->setTable(std::make_shared<const CPeakTable>(peaksOfTable(), m_dataSet,
-                                                                      m_indexing.m_dfIndexThreshold, m_locale,
-                                                                      m_pIntegration->peaksOfTable()));
+        showInPeakTable(state.listTablePeak);
     }
     if (!dataSet.m_listPeakChain.isSharedWith(former.series.m_listPeakChain)) {
         m_pCurvePlot->clearCurve();  // of a reflection that has left
@@ -285,21 +273,6 @@ void MainWindow::showPointsOfState(const WorkState& state, const WorkState& form
     if (!m_pLatticeLook->peaks.isOf(dataSet)) {
         forgetLattices();
     }
-}
-
-/// What the peak table shows: the indexed reflections of the merged ones, or else all of these, or a row that
-/// stands for nothing and keeps the layout.
-QList<Peak3D> MainWindow::peaksOfTable() const
-{
-    if (m_pView3DMerged->points().isEmpty()) {
-        Peak3D peakNone;
-        peakNone.nFrame = 0;
-        return {peakNone};
-    }
-    const QList<Peak3D>& listIndexed = m_dataSet.m_listReflectionIndexed;
-    return listIndexed.isEmpty() || !areAmong(listIndexed, m_dataSet.m_listPeakMerged)
-               ? m_dataSet.m_listPeakMerged
-               : listIndexed;
 }
 
 void MainWindow::showCellOfState()

@@ -67,6 +67,16 @@ void WorkHistory::look()
     if (!isReady()) {
         return;
     }
+    // It is called by the event loop itself, which nothing may be thrown through.
+    try {
+        compare();
+    } catch (const std::exception&) {
+        return;  // out of memory: the next look finds what has changed
+    }
+}
+
+void WorkHistory::compare()
+{
     const WorkState state = m_host.fnState();
     const WorkDifferences found = differences(m_steps.state(), state);
     if (m_bAnew || found.bOtherSeries) {
@@ -137,7 +147,7 @@ void WorkHistory::goTo(int nStep)
     {
         const CHold hold(*this, QString());
         if (!m_host.fnShow(state)) {
-            return;
+            return;  // the step stays as it was, and can be gone to again
         }
     }
     m_steps.goTo(nTo);

@@ -82,6 +82,7 @@ signals:
     void changed();
 
 private:
+    void compare();
     void begin(const WorkState& state);
     void note(const WorkState& state, const WorkDifferences& found);
     bool isReady() const;

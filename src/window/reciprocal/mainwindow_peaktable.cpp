@@ -138,9 +138,16 @@ void MainWindow::updatePeakTable(QList<Peak3D> listPeak)
 {
     guarded([&] {
         m_dataSet.m_spaceGroup.setSpaceGroup(m_pCellPage->m_pComboReflectionGrouping->currentData().toInt());
-        m_pPeakTableView->setTable(std::make_shared<const CPeakTable>(
-            listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale, m_pIntegration->peaksOfTable()));
+        showInPeakTable(listPeak);
     });
+}
+
+/// By the space group of the data set.
+void MainWindow::showInPeakTable(const QList<Peak3D>& listPeak)
+{
+    m_pPeakTableView->setTable(std::make_shared<const CPeakTable>(
+        listPeak, m_dataSet, m_indexing.m_dfIndexThreshold, m_locale, m_pIntegration->peaksOfTable()));
+    m_listTablePeak = listPeak;
 }
 
 void MainWindow::updatePeakTableColumnVisability()

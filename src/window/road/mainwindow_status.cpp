@@ -180,7 +180,7 @@ void MainWindow::bringUpToDate()
     while (flag.isSet()) {
         const std::vector<WorkStage> listStage = stagesToRun(workStatusByPages());
         if (listStage.empty()) {
-            report.addMessage(tr("All results are up to date."), Severity::Milestone);
+            report.addMessage(tr("No result is stale."), Severity::Milestone);
             break;
         }
         const WorkStage stage = listStage.front();
@@ -192,7 +192,9 @@ void MainWindow::bringUpToDate()
         }
         listRun.push_back(stage);
         runWorkStage(stage);
-        report.goOn();
+        if (!report.goOn()) {
+            break;
+        }
     }
     if (!flag.isSet()) {
         report.addMessage(tr("Bringing the results up to date was stopped; what was made stays."));

@@ -212,7 +212,7 @@ void StartPage::readCards()
                 const SeriesCard card = seriesCard(listRecent[i].listFile);
                 fnShow([this, i, card] { showCard(i, card); });
             }
-        } catch (const std::bad_alloc&) {  // the rows stay without what could not be read
+        } catch (const std::exception&) {  // the rows stay without what could not be read
         }
     });
 }
@@ -239,7 +239,8 @@ void StartPage::openSelected()
 {
     const int nRow = m_pRecentList->indexOfTopLevelItem(m_pRecentList->currentItem());
     if (nRow >= 0 && !m_listMissing[nRow]) {
-        emit seriesWanted(m_listRecent[nRow].listFile);
+        const QStringList listFile = m_listRecent[nRow].listFile;  // the list may change while it opens
+        emit seriesWanted(listFile);
     }
 }
 
@@ -247,7 +248,8 @@ void StartPage::removeSelected()
 {
     const int nRow = m_pRecentList->indexOfTopLevelItem(m_pRecentList->currentItem());
     if (nRow >= 0) {
-        emit removalWanted(m_listRecent[nRow].listFile);
+        const QStringList listFile = m_listRecent[nRow].listFile;
+        emit removalWanted(listFile);
     }
 }
 
