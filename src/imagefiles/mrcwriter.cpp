@@ -61,7 +61,7 @@ void notesToBytes(const MrcNotes& notes, const int32_t (&anSize)[3], uint8_t* pH
     floatToBytes(notes.fMaximum, pHeader + 80);
     floatToBytes(notes.fMean, pHeader + 84);
     qToLittleEndian(int32_t(nVersion), pHeader + 108);
-    std::memcpy(pHeader + 208, "MAP ", 4);
+    std::copy_n("MAP ", 4, pHeader + 208);
     floatToBytes(notes.fDeviation, pHeader + 216);
     const int nLabels = std::min(int(notes.listLabel.size()), nMostLabels);
     qToLittleEndian(int32_t(nLabels), pHeader + 220);

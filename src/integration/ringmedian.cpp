@@ -17,7 +17,9 @@ void takeOffRings(CImgObj<float>& image, const FramePlace& beam, const std::vect
         return;
     }
     const auto nRings = size_t(std::hypot(dfFarX, dfFarY)) + 2;
-    const auto ringAt = [&](int x, int y) { return size_t(std::hypot(x - beam.dfX, y - beam.dfY) + 0.5); };
+    const auto ringAt = [&](int x, int y) {
+        return size_t(std::lround(std::hypot(x - beam.dfX, y - beam.dfY)));
+    };
     std::vector<std::vector<float>> listRing(nRings);
     for (int y = 0; y < nHeight; ++y) {
         for (int x = 0; x < nWidth; ++x) {

@@ -136,7 +136,8 @@ bool CSectionSum::reaches(const Form& form, const DoubleVector& vecMiddle, doubl
 
 void CSectionSum::layPoint(double dfRight, double dfUp, float fValue, float fWeight, SectionPart& part) const
 {
-    const double dfCentre = (m_nSide - 1) / 2;
+    const int nCentre = (m_nSide - 1) / 2;  // of an odd side
+    const double dfCentre = nCentre;
     const double dfColumn = dfCentre + dfRight / m_dfStep, dfRow = dfCentre - dfUp / m_dfStep;
     if (!(dfColumn >= 0 && dfColumn < m_nSide - 1 && dfRow >= 0 && dfRow < m_nSide - 1)) {
         return;

@@ -73,7 +73,8 @@ std::optional<ToldLattice> toldByFile(const QString& strFileName)
     if (std::optional<ToldLattice> told = toldBy(object)) {
         return told;
     }
-    for (const QJsonValue& stage : object[QLatin1String("stages")].toArray()) {
+    const QJsonArray listStage = object[QLatin1String("stages")].toArray();
+    for (const QJsonValue& stage : listStage) {
         if (std::optional<ToldLattice> told = toldBy(stage.toObject()[QLatin1String("found")].toObject())) {
             return told;
         }

@@ -6,6 +6,7 @@
 #include "window/windowreport.h"
 #include "workstate/windowfile.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -34,15 +35,19 @@ void keepInSettings(QSettings& settings, const QString& strProject, const QByteA
             listEntry.removeAt(i);
         }
     }
-    listEntry.prepend(strProject + QLatin1Char('\n') + QString::fromUtf8(bytes));
+    const QString strNow = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
+    listEntry.prepend(QStringList{strProject, strNow, QString::fromUtf8(bytes)}.join(QLatin1Char('\n')));
     settings.setValue(QLatin1String(g_szKept), QStringList(listEntry.mid(0, g_nMostKept)));
 }
 
-QByteArray keptInSettings(const QSettings& settings, const QString& strProject)
+/// What was kept after that time.
+QByteArray keptInSettings(const QSettings& settings, const QString& strProject, const QDateTime& after)
 {
     for (const QString& strEntry : settings.value(QLatin1String(g_szKept)).toStringList()) {
         if (pathOf(strEntry) == strProject) {
-            return strEntry.section(QLatin1Char('\n'), 1).toUtf8();
+            const QDateTime when = QDateTime::fromString(strEntry.section(QLatin1Char('\n'), 1, 1),
+                                                         Qt::ISODateWithMs);
+            return when > after ? strEntry.section(QLatin1Char('\n'), 2).toUtf8() : QByteArray();
         }
     }
     return {};
@@ -89,13 +94,11 @@ void MainWindow::keepWindowMemory()
     }
     m_bytesKept = bytes;
     const QString strFile = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
-    const bool bInFile = QFileInfo(m_dataSet.m_strProjectDir).isWritable() && writeWholeFile(strFile, bytes);
-    // Empty: the file has the newest numbers.
-    const std::unique_ptr<QSettings> pSettings(makeSettings());
-    const QString strKey = QDir::cleanPath(strProject);
-    if (!bInFile || !keptInSettings(*pSettings, strKey).isEmpty()) {
-        keepInSettings(*pSettings, strKey, bInFile ? QByteArray() : bytes);
+    if (QFileInfo(m_dataSet.m_strProjectDir).isWritable() && writeWholeFile(strFile, bytes)) {
+        return;
     }
+    const std::unique_ptr<QSettings> pSettings(makeSettings());
+    keepInSettings(*pSettings, QDir::cleanPath(strProject), bytes);
 }
 
 /// To be called with the signals of the pages cut, before the peaks are shown.
@@ -105,9 +108,11 @@ WindowMemory MainWindow::takeWindowMemory(CRunReport& report)
     const QString strName = fileOfProject(m_dataSet, QStringLiteral(".window.json"));
     QFile file(strName);
     const std::unique_ptr<QSettings> pSettings(makeSettings());
-    // Newer than the file, where that could not be written.
-    QByteArray bytes = keptInSettings(*pSettings, QDir::cleanPath(projectFile()));
-    if (bytes.isEmpty() && QFileInfo(strName).isFile() && file.open(QIODevice::ReadOnly)) {
+    // Where the file could not be written, the settings have the newer numbers.
+    const QFileInfo info(strName);
+    QByteArray bytes = keptInSettings(*pSettings, QDir::cleanPath(projectFile()),
+                                      info.isFile() ? info.lastModified() : QDateTime::fromSecsSinceEpoch(0));
+    if (bytes.isEmpty() && info.isFile() && file.open(QIODevice::ReadOnly)) {
         const qint64 nMost = 1 << 20;  // a thousand times what is written
         bytes = file.read(nMost);
     }

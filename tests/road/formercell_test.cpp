@@ -24,6 +24,7 @@ DataSet latticePeaks()
                 Peak3D peak;
                 peak.setPoint({0.2f * float(h), 0.2f * float(k), 0.2f * float(l)});
                 peak.dfDStar = double(length(peak.point()));
+                peak.dfX2DCorrected = 100;  // away from the direct beam
                 peak.nID = listPeak.size();
                 peak.nFrame = 0;
                 peak.dfIPoint = 100;

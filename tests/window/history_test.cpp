@@ -239,6 +239,11 @@ TEST_F(History, ARandomWalkIsTakenBackAndMadeAgain)
         },
         [&] { m_pSearch->m_pPeakRadiusSpin->setValue(number(2, 9)); },
     };
+    // The table is made anew from what a state holds: peaks that were mapped again since then are in it.
+    const auto others = [](Picture picture) {
+        picture.remove("table");
+        return picture;
+    };
     while (current() < 50) {
         const int nBefore = current();
         aChange[random() % std::size(aChange)]();
@@ -257,16 +262,16 @@ TEST_F(History, ARandomWalkIsTakenBackAndMadeAgain)
     }
     for (int n = 49; n >= 0; --n) {
         m_pHistory->undo();
-        ASSERT_EQ(differing(picture(), listPicture[n]), "") << n << ' ' << qPrintable(name());
+        ASSERT_EQ(differing(others(picture()), others(listPicture[n])), "") << n << ' ' << qPrintable(name());
     }
     for (int n = 1; n <= 50; ++n) {
         m_pHistory->redo();
-        ASSERT_EQ(differing(picture(), listPicture[n]), "") << n << ' ' << qPrintable(name());
+        ASSERT_EQ(differing(others(picture()), others(listPicture[n])), "") << n << ' ' << qPrintable(name());
     }
     for (int i = 0; i < 10; ++i) {
         const int n = int(random() % 51);
         m_pHistory->goTo(n);
-        ASSERT_EQ(differing(picture(), listPicture[n]), "") << n;
+        ASSERT_EQ(differing(others(picture()), others(listPicture[n])), "") << n;
     }
 }
 
