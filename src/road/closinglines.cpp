@@ -93,8 +93,11 @@ QStringList fileLines(const QStringList& listFile)
     return listLine;
 }
 
-QStringList judgementLines(const QList<Judgement>& listJudgement)
+QStringList judgementLines(const QList<Judgement>& listJudgement, bool bFinished)
 {
+    if (listJudgement.isEmpty()) {
+        return {};
+    }
     QStringList listLine, listPart;
     for (const Judgement& judgement : listJudgement) {
         if (judgement.verdict != Verdict::Good) {
@@ -103,9 +106,11 @@ QStringList judgementLines(const QList<Judgement>& listJudgement)
         }
     }
     const QString strVerdict = verdictName(worstVerdict(listJudgement));
-    listLine.prepend(listPart.isEmpty() ? QStringLiteral("Judgement:    %1 in all parts.").arg(strVerdict)
-                                        : QStringLiteral("Judgement:    %1, by %2.")
-                                              .arg(strVerdict, listPart.join(QStringLiteral(", "))));
+    listLine.prepend(listPart.isEmpty()
+                         ? QStringLiteral("Judgement:    %1 in all parts%2.")
+                               .arg(strVerdict, bFinished ? QString() : QStringLiteral(" that were reached"))
+                         : QStringLiteral("Judgement:    %1, by %2.")
+                               .arg(strVerdict, listPart.join(QStringLiteral(", "))));
     return listLine;
 }
 
@@ -118,7 +123,7 @@ QStringList closingLines(const RoadResults& results)
         return {};
     }
     return QStringList{QString(), endText(results)} + cellLines(results) + symmetryLines(results) +
-           fileLines(results.listFile) + judgementLines(results.listJudgement);
+           fileLines(results.listFile) + judgementLines(results.listJudgement, results.end.finished());
 }
 
 }  // namespace tessera

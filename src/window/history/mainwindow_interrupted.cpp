@@ -7,6 +7,7 @@
 #include "window/windowreport.h"
 
 #include <QFileInfo>
+#include <QMessageBox>
 
 namespace tessera {
 
@@ -68,6 +69,14 @@ void MainWindow::forgetKeptWork()
 bool MainWindow::restoreWork(Leftover& leftover)
 {
     if (refuseDuringRun(tr("Restoring interrupted work"))) {
+        return false;
+    }
+    const QString strOpen = QFileInfo(projectFile()).fileName();
+    if (m_pHistory->steps().count() > 1 &&
+        QMessageBox::question(this, tr("Restore"),
+                              tr("%1 is open, and its steps will be gone. Restore %2 all the same?")
+                                  .arg(strOpen.isEmpty() ? tr("Another work") : strOpen,
+                                       leftover.work.strName)) != QMessageBox::Yes) {
         return false;
     }
     WindowReport report(*this);

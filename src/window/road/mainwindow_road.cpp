@@ -24,6 +24,7 @@
 #include "window/reciprocal/peaktableview.h"
 #include "window/road/roaddock.h"
 #include "window/road/roadwork.h"
+#include "window/road/statusstrip.h"
 #include "window/tabwidget.h"
 #include "window/windowactions.h"
 #include "window/windowreport.h"
@@ -208,6 +209,7 @@ void MainWindow::solveFrom(RoadStage stageFrom)
         m_roadRows.begin(stageFrom);
         m_pRoad->setRows(m_roadRows.rows());
         m_pRoad->setRunning(true);
+        m_pStatus->m_pUpdateButton->setEnabled(false);
         m_pRoad->setClosingText({});
         m_pRoadWork.reset();
         const auto pWork = std::make_shared<CRoadWork>(roadOptions(stageFrom));
@@ -230,6 +232,7 @@ void MainWindow::solveFrom(RoadStage stageFrom)
                      m_dataSet.m_listHotPixel};
         m_numbersLeft = pageNumbers();
         m_pRoad->setRunning(false);
+        m_pStatus->m_pUpdateButton->setEnabled(true);
         m_pRoad->setRows(m_roadRows.rows());
         m_pRoad->setClosingText(closingLines(pWork->state().results).join(QLatin1Char('\n')));
     });

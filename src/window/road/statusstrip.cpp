@@ -144,6 +144,8 @@ void StatusStrip::showButton()
         strText = strName;
     }
     m_pUpdateButton->setText(m_bRunning ? tr("Stop") : strText);
+    m_pUpdateButton->setIcon(
+        QIcon(m_bRunning ? QStringLiteral(":/images/stop.png") : QStringLiteral(":/images/run.png")));
     m_pUpdateButton->setToolTip({});
     explain(m_pUpdateButton, m_bRunning
                                  ? tr("Ends the step under way and leaves out those behind it.")
