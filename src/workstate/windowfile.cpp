@@ -176,14 +176,14 @@ void readRecords(const QJsonObject& object, WindowMemory& memory, QString& strWr
     if (const QJsonValue value = object.value(QStringLiteral("hunted")); value.isObject()) {
         const QJsonObject hunted = value.toObject();
         CMembers members(hunted, strWrong);
-        WindowMemory::Hunted& record = memory.hunted.emplace();
+        HuntedMemory& record = memory.hunted.emplace();
         members.read(g_aHuntingKey, recordsOf(record.hunting));
         members.read("peaks", record.nPeaks);
     }
     if (const QJsonValue value = object.value(QStringLiteral("merged")); value.isObject()) {
         const QJsonObject merged = value.toObject();
         CMembers members(merged, strWrong);
-        WindowMemory::Merged& record = memory.merged.emplace();
+        MergedMemory& record = memory.merged.emplace();
         members.read("group", -1, 63, record.nGroup);
         members.read("peaks", record.nPeaks);
         members.read("reflections", record.nMerged);

@@ -10,6 +10,19 @@
 
 namespace tessera {
 
+/// The numbers that peaks were hunted with.
+struct HuntedMemory {
+    PeakHuntingParameters hunting;
+    quint64 nPeaks = 0;  ///< print of the peaks that they gave
+};
+
+/// What was merged.
+struct MergedMemory {
+    int nGroup = -1;      ///< of the peaks; −1: all of them
+    quint64 nPeaks = 0;   ///< print of the peaks
+    quint64 nMerged = 0;  ///< number of the reflections that came out
+};
+
 /// The numbers of the pages of a project, and what its lists were made with.
 struct WindowMemory {
     PeakHuntingParameters hunting;
@@ -18,26 +31,15 @@ struct WindowMemory {
     CellHuntingParameters cell;
     IndexingParameters indexing;  ///< threshold and space group alone
 
-    struct Hunted {
-        PeakHuntingParameters hunting;
-        quint64 nPeaks = 0;  ///< print of the peaks that they gave
-    };
-    std::optional<Hunted> hunted;
-
-    struct Merged {
-        int nGroup = -1;      ///< of the peaks; −1: all of them
-        quint64 nPeaks = 0;   ///< print of the peaks
-        quint64 nMerged = 0;  ///< number of the reflections that the numbers above made of them
-    };
-    std::optional<Merged> merged;
+    std::optional<HuntedMemory> hunted;
+    std::optional<MergedMemory> merged;
 };
 
 QByteArray windowFileText(const WindowMemory& memory);
 
 /// The same back. A number that is missing keeps its value in `memory`.
 /// @return false with the reason, and `memory` as it was, for a text that is none of these, is damaged, or
-/// has a
-///         number that its page cannot hold
+///         has a number that its page cannot hold
 [[nodiscard]] bool readWindowFileText(const QByteArray& bytes, WindowMemory& memory,
                                       QString* pstrReason = nullptr);
 

@@ -19,9 +19,9 @@ WindowMemory someMemory()
     memory.cell.m_bAutoRange = true;
     memory.indexing.m_dfIndexThreshold = 0.11;
     memory.indexing.m_nSpaceGroup = 230;
-    memory.hunted = WindowMemory::Hunted{{}, 0xfedcba9876543210ULL};
+    memory.hunted = HuntedMemory{{}, 0xfedcba9876543210ULL};
     memory.hunted->hunting.m_dfPeakThreshold = 3.5;
-    memory.merged = WindowMemory::Merged{2, 5, 0x8000000000000001ULL};
+    memory.merged = MergedMemory{2, 5, 0x8000000000000001ULL};
     return memory;
 }
 

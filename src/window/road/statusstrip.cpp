@@ -96,6 +96,7 @@ StatusStrip::StatusStrip(QWidget* pParent) : QWidget(pParent)
         pChip->setAutoRaise(true);
         pChip->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         pChip->setText(workStageName(stage));
+        pChip->setIcon(signOf(StageState::Missing, *this));  // of the size of the others
         explain(pChip,
                 tr("%1: whether it is done, stale or missing. A click shows it.").arg(workStageName(stage)));
         connect(pChip, &QToolButton::clicked, this, [this, stage] { emit showWanted(stage); });
