@@ -115,9 +115,9 @@ int runWorkingWindow(int argc, char** argv)
     const bool bEnd = listArgument[1] == QLatin1String("--end");
     WorkingWindow window(listArgument[5], listArgument[4].toUInt());
     window.begin(listArgument[2], listArgument[3]);
-    do {
+    for (bool bGoOn = true; bGoOn; bGoOn = !bEnd) {  // without an end until it is killed
         window.makeStep();
-    } while (!bEnd);
+    }
     window.discardOthers(listArgument[3]);
     window.end();
     return 0;
