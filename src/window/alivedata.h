@@ -1,5 +1,4 @@
-// CAliveData: the data set of a run in a thread, and the way from there to what
-// the window shows.
+// CAliveData: the data set of a run in a thread, and the way from there to what the window shows.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -9,9 +8,8 @@
 
 namespace tessera {
 
-/// What a piece of a run works with in its thread. Its data set is a copy of
-/// the window's, which shares the lists until one of them changes, so that
-/// views may read theirs meanwhile.
+/// What a piece of a run works with in its thread. Its data set is a copy of the window's, which shares the
+/// lists until one of them changes, so that views may read theirs meanwhile.
 class CAliveData {
 public:
     /// @param shown  of the window
@@ -21,9 +19,8 @@ public:
 
     DataSet& dataSet() { return m_dataSet; }
     CRunReport& report() { return m_run; }
-    /// Puts the data set and the images that the run has loaded into the
-    /// window's, has fn done by the thread of the window, and goes on with what
-    /// that has left.
+    /// Puts the data set and the images that the run has loaded into the window's, has fn done by the thread
+    /// of the window, and goes on with what that has left.
     void show(const std::function<void()>& fn);
 
 private:

@@ -110,8 +110,8 @@ void CAliveRun::answer(bool bGoOn)
     m_changed.notify_all();
 }
 
-/// A part of the work of the window's thread. What it throws ends the run,
-/// which must come to its end before anybody may leave.
+/// A part of the work of the window's thread. What it throws ends the run, which must come to its end before
+/// anybody may leave.
 void CAliveRun::guard(const std::function<void()>& fn)
 {
     try {

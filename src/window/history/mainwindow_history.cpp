@@ -2,7 +2,6 @@
 #include "window/mainwindow.h"
 
 #include "dataset/displayname.h"
-#include "reciprocal/peaktable.h"
 #include "view3d/ed3dwidget.h"
 #include "view3d/quietview.h"
 #include "window/crystal/geometrycontrol.h"
@@ -17,7 +16,6 @@
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
-#include "window/reciprocal/peaktableview.h"
 #include "window/runflag.h"
 #include "window/windowactions.h"
 #include "workstate/samework.h"
