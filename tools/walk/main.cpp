@@ -146,7 +146,8 @@ int main(int argc, char** argv)
     }
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
-    const Application application(argc, argv);
+    // Kept to the end: the offscreen platform loses track of its screen when the application goes.
+    static const Application& application = *new Application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Lumenarc"));
     QCoreApplication::setApplicationName(QStringLiteral("Tessera"));
     QStandardPaths::setTestModeEnabled(true);
