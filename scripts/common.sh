@@ -17,6 +17,15 @@ PACKAGES_PICTURES=(chromium)
 PACKAGES_LINT=(clang-format clang-tidy)
 PACKAGES_PACKAGE=(dpkg-dev fakeroot gzip help2man lintian)
 
+# timed WHAT COMMAND...: runs it; where TESSERA_TIMES names a file, a line with its time is added there.
+timed() {
+    local what=$1 start=$SECONDS status=0
+    shift
+    "$@" || status=$?
+    [ -z "${TESSERA_TIMES:-}" ] || printf '%6d s  %s\n' $((SECONDS - start)) "$what" >>"$TESSERA_TIMES"
+    return $status
+}
+
 # need_packages NAME...: installs those that are missing.
 need_packages() {
     local missing=() name
