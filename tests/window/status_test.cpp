@@ -1,6 +1,7 @@
 // The strip of what is stale, what of a project comes back, and results of "Tools" that are taken over.
 #include "tests/window/reciprocaltest.h"
 #include "window/crystal/geometrycontrol.h"
+#include "window/road/roaddock.h"
 #include "window/road/statusstrip.h"
 
 namespace tessera {
@@ -114,6 +115,9 @@ TEST_F(Status, NumbersAndMergedReflectionsComeBack)
         EXPECT_EQ(m_pMerged->points().size(), nMerged) << pszWhere;
         EXPECT_EQ(table()->rowCount(), nRows) << pszWhere;
         EXPECT_EQ(states(), "DDDDDDMMM") << pszWhere;
+        const std::vector<RoadRow>& listRow = m_pWindow->findChild<RoadDock*>()->rows();
+        EXPECT_EQ(listRow[size_t(RoadRowKind::Cell)].state, RoadRowState::Found) << pszWhere;
+        EXPECT_EQ(listRow[size_t(RoadRowKind::Integration)].state, RoadRowState::Waiting) << pszWhere;
     };
     expectBack("the file");
 

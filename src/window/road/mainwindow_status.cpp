@@ -6,6 +6,7 @@
 #include "window/pages/cellpage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/pages/shiftpage.h"
+#include "window/road/roaddock.h"
 #include "window/road/statusstrip.h"
 #include "window/runflag.h"
 #include "window/windowreport.h"
@@ -54,6 +55,20 @@ RoadRowKind rowOf(WorkStage stage)
             break;
     }
     return RoadRowKind::Integration;
+}
+
+/// What a row of the road says of a result that no road has made; empty where there is none.
+QString foundText(const StageStatus& status)
+{
+    switch (status.state) {
+        case StageState::Missing:
+            return {};
+        case StageState::Done:
+            return MainWindow::tr("there already: %1").arg(status.strReason);
+        case StageState::Stale:
+            break;
+    }
+    return MainWindow::tr("there already, but stale: %1").arg(status.strReason);
 }
 
 }  // namespace
@@ -126,6 +141,12 @@ void MainWindow::showWorkStatus()
         guarded([this] {
             const std::vector<StageStatus> listStatus = workStatusByPages();
             m_pStatus->setStatus(listStatus, stagesText(stagesToRun(listStatus), listStatus));
+            for (const StageStatus& status : listStatus) {
+                if (status.stage != WorkStage::Mapping) {  // of which the road has no row
+                    m_roadRows.setFound(rowOf(status.stage), foundText(status));
+                }
+            }
+            m_pRoad->setRows(m_roadRows.rows());
         });
     }
 }

@@ -46,6 +46,9 @@ Light lightOf(const RoadRow& row)
             QColor(), QString(),
             row.state == RoadRowState::Waiting ? RoadDock::tr("not done yet") : RoadDock::tr("from files")};
     }
+    if (row.state == RoadRowState::Found) {
+        return {colorDone, QStringLiteral("✓"), RoadDock::tr("there already, not judged")};
+    }
     if (!row.judgement) {
         return {colorDone, QStringLiteral("✓"), RoadDock::tr("done, with nothing to judge")};
     }
@@ -179,8 +182,7 @@ void RoadDock::showRow(const RoadRow& row, Line& line)
     line.pName->setText(QStringLiteral("<b>%1</b>").arg(roadRowName(row.kind).toHtmlEscaped()));
     line.pText->setText(row.strText.isEmpty() ? light.strWord : row.strText);
     line.pText->setEnabled(row.state != RoadRowState::Waiting);
-    const bool bDone = row.state == RoadRowState::Done || row.state == RoadRowState::Earlier ||
-                       row.state == RoadRowState::Ended;
+    const bool bDone = row.state != RoadRowState::Waiting && row.state != RoadRowState::Running;
     line.pShow->setEnabled(bDone && !m_bRunning);
     line.pFrom->setEnabled(bDone && !m_bRunning);
     // A stage with two rows is begun by the first of them.

@@ -24,6 +24,7 @@ public:
     explicit RoadDock(QWidget* pParent = nullptr);
 
     void setRows(const std::vector<RoadRow>& listRow);
+    const std::vector<RoadRow>& rows() const { return m_listRow; }
     /// Whether a road is under way: no step can be begun then, and the bar of progress is shown.
     void setRunning(bool bRunning);
     /// How far the step under way has come.

@@ -64,6 +64,7 @@ void CRoadRows::begin(RoadStage stageFrom)
             row = {row.kind, RoadRowState::Waiting, {}, {}};
         } else {
             row.state = RoadRowState::Earlier;
+            row.strText = row.judgement ? row.strText : QString();
         }
     }
 }
@@ -102,6 +103,15 @@ void CRoadRows::end()
         if (row.state == RoadRowState::Running) {
             row.state = RoadRowState::Waiting;
         }
+    }
+}
+
+void CRoadRows::setFound(RoadRowKind kind, const QString& strText)
+{
+    RoadRow& row = m_listRow[size_t(kind)];
+    if (row.state == RoadRowState::Waiting || row.state == RoadRowState::Found) {
+        row.state = strText.isEmpty() ? RoadRowState::Waiting : RoadRowState::Found;
+        row.strText = strText;
     }
 }
 

@@ -21,6 +21,7 @@ enum class RoadRowState {
     Running,
     Done,     ///< its stage has finished; without a judgement there was nothing to judge
     Earlier,  ///< its results are those of a former run, from their files
+    Found,    ///< its results are there, from a file or made by hand
     Ended,    ///< its stage did not finish
 };
 
@@ -47,6 +48,11 @@ public:
     void take(const RoadStep& step, const RoadResults& results);
     /// The road is over: what still waits or runs did not come to its turn.
     void end();
+    /// A result that no road of this window has made, but that is there: from its file, or made by hand. A row
+    /// that shows a road's own result stays as it is.
+    ///
+    /// @param strText  what there is; empty: nothing, and the row waits again
+    void setFound(RoadRowKind kind, const QString& strText);
 
     const std::vector<RoadRow>& rows() const { return m_listRow; }
 
