@@ -1,0 +1,27 @@
+// Crystal: what the run on one series has left, as the merging of many crystals needs it.
+#pragma once
+
+#include "integration/structuredata.h"
+#include "records/cellparameters.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace tessera {
+
+struct Crystal {
+    QString strName;    ///< of the series
+    QString strFolder;  ///< of the results
+    CellParameters cell;
+    CellParameters cellErrors;  ///< standard errors; 0: not known
+    char chCentring = 'P';      ///< of that cell
+    QString strLaueClass;       ///< that the run has merged in
+    double dfWavelength = 0;    ///< Å
+    double dfCompleteness = 0;  ///< 0 to 1, of the run alone
+    double dfRInt = 0;
+    double dfCcHalf = 0;
+    std::vector<ScaledIntensity> listIntensity;  ///< unmerged, scaled along the series; indices of the cell
+};
+
+}  // namespace tessera

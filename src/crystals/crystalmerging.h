@@ -1,0 +1,55 @@
+// Crystal merging: the crystals of one compound to one list of intensities.
+#pragma once
+
+#include "crystals/crystalgroups.h"
+#include "crystals/crystalscales.h"
+#include "crystals/crystalsettings.h"
+#include "integration/integrationjudgement.h"
+#include "integration/integrationresult.h"
+#include "records/runoutcome.h"
+#include "records/runreport.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace tessera {
+
+struct CrystalMergeOptions {
+    JudgementOptions judgement;  ///< its scaling is along the crystals: off, as they are scaled before
+    bool bKeepAll = false;       ///< true: no crystal is left out for what it does to CC1/2
+};
+
+/// A crystal that takes no part.
+struct LeftOutCrystal {
+    int nCrystal = 0;      ///< place in the list of the crystals
+    double dfBefore = 0;   ///< CC1/2 of the merged intensities with it
+    double dfWithout = 0;  ///< and without
+    QString strReason;
+};
+
+struct MergedCrystals {
+    std::vector<SettledCrystal> listSettled;  ///< all of the group that could be brought to its setting
+    std::vector<char> listUsed;               ///< of each of them: 1 where it is merged
+    std::vector<CrystalScale> listScale;      ///< of each of them
+    std::vector<double> listGain;             ///< CC1/2 of all used less that without it; of each of them
+    std::vector<LeftOutCrystal> listLeftOut;
+    std::vector<Joint> listJoint;  ///< the tree of the settled crystals; heights sqrt(1 - r²) of the
+                                   ///< correlations r of their intensities, 1 for what has little in common
+    CellParameters cellMean;       ///< of the setting of the group, the mean of the used ones
+    CellParameters cellSpread;     ///< standard deviation of one crystal
+    IntegrationResult result;      ///< as of one crystal; its frames are the crystals
+};
+
+/// Brings the crystals of a group to one setting and one scale, leaves out those that make equivalents agree
+/// worse, merges and judges.
+///
+/// A crystal is left out where CC1/2 is higher without it by more than what the others' share in it scatters,
+/// the worst one first, as long as three or more are left.
+/// Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028.
+///
+/// @param merged  replaced when the run finished, else as it was
+RunOutcome mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
+                         const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged);
+
+}  // namespace tessera
