@@ -1,5 +1,6 @@
 #include "crystals/cellsettings.h"
 
+#include "geometry/angles.h"
 #include "integration/unitcell.h"
 #include "lattice/cellreduction.h"
 
@@ -44,56 +45,113 @@ Eigen::Matrix3d primitiveAxes(char chCentring)
     return mat;
 }
 
-/// The differences of two cells: per cent of the worst edge, degrees of the worst angle.
-std::array<double, 2> differences(const CellParameters& first, const CellParameters& second)
-{
-    std::array<double, 2> adf = {0, 0};
-    const std::array<double, 6> aFirst = first.numbers(), aSecond = second.numbers();
-    for (size_t n = 0; n < 3; ++n) {
-        const double dfMean = (aFirst[n] + aSecond[n]) / 2;
-        adf[0] = std::max(adf[0], 100 * std::abs(aFirst[n] - aSecond[n]) / dfMean);
-        adf[1] = std::max(adf[1], std::abs(aFirst[n + 3] - aSecond[n + 3]));
-    }
-    return adf;
-}
+/// A vector of the lattice with whole coordinates -1, 0 and 1.
+struct LatticeVector {
+    Eigen::Vector3i an;
+    Eigen::Vector3d vec;  ///< Å
+    double dfLength = 0;
+};
 
-/// All matrices of -1, 0 and 1 with determinant 1.
-std::vector<Eigen::Matrix3i> makeSmallMatrices()
+std::vector<LatticeVector> shortVectors(const LatticeBasis& basis)
 {
-    std::vector<Eigen::Matrix3i> list;
-    const int nMatrices = 19683;  // 3 to the 9th
-    for (int nCode = 0; nCode < nMatrices; ++nCode) {
-        Eigen::Matrix3i mat;
-        int nRest = nCode;
-        for (int n = 0; n < 9; ++n) {
-            mat(n / 3, n % 3) = nRest % 3 - 1;
-            nRest /= 3;
-        }
-        if (mat.determinant() == 1) {
-            list.push_back(mat);
+    std::vector<LatticeVector> list;
+    for (int n = 0; n < 27; ++n) {
+        LatticeVector vector;
+        vector.an = {n / 9 - 1, n / 3 % 3 - 1, n % 3 - 1};
+        vector.vec = basis.transpose() * vector.an.cast<double>();
+        vector.dfLength = vector.vec.norm();
+        if (!vector.an.isZero()) {
+            list.push_back(vector);
         }
     }
     return list;
 }
 
-const std::vector<Eigen::Matrix3i>& smallMatrices()
+double angleBetween(const LatticeVector& one, const LatticeVector& other)
 {
-    static const std::vector<Eigen::Matrix3i> list = makeSmallMatrices();
-    return list;
+    const double dfCosine = one.vec.dot(other.vec) / (one.dfLength * other.dfLength);
+    return std::acos(std::clamp(dfCosine, -1.0, 1.0)) * 180 / g_dfPi;
 }
 
-std::vector<CellSetting> allSettings(const LatticeBasis& from, const LatticeBasis& to,
-                                     const CellTolerance& tolerance)
-{
-    const CellParameters cellTo = cellOf(to);
-    std::vector<CellSetting> list;
-    for (const Eigen::Matrix3i& mat : smallMatrices()) {
-        const std::array<double, 2> adf = differences(cellOf(mat.cast<double>() * from), cellTo);
-        if (adf[0] <= tolerance.dfLengths && adf[1] <= tolerance.dfAngles) {
-            list.push_back({mat, adf[0], adf[1]});
+/// Goes through all bases of short vectors that lie near another basis. Edge by edge, so that most are given up
+/// early.
+class CSettingSearch {
+public:
+    CSettingSearch(const LatticeBasis& from, const LatticeBasis& to, const CellTolerance& tolerance)
+        : m_listVector(shortVectors(from)), m_to(cellOf(to)), m_tolerance(tolerance)
+    {
+        for (size_t n = 0; n < 3; ++n) {
+            const double dfEdge = m_to.numbers()[n];
+            for (const LatticeVector& vector : m_listVector) {
+                const double dfOff = 100 * std::abs(vector.dfLength - dfEdge) / ((vector.dfLength + dfEdge) / 2);
+                m_aOff[n].push_back(dfOff);
+            }
         }
     }
-    return list;
+
+    /// @param dfMost  units of the tolerance; what is further off is passed over
+    /// @param fn      gets matrix, % and ° of each, and returns the new dfMost
+    template <typename Fn>
+    void run(double dfMost, Fn fn) const
+    {
+        const size_t nVectors = m_listVector.size();
+        for (size_t a = 0; a < nVectors; ++a) {
+            for (size_t b = 0; lengths(0, a) <= dfMost && b < nVectors; ++b) {
+                if (lengths(1, b) > dfMost || angles(m_to.gamma, a, b) > dfMost) {
+                    continue;
+                }
+                for (size_t c = 0; c < nVectors; ++c) {
+                    if (lengths(2, c) > dfMost || angles(m_to.alpha, b, c) > dfMost ||
+                        angles(m_to.beta, a, c) > dfMost) {
+                        continue;
+                    }
+                    CellSetting setting;
+                    setting.matAxes.row(0) = m_listVector[a].an;
+                    setting.matAxes.row(1) = m_listVector[b].an;
+                    setting.matAxes.row(2) = m_listVector[c].an;
+                    if (setting.matAxes.determinant() == 1) {
+                        setting.dfLengths = std::max({m_aOff[0][a], m_aOff[1][b], m_aOff[2][c]});
+                        setting.dfAngles = m_tolerance.dfAngles * std::max({angles(m_to.gamma, a, b),
+                                                                            angles(m_to.alpha, b, c),
+                                                                            angles(m_to.beta, a, c)});
+                        dfMost = fn(setting);
+                    }
+                }
+            }
+        }
+    }
+
+private:
+    double lengths(size_t nEdge, size_t nVector) const
+    {
+        return m_aOff[nEdge][nVector] / m_tolerance.dfLengths;
+    }
+    double angles(double dfAngle, size_t nOne, size_t nOther) const
+    {
+        return std::abs(angleBetween(m_listVector[nOne], m_listVector[nOther]) - dfAngle) /
+               m_tolerance.dfAngles;
+    }
+
+    std::vector<LatticeVector> m_listVector;
+    CellParameters m_to;
+    CellTolerance m_tolerance;
+    std::array<std::vector<double>, 3> m_aOff;  ///< % of each vector against each edge
+};
+
+/// Those of a symmetric lattice differ by rounding alone: what is equal to so much comes in a fixed order, the
+/// least changed axes first.
+bool isBefore(const CellSetting& one, const CellSetting& other)
+{
+    const double dfStep = 1e-4;
+    const long nOne = std::lround(one.misfit() / dfStep), nOther = std::lround(other.misfit() / dfStep);
+    if (nOne != nOther) {
+        return nOne < nOther;
+    }
+    if (one.matAxes.trace() != other.matAxes.trace()) {
+        return one.matAxes.trace() > other.matAxes.trace();
+    }
+    const int *pnOne = one.matAxes.data(), *pnOther = other.matAxes.data();
+    return std::lexicographical_compare(pnOther, pnOther + 9, pnOne, pnOne + 9);
 }
 
 }  // namespace
@@ -128,8 +186,9 @@ ReducedCell reducedCell(const CellParameters& cell, char chCentring)
     if (niggli.isZero()) {
         return reduced;
     }
-    // An axis is a sum of the given ones, and its index the same sum of theirs.
-    reduced.matIndices = niggli * basis.inverse();
+    // An axis is a sum of the given ones, and its index the same sum of theirs. Centrings make halves and thirds.
+    const double dfParts = 6;
+    reduced.matIndices = (dfParts * niggli * basis.inverse()).array().round().matrix() / dfParts;
     reduced.basis = niggli;
     reduced.cell = cellOf(niggli);
     return reduced;
@@ -138,21 +197,23 @@ ReducedCell reducedCell(const CellParameters& cell, char chCentring)
 std::vector<CellSetting> settingsBetween(const LatticeBasis& from, const LatticeBasis& to,
                                          const CellTolerance& tolerance)
 {
-    std::vector<CellSetting> list = allSettings(from, to, tolerance);
-    std::stable_sort(list.begin(), list.end(), [](const CellSetting& first, const CellSetting& second) {
-        return first.misfit() < second.misfit();
+    std::vector<CellSetting> list;
+    CSettingSearch(from, to, tolerance).run(1, [&](const CellSetting& setting) {
+        list.push_back(setting);
+        return 1.0;
     });
+    std::stable_sort(list.begin(), list.end(), isBefore);
     return list;
 }
 
 double latticeDistance(const LatticeBasis& first, const LatticeBasis& second, const CellTolerance& tolerance)
 {
     double dfLeast = g_dfFarApart;
-    const CellTolerance wide = {tolerance.dfLengths * g_dfFarApart, tolerance.dfAngles * g_dfFarApart};
-    for (const CellSetting& setting : allSettings(first, second, wide)) {
+    CSettingSearch(first, second, tolerance).run(dfLeast, [&](const CellSetting& setting) {
         dfLeast = std::min(dfLeast, std::max(setting.dfLengths / tolerance.dfLengths,
                                              setting.dfAngles / tolerance.dfAngles));
-    }
+        return dfLeast;
+    });
     return dfLeast;
 }
 

@@ -20,7 +20,7 @@ struct CellTolerance {
 /// Rows a, b, c of Niggli's reduced cell of a lattice, and how indices of the cell that it was told by become
 /// indices of it.
 struct ReducedCell {
-    LatticeBasis basis;          ///< Å, a along x
+    LatticeBasis basis;          ///< Å, in the frame of directBasisOf() the given cell; right-handed
     CellParameters cell;         ///< of it
     Eigen::Matrix3d matIndices;  ///< (h, k, l) of the reduced cell = matIndices * (h, k, l) of the given one
 };
@@ -40,8 +40,10 @@ struct CellSetting {
     double misfit() const;    ///< both in one number, in units of the tolerances' defaults
 };
 
-/// All that bring `from` onto `to` within the tolerance, the closest first: those of the lattice's own
-/// symmetry, which intensities may tell apart, and those that lie near by chance. Empty: other lattices.
+/// All that bring `from` onto `to` within the tolerance, the closest first, of equally close ones that which
+/// changes the axes least: those of the lattice's own symmetry, which intensities may tell apart, and those
+/// that lie near by chance. Empty: other lattices. Settings of the other hand are these with all indices
+/// reversed, which Friedel's law makes equal, and are not listed.
 /// Source: bases that are reduced alike differ by rows of -1, 0 and 1: Gruber (1973), Acta Cryst. A29,
 /// 433–440.
 std::vector<CellSetting> settingsBetween(const LatticeBasis& from, const LatticeBasis& to,

@@ -1,5 +1,7 @@
 #include "crystals/crystalgroups.h"
 
+#include "crystals/cellrelation.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -57,6 +59,7 @@ CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTol
     }
     for (const std::vector<int>& listPlace : listPlaces) {
         CrystalGroup group;
+        group.tolerance = tolerance;
         group.reference = listBasis[size_t(middleOf(listPlace, distances))];
         for (const int n : listPlace) {
             group.listMember.push_back(groups.listInTree[size_t(n)]);
@@ -67,6 +70,10 @@ CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTol
                      [](const CrystalGroup& one, const CrystalGroup& other) {
                          return one.listMember.size() > other.listMember.size();
                      });
+    for (size_t n = 1; n < groups.listGroup.size(); ++n) {
+        groups.listGroup[n].strRelation = relationText(groups.listGroup[n].reference,
+                                                       groups.listGroup.front().reference, tolerance);
+    }
     return groups;
 }
 

@@ -5,6 +5,8 @@
 #include "crystals/crystal.h"
 #include "crystals/linkage.h"
 
+#include <QString>
+
 #include <vector>
 
 namespace tessera {
@@ -12,6 +14,8 @@ namespace tessera {
 struct CrystalGroup {
     std::vector<int> listMember;  ///< places in the list of the crystals, ascending
     LatticeBasis reference;       ///< reduced, of the member that lies closest to all others
+    CellTolerance tolerance;      ///< that they were grouped at
+    QString strRelation;  ///< how its lattice lies to that of the first group; empty of the first itself
 };
 
 struct CrystalGroups {
@@ -21,7 +25,7 @@ struct CrystalGroups {
     std::vector<int> listInTree;          ///< the others: the things of the tree
 };
 
-/// Groups by the distance of the lattices, at the tolerance.
+/// Groups by the distance of the lattices, at the tolerance. See relationText() for what is told of the others.
 CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTolerance& tolerance = {});
 
 }  // namespace tessera

@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tessera {
@@ -52,26 +53,106 @@ bool takeCell(const QJsonArray& listNumber, CellParameters& cell)
         return false;
     }
     const auto number = [&](int n) { return listNumber[n].toDouble(std::nan("")); };
-    cell = {number(0), number(1), number(2), number(3), number(4), number(5)};
-    for (const double dfNumber : cell.numbers()) {
+    const CellParameters read = {number(0), number(1), number(2), number(3), number(4), number(5)};
+    for (const double dfNumber : read.numbers()) {
         if (!std::isfinite(dfNumber) || dfNumber < 0) {
             return false;
         }
     }
+    cell = read;
     return true;
 }
 
-/// The sum that the record has of a file which the run wrote; empty where it wrote none of this name.
-QString hashOf(const QJsonObject& record, const QString& strFileName)
+/// The sum that the record has of the list of intensities; empty where the run wrote none. The name in front
+/// of the suffix may have been changed since, together with that of the record.
+QString hashOfList(const QJsonObject& record)
 {
     const QJsonArray listFile = record.value(QStringLiteral("files")).toArray();
     for (const QJsonValue& value : listFile) {
         const QJsonObject file = value.toObject();
-        if (QFileInfo(file.value(QStringLiteral("path")).toString()).fileName() == strFileName) {
+        if (file.value(QStringLiteral("path")).toString().endsWith(resultSuffix(ResultFile::Integrated))) {
             return file.value(QStringLiteral("sha256")).toString();
         }
     }
     return {};
+}
+
+/// The run that wrote the list: the last one, or an earlier one that the record keeps because its files still
+/// stand, as one that only indexed anew leaves the intensities. Empty: none.
+QJsonObject runOfList(const QJsonObject& record, const QByteArray& bytesList)
+{
+    const QString strHash = QString::fromLatin1(
+        QCryptographicHash::hash(bytesList, QCryptographicHash::Sha256).toHex());
+    if (hashOfList(record) == strHash) {
+        return record;
+    }
+    const QJsonArray listFormer = record.value(QStringLiteral("former")).toArray();
+    for (const QJsonValue& value : listFormer) {
+        if (hashOfList(value.toObject()) == strHash) {
+            return value.toObject();
+        }
+    }
+    return {};
+}
+
+/// Whether it has a list at all that one could hold against the file.
+bool hasWrittenList(const QJsonObject& record)
+{
+    const QJsonArray listFormer = record.value(QStringLiteral("former")).toArray();
+    return !hashOfList(record).isEmpty() ||
+           std::any_of(listFormer.begin(), listFormer.end(),
+                       [](const QJsonValue& value) { return !hashOfList(value.toObject()).isEmpty(); });
+}
+
+/// Why a run has no list, in its own words.
+QString whyNoList(const QJsonObject& record)
+{
+    const QJsonObject quality =
+        stageOf(record, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
+    QString strReason = quality.value(QStringLiteral("reason")).toString();
+    if (strReason.isEmpty()) {
+        strReason = record.value(QStringLiteral("reason")).toString();
+    }
+    return strReason.isEmpty() ? QStringLiteral("The run has found no intensities.")
+                               : QStringLiteral("The run has found no intensities: %1").arg(strReason);
+}
+
+/// The letter that the symbol of the space group begins with, else that of the Laue class.
+char centringOf(const QJsonObject& quality)
+{
+    QString strLetter = quality.value(QStringLiteral("spaceGroup")).toString().left(1);
+    const QJsonArray listClass = quality.value(QStringLiteral("laueClasses")).toArray();
+    for (int n = 0; strLetter.isEmpty() && n < listClass.size(); ++n) {
+        const QJsonObject candidate = listClass[n].toObject();
+        if (candidate.value(QStringLiteral("class")).toString() ==
+            quality.value(QStringLiteral("laueClass")).toString()) {
+            strLetter = candidate.value(QStringLiteral("centring")).toString().left(1);
+        }
+    }
+    return strLetter.isEmpty() ? 'P' : strLetter[0].toLatin1();
+}
+
+/// Which frames it is from, in a form that two runs on the same ones share.
+void takeFrames(const QJsonObject& run, Crystal& crystal)
+{
+    const QJsonArray listFrame =
+        run.value(QStringLiteral("inputs")).toObject().value(QStringLiteral("frames")).toArray();
+    for (const QJsonValue& value : listFrame) {
+        const QByteArray bytesHash = value.toObject().value(QStringLiteral("sha256")).toString().toLatin1();
+        if (!bytesHash.isEmpty()) {
+            crystal.listFrameHash.push_back(bytesHash);
+        }
+    }
+    std::sort(crystal.listFrameHash.begin(), crystal.listFrameHash.end());
+    const QJsonArray listArgument = run.value(QStringLiteral("arguments")).toArray();
+    for (int n = 0; n + 1 < listArgument.size(); ++n) {
+        for (const char* pszOption : {"--frames", "--skip"}) {
+            if (listArgument[n].toString() == QLatin1String(pszOption)) {
+                crystal.strFrameChoice += listArgument[n + 1].toString() + QLatin1Char(' ');
+            }
+        }
+    }
+    crystal.strEnded = run.value(QStringLiteral("ended")).toString();
 }
 
 /// Lines of HKLF 4 up to the line of zeros.
@@ -106,6 +187,31 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
     return false;
 }
 
+/// @return false where the record tells no cell
+bool takeRun(const QJsonObject& run, Crystal& crystal)
+{
+    const QJsonObject quality =
+        stageOf(run, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
+    const QJsonObject cell = quality.value(QStringLiteral("cell")).toObject();
+    if (!takeCell(cell.value(QStringLiteral("parameters")).toArray(), crystal.cell)) {
+        return false;
+    }
+    takeCell(cell.value(QStringLiteral("standardErrors")).toArray(), crystal.cellErrors);
+    crystal.strLaueClass = quality.value(QStringLiteral("laueClass")).toString();
+    crystal.chCentring = centringOf(quality);
+    crystal.dfCompleteness = quality.value(QStringLiteral("completeness")).toDouble();
+    crystal.dfRInt = quality.value(QStringLiteral("rInt")).toDouble(std::nan(""));
+    crystal.dfCcHalf = quality.value(QStringLiteral("ccHalf")).toDouble(std::nan(""));
+    crystal.dfWavelength = run.value(QStringLiteral("parameters"))
+                               .toObject()
+                               .value(QStringLiteral("wavelength"))
+                               .toObject()
+                               .value(QStringLiteral("value"))
+                               .toDouble();
+    takeFrames(run, crystal);
+    return true;
+}
+
 /// @return why it gives no crystal; empty: it does
 QString readCrystal(const QString& strRecord, Crystal& crystal)
 {
@@ -117,49 +223,27 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     }
     const QJsonObject record = QJsonDocument::fromJson(bytes).object();
     if (record.value(QStringLiteral("format")).toString() != QLatin1String("tessera run record")) {
-        return QStringLiteral("%1 is no record of a run.").arg(info.fileName());
+        return QStringLiteral("%1 is no whole record of a run.").arg(info.fileName());
     }
-    const QJsonObject found = stageOf(record, QStringLiteral("integrate"));
-    const QJsonObject quality = found.value(QStringLiteral("quality")).toObject();
-    const QJsonObject cell = quality.value(QStringLiteral("cell")).toObject();
-    if (!takeCell(cell.value(QStringLiteral("parameters")).toArray(), crystal.cell)) {
-        return QStringLiteral("The run has found no intensities.");
-    }
-    takeCell(cell.value(QStringLiteral("standardErrors")).toArray(), crystal.cellErrors);
     crystal.strFolder = info.absolutePath();
     crystal.strName = info.fileName();
     crystal.strName.chop(resultSuffix(ResultFile::Run).size());
-    crystal.strLaueClass = quality.value(QStringLiteral("laueClass")).toString();
-    const QJsonArray listClass = quality.value(QStringLiteral("laueClasses")).toArray();
-    for (const QJsonValue& value : listClass) {
-        const QJsonObject candidate = value.toObject();
-        const QString strCentring = candidate.value(QStringLiteral("centring")).toString();
-        if (candidate.value(QStringLiteral("class")).toString() == crystal.strLaueClass &&
-            strCentring.size() == 1) {
-            crystal.chCentring = strCentring[0].toLatin1();
-            break;
-        }
+    if (!hasWrittenList(record)) {
+        return whyNoList(record);
     }
-    crystal.dfCompleteness = quality.value(QStringLiteral("completeness")).toDouble();
-    crystal.dfRInt = quality.value(QStringLiteral("rInt")).toDouble(std::nan(""));
-    crystal.dfCcHalf = quality.value(QStringLiteral("ccHalf")).toDouble(std::nan(""));
-    crystal.dfWavelength = record.value(QStringLiteral("parameters"))
-                               .toObject()
-                               .value(QStringLiteral("wavelength"))
-                               .toObject()
-                               .value(QStringLiteral("value"))
-                               .toDouble();
     const QString strList = crystal.strName + resultSuffix(ResultFile::Integrated);
     if (!readWhole(crystal.strFolder + QLatin1Char('/') + strList, bytes, strReason)) {
         return QStringLiteral("%1 cannot be read: %2.").arg(strList, strReason);
     }
-    const QString strHash = hashOf(record, strList);
-    if (strHash.isEmpty() ||
-        QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex() != strHash.toLatin1()) {
+    const QJsonObject run = runOfList(record, bytes);
+    if (run.isEmpty()) {
         return QStringLiteral(
                    "%1 is not the list that the run has written: it is of another run, was "
                    "changed, or is not whole.")
             .arg(strList);
+    }
+    if (!takeRun(run, crystal)) {
+        return QStringLiteral("Its record tells no cell of the intensities.");
     }
     if (!takeReflections(bytes, crystal.listIntensity)) {
         return QStringLiteral("%1 is no whole list of reflections.").arg(strList);

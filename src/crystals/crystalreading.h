@@ -23,7 +23,9 @@ struct ReadCrystals {
 
 /// Reads what the roads left: of each NAME.run.json in a folder the cell and the judgement, and
 /// NAME_integrated.hkl, whose bytes must be those that the record tells, so that a half-written list, or one
-/// of another run, is told and left out. Several runs of different names in a folder are several crystals.
+/// of another run, is told and left out. Where a later run under the name left the intensities as they were,
+/// the one that found them counts, which the record keeps. Several runs of different names in a folder are
+/// several crystals.
 ReadCrystals readCrystals(const QStringList& listFolder);
 
 }  // namespace tessera

@@ -1,18 +1,23 @@
 #include "crystals/crystalsettings.h"
 
-#include "crystals/cellsettings.h"
+#include "crystals/crystalsymmetry.h"
+#include "crystals/settingchoices.h"
+#include "imaging/sidebyside.h"
+#include "integration/asymmetricunit.h"
+#include "integration/resolutionbins.h"
+
+#include <Eigen/LU>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <map>
+#include <numeric>
+#include <optional>
 
 namespace tessera {
 
 namespace {
 
-/// Below so many common reflections a correlation says nothing on which setting is right.
-constexpr int g_nFewCommon = 10;
+constexpr size_t g_nForSymmetry = 50;  ///< crystals by which the symmetry is found: more only take memory
 
 std::array<int, 3> friedelIndex(std::array<int, 3> anIndex)
 {
@@ -25,183 +30,191 @@ std::array<int, 3> friedelIndex(std::array<int, 3> anIndex)
     return anIndex;
 }
 
-/// Sums with weights 1 / sigma² by index.
-class CMeans {
-public:
-    void add(const std::array<int, 3>& anIndex, double dfIntensity, double dfSigma)
-    {
-        Sums& sums = m_map[anIndex];
-        const double dfWeight = 1 / (dfSigma * dfSigma);
-        sums.dfWeighted += dfWeight * dfIntensity;
-        sums.dfWeight += dfWeight;
-    }
-    std::vector<FriedelIntensity> take() const
-    {
-        std::vector<FriedelIntensity> list;
-        list.reserve(m_map.size());
-        for (const auto& [anIndex, sums] : m_map) {
-            list.push_back({anIndex, sums.dfWeighted / sums.dfWeight, 1 / std::sqrt(sums.dfWeight)});
-        }
-        return list;
-    }
-
-private:
-    struct Sums {
-        double dfWeighted = 0;
-        double dfWeight = 0;
-    };
-    std::map<std::array<int, 3>, Sums> m_map;
-};
-
-/// Pairs of what two sorted lists have in common.
-std::vector<std::array<double, 2>> commonPairs(const std::vector<FriedelIntensity>& first,
-                                               const std::vector<FriedelIntensity>& second)
+/// Means with weights 1 / sigma² of what has equal indices, sorted by them.
+std::vector<FriedelIntensity> merged(std::vector<FriedelIntensity> list)
 {
-    std::vector<std::array<double, 2>> listPair;
-    auto it = second.begin();
-    for (const FriedelIntensity& intensity : first) {
-        while (it != second.end() && it->anIndex < intensity.anIndex) {
-            ++it;
-        }
-        if (it != second.end() && it->anIndex == intensity.anIndex) {
-            listPair.push_back({intensity.dfIntensity, it->dfIntensity});
-        }
-    }
-    return listPair;
-}
-
-std::vector<FriedelIntensity> inSetting(const std::vector<FriedelIntensity>& list, const Eigen::Matrix3i& mat)
-{
-    std::vector<FriedelIntensity> listNew = list;
-    for (FriedelIntensity& intensity : listNew) {
-        const Eigen::Vector3i vec = mat * Eigen::Vector3i(intensity.anIndex[0], intensity.anIndex[1],
-                                                          intensity.anIndex[2]);
-        intensity.anIndex = friedelIndex({vec[0], vec[1], vec[2]});
-    }
-    std::sort(listNew.begin(), listNew.end(), [](const FriedelIntensity& one, const FriedelIntensity& other) {
+    std::stable_sort(list.begin(), list.end(), [](const FriedelIntensity& one, const FriedelIntensity& other) {
         return one.anIndex < other.anIndex;
     });
-    return listNew;
+    size_t nEnd = 0;
+    for (size_t nFirst = 0; nFirst < list.size();) {
+        double dfWeights = 0, dfWeighted = 0;
+        size_t n = nFirst;
+        for (; n < list.size() && list[n].anIndex == list[nFirst].anIndex; ++n) {
+            const double dfWeight = 1 / (list[n].dfSigma * list[n].dfSigma);
+            dfWeights += dfWeight;
+            dfWeighted += dfWeight * list[n].dfIntensity;
+        }
+        list[nEnd++] = {list[nFirst].anIndex, dfWeighted / dfWeights, 1 / std::sqrt(dfWeights)};
+        nFirst = n;
+    }
+    list.resize(nEnd);
+    return list;
 }
 
-/// A crystal in each of its settings.
-struct Choices {
-    Eigen::Matrix3d matReduced;            ///< to the indices of its reduced cell
-    std::vector<CellSetting> listSetting;  ///< on to those of the group
-    std::vector<std::vector<FriedelIntensity>> listInSetting;
-    int nChosen = -1;  ///< not settled yet
+/// Against the mean of the resolution, which the crystal's own cell tells.
+std::vector<NormalizedReflection> normalized(const std::vector<FriedelIntensity>& list,
+                                             const LatticeBasis& basis)
+{
+    const Eigen::Matrix3d matReciprocal = basis.inverse();
+    std::vector<double> listDStar, listIntensity;
+    for (const FriedelIntensity& one : list) {
+        listDStar.push_back(
+            (matReciprocal * Eigen::Vector3d(one.anIndex[0], one.anIndex[1], one.anIndex[2])).norm());
+        listIntensity.push_back(one.dfIntensity);
+    }
+    const CResolutionMean resolutionMean(listDStar, listIntensity);
+    const double dfMost = 4;  // Wilson's distribution has one in nine millions above it
+    std::vector<NormalizedReflection> listNormalized;
+    for (size_t n = 0; n < list.size(); ++n) {
+        const double dfMean = resolutionMean.mean(listDStar[n]);
+        NormalizedReflection one;
+        one.anIndex = list[n].anIndex;
+        one.dfSquare = list[n].dfIntensity / dfMean;
+        one.dfSigma = list[n].dfSigma / dfMean;
+        one.dfAmplitude = std::copysign(std::min(dfMost, std::sqrt(std::abs(one.dfSquare))), one.dfSquare);
+        listNormalized.push_back(one);
+    }
+    return listNormalized;
+}
 
-    const std::vector<FriedelIntensity>& chosen() const { return listInSetting[size_t(nChosen)]; }
+/// All within the tolerance. A member that lies further off, as the others link it to the group, has those that
+/// are not much worse than its best.
+std::vector<CellSetting> usableSettings(const LatticeBasis& from, const LatticeBasis& to,
+                                        const CellTolerance& tolerance)
+{
+    std::vector<CellSetting> list = settingsBetween(from, to, tolerance);
+    if (list.empty()) {
+        const double dfWider = latticeDistance(from, to, tolerance) + 0.5;
+        const double dfMost = 3;
+        if (dfWider < dfMost) {
+            list = settingsBetween(from, to, {tolerance.dfLengths * dfWider, tolerance.dfAngles * dfWider});
+        }
+    }
+    return list;
+}
+
+/// One crystal before its setting is chosen.
+struct Candidate {
+    int nCrystal = 0;
+    Eigen::Matrix3d matReduced;
+    std::vector<FriedelIntensity> listReduced;  ///< indices of its reduced cell
 };
 
-/// The mean of all that are settled but one; each on the scale of its own mean intensity.
-std::vector<FriedelIntensity> meanOfOthers(const std::vector<Choices>& listChoices, size_t nLeftOut)
+std::vector<FriedelIntensity> underSymmetry(const std::vector<FriedelIntensity>& list,
+                                            const Eigen::Matrix3i& matAxes,
+                                            const ObservationSymmetry& symmetry)
 {
-    CMeans means;
-    for (size_t n = 0; n < listChoices.size(); ++n) {
-        if (n == nLeftOut || listChoices[n].nChosen < 0) {
-            continue;
-        }
-        double dfSum = 0;
-        for (const FriedelIntensity& intensity : listChoices[n].chosen()) {
-            dfSum += std::abs(intensity.dfIntensity);
-        }
-        const double dfMean = dfSum / double(listChoices[n].chosen().size());
-        for (const FriedelIntensity& intensity : listChoices[n].chosen()) {
-            if (dfMean > 0) {
-                means.add(intensity.anIndex, intensity.dfIntensity / dfMean, intensity.dfSigma / dfMean);
-            }
+    const CAsymmetricUnit unit(symmetry.ops);
+    Eigen::Matrix3d matBack;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        for (int n = 0; n < 3; ++n) {
+            matBack(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) / symmetry.nDenominator;
         }
     }
-    return means.take();
+    matBack = matBack.inverse().eval();
+    std::vector<FriedelIntensity> listNew = list;
+    for (FriedelIntensity& one : listNew) {
+        const Eigen::Vector3i vec = matAxes * Eigen::Vector3i(one.anIndex[0], one.anIndex[1], one.anIndex[2]);
+        wholeIndex(matBack,
+                   unit.representative(conventionalIndex(symmetry, {vec[0], vec[1], vec[2]})).anIndex,
+                   one.anIndex);
+        one.anIndex = friedelIndex(one.anIndex);
+    }
+    return merged(std::move(listNew));
 }
 
-/// What one crystal makes of the others.
-struct Comparison {
-    int nBest = -1;
-    IntensityCorrelation best;
-    double dfSecond = 0;
-    int nMostCommon = 0;
-};
-
-Comparison compare(const Choices& choices, const std::vector<FriedelIntensity>& others)
+ObservationSymmetry friedelAlone()
 {
-    Comparison comparison;
-    double dfBest = -std::numeric_limits<double>::infinity(), dfSecond = dfBest;
-    for (size_t n = 0; n < choices.listInSetting.size(); ++n) {
-        const IntensityCorrelation correlation = correlationOf(choices.listInSetting[n], others);
-        comparison.nMostCommon = std::max(comparison.nMostCommon, correlation.nCommon);
-        const double df = correlation.nCommon < g_nFewCommon ? -1 : correlation.dfCorrelation;
-        if (df > dfBest) {
-            dfSecond = dfBest;
-            dfBest = df;
-            comparison.nBest = int(n);
-            comparison.best = correlation;
-        } else {
-            dfSecond = std::max(dfSecond, df);
-        }
-    }
-    comparison.dfSecond = std::isfinite(dfSecond) ? dfSecond : 0;
-    return comparison;
+    ObservationSymmetry symmetry;
+    symmetry.ops = gemmi::symops_from_hall("-P 1");
+    return symmetry;
 }
 
-size_t greatest(const std::vector<Choices>& listChoices)
+/// Half of the runs have found no more rotations than that.
+int usualRotations(const std::vector<Crystal>& listCrystal, const std::vector<Candidate>& listCandidate)
 {
-    size_t nGreatest = 0;
-    for (size_t n = 1; n < listChoices.size(); ++n) {
-        if (listChoices[n].listInSetting.front().size() >
-            listChoices[nGreatest].listInSetting.front().size()) {
-            nGreatest = n;
+    std::vector<int> list;
+    for (const Candidate& candidate : listCandidate) {
+        const int nRotations = rotationCount(listCrystal[size_t(candidate.nCrystal)].strLaueClass);
+        if (nRotations > 0) {
+            list.push_back(nRotations);
         }
     }
-    return nGreatest;
+    if (list.empty()) {
+        return 1;
+    }
+    std::sort(list.begin(), list.end());
+    return list[(list.size() - 1) / 2];
 }
 
-/// Settles one after the other, that which shares most with the settled ones first.
-bool settleAll(std::vector<Choices>& listChoices, CRunReport& report)
+/// The class of those with the most reflections, settled without any symmetry; none when it was asked to stop.
+std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& listInput, int nMostRotations,
+                                             const LatticeBasis& reference, const SettlingOptions& options,
+                                             CRunReport& report)
 {
-    listChoices[greatest(listChoices)].nChosen = 0;
-    for (size_t nRound = 1; nRound < listChoices.size(); ++nRound) {
-        if (!report.goOn()) {
-            return false;
-        }
-        const std::vector<FriedelIntensity> others = meanOfOthers(listChoices, listChoices.size());
-        size_t nNext = 0;
-        Comparison next;
-        next.nMostCommon = -1;
-        for (size_t n = 0; n < listChoices.size(); ++n) {
-            if (listChoices[n].nChosen < 0) {
-                const Comparison comparison = compare(listChoices[n], others);
-                if (comparison.nMostCommon > next.nMostCommon) {
-                    next = comparison;
-                    nNext = n;
-                }
-            }
-        }
-        listChoices[nNext].nChosen = next.nBest;
+    std::vector<size_t> listOrder(listInput.size());
+    std::iota(listOrder.begin(), listOrder.end(), size_t(0));
+    std::stable_sort(listOrder.begin(), listOrder.end(), [&](size_t one, size_t other) {
+        return listInput[one].listReflection.size() > listInput[other].listReflection.size();
+    });
+    listOrder.resize(std::min(listOrder.size(), g_nForSymmetry));
+    std::sort(listOrder.begin(), listOrder.end());
+    std::vector<SettingInput> listSome;
+    for (const size_t n : listOrder) {
+        listSome.push_back(listInput[n]);
     }
-    return true;
+    CSettingChoices choices(friedelAlone(), listSome);
+    if (!choices.settle(report)) {
+        return std::nullopt;
+    }
+    std::vector<SettingInput> listSettled;
+    std::vector<int> listSetting;
+    for (size_t n = 0; n < listSome.size(); ++n) {
+        if (choices.isSettled(n)) {
+            listSettled.push_back(std::move(listSome[n]));
+            listSetting.push_back(choices.settingOf(n));
+        }
+    }
+    return symmetryOfCrystals(listSettled, listSetting, nMostRotations, options.strLaueClass,
+                              cellOf(reference));
 }
 
-/// Tries each against all others until nothing changes.
-bool improveAll(std::vector<Choices>& listChoices, CRunReport& report)
+CDistances distancesOf(const CSettingChoices& choices, const std::vector<SettledCrystal>& listSettled,
+                       int nJobs)
 {
-    const int nMostRounds = 20;  // a handful is usual
-    bool bChanged = true;
-    for (int nRound = 0; bChanged && nRound < nMostRounds; ++nRound) {
-        bChanged = false;
-        for (size_t n = 0; n < listChoices.size(); ++n) {
-            if (!report.goOn()) {
-                return false;
-            }
-            const Comparison comparison = compare(listChoices[n], meanOfOthers(listChoices, n));
-            if (comparison.best.nCommon >= g_nFewCommon && comparison.nBest != listChoices[n].nChosen) {
-                listChoices[n].nChosen = comparison.nBest;
-                bChanged = true;
-            }
+    const int nCount = int(listSettled.size());
+    CDistances distances(nCount);
+    const auto work = [&](int i) {
+        for (int j = i + 1; j < nCount; ++j) {
+            const SettingAgreement two = choices.agreementOf(size_t(i), size_t(j));
+            const double dfForetold = std::max(0.0, listSettled[size_t(i)].dfCorrelation) *
+                                      std::max(0.0, listSettled[size_t(j)].dfCorrelation);
+            const double df = std::max(0.0, (two.nCommon * two.dfCorrelation + g_nFewCommon * dfForetold) /
+                                                (two.nCommon + g_nFewCommon));
+            distances.set(i, j, std::sqrt(1 - df * df));
         }
-    }
-    return true;
+    };
+    sideBySide(nCount, nJobs, [&]() -> FnPiece { return work; });
+    return distances;
+}
+
+SettledCrystal settledOf(const CSettingChoices& choices, size_t nPlace, const Candidate& candidate,
+                         const SettingInput& input, const ObservationSymmetry& symmetry)
+{
+    const Eigen::Matrix3i& matAxes = input.listSetting[size_t(choices.settingOf(nPlace))].matAxes;
+    const SettingAgreement agreement = choices.agreementOf(nPlace);
+    SettledCrystal settled;
+    settled.nCrystal = candidate.nCrystal;
+    settled.matIndices = matAxes.cast<double>() * candidate.matReduced;
+    settled.listMean = underSymmetry(candidate.listReduced, matAxes, symmetry);
+    settled.dfCorrelation = agreement.dfCorrelation;
+    settled.dfSecond = agreement.dfSecond;
+    settled.nCommon = agreement.nCommon;
+    settled.nAlternatives = choices.alternativeCount(nPlace);
+    settled.nAlternative = choices.alternativeOf(nPlace);
+    settled.bBySharing = choices.isSettled(nPlace);
+    return settled;
 }
 
 }  // namespace
@@ -222,20 +235,30 @@ bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, s
 std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& list,
                                             const Eigen::Matrix3d& matIndices)
 {
-    CMeans means;
+    std::vector<FriedelIntensity> listNew;
+    listNew.reserve(list.size());
     std::array<int, 3> anIndex = {};
     for (const ScaledIntensity& intensity : list) {
         if (wholeIndex(matIndices, intensity.anIndex, anIndex)) {
-            means.add(friedelIndex(anIndex), intensity.dfIntensity, intensity.dfSigma);
+            listNew.push_back({friedelIndex(anIndex), intensity.dfIntensity, intensity.dfSigma});
         }
     }
-    return means.take();
+    return merged(std::move(listNew));
 }
 
 IntensityCorrelation correlationOf(const std::vector<FriedelIntensity>& first,
                                    const std::vector<FriedelIntensity>& second)
 {
-    const std::vector<std::array<double, 2>> listPair = commonPairs(first, second);
+    std::vector<std::array<double, 2>> listPair;
+    auto it = second.begin();
+    for (const FriedelIntensity& intensity : first) {
+        while (it != second.end() && it->anIndex < intensity.anIndex) {
+            ++it;
+        }
+        if (it != second.end() && it->anIndex == intensity.anIndex) {
+            listPair.push_back({intensity.dfIntensity, it->dfIntensity});
+        }
+    }
     IntensityCorrelation result;
     result.nCommon = int(listPair.size());
     if (listPair.size() < 3) {
@@ -260,46 +283,48 @@ IntensityCorrelation correlationOf(const std::vector<FriedelIntensity>& first,
     return result;
 }
 
-std::vector<SettledCrystal> settleCrystals(const std::vector<Crystal>& listCrystal,
-                                           const std::vector<int>& listMember, const LatticeBasis& reference,
-                                           CRunReport& report)
+SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const std::vector<int>& listMember,
+                               const LatticeBasis& reference, const SettlingOptions& options,
+                               CRunReport& report)
 {
-    std::vector<Choices> listChoices;
-    std::vector<int> listPlace;
+    SettledCrystals result;
+    std::vector<Candidate> listCandidate;
+    std::vector<SettingInput> listInput;
     for (const int nCrystal : listMember) {
         const Crystal& crystal = listCrystal[size_t(nCrystal)];
         const ReducedCell reduced = reducedCell(crystal.cell, crystal.chCentring);
-        Choices choices;
-        choices.matReduced = reduced.matIndices;
-        choices.listSetting = settingsBetween(reduced.basis, reference);
-        const std::vector<FriedelIntensity> list = friedelMerged(crystal.listIntensity, reduced.matIndices);
-        if (choices.listSetting.empty() || list.empty()) {
+        SettingInput input;
+        input.listSetting = usableSettings(reduced.basis, reference, options.tolerance);
+        Candidate candidate = {nCrystal, reduced.matIndices,
+                               friedelMerged(crystal.listIntensity, reduced.matIndices)};
+        if (input.listSetting.empty() || candidate.listReduced.empty()) {
+            result.listOutside.push_back(nCrystal);
             continue;
         }
-        for (const CellSetting& setting : choices.listSetting) {
-            choices.listInSetting.push_back(inSetting(list, setting.matAxes));
-        }
-        listChoices.push_back(std::move(choices));
-        listPlace.push_back(nCrystal);
+        input.listReflection = normalized(candidate.listReduced, reduced.basis);
+        listInput.push_back(std::move(input));
+        listCandidate.push_back(std::move(candidate));
     }
-    std::vector<SettledCrystal> listSettled;
-    if (listChoices.empty() || !settleAll(listChoices, report) || !improveAll(listChoices, report)) {
-        return listSettled;
+    if (listInput.empty()) {
+        return result;
     }
-    for (size_t n = 0; n < listChoices.size(); ++n) {
-        const Choices& choices = listChoices[n];
-        const Comparison comparison = compare(choices, meanOfOthers(listChoices, n));
-        SettledCrystal settled;
-        settled.nCrystal = listPlace[n];
-        settled.matIndices = choices.listSetting[size_t(choices.nChosen)].matAxes.cast<double>() *
-                             choices.matReduced;
-        settled.listMean = choices.chosen();
-        settled.dfCorrelation = comparison.best.dfCorrelation;
-        settled.dfSecond = comparison.dfSecond;
-        settled.nCommon = comparison.best.nCommon;
-        listSettled.push_back(std::move(settled));
+    const std::optional<CrystalSymmetry> symmetry = firstSymmetry(
+        listInput, usualRotations(listCrystal, listCandidate), reference, options, report);
+    if (!symmetry) {
+        return {};
     }
-    return listSettled;
+    result.strLaueClass = symmetry->strLaueClass;
+    result.symmetry = symmetry->symmetry;
+    CSettingChoices choices(result.symmetry, listInput);
+    if (!choices.settle(report)) {
+        return {};
+    }
+    for (size_t n = 0; n < listInput.size(); ++n) {
+        result.listSettled.push_back(
+            settledOf(choices, n, listCandidate[n], listInput[n], result.symmetry));
+    }
+    result.distances = distancesOf(choices, result.listSettled, options.nJobs);
+    return result;
 }
 
 }  // namespace tessera

@@ -1,11 +1,16 @@
 // Crystal settings: the indices of all crystals of a group in one setting, by their intensities.
 #pragma once
 
+#include "crystals/cellsettings.h"
 #include "crystals/crystal.h"
+#include "crystals/linkage.h"
+#include "integration/scaling.h"
 #include "lattice/latticebasis.h"
 #include "records/runreport.h"
 
 #include <Eigen/Core>
+
+#include <QString>
 
 #include <array>
 #include <vector>
@@ -40,22 +45,42 @@ IntensityCorrelation correlationOf(const std::vector<FriedelIntensity>& first,
 struct SettledCrystal {
     int nCrystal = 0;                        ///< place in the list of the crystals
     Eigen::Matrix3d matIndices;              ///< from the indices of its own cell
-    std::vector<FriedelIntensity> listMean;  ///< in the setting of the group
-    double dfCorrelation = 0;                ///< with the mean of all the others
-    double dfSecond = 0;  ///< the best of the other settings, of the crystals' symmetry and
-                          ///< without
-    int nCommon = 0;      ///< reflections that it shares with the others
+    std::vector<FriedelIntensity> listMean;  ///< in the setting of the group, each once for all that the
+                                             ///< symmetry of the group makes equivalent
+    double dfCorrelation = 0;                ///< of the normalized amplitudes with the mean of all the others
+    double dfSecond = 0;                     ///< the same in the best of the other alternatives; 0: none
+    int nCommon = 0;                         ///< reflections that it shares with the others
+    int nAlternatives = 1;  ///< settings that the lattice allows and the symmetry does not make equal
+    int nAlternative = 0;   ///< which of them: 0 is the closest by the cell alone
+    bool bBySharing = true;  ///< false: it shares too little to choose, and has the closest one
 };
 
-/// Chooses for each crystal, of the settings that the lattices allow, the one that agrees with the others:
-/// the crystal with the most reflections first, then always the one that shares most with those that are
-/// settled; after that each is tried anew against the mean of all others, until nothing changes.
-/// Source: the idea of Brehm & Diederichs (2014), Acta Cryst. D70, 101–109.
+struct SettlingOptions {
+    CellTolerance tolerance;
+    QString strLaueClass;  ///< of the group; empty: by the intensities
+    int nJobs = 1;         ///< threads; the result is the same for any number
+};
+
+struct SettledCrystals {
+    std::vector<SettledCrystal> listSettled;  ///< in the order of the members
+    std::vector<int> listOutside;             ///< members whose lattice no setting brings near the group's
+    QString strLaueClass;                     ///< that equivalents were told by
+    ObservationSymmetry symmetry;             ///< from the indices of the group's reduced cell
+    /// Of all settled ones: sqrt(1 - r²) of the correlation r of the normalized amplitudes that two have in
+    /// common, 1 where it is below 0. What two share too little is made up by what both have with the mean of
+    /// the others: r counts like as many pairs as there are, and the product of these two like ten.
+    CDistances distances{0};
+};
+
+/// Chooses for each crystal, of the settings that the lattices allow, the one that agrees with the others: at
+/// first with no symmetry but Friedel's, by the crystals with the most reflections; then by all, under the
+/// Laue class that these have together, so that crystals with few reflections share more.
 ///
 /// @param listMember  places of the crystals in `listCrystal`
 /// @param reference   reduced basis that all are brought to
-std::vector<SettledCrystal> settleCrystals(const std::vector<Crystal>& listCrystal,
-                                           const std::vector<int>& listMember, const LatticeBasis& reference,
-                                           CRunReport& report);
+/// @return nothing settled when the report asked to stop
+SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const std::vector<int>& listMember,
+                               const LatticeBasis& reference, const SettlingOptions& options,
+                               CRunReport& report);
 
 }  // namespace tessera

@@ -1,19 +1,82 @@
 #include "crystals/linkage.h"
 
 #include <algorithm>
-#include <functional>
-#include <limits>
 #include <numeric>
 
 namespace tessera {
 
 namespace {
 
-/// The closest two of the clusters that are left.
-struct Closest {
-    int nFirst = -1;
-    int nSecond = -1;
-    double dfDistance = std::numeric_limits<double>::infinity();
+/// Clusters in slots, each in the slot of one of its things, with the closest of those in later slots.
+class CClusters {
+public:
+    explicit CClusters(const CDistances& distances)
+        : m_distances(distances), m_listAlive(size_t(distances.count()), 1),
+          m_listNearest(size_t(distances.count()), -1)
+    {
+        for (int i = 0; i < m_distances.count(); ++i) {
+            findNearest(i);
+        }
+    }
+
+    /// The first slot of the closest two; of equal ones the lowest numbers.
+    int closest() const
+    {
+        int nBest = -1;
+        for (int i = 0; i < m_distances.count(); ++i) {
+            if (m_listAlive[size_t(i)] && nearest(i) >= 0 &&
+                (nBest < 0 || m_distances.at(i, nearest(i)) < m_distances.at(nBest, nearest(nBest)))) {
+                nBest = i;
+            }
+        }
+        return nBest;
+    }
+    int nearest(int i) const { return m_listNearest[size_t(i)]; }
+    double distance(int i, int j) const { return m_distances.at(i, j); }
+
+    /// Puts the second into the slot of the first, the means being weighted by the sizes of both.
+    void join(int nKept, int nGone, double dfKept, double dfGone)
+    {
+        m_listAlive[size_t(nGone)] = 0;
+        for (int k = 0; k < m_distances.count(); ++k) {
+            if (m_listAlive[size_t(k)] && k != nKept) {
+                m_distances.set(nKept, k,
+                                (dfKept * m_distances.at(nKept, k) + dfGone * m_distances.at(nGone, k)) /
+                                    (dfKept + dfGone));
+            }
+        }
+        for (int i = 0; i < m_distances.count(); ++i) {
+            if (!m_listAlive[size_t(i)]) {
+                continue;
+            }
+            if (i == nKept || nearest(i) == nKept || nearest(i) == nGone) {
+                findNearest(i);
+            } else if (i < nKept && isCloser(i, nKept, nearest(i))) {
+                m_listNearest[size_t(i)] = nKept;
+            }
+        }
+    }
+
+private:
+    bool isCloser(int i, int nOne, int nOther) const
+    {
+        return nOther < 0 || m_distances.at(i, nOne) < m_distances.at(i, nOther) ||
+               (m_distances.at(i, nOne) == m_distances.at(i, nOther) && nOne < nOther);
+    }
+    void findNearest(int i)
+    {
+        int nNearest = -1;
+        for (int j = i + 1; j < m_distances.count(); ++j) {
+            if (m_listAlive[size_t(j)] && isCloser(i, j, nNearest)) {
+                nNearest = j;
+            }
+        }
+        m_listNearest[size_t(i)] = nNearest;
+    }
+
+    CDistances m_distances;
+    std::vector<char> m_listAlive;
+    std::vector<int> m_listNearest;  ///< -1: none is left behind it
 };
 
 }  // namespace
@@ -21,38 +84,26 @@ struct Closest {
 std::vector<Joint> averageLinkage(const CDistances& distances)
 {
     const int nCount = distances.count();
-    CDistances work = distances;                   // by slot: a cluster keeps the slot of one of its things
-    std::vector<int> listName(size_t(nCount), 0);  // number of the cluster in a slot, -1: joined to another
+    CClusters clusters(distances);
+    std::vector<int> listName(size_t(nCount), 0);  // number of the cluster in a slot
     std::iota(listName.begin(), listName.end(), 0);
     std::vector<int> listSize(size_t(nCount), 1);
     std::vector<Joint> listJoint;
+    double dfHeight = 0;
     for (int nStep = 0; nStep + 1 < nCount; ++nStep) {
-        Closest closest;
-        for (int i = 0; i < nCount; ++i) {
-            for (int j = i + 1; listName[size_t(i)] >= 0 && j < nCount; ++j) {
-                if (listName[size_t(j)] >= 0 && (work.at(i, j) < closest.dfDistance || closest.nFirst < 0)) {
-                    closest = {i, j, work.at(i, j)};
-                }
-            }
-        }
-        const size_t nKept = size_t(closest.nFirst), nGone = size_t(closest.nSecond);
-        const double dfKept = listSize[nKept], dfGone = listSize[nGone];
-        for (int k = 0; k < nCount; ++k) {
-            if (listName[size_t(k)] >= 0 && k != closest.nFirst && k != closest.nSecond) {
-                work.set(closest.nFirst, k,
-                         (dfKept * work.at(closest.nFirst, k) + dfGone * work.at(closest.nSecond, k)) /
-                             (dfKept + dfGone));
-            }
-        }
+        const int nFirst = clusters.closest(), nSecond = clusters.nearest(nFirst);
+        const size_t nKept = size_t(nFirst), nGone = size_t(nSecond);
+        // The mean of two distances may round below both, and a tree is cut by heights that do not fall.
+        dfHeight = std::max(dfHeight, clusters.distance(nFirst, nSecond));
+        clusters.join(nFirst, nSecond, listSize[nKept], listSize[nGone]);
         Joint joint;
         joint.nFirst = std::min(listName[nKept], listName[nGone]);
         joint.nSecond = std::max(listName[nKept], listName[nGone]);
-        joint.dfHeight = closest.dfDistance;
+        joint.dfHeight = dfHeight;
         joint.nSize = listSize[nKept] + listSize[nGone];
         listJoint.push_back(joint);
         listName[nKept] = nCount + nStep;
         listSize[nKept] = joint.nSize;
-        listName[nGone] = -1;
     }
     return listJoint;
 }
