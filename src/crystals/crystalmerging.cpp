@@ -1,8 +1,9 @@
 #include "crystals/crystalmerging.h"
 
-#include "crystal/cellarithmetic.h"
+#include "crystals/crystalchoice.h"
+#include "crystals/crystalsapart.h"
 #include "integration/equivalents.h"
-#include "integration/mergedgroups.h"
+#include "integration/errormodel.h"
 #include "records/runends.h"
 
 #include <Eigen/LU>
@@ -92,38 +93,13 @@ std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal,
     return list;
 }
 
-double ccHalf(const std::vector<Observation>& listObservation, const ObservationSymmetry& symmetry)
-{
-    CAgreement agreement;
-    for (const MergedGroup& group :
-         mergeGroups(listObservation, groupEquivalents(listObservation, symmetry))) {
-        agreement.add(group);
-    }
-    return agreement.ccHalf();
-}
-
-std::vector<Observation> without(const std::vector<Observation>& listObservation, size_t nCrystal)
-{
-    std::vector<Observation> list;
-    std::copy_if(listObservation.begin(), listObservation.end(), std::back_inserter(list),
-                 [&](const Observation& observation) { return observation.nFirstFrame != int(nCrystal); });
-    return list;
-}
-
-double median(std::vector<double> list)
-{
-    const auto itMiddle = list.begin() + std::ptrdiff_t(list.size() / 2);
-    std::nth_element(list.begin(), itMiddle, list.end());
-    return *itMiddle;
-}
-
-IntegrationResult judge(const std::vector<Observation>& listObservation, const MeanCell& cell,
+IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCell& cell,
                         size_t nCrystals, double dfWavelength, const CrystalMergeOptions& options,
                         CRunReport& report)
 {
     IntegratedSeries integrated;
-    integrated.listObservation = listObservation;
-    for (const Observation& observation : listObservation) {
+    integrated.listObservation = std::move(listObservation);
+    for (const Observation& observation : integrated.listObservation) {
         integrated.dfMaxDStar = std::max(integrated.dfMaxDStar, observation.dfDStar);
     }
     SeriesGeometry series;
@@ -146,49 +122,44 @@ IntegrationResult judge(const std::vector<Observation>& listObservation, const M
     return result;
 }
 
-/// The tree of the correlations.
-std::vector<Joint> treeOf(const std::vector<SettledCrystal>& listSettled)
-{
-    const int nCount = int(listSettled.size());
-    const int nFew = 10;  // common reflections, that tell nothing
-    CDistances distances(nCount);
-    for (int i = 0; i < nCount; ++i) {
-        for (int j = i + 1; j < nCount; ++j) {
-            const IntensityCorrelation one = correlationOf(listSettled[size_t(i)].listMean,
-                                                           listSettled[size_t(j)].listMean);
-            const double df = one.nCommon < nFew ? 0 : std::max(0.0, one.dfCorrelation);
-            distances.set(i, j, std::sqrt(1 - df * df));
-        }
-    }
-    return averageLinkage(distances);
-}
-
 /// Merges, and leaves out what makes it worse, one crystal at a time.
 class CChooser {
 public:
-    CChooser(const std::vector<Crystal>& listCrystal, const CrystalMergeOptions& options, CRunReport& report,
-             MergedCrystals& merged)
-        : m_listCrystal(listCrystal), m_options(options), m_report(report), m_merged(merged)
+    CChooser(const std::vector<Crystal>& listCrystal, const ObservationSymmetry& symmetry,
+             const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged)
+        : m_listCrystal(listCrystal), m_symmetry(symmetry), m_options(options), m_report(report),
+          m_merged(merged)
     {}
 
     /// @return false when the report asked to stop
     bool run()
     {
-        while (m_report.goOn()) {
-            scaleAndJudge();
-            if (m_options.bKeepAll || !leaveOutWorst()) {
-                return m_report.goOn();
+        bool bWorse = true;
+        while (bWorse) {
+            if (!m_report.goOn()) {
+                return false;
             }
+            scale();
+            bWorse = leaveOutWorst();
         }
-        return false;
+        const size_t nFirst =
+            size_t(std::find(m_merged.listUsed.begin(), m_merged.listUsed.end(), 1) -
+                   m_merged.listUsed.begin());
+        const Crystal& first = m_listCrystal[size_t(m_merged.listSettled[nFirst].nCrystal)];
+        m_merged.cellMean = m_cell.mean;
+        m_merged.cellSpread = m_cell.spread;
+        m_merged.result = judge(std::move(m_listObservation), m_cell, m_merged.listSettled.size(),
+                                first.dfWavelength, m_options, m_report);
+        return m_report.goOn();
     }
 
 private:
-    void scaleAndJudge()
+    void scale()
     {
         std::vector<const std::vector<FriedelIntensity>*> listMean;
         std::vector<size_t> listPlace;
         for (size_t n = 0; n < m_merged.listSettled.size(); ++n) {
+            m_merged.listScale[n] = {};
             if (m_merged.listUsed[n]) {
                 listMean.push_back(&m_merged.listSettled[n].listMean);
                 listPlace.push_back(n);
@@ -200,74 +171,48 @@ private:
             m_merged.listScale[listPlace[n]] = listScale[n];
         }
         m_listObservation = observationsOf(m_listCrystal, m_merged, m_cell.basis);
-        m_merged.cellMean = m_cell.mean;
-        m_merged.cellSpread = m_cell.spread;
-        const Crystal& first = m_listCrystal[size_t(m_merged.listSettled.front().nCrystal)];
-        CRunReport silent;
-        m_merged.result = judge(m_listObservation, m_cell, m_merged.listSettled.size(), first.dfWavelength,
-                                m_options, silent);
     }
 
+    /// @return whether there was one
     bool leaveOutWorst()
     {
-        const ObservationSymmetry& symmetry = m_merged.result.chosen.symmetry;
-        const double dfAll = ccHalf(m_listObservation, symmetry);
-        std::vector<double> listGain;
-        std::vector<size_t> listPlace;
-        for (size_t n = 0; n < m_merged.listSettled.size() && m_report.goOn(); ++n) {
-            m_merged.listGain[n] = 0;
+        const EquivalentGroups groups = groupEquivalents(m_listObservation, m_symmetry);
+        applyErrorModel(groups, fitErrorModel(m_listObservation, groups, DeviationWidth::Core),
+                        m_listObservation);
+        const CLeaveOneOut leaveOneOut(m_listObservation, groups, int(m_merged.listSettled.size()));
+        const double dfAll = leaveOneOut.ccHalf();
+        std::vector<double> listGain(m_merged.listSettled.size(), std::nan(""));
+        for (size_t n = 0; n < listGain.size(); ++n) {
             if (m_merged.listUsed[n]) {
-                const double dfWithout = ccHalf(without(m_listObservation, n), symmetry);
-                m_merged.listGain[n] = std::isfinite(dfWithout) && std::isfinite(dfAll)
-                                           ? fisher(dfAll) - fisher(dfWithout)
-                                           : 0;
-                listGain.push_back(m_merged.listGain[n]);
-                listPlace.push_back(n);
+                listGain[n] = fisherOf(dfAll) - fisherOf(leaveOneOut.ccHalfWithout(int(n)));
             }
+            m_merged.listGain[n] = std::isfinite(listGain[n]) ? listGain[n] : 0;
         }
-        const size_t nLeast = 3;
-        if (listGain.size() <= nLeast) {
-            return false;
+        const int nWorst = m_options.bKeepAll ? -1 : harmfulCrystal(listGain);
+        if (nWorst >= 0) {
+            leaveOut(size_t(nWorst), dfAll, leaveOneOut.ccHalfWithout(nWorst));
         }
-        const double dfMiddle = median(listGain);
-        std::vector<double> listOff;
-        for (const double df : listGain) {
-            listOff.push_back(std::abs(df - dfMiddle));
-        }
-        const double dfSigma = 1.4826 * median(listOff);  // of a normal distribution
-        const auto itWorst = std::min_element(listGain.begin(), listGain.end());
-        // Three standard deviations: one in 700 by chance. Below a hundredth of Fisher's z nobody sees it.
-        if (*itWorst > -0.01 || *itWorst > dfMiddle - 3 * dfSigma) {
-            return false;
-        }
-        leaveOut(listPlace[size_t(itWorst - listGain.begin())], dfAll, *itWorst);
-        return true;
+        return nWorst >= 0;
     }
 
-    void leaveOut(size_t nPlace, double dfAll, double dfGain)
+    void leaveOut(size_t nPlace, double dfAll, double dfWithout)
     {
         LeftOutCrystal left;
         left.nCrystal = m_merged.listSettled[nPlace].nCrystal;
         left.dfBefore = dfAll;
-        left.dfWithout = std::tanh(std::atanh(dfAll) - dfGain);
+        left.dfWithout = dfWithout;
         left.strReason = QStringLiteral(
-                             "Without it CC1/2 rises from %1 to %2; its intensities correlate with "
+                             "Without it CC1/2 rises from %1 to %2; its amplitudes correlate with "
                              "those of the others by %3.")
-                             .arg(left.dfBefore, 0, 'f', 3)
-                             .arg(left.dfWithout, 0, 'f', 3)
+                             .arg(left.dfBefore, 0, 'f', 4)
+                             .arg(left.dfWithout, 0, 'f', 4)
                              .arg(m_merged.listSettled[nPlace].dfCorrelation, 0, 'f', 2);
         m_merged.listLeftOut.push_back(left);
         m_merged.listUsed[nPlace] = 0;
     }
 
-    /// Fisher's z, in which differences of correlations near 1 can be compared with those of others.
-    static double fisher(double dfCorrelation)
-    {
-        const double dfNearOne = 0.9999;
-        return std::atanh(std::clamp(dfCorrelation, -dfNearOne, dfNearOne));
-    }
-
     const std::vector<Crystal>& m_listCrystal;
+    const ObservationSymmetry& m_symmetry;
     const CrystalMergeOptions& m_options;
     CRunReport& m_report;
     MergedCrystals& m_merged;
@@ -275,24 +220,148 @@ private:
     std::vector<Observation> m_listObservation;
 };
 
+/// What was measured twice must not count twice, nor agree with itself. Of several runs on the same frames the
+/// one that ended last is kept, and of those that ended at once the first.
+std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, std::vector<int> listMember,
+                                  MergedCrystals& merged)
+{
+    const auto isSame = [](const Crystal& one, const Crystal& other) {
+        std::vector<QByteArray> listBoth;
+        std::set_intersection(one.listFrameHash.begin(), one.listFrameHash.end(), other.listFrameHash.begin(),
+                              other.listFrameHash.end(), std::back_inserter(listBoth));
+        // Frames without a beam may be equal by chance; a file may hold all frames, of which the runs took some.
+        const size_t nLess = std::min(one.listFrameHash.size(), other.listFrameHash.size());
+        return nLess > 0 && 2 * listBoth.size() > nLess && one.strFrameChoice == other.strFrameChoice;
+    };
+    std::vector<int> listOrder = listMember, listKept;
+    std::stable_sort(listOrder.begin(), listOrder.end(), [&](int nOne, int nOther) {
+        return listCrystal[size_t(nOne)].strEnded > listCrystal[size_t(nOther)].strEnded;
+    });
+    for (const int n : listOrder) {
+        const auto itSame = std::find_if(listKept.begin(), listKept.end(), [&](int nKept) {
+            return isSame(listCrystal[size_t(n)], listCrystal[size_t(nKept)]);
+        });
+        if (itSame == listKept.end()) {
+            listKept.push_back(n);
+            continue;
+        }
+        LeftOutCrystal left;
+        left.nCrystal = n;
+        left.strReason = QStringLiteral("It is of the same frames as %1, which a later run measured.")
+                             .arg(listCrystal[size_t(*itSame)].strName);
+        merged.listLeftOut.push_back(left);
+    }
+    std::sort(listKept.begin(), listKept.end());
+    return listKept;
+}
+
+/// Of a class that was asked for, as itself or by its space group; empty: none was.
+QString wishedClass(const JudgementOptions& options)
+{
+    const gemmi::SpaceGroup* pGroup =
+        options.nSpaceGroup > 0 ? gemmi::find_spacegroup_by_number(options.nSpaceGroup) : nullptr;
+    return options.strLaueClass.isEmpty() && pGroup ? QString::fromLatin1(pGroup->laue_str())
+                                                    : options.strLaueClass;
+}
+
+/// Settled crystals of which those that stay were settled once more, without the others.
+void replaceSettled(SettledCrystals&& kept, SettledCrystals& all)
+{
+    std::vector<int> listPlace;  // in `all`, of each of `kept`
+    for (SettledCrystal& crystal : kept.listSettled) {
+        const auto it = std::find_if(
+            all.listSettled.begin(), all.listSettled.end(),
+            [&](const SettledCrystal& other) { return other.nCrystal == crystal.nCrystal; });
+        listPlace.push_back(int(it - all.listSettled.begin()));
+        *it = std::move(crystal);
+    }
+    for (size_t i = 0; i < listPlace.size(); ++i) {
+        for (size_t j = i + 1; j < listPlace.size(); ++j) {
+            all.distances.set(listPlace[i], listPlace[j], kept.distances.at(int(i), int(j)));
+        }
+    }
+    all.symmetry = kept.symmetry;
+    all.strLaueClass = kept.strLaueClass;
+}
+
+/// Settles, and again without those that are apart, until none is.
+/// @return false when the report asked to stop
+bool settleGroup(const std::vector<Crystal>& listCrystal, std::vector<int> listMember,
+                 const CrystalGroup& group, const CrystalMergeOptions& options, CRunReport& report,
+                 SettledCrystals& settled, MergedCrystals& merged)
+{
+    SettlingOptions settling;
+    settling.tolerance = group.tolerance;
+    settling.strLaueClass = wishedClass(options.judgement);
+    settling.nJobs = options.nJobs;
+    settled = settleCrystals(listCrystal, listMember, group.reference, settling, report);
+    for (const int n : settled.listOutside) {
+        LeftOutCrystal left;
+        left.nCrystal = n;
+        left.strReason = QStringLiteral("No change of its axes brings its lattice to that of the group.");
+        merged.listLeftOut.push_back(left);
+    }
+    merged.listUsed.assign(settled.listSettled.size(), 1);
+    SettledCrystals part = settled;
+    while (report.goOn() && !part.listSettled.empty()) {
+        const ApartCrystals apart = findApart(part, averageLinkage(part.distances));
+        if (apart.isNone()) {
+            break;
+        }
+        std::vector<int> listStay;
+        for (size_t n = 0; n < part.listSettled.size(); ++n) {
+            const int nCrystal = part.listSettled[n].nCrystal;
+            if (apart.listReason[n].isEmpty()) {
+                listStay.push_back(nCrystal);
+                continue;
+            }
+            LeftOutCrystal left;
+            left.nCrystal = nCrystal;
+            left.strReason = apart.listReason[n];
+            merged.listLeftOut.push_back(left);
+            const auto it = std::find_if(
+                settled.listSettled.begin(), settled.listSettled.end(),
+                [&](const SettledCrystal& crystal) { return crystal.nCrystal == nCrystal; });
+            merged.listUsed[size_t(it - settled.listSettled.begin())] = 0;
+        }
+        for (const std::vector<int>& listKind : apart.listKind) {
+            std::vector<int> list;
+            for (const int nPlace : listKind) {
+                list.push_back(part.listSettled[size_t(nPlace)].nCrystal);
+            }
+            merged.listOtherKind.push_back(std::move(list));
+        }
+        part = settleCrystals(listCrystal, listStay, group.reference, settling, report);
+        if (!part.listSettled.empty()) {
+            replaceSettled(SettledCrystals(part), settled);
+        }
+    }
+    return report.goOn();
+}
+
 }  // namespace
 
 RunOutcome mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
                          const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged)
 {
     MergedCrystals work;
-    work.listSettled = settleCrystals(listCrystal, group.listMember, group.reference, report);
-    if (!report.goOn()) {
+    SettledCrystals settled;
+    const std::vector<int> listMember = leaveOutRepeated(listCrystal, group.listMember, work);
+    if (!settleGroup(listCrystal, listMember, group, options, report, settled, work)) {
         return {RunEnd::Stopped, {}};
     }
-    if (work.listSettled.empty()) {
+    if (settled.listSettled.empty()) {
         return failRun(report, QStringLiteral("No crystal could be brought to the setting of its group."));
     }
-    work.listUsed.assign(work.listSettled.size(), 1);
+    if (std::count(work.listUsed.begin(), work.listUsed.end(), 1) == 0) {
+        return failRun(report, QStringLiteral("No two crystals of the group agree."));
+    }
+    work.listJoint = averageLinkage(settled.distances);
+    work.listSettled = std::move(settled.listSettled);
+    work.strSettledClass = settled.strLaueClass;
     work.listScale.assign(work.listSettled.size(), {});
     work.listGain.assign(work.listSettled.size(), 0.0);
-    work.listJoint = treeOf(work.listSettled);
-    if (!CChooser(listCrystal, options, report, work).run()) {
+    if (!CChooser(listCrystal, settled.symmetry, options, report, work).run()) {
         return {RunEnd::Stopped, {}};
     }
     if (work.result.quality.listMerged.empty()) {

@@ -18,12 +18,13 @@ namespace tessera {
 struct CrystalMergeOptions {
     JudgementOptions judgement;  ///< its scaling is along the crystals: off, as they are scaled before
     bool bKeepAll = false;       ///< true: no crystal is left out for what it does to CC1/2
+    int nJobs = 1;               ///< threads; the result is the same for any number
 };
 
 /// A crystal that takes no part.
 struct LeftOutCrystal {
     int nCrystal = 0;      ///< place in the list of the crystals
-    double dfBefore = 0;   ///< CC1/2 of the merged intensities with it
+    double dfBefore = 0;   ///< CC1/2 of the merged intensities with it; 0: left out before, for another reason
     double dfWithout = 0;  ///< and without
     QString strReason;
 };
@@ -31,22 +32,27 @@ struct LeftOutCrystal {
 struct MergedCrystals {
     std::vector<SettledCrystal> listSettled;  ///< all of the group that could be brought to its setting
     std::vector<char> listUsed;               ///< of each of them: 1 where it is merged
-    std::vector<CrystalScale> listScale;      ///< of each of them
-    std::vector<double> listGain;             ///< CC1/2 of all used less that without it; of each of them
+    std::vector<CrystalScale> listScale;      ///< of each of them; 1 and 0 of what is not used
+    std::vector<double> listGain;  ///< Fisher's z of CC1/2 of all used, less that without it; of each of them
     std::vector<LeftOutCrystal> listLeftOut;
+    std::vector<std::vector<int>> listOtherKind;  ///< crystals that were left out, but agree among themselves:
+                                                  ///< places in the list of the crystals
     std::vector<Joint> listJoint;  ///< the tree of the settled crystals; heights sqrt(1 - r²) of the
-                                   ///< correlations r of their intensities, 1 for what has little in common
+                                   ///< correlations r of their normalized amplitudes
+    QString strSettledClass;       ///< the Laue class by which settings were told apart
     CellParameters cellMean;       ///< of the setting of the group, the mean of the used ones
     CellParameters cellSpread;     ///< standard deviation of one crystal
     IntegrationResult result;      ///< as of one crystal; its frames are the crystals
 };
 
 /// Brings the crystals of a group to one setting and one scale, leaves out those that make equivalents agree
-/// worse, merges and judges.
+/// worse, merges and judges. The group's reduced cell is the setting of the intermediate results.
 ///
-/// A crystal is left out where CC1/2 is higher without it by more than what the others' share in it scatters,
-/// the worst one first, as long as three or more are left.
-/// Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028.
+/// Left out, each with the reason:
+/// - a crystal of the same frames as another one, by their hashes: the run that ended later counts;
+/// - one whose lattice cannot be brought to that of the group;
+/// - one whose intensities are not those of the others, or that shares too little with them (crystalsapart.h);
+/// - one that lowers CC1/2, the worst one first, as long as more than three are left (harmfulCrystal()).
 ///
 /// @param merged  replaced when the run finished, else as it was
 RunOutcome mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
