@@ -65,7 +65,7 @@ double scoreOf(const SettingAgreement& agreement, int nPairs, double dfMisfit)
     }
     const double dfNearOne = 0.999;
     const double df = std::clamp(agreement.dfCorrelation, -dfNearOne, dfNearOne);
-    return -std::copysign(0.5 * nPairs * std::log(1 - df * df), df) - dfOfLattice;
+    return std::copysign(0.5 * nPairs * std::log(1 - df * df), df) - dfOfLattice;
 }
 
 }  // namespace
