@@ -93,6 +93,22 @@ std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal,
     return list;
 }
 
+/// What the judgement says of one crystal's turn and further tilts does not hold for many.
+class CWarningsAlone : public CRunReport {
+public:
+    explicit CWarningsAlone(CRunReport& report) : m_report(report) {}
+    void addMessage(const QString& strText, Severity severity) override
+    {
+        if (severity == Severity::Warning || severity == Severity::Error) {
+            m_report.addMessage(strText, severity);
+        }
+    }
+    bool goOn() override { return m_report.goOn(); }
+
+private:
+    CRunReport& m_report;
+};
+
 IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCell& cell,
                         size_t nCrystals, double dfWavelength, const CrystalMergeOptions& options,
                         CRunReport& report)
@@ -117,7 +133,8 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     JudgementOptions judgement = options.judgement;
     judgement.scaling.bScale = false;
     judgement.scaling.bDecay = false;
-    IntegrationResult result = judgeIntegration(integrated, series, lattice, judgement, report);
+    CWarningsAlone warnings(report);
+    IntegrationResult result = judgeIntegration(integrated, series, lattice, judgement, warnings);
     result.forecast = {};  // it tells of more tilts of one crystal
     return result;
 }
