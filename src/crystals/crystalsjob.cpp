@@ -1,0 +1,395 @@
+#include "crystals/crystalsjob.h"
+
+#include "crystals/joblines.h"
+#include "crystals/resultfolders.h"
+#include "dataset/framefiles.h"
+#include "imaging/sidebyside.h"
+#include "records/progress.h"
+#include "records/resultfile.h"
+#include "records/runends.h"
+#include "road/filefacts.h"
+#include "road/reporttables.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMap>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+namespace tessera {
+
+namespace {
+
+constexpr int g_nLongestName = 150;     ///< bytes; a group, a compound and a suffix follow, 255 is the most
+constexpr int g_nLongestCompound = 40;  ///< bytes
+
+/// The first bytes of a text as UTF-8, without half a letter at their end.
+QString cutTo(const QString& strText, int nBytes)
+{
+    QString str = strText;
+    while (str.toUtf8().size() > nBytes) {
+        str.chop(str.size() > 1 && str.at(str.size() - 1).isLowSurrogate() ? 2 : 1);
+    }
+    return str;
+}
+
+/// A name as a part of one of a file.
+QString fileWord(const QString& strText)
+{
+    QString str = strText.simplified();
+    for (QChar& ch : str) {
+        if (!ch.isLetterOrNumber() && !QStringLiteral("-+.").contains(ch)) {
+            ch = QLatin1Char('_');
+        }
+    }
+    return cutTo(str, g_nLongestCompound);
+}
+
+int threadsOf(const CrystalsJobOptions& options)
+{
+    return options.nJobs > 0 ? options.nJobs : std::max(1, int(std::thread::hardware_concurrency()));
+}
+
+/// What one group says while others are merged beside it. The thread of the caller asks whether to go on.
+class CGroupReport : public CRunReport {
+public:
+    CGroupReport(CRunReport& report, std::atomic<bool>& bStop, std::thread::id caller)
+        : m_report(report), m_bStop(bStop), m_caller(caller)
+    {}
+    void addMessage(const QString& strText, Severity severity) override
+    {
+        m_listLine.emplace_back(strText, severity);
+    }
+    bool goOn() override
+    {
+        if (std::this_thread::get_id() == m_caller && !m_report.goOn()) {
+            m_bStop = true;
+        }
+        return !m_bStop;
+    }
+    const std::vector<std::pair<QString, Severity>>& lines() const { return m_listLine; }
+
+private:
+    CRunReport& m_report;
+    std::atomic<bool>& m_bStop;
+    const std::thread::id m_caller;
+    std::vector<std::pair<QString, Severity>> m_listLine;
+};
+
+/// Reads folders side by side. @return false when it was asked to stop
+bool readAll(const QStringList& listFolder, int nJobs, CRunReport& report, CrystalsJobResult& result)
+{
+    std::vector<ReadCrystals> listRead(size_t(listFolder.size()));
+    CProgress progress(report, QStringLiteral("Results %v/%m"), 0, listFolder.size());
+    std::atomic<int> nDone{0};
+    const bool bAll = sideBySide(
+        listFolder.size(), nJobs,
+        [&]() -> FnPiece {
+            return [&](int n) {
+                listRead[size_t(n)] = readCrystals({listFolder[n]});
+                ++nDone;
+            };
+        },
+        [&] {
+            progress.set(nDone);
+            return report.goOn();
+        });
+    progress.end();
+    for (ReadCrystals& read : listRead) {
+        std::move(read.listCrystal.begin(), read.listCrystal.end(), std::back_inserter(result.listCrystal));
+        std::move(read.listUnread.begin(), read.listUnread.end(), std::back_inserter(result.listUnread));
+    }
+    return bAll;
+}
+
+QString fileOf(const Crystal& crystal, ResultFile file)
+{
+    return crystal.strFolder + QLatin1Char('/') + crystal.strName + resultSuffix(file);
+}
+
+/// Check sums of what was read; a list that is there twice is that of one crystal. @return false: asked to
+/// stop
+bool dropCopies(int nJobs, CRunReport& report, CrystalsJobResult& result)
+{
+    QStringList listFile;
+    for (const Crystal& crystal : result.listCrystal) {
+        listFile << fileOf(crystal, ResultFile::Integrated) << fileOf(crystal, ResultFile::Run);
+    }
+    const std::vector<FileFacts> listFacts = factsOfFiles(listFile, nJobs,
+                                                          [&](int) { return report.goOn(); });
+    std::vector<Crystal> listKept;
+    QMap<QByteArray, QString> mapFirst;
+    for (size_t n = 0; n < result.listCrystal.size(); ++n) {
+        Crystal& crystal = result.listCrystal[n];
+        const QByteArray bytesHash = listFacts[2 * n].bytesSha256.toHex();
+        const auto itFirst = mapFirst.constFind(bytesHash);
+        if (itFirst != mapFirst.constEnd()) {
+            result.listUnread.push_back(
+                {fileOf(crystal, ResultFile::Run),
+                 QStringLiteral("Its intensities are those of %1, byte for byte: they count once.")
+                     .arg(*itFirst)});
+            continue;
+        }
+        mapFirst.insert(bytesHash, fileOf(crystal, ResultFile::Run));
+        CrystalFate fate;
+        fate.bytesSha256 = bytesHash;
+        fate.bytesRecordSha256 = listFacts[2 * n + 1].bytesSha256.toHex();
+        result.listFate.push_back(fate);
+        listKept.push_back(std::move(crystal));
+    }
+    result.listCrystal = std::move(listKept);
+    return report.goOn();
+}
+
+/// Mean and standard deviation of cells, number by number.
+void takeMean(const std::vector<CellParameters>& listCell, CellParameters& mean, CellParameters& deviation)
+{
+    std::array<double, 6> adfMean = {}, adfSquare = {};
+    for (const CellParameters& cell : listCell) {
+        for (size_t n = 0; n < 6; ++n) {
+            adfMean[n] += cell.numbers()[n] / double(listCell.size());
+        }
+    }
+    for (const CellParameters& cell : listCell) {
+        for (size_t n = 0; n < 6 && listCell.size() > 1; ++n) {
+            const double dfOff = cell.numbers()[n] - adfMean[n];
+            adfSquare[n] += dfOff * dfOff / double(listCell.size() - 1);
+        }
+    }
+    mean = {adfMean[0], adfMean[1], adfMean[2], adfMean[3], adfMean[4], adfMean[5]};
+    deviation = {std::sqrt(adfSquare[0]), std::sqrt(adfSquare[1]), std::sqrt(adfSquare[2]),
+                 std::sqrt(adfSquare[3]), std::sqrt(adfSquare[4]), std::sqrt(adfSquare[5])};
+}
+
+/// The mean of the reduced cells, each in its setting next to the reference.
+void takeMeanOfMembers(const CrystalsJobResult& result, const CellTolerance& tolerance,
+                       CompoundGroup& compound)
+{
+    std::vector<CellParameters> listCell;
+    for (const int nMember : compound.group.listMember) {
+        const Crystal& crystal = result.listCrystal[size_t(nMember)];
+        const LatticeBasis basis = reducedCell(crystal.cell, crystal.chCentring).basis;
+        const std::vector<CellSetting> list = settingsBetween(basis, compound.group.reference, tolerance);
+        if (!list.empty()) {  // a member may be further from the reference than from the others
+            listCell.push_back(cellOf(list.front().matAxes.cast<double>() * basis));
+        }
+    }
+    takeMean(listCell, compound.cellMean, compound.cellSpread);
+}
+
+/// The conventional cells of the crystals that were merged.
+void takeConventionalCell(const CrystalsJobResult& result, CompoundGroup& compound)
+{
+    const ObservationSymmetry& symmetry = compound.merged.result.chosen.symmetry;
+    Eigen::Matrix3d matConventional;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        for (int n = 0; n < 3; ++n) {
+            matConventional(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
+                                       std::max(1, symmetry.nDenominator);
+        }
+    }
+    std::vector<CellParameters> listCell;
+    for (size_t n = 0; n < compound.merged.listSettled.size(); ++n) {
+        const SettledCrystal& settled = compound.merged.listSettled[n];
+        if (compound.merged.listUsed[n]) {
+            const LatticeBasis basis = directBasisOf(result.listCrystal[size_t(settled.nCrystal)].cell);
+            listCell.push_back(cellOf(matConventional * settled.matIndices * basis));
+        }
+    }
+    CellParameters mean;
+    takeMean(listCell, mean, compound.cellDeviation);
+    compound.cell = compound.merged.result.cell;
+}
+
+void takeFates(CrystalsJobResult& result, size_t nGroup)
+{
+    CompoundGroup& compound = result.listGroup[nGroup];
+    for (const int nMember : compound.group.listMember) {
+        CrystalFate& fate = result.listFate[size_t(nMember)];
+        fate.nGroup = int(nGroup);
+        fate.strReason = compound.isMerged()
+                             ? QStringLiteral("It could not be brought to the setting of its group.")
+                             : compound.outcome.strReason;
+    }
+    for (size_t n = 0; n < compound.merged.listSettled.size(); ++n) {
+        CrystalFate& fate = result.listFate[size_t(compound.merged.listSettled[n].nCrystal)];
+        fate.nSettled = int(n);
+        fate.bUsed = compound.merged.listUsed[n] != 0;
+        fate.strReason = fate.bUsed ? QString() : QStringLiteral("It was left out.");
+    }
+    for (const LeftOutCrystal& left : compound.merged.listLeftOut) {
+        result.listFate[size_t(left.nCrystal)].strReason = left.strReason;
+    }
+}
+
+QString nameOfGroup(const CrystalsJobResult& result, const CompoundGroup& compound, size_t nGroup)
+{
+    QString strName = QStringLiteral("%1_%2").arg(result.strName).arg(nGroup + 1);
+    if (compound.known) {
+        const QString strWord = fileWord(result.listKnown[size_t(compound.known->nKnown)].strName);
+        strName += strWord.isEmpty() ? QString() : QLatin1Char('_') + strWord;
+    }
+    return strName;
+}
+
+void groupCrystals(const CrystalsJobOptions& options, CrystalsJobResult& result)
+{
+    result.groups = groupByCell(result.listCrystal, options.tolerance);
+    for (const int n : result.groups.listNoCell) {
+        result.listFate[size_t(n)].strReason = QStringLiteral("Its six numbers span no cell.");
+    }
+    for (size_t n = 0; n < result.groups.listGroup.size(); ++n) {
+        CompoundGroup compound;
+        compound.group = result.groups.listGroup[n];
+        takeMeanOfMembers(result, options.tolerance, compound);
+        compound.known = matchKnownCell(compound.group.reference, result.listKnown, options.tolerance);
+        compound.strName = nameOfGroup(result, compound, n);
+        result.listGroup.push_back(std::move(compound));
+    }
+}
+
+/// Merges the groups side by side. @return false when it was asked to stop
+bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
+{
+    std::atomic<bool> bStop{false};
+    std::atomic<int> nDone{0};
+    const int nGroups = int(result.listGroup.size());
+    std::vector<CGroupReport> listReport(size_t(nGroups),
+                                         CGroupReport(report, bStop, std::this_thread::get_id()));
+    CProgress progress(report, QStringLiteral("Groups %v/%m"), 0, nGroups);
+    const auto work = [&](int n) {
+        CompoundGroup& compound = result.listGroup[size_t(n)];
+        if (compound.crystalCount() < options.nLeastCrystals) {
+            compound.outcome = {RunEnd::Refused,
+                                QStringLiteral("Groups of fewer than %1 crystals are not merged.")
+                                    .arg(options.nLeastCrystals)};
+        } else {
+            compound.outcome = mergeCrystals(result.listCrystal, compound.group, options.merge,
+                                             listReport[size_t(n)], compound.merged);
+        }
+        if (compound.isMerged()) {
+            takeConventionalCell(result, compound);
+        }
+        ++nDone;
+    };
+    const bool bAll = sideBySide(
+        nGroups, threadsOf(options), [&]() -> FnPiece { return work; },
+        [&] {
+            progress.set(nDone);
+            return report.goOn();
+        });
+    progress.end();
+    for (int n = 0; n < nGroups; ++n) {
+        takeFates(result, size_t(n));
+        for (const auto& [strLine, severity] : listReport[size_t(n)].lines()) {
+            report.addMessage(QStringLiteral("%1: %2").arg(result.listGroup[size_t(n)].strName, strLine),
+                              severity);
+        }
+    }
+    return bAll && !bStop;
+}
+
+/// Doubts that no number shows.
+void noteWavelengths(CrystalsJobResult& result)
+{
+    for (const CompoundGroup& compound : result.listGroup) {
+        double dfLeast = HUGE_VAL, dfMost = 0;
+        for (const int n : compound.group.listMember) {
+            dfLeast = std::min(dfLeast, result.listCrystal[size_t(n)].dfWavelength);
+            dfMost = std::max(dfMost, result.listCrystal[size_t(n)].dfWavelength);
+        }
+        if (dfMost > 1.01 * dfLeast) {  // relativistic corrections and rounding make less
+            result.listNote.append(
+                QStringLiteral("The crystals of %1 were measured at wavelengths from %2 to %3 Å: "
+                               "the files have that of the first.")
+                    .arg(compound.strName)
+                    .arg(dfLeast)
+                    .arg(dfMost));
+        }
+    }
+}
+
+bool takeKnownCells(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
+{
+    if (options.strKnownCellsFile.isEmpty()) {
+        return true;
+    }
+    QString strReason;
+    const std::optional<KnownCells> known = readKnownCells(options.strKnownCellsFile, &strReason);
+    if (!known) {
+        report.fail(QStringLiteral("The known cells cannot be read. %1").arg(strReason));
+        return false;
+    }
+    result.listKnown = known->listCell;
+    for (const QString& strFault : known->listFault) {
+        result.listNote.append(
+            QStringLiteral("%1, %2: the line is left out.").arg(options.strKnownCellsFile, strFault));
+    }
+    return true;
+}
+
+}  // namespace
+
+int CompoundGroup::usedCount() const
+{
+    return int(std::count(merged.listUsed.begin(), merged.listUsed.end(), 1));
+}
+
+int CrystalsJobResult::mergedCount() const
+{
+    return int(std::count_if(listGroup.begin(), listGroup.end(),
+                             [](const CompoundGroup& compound) { return compound.isMerged(); }));
+}
+
+int CrystalsJobResult::usedCount() const
+{
+    return int(
+        std::count_if(listFate.begin(), listFate.end(), [](const CrystalFate& fate) { return fate.bUsed; }));
+}
+
+QString jobName(const CrystalsJobOptions& options)
+{
+    const QString strFolder =
+        QDir(QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath())).dirName();
+    const QString strName = cutTo(options.strName.isEmpty() ? strFolder : options.strName, g_nLongestName);
+    return strName.isEmpty() ? QStringLiteral("merged") : strName;
+}
+
+RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
+{
+    result = {};
+    result.strName = jobName(options);
+    const RunOutcome stopped = {RunEnd::Stopped, {}};
+    if (!takeKnownCells(options, report, result)) {
+        return {RunEnd::Failed, report.reason()};
+    }
+    ResultFolders folders = findResultFolders(options.listFolder, options.strOutFolder);
+    result.listUnread = std::move(folders.listUnread);
+    result.listNote += folders.listNote;
+    const bool bRead = readAll(folders.listFolder, threadsOf(options), report, result) &&
+                       dropCopies(threadsOf(options), report, result);
+    if (!bRead) {
+        return stopped;
+    }
+    tellRead(folders.listFolder.size(), result, report);
+    if (result.listCrystal.empty()) {
+        report.fail(QStringLiteral("No folder holds intensities: there is nothing to merge."));
+        return {RunEnd::Refused, report.reason()};
+    }
+    groupCrystals(options, result);
+    noteWavelengths(result);
+    if (!mergeGroups(options, report, result)) {
+        return stopped;
+    }
+    tellGroups(result, report);
+    if (result.mergedCount() == 0) {
+        report.fail(QStringLiteral("No group of crystals could be merged."));
+        return {RunEnd::Failed, report.reason()};
+    }
+    return {};
+}
+
+}  // namespace tessera

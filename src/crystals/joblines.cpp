@@ -1,0 +1,199 @@
+#include "crystals/joblines.h"
+
+#include "road/reporttables.h"
+
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+/// "quartz, off by 0.12 of the tolerance"
+QString knownText(const CompoundGroup& compound, const CrystalsJobResult& result)
+{
+    if (!compound.known) {
+        return result.listKnown.empty() ? QString() : QStringLiteral("no known cell");
+    }
+    QString strText = QStringLiteral("%1 (edges off by %2 %, angles by %3°)")
+                          .arg(result.listKnown[size_t(compound.known->nKnown)].strName)
+                          .arg(compound.known->dfLengths, 0, 'f', 2)
+                          .arg(compound.known->dfAngles, 0, 'f', 2);
+    if (!compound.known->strNext.isEmpty()) {
+        strText += QStringLiteral(", next to it %1").arg(compound.known->strNext);
+    }
+    return strText;
+}
+
+QString qualityLine(const ShellQuality& quality)
+{
+    QStringList listPart = {QStringLiteral("%1 observations of %2 reflections to %3 Å")
+                                .arg(quality.nObserved)
+                                .arg(quality.nUnique)
+                                .arg(quality.dfDMin, 0, 'f', 2)};
+    const auto put = [&listPart](const char* pszText, double dfValue, int nDecimals) {
+        if (std::isfinite(dfValue)) {
+            listPart.append(QString::fromUtf8(pszText).arg(dfValue, 0, 'f', nDecimals));
+        }
+    };
+    put("%1 % complete", 100 * quality.dfCompleteness, 1);
+    put("Rint %1", quality.dfRInt, 3);
+    put("CC1/2 %1", quality.dfCcHalf, 3);
+    put("I/σ %1", quality.dfIOverSigma, 1);
+    return listPart.join(QStringLiteral(", "));
+}
+
+/// A coefficient before a letter, as "+1/2h"; nothing for 0.
+QString termText(double dfFactor, const char* pszLetter, bool bFirst)
+{
+    for (const int nDenominator : {1, 2, 3, 4, 6}) {
+        const double dfNumerator = dfFactor * nDenominator;
+        const int n = int(std::lround(dfNumerator));
+        if (n == 0 || std::abs(dfNumerator - n) > 0.01) {
+            continue;
+        }
+        QString strText = n < 0 ? QStringLiteral("-") : bFirst ? QString() : QStringLiteral("+");
+        if (nDenominator > 1) {
+            strText += QStringLiteral("%1/%2").arg(std::abs(n)).arg(nDenominator);
+        } else if (std::abs(n) > 1) {
+            strText += QString::number(std::abs(n));
+        }
+        return strText + QLatin1String(pszLetter);
+    }
+    return {};
+}
+
+void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, CRunReport& report)
+{
+    const QString strKnown = knownText(compound, result);
+    QString strLine = QStringLiteral("%1: %2, reduced cell %3")
+                          .arg(compound.strName, counted(compound.crystalCount(), "crystal"),
+                               cellText(compound.cellMean, compound.cellSpread));
+    if (!strKnown.isEmpty()) {
+        strLine += QStringLiteral("; ") + strKnown;
+    }
+    report.addMessage(strLine + QLatin1Char('.'));
+    for (const int nMember : compound.group.listMember) {
+        const CrystalFate& fate = result.listFate[size_t(nMember)];
+        if (!fate.bUsed && compound.isMerged()) {
+            report.addMessage(QStringLiteral("%1: %2 is left out. %3")
+                                  .arg(compound.strName,
+                                       result.listCrystal[size_t(nMember)].strFolder + QLatin1Char('/') +
+                                           result.listCrystal[size_t(nMember)].strName,
+                                       fate.strReason),
+                              Severity::Warning);
+        }
+    }
+    if (!compound.isMerged()) {
+        report.addMessage(
+            QStringLiteral("%1: not merged. %2").arg(compound.strName, compound.outcome.strReason));
+        return;
+    }
+    const IntegrationResult& merged = compound.merged.result;
+    report.addMessage(QStringLiteral("%1: %2 of %3 merged, Laue class %4, cell %5: %6.")
+                          .arg(compound.strName)
+                          .arg(compound.usedCount())
+                          .arg(compound.crystalCount())
+                          .arg(merged.chosen.strClass, cellText(compound.cell, merged.cellErrors),
+                               qualityLine(merged.quality.overall)));
+}
+
+}  // namespace
+
+QString counted(int nCount, const char* pszWhat)
+{
+    return QStringLiteral("%1 %2%3").arg(nCount).arg(QLatin1String(pszWhat),
+                                                     nCount == 1 ? QString() : QStringLiteral("s"));
+}
+
+void tellRead(int nFolders, const CrystalsJobResult& result, CRunReport& report)
+{
+    report.addMessage(
+        QStringLiteral("Read %1 in %2 of results.")
+            .arg(counted(int(result.listCrystal.size()), "crystal"), counted(nFolders, "folder")));
+    for (const UnreadCrystal& unread : result.listUnread) {
+        report.addMessage(QStringLiteral("Not read: %1. %2").arg(unread.strName, unread.strReason),
+                          Severity::Warning);
+    }
+    for (const QString& strNote : result.listNote) {
+        report.addMessage(strNote, Severity::Warning);
+    }
+}
+
+void tellGroups(const CrystalsJobResult& result, CRunReport& report)
+{
+    for (size_t n = 0; n < result.listCrystal.size(); ++n) {
+        if (result.listFate[n].nGroup < 0) {
+            report.addMessage(QStringLiteral("%1/%2 is in no group. %3")
+                                  .arg(result.listCrystal[n].strFolder, result.listCrystal[n].strName,
+                                       result.listFate[n].strReason),
+                              Severity::Warning);
+        }
+    }
+    for (const CompoundGroup& compound : result.listGroup) {
+        tellGroup(compound, result, report);
+    }
+}
+
+QStringList summaryOf(const CrystalsJobResult& result)
+{
+    const size_t nMostSingles = 20;
+    QStringList listLine;
+    int nSingles = 0;
+    for (const CompoundGroup& compound : result.listGroup) {
+        if (result.listGroup.size() > nMostSingles && compound.crystalCount() == 1) {
+            ++nSingles;
+            continue;
+        }
+        const QString strCompound = compound.known
+                                        ? result.listKnown[size_t(compound.known->nKnown)].strName +
+                                              QStringLiteral(", ")
+                                        : QString();
+        listLine.append(
+            QStringLiteral("%1: %2%3")
+                .arg(
+                    compound.strName, strCompound,
+                    compound.isMerged()
+                        ? QStringLiteral("%1 of %2 merged, %3")
+                              .arg(compound.usedCount())
+                              .arg(counted(compound.crystalCount(), "crystal"),
+                                   qualityLine(compound.merged.result.quality.overall))
+                        : QStringLiteral("%1, not merged").arg(counted(compound.crystalCount(), "crystal"))));
+    }
+    if (nSingles > 0) {
+        listLine.append(QStringLiteral("%1 of one crystal.").arg(counted(nSingles, "group")));
+    }
+    listLine.append(QStringLiteral("%1 read, %2 merged in %3 of %4; not read: %5.")
+                        .arg(counted(int(result.listCrystal.size()), "crystal"))
+                        .arg(result.usedCount())
+                        .arg(result.mergedCount())
+                        .arg(counted(int(result.listGroup.size()), "group"))
+                        .arg(result.listUnread.size()));
+    return listLine;
+}
+
+QString settingText(const CompoundGroup& compound, const SettledCrystal& settled)
+{
+    const ObservationSymmetry& symmetry = compound.merged.result.chosen.symmetry;
+    Eigen::Matrix3d mat;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        for (int n = 0; n < 3; ++n) {
+            mat(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
+                           std::max(1, symmetry.nDenominator);
+        }
+    }
+    mat = mat * settled.matIndices;
+    QStringList listPart;
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        QString strPart;
+        const char* const apszLetter[] = {"h", "k", "l"};
+        for (int n = 0; n < 3; ++n) {
+            strPart += termText(mat(nRow, n), apszLetter[n], strPart.isEmpty());
+        }
+        listPart.append(strPart.isEmpty() ? QStringLiteral("0") : strPart);
+    }
+    return listPart.join(QLatin1Char(','));
+}
+
+}  // namespace tessera
