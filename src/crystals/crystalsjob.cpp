@@ -8,7 +8,7 @@
 #include "records/resultfile.h"
 #include "records/runends.h"
 #include "road/filefacts.h"
-#include "road/reporttables.h"
+#include "road/roadlog.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -331,36 +331,8 @@ bool takeKnownCells(const CrystalsJobOptions& options, CRunReport& report, Cryst
     return true;
 }
 
-}  // namespace
-
-int CompoundGroup::usedCount() const
+RunOutcome computeMerged(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
 {
-    return int(std::count(merged.listUsed.begin(), merged.listUsed.end(), 1));
-}
-
-int CrystalsJobResult::mergedCount() const
-{
-    return int(std::count_if(listGroup.begin(), listGroup.end(),
-                             [](const CompoundGroup& compound) { return compound.isMerged(); }));
-}
-
-int CrystalsJobResult::usedCount() const
-{
-    return int(
-        std::count_if(listFate.begin(), listFate.end(), [](const CrystalFate& fate) { return fate.bUsed; }));
-}
-
-QString jobName(const CrystalsJobOptions& options)
-{
-    const QString strFolder =
-        QDir(QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath())).dirName();
-    const QString strName = cutTo(options.strName.isEmpty() ? strFolder : options.strName, g_nLongestName);
-    return strName.isEmpty() ? QStringLiteral("merged") : strName;
-}
-
-RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
-{
-    result = {};
     result.strName = jobName(options);
     const RunOutcome stopped = {RunEnd::Stopped, {}};
     if (!takeKnownCells(options, report, result)) {
@@ -392,4 +364,40 @@ RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, C
     return {};
 }
 
+}  // namespace
+
+int CompoundGroup::usedCount() const
+{
+    return int(std::count(merged.listUsed.begin(), merged.listUsed.end(), 1));
+}
+
+int CrystalsJobResult::mergedCount() const
+{
+    return int(std::count_if(listGroup.begin(), listGroup.end(),
+                             [](const CompoundGroup& compound) { return compound.isMerged(); }));
+}
+
+int CrystalsJobResult::usedCount() const
+{
+    return int(
+        std::count_if(listFate.begin(), listFate.end(), [](const CrystalFate& fate) { return fate.bUsed; }));
+}
+
+QString jobName(const CrystalsJobOptions& options)
+{
+    const QString strFolder =
+        QDir(QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath())).dirName();
+    const QString strName = cutTo(options.strName.isEmpty() ? strFolder : options.strName, g_nLongestName);
+    return strName.isEmpty() ? QStringLiteral("merged") : strName;
+}
+
+RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
+{
+    result = {};
+    CRoadLog log(report);
+    const RunOutcome outcome = computeMerged(options, log, result);
+    result.strLog = log.text();
+    report.noteReason(log.reason());
+    return outcome;
+}
 }  // namespace tessera

@@ -19,7 +19,7 @@ namespace tessera {
 
 struct CrystalsJobOptions {
     QStringList listFolder;     ///< of results, or that hold such folders; their order does not matter
-    QString strOutFolder;       ///< of the files; what lies in it is no input
+    QString strOutFolder;       ///< of the files; no input itself
     QString strName;            ///< that the files begin with; empty: the name of the folder (jobName())
     QString strKnownCellsFile;  ///< empty: none
     CellTolerance tolerance;    ///< of crystals of one group, and of a group to a known cell
@@ -67,6 +67,7 @@ struct CrystalsJobResult {
     CrystalGroups groups;                  ///< with the tree of the lattices
     std::vector<CompoundGroup> listGroup;  ///< in the order of groups.listGroup
     QStringList listNote;  ///< doubts: folders named twice, lines of the known cells that are wrong
+    QString strLog;        ///< all that was said
     QStringList listFile;  ///< written, with their paths
 
     int mergedCount() const;  ///< groups with merged intensities
@@ -76,6 +77,10 @@ struct CrystalsJobResult {
 /// What the files begin with: the name that was given, else that of the folder, else "merged".
 QString jobName(const CrystalsJobOptions& options);
 
+/// What speaks against writing the files there: no folder, one that holds the results of a series, or the
+/// file of known cells among them. Empty if nothing does.
+QString misplacedMerge(const CrystalsJobOptions& options);
+
 /// Reads, tells apart and merges; writes nothing. All that is told goes to the report, too. The result
 /// depends on folders and numbers alone, neither on the order of the folders nor on the threads.
 ///
@@ -83,13 +88,12 @@ QString jobName(const CrystalsJobOptions& options);
 /// @return Finished with at least one merged group; Refused where nothing could be read; Failed, Stopped
 RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result);
 
-/// Writes all files: of each merged group those of structure solution as of one crystal, all together or
-/// none, and the tree of its crystals; then the table of the crystals, the tree of the lattices, a report and
-/// the record, all together or none. Stops at the first that cannot be written; what stood there before stays
-/// then.
+/// Writes the files: of each merged group those of structure solution as of one crystal, all together or
+/// none, and the tree of its crystals; then table of the crystals, tree of the lattices, report and log
+/// together; last the record, NAME.merge.json, which has the check sums of the others. Stops at the first
+/// that cannot be written; what stood in its place stays then. The summary of the merging goes to the report.
 ///
-/// The record is NAME.merge.json. Sealed files (.ins, .cif, .mtz) that were changed by somebody stay, and the
-/// new ones get another name.
+/// Sealed files (.ins, .cif, .mtz) that were changed by somebody stay, and the new ones get another name.
 /// @param result  gets the names of the files
 RunOutcome writeMerged(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result);
 

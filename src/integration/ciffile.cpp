@@ -110,6 +110,14 @@ void putExperiment(Block& block, const StructureData& data)
         putNumber(block, "_diffrn_source_voltage", std::round(10 * kilovoltsOf(data.dfWavelength)) / 10, 1);
     }
     putText(block, "_diffrn_measurement_method", methodOf(data.rotation));
+    if (data.nCrystals > 0) {
+        putText(block, "_diffrn_measurement_details",
+                QStringLiteral("rotation series of %1")
+                    .arg(data.nCrystals == 1
+                             ? QStringLiteral("one crystal")
+                             : QStringLiteral("%1 crystals, brought to one scale").arg(data.nCrystals)));
+        return;
+    }
     putText(block, "_diffrn_measurement_details",
             QStringLiteral("%1 frames, tilt from %2 to %3 degrees")
                 .arg(data.nFrames)

@@ -114,6 +114,7 @@ StructureData structureData(const IntegrationResult& result, const StructureOpti
     data.quality = result.quality.overall;
     data.strLaueClass = result.chosen.strClass;
     data.rotation = result.series.rotation;
+    data.nCrystals = options.nCrystals;
     data.nFrames = result.series.frameCount();
     if (data.nFrames > 0) {
         data.dfTiltFirst = result.series.listTilt.front();

@@ -37,6 +37,7 @@ struct StructureData {
     ShellQuality quality;  ///< of all shells
     QString strLaueClass;
     RotationMode rotation;
+    int nCrystals = 0;  ///< that the intensities are merged from; 0: they are those of one series
     int nFrames = 0;
     double dfTiltFirst = 0;  ///< degrees
     double dfTiltLast = 0;
@@ -48,7 +49,8 @@ struct StructureOptions {
     QString strName;
     double dfWavelength = 0;
     ChemicalFormula formula;
-    int nUnits = 0;  ///< 0: to be estimated
+    int nUnits = 0;     ///< 0: to be estimated
+    int nCrystals = 0;  ///< of a result whose frames are crystals: how many are merged
 };
 
 /// Gathers. The space group is the one of the result, else the one of the Laue class without screw axes and

@@ -1,0 +1,266 @@
+#include "crystals/mergereport.h"
+
+#include "crystals/joblines.h"
+#include "crystals/jobtrees.h"
+#include "crystals/mergerecord.h"
+#include "road/reportplots.h"
+#include "road/reportstyle.h"
+#include "road/reporttables.h"
+#include "road/roadcommand.h"
+
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tessera {
+
+namespace {
+
+const int g_nMostSections = 50;
+
+QString number(double dfValue, int nDecimals)
+{
+    return std::isfinite(dfValue) ? QString::number(dfValue, 'f', nDecimals) : QStringLiteral("-");
+}
+
+QString compoundName(const CrystalsJobResult& result, const CompoundGroup& compound)
+{
+    return compound.known ? result.listKnown[size_t(compound.known->nKnown)].strName : QStringLiteral("–");
+}
+
+void writeFact(CHtmlPage& page, const char* pszName, const QString& strValue)
+{
+    page.element("dt", QString::fromUtf8(pszName));
+    page.element("dd", strValue);
+}
+
+void writeHead(CHtmlPage& page, const CrystalsJobResult& result)
+{
+    page.element("h1", result.strName);
+    page.element("p", QStringLiteral("Crystals merged by Tessera %1").arg(QStringLiteral(TESSERA_VERSION)),
+                 "faint");
+    page.open("dl");
+    writeFact(page, "Read", counted(int(result.listCrystal.size()), "crystal"));
+    writeFact(page, "Not read",
+              result.listUnread.empty() ? QStringLiteral("none") : QString::number(result.listUnread.size()));
+    writeFact(
+        page, "Groups",
+        QStringLiteral("%1, of which %2 merged").arg(result.listGroup.size()).arg(result.mergedCount()));
+    writeFact(page, "Merged",
+              QStringLiteral("%1 of %2")
+                  .arg(result.usedCount())
+                  .arg(counted(int(result.listCrystal.size()), "crystal")));
+    page.close();
+}
+
+void writeGroups(CHtmlPage& page, const CrystalsJobResult& result)
+{
+    std::vector<QStringList> listRow;
+    for (const CompoundGroup& compound : result.listGroup) {
+        QStringList listCell = {compound.strName, compoundName(result, compound),
+                                QString::number(compound.crystalCount()),
+                                QString::number(compound.usedCount())};
+        const std::array<double, 6> adfMean = compound.cellMean.numbers(),
+                                    adfSpread = compound.cellSpread.numbers();
+        for (size_t n = 0; n < adfMean.size(); ++n) {
+            listCell.append(withError(adfMean[n], adfSpread[n]));
+        }
+        if (compound.isMerged()) {
+            const ShellQuality& quality = compound.merged.result.quality.overall;
+            listCell << compound.merged.result.chosen.strClass << number(100 * quality.dfCompleteness, 1)
+                     << number(quality.dfRInt, 3) << number(quality.dfCcHalf, 3);
+        }
+        listRow.push_back(listCell);
+    }
+    page.element("h2", QStringLiteral("Compounds"));
+    page.table(
+        {QStringLiteral("Group"), QStringLiteral("Compound"), QStringLiteral("Crystals"),
+         QStringLiteral("Merged"), QStringLiteral("a / Å"), QStringLiteral("b / Å"), QStringLiteral("c / Å"),
+         QStringLiteral("α / °"), QStringLiteral("β / °"), QStringLiteral("γ / °"),
+         QStringLiteral("Laue class"), QStringLiteral("Complete / %"), QStringLiteral("Rint"),
+         QStringLiteral("CC1/2")},
+        listRow,
+        QStringLiteral("Crystals of one lattice are a group. The cell is the reduced one, the mean of the "
+                       "crystals; in brackets the standard deviation of one crystal."));
+}
+
+void writeTree(CHtmlPage& page, const TreePlot& plot, const QString& strCaption)
+{
+    if (plot.listJoint.empty()) {
+        return;
+    }
+    page.open("figure", "tree");
+    drawTree(page, plot);
+    page.element("figcaption", strCaption);
+    page.close();
+}
+
+void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const CompoundGroup& compound)
+{
+    const QStringList listLabel = labelsOf(result.listCrystal);
+    std::vector<QStringList> listRow;
+    for (const int nMember : compound.group.listMember) {
+        const Crystal& crystal = result.listCrystal[size_t(nMember)];
+        const CrystalFate& fate = result.listFate[size_t(nMember)];
+        QStringList listCell = {listLabel[nMember]};
+        if (fate.nSettled >= 0) {
+            const size_t n = size_t(fate.nSettled);
+            const SettledCrystal& settled = compound.merged.listSettled[n];
+            listCell << settingText(compound, settled) << QString::number(settled.nCommon)
+                     << (settled.nCommon > 0 ? number(settled.dfCorrelation, 3) : QStringLiteral("-"))
+                     << number(compound.merged.listScale[n].dfScale, 3)
+                     << number(compound.merged.listScale[n].dfB, 2) << number(compound.merged.listGain[n], 3);
+        } else {
+            listCell << QString() << QString() << QString() << QString() << QString() << QString();
+        }
+        listCell << QString::number(crystal.listIntensity.size()) << number(100 * crystal.dfCompleteness, 1)
+                 << number(crystal.dfRInt, 3) << (fate.bUsed ? QStringLiteral("merged") : fate.strReason);
+        listRow.push_back(listCell);
+    }
+    page.table(
+        {QStringLiteral("Crystal"), QStringLiteral("Its indices become"), QStringLiteral("Common"),
+         QStringLiteral("Correlation"), QStringLiteral("Scale"), QStringLiteral("B / Å²"),
+         QStringLiteral("Gain"), QStringLiteral("Observed"), QStringLiteral("Alone / %"),
+         QStringLiteral("Alone, Rint"), QString()},
+        listRow,
+        QStringLiteral("The crystals: common reflections and correlation with all others, scale and fall-off "
+                       "that bring it to the others, what it adds to CC1/2 (of Fisher's z; below 0 it takes "
+                       "away), completeness and Rint of it alone."));
+}
+
+SvgPlot scalesPlot(const CompoundGroup& compound)
+{
+    SvgPlot plot{QStringLiteral("Scale of the crystals"),
+                 QStringLiteral("crystal"),
+                 QStringLiteral("scale"),
+                 {},
+                 0.0,
+                 {}};
+    plot.listSeries = {{QStringLiteral("scale"), {}, false, true}};
+    for (size_t n = 0; n < compound.merged.listScale.size(); ++n) {
+        if (compound.merged.listUsed[n]) {
+            plot.listSeries[0].listPoint.emplace_back(double(n + 1), compound.merged.listScale[n].dfScale);
+        }
+    }
+    return plot;
+}
+
+void writePlots(CHtmlPage& page, const CompoundGroup& compound)
+{
+    const IntegrationResult& merged = compound.merged.result;
+    page.open("div", "row");
+    page.text({});
+    for (const SvgPlot& plot : {agreementPlot(merged), completenessPlot(merged), scalesPlot(compound)}) {
+        if (!plot.isEmpty()) {
+            page.open("figure", "plot");
+            page.element("h3", plot.strTitle);
+            drawPlot(page, plot);
+            page.close();
+        }
+    }
+    page.close();
+}
+
+void writeGroup(CHtmlPage& page, const CrystalsJobResult& result, const CompoundGroup& compound)
+{
+    const IntegrationResult& merged = compound.merged.result;
+    page.element("h2", compound.strName);
+    page.open("dl");
+    if (compound.known) {
+        writeFact(page, "Compound",
+                  QStringLiteral("%1; edges off by %2 %, angles by %3°")
+                      .arg(compoundName(result, compound), number(compound.known->dfLengths, 2),
+                           number(compound.known->dfAngles, 2)));
+    }
+    writeFact(page, "Cell", cellText(compound.cell, merged.cellErrors));
+    if (compound.usedCount() > 1) {
+        const std::array<double, 6> adf = compound.cellDeviation.numbers();
+        writeFact(page, "Spread of a crystal",
+                  QStringLiteral("%1 %2 %3 Å, %4 %5 %6°")
+                      .arg(number(adf[0], 3), number(adf[1], 3), number(adf[2], 3), number(adf[3], 2),
+                           number(adf[4], 2), number(adf[5], 2)));
+    }
+    QString strSymmetry = QStringLiteral("Laue class %1, likelihood %2")
+                              .arg(merged.chosen.strClass, number(merged.chosen.dfLikelihood, 2));
+    if (merged.spaceGroup) {
+        strSymmetry += QStringLiteral("; space group %1 (No. %2), likelihood %3")
+                           .arg(merged.spaceGroup->strName)
+                           .arg(merged.spaceGroup->nNumber)
+                           .arg(number(merged.spaceGroup->dfLikelihood, 2));
+    }
+    writeFact(page, "Symmetry", strSymmetry);
+    writeFact(page, "Crystals",
+              QStringLiteral("%1 of %2 merged").arg(compound.usedCount()).arg(compound.crystalCount()));
+    page.close();
+    writeMembers(page, result, compound);
+    writeTree(
+        page, correlationTree(result, compound),
+        QStringLiteral("The crystals by the correlation of their intensities; struck through: left out."));
+    writeShells(page, merged);
+    writePlots(page, compound);
+    page.element("h3", QStringLiteral("Symmetry of the intensities"));
+    writeSymmetry(page, merged);
+}
+
+void writeEnd(CHtmlPage& page, const CrystalsJobOptions& options, const CrystalsJobResult& result)
+{
+    if (!result.listUnread.empty()) {
+        std::vector<QStringList> listRow;
+        for (const UnreadCrystal& unread : result.listUnread) {
+            listRow.push_back({unread.strName, unread.strReason});
+        }
+        page.element("h2", QStringLiteral("Not read"));
+        page.table({QStringLiteral("Folder or record"), QStringLiteral("Why")}, listRow);
+    }
+    if (!result.listNote.isEmpty()) {
+        page.element("h2", QStringLiteral("Notes"));
+        page.open("ul");
+        for (const QString& strNote : result.listNote) {
+            page.element("li", strNote);
+        }
+        page.close();
+    }
+    page.element("h2", QStringLiteral("The same again"));
+    QStringList listQuoted;
+    for (const QString& strArgument : mergeArguments(options, result)) {
+        listQuoted.append(shellQuoted(strArgument));
+    }
+    page.element("pre", listQuoted.join(QLatin1Char(' ')));
+    std::vector<QStringList> listRow;
+    for (const QString& strFile : result.listFile) {
+        listRow.push_back({strFile, QString::number(QFileInfo(strFile).size())});
+    }
+    if (!listRow.empty()) {
+        page.element("h2", QStringLiteral("Files"));
+        page.table({QStringLiteral("File"), QStringLiteral("Bytes")}, listRow);
+    }
+}
+
+}  // namespace
+
+QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResult& result)
+{
+    CHtmlPage page(QStringLiteral("%1 – crystals merged").arg(result.strName),
+                   QLatin1String(g_pszReportStyle) + QLatin1String(g_pszTreeStyle));
+    writeHead(page, result);
+    writeGroups(page, result);
+    writeTree(page, latticeTree(result, options.tolerance),
+              QStringLiteral(
+                  "The crystals by their lattices; those that the dashed line leaves together are a group. "
+                  "Struck through: not merged."));
+    int nSections = 0;
+    for (const CompoundGroup& compound : result.listGroup) {
+        if (compound.isMerged() && nSections < g_nMostSections) {
+            writeGroup(page, result, compound);
+            ++nSections;
+        }
+    }
+    if (result.mergedCount() > nSections) {
+        page.element("p", QStringLiteral("%1 further groups stand in the table alone.")
+                              .arg(result.mergedCount() - nSections));
+    }
+    writeEnd(page, options, result);
+    return page.end();
+}
+
+}  // namespace tessera
