@@ -1,6 +1,6 @@
 # What `cmake --install` puts where: the programs, the desktop entry, the type of .ed3d files, the icon, the guide.
 # The caches of the desktop (update-desktop-database and its like) are left to who packages the program.
-foreach(program tessera tessera-batch tessera-simulate tessera-compare)
+foreach(program tessera tessera-batch tessera-merge tessera-simulate tessera-compare)
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   endif()

@@ -12,9 +12,9 @@ about a known axis, Tessera makes a unit cell, an indexed list of reflections
 with intensities, and the files that structure-solution programs read.
 
 The package has the workbench (tessera), the driver for many series
-(tessera-batch), the simulator of rotation series (tessera-simulate), the
-comparison of results with its truth (tessera-compare), a demo series
-(tessera-demo) and the guide.")
+(tessera-batch), the merging of many crystals (tessera-merge), the simulator
+of rotation series (tessera-simulate), the comparison of results with its
+truth (tessera-compare), a demo series (tessera-demo) and the guide.")
 set(CPACK_PACKAGE_CONTACT "${TESSERA_MAINTAINER}")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -49,10 +49,11 @@ if(GZIP AND HELP2MAN AND TARGET tessera)
   set(pages)
   set(names_tessera "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}")
   set(names_tessera-batch "electron diffraction series from frames to result files")
+  set(names_tessera-merge "electron diffraction intensities of many crystals merged")
   set(names_tessera-simulate "electron diffraction series of a known crystal")
   set(names_tessera-compare "results of a simulated series against its truth")
   set(names_tessera-demo "demo series for the workbench")
-  foreach(program tessera tessera-batch tessera-simulate tessera-compare tessera-demo)
+  foreach(program tessera tessera-batch tessera-merge tessera-simulate tessera-compare tessera-demo)
     if(TARGET ${program})
       set(executable $<TARGET_FILE:${program}>)
     else()

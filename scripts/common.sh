@@ -61,5 +61,5 @@ build_programs() {
     local tests=OFF cache=$PROJECT/build/CMakeCache.txt
     [ -f "$cache" ] && tests=$(sed -n 's/^TESSERA_TESTS:BOOL=//p' "$cache")
     build release "$PROJECT/build" -DTESSERA_TESTS="$tests" -DTESSERA_BENCH="$tests" -- \
-        tessera tessera-batch tessera-simulate tessera-compare
+        tessera tessera-batch tessera-merge tessera-simulate tessera-compare
 }

@@ -1,0 +1,30 @@
+// MergeOptions: the command line of tessera-merge.
+#pragma once
+
+#include "crystals/crystalsjob.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tessera {
+
+struct MergeOptions {
+    CrystalsJobOptions job;
+    QString strListFile;   ///< with a folder a line, as well; "-": the standard input; empty: none
+    bool bStrict = false;  ///< an input that gives no crystal is a failure
+};
+
+struct ParsedMerge {
+    MergeOptions options;
+    QString strError;  ///< what is wrong with the command line; empty if nothing is
+    QString strHelp;   ///< to be printed in place of a run
+};
+
+/// @param listArgument  the program first
+ParsedMerge parseMergeOptions(const QStringList& listArgument);
+
+/// Folders of a list, one a line; empty lines and those that begin with # are none. A list that was made with
+/// zeros between the names (find -print0) goes by these, so that a name may hold a line break.
+QStringList foldersOfList(const QByteArray& bytes);
+
+}  // namespace tessera
