@@ -7,6 +7,7 @@
 #include "road/integrationjson.h"
 #include "road/roadcommand.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -232,7 +233,7 @@ QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 QStringList mergeArguments(const CrystalsJobOptions& options, const CrystalsJobResult& result)
 {
     QStringList list = {QStringLiteral("tessera-merge"),
-                        QStringLiteral("--out=") + QFileInfo(options.strOutFolder).absoluteFilePath(),
+                        QStringLiteral("--out=") + QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath()),
                         QStringLiteral("--name=") + result.strName};
     const CrystalsJobOptions usual;
     const auto put = [&list](const char* pszOption, const QString& strValue) {

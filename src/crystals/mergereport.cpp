@@ -177,8 +177,8 @@ void writeGroup(CHtmlPage& page, const CrystalsJobResult& result, const Compound
         const std::array<double, 6> adf = compound.cellDeviation.numbers();
         writeFact(page, "Spread of a crystal",
                   QStringLiteral("%1 %2 %3 Å, %4 %5 %6°")
-                      .arg(number(adf[0], 3), number(adf[1], 3), number(adf[2], 3), number(adf[3], 2),
-                           number(adf[4], 2), number(adf[5], 2)));
+                      .arg(number(adf[0], 4), number(adf[1], 4), number(adf[2], 4), number(adf[3], 3),
+                           number(adf[4], 3), number(adf[5], 3)));
     }
     QString strSymmetry = QStringLiteral("Laue class %1, likelihood %2")
                               .arg(merged.chosen.strClass, number(merged.chosen.dfLikelihood, 2));

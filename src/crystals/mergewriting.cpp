@@ -158,7 +158,7 @@ RunOutcome writeMerged(const CrystalsJobOptions& options, CRunReport& report, Cr
     if (!strMisplaced.isEmpty()) {
         return refuseRun(report, QStringLiteral("Nothing is written: %1.").arg(strMisplaced));
     }
-    const QString strFolder = QFileInfo(options.strOutFolder).absoluteFilePath();
+    const QString strFolder = QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath());
     if (!QDir().mkpath(strFolder)) {
         return failRun(report, QStringLiteral("The folder %1 cannot be made.").arg(strFolder));
     }

@@ -34,16 +34,19 @@ public:
         const QString strFolder = QFileInfo(strPlace).canonicalFilePath();
         const QString strFault = strGiven.isEmpty() ? QStringLiteral("It has no name.")
                                                     : faultOf(QFileInfo(strPlace));
+        // However it was given, a folder is told by one name.
+        const QString strTold = strGiven.isEmpty() ? QStringLiteral("\"\"")
+                                                   : QDir::cleanPath(given.absoluteFilePath());
         if (!strFault.isEmpty()) {
-            m_mapFault[strGiven] = strFault;
+            m_mapFault[strTold] = strFault;
         } else if (holdsRuns(strFolder)) {
             m_mapTimes[strFolder] += bRecord ? 0 : 1;  // several records of one folder are no mistake
         } else if (strFolder == m_strOut || holds(strFolder, mergeSuffix(MergeFile::Record))) {
             m_listNote.append(
                 QStringLiteral("%1 holds merged intensities, not those of a series: it is passed over.")
-                    .arg(strGiven));
+                    .arg(strTold));
         } else {
-            search(strGiven, strFolder);
+            search(strTold, strFolder);
         }
     }
 
@@ -82,7 +85,7 @@ private:
                                                         : QStringLiteral("The folder may not be read.");
     }
 
-    void search(const QString& strGiven, const QString& strFolder)
+    void search(const QString& strTold, const QString& strFolder)
     {
         bool bAny = false;
         const QFileInfoList listInside = QDir(strFolder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot,
@@ -95,7 +98,7 @@ private:
             }
         }
         if (!bAny) {
-            m_mapFault[strGiven] =
+            m_mapFault[strTold] =
                 QStringLiteral("There is no record of a run (*%1), neither in it nor in a folder of it.")
                     .arg(g_strRunSuffix);
         }

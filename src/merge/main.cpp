@@ -6,7 +6,9 @@
 #include "records/whatwasthrown.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 
 #include <csignal>
@@ -43,18 +45,49 @@ QString takeList(MergeOptions& options)
                : QString();
 }
 
+/// What speaks against a run, before anything is read. Empty if nothing does.
+QString faultOf(const MergeOptions& options)
+{
+    QString strFault = misplacedMerge(options.job);
+    if (!strFault.isEmpty()) {
+        return QStringLiteral("--out: %1").arg(strFault);
+    }
+    if (!options.job.strKnownCellsFile.isEmpty() &&
+        !readKnownCells(options.job.strKnownCellsFile, &strFault)) {
+        return QStringLiteral("--known: %1").arg(strFault);
+    }
+    return {};
+}
+
+/// @return false where the run did not go through or a file could not be written
+bool merge(const MergeOptions& options, CrystalsJobResult& result)
+{
+    CBatchReport report(stdout);
+    try {
+        return mergeFolders(options.job, report, result).finished() &&
+               writeMerged(options.job, report, result).finished();
+    } catch (...) {
+        std::fprintf(stderr, "tessera-merge: %s\n", whatWasThrown().toUtf8().constData());
+        return false;
+    }
+}
+
 /// @return the exit status
 int runMerging(const MergeOptions& options)
 {
-    CBatchReport report(stdout);
+    // Hours of merging would be lost on a folder that cannot be made or written to.
+    const QFileInfo folder(options.job.strOutFolder);
+    const bool bMade = !folder.exists();
+    if (!QDir().mkpath(folder.absoluteFilePath()) || !QFileInfo(folder.absoluteFilePath()).isWritable()) {
+        std::fprintf(stderr, "tessera-merge: --out: nothing can be written to %s.\n",
+                     QFile::encodeName(options.job.strOutFolder).constData());
+        return 1;
+    }
     CrystalsJobResult result;
-    try {
-        if (!mergeFolders(options.job, report, result).finished() ||
-            !writeMerged(options.job, report, result).finished()) {
-            return 1;
+    if (!merge(options, result)) {
+        if (bMade) {
+            QDir().rmdir(folder.absoluteFilePath());  // which leaves a folder with files
         }
-    } catch (...) {
-        std::fprintf(stderr, "tessera-merge: %s\n", whatWasThrown().toUtf8().constData());
         return 1;
     }
     const bool bAll = result.listUnread.empty() && result.mergedCount() == int(result.listGroup.size());
@@ -85,9 +118,6 @@ int main(int argc, char* argv[])
         return 0;
     }
     QString strError = takeList(options);
-    if (strError.isEmpty()) {
-        strError = misplacedMerge(options.job);
-        strError = strError.isEmpty() ? QString() : QStringLiteral("--out: %1").arg(strError);
-    }
+    strError = strError.isEmpty() ? faultOf(options) : strError;
     return strError.isEmpty() ? runMerging(options) : badUsage(strError);
 }
