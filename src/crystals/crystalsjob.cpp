@@ -147,7 +147,8 @@ bool dropCopies(int nJobs, CRunReport& report, CrystalsJobResult& result)
 /// Mean and standard deviation of cells, number by number.
 void takeMean(const std::vector<CellParameters>& listCell, CellParameters& mean, CellParameters& deviation)
 {
-    std::array<double, 6> adfMean = {}, adfSquare = {};
+    const double dfRounding = 1e-9;  // of a number: the same cell many times has no spread
+    std::array<double, 6> adfMean = {}, adfSquare = {}, adfDeviation = {};
     for (const CellParameters& cell : listCell) {
         for (size_t n = 0; n < 6; ++n) {
             adfMean[n] += cell.numbers()[n] / double(listCell.size());
@@ -160,8 +161,12 @@ void takeMean(const std::vector<CellParameters>& listCell, CellParameters& mean,
         }
     }
     mean = {adfMean[0], adfMean[1], adfMean[2], adfMean[3], adfMean[4], adfMean[5]};
-    deviation = {std::sqrt(adfSquare[0]), std::sqrt(adfSquare[1]), std::sqrt(adfSquare[2]),
-                 std::sqrt(adfSquare[3]), std::sqrt(adfSquare[4]), std::sqrt(adfSquare[5])};
+    for (size_t n = 0; n < 6; ++n) {
+        const double dfDeviation = std::sqrt(adfSquare[n]);
+        adfDeviation[n] = dfDeviation > dfRounding * adfMean[n] ? dfDeviation : 0;
+    }
+    deviation = {adfDeviation[0], adfDeviation[1], adfDeviation[2],
+                 adfDeviation[3], adfDeviation[4], adfDeviation[5]};
 }
 
 /// The mean of the reduced cells, each in its setting next to the reference.

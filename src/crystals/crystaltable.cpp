@@ -41,7 +41,11 @@ QString field(const QString& strText)
 
 QString number(double dfValue, int nDecimals)
 {
-    return std::isfinite(dfValue) ? QString::number(dfValue, 'f', nDecimals) : QString();
+    if (!std::isfinite(dfValue)) {
+        return {};
+    }
+    const QString strText = QString::number(dfValue, 'f', nDecimals);
+    return strText.toDouble() == 0 ? QString::number(0.0, 'f', nDecimals) : strText;  // no -0.00
 }
 
 QByteArray line(const QStringList& listField)

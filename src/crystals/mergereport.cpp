@@ -17,10 +17,15 @@ namespace tessera {
 namespace {
 
 const int g_nMostSections = 50;
+const int g_nFewestInPlot = 8;  ///< crystals; of fewer the table tells all
 
 QString number(double dfValue, int nDecimals)
 {
-    return std::isfinite(dfValue) ? QString::number(dfValue, 'f', nDecimals) : QStringLiteral("-");
+    if (!std::isfinite(dfValue)) {
+        return QStringLiteral("-");
+    }
+    const QString strText = QString::number(dfValue, 'f', nDecimals);
+    return strText.toDouble() == 0 ? QString::number(0.0, 'f', nDecimals) : strText;  // no -0.00
 }
 
 QString compoundName(const CrystalsJobResult& result, const CompoundGroup& compound)
@@ -57,31 +62,42 @@ void writeGroups(CHtmlPage& page, const CrystalsJobResult& result)
 {
     std::vector<QStringList> listRow;
     for (const CompoundGroup& compound : result.listGroup) {
-        QStringList listCell = {compound.strName, compoundName(result, compound),
-                                QString::number(compound.crystalCount()),
-                                QString::number(compound.usedCount())};
+        QStringList listCell = {
+            compound.strName, compoundName(result, compound),
+            QStringLiteral("%1 of %2").arg(compound.usedCount()).arg(compound.crystalCount())};
+        if (compound.isMerged()) {
+            const ShellQuality& quality = compound.merged.result.quality.overall;
+            listCell << compound.merged.result.chosen.strClass << number(100 * quality.dfCompleteness, 1)
+                     << number(quality.dfRInt, 3) << number(quality.dfCcHalf, 3);
+        } else {
+            listCell << QString() << QString() << QString() << QString();
+        }
         const std::array<double, 6> adfMean = compound.cellMean.numbers(),
                                     adfSpread = compound.cellSpread.numbers();
         for (size_t n = 0; n < adfMean.size(); ++n) {
             listCell.append(withError(adfMean[n], adfSpread[n]));
         }
-        if (compound.isMerged()) {
-            const ShellQuality& quality = compound.merged.result.quality.overall;
-            listCell << compound.merged.result.chosen.strClass << number(100 * quality.dfCompleteness, 1)
-                     << number(quality.dfRInt, 3) << number(quality.dfCcHalf, 3);
-        }
         listRow.push_back(listCell);
     }
     page.element("h2", QStringLiteral("Compounds"));
     page.table(
-        {QStringLiteral("Group"), QStringLiteral("Compound"), QStringLiteral("Crystals"),
-         QStringLiteral("Merged"), QStringLiteral("a / Å"), QStringLiteral("b / Å"), QStringLiteral("c / Å"),
-         QStringLiteral("α / °"), QStringLiteral("β / °"), QStringLiteral("γ / °"),
-         QStringLiteral("Laue class"), QStringLiteral("Complete / %"), QStringLiteral("Rint"),
-         QStringLiteral("CC1/2")},
+        {QStringLiteral("Group"), QStringLiteral("Compound"), QStringLiteral("Merged"),
+         QStringLiteral("Laue"), QStringLiteral("Complete / %"), QStringLiteral("Rint"),
+         QStringLiteral("CC1/2"), QStringLiteral("a / Å"), QStringLiteral("b / Å"), QStringLiteral("c / Å"),
+         QStringLiteral("α / °"), QStringLiteral("β / °"), QStringLiteral("γ / °")},
         listRow,
         QStringLiteral("Crystals of one lattice are a group. The cell is the reduced one, the mean of the "
                        "crystals; in brackets the standard deviation of one crystal."));
+    page.open("ul");
+    page.text({});
+    for (const CompoundGroup& compound : result.listGroup) {
+        if (!compound.isMerged()) {
+            page.element(
+                "li",
+                QStringLiteral("%1 is not merged. %2").arg(compound.strName, compound.outcome.strReason));
+        }
+    }
+    page.close();
 }
 
 void writeTree(CHtmlPage& page, const TreePlot& plot, const QString& strCaption)
@@ -130,6 +146,9 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
 
 SvgPlot scalesPlot(const CompoundGroup& compound)
 {
+    if (compound.usedCount() < g_nFewestInPlot) {
+        return {};
+    }
     SvgPlot plot{QStringLiteral("Scale of the crystals"),
                  QStringLiteral("crystal"),
                  QStringLiteral("scale"),

@@ -103,6 +103,9 @@ int main(int argc, char* argv[])
     using namespace tessera;
     // A reader that goes away, as `head` does, is no reason to leave the files half done.
     std::signal(SIGPIPE, SIG_IGN);
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);  // a limit on files is told as a full disk is
+#endif
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-merge"));
     // Logs are compared and read by scripts, so their numbers have one form.
