@@ -7,6 +7,7 @@
 #include "view3d/ed3dwidget.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/crystal/latticesdialog.h"
+#include "window/crystals/mergecontroller.h"
 #include "window/frames/contrastcontrol.h"
 #include "window/frames/seriespicturetitle.h"
 #include "window/frameview/frameguides.h"
@@ -68,6 +69,7 @@ MainWindow::MainWindow(QWidget* pParent) : QMainWindow(pParent)
     createSelection();
     create3DControl();
     createSections();
+    createCrystals();
     createStart();
     createStatusStrip();
     bindParameters();
@@ -191,6 +193,7 @@ void MainWindow::closeEvent(QCloseEvent* pEvent)
     m_pGeometry->dialog().hide();
     m_pIntegration->forget();
     m_pSections->close();
+    m_pCrystals->close();
     m_pGuideWindow.reset();
     if (m_pKeeper) {
         m_pKeeper->end();

@@ -61,6 +61,7 @@ class GeometryControl;
 class GuideWindow;
 class IntegrationController;
 class LatticesDialog;
+class MergeController;
 class MergingPage;
 class MessageEdit;
 class OriginalImgScene;
@@ -596,6 +597,7 @@ private:
     void runWorkStage(WorkStage stage);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
     void createSections();     // src/window/sections/mainwindow_sections.cpp
+    void createCrystals();     // src/window/crystals/mainwindow_crystals.cpp
     // The one selection of the views: src/window/selection/mainwindow_selection.cpp
     void createSelection();
     void createFrameGuides();
@@ -901,6 +903,7 @@ private:
     FrameGuides* m_pGuides = nullptr;
     SelectionController* m_pSelection = nullptr;
     SectionsController* m_pSections = nullptr;
+    MergeController* m_pCrystals = nullptr;
     int m_nFrameToShow = 0;  ///< of the chosen reflection, from 1, when frames come to the front; 0: none
     RoadDock* m_pRoad = nullptr;
     WorkHistory* m_pHistory = nullptr;

@@ -36,6 +36,7 @@ void MainWindow::createToolsMenu()
     add(pMenu, actions.m_pRefineBasis, &MainWindow::refineBasisVectors);
     add(pMenu, actions.m_pRefineFrameNo, &MainWindow::refineUnitCellUsingFrameNo);
     pMenu->addAction(actions.m_pSections);
+    pMenu->addAction(actions.m_pMergeCrystals);
     pMenu->addSeparator();
     add(pMenu, actions.m_pExportPeaks, &MainWindow::exportPeak3D);
 

@@ -119,6 +119,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
           {}}},
         {&WindowActions::m_pSections,
          {"Sec&tions...", "Show planes of reciprocal space such as hk0, from the frames", nullptr, {}}},
+        {&WindowActions::m_pMergeCrystals,
+         {"Merge Cr&ystals...", "Merge the results of many series", nullptr, {}}},
         {&WindowActions::m_pReport,
          {"Repor&t...", "Write what was done and found as a page for a browser", nullptr, {}}},
         {&WindowActions::m_pExit, {"E&xit", "Quit", "exit", "Ctrl+Q"}},
@@ -247,6 +249,10 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {m_pSections,
          "Opens the window of planes of reciprocal space, hk0 and any other layer, as pictures made from all "
          "frames: absences, diffuse streaks and twins show themselves there. Needs a cell and shifts."},
+        {m_pMergeCrystals,
+         "Opens the window that merges the results of many crystals: tells the compounds apart by their "
+         "lattices, brings the crystals of each to one setting and one scale, leaves out what makes them worse, "
+         "and writes the files of structure solution. The open project stays as it is."},
         {m_pReport,
          "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", "
          "or else what the window holds, with tables, curves, three frames and the command that makes it "

@@ -53,6 +53,7 @@ public:
     QAction* m_pSmvImages = nullptr;          ///< all frames as SMV images
     QAction* m_pOtherPrograms = nullptr;      ///< for XDS, DIALS, PETS and dynamical refinement
     QAction* m_pSections = nullptr;           ///< menu "Tools": planes of reciprocal space as pictures
+    QAction* m_pMergeCrystals = nullptr;      ///< results of many series together
     QAction* m_pReport = nullptr;             ///< what was done and found, as a page for a browser
     QAction* m_pExit = nullptr;               ///< closes the window
     QAction* m_pUndo = nullptr;               ///< menu "Edit": takes the last step back

@@ -43,17 +43,29 @@ QualityTab::QualityTab(QWidget* pParent) : QWidget(pParent), m_pStack(new QStack
 
 void QualityTab::setResult(const IntegrationResult& result, const QString& strFileStem)
 {
+    fill(result, strFileStem, true);
+}
+
+void QualityTab::setMerged(const IntegrationResult& result, const QString& strFileStem)
+{
+    fill(result, strFileStem, false);
+}
+
+void QualityTab::fill(const IntegrationResult& result, const QString& strFileStem, bool bOneSeries)
+{
     const int nPage = m_pPages->currentIndex();
     clear();
     m_strFileStem = strFileStem;
     m_pLabelSummary->setText(summaryOf(result).join(QLatin1Char('\n')));
     addPlots(tr("Resolution"), shellPlots(result), 2);
     addTables(tr("Shells"), {shellTable(result)});
-    addPlots(tr("Frames"), framePlots(result), 2);
-    addPlots(tr("Wilson and Tilt"), seriesPlots(result), 2);
+    if (bOneSeries) {
+        addPlots(tr("Frames"), framePlots(result), 2);
+        addPlots(tr("Wilson and Tilt"), seriesPlots(result), 2);
+    }
     addTables(tr("Laue Class"), laueTables(result));
     addTables(tr("Space Group"), spaceGroupTables(result));
-    m_pPages->setCurrentIndex(qMax(nPage, 0));
+    m_pPages->setCurrentIndex(qBound(0, nPage, m_pPages->count() - 1));
     m_pStack->setCurrentIndex(1);
 }
 

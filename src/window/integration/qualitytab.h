@@ -31,6 +31,8 @@ public:
     /// Fills plots and tables.
     /// @param strFileStem  what the names of saved files begin with, with the folder
     void setResult(const IntegrationResult& result, const QString& strFileStem);
+    /// The same for intensities merged from many crystals: without what is of one series.
+    void setMerged(const IntegrationResult& result, const QString& strFileStem);
     /// Takes all away; a line says how to come to a result.
     void clear();
     bool isEmpty() const;
@@ -43,6 +45,7 @@ signals:
     void notSaved(const QString& strReason);
 
 private:
+    void fill(const IntegrationResult& result, const QString& strFileStem, bool bOneSeries);
     void addPlots(const QString& strPage, const std::vector<QualityPlot>& listPlot, int nColumns);
     void addTables(const QString& strPage, const std::vector<QualityTable>& listTable);
     QGridLayout* addPage(const QString& strPage);

@@ -1,0 +1,226 @@
+#include "window/crystals/crystaltables.h"
+
+#include "crystals/joblines.h"
+#include "road/reporttables.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
+
+namespace tessera {
+
+namespace {
+
+using Cell = QualityCell;
+
+QString tr(const char* pszText)
+{
+    return QCoreApplication::translate("CrystalTables", pszText);
+}
+
+QString count(int n)
+{
+    return QLocale::system().toString(n);
+}
+
+QString latticeText(const Crystal& crystal)
+{
+    return QString(QLatin1Char(crystal.chCentring)) + QLatin1Char(' ') +
+           cellText(crystal.cell, crystal.cellErrors);
+}
+
+Cell yesNo(bool bYes)
+{
+    return Cell::text(bYes ? tr("yes") : tr("no"));
+}
+
+std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
+{
+    const CompoundGroup& compound = result.listGroup[nGroup];
+    std::vector<Cell> row = {Cell::text(titleOfGroup(result, nGroup)),
+                             Cell::number(compound.crystalCount(), 0), Cell::number(compound.usedCount(), 0)};
+    if (!compound.isMerged()) {
+        row.push_back(Cell::text(tr("P %1, reduced").arg(cellText(compound.cellMean, compound.cellSpread))));
+        row.insert(row.end(), 2, Cell::text(QStringLiteral("–")));
+        row.insert(row.end(), 5, Cell::number(std::numeric_limits<double>::quiet_NaN(), 0));
+        row.push_back(Cell::text(compound.outcome.strReason));
+        return row;
+    }
+    const IntegrationResult& merged = compound.merged.result;
+    const ShellQuality& all = merged.quality.overall;
+    row.push_back(Cell::text(QString(QLatin1Char(merged.chosen.chCentring)) + QLatin1Char(' ') +
+                             cellText(compound.cell, compound.cellDeviation)));
+    row.push_back(Cell::text(merged.chosen.strClass));
+    row.push_back(Cell::text(merged.spaceGroup ? merged.spaceGroup->strName : QStringLiteral("–")));
+    row.push_back(Cell::number(100 * all.dfCompleteness, 1));
+    row.push_back(Cell::number(all.dfMultiplicity, 1));
+    row.push_back(Cell::number(all.dfRInt, 3));
+    row.push_back(Cell::number(all.dfCcHalf, 3));
+    row.push_back(Cell::number(all.dfIOverSigma, 1));
+    row.push_back(Cell::text(compound.known && !compound.known->strNext.isEmpty()
+                                 ? tr("%1 is near, too").arg(compound.known->strNext)
+                                 : QString()));
+    return row;
+}
+
+}  // namespace
+
+ListedFolder listedFolder(const QString& strFolder)
+{
+    ReadCrystals read = readCrystals({strFolder});
+    ListedFolder folder;
+    folder.strFolder = strFolder;
+    folder.listUnread = std::move(read.listUnread);
+    for (Crystal& crystal : read.listCrystal) {
+        ListedCrystal listed;
+        listed.nObserved = int(crystal.listIntensity.size());
+        listed.nReflections = int(friedelMerged(crystal.listIntensity, Eigen::Matrix3d::Identity()).size());
+        listed.crystal = std::move(crystal);
+        listed.crystal.listIntensity = {};
+        folder.listCrystal.push_back(std::move(listed));
+    }
+    return folder;
+}
+
+QualityTable listedTable(const std::vector<ListedFolder>& listFolder)
+{
+    QualityTable table;
+    table.strName = QStringLiteral("crystals");
+    table.strTitle = tr("Crystals");
+    table.listColumn = {
+        {tr("Crystal"), tr("Name of the series.")},
+        {tr("Cell, Å and °"), tr("Centring and cell of the run, with standard errors in the last digits.")},
+        {tr("Class"), tr("Laue class that the run has merged in.")},
+        {tr("Complete, %"), tr("Of this crystal alone.")},
+        {tr("Rint"), tr("Deviation of equivalents from their mean, of this crystal alone.")},
+        {tr("CC1/2"), tr("Correlation of half data sets, of this crystal alone.")},
+        {tr("Observations"), tr("Intensities that were measured.")},
+        {tr("Reflections"), tr("Those that are no Friedel mates of others.")},
+        {tr("Folder"), tr("Where its results lie.")}};
+    for (const ListedFolder& folder : listFolder) {
+        for (const ListedCrystal& listed : folder.listCrystal) {
+            const Crystal& crystal = listed.crystal;
+            table.listRow.push_back({Cell::text(crystal.strName), Cell::text(latticeText(crystal)),
+                                     Cell::text(crystal.strLaueClass),
+                                     Cell::number(100 * crystal.dfCompleteness, 1),
+                                     Cell::number(crystal.dfRInt, 3), Cell::number(crystal.dfCcHalf, 3),
+                                     Cell::number(listed.nObserved, 0), Cell::number(listed.nReflections, 0),
+                                     Cell::text(QDir::toNativeSeparators(folder.strFolder))});
+        }
+    }
+    return table;
+}
+
+QualityTable unreadTable(const std::vector<ListedFolder>& listFolder)
+{
+    QualityTable table;
+    table.strName = QStringLiteral("not_read");
+    table.strTitle = tr("Not Read");
+    table.listColumn = {{tr("Not read"), tr("A folder, or the record of a run in one.")},
+                        {tr("Why"), tr("What is wrong with it.")}};
+    for (const ListedFolder& folder : listFolder) {
+        for (const UnreadCrystal& unread : folder.listUnread) {
+            table.listRow.push_back(
+                {Cell::text(QDir::toNativeSeparators(unread.strName)), Cell::text(unread.strReason)});
+        }
+    }
+    return table;
+}
+
+QualityTable groupTable(const CrystalsJobResult& result)
+{
+    QualityTable table;
+    table.strName = QStringLiteral("groups");
+    table.strTitle = tr("Groups");
+    table.listColumn = {
+        {tr("Compound"), tr("By the file of known cells; else the number of the group.")},
+        {tr("Crystals"), tr("That have this lattice.")},
+        {tr("Used"), tr("That are in the merged intensities.")},
+        {tr("Cell, Å and °"),
+         tr("Centring and mean cell, with the standard deviation of one crystal in the last digits.")},
+        {tr("Class"), tr("Laue class.")},
+        {tr("Group"), tr("Space group of the files.")},
+        {tr("Complete, %"), tr("Share of the possible reflections that was observed.")},
+        {tr("Multiplicity"), tr("Observations for each reflection.")},
+        {tr("Rint"), tr("Deviation of equivalents from their mean.")},
+        {tr("CC1/2"), tr("Correlation of half data sets.")},
+        {tr("I/σ"), tr("Mean of the merged reflections.")},
+        {tr("Remark"), tr("Why it was not merged, or another known cell that it may be.")}};
+    for (size_t n = 0; n < result.listGroup.size(); ++n) {
+        table.listRow.push_back(groupRow(result, n));
+    }
+    return table;
+}
+
+QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
+{
+    QualityTable table;
+    table.strName = QStringLiteral("members");
+    table.strTitle = titleOfGroup(result, nGroup);
+    table.listColumn = {
+        {tr("Crystal"), tr("Name of the series.")},
+        {tr("Used"), tr("Whether it is in the merged intensities.")},
+        {tr("Setting"), tr("The indices of the merged files by its own.")},
+        {tr("Correlation"), tr("Of its intensities with the mean of the others.")},
+        {tr("Next"), tr("The best correlation of the other settings. One that is as high says that the "
+                        "setting is a guess, or a symmetry of the crystal.")},
+        {tr("Common"), tr("Reflections that it shares with the others.")},
+        {tr("Scale"), tr("What its intensities are multiplied by.")},
+        {tr("B, Å²"), tr("How much faster than the others it falls off with resolution.")},
+        {tr("Gain"), tr("CC1/2 of all that are used less that without it. Below 0: it makes them worse.")},
+        {tr("Why not"), tr("Why it was left out.")},
+        {tr("Folder"), tr("Where its results lie.")}};
+    const CompoundGroup& compound = result.listGroup[nGroup];
+    for (const int nMember : compound.group.listMember) {
+        const CrystalFate& fate = result.listFate[size_t(nMember)];
+        const Crystal& crystal = result.listCrystal[size_t(nMember)];
+        std::vector<Cell> row = {Cell::text(crystal.strName), yesNo(fate.bUsed)};
+        if (fate.nSettled >= 0) {
+            const auto n = size_t(fate.nSettled);
+            const SettledCrystal& settled = compound.merged.listSettled[n];
+            const CrystalScale& scale = compound.merged.listScale[n];
+            row.push_back(Cell::text(settingText(compound, settled)));
+            row.push_back(Cell::number(settled.dfCorrelation, 3));
+            row.push_back(Cell::number(settled.dfSecond, 3));
+            row.push_back(Cell::number(settled.nCommon, 0));
+            row.push_back(Cell::number(scale.dfScale, 3));
+            row.push_back(Cell::number(scale.dfB, 2));
+            row.push_back(Cell::number(compound.merged.listGain[n], 4));
+        } else {
+            row.push_back(Cell::text(QStringLiteral("–")));
+            row.insert(row.end(), 6, Cell::number(std::numeric_limits<double>::quiet_NaN(), 0));
+        }
+        row.push_back(Cell::text(fate.strReason));
+        row.push_back(Cell::text(QDir::toNativeSeparators(crystal.strFolder)));
+        table.listRow.push_back(std::move(row));
+    }
+    return table;
+}
+
+QString mergedSummary(const CrystalsJobResult& result)
+{
+    QString strText = tr("%1 crystals read, %2 of them merged in %3 of %4 groups.")
+                          .arg(count(int(result.listCrystal.size())), count(result.usedCount()),
+                               count(result.mergedCount()), count(int(result.listGroup.size())));
+    if (!result.listUnread.empty()) {
+        strText += QLatin1Char(' ') + tr("Not read: %1.").arg(count(int(result.listUnread.size())));
+    }
+    return strText;
+}
+
+QString titleOfGroup(const CrystalsJobResult& result, size_t nGroup)
+{
+    const std::optional<KnownCellMatch>& known = result.listGroup[nGroup].known;
+    return known ? result.listKnown[size_t(known->nKnown)].strName
+                 : tr("Group %1").arg(count(int(nGroup) + 1));
+}
+
+QColor colorOfGroup(int nGroup)
+{
+    static const QRgb anColor[] = {0x1b5fa8, 0xb3430e, 0x17693a, 0x7a3f9d,
+                                   0xa3195b, 0x0d6a73, 0x7a5200, 0x4a4fc4};
+    return nGroup >= 0 && nGroup < int(std::size(anColor)) ? QColor(anColor[nGroup]) : QColor(0x5b6670);
+}
+
+}  // namespace tessera
