@@ -31,13 +31,9 @@ void MergeController::makeDialog()
     connect(m_pDialog->m_pButtonReport, &QPushButton::clicked, this, &MergeController::openReport);
     connect(m_pDialog, &QDialog::finished, this, &MergeController::close);
     connect(m_pDialog->m_pResult, &MergeResultView::openWished, this, m_host.fnOpen);
-    const auto complain = [this](const QString& strReason) {
-        m_pDialog->showState(strReason, true);
-        say(strReason, Severity::Error);
-    };
-    connect(m_pDialog->m_pResult, &MergeResultView::notSaved, this, complain);
+    connect(m_pDialog->m_pResult, &MergeResultView::notSaved, this, &MergeController::complain);
     for (TablePanel* pTable : {pInput->m_pTable, pInput->m_pTableUnread}) {
-        connect(pTable, &TablePanel::notSaved, this, complain);
+        connect(pTable, &TablePanel::notSaved, this, &MergeController::complain);
     }
 }
 
@@ -127,6 +123,12 @@ void MergeController::say(const QString& strText, Severity severity)
     }
 }
 
+void MergeController::complain(const QString& strReason)
+{
+    m_pDialog->showState(strReason, true);
+    say(strReason, Severity::Error);
+}
+
 void MergeController::merge()
 {
     if (m_pStop) {
@@ -136,8 +138,13 @@ void MergeController::merge()
         return;
     }
     const CrystalsJobOptions options = m_pDialog->m_pInput->options();
-    m_pStop = std::make_shared<BackgroundJob::Stop>(false);
     m_pDialog->m_pLog->clear();
+    const QString strMisplaced = misplacedMerge(options);
+    if (!strMisplaced.isEmpty()) {  // hours of merging would be lost on it
+        complain(tr("Files to: %1.").arg(strMisplaced));
+        return;
+    }
+    m_pStop = std::make_shared<BackgroundJob::Stop>(false);
     m_pDialog->setMerging(true);
     m_pDialog->showProgress(QString(), 0, 0);
     m_pDialog->showState(tr("Merging..."));

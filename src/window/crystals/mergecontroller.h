@@ -56,6 +56,7 @@ private:
     void takeRead(const ListedFolder& folder, int nDone, int nAll);
     void addSeries();
     void say(const QString& strText, Severity severity);
+    void complain(const QString& strReason);
     void ended(const CrystalsJobOptions& options, const RunOutcome& outcome,
                const std::shared_ptr<const CrystalsJobResult>& pResult);
     void updateButtons();
