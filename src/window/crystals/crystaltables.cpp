@@ -8,11 +8,15 @@
 #include <QFileInfo>
 #include <QLocale>
 
+#include <limits>
+
 namespace tessera {
 
 namespace {
 
 using Cell = QualityCell;
+
+const double g_dfUnknown = std::numeric_limits<double>::quiet_NaN();
 
 QString tr(const char* pszText)
 {
@@ -43,7 +47,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
     if (!compound.isMerged()) {
         row.push_back(Cell::text(tr("P %1, reduced").arg(cellText(compound.cellMean, compound.cellSpread))));
         row.insert(row.end(), 2, Cell::text(QStringLiteral("–")));
-        row.insert(row.end(), 5, Cell::number(std::numeric_limits<double>::quiet_NaN(), 0));
+        row.insert(row.end(), 5, Cell::number(g_dfUnknown, 0));
         row.push_back(Cell::text(compound.outcome.strReason));
         return row;
     }
@@ -163,12 +167,14 @@ QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
         {tr("Used"), tr("Whether it is in the merged intensities.")},
         {tr("Setting"), tr("The indices of the merged files by its own.")},
         {tr("Correlation"), tr("Of its intensities with the mean of the others.")},
-        {tr("Next"), tr("The best correlation of the other settings. One that is as high says that the "
-                        "setting is a guess, or a symmetry of the crystal.")},
+        {tr("Next"), tr("The best correlation of the other settings that the lattice allows and the symmetry "
+                        "tells apart. One that is nearly as high says that the setting is a guess.")},
         {tr("Common"), tr("Reflections that it shares with the others.")},
         {tr("Scale"), tr("What its intensities are multiplied by.")},
         {tr("B, Å²"), tr("How much faster than the others it falls off with resolution.")},
-        {tr("Gain"), tr("CC1/2 of all that are used less that without it. Below 0: it makes them worse.")},
+        {tr("Gain"),
+         tr("How much better equivalents agree with it, by Fisher's z of CC1/2. Below 0: it makes "
+            "them worse.")},
         {tr("Why not"), tr("Why it was left out.")},
         {tr("Folder"), tr("Where its results lie.")}};
     const CompoundGroup& compound = result.listGroup[nGroup];
@@ -182,14 +188,14 @@ QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
             const CrystalScale& scale = compound.merged.listScale[n];
             row.push_back(Cell::text(settingText(compound, settled)));
             row.push_back(Cell::number(settled.dfCorrelation, 3));
-            row.push_back(Cell::number(settled.dfSecond, 3));
+            row.push_back(Cell::number(settled.nAlternatives > 1 ? settled.dfSecond : g_dfUnknown, 3));
             row.push_back(Cell::number(settled.nCommon, 0));
-            row.push_back(Cell::number(scale.dfScale, 3));
-            row.push_back(Cell::number(scale.dfB, 2));
+            row.push_back(Cell::number(fate.bUsed ? scale.dfScale : g_dfUnknown, 3));
+            row.push_back(Cell::number(fate.bUsed ? scale.dfB : g_dfUnknown, 2));
             row.push_back(Cell::number(compound.merged.listGain[n], 4));
         } else {
             row.push_back(Cell::text(QStringLiteral("–")));
-            row.insert(row.end(), 6, Cell::number(std::numeric_limits<double>::quiet_NaN(), 0));
+            row.insert(row.end(), 6, Cell::number(g_dfUnknown, 0));
         }
         row.push_back(Cell::text(fate.strReason));
         row.push_back(Cell::text(QDir::toNativeSeparators(crystal.strFolder)));
