@@ -5,6 +5,7 @@
 #include "window/crystal/geometrycontrol.h"
 #include "window/crystal/geometrydialog.h"
 #include "window/crystal/latticesdialog.h"
+#include "window/crystals/mergedialog.h"
 #include "window/frames/exchangedialog.h"
 #include "window/integration/profilewindow.h"
 #include "window/knowncelldialog.h"
@@ -256,6 +257,10 @@ TEST_P(Looks, NothingIsCutOffInItsDialogs)
     ExchangeDialog exchange([](ExportKind, const QString&, const bool&) { return QString(); }, m_dir.path(),
                             [](ExportKind) { return QString("There is no cell."); });
     checkDialog(exchange, "exchange");
+    MergeDialog merge;
+    checkDialog(merge, "mergecrystals");
+    merge.m_pTabs->setCurrentIndex(1);
+    checkDialog(merge, "mergecrystals_result");
     m_pExtraction->show();
     check(m_pExtraction, "extraction");
     m_pExtraction->hide();

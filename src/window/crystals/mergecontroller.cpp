@@ -3,9 +3,9 @@
 #include "crystals/mergefile.h"
 #include "crystals/resultfolders.h"
 #include "records/whatwasthrown.h"
+#include "window/crystals/listenedreport.h"
 #include "window/crystals/mergedialog.h"
 #include "window/crystals/mergeinput.h"
-#include "window/crystals/mergereport.h"
 #include "window/crystals/mergeresultview.h"
 #include "window/integration/tablepanel.h"
 #include "window/messageedit.h"
@@ -156,7 +156,7 @@ void MergeController::merge()
     };
     m_merging.start([this, options, listener, pStop = m_pStop](const BackgroundJob::Stop& bEnd,
                                                                const BackgroundJob::FnShow& fnShow) {
-        CMergeReport report(bEnd, pStop, fnShow, listener);
+        CListenedReport report(bEnd, pStop, fnShow, listener);
         auto pResult = std::make_shared<CrystalsJobResult>();
         RunOutcome outcome;
         try {

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -19,6 +20,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QSettings>
+#include <QShortcut>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -52,6 +54,13 @@ QDoubleSpinBox* makeTolerance(double dfStart, const QString& strSuffix, const QS
     pSpin->setSuffix(strSuffix);
     explain(pSpin, strTip);
     return pSpin;
+}
+
+/// Beside the folders of the results, so that nobody takes the merged files for those of a series.
+QString proposedFolder(const QString& strFirst)
+{
+    const QFileInfo info(QDir::cleanPath(QFileInfo(strFirst).absoluteFilePath()));
+    return QDir(info.absolutePath()).filePath(QStringLiteral("merged"));
 }
 
 }  // namespace
@@ -101,6 +110,11 @@ QWidget* MergeInput::makeFolders()
     pLayout->addWidget(m_pTableUnread, 1);
     connect(m_pButtonAdd, &QPushButton::clicked, this, &MergeInput::askForFolders);
     connect(m_pButtonRemove, &QPushButton::clicked, this, &MergeInput::removeChosen);
+    for (QWidget* pTable : {m_pTable, m_pTableUnread}) {
+        auto* pKey = new QShortcut(QKeySequence(QKeySequence::Delete), pTable, nullptr, nullptr,
+                                   Qt::WidgetShortcut);
+        connect(pKey, &QShortcut::activated, m_pButtonRemove, &QPushButton::click);
+    }
     connect(m_pButtonClear, &QPushButton::clicked, this, [this] {
         m_listFolder.clear();
         showFolders();
@@ -170,13 +184,6 @@ QString MergeInput::outFolder() const
 {
     const QString strFolder = m_pEditOut->text().trimmed();
     return strFolder.isEmpty() ? QString() : QFileInfo(strFolder).absoluteFilePath();
-}
-
-/// Beside the folders of the results, so that nobody takes the merged files for those of a series.
-QString MergeInput::proposedFolder(const QString& strFirst) const
-{
-    const QFileInfo info(QDir::cleanPath(QFileInfo(strFirst).absoluteFilePath()));
-    return QDir(info.absolutePath()).filePath(QStringLiteral("merged"));
 }
 
 void MergeInput::giveFolders(const QStringList& listFolder)

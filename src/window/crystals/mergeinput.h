@@ -74,7 +74,6 @@ private:
     void askForFolders();
     void askForKnownCells();
     void askForOutFolder();
-    QString proposedFolder(const QString& strFirst) const;
 
     std::vector<ListedFolder> m_listFolder;  ///< by name
     std::vector<QWidget*> m_listChoice;      ///< all that a merging must not change

@@ -1,4 +1,4 @@
-// CMergeReport: what a merging says in its thread, brought to the thread of the window.
+// CListenedReport: what a merging says in its thread, brought to the thread of the window.
 #pragma once
 
 #include "records/runreport.h"
@@ -19,12 +19,12 @@ struct MergeListener {
 };
 
 /// Unlike CAliveRun it lets nobody wait: the window goes on with its own work, and the run with its.
-class CMergeReport : public CRunReport {
+class CListenedReport : public CRunReport {
 public:
     /// @param bEnd   of the job: nobody listens any more
     /// @param pStop  the user's wish
-    CMergeReport(const BackgroundJob::Stop& bEnd, const std::shared_ptr<const BackgroundJob::Stop>& pStop,
-                 const BackgroundJob::FnShow& fnShow, const MergeListener& listener)
+    CListenedReport(const BackgroundJob::Stop& bEnd, const std::shared_ptr<const BackgroundJob::Stop>& pStop,
+                    const BackgroundJob::FnShow& fnShow, const MergeListener& listener)
         : m_bEnd(bEnd), m_pStop(pStop), m_fnShow(fnShow), m_listener(listener)
     {}
 

@@ -1,13 +1,13 @@
-#include "window/crystals/mergereport.h"
+#include "window/crystals/listenedreport.h"
 
 namespace tessera {
 
-void CMergeReport::addMessage(const QString& strText, Severity severity)
+void CListenedReport::addMessage(const QString& strText, Severity severity)
 {
     m_fnShow([fnSay = m_listener.fnSay, strText, severity] { fnSay(strText, severity); });
 }
 
-void CMergeReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool /*bTaskBar*/)
+void CListenedReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool /*bTaskBar*/)
 {
     m_strFormat = strFormat;
     m_nMinimum = nMinimum;
@@ -15,19 +15,19 @@ void CMergeReport::startProgress(const QString& strFormat, int nMinimum, int nMa
     showProgress(0, m_nAll);
 }
 
-void CMergeReport::setProgress(int nValue)
+void CListenedReport::setProgress(int nValue)
 {
     if (nValue - m_nMinimum != m_nShown) {
         showProgress(nValue - m_nMinimum, m_nAll);
     }
 }
 
-void CMergeReport::endProgress()
+void CListenedReport::endProgress()
 {
     showProgress(0, 0);
 }
 
-void CMergeReport::showProgress(int nDone, int nAll)
+void CListenedReport::showProgress(int nDone, int nAll)
 {
     m_nShown = nDone;
     m_fnShow([fnProgress = m_listener.fnProgress, strFormat = m_strFormat, nDone, nAll] {
