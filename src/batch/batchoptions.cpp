@@ -3,6 +3,7 @@
 #include "batch/optionreader.h"
 #include "batch/optionrules.h"
 #include "batch/sectionoptions.h"
+#include "batch/seriesoptions.h"
 #include "dataset/pagerounding.h"
 #include "dataset/parametertable.h"
 #include "road/fixedgeometry.h"
@@ -452,6 +453,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
                        "what no option does; with --summary files of --json."));
     addOptions(parser, listNumber);
     addSectionOptions(parser);
+    addSeriesOptions(parser);
 
     if (!parser.parse(listArgument)) {
         parsed.strError = parser.errorText();
@@ -479,6 +481,7 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         takeIntensities(reader, road.intensities);
         takeExports(reader, road.exports);
         takeSections(reader, road.exports);
+        takeSeriesOptions(reader, road);
         road.nGroup = reader.wholeNumber(QStringLiteral("group"), 0, 63, -1);
         road.nJobs = reader.wholeNumber(QStringLiteral("jobs"), 1, 256, 0);
         road.rcRegion = reader.region(QStringLiteral("region"));

@@ -5,8 +5,10 @@
 #include "batch/optionrules.h"
 #include "batch/standardoutput.h"
 #include "batch/summary.h"
+#include "dataset/serieschoicefile.h"
 #include "records/resultfile.h"
 #include "records/wholefile.h"
+#include "road/choiceinput.h"
 #include "road/framesinput.h"
 #include "road/report.h"
 #include "road/road.h"
@@ -19,11 +21,13 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
+#include <QSize>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <utility>
+#include <vector>
 
 namespace tessera {
 
@@ -78,7 +82,9 @@ bool printSummary(const QStringList& listFileName)
     QList<SummaryFile> listFile;
     for (const QString& strFileName : listFileName) {
         // "*.json" names the records of the runs as well, which tell the same series.
-        if (!strFileName.endsWith(resultSuffix(ResultFile::Run)) || listFileName.size() == 1) {
+        const bool bNoSummary = strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
+                                strFileName.endsWith(seriesChoiceFile(QString()));
+        if (!bNoSummary || listFileName.size() == 1) {
             listFile.append(readSummaryFile(strFileName));
         }
     }
@@ -135,6 +141,72 @@ int runSeries(const BatchOptions& options)
     return results.end.finished() && !bBad ? 0 : 1;
 }
 
+/// What speaks against a series whose frames are known.
+QString whatIsWrong(BatchOptions& options)
+{
+    for (const auto fnCheck : {+[](BatchOptions& o) { return takeChoiceOfInput(o.road); },
+                               +[](BatchOptions& o) { return whatImagesLack(o.road); },
+                               +[](BatchOptions& o) { return misplacedOutput(o); }}) {
+        const QString strError = fnCheck(options);
+        if (!strError.isEmpty()) {
+            return strError;
+        }
+    }
+    return {};
+}
+
+/// "s.json" becomes "s_512x512.json".
+QString fileOfSize(const QString& strFile, const QSize& size)
+{
+    const QFileInfo info(strFile);
+    if (strFile.isEmpty()) {
+        return strFile;
+    }
+    const QString strSuffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
+    return strFile.left(strFile.size() - strSuffix.size()) + nameOfSize(size) + strSuffix;
+}
+
+/// A folder with frames of several sizes: a run for each of them.
+/// @return the worst exit status
+int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
+{
+    if (isStandardOutput(asGiven.strJsonFile)) {
+        return badUsage(
+            QStringLiteral("--json -: the frames are of %1 sizes, each with a summary of its own: "
+                           "a file is wanted, or --size")
+                .arg(listSize.size()));
+    }
+    std::vector<BatchOptions> listRun;
+    for (const QSize& size : listSize) {
+        BatchOptions options = asGiven;
+        options.road.sizeFrame = size;
+        for (QString* pstrFile :
+             {&options.strJsonFile, &options.strReportFile, &options.road.strSaveCalibrationFile}) {
+            *pstrFile = isStandardOutput(*pstrFile) ? *pstrFile : fileOfSize(*pstrFile, size);
+        }
+        QString strError = takeFramesOfInput(options.road);
+        strError = strError.isEmpty() ? whatIsWrong(options) : strError;
+        if (!strError.isEmpty()) {
+            return badUsage(QStringLiteral("frames of %1 × %2 pixels: %3")
+                                .arg(size.width())
+                                .arg(size.height())
+                                .arg(strError));
+        }
+        noteOwnFiles(options);
+        listRun.push_back(options);
+    }
+    int nStatus = 0;
+    for (const BatchOptions& options : listRun) {
+        std::printf(
+            "The folder has frames of %d sizes, each of which is a series. Now %d x %d pixels: %s, %d "
+            "frames.\n",
+            listSize.size(), options.road.sizeFrame.width(), options.road.sizeFrame.height(),
+            options.road.strSeriesName.toUtf8().constData(), options.road.listInput.size());
+        nStatus = std::max(nStatus, runSeries(options));
+    }
+    return nStatus;
+}
+
 }  // namespace
 
 }  // namespace tessera
@@ -161,13 +233,15 @@ int main(int argc, char* argv[])
     if (options.bSummary) {
         return printSummary(options.road.listInput) ? 0 : 1;
     }
-    for (const auto fnCheck : {+[](BatchOptions& o) { return takeFramesOfInput(o.road); },
-                               +[](BatchOptions& o) { return whatImagesLack(o.road); },
-                               +[](BatchOptions& o) { return misplacedOutput(o); }}) {
-        const QString strError = fnCheck(options);
-        if (!strError.isEmpty()) {
-            return badUsage(strError);
-        }
+    const BatchOptions asGiven = options;
+    QString strError = takeFramesOfInput(options.road);
+    const QList<QSize> listSize = options.road.listSizeFound;
+    if (strError.isEmpty() && listSize.size() > 1 && !options.road.sizeFrame.isValid()) {
+        return runSizes(asGiven, listSize);
+    }
+    strError = strError.isEmpty() ? whatIsWrong(options) : strError;
+    if (!strError.isEmpty()) {
+        return badUsage(strError);
     }
     noteOwnFiles(options);
     return runSeries(options);

@@ -4,6 +4,7 @@
 #include "dataset/dataset.h"
 #include "dataset/opening.h"
 #include "dataset/projectfile.h"
+#include "dataset/serieschoicefile.h"
 #include "frames/frametargets.h"
 #include "frames/imageseries.h"
 #include "frames/scaledframes.h"
@@ -128,7 +129,8 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
 /// All files that runs on this series read or write beside the frames, whether this one does or not.
 QStringList sideFiles(const DataSet& dataSet)
 {
-    QStringList listFile = {dataSet.m_strProjectDir + QStringLiteral("/hotpixels.txt")};
+    QStringList listFile = {dataSet.m_strProjectDir + QStringLiteral("/hotpixels.txt"),
+                            seriesChoiceFile(fileOfProject(dataSet, QString()))};
     for (const ResultFile file : g_aResultFile) {
         listFile.append(fileOfProject(dataSet, file));
         if (!fixedName(file).isEmpty()) {
@@ -171,7 +173,8 @@ QString misplacedFile(const QString& strOption, const QString& strFile, const QS
         return QStringLiteral("%1 would overwrite another file of the run").arg(strText);
     }
     const bool bOther = suffixesOfOthers().contains(info.suffix().toLower()) ||
-                        info.fileName().endsWith(resultSuffix(ResultFile::Run));
+                        info.fileName().endsWith(resultSuffix(ResultFile::Run)) ||
+                        info.fileName().endsWith(seriesChoiceFile(QString()));
     if (info.isFile() && bOther) {
         return QStringLiteral("%1 would overwrite a file that is, by its name, no %2").arg(strText, strWhat);
     }

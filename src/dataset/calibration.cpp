@@ -211,7 +211,22 @@ Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mappi
         calibration.dfStretchAzimuth = std::fmod(dataSet.m_dfStretchAzimuth + 90 + dfAcross, 180);
     }
     calibration.distortion = dataSet.m_distortion;
+    toFilePixels(calibration, dataSet);
     return calibration;
+}
+
+void toFilePixels(Calibration& calibration, const SeriesData& series)
+{
+    const int nBin = series.m_reading.choice.nBin;
+    calibration.dfSeriesPixelSize /= nBin;
+    calibration.distortion.dfRadius *= nBin;
+    if (calibration.dfPixelSize) {
+        *calibration.dfPixelSize /= nBin;
+    }
+    const auto error = calibration.mapError.find(QStringLiteral("pixelSize"));
+    if (error != calibration.mapError.end()) {
+        error.value() /= nBin;
+    }
 }
 
 bool isCalibration(const QJsonObject& object)
@@ -224,8 +239,15 @@ bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize)
     return isOther(calibration.dfSeriesPixelSize, dfPixelSize, g_dfSamePixelSize);
 }
 
-QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& calibration)
+QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& ofFiles)
 {
+    const int nBin = dataSet.m_reading.choice.nBin;
+    Calibration calibration = ofFiles;
+    calibration.dfSeriesPixelSize *= nBin;
+    calibration.distortion.dfRadius /= nBin;
+    if (calibration.dfPixelSize) {
+        *calibration.dfPixelSize *= nBin;
+    }
     QStringList listWarning;
     const auto warn = [&](const QString& strWhat, double dfThere, double dfHere, const QString& strThen) {
         listWarning.append(QStringLiteral("Warning: the calibration is of %1 %2, and this series has %3: %4")

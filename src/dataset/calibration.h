@@ -49,6 +49,10 @@ std::optional<Calibration> readCalibration(const QString& strFile, QString* pstr
 /// What a data set tells now; without errors and with no pixel size of its own.
 Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mapping);
 
+/// Makes of a calibration in pixels of the frames as they are worked with one in those of the files, which
+/// all calibrations hold: the same unless frames are binned.
+void toFilePixels(Calibration& calibration, const SeriesData& series);
+
 /// Whether an object says that it is such a file, of whatever version.
 bool isCalibration(const QJsonObject& object);
 
@@ -58,6 +62,6 @@ bool isOtherCameraLength(const Calibration& calibration, double dfPixelSize);
 /// Puts axis, stretching, distortion and, where it was determined, pixel size into a data set. Peaks are to
 /// be mapped anew.
 /// @return warnings: another wavelength, and another size of the pixels, so another camera length or binning
-QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& calibration);
+QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const Calibration& ofFiles);
 
 }  // namespace tessera

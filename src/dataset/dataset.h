@@ -2,6 +2,7 @@
 #pragma once
 
 #include "crystal/spacegroup.h"
+#include "dataset/framereading.h"
 #include "dataset/madewith.h"
 #include "dataset/maskdata.h"
 #include "dataset/peakmapping.h"
@@ -31,12 +32,13 @@ namespace tessera {
 struct SeriesData {
     QString m_strProjectDir;   ///< folder of the project file; of image files their own; empty: no data set
     QString m_strProjectName;  ///< name of the project file, without folder and suffix
-    QStringList m_listFrameFile;           ///< full path of each frame in series order
+    QStringList m_listFrameFile;           ///< full path of each frame in series order; of a sum the first
     QList<double> m_listStageTilt;         ///< degrees, one per frame
     QList<double> m_listBeamTilt;          ///< degrees, one per frame
     QList<double> m_listOverallTilt;       ///< the angle that the geometry uses
     QList<int> m_listBeamTiltBreak;        ///< 1 where a beam tilt series starts
     QList<QPoint> m_listHotPixel;          ///< pixels to repair on every frame
+    FrameReading m_reading;                ///< how these frames come from those of the files
     double m_dfWavelength = 0.0251;        ///< Å
     double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
     double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock
@@ -69,6 +71,9 @@ struct SeriesData {
     MaskData m_maskPeakHunting;             ///< areas that the hunt leaves out
     CSpaceGroup m_spaceGroup;               ///< of the labels, the peak table and the statistics
     MadeWith m_made;                        ///< what these lists were made with
+
+    /// The frames of all files of the series, also of those that are summed and that are left out.
+    const QStringList& allFiles() const { return m_reading.allFiles(m_listFrameFile); }
 };
 
 /// A series with the frame in view.

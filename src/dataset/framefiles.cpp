@@ -166,6 +166,62 @@ QStringList framesInFolder(const QString& strFolder)
     return framesOfFiles(listFile);
 }
 
+QList<SizedFrames> framesBySize(const QStringList& listFrame)
+{
+    QList<SizedFrames> listSized;
+    QHash<QString, int> hashPlace;  // of the size of a file; -1: not told
+    QList<int> listPlace;           // for each frame
+    for (const QString& strFrame : listFrame) {
+        const QString strFile = frameName(strFrame).strFile;
+        if (!hashPlace.contains(strFile)) {
+            const QSize size = frameHeader(strFile).size;
+            const auto it = std::find_if(listSized.begin(), listSized.end(),
+                                         [&](const SizedFrames& sized) { return sized.size == size; });
+            hashPlace[strFile] = size.isValid() ? int(it - listSized.begin()) : -1;
+            if (size.isValid() && it == listSized.end()) {
+                listSized.append({size, {}});
+            }
+        }
+        listPlace.append(hashPlace[strFile]);
+    }
+    if (listSized.isEmpty()) {
+        return {{QSize(), listFrame}};
+    }
+    int nCommonest = 0;
+    for (int n = 1; n < listSized.size(); ++n) {
+        nCommonest = listPlace.count(n) > listPlace.count(nCommonest) ? n : nCommonest;
+    }
+    for (int i = 0; i < listFrame.size(); ++i) {
+        listSized[listPlace[i] < 0 ? nCommonest : listPlace[i]].listFrame.append(listFrame[i]);
+    }
+    return listSized;
+}
+
+QStringList dropStrayFrames(QList<SizedFrames>& listSized)
+{
+    const int nLeast = 3;
+    QList<SizedFrames> listSeries;
+    QStringList listLine;
+    for (const SizedFrames& sized : qAsConst(listSized)) {
+        if (sized.listFrame.size() >= nLeast) {
+            listSeries.append(sized);
+            continue;
+        }
+        listLine.append(
+            QStringLiteral("%1 frames of %2 × %3 pixels are too few for a series and are left out, "
+                           "the first of them %4.")
+                .arg(sized.listFrame.size())
+                .arg(sized.size.width())
+                .arg(sized.size.height())
+                .arg(QFileInfo(sized.listFrame.first()).fileName()));
+    }
+    if (listSeries.isEmpty()) {
+        return {};
+    }
+    listSized = listSeries;
+    return listLine;
+}
+
 QStringList filesOfFrames(const QStringList& listFrame)
 {
     QStringList listFile;

@@ -1,6 +1,8 @@
 // Frame files: which files of a folder are the frames of a series, and in which order.
 #pragma once
 
+#include <QList>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -20,6 +22,20 @@ QStringList framesOfFiles(const QStringList& listFile);
 
 /// The files that frames lie in, each once, in the order of the frames: a file of many images is one.
 QStringList filesOfFrames(const QStringList& listFrame);
+
+/// Frames of one size, in series order.
+struct SizedFrames {
+    QSize size;  ///< pixels; not valid where no header tells it
+    QStringList listFrame;
+};
+
+/// Frames by their sizes, as the headers tell, the size of the first frame first; those that do not tell are
+/// among the commonest. Of a file of many images the first one tells for all.
+QList<SizedFrames> framesBySize(const QStringList& listFrame);
+
+/// Takes out of framesBySize() what is no rotation series, sizes of one or two frames, where another one is.
+/// @return a line for each that was taken out
+QStringList dropStrayFrames(QList<SizedFrames>& listSized);
 
 /// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of
 /// equally common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no

@@ -46,6 +46,13 @@ bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel, Q
 
 QString fileOfHotPixels(const DataSet& data)
 {
+    const int nBin = data.m_reading.choice.nBin;
+    return data.m_strProjectDir +
+           (nBin > 1 ? QStringLiteral("/hotpixels_bin%1.txt").arg(nBin) : QStringLiteral("/hotpixels.txt"));
+}
+
+QString fileOfCameraHotPixels(const DataSet& data)
+{
     return data.m_strProjectDir + QStringLiteral("/hotpixels.txt");
 }
 
@@ -103,6 +110,19 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
 
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
 {
+    if (data.m_reading.choice.nBin > 1) {
+        // Those of the binned frames are found by runs, and mostly there are none.
+        static_cast<void>(readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel));
+        const bool bCamera = readHotPixelFile(fileOfCameraHotPixels(data), data.m_reading.listHotPixel,
+                                              pstrReason);
+        report.addMessage(bCamera
+                              ? QStringLiteral("%L1 hot pixel positions loaded; they are repaired before the "
+                                               "frames are binned.")
+                                    .arg(data.m_reading.listHotPixel.size())
+                              : QStringLiteral("No hot pixel positions were loaded."));
+        report.goOn();
+        return bCamera;
+    }
     const bool bRead = readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, pstrReason);
     if (bRead)
         report.addMessage(QStringLiteral("%L1 hot pixel positions loaded.").arg(data.m_listHotPixel.size()));

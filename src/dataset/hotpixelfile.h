@@ -23,11 +23,16 @@ namespace tessera {
 [[nodiscard]] bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel,
                                      QString* pstrReason = nullptr);
 
-/// Name of the list of a data set: "hotpixels.txt" in the project's folder.
+/// Name of the list of a data set: "hotpixels.txt" in the project's folder; of frames that are binned
+/// "hotpixels_bin2.txt", as its pixels are other ones.
 QString fileOfHotPixels(const DataSet& data);
 
+/// Name of the list of the camera's own pixels, which are repaired before frames are binned: "hotpixels.txt".
+QString fileOfCameraHotPixels(const DataSet& data);
+
 /// Reads "hotpixels.txt" of the project's folder into m_listHotPixel and says how many there are, or that
-/// there are none; on failure the list stays as it was.
+/// there are none; on failure the list stays as it was. Where the frames are binned, the list goes into
+/// m_reading, and that of the binned frames, without a word, into m_listHotPixel.
 /// @return whether the file was read
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason = nullptr);
 

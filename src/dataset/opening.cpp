@@ -4,6 +4,8 @@
 #include "dataset/pagerounding.h"
 #include "dataset/peaklistfile.h"
 #include "dataset/projectfile.h"
+#include "dataset/serieschoicefile.h"
+#include "dataset/seriesreading.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
 #include "imagefiles/frameformats.h"
@@ -144,9 +146,28 @@ static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistR
         addReason(plistReason, data.m_strProjectDir + QStringLiteral("/hotpixels.txt"), strReason);
 }
 
+// Whether a side file is of the frames as they are read now.
+static bool isOfReading(const DataSet& data, ResultFile file, const QString& strFile, CRunReport& report)
+{
+    const SeriesChoice& choice = data.m_reading.choice;
+    const bool bOwn = strFile == fileOfProject(data, file);
+    if (bOwn ? isMadeByChoice(strFile, choice) : choice.isPlain()) {
+        return true;
+    }
+    if (QFileInfo::exists(strFile)) {
+        report.addMessage(QStringLiteral("%1 is not used, as it was made of the series read otherwise: with "
+                                         "other frames, sums or bins.")
+                              .arg(strFile));
+    }
+    return false;
+}
+
 static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     const QString strFile = sideFileName(data, ResultFile::Peaks);
+    if (!isOfReading(data, ResultFile::Peaks, strFile, report)) {
+        return;
+    }
     QString strReason;
     const int nResult = readPeakList(data, strFile, report, &strReason);
     addReason(plistReason, strFile, strReason);
@@ -176,6 +197,9 @@ static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistRe
 static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     const QString strFile = sideFileName(data, ResultFile::Shifts);
+    if (!isOfReading(data, ResultFile::Shifts, strFile, report)) {
+        return;
+    }
     QString strReason;
     if (loadShiftFile(data, strFile, report, &strReason) == 0) {
         addReason(plistReason, strFile, strReason);
@@ -185,8 +209,52 @@ static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReas
     report.addMessage(QStringLiteral("Shift correction data loaded from %1.").arg(strFile));
 }
 
+// The frames, tilts and geometry of a project with its choice.
+static bool takeProject(SeriesData& data, const ProjectFile& project, const SeriesChoice* pChoice,
+                        CRunReport& report, QStringList* plistReason)
+{
+    DataSet taken;
+    taken.m_strProjectDir = project.folder();
+    taken.m_strProjectName = project.baseName();
+    taken.m_dfPixelSize = project.pixelSize();
+    taken.m_distortion = distortionOfPages(project.distortion());
+    taken.m_rotation = project.rotation();
+    taken.m_listStageTilt = project.stageTilts();
+    taken.m_listBeamTilt = project.beamTilts();
+    taken.m_listOverallTilt = project.overallTilts();
+    taken.m_listFrameFile = project.frameFiles();
+    taken.m_listBeamTiltBreak = beamTiltBreaks(taken.m_listBeamTilt);
+    QString strReason;
+    const std::optional<SeriesChoice> kept = readSeriesChoice(fileOfProject(taken, QString()), &strReason);
+    const SeriesChoice choice = pChoice ? *pChoice : kept.value_or(SeriesChoice());
+    if (!kept && plistReason) {
+        plistReason->append(strReason);
+    }
+    if (!takeSeriesChoice(taken, choice, report, &strReason)) {
+        report.noteReason(strReason);
+        report.addMessage(
+            QStringLiteral("%1 cannot be read as it was chosen: %2").arg(taken.m_strProjectName, strReason),
+            Severity::Error);
+        if (pChoice) {
+            return false;
+        }
+    }
+    data.m_strProjectDir = taken.m_strProjectDir;
+    data.m_strProjectName = taken.m_strProjectName;
+    data.m_dfPixelSize = taken.m_dfPixelSize;
+    data.m_distortion = taken.m_distortion;
+    data.m_rotation = taken.m_rotation;
+    data.m_listStageTilt = taken.m_listStageTilt;
+    data.m_listBeamTilt = taken.m_listBeamTilt;
+    data.m_listOverallTilt = taken.m_listOverallTilt;
+    data.m_listBeamTiltBreak = taken.m_listBeamTiltBreak;
+    data.m_listFrameFile = taken.m_listFrameFile;
+    data.m_reading = taken.m_reading;
+    return true;
+}
+
 bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName, CRunReport& report,
-                 QStringList* plistReason, AxisLine axisLine)
+                 QStringList* plistReason, AxisLine axisLine, const SeriesChoice* pChoice)
 {
     ProjectFile project;
     if (!project.read(strFileName, axisLine)) {
@@ -196,16 +264,15 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
                               : QStringLiteral("%1: %2").arg(strFileName, project.errorText()));
         return false;
     }
-    data.m_strProjectDir = project.folder();
-    data.m_strProjectName = project.baseName();
-    data.m_dfPixelSize = project.pixelSize();
+    if (!takeProject(data, project, pChoice, report, plistReason)) {
+        return false;
+    }
     data.m_dfWavelength = project.wavelength();
     data.m_bRotationAxisKnown = project.hasRotationAxis();
     if (project.hasRotationAxis())
         data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
     else
         report.addMessage(QStringLiteral("The project names no rotation axis."));
-    data.m_distortion = distortionOfPages(project.distortion());
     data.m_nAxisDecimals = project.tellsDistortion() ? axisDecimals(data.m_dfRotationAxis) : 1;
     if (project.stretchingAmplitude() >= 0.01) {
         data.m_dfStretchAmplitude = project.stretchingAmplitude();
@@ -218,12 +285,6 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     } else {
         tellStretchingThatStays(data, parameters, report);
     }
-    data.m_rotation = project.rotation();
-    data.m_listStageTilt = project.stageTilts();
-    data.m_listBeamTilt = project.beamTilts();
-    data.m_listOverallTilt = project.overallTilts();
-    data.m_listBeamTiltBreak = beamTiltBreaks(data.m_listBeamTilt);
-    data.m_listFrameFile = project.frameFiles();
     clearDataSet(data);
     openHotPixels(data, report, plistReason);
     openPeakList(data, report, plistReason);
@@ -269,6 +330,7 @@ bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& rep
     data.m_distortion = {};
     data.m_nAxisDecimals = 1;
     data.m_rotation = {};
+    data.m_reading = {};
     data.m_listFrameFile = listFile;
     data.m_listStageTilt.clear();
     data.m_listBeamTilt.clear();

@@ -50,10 +50,13 @@ QStringList missingFrames(const QStringList& listFrame);
 /// @param axisLine     with AxisLine::MayLack a project that names no rotation axis leaves that of the data
 /// set
 ///                     as it was, with a line of the log, and m_bRotationAxisKnown false
-/// @return false when the project cannot be read; nothing but the log has then changed
+/// @param pChoice      how the series is read; null: as "NAME.series.json" beside the project tells, or as it
+///                     comes. Peaks and shifts that were made of the series as it is read otherwise are left
+///                     unread, with a line of the log
+/// @return false when the project cannot be read, or cannot be read so; nothing but the log has then changed
 [[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
                                CRunReport& report, QStringList* plistReason = nullptr,
-                               AxisLine axisLine = AxisLine::Needed);
+                               AxisLine axisLine = AxisLine::Needed, const SeriesChoice* pChoice = nullptr);
 
 /// Says in red that a stretching which was set before stays in force, as the data set that has just been
 /// opened tells none; nothing where none is. openProject() does so itself.

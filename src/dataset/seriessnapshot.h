@@ -16,16 +16,20 @@ namespace tessera {
 struct SeriesSnapshot {
     QStringList listFrameFile;   ///< full path of each frame in series order
     QList<QPoint> listHotPixel;  ///< pixels to repair on every frame: column, row
+    FrameReading reading;        ///< how the frames come from those of the files
     QList<double> listTilt;      ///< overall tilt, degrees, one per frame
     BeamCentres centres;         ///< shifts and direct beam, pixels of the raw frames
 
     explicit SeriesSnapshot(const DataSet& dataSet)
         : listFrameFile(dataSet.m_listFrameFile),
           listHotPixel(dataSet.m_listHotPixel),
+          reading(dataSet.m_reading),
           listTilt(dataSet.m_listOverallTilt),
           centres{dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY}
     {}
 
+    /// As SeriesData has it.
+    const QStringList& allFiles() const { return reading.allFiles(listFrameFile); }
     int frameCount() const { return listFrameFile.size(); }
 };
 

@@ -33,7 +33,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
     DialsOptions options;
     options.strTemplate = templateOf(source, frames, QLatin1Char('#'));
     options.listUntrusted = untrustedOf(source, frames, report);
-    options.nHighest = highestCount(trustedRangeOf(source.pData->m_listFrameFile), options.nHighest);
+    options.nHighest = highestCount(trustedRangeOf(*source.pData), options.nHighest);
     // Reflections are as wide as their centroids scatter and as the step blurs them, at least.
     options.dfRockingSigma = std::hypot(scatter.dfAngle, geometry->dfWidth / 2);
     if (source.pIntegration) {

@@ -81,7 +81,7 @@ bool writeBlank(const QSize& size, const QString& strFile, QString& strReason)
 RunOutcome writeBlanks(const ExchangeSource& source, const ExchangeFrames& frames, CRunReport& report)
 {
     const QStringList listFile = frames.blankFiles();
-    if (overwritesFrames(listFile, source.pData->m_listFrameFile, report)) {
+    if (overwritesFrames(listFile, source.pData->allFiles(), report)) {
         return {RunEnd::Refused, report.reason()};
     }
     for (const QString& strFile : listFile) {
@@ -183,7 +183,9 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
     };
     ExchangeFrames frames;
     const std::vector<FramePlace> listMoved = movesOf(dataSet);
-    if (isStillEnough(source.series.listBeam, listMoved) && areSmv(listFrame)) {
+    const FrameReading& reading = dataSet.m_reading;
+    const bool bAsTheyCome = reading.isPlain() || reading.pixelCount() == 1;
+    if (bAsTheyCome && isStillEnough(source.series.listBeam, listMoved) && areSmv(listFrame)) {
         if (const auto numbering = countsAll(listFrame)) {
             frames.strFolder = QFileInfo(listFrame.first()).absolutePath();
             frames.numbering = *numbering;
@@ -197,7 +199,7 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
         listTarget.append(smvImageFile(source.strFolder, strFrame));
     }
     const auto numbering = countsAll(listTarget);
-    if (numbering && frameAmongTargets(listTarget, listFrame).isEmpty()) {
+    if (numbering && frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
         frames.strFolder = source.strFolder;
         frames.numbering = *numbering;
     } else {

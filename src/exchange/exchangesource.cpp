@@ -15,6 +15,7 @@ DataSet withSomeBasis(const DataSet& dataSet)
     data.m_strProjectDir = dataSet.m_strProjectDir;
     data.m_listFrameFile = dataSet.m_listFrameFile;
     data.m_listHotPixel = dataSet.m_listHotPixel;
+    data.m_reading = dataSet.m_reading;
     data.m_listStageTilt = dataSet.m_listStageTilt;
     data.m_listOverallTilt = dataSet.m_listOverallTilt;
     data.m_listBeamTiltBreak = dataSet.m_listBeamTiltBreak;

@@ -52,7 +52,7 @@ RunOutcome writeExchangeFiles(const ExchangeSource& source, const std::vector<Na
     for (const NamedFile& file : listFile) {
         listName.append(file.strFile);
     }
-    if (overwritesFrames(listName, source.pData->m_listFrameFile, report)) {
+    if (overwritesFrames(listName, source.pData->allFiles(), report)) {
         return {RunEnd::Refused, report.reason()};
     }
     for (const NamedFile& file : listFile) {

@@ -103,7 +103,7 @@ RunOutcome exportForPets(const ExchangeSource& source, CRunReport& report)
         options.dfHighest = source.pIntegration->integrated.dfMaxDStar;
     }
     const QString strFile = freePetsName(source);
-    if (strFile.isEmpty() || overwritesFrames({strFile}, dataSet.m_listFrameFile, report)) {
+    if (strFile.isEmpty() || overwritesFrames({strFile}, dataSet.allFiles(), report)) {
         return failRun(report, QStringLiteral("No name is free for the list of frames."));
     }
     if (!QDir().mkpath(strFolder)) {

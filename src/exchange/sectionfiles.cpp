@@ -113,7 +113,7 @@ RunOutcome writeSections(const DataSet& dataSet, const std::vector<ReciprocalSec
         listTarget.append(sectionFile(dataSet, section.plane, QStringLiteral(".mrc")));
         listTarget.append(sectionFile(dataSet, section.plane, QStringLiteral(".png")));
     }
-    if (overwritesFrames(listTarget, dataSet.m_listFrameFile, report)) {
+    if (overwritesFrames(listTarget, dataSet.allFiles(), report)) {
         return {RunEnd::Refused, report.reason()};
     }
     for (size_t n = 0; n < listSection.size(); ++n) {

@@ -91,7 +91,7 @@ std::optional<XdsOptions> xdsOptions(const ExchangeSource& source, const Exchang
         return std::nullopt;
     }
     options.nMinimumValid = *least;
-    options.nOverload = highestCount(trustedRangeOf(source.pData->m_listFrameFile), options.nOverload);
+    options.nOverload = highestCount(trustedRangeOf(*source.pData), options.nOverload);
     if (options.strTemplate.contains(QLatin1Char(' '))) {
         report.addMessage(
             QStringLiteral("Warning: XDS reads no names with blanks, as in %1.").arg(options.strTemplate),

@@ -11,9 +11,11 @@ std::unique_ptr<CImgObj<float>> firstImage(const SeriesSnapshot& series, int nFr
                                            OnShortMemory onShortMemory)
 {
     const QString& strFile = series.listFrameFile[nFrame];
-    const auto fnLoad = onShortMemory == OnShortMemory::Throw ? readFirstImage : loadFirstImage;
+    const FrameSource source = frameSource(series, nFrame);
     ImageList vecImage;
-    if (!fnLoad(vecImage, strFile, series.listHotPixel, report)) {
+    const int nLoaded = onShortMemory == OnShortMemory::Throw ? readFirstImage(vecImage, source, report)
+                                                              : loadFirstImage(vecImage, source, report);
+    if (nLoaded == 0) {
         if (!faults.strNotLoaded.isEmpty())
             report.fail(faults.strNotLoaded.arg(strFile));
         return nullptr;

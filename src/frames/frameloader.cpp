@@ -1,5 +1,6 @@
 #include "frames/frameloader.h"
 
+#include "frames/framesum.h"
 #include "frames/hotpixels.h"
 #include "imagefiles/filekind.h"
 #include "imagefiles/frameformats.h"
@@ -68,11 +69,40 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     return 1;
 }
 
-int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
-         CRunReport& report, int nMaxImages)
+/// The sum of the first images of some files, in blocks of pixels.
+int readSum(ImageList& vecImage, const FrameSource& source, CRunReport& report)
+{
+    CFrameSum sum(source.nBin, source.dfSaturation);
+    for (const QString& strFile : source.listFile) {
+        ImageList vecRead;
+        if (read(vecRead, strFile, source.listRawPixel, report, 1) != 1) {
+            return 0;
+        }
+        if (vecRead.empty()) {
+            return 1;  // as of a single file whose image cannot be read; a red line says why
+        }
+        QString strReason;
+        if (!sum.add(*vecRead.front(), &strReason)) {
+            report.fail(QStringLiteral("%1: %2").arg(strFile, strReason));
+            return 0;
+        }
+    }
+    std::unique_ptr<CImgObj<float>> pSum = sum.take();
+    repairHotPixels(*pSum, source.listHotPixel);
+    vecImage.push_back(std::move(pSum));
+    return 1;
+}
+
+int read(ImageList& vecImage, const FrameSource& source, CRunReport& report, int nMaxImages)
+{
+    return source.isPlain() ? read(vecImage, source.listFile.first(), source.listHotPixel, report, nMaxImages)
+                            : readSum(vecImage, source, report);
+}
+
+int load(ImageList& vecImage, const FrameSource& source, CRunReport& report, int nMaxImages)
 {
     try {
-        return read(vecImage, strFileName, listHotPixel, report, nMaxImages);
+        return read(vecImage, source, report, nMaxImages);
     } catch (...) {
         releaseFrameImages(vecImage);
         report.fail(whatWasThrown());
@@ -82,29 +112,45 @@ int load(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
 
 }  // namespace
 
+int loadFrame(ImageList& vecImage, const FrameSource& source, CRunReport& report)
+{
+    return load(vecImage, source, report, std::numeric_limits<int>::max());
+}
+
+int loadFirstImage(ImageList& vecImage, const FrameSource& source, CRunReport& report)
+{
+    return load(vecImage, source, report, 1);
+}
+
+int readFirstImage(ImageList& vecImage, const FrameSource& source, CRunReport& report)
+{
+    try {
+        return read(vecImage, source, report, 1);
+    } catch (const CShortMemory&) {  // it knows better
+        throw;
+    } catch (const std::bad_alloc&) {
+        const std::uint64_t nFrames = source.isPlain() ? g_nMemoryOfFile : g_nMemoryOfFile + 1;
+        throw CShortMemory(QStringLiteral("%1: reading the frame").arg(source.listFile.first()),
+                           nFrames * bytesOfFrame(source.listFile.first()));
+    }
+}
+
 int loadFrame(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
               CRunReport& report)
 {
-    return load(vecImage, strFileName, listHotPixel, report, std::numeric_limits<int>::max());
+    return loadFrame(vecImage, FrameSource{{strFileName}, listHotPixel, 1, {}, 0}, report);
 }
 
 int loadFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
                    CRunReport& report)
 {
-    return load(vecImage, strFileName, listHotPixel, report, 1);
+    return loadFirstImage(vecImage, FrameSource{{strFileName}, listHotPixel, 1, {}, 0}, report);
 }
 
 int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
                    CRunReport& report)
 {
-    try {
-        return read(vecImage, strFileName, listHotPixel, report, 1);
-    } catch (const CShortMemory&) {  // it knows better
-        throw;
-    } catch (const std::bad_alloc&) {
-        throw CShortMemory(QStringLiteral("%1: reading the frame").arg(strFileName),
-                           g_nMemoryOfFile * bytesOfFrame(strFileName));
-    }
+    return readFirstImage(vecImage, FrameSource{{strFileName}, listHotPixel, 1, {}, 0}, report);
 }
 
 void releaseFrameImages(ImageList& vecImage)

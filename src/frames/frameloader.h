@@ -1,6 +1,7 @@
 // loadFrame: the one way by which frames enter memory.
 #pragma once
 
+#include "frames/framesource.h"
 #include "imaging/imagelist.h"
 #include "records/runreport.h"
 
@@ -38,6 +39,12 @@ int loadFirstImage(ImageList& vecImage, const QString& strFileName, const QList<
 /// @throw CShortMemory when memory runs out, with `vecImage` as it was
 int readFirstImage(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& listHotPixel,
                    CRunReport& report);
+
+/// The same for a frame of a series. Of one that is summed or binned only the first image of each file
+/// counts, and what is said names the file that it is about. Files of different sizes are no frame.
+int loadFrame(ImageList& vecImage, const FrameSource& source, CRunReport& report);
+int loadFirstImage(ImageList& vecImage, const FrameSource& source, CRunReport& report);
+int readFirstImage(ImageList& vecImage, const FrameSource& source, CRunReport& report);
 
 /// Frees all images of the list and empties it.
 void releaseFrameImages(ImageList& vecImage);

@@ -92,7 +92,7 @@ RunOutcome CExport::run()
     const QStringList& listFile = m_what.series.listFrameFile;
     for (const QString& strFrame : listFile)
         m_listTarget.append(m_what.fnTarget(strFrame));
-    if (overwritesFrames(m_listTarget, listFile, m_report))
+    if (overwritesFrames(m_listTarget, m_what.series.allFiles(), m_report))
         return {RunEnd::Refused, m_report.reason()};
     say(m_what.strStartLine, Severity::Milestone);
     CFrameWalk walk(listFile.size(), StopAsked::BeforeEachFrame, m_report);

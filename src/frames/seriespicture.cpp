@@ -40,8 +40,7 @@ public:
         const auto makeWorker = [&] {
             return [&](int nFrame) {
                 ReadFrame frame;
-                frame.vecImage = sampledImages(m_series.listFrameFile[nFrame], m_series.listHotPixel,
-                                               frame.report);
+                frame.vecImage = sampledImages(frameSource(m_series, nFrame), frame.report);
                 return frame;
             };
         };

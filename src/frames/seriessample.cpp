@@ -22,11 +22,10 @@ std::vector<int> sampledFrames(int nFrames, int nMost)
     return vecFrame;
 }
 
-ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel, CRunReport& report)
+ImageList sampledImages(const FrameSource& source, CRunReport& report)
 {
     ImageList vecImage;
-    if (readFirstImage(vecImage, strFileName, listHotPixel, report) != 0 && !vecImage.empty() &&
-        !vecImage.front()->Data())
+    if (readFirstImage(vecImage, source, report) != 0 && !vecImage.empty() && !vecImage.front()->Data())
         vecImage.clear();
     return vecImage;
 }

@@ -3,6 +3,7 @@
 
 #include "dataset/seriessnapshot.h"
 #include "frames/deferredreport.h"
+#include "frames/framesource.h"
 #include "frames/framewalk.h"
 #include "imaging/imagelist.h"
 #include "records/runreport.h"
@@ -20,7 +21,7 @@ std::vector<int> sampledFrames(int nFrames, int nMost);
 /// The images of a sampled frame, the first of them with pixels; none, with the loader's words, when it
 /// cannot be read.
 /// @throw CShortMemory
-ImageList sampledImages(const QString& strFileName, const QList<QPoint>& listHotPixel, CRunReport& report);
+ImageList sampledImages(const FrameSource& source, CRunReport& report);
 
 /// Says why frames could not be read, of the first few of them.
 void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& report);
@@ -52,7 +53,7 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
         return [&, fnLook = fnMakeLook()](int i) {
             const QString& strFile = series.listFrameFile[vecFrame[size_t(i)]];
             SampledFrame<Result> frame;
-            const ImageList vecImage = sampledImages(strFile, series.listHotPixel, frame.report);
+            const ImageList vecImage = sampledImages(frameSource(series, vecFrame[size_t(i)]), frame.report);
             if (vecImage.empty())
                 return frame;
             const CImgObj<float>& img = *vecImage.front();

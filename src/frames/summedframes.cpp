@@ -73,7 +73,7 @@ public:
         QStringList listTarget;
         for (int n = 0; n < groups(); ++n)
             listTarget.append(targetOf(n));
-        if (overwritesFrames(listTarget, m_series.listFrameFile, m_report))
+        if (overwritesFrames(listTarget, m_series.allFiles(), m_report))
             return {RunEnd::Refused, m_report.reason()};
         if (m_listShift.size() != m_series.frameCount()) {
             say(QStringLiteral(

@@ -14,4 +14,11 @@ TrustedRange trustedRangeOf(const QStringList& listFrameFile)
                                                     : TrustedRange();
 }
 
+TrustedRange trustedRangeOf(const SeriesData& series)
+{
+    TrustedRange range = trustedRangeOf(series.m_listFrameFile);
+    range.dfSaturation *= series.m_reading.isPlain() ? 1 : series.m_reading.pixelCount();
+    return range;
+}
+
 }  // namespace tessera

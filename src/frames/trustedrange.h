@@ -1,6 +1,8 @@
 // TrustedRange: up to which counts the frames of a series are told to be trusted.
 #pragma once
 
+#include "dataset/dataset.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -13,5 +15,9 @@ struct TrustedRange {
 
 /// What the header of the first frame tells; "not told" where its format has none, or there is no frame.
 TrustedRange trustedRangeOf(const QStringList& listFrameFile);
+
+/// The same for the frames of a series as they come out: sums and bins reach their limit as all their pixels
+/// do.
+TrustedRange trustedRangeOf(const SeriesData& series);
 
 }  // namespace tessera

@@ -42,7 +42,7 @@ std::vector<ExpectedSpot> CExpectedSpots::onFrame(int nFrame) const
         spot.place = m_correction.corrected(nFrame, *place);
         spot.dfExcitation[0] = m_passages.excitationAtStart(point, nFrame);
         spot.dfExcitation[1] = m_passages.excitationAt(point, nFrame);
-        spot.dfExcitation[2] = m_passages.excitationAtStart(point, nFrame + 1);
+        spot.dfExcitation[2] = m_passages.excitationAtEnd(point, nFrame);
         spot.dfPart = m_curve.part(spot.dfExcitation[0], spot.dfExcitation[1], spot.dfExcitation[2],
                                    observation.dfDStar);
         list.push_back(spot);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace tessera {
 
@@ -18,6 +19,30 @@ CPassageGeometry::CPassageGeometry(const SeriesGeometry& series)
     for (int nHalf = 0; nHalf <= 2 * frameCount(); ++nHalf) {
         m_listTurn.push_back(turnOf(tiltAt(nHalf / 2.0 - 0.5)));
     }
+    findHoles();
+}
+
+void CPassageGeometry::findHoles()
+{
+    const double dfHole = 1.5;  // times the usual step: halfway between one frame and two
+    const std::vector<double>& list = m_series.listTilt;
+    if (m_series.rotation.kind != RotationKind::Continuous || list.size() < 4) {
+        return;  // of three frames nobody can tell which step is the usual one
+    }
+    std::vector<double> listStep;
+    for (size_t n = 1; n < list.size(); ++n) {
+        listStep.push_back(std::abs(list[n] - list[n - 1]));
+    }
+    std::vector<double> listSorted = listStep;
+    const auto middle = listSorted.begin() + std::ptrdiff_t(listSorted.size() / 2);
+    std::nth_element(listSorted.begin(), middle, listSorted.end());
+    const auto isHole = [&](double dfStep) { return dfStep > dfHole * *middle; };
+    if (std::none_of(listStep.begin(), listStep.end(), isHole)) {
+        return;
+    }
+    std::transform(listStep.begin(), listStep.end(), std::back_inserter(m_listHole),
+                   [&](double dfStep) { return char(isHole(dfStep)); });
+    m_dfHalfStep = std::copysign(*middle / 2, list.back() - list.front());
 }
 
 double CPassageGeometry::tiltAt(double dfFrame) const
@@ -66,15 +91,24 @@ double CPassageGeometry::excitationAt(const DoubleVector& point, int nFrame) con
 
 double CPassageGeometry::excitationAtStart(const DoubleVector& point, int nFrame) const
 {
+    if (isHoleBehind(nFrame - 1)) {
+        return excitation(point, turnOf(tiltAt(nFrame) - m_dfHalfStep));
+    }
     if (nFrame >= 0 && nFrame <= frameCount()) {
         return excitation(point, turnAt(2 * nFrame));
     }
     return excitation(point, turnOf(tiltAt(nFrame - 0.5)));
 }
 
+double CPassageGeometry::excitationAtEnd(const DoubleVector& point, int nFrame) const
+{
+    return isHoleBehind(nFrame) ? excitation(point, turnOf(tiltAt(nFrame) + m_dfHalfStep))
+                                : excitationAtStart(point, nFrame + 1);
+}
+
 double CPassageGeometry::excitationStep(const DoubleVector& point, int nFrame) const
 {
-    return std::abs(excitationAtStart(point, nFrame + 1) - excitationAtStart(point, nFrame));
+    return std::abs(excitationAtEnd(point, nFrame) - excitationAtStart(point, nFrame));
 }
 
 // Where the tilt that the series has, up to whole turns of the circle, lies on one stretch between frames.

@@ -19,8 +19,10 @@ struct SphereCrossing {
 /// The tilt as a function of the frame number, and with it the excitation errors of the lattice points.
 ///
 /// Between the frames the tilt runs linearly from one to the next, beyond both ends it goes on as it began
-/// and ended. A frame is exposed from half a frame before its number to half a frame after it.
-/// The excitation error is 1/λ less the distance of the point from the sphere's centre, Å⁻¹: positive inside.
+/// and ended. A frame is exposed from half a frame before its number to half a frame after it, but for holes:
+/// where frames of a steady turn were left out, half a usual step after it, and nothing up to half of one
+/// before the next. A hole is a step of more than one and a half times the median. The excitation error is
+/// 1/λ less the distance of the point from the sphere's centre, Å⁻¹: positive inside.
 class CPassageGeometry {
 public:
     explicit CPassageGeometry(const SeriesGeometry& series);
@@ -36,8 +38,16 @@ public:
 
     /// Excitation error at the middle of a frame; frames outside the series are extrapolated.
     double excitationAt(const DoubleVector& point, int nFrame) const;
-    /// The same where frame `nFrame` begins to be exposed, which is where the one before it ends.
+    /// The same where frame `nFrame` begins to be exposed, which is where the one before it ends but for
+    /// holes.
     double excitationAtStart(const DoubleVector& point, int nFrame) const;
+    /// The same where it ends.
+    double excitationAtEnd(const DoubleVector& point, int nFrame) const;
+    /// Whether frames were left out between this frame and the next.
+    bool isHoleBehind(int nFrame) const
+    {
+        return !m_listHole.empty() && nFrame >= 0 && nFrame + 1 < frameCount() && m_listHole[size_t(nFrame)];
+    }
     /// Its change over the exposure of the frame, above 0, Å⁻¹.
     double excitationStep(const DoubleVector& point, int nFrame) const;
 
@@ -58,6 +68,7 @@ private:
     double excitation(const DoubleVector& point, const HeightRow& turn) const;
     const HeightRow& turnAt(int nHalf) const { return m_listTurn[size_t(nHalf)]; }
     HeightRow turnOf(double dfTilt) const;
+    void findHoles();
     std::optional<double> frameWithin(double dfTilt, double dfFrom, double dfTo) const;
     bool liesBetweenEnds(double dfTilt) const;
 
@@ -66,6 +77,8 @@ private:
     double m_dfAxisX, m_dfAxisZ;        // direction of the rotation axis
     bool m_bOneSense = true;            // the tilts grow from frame to frame, or fall
     std::vector<HeightRow> m_listTurn;  // at each half frame, from −0.5 to n − 0.5
+    std::vector<char> m_listHole;       // behind each frame; empty: there are none
+    double m_dfHalfStep = 0;            // degrees, with the sign of the turn: of a frame beside a hole
 };
 
 }  // namespace tessera

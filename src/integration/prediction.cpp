@@ -100,10 +100,10 @@ private:
             bTurns = bTurns || df <= dfLast;
             dfLast = df;
         }
-        dfLast = std::abs(m_passages.excitationAtStart(point, nLast + 1));
+        dfLast = std::abs(m_passages.excitationAtEnd(point, nLast));
         while (dfLast < dfReach && nLast - nFrame <= nMost) {
             ++nLast;
-            const double df = std::abs(m_passages.excitationAtStart(point, nLast + 1));
+            const double df = std::abs(m_passages.excitationAtEnd(point, nLast));
             bTurns = bTurns || df <= dfLast;
             dfLast = df;
         }
@@ -119,6 +119,23 @@ private:
         if (nLast >= nFrames && partOf(point, observation, nFrames, nLast) > g_dfMostLost) {
             observation.nFlags |= FlagEndsAfter;
         }
+        if (partInHoles(point, observation, nFirst, nLast) > g_dfMostLost) {
+            observation.nFlags |= FlagEndsAfter;
+        }
+    }
+
+    /// The part that nobody has seen, as the frames of it were left out.
+    double partInHoles(const DoubleVector& point, const Observation& observation, int nFirst, int nLast) const
+    {
+        double dfPart = 0;
+        for (int n = nFirst; n < nLast; ++n) {
+            if (m_passages.isHoleBehind(n)) {
+                const double dfEnd = m_passages.excitationAtEnd(point, n);
+                const double dfStart = m_passages.excitationAtStart(point, n + 1);
+                dfPart += m_curve.part(dfEnd, (dfEnd + dfStart) / 2, dfStart, observation.dfDStar);
+            }
+        }
+        return dfPart;
     }
 
     double partOf(const DoubleVector& point, const Observation& observation, int nFirst, int nLast) const
@@ -126,7 +143,7 @@ private:
         double dfPart = 0;
         for (int n = nFirst; n <= nLast; ++n) {
             dfPart += m_curve.part(m_passages.excitationAtStart(point, n), m_passages.excitationAt(point, n),
-                                   m_passages.excitationAtStart(point, n + 1), observation.dfDStar);
+                                   m_passages.excitationAtEnd(point, n), observation.dfDStar);
         }
         return dfPart;
     }

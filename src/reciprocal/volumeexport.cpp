@@ -28,7 +28,7 @@ AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, C
     added.outcome = walk.run([&](int nFrame) {
         const QString& strFile = series.listFrameFile[nFrame];
         ImageList vecImage;
-        if (!loadFirstImage(vecImage, strFile, series.listHotPixel, report)) {
+        if (!loadFirstImage(vecImage, frameSource(series, nFrame), report)) {
             report.fail(QStringLiteral("Failed to load: %1").arg(strFile));
             added.bUnloadable = true;
             return false;
@@ -56,7 +56,7 @@ RunOutcome stopped(CRunReport& report)
 QString reciprocalVolumeFile(const DataSet& dataSet)
 {
     const QString strFile = fileOfProject(dataSet, QStringLiteral(".mrc"));
-    return frameAmongTargets({strFile}, dataSet.m_listFrameFile).isEmpty()
+    return frameAmongTargets({strFile}, dataSet.allFiles()).isEmpty()
                ? strFile
                : fileOfProject(dataSet, QStringLiteral("_volume.mrc"));
 }
@@ -71,7 +71,7 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
         return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
     if (series.frameCount() == 0)
         return refuseRun(report, QStringLiteral("There are no frames to make a reciprocal volume of."));
-    if (!frameAmongTargets({strFile}, series.listFrameFile).isEmpty())
+    if (!frameAmongTargets({strFile}, series.allFiles()).isEmpty())
         return refuseRun(report,
                          QStringLiteral("%1 is a frame of this series and would be overwritten. Nothing was "
                                         "exported.")

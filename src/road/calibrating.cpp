@@ -76,6 +76,7 @@ Calibration calibrationOfModel(const DataSet& dataSet, const GeometryModel& mode
             calibration.mapError[QStringLiteral("pixelSize")] = size->dfError;
         }
     }
+    toFilePixels(calibration, dataSet);
     return calibration;
 }
 

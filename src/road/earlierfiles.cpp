@@ -1,6 +1,7 @@
 #include "road/earlierfiles.h"
 
 #include "dataset/peaklistfile.h"
+#include "dataset/serieschoicefile.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
 #include "reciprocal/cellcommit.h"
@@ -34,11 +35,23 @@ void noteRead(RoadState& state, ResultFile file)
     }
 }
 
+StageResult refuseOther(RoadState& state, const QString& strFile)
+{
+    return state.report.refused(
+        QStringLiteral(
+            "%1 was made of the series read otherwise, with other frames, sums or bins; run its stage "
+            "first, or give --bin, --sum, --frames and --skip as they were.")
+            .arg(strFile));
+}
+
 StageResult loadShifts(RoadState& state)
 {
     DataSet& dataSet = state.dataSet;
     const QString strFile = fileOfProject(dataSet, ResultFile::Shifts);
     QString strReason;
+    if (QFileInfo::exists(strFile) && !isMadeByChoice(strFile, dataSet.m_reading.choice)) {
+        return refuseOther(state, strFile);
+    }
     if (QFileInfo::exists(strFile) && loadShiftFile(dataSet, strFile, state.report, &strReason) == 0) {
         return state.report.failed(
             QStringLiteral("Error occured when loading %1 as shift data. %2").arg(strFile, strReason));
@@ -61,6 +74,9 @@ StageResult loadPeaks(RoadState& state)
     const QString strFile = fileOfProject(dataSet, ResultFile::Peaks);
     QString strReason;
     const bool bRead = state.strInputDir == dataSet.m_strProjectDir && state.options.isProject();
+    if (!bRead && QFileInfo::exists(strFile) && !isMadeByChoice(strFile, dataSet.m_reading.choice)) {
+        return refuseOther(state, strFile);
+    }
     if (!bRead && QFileInfo::exists(strFile) &&
         readPeakList(dataSet, strFile, state.report, &strReason) == 0) {
         return state.report.failed(QStringLiteral("%1: no peaks loaded. %2").arg(strFile, strReason));

@@ -27,8 +27,7 @@ std::optional<Contrast> contrastLimits(const ExportOptions& exports, const DataS
     Contrast contrast;
     if (!exports.dfContrastMin || !exports.dfContrastMax) {
         ImageList vecImage;
-        if (!loadFirstImage(vecImage, dataSet.m_listFrameFile.first(), dataSet.m_listHotPixel, report) ||
-            vecImage.empty()) {
+        if (!loadFirstImage(vecImage, frameSource(dataSet, 0), report) || vecImage.empty()) {
             report.fail(QStringLiteral("%1 gives no contrast limits.").arg(dataSet.m_listFrameFile.first()));
             return {};
         }

@@ -133,8 +133,8 @@ bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfR
 {
     ImageList vecImage;
     CRunReport silent;
-    if (!loadFirstImage(vecImage, series.m_listFrameFile[nFrame], series.m_listHotPixel, silent) ||
-        vecImage.empty() || !vecImage.front()->Data()) {
+    if (!loadFirstImage(vecImage, frameSource(series, nFrame), silent) || vecImage.empty() ||
+        !vecImage.front()->Data()) {
         return false;
     }
     const int nWidth = vecImage.front()->Width(), nHeight = vecImage.front()->Height();

@@ -3,6 +3,7 @@
 #include "dataset/calibration.h"
 #include "dataset/framefiles.h"
 #include "dataset/newproject.h"
+#include "dataset/seriesreading.h"
 #include "dataset/textlines.h"
 #include "records/wholefile.h"
 
@@ -97,7 +98,45 @@ void followCalibration(RoadOptions& options)
     }
 }
 
+/// Of frames of several sizes those of the one that is asked for, or of the first.
+/// @param listDoubt  gets a line for frames that are left out as too few
+/// @return empty, or why there are none of this size
+QString takeFramesOfSize(RoadOptions& options, QStringList& listDoubt)
+{
+    QList<SizedFrames> listSized = framesBySize(options.listInput);
+    if (listSized.size() < 2 && !options.sizeFrame.isValid()) {
+        return {};
+    }
+    QStringList listText;
+    for (const SizedFrames& sized : qAsConst(listSized)) {
+        listText.append(QStringLiteral("%1x%2 (%3)")
+                            .arg(sized.size.width())
+                            .arg(sized.size.height())
+                            .arg(sized.listFrame.size()));
+    }
+    if (!options.sizeFrame.isValid()) {
+        listDoubt = dropStrayFrames(listSized);
+    }
+    for (const SizedFrames& sized : qAsConst(listSized)) {
+        options.listSizeFound.append(sized.size);
+    }
+    const int nChosen = options.sizeFrame.isValid() ? options.listSizeFound.indexOf(options.sizeFrame) : 0;
+    if (nChosen < 0) {
+        return QStringLiteral("--size %1x%2: no frame has this size; there are %3")
+            .arg(options.sizeFrame.width())
+            .arg(options.sizeFrame.height())
+            .arg(listText.join(QStringLiteral(", ")));
+    }
+    options.listInput = listSized[nChosen].listFrame;
+    return {};
+}
+
 }  // namespace
+
+QString nameOfSize(const QSize& size)
+{
+    return QStringLiteral("_%1x%2").arg(size.width()).arg(size.height());
+}
 
 QString takeFramesOfInput(RoadOptions& options)
 {
@@ -120,12 +159,23 @@ QString takeFramesOfInput(RoadOptions& options)
     }
     options.listInputGiven = options.listInput;
     options.listInput = listFrame + framesOfFiles(listFile);
+    QStringList listDoubt;
+    if (bFolder || options.sizeFrame.isValid()) {
+        const QString strError = takeFramesOfSize(options, listDoubt);
+        if (!strError.isEmpty()) {
+            return strError;
+        }
+    }
     options.facts = factsOfSeries(options.listInput, {}, options.dfWavelength.value_or(NAN));
+    options.facts->listDoubt += listDoubt;
     followCalibration(options);
     if (bFolder) {
         const QFileInfo project(proposedProjectFile(options.listInput));
         const QString strOut = options.strOutDir.isEmpty() ? project.absolutePath() : options.strOutDir;
-        options.strSeriesName = freeName(project.completeBaseName(), {project.absolutePath(), strOut});
+        const bool bOfSize = options.listSizeFound.size() > 1 && options.sizeFrame.isValid();
+        options.strSeriesName = freeName(
+            project.completeBaseName() + (bOfSize ? nameOfSize(options.sizeFrame) : QString()),
+            {project.absolutePath(), strOut});
         options.bMakeProject = true;
     }
     const SeriesFacts& facts = *options.facts;
@@ -182,10 +232,11 @@ bool writeMadeProject(RoadState& state)
         return true;
     }
     NewProject project;
-    project.listFrame = dataSet.m_listFrameFile;
-    project.tilts = {dataSet.m_listStageTilt, dataSet.m_listBeamTilt, dataSet.m_listOverallTilt};
+    const SourceSeries source = sourceSeries(dataSet);
+    project.listFrame = source.listFrame;
+    project.tilts = source.tilts;
     project.dfWavelength = dataSet.m_dfWavelength;
-    project.dfPixelSize = dataSet.m_dfPixelSize;
+    project.dfPixelSize = source.dfPixelSize;
     project.dfRotationAxis = dataSet.m_dfRotationAxis;
     project.bAxisKnown = dataSet.m_bRotationAxisKnown;
     project.rotation = options.intensities.rotation.value_or(dataSet.m_rotation);

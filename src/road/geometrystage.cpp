@@ -1,5 +1,6 @@
 #include "road/stages.h"
 
+#include "dataset/serieschoicefile.h"
 #include "dataset/unitcellfile.h"
 #include "records/fileset.h"
 #include "road/calibrating.h"
@@ -46,7 +47,11 @@ StageResult writeRefined(RoadState& state, const GeometryModel& model, CRoadRepo
     if (!bytesProject.isEmpty()) {
         files.add(strShifts, shiftFileText(refinedShifts(state.dataSet, model)));
     }
-    if (!files.commit(&strReason)) {
+    const QString strBase = QFileInfo(strProject).absolutePath() + QLatin1Char('/') +
+                            QFileInfo(strProject).completeBaseName();
+    const bool bKept = bytesProject.isEmpty() ||
+                       keepSeriesChoice(strBase, state.dataSet.m_reading.choice, &strReason);
+    if (!bKept || !files.commit(&strReason)) {
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }

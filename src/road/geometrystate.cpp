@@ -47,6 +47,7 @@ CGeometryState::CGeometryState(const DataSet& dataSet, const MappingParameters& 
     : m_bApplyStretching(mapping.m_bApplyStretching)
 {
     m_data.m_listFrameFile = dataSet.m_listFrameFile;
+    m_data.m_reading = dataSet.m_reading;
     copyGeometry(dataSet, m_data);
     copyResults(dataSet, m_data);
 }
@@ -54,6 +55,7 @@ CGeometryState::CGeometryState(const DataSet& dataSet, const MappingParameters& 
 bool CGeometryState::isOf(const DataSet& dataSet) const
 {
     if (dataSet.m_listFrameFile != m_data.m_listFrameFile ||
+        dataSet.m_reading.choice != m_data.m_reading.choice ||
         dataSet.m_listPeakFrame.size() != m_data.m_listPeakFrame.size()) {
         return false;
     }

@@ -59,7 +59,7 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
     integration.bProfileFit = options.bProfileFit;
     integration.dfDiscRadius = options.dfDiscRadius;
     integration.dfRockingWidth = options.dfRockingWidth;
-    integration.trusted = trustedRangeOf(dataSet.m_listFrameFile);
+    integration.trusted = trustedRangeOf(dataSet);
     if (lattice && lattice->whole.strCentring.size() == 1) {
         integration.chCentring = lattice->whole.strCentring[0].toLatin1();
     }

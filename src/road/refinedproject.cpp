@@ -1,6 +1,7 @@
 #include "road/refinedproject.h"
 
 #include "dataset/newproject.h"
+#include "dataset/seriesreading.h"
 #include "refinement/beamdrift.h"
 
 #include <algorithm>
@@ -31,9 +32,10 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
     const DiffractionGeometry& geometry = model.geometry;
     const PlaneTerms<double>& plane = geometry.plane;
     NewProject project;
-    project.listFrame = dataSet.m_listFrameFile;
+    const SourceSeries source = sourceSeries(dataSet);
+    project.listFrame = source.listFrame;
     project.dfWavelength = dataSet.m_dfWavelength;
-    project.dfPixelSize = dataSet.m_dfPixelSize;
+    project.dfPixelSize = source.dfPixelSize;
     project.dfRotationAxis = plane.axis;
     project.rotation = dataSet.m_rotation;
     const Distortion stretching = distortionOf(plane.stretchingCos, plane.stretchingSin);
@@ -42,15 +44,16 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
         project.dfStretchAzimuth = azimuthInFile(stretching.dfAzimuth);
     }
     project.distortion = seriesDistortion(geometry);
+    project.distortion.dfRadius *= dataSet.m_reading.choice.nBin;
     for (const DistortionKeyword& row : g_aDistortionKeyword) {
         project.distortion.*row.pMember = inFile(project.distortion.*row.pMember);
     }
     project.bTellDistortion = true;
-    for (int n = 0; n < dataSet.m_listOverallTilt.size(); ++n) {
-        const double dfTilt = dataSet.m_listOverallTilt[n];
+    for (int n = 0; n < source.tilts.size(); ++n) {
+        const double dfTilt = source.tilts.listOverall[n];
         const double dfMore = (geometry.turn.scale - 1) * (dfTilt - geometry.dfMiddleTilt) +
                               geometry.turn.offset;
-        project.tilts.append(dataSet.m_listStageTilt.value(n) + dfMore, dataSet.m_listBeamTilt.value(n),
+        project.tilts.append(source.tilts.listStage.value(n) + dfMore, source.tilts.listBeam.value(n),
                              dfTilt + dfMore);
     }
     return makeProjectText(project, strProjectFile, bytesText, pstrReason);

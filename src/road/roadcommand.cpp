@@ -55,6 +55,22 @@ public:
     QStringList m_list;
 };
 
+void putReading(CArguments& arguments, const RoadOptions& o)
+{
+    if (o.sizeFrame.isValid()) {
+        arguments.text("size", QStringLiteral("%1x%2").arg(o.sizeFrame.width()).arg(o.sizeFrame.height()));
+    }
+    if (!o.choice) {
+        return;
+    }
+    const SeriesChoice& choice = *o.choice;
+    // A bin of one tells that the series is taken as it comes, whatever stands beside it.
+    arguments.text("bin", choice.nBin > 1 || choice.isPlain() ? QString::number(choice.nBin) : QString());
+    arguments.text("sum", choice.nSum > 1 ? QString::number(choice.nSum) : QString());
+    arguments.text("frames", frameRangesText(choice.listFrames));
+    arguments.text("skip", frameRangesText(choice.listSkipped));
+}
+
 void putPlaces(CArguments& arguments, const RoadOptions& o)
 {
     static const RoadOptions standard;
@@ -256,6 +272,7 @@ RoadCommand commandOf(const RoadOptions& given)
     for (const QString& strInput : listInput) {
         arguments.m_list.append(absolute(strInput));
     }
+    putReading(arguments, given);
     putPlaces(arguments, given);
     putNumbers(command, arguments, given);
     putChoices(arguments, given);

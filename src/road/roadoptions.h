@@ -1,6 +1,7 @@
 // RoadOptions: what is to be done with a series, from which files on and with which numbers.
 #pragma once
 
+#include "dataset/framereading.h"
 #include "dataset/seriesfacts.h"
 #include "geometry/seriesdistortion.h"
 #include "records/runparameters.h"
@@ -11,6 +12,7 @@
 #include <QList>
 #include <QPoint>
 #include <QRect>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -26,10 +28,13 @@ struct RoadOptions {
     QStringList listInput;       ///< one project, or images in series order
     QStringList listInputGiven;  ///< as it was given, where folders or files of many images stood for frames
     QString strSeriesName;       ///< what the results of images are called after; empty: the first image
-    std::optional<SeriesFacts> facts;        ///< what the images tell; none for a project
-    bool bMakeProject = false;               ///< write a project of the images beside the results
-    QString strOutDir;                       ///< empty: beside the project or the first image
-    QString strMaskFile;                     ///< areas that peak hunting leaves out; empty: none
+    QSize sizeFrame;  ///< of images of several sizes those of this one; not valid: all are of one size
+    QList<QSize> listSizeFound;          ///< of a folder; with several of them each is a series
+    std::optional<SeriesChoice> choice;  ///< how the series is read; none: as its files tell, or as it comes
+    std::optional<SeriesFacts> facts;    ///< what the images tell; none for a project
+    bool bMakeProject = false;           ///< write a project of the images beside the results
+    QString strOutDir;                   ///< empty: beside the project or the first image
+    QString strMaskFile;                 ///< areas that peak hunting leaves out; empty: none
     std::optional<QList<QPoint>> hotPixels;  ///< in place of the list beside the project
     bool bIgnoreHotPixelList = false;        ///< a list beside the project is left unread
     bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file

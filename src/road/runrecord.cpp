@@ -42,13 +42,17 @@ Inputs inputsOf(const RoadState& state)
     if (given.isProject()) {
         other(given.listInput.first());
     }
-    inputs.listFrame = filesOfFrames(state.dataSet.m_listFrameFile);
+    inputs.listFrame = filesOfFrames(state.dataSet.allFiles());
     for (const QString& strFile :
          {given.strMaskFile, given.strCellFile, given.strKnownCellFile, given.strCalibrationFile}) {
         other(strFile);
     }
     if (!given.bIgnoreHotPixelList && !state.bHotPixelsListed && !state.dataSet.m_listHotPixel.isEmpty()) {
         other(state.strInputDir + QLatin1Char('/') + QFileInfo(fileOfHotPixels(state.dataSet)).fileName());
+    }
+    if (!state.dataSet.m_reading.listHotPixel.isEmpty()) {
+        other(state.strInputDir + QLatin1Char('/') +
+              QFileInfo(fileOfCameraHotPixels(state.dataSet)).fileName());
     }
     for (const QString& strFile : state.listEarlierFile) {
         other(strFile);

@@ -1,6 +1,8 @@
 #include "road/savedproject.h"
 
 #include "dataset/peaklistfile.h"
+#include "dataset/serieschoicefile.h"
+#include "dataset/seriesreading.h"
 #include "dataset/shiftfile.h"
 #include "dataset/unitcellfile.h"
 #include "records/fileset.h"
@@ -34,22 +36,23 @@ bool isSameFile(const QString& strOne, const QString& strOther)
 NewProject projectOfSeries(const DataSet& dataSet, const MappingParameters& mapping)
 {
     NewProject project;
-    project.listFrame = dataSet.m_listFrameFile;
+    const SourceSeries source = sourceSeries(dataSet);
+    project.listFrame = source.listFrame;
     project.dfWavelength = dataSet.m_dfWavelength;
-    project.dfPixelSize = dataSet.m_dfPixelSize;
+    project.dfPixelSize = source.dfPixelSize;
     project.dfRotationAxis = dataSet.m_dfRotationAxis;
     if (mapping.m_bApplyStretching) {
         project.dfStretchAmplitude = dataSet.m_dfStretchAmplitude;
         project.dfStretchAzimuth = azimuthInFile(dataSet.m_dfStretchAzimuth);
     }
-    project.distortion = dataSet.m_distortion;
+    project.distortion = source.distortion;
     project.bTellDistortion = true;
     const int nFrames = dataSet.m_listOverallTilt.size();
-    for (int n = 0; n < nFrames; ++n) {
+    for (int n = 0; n < source.tilts.size(); ++n) {
         // A relaxation has no line of its own.
-        const double dfMore = n * dataSet.m_dfTiltRelaxation / nFrames;
-        project.tilts.append(dataSet.m_listStageTilt.value(n), dataSet.m_listBeamTilt.value(n),
-                             dataSet.m_listOverallTilt[n] + dfMore);
+        const double dfMore = source.listFrameOf[n] * dataSet.m_dfTiltRelaxation / nFrames;
+        project.tilts.append(source.tilts.listStage.value(n), source.tilts.listBeam.value(n),
+                             source.tilts.listOverall[n] + dfMore);
     }
     return project;
 }
@@ -71,6 +74,9 @@ bool saveSeriesAsProject(const DataSet& dataSet, const MappingParameters& mappin
     DataSet names;  // of the new project
     names.m_strProjectDir = QFileInfo(strProjectFile).absolutePath();
     names.m_strProjectName = QFileInfo(strProjectFile).completeBaseName();
+    if (!keepSeriesChoice(fileOfProject(names, QString()), dataSet.m_reading.choice, pstrReason)) {
+        return false;
+    }
     CFileSet files;
     QStringList listFile;
     const auto add = [&](const QString& strFile, const QByteArray& bytes) {

@@ -1,9 +1,12 @@
 #include "road/seriesopening.h"
 
 #include "dataset/calibration.h"
+#include "dataset/hotpixelfile.h"
 #include "dataset/maskfile.h"
 #include "dataset/opening.h"
 #include "dataset/pagerounding.h"
+#include "dataset/serieschoicefile.h"
+#include "dataset/seriesreading.h"
 #include "road/earlierfiles.h"
 #include "road/framesinput.h"
 
@@ -16,6 +19,8 @@ namespace tessera {
 
 namespace {
 
+const int g_nLeastRegion = 16;  // pixels, as of the option
+
 bool openInput(RoadState& state)
 {
     const RoadOptions& options = state.options;
@@ -24,7 +29,7 @@ bool openInput(RoadState& state)
     bool bOpened = false;
     if (options.isProject()) {
         bOpened = openProject(state.dataSet, state.mapping, options.listInput.first(), report, &listReason,
-                              AxisLine::MayLack);
+                              AxisLine::MayLack, options.choice ? &*options.choice : nullptr);
     } else {
         QStringList listFile;
         for (const QString& strFile : options.listInput) {
@@ -51,7 +56,11 @@ void takeGeometry(RoadState& state)
     const RoadOptions& options = state.options;
     DataSet& dataSet = state.dataSet;
     takeOver(options.dfWavelength, dataSet.m_dfWavelength);
-    takeOver(options.dfPixelSize, dataSet.m_dfPixelSize);
+    const int nBin =
+        dataSet.m_reading.choice.nBin;  // 1 for images, which are binned when all is known of them
+    if (options.dfPixelSize) {
+        dataSet.m_dfPixelSize = *options.dfPixelSize * nBin;
+    }
     if (options.dfRotationAxis) {
         dataSet.m_dfRotationAxis = wrappedAxis(*options.dfRotationAxis);
         dataSet.m_bRotationAxisKnown = true;
@@ -62,7 +71,7 @@ void takeGeometry(RoadState& state)
     takeOver(options.dfStretchAmplitude, dataSet.m_dfStretchAmplitude);
     takeOver(options.dfStretchAzimuth, dataSet.m_dfStretchAzimuth);
     for (const auto& [pMember, dfValue] : options.listDistortion) {
-        dataSet.m_distortion.*pMember = dfValue;
+        dataSet.m_distortion.*pMember = pMember == &SeriesDistortion::dfRadius ? dfValue / nBin : dfValue;
     }
     if (options.bApplyStretching) {
         state.mapping.m_bApplyStretching = *options.bApplyStretching;
@@ -146,6 +155,62 @@ bool takeCalibrationFile(RoadState& state)
     return true;
 }
 
+/// Reads images as they were chosen, once their geometry is known, and takes what was told of the files'
+/// pixels to those of the frames.
+/// @return false, with the reason
+bool takeChoice(RoadState& state)
+{
+    RoadOptions& options = state.options;
+    DataSet& dataSet = state.dataSet;
+    QString strReason;
+    if (!options.isProject() && options.choice) {
+        if (!takeSeriesChoice(dataSet, *options.choice, state.report, &strReason)) {
+            state.report.fail(strReason);
+            return false;
+        }
+        if (options.choice->nBin > 1) {
+            dataSet.m_listHotPixel.clear();
+            static_cast<void>(loadHotPixels(dataSet, state.report));
+        }
+        if (options.bIgnoreHotPixelList) {
+            dataSet.m_listHotPixel.clear();
+        }
+    }
+    const int nBin = dataSet.m_reading.choice.nBin;
+    for (std::optional<double>* pdfPlace : {&options.dfCenterX, &options.dfCenterY}) {
+        if (*pdfPlace) {
+            *pdfPlace = placeInBins(**pdfPlace, nBin);
+        }
+    }
+    if (options.rcRegion && nBin > 1) {
+        const QRect& rc = *options.rcRegion;
+        const int nSide = rc.width() / nBin / 2 * 2;  // even, as it has to be
+        if (nSide < g_nLeastRegion) {
+            state.report.fail(
+                QStringLiteral("A region of %1 pixels is one of %2 once they are binned; %3 are the least.")
+                    .arg(rc.width())
+                    .arg(nSide)
+                    .arg(g_nLeastRegion));
+            return false;
+        }
+        options.rcRegion = QRect(rc.x() / nBin, rc.y() / nBin, nSide, nSide);
+    }
+    return true;
+}
+
+/// Notes beside the results how the series was read, before any of them is made.
+bool keepChoice(RoadState& state)
+{
+    const QString strBase = fileOfProject(state.dataSet, QString());
+    QString strReason;
+    if (state.options.exports.bOnly ||
+        keepSeriesChoice(strBase, state.dataSet.m_reading.choice, &strReason)) {
+        return true;
+    }
+    state.report.fail(strReason);
+    return false;
+}
+
 StageResult prepareResultFolder(RoadState& state)
 {
     QString& strFolder = state.dataSet.m_strProjectDir;
@@ -167,7 +232,9 @@ StageResult readMask(RoadState& state)
 {
     const QString& strFile = state.options.strMaskFile;
     QString strReason;
-    if (strFile.isEmpty() || readMaskFile(state.dataSet.m_maskPeakHunting, strFile, &strReason) != 0) {
+    MaskData& mask = state.dataSet.m_maskPeakHunting;
+    if (strFile.isEmpty() || readMaskFile(mask, strFile, &strReason) != 0) {
+        mask = strFile.isEmpty() ? mask : maskInBins(mask, state.dataSet.m_reading.choice.nBin);
         return {};
     }
     state.report.addMessage(QStringLiteral("Error occured when loading %1 as mask file.").arg(strFile),
@@ -181,9 +248,23 @@ bool needsFrames(const RoadOptions& options)
            !options.exports.listKind.isEmpty();
 }
 
+/// The files' frames that those of the series are read from.
+QStringList readFrames(const SeriesData& series)
+{
+    const FrameReading& reading = series.m_reading;
+    if (reading.isPlain()) {
+        return series.m_listFrameFile;
+    }
+    QStringList listFrame;
+    for (const int nFirst : reading.listFirst) {
+        listFrame += reading.listFile.mid(nFirst, reading.choice.nSum);
+    }
+    return listFrame;
+}
+
 StageResult checkFrameFiles(RoadState& state)
 {
-    const QStringList& listFrame = state.dataSet.m_listFrameFile;
+    const QStringList listFrame = readFrames(state.dataSet);
     const QStringList listMissing = missingFrames(listFrame);
     if (listMissing.isEmpty()) {
         return {};
@@ -226,6 +307,10 @@ StageResult openSeries(RoadState& state)
         return state.report.failed();
     }
     takeGeometry(state);
+    if (!takeChoice(state)) {
+        prepareFolderOfLog(state);
+        return state.report.failed();
+    }
     const DataSet& dataSet = state.dataSet;
     state.strInputDir = dataSet.m_strProjectDir;
     state.results.open = OpenResult{dataSet.m_strProjectName, dataSet.m_listFrameFile.size(),
@@ -248,7 +333,7 @@ StageResult openSeries(RoadState& state)
     if (result.finished() && needsFrames(state.options)) {
         result = checkFrameFiles(state);
     }
-    if (result.finished() && !writeMadeProject(state)) {
+    if (result.finished() && (!keepChoice(state) || !writeMadeProject(state))) {
         result = state.report.failed();
     }
     return result.finished() ? loadEarlierStages(state) : result;

@@ -169,7 +169,7 @@ QStringList changesSince(const KeptWork& work, const WorkState& state)
         }
     }
     QStringList listFile;
-    for (const QString& strFrame : state.series.m_listFrameFile) {
+    for (const QString& strFrame : state.series.allFiles()) {
         listFile.append(frameName(strFrame).strFile);
     }
     listFile.removeDuplicates();  // frames of one stack

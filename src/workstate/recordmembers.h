@@ -66,12 +66,16 @@ TESSERA_MEMBERS(CellMade, mapping, nMerged, listCell);
 TESSERA_MEMBERS(IndexedMade, nMerged, dfThreshold, nIndexed);
 TESSERA_MEMBERS(GeometryMade, mapping, listCell);
 TESSERA_MEMBERS(MadeWith, peaks, limitsShown, merged, cell, indexed, geometry, integration);
+TESSERA_MEMBERS(FrameRange, nFirst, nLast);
+TESSERA_MEMBERS(SeriesChoice, nBin, nSum, listFrames, listSkipped);
+TESSERA_MEMBERS(FrameTilts, listStage, listBeam, listOverall);
+TESSERA_MEMBERS(FrameReading, choice, listFile, tilts, listFirst, dfSaturation, listHotPixel);
 TESSERA_MEMBERS(SeriesData, strProjectDir, strProjectName, listFrameFile, listStageTilt, listBeamTilt,
-                listOverallTilt, listBeamTiltBreak, listHotPixel, dfWavelength, dfPixelSize, dfRotationAxis,
-                nAxisDecimals, bRotationAxisKnown, rotation, dfTiltRelaxation, dfStretchAmplitude,
-                dfStretchAzimuth, distortion, listShift, dfCenterX, dfCenterY, listCellFound, listCell,
-                listPeakFrame, peakMapping, vecPeakGroup, listPeakFrameShown, listPeakMergedShown,
-                listPeakMerged, listPeakChain, vecPeakIndexedOnFrame, vecReflectionFrame,
+                listOverallTilt, listBeamTiltBreak, listHotPixel, reading, dfWavelength, dfPixelSize,
+                dfRotationAxis, nAxisDecimals, bRotationAxisKnown, rotation, dfTiltRelaxation,
+                dfStretchAmplitude, dfStretchAzimuth, distortion, listShift, dfCenterX, dfCenterY,
+                listCellFound, listCell, listPeakFrame, peakMapping, vecPeakGroup, listPeakFrameShown,
+                listPeakMergedShown, listPeakMerged, listPeakChain, vecPeakIndexedOnFrame, vecReflectionFrame,
                 listReflectionIndexed, listCellIndexed, nIntensityMode, maskPeakHunting, spaceGroup, made);
 TESSERA_MEMBERS(PointGroup, strLabel, listPoint, color, bVisible);
 

@@ -255,7 +255,8 @@ bool isOtherSeries(const SeriesData& before, const SeriesData& after)
 {
     return before.m_strProjectDir != after.m_strProjectDir ||
            before.m_strProjectName != after.m_strProjectName ||
-           before.m_listFrameFile != after.m_listFrameFile;
+           before.m_listFrameFile != after.m_listFrameFile ||
+           before.m_reading.choice != after.m_reading.choice;
 }
 
 bool isSameMask(const MaskData& before, const MaskData& after)

@@ -9,7 +9,7 @@
 namespace tessera {
 
 /// Of the layout of the bytes. It grows by one with every change of a record that a state holds.
-constexpr quint32 g_nWorkStateVersion = 1;
+constexpr quint32 g_nWorkStateVersion = 2;
 
 /// The state as bytes, exact to the last bit of each number, with a version and a check sum.
 /// @return empty where they would come to more than 2 GB

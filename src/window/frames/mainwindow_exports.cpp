@@ -66,7 +66,7 @@ void MainWindow::saveCurrent()
         warn(tr("Error: Invalid index."));
         return;
     }
-    if (!frameAmongTargets({strFile}, m_dataSet.m_listFrameFile).isEmpty()) {
+    if (!frameAmongTargets({strFile}, m_dataSet.allFiles()).isEmpty()) {
         warn(tr("%1 is a frame of this series and is not overwritten.").arg(strFile));
         return;
     }

@@ -87,8 +87,7 @@ void MainWindow::switchToImgIndex(int nIndex)
         // The road has a data set and images of its own. What lies on the frame comes after the run.
         if (m_bSolving) {
             releaseFrameImages(m_dataSet.m_vecFrameImage);
-            loadFrame(m_dataSet.m_vecFrameImage, m_dataSet.m_listFrameFile[nIndex - 1],
-                      m_dataSet.m_listHotPixel, report);
+            loadFrame(m_dataSet.m_vecFrameImage, frameSource(m_dataSet, nIndex - 1), report);
             clearFrameMarks();
             refreshImageView();
         }
@@ -96,8 +95,8 @@ void MainWindow::switchToImgIndex(int nIndex)
     }
 
     releaseFrameImages(m_dataSet.m_vecFrameImage);
-    const bool bLoaded = loadFrame(m_dataSet.m_vecFrameImage, m_dataSet.m_listFrameFile[nIndex - 1],
-                                   m_dataSet.m_listHotPixel, report) != 0 &&
+    const bool bLoaded = loadFrame(m_dataSet.m_vecFrameImage, frameSource(m_dataSet, nIndex - 1), report) !=
+                             0 &&
                          !m_dataSet.m_vecFrameImage.empty();
     emit frameLoaded(nIndex, bLoaded);
     if (!bLoaded) {  // the loader said why; the view keeps what it showed

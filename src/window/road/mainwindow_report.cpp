@@ -69,7 +69,7 @@ void MainWindow::saveReport()
     if (QFileInfo(strFile).suffix().isEmpty()) {
         strFile += QStringLiteral(".html");
     }
-    if (m_dataSet.m_listFrameFile.contains(QFileInfo(strFile).absoluteFilePath())) {
+    if (m_dataSet.allFiles().contains(QFileInfo(strFile).absoluteFilePath())) {
         report.addMessage(tr("%1 is a frame of the series: no report is written.").arg(strFile),
                           Severity::Error);
         return;

@@ -116,7 +116,7 @@ bool SectionsController::save(const QString& strFile, QString* pstrReason) const
     if (!m_section) {
         return giveReason(pstrReason, strFile, tr("there is no section yet"));
     }
-    if (!frameAmongTargets({strFile}, m_host.pData->m_listFrameFile).isEmpty()) {
+    if (!frameAmongTargets({strFile}, m_host.pData->allFiles()).isEmpty()) {
         return giveReason(pstrReason, strFile, tr("a frame of this series, which would be overwritten"));
     }
     const QString strSuffix = QFileInfo(strFile).suffix().toLower();

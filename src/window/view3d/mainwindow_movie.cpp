@@ -61,7 +61,7 @@ void MainWindow::grab3DMovieFrames()
     QStringList listName;
     for (int i = 0; i < nPictures; ++i)
         listName.append(strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0')));
-    const QString strFrame = frameAmongTargets(listName, m_dataSet.m_listFrameFile);
+    const QString strFrame = frameAmongTargets(listName, m_dataSet.allFiles());
     if (!strFrame.isEmpty()) {
         WindowReport(*this).addMessage(
             tr("%1 is a frame of this series and would be overwritten. Nothing was exported.").arg(strFrame),
