@@ -2,10 +2,10 @@
 #pragma once
 
 #include "crystal/spacegroup.h"
-#include "dataset/framereading.h"
 #include "dataset/madewith.h"
 #include "dataset/maskdata.h"
 #include "dataset/peakmapping.h"
+#include "dataset/serieschoice.h"
 #include "geometry/reciprocalbasis.h"
 #include "geometry/rotationmode.h"
 #include "geometry/seriesdistortion.h"
@@ -38,7 +38,7 @@ struct SeriesData {
     QList<double> m_listOverallTilt;       ///< the angle that the geometry uses
     QList<int> m_listBeamTiltBreak;        ///< 1 where a beam tilt series starts
     QList<QPoint> m_listHotPixel;          ///< pixels to repair on every frame
-    FrameReading m_reading;                ///< how these frames come from those of the files
+    SeriesReading m_reading;               ///< how these frames come from those of the files
     double m_dfWavelength = 0.0251;        ///< Å
     double m_dfPixelSize = 0.001;          ///< Å⁻¹ per pixel
     double m_dfRotationAxis = 0;           ///< degrees, counter-clockwise on the screen from 3 o'clock

@@ -2,7 +2,7 @@
 // made of it as it is read otherwise.
 #pragma once
 
-#include "dataset/framereading.h"
+#include "dataset/serieschoice.h"
 
 #include <QString>
 

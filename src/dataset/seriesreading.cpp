@@ -102,7 +102,7 @@ bool takeSeriesChoice(DataSet& data, const SeriesChoice& choice, CRunReport& rep
                                           .arg(header.size.height())
                                           .arg(choice.nBin));
     }
-    FrameReading reading;
+    SeriesReading reading;
     reading.choice = choice;
     reading.listFile = listFile;
     reading.tilts = {data.m_listStageTilt, data.m_listBeamTilt, data.m_listOverallTilt};
@@ -139,7 +139,7 @@ SourceSeries sourceSeries(const SeriesData& data)
                            data.m_dfPixelSize,
                            data.m_distortion,
                            {}};
-    const FrameReading& reading = data.m_reading;
+    const SeriesReading& reading = data.m_reading;
     if (!reading.isPlain()) {
         source.listFrame = reading.listFile;
         source.tilts = reading.tilts;

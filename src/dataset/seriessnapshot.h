@@ -16,7 +16,7 @@ namespace tessera {
 struct SeriesSnapshot {
     QStringList listFrameFile;   ///< full path of each frame in series order
     QList<QPoint> listHotPixel;  ///< pixels to repair on every frame: column, row
-    FrameReading reading;        ///< how the frames come from those of the files
+    SeriesReading reading;       ///< how the frames come from those of the files
     QList<double> listTilt;      ///< overall tilt, degrees, one per frame
     BeamCentres centres;         ///< shifts and direct beam, pixels of the raw frames
 

@@ -183,7 +183,7 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
     };
     ExchangeFrames frames;
     const std::vector<FramePlace> listMoved = movesOf(dataSet);
-    const FrameReading& reading = dataSet.m_reading;
+    const SeriesReading& reading = dataSet.m_reading;
     const bool bAsTheyCome = reading.isPlain() || reading.pixelCount() == 1;
     if (bAsTheyCome && isStillEnough(source.series.listBeam, listMoved) && areSmv(listFrame)) {
         if (const auto numbering = countsAll(listFrame)) {

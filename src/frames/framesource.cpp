@@ -5,7 +5,7 @@ namespace tessera {
 namespace {
 
 FrameSource sourceOf(const QStringList& listFrame, const QList<QPoint>& listHotPixel,
-                     const FrameReading& reading, int nFrame)
+                     const SeriesReading& reading, int nFrame)
 {
     if (reading.isPlain()) {
         return {{listFrame[nFrame]}, listHotPixel, 1, {}, 0};

@@ -63,7 +63,8 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
     what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         const double dfTilt = listTilt.value(nFrame);
         if (nFrame + 1 < listTilt.size())
-            dfStep = listTilt[nFrame + 1] - dfTilt;
+            dfStep = what.series.reading.isHoleBehind(nFrame) ? what.series.reading.stepOf(nFrame)
+                                                              : listTilt[nFrame + 1] - dfTilt;
         set("SIZE1", image.Width(), 0);
         set("SIZE2", image.Height(), 0);
         set("PHI", dfTilt, 2);

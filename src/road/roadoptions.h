@@ -1,7 +1,7 @@
 // RoadOptions: what is to be done with a series, from which files on and with which numbers.
 #pragma once
 
-#include "dataset/framereading.h"
+#include "dataset/serieschoice.h"
 #include "dataset/seriesfacts.h"
 #include "geometry/seriesdistortion.h"
 #include "records/runparameters.h"

@@ -251,7 +251,7 @@ bool needsFrames(const RoadOptions& options)
 /// The files' frames that those of the series are read from.
 QStringList readFrames(const SeriesData& series)
 {
-    const FrameReading& reading = series.m_reading;
+    const SeriesReading& reading = series.m_reading;
     if (reading.isPlain()) {
         return series.m_listFrameFile;
     }

@@ -69,7 +69,7 @@ TESSERA_MEMBERS(MadeWith, peaks, limitsShown, merged, cell, indexed, geometry, i
 TESSERA_MEMBERS(FrameRange, nFirst, nLast);
 TESSERA_MEMBERS(SeriesChoice, nBin, nSum, listFrames, listSkipped);
 TESSERA_MEMBERS(FrameTilts, listStage, listBeam, listOverall);
-TESSERA_MEMBERS(FrameReading, choice, listFile, tilts, listFirst, dfSaturation, listHotPixel);
+TESSERA_MEMBERS(SeriesReading, choice, listFile, tilts, listFirst, dfSaturation, listHotPixel);
 TESSERA_MEMBERS(SeriesData, strProjectDir, strProjectName, listFrameFile, listStageTilt, listBeamTilt,
                 listOverallTilt, listBeamTiltBreak, listHotPixel, reading, dfWavelength, dfPixelSize,
                 dfRotationAxis, nAxisDecimals, bRotationAxisKnown, rotation, dfTiltRelaxation,

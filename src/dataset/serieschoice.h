@@ -1,4 +1,4 @@
-// FrameReading: which frames of a series are taken, and what of them becomes one: sums of neighbours, bins.
+// SeriesChoice: which frames of a series are taken, and what of them becomes one: sums of neighbours, bins.
 #pragma once
 
 #include "dataset/frametilts.h"
@@ -51,7 +51,7 @@ struct SeriesChoice {
 QString choiceText(const SeriesChoice& choice);
 
 /// How the frames of a data set come from those of its files. One that is plain has nothing but its choice.
-struct FrameReading {
+struct SeriesReading {
     SeriesChoice choice;
     QStringList listFile;        ///< all frames of the series as it came, those left out as well
     FrameTilts tilts;            ///< of these
@@ -64,6 +64,17 @@ struct FrameReading {
     const QStringList& allFiles(const QStringList& listFrame) const
     {
         return isPlain() ? listFrame : listFile;
+    }
+    /// Whether frames of the files lie between a frame of the data set and its next that are in neither.
+    bool isHoleBehind(int nFrame) const
+    {
+        return nFrame + 1 < listFirst.size() && listFirst[nFrame + 1] > listFirst[nFrame] + choice.nSum;
+    }
+    /// Degrees that the crystal turned while a frame before a hole was exposed, by the next one of the files.
+    double stepOf(int nFrame) const
+    {
+        const int n = listFirst[nFrame];
+        return choice.nSum * (tilts.listOverall.value(n + 1) - tilts.listOverall.value(n));
     }
     /// What a pixel of the data set is the sum of.
     int pixelCount() const { return choice.nSum * choice.nBin * choice.nBin; }

@@ -1,4 +1,4 @@
-#include "dataset/framereading.h"
+#include "dataset/serieschoice.h"
 
 #include "records/reason.h"
 
