@@ -330,6 +330,7 @@ bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& rep
     data.m_distortion = {};
     data.m_nAxisDecimals = 1;
     data.m_rotation = {};
+    data.m_dfPixelSize /= data.m_reading.choice.nBin;  // that of the camera is what stays
     data.m_reading = {};
     data.m_listFrameFile = listFile;
     data.m_listStageTilt.clear();

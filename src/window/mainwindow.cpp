@@ -224,7 +224,7 @@ void MainWindow::updateControls(int nPageIndex)
     m_pActions->setInForce(m_pActions->m_pSaveSeries, bFrameView && nFrames > 1);
     for (QAction* pAction :
          {m_pActions->m_pScaledFrames, m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
-          m_pActions->m_pOtherPrograms, m_pActions->m_pReport, m_pActions->m_pClose})
+          m_pActions->m_pOtherPrograms, m_pActions->m_pReport, m_pActions->m_pFrames, m_pActions->m_pClose})
         m_pActions->setInForce(pAction, nFrames > 0);
     if (bFrameView) {
         if (nFrames > 0) {

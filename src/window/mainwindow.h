@@ -146,6 +146,8 @@ public slots:
     void newProject();
     /// Asks for files and opens them.
     void open();
+    /// Asks which frames of the open project are taken, summed and binned, and opens it anew with them.
+    void chooseFrames();
     /// Opens what the menu entry that was chosen stands for.
     void openRecentFile();
     /// Takes leave of the data set: views, tables and pages are as at the start, but for the parameters.
@@ -578,6 +580,7 @@ private:
     QString projectFile() const;
     bool askForProject();
     RoadOptions roadOptions(RoadStage stageFrom);
+    void giveReading(RoadOptions& options);
     void giveMask(const QList<QPoint>& listHotPixelOfFile, RoadOptions& options);
     PageNumbers pageNumbers() const;
     void takeRoadStep(const RoadStep& step, const RoadState& state);

@@ -30,6 +30,7 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pNewProject, &MainWindow::newProject);
     connectAction(m_pActions->m_pSolve, &MainWindow::solve);
     connectAction(m_pActions->m_pOpen, &MainWindow::open);
+    connectAction(m_pActions->m_pFrames, &MainWindow::chooseFrames);
     connectAction(m_pActions->m_pClose, &MainWindow::closeDataSet);
     connectAction(m_pActions->m_pSaveCurrent, &MainWindow::saveCurrent);
     connectAction(m_pActions->m_pSaveSeries, &MainWindow::saveSeries);
@@ -83,9 +84,10 @@ void MainWindow::createActions()
 void MainWindow::createMenus()
 {
     QMenu* pFile = menuBar()->addMenu(QStringLiteral("&File"));
-    pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pClose,
-                       m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries, m_pActions->m_pMovieFrames,
-                       m_pActions->m_pScaledFrames, m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
+    pFile->addActions({m_pActions->m_pNewProject, m_pActions->m_pOpen, m_pActions->m_pFrames,
+                       m_pActions->m_pClose, m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries,
+                       m_pActions->m_pMovieFrames, m_pActions->m_pScaledFrames,
+                       m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
                        m_pActions->m_pOtherPrograms, m_pActions->m_pReport});
     pFile->addSeparator();
     m_pRecentSeparator = pFile->addSeparator();

@@ -2,6 +2,7 @@
 #include "dataset/displayname.h"
 #include "dataset/opening.h"
 #include "dataset/reflectionlist.h"
+#include "dataset/serieschoicefile.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
 #include "imagefiles/frameformats.h"
@@ -19,6 +20,7 @@
 #include "window/pages/framespage.h"
 #include "window/pages/peaksearchpage.h"
 #include "window/sections/sectionscontroller.h"
+#include "window/serieschoicedialog.h"
 #include "window/start/recentseries.h"
 #include "window/start/startcontroller.h"
 #include "window/tabwidget.h"
@@ -34,6 +36,7 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -70,6 +73,30 @@ void MainWindow::open()
     openFiles(QFileDialog::getOpenFileNames(
         this, QStringLiteral("Open Files"), m_strWorkingDir,
         QStringLiteral("ED3D Project(*.ed3d);;Images(%1);;All Files (*.*)").arg(frameNameFilters())));
+}
+
+void MainWindow::chooseFrames()
+{
+    const QString strWhat = QStringLiteral("Choosing the frames");
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(strWhat))
+        return;
+    const QString strProject = projectFile();
+    if (!QFileInfo::exists(strProject)) {  // the choice is kept beside it
+        QMessageBox::information(
+            this, tr("Frames of the Series"),
+            tr("These frames have no project yet. Make one by \"New Project\", which asks "
+               "for the same."));
+        return;
+    }
+    SeriesChoiceDialog dialog(m_dataSet.allFiles().size(), m_dataSet.m_reading.choice, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    QString strReason;
+    if (!keepSeriesChoice(fileOfProject(m_dataSet, QString()), dialog.choice(), &strReason)) {
+        WindowReport(*this).addMessage(strReason, Severity::Error);
+        return;
+    }
+    openFiles({strProject});
 }
 
 void MainWindow::openRecentFile()

@@ -2,11 +2,13 @@
 
 #include "crystal/electronwavelength.h"
 #include "dataset/framefiles.h"
+#include "dataset/serieschoicefile.h"
 #include "dataset/textlines.h"
 #include "records/wholefile.h"
 #include "window/guards.h"
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
+#include "window/serieschoicebox.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -267,7 +269,8 @@ QString NewProjectDialog::problem() const
         !readTilts(m_pTiltEdit->toPlainText().toUtf8(), tilts, &strReason))
         return strReason;
     QByteArray bytesText;
-    if (!makeProjectText(project(), projectFile(), bytesText, &strReason))
+    if (!makeProjectText(project(), projectFile(), bytesText, &strReason) ||
+        !m_pChoice->choice(m_pFrameList->count(), &strReason))
         return strReason;
     const QFileInfo info(projectFile());
     if (!info.absoluteDir().exists())
@@ -304,6 +307,9 @@ void NewProjectDialog::refresh()
 
     if (m_pListRadio->isChecked())
         m_pTiltLabel->setText(tiltText(made.tilts.listOverall));
+    const QString strOutcome = m_pChoice->outcomeText(nFrames);
+    m_pChoiceLabel->setText(strOutcome + QLatin1Char('.'));
+    m_pChoiceLabel->setVisible(!strOutcome.isEmpty());
     showFacts();
     showPreview();
     const QString strProblem = problem();
@@ -353,7 +359,11 @@ void NewProjectDialog::accept()
     if (QFileInfo::exists(strFile) &&
         !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile))))
         return;
-    if (!writeWholeFile(strFile, bytesText, &strReason)) {
+    // Before the project, so that nobody takes results of a former one of that name for those of this choice.
+    const QString strBase = QFileInfo(strFile).absolutePath() + QLatin1Char('/') +
+                            QFileInfo(strFile).completeBaseName();
+    const SeriesChoice choice = m_pChoice->choice(frames().size()).value_or(SeriesChoice());
+    if (!keepSeriesChoice(strBase, choice, &strReason) || !writeWholeFile(strFile, bytesText, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);
         return;
     }

@@ -30,6 +30,7 @@ namespace tessera {
 class FactLabel;
 class FramePreview;
 class LensDistortionBox;
+class SeriesChoiceBox;
 
 /// What the frames and texts beside them tell is read in the background and fills the fields that the user
 /// has not touched; beside each field stands what was read and where. Says under its controls what is still
@@ -69,6 +70,8 @@ public:
     QPushButton* m_pDownButton = nullptr;       ///< moves them one place down
     QPushButton* m_pSortButton = nullptr;       ///< sorts by name
     QLabel* m_pFrameLabel = nullptr;            ///< count, size and format
+    SeriesChoiceBox* m_pChoice = nullptr;       ///< which of them are taken, summed and binned
+    QLabel* m_pChoiceLabel = nullptr;           ///< what comes of it; hidden while all are taken as they come
 
     FramePreview* m_pPreview = nullptr;           ///< a frame with beam and axis
     QSpinBox* m_pPreviewSpin = nullptr;           ///< which one, from 1
@@ -157,6 +160,7 @@ private:
     /// Shows what follows from the rest, and what is missing.
     void refresh();
     RotationMode rotation() const;
+    void askSize(QStringList& listFrame);
     /// What is missing, in a sentence; empty if nothing is.
     QString problem() const;
 

@@ -6,6 +6,7 @@
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/pagecontrols.h"
+#include "window/serieschoicebox.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -144,6 +145,13 @@ QWidget* NewProjectDialog::makeFrames()
     pLayout->addLayout(pButtons);
     pLayout->addWidget(m_pFrameList, 1);
     pLayout->addWidget(m_pFrameLabel);
+    m_pChoice = new SeriesChoiceBox(pGroup);
+    m_pChoiceLabel = new QLabel(pGroup);
+    m_pChoiceLabel->setWordWrap(true);
+    m_pChoiceLabel->setTextFormat(Qt::PlainText);
+    m_pChoiceLabel->hide();
+    pLayout->addWidget(m_pChoice);
+    pLayout->addWidget(m_pChoiceLabel);
     pLayout->addLayout(pFacts);
     return pGroup;
 }
@@ -357,6 +365,7 @@ void NewProjectDialog::connectControls()
     connect(m_pRotationCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &NewProjectDialog::refresh);
     connect(m_pTiltEdit, &QPlainTextEdit::textChanged, this, &NewProjectDialog::refresh);
+    connect(m_pChoice, &SeriesChoiceBox::changed, this, &NewProjectDialog::refresh);
     connect(m_pFileEdit, &QLineEdit::textEdited, this, [this](const QString& str) {
         m_bFileTyped = !str.isEmpty();
         refresh();

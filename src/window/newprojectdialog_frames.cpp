@@ -9,6 +9,7 @@
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -86,10 +87,12 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
     sortFrames(listSorted);
     for (const QString& strPath : listPath) {
         const QFileInfo info(strPath);
-        const QStringList listFound = info.isDir()           ? framesInFolder(strPath)
-                                      : isFrameFile(strPath) ? framesOfFiles({info.absoluteFilePath()})
-                                                             : QStringList();
-        for (const QString& strFile : listFound)
+        QStringList listFound = info.isDir()           ? framesInFolder(strPath)
+                                : isFrameFile(strPath) ? framesOfFiles({info.absoluteFilePath()})
+                                                       : QStringList();
+        if (info.isDir())
+            askSize(listFound);
+        for (const QString& strFile : qAsConst(listFound))
             if (!setKnown.contains(strFile)) {
                 setKnown.insert(strFile);
                 listNew.append(strFile);
@@ -103,6 +106,30 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
     if (!listFile.isEmpty())
         m_strFolder = QFileInfo(listFile.first()).absolutePath();
     setFrames(listFile);
+}
+
+/// A series has frames of one size: of a folder with several the user says which.
+void NewProjectDialog::askSize(QStringList& listFrame)
+{
+    const QList<SizedFrames> listSized = framesBySize(listFrame);
+    if (listSized.size() < 2)
+        return;
+    QStringList listText;
+    int nCommonest = 0;
+    for (const SizedFrames& sized : listSized) {
+        listText.append(tr("%1 × %2 pixels: %L3 frames, %4 and further")
+                            .arg(QString::number(sized.size.width()), QString::number(sized.size.height()))
+                            .arg(sized.listFrame.size())
+                            .arg(QFileInfo(sized.listFrame.first()).fileName()));
+        if (sized.listFrame.size() > listSized[nCommonest].listFrame.size())
+            nCommonest = listText.size() - 1;
+    }
+    bool bChosen = false;
+    const QString strChosen = QInputDialog::getItem(
+        this, tr("Frames of Several Sizes"),
+        tr("The folder has frames of several sizes. Each size is a series, and a project of its own. Add:"),
+        listText, nCommonest, false, &bChosen);
+    listFrame = bChosen ? listSized[qMax(0, listText.indexOf(strChosen))].listFrame : QStringList();
 }
 
 void NewProjectDialog::askFiles()

@@ -96,6 +96,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
         {&WindowActions::m_pSolve, {"S&olve", "From the frames to the intensities", "run", "F5"}},
         {&WindowActions::m_pOpen,
          {"&Open...", "Open an existing file", "open_document_32", QKeySequence::Open}},
+        {&WindowActions::m_pFrames,
+         {"&Frames of the Series...", "Choose which frames are taken, summed and binned", nullptr, {}}},
         {&WindowActions::m_pClose,
          {"&Close Project", "Close the data set, and show what was opened before", nullptr, "Ctrl+W"}},
         {&WindowActions::m_pSaveCurrent,
@@ -229,6 +231,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Makes the project file of a series from its frames, their tilts, the voltage of the microscope, "
          "the pixel size and the rotation axis, and opens it."},
         {m_pOpen, "Opens a project (.ed3d), frames, or a text list of reflections."},
+        {m_pFrames,
+         "Opens the project anew with a part of its frames, with neighbouring frames summed, or with pixels "
+         "binned. The files stay as they are."},
         {m_pSaveCurrent,
          "Saves the image in view: as .mrc the values of the frame, as a picture what the contrast limits "
          "make of them."},

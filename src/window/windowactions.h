@@ -44,6 +44,7 @@ public:
     QAction* m_pNewProject = nullptr;         ///< menu "File": a project from frames
     QAction* m_pSolve = nullptr;              ///< tool bar and "Tools": the road from frames to intensities
     QAction* m_pOpen = nullptr;               ///< projects, images, a list of reflections
+    QAction* m_pFrames = nullptr;             ///< which frames of the project are taken, summed and binned
     QAction* m_pClose = nullptr;              ///< the data set, not the window
     QAction* m_pSaveCurrent = nullptr;        ///< the frame in view
     QAction* m_pSaveSeries = nullptr;         ///< all frames as pictures

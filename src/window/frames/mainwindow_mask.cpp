@@ -2,6 +2,7 @@
 #include "window/mainwindow.h"
 
 #include "dataset/maskfile.h"
+#include "dataset/seriesreading.h"
 #include "window/frameview/framemarks.h"
 #include "window/pages/pagecontrols.h"
 #include "window/pages/peaksearchpage.h"
@@ -32,6 +33,8 @@ void MainWindow::loadPeakHuntingMask()
         report.addMessage(strReason, Severity::Error);
         return;
     }
+    // Masks are of the camera's pixels.
+    m_dataSet.m_maskPeakHunting = maskInBins(m_dataSet.m_maskPeakHunting, m_dataSet.m_reading.choice.nBin);
     m_strMaskFile = QFileInfo(strFile).absoluteFilePath();
     showNewMask();
 }

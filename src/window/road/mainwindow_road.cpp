@@ -3,6 +3,8 @@
 
 #include "dataset/maskfile.h"
 #include "dataset/opening.h"
+#include "dataset/serieschoicefile.h"
+#include "dataset/seriesreading.h"
 #include "frameview/baseimgview.h"
 #include "records/wholefile.h"
 #include "road/closinglines.h"
@@ -145,10 +147,27 @@ RoadOptions MainWindow::roadOptions(RoadStage stageFrom)
                             pageGeometryOf(m_dataSet, m_mapping), options);
         giveMask(dataSetOfFile.m_listHotPixel, options);
     }
+    giveReading(options);
     if (m_numbersLeft && stageFrom > RoadStage::Shifts) {
         giveChangedNumbers(*m_numbersLeft, pageNumbers(), options);
     }
     return options;
+}
+
+/// How the series is read, which the road may not take from elsewhere; and what is said of pixels on the
+/// pages in those of the files, as the options have it.
+void MainWindow::giveReading(RoadOptions& options)
+{
+    const SeriesChoice& choice = m_dataSet.m_reading.choice;
+    if (!choice.isPlain() || QFileInfo::exists(seriesChoiceFile(fileOfProject(m_dataSet, QString())))) {
+        options.choice = choice;
+    }
+    if (options.dfPixelSize) {
+        *options.dfPixelSize /= choice.nBin;
+    }
+    for (auto& [pMember, dfValue] : options.listDistortion) {
+        dfValue *= pMember == &SeriesDistortion::dfRadius ? choice.nBin : 1;
+    }
 }
 
 /// What the user leaves out of the peak search and of the integration. The road reads areas from a file, as
@@ -169,16 +188,17 @@ void MainWindow::giveMask(const QList<QPoint>& listHotPixelOfFile, RoadOptions& 
         options.bFindDefects = false;  // the user has taken away what it found
         return;
     }
+    const int nBin = m_dataSet.m_reading.choice.nBin;
     MaskData maskOfFile;
     if (!m_strMaskFile.isEmpty() && readMaskFile(maskOfFile, m_strMaskFile) != 0 &&
-        maskOfFile.listPolygon == mask.listPolygon) {
+        maskInBins(maskOfFile, nBin).listPolygon == mask.listPolygon) {
         options.strMaskFile = m_strMaskFile;
         return;
     }
     const QString strFile = fileOfProject(m_dataSet, QStringLiteral("_window.msk"));
     QString strReason;
     WindowReport report(*this);
-    if (writeWholeFile(strFile, maskFileText(mask), &strReason)) {
+    if (writeWholeFile(strFile, maskFileText(maskInFile(mask, nBin)), &strReason)) {
         m_strMaskFile = strFile;
         options.strMaskFile = strFile;
         report.addMessage(tr("The mask is written to %1, from where it is read.").arg(strFile));

@@ -37,7 +37,7 @@ void MainWindow::closeDataSet()
         SeriesData none;
         // What belongs to the instrument stays, as it does for frames that are opened without a project.
         none.m_dfWavelength = m_dataSet.m_dfWavelength;
-        none.m_dfPixelSize = m_dataSet.m_dfPixelSize;
+        none.m_dfPixelSize = m_dataSet.m_dfPixelSize / m_dataSet.m_reading.choice.nBin;
         none.m_dfRotationAxis = m_dataSet.m_dfRotationAxis;
         none.m_dfStretchAmplitude = m_dataSet.m_dfStretchAmplitude;
         none.m_dfStretchAzimuth = m_dataSet.m_dfStretchAzimuth;
