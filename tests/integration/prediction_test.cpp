@@ -210,6 +210,54 @@ TEST(Prediction, FlagsWhatIsNotWhole)
     EXPECT_TRUE(predictObservations(flat, options).empty());
 }
 
+TEST(Prediction, LeavesFramesAtAHoleAsTheyWereExposed)
+{
+    SeriesGeometry whole = seriesOf(steps(-15, 1, 31));
+    whole.geometry.aBasis = {DoubleVector{0.105, 0, 0}, DoubleVector{0, 0.105, 0}, DoubleVector{0, 0, 0.105}};
+    SeriesGeometry holed = whole;  // without the frames 12 to 14
+    holed.listTilt.erase(holed.listTilt.begin() + 12, holed.listTilt.begin() + 15);
+    holed.listBeam.resize(28);
+    const CPassageGeometry passages(whole), passagesHoled(holed);
+    EXPECT_TRUE(passagesHoled.isHoleBehind(11));
+    EXPECT_FALSE(passagesHoled.isHoleBehind(10) || passagesHoled.isHoleBehind(12) ||
+                 passages.isHoleBehind(11));
+
+    const PredictionOptions options;
+    const RockingCurve curve = rockingCurveOf(options, whole.rotation);
+    std::map<std::pair<std::array<int, 3>, int>, unsigned> mapFlags;  // by indices and tilt of the passage
+    for (const Observation& o : predictObservations(holed, options)) {
+        mapFlags[{o.anIndex, int(std::lround(o.dfTilt * 1000))}] = o.nFlags;
+    }
+    int nLost = 0, nKept = 0;
+    for (const Observation& o : predictObservations(whole, options)) {
+        const DoubleVector point = passages.pointOf(o.anIndex);
+        for (const int n : {0, 5, 11, 15, 30}) {
+            const int nHoled = n < 12 ? n : n - 3;
+            EXPECT_NEAR(passagesHoled.excitationAtStart(point, nHoled), passages.excitationAtStart(point, n),
+                        1e-12);
+            EXPECT_NEAR(passagesHoled.excitationAt(point, nHoled), passages.excitationAt(point, n), 1e-12);
+            EXPECT_NEAR(passagesHoled.excitationAtEnd(point, nHoled), passages.excitationAtEnd(point, n),
+                        1e-12);
+        }
+        double dfLost = 0;
+        for (int n = 12; n < 15; ++n) {
+            dfLost += curve.part(passages.excitationAtStart(point, n), passages.excitationAt(point, n),
+                                 passages.excitationAtEnd(point, n), o.dfDStar);
+        }
+        const auto found = mapFlags.find({o.anIndex, int(std::lround(o.dfTilt * 1000))});
+        const unsigned nFlags = found == mapFlags.end() ? unsigned(FlagEndsAfter) : found->second;
+        if (dfLost > 0.1) {
+            EXPECT_TRUE(nFlags & (FlagEndsAfter | FlagSlow)) << dfLost << " at " << o.dfTilt;
+            ++nLost;
+        } else if (dfLost < 0.001 && found != mapFlags.end()) {
+            EXPECT_EQ(nFlags, o.nFlags) << o.dfTilt;
+            ++nKept;
+        }
+    }
+    EXPECT_GT(nLost, 50);
+    EXPECT_GT(nKept, 300);
+}
+
 TEST(Prediction, RefusesWhatWouldNotEnd)
 {
     const SeriesGeometry series = seriesOf(steps(-15, 1, 31));
