@@ -97,6 +97,8 @@ void writeHead(CHtmlPage& page, const RoadState& state)
     const RoadResults& results = state.results;
     page.element("h1", state.dataSet.m_strProjectName);
     QString strWhat = QStringLiteral("%1 frames").arg(state.dataSet.m_listFrameFile.size());
+    const QString strChoice = choiceText(state.dataSet.m_reading.choice);
+    strWhat += strChoice.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(strChoice);
     if (results.open) {
         strWhat += QStringLiteral(" over %1°").arg(results.open->dfTurn, 0, 'f', 1);
     }

@@ -4,6 +4,7 @@
 #include "dataset/displayname.h"
 #include "dataset/opening.h"
 #include "dataset/projectfile.h"
+#include "dataset/serieschoicefile.h"
 #include "dataset/textlines.h"
 #include "dataset/unitcellfile.h"
 #include "lattice/latticeanalysis.h"
@@ -124,6 +125,16 @@ void readCell(const QString& strFolder, const QString& strBaseName, SeriesCard& 
     }
 }
 
+/// As opening will have them.
+int chosenFrames(const ProjectFile& project)
+{
+    const int nFrames = project.frameFiles().size();
+    const auto choice = readSeriesChoice(QDir(project.folder()).filePath(project.baseName()));
+    const QList<int> listTaken = choice ? takenFrames(*choice, nFrames) : QList<int>();
+    const QList<int> listFirst = choice ? sumStarts(listTaken, choice->nSum) : QList<int>();
+    return listFirst.isEmpty() ? nFrames : listFirst.size();
+}
+
 }  // namespace
 
 SeriesCard seriesCard(const QStringList& listFile)
@@ -145,7 +156,7 @@ SeriesCard seriesCard(const QStringList& listFile)
     }
     ProjectFile project;
     if (project.read(listFile.first(), AxisLine::MayLack)) {
-        card.nFrames = project.frameFiles().size();
+        card.nFrames = chosenFrames(project);
         readCell(project.folder(), project.baseName(), card);
     }
     return card;

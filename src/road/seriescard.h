@@ -15,7 +15,7 @@ struct SeriesCard {
     bool bThere = false;                 ///< the project file, or the first of some frames
     QString strName;                     ///< as displayName() has it
     QString strFolder;                   ///< absolute, of the first file
-    int nFrames = 0;                     ///< that the project lists, or the number of files
+    int nFrames = 0;                     ///< of the project as it is opened, or the number of files
     std::optional<CellParameters> cell;  ///< none where no cell was found yet
     QString strLattice;  ///< Pearson's symbol and the system: "oC, orthorhombic"; empty without a cell
 };

@@ -81,6 +81,16 @@ void putChoices(std::vector<UsedParameter>& list, const RoadState& state)
     const auto put = [&list](const char* pszName, const QString& strValue, bool bGiven = false) {
         list.push_back({QLatin1String(pszName), strValue, {}, false, bGiven});
     };
+    const SeriesChoice& choice = state.dataSet.m_reading.choice;
+    if (!choice.isPlain()) {
+        const auto orAll = [](const QList<FrameRange>& listRange, const char* pszElse) {
+            return listRange.isEmpty() ? QString(QLatin1String(pszElse)) : frameRangesText(listRange);
+        };
+        put("bin", QString::number(choice.nBin), choice.nBin > 1);
+        put("sum", QString::number(choice.nSum), choice.nSum > 1);
+        put("frames", orAll(choice.listFrames, "all"), !choice.listFrames.isEmpty());
+        put("skip", orAll(choice.listSkipped, "none"), !choice.listSkipped.isEmpty());
+    }
     put("apply-stretching", onOff(state.mapping.m_bApplyStretching),
         state.given.bApplyStretching.has_value());
     put("cell-method",

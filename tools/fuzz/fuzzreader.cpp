@@ -10,6 +10,7 @@
 #include "dataset/peaklistfile.h"
 #include "dataset/projectfile.h"
 #include "dataset/reflectionlist.h"
+#include "dataset/serieschoicefile.h"
 #include "dataset/shiftfile.h"
 #include "dataset/textlines.h"
 #include "dataset/unitcellfile.h"
@@ -233,6 +234,24 @@ QString readMask(const QString& strFileName, const QByteArray&)
     return listX.size() == listY.size() ? g_strGood : QStringLiteral("masking parts the coordinates");
 }
 
+QString readChoice(const QString& strFileName, const QByteArray&)
+{
+    const QString strBase = strFileName.left(strFileName.size() - seriesChoiceFile(QString()).size());
+    QString strReason;
+    const std::optional<SeriesChoice> choice = readSeriesChoice(strBase, &strReason);
+    static_cast<void>(isMadeByChoice(strBase + QStringLiteral(".pk"), SeriesChoice()));
+    if (!choice)
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
+    const QList<int> listTaken = takenFrames(*choice, 40);
+    const QList<int> listFirst = sumStarts(listTaken, choice->nSum);
+    if (choice->nBin < 1 || choice->nSum < 1 || listFirst.size() * choice->nSum > listTaken.size())
+        return QStringLiteral("a choice that cannot be");
+    const auto again = frameRanges(frameRangesText(choice->listFrames));
+    return choice->listFrames.isEmpty() || (again && *again == choice->listFrames)
+               ? g_strGood
+               : QStringLiteral("ranges change when written and read");
+}
+
 QString readHotPixels(const QString& strFileName, const QByteArray&)
 {
     QList<QPoint> listHotPixel{QPoint(7, 7)};
@@ -388,6 +407,7 @@ const std::vector<FuzzReader>& fuzzReaders()
             {"tilts", "tilts.txt", readTiltList},
             {"calibration", "microscope.calib.json", readCalibrationFile},
             {"workstate", "series.state", readWorkState},
+            {"series", "x.series.json", readChoice},
         };
         vecReader.insert(vecReader.end(), std::begin(aOther), std::end(aOther));
         return vecReader;
