@@ -1,5 +1,7 @@
 #include "frames/framesource.h"
 
+#include <algorithm>
+
 namespace tessera {
 
 namespace {
@@ -10,8 +12,13 @@ FrameSource sourceOf(const QStringList& listFrame, const QList<QPoint>& listHotP
     if (reading.isPlain()) {
         return {{listFrame[nFrame]}, listHotPixel, 1, {}, 0};
     }
-    return {reading.listFile.mid(reading.listFirst[nFrame], reading.choice.nSum), listHotPixel,
-            reading.choice.nBin, reading.listHotPixel, reading.dfSaturation};
+    FrameSource source = {reading.listFile.mid(reading.listFirst.value(nFrame), reading.choice.nSum),
+                          listHotPixel, std::max(1, reading.choice.nBin), reading.listHotPixel,
+                          reading.dfSaturation};
+    if (source.listFile.isEmpty()) {  // of a state of work that somebody has tampered with
+        source.listFile.append(listFrame[nFrame]);
+    }
+    return source;
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+#include <algorithm>
+
 namespace tessera {
 
 QString smvImageFile(const QString& strFolder, const QString& strFrame)
@@ -60,6 +62,7 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
     what.fnTarget = fnTarget;
     const QList<double>& listTilt = what.series.listTilt;
     double dfStep = 0;
+    int nCutOff = 0;
     what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         const double dfTilt = listTilt.value(nFrame);
         if (nFrame + 1 < listTilt.size())
@@ -70,12 +73,23 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
         set("PHI", dfTilt, 2);
         set("OSC_START", dfTilt, 2);
         set("OSC_RANGE", dfStep, 2);
+        const float* pEnd = image.Data() + qint64(image.Width()) * image.Height();
+        nCutOff += std::any_of(static_cast<const float*>(image.Data()), pEnd,
+                               [](float f) { return f > 65535; });
         const QPointF ptShift = what.series.centres.m_listShift[nFrame];
         CyclicShift(image.Data(), image.Width(), image.Height(), -wholePixels(ptShift.x()),
                     -wholePixels(ptShift.y()));
         return writeSmvImage(strHeader, image, strTarget, &strReason);
     };
-    return exportSeries(what, report);
+    const RunOutcome outcome = exportSeries(what, report);
+    if (nCutOff > 0 && what.series.reading.pixelCount() > 1) {
+        report.addMessage(
+            QStringLiteral("Warning: %L1 frames have sums of more than 65535 counts, which is the most "
+                           "that SMV files hold.")
+                .arg(nCutOff),
+            Severity::Warning);
+    }
+    return outcome;
 }
 
 }  // namespace tessera

@@ -178,7 +178,7 @@ bool takeChoice(RoadState& state)
     }
     const int nBin = dataSet.m_reading.choice.nBin;
     for (std::optional<double>* pdfPlace : {&options.dfCenterX, &options.dfCenterY}) {
-        if (*pdfPlace) {
+        if (*pdfPlace && nBin > 1) {  // with one, rounding would touch the last bit
             *pdfPlace = placeInBins(**pdfPlace, nBin);
         }
     }
