@@ -7,9 +7,8 @@
 #include "imaging/imageshifts.h"
 #include "records/runends.h"
 
-#include <cmath>
-
 #include <algorithm>
+#include <cmath>
 
 namespace tessera {
 
