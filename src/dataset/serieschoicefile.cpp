@@ -49,8 +49,11 @@ QJsonObject objectOf(const SeriesChoice& choice)
 bool readCount(const QJsonObject& object, const char* pszKey, int nMost, int& nCount)
 {
     const double df = object[QLatin1String(pszKey)].toDouble(1);
-    nCount = df >= 1 && df <= nMost ? int(df) : 0;
-    return nCount == df;
+    if (!(df >= 1 && df <= nMost && df == std::floor(df))) {
+        return false;
+    }
+    nCount = int(df);
+    return true;
 }
 
 bool readRanges(const QJsonObject& object, const char* pszKey, QList<FrameRange>& listRange)

@@ -128,7 +128,7 @@ private:
     double partInHoles(const DoubleVector& point, const Observation& observation, int nFirst, int nLast) const
     {
         double dfPart = 0;
-        for (int n = nFirst; n < nLast; ++n) {
+        for (int n = nFirst - 1; n <= nLast; ++n) {  // a passage in the hole itself reaches no frame
             if (m_passages.isHoleBehind(n)) {
                 const double dfEnd = m_passages.excitationAtEnd(point, n);
                 const double dfStart = m_passages.excitationAtStart(point, n + 1);

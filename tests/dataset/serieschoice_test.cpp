@@ -47,15 +47,13 @@ TEST(SeriesChoice, RangesAreThoseThatTheirTextSays)
 
     EXPECT_EQ(takenFrames(choiceOf("2-4,8-,3", "9"), 10), (QList<int>{1, 2, 3, 7, 9}));
     EXPECT_EQ(takenFrames(choiceOf("", "1-3"), 5), (QList<int>{3, 4}));
-    for (const auto& [strFrames, strSkip] :
-         {std::pair<QString, QString>{"2-11", ""}, {"", "11"}, {"11-", ""}, {"2-3", "1-5"}, {"", "-"}}) {
-        if (strSkip == "-") {
-            EXPECT_TRUE(takenFrames(choiceOf("", "1-"), 10).isEmpty());
-            continue;
-        }
+    const struct {
+        const char *pszFrames, *pszSkip;
+    } aNone[] = {{"2-11", ""}, {"", "11"}, {"11-", ""}, {"2-3", "1-5"}, {"", "1-"}};
+    for (const auto& none : aNone) {
         QString strReason;
-        EXPECT_TRUE(takenFrames(choiceOf(strFrames, strSkip), 10, &strReason).isEmpty());
-        EXPECT_FALSE(strReason.isEmpty());
+        EXPECT_TRUE(takenFrames(choiceOf(none.pszFrames, none.pszSkip), 10, &strReason).isEmpty());
+        EXPECT_FALSE(strReason.isEmpty()) << none.pszFrames << ' ' << none.pszSkip;
     }
 
     // Sums do not reach over a hole, and none is of fewer frames than the others.
@@ -75,7 +73,7 @@ TEST(SeriesChoice, TiltsPixelSizeAndProjectFollow)
     }
     data.m_dfPixelSize = 0.004;
     data.m_distortion.dfRadius = 256;
-    const DataSet before = data;
+    const SeriesData before = data;
     CRunReport report;
     QString strReason;
     EXPECT_FALSE(takeSeriesChoice(data, choiceOf("1-4", "", 5), report, &strReason));
@@ -146,12 +144,12 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
     EXPECT_FALSE(QFileInfo::exists(seriesChoiceFile(strBase)));
 
     // What is none of these files is neither believed nor replaced.
-    for (const QByteArray bytes : {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
+    for (const char* bytes : {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
                                    "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}"}) {
         writeBytes(seriesChoiceFile(strBase), bytes);
-        EXPECT_FALSE(readSeriesChoice(strBase, &strReason)) << bytes.toStdString();
+        EXPECT_FALSE(readSeriesChoice(strBase, &strReason)) << bytes;
         EXPECT_FALSE(keepSeriesChoice(strBase, binned, &strReason));
-        EXPECT_EQ(readBytes(seriesChoiceFile(strBase)), bytes);
+        EXPECT_EQ(readBytes(seriesChoiceFile(strBase)), QByteArray(bytes));
     }
 }
 
