@@ -199,7 +199,8 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
         listTarget.append(smvImageFile(source.strFolder, strFrame));
     }
     const auto numbering = countsAll(listTarget);
-    if (numbering && frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
+    // The numbers of sums count the files that they are made of, each of a part of their turn.
+    if (numbering && reading.choice.nSum == 1 && frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
         frames.strFolder = source.strFolder;
         frames.numbering = *numbering;
     } else {
