@@ -9,7 +9,8 @@ WERROR=$([ -n "${CI:-}" ] && echo ON || echo OFF)
 
 PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
               libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev libeigen3-dev gemmi-dev libceres-dev
-              qt5-image-formats-plugins fonts-dejavu-core libtiff-dev libhdf5-dev liblz4-dev zlib1g-dev)
+              qt5-image-formats-plugins fonts-dejavu-core libtiff-dev libhdf5-dev liblz4-dev zlib1g-dev
+              libssl-dev)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev libglu1-mesa-dev xvfb xauth
                python3-fabio python3-gemmi python3-h5py python3-mrcfile python3-numpy python3-pil
                python3-tifffile bitshuffle dials)
