@@ -85,7 +85,7 @@ void BM_CellSearch(benchmark::State& state)
         runUnitCellHunting(data, list, CellHuntingParameters(), report);
         benchmark::DoNotOptimize(data);
     }
-    nVectors = calDifferenceVectors(list, 1 / 3.f, 1 / 30.f, report).size();
+    nVectors = int(calDifferenceVectors(list, 1 / 3.f, 1 / 30.f, report).size());
     state.counters["vectors"] = nVectors;
     state.counters["reflections"] = list.size();
 }

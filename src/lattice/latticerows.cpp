@@ -1,11 +1,9 @@
 #include "lattice/latticerows.h"
 
-#include "geometry/angles.h"
-#include "imaging/sidebyside.h"
-
 #include <algorithm>
 #include <bitset>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 namespace tessera {
@@ -17,15 +15,6 @@ constexpr int g_nRows = 30;               // make 4060 triples
 constexpr double g_dfLeastQuality = 0.2;  // points without a lattice reach some hundredths
 constexpr double g_dfFlattest = 0.2;      // volume of a triple by the product of its edges
 constexpr int g_nLeastPoints = 10;
-
-double meanCosine(const Eigen::Vector3d& v, const LatticePoints& listPoint)
-{
-    double dfSum = 0;
-    for (const Eigen::Vector3d& point : listPoint) {
-        dfSum += std::cos(2 * g_dfPi * point.dot(v));
-    }
-    return dfSum / double(listPoint.size());
-}
 
 /// Equal but for the sign, or nearly so.
 bool isSameRow(const Eigen::Vector3d& v, const Eigen::Vector3d& w)
@@ -90,49 +79,13 @@ std::vector<Triple> triplesOf(const std::vector<LatticeRow>& vecRow, const Latti
 
 }  // namespace
 
-LatticeRow refinedRow(const Eigen::Vector3d& v, const LatticePoints& listPoint)
-{
-    const int nMostRounds = 15;
-    LatticeRow row = {v, 0};
-    for (int nRound = 0; nRound < nMostRounds; ++nRound) {
-        const double dfNear = std::max(0.1, 0.3 - 0.03 * nRound);
-        Eigen::Matrix3d matNormal = Eigen::Matrix3d::Zero();
-        Eigen::Vector3d right = Eigen::Vector3d::Zero();
-        int nNear = 0;
-        for (const Eigen::Vector3d& point : listPoint) {
-            const double dfIndex = point.dot(row.v);
-            const double dfWhole = std::round(dfIndex);
-            if (std::abs(dfIndex - dfWhole) < dfNear) {
-                matNormal += point * point.transpose();
-                right += dfWhole * point;
-                ++nNear;
-            }
-        }
-        const Eigen::Vector3d next = matNormal.ldlt().solve(right);
-        if (nNear < 6 || !next.allFinite()) {
-            return row;
-        }
-        const double dfChange = (next - row.v).norm();
-        row.v = next;
-        if (dfChange < 1e-6) {
-            break;
-        }
-    }
-    row.dfQuality = meanCosine(row.v, listPoint);
-    return row;
-}
-
 std::vector<LatticeRow> bestRows(const std::vector<Eigen::Vector3d>& vecVector,
                                  const LatticePoints& listPoint, double dfShortest,
                                  const DirectionSearchOptions& options, const std::function<bool()>& fnGoOn)
 {
-    std::vector<LatticeRow> vecRefined(std::min(vecVector.size(), std::size_t(g_nRefined)));
-    const auto makeWorker = [&]() -> FnPiece {
-        return [&](int n) { vecRefined[std::size_t(n)] = refinedRow(vecVector[std::size_t(n)], listPoint); };
-    };
-    if (!sideBySide(int(vecRefined.size()), options.nJobs, makeWorker, fnGoOn)) {
-        return {};
-    }
+    const std::size_t nRefined = std::min(vecVector.size(), std::size_t(g_nRefined));
+    const std::vector<LatticeRow> vecRefined = refinedRows(
+        {vecVector.begin(), vecVector.begin() + std::ptrdiff_t(nRefined)}, listPoint, options.nJobs, fnGoOn);
     std::vector<LatticeRow> vecKept;
     for (const LatticeRow& row : vecRefined) {
         const double dfLength = row.v.norm();

@@ -1,23 +1,13 @@
-// Lattice rows: vectors of real space refined against points, and the three that make the best cell.
+// Lattice rows: the best vectors of a search, refined against points, and the three that make the best cell.
 #pragma once
 
 #include "lattice/directionsearch.h"
+#include "lattice/rowrefinement.h"
 
 #include <optional>
 #include <vector>
 
 namespace tessera {
-
-/// A vector whose products with the points of a lattice are whole numbers.
-struct LatticeRow {
-    Eigen::Vector3d v = Eigen::Vector3d::Zero();  ///< Å
-    double dfQuality = 0;                         ///< mean cosine of 2π times the products; 1 at best
-};
-
-/// Least squares of a vector against the whole numbers next to its products with the points, of those whose
-/// products are near one; what is near gets less from round to round.
-/// @return a quality of 0 where fewer than six points are near or do not determine it
-LatticeRow refinedRow(const Eigen::Vector3d& v, const LatticePoints& listPoint);
 
 /// Refines the first few hundred vectors and keeps the best few that differ, with lengths within the range.
 /// @return in order of quality; empty where it was ended

@@ -24,7 +24,7 @@ float averagingTolerance(double dfLongestEdge)
 }  // namespace
 
 RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                              const CellHuntingParameters& parameters, CRunReport& report,
+                              const CellHuntingParameters& parameters, CRunReport& report, int nJobs,
                               const QString& strLatticeHost)
 {
     if (listSelection.isEmpty()) {
@@ -37,20 +37,20 @@ RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelecti
     report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()),
                       Severity::Milestone);
     // The smallest cell edge gives the greatest length.
-    const QList<Peak3D> listDifference = calDifferenceVectors(listSelection,
-                                                              float(1 / parameters.m_dfCellRangeMin),
-                                                              float(1 / parameters.m_dfCellRangeMax), report);
+    const std::vector<DifferenceVector> vecDifference = calDifferenceVectors(
+        listSelection, float(1 / parameters.m_dfCellRangeMin), float(1 / parameters.m_dfCellRangeMax),
+        report);
     if (!report.goOn())
         return {RunEnd::Stopped, {}};
     report.addMessage(
-        QStringLiteral("%1>Total difference vectors: %L2").arg(currentTimeStamp()).arg(listDifference.size()),
+        QStringLiteral("%1>Total difference vectors: %L2").arg(currentTimeStamp()).arg(vecDifference.size()),
         Severity::Milestone);
     report.addMessage(QStringLiteral("%1>Averaging difference vectors...").arg(currentTimeStamp()),
                       Severity::Milestone);
     if (!report.goOn())
         return {RunEnd::Stopped, {}};
-    QList<Vec3D> listBasis = findBasisVectors(
-        averageDifferenceVectors(listDifference, averagingTolerance(parameters.m_dfCellRangeMax), report));
+    QList<Vec3D> listBasis = findBasisVectors(averageDifferenceVectors(
+        vecDifference, averagingTolerance(parameters.m_dfCellRangeMax), report, nJobs));
     if (!report.goOn())
         return {RunEnd::Stopped, {}};
     if (listBasis.size() == 2)

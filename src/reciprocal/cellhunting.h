@@ -13,9 +13,10 @@ namespace tessera {
 ///
 /// On success m_listCellFound and m_listCell hold a*, b*, c* (Å⁻¹, laboratory frame) and the log the direct
 /// cell; saveProjectCell() belongs after it. In every other case the former cell stays.
+/// @param nJobs  threads; the cell is the same for every number
 /// @return Finished with a cell, Refused without reflections, Stopped, or Failed where none was found
 RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
-                              const CellHuntingParameters& parameters, CRunReport& report,
+                              const CellHuntingParameters& parameters, CRunReport& report, int nJobs = 1,
                               const QString& strLatticeHost = latticeServiceHost());
 
 }  // namespace tessera

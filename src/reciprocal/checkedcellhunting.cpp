@@ -70,14 +70,14 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 
 RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                  const CellHuntingParameters& parameters, double dfIndexThreshold,
-                                 CRunReport& report)
+                                 CRunReport& report, int nJobs)
 {
     std::optional<ReciprocalBasis> basisBest;
     double dfBest = -1;
     RunOutcome outcome;
     CellHuntingParameters range = parameters;
     for (int n = 0; n < g_nMostSearches; ++n) {
-        outcome = runUnitCellHunting(dataSet, listSelection, range, report);
+        outcome = runUnitCellHunting(dataSet, listSelection, range, report, nJobs);
         if (!outcome.finished())
             break;
         const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);

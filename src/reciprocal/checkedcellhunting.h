@@ -24,9 +24,10 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
 /// of a few cells is kept and committed; saveProjectCell() belongs after it.
 ///
 /// @param dfIndexThreshold  as in the indexing
+/// @param nJobs             threads; the cell is the same for every number
 /// @return Finished with a cell; else how the first search ended, with the former cell in force
 RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                  const CellHuntingParameters& parameters, double dfIndexThreshold,
-                                 CRunReport& report);
+                                 CRunReport& report, int nJobs = 1);
 
 }  // namespace tessera

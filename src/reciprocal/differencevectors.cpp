@@ -105,8 +105,8 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
 
 }  // namespace
 
-QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLength, float fMinLength,
-                                   CRunReport& report)
+std::vector<DifferenceVector> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLength,
+                                                   float fMinLength, CRunReport& report)
 {
     const int nPeaks = listPeak.size();
     if (nPeaks < 2)
@@ -119,12 +119,7 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
 
     // Second walk, over the pairs in their order: a vector goes to the end of its rank, or, when all stay,
     // to the end of the list.
-    struct Vector {
-        Vec3D v;
-        float fLength;
-        double dfWeight;
-    };
-    std::vector<Vector> vecVector(static_cast<size_t>(selection.nCount));
+    std::vector<DifferenceVector> vecVector(static_cast<size_t>(selection.nCount));
     std::vector<int> vecStrong;
     for (int n = 0; n < nPeaks; ++n)
         if (!selection.bCut || (size_t(selection.vecRank[size_t(n)]) < selection.vecOffset.size() &&
@@ -152,23 +147,13 @@ QList<Peak3D> calDifferenceVectors(const QList<Peak3D>& listPeak, float fMaxLeng
             for (const Vec3D& vecSigned : {v, -v}) {
                 if (nPlace >= selection.nCount)
                     break;
-                vecVector[size_t(nPlace++)] = {vecSigned, std::sqrt(fSquare), dfWeight};
+                vecVector[size_t(nPlace++)] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
                 ++nFilled;
             }
         }
     }
     progress.end();
-
-    QList<Peak3D> listVector;
-    listVector.reserve(int(vecVector.size()));
-    for (const Vector& vector : vecVector) {
-        Peak3D record;
-        record.setPoint(vector.v);
-        record.dfIPoint = vector.dfWeight;
-        record.dfDStar = double(vector.fLength);
-        listVector.append(record);
-    }
-    return listVector;
+    return vecVector;
 }
 
 }  // namespace tessera

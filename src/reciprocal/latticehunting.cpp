@@ -56,14 +56,14 @@ LatticeCandidate candidateOf(const LatticeBasis& basis, const LatticePoints& lis
 std::optional<LatticeCandidate> candidateOfVectors(const QList<Peak3D>& listSelection,
                                                    const CellHuntingParameters& range,
                                                    double dfIndexThreshold, const LatticePoints& listPoint,
-                                                   CRunReport& report)
+                                                   CRunReport& report, int nJobs)
 {
     DataSet scratch;  // a search needs no more of a data set than a place for its cell
     CCandidateReport candidateReport(report);
     if (listSelection.size() > g_nMostRepeated) {
-        runUnitCellHunting(scratch, listSelection, range, candidateReport);
+        runUnitCellHunting(scratch, listSelection, range, candidateReport, nJobs);
     } else {
-        runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport);
+        runCheckedCellHunting(scratch, listSelection, range, dfIndexThreshold, candidateReport, nJobs);
     }
     const std::optional<ReciprocalBasis> basis = cellInForce(scratch);
     if (!basis || !latticeBasisOf(*basis).allFinite()) {
@@ -208,11 +208,11 @@ RunOutcome runLatticeHunting(DataSet& dataSet, const QList<Peak3D>& listSelectio
                      report);
     }
     if (range.m_method == CellSearchMethod::DifferenceVectors || listPoint.empty()) {
-        return runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report);
+        return runCheckedCellHunting(dataSet, listSelection, range, dfIndexThreshold, report, nJobs);
     }
     std::optional<LatticeCandidate> best;
     if (range.m_method == CellSearchMethod::BestOfBoth) {
-        best = candidateOfVectors(listSelection, range, dfIndexThreshold, listPoint, report);
+        best = candidateOfVectors(listSelection, range, dfIndexThreshold, listPoint, report, nJobs);
         tellCandidate(QStringLiteral("Difference vectors"), best, report);
     }
     report.addMessage(QStringLiteral("%1>Searching by directions...").arg(currentTimeStamp()),

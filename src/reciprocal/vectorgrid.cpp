@@ -1,5 +1,7 @@
 #include "reciprocal/vectorgrid.h"
 
+#include "reciprocal/sortedplaces.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -24,41 +26,67 @@ CVectorGrid::CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide)
 {
     if (!(dfSide > 0))
         dfSide = 1;
-    std::vector<std::pair<uint64_t, int>> vecEntry;
-    vecEntry.reserve(vecPoint.size());
+    std::vector<uint64_t> vecKey;
+    std::vector<int> vecFinite;
+    vecKey.reserve(vecPoint.size());
+    vecFinite.reserve(vecPoint.size());
     for (size_t n = 0; n < vecPoint.size(); ++n) {
         const Vec3D& v = vecPoint[n];
         if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
             continue;
-        const uint64_t nKey = (cubeNumber(v.x, dfSide) << (2 * g_nBits)) |
-                              (cubeNumber(v.y, dfSide) << g_nBits) | cubeNumber(v.z, dfSide);
-        vecEntry.emplace_back(nKey, int(n));
+        vecKey.push_back((cubeNumber(v.x, dfSide) << (2 * g_nBits)) | (cubeNumber(v.y, dfSide) << g_nBits) |
+                         cubeNumber(v.z, dfSide));
+        vecFinite.push_back(int(n));
     }
-    std::sort(vecEntry.begin(), vecEntry.end());
-    m_vecOrder.reserve(vecEntry.size());
-    for (const auto& entry : vecEntry) {
-        if (m_vecKey.empty() || m_vecKey.back() != entry.first) {
-            m_vecKey.push_back(entry.first);
+    const std::vector<int> vecPlace = sortedPlaces(vecKey);
+    m_vecOrder.reserve(vecKey.size());
+    for (const int nPlace : vecPlace) {
+        const uint64_t nKey = vecKey[size_t(nPlace)];
+        if (m_vecKey.empty() || m_vecKey.back() != nKey) {
+            m_vecKey.push_back(nKey);
             m_vecCell.push_back({int(m_vecOrder.size()), int(m_vecOrder.size())});
         }
-        m_vecOrder.push_back(entry.second);
+        const int nPoint = vecFinite[size_t(nPlace)];
+        m_vecOrder.push_back(nPoint);
         ++m_vecCell.back().nEnd;
-        m_vecCellOfPoint[size_t(entry.second)] = int(m_vecCell.size()) - 1;
+        m_vecCellOfPoint[size_t(nPoint)] = int(m_vecCell.size()) - 1;
     }
 }
 
-void CVectorGrid::neighbours(int nCell, std::vector<int>& vecNeighbour) const
+// The key of the cube before a cube's row of three, the rows numbered as x and y go.
+uint64_t CVectorGrid::rowBefore(uint64_t nKey, int nRow)
 {
-    vecNeighbour.clear();
-    const uint64_t nKey = m_vecKey[size_t(nCell)];
-    for (int nX = -1; nX <= 1; ++nX)
-        for (int nY = -1; nY <= 1; ++nY) {
-            const uint64_t nRow = nKey + (uint64_t(int64_t(nX)) << (2 * g_nBits)) +
-                                  (uint64_t(int64_t(nY)) << g_nBits);
-            auto it = std::lower_bound(m_vecKey.begin(), m_vecKey.end(), nRow - 1);
-            for (; it != m_vecKey.end() && *it <= nRow + 1; ++it)
-                vecNeighbour.push_back(int(it - m_vecKey.begin()));
+    return nKey + (uint64_t(int64_t(nRow / 3 - 1)) << (2 * g_nBits)) +
+           (uint64_t(int64_t(nRow % 3 - 1)) << g_nBits) - 1;
+}
+
+void CVectorGrid::neighbours(int nCell, std::vector<Range>& vecRange) const
+{
+    CWalk(*this).neighbours(nCell, vecRange);
+}
+
+void CVectorGrid::CWalk::neighbours(int nCell, std::vector<Range>& vecRange)
+{
+    const std::vector<uint64_t>& vecKey = m_grid.m_vecKey;
+    const uint64_t nKey = vecKey[size_t(nCell)];
+    const bool bForward = m_nLast >= 0 && nCell >= m_nLast;
+    m_nLast = nCell;
+    vecRange.clear();
+    for (int nRow = 0; nRow < 9; ++nRow) {
+        const uint64_t nBefore = rowBefore(nKey, nRow);
+        int& nBegin = m_anBegin[size_t(nRow)];
+        if (bForward) {
+            while (size_t(nBegin) < vecKey.size() && vecKey[size_t(nBegin)] < nBefore)
+                ++nBegin;
+        } else {
+            nBegin = int(std::lower_bound(vecKey.begin(), vecKey.end(), nBefore) - vecKey.begin());
         }
+        int nEnd = nBegin;
+        while (size_t(nEnd) < vecKey.size() && vecKey[size_t(nEnd)] <= nBefore + 2)
+            ++nEnd;
+        if (nEnd > nBegin)
+            vecRange.push_back({nBegin, nEnd});
+    }
 }
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 
 #include "records/vec3d.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -18,7 +19,7 @@ class CVectorGrid {
 public:
     CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide);
 
-    /// A cube's place in point order.
+    /// A cube's place in point order, or some cubes that follow each other.
     struct Range {
         int nBegin = 0;
         int nEnd = 0;
@@ -31,11 +32,26 @@ public:
     const std::vector<int>& order() const { return m_vecOrder; }
     /// The cube of a point, −1 for a point that is not finite.
     int cellOfPoint(int nPoint) const { return m_vecCellOfPoint[size_t(nPoint)]; }
-    /// The cubes around and including `nCell`, up to 27; replaces the content of `vecNeighbour`.
-    void neighbours(int nCell, std::vector<int>& vecNeighbour) const;
+    /// Up to nine ranges of cubes around and including a cube: those of a range follow each other in order(),
+    /// too. Replaces the content of `vecRange`.
+    void neighbours(int nCell, std::vector<Range>& vecRange) const;
+
+    /// The same for one cube after the other, in ascending order: each step costs little.
+    class CWalk {
+    public:
+        explicit CWalk(const CVectorGrid& grid) : m_grid(grid) {}
+        void neighbours(int nCell, std::vector<Range>& vecRange);
+
+    private:
+        const CVectorGrid& m_grid;
+        std::array<int, 9> m_anBegin{};  ///< of each row around the last cube, the first one not before it
+        int m_nLast = -1;
+    };
 
 private:
     std::vector<int> m_vecOrder;
+    static uint64_t rowBefore(uint64_t nKey, int nRow);
+
     std::vector<Range> m_vecCell;
     std::vector<uint64_t> m_vecKey;  ///< of each cube, ascending
     std::vector<int> m_vecCellOfPoint;

@@ -16,9 +16,10 @@ CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection
                                        search.nJobs, search.strLatticeHost);
     } else if (search.poorCell == PoorCell::SearchedAgain) {
         result.end = runCheckedCellHunting(dataSet, listSelection, search.range, search.dfIndexThreshold,
-                                           report);
+                                           report, search.nJobs);
     } else {
-        result.end = runUnitCellHunting(dataSet, listSelection, search.range, report, search.strLatticeHost);
+        result.end = runUnitCellHunting(dataSet, listSelection, search.range, report, search.nJobs,
+                                        search.strLatticeHost);
     }
     if (!result.end.finished()) {
         return result;

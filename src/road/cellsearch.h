@@ -28,7 +28,7 @@ struct CellSearch {
     PoorCell poorCell = PoorCell::Taken;
     /// Of the links in the log, of a search without repetition.
     QString strLatticeHost = latticeServiceHost();
-    int nJobs = 1;                            ///< threads of the search over directions
+    int nJobs = 1;                            ///< threads; the cell is the same for every number
     bool bSave = true;                        ///< a cell that is found goes into the project's unit-cell file
     std::function<void()> fnBeforeSave = {};  ///< with the new cell in force, while the file has the former
 };

@@ -186,7 +186,7 @@ bool CMisfit::hintAtBeam()
     CRunReport silent;
     CellHuntingParameters range = m_state.options.cell;
     range.m_dfCellRangeMax = longestEdge();
-    runUnitCellHunting(scratch, m_state.dataSet.m_listPeakMerged, range, silent);
+    runUnitCellHunting(scratch, m_state.dataSet.m_listPeakMerged, range, silent, m_state.options.jobs());
     const std::optional<ReciprocalBasis> found = cellInForce(scratch);
     if (found && isFinite(*found) && latticeBasisOf(*found).allFinite()) {
         vecBasis.push_back(latticeBasisOf(*found));

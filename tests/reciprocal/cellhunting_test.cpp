@@ -49,15 +49,15 @@ TEST(DifferenceVectors, KeepTheStrongestInTheOrderOfThePlainWay)
     CRunReport report;
     for (int nCount : {900, 60}) {
         const QList<Peak3D> list = randomCloud(nCount, 3);
-        const QList<Peak3D> listFast = calDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, report);
+        const QList<Peak3D> listFast = recordsOf(calDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, report));
         EXPECT_EQ(listFast.size() == 300000, nCount == 900);
         EXPECT_TRUE(bitsOf(listFast) == bitsOf(plainDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, 300000)));
     }
     // The limits are included.
     const QList<Peak3D> list = {vectorRecord(0, 0, 0), vectorRecord(0.25f, 0, 0), vectorRecord(0.75f, 0, 0)};
     QList<double> listX;
-    for (const Peak3D& peak : calDifferenceVectors(list, 0.5f, 0.25f, report))
-        listX.append(double(peak.fX3D));
+    for (const DifferenceVector& vector : calDifferenceVectors(list, 0.5f, 0.25f, report))
+        listX.append(double(vector.v.x));
     EXPECT_EQ(listX, QList<double>({-0.25, 0.25, -0.5, 0.5}));
 }
 
@@ -65,8 +65,8 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
 {
     CRunReport report;
     const gemmi::UnitCell cell(8, 10, 12, 85, 95, 102);
-    const QList<Peak3D> listLattice = calDifferenceVectors(
-        simulatedReflections(reciprocalBasis(cell), 0.3, 2e-3, all), 1 / 3.f, 1 / 30.f, report);
+    const QList<Peak3D> listLattice = recordsOf(calDifferenceVectors(
+        simulatedReflections(reciprocalBasis(cell), 0.3, 2e-3, all), 1 / 3.f, 1 / 30.f, report));
     QList<Peak3D> listNoFloats = listLattice;
     for (Peak3D& peak : listNoFloats)
         peak.dfIPoint /= 3;
@@ -84,12 +84,14 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
         for (float fTolerance : {0.01f, 0.03f, 0.3f, 0.f}) {
             if (fTolerance > 0.1f && list.size() > 10000)
                 continue;  // the plain walk would take minutes
-            EXPECT_TRUE(bitsOf(averageDifferenceVectors(list, fTolerance, report)) ==
-                        bitsOf(plainAveragedVectors(list, fTolerance)))
-                << fTolerance << " " << list.size();
+            const std::vector<uint64_t> vecPlain = bitsOf(plainAveragedVectors(list, fTolerance));
+            for (int nJobs : {1, 2, 3, 5})
+                EXPECT_TRUE(bitsOf(averageDifferenceVectors(vectorsOf(list), fTolerance, report, nJobs)) ==
+                            vecPlain)
+                    << fTolerance << " " << list.size() << " " << nJobs;
         }
-    for (const Peak3D& peak : calDifferenceVectors(listStrange, 1, 0.01f, report))
-        EXPECT_TRUE(std::isfinite(peak.fX3D));
+    for (const DifferenceVector& vector : calDifferenceVectors(listStrange, 1, 0.01f, report))
+        EXPECT_TRUE(std::isfinite(vector.v.x));
 }
 
 TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)

@@ -6,6 +6,7 @@
 #include "crystal/reflectionindices.h"
 #include "reciprocal/basissolver.h"
 #include "reciprocal/bydstar.h"
+#include "reciprocal/differencevectors.h"
 
 #include <QList>
 
@@ -29,6 +30,28 @@ inline std::vector<uint64_t> bitsOf(const QList<Peak3D>& listPeak)
                 std::memcpy(&vecBits.back(), &df, sizeof(df));
         }
     return vecBits;
+}
+
+/// Vectors as the records that the plain loops work on.
+inline QList<Peak3D> recordsOf(const std::vector<DifferenceVector>& vecVector)
+{
+    QList<Peak3D> listRecord;
+    for (const DifferenceVector& vector : vecVector) {
+        Peak3D record;
+        record.setPoint(vector.v);
+        record.dfDStar = vector.dfDStar;
+        record.dfIPoint = vector.dfWeight;
+        listRecord.append(record);
+    }
+    return listRecord;
+}
+
+inline std::vector<DifferenceVector> vectorsOf(const QList<Peak3D>& listRecord)
+{
+    std::vector<DifferenceVector> vecVector;
+    for (const Peak3D& record : listRecord)
+        vecVector.push_back({record.point(), record.dfDStar, record.dfIPoint});
+    return vecVector;
 }
 
 inline QList<Peak3D> plainDifferenceVectors(const QList<Peak3D>& listPeak, float fMax, float fMin, int nLimit)

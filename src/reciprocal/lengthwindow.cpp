@@ -1,0 +1,37 @@
+#include "reciprocal/lengthwindow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace tessera {
+
+LengthWindow windowOnLengths(const std::vector<double>& vecDStar, double dfLimit)
+{
+    const int nCount = int(vecDStar.size());
+    LengthWindow window;
+    window.vecBegin.resize(size_t(nCount));
+    window.vecEnd.resize(size_t(nCount));
+    int nBegin = 0;
+    int nEnd = 0;
+    for (int n = 0; n < nCount; ++n) {
+        const double dfDStar = vecDStar[size_t(n)];
+        if (!std::isfinite(dfDStar)) {
+            window.vecBegin[size_t(n)] = n;
+            window.vecEnd[size_t(n)] = n + 1;
+            continue;
+        }
+        while (nBegin < n && !(dfDStar - vecDStar[size_t(nBegin)] < dfLimit)) {
+            ++nBegin;
+        }
+        nEnd = std::max(nEnd, n + 1);
+        while (nEnd < nCount && vecDStar[size_t(nEnd)] - dfDStar < dfLimit) {
+            ++nEnd;
+        }
+        window.vecBegin[size_t(n)] = nBegin;
+        window.vecEnd[size_t(n)] = nEnd;
+    }
+    return window;
+}
+
+}  // namespace tessera
