@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tessera {
@@ -21,11 +23,16 @@ const qint64 g_nPixelsLookedAt = 60000;
 const double g_dfDeviations = 8;   // fewer let in noise that spoils the merging, more lose weak reflections
 const double g_dfLeastQuanta = 5;  // counts that must fall together to be a peak
 
-// Pixels spread over the image. The odd step keeps them from standing in a few columns only.
-std::vector<float> samplePixels(const CImgObj<float>& img)
+// Pixels spread over the image: one in so many. The odd step keeps them from standing in a few columns only.
+qint64 sampleStep(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
-    const qint64 nStep = std::max<qint64>(1, nPixels / g_nPixelsLookedAt) | 1;
+    return std::max<qint64>(1, nPixels / g_nPixelsLookedAt) | 1;
+}
+
+std::vector<float> samplePixels(const CImgObj<float>& img)
+{
+    const qint64 nPixels = qint64(img.Width()) * img.Height(), nStep = sampleStep(img);
     std::vector<float> vec;
     for (qint64 i = 0; i < nPixels; i += nStep)
         if (std::isfinite(img.Data()[i]))
@@ -47,15 +54,24 @@ double leastStep(const CImgObj<float>& imgFrame)
     return dfStep;
 }
 
-// Value at its pixel of a unit impulse after the band-pass.
-double impulseResponse(const CPeakFilters& filters)
+// The greatest usable pixel, 0 if all are below: the greatest of pieces side by side, as a comparison waits
+// for the one before it.
+float greatestPixel(const CImgObj<float>& img)
 {
-    const CImgObj<float>& img = filters.m_imgFilterBandPass;
     const qint64 nPixels = qint64(img.Width()) * img.Height();
-    double dfSum = 0;
-    for (qint64 i = 0; i < nPixels; ++i)
-        dfSum += double(img.Data()[i]);
-    return std::fabs(dfSum) / double(nPixels);
+    constexpr int nLanes = 16;
+    float afGreatest[nLanes] = {};
+    const float* p = img.Data();
+    qint64 i = 0;
+    for (; i + nLanes <= nPixels; i += nLanes)
+        for (int k = 0; k < nLanes; ++k) {
+            const float f = isUsablePixel(p[i + k]) ? p[i + k] : 0.f;
+            afGreatest[k] = f > afGreatest[k] ? f : afGreatest[k];
+        }
+    for (; i < nPixels; ++i)
+        if (isUsablePixel(p[i]))
+            afGreatest[0] = std::max(afGreatest[0], p[i]);
+    return *std::max_element(std::begin(afGreatest), std::end(afGreatest));
 }
 
 struct FrameNoise {
@@ -67,18 +83,23 @@ struct FrameNoise {
 FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                         CPeakFilters& filters, FrameHuntWork& work)
 {
-    if (frameSpectrum(imgFrame, work.fft, work.spectrum) < 0 ||
-        !updatePeakFilters(parameters, imgFrame.Width(), imgFrame.Height(), filters) ||
-        !filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, nullptr, &work.imgBandPass))
+    // The same pixels of the band-passed frame as samplePixels() would take.
+    const qint64 nWidth = imgFrame.Width(), nStep = sampleStep(imgFrame);
+    std::vector<float> vecSample;
+    qint64 nNext = 0;
+    const auto sampleRow = [&](int nRow, const float* pRow) {
+        for (; nNext < (nRow + 1) * nWidth; nNext += nStep)
+            if (std::isfinite(pRow[nNext - nRow * nWidth]))
+                vecSample.push_back(pRow[nNext - nRow * nWidth]);
+    };
+    if (bandPassRows(imgFrame, parameters, filters, work.fft, work.imgWork, false, sampleRow) < 0)
         return {};
     FrameNoise noise;
     noise.dfStep = leastStep(imgFrame);
-    for (qint64 i = 0; i < qint64(imgFrame.Width()) * imgFrame.Height(); ++i)
-        if (isUsablePixel(imgFrame.Data()[i]))
-            noise.fGreatest = std::max(noise.fGreatest, imgFrame.Data()[i]);
+    noise.fGreatest = greatestPixel(imgFrame);
     // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
-    noise.dfThreshold = std::max(g_dfDeviations * robustSpread(samplePixels(work.imgBandPass)).dfDeviation,
-                                 g_dfLeastQuanta * noise.dfStep * impulseResponse(filters));
+    noise.dfThreshold = std::max(g_dfDeviations * robustSpread(std::move(vecSample)).dfDeviation,
+                                 g_dfLeastQuanta * noise.dfStep * filters.m_dfImpulse);
     return noise;
 }
 

@@ -7,14 +7,13 @@
 
 namespace tessera {
 
-qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum)
+namespace {
+
+/// @param pHalf  takes the half spectrum
+qint64 halfSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, COMPLEX* pHalf)
 {
     const int nWidth = imgFrame.Width();
     const int nHeight = imgFrame.Height();
-    if (!imgFrame.Data() || nWidth < 1 || nHeight < 1)
-        return -1;
-    spectrum.nWidth = spectrum.nHeight = 0;
-    spectrum.imgHalf.Create(nHeight, int(CAcmlFft::HalfCount(nWidth, nHeight) / std::size_t(nHeight)));
     const qint64 nPixels = qint64(nWidth) * nHeight;
     qint64 nBad = 0;
     const float fMean = float(meanOfUsablePixels(imgFrame, nBad));
@@ -29,9 +28,25 @@ qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectru
         for (int x = 0; x < nWidth; ++x)
             pRow[x] = pFrame[x] - fMean;
     };
-    if (!fft.TransformReal(lessMean, nWidth, nHeight, spectrum.imgHalf.Data()))
+    if (!fft.TransformReal(lessMean, nWidth, nHeight, pHalf))
         return -1;
-    spectrum.imgHalf.Data()[0].re += float(double(fMean) * double(nPixels));
+    pHalf[0].re += float(double(fMean) * double(nPixels));
+    return nBad;
+}
+
+}  // namespace
+
+qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectrum& spectrum)
+{
+    const int nWidth = imgFrame.Width();
+    const int nHeight = imgFrame.Height();
+    if (!imgFrame.Data() || nWidth < 1 || nHeight < 1)
+        return -1;
+    spectrum.nWidth = spectrum.nHeight = 0;
+    spectrum.imgHalf.Create(int(CAcmlFft::HalfCount(nWidth, nHeight)), 1);
+    const qint64 nBad = halfSpectrum(imgFrame, fft, spectrum.imgHalf.Data());
+    if (nBad < 0)
+        return -1;
     spectrum.nWidth = nWidth;
     spectrum.nHeight = nHeight;
     return nBad;
@@ -44,17 +59,17 @@ bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, 
     const int nHeight = spectrum.nHeight;
     if (nWidth < 1 || filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight)
         return false;
-    imgProduct.Create(2 * spectrum.imgHalf.Width(), spectrum.imgHalf.Height());
+    imgProduct.Create(2 * spectrum.imgHalf.Width(), 1);
     const double dfMean = double(spectrum.imgHalf.Data()[0].re) / (double(nWidth) * nHeight);
-    const auto image = [&](CImgObj<float>* pImage, const CImgObj<float>& imgFilter) {
+    const auto image = [&](CImgObj<float>* pImage, float fFilterAtZero) {
         if (!pImage)
             return CAcmlFft::FilteredImage();
         pImage->Create(nWidth, nHeight);
-        return CAcmlFft::FilteredImage{pImage->Data(), float(dfMean * double(imgFilter.Data()[0]))};
+        return CAcmlFft::FilteredImage{pImage->Data(), float(dfMean * double(fFilterAtZero))};
     };
     return fft.TransformFiltered(spectrum.imgHalf.Data(), filters.m_imgFilterPair.Data(), nWidth, nHeight,
-                                 imgProduct.Data(), image(pSmooth, filters.m_imgFilterSmooth),
-                                 image(pBandPass, filters.m_imgFilterBandPass)) != 0;
+                                 imgProduct.Data(), image(pSmooth, filters.smoothAtZero()),
+                                 image(pBandPass, filters.bandPassAtZero())) != 0;
 }
 
 bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters& parameters,
@@ -69,6 +84,29 @@ bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters
     for (qint64 i = 0; i < nPixels; ++i)
         p[i] = p[i] < -100.f ? 0.f : p[i];
     return true;
+}
+
+qint64 bandPassRows(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                    CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgWork, bool bKeepSmooth,
+                    const CAcmlFft::FnTakeRow& fnRow)
+{
+    const int nWidth = imgFrame.Width();
+    const int nHeight = imgFrame.Height();
+    if (!imgFrame.Data() || !updatePeakFilters(parameters, nWidth, nHeight, filters))
+        return -1;
+    const std::size_t nHalf = CAcmlFft::HalfCount(nWidth, nHeight);
+    imgWork.Create(int(2 * nHalf), 1);
+    COMPLEX* const pHalf = imgWork.Data() + nHalf;
+    const qint64 nBad = halfSpectrum(imgFrame, fft, pHalf);
+    if (nBad < 0)
+        return -1;
+    const double dfMean = double(pHalf[0].re) / (double(nWidth) * nHeight);
+    const CAcmlFft::KeptImage kept{bKeepSmooth, float(dfMean * double(filters.smoothAtZero()))};
+    const float fConstant = float(dfMean * double(filters.bandPassAtZero()));
+    return fft.FilterInPlace(imgWork.Data(), filters.m_imgFilterPair.Data(), nWidth, nHeight, kept, fConstant,
+                             fnRow)
+               ? nBad
+               : -1;
 }
 
 }  // namespace tessera

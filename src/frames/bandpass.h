@@ -13,7 +13,7 @@ namespace tessera {
 
 /// What of a frame's spectrum says all of it: the half that CAcmlFft::TransformReal() makes.
 struct FrameSpectrum {
-    CImgObj<COMPLEX> imgHalf;  ///< columns of the spectrum as rows
+    CImgObj<COMPLEX> imgHalf;  ///< HalfCount() elements
     int nWidth = 0;            ///< of the frame, pixels
     int nHeight = 0;
 };
@@ -45,5 +45,20 @@ bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, 
 bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters& parameters,
                       CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgProduct,
                       CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth = nullptr);
+
+/// The band-passed image of a frame row by row, to the bit that of calBandPassImage() but for what that makes
+/// 0, in the least memory: beside frame and filters there is nothing but the work space.
+///
+/// @param filters      brought up to date first, before the work space is made
+/// @param imgWork      work space, made to fit; with bKeepSmooth it holds the smoothed frame at the end, of
+/// which
+///                     CAcmlFft::KeptPixel() tells pixels
+/// @param fnRow        called for each row, upwards
+/// @return the number of bad pixels, as frameSpectrum(); -1, with nothing called, for an image without pixels
+/// or
+///         without a transform
+qint64 bandPassRows(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
+                    CPeakFilters& filters, CAcmlFft& fft, CImgObj<COMPLEX>& imgWork, bool bKeepSmooth,
+                    const CAcmlFft::FnTakeRow& fnRow);
 
 }  // namespace tessera

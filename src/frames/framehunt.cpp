@@ -47,31 +47,65 @@ void removePeaksAtGaps(const CImgObj<float>& img, int nReach, QList<double>& lis
     listY = listKeptY;
 }
 
+/// Discs and rings on the smoothed frame that the work space keeps: window by window through a copy of it.
+void integrateKept(const CImgObj<COMPLEX>& imgWork, int nWidth, int nHeight,
+                   std::vector<RefIntPara>& vecWindow)
+{
+    CImgObj<float> imgWindow;
+    std::vector<RefIntPara> vecOne(1);
+    for (RefIntPara& window : vecWindow) {
+        const qint64 nReach = qint64(window.nRadius) + window.nBackground;
+        if (window.nX - nReach < 0 || window.nX + nReach >= nWidth || window.nY - nReach < 0 ||
+            window.nY + nReach >= nHeight) {
+            continue;  // as IntegratePeaks(): a peak at the edge has no intensity
+        }
+        const int nSide = int(2 * nReach) + 1;
+        imgWindow.Create(nSide, nSide);
+        float* p = imgWindow.Data();
+        for (int y = window.nY - int(nReach); y <= window.nY + int(nReach); ++y) {
+            for (int x = window.nX - int(nReach); x <= window.nX + int(nReach); ++x) {
+                *p++ = CAcmlFft::KeptPixel(imgWork.Data(), x, y, nHeight);
+            }
+        }
+        vecOne[0] = window;
+        vecOne[0].nX = vecOne[0].nY = int(nReach);
+        IntegratePeaks(imgWindow, vecOne);
+        window.fIntensity = vecOne[0].fIntensity;
+    }
+}
+
 }  // namespace
 
 FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work)
 {
+    const float fLeast = -100.f;  // of the band-passed frame; what is below is beside something very bright
     FramePeaks peaks;
-    const qint64 nBad = frameSpectrum(imgFrame, work.fft, work.spectrum);
-    if (nBad < 0 || !calBandPassImage(work.spectrum, parameters, filters, work.fft, work.imgProduct,
-                                      work.imgBandPass, &work.imgSmooth))
+    CMaximaOfRows maxima(imgFrame.Width(), imgFrame.Height(), float(parameters.m_dfPeakThreshold),
+                         g_dfCandidateFraction);
+    const qint64 nBad = bandPassRows(imgFrame, parameters, filters, work.fft, work.imgWork, true,
+                                     [&](int, const float* pRow) { maxima.add(pRow, fLeast); });
+    if (nBad < 0)
         return peaks;
     peaks.bHunted = true;
     peaks.nBadPixels = nBad;
-    peaks.bTooMany = !FindLocalMaxima(work.imgBandPass, float(parameters.m_dfPeakThreshold), peaks.listX,
-                                      peaks.listY, g_dfCandidateFraction);
+    peaks.bTooMany = maxima.tooMany();
+    peaks.listX = maxima.listX();
+    peaks.listY = maxima.listY();
     removeMaskedPeaks(mask, peaks.listX, peaks.listY);
     if (nBad > 0)
         removePeaksAtGaps(imgFrame, reachOfGap(parameters), peaks.listX, peaks.listY);
-    peaks.listIPoint = SampleAtPositions(work.imgSmooth, peaks.listX, peaks.listY);
     std::vector<RefIntPara> vecWindow;
     MakeIntegrationWindows(peaks.listX, peaks.listY, wholePixels(parameters.m_dfIntegrationRadius),
                            wholePixels(parameters.m_dfIntegrationBackground), vecWindow);
-    IntegratePeaks(work.imgSmooth, vecWindow);
+    integrateKept(work.imgWork, imgFrame.Width(), imgFrame.Height(), vecWindow);
+    peaks.listIPoint.reserve(int(vecWindow.size()));
     peaks.listI2D.reserve(int(vecWindow.size()));
-    for (const RefIntPara& window : vecWindow)
+    for (const RefIntPara& window : vecWindow) {
+        peaks.listIPoint.append(
+            double(CAcmlFft::KeptPixel(work.imgWork.Data(), window.nX, window.nY, imgFrame.Height())));
         peaks.listI2D.append(double(window.fIntensity));
+    }
     return peaks;
 }
 

@@ -26,10 +26,7 @@ struct FramePeaks {
 /// Work images of one hunting thread, kept from frame to frame so that they are allocated once.
 struct FrameHuntWork {
     CAcmlFft fft;
-    FrameSpectrum spectrum;
-    CImgObj<COMPLEX> imgProduct;
-    CImgObj<float> imgSmooth;    ///< the smoothed frame
-    CImgObj<float> imgBandPass;  ///< the band-passed frame
+    CImgObj<COMPLEX> imgWork;  ///< of bandPassRows()
 };
 
 /// Hunts one frame: the one path of the run and of the live preview.

@@ -2,7 +2,6 @@
 
 #include "frames/badpixels.h"
 #include "frames/bandpass.h"
-#include "frames/framehunt.h"
 #include "frames/framerun.h"
 #include "frames/integration.h"
 #include "records/runends.h"
@@ -14,9 +13,17 @@ namespace tessera {
 
 namespace {
 
+// Work images, kept from frame to frame.
+struct SmoothingWork {
+    CAcmlFft fft;
+    FrameSpectrum spectrum;
+    CImgObj<COMPLEX> imgProduct;
+    CImgObj<float> imgSmooth;
+};
+
 // The smoothed frame of peak hunting, bit for bit; false when there is no transform.
 bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting, CPeakFilters& filters,
-                 FrameHuntWork& work, qint64& nBad)
+                 SmoothingWork& work, qint64& nBad)
 {
     nBad = frameSpectrum(img, work.fft, work.spectrum);
     return nBad >= 0 && updatePeakFilters(hunting, img.Width(), img.Height(), filters) &&
@@ -56,7 +63,7 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         return refuseRun(report, QStringLiteral("Frame counts do not match."));
     run.begin();
     const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
-    FrameHuntWork work;
+    SmoothingWork work;
     QList<Peak3D> listFlat;
     CBadPixelLines badPixelLines;
     const RunOutcome outcome = run.walk([&](int nFrame) {

@@ -2,61 +2,87 @@
 
 #include "imaging/acmlfft.h"
 #include "imaging/complex.h"
-#include "imaging/imageconversion.h"
 #include "imaging/imagefilters.h"
 
 #include <QtGlobal>
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <functional>
 #include <tuple>
+#include <vector>
 
 namespace tessera {
 
 namespace {
 
-// The transform of an image that is real and even: its real part. False when there is no transform.
-bool makeFilter(const CImgObj<float>& imgKernel, CAcmlFft& fft, CImgObj<float>& imgFilter)
+// The transform of an image that is real and even; false when there is none.
+// @param fnRow  fills a row of the image
+bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CAcmlFft& fft,
+                     CImgObj<COMPLEX>& imgSpectrum)
 {
-    const int nWidth = imgKernel.Width();
-    const int nHeight = imgKernel.Height();
-    CImgObj<COMPLEX> imgSpectrum;
-    ComplexFromFloat(imgKernel, imgSpectrum);
-    if (!fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1))
-        return false;
-    imgFilter.Create(nWidth, nHeight);
-    ComplexToFloat(imgSpectrum.Data(), imgFilter.Data(), nWidth * nHeight, 2);
-    return true;
+    const int nWidth = imgSpectrum.Width();
+    const int nHeight = imgSpectrum.Height();
+    std::vector<float> vecRow(static_cast<size_t>(nWidth));
+    for (int y = 0; y < nHeight; ++y) {
+        fnRow(y, vecRow.data());
+        COMPLEX* pRow = imgSpectrum.Data() + qint64(y) * nWidth;
+        for (int x = 0; x < nWidth; ++x)
+            pRow[x] = {vecRow[size_t(x)], 0.f};
+    }
+    return fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1) != 0;
 }
 
-// Both filters. False when there is no transform.
-bool makeFilters(const PeakFilterNumbers& numbers, CImgObj<float>& imgSmooth, CImgObj<float>& imgBandPass)
+// Puts the filter, the real part of a spectrum, into one member of the pair. A few columns at a time, so that
+// what is read beside them is still in the cache when they are.
+void takeFilter(const CImgObj<COMPLEX>& imgSpectrum, float COMPLEX::*pMember, CImgObj<COMPLEX>& imgPair)
+{
+    const int nWidth = imgSpectrum.Width();
+    const int nHeight = imgSpectrum.Height();
+    const int nColumns = nWidth / 2 + 1, nTogether = 8;
+    for (int nFirst = 0; nFirst < nColumns; nFirst += nTogether) {
+        const int nLast = std::min(nFirst + nTogether, nColumns);
+        for (int y = 0; y < nHeight; ++y)
+            for (int x = nFirst; x < nLast; ++x)
+                imgPair.Data()[CAcmlFft::HalfIndex(x, y, nHeight)].*
+                    pMember = imgSpectrum.Data()[qint64(y) * nWidth + x].re;
+    }
+}
+
+// Both filters, and the impulse; false when there is no transform. Besides the pair there is one spectrum in
+// memory at a time: kernels are made row by row in its place.
+bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
 {
     const int nWidth = numbers.m_nFilterWidth;
     const int nHeight = numbers.m_nFilterHeight;
     CAcmlFft fft;
-    CImgObj<float> imgKernel;
-    MakeGaussian(imgKernel, nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
-    if (!makeFilter(imgKernel, fft, imgSmooth))
+    CImgObj<COMPLEX> imgSpectrum;
+    filters.m_imgFilterPair.Create(int(CAcmlFft::HalfCount(nWidth, nHeight)), 1);
+    filters.m_imgFilterPair.Clear();
+    imgSpectrum.Create(nWidth, nHeight);
+    const CGaussianRows smooth(nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
+    if (!transformKernel([&](int nRow, float* pRow) { smooth.fill(nRow, pRow); }, fft, imgSpectrum))
         return false;
-    CImgObj<float> imgWide;
-    MakeGaussian(imgKernel, nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
-    MakeGaussian(imgWide, nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
-    for (qint64 i = 0; i < qint64(nWidth) * nHeight; ++i)
-        imgKernel.Data()[i] -= imgWide.Data()[i];
-    return makeFilter(imgKernel, fft, imgBandPass);
-}
-
-// Both filters side by side, column after column up to half the width.
-void makePair(const CImgObj<float>& imgSmooth, const CImgObj<float>& imgBandPass, CImgObj<COMPLEX>& imgPair)
-{
-    const int nWidth = imgSmooth.Width();
-    const int nHeight = imgSmooth.Height();
-    imgPair.Create(nHeight, int(CAcmlFft::HalfCount(nWidth, nHeight) / std::size_t(nHeight)));
-    imgPair.Clear();
-    for (qint64 x = 0; x < nWidth / 2 + 1; ++x)
-        for (qint64 y = 0; y < nHeight; ++y)
-            imgPair.Data()[x * nHeight + y] = {imgSmooth.Data()[y * nWidth + x],
-                                               imgBandPass.Data()[y * nWidth + x]};
+    takeFilter(imgSpectrum, &COMPLEX::re, filters.m_imgFilterPair);
+    const CGaussianRows narrow(nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
+    const CGaussianRows wide(nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
+    std::vector<float> vecWide(static_cast<size_t>(nWidth));
+    const auto difference = [&](int nRow, float* pRow) {
+        narrow.fill(nRow, pRow);
+        wide.fill(nRow, vecWide.data());
+        for (int x = 0; x < nWidth; ++x)
+            pRow[x] -= vecWide[size_t(x)];
+    };
+    if (!transformKernel(difference, fft, imgSpectrum))
+        return false;
+    takeFilter(imgSpectrum, &COMPLEX::im, filters.m_imgFilterPair);
+    const qint64 nPixels = qint64(nWidth) * nHeight;
+    double dfSum = 0;
+    for (qint64 i = 0; i < nPixels; ++i)
+        dfSum += double(imgSpectrum.Data()[i].re);
+    filters.m_dfImpulse = std::fabs(dfSum) / double(nPixels);
+    return true;
 }
 
 }  // namespace
@@ -92,9 +118,8 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
     // Fits nothing until all is made: memory may run out on the way.
     filters.m_nFilterWidth = 0;
     const PeakFilterNumbers numbers = peakFilterNumbers(parameters, nWidth, nHeight);
-    if (!makeFilters(numbers, filters.m_imgFilterSmooth, filters.m_imgFilterBandPass))
+    if (!makeFilters(numbers, filters))
         return false;
-    makePair(filters.m_imgFilterSmooth, filters.m_imgFilterBandPass, filters.m_imgFilterPair);
     static_cast<PeakFilterNumbers&>(filters) = numbers;
     return true;
 }

@@ -23,13 +23,16 @@ PeakFilterNumbers peakFilterNumbers(const PeakHuntingParameters& parameters, int
 
 /// The smoothing and the band-pass filter, with the numbers that they were made for.
 ///
-/// Both multiply a spectrum in natural layout (zero frequency at element (0, 0)). They are kept
-/// between frames and runs; updatePeakFilters remakes what no longer fits.
+/// They are kept between frames and runs; updatePeakFilters remakes what no longer fits.
 class CPeakFilters : public PeakFilterNumbers {
 public:
-    CImgObj<float> m_imgFilterSmooth;    ///< G(smoothing radius) in Fourier space
-    CImgObj<float> m_imgFilterBandPass;  ///< G(peak radius) - G(background radius) in Fourier space
-    CImgObj<COMPLEX> m_imgFilterPair;    ///< smoothing + i * band-pass, laid out for TransformFiltered()
+    /// smoothing + i * band-pass, laid out for TransformFiltered(): G(smoothing radius) and
+    /// G(peak radius) - G(background radius) in Fourier space
+    CImgObj<COMPLEX> m_imgFilterPair;
+    double m_dfImpulse = 0;  ///< size at its pixel of a unit impulse after the band-pass
+
+    float smoothAtZero() const { return m_imgFilterPair.Data()[0].re; }
+    float bandPassAtZero() const { return m_imgFilterPair.Data()[0].im; }
 
     /// Whether both filters were made for exactly these values.
     bool fits(const PeakHuntingParameters& parameters, int nWidth, int nHeight) const;

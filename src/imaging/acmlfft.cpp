@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <type_traits>
+#include <vector>
 
 namespace tessera {
 
@@ -72,6 +73,20 @@ struct LinePlan {
 int paddedStride(int nLength)
 {
     return (nLength + 7) / 8 * 8 + 8;
+}
+
+// Elements from one block of nBlock columns to the next. The lines between them belong to nobody: at heights
+// of a high power of two all blocks of a row would else stand in the same few sets of the caches.
+std::size_t blockStride(int nHeight)
+{
+    return std::size_t(nBlock) * (std::size_t(nHeight) + std::size_t(nBlock));
+}
+
+// Where a tile of the rows y ... y + 7 and the columns 8n ... 8n + 7 lies, for the image that stays in the
+// work space: n counts all blocks of it.
+std::size_t tileStart(std::size_t n, int nY, int nHeight)
+{
+    return n * blockStride(nHeight) + std::size_t(nY / nBlock * nBlock) * std::size_t(nBlock);
 }
 
 struct FftwFree {
@@ -178,7 +193,13 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
 
 std::size_t CAcmlFft::HalfCount(int nWidth, int nHeight)
 {
-    return std::size_t((nWidth / 2 + nBlock) / nBlock * nBlock) * std::size_t(nHeight);
+    return std::size_t(nWidth / 2 / nBlock + 1) * blockStride(nHeight);
+}
+
+std::size_t CAcmlFft::HalfIndex(int nX, int nY, int nHeight)
+{
+    return std::size_t(nX / nBlock) * blockStride(nHeight) + std::size_t(nX % nBlock) * std::size_t(nHeight) +
+           std::size_t(nY);
 }
 
 int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf)
@@ -200,7 +221,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
             fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
         fftwf_execute(m_pComm->row.planReal.get());
         for (int x = 0; x < nColumns; x += nBlock) {
-            COMPLEX* pTarget = pHalf + std::size_t(x) * std::size_t(nHeight) + std::size_t(y) * nBlock;
+            COMPLEX* pTarget = pHalf + HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
             const int nUsed = std::min(nBlock, nColumns - x);
             for (int i = 0; i < nLines; i++, pTarget += nBlock) {
                 copyUpToBlock(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
@@ -210,7 +231,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     }
     const int nStride = m_pComm->column.nStride;
     for (int x = 0; x < nColumns; x += nBlock) {
-        COMPLEX* pBlock = pHalf + std::size_t(x) * std::size_t(nHeight);
+        COMPLEX* pBlock = pHalf + HalfIndex(x, 0, nHeight);
         for (int y = 0; y < nHeight; y++)
             for (int i = 0; i < nBlock; i++)
                 pIn[i * nStride + y] = pBlock[y * nBlock + i];
@@ -221,19 +242,18 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     return 1;
 }
 
-int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
-                                COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB)
+void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPLEX* pWork)
 {
-    if (!pHalf || !pFilter || !pWork || !Init(nWidth, nHeight))
-        return 0;
     COMPLEX* pIn = m_pComm->pIn.get();
     COMPLEX* pOut = m_pComm->pOut.get();
+    const int nHeight = m_nHeight;
     const int nStride = m_pComm->column.nStride;
-    const int nColumns = nWidth / 2 + 1;
-    const std::size_t nBlockSize = std::size_t(nBlock) * std::size_t(nHeight);
+    const int nColumns = m_nWidth / 2 + 1;
+    const std::size_t nBlockStride = blockStride(nHeight);
 
-    // The work space holds two blocks for each of the spectrum, row after row: its columns x … x + 7, and
-    // those that mirror them, −x − 7 … −x.
+    // The work space takes two blocks for each of the spectrum, row after row: its columns x … x + 7, and
+    // those that mirror them, −x − 7 … −x. What it takes for block n of N lies below block N + n and ends in
+    // it at the last, after that was read: so the spectrum may be the upper half of the work space.
     const auto transformInto = [&](COMPLEX* pBlock) {
         fftwf_execute(m_pComm->column.planBackward.get());
         for (int y = 0; y < nHeight; y++)
@@ -241,9 +261,10 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
                 pBlock[y * nBlock + i] = pOut[i * nStride + y];
     };
     for (int x = 0; x < nColumns; x += nBlock) {
-        const COMPLEX* pF = pHalf + std::size_t(x) * std::size_t(nHeight);
-        const COMPLEX* pS = pFilter + std::size_t(x) * std::size_t(nHeight);
-        COMPLEX* pBlock = pWork + 2 * std::size_t(x) * std::size_t(nHeight);
+        const std::size_t nStart = HalfIndex(x, 0, nHeight);
+        const COMPLEX* pF = pHalf + nStart;
+        const COMPLEX* pS = pFilter + nStart;
+        COMPLEX* pBlock = pWork + 2 * nStart;
         for (int i = 0; i < nBlock; i++) {
             COMPLEX* pColumn = pIn + std::ptrdiff_t(i) * nStride;
             const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
@@ -267,18 +288,24 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
                 pColumn[y] = {f.re * s.re + f.im * s.im, f.re * s.im - f.im * s.re};
             }
         }
-        transformInto(pBlock + nBlockSize);
+        transformInto(pBlock + nBlockStride);
     }
+}
 
-    const float fScale = float(1.0 / (double(nWidth) * nHeight));
+template <class FnRows>
+void CAcmlFft::TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows)
+{
+    COMPLEX* pIn = m_pComm->pIn.get();
+    COMPLEX* pOut = m_pComm->pOut.get();
+    const int nWidth = m_nWidth, nHeight = m_nHeight;
+    const int nColumns = nWidth / 2 + 1;
     const int nRowStride = m_pComm->row.nStride;
     const int nMirrored = (nWidth + 1) / 2;  // 0 and, at even widths, nWidth/2 are their own mirrors
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
         for (int x = 0; x < nColumns; x += nBlock) {
-            const COMPLEX* pBlock = pWork + 2 * std::size_t(x) * std::size_t(nHeight) +
-                                    std::size_t(y) * nBlock;
-            const COMPLEX* pMirror = pBlock + nBlockSize;
+            const COMPLEX* pBlock = pWork + 2 * HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
+            const COMPLEX* pMirror = pBlock + blockStride(nHeight);
             const int nUsed = std::min(nBlock, nColumns - x);
             const int nFirst = x == 0 ? 1 : 0;
             const int nLast = std::min(nBlock, nMirrored - x);
@@ -289,8 +316,20 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
             }
         }
         fftwf_execute(m_pComm->row.planBackward.get());
+        fnRows(y, nLines, pOut, nRowStride);
+    }
+}
+
+int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
+                                COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB)
+{
+    if (!pHalf || !pFilter || !pWork || !Init(nWidth, nHeight))
+        return 0;
+    FilterColumns(pHalf, pFilter, pWork);
+    const float fScale = float(1.0 / (double(nWidth) * nHeight));
+    TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
         for (int i = 0; i < nLines; i++) {
-            const COMPLEX* pRow = pOut + std::ptrdiff_t(i) * nRowStride;
+            const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
             const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
             if (imgS.pData)
                 for (int x = 0; x < nWidth; x++)
@@ -299,8 +338,43 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
                 for (int x = 0; x < nWidth; x++)
                     imgB.pData[nStart + std::size_t(x)] = pRow[x].im * fScale + imgB.fConstant;
         }
-    }
+    });
     return 1;
+}
+
+int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, int nHeight, KeptImage keptS,
+                            float fConstantB, const FnTakeRow& fnRowB)
+{
+    if (!pWork || !pFilter || !Init(nWidth, nHeight))
+        return 0;
+    FilterColumns(pWork + HalfCount(nWidth, nHeight), pFilter, pWork);
+    const float fScale = float(1.0 / (double(nWidth) * nHeight));
+    std::vector<float> vecRow(std::size_t(nWidth), 0.f);
+    TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
+        // The tiles of these rows have been read: half of each takes the other image.
+        for (int x = 0; keptS.bWanted && x < nWidth; x += nBlock) {
+            float* pTile = reinterpret_cast<float*>(pWork + tileStart(std::size_t(x / nBlock), y, nHeight));
+            const int nUsed = std::min(nBlock, nWidth - x);
+            for (int i = 0; i < nLines; i++, pTile += nBlock) {
+                const COMPLEX* p = pRows + std::ptrdiff_t(i) * nStride + x;
+                for (int j = 0; j < nUsed; j++)
+                    pTile[j] = p[j].re * fScale + keptS.fConstant;
+            }
+        }
+        for (int i = 0; i < nLines; i++) {
+            const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
+            for (int x = 0; x < nWidth; x++)
+                vecRow[std::size_t(x)] = pRow[x].im * fScale + fConstantB;
+            fnRowB(y + i, vecRow.data());
+        }
+    });
+    return 1;
+}
+
+float CAcmlFft::KeptPixel(const COMPLEX* pWork, int nX, int nY, int nHeight)
+{
+    const COMPLEX* pTile = pWork + tileStart(std::size_t(nX / nBlock), nY, nHeight);
+    return reinterpret_cast<const float*>(pTile)[nY % nBlock * nBlock + nX % nBlock];
 }
 
 void CAcmlFft::Free()

@@ -38,8 +38,10 @@ public:
     /// Fills one row of a real image: nWidth floats.
     using FnFillRow = std::function<void(int nRow, float* pRow)>;
     /// Elements of the half spectrum of a real image: the columns 0 … nWidth/2, each nHeight elements on
-    /// end, up to a whole number of blocks. The others follow from F(−k) = conj F(k).
+    /// end, in blocks of some of them with a gap between. The others follow from F(−k) = conj F(k).
     static std::size_t HalfCount(int nWidth, int nHeight);
+    /// Where the element of column nX and row nY stands in it.
+    static std::size_t HalfIndex(int nX, int nY, int nHeight);
 
     /// Forward transform of a real image, which is half the work of Transform().
     /// @param fnRow  called once for each row, upwards
@@ -65,6 +67,28 @@ public:
     int TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
                           COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB);
 
+    /// The image filtered by S, if it is wanted: FilterInPlace() leaves it in the work space.
+    struct KeptImage {
+        bool bWanted = false;
+        float fConstant = 0.f;  ///< added to each pixel
+    };
+    /// Takes a row of a filtered image: nWidth floats, to be had only during the call.
+    using FnTakeRow = std::function<void(int nRow, const float* pRow)>;
+
+    /// The same in the least memory, and to the bit: no image is written but what is kept of S.
+    ///
+    /// @param pWork    2 × HalfCount() elements, of which the second half holds the spectrum of
+    /// TransformReal();
+    ///                 the spectrum is used up
+    /// @param fConstantB  added to each pixel of the image filtered by B
+    /// @param fnRowB   takes this image row by row, upwards
+    /// @return 1, or 0 with nothing called: null data or no plan
+    int FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, int nHeight, KeptImage keptS,
+                      float fConstantB, const FnTakeRow& fnRowB);
+
+    /// A pixel of what FilterInPlace() has kept in its work space, for any pixel of the image.
+    static float KeptPixel(const COMPLEX* pWork, int nX, int nY, int nHeight);
+
     /// Lets the plan go.
     void Free();
 
@@ -73,6 +97,10 @@ public:
     int Height() const { return m_nHeight; }
 
 private:
+    void FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPLEX* pWork);
+    template <class FnRows>
+    void TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows);
+
     struct Plan;
     int m_nWidth = 0;
     int m_nHeight = 0;

@@ -7,32 +7,43 @@
 
 namespace tessera {
 
-int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma)
+CGaussianRows::CGaussianRows(int nWidth, int nHeight, float fSigma) : m_nWidth(nWidth), m_nHeight(nHeight)
 {
-    if (!img.Create(nWidth, nHeight) || !img.Data())
-        return 0;
     const float fSigma2 = fSigma * fSigma;
-    const double dfNorm = 0.5 / fSigma2 / std::acos(-1.0);
-    if (!(dfNorm <= FLT_MAX)) {
-        img.Clear();
-        img.Data()[0] = 1.f;
-        return 1;
-    }
+    m_dfNorm = 0.5 / fSigma2 / std::acos(-1.0);
+    if (!(m_dfNorm <= FLT_MAX))
+        return;
 
     // 2048 entries serve sides up to 4094; larger frames get a table of their own size. An odd side
     // reaches one beyond its half.
     const int nTable = std::max(2048, std::max(nWidth, nHeight) / 2 + 2);
-    std::vector<double> vecTable(std::size_t(nTable), 0.0);
+    m_vecTable.resize(std::size_t(nTable), 0.0);
     for (int i = 0; i < nTable; i++) {
         const double dfI = i;
-        vecTable[std::size_t(i)] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);
+        m_vecTable[std::size_t(i)] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);
     }
-    float* pPixel = img.Data();
-    for (int r = 0; r < nHeight; r++) {
-        const double dfRow = vecTable[std::size_t(r < nHeight / 2 ? r : nHeight - r)];
-        for (int c = 0; c < nWidth; c++)
-            *pPixel++ = float(dfNorm * vecTable[std::size_t(c < nWidth / 2 ? c : nWidth - c)] * dfRow);
+}
+
+void CGaussianRows::fill(int nRow, float* pRow) const
+{
+    if (m_vecTable.empty()) {
+        std::fill_n(pRow, m_nWidth, 0.f);
+        if (nRow == 0)
+            pRow[0] = 1.f;
+        return;
     }
+    const double dfRow = m_vecTable[std::size_t(nRow < m_nHeight / 2 ? nRow : m_nHeight - nRow)];
+    for (int c = 0; c < m_nWidth; c++)
+        pRow[c] = float(m_dfNorm * m_vecTable[std::size_t(c < m_nWidth / 2 ? c : m_nWidth - c)] * dfRow);
+}
+
+int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma)
+{
+    if (!img.Create(nWidth, nHeight) || !img.Data())
+        return 0;
+    const CGaussianRows rows(nWidth, nHeight, fSigma);
+    for (int r = 0; r < nHeight; r++)
+        rows.fill(r, img.Data() + std::size_t(r) * std::size_t(nWidth));
     return 1;
 }
 

@@ -3,7 +3,23 @@
 
 #include "imaging/imgobj.h"
 
+#include <vector>
+
 namespace tessera {
+
+/// The rows of what MakeGaussian() makes, to the bit, for whoever has no room for the image.
+class CGaussianRows {
+public:
+    CGaussianRows(int nWidth, int nHeight, float fSigma);
+    /// Fills row nRow, 0 … nHeight − 1: nWidth floats.
+    void fill(int nRow, float* pRow) const;
+
+private:
+    int m_nWidth;
+    int m_nHeight;
+    double m_dfNorm = 0;
+    std::vector<double> m_vecTable;  // empty: a single pixel of 1
+};
 
 /// A Gaussian of standard deviation fSigma pixels, normalised to a sum of about 1, with its peak at
 /// element (0, 0) and wrapped around all four edges. Its transform is a real filter for a spectrum
