@@ -24,10 +24,10 @@ def calls(folder):
     return begun, ended
 
 
-def content(name):
-    """The bytes of a result; of a summary without the seconds that it took."""
+def content(name, folder):
+    """The bytes of a result, seen from the folder of its run; of a summary without the seconds that it took."""
     with open(name, "rb") as file:
-        data = file.read()
+        data = file.read().replace(os.fsencode(folder), b"")
     if os.path.basename(name) in SUMMARIES:
         table = json.loads(data)
         table.pop("seconds", None)
@@ -43,7 +43,7 @@ def results(folder):
             for file in files:
                 name = os.path.join(place, file)
                 if not file.endswith(OF_THE_RUN):
-                    found[os.path.relpath(name, folder)] = hashlib.sha256(content(name)).hexdigest()
+                    found[os.path.relpath(name, folder)] = hashlib.sha256(content(name, folder)).hexdigest()
     return found
 
 

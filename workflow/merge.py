@@ -1,16 +1,16 @@
-"""Merges all series of the workflow: tessera-merge, run by the rule "merged". Its log is written last and whole."""
+"""Merges all series of the workflow: tessera-merge, run by the rule "merged". The list of the folders that went into it
+takes its name when all is done."""
 import os
 import shlex
 import subprocess
 
-config, log = snakemake.config, snakemake.output.log
-folder = os.path.dirname(log)
-series = os.path.join(folder, "series.txt")
+config, done = snakemake.config, snakemake.output[0]
+series = done + ".part"
 with open(series, "w", encoding="utf-8") as file:
     file.writelines(os.path.dirname(name) + "\n" for name in snakemake.input)
-command = [*shlex.split(config["merge"]), "--list", series, "--out", folder, "--jobs", str(snakemake.threads)]
+command = [*shlex.split(config["merge"]), "--list", series, "--out", os.path.dirname(done),
+           "--jobs", str(snakemake.threads), *shlex.split(config["merge_options"])]
 if config["known"]:
     command += ["--known", config["known"]]
-with open(log + ".part", "w", encoding="utf-8") as file:
-    subprocess.run([*command, *shlex.split(config["merge_options"])], stdout=file, stderr=subprocess.STDOUT, check=True)
-os.replace(log + ".part", log)
+subprocess.run(command, check=True)
+os.replace(series, done)
