@@ -26,4 +26,7 @@ if(TARGET tessera)
     FILES_MATCHING PATTERN "*.png" PATTERN "*_1920x1080.png" EXCLUDE)
 endif()
 
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/workflow DESTINATION ${CMAKE_INSTALL_DATADIR}/tessera
+  USE_SOURCE_PERMISSIONS PATTERN __pycache__ EXCLUDE)
+
 include(cmake/Package.cmake)

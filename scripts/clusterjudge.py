@@ -8,7 +8,7 @@ import json
 import os
 import sys
 
-RUNS = ("one", "two", "slurm1", "slurm2", "killed")
+RUNS = ("one", "slurm1", "slurm2", "killed")
 # What tells of the run itself: times and names of places.
 OF_THE_RUN = (".log", ".run.json", ".merge.json", ".html")
 SUMMARIES = ("peaks.json", "cell.json", "summary.json")
