@@ -1,5 +1,7 @@
-"""Merges all series of the workflow: tessera-merge, run by the rule "merged". The list of the folders that went into it
-takes its name when all is done."""
+"""Merges all series of the workflow: tessera-merge, run by the rule "merged", which gives "snakemake".
+
+The list of the folders that went into it takes its name when all is done.
+"""
 import os
 import shlex
 import subprocess

@@ -1,13 +1,13 @@
-"""One stage of a series, as a job of the workflow: tessera-batch, and a summary that tells that the stage is done.
+"""One stage of a series, as a job of the workflow: tessera-batch, and a summary that tells that it is done.
 
 stage.py STAGE FRAMES SUMMARY THREADS ATTEMPT --batch=PROGRAM --options=... --images=... --retries=N
 
-FRAMES is the folder of a series, or holds its project; the results go to the folder of SUMMARY. That file is written
-last and whole, with what the stages before have found: a job that was interrupted leaves none, and the next one begins
-with the files that the former stages have left.
+FRAMES is the folder of a series, or holds its project; the results go to the folder of SUMMARY. That file is
+written last and whole, with what the stages before have found: a job that was interrupted leaves none, and the
+next one begins with the files that the former stages have left.
 
-Exit status: 0 done, also where the data are bad, which the summary tells; 75 not for the data's sake (killed, no memory,
-no room on the disk), so that another try makes sense; else that of tessera-batch.
+Exit status: 0 done, also where the data are bad, which the summary tells; 75 not for the data's sake (killed, no
+memory, no room on the disk), so that another try makes sense; else that of tessera-batch.
 """
 import argparse
 import glob
@@ -23,11 +23,13 @@ STAGES = {
     "peaks": ("peaks.json", ["--to=peaks"], [".ed3d", ".sc", ".pk", ".run.json"]),
     "cell": ("cell.json", ["--from=merge", "--to=index"], [".uc", ".hkl", ".p4p", ".ipf"]),
     "intensities": ("summary.json", ["--from=geometry"],
-                    ["_refined.ed3d", "_refined.uc", "_refined.sc", "_integrated.hkl", "_merged.hkl", "_rejected.csv"]),
+                    ["_refined.ed3d", "_refined.uc", "_refined.sc", "_integrated.hkl", "_merged.hkl",
+                     "_rejected.csv"]),
 }
 HOT_PIXELS = "hotpixels.txt"
 # Words of the reasons for which a series fails, but not by its data.
-OF_THE_MACHINE = ["memory", "No space left", "Disk quota", "Input/output error", "Stale file handle", "Too many open files"]
+OF_THE_MACHINE = ["memory", "No space left", "Disk quota", "Input/output error", "Stale file handle",
+                  "Too many open files"]
 TRY_AGAIN = 75
 
 
@@ -51,8 +53,11 @@ def project_in(folder):
 
 
 def tidy_up(folder, stage):
-    """Takes away what former runs of this stage, and of those after it, have left: nothing of that shall be taken for
-    a result of this one if it fails. Files of structure solution may be the user's, and tessera-batch knows."""
+    """Takes away what former runs of this stage, and of those after it, have left.
+
+    Nothing of that shall be taken for a result of this one if it fails. Files of structure solution may be the
+    user's: with them tessera-batch knows what to do.
+    """
     names = list(STAGES)[list(STAGES).index(stage):]
     bases = [name[:-len(".run.json")] for name in files_of(folder, "*.run.json")]
     old = [base + end for base in bases for name in names for end in STAGES[name][2]]
@@ -70,7 +75,7 @@ def together(former, new):
     for key in ("judgement", "seconds"):
         whole[key] = {**former.get(key, {}), **new.get(key, {})}
     whole["warnings"] = former.get("warnings", []) + new.get("warnings", [])
-    verdicts = [part["verdict"] for key, part in whole["judgement"].items() if isinstance(part, dict) and "verdict" in part]
+    verdicts = [part["verdict"] for part in whole["judgement"].values() if isinstance(part, dict)]
     worst = [verdict for verdict in ("bad", "doubtful", "good") if verdict in verdicts]
     if worst:
         whole["judgement"]["overall"] = worst[0]
@@ -100,7 +105,7 @@ def arguments_of(stage, frames, folder, options, images):
         return [[given, *stages, *options]]
     made = project_in(folder)
     if stage == "peaks":
-        # Hot pixels are read and listed beside the project: so one is made first, and the peaks are searched with it.
+        # Hot pixels are read and listed beside the project: one is made first, and the peaks are searched with it.
         listed = os.path.join(frames, HOT_PIXELS)
         if os.path.exists(listed):
             shutil.copyfile(listed, os.path.join(folder, HOT_PIXELS))

@@ -1,4 +1,7 @@
-"""Prints a table of all series of the workflow to a file: tessera-batch --summary, run by the rule "summary"."""
+"""Prints a table of all series of the workflow to a file, by tessera-batch --summary.
+
+Run by the rule "summary", which gives "snakemake".
+"""
 import os
 import shlex
 import subprocess
@@ -23,8 +26,8 @@ table = snakemake.output[0]
 with open(table + ".part", "w", encoding="utf-8") as file:
     for part in parts(list(snakemake.input)):
         # Its exit status of 1 tells of bad series, which are what the table is for.
-        status = subprocess.run([*shlex.split(snakemake.config["batch"]), "--summary", *part], stdout=file,
-                                check=False).returncode
+        command = [*shlex.split(snakemake.config["batch"]), "--summary", *part]
+        status = subprocess.run(command, stdout=file, check=False).returncode
         if status not in (0, 1):
             raise SystemExit(status)
 os.replace(table + ".part", table)
