@@ -28,7 +28,7 @@ STAGES = {
 }
 HOT_PIXELS = "hotpixels.txt"
 # Words of the reasons for which a series fails, but not by its data.
-OF_THE_MACHINE = ["memory", "No space left", "Disk quota", "Input/output error", "Stale file handle",
+OF_THE_MACHINE = ["memory", "cannot be had", "No space left", "Disk quota", "Input/output error", "Stale file handle",
                   "Too many open files"]
 TRY_AGAIN = 75
 
