@@ -6,8 +6,10 @@
 #include "crystal/peaklist3d.h"
 #include "tests/crystal/testreflection.h"
 #include "tests/filebytes.h"
+#include "tests/formatsdoc.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 namespace tessera {
@@ -140,6 +142,9 @@ TEST_F(ResultFiles, PeakListsAndTableHaveTheirColumns)
     EXPECT_EQ(readBytes(path("p")), baHead + baLine);
     ASSERT_TRUE(writePeak3DList({peak}, path("p"), true));
     EXPECT_EQ(readBytes(path("p")), "# H | K | L " + baHead + "1234.000    3.750   -0.400 " + baLine);
+    const QString strTitles = QString::fromLatin1(readBytes(path("p"))).section(QLatin1Char('\n'), 0, 0);
+    EXPECT_EQ(strTitles.split(QRegularExpression(QStringLiteral("[#| ]+")), Qt::SkipEmptyParts),
+              wordsOfFormat(QStringLiteral("fields: peaks3d")));
     ASSERT_TRUE(writeIndexedPeakList({{}, {peak}}, path("p")));
     EXPECT_EQ(readBytes(path("p")),
               "# Frame.no    H    K    L    d*    x    y     I_point    I_2D\n"

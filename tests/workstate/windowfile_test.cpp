@@ -1,7 +1,12 @@
 // What the window keeps of a project: the same numbers come back, and nothing of a file that is not whole.
 #include "workstate/windowfile.h"
+#include "tests/formatsdoc.h"
 
 #include <gtest/gtest.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
 
 namespace {
 
@@ -47,6 +52,31 @@ TEST(WindowFile, NumbersComeBack)
     other.cell.m_dfCellRangeMax = 77;
     ASSERT_TRUE(readWindowFileText(bytesFew, other));
     EXPECT_EQ(other.cell.m_dfCellRangeMax, 77);
+}
+
+// The paths of all keys, "pages.cell-max".
+QSet<QString> keyPaths(const QJsonObject& object, const QString& strBefore = {})
+{
+    QSet<QString> setPath;
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        setPath.insert(strBefore + it.key());
+        setPath += keyPaths(it.value().toObject(), strBefore + it.key() + QLatin1Char('.'));
+    }
+    return setPath;
+}
+
+TEST(WindowFile, KeysAreThoseOfTheDocumentation)
+{
+    const QSet<QString> setWritten = keyPaths(QJsonDocument::fromJson(windowFileText(someMemory())).object());
+    const QStringList listTold = wordsOfFormat(QStringLiteral("keys: window"));
+    const QSet<QString> setTold(listTold.begin(), listTold.end());
+    const auto sorted = [](const QSet<QString>& set) {
+        QStringList list = set.values();
+        list.sort();
+        return list.join(QLatin1Char(' ')).toStdString();
+    };
+    EXPECT_EQ(sorted(setWritten - setTold), "") << "not told";
+    EXPECT_EQ(sorted(setTold - setWritten), "") << "told, but not written";
 }
 
 TEST(WindowFile, DamagedAndForeignFilesAreRefused)
