@@ -7,7 +7,7 @@
 
 namespace tessera {
 
-/// All results that are there, under the keys that docs/many-series.md tells.
+/// All results that are there, under the keys that docs/formats.md tells.
 QJsonObject roadSummary(const RoadResults& results);
 
 /// The summary of a road under way: it is taken for a failed one if the program is killed.

@@ -16,7 +16,7 @@ RoadCommand commandOfRoad(const RoadState& state);
 QJsonObject foundByStage(const RoadResults& results, const QString& strStage);
 
 /// Version, inputs, parameters as used, stages with what they found, files that were written, and the
-/// command, under the keys that docs/many-series.md tells. Reads all inputs and files for their hashes.
+/// command, under the keys that docs/formats.md tells. Reads all inputs and files for their hashes.
 ///
 /// @param former  the record that stands there, or none. Of it, and of those that it holds, the runs stay
 ///                under "former" that wrote a file which this run has not written anew

@@ -1,6 +1,7 @@
 // Texts that programs of acquisition leave beside the frames.
 #include "dataset/sidetexts.h"
 #include "tests/dataset/textfiles.h"
+#include "tests/formatsdoc.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -58,6 +59,23 @@ TEST(SideTexts, KeysAndUnitsInTheirManyForms)
         }
         EXPECT_EQ(!texts.listDoubt.isEmpty(), row.bDoubt)
             << row.pchLine << ": " << texts.listDoubt.join('\n').toStdString();
+    }
+}
+
+TEST(SideTexts, KeysOfTheDocumentationAreKnown)
+{
+    const QStringList listKey = wordsOfFormat(QStringLiteral("fields: side texts"));
+    ASSERT_FALSE(listKey.isEmpty());
+    ToldNumber SideTexts::*const aNumber[] = {
+        &SideTexts::kilovolts,     &SideTexts::wavelength,   &SideTexts::pixelSize, &SideTexts::cameraLength,
+        &SideTexts::detectorPixel, &SideTexts::rotationAxis, &SideTexts::exposure,  &SideTexts::tiltStart,
+        &SideTexts::tiltEnd,       &SideTexts::tiltStep};
+    for (const QString& strKey : listKey) {
+        SideTexts texts;
+        takeSideText((strKey + QStringLiteral(" = 0.05")).toUtf8(), "x.log", texts);
+        EXPECT_TRUE(std::any_of(std::begin(aNumber), std::end(aNumber), [&](auto pNumber) {
+            return (texts.*pNumber).isTold();
+        })) << strKey.toStdString();
     }
 }
 

@@ -6,6 +6,7 @@ the variable parts of key paths, <!-- example: NAME -->.
 """
 import array
 import csv
+import fnmatch
 import json
 import math
 import os
@@ -28,7 +29,7 @@ class Doc:
     """The tables and examples of the text."""
 
     def __init__(self, path):
-        self.keys, self.fields, self.keywords, self.names, self.examples = {}, {}, {}, {}, {}
+        self.keys, self.fields, self.keywords, self.names, self.examples, self.files = {}, {}, {}, {}, {}, {}
         with open(path, encoding="utf-8") as file:
             blocks = re.split(r"^<!-- (.+) -->\n", file.read(), flags=re.M)[1:]
         for what, text in zip(blocks[::2], blocks[1::2]):
@@ -58,7 +59,7 @@ class Doc:
         for row, line in zip(cells[2:], rows):
             assert len(row) == len(cells[0]), row
             line["words"] = re.findall("`(.+?)`", row[0])
-            assert line["words"], row
+            assert line["words"] or "File" in line, row
         return rows
 
 
@@ -301,6 +302,19 @@ def write(path, text):
         file.write(text)
 
 
+def check_files(folder, name):
+    """All files of a folder of results, and all suffixes of results in the sources, stand in the table."""
+    words = [word for row in DOC.files["all"] for word in row["words"]]
+    with open(PROJECT + "/src/records/resultfile.h", encoding="utf-8") as file:
+        files = [name + suffix for suffix in re.findall(r'"([._][\w.]+)"', file.read())]
+    assert len(files) > 15, files
+    for file in files + os.listdir(folder):
+        told = any(fnmatch.fnmatch(file, word.replace("NAME", name)) or (word[0] == "_" and file == name + word)
+                   for word in words)
+        if not told and file != name + ".json":  # of --json, whose name is free
+            fault("the table of all files does not have", file)
+
+
 def run_plain_series(folder):
     """One crystal, all stages and files, the axis found; then integrated anew."""
     run("tessera-simulate", "--crystal", "quartz", "--frames", 41, "--size", 256, "--pixel-size", 0.008,
@@ -312,6 +326,7 @@ def run_plain_series(folder):
                        "--save-calibration", base + ".calib.json", "--formula", "SiO2", "--constant-background",
                        "--known-cell", "4.916,4.916,5.405,90,90,120")
     assert summary["reached"], summary
+    check_files(folder + "/out", "q")
     check_json("calibration", base + ".calib.json")
     check_truth(folder + "/q_truth.json")
     for name in ("sc", "pk", "uc", "hkl", "p4p", "ipf"):
@@ -378,8 +393,8 @@ def check_examples():
         else:
             check_text(name, text)
     for name in list(DOC.keys) + list(DOC.fields):
-        if name not in DOC.examples and name.split()[0] not in (*DOC.examples, "comparison", "peaks3d", "spots",
-                                                                "reflections", "crossings"):
+        if name not in DOC.examples and name.split()[0] not in (*DOC.examples, "comparison", "peaks3d", "side",
+                                                                "spots", "reflections", "crossings"):
             fault(name, "has no example")
 
 
