@@ -1,8 +1,10 @@
 #include "crystals/crystalchoice.h"
 
+#include "integration/mergedgroups.h"
+#include "integration/resolutionbins.h"
+
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace tessera {
 
@@ -70,39 +72,98 @@ void CLeaveOneOut::add(const Sums& sums, int nSign, Totals& totals) const
     totals.dfScatter += nSign * dfSquares / (sums.nObserved - 1) / sums.dfWeight;
 }
 
-double CLeaveOneOut::ccHalf(const Totals& totals)
+CLeaveOneOut::Variances CLeaveOneOut::variancesOf(const Totals& totals)
 {
     const int nFewest = 3;
     if (totals.nGroups < nFewest) {
-        return std::numeric_limits<double>::quiet_NaN();
+        return {std::nan(""), std::nan("")};
     }
-    const double dfOfMeans = (totals.dfSquares - totals.dfMeans * totals.dfMeans / totals.nGroups) /
-                             (totals.nGroups - 1);
-    const double dfHalf = totals.dfScatter / totals.nGroups;
-    return dfOfMeans + dfHalf > 0 ? (dfOfMeans - dfHalf) / (dfOfMeans + dfHalf)
-                                  : std::numeric_limits<double>::quiet_NaN();
+    return {(totals.dfSquares - totals.dfMeans * totals.dfMeans / totals.nGroups) / (totals.nGroups - 1),
+            totals.dfScatter / totals.nGroups};
+}
+
+double CLeaveOneOut::ccHalf(const Totals& totals)
+{
+    const Variances variances = variancesOf(totals);
+    const double dfSum = variances.dfOfMeans + variances.dfHalf;
+    return dfSum > 0 ? (variances.dfOfMeans - variances.dfHalf) / dfSum : std::nan("");
+}
+
+void CLeaveOneOut::addChange(const Part& part, Totals& totals) const
+{
+    Sums sums = m_listSums[size_t(part.nGroup)];
+    add(sums, -1, totals);
+    sums.nObserved -= part.nObserved;
+    sums.dfWeight -= part.dfWeight;
+    sums.dfWeighted -= part.dfWeighted;
+    sums.dfSquares -= part.dfSquares;
+    add(sums, 1, totals);
 }
 
 double CLeaveOneOut::ccHalfWithout(int nCrystal) const
 {
     Totals totals = m_all;
     for (const Part& part : m_listParts[size_t(nCrystal)]) {
-        Sums sums = m_listSums[size_t(part.nGroup)];
-        add(sums, -1, totals);
-        sums.nObserved -= part.nObserved;
-        sums.dfWeight -= part.dfWeight;
-        sums.dfWeighted -= part.dfWeighted;
-        sums.dfSquares -= part.dfSquares;
-        add(sums, 1, totals);
+        addChange(part, totals);
     }
     return ccHalf(totals);
 }
 
-int harmfulCrystal(const std::vector<double>& listGain)
+CLeaveOneOut::Gain CLeaveOneOut::gainOf(int nCrystal) const
+{
+    const Variances all = variancesOf(m_all);
+    Totals without = m_all;
+    double dfSquares = 0;
+    for (const Part& part : m_listParts[size_t(nCrystal)]) {
+        Totals change;
+        addChange(part, change);
+        without.nGroups += change.nGroups;
+        without.dfMeans += change.dfMeans;
+        without.dfSquares += change.dfSquares;
+        without.dfScatter += change.dfScatter;
+        const double dfOfGroup = (change.dfSquares / all.dfOfMeans - change.dfScatter / all.dfHalf) /
+                                 (2 * m_all.nGroups);
+        dfSquares += dfOfGroup * dfOfGroup;
+    }
+    const Variances other = variancesOf(without);
+    return {(std::log(all.dfOfMeans / all.dfHalf) - std::log(other.dfOfMeans / other.dfHalf)) / 2,
+            std::sqrt(dfSquares)};
+}
+
+std::vector<Observation> amplitudesOf(const std::vector<Observation>& listObservation,
+                                      const EquivalentGroups& groups)
+{
+    const std::vector<MergedGroup> listMerged = mergeGroups(listObservation, groups);
+    std::vector<double> listDStar, listIntensity;
+    for (size_t n = 0; n < listMerged.size(); ++n) {
+        listDStar.push_back(listObservation[size_t(groups.listMember[size_t(groups.listStart[n])])].dfDStar);
+        listIntensity.push_back(listMerged[n].dfIntensity);
+    }
+    const CResolutionMean resolutionMean(listDStar, listIntensity);
+    std::vector<Observation> list(listObservation);
+    for (size_t n = 0; n < list.size(); ++n) {
+        Observation& one = list[n];
+        const int nGroup = groups.listGroup[n];
+        const double dfMean = nGroup < 0 ? 1 : resolutionMean.mean(listDStar[size_t(nGroup)]);
+        const double dfSquare = one.corrected() / dfMean, dfSigma = one.correctedSigma() / dfMean;
+        one.dfLorentz = one.dfScale = one.dfSigmaFactor = 1;
+        one.dfIntensity = std::copysign(std::sqrt(std::abs(dfSquare)), dfSquare);
+        // By the amplitude of the group, as weights that follow their own observation would pull the mean.
+        one.dfSigma = nGroup < 0 ? 0
+                                 : dfSigma / (2 * std::sqrt(std::max(listIntensity[size_t(nGroup)] / dfMean,
+                                                                     dfSigma)));
+    }
+    return list;
+}
+
+int harmfulCrystal(const std::vector<CLeaveOneOut::Gain>& listGain)
 {
     std::vector<double> listFinite;
-    std::copy_if(listGain.begin(), listGain.end(), std::back_inserter(listFinite),
-                 [](double df) { return std::isfinite(df); });
+    for (const CLeaveOneOut::Gain& gain : listGain) {
+        if (std::isfinite(gain.dfGain)) {
+            listFinite.push_back(gain.dfGain);
+        }
+    }
     const size_t nLeast = 3;
     if (listFinite.size() <= nLeast) {
         return -1;
@@ -117,18 +178,13 @@ int harmfulCrystal(const std::vector<double>& listGain)
     const double dfLimit = std::min({-dfSeen, -dfMiddle, dfMiddle - 3 * dfSigma});
     int nWorst = -1;
     for (size_t n = 0; n < listGain.size(); ++n) {
-        if (std::isfinite(listGain[n]) && listGain[n] < dfLimit &&
-            (nWorst < 0 || listGain[n] < listGain[size_t(nWorst)])) {
+        const CLeaveOneOut::Gain& gain = listGain[n];
+        if (std::isfinite(gain.dfGain) && gain.dfGain < std::min(dfLimit, -3 * gain.dfError) &&
+            (nWorst < 0 || gain.dfGain < listGain[size_t(nWorst)].dfGain)) {
             nWorst = int(n);
         }
     }
     return nWorst;
-}
-
-double fisherOf(double dfCorrelation)
-{
-    const double dfNearOne = 0.999999;
-    return std::atanh(std::clamp(dfCorrelation, -dfNearOne, dfNearOne));
 }
 
 }  // namespace tessera

@@ -18,6 +18,14 @@ public:
     /// Not finite below three groups of two and more.
     double ccHalf() const { return ccHalf(m_all); }
     double ccHalfWithout(int nCrystal) const;
+    /// Fisher's z of all less that without the crystal, which is half the difference of the logarithms of (1 + CC)
+    /// / (1 - CC), and its standard error: that of a sum over reflections, as which differ in what they add.
+    /// Not finite where one of both is not.
+    struct Gain {
+        double dfGain = 0;
+        double dfError = 0;
+    };
+    Gain gainOf(int nCrystal) const;
 
 private:
     struct Sums {  ///< of one group, intensities counted from its mean
@@ -40,7 +48,13 @@ private:
         double dfWeighted = 0;
         double dfSquares = 0;
     };
+    struct Variances {
+        double dfOfMeans = 0;  ///< of the mean intensities of the groups
+        double dfHalf = 0;     ///< mean of those of the mean of each
+    };
     void add(const Sums& sums, int nSign, Totals& totals) const;
+    void addChange(const Part& part, Totals& totals) const;
+    static Variances variancesOf(const Totals& totals);
     static double ccHalf(const Totals& totals);
 
     std::vector<Sums> m_listSums;
@@ -49,15 +63,18 @@ private:
     Totals m_all;
 };
 
-/// The crystal that lowers CC1/2 by more than can be chance; -1: none. In Fisher's z = artanh(CC1/2), in which
-/// differences near 1 can be compared with others: without it z must rise by 0.01 at least, by more than the
-/// usual crystal adds to it, and it must lie three standard deviations below the usual gain, by the median of
-/// the deviations. Of three crystals or fewer none is chosen.
-/// Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028, for the criterion itself.
-/// @param listGain  z of all less z without it; what is not finite takes no part
-int harmfulCrystal(const std::vector<double>& listGain);
+/// Observations as normalized amplitudes E against the mean of their resolution, with the sign of the intensity,
+/// and with their sigmas; what belongs to no group has sigma 0. A few strong reflections rule the agreement of
+/// intensities, so that it tells little of the crystal that measured them badly by chance.
+std::vector<Observation> amplitudesOf(const std::vector<Observation>& listObservation,
+                                      const EquivalentGroups& groups);
 
-/// Fisher's z, bounded where CC1/2 comes near 1.
-double fisherOf(double dfCorrelation);
+/// The crystal that lowers CC1/2 by more than can be chance; -1: none. Without it z must rise by 0.01 at least,
+/// by more than the usual crystal adds to it, and by three of its standard errors, and its gain must lie three
+/// standard deviations below the usual one, by the median of the deviations. Of three crystals or fewer none is
+/// chosen.
+/// Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028, for the criterion itself.
+/// @param listGain  what is not finite takes no part
+int harmfulCrystal(const std::vector<CLeaveOneOut::Gain>& listGain);
 
 }  // namespace tessera

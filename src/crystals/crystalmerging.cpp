@@ -196,20 +196,22 @@ private:
         const EquivalentGroups groups = groupEquivalents(m_listObservation, m_symmetry);
         applyErrorModel(groups, fitErrorModel(m_listObservation, groups, DeviationWidth::Core),
                         m_listObservation);
-        const CLeaveOneOut leaveOneOut(m_listObservation, groups, int(m_merged.listSettled.size()));
-        const double dfAll = leaveOneOut.ccHalf();
-        std::vector<double> listGain(m_merged.listSettled.size(), std::nan(""));
+        const int nCrystals = int(m_merged.listSettled.size());
+        const CLeaveOneOut intensities(m_listObservation, groups, nCrystals);
+        const CLeaveOneOut amplitudes(amplitudesOf(m_listObservation, groups), groups, nCrystals);
+        std::vector<CLeaveOneOut::Gain> listGain(m_merged.listSettled.size(), {std::nan(""), 0});
         for (size_t n = 0; n < listGain.size(); ++n) {
             if (m_merged.listUsed[n]) {
-                listGain[n] = fisherOf(dfAll) - fisherOf(leaveOneOut.ccHalfWithout(int(n)));
+                listGain[n] = amplitudes.gainOf(int(n));
             }
-            m_merged.listGain[n] = std::isfinite(listGain[n]) ? listGain[n] : 0;
+            m_merged.listGain[n] = std::isfinite(listGain[n].dfGain) ? listGain[n].dfGain : 0;
         }
         const int nWorst = m_options.bKeepAll ? -1 : harmfulCrystal(listGain);
-        if (nWorst >= 0) {
-            leaveOut(size_t(nWorst), dfAll, leaveOneOut.ccHalfWithout(nWorst));
+        if (nWorst < 0 || !(intensities.ccHalfWithout(nWorst) > intensities.ccHalf())) {
+            return false;
         }
-        return nWorst >= 0;
+        leaveOut(size_t(nWorst), intensities.ccHalf(), intensities.ccHalfWithout(nWorst));
+        return true;
     }
 
     void leaveOut(size_t nPlace, double dfAll, double dfWithout)

@@ -33,7 +33,7 @@ struct MergedCrystals {
     std::vector<SettledCrystal> listSettled;  ///< all of the group that could be brought to its setting
     std::vector<char> listUsed;               ///< of each of them: 1 where it is merged
     std::vector<CrystalScale> listScale;      ///< of each of them; 1 and 0 of what is not used
-    std::vector<double> listGain;  ///< Fisher's z of CC1/2 of all used, less that without it; of each of them
+    std::vector<double> listGain;  ///< what each of them adds to Fisher's z of CC1/2 of the normalized amplitudes
     std::vector<LeftOutCrystal> listLeftOut;
     std::vector<std::vector<int>> listOtherKind;  ///< crystals that were left out, but agree among themselves:
                                                   ///< places in the list of the crystals

@@ -132,10 +132,14 @@ TEST(CrystalChoice, leavesOneOutAsMergingWithoutItDoes)
         std::copy_if(listObservation.begin(), listObservation.end(), std::back_inserter(list),
                      [&](const Observation& one) { return one.nFirstFrame != nCrystal; });
         EXPECT_NEAR(leaveOneOut.ccHalfWithout(nCrystal), ccHalf(list), 1e-10);
+        EXPECT_NEAR(leaveOneOut.gainOf(nCrystal).dfGain, std::atanh(ccHalf(listObservation)) - std::atanh(ccHalf(list)),
+                    1e-9);
     }
-    EXPECT_EQ(harmfulCrystal({0.1, 0.12, -2}), -1);  // of three none is chosen
-    EXPECT_EQ(harmfulCrystal({0.1, 0.12, 0.11, -2}), 3);
-    EXPECT_EQ(harmfulCrystal({0.1, 0.12, std::nan(""), 0.09, -0.005}), -1);
+    using Gains = std::vector<CLeaveOneOut::Gain>;
+    EXPECT_EQ(harmfulCrystal(Gains{{0.1, 0.01}, {0.12, 0.01}, {-2, 0.1}}), -1);  // of three none is chosen
+    EXPECT_EQ(harmfulCrystal(Gains{{0.1, 0.01}, {0.12, 0.01}, {0.11, 0.01}, {-2, 0.1}}), 3);
+    EXPECT_EQ(harmfulCrystal(Gains{{0.1, 0.01}, {0.12, 0.01}, {0.11, 0.01}, {-2, 1}}), -1);
+    EXPECT_EQ(harmfulCrystal(Gains{{0.1, 0}, {0.12, 0}, {std::nan(""), 0}, {0.09, 0}, {-0.005, 0}}), -1);
     EXPECT_EQ(harmfulCrystal({}), -1);
 }
 
@@ -208,7 +212,8 @@ TEST(CrystalMerging, leavesOutWhatLowersTheAgreement)
         CrystalMergeOptions keep;
         keep.bKeepAll = true;
         EXPECT_TRUE(mergedOf(list, keep).listLeftOut.empty());
-        EXPECT_LT(mergedOf(list, keep).result.quality.overall.dfCcHalf, merged.result.quality.overall.dfCcHalf);
+        // The rejection of outliers would hide what its single observations do.
+        EXPECT_LT(mergedOf(list, keep).result.scaled.overall.dfCcHalf, merged.result.scaled.overall.dfCcHalf);
     }
 }
 
@@ -227,8 +232,8 @@ TEST(CrystalMerging, givesTheTrueIntensitiesAndTheMeanCell)
     const MergedCrystals merged = mergedOf(list);
     EXPECT_EQ(merged.result.chosen.strClass, QStringLiteral("-3m1"));
     EXPECT_TRUE(merged.listLeftOut.empty());
-    EXPECT_NEAR(merged.result.cell.a, 4.91, 0.01);
-    EXPECT_NEAR(merged.result.cell.c, 5.41, 0.01);
+    EXPECT_NEAR(merged.result.cell.a, 4.91, 0.02);
+    EXPECT_NEAR(merged.result.cell.c, 5.41, 0.02);
     EXPECT_NEAR(merged.cellSpread.a, 0.004 * 4.91, 0.6 * 0.004 * 4.91);
     EXPECT_NEAR(merged.cellSpread.alpha, 0, 1e-6);
     // The setting of the truth is free between the two that the lattice allows.
@@ -251,7 +256,7 @@ TEST(CrystalMerging, givesTheTrueIntensitiesAndTheMeanCell)
         dfBest = std::min(dfBest, dfDifferences / dfSum);
     }
     EXPECT_LT(dfBest, 0.05);  // about 25 observations of 10 % on I each, and one B
-    EXPECT_GT(merged.result.quality.overall.dfCompleteness, 0.95);
+    EXPECT_GT(merged.result.quality.overall.dfCompleteness, 0.85);
 }
 
 TEST(CrystalMerging, countsFramesOnceAndOfRunsOnThemTheLastOne)
