@@ -267,13 +267,17 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
     CProgress progress(report, QStringLiteral("Groups %v/%m"), 0, nGroups);
     const auto work = [&](int n) {
         CompoundGroup& compound = result.listGroup[size_t(n)];
+        CrystalMergeOptions merge = options.merge;
+        // As many threads as its share of the crystals: one great group takes all, many small ones one each.
+        merge.nJobs = std::max<int>(
+            1, int(qint64(threadsOf(options)) * compound.crystalCount() / qint64(result.listCrystal.size())));
         if (compound.crystalCount() < options.nLeastCrystals) {
             compound.outcome = {RunEnd::Refused,
                                 QStringLiteral("Groups of fewer than %1 crystals are not merged.")
                                     .arg(options.nLeastCrystals)};
         } else {
-            compound.outcome = mergeCrystals(result.listCrystal, compound.group, options.merge,
-                                             listReport[size_t(n)], compound.merged);
+            compound.outcome = mergeCrystals(result.listCrystal, compound.group, merge, listReport[size_t(n)],
+                                             compound.merged);
         }
         if (compound.isMerged()) {
             takeConventionalCell(result, compound);

@@ -13,15 +13,15 @@ namespace {
 const QStringList& tableHead()
 {
     static const QStringList list = {
-        QStringLiteral("crystal"),      QStringLiteral("folder"),      QStringLiteral("group"),
-        QStringLiteral("compound"),     QStringLiteral("used"),        QStringLiteral("frame"),
-        QStringLiteral("setting"),      QStringLiteral("correlation"), QStringLiteral("second"),
-        QStringLiteral("common"),       QStringLiteral("scale"),       QStringLiteral("b"),
-        QStringLiteral("ccHalfGain"),   QStringLiteral("a/A"),         QStringLiteral("b/A"),
-        QStringLiteral("c/A"),          QStringLiteral("alpha"),       QStringLiteral("beta"),
-        QStringLiteral("gamma"),        QStringLiteral("centring"),    QStringLiteral("laueClass"),
-        QStringLiteral("completeness"), QStringLiteral("rInt"),        QStringLiteral("ccHalf"),
-        QStringLiteral("observed"),     QStringLiteral("reason")};
+        QStringLiteral("crystal"),   QStringLiteral("folder"),       QStringLiteral("group"),
+        QStringLiteral("compound"),  QStringLiteral("used"),         QStringLiteral("frame"),
+        QStringLiteral("setting"),   QStringLiteral("alternatives"), QStringLiteral("correlation"),
+        QStringLiteral("second"),    QStringLiteral("common"),       QStringLiteral("scale"),
+        QStringLiteral("b"),         QStringLiteral("ccHalfGain"),   QStringLiteral("a/A"),
+        QStringLiteral("b/A"),       QStringLiteral("c/A"),          QStringLiteral("alpha"),
+        QStringLiteral("beta"),      QStringLiteral("gamma"),        QStringLiteral("centring"),
+        QStringLiteral("laueClass"), QStringLiteral("completeness"), QStringLiteral("rInt"),
+        QStringLiteral("ccHalf"),    QStringLiteral("observed"),     QStringLiteral("reason")};
     return list;
 }
 
@@ -57,14 +57,18 @@ QByteArray line(const QStringList& listField)
     return listQuoted.join(QLatin1Char(',')).toUtf8() + '\n';
 }
 
-/// What its group has found out of a crystal: frame to ccHalfGain.
+const int g_nSettledFields = 9;  ///< columns from frame to ccHalfGain
+
+/// What its group has found out of a crystal.
 QStringList settledFields(const CompoundGroup& compound, const CrystalFate& fate)
 {
     const size_t n = size_t(fate.nSettled);
     const SettledCrystal& settled = compound.merged.listSettled[n];
     const CrystalScale& scale = compound.merged.listScale[n];
-    const bool bSecond = settled.dfSecond > -1;  // else no other setting shares enough
-    QStringList listField = {QString::number(fate.nSettled + 1), settingText(compound, settled),
+    const bool bSecond = settled.nAlternatives > 1 && settled.bBySharing;
+    QStringList listField = {QString::number(fate.nSettled + 1),
+                             settingText(compound, settled),
+                             QString::number(settled.nAlternatives),
                              settled.nCommon > 0 ? number(settled.dfCorrelation, 4) : QString(),
                              bSecond ? number(settled.dfSecond, 4) : QString(),
                              QString::number(settled.nCommon)};
@@ -86,11 +90,10 @@ QByteArray crystalTable(const CrystalsJobResult& result)
                   << (pGroup && pGroup->known ? result.listKnown[size_t(pGroup->known->nKnown)].strName
                                               : QString())
                   << (fate.bUsed ? QStringLiteral("yes") : QStringLiteral("no"));
-        const int nSettledFields = 8;
         if (pGroup && fate.nSettled >= 0) {
             listField += settledFields(*pGroup, fate);
         } else {
-            for (int i = 0; i < nSettledFields; ++i) {
+            for (int i = 0; i < g_nSettledFields; ++i) {
                 listField.append(QString());
             }
         }

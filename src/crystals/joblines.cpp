@@ -74,6 +74,11 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
         strLine += QStringLiteral("; ") + strKnown;
     }
     report.addMessage(strLine + QLatin1Char('.'));
+    if (!compound.known && !compound.group.strRelation.isEmpty()) {
+        report.addMessage(
+            QStringLiteral("%1, held against %2: %3")
+                .arg(compound.strName, result.listGroup.front().strName, compound.group.strRelation));
+    }
     for (const int nMember : compound.group.listMember) {
         const CrystalFate& fate = result.listFate[size_t(nMember)];
         if (!fate.bUsed && compound.isMerged()) {
@@ -84,6 +89,9 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
                                        fate.strReason),
                               Severity::Warning);
         }
+    }
+    for (const QString& strLine : otherKindLines(compound, result)) {
+        report.addMessage(QStringLiteral("%1: %2").arg(compound.strName, strLine), Severity::Warning);
     }
     if (!compound.isMerged()) {
         report.addMessage(
@@ -170,6 +178,21 @@ QStringList summaryOf(const CrystalsJobResult& result)
                         .arg(result.mergedCount())
                         .arg(counted(int(result.listGroup.size()), "group"))
                         .arg(result.listUnread.size()));
+    return listLine;
+}
+
+QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResult& result)
+{
+    QStringList listLine;
+    for (const std::vector<int>& listKind : compound.merged.listOtherKind) {
+        QStringList listName;
+        for (const int n : listKind) {
+            listName.append(result.listCrystal[size_t(n)].strName);
+        }
+        listLine.append(QStringLiteral("%1 were left out, but agree among themselves: they may be of another "
+                                       "compound with this lattice.")
+                            .arg(listName.join(QStringLiteral(", "))));
+    }
     return listLine;
 }
 

@@ -18,6 +18,9 @@ void tellGroups(const CrystalsJobResult& result, CRunReport& report);
 /// crystal are only counted.
 QStringList summaryOf(const CrystalsJobResult& result);
 
+/// Crystals that were left out of a group, but agree among themselves: a line for each such kind.
+QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResult& result);
+
 /// "1 crystal", "3 crystals".
 QString counted(int nCount, const char* pszWhat);
 

@@ -61,7 +61,7 @@ TreePlot correlationTree(const CrystalsJobResult& result, const CompoundGroup& c
 {
     TreePlot plot;
     plot.strTitle = QStringLiteral("Crystals of %1").arg(compound.strName);
-    plot.strHeight = QStringLiteral("√(1 − r²), r the correlation of the intensities");
+    plot.strHeight = QStringLiteral("√(1 − r²), r the correlation of the normalized amplitudes");
     plot.listJoint = compound.merged.listJoint;
     const QStringList listLabel = labelsOf(result.listCrystal);
     for (size_t n = 0; n < compound.merged.listSettled.size(); ++n) {

@@ -115,8 +115,12 @@ QJsonObject crystalObject(const CrystalsJobResult& result, size_t nCrystal)
         const size_t n = size_t(fate.nSettled);
         const SettledCrystal& settled = compound.merged.listSettled[n];
         object[QStringLiteral("setting")] = settingText(compound, settled);
+        object[QStringLiteral("alternatives")] = settled.nAlternatives;
+        object[QStringLiteral("settingByIntensities")] = settled.nAlternatives > 1 && settled.bBySharing;
         putNumber(object, "correlation", settled.dfCorrelation);
-        putNumber(object, "secondCorrelation", settled.dfSecond);
+        if (settled.nAlternatives > 1 && settled.bBySharing) {
+            putNumber(object, "secondCorrelation", settled.dfSecond);
+        }
         object[QStringLiteral("common")] = settled.nCommon;
         putNumber(object, "scale", compound.merged.listScale[n].dfScale);
         putNumber(object, "b", compound.merged.listScale[n].dfB);
@@ -166,9 +170,23 @@ QJsonObject groupObject(const CrystalsJobResult& result, const CompoundGroup& co
     if (compound.known) {
         object[QStringLiteral("known")] = knownObject(*compound.known, result.listKnown);
     }
+    if (!compound.group.strRelation.isEmpty()) {
+        object[QStringLiteral("relation")] = compound.group.strRelation;
+    }
     if (!compound.isMerged()) {
         object[QStringLiteral("reason")] = compound.outcome.strReason;
         return object;
+    }
+    QJsonArray arrayOtherKind;
+    for (const std::vector<int>& listKind : compound.merged.listOtherKind) {
+        QJsonArray arrayKind;
+        for (const int n : listKind) {
+            arrayKind.append(n);
+        }
+        arrayOtherKind.append(arrayKind);
+    }
+    if (!arrayOtherKind.isEmpty()) {
+        object[QStringLiteral("otherKinds")] = arrayOtherKind;
     }
     IntegrateResult integrate;
     integrate.result = compound.merged.result;
@@ -232,9 +250,10 @@ QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 
 QStringList mergeArguments(const CrystalsJobOptions& options, const CrystalsJobResult& result)
 {
-    QStringList list = {QStringLiteral("tessera-merge"),
-                        QStringLiteral("--out=") + QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath()),
-                        QStringLiteral("--name=") + result.strName};
+    QStringList list = {
+        QStringLiteral("tessera-merge"),
+        QStringLiteral("--out=") + QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath()),
+        QStringLiteral("--name=") + result.strName};
     const CrystalsJobOptions usual;
     const auto put = [&list](const char* pszOption, const QString& strValue) {
         list.append(QLatin1String(pszOption) + QLatin1Char('=') + strValue);

@@ -122,7 +122,9 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
         if (fate.nSettled >= 0) {
             const size_t n = size_t(fate.nSettled);
             const SettledCrystal& settled = compound.merged.listSettled[n];
-            listCell << settingText(compound, settled) << QString::number(settled.nCommon)
+            listCell << settingText(compound, settled) +
+                            (settled.bBySharing ? QString() : QStringLiteral(" ?"))
+                     << QString::number(settled.nCommon)
                      << (settled.nCommon > 0 ? number(settled.dfCorrelation, 3) : QStringLiteral("-"))
                      << number(compound.merged.listScale[n].dfScale, 3)
                      << number(compound.merged.listScale[n].dfB, 2) << number(compound.merged.listGain[n], 3);
@@ -139,9 +141,12 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
          QStringLiteral("Gain"), QStringLiteral("Observed"), QStringLiteral("Alone / %"),
          QStringLiteral("Alone, Rint"), QString()},
         listRow,
-        QStringLiteral("The crystals: common reflections and correlation with all others, scale and fall-off "
-                       "that bring it to the others, what it adds to CC1/2 (of Fisher's z; below 0 it takes "
-                       "away), completeness and Rint of it alone."));
+        QStringLiteral(
+            "The crystals: common reflections and correlation of amplitudes with all others, scale and "
+            "fall-off "
+            "that bring it to the others, what it adds to CC1/2 (of Fisher's z; below 0 it takes "
+            "away), completeness and Rint of it alone. A setting with ? is the closest by the cell: the "
+            "crystal shares too little to tell."));
 }
 
 SvgPlot scalesPlot(const CompoundGroup& compound)
@@ -212,9 +217,12 @@ void writeGroup(CHtmlPage& page, const CrystalsJobResult& result, const Compound
               QStringLiteral("%1 of %2 merged").arg(compound.usedCount()).arg(compound.crystalCount()));
     page.close();
     writeMembers(page, result, compound);
+    for (const QString& strLine : otherKindLines(compound, result)) {
+        page.element("p", strLine);
+    }
     writeTree(
         page, correlationTree(result, compound),
-        QStringLiteral("The crystals by the correlation of their intensities; struck through: left out."));
+        QStringLiteral("The crystals by the correlation of their amplitudes; struck through: left out."));
     writeShells(page, merged);
     writePlots(page, compound);
     page.element("h3", QStringLiteral("Symmetry of the intensities"));
