@@ -72,6 +72,9 @@ QStringList settledFields(const CompoundGroup& compound, const CrystalFate& fate
                              settled.nCommon > 0 ? number(settled.dfCorrelation, 4) : QString(),
                              bSecond ? number(settled.dfSecond, 4) : QString(),
                              QString::number(settled.nCommon)};
+    if (!fate.bUsed) {
+        return listField << QString() << QString() << QString();
+    }
     return listField << number(scale.dfScale, 4) << number(scale.dfB, 3)
                      << number(compound.merged.listGain[n], 4);
 }

@@ -1,5 +1,6 @@
 #include "crystals/joblines.h"
 
+#include "crystals/cellrelation.h"
 #include "road/reporttables.h"
 
 #include <QFileInfo>
@@ -74,10 +75,9 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
         strLine += QStringLiteral("; ") + strKnown;
     }
     report.addMessage(strLine + QLatin1Char('.'));
-    if (!compound.known && !compound.group.strRelation.isEmpty()) {
-        report.addMessage(
-            QStringLiteral("%1, held against %2: %3")
-                .arg(compound.strName, result.listGroup.front().strName, compound.group.strRelation));
+    const QString strRelation = relationLine(compound, result);
+    if (!strRelation.isEmpty()) {
+        report.addMessage(strRelation, Severity::Warning);
     }
     for (const int nMember : compound.group.listMember) {
         const CrystalFate& fate = result.listFate[size_t(nMember)];
@@ -90,8 +90,8 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
                               Severity::Warning);
         }
     }
-    for (const QString& strLine : otherKindLines(compound, result)) {
-        report.addMessage(QStringLiteral("%1: %2").arg(compound.strName, strLine), Severity::Warning);
+    for (const QString& strKind : otherKindLines(compound, result)) {
+        report.addMessage(QStringLiteral("%1: %2").arg(compound.strName, strKind), Severity::Warning);
     }
     if (!compound.isMerged()) {
         report.addMessage(
@@ -179,6 +179,23 @@ QStringList summaryOf(const CrystalsJobResult& result)
                         .arg(counted(int(result.listGroup.size()), "group"))
                         .arg(result.listUnread.size()));
     return listLine;
+}
+
+QString relationLine(const CompoundGroup& compound, const CrystalsJobResult& result)
+{
+    const CompoundGroup& first = result.listGroup.front();
+    if (compound.known || &compound == &first) {
+        return {};
+    }
+    // Beyond twice the tolerance a lattice that is near says nothing: it is another compound.
+    const CellTolerance& tolerance = compound.group.tolerance;
+    const CellTolerance wide = {2 * tolerance.dfLengths, 2 * tolerance.dfAngles};
+    const bool bNear = relationBetween(compound.group.reference, first.group.reference, tolerance).nTimes >
+                           1 ||
+                       !settingsBetween(compound.group.reference, first.group.reference, wide).empty();
+    return bNear ? QStringLiteral("%1, held against %2: %3")
+                       .arg(compound.strName, first.strName, compound.group.strRelation)
+                 : QString();
 }
 
 QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResult& result)

@@ -18,6 +18,10 @@ void tellGroups(const CrystalsJobResult& result, CRunReport& report);
 /// crystal are only counted.
 QStringList summaryOf(const CrystalsJobResult& result);
 
+/// How the lattice of a group that is no known compound lies to that of the first, where it is related to it:
+/// a multiple, a part, or within twice the tolerance. Else empty.
+QString relationLine(const CompoundGroup& compound, const CrystalsJobResult& result);
+
 /// Crystals that were left out of a group, but agree among themselves: a line for each such kind.
 QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResult& result);
 

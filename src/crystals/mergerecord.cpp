@@ -122,9 +122,11 @@ QJsonObject crystalObject(const CrystalsJobResult& result, size_t nCrystal)
             putNumber(object, "secondCorrelation", settled.dfSecond);
         }
         object[QStringLiteral("common")] = settled.nCommon;
-        putNumber(object, "scale", compound.merged.listScale[n].dfScale);
-        putNumber(object, "b", compound.merged.listScale[n].dfB);
-        putNumber(object, "ccHalfGain", compound.merged.listGain[n]);
+        if (fate.bUsed) {
+            putNumber(object, "scale", compound.merged.listScale[n].dfScale);
+            putNumber(object, "b", compound.merged.listScale[n].dfB);
+            putNumber(object, "ccHalfGain", compound.merged.listGain[n]);
+        }
     }
     return object;
 }

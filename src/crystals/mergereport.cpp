@@ -122,12 +122,18 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
         if (fate.nSettled >= 0) {
             const size_t n = size_t(fate.nSettled);
             const SettledCrystal& settled = compound.merged.listSettled[n];
-            listCell << settingText(compound, settled) +
-                            (settled.bBySharing ? QString() : QStringLiteral(" ?"))
+            const bool bDoubt = settled.nAlternatives > 1 && !settled.bBySharing &&
+                                compound.crystalCount() > 1;
+            const CrystalScale& scale = compound.merged.listScale[n];
+            listCell << settingText(compound, settled) + (bDoubt ? QStringLiteral(" ?") : QString())
                      << QString::number(settled.nCommon)
-                     << (settled.nCommon > 0 ? number(settled.dfCorrelation, 3) : QStringLiteral("-"))
-                     << number(compound.merged.listScale[n].dfScale, 3)
-                     << number(compound.merged.listScale[n].dfB, 2) << number(compound.merged.listGain[n], 3);
+                     << (settled.nCommon > 0 ? number(settled.dfCorrelation, 3) : QStringLiteral("-"));
+            if (fate.bUsed) {
+                listCell << number(scale.dfScale, 3) << number(scale.dfB, 2)
+                         << number(compound.merged.listGain[n], 3);
+            } else {
+                listCell << QString() << QString() << QString();
+            }
         } else {
             listCell << QString() << QString() << QString() << QString() << QString() << QString();
         }
