@@ -42,8 +42,11 @@ protected:
             listUrl.append(QUrl::fromLocalFile(strPath));
         }
         data.setUrls(listUrl);
-        QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QDragEnterEvent enter({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(m_pDialog, &enter);
+        QDropEvent event({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
         QApplication::sendEvent(m_pDialog, &event);
+        EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "a move would let the source delete the results";
         ASSERT_TRUE(QTest::qWaitFor([this] { return !m_pController->isReading(); }, g_nPatience));
     }
     void click(QPushButton* pButton) const { QTest::mouseClick(pButton, Qt::LeftButton); }
