@@ -185,6 +185,8 @@ TEST_F(Crystals, WhatIsNoCrystalIsToldAndTheRestMerged)
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(m_pResult->result()->listUnread.size(), 3u);
     EXPECT_EQ(m_pResult->result()->usedCount(), 7);
+    EXPECT_EQ(m_pResult->m_pTableUnread->rowCount(), 3);
+    EXPECT_TRUE(m_pResult->m_pPages->isTabVisible(m_pResult->m_pPages->indexOf(m_pResult->m_pTableUnread)));
 
     // What cannot be begun is told before anything is read, and the former result stays.
     const struct {

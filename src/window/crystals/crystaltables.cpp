@@ -7,7 +7,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLocale>
+#include <QStringList>
 
+#include <cmath>
 #include <limits>
 
 namespace tessera {
@@ -28,10 +30,16 @@ QString count(int n)
     return QLocale::system().toString(n);
 }
 
-QString latticeText(const Crystal& crystal)
+/// Centring, edges and angles in a row; the units stand in the title.
+QString latticeText(char chCentring, const CellParameters& cell, const CellParameters& errors)
 {
-    return QString(QLatin1Char(crystal.chCentring)) + QLatin1Char(' ') +
-           cellText(crystal.cell, crystal.cellErrors);
+    QStringList listPart = {QString(QLatin1Char(chCentring))};
+    for (size_t n = 0; n < 6; ++n) {
+        const double dfNumber = cell.numbers()[n], dfError = errors.numbers()[n];
+        const bool bExact = dfError <= 0 && dfNumber == std::round(dfNumber);  // by the symmetry
+        listPart.append(bExact ? QString::number(dfNumber) : withError(dfNumber, dfError));
+    }
+    return listPart.join(QLatin1Char(' '));
 }
 
 Cell yesNo(bool bYes)
@@ -45,7 +53,8 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
     std::vector<Cell> row = {Cell::text(titleOfGroup(result, nGroup)),
                              Cell::number(compound.crystalCount(), 0), Cell::number(compound.usedCount(), 0)};
     if (!compound.isMerged()) {
-        row.push_back(Cell::text(tr("P %1, reduced").arg(cellText(compound.cellMean, compound.cellSpread))));
+        row.push_back(
+            Cell::text(tr("%1, reduced").arg(latticeText('P', compound.cellMean, compound.cellSpread))));
         row.insert(row.end(), 2, Cell::text(QStringLiteral("–")));
         row.insert(row.end(), 5, Cell::number(g_dfUnknown, 0));
         row.push_back(Cell::text(compound.outcome.strReason));
@@ -53,8 +62,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
     }
     const IntegrationResult& merged = compound.merged.result;
     const ShellQuality& all = merged.quality.overall;
-    row.push_back(Cell::text(QString(QLatin1Char(merged.chosen.chCentring)) + QLatin1Char(' ') +
-                             cellText(compound.cell, compound.cellDeviation)));
+    row.push_back(Cell::text(latticeText(merged.chosen.chCentring, compound.cell, compound.cellDeviation)));
     row.push_back(Cell::text(merged.chosen.strClass));
     row.push_back(Cell::text(merged.spaceGroup ? merged.spaceGroup->strName : QStringLiteral("–")));
     row.push_back(Cell::number(100 * all.dfCompleteness, 1));
@@ -105,29 +113,37 @@ QualityTable listedTable(const std::vector<ListedFolder>& listFolder)
     for (const ListedFolder& folder : listFolder) {
         for (const ListedCrystal& listed : folder.listCrystal) {
             const Crystal& crystal = listed.crystal;
-            table.listRow.push_back({Cell::text(crystal.strName), Cell::text(latticeText(crystal)),
-                                     Cell::text(crystal.strLaueClass),
-                                     Cell::number(100 * crystal.dfCompleteness, 1),
-                                     Cell::number(crystal.dfRInt, 3), Cell::number(crystal.dfCcHalf, 3),
-                                     Cell::number(listed.nObserved, 0), Cell::number(listed.nReflections, 0),
-                                     Cell::text(QDir::toNativeSeparators(folder.strFolder))});
+            table.listRow.push_back(
+                {Cell::text(crystal.strName),
+                 Cell::text(latticeText(crystal.chCentring, crystal.cell, crystal.cellErrors)),
+                 Cell::text(crystal.strLaueClass), Cell::number(100 * crystal.dfCompleteness, 1),
+                 Cell::number(crystal.dfRInt, 3), Cell::number(crystal.dfCcHalf, 3),
+                 Cell::number(listed.nObserved, 0), Cell::number(listed.nReflections, 0),
+                 Cell::text(QDir::toNativeSeparators(folder.strFolder))});
         }
     }
     return table;
 }
 
-QualityTable unreadTable(const std::vector<ListedFolder>& listFolder)
+std::vector<UnreadCrystal> unreadOf(const std::vector<ListedFolder>& listFolder)
+{
+    std::vector<UnreadCrystal> list;
+    for (const ListedFolder& folder : listFolder) {
+        list.insert(list.end(), folder.listUnread.begin(), folder.listUnread.end());
+    }
+    return list;
+}
+
+QualityTable unreadTable(const std::vector<UnreadCrystal>& listUnread)
 {
     QualityTable table;
     table.strName = QStringLiteral("not_read");
     table.strTitle = tr("Not Read");
     table.listColumn = {{tr("Not read"), tr("A folder, or the record of a run in one.")},
                         {tr("Why"), tr("What is wrong with it.")}};
-    for (const ListedFolder& folder : listFolder) {
-        for (const UnreadCrystal& unread : folder.listUnread) {
-            table.listRow.push_back(
-                {Cell::text(QDir::toNativeSeparators(unread.strName)), Cell::text(unread.strReason)});
-        }
+    for (const UnreadCrystal& unread : listUnread) {
+        table.listRow.push_back(
+            {Cell::text(QDir::toNativeSeparators(unread.strName)), Cell::text(unread.strReason)});
     }
     return table;
 }

@@ -31,7 +31,9 @@ ListedFolder listedFolder(const QString& strFolder);
 /// Cell and quality of each crystal by itself, a row each, in the order of the folders.
 QualityTable listedTable(const std::vector<ListedFolder>& listFolder);
 /// What gives no crystal, a row each, with the reasons.
-QualityTable unreadTable(const std::vector<ListedFolder>& listFolder);
+QualityTable unreadTable(const std::vector<UnreadCrystal>& listUnread);
+/// All of them, in the order of the folders.
+std::vector<UnreadCrystal> unreadOf(const std::vector<ListedFolder>& listFolder);
 
 /// A row for each group: compound, cell with its spread, what was merged and how good that is.
 QualityTable groupTable(const CrystalsJobResult& result);

@@ -84,7 +84,7 @@ MergeDialog::MergeDialog(QWidget* pParent) : QDialog(pParent, Qt::Window)
     m_pResult->clear();
     shareTips(this);
     setReady(false, false);
-    resize(1120, 720);
+    resize(1200, 740);
 }
 
 void MergeDialog::setMerging(bool bMerging)

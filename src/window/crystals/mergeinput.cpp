@@ -216,14 +216,14 @@ void MergeInput::takeFolder(const ListedFolder& folder)
 void MergeInput::showFolders()
 {
     m_pTable->setTable(listedTable(m_listFolder));
-    m_pTableUnread->setTable(unreadTable(m_listFolder));
+    m_pTableUnread->setTable(unreadTable(unreadOf(m_listFolder)));
     const int nCrystals = m_pTable->rowCount(), nUnread = m_pTableUnread->rowCount();
     m_pTableUnread->setVisible(nUnread > 0);
     const QColor colorBad = readableOn(palette(), Qt::red);
     for (int nRow = 0; nRow < nUnread; ++nRow) {
         m_pTableUnread->item(nRow, 0)->setForeground(colorBad);
     }
-    QString strState = tr("Add the folders with the results of at least two crystals.");
+    QString strState = tr("Add the folders with the results of at least two crystals, or drop them here.");
     if (nCrystals + nUnread > 0) {
         strState = nCrystals == 1 ? tr("1 crystal.") : tr("%1 crystals.").arg(nCrystals);
         if (nUnread > 0) {

@@ -63,6 +63,8 @@ MergeResultView::MergeResultView(QWidget* pParent) : QWidget(pParent)
     explainArea(m_pTreeCorrelations, tr("The crystals of the group by their intensities: what is joined far "
                                         "to the left agrees well. Struck through: left out."));
     m_pQuality = new QualityTab(m_pPages);
+    m_pTableUnread = makeTable(m_pPages);
+    explainArea(m_pTableUnread, tr("What gave no crystal, or the same one again, and why."));
     m_pFiles = new QTextBrowser(m_pPages);
     m_pFiles->setOpenLinks(false);
     explainArea(m_pFiles, tr("What was written. A click opens a file with the program for it."));
@@ -71,6 +73,7 @@ MergeResultView::MergeResultView(QWidget* pParent) : QWidget(pParent)
     m_pPages->addTab(makeTreePage(m_pTreeCorrelations), tr("Correlations"));
     m_pPages->addTab(m_pQuality, tr("Quality"));
     m_pPages->addTab(m_pFiles, tr("Files"));
+    m_pPages->addTab(m_pTableUnread, tr("Not Read"));
     pSplitter->setStretchFactor(0, 1);
     pSplitter->setStretchFactor(1, 3);
     pSplitter->setChildrenCollapsible(false);
@@ -91,7 +94,7 @@ MergeResultView::MergeResultView(QWidget* pParent) : QWidget(pParent)
         chooseCrystal(merged.listSettled[size_t(nLeaf)].nCrystal);
     });
     connect(m_pQuality, &QualityTab::notSaved, this, &MergeResultView::notSaved);
-    for (TablePanel* pTable : {m_pTableGroups, m_pTableMembers}) {
+    for (TablePanel* pTable : {m_pTableGroups, m_pTableMembers, m_pTableUnread}) {
         connect(pTable, &TablePanel::notSaved, this, &MergeResultView::notSaved);
     }
     connect(m_pFiles, &QTextBrowser::anchorClicked, this,
@@ -132,6 +135,8 @@ void MergeResultView::clear()
     m_pTreeCorrelations->setPlot({});
     m_pQuality->clear();
     m_pFiles->clear();
+    m_pTableUnread->setTable({});
+    m_pPages->setTabVisible(m_pPages->indexOf(m_pTableUnread), false);
 }
 
 void MergeResultView::setResult(const std::shared_ptr<const CrystalsJobResult>& pResult,
@@ -145,6 +150,8 @@ void MergeResultView::setResult(const std::shared_ptr<const CrystalsJobResult>& 
     for (int nRow = 0; nRow < m_pTableGroups->rowCount(); ++nRow) {
         m_pTableGroups->item(nRow, 0)->setIcon(patchOf(readableOn(palette(), colorOfGroup(nRow))));
     }
+    m_pTableUnread->setTable(unreadTable(pResult->listUnread));
+    m_pPages->setTabVisible(m_pPages->indexOf(m_pTableUnread), !pResult->listUnread.empty());
     showFiles();
     chooseGroup(0);
 }

@@ -40,6 +40,7 @@ public:
     QLabel* m_pLabelSummary;
     TablePanel* m_pTableGroups;
     TablePanel* m_pTableMembers;
+    TablePanel* m_pTableUnread;  ///< its page is seen where there is something
     TreeView* m_pTreeLattices;
     TreeView* m_pTreeCorrelations;
     QualityTab* m_pQuality;

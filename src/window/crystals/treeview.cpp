@@ -74,7 +74,7 @@ void TreeCanvas::ringLeaf(int nLeaf)
 
 int TreeCanvas::headHeight() const
 {
-    return 2 * fontMetrics().lineSpacing() + g_nMargin;
+    return 2 * fontMetrics().lineSpacing() + g_nMargin + 4;
 }
 
 int TreeCanvas::labelWidth() const
@@ -83,7 +83,7 @@ int TreeCanvas::labelWidth() const
     for (const TreeLeaf& leaf : m_plot.listLeaf) {
         nWidth = std::max(nWidth, fontMetrics().horizontalAdvance(leaf.strLabel));
     }
-    return std::min(nWidth, g_nLongestLabel * fontMetrics().averageCharWidth()) + 2 * g_nMargin;
+    return std::min(nWidth, g_nLongestLabel * fontMetrics().averageCharWidth()) + 3 * g_nMargin;
 }
 
 double TreeCanvas::placeX(double dfHeight) const
@@ -137,15 +137,15 @@ void TreeCanvas::paintAxis(QPainter& painter) const
         }
         const double dfX = placeX(df);
         painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(QRectF(dfX - 40, nLine, 80, nLine), Qt::AlignCenter,
+        painter.drawText(QRectF(dfX - 40, nLine + 4, 80, nLine), Qt::AlignCenter,
                          locale.toString(df, 'f', nDecimals));
         painter.setPen(colorGrid);
-        painter.drawLine(QPointF(dfX, 2 * nLine + 2), QPointF(dfX, placeY(double(m_listOrder.size()))));
+        painter.drawLine(QPointF(dfX, 2 * nLine + 6), QPointF(dfX, placeY(double(m_listOrder.size()))));
     }
     if (m_plot.dfCut) {
         painter.setPen(QPen(palette().color(QPalette::Text), 1, Qt::DashLine));
         const double dfX = placeX(*m_plot.dfCut);
-        painter.drawLine(QPointF(dfX, 2 * nLine + 2), QPointF(dfX, placeY(double(m_listOrder.size()))));
+        painter.drawLine(QPointF(dfX, 2 * nLine + 6), QPointF(dfX, placeY(double(m_listOrder.size()))));
     }
 }
 
