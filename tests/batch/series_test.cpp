@@ -125,7 +125,7 @@ TEST_F(ReadSeries, GivesTheBytesOfFilesThatWereMadeSoBeforehand)
         const QString strMade = s_pDir->filePath("made_" + row.strName);
         const QString strOut = s_pDir->filePath("out_" + row.strName);
         ASSERT_NO_FATAL_FAILURE(makeFiles(strMade, row.listFirst, row.nSum, row.nBin));
-        const QStringList listLast = {"--accept", "--export", "smv"};
+        const QStringList listLast = {"--accept", "--export", "smv,xds"};
         BatchOutcome outcome = runBatch(QStringList{strMade + "/q.ed3d"} + listLast);
         ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(3000).toStdString();
         outcome = runBatch(QStringList{project(), "--out", strOut} + row.listOption + listLast);
@@ -140,6 +140,17 @@ TEST_F(ReadSeries, GivesTheBytesOfFilesThatWereMadeSoBeforehand)
         EXPECT_GE(nCompared, 9);
         const QString strImage = QFileInfo(nameOf(row.listFirst[3])).completeBaseName() + ".img";
         EXPECT_EQ(readBytes(strOut + "/" + strImage).mid(512), readBytes(strMade + "/" + strImage).mid(512));
+
+        // A frame is as wide as its sum, whatever the numbers in the names, and begins half of that before
+        // it.
+        const QByteArray bytesXds = readBytes(strOut + "/XDS.INP");
+        if (row.nSum == 2) {
+            EXPECT_TRUE(bytesXds.contains("OSCILLATION_RANGE= 1.000000")) << bytesXds.toStdString();
+            EXPECT_TRUE(bytesXds.contains("DATA_RANGE= 1 29")) << bytesXds.toStdString();
+            EXPECT_TRUE(bytesXds.contains("STARTING_ANGLE= -14.25000"));
+        } else {
+            EXPECT_TRUE(bytesXds.contains("EXCLUDE_DATA_RANGE= 20 22")) << bytesXds.toStdString();
+        }
 
         // What the run kept is the choice of a later start, and of the refined project.
         outcome = runBatch({project(), "--out", strOut, "--from", "merge", "--to", "index", "--accept"});
