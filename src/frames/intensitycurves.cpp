@@ -1,8 +1,11 @@
 #include "frames/intensitycurves.h"
 
 #include "imaging/lorentzcurve.h"
+#include "imaging/sidebyside.h"
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace tessera {
 
@@ -99,12 +102,17 @@ void fitIntensity(const QList<QPointF>& listInt, QList<double>& listParaResult)
 
 void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
                                       const QList<int>& listBeamTiltBreak, int nIntensityMode,
-                                      QList<Peak3D>& listPeakMerged)
+                                      QList<Peak3D>& listPeakMerged, int nJobs)
 {
-    for (Peak3D& peak : listPeakMerged) {
+    const int nPeaksOfPiece = 64;
+    std::vector<Peak3D*> vecPeak;
+    vecPeak.reserve(size_t(listPeakMerged.size()));
+    for (Peak3D& peak : listPeakMerged)
+        vecPeak.push_back(&peak);
+    const auto fitPeak = [&](Peak3D& peak) {
         QVector<double> vecFrame, vecInt;
         if (!getReflectionChainData(listPeakChain, nIntensityMode, peak.nID, vecFrame, vecInt))
-            continue;
+            return;
         QList<double> listPara;
         fitIntensity(getBeamTiltSeriesDataForFitting(listBeamTiltBreak, vecFrame, vecInt), listPara);
         if (listPara.size() < 6) {
@@ -116,7 +124,15 @@ void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
             peak.dfFrameFit = listPara[7];
             peak.dfHalfWidth = listPara[8];
         }
-    }
+    };
+    const auto makeWorker = [&]() -> FnPiece {
+        return [&](int nPiece) {
+            const size_t nEnd = std::min(vecPeak.size(), size_t(nPiece + 1) * nPeaksOfPiece);
+            for (size_t n = size_t(nPiece) * nPeaksOfPiece; n < nEnd; ++n)
+                fitPeak(*vecPeak[n]);
+        };
+    };
+    sideBySide((int(vecPeak.size()) + nPeaksOfPiece - 1) / nPeaksOfPiece, nJobs, makeWorker);
 }
 
 }  // namespace tessera

@@ -42,11 +42,12 @@ QList<QPointF> getBeamTiltSeriesDataForFitting(const QList<int>& listBeamTiltBre
 void fitIntensity(const QList<QPointF>& listInt, QList<double>& listParaResult);
 
 /// Fits the curve of every reflection and stores dfIntFit, dfFrameFit and dfHalfWidth.
+/// @param nJobs  threads; the curves are the same for every number
 ///
 /// A reflection without a chain keeps its fields; one with too few points for a fit gets its own
 /// intensity in the mode in force, its own frame number and half width 0.
 void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
                                       const QList<int>& listBeamTiltBreak, int nIntensityMode,
-                                      QList<Peak3D>& listPeakMerged);
+                                      QList<Peak3D>& listPeakMerged, int nJobs = 1);
 
 }  // namespace tessera

@@ -1,17 +1,20 @@
 #include "integration/prediction.h"
 
+#include "imaging/sidebyside.h"
 #include "integration/latticecentring.h"
 #include "integration/passagegeometry.h"
 #include "integration/reflectionflags.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace tessera {
 
 namespace {
 
-const double g_dfMostLost = 0.005;  // of a rocking curve: what a sum corrects for without harm
+const int64_t g_nMostPieces = 4096;  // of the rows along l, which threads share
+const double g_dfMostLost = 0.005;   // of a rocking curve: what a sum corrects for without harm
 
 /// Predicts the passages of one reflection after the other.
 class CPredictor {
@@ -222,28 +225,41 @@ std::vector<Observation> predictObservations(const SeriesGeometry& series, const
 }
 
 std::vector<Observation> predictObservations(const CPassageGeometry& passages,
-                                             const PredictionOptions& options)
+                                             const PredictionOptions& options, int nJobs)
 {
-    std::vector<Observation> list;
     if (passages.frameCount() < 2 || !whyNotPredicted(passages, options).isEmpty()) {
-        return list;
+        return {};
     }
     const double dfMaxDStar = furthestDStar(passages, options);
     const std::array<int, 3> anMost = greatestIndices(passages.series().geometry, dfMaxDStar);
     const CPredictor predictor(passages, options);
-    for (int h = -anMost[0]; h <= anMost[0]; ++h) {
-        for (int k = -anMost[1]; k <= anMost[1]; ++k) {
-            for (int l = -anMost[2]; l <= anMost[2]; ++l) {
-                const std::array<int, 3> anIndex = {h, k, l};
-                const DoubleVector point = passages.pointOf(anIndex);
-                const double dfSquare = dot(point, point);
-                if (dfSquare > 0 && dfSquare <= dfMaxDStar * dfMaxDStar &&
-                    dfSquare >= options.dfMinDStar * options.dfMinDStar &&
-                    isLatticePoint(options.chCentring, anIndex)) {
-                    predictor.predict(anIndex, list);
-                }
+    const int64_t nRowsOfPlane = 2 * anMost[1] + 1;
+    const int64_t nRows = (2 * anMost[0] + 1) * nRowsOfPlane;
+    std::vector<std::vector<Observation>> listOfPiece(size_t(std::min<int64_t>(nRows, g_nMostPieces)));
+    const auto predictRow = [&](int64_t nRow, std::vector<Observation>& listFound) {
+        const int h = int(nRow / nRowsOfPlane) - anMost[0];
+        const int k = int(nRow % nRowsOfPlane) - anMost[1];
+        for (int l = -anMost[2]; l <= anMost[2]; ++l) {
+            const std::array<int, 3> anIndex = {h, k, l};
+            const DoubleVector point = passages.pointOf(anIndex);
+            const double dfSquare = dot(point, point);
+            if (dfSquare > 0 && dfSquare <= dfMaxDStar * dfMaxDStar &&
+                dfSquare >= options.dfMinDStar * options.dfMinDStar &&
+                isLatticePoint(options.chCentring, anIndex)) {
+                predictor.predict(anIndex, listFound);
             }
         }
+    };
+    const int64_t nPieces = int64_t(listOfPiece.size());
+    const auto predictPiece = [&](int nPiece) {
+        for (int64_t nRow = nPiece * nRows / nPieces; nRow < (nPiece + 1) * nRows / nPieces; ++nRow) {
+            predictRow(nRow, listOfPiece[size_t(nPiece)]);
+        }
+    };
+    sideBySide(int(nPieces), nJobs, [&] { return FnPiece(predictPiece); });
+    std::vector<Observation> list;
+    for (const std::vector<Observation>& listFound : listOfPiece) {
+        list.insert(list.end(), listFound.begin(), listFound.end());
     }
     std::stable_sort(list.begin(), list.end(), [](const Observation& one, const Observation& other) {
         return one.dfFrame != other.dfFrame ? one.dfFrame < other.dfFrame : one.anIndex < other.anIndex;

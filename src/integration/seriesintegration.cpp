@@ -92,11 +92,11 @@ PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOp
 class CSeriesSum {
 public:
     CSeriesSum(const DataSet& dataSet, const CPassageGeometry& passages, const LearnedSeries& learned,
-               const PredictionOptions& prediction, const std::vector<char>& listMask)
+               const PredictionOptions& prediction, const std::vector<char>& listMask, int nJobs)
         : m_passages(passages),
           m_learned(learned),
           m_frames(dataSet, passages.series().sizeFrame),
-          m_listObservation(predictObservations(passages, prediction)),
+          m_listObservation(predictObservations(passages, prediction, nJobs)),
           m_expected(passages, m_listObservation, learned.curve, learned.correction),
           m_listMeasure(m_listObservation.size())
     {
@@ -273,7 +273,7 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
         return outcome;
     }
     tellModel(learned, report);
-    CSeriesSum sum(dataSet, passages, learned, predictionOf(learned, options), listMask);
+    CSeriesSum sum(dataSet, passages, learned, predictionOf(learned, options), listMask, nJobs);
     outcome = sum.run(nJobs, report);
     if (!outcome.finished()) {
         return outcome;

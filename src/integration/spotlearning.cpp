@@ -221,12 +221,12 @@ double startWidth(const DiffractionGeometry& geometry)
 
 /// What nine in ten spots keep from the nearest other one on their frames, pixels; 0 without any.
 double closestDistance(const CPassageGeometry& passages, PredictionOptions prediction,
-                       const RockingCurve& curve)
+                       const RockingCurve& curve, int nJobs)
 {
     prediction.dfRockingWidth = curve.dfWidth;
     prediction.dfMosaicity = curve.dfMosaicity;
     prediction.dfRockingReach = 2;  // a neighbour that gives next to nothing takes no room
-    const std::vector<Observation> list = predictObservations(passages, prediction);
+    const std::vector<Observation> list = predictObservations(passages, prediction, nJobs);
     const CExpectedSpots expected(passages, list, curve, {});
     std::vector<double> listClosest;
     for (int nFrame = 0; nFrame < passages.frameCount(); nFrame += std::max(1, passages.frameCount() / 10)) {
@@ -266,7 +266,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     prediction.chCentring = options.chCentring;
     prediction.bBeyondEnds = true;
     prediction.dfDiscRadius = 3.2 * dfStartSigma;
-    const std::vector<Observation> listObservation = predictObservations(passages, prediction);
+    const std::vector<Observation> listObservation = predictObservations(passages, prediction, nJobs);
     if (listObservation.empty()) {
         return failRun(report, QStringLiteral("No reflection crosses the Ewald sphere during the series."));
     }
@@ -307,7 +307,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
         return failRun(report, QStringLiteral("None of the frames can be read."));
     }
     learned = learner.learn(options, dfStartSigma);
-    const double dfClosest = closestDistance(passages, prediction, learned.curve);
+    const double dfClosest = closestDistance(passages, prediction, learned.curve, nJobs);
     double& dfRadius = learned.model.dfDiscRadius;
     if (options.dfDiscRadius <= 0 && dfClosest > 0) {
         // Discs side by side; what a narrow one leaves out, the profile tells.

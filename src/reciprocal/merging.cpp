@@ -167,7 +167,7 @@ bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listC
 }
 
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
-                                  const std::vector<char>* pvecSelected, CRunReport& report)
+                                  const std::vector<char>* pvecSelected, CRunReport& report, int nJobs)
 {
     PeakMergingResult result;
     const int nFrames = dataSet.m_listPeakFrameShown.size();
@@ -226,7 +226,8 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
                               Severity::Info);
         }
     }
-    fitIntensityProfileForSharpPeaks(listChain, dataSet.m_listBeamTiltBreak, nIntensityMode, listMerged);
+    fitIntensityProfileForSharpPeaks(listChain, dataSet.m_listBeamTiltBreak, nIntensityMode, listMerged,
+                                     nJobs);
 
     dataSet.m_listPeakChain = listChain;
     dataSet.m_nIntensityMode = nIntensityMode;

@@ -28,8 +28,9 @@ struct PeakMergingResult {
 ///
 /// @param pvecSelected  null: all peaks. Else one flag per nID of m_listPeakFrame: 0 keeps the peak out, and
 ///                      so does an nID beyond the flags, so that no flags at all select nothing.
+/// @param nJobs         threads; the result is the same for every number
 PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters& parameters,
-                                  const std::vector<char>* pvecSelected, CRunReport& report);
+                                  const std::vector<char>* pvecSelected, CRunReport& report, int nJobs = 1);
 
 /// Merges one chain into the weighted mean of its points, with the greatest weight as intensity.
 ///

@@ -351,6 +351,7 @@ GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const Diff
                                           : 1;  // negative after subtraction of the background
     }
     GeometryWork work;
+    work.nJobs = options.nJobs;
     std::partition_copy(listSpot.begin(), listSpot.end(), std::back_inserter(work.listSpot),
                         std::back_inserter(work.listRest),
                         [](const GeometrySpot& spot) { return spot.bIndexed; });

@@ -19,6 +19,7 @@ struct GeometryRefinementOptions {
     bool bDrift = true;  ///< of the direct beam, smooth in the frame number and by frames that jump
     bool bTiltScale = true;
     bool bAxisOutOfPlane = true;
+    int nJobs = 1;    ///< threads; the result is the same for every number
     int nFrames = 0;  ///< of the series, which a drift is told for; those up to the last peak are anyway
     std::vector<int> listFixed;                  ///< GeometryNumber: to stay as they are
     std::vector<CellConstraint> listConstraint;  ///< Bravais types to try, the most symmetric first

@@ -24,8 +24,9 @@ class CGeometryResiduals {
 public:
     /// @param listSpot  with chains; lent
     /// @param listUsed  numbers of the spots that take part; chains are those that they leave
+    /// @param nJobs     threads of evaluate(); the numbers are the same for any
     CGeometryResiduals(const std::vector<GeometrySpot>& listSpot, std::vector<int> listUsed,
-                       const DiffractionGeometry& fixed, double dfAzimuthZero);
+                       const DiffractionGeometry& fixed, double dfAzimuthZero, int nJobs = 1);
 
     int spots() const { return int(m_listUsed.size()); }
     int chains() const { return m_nChains; }
@@ -39,6 +40,13 @@ public:
                   Eigen::VectorXd& vecResidual, RowMatrix* pJacobian) const;
 
 private:
+    struct Terms;
+    struct Along;
+    Terms termsOf(const GeometryNumbers& numbers, const CellForm& form) const;
+    /// Fills the rows in the plane of some spots, and what they add to those of their chains.
+    void evaluateSpots(int nFirst, int nEnd, const Terms& terms, const std::vector<int>& listFree,
+                       Eigen::VectorXd& vecResidual, RowMatrix* pJacobian, Along& along) const;
+
     const std::vector<GeometrySpot>& m_listSpot;
     std::vector<int> m_listUsed;
     std::vector<int> m_listChainRow;
@@ -49,6 +57,7 @@ private:
     DiffractionGeometry m_fixed;  ///< wavelength, size of a pixel, reference radius, middle tilt
     double m_dfCos = 1;           ///< of twice the azimuth that the ellipse counts from
     double m_dfSin = 0;
+    int m_nJobs = 1;
 };
 
 }  // namespace tessera

@@ -138,7 +138,7 @@ CGeometryResiduals GeometryWork::residualsOfHalf(int nHalf) const
     std::vector<int> listHalf;
     std::copy_if(listUsed.begin(), listUsed.end(), std::back_inserter(listHalf),
                  [&](int n) { return listSpot[size_t(n)].nFrame % 2 == nHalf; });
-    return {listSpot, listHalf, fixed, dfAzimuthZero};
+    return {listSpot, listHalf, fixed, dfAzimuthZero, nJobs};
 }
 
 DiffractionGeometry GeometryWork::geometryOf(const GeometryFit& fit) const

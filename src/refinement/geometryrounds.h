@@ -25,8 +25,9 @@ struct GeometryWork {
     std::vector<FramePlace> listDrift;   ///< pixels, of each frame's beam beside the centre; empty for none
     DiffractionGeometry fixed;           ///< what is not fitted; the rest of it is not read
     double dfAzimuthZero = 0;            ///< degrees, that the ellipse counts from
+    int nJobs = 1;                       ///< threads
 
-    CGeometryResiduals residuals() const { return {listSpot, listUsed, fixed, dfAzimuthZero}; }
+    CGeometryResiduals residuals() const { return {listSpot, listUsed, fixed, dfAzimuthZero, nJobs}; }
     /// Those of the used spots whose frames have an odd (1) or even (0) number.
     CGeometryResiduals residualsOfHalf(int nHalf) const;
     DiffractionGeometry geometryOf(const GeometryFit& fit) const;

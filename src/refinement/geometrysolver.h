@@ -14,7 +14,8 @@ struct GeometryFit {
 
 /// Fits the free numbers by the Levenberg-Marquardt method with the loss 2·(√(1 + s) − 1), where s is the
 /// squared distance of a spot in the frame's plane, or of a chain along the beam, in pixels: far ones count
-/// by their distance alone. One thread, always the same result.
+/// by their distance alone. Always the same result, for any number of the
+/// residuals' threads.
 ///
 /// @return false, with the fit as it was, where no step lowered the loss to a finite number
 /// Source: the loss by Charbonnier, Blanc-Féraud, Aubert & Barlaud (1997), IEEE Trans. Image Process. 6,

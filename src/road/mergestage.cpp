@@ -73,8 +73,8 @@ StageResult runMergeStage(RoadState& state)
     if (nGroup >= 0) {
         vecFlag = flagsOfPeakGroup(dataSet, nGroup);
     }
-    const PeakMergingResult result = peakReduction3D(dataSet, state.options.merging,
-                                                     nGroup >= 0 ? &vecFlag : nullptr, state.report);
+    const PeakMergingResult result = peakReduction3D(
+        dataSet, state.options.merging, nGroup >= 0 ? &vecFlag : nullptr, state.report, state.options.jobs());
     if (!result.outcome.finished()) {
         return state.report.ended(result.outcome);
     }

@@ -27,6 +27,7 @@ GeometryRefinement refineSeriesGeometry(DataSet& dataSet, const MappingParameter
         none.strReason = QStringLiteral("Unit cell is not ready.");
         return none;
     }
+    options.nJobs = nJobs;
     options.nFrames = dataSet.m_listFrameFile.size();
     return refineGeometry(fineSpots(dataSet, nJobs, report), *start, options, report);
 }

@@ -21,6 +21,7 @@
 #include <QDoubleSpinBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QThread>
 
 namespace tessera {
 
@@ -136,7 +137,8 @@ void MainWindow::peakReduction3D()
     guarded([&] {
         PeakMergingResult result;
         computeAlive(report, [&](CAliveData& alive) {
-            result = tessera::peakReduction3D(alive.dataSet(), merging, &vecFlag, alive.report());
+            result = tessera::peakReduction3D(alive.dataSet(), merging, &vecFlag, alive.report(),
+                                              QThread::idealThreadCount());
         });
         if (!result.outcome.finished())
             return;
