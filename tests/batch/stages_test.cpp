@@ -51,7 +51,7 @@ TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
     EXPECT_FALSE(one.strText.contains("the other way")) << one.strText.toStdString();
     const QStringList listFile = QDir(m_dir.filePath("one")).entryList(QDir::Files);
     EXPECT_GE(listFile.filter("q_integrated").size(), 1) << listFile.join(' ').toStdString();
-    for (const QString& strJobs : {"2", "3", "5"}) {
+    for (const QString& strJobs : QStringList{"2", "3", "5"}) {
         ASSERT_EQ(batch(strJobs, {"--jobs", strJobs}).nStatus, 0);
         EXPECT_EQ(QDir(m_dir.filePath(strJobs)).entryList(QDir::Files), listFile);
         for (const QString& strFile : listFile)
