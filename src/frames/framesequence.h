@@ -1,6 +1,8 @@
 // CFrameSequence: what is made of the frames of a series, in order, by threads that run ahead.
 #pragma once
 
+#include "imaging/imagememory.h"
+
 #include <algorithm>
 #include <condition_variable>
 #include <exception>
@@ -17,6 +19,8 @@ namespace tessera {
 /// no more than one result a thread is in memory beside the one that the caller has. With one job all is done
 /// by the caller's thread.
 ///
+/// The memory of large images that were let go is kept for those of the next frames (CImageMemory).
+///
 /// What is made does not depend on the number of jobs as long as the result of a frame depends on that
 /// frame alone. A frame for which memory runs out (std::bad_alloc) is made again by half the threads, whose
 /// results and work space are freed first, and at last by the caller's thread alone.
@@ -30,7 +34,7 @@ public:
     /// @param fnMakeWorker  called here once for each thread: gives the thread's own FnFrame, with the work
     ///                      space that it keeps from frame to frame
     CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker)
-        : m_fnMakeWorker(fnMakeWorker), m_nFrames(nFrames)
+        : m_fnMakeWorker(fnMakeWorker), m_nFrames(nFrames), m_memory(size_t(std::max(1, nJobs)) * 2 + 1)
     {
         start(std::min(nJobs, nFrames), 0);
     }
@@ -55,6 +59,7 @@ public:
                 start(nFewer, nFrame);
             }
         }
+        const CImageMemory::CUse use(m_memory);
         return m_fnFrame(nFrame);
     }
 
@@ -97,6 +102,7 @@ private:
         m_vecThread.clear();
         m_vecDone.clear();
         m_fnFrame = nullptr;
+        m_memory.clear();
         m_bStop = false;
     }
 
@@ -115,6 +121,7 @@ private:
 
     void work(const FnFrame& fnFrame)
     {
+        const CImageMemory::CUse use(m_memory);
         std::unique_lock<std::mutex> lock(m_mutex);
         for (;;) {
             m_changed.wait(lock,
@@ -142,7 +149,8 @@ private:
     std::function<FnFrame()> m_fnMakeWorker;
     FnFrame m_fnFrame;
     int m_nFrames;
-    int m_nPlaces = 1;  // of results, the one that the caller has among them
+    CImageMemory m_memory;  // of the frames and what is made of them, handed round
+    int m_nPlaces = 1;      // of results, the one that the caller has among them
     int m_nNext = 0;
     int m_nTaken = 0;
     bool m_bStop = false;

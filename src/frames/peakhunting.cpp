@@ -6,6 +6,7 @@
 #include "frames/firstimage.h"
 #include "frames/framehunt.h"
 #include "frames/framewalk.h"
+#include "frames/jobsformemory.h"
 #include "frames/sharedpeakfilters.h"
 #include "records/formerfile.h"
 #include "records/runends.h"
@@ -25,8 +26,11 @@ namespace tessera {
 
 namespace {
 
-// Of the spectrum, its product and both images, and, once for the series, of the filters in the making.
-const std::uint64_t g_nBytesPerPixel = 48;
+// The frame and the work space of its transform, in bytes per pixel with some to spare; images that are
+// handed on; and once for the series the filters.
+const double g_dfOfWork = 4 + 8.5, g_dfOfImages = 8, g_dfOfFilters = 4.5;
+// Of a frame alone; the filters take more while they are made, the work space is not there then.
+const std::uint64_t g_nBytesPerPixel = 17;
 
 struct HuntedFrame {
     bool bHunted = false;
@@ -38,8 +42,13 @@ struct HuntedFrame {
 // Loads and hunts single frames; the threads of a run share one.
 class CFrameHunter {
 public:
-    CFrameHunter(const DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters)
-        : m_series(dataSet), m_mask(dataSet.m_maskPeakHunting), m_parameters(parameters), m_filters(filters)
+    CFrameHunter(const DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
+                 bool bKeepImages)
+        : m_series(dataSet),
+          m_mask(dataSet.m_maskPeakHunting),
+          m_parameters(parameters),
+          m_filters(filters),
+          m_bKeepImages(bKeepImages)
     {}
 
     /// @throw CShortMemory
@@ -65,6 +74,8 @@ public:
                 return frame;
             }
             frame.bHunted = true;
+            if (!m_bKeepImages)
+                frame.vecImage.clear();
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
         } catch (const std::bad_alloc&) {
@@ -82,6 +93,7 @@ private:
     const MaskData m_mask;
     const PeakHuntingParameters m_parameters;
     CSharedPeakFilters m_filters;
+    const bool m_bKeepImages;
 };
 
 QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)
@@ -116,7 +128,7 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
         hunted.outcome.end = RunEnd::Stopped;
         return hunted;
     }
-    CFrameHunter hunter(dataSet, parameters, filters);
+    CFrameHunter hunter(dataSet, parameters, filters, options.bKeepImages);
     const auto makeWorker = [&hunter] {
         return [&hunter, pWork = std::make_shared<FrameHuntWork>()](int nFrame) {
             return hunter.hunt(nFrame, *pWork);
@@ -127,7 +139,8 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
     CBadPixelLines badPixelLines;
     const auto takeOver = [&](int i, HuntedFrame& frame) {
         frame.report.sayTo(report);
-        dataSet.m_vecFrameImage = std::move(frame.vecImage);
+        if (options.bKeepImages)
+            dataSet.m_vecFrameImage = std::move(frame.vecImage);
         if (!frame.bHunted)
             return false;
         badPixelLines.add(i, frame.peaks.nBadPixels, report);
@@ -142,7 +155,9 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
             options.fnFrameDone(i, listPeak);
         return true;
     };
-    hunted.outcome = walk.runAhead<HuntedFrame>(options.nJobs, makeWorker, takeOver);
+    const FrameMemory memory{g_dfOfWork + (options.bKeepImages ? g_dfOfImages : 0), g_dfOfFilters};
+    const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), options.nJobs, memory, &report);
+    hunted.outcome = walk.runAhead<HuntedFrame>(nJobs, makeWorker, takeOver);
     if (hunted.outcome.end == RunEnd::Finished && nNoisy > 0)
         report.addMessage(
             QStringLiteral(

@@ -5,6 +5,7 @@
 #include "frames/deferredreport.h"
 #include "frames/framesource.h"
 #include "frames/framewalk.h"
+#include "frames/jobsformemory.h"
 #include "imaging/imagelist.h"
 #include "records/runreport.h"
 
@@ -60,16 +61,18 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
             try {
                 frame.result = fnLook(img, i);
             } catch (const std::bad_alloc&) {
-                const std::uint64_t nBytesPerPixel = 48;  // as much as hunting takes, or less
+                const std::uint64_t nBytesPerPixel = 17;  // as much as hunting takes, or less
                 throw CShortMemory(QStringLiteral("%1: a look at the frame").arg(strFile),
                                    nBytesPerPixel * std::uint64_t(img.Width()) * std::uint64_t(img.Height()));
             }
             return frame;
         };
     };
+    // As much as hunting takes, or less; whoever looks has a run after it, which says that there are fewer.
+    const int nFit = jobsForMemory(series, nJobs, {17, 4}, nullptr);
     std::vector<CDeferredReport> vecUnread;
     CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, report);
-    const RunOutcome outcome = walk.runAhead<SampledFrame<Result>>(nJobs, makeWorker,
+    const RunOutcome outcome = walk.runAhead<SampledFrame<Result>>(nFit, makeWorker,
                                                                    [&](int, SampledFrame<Result>& frame) {
                                                                        if (frame.result)
                                                                            fnTake(*frame.result);

@@ -7,6 +7,7 @@
 #include "frames/frameloader.h"
 #include "frames/framewalk.h"
 #include "frames/gapfilling.h"
+#include "frames/jobsformemory.h"
 #include "frames/summedmapbeam.h"
 #include "frames/wholepixels.h"
 #include "imaging/acmlfft.h"
@@ -211,7 +212,8 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
         }
         return true;
     };
-    measured.outcome = walk.runAhead<RegionFrame>(std::min(nJobs, g_nMostReaders), makeWorker, add);
+    const int nReaders = jobsForMemory(series, std::min(nJobs, g_nMostReaders), {4, 0}, &report);
+    measured.outcome = walk.runAhead<RegionFrame>(nReaders, makeWorker, add);
     return measured;
 }
 

@@ -21,6 +21,9 @@ namespace tessera {
 namespace {
 
 constexpr size_t BLOCK_SIZE = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
+/// Larger ones are read in strips of rows of about so many bytes, which are still in the cache when they are
+/// converted.
+constexpr size_t STRIP_SIZE = size_t(1) << 18;
 
 template <class T, bool bSwap>
 void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
@@ -73,17 +76,49 @@ void sectionToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfI
     }
 }
 
-std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcLayout& layout)
+std::unique_ptr<CImgObj<float>> imageOf(const MrcLayout& layout)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
     if (!pImage->Create(layout.nWidth, layout.nY))
         throw std::bad_alloc();
+    return pImage;
+}
+
+void convertRows(const uint8_t* pRows, const MrcLayout& layout, float* pfImage)
+{
     if (layout.bPacked)
-        packedRowsToImage(pSection, layout, pImage->Data());
+        packedRowsToImage(pRows, layout, pfImage);
     else if (layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN))
-        sectionToImage<true>(pSection, layout, pImage->Data());
+        sectionToImage<true>(pRows, layout, pfImage);
     else
-        sectionToImage<false>(pSection, layout, pImage->Data());
+        sectionToImage<false>(pRows, layout, pfImage);
+}
+
+std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcLayout& layout)
+{
+    auto pImage = imageOf(layout);
+    convertRows(pSection, layout, pImage->Data());
+    return pImage;
+}
+
+/// Reads a section at the place where the file stands; null when it cannot be read whole.
+std::unique_ptr<CImgObj<float>> readInStrips(QFile& file, const MrcLayout& layout)
+{
+    auto pImage = imageOf(layout);
+    const int nTogether = static_cast<int>(
+        std::clamp(STRIP_SIZE / layout.rowBytes(), size_t(1), static_cast<size_t>(layout.nY)));
+    const std::shared_ptr<uint8_t> pStrip = makeFileBuffer(static_cast<size_t>(nTogether) *
+                                                           layout.rowBytes());
+    MrcLayout strip = layout;
+    for (int nDone = 0; nDone < layout.nY; nDone += strip.nY) {
+        strip.nY = std::min(nTogether, layout.nY - nDone);
+        const qint64 nBytes = static_cast<qint64>(layout.rowBytes()) * strip.nY;
+        if (file.read(reinterpret_cast<char*>(pStrip.get()), nBytes) != nBytes)
+            return nullptr;
+        const int nTop = layout.bTopDown ? nDone : layout.nY - nDone - strip.nY;
+        convertRows(pStrip.get(), strip,
+                    pImage->Data() + static_cast<size_t>(nTop) * static_cast<size_t>(layout.nWidth));
+    }
     return pImage;
 }
 
@@ -128,6 +163,23 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
 
     ImageList vecRead;
     vecRead.reserve(static_cast<size_t>(sections.nCount));
+    const auto cannotBeRead = [&](int64_t nDone) {
+        strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
+                        .arg(QString::number(nFirst + nDone + 1), QString::number(layout.nZ),
+                             file.errorString());
+    };
+    if (sections.nBytes > BLOCK_SIZE) {
+        for (int64_t nDone = 0; nDone < sections.nCount; ++nDone) {
+            auto pImage = readInStrips(file, layout);
+            if (!pImage) {
+                cannotBeRead(nDone);
+                break;
+            }
+            vecRead.push_back(std::move(pImage));
+        }
+        takeOver(vecRead, vecImage);
+        return 1;
+    }
     const int64_t nTogether = std::min(
         sections.nCount, static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / sections.nBytes)));
     const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * sections.nBytes);
@@ -140,9 +192,7 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
                 imageFromSection(pBlock.get() + static_cast<size_t>(z) * sections.nBytes, layout));
         nDone += nWhole;
         if (nRead != nBytes) {
-            strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
-                            .arg(QString::number(nFirst + nDone + 1), QString::number(layout.nZ),
-                                 file.errorString());
+            cannotBeRead(nDone);
             break;
         }
     }

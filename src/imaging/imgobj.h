@@ -1,6 +1,8 @@
 // CImgObj<T>: the one image type, a row-major raster that owns its buffer.
 #pragma once
 
+#include "imaging/imagememory.h"
+
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -55,16 +57,17 @@ public:
         Release();
         if (nWidth < 1 || nHeight < 1 || std::int64_t(nWidth) * nHeight > INT32_MAX)
             return 0;
-        m_pData = new T[std::size_t(nWidth) * std::size_t(nHeight)];
+        m_pData = static_cast<T*>(takeImageMemory(std::size_t(nWidth) * std::size_t(nHeight) * sizeof(T)));
         m_nWidth = nWidth;
         m_nHeight = nHeight;
         return 1;
     }
 
-    /// Frees the buffer; the image is empty afterwards.
+    /// Frees the buffer, or gives it back to a run that keeps it (CImageMemory); the image is empty
+    /// afterwards.
     void Release()
     {
-        delete[] m_pData;
+        giveImageMemory(m_pData, Count() * sizeof(T));
         m_pData = nullptr;
         m_nWidth = 0;
         m_nHeight = 0;

@@ -1,6 +1,7 @@
 #include "integration/seriesintegration.h"
 
 #include "frames/framewalk.h"
+#include "frames/jobsformemory.h"
 #include "frames/spotsize.h"
 #include "integration/expectedspots.h"
 #include "integration/framecombination.h"
@@ -245,7 +246,7 @@ void tellModel(const LearnedSeries& learned, CRunReport& report)
 }  // namespace
 
 RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
-                           const IntegrationOptions& options, int nJobs, CRunReport& report,
+                           const IntegrationOptions& options, int nMostJobs, CRunReport& report,
                            IntegratedSeries& result)
 {
     const QString strMissing = whatIsMissing(dataSet, series);
@@ -259,6 +260,8 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     if (!strTooMuch.isEmpty()) {
         return refuseRun(report, strTooMuch);
     }
+    const FrameMemory memory{6, 2};  // frame and discs; once the mask and the lists of the series
+    const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), nMostJobs, memory, &report);
     std::optional<SpotSize> size;
     if (!measureSpotSize(dataSet, report, size, nJobs)) {
         return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);

@@ -7,6 +7,10 @@
 #include <algorithm>
 #include <limits>
 
+#ifdef __linux__
+#include <sys/resource.h>
+#endif
+
 namespace tessera {
 
 namespace {
@@ -75,6 +79,24 @@ std::uint64_t availableMemory()
 {
     const std::uint64_t nKilobytes = valueOf(content(QStringLiteral("/proc/meminfo")), "MemAvailable:");
     return std::min(nKilobytes > UNKNOWN / 1024 ? UNKNOWN : nKilobytes * 1024, leftInControlGroup());
+}
+
+std::uint64_t memoryLeftByLimits()
+{
+    std::uint64_t nLeft = UNKNOWN;
+#ifdef __linux__
+    // In kilobytes, as the kernel holds them against the limits.
+    const QByteArray bytesStatus = content(QStringLiteral("/proc/self/status"));
+    const auto count = [&](auto resource, const char* pszUsed) {
+        rlimit limit{};
+        const std::uint64_t nUsed = valueOf(QByteArray(bytesStatus).replace('\t', ' '), pszUsed);
+        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && nUsed < UNKNOWN / 1024)
+            nLeft = std::min(nLeft, limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, nUsed * 1024));
+    };
+    count(RLIMIT_AS, "VmSize:");
+    count(RLIMIT_DATA, "VmData:");
+#endif
+    return nLeft;
 }
 
 bool hasMemoryFor(std::uint64_t nBytes)

@@ -132,6 +132,7 @@ StageResult runPeakStage(RoadState& state)
     }
     PeakHuntingOptions options;
     options.bSaveEmpty = false;
+    options.bKeepImages = false;
     options.nJobs = nJobs;
     const RunOutcome outcome = runPeakHunting(dataSet, parameters, filters, state.report, options);
     if (!outcome.finished()) {

@@ -30,6 +30,15 @@ TEST(FindLocalMaxima, AgreesWithTheMaximumOfNeighboursInRowOrder)
         EXPECT_GT(listX.size(), 20);
         EXPECT_EQ(listX, listExpectedX);
         EXPECT_EQ(listY, listExpectedY);
+        for (const double dfFraction : {1.0, 0.003}) {  // row by row as from the image, and too many alike
+            CMaximaOfRows rows(nW, nH, fThreshold, dfFraction);
+            for (int y = 0; y < nH; ++y)
+                rows.add(img.Data() + y * nW, -100.f);
+            EXPECT_EQ(rows.tooMany(), !FindLocalMaxima(img, fThreshold, listX, listY, dfFraction));
+            EXPECT_EQ(rows.tooMany(), dfFraction < 1);
+            EXPECT_EQ(rows.listX(), listX);
+            EXPECT_EQ(rows.listY(), listY);
+        }
     }
 }
 

@@ -93,6 +93,25 @@ TEST_F(Mrc, ReadsBackWideStacksOfSeveralBlocks)
     }
 }
 
+TEST_F(Mrc, ReadsLargeSectionsStripByStripAsItReadsThemWhole)
+{
+    const int nX = 701, nY = 1003;  // 1.4 MB of 16 bit, and no whole number of strips
+    QByteArray bytes = header(nX, nY, 2, 1);
+    bytes.resize(1024 + 2 * 2 * nX * nY);
+    for (int i = 0; i < 2 * nX * nY; ++i)
+        qToLittleEndian<qint16>(qint16(i % 30011), bytes.data() + 1024 + 2 * i);
+    for (const int nMapR : {-1, -2}) {  // the first row at the bottom, and on top
+        qToLittleEndian<qint32>(nMapR, bytes.data() + 4 * 17);
+        ASSERT_TRUE(writeBytes(path("large.mrc"), bytes));
+        ImageList vecImage, vecWhole;
+        ASSERT_EQ(ReadMRC(path("large.mrc"), vecImage), 1);
+        ASSERT_EQ(parsed(bytes, vecWhole), 1);
+        ASSERT_EQ(vecImage.size(), 2u);
+        for (size_t z = 0; z < 2; ++z)
+            EXPECT_TRUE(std::equal(vecImage[z]->Data(), vecImage[z]->Data() + nX * nY, vecWhole[z]->Data()));
+    }
+}
+
 TEST_F(Mrc, WritesTheBytesThatAnotherProgramWrites)
 {
     for (const auto& [pName, pWrite] :

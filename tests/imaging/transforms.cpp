@@ -109,4 +109,33 @@ TEST(CAcmlFft, DoesNotDependOnWhereTheBufferLies)
     }
 }
 
+TEST(AcmlFft, FiltersInPlaceToTheBitWhatItFiltersIntoImages)
+{
+    for (const auto& [nW, nH] : {std::pair(24, 18), {17, 31}, {64, 40}, {1, 1}, {7, 300}, {130, 9}}) {
+        const std::vector<COMPLEX> vecFilter = randomImage(int(CAcmlFft::HalfCount(nW, nH)));
+        const std::vector<COMPLEX> vecImage = randomImage(nW * nH);
+        const auto fill = [&, nWidth = nW](int nRow, float* pRow) {
+            for (int x = 0; x < nWidth; ++x)
+                pRow[x] = vecImage[std::size_t(nRow * nWidth + x)].re;
+        };
+        CAcmlFft fft;
+        const std::size_t nHalf = vecFilter.size(), nPixels = std::size_t(nW) * std::size_t(nH);
+        std::vector<COMPLEX> vecHalf(nHalf), vecWork(2 * nHalf), vecPlace(2 * nHalf);
+        std::vector<float> vecS(nPixels), vecB(nPixels), vecRows;
+        ASSERT_EQ(fft.TransformReal(fill, nW, nH, vecHalf.data()), 1);
+        ASSERT_EQ(fft.TransformFiltered(vecHalf.data(), vecFilter.data(), nW, nH, vecWork.data(),
+                                        {vecS.data(), 0.5f}, {vecB.data(), -2.f}),
+                  1);
+        ASSERT_EQ(fft.TransformReal(fill, nW, nH, vecPlace.data() + nHalf), 1);
+        ASSERT_EQ(fft.FilterInPlace(vecPlace.data(), vecFilter.data(), nW, nH, {true, 0.5f}, -2.f,
+                                    [&, nWidth = nW](int, const float* pRow) {
+                                        vecRows.insert(vecRows.end(), pRow, pRow + nWidth);
+                                    }),
+                  1);
+        EXPECT_EQ(vecRows, vecB) << nW << " " << nH;
+        for (int i = 0; i < nW * nH; ++i)
+            ASSERT_EQ(CAcmlFft::KeptPixel(vecPlace.data(), i % nW, i / nW, nH), vecS[std::size_t(i)]) << i;
+    }
+}
+
 }  // namespace tessera
