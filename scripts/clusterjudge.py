@@ -6,6 +6,7 @@ import collections
 import hashlib
 import json
 import os
+import re
 import sys
 
 RUNS = ("one", "slurm1", "slurm2", "killed")
@@ -25,13 +26,13 @@ def calls(folder):
 
 
 def content(name, folder):
-    """The bytes of a result, seen from the folder of its run; of a summary without the seconds that it took."""
+    """The bytes of a result, seen from the folder of its run; of a summary without the times that it tells."""
     with open(name, "rb") as file:
         data = file.read().replace(os.fsencode(folder), b"")
     if os.path.basename(name) in SUMMARIES:
         table = json.loads(data)
         table.pop("seconds", None)
-        data = json.dumps(table, sort_keys=True).encode()
+        data = re.sub(rb"\d\d:\d\d:\d\d>", b"", json.dumps(table, sort_keys=True).encode())
     return data
 
 
