@@ -50,13 +50,6 @@
 
 namespace tessera {
 
-// Read by the leak check of an address-sanitized build: what these keep to the end.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions()
-{
-    return "leak:libfontconfig\nleak:libdbus\nleak:swrast_dri\n";
-}
-
 namespace {
 
 constexpr int HANG_SECONDS = 60;
