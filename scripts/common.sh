@@ -13,7 +13,7 @@ PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5
               libssl-dev)
 PACKAGES_TEST=(libgtest-dev libbenchmark-dev libglu1-mesa-dev xvfb xauth
                python3-fabio python3-gemmi python3-h5py python3-mrcfile python3-numpy python3-pil
-               python3-tifffile bitshuffle dials)
+               python3-scipy python3-tifffile bitshuffle dials)
 # Not among those of the tests: snakemake brings 670 MB of libraries of cloud services with it. The test of the workflow
 # is left out where it is missing.
 PACKAGES_CLUSTER=(snakemake slurm-wlm munge python3)

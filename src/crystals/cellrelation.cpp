@@ -71,11 +71,13 @@ QString relationText(const LatticeBasis& crystal, const LatticeBasis& group, con
     const CellRelation relation = relationBetween(crystal, group, tolerance);
     if (relation.nTimes > 1) {
         return relation.bLarger
-                   ? QStringLiteral("Its primitive cell holds that of the group %1 times: an edge may have been "
-                                    "taken too long, or a centring missed.")
+                   ? QStringLiteral(
+                         "Its primitive cell holds that of the group %1 times: an edge may have been "
+                         "taken too long, or a centring missed.")
                          .arg(relation.nTimes)
-                   : QStringLiteral("Its primitive cell is one of %1 parts of that of the group: an edge may "
-                                    "have been taken too short, or a centring that is none.")
+                   : QStringLiteral(
+                         "Its primitive cell is one of %1 parts of that of the group: an edge may "
+                         "have been taken too short, or a centring that is none.")
                          .arg(relation.nTimes);
     }
     const CellTolerance wide = {5 * tolerance.dfLengths, 5 * tolerance.dfAngles};
@@ -83,7 +85,8 @@ QString relationText(const LatticeBasis& crystal, const LatticeBasis& group, con
     if (listSetting.empty()) {
         return QStringLiteral("Its lattice has nothing in common with that of the group.");
     }
-    return QStringLiteral("Its lattice differs from that of the group by %1 % in an edge and %2° in an angle.")
+    return QStringLiteral(
+               "Its lattice differs from that of the group by %1 % in an edge and %2° in an angle.")
         .arg(listSetting.front().dfLengths, 0, 'f', 1)
         .arg(listSetting.front().dfAngles, 0, 'f', 1);
 }

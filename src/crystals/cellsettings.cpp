@@ -73,8 +73,8 @@ double angleBetween(const LatticeVector& one, const LatticeVector& other)
     return std::acos(std::clamp(dfCosine, -1.0, 1.0)) * 180 / g_dfPi;
 }
 
-/// Goes through all bases of short vectors that lie near another basis. Edge by edge, so that most are given up
-/// early.
+/// Goes through all bases of short vectors that lie near another basis. Edge by edge, so that most are given
+/// up early.
 class CSettingSearch {
 public:
     CSettingSearch(const LatticeBasis& from, const LatticeBasis& to, const CellTolerance& tolerance)
@@ -83,7 +83,8 @@ public:
         for (size_t n = 0; n < 3; ++n) {
             const double dfEdge = m_to.numbers()[n];
             for (const LatticeVector& vector : m_listVector) {
-                const double dfOff = 100 * std::abs(vector.dfLength - dfEdge) / ((vector.dfLength + dfEdge) / 2);
+                const double dfOff = 100 * std::abs(vector.dfLength - dfEdge) /
+                                     ((vector.dfLength + dfEdge) / 2);
                 m_aOff[n].push_back(dfOff);
             }
         }
@@ -111,9 +112,9 @@ public:
                     setting.matAxes.row(2) = m_listVector[c].an;
                     if (setting.matAxes.determinant() == 1) {
                         setting.dfLengths = std::max({m_aOff[0][a], m_aOff[1][b], m_aOff[2][c]});
-                        setting.dfAngles = m_tolerance.dfAngles * std::max({angles(m_to.gamma, a, b),
-                                                                            angles(m_to.alpha, b, c),
-                                                                            angles(m_to.beta, a, c)});
+                        setting.dfAngles = m_tolerance.dfAngles *
+                                           std::max({angles(m_to.gamma, a, b), angles(m_to.alpha, b, c),
+                                                     angles(m_to.beta, a, c)});
                         dfMost = fn(setting);
                     }
                 }
@@ -138,8 +139,8 @@ private:
     std::array<std::vector<double>, 3> m_aOff;  ///< % of each vector against each edge
 };
 
-/// Those of a symmetric lattice differ by rounding alone: what is equal to so much comes in a fixed order, the
-/// least changed axes first.
+/// Those of a symmetric lattice differ by rounding alone: what is equal to so much comes in a fixed order,
+/// the least changed axes first.
 bool isBefore(const CellSetting& one, const CellSetting& other)
 {
     const double dfStep = 1e-4;
@@ -186,7 +187,8 @@ ReducedCell reducedCell(const CellParameters& cell, char chCentring)
     if (niggli.isZero()) {
         return reduced;
     }
-    // An axis is a sum of the given ones, and its index the same sum of theirs. Centrings make halves and thirds.
+    // An axis is a sum of the given ones, and its index the same sum of theirs. Centrings make halves and
+    // thirds.
     const double dfParts = 6;
     reduced.matIndices = (dfParts * niggli * basis.inverse()).array().round().matrix() / dfParts;
     reduced.basis = niggli;

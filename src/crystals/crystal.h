@@ -22,9 +22,9 @@ struct Crystal {
     double dfCompleteness = 0;  ///< 0 to 1, of the run alone
     double dfRInt = 0;
     double dfCcHalf = 0;
-    QString strEnded;        ///< when the run ended, UTC as the record has it
-    QString strFrameChoice;  ///< options by which the run took some of the frames; empty: all
-    std::vector<QByteArray> listFrameHash;       ///< of the files of the frames, sorted; empty: not known
+    QString strEnded;                       ///< when the run ended, UTC as the record has it
+    QString strFrameChoice;                 ///< options by which the run took some of the frames; empty: all
+    std::vector<QByteArray> listFrameHash;  ///< of the files of the frames, sorted; empty: not known
     std::vector<ScaledIntensity> listIntensity;  ///< unmerged, scaled along the series; indices of the cell
 };
 

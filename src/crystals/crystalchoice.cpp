@@ -149,9 +149,10 @@ std::vector<Observation> amplitudesOf(const std::vector<Observation>& listObserv
         one.dfLorentz = one.dfScale = one.dfSigmaFactor = 1;
         one.dfIntensity = std::copysign(std::sqrt(std::abs(dfSquare)), dfSquare);
         // By the amplitude of the group, as weights that follow their own observation would pull the mean.
-        one.dfSigma = nGroup < 0 ? 0
-                                 : dfSigma / (2 * std::sqrt(std::max(listIntensity[size_t(nGroup)] / dfMean,
-                                                                     dfSigma)));
+        one.dfSigma = nGroup < 0
+                          ? 0
+                          : dfSigma /
+                                (2 * std::sqrt(std::max(listIntensity[size_t(nGroup)] / dfMean, dfSigma)));
     }
     return list;
 }

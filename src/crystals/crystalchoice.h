@@ -8,8 +8,9 @@
 
 namespace tessera {
 
-/// CC1/2 (see CAgreement) of all observations, and without those of one crystal. An observation's crystal is its
-/// first frame. The sums of each group are made once, so that all crystals cost no more than a few mergings.
+/// CC1/2 (see CAgreement) of all observations, and without those of one crystal. An observation's crystal is
+/// its first frame. The sums of each group are made once, so that all crystals cost no more than a few
+/// mergings.
 class CLeaveOneOut {
 public:
     CLeaveOneOut(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
@@ -18,9 +19,9 @@ public:
     /// Not finite below three groups of two and more.
     double ccHalf() const { return ccHalf(m_all); }
     double ccHalfWithout(int nCrystal) const;
-    /// Fisher's z of all less that without the crystal, which is half the difference of the logarithms of (1 + CC)
-    /// / (1 - CC), and its standard error: that of a sum over reflections, as which differ in what they add.
-    /// Not finite where one of both is not.
+    /// Fisher's z of all less that without the crystal, which is half the difference of the logarithms of (1
+    /// + CC) / (1 - CC), and its standard error: that of a sum over reflections, as which differ in what they
+    /// add. Not finite where one of both is not.
     struct Gain {
         double dfGain = 0;
         double dfError = 0;
@@ -63,17 +64,17 @@ private:
     Totals m_all;
 };
 
-/// Observations as normalized amplitudes E against the mean of their resolution, with the sign of the intensity,
-/// and with their sigmas; what belongs to no group has sigma 0. A few strong reflections rule the agreement of
-/// intensities, so that it tells little of the crystal that measured them badly by chance.
+/// Observations as normalized amplitudes E against the mean of their resolution, with the sign of the
+/// intensity, and with their sigmas; what belongs to no group has sigma 0. A few strong reflections rule the
+/// agreement of intensities, so that it tells little of the crystal that measured them badly by chance.
 std::vector<Observation> amplitudesOf(const std::vector<Observation>& listObservation,
                                       const EquivalentGroups& groups);
 
-/// The crystal that lowers CC1/2 by more than can be chance; -1: none. Without it z must rise by 0.01 at least,
-/// by more than the usual crystal adds to it, and by three of its standard errors, and its gain must lie three
-/// standard deviations below the usual one, by the median of the deviations. Of three crystals or fewer none is
-/// chosen.
-/// Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028, for the criterion itself.
+/// The crystal that lowers CC1/2 by more than can be chance; -1: none. Without it z must rise by 0.01 at
+/// least, by more than the usual crystal adds to it, and by three of its standard errors, and its gain must
+/// lie three standard deviations below the usual one, by the median of the deviations. Of three crystals or
+/// fewer none is chosen. Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028, for the
+/// criterion itself.
 /// @param listGain  what is not finite takes no part
 int harmfulCrystal(const std::vector<CLeaveOneOut::Gain>& listGain);
 

@@ -25,7 +25,8 @@ struct CrystalGroups {
     std::vector<int> listInTree;          ///< the others: the things of the tree
 };
 
-/// Groups by the distance of the lattices, at the tolerance. See relationText() for what is told of the others.
+/// Groups by the distance of the lattices, at the tolerance. See relationText() for what is told of the
+/// others.
 CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTolerance& tolerance = {});
 
 }  // namespace tessera

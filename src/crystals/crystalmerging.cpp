@@ -109,9 +109,8 @@ private:
     CRunReport& m_report;
 };
 
-IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCell& cell,
-                        size_t nCrystals, double dfWavelength, const CrystalMergeOptions& options,
-                        CRunReport& report)
+IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCell& cell, size_t nCrystals,
+                        double dfWavelength, const CrystalMergeOptions& options, CRunReport& report)
 {
     IntegratedSeries integrated;
     integrated.listObservation = std::move(listObservation);
@@ -144,7 +143,10 @@ class CChooser {
 public:
     CChooser(const std::vector<Crystal>& listCrystal, const ObservationSymmetry& symmetry,
              const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged)
-        : m_listCrystal(listCrystal), m_symmetry(symmetry), m_options(options), m_report(report),
+        : m_listCrystal(listCrystal),
+          m_symmetry(symmetry),
+          m_options(options),
+          m_report(report),
           m_merged(merged)
     {}
 
@@ -159,9 +161,8 @@ public:
             scale();
             bWorse = leaveOutWorst();
         }
-        const size_t nFirst =
-            size_t(std::find(m_merged.listUsed.begin(), m_merged.listUsed.end(), 1) -
-                   m_merged.listUsed.begin());
+        const size_t nFirst = size_t(std::find(m_merged.listUsed.begin(), m_merged.listUsed.end(), 1) -
+                                     m_merged.listUsed.begin());
         const Crystal& first = m_listCrystal[size_t(m_merged.listSettled[nFirst].nCrystal)];
         m_merged.cellMean = m_cell.mean;
         m_merged.cellSpread = m_cell.spread;
@@ -239,8 +240,8 @@ private:
     std::vector<Observation> m_listObservation;
 };
 
-/// What was measured twice must not count twice, nor agree with itself. Of several runs on the same frames the
-/// one that ended last is kept, and of those that ended at once the first.
+/// What was measured twice must not count twice, nor agree with itself. Of several runs on the same frames
+/// the one that ended last is kept, and of those that ended at once the first.
 std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, std::vector<int> listMember,
                                   MergedCrystals& merged)
 {
@@ -248,7 +249,8 @@ std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, std::
         std::vector<QByteArray> listBoth;
         std::set_intersection(one.listFrameHash.begin(), one.listFrameHash.end(), other.listFrameHash.begin(),
                               other.listFrameHash.end(), std::back_inserter(listBoth));
-        // Frames without a beam may be equal by chance; a file may hold all frames, of which the runs took some.
+        // Frames without a beam may be equal by chance; a file may hold all frames, of which the runs took
+        // some.
         const size_t nLess = std::min(one.listFrameHash.size(), other.listFrameHash.size());
         return nLess > 0 && 2 * listBoth.size() > nLess && one.strFrameChoice == other.strFrameChoice;
     };
@@ -277,8 +279,9 @@ std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, std::
 /// Of a class that was asked for, as itself or by its space group; empty: none was.
 QString wishedClass(const JudgementOptions& options)
 {
-    const gemmi::SpaceGroup* pGroup =
-        options.nSpaceGroup > 0 ? gemmi::find_spacegroup_by_number(options.nSpaceGroup) : nullptr;
+    const gemmi::SpaceGroup* pGroup = options.nSpaceGroup > 0
+                                          ? gemmi::find_spacegroup_by_number(options.nSpaceGroup)
+                                          : nullptr;
     return options.strLaueClass.isEmpty() && pGroup ? QString::fromLatin1(pGroup->laue_str())
                                                     : options.strLaueClass;
 }

@@ -23,8 +23,8 @@ struct CrystalMergeOptions {
 
 /// A crystal that takes no part.
 struct LeftOutCrystal {
-    int nCrystal = 0;      ///< place in the list of the crystals
-    double dfBefore = 0;   ///< CC1/2 of the merged intensities with it; 0: left out before, for another reason
+    int nCrystal = 0;     ///< place in the list of the crystals
+    double dfBefore = 0;  ///< CC1/2 of the merged intensities with it; 0: left out before, for another reason
     double dfWithout = 0;  ///< and without
     QString strReason;
 };
@@ -33,10 +33,11 @@ struct MergedCrystals {
     std::vector<SettledCrystal> listSettled;  ///< all of the group that could be brought to its setting
     std::vector<char> listUsed;               ///< of each of them: 1 where it is merged
     std::vector<CrystalScale> listScale;      ///< of each of them; 1 and 0 of what is not used
-    std::vector<double> listGain;  ///< what each of them adds to Fisher's z of CC1/2 of the normalized amplitudes
+    std::vector<double>
+        listGain;  ///< what each of them adds to Fisher's z of CC1/2 of the normalized amplitudes
     std::vector<LeftOutCrystal> listLeftOut;
-    std::vector<std::vector<int>> listOtherKind;  ///< crystals that were left out, but agree among themselves:
-                                                  ///< places in the list of the crystals
+    std::vector<std::vector<int>> listOtherKind;  ///< crystals that were left out, but agree among
+                                                  ///< themselves: places in the list of the crystals
     std::vector<Joint> listJoint;  ///< the tree of the settled crystals; heights sqrt(1 - r²) of the
                                    ///< correlations r of their normalized amplitudes
     QString strSettledClass;       ///< the Laue class by which settings were told apart
@@ -51,7 +52,8 @@ struct MergedCrystals {
 /// Left out, each with the reason:
 /// - a crystal of the same frames as another one, by their hashes: the run that ended later counts;
 /// - one whose lattice cannot be brought to that of the group;
-/// - one whose intensities are not those of the others, or that shares too little with them (crystalsapart.h);
+/// - one whose intensities are not those of the others, or that shares too little with them
+/// (crystalsapart.h);
 /// - one that lowers CC1/2, the worst one first, as long as more than three are left (harmfulCrystal()).
 ///
 /// @param merged  replaced when the run finished, else as it was

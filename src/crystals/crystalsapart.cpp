@@ -14,7 +14,8 @@ constexpr double g_dfLeastCorrelation = 0.3;
 
 QString tooFew(const SettledCrystal& crystal)
 {
-    return QStringLiteral("It shares %1 reflections with the others, too few to tell whether it is one of them.")
+    return QStringLiteral(
+               "It shares %1 reflections with the others, too few to tell whether it is one of them.")
         .arg(crystal.nCommon);
 }
 
@@ -31,12 +32,14 @@ QString whyApart(const SettledCrystal& crystal, size_t nOfKind)
         return tooFew(crystal);
     }
     const QString strCorrelation =
-        QStringLiteral("Its lattice agrees, but its intensities correlate with those of the others by %1 "
-                       "over %2 reflections")
+        QStringLiteral(
+            "Its lattice agrees, but its intensities correlate with those of the others by %1 "
+            "over %2 reflections")
             .arg(crystal.dfCorrelation, 0, 'f', 2)
             .arg(crystal.nCommon);
-    return nOfKind > 1 ? strCorrelation + QStringLiteral(" and are alike in %1 crystals: another compound of the "
-                                                         "same lattice.")
+    return nOfKind > 1 ? strCorrelation + QStringLiteral(
+                                              " and are alike in %1 crystals: another compound of the "
+                                              "same lattice.")
                                               .arg(nOfKind)
                        : strCorrelation + QStringLiteral(": another compound, or indices that are wrong.");
 }
@@ -45,7 +48,8 @@ QString whyApart(const SettledCrystal& crystal, size_t nOfKind)
 
 bool ApartCrystals::isNone() const
 {
-    return std::all_of(listReason.begin(), listReason.end(), [](const QString& str) { return str.isEmpty(); });
+    return std::all_of(listReason.begin(), listReason.end(),
+                       [](const QString& str) { return str.isEmpty(); });
 }
 
 ApartCrystals findApart(const SettledCrystals& settled, const std::vector<Joint>& listJoint)
@@ -80,8 +84,9 @@ ApartCrystals findApart(const SettledCrystals& settled, const std::vector<Joint>
                 apart.listReason[size_t(nPlace)] =
                     crystal.nCommon < g_nFewCommon
                         ? tooFew(crystal)
-                        : QStringLiteral("Its intensities correlate with those of the others by %1 over %2 "
-                                         "reflections, which may be chance.")
+                        : QStringLiteral(
+                              "Its intensities correlate with those of the others by %1 over %2 "
+                              "reflections, which may be chance.")
                               .arg(crystal.dfCorrelation, 0, 'f', 2)
                               .arg(crystal.nCommon);
             }

@@ -17,9 +17,9 @@ struct CrystalScale {
 };
 
 /// Least squares by turns: the mean of each reflection over the crystals, then scale and B of each crystal by
-/// what its intensities lack to these means, relative to them, on reflections whose mean is above 3 sigma, with
-/// weights that fall for what lies far off (Cauchy), until nothing moves. A crystal that shares fewer than 20
-/// such reflections keeps B 0, one that shares fewer than 3 gets the scale of its mean intensity.
+/// what its intensities lack to these means, relative to them, on reflections whose mean is above 3 sigma,
+/// with weights that fall for what lies far off (Cauchy), until nothing moves. A crystal that shares fewer
+/// than 20 such reflections keeps B 0, one that shares fewer than 3 gets the scale of its mean intensity.
 /// Source: the two alternating steps of Hamilton, Rollett & Sparks (1965), Acta Cryst. 18, 129–130.
 ///
 /// @param listMean  merged reflections of each crystal in one setting, equivalent ones under one index

@@ -33,9 +33,10 @@ std::array<int, 3> friedelIndex(std::array<int, 3> anIndex)
 /// Means with weights 1 / sigma² of what has equal indices, sorted by them.
 std::vector<FriedelIntensity> merged(std::vector<FriedelIntensity> list)
 {
-    std::stable_sort(list.begin(), list.end(), [](const FriedelIntensity& one, const FriedelIntensity& other) {
-        return one.anIndex < other.anIndex;
-    });
+    std::stable_sort(list.begin(), list.end(),
+                     [](const FriedelIntensity& one, const FriedelIntensity& other) {
+                         return one.anIndex < other.anIndex;
+                     });
     size_t nEnd = 0;
     for (size_t nFirst = 0; nFirst < list.size();) {
         double dfWeights = 0, dfWeighted = 0;
@@ -78,8 +79,8 @@ std::vector<NormalizedReflection> normalized(const std::vector<FriedelIntensity>
     return listNormalized;
 }
 
-/// All within the tolerance. A member that lies further off, as the others link it to the group, has those that
-/// are not much worse than its best.
+/// All within the tolerance. A member that lies further off, as the others link it to the group, has those
+/// that are not much worse than its best.
 std::vector<CellSetting> usableSettings(const LatticeBasis& from, const LatticeBasis& to,
                                         const CellTolerance& tolerance)
 {
@@ -148,7 +149,8 @@ int usualRotations(const std::vector<Crystal>& listCrystal, const std::vector<Ca
     return list[(list.size() - 1) / 2];
 }
 
-/// The class of those with the most reflections, settled without any symmetry; none when it was asked to stop.
+/// The class of those with the most reflections, settled without any symmetry; none when it was asked to
+/// stop.
 std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& listInput, int nMostRotations,
                                              const LatticeBasis& reference, const SettlingOptions& options,
                                              CRunReport& report)
@@ -320,8 +322,7 @@ SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const st
         return {};
     }
     for (size_t n = 0; n < listInput.size(); ++n) {
-        result.listSettled.push_back(
-            settledOf(choices, n, listCandidate[n], listInput[n], result.symmetry));
+        result.listSettled.push_back(settledOf(choices, n, listCandidate[n], listInput[n], result.symmetry));
     }
     result.distances = distancesOf(choices, result.listSettled, options.nJobs);
     return result;

@@ -50,8 +50,8 @@ struct SettledCrystal {
     double dfCorrelation = 0;                ///< of the normalized amplitudes with the mean of all the others
     double dfSecond = 0;                     ///< the same in the best of the other alternatives; 0: none
     int nCommon = 0;                         ///< reflections that it shares with the others
-    int nAlternatives = 1;  ///< settings that the lattice allows and the symmetry does not make equal
-    int nAlternative = 0;   ///< which of them: 0 is the closest by the cell alone
+    int nAlternatives = 1;   ///< settings that the lattice allows and the symmetry does not make equal
+    int nAlternative = 0;    ///< which of them: 0 is the closest by the cell alone
     bool bBySharing = true;  ///< false: it shares too little to choose, and has the closest one
 };
 

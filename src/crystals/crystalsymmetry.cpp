@@ -38,8 +38,8 @@ int rotationCount(const QString& strLaueClass)
         const char* pszName;
         int nRotations;
     };
-    static const Class aClass[] = {{"-1", 1},     {"2/m", 2},  {"mmm", 4},  {"-3", 3},     {"-3m", 6},
-                                   {"-3m1", 6},   {"-31m", 6}, {"4/m", 4},  {"4/mmm", 8},  {"6/m", 6},
+    static const Class aClass[] = {{"-1", 1},     {"2/m", 2},  {"mmm", 4},  {"-3", 3},    {"-3m", 6},
+                                   {"-3m1", 6},   {"-31m", 6}, {"4/m", 4},  {"4/mmm", 8}, {"6/m", 6},
                                    {"6/mmm", 12}, {"m-3", 12}, {"m-3m", 24}};
     for (const Class& one : aClass) {
         if (strLaueClass == QLatin1String(one.pszName)) {

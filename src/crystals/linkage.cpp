@@ -11,7 +11,8 @@ namespace {
 class CClusters {
 public:
     explicit CClusters(const CDistances& distances)
-        : m_distances(distances), m_listAlive(size_t(distances.count()), 1),
+        : m_distances(distances),
+          m_listAlive(size_t(distances.count()), 1),
           m_listNearest(size_t(distances.count()), -1)
     {
         for (int i = 0; i < m_distances.count(); ++i) {

@@ -44,8 +44,8 @@ public:
         agreement.nCommon = m_nCount;
         const double dfXX = m_dfXX - m_dfX * m_dfX / m_nCount, dfYY = m_dfYY - m_dfY * m_dfY / m_nCount;
         if (m_nCount >= 3 && dfXX > 1e-9 * m_dfXX && dfYY > 1e-9 * m_dfYY) {
-            agreement.dfCorrelation = std::clamp(
-                (m_dfXY - m_dfX * m_dfY / m_nCount) / std::sqrt(dfXX * dfYY), -1.0, 1.0);
+            agreement.dfCorrelation = std::clamp((m_dfXY - m_dfX * m_dfY / m_nCount) / std::sqrt(dfXX * dfYY),
+                                                 -1.0, 1.0);
         }
         return agreement;
     }
@@ -177,7 +177,8 @@ CSettingChoices::Comparison CSettingChoices::compare(size_t nCrystal) const
     // As many pairs for all, or what shares much would win by that alone.
     double dfBest = -HUGE_VAL;
     for (size_t n = 0; n < listAlternative.size(); ++n) {
-        const double dfScore = scoreOf(comparison.listAgreement[n], nLeastCommon, listAlternative[n].dfMisfit);
+        const double dfScore = scoreOf(comparison.listAgreement[n], nLeastCommon,
+                                       listAlternative[n].dfMisfit);
         if (dfScore > dfBest) {
             dfBest = dfScore;
             comparison.nBest = int(n);
@@ -299,7 +300,8 @@ SettingAgreement CSettingChoices::agreementOf(size_t nCrystal) const
 
 SettingAgreement CSettingChoices::agreementOf(size_t nOne, size_t nOther) const
 {
-    const std::vector<Value>&listOne = m_listCrystal[nOne].chosen(), &listOther = m_listCrystal[nOther].chosen();
+    const std::vector<Value>&listOne = m_listCrystal[nOne].chosen(),
+          &listOther = m_listCrystal[nOther].chosen();
     CPairs pairs;
     auto it = listOther.begin();
     for (const Value& value : listOne) {

@@ -52,7 +52,10 @@ public:
     /// After settle(): place of the chosen setting in the input's list.
     int settingOf(size_t nCrystal) const;
     int alternativeOf(size_t nCrystal) const { return m_listCrystal[nCrystal].nChosen; }
-    int alternativeCount(size_t nCrystal) const { return int(m_listCrystal[nCrystal].listAlternative.size()); }
+    int alternativeCount(size_t nCrystal) const
+    {
+        return int(m_listCrystal[nCrystal].listAlternative.size());
+    }
     /// False where it shares too little with the others to choose, so that it has the closest one.
     bool isSettled(size_t nCrystal) const { return m_listCrystal[nCrystal].bSettled; }
     SettingAgreement agreementOf(size_t nCrystal) const;
@@ -65,8 +68,8 @@ private:
         float fAmplitude = 0;
     };
     struct Alternative {
-        int nSetting = 0;            ///< the closest of those that are equal
-        double dfMisfit = 0;         ///< of the lattice
+        int nSetting = 0;              ///< the closest of those that are equal
+        double dfMisfit = 0;           ///< of the lattice
         std::vector<Value> listValue;  ///< by number of the reflection, equivalents as their mean
     };
     struct CrystalState {

@@ -85,8 +85,8 @@ TEST(CrystalScales, areFoundToWhatTheNoiseAllows)
         const double dfMiddle = 0.2;  // s² in the middle of the data, where scale and B do not correlate
         const double dfOff = std::log(listScale[n].factor(dfMiddle) * listTruth[n].dfScale) -
                              2 * listTruth[n].dfB * dfMiddle - dfLog - 2 * dfB * dfMiddle;
-        // A third of disagreement is what weights are for; so many reflections bring it to about 2 %, and to 5 %
-        // where the noise is larger.
+        // A third of disagreement is what weights are for; so many reflections bring it to about 2 %, and to
+        // 5 % where the noise is larger.
         EXPECT_GT(listScale[n].nCommon, 200);
         EXPECT_NEAR(dfOff, 0, n % 3 == 0 ? 0.12 : 0.05) << n;
         EXPECT_NEAR(listScale[n].dfB - listTruth[n].dfB - dfB, 0, n % 3 == 0 ? 0.5 : 0.2) << n;
@@ -132,8 +132,8 @@ TEST(CrystalChoice, leavesOneOutAsMergingWithoutItDoes)
         std::copy_if(listObservation.begin(), listObservation.end(), std::back_inserter(list),
                      [&](const Observation& one) { return one.nFirstFrame != nCrystal; });
         EXPECT_NEAR(leaveOneOut.ccHalfWithout(nCrystal), ccHalf(list), 1e-10);
-        EXPECT_NEAR(leaveOneOut.gainOf(nCrystal).dfGain, std::atanh(ccHalf(listObservation)) - std::atanh(ccHalf(list)),
-                    1e-9);
+        EXPECT_NEAR(leaveOneOut.gainOf(nCrystal).dfGain,
+                    std::atanh(ccHalf(listObservation)) - std::atanh(ccHalf(list)), 1e-9);
     }
     using Gains = std::vector<CLeaveOneOut::Gain>;
     EXPECT_EQ(harmfulCrystal(Gains{{0.1, 0.01}, {0.12, 0.01}, {-2, 0.1}}), -1);  // of three none is chosen
@@ -202,7 +202,8 @@ TEST(CrystalMerging, leavesOutWhatLowersTheAgreement)
         std::vector<Crystal> list = manyOf(kyanite, nCrystals, random, truth);
         Crystal& bad = list[1];
         for (ScaledIntensity& one : bad.listIntensity) {  // two crystals on top of one another
-            one.dfIntensity += 0.8 * other.intensity(one.anIndex) * one.dfIntensity / kyanite.intensity(one.anIndex);
+            one.dfIntensity += 0.8 * other.intensity(one.anIndex) * one.dfIntensity /
+                               kyanite.intensity(one.anIndex);
         }
         const MergedCrystals merged = mergedOf(list);
         EXPECT_EQ(leftOut(merged), std::set<int>{1}) << nCrystals;
@@ -242,7 +243,8 @@ TEST(CrystalMerging, givesTheTrueIntensitiesAndTheMeanCell)
         double dfSum = 0, dfDifferences = 0, dfScale = 0;
         for (const int nRound : {0, 1}) {
             for (const MergedReflection& one : merged.result.quality.listMerged) {
-                const std::array<int, 3> an = {nSign * one.anIndex[0], nSign * one.anIndex[1], one.anIndex[2]};
+                const std::array<int, 3> an = {nSign * one.anIndex[0], nSign * one.anIndex[1],
+                                               one.anIndex[2]};
                 const double dfTrue = std::sqrt(quartz.intensity(an)),
                              dfFound = std::sqrt(std::max(0.0, one.dfIntensity));
                 if (nRound == 0) {

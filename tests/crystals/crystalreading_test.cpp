@@ -29,7 +29,8 @@ QByteArray hklText(double dfFactor)
 }
 
 /// A record as a run writes it, with what the reading looks at.
-QJsonObject record(const QByteArray& bytesList, const QString& strList = QStringLiteral("/elsewhere/k_integrated.hkl"))
+QJsonObject record(const QByteArray& bytesList,
+                   const QString& strList = QStringLiteral("/elsewhere/k_integrated.hkl"))
 {
     const QJsonObject quality{
         {"integrated", true},
@@ -40,19 +41,22 @@ QJsonObject record(const QByteArray& bytesList, const QString& strList = QString
         {"rInt", 0.1},
         {"cell", QJsonObject{{"parameters", QJsonArray{9.7, 8.9, 5.2, 90, 105.9, 90}},
                              {"standardErrors", QJsonArray{0.1, 0.1, 0.1, 0, 0.2, 0}}}}};
-    return {{"format", "tessera run record"},
-            {"ended", "2026-01-01T00:00:00Z"},
-            {"arguments", QJsonArray{"tessera-batch", "--frames", "1-20"}},
-            {"inputs", QJsonObject{{"frames", QJsonArray{QJsonObject{{"sha256", "bb"}}, QJsonObject{{"sha256", "aa"}}}}}},
-            {"parameters", QJsonObject{{"wavelength", QJsonObject{{"value", 0.0251}}}}},
-            {"stages", QJsonArray{QJsonObject{{"name", "integrate"},
-                                              {"found", QJsonObject{{"quality", quality}}}}}},
-            {"files",
-             QJsonArray{QJsonObject{{"path", "/elsewhere/k.sc"}, {"sha256", "00"}},
-                        QJsonObject{{"path", strList},
-                                    {"sha256", QString::fromLatin1(
-                                                   QCryptographicHash::hash(bytesList, QCryptographicHash::Sha256)
-                                                       .toHex())}}}}};
+    return {
+        {"format", "tessera run record"},
+        {"ended", "2026-01-01T00:00:00Z"},
+        {"arguments", QJsonArray{"tessera-batch", "--frames", "1-20"}},
+        {"inputs",
+         QJsonObject{{"frames", QJsonArray{QJsonObject{{"sha256", "bb"}}, QJsonObject{{"sha256", "aa"}}}}}},
+        {"parameters", QJsonObject{{"wavelength", QJsonObject{{"value", 0.0251}}}}},
+        {"stages",
+         QJsonArray{QJsonObject{{"name", "integrate"}, {"found", QJsonObject{{"quality", quality}}}}}},
+        {"files",
+         QJsonArray{
+             QJsonObject{{"path", "/elsewhere/k.sc"}, {"sha256", "00"}},
+             QJsonObject{
+                 {"path", strList},
+                 {"sha256", QString::fromLatin1(
+                                QCryptographicHash::hash(bytesList, QCryptographicHash::Sha256).toHex())}}}}};
 }
 
 QByteArray text(const QJsonObject& object)
@@ -125,8 +129,10 @@ TEST(CrystalReading, tellsFoldersWithoutResultsAndHalfWrittenOnes)
         {"half of a list", text(record(bytesList)), bytesHalf, "not whole"},
         {"a list of another run", text(record(bytesList)), hklText(2), "of another run"},
         {"no list", text(record(bytesList)), {}, "cannot be read"},
-        {"a list that was cut before its sum was taken", text(record(bytesNoEnd)), bytesNoEnd, "no whole list"},
-        {"a list without a reflection", text(record(hklfText({}, 1))), hklfText({}, 1), "no measured reflection"},
+        {"a list that was cut before its sum was taken", text(record(bytesNoEnd)), bytesNoEnd,
+         "no whole list"},
+        {"a list without a reflection", text(record(hklfText({}, 1))), hklfText({}, 1),
+         "no measured reflection"},
         {"a record without a cell", text(noCell), bytesList, "no cell"},
     };
     for (const BadFolder& bad : aBad) {

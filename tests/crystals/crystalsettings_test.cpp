@@ -24,10 +24,14 @@ struct Ambiguity {
     double dfDMin;
 };
 
-/// Merohedry of each kind, a monoclinic cell that is orthorhombic by its numbers, and one whose edges are equal
-/// by chance.
+/// Merohedry of each kind, a monoclinic cell that is orthorhombic by its numbers, and one whose edges are
+/// equal by chance.
 const Ambiguity g_aAmbiguity[] = {
-    {"-3m1 in a hexagonal lattice", {4.91, 4.91, 5.41, 90, 90, 120}, "-P 3 2\"", {{-1, 0, 0, 0, -1, 0, 0, 0, 1}}, 0.75},
+    {"-3m1 in a hexagonal lattice",
+     {4.91, 4.91, 5.41, 90, 90, 120},
+     "-P 3 2\"",
+     {{-1, 0, 0, 0, -1, 0, 0, 0, 1}},
+     0.75},
     {"-3 in a hexagonal lattice",
      {9.1, 9.1, 5.41, 90, 90, 120},
      "-P 3",
@@ -43,7 +47,8 @@ const Ambiguity g_aAmbiguity[] = {
 void expectOneSetting(const SettledCrystals& settled, const std::vector<CrystalTruth>& listTruth,
                       const std::vector<Crystal>& listCrystal, const CCompound& compound, const char* szName)
 {
-    // Back from the group's setting to the truth by way of the first crystal: what is left must be a symmetry.
+    // Back from the group's setting to the truth by way of the first crystal: what is left must be a
+    // symmetry.
     const std::array<int, 3> anGeneral = {3, 5, 11};
     const auto toGroup = [&](const SettledCrystal& crystal) -> Eigen::Matrix3d {
         return crystal.matIndices * listTruth[size_t(crystal.nCrystal)].matIndices.cast<double>();
@@ -67,8 +72,8 @@ SettledCrystals settled(const std::vector<Crystal>& listCrystal, int nJobs = 1)
     const CrystalGroups groups = groupByCell(listCrystal);
     SettlingOptions options;
     options.nJobs = nJobs;
-    return settleCrystals(listCrystal, groups.listGroup.front().listMember, groups.listGroup.front().reference,
-                          options, report);
+    return settleCrystals(listCrystal, groups.listGroup.front().listMember,
+                          groups.listGroup.front().reference, options, report);
 }
 
 struct Many {
@@ -160,7 +165,8 @@ TEST(CrystalSettings, areTheSameForReversedIndices)
     const CCompound compound({5.57, 7.13, 7.85, 73.97, 89.98, 78.9}, "-P 1", 0.9, 4);
     std::mt19937 random(2);
     Crystal crystal = simulatedCrystal(compound, {}, random);
-    const std::vector<FriedelIntensity> list = friedelMerged(crystal.listIntensity, Eigen::Matrix3d::Identity());
+    const std::vector<FriedelIntensity> list = friedelMerged(crystal.listIntensity,
+                                                             Eigen::Matrix3d::Identity());
     for (ScaledIntensity& one : crystal.listIntensity) {
         one.anIndex = {-one.anIndex[0], -one.anIndex[1], -one.anIndex[2]};
     }

@@ -1,6 +1,9 @@
 // Trees of distances: the mean linkage against its definition, cuts, and the order of leaves.
 #include "crystals/linkage.h"
 
+#include <QFile>
+#include <QTextStream>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -97,9 +100,8 @@ TEST(Linkage, cutsAndLeavesOfTreesWithEqualDistances)
         const CDistances distances = randomDistances(nCount, nSeed, 4);
         const std::vector<Joint> listJoint = averageLinkage(distances);
         ASSERT_EQ(listJoint.size(), size_t(nCount - 1));
-        EXPECT_TRUE(std::is_sorted(listJoint.begin(), listJoint.end(), [](const Joint& a, const Joint& b) {
-            return a.dfHeight < b.dfHeight;
-        }));
+        EXPECT_TRUE(std::is_sorted(listJoint.begin(), listJoint.end(),
+                                   [](const Joint& a, const Joint& b) { return a.dfHeight < b.dfHeight; }));
         for (const double dfCut : {-1.0, 0.3, 0.5, 2.0}) {
             const std::vector<int> listCluster = clustersBelow(listJoint, nCount, dfCut);
             const auto nHeld = std::count_if(listJoint.begin(), listJoint.end(),
@@ -123,6 +125,41 @@ TEST(Linkage, cutsAndLeavesOfTreesWithEqualDistances)
     EXPECT_TRUE(averageLinkage(CDistances(1)).empty());
     EXPECT_EQ(clustersBelow({}, 1, 1), std::vector<int>{0});
     EXPECT_TRUE(averageLinkage(CDistances(0)).empty());
+}
+
+/// For treesofscipy.py, which writes distances and compares what comes of them.
+TEST(Linkage, ofDistancesFromAFile)
+{
+    const QString strFolder = qEnvironmentVariable("TESSERA_TREES");
+    if (strFolder.isEmpty()) {
+        GTEST_SKIP() << "no folder is named by TESSERA_TREES";
+    }
+    QFile fileIn(strFolder + QStringLiteral("/distances.txt")),
+        fileOut(strFolder + QStringLiteral("/joints.txt"));
+    ASSERT_TRUE(fileIn.open(QIODevice::ReadOnly) && fileOut.open(QIODevice::WriteOnly));
+    QTextStream in(&fileIn), out(&fileOut);
+    out.setRealNumberPrecision(17);
+    int nCount = 0;
+    for (in >> nCount; nCount > 0; in >> nCount) {
+        CDistances distances(nCount);
+        for (int i = 0; i < nCount; ++i) {
+            for (int j = i + 1; j < nCount; ++j) {
+                double dfDistance = 0;
+                in >> dfDistance;
+                distances.set(i, j, dfDistance);
+            }
+        }
+        const std::vector<Joint> listJoint = averageLinkage(distances);
+        for (const Joint& joint : listJoint) {
+            out << joint.nFirst << ' ' << joint.nSecond << ' ' << joint.dfHeight << ' ' << joint.nSize
+                << '\n';
+        }
+        for (const int n : clustersBelow(listJoint, nCount, 0.45)) {
+            out << n << ' ';
+        }
+        out << '\n';
+        nCount = 0;
+    }
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ CCompound::CCompound(const CellParameters& cell, const char* szHall, double dfDM
                 m_listIndex.push_back(an);
                 if (m_mapIntensity.count(representative(an)) == 0) {
                     const double dfUniform = (random() + 0.5) / 4294967296.0;
-                    m_mapIntensity[representative(an)] =
-                        -std::log(dfUniform) * 1000 * std::exp(-dfB * dStar(an) * dStar(an) / 2);
+                    m_mapIntensity[representative(an)] = -std::log(dfUniform) * 1000 *
+                                                         std::exp(-dfB * dStar(an) * dStar(an) / 2);
                 }
             }
         }

@@ -1,5 +1,5 @@
-// Simulated crystals: lists of intensities of one true structure, each in a setting, on a scale and with errors
-// of its own.
+// Simulated crystals: lists of intensities of one true structure, each in a setting, on a scale and with
+// errors of its own.
 #pragma once
 
 #include "crystals/crystal.h"
@@ -44,10 +44,10 @@ private:
 
 struct CrystalTruth {
     Eigen::Matrix3i matIndices = Eigen::Matrix3i::Identity();  ///< from the true indices to the crystal's
-    double dfScale = 1;   ///< that its intensities were multiplied by
-    double dfB = 0;       ///< Å², of that scale
-    double dfWedge = 60;  ///< degrees about a direction by chance
-    double dfNoise = 0.1;  ///< relative, and of the mean intensity a tenth of it
+    double dfScale = 1;                                        ///< that its intensities were multiplied by
+    double dfB = 0;                                            ///< Å², of that scale
+    double dfWedge = 60;                                       ///< degrees about a direction by chance
+    double dfNoise = 0.1;   ///< relative, and of the mean intensity a tenth of it
     size_t nMost = 100000;  ///< observations
 };
 
