@@ -96,6 +96,10 @@ void writeGroups(CHtmlPage& page, const CrystalsJobResult& result)
                 "li",
                 QStringLiteral("%1 is not merged. %2").arg(compound.strName, compound.outcome.strReason));
         }
+        const QString strRelation = relationLine(compound, result);
+        if (!strRelation.isEmpty()) {
+            page.element("li", strRelation);
+        }
     }
     page.close();
 }

@@ -1,0 +1,112 @@
+// The user's table of cells: its dialects, lines that tell nothing, and which cell a lattice is.
+#include "crystals/knowncells.h"
+
+#include "tests/filebytes.h"
+
+#include <QTemporaryDir>
+
+namespace tessera {
+namespace {
+
+QString told(const KnownCell& known)
+{
+    QStringList list = {known.strName};
+    for (const double df : known.cell.numbers()) {
+        list.append(QString::number(df));
+    }
+    return (list << QString(QLatin1Char(known.chCentring)) << known.strSpaceGroup
+                 << hillFormula(known.formula))
+        .join(QLatin1Char('|'));
+}
+
+TEST(KnownCells, readsTheTablesThatPeopleHave)
+{
+    struct Case {
+        const char* szWhat;
+        QByteArray bytes;
+        const char* szTold;
+    };
+    const Case aCase[] = {
+        {"plain, order of the guide", "quartz,4.913,4.913,5.405,90,90,120,P3121,SiO2\n",
+         "quartz|4.913|4.913|5.405|90|90|120|P|P3121|O2Si"},
+        {"no more than the numbers", "x,4,5,6,90,91,92", "x|4|5|6|90|91|92|P||"},
+        {"decimal commas of a spreadsheet",
+         "\xEF\xBB\xBFname;a;b;c;alpha;beta;gamma\r\n\"x; y\";4,1;5,2;6,3;90;91,5;90\r\n",
+         "x; y|4.1|5.2|6.3|90|91.5|90|P||"},
+        {"tabulators, errors, another order",
+         "# from the literature\n\ngamma [deg]\tbeta (deg)\talpha\tC / "
+         "A\tb\ta\tSpace_Group\tMineral\tremark\n"
+         "90\t90.00(2)\t90\t5.98\t10.207(3)\t4.756\t62\tforsterite\tnice\n",
+         "forsterite|4.756|10.207|5.98|90|90|90|P|P n m a|"},
+        {"a centring, quotes in quotes, old Macintosh", "\"a \"\"b\"\"\",5.43,5.43,5.43,90,90,90,F\r# end\r",
+         "a \"b\"|5.43|5.43|5.43|90|90|90|F||"},
+        {"Latin-1", "gr\xFCn;4;5;6;90;90;90\n", "grün|4|5|6|90|90|90|P||"},
+    };
+    for (const Case& table : aCase) {
+        const KnownCells cells = knownCellsOf(table.bytes);
+        EXPECT_TRUE(cells.listFault.isEmpty()) << table.szWhat << cells.listFault.join(' ').toStdString();
+        ASSERT_EQ(cells.listCell.size(), 1u) << table.szWhat;
+        EXPECT_EQ(told(cells.listCell[0]), QString::fromUtf8(table.szTold)) << table.szWhat;
+    }
+}
+
+TEST(KnownCells, leavesOutLinesThatTellNothing)
+{
+    const KnownCells cells = knownCellsOf(
+        "name,a,b,c,alpha,beta,gamma,sg,formula\n"
+        "short,1,2\n"
+        "good,4,5,6,90,90,90,C 2/c,\n"
+        "word,4,five,6,90,90,90\n"
+        ",4,5,6,90,90,90\n"
+        "flat,4,5,6,30,30,90\n"
+        "zero,0,5,6,90,90,90\n"
+        "group,4,5,6,90,90,90,P 99 1\n"
+        "formula,4,5,6,90,90,90,P,Xx2\n"
+        "nan,nan,5,6,90,90,90\n");
+    ASSERT_EQ(cells.listCell.size(), 1u);
+    EXPECT_EQ(cells.listCell[0].chCentring, 'C');
+    EXPECT_EQ(cells.listCell[0].nLine, 3);
+    const char* const aszFault[] = {"line 2: it has 3 columns",
+                                    "line 4: \"five\"",
+                                    "line 5: it has no name",
+                                    "line 6: its six",
+                                    "line 7: its six",
+                                    "line 8: \"P 99 1\"",
+                                    "line 9: ",
+                                    "line 10: \"nan\""};
+    ASSERT_EQ(cells.listFault.size(), int(std::size(aszFault))) << cells.listFault.join('\n').toStdString();
+    for (int n = 0; n < cells.listFault.size(); ++n) {
+        EXPECT_TRUE(cells.listFault[n].startsWith(QLatin1String(aszFault[n])))
+            << cells.listFault[n].toStdString();
+    }
+    const QTemporaryDir dir;
+    QString strReason;
+    EXPECT_FALSE(readKnownCells(writeBytes(dir.filePath("c.csv"), "# nothing\nx,1,2\n"), &strReason));
+    EXPECT_TRUE(strReason.contains("it holds no cell; line 2")) << strReason.toStdString();
+    EXPECT_FALSE(readKnownCells(dir.path(), &strReason));
+}
+
+TEST(KnownCells, takesTheClosestLatticeInWhateverSetting)
+{
+    // Body-centred, and the same lattice by its primitive cell: half the diagonals of the cube.
+    const double dfEdge = 3.165 * std::sqrt(3.0) / 2, dfAngle = 109.4712206;
+    const LatticeBasis primitive =
+        reducedCell({dfEdge, dfEdge, dfEdge, dfAngle, dfAngle, dfAngle}, 'P').basis;
+    const KnownCells cells = knownCellsOf(
+        "far,3.3,3.3,3.3,90,90,90,I\n"
+        "primitive cube,3.165,3.165,3.165,90,90,90,P\n"
+        "tungsten,3.165,3.165,3.165,90,90,90,I\n"
+        "near,3.2,3.2,3.2,90,90,90,I\n");
+    const std::optional<KnownCellMatch> match = matchKnownCell(primitive, cells.listCell, {4, 3});
+    ASSERT_TRUE(match);
+    EXPECT_EQ(match->nKnown, 2);
+    EXPECT_LT(match->dfMisfit, 1e-3);
+    EXPECT_EQ(match->strNext, "near");  // 1.1 % off; the first one 4.3 %
+    EXPECT_FALSE(matchKnownCell(primitive, {cells.listCell[1]}, {4, 3}));
+    const std::optional<KnownCellMatch> off = matchKnownCell(primitive, {cells.listCell[3]}, {4, 3});
+    ASSERT_TRUE(off);
+    EXPECT_NEAR(off->dfLengths, 100 * (3.2 / 3.165 - 1), 0.05);
+}
+
+}  // namespace
+}  // namespace tessera
