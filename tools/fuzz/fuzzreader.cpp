@@ -2,6 +2,7 @@
 
 #include "crystal/hkl3d.h"
 #include "crystal/hklfile.h"
+#include "crystals/knowncells.h"
 #include "dataset/calibration.h"
 #include "dataset/frametilts.h"
 #include "dataset/hotpixelfile.h"
@@ -314,6 +315,21 @@ QString readHkl(const QString& strFileName, const QByteArray&)
     return bSame ? g_strGood : QStringLiteral("reflections change when written and read");
 }
 
+QString readCellTable(const QString&, const QByteArray& bytes)
+{
+    const KnownCells cells = knownCellsOf(bytes);
+    for (const KnownCell& known : cells.listCell) {
+        if (known.strName.isEmpty() || reducedCell(known.cell, known.chCentring).basis.isZero()) {
+            return QStringLiteral("line %1: no name, or no cell").arg(known.nLine);
+        }
+    }
+    const auto itFault = std::find_if(
+        cells.listFault.begin(), cells.listFault.end(),
+        [](const QString& strFault) { return strFault.endsWith(QLatin1String(": ")); });
+    return itFault == cells.listFault.end() ? g_strGood
+                                            : *itFault + QStringLiteral("a fault without a reason");
+}
+
 QString readTiltList(const QString&, const QByteArray& bytes)
 {
     FrameTilts tilts = evenTilts(1, 7, 0);
@@ -405,6 +421,7 @@ const std::vector<FuzzReader>& fuzzReaders()
             {"reflections", "reflections.txt", readReflections},
             {"hkl", "series.hkl", readHkl},
             {"tilts", "tilts.txt", readTiltList},
+            {"knowncells", "cells.csv", readCellTable},
             {"calibration", "microscope.calib.json", readCalibrationFile},
             {"workstate", "series.state", readWorkState},
             {"series", "x.series.json", readChoice},
