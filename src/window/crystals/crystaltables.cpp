@@ -47,6 +47,22 @@ Cell yesNo(bool bYes)
     return Cell::text(bYes ? tr("yes") : tr("no"));
 }
 
+/// What the numbers of a group do not tell, in sentences.
+QString remarkOf(const CrystalsJobResult& result, const CompoundGroup& compound)
+{
+    QStringList listRemark;
+    if (!compound.isMerged()) {
+        listRemark.append(compound.outcome.strReason);
+    }
+    if (compound.known && !compound.known->strNext.isEmpty()) {
+        listRemark.append(tr("%1 is near, too.").arg(compound.known->strNext));
+    }
+    listRemark.append(relationLine(compound, result));
+    listRemark += otherKindLines(compound, result);
+    listRemark.removeAll(QString());
+    return listRemark.join(QLatin1Char(' '));
+}
+
 std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
 {
     const CompoundGroup& compound = result.listGroup[nGroup];
@@ -57,7 +73,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
             Cell::text(tr("%1, reduced").arg(latticeText('P', compound.cellMean, compound.cellSpread))));
         row.insert(row.end(), 2, Cell::text(QStringLiteral("–")));
         row.insert(row.end(), 5, Cell::number(g_dfUnknown, 0));
-        row.push_back(Cell::text(compound.outcome.strReason));
+        row.push_back(Cell::text(remarkOf(result, compound)));
         return row;
     }
     const IntegrationResult& merged = compound.merged.result;
@@ -70,9 +86,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
     row.push_back(Cell::number(all.dfRInt, 3));
     row.push_back(Cell::number(all.dfCcHalf, 3));
     row.push_back(Cell::number(all.dfIOverSigma, 1));
-    row.push_back(Cell::text(compound.known && !compound.known->strNext.isEmpty()
-                                 ? tr("%1 is near, too").arg(compound.known->strNext)
-                                 : QString()));
+    row.push_back(Cell::text(remarkOf(result, compound)));
     return row;
 }
 
@@ -166,7 +180,9 @@ QualityTable groupTable(const CrystalsJobResult& result)
         {tr("Rint"), tr("Deviation of equivalents from their mean.")},
         {tr("CC1/2"), tr("Correlation of half data sets.")},
         {tr("I/σ"), tr("Mean of the merged reflections.")},
-        {tr("Remark"), tr("Why it was not merged, or another known cell that it may be.")}};
+        {tr("Remark"), tr("Why it was not merged, another known cell that it may be, how its lattice lies to "
+                          "that of the first "
+                          "group, and crystals in it that may be of another compound.")}};
     for (size_t n = 0; n < result.listGroup.size(); ++n) {
         table.listRow.push_back(groupRow(result, n));
     }
