@@ -19,34 +19,32 @@ namespace {
 
 // The transform of an image that is real and even; false when there is none.
 // @param fnRow  fills a row of the image
-bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CAcmlFft& fft,
-                     CImgObj<COMPLEX>& imgSpectrum)
+// @param pSpectrum  takes nWidth × nHeight elements
+bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CAcmlFft& fft, int nWidth,
+                     int nHeight, COMPLEX* pSpectrum)
 {
-    const int nWidth = imgSpectrum.Width();
-    const int nHeight = imgSpectrum.Height();
     std::vector<float> vecRow(static_cast<size_t>(nWidth));
     for (int y = 0; y < nHeight; ++y) {
         fnRow(y, vecRow.data());
-        COMPLEX* pRow = imgSpectrum.Data() + qint64(y) * nWidth;
+        COMPLEX* pRow = pSpectrum + qint64(y) * nWidth;
         for (int x = 0; x < nWidth; ++x)
             pRow[x] = {vecRow[size_t(x)], 0.f};
     }
-    return fft.Transform(imgSpectrum.Data(), nWidth, nHeight, -1) != 0;
+    return fft.Transform(pSpectrum, nWidth, nHeight, -1) != 0;
 }
 
 // Puts the filter, the real part of a spectrum, into one member of the pair. A few columns at a time, so that
 // what is read beside them is still in the cache when they are.
-void takeFilter(const CImgObj<COMPLEX>& imgSpectrum, float COMPLEX::*pMember, CImgObj<COMPLEX>& imgPair)
+void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX::*pMember,
+                CImgObj<COMPLEX>& imgPair)
 {
-    const int nWidth = imgSpectrum.Width();
-    const int nHeight = imgSpectrum.Height();
     const int nColumns = nWidth / 2 + 1, nTogether = 8;
     for (int nFirst = 0; nFirst < nColumns; nFirst += nTogether) {
         const int nLast = std::min(nFirst + nTogether, nColumns);
         for (int y = 0; y < nHeight; ++y)
             for (int x = nFirst; x < nLast; ++x)
                 imgPair.Data()[CAcmlFft::HalfIndex(x, y, nHeight)].*
-                    pMember = imgSpectrum.Data()[qint64(y) * nWidth + x].re;
+                    pMember = pSpectrum[qint64(y) * nWidth + x].re;
     }
 }
 
@@ -60,11 +58,14 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     CImgObj<COMPLEX> imgSpectrum;
     filters.m_imgFilterPair.Create(int(CAcmlFft::HalfCount(nWidth, nHeight)), 1);
     filters.m_imgFilterPair.Clear();
-    imgSpectrum.Create(nWidth, nHeight);
+    // As large as the work space of the frames, which takes its memory when it is let go.
+    imgSpectrum.Create(int(2 * CAcmlFft::HalfCount(nWidth, nHeight)), 1);
+    COMPLEX* const pSpectrum = imgSpectrum.Data();
     const CGaussianRows smooth(nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
-    if (!transformKernel([&](int nRow, float* pRow) { smooth.fill(nRow, pRow); }, fft, imgSpectrum))
+    if (!transformKernel([&](int nRow, float* pRow) { smooth.fill(nRow, pRow); }, fft, nWidth, nHeight,
+                         pSpectrum))
         return false;
-    takeFilter(imgSpectrum, &COMPLEX::re, filters.m_imgFilterPair);
+    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::re, filters.m_imgFilterPair);
     const CGaussianRows narrow(nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
     const CGaussianRows wide(nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
     std::vector<float> vecWide(static_cast<size_t>(nWidth));
@@ -74,13 +75,13 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
         for (int x = 0; x < nWidth; ++x)
             pRow[x] -= vecWide[size_t(x)];
     };
-    if (!transformKernel(difference, fft, imgSpectrum))
+    if (!transformKernel(difference, fft, nWidth, nHeight, pSpectrum))
         return false;
-    takeFilter(imgSpectrum, &COMPLEX::im, filters.m_imgFilterPair);
+    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::im, filters.m_imgFilterPair);
     const qint64 nPixels = qint64(nWidth) * nHeight;
     double dfSum = 0;
     for (qint64 i = 0; i < nPixels; ++i)
-        dfSum += double(imgSpectrum.Data()[i].re);
+        dfSum += double(pSpectrum[i].re);
     filters.m_dfImpulse = std::fabs(dfSum) / double(nPixels);
     return true;
 }
