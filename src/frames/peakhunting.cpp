@@ -155,7 +155,9 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
             options.fnFrameDone(i, listPeak);
         return true;
     };
-    const FrameMemory memory{g_dfOfWork + (options.bKeepImages ? g_dfOfImages : 0), g_dfOfFilters};
+    const bool bFilters = filters.m_imgFilterPair.Data() != nullptr;  // of the look at the noise
+    const FrameMemory memory{g_dfOfWork + (options.bKeepImages ? g_dfOfImages : 0),
+                             bFilters ? 0 : g_dfOfFilters};
     const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), options.nJobs, memory, &report);
     hunted.outcome = walk.runAhead<HuntedFrame>(nJobs, makeWorker, takeOver);
     if (hunted.outcome.end == RunEnd::Finished && nNoisy > 0)

@@ -101,7 +101,7 @@ TEST_F(Mrc, ReadsLargeSectionsStripByStripAsItReadsThemWhole)
     for (int i = 0; i < 2 * nX * nY; ++i)
         qToLittleEndian<qint16>(qint16(i % 30011), bytes.data() + 1024 + 2 * i);
     for (const int nMapR : {-1, -2}) {  // the first row at the bottom, and on top
-        qToLittleEndian<qint32>(nMapR, bytes.data() + 4 * 17);
+        bytes[4 * 17] = char(nMapR);    // the other bytes of MAPR are 255 already
         writeBytes(path("large.mrc"), bytes);
         ImageList vecImage, vecWhole;
         ASSERT_EQ(ReadMRC(path("large.mrc"), vecImage), 1);
