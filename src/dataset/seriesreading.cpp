@@ -32,8 +32,9 @@ void tellFrames(const SeriesChoice& choice, int nFrames, int nTaken, int nSums, 
     if (choice.nSum > 1) {
         report.addMessage(
             QStringLiteral("%L1 frames of the sums of %2 neighbours.").arg(nSums).arg(choice.nSum) +
-            (nLeft > 0 ? QStringLiteral(" Left over before a hole or at the end, and left out: %L1.").arg(nLeft)
-                       : QString()));
+            (nLeft > 0
+                 ? QStringLiteral(" Left over before a hole or at the end, and left out: %L1.").arg(nLeft)
+                 : QString()));
     }
 }
 
