@@ -29,7 +29,7 @@ TreePlot randomTree(int nLeaves)
     for (int n = 0; n < nLeaves; ++n) {
         plot.listLeaf.push_back({QStringLiteral("k<%1>&").arg(n), n % 3, n == 1});
     }
-    plot.listColour = QStringList({"one", "two", "three"});
+    plot.listColour = QStringList{"one", "two", "three"};
     plot.dfCut = 1;
     return plot;
 }
