@@ -145,10 +145,10 @@ void takeFrames(const QJsonObject& run, Crystal& crystal)
     }
     std::sort(crystal.listFrameHash.begin(), crystal.listFrameHash.end());
     const QJsonArray listArgument = run.value(QStringLiteral("arguments")).toArray();
-    for (int n = 0; n + 1 < listArgument.size(); ++n) {
-        for (const char* pszOption : {"--frames", "--skip"}) {
-            if (listArgument[n].toString() == QLatin1String(pszOption)) {
-                crystal.strFrameChoice += listArgument[n + 1].toString() + QLatin1Char(' ');
+    for (const QJsonValue& value : listArgument) {
+        for (const QString& strOption : {QStringLiteral("--frames="), QStringLiteral("--skip=")}) {
+            if (value.toString().startsWith(strOption)) {
+                crystal.strFrameChoice += value.toString().mid(strOption.size()) + QLatin1Char(' ');
             }
         }
     }

@@ -54,24 +54,21 @@ CrystalSymmetry symmetryOfCrystals(const std::vector<SettingInput>& listInput,
                                    const QString& strWish, const CellParameters& cell)
 {
     const LaueProposal proposal = proposeLaueClass(observationsOf(listInput, listSetting, cell), {}, cell);
-    const LaueCandidate* pTaken = nullptr;
-    for (const LaueCandidate& candidate : proposal.listCandidate) {
-        const bool bWished = strWish.isEmpty() ? candidate.nOperations <= nMostRotations
-                                               : candidate.strClass == strWish ||
-                                                     (strWish == QLatin1String("-3m") &&
-                                                      candidate.nOperations == rotationCount(strWish) &&
-                                                      candidate.strClass.startsWith(QLatin1String("-3")));
-        if (bWished) {
-            pTaken = &candidate;
-            break;
-        }
+    const auto find = [&](auto fnFits) {
+        return std::find_if(proposal.listCandidate.begin(), proposal.listCandidate.end(), fnFits);
+    };
+    const auto itEnd = proposal.listCandidate.end();
+    auto itTaken = strWish.isEmpty() ? itEnd : find([&](const LaueCandidate& candidate) {
+        const bool bAxesEither = strWish == QLatin1String("-3m") &&
+                                 candidate.strClass.startsWith(strWish.left(2)) &&
+                                 candidate.nOperations == rotationCount(strWish);
+        return candidate.strClass == strWish || bAxesEither;
+    });
+    if (itTaken == itEnd) {  // no wish, or one that the lattice does not have
+        itTaken = find(
+            [&](const LaueCandidate& candidate) { return candidate.nOperations <= nMostRotations; });
     }
-    if (!pTaken) {  // the lattice does not have it
-        return strWish.isEmpty() ? CrystalSymmetry{proposal.listCandidate.back().strClass,
-                                                   proposal.listCandidate.back().symmetry}
-                                 : symmetryOfCrystals(listInput, listSetting, nMostRotations, {}, cell);
-    }
-    return {pTaken->strClass, pTaken->symmetry};
+    return itTaken == itEnd ? CrystalSymmetry() : CrystalSymmetry{itTaken->strClass, itTaken->symmetry};
 }
 
 }  // namespace tessera

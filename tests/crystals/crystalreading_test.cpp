@@ -44,7 +44,7 @@ QJsonObject record(const QByteArray& bytesList,
     return {
         {"format", "tessera run record"},
         {"ended", "2026-01-01T00:00:00Z"},
-        {"arguments", QJsonArray{"tessera-batch", "--frames", "1-20"}},
+        {"arguments", QJsonArray{"tessera-batch", "--frames=1-20"}},
         {"inputs",
          QJsonObject{{"frames", QJsonArray{QJsonObject{{"sha256", "bb"}}, QJsonObject{{"sha256", "aa"}}}}}},
         {"parameters", QJsonObject{{"wavelength", QJsonObject{{"value", 0.0251}}}}},
