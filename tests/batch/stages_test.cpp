@@ -54,11 +54,13 @@ TEST_F(Stages, GiveTheSameFilesForEveryNumberOfJobs)
     for (const QString& strJobs : QStringList{"2", "3", "5"}) {
         ASSERT_EQ(batch(strJobs, {"--jobs", strJobs}).nStatus, 0);
         EXPECT_EQ(QDir(m_dir.filePath(strJobs)).entryList(QDir::Files), listFile);
-        for (const QString& strFile : listFile)
-            if (!strFile.endsWith(".log") && !strFile.endsWith(".run.json"))  // these have times
+        for (const QString& strFile : listFile) {
+            if (!strFile.endsWith(".log") && !strFile.endsWith(".run.json")) {  // these have times
                 EXPECT_EQ(readBytes(m_dir.filePath("one/" + strFile)),
                           readBytes(m_dir.filePath(strJobs + '/' + strFile)))
                     << strFile.toStdString() << " with " << strJobs.toStdString();
+            }
+        }
     }
 }
 
