@@ -153,8 +153,10 @@ TEST_F(ReadSeries, GivesTheBytesOfFilesThatWereMadeSoBeforehand)
         }
 
         // What the run kept is the choice of a later start, and of the refined project.
-        outcome = runBatch({project(), "--out", strOut, "--from", "merge", "--to", "index", "--accept"});
+        const QStringList listAgain = {"--from", "merge", "--to", "index", "--accept"};
+        outcome = runBatch(QStringList{project(), "--out", strOut} + listAgain);
         EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
+        EXPECT_EQ(runBatch(QStringList{strMade + "/q.ed3d"} + listAgain).nStatus, 0);
         EXPECT_EQ(readBytes(strOut + "/q.ipf"), readBytes(strMade + "/q.ipf"));
         const QString strAgain = s_pDir->filePath("again_" + row.strName);
         outcome = runBatch({strOut + "/q_refined.ed3d", "--out", strAgain, "--to", "peaks"});
