@@ -16,6 +16,10 @@ QString contradiction(const RoadOptions& o)
     if (o.isProject() && o.listInput.size() > 1) {
         return QStringLiteral("one project at a time: %1 files given").arg(o.listInput.size());
     }
+    if (o.isProject() && o.sizeFrame.isValid()) {
+        return QStringLiteral("--size chooses among the frames of a folder; %1 is a project")
+            .arg(o.listInput.first());
+    }
     if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
         return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
     }

@@ -118,9 +118,11 @@ void putExperiment(Block& block, const StructureData& data)
                              : QStringLiteral("%1 crystals, brought to one scale").arg(data.nCrystals)));
         return;
     }
+    const QString strChoice = QString(data.strChoice).replace(QChar(0xd7), QLatin1Char('x'));  // ASCII alone
     putText(block, "_diffrn_measurement_details",
-            QStringLiteral("%1 frames, tilt from %2 to %3 degrees")
+            QStringLiteral("%1 frames%2, tilt from %3 to %4 degrees")
                 .arg(data.nFrames)
+                .arg(strChoice.isEmpty() ? QString() : QStringLiteral(" (of the series: %1)").arg(strChoice))
                 .arg(data.dfTiltFirst, 0, 'f', 2)
                 .arg(data.dfTiltLast, 0, 'f', 2));
 }

@@ -115,6 +115,7 @@ StructureData structureData(const IntegrationResult& result, const StructureOpti
     data.strLaueClass = result.chosen.strClass;
     data.rotation = result.series.rotation;
     data.nCrystals = options.nCrystals;
+    data.strChoice = options.strChoice;
     data.nFrames = result.series.frameCount();
     if (data.nFrames > 0) {
         data.dfTiltFirst = result.series.listTilt.front();

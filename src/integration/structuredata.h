@@ -38,6 +38,7 @@ struct StructureData {
     QString strLaueClass;
     RotationMode rotation;
     int nCrystals = 0;  ///< that the intensities are merged from; 0: they are those of one series
+    QString strChoice;  ///< which frames of the series these are; empty: all of it
     int nFrames = 0;
     double dfTiltFirst = 0;  ///< degrees
     double dfTiltLast = 0;
@@ -51,6 +52,7 @@ struct StructureOptions {
     ChemicalFormula formula;
     int nUnits = 0;     ///< 0: to be estimated
     int nCrystals = 0;  ///< of a result whose frames are crystals: how many are merged
+    QString strChoice;  ///< which frames of the series were taken and how; empty: all as they come
 };
 
 /// Gathers. The space group is the one of the result, else the one of the Laue class without screw axes and

@@ -1,6 +1,7 @@
 #include "road/intensities.h"
 
 #include "crystal/cellarithmetic.h"
+#include "dataset/serieschoice.h"
 #include "integration/geometryforintegration.h"
 #include "lattice/latticebasis.h"
 #include "records/runends.h"
@@ -104,6 +105,7 @@ bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
     structure.dfWavelength = dataSet.m_dfWavelength;
     structure.formula = options.formula;
     structure.nUnits = options.nUnits;
+    structure.strChoice = choiceText(dataSet.m_reading.choice);
     const StructureData data = structureData(result, structure);
     QString strBase = strFile;
     strBase.chop(resultSuffix(ResultFile::Integrated).size());

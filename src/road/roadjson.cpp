@@ -262,6 +262,9 @@ QJsonObject roadSummary(const RoadResults& results)
     if (results.open) {
         object[QStringLiteral("name")] = results.open->strName;
         object[QStringLiteral("frames")] = results.open->nFrames;
+        if (!results.open->strChoice.isEmpty()) {
+            object[QStringLiteral("choice")] = results.open->strChoice;
+        }
     }
     putIfThere(object, results.shifts);
     putIfThere(object, results.peaks);

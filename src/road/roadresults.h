@@ -29,6 +29,7 @@ struct OpenResult {
     QString strName;  ///< of the project, or the first image without its suffix
     int nFrames = 0;
     double dfTurn = 0;  ///< degrees between the least and the greatest tilt
+    QString strChoice;  ///< which frames are taken and how; empty: all as they come
 };
 
 struct ShiftResult {

@@ -314,7 +314,7 @@ StageResult openSeries(RoadState& state)
     const DataSet& dataSet = state.dataSet;
     state.strInputDir = dataSet.m_strProjectDir;
     state.results.open = OpenResult{dataSet.m_strProjectName, dataSet.m_listFrameFile.size(),
-                                    turnOf(dataSet.m_listOverallTilt)};
+                                    turnOf(dataSet.m_listOverallTilt), choiceText(dataSet.m_reading.choice)};
     StageResult result;
     if (dataSet.m_listFrameFile.isEmpty()) {
         result = state.report.refused(

@@ -11,6 +11,7 @@ import json
 import math
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -19,7 +20,9 @@ BIN, PROJECT = (os.path.abspath(path) for path in sys.argv[1:3])
 FAULTS = []
 # Keys that no quick run leads to. They have to stand in the sources; one of them that is met is a fault.
 RARE = {"run": {"withoutOption"}, "summary": {"quality.wilsonB"}, "calibration": set(), "truth": set(),
-        "comparison": set()}
+        "comparison": set(), "series": set(),
+        "merge": {"crystals[].reason", "former", "groups[].known.next", "groups[].otherKinds", "groups[].reason",
+                  "groups[].relation"}}
 
 
 def fault(*words):
@@ -128,6 +131,8 @@ def check_keys(name, value, prefix="", stage=None, whole=True):
             fault(f"{name}: {path} is told to be {row['Type']}, but is {json.dumps(part)[:80]}")
         elif (name, path) == ("run", "stages[].found"):
             check_keys("summary", part, stage=value["name"], whole=whole and "reason" not in value)
+        elif (name, path) == ("merge", "groups[].quality"):
+            check_keys("summary", part, "quality.", whole=False)
         elif (name, path) == ("run", "former"):
             for former in part:
                 check_keys("run", former, whole=whole)
@@ -364,6 +369,27 @@ def run_hard_series(folder):
     check_json("comparison", folder + "/h.comparison")
 
 
+def run_choice(folder):
+    """A part of the plain series, summed and binned; then another part, so that the former results are of no use."""
+    options = ("--frames", "1-40", "--skip", "3", "--bin", 2, "--accept", "--to", "peaks")
+    summary, _ = solve(folder + "/q.ed3d", folder + "/part", *options, "--sum", 2, status=(0, 1))
+    assert "2 × 2" in summary["choice"], summary
+    solve(folder + "/q.ed3d", folder + "/part", *options, status=(0, 1))
+    check_json("series", folder + "/part/q.series.json")
+
+
+def run_merging(folder):
+    """The plain series twice, of which one list was changed, and a table of known cells."""
+    shutil.copytree(folder + "/out", folder + "/copy")
+    with open(folder + "/copy/q_integrated.hkl", "a", encoding="utf-8") as file:
+        file.write(" ")
+    write(folder + "/known.csv", "quartz,4.9,4.9,5.4,90,90,120,P 32 2 1\n")
+    run("tessera-merge", folder + "/out", folder + "/copy", "--out", folder + "/merged", "--known", folder + "/known.csv",
+        "--formula", "SiO2", "--formula-units", 3, "--d-min", 1, "--space-group", 154, "--laue", "-3m1")
+    record = check_json("merge", folder + "/merged/merged.merge.json")
+    assert record["inputs"]["unread"] and record["groups"][0]["known"], record
+
+
 def run_examples(folder):
     """The project, mask, cell and hot pixels of the text, with frames of small values; then without one frame."""
     for name, file in (("ed3d", "e.ed3d"), ("msk", "e.msk"), ("uc", "e.uc"), ("hotpixels", "hotpixels.txt")):
@@ -426,6 +452,8 @@ with tempfile.TemporaryDirectory() as scratch:
     for met in MET.values():
         met.clear()
     run_plain_series(scratch)
+    run_choice(scratch)
+    run_merging(scratch)
     run_hard_series(scratch)
     run_examples(scratch + "/examples")
     check_that_all_was_met()

@@ -1,6 +1,7 @@
 // MainWindow: the report of the last "Solve", or of what the window holds.
 #include "window/mainwindow.h"
 
+#include "dataset/serieschoice.h"
 #include "road/cellresult.h"
 #include "road/report.h"
 #include "window/alivedata.h"
@@ -34,7 +35,8 @@ void fillResults(RoadState& state, const GeometryRefinement* pGeometry, const In
     const QList<double>& listTilt = series.m_listOverallTilt;
     const auto range = std::minmax_element(listTilt.begin(), listTilt.end());
     state.results.open = OpenResult{series.m_strProjectName, series.m_listFrameFile.size(),
-                                    listTilt.isEmpty() ? 0 : *range.second - *range.first};
+                                    listTilt.isEmpty() ? 0 : *range.second - *range.first,
+                                    choiceText(series.m_reading.choice)};
     if (cellInForce(state.dataSet)) {
         state.results.cell = cellResultOf(state.dataSet);
     }
