@@ -1,10 +1,10 @@
 // Crystal: what the run on one series has left, as the merging of many crystals needs it.
 #pragma once
 
+#include "crystals/runframes.h"
 #include "integration/structuredata.h"
 #include "records/cellparameters.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <vector>
@@ -22,9 +22,8 @@ struct Crystal {
     double dfCompleteness = 0;  ///< 0 to 1, of the run alone
     double dfRInt = 0;
     double dfCcHalf = 0;
-    QString strEnded;                       ///< when the run ended, UTC as the record has it
-    QString strFrameChoice;                 ///< options by which the run took some of the frames; empty: all
-    std::vector<QByteArray> listFrameHash;  ///< of the files of the frames, sorted; empty: not known
+    QString strEnded;                            ///< when the run ended, UTC as the record has it
+    RunFrames frames;                            ///< that it is from; none: not known
     std::vector<ScaledIntensity> listIntensity;  ///< unmerged, scaled along the series; indices of the cell
 };
 

@@ -240,36 +240,37 @@ private:
     std::vector<Observation> m_listObservation;
 };
 
-/// What was measured twice must not count twice, nor agree with itself. Of several runs on the same frames
-/// the one that ended last is kept, and of those that ended at once the first.
-std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, std::vector<int> listMember,
+/// What was measured twice must not count twice, nor agree with itself. Of runs that share frames the one
+/// with the most is kept, of equal ones that which ended last, and of those that ended at once the first.
+std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, const std::vector<int>& listMember,
                                   MergedCrystals& merged)
 {
-    const auto isSame = [](const Crystal& one, const Crystal& other) {
-        std::vector<QByteArray> listBoth;
-        std::set_intersection(one.listFrameHash.begin(), one.listFrameHash.end(), other.listFrameHash.begin(),
-                              other.listFrameHash.end(), std::back_inserter(listBoth));
-        // Frames without a beam may be equal by chance; a file may hold all frames, of which the runs took
-        // some.
-        const size_t nLess = std::min(one.listFrameHash.size(), other.listFrameHash.size());
-        return nLess > 0 && 2 * listBoth.size() > nLess && one.strFrameChoice == other.strFrameChoice;
-    };
     std::vector<int> listOrder = listMember, listKept;
     std::stable_sort(listOrder.begin(), listOrder.end(), [&](int nOne, int nOther) {
-        return listCrystal[size_t(nOne)].strEnded > listCrystal[size_t(nOther)].strEnded;
+        const Crystal& one = listCrystal[size_t(nOne)];
+        const Crystal& other = listCrystal[size_t(nOther)];
+        return one.frames.count() != other.frames.count() ? one.frames.count() > other.frames.count()
+                                                          : one.strEnded > other.strEnded;
     });
     for (const int n : listOrder) {
-        const auto itSame = std::find_if(listKept.begin(), listKept.end(), [&](int nKept) {
-            return isSame(listCrystal[size_t(n)], listCrystal[size_t(nKept)]);
+        const RunFrames& frames = listCrystal[size_t(n)].frames;
+        const auto itOther = std::find_if(listKept.begin(), listKept.end(), [&](int nKept) {
+            return isDependent(frames, listCrystal[size_t(nKept)].frames);
         });
-        if (itSame == listKept.end()) {
+        if (itOther == listKept.end()) {
             listKept.push_back(n);
             continue;
         }
+        const Crystal& other = listCrystal[size_t(*itOther)];
+        const bool bMore = other.frames.count() > frames.count();
         LeftOutCrystal left;
         left.nCrystal = n;
-        left.strReason = QStringLiteral("It is of the same frames as %1, which a later run measured.")
-                             .arg(listCrystal[size_t(*itSame)].strName);
+        left.strReason = QStringLiteral("It shares %1 of its %2 frames with %3/%4, which %5.")
+                             .arg(sharedFrames(frames, other.frames))
+                             .arg(frames.count())
+                             .arg(
+                                 other.strFolder, other.strName,
+                                 bMore ? QStringLiteral("has more") : QStringLiteral("a later run measured"));
         merged.listLeftOut.push_back(left);
     }
     std::sort(listKept.begin(), listKept.end());

@@ -50,7 +50,8 @@ struct MergedCrystals {
 /// worse, merges and judges. The group's reduced cell is the setting of the intermediate results.
 ///
 /// Left out, each with the reason:
-/// - a crystal of the same frames as another one, by their hashes: the run that ended later counts;
+/// - a crystal that shares frames with another one (isDependent()): the run with more frames counts, of equal
+/// ones that which ended later;
 /// - one whose lattice cannot be brought to that of the group;
 /// - one whose intensities are not those of the others, or that shares too little with them
 /// (crystalsapart.h);

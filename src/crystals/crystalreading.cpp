@@ -132,29 +132,6 @@ char centringOf(const QJsonObject& quality)
     return strLetter.isEmpty() ? 'P' : strLetter[0].toLatin1();
 }
 
-/// Which frames it is from, in a form that two runs on the same ones share.
-void takeFrames(const QJsonObject& run, Crystal& crystal)
-{
-    const QJsonArray listFrame =
-        run.value(QStringLiteral("inputs")).toObject().value(QStringLiteral("frames")).toArray();
-    for (const QJsonValue& value : listFrame) {
-        const QByteArray bytesHash = value.toObject().value(QStringLiteral("sha256")).toString().toLatin1();
-        if (!bytesHash.isEmpty()) {
-            crystal.listFrameHash.push_back(bytesHash);
-        }
-    }
-    std::sort(crystal.listFrameHash.begin(), crystal.listFrameHash.end());
-    const QJsonArray listArgument = run.value(QStringLiteral("arguments")).toArray();
-    for (const QJsonValue& value : listArgument) {
-        for (const QString& strOption : {QStringLiteral("--frames="), QStringLiteral("--skip=")}) {
-            if (value.toString().startsWith(strOption)) {
-                crystal.strFrameChoice += value.toString().mid(strOption.size()) + QLatin1Char(' ');
-            }
-        }
-    }
-    crystal.strEnded = run.value(QStringLiteral("ended")).toString();
-}
-
 /// Lines of HKLF 4 up to the line of zeros.
 bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list)
 {
@@ -208,7 +185,8 @@ bool takeRun(const QJsonObject& run, Crystal& crystal)
                                .toObject()
                                .value(QStringLiteral("value"))
                                .toDouble();
-    takeFrames(run, crystal);
+    crystal.frames = framesOfRun(run);
+    crystal.strEnded = run.value(QStringLiteral("ended")).toString();
     return true;
 }
 

@@ -267,17 +267,24 @@ TEST(CrystalMerging, countsFramesOnceAndOfRunsOnThemTheLastOne)
     std::mt19937 random(9);
     std::vector<Crystal> list = manyOf(kyanite, 6, random);
     for (size_t n = 0; n < list.size(); ++n) {
-        for (char ch = 'a'; ch < 'k'; ++ch) {
-            list[n].listFrameHash.push_back(QByteArray(1, ch) + char('0' + n));
+        for (int nFrame = 0; nFrame < 10; ++nFrame) {
+            list[n].frames.listNumber.push_back(nFrame);
+            list[n].frames.listHash.push_back(QByteArray(1, char('a' + nFrame)) + char('0' + n));
         }
         list[n].strEnded = QStringLiteral("2026-01-0%1").arg(n + 1);
     }
-    list[4].listFrameHash = list[2].listFrameHash;
+    list[4].frames = list[2].frames;
     list[4].listIntensity = list[2].listIntensity;
     EXPECT_EQ(leftOut(mergedOf(list)), std::set<int>{2});
     list[2].strEnded = QStringLiteral("2026-01-09");
     EXPECT_EQ(leftOut(mergedOf(list)), std::set<int>{4});
-    list[2].strFrameChoice = QStringLiteral("1-20 ");  // two parts of one file of frames
+    list[2].frames.listNumber.resize(5);  // an earlier run on half of them, which ended last
+    list[2].frames.listHash.resize(5);
+    const MergedCrystals merged = mergedOf(list);
+    EXPECT_EQ(leftOut(merged), std::set<int>{2});
+    EXPECT_TRUE(merged.listLeftOut.front().strReason.startsWith("It shares 5 of its 5 frames with /"))
+        << qPrintable(merged.listLeftOut.front().strReason);
+    list[4].frames = {};
     EXPECT_TRUE(mergedOf(list).listLeftOut.empty());
 }
 

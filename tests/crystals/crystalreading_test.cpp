@@ -44,7 +44,6 @@ QJsonObject record(const QByteArray& bytesList,
     return {
         {"format", "tessera run record"},
         {"ended", "2026-01-01T00:00:00Z"},
-        {"arguments", QJsonArray{"tessera-batch", "--frames=1-20"}},
         {"inputs",
          QJsonObject{{"frames", QJsonArray{QJsonObject{{"sha256", "bb"}}, QJsonObject{{"sha256", "aa"}}}}}},
         {"parameters", QJsonObject{{"wavelength", QJsonObject{{"value", 0.0251}}}}},
@@ -84,8 +83,7 @@ TEST(CrystalReading, takesCellCentringAndIntensities)
     EXPECT_EQ(crystal.chCentring, 'C');
     EXPECT_EQ(crystal.strLaueClass, QStringLiteral("2/m"));
     EXPECT_EQ(crystal.dfWavelength, 0.0251);
-    EXPECT_EQ(crystal.strFrameChoice, QStringLiteral("1-20 "));
-    EXPECT_EQ(crystal.listFrameHash, (std::vector<QByteArray>{"aa", "bb"}));
+    EXPECT_EQ(crystal.frames.listHash, (std::vector<QByteArray>{"aa", "bb"}));
     ASSERT_EQ(crystal.listIntensity.size(), 3u);
     EXPECT_EQ(crystal.listIntensity[1].anIndex, (std::array<int, 3>{0, -12, 3}));
     EXPECT_EQ(crystal.listIntensity[1].dfIntensity, 9999.99);
