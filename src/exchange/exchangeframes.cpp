@@ -200,7 +200,8 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
     }
     const auto numbering = countsAll(listTarget);
     // The numbers of sums count the files that they are made of, each of a part of their turn.
-    if (numbering && reading.choice.nSum == 1 && frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
+    if (numbering && reading.choice.nSum == 1 &&
+        frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
         frames.strFolder = source.strFolder;
         frames.numbering = *numbering;
     } else {
