@@ -45,6 +45,28 @@ QString qualityLine(const ShellQuality& quality)
     return listPart.join(QStringLiteral(", "));
 }
 
+/// "space group I a -3 d (230); as likely: ..."; empty where none was ranked
+QString groupText(const IntegrationResult& merged)
+{
+    if (!merged.spaceGroup) {
+        return {};
+    }
+    const double dfEqual = 0.95;  // likelihoods are told with two decimals
+    QStringList listEqual;
+    for (const SpaceGroupCandidate& other : merged.spaceGroups.listCandidate) {
+        if (other.nNumber != merged.spaceGroup->nNumber &&
+            other.dfLikelihood > dfEqual * merged.spaceGroup->dfLikelihood) {
+            listEqual.append(other.strName);
+        }
+    }
+    QString strText =
+        QStringLiteral("space group %1 (%2)").arg(merged.spaceGroup->strName).arg(merged.spaceGroup->nNumber);
+    if (!listEqual.isEmpty()) {
+        strText += QStringLiteral(", as likely: %1").arg(listEqual.join(QStringLiteral(", ")));
+    }
+    return strText;
+}
+
 /// A coefficient before a letter, as "+1/2h"; nothing for 0.
 QString termText(double dfFactor, const char* pszLetter, bool bFirst)
 {
@@ -105,6 +127,9 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
                           .arg(compound.crystalCount())
                           .arg(merged.chosen.strClass, cellText(compound.cell, merged.cellErrors),
                                qualityLine(merged.quality.overall)));
+    if (merged.spaceGroup) {
+        report.addMessage(QStringLiteral("%1: %2.").arg(compound.strName, groupText(merged)));
+    }
 }
 
 }  // namespace
@@ -166,7 +191,10 @@ QStringList summaryOf(const CrystalsJobResult& result)
                         ? QStringLiteral("%1 of %2 merged, %3")
                               .arg(compound.usedCount())
                               .arg(counted(compound.crystalCount(), "crystal"),
-                                   qualityLine(compound.merged.result.quality.overall))
+                                   qualityLine(compound.merged.result.quality.overall) +
+                                       (compound.merged.result.spaceGroup
+                                            ? QStringLiteral("; ") + groupText(compound.merged.result)
+                                            : QString()))
                         : QStringLiteral("%1, not merged").arg(counted(compound.crystalCount(), "crystal"))));
     }
     if (nSingles > 0) {
