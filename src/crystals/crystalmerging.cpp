@@ -138,6 +138,37 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     return result;
 }
 
+/// A class that the intensities do not have makes equivalents of what is none: the outliers go, and what is
+/// left agrees by that.
+void tellWrongClass(const IntegrationResult& result, const CrystalMergeOptions& options, CRunReport& report)
+{
+    const double dfMostOutliers = 0.05;  // many times what the rejection takes of Gaussian errors
+    const size_t nObserved = result.integrated.listObservation.size();
+    const size_t nRejected = result.scaling.listRejected.size();
+    if (double(nRejected) > dfMostOutliers * double(nObserved)) {
+        report.addMessage(
+            QStringLiteral("%1 of %2 observations (%3 %) are rejected as outliers: the agreement "
+                           "is that of the others alone, and the symmetry may be too high.")
+                .arg(nRejected)
+                .arg(nObserved)
+                .arg(100.0 * double(nRejected) / double(nObserved), 0, 'f', 1),
+            Severity::Warning);
+    }
+    const bool bAsked = !options.judgement.strLaueClass.isEmpty() || options.judgement.nSpaceGroup > 0;
+    for (const LaueCandidate& candidate : result.laue.listCandidate) {
+        if (bAsked && result.chosen.dfLikelihood < 0.01 && candidate.dfLikelihood > 0.5) {
+            report.addMessage(
+                QStringLiteral("The Laue class %1 that was asked for is not that of the intensities: its "
+                               "likelihood is %2, that of %3 is %4.")
+                    .arg(result.chosen.strClass)
+                    .arg(result.chosen.dfLikelihood, 0, 'g', 2)
+                    .arg(candidate.strClass)
+                    .arg(candidate.dfLikelihood, 0, 'f', 2),
+                Severity::Warning);
+        }
+    }
+}
+
 /// Merges, and leaves out what makes it worse, one crystal at a time.
 class CChooser {
 public:
@@ -168,6 +199,7 @@ public:
         m_merged.cellSpread = m_cell.spread;
         m_merged.result = judge(std::move(m_listObservation), m_cell, m_merged.listSettled.size(),
                                 first.dfWavelength, m_options, m_report);
+        tellWrongClass(m_merged.result, m_options, m_report);
         return m_report.goOn();
     }
 

@@ -4,6 +4,7 @@
 #include "crystals/crystalchoice.h"
 #include "integration/mergedgroups.h"
 #include "tests/crystals/simulatedcrystals.h"
+#include "tests/recordingreport.h"
 
 #include <gtest/gtest.h>
 
@@ -286,6 +287,29 @@ TEST(CrystalMerging, countsFramesOnceAndOfRunsOnThemTheLastOne)
         << qPrintable(merged.listLeftOut.front().strReason);
     list[4].frames = {};
     EXPECT_TRUE(mergedOf(list).listLeftOut.empty());
+}
+
+TEST(CrystalMerging, warnsOfAClassThatTheIntensitiesDoNotHave)
+{
+    const CCompound quartz(g_quartz, "-P 3 2\"", 1.0, 3);  // -3m1 in a lattice of 6/mmm
+    std::mt19937 random(5);
+    // One alone: of several the class that was asked for would also choose the settings.
+    CrystalTruth truth;
+    truth.dfWedge = 120;
+    const std::vector<Crystal> list = manyOf(quartz, 1, random, truth);
+    const CrystalGroup group = groupByCell(list).listGroup.front();
+    for (const auto& [strClass, bWarns] : {std::pair("6/mmm", true), std::pair("-3m1", false)}) {
+        CrystalMergeOptions options;
+        options.bKeepAll = true;
+        options.judgement.strLaueClass = QLatin1String(strClass);
+        CRecordingReport report;
+        MergedCrystals merged;
+        ASSERT_TRUE(mergeCrystals(list, group, options, report, merged).finished());
+        EXPECT_EQ(merged.result.chosen.strClass, QLatin1String(strClass));
+        EXPECT_EQ(report.m_listLine.filter(QStringLiteral("is not that of the intensities")).size(),
+                  bWarns ? 1 : 0)
+            << strClass;
+    }
 }
 
 TEST(CrystalMerging, stopsAndTellsWhatCannotBe)
