@@ -4,6 +4,7 @@
 #include "crystals/crystalsapart.h"
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
+#include "integration/settingcell.h"
 #include "records/runends.h"
 
 #include <Eigen/LU>
@@ -138,6 +139,53 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     return result;
 }
 
+/// Standard errors of the mean cell in the chosen setting: what the spread of the crystals tells, but not
+/// less than what their own errors do. One crystal alone has no spread, and few crystals may lie close by
+/// chance. Edges that the system makes equal are taken to have been equal in the runs, too: their mean is
+/// known no better than each.
+CellParameters errorsOfMean(const std::vector<Crystal>& listCrystal, const MergedCrystals& merged)
+{
+    const LaueCandidate& chosen = merged.result.chosen;
+    const int nParts = 12;  // of an axis: centrings and their settings have halves, thirds and quarters
+    std::array<double, 6> adfVariance = {};
+    int nUsed = 0;
+    for (size_t n = 0; n < merged.listSettled.size(); ++n) {
+        if (!merged.listUsed[n]) {
+            continue;
+        }
+        ++nUsed;
+        const SettledCrystal& settled = merged.listSettled[n];
+        const Crystal& crystal = listCrystal[size_t(settled.nCrystal)];
+        Eigen::Matrix3d matConventional;
+        for (int nRow = 0; nRow < 3; ++nRow) {
+            for (int i = 0; i < 3; ++i) {
+                matConventional(nRow, i) = double(chosen.symmetry.anTransform[size_t(nRow)][size_t(i)]) /
+                                           std::max(1, chosen.symmetry.nDenominator);
+            }
+        }
+        const Eigen::Matrix3d mat = matConventional * settled.matIndices * nParts;
+        ObservationSymmetry direct;  // from the cell of the run, as errors of its edges go together
+        direct.nDenominator = nParts;
+        for (int nRow = 0; nRow < 3; ++nRow) {
+            for (int i = 0; i < 3; ++i) {
+                direct.anTransform[size_t(nRow)][size_t(i)] = int(std::lround(mat(nRow, i)));
+            }
+        }
+        const std::array<double, 6> adfFree =
+            errorsOfSetting(direct, LatticeSystem::Triclinic, crystal.cell, crystal.cellErrors).numbers();
+        const std::array<double, 6> adfBound =
+            errorsOfSetting(direct, chosen.system, crystal.cell, crystal.cellErrors).numbers();
+        for (size_t i = 0; i < adfFree.size(); ++i) {
+            adfVariance[i] += adfBound[i] > 0 ? adfFree[i] * adfFree[i] : 0;
+        }
+    }
+    std::array<double, 6> adf = merged.result.cellErrors.numbers();
+    for (size_t i = 0; i < adf.size() && nUsed > 0; ++i) {
+        adf[i] = std::max(adf[i], std::sqrt(adfVariance[i]) / nUsed);
+    }
+    return cellFrom(adf);
+}
+
 /// A class that the intensities do not have makes equivalents of what is none: the outliers go, and what is
 /// left agrees by that.
 void tellWrongClass(const IntegrationResult& result, const CrystalMergeOptions& options, CRunReport& report)
@@ -199,6 +247,7 @@ public:
         m_merged.cellSpread = m_cell.spread;
         m_merged.result = judge(std::move(m_listObservation), m_cell, m_merged.listSettled.size(),
                                 first.dfWavelength, m_options, m_report);
+        m_merged.result.cellErrors = errorsOfMean(m_listCrystal, m_merged);
         tellWrongClass(m_merged.result, m_options, m_report);
         return m_report.goOn();
     }
