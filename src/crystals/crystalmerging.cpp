@@ -2,9 +2,9 @@
 
 #include "crystals/crystalchoice.h"
 #include "crystals/crystalsapart.h"
+#include "crystals/meancell.h"
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
-#include "integration/settingcell.h"
 #include "records/runends.h"
 
 #include <Eigen/LU>
@@ -15,54 +15,6 @@
 namespace tessera {
 
 namespace {
-
-/// The cells of the used crystals in the setting of the group.
-struct MeanCell {
-    CellParameters mean;
-    CellParameters spread;
-    LatticeBasis basis;  ///< rows of the mean, a along x
-};
-
-/// Rows a, b, c of a crystal in the setting of the group.
-LatticeBasis basisInSetting(const Crystal& crystal, const SettledCrystal& settled)
-{
-    const ReducedCell reduced = reducedCell(crystal.cell, crystal.chCentring);
-    // Axes transform as their indices do: first to the reduced cell, then to the setting.
-    return (settled.matIndices * reduced.matIndices.inverse()) * reduced.basis;
-}
-
-CellParameters cellFrom(const std::array<double, 6>& adf)
-{
-    return {adf[0], adf[1], adf[2], adf[3], adf[4], adf[5]};
-}
-
-MeanCell meanCell(const std::vector<Crystal>& listCrystal, const MergedCrystals& merged)
-{
-    std::array<double, 6> adfMean = {}, adfSquare = {};
-    int nUsed = 0;
-    for (size_t n = 0; n < merged.listSettled.size(); ++n) {
-        if (!merged.listUsed[n]) {
-            continue;
-        }
-        ++nUsed;
-        const SettledCrystal& settled = merged.listSettled[n];
-        const std::array<double, 6> adf =
-            cellOf(basisInSetting(listCrystal[size_t(settled.nCrystal)], settled)).numbers();
-        for (size_t i = 0; i < adf.size(); ++i) {  // Welford's sums
-            const double dfOff = adf[i] - adfMean[i];
-            adfMean[i] += dfOff / nUsed;
-            adfSquare[i] += dfOff * (adf[i] - adfMean[i]);
-        }
-    }
-    for (double& df : adfSquare) {
-        df = nUsed > 1 ? std::sqrt(df / (nUsed - 1)) : 0;
-    }
-    MeanCell cell;
-    cell.mean = cellFrom(adfMean);
-    cell.spread = cellFrom(adfSquare);
-    cell.basis = directBasisOf(cell.mean);
-    return cell;
-}
 
 /// The observations of the used crystals on one scale; each crystal stands for a frame.
 std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal, const MergedCrystals& merged,
@@ -129,61 +81,42 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     for (double& df : adfErrors) {
         df /= dfRoot;
     }
-    lattice.cellErrors = cellFrom(adfErrors);
+    lattice.cellErrors = cellOfNumbers(adfErrors);
     JudgementOptions judgement = options.judgement;
     judgement.scaling.bScale = false;
     judgement.scaling.bDecay = false;
+    if (judgement.dfDMin * integrated.dfMaxDStar < 1) {
+        if (judgement.dfDMin > 0) {
+            report.addMessage(
+                QStringLiteral("Nothing was measured beyond %1 Å: this is the limit, in place of %2 Å.")
+                    .arg(1 / integrated.dfMaxDStar, 0, 'f', 3)
+                    .arg(judgement.dfDMin, 0, 'f', 3));
+        }
+        judgement.dfDMin = 0;
+    }
     CWarningsAlone warnings(report);
     IntegrationResult result = judgeIntegration(integrated, series, lattice, judgement, warnings);
     result.forecast = {};  // it tells of more tilts of one crystal
     return result;
 }
 
-/// Standard errors of the mean cell in the chosen setting: what the spread of the crystals tells, but not
-/// less than what their own errors do. One crystal alone has no spread, and few crystals may lie close by
-/// chance. Edges that the system makes equal are taken to have been equal in the runs, too: their mean is
-/// known no better than each.
-CellParameters errorsOfMean(const std::vector<Crystal>& listCrystal, const MergedCrystals& merged)
+/// What the crystals said before their scales: the judgement knows them as they come to it.
+void judgeUnscaled(const CrystalMergeOptions& options, MergedCrystals& merged)
 {
-    const LaueCandidate& chosen = merged.result.chosen;
-    const int nParts = 12;  // of an axis: centrings and their settings have halves, thirds and quarters
-    std::array<double, 6> adfVariance = {};
-    int nUsed = 0;
-    for (size_t n = 0; n < merged.listSettled.size(); ++n) {
-        if (!merged.listUsed[n]) {
-            continue;
-        }
-        ++nUsed;
-        const SettledCrystal& settled = merged.listSettled[n];
-        const Crystal& crystal = listCrystal[size_t(settled.nCrystal)];
-        Eigen::Matrix3d matConventional;
-        for (int nRow = 0; nRow < 3; ++nRow) {
-            for (int i = 0; i < 3; ++i) {
-                matConventional(nRow, i) = double(chosen.symmetry.anTransform[size_t(nRow)][size_t(i)]) /
-                                           std::max(1, chosen.symmetry.nDenominator);
-            }
-        }
-        const Eigen::Matrix3d mat = matConventional * settled.matIndices * nParts;
-        ObservationSymmetry direct;  // from the cell of the run, as errors of its edges go together
-        direct.nDenominator = nParts;
-        for (int nRow = 0; nRow < 3; ++nRow) {
-            for (int i = 0; i < 3; ++i) {
-                direct.anTransform[size_t(nRow)][size_t(i)] = int(std::lround(mat(nRow, i)));
-            }
-        }
-        const std::array<double, 6> adfFree =
-            errorsOfSetting(direct, LatticeSystem::Triclinic, crystal.cell, crystal.cellErrors).numbers();
-        const std::array<double, 6> adfBound =
-            errorsOfSetting(direct, chosen.system, crystal.cell, crystal.cellErrors).numbers();
-        for (size_t i = 0; i < adfFree.size(); ++i) {
-            adfVariance[i] += adfBound[i] > 0 ? adfFree[i] * adfFree[i] : 0;
-        }
+    IntegrationResult& result = merged.result;
+    std::vector<Observation> list = result.integrated.listObservation;
+    for (Observation& observation : list) {
+        const double dfFactor = merged.listScale[size_t(observation.nFirstFrame)].factor(
+            observation.dfDStar * observation.dfDStar / 4);
+        observation.dfIntensity /= dfFactor;
+        observation.dfSigma /= dfFactor;
+        observation.dfScale = 1;
+        observation.dfSigmaFactor = 1;
+        observation.nFlags &= ~unsigned(FlagOutlier);
     }
-    std::array<double, 6> adf = merged.result.cellErrors.numbers();
-    for (size_t i = 0; i < adf.size() && nUsed > 0; ++i) {
-        adf[i] = std::max(adf[i], std::sqrt(adfVariance[i]) / nUsed);
-    }
-    return cellFrom(adf);
+    result.unscaled = judgeMerging(list, result.chosen.symmetry, result.chosen.cell,
+                                   result.series.frameCount(), 1 / result.integrated.dfMaxDStar,
+                                   options.judgement.nShells);
 }
 
 /// A class that the intensities do not have makes equivalents of what is none: the outliers go, and what is
@@ -248,6 +181,7 @@ public:
         m_merged.result = judge(std::move(m_listObservation), m_cell, m_merged.listSettled.size(),
                                 first.dfWavelength, m_options, m_report);
         m_merged.result.cellErrors = errorsOfMean(m_listCrystal, m_merged);
+        judgeUnscaled(m_options, m_merged);
         tellWrongClass(m_merged.result, m_options, m_report);
         return m_report.goOn();
     }

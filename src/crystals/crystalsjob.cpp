@@ -2,6 +2,7 @@
 
 #include "crystals/groupcells.h"
 #include "crystals/joblines.h"
+#include "crystals/knowngroup.h"
 #include "crystals/resultfolders.h"
 #include "dataset/framefiles.h"
 #include "imaging/sidebyside.h"
@@ -217,6 +218,10 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
         }
         if (compound.isMerged()) {
             takeConventionalCell(result, compound);
+            if (compound.known && options.merge.judgement.nSpaceGroup == 0) {
+                preferKnownGroup(result.listKnown[size_t(compound.known->nKnown)].strSpaceGroup,
+                                 compound.merged.result, listReport[size_t(n)]);
+            }
         }
         ++nDone;
     };
