@@ -35,16 +35,14 @@ bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CA
 
 // Puts the filter, the real part of a spectrum, into one member of the pair. A few columns at a time, so that
 // what is read beside them is still in the cache when they are.
-void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX::*pMember,
-                CImgObj<COMPLEX>& imgPair)
+void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX::*pMember, COMPLEX* pPair)
 {
     const int nColumns = nWidth / 2 + 1, nTogether = 8;
     for (int nFirst = 0; nFirst < nColumns; nFirst += nTogether) {
         const int nLast = std::min(nFirst + nTogether, nColumns);
         for (int y = 0; y < nHeight; ++y)
             for (int x = nFirst; x < nLast; ++x)
-                imgPair.Data()[CAcmlFft::HalfIndex(x, y, nHeight)].*
-                    pMember = pSpectrum[qint64(y) * nWidth + x].re;
+                pPair[CAcmlFft::HalfIndex(x, y, nHeight)].*pMember = pSpectrum[qint64(y) * nWidth + x].re;
     }
 }
 
@@ -60,12 +58,14 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     filters.m_imgFilterPair.Clear();
     // As large as the work space of the frames, which takes its memory when it is let go.
     imgSpectrum.Create(int(2 * CAcmlFft::HalfCount(nWidth, nHeight)), 1);
-    COMPLEX* const pSpectrum = imgSpectrum.Data();
+    COMPLEX *const pSpectrum = imgSpectrum.Data(), *const pPair = filters.m_imgFilterPair.Data();
+    if (!pSpectrum || !pPair)
+        return false;
     const CGaussianRows smooth(nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
     if (!transformKernel([&](int nRow, float* pRow) { smooth.fill(nRow, pRow); }, fft, nWidth, nHeight,
                          pSpectrum))
         return false;
-    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::re, filters.m_imgFilterPair);
+    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::re, pPair);
     const CGaussianRows narrow(nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
     const CGaussianRows wide(nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
     std::vector<float> vecWide(static_cast<size_t>(nWidth));
@@ -77,7 +77,7 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     };
     if (!transformKernel(difference, fft, nWidth, nHeight, pSpectrum))
         return false;
-    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::im, filters.m_imgFilterPair);
+    takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::im, pPair);
     const qint64 nPixels = qint64(nWidth) * nHeight;
     double dfSum = 0;
     for (qint64 i = 0; i < nPixels; ++i)
