@@ -269,6 +269,7 @@ private:
     {
         const std::vector<int> vecPlace = placesOf(state);
         std::vector<Eigen::Vector3d> vecVector;
+        vecVector.reserve(vecPlace.size());
         for (const int n : vecPlace) {
             vecVector.push_back(m_vecRow[std::size_t(n)].v);
         }
