@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 
 namespace tessera {
@@ -94,9 +95,13 @@ std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
     std::condition_variable done;
     const auto work = [&] {
         for (size_t n = nNext++; n < listFacts.size(); n = nNext++) {
-            listFacts[n] = factsWithoutHash(listFile[int(n)]);
-            if (!bStop) {
-                listFacts[n].bytesSha256 = sha256Of(listFile[int(n)], bStop);
+            try {
+                listFacts[n] = factsWithoutHash(listFile[int(n)]);
+                if (!bStop) {
+                    listFacts[n].bytesSha256 = sha256Of(listFile[int(n)], bStop);
+                }
+            } catch (const std::bad_alloc&) {
+                listFacts[n].bytesSha256.clear();  // as of a file that cannot be read
             }
             const std::lock_guard<std::mutex> lock(mutex);
             if (++nDone == listFacts.size()) {
@@ -107,7 +112,14 @@ std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
     std::vector<std::thread> listThread;
     const size_t nThreads = std::min(size_t(std::max(1, nJobs)), listFacts.size());
     for (size_t n = 0; n < nThreads; ++n) {
-        listThread.emplace_back(work);
+        try {
+            listThread.emplace_back(work);
+        } catch (const std::exception&) {
+            break;  // no memory for its stack, or no thread more: those that are there do it
+        }
+    }
+    if (listThread.empty()) {
+        work();
     }
     {
         std::unique_lock<std::mutex> lock(mutex);
