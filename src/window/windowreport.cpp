@@ -3,30 +3,12 @@
 #include "window/guards.h"
 #include "window/mainwindow.h"
 #include "window/messageedit.h"
+#include "window/severitycolor.h"
 #include "window/timeleft.h"
 
 #include <QProgressBar>
 
 namespace tessera {
-
-namespace {
-
-/// What the user reads from the colour of a line: blue a run's start and end, red what went wrong.
-Qt::GlobalColor colorOf(Severity severity)
-{
-    switch (severity) {
-        case Severity::Info:
-            return Qt::black;
-        case Severity::Milestone:
-            return Qt::blue;
-        case Severity::Warning:
-        case Severity::Error:
-            break;
-    }
-    return Qt::red;
-}
-
-}  // namespace
 
 WindowReport::WindowReport(MainWindow& window, const bool* pbFlag) : m_window(window), m_pbFlag(pbFlag) {}
 
@@ -37,12 +19,12 @@ WindowReport::~WindowReport()
 
 void WindowReport::addMessage(const QString& strText, Severity severity)
 {
-    m_window.m_pMessageEdit->addMessage(strText, colorOf(severity));
+    m_window.m_pMessageEdit->addMessage(strText, severityColor(severity));
 }
 
 void WindowReport::addHtml(const QString& strHtml, Severity severity)
 {
-    m_window.m_pMessageEdit->addHtml(strHtml, colorOf(severity));
+    m_window.m_pMessageEdit->addHtml(strHtml, severityColor(severity));
 }
 
 // Where the platform's task bar shows no progress, the bar in the status bar is all there is.

@@ -5,6 +5,7 @@
 #include "window/messageedit.h"
 #include "window/pages/controltips.h"
 #include "window/pages/palettecolors.h"
+#include "window/severitycolor.h"
 #include "window/timeleft.h"
 
 #include <QCoreApplication>
@@ -19,24 +20,6 @@
 #include <QVBoxLayout>
 
 namespace tessera {
-
-namespace {
-
-QColor colorOf(Severity severity)
-{
-    switch (severity) {
-        case Severity::Info:
-            return Qt::black;
-        case Severity::Milestone:
-            return Qt::blue;
-        case Severity::Warning:
-        case Severity::Error:
-            break;
-    }
-    return Qt::red;
-}
-
-}  // namespace
 
 MergeDialog::MergeDialog(QWidget* pParent) : QDialog(pParent, Qt::Window)
 {
@@ -121,7 +104,7 @@ void MergeDialog::showState(const QString& strText, bool bBad)
 
 void MergeDialog::addLine(const QString& strText, Severity severity)
 {
-    m_pLog->addMessage(strText, colorOf(severity));
+    m_pLog->addMessage(strText, severityColor(severity));
 }
 
 void MergeDialog::setReady(bool bMerge, bool bReport)
