@@ -15,10 +15,10 @@ namespace tessera {
 
 /// How a run of peak hunting works and whom it calls, all from the calling thread.
 struct PeakHuntingOptions {
-    int nJobs = 1;           ///< frames hunted side by side, from 1; the result is the same for each
-    bool bSave = true;       ///< write the peak list beside the project
+    int nJobs = 1;            ///< frames hunted side by side, from 1; the result is the same for each
+    bool bSave = true;        ///< write the peak list beside the project
     bool bKeepImages = true;  ///< hand the images of a frame to m_vecFrameImage; else this stays as it was
-    bool bSaveEmpty = true;  ///< also when no frame has a peak, in the place of a list that may be dear
+    bool bSaveEmpty = true;   ///< also when no frame has a peak, in the place of a list that may be dear
     /// After a frame's line, in frame order; its first image stands in m_vecFrameImage by then.
     std::function<void(int nFrame, const QList<Peak3D>& listPeak)> fnFrameDone;
     /// Mapping and merging: after the new peaks stand in the data set and on disk, before the end line.

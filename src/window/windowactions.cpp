@@ -256,7 +256,8 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "frames: absences, diffuse streaks and twins show themselves there. Needs a cell and shifts."},
         {m_pMergeCrystals,
          "Opens the window that merges the results of many crystals: tells the compounds apart by their "
-         "lattices, brings the crystals of each to one setting and one scale, leaves out what makes them worse, "
+         "lattices, brings the crystals of each to one setting and one scale, leaves out what makes them "
+         "worse, "
          "and writes the files of structure solution. The open project stays as it is."},
         {m_pReport,
          "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", "

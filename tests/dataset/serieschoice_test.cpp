@@ -145,7 +145,7 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
 
     // What is none of these files is neither believed nor replaced.
     for (const char* bytes : {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
-                                   "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}"}) {
+                              "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}"}) {
         writeBytes(seriesChoiceFile(strBase), bytes);
         EXPECT_FALSE(readSeriesChoice(strBase, &strReason)) << bytes;
         EXPECT_FALSE(keepSeriesChoice(strBase, binned, &strReason));

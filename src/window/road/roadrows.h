@@ -48,8 +48,8 @@ public:
     void take(const RoadStep& step, const RoadResults& results);
     /// The road is over: what still waits or runs did not come to its turn.
     void end();
-    /// A result that no road of this window has made, but that is there: from its file, or made by hand. A row
-    /// that shows a road's own result stays as it is.
+    /// A result that no road of this window has made, but that is there: from its file, or made by hand. A
+    /// row that shows a road's own result stays as it is.
     ///
     /// @param strText  what there is; empty: nothing, and the row waits again
     void setFound(RoadRowKind kind, const QString& strText);
