@@ -18,22 +18,22 @@ namespace tessera {
 
 namespace {
 
-constexpr int SIDE = 2048;
+constexpr int g_nSide = 2048;
 
 QByteArray mibFrame()
 {
     const QByteArray bytes = QByteArrayLiteral("MQ1,000001,00384,01,2048,2048,U16,   1x1,01,,0.05,0,0,0,12,");
-    return bytes.leftJustified(384, '\0') + QByteArray(SIDE * SIDE * 2, '\7');
+    return bytes.leftJustified(384, '\0') + QByteArray(g_nSide * g_nSide * 2, '\7');
 }
 
 QByteArray tvipsFrame()
 {
     QByteArray bytes(256, 0);
-    const quint32 aWord[] = {256, 1, SIDE, SIDE, 16};
+    const quint32 aWord[] = {256, 1, g_nSide, g_nSide, 16};
     for (int i = 0; i < 5; ++i) {
         qToLittleEndian(aWord[i], bytes.data() + 4 * i);
     }
-    return bytes + QByteArray(12 + SIDE * SIDE * 2, '\7');
+    return bytes + QByteArray(12 + g_nSide * g_nSide * 2, '\7');
 }
 
 /// A file in a folder that lasts as long as the program.

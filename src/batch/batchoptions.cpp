@@ -63,8 +63,8 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
         option.dfMinimum = std::pow(10, -row.box.nDecimals);
     }
     if (row.option.values == OptionValues::AnyNumber || row.option.values == OptionValues::AnyNumberOrAuto) {
-        option.dfMinimum = -LARGE;
-        option.dfMaximum = LARGE;
+        option.dfMinimum = -g_dfLarge;
+        option.dfMaximum = g_dfLarge;
     }
     if (row.option.values == OptionValues::AnyNumberOrAuto) {
         option.autoValue = AutoValue::OrAsGiven;

@@ -75,7 +75,7 @@ std::optional<double> COptionReader::number(const QString& strName, double dfMin
     bool bOk = false;
     const double dfValue = strValue.toDouble(&bOk);
     if (!bOk || !(dfValue >= dfMinimum && dfValue <= dfMaximum)) {
-        const QString strRange = dfMaximum < LARGE
+        const QString strRange = dfMaximum < g_dfLarge
                                      ? QStringLiteral(" from %1 to %2").arg(dfMinimum).arg(dfMaximum)
                                      : QString();
         const QString strWords = bAsGiven ? QStringLiteral(", auto or as-given") : QStringLiteral(" or auto");

@@ -10,7 +10,7 @@
 
 namespace tessera {
 
-constexpr double LARGE = 1e300;  ///< the limit of a number that has none
+constexpr double g_dfLarge = 1e300;  ///< the limit of a number that has none
 
 /// Whether "auto" may stand in the place of a number, or also "as-given".
 enum class AutoValue { NotAllowed, Allowed, OrAsGiven };

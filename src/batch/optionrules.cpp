@@ -57,10 +57,10 @@ QString contradiction(const RoadOptions& o)
     // Limits that are left alone are those of the pages, or none.
     const MappingParameters page;
     const auto low = [&](const std::optional<double>& dfGiven, double dfPage) {
-        return dfGiven.value_or(o.bWindowDefaults ? dfPage : -LARGE);
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : -g_dfLarge);
     };
     const auto high = [&](const std::optional<double>& dfGiven, double dfPage) {
-        return dfGiven.value_or(o.bWindowDefaults ? dfPage : LARGE);
+        return dfGiven.value_or(o.bWindowDefaults ? dfPage : g_dfLarge);
     };
     const struct {
         const char* pszName;

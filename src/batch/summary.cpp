@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-const qint64 LARGEST_FILE = 16 << 20;  ///< bytes; a summary has some kilobytes
+const qint64 g_nLargestFile = 16 << 20;  ///< bytes; a summary has some kilobytes
 
 double number(const QJsonValue& value)
 {
@@ -225,7 +225,7 @@ SummaryFile readSummaryFile(const QString& strFileName)
         result.strFault = QStringLiteral("%1: no such file").arg(strFileName);
     } else if (!QFileInfo(strFileName).isFile()) {
         result.strFault = QStringLiteral("%1: not a file").arg(strFileName);
-    } else if (file.size() > LARGEST_FILE) {
+    } else if (file.size() > g_nLargestFile) {
         result.strFault = QStringLiteral("%1: too large for a summary").arg(strFileName);
     } else if (!file.open(QIODevice::ReadOnly)) {
         result.strFault = QStringLiteral("%1: %2").arg(strFileName, file.errorString());

@@ -18,11 +18,11 @@ namespace tessera {
 namespace {
 
 // Headers read of a series whose frames tell no tilt: enough to notice frames of several sessions.
-constexpr int MAX_LOOKED_AT = 200;
+constexpr int g_nMaxLookedAt = 200;
 // Relative: four decimals of a wavelength are 0.2 per cent off.
-constexpr double SAME_WAVELENGTH = 0.005;
-constexpr double SAME_PIXEL_SIZE = 0.02;  // what calibrations of one camera length differ by
-constexpr double SAME_NUMBER = 1e-3;      // of two frames
+constexpr double g_dfSameWavelength = 0.005;
+constexpr double g_dfSamePixelSize = 0.02;  // what calibrations of one camera length differ by
+constexpr double g_dfSameNumber = 1e-3;     // of two frames
 
 /// Whether a number of a header may change from frame to frame, and what it is called.
 struct ComparedRow {
@@ -51,8 +51,8 @@ QList<int> framesLookedAt(const QStringList& listFrame, const FrameHeader& first
         return header.tilt.isTold() || header.tiltStart.isTold() || header.tiltStep.isTold();
     };
     const int nFrames = listFrame.size();
-    const bool bAll = nFrames <= MAX_LOOKED_AT || tells(first) || tells(last);
-    const int nLooks = bAll ? nFrames : MAX_LOOKED_AT;
+    const bool bAll = nFrames <= g_nMaxLookedAt || tells(first) || tells(last);
+    const int nLooks = bAll ? nFrames : g_nMaxLookedAt;
     QList<int> listLook;
     for (int i = 0; i < nLooks; ++i) {
         listLook.append(bAll ? i : int(qint64(i) * (nFrames - 1) / (nLooks - 1)));
@@ -63,7 +63,7 @@ QList<int> framesLookedAt(const QStringList& listFrame, const FrameHeader& first
 bool isOther(const ToldNumber& number, const ToldNumber& first)
 {
     return number.isTold() && first.isTold() &&
-           std::abs(number.df - first.df) > SAME_NUMBER * std::abs(first.df);
+           std::abs(number.df - first.df) > g_dfSameNumber * std::abs(first.df);
 }
 
 /// Numbers that should be those of the first frame, and are not.
@@ -204,7 +204,7 @@ void settleWavelength(SeriesFacts& facts)
         return;
     }
     const bool bSame = wavelength.isTold() &&
-                       std::abs(wavelength.df - dfOfVoltage) <= SAME_WAVELENGTH * dfOfVoltage;
+                       std::abs(wavelength.df - dfOfVoltage) <= g_dfSameWavelength * dfOfVoltage;
     if (wavelength.isTold() && !bSame) {
         facts.listDoubt.append(
             QStringLiteral("%1 is %2 Å, but %3 of %4 kV would be %5 Å: the former is taken.")
@@ -245,7 +245,7 @@ void settlePixelSize(SeriesFacts& facts, double dfGiven)
     if (!pixelSize.isTold()) {
         pixelSize = {dfFollows, strFollows};
         facts.bOfCameraLength = true;
-    } else if (std::abs(pixelSize.df - dfFollows) > SAME_PIXEL_SIZE * dfFollows) {
+    } else if (std::abs(pixelSize.df - dfFollows) > g_dfSamePixelSize * dfFollows) {
         facts.listDoubt.append(QStringLiteral("%1 is %2 Å⁻¹, but %3 make %4 Å⁻¹: the former is taken.")
                                    .arg(pixelSize.strSource, QString::number(pixelSize.df, 'g', 5),
                                         strFollows, QString::number(dfFollows, 'g', 5)));

@@ -12,10 +12,10 @@ namespace tessera {
 
 namespace {
 
-constexpr double DEGREES_PER_RADIAN = 57.295779513082321;
-constexpr double LEAST_MILLIMETRES = 20;     // a camera length without a unit below it is in metres
-constexpr double LEAST_VOLTS = 5000;         // a voltage without a unit above it is in V
-constexpr double GREATEST_PIXEL_SIZE = 0.1;  // Å⁻¹; what is larger without a unit is something else
+constexpr double g_dfDegreesPerRadian = 57.295779513082321;
+constexpr double g_dfLeastMillimetres = 20;    // a camera length without a unit below it is in metres
+constexpr double g_dfLeastVolts = 5000;        // a voltage without a unit above it is in V
+constexpr double g_dfGreatestPixelSize = 0.1;  // Å⁻¹; what is larger without a unit is something else
 
 enum class Quantity { Angle, Axis, Length, Time, Voltage, Wavelength, PixelSize, DetectorPixel };
 
@@ -38,10 +38,10 @@ const UnitRow g_aUnit[] = {
     {Quantity::Angle, "degree", 1},
     {Quantity::Angle, "degrees", 1},
     {Quantity::Angle, "degs", 1},
-    {Quantity::Angle, "rad", DEGREES_PER_RADIAN},
-    {Quantity::Angle, "radian", DEGREES_PER_RADIAN},
-    {Quantity::Angle, "radians", DEGREES_PER_RADIAN},
-    {Quantity::Angle, "mrad", DEGREES_PER_RADIAN * 1e-3},
+    {Quantity::Angle, "rad", g_dfDegreesPerRadian},
+    {Quantity::Angle, "radian", g_dfDegreesPerRadian},
+    {Quantity::Angle, "radians", g_dfDegreesPerRadian},
+    {Quantity::Angle, "mrad", g_dfDegreesPerRadian * 1e-3},
     {Quantity::Length, "mm", 1},
     {Quantity::Length, "cm", 10},
     {Quantity::Length, "m", 1000},
@@ -196,11 +196,11 @@ double withoutUnit(SideNumber& number, Quantity quantity, double df)
     };
     switch (quantity) {
         case Quantity::Length:
-            return df < LEAST_MILLIMETRES ? guessed(df * 1000, "metres") : guessed(df, "millimetres");
+            return df < g_dfLeastMillimetres ? guessed(df * 1000, "metres") : guessed(df, "millimetres");
         case Quantity::Voltage:
-            return df >= LEAST_VOLTS ? guessed(df / 1000, "volts") : guessed(df, "kilovolts");
+            return df >= g_dfLeastVolts ? guessed(df / 1000, "volts") : guessed(df, "kilovolts");
         case Quantity::PixelSize:
-            if (df <= GREATEST_PIXEL_SIZE) {
+            if (df <= g_dfGreatestPixelSize) {
                 return guessed(df, "Å⁻¹");
             }
             break;
@@ -252,7 +252,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
         number.pTarget = &SideTexts::detectorPixel;
         quantity = Quantity::DetectorPixel;
     }
-    if (quantity == Quantity::PixelSize && strUnit == QLatin1String("px/a") && df <= GREATEST_PIXEL_SIZE) {
+    if (quantity == Quantity::PixelSize && strUnit == QLatin1String("px/a") && df <= g_dfGreatestPixelSize) {
         number.strDoubt = QStringLiteral("%1 px/Å can only be meant as Å⁻¹ per pixel.").arg(df);
         strUnit = QStringLiteral("1/a");
     }

@@ -21,10 +21,10 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 MAX_SIDE_TEXT = 1000000;  // bytes: what is longer is data
-constexpr int MAX_TEXTS = 200;             // a folder with more has one for each frame of something else
-constexpr int MAX_DEPTH = 16;              // of objects within objects
-constexpr double SAME_VALUE = 0.005;       // relative: below it two texts only round differently
+constexpr qint64 g_nMaxSideText = 1000000;  // bytes: what is longer is data
+constexpr int g_nMaxTexts = 200;            // a folder with more has one for each frame of something else
+constexpr int g_nMaxDepth = 16;             // of objects within objects
+constexpr double g_dfSameValue = 0.005;     // relative: below it two texts only round differently
 
 QString textOf(const QByteArray& bytesText)
 {
@@ -35,8 +35,8 @@ QString textOf(const QByteArray& bytesText)
 /// A log with a line for each frame may contradict itself thousands of times: nobody reads more than a few.
 void addDoubt(SideTexts& texts, const QString& strDoubt)
 {
-    constexpr int MOST_DOUBTS = 50;
-    if (texts.listDoubt.size() < MOST_DOUBTS && !texts.listDoubt.contains(strDoubt)) {
+    constexpr int nMostDoubts = 50;
+    if (texts.listDoubt.size() < nMostDoubts && !texts.listDoubt.contains(strDoubt)) {
         texts.listDoubt.append(strDoubt);
     }
 }
@@ -54,7 +54,7 @@ void keep(SideTexts& texts, const SideNumber& number, const QString& strName)
     }
     if (!kept.isTold()) {
         kept = {number.df, strSource};
-    } else if (std::abs(kept.df - number.df) > SAME_VALUE * std::abs(kept.df) + 1e-9) {
+    } else if (std::abs(kept.df - number.df) > g_dfSameValue * std::abs(kept.df) + 1e-9) {
         addDoubt(texts, QStringLiteral("%1 is %2, but %3 is %4: the first is taken.")
                             .arg(kept.strSource, QString::number(kept.df, 'g', 6), strSource,
                                  QString::number(number.df, 'g', 6)));
@@ -71,7 +71,7 @@ void takePair(const QString& strKey, const QString& strValue, const QString& str
 void takeValue(const QString& strKey, const QJsonValue& value, int nDepth, const QString& strName,
                SideTexts& texts)
 {
-    if (nDepth > MAX_DEPTH) {
+    if (nDepth > g_nMaxDepth) {
         return;
     }
     if (value.isObject()) {
@@ -201,7 +201,7 @@ SideTexts readSideTexts(const QStringList& listFrame)
         setBase.insert(QFileInfo(strFile).completeBaseName());
     }
     const auto read = [&dir](const QString& strName, QByteArray& bytesText) {
-        return readFileBytes(dir.filePath(strName), bytesText, MAX_SIDE_TEXT) && !bytesText.contains('\0');
+        return readFileBytes(dir.filePath(strName), bytesText, g_nMaxSideText) && !bytesText.contains('\0');
     };
     const QStringList listSuffix = {"txt", "log", "yaml", "yml", "ini", "json"};
     int nTexts = 0;
@@ -217,7 +217,7 @@ SideTexts readSideTexts(const QStringList& listFrame)
                 (setFrameFile.contains(strFile) || bytesText.contains("SubFramePath"))) {
                 takeMdoc(bytesText, strName, strFile, texts);
             }
-        } else if (listSuffix.contains(strSuffix) && !isOwnText(strName, setBase) && nTexts < MAX_TEXTS &&
+        } else if (listSuffix.contains(strSuffix) && !isOwnText(strName, setBase) && nTexts < g_nMaxTexts &&
                    read(strName, bytesText)) {
             ++nTexts;
             if (!takeSideJson(bytesText, strName, texts)) {

@@ -10,13 +10,13 @@ namespace tessera {
 namespace {
 
 // Degrees: tilts that differ by less are equal. Headers have two to four decimals.
-constexpr double SAME_TILT = 1e-4;
+constexpr double g_dfSameTilt = 1e-4;
 // Share of a step by which single steps may differ from the usual one: stages and clocks are not better.
-constexpr double STEP_TOLERANCE = 0.5;
+constexpr double g_dfStepTolerance = 0.5;
 // Share of the width of a frame by which the starts may contradict it.
-constexpr double WIDTH_TOLERANCE = 0.1;
+constexpr double g_dfWidthTolerance = 0.1;
 // Share of a step by which even tilts may lie beside the line: less than any drift of a stage.
-constexpr double EVEN_TOLERANCE = 0.02;
+constexpr double g_dfEvenTolerance = 0.02;
 
 QString degrees(double df)
 {
@@ -26,7 +26,7 @@ QString degrees(double df)
 bool areAllEqual(const QList<double>& list)
 {
     return std::all_of(list.begin(), list.end(),
-                       [&](double df) { return std::abs(df - list.first()) < SAME_TILT; });
+                       [&](double df) { return std::abs(df - list.first()) < g_dfSameTilt; });
 }
 
 double medianOfSteps(const QList<double>& listTilt)
@@ -93,11 +93,11 @@ ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<d
     QList<double> listHalf = halfWays(listStart);
     const double dfStep = medianOfSteps(listStart);
     QString strHow = QStringLiteral("%1, the middle to the next").arg(first.tiltStart.strSource);
-    if (!listWidth.isEmpty() && std::abs(listWidth.first()) > SAME_TILT) {
+    if (!listWidth.isEmpty() && std::abs(listWidth.first()) > g_dfSameTilt) {
         const double dfWidth = listWidth[listWidth.size() / 2];
         const bool bAgainst = listStart.size() > 1 && dfWidth * dfStep < 0;
         const bool bWider = listStart.size() > 1 &&
-                            std::abs(dfWidth) > std::abs(dfStep) * (1 + WIDTH_TOLERANCE);
+                            std::abs(dfWidth) > std::abs(dfStep) * (1 + g_dfWidthTolerance);
         if (bAgainst || bWider) {
             listDoubt.append(QStringLiteral("%1 tells frames of %2, but from one frame to the next %3 goes "
                                             "on by %4: the latter is taken.")
@@ -128,7 +128,7 @@ void doubtTilts(const QList<double>& listTilt, const QStringList& listName, QStr
         const double dfThis = listTilt[i] - listTilt[i - 1];
         if (dfThis * dfStep <= 0) {
             nFirstBack = nBack++ == 0 ? i : nFirstBack;
-        } else if (std::abs(dfThis - dfStep) > STEP_TOLERANCE * std::abs(dfStep)) {
+        } else if (std::abs(dfThis - dfStep) > g_dfStepTolerance * std::abs(dfStep)) {
             nFirstLeap = nLeap++ == 0 ? i : nFirstLeap;
         }
     }
@@ -165,7 +165,7 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
         tilts = tiltsOfStarts(vecHeader, listStart, listWidth, listDoubt);
     } else if (!listTilt.isEmpty() && (nFrames == 1 || !areAllEqual(listTilt))) {
         tilts = {listTilt, vecHeader.front().tilt.strSource};
-    } else if (!listWidth.isEmpty() && std::abs(listWidth.first()) > SAME_TILT && areAllEqual(listWidth)) {
+    } else if (!listWidth.isEmpty() && std::abs(listWidth.first()) > g_dfSameTilt && areAllEqual(listWidth)) {
         // A program that writes one header for all frames.
         const ToldNumber& width = vecHeader.front().tiltStep;
         const double dfStart = !listStart.isEmpty() ? listStart.first() : listTilt.value(0);
@@ -183,12 +183,12 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
             QStringLiteral("Only %1 of %2 frames tell a tilt: none is taken.").arg(nMost).arg(nFrames) +
             (strWithout.isEmpty() ? QString() : QStringLiteral(" The first without is %1.").arg(strWithout)));
     }
-    const auto isBeyond = [](double df) { return !(std::abs(df) <= MOST_TILT); };
+    const auto isBeyond = [](double df) { return !(std::abs(df) <= g_dfMostTilt); };
     const auto itBeyond = std::find_if(tilts.list.cbegin(), tilts.list.cend(), isBeyond);
     if (itBeyond != tilts.list.cend()) {
         listDoubt.append(QStringLiteral("The tilt of %1 would be %2, beyond %3: none is taken.")
                              .arg(listName.value(int(itBeyond - tilts.list.cbegin())), degrees(*itBeyond),
-                                  degrees(MOST_TILT)));
+                                  degrees(g_dfMostTilt)));
         return {};
     }
     doubtTilts(tilts.list, listName, listDoubt);
@@ -197,13 +197,13 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
 
 ToldTilts tiltsOfRange(int nFrames, double dfStart, double dfEnd, double dfWidth, QStringList& listDoubt)
 {
-    if (nFrames < 1 || std::abs(dfEnd - dfStart) < SAME_TILT) {
+    if (nFrames < 1 || std::abs(dfEnd - dfStart) < g_dfSameTilt) {
         return {};
     }
     double dfStep = (dfEnd - dfStart) / nFrames;
-    if (std::isfinite(dfWidth) && std::abs(dfWidth) > SAME_TILT) {
+    if (std::isfinite(dfWidth) && std::abs(dfWidth) > g_dfSameTilt) {
         const double dfSigned = std::copysign(dfWidth, dfStep);
-        if (std::abs(dfSigned - dfStep) > EVEN_TOLERANCE * std::abs(dfStep)) {
+        if (std::abs(dfSigned - dfStep) > g_dfEvenTolerance * std::abs(dfStep)) {
             listDoubt.append(QStringLiteral("From %1 to %2 in %3 frames would be steps of %4, but the step "
                                             "is told as %5, which is taken.")
                                  .arg(degrees(dfStart), degrees(dfEnd))
@@ -222,11 +222,11 @@ bool areEvenTilts(const QList<double>& listTilt)
     }
     const double dfStep = (listTilt.last() - listTilt.first()) / (listTilt.size() - 1);
     for (int i = 0; i < listTilt.size(); ++i) {
-        if (std::abs(listTilt[i] - listTilt.first() - i * dfStep) > EVEN_TOLERANCE * std::abs(dfStep)) {
+        if (std::abs(listTilt[i] - listTilt.first() - i * dfStep) > g_dfEvenTolerance * std::abs(dfStep)) {
             return false;
         }
     }
-    return std::abs(dfStep) > SAME_TILT;
+    return std::abs(dfStep) > g_dfSameTilt;
 }
 
 }  // namespace tessera

@@ -74,7 +74,7 @@ bool writeBlank(const QSize& size, const QString& strFile, QString& strReason)
     QString strHeader = smvHeaderTemplate();
     replaceSmvItem(strHeader, QStringLiteral("SIZE1"), image.Width(), 0);
     replaceSmvItem(strHeader, QStringLiteral("SIZE2"), image.Height(), 0);
-    replaceSmvItem(strHeader, QStringLiteral("PIXEL_SIZE"), SMV_PIXEL_SIZE, 6);
+    replaceSmvItem(strHeader, QStringLiteral("PIXEL_SIZE"), g_dfSmvPixelSize, 6);
     return writeSmvImage(strHeader, image, strFile, &strReason);
 }
 

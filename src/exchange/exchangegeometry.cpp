@@ -138,8 +138,8 @@ std::optional<ExchangeGeometry> exchangeGeometry(const SeriesGeometry& series,
     geometry.numbering = numbering;
     geometry.sizeFrame = series.sizeFrame;
     geometry.dfWavelength = series.geometry.dfWavelength;
-    geometry.dfPixel = SMV_PIXEL_SIZE;
-    geometry.dfDistance = SMV_PIXEL_SIZE / series.geometry.dfPixelSize / series.geometry.dfWavelength;
+    geometry.dfPixel = g_dfSmvPixelSize;
+    geometry.dfDistance = g_dfSmvPixelSize / series.geometry.dfPixelSize / series.geometry.dfWavelength;
     geometry.rotation = series.rotation;
     geometry.source = series.geometry;
     if (!std::isfinite(geometry.dfDistance) || geometry.dfDistance <= 0) {

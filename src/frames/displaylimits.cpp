@@ -11,14 +11,14 @@ namespace tessera {
 
 namespace {
 
-constexpr double LOW_SHARE = 0.01, HIGH_SHARE = 0.997;
-constexpr int RADII_PER_SIDE = 16;
+constexpr double g_dfLowShare = 0.01, g_dfHighShare = 0.997;
+constexpr int g_nRadiiPerSide = 16;
 // A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the
 // one.
-constexpr int BLOCKS_PER_SIDE = 64;
-constexpr int LEAST_BLOCK = 4;  // pixels: one alone is no beam
+constexpr int g_nBlocksPerSide = 64;
+constexpr int g_nLeastBlock = 4;  // pixels: one alone is no beam
 // No pixel counts for more than the brightest thousandth begins with, or a single hot one would win.
-constexpr double CLIP_SHARE = 0.999;
+constexpr double g_dfClipShare = 0.999;
 
 double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide, double dfMost)
 {
@@ -70,12 +70,12 @@ std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image)
     if (!image.Data() || nShort < 1) {
         return {};
     }
-    const int nSide = std::max(LEAST_BLOCK, nShort / BLOCKS_PER_SIDE);
+    const int nSide = std::max(g_nLeastBlock, nShort / g_nBlocksPerSide);
     std::vector<float> vec = usablePixels(image, {});
     if (vec.empty()) {
         return {};
     }
-    const double dfMost = takeRank(vec, CLIP_SHARE);
+    const double dfMost = takeRank(vec, g_dfClipShare);
     double dfBest = -INFINITY;
     FrameDisc disc;
     for (int y = 0; y < image.Height(); y += nSide) {
@@ -90,7 +90,7 @@ std::optional<FrameDisc> brightestDisc(const CImgObj<float>& image)
     if (!std::isfinite(dfBest)) {
         return {};
     }
-    disc.dfRadius = double(nShort) / RADII_PER_SIDE;
+    disc.dfRadius = double(nShort) / g_nRadiiPerSide;
     return disc;
 }
 
@@ -100,7 +100,7 @@ std::optional<DisplayLimits> displayLimits(const CImgObj<float>& image, const st
     if (vec.empty()) {
         return {};
     }
-    const DisplayLimits limits{takeRank(vec, LOW_SHARE), takeRank(vec, HIGH_SHARE)};
+    const DisplayLimits limits{takeRank(vec, g_dfLowShare), takeRank(vec, g_dfHighShare)};
     return limits.dfLow < limits.dfHigh ? std::optional<DisplayLimits>(limits) : std::nullopt;
 }
 

@@ -31,7 +31,7 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
 {
     if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size())
         return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
-    const double dfDistance = SMV_PIXEL_SIZE / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
+    const double dfDistance = g_dfSmvPixelSize / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
     if (!std::isfinite(dfDistance))
         return refuseRun(
             report, QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
@@ -41,12 +41,12 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
         replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
     };
     set("WAVELENGTH", dataSet.m_dfWavelength, 6);
-    set("PIXEL_SIZE", SMV_PIXEL_SIZE, 6);
+    set("PIXEL_SIZE", g_dfSmvPixelSize, 6);
     set("DISTANCE", dfDistance, 2);
     set("BEAM_CENTER_X", dataSet.m_dfCenterX, 2);
     set("BEAM_CENTER_Y", dataSet.m_dfCenterY, 2);
-    set("DENZO_X_BEAM", dataSet.m_dfCenterY * SMV_PIXEL_SIZE, 2);
-    set("DENZO_Y_BEAM", dataSet.m_dfCenterX * SMV_PIXEL_SIZE, 2);
+    set("DENZO_X_BEAM", dataSet.m_dfCenterY * g_dfSmvPixelSize, 2);
+    set("DENZO_Y_BEAM", dataSet.m_dfCenterX * g_dfSmvPixelSize, 2);
 
     if (!dataSet.m_distortion.isNone())
         report.addMessage(

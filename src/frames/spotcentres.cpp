@@ -15,7 +15,7 @@ namespace tessera {
 namespace {
 
 // Hunting takes the highest pixel of a spot, which noise moves to a neighbour of the middle one.
-const double FARTHEST = 1.5;
+const double g_dfFarthest = 1.5;
 
 /// Median of the pixels between two radii; none where the image cuts the ring.
 std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, double dfInner, double dfOuter)
@@ -105,7 +105,7 @@ std::optional<QPointF> spotCentre(const CImgObj<float>& img, const QPointF& ptPl
         }
         ptCentre += *step;
         const QPointF ptMoved = ptCentre - ptPlace;
-        if (!(std::hypot(ptMoved.x(), ptMoved.y()) <= FARTHEST)) {
+        if (!(std::hypot(ptMoved.x(), ptMoved.y()) <= g_dfFarthest)) {
             return std::nullopt;
         }
         if (std::hypot(step->x(), step->y()) < dfEnough) {

@@ -43,7 +43,7 @@ void unshuffleGroups(const uint8_t* pSource, size_t nCount, size_t nElementSize,
 
 #if defined(__SSE2__)
 
-constexpr size_t GROUPS = 16;  ///< of eight elements, that a register holds a byte of each of
+constexpr size_t g_nGroups = 16;  ///< of eight elements, that a register holds a byte of each of
 
 /// The same as transposed(), of two words.
 __m128i transposed(__m128i n)
@@ -88,21 +88,21 @@ void store(uint8_t* pTarget, size_t n, __m128i value)
 }
 
 /// Elements of 1, 2 or 4 bytes, 128 at a time. @return the groups of eight that are done
-template <size_t SIZE>
+template <size_t nSize>
 size_t unshuffleWide(const uint8_t* pSource, size_t nCount, uint8_t* pTarget)
 {
     const size_t nPlane = nCount / 8;
     size_t g = 0;
-    for (; g + GROUPS <= nPlane; g += GROUPS) {
-        __m128i aByte[SIZE][8];
-        for (size_t j = 0; j < SIZE; ++j) {
+    for (; g + g_nGroups <= nPlane; g += g_nGroups) {
+        __m128i aByte[nSize][8];
+        for (size_t j = 0; j < nSize; ++j) {
             gatherBytes(pSource + 8 * j * nPlane + g, nPlane, aByte[j]);
         }
-        uint8_t* pOut = pTarget + 8 * g * SIZE;
+        uint8_t* pOut = pTarget + 8 * g * nSize;
         for (size_t i = 0; i < 8; ++i) {  // 16 elements
-            if constexpr (SIZE == 1) {
+            if constexpr (nSize == 1) {
                 store(pOut, i, aByte[0][i]);
-            } else if constexpr (SIZE == 2) {
+            } else if constexpr (nSize == 2) {
                 store(pOut, 2 * i, _mm_unpacklo_epi8(aByte[0][i], aByte[1][i]));
                 store(pOut, 2 * i + 1, _mm_unpackhi_epi8(aByte[0][i], aByte[1][i]));
             } else {
@@ -150,8 +150,8 @@ void unshuffleBitsPlain(const uint8_t* pSource, size_t nCount, size_t nElementSi
 
 size_t bitshuffleBlock(size_t nElementSize)
 {
-    constexpr size_t TARGET_BYTES = 8192, LEAST = 128;
-    return std::max(TARGET_BYTES / std::max(nElementSize, size_t(1)) / 8 * 8, LEAST);
+    constexpr size_t nTargetBytes = 8192, nLeast = 128;
+    return std::max(nTargetBytes / std::max(nElementSize, size_t(1)) / 8 * 8, nLeast);
 }
 
 }  // namespace tessera

@@ -21,10 +21,10 @@ bool longDifference(const uint8_t*& p, const uint8_t* pEnd, int64_t& nDifference
         }
         return bWhole;
     };
-    constexpr int16_t LOWEST_OF_2 = std::numeric_limits<int16_t>::min();
-    constexpr int32_t LOWEST_OF_4 = std::numeric_limits<int32_t>::min();
-    return take(LOWEST_OF_2) && (nDifference != LOWEST_OF_2 || take(LOWEST_OF_4)) &&
-           (nDifference != LOWEST_OF_4 || take(int64_t(0)));
+    constexpr int16_t nLowestOf2 = std::numeric_limits<int16_t>::min();
+    constexpr int32_t nLowestOf4 = std::numeric_limits<int32_t>::min();
+    return take(nLowestOf2) && (nDifference != nLowestOf2 || take(nLowestOf4)) &&
+           (nDifference != nLowestOf4 || take(int64_t(0)));
 }
 
 template <class T>

@@ -26,9 +26,9 @@ bool openCbf(QFile& file, CbfSection& section, QString& strReason)
 
 std::unique_ptr<CImgObj<float>> readPacked(QFile& file, const CbfSection& section, QString& strReason)
 {
-    constexpr qint64 LONGEST_CODE = 15;  // bytes of a pixel: a difference of 8 and those that lead to it
+    constexpr qint64 nLongestCode = 15;  // bytes of a pixel: a difference of 8 and those that lead to it
     const qint64 nCount = section.pixels.nWidth * section.pixels.nHeight;
-    const qint64 nBytes = std::min(section.nBytes, LONGEST_CODE * nCount);
+    const qint64 nBytes = std::min(section.nBytes, nLongestCode * nCount);
     const std::shared_ptr<uint8_t> pBytes = makeFileBuffer(static_cast<size_t>(nBytes));
     if (!file.seek(section.pixels.nOffset) ||
         file.read(reinterpret_cast<char*>(pBytes.get()), nBytes) != nBytes) {

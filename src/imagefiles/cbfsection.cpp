@@ -9,8 +9,8 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 FIRST_LOOK = 16 * 1024;       ///< cameras have 4 kB before their pixels
-constexpr qint64 LAST_LOOK = qint64(4) << 20;  ///< tables of imgCIF are longer
+constexpr qint64 g_nFirstLook = 16 * 1024;       ///< cameras have 4 kB before their pixels
+constexpr qint64 g_nLastLook = qint64(4) << 20;  ///< tables of imgCIF are longer
 const QByteArray SECTION("\n--CIF-BINARY-FORMAT-SECTION--");
 const QByteArray MARKER("\x0c\x1a\x04\xd5", 4);  ///< stands before the data
 
@@ -146,7 +146,7 @@ bool sizeOf(const MimeItems& mapItem, qint64 nFileSize, CbfSection& section, QSt
 bool readCbfSection(QFile& file, CbfSection& section, QString& strReason)
 {
     section = {};
-    QByteArray bytesHead = file.read(FIRST_LOOK);
+    QByteArray bytesHead = file.read(g_nFirstLook);
     if (!bytesHead.startsWith("###CBF")) {
         strReason = QStringLiteral("not a CBF file: it does not begin with \"###CBF\"");
         return false;
@@ -155,7 +155,7 @@ bool readCbfSection(QFile& file, CbfSection& section, QString& strReason)
         const int nSection = bytes.indexOf(SECTION);
         return nSection < 0 ? -1 : bytes.indexOf(MARKER, nSection);
     };
-    const qint64 nMore = std::min(LAST_LOOK, file.size()) - bytesHead.size();
+    const qint64 nMore = std::min(g_nLastLook, file.size()) - bytesHead.size();
     if (markerIn(bytesHead) < 0 && nMore > 0) {
         bytesHead += file.read(nMore);
     }

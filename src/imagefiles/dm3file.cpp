@@ -63,9 +63,9 @@ int DM3File::Read(const QString& strFileName, QString* pReason)
         return false;
     };
     const qint64 nHead = std::min(
-        nSize, static_cast<qint64>(CDm3TagParser::ROOT_TAGS + CDm3TagParser::SMALLEST_TAG));
+        nSize, static_cast<qint64>(CDm3TagParser::nRootTags + CDm3TagParser::nSmallestTag));
     const std::shared_ptr<uint8_t> pHead(
-        new uint8_t[CDm3TagParser::ROOT_TAGS + CDm3TagParser::SMALLEST_TAG](),
+        new uint8_t[CDm3TagParser::nRootTags + CDm3TagParser::nSmallestTag](),
         std::default_delete<uint8_t[]>());
     if (!readWhole(pHead.get(), nHead))
         return 0;
@@ -73,7 +73,7 @@ int DM3File::Read(const QString& strFileName, QString* pReason)
     if (!head.checkHead())
         return 0;
     if (head.wordAt(14) == 0)  // no tags: the rest of the file counts for nothing
-        return parse(pHead, CDm3TagParser::ROOT_TAGS, strReason);
+        return parse(pHead, CDm3TagParser::nRootTags, strReason);
     const std::shared_ptr<uint8_t> pFile = makeFileBuffer(static_cast<size_t>(nSize));
     std::memcpy(pFile.get(), pHead.get(), static_cast<size_t>(nHead));
     if (!readWhole(pFile.get() + nHead, nSize - nHead))
@@ -117,7 +117,7 @@ int DM3File::parse(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QS
     bSwap = nByteOrder != 1;
     m_root.bSorted = bSorted = parser.byteAt(12);
     m_root.bOpen = bOpen = parser.byteAt(13);
-    size_t nOffset = CDm3TagParser::ROOT_TAGS;
+    size_t nOffset = CDm3TagParser::nRootTags;
     if (!parser.parseChildren(m_root, parser.wordAt(14), nOffset, 0)) {
         clear();
         if (nVersion != 3)

@@ -8,8 +8,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int TYPE_STRUCTURE = 15, TYPE_ARRAY = 20;
-constexpr uint8_t KIND_GROUP = 20, KIND_ENTRY = 21;
+constexpr int g_nTypeStructure = 15, g_nTypeArray = 20;
+constexpr uint8_t g_nKindGroup = 20, g_nKindEntry = 21;
 
 /// Bytes of one element, by the type codes of the info array; 0 for a code that is not known.
 size_t elementSize(int nType)
@@ -57,14 +57,14 @@ bool dataLayout(const std::vector<int>& vecInfo, uint64_t& nElement, uint64_t& n
         nElement = elementSize(vecInfo[0]);
         return true;
     }
-    if (vecInfo.size() == 3 && vecInfo[0] == TYPE_ARRAY) {
+    if (vecInfo.size() == 3 && vecInfo[0] == g_nTypeArray) {
         nElement = elementSize(vecInfo[1]);
         nCount = static_cast<uint32_t>(vecInfo[2]);
         return true;
     }
-    if (vecInfo[0] == TYPE_STRUCTURE)
+    if (vecInfo[0] == g_nTypeStructure)
         return structureSize(vecInfo, 2, 0, nElement);
-    if (vecInfo[0] == TYPE_ARRAY && vecInfo[1] == TYPE_STRUCTURE) {
+    if (vecInfo[0] == g_nTypeArray && vecInfo[1] == g_nTypeStructure) {
         nCount = static_cast<uint32_t>(vecInfo.back());
         return structureSize(vecInfo, 3, 1, nElement);
     }
@@ -75,11 +75,11 @@ bool dataLayout(const std::vector<int>& vecInfo, uint64_t& nElement, uint64_t& n
 /// printable ASCII character.
 QString shownLabel(const std::string& strLabel)
 {
-    constexpr size_t MOST_SHOWN = 40;
+    constexpr size_t nMostShown = 40;
     QString strShown;
-    for (char c : strLabel.substr(0, MOST_SHOWN))
+    for (char c : strLabel.substr(0, nMostShown))
         strShown += QLatin1Char(c >= 0x20 && c < 0x7f ? c : '?');
-    return strLabel.size() > MOST_SHOWN ? strShown + QLatin1String("...") : strShown;
+    return strLabel.size() > nMostShown ? strShown + QLatin1String("...") : strShown;
 }
 
 }  // namespace
@@ -96,10 +96,10 @@ uint32_t CDm3TagParser::wordAt(size_t nOffset) const
 
 bool CDm3TagParser::checkHead()
 {
-    if (m_nSize < ROOT_TAGS)
-        return fail(QStringLiteral("truncated: %1 of %2 header bytes").arg(m_nSize).arg(ROOT_TAGS));
+    if (m_nSize < nRootTags)
+        return fail(QStringLiteral("truncated: %1 of %2 header bytes").arg(m_nSize).arg(nRootTags));
     const uint32_t nCount = wordAt(14);
-    if (nCount == 0 || (checkCount("RootDirectory", nCount, ROOT_TAGS) && checkKind(ROOT_TAGS)))
+    if (nCount == 0 || (checkCount("RootDirectory", nCount, nRootTags) && checkKind(nRootTags)))
         return true;
     if (wordAt(0) != 3)
         m_strReason += QStringLiteral(" (version %1; this is a reader of version 3)").arg(wordAt(0));
@@ -111,8 +111,8 @@ bool CDm3TagParser::parseChildren(TagDirectory& directory, uint32_t nCount, size
     if (!checkCount(directory.strLabel, nCount, nOffset))
         return false;
     m_nTags += nCount;
-    if (m_nTags > MAX_TAGS)
-        return fail(QStringLiteral("more than %1 tags").arg(MAX_TAGS));
+    if (m_nTags > nMaxTags)
+        return fail(QStringLiteral("more than %1 tags").arg(nMaxTags));
     directory.nCount = static_cast<int>(nCount);
     for (uint32_t i = 0; i < nCount; ++i) {
         std::unique_ptr<Tag> pTag = parseTag(nOffset, nDepth);
@@ -133,7 +133,7 @@ bool CDm3TagParser::fail(const QString& strReason)
 bool CDm3TagParser::checkCount(const std::string& strLabel, uint32_t nCount, size_t nOffset)
 {
     const size_t nLeft = m_nSize - nOffset;
-    if (nCount > nLeft / SMALLEST_TAG)
+    if (nCount > nLeft / nSmallestTag)
         return fail(QStringLiteral("group \"%1\" of %2 tags with %3 bytes left")
                         .arg(shownLabel(strLabel), QString::number(nCount), QString::number(nLeft)));
     return true;
@@ -142,7 +142,7 @@ bool CDm3TagParser::checkCount(const std::string& strLabel, uint32_t nCount, siz
 bool CDm3TagParser::checkKind(size_t nOffset)
 {
     const uint8_t nKind = byteAt(nOffset);
-    return nKind == KIND_GROUP || nKind == KIND_ENTRY ||
+    return nKind == g_nKindGroup || nKind == g_nKindEntry ||
            fail(QStringLiteral("Error: tagtype = %1 at byte %2").arg(nKind).arg(nOffset));
 }
 
@@ -155,24 +155,24 @@ bool CDm3TagParser::failTruncated(const char* pWhat, uint64_t nNeeded, size_t nO
 
 std::unique_ptr<Tag> CDm3TagParser::parseTag(size_t nOffset, int nDepth)
 {
-    if (m_nSize - nOffset < SMALLEST_TAG) {
-        failTruncated("tag", SMALLEST_TAG, nOffset);
+    if (m_nSize - nOffset < nSmallestTag) {
+        failTruncated("tag", nSmallestTag, nOffset);
         return nullptr;
     }
     if (!checkKind(nOffset))
         return nullptr;
     const uint8_t nKind = byteAt(nOffset);
     const size_t nLabel = shortAt(nOffset + 1);
-    const size_t nHead = nLabel + (nKind == KIND_GROUP ? 9 : 11);
+    const size_t nHead = nLabel + (nKind == g_nKindGroup ? 9 : 11);
     if (m_nSize - nOffset < nHead) {
         failTruncated("head of a tag", nHead, nOffset);
         return nullptr;
     }
     std::string strLabel(reinterpret_cast<const char*>(m_pFile.get() + nOffset + 3), nLabel);
 
-    if (nKind == KIND_GROUP) {
-        if (nDepth >= MAX_DEPTH) {
-            fail(QStringLiteral("groups nested more than %1 deep").arg(MAX_DEPTH));
+    if (nKind == g_nKindGroup) {
+        if (nDepth >= nMaxDepth) {
+            fail(QStringLiteral("groups nested more than %1 deep").arg(nMaxDepth));
             return nullptr;
         }
         auto pGroup = std::make_unique<TagDirectory>();

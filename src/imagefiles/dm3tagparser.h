@@ -10,13 +10,13 @@ namespace tessera {
 /// Every size and count is checked against the bytes left. After the first fault the reason tells it.
 class CDm3TagParser {
 public:
-    static constexpr size_t ROOT_TAGS = 18;    ///< offset of the first tag
-    static constexpr size_t SMALLEST_TAG = 9;  ///< bytes: a group without label and children
-    static constexpr int MAX_DEPTH = 64;       ///< groups within groups; real files have about ten
+    static constexpr size_t nRootTags = 18;    ///< offset of the first tag
+    static constexpr size_t nSmallestTag = 9;  ///< bytes: a group without label and children
+    static constexpr int nMaxDepth = 64;       ///< groups within groups; real files have about ten
     /// Real files have some thousands. An empty group has 9 bytes in the file and 100 in memory.
-    static constexpr int MAX_TAGS = 1 << 20;
+    static constexpr int nMaxTags = 1 << 20;
 
-    /// `checkHead` needs only the first ROOT_TAGS + SMALLEST_TAG bytes of the `nSize` at `pFile`.
+    /// `checkHead` needs only the first nRootTags + nSmallestTag bytes of the `nSize` at `pFile`.
     CDm3TagParser(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QString& strReason)
         : m_pFile(pFile), m_nSize(nSize), m_strReason(strReason)
     {}

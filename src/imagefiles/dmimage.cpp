@@ -17,9 +17,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int MOST_PIXELS = std::numeric_limits<int>::max();
-constexpr qint64 IMAGES_TRUSTED = 65536;  ///< as many planes are read however small they are
-constexpr quint64 IMAGE_OVERHEAD = 96;    ///< bytes that an image takes besides its pixels
+constexpr int g_nMostPixels = std::numeric_limits<int>::max();
+constexpr qint64 g_nImagesTrusted = 65536;  ///< as many planes are read however small they are
+constexpr quint64 g_nImageOverhead = 96;    ///< bytes that an image takes besides its pixels
 
 /// A whole number of 32 bits, 0 for any other. In DM3 files any entry of 4 bytes counts as one, as DM3File
 /// reads them.
@@ -89,7 +89,8 @@ qint64 planesTold(const DmTags& tags, const TagDirectory* pDimensions)
     qint64 nPlanes = 1;
     for (size_t i = 2; i < pDimensions->vecChild.size(); ++i) {
         const int nSize = std::max(integer(tags, pDimensions->vecChild[i].get()), 1);
-        nPlanes = nPlanes <= MOST_PIXELS ? nPlanes * nSize : nPlanes;  // more than any file has, in any case
+        nPlanes = nPlanes <= g_nMostPixels ? nPlanes * nSize
+                                           : nPlanes;  // more than any file has, in any case
     }
     return nPlanes;
 }
@@ -111,7 +112,7 @@ bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image
     image.nWidth = dimension(0);
     image.nHeight = dimension(1);
     const quint64 nPixels = quint64(std::max(image.nWidth, 0)) * quint64(std::max(image.nHeight, 0));
-    if (nPixels == 0 || nPixels > quint64(MOST_PIXELS))
+    if (nPixels == 0 || nPixels > quint64(g_nMostPixels))
         return fail(QStringLiteral("image of %1 x %2 pixels").arg(image.nWidth).arg(image.nHeight));
     const Tag* pType = tagOf(tags, *pTags, "DataType");
     if (!asEntry(pType))
@@ -132,9 +133,9 @@ bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image
                         .arg(QString::number(image.nWidth), QString::number(image.nHeight),
                              QString::number(nPixelSize), QString::number(pPixels->nBytes)));
     image.nPlanesTold = planesTold(tags, pDimensions);
-    const qint64 nThere = qint64(std::min(pPixels->nBytes / image.nPlaneBytes, quint64(MOST_PIXELS)));
+    const qint64 nThere = qint64(std::min(pPixels->nBytes / image.nPlaneBytes, quint64(g_nMostPixels)));
     image.nPlanes = int(std::min(image.nPlanesTold, nThere));
-    if (image.nPlanes > IMAGES_TRUSTED && quint64(image.nPlanes) * IMAGE_OVERHEAD > 4 * tags.nFileSize)
+    if (image.nPlanes > g_nImagesTrusted && quint64(image.nPlanes) * g_nImageOverhead > 4 * tags.nFileSize)
         return fail(QStringLiteral("%1 images of %2 bytes").arg(image.nPlanes).arg(image.nPlaneBytes));
     return true;
 }
@@ -168,9 +169,9 @@ bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFi
     const int nCount = std::min(nMaxImages, image.nPlanes - nFirst);
     const size_t nPixels = size_t(image.nWidth) * size_t(image.nHeight);
     const qint64 nBytes = qint64(image.nPlaneBytes);
-    constexpr quint64 MEMORY_ASKED = quint64(1) << 28;  // bytes from which it is asked whether they are there
+    constexpr quint64 nMemoryAsked = quint64(1) << 28;  // bytes from which it is asked whether they are there
     const quint64 nMemory = quint64(nCount) * nPixels * sizeof(float) + image.nPlaneBytes;
-    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
+    if (nMemory > nMemoryAsked && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
                         .arg(nCount)
                         .arg(image.nWidth)

@@ -13,8 +13,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int TYPE_STRUCTURE = 15, TYPE_ARRAY = 20;
-constexpr uint8_t KIND_GROUP = 20, KIND_ENTRY = 21;
+constexpr int g_nTypeStructure = 15, g_nTypeArray = 20;
+constexpr uint8_t g_nKindGroup = 20, g_nKindEntry = 21;
 
 /// What the info words of an entry tell of its data.
 struct DataLayout {
@@ -48,15 +48,15 @@ struct DataLayout {
             nElement = elementSize(vecInfo[0]);
             return true;
         }
-        if (vecInfo.size() == 3 && vecInfo[0] == TYPE_ARRAY) {
+        if (vecInfo.size() == 3 && vecInfo[0] == g_nTypeArray) {
             nElement = elementSize(vecInfo[1]);
             nCount = vecInfo[2];
             return true;
         }
-        if (vecInfo[0] == TYPE_STRUCTURE)
+        if (vecInfo[0] == g_nTypeStructure)
             return structure(2, 0);
         nCount = vecInfo.back();
-        return vecInfo[0] == TYPE_ARRAY && vecInfo[1] == TYPE_STRUCTURE && structure(3, 1);
+        return vecInfo[0] == g_nTypeArray && vecInfo[1] == g_nTypeStructure && structure(3, 1);
     }
 };
 
@@ -83,7 +83,7 @@ private:
         m_strReason = strReason;
         return false;
     }
-    /// Up to WINDOW bytes at nOffset; false where they end behind nEnd, with the reason.
+    /// Up to nWindow bytes at nOffset; false where they end behind nEnd, with the reason.
     bool bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize);
     bool word(quint64& nOffset, quint64 nEnd, quint64& nWord);
     bool readGroup(TagDirectory& group, quint64& nOffset, quint64 nEnd, int nDepth);
@@ -91,14 +91,14 @@ private:
     bool readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd);
     bool readInfo(std::vector<quint64>& vecInfo, quint64& nOffset, quint64 nEnd);
 
-    static constexpr qint64 WINDOW = 65536;  // more than the longest label; tags are many and small
+    static constexpr qint64 nWindow = 65536;  // more than the longest label; tags are many and small
 
     QFile& m_file;
     const bool m_bPixelsOnly;
     DmTags& m_tags;
     QString& m_strReason;
     int m_nTags = 0;
-    std::vector<uint8_t> m_vecWindow = std::vector<uint8_t>(WINDOW);  // of the file, from m_nWindow on
+    std::vector<uint8_t> m_vecWindow = std::vector<uint8_t>(nWindow);  // of the file, from m_nWindow on
     quint64 m_nWindow = 0;
     quint64 m_nInWindow = 0;
 };
@@ -112,7 +112,7 @@ bool CWalker::bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize)
                         .arg(nEnd - std::min(nOffset, nEnd)));
     if (nOffset < m_nWindow || nOffset + nSize > m_nWindow + m_nInWindow) {
         const qint64 nRead = m_file.seek(qint64(nOffset))
-                                 ? m_file.read(reinterpret_cast<char*>(m_vecWindow.data()), WINDOW)
+                                 ? m_file.read(reinterpret_cast<char*>(m_vecWindow.data()), nWindow)
                                  : -1;
         m_nWindow = nOffset;
         m_nInWindow = quint64(std::max(nRead, qint64(0)));
@@ -153,8 +153,8 @@ bool CWalker::walk()
 
 bool CWalker::readGroup(TagDirectory& group, quint64& nOffset, quint64 nEnd, int nDepth)
 {
-    if (nDepth > CDm3TagParser::MAX_DEPTH)
-        return fail(QStringLiteral("groups nested more than %1 deep").arg(CDm3TagParser::MAX_DEPTH));
+    if (nDepth > CDm3TagParser::nMaxDepth)
+        return fail(QStringLiteral("groups nested more than %1 deep").arg(CDm3TagParser::nMaxDepth));
     uint8_t aFlags[2];
     quint64 nCount = 0;
     if (!bytes(nOffset, nEnd, aFlags, 2))
@@ -162,12 +162,12 @@ bool CWalker::readGroup(TagDirectory& group, quint64& nOffset, quint64 nEnd, int
     nOffset += 2;
     if (!word(nOffset, nEnd, nCount))
         return false;
-    if (nCount > (nEnd - nOffset) / CDm3TagParser::SMALLEST_TAG)
+    if (nCount > (nEnd - nOffset) / CDm3TagParser::nSmallestTag)
         return fail(QStringLiteral("group of %1 tags with %2 bytes left").arg(nCount).arg(nEnd - nOffset));
     group.nCount = int(std::min(nCount, quint64(std::numeric_limits<int>::max())));
     for (quint64 i = 0; i < nCount; ++i) {
-        if (++m_nTags > CDm3TagParser::MAX_TAGS)
-            return fail(QStringLiteral("more than %1 tags").arg(CDm3TagParser::MAX_TAGS));
+        if (++m_nTags > CDm3TagParser::nMaxTags)
+            return fail(QStringLiteral("more than %1 tags").arg(CDm3TagParser::nMaxTags));
         if (!readTag(group, nOffset, nEnd, nDepth))
             return false;
     }
@@ -180,7 +180,7 @@ bool CWalker::readTag(TagDirectory& group, quint64& nOffset, quint64 nEnd, int n
     const quint64 nBegin = nOffset;
     if (!bytes(nOffset, nEnd, aHead, 3))
         return false;
-    if (aHead[0] != KIND_GROUP && aHead[0] != KIND_ENTRY)
+    if (aHead[0] != g_nKindGroup && aHead[0] != g_nKindEntry)
         return fail(QStringLiteral("tag of the kind %1 at byte %2").arg(aHead[0]).arg(nBegin));
     nOffset += 3;
     std::string strLabel(qFromBigEndian<quint16>(aHead + 1), '\0');
@@ -200,7 +200,7 @@ bool CWalker::readTag(TagDirectory& group, quint64& nOffset, quint64 nEnd, int n
         nTagEnd = nOffset + nLength;
     }
     const bool bUseful = !isLong() || isUseful(strLabel, nDepth);
-    if (bUseful && aHead[0] == KIND_GROUP) {
+    if (bUseful && aHead[0] == g_nKindGroup) {
         auto pGroup = std::make_unique<TagDirectory>();
         pGroup->strLabel = std::move(strLabel);
         if (!readGroup(*pGroup, nOffset, nTagEnd, nDepth + 1))
@@ -226,8 +226,8 @@ bool CWalker::readInfo(std::vector<quint64>& vecInfo, quint64& nOffset, quint64 
         return false;
     if (nInfo == 0 || nInfo > (nEnd - nOffset) / wordSize())
         return fail(QStringLiteral("info array of %1 words at byte %2").arg(nInfo).arg(nOffset));
-    constexpr quint64 MOST_WORDS = 4096;  // a structure of 2000 fields; real files have a few
-    if (nInfo > MOST_WORDS)
+    constexpr quint64 nMostWords = 4096;  // a structure of 2000 fields; real files have a few
+    if (nInfo > nMostWords)
         return isLong() || fail(QStringLiteral("info array of %1 words at byte %2").arg(nInfo).arg(nOffset));
     vecInfo.resize(nInfo);
     for (quint64& nWord : vecInfo)
@@ -256,7 +256,7 @@ bool CWalker::readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd)
     entry.nInfoCount = int(vecInfo.size());
     entry.nOffset = nOffset;
     entry.nBytes = layout.nElement * layout.nCount;
-    entry.nDataSize = size_t(std::min(entry.nBytes, quint64(DmEntry::MOST_READ)));
+    entry.nDataSize = size_t(std::min(entry.nBytes, quint64(DmEntry::nMostRead)));
     const std::shared_ptr<uint8_t> pData(new uint8_t[entry.nDataSize], std::default_delete<uint8_t[]>());
     if (!bytes(nOffset, nEnd, pData.get(), entry.nDataSize))
         return false;
@@ -279,9 +279,9 @@ double element(const TagEntry& entry, bool bBigEndian)
 int typeOf(const TagEntry& entry)
 {
     const std::vector<int>& vecInfo = entry.vecInfo;
-    if (vecInfo.size() > 4 && vecInfo[0] == TYPE_STRUCTURE)
+    if (vecInfo.size() > 4 && vecInfo[0] == g_nTypeStructure)
         return vecInfo[4];
-    if (vecInfo.size() == 3 && vecInfo[0] == TYPE_ARRAY)
+    if (vecInfo.size() == 3 && vecInfo[0] == g_nTypeArray)
         return vecInfo[1];
     return vecInfo.size() == 1 ? vecInfo[0] : 0;
 }
@@ -331,7 +331,8 @@ QString dmText(const DmTags& tags, const Tag* pTag)
 {
     const TagEntry* pEntry = asEntry(pTag);
     QString str;
-    if (pEntry && pEntry->vecInfo.size() == 3 && pEntry->vecInfo[0] == TYPE_ARRAY && pEntry->vecInfo[1] == 4)
+    if (pEntry && pEntry->vecInfo.size() == 3 && pEntry->vecInfo[0] == g_nTypeArray &&
+        pEntry->vecInfo[1] == 4)
         for (size_t n = 0; n + 2 <= pEntry->nDataSize; n += 2)
             str += QChar(tags.bBigEndian ? qFromBigEndian<quint16>(pEntry->pData.get() + n)
                                          : qFromLittleEndian<quint16>(pEntry->pData.get() + n));

@@ -8,10 +8,10 @@
 
 namespace tessera {
 
-/// An entry of which only the beginning was read: nDataSize bytes, at most MOST_READ of nBytes.
+/// An entry of which only the beginning was read: nDataSize bytes, at most nMostRead of nBytes.
 class DmEntry : public TagEntry {
 public:
-    static constexpr size_t MOST_READ = 256;  ///< the longest of what is asked for is the name of a camera
+    static constexpr size_t nMostRead = 256;  ///< the longest of what is asked for is the name of a camera
 
     quint64 nOffset = 0;  ///< of the data in the file
     quint64 nBytes = 0;   ///< of them

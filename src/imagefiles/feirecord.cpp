@@ -19,12 +19,13 @@ struct Field {
 
 const int g_anMask[] = {8, 297, 490, 748};  // places of the masks
 
-const Field APPLICATION = {0, 3, 52}, APPLICATION_VERSION = {0, 4, 68}, HIGH_TENSION = {0, 5, 84},
-            ALPHA_TILT = {0, 7, 100}, TILT_AXIS = {0, 12, 140}, PIXEL_X = {0, 14, 156},
-            PIXEL_Y = {0, 15, 164}, PROJECTION_MODE = {0, 26, 248}, CAMERA_LENGTH = {1, 0, 301},
-            INTEGRATION_TIME = {1, 16, 419}, CAMERA = {1, 19, 435}, DETECTOR = {3, 7, 804},
-            START_TILT = {3, 8, 820}, END_TILT = {3, 9, 828}, TILT_PER_IMAGE = {3, 10, 836},
-            BEAM_X = {3, 12, 852}, BEAM_Y = {3, 13, 856};
+const Field g_fieldApplication = {0, 3, 52}, g_fieldApplicationVersion = {0, 4, 68},
+            g_fieldHighTension = {0, 5, 84}, g_fieldAlphaTilt = {0, 7, 100}, g_fieldTiltAxis = {0, 12, 140},
+            g_fieldPixelX = {0, 14, 156}, g_fieldPixelY = {0, 15, 164}, g_fieldProjectionMode = {0, 26, 248},
+            g_fieldCameraLength = {1, 0, 301}, g_fieldIntegrationTime = {1, 16, 419},
+            g_fieldCamera = {1, 19, 435}, g_fieldDetector = {3, 7, 804}, g_fieldStartTilt = {3, 8, 820},
+            g_fieldEndTilt = {3, 9, 828}, g_fieldTiltPerImage = {3, 10, 836}, g_fieldBeamX = {3, 12, 852},
+            g_fieldBeamY = {3, 13, 856};
 
 class CRecord {
 public:
@@ -47,10 +48,10 @@ public:
     }
     QString text(const Field& field) const
     {
-        constexpr int LENGTH = 16;
-        const QByteArray bytes = m_bytes.mid(field.nOffset, LENGTH);
-        return isFilledIn(field, LENGTH)
-                   ? QString::fromLatin1(bytes.left(int(qstrnlen(bytes.constData(), LENGTH)))).trimmed()
+        constexpr int nLength = 16;
+        const QByteArray bytes = m_bytes.mid(field.nOffset, nLength);
+        return isFilledIn(field, nLength)
+                   ? QString::fromLatin1(bytes.left(int(qstrnlen(bytes.constData(), nLength)))).trimmed()
                    : QString();
     }
 
@@ -91,63 +92,70 @@ void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& heade
 {
     // Metres in an image, 1/m in a diffraction pattern: nothing is as large as a metre, and no pixel of a
     // pattern as small as 1/m. A microscope in STEM is in diffraction mode while it takes images.
-    constexpr double SMALLEST_OF_PATTERNS = 1;
-    const double dfX = record.real(PIXEL_X), dfY = record.real(PIXEL_Y);
-    if (!(dfX > SMALLEST_OF_PATTERNS))
+    constexpr double dfSmallestOfPatterns = 1;
+    const double dfX = record.real(g_fieldPixelX), dfY = record.real(g_fieldPixelY);
+    if (!(dfX > dfSmallestOfPatterns)) {
         return;
-    if (record.integer(PROJECTION_MODE) == 2)  // imaging
+    }
+    if (record.integer(g_fieldProjectionMode) == 2) {  // imaging
         header.listDoubt += QStringLiteral(
             "The pixel size is that of a diffraction pattern, but the microscope is said to have "
             "been in imaging mode");
+    }
     header.pixelSize = told(dfX * 1e-10, strKind + QStringLiteral(": pixel size X"));
-    if (dfY > 0 && std::abs(dfY / dfX - 1) > 0.001)
+    if (dfY > 0 && std::abs(dfY / dfX - 1) > 0.001) {
         header.listDoubt += QStringLiteral(
                                 "The pixels are said not to be square (%1 and %2 1/Å); the first is "
                                 "taken")
                                 .arg(dfX * 1e-10)
                                 .arg(dfY * 1e-10);
+    }
 }
 
 /// Start, end and step may be those of the frame or of the whole run. A run of frames that turned while they
 /// were taken has as many steps as images, one of frames that stood still a step less.
 void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
 {
-    const double dfStart = record.real(START_TILT), dfEnd = record.real(END_TILT),
-                 dfTold = record.real(TILT_PER_IMAGE);
-    if (!isAngle(dfTold) || dfTold == 0)
+    const double dfStart = record.real(g_fieldStartTilt), dfEnd = record.real(g_fieldEndTilt),
+                 dfTold = record.real(g_fieldTiltPerImage);
+    if (!isAngle(dfTold) || dfTold == 0) {
         return;
+    }
     const bool bRange = isAngle(dfStart) && isAngle(dfEnd) && dfStart != dfEnd;
     const double dfStep = bRange ? std::copysign(dfTold, dfEnd - dfStart) : dfTold;
     header.tiltStep = told(dfStep, strKind + QStringLiteral(": tilt per image"));
-    if (!bRange)
+    if (!bRange) {
         return;
+    }
     const QString strStart = strKind + QStringLiteral(": start tilt");
     const double dfSteps = (dfEnd - dfStart) / dfStep, dfOfRun = header.nImages;
-    if (std::abs(dfSteps - 1) < 0.01 && header.nImages != 2)  // of two it may be the way between them
+    if (std::abs(dfSteps - 1) < 0.01 && header.nImages != 2) {  // of two it may be the way between them
         header.tiltStart = told(dfStart, strStart);
-    else if (header.nImages > 1 && std::abs(dfSteps - dfOfRun) < 0.5)
+    } else if (header.nImages > 1 && std::abs(dfSteps - dfOfRun) < 0.5) {
         header.tiltStart = told(dfStart + nImage * dfStep, strStart);
-    else if (header.nImages > 1 && std::abs(dfSteps - (dfOfRun - 1)) < 0.5)
+    } else if (header.nImages > 1 && std::abs(dfSteps - (dfOfRun - 1)) < 0.5) {
         return;  // each has its tilt
-    else
+    } else {
         header.listDoubt += QStringLiteral(
                                 "Start and end tilt (%1 and %2 degrees) are those of the whole "
                                 "recording; where this frame lies in it is not told")
                                 .arg(dfStart)
                                 .arg(dfEnd);
+    }
 }
 
 void tellAlpha(const CRecord& record, const QString& strKind, FrameHeader& header)
 {
-    double dfAlpha = record.real(ALPHA_TILT);
-    if (!isAngle(dfAlpha))
+    double dfAlpha = record.real(g_fieldAlphaTilt);
+    if (!isAngle(dfAlpha)) {
         return;
-    if (record.text(APPLICATION_VERSION) == QLatin1String("4.4.0.4981")) {
+    }
+    if (record.text(g_fieldApplicationVersion) == QLatin1String("4.4.0.4981")) {
         dfAlpha *= std::acos(-1.) / 180;
         header.listDoubt += QStringLiteral(
             "The alpha tilt was divided by 57.3, as the program of this version wrote "
             "it too large by that");
-    } else if (dfAlpha != 0 && record.text(APPLICATION) == QLatin1String("Velox")) {
+    } else if (dfAlpha != 0 && record.text(g_fieldApplication) == QLatin1String("Velox")) {
         header.listDoubt += QStringLiteral(
             "The alpha tilt is taken as degrees, but the program that wrote it uses radians elsewhere");
     }
@@ -157,23 +165,26 @@ void tellAlpha(const CRecord& record, const QString& strKind, FrameHeader& heade
 void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
 {
     tellRange(record, strKind, nImage, header);
-    if (!header.tiltStart.isTold())
+    if (!header.tiltStart.isTold()) {
         tellAlpha(record, strKind, header);
-    const double dfAxis = record.real(TILT_AXIS);
-    if (isAngle(dfAxis) && dfAxis != 0)
+    }
+    const double dfAxis = record.real(g_fieldTiltAxis);
+    if (isAngle(dfAxis) && dfAxis != 0) {
         header.listDoubt += QStringLiteral(
                                 "A tilt axis of %1 degrees is told, but not from where and in which "
                                 "sense it counts; it is not used")
                                 .arg(dfAxis);
+    }
 }
 
 void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header)
 {
-    const double dfX = record.integer(BEAM_X), dfY = record.integer(BEAM_Y);
+    const double dfX = record.integer(g_fieldBeamX), dfY = record.integer(g_fieldBeamY);
     // The programs leave 0 and 0 when they know none.
     if (!(dfX >= 0 && dfX < header.size.width() && dfY >= 0 && dfY < header.size.height()) ||
-        (dfX == 0 && dfY == 0))
+        (dfX == 0 && dfY == 0)) {
         return;
+    }
     header.beamX = told(dfX, strKind + QStringLiteral(": beam center X"));
     header.beamY = told(dfY, strKind + QStringLiteral(": beam center Y"));
     header.listDoubt += QStringLiteral("The row of the beam is taken as counted from the top");
@@ -184,13 +195,14 @@ void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header
 int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian)
 {
     // Later versions may be longer than the 768 and 888 bytes of the first two, as the size is told.
-    constexpr qint32 SMALLEST = 768, LARGEST = 4096;
-    if (bytesFirst.size() < 4)
+    constexpr qint32 nSmallest = 768, nLargest = 4096;
+    if (bytesFirst.size() < 4) {
         return 0;
+    }
     for (const bool bBig : {bBigEndian, !bBigEndian}) {
         const qint32 nSize = bBig ? qFromBigEndian<qint32>(bytesFirst.constData())
                                   : qFromLittleEndian<qint32>(bytesFirst.constData());
-        if (nSize >= SMALLEST && nSize <= LARGEST) {
+        if (nSize >= nSmallest && nSize <= nLargest) {
             bBigEndian = bBig;
             return nSize;
         }
@@ -202,15 +214,17 @@ void tellFeiRecord(const QByteArray& bytesRecord, bool bBigEndian, const QString
                    FrameHeader& header)
 {
     const CRecord record(bytesRecord, bBigEndian);
-    header.kilovolts = toldAbove0(record.real(HIGH_TENSION) / 1000, strKind + QStringLiteral(": HT"));
-    if (record.integer(PROJECTION_MODE) != 2)  // imaging
-        header.cameraLength = toldAbove0(record.real(CAMERA_LENGTH) * 1000,
+    header.kilovolts = toldAbove0(record.real(g_fieldHighTension) / 1000, strKind + QStringLiteral(": HT"));
+    if (record.integer(g_fieldProjectionMode) != 2) {  // imaging
+        header.cameraLength = toldAbove0(record.real(g_fieldCameraLength) * 1000,
                                          strKind + QStringLiteral(": camera length"));
-    header.exposure = toldAbove0(record.real(INTEGRATION_TIME),
+    }
+    header.exposure = toldAbove0(record.real(g_fieldIntegrationTime),
                                  strKind + QStringLiteral(": integration time"));
-    header.strDetector = record.text(CAMERA);
-    if (header.strDetector.isEmpty())
-        header.strDetector = record.text(DETECTOR);
+    header.strDetector = record.text(g_fieldCamera);
+    if (header.strDetector.isEmpty()) {
+        header.strDetector = record.text(g_fieldDetector);
+    }
     tellPixel(record, strKind, header);
     tellTilt(record, strKind, nImage, header);
     tellBeam(record, strKind, header);

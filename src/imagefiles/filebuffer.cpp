@@ -4,7 +4,7 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t MOST_KEPT = size_t(72) << 20;  ///< a frame of 4096 x 4096 floats and the tags around it
+constexpr size_t g_nMostKept = size_t(72) << 20;  ///< a frame of 4096 x 4096 floats and the tags around it
 
 /// The block that this thread keeps. Plain data, so that it can still be asked while the thread ends.
 struct KeptBlock {
@@ -27,7 +27,7 @@ thread_local KeptBlockOwner t_owner;
 
 void giveBack(uint8_t* pBlock, size_t nSize)
 {
-    if (t_kept.bClosed || nSize > MOST_KEPT) {
+    if (t_kept.bClosed || nSize > g_nMostKept) {
         delete[] pBlock;
         return;
     }

@@ -61,11 +61,11 @@ bool hasMagic(const FrameFormat& format, const QByteArray& bytesHead)
 
 QByteArray headOf(const QString& strFileName)
 {
-    constexpr int HEAD_SIZE = 256;  // beyond the last of the magic bytes
+    constexpr int nHeadSize = 256;  // beyond the last of the magic bytes
     QFile file(strFileName);
     QString strReason;
     return openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)
-               ? file.read(HEAD_SIZE)
+               ? file.read(nHeadSize)
                : QByteArray();
 }
 

@@ -16,7 +16,7 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t SMALL = 64 << 20;  ///< bytes for which nobody asks how much memory is left
+constexpr uint64_t g_nSmall = 64 << 20;  ///< bytes for which nobody asks how much memory is left
 
 /// Elements between neighbours along each axis of a block.
 std::vector<uint64_t> stridesOf(const std::vector<hsize_t>& vecLength)
@@ -44,7 +44,7 @@ bool isPossible(const Hdf5Layout& layout, const Hdf5Plane& plane, QString& strRe
     if (productOf({nRows, nColumns}) > uint64_t(std::numeric_limits<int>::max())) {
         strReason =
             QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(nColumns).arg(nRows);
-    } else if (nRows * nColumns * layout.nElementSize / HDF5_BEST_RATIO > layout.nFileSize) {
+    } else if (nRows * nColumns * layout.nElementSize / g_nHdf5BestRatio > layout.nFileSize) {
         strReason = QStringLiteral("truncated: %1 bytes do not hold %2 x %3 pixels")
                         .arg(layout.nFileSize)
                         .arg(nColumns)
@@ -284,11 +284,11 @@ std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& 
     for (const Hdf5Fetched::Chunk& chunk : fetched.vecChunk) {
         nLargest = std::max<uint64_t>(nLargest, chunk.nBytes);
     }
-    if (nChunk / HDF5_BEST_RATIO > nLargest) {
+    if (nChunk / g_nHdf5BestRatio > nLargest) {
         strReason = QStringLiteral("packed pixels of %1 bytes where %2 belong").arg(nLargest).arg(nChunk);
         return nullptr;
     }
-    if (nChunk + nPlane > SMALL && !hasMemoryFor(2 * nChunk + nPlane)) {
+    if (nChunk + nPlane > g_nSmall && !hasMemoryFor(2 * nChunk + nPlane)) {
         throw std::bad_alloc();
     }
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nPlane);

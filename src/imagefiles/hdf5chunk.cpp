@@ -17,10 +17,10 @@ namespace tessera {
 
 namespace {
 
-constexpr int DEFLATE = 1, SHUFFLE = 2, CHECKSUM = 3, LZ4 = 32004, BITSHUFFLE = 32008;
-constexpr size_t CHECKSUM_SIZE = 4;
-constexpr size_t PACKED_HEADER = 12;  ///< of LZ4 and bitshuffle: length of all, length of a block
-constexpr unsigned BITSHUFFLE_PLAIN = 0, BITSHUFFLE_LZ4 = 2, BITSHUFFLE_ZSTD = 3;
+constexpr int g_nDeflate = 1, g_nShuffle = 2, g_nChecksum = 3, g_nLz4 = 32004, g_nBitshuffle = 32008;
+constexpr size_t g_nChecksumSize = 4;
+constexpr size_t g_nPackedHeader = 12;  ///< of g_nLz4 and bitshuffle: length of all, length of a block
+constexpr unsigned g_nBitshufflePlain = 0, g_nBitshuffleLz4 = 2, g_nBitshuffleZstd = 3;
 
 unsigned clientValue(const Hdf5Filter& filter, size_t n)
 {
@@ -80,15 +80,16 @@ void unshuffleBytes(ChunkBytes source, size_t nElementSize, uint8_t* pTarget)
     std::memcpy(pTarget + nDone, source.p + nDone, source.n - nDone);
 }
 
-/// Takes the header of LZ4 or bitshuffle off. @return false when it tells another size than that of the chunk
+/// Takes the header of g_nLz4 or bitshuffle off. @return false when it tells another size than that of the
+/// chunk
 bool takePackedHeader(ChunkBytes& source, size_t nTarget, size_t& nBlockBytes, QString& strReason)
 {
-    if (source.n < PACKED_HEADER) {
+    if (source.n < g_nPackedHeader) {
         return tooShort(strReason);
     }
     const uint64_t nAll = qFromBigEndian<quint64>(source.p);
     nBlockBytes = qFromBigEndian<quint32>(source.p + 8);
-    source = {source.p + PACKED_HEADER, source.n - PACKED_HEADER};
+    source = {source.p + g_nPackedHeader, source.n - g_nPackedHeader};
     if (nAll != nTarget) {
         strReason = QStringLiteral("packed pixels of %1 bytes where %2 belong").arg(nAll).arg(nTarget);
         return false;
@@ -146,7 +147,7 @@ bool unpackLz4(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& str
 bool unpackBitshuffle(const Hdf5Filter& filter, ChunkBytes source, size_t nElementSize, uint8_t* pTarget,
                       size_t nTarget, QString& strReason)
 {
-    const bool bPacked = clientValue(filter, 4) == BITSHUFFLE_LZ4;
+    const bool bPacked = clientValue(filter, 4) == g_nBitshuffleLz4;
     size_t nBlockBytes = size_t(clientValue(filter, 3)) * nElementSize;
     if (bPacked && !takePackedHeader(source, nTarget, nBlockBytes, strReason)) {
         return false;
@@ -189,15 +190,15 @@ bool undoFilter(const Hdf5Filter& filter, ChunkBytes source, size_t nElementSize
                 size_t nTarget, QString& strReason)
 {
     switch (filter.nId) {
-        case DEFLATE:
+        case g_nDeflate:
             return inflateChunk(source, pTarget, nTarget, strReason);
-        case SHUFFLE:
+        case g_nShuffle:
             if (source.n != nTarget) {
                 return tooShort(strReason);
             }
             unshuffleBytes(source, nElementSize, pTarget);
             return true;
-        case LZ4:
+        case g_nLz4:
             return unpackLz4(source, pTarget, nTarget, strReason);
         default:
             return unpackBitshuffle(filter, source, nElementSize, pTarget, nTarget, strReason);
@@ -206,31 +207,31 @@ bool undoFilter(const Hdf5Filter& filter, ChunkBytes source, size_t nElementSize
 
 bool packs(const Hdf5Filter& filter)
 {
-    return filter.nId == DEFLATE || filter.nId == LZ4 ||
-           (filter.nId == BITSHUFFLE && clientValue(filter, 4) == BITSHUFFLE_LZ4);
+    return filter.nId == g_nDeflate || filter.nId == g_nLz4 ||
+           (filter.nId == g_nBitshuffle && clientValue(filter, 4) == g_nBitshuffleLz4);
 }
 
 }  // namespace
 
 QString unknownFilter(const std::vector<Hdf5Filter>& vecFilter)
 {
-    constexpr size_t MOST_FILTERS = 8;
-    if (vecFilter.size() > MOST_FILTERS) {
+    constexpr size_t nMostFilters = 8;
+    if (vecFilter.size() > nMostFilters) {
         return QStringLiteral("%1 filters of HDF5").arg(vecFilter.size());
     }
     bool bPacked = false;
     for (const Hdf5Filter& filter : vecFilter) {
-        const bool bBits = filter.nId == BITSHUFFLE;
-        if (bBits && clientValue(filter, 4) == BITSHUFFLE_ZSTD) {
+        const bool bBits = filter.nId == g_nBitshuffle;
+        if (bBits && clientValue(filter, 4) == g_nBitshuffleZstd) {
             return QStringLiteral("pixels packed by bitshuffle with Zstandard are not read");
         }
-        if ((!bBits && filter.nId != DEFLATE && filter.nId != SHUFFLE && filter.nId != CHECKSUM &&
-             filter.nId != LZ4) ||
-            (bBits && clientValue(filter, 4) != BITSHUFFLE_LZ4 &&
-             clientValue(filter, 4) != BITSHUFFLE_PLAIN)) {
+        if ((!bBits && filter.nId != g_nDeflate && filter.nId != g_nShuffle && filter.nId != g_nChecksum &&
+             filter.nId != g_nLz4) ||
+            (bBits && clientValue(filter, 4) != g_nBitshuffleLz4 &&
+             clientValue(filter, 4) != g_nBitshufflePlain)) {
             return QStringLiteral("pixels packed by filter %1 of HDF5 are not read").arg(filter.nId);
         }
-        if (bPacked && filter.nId != CHECKSUM) {
+        if (bPacked && filter.nId != g_nChecksum) {
             return QStringLiteral("pixels that are packed twice are not read");
         }
         bPacked = bPacked || packs(filter);
@@ -247,17 +248,17 @@ bool decodeChunk(const std::vector<Hdf5Filter>& vecFilter, uint32_t nSkipped, si
     // Before the filter that packs, a checksum has made the chunk longer by its four bytes.
     size_t nInside = nTarget;
     for (size_t i = 0; i < vecFilter.size() && !packs(vecFilter[i]); ++i) {
-        nInside += vecFilter[i].nId == CHECKSUM && !(nSkipped >> i & 1) ? CHECKSUM_SIZE : 0;
+        nInside += vecFilter[i].nId == g_nChecksum && !(nSkipped >> i & 1) ? g_nChecksumSize : 0;
     }
     for (size_t i = vecFilter.size(); i-- > 0;) {
         if (nSkipped >> i & 1) {
             continue;
         }
-        if (vecFilter[i].nId == CHECKSUM) {
-            if (source.n < CHECKSUM_SIZE) {
+        if (vecFilter[i].nId == g_nChecksum) {
+            if (source.n < g_nChecksumSize) {
                 return tooShort(strReason);
             }
-            source.n -= CHECKSUM_SIZE;
+            source.n -= g_nChecksumSize;
             continue;
         }
         const size_t nOut = packs(vecFilter[i]) ? nInside : source.n;

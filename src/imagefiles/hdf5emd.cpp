@@ -66,9 +66,9 @@ void readVeloxScale(const QJsonObject& object, FrameHeader& header)
     const bool bReciprocal = strUnit == QLatin1String("1/m") || strUnit == QLatin1String("m^-1");
     const bool bDiffraction = valueAt(object, {"Optics", "ProjectorMode"}).toString() == QLatin1String("1");
     if (bReciprocal) {
-        constexpr double METRES_PER_ANGSTROM = 1e-10;
+        constexpr double dfMetresPerAngstrom = 1e-10;
         const double dfPixel = numberOf(valueAt(object, {"BinaryResult", "PixelSize", "width"}));
-        header.pixelSize = above0(dfPixel * METRES_PER_ANGSTROM, "BinaryResult.PixelSize");
+        header.pixelSize = above0(dfPixel * dfMetresPerAngstrom, "BinaryResult.PixelSize");
     }
     if (bReciprocal || bDiffraction) {
         header.cameraLength = above0(1000 * numberOf(valueAt(object, {"Optics", "CameraLength"})),
@@ -84,7 +84,7 @@ void readVeloxScale(const QJsonObject& object, FrameHeader& header)
 
 bool findVelox(hid_t idFile, const QString& strPath, Hdf5Series& series)
 {
-    constexpr size_t MOST_IMAGES = 1000;
+    constexpr size_t nMostImages = 1000;
     const QByteArray strImages = "/Data/Image";
     const CHdf5Id idImages = openObject(idFile, strImages);
     if (!idImages.isOpen()) {
@@ -93,7 +93,7 @@ bool findVelox(hid_t idFile, const QString& strPath, Hdf5Series& series)
     Hdf5Block best;
     int nOthers = -1;
     QByteArray strBest;
-    for (const QByteArray& strName : namesIn(idImages, MOST_IMAGES)) {
+    for (const QByteArray& strName : namesIn(idImages, nMostImages)) {
         const QByteArray strGroup = strImages + '/' + strName;
         const Hdf5Block block = blockOf(idFile, strPath, strGroup + "/Data", true);
         if (!block.strMissing.isEmpty() || block.layout.vecLength.size() > 3) {
@@ -125,7 +125,7 @@ bool findVelox(hid_t idFile, const QString& strPath, Hdf5Series& series)
 
 QByteArray veloxText(const Hdf5Series& series, int nImage)
 {
-    constexpr uint64_t LONGEST = 1 << 22;
+    constexpr uint64_t nLongest = 1 << 22;
     const QString& strFile = series.vecBlock.front().strFile;
     QString strReason;
     const CHdf5Id idFile = openHdf5(strFile, strReason);
@@ -134,7 +134,7 @@ QByteArray veloxText(const Hdf5Series& series, int nImage)
     if (!idText.isOpen() ||
         !describeDataSet(idText, uint64_t(QFileInfo(strFile).size()), layout, strReason) ||
         layout.nElementSize != 1 || layout.vecLength.empty() || layout.vecLength.size() > 2 ||
-        layout.vecLength[0] > LONGEST || (layout.vecLength.size() == 1 && nImage > 0) ||
+        layout.vecLength[0] > nLongest || (layout.vecLength.size() == 1 && nImage > 0) ||
         (layout.vecLength.size() == 2 && layout.vecLength[1] <= uint64_t(nImage))) {
         return {};
     }

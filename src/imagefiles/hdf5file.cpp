@@ -51,7 +51,7 @@ void convert(const Hdf5Layout& layout, const uint8_t* pSource, size_t nCount, fl
 template <bool bSwap>
 void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __restrict pTarget)
 {
-    constexpr size_t BLOCK = 64;
+    constexpr size_t nBlock = 64;
     const auto one = [](const uint8_t* p) {
         const int32_t n = elementFromBytes<uint16_t, bSwap>(p);
         const float f = static_cast<float>(n);
@@ -60,9 +60,9 @@ void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __re
         return nBits | -int32_t(n == 0xFFFF);
     };
     size_t nDone = 0;
-    for (; nDone + BLOCK <= nCount; nDone += BLOCK) {
-        int32_t anBits[BLOCK];
-        for (size_t i = 0; i < BLOCK; ++i) {
+    for (; nDone + nBlock <= nCount; nDone += nBlock) {
+        int32_t anBits[nBlock];
+        for (size_t i = 0; i < nBlock; ++i) {
             anBits[i] = one(pSource + 2 * (nDone + i));
         }
         std::memcpy(pTarget + nDone, anBits, sizeof anBits);
@@ -78,14 +78,14 @@ void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __re
 /// length.
 void blankFrom(float fBound, float* pPixels, size_t nCount)
 {
-    constexpr size_t BLOCK = 64;
+    constexpr size_t nBlock = 64;
     int32_t nBound;
     std::memcpy(&nBound, &fBound, sizeof nBound);
     size_t nDone = 0;
-    for (; nDone + BLOCK <= nCount; nDone += BLOCK) {
-        int32_t anBits[BLOCK];
+    for (; nDone + nBlock <= nCount; nDone += nBlock) {
+        int32_t anBits[nBlock];
         std::memcpy(anBits, pPixels + nDone, sizeof anBits);
-        for (size_t i = 0; i < BLOCK; ++i) {
+        for (size_t i = 0; i < nBlock; ++i) {
             anBits[i] |= -int32_t(anBits[i] >= nBound);
         }
         std::memcpy(pPixels + nDone, anBits, sizeof anBits);
@@ -103,9 +103,9 @@ void convertAndBlank(const Hdf5Series& series, const Hdf5Layout& layout, const u
     // of 32 bits and more, float has the numbers just below the mark on the mark
     const float fMark = float(std::ldexp(1.0, int(8 * layout.nElementSize)) - 1);
     const float fLeast = float(series.dfUnderload);
-    constexpr size_t STRIP = 8192;  // stays in the processor's cache between the two steps
-    for (size_t n = 0; n < nCount; n += STRIP) {
-        const size_t nStrip = std::min(STRIP, nCount - n);
+    constexpr size_t nLongest = 8192;  // stays in the processor's cache between the two steps
+    for (size_t n = 0; n < nCount; n += nLongest) {
+        const size_t nStrip = std::min(nLongest, nCount - n);
         const uint8_t* pStrip = pSource + n * layout.nElementSize;
         if (series.bMarked && bUnsigned && layout.nElementSize == 2) {
             layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN)
@@ -196,9 +196,9 @@ std::unique_ptr<CImgObj<float>> readImage(const Hdf5Series& series, int nImage, 
     auto pImage = std::make_unique<CImgObj<float>>();
     const size_t nWidth = size_t(columnsOf(pBlock->layout, plane));
     const size_t nHeight = size_t(rowsOf(pBlock->layout, plane));
-    constexpr size_t SMALL = size_t(64) << 20;  // asking costs more than reading a small frame
+    constexpr size_t nSmall = size_t(64) << 20;  // asking costs more than reading a small frame
     const size_t nBytes = nWidth * nHeight * sizeof(float);
-    if ((nBytes > SMALL && !hasMemoryFor(nBytes)) || !pImage->Create(int(nWidth), int(nHeight))) {
+    if ((nBytes > nSmall && !hasMemoryFor(nBytes)) || !pImage->Create(int(nWidth), int(nHeight))) {
         throw std::bad_alloc();
     }
     convertAndBlank(series, pBlock->layout, pPlane.get(), nWidth * nHeight, pImage->Data());

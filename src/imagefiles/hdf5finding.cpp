@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t MOST_NAMES = 20000;  ///< of members of a group
+constexpr size_t g_nMostNames = 20000;  ///< of members of a group
 
 /// Walks through all groups of a file, each of them once however they are linked.
 class CWalk {
@@ -23,16 +23,16 @@ public:
     template <class GROUP, class SET>
     void go(const QByteArray& strGroup, int nDepth, const GROUP& fnGroup, const SET& fnSet)
     {
-        constexpr int DEEPEST = 12;
+        constexpr int nDeepest = 12;
         const CHdf5Id idGroup = openObject(m_idFile, strGroup);
         H5O_info_t info;
-        if (!idGroup.isOpen() || nDepth > DEEPEST || H5Oget_info2(idGroup, &info, H5O_INFO_BASIC) < 0 ||
+        if (!idGroup.isOpen() || nDepth > nDeepest || H5Oget_info2(idGroup, &info, H5O_INFO_BASIC) < 0 ||
             !m_setSeen.insert(info.addr).second) {
             return;
         }
         fnGroup(strGroup, idGroup);
-        for (const QByteArray& strName : namesIn(idGroup, MOST_NAMES)) {
-            if (++m_nObjects > MOST_NAMES) {
+        for (const QByteArray& strName : namesIn(idGroup, g_nMostNames)) {
+            if (++m_nObjects > g_nMostNames) {
                 return;
             }
             const QByteArray strPath = (strGroup == "/" ? strGroup : strGroup + '/') + strName;
@@ -113,8 +113,8 @@ void refuseOtherSizes(Hdf5Series& series)
         }
         const Hdf5Plane plane = planeOf(block.layout, series.bFramesLast, 0);
         const uint64_t nWidth = columnsOf(block.layout, plane), nHeight = rowsOf(block.layout, plane);
-        constexpr uint64_t MOST = std::numeric_limits<int>::max();
-        const QSize sizeOfBlock(int(std::min(nWidth, MOST)), int(std::min(nHeight, MOST)));
+        constexpr uint64_t nMost = std::numeric_limits<int>::max();
+        const QSize sizeOfBlock(int(std::min(nWidth, nMost)), int(std::min(nHeight, nMost)));
         if (!size.isValid()) {
             size = sizeOfBlock;
         } else if (sizeOfBlock != size) {
@@ -188,7 +188,7 @@ std::vector<QByteArray> groupsOfClass(hid_t idWhere, const QByteArray& strWhere,
 {
     std::vector<QByteArray> vecGroup;
     const CHdf5Id idParent = openObject(idWhere, strWhere);
-    for (const QByteArray& strName : namesIn(idParent, MOST_NAMES)) {
+    for (const QByteArray& strName : namesIn(idParent, g_nMostNames)) {
         const QByteArray strPath = strWhere == "/" ? '/' + strName : strWhere + '/' + strName;
         const CHdf5Id idGroup = openObject(idWhere, strPath);
         if (idGroup.isOpen() && H5Iget_type(idGroup) == H5I_GROUP) {

@@ -40,11 +40,11 @@ std::vector<Hdf5Filter> filtersOf(hid_t idCreate)
     std::vector<Hdf5Filter> vecFilter;
     const int nFilters = H5Pget_nfilters(idCreate);
     for (int i = 0; i < nFilters; ++i) {
-        constexpr size_t MOST_VALUES = 16;
+        constexpr size_t nMostValues = 16;
         Hdf5Filter filter;
-        filter.vecClient.assign(MOST_VALUES, 0);
+        filter.vecClient.assign(nMostValues, 0);
         unsigned nFlags = 0, nConfig = 0;
-        size_t nValues = MOST_VALUES;
+        size_t nValues = nMostValues;
         filter.nId = H5Pget_filter2(idCreate, unsigned(i), &nFlags, &nValues, filter.vecClient.data(), 0,
                                     nullptr, &nConfig);
         vecFilter.push_back(filter);

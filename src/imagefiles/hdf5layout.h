@@ -10,7 +10,7 @@
 namespace tessera {
 
 /// What packing can save at the most: deflate 1032, LZ4 255 times.
-constexpr uint64_t HDF5_BEST_RATIO = 1100;
+constexpr uint64_t g_nHdf5BestRatio = 1100;
 
 /// How a data set stores its elements. It outlives the data set's being open.
 struct Hdf5Layout {

@@ -12,8 +12,8 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t LONGEST_TEXT = 65536;
-constexpr hssize_t MOST_NUMBERS = 64;
+constexpr size_t g_nLongestText = 65536;
+constexpr hssize_t g_nMostNumbers = 64;
 
 /// Called by HDF5 before it follows a link to another file. @return a failure, always
 herr_t refuseExternal(const char*, const char*, const char*, const char*, unsigned*, hid_t, void*)
@@ -55,12 +55,12 @@ QString oneText(hid_t idType, hid_t idSpace, const READ& read)
         if (read(idMemory, &psz) < 0 || !psz) {
             return {};
         }
-        const QString strText = QString::fromUtf8(psz, int(qstrnlen(psz, LONGEST_TEXT)));
+        const QString strText = QString::fromUtf8(psz, int(qstrnlen(psz, g_nLongestText)));
         H5free_memory(psz);
         return strText;
     }
     const size_t nSize = H5Tget_size(idType);
-    if (nSize < 1 || nSize > LONGEST_TEXT) {
+    if (nSize < 1 || nSize > g_nLongestText) {
         return {};
     }
     QByteArray bytes(int(nSize) + 1, 0);
@@ -130,14 +130,14 @@ CHdf5Id openDataSet(hid_t idWhere, const QByteArray& strPath)
 
 bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external)
 {
-    constexpr size_t LONGEST_LINK = 8192;
+    constexpr size_t nLongestLink = 8192;
     if (strName.contains('/')) {  // a damaged name, which HDF5 takes for a path through other files
         return false;
     }
     const CHdf5Id idAccess = noExternalLinks();
     H5L_info_t info;
     if (H5Lget_info(idGroup, strName.constData(), &info, idAccess) < 0 || info.type != H5L_TYPE_EXTERNAL ||
-        info.u.val_size < 1 || info.u.val_size > LONGEST_LINK) {
+        info.u.val_size < 1 || info.u.val_size > nLongestLink) {
         return false;
     }
     QByteArray bytes(int(info.u.val_size), 0);
@@ -166,10 +166,10 @@ std::vector<QByteArray> namesIn(hid_t idGroup, size_t nMost)
 
 std::vector<hsize_t> dimensionsOf(hid_t idDataSet)
 {
-    constexpr int MOST_AXES = 8;
+    constexpr int nMostAxes = 8;
     const CHdf5Id idSpace(H5Dget_space(idDataSet));
     const int nAxes = H5Sget_simple_extent_ndims(idSpace);
-    if (nAxes < 1 || nAxes > MOST_AXES) {
+    if (nAxes < 1 || nAxes > nMostAxes) {
         return {};
     }
     std::vector<hsize_t> vecLength(static_cast<size_t>(nAxes));
@@ -209,7 +209,7 @@ std::vector<double> numberAttribute(hid_t idObject, const char* pszName)
     const CHdf5Id idType(H5Aget_type(idAttribute)), idSpace(H5Aget_space(idAttribute));
     const H5T_class_t type = H5Tget_class(idType);
     const hssize_t nCount = H5Sget_simple_extent_npoints(idSpace);
-    if ((type != H5T_INTEGER && type != H5T_FLOAT) || nCount < 1 || nCount > MOST_NUMBERS) {
+    if ((type != H5T_INTEGER && type != H5T_FLOAT) || nCount < 1 || nCount > g_nMostNumbers) {
         return {};
     }
     std::vector<double> vecNumber(static_cast<size_t>(nCount));

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t MOST_NAMES = 20000;
+constexpr size_t g_nMostNames = 20000;
 
 /// The place of the file that the header is read from.
 struct Source {
@@ -84,7 +84,7 @@ std::vector<Hdf5Block> blocksOf(hid_t idFile, const QString& strFile, const QByt
 std::vector<Hdf5Block> blocksOfGroup(hid_t idFile, const QString& strFile, const QByteArray& strGroup)
 {
     const CHdf5Id idGroup = openObject(idFile, strGroup);
-    const std::vector<QByteArray> vecName = namesIn(idGroup, MOST_NAMES);
+    const std::vector<QByteArray> vecName = namesIn(idGroup, g_nMostNames);
     std::vector<QByteArray> vecWanted;
     std::copy_if(vecName.begin(), vecName.end(), std::back_inserter(vecWanted), isNumbered);
     std::stable_sort(vecWanted.begin(), vecWanted.end(), [](const QByteArray& a, const QByteArray& b) {
@@ -109,7 +109,7 @@ std::vector<Hdf5Block> blocksOfGroup(hid_t idFile, const QString& strFile, const
 /// pixels that are interpolated.
 void readMask(const Source& source, Hdf5Series& series)
 {
-    constexpr uint64_t BAD = 0xFFFF;
+    constexpr uint64_t nBad = 0xFFFF;
     for (const QByteArray& strGroup : source.vecDetector) {
         const CHdf5Id idMask = openDataSet(source.idFile, strGroup + "/pixel_mask");
         Hdf5Layout layout;
@@ -138,7 +138,7 @@ void readMask(const Source& source, Hdf5Series& series)
         }
         const size_t nPixels = size_t(layout.vecLength[0] * layout.vecLength[1]);
         for (size_t i = 0; i < nPixels; ++i) {
-            if (uint64_t(int64_t(elementAt(layout, pMask.get() + i * layout.nElementSize))) & BAD) {
+            if (uint64_t(int64_t(elementAt(layout, pMask.get() + i * layout.nElementSize))) & nBad) {
                 series.vecMasked.push_back(uint32_t(i));
             }
         }
@@ -149,16 +149,16 @@ void readMask(const Source& source, Hdf5Series& series)
 /// Detectors call the energy of electrons that of photons; no X-ray source gives this much.
 void readBeam(const Source& source, const QByteArray& strEntry, FrameHeader& header)
 {
-    constexpr double SURELY_ELECTRONS = 100000, PERHAPS_ELECTRONS = 60000;  // eV
+    constexpr double dfSurelyElectrons = 100000, dfPerhapsElectrons = 60000;  // eV
     Source beam = source;
     for (const char* pszGroup : {"/instrument/beam", "/sample/beam"}) {
         beam.vecDetector.push_back(strEntry + pszGroup);
     }
     const ToldNumber energy = numberOf(beam, {"photon_energy", "incident_energy", "energy"});
     header.wavelength = numberOf(beam, {"incident_wavelength", "wavelength"});
-    if (energy.isTold() && (source.bElectrons || energy.df >= PERHAPS_ELECTRONS)) {
+    if (energy.isTold() && (source.bElectrons || energy.df >= dfPerhapsElectrons)) {
         header.kilovolts = {energy.df / 1000, energy.strSource};
-        if (!source.bElectrons && energy.df < SURELY_ELECTRONS) {
+        if (!source.bElectrons && energy.df < dfSurelyElectrons) {
             header.listDoubt.append(
                 QStringLiteral("%1: the energy of %2 keV was taken for that of electrons, which "
                                "the file does not say.")
@@ -173,9 +173,9 @@ void readDetector(const Source& source, Hdf5Series& series)
     FrameHeader& header = series.header;
     header.detectorPixel = numberOf(source, {"x_pixel_size"}, 1e6);
     const ToldNumber height = numberOf(source, {"y_pixel_size"}, 1e6);
-    constexpr double SAME = 1e-4;
+    constexpr double dfSame = 1e-4;
     if (header.detectorPixel.isTold() && height.isTold() &&
-        std::fabs(height.df / header.detectorPixel.df - 1) > SAME) {
+        std::fabs(height.df / header.detectorPixel.df - 1) > dfSame) {
         header.listDoubt.append(QStringLiteral("Pixels are %1 µm wide and %2 µm high; the width was taken.")
                                     .arg(header.detectorPixel.df)
                                     .arg(height.df));
@@ -187,9 +187,9 @@ void readDetector(const Source& source, Hdf5Series& series)
         header.beamX = header.beamY = ToldNumber();
     }
     // Counted from the outer corner of the first pixel, as by the definition of NXdetector's beam_center_x.
-    constexpr double CORNER_TO_CENTRE = 0.5;
-    header.beamX.df -= CORNER_TO_CENTRE;
-    header.beamY.df -= CORNER_TO_CENTRE;
+    constexpr double dfCornerToCentre = 0.5;
+    header.beamX.df -= dfCornerToCentre;
+    header.beamY.df -= dfCornerToCentre;
     header.exposure = numberOf(source, {"count_time", "frame_time"});
     const ToldNumber saturation = numberOf(source, {"saturation_value"});
     const ToldNumber cutoff = numberOf(source, {"countrate_correction_count_cutoff"});

@@ -26,8 +26,8 @@ namespace tessera {
 
 namespace {
 
-constexpr rlim_t MOST_PROCESSOR_TIME = 60;  // s
-constexpr unsigned LONGEST = 600;           // s on the clock, of which a slow disk may take most
+constexpr rlim_t g_nMostProcessorTime = 60;  // s
+constexpr unsigned g_nLongest = 600;         // s on the clock, of which a slow disk may take most
 
 /// Reads the first and the last image of a series, as the parent will do.
 void readImages(const Hdf5Series& series)
@@ -80,8 +80,8 @@ void limitMemory()
     const uint64_t nPages = file.open(QIODevice::ReadOnly) ? file.readLine().split(' ').value(0).toULongLong()
                                                            : 0;
     const uint64_t nHeld = nPages * uint64_t(sysconf(_SC_PAGESIZE)), nLeft = availableMemory();
-    constexpr uint64_t MOST = std::numeric_limits<int64_t>::max();
-    if (nHeld > 0 && nHeld < MOST && nLeft < MOST - nHeld) {
+    constexpr uint64_t nMost = std::numeric_limits<int64_t>::max();
+    if (nHeld > 0 && nHeld < nMost && nLeft < nMost - nHeld) {
         const rlimit memory = {rlim_t(nHeld + nLeft), rlim_t(nHeld + nLeft)};
         setrlimit(RLIMIT_AS, &memory);
     }
@@ -94,13 +94,13 @@ void limitMemory()
     for (const int nSignal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGALRM, SIGXCPU}) {
         std::signal(nSignal, SIG_DFL);
     }
-    const rlimit noCore = {0, 0}, processor = {MOST_PROCESSOR_TIME, MOST_PROCESSOR_TIME + 1};
+    const rlimit noCore = {0, 0}, processor = {g_nMostProcessorTime, g_nMostProcessorTime + 1};
     setrlimit(RLIMIT_CORE, &noCore);
     setrlimit(RLIMIT_CPU, &processor);
     limitMemory();
     const int nNull = open("/dev/null", O_WRONLY);
     dup2(nNull, STDERR_FILENO);  // the C library tells there what it aborts for
-    alarm(LONGEST);
+    alarm(g_nLongest);
     const QString strReason = readOnce(strPath);
     const QByteArray bytes = (strReason.isEmpty() ? QByteArray("+") : '-' + strReason.left(1000).toUtf8());
     _exit(write(nAnswer, bytes.constData(), size_t(bytes.size())) == bytes.size() ? 0 : 1);
@@ -109,8 +109,8 @@ void limitMemory()
 /// What the child has written; it has ended, so nothing is waited for. A pipe holds more than an answer.
 QByteArray answerOf(int nAnswer)
 {
-    constexpr int LONGEST_ANSWER = 4096;
-    QByteArray bytes(LONGEST_ANSWER, 0);
+    constexpr int nLongestAnswer = 4096;
+    QByteArray bytes(nLongestAnswer, 0);
     const ssize_t nRead = read(nAnswer, bytes.data(), size_t(bytes.size()));
     return bytes.left(int(std::max<ssize_t>(nRead, 0)));
 }

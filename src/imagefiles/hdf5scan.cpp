@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t MOST_ANGLES = 1 << 22;  ///< that are held at the same time
+constexpr uint64_t g_nMostAngles = 1 << 22;  ///< that are held at the same time
 
 /// One step of a chain of transformations.
 struct Step {
@@ -69,11 +69,11 @@ public:
     /// @return false when the data set was taken before, or when there are too many steps
     bool add(const QByteArray& strPath)
     {
-        constexpr size_t MOST_STEPS = 32;
-        constexpr int LONGEST_PATH = 4096;
-        const CHdf5Id idSet = strPath.size() <= LONGEST_PATH ? openDataSet(m_idFile, strPath) : CHdf5Id();
+        constexpr size_t nMostSteps = 32;
+        constexpr int nLongestPath = 4096;
+        const CHdf5Id idSet = strPath.size() <= nLongestPath ? openDataSet(m_idFile, strPath) : CHdf5Id();
         H5O_info_t info;
-        if (m_vecStep.size() >= MOST_STEPS ||
+        if (m_vecStep.size() >= nMostSteps ||
             (idSet.isOpen() &&
              (H5Oget_info2(idSet, &info, H5O_INFO_BASIC) < 0 || !m_setTaken.insert(info.addr).second))) {
             return false;
@@ -99,7 +99,7 @@ private:
         step.bRotation = textAttribute(idSet, "transformation_type") == QLatin1String("rotation");
         step.strNext = pathFrom(step.strPath, textAttribute(idSet, "depends_on").toUtf8());
         // an axis that stands still has one angle, which there is always room for
-        const uint64_t nRoom = m_nAngles < MOST_ANGLES ? MOST_ANGLES - m_nAngles : 1;
+        const uint64_t nRoom = m_nAngles < g_nMostAngles ? g_nMostAngles - m_nAngles : 1;
         step.vecAngle = numbersIn(m_idFile, step.strPath, m_strFile, nRoom);
         m_nAngles += step.vecAngle.size();
         const double dfUnit = unitFactor(textAttribute(idSet, "units"));
@@ -143,9 +143,9 @@ NexusVector inLaboratory(NexusVector v, const std::vector<Step>& vecStep, size_t
 
 bool varies(const Step& step)
 {
-    constexpr double LEAST = 1e-6;  // degrees
+    constexpr double dfLeast = 1e-6;  // degrees
     const auto range = std::minmax_element(step.vecAngle.begin(), step.vecAngle.end());
-    return !step.vecAngle.empty() && *range.second - *range.first > LEAST;
+    return !step.vecAngle.empty() && *range.second - *range.first > dfLeast;
 }
 
 QString lastName(const QByteArray& strPath)
@@ -162,7 +162,7 @@ ToldNumber widthBeside(hid_t idFile, const QString& strFile, const Step& step)
             return {vecWidth[0], lastName(step.strPath + pszEnd)};
         }
     }
-    const std::vector<double> vecEnd = numbersIn(idFile, step.strPath + "_end", strFile, MOST_ANGLES);
+    const std::vector<double> vecEnd = numbersIn(idFile, step.strPath + "_end", strFile, g_nMostAngles);
     if (step.vecAngle.size() > 1) {
         return {step.vecAngle[1] - step.vecAngle[0], QStringLiteral("its way to the next")};
     }
@@ -194,12 +194,12 @@ void takeAngles(const Step& step, const ToldNumber& width, Hdf5Series& series)
 {
     const double dfWidth = width.df;
     const size_t nImages = size_t(series.header.nImages);
-    if (nImages > MOST_ANGLES) {
+    if (nImages > g_nMostAngles) {
         series.header.listDoubt.append(
             QStringLiteral(
                 "The tilts were not taken, as the file tells of %1 images and no more than %2 get one.")
                 .arg(nImages)
-                .arg(MOST_ANGLES));
+                .arg(g_nMostAngles));
         return;
     }
     series.strTiltSource = lastName(step.strPath);
@@ -225,8 +225,8 @@ void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetecto
     };
     double dfDegrees = 0;
     QString strReason;
-    constexpr double ALONG = 1 - 1e-9;
-    if (!bElectrons && std::fabs(axis[0]) > ALONG) {
+    constexpr double dfAlong = 1 - 1e-9;
+    if (!bElectrons && std::fabs(axis[0]) > dfAlong) {
         strReason = QStringLiteral("it is the one that detectors write when they were told none");
     } else if (axisOnImage(axis, direction("/fast_pixel_direction"), direction("/slow_pixel_direction"),
                            dfDegrees, strReason)) {
@@ -241,14 +241,14 @@ void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetecto
 bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow, double& dfDegrees,
                  QString& strReason)
 {
-    constexpr double SQUARE = 0.02, ACROSS = 0.95, IN_PLANE = 0.3;
+    constexpr double dfSquare = 0.02, dfAcross = 0.95, dfInPlane = 0.3;
     const NexusVector normal = cross(slow, fast);  // out of the image, to who looks at it
-    const auto isUnit = [](const NexusVector& v) { return std::fabs(dot(v, v) - 1) < SQUARE; };
-    if (!isUnit(axis) || !isUnit(fast) || !isUnit(slow) || std::fabs(dot(fast, slow)) > SQUARE) {
+    const auto isUnit = [](const NexusVector& v) { return std::fabs(dot(v, v) - 1) < dfSquare; };
+    if (!isUnit(axis) || !isUnit(fast) || !isUnit(slow) || std::fabs(dot(fast, slow)) > dfSquare) {
         strReason = QStringLiteral("the directions of axis, rows and columns are not told");
-    } else if (-normal[2] < ACROSS) {  // to the source, against the beam
+    } else if (-normal[2] < dfAcross) {  // to the source, against the beam
         strReason = QStringLiteral("the detector is not across the beam, or is seen from behind");
-    } else if (std::fabs(dot(axis, normal)) > IN_PLANE) {
+    } else if (std::fabs(dot(axis, normal)) > dfInPlane) {
         strReason = QStringLiteral("it does not lie in the plane of the detector");
     } else {
         dfDegrees = std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / M_PI;

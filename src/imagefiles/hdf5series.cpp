@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 MOST_WITHOUT_FILE = 100000;
+constexpr qint64 g_nMostWithoutFile = 100000;
 
 /// Images of a block whose file is missing; 0 when that cannot be told.
 /// @param nBefore  images before it
@@ -39,7 +39,7 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
     if (nCount < 1 && nBlock + 1 < vecBlock.size()) {
         nCount = nOther;
     }
-    return nCount <= MOST_WITHOUT_FILE ? std::max(nCount, qint64(0)) : 0;
+    return nCount <= g_nMostWithoutFile ? std::max(nCount, qint64(0)) : 0;
 }
 
 /// The most images that a series may have. One that no file holds is only the master's word, which costs it
@@ -54,7 +54,7 @@ qint64 mostImages(const std::vector<Hdf5Block>& vecBlock)
             nHeld = std::max(nHeld, qint64(block.nFirst) + block.nCount);
         }
     }
-    qint64 nMost = MOST_WITHOUT_FILE;
+    qint64 nMost = g_nMostWithoutFile;
     for (const auto& held : mapHeld) {
         nMost += 2 * held.second;
     }
@@ -82,7 +82,7 @@ int imagesIn(const Hdf5Layout& layout, bool bFramesLast)
     if (nHeight > uint64_t(std::numeric_limits<int>::max()) / nWidth) {
         return int(std::min<uint64_t>(nImages, 1));  // too large to be read, which the reading tells
     }
-    const uint64_t nHeld = layout.nStored * HDF5_BEST_RATIO / (nHeight * nWidth * layout.nElementSize) + 1;
+    const uint64_t nHeld = layout.nStored * g_nHdf5BestRatio / (nHeight * nWidth * layout.nElementSize) + 1;
     const uint64_t nCount = layout.vecChunk.empty() ? nImages
                                                     : std::min({nImages, nHeld, layout.nStored + 1});
     return int(std::min<uint64_t>(nCount, std::numeric_limits<int>::max()));
@@ -176,7 +176,7 @@ QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QSt
 
 std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString& strReason)
 {
-    constexpr size_t MOST_KEPT = 4;
+    constexpr size_t nMostKept = 4;
     static std::vector<std::shared_ptr<const Hdf5Series>> s_vecKept;  // the one used last comes first
     static CHdf5Faults s_faults;
     const CHdf5Lock lock;
@@ -213,7 +213,7 @@ std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString
         }
     }
     s_vecKept.insert(s_vecKept.begin(), pSeries);
-    s_vecKept.resize(std::min(s_vecKept.size(), MOST_KEPT));
+    s_vecKept.resize(std::min(s_vecKept.size(), nMostKept));
     return pSeries;
 }
 

@@ -14,11 +14,11 @@ Hdf5Stamp stampOf(const QString& strFile)
 
 bool isCurrent(const std::vector<Hdf5Stamp>& vecStamp, const QDateTime& timeRead)
 {
-    constexpr qint64 SETTLED = 2000;  // ms, the tick of the coarsest file systems
+    constexpr qint64 nSettled = 2000;  // ms, the tick of the coarsest file systems
     return std::all_of(vecStamp.begin(), vecStamp.end(), [&](const Hdf5Stamp& stamp) {
         const Hdf5Stamp now = stampOf(stamp.strFile);
-        const qint64 nAge = stamp.nSize < 0 ? SETTLED + 1 : stamp.time.msecsTo(timeRead);
-        return now.nSize == stamp.nSize && now.time == stamp.time && (nAge > SETTLED || nAge < 0);
+        const qint64 nAge = stamp.nSize < 0 ? nSettled + 1 : stamp.time.msecsTo(timeRead);
+        return now.nSize == stamp.nSize && now.time == stamp.time && (nAge > nSettled || nAge < 0);
     });
 }
 
@@ -38,10 +38,10 @@ QString CHdf5Faults::reason(const QString& strFile) const
 void CHdf5Faults::keep(const QString& strFile, const QDateTime& timeRead,
                        const std::vector<Hdf5Stamp>& vecStamp, const QString& strReason)
 {
-    constexpr size_t MOST_KEPT = 64;
+    constexpr size_t nMostKept = 64;
     m_listFault.remove_if([&](const Fault& fault) { return fault.vecStamp.front().strFile == strFile; });
     m_listFault.push_front({vecStamp, timeRead, strReason});
-    m_listFault.resize(std::min(m_listFault.size(), MOST_KEPT));
+    m_listFault.resize(std::min(m_listFault.size(), nMostKept));
 }
 
 }  // namespace tessera

@@ -28,9 +28,9 @@ bool isUnlimited(hid_t idSpace, size_t nAxes)
 
 bool boxOf(hid_t idSpace, Box& box)
 {
-    constexpr int MOST_AXES = 8;
+    constexpr int nMostAxes = 8;
     const int nAxes = H5Sget_simple_extent_ndims(idSpace);
-    if (nAxes < 2 || nAxes > MOST_AXES || isUnlimited(idSpace, size_t(nAxes))) {
+    if (nAxes < 2 || nAxes > nMostAxes || isUnlimited(idSpace, size_t(nAxes))) {
         return false;
     }
     box.vecFirst.assign(size_t(nAxes), 0);
@@ -59,9 +59,9 @@ struct Mapping {
 template <class GET>
 QByteArray textOf(const GET& get)
 {
-    constexpr ssize_t LONGEST = 8192;
+    constexpr ssize_t nLongest = 8192;
     const ssize_t nLength = get(nullptr, size_t(0));
-    if (nLength < 1 || nLength > LONGEST) {
+    if (nLength < 1 || nLength > nLongest) {
         return {};
     }
     QByteArray bytes(int(nLength), 0);
@@ -153,18 +153,18 @@ Hdf5Block blockOfMapping(hid_t idDataSet, const QString& strFile, const Mapping&
 
 std::vector<Hdf5Block> virtualBlocks(hid_t idDataSet, const QString& strFile, QString& strReason)
 {
-    constexpr size_t MOST_MAPPINGS = 20000;
-    constexpr hsize_t MOST_IMAGES = 100000;  // as images that nobody has written cost no byte of the file
+    constexpr size_t nMostMappings = 20000;
+    constexpr hsize_t nMostImages = 100000;  // as images that nobody has written cost no byte of the file
     const CHdf5Id idCreate(H5Dget_create_plist(idDataSet));
     size_t nMappings = 0;
     strReason = QStringLiteral("a virtual data set that is not put together of whole images is not read");
-    if (H5Pget_virtual_count(idCreate, &nMappings) < 0 || nMappings < 1 || nMappings > MOST_MAPPINGS) {
+    if (H5Pget_virtual_count(idCreate, &nMappings) < 0 || nMappings < 1 || nMappings > nMostMappings) {
         return {};
     }
     std::vector<Mapping> vecMapping(nMappings);
     for (size_t i = 0; i < nMappings; ++i) {
-        if (!mappingOf(idCreate, i, vecMapping[i]) || vecMapping[i].nFirst > MOST_IMAGES ||
-            vecMapping[i].nCount > MOST_IMAGES || vecMapping[i].nFirstOfSource > MOST_IMAGES ||
+        if (!mappingOf(idCreate, i, vecMapping[i]) || vecMapping[i].nFirst > nMostImages ||
+            vecMapping[i].nCount > nMostImages || vecMapping[i].nFirstOfSource > nMostImages ||
             vecMapping[i].vecImage != vecMapping[0].vecImage) {
             return {};
         }

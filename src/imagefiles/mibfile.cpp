@@ -20,9 +20,9 @@ namespace tessera {
 
 namespace {
 
-constexpr quint64 MEMORY_ASKED = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
-constexpr quint64 IMAGE_OVERHEAD = 96;              ///< bytes that an image takes besides its pixels
-constexpr bool SWAP = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
+constexpr quint64 g_nMemoryAsked = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
+constexpr quint64 g_nImageOverhead = 96;              ///< bytes that an image takes besides its pixels
+constexpr bool g_bSwap = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
 
 /// A file and what its first header tells of all its frames.
 struct MibStream {
@@ -38,7 +38,7 @@ bool openStream(const QString& strFileName, MibStream& stream, QString& strReaso
     if (!openRegularFile(stream.file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
         return false;
     }
-    QByteArray bytes = stream.file.read(MIB_LINE_LENGTH);
+    QByteArray bytes = stream.file.read(g_nMibLineLength);
     const qint64 nHeader = mibHeaderBytes(bytes, strReason);
     if (nHeader == 0) {
         return false;
@@ -57,12 +57,12 @@ bool openStream(const QString& strFileName, MibStream& stream, QString& strReaso
 template <int BITS>
 void unpackPixels(const uint8_t* pSource, float* pfTarget)
 {
-    constexpr int IN_WORD = 64 / BITS;
-    constexpr quint64 MASK = (quint64(1) << BITS) - 1;
-    for (int x = 0; x < MIB_CHIP; x += IN_WORD, pSource += 8) {
+    constexpr int nInWord = 64 / BITS;
+    constexpr quint64 nMask = (quint64(1) << BITS) - 1;
+    for (int x = 0; x < g_nMibChip; x += nInWord, pSource += 8) {
         const quint64 nWord = qFromBigEndian<quint64>(pSource);
-        for (int i = 0; i < IN_WORD; ++i) {
-            pfTarget[x + i] = float(quint32((nWord >> (i * BITS)) & MASK));
+        for (int i = 0; i < nInWord; ++i) {
+            pfTarget[x + i] = float(quint32((nWord >> (i * BITS)) & nMask));
         }
     }
 }
@@ -79,9 +79,9 @@ void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, f
         unpackPixels<16>(pPixels + 2 * nPixel, pfTarget);
     }
     if (header.nDepth == 24) {  // the upper halves of all pixels come first, then the lower ones
-        float afLower[MIB_CHIP];
+        float afLower[g_nMibChip];
         unpackPixels<16>(pPixels + header.pixelBytes() / 2 + 2 * nPixel, afLower);
-        for (int x = 0; x < MIB_CHIP; ++x) {
+        for (int x = 0; x < g_nMibChip; ++x) {
             pfTarget[x] = pfTarget[x] * 4096 + afLower[x];
         }
     }
@@ -91,8 +91,8 @@ void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, f
 void unpackChip(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
 {
     for (int y = 0; y < header.nRows; ++y) {
-        unpackRow(pPixels, header, size_t(header.nRows - 1 - y) * MIB_CHIP,
-                  image.Data() + size_t(y) * MIB_CHIP);
+        unpackRow(pPixels, header, size_t(header.nRows - 1 - y) * g_nMibChip,
+                  image.Data() + size_t(y) * g_nMibChip);
     }
 }
 
@@ -100,16 +100,16 @@ void unpackChip(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>&
 /// screen, upright as the camera has it; 3 and 4 are the upper half, turned by 180°.
 void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
 {
-    float afRow[MIB_CHIP];
+    float afRow[g_nMibChip];
     for (int y = 0; y < header.nRows / 2; ++y) {
-        float* pfUpper = image.Data() + size_t(y) * 2 * MIB_CHIP;
-        float* pfLower = image.Data() + size_t(header.nRows - 1 - y) * 2 * MIB_CHIP;
-        const size_t nRow = size_t(y) * 4 * MIB_CHIP;
-        unpackRow(pPixels, header, nRow + 3 * MIB_CHIP, pfLower);
-        unpackRow(pPixels, header, nRow + 2 * MIB_CHIP, pfLower + MIB_CHIP);
+        float* pfUpper = image.Data() + size_t(y) * 2 * g_nMibChip;
+        float* pfLower = image.Data() + size_t(header.nRows - 1 - y) * 2 * g_nMibChip;
+        const size_t nRow = size_t(y) * 4 * g_nMibChip;
+        unpackRow(pPixels, header, nRow + 3 * g_nMibChip, pfLower);
+        unpackRow(pPixels, header, nRow + 2 * g_nMibChip, pfLower + g_nMibChip);
         for (const int nChip : {3, 4}) {
-            unpackRow(pPixels, header, nRow + size_t(4 - nChip) * MIB_CHIP, afRow);
-            std::reverse_copy(afRow, afRow + MIB_CHIP, pfUpper + (nChip - 3) * MIB_CHIP);
+            unpackRow(pPixels, header, nRow + size_t(4 - nChip) * g_nMibChip, afRow);
+            std::reverse_copy(afRow, afRow + g_nMibChip, pfUpper + (nChip - 3) * g_nMibChip);
         }
     }
 }
@@ -119,19 +119,19 @@ void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>&
 template <class T>
 void convertUpward(const uint8_t* pPixels, CImgObj<float>& image)
 {
-    constexpr size_t STRIP = 256, CACHE_LINE = 64;
+    constexpr size_t nLongest = 256, nCacheLine = 64;
     const size_t nWidth = size_t(image.Width()), nRowBytes = nWidth * sizeof(T);
     float* pfTarget = image.Data();
     for (size_t y = size_t(image.Height()); y-- > 0; pfTarget += nWidth) {
-        for (size_t x = 0; x < nWidth; x += STRIP) {
-            const size_t nStrip = std::min(STRIP, nWidth - x);
+        for (size_t x = 0; x < nWidth; x += nLongest) {
+            const size_t nStrip = std::min(nLongest, nWidth - x);
             const uint8_t* pStrip = pPixels + y * nRowBytes + x * sizeof(T);
 #if defined(__GNUC__)
-            for (size_t n = 0; y > 0 && n < nStrip * sizeof(T); n += CACHE_LINE) {
+            for (size_t n = 0; y > 0 && n < nStrip * sizeof(T); n += nCacheLine) {
                 __builtin_prefetch(pStrip - nRowBytes + n);
             }
 #endif
-            convertPixels<T, SWAP>(pStrip, nStrip, pfTarget + x);
+            convertPixels<T, g_bSwap>(pStrip, nStrip, pfTarget + x);
         }
     }
 }
@@ -189,7 +189,7 @@ bool readImage(MibStream& stream, qint64 nImage, uint8_t* pBlock, ImageList& vec
 /// @return 0 when the image has no room for any, or not the same at each seam
 int seamWidth(int nPixels, int nChips)
 {
-    const int nMore = nPixels - MIB_CHIP * nChips;
+    const int nMore = nPixels - g_nMibChip * nChips;
     return nChips > 1 && nMore > 0 && nMore % (nChips - 1) == 0 ? nMore / (nChips - 1) : 0;
 }
 
@@ -199,7 +199,7 @@ std::vector<char> seamsOf(int nPixels, int nChips)
     std::vector<char> vecSeam(size_t(nPixels), 0);
     const int nSeam = seamWidth(nPixels, nChips);
     for (int n = 0; nSeam > 0 && n < nPixels; ++n) {
-        vecSeam[size_t(n)] = n % (MIB_CHIP + nSeam) >= MIB_CHIP;
+        vecSeam[size_t(n)] = n % (g_nMibChip + nSeam) >= g_nMibChip;
     }
     return vecSeam;
 }
@@ -300,8 +300,8 @@ bool readMibFrames(const QString& strFileName, int nFirst, int nMaxImages, Image
         return false;
     }
     const quint64 nPixels = quint64(header.nColumns) * quint64(header.nRows);
-    const quint64 nMemory = quint64(nCount) * (nPixels * sizeof(float) + IMAGE_OVERHEAD);
-    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
+    const quint64 nMemory = quint64(nCount) * (nPixels * sizeof(float) + g_nImageOverhead);
+    if (nMemory > g_nMemoryAsked && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
                         .arg(nCount)
                         .arg(header.nColumns)
@@ -329,8 +329,8 @@ FrameHeader readMibHeader(const QString& strFileName, int nImage)
     if (!openStream(strFileName, stream, strReason)) {
         return result;
     }
-    constexpr qint64 MOST = std::numeric_limits<int>::max();
-    result.nImages = int(std::clamp(stream.nImages, qint64(1), MOST));
+    constexpr qint64 nMost = std::numeric_limits<int>::max();
+    result.nImages = int(std::clamp(stream.nImages, qint64(1), nMost));
     tellCamera(stream.header, result);
     const QMap<QString, QString> mapSide = mibSideFile(strFileName);
     doubtSeams(stream.header, mapSide, result.listDoubt);

@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int FIRST_FIELDS = 8;  ///< up to the layout of the chips
+constexpr int g_nFirstFields = 8;  ///< up to the layout of the chips
 
 /// By Merlin's manual the last field is the depth; in files of before 2019 it is a setting of the chip, which
 /// has leading zeros.
@@ -63,17 +63,17 @@ bool sizeRawImage(MibHeader& header, QString& strReason)
         strReason = QStringLiteral("raw frame without the depth of its counters");
         return false;
     }
-    const int nColumns = MIB_CHIP * header.nChips;
+    const int nColumns = g_nMibChip * header.nChips;
     // the two halves of counters of 24 bits stand behind each other, and count as columns
     if ((header.nColumns != nColumns && !(header.nDepth == 24 && header.nColumns == 2 * nColumns)) ||
-        header.nRows > MIB_CHIP) {
+        header.nRows > g_nMibChip) {
         strReason = QStringLiteral("raw frame of %1 x %2 pixels on chips of %3 x %3")
                         .arg(header.nColumns)
                         .arg(header.nRows)
-                        .arg(MIB_CHIP);
+                        .arg(g_nMibChip);
         return false;
     }
-    header.nColumns = MIB_CHIP * header.nAcross;
+    header.nColumns = g_nMibChip * header.nAcross;
     header.nRows *= header.nUp;
     return true;
 }
@@ -105,16 +105,16 @@ bool MibHeader::isLike(const MibHeader& other) const
 
 qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason)
 {
-    const QList<QByteArray> listField = bytes.left(MIB_LINE_LENGTH).split(',');
+    const QList<QByteArray> listField = bytes.left(g_nMibLineLength).split(',');
     if (listField[0] != "MQ1" || listField.size() < 4) {
-        strReason = bytes.size() < MIB_LINE_LENGTH
+        strReason = bytes.size() < g_nMibLineLength
                         ? QStringLiteral("truncated: %1 header bytes").arg(bytes.size())
                         : QStringLiteral("no MIB header");
         return 0;
     }
     const int nBytes = listField[2].toInt();
-    constexpr int LARGEST = 99999;  // what its field has room for
-    if (nBytes < MIB_LINE_LENGTH || nBytes > LARGEST) {
+    constexpr int nLargest = 99999;  // what its field has room for
+    if (nBytes < g_nMibLineLength || nBytes > nLargest) {
         strReason = QStringLiteral("header of \"%1\" bytes").arg(QString::fromLatin1(listField[2]));
         return 0;
     }
@@ -134,7 +134,7 @@ bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReas
     }
     const QByteArray text(bytes.constData(), int(qstrnlen(bytes.constData(), uint(header.nBytes))));
     const QList<QByteArray> listField = text.split(',');
-    if (listField.size() < FIRST_FIELDS) {
+    if (listField.size() < g_nFirstFields) {
         strReason = QStringLiteral("header of %1 fields").arg(listField.size());
         return false;
     }
@@ -163,7 +163,7 @@ bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReas
 
 QMap<QString, QString> mibSideFile(const QString& strFileName)
 {
-    constexpr qint64 MOST = 65536;  // they have 2048 bytes
+    constexpr qint64 nMost = 65536;  // they have 2048 bytes
     QMap<QString, QString> mapValue;
     const QFileInfo info(strFileName);
     const QString strBase = info.path() + QLatin1Char('/') + info.completeBaseName();
@@ -175,7 +175,7 @@ QMap<QString, QString> mibSideFile(const QString& strFileName)
             return mapValue;
         }
     }
-    const QByteArray bytes = file.read(MOST);
+    const QByteArray bytes = file.read(nMost);
     if (!bytes.startsWith("HDR")) {
         return mapValue;
     }

@@ -29,10 +29,10 @@ struct MibHeader {
     bool isLike(const MibHeader& other) const;
 };
 
-constexpr int MIB_CHIP = 256;        ///< columns, and at most as many rows, of a chip
-constexpr int MIB_LINE_LENGTH = 64;  ///< bytes of a header that tell how long it is
+constexpr int g_nMibChip = 256;       ///< columns, and at most as many rows, of a chip
+constexpr int g_nMibLineLength = 64;  ///< bytes of a header that tell how long it is
 
-/// Bytes of the header that begins here, of which MIB_LINE_LENGTH are enough; 0 with a reason when it is
+/// Bytes of the header that begins here, of which g_nMibLineLength are enough; 0 with a reason when it is
 /// none.
 qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason);
 

@@ -102,8 +102,8 @@ void tellTilt(const MiniCbfLines& lines, FrameHeader& header)
             break;
         }
     }
-    const double dfStart = tiltWithin(lines[pszStart].number(0), MOST_TILT, pszStart, header);
-    const double dfStep = tiltWithin(lines[pszStep].number(0), MOST_TILT_STEP, pszStep, header);
+    const double dfStart = tiltWithin(lines[pszStart].number(0), g_dfMostTilt, pszStart, header);
+    const double dfStep = tiltWithin(lines[pszStep].number(0), g_dfMostTiltStep, pszStep, header);
     const bool bTurned = std::isfinite(dfStep) && dfStep != 0;
     if (std::isfinite(dfStart)) {
         (bTurned ? header.tiltStart : header.tilt) = {dfStart, QLatin1String(pszStart)};
@@ -127,9 +127,9 @@ void tellBeam(const Words& words, FrameHeader& header)
     }
     // Programs that read these files multiply by the pixel size and count from the outer corner of the first
     // pixel.
-    constexpr double CORNER_TO_CENTRE = 0.5;
-    header.beamX = {dfColumn - CORNER_TO_CENTRE, QStringLiteral("Beam_xy")};
-    header.beamY = {dfRow - CORNER_TO_CENTRE, QStringLiteral("Beam_xy")};
+    constexpr double dfCornerToCentre = 0.5;
+    header.beamX = {dfColumn - dfCornerToCentre, QStringLiteral("Beam_xy")};
+    header.beamY = {dfRow - dfCornerToCentre, QStringLiteral("Beam_xy")};
 }
 
 }  // namespace

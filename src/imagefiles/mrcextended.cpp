@@ -13,12 +13,12 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 HEADER_SIZE = 1024;
+constexpr qint64 g_nHeaderSize = 1024;
 
 /// Up to nSize bytes of the extended header from nOffset on; fewer at its end.
 QByteArray bytesAt(QFile& file, const MrcExtended& extended, quint64 nOffset, qint64 nSize)
 {
-    if (nOffset >= extended.nBytes || !file.seek(HEADER_SIZE + qint64(nOffset)))
+    if (nOffset >= extended.nBytes || !file.seek(g_nHeaderSize + qint64(nOffset)))
         return {};
     return file.read(std::min(nSize, qint64(extended.nBytes - nOffset)));
 }
@@ -98,13 +98,13 @@ void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
 
 void tellAgard(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
 {
-    constexpr int OLD_FEI_BYTES = 131072, OLD_FEI_RECORD = 128;
+    constexpr int nOldFeiBytes = 131072, nOldFeiRecord = 128;
     // Some programs wrote the bytes of a section for its integers.
     const int nIntegers = extended.nIntegers == 128 && extended.nReals == 32 ? 0 : extended.nIntegers;
     if (nIntegers < 0 || extended.nReals < 1)
         return;
     const qint64 nSize = 4 * (qint64(nIntegers) + extended.nReals);
-    const bool bOldFei = extended.nBytes == OLD_FEI_BYTES && nSize == OLD_FEI_RECORD && nIntegers == 0;
+    const bool bOldFei = extended.nBytes == nOldFeiBytes && nSize == nOldFeiRecord && nIntegers == 0;
     if (!bOldFei && extended.bytesKind != "AGAR")
         return;
     const QByteArray bytes = bytesAt(file, extended, quint64(nImage) * quint64(nSize), nSize);

@@ -20,27 +20,27 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t BLOCK_SIZE = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
+constexpr size_t g_nBlockSize = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
 /// Larger ones are read in strips of rows of about so many bytes, which are still in the cache when they are
 /// converted.
-constexpr size_t STRIP_SIZE = size_t(1) << 18;
+constexpr size_t g_nStripSize = size_t(1) << 18;
 
 template <class T, bool bSwap>
 void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
 {
     // Where rows are stored bottom up, the source is walked backwards, which the processor does not foresee:
     // the row to come is fetched strip by strip. The target is written in memory order.
-    constexpr size_t STRIP = 256, CACHE_LINE = 64;
+    constexpr size_t nLongest = 256, nCacheLine = 64;
     const size_t nRow = static_cast<size_t>(layout.nWidth), nRows = static_cast<size_t>(layout.nY);
     const size_t nRowBytes = layout.rowBytes();
     for (size_t nDone = 0; nDone < nRows; ++nDone, pfImage += nRow) {
         const size_t y = layout.bTopDown ? nDone : nRows - 1 - nDone;
-        for (size_t x = 0; x < nRow; x += STRIP) {
-            const size_t nStrip = std::min(STRIP, nRow - x);
+        for (size_t x = 0; x < nRow; x += nLongest) {
+            const size_t nStrip = std::min(nLongest, nRow - x);
             const uint8_t* pStrip = pSection + y * nRowBytes + x * sizeof(T);
 #if defined(__GNUC__)
             if (!layout.bTopDown && y > 0)
-                for (size_t n = 0; n < nStrip * sizeof(T); n += CACHE_LINE)
+                for (size_t n = 0; n < nStrip * sizeof(T); n += nCacheLine)
                     __builtin_prefetch(pStrip - nRowBytes + n);
 #endif
             convertPixels<T, bSwap>(pStrip, nStrip, pfImage + x);
@@ -106,7 +106,7 @@ std::unique_ptr<CImgObj<float>> readInStrips(QFile& file, const MrcLayout& layou
 {
     auto pImage = imageOf(layout);
     const int nTogether = static_cast<int>(
-        std::clamp(STRIP_SIZE / layout.rowBytes(), size_t(1), static_cast<size_t>(layout.nY)));
+        std::clamp(g_nStripSize / layout.rowBytes(), size_t(1), static_cast<size_t>(layout.nY)));
     const std::shared_ptr<uint8_t> pStrip = makeFileBuffer(static_cast<size_t>(nTogether) *
                                                            layout.rowBytes());
     MrcLayout strip = layout;
@@ -124,7 +124,7 @@ std::unique_ptr<CImgObj<float>> readInStrips(QFile& file, const MrcLayout& layou
 
 QString truncatedHeader(int64_t nBytes)
 {
-    return QStringLiteral("truncated: %1 of %2 header bytes").arg(nBytes).arg(MRC_HEADER_SIZE);
+    return QStringLiteral("truncated: %1 of %2 header bytes").arg(nBytes).arg(g_nMrcHeaderSize);
 }
 
 void takeOver(ImageList& vecRead, ImageList& vecImage)
@@ -142,15 +142,15 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
     QFile file(strFileName);
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason))
         return 0;
-    uint8_t aHeader[MRC_HEADER_SIZE];
-    const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), MRC_HEADER_SIZE);
-    if (nHeaderBytes < static_cast<qint64>(MRC_HEADER_SIZE)) {
+    uint8_t aHeader[g_nMrcHeaderSize];
+    const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), g_nMrcHeaderSize);
+    if (nHeaderBytes < static_cast<qint64>(g_nMrcHeaderSize)) {
         strReason = nHeaderBytes < 0 ? file.errorString() : truncatedHeader(nHeaderBytes);
         return 0;
     }
 
     const uint64_t nFileSize = std::max(static_cast<uint64_t>(file.size()),
-                                        static_cast<uint64_t>(MRC_HEADER_SIZE));
+                                        static_cast<uint64_t>(g_nMrcHeaderSize));
     const MrcLayout layout = mrcLayout(aHeader, nFileSize);
     const MrcSections sections = mrcSections(layout, nFileSize, nFirst, nMaxSections, strReason);
     if (sections.nCount == 0)
@@ -168,7 +168,7 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
                         .arg(QString::number(nFirst + nDone + 1), QString::number(layout.nZ),
                              file.errorString());
     };
-    if (sections.nBytes > BLOCK_SIZE) {
+    if (sections.nBytes > g_nBlockSize) {
         for (int64_t nDone = 0; nDone < sections.nCount; ++nDone) {
             auto pImage = readInStrips(file, layout);
             if (!pImage) {
@@ -181,7 +181,7 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
         return 1;
     }
     const int64_t nTogether = std::min(
-        sections.nCount, static_cast<int64_t>(std::max(size_t(1), BLOCK_SIZE / sections.nBytes)));
+        sections.nCount, static_cast<int64_t>(std::max(size_t(1), g_nBlockSize / sections.nBytes)));
     const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * sections.nBytes);
     for (int64_t nDone = 0; nDone < sections.nCount;) {
         const qint64 nBytes = std::min(nTogether, sections.nCount - nDone) * nSection;
@@ -211,7 +211,7 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
     QString strUnused;
     QString& strReason = pReason ? *pReason : strUnused;
     strReason.clear();
-    if (!pData || nSize < MRC_HEADER_SIZE) {
+    if (!pData || nSize < g_nMrcHeaderSize) {
         strReason = truncatedHeader(pData ? static_cast<int64_t>(nSize) : 0);
         return 0;
     }

@@ -61,12 +61,12 @@ FrameHeader readMrcHeader(const QString& strFileName, int nImage)
     FrameHeader header;
     QFile file(strFileName);
     QString strReason;
-    uint8_t aHeader[MRC_HEADER_SIZE];
+    uint8_t aHeader[g_nMrcHeaderSize];
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) ||
-        file.read(reinterpret_cast<char*>(aHeader), MRC_HEADER_SIZE) != qint64(MRC_HEADER_SIZE))
+        file.read(reinterpret_cast<char*>(aHeader), g_nMrcHeaderSize) != qint64(g_nMrcHeaderSize))
         return header;
     const uint64_t nFileSize = std::max(static_cast<uint64_t>(file.size()),
-                                        static_cast<uint64_t>(MRC_HEADER_SIZE));
+                                        static_cast<uint64_t>(g_nMrcHeaderSize));
     const MrcLayout layout = mrcLayout(aHeader, nFileSize);
     const MrcSections sections = mrcSections(layout, nFileSize, 0, std::numeric_limits<int>::max(),
                                              strReason);

@@ -11,8 +11,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int64_t IMAGES_TRUSTED = 65536;  ///< as many sections are read however small they are
-constexpr uint64_t IMAGE_OVERHEAD = 96;    ///< bytes that an image takes besides its pixels
+constexpr int64_t g_nImagesTrusted = 65536;  ///< as many sections are read however small they are
+constexpr uint64_t g_nImageOverhead = 96;    ///< bytes that an image takes besides its pixels
 
 /// The fields of a header in one order of bytes.
 class CFields {
@@ -37,9 +37,9 @@ public:
     }
     bool isPossible() const
     {
-        constexpr int32_t MOST = 1 << 20;
+        constexpr int32_t nMost = 1 << 20;
         const int32_t anMode[] = {0, 1, 2, 3, 4, 6, 12, 16, 101};
-        const auto isSize = [&](int nOffset) { return integer(nOffset) > 0 && integer(nOffset) <= MOST; };
+        const auto isSize = [&](int nOffset) { return integer(nOffset) > 0 && integer(nOffset) <= nMost; };
         return std::find(std::begin(anMode), std::end(anMode), integer(12)) != std::end(anMode) &&
                isSize(0) && isSize(4) && isSize(8);
     }
@@ -78,7 +78,7 @@ bool isPackedMode0(const uint8_t* pHeader, const CFields& fields)
 {
     const char* const pMark = "4 bits packed";
     const uint8_t* pLabels = pHeader + 224;
-    const uint8_t* pEnd = pHeader + MRC_HEADER_SIZE;
+    const uint8_t* pEnd = pHeader + g_nMrcHeaderSize;
     return fields.hasImodFlag(32) || std::search(pLabels, pEnd, pMark, pMark + std::strlen(pMark)) != pEnd;
 }
 
@@ -117,14 +117,14 @@ QString pixelName(int nMode)
 uint64_t extendedSize(const CFields& fields, const MrcLayout& layout, uint64_t nFileSize)
 {
     const int32_t nTold = fields.integer(92);
-    if (nTold <= 0 || static_cast<uint64_t>(nTold) > nFileSize - MRC_HEADER_SIZE)
+    if (nTold <= 0 || static_cast<uint64_t>(nTold) > nFileSize - g_nMrcHeaderSize)
         return 0;
     for (const char* pKind : {"FEI", "SERI", "AGAR", "MRCO", "CCP4", "HDF5"})
         if (fields.hasText(104, pKind))
             return static_cast<uint64_t>(nTold);
     const bool bSizes = layout.nX > 0 && layout.nY > 0 && layout.nZ > 0;
     const uint64_t nRows = bSizes ? static_cast<uint64_t>(layout.nY) * static_cast<uint64_t>(layout.nZ) : 0;
-    const uint64_t nRoom = nFileSize - MRC_HEADER_SIZE;
+    const uint64_t nRoom = nFileSize - g_nMrcHeaderSize;
     // told by division, as the product of all sizes may overflow
     const bool bWithout = nRows > 0 && layout.rowBytes() > 0 && nRoom % nRows == 0 &&
                           nRoom / nRows == layout.rowBytes();
@@ -202,8 +202,8 @@ MrcSections mrcSections(const MrcLayout& layout, uint64_t nFileSize, int nFirst,
                         .arg(layout.nZ)
                         .arg(layout.nWidth)
                         .arg(layout.nY);
-    if (sections.nCount > IMAGES_TRUSTED &&
-        static_cast<uint64_t>(sections.nCount) * IMAGE_OVERHEAD > 4 * nFileSize) {
+    if (sections.nCount > g_nImagesTrusted &&
+        static_cast<uint64_t>(sections.nCount) * g_nImageOverhead > 4 * nFileSize) {
         strReason = QStringLiteral("%1 sections of %2 bytes").arg(sections.nCount).arg(sections.nBytes);
         sections.nCount = 0;
     }

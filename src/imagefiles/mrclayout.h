@@ -8,7 +8,7 @@
 
 namespace tessera {
 
-constexpr size_t MRC_HEADER_SIZE = 1024;
+constexpr size_t g_nMrcHeaderSize = 1024;
 
 /// The header as its bytes tell it, and what follows from it.
 ///
@@ -32,7 +32,7 @@ struct MrcLayout {
     bool bTopDown = false;      ///< the first row in the file is the first row of the image
     uint64_t nExtended = 0;     ///< bytes of the extended header
 
-    uint64_t begin() const { return MRC_HEADER_SIZE + nExtended; }
+    uint64_t begin() const { return g_nMrcHeaderSize + nExtended; }
     size_t rowBytes() const;  ///< 0 for a MODE that is not read
 };
 

@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int HEADER_SIZE = 1024;
+constexpr int g_nHeaderSize = 1024;
 
 template <class T>
 constexpr int modeOf()
@@ -31,7 +31,7 @@ void floatToBytes(float fValue, uint8_t* p)
 
 void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* pHeader)
 {
-    std::memset(pHeader, 0, HEADER_SIZE);
+    std::memset(pHeader, 0, g_nHeaderSize);
     const struct {
         int nOffset;
         int32_t nValue;
@@ -82,12 +82,12 @@ bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ, con
     m_pMirrored.reset(new (std::nothrow) T[static_cast<size_t>(nX) * static_cast<size_t>(nY)]);
     if (!m_file.open(strFileName) || !m_pMirrored)
         return false;
-    uint8_t aHeader[HEADER_SIZE];
+    uint8_t aHeader[g_nHeaderSize];
     headerToBytes(nX, nY, nZ, modeOf<T>(), aHeader);
     if (pNotes) {
         notesToBytes(*pNotes, {nX, nY, nZ}, aHeader);
     }
-    return m_bOk = m_file.write(aHeader, HEADER_SIZE);
+    return m_bOk = m_file.write(aHeader, g_nHeaderSize);
 }
 
 template <class T>

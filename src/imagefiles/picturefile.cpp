@@ -23,23 +23,23 @@ namespace {
 
 /// A picture's size is only its header's word. Below this many pixels it is believed; above, the file
 /// must be long enough for them at deflate's best ratio, 1032, with eight pixels in a byte.
-constexpr int64_t TRUSTED_PIXELS = int64_t(1) << 26;
-constexpr int64_t PIXELS_PER_BYTE = 8 * 1032;
+constexpr int64_t g_nTrustedPixels = int64_t(1) << 26;
+constexpr int64_t g_nPixelsPerByte = 8 * 1032;
 /// As many pixels as an int counts, of 8 bytes each. Some formats are searched to the end of the file.
-constexpr int64_t MOST_BYTES = int64_t(1) << 34;
+constexpr int64_t g_nMostBytes = int64_t(1) << 34;
 /// Up to this many pixels nobody asks how much memory is left.
-constexpr int64_t SMALL_PIXELS = int64_t(1) << 24;
+constexpr int64_t g_nSmallPixels = int64_t(1) << 24;
 
 /// Why the pixels of a BMP are not all there; empty if they are. The reader itself does not tell.
 QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
 {
-    constexpr int HEAD_SIZE = 54, OLD_HEAD = 12;
-    if (bytesHead.size() < HEAD_SIZE)
+    constexpr int nHeadSize = 54, nOldHead = 12;
+    if (bytesHead.size() < nHeadSize)
         return {};
     const auto wordAt = [&](int n) { return qFromLittleEndian<quint32>(bytesHead.constData() + n); };
     const auto shortAt = [&](int n) { return qFromLittleEndian<quint16>(bytesHead.constData() + n); };
     int64_t nBytes = wordAt(34);  // of packed pixels, if the file tells it
-    if (wordAt(14) == OLD_HEAD)
+    if (wordAt(14) == nOldHead)
         nBytes = (int64_t(shortAt(18)) * shortAt(24) + 31) / 32 * 4 * shortAt(20);
     else if (wordAt(30) != 1 && wordAt(30) != 2)  // not run-length packed
         nBytes = (int64_t(wordAt(18)) * shortAt(28) + 31) / 32 * 4 *
@@ -85,9 +85,9 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
         }
         return pImage;
     }
-    constexpr int STRIP = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
-    for (int nTop = 0; nTop < picture.height(); nTop += STRIP) {
-        const QImage strip = picture.copy(0, nTop, picture.width(), std::min(STRIP, picture.height() - nTop))
+    constexpr int nStrip = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
+    for (int nTop = 0; nTop < picture.height(); nTop += nStrip) {
+        const QImage strip = picture.copy(0, nTop, picture.width(), std::min(nStrip, picture.height() - nTop))
                                  .convertToFormat(QImage::Format_RGB32);
         if (strip.isNull())
             throw std::bad_alloc();  // QImage tells a lack of memory only so
@@ -109,8 +109,8 @@ bool mayBePicture(const QString& strFileName, QString& strReason)
         strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
         return false;
     }
-    if (info.size() > MOST_BYTES) {
-        strReason = QStringLiteral("%1 bytes; a picture may have %2").arg(info.size()).arg(MOST_BYTES);
+    if (info.size() > g_nMostBytes) {
+        strReason = QStringLiteral("%1 bytes; a picture may have %2").arg(info.size()).arg(g_nMostBytes);
         return false;
     }
     return true;
@@ -127,15 +127,15 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     const int64_t nHeight = std::abs(static_cast<int64_t>(size.height()));  // a BMP from the top has a minus
     const int64_t nPixels = nWidth * nHeight;
     if (nPixels > std::numeric_limits<int>::max() ||
-        (nPixels > TRUSTED_PIXELS && nPixels / PIXELS_PER_BYTE > info.size())) {
+        (nPixels > g_nTrustedPixels && nPixels / g_nPixelsPerByte > info.size())) {
         strReason = QStringLiteral("%1 x %2 pixels in a file of %3 bytes")
                         .arg(QString::number(size.width()), QString::number(size.height()),
                              QString::number(info.size()));
         return 0;
     }
-    constexpr uint64_t BYTES_PER_PIXEL = 8 + sizeof(float);  // of the largest format, and of the frame
-    const uint64_t nBytes = static_cast<uint64_t>(nPixels) * BYTES_PER_PIXEL;
-    if (nPixels > SMALL_PIXELS && !hasMemoryFor(nBytes))
+    constexpr uint64_t nBytesPerPixel = 8 + sizeof(float);  // of the largest format, and of the frame
+    const uint64_t nBytes = static_cast<uint64_t>(nPixels) * nBytesPerPixel;
+    if (nPixels > g_nSmallPixels && !hasMemoryFor(nBytes))
         throw CShortMemory(QStringLiteral("%1: a picture of %2 x %3 pixels")
                                .arg(strFileName, QString::number(nWidth), QString::number(nHeight)),
                            nBytes);

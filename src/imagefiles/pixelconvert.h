@@ -46,12 +46,12 @@ void convertPixels(const uint8_t* __restrict pSource, size_t nCount, float* __re
     if constexpr (std::is_same_v<T, float> && !bSwap) {
         std::memcpy(pTarget, pSource, nCount * sizeof(float));
     } else {
-        constexpr size_t BLOCK = 64;
+        constexpr size_t nBlock = 64;
         size_t nDone = 0;
-        for (; nDone + BLOCK <= nCount; nDone += BLOCK) {
+        for (; nDone + nBlock <= nCount; nDone += nBlock) {
             const uint8_t* __restrict pIn = pSource + nDone * sizeof(T);
             float* __restrict pOut = pTarget + nDone;
-            for (size_t i = 0; i < BLOCK; ++i)
+            for (size_t i = 0; i < nBlock; ++i)
                 pOut[i] = static_cast<float>(elementFromBytes<T, bSwap>(pIn + i * sizeof(T)));
         }
         for (; nDone < nCount; ++nDone)

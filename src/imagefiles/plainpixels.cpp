@@ -15,7 +15,7 @@ namespace {
 
 /// Elements that are read and converted together: little enough to be still in the processor's cache when
 /// they are converted.
-constexpr qint64 BLOCK_ELEMENTS = qint64(1) << 17;
+constexpr qint64 g_nBlockElements = qint64(1) << 17;
 
 using Convert = void (*)(const uint8_t*, size_t, float*);
 
@@ -78,12 +78,12 @@ int sizeOfElement(PixelElement element)
 
 bool isImageSize(qint64 nWidth, qint64 nHeight, QString& strReason)
 {
-    constexpr qint64 MOST = std::numeric_limits<int>::max();
+    constexpr qint64 nMost = std::numeric_limits<int>::max();
     if (nWidth < 1 || nHeight < 1) {
         strReason = QStringLiteral("%1 x %2 pixels").arg(nWidth).arg(nHeight);
         return false;
     }
-    if (nWidth > MOST / nHeight) {
+    if (nWidth > nMost / nHeight) {
         strReason =
             QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read").arg(nWidth).arg(nHeight);
         return false;
@@ -114,9 +114,9 @@ std::unique_ptr<CImgObj<float>> readPlainPixels(QFile& file, const PlainPixels& 
     if (!holdsPixels(pixels, file.size(), strReason)) {
         return nullptr;
     }
-    constexpr qint64 MEMORY_ASKED = qint64(1) << 28;  // bytes from which it is asked whether they are there
+    constexpr qint64 nMemoryAsked = qint64(1) << 28;  // bytes from which it is asked whether they are there
     const qint64 nMemory = pixels.nWidth * pixels.nHeight * qint64(sizeof(float));
-    if (nMemory > MEMORY_ASKED && !hasMemoryFor(quint64(nMemory))) {
+    if (nMemory > nMemoryAsked && !hasMemoryFor(quint64(nMemory))) {
         strReason =
             QStringLiteral("not enough memory for %1 x %2 pixels").arg(pixels.nWidth).arg(pixels.nHeight);
         return nullptr;
@@ -128,10 +128,10 @@ std::unique_ptr<CImgObj<float>> readPlainPixels(QFile& file, const PlainPixels& 
     const qint64 nElement = sizeOfElement(pixels.element), nCount = pixels.nWidth * pixels.nHeight;
     const Convert fnConvert = converterOf(pixels.element, pixels.bBigEndian);
     const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(
-        static_cast<size_t>(std::min(nCount, BLOCK_ELEMENTS) * nElement));
+        static_cast<size_t>(std::min(nCount, g_nBlockElements) * nElement));
     bool bGood = file.seek(pixels.nOffset);
-    for (qint64 nDone = 0; bGood && nDone < nCount; nDone += BLOCK_ELEMENTS) {
-        const qint64 nNext = std::min(BLOCK_ELEMENTS, nCount - nDone);
+    for (qint64 nDone = 0; bGood && nDone < nCount; nDone += g_nBlockElements) {
+        const qint64 nNext = std::min(g_nBlockElements, nCount - nDone);
         bGood = file.read(reinterpret_cast<char*>(pBlock.get()), nNext * nElement) == nNext * nElement;
         if (bGood) {
             fnConvert(pBlock.get(), static_cast<size_t>(nNext), pImage->Data() + nDone);

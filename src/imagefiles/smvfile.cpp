@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int HEADER_SIZE = 512;
+constexpr int g_nHeaderSize = 512;
 
 uint16_t pixelOf(float f)
 {
@@ -70,14 +70,14 @@ bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const 
                    QString* pstrReason)
 {
     const size_t nPixels = static_cast<size_t>(image.Width()) * static_cast<size_t>(image.Height());
-    if (nPixels == 0 || nPixels > (size_t(1) << 30) - HEADER_SIZE)
+    if (nPixels == 0 || nPixels > (size_t(1) << 30) - g_nHeaderSize)
         return giveReason(pstrReason, strFileName, QStringLiteral("%1 pixels").arg(nPixels));
     QByteArray bytes = strHeader.toLatin1();
     bytes.remove(0, qMax(0, bytes.indexOf('{')));
-    const int nText = qMin(bytes.size(), HEADER_SIZE);
-    bytes.resize(HEADER_SIZE + int(2 * nPixels));
-    std::fill(bytes.begin() + nText, bytes.begin() + HEADER_SIZE, '\0');
-    char* pTarget = bytes.data() + HEADER_SIZE;
+    const int nText = qMin(bytes.size(), g_nHeaderSize);
+    bytes.resize(g_nHeaderSize + int(2 * nPixels));
+    std::fill(bytes.begin() + nText, bytes.begin() + g_nHeaderSize, '\0');
+    char* pTarget = bytes.data() + g_nHeaderSize;
     for (size_t i = 0; i < nPixels; ++i, pTarget += 2)
         qToLittleEndian(pixelOf(image.Data()[i]), pTarget);
     return writeWholeFile(strFileName, bytes, pstrReason);

@@ -8,7 +8,7 @@
 namespace tessera {
 
 /// Detector pixel that the header is written for, mm. The camera length is derived from it.
-constexpr double SMV_PIXEL_SIZE = 0.055;
+constexpr double g_dfSmvPixelSize = 0.055;
 
 /// The header with the values of items that no export changes, and place holders in the others.
 QString smvHeaderTemplate();

@@ -10,8 +10,8 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 FIRST_LOOK = 4096;           ///< HEADER_BYTES stands at the beginning
-constexpr qint64 LONGEST_TEXT = 1024 * 1024;  ///< d*TREK headers of image plates have some 16 kB
+constexpr qint64 g_nFirstLook = 4096;           ///< HEADER_BYTES stands at the beginning
+constexpr qint64 g_nLongestText = 1024 * 1024;  ///< d*TREK headers of image plates have some 16 kB
 
 struct ElementName {
     const char* pszName;
@@ -19,7 +19,7 @@ struct ElementName {
 };
 
 /// As TYPE and Data_type have them, without the words that make no difference.
-constexpr ElementName ELEMENTS[] = {
+constexpr ElementName g_aElement[] = {
     {"unsigned short", PixelElement::UInt16}, {"short", PixelElement::Int16},
     {"signed short", PixelElement::Int16},    {"unsigned char", PixelElement::UInt8},
     {"signed char", PixelElement::Int8},      {"unsigned long", PixelElement::UInt32},
@@ -58,7 +58,7 @@ bool elementOf(const SmvHeader& header, PixelElement& element, QString& strReaso
     listWord.removeAll("int");
     listWord.removeAll("ieee");
     const QByteArray bytesName = listWord.join(' ');
-    for (const ElementName& row : ELEMENTS) {
+    for (const ElementName& row : g_aElement) {
         if (bytesName == row.pszName) {
             element = row.element;
             return true;
@@ -123,7 +123,7 @@ double SmvHeader::number(const char* pszKey) const
 bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
 {
     header = {};
-    QByteArray bytesText = file.read(FIRST_LOOK);
+    QByteArray bytesText = file.read(g_nFirstLook);
     if (!bytesText.startsWith('{')) {
         strReason = bytesText.startsWith("OD SAPPHIRE")
                         ? QStringLiteral("an OD SAPPHIRE image, which is not read")
@@ -142,9 +142,9 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
         strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(file.size()).arg(nHeader);
         return false;
     }
-    bytesText.truncate(static_cast<int>(std::min(nHeader, FIRST_LOOK)));
+    bytesText.truncate(static_cast<int>(std::min(nHeader, g_nFirstLook)));
     if (nHeader > bytesText.size()) {
-        bytesText += file.read(std::min(nHeader, LONGEST_TEXT) - bytesText.size());
+        bytesText += file.read(std::min(nHeader, g_nLongestText) - bytesText.size());
     }
     if (!parseItems(bytesText, header.mapItem)) {
         strReason = QStringLiteral("the header does not end within its %1 bytes").arg(nHeader);
@@ -156,13 +156,13 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
 
 bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason)
 {
-    constexpr qint64 PADDING = 4096;  // to a block of any disk
+    constexpr qint64 nPadding = 4096;  // to a block of any disk
     if (!holdsPixels(header.pixels, nFileSize, strReason)) {
         return false;
     }
     const qint64 nRow = header.pixels.nWidth * sizeOfElement(header.pixels.element);
     const qint64 nLeft = nFileSize - header.pixels.nOffset - nRow * header.pixels.nHeight;
-    if (nLeft >= std::max(nRow, PADDING)) {
+    if (nLeft >= std::max(nRow, nPadding)) {
         strReason = QStringLiteral(
                         "%1 bytes are left behind SIZE1 x SIZE2 = %2 x %3 pixels, so these are wrong")
                         .arg(nLeft)

@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int LARGEST_COUNT = 65535;  ///< of unsigned 16-bit pixels: writers cut off there
+constexpr int g_nLargestCount = 65535;  ///< of unsigned 16-bit pixels: writers cut off there
 
 ToldNumber told(double df, const char* pszSource)
 {
@@ -37,8 +37,8 @@ void tellDetectorPixel(const SmvHeader& smv, FrameHeader& header)
 
 void tellTilt(const SmvHeader& smv, FrameHeader& header)
 {
-    const double dfOscStart = tiltWithin(smv.number("OSC_START"), MOST_TILT, "OSC_START", header);
-    const double dfPhi = tiltWithin(smv.number("PHI"), MOST_TILT, "PHI", header);
+    const double dfOscStart = tiltWithin(smv.number("OSC_START"), g_dfMostTilt, "OSC_START", header);
+    const double dfPhi = tiltWithin(smv.number("PHI"), g_dfMostTilt, "PHI", header);
     const bool bOscStart = std::isfinite(dfOscStart);
     const ToldNumber start = bOscStart              ? told(dfOscStart, "OSC_START")
                              : std::isfinite(dfPhi) ? told(dfPhi, "PHI")
@@ -47,7 +47,7 @@ void tellTilt(const SmvHeader& smv, FrameHeader& header)
         header.listDoubt.append(
             QStringLiteral("OSC_START %1 was taken, but PHI is %2").arg(dfOscStart).arg(dfPhi));
     }
-    const double dfRange = tiltWithin(smv.number("OSC_RANGE"), MOST_TILT_STEP, "OSC_RANGE", header);
+    const double dfRange = tiltWithin(smv.number("OSC_RANGE"), g_dfMostTiltStep, "OSC_RANGE", header);
     if (std::isfinite(dfRange) && dfRange != 0) {
         header.tiltStart = start;
         header.tiltStep = told(dfRange, "OSC_RANGE");
@@ -120,9 +120,9 @@ void tellBeam(const SmvHeader& smv, FrameHeader& header)
     // mm count from the outer corner of the first pixel in all programs that read the format. The pixels of
     // hybrid cameras' programs are these mm by the pixel size (DENZO_Y_BEAM = BEAM_CENTER_X * PIXEL_SIZE),
     // and in two series the core of the beam lay at the told place less 0.4 pixels on the average.
-    constexpr double CORNER_TO_CENTRE = 0.5;
-    header.beamX = {place.dfColumn - CORNER_TO_CENTRE, strName};
-    header.beamY = {place.dfRow - CORNER_TO_CENTRE, strName};
+    constexpr double dfCornerToCentre = 0.5;
+    header.beamX = {place.dfColumn - dfCornerToCentre, strName};
+    header.beamY = {place.dfRow - dfCornerToCentre, strName};
 }
 
 /// BIN is "2x2".
@@ -142,13 +142,13 @@ void tellSaturation(const SmvHeader& smv, FrameHeader& header)
     }
     if (!saturation.isTold() && smv.text("BEAMLINE").toUpper().startsWith("CETAD")) {
         const int nBinning = binning(smv);
-        constexpr int CETA_SATURATION = 8000;  // counts of one pixel of this camera
-        saturation = told(CETA_SATURATION * nBinning * nBinning, "BEAMLINE, BIN");
+        constexpr int nCetaSaturation = 8000;  // counts of one pixel of this camera
+        saturation = told(nCetaSaturation * nBinning * nBinning, "BEAMLINE, BIN");
         header.listDoubt.append(QStringLiteral("a Ceta camera was taken to be linear up to %1 counts")
-                                    .arg(CETA_SATURATION * nBinning * nBinning));
+                                    .arg(nCetaSaturation * nBinning * nBinning));
     }
-    if (smv.pixels.element == PixelElement::UInt16 && !(saturation.df < LARGEST_COUNT)) {
-        saturation = told(LARGEST_COUNT, "TYPE");
+    if (smv.pixels.element == PixelElement::UInt16 && !(saturation.df < g_nLargestCount)) {
+        saturation = told(g_nLargestCount, "TYPE");
     }
     // Counts come with the pedestal taken off.
     const int nPedestal = smvPedestal(smv);
@@ -164,7 +164,7 @@ void tellSaturation(const SmvHeader& smv, FrameHeader& header)
 int smvPedestal(const SmvHeader& smv)
 {
     const double df = smv.number("IMAGE_PEDESTAL");
-    return df > 0 && df < LARGEST_COUNT && df == std::floor(df) ? static_cast<int>(df) : 0;
+    return df > 0 && df < g_nLargestCount && df == std::floor(df) ? static_cast<int>(df) : 0;
 }
 
 FrameHeader frameHeaderOfSmv(const SmvHeader& smv)

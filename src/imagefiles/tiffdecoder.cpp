@@ -12,7 +12,7 @@ namespace tessera {
 namespace {
 
 /// Beside what it was asked to unpack to, libtiff takes memory for tags and tables of its own.
-constexpr uint64_t OWN_MEMORY = uint64_t(64) << 20;
+constexpr uint64_t g_nOwnMemory = uint64_t(64) << 20;
 
 int keepError(TIFF*, void* pReason, const char* pszModule, const char* pszFormat, va_list args)
 {
@@ -93,9 +93,9 @@ void CTiffDecoder::open()
     if (!pOptions) {
         throw std::bad_alloc();
     }
-    constexpr double MOST = 4e18;  // below the greatest number of bytes
-    const double dfMost = std::min(m_layout.planeBytes() + double(m_layout.nPackedBytes) + double(OWN_MEMORY),
-                                   MOST);
+    constexpr double dfLargest = 4e18;  // below the greatest number of bytes
+    const double dfMost = std::min(
+        m_layout.planeBytes() + double(m_layout.nPackedBytes) + double(g_nOwnMemory), dfLargest);
     TIFFOpenOptionsSetMaxSingleMemAlloc(pOptions.get(), tmsize_t(dfMost));
     TIFFOpenOptionsSetErrorHandlerExtR(pOptions.get(), keepError, &m_strReason);
     TIFFOpenOptionsSetWarningHandlerExtR(pOptions.get(), dropWarning, nullptr);

@@ -12,8 +12,8 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t MOST_TEXT = uint64_t(1) << 20;
-constexpr uint64_t MOST_ENTRIES = 65535;  ///< of a classic file, whose count has two bytes
+constexpr uint64_t g_nMostText = uint64_t(1) << 20;
+constexpr uint64_t g_nMostEntries = 65535;  ///< of a classic file, whose count has two bytes
 
 /// Types of values by their number in the file.
 enum : uint16_t {
@@ -137,7 +137,7 @@ std::optional<TiffDirectory> CTiffBytes::directory(uint64_t nPlace)
         return std::nullopt;
     }
     const uint64_t nEntries = number(bytes.constData(), int(nCountSize));
-    if (nEntries == 0 || nEntries > MOST_ENTRIES) {
+    if (nEntries == 0 || nEntries > g_nMostEntries) {
         return std::nullopt;
     }
     const uint64_t nSize = nCountSize + nEntries * nEntrySize + nWord;
@@ -232,7 +232,7 @@ QByteArray CTiffBytes::text(const TiffDirectory& directory, TiffTag tag)
     if (!pEntry || sizeOfType(pEntry->nType) != 1) {
         return {};
     }
-    const QByteArray bytes = valueBytes(*pEntry, std::min(pEntry->nCount, MOST_TEXT));
+    const QByteArray bytes = valueBytes(*pEntry, std::min(pEntry->nCount, g_nMostText));
     return bytes.left(int(qstrnlen(bytes.constData(), uint(bytes.size()))));
 }
 

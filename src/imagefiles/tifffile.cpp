@@ -86,8 +86,8 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
 /// counts.
 void dropGaps(const TiffLayout& layout, const QByteArray& textOfPage, CImgObj<float>& image)
 {
-    constexpr int SIGNED = 2;
-    if (layout.nFormat == SIGNED && textOfPage.startsWith("# ") && textOfPage.contains("Detector:")) {
+    constexpr int nSigned = 2;
+    if (layout.nFormat == nSigned && textOfPage.startsWith("# ") && textOfPage.contains("Detector:")) {
         const size_t nPixels = size_t(image.Width()) * size_t(image.Height());
         std::replace_if(
             image.Data(), image.Data() + nPixels, [](float f) { return f < 0; },

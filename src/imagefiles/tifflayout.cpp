@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t MOST_PIXELS = uint64_t(std::numeric_limits<int>::max());
+constexpr uint64_t g_nMostPixels = uint64_t(std::numeric_limits<int>::max());
 
 /// The most that a byte of a packing can grow to, by how its codes are made; of those that store a constant
 /// area of any size in a few bytes, more than a frame ever does.
@@ -113,7 +113,7 @@ bool fillSegments(CTiffBytes& tiff, const TiffDirectory& directory, TiffLayout& 
     const uint64_t nDown = layout.bTiled ? tiff.wholeNumber(directory, TiffTag::TileLength, 0)
                                          : std::min(nHeight, tiff.wholeNumber(
                                                                  directory, TiffTag::RowsPerStrip, nHeight));
-    if (nAcross < 1 || nDown < 1 || nAcross > MOST_PIXELS || nDown > MOST_PIXELS / nAcross) {
+    if (nAcross < 1 || nDown < 1 || nAcross > g_nMostPixels || nDown > g_nMostPixels / nAcross) {
         strReason = QStringLiteral("%1 of %2 x %3 pixels")
                         .arg(layout.bTiled ? QStringLiteral("tiles") : QStringLiteral("strips"))
                         .arg(nAcross)
@@ -199,8 +199,8 @@ bool placeSegments(CTiffBytes& tiff, const TiffDirectory& directory, uint64_t nC
 std::optional<TiffLayout> tiffLayout(CTiffBytes& tiff, const TiffDirectory& directory, QString& strReason)
 {
     const Fields fields = fieldsOf(tiff, directory);
-    if (fields.nWidth < 1 || fields.nHeight < 1 || fields.nWidth > MOST_PIXELS ||
-        fields.nHeight > MOST_PIXELS / fields.nWidth) {
+    if (fields.nWidth < 1 || fields.nHeight < 1 || fields.nWidth > g_nMostPixels ||
+        fields.nHeight > g_nMostPixels / fields.nWidth) {
         strReason = QStringLiteral("%1 x %2 pixels; fewer than 2147483648 can be read")
                         .arg(fields.nWidth)
                         .arg(fields.nHeight);

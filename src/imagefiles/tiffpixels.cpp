@@ -14,15 +14,16 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t PIECE = uint64_t(1) << 20;  ///< bytes read together, which stay in the processor's cache
-constexpr double SMALL = double(uint64_t(1)
-                                << 26);  ///< up to so many bytes nobody asks how much memory is left
+constexpr uint64_t g_nPiece = uint64_t(1)
+                              << 20;  ///< bytes read together, which stay in the processor's cache
+constexpr double g_dfSmall = double(uint64_t(1)
+                                    << 26);  ///< up to so many bytes nobody asks how much memory is left
 
 /// Whole rows of plain strips: strips that follow one another in the file are read together.
 bool readStrips(CTiffBytes& tiff, const TiffLayout& layout, CTiffRows& rows)
 {
     const uint64_t nRowBytes = layout.rowBytes();
-    const int nTogether = int(std::clamp(PIECE / nRowBytes, uint64_t(1), uint64_t(layout.nHeight)));
+    const int nTogether = int(std::clamp(g_nPiece / nRowBytes, uint64_t(1), uint64_t(layout.nHeight)));
     const std::shared_ptr<uint8_t> pBuffer = makeFileBuffer(size_t(nTogether) * nRowBytes);
     for (int nPlane = 0; nPlane < rows.planes(); ++nPlane) {
         const uint64_t* const pnPlace = layout.vecPlace.data() + nPlane * layout.nDown;
@@ -168,7 +169,7 @@ std::unique_ptr<CImgObj<float>> tiffImage(CTiffBytes& tiff, const TiffLayout& la
     const double dfBytes = dfPixels * 2 * sizeof(float) +
                            double(layout.rowBytes()) *
                                (layout.bPlain && !layout.bTiled ? 1 : layout.rowsOf(0));
-    if (dfBytes > SMALL && !hasMemoryFor(uint64_t(std::min(dfBytes, 1e18)))) {
+    if (dfBytes > g_dfSmall && !hasMemoryFor(uint64_t(std::min(dfBytes, 1e18)))) {
         throw CShortMemory(
             QStringLiteral("%1: a page of %2 x %3 pixels")
                 .arg(tiff.file().fileName(), QString::number(layout.nWidth), QString::number(layout.nHeight)),

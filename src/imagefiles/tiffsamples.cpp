@@ -10,16 +10,16 @@ namespace tessera {
 
 namespace {
 
-constexpr float GREY_WEIGHT = 64;                   ///< what the weights of the colours add up to
-constexpr float COLOUR_WEIGHT[] = {19, 2 * 19, 7};  ///< red, green, blue, as of every picture
-constexpr float WHITE = 255;
+constexpr float g_fGreyWeight = 64;                    ///< what the weights of the colours add up to
+constexpr float g_afColourWeight[] = {19, 2 * 19, 7};  ///< red, green, blue, as of every picture
+constexpr float g_fWhite = 255;
 
 void convertHalves(const uint8_t* p, size_t nCount, bool bSwap, float* pf)
 {
-    constexpr size_t BLOCK = 256;
-    qfloat16 aHalf[BLOCK];
-    for (size_t nDone = 0; nDone < nCount; nDone += BLOCK) {
-        const size_t n = std::min(BLOCK, nCount - nDone);
+    constexpr size_t nBlock = 256;
+    qfloat16 aHalf[nBlock];
+    for (size_t nDone = 0; nDone < nCount; nDone += nBlock) {
+        const size_t n = std::min(nBlock, nCount - nDone);
         std::memcpy(static_cast<void*>(aHalf), p + 2 * nDone, 2 * n);
         if (bSwap) {
             qbswap<2>(aHalf, qsizetype(n), aHalf);
@@ -83,13 +83,13 @@ void CTiffRows::putRow(const uint8_t* p, size_t nPixels, int nPlane, float* pf)
     convert(p, nPixels * nSamples, pfRow);
     if (m_layout.pixels == TiffPixels::Colour && m_layout.bSeparate) {
         for (size_t i = 0; i < nPixels; ++i) {
-            pf[i] += COLOUR_WEIGHT[nPlane] * pfRow[i];
+            pf[i] += g_afColourWeight[nPlane] * pfRow[i];
         }
     } else if (m_layout.pixels == TiffPixels::Colour) {
         for (size_t i = 0; i < nPixels; ++i) {
             const float* const pfPixel = pfRow + i * nSamples;
-            pf[i] = COLOUR_WEIGHT[0] * pfPixel[0] + COLOUR_WEIGHT[1] * pfPixel[1] +
-                    COLOUR_WEIGHT[2] * pfPixel[2];
+            pf[i] = g_afColourWeight[0] * pfPixel[0] + g_afColourWeight[1] * pfPixel[1] +
+                    g_afColourWeight[2] * pfPixel[2];
         }
     } else if (pfRow != pf) {
         for (size_t i = 0; i < nPixels; ++i) {
@@ -98,15 +98,15 @@ void CTiffRows::putRow(const uint8_t* p, size_t nPixels, int nPlane, float* pf)
     }
     if (m_layout.pixels == TiffPixels::Grey) {
         for (size_t i = 0; i < nPixels; ++i) {
-            pf[i] = GREY_WEIGHT * (m_layout.bWhiteIsZero ? WHITE - pf[i] : pf[i]);
+            pf[i] = g_fGreyWeight * (m_layout.bWhiteIsZero ? g_fWhite - pf[i] : pf[i]);
         }
     }
 }
 
 void CTiffRows::convert(const uint8_t* p, size_t nCount, float* pf) const
 {
-    constexpr int FLOATS = 3, SIGNED = 2;
-    const bool bFloat = m_layout.nFormat == FLOATS, bSigned = m_layout.nFormat == SIGNED;
+    constexpr int nFloats = 3, nSigned = 2;
+    const bool bFloat = m_layout.nFormat == nFloats, bSigned = m_layout.nFormat == nSigned;
     switch (m_layout.nBits) {
         case 8:
             return bSigned ? convertAs<int8_t>(p, nCount, m_bSwap, pf)

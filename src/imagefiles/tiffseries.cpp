@@ -13,9 +13,9 @@ namespace {
 /// Of a reduced copy or a transparency mask of another page.
 bool isAside(CTiffBytes& tiff, const TiffDirectory& directory)
 {
-    constexpr uint64_t REDUCED = 1, MASK = 4, OLD_REDUCED = 2;
-    return (tiff.wholeNumber(directory, TiffTag::NewSubfileType, 0) & (REDUCED | MASK)) != 0 ||
-           tiff.wholeNumber(directory, TiffTag::SubfileType, 0) == OLD_REDUCED;
+    constexpr uint64_t nReduced = 1, nMask = 4, nOldReduced = 2;
+    return (tiff.wholeNumber(directory, TiffTag::NewSubfileType, 0) & (nReduced | nMask)) != 0 ||
+           tiff.wholeNumber(directory, TiffTag::SubfileType, 0) == nOldReduced;
 }
 
 std::pair<uint64_t, uint64_t> sizeOf(CTiffBytes& tiff, const TiffDirectory& directory)

@@ -89,8 +89,8 @@ void tellImageJ(CTiffBytes& tiff, const TiffDirectory& directory, const QString&
     const double dfX = 1 / tiff.real(directory, TiffTag::XResolution);
     const double dfY = 1 / tiff.real(directory, TiffTag::YResolution);
     const QString strUnit = linesOf(strText, QLatin1Char('=')).value(QStringLiteral("unit"));
-    constexpr double SAME = 1e-3;  // both are rounded to six digits
-    if (std::abs(dfX - dfY) > SAME * std::abs(dfX)) {
+    constexpr double dfSame = 1e-3;  // both are rounded to six digits
+    if (std::abs(dfX - dfY) > dfSame * std::abs(dfX)) {
         header.listDoubt.append(
             QStringLiteral("ImageJ: XResolution and YResolution differ; they are not used"));
     } else {
@@ -134,11 +134,11 @@ void tellDectris(const QString& strText, FrameHeader& header)
 /// A structure of EM-MENU (TVIPS), always of little-endian numbers.
 void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header)
 {
-    constexpr int SIZE = 6312, VERSION_TWO = 2, MARK = 6308;
+    constexpr int nSize = 6312, nVersionTwo = 2, nMark = 6308;
     const uint64_t nPlace = tiff.wholeNumber(directory, TiffTag::Tvips, 0);
-    const QByteArray bytes = nPlace > 0 ? tiff.bytesAt(nPlace, SIZE) : QByteArray();
+    const QByteArray bytes = nPlace > 0 ? tiff.bytesAt(nPlace, nSize) : QByteArray();
     const auto word = [&](int n) { return qFromLittleEndian<qint32>(bytes.constData() + n); };
-    if (bytes.isEmpty() || word(0) != VERSION_TWO || uint32_t(word(MARK)) != 0xaaaaaaaaU) {
+    if (bytes.isEmpty() || word(0) != nVersionTwo || uint32_t(word(nMark)) != 0xaaaaaaaaU) {
         return;
     }
     const auto real = [&](int n) {
@@ -147,12 +147,12 @@ void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& he
         std::memcpy(&f, &nBits, sizeof(f));
         return double(f);
     };
-    constexpr double LEAST_VOLTS = 10000;  // no microscope has as many kilovolts, and none as few volts
+    constexpr double dfLeastVolts = 10000;  // no microscope has as many kilovolts, and none as few volts
     const double dfHt = real(3272);
-    tell(header.kilovolts, dfHt >= LEAST_VOLTS ? dfHt / 1000 : dfHt, "TVIPS: HT");
-    constexpr double NANOMETRES = 1e-3;
+    tell(header.kilovolts, dfHt >= dfLeastVolts ? dfHt / 1000 : dfHt, "TVIPS: HT");
+    constexpr double dfNanometres = 1e-3;
     if (real(3928) == real(3932)) {
-        tell(header.detectorPixel, real(3928) * NANOMETRES * std::max(word(3944), 1),
+        tell(header.detectorPixel, real(3928) * dfNanometres * std::max(word(3944), 1),
              "TVIPS: physical pixel");
         header.listDoubt.append(
             QStringLiteral("TVIPS: physical pixel has no unit; it is taken as nanometres, before binning"));
@@ -188,11 +188,11 @@ void tellSis(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& head
     const uint64_t nBehind = tiff.fileSize() - nPlace - 60;
     const QByteArray entries = tiff.bytesAt(nPlace + 60, std::min(uint64_t(nEntries) * 8, nBehind));
     for (int n = 0; n + 8 <= entries.size(); n += 8) {
-        constexpr uint64_t SIZE = 80;
+        constexpr uint64_t nSize = 80;
         if (qFromLittleEndian<quint16>(entries.constData() + n) != 1) {
             continue;
         }
-        const QByteArray block = tiff.bytesAt(qFromLittleEndian<quint32>(entries.constData() + n + 4), SIZE);
+        const QByteArray block = tiff.bytesAt(qFromLittleEndian<quint32>(entries.constData() + n + 4), nSize);
         if (!block.isEmpty()) {
             const quint64 nBits = qFromLittleEndian<quint64>(block.constData() + 12);
             double df;

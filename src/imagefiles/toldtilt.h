@@ -5,8 +5,8 @@
 
 namespace tessera {
 
-constexpr double MOST_TILT = 360;      ///< degrees, to either side: goniometers count up to a whole turn
-constexpr double MOST_TILT_STEP = 90;  ///< degrees in one frame, more than any exposure turns
+constexpr double g_dfMostTilt = 360;     ///< degrees, to either side: goniometers count up to a whole turn
+constexpr double g_dfMostTiltStep = 90;  ///< degrees in one frame, more than any exposure turns
 
 /// A number of degrees as a header tells it, or NaN with a doubt where it lies beyond what can be.
 /// @param dfMost   the greatest magnitude

@@ -6,7 +6,8 @@ namespace tessera {
 
 namespace {
 
-constexpr double LONGEST = 0.05;  ///< Å, of electrons of 57 kV; microscopes for diffraction have 80 and more
+constexpr double g_dfLongest =
+    0.05;  ///< Å, of electrons of 57 kV; microscopes for diffraction have 80 and more
 
 /// kV and Å: h / sqrt(2 m e V (1 + e V / 2 m c²)) with the constants of CODATA 2018.
 constexpr struct {
@@ -37,14 +38,14 @@ void tellWavelength(const QByteArray& bytesValue, const QString& strSource, Fram
     if (!bNumber || !std::isfinite(df) || df <= 0) {
         return;
     }
-    if (df > LONGEST) {
+    if (df > g_dfLongest) {
         header.listDoubt.append(
             QStringLiteral("%1 %2 is not a wavelength of electrons: not used").arg(strSource).arg(df));
         return;
     }
     header.wavelength = {df, strSource};
-    constexpr int ENOUGH = 5;
-    const int nDecimals = decimalsOf(df, ENOUGH);
+    constexpr int nEnough = 5;
+    const int nDecimals = decimalsOf(df, nEnough);
     const double dfRounding = 0.5 * std::pow(10., -nDecimals);
     const auto* pNearest = &USUAL[0];
     for (const auto& usual : USUAL) {
@@ -52,12 +53,12 @@ void tellWavelength(const QByteArray& bytesValue, const QString& strSource, Fram
             pNearest = &usual;
         }
     }
-    if (nDecimals < ENOUGH && std::abs(pNearest->dfWavelength - df) <= dfRounding) {
+    if (nDecimals < nEnough && std::abs(pNearest->dfWavelength - df) <= dfRounding) {
         header.listDoubt.append(QStringLiteral("%1 %2 seems to be rounded: at %3 kV it is %4")
                                     .arg(strSource)
                                     .arg(df)
                                     .arg(pNearest->nKilovolts)
-                                    .arg(pNearest->dfWavelength, 0, 'f', ENOUGH));
+                                    .arg(pNearest->dfWavelength, 0, 'f', nEnough));
     }
 }
 

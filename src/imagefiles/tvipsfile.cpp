@@ -20,11 +20,11 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 SERIES_HEADER = 256;
-constexpr qint64 SMALL_IMAGE_HEADER = 12;      ///< counter, seconds, milliseconds: all that version 1 has
-constexpr qint64 LARGEST_IMAGE_HEADER = 4096;  ///< the known ones have 256 bytes at most
-constexpr quint64 MEMORY_ASKED = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
-constexpr quint64 IMAGE_OVERHEAD = 96;              ///< bytes that an image takes besides its pixels
+constexpr qint64 g_nSeriesHeader = 256;
+constexpr qint64 g_nSmallImageHeader = 12;      ///< counter, seconds, milliseconds: all that version 1 has
+constexpr qint64 g_nLargestImageHeader = 4096;  ///< the known ones have 256 bytes at most
+constexpr quint64 g_nMemoryAsked = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
+constexpr quint64 g_nImageOverhead = 96;              ///< bytes that an image takes besides its pixels
 
 /// What the beginning of the first file tells of all images.
 struct SeriesHeader {
@@ -60,7 +60,7 @@ float floatAt(const QByteArray& bytes, int nOffset)
 
 bool hasSeriesHeader(const QByteArray& bytes)
 {
-    return bytes.size() >= 8 && wordAt(bytes, 0) == SERIES_HEADER &&
+    return bytes.size() >= 8 && wordAt(bytes, 0) == g_nSeriesHeader &&
            (wordAt(bytes, 4) == 1 || wordAt(bytes, 4) == 2);
 }
 
@@ -102,8 +102,8 @@ bool parseHeader(const QByteArray& bytes, const QString& strFileName, SeriesHead
         strReason = noHeader(strFileName);
         return false;
     }
-    if (bytes.size() < SERIES_HEADER) {
-        strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(bytes.size()).arg(SERIES_HEADER);
+    if (bytes.size() < g_nSeriesHeader) {
+        strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(bytes.size()).arg(g_nSeriesHeader);
         return false;
     }
     header.nVersion = wordAt(bytes, 4);
@@ -111,7 +111,7 @@ bool parseHeader(const QByteArray& bytes, const QString& strFileName, SeriesHead
     header.nBinning = wordAt(bytes, 28) == wordAt(bytes, 32) ? wordAt(bytes, 28) : 0;
     header.nPixelSize = wordAt(bytes, 36);
     header.nKilovolts = wordAt(bytes, 40);
-    header.nImageHeader = header.nVersion == 1 ? SMALL_IMAGE_HEADER : qint64(wordAt(bytes, 48));
+    header.nImageHeader = header.nVersion == 1 ? g_nSmallImageHeader : qint64(wordAt(bytes, 48));
     if (nBits != 8 && nBits != 16) {
         strReason = QStringLiteral("pixels of %1 bits are not read").arg(nBits);
         return false;
@@ -120,7 +120,7 @@ bool parseHeader(const QByteArray& bytes, const QString& strFileName, SeriesHead
         strReason = QStringLiteral("%1 x %2 pixels; 1 to 2147483647 can be read").arg(nWidth).arg(nHeight);
         return false;
     }
-    if (header.nImageHeader < SMALL_IMAGE_HEADER || header.nImageHeader > LARGEST_IMAGE_HEADER) {
+    if (header.nImageHeader < g_nSmallImageHeader || header.nImageHeader > g_nLargestImageHeader) {
         strReason = QStringLiteral("image headers of %1 bytes").arg(header.nImageHeader);
         return false;
     }
@@ -141,7 +141,7 @@ SeriesPart partOf(const QString& strFile, qint64 nStart, const SeriesHeader& hea
 std::vector<SeriesPart> partsOf(const QString& strFileName, const SeriesHeader& header, qint64 nLast,
                                 QString& strReason)
 {
-    std::vector<SeriesPart> vecPart = {partOf(strFileName, SERIES_HEADER, header)};
+    std::vector<SeriesPart> vecPart = {partOf(strFileName, g_nSeriesHeader, header)};
     QString strBase, strSuffix;
     if (partNumber(strFileName, strBase, strSuffix) != 0) {
         return vecPart;
@@ -257,18 +257,18 @@ void tellStage(const QByteArray& bytes, FrameHeader& result)
 /// image, of one in its picture: nm or 1/nm. The file does not tell which.
 void tellPixel(const SeriesHeader& header, quint32 nMode, FrameHeader& result)
 {
-    constexpr quint32 CAMERA_PIXEL = 1000;  // nm; the pixels of cameras have 5 to 100 µm
-    constexpr double FARTHEST = 51;         // Å⁻¹: scattered by 90°, at 300 kV
+    constexpr quint32 nCameraPixel = 1000;  // nm; the pixels of cameras have 5 to 100 µm
+    constexpr double dfFarthest = 51;       // Å⁻¹: scattered by 90°, at 300 kV
     if (header.nPixelSize == 0) {
         return;
     }
     const double dfReciprocal = header.nPixelSize / 10.0;  // from 1/nm
-    if (nMode == 2 && dfReciprocal * std::max(header.nWidth, header.nHeight) / 2 < FARTHEST) {
+    if (nMode == 2 && dfReciprocal * std::max(header.nWidth, header.nHeight) / 2 < dfFarthest) {
         result.pixelSize = told(dfReciprocal, "pixel size");
         result.listDoubt.append(
             QStringLiteral("The pixel size, %1, is taken as one in 1/nm; the file has no unit.")
                 .arg(header.nPixelSize));
-    } else if (header.nPixelSize >= CAMERA_PIXEL && header.nPixelSize <= 100 * CAMERA_PIXEL &&
+    } else if (header.nPixelSize >= nCameraPixel && header.nPixelSize <= 100 * nCameraPixel &&
                header.nBinning > 0) {
         result.detectorPixel = told(header.nPixelSize / 1000.0 * header.nBinning, "pixel size, binning");
         result.listDoubt.append(
@@ -324,7 +324,7 @@ bool readTvipsFrames(const QString& strFileName, int nFirst, int nMaxImages, Ima
         return false;
     }
     SeriesHeader header;
-    if (!parseHeader(file.read(SERIES_HEADER), strFileName, header, strReason)) {
+    if (!parseHeader(file.read(g_nSeriesHeader), strFileName, header, strReason)) {
         return false;
     }
     const qint64 nEnd = qint64(nFirst) + nMaxImages;  // behind the last
@@ -337,12 +337,12 @@ bool readTvipsFrames(const QString& strFileName, int nFirst, int nMaxImages, Ima
                               .arg(file.size())
                               .arg(header.nWidth)
                               .arg(header.nHeight)
-                              .arg(SERIES_HEADER + header.stride())
+                              .arg(g_nSeriesHeader + header.stride())
                         : QStringLiteral("image %1 of %2").arg(qint64(nFirst) + 1).arg(nImages);
         return false;
     }
-    const quint64 nMemory = quint64(nCount) * (quint64(header.pixels()) * sizeof(float) + IMAGE_OVERHEAD);
-    if (nMemory > MEMORY_ASKED && !hasMemoryFor(nMemory)) {
+    const quint64 nMemory = quint64(nCount) * (quint64(header.pixels()) * sizeof(float) + g_nImageOverhead);
+    if (nMemory > g_nMemoryAsked && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")
                         .arg(nCount)
                         .arg(header.nWidth)
@@ -374,13 +374,13 @@ FrameHeader readTvipsHeader(const QString& strFileName, int nImage)
     FrameHeader result;
     SeriesHeader header;
     QString strReason;
-    if (!parseHeader(headOf(strFileName, SERIES_HEADER), strFileName, header, strReason)) {
+    if (!parseHeader(headOf(strFileName, g_nSeriesHeader), strFileName, header, strReason)) {
         return result;
     }
-    constexpr qint64 MOST = std::numeric_limits<int>::max();
-    const std::vector<SeriesPart> vecPart = partsOf(strFileName, header, MOST, strReason);
+    constexpr qint64 nMost = std::numeric_limits<int>::max();
+    const std::vector<SeriesPart> vecPart = partsOf(strFileName, header, nMost, strReason);
     const QByteArray bytes = imageHeader(vecPart, nImage, header);
-    result.nImages = int(std::clamp(imagesOf(vecPart), qint64(1), MOST));
+    result.nImages = int(std::clamp(imagesOf(vecPart), qint64(1), nMost));
     if (!bytes.isEmpty()) {
         result.size = QSize(header.nWidth, header.nHeight);
     }

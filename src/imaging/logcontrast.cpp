@@ -12,21 +12,21 @@ namespace tessera {
 
 namespace {
 
-constexpr int BYTES = 256;
+constexpr int g_nBytes = 256;
 // The exponent of a float and eight bits of its mantissa: of 1 + x, as finely as a byte of its logarithm for
 // ranges from a count on.
-constexpr int DROPPED_BITS = 15;
+constexpr int g_nDroppedBits = 15;
 
 std::uint32_t bucketOf(float fOnePlus)
 {
     std::uint32_t nBits = 0;
     std::memcpy(&nBits, &fOnePlus, sizeof nBits);
-    return nBits >> DROPPED_BITS;
+    return nBits >> g_nDroppedBits;
 }
 
 float floatOf(std::uint32_t nBucket)
 {
-    const std::uint32_t nBits = nBucket << DROPPED_BITS;
+    const std::uint32_t nBits = nBucket << g_nDroppedBits;
     float f = 0;
     std::memcpy(&f, &nBits, sizeof f);
     return f;
@@ -43,19 +43,19 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
         return 1;
     }
     // Where each byte begins, above fLow; what comes behind the last never does.
-    const double dfScale = std::log1p(double(fHigh) - double(fLow)) / (BYTES - 1);
-    std::array<float, BYTES + 1> aBegin;
-    for (int i = 0; i < BYTES; ++i)
+    const double dfScale = std::log1p(double(fHigh) - double(fLow)) / (g_nBytes - 1);
+    std::array<float, g_nBytes + 1> aBegin;
+    for (int i = 0; i < g_nBytes; ++i)
         aBegin[size_t(i)] = float(std::expm1(i * dfScale));
-    aBegin[BYTES - 1] = std::min(aBegin[BYTES - 1], fHigh - fLow);
-    aBegin[BYTES] = std::numeric_limits<float>::infinity();
+    aBegin[g_nBytes - 1] = std::min(aBegin[g_nBytes - 1], fHigh - fLow);
+    aBegin[g_nBytes] = std::numeric_limits<float>::infinity();
 
     const std::uint32_t nFirst = bucketOf(1.f);
     const std::uint32_t nLast = bucketOf(1.f + (fHigh - fLow));
     std::vector<unsigned char> vecByte(nLast - nFirst + 1);  // the byte that the lower end of a bucket has
     for (std::uint32_t i = 0; i < vecByte.size(); ++i) {
         const float f = floatOf(nFirst + i) - 1.f;
-        const auto it = std::upper_bound(aBegin.begin(), aBegin.begin() + BYTES, f);
+        const auto it = std::upper_bound(aBegin.begin(), aBegin.begin() + g_nBytes, f);
         // One less, as the sum 1 + x may have been rounded up into this bucket.
         const auto nByte = it - aBegin.begin() - 1;
         vecByte[i] = static_cast<unsigned char>(std::max<std::ptrdiff_t>(nByte - 1, 0));
@@ -64,8 +64,8 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
         const float f = pSource[i] - fLow;
         if (!(f > 0)) {
             pTarget[i] = 0;
-        } else if (f >= aBegin[BYTES - 1]) {
-            pTarget[i] = BYTES - 1;
+        } else if (f >= aBegin[g_nBytes - 1]) {
+            pTarget[i] = g_nBytes - 1;
         } else {
             std::size_t nByte = vecByte[std::min(bucketOf(1.f + f), nLast) - nFirst];
             while (f >= aBegin[nByte + 1])

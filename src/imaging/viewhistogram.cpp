@@ -8,9 +8,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int SAMPLES = 200000;  // a few milliseconds to count
-constexpr double TWO_DECADES = 100;
-constexpr double LEAST_UNIT = 1e-6;  // of the axis, where half of the samples are the same
+constexpr int g_nSamples = 200000;  // a few milliseconds to count
+constexpr double g_dfTwoDecades = 100;
+constexpr double g_dfLeastUnit = 1e-6;  // of the axis, where half of the samples are the same
 
 }  // namespace
 
@@ -39,7 +39,7 @@ ViewHistogram viewHistogram(const float* pData, int n, int nBins)
     if (!pData || n < 1 || nBins < 1)
         return histogram;
     std::vector<float> vec;
-    const int nStep = 1 + n / SAMPLES;
+    const int nStep = 1 + n / g_nSamples;
     vec.reserve(std::size_t(n / nStep) + 1);
     for (std::ptrdiff_t i = 0; i < n; i += nStep)
         if (std::isfinite(pData[i]))
@@ -53,8 +53,8 @@ ViewHistogram viewHistogram(const float* pData, int n, int nBins)
     };
     const double dfFirst = rank(1), dfMedian = rank(500);
     const double dfLast = double(*std::max_element(vec.begin(), vec.end()));
-    const double dfUnit = std::max(dfMedian - dfFirst, LEAST_UNIT * (dfLast - dfFirst));
-    histogram.axis = CValueAxis(dfFirst, dfLast, dfLast - dfFirst > TWO_DECADES * dfUnit ? dfUnit : 0);
+    const double dfUnit = std::max(dfMedian - dfFirst, g_dfLeastUnit * (dfLast - dfFirst));
+    histogram.axis = CValueAxis(dfFirst, dfLast, dfLast - dfFirst > g_dfTwoDecades * dfUnit ? dfUnit : 0);
     histogram.vecCount.assign(std::size_t(nBins), 0);
     for (const float f : vec) {
         const auto nBin = std::size_t(histogram.axis.place(double(f)) * nBins);

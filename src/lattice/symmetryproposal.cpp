@@ -11,12 +11,12 @@ namespace {
 
 // A cell straight from the indexing of a series with a well-known geometry is up to a quarter of a per cent
 // and of a degree off.
-const double STRAIN_OF_GOOD_GEOMETRY = 0.45;
+const double g_dfStrainOfGoodGeometry = 0.45;
 // Elliptic distortions of projector lenses: Capitani, Oleynikov, Hovmöller & Mellini (2006), Ultramicroscopy
 // 106, 66-74, who found 2.5 % uncorrected, half of it on either axis.
-const double STRAIN_OF_ELLIPSE = 1.5;
+const double g_dfStrainOfEllipse = 1.5;
 // The worst of several errors of one size against the worst of two or three.
-const double TIMES_LOWER = 3;
+const double g_dfTimesLower = 3;
 
 }  // namespace
 
@@ -35,11 +35,11 @@ std::optional<LatticeSymmetry> symmetryInKeeping(const std::vector<LatticeSymmet
     std::vector<LatticeSymmetry> listAccepted;
     for (const LatticeSymmetry& symmetry : listSorted) {
         const double dfStrain = strainOf(symmetry);
-        double dfLimit = symmetry.nRotations == 2 ? STRAIN_OF_ELLIPSE : STRAIN_OF_GOOD_GEOMETRY;
+        double dfLimit = symmetry.nRotations == 2 ? g_dfStrainOfEllipse : g_dfStrainOfGoodGeometry;
         for (const LatticeSymmetry& lower : listAccepted) {
             if (lower.nRotations > 1 && lower.nRotations < symmetry.nRotations &&
                 symmetry.nRotations % lower.nRotations == 0) {
-                dfLimit = std::max(dfLimit, TIMES_LOWER * strainOf(lower));
+                dfLimit = std::max(dfLimit, g_dfTimesLower * strainOf(lower));
             }
         }
         if (symmetry.nRotations == 1 || dfStrain <= dfLimit) {

@@ -18,8 +18,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int MAX_SIDE = 1 << 24;  ///< up to here single precision holds every index
-constexpr int BLOCK = 128;         ///< pixels mapped together; as many cache lines of a frame stay near
+constexpr int g_nMaxSide = 1 << 24;  ///< up to here single precision holds every index
+constexpr int g_nBlock = 128;        ///< pixels mapped together; as many cache lines of a frame stay near
 
 /// From dfLow to dfHigh, bounds included.
 struct Range {
@@ -118,7 +118,7 @@ struct Axis {
 
 /// Voxel coordinates of a block of pixels, before truncation.
 struct Block {
-    float afX[BLOCK], afY[BLOCK], afZ[BLOCK];
+    float afX[g_nBlock], afY[g_nBlock], afZ[g_nBlock];
 };
 
 struct Mapper {
@@ -173,7 +173,7 @@ void CReciprocalVolume::setRotationAxis(double dfDegrees)
 bool CReciprocalVolume::create(int nX, int nY, int nZ)
 {
     release();
-    if (std::min({nX, nY, nZ}) < 1 || std::max({nX, nY, nZ}) > MAX_SIDE)
+    if (std::min({nX, nY, nZ}) < 1 || std::max({nX, nY, nZ}) > g_nMaxSide)
         return false;
     const std::uint64_t nSlice = std::uint64_t(nX) * std::uint64_t(nY);
     if (nSlice > std::uint64_t(std::numeric_limits<int>::max()) ||
@@ -237,10 +237,10 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     const std::size_t nRow = std::size_t(m_listSlice.first()->Width());
     const int nRuns = int(run.vecX.size()), nLines = int(line.vecX.size());
     Block block;
-    for (int nBlock = 0; nBlock < nRuns; nBlock += BLOCK)
+    for (int nBlock = 0; nBlock < nRuns; nBlock += g_nBlock)
         for (int nLine = 0; nLine < nLines; ++nLine) {
             const double dfX = line.vecX[std::size_t(nLine)], dfY = line.vecY[std::size_t(nLine)];
-            int nFirst = nBlock, nLast = std::min(nBlock + BLOCK, nRuns);
+            int nFirst = nBlock, nLast = std::min(nBlock + g_nBlock, nRuns);
             narrowRun(box.x, dfSlopeX, dfX - dfSlopeX * dfRunCentre, m_dfPixelSize, nFirst, nLast);
             narrowRun(box.y, dfSlopeY, dfY - dfSlopeY * dfRunCentre, m_dfPixelSize, nFirst, nLast);
             if (nFirst >= nLast)

@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-const std::uint64_t UNKNOWN = std::numeric_limits<std::uint64_t>::max();
+const std::uint64_t g_nUnknown = std::numeric_limits<std::uint64_t>::max();
 
 QByteArray content(const QString& strFileName)
 {
@@ -23,7 +23,7 @@ QByteArray content(const QString& strFileName)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The number behind a name at the start of a line; UNKNOWN without it.
+/// The number behind a name at the start of a line; g_nUnknown without it.
 std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
 {
     for (const QByteArray& bytesLine : bytesText.split('\n'))
@@ -31,12 +31,12 @@ std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
             bool bOk = false;
             const std::uint64_t n =
                 bytesLine.mid(bytesName.size()).simplified().split(' ')[0].toULongLong(&bOk);
-            return bOk ? n : UNKNOWN;
+            return bOk ? n : g_nUnknown;
         }
-    return UNKNOWN;
+    return g_nUnknown;
 }
 
-/// What is left of the limit of one group; UNKNOWN without a limit.
+/// What is left of the limit of one group; g_nUnknown without a limit.
 std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* pszUsed,
                      const char* pszPrefix)
 {
@@ -44,11 +44,11 @@ std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* 
     const std::uint64_t nLimit = content(strGroup + '/' + pszLimit).trimmed().toULongLong(&bLimit);
     std::uint64_t nUsed = content(strGroup + '/' + pszUsed).trimmed().toULongLong(&bUsed);
     if (!bLimit || !bUsed)
-        return UNKNOWN;
+        return g_nUnknown;
     const QByteArray bytesStat = content(strGroup + QStringLiteral("/memory.stat"));
     for (const char* pszCache : {"active_file", "inactive_file"}) {  // given back when memory runs short
         const std::uint64_t nCache = valueOf(bytesStat, QByteArray(pszPrefix) + pszCache);
-        nUsed -= nCache == UNKNOWN ? 0 : std::min(nCache, nUsed);
+        nUsed -= nCache == g_nUnknown ? 0 : std::min(nCache, nUsed);
     }
     return nLimit - std::min(nLimit, nUsed);
 }
@@ -56,7 +56,7 @@ std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* 
 /// The least that the group of this process and the groups around it have left.
 std::uint64_t leftInControlGroup()
 {
-    std::uint64_t nLeft = UNKNOWN;
+    std::uint64_t nLeft = g_nUnknown;
     for (const QByteArray& bytesLine : content(QStringLiteral("/proc/self/cgroup")).split('\n')) {
         const bool bUnified = bytesLine.startsWith("0::");
         const int nPath = bytesLine.indexOf(':', bytesLine.indexOf(':') + 1) + 1;
@@ -78,19 +78,19 @@ std::uint64_t leftInControlGroup()
 std::uint64_t availableMemory()
 {
     const std::uint64_t nKilobytes = valueOf(content(QStringLiteral("/proc/meminfo")), "MemAvailable:");
-    return std::min(nKilobytes > UNKNOWN / 1024 ? UNKNOWN : nKilobytes * 1024, leftInControlGroup());
+    return std::min(nKilobytes > g_nUnknown / 1024 ? g_nUnknown : nKilobytes * 1024, leftInControlGroup());
 }
 
 std::uint64_t memoryLeftByLimits()
 {
-    std::uint64_t nLeft = UNKNOWN;
+    std::uint64_t nLeft = g_nUnknown;
 #ifdef __linux__
     // In kilobytes, as the kernel holds them against the limits.
     const QByteArray bytesStatus = content(QStringLiteral("/proc/self/status"));
     const auto count = [&](auto resource, const char* pszUsed) {
         rlimit limit{};
         const std::uint64_t nUsed = valueOf(QByteArray(bytesStatus).replace('\t', ' '), pszUsed);
-        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && nUsed < UNKNOWN / 1024)
+        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && nUsed < g_nUnknown / 1024)
             nLeft = std::min(nLeft, limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, nUsed * 1024));
     };
     count(RLIMIT_AS, "VmSize:");
@@ -102,7 +102,7 @@ std::uint64_t memoryLeftByLimits()
 bool hasMemoryFor(std::uint64_t nBytes)
 {
     const std::uint64_t nMargin = (std::uint64_t(256) << 20) + nBytes / 16;
-    return nBytes <= UNKNOWN - nMargin && nBytes + nMargin <= availableMemory();
+    return nBytes <= g_nUnknown - nMargin && nBytes + nMargin <= availableMemory();
 }
 
 }  // namespace tessera

@@ -10,7 +10,7 @@ namespace tessera {
 namespace {
 
 // What a free cell takes up of the errors that no model has lowers its rms by as much in real series.
-const double MOST_GROWTH = 1.02;
+const double g_dfMostGrowth = 1.02;
 
 const std::vector<int> g_listStretching = {StretchingCos, StretchingSin};
 const std::vector<int> g_listEllipse = {EllipseAlong, EllipseAcross};
@@ -111,7 +111,7 @@ std::optional<GeometryModel> bravaisModel(const GeometryWork& work, const Geomet
             continue;
         }
         const std::optional<TypeFit> found = fitOfType(work, options, free, constraint);
-        const bool bGood = found && found->dfRms <= MOST_GROWTH * free.dfRms;
+        const bool bGood = found && found->dfRms <= g_dfMostGrowth * free.dfRms;
         report.addMessage(QStringLiteral("Geometry under %1: rms %2 px, of the free cell %3 px; %4.")
                               .arg(constraint.strSymbol,
                                    found ? QString::number(found->dfRms, 'f', 3) : QStringLiteral("none"))

@@ -10,9 +10,9 @@ namespace tessera {
 
 namespace {
 
-const int FEWEST_ON_FRAME = 6;
+const int g_nFewestOnFrame = 6;
 // Median of the squared distance in the plane, in variances of one direction.
-const double MEDIAN_SQUARE = 2 * std::log(2.0);
+const double g_dfMedianSquare = 2 * std::log(2.0);
 
 double square(const FramePlace& place)
 {
@@ -115,7 +115,7 @@ CSmoothCurve curveOf(const std::vector<FrameMiddle>& listMiddle, int nFirst, int
         for (size_t n = 0; n < listAt.size(); ++n) {
             listSquare.push_back(listPeaks[n] * square(listPoint[n] - curve.at(listAt[n])));
         }
-        const double dfVariance = medianOf(listSquare) / MEDIAN_SQUARE;
+        const double dfVariance = medianOf(listSquare) / g_dfMedianSquare;
         for (size_t n = 0; n < listAt.size() && dfVariance > 0; ++n) {
             listWeight[n] = listPeaks[n] / (1 + listSquare[n] / (2.385 * 2.385 * dfVariance));
         }
@@ -225,12 +225,12 @@ private:
         std::vector<double> listSquare;
         for (const FrameMiddle& frame : all()) {
             for (const FrameDistance& peak : m_mapFrame.at(frame.nFrame)) {
-                if (frame.nPeaks >= FEWEST_ON_FRAME) {
+                if (frame.nPeaks >= g_nFewestOnFrame) {
                     listSquare.push_back(square(peak.off - frame.middle) * frame.nPeaks / (frame.nPeaks - 1));
                 }
             }
         }
-        m_dfVariance = medianOf(std::move(listSquare)) / MEDIAN_SQUARE;
+        m_dfVariance = medianOf(std::move(listSquare)) / g_dfMedianSquare;
     }
 
     /// The variance of a frame's middle along one direction.
@@ -239,8 +239,8 @@ private:
     double scatterShare(const FrameMiddle& frame, double dfScatter) const
     {
         const double dfSquare = dfScatter * dfScatter;
-        return frame.nPeaks < FEWEST_ON_FRAME || dfSquare <= 0 ? 0
-                                                               : dfSquare / (dfSquare + varianceOf(frame));
+        return frame.nPeaks < g_nFewestOnFrame || dfSquare <= 0 ? 0
+                                                                : dfSquare / (dfSquare + varianceOf(frame));
     }
 
     /// λ²: the squared length that a frame of one series in twenty exceeds by chance.
@@ -259,7 +259,7 @@ private:
     /// Whether a frame stands apart, and each half of its chains tells so of the other.
     bool jumps(const FrameMiddle& frame, double dfScatter) const
     {
-        if (frame.nPeaks < FEWEST_ON_FRAME || jumpShare(frame, dfScatter) <= 0) {
+        if (frame.nPeaks < g_nFewestOnFrame || jumpShare(frame, dfScatter) <= 0) {
             return false;
         }
         double dfGain = 0;
@@ -279,7 +279,7 @@ private:
         const auto it = std::lower_bound(listMiddle.begin(), listMiddle.end(), nFrame,
                                          [](const FrameMiddle& frame, int n) { return frame.nFrame < n; });
         const bool bFound = it != listMiddle.end() && it->nFrame == nFrame &&
-                            it->nPeaks >= FEWEST_ON_FRAME / 2;
+                            it->nPeaks >= g_nFewestOnFrame / 2;
         return bFound ? &*it : nullptr;
     }
 
@@ -301,7 +301,7 @@ private:
     {
         std::vector<const FrameMiddle*> listFrame;
         for (const FrameMiddle& frame : all()) {
-            if (frame.nPeaks >= FEWEST_ON_FRAME) {
+            if (frame.nPeaks >= g_nFewestOnFrame) {
                 listFrame.push_back(&frame);
             }
         }
@@ -314,16 +314,16 @@ private:
             }
             return medianOf(std::move(listRatio));
         };
-        if (!(m_dfVariance > 0) || median(0) <= MEDIAN_SQUARE) {
+        if (!(m_dfVariance > 0) || median(0) <= g_dfMedianSquare) {
             return 0;
         }
         double dfLow = 0, dfHigh = 1;
-        while (median(dfHigh) > MEDIAN_SQUARE) {
+        while (median(dfHigh) > g_dfMedianSquare) {
             dfHigh *= 2;
         }
         for (int n = 0; n < 50; ++n) {
             const double dfMiddle = (dfLow + dfHigh) / 2;
-            (median(dfMiddle) > MEDIAN_SQUARE ? dfLow : dfHigh) = dfMiddle;
+            (median(dfMiddle) > g_dfMedianSquare ? dfLow : dfHigh) = dfMiddle;
         }
         m_dfSpread = std::sqrt(dfHigh);
         const bool bTold = isScatterTold(m_dfSpread);

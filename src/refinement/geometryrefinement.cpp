@@ -13,12 +13,12 @@ namespace tessera {
 
 namespace {
 
-const int FEWEST_PEAKS = 20;
-const int MOST_ROUNDS = 10;
+const int g_nFewestPeaks = 20;
+const int g_nMostRounds = 10;
 // Of indices spread at random an eighth lies as near to whole ones as the last tolerance has it.
-const double INDEX_TOLERANCES[] = {0.4, 0.32, 0.25};
+const double g_adfIndexTolerances[] = {0.4, 0.32, 0.25};
 // Less than this part of the peaks is no majority for any geometry.
-const double LEAST_SHARE = 1.0 / 3;
+const double g_dfLeastShare = 1.0 / 3;
 
 bool isFinite(const GeometrySpot& spot)
 {
@@ -105,9 +105,9 @@ public:
     /// Why there is nothing to fit to; empty where there is.
     QString reasonNotToFit(const GeometryFit& fit)
     {
-        if (int(m_work.listUsed.size()) < FEWEST_PEAKS) {
+        if (int(m_work.listUsed.size()) < g_nFewestPeaks) {
             return QStringLiteral("The geometry needs %1 indexed peaks; %2 are there.")
-                .arg(FEWEST_PEAKS)
+                .arg(g_nFewestPeaks)
                 .arg(m_work.listUsed.size());
         }
         if (liesInPlane(m_work)) {
@@ -124,7 +124,7 @@ public:
     {
         const int nTolerances = 3;
         std::vector<int> listState;
-        for (int nRound = 0; nRound < MOST_ROUNDS; ++nRound) {
+        for (int nRound = 0; nRound < g_nMostRounds; ++nRound) {
             fixUndetermined(fit);
             if (!m_report.goOn()) {
                 return fail(QStringLiteral("The refinement of the geometry was stopped."));
@@ -133,13 +133,13 @@ public:
                 return fail(QStringLiteral("The fit of the geometry did not come to an end."));
             }
             const int nTolerance = bShrink ? std::min(nRound, nTolerances - 1) : nTolerances - 1;
-            m_limits = chooseSpots(m_work, fit, INDEX_TOLERANCES[nTolerance]);
+            m_limits = chooseSpots(m_work, fit, g_adfIndexTolerances[nTolerance]);
             m_report.addMessage(QStringLiteral("Geometry, round %1: %2 of %3 peaks, rms %4 px.")
                                     .arg(nRound + 1)
                                     .arg(m_work.listUsed.size())
                                     .arg(m_work.listSpot.size())
                                     .arg(rmsInPlane(m_work.residuals(), fit), 0, 'f', 3));
-            if (double(m_work.listUsed.size()) < LEAST_SHARE * double(m_work.listSpot.size())) {
+            if (double(m_work.listUsed.size()) < g_dfLeastShare * double(m_work.listSpot.size())) {
                 return fail(QStringLiteral("Most of the peaks do not fit the cell (%1 of %2 do).")
                                 .arg(m_work.listUsed.size())
                                 .arg(m_work.listSpot.size()));

@@ -9,7 +9,7 @@ namespace tessera {
 namespace {
 
 // Over a narrower range a tilt of the axis looks like a turn of the crystal.
-const double LEAST_RANGE_OUT_OF_PLANE = 20;
+const double g_dfLeastRangeOutOfPlane = 20;
 
 bool isFixed(const GeometryRefinementOptions& options, int nNumber)
 {
@@ -141,9 +141,9 @@ bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& opti
         choice.take(withNumbers(fit, {TiltScale}), {TiltScale}, QStringLiteral("a scale of the tilts"));
     }
     if (wanted(options.bAxisOutOfPlane, {AxisOutOfPlane})) {
-        if (dfTiltRange < LEAST_RANGE_OUT_OF_PLANE) {
+        if (dfTiltRange < g_dfLeastRangeOutOfPlane) {
             choice.leaveFixed({AxisOutOfPlane},
-                              QStringLiteral("needs %1° of tilt").arg(LEAST_RANGE_OUT_OF_PLANE));
+                              QStringLiteral("needs %1° of tilt").arg(g_dfLeastRangeOutOfPlane));
         } else {
             choice.take(withNumbers(fit, {AxisOutOfPlane}), {AxisOutOfPlane},
                         QStringLiteral("an axis out of the plane"));

@@ -19,13 +19,13 @@ namespace {
 
 // By this line a project is known as one that may be made anew.
 const char* const g_pszMade = "Made from what the frames tell; a run on them makes it anew.";
-constexpr qint64 HEAD_SIZE = 1024;  // bytes, in which that line stands
+constexpr qint64 g_nHeadSize = 1024;  // bytes, in which that line stands
 
 bool isMadeProject(const QString& strFile)
 {
     QFile file(strFile);
     return QFileInfo(strFile).isFile() && file.open(QIODevice::ReadOnly) &&
-           file.read(HEAD_SIZE).contains(g_pszMade);
+           file.read(g_nHeadSize).contains(g_pszMade);
 }
 
 QString projectIn(const QString& strFolder, const QString& strName)

@@ -7,15 +7,15 @@ namespace tessera {
 
 namespace {
 
-const double SHARE_EXPECTED = 0.5;
-const double SHIFT_JUMP = 10;  ///< pixels
+const double g_dfShareExpected = 0.5;
+const double g_dfShiftJump = 10;  ///< pixels
 
 }  // namespace
 
 QList<int> judgeShifts(const QList<QPointF>& listShift, CRunReport& report)
 {
     QList<int> listNumber;
-    for (const int nFrame : findShiftJumps(listShift, SHIFT_JUMP)) {
+    for (const int nFrame : findShiftJumps(listShift, g_dfShiftJump)) {
         report.addMessage(QStringLiteral("Warning: the shift of frame #%1, (%2, %3), stands apart from its "
                                          "neighbours.")
                               .arg(nFrame + 1)
@@ -88,7 +88,7 @@ double indexedShareOf(const IndexingResult& result)
 void judgeIndexedShare(const IndexingResult& result, CRunReport& report)
 {
     const double dfShare = indexedShareOf(result);
-    if (dfShare < SHARE_EXPECTED) {
+    if (dfShare < g_dfShareExpected) {
         report.addMessage(QStringLiteral("Warning: only %1 of %2 reflections (%3%) were indexed; axis, beam, "
                                          "pixel size or cell may be wrong.")
                               .arg(result.listIndexed.size())

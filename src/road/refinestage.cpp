@@ -14,15 +14,15 @@ namespace tessera {
 
 namespace {
 
-const double NO_LIMIT = std::numeric_limits<double>::infinity();
-const double SHORTEST_PAIR = 0.3;  ///< Å⁻¹, between two peaks of a frame
+const double g_dfNoLimit = std::numeric_limits<double>::infinity();
+const double g_dfShortestPair = 0.3;  ///< Å⁻¹, between two peaks of a frame
 
 /// The greatest diagonal of a box that holds the peaks of one frame, pixels.
 double largestExtent(const QVector<QList<Peak3D>>& vecPeak)
 {
     double dfLargest = 0;
     for (const QList<Peak3D>& listPeak : vecPeak) {
-        double dfLeft = NO_LIMIT, dfRight = -NO_LIMIT, dfTop = NO_LIMIT, dfBottom = -NO_LIMIT;
+        double dfLeft = g_dfNoLimit, dfRight = -g_dfNoLimit, dfTop = g_dfNoLimit, dfBottom = -g_dfNoLimit;
         for (const Peak3D& peak : listPeak) {
             dfLeft = std::min(dfLeft, peak.dfX2D);
             dfRight = std::max(dfRight, peak.dfX2D);
@@ -45,7 +45,7 @@ double medianIntensity(const QVector<QList<Peak3D>>& vecPeak)
         }
     }
     if (vecIntensity.empty()) {
-        return -NO_LIMIT;
+        return -g_dfNoLimit;
     }
     const auto itMiddle = vecIntensity.begin() + std::ptrdiff_t(vecIntensity.size() / 2);
     std::nth_element(vecIntensity.begin(), itMiddle, vecIntensity.end());
@@ -71,10 +71,10 @@ void choosePairLimits(RoadState& state)
     if (!options.bWindowDefaults) {
         // A spot that hardly rises above its background leaves its fit to the background.
         parameters.m_dfRefineIntensityLow = medianIntensity(vecPeak);
-        parameters.m_dfRefineIntensityHigh = NO_LIMIT;
+        parameters.m_dfRefineIntensityHigh = g_dfNoLimit;
         parameters.m_dfRefineDStarHigh = largestExtent(vecPeak) * state.dataSet.m_dfPixelSize;
         // Short vectors say little of the cell; of a small pattern some have to stay.
-        parameters.m_dfRefineDStarLow = std::min(SHORTEST_PAIR, parameters.m_dfRefineDStarHigh / 3);
+        parameters.m_dfRefineDStarLow = std::min(g_dfShortestPair, parameters.m_dfRefineDStarHigh / 3);
     }
     takeLimit(options.dfRefineIntensityLow, parameters, &RefinementParameters::m_dfRefineIntensityLow);
     takeLimit(options.dfRefineIntensityHigh, parameters, &RefinementParameters::m_dfRefineIntensityHigh);

@@ -14,12 +14,12 @@ namespace {
 
 // A right cell leaves out noise, other crystals and ice: of real series with a geometry that is a little off
 // it keeps about three quarters.
-const double SHARE_GOOD = 0.6;
+const double g_dfShareGood = 0.6;
 // Degrees: rocking curves are about as wide. Over less the edge along the beam rests on the curvature of the
 // sphere alone.
-const double LEAST_TURN = 1;
+const double g_dfLeastTurn = 1;
 // A search for a lattice needs some points along each axis.
-const int FEW_PEAKS = 50;
+const int g_nFewPeaks = 50;
 
 QString percent(double dfShare)
 {
@@ -59,13 +59,13 @@ Judgement judgePeakResult(const RoadResults& results)
 {
     const int nPeaks = results.peaks->nPeaks;
     const int nFrames = results.open ? results.open->nFrames : 0;
-    const Verdict verdict = nPeaks == 0          ? Verdict::Bad
-                            : nPeaks < FEW_PEAKS ? Verdict::Doubtful
-                                                 : Verdict::Good;
+    const Verdict verdict = nPeaks == 0            ? Verdict::Bad
+                            : nPeaks < g_nFewPeaks ? Verdict::Doubtful
+                                                   : Verdict::Good;
     return judged(RoadStage::Peaks, verdict,
                   QStringLiteral("%1 on %2%3.")
                       .arg(several(nPeaks, "peak"), several(nFrames, "frame"),
-                           QLatin1String(nPeaks < FEW_PEAKS ? ", which is little for a search" : "")),
+                           QLatin1String(nPeaks < g_nFewPeaks ? ", which is little for a search" : "")),
                   nPeaks);
 }
 
@@ -97,7 +97,8 @@ Verdict verdictOf(const LatticeFit& fit)
     if (fit.share() < g_dfShareExpected || fit.share() <= fit.dfByChance + 5 * dfSpread) {
         return Verdict::Bad;
     }
-    const bool bSure = fit.share() >= std::max(SHARE_GOOD, 2 * fit.dfByChance) && fit.nPoints >= FEW_PEAKS;
+    const bool bSure = fit.share() >= std::max(g_dfShareGood, 2 * fit.dfByChance) &&
+                       fit.nPoints >= g_nFewPeaks;
     return bSure ? Verdict::Good : Verdict::Doubtful;
 }
 
@@ -113,7 +114,7 @@ Judgement judgeCellResult(const RoadResults& results)
     }
     const Judgement judgement = judged(RoadStage::Cell, verdictOf(*cell.fit),
                                        fitText(*cell.fit) + QLatin1Char('.'), cell.fit->share());
-    const bool bStill = results.open && results.open->dfTurn < LEAST_TURN;
+    const bool bStill = results.open && results.open->dfTurn < g_dfLeastTurn;
     if (!bStill || judgement.verdict != Verdict::Good) {
         return judgement;
     }
@@ -165,7 +166,7 @@ Judgement judgeGeometryResult(const RoadResults& results)
     // Peaks stand at whole pixels, and a spot's place is known to about one of them: what is twice that is a
     // distortion that the model does not have, or a wrong cell.
     const bool bFar = geometry.dfRmsAfter > 2;
-    const bool bFew = dfShare < SHARE_GOOD;
+    const bool bFew = dfShare < g_dfShareGood;
     return judged(RoadStage::Geometry, bFar || bFew ? Verdict::Doubtful : Verdict::Good,
                   QStringLiteral("%1 of %2 fit it (%3), with an rms of %4 pixels instead of %5.")
                       .arg(geometry.nFitAfter)

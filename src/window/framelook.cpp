@@ -17,9 +17,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int SHOWN_SIDE = 512;  // pixels: more than the dialog has room for
+constexpr int g_nShownSide = 512;  // pixels: more than the dialog has room for
 // Pixels by which a fit may leave the place where the beam was found, before it is one of something else.
-constexpr double GREATEST_MOVE = 30;
+constexpr double g_dfGreatestMove = 30;
 
 class CStopReport : public CRunReport {
 public:
@@ -52,7 +52,7 @@ DisplayLimits contrastOf(const CImgObj<float>& image)
 QImage shownImage(const CImgObj<float>& image)
 {
     const int nWidth = image.Width(), nHeight = image.Height();
-    const int nBlock = std::max(1, (std::max(nWidth, nHeight) + SHOWN_SIDE - 1) / SHOWN_SIDE);
+    const int nBlock = std::max(1, (std::max(nWidth, nHeight) + g_nShownSide - 1) / g_nShownSide);
     const auto [dfLow, dfHigh] = contrastOf(image);
     const double dfRange = std::max(dfHigh - dfLow, 1e-30);
     QImage shown((nWidth + nBlock - 1) / nBlock, (nHeight + nBlock - 1) / nBlock, QImage::Format_Grayscale8);
@@ -87,7 +87,7 @@ std::optional<QPointF> beamOf(const QString& strFrame, CRunReport& report)
     dataSet.m_dfCenterY = ptBeam.y();
     fitDirectBeam(dataSet, report, [&](const DirectBeamOnFrame& beam) {
         const QPointF ptMove = beam.ptFitted - beam.ptExpected;
-        if (std::hypot(ptMove.x(), ptMove.y()) <= GREATEST_MOVE) {
+        if (std::hypot(ptMove.x(), ptMove.y()) <= g_dfGreatestMove) {
             ptBeam = beam.ptFitted;
         }
     });

@@ -9,20 +9,20 @@ namespace tessera {
 
 namespace {
 
-constexpr double DEGREE = 0.017453292519943295;
-constexpr double CROSS = 9, RING = 7, HEAD = 11;  // of the marks, pixels of the screen
+constexpr double g_dfDegree = 0.017453292519943295;
+constexpr double g_dfCross = 9, g_dfRing = 7, g_dfHead = 11;  // of the marks, pixels of the screen
 
 void drawAxis(QPainter& painter, const QPointF& ptBeam, double dfAxis, double dfLength)
 {
     // Rows count downwards on the screen, angles upwards.
-    const QPointF ptAlong(std::cos(dfAxis * DEGREE), -std::sin(dfAxis * DEGREE));
+    const QPointF ptAlong(std::cos(dfAxis * g_dfDegree), -std::sin(dfAxis * g_dfDegree));
     const QPointF ptAcross(-ptAlong.y(), ptAlong.x());
     const QPointF ptEnd = ptBeam + ptAlong * dfLength;
     painter.setPen(QPen(Qt::cyan, 1.5, Qt::DashLine));
     painter.drawLine(ptBeam - ptAlong * dfLength, ptEnd);
     painter.setPen(QPen(Qt::cyan, 1.5));
-    painter.drawLine(ptEnd, ptEnd - HEAD * (ptAlong + ptAcross * 0.5));
-    painter.drawLine(ptEnd, ptEnd - HEAD * (ptAlong - ptAcross * 0.5));
+    painter.drawLine(ptEnd, ptEnd - g_dfHead * (ptAlong + ptAcross * 0.5));
+    painter.drawLine(ptEnd, ptEnd - g_dfHead * (ptAlong - ptAcross * 0.5));
 }
 
 }  // namespace
@@ -80,13 +80,13 @@ void FramePreview::paintEvent(QPaintEvent*)
     }
     if (m_ptToldBeam) {
         painter.setPen(QPen(QColor(255, 160, 0), 1.5));
-        painter.drawEllipse(onScreen(*m_ptToldBeam), RING, RING);
+        painter.drawEllipse(onScreen(*m_ptToldBeam), g_dfRing, g_dfRing);
     }
     if (m_look.ptBeam) {
         const QPointF pt = onScreen(*m_look.ptBeam);
         painter.setPen(QPen(Qt::green, 1.5));
-        painter.drawLine(pt - QPointF(CROSS, 0), pt + QPointF(CROSS, 0));
-        painter.drawLine(pt - QPointF(0, CROSS), pt + QPointF(0, CROSS));
+        painter.drawLine(pt - QPointF(g_dfCross, 0), pt + QPointF(g_dfCross, 0));
+        painter.drawLine(pt - QPointF(0, g_dfCross), pt + QPointF(0, g_dfCross));
     }
 }
 

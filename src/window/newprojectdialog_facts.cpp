@@ -22,7 +22,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int FRAMES_PER_REPORT = 50;  // headers between two lines on how far they are read
+constexpr int g_nFramesPerReport = 50;  // headers between two lines on how far they are read
 
 QString numberText(double df)
 {
@@ -115,7 +115,7 @@ void NewProjectDialog::gatherFacts()
     m_jobFacts.start(
         [this, listFrame](const BackgroundJob::Stop& bStop, const BackgroundJob::FnShow& fnShow) {
             const SeriesFacts facts = factsOfSeries(listFrame, [&](int nDone) {
-                if (nDone > 0 && nDone % FRAMES_PER_REPORT == 0) {
+                if (nDone > 0 && nDone % g_nFramesPerReport == 0) {
                     fnShow([this, nDone, nAll = listFrame.size()] {
                         m_pFactsLabel->setText(
                             tr("Reading what the headers tell: %L1 of %L2 frames").arg(nDone).arg(nAll));

@@ -16,8 +16,8 @@ namespace tessera {
 
 namespace {
 
-const int SIDE = 128;
-const int FRAMES = 5;
+const int g_nSide = 128;
+const int g_nFrames = 5;
 
 /// An MRC file by the format: 1024 header bytes, then the sections.
 QByteArray mrcBytes(int nWidth, int nHeight, int nSections, int nMode, const QByteArray& bytesPixel)
@@ -51,8 +51,8 @@ public:
     Series()
     {
         QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 10\nCCDPIXELSIZE 0.01\nFILELIST\n";
-        for (int i = 0; i < FRAMES; ++i) {
-            writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, framePixels(i, SIDE)));
+        for (int i = 0; i < g_nFrames; ++i) {
+            writeFrame(i, mrcBytes(g_nSide, g_nSide, 1, 2, framePixels(i, g_nSide)));
             bytesProject += "FILE f" + QByteArray::number(i) + ".mrc 0 0 " + QByteArray::number(i) + "\n";
         }
         write("s.ed3d", bytesProject + "ENDFILELIST\n");
@@ -75,7 +75,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-const QByteArray PIXELS = framePixels(2, SIDE);
+const QByteArray g_strPixels = framePixels(2, g_nSide);
 
 struct BadCase {
     const char* pszName;
@@ -94,15 +94,15 @@ const BadCase aBad[] = {
      [](const Series& s) { s.writeFrame(2, QByteArray(700, '\0')); },
      {"--from", "peaks"}},
     {"frame cut in its pixels", "f2.mrc: truncated",
-     [](const Series& s) { s.writeFrame(2, mrcBytes(SIDE, SIDE, 1, 2, PIXELS.left(1000))); }},
+     [](const Series& s) { s.writeFrame(2, mrcBytes(g_nSide, g_nSide, 1, 2, g_strPixels.left(1000))); }},
     {"frame of another size",
      "f2.mrc",
      [](const Series& s) { s.writeFrame(2, mrcBytes(64, 64, 1, 2, framePixels(2, 64))); },
      {"--region", "32,32,64"}},
     {"all frames blank", "blank",
      [](const Series& s) {
-         for (int i = 0; i < FRAMES; ++i)
-             s.writeFrame(i, mrcBytes(SIDE, SIDE, 1, 2, QByteArray(SIDE * SIDE * 4, '\0')));
+         for (int i = 0; i < g_nFrames; ++i)
+             s.writeFrame(i, mrcBytes(g_nSide, g_nSide, 1, 2, QByteArray(g_nSide * g_nSide * 4, '\0')));
      }},
     {"nothing above the threshold",
      "No peaks were found",

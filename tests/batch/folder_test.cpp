@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-const int SIDE = 320;
+const int g_nSide = 320;
 
 /// The frames of simulateQuartz() as a camera would have written them, each from half a step before its tilt
 /// on.
@@ -24,7 +24,7 @@ protected:
         QTemporaryDir simulated;
         const BatchOutcome outcome = runProgram(
             "tessera-simulate",
-            {"--crystal",    "quartz", "--frames",    "40",     "--size",       QString::number(SIDE),
+            {"--crystal",    "quartz", "--frames",    "40",     "--size",       QString::number(g_nSide),
              "--tilt-start", "-20",    "--tilt-step", "1",      "--pixel-size", "0.008",
              "--axis",       "-38.5",  "--format",    "mrcu16", "--out",        simulated.path(),
              "--name",       "q"});
@@ -33,10 +33,10 @@ protected:
         for (int i = 0; i < 40; ++i) {
             const QByteArray bytesMrc = readBytes(
                 simulated.filePath(QString("q_%1.mrc").arg(i + 1, 4, 10, QChar('0'))));
-            ASSERT_EQ(bytesMrc.size(), 1024 + 2 * SIDE * SIDE);
+            ASSERT_EQ(bytesMrc.size(), 1024 + 2 * g_nSide * g_nSide);
             // A pixel of 0.008 Å⁻¹ at 0.02508 Å: 0.05 mm at 249.2 mm.
-            writeBytes(frame(i), smvBytes(smvLines(-20.5 + i, 1, 0.05, 0.05 / (0.008 * 0.02508)), SIDE, SIDE,
-                                          pixelsFromTop(bytesMrc, SIDE)));
+            writeBytes(frame(i), smvBytes(smvLines(-20.5 + i, 1, 0.05, 0.05 / (0.008 * 0.02508)), g_nSide,
+                                          g_nSide, pixelsFromTop(bytesMrc, g_nSide)));
         }
     }
     QString frame(int i) const { return path(QString("f_%1.img").arg(i + 1, 3, 10, QChar('0'))); }
@@ -85,7 +85,8 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
 TEST_F(FrameFolder, WhatLacksIsNamedByItsOption)
 {
     for (int i = 0; i < 40; ++i)
-        writeBytes(frame(i), smvBytes("WAVELENGTH=0.02508;\n", SIDE, SIDE, readBytes(frame(i)).mid(512)));
+        writeBytes(frame(i),
+                   smvBytes("WAVELENGTH=0.02508;\n", g_nSide, g_nSide, readBytes(frame(i)).mid(512)));
     BatchOutcome outcome = runBatch({path("")});
     EXPECT_EQ(outcome.nStatus, 2);
     EXPECT_TRUE(

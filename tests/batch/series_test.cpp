@@ -15,8 +15,8 @@ namespace tessera {
 
 namespace {
 
-const int SIDE = 320, FRAMES = 60, HEADER = 1024;
-const double FIRST_TILT = -15, STEP = 0.5, PIXEL = 0.008;
+const int g_nSide = 320, g_nFrames = 60, g_nHeader = 1024;
+const double g_dfFirstTilt = -15, g_dfStep = 0.5, g_dfPixel = 0.008;
 
 QString nameOf(int nFrame)
 {
@@ -42,11 +42,11 @@ protected:
         s_pDir = new QTemporaryDir;
         const BatchOutcome outcome = runProgram("tessera-simulate",
                                                 {"--crystal",    "quartz",
-                                                 "--frames",     QString::number(FRAMES),
-                                                 "--size",       QString::number(SIDE),
-                                                 "--tilt-start", QString::number(FIRST_TILT),
-                                                 "--tilt-step",  QString::number(STEP),
-                                                 "--pixel-size", QString::number(PIXEL),
+                                                 "--frames",     QString::number(g_nFrames),
+                                                 "--size",       QString::number(g_nSide),
+                                                 "--tilt-start", QString::number(g_dfFirstTilt),
+                                                 "--tilt-step",  QString::number(g_dfStep),
+                                                 "--pixel-size", QString::number(g_dfPixel),
                                                  "--axis",       "-38.5",
                                                  "--format",     "mrcu16",
                                                  "--out",        folder(),
@@ -55,10 +55,10 @@ protected:
         // Its pixels are of the camera, and repaired before bins are made of them: files of bins have none.
         QFile::remove(QDir(folder()).filePath("hotpixels.txt"));
         QByteArray bytesFrames;
-        for (int n = 1; n <= FRAMES; ++n) {
-            bytesFrames += frameLine(nameOf(n), FIRST_TILT + (n - 1) * STEP);
+        for (int n = 1; n <= g_nFrames; ++n) {
+            bytesFrames += frameLine(nameOf(n), g_dfFirstTilt + (n - 1) * g_dfStep);
         }
-        writeBytes(QDir(folder()).filePath("q.ed3d"), projectText(PIXEL, bytesFrames));
+        writeBytes(QDir(folder()).filePath("q.ed3d"), projectText(g_dfPixel, bytesFrames));
     }
     static void TearDownTestSuite() { delete s_pDir; }
     static QString folder() { return s_pDir->filePath(""); }
@@ -71,29 +71,30 @@ protected:
     {
         QDir().mkpath(strFolder);
         QByteArray bytesFrames;
-        const int nSide = SIDE / nBin;
+        const int nSide = g_nSide / nBin;
         for (const int nFirst : listFirst) {
             std::vector<qint64> vecSum(size_t(nSide * nSide), 0);
             for (int n = nFirst; n < nFirst + nSum; ++n) {
                 const QByteArray bytes = readBytes(QDir(folder()).filePath(nameOf(n)));
-                ASSERT_EQ(bytes.size(), HEADER + 2 * SIDE * SIDE);
-                for (int i = 0; i < SIDE * SIDE; ++i) {
-                    vecSum[size_t(i / SIDE / nBin * nSide + i % SIDE / nBin)] += qFromLittleEndian<quint16>(
-                        bytes.constData() + HEADER + 2 * i);
+                ASSERT_EQ(bytes.size(), g_nHeader + 2 * g_nSide * g_nSide);
+                for (int i = 0; i < g_nSide * g_nSide; ++i) {
+                    vecSum[size_t(i / g_nSide / nBin * nSide + i % g_nSide / nBin)] +=
+                        qFromLittleEndian<quint16>(bytes.constData() + g_nHeader + 2 * i);
                 }
             }
-            QByteArray bytesMrc(HEADER + 4 * nSide * nSide, '\0');
+            QByteArray bytesMrc(g_nHeader + 4 * nSide * nSide, '\0');
             const qint32 anHead[] = {nSide, nSide, 1, 2};  // columns, rows, sections, mode of real numbers
             std::memcpy(bytesMrc.data(), anHead, sizeof anHead);
             std::memcpy(bytesMrc.data() + 208, "MAP DD\0\0", 8);
             for (size_t i = 0; i < vecSum.size(); ++i) {
                 const float f = float(vecSum[i]);
-                std::memcpy(bytesMrc.data() + HEADER + 4 * i, &f, 4);
+                std::memcpy(bytesMrc.data() + g_nHeader + 4 * i, &f, 4);
             }
             writeBytes(QDir(strFolder).filePath(nameOf(nFirst)), bytesMrc);
-            bytesFrames += frameLine(nameOf(nFirst), FIRST_TILT + (nFirst - 1 + 0.5 * (nSum - 1)) * STEP);
+            bytesFrames += frameLine(nameOf(nFirst),
+                                     g_dfFirstTilt + (nFirst - 1 + 0.5 * (nSum - 1)) * g_dfStep);
         }
-        writeBytes(QDir(strFolder).filePath("q.ed3d"), projectText(PIXEL * nBin, bytesFrames));
+        writeBytes(QDir(strFolder).filePath("q.ed3d"), projectText(g_dfPixel * nBin, bytesFrames));
     }
 
     static QTemporaryDir* s_pDir;
@@ -106,7 +107,7 @@ QTemporaryDir* ReadSeries::s_pDir = nullptr;
 TEST_F(ReadSeries, GivesTheBytesOfFilesThatWereMadeSoBeforehand)
 {
     QList<int> listSums, listCut;
-    for (int n = 3; n + 1 <= FRAMES; n += 2) {
+    for (int n = 3; n + 1 <= g_nFrames; n += 2) {
         listSums.append(n);
     }
     for (int n = 5; n <= 50; ++n) {

@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-const float NAN_PIXEL = std::numeric_limits<float>::quiet_NaN();
+const float g_fNanPixel = std::numeric_limits<float>::quiet_NaN();
 
 /// Counts that differ from pixel to pixel and frame to frame, some below 0, all sums exact in single
 /// precision.
@@ -53,7 +53,7 @@ TEST(FrameSum, IsTheSumOfWholeNumbersBlockByBlock)
 TEST(FrameSum, WhatIsNoMeasurementSpoilsItsOwnBlockAlone)
 {
     CImgObj<float> img = makeImage(6, 4, [](int nX, int nY) { return 10 * nY + nX; });
-    img.Data()[1 * 6 + 2] = NAN_PIXEL;
+    img.Data()[1 * 6 + 2] = g_fNanPixel;
     img.Data()[3 * 6 + 5] = 65535;
     CFrameSum sum(2, 65535);
     ASSERT_TRUE(sum.add(img));

@@ -88,11 +88,11 @@ CHdf5Id chunked(const std::vector<hsize_t>& vecChunk)
     return idCreate;
 }
 
-constexpr int SIDE = 6;
+constexpr int g_nSide = 6;
 
 void writeStack(CHdf5Builder& builder, const char* pszPath, hsize_t nImages)
 {
-    builder.set(pszPath, H5T_STD_U16LE, {nImages, SIDE, SIDE}, pixels(nImages, SIDE, SIDE));
+    builder.set(pszPath, H5T_STD_U16LE, {nImages, g_nSide, g_nSide}, pixels(nImages, g_nSide, g_nSide));
 }
 
 }  // namespace
@@ -218,7 +218,7 @@ TEST_F(Hdf5, CountsImagesAcrossDataFilesOfWhichOneIsMissing)
     }
     for (int i = 0; i < 5; ++i) {  // images 3 to 5 lie in the missing file, as the next one begins with 6
         const auto pImage = image(path("x_master.h5"), i < 2 ? i : i + 3);
-        EXPECT_EQ(isImage(pImage.get(), hsize_t(i < 2 ? i : i - 2), SIDE, SIDE), i < 4)
+        EXPECT_EQ(isImage(pImage.get(), hsize_t(i < 2 ? i : i - 2), g_nSide, g_nSide), i < 4)
             << i << m_strReason.toStdString();
         EXPECT_TRUE(i >= 2 || !image(path("x_master.h5"), 2 + i));
         EXPECT_TRUE(i >= 2 || m_strReason.contains("x_data_000002.h5 is missing"))
@@ -232,7 +232,7 @@ TEST_F(Hdf5, CountsImagesAcrossDataFilesOfWhichOneIsMissing)
         CHdf5Builder builder(path("x_data_000002.h5"));
         writeStack(builder, "entry/data/data", 3);
     }
-    EXPECT_TRUE(isImage(image(path("x_master.h5"), 4).get(), 2, SIDE, SIDE)) << "the file came later";
+    EXPECT_TRUE(isImage(image(path("x_master.h5"), 4).get(), 2, g_nSide, g_nSide)) << "the file came later";
     EXPECT_FALSE(image(path("x_master.h5"), 7));
     EXPECT_TRUE(m_strReason.contains("leads out of its folder")) << m_strReason.toStdString();
     QFile::remove(path("../outside.h5"));
@@ -293,7 +293,7 @@ TEST_F(Hdf5, BeamAndWidthOfAnEiger)
     const QString strFile = path("e.h5");
     {
         CHdf5Builder builder(strFile);
-        builder.set("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, pixels(3, SIDE, SIDE));
+        builder.set("entry/data/data", H5T_STD_U16LE, {3, g_nSide, g_nSide}, pixels(3, g_nSide, g_nSide));
         builder.number("entry/instrument/detector/beam_center_x", 2.5);
         builder.number("entry/instrument/detector/beam_center_y", 4);
         builder.set<double>("entry/sample/goniometer/omega", H5T_IEEE_F64LE, {3}, {1, 1.5, 2});
@@ -333,7 +333,7 @@ TEST_F(Hdf5, FollowsNoLinkOutOfItsFolder)
     ASSERT_TRUE(QFile::remove(path("in/ext.h5")) && QFile::rename(path("outside.h5"), path("in/ext.h5")));
     ASSERT_TRUE(QFile::link(path("in/ext.h5"), path("links/ext.h5")));
     ASSERT_TRUE(QFile::link(path("in/x_master.h5"), path("links/x_master.h5")));
-    EXPECT_TRUE(isImage(image(path("links/x_master.h5"), 0).get(), 0, SIDE, SIDE))
+    EXPECT_TRUE(isImage(image(path("links/x_master.h5"), 0).get(), 0, g_nSide, g_nSide))
         << m_strReason.toStdString();
 #endif
 }
@@ -396,18 +396,18 @@ TEST_F(Hdf5, TellsWhatADetectorOfElectronsKnows)
     const QString strFile = path("d.h5");
     {
         CHdf5Builder builder(strFile);
-        std::vector<int> vecPixel = pixels(3, SIDE, SIDE);
+        std::vector<int> vecPixel = pixels(3, g_nSide, g_nSide);
         vecPixel[1] = 65535;
         vecPixel[2] = 65534;
-        builder.set("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, vecPixel);
+        builder.set("entry/data/data", H5T_STD_U16LE, {3, g_nSide, g_nSide}, vecPixel);
         const auto at = [&](const char* psz) { return QByteArray("entry/instrument/detector/") + psz; };
-        std::vector<uint32_t> vecMask(SIDE * SIDE, 0);
+        std::vector<uint32_t> vecMask(g_nSide * g_nSide, 0);
         vecMask[7] = 1u << 31;  // interpolated
         vecMask[8] = 1u << 31 | 1;
         vecMask[35] = 1 << 15;
-        const CHdf5Id idPacked = chunked({SIDE, SIDE});
+        const CHdf5Id idPacked = chunked({g_nSide, g_nSide});
         H5Pset_deflate(idPacked, 1);
-        builder.set(at("detectorSpecific/pixel_mask"), H5T_STD_U32LE, {SIDE, SIDE}, vecMask, idPacked);
+        builder.set(at("detectorSpecific/pixel_mask"), H5T_STD_U32LE, {g_nSide, g_nSide}, vecMask, idPacked);
         builder.number(at("x_pixel_size"), 0.075, "mm");
         builder.number(at("detector_distance"), 0.6, "m");
         builder.number(at("beam_center_x"), 2.5);
@@ -524,9 +524,9 @@ TEST_F(Hdf5, TellsThePixelOfBerkeleyFilesInReciprocalSpace)
         {
             CHdf5Builder builder(path("b.emd"));
             writeStack(builder, "e/data", 2);
-            builder.set("larger", H5T_STD_U16LE, {9, SIDE, SIDE}, pixels(9, SIDE, SIDE));
+            builder.set("larger", H5T_STD_U16LE, {9, g_nSide, g_nSide}, pixels(9, g_nSide, g_nSide));
             builder.numbers("e", "emd_group_type", {1});
-            builder.set<double>("e/dim3", H5T_IEEE_F64LE, {SIDE}, {0, 0.5, 1, 1.5, 2, 2.5});
+            builder.set<double>("e/dim3", H5T_IEEE_F64LE, {g_nSide}, {0, 0.5, 1, 1.5, 2, 2.5});
             builder.attribute("e/dim3", "units", pszUnit);
         }
         const FrameHeader header = readHdf5Header(path("b.emd"), 0);
@@ -543,35 +543,38 @@ TEST_F(Hdf5, ReadsVirtualDataSetsOfWholeImages)
         CHdf5Builder builder(strFile);
         writeStack(builder, "a", 3);
         const CHdf5Id idCreate(H5Pcreate(H5P_DATASET_CREATE)),
-            idTarget = CHdf5Builder::space({4, SIDE, SIDE}), idSource = CHdf5Builder::space({3, SIDE, SIDE});
-        const hsize_t anTo[] = {2, 0, 0}, anFrom[] = {1, 0, 0}, anCount[] = {2, SIDE, SIDE};
+            idTarget = CHdf5Builder::space({4, g_nSide, g_nSide}),
+            idSource = CHdf5Builder::space({3, g_nSide, g_nSide});
+        const hsize_t anTo[] = {2, 0, 0}, anFrom[] = {1, 0, 0}, anCount[] = {2, g_nSide, g_nSide};
         H5Sselect_hyperslab(idTarget, H5S_SELECT_SET, anTo, nullptr, anCount, nullptr);
         H5Sselect_hyperslab(idSource, H5S_SELECT_SET, anFrom, nullptr, anCount, nullptr);
         H5Pset_virtual(idCreate, idTarget, ".", "/a", idSource);
-        builder.set<int>("entry/data/data", H5T_STD_U16LE, {4, SIDE, SIDE}, {}, idCreate);
+        builder.set<int>("entry/data/data", H5T_STD_U16LE, {4, g_nSide, g_nSide}, {}, idCreate);
     }
     {
         CHdf5Builder builder(path("whole.h5"));
         writeStack(builder, "a", 3);
-        const CHdf5Id idCreate(H5Pcreate(H5P_DATASET_CREATE)), idStack = CHdf5Builder::space({3, SIDE, SIDE});
+        const CHdf5Id idCreate(H5Pcreate(H5P_DATASET_CREATE)),
+            idStack = CHdf5Builder::space({3, g_nSide, g_nSide});
         H5Pset_virtual(idCreate, idStack, "whole.h5", "/a", idStack);
-        builder.set<int>("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, {}, idCreate);
+        builder.set<int>("entry/data/data", H5T_STD_U16LE, {3, g_nSide, g_nSide}, {}, idCreate);
     }
-    EXPECT_TRUE(isImage(image(path("whole.h5"), 2).get(), 2, SIDE, SIDE)) << m_strReason.toStdString();
+    EXPECT_TRUE(isImage(image(path("whole.h5"), 2).get(), 2, g_nSide, g_nSide)) << m_strReason.toStdString();
     EXPECT_EQ(readHdf5Header(strFile, 0).nImages, 4);
     EXPECT_FALSE(image(strFile, 1));
     EXPECT_TRUE(m_strReason.contains("gap")) << m_strReason.toStdString();
-    EXPECT_TRUE(isImage(image(strFile, 2).get(), 1, SIDE, SIDE)) << m_strReason.toStdString();
-    EXPECT_TRUE(isImage(image(strFile, 3).get(), 2, SIDE, SIDE)) << m_strReason.toStdString();
+    EXPECT_TRUE(isImage(image(strFile, 2).get(), 1, g_nSide, g_nSide)) << m_strReason.toStdString();
+    EXPECT_TRUE(isImage(image(strFile, 3).get(), 2, g_nSide, g_nSide)) << m_strReason.toStdString();
 }
 
 TEST_F(Hdf5, RefusesCutFilesAndSizesThatLie)
 {
     {
         CHdf5Builder builder(path("whole.h5"));
-        const CHdf5Id idPacked = chunked({1, SIDE, SIDE});
+        const CHdf5Id idPacked = chunked({1, g_nSide, g_nSide});
         H5Pset_deflate(idPacked, 6);
-        builder.set("entry/data/data", H5T_STD_U16LE, {3, SIDE, SIDE}, pixels(3, SIDE, SIDE), idPacked);
+        builder.set("entry/data/data", H5T_STD_U16LE, {3, g_nSide, g_nSide}, pixels(3, g_nSide, g_nSide),
+                    idPacked);
     }
     const QByteArray bytes = readBytes(path("whole.h5"));
     for (int nLength = 0; nLength < bytes.size(); nLength += 41) {
@@ -588,8 +591,8 @@ TEST_F(Hdf5, RefusesCutFilesAndSizesThatLie)
     EXPECT_LT(readHdf5Header(path("lie.h5"), 0).nImages, 2);
     {
         CHdf5Builder builder(path("sizes.h5"));
-        builder.set("entry/data/data_1", H5T_STD_U16LE, {1, SIDE, SIDE}, pixels(1, SIDE, SIDE));
-        builder.set("entry/data/data_2", H5T_STD_U16LE, {1, SIDE, 5}, pixels(1, SIDE, 5));
+        builder.set("entry/data/data_1", H5T_STD_U16LE, {1, g_nSide, g_nSide}, pixels(1, g_nSide, g_nSide));
+        builder.set("entry/data/data_2", H5T_STD_U16LE, {1, g_nSide, 5}, pixels(1, g_nSide, 5));
     }
     EXPECT_TRUE(image(path("sizes.h5"), 0));
     EXPECT_FALSE(image(path("sizes.h5"), 1));
@@ -600,9 +603,10 @@ TEST_F(Hdf5, ThreadsReadOneFileAtTheSameTime)
 {
     {
         CHdf5Builder builder(path("t.h5"));
-        const CHdf5Id idPacked = chunked({1, SIDE, SIDE});
+        const CHdf5Id idPacked = chunked({1, g_nSide, g_nSide});
         H5Pset_deflate(idPacked, 6);
-        builder.set("entry/data/data", H5T_STD_U16LE, {20, SIDE, SIDE}, pixels(20, SIDE, SIDE), idPacked);
+        builder.set("entry/data/data", H5T_STD_U16LE, {20, g_nSide, g_nSide}, pixels(20, g_nSide, g_nSide),
+                    idPacked);
     }
     std::vector<std::thread> vecThread;
     std::vector<int> vecGood(4, 0);
@@ -612,7 +616,7 @@ TEST_F(Hdf5, ThreadsReadOneFileAtTheSameTime)
                 ImageList vecImage;
                 QString strReason;
                 vecGood[n] += readHdf5Frames(path("t.h5"), i, 1, vecImage, strReason) &&
-                              isImage(vecImage[0].get(), hsize_t(i), SIDE, SIDE);
+                              isImage(vecImage[0].get(), hsize_t(i), g_nSide, g_nSide);
             }
         });
     }

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int ALL = std::numeric_limits<int>::max(), CHIP = 256;
+constexpr int g_nAll = std::numeric_limits<int>::max(), g_nChip = 256;
 
 /// Counts that fit the depth, and are another picture when mirrored or turned.
 quint32 countOf(int x, int y, int nDepth)
@@ -118,20 +118,20 @@ TEST_F(MibFile, RawFrames)
             std::vector<quint32> vecCount, vecUpper;
             for (int y = 0; y < nRows; ++y) {
                 for (int n = nChips; n > 0; --n) {  // the last chip first; the third and fourth turned
-                    for (int x = 0; x < CHIP; ++x) {
+                    for (int x = 0; x < g_nChip; ++x) {
                         const bool bTurned = n > 2;
-                        const int nX = (n % 2 == 0 ? CHIP : 0) + (bTurned ? CHIP - 1 - x : x);
+                        const int nX = (n % 2 == 0 ? g_nChip : 0) + (bTurned ? g_nChip - 1 - x : x);
                         vecCount.push_back(countOf(nX, bTurned ? 2 * nRows - 1 - y : y, nDepth));
                         vecUpper.push_back(vecCount.back() >> 12);
                         vecCount.back() &= 4095;
                     }
                 }
             }
-            const int nColumns = nChips * CHIP * (nDepth == 24 ? 2 : 1);
+            const int nColumns = nChips * g_nChip * (nDepth == 24 ? 2 : 1);
             const QByteArray upper = nDepth == 24 ? rawBytes(vecUpper, nDepth) : QByteArray();
             expectCounts(header(nColumns, nRows, "R64", nChips == 4 ? "2x2" : "1x1", nDepth) + upper +
                              rawBytes(vecCount, nDepth),
-                         {nAcross * CHIP, nAcross * nRows}, nDepth);
+                         {nAcross * g_nChip, nAcross * nRows}, nDepth);
         }
     }
     ImageList vecImage;
@@ -146,13 +146,13 @@ TEST_F(MibFile, RawFrames)
 
 TEST_F(MibFile, SeamsBetweenChips)
 {
-    const int nSide = 2 * CHIP + 2;
+    const int nSide = 2 * g_nChip + 2;
     const QString strFile = writeBytes(
         path("g.mib"), header(nSide, nSide, "U08", "2x2G", 6, 768) + QByteArray(nSide * nSide, '\1'));
     const auto countMasked = [&] {
         ImageList vecImage;
         QString strReason;
-        EXPECT_TRUE(readMibFrames(strFile, 0, ALL, vecImage, strReason));
+        EXPECT_TRUE(readMibFrames(strFile, 0, g_nAll, vecImage, strReason));
         int nMasked = 0;
         for (int i = 0; i < nSide * nSide; ++i) {
             const int nX = i % nSide, nY = i / nSide;
@@ -178,7 +178,7 @@ TEST_F(MibFile, WhatIsNotSoundGivesAReason)
     const QByteArray frame = header(7, 3, "U08", "1x1", 6) + QByteArray(21, '\5');
     const auto read = [&](const QByteArray& bytes, QString& strReason) {
         ImageList vecImage;
-        const bool bRead = readMibFrames(writeBytes(path("f.mib"), bytes), 0, ALL, vecImage, strReason);
+        const bool bRead = readMibFrames(writeBytes(path("f.mib"), bytes), 0, g_nAll, vecImage, strReason);
         EXPECT_EQ(bRead, !vecImage.empty());
         readMibHeader(path("f.mib"), 1);
         return int(vecImage.size());

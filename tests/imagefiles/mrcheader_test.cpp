@@ -145,7 +145,7 @@ TEST_F(MrcHeader, AnExtendedHeaderThatCannotBeIsNone)
 
 TEST_F(MrcHeader, RowsSignsAndPackedPixels)
 {
-    const int STAMP = 1146047817;
+    const int nSignature = 1146047817;
     const auto rows = [](int nVersion, const char* pKind, int nStamp, int nAxis) {
         return header(1, 2, 1, 1)
                    .text(104, pKind)
@@ -159,7 +159,7 @@ TEST_F(MrcHeader, RowsSignsAndPackedPixels)
     const std::vector<double> vecDown{1, 2}, vecUp{2, 1};
     EXPECT_EQ(pixels(rows(20140, "FEI1", 0, 2)), vecDown);
     EXPECT_EQ(headerOf(rows(20140, "FEI2", 0, 2)).listDoubt.size(), 1);
-    EXPECT_EQ(pixels(rows(20140, "FEI2", STAMP, 2)), vecUp);
+    EXPECT_EQ(pixels(rows(20140, "FEI2", nSignature, 2)), vecUp);
     EXPECT_EQ(pixels(rows(20141, "FEI2", 0, 2)), vecUp);
     EXPECT_EQ(pixels(rows(20140, "SERI", 0, 2)), vecUp);
     EXPECT_EQ(pixels(rows(0, "", 0, -2)), vecDown);
@@ -169,9 +169,15 @@ TEST_F(MrcHeader, RowsSignsAndPackedPixels)
         float fMin, fMax;
         double dfPixel;
         bool bGuessed;
-    } aSign[] = {{STAMP, 1, 0, 200, -56, false}, {STAMP, 0, -9, 9, 200, false}, {0, 1, 0, 200, 200, false},
-                 {0, 0, -100, 100, -56, false},  {0, 0, -50, 200, 200, true},   {0, 0, -120, 140, -56, true},
-                 {0, 0, 0, 0, -56, true},        {0, 0, 9, -9, -56, true},      {0, 0, 0, NAN, -56, true}};
+    } aSign[] = {{nSignature, 1, 0, 200, -56, false},
+                 {nSignature, 0, -9, 9, 200, false},
+                 {0, 1, 0, 200, 200, false},
+                 {0, 0, -100, 100, -56, false},
+                 {0, 0, -50, 200, 200, true},
+                 {0, 0, -120, 140, -56, true},
+                 {0, 0, 0, 0, -56, true},
+                 {0, 0, 9, -9, -56, true},
+                 {0, 0, 0, NAN, -56, true}};
     for (const auto& row : aSign) {
         const QByteArray bytes =
             header(1, 1, 1, 0).put(152, row.nStamp).put(156, row.nFlags).put(76, row.fMin).put(80, row.fMax) +
@@ -183,7 +189,7 @@ TEST_F(MrcHeader, RowsSignsAndPackedPixels)
     const QByteArray bytesPacked("\x21\x03\x54\x06");
     EXPECT_EQ(pixels(header(3, 2, 1, 101) + bytesPacked), (std::vector<double>{4, 5, 6, 1, 2, 3}));
     for (const CFields& fields : {header(2, 2, 1, 0).text(240, "data with 4 bits packed"),
-                                  header(2, 2, 1, 0).put(152, STAMP).put(156, 32)}) {
+                                  header(2, 2, 1, 0).put(152, nSignature).put(156, 32)}) {
         EXPECT_EQ(pixels(fields + bytesPacked), (std::vector<double>{4, 5, 6, 0, 1, 2, 3, 0}));
         EXPECT_EQ(headerOf(fields + bytesPacked).size, QSize(4, 2));
     }

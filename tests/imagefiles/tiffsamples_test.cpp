@@ -14,7 +14,7 @@ namespace {
 
 class TiffSamples : public FileTest {};
 
-constexpr int WIDTH = 37, HEIGHT = 21, SIDE = 16;  ///< of the image and of its tiles
+constexpr int g_nWidth = 37, g_nHeight = 21, g_nSide = 16;  ///< of the image and of its tiles
 
 /// Over the whole range of whole numbers, with an end of it.
 template <class T>
@@ -39,13 +39,13 @@ template <class T>
 std::vector<std::vector<T>> segments(const T* pImage, bool bTiled, int nRows)
 {
     std::vector<std::vector<T>> vecSegment;
-    const int nCols = bTiled ? SIDE : WIDTH;
-    for (int y = 0; y < HEIGHT; y += nRows) {
-        for (int x = 0; x < WIDTH; x += nCols) {
+    const int nCols = bTiled ? g_nSide : g_nWidth;
+    for (int y = 0; y < g_nHeight; y += nRows) {
+        for (int x = 0; x < g_nWidth; x += nCols) {
             std::vector<T>& vec = vecSegment.emplace_back();
-            for (int i = y; i < (bTiled ? y + nRows : std::min(y + nRows, HEIGHT)); ++i) {
+            for (int i = y; i < (bTiled ? y + nRows : std::min(y + nRows, g_nHeight)); ++i) {
                 for (int j = x; j < x + nCols; ++j) {
-                    vec.push_back(i < HEIGHT && j < WIDTH ? pImage[i * WIDTH + j] : T(3));
+                    vec.push_back(i < g_nHeight && j < g_nWidth ? pImage[i * g_nWidth + j] : T(3));
                 }
             }
         }
@@ -60,8 +60,8 @@ void expectPixels(const QString& strFile, FnExpected fnExpected)
     QString strReason = "left over";
     ASSERT_TRUE(readTiffFrames(strFile, 0, 1, vecImage, strReason)) << qPrintable(strReason);
     EXPECT_EQ(strReason, "");
-    EXPECT_EQ(readTiffHeader(strFile, 0).size, QSize(WIDTH, HEIGHT));
-    for (size_t i = 0; i < WIDTH * HEIGHT; ++i) {
+    EXPECT_EQ(readTiffHeader(strFile, 0).size, QSize(g_nWidth, g_nHeight));
+    for (size_t i = 0; i < g_nWidth * g_nHeight; ++i) {
         ASSERT_EQ(vecImage.at(0)->Data()[i], fnExpected(i)) << i;
     }
 }
@@ -70,12 +70,12 @@ void expectPixels(const QString& strFile, FnExpected fnExpected)
 template <class T>
 void readsPlain(const QString& strFile, int nFormat, float fFactor = 1)
 {
-    const std::vector<T> vec = ramp<T>(WIDTH * HEIGHT);
+    const std::vector<T> vec = ramp<T>(g_nWidth * g_nHeight);
     for (int nCase = 0; nCase < 8; ++nCase) {
         SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, case " << nCase);
         CTiffBuilder builder((nCase & 1) != 0, (nCase & 2) != 0);
         const bool bTiled = (nCase & 4) != 0;
-        const int nRows = bTiled ? SIDE : 4;
+        const int nRows = bTiled ? g_nSide : 4;
         std::vector<quint64> vecPlace;
         for (const std::vector<T>& vecSegment : segments(vec.data(), bTiled, nRows)) {
             QByteArray bytes;
@@ -86,11 +86,11 @@ void readsPlain(const QString& strFile, int nFormat, float fFactor = 1)
             builder.add(vecPlace.size() == 2 ? "gap" : "");  // the first strips follow one another
         }
         if (bTiled) {
-            builder.tag(322, {SIDE});
-            builder.tag(323, {SIDE});
+            builder.tag(322, {g_nSide});
+            builder.tag(323, {g_nSide});
         }
-        builder.page(WIDTH, HEIGHT, 8 * int(sizeof(T)), nFormat, vecPlace, WIDTH * sizeof(T) * quint64(nRows),
-                     nRows);
+        builder.page(g_nWidth, g_nHeight, 8 * int(sizeof(T)), nFormat, vecPlace,
+                     g_nWidth * sizeof(T) * quint64(nRows), nRows);
         builder.directory();
         writeBytes(strFile, builder.bytes());
         expectPixels(strFile, [&](size_t i) { return fFactor * float(vec[i]); });
@@ -101,22 +101,22 @@ void readsPlain(const QString& strFile, int nFormat, float fFactor = 1)
 template <class T>
 void readsPacked(const QString& strFile, int nFormat, int nCompression, int nPredictor, int nPlanes)
 {
-    const std::vector<T> vec = ramp<T>(WIDTH * HEIGHT * nPlanes);
+    const std::vector<T> vec = ramp<T>(g_nWidth * g_nHeight * nPlanes);
     for (const bool bTiled : {false, true}) {
         SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, packing " << nCompression << ' ' << bTiled);
         // libtiff itself writes floats in the other byte order wrongly behind its predictor for them.
         TIFF* const pTiff = TIFFOpen(qPrintable(strFile), bTiled && nPredictor < 3 ? "wb" : "wl8");
-        const int nRows = bTiled ? SIDE : 5;
+        const int nRows = bTiled ? g_nSide : 5;
         for (const auto& [nTag, nValue] :
-             {std::pair(TIFFTAG_IMAGEWIDTH, WIDTH),
-              {TIFFTAG_IMAGELENGTH, HEIGHT},
+             {std::pair(TIFFTAG_IMAGEWIDTH, g_nWidth),
+              {TIFFTAG_IMAGELENGTH, g_nHeight},
               {TIFFTAG_BITSPERSAMPLE, 8 * int(sizeof(T))},
               {TIFFTAG_SAMPLEFORMAT, nFormat},
               {TIFFTAG_SAMPLESPERPIXEL, nPlanes},
               {TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE},
               {TIFFTAG_PHOTOMETRIC, nPlanes == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK},
               {TIFFTAG_COMPRESSION, nCompression},
-              {bTiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, bTiled ? SIDE : nRows},
+              {bTiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, bTiled ? g_nSide : nRows},
               {bTiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, nRows}}) {
             TIFFSetField(pTiff, uint32_t(nTag), nValue);
         }
@@ -125,7 +125,8 @@ void readsPacked(const QString& strFile, int nFormat, int nCompression, int nPre
         }
         uint32_t nSegment = 0;
         for (int nPlane = 0; nPlane < nPlanes; ++nPlane) {
-            for (std::vector<T>& vecSegment : segments(vec.data() + nPlane * WIDTH * HEIGHT, bTiled, nRows)) {
+            for (std::vector<T>& vecSegment :
+                 segments(vec.data() + nPlane * g_nWidth * g_nHeight, bTiled, nRows)) {
                 const auto nBytes = tmsize_t(vecSegment.size() * sizeof(T));
                 ASSERT_EQ((bTiled ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip)(pTiff, nSegment++,
                                                                                   vecSegment.data(), nBytes),
@@ -134,7 +135,7 @@ void readsPacked(const QString& strFile, int nFormat, int nCompression, int nPre
         }
         TIFFClose(pTiff);
         expectPixels(strFile, [&](size_t i) {
-            const auto plane = [&](size_t n) { return float(vec[i + n * WIDTH * HEIGHT]); };
+            const auto plane = [&](size_t n) { return float(vec[i + n * g_nWidth * g_nHeight]); };
             return nPlanes == 3 ? 19 * (plane(0) + 2 * plane(1)) + 7 * plane(2) : plane(0);
         });
     }

@@ -10,8 +10,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int ALL = std::numeric_limits<int>::max();
-constexpr int WIDTH = 5, HEIGHT = 3, IMAGE_HEADER = 80;
+constexpr int g_nAll = std::numeric_limits<int>::max();
+constexpr int g_nWidth = 5, g_nHeight = 3, g_nImageHeader = 80;
 
 void put(QByteArray& bytes, int nOffset, quint32 n)
 {
@@ -26,7 +26,8 @@ void put(QByteArray& bytes, int nOffset, float f)
 QByteArray seriesHeader(quint32 nVersion = 2)
 {
     QByteArray bytes(256, '\x7f');
-    const quint32 aWord[] = {256, nVersion, WIDTH, HEIGHT, 16, 0, 0, 2, 2, 15500, 200, 0, IMAGE_HEADER};
+    const quint32 aWord[] = {256,   nVersion, g_nWidth, g_nHeight,     16, 0, 0, 2, 2,
+                             15500, 200,      0,        g_nImageHeader};
     for (int i = 0; i < 13; ++i) {
         put(bytes, 4 * i, aWord[i]);
     }
@@ -41,13 +42,13 @@ float pixelOf(int nImage, int x, int y)
 /// An image of version 2 in diffraction mode, tilted by 1.5° a number.
 QByteArray image(int nImage)
 {
-    QByteArray bytes(IMAGE_HEADER, 0);
+    QByteArray bytes(g_nImageHeader, 0);
     put(bytes, 0, quint32(nImage));
     put(bytes, 20, quint32(850));
     put(bytes, 24, quint32(2));
     put(bytes, 40, -30 + 1.5F * float(nImage));
-    for (int i = 0; i < WIDTH * HEIGHT; ++i) {
-        const auto n = quint16(pixelOf(nImage, i % WIDTH, i / WIDTH));
+    for (int i = 0; i < g_nWidth * g_nHeight; ++i) {
+        const auto n = quint16(pixelOf(nImage, i % g_nWidth, i / g_nWidth));
         bytes += char(n & 0xff);
         bytes += char(n >> 8);
     }
@@ -70,8 +71,8 @@ protected:
         EXPECT_EQ(bRead, vecImage.size() > 1);
         EXPECT_TRUE(bRead || !strReason.isEmpty());
         for (size_t i = 1; i < vecImage.size(); ++i) {
-            for (int n = 0; n < WIDTH * HEIGHT; ++n) {
-                EXPECT_EQ(vecImage[i]->Data()[n], pixelOf(nFirst + int(i) - 1, n % WIDTH, n / WIDTH));
+            for (int n = 0; n < g_nWidth * g_nHeight; ++n) {
+                EXPECT_EQ(vecImage[i]->Data()[n], pixelOf(nFirst + int(i) - 1, n % g_nWidth, n / g_nWidth));
             }
         }
         return int(vecImage.size()) - 1;
@@ -84,9 +85,9 @@ TEST_F(TvipsFile, ASeriesRunsOverItsFiles)
 {
     QString strReason;
     const QString strFile = series();
-    EXPECT_EQ(read(strFile, 0, ALL, strReason), 5);
+    EXPECT_EQ(read(strFile, 0, g_nAll, strReason), 5);
     EXPECT_EQ(read(strFile, 1, 2, strReason), 2);
-    EXPECT_EQ(read(strFile, 4, ALL, strReason), 1);
+    EXPECT_EQ(read(strFile, 4, g_nAll, strReason), 1);
     EXPECT_EQ(strReason, QString());
     EXPECT_EQ(read(strFile, 5, 1, strReason), 0);
     EXPECT_EQ(strReason, "image 6 of 5");
@@ -103,11 +104,11 @@ TEST_F(TvipsFile, ASeriesRunsOverItsFiles)
     EXPECT_EQ(read(strFile, 0, 3, strReason), 3);
     EXPECT_EQ(strReason, QString());
     ImageList vecImage;
-    EXPECT_TRUE(readTvipsFrames(strFile, 0, ALL, vecImage, strReason));
+    EXPECT_TRUE(readTvipsFrames(strFile, 0, g_nAll, vecImage, strReason));
     EXPECT_EQ(vecImage.size(), 4U);
     EXPECT_EQ(strReason, "truncated: a_001.tvips ends within image 4");
     QFile::remove(path("a_001.tvips"));
-    EXPECT_EQ(read(strFile, 0, ALL, strReason), 2);
+    EXPECT_EQ(read(strFile, 0, g_nAll, strReason), 2);
     EXPECT_EQ(strReason, "a_001.tvips is missing");
     QFile::remove(strFile);
     EXPECT_FALSE(isContinuation(path("a_002.tvips")));
@@ -116,7 +117,7 @@ TEST_F(TvipsFile, ASeriesRunsOverItsFiles)
 TEST_F(TvipsFile, HeadersTellTheMicroscope)
 {
     const FrameHeader header = readTvipsHeader(series(), 3);
-    EXPECT_EQ(header.size, QSize(WIDTH, HEIGHT));
+    EXPECT_EQ(header.size, QSize(g_nWidth, g_nHeight));
     EXPECT_EQ(header.nImages, 5);
     EXPECT_EQ(header.kilovolts.df, 200);
     EXPECT_EQ(header.tilt.df, -25.5);
@@ -143,7 +144,7 @@ TEST_F(TvipsFile, VersionOneAndBytes)
     bytes += QByteArray(12, '\x11') + QByteArray("\0\1\2\3\4\5\6\7\x8\x9\xa\xb\xc\xd\xff", 15);
     ImageList vecImage;
     QString strReason;
-    ASSERT_TRUE(readTvipsFrames(writeBytes(path("v_000.tvips"), bytes), 0, ALL, vecImage, strReason));
+    ASSERT_TRUE(readTvipsFrames(writeBytes(path("v_000.tvips"), bytes), 0, g_nAll, vecImage, strReason));
     ASSERT_EQ(vecImage.size(), 1U);
     EXPECT_EQ(vecImage[0]->Data()[5], 5);
     EXPECT_EQ(vecImage[0]->Data()[14], 255);
@@ -157,7 +158,7 @@ TEST_F(TvipsFile, WhatIsNotSoundGivesAReason)
     QString strReason;
     for (int n = 0; n < bytesWhole.size(); ++n) {
         const QString strFile = writeBytes(path("c_000.tvips"), bytesWhole.left(n));
-        EXPECT_EQ(read(strFile, 0, ALL, strReason), qMax(n - 256, 0) / nImage) << n;
+        EXPECT_EQ(read(strFile, 0, g_nAll, strReason), qMax(n - 256, 0) / nImage) << n;
         EXPECT_EQ(strReason.isEmpty(), n == 256 + nImage) << n;
         EXPECT_EQ(readTvipsHeader(strFile, 0).size.isValid(), n >= 256 + nImage) << n;
     }
@@ -166,7 +167,7 @@ TEST_F(TvipsFile, WhatIsNotSoundGivesAReason)
     for (const auto& [nOffset, nValue] : aLie) {
         QByteArray bytes = bytesWhole;
         put(bytes, nOffset, nValue);
-        EXPECT_EQ(read(writeBytes(path("c_000.tvips"), bytes), 0, ALL, strReason), 0) << nOffset;
+        EXPECT_EQ(read(writeBytes(path("c_000.tvips"), bytes), 0, g_nAll, strReason), 0) << nOffset;
         EXPECT_FALSE(readTvipsHeader(path("c_000.tvips"), 0).size.isValid()) << nOffset;
     }
 }

@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-const double PI = 3.14159265358979323846;
+const double g_dfPi = 3.14159265358979323846;
 
 /// The tilt near dfTilt at which a lattice vector lies on the sphere, by bisection.
 bool exactTilt(const CRotationProjection& projection, const Vector3& vec, double dfTilt, double& dfExact)
@@ -33,13 +33,13 @@ bool exactTilt(const CRotationProjection& projection, const Vector3& vec, double
 
 TEST(Projection, SpotsObeyBraggsLawAndTurnAboutTheAxis)
 {
-    const double dfLambda = 0.0251, dfPixel = 0.004, dfAxis = 33 * PI / 180;
+    const double dfLambda = 0.0251, dfPixel = 0.004, dfAxis = 33 * g_dfPi / 180;
     const CRotationProjection projection(dfLambda, dfPixel, 33);
     int nChecked = 0;
     for (const Vector3& vec : {Vector3{0.3, 0.5, 0.02}, Vector3{-0.7, 0.2, -0.05}, Vector3{0.1, -0.9, 0.3},
                                Vector3{-0.2, -0.3, -0.15}, Vector3{0.0, 0.4, 0.1}}) {
         double dfTilt = 0;
-        const double dfGuess = std::atan2(vec[2], vec[1]) * 180 / PI;
+        const double dfGuess = std::atan2(vec[2], vec[1]) * 180 / g_dfPi;
         if (!exactTilt(projection, vec, std::remainder(dfGuess, 180), dfTilt))
             continue;
         ++nChecked;
@@ -62,7 +62,7 @@ TEST(Projection, DistortionLengthensAlongItsAzimuthAsSeenOnTheScreen)
 {
     const CRotationProjection plain(0.0251, 0.004, 0), distorted(0.0251, 0.004, 0, 2, 30);
     for (const auto& [dfAngle, dfShrink] : {std::pair(30.0, 0.98), {120.0, 1.02}, {75.0, 1.0}}) {
-        const Vector3 vec{0.4 * std::cos(dfAngle * PI / 180), -0.4 * std::sin(dfAngle * PI / 180), 0};
+        const Vector3 vec{0.4 * std::cos(dfAngle * g_dfPi / 180), -0.4 * std::sin(dfAngle * g_dfPi / 180), 0};
         const auto a = plain.spotOffset(vec), b = distorted.spotOffset(vec);
         EXPECT_NEAR(std::hypot(a[0], a[1]) / std::hypot(b[0], b[1]), dfShrink, 1e-12) << dfAngle;
     }

@@ -16,12 +16,12 @@
 namespace tessera {
 
 namespace {
-const double PI = 3.14159265358979323846;
+const double g_dfPi = 3.14159265358979323846;
 
 // A point of the frame by its distance from the beam and its angle on the screen.
 std::array<double, 2> onScreen(double dfRadius, double dfAngle)
 {
-    return {dfRadius * std::cos(dfAngle * PI / 180), -dfRadius * std::sin(dfAngle * PI / 180)};
+    return {dfRadius * std::cos(dfAngle * g_dfPi / 180), -dfRadius * std::sin(dfAngle * g_dfPi / 180)};
 }
 
 void expectPoint(const std::array<double, 2>& pt, double dfRadius, double dfAngle)
@@ -94,12 +94,12 @@ TEST(LensDistortion, MovesPointsAsItsDefinitionSays)
     expectPoint(distorted(onScreen(200, 120), ellipse), 200 * 0.988, 120);
     // Halfway it moves along the circle, towards the azimuth: a right-angled triangle.
     expectPoint(distorted(onScreen(200, 75), ellipse), 200 * std::hypot(1, 0.012),
-                75 - std::atan(0.012) * 180 / PI);
+                75 - std::atan(0.012) * 180 / g_dfPi);
     const LensDistortion barrel{0, 0, -2, 0, 250}, spiral{0, 0, 0, 3, 250};
     expectPoint(distorted(onScreen(250, 40), barrel), 245, 40);
     expectPoint(distorted(onScreen(125, 40), barrel), 125 - 5.0 / 8, 40);
     expectPoint(distorted(onScreen(250, 40), spiral), 250 * std::hypot(1, 0.03),
-                40 + std::atan(0.03) * 180 / PI);
+                40 + std::atan(0.03) * 180 / g_dfPi);
     // Nothing from beyond the reach comes within the distance, and what lies at it may just do so.
     const LensDistortion both{1.2, 30, -2, 0, 250};
     expectPoint(distorted(onScreen(undistortedReach(360, both), 120), both), 360, 120);
@@ -288,7 +288,7 @@ TEST(RefinedGeometry, WhatItTakesForTrueUndoesTheDistortion)
          {"thirdOrder", QJsonObject{{"radial", 0}, {"spiral", 0}, {"radius", 128}}}},
         nullptr, truth, 0);
     EXPECT_NEAR(result.ellipse->error(), 1.2, 1e-9);
-    const double dfTwice = 2 * result.ellipse->dfTrueAzimuth * PI / 180, dfA = 0.012;
+    const double dfTwice = 2 * result.ellipse->dfTrueAzimuth * g_dfPi / 180, dfA = 0.012;
     const double dfRadial = -result.mapError.at(QStringLiteral("radial")) / 100;
     const double dfSpiral = -result.mapError.at(QStringLiteral("spiral")) / 100;
     for (int nAngle = 0; nAngle < 360; nAngle += 30) {

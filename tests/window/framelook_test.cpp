@@ -92,7 +92,7 @@ TEST_F(FrameLookWindow, ContrastIsThatOfThePercentilesStaysAndComesBack)
     EXPECT_EQ(limits(), (QPair<double, double>{700, 5000}));
 
     QSettings settings("Lumenarc", "Tessera");
-    for (int i = 0; i < KEPT_CONTRASTS; ++i)
+    for (int i = 0; i < g_nKeptContrasts; ++i)
         keepContrast(settings, QStringLiteral("/series %1, one.ed3d").arg(i), {double(i), 1e7 / 3, true});
     EXPECT_FALSE(keptContrast(settings, path("a.ed3d"))) << "the oldest goes";
     EXPECT_EQ(keptContrast(settings, "/series 0, one.ed3d")->dfHigh, 3333333.33333);

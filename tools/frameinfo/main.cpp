@@ -28,9 +28,9 @@ namespace {
 
 QJsonObject statistics(const CImgObj<float>& image)
 {
-    constexpr double INF = std::numeric_limits<double>::infinity();
+    constexpr double dfInf = std::numeric_limits<double>::infinity();
     const size_t nPixels = size_t(image.Width()) * size_t(image.Height());
-    double dfMinimum = INF, dfMaximum = -INF, dfSum = 0;
+    double dfMinimum = dfInf, dfMaximum = -dfInf, dfSum = 0;
     size_t nNumbers = 0;
     for (size_t i = 0; i < nPixels; ++i) {
         const double df = double(image.Data()[i]);

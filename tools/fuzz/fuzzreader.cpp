@@ -91,9 +91,9 @@ QString readProject(const QString& strFileName, const QByteArray& bytes)
 
 QString readPeaks(const QString& strFileName, const QByteArray& bytes)
 {
-    constexpr int FRAMES = 40;
+    constexpr int nFrameCount = 40;
     DataSet data;
-    for (int i = 0; i < FRAMES; ++i)
+    for (int i = 0; i < nFrameCount; ++i)
         data.m_listFrameFile.append(QString::number(i));
     data.m_listPeakFrame = {QList<Peak3D>{Peak3D()}};
     data.m_vecPeakGroup = {{{7}}};
@@ -105,10 +105,11 @@ QString readPeaks(const QString& strFileName, const QByteArray& bytes)
             return QStringLiteral("a failure without a reason, or one that has changed the peaks");
         return g_strGood;
     }
-    if (data.m_listPeakFrame.size() != FRAMES || !groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame))
+    if (data.m_listPeakFrame.size() != nFrameCount ||
+        !groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame))
         return QStringLiteral("peaks and groups do not fit the frames");
     int nPeaks = 0;
-    for (int nFrame = 0; nFrame < FRAMES; ++nFrame)
+    for (int nFrame = 0; nFrame < nFrameCount; ++nFrame)
         for (const Peak3D& peak : qAsConst(data.m_listPeakFrame[nFrame])) {
             ++nPeaks;
             if (peak.nFrame != nFrame || !std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D) ||

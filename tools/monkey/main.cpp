@@ -52,10 +52,10 @@ namespace tessera {
 
 namespace {
 
-constexpr int HANG_SECONDS = 60;
-constexpr int MOST_NESTED = 6;         ///< dialogs and runs within one another; deeper, they are only ended
-constexpr int STEPS_IN_A_DIALOG = 40;  ///< then it is rejected
-constexpr int LONGEST_PAUSE = 8;       ///< ms between steps
+constexpr int g_nHangSeconds = 60;
+constexpr int g_nMostNested = 6;       ///< dialogs and runs within one another; deeper, they are only ended
+constexpr int g_nStepsInADialog = 40;  ///< then it is rejected
+constexpr int g_nLongestPause = 8;     ///< ms between steps
 
 FILE* g_pLog = stdout;
 std::atomic<int> g_nStep{0};
@@ -86,8 +86,8 @@ void watchForHangs(pthread_t nWindowThread)
             const int nNow = g_nStep.load();
             nSeconds = nNow == nSeen ? nSeconds + 1 : 0;
             nSeen = nNow;
-            if (nSeconds == HANG_SECONDS) {
-                std::fprintf(stderr, "hang: no step for %d s after step %d\n", HANG_SECONDS, nNow);
+            if (nSeconds == g_nHangSeconds) {
+                std::fprintf(stderr, "hang: no step for %d s after step %d\n", g_nHangSeconds, nNow);
                 pthread_kill(nWindowThread, SIGABRT);
             }
         }
@@ -150,7 +150,7 @@ private:
 
     void later()
     {
-        QTimer::singleShot(pick(LONGEST_PAUSE + 1), this, [this] { step(); });
+        QTimer::singleShot(pick(g_nLongestPause + 1), this, [this] { step(); });
     }
 
     void copySeries()
@@ -188,7 +188,7 @@ private:
             useMenu(pPopup);
         else if (QWidget* pDialog = QApplication::activeModalWidget())
             useDialog(pDialog);
-        else if (m_nDepth > MOST_NESTED)
+        else if (m_nDepth > g_nMostNested)
             pressStop();
         else if (!m_pWindow->isVisible() && m_nDepth == 1)
             reopen();
@@ -271,10 +271,10 @@ private:
         if (pWidget != m_pDialog)
             m_nInDialog = 0;
         m_pDialog = pWidget;
-        if (pDialog && (++m_nInDialog > STEPS_IN_A_DIALOG || m_nDepth > MOST_NESTED + 2 || chance(5))) {
+        if (pDialog && (++m_nInDialog > g_nStepsInADialog || m_nDepth > g_nMostNested + 2 || chance(5))) {
             say("dialog", QStringLiteral("%1 \"%2\" left").arg(nameOf(pDialog), pDialog->windowTitle()));
             ++m_nDialogs;
-            chance(50) && m_nInDialog <= STEPS_IN_A_DIALOG ? pDialog->accept() : pDialog->reject();
+            chance(50) && m_nInDialog <= g_nStepsInADialog ? pDialog->accept() : pDialog->reject();
         } else if (auto* pFiles = qobject_cast<QFileDialog*>(pWidget)) {
             ++m_nDialogs;
             useFileDialog(pFiles);

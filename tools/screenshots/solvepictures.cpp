@@ -21,9 +21,9 @@ namespace {
 
 enum Tab { FrameTab, RawTab, MergedTab, TableTab, QualityTab };
 
-constexpr int INTENSITY_COLUMN = 7;
-constexpr int CHOSEN_ROW = 3;  // a strong reflection that is not alone on its frame
-constexpr double DEGREES_OFF = 10;
+constexpr int g_nIntensityColumn = 7;
+constexpr int g_nChosenRow = 3;  // a strong reflection that is not alone on its frame
+constexpr double g_dfDegreesOff = 10;
 
 void showTab(CCamera& camera, Tab tab)
 {
@@ -79,9 +79,9 @@ void shootSelection(CCamera& camera)
     auto* pTable = qobject_cast<QTableView*>(camera.window().findChild<QTabWidget*>()->currentWidget());
     pTable = pTable ? pTable
                     : camera.window().findChild<QTabWidget*>()->currentWidget()->findChild<QTableView*>();
-    pTable->sortByColumn(INTENSITY_COLUMN, Qt::DescendingOrder);
+    pTable->sortByColumn(g_nIntensityColumn, Qt::DescendingOrder);
     QTest::qWait(g_nSettleTime);
-    const QModelIndex index = pTable->model()->index(CHOSEN_ROW, INTENSITY_COLUMN);
+    const QModelIndex index = pTable->model()->index(g_nChosenRow, g_nIntensityColumn);
     QTest::mouseClick(pTable->viewport(), Qt::LeftButton, {}, pTable->visualRect(index).center());
     QTest::qWait(g_nSettleTime);
     closeOtherWindows(camera);
@@ -143,7 +143,7 @@ void shootWrongAxis(CCamera& camera)
 {
     QDoubleSpinBox* pAxis = camera.window().findChild<FramesPage*>()->m_pRotationAxisSpin;
     const double dfAxis = pAxis->value();
-    pAxis->setValue(dfAxis + DEGREES_OFF);
+    pAxis->setValue(dfAxis + g_dfDegreesOff);
     raiseDock(camera, QStringLiteral("Road"));
     pressOfRow(camera, RoadRowKind::Axis, QStringLiteral("From here"));
     showTab(camera, MergedTab);

@@ -27,9 +27,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int PAUSE = 30;  ///< ms between looks whether the next step can be done
-constexpr double SECONDS_TO_LOOK = 0.5;
-constexpr double LONGEST_WAIT = 3600;  ///< s for one step; the road of a large series may take long
+constexpr int g_nPause = 30;  ///< ms between looks whether the next step can be done
+constexpr double g_dfSecondsToLook = 0.5;
+constexpr double g_dfLongestWait = 3600;  ///< s for one step; the road of a large series may take long
 
 template <typename T>
 T* modal()
@@ -165,7 +165,7 @@ void CWalker::addSolveSteps()
     const auto opened = [this, says] {
         const auto* pView = m_window.findChild<BaseImgView*>();
         return says("Solve") && !pView->scene()->sceneRect().isEmpty() && m_window.isEnabled() &&
-               m_hands.seconds() - m_dfWaitSince > SECONDS_TO_LOOK;
+               m_hands.seconds() - m_dfWaitSince > g_dfSecondsToLook;
     };
     m_listStep.push_back({QStringLiteral("opened"), Ends::Later, opened, [this] {
                               m_dfSolveFrom = m_hands.seconds();
@@ -202,7 +202,7 @@ void CWalker::start()
 
 void CWalker::later()
 {
-    QTimer::singleShot(PAUSE, this, &CWalker::step);
+    QTimer::singleShot(g_nPause, this, &CWalker::step);
 }
 
 void CWalker::picture(const QString& strName)
@@ -210,7 +210,7 @@ void CWalker::picture(const QString& strName)
     if (m_strPictures.isEmpty()) {
         return;
     }
-    QTest::qWait(2 * PAUSE);  // until it is drawn
+    QTest::qWait(2 * g_nPause);  // until it is drawn
     QScreen* pScreen = m_window.screen();
     const QPixmap pixmap = pScreen->grabWindow(0, 0, 0, m_window.width(), m_window.height());
     pixmap.save(
@@ -237,7 +237,7 @@ void CWalker::step()
         m_bWithinStep = false;
         return;
     }
-    const bool bLate = m_hands.seconds() - m_dfWaitSince > LONGEST_WAIT;
+    const bool bLate = m_hands.seconds() - m_dfWaitSince > g_dfLongestWait;
     const auto* pQuestion = modal<QMessageBox>();
     if (!bOver && !bLate && !pQuestion) {
         return;

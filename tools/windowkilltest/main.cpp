@@ -21,7 +21,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int START_SECONDS = 60;
+constexpr int g_nStartSeconds = 60;
 const QString g_strStage = QStringLiteral("Solve: ");
 
 /// What a window has told of its states, in order; equal ones that follow one another are one.
@@ -114,7 +114,7 @@ public:
         QElapsedTimer timer;
         timer.start();
         while (!account().bReady) {
-            if (timer.elapsed() > START_SECONDS * 1000 || m_process.waitForFinished(2)) {
+            if (timer.elapsed() > g_nStartSeconds * 1000 || m_process.waitForFinished(2)) {
                 return false;
             }
         }
@@ -125,7 +125,7 @@ public:
         m_process.kill();
         m_process.waitForFinished();
     }
-    bool waitForEnd() { return m_process.waitForFinished(START_SECONDS * 1000); }
+    bool waitForEnd() { return m_process.waitForFinished(g_nStartSeconds * 1000); }
 
 private:
     QString m_strLog;

@@ -18,10 +18,10 @@ namespace tessera {
 
 namespace {
 
-constexpr int BINS = 256;
-constexpr int KEEP_AFTER = 1000;  // ms: a drag writes once, and a crash costs no more
+constexpr int g_nBins = 256;
+constexpr int g_nKeepAfter = 1000;  // ms: a drag writes once, and a crash costs no more
 // Sums of long series go beyond the boxes as they are.
-constexpr double BOX_RANGE = 1e12;
+constexpr double g_dfBoxRange = 1e12;
 
 }  // namespace
 
@@ -126,7 +126,7 @@ void ContrastControl::beginOther(const CImgObj<float>& image)
     }
     for (QDoubleSpinBox* pSpin : {m_page.m_pContrastMinSpin, m_page.m_pContrastMaxSpin}) {
         const QSignalBlocker blocker(pSpin);
-        pSpin->setRange(-BOX_RANGE, BOX_RANGE);
+        pSpin->setRange(-g_dfBoxRange, g_dfBoxRange);
     }
     if (!setByPercentiles(image)) {
         setByRange(image);
@@ -143,7 +143,7 @@ void ContrastControl::endOther()
     setBoxes(limits.dfLow, limits.dfHigh);
     for (QDoubleSpinBox* pSpin : {m_page.m_pContrastMinSpin, m_page.m_pContrastMaxSpin}) {
         const QSignalBlocker blocker(pSpin);
-        pSpin->setRange(FramesPage::CONTRAST_LOW, FramesPage::CONTRAST_HIGH);
+        pSpin->setRange(FramesPage::nContrastLow, FramesPage::nContrastHigh);
     }
 }
 
@@ -163,7 +163,7 @@ void ContrastControl::userChanged()
                                            m_page.m_pContrastMaxSpin->value());
     if (!m_strSeries.isEmpty()) {
         m_bChanged = true;
-        m_timerKeep.start(KEEP_AFTER);
+        m_timerKeep.start(g_nKeepAfter);
     }
 }
 
@@ -185,7 +185,7 @@ void ContrastControl::showHistogramOf(const CImgObj<float>& image)
     m_bHistogramOld = !m_page.m_pContrastHistogram->isVisible();
     if (!m_bHistogramOld) {
         m_page.m_pContrastHistogram->setHistogram(
-            viewHistogram(image.Data(), image.Width() * image.Height(), BINS));
+            viewHistogram(image.Data(), image.Width() * image.Height(), g_nBins));
     }
 }
 
@@ -195,7 +195,7 @@ bool ContrastControl::eventFilter(QObject* pObject, QEvent* pEvent)
         if (const CImgObj<float>* pImage = m_host.fnImage()) {
             m_bHistogramOld = false;
             m_page.m_pContrastHistogram->setHistogram(
-                viewHistogram(pImage->Data(), pImage->Width() * pImage->Height(), BINS));
+                viewHistogram(pImage->Data(), pImage->Width() * pImage->Height(), g_nBins));
         }
     }
     return QObject::eventFilter(pObject, pEvent);

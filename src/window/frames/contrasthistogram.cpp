@@ -14,9 +14,10 @@ namespace tessera {
 
 namespace {
 
-constexpr double MARGIN = 6, HEAD = 5;  // pixels: beside the plot, and half the width of a handle's head
-constexpr double KEY_STEP = 0.01, KEY_LEAP = 0.1;
-constexpr double LEAST_APART = 0.002;  // of the axis: the contrast never turns round
+constexpr double g_dfMargin = 6,
+                 g_dfHead = 5;  // pixels: beside the plot, and half the width of a handle's head
+constexpr double g_dfKeyStep = 0.01, g_dfKeyLeap = 0.1;
+constexpr double g_dfLeastApart = 0.002;  // of the axis: the contrast never turns round
 
 QString valueText(double dfValue)
 {
@@ -49,7 +50,7 @@ void ContrastHistogram::setLimits(double dfLow, double dfHigh)
 QRectF ContrastHistogram::plot() const
 {
     const double dfText = fontMetrics().height();
-    return QRectF(rect()).adjusted(MARGIN, 3, -MARGIN, -dfText - HEAD - 3);
+    return QRectF(rect()).adjusted(g_dfMargin, 3, -g_dfMargin, -dfText - g_dfHead - 3);
 }
 
 double ContrastHistogram::handleX(bool bHigh) const
@@ -83,7 +84,8 @@ void ContrastHistogram::paintHandle(QPainter& painter, bool bHigh) const
     painter.drawLine(QPointF(dfX, plot().top()), QPointF(dfX, dfY));
     // Filled with what the value is shown as.
     painter.setBrush(bHigh ? Qt::white : Qt::black);
-    painter.drawPolygon(QPolygonF({{dfX, dfY}, {dfX - HEAD, dfY + HEAD + 2}, {dfX + HEAD, dfY + HEAD + 2}}));
+    painter.drawPolygon(
+        QPolygonF({{dfX, dfY}, {dfX - g_dfHead, dfY + g_dfHead + 2}, {dfX + g_dfHead, dfY + g_dfHead + 2}}));
 }
 
 void ContrastHistogram::paintEvent(QPaintEvent*)
@@ -104,8 +106,8 @@ void ContrastHistogram::paintEvent(QPaintEvent*)
     paintHandle(painter, m_bHigh);
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(palette().color(QPalette::WindowText));
-    const QRectF rcText(rcPlot.left(), rcPlot.bottom() + HEAD + 2, rcPlot.width(),
-                        height() - rcPlot.bottom() - HEAD - 2);
+    const QRectF rcText(rcPlot.left(), rcPlot.bottom() + g_dfHead + 2, rcPlot.width(),
+                        height() - rcPlot.bottom() - g_dfHead - 2);
     painter.drawText(rcText, Qt::AlignLeft | Qt::AlignVCenter, valueText(m_histogram.axis.first()));
     painter.drawText(rcText, Qt::AlignRight | Qt::AlignVCenter, valueText(m_histogram.axis.last()));
     if (m_histogram.axis.isLogarithmic()) {
@@ -126,9 +128,9 @@ void ContrastHistogram::moveHandle(double dfPlace)
         return;
     }
     if (m_bHigh) {
-        m_dfHigh = axis.value(std::max(dfPlace, axis.place(m_dfLow) + LEAST_APART));
+        m_dfHigh = axis.value(std::max(dfPlace, axis.place(m_dfLow) + g_dfLeastApart));
     } else {
-        m_dfLow = axis.value(std::min(dfPlace, axis.place(m_dfHigh) - LEAST_APART));
+        m_dfLow = axis.value(std::min(dfPlace, axis.place(m_dfHigh) - g_dfLeastApart));
     }
     update();
     if (m_dfLow < m_dfHigh) {
@@ -172,7 +174,7 @@ void ContrastHistogram::mouseDoubleClickEvent(QMouseEvent* pEvent)
 
 void ContrastHistogram::keyPressEvent(QKeyEvent* pEvent)
 {
-    const double dfStep = pEvent->modifiers() & Qt::ControlModifier ? KEY_LEAP : KEY_STEP;
+    const double dfStep = pEvent->modifiers() & Qt::ControlModifier ? g_dfKeyLeap : g_dfKeyStep;
     const double dfPlace = m_histogram.axis.place(m_bHigh ? m_dfHigh : m_dfLow);
     switch (pEvent->key()) {
         case Qt::Key_Left:

@@ -49,7 +49,7 @@ void keepContrast(QSettings& settings, const QString& strSeries, const KeptContr
                           .arg(contrast.dfHigh, 0, 'g', 12)
                           .arg(int(contrast.bLogarithmic)) +
                       strSeries);
-    settings.setValue(QLatin1String(g_szKey), QStringList(listEntry.mid(0, KEPT_CONTRASTS)));
+    settings.setValue(QLatin1String(g_szKey), QStringList(listEntry.mid(0, g_nKeptContrasts)));
 }
 
 }  // namespace tessera

@@ -15,7 +15,7 @@ struct KeptContrast {
 };
 
 /// Series of which the contrast is kept; the one that was changed longest ago goes first.
-constexpr int KEPT_CONTRASTS = 50;
+constexpr int g_nKeptContrasts = 50;
 
 /// What was kept of a series; none where nothing was, or what the settings hold of it is damaged.
 /// @param strSeries  its project, full path

@@ -56,8 +56,8 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     m_pTiltRelaxationSpin = makeSpin(this, &DataSet::m_dfTiltRelaxation);
 
     auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
-    m_pContrastMinSpin = makeDoubleSpin(pContrast, CONTRAST_LOW, CONTRAST_HIGH, 2, 10, 0);
-    m_pContrastMaxSpin = makeDoubleSpin(pContrast, CONTRAST_LOW, CONTRAST_HIGH, 2, 10, 0);
+    m_pContrastMinSpin = makeDoubleSpin(pContrast, nContrastLow, nContrastHigh, 2, 10, 0);
+    m_pContrastMaxSpin = makeDoubleSpin(pContrast, nContrastLow, nContrastHigh, 2, 10, 0);
     auto* pContrastLayout = new QGridLayout(pContrast);
     pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
     pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);

@@ -22,7 +22,7 @@ class FramesPage : public QWidget {
 public:
     explicit FramesPage(QWidget* pParent = nullptr);
 
-    static constexpr int CONTRAST_LOW = -1000000, CONTRAST_HIGH = 1000000;  ///< of the contrast boxes
+    static constexpr int nContrastLow = -1000000, nContrastHigh = 1000000;  ///< of the contrast boxes
 
     /// Shows the axis with so many decimals, without a word to those who listen.
     void setAxisDecimals(int nDecimals);
