@@ -215,7 +215,7 @@ void chooseReflection(benchmark::State& state)
         bytesProject += "FILE none.mrc " + bytesTilt + " 0 " + bytesTilt + '\n';
         bytesShift += QByteArray::number(i + 1) + " 0 0\n";
         int nOnFrame = 0;
-        const QList<QByteArray> listLine = vecLines[size_t(i)].split('\n');
+        const QList<QByteArray> listLine = vecLines[i].split('\n');
         for (const QByteArray& bytesLine : listLine)
             if (!bytesLine.isEmpty())
                 bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, nOnFrame++).toLatin1() +

@@ -278,14 +278,14 @@ QString summaryText(const QList<SummaryRow>& listRow)
     std::vector<int> vecWidth(size_t(nColumns), 0);
     for (const QStringList& listText : listLine) {
         for (int i = 0; i + 1 < nColumns; ++i) {
-            vecWidth[size_t(i)] = std::max(vecWidth[size_t(i)], listText[i].size());
+            vecWidth[i] = std::max(vecWidth[i], listText[i].size());
         }
     }
     QString strTable;
     for (const QStringList& listText : listLine) {
         QString strLine;
         for (int i = 0; i < nColumns; ++i) {
-            const int nWidth = vecWidth[size_t(i)];
+            const int nWidth = vecWidth[i];
             const QString strText = listText[i];
             strLine += i < nTextColumns ? strText.leftJustified(nWidth) : strText.rightJustified(nWidth);
             strLine += QLatin1String("  ");

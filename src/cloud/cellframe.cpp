@@ -111,7 +111,7 @@ std::optional<std::array<int, 3>> readDirection(const QString& strText, QString*
         if (!bOk || std::abs(n) > g_nGreatestIndex) {
             return refuse(QStringLiteral("%1 is beyond %2").arg(listNumber[i]).arg(g_nGreatestIndex));
         }
-        anIndex[size_t(i)] = n;
+        anIndex[i] = n;
     }
     if (anIndex == std::array<int, 3>{0, 0, 0}) {
         return refuse(QStringLiteral("0 0 0 is no direction"));

@@ -20,7 +20,7 @@ public:
     /// u·a + v·b + w·c, Å. Its product with a place in reciprocal space is u·h + v·k + w·l of the place.
     DoubleVector zone(const std::array<int, 3>& anIndex) const;
     /// a*, b* or c* (nAxis 0, 1, 2), Å⁻¹.
-    const DoubleVector& reciprocal(int nAxis) const { return m_aReciprocal[size_t(nAxis)]; }
+    const DoubleVector& reciprocal(int nAxis) const { return m_aReciprocal[nAxis]; }
 
 private:
     std::array<DoubleVector, 3> m_aDirect = {};

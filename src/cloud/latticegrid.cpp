@@ -20,13 +20,13 @@ class CShellCount {
 public:
     explicit CShellCount(int nGreatest) : m_vecCount(size_t(nGreatest) + 2), m_vecChange(m_vecCount.size()) {}
 
-    void add(int nShell, qint64 nCount) { m_vecCount[size_t(nShell)] += nCount; }
+    void add(int nShell, qint64 nCount) { m_vecCount[nShell] += nCount; }
     // One in each of the shells.
     void addEach(int nFirst, int nLast)
     {
         if (nFirst > nLast)
             return;
-        m_vecChange[size_t(nFirst)]++;
+        m_vecChange[nFirst]++;
         m_vecChange[size_t(nLast) + 1]--;
     }
     // Shells from the origin on that hold at most nMost together, and what then is left of nMost. Each
@@ -36,8 +36,8 @@ public:
         qint64 nEach = 0;
         m_nSpare = nMost;
         for (m_nWhole = 0; size_t(m_nWhole) < m_vecCount.size(); m_nWhole++) {
-            nEach += m_vecChange[size_t(m_nWhole)];
-            const qint64 nShell = m_vecCount[size_t(m_nWhole)] + nEach;
+            nEach += m_vecChange[m_nWhole];
+            const qint64 nShell = m_vecCount[m_nWhole] + nEach;
             if (nShell > m_nSpare)
                 break;
             m_nSpare -= nShell;

@@ -89,7 +89,7 @@ bool CPointGroups::mergeGroups(const QList<int>& listGroup)
     std::vector<char> vecMember(m_vecSelected.size(), 0);
     for (int nGroup : listSorted)
         for (int nPoint : m_listGroupPoint[nGroup])
-            vecMember[size_t(nPoint)] = 1;
+            vecMember[nPoint] = 1;
     QList<int> listUnion;
     for (size_t i = 0; i < vecMember.size(); i++)
         if (vecMember[i])
@@ -135,10 +135,10 @@ void CPointGroups::select(const QList<int>& listPoint, bool bAdd)
         clearSelection();
     for (int nPoint : listPoint)
         if (nPoint >= 0 && nPoint < pointCount())
-            m_vecSelected[size_t(nPoint)] = 1;
+            m_vecSelected[nPoint] = 1;
     m_listSelected.clear();
     for (int i = 0; i < pointCount(); i++)
-        if (m_vecSelected[size_t(i)])
+        if (m_vecSelected[i])
             m_listSelected.append(i);
 }
 

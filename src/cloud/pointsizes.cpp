@@ -41,7 +41,7 @@ PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::
     }
     const float fRange = classes.fGreatest - classes.fSmallest;
     for (int k = 0; k < 64; k++)
-        classes.m_fSizeClass[size_t(k)] = float(k) * fRange / 63.f + classes.fSmallest;
+        classes.m_fSizeClass[k] = float(k) * fRange / 63.f + classes.fSmallest;
     for (size_t i = 0; i < vecSize.size(); i++) {
         if (!vecVisible[i])
             continue;

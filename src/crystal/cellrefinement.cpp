@@ -48,13 +48,13 @@ int residuals(void* pData, int m, int n, const double* x, double* fvec, double* 
     const FitData& data = *static_cast<const FitData*>(pData);
     if (iflag == 1) {
         for (int i = 0; i < m; ++i) {
-            const FitRow& row = data[std::size_t(i)];
+            const FitRow& row = data[i];
             fvec[i] = row.form(x) - row.dfDStar * row.dfDStar;
         }
     } else if (iflag == 2) {
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < m; ++i)
-                fjac[std::size_t(j) * std::size_t(ldfjac) + std::size_t(i)] = data[std::size_t(i)].dfTerm[j];
+                fjac[std::size_t(j) * std::size_t(ldfjac) + std::size_t(i)] = data[i].dfTerm[j];
     }
     return 0;
 }
@@ -175,7 +175,7 @@ std::optional<CellRefinement> unitCellRefinement(const QList<Peak3D>& listPeak,
     report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
     QStringList listOpen;
     for (int i = 0; i < g_nParam; ++i)
-        if (fit.m_vecOpen[std::size_t(i)])
+        if (fit.m_vecOpen[i])
             listOpen.append(QString(QLatin1Char(char('A' + i))));
     if (!listOpen.isEmpty())
         report.addMessage(

@@ -33,10 +33,10 @@ CSymOp CSymTable::operation(int nPoint, int nX, int nY, int nZ) const
             throw std::out_of_range("Translation vector index out of range!");
     CSymOp op;
     for (int n = 0; n < 9; ++n)
-        op.dfRotation[n] = vecPoint[std::size_t(nPoint)][std::size_t(n)];
-    op.dfTranslation[0] = vecTranslation[std::size_t(nX)];
-    op.dfTranslation[1] = vecTranslation[std::size_t(nY)];
-    op.dfTranslation[2] = vecTranslation[std::size_t(nZ)];
+        op.dfRotation[n] = vecPoint[nPoint][n];
+    op.dfTranslation[0] = vecTranslation[nX];
+    op.dfTranslation[1] = vecTranslation[nY];
+    op.dfTranslation[2] = vecTranslation[nZ];
     return op;
 }
 

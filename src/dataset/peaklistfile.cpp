@@ -156,7 +156,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
                            .arg(nFrames));
             return 0;
         }
-        ++vecCount[size_t(line.nFrame)];
+        ++vecCount[line.nFrame];
     }
 
     QList<QList<Peak3D>> listPeakFrame;
@@ -164,8 +164,8 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
     listPeakFrame.reserve(nFrames);
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
         listPeakFrame.append(QList<Peak3D>());
-        listPeakFrame.last().reserve(vecCount[size_t(nFrame)]);
-        vecPeakGroup[nFrame].reserve(vecCount[size_t(nFrame)]);
+        listPeakFrame.last().reserve(vecCount[nFrame]);
+        vecPeakGroup[nFrame].reserve(vecCount[nFrame]);
     }
     // Most peaks of a list have the mask of the one before, and so can share its list of groups.
     quint64 nMask = 0;

@@ -49,8 +49,8 @@ void addPeak(const ExchangeGeometry& geometry, const GeometrySpot& spot, PeakSum
     sum.dfWeight += dfWeight;
     sum.dfX += dfWeight * flat[0];
     sum.dfY += dfWeight * flat[1];
-    sum.dfAngle += dfWeight * geometry.listAngle[size_t(spot.nFrame)];
-    const int nNumber = geometry.numbering.listNumber[size_t(spot.nFrame)];
+    sum.dfAngle += dfWeight * geometry.listAngle[spot.nFrame];
+    const int nNumber = geometry.numbering.listNumber[spot.nFrame];
     sum.nFirst = sum.nPeaks == 0 ? nNumber : std::min(sum.nFirst, nNumber);
     sum.nLast = sum.nPeaks == 0 ? nNumber : std::max(sum.nLast, nNumber);
     sum.anIndex = spot.anIndex;
@@ -147,7 +147,7 @@ std::vector<ExchangeReflection> exchangeReflections(const ExchangeGeometry& geom
     listSpot.erase(std::remove_if(listSpot.begin(), listSpot.end(), isLost), listSpot.end());
     std::vector<PeakSum> listSum(size_t(numberChains(listSpot)));
     for (const GeometrySpot& spot : listSpot) {
-        addPeak(geometry, spot, listSum[size_t(spot.nChain)]);
+        addPeak(geometry, spot, listSum[spot.nChain]);
     }
     std::vector<ExchangeReflection> list;
     for (const PeakSum& sum : listSum) {

@@ -86,8 +86,8 @@ QByteArray petsInput(const ExchangeGeometry& geometry, const PetsOptions& option
     bytes += distortionText(geometry.source.plane);
     bytes += "\n# file, alpha and beta in degrees, in the middle of the frame\nimagelist\n";
     for (int n = 0; n < options.listFile.size(); ++n) {
-        bytes += options.listFile[n].toUtf8() + ' ' +
-                 number(options.listAlpha[size_t(n)], 4).rightJustified(10) + "     0.0000\n";
+        bytes += options.listFile[n].toUtf8() + ' ' + number(options.listAlpha[n], 4).rightJustified(10) +
+                 "     0.0000\n";
     }
     bytes += "endimagelist\n";
     return sealed(bytes);

@@ -105,9 +105,8 @@ std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool&
     Eigen::Matrix3d matTransform, matReciprocal;  // in rows: axes of the setting; in columns: a*, b*, c*
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            matTransform(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
-                                    symmetry.nDenominator;
-            matReciprocal(nRow, n) = result.series.geometry.aBasis[size_t(n)][size_t(nRow)];
+            matTransform(nRow, n) = double(symmetry.anTransform[nRow][n]) / symmetry.nDenominator;
+            matReciprocal(nRow, n) = result.series.geometry.aBasis[n][nRow];
         }
     }
     // The y axis of the laboratory frame points to the other side.
@@ -117,7 +116,7 @@ std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool&
     std::array<DoubleVector, 3> aReciprocal;
     for (int n = 0; n < 3; ++n) {
         for (int nRow = 0; nRow < 3; ++nRow) {
-            aReciprocal[size_t(n)][size_t(nRow)] = bReversed ? -matSetting(nRow, n) : matSetting(nRow, n);
+            aReciprocal[n][nRow] = bReversed ? -matSetting(nRow, n) : matSetting(nRow, n);
         }
     }
     return aReciprocal;
@@ -163,7 +162,7 @@ QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOption
     }
     for (size_t n = 0; n < listFrame.size(); ++n) {
         const VirtualFrame& frame = listFrame[n];
-        const double dfAngle = (listAngle[size_t(frame.nFirst)] + listAngle[size_t(frame.nLast)]) / 2;
+        const double dfAngle = (listAngle[frame.nFirst] + listAngle[frame.nLast]) / 2;
         const ZoneAxisFrame zone = zoneAxisFrame(aReciprocal, result.series.geometry.turn.outOfPlane,
                                                  dfAngle);
         bytes += QByteArray::number(int(n) + 1).rightJustified(4);
@@ -183,7 +182,7 @@ QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOption
     }
     for (size_t n = 0; n < listFrame.size(); ++n) {
         for (const int nObservation : listFrame[n].listObservation) {
-            const Observation& one = result.integrated.listObservation[size_t(nObservation)];
+            const Observation& one = result.integrated.listObservation[nObservation];
             for (const int nIndex : conventionalIndex(result.chosen.symmetry, one.anIndex)) {
                 bytes += QByteArray::number(bReversed ? -nIndex : nIndex).rightJustified(4);
             }

@@ -120,7 +120,7 @@ void flattenLines(Map& map, bool bRows)
     for (int i = 0; i < nLines; ++i) {
         std::vector<float> vecNear(vecMedian.begin() + std::max(i - nReach, 0),
                                    vecMedian.begin() + std::min(i + nReach + 1, nLines));
-        const float fExcess = vecMedian[size_t(i)] - medianOf(vecNear);
+        const float fExcess = vecMedian[i] - medianOf(vecNear);
         for (int j = 0; j < nLength; ++j)
             (bRows ? map.at(j, i) : map.at(i, j)) -= fExcess;
     }
@@ -213,12 +213,12 @@ std::vector<float> smoothedTrack(const std::vector<float>& vec)
     for (int i = 1; i < n - 1; ++i) {
         const int nReach = std::min({2, i, n - 1 - i});
         std::vector<float> vecNear(vec.begin() + i - nReach, vec.begin() + i + nReach + 1);
-        vecResult[size_t(i)] = medianOf(vecNear);
+        vecResult[i] = medianOf(vecNear);
     }
     const auto smoothEnd = [&](int nEnd, int nNext, int nThird) {
-        const float fNext = vecResult[size_t(nNext)];
-        std::vector<float> vecThree{vec[size_t(nEnd)], fNext, 3 * fNext - 2 * vecResult[size_t(nThird)]};
-        vecResult[size_t(nEnd)] = medianOf(vecThree);
+        const float fNext = vecResult[nNext];
+        std::vector<float> vecThree{vec[nEnd], fNext, 3 * fNext - 2 * vecResult[nThird]};
+        vecResult[nEnd] = medianOf(vecThree);
     };
     if (n > 2) {
         smoothEnd(0, 1, 2);

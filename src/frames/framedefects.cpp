@@ -139,7 +139,7 @@ int borderWidth(const std::vector<FrameSigns>& vecFrame, size_t nEdge)
     const double dfLimit = std::max(
         {dfShare * std::fabs(dfInner), dfTimes * double(*itGreatest - *itLeast), 1e-30});
     int nWidth = 0;
-    while (nWidth < g_nBorderLines && std::fabs(double(afLevel[size_t(nWidth)]) - dfInner) > dfLimit) {
+    while (nWidth < g_nBorderLines && std::fabs(double(afLevel[nWidth]) - dfInner) > dfLimit) {
         ++nWidth;
     }
     return nWidth <= g_nMostBorder ? nWidth : 0;

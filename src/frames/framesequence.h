@@ -111,7 +111,7 @@ private:
         std::unique_lock<std::mutex> lock(m_mutex);
         m_nTaken = nFrame;
         m_changed.notify_all();
-        DoneFrame& done = m_vecDone[size_t(nFrame % m_nPlaces)];
+        DoneFrame& done = m_vecDone[nFrame % m_nPlaces];
         m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
         done.nFrame = -1;
         if (done.pError)
@@ -138,7 +138,7 @@ private:
                 pError = std::current_exception();
             }
             lock.lock();
-            DoneFrame& done = m_vecDone[size_t(nFrame % m_nPlaces)];
+            DoneFrame& done = m_vecDone[nFrame % m_nPlaces];
             done.result = std::move(result);
             done.pError = pError;
             done.nFrame = nFrame;

@@ -94,9 +94,9 @@ private:
             if (nBeside < 0 || nBeside >= nHeight) {
                 continue;
             }
-            size_t nOther = m_vecRow[size_t(nBeside)];
+            size_t nOther = m_vecRow[nBeside];
             const size_t nOtherEnd = m_vecRow[size_t(nBeside) + 1];
-            for (size_t nRun = m_vecRow[size_t(y)]; nRun < m_vecRow[size_t(y) + 1]; ++nRun) {
+            for (size_t nRun = m_vecRow[y]; nRun < m_vecRow[size_t(y) + 1]; ++nRun) {
                 for (int x = m_vecRun[nRun].nFirst; x <= m_vecRun[nRun].nLast; ++x) {
                     Side& side = vecSide[m_vecStart[nRun] + size_t(x - m_vecRun[nRun].nFirst)];
                     while (nOther < nOtherEnd && m_vecRun[nOther].nLast < x) {

@@ -25,7 +25,7 @@ void columnReaches(int nRadius, int nColumns, std::vector<int>& vecReach)
     for (int nDx = 0; nDx <= std::min(nRadius, nColumns); ++nDx) {
         while (qint64(nDx) * nDx + qint64(nReach) * nReach > qint64(nRadius) * nRadius)
             --nReach;
-        vecReach[size_t(nDx)] = nReach;
+        vecReach[nDx] = nReach;
     }
 }
 
@@ -56,7 +56,7 @@ void MakeIntegrationWindows(const QList<double>& listX, const QList<double>& lis
         return;
     vecWindow.resize(size_t(listX.size()));
     for (int i = 0; i < listX.size(); ++i) {
-        RefIntPara& window = vecWindow[size_t(i)];
+        RefIntPara& window = vecWindow[i];
         window.nRadius = std::max(nRadius, 0);
         window.nBackground = std::max(nBackground, 0);
         window.nX = roundPosition(listX[i]);

@@ -47,7 +47,7 @@ bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& p
     IntegratePeaks(imgSmooth, vecWindow);
     for (int j = 0; j < listPeak.size(); ++j) {
         listPeak[j].dfIPoint = listIPoint[j];
-        listPeak[j].dfI2D = double(vecWindow[std::size_t(j)].fIntensity);
+        listPeak[j].dfI2D = double(vecWindow[j].fIntensity);
     }
     return true;
 }

@@ -28,7 +28,7 @@ bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CA
         fnRow(y, vecRow.data());
         COMPLEX* pRow = pSpectrum + qint64(y) * nWidth;
         for (int x = 0; x < nWidth; ++x)
-            pRow[x] = {vecRow[size_t(x)], 0.f};
+            pRow[x] = {vecRow[x], 0.f};
     }
     return fft.Transform(pSpectrum, nWidth, nHeight, -1) != 0;
 }
@@ -73,7 +73,7 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
         narrow.fill(nRow, pRow);
         wide.fill(nRow, vecWide.data());
         for (int x = 0; x < nWidth; ++x)
-            pRow[x] -= vecWide[size_t(x)];
+            pRow[x] -= vecWide[x];
     };
     if (!transformKernel(difference, fft, nWidth, nHeight, pSpectrum))
         return false;

@@ -54,11 +54,11 @@ FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
                                 options.bConstantBackground, options.nJobs);
     for (int j = 0; j < listPeak.size(); ++j) {
         const Peak3D& peak = listPeak[j];
-        const QPointF ptFit(fitted.vecX[std::size_t(j)], fitted.vecY[std::size_t(j)]);
+        const QPointF ptFit(fitted.vecX[j], fitted.vecY[j]);
         const bool bBelieved = std::fabs(ptFit.x() - peak.dfX2D) <= g_nFitHalfSize &&
                                std::fabs(ptFit.y() - peak.dfY2D) <= g_nFitHalfSize && liesInside(img, ptFit);
         fitted.listPosition.append(bBelieved ? ptFit : QPointF(peak.dfX2D, peak.dfY2D));
-        const std::vector<double>& vecFit = fitted.vecFit[std::size_t(j)];
+        const std::vector<double>& vecFit = fitted.vecFit[j];
         fitted.listQuality.append(bBelieved ? FitQuality{vecFit[6], vecFit[8], vecFit[10]} : FitQuality{});
         if (!bBelieved)
             fitted.vecLost.push_back(j);
@@ -237,10 +237,9 @@ RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
             QList<Peak3D> listRefined;
             for (int j = 0; j < listPeak.size(); ++j) {
-                const std::vector<double>& vecFit = fitted.vecFit[std::size_t(j)];
-                strTable += longTableRow(listPeak[j], nFrame,
-                                         QPointF(fitted.vecX[std::size_t(j)], fitted.vecY[std::size_t(j)]),
-                                         vecFit, geometry);
+                const std::vector<double>& vecFit = fitted.vecFit[j];
+                strTable += longTableRow(listPeak[j], nFrame, QPointF(fitted.vecX[j], fitted.vecY[j]), vecFit,
+                                         geometry);
                 Peak3D peak = listPeak[j];
                 peak.dfX2DCorrected = peak.dfX2D;
                 peak.dfY2DCorrected = peak.dfY2D;

@@ -52,9 +52,9 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
     const SeriesSnapshot series(dataSet);
     const auto makeWorker = [&] {
         return [&, fnLook = fnMakeLook()](int i) {
-            const QString& strFile = series.listFrameFile[vecFrame[size_t(i)]];
+            const QString& strFile = series.listFrameFile[vecFrame[i]];
             SampledFrame<Result> frame;
-            const ImageList vecImage = sampledImages(frameSource(series, vecFrame[size_t(i)]), frame.report);
+            const ImageList vecImage = sampledImages(frameSource(series, vecFrame[i]), frame.report);
             if (vecImage.empty())
                 return frame;
             const CImgObj<float>& img = *vecImage.front();

@@ -21,8 +21,8 @@ QList<int> findShiftJumps(const QList<QPointF>& listShift, double dfLimit)
         int nCount = 0;
         for (int i = nFirst; i < nFirst + 5; ++i) {
             if (i != n) {
-                adfX[size_t(nCount)] = listShift[i].x();
-                adfY[size_t(nCount++)] = listShift[i].y();
+                adfX[nCount] = listShift[i].x();
+                adfY[nCount++] = listShift[i].y();
             }
         }
         std::sort(adfX.begin(), adfX.end());

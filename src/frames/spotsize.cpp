@@ -38,7 +38,7 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
     for (int y = 1; y + 1 < nHeight; ++y) {
         const float* pf = img.Data() + qint64(y) * nWidth;
         for (int x = 0; x < nWidth; ++x) {
-            vecColumn[size_t(x)] = pf[x - nWidth] + 2 * pf[x] + pf[x + nWidth];
+            vecColumn[x] = pf[x - nWidth] + 2 * pf[x] + pf[x + nWidth];
         }
         float* pfSmooth = imgSmooth.Data() + qint64(y) * nWidth;
         pfSmooth[0] = pfSmooth[nWidth - 1] = 0;

@@ -114,7 +114,7 @@ FrameLines linesOfFrame(const CImgObj<float>& imgFrame)
             pnStraight[x] += std::fabs(p[x - 1] - 2 * p[x] + p[x + 1]) <= fTolerance ? 1 : 0;
             nStraight += std::fabs(pUp[x] - 2 * p[x] + pDown[x]) <= fTolerance ? 1 : 0;
         }
-        lines.rows.m_vecLine[size_t(y)] = {nWidth - 2, nAlong, nAcross, nStraight};
+        lines.rows.m_vecLine[y] = {nWidth - 2, nAlong, nAcross, nStraight};
     }
     for (size_t x = 1; x + 1 < vecAlong.size() && nHeight > 2; ++x) {
         lines.columns.m_vecLine[x] = {nHeight - 2, vecAlong[x], vecAcross[x], vecStraight[x]};

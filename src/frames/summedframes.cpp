@@ -69,7 +69,7 @@ public:
         if (groups() == 0)
             return refuseRun(m_report, QStringLiteral("There is no beam tilt series to sum."));
         for (int n = 0; n < groups(); ++n)
-            say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[size_t(n)])));
+            say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[n])));
         QStringList listTarget;
         for (int n = 0; n < groups(); ++n)
             listTarget.append(targetOf(n));
@@ -142,9 +142,9 @@ private:
     {
         m_imgSum.Clear();
         m_mapMissing.clear();
-        const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
+        const std::vector<int>& vecFrame = m_vecGroup[nGroup];
         CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, m_report);
-        const RunOutcome outcome = walk.run([&](int n) { return addFrame(vecFrame[size_t(n)]); });
+        const RunOutcome outcome = walk.run([&](int n) { return addFrame(vecFrame[n]); });
         m_bStopped = outcome.end == RunEnd::Stopped;
         completeSum(int(vecFrame.size()));
         return outcome.end == RunEnd::Finished;
@@ -211,7 +211,7 @@ private:
         m_bStopped = !m_report.goOn();  // the sum is seen, of the last group too; it is written all the same
         scaleSum();
         const bool bSaved = writeOutput(targetOf(nGroup));
-        const std::vector<int>& vecFrame = m_vecGroup[size_t(nGroup)];
+        const std::vector<int>& vecFrame = m_vecGroup[nGroup];
         const double dfFirst = m_series.listTilt.value(vecFrame.front());
         const double dfLast = m_series.listTilt.value(vecFrame.back());
         say(QStringLiteral("#%1:%2: %3 %4")

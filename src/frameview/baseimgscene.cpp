@@ -76,7 +76,7 @@ QSize BaseImgScene::imageSize() const
 {
     if (!isIndexOf(m_vecImage, m_nCurrentIndex))
         return {-1, -1};
-    const auto& image = *m_vecImage[std::size_t(m_nCurrentIndex)];
+    const auto& image = *m_vecImage[m_nCurrentIndex];
     return {image.Width(), image.Height()};
 }
 
@@ -191,7 +191,7 @@ void BaseImgScene::updateScene()
 {
     if (!isIndexOf(m_vecImage, m_nCurrentIndex))
         return;
-    const auto& image = *m_vecImage[std::size_t(m_nCurrentIndex)];
+    const auto& image = *m_vecImage[m_nCurrentIndex];
     if (image.Data())
         setSceneRect(0.0, 0.0, image.Width(), image.Height());
     m_pImageItem->setPixmap(pixmapOf(image, *m_pPalette));
@@ -212,9 +212,9 @@ bool BaseImgScene::switchToIndex(int nIndex)
 void BaseImgScene::updateOverlay()
 {
     const bool bShow = m_bOverlay && isIndexOf(m_vecOverlay, m_nCurrentIndex) &&
-                       m_vecOverlay[std::size_t(m_nCurrentIndex)];  // an image need not have one
+                       m_vecOverlay[m_nCurrentIndex];  // an image need not have one
     if (bShow)
-        m_pOverlayItem->setPixmap(pixmapOf(*m_vecOverlay[std::size_t(m_nCurrentIndex)], m_vecOverlayColor));
+        m_pOverlayItem->setPixmap(pixmapOf(*m_vecOverlay[m_nCurrentIndex], m_vecOverlayColor));
     m_pOverlayItem->setVisible(bShow);
 }
 

@@ -29,7 +29,7 @@ const std::array<QVector<QRgb>, 4> g_aPalette = makePalettes();
 
 const QVector<QRgb>* paletteTable(int nIndex)
 {
-    return nIndex >= 0 && nIndex < int(g_aPalette.size()) ? &g_aPalette[std::size_t(nIndex)] : nullptr;
+    return nIndex >= 0 && nIndex < int(g_aPalette.size()) ? &g_aPalette[nIndex] : nullptr;
 }
 
 QVector<QRgb> overlayColorTable(int nAlpha)

@@ -171,7 +171,7 @@ int DM3File::GetDimension(int nIndex) const
     const TagDirectory* pDimensions = pImage ? asGroup(FindTag(*pImage, "Dimensions")) : nullptr;
     int nValue = 0;
     if (pDimensions && static_cast<size_t>(nIndex) < pDimensions->vecChild.size())
-        readInt(pDimensions->vecChild[static_cast<size_t>(nIndex)].get(), nValue);
+        readInt(pDimensions->vecChild[nIndex].get(), nValue);
     return nValue;
 }
 

@@ -59,7 +59,7 @@ bool fetchByLibrary(hid_t idDataSet, const Hdf5Layout& layout, const Hdf5Plane& 
     std::vector<hsize_t> vecCount(layout.vecLength.size(), 1);
     for (int nAxis : {plane.nRowAxis, plane.nColumnAxis}) {
         if (nAxis >= 0) {
-            vecCount[size_t(nAxis)] = layout.vecLength[size_t(nAxis)];
+            vecCount[nAxis] = layout.vecLength[nAxis];
         }
     }
     if (!vecCount.empty() && H5Sselect_hyperslab(idSpace, H5S_SELECT_SET, plane.vecPlace.data(), nullptr,
@@ -78,18 +78,18 @@ std::vector<Hdf5Fetched::Chunk> chunksOf(const Hdf5Layout& layout, const Hdf5Pla
     for (size_t i = 0; i < vecFirst.size(); ++i) {
         vecFirst[i] = plane.vecPlace[i] / layout.vecChunk[i] * layout.vecChunk[i];
     }
-    const auto ends = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecLength[size_t(nAxis)]; };
-    const auto step = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecChunk[size_t(nAxis)]; };
+    const auto ends = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecLength[nAxis]; };
+    const auto step = [&](int nAxis) { return nAxis < 0 ? hsize_t(1) : layout.vecChunk[nAxis]; };
     std::vector<Hdf5Fetched::Chunk> vecChunk;
     for (hsize_t y = 0; y < ends(plane.nRowAxis); y += step(plane.nRowAxis)) {
         for (hsize_t x = 0; x < ends(plane.nColumnAxis); x += step(plane.nColumnAxis)) {
             Hdf5Fetched::Chunk chunk;
             chunk.vecPlace = vecFirst;
             if (plane.nRowAxis >= 0) {
-                chunk.vecPlace[size_t(plane.nRowAxis)] = y;
+                chunk.vecPlace[plane.nRowAxis] = y;
             }
             if (plane.nColumnAxis >= 0) {
-                chunk.vecPlace[size_t(plane.nColumnAxis)] = x;
+                chunk.vecPlace[plane.nColumnAxis] = x;
             }
             vecChunk.push_back(chunk);
         }
@@ -103,8 +103,8 @@ bool canHoldChunks(const Hdf5Layout& layout, const Hdf5Plane& plane)
     uint64_t nChunks = 1;
     for (int nAxis : {plane.nRowAxis, plane.nColumnAxis}) {
         if (nAxis >= 0) {
-            const hsize_t nChunk = layout.vecChunk[size_t(nAxis)];
-            const uint64_t nAlong = (layout.vecLength[size_t(nAxis)] - 1) / nChunk + 1;
+            const hsize_t nChunk = layout.vecChunk[nAxis];
+            const uint64_t nAlong = (layout.vecLength[nAxis] - 1) / nChunk + 1;
             if (nAlong > layout.nFileSize / 4) {
                 return false;
             }
@@ -201,12 +201,12 @@ void copyFromChunk(const Hdf5Layout& layout, const Hdf5Plane& plane, const Hdf5F
 
 uint64_t rowsOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
-    return plane.nRowAxis < 0 ? 1 : layout.vecLength[size_t(plane.nRowAxis)];
+    return plane.nRowAxis < 0 ? 1 : layout.vecLength[plane.nRowAxis];
 }
 
 uint64_t columnsOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
-    return plane.nColumnAxis < 0 ? 1 : layout.vecLength[size_t(plane.nColumnAxis)];
+    return plane.nColumnAxis < 0 ? 1 : layout.vecLength[plane.nColumnAxis];
 }
 
 bool isOnePiece(const Hdf5Layout& layout, const Hdf5Plane& plane)

@@ -199,7 +199,7 @@ std::vector<char> seamsOf(int nPixels, int nChips)
     std::vector<char> vecSeam(size_t(nPixels), 0);
     const int nSeam = seamWidth(nPixels, nChips);
     for (int n = 0; nSeam > 0 && n < nPixels; ++n) {
-        vecSeam[size_t(n)] = n % (g_nMibChip + nSeam) >= g_nMibChip;
+        vecSeam[n] = n % (g_nMibChip + nSeam) >= g_nMibChip;
     }
     return vecSeam;
 }
@@ -220,7 +220,7 @@ void maskSeams(const MibHeader& header, CImgObj<float>& image)
     for (int y = 0; y < image.Height(); ++y) {
         float* pfRow = image.Data() + size_t(y) * size_t(image.Width());
         for (int x = 0; x < image.Width(); ++x) {
-            if (vecRow[size_t(y)] || vecColumn[size_t(x)]) {
+            if (vecRow[y] || vecColumn[x]) {
                 pfRow[x] = std::numeric_limits<float>::quiet_NaN();
             }
         }

@@ -74,7 +74,7 @@ bool readPlain(CTiffBytes& tiff, const TiffLayout& layout, float* pfImage, QStri
     const bool bRead = layout.bTiled
                            ? readSegments(layout, rows,
                                           [&](int nSegment, uint64_t nBytes, uint8_t* p) {
-                                              return tiff.read(layout.vecPlace[size_t(nSegment)], nBytes, p);
+                                              return tiff.read(layout.vecPlace[nSegment], nBytes, p);
                                           })
                            : readStrips(tiff, layout, rows);
     if (!bRead) {

@@ -364,7 +364,7 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
         for (int i = 0; i < nLines; i++) {
             const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
             for (int x = 0; x < nWidth; x++)
-                vecRow[std::size_t(x)] = pRow[x].im * fScale + fConstantB;
+                vecRow[x] = pRow[x].im * fScale + fConstantB;
             fnRowB(y + i, vecRow.data());
         }
     });

@@ -78,8 +78,8 @@ void CDF2::MakeTables(int n)
     m_vecTwiddleIm.resize(std::size_t(n));
     for (int i = 0; i < n; i++) {
         const double dfAngle = 2.0 * m_dfPi * i / n;
-        m_vecTwiddleRe[std::size_t(i)] = std::cos(dfAngle);
-        m_vecTwiddleIm[std::size_t(i)] = -std::sin(dfAngle);
+        m_vecTwiddleRe[i] = std::cos(dfAngle);
+        m_vecTwiddleIm[i] = -std::sin(dfAngle);
     }
     int nLargest = 10;
     for (int i = 0; i < m_nFactors; i++)
@@ -190,8 +190,8 @@ void CDF2::RadixOdd(int nRadix, Z* z)
     double* pDiffIm = m_vecDiffIm.data();
     if (m_nTrigRadix != nRadix) {
         for (int j = 0; j < nRadix; j++) {
-            m_vecTrigRe[std::size_t(j)] = std::cos(2.0 * m_dfPi * j / nRadix);
-            m_vecTrigIm[std::size_t(j)] = std::sin(2.0 * m_dfPi * j / nRadix);
+            m_vecTrigRe[j] = std::cos(2.0 * m_dfPi * j / nRadix);
+            m_vecTrigIm[j] = std::sin(2.0 * m_dfPi * j / nRadix);
         }
         m_nTrigRadix = nRadix;
     }

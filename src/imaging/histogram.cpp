@@ -38,7 +38,7 @@ int CHistogram::Fill(const float* pData, int n, int nBins)
             continue;
         // Rounding of the quotient must not push the largest sample out of the last bin.
         const int nBin = df == m_dfMax ? nBins - 1 : int((df - m_dfMin) * (nBins - 1) / dfRange);
-        m_vecBin[std::size_t(nBin)]++;
+        m_vecBin[nBin]++;
     }
     return 1;
 }
@@ -50,7 +50,7 @@ double CHistogram::Upper(double dfP) const
     int i = 0;
     double dfSum = 0.0;
     for (; i < m_nBins; i++) {
-        dfSum += m_vecBin[std::size_t(i)];
+        dfSum += m_vecBin[i];
         if (dfSum / m_nTotal > 1.0 - dfP)
             break;
     }
@@ -64,7 +64,7 @@ double CHistogram::Lower(double dfP) const
     int i = 0;
     double dfSum = 0.0;
     for (; i < m_nBins; i++) {
-        dfSum += m_vecBin[std::size_t(m_nBins - 1 - i)];
+        dfSum += m_vecBin[m_nBins - 1 - i];
         if (dfSum / m_nTotal > 1.0 - dfP)
             break;
     }

@@ -20,7 +20,7 @@ CGaussianRows::CGaussianRows(int nWidth, int nHeight, float fSigma) : m_nWidth(n
     m_vecTable.resize(std::size_t(nTable), 0.0);
     for (int i = 0; i < nTable; i++) {
         const double dfI = i;
-        m_vecTable[std::size_t(i)] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);
+        m_vecTable[i] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);
     }
 }
 

@@ -46,7 +46,7 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
     const double dfScale = std::log1p(double(fHigh) - double(fLow)) / (g_nBytes - 1);
     std::array<float, g_nBytes + 1> aBegin;
     for (int i = 0; i < g_nBytes; ++i)
-        aBegin[size_t(i)] = float(std::expm1(i * dfScale));
+        aBegin[i] = float(std::expm1(i * dfScale));
     aBegin[g_nBytes - 1] = std::min(aBegin[g_nBytes - 1], fHigh - fLow);
     aBegin[g_nBytes] = std::numeric_limits<float>::infinity();
 

@@ -37,12 +37,12 @@ std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
     for (int i = 0; i < nTarget; i++) {
         const float fPosition = float(std::int64_t(i) * nSource) / float(nTarget);
         const float fFraction = fPosition - std::floor(fPosition);
-        Taps& taps = vecTaps[std::size_t(i)];
+        Taps& taps = vecTaps[i];
         for (int k = 0; k < 4; k++) {
             const float fOffset = float(k - 1);
             const int nIndex = int(fPosition + fOffset);
-            taps.anIndex[std::size_t(k)] = nIndex < 0 ? 0 : (nIndex >= nSource ? nSource - 1 : nIndex);
-            taps.afWeight[std::size_t(k)] = weight(fOffset - fFraction);
+            taps.anIndex[k] = nIndex < 0 ? 0 : (nIndex >= nSource ? nSource - 1 : nIndex);
+            taps.afWeight[k] = weight(fOffset - fFraction);
         }
     }
     return vecTaps;
@@ -150,7 +150,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     std::vector<float> vecRow(vecX.size());
     const auto reaches = [&](const Taps& taps) {
         return std::any_of(taps.anIndex.begin(), taps.anIndex.end(),
-                           [&](int n) { return !(vecColumn[std::size_t(n)] < fLeast); });
+                           [&](int n) { return !(vecColumn[n] < fLeast); });
     };
     const auto anyReaches = [&] {
         return std::any_of(vecColumn.begin(), vecColumn.end(), [&](float f) { return !(f < fLeast); });
@@ -158,7 +158,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     float fBest = NAN;
     *pX = *pY = 0;
     for (int y = 0; y < nTargetHeight; y++) {
-        const Taps& tapsY = vecY[std::size_t(y)];
+        const Taps& tapsY = vecY[y];
         const std::array<const float*, 4> apRow = rowsOf(tapsY, pSource, nSourceWidth);
         for (std::size_t n = 0; n < vecColumn.size(); n++)
             vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
@@ -166,7 +166,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
             continue;
         resizeRow(vecX, tapsY, apRow, vecRow.data(), reaches);
         const int x = FindMaximumIndex(vecRow.data(), nTargetWidth);
-        const float f = vecRow[std::size_t(x)];
+        const float f = vecRow[x];
         if (f > fBest || (std::isnan(fBest) && !std::isnan(f))) {
             fBest = f;
             *pX = x;

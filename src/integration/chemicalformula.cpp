@@ -173,7 +173,7 @@ public:
         m_listReached[0] = 1;
         for (const int nCount : setCount) {
             for (int n = nCount; n < g_nMostTried; ++n) {
-                m_listReached[size_t(n)] |= m_listReached[size_t(n - nCount)];
+                m_listReached[n] |= m_listReached[n - nCount];
             }
         }
     }

@@ -40,9 +40,9 @@ public:
         Eigen::Matrix3d matToForce;
         for (int nRow = 0; nRow < 3; ++nRow) {
             for (int n = 0; n < 3; ++n) {
-                matToForce(nRow, n) = symmetry.anTransform[size_t(nRow)][size_t(n)];
+                matToForce(nRow, n) = symmetry.anTransform[nRow][n];
             }
-            const DoubleVector& axis = geometry.aBasis[size_t(nRow)];
+            const DoubleVector& axis = geometry.aBasis[nRow];
             m_matBasis.col(nRow) = Eigen::Vector3d(axis.data());
         }
         m_matBasis *= (matToForce / std::max(1, symmetry.nDenominator)).inverse();

@@ -33,7 +33,7 @@ struct Difference {
             for (int i = 0; i < 4; ++i) {
                 sum += p[i] * exp(-exp(p[4 + i]) * dfSquare);
             }
-            pResidual[n] = sum - adfTable[size_t(n)];
+            pResidual[n] = sum - adfTable[n];
         }
         return true;
     }
@@ -63,7 +63,7 @@ FourGaussians fitFrom(const Difference& difference, const gemmi::C4322<double>::
     }
     fit.c = p[8];
     for (int n = 0; n <= g_nSteps; ++n) {
-        fit.dfWorst = std::max(fit.dfWorst, std::abs(fit.value(stepAt(n)) - difference.adfTable[size_t(n)]));
+        fit.dfWorst = std::max(fit.dfWorst, std::abs(fit.value(stepAt(n)) - difference.adfTable[n]));
     }
     return fit;
 }
@@ -89,7 +89,7 @@ FourGaussians fourGaussians(gemmi::El element)
     const gemmi::C4322<double>::Coef& table = gemmi::C4322<double>::get(element);
     Difference difference;
     for (int n = 0; n <= g_nSteps; ++n) {
-        difference.adfTable[size_t(n)] = electronScattering(element, stepAt(n));
+        difference.adfTable[n] = electronScattering(element, stepAt(n));
     }
     FourGaussians best = fitFrom(difference, table, 0);
     for (int nJoined = 1; nJoined < 4; ++nJoined) {

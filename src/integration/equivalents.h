@@ -17,7 +17,7 @@ struct EquivalentGroups {
     std::vector<int> listMember;                ///< places of observations, in their order in each group
 
     int count() const { return int(listIndex.size()); }
-    int sizeOf(int nGroup) const { return listStart[size_t(nGroup) + 1] - listStart[size_t(nGroup)]; }
+    int sizeOf(int nGroup) const { return listStart[size_t(nGroup) + 1] - listStart[nGroup]; }
 };
 
 /// Whether an observation is a measurement: measured, with finite numbers of a size that a detector can give

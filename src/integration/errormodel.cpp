@@ -29,8 +29,8 @@ double weightedMean(const Deviations& all, size_t nGroup, const ErrorModel& erro
     double dfAbove = 0;
     double dfBelow = 0;
     for (int n = all.listStart[nGroup]; n < all.listStart[nGroup + 1]; ++n) {
-        const double dfWeight = 1 / errors.variance(all.listSigma[size_t(n)], all.listMean[nGroup]);
-        dfAbove += dfWeight * all.listIntensity[size_t(n)];
+        const double dfWeight = 1 / errors.variance(all.listSigma[n], all.listMean[nGroup]);
+        dfAbove += dfWeight * all.listIntensity[n];
         dfBelow += dfWeight;
     }
     *pdfWeight = dfBelow;
@@ -42,8 +42,8 @@ Deviations collectDeviations(const std::vector<Observation>& listObservation, co
     Deviations all;
     for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
         const size_t nBefore = all.listIntensity.size();
-        for (int n = groups.listStart[size_t(nGroup)]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
-            const Observation& observation = listObservation[size_t(groups.listMember[size_t(n)])];
+        for (int n = groups.listStart[nGroup]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
+            const Observation& observation = listObservation[size_t(groups.listMember[n])];
             if ((observation.nFlags & FlagOutlier) == 0) {
                 all.listIntensity.push_back(observation.corrected());
                 all.listSigma.push_back(observation.dfSigma * observation.dfLorentz * observation.dfScale);
@@ -123,10 +123,9 @@ Evenness evennessOf(const Deviations& all, double dfB, DeviationWidth width)
         double dfWeight = 0;
         const double dfMean = weightedMean(all, nGroup, errors, &dfWeight);
         for (int n = all.listStart[nGroup]; n < all.listStart[nGroup + 1]; ++n) {
-            const double dfVariance = errors.variance(all.listSigma[size_t(n)], all.listMean[nGroup]) -
-                                      1 / dfWeight;
+            const double dfVariance = errors.variance(all.listSigma[n], all.listMean[nGroup]) - 1 / dfWeight;
             if (dfVariance > 0) {
-                listBin[size_t(all.listBin[nGroup])].push_back((all.listIntensity[size_t(n)] - dfMean) /
+                listBin[size_t(all.listBin[nGroup])].push_back((all.listIntensity[n] - dfMean) /
                                                                std::sqrt(dfVariance));
             }
         }
@@ -195,7 +194,7 @@ std::vector<double> groupMeans(const std::vector<Observation>& listObservation,
     std::vector<double> listValue;
     for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
         listValue.clear();
-        const auto nFirst = size_t(groups.listStart[size_t(nGroup)]);
+        const auto nFirst = size_t(groups.listStart[nGroup]);
         const auto nEnd = size_t(groups.listStart[size_t(nGroup) + 1]);
         for (size_t n = nFirst; n < nEnd; ++n) {
             const Observation& observation = listObservation[size_t(groups.listMember[n])];
@@ -254,7 +253,7 @@ void applyErrorModel(const EquivalentGroups& groups, const ErrorModel& errors,
             continue;
         }
         const int nGroup = groups.listGroup[n];
-        const double dfMean = nGroup >= 0 ? listMean[size_t(nGroup)] : observation.corrected();
+        const double dfMean = nGroup >= 0 ? listMean[nGroup] : observation.corrected();
         const double dfSigma = observation.correctedSigma();
         observation.dfSigmaFactor = std::sqrt(errors.variance(dfSigma, dfMean)) / dfSigma;
     }

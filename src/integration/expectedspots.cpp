@@ -13,7 +13,7 @@ CExpectedSpots::CExpectedSpots(const CPassageGeometry& passages,
 {
     for (size_t n = 0; n < listObservation.size(); ++n) {
         for (int nFrame = listObservation[n].nFirstFrame; nFrame <= listObservation[n].nLastFrame; ++nFrame) {
-            m_listActive[size_t(nFrame)].push_back(int(n));
+            m_listActive[nFrame].push_back(int(n));
         }
     }
 }
@@ -30,8 +30,8 @@ long long CExpectedSpots::spotCount() const
 std::vector<ExpectedSpot> CExpectedSpots::onFrame(int nFrame) const
 {
     std::vector<ExpectedSpot> list;
-    for (const int n : m_listActive[size_t(nFrame)]) {
-        const Observation& observation = m_listObservation[size_t(n)];
+    for (const int n : m_listActive[nFrame]) {
+        const Observation& observation = m_listObservation[n];
         const std::optional<FramePlace> place = m_passages.placeOn(observation.anIndex, nFrame);
         if (!place) {
             continue;

@@ -54,7 +54,7 @@ PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const 
     PassageMeasure result;
     std::vector<SpotMeasure> listUsed;
     for (const SpotMeasure& measure : listMeasure) {
-        const bool bBlank = listBlank[size_t(measure.nFrame)] != 0;
+        const bool bBlank = listBlank[measure.nFrame] != 0;
         if (measure.dfPart > g_dfSeenPart) {
             observation.nFlags |= measure.nFlags | (bBlank ? FlagBlankFrame : 0u);
         }

@@ -85,17 +85,17 @@ std::vector<char> blankFrames(const std::vector<FrameCounts>& listFrame)
     const int nFrames = int(listFrame.size());
     std::vector<char> listBlank(listFrame.size());
     for (int n = 0; n < nFrames; ++n) {
-        const FrameCounts& frame = listFrame[size_t(n)];
+        const FrameCounts& frame = listFrame[n];
         std::vector<float> listMean, listAbove;
         for (int m = std::max(0, n - nEitherSide); m <= std::min(nFrames - 1, n + nEitherSide); ++m) {
-            if (m != n && listFrame[size_t(m)].bRead) {
-                listMean.push_back(float(listFrame[size_t(m)].dfMean));
-                listAbove.push_back(float(listFrame[size_t(m)].dfMean - listFrame[size_t(m)].dfMedian));
+            if (m != n && listFrame[m].bRead) {
+                listMean.push_back(float(listFrame[m].dfMean));
+                listAbove.push_back(float(listFrame[m].dfMean - listFrame[m].dfMedian));
             }
         }
         const double dfMean = medianOfOthers(listMean), dfAbove = medianOfOthers(listAbove);
-        listBlank[size_t(n)] = !frame.bRead || (dfMean > 0 && frame.dfMean < dfLeast * dfMean) ||
-                               (dfAbove > 0 && frame.dfMean - frame.dfMedian < dfLeast * dfAbove);
+        listBlank[n] = !frame.bRead || (dfMean > 0 && frame.dfMean < dfLeast * dfMean) ||
+                       (dfAbove > 0 && frame.dfMean - frame.dfMedian < dfLeast * dfAbove);
     }
     return listBlank;
 }

@@ -38,17 +38,17 @@ std::vector<Entry> entriesOf(const std::vector<Observation>& listObservation)
     std::vector<double> listDStar;
     std::vector<double> listIntensity;
     for (const int n : groups.listMember) {
-        listDStar.push_back(listObservation[size_t(n)].dfDStar);
-        listIntensity.push_back(listObservation[size_t(n)].corrected());
+        listDStar.push_back(listObservation[n].dfDStar);
+        listIntensity.push_back(listObservation[n].corrected());
     }
     const CResolutionMean resolutionMean(listDStar, listIntensity);
     std::vector<Entry> listEntry;
     for (const int n : groups.listMember) {
-        const Observation& observation = listObservation[size_t(n)];
+        const Observation& observation = listObservation[n];
         const double dfMean = resolutionMean.mean(observation.dfDStar);
         const double dfSigma = observation.correctedSigma() / dfMean;
         listEntry.push_back({observation.dfFrame, observation.corrected() / dfMean, dfSigma * dfSigma,
-                             1.0 / groups.sizeOf(groups.listGroup[size_t(n)]), 1});
+                             1.0 / groups.sizeOf(groups.listGroup[n]), 1});
     }
     return listEntry;
 }
@@ -107,7 +107,7 @@ public:
             }
             vecStep /= std::max(1.0, 2 * dfLongest);
             for (int n = 0; n < nCoefficients; ++n) {
-                m_curve.coefficients()[size_t(n)] += vecStep(n);
+                m_curve.coefficients()[n] += vecStep(n);
             }
             if (dfLongest < 1e-5) {
                 break;
@@ -158,7 +158,7 @@ private:
     double stepOf(int n) const
     {
         const std::vector<double>& listCoefficient = m_curve.coefficients();
-        return listCoefficient[size_t(n)] - listCoefficient[size_t(n) - 1];
+        return listCoefficient[n] - listCoefficient[size_t(n) - 1];
     }
 
     /// -2 times the integral of the slope, and the prior.
@@ -220,7 +220,7 @@ std::vector<double> frameMeanScales(const std::vector<Observation>& listObservat
         dfLogs += fit.logarithm(n) / nFrames;
     }
     for (int n = 0; n < nFrames; ++n) {
-        listScale[size_t(n)] = std::clamp(std::exp(dfLogs - fit.logarithm(n)), 0.05, 20.0);
+        listScale[n] = std::clamp(std::exp(dfLogs - fit.logarithm(n)), 0.05, 20.0);
     }
     return listScale;
 }

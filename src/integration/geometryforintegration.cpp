@@ -61,7 +61,7 @@ std::optional<SeriesGeometry> seriesGeometry(const DataSet& dataSet, const Mappi
         const QPointF ptBeam = frameCentre(centres, n);
         // The centre of the model is among the terms of its plane.
         const bool bDrift = pModel && size_t(n) < pModel->listDrift.size();
-        const FramePlace drift = bDrift ? pModel->listDrift[size_t(n)] : FramePlace{};
+        const FramePlace drift = bDrift ? pModel->listDrift[n] : FramePlace{};
         series.listBeam.push_back({ptBeam.x() + drift.dfX, ptBeam.y() + drift.dfY});
     }
     series.sizeFrame = sizeOfFrames(dataSet);

@@ -60,7 +60,7 @@ ObservationSymmetry symmetryOf(const Eigen::Matrix3d& matRows)
             symmetry.nDenominator = nDenominator;
             for (int nRow = 0; nRow < 3; ++nRow) {
                 for (int n = 0; n < 3; ++n) {
-                    symmetry.anTransform[size_t(nRow)][size_t(n)] = int(std::lround(mat(nRow, n)));
+                    symmetry.anTransform[nRow][n] = int(std::lround(mat(nRow, n)));
                 }
             }
             break;
@@ -101,7 +101,7 @@ Eigen::Matrix3d transposedRotation(const gemmi::Op& op)
     Eigen::Matrix3d mat;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            mat(nRow, n) = rot[size_t(n)][size_t(nRow)];
+            mat(nRow, n) = rot[n][nRow];
         }
     }
     return mat;

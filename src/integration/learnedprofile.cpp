@@ -57,7 +57,7 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     for (int n = 0; n < nSide * nSide; ++n) {
         const int nX = nLeft + n % nSide, nY = nTop + n / nSide;
         const double dfAtX = nX - dfX, dfAtY = nY - dfY;
-        dfTotal += dfAtX * dfAtX + dfAtY * dfAtY <= m_nHalf * m_nHalf ? double(listWindow[size_t(n)]) : 0;
+        dfTotal += dfAtX * dfAtX + dfAtY * dfAtY <= m_nHalf * m_nHalf ? double(listWindow[n]) : 0;
     }
     if (!(dfTotal > 0)) {
         return;
@@ -70,7 +70,7 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     for (int n = 0; n < nSide * nSide; ++n) {
         const int nX = nLeft + n % nSide, nY = nTop + n / nSide;
         const double dfAtX = nX - dfX, dfAtY = nY - dfY;
-        const double dfValue = double(listWindow[size_t(n)]) / dfTotal;
+        const double dfValue = double(listWindow[n]) / dfTotal;
         addToGrid(grid, dfAtX, dfAtY, dfValue, dfWeight);
         addToGrid(m_all, dfAtX, dfAtY, dfValue, dfWeight);
     }
@@ -128,7 +128,7 @@ double CLearnedProfile::at(int nRegion, double dfX, double dfY) const
         return 0;
     }
     const double dfRight = dfColumn - nColumn, dfBelow = dfRow - nRow;
-    const double* p = m_listRegion[size_t(nRegion)].listDensity.data() + size_t(nRow) * size_t(m_nSide) +
+    const double* p = m_listRegion[nRegion].listDensity.data() + size_t(nRow) * size_t(m_nSide) +
                       size_t(nColumn);
     return (1 - dfBelow) * ((1 - dfRight) * p[0] + dfRight * p[1]) +
            dfBelow * ((1 - dfRight) * p[m_nSide] + dfRight * p[m_nSide + 1]);

@@ -14,7 +14,7 @@ MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int*
     double dfWeights = 0;
     double dfWeighted = 0;
     for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
-        const Observation& observation = listObservation[size_t(*pn)];
+        const Observation& observation = listObservation[*pn];
         const double df = observation.corrected();
         const double dfSigma = observation.correctedSigma();
         const double dfWeight = 1 / (dfSigma * dfSigma);
@@ -25,7 +25,7 @@ MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int*
     group.dfIntensity = dfWeighted / dfWeights;
     double dfSquares = 0;
     for (const int* pn = pnFirst; pn != pnEnd; ++pn) {
-        const Observation& observation = listObservation[size_t(*pn)];
+        const Observation& observation = listObservation[*pn];
         const double df = observation.corrected() - group.dfIntensity;
         const double dfNormalized = df / observation.correctedSigma();
         group.dfDeviations += std::abs(df);

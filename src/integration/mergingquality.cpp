@@ -78,12 +78,12 @@ std::vector<FrameQuality> qualityByFrame(const std::vector<Observation>& listObs
     std::vector<FrameQuality> listFrame(size_t(std::max(0, nFrames)));
     std::vector<Sums> listSums(listFrame.size());
     for (const int n : groups.listMember) {
-        const Observation& observation = listObservation[size_t(n)];
+        const Observation& observation = listObservation[n];
         if (nFrames <= 0) {
             break;
         }
         const auto nFrame = size_t(middleFrameOf(observation, nFrames));
-        const MergedGroup& merged = listMerged[size_t(groups.listGroup[size_t(n)])];
+        const MergedGroup& merged = listMerged[size_t(groups.listGroup[n])];
         Sums& sums = listSums[nFrame];
         ++listFrame[nFrame].nObserved;
         sums.dfLogScale += std::log(std::max(observation.dfScale, std::numeric_limits<double>::min()));
@@ -111,11 +111,10 @@ std::vector<double> completenessByFrame(const std::vector<Observation>& listObse
     }
     for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
         int nFirst = nFrames - 1;
-        for (int n = groups.listStart[size_t(nGroup)]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
-            nFirst = std::min(nFirst,
-                              lastFrameOf(listObservation[size_t(groups.listMember[size_t(n)])], nFrames));
+        for (int n = groups.listStart[nGroup]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
+            nFirst = std::min(nFirst, lastFrameOf(listObservation[size_t(groups.listMember[n])], nFrames));
         }
-        listCompleteness[size_t(nFirst)] += 1;
+        listCompleteness[nFirst] += 1;
     }
     double dfSum = 0;
     for (double& df : listCompleteness) {
@@ -139,8 +138,8 @@ EquivalentGroups withinLimit(const EquivalentGroups& groups, const gemmi::UnitCe
         within.listStart.push_back(int(within.listMember.size()));
         within.listIndex.push_back(groups.listIndex[nGroup]);
         for (int n = groups.listStart[nGroup]; n < groups.listStart[nGroup + 1]; ++n) {
-            within.listMember.push_back(groups.listMember[size_t(n)]);
-            within.listGroup[size_t(groups.listMember[size_t(n)])] = within.count() - 1;
+            within.listMember.push_back(groups.listMember[n]);
+            within.listGroup[size_t(groups.listMember[n])] = within.count() - 1;
         }
     }
     within.listStart.push_back(int(within.listMember.size()));
@@ -160,7 +159,7 @@ void putShells(const CShells& shells, const std::vector<CAgreement>& listAgreeme
                const std::vector<int>& listPossible, double dfDMax, MergingQuality& quality)
 {
     for (int n = 0; n < shells.count(); ++n) {
-        ShellQuality shell = qualityOf(listAgreement[size_t(n)], listPossible[size_t(n)]);
+        ShellQuality shell = qualityOf(listAgreement[n], listPossible[n]);
         shell.dfDMax = n == 0 ? std::max(dfDMax, shells.outerLimit(0)) : shells.outerLimit(n - 1);
         shell.dfDMin = shells.outerLimit(n);
         quality.listShell.push_back(shell);

@@ -123,9 +123,9 @@ std::vector<RejectedObservation> rejectOutliers(std::vector<Observation>& listOb
     CRejection rejection(errors, dfLimit, listRejected);
     for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
         std::vector<Member> listMember;
-        for (int n = groups.listStart[size_t(nGroup)]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
-            const int nObservation = groups.listMember[size_t(n)];
-            const Observation& observation = listObservation[size_t(nObservation)];
+        for (int n = groups.listStart[nGroup]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
+            const int nObservation = groups.listMember[n];
+            const Observation& observation = listObservation[nObservation];
             listMember.push_back({nObservation, observation.corrected(),
                                   observation.dfSigma * observation.dfLorentz * observation.dfScale});
         }
@@ -139,7 +139,7 @@ std::vector<RejectedObservation> rejectOutliers(std::vector<Observation>& listOb
         observation.nFlags &= ~unsigned(FlagOutlier);
     }
     for (const RejectedObservation& rejected : listRejected) {
-        listObservation[size_t(rejected.nObservation)].nFlags |= FlagOutlier;
+        listObservation[rejected.nObservation].nFlags |= FlagOutlier;
     }
     return listRejected;
 }

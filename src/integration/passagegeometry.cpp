@@ -52,7 +52,7 @@ double CPassageGeometry::tiltAt(double dfFrame) const
         return list.empty() ? 0 : list.front();
     }
     const int n = std::clamp(int(std::floor(dfFrame)), 0, frameCount() - 2);
-    return list[size_t(n)] + (dfFrame - n) * (list[size_t(n) + 1] - list[size_t(n)]);
+    return list[n] + (dfFrame - n) * (list[size_t(n) + 1] - list[n]);
 }
 
 DoubleVector CPassageGeometry::pointOf(const std::array<int, 3>& anIndex) const
@@ -187,8 +187,8 @@ std::optional<FramePlace> CPassageGeometry::placeOn(const std::array<int, 3>& an
     const int n = std::clamp(nFrame, 0, frameCount() - 1);
     std::optional<FramePlace> place = placeOfReflection(m_series.geometry, index, tiltAt(nFrame));
     if (place) {
-        place->dfX += m_series.listBeam[size_t(n)].dfX;
-        place->dfY += m_series.listBeam[size_t(n)].dfY;
+        place->dfX += m_series.listBeam[n].dfX;
+        place->dfY += m_series.listBeam[n].dfY;
     }
     return place;
 }

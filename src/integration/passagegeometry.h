@@ -46,7 +46,7 @@ public:
     /// Whether frames were left out between this frame and the next.
     bool isHoleBehind(int nFrame) const
     {
-        return !m_listHole.empty() && nFrame >= 0 && nFrame + 1 < frameCount() && m_listHole[size_t(nFrame)];
+        return !m_listHole.empty() && nFrame >= 0 && nFrame + 1 < frameCount() && m_listHole[nFrame];
     }
     /// Its change over the exposure of the frame, above 0, Å⁻¹.
     double excitationStep(const DoubleVector& point, int nFrame) const;
@@ -66,7 +66,7 @@ public:
 private:
     using HeightRow = std::array<double, 9>;
     double excitation(const DoubleVector& point, const HeightRow& turn) const;
-    const HeightRow& turnAt(int nHalf) const { return m_listTurn[size_t(nHalf)]; }
+    const HeightRow& turnAt(int nHalf) const { return m_listTurn[nHalf]; }
     HeightRow turnOf(double dfTilt) const;
     void findHoles();
     std::optional<double> frameWithin(double dfTilt, double dfFrom, double dfTo) const;

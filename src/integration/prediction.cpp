@@ -253,7 +253,7 @@ std::vector<Observation> predictObservations(const CPassageGeometry& passages,
     const int64_t nPieces = int64_t(listOfPiece.size());
     const auto predictPiece = [&](int nPiece) {
         for (int64_t nRow = nPiece * nRows / nPieces; nRow < (nPiece + 1) * nRows / nPieces; ++nRow) {
-            predictRow(nRow, listOfPiece[size_t(nPiece)]);
+            predictRow(nRow, listOfPiece[nPiece]);
         }
     };
     sideBySide(int(nPieces), nJobs, [&] { return FnPiece(predictPiece); });

@@ -226,7 +226,7 @@ private:
             return parts;
         }
         if (m_listSection.front().bWithoutRings) {
-            takeOffRings(*frame.pImage, m_series.listBeam[size_t(nFrame)], m_listMasked);
+            takeOffRings(*frame.pImage, m_series.listBeam[nFrame], m_listMasked);
         }
         for (const CSectionSum& lay : m_listLay) {
             parts.listPart.push_back(lay.layFrame(*frame.pImage, nFrame, m_listMasked));

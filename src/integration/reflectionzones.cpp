@@ -158,7 +158,7 @@ PlaceInZone placeInZone(const std::vector<ReflectionZone>& listZone, const gemmi
     for (const gemmi::Op& op : laue.sym_ops) {
         const Index an = imageOf(op, anIndex);
         for (size_t n = 0; n < listZone.size(); ++n) {
-            const bool bBetter = place.nZone < 0 || (listZone[n].bRow && !listZone[size_t(place.nZone)].bRow);
+            const bool bBetter = place.nZone < 0 || (listZone[n].bRow && !listZone[place.nZone].bRow);
             if (bBetter && listZone[n].contains(an)) {
                 place = {int(n), an};
             }

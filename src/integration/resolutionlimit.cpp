@@ -25,13 +25,13 @@ double resolutionLimit(const std::vector<Observation>& listObservation)
         if (observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags)) {
             const int nShell = std::min(nShells - 1,
                                         int(nShells * std::pow(observation.dfDStar / dfMost, 3)));
-            listSum[size_t(nShell)] += observation.dfIntensity / observation.dfSigma;
-            ++listCount[size_t(nShell)];
+            listSum[nShell] += observation.dfIntensity / observation.dfSigma;
+            ++listCount[nShell];
         }
     }
     int nShell = nShells - 1;
-    while (nShell > 0 && (listCount[size_t(nShell)] < nLeastInShell ||
-                          listSum[size_t(nShell)] < dfLeast * listCount[size_t(nShell)])) {
+    while (nShell > 0 &&
+           (listCount[nShell] < nLeastInShell || listSum[nShell] < dfLeast * listCount[nShell])) {
         --nShell;
     }
     return nShell == nShells - 1 ? dfMost : dfMost * std::cbrt((nShell + 1.0) / nShells);

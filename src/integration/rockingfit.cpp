@@ -42,8 +42,7 @@ int curveResiduals(void* pContext, int m, int n, const double* pNumber, double* 
         const CurveFit& fit = *static_cast<const CurveFit*>(pContext);
         const RockingFit numbers = fit.fitOf(pNumber, n);
         for (int i = 0; i < m; ++i) {
-            pResidual[i] = (fit.counts(numbers, size_t(i)) - fit.listMeasure[size_t(i)].dfSum) *
-                           fit.listWeight[size_t(i)];
+            pResidual[i] = (fit.counts(numbers, size_t(i)) - fit.listMeasure[i].dfSum) * fit.listWeight[i];
         }
     }
     return 0;

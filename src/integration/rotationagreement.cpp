@@ -76,7 +76,7 @@ const CRotationAgreement::Reflection* CRotationAgreement::find(const std::array<
     if (it == m_mapPlace.end()) {
         it = m_mapPlace.find(keyOf({-anIndex[0], -anIndex[1], -anIndex[2]}));
     }
-    return it == m_mapPlace.end() ? nullptr : &m_listReflection[size_t(it->second)];
+    return it == m_mapPlace.end() ? nullptr : &m_listReflection[it->second];
 }
 
 RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotation) const

@@ -64,8 +64,8 @@ CRotationLikelihood::Shared CRotationLikelihood::correlations(
     double dfSum = 0;
     for (int n = 0; n < g_nExpected; ++n) {
         const double dfBelow = dfBest - expectedOf(n);
-        shared.listPrior[size_t(n)] = dfBelow > -0.5 / g_nExpected ? std::exp(-dfBelow / dfFall) : 0;
-        dfSum += shared.listPrior[size_t(n)];
+        shared.listPrior[n] = dfBelow > -0.5 / g_nExpected ? std::exp(-dfBelow / dfFall) : 0;
+        dfSum += shared.listPrior[n];
     }
     for (double& df : shared.listPrior) {
         df /= dfSum;

@@ -70,8 +70,8 @@ private:
     double misfitOf(int nGroup) const
     {
         std::vector<Term> listTerm;
-        for (int n = m_groups.listStart[size_t(nGroup)]; n < m_groups.listStart[size_t(nGroup) + 1]; ++n) {
-            listTerm.push_back(termOf(m_listObservation[size_t(m_groups.listMember[size_t(n)])]));
+        for (int n = m_groups.listStart[nGroup]; n < m_groups.listStart[size_t(nGroup) + 1]; ++n) {
+            listTerm.push_back(termOf(m_listObservation[size_t(m_groups.listMember[n])]));
         }
         const double dfMean = meanOf(listTerm, m_errors);
         double dfSum = 0;
@@ -142,9 +142,8 @@ private:
                 continue;
             }
             listTerm.clear();
-            for (int n = m_groups.listStart[size_t(nGroup)]; n < m_groups.listStart[size_t(nGroup) + 1];
-                 ++n) {
-                const Observation& observation = m_listObservation[size_t(m_groups.listMember[size_t(n)])];
+            for (int n = m_groups.listStart[nGroup]; n < m_groups.listStart[size_t(nGroup) + 1]; ++n) {
+                const Observation& observation = m_listObservation[size_t(m_groups.listMember[n])];
                 if ((observation.nFlags & FlagOutlier) == 0) {
                     listTerm.push_back(termOf(observation));
                 }
@@ -232,9 +231,9 @@ private:
         }
         for (int n = 0; n < m_nParameters; ++n) {
             if (n < m_nScale) {
-                m_curves.scale.coefficients()[size_t(n)] += vecStep(n);
+                m_curves.scale.coefficients()[n] += vecStep(n);
             } else {
-                m_curves.decay.coefficients()[size_t(n - m_nScale)] += vecStep(n);
+                m_curves.decay.coefficients()[n - m_nScale] += vecStep(n);
             }
         }
         return dfLongest;
@@ -264,9 +263,9 @@ EquivalentGroups halfOf(const EquivalentGroups& groups, bool bOther)
             continue;
         }
         half.listStart.push_back(int(half.listMember.size()));
-        half.listIndex.push_back(groups.listIndex[size_t(nGroup)]);
-        for (int n = groups.listStart[size_t(nGroup)]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
-            half.listMember.push_back(groups.listMember[size_t(n)]);
+        half.listIndex.push_back(groups.listIndex[nGroup]);
+        for (int n = groups.listStart[nGroup]; n < groups.listStart[size_t(nGroup) + 1]; ++n) {
+            half.listMember.push_back(groups.listMember[n]);
             half.listGroup[size_t(half.listMember.back())] = half.count() - 1;
         }
     }
@@ -313,10 +312,10 @@ std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& list
     double dfMost = 0;
     for (int nGroup = 0; nGroup < groups.count(); ++nGroup) {
         if (groups.sizeOf(nGroup) > 1) {
-            const int nFirst = groups.listMember[size_t(groups.listStart[size_t(nGroup)])];
+            const int nFirst = groups.listMember[size_t(groups.listStart[nGroup])];
             nPartners += groups.sizeOf(nGroup);
-            dfLeast = std::min(dfLeast, squareOf(listObservation[size_t(nFirst)]));
-            dfMost = std::max(dfMost, squareOf(listObservation[size_t(nFirst)]));
+            dfLeast = std::min(dfLeast, squareOf(listObservation[nFirst]));
+            dfMost = std::max(dfMost, squareOf(listObservation[nFirst]));
         }
     }
     const int nFewest = 20;

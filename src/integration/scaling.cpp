@@ -29,7 +29,7 @@ std::vector<char> framesInUse(const std::vector<Observation>& listObservation, c
     std::vector<char> listUsed(size_t(std::max(0, nFrames)), 0);
     for (const int n : groups.listMember) {
         if (nFrames > 0) {
-            listUsed[size_t(frameOf(listObservation[size_t(n)], nFrames))] = 1;
+            listUsed[size_t(frameOf(listObservation[n], nFrames))] = 1;
         }
     }
     return listUsed;

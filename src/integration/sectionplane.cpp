@@ -49,8 +49,8 @@ std::optional<SectionPlane> layerOfZone(const QString& strText, QString* pstrRea
     SectionPlane plane;
     int nDivisor = 0;
     for (int n = 0; n < 3; ++n) {
-        plane.anZone[size_t(n)] = match.captured(n + 1).toInt();
-        nDivisor = std::gcd(nDivisor, plane.anZone[size_t(n)]);
+        plane.anZone[n] = match.captured(n + 1).toInt();
+        nDivisor = std::gcd(nDivisor, plane.anZone[n]);
     }
     plane.nLayer = match.captured(4).toInt();
     const auto tooLarge = [](int n) { return std::abs(n) > g_nMostZone; };
@@ -139,7 +139,7 @@ SectionPlane axisPlane(int nAxis, int nLayer)
 {
     SectionPlane plane;
     plane.anZone = {0, 0, 0};
-    plane.anZone[size_t(nAxis)] = 1;
+    plane.anZone[nAxis] = 1;
     plane.nLayer = nLayer;
     plane.strName = layerText(QStringLiteral("hkl"), nAxis, nLayer);
     return plane;

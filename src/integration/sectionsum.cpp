@@ -115,7 +115,7 @@ std::vector<CSectionSum::Form> CSectionSum::formsOf(int nFrame) const
 {
     const DiffractionGeometry& geometry = m_series.geometry;
     const Matrix back = transposed(
-        turnToLaboratory(geometry.turn, geometry.dfMiddleTilt, m_series.listTilt[size_t(nFrame)]));
+        turnToLaboratory(geometry.turn, geometry.dfMiddleTilt, m_series.listTilt[nFrame]));
     const double dfX = std::cos(radians(geometry.turn.outOfPlane));
     const double dfZ = std::sin(radians(geometry.turn.outOfPlane));
     // As the crystal turns, what a pixel shows moves through it the other way round: by axis × point.
@@ -193,7 +193,7 @@ SectionPart CSectionSum::layFrame(const CImgObj<float>& image, int nFrame,
 {
     SectionPart part;
     const std::vector<Form> listForm = formsOf(nFrame);
-    const FramePlace& beam = m_series.listBeam[size_t(nFrame)];
+    const FramePlace& beam = m_series.listBeam[nFrame];
     const int nWidth = m_series.sizeFrame.width(), nHeight = m_series.sizeFrame.height();
     std::vector<const Form*> listNear;
     for (int nY = 0; nY < nHeight; nY += g_nBlock) {

@@ -163,7 +163,7 @@ private:
     {
         for (const auto& [nObservation, measure] : measured) {
             m_mapActive[nObservation].push_back(measure);
-            if (m_listObservation[size_t(nObservation)].nLastFrame == nFrame) {
+            if (m_listObservation[nObservation].nLastFrame == nFrame) {
                 finish(nObservation);
             }
         }
@@ -171,12 +171,12 @@ private:
 
     void finish(int nObservation)
     {
-        Observation& observation = m_listObservation[size_t(nObservation)];
-        m_listMeasure[size_t(nObservation)] = combineFrames(m_mapActive[nObservation], m_learned.listBlank,
-                                                            m_learned.noise, m_learned.curve, observation);
+        Observation& observation = m_listObservation[nObservation];
+        m_listMeasure[nObservation] = combineFrames(m_mapActive[nObservation], m_learned.listBlank,
+                                                    m_learned.noise, m_learned.curve, observation);
         m_mapActive.erase(nObservation);
         const int nFrame = std::clamp(int(std::lround(observation.dfFrame)), 0, m_passages.frameCount() - 1);
-        const FramePlace& beam = m_passages.series().listBeam[size_t(nFrame)];
+        const FramePlace& beam = m_passages.series().listBeam[nFrame];
         observation.place = m_learned.correction.corrected(nFrame, observation.place);
         if (std::hypot(observation.place.dfX - beam.dfX, observation.place.dfY - beam.dfY) <
             m_learned.dfGlow) {

@@ -51,7 +51,7 @@ CellParameters errorsOfSetting(const ObservationSymmetry& symmetry, LatticeSyste
     Eigen::Matrix3d matTransform;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            matTransform(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
+            matTransform(nRow, n) = double(symmetry.anTransform[nRow][n]) /
                                     std::max(1, symmetry.nDenominator);
         }
     }

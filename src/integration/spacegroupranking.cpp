@@ -280,7 +280,7 @@ private:
         for (const Group& group : m_listGroup) {
             const int nOwn = group.listCondition[nZone];
             if (nOwn >= 0 &&
-                includes(data.listCondition[size_t(nOwn)].pattern, data.listCondition[nCondition].pattern)) {
+                includes(data.listCondition[nOwn].pattern, data.listCondition[nCondition].pattern)) {
                 evidence.dfLikelihood += std::exp(group.dfLogLikelihood);
             }
         }

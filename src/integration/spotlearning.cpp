@@ -48,7 +48,7 @@ private:
 
     void takeSpot(int nFrame, const LookedSpot& spot)
     {
-        const Observation& observation = m_listObservation[size_t(spot.nObservation)];
+        const Observation& observation = m_listObservation[spot.nObservation];
         const SpotMeasure& measure = spot.measure;
         if (measure.nBackground >= 40 && !spot.bStrong) {
             m_listPatch.push_back({measure.dfBackground, measure.dfDifference});

@@ -23,7 +23,7 @@ LookedFrame CSpotLook::look(int nFrame) const
     const int nEvery = std::max(1, m_passages.frameCount() / g_nMostRinged);
     const QSize size = m_passages.series().sizeFrame;
     const int nRings = nFrame % nEvery == 0 ? std::min(size.width(), size.height()) / 5 : 0;
-    looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[size_t(nFrame)], nRings);
+    looked.counts = countFrame(*frame.pImage, m_passages.series().listBeam[nFrame], nRings);
     MeasureSettings settings = m_settings;
     settings.dfSaturation = fullFrom(m_settings.dfSaturation, saturationOf({looked.counts}));
     CSpotMeasurer measurer(settings);

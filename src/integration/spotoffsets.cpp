@@ -34,7 +34,7 @@ CSpotOffsets::CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrame
         for (size_t n = 0; n < nSpots; ++n) {
             if (listKept[n]) {
                 const SpotOffset& spot = listOffset[n];
-                const FramePlace& frame = m_listFrame[size_t(spot.nFrame)];
+                const FramePlace& frame = m_listFrame[spot.nFrame];
                 const Eigen::VectorXd term = termsOf(spot.place).head(m_nTerms);
                 mat += term * term.transpose();
                 matRight.col(0) += term * (spot.off.dfX - frame.dfX);
@@ -92,7 +92,7 @@ FramePlace CSpotOffsets::fieldAt(const FramePlace& place) const
 FramePlace CSpotOffsets::corrected(int nFrame, const FramePlace& place) const
 {
     const FramePlace field = fieldAt(place);
-    const FramePlace frame = size_t(nFrame) < m_listFrame.size() ? m_listFrame[size_t(nFrame)] : FramePlace();
+    const FramePlace frame = size_t(nFrame) < m_listFrame.size() ? m_listFrame[nFrame] : FramePlace();
     return {place.dfX + field.dfX + frame.dfX, place.dfY + field.dfY + frame.dfY};
 }
 

@@ -118,7 +118,7 @@ std::vector<Tally> tallyCosets(const CCosetTable& table, const Division& divisio
         if (nCoset < 0 || off.cwiseAbs().maxCoeff() >= g_dfReachOfSurroundings * dfWindow) {
             continue;
         }
-        Tally& tally = listTally[size_t(nCoset)];
+        Tally& tally = listTally[nCoset];
         tally.all.add(off, dfWindow);
         for (size_t n = 0; n < Halves::count; ++n) {
             if (division.listLeftIsInner[i][n]) {

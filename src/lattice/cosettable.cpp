@@ -12,7 +12,7 @@ void CosetWindow::add(const Eigen::Vector3d& off, double dfWindow)
     const auto nFar = bFar.count();
     ++(nFar == 0 ? nInside : nAround);
     for (int n = 0; n < 3 && nFar == 1; ++n) {
-        anSide[size_t(n)] += bFar[n] ? 1 : 0;
+        anSide[n] += bFar[n] ? 1 : 0;
     }
 }
 
@@ -31,7 +31,7 @@ CCosetTable::CCosetTable(int nDenominator)
         const IndexTriple an = {n / (nDenominator * nDenominator), n / nDenominator % nDenominator,
                                 n % nDenominator};
         const int nCommon = std::gcd(std::gcd(an[0], an[1]), std::gcd(an[2], nDenominator));
-        if (nCommon != 1 || m_vecCoset[size_t(n)] >= 0) {
+        if (nCommon != 1 || m_vecCoset[n] >= 0) {
             continue;
         }
         for (int m = 1; m < nDenominator; ++m) {

@@ -171,7 +171,7 @@ std::vector<Eigen::Vector3d> strongestLengths(const LatticePoints& listPoint, do
         return [&, pWorker](int nPiece) {
             const int nEnd = std::min((nPiece + 1) * g_nChunk, options.nDirections);
             for (int n = nPiece * g_nChunk; n < nEnd; ++n) {
-                vecFound[std::size_t(n)] = pWorker->strongest(hemisphereDirection(n, options.nDirections));
+                vecFound[n] = pWorker->strongest(hemisphereDirection(n, options.nDirections));
             }
         };
     };

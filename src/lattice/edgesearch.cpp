@@ -95,8 +95,8 @@ public:
             }
             const Eigen::VectorXf strengths = m_matCosines * histogram;
             Eigen::Index nBest = 0;
-            listEdge[size_t(n)].dfStrength = double(strengths.maxCoeff(&nBest));
-            listEdge[size_t(n)].vector = direction * m_listLength[size_t(nBest)];
+            listEdge[n].dfStrength = double(strengths.maxCoeff(&nBest));
+            listEdge[n].vector = direction * m_listLength[nBest];
         }
         return listEdge;
     }

@@ -194,7 +194,7 @@ std::vector<int> firstOfEqual(const std::vector<Eigen::Vector3d>& vecVector)
     for (std::size_t n = 0; n < vecPlace.size(); ++n) {
         vecPlace[n] = int(n);
     }
-    const auto at = [&](int n) -> const Eigen::Vector3d& { return vecVector[std::size_t(n)]; };
+    const auto at = [&](int n) -> const Eigen::Vector3d& { return vecVector[n]; };
     std::stable_sort(vecPlace.begin(), vecPlace.end(), [&](int a, int b) {
         return std::lexicographical_compare(at(a).begin(), at(a).end(), at(b).begin(), at(b).end());
     });
@@ -271,7 +271,7 @@ private:
         std::vector<Eigen::Vector3d> vecVector;
         vecVector.reserve(vecPlace.size());
         for (const int n : vecPlace) {
-            vecVector.push_back(m_vecRow[std::size_t(n)].v);
+            vecVector.push_back(m_vecRow[n].v);
         }
         const std::vector<int> vecFirst = firstOfEqual(vecVector);
         for (std::size_t n = 0; n < vecPlace.size(); ++n) {
@@ -288,7 +288,7 @@ private:
         const auto makeWorker = [&]() -> FnPiece {
             const auto pWorker = std::make_shared<CRowWorker>(m_points);
             return [&, pWorker, nRound](int n) {
-                const std::size_t nPlace = std::size_t(vecPlace[std::size_t(n)]);
+                const std::size_t nPlace = std::size_t(vecPlace[n]);
                 Eigen::Vector3d& v = m_vecRow[nPlace].v;
                 Eigen::Vector3d next;
                 if (!pWorker->refine(v, nRound, next)) {
@@ -309,7 +309,7 @@ private:
         const std::vector<int> vecPlace = placesOf(State::Settled);
         const auto makeWorker = [&]() -> FnPiece {
             return [&](int n) {
-                LatticeRow& row = m_vecRow[std::size_t(vecPlace[std::size_t(n)])];
+                LatticeRow& row = m_vecRow[std::size_t(vecPlace[n])];
                 row.dfQuality = meanCosine(row.v, m_points.listPoint);
             };
         };

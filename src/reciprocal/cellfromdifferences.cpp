@@ -168,7 +168,7 @@ public:
     qint64 pairs() const { return qint64(m_vecDifference.size()); }
 
 private:
-    Difference& at(int n) { return m_vecDifference[std::size_t(n)]; }
+    Difference& at(int n) { return m_vecDifference[n]; }
     const Peak3D& first(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nFirst]; }
     const Peak3D& second(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nSecond]; }
 

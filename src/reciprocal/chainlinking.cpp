@@ -37,7 +37,7 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
         for (const Peak3D& peak : listPeakFrame[nFrame]) {
             const int nChain = nearest.find(peak.dfX2D, peak.dfY2D);
             if (nChain >= 0)
-                vecOpen[size_t(nChain)].append(peak);
+                vecOpen[nChain].append(peak);
             else
                 vecOpen.push_back({peak});
         }

@@ -30,7 +30,7 @@ std::vector<std::vector<int>> groupsOfDifferences(const std::vector<IndexKey>& v
         const auto found = mapGroup.emplace(withoutSign(vecDifference[n]), int(vecGroup.size()));
         if (found.second)
             vecGroup.emplace_back();
-        vecGroup[std::size_t(found.first->second)].push_back(int(n));
+        vecGroup[found.first->second].push_back(int(n));
     }
     return vecGroup;
 }

@@ -61,7 +61,7 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
     const int nPeaks = listPeak.size();
     std::vector<int> vecByIntensity(static_cast<size_t>(nPeaks));
     for (int n = 0; n < nPeaks; ++n)
-        vecByIntensity[size_t(n)] = n;
+        vecByIntensity[n] = n;
     std::stable_sort(vecByIntensity.begin(), vecByIntensity.end(), [&](int nA, int nB) {
         return numbersDescending(listPeak[nA].dfIPoint, listPeak[nB].dfIPoint);
     });
@@ -81,15 +81,15 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
             if (!report.goOn())
                 return false;
         }
-        const int nPeak = vecByIntensity[size_t(n)];
-        const bool bNewRank = n == 0 || numbersDescending(listPeak[vecByIntensity[size_t(n - 1)]].dfIPoint,
+        const int nPeak = vecByIntensity[n];
+        const bool bNewRank = n == 0 || numbersDescending(listPeak[vecByIntensity[n - 1]].dfIPoint,
                                                           listPeak[nPeak].dfIPoint);
         if (bNewRank) {
             if (n > 0)
                 closeRank();
             ++nRank;
         }
-        selection.vecRank[size_t(nPeak)] = nRank;
+        selection.vecRank[nPeak] = nRank;
         if (selection.bCut)
             continue;  // weaker than all that stay
         const Vec3D vecPoint = listPeak[nPeak].point();
@@ -122,8 +122,8 @@ std::vector<DifferenceVector> calDifferenceVectors(const QList<Peak3D>& listPeak
     std::vector<DifferenceVector> vecVector(static_cast<size_t>(selection.nCount));
     std::vector<int> vecStrong;
     for (int n = 0; n < nPeaks; ++n)
-        if (!selection.bCut || (size_t(selection.vecRank[size_t(n)]) < selection.vecOffset.size() &&
-                                selection.vecOffset[size_t(selection.vecRank[size_t(n)])] < g_nMaxVectors))
+        if (!selection.bCut || (size_t(selection.vecRank[n]) < selection.vecOffset.size() &&
+                                selection.vecOffset[size_t(selection.vecRank[n])] < g_nMaxVectors))
             vecStrong.push_back(n);
     std::vector<Vec3D> vecPoint;
     vecPoint.reserve(vecStrong.size());
@@ -147,7 +147,7 @@ std::vector<DifferenceVector> calDifferenceVectors(const QList<Peak3D>& listPeak
             for (const Vec3D& vecSigned : {v, -v}) {
                 if (nPlace >= selection.nCount)
                     break;
-                vecVector[size_t(nPlace++)] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
+                vecVector[nPlace++] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
                 ++nFilled;
             }
         }

@@ -37,7 +37,7 @@ FrameInSeries seriesOf(const std::vector<FrameInSeries>& vecFrame, int nFrame)
 {
     if (nFrame < 0 || std::size_t(nFrame) >= vecFrame.size())
         return {0, std::max(nFrame, 0)};
-    return vecFrame[std::size_t(nFrame)];
+    return vecFrame[nFrame];
 }
 
 void fillSeriesMeans(QList<ExpectedFrame>& listRow, const std::vector<FrameInSeries>& vecFrame)
@@ -50,7 +50,7 @@ void fillSeriesMeans(QList<ExpectedFrame>& listRow, const std::vector<FrameInSer
     }
     for (ExpectedFrame& row : listRow) {
         const FrameInSeries frame = seriesOf(vecFrame, row.peak.nFrame);
-        row.dfSeriesMean = vecSum[std::size_t(frame.nSeries)] / vecCount[std::size_t(frame.nSeries)];
+        row.dfSeriesMean = vecSum[frame.nSeries] / vecCount[frame.nSeries];
         row.nPlaceInSeries = frame.nPlace;
     }
 }

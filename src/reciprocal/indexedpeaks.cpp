@@ -84,7 +84,7 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
     }
     dataSet.m_vecReflectionFrame.assign(size_t(nMaxID) + 1, -1);
     for (const Peak3D& reflection : listPeakIndexed)
-        dataSet.m_vecReflectionFrame[size_t(reflection.nID)] = reflection.nFrame;
+        dataSet.m_vecReflectionFrame[reflection.nID] = reflection.nFrame;
 }
 
 }  // namespace tessera

@@ -226,27 +226,27 @@ void CIndexSpreading::setWindow()
     int nBegin = 0;
     int nEnd = 0;
     for (int i = 0; i < m_nCount; ++i) {
-        const double dfDStar = m_vecDStar[size_t(i)];
-        m_vecBegin[size_t(i)] = i;
-        m_vecEnd[size_t(i)] = i + 1;
+        const double dfDStar = m_vecDStar[i];
+        m_vecBegin[i] = i;
+        m_vecEnd[i] = i + 1;
         if (!std::isfinite(dfDStar))
             continue;
-        while (nBegin < i && !(dfDStar - m_vecDStar[size_t(nBegin)] < dfRadius))
+        while (nBegin < i && !(dfDStar - m_vecDStar[nBegin] < dfRadius))
             ++nBegin;
         nEnd = std::max(nEnd, i + 1);
-        while (nEnd < m_nCount && m_vecDStar[size_t(nEnd)] - dfDStar < dfRadius)
+        while (nEnd < m_nCount && m_vecDStar[nEnd] - dfDStar < dfRadius)
             ++nEnd;
         // Record 0 is no neighbour of a reflection behind it.
-        m_vecBegin[size_t(i)] = std::min(std::max(nBegin, 1), i);
-        m_vecEnd[size_t(i)] = nEnd;
+        m_vecBegin[i] = std::min(std::max(nBegin, 1), i);
+        m_vecEnd[i] = nEnd;
     }
 }
 
 void CIndexSpreading::takeNeighbours(int i, size_t nFirst)
 {
-    const float fX = m_vecPoint[size_t(i)].x;
-    const float fY = m_vecPoint[size_t(i)].y;
-    const float fZ = m_vecPoint[size_t(i)].z;
+    const float fX = m_vecPoint[i].x;
+    const float fY = m_vecPoint[i].y;
+    const float fZ = m_vecPoint[i].z;
     int* const pPlace = m_table.vecPlace.data();
     size_t nNear = 0;
     for (size_t nPlace = m_vecOrder.size(); nPlace-- > nFirst;) {
@@ -257,8 +257,8 @@ void CIndexSpreading::takeNeighbours(int i, size_t nFirst)
         nNear += fDX * fDX + fDY * fDY + fDZ * fDZ <= m_fRadiusSquare;
     }
     const auto isOutside = [&](int nPlace) {
-        const int j = m_vecOrder[size_t(nPlace)];
-        return j < m_vecBegin[size_t(i)] || j >= m_vecEnd[size_t(i)];
+        const int j = m_vecOrder[nPlace];
+        return j < m_vecBegin[i] || j >= m_vecEnd[i];
     };
     m_table.nRows = size_t(std::remove_if(pPlace, pPlace + nNear, isOutside) - pPlace);
     setSteps(i);
@@ -273,7 +273,7 @@ void CIndexSpreading::takePlaces(int i, const std::vector<int>& vecPlace)
 
 void CIndexSpreading::setSteps(int i)
 {
-    const Vec3D vecPoint = m_vecPoint[size_t(i)];
+    const Vec3D vecPoint = m_vecPoint[i];
     for (size_t nRow = 0; nRow < m_table.nRows; ++nRow) {
         const size_t nPlace = size_t(m_table.vecPlace[nRow]);
         m_table.vecX[nRow] = vecPoint.x - m_vecX[nPlace];
@@ -308,8 +308,8 @@ std::vector<int> CIndexSpreading::placesInWalkOrder(int i, const std::vector<int
     std::vector<int> vecPlace(m_table.vecPlace.begin(), m_table.vecPlace.begin() + ptrdiff_t(m_table.nRows));
     vecPlace.insert(vecPlace.end(), vecMore.begin(), vecMore.end());
     std::sort(vecPlace.begin(), vecPlace.end(), [&](int nA, int nB) {
-        const int a = m_vecOrder[size_t(nA)];
-        const int b = m_vecOrder[size_t(nB)];
+        const int a = m_vecOrder[nA];
+        const int b = m_vecOrder[nB];
         if ((a < i) != (b < i))
             return a < i;
         return a < i ? a > b : a < b;
@@ -320,7 +320,7 @@ std::vector<int> CIndexSpreading::placesInWalkOrder(int i, const std::vector<int
 Vec3D CIndexSpreading::weightedIndices(int i) const
 {
     if (m_table.nRows == 0)
-        return m_solver.solve(m_vecPoint[size_t(i)]);
+        return m_solver.solve(m_vecPoint[i]);
     Vec3D vecSum;
     float fSum = 0;
     for (size_t n = 0; n < m_table.nRows; ++n) {
@@ -376,10 +376,10 @@ bool CIndexSpreading::index(int i)
 void CIndexSpreading::keepForRetry(int i)
 {
     constexpr size_t nMaxKept = 50000000;  // entries, 200 MB
-    std::vector<int>& vecKept = m_vecKept[size_t(i)];
+    std::vector<int>& vecKept = m_vecKept[i];
     m_nKept -= vecKept.size();
-    m_vecIsKept[size_t(i)] = m_nKept + m_table.nRows <= nMaxKept;
-    if (m_vecIsKept[size_t(i)])
+    m_vecIsKept[i] = m_nKept + m_table.nRows <= nMaxKept;
+    if (m_vecIsKept[i])
         vecKept.assign(m_table.vecPlace.begin(), m_table.vecPlace.begin() + ptrdiff_t(m_table.nRows));
     else
         std::vector<int>().swap(vecKept);
@@ -395,7 +395,7 @@ bool CIndexSpreading::pass(int& nIndexed, CRunReport& report)
             if (!report.goOn())
                 return false;
         }
-        if (!m_vecIndexed[size_t(i)])
+        if (!m_vecIndexed[i])
             nIndexed += index(i);
     }
     return true;
@@ -420,7 +420,7 @@ bool indexReflections(QList<Peak3D>& listPeak, const ReciprocalBasis& basis, flo
     } while (nIndexed > 0);
     progress.end();
     for (int n = 0; n < listSorted.size(); ++n) {
-        const Vec3D& vecHKL = spreading.indices()[size_t(n)];
+        const Vec3D& vecHKL = spreading.indices()[n];
         listSorted[n].setHKL(double(vecHKL.x), double(vecHKL.y), double(vecHKL.z));
     }
     listPeak = listSorted;

@@ -39,7 +39,7 @@ void appendDistances(LatticePoints listPoint, std::vector<double>& vecDistance)
         double dfNearest = HUGE_VAL;
         for (const int nStep : {-1, 1}) {
             for (int m = n + nStep; m >= 0 && m < nCount; m += nStep) {
-                const Eigen::Vector3d difference = listPoint[std::size_t(m)] - listPoint[std::size_t(n)];
+                const Eigen::Vector3d difference = listPoint[m] - listPoint[n];
                 if (std::abs(difference.x()) >= dfNearest) {
                     break;
                 }

@@ -15,21 +15,21 @@ LengthWindow windowOnLengths(const std::vector<double>& vecDStar, double dfLimit
     int nBegin = 0;
     int nEnd = 0;
     for (int n = 0; n < nCount; ++n) {
-        const double dfDStar = vecDStar[size_t(n)];
+        const double dfDStar = vecDStar[n];
         if (!std::isfinite(dfDStar)) {
-            window.vecBegin[size_t(n)] = n;
-            window.vecEnd[size_t(n)] = n + 1;
+            window.vecBegin[n] = n;
+            window.vecEnd[n] = n + 1;
             continue;
         }
-        while (nBegin < n && !(dfDStar - vecDStar[size_t(nBegin)] < dfLimit)) {
+        while (nBegin < n && !(dfDStar - vecDStar[nBegin] < dfLimit)) {
             ++nBegin;
         }
         nEnd = std::max(nEnd, n + 1);
-        while (nEnd < nCount && vecDStar[size_t(nEnd)] - dfDStar < dfLimit) {
+        while (nEnd < nCount && vecDStar[nEnd] - dfDStar < dfLimit) {
             ++nEnd;
         }
-        window.vecBegin[size_t(n)] = nBegin;
-        window.vecEnd[size_t(n)] = nEnd;
+        window.vecBegin[n] = nBegin;
+        window.vecEnd[n] = nEnd;
     }
     return window;
 }

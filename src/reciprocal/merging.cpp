@@ -82,7 +82,7 @@ bool hasNoWeight(const QList<Peak3D>& listChain, const PeakMergingParameters& pa
 
 bool isSelected(const std::vector<char>* pvecSelected, int nID)
 {
-    return !pvecSelected || (nID >= 0 && size_t(nID) < pvecSelected->size() && (*pvecSelected)[size_t(nID)]);
+    return !pvecSelected || (nID >= 0 && size_t(nID) < pvecSelected->size() && (*pvecSelected)[nID]);
 }
 
 int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<char>* pvecSelected)
@@ -122,7 +122,7 @@ FnChainIsOver planeHasPassed(const DataSet& dataSet, const PeakMergingParameters
     }
     const double dfMaxDistance = parameters.m_dfMin3DDistance * dataSet.m_dfPixelSize;
     return [vecTilt, dfMaxDistance](int nFrame, const Peak3D& peakLast) {
-        const Tilt& tilt = vecTilt[size_t(nFrame)];
+        const Tilt& tilt = vecTilt[nFrame];
         return std::fabs(-tilt.dfSin * double(peakLast.fY3D) + tilt.dfCos * double(peakLast.fZ3D)) >
                dfMaxDistance;
     };

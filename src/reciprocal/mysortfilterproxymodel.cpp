@@ -43,7 +43,7 @@ const MySortFilterProxyModel::Key& MySortFilterProxyModel::key(const QModelIndex
 
 bool MySortFilterProxyModel::filterAcceptsRow(int nSourceRow, const QModelIndex&) const
 {
-    return size_t(nSourceRow) >= m_vecPasses.size() || m_vecPasses[size_t(nSourceRow)] != 0;
+    return size_t(nSourceRow) >= m_vecPasses.size() || m_vecPasses[nSourceRow] != 0;
 }
 
 bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const

@@ -233,7 +233,7 @@ private:
                 if (std::isnan(df)) {
                     return false;
                 }
-                bSame = bSame && df == anIndex[size_t(nAxis)];
+                bSame = bSame && df == anIndex[nAxis];
             }
             return bSame == bEqual;
         });
@@ -387,7 +387,7 @@ std::vector<char> CPeakFilter::rowsThatPass(const CPeakTable& table) const
 {
     std::vector<char> vecPasses(size_t(table.rowCount()));
     for (int nRow = 0; nRow < table.rowCount(); ++nRow) {
-        vecPasses[size_t(nRow)] = passes(table, nRow);
+        vecPasses[nRow] = passes(table, nRow);
     }
     return vecPasses;
 }

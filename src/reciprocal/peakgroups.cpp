@@ -26,7 +26,7 @@ public:
         if (nFrame < 0 || nFrame >= m_listPeakFrame.size())
             return -1;
         const QList<Peak3D>& listPeak = m_listPeakFrame[nFrame];
-        auto& vecPlace = m_vecFrame[size_t(nFrame)];  // (nID, place)
+        auto& vecPlace = m_vecFrame[nFrame];  // (nID, place)
         if (int(vecPlace.size()) < listPeak.size()) {
             vecPlace.reserve(size_t(listPeak.size()));
             for (int i = 0; i < listPeak.size(); ++i)
@@ -71,7 +71,7 @@ void setFlag(std::vector<char>& vecFlag, int nID)
         return;
     if (size_t(nID) >= vecFlag.size())
         vecFlag.resize(size_t(nID) + 1, 0);
-    vecFlag[size_t(nID)] = 1;
+    vecFlag[nID] = 1;
 }
 
 /// Calls fnPeak for each peak that the masks put into the group; without masks all are in group 0.
@@ -167,7 +167,7 @@ std::vector<char> flagsOfPeakGroup(const DataSet& dataSet, int nGroup, const QLi
         if (peak.nFrame >= 0)
             setFlag(vecShown, peak.nID);
     forPeaksOfGroup(dataSet, nGroup, [&](const Peak3D& peak) {
-        const bool bShown = peak.nID >= 0 && size_t(peak.nID) < vecShown.size() && vecShown[size_t(peak.nID)];
+        const bool bShown = peak.nID >= 0 && size_t(peak.nID) < vecShown.size() && vecShown[peak.nID];
         if (!bShown && !liesWithinLimits(peak, limits))
             setFlag(vecFlag, peak.nID);
     });
@@ -194,8 +194,8 @@ RestoredPointGroups withinLimits(const RestoredPointGroups& restored, const Mapp
     for (const QList<int>& listPoint : restored.listGroupPoint) {
         within.listGroupPoint.append(QList<int>());
         for (int nPoint : listPoint)
-            if (vecPlace[size_t(nPoint)] >= 0)
-                within.listGroupPoint.last().append(vecPlace[size_t(nPoint)]);
+            if (vecPlace[nPoint] >= 0)
+                within.listGroupPoint.last().append(vecPlace[nPoint]);
     }
     return within;
 }
@@ -209,7 +209,7 @@ void closeGapsOfGroups(DataSet& dataSet, const RestoredPointGroups& restored)
             continue;
         listGroupPoint.append(restored.listGroupPoint[g]);
         for (int nPoint : restored.listGroupPoint[g])
-            vecHeld[size_t(nPoint)] = 1;
+            vecHeld[nPoint] = 1;
     }
     for (size_t n = 0; n < vecHeld.size(); ++n)
         if (!vecHeld[n])
@@ -234,8 +234,8 @@ void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoi
     }
     for (int g = 0; g < listGroupPoint.size(); ++g)
         for (int nPoint : listGroupPoint[g])
-            if (nPoint >= 0 && nPoint < listViewPoint.size() && vecPlace[size_t(nPoint)] >= 0)
-                vecPeakGroup[listViewPoint[nPoint].nFrame][vecPlace[size_t(nPoint)]].append(g);
+            if (nPoint >= 0 && nPoint < listViewPoint.size() && vecPlace[nPoint] >= 0)
+                vecPeakGroup[listViewPoint[nPoint].nFrame][vecPlace[nPoint]].append(g);
     dataSet.m_vecPeakGroup = vecPeakGroup;
 }
 

@@ -239,7 +239,7 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     Block block;
     for (int nBlock = 0; nBlock < nRuns; nBlock += g_nBlock)
         for (int nLine = 0; nLine < nLines; ++nLine) {
-            const double dfX = line.vecX[std::size_t(nLine)], dfY = line.vecY[std::size_t(nLine)];
+            const double dfX = line.vecX[nLine], dfY = line.vecY[nLine];
             int nFirst = nBlock, nLast = std::min(nBlock + g_nBlock, nRuns);
             narrowRun(box.x, dfSlopeX, dfX - dfSlopeX * dfRunCentre, m_dfPixelSize, nFirst, nLast);
             narrowRun(box.y, dfSlopeY, dfY - dfSlopeY * dfRunCentre, m_dfPixelSize, nFirst, nLast);

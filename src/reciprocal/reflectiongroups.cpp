@@ -50,7 +50,7 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     int nGroup = 1;
     std::vector<int> vecMember;
     for (int nFirst = 0; nFirst < listToDo.size(); ++nFirst) {
-        if (vecDone[size_t(nFirst)])
+        if (vecDone[nFirst])
             continue;
         const IndexKey hklFirst = indexKey(listHKL[nFirst]);
         vecMember.clear();
@@ -67,7 +67,7 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
             take(transformedIndices(hklFirst, operation));
         std::sort(vecMember.begin(), vecMember.end());
         for (int n : vecMember) {
-            vecDone[size_t(n)] = 1;
+            vecDone[n] = 1;
             listResult.append(listToDo[n]);
             listResult.last().nRGroup = nGroup;
             if (++nDone % 10 == 0)

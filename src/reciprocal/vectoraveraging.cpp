@@ -55,24 +55,23 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
     int nNeighboursOf = -1;
     for (int nA = 0; nA < nCount; ++nA) {
         const int nCellA = grid.cellOfPoint(nA);
-        if (vecGone[size_t(nA)] || nCellA < 0)
+        if (vecGone[nA] || nCellA < 0)
             continue;
         if (nNeighboursOf != nCellA)
             grid.neighbours(nCellA, vecRange);
         nNeighboursOf = nCellA;
-        const int nWindowEnd = window.vecEnd[size_t(nA)];
+        const int nWindowEnd = window.vecEnd[nA];
         vecWalk.clear();
         const auto advance = [&](Walk& walk) {
-            while (walk.nPlace < walk.nEnd && vecGone[size_t(grid.order()[size_t(walk.nPlace)])])
+            while (walk.nPlace < walk.nEnd && vecGone[size_t(grid.order()[walk.nPlace])])
                 ++walk.nPlace;
-            walk.nIndex = walk.nPlace < walk.nEnd ? grid.order()[size_t(walk.nPlace)] : nCount;
+            walk.nIndex = walk.nPlace < walk.nEnd ? grid.order()[walk.nPlace] : nCount;
         };
         for (const CVectorGrid::Range& range : vecRange)
             for (int nCell = range.nBegin; nCell < range.nEnd; ++nCell) {
-                int& nHead = vecHead[size_t(nCell)];
+                int& nHead = vecHead[nCell];
                 const int nEnd = grid.cell(nCell).nEnd;
-                while (nHead < nEnd &&
-                       (grid.order()[size_t(nHead)] <= nA || vecGone[size_t(grid.order()[size_t(nHead)])]))
+                while (nHead < nEnd && (grid.order()[nHead] <= nA || vecGone[size_t(grid.order()[nHead])]))
                     ++nHead;
                 Walk walk = {nHead, nEnd, nCount};
                 advance(walk);
@@ -85,12 +84,12 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
                 if (vecWalk[n].nIndex < vecWalk[nNext].nIndex)
                     nNext = n;
             const int nB = vecWalk[nNext].nIndex;
-            if (squaredLength(vecPoint[size_t(nA)] - vecPoint[size_t(nB)]) <= fSquareLimit) {
-                if (vecPile[size_t(nB)].dfWeight > vecPile[size_t(nA)].dfWeight) {
-                    vecGone[size_t(nA)] = 1;
+            if (squaredLength(vecPoint[nA] - vecPoint[nB]) <= fSquareLimit) {
+                if (vecPile[nB].dfWeight > vecPile[nA].dfWeight) {
+                    vecGone[nA] = 1;
                     break;
                 }
-                vecGone[size_t(nB)] = 1;
+                vecGone[nB] = 1;
             }
             ++vecWalk[nNext].nPlace;
             advance(vecWalk[nNext]);
@@ -116,7 +115,7 @@ std::vector<VectorPile> pilesByDStar(const std::vector<PileSum>& vecSum)
     std::vector<VectorPile> vecSorted;
     vecSorted.reserve(vecPile.size());
     for (const int nPlace : sortedPlaces(std::move(vecKey)))
-        vecSorted.push_back(vecPile[size_t(nPlace)]);
+        vecSorted.push_back(vecPile[nPlace]);
     return vecSorted;
 }
 
@@ -129,7 +128,7 @@ std::vector<DifferenceVector> sortedByDStar(const std::vector<DifferenceVector>&
     std::vector<DifferenceVector> vecSorted;
     vecSorted.reserve(vecVector.size());
     for (const int nPlace : sortedPlaces(std::move(vecKey)))
-        vecSorted.push_back(vecVector[size_t(nPlace)]);
+        vecSorted.push_back(vecVector[nPlace]);
     return vecSorted;
 }
 

@@ -41,15 +41,15 @@ CVectorGrid::CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide)
     const std::vector<int> vecPlace = sortedPlaces(vecKey);
     m_vecOrder.reserve(vecKey.size());
     for (const int nPlace : vecPlace) {
-        const uint64_t nKey = vecKey[size_t(nPlace)];
+        const uint64_t nKey = vecKey[nPlace];
         if (m_vecKey.empty() || m_vecKey.back() != nKey) {
             m_vecKey.push_back(nKey);
             m_vecCell.push_back({int(m_vecOrder.size()), int(m_vecOrder.size())});
         }
-        const int nPoint = vecFinite[size_t(nPlace)];
+        const int nPoint = vecFinite[nPlace];
         m_vecOrder.push_back(nPoint);
         ++m_vecCell.back().nEnd;
-        m_vecCellOfPoint[size_t(nPoint)] = int(m_vecCell.size()) - 1;
+        m_vecCellOfPoint[nPoint] = int(m_vecCell.size()) - 1;
     }
 }
 
@@ -68,21 +68,21 @@ void CVectorGrid::neighbours(int nCell, std::vector<Range>& vecRange) const
 void CVectorGrid::CWalk::neighbours(int nCell, std::vector<Range>& vecRange)
 {
     const std::vector<uint64_t>& vecKey = m_grid.m_vecKey;
-    const uint64_t nKey = vecKey[size_t(nCell)];
+    const uint64_t nKey = vecKey[nCell];
     const bool bForward = m_nLast >= 0 && nCell >= m_nLast;
     m_nLast = nCell;
     vecRange.clear();
     for (int nRow = 0; nRow < 9; ++nRow) {
         const uint64_t nBefore = rowBefore(nKey, nRow);
-        int& nBegin = m_anBegin[size_t(nRow)];
+        int& nBegin = m_anBegin[nRow];
         if (bForward) {
-            while (size_t(nBegin) < vecKey.size() && vecKey[size_t(nBegin)] < nBefore)
+            while (size_t(nBegin) < vecKey.size() && vecKey[nBegin] < nBefore)
                 ++nBegin;
         } else {
             nBegin = int(std::lower_bound(vecKey.begin(), vecKey.end(), nBefore) - vecKey.begin());
         }
         int nEnd = nBegin;
-        while (size_t(nEnd) < vecKey.size() && vecKey[size_t(nEnd)] <= nBefore + 2)
+        while (size_t(nEnd) < vecKey.size() && vecKey[nEnd] <= nBefore + 2)
             ++nEnd;
         if (nEnd > nBegin)
             vecRange.push_back({nBegin, nEnd});

@@ -27,11 +27,11 @@ public:
 
     int cellCount() const { return int(m_vecCell.size()); }
     /// The points of a cube, as a range of order().
-    Range cell(int nCell) const { return m_vecCell[size_t(nCell)]; }
+    Range cell(int nCell) const { return m_vecCell[nCell]; }
     /// Indices of the points, cube by cube, ascending within a cube.
     const std::vector<int>& order() const { return m_vecOrder; }
     /// The cube of a point, −1 for a point that is not finite.
-    int cellOfPoint(int nPoint) const { return m_vecCellOfPoint[size_t(nPoint)]; }
+    int cellOfPoint(int nPoint) const { return m_vecCellOfPoint[nPoint]; }
     /// Up to nine ranges of cubes around and including a cube: those of a range follow each other in order(),
     /// too. Replaces the content of `vecRange`.
     void neighbours(int nCell, std::vector<Range>& vecRange) const;

@@ -161,7 +161,7 @@ void CPileWorker::takeCandidates(const CVectorGrid::Range& own)
     int nBegin = std::numeric_limits<int>::max();
     int nEnd = 0;
     for (int nPlace = own.nBegin; nPlace < own.nEnd; ++nPlace) {
-        const size_t nIndex = size_t(m_vecByCube[size_t(nPlace)].nIndex);
+        const size_t nIndex = size_t(m_vecByCube[nPlace].nIndex);
         nBegin = std::min(nBegin, m_window.vecBegin[nIndex]);
         nEnd = std::max(nEnd, m_window.vecEnd[nIndex]);
     }
@@ -174,7 +174,7 @@ void CPileWorker::takeCandidates(const CVectorGrid::Range& own)
     for (const CVectorGrid::Range& range : m_vecRange) {
         const int nLast = m_grid.cell(range.nEnd - 1).nEnd;
         for (int nPlace = m_grid.cell(range.nBegin).nBegin; nPlace < nLast; ++nPlace) {
-            const int nIndex = m_grid.order()[size_t(nPlace)];
+            const int nIndex = m_grid.order()[nPlace];
             m_vecKey[nTaken] = uint64_t(nIndex) << 32 | uint64_t(nPlace);
             nTaken += int(nIndex >= nBegin) & int(nIndex < nEnd);
         }
@@ -230,7 +230,7 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
     vecSum.reserve(vecVector.size());
     bool bFloatWeights = true;
     for (int n = 0; n < nCount; ++n) {
-        const DifferenceVector& vector = vecVector[size_t(n)];
+        const DifferenceVector& vector = vecVector[n];
         const Vec3D vecWeighted = scaledDouble(vector.v, vector.dfWeight);
         vecOwn.push_back({vector.v.x, vector.v.y, vector.v.z, vecWeighted.x, vecWeighted.y, vecWeighted.z,
                           vector.dfWeight, n});
@@ -245,7 +245,7 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
     std::vector<Contribution> vecByCube;
     vecByCube.reserve(grid.order().size());
     for (const int nIndex : grid.order()) {
-        vecByCube.push_back(vecOwn[size_t(nIndex)]);
+        vecByCube.push_back(vecOwn[nIndex]);
     }
     std::atomic<int> nDone{0};
     const auto makeWorker = [&]() -> FnPiece {

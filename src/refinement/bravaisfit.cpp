@@ -97,7 +97,7 @@ GeometryModel geometryModel(const GeometryWork& work, const GeometryFit& fit, bo
                                     matDerivative.transpose();
     std::array<double, 6> aError;
     for (int n = 0; n < 6; ++n) {
-        aError[size_t(n)] = std::sqrt(std::max(0.0, matCell(n, n)));
+        aError[n] = std::sqrt(std::max(0.0, matCell(n, n)));
     }
     model.cellErrors = {aError[0], aError[1], aError[2], aError[3], aError[4], aError[5]};
     return model;

@@ -103,10 +103,10 @@ std::array<T, 6> parametersOf(const Matrix3<T>& rows)
     using std::sqrt;
     std::array<T, 3> length;
     for (int n = 0; n < 3; ++n) {
-        length[size_t(n)] = sqrt(rows.row(n).squaredNorm());
+        length[n] = sqrt(rows.row(n).squaredNorm());
     }
     const auto angle = [&](int n, int m) {
-        return acos(rows.row(n).dot(rows.row(m)) / (length[size_t(n)] * length[size_t(m)])) * (180 / g_dfPi);
+        return acos(rows.row(n).dot(rows.row(m)) / (length[n] * length[m])) * (180 / g_dfPi);
     };
     return {length[0], length[1], length[2], angle(1, 2), angle(0, 2), angle(0, 1)};
 }
@@ -132,7 +132,7 @@ std::array<Jet, 9> jetsOf(const GeometryNumbers& numbers)
 {
     std::array<Jet, 9> aJet;
     for (int n = 0; n < 9; ++n) {
-        aJet[size_t(n)] = Jet(numbers[size_t(n)], n);
+        aJet[n] = Jet(numbers[n], n);
     }
     return aJet;
 }
@@ -199,7 +199,7 @@ Eigen::Matrix3d CellForm::reciprocal(const GeometryNumbers& numbers,
     listDerivative.assign(size_t(freeNumbers()), Eigen::Matrix3d::Zero());
     if (!m_constraint) {
         for (int n = 0; n < 9; ++n) {
-            listDerivative[size_t(n)](n / 3, n % 3) = 1;
+            listDerivative[n](n / 3, n % 3) = 1;
         }
         return reciprocal(numbers);
     }

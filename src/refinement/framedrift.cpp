@@ -159,7 +159,7 @@ public:
             const bool bJump = jumps(frame, drift.dfScatter);
             const double dfShare = std::max(scatterShare(frame, drift.dfScatter),
                                             bJump ? jumpShare(frame, drift.dfScatter) : 0);
-            FramePlace& offset = listOffset[size_t(frame.nFrame)];
+            FramePlace& offset = listOffset[frame.nFrame];
             offset = offset - -dfShare * beside;
             drift.nJumps += bJump;
         }
@@ -362,7 +362,7 @@ private:
     {
         FramePlace sum;
         for (const auto& [nFrame, listPeak] : m_mapFrame) {
-            const FramePlace& offset = listOffset[size_t(nFrame)];
+            const FramePlace& offset = listOffset[nFrame];
             const double dfPeaks = double(listPeak.size());
             sum = {sum.dfX + dfPeaks * offset.dfX, sum.dfY + dfPeaks * offset.dfY};
         }

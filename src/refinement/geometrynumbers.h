@@ -50,7 +50,7 @@ constexpr int g_nPlaneNumbers = TiltScale - Axis;
 template <class T>
 PlaneTerms<T> planeTermsOf(const std::array<T, g_nPlaneNumbers>& number, double dfCos, double dfSin)
 {
-    const auto at = [&](GeometryNumber which) { return number[size_t(which - Axis)]; };
+    const auto at = [&](GeometryNumber which) { return number[which - Axis]; };
     PlaneTerms<T> terms;
     terms.axis = at(Axis);
     terms.centreX = at(CentreX);

@@ -41,7 +41,7 @@ bool liesInPlane(const GeometryWork& work)
 {
     Eigen::Matrix3d matSum = Eigen::Matrix3d::Zero();
     for (const int n : work.listUsed) {
-        const DoubleVector index = realIndices(work.listSpot[size_t(n)]);
+        const DoubleVector index = realIndices(work.listSpot[n]);
         const Eigen::Vector3d vec(index[0], index[1], index[2]);
         matSum += vec * vec.transpose();
     }
@@ -77,7 +77,7 @@ std::vector<int> stateOf(const GeometryWork& work)
 {
     std::vector<int> listState = work.listUsed;
     for (const int n : work.listUsed) {
-        const auto& anIndex = work.listSpot[size_t(n)].anIndex;
+        const auto& anIndex = work.listSpot[n].anIndex;
         listState.insert(listState.end(), anIndex.begin(), anIndex.end());
     }
     return listState;
@@ -254,7 +254,7 @@ private:
     int indexedOf(const std::vector<int>& listWithin) const
     {
         return int(std::count_if(listWithin.begin(), listWithin.end(),
-                                 [&](int n) { return m_work.listSpot[size_t(n)].bIndexed; }));
+                                 [&](int n) { return m_work.listSpot[n].bIndexed; }));
     }
 
     void fixUndetermined(GeometryFit& fit)
@@ -282,7 +282,7 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
     before.numbers = numbersOf(start, work.dfAzimuthZero);
     Eigen::Matrix3d matBasis;
     for (int n = 0; n < 9; ++n) {
-        matBasis(n / 3, n % 3) = start.aBasis[size_t(n / 3)][size_t(n % 3)];
+        matBasis(n / 3, n % 3) = start.aBasis[n / 3][n % 3];
     }
     before.form.setStart(before.numbers, matBasis);
     before.listFree = usualNumbers(options, result.listFixed);

@@ -24,14 +24,14 @@ FrameTurn frameTurn(const GeometryNumbers& numbers, double dfMiddleTilt, double 
 {
     std::array<TurnJet, 3> aJet;
     for (int n = 0; n < 3; ++n) {
-        aJet[size_t(n)] = TurnJet(numbers[size_t(TiltScale) + size_t(n)], n);
+        aJet[n] = TurnJet(numbers[size_t(TiltScale) + size_t(n)], n);
     }
     const std::array<TurnJet, 9> aTurn = turnToLaboratory(turnTermsOf(aJet), dfMiddleTilt, dfTilt);
     FrameTurn turn;
     for (int n = 0; n < 9; ++n) {
-        turn.matTurn(n / 3, n % 3) = aTurn[size_t(n)].a;
+        turn.matTurn(n / 3, n % 3) = aTurn[n].a;
         for (int m = 0; m < 3; ++m) {
-            turn.aDerivative[size_t(m)](n / 3, n % 3) = aTurn[size_t(n)].v[m];
+            turn.aDerivative[m](n / 3, n % 3) = aTurn[n].v[m];
         }
     }
     return turn;
@@ -41,7 +41,7 @@ PlaneTerms<PlaneJet> planeJets(const GeometryNumbers& numbers, double dfCos, dou
 {
     std::array<PlaneJet, g_nPlaneNumbers> aJet;
     for (int n = 0; n < g_nPlaneNumbers; ++n) {
-        aJet[size_t(n)] = PlaneJet(numbers[size_t(Axis) + size_t(n)], n);
+        aJet[n] = PlaneJet(numbers[size_t(Axis) + size_t(n)], n);
     }
     return planeTermsOf(aJet, dfCos, dfSin);
 }
@@ -67,7 +67,7 @@ CGeometryResiduals::CGeometryResiduals(const std::vector<GeometrySpot>& listSpot
     std::map<int, int> mapChain;
     std::map<double, int> mapTilt;
     for (const int n : m_listUsed) {
-        const GeometrySpot& spot = m_listSpot[size_t(n)];
+        const GeometrySpot& spot = m_listSpot[n];
         const int nChain = mapChain.emplace(spot.nChain, int(mapChain.size())).first->second;
         m_listChainRow.push_back(2 * spots() + nChain);
         const auto [it, bNew] = mapTilt.emplace(spot.dfTilt, int(mapTilt.size()));
@@ -124,8 +124,8 @@ void CGeometryResiduals::evaluateSpots(int nFirst, int nEnd, const Terms& terms,
     const double dfPixel = m_fixed.dfPixelSize;
     Eigen::Matrix<double, 3, Eigen::Dynamic> matDerivative(3, nFree);
     for (int n = nFirst; n < nEnd; ++n) {
-        const GeometrySpot& spot = m_listSpot[size_t(m_listUsed[size_t(n)])];
-        const FrameTurn& turn = terms.listTurn[size_t(m_listTiltOf[size_t(n)])];
+        const GeometrySpot& spot = m_listSpot[size_t(m_listUsed[n])];
+        const FrameTurn& turn = terms.listTurn[size_t(m_listTiltOf[n])];
         const Eigen::Vector3d vecIndex(spot.anIndex[0], spot.anIndex[1], spot.anIndex[2]);
         const Eigen::Vector3d vecPoint = terms.matBasis * vecIndex;
         // Derivatives cost some times what the values do.
@@ -133,7 +133,7 @@ void CGeometryResiduals::evaluateSpots(int nFirst, int nEnd, const Terms& terms,
         const Eigen::Vector3d vecOff = (Eigen::Vector3d(seenValue[0], seenValue[1], seenValue[2]) -
                                         turn.matTurn * vecPoint) /
                                        dfPixel;
-        const double dfAlong = g_dfWeightAlongBeam * m_listShare[size_t(n)];
+        const double dfAlong = g_dfWeightAlongBeam * m_listShare[n];
         vecResidual.segment<2>(2 * n) = vecOff.head<2>();
         along.vecResidual[n] = dfAlong * vecOff[2];
         if (!pJacobian) {
@@ -141,15 +141,15 @@ void CGeometryResiduals::evaluateSpots(int nFirst, int nEnd, const Terms& terms,
         }
         const std::array<PlaneJet, 3> seen = spherePoint(terms.jets, m_fixed, spot.place);
         for (int nColumn = 0; nColumn < nFree; ++nColumn) {
-            const int nNumber = listFree[size_t(nColumn)];
+            const int nNumber = listFree[nColumn];
             if (isOfCell(nNumber)) {
-                matDerivative.col(nColumn) = -(
-                    turn.matTurn * (terms.listBasisDerivative[size_t(nNumber)].transpose() * vecIndex));
+                matDerivative.col(nColumn) = -(turn.matTurn *
+                                               (terms.listBasisDerivative[nNumber].transpose() * vecIndex));
             } else if (nNumber < TiltScale) {
                 const int nJet = nNumber - Axis;
                 matDerivative.col(nColumn) << seen[0].v[nJet], seen[1].v[nJet], seen[2].v[nJet];
             } else {
-                matDerivative.col(nColumn) = -(turn.aDerivative[size_t(nNumber - TiltScale)] * vecPoint);
+                matDerivative.col(nColumn) = -(turn.aDerivative[nNumber - TiltScale] * vecPoint);
             }
         }
         matDerivative /= dfPixel;
@@ -181,7 +181,7 @@ void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm
     };
     sideBySide((spots() + nSpotsOfPiece - 1) / nSpotsOfPiece, m_nJobs, makeWorker);
     for (int n = 0; n < spots(); ++n) {
-        const int nChainRow = m_listChainRow[size_t(n)];
+        const int nChainRow = m_listChainRow[n];
         vecResidual[nChainRow] += along.vecResidual[n];
         if (pJacobian) {
             pJacobian->row(nChainRow) += along.matJacobian.row(n);

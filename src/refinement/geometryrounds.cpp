@@ -31,9 +31,9 @@ std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot
     for (const GeometrySpot& spot : listSpot) {
         const DoubleVector point = pointOfPlace(geometry, spot.place, spot.dfTilt);
         for (size_t n = 0; n < 3; ++n) {
-            listMean[size_t(spot.nChain)][n] += spot.dfWeight * point[n];
+            listMean[spot.nChain][n] += spot.dfWeight * point[n];
         }
-        listWeight[size_t(spot.nChain)] += spot.dfWeight;
+        listWeight[spot.nChain] += spot.dfWeight;
     }
     for (size_t n = 0; n < listMean.size(); ++n) {
         const double dfWeight = listWeight[n];
@@ -87,7 +87,7 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
     distances.listAlong.reserve(size_t(residuals.spots()));
     for (int n = 0; n < residuals.spots(); ++n) {
         distances.listPlane.push_back(vecResidual.segment<2>(2 * n).norm());
-        distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[size_t(n)]]));
+        distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[n]]));
     }
     return distances;
 }
@@ -137,7 +137,7 @@ CGeometryResiduals GeometryWork::residualsOfHalf(int nHalf) const
 {
     std::vector<int> listHalf;
     std::copy_if(listUsed.begin(), listUsed.end(), std::back_inserter(listHalf),
-                 [&](int n) { return listSpot[size_t(n)].nFrame % 2 == nHalf; });
+                 [&](int n) { return listSpot[n].nFrame % 2 == nHalf; });
     return {listSpot, listHalf, fixed, dfAzimuthZero, nJobs};
 }
 
@@ -147,7 +147,7 @@ DiffractionGeometry GeometryWork::geometryOf(const GeometryFit& fit) const
     setNumbers(geometry, fit.numbers, dfAzimuthZero);
     const Eigen::Matrix3d matBasis = fit.form.reciprocal(fit.numbers);
     for (int n = 0; n < 3; ++n) {
-        geometry.aBasis[size_t(n)] = {matBasis(n, 0), matBasis(n, 1), matBasis(n, 2)};
+        geometry.aBasis[n] = {matBasis(n, 0), matBasis(n, 1), matBasis(n, 2)};
     }
     return geometry;
 }
@@ -155,7 +155,7 @@ DiffractionGeometry GeometryWork::geometryOf(const GeometryFit& fit) const
 void GeometryWork::setDrift(std::vector<FramePlace> listNew)
 {
     const auto driftOf = [](const std::vector<FramePlace>& list, int nFrame) {
-        return size_t(nFrame) < list.size() ? list[size_t(nFrame)] : FramePlace();
+        return size_t(nFrame) < list.size() ? list[nFrame] : FramePlace();
     };
     const auto moveSpot = [&](GeometrySpot& spot) {
         const FramePlace was = driftOf(listDrift, spot.nFrame), now = driftOf(listNew, spot.nFrame);
@@ -198,12 +198,12 @@ std::vector<FrameDistance> frameDistances(const GeometryWork& work, const Geomet
     std::vector<FrameDistance> listDistance;
     listDistance.reserve(work.listNear.size());
     for (int n = 0; n < residuals.spots(); ++n) {
-        const GeometrySpot& spot = work.listSpot[size_t(work.listNear[size_t(n)])];
+        const GeometrySpot& spot = work.listSpot[size_t(work.listNear[n])];
         const double dfAlong = vecResidual[2 * n], dfAcross = vecResidual[2 * n + 1];
         FramePlace off = {dfCos * dfAlong + dfSin * dfAcross, dfCos * dfAcross - dfSin * dfAlong};
         if (size_t(spot.nFrame) < work.listDrift.size()) {
-            off.dfX += work.listDrift[size_t(spot.nFrame)].dfX;
-            off.dfY += work.listDrift[size_t(spot.nFrame)].dfY;
+            off.dfX += work.listDrift[spot.nFrame].dfX;
+            off.dfY += work.listDrift[spot.nFrame].dfY;
         }
         listDistance.push_back({spot.nFrame, spot.nChain, off});
     }
@@ -241,7 +241,7 @@ int joinSpots(GeometryWork& work, const GeometryFit& fit, const SpotLimits& limi
         (whole ? listNear : listRest).push_back(spot);
     }
     for (const int n : work.listUsed) {
-        listUsed.push_back(work.listSpot[size_t(n)]);
+        listUsed.push_back(work.listSpot[n]);
     }
     // A reflection is seen on this side of the sphere and on that alike: twice the median is nearly all of
     // it.

@@ -16,7 +16,7 @@ public:
         : m_residuals(residuals), m_form(fit.form), m_listFree(fit.listFree), m_numbers(fit.numbers)
     {
         for (const int nNumber : m_listFree) {
-            m_listValue.push_back(m_numbers[size_t(nNumber)]);
+            m_listValue.push_back(m_numbers[nNumber]);
         }
     }
     double* values() { return m_listValue.data(); }
@@ -126,17 +126,16 @@ int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFr
         }
     };
     for (int n = 0; n < int(listFree.size()); ++n) {
-        if (isOfCell(listFree[size_t(n)])) {
+        if (isOfCell(listFree[n])) {
             continue;
         }
         if (!(matInverse(n, n) > 0 && matInverse(n, n) < dfAll)) {
-            take(listFree[size_t(n)]);
+            take(listFree[n]);
         }
         for (int m = 0; m < n; ++m) {
             const double dfScale = std::sqrt(matInverse(n, n) * matInverse(m, m));
-            if (!isOfCell(listFree[size_t(m)]) && !(std::abs(matInverse(n, m)) <= dfPair * dfScale)) {
-                take(priorityOf(listFree[size_t(n)]) < priorityOf(listFree[size_t(m)]) ? listFree[size_t(n)]
-                                                                                       : listFree[size_t(m)]);
+            if (!isOfCell(listFree[m]) && !(std::abs(matInverse(n, m)) <= dfPair * dfScale)) {
+                take(priorityOf(listFree[n]) < priorityOf(listFree[m]) ? listFree[n] : listFree[m]);
             }
         }
     }
@@ -150,7 +149,7 @@ Eigen::MatrixXd scaledPart(const Eigen::MatrixXd& mat, const std::vector<int>& l
     Eigen::MatrixXd part(nCount, nCount);
     for (Eigen::Index n = 0; n < nCount; ++n) {
         for (Eigen::Index m = 0; m < nCount; ++m) {
-            const Eigen::Index nRow = listColumn[size_t(n)], nColumn = listColumn[size_t(m)];
+            const Eigen::Index nRow = listColumn[n], nColumn = listColumn[m];
             const double dfScale = std::sqrt(mat(nRow, nRow) * mat(nColumn, nColumn));
             part(n, m) = dfScale > 0 ? mat(nRow, nColumn) / dfScale : 0;
         }
@@ -215,7 +214,7 @@ GeometryNormal geometryNormal(const CGeometryResiduals& residuals, const Geometr
                              Eigen::MatrixXd::Zero(residuals.chains(), nFree)};
     const int nFirstChain = 2 * residuals.spots();
     for (int n = 0; n < residuals.spots(); ++n) {
-        addBlock(normal, matJacobian, vecResidual, 2 * n, 2, residuals.chainRows()[size_t(n)] - nFirstChain);
+        addBlock(normal, matJacobian, vecResidual, 2 * n, 2, residuals.chainRows()[n] - nFirstChain);
     }
     for (int n = 0; n < residuals.chains(); ++n) {
         addBlock(normal, matJacobian, vecResidual, nFirstChain + n, 1, n);

@@ -100,7 +100,7 @@ GeometryFit withoutNumbers(const GeometryFit& fit, const std::vector<int>& listL
     for (const int nNumber : listLess) {
         less.listFree.erase(std::remove(less.listFree.begin(), less.listFree.end(), nNumber),
                             less.listFree.end());
-        less.numbers[size_t(nNumber)] = dfValue;
+        less.numbers[nNumber] = dfValue;
     }
     return less;
 }

@@ -71,7 +71,7 @@ std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const
     chooseSpots(work, model.fit, dfIndexTolerance);
     std::vector<GeometrySpot> listKept;
     for (const int n : work.listUsed) {
-        listKept.push_back(work.listSpot[size_t(n)]);
+        listKept.push_back(work.listSpot[n]);
     }
     return listKept;
 }

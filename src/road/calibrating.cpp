@@ -65,8 +65,7 @@ Calibration calibrationOfModel(const DataSet& dataSet, const GeometryModel& mode
         const bool bOfCrystal = row.number == CentreX || row.number == CentreY || row.number == TiltScale ||
                                 row.number == TiltOffset;
         if (!bOfCrystal && std::find(listFree.begin(), listFree.end(), int(row.number)) != listFree.end()) {
-            calibration.mapError[geometryNumberName(row.number)] = row.dfFactor *
-                                                                   model.errors[size_t(row.number)];
+            calibration.mapError[geometryNumberName(row.number)] = row.dfFactor * model.errors[row.number];
         }
     }
     if (known) {

@@ -91,7 +91,7 @@ QJsonObject geometryObject(const GeometryRefinement& refinement)
     QJsonObject errors;
     for (const int nNumber : best.fit.listFree) {
         if (!isOfCell(nNumber)) {
-            errors[geometryNumberName(nNumber)] = best.errors[size_t(nNumber)];
+            errors[geometryNumberName(nNumber)] = best.errors[nNumber];
         }
     }
     object[QStringLiteral("standardErrors")] = errors;

@@ -127,7 +127,7 @@ void CHtmlPage::table(const QStringList& listHead, const std::vector<QStringList
     for (const QStringList& listCell : listRow) {
         open("tr");
         for (int n = 0; n < listCell.size(); ++n) {
-            element("td", listCell[n], size_t(n) < listClass.size() ? listClass[size_t(n)] : "");
+            element("td", listCell[n], size_t(n) < listClass.size() ? listClass[n] : "");
         }
         close();
     }

@@ -21,7 +21,7 @@ JudgedLattice judgedLattice(const SeriesGeometry& series, const GeometryRefineme
     JudgedLattice judged;
     Eigen::Matrix3d matReciprocal;
     for (int n = 0; n < 3; ++n) {
-        const DoubleVector& vec = series.geometry.aBasis[size_t(n)];
+        const DoubleVector& vec = series.geometry.aBasis[n];
         matReciprocal.row(n) << vec[0], vec[1], vec[2];
     }
     judged.cell = cellOf(matReciprocal.inverse().transpose());

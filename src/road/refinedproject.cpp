@@ -67,7 +67,7 @@ ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model)
     shifts.dfCenterX += first.dfX;
     shifts.dfCenterY += first.dfY;
     for (int n = 0; n < shifts.listShift.size(); ++n) {
-        const FramePlace& offset = listOffset[size_t(n)];
+        const FramePlace& offset = listOffset[n];
         shifts.listShift[n] += QPointF(offset.dfX - first.dfX, offset.dfY - first.dfY);
     }
     return shifts;

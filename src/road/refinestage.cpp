@@ -107,8 +107,8 @@ QString cellText(const CellParameters& cell, const CellParameters& stdErr)
     for (int i = 0; i < 6; ++i) {
         listPart.append(QStringLiteral("%1=%2(%3)%4")
                             .arg(QString::fromUtf8(aszName[i]))
-                            .arg(adfCell[size_t(i)], 0, 'f', i < 3 ? 4 : 3)
-                            .arg(adfError[size_t(i)], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(adfCell[i], 0, 'f', i < 3 ? 4 : 3)
+                            .arg(adfError[i], 0, 'f', i < 3 ? 4 : 3)
                             .arg(i < 3 ? QStringLiteral(" Å") : QStringLiteral("°")));
     }
     return listPart.join(QStringLiteral(", "));

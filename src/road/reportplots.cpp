@@ -34,13 +34,13 @@ SvgSeries residualsByFrame(const QString& strName, const std::vector<SpotResidua
     std::vector<double> listSum(size_t(nFrames), 0), listCount(size_t(nFrames), 0);
     for (const SpotResidual& residual : listResidual) {
         if (residual.nFrame >= 0 && residual.nFrame < nFrames) {
-            listSum[size_t(residual.nFrame)] += residual.dfX * residual.dfX + residual.dfY * residual.dfY;
-            listCount[size_t(residual.nFrame)] += 2;  // along one direction, as the rms of the log
+            listSum[residual.nFrame] += residual.dfX * residual.dfX + residual.dfY * residual.dfY;
+            listCount[residual.nFrame] += 2;  // along one direction, as the rms of the log
         }
     }
     SvgSeries series{strName, {}, true, false};
     for (int n = 0; n < nFrames; ++n) {  // a frame without spots is 0/0 and leaves a gap
-        series.listPoint.emplace_back(n + 1, std::sqrt(listSum[size_t(n)] / listCount[size_t(n)]));
+        series.listPoint.emplace_back(n + 1, std::sqrt(listSum[n] / listCount[n]));
     }
     return series;
 }

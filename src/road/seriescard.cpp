@@ -37,8 +37,8 @@ std::optional<CellParameters> cellOfArray(const QJsonArray& array)
     }
     std::array<double, 6> adf = {};
     for (int i = 0; i < 6; ++i) {
-        adf[size_t(i)] = array[i].toDouble();
-        if (!(adf[size_t(i)] > 0)) {
+        adf[i] = array[i].toDouble();
+        if (!(adf[i] > 0)) {
             return std::nullopt;
         }
     }

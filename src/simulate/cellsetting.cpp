@@ -78,11 +78,11 @@ void forEachTriple(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
         const int nRatio = int(std::lround(std::abs(determinantOf(triple.indices()))));
         double dfSum = 0;
         for (int i = 0; i < 3; ++i) {
-            const double dfAngle = triple.angle(i) - adfAngle[size_t(i)];
+            const double dfAngle = triple.angle(i) - adfAngle[i];
             if (!(std::abs(dfAngle) < g_dfLargestAngle)) {
                 return;
             }
-            const double dfShare = adfCell[size_t(i)] / triple.apVector[i]->dfLength - 1;
+            const double dfShare = adfCell[i] / triple.apVector[i]->dfLength - 1;
             dfSum += dfAngle * dfAngle + dfShare * dfShare;
         }
         if (nRatio >= 1) {
@@ -114,7 +114,7 @@ CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matr
         setting.bFound = true;
         setting.nVolumeRatio = nRatio;
         for (int i = 0; i < 3; ++i) {
-            setting.adfTrue[size_t(i)] = triple.apVector[i]->dfLength;
+            setting.adfTrue[i] = triple.apVector[i]->dfLength;
             setting.adfTrue[size_t(i) + 3] = triple.angle(i) * 180 / g_dfPi;
         }
     });

@@ -51,7 +51,7 @@ struct CrossingFinder {
     {
         const auto [dfLow, dfHigh] = std::minmax({frameOf(dfFirst), frameOf(dfLast)});
         for (int n = nearestFrame(dfLow); n <= nearestFrame(dfHigh); ++n) {
-            if (series.listScale[size_t(n)] == 0) {
+            if (series.listScale[n] == 0) {
                 return true;
             }
         }

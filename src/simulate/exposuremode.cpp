@@ -76,7 +76,7 @@ std::vector<double> frameScales(const SimulationParameters& parameters)
     std::vector<double> listScale(size_t(parameters.nFrames), 1);
     for (int n = 0; n < parameters.nFrames; ++n) {
         const double dfDone = parameters.nFrames > 1 ? double(n) / (parameters.nFrames - 1) : 0;
-        double& dfScale = listScale[size_t(n)];
+        double& dfScale = listScale[n];
         if (parameters.dfFade != 1) {
             dfScale *= std::pow(parameters.dfFade, dfDone);
         }
@@ -97,7 +97,7 @@ std::vector<double> frameDecays(const SimulationParameters& parameters)
 {
     std::vector<double> listDecay(size_t(parameters.nFrames), 0);
     for (int n = 1; n < parameters.nFrames; ++n) {
-        listDecay[size_t(n)] = parameters.dfFadeB * n / (parameters.nFrames - 1);
+        listDecay[n] = parameters.dfFadeB * n / (parameters.nFrames - 1);
     }
     return listDecay;
 }

@@ -23,7 +23,7 @@ bool readMatrix(const QJsonValue& value, Matrix3& mat)
             return false;
         }
         for (int j = 0; j < 3; ++j) {
-            mat[size_t(i)][size_t(j)] = arrayRow.at(j).toDouble();
+            mat[i][j] = arrayRow.at(j).toDouble();
         }
     }
     return std::abs(determinantOf(mat)) > 1e-9;

@@ -22,7 +22,7 @@ std::optional<std::array<double, 6>> sixNumbers(const QJsonValue& value)
         if (array.size() != 6 || !array[i].isDouble()) {
             return std::nullopt;
         }
-        adf[size_t(i)] = array[i].toDouble();
+        adf[i] = array[i].toDouble();
     }
     return adf;
 }
@@ -51,8 +51,8 @@ JudgedCell judgeCell(const QJsonObject& object, const Matrix3& matTrue, const Ma
     for (int i = 0; i < 6; ++i) {
         const double dfStandard = arrayError.at(i).toDouble();
         if (dfStandard > 0) {
-            const double df = (cell.adfFound[size_t(i)] - cell.adfTrue[size_t(i)]) / dfStandard;
-            cell.aRatio[size_t(i)] = df * df;
+            const double df = (cell.adfFound[i] - cell.adfTrue[i]) / dfStandard;
+            cell.aRatio[i] = df * df;
         }
     }
     return cell;

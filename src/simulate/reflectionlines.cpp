@@ -12,7 +12,7 @@ bool readFields(const QByteArray& line, ReflectionLine& reflection)
 {
     bool bGood = line.size() >= 28;
     for (int i = 0; bGood && i < 3; ++i) {
-        reflection.anIndex[size_t(i)] = line.mid(4 * i, 4).trimmed().toInt(&bGood);
+        reflection.anIndex[i] = line.mid(4 * i, 4).trimmed().toInt(&bGood);
     }
     bool bSigma = false;
     reflection.dfIntensity = bGood ? line.mid(12, 8).trimmed().toDouble(&bGood) : 0;
@@ -68,13 +68,13 @@ bool readCellOfStructureFile(const QString& strFileName, std::array<double, 6>& 
         bool bGood = false;
         if (listWord.first().toUpper() == QLatin1String("CELL") && listWord.size() >= 8) {
             for (int i = 0; i < 6; ++i) {
-                adfRead[size_t(i)] = numberWithoutError(listWord[i + 2], bGood);
+                adfRead[i] = numberWithoutError(listWord[i + 2], bGood);
                 nRead |= unsigned(bGood) << i;
             }
         }
         const int nName = listName.indexOf(listWord.first());
         if (nName >= 0 && listWord.size() >= 2) {
-            adfRead[size_t(nName)] = numberWithoutError(listWord[1], bGood);
+            adfRead[nName] = numberWithoutError(listWord[1], bGood);
             nRead |= unsigned(bGood) << nName;
         }
     }

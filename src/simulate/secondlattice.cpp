@@ -17,13 +17,13 @@ Vector3 turnAxis(const QString& strAxis, const Matrix3& matFirst, CRandomSource&
         return {dfAcross * std::cos(dfAzimuth), dfAcross * std::sin(dfAzimuth), dfZ};
     }
     if (nAxis < 3) {
-        return transposed(inverseOf(matFirst))[size_t(nAxis)];
+        return transposed(inverseOf(matFirst))[nAxis];
     }
     if (nAxis < 6) {
-        return matFirst[size_t(nAxis - 3)];
+        return matFirst[nAxis - 3];
     }
     Vector3 vecAxis{};
-    vecAxis[size_t(nAxis - 6)] = 1;
+    vecAxis[nAxis - 6] = 1;
     return vecAxis;
 }
 }  // namespace

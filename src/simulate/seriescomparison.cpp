@@ -68,7 +68,7 @@ void judgeIndexed(const std::vector<std::vector<TruthSpot>>& listSpot,
         const TruthSpot* pSpot = nullptr;
         bool bRight = false;
         for (size_t n = 0; bFrame && n < comparison.listLattice.size(); ++n) {
-            const TruthSpot* pOwn = strongestSpot(listSpot[size_t(peak.nFrame)], peak.dfX, peak.dfY,
+            const TruthSpot* pOwn = strongestSpot(listSpot[peak.nFrame], peak.dfX, peak.dfY,
                                                   comparison.dfRadius, int(n));
             const bool bOwnRight = pOwn && hasIndices(peak, comparison.listLattice[n].match, *pOwn);
             if (pOwn && !bRight && (bOwnRight || !pSpot || pOwn->dfCounts > pSpot->dfCounts)) {
@@ -81,7 +81,7 @@ void judgeIndexed(const std::vector<std::vector<TruthSpot>>& listSpot,
             continue;
         }
         ++(bRight ? comparison.nIndexedRight : comparison.nIndexedWrong);
-        LatticeShare& share = comparison.listLattice[size_t(pSpot->nLattice)];
+        LatticeShare& share = comparison.listLattice[pSpot->nLattice];
         ++share.nIndexed;
         share.nRight += bRight;
     }
@@ -111,7 +111,7 @@ void judgeHunted(const SimulatedSeries& truth, const std::vector<std::vector<Tru
                 continue;
             }
             ++comparison.nPeaksTrue;
-            ++comparison.listLattice[size_t(pSpot->nLattice)].nHunted;
+            ++comparison.listLattice[pSpot->nLattice].nHunted;
             comparison.nPeaksRepeated += !setHit.insert(pSpot).second;
         }
         // Discs at random overlap, so the share of the frame that they leave falls by the exponential.
@@ -139,7 +139,7 @@ void countFound(const std::vector<std::vector<TruthSpot>>& listSpot,
                 }
             }
             if (spot.dfSignalToNoise >= comparison.adfRatio[0]) {
-                LatticeShare& share = comparison.listLattice[size_t(spot.nLattice)];
+                LatticeShare& share = comparison.listLattice[spot.nLattice];
                 ++share.nSpots;
                 share.nFound += bFound;
             }
@@ -195,7 +195,7 @@ bool readRefinedCell(const QJsonValue& value, std::array<double, 6>& adfCell)
 {
     const QJsonArray array = value.toObject()[QStringLiteral("parameters")].toArray();
     for (int i = 0; i < 6; ++i)
-        adfCell[size_t(i)] = array.at(i).toDouble();
+        adfCell[i] = array.at(i).toDouble();
     return array.size() == 6;
 }
 
@@ -218,7 +218,7 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
     comparison.bCellRead = pmatFound != nullptr;
     comparison.listLattice.resize(size_t(truth.latticeCount()));
     for (int n = 0; pmatFound && n < truth.latticeCount(); ++n) {
-        LatticeMatch& match = comparison.listLattice[size_t(n)].match;
+        LatticeMatch& match = comparison.listLattice[n].match;
         match = matchLattice(*pmatFound, truth.basis(n), truth.matPrimitive);
         if (n == 0 || isBetter(match, comparison.lattice)) {
             comparison.lattice = match;

@@ -168,8 +168,8 @@ std::vector<std::array<double, 2>> patternOffsets(const SimulationParameters& p)
     CRandomSource random(p.nSeed, g_nStreamJump);
     for (int n = bJumps ? p.nJumpEvery / 2 : p.nFrames; n < p.nFrames; n += p.nJumpEvery) {
         const double dfAngle = 2 * g_dfPi * random.uniform();
-        listOffset[size_t(n)][0] += p.dfJump * std::cos(dfAngle);
-        listOffset[size_t(n)][1] += p.dfJump * std::sin(dfAngle);
+        listOffset[n][0] += p.dfJump * std::cos(dfAngle);
+        listOffset[n][1] += p.dfJump * std::sin(dfAngle);
     }
     return listOffset;
 }
@@ -249,9 +249,9 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         if (!(dfRecorded > 0)) {
             continue;
         }
-        const double dfScale = series.listScale[size_t(nFrame)] *
-                               std::exp(-series.listDecay[size_t(nFrame)] * reflection.dfDStar *
-                                        reflection.dfDStar / 2);
+        const double dfScale = series.listScale[nFrame] *
+                               std::exp(-series.listDecay[nFrame] * reflection.dfDStar * reflection.dfDStar /
+                                        2);
         const double dfCounts = dfShare * (p.dfExposure * reflection.dfSquareF / dfMeanSquareF * dfRecorded) *
                                 dfScale;
         if (!(dfCounts > 0.01))
@@ -312,7 +312,7 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     SimulatedSeries result;
     result.parameters = p;
     result.adfCell = structure.adfCell;
-    result.adfCell[size_t(supercell.nAxis)] *= supercell.nMultiple;
+    result.adfCell[supercell.nAxis] *= supercell.nMultiple;
     result.matPrimitive = supercellPrimitive(crystal, supercell);
     orient(crystal, supercell, result);
     fillTilts(p, result);

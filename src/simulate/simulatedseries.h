@@ -45,7 +45,7 @@ struct SimulatedSeries {
     int latticeCount() const { return parameters.dfSecondShare > 0 ? 2 : 1; }
     std::array<double, 2> patternOffset(int nFrame) const
     {
-        return listPatternOffset.empty() ? std::array<double, 2>{} : listPatternOffset[size_t(nFrame)];
+        return listPatternOffset.empty() ? std::array<double, 2>{} : listPatternOffset[nFrame];
     }
     const Matrix3& basis(int nLattice) const { return nLattice == 0 ? matBasis : matSecondBasis; }
 };

@@ -29,7 +29,7 @@ Matrix3 supercellBasis(const Matrix3& matAverage, const Supercell& supercell)
 {
     Matrix3 mat = matAverage;
     if (supercell.nMultiple > 1) {
-        mat[size_t(supercell.nAxis)] = (1.0 / supercell.nMultiple) * matAverage[size_t(supercell.nAxis)];
+        mat[supercell.nAxis] = (1.0 / supercell.nMultiple) * matAverage[supercell.nAxis];
     }
     return mat;
 }
@@ -41,7 +41,7 @@ Matrix3 supercellPrimitive(const CStructureFactor& crystal, const Supercell& sup
     }
     std::vector<SymmetryOperation> listKept;
     for (const SymmetryOperation& operation : crystal.operations()) {
-        if (operation.vecTranslation[size_t(supercell.nAxis)] == 0) {
+        if (operation.vecTranslation[supercell.nAxis] == 0) {
             listKept.push_back(operation);
         }
     }
@@ -57,7 +57,7 @@ std::vector<Reflection> supercellReflections(const CStructureFactor& crystal, co
     }
     // |h| = |g·a| <= |g| |a|
     std::array<double, 6> adfCell = cellOfReciprocalBasis(crystal.reciprocalBasis());
-    adfCell[size_t(supercell.nAxis)] *= supercell.nMultiple;
+    adfCell[supercell.nAxis] *= supercell.nMultiple;
     const int nMaxH = int(dfMaxDStar * adfCell[0]), nMaxK = int(dfMaxDStar * adfCell[1]),
               nMaxL = int(dfMaxDStar * adfCell[2]);
     double dfStrongest = 0;
@@ -65,7 +65,7 @@ std::vector<Reflection> supercellReflections(const CStructureFactor& crystal, co
         for (int k = -nMaxK; k <= nMaxK; ++k) {
             for (int l = -nMaxL; l <= nMaxL; ++l) {
                 Vector3 vecIndex{double(h), double(k), double(l)};
-                vecIndex[size_t(supercell.nAxis)] /= supercell.nMultiple;
+                vecIndex[supercell.nAxis] /= supercell.nMultiple;
                 Reflection reflection{h, k, l, lengthOf(vecIndex * crystal.reciprocalBasis()), 0};
                 if (reflection.dfDStar >= dfMaxDStar || (h == 0 && k == 0 && l == 0)) {
                     continue;

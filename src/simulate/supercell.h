@@ -14,8 +14,7 @@ struct Supercell {
     /// Whether a reflection of the supercell is one of the average structure.
     bool isOfAverage(const Reflection& reflection) const
     {
-        return std::array<int, 3>{reflection.nH, reflection.nK, reflection.nL}[size_t(nAxis)] % nMultiple ==
-               0;
+        return std::array<int, 3>{reflection.nH, reflection.nK, reflection.nL}[nAxis] % nMultiple == 0;
     }
 };
 

@@ -24,7 +24,7 @@ bool ED3DWidget::isPointInSlab(int nPoint) const
 
 bool ED3DWidget::isPointDrawn(int nPoint) const
 {
-    return nPoint >= 0 && nPoint < m_listPoint.size() && m_display.m_pbPointVisible[size_t(nPoint)] &&
+    return nPoint >= 0 && nPoint < m_listPoint.size() && m_display.m_pbPointVisible[nPoint] &&
            isPointInSlab(nPoint);
 }
 

@@ -68,7 +68,7 @@ const NumberName g_aName[] = {
 
 QString nameOfNumber(int nRow)
 {
-    const Parameter& row = parameterTable()[size_t(nRow)];
+    const Parameter& row = parameterTable()[nRow];
     const auto* pName = std::find_if(std::begin(g_aName), std::end(g_aName),
                                      [&](const NumberName& name) { return name.member == row.member; });
     return pName == std::end(g_aName) ? QStringLiteral("Number") : QString::fromUtf8(pName->pszName);

@@ -76,7 +76,7 @@ QList<NumberChange> numberChanges(const WorkState& before, const WorkState& afte
     CNumbers numbersBefore(before);
     CNumbers numbersAfter(after);
     for (int nRow = 0; nRow < int(parameterTable().size()); ++nRow) {
-        const Parameter& row = parameterTable()[size_t(nRow)];
+        const Parameter& row = parameterTable()[nRow];
         const double dfBefore = numbersBefore.value(row);
         const double dfAfter = numbersAfter.value(row);
         if (!areSame(dfBefore, dfAfter)) {

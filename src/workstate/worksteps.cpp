@@ -12,7 +12,7 @@ void CWorkSteps::append(const WorkState& state, const QString& strName)
 
 void CWorkSteps::replace(int nStep, const WorkState& state)
 {
-    Step& step = *m_listStep[size_t(nStep)];
+    Step& step = *m_listStep[nStep];
     m_blocks.remove(step.state);
     step.state = state;
     m_blocks.add(step.state);
@@ -46,7 +46,7 @@ void CWorkSteps::goOn(const WorkState& state, const QString& strName)
 {
     removeBehind(m_nCurrent + 1);
     replace(m_nCurrent, state);
-    m_listStep[size_t(m_nCurrent)]->strName = strName;
+    m_listStep[m_nCurrent]->strName = strName;
     keepWithinBound();
 }
 

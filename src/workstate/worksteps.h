@@ -41,8 +41,8 @@ public:
     int count() const { return int(m_listStep.size()); }  ///< of states
     int current() const { return m_nCurrent; }  ///< place of the state in force; −1 without states
     bool isLast() const { return m_nCurrent == count() - 1; }  ///< nothing is taken back
-    const QString& name(int nStep) const { return m_listStep[size_t(nStep)]->strName; }
-    const WorkState& state(int nStep) const { return m_listStep[size_t(nStep)]->state; }
+    const QString& name(int nStep) const { return m_listStep[nStep]->strName; }
+    const WorkState& state(int nStep) const { return m_listStep[nStep]->state; }
     const WorkState& state() const { return state(m_nCurrent); }  ///< in force
     /// Puts another one in force; false for a place that is none.
     bool goTo(int nStep);

@@ -78,8 +78,8 @@ protected:
                 const QByteArray bytes = readBytes(QDir(folder()).filePath(nameOf(n)));
                 ASSERT_EQ(bytes.size(), g_nHeader + 2 * g_nSide * g_nSide);
                 for (int i = 0; i < g_nSide * g_nSide; ++i) {
-                    vecSum[size_t(i / g_nSide / nBin * nSide + i % g_nSide / nBin)] +=
-                        qFromLittleEndian<quint16>(bytes.constData() + g_nHeader + 2 * i);
+                    vecSum[i / g_nSide / nBin * nSide + i % g_nSide / nBin] += qFromLittleEndian<quint16>(
+                        bytes.constData() + g_nHeader + 2 * i);
                 }
             }
             QByteArray bytesMrc(g_nHeader + 4 * nSide * nSide, '\0');

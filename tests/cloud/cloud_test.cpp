@@ -156,8 +156,7 @@ TEST(Camera, TurnsAsQuaternionsDo)
     const auto expectRotation = [&camera](const QQuaternion& quaternion, double dfTolerance) {
         const QMatrix3x3 matrix = quaternion.toRotationMatrix();
         for (int n = 0; n < 9; n++)
-            ASSERT_NEAR(camera.m_fRotation[size_t(n / 3 * 4 + n % 3)], matrix(n % 3, n / 3), dfTolerance)
-                << n;
+            ASSERT_NEAR(camera.m_fRotation[n / 3 * 4 + n % 3], matrix(n % 3, n / 3), dfTolerance) << n;
     };
     QQuaternion turned;
     const int nW = 611, nH = 400;

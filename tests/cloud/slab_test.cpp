@@ -176,7 +176,7 @@ TEST(NearestZone, IsThatOfABruteSearch)
             const bool bBack = zone.strName.startsWith('-');
             const int nAxis = listAxis.indexOf(zone.strName.mid(bBack ? 1 : 0));
             ASSERT_GE(nAxis, 0) << qPrintable(zone.strName);
-            named = (bBack ? -1.f : 1.f) * asQt(basis.vectors()[size_t(nAxis)]);
+            named = (bBack ? -1.f : 1.f) * asQt(basis.vectors()[nAxis]);
         }
         EXPECT_NEAR(degreesBetween(asQt(view), named), zone.dfOff, 1e-3) << qPrintable(zone.strName);
         if (n % 4 == 0) {

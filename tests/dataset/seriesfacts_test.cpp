@@ -23,7 +23,7 @@ ToldTilts tiltsOf(int nFrames, const Spoil& fnTell, QStringList* plistDoubt = nu
     std::vector<FrameHeader> vecHeader(size_t(nFrames), FrameHeader{});
     QStringList listName, listDoubt;
     for (int i = 0; i < nFrames; ++i) {
-        fnTell(i, vecHeader[size_t(i)]);
+        fnTell(i, vecHeader[i]);
         listName += QString("f%1").arg(i);
     }
     const ToldTilts tilts = tiltsOfHeaders(vecHeader, listName, listDoubt);

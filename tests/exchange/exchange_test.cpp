@@ -199,11 +199,11 @@ TEST(Exchange, PeaksComeBackAsTheirReflections)
     const int nMiddle = int(std::lround(crossings.front().dfFrame));
     for (int n = nMiddle - 1; n <= nMiddle + 1; ++n) {
         const auto place = passages.placeOn(anIndex, n);
-        listBeam[size_t(n)].dfX += 0.3 * n;
+        listBeam[n].dfX += 0.3 * n;
         GeometrySpot spot;
         spot.nFrame = n;
-        spot.dfTilt = series.listTilt[size_t(n)];
-        spot.place = {place->dfX - listBeam[size_t(n)].dfX, place->dfY - listBeam[size_t(n)].dfY};
+        spot.dfTilt = series.listTilt[n];
+        spot.place = {place->dfX - listBeam[n].dfX, place->dfY - listBeam[n].dfY};
         spot.dfWeight = n == nMiddle ? 2 : 1;
         listSpot.push_back(spot);
     }
@@ -228,7 +228,7 @@ TEST(Exchange, PeaksComeBackAsTheirReflections)
     EXPECT_EQ(list[0].anIndex, told->indexOf(anIndex));
     EXPECT_EQ(list[0].nPeaks, 3);
     EXPECT_EQ(list[0].nFirst, nMiddle);
-    EXPECT_NEAR(list[0].seen.dfAngle, told->listAngle[size_t(nMiddle)], 1e-9);
+    EXPECT_NEAR(list[0].seen.dfAngle, told->listAngle[nMiddle], 1e-9);
     EXPECT_NEAR(list[0].seen.place.dfX, list[0].expected.place.dfX, 0.1);
     EXPECT_NEAR(list[0].seen.dfAngle, list[0].expected.dfAngle, told->dfWidth / 2);
 }
@@ -400,12 +400,12 @@ TEST(Exchange, VirtualFramesHoldWholePassages)
     for (const VirtualFrame& frame : list) {
         EXPECT_EQ(frame.nLast - frame.nFirst, 5);
         for (const int n : frame.listObservation) {
-            ++listTimes[size_t(n)];
+            ++listTimes[n];
             EXPECT_TRUE(n >= frame.nFirst && n + 2 <= frame.nLast);
         }
     }
     for (int n = 0; n < 37; ++n) {
-        EXPECT_TRUE(n == 7 ? listTimes[7] == 0 : listTimes[size_t(n)] >= 1) << n;
+        EXPECT_TRUE(n == 7 ? listTimes[7] == 0 : listTimes[n] >= 1) << n;
     }
     EXPECT_EQ(chosenVirtualFrames(integrated, 4, {9, 0}).nMerged, 4);
 }

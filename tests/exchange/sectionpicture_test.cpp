@@ -28,7 +28,7 @@ ReciprocalSection handmade()
     section.listValue.assign(201 * 201, 10.f);
     for (int nRow = 0; nRow < 201; ++nRow) {
         for (int nColumn = 0; nColumn < 201; ++nColumn) {
-            float& f = section.listValue[size_t(201 * nRow + nColumn)];
+            float& f = section.listValue[201 * nRow + nColumn];
             if (nRow % 20 == 0 && nColumn % 20 == 0) {
                 f = 100;
             }

@@ -79,7 +79,7 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
         for (int i = 0; i < 4; ++i) {
             const int n = i / 2, j = i % 2;
             const Peak3D &old = series.peaks[n][j], &peak = refined[n][j];
-            const std::vector<double>& vecFit = results[n][size_t(j)];
+            const std::vector<double>& vecFit = results[n][j];
             const QPointF c = SpotSeries::beam(n), p(old.dfX2D, old.dfY2D), d = p - c;
             const QPointF q(peak.dfX2D, peak.dfY2D), r = 1.01 * (q - c);
             EXPECT_LT(distance(q, SpotSeries::spot(n, j)), 0.02);  // tails of the other spots

@@ -98,7 +98,7 @@ TEST_F(Tiff, RowsAndColumnsAreWhereTheOrientationTells)
         const QSize size = nOrientation < 5 ? QSize(3, 2) : QSize(2, 3);
         EXPECT_EQ(QSize(m_vecImage[0]->Width(), m_vecImage[0]->Height()), size);
         EXPECT_EQ(readTiffHeader(file(), 0).size, size);
-        Pixels vecExpected = vecTurned[size_t(nOrientation - 1)];
+        Pixels vecExpected = vecTurned[nOrientation - 1];
         for (float& f : vecExpected) {
             f = bPicture ? (f == 1 || f == 3 || f == 5 ? 16320.f : 0.f) : f;
         }

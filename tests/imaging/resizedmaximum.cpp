@@ -51,7 +51,7 @@ TEST(FindMaximum, TakesTheFirstInLongDataToo)
     for (int nPlace = 0; nPlace < 300; nPlace++) {
         std::vector<float> vec(300);
         for (int i = 0; i < 300; i++)
-            vec[std::size_t(i)] = i == nPlace || i == 299 ? 500.f : float(i);
+            vec[i] = i == nPlace || i == 299 ? 500.f : float(i);
         EXPECT_EQ(FindMaximumIndex(vec.data(), 300), nPlace);
     }
 }

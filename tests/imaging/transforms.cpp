@@ -116,7 +116,7 @@ TEST(AcmlFft, FiltersInPlaceToTheBitWhatItFiltersIntoImages)
         const std::vector<COMPLEX> vecImage = randomImage(nW * nH);
         const auto fill = [&, nWidth = nW](int nRow, float* pRow) {
             for (int x = 0; x < nWidth; ++x)
-                pRow[x] = vecImage[std::size_t(nRow * nWidth + x)].re;
+                pRow[x] = vecImage[nRow * nWidth + x].re;
         };
         CAcmlFft fft;
         const std::size_t nHalf = vecFilter.size(), nPixels = std::size_t(nW) * std::size_t(nH);
@@ -134,7 +134,7 @@ TEST(AcmlFft, FiltersInPlaceToTheBitWhatItFiltersIntoImages)
                   1);
         EXPECT_EQ(vecRows, vecB) << nW << " " << nH;
         for (int i = 0; i < nW * nH; ++i)
-            ASSERT_EQ(CAcmlFft::KeptPixel(vecPlace.data(), i % nW, i / nW, nH), vecS[std::size_t(i)]) << i;
+            ASSERT_EQ(CAcmlFft::KeptPixel(vecPlace.data(), i % nW, i / nW, nH), vecS[i]) << i;
     }
 }
 

@@ -96,7 +96,7 @@ public:
             m_geometry.listBeam.push_back({g_nSize / 2.0 + 0.3, g_nSize / 2.0 - 0.2});
             m_listPixel.emplace_back(size_t(g_nSize * g_nSize), 7.f);
             for (int y = 10; y < 20; ++y) {
-                m_listPixel.back()[size_t(y * g_nSize + 15)] = std::numeric_limits<float>::quiet_NaN();
+                m_listPixel.back()[y * g_nSize + 15] = std::numeric_limits<float>::quiet_NaN();
             }
         }
     }
@@ -104,12 +104,11 @@ public:
     /// turn is not in a section.
     void addSpot(int nFrame, double dfX, double dfY)
     {
-        const FramePlace& beam = m_geometry.listBeam[size_t(nFrame)];
+        const FramePlace& beam = m_geometry.listBeam[nFrame];
         for (int y = 0; y < g_nSize; ++y) {
             for (int x = 0; x < g_nSize; ++x) {
                 const double dfAway = std::hypot(x - beam.dfX - dfX, y - beam.dfY - dfY);
-                m_listPixel[size_t(nFrame)][size_t(y * g_nSize + x)] += float(1000 *
-                                                                              std::exp(-2 * dfAway * dfAway));
+                m_listPixel[nFrame][y * g_nSize + x] += float(1000 * std::exp(-2 * dfAway * dfAway));
             }
         }
     }

@@ -123,7 +123,7 @@ TEST(Scaling, OutliersAreFoundAndGoodOnesKept)
     EXPECT_LT(nGoodLost, 0.005 * double(list.size()));
     ASSERT_FALSE(result.listRejected.empty());
     for (const RejectedObservation& rejected : result.listRejected) {
-        EXPECT_NE(list[size_t(rejected.nObservation)].nFlags & FlagOutlier, 0u);
+        EXPECT_NE(list[rejected.nObservation].nFlags & FlagOutlier, 0u);
         EXPECT_GT(std::abs(rejected.dfDeviation), 3.5);
         EXPECT_FALSE(rejected.strWhy.isEmpty());
     }

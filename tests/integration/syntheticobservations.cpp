@@ -117,7 +117,7 @@ private:
         SeriesGeometry& series = m_made.series;
         for (int n = 0; n < 3; ++n) {
             for (int i = 0; i < 3; ++i) {
-                series.geometry.aBasis[size_t(n)][size_t(i)] = m_forceReciprocal(n, i);
+                series.geometry.aBasis[n][i] = m_forceReciprocal(n, i);
             }
         }
         series.geometry.dfWavelength = g_dfWavelength;
@@ -141,7 +141,7 @@ private:
         const double dfMost = 1 / m_options.dfDMin;
         std::array<int, 3> anMost = {};
         for (int n = 0; n < 3; ++n) {
-            anMost[size_t(n)] = int(m_made.lattice.cell.numbers()[size_t(n)] * dfMost) + 1;
+            anMost[n] = int(m_made.lattice.cell.numbers()[n] * dfMost) + 1;
         }
         std::array<int, 3> an = {};
         for (an[0] = -anMost[0]; an[0] <= anMost[0]; ++an[0]) {

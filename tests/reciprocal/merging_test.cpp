@@ -209,7 +209,7 @@ TEST(NearestPeak, IsTheFirstOfTheNearestBelowTheLimit)
         std::vector<std::pair<int, int>> vecPlace;
         for (int n = 0; n < 80; ++n) {
             vecPlace.emplace_back(int(random() % 60), int(random() % 60));
-            nearest.add(vecPlace[size_t(n)].first, vecPlace[size_t(n)].second, n);
+            nearest.add(vecPlace[n].first, vecPlace[n].second, n);
         }
         nearest.add(NAN, 0, 99);
         nearest.prepare();

@@ -127,8 +127,8 @@ TEST(PeakFilter, PassesWhatThePlainConditionsPass)
                                  int(std::lround(peak.dfK)),
                                  int(std::lround(peak.dfL)),
                                  random.pTable->integrated(i)};
-            nWrong += bool(vecPasses[size_t(i)]) != entry.second(plain);
-            nPassed += bool(vecPasses[size_t(i)]);
+            nWrong += bool(vecPasses[i]) != entry.second(plain);
+            nPassed += bool(vecPasses[i]);
         }
         EXPECT_EQ(nWrong, 0) << entry.first;
         EXPECT_GT(nPassed, 0) << entry.first << " finds nothing, and so shows nothing of the filter";

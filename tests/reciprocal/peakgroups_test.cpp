@@ -187,7 +187,7 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
         if (!bMerge || listChosen.size() > 1) {
             unsigned nUnion = 0;
             for (int g : listChosen) {  // the last ones first
-                nUnion |= groups[size_t(g)];
+                nUnion |= groups[g];
                 if (g > 0)
                     groups.erase(groups.begin() + g);
             }

@@ -91,8 +91,8 @@ inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
         vecWeight.push_back(float(peak.dfIPoint));
     }
     const auto add = [&](int nTo, int nFrom) {
-        vecSum[size_t(nTo)] = vecSum[size_t(nTo)] + scaledDouble(list[nFrom].point(), list[nFrom].dfIPoint);
-        vecWeight[size_t(nTo)] = float(double(vecWeight[size_t(nTo)]) + list[nFrom].dfIPoint);
+        vecSum[nTo] = vecSum[nTo] + scaledDouble(list[nFrom].point(), list[nFrom].dfIPoint);
+        vecWeight[nTo] = float(double(vecWeight[nTo]) + list[nFrom].dfIPoint);
     };
     for (int i = 0; i < list.size(); ++i)
         for (int j = i + 1; j < list.size() && list[j].dfDStar - list[i].dfDStar < dfHalf; ++j)
@@ -102,8 +102,8 @@ inline QList<Peak3D> plainAveragedVectors(QList<Peak3D> list, float fTolerance)
             }
     QList<Peak3D> listPile;
     for (int n = 0; n < list.size(); ++n) {
-        const Vec3D& s = vecSum[size_t(n)];
-        const float w = vecWeight[size_t(n)];
+        const Vec3D& s = vecSum[n];
+        const float w = vecWeight[n];
         Peak3D pile;
         pile.setPoint({s.x / w, s.y / w, s.z / w});
         pile.dfDStar = double(length(pile.point()));
@@ -144,7 +144,7 @@ inline int plainIndexing(QList<Peak3D>& list, const ReciprocalBasis& basis, floa
     for (bool bNew = true; bNew; ++nPasses) {
         bNew = false;
         for (int i = 0; i < nCount; ++i) {
-            if (vecState[size_t(i)] == 2)
+            if (vecState[i] == 2)
                 continue;
             std::vector<int> vecNear;
             for (int j = i - 1; j >= 1 && list[i].dfDStar - list[j].dfDStar < double(fRadius); --j)
@@ -155,7 +155,7 @@ inline int plainIndexing(QList<Peak3D>& list, const ReciprocalBasis& basis, floa
             bool bAny = false;
             for (int j : vecNear) {
                 const Vec3D d = list[i].point() - list[j].point();
-                if (!(squaredLength(d) <= fRadius * fRadius) || vecState[size_t(j)] != 2)
+                if (!(squaredLength(d) <= fRadius * fRadius) || vecState[j] != 2)
                     continue;
                 const float w = float(1 / (double(length(d)) + 0.001));
                 const Vec3D f = solver.solve(d);
@@ -169,8 +169,8 @@ inline int plainIndexing(QList<Peak3D>& list, const ReciprocalBasis& basis, floa
             }
             const Vec3D hkl = bAny ? Vec3D{fH / fW, fK / fW, fL / fW} : solver.solve(list[i].point());
             list[i].setHKL(double(hkl.x), double(hkl.y), double(hkl.z));
-            vecState[size_t(i)] = isCloseToInteger(hkl, fThreshold) ? 2 : 1;
-            bNew = bNew || vecState[size_t(i)] == 2;
+            vecState[i] = isCloseToInteger(hkl, fThreshold) ? 2 : 1;
+            bNew = bNew || vecState[i] == 2;
         }
     }
     return nPasses;

@@ -68,8 +68,8 @@ TEST(ReflectionLinks, BothWaysOverTheFrames)
     const std::vector<FrameSpot> vecSpot = links.spotsOf(nA);
     ASSERT_EQ(vecSpot.size(), 4u);
     for (int n = 0; n < 4; ++n) {
-        EXPECT_EQ(vecSpot[size_t(n)].nFrame, n);
-        EXPECT_EQ(vecSpot[size_t(n)].ptRaw, QPointF(150 + n, 100 + 2 * n));
+        EXPECT_EQ(vecSpot[n].nFrame, n);
+        EXPECT_EQ(vecSpot[n].ptRaw, QPointF(150 + n, 100 + 2 * n));
     }
     EXPECT_EQ(vecSpot[2].nPeak, 3);
 

@@ -27,9 +27,8 @@ TEST(SortedPlaces, AreThoseOfTheStableSort)
             vecKey.push_back(ascendingKey(df));
             vecExpected.push_back(int(vecExpected.size()));
         }
-        std::stable_sort(vecExpected.begin(), vecExpected.end(), [&](int a, int b) {
-            return numbersAscending(vecValue[size_t(a)], vecValue[size_t(b)]);
-        });
+        std::stable_sort(vecExpected.begin(), vecExpected.end(),
+                         [&](int a, int b) { return numbersAscending(vecValue[a], vecValue[b]); });
         EXPECT_EQ(sortedPlaces(vecKey), vecExpected) << nCount;
     }
 }

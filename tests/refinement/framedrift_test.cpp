@@ -68,11 +68,11 @@ TEST(FrameDrift, jumpsButNotByFewOrFalsePeaks)
     EXPECT_EQ(drift.nIntervals, 0);
     const FramePlace& usual = drift.listOffset[0];
     for (const int nFrame : {20, 45, 61}) {
-        EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfX, usual.dfX, 0.05) << nFrame;
+        EXPECT_NEAR(drift.listOffset[nFrame].dfX, usual.dfX, 0.05) << nFrame;
     }
     for (const int nFrame : {30, 31}) {
-        EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfX - usual.dfX, 2, 0.3) << nFrame;
-        EXPECT_NEAR(drift.listOffset[size_t(nFrame)].dfY - usual.dfY, -1, 0.3) << nFrame;
+        EXPECT_NEAR(drift.listOffset[nFrame].dfX - usual.dfX, 2, 0.3) << nFrame;
+        EXPECT_NEAR(drift.listOffset[nFrame].dfY - usual.dfY, -1, 0.3) << nFrame;
     }
 }
 
@@ -99,8 +99,8 @@ TEST(FrameDrift, smoothDriftAndScatter)
         dfMeanY += 0.01 * n / 120;
     }
     for (int n = 0; n < 120; ++n) {
-        EXPECT_NEAR(smooth.listOffset[size_t(n)].dfX, std::sin(n / 20.0) - dfMeanX, 0.1) << n;
-        EXPECT_NEAR(smooth.listOffset[size_t(n)].dfY, 0.01 * n - dfMeanY, 0.1) << n;
+        EXPECT_NEAR(smooth.listOffset[n].dfX, std::sin(n / 20.0) - dfMeanX, 0.1) << n;
+        EXPECT_NEAR(smooth.listOffset[n].dfY, 0.01 * n - dfMeanY, 0.1) << n;
     }
     const FrameDrift scatter = driftOf(listScatter, 120);
     EXPECT_NEAR(scatter.dfScatter, 0.25, 0.05);

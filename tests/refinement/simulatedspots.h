@@ -105,7 +105,7 @@ inline std::vector<GeometrySpot> simulatedSpots(const SeriesTruth& truth, std::m
     const double dfK = 1 / truth.dfWavelength;
     std::array<int, 3> anMost;
     for (int n = 0; n < 3; ++n) {
-        anMost[size_t(n)] = int(truth.dfReach * truth.matDirect.row(n).norm());
+        anMost[n] = int(truth.dfReach * truth.matDirect.row(n).norm());
     }
     for (int h = -anMost[0]; h <= anMost[0]; ++h) {
         for (int k = -anMost[1]; k <= anMost[1]; ++k) {
@@ -129,8 +129,8 @@ inline std::vector<GeometrySpot> simulatedSpots(const SeriesTruth& truth, std::m
                     spot.dfTilt = dfTilt;
                     FramePlace place = placeOf(truth, p);
                     if (!truth.listDrift.empty()) {
-                        place.dfX += truth.listDrift[size_t(nFrame)].dfX;
-                        place.dfY += truth.listDrift[size_t(nFrame)].dfY;
+                        place.dfX += truth.listDrift[nFrame].dfX;
+                        place.dfY += truth.listDrift[nFrame].dfY;
                     }
                     spot.place = {std::round(place.dfX + dfNoiseX), std::round(place.dfY + dfNoiseY)};
                     if (truth.dfFineNoise > 0) {
@@ -155,8 +155,7 @@ inline DiffractionGeometry startOf(const SeriesTruth& truth, double dfOff, std::
     const Eigen::Matrix3d matReciprocal = truth.matDirect.inverse();
     for (int n = 0; n < 3; ++n) {
         for (int m = 0; m < 3; ++m) {
-            start.aBasis[size_t(n)][size_t(m)] = matReciprocal(m, n) +
-                                                 dfOff * matReciprocal.col(n).norm() * normal(random);
+            start.aBasis[n][m] = matReciprocal(m, n) + dfOff * matReciprocal.col(n).norm() * normal(random);
         }
     }
     start.plane.axis = truth.dfAxis + 100 * dfOff;

@@ -151,8 +151,8 @@ TEST(SeriesComparison, HoldsTheCellAgainstEitherOfTwoCrystals)
         EXPECT_TRUE(c.lattice.isRight());
         EXPECT_EQ(c.nFoundLattice, nFound);
         ASSERT_EQ(c.listLattice.size(), 2u);
-        EXPECT_EQ(c.listLattice[size_t(nFound)].match.relation, LatticeMatch::Same);
-        EXPECT_EQ(c.listLattice[size_t(1 - nFound)].match.relation, LatticeMatch::None);
+        EXPECT_EQ(c.listLattice[nFound].match.relation, LatticeMatch::Same);
+        EXPECT_EQ(c.listLattice[1 - nFound].match.relation, LatticeMatch::None);
         const LatticeShare &first = c.listLattice[0], &second = c.listLattice[1];
         EXPECT_EQ(first.nSpots, 2);
         EXPECT_EQ(first.nFound, 2);

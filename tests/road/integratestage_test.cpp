@@ -68,7 +68,7 @@ TEST_F(IntegrateStage, WritesItsFilesAndLeavesTheOthers)
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     for (int n = 0; n < listBefore.size(); ++n) {
         if (listBefore[n] != "q.log" && listBefore[n] != "q.run.json") {
-            EXPECT_EQ(readBytes(out(listBefore[n])), listBytes[size_t(n)]) << listBefore[n].toStdString();
+            EXPECT_EQ(readBytes(out(listBefore[n])), listBytes[n]) << listBefore[n].toStdString();
         }
     }
     QStringList listAfter = listBefore + g_listNew + QStringList{"q_integrated.cif"};

@@ -135,7 +135,7 @@ TEST(Supercell, ReflectionsLieOnItsLatticeAndHaveTheirShare)
         for (int nMultiple : {2, 3}) {
             const Supercell supercell{nMultiple, nAxis, 0.02};
             std::array<double, 6> adfCell = cellOfReciprocalBasis(crystal.reciprocalBasis());
-            adfCell[size_t(nAxis)] *= nMultiple;
+            adfCell[nAxis] *= nMultiple;
             const Matrix3 matBasis = reciprocalBasisOfCell(adfCell);
             // One centring of F stays: that of the face across the axis.
             const Matrix3 matPrimitive = supercellPrimitive(crystal, supercell);
@@ -149,9 +149,8 @@ TEST(Supercell, ReflectionsLieOnItsLatticeAndHaveTheirShare)
                     EXPECT_NEAR(df, std::round(df), 1e-9);
                 }
                 Vector3 vecAverage = vec;
-                vecAverage[size_t(nAxis)] /= nMultiple;
-                const bool bOfAverage = std::abs(vecAverage[size_t(nAxis)] -
-                                                 std::round(vecAverage[size_t(nAxis)])) < 1e-9;
+                vecAverage[nAxis] /= nMultiple;
+                const bool bOfAverage = std::abs(vecAverage[nAxis] - std::round(vecAverage[nAxis])) < 1e-9;
                 adfSum[bOfAverage] += r.dfSquareF;
                 if (bOfAverage) {
                     const double dfWanted = std::norm(crystal.value(int(std::lround(vecAverage[0])),

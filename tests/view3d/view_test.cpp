@@ -69,7 +69,7 @@ struct PlainCloud {
             dfGreatest = std::max(dfGreatest, peak.dfIPoint);
         for (int i = 0; i < m_listPoint.size(); i++) {
             const double dfLog = std::log(std::max(4000 / dfGreatest * m_listPoint[i].dfIPoint, 1.01));
-            const QColor& color = m_vecColor[size_t(i)];
+            const QColor& color = m_vecColor[i];
             if (!color.isValid())
                 continue;
             glPointSize(float(r * 2 / std::abs(2 + z) * dfLog * m_pfTurn[7] * dfLog * 0.1));

@@ -164,7 +164,7 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
         const auto nFrame = int(std::lround(listStrong[n].dfFrame));
         m_pSpin->setValue(nFrame + 1);
         for (const PredictedDisc& disc : discsOnFrame(result, nFrame, QLocale::c())) {
-            if (result.integrated.listObservation[size_t(disc.nObservation)].anIndex != listStrong[n].anIndex)
+            if (result.integrated.listObservation[disc.nObservation].anIndex != listStrong[n].anIndex)
                 continue;
             const CImgObj<unsigned char>& pixels = *m_pScene->images()[0];
             const auto at = [&](double dfX) {

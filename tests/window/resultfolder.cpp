@@ -49,7 +49,7 @@ void writeResultFolder(const QString& strFolder, const QString& strName, const Q
     const bool bQuartz = strCompound == QLatin1String("quartz");
     QJsonArray listNumber, listError;
     for (int n = 0; n < 6; ++n) {
-        listNumber.append(adfTrue[size_t(n)] * (n < 3 ? dfOff : 1));
+        listNumber.append(adfTrue[n] * (n < 3 ? dfOff : 1));
         listError.append(0.001);
     }
     const QString strClass = bQuartz ? "-3m1" : "-1";

@@ -25,7 +25,7 @@ protected:
             str += QLatin1Char("MDS"[int(stage.state)]);
         return str;
     }
-    QToolButton* chip(WorkStage stage) const { return m_pStrip->m_listChip[size_t(stage)]; }
+    QToolButton* chip(WorkStage stage) const { return m_pStrip->m_listChip[stage]; }
     /// Clicks the last link of the log with that text.
     bool clickLink(const QString& strText) const
     {

@@ -26,7 +26,7 @@ struct Series {
             str += QLatin1Char("MDS"[int(stage.state)]);
         return str;
     }
-    QString reason(WorkStage stage) const { return status()[size_t(stage)].strReason; }
+    QString reason(WorkStage stage) const { return status()[stage].strReason; }
     QString steps() const { return stagesText(stagesToRun(status()), status()); }
 
     void hunt()

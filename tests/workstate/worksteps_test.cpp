@@ -138,7 +138,7 @@ TEST(WorkDifferences, KnowEachNumberOfThePages)
         WorkState after;
         DataSet dataSet;
         dataSet.takeSeries(after.series);
-        const Parameter& row = parameterTable()[size_t(nRow)];
+        const Parameter& row = parameterTable()[nRow];
         const ParameterRecords records = {&dataSet,          &after.hunting,     &after.mapping,
                                           &after.merging,    &after.cellHunting, &after.indexing,
                                           &after.extraction, &after.refinement,  &dataSet.m_distortion};
@@ -239,7 +239,7 @@ TEST(WorkSteps, GoBackAndForth)
         ASSERT_EQ(steps.count(), int(listPlain.size()));
         ASSERT_EQ(steps.current(), int(nPlain));
         for (int i = 0; i < steps.count(); ++i) {
-            ASSERT_EQ(steps.state(i).hunting.m_dfPeakRadius, listPlain[size_t(i)]);
+            ASSERT_EQ(steps.state(i).hunting.m_dfPeakRadius, listPlain[i]);
         }
     }
 }

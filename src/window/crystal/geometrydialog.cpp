@@ -132,7 +132,7 @@ QWidget* GeometryDialog::makeNumbers()
                                              QStringLiteral("β (°)"), QStringLiteral("γ (°)")};
     m_pTableCell->setRowCount(int(astrName.size()));
     for (int nRow = 0; nRow < m_pTableCell->rowCount(); ++nRow) {
-        m_pTableCell->setItem(nRow, CellName, new QTableWidgetItem(astrName[size_t(nRow)]));
+        m_pTableCell->setItem(nRow, CellName, new QTableWidgetItem(astrName[nRow]));
     }
     m_pTableCell->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     setHeightOfRows(m_pTableCell);
@@ -157,7 +157,7 @@ void GeometryDialog::makeRows()
     const std::vector<GeometryRow> listRow = geometryRows();
     m_pTable->setRowCount(int(listRow.size()));
     for (int nRow = 0; nRow < m_pTable->rowCount(); ++nRow) {
-        const GeometryRow& row = listRow[size_t(nRow)];
+        const GeometryRow& row = listRow[nRow];
         QString strName = QString::fromUtf8(row.pszName);
         strName[0] = strName[0].toUpper();
         if (*row.pszUnit) {
@@ -300,7 +300,7 @@ void GeometryDialog::fillNumbers()
     const std::vector<GeometryRow> listRow = geometryRows();
     const GeometryModel* pModel = model();
     for (int nRow = 0; nRow < int(listRow.size()); ++nRow) {
-        const GeometryRow& row = listRow[size_t(nRow)];
+        const GeometryRow& row = listRow[nRow];
         const size_t n = size_t(row.number);
         QStringList listText = {QString(), QString(), QString(), QString()};
         if (pModel) {
@@ -329,7 +329,7 @@ void GeometryDialog::fillCell()
         for (int nRow = 0; nRow < 6; ++nRow) {
             const int nDecimals = (nRow < 3 ? 4 : 3) + nMoreDecimals;
             setRightItem(m_pTableCell, nRow, nColumn,
-                         pCell ? numberText(pCell->numbers()[size_t(nRow)], nDecimals) : QString());
+                         pCell ? numberText(pCell->numbers()[nRow], nDecimals) : QString());
         }
     };
     const GeometryRefinement* pRefinement = m_look ? &m_look->refinement : nullptr;

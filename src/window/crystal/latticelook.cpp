@@ -41,9 +41,8 @@ std::vector<LongerCell> longerCells(const LatticeWithCosets& whole)
     const auto nTaken = int(whole.listTaken.size());
     std::vector<LongerCell> listCell;
     for (int n = 0; n < countOfCosets(whole); ++n) {
-        const LatticeBasis matBasis = n < nTaken
-                                          ? whole.matBasis
-                                          : supercell(whole.matBasis, whole.listNamed[size_t(n - nTaken)]);
+        const LatticeBasis matBasis = n < nTaken ? whole.matBasis
+                                                 : supercell(whole.matBasis, whole.listNamed[n - nTaken]);
         listCell.push_back({listLine[listLine.size() - countOfCosets(whole) + n], matBasis});
     }
     return listCell;

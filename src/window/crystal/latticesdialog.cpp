@@ -284,7 +284,7 @@ void LatticesDialog::fillTypes(const LatticeAnalysis& analysis)
     m_pTableTypes->clearSelection();
     m_pTableTypes->setRowCount(int(analysis.listType.size()));
     for (int nRow = 0; nRow < m_pTableTypes->rowCount(); ++nRow) {
-        const LatticeType& type = analysis.listType[size_t(nRow)];
+        const LatticeType& type = analysis.listType[nRow];
         const bool bProposed = isProposed(analysis, type);
         const QStringList listCell = cellsOf(type, bProposed);
         for (int nColumn = 0; nColumn < ColumnCount; ++nColumn) {

@@ -142,7 +142,7 @@ void MainWindow::fillMatrixFromLattices()
         refuseDuringRun(tr("Filling the matrix")) || !isLookOfCell()) {
         return;
     }
-    const CMatrix3 matrix = pageMatrix(m_pLatticeLook->analysis.listType[size_t(nType)],
+    const CMatrix3 matrix = pageMatrix(m_pLatticeLook->analysis.listType[nType],
                                        m_pCellPage->m_pRadioSpaceReciprocal->isChecked());
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int nColumn = 0; nColumn < 3; ++nColumn) {
@@ -162,7 +162,7 @@ void MainWindow::takeLongerCell()
         !isLookOfCell()) {
         return;
     }
-    takeCellOfLattices(listCell[size_t(nCoset)].matBasis, tr("The longer cell is in force: %1"));
+    takeCellOfLattices(listCell[nCoset].matBasis, tr("The longer cell is in force: %1"));
 }
 
 void MainWindow::chooseLattice()
@@ -172,8 +172,7 @@ void MainWindow::chooseLattice()
     if (nLattice < 0 || nLattice >= int(listLattice.size()) || refuseDuringRun(tr("Changing the cell"))) {
         return;
     }
-    takeCellOfLattices(listLattice[size_t(nLattice)].matBasis,
-                       tr("Lattice %1 is in force: %2").arg(nLattice + 1));
+    takeCellOfLattices(listLattice[nLattice].matBasis, tr("Lattice %1 is in force: %2").arg(nLattice + 1));
 }
 
 /// Puts a cell in force as a search does, and brings types and cosets into line with it; the lattices stay,

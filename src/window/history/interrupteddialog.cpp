@@ -67,7 +67,7 @@ void InterruptedDialog::fit()
 void InterruptedDialog::restore()
 {
     const int nRow = m_pList->currentRow();
-    if (nRow >= 0 && m_fnRestore(m_listLeftover[size_t(nRow)])) {
+    if (nRow >= 0 && m_fnRestore(m_listLeftover[nRow])) {
         m_listLeftover.erase(m_listLeftover.begin() + nRow);
         close();
     }
@@ -79,7 +79,7 @@ void InterruptedDialog::discard()
     if (nRow < 0) {
         return;
     }
-    Leftover& leftover = m_listLeftover[size_t(nRow)];
+    Leftover& leftover = m_listLeftover[nRow];
     if (leftover.remove()) {
         removeRow(nRow);
     } else {

@@ -210,7 +210,7 @@ void IntegrationController::showProfile(int nObservation)
     }
     const std::shared_ptr<const IntegrationResult> pResult = m_pResult;
     m_host.fnLook([&](CRunReport& report) {
-        const Observation& observation = pResult->integrated.listObservation[size_t(nObservation)];
+        const Observation& observation = pResult->integrated.listObservation[nObservation];
         ObservationProfile profile;
         if (!m_host.fnProfile(*pResult, observation, report, profile)) {
             return;  // the report has the reason
@@ -239,7 +239,7 @@ std::optional<std::array<int, 3>> IntegrationController::indicesOfDiscAt(const Q
     if (nObservation < 0) {
         return {};
     }
-    return m_pResult->integrated.listObservation[size_t(nObservation)].anIndex;
+    return m_pResult->integrated.listObservation[nObservation].anIndex;
 }
 
 /// @param bOpen  whether the window is opened for it

@@ -47,8 +47,8 @@ QImage windowImage(const std::vector<float>& window, int nSide, std::pair<float,
     QImage image(nSide, nSide, QImage::Format_RGB32);
     image.fill(Qt::black);
     for (int n = 0; n < nSide * nSide && n < int(window.size()); ++n) {
-        if (std::isfinite(window[size_t(n)])) {
-            const float fShare = (window[size_t(n)] - limits.first) / (limits.second - limits.first);
+        if (std::isfinite(window[n])) {
+            const float fShare = (window[n] - limits.first) / (limits.second - limits.first);
             const int nGrey = int(std::min(std::max(fShare, 0.f), 1.f) * 255.f);
             image.setPixel(n % nSide, n / nSide, qRgb(nGrey, nGrey, nGrey));
         }
@@ -63,7 +63,7 @@ void drawOutline(QPainter& painter, const ObservationProfile& profile, const QPo
     const auto isInside = [&](int x, int y) {
         const int n = y * nSide + x;
         return x >= 0 && y >= 0 && x < nSide && y < nSide && n < int(profile.listInDisc.size()) &&
-               profile.listInDisc[size_t(n)] != 0;
+               profile.listInDisc[n] != 0;
     };
     for (int y = 0; y <= nSide; ++y) {
         for (int x = 0; x <= nSide; ++x) {
@@ -99,8 +99,7 @@ QImage profilePicture(const ObservationProfile& profile, const Observation& obse
         const int nFrame = profile.nFirstFrame + n;
         const bool bSummed = observation.nFirstFrame <= nFrame && nFrame <= observation.nLastFrame;
         const QSize size(profile.nSide * nZoom, profile.nSide * nZoom);
-        painter.drawImage(QRect(ptCorner, size),
-                          windowImage(profile.listWindow[size_t(n)], profile.nSide, limits));
+        painter.drawImage(QRect(ptCorner, size), windowImage(profile.listWindow[n], profile.nSide, limits));
         painter.setPen(bSummed ? QColor(60, 220, 60) : QColor(150, 150, 150));
         drawOutline(painter, profile, ptCorner, nZoom);
         painter.drawText(QRect(ptCorner, size).adjusted(2, 1, 0, 0), Qt::AlignLeft | Qt::AlignTop,

@@ -125,7 +125,7 @@ QByteArray svgOf(const QualityTable& table, const QLocale& locale)
     nWidth = std::max(nWidth, nLeft);
     const auto nRows = int(table.listRow.size());
     for (int nRow = 0; nRow < nRows; ++nRow) {
-        strBody += svgRow(table.listRow[size_t(nRow)], listWidth, nRow + 2, nRow == table.nBold, locale);
+        strBody += svgRow(table.listRow[nRow], listWidth, nRow + 2, nRow == table.nBold, locale);
     }
     const int nHeight = (nRows + 2) * g_nRowHeight + g_nPadding / 2;
     return QStringLiteral(

@@ -62,7 +62,7 @@ void TablePanel::setTable(const QualityTable& table)
     setColumnCount(int(table.listColumn.size()));
     setRowCount(int(table.listRow.size()));
     for (int nColumn = 0; nColumn < columnCount(); ++nColumn) {
-        const QualityColumn& column = table.listColumn[size_t(nColumn)];
+        const QualityColumn& column = table.listColumn[nColumn];
         auto* pItem = new QTableWidgetItem(column.strTitle);
         pItem->setToolTip(column.strTip);
         setHorizontalHeaderItem(nColumn, pItem);
@@ -70,7 +70,7 @@ void TablePanel::setTable(const QualityTable& table)
     const QLocale locale = QLocale::system();
     for (int nRow = 0; nRow < rowCount(); ++nRow) {
         for (int nColumn = 0; nColumn < columnCount(); ++nColumn) {
-            const QualityCell& cell = table.listRow[size_t(nRow)][size_t(nColumn)];
+            const QualityCell& cell = table.listRow[nRow][nColumn];
             auto* pItem = new QTableWidgetItem(cell.shown(locale));
             pItem->setTextAlignment(int(Qt::AlignVCenter) |
                                     int(cell.nDecimals < 0 ? Qt::AlignLeft : Qt::AlignRight));
@@ -86,7 +86,7 @@ void TablePanel::setTable(const QualityTable& table)
     resizeColumnsToContents();
     // Bars are compared across columns.
     for (int nColumn = 0; nColumn < columnCount() && rowCount() > 0; ++nColumn) {
-        if (table.listRow.front()[size_t(nColumn)].bBar) {
+        if (table.listRow.front()[nColumn].bBar) {
             setColumnWidth(nColumn, std::max(columnWidth(nColumn), g_nBarWidth));
         }
     }

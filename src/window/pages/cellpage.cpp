@@ -36,7 +36,7 @@ const int g_nSymbolLength = 6;  // letters; the stretched box is wider
 QString axisColor(int nAxis, const QPalette& palette)
 {
     const std::array<const char*, 3> apszColor = {"red", "green", "blue"};
-    const QString strColor = QLatin1String(apszColor[size_t(nAxis)]);
+    const QString strColor = QLatin1String(apszColor[nAxis]);
     return isDark(palette) ? readableOn(palette, QColor(strColor)).name() : strColor;
 }
 

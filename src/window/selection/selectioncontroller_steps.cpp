@@ -89,7 +89,7 @@ void SelectionController::stepOnFrame(int nStep)
         }
     }
     const int nPlace = steppedPlace(vecPeak, nStep, [nPeak](int n) { return n == nPeak; });
-    choosePeaks({vecPeak[size_t(nPlace)]}, SelectionModel::Way::Replace, nullptr);
+    choosePeaks({vecPeak[nPlace]}, SelectionModel::Way::Replace, nullptr);
 }
 
 void SelectionController::stepInReflection(int nStep)
@@ -102,7 +102,7 @@ void SelectionController::stepInReflection(int nStep)
     }
     const int nPlace = steppedPlace(vecSpot, nStep,
                                     [&](const FrameSpot& spot) { return spot.nFrame == current.nFrame; });
-    const FrameSpot& spot = vecSpot[size_t(nPlace)];
+    const FrameSpot& spot = vecSpot[nPlace];
     m_model.setCurrent({current.nReflection, spot.nPeak, spot.nFrame}, nullptr);
 }
 
@@ -124,7 +124,7 @@ void SelectionController::stepUnindexed(int nStep)
     const int nCount = int(vecOthers.size());
     const int nPlace = nStep > 0 ? int(itAfter - vecOthers.begin()) % nCount
                                  : (int(itNow - vecOthers.begin()) - 1 + nCount) % nCount;
-    chooseReflection(vecOthers[size_t(nPlace)]);
+    chooseReflection(vecOthers[nPlace]);
 }
 
 }  // namespace tessera
