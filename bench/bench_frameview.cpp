@@ -33,7 +33,7 @@ QString frameFile()
         return strFileName;
     auto pImage = std::make_unique<CImgObj<float>>();
     pImage->Create(g_nSide, g_nSide);
-    for (int i = 0; i < g_nSide * g_nSide; i++)
+    for (int i = 0; i < g_nSide * g_nSide; ++i)
         pImage->Data()[i] = float(i % 1009 * 7919 % 1009);
     ImageList vecImage;
     vecImage.push_back(std::move(pImage));
@@ -113,7 +113,7 @@ void marks(benchmark::State& state)
     QList<TItem*> listMark;
     for (auto _ : state) {
         QList<TItem*> listNew;
-        for (int i = 0; i < state.range(0); i++) {
+        for (int i = 0; i < state.range(0); ++i) {
             auto* pItem = new TItem;
             pItem->setSize(5);
             pItem->setColor(Qt::green);

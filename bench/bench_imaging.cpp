@@ -20,7 +20,7 @@ std::vector<COMPLEX> testImage(int nSide)
 {
     std::vector<COMPLEX> vec;
     vec.reserve(size_t(nSide) * size_t(nSide));
-    for (int i = 0; i < nSide * nSide; i++)
+    for (int i = 0; i < nSide * nSide; ++i)
         vec.push_back({float(i % 1009 * 7919 % 1009), 0.f});
     return vec;
 }
@@ -120,8 +120,8 @@ void fitPeak2D(benchmark::State& state)
 {
     CImgObj<float> img;
     img.Create(256, 256);
-    for (int y = 0; y < 256; y++)
-        for (int x = 0; x < 256; x++)
+    for (int y = 0; y < 256; ++y)
+        for (int x = 0; x < 256; ++x)
             img.Data()[y * 256 + x] = 5000.f / (1 + (x - 128.3f) * (x - 128.3f) / 30 +
                                                 (y - 126.8f) * (y - 126.8f) / 25) +
                                       float((x * 31 + y * 17) % 13);

@@ -24,7 +24,7 @@ const QList<Peak3D>& cloud()
     static QList<Peak3D> listPeak;
     std::mt19937 random(3);
     std::normal_distribution<double> normal;
-    for (int i = listPeak.size(); i < g_nPoints; i++) {
+    for (int i = listPeak.size(); i < g_nPoints; ++i) {
         Peak3D peak;
         const float x = float(0.5 * normal(random)), y = float(0.5 * normal(random)),
                     z = float(0.5 * normal(random));
@@ -54,7 +54,7 @@ ED3DWidget* view()
     pView->resize(900, 700);
     pView->setPoints(cloud());
     pView->show();
-    for (int i = 0; i < 10; i++)
+    for (int i = 0; i < 10; ++i)
         QApplication::processEvents();
     return pView;
 }
@@ -117,7 +117,7 @@ void view3DColoursOf40Groups(benchmark::State& state)
 {
     CPointGroups groups;
     groups.reset(g_nPoints);
-    for (int k = 0; k < 40; k++) {
+    for (int k = 0; k < 40; ++k) {
         QList<int> listPoint;
         for (int i = k; i < g_nPoints; i += 3)
             listPoint.append(i);

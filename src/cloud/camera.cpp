@@ -136,8 +136,8 @@ void CCamera::setRotation(const Matrix4& matrix)
     const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
     const std::array<DoubleVector, 3> aColumn = {a, b, cross(a, b)};
     Matrix4 next = identityMatrix();
-    for (size_t c = 0; c < 3; c++)
-        for (size_t r = 0; r < 3; r++) {
+    for (size_t c = 0; c < 3; ++c)
+        for (size_t r = 0; r < 3; ++r) {
             if (!std::isfinite(aColumn[c][r]))
                 return;
             next[4 * c + r] = float(aColumn[c][r]);

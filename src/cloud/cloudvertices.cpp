@@ -11,7 +11,7 @@ CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vecto
     CloudVertices vertices;
     vertices.vecVertex.reserve(size_t(listPoint.size()));
     vertices.m_pnPickName.reserve(size_t(listPoint.size()));
-    for (int nPoint = 0; nPoint < listPoint.size(); nPoint++) {
+    for (int nPoint = 0; nPoint < listPoint.size(); ++nPoint) {
         const size_t i = size_t(nPoint);
         if (!vecInside.empty() && !vecInside[i])
             continue;

@@ -26,7 +26,7 @@ public:
     {
         if (nFirst > nLast)
             return;
-        m_vecChange[nFirst]++;
+        ++m_vecChange[nFirst];
         m_vecChange[size_t(nLast) + 1]--;
     }
     // Shells from the origin on that hold at most nMost together, and what then is left of nMost. Each
@@ -35,7 +35,7 @@ public:
     {
         qint64 nEach = 0;
         m_nSpare = nMost;
-        for (m_nWhole = 0; size_t(m_nWhole) < m_vecCount.size(); m_nWhole++) {
+        for (m_nWhole = 0; size_t(m_nWhole) < m_vecCount.size(); ++m_nWhole) {
             nEach += m_vecChange[m_nWhole];
             const qint64 nShell = m_vecCount[m_nWhole] + nEach;
             if (nShell > m_nSpare)
@@ -59,12 +59,12 @@ public:
     CLatticeWalk(const ReciprocalBasis& basis, const int* pnRange, float fScale, const CCamera& camera)
         : m_basis(basis), m_fScale(fScale), m_bClip(latticeGridNeedsCamera(pnRange))
     {
-        for (int i = 0; i < 3; i++)
+        for (int i = 0; i < 3; ++i)
             m_anReach[i] = m_anEnd[i] = std::max(pnRange[i], 0);
         const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
         const std::array<Vec3D, 3> aVector = basis.vectors();
-        for (size_t r = 0; r < 3; r++) {
-            for (size_t i = 0; i < 3; i++) {
+        for (size_t r = 0; r < 3; ++r) {
+            for (size_t i = 0; i < 3; ++i) {
                 const Vec3D v = scaled(aVector[i], fScale);
                 m_aadfStep[i][r] = double(m[r]) * v.x + double(m[4 + r]) * v.y + double(m[8 + r]) * v.z;
             }
@@ -77,7 +77,7 @@ public:
     void fill(LatticeGrid& grid) const
     {
         const int nGreatest = *std::max_element(m_anReach, m_anReach + 3);
-        for (int nAlong = 0; nAlong < 3; nAlong++) {
+        for (int nAlong = 0; nAlong < 3; ++nAlong) {
             CShellCount points(nGreatest), lines(nGreatest);
             forEachRow(nAlong, [&](const int*, int nShell, const Interval& row) {
                 lines.add(nShell, 1);
@@ -138,9 +138,9 @@ private:
         if (!m_bClip)
             return {-nRange, nRange};
         double dfFirst = -nRange, dfLast = nRange;
-        for (size_t r = 0; r < 3; r++) {
+        for (size_t r = 0; r < 3; ++r) {
             double dfStart = m_adfOrigin[r];
-            for (size_t i = 0; i < 3; i++)
+            for (size_t i = 0; i < 3; ++i)
                 dfStart += pnIndex[i] * m_aadfStep[i][r];
             const double dfStep = m_aadfStep[nAlong][r];
             if (std::abs(dfStep) * nRange < 1e-9) {
@@ -166,18 +166,18 @@ private:
         };
         const double dfVolume = determinant(m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]);
         double adfReach[3] = {0, 0, 0};
-        for (int nCorner = 0; nCorner < 8; nCorner++) {
+        for (int nCorner = 0; nCorner < 8; ++nCorner) {
             double adfCorner[3];
-            for (int r = 0; r < 3; r++)
+            for (int r = 0; r < 3; ++r)
                 adfCorner[r] = (nCorner >> r & 1 ? 1.0 : -1.0) - m_adfOrigin[r];
-            for (int i = 0; i < 3; i++) {
+            for (int i = 0; i < 3; ++i) {
                 const double* apRow[3] = {m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]};
                 apRow[i] = adfCorner;
                 adfReach[i] = std::max(adfReach[i],
                                        std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
             }
         }
-        for (int i = 0; i < 3; i++)
+        for (int i = 0; i < 3; ++i)
             if (std::isfinite(adfReach[i]) && adfReach[i] + 1.0 < m_anReach[i])
                 m_anReach[i] = int(adfReach[i] + 1.0);
     }
@@ -204,7 +204,7 @@ float latticeLineAlpha(size_t nLines)
 bool latticeGridNeedsCamera(const int* pnRange)
 {
     double dfCount = 1.0;
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
         dfCount *= 2.0 * std::max(pnRange[i], 0) + 1.0;
     return dfCount > g_nMostLatticePointsWhole;
 }

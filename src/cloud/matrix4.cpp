@@ -13,7 +13,7 @@ Matrix4 multiplied(const Matrix4& a, const Matrix4& b)
 {
     Matrix4 product;
     for (size_t c = 0; c < 16; c += 4)
-        for (size_t r = 0; r < 4; r++)
+        for (size_t r = 0; r < 4; ++r)
             product[c + r] = a[r] * b[c] + a[4 + r] * b[c + 1] + a[8 + r] * b[c + 2] + a[12 + r] * b[c + 3];
     return product;
 }

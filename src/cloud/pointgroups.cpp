@@ -63,7 +63,7 @@ bool CPointGroups::removeGroups(const QList<int>& listGroup)
 {
     if (groupCount() < 2 || listGroup.isEmpty())
         return false;
-    for (int i = groupCount() - 1; i > 0; i--)
+    for (int i = groupCount() - 1; i > 0; --i)
         if (listGroup.contains(i)) {
             m_listGroupLabel.removeAt(i);
             m_listGroupPoint.removeAt(i);
@@ -78,7 +78,7 @@ bool CPointGroups::removeGroups(const QList<int>& listGroup)
 bool CPointGroups::mergeGroups(const QList<int>& listGroup)
 {
     QList<int> listSorted;
-    for (int i = 0; i < groupCount(); i++)
+    for (int i = 0; i < groupCount(); ++i)
         if (listGroup.contains(i))
             listSorted.append(i);
     if (listSorted.size() < 2)
@@ -91,7 +91,7 @@ bool CPointGroups::mergeGroups(const QList<int>& listGroup)
         for (int nPoint : m_listGroupPoint[nGroup])
             vecMember[nPoint] = 1;
     QList<int> listUnion;
-    for (size_t i = 0; i < vecMember.size(); i++)
+    for (size_t i = 0; i < vecMember.size(); ++i)
         if (vecMember[i])
             listUnion.append(int(i));
     removeGroups(listSorted);
@@ -137,7 +137,7 @@ void CPointGroups::select(const QList<int>& listPoint, bool bAdd)
         if (nPoint >= 0 && nPoint < pointCount())
             m_vecSelected[nPoint] = 1;
     m_listSelected.clear();
-    for (int i = 0; i < pointCount(); i++)
+    for (int i = 0; i < pointCount(); ++i)
         if (m_vecSelected[i])
             m_listSelected.append(i);
 }
@@ -148,7 +148,7 @@ bool CPointGroups::addSelectedAsNewGroup()
         return false;
     const QColor color = nextGroupColor();
     insertGroup(groupCount(), QStringLiteral("Label%1").arg(s_nGroupLabelNumber), m_listSelected, color);
-    s_nGroupLabelNumber++;
+    ++s_nGroupLabelNumber;
     clearSelection();
     return true;
 }
@@ -159,9 +159,9 @@ QColor CPointGroups::nextGroupColor()
                                              Qt::magenta, Qt::yellow,     Qt::darkCyan,
                                              Qt::gray,    Qt::darkYellow, Qt::darkMagenta};
     // Twice one step: neighbours in the list look alike, so that every second one comes first.
-    s_nGroupColorIndex++;
+    ++s_nGroupColorIndex;
     const QColor color(aColor[s_nGroupColorIndex % 9]);
-    s_nGroupColorIndex++;
+    ++s_nGroupColorIndex;
     return color;
 }
 
@@ -172,9 +172,9 @@ void CPointGroups::updateGroupZero()
     Bits& bits = m_listGroupBits[0];
     QList<int>& listPoint = m_listGroupPoint[0];
     listPoint.clear();
-    for (size_t nWord = 0; nWord < bits.size(); nWord++) {
+    for (size_t nWord = 0; nWord < bits.size(); ++nWord) {
         quint64 nHeld = 0;
-        for (int k = 1; k < groupCount(); k++)
+        for (int k = 1; k < groupCount(); ++k)
             nHeld |= m_listGroupBits.at(k)[nWord];
         const size_t nCount = std::min<size_t>(64, m_vecSelected.size() - nWord * 64);
         bits[nWord] = ~nHeld & (~quint64(0) >> (64 - nCount));
@@ -197,10 +197,10 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
         display.m_pfBlue[nPoint] = float(nBlue) / 255.f;
     };
     // Group 0 shares no point with the others: the mean over all groups is its own colour there.
-    for (size_t nWord = 0; nWord * 64 < nPoints; nWord++) {
+    for (size_t nWord = 0; nWord * 64 < nPoints; ++nWord) {
         int aSum[64][4] = {};
         quint64 nShown = 0;
-        for (int k = 0; k < groupCount(); k++) {
+        for (int k = 0; k < groupCount(); ++k) {
             if (!m_listGroupVisible[k])
                 continue;
             const QColor& color = m_listGroupColor[k];
@@ -211,7 +211,7 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
                 pSum[0] += color.red();
                 pSum[1] += color.green();
                 pSum[2] += color.blue();
-                pSum[3]++;
+                ++pSum[3];
             }
         }
         for (quint64 nRest = nShown; nRest; nRest &= nRest - 1) {

@@ -32,7 +32,7 @@ PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::
 {
     PointSizeClasses classes;
     bool bFirst = true;
-    for (size_t i = 0; i < vecSize.size(); i++) {
+    for (size_t i = 0; i < vecSize.size(); ++i) {
         if (!vecVisible[i])
             continue;
         classes.fSmallest = bFirst ? vecSize[i] : std::min(classes.fSmallest, vecSize[i]);
@@ -40,15 +40,15 @@ PointSizeClasses pointSizeClasses(const std::vector<float>& vecSize, const std::
         bFirst = false;
     }
     const float fRange = classes.fGreatest - classes.fSmallest;
-    for (int k = 0; k < 64; k++)
+    for (int k = 0; k < 64; ++k)
         classes.m_fSizeClass[k] = float(k) * fRange / 63.f + classes.fSmallest;
-    for (size_t i = 0; i < vecSize.size(); i++) {
+    for (size_t i = 0; i < vecSize.size(); ++i) {
         if (!vecVisible[i])
             continue;
         const float fStep = (vecSize[i] - classes.fSmallest) * 63.f / fRange;  // no number without a range
         const size_t nClass = fStep > 0.f ? size_t(std::min(fStep, 63.f)) : 0;
         classes.m_pnSizeClass[nClass].push_back(int(i));
-        classes.m_nSizeClassCount[nClass]++;
+        ++classes.m_nSizeClassCount[nClass];
     }
     return classes;
 }

@@ -104,7 +104,7 @@ bool BaseImgScene::setOverlayAlpha(int nAlpha)
 
 void BaseImgScene::clearImages()
 {
-    m_nConversion++;
+    ++m_nConversion;
     m_vecImage.clear();
     m_nCurrentIndex = -1;
 }
@@ -139,7 +139,7 @@ void BaseImgScene::convertImages(const ImageList& vecImage, const TConvert& conv
         pProgress = std::make_unique<QProgressDialog>(QStringLiteral("Preparing display..."), QString(), 0,
                                                       int(vecImage.size()) - 1, m_pParentWidget,
                                                       Qt::CustomizeWindowHint);
-    for (std::size_t i = 0; i < vecImage.size(); i++) {
+    for (std::size_t i = 0; i < vecImage.size(); ++i) {
         if (pProgress) {
             pProgress->setValue(int(i));
             QCoreApplication::processEvents();

@@ -51,7 +51,7 @@ TextDataWidget::~TextDataWidget()
 
 void TextDataWidget::growPool(QList<TextItem*>& listItem, const QColor& colorBackground, int nCount)
 {
-    for (int i = 0; i < nCount; i++) {
+    for (int i = 0; i < nCount; ++i) {
         auto* pItem = new TextItem;
         pItem->setFont(gridFont());
         pItem->setBackground(colorBackground);
@@ -86,7 +86,7 @@ bool TextDataWidget::findLayout(Layout& layout) const
         return false;
     const QFontMetrics metrics(gridFont());
     double dfLimit = 10.0;  // 10^k
-    for (int k = 1; k <= 6; k++, dfLimit *= 10.0) {
+    for (int k = 1; k <= 6; ++k, dfLimit *= 10.0) {
         layout.nDigits = k + 2;
         const QSize sizeCell = metrics.size(Qt::TextSingleLine, QString(layout.nDigits, QLatin1Char('1')));
         layout.nCellWidth = std::max(sizeCell.width(), 1);
@@ -100,9 +100,9 @@ bool TextDataWidget::findLayout(Layout& layout) const
 
         double dfMax = std::max(layout.x0 + layout.w, layout.y0 + layout.h);
         double dfMin = 0.0;  // the limit lies below 0, so that 0 decides nothing
-        for (int y = layout.y0; y < layout.y0 + layout.h; y++) {
+        for (int y = layout.y0; y < layout.y0 + layout.h; ++y) {
             const float* pRow = m_imgData.Data() + std::size_t(y) * std::size_t(nImgWidth);
-            for (int x = layout.x0; x < layout.x0 + layout.w; x++) {
+            for (int x = layout.x0; x < layout.x0 + layout.w; ++x) {
                 dfMax = pRow[x] > dfMax ? double(pRow[x]) : dfMax;
                 dfMin = pRow[x] < dfMin ? double(pRow[x]) : dfMin;
             }
@@ -162,15 +162,15 @@ bool TextDataWidget::refresh()
     // A window with room for one column or one row alone gets the corner and nothing else.
     const int nColumns = layout.h > 0 ? layout.w : 0;
     const int nRows = layout.w > 0 ? layout.h : 0;
-    for (int c = 1; c <= nColumns; c++)
+    for (int c = 1; c <= nColumns; ++c)
         place(m_listHeaderItem, nHeader, c, 0, QStringLiteral("%1").arg(layout.x0 + c - 1, d), Qt::black);
-    for (int r = 1; r <= nRows; r++)
+    for (int r = 1; r <= nRows; ++r)
         place(m_listHeaderItem, nHeader, 0, r, QStringLiteral("%1").arg(layout.y0 + r - 1, d), Qt::black);
 
     const QVector<QRgb>& vecColor = *paletteTable(2);
-    for (int c = 1; c <= nColumns; c++) {
+    for (int c = 1; c <= nColumns; ++c) {
         const int x = layout.x0 + c - 1;
-        for (int r = 1; r <= nRows; r++) {
+        for (int r = 1; r <= nRows; ++r) {
             const int y = layout.y0 + r - 1;
             const std::size_t nPixel = std::size_t(y) * std::size_t(m_imgData.Width()) + std::size_t(x);
             const bool bCross = x == int(m_ptCenter.x()) || y == int(m_ptCenter.y());

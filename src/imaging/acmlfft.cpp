@@ -163,11 +163,11 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     const int nRowStride = m_pComm->row.nStride;
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
-        for (int i = 0; i < nLines; i++)
+        for (int i = 0; i < nLines; ++i)
             std::memcpy(pIn + i * nRowStride, pData + std::size_t(y + i) * nRowLength,
                         nRowLength * sizeof(COMPLEX));
         fftwf_execute((bForward ? m_pComm->row.planForward : m_pComm->row.planBackward).get());
-        for (int i = 0; i < nLines; i++)
+        for (int i = 0; i < nLines; ++i)
             std::memcpy(pData + std::size_t(y + i) * nRowLength, pOut + i * nRowStride,
                         nRowLength * sizeof(COMPLEX));
     }
@@ -177,12 +177,12 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     for (int x = 0; x < nWidth; x += nBlock) {
         const int nLines = std::min(nBlock, nWidth - x);
         COMPLEX* pColumns = pData + x;
-        for (int y = 0; y < nHeight; y++)
-            for (int i = 0; i < nLines; i++)
+        for (int y = 0; y < nHeight; ++y)
+            for (int i = 0; i < nLines; ++i)
                 pIn[i * nColumnStride + y] = pColumns[std::size_t(y) * nRowLength + std::size_t(i)];
         fftwf_execute((bForward ? m_pComm->column.planForward : m_pComm->column.planBackward).get());
-        for (int y = 0; y < nHeight; y++)
-            for (int i = 0; i < nLines; i++) {
+        for (int y = 0; y < nHeight; ++y)
+            for (int i = 0; i < nLines; ++i) {
                 const COMPLEX value = pOut[i * nColumnStride + y];
                 pColumns[std::size_t(y) * nRowLength + std::size_t(i)] = {value.re * fScale,
                                                                           value.im * fScale};
@@ -217,13 +217,13 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     const int nColumns = nWidth / 2 + 1;
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
-        for (int i = 0; i < nLines; i++)
+        for (int i = 0; i < nLines; ++i)
             fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
         fftwf_execute(m_pComm->row.planReal.get());
         for (int x = 0; x < nColumns; x += nBlock) {
             COMPLEX* pTarget = pHalf + HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
             const int nUsed = std::min(nBlock, nColumns - x);
-            for (int i = 0; i < nLines; i++, pTarget += nBlock) {
+            for (int i = 0; i < nLines; ++i, pTarget += nBlock) {
                 copyUpToBlock(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
                 std::fill(pTarget + nUsed, pTarget + nBlock, COMPLEX{0.f, 0.f});
             }
@@ -232,11 +232,11 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     const int nStride = m_pComm->column.nStride;
     for (int x = 0; x < nColumns; x += nBlock) {
         COMPLEX* pBlock = pHalf + HalfIndex(x, 0, nHeight);
-        for (int y = 0; y < nHeight; y++)
-            for (int i = 0; i < nBlock; i++)
+        for (int y = 0; y < nHeight; ++y)
+            for (int i = 0; i < nBlock; ++i)
                 pIn[i * nStride + y] = pBlock[y * nBlock + i];
         fftwf_execute(m_pComm->column.planForward.get());
-        for (int i = 0; i < nBlock; i++)
+        for (int i = 0; i < nBlock; ++i)
             std::copy_n(pOut + std::ptrdiff_t(i) * nStride, nHeight, pBlock + std::ptrdiff_t(i) * nHeight);
     }
     return 1;
@@ -256,8 +256,8 @@ void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPL
     // it at the last, after that was read: so the spectrum may be the upper half of the work space.
     const auto transformInto = [&](COMPLEX* pBlock) {
         fftwf_execute(m_pComm->column.planBackward.get());
-        for (int y = 0; y < nHeight; y++)
-            for (int i = 0; i < nBlock; i++)
+        for (int y = 0; y < nHeight; ++y)
+            for (int i = 0; i < nBlock; ++i)
                 pBlock[y * nBlock + i] = pOut[i * nStride + y];
     };
     for (int x = 0; x < nColumns; x += nBlock) {
@@ -265,24 +265,24 @@ void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPL
         const COMPLEX* pF = pHalf + nStart;
         const COMPLEX* pS = pFilter + nStart;
         COMPLEX* pBlock = pWork + 2 * nStart;
-        for (int i = 0; i < nBlock; i++) {
+        for (int i = 0; i < nBlock; ++i) {
             COMPLEX* pColumn = pIn + std::ptrdiff_t(i) * nStride;
             const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
             const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
-            for (int y = 0; y < nHeight; y++)
+            for (int y = 0; y < nHeight; ++y)
                 pColumn[y] = {pf[y].re * ps[y].re - pf[y].im * ps[y].im,
                               pf[y].re * ps[y].im + pf[y].im * ps[y].re};
         }
         if (x == 0)
             pIn[0] = {0.f, 0.f};
         transformInto(pBlock);
-        for (int i = 0; i < nBlock; i++) {
+        for (int i = 0; i < nBlock; ++i) {
             COMPLEX* pColumn = pIn + std::ptrdiff_t(nBlock - 1 - i) * nStride;
             const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
             const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
             pColumn[0] = {pf[0].re * ps[0].re + pf[0].im * ps[0].im,
                           pf[0].re * ps[0].im - pf[0].im * ps[0].re};
-            for (int y = 1; y < nHeight; y++) {
+            for (int y = 1; y < nHeight; ++y) {
                 const COMPLEX f = pf[nHeight - y];
                 const COMPLEX s = ps[nHeight - y];
                 pColumn[y] = {f.re * s.re + f.im * s.im, f.re * s.im - f.im * s.re};
@@ -309,7 +309,7 @@ void CAcmlFft::TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows)
             const int nUsed = std::min(nBlock, nColumns - x);
             const int nFirst = x == 0 ? 1 : 0;
             const int nLast = std::min(nBlock, nMirrored - x);
-            for (int i = 0; i < nLines; i++, pBlock += nBlock, pMirror += nBlock) {
+            for (int i = 0; i < nLines; ++i, pBlock += nBlock, pMirror += nBlock) {
                 COMPLEX* pRow = pIn + std::ptrdiff_t(i) * nRowStride;
                 copyUpToBlock(pBlock, nUsed, pRow + x);
                 copyUpToBlock(pMirror + nBlock - nLast, nLast - nFirst, pRow + nWidth - x - nLast + 1);
@@ -328,14 +328,14 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
     FilterColumns(pHalf, pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
     TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
-        for (int i = 0; i < nLines; i++) {
+        for (int i = 0; i < nLines; ++i) {
             const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
             const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
             if (imgS.pData)
-                for (int x = 0; x < nWidth; x++)
+                for (int x = 0; x < nWidth; ++x)
                     imgS.pData[nStart + std::size_t(x)] = pRow[x].re * fScale + imgS.fConstant;
             if (imgB.pData)
-                for (int x = 0; x < nWidth; x++)
+                for (int x = 0; x < nWidth; ++x)
                     imgB.pData[nStart + std::size_t(x)] = pRow[x].im * fScale + imgB.fConstant;
         }
     });
@@ -355,15 +355,15 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
         for (int x = 0; keptS.bWanted && x < nWidth; x += nBlock) {
             float* pTile = reinterpret_cast<float*>(pWork + tileStart(std::size_t(x / nBlock), y, nHeight));
             const int nUsed = std::min(nBlock, nWidth - x);
-            for (int i = 0; i < nLines; i++, pTile += nBlock) {
+            for (int i = 0; i < nLines; ++i, pTile += nBlock) {
                 const COMPLEX* p = pRows + std::ptrdiff_t(i) * nStride + x;
-                for (int j = 0; j < nUsed; j++)
+                for (int j = 0; j < nUsed; ++j)
                     pTile[j] = p[j].re * fScale + keptS.fConstant;
             }
         }
-        for (int i = 0; i < nLines; i++) {
+        for (int i = 0; i < nLines; ++i) {
             const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
-            for (int x = 0; x < nWidth; x++)
+            for (int x = 0; x < nWidth; ++x)
                 vecRow[x] = pRow[x].im * fScale + fConstantB;
             fnRowB(y + i, vecRow.data());
         }

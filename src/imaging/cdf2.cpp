@@ -45,12 +45,12 @@ void CDF2::Factorize(int n)
         }
     // 8 × 2 costs more than 4 × 4.
     if (m_nFactors > 0 && anFactor[m_nFactors - 1] == 2)
-        for (int i = m_nFactors - 2; i >= 0; i--)
+        for (int i = m_nFactors - 2; i >= 0; --i)
             if (anFactor[i] == 8) {
                 anFactor[i] = anFactor[m_nFactors - 1] = 4;
                 break;
             }
-    for (int nDivisor = 2; nRest > 1 && std::sqrt(double(nRest)) + 1.0 > nDivisor; nDivisor++)
+    for (int nDivisor = 2; nRest > 1 && std::sqrt(double(nRest)) + 1.0 > nDivisor; ++nDivisor)
         while (nRest % nDivisor == 0) {
             anFactor[m_nFactors++] = nDivisor;
             nRest /= nDivisor;
@@ -60,7 +60,7 @@ void CDF2::Factorize(int n)
 
     std::reverse(anFactor, anFactor + m_nFactors);
     int nSoFar = 1;
-    for (int i = 0; i < m_nFactors; i++) {
+    for (int i = 0; i < m_nFactors; ++i) {
         m_nActualRadix[i] = anFactor[i];
         m_nSoFarRadix[i] = nSoFar;
         nSoFar *= anFactor[i];
@@ -76,13 +76,13 @@ void CDF2::MakeTables(int n)
     Factorize(n);
     m_vecTwiddleRe.resize(std::size_t(n));
     m_vecTwiddleIm.resize(std::size_t(n));
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const double dfAngle = 2.0 * m_dfPi * i / n;
         m_vecTwiddleRe[i] = std::cos(dfAngle);
         m_vecTwiddleIm[i] = -std::sin(dfAngle);
     }
     int nLargest = 10;
-    for (int i = 0; i < m_nFactors; i++)
+    for (int i = 0; i < m_nFactors; ++i)
         nLargest = std::max(nLargest, m_nActualRadix[i]);
     if (m_vecZ.size() < std::size_t(nLargest))
         m_vecZ.resize(std::size_t(nLargest));
@@ -98,9 +98,9 @@ void CDF2::Permute(const COMPLEX* pIn, COMPLEX* pOut) const
 {
     int anDigit[20] = {};
     int nSource = 0;
-    for (int nPlace = 0; nPlace < m_nLength; nPlace++) {
+    for (int nPlace = 0; nPlace < m_nLength; ++nPlace) {
         pOut[nPlace] = pIn[nSource];
-        for (int i = 0; i < m_nFactors; i++) {
+        for (int i = 0; i < m_nFactors; ++i) {
             nSource += m_nRemainRadix[i];
             if (++anDigit[i] < m_nActualRadix[i])
                 break;
@@ -162,7 +162,7 @@ void CDF2::Radix8(Z* z) const
     odd[1] = {m_dfC8 * (odd[1].re + odd[1].im), m_dfC8 * (odd[1].im - odd[1].re)};
     odd[2] = {odd[2].im, -odd[2].re};
     odd[3] = {m_dfC8 * (odd[3].im - odd[3].re), -m_dfC8 * (odd[3].re + odd[3].im)};
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         z[i] = {even[i].re + odd[i].re, even[i].im + odd[i].im};
         z[i + 4] = {even[i].re - odd[i].re, even[i].im - odd[i].im};
     }
@@ -175,7 +175,7 @@ void CDF2::Radix10(Z* z) const
     Z b[5] = {z[5], z[7], z[9], z[1], z[3]};
     Radix5(a);
     Radix5(b);
-    for (int i = 0; i < 10; i++) {
+    for (int i = 0; i < 10; ++i) {
         const double dfSign = i % 2 ? -1.0 : 1.0;
         z[i] = {a[i % 5].re + dfSign * b[i % 5].re, a[i % 5].im + dfSign * b[i % 5].im};
     }
@@ -189,7 +189,7 @@ void CDF2::RadixOdd(int nRadix, Z* z)
     double* pDiffRe = m_vecDiffRe.data();
     double* pDiffIm = m_vecDiffIm.data();
     if (m_nTrigRadix != nRadix) {
-        for (int j = 0; j < nRadix; j++) {
+        for (int j = 0; j < nRadix; ++j) {
             m_vecTrigRe[j] = std::cos(2.0 * m_dfPi * j / nRadix);
             m_vecTrigIm[j] = std::sin(2.0 * m_dfPi * j / nRadix);
         }
@@ -199,7 +199,7 @@ void CDF2::RadixOdd(int nRadix, Z* z)
     const double* pSin = m_vecTrigIm.data();
 
     const Z first = z[0];
-    for (int j = 1; j <= nPairs; j++) {
+    for (int j = 1; j <= nPairs; ++j) {
         pSumRe[j] = z[j].re + z[nRadix - j].re;
         pSumIm[j] = z[j].im + z[nRadix - j].im;
         pDiffRe[j] = z[j].re - z[nRadix - j].re;
@@ -207,11 +207,11 @@ void CDF2::RadixOdd(int nRadix, Z* z)
         z[0].re += pSumRe[j];
         z[0].im += pSumIm[j];
     }
-    for (int k = 1; k <= nPairs; k++) {
+    for (int k = 1; k <= nPairs; ++k) {
         Z even = first;
         Z odd{0.0, 0.0};
         int nAngle = 0;  // j·k mod radix
-        for (int j = 1; j <= nPairs; j++) {
+        for (int j = 1; j <= nPairs; ++j) {
             nAngle += k;
             if (nAngle >= nRadix)
                 nAngle -= nRadix;
@@ -260,10 +260,10 @@ void CDF2::Pass(int nFactor, COMPLEX* pData)
     const int nSoFar = m_nSoFarRadix[nFactor];
     const int nRemain = m_nRemainRadix[nFactor];
     Z* z = m_vecZ.data();
-    for (int nBlock = 0; nBlock < nRemain; nBlock++) {
+    for (int nBlock = 0; nBlock < nRemain; ++nBlock) {
         COMPLEX* pBlock = pData + std::size_t(nBlock) * std::size_t(nSoFar) * std::size_t(nRadix);
-        for (int k = 0; k < nSoFar; k++) {
-            for (int j = 0; j < nRadix; j++) {
+        for (int k = 0; k < nSoFar; ++k) {
+            for (int j = 0; j < nRadix; ++j) {
                 const COMPLEX value = pBlock[std::size_t(j) * std::size_t(nSoFar) + std::size_t(k)];
                 // j·k < radix × soFar, so the index stays below the length
                 const std::size_t nTwiddle = std::size_t(j) * std::size_t(k) * std::size_t(nRemain);
@@ -272,7 +272,7 @@ void CDF2::Pass(int nFactor, COMPLEX* pData)
                 z[j] = {value.re * dfCos - value.im * dfSin, value.re * dfSin + value.im * dfCos};
             }
             Butterfly(nRadix, z);
-            for (int j = 0; j < nRadix; j++)
+            for (int j = 0; j < nRadix; ++j)
                 pBlock[std::size_t(j) * std::size_t(nSoFar) + std::size_t(k)] = {float(z[j].re),
                                                                                  float(z[j].im)};
         }
@@ -285,14 +285,14 @@ int CDF2::fft(int n, COMPLEX* pIn, COMPLEX* pOut, int nDirection)
         return 0;
     MakeTables(n);
     if (nDirection == 1)
-        for (int i = 0; i < n; i++)
+        for (int i = 0; i < n; ++i)
             pIn[i].im = -pIn[i].im;
     Permute(pIn, pOut);
-    for (int i = 0; i < m_nFactors; i++)
+    for (int i = 0; i < m_nFactors; ++i)
         Pass(i, pOut);
     if (nDirection == 1) {
         const double dfScale = 1.0 / n;
-        for (int i = 0; i < n; i++)
+        for (int i = 0; i < n; ++i)
             pOut[i] = {float(pOut[i].re * dfScale), float(-pOut[i].im * dfScale)};
     }
     return 1;
@@ -308,13 +308,13 @@ int CDF2::fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection)
         throw L"Eorror in CDF2::fft2d\n";
     try {
         std::vector<COMPLEX> vecIn(static_cast<std::size_t>(nHeight)), vecOut(vecIn.size());
-        for (int y = 0; y < nHeight; y++)
+        for (int y = 0; y < nHeight; ++y)
             fft(nWidth, pData + std::size_t(y) * nRow, pRows.get() + std::size_t(y) * nRow, nDirection);
-        for (std::size_t x = 0; x < nRow; x++) {
-            for (std::size_t y = 0; y < std::size_t(nHeight); y++)
+        for (std::size_t x = 0; x < nRow; ++x) {
+            for (std::size_t y = 0; y < std::size_t(nHeight); ++y)
                 vecIn[y] = pRows[y * nRow + x];
             fft(nHeight, vecIn.data(), vecOut.data(), nDirection);
-            for (std::size_t y = 0; y < std::size_t(nHeight); y++)
+            for (std::size_t y = 0; y < std::size_t(nHeight); ++y)
                 pData[y * nRow + x] = vecOut[y];
         }
     } catch (const std::bad_alloc&) {

@@ -44,7 +44,7 @@ int FloatToByte(const float* pSource, unsigned char* pTarget, int n, float fLow,
     const double dfScale = fScale;
     const int nOutMin = int(fOutMin);
     const unsigned char byteMax = static_cast<unsigned char>(fOutMax);
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const double df = (pSource[i] - fLow) * dfScale + fOutMin;
         // 256 and more is above fOutMax, below −1 is under fOutMin: neither needs its exact integer.
         int t = df < 256.0 ? (df > -1.0 ? int(df) : -1) : (df >= 256.0 ? 256 : -1);

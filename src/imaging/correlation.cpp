@@ -96,7 +96,7 @@ bool isFlat(const float* pData, std::size_t nCount)
 {
     float fMin = INFINITY;
     float fMax = -INFINITY;
-    for (std::size_t i = 0; i < nCount; i++) {
+    for (std::size_t i = 0; i < nCount; ++i) {
         if (!std::isfinite(pData[i]))
             continue;
         fMin = std::min(fMin, pData[i]);
@@ -127,17 +127,17 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, 
     };
     // Spectra of real images: the element opposite to the zero frequency is the conjugate. Only rows 0
     // and, at an even height, height/2 are their own mirrors.
-    for (int r = 1; r <= (nHeight - 1) / 2; r++)
-        for (int c = 1; c < nWidth; c++) {
+    for (int r = 1; r <= (nHeight - 1) / 2; ++r)
+        for (int c = 1; c < nWidth; ++c) {
             const COMPLEX value = compute(c, r);
             pResult[std::size_t(nHeight - r) * nRow + std::size_t(nWidth - c)] = {value.re, -value.im};
         }
-    for (int c = 1; c < nWidth; c++) {
+    for (int c = 1; c < nWidth; ++c) {
         compute(c, 0);
         if (nHeight % 2 == 0)
             compute(c, nHeight / 2);
     }
-    for (int r = 0; r < nHeight; r++)
+    for (int r = 0; r < nHeight; ++r)
         compute(0, r);
     return pResult;
 }
@@ -196,8 +196,8 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     std::array<float, nBox * nBox> afBox;
     if (bSmall) {
         const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
-        for (int r = 0; r < nBox; r++)
-            for (int c = 0; c < nBox; c++)
+        for (int r = 0; r < nBox; ++r)
+            for (int c = 0; c < nBox; ++c)
                 afBox[std::size_t(r) * std::size_t(nBox) + std::size_t(c)] =
                     pMap[std::size_t(wrapped(nCornerY + r, nHeight)) * std::size_t(nWidth) +
                          std::size_t(wrapped(nCornerX + c, nWidth))];
@@ -248,7 +248,7 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
         return nullptr;
     const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
     std::unique_ptr<float[]> pMap(new float[nCount]);
-    for (std::size_t i = 0; i < nCount; i++)
+    for (std::size_t i = 0; i < nCount; ++i)
         pMap[i] = pComplexMap[i].re;
     pComplexMap.reset();
 

@@ -6,7 +6,7 @@ int AddComplex(COMPLEX* pA, const COMPLEX* pB, int n)
 {
     if (!pA || !pB)
         return 0;
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         pA[i].re += pB[i].re;
         pA[i].im += pB[i].im;
     }
@@ -18,7 +18,7 @@ int ScaleComplex(COMPLEX* pA, int n, double df)
     if (!pA)
         return 0;
     const float f = float(df);
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         pA[i].re *= f;
         pA[i].im *= f;
     }
@@ -29,7 +29,7 @@ int MultiplyByMask(COMPLEX* pA, const char* pMask, int n)
 {
     if (!pA || !pMask)
         return 0;
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const float f = static_cast<signed char>(pMask[i]);
         pA[i].re *= f;
         pA[i].im *= f;
@@ -41,7 +41,7 @@ int MultiplyByFloat(COMPLEX* pA, const float* pF, int n)
 {
     if (!pA || !pF)
         return 0;
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         pA[i].re *= pF[i];
         pA[i].im *= pF[i];
     }
@@ -52,7 +52,7 @@ int AddFloat(float* pA, const float* pB, int n)
 {
     if (!pA || !pB)
         return 0;
-    for (int i = 0; i < n; i++)
+    for (int i = 0; i < n; ++i)
         pA[i] += pB[i];
     return 1;
 }

@@ -11,13 +11,13 @@ int CHistogram::Fill(const float* pData, int n, int nBins)
     int nTotal = 0;
     float fMin = 0.f;
     float fMax = 0.f;
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const float f = pData[i];
         if (!std::isfinite(f))
             continue;
         fMin = nTotal && fMin <= f ? fMin : f;
         fMax = nTotal && fMax >= f ? fMax : f;
-        nTotal++;
+        ++nTotal;
     }
     if (nTotal == 0)
         return 0;
@@ -32,13 +32,13 @@ int CHistogram::Fill(const float* pData, int n, int nBins)
         m_vecBin[0] = nTotal;
         return 1;
     }
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const double df = pData[i];
         if (!std::isfinite(df))
             continue;
         // Rounding of the quotient must not push the largest sample out of the last bin.
         const int nBin = df == m_dfMax ? nBins - 1 : int((df - m_dfMin) * (nBins - 1) / dfRange);
-        m_vecBin[nBin]++;
+        ++m_vecBin[nBin];
     }
     return 1;
 }
@@ -49,7 +49,7 @@ double CHistogram::Upper(double dfP) const
         return 0.0;
     int i = 0;
     double dfSum = 0.0;
-    for (; i < m_nBins; i++) {
+    for (; i < m_nBins; ++i) {
         dfSum += m_vecBin[i];
         if (dfSum / m_nTotal > 1.0 - dfP)
             break;
@@ -63,7 +63,7 @@ double CHistogram::Lower(double dfP) const
         return 0.0;
     int i = 0;
     double dfSum = 0.0;
-    for (; i < m_nBins; i++) {
+    for (; i < m_nBins; ++i) {
         dfSum += m_vecBin[m_nBins - 1 - i];
         if (dfSum / m_nTotal > 1.0 - dfP)
             break;

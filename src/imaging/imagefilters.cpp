@@ -18,7 +18,7 @@ CGaussianRows::CGaussianRows(int nWidth, int nHeight, float fSigma) : m_nWidth(n
     // reaches one beyond its half.
     const int nTable = std::max(2048, std::max(nWidth, nHeight) / 2 + 2);
     m_vecTable.resize(std::size_t(nTable), 0.0);
-    for (int i = 0; i < nTable; i++) {
+    for (int i = 0; i < nTable; ++i) {
         const double dfI = i;
         m_vecTable[i] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);
     }
@@ -33,7 +33,7 @@ void CGaussianRows::fill(int nRow, float* pRow) const
         return;
     }
     const double dfRow = m_vecTable[std::size_t(nRow < m_nHeight / 2 ? nRow : m_nHeight - nRow)];
-    for (int c = 0; c < m_nWidth; c++)
+    for (int c = 0; c < m_nWidth; ++c)
         pRow[c] = float(m_dfNorm * m_vecTable[std::size_t(c < m_nWidth / 2 ? c : m_nWidth - c)] * dfRow);
 }
 
@@ -42,7 +42,7 @@ int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma)
     if (!img.Create(nWidth, nHeight) || !img.Data())
         return 0;
     const CGaussianRows rows(nWidth, nHeight, fSigma);
-    for (int r = 0; r < nHeight; r++)
+    for (int r = 0; r < nHeight; ++r)
         rows.fill(r, img.Data() + std::size_t(r) * std::size_t(nWidth));
     return 1;
 }
@@ -54,8 +54,8 @@ int MakeRingMask(char* pMask, int nWidth, int nHeight, double dfInner, double df
     const double dfInner2 = dfInner * dfInner;
     const double dfOuter2 = dfOuter * dfOuter;
     const int nMiddleX = nWidth / 2, nMiddleY = nHeight / 2;
-    for (int y = 0; y < nHeight; y++)
-        for (int x = 0; x < nWidth; x++) {
+    for (int y = 0; y < nHeight; ++y)
+        for (int x = 0; x < nWidth; ++x) {
             const double dfDX = x - nMiddleX;
             const double dfDY = y - nMiddleY;
             const double dfR2 = dfDX * dfDX + dfDY * dfDY;

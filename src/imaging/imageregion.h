@@ -24,7 +24,7 @@ int CopyRegion(const T* pSource, int nSourceWidth, int nSourceHeight, T* pTarget
         return 0;
     if (w < 1)
         return 1;
-    for (int r = 0; r < h; r++) {
+    for (int r = 0; r < h; ++r) {
         const T* pRow = pSource + std::size_t(y + r) * std::size_t(nSourceWidth) + x;
         std::copy(pRow, pRow + w, pTarget + std::size_t(r) * std::size_t(w));
     }

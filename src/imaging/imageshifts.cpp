@@ -18,7 +18,7 @@ int shiftCenter(T* pData, int nWidth, int nHeight)
     if (nWidth % 2 || nHeight % 2)
         throw L"ShiftCenter: Width and Height should both be even!";
     const int nHalfX = nWidth / 2;
-    for (int y = 0; y < nHeight / 2; y++) {
+    for (int y = 0; y < nHeight / 2; ++y) {
         T* pUpper = pData + std::size_t(y) * std::size_t(nWidth);
         T* pLower = pData + std::size_t(y + nHeight / 2) * std::size_t(nWidth);
         std::swap_ranges(pUpper, pUpper + nHalfX, pLower + nHalfX);
@@ -46,7 +46,7 @@ int cyclicShift(T* pData, int nWidth, int nHeight, int nDX, int nDY)
     const std::size_t nRow = std::size_t(nWidth);
     const std::vector<T> vecOld(pData, pData + nRow * std::size_t(nHeight));
     const std::size_t nRight = std::size_t(nX);  // columns that the shift brings in from the right edge
-    for (int y = 0; y < nHeight; y++) {
+    for (int y = 0; y < nHeight; ++y) {
         const T* pOld = vecOld.data() + std::size_t(y) * nRow;
         T* pNew = pData + (std::size_t(y) + std::size_t(nY)) % std::size_t(nHeight) * nRow;
         std::memcpy(pNew + nRight, pOld, (nRow - nRight) * sizeof(T));
@@ -102,22 +102,22 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     };
 
     if (nWidth % 2 || nHeight % 2) {
-        for (int r = 0; r < nHeight; r++)
-            for (int c = 0; c < nWidth; c++)
+        for (int r = 0; r < nHeight; ++r)
+            for (int c = 0; c < nWidth; ++c)
                 turn(c, r);
         return 1;
     }
-    for (int r = 1; r < nHeight / 2; r++)
-        for (int c = 1; c < nWidth; c++) {
+    for (int r = 1; r < nHeight / 2; ++r)
+        for (int c = 1; c < nWidth; ++c) {
             turn(c, r);
             const COMPLEX value = element(c, r);
             element(nWidth - c, nHeight - r) = {value.re, -value.im};
         }
-    for (int c = 1; c < nWidth; c++) {
+    for (int c = 1; c < nWidth; ++c) {
         turn(c, 0);
         turn(c, nHeight / 2);
     }
-    for (int r = 0; r < nHeight; r++)
+    for (int r = 0; r < nHeight; ++r)
         turn(0, r);
 
     if (!bCentred)

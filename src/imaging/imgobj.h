@@ -94,7 +94,7 @@ public:
                 std::memmove(static_cast<void*>(m_pData), pSource, Count() * sizeof(T));
         } else {
             const std::size_t nCount = Count();
-            for (std::size_t i = 0; i < nCount; i++)
+            for (std::size_t i = 0; i < nCount; ++i)
                 m_pData[i] = static_cast<T>(pSource[i]);
         }
         return 1;
@@ -116,13 +116,13 @@ public:
                              std::int64_t(y) + h <= m_nHeight;
         if (!bInside || !imgResult.Create(w, h))
             return imgResult;
-        for (int r = 0; r < h; r++) {
+        for (int r = 0; r < h; ++r) {
             const T* pSource = m_pData + std::size_t(y + r) * std::size_t(m_nWidth) + x;
             float* pTarget = imgResult.Data() + std::size_t(r) * std::size_t(w);
             if constexpr (std::is_same<T, float>::value) {
                 std::memcpy(pTarget, pSource, std::size_t(w) * sizeof(float));
             } else {
-                for (int c = 0; c < w; c++)
+                for (int c = 0; c < w; ++c)
                     pTarget[c] = static_cast<float>(pSource[c]);
             }
         }

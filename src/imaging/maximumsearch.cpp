@@ -11,7 +11,7 @@ namespace {
 bool anyAbove(const float* pData, std::size_t nCount, float f)
 {
     int nAbove = 0;
-    for (std::size_t i = 0; i < nCount; i++)
+    for (std::size_t i = 0; i < nCount; ++i)
         nAbove += pData[i] > f ? 1 : 0;
     return nAbove > 0;
 }
@@ -20,7 +20,7 @@ std::size_t firstMaximum(const float* pData, std::size_t nCount)
 {
     std::size_t nBest = 0;
     while (nBest < nCount && std::isnan(pData[nBest]))
-        nBest++;
+        ++nBest;
     if (nBest == nCount)
         return 0;
     // Run after run: whether one holds a new maximum is told without branches, its place only then.
@@ -30,7 +30,7 @@ std::size_t firstMaximum(const float* pData, std::size_t nCount)
         const std::size_t nEnd = std::min(nStart + nRun, nCount);
         if (!anyAbove(pData + nStart, nEnd - nStart, fBest))
             continue;
-        for (std::size_t i = nStart; i < nEnd; i++)
+        for (std::size_t i = nStart; i < nEnd; ++i)
             if (pData[i] > fBest) {
                 fBest = pData[i];
                 nBest = i;

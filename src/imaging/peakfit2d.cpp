@@ -32,15 +32,15 @@ int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResid
     const float* pMask = box.imgMask.Data();
     double* pColumn = box.vecColumn.data();
     const bool bBackground = n > int(g_nLorentzParameters);
-    for (int c = 0; c < nWidth; c++)
+    for (int c = 0; c < nWidth; ++c)
         pColumn[c] = 1.0 + (c - p[1]) * (c - p[1]) / p[2];
-    for (int r = 0; r < nHeight; r++) {
+    for (int r = 0; r < nHeight; ++r) {
         const double dfY = (r - p[3]) * (r - p[3]) / p[4];
         if (bBackground)
-            for (int c = 0; c < nWidth; c++)
+            for (int c = 0; c < nWidth; ++c)
                 *pResidual++ = (p[0] / (pColumn[c] + dfY) + p[5] - *pPixel++) * *pMask++;
         else
-            for (int c = 0; c < nWidth; c++)
+            for (int c = 0; c < nWidth; ++c)
                 *pResidual++ = (p[0] / (pColumn[c] + dfY) - *pPixel++) * *pMask++;
     }
     return 0;
@@ -51,13 +51,13 @@ double meanOfEdge(const FitBox& box)
 {
     double dfSum = 0;
     int nCount = 0;
-    for (int r = 0; r < box.img.Height(); r++) {
+    for (int r = 0; r < box.img.Height(); ++r) {
         const bool bEndRow = r == 0 || r == box.img.Height() - 1;
         for (int c = 0; c < box.img.Width(); c += bEndRow ? 1 : std::max(box.img.Width() - 1, 1)) {
             const std::size_t i = std::size_t(r) * std::size_t(box.img.Width()) + std::size_t(c);
             if (box.imgMask.Data()[i] != 0.f) {
                 dfSum += double(box.img.Data()[i]);
-                nCount++;
+                ++nCount;
             }
         }
     }
@@ -94,7 +94,7 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     float* pMask = box.imgMask.Data();
     const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
     std::size_t nUsable = 0;
-    for (std::size_t i = 0; i < nCount; i++) {
+    for (std::size_t i = 0; i < nCount; ++i) {
         pMask[i] = pPixel[i] >= dfSaturation ? 0.f : 1.f;
         if (!std::isfinite(pPixel[i])) {  // 0 times infinity is no residual
             pMask[i] = 0.f;

@@ -34,11 +34,11 @@ struct Taps {
 std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
 {
     std::vector<Taps> vecTaps(static_cast<std::size_t>(nTarget));
-    for (int i = 0; i < nTarget; i++) {
+    for (int i = 0; i < nTarget; ++i) {
         const float fPosition = float(std::int64_t(i) * nSource) / float(nTarget);
         const float fFraction = fPosition - std::floor(fPosition);
         Taps& taps = vecTaps[i];
-        for (int k = 0; k < 4; k++) {
+        for (int k = 0; k < 4; ++k) {
             const float fOffset = float(k - 1);
             const int nIndex = int(fPosition + fOffset);
             taps.anIndex[k] = nIndex < 0 ? 0 : (nIndex >= nSource ? nSource - 1 : nIndex);
@@ -57,18 +57,18 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
                 float* pTarget)
 {
     std::array<std::array<float, nCount>, 4> afWeight;
-    for (std::size_t i = 0; i < nCount; i++)
-        for (std::size_t n = 0; n < 4; n++)
+    for (std::size_t i = 0; i < nCount; ++i)
+        for (std::size_t n = 0; n < 4; ++n)
             afWeight[n][i] = pTapsX[i].afWeight[n];
     std::array<float, nCount> afSum{};
-    for (std::size_t m = 0; m < 4; m++)
-        for (std::size_t n = 0; n < 4; n++) {
+    for (std::size_t m = 0; m < 4; ++m)
+        for (std::size_t n = 0; n < 4; ++n) {
             const float fSample = apRow[m][pTapsX->anIndex[n]];
             const float fWeight = tapsY.afWeight[m];
-            for (std::size_t i = 0; i < nCount; i++)
+            for (std::size_t i = 0; i < nCount; ++i)
                 afSum[i] += fWeight * afWeight[n][i] * fSample;
         }
-    for (std::size_t i = 0; i < nCount; i++)
+    for (std::size_t i = 0; i < nCount; ++i)
         pTarget[i] = afSum[i];
 }
 
@@ -76,7 +76,7 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
 std::array<const float*, 4> rowsOf(const Taps& tapsY, const float* pSource, int nSourceWidth)
 {
     std::array<const float*, 4> apRow;
-    for (std::size_t m = 0; m < 4; m++)
+    for (std::size_t m = 0; m < 4; ++m)
         apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
     return apRow;
 }
@@ -96,7 +96,7 @@ void resizeRow(const std::vector<Taps>& vecX, const Taps& tapsY, const std::arra
             i += nTogether;
         } else {
             sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
-            i++;
+            ++i;
         }
 }
 
@@ -142,7 +142,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     sumSamples<1>(&vecX[targetOf(nLargestX, nTargetWidth, nSourceWidth)], tapsLargest,
                   rowsOf(tapsLargest, pSource, nSourceWidth), &fLeast);
     float fSize = 0.f;
-    for (int i = 0; i < nSourceWidth * nSourceHeight; i++)
+    for (int i = 0; i < nSourceWidth * nSourceHeight; ++i)
         fSize = std::max(fSize, std::abs(pSource[i]));
     fLeast -= 1e-4f * fSize;
 
@@ -157,10 +157,10 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     };
     float fBest = NAN;
     *pX = *pY = 0;
-    for (int y = 0; y < nTargetHeight; y++) {
+    for (int y = 0; y < nTargetHeight; ++y) {
         const Taps& tapsY = vecY[y];
         const std::array<const float*, 4> apRow = rowsOf(tapsY, pSource, nSourceWidth);
-        for (std::size_t n = 0; n < vecColumn.size(); n++)
+        for (std::size_t n = 0; n < vecColumn.size(); ++n)
             vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
         if (!anyReaches())
             continue;

@@ -76,7 +76,7 @@ const QList<Peak3D>& ED3DWidget::points() const
 void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
 {
     QHash<int, int> hashGiven;
-    for (int i = 0; i < listPeak.size(); i++)
+    for (int i = 0; i < listPeak.size(); ++i)
         hashGiven.insert(listPeak[i].nID, i);
     for (Peak3D& peak : m_listPoint) {
         const auto it = hashGiven.constFind(peak.nID);
@@ -194,7 +194,7 @@ void ED3DWidget::insertPointGroupById(int nIndex, const QString& strLabel, const
 {
     if (m_hashIdToPoint.isEmpty()) {
         m_hashIdToPoint.reserve(m_listPoint.size());
-        for (int i = 0; i < m_listPoint.size(); i++)
+        for (int i = 0; i < m_listPoint.size(); ++i)
             m_hashIdToPoint.insert(m_listPoint.at(i).nID, i);
     }
     QList<int> listPoint;
@@ -324,9 +324,9 @@ void ED3DWidget::calPointSizes()
     qCDebug(g_logView3D) << "Point size range:" << m_sizeClasses.fSmallest << " - "
                          << m_sizeClasses.fGreatest;
     int nTotal = 0;
-    for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); k++)
+    for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); ++k)
         qCDebug(g_logView3D) << "Point sizes #" << k << ":" << m_sizeClasses.m_fSizeClass[k];
-    for (size_t k = 0; k < m_sizeClasses.m_nSizeClassCount.size(); k++) {
+    for (size_t k = 0; k < m_sizeClasses.m_nSizeClassCount.size(); ++k) {
         nTotal += m_sizeClasses.m_nSizeClassCount[k];
         qCDebug(g_logView3D) << k << ":" << m_sizeClasses.m_nSizeClassCount[k];
     }

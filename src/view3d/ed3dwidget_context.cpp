@@ -121,7 +121,7 @@ void ED3DWidget::initializeGL()
     const float aafPosition[4][4] = {{1, 1, 0, 0}, {-1, -1, 0, 0}, {-0.1f, -0.1f, 1, 0}, {0.1f, 0.1f, -1, 0}};
     const float afAmbient[4] = {0.1f, 0.1f, 0.1f, 1.f};
     glLightfv(GL_LIGHT0, GL_AMBIENT, afAmbient);
-    for (GLenum i = 0; i < 4; i++) {
+    for (GLenum i = 0; i < 4; ++i) {
         glLightfv(GL_LIGHT0 + i, GL_POSITION, aafPosition[i]);
         glEnable(GL_LIGHT0 + i);
     }

@@ -22,7 +22,7 @@ void ED3DWidget::drawScene()
     if (m_bLight) {
         const float fDiffuse = 0.4f * m_fLightIntensity;
         const float afDiffuse[4] = {fDiffuse, fDiffuse, fDiffuse, fDiffuse};
-        for (GLenum i = 0; i < 4; i++)
+        for (GLenum i = 0; i < 4; ++i)
             glLightfv(GL_LIGHT0 + i, GL_DIFFUSE, afDiffuse);
         glEnable(GL_LIGHTING);
     }
@@ -74,7 +74,7 @@ void ED3DWidget::drawAxesCross()
     glOrtho(dfX - b, dfX + b, dfY - b, dfY + b, -b, b);
     glMatrixMode(GL_MODELVIEW);
     glLineWidth(float(m_dfViewRatio));
-    for (int nAxis = 0; nAxis < 3; nAxis++) {
+    for (int nAxis = 0; nAxis < 3; ++nAxis) {
         const float afAxis[3] = {nAxis == 0 ? 1.f : 0.f, nAxis == 1 ? 1.f : 0.f, nAxis == 2 ? 1.f : 0.f};
         glColor4f(afAxis[0], afAxis[1], afAxis[2], 1.f);
         glBegin(GL_LINES);
@@ -141,7 +141,7 @@ void ED3DWidget::drawCanvasGrid()
 {
     glPushMatrix();
     glLoadIdentity();
-    for (int i = -40; i <= 40; i++) {
+    for (int i = -40; i <= 40; ++i) {
         const bool bFifth = i % 5 == 0;
         const float t = -0.1f * float(i);
         glLineWidth(float((bFifth ? 2.0 : 1.0) * m_dfViewRatio));

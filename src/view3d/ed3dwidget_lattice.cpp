@@ -80,7 +80,7 @@ void ED3DWidget::drawLatticeLines()
     }
     glLineWidth(float(std::min(3.0 * m_camera.sizeFactor() * m_dfViewRatio, 1000.0)));
     const std::array<Vec3D, 3> aVector = m_lattice->vectors();
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         const Vec3D v = scaled(aVector[i], m_fScale);
         glColor4f(i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f, 1.f);
         glBegin(GL_LINES);

@@ -46,7 +46,7 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
         for (double dfRatio : {2.0, 0.0, 37.5}) {
             const std::vector<float> vecSize = pointSizes(peaksOfIntensity(row.vecIntensity), dfRatio);
             ASSERT_EQ(vecSize.size(), row.vecX.size());
-            for (size_t i = 0; i < vecSize.size(); i++) {
+            for (size_t i = 0; i < vecSize.size(); ++i) {
                 const double df = 0.1 * dfRatio * std::pow(std::log(row.vecX[i]), 2);
                 EXPECT_NEAR(vecSize[i], df, 2e-6 * std::max(df, 1.0)) << &row - aRow << ' ' << i;
                 EXPECT_EQ(vecSize[i] > 0, dfRatio > 0);
@@ -75,7 +75,7 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
         groups.makeDisplay(display);
         ASSERT_EQ(groups.groupCount(), int(vecTruth.size()));
         vecTruth[0].clear();
-        for (int i = 0; i < nPoints; i++) {
+        for (int i = 0; i < nPoints; ++i) {
             int nHeld = 0, nShown = 0, anSum[3] = {};
             for (size_t k = vecTruth.size(); k-- > 0;) {
                 if (k == 0 && nHeld == 0)
@@ -84,7 +84,7 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
                 if (!vecTruth[k].count(i) || !groups.visible()[int(k)])
                     continue;
                 const QColor color = groups.colors()[int(k)];
-                nShown++;
+                ++nShown;
                 anSum[0] += color.red();
                 anSum[1] += color.green();
                 anSum[2] += color.blue();
@@ -93,7 +93,7 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
             const size_t n = size_t(i);
             ASSERT_EQ(bool(display.m_pbPointVisible[n]), nShown > 0 || bSelected) << i;
             const float afShown[3] = {display.m_pfRed[n], display.m_pfGreen[n], display.m_pfBlue[n]};
-            for (int c = 0; c < 3; c++)
+            for (int c = 0; c < 3; ++c)
                 ASSERT_FLOAT_EQ(afShown[c] * 255,
                                 bSelected ? (c == 0) * 255 : anSum[c] / std::max(nShown, 1));
         }
@@ -101,10 +101,10 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
     };
     check("new");
     QList<PointGroup> listGroup{{"Unlabeled", {1, 2}, Qt::white}};
-    for (int k = 1; k <= 5; k++) {
+    for (int k = 1; k <= 5; ++k) {
         QList<int> listPoint{-1, nPoints, 7, 7};  // strangers and a second mention
         vecTruth.push_back({7});
-        for (int n = 0; n < 40; n++) {
+        for (int n = 0; n < 40; ++n) {
             listPoint.append(int(random() % nPoints));
             vecTruth.back().insert(listPoint.last());
         }
@@ -155,12 +155,12 @@ TEST(Camera, TurnsAsQuaternionsDo)
     CCamera camera;
     const auto expectRotation = [&camera](const QQuaternion& quaternion, double dfTolerance) {
         const QMatrix3x3 matrix = quaternion.toRotationMatrix();
-        for (int n = 0; n < 9; n++)
+        for (int n = 0; n < 9; ++n)
             ASSERT_NEAR(camera.m_fRotation[n / 3 * 4 + n % 3], matrix(n % 3, n / 3), dfTolerance) << n;
     };
     QQuaternion turned;
     const int nW = 611, nH = 400;
-    for (int n = 0; n < 300; n++) {
+    for (int n = 0; n < 300; ++n) {
         const int nAxis = int(random() % 3);
         const float fAngle = 90 * uniform(random);
         camera.rotateAroundScreen(nAxis, fAngle);
@@ -175,7 +175,7 @@ TEST(Camera, TurnsAsQuaternionsDo)
         turned.normalize();
         expectRotation(turned, 2e-4);
     }
-    for (int n = 0; n < 50; n++) {
+    for (int n = 0; n < 50; ++n) {
         const Vec3D v{uniform(random), uniform(random), 0.05f * uniform(random)};
         camera.viewAlong(v);
         EXPECT_LT(length(camera.viewDirection() - scaled(v, 1 / length(v))), 1e-6);
@@ -210,7 +210,7 @@ TEST(Camera, NoZoomTurnsThePictureRound)
         camera.changeZoom(-0.25f);
         EXPECT_EQ(camera.m_fZoom, -0.25f) << "a step is what the mouse makes it while there is room";
         float fScale = camera.projection()[0];
-        for (int n = 0; n < 60; n++) {
+        for (int n = 0; n < 60; ++n) {
             camera.changeZoom(-fStep);
             ASSERT_GE(camera.projection()[0], fScale) << n;
             fScale = camera.projection()[0];
@@ -248,11 +248,11 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     for (const Vec3D& v : makeLatticeGrid(basis, anGreat, 1.f, camera).vecPoint)
         setDrawn.insert(key(v));
     size_t nSeen = 0;
-    for (int n = 0; n < 121 * 101 * 81; n++) {
+    for (int n = 0; n < 121 * 101 * 81; ++n) {
         const int h = n / 8181 - 60, k = n / 81 % 101 - 50, l = n % 81 - 40;
         const Vec3D v = scaled(a, h) + scaled(b, k) + scaled(c, l);
         bool bSeen = true;
-        for (size_t r = 0; r < 3; r++)
+        for (size_t r = 0; r < 3; ++r)
             bSeen = bSeen && std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) < 1.f;
         nSeen += bSeen;
         ASSERT_TRUE(!bSeen || setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;

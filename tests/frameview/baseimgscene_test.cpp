@@ -40,7 +40,7 @@ TEST_F(Scene, DrawsEachPixelThroughThePalette)
             EXPECT_EQ(m_scene.setPalette(nPalette), nPalette);
             const QImage picture = drawn(m_scene);
             ASSERT_EQ(picture.size(), QSize(nWidth, 4));
-            for (int i = 0; i < 4 * nWidth; i++)
+            for (int i = 0; i < 4 * nWidth; ++i)
                 EXPECT_EQ(picture.pixel(i % nWidth, i / nWidth), paletteTable(nPalette)->at(7 * i))
                     << nWidth << ": " << i << ", palette " << nPalette;
         }
@@ -54,9 +54,9 @@ TEST_F(Scene, LimitsAndOutputRangesSetTheContrast)
     const RangeList vecOut[] = {
         {}, {{50, 110}}, {{50, 110}, {0, 1}}};  // another count than of images: 0 to 255
     const int aanByte[][4] = {{0, 85, 170, 255}, {50, 70, 90, 110}, {0, 85, 170, 255}};
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         m_scene.setImagesLimits(vecImage, {{0, 300}}, vecOut[i]);
-        for (int x = 0; x < 4; x++)
+        for (int x = 0; x < 4; ++x)
             EXPECT_EQ(red(x, 0), aanByte[i][x]) << i;
     }
 }
@@ -138,7 +138,7 @@ TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
     for (bool bGone : {false, true}) {
         m_scene.setShowProgress(true);
         ImageList vecLong = makeFrame(8, 8, 1);
-        for (int i = 0; i < 2; i++)
+        for (int i = 0; i < 2; ++i)
             vecLong.push_back(std::move(makeFrame(8, 8, 1)[0]));
         QTimer::singleShot(0, [&] {
             if (bGone)

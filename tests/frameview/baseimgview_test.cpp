@@ -80,11 +80,11 @@ TEST_F(View, SmallAnglesAddUpAndTheWheelZoomsAboutThePointer)
         QCoreApplication::sendEvent(m_view.viewport(), &event);
     };
     QSignalSpy spyIn(&m_view, &BaseImgView::zoomIn), spyOut(&m_view, &BaseImgView::zoomOut);
-    for (int n = 1; n <= 24; n++) {
+    for (int n = 1; n <= 24; ++n) {
         turn(15);
         ASSERT_EQ(spyIn.count(), (n + 7) / 8) << n;
     }
-    for (int n = 0; n < 30; n++)  // fingers that lie still
+    for (int n = 0; n < 30; ++n)  // fingers that lie still
         turn(n % 2 ? -3 : 3);
     EXPECT_EQ(spyOut.count(), 0);
     QTest::qWait(400);
@@ -111,7 +111,7 @@ TEST_F(View, TheMenuWaitsForTheReleaseAndNotForADrag)
     m_view.addAction(&action);
     m_view.setContextMenuPolicy(Qt::ActionsContextMenu);
     QWidget* pViewport = m_view.viewport();
-    for (int nCase = 0; nCase < 4; nCase++) {
+    for (int nCase = 0; nCase < 4; ++nCase) {
         const bool bMenuOnPress = nCase < 2, bDrag = nCase % 2 == 1;  // the first is the platform's habit
         bool bHeld = true;
         bool bMenuWhileHeld = false;
@@ -119,7 +119,7 @@ TEST_F(View, TheMenuWaitsForTheReleaseAndNotForADrag)
         QTimer timer;  // closes the menu that blocks
         QObject::connect(&timer, &QTimer::timeout, [&] {
             if (QWidget* pMenu = QApplication::activePopupWidget()) {
-                nMenu++;
+                ++nMenu;
                 bMenuWhileHeld = bMenuWhileHeld || bHeld;
                 pMenu->close();
             }

@@ -38,7 +38,7 @@ protected:
     {
         std::set<std::pair<int, int>> setPixel;
         const QImage picture = drawn(m_scene);
-        for (int i = 0; i < 60 * 50; i++)
+        for (int i = 0; i < 60 * 50; ++i)
             if (picture.pixelColor(i % 60, i / 60) == color)
                 setPixel.insert({i % 60, i / 60});
         return setPixel;
@@ -54,7 +54,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* pEvent) override
     {
-        m_nPaint++;
+        ++m_nPaint;
         BaseImgView::paintEvent(pEvent);
     }
 };
@@ -66,7 +66,7 @@ TEST_F(Marks, CrossHasItsArmsAroundTheMiddleOfThePixel)
     QList<CrossItem*> list;
     replaceMarks(&m_scene, list, {mark<CrossItem>({20, 30}, 5, Qt::green)});
     std::set<std::pair<int, int>> setExpected;
-    for (int i = -5; i <= 5; i++) {
+    for (int i = -5; i <= 5; ++i) {
         setExpected.insert({20 + i, 30});
         setExpected.insert({20, 30 + i});
     }
@@ -161,9 +161,9 @@ TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
         EXPECT_EQ(list, listNew);
     };
     const QImage pictureBefore = view.viewport()->grab().toImage();
-    for (int nRound = 0; nRound < 3; nRound++) {
+    for (int nRound = 0; nRound < 3; ++nRound) {
         QList<CrossItem*> listNew;
-        for (int i = 0; i < 2000; i++)
+        for (int i = 0; i < 2000; ++i)
             listNew.append(mark<CrossItem>({double(i % 60), double(i * 7 % 50)}, 5, Qt::green));
         expectOneRepaint(listNew);
     }

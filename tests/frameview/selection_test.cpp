@@ -30,7 +30,7 @@ protected:
         const QPoint ptStart = m_view.mapFromScene(ptFrom);
         const QPoint ptEnd = m_view.mapFromScene(ptTo);
         sendMouse(pViewport, QEvent::MouseButtonPress, ptStart, Qt::LeftButton, Qt::LeftButton);
-        for (int i = 1; i <= 7; i++)
+        for (int i = 1; i <= 7; ++i)
             sendMouse(pViewport, QEvent::MouseMove, ptStart + (ptEnd - ptStart) * i / 7, Qt::NoButton,
                       Qt::LeftButton);
         sendMouse(pViewport, QEvent::MouseButtonRelease, ptEnd, Qt::LeftButton, Qt::NoButton);
@@ -124,7 +124,7 @@ TEST_F(Selection, TheFrameOfTheRectangleIsOneScreenPixelWide)
         const QImage picture = m_view.viewport()->grab().toImage();
         const int nY = picture.height() / 2 + int(20 * dfScale);
         int nYellow = 0;
-        for (int x = 0; x < picture.width() / 2 + 30; x++)
+        for (int x = 0; x < picture.width() / 2 + 30; ++x)
             nYellow += picture.pixelColor(x, nY) == QColor(Qt::yellow);
         EXPECT_NEAR(nYellow, picture.devicePixelRatio(), 0.5) << dfScale;
     }

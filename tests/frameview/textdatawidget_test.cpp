@@ -24,7 +24,7 @@ protected:
         m_widget.setImage(makeFrame(w, h, fnValue)[0].get());
         CImgObj<unsigned char> imgByte;
         imgByte.Create(w, h);
-        for (int i = 0; i < w * h; i++)
+        for (int i = 0; i < w * h; ++i)
             imgByte.Data()[i] = static_cast<unsigned char>(i % 251);
         m_widget.setByteImage(&imgByte);
     }

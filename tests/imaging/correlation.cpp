@@ -69,8 +69,8 @@ TEST(Correlate, CentresTheMapItReturns)
         for (int nDY : {-3, 0, 2})
             for (int nDX : {-4, 0, 3}) {
                 double dfSum = 0.0;  // the plain map is Σ a(p)·b(p + shift)
-                for (int y = 0; y < nH; y++)
-                    for (int x = 0; x < nW; x++)
+                for (int y = 0; y < nH; ++y)
+                    for (int x = 0; x < nW; ++x)
                         dfSum += double(vecA[y * nW + x]) *
                                  double(vecB[(y + nDY + nH) % nH * nW + (x + nDX + nW) % nW]);
                 EXPECT_NEAR(result.pMap[(nH / 2 + nDY) * nW + nW / 2 + nDX], dfSum, 1e-5 * result.dfPeak);

@@ -60,12 +60,12 @@ TEST(ResizeBicubic, HasTheMomentsOfTheCubicBSpline)
 {
     const int nWidth = 12, nHeight = 9, nFactor = 5, nW = nWidth * nFactor, nH = nHeight * nFactor;
     std::vector<float> vecPolynomial, vec(nW * nH);
-    for (int y = 0; y < nHeight; y++)
-        for (int x = 0; x < nWidth; x++)
+    for (int y = 0; y < nHeight; ++y)
+        for (int x = 0; x < nWidth; ++x)
             vecPolynomial.push_back(float(x * x - 2 * y + 0.5 * x * y));
     ASSERT_EQ(ResizeBicubic(vec.data(), nW, nH, vecPolynomial.data(), nWidth, nHeight), 1);
-    for (int j = nFactor; j < nH - 2 * nFactor; j++)
-        for (int i = nFactor; i < nW - 2 * nFactor; i++) {
+    for (int j = nFactor; j < nH - 2 * nFactor; ++j)
+        for (int i = nFactor; i < nW - 2 * nFactor; ++i) {
             const double x = double(i) / nFactor, y = double(j) / nFactor;
             ASSERT_NEAR(vec[j * nW + i], x * x + 1.0 / 3.0 - 2 * y + 0.5 * x * y, 2e-4) << i << " " << j;
         }
@@ -73,7 +73,7 @@ TEST(ResizeBicubic, HasTheMomentsOfTheCubicBSpline)
     for (const auto& [aSource, aExpected] : aEdge)
         for (int nColumns : {3, 1}) {
             ResizeBicubic(vec.data(), nColumns, 4 - nColumns, aSource, nColumns, 4 - nColumns);
-            for (int i = 0; i < 3; i++)
+            for (int i = 0; i < 3; ++i)
                 EXPECT_NEAR(vec[i], aExpected[i], 1e-5) << nColumns << " " << i;
         }
 }

@@ -28,7 +28,7 @@ TEST(CImgObj, SubImageAndCopyRegionTakeOnlyWhatLiesInside)
         std::vector<float> vecRegion(36, -1.f);
         const int nCopied = CopyRegion(img.Data(), 7, 5, vecRegion.data(), row.x, row.y, row.w, row.h);
         EXPECT_EQ(nCopied, row.bInside || row.h < 1 ? 1 : 0);
-        for (int i = 0; i < 36; i++) {
+        for (int i = 0; i < 36; ++i) {
             const bool bUsed = row.bInside && i < row.w * row.h;
             const float fExpected = bUsed ? float((row.y + i / row.w) * 7 + row.x + i % row.w) : -1.f;
             ASSERT_EQ(vecRegion[i], fExpected);
@@ -43,7 +43,7 @@ TEST(ImageConversion, GivesAmplitudePhaseAndParts)
 {
     const COMPLEX value{-3.f, 4.f};
     const float afExpected[] = {5.f, float(std::acos(-0.6)), -3.f, 4.f, 99.f};
-    for (int nMode = 0; nMode < 5; nMode++) {
+    for (int nMode = 0; nMode < 5; ++nMode) {
         float f = 99.f;
         EXPECT_EQ(ComplexToFloat(&value, &f, 1, nMode), nMode < 4);
         EXPECT_FLOAT_EQ(f, afExpected[nMode]) << nMode;

@@ -24,7 +24,7 @@ TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
     for (const auto& row : aRow)
         for (int nNaN : {-1, 0, 3}) {
             std::vector<float> vec;
-            for (int i = 0; i < row.nWidth * row.nHeight; i++) {
+            for (int i = 0; i < row.nWidth * row.nHeight; ++i) {
                 const double dfX = i % row.nWidth - 0.4 * row.nWidth,
                              dfY = i / row.nWidth - 0.6 * row.nHeight;
                 vec.push_back(row.fBase + row.fPeak * float(std::exp(-(dfX * dfX + dfY * dfY) / 8)) +
@@ -48,9 +48,9 @@ TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
 
 TEST(FindMaximum, TakesTheFirstInLongDataToo)
 {
-    for (int nPlace = 0; nPlace < 300; nPlace++) {
+    for (int nPlace = 0; nPlace < 300; ++nPlace) {
         std::vector<float> vec(300);
-        for (int i = 0; i < 300; i++)
+        for (int i = 0; i < 300; ++i)
             vec[i] = i == nPlace || i == 299 ? 500.f : float(i);
         EXPECT_EQ(FindMaximumIndex(vec.data(), 300), nPlace);
     }

@@ -13,8 +13,8 @@ namespace tessera {
 static std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 {
     std::vector<float> vec(std::size_t(nWidth) * std::size_t(nHeight));
-    for (long y = 0; y < nHeight; y++)
-        for (long x = 0; x < nWidth; x++) {
+    for (long y = 0; y < nHeight; ++y)
+        for (long x = 0; x < nWidth; ++x) {
             const long nX = ((x + nDX) % nWidth + nWidth) % nWidth;
             const long nY = ((y + nDY) % nHeight + nHeight) % nHeight;
             vec[nY * nWidth + nX] = float(y * nWidth + x);
@@ -54,7 +54,7 @@ TEST(FourierShift, GivesTheImageOfTheMovedFormula)
         ASSERT_EQ(FourierShift(vec.data(), row.nWidth, row.nHeight, row.dfDX, row.dfDY, row.bCentred), 1);
         CyclicShift(vec.data(), row.nWidth, row.nHeight, -nHalfX, -nHalfY);
         fft.Transform(vec.data(), row.nWidth, row.nHeight, 1);
-        for (std::size_t i = 0; i < vec.size(); i++) {
+        for (std::size_t i = 0; i < vec.size(); ++i) {
             ASSERT_NEAR(vec[i].re, vecMoved[i], 2e-2) << row.nWidth << " x " << row.nHeight << " at " << i;
             ASSERT_NEAR(vec[i].im, 0.f, 2e-2);
         }

@@ -15,7 +15,7 @@ inline std::vector<float> spotImage(int nWidth, int nHeight, double dfDX, double
                                {0.35, 0.85, 1e4}, {0.9, 0.7, 7e3},  {0.6, 0.9, 8e3}};
     const auto distance = [](double df, double dfSide) { return df - dfSide * std::round(df / dfSide); };
     std::vector<float> vec;
-    for (int i = 0; i < nWidth * nHeight; i++) {
+    for (int i = 0; i < nWidth * nHeight; ++i) {
         double df = 0.0;
         for (const auto& spot : aSpot) {
             const double dfX = distance(i % nWidth - spot[0] * nWidth - dfDX, nWidth);

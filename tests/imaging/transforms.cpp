@@ -23,7 +23,7 @@ std::vector<COMPLEX> randomImage(int n)
     std::mt19937 engine(1);
     std::uniform_real_distribution<float> distribution(-1.f, 1.f);
     std::vector<COMPLEX> vec;
-    for (int i = 0; i < n; i++) {
+    for (int i = 0; i < n; ++i) {
         const float fRe = distribution(engine);
         vec.push_back({fRe, distribution(engine)});
     }
@@ -43,16 +43,16 @@ std::vector<Complex> directSum(const std::vector<COMPLEX>& vecIn, int nWidth, in
 {
     const auto line = [](std::vector<Complex>& vec, int nStart, int nStep, int n) {
         std::vector<Complex> vecSum(std::size_t(n), Complex(0.0));
-        for (int k = 0; k < n; k++)
-            for (int j = 0; j < n; j++)
+        for (int k = 0; k < n; ++k)
+            for (int j = 0; j < n; ++j)
                 vecSum[k] += vec[nStart + j * nStep] * std::polar(1.0, -2.0 * dfPi * ((long(j) * k) % n) / n);
-        for (int k = 0; k < n; k++)
+        for (int k = 0; k < n; ++k)
             vec[nStart + k * nStep] = vecSum[k];
     };
     std::vector<Complex> vec = inDouble(vecIn);
-    for (int y = 0; y < nHeight; y++)
+    for (int y = 0; y < nHeight; ++y)
         line(vec, y * nWidth, 1, nWidth);
-    for (int x = 0; x < nWidth; x++)
+    for (int x = 0; x < nWidth; ++x)
         line(vec, x, nWidth, nHeight);
     return vec;
 }
@@ -60,7 +60,7 @@ std::vector<Complex> directSum(const std::vector<COMPLEX>& vecIn, int nWidth, in
 double largestDifference(const std::vector<COMPLEX>& vecA, const std::vector<Complex>& vecB)
 {
     double dfLargest = 0.0;
-    for (std::size_t i = 0; i < vecA.size(); i++) {
+    for (std::size_t i = 0; i < vecA.size(); ++i) {
         const double dfDifference = std::abs(Complex(vecA[i].re, vecA[i].im) - vecB[i]);
         if (!(dfDifference <= dfLargest))  // keeps what is not a number
             dfLargest = dfDifference;
@@ -75,7 +75,7 @@ TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
     CAcmlFft fft;
     CDF2 df2;
     std::vector<std::pair<int, int>> vecSize{{1, 7}, {8, 8}, {64, 32}, {15, 17}, {50, 13}, {31, 121}};
-    for (int n = 1; n <= 64; n++)
+    for (int n = 1; n <= 64; ++n)
         vecSize.emplace_back(n, 1);
     // 128 trades 8 × 2 for 4 × 4; squares of primes; primes on both sides of the work vectors
     for (int n : {128, 160, 169, 343, 720, 1000, 1001, 1999, 2003})
@@ -98,7 +98,7 @@ TEST(CAcmlFft, DoesNotDependOnWhereTheBufferLies)
     for (const auto& [nW, nH] : {std::pair(96, 75), std::pair(128, 64), std::pair(61, 40)}) {
         const auto vecImage = randomImage(nW * nH);
         std::vector<COMPLEX> vecFirst;
-        for (int nOffset = 0; nOffset < 8; nOffset++) {
+        for (int nOffset = 0; nOffset < 8; ++nOffset) {
             std::vector<COMPLEX> vec(vecImage.size() + 8);
             std::copy(vecImage.begin(), vecImage.end(), vec.begin() + nOffset);
             CAcmlFft().Transform(vec.data() + nOffset, nW, nH, -1);

@@ -123,7 +123,7 @@ TEST(PeakTable, SortsByNumberOrElseByText)
     // A table whose texts are made when they are asked for asks for each cell of the sorted column once.
     int nAsked = 0;
     model.setCells(5000, 26, [&nAsked](int nRow, int) {
-        nAsked++;
+        ++nAsked;
         return QString::number(nRow * 7 % 5000);
     });
     EXPECT_EQ(nAsked, 5000);

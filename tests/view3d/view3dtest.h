@@ -71,7 +71,7 @@ protected:
     int brightest(const QImage& image, double dfX, double dfY) const
     {
         int nBest = 0;
-        for (int n = 0; n < 9; n++) {
+        for (int n = 0; n < 9; ++n) {
             const QColor c = atScene(image, dfX + (n / 3 - 1) * 4. / m_nW, dfY + (n % 3 - 1) * 4. / m_nW);
             nBest = std::max(nBest, c.red() + c.green() + c.blue());
         }

@@ -42,7 +42,7 @@ struct PlainCloud {
         draw();
         m_vecBand.clear();
         QList<int> listName;
-        for (int i = 0, nHits = glRenderMode(GL_RENDER); i < nHits; i++)
+        for (int i = 0, nHits = glRenderMode(GL_RENDER); i < nHits; ++i)
             listName.append(int(vecHit[size_t(i) * 4 + 3]));
         return listName;
     }
@@ -67,7 +67,7 @@ struct PlainCloud {
         double dfGreatest = 0;
         for (const Peak3D& peak : m_listPoint)
             dfGreatest = std::max(dfGreatest, peak.dfIPoint);
-        for (int i = 0; i < m_listPoint.size(); i++) {
+        for (int i = 0; i < m_listPoint.size(); ++i) {
             const double dfLog = std::log(std::max(4000 / dfGreatest * m_listPoint[i].dfIPoint, 1.01));
             const QColor& color = m_vecColor[i];
             if (!color.isValid())
@@ -119,8 +119,8 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     for (int nTurn : {0, 1}) {
         const QImage image = picture();
         int anLit[3] = {};  // of x, of y, and blue ones about the letter x
-        for (int i = 5; i < 60; i++)
-            for (int j = -8; j < 8; j++) {
+        for (int i = 5; i < 60; ++i)
+            for (int j = -8; j < 8; ++j) {
                 const QPoint aPlace[] = {
                     {60 + i, m_nH - 60 + j}, {60 + j, m_nH - 60 - i}, {60 - i, m_nH - 60 + j}};
                 for (int nAxis : {0, 1}) {
@@ -170,7 +170,7 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
     std::mt19937 random(17);
     std::normal_distribution<float> normal(0.f, 0.7f);
     QList<int> listEven, listThird;
-    for (int i = 0; i < 4000; i++) {
+    for (int i = 0; i < 4000; ++i) {
         const float x = normal(random), y = normal(random), z = normal(random);
         plain.m_listPoint.append(peakAt(x, y, z, std::exp(2.0 * normal(random)), i));
         if (i % 2 == 0)
@@ -199,7 +199,7 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
             const QImage image = picture();
             ASSERT_EQ(image.size(), expected.size());
             int nDifferent = 0, nLit = 0;
-            for (int n = 0; n < image.width() * image.height(); n++) {
+            for (int n = 0; n < image.width() * image.height(); ++n) {
                 const QPoint pt(n % image.width(), n / image.width());
                 if (rectCross.contains(pt))
                     continue;
@@ -273,7 +273,7 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     for (int nExpected : {60, 0}) {
         const QImage image = picture();
         int nYellow = 0;
-        for (int n = 0; n < 360; n++)
+        for (int n = 0; n < 360; ++n)
             nYellow += at(image, 300 + n / 3, 159 + n % 3) == QColor(204, 204, 0);
         EXPECT_NEAR(nYellow, nExpected, nExpected / 10);
         mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);

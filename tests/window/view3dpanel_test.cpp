@@ -232,7 +232,7 @@ TEST_F(Reciprocal, AddKeepsFocusAndPlace)
     }
 
     // However far the wheel goes, one key brings the view back, also from the page.
-    for (int i = 0; i < 40; i++) {
+    for (int i = 0; i < 40; ++i) {
         QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
                           false);
         QApplication::sendEvent(m_pRaw, &wheel);

@@ -121,7 +121,7 @@ QGroupBox* MergingPage::makeMerging()
     for (const auto& row : aRow) {
         auto* pLabel = new QLabel(row.strLabel, m_pMergingParameters);
         pGrid->addWidget(pLabel, nRow, 0);
-        pGrid->addWidget(row.pSpin, nRow++, 1);
+        pGrid->addWidget(row.pSpin, ++nRow, 1);
         row.pSpin->setAccessibleName(row.strLabel);
         if (row.pSpin == m_pSpinMin2DLength) {
             pLabel->hide();
