@@ -33,9 +33,7 @@ QList<Peak3D> observedReflections(int nCount)
     return listPeak;
 }
 
-}  // namespace
-
-static void BM_CrystalCloseAllSpaceGroups(benchmark::State& state)
+void BM_CrystalCloseAllSpaceGroups(benchmark::State& state)
 {
     for (auto _ : state)
         for (int n = 1; n <= 230; ++n)
@@ -43,7 +41,7 @@ static void BM_CrystalCloseAllSpaceGroups(benchmark::State& state)
 }
 BENCHMARK(BM_CrystalCloseAllSpaceGroups)->Unit(benchmark::kMillisecond);
 
-static void BM_CrystalTestReflectionConditions(benchmark::State& state)
+void BM_CrystalTestReflectionConditions(benchmark::State& state)
 {
     const QList<Peak3D> listPeak = observedReflections(5000);
     CRunReport report;
@@ -54,7 +52,7 @@ static void BM_CrystalTestReflectionConditions(benchmark::State& state)
 }
 BENCHMARK(BM_CrystalTestReflectionConditions)->Unit(benchmark::kMillisecond);
 
-static void BM_CrystalExpectedReflections(benchmark::State& state)
+void BM_CrystalExpectedReflections(benchmark::State& state)
 {
     const QList<Peak3D> listPeak = observedReflections(20000);
     CRunReport report;
@@ -65,7 +63,7 @@ static void BM_CrystalExpectedReflections(benchmark::State& state)
 BENCHMARK(BM_CrystalExpectedReflections)->Unit(benchmark::kMillisecond);
 
 // Rivals: the missing list by the hashed set and by the linear search (0).
-static void BM_CrystalMissingReflections(benchmark::State& state)
+void BM_CrystalMissingReflections(benchmark::State& state)
 {
     const QList<Peak3D> listPeak = observedReflections(20000);
     CRunReport report;
@@ -84,5 +82,7 @@ static void BM_CrystalMissingReflections(benchmark::State& state)
     state.counters["expected"] = listAll.size();
 }
 BENCHMARK(BM_CrystalMissingReflections)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+}  // namespace
 
 }  // namespace tessera

@@ -11,10 +11,12 @@
 
 namespace tessera {
 
-static const int g_nFrames = 1000;
-static const int g_nPeaksOnFrame = 1000;
+const int g_nFrames = 1000;
+const int g_nPeaksOnFrame = 1000;
 
-static const DataSet& millionPeaks()
+namespace {
+
+const DataSet& millionPeaks()
 {
     static DataSet s_data;
     if (s_data.m_listPeakFrame.isEmpty()) {
@@ -38,7 +40,7 @@ static const DataSet& millionPeaks()
     return s_data;
 }
 
-static void BM_WritePeakList(benchmark::State& state)
+void BM_WritePeakList(benchmark::State& state)
 {
     QTemporaryDir folder;
     const DataSet& data = millionPeaks();
@@ -48,7 +50,7 @@ static void BM_WritePeakList(benchmark::State& state)
 }
 BENCHMARK(BM_WritePeakList)->Unit(benchmark::kMillisecond);
 
-static void BM_WriteByPrintf(benchmark::State& state)
+void BM_WriteByPrintf(benchmark::State& state)
 {
     QTemporaryDir folder;
     const DataSet& data = millionPeaks();
@@ -66,7 +68,7 @@ static void BM_WriteByPrintf(benchmark::State& state)
 }
 BENCHMARK(BM_WriteByPrintf)->Unit(benchmark::kMillisecond);
 
-static void BM_ReadPeakList(benchmark::State& state)
+void BM_ReadPeakList(benchmark::State& state)
 {
     QTemporaryDir folder;
     if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1)
@@ -80,7 +82,7 @@ static void BM_ReadPeakList(benchmark::State& state)
 }
 BENCHMARK(BM_ReadPeakList)->Unit(benchmark::kMillisecond);
 
-static void BM_ScanByScanf(benchmark::State& state)  // the numbers alone, no store
+void BM_ScanByScanf(benchmark::State& state)  // the numbers alone, no store
 {
     QTemporaryDir folder;
     if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1)
@@ -97,5 +99,7 @@ static void BM_ScanByScanf(benchmark::State& state)  // the numbers alone, no st
     }
 }
 BENCHMARK(BM_ScanByScanf)->Unit(benchmark::kMillisecond);
+
+}  // namespace
 
 }  // namespace tessera

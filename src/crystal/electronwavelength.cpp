@@ -4,8 +4,8 @@
 
 namespace tessera {
 
-static const double g_dfPlanckTimesLight = 12.398419843320026;  // keV Å
-static const double g_dfRestEnergy = 510.99895069;              // of the electron, keV
+const double g_dfPlanckTimesLight = 12.398419843320026;  // keV Å
+const double g_dfRestEnergy = 510.99895069;              // of the electron, keV
 
 double electronWavelength(double dfKilovolts)
 {

@@ -4,7 +4,9 @@
 
 namespace tessera {
 
-static int appendAligned(QByteArray& strText, const char* pBegin, const char* pEnd, int nWidth)
+namespace {
+
+int appendAligned(QByteArray& strText, const char* pBegin, const char* pEnd, int nWidth)
 {
     const int nLength = int(pEnd - pBegin);
     if (nLength < nWidth)
@@ -12,6 +14,8 @@ static int appendAligned(QByteArray& strText, const char* pBegin, const char* pE
     strText.append(pBegin, nLength);
     return nLength;
 }
+
+}  // namespace
 
 int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth)
 {

@@ -19,8 +19,10 @@
 
 namespace tessera {
 
+namespace {
+
 // The digits from nPlace on without leading zeros; nPlace moves behind them.
-static QStringRef takeNumber(const QString& str, int& nPlace)
+QStringRef takeNumber(const QString& str, int& nPlace)
 {
     while (nPlace < str.size() && str[nPlace] == QLatin1Char('0'))
         ++nPlace;
@@ -29,6 +31,8 @@ static QStringRef takeNumber(const QString& str, int& nPlace)
         ++nPlace;
     return str.midRef(nBegin, nPlace - nBegin);
 }
+
+}  // namespace
 
 bool naturalLess(const QString& strFirst, const QString& strSecond)
 {
@@ -56,9 +60,11 @@ void sortFrames(QStringList& listFile)
     });
 }
 
+namespace {
+
 // Whether this is the name of an image that was made from a series whose files stand beside it: a scaled or a
 // smoothed frame, or the volume of a project.
-static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
+bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
 {
     const QFileInfo info(strName);
     if (info.suffix() != QLatin1String("mrc"))
@@ -73,8 +79,8 @@ static bool isMadeImage(const QString& strName, const QSet<QString>& setBase, co
 }
 
 // Whether this is an image of a stack beside it that was exported as a file of its own, "stack_0012.img".
-static bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashFile,
-                           QHash<QString, int>& hashImages, const QDir& dir)
+bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashFile,
+                    QHash<QString, int>& hashImages, const QDir& dir)
 {
     const QString strBase = QFileInfo(strName).completeBaseName();
     const int nJoint = strBase.lastIndexOf(QLatin1Char('_'));
@@ -90,7 +96,7 @@ static bool isImageOfStack(const QString& strName, const QHash<QString, QString>
 
 // Whether this is a frame of another file beside it that was exported as SMV: those of this system all tell
 // the same detector and date.
-static bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFile, const QDir& dir)
+bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFile, const QDir& dir)
 {
     if (QFileInfo(strName).suffix() != QLatin1String("img") ||
         hashFile.value(QFileInfo(strName).completeBaseName(), strName) == strName)
@@ -105,7 +111,7 @@ static bool isExportedSmv(const QString& strName, const QHash<QString, QString>&
 }
 
 // Files whose suffix says nothing, by the format that their content is of: those of the commonest one.
-static QStringList framesByContent(const QDir& dir, const QStringList& listName)
+QStringList framesByContent(const QDir& dir, const QStringList& listName)
 {
     QMap<QString, QStringList> mapFile;
     QStringList listFile;
@@ -121,6 +127,8 @@ static QStringList framesByContent(const QDir& dir, const QStringList& listName)
             listFile = listSame;
     return listFile;
 }
+
+}  // namespace
 
 QStringList framesOfFiles(const QStringList& listFile)
 {

@@ -9,7 +9,7 @@
 namespace tessera {
 
 // Degrees. A log rounds, and may calibrate the beam tilt; numbers that are no tilts are further off.
-static const double g_dfTiltTolerance = 0.5;
+const double g_dfTiltTolerance = 0.5;
 
 void FrameTilts::append(double dfStage, double dfBeam, double dfOverall)
 {

@@ -10,11 +10,15 @@
 
 namespace tessera {
 
+namespace {
+
 // Also false for NaN.
-static bool fitsInt(double df)
+bool fitsInt(double df)
 {
     return std::abs(df) < 2147483648.0;
 }
+
+}  // namespace
 
 bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, QString* pstrReason)
 {
@@ -56,7 +60,9 @@ QString fileOfCameraHotPixels(const DataSet& data)
     return data.m_strProjectDir + QStringLiteral("/hotpixels.txt");
 }
 
-static QList<QPoint> without(const QList<QPoint>& list, const QList<QPoint>& listKnown)
+namespace {
+
+QList<QPoint> without(const QList<QPoint>& list, const QList<QPoint>& listKnown)
 {
     QList<QPoint> listNew;
     for (const QPoint& pt : list) {
@@ -66,6 +72,8 @@ static QList<QPoint> without(const QList<QPoint>& list, const QList<QPoint>& lis
     }
     return listNew;
 }
+
+}  // namespace
 
 bool addToHotPixelFile(const QString& strFileName, const QList<QPoint>& listHotPixel, QString* pstrReason)
 {

@@ -12,20 +12,24 @@
 
 namespace tessera {
 
-static const int g_nDigits = 10;           // even steps keep no trace of binary fractions
-static const double g_dfTolerance = 1e-8;  // of what is read back
-static const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
-static const double g_dfGreatestPixelSize = 0.1;                                // Å⁻¹
+const int g_nDigits = 10;           // even steps keep no trace of binary fractions
+const double g_dfTolerance = 1e-8;  // of what is read back
+const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
+const double g_dfGreatestPixelSize = 0.1;                                // Å⁻¹
 
-static QString number(double dfValue)
+namespace {
+
+QString number(double dfValue)
 {
     return QString::number(dfValue, 'g', g_nDigits);
 }
 
-static bool isSame(double dfRead, double dfMeant)
+bool isSame(double dfRead, double dfMeant)
 {
     return std::abs(dfRead - dfMeant) <= g_dfTolerance * std::max(1.0, std::abs(dfMeant));
 }
+
+}  // namespace
 
 double pixelSizeFromCameraLength(double dfCameraLength, double dfDetectorPixel, double dfWavelength)
 {
@@ -93,7 +97,9 @@ QString proposedProjectFile(const QStringList& listFrame)
     return info.absolutePath() + QLatin1Char('/') + strName + QStringLiteral(".ed3d");
 }
 
-static QString distortionLines(const SeriesDistortion& distortion)
+namespace {
+
+QString distortionLines(const SeriesDistortion& distortion)
 {
     QString str;
     for (const DistortionKeyword& row : g_aDistortionKeyword)
@@ -103,7 +109,7 @@ static QString distortionLines(const SeriesDistortion& distortion)
 }
 
 // What is missing before a text can be made at all.
-static QString missingPart(const NewProject& project, const QString& strProjectFile)
+QString missingPart(const NewProject& project, const QString& strProjectFile)
 {
     const int nFrames = project.listFrame.size();
     if (nFrames == 0)
@@ -134,6 +140,8 @@ static QString missingPart(const NewProject& project, const QString& strProjectF
         return QStringLiteral("Say where the project file shall stand.");
     return {};
 }
+
+}  // namespace
 
 bool makeProjectText(const NewProject& project, const QString& strProjectFile, QByteArray& bytesText,
                      QString* pstrReason)

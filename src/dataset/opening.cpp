@@ -80,8 +80,10 @@ QStringList missingFrames(const QStringList& listFrame)
     return listMissing;
 }
 
+namespace {
+
 // A file of so many images is a series by itself. Files of two are rather an image and what goes with it.
-static bool isSeriesOfImages(const QString& strFile, int& nImages)
+bool isSeriesOfImages(const QString& strFile, int& nImages)
 {
     const int nLeast = 3;
     if (frameName(strFile).bPart || frameFormatOf(strFile).strName == QLatin1String("MRC"))
@@ -89,6 +91,8 @@ static bool isSeriesOfImages(const QString& strFile, int& nImages)
     nImages = frameHeader(strFile).nImages;
     return nImages >= nLeast;
 }
+
+}  // namespace
 
 QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport)
 {
@@ -117,29 +121,31 @@ void tellStretchingThatStays(const DataSet& data, const MappingParameters& param
                           Severity::Error);
 }
 
+namespace {
+
 // The base name of the project with the extension if that file exists, else the fixed name, which need not.
-static QString sideFileName(const DataSet& data, ResultFile file)
+QString sideFileName(const DataSet& data, ResultFile file)
 {
     const QString strOwn = fileOfProject(data, file);
     return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + fixedName(file);
 }
 
 // A side file that is not there is no mishap; one that is there and cannot be used is.
-static void addReason(QStringList* plistReason, const QString& strFileName, const QString& strReason)
+void addReason(QStringList* plistReason, const QString& strFileName, const QString& strReason)
 {
     if (plistReason && !strReason.isEmpty() && QFileInfo::exists(strFileName))
         plistReason->append(strReason);
 }
 
 // The azimuths as their boxes hold them.
-static SeriesDistortion distortionOfPages(SeriesDistortion distortion)
+SeriesDistortion distortionOfPages(SeriesDistortion distortion)
 {
     distortion.dfEllipseAzimuth = wrappedAzimuth(distortion.dfEllipseAzimuth);
     distortion.dfParabolicAzimuth = wrappedAxis(distortion.dfParabolicAzimuth);
     return distortion;
 }
 
-static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
+void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     QString strReason;
     if (!loadHotPixels(data, report, &strReason))
@@ -147,7 +153,7 @@ static void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistR
 }
 
 // Whether a side file is of the frames as they are read now.
-static bool isOfReading(const DataSet& data, ResultFile file, const QString& strFile, CRunReport& report)
+bool isOfReading(const DataSet& data, ResultFile file, const QString& strFile, CRunReport& report)
 {
     const SeriesChoice& choice = data.m_reading.choice;
     const bool bOwn = strFile == fileOfProject(data, file);
@@ -162,7 +168,7 @@ static bool isOfReading(const DataSet& data, ResultFile file, const QString& str
     return false;
 }
 
-static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
+void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     const QString strFile = sideFileName(data, ResultFile::Peaks);
     if (!isOfReading(data, ResultFile::Peaks, strFile, report)) {
@@ -194,7 +200,7 @@ static void openPeakList(DataSet& data, CRunReport& report, QStringList* plistRe
                           .arg(strFile));
 }
 
-static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
+void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     const QString strFile = sideFileName(data, ResultFile::Shifts);
     if (!isOfReading(data, ResultFile::Shifts, strFile, report)) {
@@ -210,8 +216,8 @@ static void openShifts(DataSet& data, CRunReport& report, QStringList* plistReas
 }
 
 // The frames, tilts and geometry of a project with its choice.
-static bool takeProject(SeriesData& data, const ProjectFile& project, const SeriesChoice* pChoice,
-                        CRunReport& report, QStringList* plistReason)
+bool takeProject(SeriesData& data, const ProjectFile& project, const SeriesChoice* pChoice,
+                 CRunReport& report, QStringList* plistReason)
 {
     DataSet taken;
     taken.m_strProjectDir = project.folder();
@@ -252,6 +258,8 @@ static bool takeProject(SeriesData& data, const ProjectFile& project, const Seri
     data.m_reading = taken.m_reading;
     return true;
 }
+
+}  // namespace
 
 bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName, CRunReport& report,
                  QStringList* plistReason, AxisLine axisLine, const SeriesChoice* pChoice)

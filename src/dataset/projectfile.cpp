@@ -11,11 +11,13 @@
 
 namespace tessera {
 
-static const qint64 g_nMaxProjectFile = 64 << 20;
-static const int g_nMaxProjectLine = 1023;
+const qint64 g_nMaxProjectFile = 64 << 20;
+const int g_nMaxProjectLine = 1023;
+
+namespace {
 
 // The first line with the keyword and a number as its second word.
-static bool findNumber(const QStringList& listLine, const QString& strKeyword, double& dfValue)
+bool findNumber(const QStringList& listLine, const QString& strKeyword, double& dfValue)
 {
     for (const QString& strLine : listLine) {
         if (!strLine.contains(strKeyword))
@@ -30,7 +32,7 @@ static bool findNumber(const QStringList& listLine, const QString& strKeyword, d
 }
 
 // The same where the keyword is the first word itself: names of frames may hold it.
-static bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, double& dfValue)
+bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, double& dfValue)
 {
     for (const QString& strLine : listLine) {
         const QByteArray strText = strLine.toUtf8();
@@ -44,11 +46,13 @@ static bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, d
 }
 
 // A wavelength or a size of a pixel; the pages hold both alike.
-static bool isUsableLength(double dfValue)
+bool isUsableLength(double dfValue)
 {
     const NumberBox& box = parameterOf(&DataSet::m_dfWavelength).box;
     return dfValue <= box.dfMaximum && spinBoxValue(dfValue, box) > 0;
 }
+
+}  // namespace
 
 bool ProjectFile::fail(const QString& strError)
 {

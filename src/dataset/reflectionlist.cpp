@@ -7,9 +7,11 @@
 
 namespace tessera {
 
-static const qint64 g_nMaxReflectionList = 500000000;  // bytes, some 8 million reflections
+const qint64 g_nMaxReflectionList = 500000000;  // bytes, some 8 million reflections
 
-static bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
+namespace {
+
+bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
 {
     int nSerial;
     float aValue[8];  // h k l, x y z, a number of unknown meaning, the intensity
@@ -28,6 +30,8 @@ static bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflec
     vecPoint = {aValue[3], aValue[4], aValue[5]};
     return true;
 }
+
+}  // namespace
 
 int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection)
 {

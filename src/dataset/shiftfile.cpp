@@ -79,11 +79,15 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
     return 1;
 }
 
-static int countFramesOfFile(const QString& strFileName)
+namespace {
+
+int countFramesOfFile(const QString& strFileName)
 {
     ShiftData shift;
     return QFile::exists(strFileName) && readShiftFile(strFileName, shift) ? shift.listShift.size() : 0;
 }
+
+}  // namespace
 
 QByteArray shiftFileText(const ShiftData& shift)
 {

@@ -6,20 +6,24 @@
 
 namespace tessera {
 
-static bool isHexDigit(char c)
+namespace {
+
+bool isHexDigit(char c)
 {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
 // A number that from_chars finds out of range is too large or too small; it leaves open which.
 template <typename T>
-static T outOfRangeValue(const char* pBegin, const char* pEnd)
+T outOfRangeValue(const char* pBegin, const char* pEnd)
 {
     const double df = std::abs(QByteArray(pBegin, int(pEnd - pBegin)).toDouble());
     if (df > double(std::numeric_limits<T>::max()))
         return std::numeric_limits<T>::infinity();
     return T(df);
 }
+
+}  // namespace
 
 template <typename T>
 bool CTextScanner::readReal(T& value)

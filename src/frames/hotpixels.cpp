@@ -7,8 +7,10 @@
 
 namespace tessera {
 
+namespace {
+
 // Mean of the neighbours that hold a usable number, as beside a gap of the detector; NaN where none does.
-static float meanOfUsable(const float* pf, std::ptrdiff_t nRow)
+float meanOfUsable(const float* pf, std::ptrdiff_t nRow)
 {
     double dfSum = 0;
     int nUsable = 0;
@@ -19,6 +21,8 @@ static float meanOfUsable(const float* pf, std::ptrdiff_t nRow)
     }
     return nUsable > 0 ? float(dfSum / nUsable) : std::numeric_limits<float>::quiet_NaN();
 }
+
+}  // namespace
 
 void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel)
 {

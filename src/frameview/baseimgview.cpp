@@ -12,7 +12,7 @@
 
 namespace tessera {
 
-static const qint64 g_nWheelPause = 300;  // ms without an angle, after which a new movement begins
+const qint64 g_nWheelPause = 300;  // ms without an angle, after which a new movement begins
 
 BaseImgView::BaseImgView(QWidget* pParent) : QGraphicsView(pParent)
 {

@@ -6,7 +6,7 @@
 
 namespace tessera {
 
-static const double g_dfSmallestScale = 0.125;  // that the window offers
+const double g_dfSmallestScale = 0.125;  // that the window offers
 
 QRectF SpotRing::boundingRect() const
 {

@@ -4,13 +4,17 @@
 
 namespace tessera {
 
+namespace {
+
 /// The extensions in the order of imageNameFilters().
-static const QStringList& imageExtensions()
+const QStringList& imageExtensions()
 {
     static const QStringList list = {QStringLiteral("bmp"), QStringLiteral("png"), QStringLiteral("jpg"),
                                      QStringLiteral("tiff"), QStringLiteral("mrc")};
     return list;
 }
+
+}  // namespace
 
 const QStringList& imageNameFilters()
 {

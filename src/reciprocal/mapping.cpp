@@ -53,8 +53,10 @@ QVector<QList<Peak3D>> withoutDistortionBeside(const QVector<QList<Peak3D>>& vec
     return vecMoved;
 }
 
-static void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
-                    const CMatrix3& matrixTilt, const DataSet& dataSet, const CPlaceCorrection& correction)
+namespace {
+
+void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis, const CMatrix3& matrixTilt,
+             const DataSet& dataSet, const CPlaceCorrection& correction)
 {
     const QPointF ptCentred = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
     peak.dfX2DCorrected = ptCentred.x();
@@ -67,6 +69,8 @@ static void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matri
     peak.dfDStar = double(length(vecPoint));
     peak.setHKL(0, 0, 0);  // indices of an earlier geometry mean nothing now
 }
+
+}  // namespace
 
 void mapPeakTo3D(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis,
                  const CMatrix3& matrixTilt, const DataSet& dataSet, bool bApplyStretching)

@@ -223,11 +223,9 @@ private:
     std::array<DoubleVector, 3> m_aBasis;  // at the tilt of the frame
 };
 
-}  // namespace
-
 // How far from the beam the rim of a frame is without its distortions, pixels; dfX, dfY: half the sides of a
 // frame around the beam that holds the real one. Between the places that are looked at stays some spare.
-static double farthestWithoutDistortion(const CPlaceCorrection& correction, double dfX, double dfY)
+double farthestWithoutDistortion(const CPlaceCorrection& correction, double dfX, double dfY)
 {
     const int nSteps = 32;
     double dfFarthest = 0;
@@ -241,6 +239,8 @@ static double farthestWithoutDistortion(const CPlaceCorrection& correction, doub
     }
     return 1.01 * dfFarthest;
 }
+
+}  // namespace
 
 QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMaxDStar, bool bApplyStretching)
 {

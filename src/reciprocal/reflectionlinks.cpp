@@ -5,14 +5,18 @@
 
 namespace tessera {
 
+namespace {
+
 /// Whether two lists share their records, also where one has been opened for writing, which parts the lists
 /// alone.
-static bool areSame(const QList<QList<Peak3D>>& listA, const QList<QList<Peak3D>>& listB)
+bool areSame(const QList<QList<Peak3D>>& listA, const QList<QList<Peak3D>>& listB)
 {
     return listA.isSharedWith(listB) ||
            std::equal(listA.begin(), listA.end(), listB.begin(), listB.end(),
                       [](const QList<Peak3D>& a, const QList<Peak3D>& b) { return a.isSharedWith(b); });
 }
+
+}  // namespace
 
 CReflectionLinks::CReflectionLinks(const SeriesData& data)
     : m_listPeakFrame(data.m_listPeakFrame),

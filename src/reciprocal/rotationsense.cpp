@@ -5,12 +5,16 @@
 namespace tessera {
 
 // A right sense gains less than 10 even with the axis some degrees off, a wrong one 10 to 70.
-static const double g_dfLeastGain = 10;
+const double g_dfLeastGain = 10;
 
-static bool isTurnedRound(const ReciprocalBasis& basis, const ReciprocalBasis& other)
+namespace {
+
+bool isTurnedRound(const ReciprocalBasis& basis, const ReciprocalBasis& other)
 {
     return dot(basis.a, other.a) < 0 && dot(basis.b, other.b) < 0 && dot(basis.c, other.c) < 0;
 }
+
+}  // namespace
 
 std::optional<RotationSense> judgeRotationSense(const QList<Peak3D>& listPeak, const DataSet& dataSet)
 {

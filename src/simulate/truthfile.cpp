@@ -254,8 +254,10 @@ QString frameFileName(const SimulatedSeries& series, int nFrame)
         .arg(frameExtension(series.parameters.format));
 }
 
+namespace {
+
 // What a project tells of the lens: the azimuth of the longer side, and a third order that undoes.
-static QString lensLines(const SimulationParameters& p)
+QString lensLines(const SimulationParameters& p)
 {
     QString str;
     if (p.bLensTold && p.lens.hasEllipse()) {
@@ -270,6 +272,8 @@ static QString lensLines(const SimulationParameters& p)
     }
     return str;
 }
+
+}  // namespace
 
 QString projectText(const SimulatedSeries& series)
 {

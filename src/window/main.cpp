@@ -15,14 +15,18 @@
 
 namespace tessera {
 
+namespace {
+
 // The working folder of the process may change under dialogs, and the recent list outlives it.
-static QStringList absolutePaths(const QStringList& listFile)
+QStringList absolutePaths(const QStringList& listFile)
 {
     QStringList listPath;
     for (const QString& strFile : listFile)
         listPath.append(QFileInfo(strFile).absoluteFilePath());
     return listPath;
 }
+
+}  // namespace
 
 }  // namespace tessera
 

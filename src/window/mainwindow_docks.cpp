@@ -25,10 +25,14 @@
 
 namespace tessera {
 
-static QIcon imageIcon(const char* pchName)
+namespace {
+
+QIcon imageIcon(const char* pchName)
 {
     return QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(pchName)));
 }
+
+}  // namespace
 
 void MainWindow::createControlDock()
 {

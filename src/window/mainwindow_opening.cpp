@@ -105,12 +105,16 @@ void MainWindow::openRecentFile()
         openFiles(pAction->data().toStringList());
 }
 
+namespace {
+
 // Whatever key is held: the files are only read, and a source that believes in a move deletes them.
-static void acceptAsCopy(QDropEvent& event)
+void acceptAsCopy(QDropEvent& event)
 {
     event.setDropAction(Qt::CopyAction);
     event.accept();
 }
+
+}  // namespace
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
 {

@@ -13,9 +13,8 @@
 
 namespace tessera {
 
-static const QByteArray g_strGeometry =
-    "WAVELENGTH 0.02507934\nROTATIONAXIS -139.26\nCCDPIXELSIZE 0.00238049\n";
-static const QByteArray g_strFrames =
+const QByteArray g_strGeometry = "WAVELENGTH 0.02507934\nROTATIONAXIS -139.26\nCCDPIXELSIZE 0.00238049\n";
+const QByteArray g_strFrames =
     "FILELIST\nFILE a/f1.mrc -30 0 -30.5\nFILE f2.mrc -29 0.1 -29\nFILE f3.mrc -28 0 -27.5\nENDFILELIST\n";
 static const QByteArray g_strCell = "a* 1 0 0\nb* 0 1 0\nc* 0 0 1\n";
 
@@ -72,8 +71,10 @@ TEST(ProjectFile, RefusesWhatCannotBeUsed)
     }
 }
 
+namespace {
+
 /// A TIFF of some pages, each of the same 4 × 3 grey pixels.
-static QByteArray tiffOfPages(quint32 nPages)
+QByteArray tiffOfPages(quint32 nPages)
 {
     const quint32 nPixels = 8, nFirst = 20, nTags = 8, nDirectory = 2 + 12 * nTags + 4;
     const quint32 aTag[nTags][2] = {{256, 4}, {257, 3},       {258, 8}, {259, 1},
@@ -90,6 +91,8 @@ static QByteArray tiffOfPages(quint32 nPages)
     }
     return bytes;
 }
+
+}  // namespace
 
 class Opening : public testing::Test {
 protected:

@@ -9,7 +9,9 @@
 
 namespace tessera {
 
-static Peak3D peakAt(double dfX, double dfY, double dfI, double dfI2D)
+namespace {
+
+Peak3D peakAt(double dfX, double dfY, double dfI, double dfI2D)
 {
     Peak3D peak;
     std::tie(peak.dfX2D, peak.dfY2D, peak.dfIPoint, peak.dfI2D) = std::tie(dfX, dfY, dfI, dfI2D);
@@ -17,7 +19,7 @@ static Peak3D peakAt(double dfX, double dfY, double dfI, double dfI2D)
 }
 
 // What one reading must leave in the data set: per frame "x y I I2D id mask" of each peak.
-static QString storeText(const DataSet& data)
+QString storeText(const DataSet& data)
 {
     QString strText;
     for (int nFrame = 0; nFrame < data.m_listPeakFrame.size(); ++nFrame) {
@@ -34,6 +36,8 @@ static QString storeText(const DataSet& data)
     }
     return strText;
 }
+
+}  // namespace
 
 TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
 {

@@ -9,9 +9,11 @@
 
 namespace tessera {
 
+namespace {
+
 // One item of a text, by the scanner and by scanf: whether it is one, its value, and where it ends.
 template <class T>
-static void expectAsScanf(const char* strText, const char* strFormat, bool (CTextScanner::*pfnRead)(T&))
+void expectAsScanf(const char* strText, const char* strFormat, bool (CTextScanner::*pfnRead)(T&))
 {
     T value = 0, valueOwn = 0;
     int nEnd = 0;
@@ -25,12 +27,14 @@ static void expectAsScanf(const char* strText, const char* strFormat, bool (CTex
     EXPECT_TRUE(!bRead || scanner.position() - bytesText.constData() == nEnd) << strText;
 }
 
-static void expectAsScanf(const char* strText)
+void expectAsScanf(const char* strText)
 {
     expectAsScanf(strText, "%d%n", &CTextScanner::readInt);
     expectAsScanf(strText, "%f%n", &CTextScanner::readFloat);
     expectAsScanf(strText, "%lf%n", &CTextScanner::readDouble);
 }
+
+}  // namespace
 
 TEST(TextScanner, TakesWhatScanfTakes)
 {

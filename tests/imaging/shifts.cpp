@@ -9,8 +9,10 @@
 
 namespace tessera {
 
+namespace {
+
 // Where each element of a numbered image must be after a cyclic shift.
-static std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
+std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 {
     std::vector<float> vec(std::size_t(nWidth) * std::size_t(nHeight));
     for (long y = 0; y < nHeight; ++y)
@@ -21,6 +23,8 @@ static std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
         }
     return vec;
 }
+
+}  // namespace
 
 TEST(Shifts, PutEveryPixelWhereTheRemainderSays)
 {

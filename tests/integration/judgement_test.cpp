@@ -26,10 +26,8 @@ std::ostream& operator<<(std::ostream& stream, const Case& one)
 
 class JudgementOfCrystal : public testing::TestWithParam<Case> {};
 
-}  // namespace
-
 /// How many groups are more likely than that of a number; all of them where it is not listed.
-static int groupsBefore(const SpaceGroupRanking& ranking, int nNumber)
+int groupsBefore(const SpaceGroupRanking& ranking, int nNumber)
 {
     for (const SpaceGroupCandidate& candidate : ranking.listCandidate) {
         if (candidate.nNumber == nNumber) {
@@ -41,6 +39,8 @@ static int groupsBefore(const SpaceGroupRanking& ranking, int nNumber)
     }
     return 230;
 }
+
+}  // namespace
 
 // Silicon has some twenty unique reflections, two of which each of its conditions forbids.
 //

@@ -14,11 +14,15 @@
 #include "window/pages/suggestiondialog.h"
 #include "window/start/startpage.h"
 
+namespace {
+
 // Outside of the namespaces, as the macro declares a function there.
-static void loadIcons()
+void loadIcons()
 {
     Q_INIT_RESOURCE(tessera);
 }
+
+}  // namespace
 
 namespace tessera {
 

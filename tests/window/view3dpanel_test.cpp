@@ -3,14 +3,18 @@
 
 namespace tessera {
 
+namespace {
+
 /// Where the points of a view lie.
-static std::vector<float> places(const ED3DWidget* pView)
+std::vector<float> places(const ED3DWidget* pView)
 {
     std::vector<float> vec;
     for (const Peak3D& peak : pView->points())
         vec.insert(vec.end(), {peak.fX3D, peak.fY3D, peak.fZ3D});
     return vec;
 }
+
+}  // namespace
 
 // The points follow what is typed as it is typed, and what has been merged waits for the next merge.
 TEST_F(Reciprocal, LiveBoxes)

@@ -17,7 +17,7 @@
 
 namespace tessera {
 
-static const double g_dfReach = 10;  // pixels between a click and its point
+const double g_dfReach = 10;  // pixels between a click and its point
 
 CurvePlot::CurvePlot(QWidget* pParent) : QwtPlot(pParent), m_pCurve(new QwtPlotCurve(QStringLiteral("Point")))
 {

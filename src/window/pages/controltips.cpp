@@ -8,11 +8,15 @@
 
 namespace tessera {
 
+namespace {
+
 // Only rich text is wrapped in a tool tip.
-static QString wrapped(const QString& strText)
+QString wrapped(const QString& strText)
 {
     return QStringLiteral("<qt>%1</qt>").arg(strText.toHtmlEscaped());
 }
+
+}  // namespace
 
 void explain(QWidget* pControl, const QString& strText)
 {
@@ -31,8 +35,10 @@ void explain(QAction* pAction, const QString& strText)
     pAction->setWhatsThis(wrapped(strText));
 }
 
+namespace {
+
 // The widget that stands to the right of the item of a layout, or null.
-static const QWidget* nextWidget(const QLayout* pLayout, int nItem)
+const QWidget* nextWidget(const QLayout* pLayout, int nItem)
 {
     QLayoutItem* pNext = pLayout->itemAt(nItem + 1);
     if (const auto* pGrid = qobject_cast<const QGridLayout*>(pLayout)) {
@@ -42,6 +48,8 @@ static const QWidget* nextWidget(const QLayout* pLayout, int nItem)
     }
     return pNext ? pNext->widget() : nullptr;
 }
+
+}  // namespace
 
 void shareTips(QWidget* pWindow)
 {

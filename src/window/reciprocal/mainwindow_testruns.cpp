@@ -12,8 +12,10 @@
 
 namespace tessera {
 
+namespace {
+
 // Whether peaks stand in the raw view for each frame; a red line where not.
-static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
+bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 {
     const int nFrames = dataSet.m_listFrameFile.size();
     if (nFrames > 0 && dataSet.m_listPeakFrameShown.size() == nFrames)
@@ -23,6 +25,8 @@ static bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
         Severity::Error);
     return false;
 }
+
+}  // namespace
 
 void MainWindow::testRotationAxis()
 {

@@ -21,7 +21,7 @@
 
 namespace tessera {
 
-static const char g_szRings[] = "FrameView/ResolutionRings";
+const char g_szRings[] = "FrameView/ResolutionRings";
 
 void MainWindow::createFrameGuides()
 {
