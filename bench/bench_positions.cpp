@@ -7,6 +7,7 @@
 // cent.
 #include "frames/framehunt.h"
 #include "imaging/peakfit2d.h"
+#include "records/pi.h"
 
 #include <benchmark/benchmark.h>
 
@@ -34,7 +35,7 @@ struct SpotFrame {
 // Counts that stand out of the noise of a disc of three sigma by so many times.
 double countsFor(double dfSignalToNoise)
 {
-    const double dfNoise = M_PI * 9 * g_dfSigma * g_dfSigma *
+    const double dfNoise = g_dfPi * 9 * g_dfSigma * g_dfSigma *
                            (g_dfBackground + g_dfReadNoise * g_dfReadNoise);
     const double dfSquare = dfSignalToNoise * dfSignalToNoise;
     return (dfSquare + std::sqrt(dfSquare * dfSquare + 4 * dfSquare * dfNoise)) / 2;
@@ -57,9 +58,9 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
             for (int y = ty * g_nTile; y < (ty + 1) * g_nTile; ++y)
                 for (int x = tx * g_nTile; x < (tx + 1) * g_nTile; ++x) {
                     const double dfR2 = (x - dfX) * (x - dfX) + (y - dfY) * (y - dfY);
-                    const double dfSpot = bMoffat ? 1 / (M_PI * dfA2 * std::pow(1 + dfR2 / dfA2, 2))
+                    const double dfSpot = bMoffat ? 1 / (g_dfPi * dfA2 * std::pow(1 + dfR2 / dfA2, 2))
                                                   : std::exp(-dfR2 / (2 * g_dfSigma * g_dfSigma)) /
-                                                        (2 * M_PI * g_dfSigma * g_dfSigma);
+                                                        (2 * g_dfPi * g_dfSigma * g_dfSigma);
                     // up in one tile, down in the next, so that no step stands between them
                     const double dfBackground = g_dfBackground + dfSlope * (tx % 2 ? -1 : 1) *
                                                                      (x - tx * g_nTile - g_nTileMiddle + 0.5);

@@ -1,6 +1,7 @@
 #include "cloud/camera.h"
 
 #include "geometry/doublevector.h"
+#include "records/pi.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfDegree = M_PI / 180.0;
+const double g_dfDegree = g_dfPi / 180.0;
 const float g_fLeastHalfWidth = 0.001f;  // Å⁻¹: a hundredth of the rows of the largest cells
 
 Vec3D row(const Matrix4& matrix, size_t nRow)
@@ -24,7 +25,7 @@ Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight)
     if (nWidth <= 0 || nHeight <= 0)
         return {0.f, 0.f, 1.f};
     const double x = (2.0 * nX - nWidth) / nWidth, y = (nHeight - 2.0 * nY) / nHeight;
-    const double z = std::cos(M_PI / 2.0 * std::min(std::hypot(x, y), 1.0));
+    const double z = std::cos(g_dfPi / 2.0 * std::min(std::hypot(x, y), 1.0));
     const double dfLength = std::hypot(x, y, z);
     return {float(x / dfLength), float(y / dfLength), float(z / dfLength)};
 }

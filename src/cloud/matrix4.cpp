@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "records/pi.h"
+
 namespace tessera {
 
 Matrix4 identityMatrix()
@@ -23,7 +25,7 @@ Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis)
     const double dfLength = std::hypot(double(axis.x), double(axis.y), double(axis.z));
     if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle))
         return identityMatrix();
-    const double dfRadians = dfAngle * (M_PI / 180.0);
+    const double dfRadians = dfAngle * (g_dfPi / 180.0);
     const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
     const double s = std::sin(dfRadians), c = std::cos(dfRadians), t = 1.0 - c;
     return {float(x * x * t + c),

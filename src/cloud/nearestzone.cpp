@@ -7,11 +7,13 @@
 #include <numeric>
 #include <vector>
 
+#include "records/pi.h"
+
 namespace tessera {
 
 namespace {
 
-const double g_dfDegree = M_PI / 180.0;
+const double g_dfDegree = g_dfPi / 180.0;
 const double g_dfSame = 0.05;  // degrees: less than the text shows
 
 typedef std::array<int, 3> Zone;

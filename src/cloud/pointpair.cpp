@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "records/pi.h"
+
 namespace tessera {
 
 PointPair measurePair(const Vec3D& from, const Vec3D& to, const std::optional<CCellFrame>& cell)
@@ -19,7 +21,7 @@ PointPair measurePair(const Vec3D& from, const Vec3D& to, const std::optional<CC
     const DoubleVector normal = cross(a, b);
     const double dfSine = std::sqrt(dot(normal, normal)), dfCosine = dot(a, b);
     if (dot(a, a) > 0 && dot(b, b) > 0) {
-        pair.angle = std::atan2(dfSine, dfCosine) * 180 / M_PI;
+        pair.angle = std::atan2(dfSine, dfCosine) * 180 / g_dfPi;
     }
     return pair;
 }

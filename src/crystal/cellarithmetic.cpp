@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "records/pi.h"
+
 namespace tessera {
 
 namespace {
 
-constexpr double g_dfDegreesPerRadian = 180.0 / 3.141592653589793;
+constexpr double g_dfDegreesPerRadian = 180.0 / g_dfPi;
 constexpr double g_dfCoPlanar = 1e-6;  // volume of co-planar vectors against that of a box, at the most
 
 Vec3D divided(const Vec3D& v, float f)

@@ -2,6 +2,7 @@
 
 #include "crystal/uclscell.h"
 #include "imaging/lmderfit.h"
+#include "records/pi.h"
 
 #include <QLatin1Char>
 #include <QStringList>
@@ -15,7 +16,7 @@ namespace tessera {
 namespace {
 
 constexpr double g_dfRadiansPerDegree = 0.017453292519943295;
-constexpr double g_dfDegreesPerRadian = 180 / 3.141592653589793;
+constexpr double g_dfDegreesPerRadian = 180 / g_dfPi;
 constexpr int g_nParam = 6;
 
 // One reflection as the fit sees it: the row of the Jacobian and the measured d*.

@@ -2,11 +2,13 @@
 
 #include <cmath>
 
+#include "records/pi.h"
+
 namespace tessera {
 
 void CCrystalParaCal::setUnitCell(double a, double b, double c, double alpha, double beta, double gamma)
 {
-    constexpr double dfRadians = 3.141592653589793 / 180.0;
+    constexpr double dfRadians = g_dfPi / 180.0;
     m_dfA = a;
     m_dfB = b;
     m_dfC = c;

@@ -11,7 +11,7 @@ namespace tessera {
 
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double dfAxisOutOfPlane)
 {
-    constexpr double dfHalfPi = 3.141592653589793 / 2;
+    constexpr double dfHalfPi = g_dfPi / 2;
     const double dfK = 1 / dfWavelength;
     // The turn about (x, 0, z) leaves what lies along it; for an axis in the plane x is 1 and z is 0.
     const double dfX0 = std::cos(radians(dfAxisOutOfPlane)), dfZ0 = std::sin(radians(dfAxisOutOfPlane));
@@ -76,7 +76,7 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
                                   .arg(peak.dfL, 0, 'f', 3));
             return false;
         }
-        const double dfDegrees = dfTilt * 180 / 3.141592653589793;
+        const double dfDegrees = dfTilt * 180 / g_dfPi;
         const int nFrame = calClosestFrame(dfDegrees, geometry.listOverallTilt);
         peak.dfFrameTilt = dfDegrees;
         const Vec3D u =

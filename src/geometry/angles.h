@@ -1,11 +1,11 @@
-// Angles: π, degrees and radians, and the azimuth of a place as the user sees it.
+// Angles: degrees and radians, and the azimuth of a place as the user sees it.
 #pragma once
 
 #include <cmath>
 
-namespace tessera {
+#include "records/pi.h"
 
-constexpr double g_dfPi = 3.141592653589793;
+namespace tessera {
 
 // Product before quotient: results of the mapping hold to the last bit.
 inline double radians(double dfDegrees)

@@ -1,6 +1,7 @@
 #include "imagefiles/hdf5emd.h"
 
 #include "imagefiles/hdf5finding.h"
+#include "records/pi.h"
 
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -162,7 +163,7 @@ void readVeloxText(const QByteArray& bytesJson, FrameHeader& header)
     header.kilovolts = above0(numberOf(valueAt(object, {"Optics", "AccelerationVoltage"})) / 1000,
                               "Optics.AccelerationVoltage");
     readVeloxScale(object, header);
-    const double dfTilt = numberOf(valueAt(object, {"Stage", "AlphaTilt"})) * 180 / M_PI;
+    const double dfTilt = numberOf(valueAt(object, {"Stage", "AlphaTilt"})) * 180 / g_dfPi;
     if (std::isfinite(dfTilt)) {
         header.tilt = {dfTilt, QStringLiteral("Stage.AlphaTilt")};
     }

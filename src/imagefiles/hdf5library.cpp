@@ -1,6 +1,7 @@
 #include "imagefiles/hdf5library.h"
 
 #include "records/regularfile.h"
+#include "records/pi.h"
 
 #include <QFile>
 
@@ -238,8 +239,8 @@ double unitFactor(const QString& strUnit)
                                                           {"degree", 1},
                                                           {"degrees", 1},
                                                           {"\u00b0", 1},
-                                                          {"rad", 180 / M_PI},
-                                                          {"radian", 180 / M_PI},
+                                                          {"rad", 180 / g_dfPi},
+                                                          {"radian", 180 / g_dfPi},
                                                           {"ev", 1},
                                                           {"kev", 1e3},
                                                           {"angstrom", 1},

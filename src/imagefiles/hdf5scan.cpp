@@ -2,6 +2,7 @@
 
 #include "imagefiles/hdf5finding.h"
 #include "imagefiles/hdf5nexus.h"
+#include "records/pi.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,7 +45,7 @@ NexusVector unit(const NexusVector& v)
 /// Turned right-handed about an axis of length 1. Source: Rodrigues (1840), J. Math. Pures Appl. 5, 380–440.
 NexusVector turned(const NexusVector& v, const NexusVector& axis, double dfDegrees)
 {
-    const double c = std::cos(dfDegrees * M_PI / 180), s = std::sin(dfDegrees * M_PI / 180);
+    const double c = std::cos(dfDegrees * g_dfPi / 180), s = std::sin(dfDegrees * g_dfPi / 180);
     const NexusVector across = cross(axis, v);
     const double along = dot(axis, v) * (1 - c);
     return {v[0] * c + across[0] * s + axis[0] * along, v[1] * c + across[1] * s + axis[1] * along,
@@ -251,7 +252,7 @@ bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVe
     } else if (std::fabs(dot(axis, normal)) > dfInPlane) {
         strReason = QStringLiteral("it does not lie in the plane of the detector");
     } else {
-        dfDegrees = std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / M_PI;
+        dfDegrees = std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / g_dfPi;
         return true;
     }
     return false;

@@ -2,6 +2,7 @@
 
 #include "integration/electronscattering.h"
 #include "records/sealedfile.h"
+#include "records/pi.h"
 
 #include <gemmi/cifdoc.hpp>
 #include <gemmi/to_cif.hpp>
@@ -151,7 +152,7 @@ void putLimits(Block& block, const StructureData& data, const gemmi::UnitCell& c
         dfMost = std::max(dfMost, sineOf(cell, one.anIndex));
     }
     if (dfMost > 0 && dfMost * data.dfWavelength < 1) {
-        const auto degrees = [&](double dfS) { return std::asin(dfS * data.dfWavelength) * 180 / M_PI; };
+        const auto degrees = [&](double dfS) { return std::asin(dfS * data.dfWavelength) * 180 / g_dfPi; };
         putNumber(block, "_diffrn_reflns_theta_min", degrees(dfLeast), 3);
         putNumber(block, "_diffrn_reflns_theta_max", degrees(dfMost), 3);
         putNumber(block, "_reflns_d_resolution_low", 0.5 / dfLeast, 3);

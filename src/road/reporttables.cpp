@@ -4,6 +4,7 @@
 #include "refinement/geometrynumbers.h"
 #include "road/geometrytable.h"
 #include "road/usedparameters.h"
+#include "records/pi.h"
 
 #include <QFileInfo>
 
@@ -28,8 +29,8 @@ QString percent(double dfShare)
 
 double volumeOf(const CellParameters& cell)
 {
-    const double dfA = std::cos(cell.alpha * M_PI / 180), dfB = std::cos(cell.beta * M_PI / 180),
-                 dfC = std::cos(cell.gamma * M_PI / 180);
+    const double dfA = std::cos(cell.alpha * g_dfPi / 180), dfB = std::cos(cell.beta * g_dfPi / 180),
+                 dfC = std::cos(cell.gamma * g_dfPi / 180);
     return cell.a * cell.b * cell.c *
            std::sqrt(std::max(0.0, 1 - dfA * dfA - dfB * dfB - dfC * dfC + 2 * dfA * dfB * dfC));
 }

@@ -1,5 +1,6 @@
 // What ED3DWidget has for a selection that several views share: clicks on points, and a ring.
 #include "view3d/ed3dwidget.h"
+#include "records/pi.h"
 
 #include <algorithm>
 #include <cmath>
@@ -124,7 +125,7 @@ void ED3DWidget::drawRing()
         glColor4f(bGround ? 0.f : 1.f, bGround ? 0.f : 1.f, 0.f, 1.f);
         glBegin(GL_LINE_LOOP);
         for (int i = 0; i < g_nRingCorners; ++i) {
-            const double dfAngle = 2 * M_PI * i / g_nRingCorners;
+            const double dfAngle = 2 * g_dfPi * i / g_nRingCorners;
             glVertex3f(fX + float(dfRadiusX * std::cos(dfAngle)), fY + float(dfRadiusY * std::sin(dfAngle)),
                        0.f);
         }

@@ -4,6 +4,7 @@
 #include "cloud/latticegrid.h"
 #include "cloud/nearestzone.h"
 #include "cloud/pointpair.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +42,7 @@ QVector3D asQt(const Vec3D& v)
 double degreesBetween(const QVector3D& a, const QVector3D& b)
 {
     const QVector3D normal = QVector3D::crossProduct(a, b);
-    return std::atan2(double(normal.length()), double(QVector3D::dotProduct(a, b))) * 180 / M_PI;
+    return std::atan2(double(normal.length()), double(QVector3D::dotProduct(a, b))) * 180 / g_dfPi;
 }
 
 Peak3D peakAt(const Vec3D& place)
@@ -189,12 +190,12 @@ TEST(NearestZone, IsThatOfABruteSearch)
         const char* pszText;
     } aRow[] = {{{0, 0, -3}, "[0 0 -1], 0.0° off"},  // which is -c* as well
                 {{0.01f, 0.005f, 0}, "[1 1 0], 0.0° off"},
-                {{1, std::tan(float(M_PI / 60)), 0}, "[1 0 0], 3.0° off"}};
+                {{1, std::tan(float(g_dfPi / 60)), 0}, "[1 0 0], 3.0° off"}};
     for (const auto& row : aRow) {
         EXPECT_EQ(nearestZoneText(nearestZone(*CCellFrame::of(g_box), row.view)), row.pszText);
     }
     // Monoclinic, β = 100°: a and a* lie 10° apart and each has its name.
-    const float fSine = float(std::sin(M_PI / 18)), fCosine = float(std::cos(M_PI / 18));
+    const float fSine = float(std::sin(g_dfPi / 18)), fCosine = float(std::cos(g_dfPi / 18));
     const auto monoclinic = CCellFrame::of(
         ReciprocalBasis{{0.1f, 0, 0}, {0, 0.1f, 0}, {0.1f * fSine, 0, 0.1f * fCosine}});
     EXPECT_EQ(nearestZone(*monoclinic, {1, 0, 0}).strName, "a*");
@@ -212,7 +213,7 @@ TEST(PointPairs, AreMeasuredAsByHand)
     EXPECT_NEAR((*pair.deltaIndices)[1], 2, 1e-6);
     EXPECT_EQ(pairText(pair), "Δ=0.5000 Å⁻¹, d=2.000 Å, Δhkl=(-3.00, 2.00, 0.00), 90.0° at the origin");
     const PointPair small = measurePair({1, 0, 0}, {1, 1e-4f, 0}, std::nullopt);
-    EXPECT_NEAR(*small.angle, std::atan(1e-4) * 180 / M_PI, 1e-9);
+    EXPECT_NEAR(*small.angle, std::atan(1e-4) * 180 / g_dfPi, 1e-9);
     EXPECT_FALSE(small.deltaIndices);
     EXPECT_EQ(pairText(measurePair({}, {}, std::nullopt)), "Δ=0.0000 Å⁻¹");
 }
@@ -261,7 +262,7 @@ TEST(Camera, FitsTheCloudAndTurnsOnTheShortestWay)
         for (size_t n = 0; n < 16; ++n) {
             dfTrace += n % 4 < 3 && n < 12 ? double(before[n]) * double(camera.m_fRotation[n]) : 0;
         }
-        EXPECT_NEAR(dfTrace, 1 + 2 * std::cos(dfOff * M_PI / 180), 1e-4);
+        EXPECT_NEAR(dfTrace, 1 + 2 * std::cos(dfOff * g_dfPi / 180), 1e-4);
         camera.turnTowards({});
         EXPECT_LT(degreesBetween(asQt(v), asQt(camera.viewDirection())), 0.02);
     }

@@ -3,6 +3,7 @@
 #include "frames/framehunt.h"
 #include "frames/peakhunting.h"
 #include "tests/frames/frameseries.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -145,7 +146,7 @@ TEST(EstimatePeakThreshold, SmallValuesAreScaled)
 TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)
 {
     // variance of white noise behind a difference of two normalised Gaussians
-    const double dfGain = std::sqrt((1.0 / 4 + 1.0 / 25 - 4.0 / (4 + 25)) / (4 * M_PI));
+    const double dfGain = std::sqrt((1.0 / 4 + 1.0 / 25 - 4.0 / (4 + 25)) / (4 * g_dfPi));
     for (double dfNoise : {0.02, 2000.0}) {  // the second far beyond the clipping at -100
         std::mt19937 random(23);
         std::normal_distribution<double> noise(0, dfNoise);

@@ -1,6 +1,7 @@
 #include "frames/framehunt.h"
 #include "frames/smoothedimage.h"
 #include "tests/frames/frameseries.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -17,7 +18,7 @@ double convolved(const CImgObj<float>& img, double dfSigma, int nX, int nY)
         const int dx = std::abs(i % nW - nX), dy = std::abs(i / nW - nY);
         dfSum += double(img.Data()[i]) * gaussian(std::min(dx, nW - dx), std::min(dy, nH - dy), dfSigma);
     }
-    return dfSum / (2 * M_PI * dfSigma * dfSigma);
+    return dfSum / (2 * g_dfPi * dfSigma * dfSigma);
 }
 
 TEST(BandPass, AgreesWithConvolutionInRealSpace)

@@ -2,6 +2,7 @@
 #include "frames/framehunt.h"
 #include "frames/peakmask.h"
 #include "tests/frames/frameseries.h"
+#include "records/pi.h"
 
 #include <limits>
 
@@ -125,7 +126,7 @@ TEST(FrameDefects, ApertureAndBeamStopAreFound)
         }
     });
     for (int nDegrees = 0; nDegrees < 360; nDegrees += 15) {
-        const double dfCos = std::cos(nDegrees * M_PI / 180), dfSin = std::sin(nDegrees * M_PI / 180);
+        const double dfCos = std::cos(nDegrees * g_dfPi / 180), dfSin = std::sin(nDegrees * g_dfPi / 180);
         const auto masked = [&](double df) { return isMasked(aperture, 150 + df * dfCos, 140 + df * dfSin); };
         EXPECT_TRUE(masked(dfRadius + 3) && masked(dfRadius + 15)) << nDegrees;
         EXPECT_FALSE(masked(dfRadius - 13) || masked(0) || masked(90)) << nDegrees;

@@ -2,6 +2,7 @@
 
 #include "frames/peakmask.h"
 #include "tests/frames/frameseries.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -59,7 +60,7 @@ TEST(RemoveMaskedPeaks, DropsWhatLiesInAnyPolygonByTheFillRule)
     // a pentagram: its middle is crossed twice, so it counts as outside by the odd-even rule
     QPolygonF star;
     for (int i = 0; i < 5; ++i)
-        star << QPointF(50 + 40 * std::cos(i * 0.8 * M_PI), 50 + 40 * std::sin(i * 0.8 * M_PI));
+        star << QPointF(50 + 40 * std::cos(i * 0.8 * g_dfPi), 50 + 40 * std::sin(i * 0.8 * g_dfPi));
     for (Qt::FillRule rule : {Qt::OddEvenFill, Qt::WindingFill}) {
         QList<double> listX{50, 85, 110, 130, 5}, listY{50, 50, 10, 10, 5};
         removeMaskedPeaks({rule, {star, QPolygonF(QRectF(100, 0, 20, 20))}}, listX, listY);

@@ -3,6 +3,7 @@
 #include "frames/intensityextraction.h"
 #include "tests/frames/frameseries.h"
 #include "tests/imagefiles/filesizelimit.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -49,13 +50,13 @@ struct HuntingSeries : FrameSeries {
 // a spot but exp(-8). A slope has no part in the difference.
 void expectIntensities(const Peak3D& peak, double dfHeight)
 {
-    const double dfKernel = std::pow(1 + 2 * std::exp(-2) + 2 * std::exp(-8), 2) * 2 / M_PI;
-    const double dfVolume = dfHeight * 2 * M_PI * g_dfSpot * g_dfSpot * dfKernel;
+    const double dfKernel = std::pow(1 + 2 * std::exp(-2) + 2 * std::exp(-8), 2) * 2 / g_dfPi;
+    const double dfVolume = dfHeight * 2 * g_dfPi * g_dfSpot * g_dfSpot * dfKernel;
     EXPECT_NEAR(peak.dfI2D, dfVolume, 0.003 * dfVolume);
     double dfPoint = 0;
     for (int n = 0; n < 25; ++n) {
         const int dx = n % 5 - 2, dy = n / 5 - 2;
-        dfPoint += 2 / M_PI * gaussian(dx, dy, 0.5) *
+        dfPoint += 2 / g_dfPi * gaussian(dx, dy, 0.5) *
                    (40 + 0.02 * (peak.dfX2D + dx) + 0.01 * (peak.dfY2D + dy) +
                     dfHeight * gaussian(dx, dy, g_dfSpot));
     }

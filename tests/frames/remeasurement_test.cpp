@@ -5,6 +5,7 @@
 #include "frames/summedframes.h"
 #include "tests/frames/frameseries.h"
 #include "tests/reciprocal/testpeaks.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -89,7 +90,7 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
             EXPECT_EQ(moved[n][j].dfX2DCorrected, old.dfX2DCorrected);
             const int h = j == 0 ? 1 : -2, l = 2 + n;
             const double dfHkl = std::sqrt(h * h + l * l), dfR = std::hypot(r.x(), r.y());
-            const double dfAzimuth = std::fmod(std::atan2(-r.y(), r.x()) * 180 / M_PI + 360, 360);
+            const double dfAzimuth = std::fmod(std::atan2(-r.y(), r.x()) * 180 / g_dfPi + 360, 360);
             // the axis by its direction (cos 30, -sin 30), not by its slope
             const double dfAlong = std::fabs(d.x() * std::sqrt(0.75) - d.y() * 0.5);
             const double dfAcross = std::fabs(d.x() * 0.5 + d.y() * std::sqrt(0.75));
@@ -97,7 +98,7 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
                 "%4g %3g %3g %3g %8.1f %6.4f %8.1f %8.2f %8.2f %8.1f %8.1f %8.2f %8.2f %8.2f %8.2f %6.1f "
                 "%8.1f %8.3f %8.3f %8.2f %8.2f %8.4f %8.4f %g %g\n",
                 n + 1., double(h), 0., double(l), 1234.56, dfR * 0.001, dfAcross, c.x(), c.y(), p.x(), p.y(),
-                q.x(), q.y(), r.x(), r.y(), dfAzimuth, std::atan2(dfAcross, dfAlong) * 180 / M_PI,
+                q.x(), q.y(), r.x(), r.y(), dfAzimuth, std::atan2(dfAcross, dfAlong) * 180 / g_dfPi,
                 dfR / 1.01 / dfHkl, dfR / dfHkl, q.x() - p.x(), q.y() - p.y(), vecFit[6], vecFit[8],
                 vecFit[10], 7.);
             strShort += QString::asprintf("%4d %4d %4d %4d %4d %8.1f %8.1f %8.1f %8.1f %8.1f %10.4f %10.4f\n",

@@ -6,6 +6,7 @@
 #include "frameview/replacemarks.h"
 #include "frameview/textitem.h"
 #include "tests/frameview/testscenes.h"
+#include "records/pi.h"
 
 #include <QCoreApplication>
 
@@ -84,7 +85,7 @@ TEST_F(Marks, CircleHasItsRadiusAroundTheMiddleOfThePixel)
     std::set<double> setSector;
     for (const auto& pixel : pixels(Qt::green)) {
         EXPECT_NEAR(std::hypot(pixel.first - 20, pixel.second - 30), 7.5, 0.75);
-        setSector.insert(std::floor(std::atan2(pixel.second - 30, pixel.first - 20) / (M_PI / 8)));
+        setSector.insert(std::floor(std::atan2(pixel.second - 30, pixel.first - 20) / (g_dfPi / 8)));
     }
     EXPECT_GE(setSector.size(), 16u);  // closed
     replaceMarks(&m_scene, list);

@@ -8,6 +8,7 @@
 #include "imagefiles/hdf5stamp.h"
 #include "tests/imagefiles/hdf5builder.h"
 #include "tests/imagefiles/testfiles.h"
+#include "records/pi.h"
 
 #include <QDir>
 #include <QtEndian>
@@ -452,8 +453,8 @@ TEST_F(Hdf5, TellsWhatADetectorOfElectronsKnows)
     EXPECT_NEAR(header.exposure.df, 0.05, 1e-12);
     EXPECT_EQ(header.saturation.df, 8352);
     EXPECT_EQ(header.strDetector, "Camera");
-    EXPECT_NEAR(header.tiltStart.df, 0.2 * 180 / M_PI, 1e-9);
-    EXPECT_NEAR(header.tiltStep.df, 0.2 * 180 / M_PI, 1e-9);
+    EXPECT_NEAR(header.tiltStart.df, 0.2 * 180 / g_dfPi, 1e-9);
+    EXPECT_NEAR(header.tiltStep.df, 0.2 * 180 / g_dfPi, 1e-9);
     EXPECT_NEAR(header.rotationAxis.df, 60, 1e-9);
 }
 
@@ -464,7 +465,7 @@ TEST(Hdf5Nexus, AxesLieOnTheImageAsTheDetectorDoes)
     for (double dfAxis : {0.0, 35.0, 90.0, 150.0, -120.0}) {
         for (double dfDetector : {0.0, 20.0, 90.0, 180.0}) {
             const auto towards = [](double df) {  // degrees counter-clockwise from the right
-                return NexusVector{-std::cos(df * M_PI / 180), std::sin(df * M_PI / 180), 0};
+                return NexusVector{-std::cos(df * g_dfPi / 180), std::sin(df * g_dfPi / 180), 0};
             };
             double df = 0;
             QString strReason;
@@ -508,7 +509,7 @@ TEST_F(Hdf5, ReadsImagesOnTheLastAxisWithTheTextOfEach)
     for (int k = 0; k < 3; ++k) {
         EXPECT_TRUE(isImage(image(strFile, k).get(), hsize_t(k), 5, 4)) << m_strReason.toStdString();
         const FrameHeader header = readHdf5Header(strFile, k);
-        EXPECT_NEAR(header.tilt.df, -0.1 * k * 180 / M_PI, 1e-4);
+        EXPECT_NEAR(header.tilt.df, -0.1 * k * 180 / g_dfPi, 1e-4);
         EXPECT_EQ(header.nImages, 3);
         EXPECT_EQ(header.kilovolts.df, 300);
         EXPECT_EQ(header.cameraLength.df, 500);

@@ -3,6 +3,7 @@
 
 #include "lattice/knowncell.h"
 #include "tests/lattice/simulatedpoints.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ const CellParameters g_orthorhombic = {7.3, 9.1, 11.6, 90, 90, 90};
 
 Eigen::Matrix3d turnBy(double dfDegrees, const Eigen::Vector3d& axis)
 {
-    return Eigen::AngleAxisd(dfDegrees * M_PI / 180, axis.normalized()).toRotationMatrix();
+    return Eigen::AngleAxisd(dfDegrees * g_dfPi / 180, axis.normalized()).toRotationMatrix();
 }
 
 LatticeBasis turned(const LatticeBasis& basis, const Eigen::Matrix3d& matTurn)

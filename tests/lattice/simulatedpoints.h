@@ -3,6 +3,7 @@
 #pragma once
 
 #include "lattice/latticebasis.h"
+#include "records/pi.h"
 
 #include <cmath>
 #include <functional>
@@ -57,7 +58,7 @@ public:
     }
 
     double uniform() { return (double(m_random()) + 0.5) / 4294967296.0; }
-    double normal() { return std::sqrt(-2 * std::log(uniform())) * std::cos(2 * M_PI * uniform()); }
+    double normal() { return std::sqrt(-2 * std::log(uniform())) * std::cos(2 * g_dfPi * uniform()); }
 
 private:
     std::mt19937 m_random;

@@ -11,6 +11,7 @@
 #include "tests/recordingreport.h"
 
 #include "dataset/unitcellfile.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -107,8 +108,8 @@ TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
 
     const auto at = [](double dfAngle, double dfHeight, float fLength) {
         const float fFlat = float(std::sqrt(1 - dfHeight * dfHeight)) * fLength;
-        return vectorRecord(fFlat * float(std::cos(dfAngle * M_PI / 180)),
-                            fFlat * float(std::sin(dfAngle * M_PI / 180)), float(dfHeight) * fLength);
+        return vectorRecord(fFlat * float(std::cos(dfAngle * g_dfPi / 180)),
+                            fFlat * float(std::sin(dfAngle * g_dfPi / 180)), float(dfHeight) * fLength);
     };
     for (double dfAngle : {29.0, 31.0, 149.0, 151.0}) {
         list = findBasisVectors({at(0, 0, 0.1f), at(dfAngle, 0, 0.2f), at(90, 0, 0.3f), at(0, 1, 0.4f)});

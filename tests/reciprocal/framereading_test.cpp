@@ -1,6 +1,7 @@
 // Places, distances and rings of a frame against the formulas of diffraction.
 #include "reciprocal/framereading.h"
 #include "reciprocal/resolutionrings.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfDegree = M_PI / 180;
+const double g_dfDegree = g_dfPi / 180;
 const double g_dfLambda = 0.0251;  // Å
 const double g_dfPixel = 0.002;    // Å⁻¹
 

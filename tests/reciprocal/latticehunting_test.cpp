@@ -3,6 +3,7 @@
 #include "reciprocal/latticepoints.h"
 #include "tests/reciprocal/simulatedlattice.h"
 #include "tests/recordingreport.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ DataSet seriesOf(const QList<Vec3D>& listBasis, double dfMaxDStar, double dfErro
         const Vec3D v = peak.point();
         bool bSeen = false;
         for (int n = 0; n < nFrames; ++n) {
-            const double dfTilt = (-60 + 1.2 * n) * M_PI / 180;
+            const double dfTilt = (-60 + 1.2 * n) * g_dfPi / 180;
             const double dfAcross = double(v.y) * std::cos(dfTilt) + double(v.z) * std::sin(dfTilt);
             if (std::abs(double(v.z) * std::cos(dfTilt) - double(v.y) * std::sin(dfTilt)) < 0.004) {
                 peak.dfX2DCorrected = double(v.x) / g_dfPixel;

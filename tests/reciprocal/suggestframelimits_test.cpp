@@ -1,6 +1,7 @@
 // Limits that let all peaks of a series through, against the law of Bragg.
 #include "reciprocal/suggestframelimits.h"
 #include "reciprocal/suggestcellrange.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +54,7 @@ TEST(SuggestFrameLimits, ReachTheFarthestCornerOfAnyFrame)
     EXPECT_LT(dfLimit, dfDStar + 0.0101);
     // The stretching counts where it is applied, and moves a corner by its amplitude at most.
     dataSet.m_dfStretchAmplitude = 10;
-    dataSet.m_dfStretchAzimuth = 180 / M_PI * std::atan2(-322, -220);
+    dataSet.m_dfStretchAzimuth = 180 / g_dfPi * std::atan2(-322, -220);
     MappingParameters mapping;
     EXPECT_NEAR(dStarOfFarthestCorner(dataSet, mapping, {400, 512}), dfDStar, 1e-5);
     mapping.m_bApplyStretching = true;

@@ -1,5 +1,6 @@
 #include "reciprocal/suggestmerging.h"
 #include "reciprocal/suggestlimits.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ DataSet seriesOf(double dfSpacing, int nRimPeaks, double dfRim)
             listPeak.append(peak);
         };
         for (int i = 0; i < nRimPeaks; ++i) {
-            add(dfRim * std::cos(i * 2 * M_PI / nRimPeaks), dfRim * std::sin(i * 2 * M_PI / nRimPeaks), 1e5);
+            add(dfRim * std::cos(i * 2 * g_dfPi / nRimPeaks), dfRim * std::sin(i * 2 * g_dfPi / nRimPeaks), 1e5);
         }
         const double dfCos = std::cos(0.1 * n), dfSin = std::sin(0.1 * n);
         for (int h = -3; h <= 3; ++h) {
@@ -56,7 +57,7 @@ TEST(SuggestMerging, StaysBelowTheWayToTheNextPeak)
     // the chain are beyond the distance that closes it, and the nearest of them is so by a hair alone.
     double dfNearest = dfClosest;
     for (double dfDegrees = 0; dfDegrees <= 90; dfDegrees += 0.05) {
-        const double dfAngle = dfDegrees * M_PI / 180;
+        const double dfAngle = dfDegrees * g_dfPi / 180;
         if (dfClosest * std::cos(dfAngle) <= dense[1].dfValue) {
             dfNearest = std::min(dfNearest, dfClosest * std::sin(dfAngle));
         }

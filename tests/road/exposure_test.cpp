@@ -3,6 +3,7 @@
 #include "simulate/exposuremode.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
+#include "records/pi.h"
 
 #include <QTemporaryDir>
 
@@ -16,7 +17,6 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfPi = 3.14159265358979323846;
 
 SimulatedSeries made(const std::function<void(SimulationParameters&)>& fnChange)
 {

@@ -6,6 +6,7 @@
 #include "simulate/randomsource.h"
 #include "simulate/structurefactor.h"
 #include "simulate/symmetryjudgement.h"
+#include "records/pi.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -165,7 +166,7 @@ TEST(IntensityJudgement, TellsWhatIsWrong)
 TEST(IntensityJudgement, ForetellsRByTheSigmas)
 {
     // Strong: |dF| = sigma / 2F, and the mean deviation of a normal distribution is sqrt(2/pi) of its sigma.
-    EXPECT_NEAR(foretoldR({{10000, 50}}), std::sqrt(2 / 3.14159265358979) * 50 / (2 * 10000), 1e-5);
+    EXPECT_NEAR(foretoldR({{10000, 50}}), std::sqrt(2 / g_dfPi) * 50 / (2 * 10000), 1e-5);
     // Weak ones against throws of the dice.
     const std::vector<std::array<double, 2>> listTrue = {{3, 1}, {0.5, 1}, {0, 1}, {20, 4}, {7, 0.5}};
     CRandomSource random(3, 0);

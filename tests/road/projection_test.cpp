@@ -3,6 +3,7 @@
 #include "simulate/rotationprojection.h"
 #include "simulate/simulatedseries.h"
 #include "simulate/structurefactor.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,6 @@ namespace tessera {
 
 namespace {
 
-const double g_dfPi = 3.14159265358979323846;
 
 /// The tilt near dfTilt at which a lattice vector lies on the sphere, by bisection.
 bool exactTilt(const CRotationProjection& projection, const Vector3& vec, double dfTilt, double& dfExact)

@@ -7,6 +7,7 @@
 #include "simulate/structurefactor.h"
 #include "simulate/truthfile.h"
 #include "tests/batch/batchprogram.h"
+#include "records/pi.h"
 
 #include <gtest/gtest.h>
 #include <QJsonArray>
@@ -16,7 +17,6 @@
 namespace tessera {
 
 namespace {
-const double g_dfPi = 3.14159265358979323846;
 
 // A point of the frame by its distance from the beam and its angle on the screen.
 std::array<double, 2> onScreen(double dfRadius, double dfAngle)

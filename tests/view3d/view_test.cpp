@@ -1,4 +1,5 @@
 #include "tests/view3d/view3dtest.h"
+#include "records/pi.h"
 
 #include <QAction>
 #include <QColorDialog>
@@ -296,7 +297,7 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     mouse(m_view, QEvent::MouseMove, {375, 200}, Qt::LeftButton, Qt::NoModifier);
     // From (0, 0, 1) to the unit vector along (1/2, 0, cos 45°), by 60 degrees a unit of their distance.
     const double dfX = 0.5 / std::sqrt(0.75), dfZ = std::sqrt(0.5 / 0.75);
-    const double dfAngle = M_PI / 3 * std::hypot(dfX, 1 - dfZ);
+    const double dfAngle = g_dfPi / 3 * std::hypot(dfX, 1 - dfZ);
     EXPECT_NEAR(m_view.getViewDirection().x, -std::sin(dfAngle), 1e-6);
     EXPECT_NEAR(m_view.getViewDirection().z, std::cos(dfAngle), 1e-6);
     mouse(m_view, QEvent::MouseButtonRelease, {375, 200}, Qt::LeftButton, Qt::NoModifier);

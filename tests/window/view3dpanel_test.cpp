@@ -1,5 +1,6 @@
 // What moves the points of the 3D views, and the page that steers the views.
 #include "tests/window/reciprocaltest.h"
+#include "records/pi.h"
 
 namespace tessera {
 
@@ -171,7 +172,7 @@ TEST_F(Reciprocal, PanelAndViews)
     };
     for (bool bNumber : {true, false})
         for (const auto& turn : aTurn) {
-            const double dfStep = bNumber ? 22.5 * M_PI / 180 : 0;
+            const double dfStep = bNumber ? 22.5 * g_dfPi / 180 : 0;
             const Vec vecScene = turn.vecFrom * rotation();  // which lies at vecFrom now
             p.m_pComboRotationStep->setEditText(bNumber ? QLocale::system().toString(22.5) : "1x");
             turn.pButton->click();
