@@ -35,9 +35,11 @@ QList<Peak3D> observedReflections(int nCount)
 
 void BM_CrystalCloseAllSpaceGroups(benchmark::State& state)
 {
-    for (auto _ : state)
-        for (int n = 1; n <= 230; ++n)
+    for (auto _ : state) {
+        for (int n = 1; n <= 230; ++n) {
             benchmark::DoNotOptimize(operationsOfSpaceGroup(n));
+        }
+    }
 }
 BENCHMARK(BM_CrystalCloseAllSpaceGroups)->Unit(benchmark::kMillisecond);
 
@@ -46,8 +48,9 @@ void BM_CrystalTestReflectionConditions(benchmark::State& state)
     const QList<Peak3D> listPeak = observedReflections(5000);
     CRunReport report;
     CSpaceGroup spaceGroup;
-    for (auto _ : state)
+    for (auto _ : state) {
         testReflectionConditions(listPeak, 0.05, spaceGroup, report);
+    }
     state.counters["reflections"] = listPeak.size();
 }
 BENCHMARK(BM_CrystalTestReflectionConditions)->Unit(benchmark::kMillisecond);
@@ -56,8 +59,9 @@ void BM_CrystalExpectedReflections(benchmark::State& state)
 {
     const QList<Peak3D> listPeak = observedReflections(20000);
     CRunReport report;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(calAllReflections2(listPeak, benchCell(), {-70, 70}, report));
+    }
     state.counters["observed"] = listPeak.size();
 }
 BENCHMARK(BM_CrystalExpectedReflections)->Unit(benchmark::kMillisecond);
@@ -71,12 +75,15 @@ void BM_CrystalMissingReflections(benchmark::State& state)
     const QList<HKLRef> listAll = calAllReflections2(listPeak, benchCell(), {-70, 70}, report);
     for (auto _ : state) {
         QList<HKLRef> listMissing;
-        if (state.range(0) == 1)
+        if (state.range(0) == 1) {
             listMissing = missingReflections(listAll, listObserved);
-        else
-            for (const HKLRef& hkl : listAll)
-                if (!reflectionExistInList(hkl, listObserved))
+        } else {
+            for (const HKLRef& hkl : listAll) {
+                if (!reflectionExistInList(hkl, listObserved)) {
                     listMissing.append(hkl);
+                }
+            }
+        }
         benchmark::DoNotOptimize(listMissing);
     }
     state.counters["expected"] = listAll.size();

@@ -18,8 +18,9 @@ void addFrames(benchmark::State& state, const Add& fnAdd)
     std::poisson_distribution<int> noise(40);
     CImgObj<float> img;
     img.Create(nSide, nSide);
-    for (int i = 0; i < nSide * nSide; ++i)
+    for (int i = 0; i < nSide * nSide; ++i) {
         img.Data()[i] = float(noise(random));
+    }
     CReciprocalVolume volume;
     if (!volume.create(nEdge, nEdge, nEdge)) {
         state.SkipWithError("not enough memory");

@@ -39,9 +39,11 @@ CImgObj<float> syntheticFrame()
     }
     for (int k = 0; k < 400; ++k) {
         const int nX = place(random), nY = place(random);
-        for (int d = -9; d <= 9; ++d)
-            for (int e = -9; e <= 9; ++e)
+        for (int d = -9; d <= 9; ++d) {
+            for (int e = -9; e <= 9; ++e) {
                 img.Data()[(nY + e) * g_nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 18.0));
+            }
+        }
     }
     return img;
 }
@@ -57,8 +59,9 @@ void huntOneFrame(benchmark::State& state)
     FrameHuntWork work;
     int nPeaks = 0;
     huntFrame(img, parameters, {}, filters, work);  // the filters are made once for a series
-    for (auto _ : state)
+    for (auto _ : state) {
         nPeaks = huntFrame(img, parameters, {}, filters, work).listX.size();
+    }
     state.counters["peaks"] = nPeaks;
 }
 BENCHMARK(huntOneFrame)->Unit(benchmark::kMillisecond);
@@ -68,11 +71,14 @@ void threeMeasuredTransforms(benchmark::State& state)
 {
     fftwf_complex* p = fftwf_alloc_complex(size_t(g_nSide) * g_nSide);
     const fftwf_plan plan = fftwf_plan_dft_2d(g_nSide, g_nSide, p, p, FFTW_FORWARD, FFTW_MEASURE);
-    for (int i = 0; i < g_nSide * g_nSide; ++i)
+    for (int i = 0; i < g_nSide * g_nSide; ++i) {
         p[i][0] = p[i][1] = 0.f;
-    for (auto _ : state)
-        for (int i = 0; i < 3; ++i)
+    }
+    for (auto _ : state) {
+        for (int i = 0; i < 3; ++i) {
             fftwf_execute(plan);
+        }
+    }
     fftwf_destroy_plan(plan);
     fftwf_free(p);
 }
@@ -93,9 +99,11 @@ bool writeSeriesFrame(int nFrame, const QString& strFile)
     }
     for (int k = 0; k < 25; ++k) {
         const int nX = place(random), nY = place(random);
-        for (int d = -nReach; d <= nReach; ++d)
-            for (int e = -nReach; e <= nReach; ++e)
+        for (int d = -nReach; d <= nReach; ++d) {
+            for (int e = -nReach; e <= nReach; ++e) {
                 img.Data()[(nY + e) * nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 4.5));
+            }
+        }
     }
     CImgObj<qint16> imgCounts;
     return imgCounts.Set(img.Data(), nSide, nSide) && WriteMRC<qint16>({&imgCounts}, strFile);
@@ -110,8 +118,9 @@ DataSet seriesOfLength(int nFrames)
     dataSet.m_strProjectName = QStringLiteral("series");
     for (int i = 0; i < nFrames; ++i) {
         const QString strFile = dir.filePath(QStringLiteral("f%1.mrc").arg(i));
-        if (QFile::exists(strFile) || writeSeriesFrame(i, strFile))
+        if (QFile::exists(strFile) || writeSeriesFrame(i, strFile)) {
             dataSet.m_listFrameFile.append(strFile);
+        }
     }
     return dataSet;
 }
@@ -121,8 +130,9 @@ void lookAtSeriesBeforeHunting(benchmark::State& state)
     const DataSet dataSet = seriesOfLength(int(state.range(0)));
     CRunReport report;
     SeriesLook look;
-    for (auto _ : state)
+    for (auto _ : state) {
         lookAtSeries(dataSet, {}, report, look);
+    }
     state.counters["spots"] = look.size ? look.size->nSpots : 0;
 }
 BENCHMARK(lookAtSeriesBeforeHunting)
@@ -147,8 +157,9 @@ void huntSeriesAfterLook(benchmark::State& state)
         runPeakHunting(dataSet, parameters, filters, report, options);
     }
     int nPeaks = 0;
-    for (const QList<Peak3D>& listPeak : qAsConst(dataSet.m_listPeakFrame))
+    for (const QList<Peak3D>& listPeak : qAsConst(dataSet.m_listPeakFrame)) {
         nPeaks += listPeak.size();
+    }
     state.counters["peaks"] = nPeaks;
 }
 BENCHMARK(huntSeriesAfterLook)->Arg(40)->Arg(120)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
@@ -189,12 +200,14 @@ void bareFrameOfTheRoad(benchmark::State& state)
             }
             fftwf_execute(real.get());
             fftwf_execute(frame.get());
-            for (int i = 0; i < 2; ++i)
+            for (int i = 0; i < 2; ++i) {
                 fftwf_execute(region.get());
+            }
         }
     }
-    for (void* p : {(void*)pReal, (void*)pHalf, (void*)pFrame, (void*)pRegion})
+    for (void* p : {(void*)pReal, (void*)pHalf, (void*)pFrame, (void*)pRegion}) {
         fftwf_free(p);
+    }
 }
 BENCHMARK(bareFrameOfTheRoad)->Unit(benchmark::kMillisecond);
 

@@ -29,12 +29,14 @@ QString frameFile()
 {
     static const QTemporaryDir dir;
     const QString strFileName = dir.filePath(QStringLiteral("frame.mrc"));
-    if (QFile::exists(strFileName))
+    if (QFile::exists(strFileName)) {
         return strFileName;
+    }
     auto pImage = std::make_unique<CImgObj<float>>();
     pImage->Create(g_nSide, g_nSide);
-    for (int i = 0; i < g_nSide * g_nSide; ++i)
+    for (int i = 0; i < g_nSide * g_nSide; ++i) {
         pImage->Data()[i] = float(i % 1009 * 7919 % 1009);
+    }
     ImageList vecImage;
     vecImage.push_back(std::move(pImage));
     WriteMRC(vecImage, strFileName);
@@ -89,8 +91,9 @@ void paletteChanged(benchmark::State& state)
     scene.setShowProgress(false);
     scene.setImagesLimits(vecImage, {{0.0, 1000.0}});
     int nPalette = 0;
-    for (auto _ : state)
+    for (auto _ : state) {
         scene.setPalette(++nPalette % 4);
+    }
 }
 BENCHMARK(paletteChanged)->Unit(benchmark::kMillisecond);
 

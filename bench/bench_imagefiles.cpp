@@ -79,8 +79,9 @@ QByteArray dm4Frame(int nSide, int nPixelBytes, const QByteArray& pixels)
         21, "Data", 3,
         big8(20) + big8(nPixelBytes == 2 ? 4 : 6) + big8(quint64(nSide) * quint64(nSide)) + pixels);
     QByteArray tags;
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         tags += integer("Some tag of the microscope", i);
+    }
     const QByteArray imageData = data + integer("DataType", nPixelBytes == 2 ? 10 : 2) +
                                  tag4(20, "Dimensions", 2, integer("", nSide) + integer("", nSide));
     const QByteArray image = tag4(20, "", 2,
@@ -96,11 +97,13 @@ QString frameFile(Format format, int nSide, int nPixelBytes)
     static const QTemporaryDir dir;
     const QString strFileName = dir.filePath(
         QStringLiteral("%1_%2.%3").arg(nSide).arg(nPixelBytes).arg(static_cast<int>(format)));
-    if (QFile::exists(strFileName))
+    if (QFile::exists(strFileName)) {
         return strFileName;
+    }
     QByteArray pixels(nSide * nSide * nPixelBytes, 0);
-    for (int i = 0; i < pixels.size(); ++i)
+    for (int i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<char>(i % 61);  // no NaN, no denormal of consequence
+    }
     QByteArray bytes;
     if (format == Format::Dm4) {
         bytes = dm4Frame(nSide, nPixelBytes, pixels);
@@ -115,16 +118,19 @@ QString frameFile(Format format, int nSide, int nPixelBytes)
                 QByteArray(1008, 0) + pixels;
     }
     QFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
         qFatal("cannot write %s", qPrintable(strFileName));
+    }
     return strFileName;
 }
 
 void sizes(benchmark::internal::Benchmark* pBenchmark)
 {
-    for (int nSide : {1024, 2048, 4096})
-        for (int nPixelBytes : {2, 4})
+    for (int nSide : {1024, 2048, 4096}) {
+        for (int nPixelBytes : {2, 4}) {
             pBenchmark->Args({nSide, nPixelBytes});
+        }
+    }
     pBenchmark->Unit(benchmark::kMicrosecond);
 }
 
@@ -136,8 +142,9 @@ void imageFilesPlainRead(benchmark::State& state)
         QFile file(strFileName);
         file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
         const std::unique_ptr<char[]> pBuffer(new char[static_cast<size_t>(file.size())]);
-        if (file.read(pBuffer.get(), file.size()) != file.size())
+        if (file.read(pBuffer.get(), file.size()) != file.size()) {
             state.SkipWithError("not read");
+        }
         benchmark::DoNotOptimize(pBuffer.get());
         benchmark::ClobberMemory();
     }
@@ -150,8 +157,9 @@ void imageFilesReadMRC(benchmark::State& state)
                                           static_cast<int>(state.range(1)));
     for (auto _ : state) {
         ImageList vecImage;
-        if (ReadMRC(strFileName, vecImage) != 1 || vecImage.size() != 1)
+        if (ReadMRC(strFileName, vecImage) != 1 || vecImage.size() != 1) {
             state.SkipWithError("not read");
+        }
         benchmark::ClobberMemory();
     }
 }
@@ -163,8 +171,9 @@ void imageFilesReadDM3(benchmark::State& state)
                                           static_cast<int>(state.range(1)));
     for (auto _ : state) {
         CImgObj<float> image;
-        if (ReadDM3(image, strFileName) != 1)
+        if (ReadDM3(image, strFileName) != 1) {
             state.SkipWithError("not read");
+        }
         benchmark::ClobberMemory();
     }
 }
@@ -176,11 +185,13 @@ QString fileOfPixels(const char* pszName, int nSide, const QByteArray& bytesHead
     static const QTemporaryDir dir;
     const QString strFileName = dir.filePath(QString::number(nSide) + QLatin1String(pszName));
     QByteArray pixels(nSide * nSide * nPixelBytes, 0);
-    for (int i = 0; i < pixels.size(); ++i)
+    for (int i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<char>(i % 61);
+    }
     QFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytesHeader + pixels) < pixels.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytesHeader + pixels) < pixels.size()) {
         qFatal("cannot write %s", qPrintable(strFileName));
+    }
     return strFileName;
 }
 
@@ -194,8 +205,9 @@ void imageFilesReadSMV(benchmark::State& state)
     QString strReason;
     for (auto _ : state) {
         ImageList vecImage;
-        if (!readSmvFrames(strFileName, 0, 1, vecImage, strReason))
+        if (!readSmvFrames(strFileName, 0, 1, vecImage, strReason)) {
             state.SkipWithError("not read");
+        }
         benchmark::ClobberMemory();
     }
 }
@@ -217,8 +229,9 @@ void imageFilesReadCBF(benchmark::State& state)
     QString strReason;
     for (auto _ : state) {
         ImageList vecImage;
-        if (!readCbfFrames(strFileName, 0, 1, vecImage, strReason))
+        if (!readCbfFrames(strFileName, 0, 1, vecImage, strReason)) {
             state.SkipWithError("not read");
+        }
         benchmark::ClobberMemory();
     }
 }

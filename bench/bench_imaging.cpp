@@ -20,8 +20,9 @@ std::vector<COMPLEX> testImage(int nSide)
 {
     std::vector<COMPLEX> vec;
     vec.reserve(size_t(nSide) * size_t(nSide));
-    for (int i = 0; i < nSide * nSide; ++i)
+    for (int i = 0; i < nSide * nSide; ++i) {
         vec.push_back({float(i % 1009 * 7919 % 1009), 0.f});
+    }
     return vec;
 }
 
@@ -87,22 +88,25 @@ void correlateSpectra(benchmark::State& state)
     const int nSide = int(state.range(0));
     const auto vec = testImage(nSide);
     double dfPeak, dfX, dfY;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(Correlate(vec.data(), vec.data(), nSide, nSide, 1, dfPeak, dfX, dfY, true));
+    }
 }
 BENCHMARK(correlateSpectra)->Arg(256)->Unit(benchmark::kMillisecond);
 
 void floatToByte(benchmark::State& state)
 {
     std::vector<float> vec;
-    for (const COMPLEX& c : testImage(1024))
+    for (const COMPLEX& c : testImage(1024)) {
         vec.push_back(c.re);
+    }
     std::vector<unsigned char> vecByte(vec.size());
     for (auto _ : state) {
-        if (state.range(0))
+        if (state.range(0)) {
             FloatToByteScaled(vec.data(), vecByte.data(), int(vec.size()), 0.001f, 0.001f, 1000, 0.f, 255.f);
-        else
+        } else {
             FloatToByte(vec.data(), vecByte.data(), int(vec.size()), 100.f, 900.f, 0.f, 255.f);
+        }
         benchmark::DoNotOptimize(vecByte.data());
     }
 }
@@ -111,8 +115,9 @@ BENCHMARK(floatToByte)->ArgName("scaled")->Arg(0)->Arg(1)->Unit(benchmark::kMill
 void makeGaussian(benchmark::State& state)
 {
     CImgObj<float> img;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(MakeGaussian(img, 1024, 1024, 3.f));
+    }
 }
 BENCHMARK(makeGaussian)->Unit(benchmark::kMillisecond);
 
@@ -120,11 +125,13 @@ void fitPeak2D(benchmark::State& state)
 {
     CImgObj<float> img;
     img.Create(256, 256);
-    for (int y = 0; y < 256; ++y)
-        for (int x = 0; x < 256; ++x)
+    for (int y = 0; y < 256; ++y) {
+        for (int x = 0; x < 256; ++x) {
             img.Data()[y * 256 + x] = 5000.f / (1 + (x - 128.3f) * (x - 128.3f) / 30 +
                                                 (y - 126.8f) * (y - 126.8f) / 25) +
                                       float((x * 31 + y * 17) % 13);
+        }
+    }
     for (auto _ : state) {
         double x = 127.0;
         double y = 128.0;

@@ -44,9 +44,11 @@ void BM_WritePeakList(benchmark::State& state)
 {
     QTemporaryDir folder;
     const DataSet& data = millionPeaks();
-    for (auto _ : state)
-        if (writePeakList(data, folder.filePath("a.pk")) != 1)
+    for (auto _ : state) {
+        if (writePeakList(data, folder.filePath("a.pk")) != 1) {
             state.SkipWithError("not written");
+        }
+    }
 }
 BENCHMARK(BM_WritePeakList)->Unit(benchmark::kMillisecond);
 
@@ -57,12 +59,13 @@ void BM_WriteByPrintf(benchmark::State& state)
     for (auto _ : state) {
         FILE* const pFile = fopen(QFile::encodeName(folder.filePath("a.pk")).constData(), "w");
         int nSerial = 0;
-        for (int f = 0; f < g_nFrames; ++f)
+        for (int f = 0; f < g_nFrames; ++f) {
             for (int i = 0; i < g_nPeaksOnFrame; ++i) {
                 const Peak3D& peak = data.m_listPeakFrame[f][i];
                 fprintf(pFile, "%8d%5d%6d%7.1f%7.1f%9.1f%12.1f%17s\n", ++nSerial, f, i, peak.dfX2D,
                         peak.dfY2D, peak.dfIPoint, peak.dfI2D, "8000000000000000");
             }
+        }
         fclose(pFile);
     }
 }
@@ -71,30 +74,35 @@ BENCHMARK(BM_WriteByPrintf)->Unit(benchmark::kMillisecond);
 void BM_ReadPeakList(benchmark::State& state)
 {
     QTemporaryDir folder;
-    if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1)
+    if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1) {
         state.SkipWithError("not written");
+    }
     DataSet data;
     data.m_listFrameFile = millionPeaks().m_listFrameFile;
     CRunReport report;
-    for (auto _ : state)
-        if (readPeakList(data, folder.filePath("a.pk"), report) != 1)
+    for (auto _ : state) {
+        if (readPeakList(data, folder.filePath("a.pk"), report) != 1) {
             state.SkipWithError("not read");
+        }
+    }
 }
 BENCHMARK(BM_ReadPeakList)->Unit(benchmark::kMillisecond);
 
 void BM_ScanByScanf(benchmark::State& state)  // the numbers alone, no store
 {
     QTemporaryDir folder;
-    if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1)
+    if (writePeakList(millionPeaks(), folder.filePath("a.pk")) != 1) {
         state.SkipWithError("not written");
+    }
     for (auto _ : state) {
         FILE* const pFile = fopen(QFile::encodeName(folder.filePath("a.pk")).constData(), "r");
         char aLine[128], aMask[17];
         int nSerial, nFrame, nIndex;
         float fX, fY, fI, fI2D;
-        while (fgets(aLine, sizeof(aLine), pFile))
+        while (fgets(aLine, sizeof(aLine), pFile)) {
             benchmark::DoNotOptimize(sscanf(aLine, "%d %d %d %f %f %f %f %16s", &nSerial, &nFrame, &nIndex,
                                             &fX, &fY, &fI, &fI2D, aMask));
+        }
         fclose(pFile);
     }
 }

@@ -25,8 +25,9 @@ struct TableWindow {
     TableWindow()
     {
         if (!qApp) {
-            if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
                 qputenv("QT_QPA_PLATFORM", "offscreen");
+            }
             static int nArgument = 1;
             static char aName[] = "tessera-bench";
             static char* aArgument[] = {aName, nullptr};
@@ -37,11 +38,14 @@ struct TableWindow {
         m_pWindow = std::make_unique<MainWindow>();
         m_pWindow->resize(1280, 800);
         m_pWindow->show();
-        for (auto* pTab : m_pWindow->findChildren<QTabWidget*>())
+        for (auto* pTab : m_pWindow->findChildren<QTabWidget*>()) {
             pTab->setCurrentIndex(3);
-        for (auto* pView : m_pWindow->findChildren<QTableView*>())
-            if (pView->model()->columnCount() == g_nPeakTableColumns)
+        }
+        for (auto* pView : m_pWindow->findChildren<QTableView*>()) {
+            if (pView->model()->columnCount() == g_nPeakTableColumns) {
                 m_pView = pView;
+            }
+        }
         // A tenth is not indexed and shows "*".
         std::mt19937 random(1);
         std::uniform_real_distribution<double> place(0, 1);
@@ -118,16 +122,18 @@ BENCHMARK(filterPeakTable)->DenseRange(0, 3)->Unit(benchmark::kMillisecond)->Use
 void saveCsvOfPeakTable(benchmark::State& state)
 {
     TableWindow table;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(dynamic_cast<PeakTableView&>(*table.m_pView).csv());
+    }
 }
 BENCHMARK(saveCsvOfPeakTable)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void copyPeakTable(benchmark::State& state)
 {
     TableWindow table;
-    for (auto _ : state)
+    for (auto _ : state) {
         table.m_pWindow->copyAllReflectionsInPeakTable();
+    }
 }
 BENCHMARK(copyPeakTable)->Unit(benchmark::kMillisecond)->UseRealTime();
 

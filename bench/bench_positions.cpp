@@ -49,13 +49,13 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
     const double dfCounts = countsFor(dfSignalToNoise);
     const double dfA2 = g_dfSigma * g_dfSigma * 2 * std::log(2.0) / (std::sqrt(2.0) - 1);  // same half width
     std::vector<double> vecExpected(size_t(g_nSide) * g_nSide);
-    for (int ty = 0; ty < g_nTiles; ++ty)
+    for (int ty = 0; ty < g_nTiles; ++ty) {
         for (int tx = 0; tx < g_nTiles; ++tx) {
             const double dfX = tx * g_nTile + g_nTileMiddle + fraction(random);
             const double dfY = ty * g_nTile + g_nTileMiddle + fraction(random);
             frame.vecX.push_back(dfX);
             frame.vecY.push_back(dfY);
-            for (int y = ty * g_nTile; y < (ty + 1) * g_nTile; ++y)
+            for (int y = ty * g_nTile; y < (ty + 1) * g_nTile; ++y) {
                 for (int x = tx * g_nTile; x < (tx + 1) * g_nTile; ++x) {
                     const double dfR2 = (x - dfX) * (x - dfX) + (y - dfY) * (y - dfY);
                     const double dfSpot = bMoffat ? 1 / (g_dfPi * dfA2 * std::pow(1 + dfR2 / dfA2, 2))
@@ -66,12 +66,15 @@ SpotFrame spotFrame(double dfSignalToNoise, double dfSlope, bool bMoffat)
                                                                      (x - tx * g_nTile - g_nTileMiddle + 0.5);
                     vecExpected[size_t(y) * g_nSide + size_t(x)] = dfBackground + dfCounts * dfSpot;
                 }
+            }
         }
+    }
     std::normal_distribution<double> read(0, g_dfReadNoise);
     frame.img.Create(g_nSide, g_nSide);
-    for (size_t i = 0; i < vecExpected.size(); ++i)
+    for (size_t i = 0; i < vecExpected.size(); ++i) {
         frame.img.Data()[i] = float(std::poisson_distribution<int>(std::max(vecExpected[i], 1e-9))(random) +
                                     read(random));
+    }
     return frame;
 }
 
@@ -95,8 +98,9 @@ void keepHunted(SpotFrame& frame, std::vector<double>& vecX, std::vector<double>
                 nBest = j;
             }
         }
-        if (nBest < 0)
+        if (nBest < 0) {
             continue;
+        }
         vecTrueX.push_back(frame.vecX[i]);
         vecTrueY.push_back(frame.vecY[i]);
         vecX.push_back(peaks.listX[nBest]);

@@ -25,20 +25,23 @@ QList<Peak3D> lattice(float fA, float fB, float fC, float fMaxDStar, float fNois
     std::normal_distribution<float> noise(0, fNoise);
     QList<Peak3D> listPeak;
     const int nH = int(fMaxDStar * fA), nK = int(fMaxDStar * fB), nL = int(fMaxDStar * fC);
-    for (int h = -nH; h <= nH; ++h)
-        for (int k = -nK; k <= nK; ++k)
+    for (int h = -nH; h <= nH; ++h) {
+        for (int k = -nK; k <= nK; ++k) {
             for (int l = -nL; l <= nL; ++l) {
                 Peak3D peak;
                 peak.setPoint({float(h) / fA + noise(random), float(k) / fB + noise(random),
                                float(l) / fC + noise(random)});
                 peak.dfDStar = double(length(peak.point()));
-                if (peak.dfDStar > double(fMaxDStar) || (h == 0 && k == 0 && l == 0))
+                if (peak.dfDStar > double(fMaxDStar) || (h == 0 && k == 0 && l == 0)) {
                     continue;
+                }
                 peak.dfIPoint = double(float(1 + random() % 100000));
                 peak.nFrame = 1;
                 peak.nID = listPeak.size();
                 listPeak.append(peak);
             }
+        }
+    }
     std::shuffle(listPeak.begin(), listPeak.end(), random);
     return listPeak.mid(0, nMost);
 }
@@ -67,8 +70,9 @@ void BM_Merging(benchmark::State& state)
     mapping.m_dfResolutionMax = 100;
     transformPeaksTo3D(data, mapping, report);
     showPeaksIn3D(data, mapping);
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(peakReduction3D(data, PeakMergingParameters(), nullptr, report));
+    }
     state.counters["chains"] = data.m_listPeakChain.size();
 }
 BENCHMARK(BM_Merging)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
@@ -150,8 +154,9 @@ void BM_PredictedPositions(benchmark::State& state)
 {
     const DataSet data = seriesWithCell(float(state.range(0)), 200);
     int nFound = 0;
-    for (auto _ : state)
+    for (auto _ : state) {
         nFound = predictedPositions(data, 77, 1.0).size();
+    }
     state.counters["reflections"] = nFound;
 }
 BENCHMARK(BM_PredictedPositions)->Arg(10)->Arg(60)->Arg(150)->Unit(benchmark::kMillisecond);
@@ -165,8 +170,9 @@ void BM_PeakPairs(benchmark::State& state)
     QVector<QList<Peak3D>> vecPeak;
     for (int n = 0; n < 200; ++n) {
         vecPeak.append(predictedPositions(data, n, 0.9).mid(0, 150));
-        for (Peak3D& peak : vecPeak.last())
+        for (Peak3D& peak : vecPeak.last()) {
             peak.dfIPoint = 1000;
+        }
     }
     RefinementParameters parameters;
     parameters.m_dfRefineDStarLow = 0;
@@ -179,7 +185,7 @@ void BM_PeakPairs(benchmark::State& state)
         const Peak3D& b = vecPeak[pair.nList][pair.nSecond];
         vecKey.push_back({int(a.dfH - b.dfH), int(a.dfK - b.dfK), int(a.dfL - b.dfL)});
     }
-    for (auto _ : state)
+    for (auto _ : state) {
         switch (state.range(0)) {
             case MakePairs:
                 benchmark::DoNotOptimize(peakPairPlaces(vecPeak, limits, data.m_spaceGroup, report));
@@ -190,6 +196,7 @@ void BM_PeakPairs(benchmark::State& state)
             default:
                 benchmark::DoNotOptimize(refineCellFromDifferenceVectors(vecPeak, data, parameters, report));
         }
+    }
     state.counters["pairs"] = double(vecPair.size());
     state.counters["groups"] = double(groupsOfDifferences(vecKey).size());
 }

@@ -40,11 +40,13 @@ const QList<Peak3D>& cloud()
 ED3DWidget* view()
 {
     static ED3DWidget* pView = nullptr;
-    if (pView)
+    if (pView) {
         return pView;
+    }
     if (!qApp) {
-        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
+        }
         static int nArgument = 1;
         static char aName[] = "tessera-bench";
         static char* aArgument[] = {aName, nullptr};
@@ -54,16 +56,18 @@ ED3DWidget* view()
     pView->resize(900, 700);
     pView->setPoints(cloud());
     pView->show();
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         QApplication::processEvents();
+    }
     return pView;
 }
 
 void view3DSetPoints(benchmark::State& state)
 {
     view();
-    for (auto _ : state)
+    for (auto _ : state) {
         view()->setPoints(cloud());
+    }
 }
 
 void view3DPaint(benchmark::State& state)
@@ -106,8 +110,9 @@ void view3DBand(benchmark::State& state)
                           Qt::ControlModifier),
             move(QEvent::MouseMove, ptTo, Qt::NoButton, Qt::LeftButton, Qt::ControlModifier),
             release(QEvent::MouseButtonRelease, ptTo, Qt::LeftButton, Qt::NoButton, Qt::ControlModifier);
-        for (QMouseEvent* pEvent : {&press, &move, &release})
+        for (QMouseEvent* pEvent : {&press, &move, &release}) {
             QApplication::sendEvent(view(), pEvent);
+        }
     }
     state.counters["points"] = view()->selectedPoints().size();
     view()->clearSelection();
@@ -119,13 +124,15 @@ void view3DColoursOf40Groups(benchmark::State& state)
     groups.reset(g_nPoints);
     for (int k = 0; k < 40; ++k) {
         QList<int> listPoint;
-        for (int i = k; i < g_nPoints; i += 3)
+        for (int i = k; i < g_nPoints; i += 3) {
             listPoint.append(i);
+        }
         groups.insertGroup(k + 1, QString(), listPoint, CPointGroups::nextGroupColor());
     }
     PointDisplay display;
-    for (auto _ : state)
+    for (auto _ : state) {
         groups.makeDisplay(display);
+    }
 }
 
 }  // namespace

@@ -39,8 +39,9 @@ void writeProject(const QTemporaryDir& dir, const QByteArray& bytesShift, const 
 {
     const auto write = [&](const char* pszName, const QByteArray& bytes) {
         QFile file(dir.filePath(pszName));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
             qFatal("no project written");
+        }
     };
     write("many.sc", bytesShift);
     write("many.pk", bytesPeaks);
@@ -66,9 +67,11 @@ CImgObj<float> frameImage(int nFrame)
     }
     for (int k = 0; k < g_nSpots; ++k) {
         const int nX = place(random), nY = place(random);
-        for (int d = -9; d <= 9; ++d)
-            for (int e = -9; e <= 9; ++e)
+        for (int d = -9; d <= 9; ++d) {
+            for (int e = -9; e <= 9; ++e) {
                 img.Data()[(nY + e) * g_nSide + nX + d] += 400.f * float(std::exp(-(d * d + e * e) / 18.0));
+            }
+        }
     }
     return img;
 }
@@ -82,16 +85,18 @@ QString makeProject(const QTemporaryDir& dir)
     for (int i = 0; i < g_nFrames; ++i) {
         const QString strName = QStringLiteral("f%1.mrc").arg(i);
         const CImgObj<float> img = frameImage(i);
-        if (!WriteMRC<float>({&img}, dir.filePath(strName)))
+        if (!WriteMRC<float>({&img}, dir.filePath(strName))) {
             qFatal("no frame written");
+        }
         const QByteArray bytesTilt = QByteArray::number(0.5 * i);
         bytesProject += "FILE " + strName.toLatin1() + ' ' + bytesTilt + " 0 " + bytesTilt + '\n';
         bytesShift += QByteArray::number(i + 1) + " 0 0\n";
     }
     const auto write = [&](const char* pszName, const QByteArray& bytes) {
         QFile file(dir.filePath(pszName));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
             qFatal("no project written");
+        }
     };
     write("series.sc", bytesShift);
     write("series.ed3d", bytesProject + "ENDFILELIST\n");
@@ -109,8 +114,9 @@ void huntInTheWindow(benchmark::State& state)
     window.openFiles({strProject});
     auto* pPage = window.findChild<PeakSearchPage*>();
     pPage->m_pThresholdSpin->setValue(g_dfThreshold);
-    for (auto _ : state)
+    for (auto _ : state) {
         pPage->m_pRunButton->click();
+    }
     state.counters["list_bytes"] = double(QFileInfo(dir.filePath("series.pk")).size());
 }
 BENCHMARK(huntInTheWindow)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
@@ -122,15 +128,17 @@ void huntAlone(benchmark::State& state)
     CRunReport report;
     DataSet dataSet;
     MappingParameters mapping;
-    if (!openProject(dataSet, mapping, strProject, report))
+    if (!openProject(dataSet, mapping, strProject, report)) {
         qFatal("no project opened");
+    }
     PeakHuntingParameters hunting;
     hunting.m_dfPeakThreshold = g_dfThreshold;
     CPeakFilters filters;
     PeakHuntingOptions options;
     options.nJobs = QThread::idealThreadCount();
-    for (auto _ : state)
+    for (auto _ : state) {
         runPeakHunting(dataSet, hunting, filters, report, options);
+    }
     state.counters["list_bytes"] = double(QFileInfo(dir.filePath("series.pk")).size());
 }
 BENCHMARK(huntAlone)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
@@ -151,12 +159,13 @@ void remapInTheWindow(benchmark::State& state)
         const QByteArray bytesTilt = QByteArray::number(0.5 * i - 50);
         bytesProject += "FILE none.mrc " + bytesTilt + " 0 " + bytesTilt + '\n';
         bytesShift += QByteArray::number(i + 1) + " 0 0\n";
-        for (int k = 0; k < nOnFrame; ++k)
+        for (int k = 0; k < nOnFrame; ++k) {
             bytesPeaks += QString::asprintf("%8d%5d%6d%7.1f%7.1f%9.1f%12.1f 8000000000000000\n",
                                             1 + i * nOnFrame + k, i, k, random() % 10200 / 10.0,
                                             random() % 10100 / 10.0,
                                             std::min(20 * std::exp(1.5 * normal(random)), 32000.0), 1.0)
                               .toLatin1();
+        }
     }
     writeProject(dir, bytesShift, bytesPeaks, bytesProject);
     MainWindow window;
@@ -168,8 +177,9 @@ void remapInTheWindow(benchmark::State& state)
     auto* pView = static_cast<ED3DWidget*>(pTabs->currentWidget());
     for (int g = 1; g <= int(state.range(1)); ++g) {
         QList<int> listPoint;
-        for (int i = 0; i < pView->points().size(); i += 1 + g)
+        for (int i = 0; i < pView->points().size(); i += 1 + g) {
             listPoint.append(i);
+        }
         pView->insertPointGroup(g, QStringLiteral("some"), listPoint, Qt::green);
     }
     auto* pSpin = window.findChild<FramesPage*>()->m_pRotationAxisSpin;
@@ -201,11 +211,12 @@ void chooseReflection(benchmark::State& state)
     for (int n = 0; n < nReflections; ++n) {
         const double dfX = random() % 20400 / 10.0, dfY = random() % 20400 / 10.0;
         const int nFirst = n % (nFrames - nPeaks);
-        for (int i = 0; i < nPeaks; ++i)
+        for (int i = 0; i < nPeaks; ++i) {
             vecLines[size_t(nFirst) + size_t(i)] += QString::asprintf(
                                                         "%7.1f%7.1f%9.1f%12.1f 8000000000000000\n", dfX, dfY,
                                                         100.0 + (i == 2 ? 900 : n % 700), 1.0)
                                                         .toLatin1();
+        }
     }
     QByteArray bytesProject = "WAVELENGTH 0.0251\nROTATIONAXIS 12.5\nCCDPIXELSIZE 0.0007\nFILELIST\n";
     QByteArray bytesShift = "1020 1020\n", bytesPeaks;
@@ -216,10 +227,12 @@ void chooseReflection(benchmark::State& state)
         bytesShift += QByteArray::number(i + 1) + " 0 0\n";
         int nOnFrame = 0;
         const QList<QByteArray> listLine = vecLines[i].split('\n');
-        for (const QByteArray& bytesLine : listLine)
-            if (!bytesLine.isEmpty())
+        for (const QByteArray& bytesLine : listLine) {
+            if (!bytesLine.isEmpty()) {
                 bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, ++nOnFrame).toLatin1() +
                               bytesLine + '\n';
+            }
+        }
     }
     writeProject(dir, bytesShift, bytesPeaks, bytesProject);
     MainWindow window;

@@ -7,10 +7,12 @@ namespace tessera {
 
 inline void needApplication()
 {
-    if (qApp)
+    if (qApp) {
         return;
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     static int nArgument = 1;
     static char aName[] = "tessera-bench";
     static char* aArgument[] = {aName, nullptr};

@@ -41,11 +41,12 @@ public:
     QStringList marked() const
     {
         QStringList list;
-        for (int n = 0; n < m_listLine.size(); ++n)
+        for (int n = 0; n < m_listLine.size(); ++n) {
             list.append((m_listSeverity[n] >= Severity::Warning     ? "red "
                          : m_listSeverity[n] == Severity::Milestone ? "blue "
                                                                     : "") +
                         m_listLine[n]);
+        }
         return list;
     }
     /// The marked lines without time stamps and durations, which differ from run to run.
@@ -60,9 +61,11 @@ public:
     /// The place of the first line that contains a text, −1 if none does.
     int find(const QString& strPart) const
     {
-        for (int n = 0; n < m_listLine.size(); ++n)
-            if (m_listLine[n].contains(strPart))
+        for (int n = 0; n < m_listLine.size(); ++n) {
+            if (m_listLine[n].contains(strPart)) {
                 return n;
+            }
+        }
         return -1;
     }
 

@@ -28,8 +28,9 @@ inline QByteArray smvLines(double dfStart, double dfWidth, double dfPixel, doubl
 inline QByteArray pixelsFromTop(const QByteArray& bytesMrc, int nSide)
 {
     QByteArray bytes;
-    for (int nRow = nSide - 1; nRow >= 0; --nRow)
+    for (int nRow = nSide - 1; nRow >= 0; --nRow) {
         bytes += bytesMrc.mid(1024 + 2 * nSide * nRow, 2 * nSide);
+    }
     return bytes;
 }
 

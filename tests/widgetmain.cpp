@@ -12,8 +12,9 @@ typedef QApplication TestApplication;
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     // Kept to the end: the offscreen platform loses track of its screen when the application goes.
     static const QApplication* pApp = new TestApplication(argc, argv);
     Q_UNUSED(pApp)

@@ -22,8 +22,9 @@ Vec3D row(const Matrix4& matrix, size_t nRow)
 
 Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight)
 {
-    if (nWidth <= 0 || nHeight <= 0)
+    if (nWidth <= 0 || nHeight <= 0) {
         return {0.f, 0.f, 1.f};
+    }
     const double x = (2.0 * nX - nWidth) / nWidth, y = (nHeight - 2.0 * nY) / nHeight;
     const double z = std::cos(g_dfPi / 2.0 * std::min(std::hypot(x, y), 1.0));
     const double dfLength = std::hypot(x, y, z);
@@ -66,8 +67,9 @@ void CCamera::setZoom(float fZoom)
 void CCamera::viewAlong(const Vec3D& v)
 {
     const double dfLength = std::hypot(double(v.x), double(v.y), double(v.z));
-    if (!(dfLength > 0.0) || !std::isfinite(dfLength))
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength)) {
         return;
+    }
     const double dfAngle = std::acos(std::clamp(double(v.z) / dfLength, -1.0, 1.0)) / g_dfDegree;
     setRotation(rotationMatrix(dfAngle, {v.y, -v.x, 0.f}));
 }
@@ -137,12 +139,14 @@ void CCamera::setRotation(const Matrix4& matrix)
     const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
     const std::array<DoubleVector, 3> aColumn = {a, b, cross(a, b)};
     Matrix4 next = identityMatrix();
-    for (size_t c = 0; c < 3; ++c)
+    for (size_t c = 0; c < 3; ++c) {
         for (size_t r = 0; r < 3; ++r) {
-            if (!std::isfinite(aColumn[c][r]))
+            if (!std::isfinite(aColumn[c][r])) {
                 return;
+            }
             next[4 * c + r] = float(aColumn[c][r]);
         }
+    }
     m_fRotation = next;
 }
 

@@ -13,11 +13,14 @@ CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vecto
     vertices.m_pnPickName.reserve(size_t(listPoint.size()));
     for (int nPoint = 0; nPoint < listPoint.size(); ++nPoint) {
         const size_t i = size_t(nPoint);
-        if (!vecInside.empty() && !vecInside[i])
+        if (!vecInside.empty() && !vecInside[i]) {
             continue;
+        }
         const Vec3D v = scaled(listPoint[nPoint].point(), fScale);
-        if (!display.m_pbPointVisible[i] || !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
+        if (!display.m_pbPointVisible[i] || !std::isfinite(v.x) || !std::isfinite(v.y) ||
+            !std::isfinite(v.z)) {
             continue;
+        }
         vertices.vecVertex.push_back({v.x, v.y, v.z, display.m_pfRed[i], display.m_pfGreen[i],
                                       display.m_pfBlue[i], fAlpha, vecSize[i]});
         vertices.m_pnPickName.push_back(nPoint);

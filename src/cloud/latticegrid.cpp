@@ -24,8 +24,9 @@ public:
     // One in each of the shells.
     void addEach(int nFirst, int nLast)
     {
-        if (nFirst > nLast)
+        if (nFirst > nLast) {
             return;
+        }
         ++m_vecChange[nFirst];
         m_vecChange[size_t(nLast) + 1]--;
     }
@@ -38,8 +39,9 @@ public:
         for (m_nWhole = 0; size_t(m_nWhole) < m_vecCount.size(); ++m_nWhole) {
             nEach += m_vecChange[m_nWhole];
             const qint64 nShell = m_vecCount[m_nWhole] + nEach;
-            if (nShell > m_nSpare)
+            if (nShell > m_nSpare) {
                 break;
+            }
             m_nSpare -= nShell;
         }
     }
@@ -59,8 +61,9 @@ public:
     CLatticeWalk(const ReciprocalBasis& basis, const int* pnRange, float fScale, const CCamera& camera)
         : m_basis(basis), m_fScale(fScale), m_bClip(latticeGridNeedsCamera(pnRange))
     {
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             m_anReach[i] = m_anEnd[i] = std::max(pnRange[i], 0);
+        }
         const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
         const std::array<Vec3D, 3> aVector = basis.vectors();
         for (size_t r = 0; r < 3; ++r) {
@@ -70,8 +73,9 @@ public:
             }
             m_adfOrigin[r] = m[12 + r];
         }
-        if (m_bClip)
+        if (m_bClip) {
             boundByCorners();
+        }
     }
 
     void fill(LatticeGrid& grid) const
@@ -81,8 +85,9 @@ public:
             CShellCount points(nGreatest), lines(nGreatest);
             forEachRow(nAlong, [&](const int*, int nShell, const Interval& row) {
                 lines.add(nShell, 1);
-                if (nAlong != 2)
+                if (nAlong != 2) {
                     return;
+                }
                 points.add(nShell,
                            std::max(std::min(row.nLast, nShell) - std::max(row.nFirst, -nShell) + 1, 0));
                 points.addEach(std::max(row.nFirst, nShell + 1), row.nLast);
@@ -93,13 +98,17 @@ public:
             forEachRow(nAlong, [&](const int* pnIndex, int nShell, const Interval& row) {
                 int anIndex[3] = {pnIndex[0], pnIndex[1], pnIndex[2]};
                 const int nLastShell = points.lastShell();
-                if (nAlong == 2 && nShell <= nLastShell)
+                if (nAlong == 2 && nShell <= nLastShell) {
                     for (anIndex[2] = std::max(row.nFirst, -nLastShell);
-                         anIndex[2] <= std::min(row.nLast, nLastShell); anIndex[2]++)
-                        if (points.admits(std::max(nShell, std::abs(anIndex[2]))))
+                         anIndex[2] <= std::min(row.nLast, nLastShell); anIndex[2]++) {
+                        if (points.admits(std::max(nShell, std::abs(anIndex[2])))) {
                             grid.vecPoint.push_back(place(anIndex));
-                if (!lines.admits(nShell))
+                        }
+                    }
+                }
+                if (!lines.admits(nShell)) {
                     return;
+                }
                 for (int nEnd : {m_anEnd[nAlong], -m_anEnd[nAlong]}) {
                     anIndex[nAlong] = nEnd;
                     grid.vecLine[nAlong].push_back(place(anIndex));
@@ -121,13 +130,15 @@ private:
     {
         const int nFirst = nAlong == 0 ? 1 : 0, nSecond = nAlong == 2 ? 1 : 2;
         int anIndex[3] = {0, 0, 0};
-        for (anIndex[nFirst] = -m_anReach[nFirst]; anIndex[nFirst] <= m_anReach[nFirst]; anIndex[nFirst]++)
+        for (anIndex[nFirst] = -m_anReach[nFirst]; anIndex[nFirst] <= m_anReach[nFirst]; anIndex[nFirst]++) {
             for (anIndex[nSecond] = -m_anReach[nSecond]; anIndex[nSecond] <= m_anReach[nSecond];
                  anIndex[nSecond]++) {
                 const Interval interval = visibleInterval(nAlong, anIndex);
-                if (!interval.isEmpty())
+                if (!interval.isEmpty()) {
                     pass(anIndex, std::max(std::abs(anIndex[nFirst]), std::abs(anIndex[nSecond])), interval);
+                }
             }
+        }
     }
 
     // The lattice points of a row within the view volume, and one to either side: its points are
@@ -135,25 +146,29 @@ private:
     Interval visibleInterval(int nAlong, const int* pnIndex) const
     {
         const int nRange = m_anReach[nAlong];
-        if (!m_bClip)
+        if (!m_bClip) {
             return {-nRange, nRange};
+        }
         double dfFirst = -nRange, dfLast = nRange;
         for (size_t r = 0; r < 3; ++r) {
             double dfStart = m_adfOrigin[r];
-            for (size_t i = 0; i < 3; ++i)
+            for (size_t i = 0; i < 3; ++i) {
                 dfStart += pnIndex[i] * m_aadfStep[i][r];
+            }
             const double dfStep = m_aadfStep[nAlong][r];
             if (std::abs(dfStep) * nRange < 1e-9) {
-                if (std::abs(dfStart) > 1.0 + 1e-6)
+                if (std::abs(dfStart) > 1.0 + 1e-6) {
                     return {0, -1};
+                }
                 continue;
             }
             const double df1 = (-1.0 - dfStart) / dfStep, df2 = (1.0 - dfStart) / dfStep;
             dfFirst = std::max(dfFirst, std::min(df1, df2) - 1.0);
             dfLast = std::min(dfLast, std::max(df1, df2) + 1.0);
         }
-        if (dfFirst > dfLast)
+        if (dfFirst > dfLast) {
             return {0, -1};
+        }
         return {int(std::ceil(dfFirst)), int(std::floor(dfLast))};
     }
 
@@ -168,8 +183,9 @@ private:
         double adfReach[3] = {0, 0, 0};
         for (int nCorner = 0; nCorner < 8; ++nCorner) {
             double adfCorner[3];
-            for (int r = 0; r < 3; ++r)
+            for (int r = 0; r < 3; ++r) {
                 adfCorner[r] = (nCorner >> r & 1 ? 1.0 : -1.0) - m_adfOrigin[r];
+            }
             for (int i = 0; i < 3; ++i) {
                 const double* apRow[3] = {m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]};
                 apRow[i] = adfCorner;
@@ -177,9 +193,11 @@ private:
                                        std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
             }
         }
-        for (int i = 0; i < 3; ++i)
-            if (std::isfinite(adfReach[i]) && adfReach[i] + 1.0 < m_anReach[i])
+        for (int i = 0; i < 3; ++i) {
+            if (std::isfinite(adfReach[i]) && adfReach[i] + 1.0 < m_anReach[i]) {
                 m_anReach[i] = int(adfReach[i] + 1.0);
+            }
+        }
     }
 
     const ReciprocalBasis& m_basis;
@@ -204,8 +222,9 @@ float latticeLineAlpha(size_t nLines)
 bool latticeGridNeedsCamera(const int* pnRange)
 {
     double dfCount = 1.0;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         dfCount *= 2.0 * std::max(pnRange[i], 0) + 1.0;
+    }
     return dfCount > g_nMostLatticePointsWhole;
 }
 
@@ -213,8 +232,9 @@ LatticeGrid makeLatticeGrid(const ReciprocalBasis& basis, const int* pnRange, fl
                             const CCamera& camera)
 {
     LatticeGrid grid;
-    if (isFinite(basis))
+    if (isFinite(basis)) {
         CLatticeWalk(basis, pnRange, fScale, camera).fill(grid);
+    }
     return grid;
 }
 

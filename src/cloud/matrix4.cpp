@@ -14,17 +14,20 @@ Matrix4 identityMatrix()
 Matrix4 multiplied(const Matrix4& a, const Matrix4& b)
 {
     Matrix4 product;
-    for (size_t c = 0; c < 16; c += 4)
-        for (size_t r = 0; r < 4; ++r)
+    for (size_t c = 0; c < 16; c += 4) {
+        for (size_t r = 0; r < 4; ++r) {
             product[c + r] = a[r] * b[c] + a[4 + r] * b[c + 1] + a[8 + r] * b[c + 2] + a[12 + r] * b[c + 3];
+        }
+    }
     return product;
 }
 
 Matrix4 rotationMatrix(double dfAngle, const Vec3D& axis)
 {
     const double dfLength = std::hypot(double(axis.x), double(axis.y), double(axis.z));
-    if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle))
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle)) {
         return identityMatrix();
+    }
     const double dfRadians = dfAngle * (g_dfPi / 180.0);
     const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
     const double s = std::sin(dfRadians), c = std::cos(dfRadians), t = 1.0 - c;

@@ -38,16 +38,19 @@ PickRegion bandRegion(int nStartX, int nStartY, int nEndX, int nEndY, const int*
 QList<int> pickPoints(const CloudVertices& vertices, const CCamera& camera, const PickRegion& region)
 {
     QList<int> listPicked;
-    if (camera.isFlat() || !(region.dfWidth > 0.0) || !(region.dfHeight > 0.0))
+    if (camera.isFlat() || !(region.dfWidth > 0.0) || !(region.dfHeight > 0.0)) {
         return listPicked;
+    }
     const Matrix4 m = multiplied(pickProjection(region, camera.projection()), camera.m_fRotation);
     for (size_t i = 0; i < vertices.vecVertex.size(); ++i) {
         const CloudVertex& v = vertices.vecVertex[i];
         bool bInside = true;
-        for (size_t r = 0; r < 3 && bInside; ++r)
+        for (size_t r = 0; r < 3 && bInside; ++r) {
             bInside = std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) <= 1.f;
-        if (bInside)
+        }
+        if (bInside) {
             listPicked.append(vertices.m_pnPickName[i]);
+        }
     }
     return listPicked;
 }

@@ -18,15 +18,17 @@ void CPointGroups::reset(int nPointCount)
 
 bool CPointGroups::setGroups(const QList<PointGroup>& listGroup)
 {
-    if (listGroup.isEmpty())
+    if (listGroup.isEmpty()) {
         return false;
+    }
     m_listGroupLabel.clear();
     m_listGroupPoint.clear();
     m_listGroupBits.clear();
     m_listGroupColor.clear();
     m_listGroupVisible.clear();
-    for (const PointGroup& group : listGroup)
+    for (const PointGroup& group : listGroup) {
         putGroup(groupCount(), group);
+    }
     updateGroupZero();
     return true;
 }
@@ -44,12 +46,14 @@ void CPointGroups::putGroup(int nIndex, const PointGroup& group)
     QList<int> listKnown;
     listKnown.reserve(group.listPoint.size());
     for (int nPoint : group.listPoint) {
-        if (nPoint < 0 || nPoint >= pointCount())
+        if (nPoint < 0 || nPoint >= pointCount()) {
             continue;
+        }
         quint64& nWord = bits[size_t(nPoint) / 64];
         const quint64 nBit = quint64(1) << (nPoint % 64);
-        if (!(nWord & nBit))
+        if (!(nWord & nBit)) {
             listKnown.append(nPoint);
+        }
         nWord |= nBit;
     }
     m_listGroupLabel.insert(nIndex, group.strLabel);
@@ -61,9 +65,10 @@ void CPointGroups::putGroup(int nIndex, const PointGroup& group)
 
 bool CPointGroups::removeGroups(const QList<int>& listGroup)
 {
-    if (groupCount() < 2 || listGroup.isEmpty())
+    if (groupCount() < 2 || listGroup.isEmpty()) {
         return false;
-    for (int i = groupCount() - 1; i > 0; --i)
+    }
+    for (int i = groupCount() - 1; i > 0; --i) {
         if (listGroup.contains(i)) {
             m_listGroupLabel.removeAt(i);
             m_listGroupPoint.removeAt(i);
@@ -71,6 +76,7 @@ bool CPointGroups::removeGroups(const QList<int>& listGroup)
             m_listGroupColor.removeAt(i);
             m_listGroupVisible.removeAt(i);
         }
+    }
     updateGroupZero();
     return true;
 }
@@ -78,22 +84,29 @@ bool CPointGroups::removeGroups(const QList<int>& listGroup)
 bool CPointGroups::mergeGroups(const QList<int>& listGroup)
 {
     QList<int> listSorted;
-    for (int i = 0; i < groupCount(); ++i)
-        if (listGroup.contains(i))
+    for (int i = 0; i < groupCount(); ++i) {
+        if (listGroup.contains(i)) {
             listSorted.append(i);
-    if (listSorted.size() < 2)
+        }
+    }
+    if (listSorted.size() < 2) {
         return false;
+    }
     const int nFirst = listSorted.first();
     const QColor color = m_listGroupColor[nFirst];
     const QString strLabel = m_listGroupLabel[nFirst];
     std::vector<char> vecMember(m_vecSelected.size(), 0);
-    for (int nGroup : listSorted)
-        for (int nPoint : m_listGroupPoint[nGroup])
+    for (int nGroup : listSorted) {
+        for (int nPoint : m_listGroupPoint[nGroup]) {
             vecMember[nPoint] = 1;
+        }
+    }
     QList<int> listUnion;
-    for (size_t i = 0; i < vecMember.size(); ++i)
-        if (vecMember[i])
+    for (size_t i = 0; i < vecMember.size(); ++i) {
+        if (vecMember[i]) {
             listUnion.append(int(i));
+        }
+    }
     removeGroups(listSorted);
     insertGroup(nFirst, strLabel, listUnion, color);
     return true;
@@ -101,24 +114,27 @@ bool CPointGroups::mergeGroups(const QList<int>& listGroup)
 
 bool CPointGroups::setLabel(int nIndex, const QString& strLabel)
 {
-    if (nIndex < 0 || nIndex >= groupCount())
+    if (nIndex < 0 || nIndex >= groupCount()) {
         return false;
+    }
     m_listGroupLabel[nIndex] = strLabel;
     return true;
 }
 
 bool CPointGroups::setColor(int nIndex, const QColor& color)
 {
-    if (nIndex < 0 || nIndex >= groupCount())
+    if (nIndex < 0 || nIndex >= groupCount()) {
         return false;
+    }
     m_listGroupColor[nIndex] = color;
     return true;
 }
 
 bool CPointGroups::setVisible(int nIndex, bool bVisible)
 {
-    if (nIndex < 0 || nIndex >= groupCount())
+    if (nIndex < 0 || nIndex >= groupCount()) {
         return false;
+    }
     m_listGroupVisible[nIndex] = bVisible;
     return true;
 }
@@ -131,21 +147,27 @@ void CPointGroups::clearSelection()
 
 void CPointGroups::select(const QList<int>& listPoint, bool bAdd)
 {
-    if (!bAdd)
+    if (!bAdd) {
         clearSelection();
-    for (int nPoint : listPoint)
-        if (nPoint >= 0 && nPoint < pointCount())
+    }
+    for (int nPoint : listPoint) {
+        if (nPoint >= 0 && nPoint < pointCount()) {
             m_vecSelected[nPoint] = 1;
+        }
+    }
     m_listSelected.clear();
-    for (int i = 0; i < pointCount(); ++i)
-        if (m_vecSelected[i])
+    for (int i = 0; i < pointCount(); ++i) {
+        if (m_vecSelected[i]) {
             m_listSelected.append(i);
+        }
+    }
 }
 
 bool CPointGroups::addSelectedAsNewGroup()
 {
-    if (m_listSelected.isEmpty())
+    if (m_listSelected.isEmpty()) {
         return false;
+    }
     const QColor color = nextGroupColor();
     insertGroup(groupCount(), QStringLiteral("Label%1").arg(s_nGroupLabelNumber), m_listSelected, color);
     ++s_nGroupLabelNumber;
@@ -167,19 +189,22 @@ QColor CPointGroups::nextGroupColor()
 
 void CPointGroups::updateGroupZero()
 {
-    if (groupCount() == 0)
+    if (groupCount() == 0) {
         return;
+    }
     Bits& bits = m_listGroupBits[0];
     QList<int>& listPoint = m_listGroupPoint[0];
     listPoint.clear();
     for (size_t nWord = 0; nWord < bits.size(); ++nWord) {
         quint64 nHeld = 0;
-        for (int k = 1; k < groupCount(); ++k)
+        for (int k = 1; k < groupCount(); ++k) {
             nHeld |= m_listGroupBits.at(k)[nWord];
+        }
         const size_t nCount = std::min<size_t>(64, m_vecSelected.size() - nWord * 64);
         bits[nWord] = ~nHeld & (~quint64(0) >> (64 - nCount));
-        for (quint64 nRest = bits[nWord]; nRest; nRest &= nRest - 1)
+        for (quint64 nRest = bits[nWord]; nRest; nRest &= nRest - 1) {
             listPoint.append(int(nWord * 64 + qCountTrailingZeroBits(nRest)));
+        }
     }
 }
 
@@ -201,8 +226,9 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
         int aSum[64][4] = {};
         quint64 nShown = 0;
         for (int k = 0; k < groupCount(); ++k) {
-            if (!m_listGroupVisible[k])
+            if (!m_listGroupVisible[k]) {
                 continue;
+            }
             const QColor& color = m_listGroupColor[k];
             const quint64 nBits = m_listGroupBits[k][nWord];
             nShown |= nBits;
@@ -220,8 +246,9 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
             show(nWord * 64 + nBit, pSum[0] / pSum[3], pSum[1] / pSum[3], pSum[2] / pSum[3]);
         }
     }
-    for (int nPoint : m_listSelected)
+    for (int nPoint : m_listSelected) {
         show(size_t(nPoint), 255, 0, 0);
+    }
 }
 
 }  // namespace tessera

@@ -34,8 +34,9 @@ std::optional<DirectBasis> reciprocalToDirectBasis(const ReciprocalBasis& basis)
     const float fVolume = dot(basis.a, vecBC);
     // Rounding leaves something of the volume of co-planar vectors: up to some 1e-7 of that of a box.
     const double dfBox = double(length(basis.a)) * double(length(basis.b)) * double(length(basis.c));
-    if (!std::isfinite(fVolume) || !(std::fabs(double(fVolume)) > g_dfCoPlanar * dfBox))
+    if (!std::isfinite(fVolume) || !(std::fabs(double(fVolume)) > g_dfCoPlanar * dfBox)) {
         return std::nullopt;
+    }
     return DirectBasis{divided(vecBC, fVolume), divided(vecCA, fVolume), divided(vecAB, fVolume)};
 }
 
@@ -53,8 +54,9 @@ CellParameters basisToCellParameters(const DirectBasis& basis)
 std::optional<CellParameters> cellParameters(const ReciprocalBasis& basis)
 {
     const std::optional<DirectBasis> direct = reciprocalToDirectBasis(basis);
-    if (!direct)
+    if (!direct) {
         return std::nullopt;
+    }
     return basisToCellParameters(*direct);
 }
 
@@ -68,8 +70,9 @@ bool reciprocalToDirectBasis(const Vec3D& vecAStar, const Vec3D& vecBStar, const
                              Vec3D& vecB, Vec3D& vecC)
 {
     const std::optional<DirectBasis> direct = reciprocalToDirectBasis({vecAStar, vecBStar, vecCStar});
-    if (!direct)
+    if (!direct) {
         return false;
+    }
     vecA = direct->a;
     vecB = direct->b;
     vecC = direct->c;
@@ -92,8 +95,9 @@ bool cellParametersFromList(const QList<Vec3D>& listCell, double& dfA, double& d
                             double& dfAlpha, double& dfBeta, double& dfGamma)
 {
     const std::optional<CellParameters> cell = cellParametersFromList(listCell);
-    if (!cell)
+    if (!cell) {
         return false;
+    }
     dfA = cell->a;
     dfB = cell->b;
     dfC = cell->c;

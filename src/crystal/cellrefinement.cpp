@@ -53,9 +53,11 @@ int residuals(void* pData, int m, int n, const double* x, double* fvec, double* 
             fvec[i] = row.form(x) - row.dfDStar * row.dfDStar;
         }
     } else if (iflag == 2) {
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i)
+        for (int j = 0; j < n; ++j) {
+            for (int i = 0; i < m; ++i) {
                 fjac[std::size_t(j) * std::size_t(ldfjac) + std::size_t(i)] = data[i].dfTerm[j];
+            }
+        }
     }
     return 0;
 }
@@ -175,14 +177,17 @@ std::optional<CellRefinement> unitCellRefinement(const QList<Peak3D>& listPeak,
     report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.cellStdErr));
     report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
     QStringList listOpen;
-    for (int i = 0; i < g_nParam; ++i)
-        if (fit.m_vecOpen[i])
+    for (int i = 0; i < g_nParam; ++i) {
+        if (fit.m_vecOpen[i]) {
             listOpen.append(QString(QLatin1Char(char('A' + i))));
-    if (!listOpen.isEmpty())
+        }
+    }
+    if (!listOpen.isEmpty()) {
         report.addMessage(
             QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
                 .arg(listOpen.join(QStringLiteral(", "))),
             Severity::Error);
+    }
 
     // A form that isn't positive definite has no direct cell, though two negative numbers may make a root
     // that looks like a length. A fit of numbers that aren't finite found nothing.
@@ -203,8 +208,9 @@ bool unitCellRefinement(const QList<Peak3D>& listPeak, double& a, double& b, dou
 {
     const std::optional<CellRefinement> result = unitCellRefinement(listPeak, {a, b, c, alpha, beta, gamma},
                                                                     report);
-    if (!result)
+    if (!result) {
         return false;
+    }
     a = result->cell.a;
     b = result->cell.b;
     c = result->cell.c;

@@ -37,10 +37,11 @@ std::optional<ReciprocalBasis> transformUnitCell(const std::optional<ReciprocalB
         return std::nullopt;
     }
     const QString strHtml = unitCellHtml(QStringLiteral("Transformed unit cell"), basis, strLatticeHost);
-    if (strHtml.isEmpty())
+    if (strHtml.isEmpty()) {
         report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
-    else
+    } else {
         report.addHtml(strHtml);
+    }
     return basis;
 }
 

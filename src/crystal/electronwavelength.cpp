@@ -9,8 +9,9 @@ const double g_dfRestEnergy = 510.99895069;              // of the electron, keV
 
 double electronWavelength(double dfKilovolts)
 {
-    if (!(dfKilovolts > 0))
+    if (!(dfKilovolts > 0)) {
         return 0;
+    }
     return g_dfPlanckTimesLight / std::sqrt(dfKilovolts * (dfKilovolts + 2 * g_dfRestEnergy));
 }
 

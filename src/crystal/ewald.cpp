@@ -22,16 +22,18 @@ bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double df
     const double dfC = double(dot(g, g)) + 2 * (dfZ0 * dfAlong) * dfK;
     const double dfS = dfA * dfA + dfB * dfB;
     const double dfX = (dfS - dfC * dfC) * (dfB * dfB);
-    if (!(dfX >= 0) || (dfA == 0 && dfB == 0))
+    if (!(dfX >= 0) || (dfA == 0 && dfB == 0)) {
         return false;
+    }
 
     double dfTheta1, dfTheta2;
     if (dfB == 0) {
         // X is 0 here whether or not the sphere reaches the point; a negative root says that it doesn't.
         const double dfU = -dfC / dfA;
         const double dfV = std::sqrt((dfA * dfA - dfC * dfC) / (dfA * dfA));
-        if (std::isnan(dfV))
+        if (std::isnan(dfV)) {
             return false;
+        }
         dfTheta1 = std::atan2(dfU, dfV);
         dfTheta2 = std::atan2(dfU, -dfV);
     } else {
@@ -40,8 +42,9 @@ bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double df
         dfTheta2 = std::atan2((dfR - dfC * dfA) / dfS, (-dfB * dfB * dfC - dfR * dfA) / (dfS * dfB));
     }
     const double dfTheta = std::fabs(dfTheta1) < dfHalfPi ? dfTheta1 : dfTheta2;
-    if (!std::isfinite(dfTheta))
+    if (!std::isfinite(dfTheta)) {
         return false;
+    }
     dfTilt = dfTheta;
     return true;
 }

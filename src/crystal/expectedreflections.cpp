@@ -27,8 +27,9 @@ struct SweptRange {
 
 SweptRange sweptRange(const QList<double>& listOverallTilt)
 {
-    if (listOverallTilt.isEmpty())
+    if (listOverallTilt.isEmpty()) {
         return {0, 0};
+    }
     const float fFirst = float(listOverallTilt.first()), fLast = float(listOverallTilt.last());
     return {radians(double(std::min(fFirst, fLast)) + 2.0), radians(double(std::max(fFirst, fLast)) - 2.0)};
 }
@@ -42,12 +43,14 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
                                     bool* pbComplete, const Keep& keep)
 {
     QList<HKLRef> listAll;
-    if (pbComplete)
+    if (pbComplete) {
         *pbComplete = true;
+    }
     const float fDStar = getEffectiveDStar(listPeak);
     const float fLimit = fDStar * fDStar;
-    if (listOverallTilt.isEmpty() || !basis || fDStar == 0.f)
+    if (listOverallTilt.isEmpty() || !basis || fDStar == 0.f) {
         return listAll;
+    }
 
     const float aMax[3] = {std::trunc(2 * fDStar / length(basis->a)),
                            std::trunc(2 * fDStar / length(basis->b)),
@@ -59,8 +62,9 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
     const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(*basis));
     const double dfPoints = std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
     if (!(dfPoints <= g_dfMaxLatticePoints)) {
-        if (pbComplete)
+        if (pbComplete) {
             *pbComplete = false;
+        }
         report.addMessage(QStringLiteral("Too many lattice points up to d* = %1 Å⁻¹ for the list of expected "
                                          "reflections: %2, the limit is %3.")
                               .arg(double(fDStar))
@@ -84,15 +88,17 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
             const DoubleVector vecRow = widened(vecHK);
             const double dfMiddle = -dot(vecRow, vecC) / dfStep2;
             const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
-            if (dfNearest2 > dfWideLimit)
+            if (dfNearest2 > dfWideLimit) {
                 continue;
+            }
             const double dfHalf = std::sqrt((dfWideLimit - dfNearest2) / dfStep2) + 1;
             const int nFrom = int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax)));
             const int nTo = int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)));
             for (int l = nFrom; l <= nTo; ++l) {
                 const Vec3D g = vecHK + scaled(basis->c, float(l));
-                if (squaredLength(g) < fLimit && keep(g))
+                if (squaredLength(g) < fLimit && keep(g)) {
                     listAll.append({h, k, l, 0.0});
+                }
             }
         }
     }
@@ -103,12 +109,14 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
 
 float getEffectiveDStar(const QList<Peak3D>& listPeak)
 {
-    if (listPeak.isEmpty())
+    if (listPeak.isEmpty()) {
         return 0.f;
+    }
     std::vector<double> vecDStar;
     vecDStar.reserve(std::size_t(listPeak.size()));
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         vecDStar.push_back(peak.dfDStar);
+    }
     // What is no number goes to the end, as it has no place in an order.
     std::stable_sort(vecDStar.begin(), vecDStar.end(),
                      [](double df1, double df2) { return std::isnan(df2) ? !std::isnan(df1) : df1 < df2; });
@@ -123,10 +131,11 @@ QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const std::optio
         // Adding 0 turns a negative zero positive, so a point on the axis has the angle 0.
         const double dfPhi = std::atan2(double(g.z) + 0.0, double(g.y) + 0.0);
         double dfPsi = dfPhi + g_dfPi;
-        if (dfPsi > g_dfPi)
+        if (dfPsi > g_dfPi) {
             dfPsi -= 2 * g_dfPi;
-        else if (dfPsi < -g_dfPi)
+        } else if (dfPsi < -g_dfPi) {
             dfPsi += 2 * g_dfPi;
+        }
         return (range.dfLow < dfPhi && dfPhi < range.dfHigh) || (range.dfLow < dfPsi && dfPsi < range.dfHigh);
     };
     return enumeratedReflections(listPeak, basis, listOverallTilt, report, pbComplete, isSwept);
@@ -140,10 +149,12 @@ QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const std::option
     const double dfLowBack = std::tan(range.dfLow + g_dfPi), dfHighBack = std::tan(range.dfHigh + g_dfPi);
     return enumeratedReflections(listPeak, basis, listOverallTilt, report, nullptr, [=](const Vec3D& g) {
         const double dfSlope = double(g.z) / double(g.y);
-        if (g.y > 0)
+        if (g.y > 0) {
             return dfLow < dfSlope && dfSlope < dfHigh;
-        if (g.y < 0)
+        }
+        if (g.y < 0) {
             return dfLowBack < dfSlope && dfSlope < dfHighBack;
+        }
         return false;
     });
 }
@@ -152,9 +163,11 @@ QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRe
 {
     const CReflectionSet setObserved(listObserved);
     QList<HKLRef> listMissing;
-    for (const HKLRef& hkl : listAll)
-        if (!setObserved.contains(hkl))
+    for (const HKLRef& hkl : listAll) {
+        if (!setObserved.contains(hkl)) {
             listMissing.append(hkl);
+        }
+    }
     return listMissing;
 }
 

@@ -36,14 +36,16 @@ bool showHKL3D(const QList<HKL5>& listHKL, const std::optional<ReciprocalBasis>&
 bool loadShelxFile(const QString& strFileName, const std::optional<ReciprocalBasis>& basis,
                    QList<Peak3D>& listPeak, CRunReport& report, bool* pbShown)
 {
-    if (pbShown)
+    if (pbShown) {
         *pbShown = false;
+    }
     if (!basis) {
         report.addMessage(QStringLiteral("Unit cell is not ready. Stop."), Severity::Error);
         return false;
     }
-    if (strFileName.isEmpty())
+    if (strFileName.isEmpty()) {
         return false;
+    }
     bool bOpened = false;
     const QList<HKL5> listHKL = readHKLFile(strFileName, &bOpened);
     if (!bOpened) {
@@ -52,8 +54,9 @@ bool loadShelxFile(const QString& strFileName, const std::optional<ReciprocalBas
     }
     report.addMessage(QStringLiteral("%L1 reflections loaded from %2.").arg(listHKL.size()).arg(strFileName));
     const bool bShown = showHKL3D(listHKL, basis, listPeak, report);
-    if (pbShown)
+    if (pbShown) {
         *pbShown = bShown;
+    }
     return true;
 }
 

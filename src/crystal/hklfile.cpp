@@ -24,11 +24,14 @@ bool isOrigin(const HKLRef& hkl)
 double intensityScale(const QList<HKLRef>& listObserved)
 {
     float fMax = 0;
-    for (const HKLRef& hkl : listObserved)
-        if (!isOrigin(hkl) && float(hkl.dfI) > fMax)
+    for (const HKLRef& hkl : listObserved) {
+        if (!isOrigin(hkl) && float(hkl.dfI) > fMax) {
             fMax = float(hkl.dfI);
-    if (!(fMax > 10000.f) || !std::isfinite(fMax))
+        }
+    }
+    if (!(fMax > 10000.f) || !std::isfinite(fMax)) {
         return 1;
+    }
     return std::pow(10.0, 4 - int(std::log10(double(fMax))));
 }
 
@@ -50,11 +53,13 @@ public:
         toNumber();
         double df = 0;
         const auto resultFloat = std::from_chars(m_p, m_pEnd, f);
-        if (resultFloat.ec != std::errc::result_out_of_range)
+        if (resultFloat.ec != std::errc::result_out_of_range) {
             return resultFloat.ec == std::errc();
+        }
         // Too small for single precision is 0; too large is no intensity.
-        if (std::from_chars(m_p, m_pEnd, df).ec != std::errc() || std::fabs(df) > 1)
+        if (std::from_chars(m_p, m_pEnd, df).ec != std::errc() || std::fabs(df) > 1) {
             return false;
+        }
         f = float(df);
         return true;
     }
@@ -62,10 +67,12 @@ public:
 private:
     void toNumber()
     {
-        while (m_p != m_pEnd && (*m_p == ' ' || (*m_p >= '\t' && *m_p <= '\r')))
+        while (m_p != m_pEnd && (*m_p == ' ' || (*m_p >= '\t' && *m_p <= '\r'))) {
             ++m_p;
-        if (m_pEnd - m_p > 1 && *m_p == '+' && m_p[1] != '-')
+        }
+        if (m_pEnd - m_p > 1 && *m_p == '+' && m_p[1] != '-') {
             ++m_p;
+        }
     }
 
     const char* m_p;
@@ -88,12 +95,16 @@ bool isWholeNumber(const QByteArray& baField)
 QByteArray withPartedIndices(QByteArray baLine)
 {
     const int nEnd = g_nIndices * g_nIndexWidth;
-    for (int n = 0; n < nEnd; n += g_nIndexWidth)
-        if (n + g_nIndexWidth >= baLine.size() || !isWholeNumber(baLine.mid(n, g_nIndexWidth)))
+    for (int n = 0; n < nEnd; n += g_nIndexWidth) {
+        if (n + g_nIndexWidth >= baLine.size() || !isWholeNumber(baLine.mid(n, g_nIndexWidth))) {
             return baLine;
-    for (int n = nEnd; n > 0; n -= g_nIndexWidth)
-        if (isDigit(baLine[n]))
+        }
+    }
+    for (int n = nEnd; n > 0; n -= g_nIndexWidth) {
+        if (isDigit(baLine[n])) {
             baLine.insert(n, ' ');
+        }
+    }
     return baLine;
 }
 
@@ -105,8 +116,9 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
     QString strText;
     strText.reserve(29 * (listObserved.size() + listMissing.size() + 1));
     for (const HKLRef& hkl : listObserved) {
-        if (isOrigin(hkl))
+        if (isOrigin(hkl)) {
             continue;
+        }
         // Cut at the seventh character, and no blanks between the indices, so that the columns hold.
         const QString strIntensity = QStringLiteral("%1").arg(dfScale * hkl.dfI, 7, 'f', 1).left(7);
         strText += QStringLiteral("%1%2%3 %4 %5\n")
@@ -116,9 +128,11 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
                        .arg(strIntensity)
                        .arg(1.0, 7, 'f', 1);
     }
-    for (const HKLRef& hkl : listMissing)
-        if (!isOrigin(hkl))
+    for (const HKLRef& hkl : listMissing) {
+        if (!isOrigin(hkl)) {
             strText += QString::asprintf("%4d%4d%4d%8d%8.1f\n", hkl.nH, hkl.nK, hkl.nL, 0, 1.0);
+        }
+    }
     strText += QString::asprintf("%4d%4d%4d%8.1f%8.1f\n", 0, 0, 0, 0.0, 0.0);
     return strText;
 }
@@ -128,23 +142,28 @@ QList<HKL5> readHKLFile(const QString& strFileName, bool* pbOpened)
     QList<HKL5> listHKL;
     QFile file(strFileName);
     const bool bOpened = file.open(QIODevice::ReadOnly | QIODevice::Text);
-    if (pbOpened)
+    if (pbOpened) {
         *pbOpened = bOpened;
-    if (!bOpened)
+    }
+    if (!bOpened) {
         return listHKL;
+    }
     while (!file.atEnd()) {
         const QByteArray baLine = file.readLine(g_nLongestLine);
-        if (baLine.isEmpty())
+        if (baLine.isEmpty()) {
             break;  // a read error; what was read stays
+        }
         // Of a line that is longer than any list of reflections has, only the beginning counts.
-        for (QByteArray baRest = baLine; !baRest.endsWith('\n') && !file.atEnd() && !baRest.isEmpty();)
+        for (QByteArray baRest = baLine; !baRest.endsWith('\n') && !file.atEnd() && !baRest.isEmpty();) {
             baRest = file.readLine(g_nLongestLine);
+        }
         const QByteArray baParted = withPartedIndices(baLine);
         LineReader reader(baParted);
         HKL5 hkl;
         if (reader.readInt(hkl.nH) && reader.readInt(hkl.nK) && reader.readInt(hkl.nL) &&
-            reader.readFloat(hkl.fI))
+            reader.readFloat(hkl.fI)) {
             listHKL.append(hkl);
+        }
     }
     return listHKL;
 }

@@ -11,8 +11,8 @@ bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QS
                           QString* pstrReason, CFileSet* pSet)
 {
     QString strText = QStringLiteral("# Frame.no    H    K    L    d*    x    y     I_point    I_2D\n");
-    for (int nFrame = 0; nFrame < vecPeakOnFrame.size(); ++nFrame)
-        for (const Peak3D& peak : vecPeakOnFrame[nFrame])
+    for (int nFrame = 0; nFrame < vecPeakOnFrame.size(); ++nFrame) {
+        for (const Peak3D& peak : vecPeakOnFrame[nFrame]) {
             strText += QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9\n")
                            .arg(nFrame + 1, 4)
                            .arg(truncatedInt(peak.dfH), 4)
@@ -23,6 +23,8 @@ bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QS
                            .arg(truncatedInt(peak.dfY2D), 5)
                            .arg(peak.dfIPoint, 10, 'f', 1)
                            .arg(peak.dfI2D, 10, 'f', 1);
+        }
+    }
     return writeTextFile(strFileName, strText, pstrReason, pSet);
 }
 
@@ -38,8 +40,9 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
                                               "%1>List of the indexed peaks on the frames output to file: %2")
                                         : QStringLiteral("%1>Failed to save file: %2");
     report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
-    if (!strReason.isEmpty())
+    if (!strReason.isEmpty()) {
         report.addMessage(strReason, Severity::Error);
+    }
     return bWritten;
 }
 

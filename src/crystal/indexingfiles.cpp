@@ -33,21 +33,23 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     const QString strHKL = hklFileText(listObserved, listMissing);
     report.addMessage(
         QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
-    if (bComplete)
+    if (bComplete) {
         report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
+    }
 
     const QString strBase = strProjectDir + QStringLiteral("/") + strProjectName;
     const QString strHKLFile = strBase + resultSuffix(ResultFile::Reflections);
     QString strReason;
     const bool bHKLWritten = writeTextFile(strHKLFile, strHKL, &strReason, pSet);
-    if (bHKLWritten)
+    if (bHKLWritten) {
         report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
-    else
+    } else {
         sayUnwritten(strHKLFile, strReason, report);
+    }
 
     const QString strP4PFile = strBase + resultSuffix(ResultFile::P4P);
     QString strP4P;
-    if (const std::optional<CellParameters> cell = basis ? cellParameters(*basis) : std::nullopt)
+    if (const std::optional<CellParameters> cell = basis ? cellParameters(*basis) : std::nullopt) {
         strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")
                      .arg(cell->a, 8, 'f', 3)
                      .arg(cell->b, 8, 'f', 3)
@@ -55,11 +57,13 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
                      .arg(cell->alpha, 8, 'f', 2)
                      .arg(cell->beta, 8, 'f', 2)
                      .arg(cell->gamma, 8, 'f', 2);
+    }
     const bool bP4PWritten = writeTextFile(strP4PFile, strP4P, &strReason, pSet);
-    if (!bP4PWritten)
+    if (!bP4PWritten) {
         sayUnwritten(strP4PFile, strReason, report);
-    else if (!strP4P.isEmpty())
+    } else if (!strP4P.isEmpty()) {
         report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
+    }
     return bHKLWritten && bP4PWritten;
 }
 

@@ -14,12 +14,13 @@ void outputIndexingResultsToWindow(const QList<Peak3D>& listPeakIndexed, CRunRep
     const QString strRule(strHead.size(), QLatin1Char('-'));
     QString strText = strRule + QLatin1Char('\n') + strHead + strRule + QLatin1Char('\n');
     int nNumber = 0;
-    for (const Peak3D& peak : listPeakIndexed)
+    for (const Peak3D& peak : listPeakIndexed) {
         strText += QString::asprintf(
             "%4d (%8.5f,%8.5f,%8.5f) [%6.2f,%6.2f,%6.2f] (%4d,%4d,%4d) %10.1f %8.3f Å  \n", ++nNumber,
             double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D), peak.dfH, peak.dfK, peak.dfL,
             roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL), peak.dfIPoint,
             1 / peak.dfDStar);
+    }
     report.addMessage(strText + strRule);
 }
 

@@ -17,8 +17,9 @@ std::vector<int> usablePeaks(const QList<Peak3D>& listPeak, const CSpaceGroup& s
     for (int n = 0; n < listPeak.size(); ++n) {
         const Peak3D& peak = listPeak[n];
         const int h = roundIndex(peak.dfH), k = roundIndex(peak.dfK), l = roundIndex(peak.dfL);
-        if ((h != 0 || k != 0 || l != 0) && !spaceGroup.isAbsent(h, k, l))
+        if ((h != 0 || k != 0 || l != 0) && !spaceGroup.isAbsent(h, k, l)) {
             vecUsable.push_back(n);
+        }
     }
     return vecUsable;
 }
@@ -28,15 +29,18 @@ std::vector<int> usablePeaks(const QList<Peak3D>& listPeak, const CSpaceGroup& s
 QVector<QList<Peak3D>> selectPeaksByIntensity(const QVector<QList<Peak3D>>& vecPeak, double dfLow,
                                               double dfHigh)
 {
-    if (dfLow > dfHigh)
+    if (dfLow > dfHigh) {
         std::swap(dfLow, dfHigh);
+    }
     QVector<QList<Peak3D>> vecSelected;
     vecSelected.reserve(vecPeak.size());
     for (const QList<Peak3D>& listPeak : vecPeak) {
         QList<Peak3D> listKept;
-        for (const Peak3D& peak : listPeak)
-            if (peak.dfIPoint >= dfLow && peak.dfIPoint <= dfHigh)
+        for (const Peak3D& peak : listPeak) {
+            if (peak.dfIPoint >= dfLow && peak.dfIPoint <= dfHigh) {
                 listKept.append(peak);
+            }
+        }
         vecSelected.append(listKept);
     }
     return vecSelected;
@@ -61,16 +65,19 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
                 const Peak3D& b = listPeak[vecUsable[j]];
                 const double dfX = a.dfX2D - b.dfX2D, dfY = a.dfY2D - b.dfY2D;
                 const double dfDStar = std::sqrt(dfX * dfX + dfY * dfY) * limits.dfPixelSize;
-                if (dfDStar >= dfLow && dfDStar <= dfHigh)
+                if (dfDStar >= dfLow && dfDStar <= dfHigh) {
                     vecPair.push_back({nList, vecUsable[i], vecUsable[j]});
+                }
             }
         }
     }
     progress.end();
-    if (pbStopped)
+    if (pbStopped) {
         *pbStopped = bStopped;
-    if (bStopped)
+    }
+    if (bStopped) {
         vecPair.clear();
+    }
     return vecPair;
 }
 
@@ -81,15 +88,18 @@ QVector<QList<PeakPair>> buildPeakPairs(const QVector<QList<Peak3D>>& vecPeak, c
     const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup, report,
                                                                &bStopped);
     QVector<QList<PeakPair>> vecPair;
-    if (bStopped)
+    if (bStopped) {
         return vecPair;
+    }
     auto it = vecPlace.begin();
     for (int nList = 0; nList < vecPeak.size(); ++nList) {
-        if (vecPeak[nList].size() < 2)
+        if (vecPeak[nList].size() < 2) {
             continue;
+        }
         QList<PeakPair> listPair;
-        for (; it != vecPlace.end() && it->nList == nList; ++it)
+        for (; it != vecPlace.end() && it->nList == nList; ++it) {
             listPair.append({vecPeak[nList][it->nFirst], vecPeak[nList][it->nSecond]});
+        }
         vecPair.append(listPair);
     }
     return vecPair;

@@ -21,8 +21,9 @@ bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha,
     alpha = std::fabs(alpha);
     beta = std::fabs(beta);
     gamma = std::fabs(gamma);
-    if (alpha >= beta + gamma || beta >= alpha + gamma || gamma >= alpha + beta)
+    if (alpha >= beta + gamma || beta >= alpha + gamma || gamma >= alpha + beta) {
         return false;
+    }
     const double dfAlpha = radians(alpha), dfBeta = radians(beta), dfGamma = radians(gamma);
     const double dfCosA = std::cos(dfAlpha), dfCosB = std::cos(dfBeta), dfCosG = std::cos(dfGamma);
     const double dfSinB = std::sin(dfBeta);
@@ -32,8 +33,9 @@ bool CReflectionBuilder::setUnitCell(double a, double b, double c, double alpha,
                                                  DoubleVector{b * dfX, b * dfY, b * dfCosA},
                                                  DoubleVector{0, 0, c}};
     const double dfVolume = dot(aDirect[0], cross(aDirect[1], aDirect[2]));
-    if (!(dfVolume > 1e-6 * a * b * c) || !std::isfinite(dfVolume))
+    if (!(dfVolume > 1e-6 * a * b * c) || !std::isfinite(dfVolume)) {
         return false;
+    }
     m_dfA = a;
     m_dfB = b;
     m_dfC = c;
@@ -53,21 +55,25 @@ bool CReflectionBuilder::build(double dfDStarMax)
 {
     m_vecReflection.clear();
     m_dfDStarMax = dfDStarMax;
-    if (!(m_dfVolume > 0) || !(dfDStarMax > 0) || !(expectedReflections(dfDStarMax) <= s_dfMaxReflections))
+    if (!(m_dfVolume > 0) || !(dfDStarMax > 0) || !(expectedReflections(dfDStarMax) <= s_dfMaxReflections)) {
         return false;
+    }
     double aLargest[3] = {0, 0, 0};
-    for (int nPhi = 0; nPhi <= 360; nPhi += 10)
+    for (int nPhi = 0; nPhi <= 360; nPhi += 10) {
         for (int nTheta = 0; nTheta <= 90; nTheta += 10) {
             const double dfPhi = radians(nPhi), dfTheta = radians(nTheta);
             const DoubleVector pt = {dfDStarMax * std::sin(dfTheta) * std::cos(dfPhi),
                                      dfDStarMax * std::sin(dfTheta) * std::sin(dfPhi),
                                      dfDStarMax * std::cos(dfTheta)};
-            for (std::size_t n = 0; n < 3; ++n)
+            for (std::size_t n = 0; n < 3; ++n) {
                 aLargest[n] = std::max(aLargest[n], std::fabs(dot(pt, m_aDirect[n])));
+            }
         }
+    }
     const double dfIndices = (2 * aLargest[0] + 1) * (2 * aLargest[1] + 1) * (2 * aLargest[2] + 1);
-    if (!(dfIndices <= g_dfMaxIndices))
+    if (!(dfIndices <= g_dfMaxIndices)) {
         return false;
+    }
     const int nH = int(aLargest[0]), nK = int(aLargest[1]), nL = int(aLargest[2]);
 
     m_vecReflection.reserve(std::size_t(expectedReflections(dfDStarMax)) + 1);
@@ -77,18 +83,22 @@ bool CReflectionBuilder::build(double dfDStarMax)
                std::size_t(l + nL);
     };
     std::vector<char> vecVisited(place(nH, nK, nL) + 1);
-    for (int h = 0; h <= nH; ++h)
-        for (int k = -nK; k <= nK; ++k)
+    for (int h = 0; h <= nH; ++h) {
+        for (int k = -nK; k <= nK; ++k) {
             for (int l = -nL; l <= nL; ++l) {
                 DoubleVector g;
-                for (std::size_t n = 0; n < 3; ++n)
+                for (std::size_t n = 0; n < 3; ++n) {
                     g[n] = h * m_aReciprocal[0][n] + k * m_aReciprocal[1][n] + l * m_aReciprocal[2][n];
+                }
                 if ((h == 0 && k == 0 && l == 0) || !(dot(g, g) < dfDStarMax * dfDStarMax) ||
-                    vecVisited[place(h, k, l)])
+                    vecVisited[place(h, k, l)]) {
                     continue;
+                }
                 m_vecReflection.push_back({h, k, l});
                 vecVisited[place(h, k, l)] = vecVisited[place(-h, -k, -l)] = 1;
             }
+        }
+    }
     const std::size_t nHalf = m_vecReflection.size();
     for (std::size_t n = 0; n < nHalf; ++n) {
         const std::array<int, 3> hkl = m_vecReflection[n];

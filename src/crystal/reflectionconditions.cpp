@@ -67,11 +67,13 @@ std::vector<Candidate> candidates(const QList<Peak3D>& listPeak, double dfThresh
 {
     std::vector<Candidate> vecCandidate;
     for (const Peak3D& peak : listPeak) {
-        if (!isCloseToInteger(peak, float(dfThreshold)))
+        if (!isCloseToInteger(peak, float(dfThreshold))) {
             continue;
+        }
         const HKLRef hkl{roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL), peak.dfIPoint};
-        if (hkl.nH != 0 || hkl.nK != 0 || hkl.nL != 0)
+        if (hkl.nH != 0 || hkl.nK != 0 || hkl.nL != 0) {
             vecCandidate.push_back({hkl, &peak});
+        }
     }
     return vecCandidate;
 }
@@ -97,14 +99,16 @@ void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensit
             int nTotal = 0, nOdd = 0;
             for (const HKLRef& hkl : listHKL) {
                 if ((reflectionClass.bHIsZero && hkl.nH != 0) || (reflectionClass.bKIsZero && hkl.nK != 0) ||
-                    (reflectionClass.bLIsZero && hkl.nL != 0))
+                    (reflectionClass.bLIsZero && hkl.nL != 0)) {
                     continue;
+                }
                 ++nTotal;
                 // The parity of a sum is that of the lowest bits, which can't overflow.
                 const int nParity = (test.bH ? hkl.nH & 1 : 0) ^ (test.bK ? hkl.nK & 1 : 0) ^
                                     (test.bL ? hkl.nL & 1 : 0);
-                if (hkl.dfI >= dfIntensityMin && nParity != 0)
+                if (hkl.dfI >= dfIntensityMin && nParity != 0) {
                     ++nOdd;
+                }
             }
             const int nEven = nTotal - nOdd;
             report.addMessage(QString::asprintf("%8s %5d %5d %5d", test.pszLabel, nEven, nOdd, nTotal),
@@ -116,8 +120,9 @@ void outputReflectionStatistics(const QList<Peak3D>& listPeak, double dfIntensit
 QList<QList<Peak3D>> classifyReflections(const CSpaceGroup& spaceGroup, const QList<Peak3D>& listPeak,
                                          double dfThreshold)
 {
-    if (listPeak.isEmpty())
+    if (listPeak.isEmpty()) {
         return {};
+    }
     QList<Peak3D> listAllowed, listForbidden;
     for (const Candidate& candidate : candidates(listPeak, dfThreshold)) {
         const HKLRef& hkl = candidate.hkl;

@@ -17,20 +17,25 @@ int roundIndex(double dfIndex)
 
 int truncatedInt(double dfValue)
 {
-    if (std::isnan(dfValue))
+    if (std::isnan(dfValue)) {
         return 0;
-    if (dfValue >= double(std::numeric_limits<int>::max()))
+    }
+    if (dfValue >= double(std::numeric_limits<int>::max())) {
         return std::numeric_limits<int>::max();
-    if (dfValue <= double(std::numeric_limits<int>::min()))
+    }
+    if (dfValue <= double(std::numeric_limits<int>::min())) {
         return std::numeric_limits<int>::min();
+    }
     return int(dfValue);
 }
 
 bool isCloseToInteger(const Vec3D& hkl, float fThreshold)
 {
-    for (float f : {hkl.x, hkl.y, hkl.z})
-        if (!(float(std::fabs(double(f) - roundedIndex(double(f)))) <= fThreshold))
+    for (float f : {hkl.x, hkl.y, hkl.z}) {
+        if (!(float(std::fabs(double(f) - roundedIndex(double(f)))) <= fThreshold)) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -43,16 +48,19 @@ QList<HKLRef> getRoundedHKLRef(const QList<Peak3D>& listPeak)
 {
     QList<HKLRef> listHKL;
     listHKL.reserve(listPeak.size());
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         listHKL.append({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL), peak.dfIPoint});
+    }
     return listHKL;
 }
 
 bool reflectionExistInList(const HKLRef& hkl, const QList<HKLRef>& listHKL)
 {
-    for (const HKLRef& other : listHKL)
-        if (other.nH == hkl.nH && other.nK == hkl.nK && other.nL == hkl.nL)
+    for (const HKLRef& other : listHKL) {
+        if (other.nH == hkl.nH && other.nK == hkl.nK && other.nL == hkl.nL) {
             return true;
+        }
+    }
     return false;
 }
 

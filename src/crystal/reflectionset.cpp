@@ -21,11 +21,13 @@ std::uint64_t hashOf(int h, int k, int l)
 CReflectionSet::CReflectionSet(const QList<HKLRef>& listHKL)
 {
     std::size_t nSlots = 16;
-    while (nSlots < 2 * std::size_t(listHKL.size()))
+    while (nSlots < 2 * std::size_t(listHKL.size())) {
         nSlots *= 2;
+    }
     grow(nSlots);
-    for (const HKLRef& hkl : listHKL)
+    for (const HKLRef& hkl : listHKL) {
         insert(hkl.nH, hkl.nK, hkl.nL);
+    }
 }
 
 // The slot that holds the reflection, or the free one where it belongs. The table must not be empty.
@@ -34,8 +36,9 @@ std::size_t CReflectionSet::slotOf(int h, int k, int l) const
     const std::size_t nMask = m_vecSlot.size() - 1;
     for (std::size_t n = std::size_t(hashOf(h, k, l)) & nMask;; n = (n + 1) & nMask) {
         const Slot& slot = m_vecSlot[n];
-        if (!slot.bUsed || (slot.nH == h && slot.nK == k && slot.nL == l))
+        if (!slot.bUsed || (slot.nH == h && slot.nK == k && slot.nL == l)) {
             return n;
+        }
     }
 }
 
@@ -43,18 +46,22 @@ void CReflectionSet::grow(std::size_t nSlots)
 {
     std::vector<Slot> vecOld(nSlots);
     vecOld.swap(m_vecSlot);
-    for (const Slot& slot : vecOld)
-        if (slot.bUsed)
+    for (const Slot& slot : vecOld) {
+        if (slot.bUsed) {
             m_vecSlot[slotOf(slot.nH, slot.nK, slot.nL)] = slot;
+        }
+    }
 }
 
 bool CReflectionSet::insert(int h, int k, int l)
 {
-    if (2 * (m_nCount + 1) > m_vecSlot.size())
+    if (2 * (m_nCount + 1) > m_vecSlot.size()) {
         grow(m_vecSlot.empty() ? 16 : 2 * m_vecSlot.size());
+    }
     Slot& slot = m_vecSlot[slotOf(h, k, l)];
-    if (slot.bUsed)
+    if (slot.bUsed) {
         return false;
+    }
     slot = {h, k, l, true};
     ++m_nCount;
     return true;

@@ -22,10 +22,12 @@ struct ExactOp {
     std::uint64_t key() const
     {
         std::uint64_t nKey = 0;
-        for (int n : nRotation)
+        for (int n : nRotation) {
             nKey = nKey * 3 + std::uint64_t(n + 1);
-        for (int n : nTranslation)
+        }
+        for (int n : nTranslation) {
             nKey = nKey * 24 + std::uint64_t(n);
+        }
         return nKey;
     }
 };
@@ -39,10 +41,12 @@ int moduloPositive(int n, int nModulus)
 ExactOp exactForm(const CSymOp& op)
 {
     ExactOp exact;
-    for (int n = 0; n < 9; ++n)
+    for (int n = 0; n < 9; ++n) {
         exact.nRotation[n] = int(std::lround(op.dfRotation[n]));
-    for (int n = 0; n < 3; ++n)
+    }
+    for (int n = 0; n < 3; ++n) {
         exact.nTranslation[n] = moduloPositive(int(std::lround(op.dfTranslation[n] * 24)), 24);
+    }
     return exact;
 }
 
@@ -51,9 +55,10 @@ ExactOp multiplied(const ExactOp& first, const ExactOp& second)
     ExactOp product;
     for (int i = 0; i < 3; ++i) {
         const int* pRow = first.nRotation + 3 * i;
-        for (int j = 0; j < 3; ++j)
+        for (int j = 0; j < 3; ++j) {
             product.nRotation[3 * i + j] = pRow[0] * second.nRotation[j] + pRow[1] * second.nRotation[3 + j] +
                                            pRow[2] * second.nRotation[6 + j];
+        }
         const int nSum = pRow[0] * second.nTranslation[0] + pRow[1] * second.nTranslation[1] +
                          pRow[2] * second.nTranslation[2] + first.nTranslation[i];
         product.nTranslation[i] = moduloPositive(nSum, 24);
@@ -80,8 +85,9 @@ public:
     void addProduct(std::size_t nFirst, std::size_t nSecond)
     {
         const ExactOp product = multiplied(m_vecExact[nFirst], m_vecExact[nSecond]);
-        if (!m_setKey.insert(product.key()).second)
+        if (!m_setKey.insert(product.key()).second) {
             return;
+        }
         m_vecOperation.push_back(tessera::multiplied(m_vecOperation[nFirst], m_vecOperation[nSecond]));
         m_vecExact.push_back(product);
     }
@@ -101,10 +107,12 @@ std::vector<CSymOp> generatorsOfCode(const std::string& strCode)
     static const CSymTable table;
     constexpr int nNoShift = 'H' - 'A';
     std::vector<CSymOp> vecGenerator{table.operation(0, nNoShift, nNoShift, nNoShift)};
-    if (strCode.empty())
+    if (strCode.empty()) {
         return vecGenerator;
-    if (strCode[0] == '1')
+    }
+    if (strCode[0] == '1') {
         vecGenerator.push_back(table.operation('h' - 'a', nNoShift, nNoShift, nNoShift));
+    }
     const int nCount = strCode[1] - '0';
     for (int i = 0; i < nCount; ++i) {
         const char* p = strCode.data() + 2 + 4 * i;
@@ -127,8 +135,9 @@ std::vector<CSymOp> operationsOfSpaceGroup(int nNumber)
     for (std::size_t nBefore = 0; nBefore != list.size();) {
         nBefore = list.size();
         for (std::size_t i = 0; i < list.size(); ++i) {
-            if (i == vecVisited.size())
+            if (i == vecVisited.size()) {
                 vecVisited.push_back(i);
+            }
             std::size_t j = vecVisited[i];
             for (; j < list.size(); ++j) {
                 list.addProduct(i, j);

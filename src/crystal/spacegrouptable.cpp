@@ -274,29 +274,36 @@ std::string spaceGroupCode(int nNumber)
 
 std::string correctedSpaceGroupCode(int nNumber)
 {
-    for (const CorrectedEntry& entry : g_aCorrected)
-        if (entry.nNumber == nNumber)
+    for (const CorrectedEntry& entry : g_aCorrected) {
+        if (entry.nNumber == nNumber) {
             return entry.pszCode;
+        }
+    }
     return spaceGroupCode(nNumber);
 }
 
 int laueGroupNumber(int nNumber)
 {
-    if (!isSpaceGroupNumber(nNumber))
+    if (!isSpaceGroupNumber(nNumber)) {
         return -1;
+    }
     // The two classes of trigonal groups alternate from 149 to 167.
     if (nNumber >= 149 && nNumber <= 167) {
-        for (int n31m : {149, 151, 153, 157, 159, 162, 163})
-            if (nNumber == n31m)
+        for (int n31m : {149, 151, 153, 157, 159, 162, 163}) {
+            if (nNumber == n31m) {
                 return 162;
+            }
+        }
         return 164;
     }
     static constexpr int aRange[][2] = {// last group of the range, Laue group
                                         {2, 2},     {15, 10},   {74, 47},   {88, 83},   {142, 123},
                                         {148, 147}, {176, 175}, {194, 191}, {206, 200}, {230, 221}};
-    for (const auto& range : aRange)
-        if (nNumber <= range[0])
+    for (const auto& range : aRange) {
+        if (nNumber <= range[0]) {
             return range[1];
+        }
+    }
     return -1;
 }
 

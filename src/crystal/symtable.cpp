@@ -26,14 +26,18 @@ CSymTable::CSymTable()
 
 CSymOp CSymTable::operation(int nPoint, int nX, int nY, int nZ) const
 {
-    if (nPoint < 0 || nPoint >= int(vecPoint.size()))
+    if (nPoint < 0 || nPoint >= int(vecPoint.size())) {
         throw std::out_of_range("Point symmetry index out of range!");
-    for (int nIndex : {nX, nY, nZ})
-        if (nIndex < 0 || nIndex >= int(vecTranslation.size()))
+    }
+    for (int nIndex : {nX, nY, nZ}) {
+        if (nIndex < 0 || nIndex >= int(vecTranslation.size())) {
             throw std::out_of_range("Translation vector index out of range!");
+        }
+    }
     CSymOp op;
-    for (int n = 0; n < 9; ++n)
+    for (int n = 0; n < 9; ++n) {
         op.dfRotation[n] = vecPoint[nPoint][n];
+    }
     op.dfTranslation[0] = vecTranslation[nX];
     op.dfTranslation[1] = vecTranslation[nY];
     op.dfTranslation[2] = vecTranslation[nZ];

@@ -39,8 +39,9 @@ bool testIndexing(const std::optional<ReciprocalBasis>& basis, QList<Peak3D>& li
     }
     report.addMessage(QStringLiteral("%L1 reflection built.").arg(builder.reflections().size()));
     QList<HKL5> listHKL;
-    for (const std::array<int, 3>& hkl : builder.reflections())
+    for (const std::array<int, 3>& hkl : builder.reflections()) {
         listHKL.append({hkl[0], hkl[1], hkl[2], 100, 0});
+    }
     return showHKL3D(listHKL, basis, listPeak, report);
 }
 

@@ -53,8 +53,9 @@ Gradient lengthGradient(const Form& numerator, const Form& denominator)
     const double dfN = numerator.dfValue, dfG = denominator.dfValue;
     const double dfScale = 1 / (2 * lengthOf(numerator, denominator) * dfG * dfG);
     Gradient gradient;
-    for (std::size_t n = 0; n < 6; ++n)
+    for (std::size_t n = 0; n < 6; ++n) {
         gradient[n] = dfScale * (dfG * numerator.gradient[n] - dfN * denominator.gradient[n]);
+    }
     return gradient;
 }
 
@@ -64,19 +65,22 @@ Gradient angleGradient(const Form& numerator, const Form& first, const Form& sec
     const double dfP = numerator.dfValue, dfQ = first.dfValue, dfR = second.dfValue;
     const double dfScale = -1 / std::sqrt(dfQ * dfR - dfP * dfP);
     Gradient gradient;
-    for (std::size_t n = 0; n < 6; ++n)
+    for (std::size_t n = 0; n < 6; ++n) {
         gradient[n] = dfScale *
                       (numerator.gradient[n] -
                        dfP * (dfR * first.gradient[n] + dfQ * second.gradient[n]) / (2 * dfQ * dfR));
+    }
     return gradient;
 }
 
 double propagated(const Gradient& gradient, const double* pCovariance)
 {
     double dfSum = 0;
-    for (std::size_t i = 0; i < 6; ++i)
-        for (std::size_t j = 0; j < 6; ++j)
+    for (std::size_t i = 0; i < 6; ++i) {
+        for (std::size_t j = 0; j < 6; ++j) {
             dfSum += gradient[i] * pCovariance[6 * i + j] * gradient[j];
+        }
+    }
     return dfSum;
 }
 

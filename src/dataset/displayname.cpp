@@ -8,8 +8,9 @@ namespace tessera {
 
 QString displayName(const QStringList& listFile)
 {
-    if (listFile.isEmpty())
+    if (listFile.isEmpty()) {
         return QString();
+    }
     QStringList listBase;
     int nLength = frameBaseName(listFile.first()).size();
     for (const QString& strFile : listFile) {
@@ -20,10 +21,12 @@ QString displayName(const QStringList& listFile)
     for (int i = 0; i < nLength; ++i) {
         const QChar c = listBase.first()[i];
         bool bSame = true;
-        for (const QString& strBase : qAsConst(listBase))
+        for (const QString& strBase : qAsConst(listBase)) {
             bSame = bSame && strBase[i] == c;
-        if (bSame)
+        }
+        if (bSame) {
             strName[i] = c;
+        }
     }
     const QString strSuffix = QFileInfo(frameName(listFile.last()).strFile).suffix();
     return strSuffix.isEmpty() ? strName : strName + QLatin1Char('.') + strSuffix;

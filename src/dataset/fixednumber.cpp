@@ -9,8 +9,9 @@ namespace {
 int appendAligned(QByteArray& strText, const char* pBegin, const char* pEnd, int nWidth)
 {
     const int nLength = int(pEnd - pBegin);
-    if (nLength < nWidth)
+    if (nLength < nWidth) {
         strText.append(nWidth - nLength, ' ');
+    }
     strText.append(pBegin, nLength);
     return nLength;
 }

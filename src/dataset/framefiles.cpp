@@ -24,11 +24,13 @@ namespace {
 // The digits from nPlace on without leading zeros; nPlace moves behind them.
 QStringRef takeNumber(const QString& str, int& nPlace)
 {
-    while (nPlace < str.size() && str[nPlace] == QLatin1Char('0'))
+    while (nPlace < str.size() && str[nPlace] == QLatin1Char('0')) {
         ++nPlace;
+    }
     const int nBegin = nPlace;
-    while (nPlace < str.size() && str[nPlace].isDigit())
+    while (nPlace < str.size() && str[nPlace].isDigit()) {
         ++nPlace;
+    }
     return str.midRef(nBegin, nPlace - nBegin);
 }
 
@@ -40,13 +42,15 @@ bool naturalLess(const QString& strFirst, const QString& strSecond)
     while (i < strFirst.size() && j < strSecond.size()) {
         if (strFirst[i].isDigit() && strSecond[j].isDigit()) {
             const QStringRef first = takeNumber(strFirst, i), second = takeNumber(strSecond, j);
-            if (first != second)
+            if (first != second) {
                 return first.size() != second.size() ? first.size() < second.size() : first < second;
+            }
             continue;
         }
         const QChar first = strFirst[i++].toCaseFolded(), second = strSecond[j++].toCaseFolded();
-        if (first != second)
+        if (first != second) {
             return first < second;
+        }
     }
     const int nLeft = strFirst.size() - i, nOtherLeft = strSecond.size() - j;
     return nLeft != nOtherLeft ? nLeft < nOtherLeft : strFirst < strSecond;
@@ -67,8 +71,9 @@ namespace {
 bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
 {
     const QFileInfo info(strName);
-    if (info.suffix() != QLatin1String("mrc"))
+    if (info.suffix() != QLatin1String("mrc")) {
         return false;
+    }
     const QString strBase = info.completeBaseName();
     const auto isOf = [&strBase](const QString& strEnd, const QSet<QString>& setName) {
         return strBase.endsWith(strEnd) && setName.contains(strBase.chopped(strEnd.size()));
@@ -87,10 +92,12 @@ bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashF
     bool bNumber = false;
     const int nImage = strBase.mid(nJoint + 1).toInt(&bNumber);
     const QString strStack = strBase.left(qMax(nJoint, 0));
-    if (!bNumber || nImage < 1 || strBase.size() - nJoint < 5 || !hashFile.contains(strStack))
+    if (!bNumber || nImage < 1 || strBase.size() - nJoint < 5 || !hashFile.contains(strStack)) {
         return false;
-    if (!hashImages.contains(strStack))
+    }
+    if (!hashImages.contains(strStack)) {
         hashImages[strStack] = frameHeader(dir.absoluteFilePath(hashFile[strStack])).nImages;
+    }
     return hashImages[strStack] > 1 && nImage <= hashImages[strStack];
 }
 
@@ -99,8 +106,9 @@ bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashF
 bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFile, const QDir& dir)
 {
     if (QFileInfo(strName).suffix() != QLatin1String("img") ||
-        hashFile.value(QFileInfo(strName).completeBaseName(), strName) == strName)
+        hashFile.value(QFileInfo(strName).completeBaseName(), strName) == strName) {
         return false;
+    }
     QFile file(dir.absoluteFilePath(strName));
     QString strReason;
     const QString strTemplate = smvHeaderTemplate();
@@ -119,12 +127,15 @@ QStringList framesByContent(const QDir& dir, const QStringList& listName)
         const QString strFile = dir.absoluteFilePath(strName);
         const FrameFormat& format = frameFormatOf(strFile);
         const bool bPicture = QStringList{"BMP", "JPEG", "GIF", "PNG"}.contains(format.strName);
-        if (!format.listSuffix.isEmpty() && !bPicture)  // a picture of no such name is no frame
+        if (!format.listSuffix.isEmpty() && !bPicture) {  // a picture of no such name is no frame
             mapFile[format.strName].append(strFile);
+        }
     }
-    for (const QStringList& listSame : qAsConst(mapFile))
-        if (listSame.size() > listFile.size())
+    for (const QStringList& listSame : qAsConst(mapFile)) {
+        if (listSame.size() > listFile.size()) {
             listFile = listSame;
+        }
+    }
     return listFile;
 }
 
@@ -132,8 +143,9 @@ QStringList framesByContent(const QDir& dir, const QStringList& listName)
 
 QStringList framesOfFiles(const QStringList& listFile)
 {
-    if (listFile.size() == 1 && !frameName(listFile.first()).bPart)
+    if (listFile.size() == 1 && !frameName(listFile.first()).bPart) {
         return framesOfFile(listFile.first(), frameHeader(listFile.first()).nImages);
+    }
     return framesOfImageFiles(listFile);
 }
 
@@ -149,8 +161,9 @@ QStringList framesInFolder(const QString& strFolder)
             setProject.insert(info.completeBaseName());
         } else if (frameSuffixes().contains(info.suffix().toLower())) {
             setBase.insert(info.completeBaseName());
-            if (info.suffix() != QLatin1String("img"))
+            if (info.suffix() != QLatin1String("img")) {
                 hashFile[info.completeBaseName()] = strName;
+            }
         }
     }
     QMap<int, QStringList> mapFile;  // by the place of the suffix
@@ -158,18 +171,21 @@ QStringList framesInFolder(const QString& strFolder)
     QStringList listOther;
     for (const QString& strName : listName) {
         const int nSuffix = frameSuffixes().indexOf(QFileInfo(strName).suffix().toLower());
-        if (nSuffix < 0)
+        if (nSuffix < 0) {
             listOther.append(strName);
-        else if (!isMadeImage(strName, setBase, setProject) && !isDataOfMaster(strName, listName) &&
-                 !isContinuation(dir.absoluteFilePath(strName)) &&
-                 !isImageOfStack(strName, hashFile, hashImages, dir) &&
-                 !isExportedSmv(strName, hashFile, dir))
+        } else if (!isMadeImage(strName, setBase, setProject) && !isDataOfMaster(strName, listName) &&
+                   !isContinuation(dir.absoluteFilePath(strName)) &&
+                   !isImageOfStack(strName, hashFile, hashImages, dir) &&
+                   !isExportedSmv(strName, hashFile, dir)) {
             mapFile[nSuffix].append(dir.absoluteFilePath(strName));
+        }
     }
     QStringList listFile = mapFile.isEmpty() ? framesByContent(dir, listOther) : QStringList();
-    for (const QStringList& listSame : qAsConst(mapFile))
-        if (listSame.size() > listFile.size())
+    for (const QStringList& listSame : qAsConst(mapFile)) {
+        if (listSame.size() > listFile.size()) {
             listFile = listSame;
+        }
+    }
     sortFrames(listFile);
     return framesOfFiles(listFile);
 }

@@ -36,8 +36,9 @@ double tiltStep(int nFrames, double dfStart, double dfEnd)
 bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReason)
 {
     const auto fail = [pstrReason](const QString& strReason) {
-        if (pstrReason)
+        if (pstrReason) {
             *pstrReason = strReason;
+        }
         return false;
     };
     QList<QByteArray> listLine = splitTextLines(bytesText);
@@ -45,8 +46,9 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
     FrameTilts read;
     for (QByteArray& strLine : listLine) {
         const QByteArray strShown = strLine.simplified().left(40);
-        if (strShown.isEmpty())
+        if (strShown.isEmpty()) {
             continue;
+        }
         strLine.replace(',', ' ').replace(';', ' ').replace("\xC2\xB0", " ");  // also the degree sign
         CTextScanner scanner(strLine);
         std::vector<double> vecNumber;
@@ -57,22 +59,25 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
             vecNumber.push_back(dfNumber);
         }
         QByteArray strRest;
-        if (!bGood || scanner.readWord(strRest) || (vecNumber.size() != 1 && vecNumber.size() != 3))
+        if (!bGood || scanner.readWord(strRest) || (vecNumber.size() != 1 && vecNumber.size() != 3)) {
             return fail(QStringLiteral("Tilt %1 is \"%2\"; it must be one number, or three for stage, beam "
                                        "and overall tilt.")
                             .arg(QString::number(read.size() + 1), QString::fromUtf8(strShown)));
-        if (vecNumber.size() == 1)
+        }
+        if (vecNumber.size() == 1) {
             read.append(vecNumber[0], 0, vecNumber[0]);
-        else if (std::abs(vecNumber[0] + vecNumber[1] - vecNumber[2]) > g_dfTiltTolerance)
+        } else if (std::abs(vecNumber[0] + vecNumber[1] - vecNumber[2]) > g_dfTiltTolerance) {
             return fail(
                 QStringLiteral("Tilt %1 is \"%2\"; of three numbers the third, the overall tilt, must be "
                                "the sum of stage and beam tilt.")
                     .arg(QString::number(read.size() + 1), QString::fromUtf8(strShown)));
-        else
+        } else {
             read.append(vecNumber[0], vecNumber[1], vecNumber[2]);
+        }
     }
-    if (read.size() == 0)
+    if (read.size() == 0) {
         return fail(QStringLiteral("The list of tilts is empty."));
+    }
     tilts = read;
     return true;
 }

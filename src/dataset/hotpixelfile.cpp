@@ -29,12 +29,14 @@ bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, 
         int nSerial;
         double dfX, dfY;
         if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
-            !fitsInt(dfX) || !fitsInt(dfY))
+            !fitsInt(dfX) || !fitsInt(dfY)) {
             continue;
-        if (nSerial != listRead.size() + 1)
+        }
+        if (nSerial != listRead.size() + 1) {
             return giveReason(
                 pstrReason,
                 QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(listRead.size() + 1));
+        }
         listRead.append(QPoint(int(dfX), int(dfY)));
     }
     listHotPixel = listRead;
@@ -132,10 +134,11 @@ bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
         return bCamera;
     }
     const bool bRead = readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, pstrReason);
-    if (bRead)
+    if (bRead) {
         report.addMessage(QStringLiteral("%L1 hot pixel positions loaded.").arg(data.m_listHotPixel.size()));
-    else
+    } else {
         report.addMessage(QStringLiteral("No hot pixel positions were loaded."));
+    }
     report.goOn();
     return bRead;
 }

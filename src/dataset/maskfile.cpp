@@ -20,8 +20,9 @@ int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReaso
         int nNumber;
         double dfX, dfY;
         if (!scanner.readInt(nNumber) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
-            !std::isfinite(dfX) || !std::isfinite(dfY))
+            !std::isfinite(dfX) || !std::isfinite(dfY)) {
             continue;
+        }
         ++nCorner;
         auto it = hashPlace.find(nNumber);
         if (it == hashPlace.end()) {

@@ -33,8 +33,9 @@ bool isSame(double dfRead, double dfMeant)
 
 double pixelSizeFromCameraLength(double dfCameraLength, double dfDetectorPixel, double dfWavelength)
 {
-    if (!(dfCameraLength > 0 && dfDetectorPixel > 0 && dfWavelength > 0))
+    if (!(dfCameraLength > 0 && dfDetectorPixel > 0 && dfWavelength > 0)) {
         return 0;
+    }
     return dfDetectorPixel * 1e-3 / (dfCameraLength * dfWavelength);
 }
 
@@ -51,23 +52,28 @@ bool isPixelSize(double dfPixelSize)
 std::optional<NewProject> projectOfFacts(const SeriesFacts& facts, QString* pstrReason)
 {
     QStringList listLacking;
-    if (!facts.wavelength.isTold())
+    if (!facts.wavelength.isTold()) {
         listLacking.append(QStringLiteral("wavelength"));
-    if (!facts.pixelSize.isTold())
+    }
+    if (!facts.pixelSize.isTold()) {
         listLacking.append(QStringLiteral("pixel size"));
-    if (!facts.tilts.isTold())
+    }
+    if (!facts.tilts.isTold()) {
         listLacking.append(QStringLiteral("tilts"));
+    }
     if (facts.listFrame.isEmpty() || !listLacking.isEmpty()) {
-        if (pstrReason)
+        if (pstrReason) {
             *pstrReason = facts.listFrame.isEmpty() ? QStringLiteral("There are no frames.")
                                                     : QStringLiteral("The frames do not tell: %1.")
                                                           .arg(listLacking.join(QStringLiteral(", ")));
+        }
         return {};
     }
     NewProject project;
     project.listFrame = facts.listFrame;
-    for (const double dfTilt : facts.tilts.list)
+    for (const double dfTilt : facts.tilts.list) {
         project.tilts.append(dfTilt, 0, dfTilt);
+    }
     project.dfWavelength = facts.wavelength.df;
     project.dfPixelSize = facts.pixelSize.df;
     project.bAxisKnown = false;
@@ -76,24 +82,29 @@ std::optional<NewProject> projectOfFacts(const SeriesFacts& facts, QString* pstr
 
 QString proposedProjectFile(const QStringList& listFrame)
 {
-    if (listFrame.isEmpty())
+    if (listFrame.isEmpty()) {
         return {};
+    }
     const QFileInfo info(listFrame.first());
     QString strName = info.completeBaseName();
     for (const QString& strFrame : listFrame) {
         const QString strOther = QFileInfo(strFrame).completeBaseName();
         int nSame = 0;
-        while (nSame < qMin(strName.size(), strOther.size()) && strName[nSame] == strOther[nSame])
+        while (nSame < qMin(strName.size(), strOther.size()) && strName[nSame] == strOther[nSame]) {
             ++nSame;
+        }
         strName.truncate(nSame);
     }
     const auto isJoint = [](QChar c) { return c.isDigit() || QStringLiteral("_-. ").contains(c); };
-    while (!strName.isEmpty() && isJoint(strName[strName.size() - 1]))
+    while (!strName.isEmpty() && isJoint(strName[strName.size() - 1])) {
         strName.chop(1);
-    if (strName.isEmpty())
+    }
+    if (strName.isEmpty()) {
         strName = QFileInfo(info.absolutePath()).fileName();
-    if (strName.isEmpty())
+    }
+    if (strName.isEmpty()) {
         strName = QStringLiteral("series");
+    }
     return info.absolutePath() + QLatin1Char('/') + strName + QStringLiteral(".ed3d");
 }
 
@@ -102,9 +113,10 @@ namespace {
 QString distortionLines(const SeriesDistortion& distortion)
 {
     QString str;
-    for (const DistortionKeyword& row : g_aDistortionKeyword)
+    for (const DistortionKeyword& row : g_aDistortionKeyword) {
         str += QLatin1String(row.pszKeyword) + QLatin1Char(' ') + number(distortion.*row.pMember) +
                QLatin1Char('\n');
+    }
     return str;
 }
 
@@ -112,32 +124,41 @@ QString distortionLines(const SeriesDistortion& distortion)
 QString missingPart(const NewProject& project, const QString& strProjectFile)
 {
     const int nFrames = project.listFrame.size();
-    if (nFrames == 0)
+    if (nFrames == 0) {
         return QStringLiteral("Add the frames of the series.");
-    if (project.tilts.size() != nFrames)
+    }
+    if (project.tilts.size() != nFrames) {
         return QStringLiteral("%L1 tilts for %L2 frames: there must be one tilt for each frame.")
             .arg(project.tilts.size())
             .arg(nFrames);
+    }
     const QList<double>& listTilt = project.tilts.listOverall;
-    if (nFrames > 1 && std::count(listTilt.begin(), listTilt.end(), listTilt.first()) == nFrames)
+    if (nFrames > 1 && std::count(listTilt.begin(), listTilt.end(), listTilt.first()) == nFrames) {
         return QStringLiteral("All frames have the same tilt: give the step, the end or a list.");
-    if (!(project.dfWavelength > 0))
+    }
+    if (!(project.dfWavelength > 0)) {
         return QStringLiteral("Give the accelerating voltage or the wavelength.");
-    if (!isElectronWavelength(project.dfWavelength))
+    }
+    if (!isElectronWavelength(project.dfWavelength)) {
         return QStringLiteral("%1 Å is no wavelength of electrons in a microscope.")
             .arg(project.dfWavelength);
-    if (!(project.dfPixelSize > 0))
+    }
+    if (!(project.dfPixelSize > 0)) {
         return QStringLiteral("Give the pixel size, or the camera length and the detector pixel.");
-    if (project.dfPixelSize > g_dfGreatestPixelSize)
+    }
+    if (project.dfPixelSize > g_dfGreatestPixelSize) {
         return QStringLiteral(
                    "%1 Å⁻¹ cannot be the size of one pixel: a frame would reach far beyond all "
                    "reflections.")
             .arg(project.dfPixelSize);
+    }
     if (project.rotation.kind == RotationKind::Precession &&
-        !rotationModeOf(rotationModeText(project.rotation)))
+        !rotationModeOf(rotationModeText(project.rotation))) {
         return QStringLiteral("Give the angle of the precession, above 0 and at most 10 degrees.");
-    if (strProjectFile.isEmpty())
+    }
+    if (strProjectFile.isEmpty()) {
         return QStringLiteral("Say where the project file shall stand.");
+    }
     return {};
 }
 
@@ -147,13 +168,15 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                      QString* pstrReason)
 {
     const auto fail = [pstrReason](const QString& strReason) {
-        if (pstrReason)
+        if (pstrReason) {
             *pstrReason = strReason;
+        }
         return false;
     };
     const QString strMissing = missingPart(project, strProjectFile);
-    if (!strMissing.isEmpty())
+    if (!strMissing.isEmpty()) {
         return fail(strMissing);
+    }
 
     // Through links: "../x" of a folder that is a link is beside the folder it leads to.
     QHash<QString, QString> hashFolder;
@@ -178,19 +201,22 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                       .arg(QString::number(project.listFrame.size()), number(project.dfWavelength), strAxis,
                            number(project.dfPixelSize), number(project.dfStretchAmplitude),
                            number(project.dfStretchAzimuth), strComment);
-    if (project.bTellDistortion || !project.distortion.isNone())
+    if (project.bTellDistortion || !project.distortion.isNone()) {
         str += distortionLines(project.distortion);
-    if (project.rotation.kind != RotationKind::Continuous)
+    }
+    if (project.rotation.kind != RotationKind::Continuous) {
         str += QStringLiteral("ROTATIONMODE %1\n").arg(rotationModeText(project.rotation));
+    }
     str += QStringLiteral("FILELIST\n");
     QStringList listName;
     for (int i = 0; i < project.listFrame.size(); ++i) {
         const QString strName = dir.relativeFilePath(
             QDir(realFolder(project.listFrame[i]))
                 .absoluteFilePath(QFileInfo(project.listFrame[i]).fileName()));
-        if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); }))
+        if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); })) {
             return fail(
                 QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
+        }
         listName.append(strName);
         // Not by arg(): a name may hold a per cent sign.
         str += QStringLiteral("FILE ") + strName + QLatin1Char(' ') + number(project.tilts.listStage[i]) +
@@ -200,11 +226,14 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(str + QStringLiteral("ENDFILELIST\n"));
 
     ProjectFile read;
-    if (!read.readBytes(bytes, strProjectFile, project.bAxisKnown ? AxisLine::Needed : AxisLine::MayLack))
+    if (!read.readBytes(bytes, strProjectFile, project.bAxisKnown ? AxisLine::Needed : AxisLine::MayLack)) {
         return fail(read.errorText());
-    for (int i = 0; i < listName.size(); ++i)
-        if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i])
+    }
+    for (int i = 0; i < listName.size(); ++i) {
+        if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i]) {
             return fail(QStringLiteral("A project file cannot hold the name \"%1\".").arg(listName[i]));
+        }
+    }
     bool bSame = read.frameFiles().size() == listName.size() &&
                  isSame(read.wavelength(), project.dfWavelength) &&
                  isSame(read.pixelSize(), project.dfPixelSize) &&
@@ -213,15 +242,19 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
                  read.rotation() == project.rotation &&
                  isSame(read.stretchingAmplitude(), project.dfStretchAmplitude) &&
                  isSame(read.stretchingAzimuth(), project.dfStretchAzimuth);
-    if (read.tellsDistortion())
-        for (const DistortionKeyword& row : g_aDistortionKeyword)
+    if (read.tellsDistortion()) {
+        for (const DistortionKeyword& row : g_aDistortionKeyword) {
             bSame = bSame && isSame(read.distortion().*row.pMember, project.distortion.*row.pMember);
-    for (int i = 0; bSame && i < listName.size(); ++i)
+        }
+    }
+    for (int i = 0; bSame && i < listName.size(); ++i) {
         bSame = isSame(read.stageTilts()[i], project.tilts.listStage[i]) &&
                 isSame(read.beamTilts()[i], project.tilts.listBeam[i]) &&
                 isSame(read.overallTilts()[i], project.tilts.listOverall[i]);
-    if (!bSame)
+    }
+    if (!bSame) {
         return fail(QStringLiteral("A project file cannot hold one of the numbers."));
+    }
     bytesText = bytes;
     return true;
 }

@@ -20,11 +20,13 @@ namespace tessera {
 
 OpenKind openKind(const QStringList& listFile)
 {
-    if (listFile.isEmpty())
+    if (listFile.isEmpty()) {
         return OpenKind::nothing;
+    }
     const QString strSuffix = QFileInfo(listFile.first()).suffix().toLower();
-    if (strSuffix == QLatin1String("txt"))
+    if (strSuffix == QLatin1String("txt")) {
         return OpenKind::reflectionList;
+    }
     return strSuffix == QLatin1String("ed3d") ? OpenKind::project : OpenKind::images;
 }
 
@@ -32,29 +34,34 @@ QString reasonNotToOpen(const QString& strFile)
 {
     const bool bImage = openKind({strFile}) == OpenKind::images;
     const QFileInfo info(bImage ? frameName(strFile).strFile : strFile);
-    if (bImage && !info.exists())
+    if (bImage && !info.exists()) {
         return QStringLiteral("%1 does not exist.").arg(strFile);
+    }
     // A pipe would keep whoever looks into it waiting for its writer.
     bool bUsable = info.isFile() || !info.exists();
-    if (bUsable && bImage && frameFormatOf(strFile).listSuffix.isEmpty())
+    if (bUsable && bImage && frameFormatOf(strFile).listSuffix.isEmpty()) {
         bUsable = QImageReader(info.filePath()).canRead();
+    }
     return bUsable ? QString() : QStringLiteral("%1 is neither a project nor an image.").arg(strFile);
 }
 
 QString reasonNotToOpen(const QStringList& listFile)
 {
-    if (listFile.isEmpty())
+    if (listFile.isEmpty()) {
         return {};
+    }
     QString strReason = reasonNotToOpen(listFile.first());
-    if (openKind(listFile) != OpenKind::images)
+    if (openKind(listFile) != OpenKind::images) {
         return strReason;
-    for (const QString& strFile : listFile)
+    }
+    for (const QString& strFile : listFile) {
         if (strReason.isEmpty() && QFileInfo::exists(frameName(strFile).strFile)) {
             // A project or a text list among frames would be taken for a frame.
             strReason = openKind({strFile}) == OpenKind::images
                             ? reasonNotToOpen(strFile)
                             : QStringLiteral("%1 is not an image, as the others are.").arg(strFile);
         }
+    }
     return strReason;
 }
 
@@ -72,9 +79,10 @@ QStringList missingFrames(const QStringList& listFrame)
                 mapImages[name.strFile] = header.size.isValid() ? header.nImages : 0;
             }
             const int nImages = mapImages[name.strFile];
-            if (nImages > 0 && name.nImage >= nImages)
+            if (nImages > 0 && name.nImage >= nImages) {
                 listMissing.append(
                     QStringLiteral("%1 (the file holds %L2 images)").arg(strFrame).arg(nImages));
+            }
         }
     }
     return listMissing;
@@ -86,8 +94,9 @@ namespace {
 bool isSeriesOfImages(const QString& strFile, int& nImages)
 {
     const int nLeast = 3;
-    if (frameName(strFile).bPart || frameFormatOf(strFile).strName == QLatin1String("MRC"))
+    if (frameName(strFile).bPart || frameFormatOf(strFile).strName == QLatin1String("MRC")) {
         return false;
+    }
     nImages = frameHeader(strFile).nImages;
     return nImages >= nLeast;
 }
@@ -99,26 +108,30 @@ QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport)
     QStringList listFrame, listLine;
     for (const QString& strFile : listFile) {
         int nImages = 0;
-        if (!isSeriesOfImages(strFile, nImages))
+        if (!isSeriesOfImages(strFile, nImages)) {
             return listFile;
+        }
         listFrame += framesOfFile(strFile, nImages);
         listLine.append(
             QStringLiteral("%1 holds %L2 images: each is a frame of the series.").arg(strFile).arg(nImages));
     }
-    for (const QString& strLine : qAsConst(listLine))
-        if (pReport)
+    for (const QString& strLine : qAsConst(listLine)) {
+        if (pReport) {
             pReport->addMessage(strLine);
+        }
+    }
     return listFrame;
 }
 
 void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report)
 {
-    if (parameters.m_bApplyStretching && data.m_dfStretchAmplitude != 0)
+    if (parameters.m_bApplyStretching && data.m_dfStretchAmplitude != 0) {
         report.addMessage(QStringLiteral("The stretching set before stays on, as this data set tells none: "
                                          "%L1 % at %L2°.")
                               .arg(data.m_dfStretchAmplitude)
                               .arg(data.m_dfStretchAzimuth),
                           Severity::Error);
+    }
 }
 
 namespace {
@@ -133,8 +146,9 @@ QString sideFileName(const DataSet& data, ResultFile file)
 // A side file that is not there is no mishap; one that is there and cannot be used is.
 void addReason(QStringList* plistReason, const QString& strFileName, const QString& strReason)
 {
-    if (plistReason && !strReason.isEmpty() && QFileInfo::exists(strFileName))
+    if (plistReason && !strReason.isEmpty() && QFileInfo::exists(strFileName)) {
         plistReason->append(strReason);
+    }
 }
 
 // The azimuths as their boxes hold them.
@@ -148,8 +162,9 @@ SeriesDistortion distortionOfPages(SeriesDistortion distortion)
 void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
 {
     QString strReason;
-    if (!loadHotPixels(data, report, &strReason))
+    if (!loadHotPixels(data, report, &strReason)) {
         addReason(plistReason, data.m_strProjectDir + QStringLiteral("/hotpixels.txt"), strReason);
+    }
 }
 
 // Whether a side file is of the frames as they are read now.
@@ -192,8 +207,9 @@ void openPeakList(DataSet& data, CRunReport& report, QStringList* plistReason)
         return;
     }
     int nPeak = 0;
-    for (const QList<Peak3D>& listPeak : qAsConst(data.m_listPeakFrame))
+    for (const QList<Peak3D>& listPeak : qAsConst(data.m_listPeakFrame)) {
         nPeak += listPeak.size();
+    }
     report.addMessage(QStringLiteral("%L1 peaks on %L2 frames loaded from %L3.")
                           .arg(nPeak)
                           .arg(data.m_listPeakFrame.size())
@@ -277,10 +293,11 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     }
     data.m_dfWavelength = project.wavelength();
     data.m_bRotationAxisKnown = project.hasRotationAxis();
-    if (project.hasRotationAxis())
+    if (project.hasRotationAxis()) {
         data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
-    else
+    } else {
         report.addMessage(QStringLiteral("The project names no rotation axis."));
+    }
     data.m_nAxisDecimals = project.tellsDistortion() ? axisDecimals(data.m_dfRotationAxis) : 1;
     if (project.stretchingAmplitude() >= 0.01) {
         data.m_dfStretchAmplitude = project.stretchingAmplitude();
@@ -331,8 +348,9 @@ bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plist
 
 bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& report, QStringList* plistReason)
 {
-    if (listImage.isEmpty())
+    if (listImage.isEmpty()) {
         return false;
+    }
     const QStringList listFile = framesOfImageFiles(listImage, &report);
     clearDataSet(data);
     data.m_distortion = {};

@@ -24,8 +24,9 @@ double wrappedAxis(double dfDegrees)
 
 double wrappedAzimuth(double dfDegrees)
 {
-    if (dfDegrees == 180)  // the box holds it, so that a file's 90 is shown as 90 more
+    if (dfDegrees == 180) {  // the box holds it, so that a file's 90 is shown as 90 more
         return dfDegrees;
+    }
     const double df = std::fmod(dfDegrees, 180.0);
     const double dfPositive = df < 0 ? df + 180 : df;
     return dfPositive < 180 ? dfPositive + 0.0 : 0;  // a tiny negative angle rounds up to 180; -0 becomes 0
@@ -47,15 +48,18 @@ void roundDataSet(DataSet& data)
     const double dfAxis = data.m_dfRotationAxis;
     roundRecords(records);
     const NumberBox& box = parameterOf(&DataSet::m_dfRotationAxis).box;
-    if (data.m_nAxisDecimals > box.nDecimals)
+    if (data.m_nAxisDecimals > box.nDecimals) {
         data.m_dfRotationAxis = spinBoxValue(dfAxis, data.m_nAxisDecimals, box.dfMinimum, box.dfMaximum);
+    }
 }
 
 void roundRecords(const ParameterRecords& records)
 {
-    for (const Parameter& row : parameterTable())
-        if (row.isIn(records))
+    for (const Parameter& row : parameterTable()) {
+        if (row.isIn(records)) {
             row.setValue(records, spinBoxValue(row.value(records), row.box));
+        }
+    }
 }
 
 }  // namespace tessera

@@ -327,8 +327,9 @@ const Parameter& parameterOf(ParameterMember member)
 {
     const auto itRow = std::find_if(g_listParameter.begin(), g_listParameter.end(),
                                     [&](const Parameter& row) { return row.member == member; });
-    if (itRow == g_listParameter.end())
+    if (itRow == g_listParameter.end()) {
         throw std::out_of_range("a parameter without a row in the table");
+    }
     return *itRow;
 }
 

@@ -46,8 +46,9 @@ int countWords(const char* pBegin, const char* pEnd)
 bool scanPeakLine(const char* pBegin, const char* pEnd, PeakLine& line)
 {
     const int nWord = countWords(pBegin, pEnd);
-    if (nWord < 6 || nWord > 8)
+    if (nWord < 6 || nWord > 8) {
         return false;
+    }
     CTextScanner scanner(pBegin, pEnd);
     // A number must end at white space. Two that touch ("512.0-100000.0") would still scan, as three
     // columns wrongly taken from two; better no peak than a wrong one.
@@ -55,16 +56,19 @@ bool scanPeakLine(const char* pBegin, const char* pEnd, PeakLine& line)
     const auto readFloat = [&](float& f) { return scanner.readFloat(f) && scanner.atWordEnd(); };
     int nIndexOnFrame;
     if (!readInt(line.nSerial) || !readInt(line.nFrame) || !readInt(nIndexOnFrame) || !readFloat(line.fX) ||
-        !readFloat(line.fY) || !readFloat(line.fI))
+        !readFloat(line.fY) || !readFloat(line.fI)) {
         return false;
+    }
     line.fI2D = line.fI;
     line.nMask = 0;
-    if (nWord == 8 && !readFloat(line.fI2D))
+    if (nWord == 8 && !readFloat(line.fI2D)) {
         return false;
+    }
     if (nWord >= 7) {
         QByteArray strMask;
-        if (!scanner.readWord(strMask, 16))
+        if (!scanner.readWord(strMask, 16)) {
             return false;
+        }
         line.nMask = maskOfText(strMask);
     }
     return line.nFrame >= 0 && std::isfinite(line.fX) && std::isfinite(line.fY) && std::isfinite(line.fI) &&
@@ -108,14 +112,16 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
             continue;
         }
         const char* const pLine = p;
-        while (p != pEnd && !isLineEnd(*p))
+        while (p != pEnd && !isLineEnd(*p)) {
             ++p;
+        }
         if (++nLine % 1000 == 0) {
             progress.set(nLine / 1000);
             report.goOn();
         }
-        if (*pLine == '#')
+        if (*pLine == '#') {
             continue;
+        }
         PeakLine line;
         if (!scanPeakLine(pLine, p, line)) {
             report.addMessage(QStringLiteral("Wrong file format for peak list: %1").arg(strFileName),
@@ -139,8 +145,9 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
     progress.end();
 
     if (vecLine.empty()) {
-        if (pstrReason && pstrReason->isEmpty())
+        if (pstrReason && pstrReason->isEmpty()) {
             giveReason(pstrReason, strFileName, QStringLiteral("no peak"));
+        }
         return 0;
     }
     const int nFrames = data.m_listFrameFile.size();
@@ -194,18 +201,21 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
 
 int readPeakList(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
 {
-    if (pstrReason)
+    if (pstrReason) {
         pstrReason->clear();
+    }
     QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxPeakList, pstrReason))
+    if (!readFileBytes(strFileName, bytesFile, g_nMaxPeakList, pstrReason)) {
         return 0;
+    }
     return readPeakListBytes(data, bytesFile, strFileName, report, pstrReason);
 }
 
 int writePeakList(const DataSet& data, const QString& strFileName, QString* pstrReason)
 {
-    if (pstrReason)
+    if (pstrReason) {
         pstrReason->clear();
+    }
     CWholeFile file;
     if (!file.open(strFileName)) {
         giveReason(pstrReason, file.reason());
@@ -252,12 +262,14 @@ int writePeakList(const DataSet& data, const QString& strFileName, QString* pstr
         }
     }
     file.write(strText);
-    if (!file.commit(pstrReason))
+    if (!file.commit(pstrReason)) {
         return 0;
-    if (nTooWide > 0)
+    }
+    if (nTooWide > 0) {
         giveReason(pstrReason, strFileName,
                    QStringLiteral("%1 lines hold a number as wide as its field and cannot be read back")
                        .arg(nTooWide));
+    }
     return 1;
 }
 
@@ -265,13 +277,15 @@ int countPeaksOfFile(const QString& strFileName)
 {
     QFile file(strFileName);
     QString strWhat;
-    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat))
+    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat)) {
         return 0;
+    }
     int nPeaks = 0;
     while (!file.atEnd()) {
         const QByteArray strLine = file.readLine(g_nMaxPeakLine);
-        if (strLine.isEmpty())
+        if (strLine.isEmpty()) {
             break;  // a read error
+        }
         nPeaks += !isLineEnd(strLine[0]) && strLine[0] != '#';
     }
     return nPeaks;

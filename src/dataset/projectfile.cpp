@@ -20,13 +20,15 @@ namespace {
 bool findNumber(const QStringList& listLine, const QString& strKeyword, double& dfValue)
 {
     for (const QString& strLine : listLine) {
-        if (!strLine.contains(strKeyword))
+        if (!strLine.contains(strKeyword)) {
             continue;
+        }
         const QByteArray strText = strLine.toUtf8();
         CTextScanner scanner(strText);
         QByteArray strWord;
-        if (scanner.readWord(strWord) && scanner.readDouble(dfValue))
+        if (scanner.readWord(strWord) && scanner.readDouble(dfValue)) {
             return true;
+        }
     }
     return false;
 }
@@ -103,34 +105,40 @@ bool ProjectFile::takeRotation(const QStringList& listLine)
 bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
 {
     const QFileInfo info(strFileName);
-    if (info.isFile() && info.size() > g_nMaxProjectFile)
+    if (info.isFile() && info.size() > g_nMaxProjectFile) {
         return fail(QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20));
+    }
     QByteArray bytesFile;
-    if (!info.isFile() || !readFileBytes(strFileName, bytesFile, g_nMaxProjectFile))
+    if (!info.isFile() || !readFileBytes(strFileName, bytesFile, g_nMaxProjectFile)) {
         return fail(QStringLiteral("Could not load file: %1").arg(strFileName));
+    }
     return readBytes(bytesFile, strFileName, axisLine);
 }
 
 bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileName, AxisLine axisLine)
 {
-    if (bytesFile.size() > g_nMaxProjectFile)
+    if (bytesFile.size() > g_nMaxProjectFile) {
         return fail(QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20));
+    }
     QString strText =
         QTextCodec::codecForUtfText(bytesFile, QTextCodec::codecForLocale())->toUnicode(bytesFile);
-    if (strText.contains(QChar(0)))
+    if (strText.contains(QChar(0))) {
         return fail(QStringLiteral("The file is no text file: it holds NUL bytes."));
+    }
     strText.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
 
     QStringList listLine;
     const QStringList listAll = strText.split(QLatin1Char('\n'));
     for (int i = 0; i < listAll.size(); ++i) {
-        if (listAll[i].isEmpty() || listAll[i].startsWith(QLatin1Char('#')))
+        if (listAll[i].isEmpty() || listAll[i].startsWith(QLatin1Char('#'))) {
             continue;
-        if (listAll[i].size() > g_nMaxProjectLine)
+        }
+        if (listAll[i].size() > g_nMaxProjectLine) {
             return fail(QStringLiteral("Line %1 has %2 characters; up to %3 can be read.")
                             .arg(i + 1)
                             .arg(listAll[i].size())
                             .arg(g_nMaxProjectLine));
+        }
         listLine.append(listAll[i]);
     }
 
@@ -148,51 +156,62 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
     for (const auto& row : aKeyword) {
         const QString strKeyword = QLatin1String(row.strKeyword);
         if (!findNumber(listLine, strKeyword, *row.pdfValue)) {
-            if (row.bMustBe)
+            if (row.bMustBe) {
                 return fail(
                     QStringLiteral("Could not find keyword \"%1\" in the input file.").arg(strKeyword));
+            }
             continue;
         }
-        if (row.pdfValue == &project.m_dfRotationAxis)
+        if (row.pdfValue == &project.m_dfRotationAxis) {
             project.m_bHasRotationAxis = true;
-        if (!std::isfinite(*row.pdfValue))
+        }
+        if (!std::isfinite(*row.pdfValue)) {
             return fail(QStringLiteral("The value of \"%1\" is no finite number.").arg(strKeyword));
-        if (row.bLength && !isUsableLength(*row.pdfValue))
+        }
+        if (row.bLength && !isUsableLength(*row.pdfValue)) {
             return fail(QStringLiteral("The value of \"%1\" is %2; it must be above 0 at six decimals and "
                                        "at most 10000.")
                             .arg(strKeyword)
                             .arg(*row.pdfValue));
+        }
     }
 
-    if (!project.takeDistortion(listLine) || !project.takeRotation(listLine))
+    if (!project.takeDistortion(listLine) || !project.takeRotation(listLine)) {
         return fail(project.m_strError);
+    }
 
     // The closing line holds the opening word too, so that a list closed before it is opened is none.
     int nBegin = 0;
-    while (nBegin < listLine.size() && !listLine[nBegin].contains(QLatin1String("FILELIST")))
+    while (nBegin < listLine.size() && !listLine[nBegin].contains(QLatin1String("FILELIST"))) {
         ++nBegin;
+    }
     int nEnd = nBegin + 1;
-    while (nEnd < listLine.size() && !listLine[nEnd].contains(QLatin1String("ENDFILELIST")))
+    while (nEnd < listLine.size() && !listLine[nEnd].contains(QLatin1String("ENDFILELIST"))) {
         ++nEnd;
-    if (nEnd >= listLine.size())
+    }
+    if (nEnd >= listLine.size()) {
         return fail(QStringLiteral("Could not find a file list in the input file."));
+    }
 
     const QFileInfo info(strFileName);
     project.m_strBaseName = info.completeBaseName();
     project.m_strFolder = info.absolutePath();
     for (int i = nBegin + 1; i < nEnd; ++i) {
-        if (!listLine[i].contains(QLatin1String("FILE")))
+        if (!listLine[i].contains(QLatin1String("FILE"))) {
             continue;
+        }
         const QByteArray strLine = listLine[i].toUtf8();
         CTextScanner scanner(strLine);
         QByteArray strKeyword, strName;
         double dfStage, dfBeam, dfOverall;
         if (!scanner.readWord(strKeyword) || !scanner.readWord(strName) || !scanner.readDouble(dfStage) ||
-            !scanner.readDouble(dfBeam) || !scanner.readDouble(dfOverall))
+            !scanner.readDouble(dfBeam) || !scanner.readDouble(dfOverall)) {
             continue;
+        }
         const QString strFrame = QString::fromUtf8(strName);
-        if (!std::isfinite(dfStage) || !std::isfinite(dfBeam) || !std::isfinite(dfOverall))
+        if (!std::isfinite(dfStage) || !std::isfinite(dfBeam) || !std::isfinite(dfOverall)) {
             return fail(QStringLiteral("A tilt of the frame %1 is no finite number.").arg(strFrame));
+        }
         project.m_listFrameFile.append(project.m_strFolder + QLatin1Char('/') + strFrame);
         project.m_listStageTilt.append(dfStage);
         project.m_listBeamTilt.append(dfBeam);

@@ -15,17 +15,23 @@ bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
 {
     int nSerial;
     float aValue[8];  // h k l, x y z, a number of unknown meaning, the intensity
-    if (!scanner.readInt(nSerial))
+    if (!scanner.readInt(nSerial)) {
         return false;
-    for (float& fValue : aValue)
-        if (!scanner.readFloat(fValue) || !std::isfinite(fValue))
+    }
+    for (float& fValue : aValue) {
+        if (!scanner.readFloat(fValue) || !std::isfinite(fValue)) {
             return false;
-    for (int i = 0; i < 3; ++i)
-        if (std::abs(aValue[i]) >= 2147483648.f)
+        }
+    }
+    for (int i = 0; i < 3; ++i) {
+        if (std::abs(aValue[i]) >= 2147483648.f) {
             return false;
+        }
+    }
     QByteArray strWord;
-    if (!scanner.readWord(strWord) || strWord.contains('s'))
+    if (!scanner.readWord(strWord) || strWord.contains('s')) {
         return false;
+    }
     reflection = {int(aValue[0]), int(aValue[1]), int(aValue[2]), aValue[7]};
     vecPoint = {aValue[3], aValue[4], aValue[5]};
     return true;
@@ -40,8 +46,9 @@ int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QLi
     Vec3D vecPoint;
     HKLRef reflection;
     forEachTextLine(bytesText, [&](const char* pBegin, const char* pEnd) {
-        if (!scanReflection(CTextScanner(pBegin, pEnd), vecPoint, reflection))
+        if (!scanReflection(CTextScanner(pBegin, pEnd), vecPoint, reflection)) {
             return;
+        }
         listPoint.append(vecPoint);
         listReflection.append(reflection);
     });
@@ -52,12 +59,14 @@ bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint, QLi
                         QString* pstrReason)
 {
     QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxReflectionList, pstrReason))
+    if (!readFileBytes(strFileName, bytesFile, g_nMaxReflectionList, pstrReason)) {
         return false;
+    }
     QList<Vec3D> listNewPoint;
     QList<HKLRef> listNewReflection;
-    if (readReflectionText(bytesFile, listNewPoint, listNewReflection) == 0)
+    if (readReflectionText(bytesFile, listNewPoint, listNewReflection) == 0) {
         return giveReason(pstrReason, strFileName, QStringLiteral("no line holds a reflection"));
+    }
     listPoint = listNewPoint;
     listReflection = listNewReflection;
     return true;

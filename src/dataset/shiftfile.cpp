@@ -16,24 +16,28 @@ namespace tessera {
 bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
 {
     dropComments(listLine);
-    if (listLine.size() < 2)
+    if (listLine.size() < 2) {
         return giveReason(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
+    }
     ShiftData shiftRead;
     CTextScanner scannerCenter(listLine[0]);
     if (!scannerCenter.readDouble(shiftRead.dfCenterX) || !scannerCenter.readDouble(shiftRead.dfCenterY) ||
-        !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY))
+        !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY)) {
         return giveReason(pstrReason, QStringLiteral("the first line holds no direct beam"));
+    }
     for (int i = 1; i < listLine.size(); ++i) {
         CTextScanner scanner(listLine[i]);
         int nSerial;
         double dfX, dfY;
         if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
-            !std::isfinite(dfX) || !std::isfinite(dfY))
+            !std::isfinite(dfX) || !std::isfinite(dfY)) {
             continue;
-        if (nSerial != shiftRead.listShift.size() + 1)
+        }
+        if (nSerial != shiftRead.listShift.size() + 1) {
             return giveReason(pstrReason, QStringLiteral("serial %1 where %2 should be")
                                               .arg(nSerial)
                                               .arg(shiftRead.listShift.size() + 1));
+        }
         shiftRead.listShift.append(QPointF(dfX, dfY));
     }
     shift = shiftRead;
@@ -50,8 +54,9 @@ bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrRe
 int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
 {
     ShiftData shift;
-    if (!readShiftFile(strFileName, shift, pstrReason))
+    if (!readShiftFile(strFileName, shift, pstrReason)) {
         return 0;
+    }
     if (shift.listShift.size() != data.m_listFrameFile.size()) {
         report.addMessage(QStringLiteral("ED shift data is not used because the ED shift data is from %1 "
                                          "frames, while there are %2 frames in the current dataset.")
@@ -66,13 +71,14 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
     }
     const NumberBox& box = parameterOf(&DataSet::m_dfCenterX).box;
     const auto isOnPage = [&](double df) { return df >= box.dfMinimum && df <= box.dfMaximum; };
-    if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY))
+    if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY)) {
         report.addMessage(
             QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
                            "a page can hold; there it becomes the nearest place within.")
                 .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
                      QString::number(box.dfMaximum)),
             Severity::Error);
+    }
     data.m_dfCenterX = shift.dfCenterX;
     data.m_dfCenterY = shift.dfCenterY;
     data.m_listShift = shift.listShift;
@@ -106,17 +112,21 @@ QByteArray shiftFileText(const ShiftData& shift)
 
 bool writeShiftFile(const QString& strFileName, const ShiftData& shift, QString* pstrReason)
 {
-    if (strFileName.isEmpty())
+    if (strFileName.isEmpty()) {
         return giveReason(pstrReason, QStringLiteral("no name for the shift file"));
+    }
     const FormerFiles former = keepFormerFiles({strFileName}, countFramesOfFile, shift.listShift.size(),
                                                pstrReason);
-    if (former == FormerFiles::Failed)
+    if (former == FormerFiles::Failed) {
         return false;
-    if (!writeWholeFile(strFileName, shiftFileText(shift), pstrReason))
+    }
+    if (!writeWholeFile(strFileName, shiftFileText(shift), pstrReason)) {
         return false;
-    if (former != FormerFiles::NoneWorthKeeping)
+    }
+    if (former != FormerFiles::NoneWorthKeeping) {
         giveReason(pstrReason,
                    QStringLiteral("The shifts of more frames are kept as %1.").arg(nameOfKept(strFileName)));
+    }
     return true;
 }
 

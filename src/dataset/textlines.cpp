@@ -10,11 +10,13 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
 {
     QFile file(strFileName);
     QString strReason;
-    if (!openRegularFile(file, QIODevice::ReadOnly, strReason))
+    if (!openRegularFile(file, QIODevice::ReadOnly, strReason)) {
         return giveReason(pstrReason, strFileName, strReason);
-    if (file.size() > nLimit)
+    }
+    if (file.size() > nLimit) {
         return giveReason(pstrReason, strFileName,
                           QStringLiteral("%1 bytes; up to %2 can be read").arg(file.size()).arg(nLimit));
+    }
     // Files of the system have no size beforehand: one byte beyond the limit tells that one is too long.
     QByteArray bytesRead;
     if (file.size() > 0) {
@@ -22,24 +24,28 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
     } else {
         while (bytesRead.size() <= nLimit) {
             const QByteArray bytesChunk = file.read(qMin<qint64>(1 << 20, nLimit + 1 - bytesRead.size()));
-            if (bytesChunk.isEmpty())
+            if (bytesChunk.isEmpty()) {
                 break;
+            }
             bytesRead.append(bytesChunk);
         }
-        if (bytesRead.size() > nLimit)
+        if (bytesRead.size() > nLimit) {
             return giveReason(pstrReason, strFileName,
                               QStringLiteral("up to %1 bytes can be read").arg(nLimit));
+        }
     }
-    if (file.error() != QFileDevice::NoError)
+    if (file.error() != QFileDevice::NoError) {
         return giveReason(pstrReason, strFileName, file.errorString());
+    }
     bytesFile = bytesRead;
     return true;
 }
 
 QByteArray withoutByteOrderMark(const QByteArray& bytesText)
 {
-    if (bytesText.startsWith("\xEF\xBB\xBF"))
+    if (bytesText.startsWith("\xEF\xBB\xBF")) {
         return bytesText.mid(3);
+    }
     QTextCodec* pCodec = QTextCodec::codecForUtfText(bytesText, nullptr);
     return pCodec ? pCodec->toUnicode(bytesText).toLatin1() : bytesText;
 }
@@ -56,8 +62,9 @@ QList<QByteArray> splitTextLines(const QByteArray& bytesText)
 bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine, QString* pstrReason)
 {
     QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxTextFile, pstrReason))
+    if (!readFileBytes(strFileName, bytesFile, g_nMaxTextFile, pstrReason)) {
         return false;
+    }
     listLine = splitTextLines(bytesFile);
     return true;
 }
@@ -66,9 +73,11 @@ void dropComments(QList<QByteArray>& listLine)
 {
     QList<QByteArray> listKept;
     listKept.reserve(listLine.size());
-    for (const QByteArray& strLine : qAsConst(listLine))
-        if (!strLine.startsWith('#'))
+    for (const QByteArray& strLine : qAsConst(listLine)) {
+        if (!strLine.startsWith('#')) {
             listKept.append(strLine);
+        }
+    }
     listLine = listKept;
 }
 

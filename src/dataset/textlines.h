@@ -34,12 +34,15 @@ void forEachTextLine(const QByteArray& bytesText, FnLine fnLine)
     const char* const pEnd = bytesPlain.constData() + bytesPlain.size();
     const char* pLine = bytesPlain.constData();
     for (const char* p = pLine;; ++p) {
-        if (p != pEnd && *p != '\n' && *p != '\r')
+        if (p != pEnd && *p != '\n' && *p != '\r') {
             continue;
-        if (p != pLine)
+        }
+        if (p != pLine) {
             fnLine(pLine, p);
-        if (p == pEnd)
+        }
+        if (p == pEnd) {
             return;
+        }
         pLine = p + 1;
     }
 }
@@ -59,11 +62,13 @@ auto readLinesOfFile(const QString& strFileName, QString* pstrReason, Read fnRea
 {
     QString strReason;
     QList<QByteArray> listLine;
-    if (!readTextLines(strFileName, listLine, pstrReason))
+    if (!readTextLines(strFileName, listLine, pstrReason)) {
         return decltype(fnRead(listLine, &strReason)){};
+    }
     auto result = fnRead(listLine, &strReason);
-    if (!strReason.isEmpty())
+    if (!strReason.isEmpty()) {
         giveReason(pstrReason, strFileName, strReason);
+    }
     return result;
 }
 

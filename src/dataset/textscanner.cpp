@@ -18,8 +18,9 @@ template <typename T>
 T outOfRangeValue(const char* pBegin, const char* pEnd)
 {
     const double df = std::abs(QByteArray(pBegin, int(pEnd - pBegin)).toDouble());
-    if (df > double(std::numeric_limits<T>::max()))
+    if (df > double(std::numeric_limits<T>::max())) {
         return std::numeric_limits<T>::infinity();
+    }
     return T(df);
 }
 
@@ -31,24 +32,29 @@ bool CTextScanner::readReal(T& value)
     skipSpace();
     const char* p = m_p;
     const bool bNegative = p != m_pEnd && *p == '-';
-    if (p != m_pEnd && (*p == '+' || *p == '-'))
+    if (p != m_pEnd && (*p == '+' || *p == '-')) {
         ++p;
-    if (p == m_pEnd || *p == '-')  // from_chars would take a second sign
+    }
+    if (p == m_pEnd || *p == '-') {  // from_chars would take a second sign
         return false;
+    }
     std::chars_format format = std::chars_format::general;
     if (m_pEnd - p >= 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
         p += 2;
         const char* const pDigit = p != m_pEnd && *p == '.' ? p + 1 : p;
-        if (pDigit == m_pEnd || !isHexDigit(*pDigit))
+        if (pDigit == m_pEnd || !isHexDigit(*pDigit)) {
             return false;
+        }
         format = std::chars_format::hex;
     }
     T read = 0;
     const std::from_chars_result result = std::from_chars(p, m_pEnd, read, format);
-    if (result.ec == std::errc::invalid_argument)
+    if (result.ec == std::errc::invalid_argument) {
         return false;
-    if (result.ec == std::errc::result_out_of_range)
+    }
+    if (result.ec == std::errc::result_out_of_range) {
         read = outOfRangeValue<T>(p, result.ptr);
+    }
     value = bNegative ? -read : read;
     m_p = result.ptr;
     return true;
@@ -60,12 +66,14 @@ bool CTextScanner::readInt(int& nValue)
     const char* p = m_p;
     if (p != m_pEnd && *p == '+') {
         ++p;
-        if (p != m_pEnd && *p == '-')
+        if (p != m_pEnd && *p == '-') {
             return false;
+        }
     }
     const std::from_chars_result result = std::from_chars(p, m_pEnd, nValue);
-    if (result.ec != std::errc())
+    if (result.ec != std::errc()) {
         return false;
+    }
     m_p = result.ptr;
     return true;
 }
@@ -84,10 +92,12 @@ bool CTextScanner::readWord(QByteArray& strWord, int nMax)
 {
     skipSpace();
     const char* const pBegin = m_p;
-    while (m_p != m_pEnd && !isSpace(*m_p) && (nMax == 0 || m_p - pBegin < nMax))
+    while (m_p != m_pEnd && !isSpace(*m_p) && (nMax == 0 || m_p - pBegin < nMax)) {
         ++m_p;
-    if (m_p == pBegin)
+    }
+    if (m_p == pBegin) {
         return false;
+    }
     strWord = QByteArray(pBegin, int(m_p - pBegin));
     return true;
 }

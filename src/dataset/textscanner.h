@@ -34,8 +34,9 @@ public:
 private:
     void skipSpace()
     {
-        while (m_p != m_pEnd && isSpace(*m_p))
+        while (m_p != m_pEnd && isSpace(*m_p)) {
             ++m_p;
+        }
     }
     template <typename T>
     bool readReal(T& value);

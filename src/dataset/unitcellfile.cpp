@@ -23,9 +23,10 @@ QList<Vec3D> readUnitCellLines(QList<QByteArray> listLine, QString* pstrReason)
         CTextScanner scanner(strNumbers);
         double adf[3];
         bool bGood = strLine.startsWith(g_aVectorLabel[i]);
-        for (double& df : adf)
+        for (double& df : adf) {
             bGood = bGood && scanner.readDouble(df) &&
                     std::abs(df) <= double(std::numeric_limits<float>::max());
+        }
         if (!bGood) {
             giveReason(pstrReason,
                        QStringLiteral("no vector %1 in its place").arg(QLatin1String(g_aVectorLabel[i])));
@@ -60,8 +61,9 @@ QByteArray unitCellText(const ReciprocalBasis& basis)
     const std::array<Vec3D, 3> aVector = basis.vectors();
     for (int i = 0; i < 3; ++i) {
         strText.append(g_aVectorLabel[i]).append(' ');
-        for (float f : {aVector[i].x, aVector[i].y, aVector[i].z})
+        for (float f : {aVector[i].x, aVector[i].y, aVector[i].z}) {
             appendFixed(strText, double(f), 8, 12);
+        }
         strText.append('\n');
     }
     return strText;
@@ -69,11 +71,13 @@ QByteArray unitCellText(const ReciprocalBasis& basis)
 
 bool saveUnitCellFile(const DataSet& data, const QString& strFileName, QString* pstrReason)
 {
-    if (strFileName.isEmpty())
+    if (strFileName.isEmpty()) {
         return giveReason(pstrReason, QStringLiteral("no name for the unit cell file"));
+    }
     const std::optional<ReciprocalBasis> basis = cellInForce(data);
-    if (!basis)
+    if (!basis) {
         return giveReason(pstrReason, strFileName, QStringLiteral("no cell to write"));
+    }
     return writeWholeFile(strFileName, unitCellText(*basis), pstrReason);
 }
 

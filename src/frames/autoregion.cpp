@@ -38,9 +38,11 @@ float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, i
     vecWork.clear();
     for (int r = std::max(nTop, 0); r < std::min(nBottom, img.Height()); ++r) {
         const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
-        for (int c = std::max(nLeft, 0); c < std::min(nRight, img.Width()); ++c)
-            if (isUsablePixel(pRow[c]))
+        for (int c = std::max(nLeft, 0); c < std::min(nRight, img.Width()); ++c) {
+            if (isUsablePixel(pRow[c])) {
                 vecWork.push_back(pRow[c]);
+            }
+        }
     }
     return vecWork.empty() ? 0.f : medianOf(vecWork);
 }
@@ -62,8 +64,9 @@ bool mediansOfBlocks(const float* pFrame, int nWidth, int nBlock, int nBlocks, f
             nBad += isUsablePixel(pLine[n]) ? 0 : 1;
         }
     }
-    if (nBad > 0)
+    if (nBad > 0) {
         return false;
+    }
     for (int i = 0; i <= nPixels / 2; ++i) {
         float* pLow = line(i);
         for (int j = i + 1; j < nPixels; ++j) {
@@ -94,11 +97,13 @@ Map reduced(const CImgObj<float>& img, int nBlock)
     for (int nY = 0; nY < map.nHeight; ++nY) {
         const float* pFrame = img.Data() + size_t(nY) * size_t(nBlock) * size_t(img.Width());
         if (nBlock > 1 && nBlock <= g_nSmallBlock &&
-            mediansOfBlocks(pFrame, img.Width(), nBlock, map.nWidth, &map.at(0, nY), vecWork))
+            mediansOfBlocks(pFrame, img.Width(), nBlock, map.nWidth, &map.at(0, nY), vecWork)) {
             continue;
-        for (int nX = 0; nX < map.nWidth; ++nX)
+        }
+        for (int nX = 0; nX < map.nWidth; ++nX) {
             map.at(nX, nY) = medianOfPart(img, nX * nBlock - nBefore, nX * nBlock + nAfter,
                                           nY * nBlock - nBefore, nY * nBlock + nAfter, vecWork);
+        }
     }
     return map;
 }
@@ -112,8 +117,9 @@ void flattenLines(Map& map, bool bRows)
     std::vector<float> vecMedian, vecLine;
     for (int i = 0; i < nLines; ++i) {
         vecLine.clear();
-        for (int j = 0; j < nLength; ++j)
+        for (int j = 0; j < nLength; ++j) {
             vecLine.push_back(bRows ? map.at(j, i) : map.at(i, j));
+        }
         vecMedian.push_back(medianOf(vecLine));
     }
     const int nReach = std::max(3, nLines / 20);
@@ -121,8 +127,9 @@ void flattenLines(Map& map, bool bRows)
         std::vector<float> vecNear(vecMedian.begin() + std::max(i - nReach, 0),
                                    vecMedian.begin() + std::min(i + nReach + 1, nLines));
         const float fExcess = vecMedian[i] - medianOf(vecNear);
-        for (int j = 0; j < nLength; ++j)
+        for (int j = 0; j < nLength; ++j) {
             (bRows ? map.at(j, i) : map.at(i, j)) -= fExcess;
+        }
     }
 }
 
@@ -133,8 +140,9 @@ void compress(Map& map)
     const RobustSpread spread = robustSpread(map.vec);
     const float fMedian = spread.fMedian;
     const float fSpread = std::max(float(spread.dfDeviation), 1e-6f * (1.f + std::fabs(fMedian)));
-    for (float& f : map.vec)
+    for (float& f : map.vec) {
         f = std::sqrt(std::max(f - fMedian, 0.f) / fSpread);
+    }
 }
 
 // What is kept of a frame.
@@ -151,8 +159,9 @@ FrameMap mapOfFrame(const CImgObj<float>& imgFrame)
     frame.nWidth = imgFrame.Width();
     frame.nHeight = imgFrame.Height();
     frame.nBlock = (std::max(frame.nWidth, frame.nHeight) + g_nMapSide - 1) / g_nMapSide;
-    if (std::min(frame.nWidth, frame.nHeight) < std::max(g_nLeastSide, frame.nBlock))
+    if (std::min(frame.nWidth, frame.nHeight) < std::max(g_nLeastSide, frame.nBlock)) {
         return frame;
+    }
     frame.map = reduced(imgFrame, frame.nBlock);
     flattenLines(frame.map, true);
     flattenLines(frame.map, false);
@@ -169,13 +178,15 @@ Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
         float* pSum = &result.at(0, nY);
         for (int d = -nReach; d <= nReach; ++d) {
             const int nSourceY = bX ? nY : nY + d;
-            if (nSourceY < 0 || nSourceY >= map.nHeight)
+            if (nSourceY < 0 || nSourceY >= map.nHeight) {
                 continue;
+            }
             const int nRight = bX ? d : 0;
             const float* pSource = map.vec.data() + size_t(nSourceY) * size_t(map.nWidth);
             const float fWeight = vecKernel[size_t(std::abs(d))];
-            for (int x = std::max(0, -nRight); x < map.nWidth - std::max(0, nRight); ++x)
+            for (int x = std::max(0, -nRight); x < map.nWidth - std::max(0, nRight); ++x) {
                 pSum[x] += fWeight * pSource[x + nRight];
+            }
         }
     }
     return result;
@@ -184,8 +195,9 @@ Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
 Map blurred(const Map& map, double dfSigma)
 {
     std::vector<float> vecKernel;
-    for (int i = 0; i <= int(std::ceil(3 * dfSigma)); ++i)
+    for (int i = 0; i <= int(std::ceil(3 * dfSigma)); ++i) {
         vecKernel.push_back(float(std::exp(-0.5 * i * i / (dfSigma * dfSigma))));
+    }
     return blurredAlong(blurredAlong(map, vecKernel, true), vecKernel, false);
 }
 
@@ -194,12 +206,14 @@ QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
 {
     QPointF ptBest = ptNear;
     float fBest = 0.f;
-    for (int nY = 0; nY < map.nHeight; ++nY)
-        for (int nX = 0; nX < map.nWidth; ++nX)
+    for (int nY = 0; nY < map.nHeight; ++nY) {
+        for (int nX = 0; nX < map.nWidth; ++nX) {
             if (map.at(nX, nY) > fBest && std::hypot(nX - ptNear.x(), nY - ptNear.y()) <= dfReach) {
                 fBest = map.at(nX, nY);
                 ptBest = QPointF(nX, nY);
             }
+        }
+    }
     return ptBest;
 }
 
@@ -231,8 +245,9 @@ std::vector<float> smoothedTrack(const std::vector<float>& vec)
 int regionSide(int nFrameSide, double dfWander)
 {
     int nSide = g_nUsualSide;
-    while (nSide < nFrameSide && dfWander + 2 * g_nBeamMargin > nSide)
+    while (nSide < nFrameSide && dfWander + 2 * g_nBeamMargin > nSide) {
         nSide *= 2;
+    }
     return nSide <= nFrameSide ? nSide : nFrameSide - nFrameSide % 2;
 }
 
@@ -252,12 +267,14 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
             nHeight = frame.nHeight;
             nBlock = frame.nBlock;
         }
-        if (!frame.map.vec.empty() && frame.nWidth == nWidth && frame.nHeight == nHeight)
+        if (!frame.map.vec.empty() && frame.nWidth == nWidth && frame.nHeight == nHeight) {
             vecMap.push_back(std::move(frame.map));
+        }
     };
     if (!forEachSampledFrame<FrameMap>(
-            dataSet, g_nFramesLookedAt, nJobs, report, [] { return mapOfFrame; }, take))
+            dataSet, g_nFramesLookedAt, nJobs, report, [] { return mapOfFrame; }, take)) {
         return false;
+    }
     if (vecMap.empty()) {
         report.fail(
             bRead ? QStringLiteral(
@@ -277,8 +294,9 @@ bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion,
     for (const Map& map : vecMap) {
         const Map mapWide = blurred(map, std::max(1.5, 0.03 * nMapSide));
         const float fMost = *std::max_element(mapWide.vec.begin(), mapWide.vec.end());
-        for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i)
+        for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i) {
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
+        }
     }
     if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
         report.fail(QStringLiteral("The direct beam was not found: the frames looked at are blank."));

@@ -34,9 +34,11 @@ std::vector<float> samplePixels(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height(), nStep = sampleStep(img);
     std::vector<float> vec;
-    for (qint64 i = 0; i < nPixels; i += nStep)
-        if (std::isfinite(img.Data()[i]))
+    for (qint64 i = 0; i < nPixels; i += nStep) {
+        if (std::isfinite(img.Data()[i])) {
             vec.push_back(img.Data()[i]);
+        }
+    }
     return vec;
 }
 
@@ -48,8 +50,9 @@ double leastStep(const CImgObj<float>& imgFrame)
     double dfStep = 0;
     for (size_t i = 1; i < vec.size(); ++i) {
         const double df = double(vec[i]) - double(vec[i - 1]);
-        if (df > 0 && (dfStep == 0 || df < dfStep))
+        if (df > 0 && (dfStep == 0 || df < dfStep)) {
             dfStep = df;
+        }
     }
     return dfStep;
 }
@@ -63,14 +66,17 @@ float greatestPixel(const CImgObj<float>& img)
     float afGreatest[nLanes] = {};
     const float* p = img.Data();
     qint64 i = 0;
-    for (; i + nLanes <= nPixels; i += nLanes)
+    for (; i + nLanes <= nPixels; i += nLanes) {
         for (int k = 0; k < nLanes; ++k) {
             const float f = isUsablePixel(p[i + k]) ? p[i + k] : 0.f;
             afGreatest[k] = f > afGreatest[k] ? f : afGreatest[k];
         }
-    for (; i < nPixels; ++i)
-        if (isUsablePixel(p[i]))
+    }
+    for (; i < nPixels; ++i) {
+        if (isUsablePixel(p[i])) {
             afGreatest[0] = std::max(afGreatest[0], p[i]);
+        }
+    }
     return *std::max_element(std::begin(afGreatest), std::end(afGreatest));
 }
 
@@ -88,12 +94,15 @@ FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParamet
     std::vector<float> vecSample;
     qint64 nNext = 0;
     const auto sampleRow = [&](int nRow, const float* pRow) {
-        for (; nNext < (nRow + 1) * nWidth; nNext += nStep)
-            if (std::isfinite(pRow[nNext - nRow * nWidth]))
+        for (; nNext < (nRow + 1) * nWidth; nNext += nStep) {
+            if (std::isfinite(pRow[nNext - nRow * nWidth])) {
                 vecSample.push_back(pRow[nNext - nRow * nWidth]);
+            }
+        }
     };
-    if (bandPassRows(imgFrame, parameters, filters, work.fft, work.imgWork, false, sampleRow) < 0)
+    if (bandPassRows(imgFrame, parameters, filters, work.fft, work.imgWork, false, sampleRow) < 0) {
         return {};
+    }
     FrameNoise noise;
     noise.dfStep = leastStep(imgFrame);
     noise.fGreatest = greatestPixel(imgFrame);
@@ -108,8 +117,9 @@ FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParamet
 double scaleForSmallValues(double dfGreatest, double dfStep)
 {
     const double dfSmall = 100, dfWanted = 4;
-    if (!(dfGreatest > 0 && dfGreatest < dfSmall && dfStep < 1))
+    if (!(dfGreatest > 0 && dfGreatest < dfSmall && dfStep < 1)) {
         return 1;
+    }
     return std::pow(10.0, dfWanted - std::floor(std::log10(dfGreatest)));
 }
 
@@ -144,23 +154,26 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
             vecGreatest.push_back(noise.fGreatest);
         }
     };
-    if (!forEachSampledFrame<FrameNoise>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take))
+    if (!forEachSampledFrame<FrameNoise>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take)) {
         return false;
+    }
     if (vecThreshold.empty()) {
         report.fail(bRead ? QStringLiteral("No peak threshold was found: the frames looked at are blank.")
                           : QStringLiteral("No peak threshold was found: no frame could be read."));
         return false;
     }
     double dfScale = 1;
-    if (pdfScale)
+    if (pdfScale) {
         *pdfScale = dfScale = scaleForSmallValues(double(medianOf(vecGreatest)), double(medianOf(vecStep)));
+    }
     dfThreshold = rounded(dfScale * double(medianOf(vecThreshold)));
-    if (dfScale != 1)
+    if (dfScale != 1) {
         report.addMessage(
             QStringLiteral("The values of the frames are small: for peaks, their threshold and their "
                            "intensities they are taken times %L1.")
                 .arg(dfScale),
             Severity::Info);
+    }
     report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
                           .arg(dfThreshold)
                           .arg(vecThreshold.size()),

@@ -18,23 +18,28 @@ double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
     qint64 i = 0;
     for (; i + nRun <= nPixels; i += nRun) {
         int nBadHere = 0;
-        for (qint64 j = 0; j < nRun; ++j)
+        for (qint64 j = 0; j < nRun; ++j) {
             nBadHere += isUsablePixel(p[i + j]) ? 0 : 1;
+        }
         nBad += nBadHere;
         if (nBadHere == 0) {
-            for (qint64 j = 0; j < nRun; j += nLanes)
-                for (int k = 0; k < nLanes; ++k)
+            for (qint64 j = 0; j < nRun; j += nLanes) {
+                for (int k = 0; k < nLanes; ++k) {
                     adfSum[k] += double(p[i + j + k]);
+                }
+            }
             continue;
         }
-        for (qint64 j = 0; j < nRun; ++j)
+        for (qint64 j = 0; j < nRun; ++j) {
             adfSum[j % nLanes] += isUsablePixel(p[i + j]) ? double(p[i + j]) : 0.0;
+        }
     }
     for (; i < nPixels; ++i) {
-        if (isUsablePixel(p[i]))
+        if (isUsablePixel(p[i])) {
             adfSum[0] += double(p[i]);
-        else
+        } else {
             ++nBad;
+        }
     }
     const double dfSum = std::accumulate(std::begin(adfSum), std::end(adfSum), 0.0);
     return nBad < nPixels ? dfSum / double(nPixels - nBad) : 0.0;

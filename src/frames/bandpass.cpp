@@ -25,11 +25,13 @@ qint64 halfSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, COMPLEX* pHal
     const float* const pPixel = nBad > 0 ? imgFilled.Data() : imgFrame.Data();
     const auto lessMean = [&](int nRow, float* pRow) {
         const float* pFrame = pPixel + qint64(nRow) * nWidth;
-        for (int x = 0; x < nWidth; ++x)
+        for (int x = 0; x < nWidth; ++x) {
             pRow[x] = pFrame[x] - fMean;
+        }
     };
-    if (!fft.TransformReal(lessMean, nWidth, nHeight, pHalf))
+    if (!fft.TransformReal(lessMean, nWidth, nHeight, pHalf)) {
         return -1;
+    }
     pHalf[0].re += float(double(fMean) * double(nPixels));
     return nBad;
 }
@@ -40,13 +42,15 @@ qint64 frameSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, FrameSpectru
 {
     const int nWidth = imgFrame.Width();
     const int nHeight = imgFrame.Height();
-    if (!imgFrame.Data() || nWidth < 1 || nHeight < 1)
+    if (!imgFrame.Data() || nWidth < 1 || nHeight < 1) {
         return -1;
+    }
     spectrum.nWidth = spectrum.nHeight = 0;
     spectrum.imgHalf.Create(int(CAcmlFft::HalfCount(nWidth, nHeight)), 1);
     const qint64 nBad = halfSpectrum(imgFrame, fft, spectrum.imgHalf.Data());
-    if (nBad < 0)
+    if (nBad < 0) {
         return -1;
+    }
     spectrum.nWidth = nWidth;
     spectrum.nHeight = nHeight;
     return nBad;
@@ -57,13 +61,15 @@ bool filterSpectrum(const FrameSpectrum& spectrum, const CPeakFilters& filters, 
 {
     const int nWidth = spectrum.nWidth;
     const int nHeight = spectrum.nHeight;
-    if (nWidth < 1 || filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight)
+    if (nWidth < 1 || filters.m_nFilterWidth != nWidth || filters.m_nFilterHeight != nHeight) {
         return false;
+    }
     imgProduct.Create(2 * spectrum.imgHalf.Width(), 1);
     const double dfMean = double(spectrum.imgHalf.Data()[0].re) / (double(nWidth) * nHeight);
     const auto image = [&](CImgObj<float>* pImage, float fFilterAtZero) {
-        if (!pImage)
+        if (!pImage) {
             return CAcmlFft::FilteredImage();
+        }
         pImage->Create(nWidth, nHeight);
         return CAcmlFft::FilteredImage{pImage->Data(), float(dfMean * double(fFilterAtZero))};
     };
@@ -77,12 +83,14 @@ bool calBandPassImage(const FrameSpectrum& spectrum, const PeakHuntingParameters
                       CImgObj<float>& imgBandPass, CImgObj<float>* pSmooth)
 {
     if (!updatePeakFilters(parameters, spectrum.nWidth, spectrum.nHeight, filters) ||
-        !filterSpectrum(spectrum, filters, fft, imgProduct, pSmooth, &imgBandPass))
+        !filterSpectrum(spectrum, filters, fft, imgProduct, pSmooth, &imgBandPass)) {
         return false;
+    }
     float* p = imgBandPass.Data();
     const qint64 nPixels = qint64(imgBandPass.Width()) * imgBandPass.Height();
-    for (qint64 i = 0; i < nPixels; ++i)
+    for (qint64 i = 0; i < nPixels; ++i) {
         p[i] = p[i] < -100.f ? 0.f : p[i];
+    }
     return true;
 }
 
@@ -92,14 +100,16 @@ qint64 bandPassRows(const CImgObj<float>& imgFrame, const PeakHuntingParameters&
 {
     const int nWidth = imgFrame.Width();
     const int nHeight = imgFrame.Height();
-    if (!imgFrame.Data() || !updatePeakFilters(parameters, nWidth, nHeight, filters))
+    if (!imgFrame.Data() || !updatePeakFilters(parameters, nWidth, nHeight, filters)) {
         return -1;
+    }
     const std::size_t nHalf = CAcmlFft::HalfCount(nWidth, nHeight);
     imgWork.Create(int(2 * nHalf), 1);
     COMPLEX* const pHalf = imgWork.Data() + nHalf;
     const qint64 nBad = halfSpectrum(imgFrame, fft, pHalf);
-    if (nBad < 0)
+    if (nBad < 0) {
         return -1;
+    }
     const double dfMean = double(pHalf[0].re) / (double(nWidth) * nHeight);
     const CAcmlFft::KeptImage kept{bKeepSmooth, float(dfMean * double(filters.smoothAtZero()))};
     const float fConstant = float(dfMean * double(filters.bandPassAtZero()));

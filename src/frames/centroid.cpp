@@ -19,16 +19,18 @@ Position centroidOf(const CImgObj<float>& img, const RefIntPara& window)
     const Position ptCentre{double(window.nX), double(window.nY)};
     const std::int64_t nReach = std::int64_t(window.nRadius) + window.nBackground;
     if (!img.Data() || nReach < 0 || window.nX - nReach < 0 || window.nX + nReach >= img.Width() ||
-        window.nY - nReach < 0 || window.nY + nReach >= img.Height())
+        window.nY - nReach < 0 || window.nY + nReach >= img.Height()) {
         return ptCentre;
+    }
     float fSum = 0.f;
     double dfSumX = 0;
     double dfSumY = 0;
     const int nR = int(std::min(std::int64_t(window.nRadius), nReach));
-    for (int nDx = -nR; nDx <= nR; ++nDx)
+    for (int nDx = -nR; nDx <= nR; ++nDx) {
         for (int nDy = -nR; nDy <= nR; ++nDy) {
-            if (nDx * nDx + nDy * nDy > nR * nR)
+            if (nDx * nDx + nDy * nDy > nR * nR) {
                 continue;
+            }
             const int nX = window.nX + nDx;
             const int nY = window.nY + nDy;
             const float fValue = img.Data()[std::size_t(nY) * std::size_t(img.Width()) + std::size_t(nX)];
@@ -36,6 +38,7 @@ Position centroidOf(const CImgObj<float>& img, const RefIntPara& window)
             dfSumX += double(fValue * float(nX));
             dfSumY += double(fValue * float(nY));
         }
+    }
     const Position pt{dfSumX / double(fSum), dfSumY / double(fSum)};
     // Half a pixel for the rounding of the products; also false for a quotient that is no number.
     const bool bInDisc = std::hypot(pt.dfX - ptCentre.dfX, pt.dfY - ptCentre.dfY) <= nR + 0.5;

@@ -19,8 +19,9 @@ public:
     void sayTo(CRunReport& report) const
     {
         report.noteReason(reason());
-        for (const auto& line : m_vecLine)
+        for (const auto& line : m_vecLine) {
             report.addMessage(line.first, line.second);
+        }
     }
 
 private:

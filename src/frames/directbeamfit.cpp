@@ -36,8 +36,9 @@ RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
     run.begin();
     const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
-        if (!pImage)
+        if (!pImage) {
             return true;
+        }
         DirectBeamOnFrame beam;
         beam.nFrame = nFrame;
         beam.ptExpected = frameCentre(run.series().centres, nFrame);
@@ -46,8 +47,9 @@ RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
         beam.vecFit = FitPeak2D(*pImage, dfX, dfY, g_nFitHalfSize, g_dfSaturation);
         beam.ptFitted = QPointF(dfX, dfY);
         report.addMessage(beamLine(beam), Severity::Info);
-        if (fnFrameDone)
+        if (fnFrameDone) {
             fnFrameDone(beam);
+        }
         return true;
     });
     run.sayEnd(outcome);

@@ -16,8 +16,9 @@ std::unique_ptr<CImgObj<float>> firstImage(const SeriesSnapshot& series, int nFr
     const int nLoaded = onShortMemory == OnShortMemory::Throw ? readFirstImage(vecImage, source, report)
                                                               : loadFirstImage(vecImage, source, report);
     if (nLoaded == 0) {
-        if (!faults.strNotLoaded.isEmpty())
+        if (!faults.strNotLoaded.isEmpty()) {
             report.fail(faults.strNotLoaded.arg(strFile));
+        }
         return nullptr;
     }
     if (vecImage.empty()) {

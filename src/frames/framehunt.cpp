@@ -85,16 +85,18 @@ FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters
                          g_dfCandidateFraction);
     const qint64 nBad = bandPassRows(imgFrame, parameters, filters, work.fft, work.imgWork, true,
                                      [&](int, const float* pRow) { maxima.add(pRow, fLeast); });
-    if (nBad < 0)
+    if (nBad < 0) {
         return peaks;
+    }
     peaks.bHunted = true;
     peaks.nBadPixels = nBad;
     peaks.bTooMany = maxima.tooMany();
     peaks.listX = maxima.listX();
     peaks.listY = maxima.listY();
     removeMaskedPeaks(mask, peaks.listX, peaks.listY);
-    if (nBad > 0)
+    if (nBad > 0) {
         removePeaksAtGaps(imgFrame, reachOfGap(parameters), peaks.listX, peaks.listY);
+    }
     std::vector<RefIntPara> vecWindow;
     MakeIntegrationWindows(peaks.listX, peaks.listY, wholePixels(parameters.m_dfIntegrationRadius),
                            wholePixels(parameters.m_dfIntegrationBackground), vecWindow);

@@ -54,18 +54,23 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
         report.noteReason(
             QStringLiteral("%1: %2").arg(strFileName, strReason));  // said after a line with the file alone
     }
-    if (nResult != 1)
+    if (nResult != 1) {
         report.fail(QStringLiteral("%1: failed to load").arg(strFileName));
-    if (!strReason.isEmpty())
+    }
+    if (!strReason.isEmpty()) {
         report.addMessage(QStringLiteral("%1: %2").arg(strFileName, strReason),
                           vecRead.empty() ? Severity::Error : Severity::Info);
-    if (nResult != 1)
+    }
+    if (nResult != 1) {
         return 0;
-    if (!vecRead.empty())
+    }
+    if (!vecRead.empty()) {
         repairHotPixels(*vecRead.front(), listHotPixel);
+    }
     vecImage.reserve(vecImage.size() + vecRead.size());
-    for (auto& pImage : vecRead)
+    for (auto& pImage : vecRead) {
         vecImage.push_back(std::move(pImage));
+    }
     return 1;
 }
 

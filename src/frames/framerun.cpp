@@ -37,8 +37,9 @@ const CImgObj<float>* CFrameRun::load(int nFrame)
 {
     releaseFrameImages(m_dataSet.m_vecFrameImage);
     auto pImage = firstImage(m_series, nFrame, {QString(), QString()}, m_report);
-    if (!pImage)
+    if (!pImage) {
         return nullptr;
+    }
     m_dataSet.m_vecFrameImage.push_back(std::move(pImage));
     return m_dataSet.m_vecFrameImage.front().get();
 }

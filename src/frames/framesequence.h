@@ -76,14 +76,16 @@ private:
     {
         m_fnFrame = m_fnMakeWorker();
         m_nNext = m_nTaken = nFirst;
-        if (nThreads < 2)
+        if (nThreads < 2) {
             return;
+        }
         m_nPlaces = nThreads + 1;
         m_vecDone.resize(size_t(m_nPlaces));
         try {
-            for (int i = 0; i < nThreads; ++i)
+            for (int i = 0; i < nThreads; ++i) {
                 m_vecThread.emplace_back(
                     [this, fnFrame = i > 0 ? m_fnMakeWorker() : m_fnFrame] { work(fnFrame); });
+            }
         } catch (const std::exception&) {
             // fewer threads than asked for do the same work, and none leaves it to the caller
         }
@@ -97,8 +99,9 @@ private:
             m_bStop = true;
         }
         m_changed.notify_all();
-        for (std::thread& thread : m_vecThread)
+        for (std::thread& thread : m_vecThread) {
             thread.join();
+        }
         m_vecThread.clear();
         m_vecDone.clear();
         m_fnFrame = nullptr;
@@ -114,8 +117,9 @@ private:
         DoneFrame& done = m_vecDone[nFrame % m_nPlaces];
         m_changed.wait(lock, [&] { return done.nFrame == nFrame; });
         done.nFrame = -1;
-        if (done.pError)
+        if (done.pError) {
             std::rethrow_exception(std::exchange(done.pError, nullptr));
+        }
         return std::move(done.result);
     }
 
@@ -126,8 +130,9 @@ private:
         for (;;) {
             m_changed.wait(lock,
                            [&] { return m_bStop || m_nNext >= m_nFrames || m_nNext < m_nTaken + m_nPlaces; });
-            if (m_bStop || m_nNext >= m_nFrames)
+            if (m_bStop || m_nNext >= m_nFrames) {
                 return;
+            }
             const int nFrame = m_nNext++;
             lock.unlock();
             Result result{};

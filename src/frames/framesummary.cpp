@@ -33,8 +33,9 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
     CReasonReport report;
     ImageList vecImage;
     if (loadFirstImage(vecImage, strFileName, {}, report) != 1 || vecImage.empty()) {
-        if (pstrReason)
+        if (pstrReason) {
             *pstrReason = report.m_strReason;
+        }
         return false;
     }
     FrameSummary read;
@@ -51,16 +52,19 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
 bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
 {
     FrameSummary first, other;
-    if (!listFile.isEmpty() && !readFrameSummary(listFile.first(), first, pstrReason))
+    if (!listFile.isEmpty() && !readFrameSummary(listFile.first(), first, pstrReason)) {
         return false;
+    }
     const qint64 nLength = QFileInfo(frameName(listFile.value(0)).strFile).size();
     for (const QString& strFile : listFile) {
         const QFileInfo info(frameName(strFile).strFile);
-        if (!info.isFile())
+        if (!info.isFile()) {
             return giveReason(pstrReason, strFile, QStringLiteral("no such file"));
+        }
         const QString strFormat = formatName(strFile);
-        if (info.size() == nLength && strFormat == first.strFormat)
+        if (info.size() == nLength && strFormat == first.strFormat) {
             continue;
+        }
         QString strReason;
         const QSize size = frameHeader(strFile).size;
         if (size.isValid()) {
@@ -69,13 +73,14 @@ bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
         } else if (!readFrameSummary(strFile, other, &strReason)) {
             return giveReason(pstrReason, strReason.isEmpty() ? strFile : strReason);
         }
-        if (other.nWidth != first.nWidth || other.nHeight != first.nHeight)
+        if (other.nWidth != first.nWidth || other.nHeight != first.nHeight) {
             return giveReason(pstrReason, strFile,
                               QStringLiteral("%1 × %2 pixels, but the first frame has %3 × %4")
                                   .arg(other.nWidth)
                                   .arg(other.nHeight)
                                   .arg(first.nWidth)
                                   .arg(first.nHeight));
+        }
     }
     return true;
 }

@@ -20,12 +20,14 @@ const int g_nMostLinks = 40;  // one after the other, as many as the system foll
 QString pathKey(const QString& strFile)
 {
     struct stat status = {};
-    if (stat(QFile::encodeName(strFile).constData(), &status) == 0)
+    if (stat(QFile::encodeName(strFile).constData(), &status) == 0) {
         return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
+    }
     // A link to what is not there yet is the file that writing through it would make.
     QFileInfo info(strFile);
-    for (int n = 0; n < g_nMostLinks && info.isSymLink(); ++n)
+    for (int n = 0; n < g_nMostLinks && info.isSymLink(); ++n) {
         info.setFile(info.symLinkTarget());
+    }
     const QString strFolder = QFileInfo(info.absolutePath()).canonicalFilePath();
     return QDir::cleanPath((strFolder.isEmpty() ? info.absolutePath() : strFolder) + QLatin1Char('/') +
                            info.fileName());
@@ -46,14 +48,17 @@ QString frameAmongTargets(const QStringList& listTarget, const QStringList& list
     QString strFirst;
     for (const QString& strTarget : listTarget) {
         const QString strKey = pathKey(strTarget);
-        if (!setFrame.contains(strKey))
+        if (!setFrame.contains(strKey)) {
             continue;
-        if (setHit.isEmpty())
+        }
+        if (setHit.isEmpty()) {
             strFirst = strTarget;
+        }
         setHit.insert(strKey);
     }
-    if (pnCount)
+    if (pnCount) {
         *pnCount = setHit.size();
+    }
     return strFirst;
 }
 
@@ -61,8 +66,9 @@ bool overwritesFrames(const QStringList& listTarget, const QStringList& listFram
 {
     int nCount = 0;
     const QString strFrame = frameAmongTargets(listTarget, listFrameFile, &nCount);
-    if (strFrame.isEmpty())
+    if (strFrame.isEmpty()) {
         return false;
+    }
     report.fail(QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
                     .arg(strFrame, nCount == 1
                                        ? QStringLiteral("is a frame ")

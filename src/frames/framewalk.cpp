@@ -26,17 +26,22 @@ RunEnd CFrameWalk::walk(const std::function<bool(int nFrame)>& fnFrame)
 {
     const bool bBefore = m_stopAsked == StopAsked::BeforeEachFrame;
     for (m_nDone = 0; m_nDone < m_nFrames;) {
-        if (m_progress)
+        if (m_progress) {
             m_progress->set(m_nDone + 1);
-        if (bBefore && !m_report.goOn())
+        }
+        if (bBefore && !m_report.goOn()) {
             return RunEnd::Stopped;
-        if (!fnFrame(m_nDone))
+        }
+        if (!fnFrame(m_nDone)) {
             return RunEnd::Failed;
+        }
         ++m_nDone;
-        if (bBefore)
+        if (bBefore) {
             continue;
-        if (!m_report.goOn() && (m_nDone < m_nFrames || m_stopAsked == StopAsked::AfterEachFrame))
+        }
+        if (!m_report.goOn() && (m_nDone < m_nFrames || m_stopAsked == StopAsked::AfterEachFrame)) {
             return RunEnd::Stopped;
+        }
     }
     return RunEnd::Finished;
 }

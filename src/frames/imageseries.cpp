@@ -18,8 +18,9 @@ QString seriesPictureFile(const QString& strFolder, const QString& strFrame, con
 RunOutcome saveSeries(const DataSet& dataSet, const QString& strFolder, const QString& strExtension,
                       double dfContrastMin, double dfContrastMax, CRunReport& report)
 {
-    if (strExtension.isEmpty())
+    if (strExtension.isEmpty()) {
         return refuseRun(report, QStringLiteral("Invalid export image type."));
+    }
     SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting image series");
     what.strStartLine = QStringLiteral("%1>Exporting image series started.");
@@ -31,8 +32,9 @@ RunOutcome saveSeries(const DataSet& dataSet, const QString& strFolder, const QS
     };
     what.fnWrite = [&](int, const CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         CImgObj<unsigned char> imgByte;
-        if (!imgByte.Create(image.Width(), image.Height()))
+        if (!imgByte.Create(image.Width(), image.Height())) {
             throw std::bad_alloc();
+        }
         FloatToByte(image.Data(), imgByte.Data(), image.Width() * image.Height(), float(dfContrastMin),
                     float(dfContrastMax), 0, 255);
         return saveImage(&imgByte, strTarget, &strReason);

@@ -12,8 +12,9 @@ const double g_dfFar = 1e9;  // beyond every image and still an int
 // Half away from zero; what is no number, or beyond an int, lands outside every image.
 int roundPosition(double df)
 {
-    if (!(std::fabs(df) <= g_dfFar))
+    if (!(std::fabs(df) <= g_dfFar)) {
         return df > 0 ? int(g_dfFar) : -int(g_dfFar);
+    }
     return int(std::round(df));
 }
 
@@ -23,8 +24,9 @@ void columnReaches(int nRadius, int nColumns, std::vector<int>& vecReach)
     vecReach.assign(size_t(nColumns) + 1, -1);
     int nReach = nRadius;
     for (int nDx = 0; nDx <= std::min(nRadius, nColumns); ++nDx) {
-        while (qint64(nDx) * nDx + qint64(nReach) * nReach > qint64(nRadius) * nRadius)
+        while (qint64(nDx) * nDx + qint64(nReach) * nReach > qint64(nRadius) * nRadius) {
             --nReach;
+        }
         vecReach[nDx] = nReach;
     }
 }
@@ -35,14 +37,16 @@ QList<double> SampleAtPositions(const CImgObj<float>& img, const QList<double>& 
                                 const QList<double>& listY)
 {
     QList<double> listValue;
-    if (listX.size() != listY.size())
+    if (listX.size() != listY.size()) {
         return listValue;
+    }
     listValue.reserve(listX.size());
     for (int i = 0; i < listX.size(); ++i) {
         const int nX = roundPosition(listX[i]);
         const int nY = roundPosition(listY[i]);
-        if (!img.Data() || nX < 0 || nY < 0 || nX >= img.Width() || nY >= img.Height())
+        if (!img.Data() || nX < 0 || nY < 0 || nX >= img.Width() || nY >= img.Height()) {
             return {};
+        }
         listValue.append(double(img.Data()[size_t(nY) * size_t(img.Width()) + size_t(nX)]));
     }
     return listValue;
@@ -52,8 +56,9 @@ void MakeIntegrationWindows(const QList<double>& listX, const QList<double>& lis
                             int nBackground, std::vector<RefIntPara>& vecWindow)
 {
     vecWindow.clear();
-    if (listX.size() != listY.size())
+    if (listX.size() != listY.size()) {
         return;
+    }
     vecWindow.resize(size_t(listX.size()));
     for (int i = 0; i < listX.size(); ++i) {
         RefIntPara& window = vecWindow[i];
@@ -96,12 +101,15 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
             const int nInner = vecDisc[size_t(std::abs(nDx))];
             const float* p = img.Data() + (window.nY - nWhole) * nWidth + window.nX + nDx;
             // the disc's part of a column stands between two parts of the ring
-            for (int nDy = -nWhole; nDy < -nInner; ++nDy, p += nWidth)
+            for (int nDy = -nWhole; nDy < -nInner; ++nDy, p += nWidth) {
                 fRing += *p;
-            for (int nDy = -nInner; nDy <= nInner; ++nDy, p += nWidth)
+            }
+            for (int nDy = -nInner; nDy <= nInner; ++nDy, p += nWidth) {
                 fDisc += *p;
-            for (int nDy = std::max(nInner + 1, -nInner); nDy <= nWhole; ++nDy, p += nWidth)
+            }
+            for (int nDy = std::max(nInner + 1, -nInner); nDy <= nWhole; ++nDy, p += nWidth) {
                 fRing += *p;
+            }
             const int nColumnDisc = nInner < 0 ? 0 : 2 * nInner + 1;
             nDisc += nColumnDisc;
             nRing += 2 * nWhole + 1 - nColumnDisc;

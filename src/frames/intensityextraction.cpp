@@ -40,8 +40,9 @@ bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& p
         listY.append(peak.dfY2D);
     }
     const QList<double> listIPoint = SampleAtPositions(imgSmooth, listX, listY);
-    if (listIPoint.size() < listPeak.size())
+    if (listIPoint.size() < listPeak.size()) {
         return false;
+    }
     std::vector<RefIntPara> vecWindow;
     MakeIntegrationWindows(listX, listY, parameters.m_nWindowRadius, parameters.m_nBackgroundSize, vecWindow);
     IntegratePeaks(imgSmooth, vecWindow);
@@ -59,8 +60,9 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
                             CPeakFilters& filters, CRunReport& report, const FnFramePositions& fnFrameDone)
 {
     CFrameRun run(dataSet, report, QStringLiteral("Intensity extraction"));
-    if (peaksSorted.size() != run.frameCount())
+    if (peaksSorted.size() != run.frameCount()) {
         return refuseRun(report, QStringLiteral("Frame counts do not match."));
+    }
     run.begin();
     const QVector<QList<Peak3D>> peaksBefore = peaksSorted;
     SmoothingWork work;
@@ -68,8 +70,9 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
     CBadPixelLines badPixelLines;
     const RunOutcome outcome = run.walk([&](int nFrame) {
         const CImgObj<float>* pImage = run.load(nFrame);
-        if (!pImage)
+        if (!pImage) {
             return false;
+        }
         qint64 nBad = 0;
         if (!smoothFrame(*pImage, hunting, filters, work, nBad)) {
             report.fail(QStringLiteral("%1: the frame cannot be transformed. Stop.")
@@ -77,8 +80,9 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
             return false;
         }
         badPixelLines.add(nFrame, nBad, report);
-        if (peaksSorted.size() != run.frameCount())
+        if (peaksSorted.size() != run.frameCount()) {
             return false;  // taken away while events were handled
+        }
         QList<Peak3D> listPeak = peaksSorted[nFrame];
         if (!measurePeaks(work.imgSmooth, parameters, listPeak)) {
             report.fail(QStringLiteral("Some peaks are outside the frame."));
@@ -89,8 +93,9 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
             listFlat.append(peak);
         }
         peaksSorted[nFrame] = listPeak;
-        if (fnFrameDone)
+        if (fnFrameDone) {
             fnFrameDone(nFrame, peakPositions(listPeak));
+        }
         return true;
     });
     if (outcome.end == RunEnd::Finished) {
@@ -106,9 +111,11 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         }
     } else {
         // Chains and reflections stand, and the peaks go on naming theirs.
-        for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i)
-            for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j)
+        for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i) {
+            for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j) {
                 peaksSorted[i][j].nID = peaksBefore[i][j].nID;
+            }
+        }
     }
     run.sayEnd(outcome);
     return outcome;

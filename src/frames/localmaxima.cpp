@@ -11,8 +11,9 @@ const int g_nRun = 64;  // pixels that are looked through together: few of them 
 bool anyReaches(const float* p, int nCount, float fThreshold)
 {
     int nReaching = 0;
-    for (int i = 0; i < nCount; ++i)
+    for (int i = 0; i < nCount; ++i) {
         nReaching += p[i] >= fThreshold ? 1 : 0;
+    }
     return nReaching > 0;
 }
 
@@ -23,16 +24,19 @@ bool maximaOfRow(const float* pAbove, const float* pRow, const float* pBelow, in
 {
     for (int nStart = 1; nStart < nWidth - 1; nStart += g_nRun) {
         const int nEnd = std::min(nStart + g_nRun, nWidth - 1);
-        if (!anyReaches(pRow + nStart, nEnd - nStart, fThreshold))
+        if (!anyReaches(pRow + nStart, nEnd - nStart, fThreshold)) {
             continue;
+        }
         for (int n = nStart; n < nEnd; ++n) {
             const float v = pRow[n];
-            if (!(v >= fThreshold))
+            if (!(v >= fThreshold)) {
                 continue;
+            }
             if (v > pRow[n - 1] && v > pRow[n + 1] && v > pAbove[n] && v > pBelow[n] && v > pAbove[n - 1] &&
                 v > pAbove[n + 1] && v > pBelow[n + 1] && v > pBelow[n - 1]) {
-                if (listX.size() > nLimit)
+                if (listX.size() > nLimit) {
                     return false;
+                }
                 listX.append(n);
                 listY.append(nRow);
             }
@@ -55,8 +59,9 @@ bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
     listY.clear();
     const int nWidth = img.Width();
     const int nHeight = img.Height();
-    if (!img.Data() || nWidth < 3 || nHeight < 3)
+    if (!img.Data() || nWidth < 3 || nHeight < 3) {
         return true;
+    }
     const qint64 nLimit = mostMaxima(nWidth, nHeight, dfFraction);
     for (int nRow = 1; nRow < nHeight - 1; ++nRow) {
         const float* pRow = img.Data() + size_t(nRow) * size_t(nWidth);
@@ -79,11 +84,13 @@ CMaximaOfRows::CMaximaOfRows(int nWidth, int nHeight, float fThreshold, double d
 void CMaximaOfRows::add(const float* pRow, float fLeast)
 {
     float* const pNew = row(m_nRows);
-    for (int x = 0; x < m_nWidth; ++x)
+    for (int x = 0; x < m_nWidth; ++x) {
         pNew[x] = pRow[x] < fLeast ? 0.f : pRow[x];
+    }
     const int nMiddle = m_nRows++ - 1;
-    if (nMiddle < 1 || m_nWidth < 3 || m_bTooMany)
+    if (nMiddle < 1 || m_nWidth < 3 || m_bTooMany) {
         return;
+    }
     m_bTooMany = !maximaOfRow(row(nMiddle - 1), row(nMiddle), pNew, m_nWidth, nMiddle, m_fThreshold, m_nLimit,
                               m_listX, m_listY);
     if (m_bTooMany) {

@@ -62,11 +62,13 @@ float medianOf(std::vector<float>& vecNumber)
 
 RobustSpread robustSpread(std::vector<float> vecNumber)
 {
-    if (vecNumber.empty())
+    if (vecNumber.empty()) {
         return {};
+    }
     const float fMedian = medianOf(vecNumber);
-    for (float& f : vecNumber)
+    for (float& f : vecNumber) {
         f = std::fabs(f - fMedian);
+    }
     return {fMedian, 1.4826 * double(medianOf(vecNumber))};
 }
 

@@ -27,8 +27,9 @@ bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CA
     for (int y = 0; y < nHeight; ++y) {
         fnRow(y, vecRow.data());
         COMPLEX* pRow = pSpectrum + qint64(y) * nWidth;
-        for (int x = 0; x < nWidth; ++x)
+        for (int x = 0; x < nWidth; ++x) {
             pRow[x] = {vecRow[x], 0.f};
+        }
     }
     return fft.Transform(pSpectrum, nWidth, nHeight, -1) != 0;
 }
@@ -40,9 +41,11 @@ void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX
     const int nColumns = nWidth / 2 + 1, nTogether = 8;
     for (int nFirst = 0; nFirst < nColumns; nFirst += nTogether) {
         const int nLast = std::min(nFirst + nTogether, nColumns);
-        for (int y = 0; y < nHeight; ++y)
-            for (int x = nFirst; x < nLast; ++x)
+        for (int y = 0; y < nHeight; ++y) {
+            for (int x = nFirst; x < nLast; ++x) {
                 pPair[CAcmlFft::HalfIndex(x, y, nHeight)].*pMember = pSpectrum[qint64(y) * nWidth + x].re;
+            }
+        }
     }
 }
 
@@ -59,12 +62,14 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     // As large as the work space of the frames, which takes its memory when it is let go.
     imgSpectrum.Create(int(2 * CAcmlFft::HalfCount(nWidth, nHeight)), 1);
     COMPLEX *const pSpectrum = imgSpectrum.Data(), *const pPair = filters.m_imgFilterPair.Data();
-    if (!pSpectrum || !pPair)
+    if (!pSpectrum || !pPair) {
         return false;
+    }
     const CGaussianRows smooth(nWidth, nHeight, float(numbers.m_dfFilterSmoothRadius));
     if (!transformKernel([&](int nRow, float* pRow) { smooth.fill(nRow, pRow); }, fft, nWidth, nHeight,
-                         pSpectrum))
+                         pSpectrum)) {
         return false;
+    }
     takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::re, pPair);
     const CGaussianRows narrow(nWidth, nHeight, float(numbers.m_dfFilterPeakRadius));
     const CGaussianRows wide(nWidth, nHeight, float(numbers.m_dfFilterBackgroundRadius));
@@ -72,16 +77,19 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     const auto difference = [&](int nRow, float* pRow) {
         narrow.fill(nRow, pRow);
         wide.fill(nRow, vecWide.data());
-        for (int x = 0; x < nWidth; ++x)
+        for (int x = 0; x < nWidth; ++x) {
             pRow[x] -= vecWide[x];
+        }
     };
-    if (!transformKernel(difference, fft, nWidth, nHeight, pSpectrum))
+    if (!transformKernel(difference, fft, nWidth, nHeight, pSpectrum)) {
         return false;
+    }
     takeFilter(pSpectrum, nWidth, nHeight, &COMPLEX::im, pPair);
     const qint64 nPixels = qint64(nWidth) * nHeight;
     double dfSum = 0;
-    for (qint64 i = 0; i < nPixels; ++i)
+    for (qint64 i = 0; i < nPixels; ++i) {
         dfSum += double(pSpectrum[i].re);
+    }
     filters.m_dfImpulse = std::fabs(dfSum) / double(nPixels);
     return true;
 }
@@ -112,15 +120,18 @@ bool CPeakFilters::fits(const PeakHuntingParameters& parameters, int nWidth, int
 bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int nHeight,
                        CPeakFilters& filters)
 {
-    if (nWidth < 1 || nHeight < 1)
+    if (nWidth < 1 || nHeight < 1) {
         return false;
-    if (filters.fits(parameters, nWidth, nHeight))
+    }
+    if (filters.fits(parameters, nWidth, nHeight)) {
         return true;
+    }
     // Fits nothing until all is made: memory may run out on the way.
     filters.m_nFilterWidth = 0;
     const PeakFilterNumbers numbers = peakFilterNumbers(parameters, nWidth, nHeight);
-    if (!makeFilters(numbers, filters))
+    if (!makeFilters(numbers, filters)) {
         return false;
+    }
     static_cast<PeakFilterNumbers&>(filters) = numbers;
     return true;
 }

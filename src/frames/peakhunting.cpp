@@ -59,13 +59,15 @@ public:
         qint64 nPixels = 0;
         try {
             auto pImage = firstImage(m_series, nFrame, {}, frame.report, OnShortMemory::Throw);
-            if (!pImage)
+            if (!pImage) {
                 return frame;
+            }
             CImgObj<float>& img = *pImage;
             frame.vecImage.push_back(std::move(pImage));
             nPixels = qint64(img.Width()) * img.Height();
-            for (qint64 i = 0; m_parameters.m_dfFrameScale != 1 && i < nPixels; ++i)
+            for (qint64 i = 0; m_parameters.m_dfFrameScale != 1 && i < nPixels; ++i) {
                 img.Data()[i] *= float(m_parameters.m_dfFrameScale);
+            }
             frame.peaks = m_filters.use(m_parameters, img.Width(), img.Height(), [&](CPeakFilters& filters) {
                 return huntFrame(img, m_parameters, m_mask, filters, work);
             });
@@ -74,8 +76,9 @@ public:
                 return frame;
             }
             frame.bHunted = true;
-            if (!m_bKeepImages)
+            if (!m_bKeepImages) {
                 frame.vecImage.clear();
+            }
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
         } catch (const std::bad_alloc&) {
@@ -139,20 +142,24 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
     CBadPixelLines badPixelLines;
     const auto takeOver = [&](int i, HuntedFrame& frame) {
         frame.report.sayTo(report);
-        if (options.bKeepImages)
+        if (options.bKeepImages) {
             dataSet.m_vecFrameImage = std::move(frame.vecImage);
-        if (!frame.bHunted)
+        }
+        if (!frame.bHunted) {
             return false;
+        }
         badPixelLines.add(i, frame.peaks.nBadPixels, report);
         const QList<Peak3D> listPeak = peakRecords(frame.peaks, i, nNextID);
         report.addMessage(
             QStringLiteral("%L1 peaks found on frame #%L2").arg(listPeak.size(), 4).arg(i + 1, 4),
             Severity::Info);
         hunted.listPeakFrame.append(listPeak);
-        if (frame.peaks.bTooMany && ++nNoisy == 1)
+        if (frame.peaks.bTooMany && ++nNoisy == 1) {
             nFirstNoisy = i + 1;
-        if (options.fnFrameDone)
+        }
+        if (options.fnFrameDone) {
             options.fnFrameDone(i, listPeak);
+        }
         return true;
     };
     const bool bFilters = filters.m_imgFilterPair.Data() != nullptr;  // of the look at the noise
@@ -160,7 +167,7 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
                              bFilters ? 0 : g_dfOfFilters};
     const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), options.nJobs, memory, &report);
     hunted.outcome = walk.runAhead<HuntedFrame>(nJobs, makeWorker, takeOver);
-    if (hunted.outcome.end == RunEnd::Finished && nNoisy > 0)
+    if (hunted.outcome.end == RunEnd::Finished && nNoisy > 0) {
         report.addMessage(
             QStringLiteral(
                 "On %L1 of %L2 frames, first #%L3, more than 1 % of the pixels are peak candidates, "
@@ -169,6 +176,7 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
                 .arg(walk.frameCount())
                 .arg(nFirstNoisy),
             Severity::Error);
+    }
     return hunted;
 }
 
@@ -204,12 +212,14 @@ QString savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
     QString strReason;
     const bool bWritten = (bAnyPeak || keepFormerList(strPath, report, strReason)) &&
                           writePeakList(dataSet, strPath, &strReason);
-    if (bWritten)
+    if (bWritten) {
         report.addMessage(QStringLiteral("Peak list saved to %1.").arg(strPath), Severity::Info);
-    else
+    } else {
         report.addMessage(strFailed, Severity::Error);
-    if (!strReason.isEmpty())
+    }
+    if (!strReason.isEmpty()) {
         report.addMessage(strReason, Severity::Error);
+    }
     return bWritten ? QString() : strReason.isEmpty() ? strFailed : strReason;
 }
 
@@ -218,8 +228,9 @@ QString savePeakList(const DataSet& dataSet, bool bAnyPeak, CRunReport& report)
 RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                           CRunReport& report, const PeakHuntingOptions& options)
 {
-    if (dataSet.m_listFrameFile.isEmpty())
+    if (dataSet.m_listFrameFile.isEmpty()) {
         return refuseRun(report, QStringLiteral("There are no frames to search for peaks."));
+    }
 
     QElapsedTimer timer;
     timer.start();
@@ -230,8 +241,9 @@ RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& paramet
     if (!outcome.finished()) {
         const QString strEnd = QStringLiteral("%1>Peak hunting did not finish.").arg(currentTimeStamp());
         report.addMessage(strEnd, Severity::Error);
-        if (outcome.strReason.isEmpty())
+        if (outcome.strReason.isEmpty()) {
             outcome.strReason = strEnd;
+        }
         return outcome;
     }
     dataSet.m_listPeakFrame = hunted.listPeakFrame;
@@ -239,10 +251,12 @@ RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& paramet
     notePeaksMade(dataSet, parameters);
     const bool bAnyPeak = std::any_of(dataSet.m_listPeakFrame.begin(), dataSet.m_listPeakFrame.end(),
                                       [](const QList<Peak3D>& listPeak) { return !listPeak.isEmpty(); });
-    if (options.bSave && (bAnyPeak || options.bSaveEmpty))
+    if (options.bSave && (bAnyPeak || options.bSaveEmpty)) {
         outcome.strReason = savePeakList(dataSet, bAnyPeak, report);
-    if (options.fnAfterStored)
+    }
+    if (options.fnAfterStored) {
         options.fnAfterStored();
+    }
     report.addMessage(timedEndLine(QStringLiteral("%1>Peak hunting finished in %L2 min %L3 sec."), timer),
                       Severity::Milestone);
     return outcome;

@@ -60,8 +60,9 @@ FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
         fitted.listPosition.append(bBelieved ? ptFit : QPointF(peak.dfX2D, peak.dfY2D));
         const std::vector<double>& vecFit = fitted.vecFit[j];
         fitted.listQuality.append(bBelieved ? FitQuality{vecFit[6], vecFit[8], vecFit[10]} : FitQuality{});
-        if (!bBelieved)
+        if (!bBelieved) {
             fitted.vecLost.push_back(j);
+        }
     }
     return fitted;
 }
@@ -76,10 +77,11 @@ public:
           m_report(report),
           m_options(options)
     {
-        if (peaksSorted.size() != m_run.frameCount())
+        if (peaksSorted.size() != m_run.frameCount()) {
             m_refusal = refuseRun(report, QStringLiteral("Frame counts do not match."));
-        else
+        } else {
             m_run.begin();
+        }
     }
 
     using FnStore = std::function<void(int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted)>;
@@ -93,36 +95,43 @@ public:
         int nLost = 0;
         QStringList listLost;
         const RunOutcome outcome = m_run.walk([&](int nFrame) {
-            if (m_peaksSorted.size() != m_run.frameCount())
+            if (m_peaksSorted.size() != m_run.frameCount()) {
                 return false;  // taken away while events were handled
+            }
             const QList<Peak3D> listPeak = m_peaksSorted[nFrame];
             if (listPeak.isEmpty()) {
                 fnStore(nFrame, listPeak, {});
                 return true;
             }
             const CImgObj<float>* pImage = m_run.load(nFrame);
-            if (!pImage)
+            if (!pImage) {
                 return false;
+            }
             CImgObj<float> img;  // the view may show another frame while events are handled
             img.Copy(pImage);
-            if (m_options.fnBeforeFit)
+            if (m_options.fnBeforeFit) {
                 m_options.fnBeforeFit(nFrame, peakPositions(listPeak));
+            }
             const FittedFrame fitted = fitFrame(img, listPeak, m_options);
-            if (m_peaksSorted.size() != m_run.frameCount())
+            if (m_peaksSorted.size() != m_run.frameCount()) {
                 return false;
-            for (int j : fitted.vecLost)
-                if (++nLost <= g_nNamedFits)
+            }
+            for (int j : fitted.vecLost) {
+                if (++nLost <= g_nNamedFits) {
                     listLost.append(QStringLiteral("frame %1 (%2, %3, %4)")
                                         .arg(nFrame + 1)
                                         .arg(roundIndex(listPeak[j].dfH))
                                         .arg(roundIndex(listPeak[j].dfK))
                                         .arg(roundIndex(listPeak[j].dfL)));
+                }
+            }
             fnStore(nFrame, listPeak, fitted);
-            if (m_options.fnAfterFit)
+            if (m_options.fnAfterFit) {
                 m_options.fnAfterFit(nFrame, fitted.listPosition);
+            }
             return true;
         });
-        if (nLost > 0)
+        if (nLost > 0) {
             m_report.addMessage(
                 QStringLiteral(
                     "%L1 fits left their boxes or the frame; these peaks keep their positions: %2%3.")
@@ -130,6 +139,7 @@ public:
                     .arg(listLost.join(QStringLiteral(", ")),
                          nLost > g_nNamedFits ? QStringLiteral(", ...") : QString()),
                 Severity::Error);
+        }
         return outcome;
     }
 
@@ -227,8 +237,9 @@ RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D
     // NOLINTNEXTLINE(*-copy-initialization)
     const QVector<QList<Peak3D>> peaksKept = peaksSorted;
     CRefinementRun refinement(dataSet, peaksKept, report, options);
-    if (!refinement.begun())
+    if (!refinement.begun()) {
         return {{}, refinement.refusal()};
+    }
     RefinedPositions refined;
     const TableGeometry geometry{refinement.run().series().centres, dataSet.m_dfPixelSize,
                                  dataSet.m_dfRotationAxis, dataSet.m_distortion.movesPlaces()};
@@ -253,8 +264,9 @@ RefinedPositions refinePeakPosition(DataSet& dataSet, const QVector<QList<Peak3D
             }
             refined.vecPeak.append(listRefined);
         });
-    if (!strTable.isEmpty())
+    if (!strTable.isEmpty()) {
         report.addMessage(strTable, Severity::Info);
+    }
     refinement.run().sayEnd(refined.outcome);
     return refined;
 }
@@ -265,16 +277,18 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
                                                                     const PositionRefinementOptions& options)
 {
     CRefinementRun refinement(dataSet, peaksSorted, report, options);
-    if (!refinement.begun())
+    if (!refinement.begun()) {
         return {};
+    }
     QVector<std::vector<std::vector<double>>> vecResult(refinement.run().frameCount());
     QString strTable;
     int nNumber = 0;
     const RunOutcome outcome = refinement.walk(
         [&](int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted) {
-            for (int j = 0; j < listPeak.size(); ++j)
+            for (int j = 0; j < listPeak.size(); ++j) {
                 strTable += shortTableRow(++nNumber, listPeak[j], nFrame, fitted.listPosition[j],
                                           fitted.listQuality[j]);
+            }
             QList<Peak3D> listNew = listPeak;
             for (int j = 0; j < listNew.size(); ++j) {
                 listNew[j].dfX2D = fitted.listPosition[j].x();
@@ -284,8 +298,9 @@ QVector<std::vector<std::vector<double>>> refinePeakPositionOnFrame(DataSet& dat
             vecResult[nFrame] = fitted.vecFit;
         });
     refinement.run().sayEnd(outcome);
-    if (!strTable.isEmpty())
+    if (!strTable.isEmpty()) {
         report.addMessage(strTable, Severity::Info);
+    }
     return vecResult;
 }
 

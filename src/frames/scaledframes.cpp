@@ -21,13 +21,15 @@ bool writeScaled(const CImgObj<float>& image, double dfScale, const QString& str
         strReason = QStringLiteral("%1: %2").arg(strTarget, QLatin1String(pszWhat));
         return false;
     };
-    if (!(dfWidth >= 1 && dfHeight >= 1))
+    if (!(dfWidth >= 1 && dfHeight >= 1)) {
         return fail("no pixels are left at this scale");
+    }
     CImgObj<float> imgScaled;
     if (!(dfWidth * dfHeight < 2147483647.0) ||
         !hasMemoryFor(2 * sizeof(float) * std::uint64_t(dfWidth) * std::uint64_t(dfHeight)) ||
-        !imgScaled.Create(int(dfWidth), int(dfHeight)))
+        !imgScaled.Create(int(dfWidth), int(dfHeight))) {
         return fail("too large for the memory at this scale");
+    }
     ResizeBicubic(imgScaled.Data(), imgScaled.Width(), imgScaled.Height(), image.Data(), image.Width(),
                   image.Height());
     CMrcWriter<float> writer;

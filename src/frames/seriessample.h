@@ -55,8 +55,9 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
             const QString& strFile = series.listFrameFile[vecFrame[i]];
             SampledFrame<Result> frame;
             const ImageList vecImage = sampledImages(frameSource(series, vecFrame[i]), frame.report);
-            if (vecImage.empty())
+            if (vecImage.empty()) {
                 return frame;
+            }
             const CImgObj<float>& img = *vecImage.front();
             try {
                 frame.result = fnLook(img, i);
@@ -74,16 +75,19 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
     CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, report);
     const RunOutcome outcome = walk.runAhead<SampledFrame<Result>>(nFit, makeWorker,
                                                                    [&](int, SampledFrame<Result>& frame) {
-                                                                       if (frame.result)
+                                                                       if (frame.result) {
                                                                            fnTake(*frame.result);
-                                                                       else
+                                                                       } else {
                                                                            vecUnread.push_back(frame.report);
+                                                                       }
                                                                        return true;
                                                                    });
-    if (outcome.end != RunEnd::Finished)
+    if (outcome.end != RunEnd::Finished) {
         return false;
-    if (vecUnread.size() == vecFrame.size())
+    }
+    if (vecUnread.size() == vecFrame.size()) {
         sayUnreadFrames(vecUnread, report);
+    }
     return true;
 }
 

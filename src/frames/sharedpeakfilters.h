@@ -20,8 +20,9 @@ public:
     {
         {
             std::shared_lock<std::shared_mutex> lock(m_mutex);
-            if (m_filters.fits(parameters, nWidth, nHeight))
+            if (m_filters.fits(parameters, nWidth, nHeight)) {
                 return fnUse(m_filters);
+            }
         }
         std::unique_lock<std::shared_mutex> lock(m_mutex);
         return fnUse(m_filters);

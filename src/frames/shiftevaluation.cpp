@@ -67,8 +67,9 @@ public:
         RegionFrame frame;
         try {
             CImgObj<float> imgRegion;
-            if (loadRegion(nFrame, imgRegion, frame.report))
+            if (loadRegion(nFrame, imgRegion, frame.report)) {
                 transform(imgRegion, frame);
+            }
         } catch (const CShortMemory&) {  // it tells of the file
             throw;
         } catch (const std::bad_alloc&) {
@@ -102,8 +103,9 @@ private:
         FrameFaults faults;
         faults.strNotLoaded = QStringLiteral("Failed to load %1. Stop.");
         const auto pImage = firstImage(m_series, nFrame, faults, report, OnShortMemory::Throw);
-        if (!pImage)
+        if (!pImage) {
             return false;
+        }
         const CImgObj<float>& imgFrame = *pImage;
         imgRegion = imgFrame.SubImage(m_square.nX, m_square.nY, m_square.nSide, m_square.nSide);
         if (!imgRegion.Data()) {
@@ -193,17 +195,19 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
     CBadPixelLines badPixelLines;
     const auto add = [&](int i, RegionFrame& frame) {
         frame.report.sayTo(report);
-        if (!frame.bUsable)
+        if (!frame.bUsable) {
             return false;
+        }
         badPixelLines.add(i, frame.nBadPixels, report);
         bool bMeasured = true;
         const QPointF ptShift = sum.add(frame.imgFT, bMeasured);
-        if (!bMeasured)
+        if (!bMeasured) {
             report.addMessage(
                 QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
                                "taken as 0.")
                     .arg(i + 1),
                 Severity::Error);
+        }
         measured.listShift.append(ptShift);
         if (fnFrameDone) {
             releaseFrameImages(dataSet.m_vecFrameImage);
@@ -258,12 +262,14 @@ QString saveShifts(const DataSet& dataSet, CRunReport& report)
     QString strReason;
     const bool bWritten = writeShiftFile(
         strPath, {dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}, &strReason);
-    if (bWritten)
+    if (bWritten) {
         report.addMessage(QStringLiteral("Shift correction data saved to %1.").arg(strPath), Severity::Info);
-    else
+    } else {
         report.addMessage(strFailed, Severity::Error);
-    if (!strReason.isEmpty())
+    }
+    if (!strReason.isEmpty()) {
         report.addMessage(strReason, Severity::Error);
+    }
     return bWritten ? QString() : strReason.isEmpty() ? strFailed : strReason;
 }
 
@@ -279,14 +285,16 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
                           .arg(rcRegion.height()),
                       Severity::Info);
     const int nFrames = dataSet.m_listFrameFile.size();
-    if (nFrames == 0)
+    if (nFrames == 0) {
         return {RunEnd::Refused, {}};
+    }
     const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };  // none: outside
     Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
-    if (square.nSide < g_nLeastSide)
+    if (square.nSide < g_nLeastSide) {
         return refuseRun(
             report,
             QStringLiteral("The reference region must have at least %L1 pixels a side.").arg(g_nLeastSide));
+    }
     if (square.nSide % 2 != 0) {
         --square.nSide;
         report.addMessage(QStringLiteral("The side must be even: %L1 pixels are used.").arg(square.nSide),
@@ -301,25 +309,29 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
     const MeasuredSeries measured = measureSeries(dataSet, square, options.nJobs, sum, report, fnFrameDone);
     const QList<QPointF>& listShift = measured.listShift;
     const bool bReachedEnd = measured.outcome.end == RunEnd::Finished;
-    if (!bReachedEnd)
+    if (!bReachedEnd) {
         report.addMessage(QStringLiteral("%1>Image shift evaluation ended after %L2 of %L3 frames.")
                               .arg(currentTimeStamp())
                               .arg(listShift.size())
                               .arg(nFrames),
                           Severity::Error);
-    if (measured.outcome.end == RunEnd::Stopped || (!bReachedEnd && !options.bKeepPartial))
+    }
+    if (measured.outcome.end == RunEnd::Stopped || (!bReachedEnd && !options.bKeepPartial)) {
         return measured.outcome;
+    }
     dataSet.m_listShift = listShift;
-    if (listShift.isEmpty())
+    if (listShift.isEmpty()) {
         return measured.outcome;
+    }
     sum.scale(1.0 / nFrames);
     const QPointF ptBeam = locateBeam(square, sum, report);
     dataSet.m_dfCenterX = ptBeam.x();
     dataSet.m_dfCenterY = ptBeam.y();
     RunOutcome outcome = measured.outcome;
     const QString strUnsaved = options.bSave ? saveShifts(dataSet, report) : QString();
-    if (outcome.finished())
+    if (outcome.finished()) {
         outcome.strReason = strUnsaved;
+    }
     report.addMessage(
         timedEndLine(QStringLiteral("%1>Image shift evaluation finished in %L2 min %L3 sec."), timer),
         Severity::Milestone);

@@ -29,13 +29,15 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
                            const std::function<QString(const QString& strFrame)>& fnTarget,
                            CRunReport& report)
 {
-    if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size())
+    if (dataSet.m_listShift.size() != dataSet.m_listFrameFile.size()) {
         return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
+    }
     const double dfDistance = g_dfSmvPixelSize / dataSet.m_dfPixelSize / dataSet.m_dfWavelength;
-    if (!std::isfinite(dfDistance))
+    if (!std::isfinite(dfDistance)) {
         return refuseRun(
             report, QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
                                    "was exported."));
+    }
     QString strHeader = smvHeaderTemplate();
     const auto set = [&strHeader](const char* pszKey, double dfValue, int nDecimals) {
         replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
@@ -48,10 +50,11 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
     set("DENZO_X_BEAM", dataSet.m_dfCenterY * g_dfSmvPixelSize, 2);
     set("DENZO_Y_BEAM", dataSet.m_dfCenterX * g_dfSmvPixelSize, 2);
 
-    if (!dataSet.m_distortion.isNone())
+    if (!dataSet.m_distortion.isNone()) {
         report.addMessage(
             QStringLiteral("SMV headers hold no distortion of the lens and no axis out of the "
                            "plane: the frames keep them, and who reads them has to know."));
+    }
     SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting SMV files");
     what.strStartLine = QStringLiteral("%1>Exporting SMV files...");
@@ -64,9 +67,10 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
     int nCutOff = 0;
     what.fnWrite = [&](int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason) {
         const double dfTilt = listTilt.value(nFrame);
-        if (nFrame + 1 < listTilt.size())
+        if (nFrame + 1 < listTilt.size()) {
             dfStep = what.series.reading.isHoleBehind(nFrame) ? what.series.reading.stepOf(nFrame)
                                                               : listTilt[nFrame + 1] - dfTilt;
+        }
         set("SIZE1", image.Width(), 0);
         set("SIZE2", image.Height(), 0);
         set("PHI", dfTilt, 2);

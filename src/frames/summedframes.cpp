@@ -35,12 +35,15 @@ std::vector<std::vector<int>> beamTiltGroups(const QList<int>& listBreak, int nF
     std::vector<std::vector<int>> vecGroup;
     bool bOpen = false;
     for (int i = 0; i < std::min(listBreak.size(), nFrames); ++i) {
-        if (listBreak[i] != 0)
+        if (listBreak[i] != 0) {
             bOpen = listBreak[i] == 1;
-        if (listBreak[i] == 1)
+        }
+        if (listBreak[i] == 1) {
             vecGroup.emplace_back();
-        if (bOpen)
+        }
+        if (bOpen) {
             vecGroup.back().push_back(i);
+        }
     }
     return vecGroup;
 }
@@ -48,8 +51,9 @@ std::vector<std::vector<int>> beamTiltGroups(const QList<int>& listBreak, int nF
 QString frameListText(const std::vector<int>& vecFrame)
 {
     QString strText;
-    for (int nFrame : vecFrame)
+    for (int nFrame : vecFrame) {
         strText += QStringLiteral("%1").arg(nFrame + 1, 5);
+    }
     return strText;
 }
 
@@ -66,15 +70,19 @@ public:
 
     RunOutcome run(const std::function<void(int nGroup)>& fnGroupDone)
     {
-        if (groups() == 0)
+        if (groups() == 0) {
             return refuseRun(m_report, QStringLiteral("There is no beam tilt series to sum."));
-        for (int n = 0; n < groups(); ++n)
+        }
+        for (int n = 0; n < groups(); ++n) {
             say(QStringLiteral("#%1:%2").arg(n + 1, 3).arg(frameListText(m_vecGroup[n])));
+        }
         QStringList listTarget;
-        for (int n = 0; n < groups(); ++n)
+        for (int n = 0; n < groups(); ++n) {
             listTarget.append(targetOf(n));
-        if (overwritesFrames(listTarget, m_series.allFiles(), m_report))
+        }
+        if (overwritesFrames(listTarget, m_series.allFiles(), m_report)) {
             return {RunEnd::Refused, m_report.reason()};
+        }
         if (m_listShift.size() != m_series.frameCount()) {
             say(QStringLiteral(
                     "The number of frames does not match that of the shift correction data. The frames "
@@ -82,13 +90,16 @@ public:
                 Severity::Error);
             m_listShift.clear();
         }
-        if (!makeImages())
+        if (!makeImages()) {
             return failedAsSaid(m_report);
+        }
         const bool bAll = sumGroups(fnGroupDone);
-        if (!m_strShifts.isEmpty())
+        if (!m_strShifts.isEmpty()) {
             say(m_strShifts);
-        if (m_bStopped)
+        }
+        if (m_bStopped) {
             return {RunEnd::Stopped, {}};
+        }
         return bAll ? RunOutcome() : failedAsSaid(m_report);
     }
 
@@ -130,8 +141,9 @@ private:
     bool makeImages()
     {
         const auto pFirst = frame(0, QString());
-        if (!pFirst)
+        if (!pFirst) {
             return false;
+        }
         m_nCount = qint64(pFirst->Width()) * pFirst->Height();
         m_imgSum.Create(pFirst->Width(), pFirst->Height());
         m_imgOutput.Create(pFirst->Width(), pFirst->Height());
@@ -153,8 +165,9 @@ private:
     bool addFrame(int nFrame)
     {
         const auto pImage = frame(nFrame, QStringLiteral(" Stop."));
-        if (!pImage)
+        if (!pImage) {
             return false;
+        }
         if (pImage->Width() != m_imgSum.Width() || pImage->Height() != m_imgSum.Height()) {
             m_report.fail(QStringLiteral("%1: %L2×%L3 pixels; the first frame has %L4×%L5. Stop.")
                               .arg(m_series.listFrameFile[nFrame])
@@ -171,8 +184,9 @@ private:
                            .arg(nFrame + 1, 3, 10, QLatin1Char('0'))
                            .arg(nDX, 3)
                            .arg(nDY, 3);
-        if (nDX != 0 || nDY != 0)
+        if (nDX != 0 || nDY != 0) {
             CyclicShift(pImage->Data(), pImage->Width(), pImage->Height(), nDX, nDY);
+        }
         addUsable(*pImage);
         return true;
     }
@@ -194,10 +208,11 @@ private:
     // number.
     void completeSum(int nFrames)
     {
-        for (const auto& [i, nMissing] : m_mapMissing)
+        for (const auto& [i, nMissing] : m_mapMissing) {
             m_imgSum.Data()[i] = nMissing < nFrames
                                      ? m_imgSum.Data()[i] * float(nFrames) / float(nFrames - nMissing)
                                      : std::numeric_limits<float>::quiet_NaN();
+        }
     }
 
     bool exportGroup(int nGroup, const std::function<void(int nGroup)>& fnGroupDone)
@@ -206,8 +221,9 @@ private:
         pShown->Copy(m_imgSum);
         releaseFrameImages(m_dataSet.m_vecFrameImage);
         m_dataSet.m_vecFrameImage.push_back(std::move(pShown));
-        if (fnGroupDone)
+        if (fnGroupDone) {
             fnGroupDone(nGroup);
+        }
         m_bStopped = !m_report.goOn();  // the sum is seen, of the last group too; it is written all the same
         scaleSum();
         const bool bSaved = writeOutput(targetOf(nGroup));
@@ -227,8 +243,9 @@ private:
         writer.open(strFile, m_imgOutput.Width(), m_imgOutput.Height(), 1);
         writer.addSection(m_imgOutput.Data());
         QString strReason;
-        if (writer.commit(&strReason))
+        if (writer.commit(&strReason)) {
             return true;
+        }
         m_report.noteReason(strReason);
         m_report.fail(QStringLiteral("Failed to save image:%1").arg(strFile));
         say(strReason, Severity::Error);
@@ -241,14 +258,16 @@ private:
         for (qint64 i = 0; i < m_nCount; ++i) {
             float f = m_imgSum.Data()[i] / g_fDivisor;
             if (f > g_fWhite) {
-                if (++nOutside <= g_nRangeLines)
+                if (++nOutside <= g_nRangeLines) {
                     say(QStringLiteral("Data out of range (%1). Break.").arg(double(f)));
+                }
                 f = g_fWhite;
             }
             m_imgOutput.Data()[i] = f >= 0 ? static_cast<unsigned short>(f) : 0;  // 0 for no number too
         }
-        if (nOutside > g_nRangeLines)
+        if (nOutside > g_nRangeLines) {
             say(QStringLiteral("Data out of range in %L1 more pixels.").arg(nOutside - g_nRangeLines));
+        }
     }
 
     DataSet& m_dataSet;

@@ -14,8 +14,9 @@ bool findBeamInSummedMap(const CImgObj<COMPLEX>& imgSumFT, int& nX, int& nY)
 {
     const int nWidth = imgSumFT.Width();
     const int nHeight = imgSumFT.Height();
-    if (!imgSumFT.Data() || nWidth % 2 != 0 || nHeight % 2 != 0)
+    if (!imgSumFT.Data() || nWidth % 2 != 0 || nHeight % 2 != 0) {
         return false;
+    }
     const int nPixels = nWidth * nHeight;
     CAcmlFft fft;
     CImgObj<float> imgReal;

@@ -20,12 +20,13 @@ bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRu
         report.fail(error.text());
         return false;
     }
-    if (sequence.jobs() < nJobs)
+    if (sequence.jobs() < nJobs) {
         report.addMessage(
             QStringLiteral("Memory is short: the run goes on with fewer frames side by side (as with "
                            "the driver's option --jobs %1).")
                 .arg(sequence.jobs()),
             Severity::Info);
+    }
     return true;
 }
 

@@ -21,8 +21,9 @@ namespace {
 // one another without padding, which QImage would otherwise expect for widths that are no multiple of 4.
 QPixmap pixmapOf(const CImgObj<unsigned char>& image, const QVector<QRgb>& vecColor)
 {
-    if (!image.Data())
+    if (!image.Data()) {
         return {};
+    }
     QImage picture(image.Data(), image.Width(), image.Height(), image.Width(), QImage::Format_Indexed8);
     picture.setColorTable(vecColor);
     return QPixmap::fromImage(picture);
@@ -74,8 +75,9 @@ int BaseImgScene::setPalette(int nPalette)
 
 QSize BaseImgScene::imageSize() const
 {
-    if (!isIndexOf(m_vecImage, m_nCurrentIndex))
+    if (!isIndexOf(m_vecImage, m_nCurrentIndex)) {
         return {-1, -1};
+    }
     const auto& image = *m_vecImage[m_nCurrentIndex];
     return {image.Width(), image.Height()};
 }
@@ -94,8 +96,9 @@ void BaseImgScene::setLabelVisible(bool bVisible)
 
 bool BaseImgScene::setOverlayAlpha(int nAlpha)
 {
-    if (nAlpha < 0 || nAlpha > 255)
+    if (nAlpha < 0 || nAlpha > 255) {
         return false;
+    }
     m_nOverlayAlpha = nAlpha;
     m_vecOverlayColor = overlayColorTable(nAlpha);
     updateOverlay();
@@ -135,25 +138,28 @@ void BaseImgScene::convertImages(const ImageList& vecImage, const TConvert& conv
     const unsigned nConversion = m_nConversion;
 
     std::unique_ptr<QProgressDialog> pProgress;  // nobody would see one that is never updated
-    if (m_bShowProgress)
+    if (m_bShowProgress) {
         pProgress = std::make_unique<QProgressDialog>(QStringLiteral("Preparing display..."), QString(), 0,
                                                       int(vecImage.size()) - 1, m_pParentWidget,
                                                       Qt::CustomizeWindowHint);
+    }
     for (std::size_t i = 0; i < vecImage.size(); ++i) {
         if (pProgress) {
             pProgress->setValue(int(i));
             QCoreApplication::processEvents();
             // Another frame may have come in meanwhile, or the images may be gone.
-            if (nConversion != m_nConversion || i >= vecImage.size())
+            if (nConversion != m_nConversion || i >= vecImage.size()) {
                 return;
+            }
         }
         auto pByte = i < vecFormer.size() ? std::move(vecFormer[i])
                                           : std::make_unique<CImgObj<unsigned char>>();
         const CImgObj<float>* pImage = vecImage[i].get();
-        if (pImage && pByte->Create(pImage->Width(), pImage->Height()))
+        if (pImage && pByte->Create(pImage->Width(), pImage->Height())) {
             convert(i, *pImage, *pByte);
-        else
+        } else {
             pByte->Release();
+        }
         appendImage(std::move(pByte));
     }
 }
@@ -169,13 +175,15 @@ void BaseImgScene::setImagesAuto(const ImageList& vecImage)
 void BaseImgScene::setImagesLimits(const ImageList& vecImage, const RangeList& vecLimit,
                                    const RangeList& vecOutRange)
 {
-    if (vecLimit.size() != vecImage.size())
+    if (vecLimit.size() != vecImage.size()) {
         return;
+    }
     const RangeList vecOut = vecOutRange.size() == vecImage.size() ? vecOutRange
                                                                    : RangeList(vecImage.size(), {0.0, 255.0});
     convertImages(vecImage, [&](std::size_t i, const CImgObj<float>& image, CImgObj<unsigned char>& imgByte) {
-        if (i >= vecOut.size())
+        if (i >= vecOut.size()) {
             return imgByte.Clear();  // an image that joined the list while events were processed
+        }
         const int nCount = image.Width() * image.Height();
         if (m_bLogarithmic) {
             FloatToByteLog(image.Data(), imgByte.Data(), nCount, float(vecLimit[i].first),
@@ -189,19 +197,22 @@ void BaseImgScene::setImagesLimits(const ImageList& vecImage, const RangeList& v
 
 void BaseImgScene::updateScene()
 {
-    if (!isIndexOf(m_vecImage, m_nCurrentIndex))
+    if (!isIndexOf(m_vecImage, m_nCurrentIndex)) {
         return;
+    }
     const auto& image = *m_vecImage[m_nCurrentIndex];
-    if (image.Data())
+    if (image.Data()) {
         setSceneRect(0.0, 0.0, image.Width(), image.Height());
+    }
     m_pImageItem->setPixmap(pixmapOf(image, *m_pPalette));
     updateOverlay();
 }
 
 bool BaseImgScene::switchToIndex(int nIndex)
 {
-    if (!isIndexOf(m_vecImage, nIndex))
+    if (!isIndexOf(m_vecImage, nIndex)) {
         return false;
+    }
     if (nIndex != m_nCurrentIndex) {
         m_nCurrentIndex = nIndex;
         updateScene();
@@ -213,8 +224,9 @@ void BaseImgScene::updateOverlay()
 {
     const bool bShow = m_bOverlay && isIndexOf(m_vecOverlay, m_nCurrentIndex) &&
                        m_vecOverlay[m_nCurrentIndex];  // an image need not have one
-    if (bShow)
+    if (bShow) {
         m_pOverlayItem->setPixmap(pixmapOf(*m_vecOverlay[m_nCurrentIndex], m_vecOverlayColor));
+    }
     m_pOverlayItem->setVisible(bShow);
 }
 

@@ -33,8 +33,9 @@ void BaseImgView::init()
 
 void BaseImgView::setScaleFactor(double dfScale)
 {
-    if (!(dfScale > 0.0) || std::abs(dfScale - scaleFactor()) <= 0.001)
+    if (!(dfScale > 0.0) || std::abs(dfScale - scaleFactor()) <= 0.001) {
         return;
+    }
     QTransform matrix = QTransform::fromTranslate(transform().dx(), transform().dy());
     matrix.scale(dfScale, dfScale);
     setTransform(matrix);
@@ -67,21 +68,24 @@ void BaseImgView::mousePressEvent(QMouseEvent* pEvent)
 void BaseImgView::mouseMoveEvent(QMouseEvent* pEvent)
 {
     if (m_bRightHeld &&
-        (pEvent->pos() - m_ptRightPress).manhattanLength() >= QApplication::startDragDistance())
+        (pEvent->pos() - m_ptRightPress).manhattanLength() >= QApplication::startDragDistance()) {
         m_bRightDragged = true;
+    }
     QGraphicsView::mouseMoveEvent(pEvent);
 }
 
 void BaseImgView::mouseReleaseEvent(QMouseEvent* pEvent)
 {
     QGraphicsView::mouseReleaseEvent(pEvent);
-    if (pEvent->button() != Qt::RightButton)
+    if (pEvent->button() != Qt::RightButton) {
         return;
+    }
     const bool bMenu = m_bMenuPending && !m_bRightDragged;
     m_bRightHeld = false;
     m_bMenuPending = false;
-    if (bMenu && !actions().isEmpty())
+    if (bMenu && !actions().isEmpty()) {
         QMenu::exec(actions(), pEvent->globalPos(), nullptr, this);
+    }
 }
 
 void BaseImgView::wheelEvent(QWheelEvent* pEvent)
@@ -96,16 +100,19 @@ void BaseImgView::wheelEvent(QWheelEvent* pEvent)
         return;
     }
     const int nStep = wheelStep(nDelta, pEvent->phase());
-    if (nStep == 0)
+    if (nStep == 0) {
         return;
+    }
     const double dfScale = scaleFactor();
     const QPointF ptScene = viewportTransform().inverted().map(pEvent->position());
-    if (nStep < 0)
+    if (nStep < 0) {
         emit zoomOut();
-    else
+    } else {
         emit zoomIn();
-    if (scaleFactor() == dfScale)
+    }
+    if (scaleFactor() == dfScale) {
         return;
+    }
     const QPointF ptMoved = viewportTransform().map(ptScene) - pEvent->position();
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(ptMoved.x()));
     verticalScrollBar()->setValue(verticalScrollBar()->value() + qRound(ptMoved.y()));
@@ -129,8 +136,9 @@ int BaseImgView::wheelStep(int nAngle, Qt::ScrollPhase phase)
         return nSign;
     }
     m_nWheelAngle += nAngle;
-    if (std::abs(m_nWheelAngle) < QWheelEvent::DefaultDeltasPerStep)
+    if (std::abs(m_nWheelAngle) < QWheelEvent::DefaultDeltasPerStep) {
         return 0;
+    }
     m_nWheelAngle -= nSign * QWheelEvent::DefaultDeltasPerStep;
     return nSign;
 }

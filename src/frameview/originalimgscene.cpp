@@ -27,14 +27,16 @@ void OriginalImgScene::addSelectionRect(int w, int h)
 
 void OriginalImgScene::setSelectionRects(const QList<QRectF>& listRect)
 {
-    if (listRect.size() == m_listSelectionRect.size() && m_nSelectionIndex == 0)
+    if (listRect.size() == m_listSelectionRect.size() && m_nSelectionIndex == 0) {
         m_listSelectionRect = listRect;
+    }
 }
 
 void OriginalImgScene::setSelectionIndex(int nIndex)
 {
-    if (isPreset(m_nSelectionIndex))
+    if (isPreset(m_nSelectionIndex)) {
         m_listSelectionRect[m_nSelectionIndex].moveTopLeft(selectionRect().topLeft());
+    }
 
     m_nSelectionIndex = 0;
     if (!isPreset(nIndex)) {
@@ -55,8 +57,9 @@ void OriginalImgScene::setSelectionIndex(int nIndex)
 
 QRectF OriginalImgScene::selectionRect() const
 {
-    if (!isPreset(m_nSelectionIndex))
+    if (!isPreset(m_nSelectionIndex)) {
         return {};
+    }
     const QSizeF size = m_listSelectionRect[m_nSelectionIndex].size();
     const QPointF pt = m_pSelRectItem->scenePos() - QPointF(size.width() / 2.0, size.height() / 2.0);
     return {QPointF(std::floor(pt.x()), std::floor(pt.y())), size};
@@ -64,22 +67,26 @@ QRectF OriginalImgScene::selectionRect() const
 
 void OriginalImgScene::updateViewScale(double scale)
 {
-    if (scale > 0.0)
+    if (scale > 0.0) {
         m_pSelRectItem->setPenWidth(1.0 / scale);
+    }
 }
 
 void OriginalImgScene::updateSelRectBoundingBox(QRectF rect)
 {
-    if (rect == m_pSelRectItem->bound())  // Qt compares rectangles with a relative tolerance of 1e-12
+    if (rect == m_pSelRectItem->bound()) {  // Qt compares rectangles with a relative tolerance of 1e-12
         return;
+    }
     if (isPreset(m_nSelectionIndex)) {
         const QSizeF size = m_listSelectionRect[m_nSelectionIndex].size();
-        if (rect.width() < size.width() || rect.height() < size.height())
+        if (rect.width() < size.width() || rect.height() < size.height()) {
             setSelectionIndex(0);
+        }
     }
     m_pSelRectItem->setBound(rect);
-    for (QRectF& rectPreset : m_listSelectionRect)
+    for (QRectF& rectPreset : m_listSelectionRect) {
         rectPreset.moveCenter(sceneRect().center());
+    }
 }
 
 void OriginalImgScene::reemitSelRectPosChanged(QRectF rectSel)

@@ -9,8 +9,9 @@ namespace {
 std::array<QVector<QRgb>, 4> makePalettes()
 {
     std::array<QVector<QRgb>, 4> aPalette;
-    for (QVector<QRgb>& palette : aPalette)
+    for (QVector<QRgb>& palette : aPalette) {
         palette.resize(256);
+    }
     for (int i = 0; i < 256; ++i) {
         const int k = 4 * (i % 64);
         const QRgb aRamp[4] = {qRgb(0, k, 255), qRgb(0, 255, 255 - k), qRgb(k, 255, 0),
@@ -35,8 +36,9 @@ const QVector<QRgb>* paletteTable(int nIndex)
 QVector<QRgb> overlayColorTable(int nAlpha)
 {
     QVector<QRgb> vecColor(256, 0);
-    for (int i = 1; i < 254; ++i)
+    for (int i = 1; i < 254; ++i) {
         vecColor[i] = qRgba(0, i, 0, nAlpha);
+    }
     vecColor[254] = 0xFFFF0000;
     vecColor[255] = 0xFF00FFFF;
     return vecColor;

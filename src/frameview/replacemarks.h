@@ -16,15 +16,18 @@ namespace tessera {
 template <typename TItem>
 void replaceMarks(QGraphicsScene* pScene, QList<TItem*>& listMark, const QList<TItem*>& listNew = {})
 {
-    if (listMark.isEmpty() && listNew.isEmpty())
+    if (listMark.isEmpty() && listNew.isEmpty()) {
         return;
+    }
     const CViewUpdatePause pause(pScene);
     qDeleteAll(listMark);
     listMark = listNew;
-    if (!pScene)
+    if (!pScene) {
         return;
-    for (TItem* pItem : listNew)
+    }
+    for (TItem* pItem : listNew) {
         pScene->addItem(pItem);
+    }
 }
 
 }  // namespace tessera

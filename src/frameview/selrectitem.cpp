@@ -15,10 +15,12 @@ const double g_dfCrossArm = 5.0;  // scene units
 // near edges are put together, as the two conditions would push the item to and fro for ever.
 double clamped(double df, double dfHalf, double dfLow, double dfHigh)
 {
-    if (df < dfLow + dfHalf || dfHigh - dfLow < 2.0 * dfHalf)
+    if (df < dfLow + dfHalf || dfHigh - dfLow < 2.0 * dfHalf) {
         return dfLow + dfHalf + 0.5;
-    if (df > dfHigh - dfHalf)
+    }
+    if (df > dfHigh - dfHalf) {
         return dfHigh - dfHalf + 0.5;
+    }
     return df;
 }
 
@@ -60,8 +62,9 @@ void SelRectItem::clampToBound()
 {
     const double x = clamped(pos().x(), rect().width() / 2.0, m_rectBound.left(), m_rectBound.right());
     const double y = clamped(pos().y(), rect().height() / 2.0, m_rectBound.top(), m_rectBound.bottom());
-    if (x != pos().x() || y != pos().y())
+    if (x != pos().x() || y != pos().y()) {
         setPos(x, y);
+    }
 }
 
 QVariant SelRectItem::itemChange(GraphicsItemChange change, const QVariant& value)

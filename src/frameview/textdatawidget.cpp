@@ -82,8 +82,9 @@ bool TextDataWidget::findLayout(Layout& layout) const
     const int nImgHeight = m_imgData.Height();
     // As real numbers first: a centre far off would not fit an int.
     if (!(m_ptCenter.x() > -1.0 && m_ptCenter.x() < nImgWidth && m_ptCenter.y() > -1.0 &&
-          m_ptCenter.y() < nImgHeight))
+          m_ptCenter.y() < nImgHeight)) {
         return false;
+    }
     const QFontMetrics metrics(gridFont());
     double dfLimit = 10.0;  // 10^k
     for (int k = 1; k <= 6; ++k, dfLimit *= 10.0) {
@@ -107,8 +108,9 @@ bool TextDataWidget::findLayout(Layout& layout) const
                 dfMin = pRow[x] < dfMin ? double(pRow[x]) : dfMin;
             }
         }
-        if (dfMax < 10.0 * dfLimit && dfMin > -dfLimit)
+        if (dfMax < 10.0 * dfLimit && dfMin > -dfLimit) {
             break;
+        }
     }
     return true;
 }
@@ -117,29 +119,34 @@ void TextDataWidget::clearImages()
 {
     m_imgData.Release();
     m_imgByte.Release();
-    for (QGraphicsItem* pItem : m_pScene->items())
+    for (QGraphicsItem* pItem : m_pScene->items()) {
         m_pScene->removeItem(pItem);
+    }
 }
 
 bool TextDataWidget::refresh()
 {
     if (!isVisible() || m_imgData.Width() != m_imgByte.Width() || m_imgData.Height() != m_imgByte.Height() ||
-        m_imgData.Width() < 1 || m_imgData.Height() < 1)
+        m_imgData.Width() < 1 || m_imgData.Height() < 1) {
         return false;
+    }
     Layout layout;
-    if (!findLayout(layout))
+    if (!findLayout(layout)) {
         return false;
+    }
 
     setUpdatesEnabled(false);
-    for (QGraphicsItem* pItem : m_pScene->items())
+    for (QGraphicsItem* pItem : m_pScene->items()) {
         m_pScene->removeItem(pItem);
+    }
     m_pScene->setSceneRect(0.0, 0.0, layout.nCellWidth * layout.nColumns, layout.nCellHeight * layout.nRows);
     if (layout.nColumns + layout.nRows - 2 > m_listHeaderItem.size()) {
         growPool(m_listHeaderItem, m_colorHeader, m_listHeaderItem.size());
         growPool(m_listCrossItem, m_colorCross, m_listCrossItem.size());
     }
-    if ((layout.nColumns - 1) * (layout.nRows - 1) > m_listCellItem.size())
+    if ((layout.nColumns - 1) * (layout.nRows - 1) > m_listCellItem.size()) {
         growPool(m_listCellItem, m_colorCell, m_listCellItem.size());
+    }
 
     // Places the next item of a pool; the grid goes without those that the pool can't give.
     int nHeader = 0;
@@ -147,8 +154,9 @@ bool TextDataWidget::refresh()
     int nCross = 0;
     const auto place = [&](const QList<TextItem*>& listItem, int& nUsed, int c, int r, const QString& strText,
                            const QColor& color) {
-        if (nUsed >= listItem.size())
+        if (nUsed >= listItem.size()) {
             return;
+        }
         TextItem* pItem = listItem[nUsed++];
         pItem->setText(strText);
         pItem->setBrushColor(color);
@@ -162,10 +170,12 @@ bool TextDataWidget::refresh()
     // A window with room for one column or one row alone gets the corner and nothing else.
     const int nColumns = layout.h > 0 ? layout.w : 0;
     const int nRows = layout.w > 0 ? layout.h : 0;
-    for (int c = 1; c <= nColumns; ++c)
+    for (int c = 1; c <= nColumns; ++c) {
         place(m_listHeaderItem, nHeader, c, 0, QStringLiteral("%1").arg(layout.x0 + c - 1, d), Qt::black);
-    for (int r = 1; r <= nRows; ++r)
+    }
+    for (int r = 1; r <= nRows; ++r) {
         place(m_listHeaderItem, nHeader, 0, r, QStringLiteral("%1").arg(layout.y0 + r - 1, d), Qt::black);
+    }
 
     const QVector<QRgb>& vecColor = *paletteTable(2);
     for (int c = 1; c <= nColumns; ++c) {

@@ -36,8 +36,9 @@ void TextItem::setBrushColor(const QColor& color)
 
 void TextItem::setFontSize(double dfPointSize)
 {
-    if (!(dfPointSize > 0.0))
+    if (!(dfPointSize > 0.0)) {
         return;
+    }
     QFont fontNew = font();
     fontNew.setPointSizeF(dfPointSize);
     setFont(fontNew);
@@ -54,8 +55,9 @@ void TextItem::setScreenSized(double dfGap)
 QRectF TextItem::boundingRect() const
 {
     const QRectF rect = QGraphicsSimpleTextItem::boundingRect();
-    if (!m_bScreenSized)
+    if (!m_bScreenSized) {
         return rect;
+    }
     return {rect.topLeft(), rect.size() * g_dfMostScale + QSizeF(m_dfGap, m_dfGap)};
 }
 
@@ -78,10 +80,12 @@ void TextItem::paintScreenSized(QPainter& painter) const
 
 void TextItem::paint(QPainter* pPainter, const QStyleOptionGraphicsItem* pOption, QWidget* pWidget)
 {
-    if (m_colorBackground.alpha() > 0)
+    if (m_colorBackground.alpha() > 0) {
         pPainter->fillRect(boundingRect(), m_colorBackground);
-    if (m_bScreenSized)
+    }
+    if (m_bScreenSized) {
         return paintScreenSized(*pPainter);
+    }
     QGraphicsSimpleTextItem::paint(pPainter, pOption, pWidget);
 }
 

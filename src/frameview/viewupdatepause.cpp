@@ -6,8 +6,9 @@ namespace tessera {
 
 CViewUpdatePause::CViewUpdatePause(QGraphicsScene* pScene)
 {
-    if (!pScene)
+    if (!pScene) {
         return;
+    }
     for (QGraphicsView* pView : pScene->views()) {
         m_listView.append({pView, pView->viewportUpdateMode()});
         pView->setViewportUpdateMode(QGraphicsView::NoViewportUpdate);
@@ -17,8 +18,9 @@ CViewUpdatePause::CViewUpdatePause(QGraphicsScene* pScene)
 CViewUpdatePause::~CViewUpdatePause()
 {
     for (const auto& pair : m_listView) {
-        if (!pair.first)
+        if (!pair.first) {
             continue;
+        }
         pair.first->setViewportUpdateMode(pair.second);
         pair.first->viewport()->update();
     }

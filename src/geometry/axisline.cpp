@@ -33,11 +33,13 @@ QPointF roundedCut(const QLineF& line, const QLineF& edge)
 // An axis through a corner cuts two edges at the same pixel.
 void dropRepeated(QList<QPointF>& listPoint)
 {
-    for (int i = 0; i < listPoint.size();)
-        if (listPoint.indexOf(listPoint[i], i + 1) >= 0)
+    for (int i = 0; i < listPoint.size();) {
+        if (listPoint.indexOf(listPoint[i], i + 1) >= 0) {
             listPoint.removeAt(i);
-        else
+        } else {
             ++i;
+        }
+    }
 }
 
 }  // namespace
@@ -45,8 +47,9 @@ void dropRepeated(QList<QPointF>& listPoint)
 bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, const QSize& sizeFrame)
 {
     if (sizeFrame.isEmpty() || !std::isfinite(ptCentre.x()) || !std::isfinite(ptCentre.y()) ||
-        !std::isfinite(dfRotationAxis))
+        !std::isfinite(dfRotationAxis)) {
         return false;
+    }
     const double dfWidth = sizeFrame.width();
     const double dfHeight = sizeFrame.height();
     QLineF axis(ptCentre, ptCentre + QPointF(1, 0));
@@ -66,13 +69,16 @@ bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, cons
     QList<QPointF> listEnd;
     for (const QLineF& edge : {top, left, right, bottom}) {
         const QPointF pt = roundedCut(axis, edge);
-        if (pt.x() >= 0 && pt.x() <= dfWidth && pt.y() >= 0 && pt.y() <= dfHeight)
+        if (pt.x() >= 0 && pt.x() <= dfWidth && pt.y() >= 0 && pt.y() <= dfHeight) {
             listEnd.append(pt);
+        }
     }
-    if (listEnd.size() != 2)
+    if (listEnd.size() != 2) {
         dropRepeated(listEnd);
-    if (listEnd.size() != 2)
+    }
+    if (listEnd.size() != 2) {
         return false;
+    }
     line = QLineF(listEnd[0], listEnd[1]);
     return true;
 }

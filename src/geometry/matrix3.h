@@ -28,8 +28,9 @@ public:
     /// `nRow` 1, 2 or 3; any other value does nothing.
     void setRow(int nRow, const Vec3D& v)
     {
-        if (nRow < 1 || nRow > 3)
+        if (nRow < 1 || nRow > 3) {
             return;
+        }
         double* pRow = &at(nRow - 1, 0);
         pRow[0] = double(v.x);
         pRow[1] = double(v.y);
@@ -38,16 +39,18 @@ public:
     /// `nRow` 1, 2 or 3, rounded to single precision; (0, 0, 0) for any other value.
     Vec3D getRow(int nRow) const
     {
-        if (nRow < 1 || nRow > 3)
+        if (nRow < 1 || nRow > 3) {
             return {};
+        }
         const double* pRow = &at(nRow - 1, 0);
         return {float(pRow[0]), float(pRow[1]), float(pRow[2])};
     }
     /// `nColumn` 0, 1 or 2; any other value does nothing.
     void setColumn(int nColumn, const Vec3D& v)
     {
-        if (nColumn < 0 || nColumn > 2)
+        if (nColumn < 0 || nColumn > 2) {
             return;
+        }
         m_dfElement[nColumn] = double(v.x);
         m_dfElement[nColumn + 3] = double(v.y);
         m_dfElement[nColumn + 6] = double(v.z);
@@ -55,8 +58,9 @@ public:
     /// `nColumn` 0, 1 or 2, rounded to single precision; (0, 0, 0) for any other value.
     Vec3D getColumn(int nColumn) const
     {
-        if (nColumn < 0 || nColumn > 2)
+        if (nColumn < 0 || nColumn > 2) {
             return {};
+        }
         return {float(m_dfElement[nColumn]), float(m_dfElement[nColumn + 3]),
                 float(m_dfElement[nColumn + 6])};
     }
@@ -79,8 +83,9 @@ public:
     CMatrix3 scaled(double dfFactor) const
     {
         CMatrix3 result;
-        for (int n = 0; n < 9; ++n)
+        for (int n = 0; n < 9; ++n) {
             result.m_dfElement[n] = m_dfElement[n] * dfFactor;
+        }
         return result;
     }
     /// The adjugate times 1/determinant. Not tested: a singular matrix gives elements that are not finite.
@@ -97,11 +102,13 @@ public:
     CMatrix3 multiplied(const CMatrix3& other) const
     {
         CMatrix3 result;
-        for (int nRow = 0; nRow < 3; ++nRow)
-            for (int nColumn = 0; nColumn < 3; ++nColumn)
+        for (int nRow = 0; nRow < 3; ++nRow) {
+            for (int nColumn = 0; nColumn < 3; ++nColumn) {
                 result.at(nRow, nColumn) = at(nRow, 0) * other.at(0, nColumn) +
                                            at(nRow, 1) * other.at(1, nColumn) +
                                            at(nRow, 2) * other.at(2, nColumn);
+            }
+        }
         return result;
     }
     /// This matrix times the column `v`: components to double, each row's sum in double, the result

@@ -7,8 +7,9 @@ namespace tessera {
 
 std::optional<ReciprocalBasis> basisFromList(const QList<Vec3D>& listCell)
 {
-    if (listCell.size() != 3)
+    if (listCell.size() != 3) {
         return std::nullopt;
+    }
     return ReciprocalBasis{listCell[0], listCell[1], listCell[2]};
 }
 

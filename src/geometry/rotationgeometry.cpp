@@ -46,8 +46,9 @@ Vec3D rotated(const CMatrix3& matrix, const Vec3D& v)
 Vec3D ewaldPoint(const Vec3D& vecFlat, double dfWavelength)
 {
     // The beam itself is the origin by definition; 1/λ rounded to single would leave it some 1e-6 off.
-    if (vecFlat == Vec3D())
+    if (vecFlat == Vec3D()) {
         return {};
+    }
     const double dfK = 1 / dfWavelength;
     const Vec3D vecFromCentre = {vecFlat.x, vecFlat.y, vecFlat.z - float(dfK)};
     const double dfLength = double(length(vecFromCentre));
@@ -75,8 +76,9 @@ QPointF calPeak2DPosCenterCorrected(const BeamCentres& centres, int nFrameNo, QP
 float calDistanceToRotationAxis(const BeamCentres& centres, double dfRotationAxis, int nFrameNo,
                                 const QPointF& pt)
 {
-    if (!centres.holds(nFrameNo))
+    if (!centres.holds(nFrameNo)) {
         return 0;
+    }
     const QPointF ptCentre = frameCentre(centres, nFrameNo);
     // At ±90° the tangent is large and finite, so the quotient needs no special case.
     const float fTan = float(std::tan(radians(dfRotationAxis)));
@@ -88,19 +90,23 @@ float calDistanceToRotationAxis(const BeamCentres& centres, double dfRotationAxi
 float calAngleToRotationAxis(const BeamCentres& centres, double dfRotationAxis, int nFrameNo,
                              const Peak3D& peak)
 {
-    if (!centres.holds(nFrameNo))
+    if (!centres.holds(nFrameNo)) {
         return 0;
+    }
     const QPointF ptCentre = frameCentre(centres, nFrameNo);
     double dfAxis = dfRotationAxis;
-    if (dfAxis < -90)
+    if (dfAxis < -90) {
         dfAxis += 180;
-    if (dfAxis > 90)
+    }
+    if (dfAxis > 90) {
         dfAxis -= 180;
+    }
     const double dfX = peak.dfX2D - ptCentre.x();
     const double dfY = peak.dfY2D - ptCentre.y();
     double dfAngle = dfX == 0 ? std::fabs(90 - dfAxis) : std::fabs(degrees(std::atan(-dfY / dfX)) - dfAxis);
-    if (dfAngle > 90)
+    if (dfAngle > 90) {
         dfAngle = 180 - dfAngle;
+    }
     return float(dfAngle);
 }
 

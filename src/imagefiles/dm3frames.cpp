@@ -7,11 +7,13 @@ namespace tessera {
 
 bool readDm3Frames(const QString& strFileName, int nFirst, int, ImageList& vecImage, QString& strReason)
 {
-    if (nFirst > 0)
+    if (nFirst > 0) {
         return readDmFrames(strFileName, 3, nFirst, 1, vecImage, strReason);
+    }
     auto pImage = std::make_unique<CImgObj<float>>();
-    if (ReadDM3(*pImage, strFileName, &strReason) != 1)
+    if (ReadDM3(*pImage, strFileName, &strReason) != 1) {
         return false;
+    }
     vecImage.push_back(std::move(pImage));
     return true;
 }

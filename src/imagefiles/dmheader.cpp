@@ -35,8 +35,9 @@ private:
 void tellScale(const CImageTags& tags, FrameHeader& header)
 {
     const TagDirectory* pDimension = asGroup(dmChild(tags.group("Calibrations"), "Dimension"));
-    if (!pDimension || pDimension->vecChild.empty())
+    if (!pDimension || pDimension->vecChild.empty()) {
         return;
+    }
     const auto scale = [&](size_t i) {
         const TagDirectory* pAxis = i < pDimension->vecChild.size() ? asGroup(pDimension->vecChild[i].get())
                                                                     : nullptr;
@@ -48,12 +49,13 @@ void tellScale(const CImageTags& tags, FrameHeader& header)
     };
     header.pixelSize = scale(0);
     const ToldNumber other = scale(1);
-    if (header.pixelSize.isTold() && other.isTold() && std::abs(other.df / header.pixelSize.df - 1) > 0.001)
+    if (header.pixelSize.isTold() && other.isTold() && std::abs(other.df / header.pixelSize.df - 1) > 0.001) {
         header.listDoubt += QStringLiteral(
                                 "The pixels are said not to be square (%1 and %2 1/Å); the first is "
                                 "taken")
                                 .arg(header.pixelSize.df)
                                 .arg(other.df);
+    }
 }
 
 void tellMicroscope(const CImageTags& tags, FrameHeader& header)
@@ -63,23 +65,26 @@ void tellMicroscope(const CImageTags& tags, FrameHeader& header)
                                    QStringLiteral("Microscope Info: Voltage"));
     const QString strMode = tags.text(dmChild(pMicroscope, "Illumination Mode")).toUpper();
     const bool bDiffraction = tags.text(dmChild(pMicroscope, "Imaging Mode")).toUpper().startsWith("DIFF");
-    if (strMode.startsWith(QLatin1String("STEM")))
+    if (strMode.startsWith(QLatin1String("STEM"))) {
         header.cameraLength = tags.above0(dmChild(pMicroscope, "STEM Camera Length"), 1,
                                           QStringLiteral("Microscope Info: STEM Camera Length"));
-    else if (bDiffraction)
+    } else if (bDiffraction) {
         header.cameraLength = tags.above0(dmChild(pMicroscope, "Indicated Magnification"), 1,
                                           QStringLiteral("Microscope Info: Indicated Magnification"));
+    }
 
     const double dfAlpha = tags.number(dmChild(dmGroup(pMicroscope, "Stage Position"), "Stage Alpha"));
-    if (!(std::abs(dfAlpha) <= 360))
+    if (!(std::abs(dfAlpha) <= 360)) {
         return;
-    if (header.nImages == 1)
+    }
+    if (header.nImages == 1) {
         header.tilt = {dfAlpha, QStringLiteral("Stage Position: Stage Alpha")};
-    else
+    } else {
         header.listDoubt += QStringLiteral(
                                 "A tilt of %1 degrees is told, once for all images of the file; it is "
                                 "not used")
                                 .arg(dfAlpha);
+    }
 }
 
 void tellCamera(const CImageTags& tags, FrameHeader& header)
@@ -89,12 +94,14 @@ void tellCamera(const CImageTags& tags, FrameHeader& header)
     const TagDirectory* pHighLevel = dmGroup(dmGroup(pAcquisition, "Parameters"), "High Level");
     header.exposure = tags.above0(dmChild(tags.group("DataBar"), "Exposure Time (s)"), 1,
                                   QStringLiteral("DataBar: Exposure Time"));
-    if (!header.exposure.isTold())
+    if (!header.exposure.isTold()) {
         header.exposure = tags.above0(dmChild(pHighLevel, "Exposure (s)"), 1,
                                       QStringLiteral("Acquisition: Exposure"));
+    }
     header.strDetector = tags.text(dmChild(pDevice, "Name"));
-    if (header.strDetector.isEmpty())
+    if (header.strDetector.isEmpty()) {
         header.strDetector = tags.text(dmChild(tags.group("DataBar"), "Device Name"));
+    }
 
     const ToldNumber pixel = tags.above0(dmChild(dmGroup(pDevice, "CCD"), "Pixel Size (um)"), 1,
                                          QStringLiteral("Acquisition: Pixel Size"));
@@ -112,8 +119,9 @@ void tellCamera(const CImageTags& tags, FrameHeader& header)
 bool openDm(QFile& file, int nVersion, bool bPixelsOnly, DmTags& tags, DmImage& image, QString& strReason)
 {
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) ||
-        !readDmTags(file, bPixelsOnly, tags, strReason))
+        !readDmTags(file, bPixelsOnly, tags, strReason)) {
         return false;
+    }
     if (tags.nVersion != nVersion) {
         strReason =
             QStringLiteral("version %1; this is a reader of version %2").arg(tags.nVersion).arg(nVersion);
@@ -133,10 +141,11 @@ FrameHeader dmHeader(const DmTags& tags, const DmImage& image)
     tellScale(imageTags, header);
     tellMicroscope(imageTags, header);
     tellCamera(imageTags, header);
-    if (image.nPlanesTold > image.nPlanes)
+    if (image.nPlanesTold > image.nPlanes) {
         header.listDoubt += QStringLiteral("The file is cut: %1 of %2 images are there")
                                 .arg(image.nPlanes)
                                 .arg(image.nPlanesTold);
+    }
     return header;
 }
 
@@ -146,8 +155,9 @@ FrameHeader readDmHeader(const QString& strFileName, int nVersion, int nImage)
     DmTags tags;
     DmImage image;
     QString strReason;
-    if (!openDm(file, nVersion, false, tags, image, strReason) || nImage < 0 || nImage >= image.nPlanes)
+    if (!openDm(file, nVersion, false, tags, image, strReason) || nImage < 0 || nImage >= image.nPlanes) {
         return {};
+    }
     return dmHeader(tags, image);
 }
 

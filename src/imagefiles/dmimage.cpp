@@ -27,8 +27,9 @@ int integer(const DmTags& tags, const Tag* pTag)
 {
     if (tags.nVersion == 3) {
         const TagEntry* pEntry = asEntry(pTag);
-        if (!pEntry || pEntry->nDataSize < 4)
+        if (!pEntry || pEntry->nDataSize < 4) {
             return 0;
+        }
         return tags.bBigEndian ? qFromBigEndian<int32_t>(pEntry->pData.get())
                                : qFromLittleEndian<int32_t>(pEntry->pData.get());
     }
@@ -67,8 +68,9 @@ std::vector<const TagDirectory*> candidates(const DmTags& tags)
             const TagEntry* pIndex = asEntry(pThumbnails ? DM3File::FindTag(*pThumbnails, "ImageIndex")
                                                          : nullptr);
             const bool bFirst = pIndex && pIndex->nDataSize >= 4 && integer(tags, pIndex) == 0;
-            if (i == (bFirst ? 1u : 0u))
+            if (i == (bFirst ? 1u : 0u)) {
                 vecImage.push_back(asGroup(pList->vecChild[i].get()));
+            }
         } else if (setThumbnail.count(double(i)) == 0) {
             vecImage.push_back(asGroup(pList->vecChild[i].get()));
         }
@@ -101,8 +103,9 @@ bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image
         strReason = str;
         return false;
     };
-    if (!pTags)
+    if (!pTags) {
         return fail(QStringLiteral("no image"));
+    }
     image.pTags = pTags;
     const TagDirectory* pDimensions = asGroup(tagOf(tags, *pTags, "Dimensions"));
     const auto dimension = [&](size_t i) {
@@ -112,31 +115,37 @@ bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image
     image.nWidth = dimension(0);
     image.nHeight = dimension(1);
     const quint64 nPixels = quint64(std::max(image.nWidth, 0)) * quint64(std::max(image.nHeight, 0));
-    if (nPixels == 0 || nPixels > quint64(g_nMostPixels))
+    if (nPixels == 0 || nPixels > quint64(g_nMostPixels)) {
         return fail(QStringLiteral("image of %1 x %2 pixels").arg(image.nWidth).arg(image.nHeight));
+    }
     const Tag* pType = tagOf(tags, *pTags, "DataType");
-    if (!asEntry(pType))
+    if (!asEntry(pType)) {
         return fail(QStringLiteral("no data type"));
+    }
     image.nDataType = integer(tags, pType);
     const size_t nPixelSize = dmPixelSize(image.nDataType);
-    if (nPixelSize == 0)
+    if (nPixelSize == 0) {
         return fail(QStringLiteral("data type %1%2 is not read")
                         .arg(image.nDataType)
                         .arg(dmPixelName(image.nDataType)));
+    }
     const auto* pPixels = static_cast<const DmEntry*>(asEntry(tagOf(tags, *pTags, "Data")));
-    if (!pPixels)
+    if (!pPixels) {
         return fail(QStringLiteral("no pixels"));
+    }
     image.nOffset = pPixels->nOffset;
     image.nPlaneBytes = nPixels * nPixelSize;
-    if (pPixels->nBytes < image.nPlaneBytes)
+    if (pPixels->nBytes < image.nPlaneBytes) {
         return fail(QStringLiteral("%1 x %2 pixels of %3 bytes, but %4 bytes of data")
                         .arg(QString::number(image.nWidth), QString::number(image.nHeight),
                              QString::number(nPixelSize), QString::number(pPixels->nBytes)));
+    }
     image.nPlanesTold = planesTold(tags, pDimensions);
     const qint64 nThere = qint64(std::min(pPixels->nBytes / image.nPlaneBytes, quint64(g_nMostPixels)));
     image.nPlanes = int(std::min(image.nPlanesTold, nThere));
-    if (image.nPlanes > g_nImagesTrusted && quint64(image.nPlanes) * g_nImageOverhead > 4 * tags.nFileSize)
+    if (image.nPlanes > g_nImagesTrusted && quint64(image.nPlanes) * g_nImageOverhead > 4 * tags.nFileSize) {
         return fail(QStringLiteral("%1 images of %2 bytes").arg(image.nPlanes).arg(image.nPlaneBytes));
+    }
     return true;
 }
 
@@ -189,15 +198,18 @@ bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFi
             break;
         }
         auto pImage = std::make_unique<CImgObj<float>>();
-        if (!pImage->Create(image.nWidth, image.nHeight))
+        if (!pImage->Create(image.nWidth, image.nHeight)) {
             throw std::bad_alloc();
+        }
         dmPixelsToFloat(image.nDataType, tags.bBigEndian, pPlane.get(), nPixels, pImage->Data());
         vecRead.push_back(std::move(pImage));
     }
-    if (vecRead.empty())
+    if (vecRead.empty()) {
         return false;
-    if (image.nPlanesTold > image.nPlanes && nFirst + qint64(nMaxImages) > image.nPlanes)
+    }
+    if (image.nPlanesTold > image.nPlanes && nFirst + qint64(nMaxImages) > image.nPlanes) {
         strReason = QStringLiteral("%1 of %2 images are there").arg(image.nPlanes).arg(image.nPlanesTold);
+    }
     vecImage.reserve(vecImage.size() + vecRead.size());
     std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
     return true;

@@ -73,10 +73,11 @@ QString dmPixelName(int nDataType)
 
 void dmPixelsToFloat(int nDataType, bool bBigEndian, const uint8_t* pSource, size_t nCount, float* pfTarget)
 {
-    if (bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN))
+    if (bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN)) {
         pixelsToFloat<true>(nDataType, pSource, nCount, pfTarget);
-    else
+    } else {
         pixelsToFloat<false>(nDataType, pSource, nCount, pfTarget);
+    }
 }
 
 }  // namespace tessera

@@ -14,8 +14,9 @@ namespace {
 /// MRC files of before the year 2000 have no mark, but a length that fits their sizes to the byte.
 bool isOldMrc(const QByteArray& bytesHead, qint64 nFileSize)
 {
-    if (bytesHead.size() < int(g_nMrcHeaderSize) || nFileSize < bytesHead.size())
+    if (bytesHead.size() < int(g_nMrcHeaderSize) || nFileSize < bytesHead.size()) {
         return false;
+    }
     const MrcLayout layout = mrcLayout(reinterpret_cast<const uint8_t*>(bytesHead.constData()),
                                        quint64(nFileSize));
     QString strReason;
@@ -32,8 +33,9 @@ QString misnamedHint(const QString& strFileName)
     QString strReason;
     if (!openRegularFile(file, QIODevice::ReadOnly, strReason) ||
         frameFormatOf(strFileName).strName == "MRC" ||
-        !isOldMrc(file.read(qint64(g_nMrcHeaderSize)), file.size()))
+        !isOldMrc(file.read(qint64(g_nMrcHeaderSize)), file.size())) {
         return {};
+    }
     return QStringLiteral(" (the content is that of a MRC file; its name has to end in \".mrc\")");
 }
 

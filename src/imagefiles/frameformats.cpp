@@ -132,8 +132,9 @@ const QStringList& frameSuffixes()
 {
     static const QStringList s_listSuffix = [] {
         QStringList listSuffix;
-        for (const FrameFormat& format : frameFormats())
+        for (const FrameFormat& format : frameFormats()) {
             listSuffix += format.listSuffix;
+        }
         return listSuffix;
     }();
     return s_listSuffix;

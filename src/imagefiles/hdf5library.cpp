@@ -1,7 +1,7 @@
 #include "imagefiles/hdf5library.h"
 
-#include "records/regularfile.h"
 #include "records/pi.h"
+#include "records/regularfile.h"
 
 #include <QFile>
 

@@ -27,8 +27,9 @@ const QStringList& imageNameFilters()
 
 QString completedImageName(const QString& strName, const QString& strSelectedFilter)
 {
-    if (strName.isEmpty() || imageExtensions().contains(QFileInfo(strName).suffix(), Qt::CaseInsensitive))
+    if (strName.isEmpty() || imageExtensions().contains(QFileInfo(strName).suffix(), Qt::CaseInsensitive)) {
         return strName;
+    }
     return strName + QLatin1Char('.') +
            imageExtensions().value(imageNameFilters().indexOf(strSelectedFilter), imageExtensions().first());
 }

@@ -18,8 +18,9 @@ constexpr qint64 g_nHeaderSize = 1024;
 /// Up to nSize bytes of the extended header from nOffset on; fewer at its end.
 QByteArray bytesAt(QFile& file, const MrcExtended& extended, quint64 nOffset, qint64 nSize)
 {
-    if (nOffset >= extended.nBytes || !file.seek(g_nHeaderSize + qint64(nOffset)))
+    if (nOffset >= extended.nBytes || !file.seek(g_nHeaderSize + qint64(nOffset))) {
         return {};
+    }
     return file.read(std::min(nSize, qint64(extended.nBytes - nOffset)));
 }
 
@@ -43,8 +44,9 @@ void tellFei(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& 
     bool bBigEndian = extended.bBigEndian;
     const int nSize = feiRecordSize(bytesAt(file, extended, 0, 4), bBigEndian);
     const QByteArray bytes = bytesAt(file, extended, quint64(nImage) * quint64(nSize), nSize);
-    if (nSize > 0 && bytes.size() == nSize && number<qint32>(bytes, 0, bBigEndian) == nSize)
+    if (nSize > 0 && bytes.size() == nSize && number<qint32>(bytes, 0, bBigEndian) == nSize) {
         tellFeiRecord(bytes, bBigEndian, QString::fromLatin1(extended.bytesKind), nImage, header);
+    }
 }
 
 /// Bytes of a section in a file of SerialEM by the flags of what it has; 0 when its number of bytes is
@@ -53,8 +55,9 @@ int serialEmSize(const MrcExtended& extended)
 {
     const int anBytes[] = {2, 6, 4, 2, 2, 4, 2, 4, 2, 4, 2};  // of the flags 1, 2, 4, ... 1024
     int nSize = 0;
-    for (int i = 0; i < 11; ++i)
+    for (int i = 0; i < 11; ++i) {
         nSize += (extended.nReals >> i & 1) * anBytes[i];
+    }
     const bool bFits = nSize > 0 && nSize == extended.nIntegers && extended.nReals > 0 &&
                        extended.nReals < 1 << 11 &&
                        quint64(nSize) * quint64(std::max(extended.nSections, 0)) <= extended.nBytes;
@@ -63,16 +66,18 @@ int serialEmSize(const MrcExtended& extended)
 
 void tellTilt(double df, const char* pszSource, FrameHeader& header)
 {
-    if (std::abs(df) <= 360)  // false for NaN
+    if (std::abs(df) <= 360) {  // false for NaN
         header.tilt = {df, QLatin1String(pszSource)};
+    }
 }
 
 void tellSerialEm(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
 {
     const int nSize = serialEmSize(extended);
     const QByteArray bytes = bytesAt(file, extended, quint64(nImage) * quint64(nSize), nSize);
-    if ((extended.nReals & 1) != 0 && bytes.size() == nSize)
+    if ((extended.nReals & 1) != 0 && bytes.size() == nSize) {
         tellTilt(number<qint16>(bytes, 0, extended.bBigEndian) / 100., "SERI: tilt angle", header);
+    }
 }
 
 /// The older records of FEI: 1024 of them in each file, of 32 real numbers.
@@ -81,19 +86,23 @@ void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
     const auto value = [&](int i) { return real(bytes, 4 * i, bBigEndian); };
     const double dfVolts = value(13), dfExposure = value(8), dfPixel = value(11), dfAxis = value(10);
     // A record that was never filled in has no voltage.
-    if (!(dfVolts > 0 && std::isfinite(dfVolts)))
+    if (!(dfVolts > 0 && std::isfinite(dfVolts))) {
         return;
+    }
     header.kilovolts = {dfVolts / 1000, QStringLiteral("FEI: HT")};
     tellTilt(value(0), "FEI: alpha tilt", header);
-    if (dfExposure > 0 && std::isfinite(dfExposure))
+    if (dfExposure > 0 && std::isfinite(dfExposure)) {
         header.exposure = {dfExposure, QStringLiteral("FEI: exposure time")};
-    if (dfPixel > 1 && std::isfinite(dfPixel))  // 1/m; that of an image is a small part of a metre
+    }
+    if (dfPixel > 1 && std::isfinite(dfPixel)) {  // 1/m; that of an image is a small part of a metre
         header.pixelSize = {dfPixel * 1e-10, QStringLiteral("FEI: pixel size")};
-    if (dfAxis != 0 && std::abs(dfAxis) <= 360)
+    }
+    if (dfAxis != 0 && std::abs(dfAxis) <= 360) {
         header.listDoubt += QStringLiteral(
                                 "A tilt axis of %1 degrees is told, but not from where and in which "
                                 "sense it counts; it is not used")
                                 .arg(dfAxis);
+    }
 }
 
 void tellAgard(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
@@ -101,32 +110,37 @@ void tellAgard(QFile& file, const MrcExtended& extended, int nImage, FrameHeader
     constexpr int nOldFeiBytes = 131072, nOldFeiRecord = 128;
     // Some programs wrote the bytes of a section for its integers.
     const int nIntegers = extended.nIntegers == 128 && extended.nReals == 32 ? 0 : extended.nIntegers;
-    if (nIntegers < 0 || extended.nReals < 1)
+    if (nIntegers < 0 || extended.nReals < 1) {
         return;
+    }
     const qint64 nSize = 4 * (qint64(nIntegers) + extended.nReals);
     const bool bOldFei = extended.nBytes == nOldFeiBytes && nSize == nOldFeiRecord && nIntegers == 0;
-    if (!bOldFei && extended.bytesKind != "AGAR")
+    if (!bOldFei && extended.bytesKind != "AGAR") {
         return;
+    }
     const QByteArray bytes = bytesAt(file, extended, quint64(nImage) * quint64(nSize), nSize);
-    if (bytes.size() != nSize)
+    if (bytes.size() != nSize) {
         return;
-    if (bOldFei)
+    }
+    if (bOldFei) {
         tellOldFei(bytes, extended.bBigEndian, header);
-    else
+    } else {
         tellTilt(real(bytes, 4 * nIntegers, extended.bBigEndian), "AGAR: first number", header);
+    }
 }
 
 }  // namespace
 
 void tellMrcExtended(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
 {
-    if (extended.bytesKind == "FEI1" || extended.bytesKind == "FEI2")
+    if (extended.bytesKind == "FEI1" || extended.bytesKind == "FEI2") {
         tellFei(file, extended, nImage, header);
-    else if (serialEmSize(extended) > 0 && extended.bytesKind != "AGAR")
+    } else if (serialEmSize(extended) > 0 && extended.bytesKind != "AGAR") {
         tellSerialEm(file, extended, nImage, header);
-    else if (extended.bytesKind == "AGAR" || extended.bytesKind.trimmed().isEmpty() ||
-             extended.bytesKind == QByteArray(4, 0))
+    } else if (extended.bytesKind == "AGAR" || extended.bytesKind.trimmed().isEmpty() ||
+               extended.bytesKind == QByteArray(4, 0)) {
         tellAgard(file, extended, nImage, header);
+    }
 }
 
 }  // namespace tessera

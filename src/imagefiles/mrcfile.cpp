@@ -39,10 +39,12 @@ void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImag
             const size_t nStrip = std::min(nLongest, nRow - x);
             const uint8_t* pStrip = pSection + y * nRowBytes + x * sizeof(T);
 #if defined(__GNUC__)
-            if (!layout.bTopDown && y > 0)
-                for (size_t n = 0; n < nStrip * sizeof(T); n += nCacheLine)
+            if (!layout.bTopDown && y > 0) {
+                for (size_t n = 0; n < nStrip * sizeof(T); n += nCacheLine) {
                     __builtin_prefetch(pStrip - nRowBytes + n);
 #endif
+                }
+            }
             convertPixels<T, bSwap>(pStrip, nStrip, pfImage + x);
         }
     }
@@ -53,8 +55,9 @@ void packedRowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* 
     for (int nDone = 0; nDone < layout.nY; ++nDone, pfImage += layout.nWidth) {
         const int y = layout.bTopDown ? nDone : layout.nY - 1 - nDone;
         const uint8_t* pRow = pSection + static_cast<size_t>(y) * layout.rowBytes();
-        for (int x = 0; x < layout.nWidth; ++x)
+        for (int x = 0; x < layout.nWidth; ++x) {
             pfImage[x] = static_cast<float>(x % 2 ? pRow[x / 2] >> 4 : pRow[x / 2] & 15);
+        }
     }
 }
 
@@ -79,19 +82,21 @@ void sectionToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfI
 std::unique_ptr<CImgObj<float>> imageOf(const MrcLayout& layout)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
-    if (!pImage->Create(layout.nWidth, layout.nY))
+    if (!pImage->Create(layout.nWidth, layout.nY)) {
         throw std::bad_alloc();
+    }
     return pImage;
 }
 
 void convertRows(const uint8_t* pRows, const MrcLayout& layout, float* pfImage)
 {
-    if (layout.bPacked)
+    if (layout.bPacked) {
         packedRowsToImage(pRows, layout, pfImage);
-    else if (layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN))
+    } else if (layout.bBigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN)) {
         sectionToImage<true>(pRows, layout, pfImage);
-    else
+    } else {
         sectionToImage<false>(pRows, layout, pfImage);
+    }
 }
 
 std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const MrcLayout& layout)
@@ -113,8 +118,9 @@ std::unique_ptr<CImgObj<float>> readInStrips(QFile& file, const MrcLayout& layou
     for (int nDone = 0; nDone < layout.nY; nDone += strip.nY) {
         strip.nY = std::min(nTogether, layout.nY - nDone);
         const qint64 nBytes = static_cast<qint64>(layout.rowBytes()) * strip.nY;
-        if (file.read(reinterpret_cast<char*>(pStrip.get()), nBytes) != nBytes)
+        if (file.read(reinterpret_cast<char*>(pStrip.get()), nBytes) != nBytes) {
             return nullptr;
+        }
         const int nTop = layout.bTopDown ? nDone : layout.nY - nDone - strip.nY;
         convertRows(pStrip.get(), strip,
                     pImage->Data() + static_cast<size_t>(nTop) * static_cast<size_t>(layout.nWidth));
@@ -140,8 +146,9 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
 {
     strReason.clear();
     QFile file(strFileName);
-    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason))
+    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
         return 0;
+    }
     uint8_t aHeader[g_nMrcHeaderSize];
     const qint64 nHeaderBytes = file.read(reinterpret_cast<char*>(aHeader), g_nMrcHeaderSize);
     if (nHeaderBytes < static_cast<qint64>(g_nMrcHeaderSize)) {
@@ -153,8 +160,9 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
                                         static_cast<uint64_t>(g_nMrcHeaderSize));
     const MrcLayout layout = mrcLayout(aHeader, nFileSize);
     const MrcSections sections = mrcSections(layout, nFileSize, nFirst, nMaxSections, strReason);
-    if (sections.nCount == 0)
+    if (sections.nCount == 0) {
         return 1;
+    }
     const qint64 nSection = static_cast<qint64>(sections.nBytes);
     if (!file.seek(static_cast<qint64>(layout.begin()) + nFirst * nSection)) {
         strReason = file.errorString();
@@ -187,9 +195,10 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
         const qint64 nBytes = std::min(nTogether, sections.nCount - nDone) * nSection;
         const qint64 nRead = file.read(reinterpret_cast<char*>(pBlock.get()), nBytes);
         const int64_t nWhole = std::max(nRead, qint64(0)) / nSection;
-        for (int64_t z = 0; z < nWhole; ++z)
+        for (int64_t z = 0; z < nWhole; ++z) {
             vecRead.push_back(
                 imageFromSection(pBlock.get() + static_cast<size_t>(z) * sections.nBytes, layout));
+        }
         nDone += nWhole;
         if (nRead != nBytes) {
             cannotBeRead(nDone);
@@ -218,9 +227,10 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
     const MrcLayout layout = mrcLayout(pData, nSize);
     const MrcSections sections = mrcSections(layout, nSize, 0, nMaxSections, strReason);
     ImageList vecRead;
-    for (int64_t z = 0; z < sections.nCount; ++z)
+    for (int64_t z = 0; z < sections.nCount; ++z) {
         vecRead.push_back(
             imageFromSection(pData + layout.begin() + static_cast<size_t>(z) * sections.nBytes, layout));
+    }
     takeOver(vecRead, vecImage);
     return 1;
 }
@@ -228,20 +238,24 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
 template <class T>
 int WriteMRC(const std::vector<const CImgObj<T>*>& vecImage, const QString& strFileName, QString* pstrReason)
 {
-    if (vecImage.empty())
+    if (vecImage.empty()) {
         return 0;
+    }
     const auto widthOf = [](const CImgObj<T>* pImage) { return pImage ? pImage->Width() : 0; };
     const auto heightOf = [](const CImgObj<T>* pImage) { return pImage ? pImage->Height() : 0; };
     const int nWidth = widthOf(vecImage.front());
     const int nHeight = heightOf(vecImage.front());
-    for (const CImgObj<T>* pImage : vecImage)
-        if (widthOf(pImage) != nWidth || heightOf(pImage) != nHeight)
+    for (const CImgObj<T>* pImage : vecImage) {
+        if (widthOf(pImage) != nWidth || heightOf(pImage) != nHeight) {
             return writeWholeFile(strFileName, {}, pstrReason) ? 1 : 0;
+        }
+    }
 
     CMrcWriter<T> writer;
     bool bGood = writer.open(strFileName, nWidth, nHeight, static_cast<int>(vecImage.size()));
-    for (const CImgObj<T>* pImage : vecImage)
+    for (const CImgObj<T>* pImage : vecImage) {
         bGood = bGood && writer.addSection(pImage ? pImage->Data() : nullptr);
+    }
     return writer.commit(pstrReason) ? 1 : 0;
 }
 
@@ -254,8 +268,9 @@ int WriteMRC(const ImageList& vecImage, const QString& strFileName, QString* pst
 {
     std::vector<const CImgObj<float>*> vecPointer;
     vecPointer.reserve(vecImage.size());
-    for (const auto& pImage : vecImage)
+    for (const auto& pImage : vecImage) {
         vecPointer.push_back(pImage.get());
+    }
     return WriteMRC<float>(vecPointer, strFileName, pstrReason);
 }
 

@@ -33,17 +33,20 @@ MrcExtended extendedOf(const uint8_t* pHeader, const MrcLayout& layout)
 
 void tellGuesses(const MrcLayout& layout, const MrcSections& sections, FrameHeader& header)
 {
-    if (layout.bTopDown)
+    if (layout.bTopDown) {
         header.listDoubt += QStringLiteral(
             "The first row of the file is taken as the top of the image, as files "
             "of this kind have it; in other MRC files it is the bottom");
-    if (layout.bSignGuessed)
+    }
+    if (layout.bSignGuessed) {
         header.listDoubt += layout.bUnsigned
                                 ? QStringLiteral("The pixels of 8 bits are taken as counts from 0 to 255")
                                 : QStringLiteral("The pixels of 8 bits are taken as counts from -128 to 127");
-    if (sections.nInFile < layout.nZ)
+    }
+    if (sections.nInFile < layout.nZ) {
         header.listDoubt +=
             QStringLiteral("The file is cut: %1 of %2 images are there").arg(sections.nInFile).arg(layout.nZ);
+    }
 }
 
 }  // namespace
@@ -63,15 +66,17 @@ FrameHeader readMrcHeader(const QString& strFileName, int nImage)
     QString strReason;
     uint8_t aHeader[g_nMrcHeaderSize];
     if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) ||
-        file.read(reinterpret_cast<char*>(aHeader), g_nMrcHeaderSize) != qint64(g_nMrcHeaderSize))
+        file.read(reinterpret_cast<char*>(aHeader), g_nMrcHeaderSize) != qint64(g_nMrcHeaderSize)) {
         return header;
+    }
     const uint64_t nFileSize = std::max(static_cast<uint64_t>(file.size()),
                                         static_cast<uint64_t>(g_nMrcHeaderSize));
     const MrcLayout layout = mrcLayout(aHeader, nFileSize);
     const MrcSections sections = mrcSections(layout, nFileSize, 0, std::numeric_limits<int>::max(),
                                              strReason);
-    if (nImage < 0 || nImage >= sections.nCount)
+    if (nImage < 0 || nImage >= sections.nCount) {
         return header;
+    }
     header.size = QSize(layout.nWidth, layout.nY);
     header.nImages = static_cast<int>(sections.nCount);
     tellMrcExtended(file, extendedOf(aHeader, layout), nImage, header);

@@ -117,11 +117,14 @@ QString pixelName(int nMode)
 uint64_t extendedSize(const CFields& fields, const MrcLayout& layout, uint64_t nFileSize)
 {
     const int32_t nTold = fields.integer(92);
-    if (nTold <= 0 || static_cast<uint64_t>(nTold) > nFileSize - g_nMrcHeaderSize)
+    if (nTold <= 0 || static_cast<uint64_t>(nTold) > nFileSize - g_nMrcHeaderSize) {
         return 0;
-    for (const char* pKind : {"FEI", "SERI", "AGAR", "MRCO", "CCP4", "HDF5"})
-        if (fields.hasText(104, pKind))
+    }
+    for (const char* pKind : {"FEI", "SERI", "AGAR", "MRCO", "CCP4", "HDF5"}) {
+        if (fields.hasText(104, pKind)) {
             return static_cast<uint64_t>(nTold);
+        }
+    }
     const bool bSizes = layout.nX > 0 && layout.nY > 0 && layout.nZ > 0;
     const uint64_t nRows = bSizes ? static_cast<uint64_t>(layout.nY) * static_cast<uint64_t>(layout.nZ) : 0;
     const uint64_t nRoom = nFileSize - g_nMrcHeaderSize;
@@ -152,10 +155,11 @@ MrcLayout mrcLayout(const uint8_t* pHeader, uint64_t nFileSize)
     layout.bPacked = layout.nMode == 101;
     if (layout.nMode == 0) {
         layout.bPacked = isPackedMode0(pHeader, fields) && layout.nX <= std::numeric_limits<int>::max() / 2;
-        if (layout.bPacked)
+        if (layout.bPacked) {
             layout.nWidth = 2 * layout.nX;
-        else
+        } else {
             decideSign(fields, layout);
+        }
     }
     layout.nExtended = extendedSize(fields, layout, nFileSize);
     const bool bInvertedAxis = fields.integer(64) == 1 && fields.integer(68) == -2 && fields.integer(72) == 3;
@@ -195,13 +199,14 @@ MrcSections mrcSections(const MrcLayout& layout, uint64_t nFileSize, int nFirst,
     const int64_t nWhole = static_cast<int64_t>((nFileSize - layout.begin()) / sections.nBytes);
     sections.nInFile = std::min<int64_t>(layout.nZ, nWhole);
     sections.nCount = std::max<int64_t>(std::min(nEnd, nWhole) - nFirst, 0);
-    if (nWhole < nEnd)
+    if (nWhole < nEnd) {
         strReason = QStringLiteral("truncated: %1 bytes hold %2 of %3 sections of %4 x %5 pixels")
                         .arg(nFileSize)
                         .arg(nWhole)
                         .arg(layout.nZ)
                         .arg(layout.nWidth)
                         .arg(layout.nY);
+    }
     if (sections.nCount > g_nImagesTrusted &&
         static_cast<uint64_t>(sections.nCount) * g_nImageOverhead > 4 * nFileSize) {
         strReason = QStringLiteral("%1 sections of %2 bytes").arg(sections.nCount).arg(sections.nBytes);

@@ -37,8 +37,9 @@ void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* p
         int32_t nValue;
     } aField[] = {{0, nX},  {4, nY},  {8, nZ}, {12, nMode}, {28, nX},
                   {32, nY}, {36, nZ}, {64, 1}, {68, 2},     {72, 3}};
-    for (const auto& field : aField)
+    for (const auto& field : aField) {
         qToLittleEndian(field.nValue, pHeader + field.nOffset);
+    }
     floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell: one unit per pixel
     floatToBytes(static_cast<float>(nY), pHeader + 44);
     floatToBytes(static_cast<float>(nZ), pHeader + 48);
@@ -80,8 +81,9 @@ bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ, con
     m_nY = nY;
     m_nMissing = nZ;
     m_pMirrored.reset(new (std::nothrow) T[static_cast<size_t>(nX) * static_cast<size_t>(nY)]);
-    if (!m_file.open(strFileName) || !m_pMirrored)
+    if (!m_file.open(strFileName) || !m_pMirrored) {
         return false;
+    }
     uint8_t aHeader[g_nHeaderSize];
     headerToBytes(nX, nY, nZ, modeOf<T>(), aHeader);
     if (pNotes) {
@@ -93,16 +95,18 @@ bool CMrcWriter<T>::open(const QString& strFileName, int nX, int nY, int nZ, con
 template <class T>
 bool CMrcWriter<T>::addSection(const T* pData)
 {
-    if (!m_bOk)
+    if (!m_bOk) {
         return false;
+    }
     const size_t nRow = static_cast<size_t>(m_nX);
     T* pRow = m_pMirrored.get();
     for (int y = m_nY - 1; y >= 0; --y, pRow += nRow) {
         const T* pSource = pData + static_cast<size_t>(y) * nRow;
-        if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN)
+        if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN) {
             std::memcpy(pRow, pSource, nRow * sizeof(T));
-        else
+        } else {
             qToLittleEndian<T>(pSource, m_nX, pRow);
+        }
     }
     const qint64 nBytes = static_cast<qint64>(m_nX) * m_nY * static_cast<qint64>(sizeof(T));
     --m_nMissing;
@@ -112,10 +116,12 @@ bool CMrcWriter<T>::addSection(const T* pData)
 template <class T>
 bool CMrcWriter<T>::commit(QString* pstrReason)
 {
-    if (m_bOk && m_nMissing == 0)
+    if (m_bOk && m_nMissing == 0) {
         return m_file.commit(pstrReason);
-    if (!m_file.reason().isEmpty())
+    }
+    if (!m_file.reason().isEmpty()) {
         return giveReason(pstrReason, m_file.reason());
+    }
     return giveReason(pstrReason, m_file.fileName(), QStringLiteral("the sections are not all there"));
 }
 

@@ -34,16 +34,18 @@ constexpr int64_t g_nSmallPixels = int64_t(1) << 24;
 QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
 {
     constexpr int nHeadSize = 54, nOldHead = 12;
-    if (bytesHead.size() < nHeadSize)
+    if (bytesHead.size() < nHeadSize) {
         return {};
+    }
     const auto wordAt = [&](int n) { return qFromLittleEndian<quint32>(bytesHead.constData() + n); };
     const auto shortAt = [&](int n) { return qFromLittleEndian<quint16>(bytesHead.constData() + n); };
     int64_t nBytes = wordAt(34);  // of packed pixels, if the file tells it
-    if (wordAt(14) == nOldHead)
+    if (wordAt(14) == nOldHead) {
         nBytes = (int64_t(shortAt(18)) * shortAt(24) + 31) / 32 * 4 * shortAt(20);
-    else if (wordAt(30) != 1 && wordAt(30) != 2)  // not run-length packed
+    } else if (wordAt(30) != 1 && wordAt(30) != 2) {  // not run-length packed
         nBytes = (int64_t(wordAt(18)) * shortAt(28) + 31) / 32 * 4 *
                  std::abs(int64_t(static_cast<qint32>(wordAt(22))));  // below 0: the first row comes first
+    }
     const int64_t nNeeded = wordAt(10) + nBytes;
     return nNeeded <= nFileSize ? QString()
                                 : QStringLiteral("truncated: %1 of %2 bytes").arg(nFileSize).arg(nNeeded);
@@ -53,8 +55,9 @@ QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
 QString cutJpeg(const QByteArray& bytes)
 {
     int n = 2;
-    while (n + 4 <= bytes.size() && bytes[n] == '\xff' && bytes[n + 1] != '\xda')  // to the start of a scan
+    while (n + 4 <= bytes.size() && bytes[n] == '\xff' && bytes[n + 1] != '\xda') {  // to the start of a scan
         n += bytes[n + 1] == '\xff' ? 1 : 2 + qFromBigEndian<quint16>(bytes.constData() + n + 2);
+    }
     // within a scan, a byte 0xff of the pixels is followed by 0
     return n < bytes.size() && bytes.indexOf("\xff\xd9", n) >= 0 ? QString()
                                                                  : QStringLiteral("truncated: no end marker");
@@ -64,18 +67,21 @@ QString cutJpeg(const QByteArray& bytes)
 QString cutPicture(const QString& strFileName, const QByteArray& bytesFormat)
 {
     QFile file(strFileName);
-    if (bytesFormat == "bmp" && file.open(QIODevice::ReadOnly))
+    if (bytesFormat == "bmp" && file.open(QIODevice::ReadOnly)) {
         return cutBmp(file.read(54), file.size());
-    if (bytesFormat == "jpeg" && file.open(QIODevice::ReadOnly))
+    }
+    if (bytesFormat == "jpeg" && file.open(QIODevice::ReadOnly)) {
         return cutJpeg(file.readAll());
+    }
     return {};
 }
 
 std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
-    if (!pImage->Create(picture.width(), picture.height()))
+    if (!pImage->Create(picture.width(), picture.height())) {
         throw std::bad_alloc();
+    }
     float* pfTarget = pImage->Data();
     if (picture.format() ==
         QImage::Format_Grayscale16) {  // counts, of which a conversion keeps the upper half
@@ -89,13 +95,15 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
     for (int nTop = 0; nTop < picture.height(); nTop += nStrip) {
         const QImage strip = picture.copy(0, nTop, picture.width(), std::min(nStrip, picture.height() - nTop))
                                  .convertToFormat(QImage::Format_RGB32);
-        if (strip.isNull())
+        if (strip.isNull()) {
             throw std::bad_alloc();  // QImage tells a lack of memory only so
+        }
         for (int y = 0; y < strip.height(); ++y) {
             const QRgb* pSource = reinterpret_cast<const QRgb*>(strip.constScanLine(y));
-            for (int x = 0; x < strip.width(); ++x)
+            for (int x = 0; x < strip.width(); ++x) {
                 *pfTarget++ = static_cast<float>(19 * (qRed(pSource[x]) + 2 * qGreen(pSource[x])) +
                                                  7 * qBlue(pSource[x]));
+            }
         }
     }
     return pImage;
@@ -118,8 +126,9 @@ bool mayBePicture(const QString& strFileName, QString& strReason)
 
 int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strReason)
 {
-    if (!mayBePicture(strFileName, strReason))
+    if (!mayBePicture(strFileName, strReason)) {
         return 0;
+    }
     const QFileInfo info(strFileName);
     QImageReader reader(strFileName);
     const QSize size = reader.size();  // -1, -1 when the format tells no size beforehand
@@ -135,10 +144,11 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     }
     constexpr uint64_t nBytesPerPixel = 8 + sizeof(float);  // of the largest format, and of the frame
     const uint64_t nBytes = static_cast<uint64_t>(nPixels) * nBytesPerPixel;
-    if (nPixels > g_nSmallPixels && !hasMemoryFor(nBytes))
+    if (nPixels > g_nSmallPixels && !hasMemoryFor(nBytes)) {
         throw CShortMemory(QStringLiteral("%1: a picture of %2 x %3 pixels")
                                .arg(strFileName, QString::number(nWidth), QString::number(nHeight)),
                            nBytes);
+    }
     const QByteArray bytesFormat = reader.format();
     // What the file has no bytes for stays as it is in the picture that is handed over: black.
     QImage picture;

@@ -51,11 +51,13 @@ void convertPixels(const uint8_t* __restrict pSource, size_t nCount, float* __re
         for (; nDone + nBlock <= nCount; nDone += nBlock) {
             const uint8_t* __restrict pIn = pSource + nDone * sizeof(T);
             float* __restrict pOut = pTarget + nDone;
-            for (size_t i = 0; i < nBlock; ++i)
+            for (size_t i = 0; i < nBlock; ++i) {
                 pOut[i] = static_cast<float>(elementFromBytes<T, bSwap>(pIn + i * sizeof(T)));
+            }
         }
-        for (; nDone < nCount; ++nDone)
+        for (; nDone < nCount; ++nDone) {
             pTarget[nDone] = static_cast<float>(elementFromBytes<T, bSwap>(pSource + nDone * sizeof(T)));
+        }
     }
 }
 

@@ -60,8 +60,9 @@ bool replaceSmvItem(QString& strHeader, const QString& strKey, double dfValue, i
     const int nKey = strHeader.indexOf(strKey);
     const int nEnd = nKey < 0 ? -1 : strHeader.indexOf(QLatin1Char(';'), nKey);
     const int nValue = nKey + strKey.size() + 1;
-    if (nEnd < nValue)
+    if (nEnd < nValue) {
         return false;
+    }
     strHeader.replace(nValue, nEnd - nValue, QStringLiteral("%1").arg(dfValue, 8, 'f', nDecimals).trimmed());
     return true;
 }
@@ -70,16 +71,18 @@ bool writeSmvImage(const QString& strHeader, const CImgObj<float>& image, const 
                    QString* pstrReason)
 {
     const size_t nPixels = static_cast<size_t>(image.Width()) * static_cast<size_t>(image.Height());
-    if (nPixels == 0 || nPixels > (size_t(1) << 30) - g_nHeaderSize)
+    if (nPixels == 0 || nPixels > (size_t(1) << 30) - g_nHeaderSize) {
         return giveReason(pstrReason, strFileName, QStringLiteral("%1 pixels").arg(nPixels));
+    }
     QByteArray bytes = strHeader.toLatin1();
     bytes.remove(0, qMax(0, bytes.indexOf('{')));
     const int nText = qMin(bytes.size(), g_nHeaderSize);
     bytes.resize(g_nHeaderSize + int(2 * nPixels));
     std::fill(bytes.begin() + nText, bytes.begin() + g_nHeaderSize, '\0');
     char* pTarget = bytes.data() + g_nHeaderSize;
-    for (size_t i = 0; i < nPixels; ++i, pTarget += 2)
+    for (size_t i = 0; i < nPixels; ++i, pTarget += 2) {
         qToLittleEndian(pixelOf(image.Data()[i]), pTarget);
+    }
     return writeWholeFile(strFileName, bytes, pstrReason);
 }
 

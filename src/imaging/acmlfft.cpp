@@ -97,17 +97,19 @@ using Scratch = std::unique_ptr<COMPLEX, FftwFree>;
 // Nearly all copies are of whole blocks: for those the compiler knows the size.
 void copyUpToBlock(const COMPLEX* pSource, int nCount, COMPLEX* pTarget)
 {
-    if (nCount == nBlock)
+    if (nCount == nBlock) {
         std::memcpy(pTarget, pSource, nBlock * sizeof(COMPLEX));
-    else if (nCount > 0)
+    } else if (nCount > 0) {
         std::copy_n(pSource, nCount, pTarget);
+    }
 }
 
 Scratch allocateScratch(std::size_t nCount)
 {
     Scratch pScratch(reinterpret_cast<COMPLEX*>(fftwf_alloc_complex(nCount)));
-    if (pScratch)
+    if (pScratch) {
         std::memset(static_cast<void*>(pScratch.get()), 0, nCount * sizeof(COMPLEX));
+    }
     return pScratch;
 }
 
@@ -125,11 +127,13 @@ CAcmlFft::~CAcmlFft() = default;
 
 int CAcmlFft::Init(int nWidth, int nHeight)
 {
-    if (m_pComm && nWidth == m_nWidth && nHeight == m_nHeight)
+    if (m_pComm && nWidth == m_nWidth && nHeight == m_nHeight) {
         return 2;
+    }
     Free();
-    if (nWidth < 1 || nHeight < 1 || std::int64_t(nWidth) * nHeight > INT32_MAX)
+    if (nWidth < 1 || nHeight < 1 || std::int64_t(nWidth) * nHeight > INT32_MAX) {
         return 0;
+    }
     auto pPlan = std::make_unique<Plan>();
     pPlan->row.nLength = nWidth;
     pPlan->row.nStride = paddedStride(nWidth);
@@ -139,11 +143,13 @@ int CAcmlFft::Init(int nWidth, int nHeight)
                                std::size_t(std::max(pPlan->row.nStride, pPlan->column.nStride));
     pPlan->pIn = allocateScratch(nCount);
     pPlan->pOut = allocateScratch(nCount);
-    if (!pPlan->pIn || !pPlan->pOut)
+    if (!pPlan->pIn || !pPlan->pOut) {
         return 0;
+    }
     if (!pPlan->row.make(pPlan->pIn.get(), pPlan->pOut.get()) ||
-        !pPlan->column.make(pPlan->pIn.get(), pPlan->pOut.get()))
+        !pPlan->column.make(pPlan->pIn.get(), pPlan->pOut.get())) {
         return 0;
+    }
     m_pComm = std::move(pPlan);
     m_nWidth = nWidth;
     m_nHeight = nHeight;
@@ -152,8 +158,9 @@ int CAcmlFft::Init(int nWidth, int nHeight)
 
 int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
 {
-    if (!pData || !Init(nWidth, nHeight))
+    if (!pData || !Init(nWidth, nHeight)) {
         return 0;
+    }
     const bool bForward = nDirection == -1;
     const std::size_t nRowLength = std::size_t(nWidth);
     COMPLEX* pIn = m_pComm->pIn.get();
@@ -163,13 +170,15 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     const int nRowStride = m_pComm->row.nStride;
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
-        for (int i = 0; i < nLines; ++i)
+        for (int i = 0; i < nLines; ++i) {
             std::memcpy(pIn + i * nRowStride, pData + std::size_t(y + i) * nRowLength,
                         nRowLength * sizeof(COMPLEX));
+        }
         fftwf_execute((bForward ? m_pComm->row.planForward : m_pComm->row.planBackward).get());
-        for (int i = 0; i < nLines; ++i)
+        for (int i = 0; i < nLines; ++i) {
             std::memcpy(pData + std::size_t(y + i) * nRowLength, pOut + i * nRowStride,
                         nRowLength * sizeof(COMPLEX));
+        }
     }
 
     const float fScale = bForward ? 1.f : float(1.0 / (double(nWidth) * nHeight));
@@ -177,16 +186,19 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     for (int x = 0; x < nWidth; x += nBlock) {
         const int nLines = std::min(nBlock, nWidth - x);
         COMPLEX* pColumns = pData + x;
-        for (int y = 0; y < nHeight; ++y)
-            for (int i = 0; i < nLines; ++i)
+        for (int y = 0; y < nHeight; ++y) {
+            for (int i = 0; i < nLines; ++i) {
                 pIn[i * nColumnStride + y] = pColumns[std::size_t(y) * nRowLength + std::size_t(i)];
+            }
+        }
         fftwf_execute((bForward ? m_pComm->column.planForward : m_pComm->column.planBackward).get());
-        for (int y = 0; y < nHeight; ++y)
+        for (int y = 0; y < nHeight; ++y) {
             for (int i = 0; i < nLines; ++i) {
                 const COMPLEX value = pOut[i * nColumnStride + y];
                 pColumns[std::size_t(y) * nRowLength + std::size_t(i)] = {value.re * fScale,
                                                                           value.im * fScale};
             }
+        }
     }
     return 1;
 }
@@ -204,21 +216,24 @@ std::size_t CAcmlFft::HalfIndex(int nX, int nY, int nHeight)
 
 int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf)
 {
-    if (!pHalf || !Init(nWidth, nHeight))
+    if (!pHalf || !Init(nWidth, nHeight)) {
         return 0;
+    }
     COMPLEX* pIn = m_pComm->pIn.get();
     COMPLEX* pOut = m_pComm->pOut.get();
     const int nRowStride = m_pComm->row.nStride;
-    if (!m_pComm->row.makeReal(pIn, pOut))
+    if (!m_pComm->row.makeReal(pIn, pOut)) {
         return 0;
+    }
 
     // Block after block of nBlock columns: at first row after row within each, so that the columns of a block
     // lie together, then column after column.
     const int nColumns = nWidth / 2 + 1;
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
-        for (int i = 0; i < nLines; ++i)
+        for (int i = 0; i < nLines; ++i) {
             fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
+        }
         fftwf_execute(m_pComm->row.planReal.get());
         for (int x = 0; x < nColumns; x += nBlock) {
             COMPLEX* pTarget = pHalf + HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
@@ -232,12 +247,15 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     const int nStride = m_pComm->column.nStride;
     for (int x = 0; x < nColumns; x += nBlock) {
         COMPLEX* pBlock = pHalf + HalfIndex(x, 0, nHeight);
-        for (int y = 0; y < nHeight; ++y)
-            for (int i = 0; i < nBlock; ++i)
+        for (int y = 0; y < nHeight; ++y) {
+            for (int i = 0; i < nBlock; ++i) {
                 pIn[i * nStride + y] = pBlock[y * nBlock + i];
+            }
+        }
         fftwf_execute(m_pComm->column.planForward.get());
-        for (int i = 0; i < nBlock; ++i)
+        for (int i = 0; i < nBlock; ++i) {
             std::copy_n(pOut + std::ptrdiff_t(i) * nStride, nHeight, pBlock + std::ptrdiff_t(i) * nHeight);
+        }
     }
     return 1;
 }
@@ -256,9 +274,11 @@ void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPL
     // it at the last, after that was read: so the spectrum may be the upper half of the work space.
     const auto transformInto = [&](COMPLEX* pBlock) {
         fftwf_execute(m_pComm->column.planBackward.get());
-        for (int y = 0; y < nHeight; ++y)
-            for (int i = 0; i < nBlock; ++i)
+        for (int y = 0; y < nHeight; ++y) {
+            for (int i = 0; i < nBlock; ++i) {
                 pBlock[y * nBlock + i] = pOut[i * nStride + y];
+            }
+        }
     };
     for (int x = 0; x < nColumns; x += nBlock) {
         const std::size_t nStart = HalfIndex(x, 0, nHeight);
@@ -269,12 +289,14 @@ void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPL
             COMPLEX* pColumn = pIn + std::ptrdiff_t(i) * nStride;
             const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
             const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
-            for (int y = 0; y < nHeight; ++y)
+            for (int y = 0; y < nHeight; ++y) {
                 pColumn[y] = {pf[y].re * ps[y].re - pf[y].im * ps[y].im,
                               pf[y].re * ps[y].im + pf[y].im * ps[y].re};
+            }
         }
-        if (x == 0)
+        if (x == 0) {
             pIn[0] = {0.f, 0.f};
+        }
         transformInto(pBlock);
         for (int i = 0; i < nBlock; ++i) {
             COMPLEX* pColumn = pIn + std::ptrdiff_t(nBlock - 1 - i) * nStride;
@@ -323,20 +345,25 @@ void CAcmlFft::TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows)
 int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, int nWidth, int nHeight,
                                 COMPLEX* pWork, const FilteredImage& imgS, const FilteredImage& imgB)
 {
-    if (!pHalf || !pFilter || !pWork || !Init(nWidth, nHeight))
+    if (!pHalf || !pFilter || !pWork || !Init(nWidth, nHeight)) {
         return 0;
+    }
     FilterColumns(pHalf, pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
     TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
         for (int i = 0; i < nLines; ++i) {
             const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
             const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
-            if (imgS.pData)
-                for (int x = 0; x < nWidth; ++x)
+            if (imgS.pData) {
+                for (int x = 0; x < nWidth; ++x) {
                     imgS.pData[nStart + std::size_t(x)] = pRow[x].re * fScale + imgS.fConstant;
-            if (imgB.pData)
-                for (int x = 0; x < nWidth; ++x)
+                }
+            }
+            if (imgB.pData) {
+                for (int x = 0; x < nWidth; ++x) {
                     imgB.pData[nStart + std::size_t(x)] = pRow[x].im * fScale + imgB.fConstant;
+                }
+            }
         }
     });
     return 1;
@@ -345,8 +372,9 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
 int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, int nHeight, KeptImage keptS,
                             float fConstantB, const FnTakeRow& fnRowB)
 {
-    if (!pWork || !pFilter || !Init(nWidth, nHeight))
+    if (!pWork || !pFilter || !Init(nWidth, nHeight)) {
         return 0;
+    }
     FilterColumns(pWork + HalfCount(nWidth, nHeight), pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
     std::vector<float> vecRow(std::size_t(nWidth), 0.f);
@@ -357,14 +385,16 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
             const int nUsed = std::min(nBlock, nWidth - x);
             for (int i = 0; i < nLines; ++i, pTile += nBlock) {
                 const COMPLEX* p = pRows + std::ptrdiff_t(i) * nStride + x;
-                for (int j = 0; j < nUsed; ++j)
+                for (int j = 0; j < nUsed; ++j) {
                     pTile[j] = p[j].re * fScale + keptS.fConstant;
+                }
             }
         }
         for (int i = 0; i < nLines; ++i) {
             const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
-            for (int x = 0; x < nWidth; ++x)
+            for (int x = 0; x < nWidth; ++x) {
                 vecRow[x] = pRow[x].im * fScale + fConstantB;
+            }
             fnRowB(y + i, vecRow.data());
         }
     });

@@ -38,25 +38,30 @@ void CDF2::Factorize(int n)
     int anFactor[20];
     m_nFactors = 0;
     int nRest = n;
-    for (int nRadix : {10, 8, 5, 4, 3, 2})
+    for (int nRadix : {10, 8, 5, 4, 3, 2}) {
         while (nRest % nRadix == 0) {
             anFactor[m_nFactors++] = nRadix;
             nRest /= nRadix;
         }
+    }
     // 8 × 2 costs more than 4 × 4.
-    if (m_nFactors > 0 && anFactor[m_nFactors - 1] == 2)
-        for (int i = m_nFactors - 2; i >= 0; --i)
+    if (m_nFactors > 0 && anFactor[m_nFactors - 1] == 2) {
+        for (int i = m_nFactors - 2; i >= 0; --i) {
             if (anFactor[i] == 8) {
                 anFactor[i] = anFactor[m_nFactors - 1] = 4;
                 break;
             }
-    for (int nDivisor = 2; nRest > 1 && std::sqrt(double(nRest)) + 1.0 > nDivisor; ++nDivisor)
+        }
+    }
+    for (int nDivisor = 2; nRest > 1 && std::sqrt(double(nRest)) + 1.0 > nDivisor; ++nDivisor) {
         while (nRest % nDivisor == 0) {
             anFactor[m_nFactors++] = nDivisor;
             nRest /= nDivisor;
         }
-    if (nRest > 1)
+    }
+    if (nRest > 1) {
         anFactor[m_nFactors++] = nRest;
+    }
 
     std::reverse(anFactor, anFactor + m_nFactors);
     int nSoFar = 1;
@@ -70,8 +75,9 @@ void CDF2::Factorize(int n)
 
 void CDF2::MakeTables(int n)
 {
-    if (n == m_nLength)
+    if (n == m_nLength) {
         return;
+    }
     m_nLength = 0;
     Factorize(n);
     m_vecTwiddleRe.resize(std::size_t(n));
@@ -82,13 +88,18 @@ void CDF2::MakeTables(int n)
         m_vecTwiddleIm[i] = -std::sin(dfAngle);
     }
     int nLargest = 10;
-    for (int i = 0; i < m_nFactors; ++i)
+    for (int i = 0; i < m_nFactors; ++i) {
         nLargest = std::max(nLargest, m_nActualRadix[i]);
-    if (m_vecZ.size() < std::size_t(nLargest))
+    }
+    if (m_vecZ.size() < std::size_t(nLargest)) {
         m_vecZ.resize(std::size_t(nLargest));
-    if (m_vecSumRe.size() < std::size_t(nLargest))
-        for (auto* pVec : {&m_vecSumRe, &m_vecSumIm, &m_vecDiffRe, &m_vecDiffIm, &m_vecTrigRe, &m_vecTrigIm})
+    }
+    if (m_vecSumRe.size() < std::size_t(nLargest)) {
+        for (auto* pVec :
+             {&m_vecSumRe, &m_vecSumIm, &m_vecDiffRe, &m_vecDiffIm, &m_vecTrigRe, &m_vecTrigIm}) {
             pVec->resize(std::size_t(nLargest));
+        }
+    }
     m_nLength = n;
 }
 
@@ -102,8 +113,9 @@ void CDF2::Permute(const COMPLEX* pIn, COMPLEX* pOut) const
         pOut[nPlace] = pIn[nSource];
         for (int i = 0; i < m_nFactors; ++i) {
             nSource += m_nRemainRadix[i];
-            if (++anDigit[i] < m_nActualRadix[i])
+            if (++anDigit[i] < m_nActualRadix[i]) {
                 break;
+            }
             nSource -= m_nActualRadix[i] * m_nRemainRadix[i];
             anDigit[i] = 0;
         }
@@ -213,8 +225,9 @@ void CDF2::RadixOdd(int nRadix, Z* z)
         int nAngle = 0;  // j·k mod radix
         for (int j = 1; j <= nPairs; ++j) {
             nAngle += k;
-            if (nAngle >= nRadix)
+            if (nAngle >= nRadix) {
                 nAngle -= nRadix;
+            }
             even.re += pSumRe[j] * pCos[nAngle];
             even.im += pSumIm[j] * pCos[nAngle];
             odd.re += pDiffRe[j] * pSin[nAngle];
@@ -272,50 +285,61 @@ void CDF2::Pass(int nFactor, COMPLEX* pData)
                 z[j] = {value.re * dfCos - value.im * dfSin, value.re * dfSin + value.im * dfCos};
             }
             Butterfly(nRadix, z);
-            for (int j = 0; j < nRadix; ++j)
+            for (int j = 0; j < nRadix; ++j) {
                 pBlock[std::size_t(j) * std::size_t(nSoFar) + std::size_t(k)] = {float(z[j].re),
                                                                                  float(z[j].im)};
+            }
         }
     }
 }
 
 int CDF2::fft(int n, COMPLEX* pIn, COMPLEX* pOut, int nDirection)
 {
-    if (!pIn || !pOut || n < 1 || (nDirection != 0 && nDirection != 1))
+    if (!pIn || !pOut || n < 1 || (nDirection != 0 && nDirection != 1)) {
         return 0;
+    }
     MakeTables(n);
-    if (nDirection == 1)
-        for (int i = 0; i < n; ++i)
+    if (nDirection == 1) {
+        for (int i = 0; i < n; ++i) {
             pIn[i].im = -pIn[i].im;
+        }
+    }
     Permute(pIn, pOut);
-    for (int i = 0; i < m_nFactors; ++i)
+    for (int i = 0; i < m_nFactors; ++i) {
         Pass(i, pOut);
+    }
     if (nDirection == 1) {
         const double dfScale = 1.0 / n;
-        for (int i = 0; i < n; ++i)
+        for (int i = 0; i < n; ++i) {
             pOut[i] = {float(pOut[i].re * dfScale), float(-pOut[i].im * dfScale)};
+        }
     }
     return 1;
 }
 
 int CDF2::fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection)
 {
-    if (!pData || nWidth < 1 || nHeight < 1 || (nDirection != 0 && nDirection != 1))
+    if (!pData || nWidth < 1 || nHeight < 1 || (nDirection != 0 && nDirection != 1)) {
         return 0;
+    }
     const std::size_t nRow = std::size_t(nWidth);
     std::unique_ptr<COMPLEX[]> pRows(new (std::nothrow) COMPLEX[nRow * std::size_t(nHeight)]);
-    if (!pRows)
+    if (!pRows) {
         throw L"Eorror in CDF2::fft2d\n";
+    }
     try {
         std::vector<COMPLEX> vecIn(static_cast<std::size_t>(nHeight)), vecOut(vecIn.size());
-        for (int y = 0; y < nHeight; ++y)
+        for (int y = 0; y < nHeight; ++y) {
             fft(nWidth, pData + std::size_t(y) * nRow, pRows.get() + std::size_t(y) * nRow, nDirection);
+        }
         for (std::size_t x = 0; x < nRow; ++x) {
-            for (std::size_t y = 0; y < std::size_t(nHeight); ++y)
+            for (std::size_t y = 0; y < std::size_t(nHeight); ++y) {
                 vecIn[y] = pRows[y * nRow + x];
+            }
             fft(nHeight, vecIn.data(), vecOut.data(), nDirection);
-            for (std::size_t y = 0; y < std::size_t(nHeight); ++y)
+            for (std::size_t y = 0; y < std::size_t(nHeight); ++y) {
                 pData[y * nRow + x] = vecOut[y];
+            }
         }
     } catch (const std::bad_alloc&) {
         return 0;

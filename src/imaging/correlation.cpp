@@ -37,12 +37,13 @@ bool isUsableSize(int nWidth, int nHeight)
 template <typename T>
 void moveZeroPoint(T* pData, int nWidth, int nHeight, bool bToCentre)
 {
-    if (nWidth % 2 == 0 && nHeight % 2 == 0)
+    if (nWidth % 2 == 0 && nHeight % 2 == 0) {
         ShiftCenter(pData, nWidth, nHeight);
-    else if (bToCentre)
+    } else if (bToCentre) {
         CyclicShift(pData, nWidth, nHeight, nWidth / 2, nHeight / 2);
-    else
+    } else {
         CyclicShift(pData, nWidth, nHeight, -(nWidth / 2), -(nHeight / 2));
+    }
 }
 
 std::unique_ptr<COMPLEX[]> copyOf(const COMPLEX* pData, std::size_t nCount)
@@ -55,8 +56,9 @@ std::unique_ptr<COMPLEX[]> copyOf(const COMPLEX* pData, std::size_t nCount)
 float amplitude(float fRe, float fIm)
 {
     const float fSquare = fRe * fRe + fIm * fIm;
-    if (std::isinf(fSquare))
+    if (std::isinf(fSquare)) {
         return float(std::sqrt(double(fRe) * fRe + double(fIm) * fIm));
+    }
     return std::sqrt(fSquare);
 }
 
@@ -64,8 +66,9 @@ COMPLEX crossElement(const COMPLEX& a, const COMPLEX& b, int nMethod)
 {
     const float fRe = a.re * b.re + a.im * b.im;
     const float fIm = a.re * b.im - a.im * b.re;
-    if (fRe == 0.f && fIm == 0.f)  // most of a low-passed spectrum; the weight of 0 is 0
+    if (fRe == 0.f && fIm == 0.f) {  // most of a low-passed spectrum; the weight of 0 is 0
         return {fRe, fIm};
+    }
     if (nMethod == 1) {
         const float fDivisor = std::sqrt(amplitude(fRe, fIm)) + 10000.f;
         return {fRe / fDivisor, fIm / fDivisor};
@@ -97,8 +100,9 @@ bool isFlat(const float* pData, std::size_t nCount)
     float fMin = INFINITY;
     float fMax = -INFINITY;
     for (std::size_t i = 0; i < nCount; ++i) {
-        if (!std::isfinite(pData[i]))
+        if (!std::isfinite(pData[i])) {
             continue;
+        }
         fMin = std::min(fMin, pData[i]);
         fMax = std::max(fMax, pData[i]);
     }
@@ -117,8 +121,9 @@ float intoSide(float f, int nSize)
 std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, const COMPLEX* pA,
                                                        const COMPLEX* pB) const
 {
-    if (!pA || !pB || !isUsableSize(nWidth, nHeight))
+    if (!pA || !pB || !isUsableSize(nWidth, nHeight)) {
         return nullptr;
+    }
     const std::size_t nRow = std::size_t(nWidth);
     std::unique_ptr<COMPLEX[]> pResult(new COMPLEX[nRow * std::size_t(nHeight)]);
     const auto compute = [&](int c, int r) {
@@ -127,18 +132,21 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, 
     };
     // Spectra of real images: the element opposite to the zero frequency is the conjugate. Only rows 0
     // and, at an even height, height/2 are their own mirrors.
-    for (int r = 1; r <= (nHeight - 1) / 2; ++r)
+    for (int r = 1; r <= (nHeight - 1) / 2; ++r) {
         for (int c = 1; c < nWidth; ++c) {
             const COMPLEX value = compute(c, r);
             pResult[std::size_t(nHeight - r) * nRow + std::size_t(nWidth - c)] = {value.re, -value.im};
         }
+    }
     for (int c = 1; c < nWidth; ++c) {
         compute(c, 0);
-        if (nHeight % 2 == 0)
+        if (nHeight % 2 == 0) {
             compute(c, nHeight / 2);
+        }
     }
-    for (int r = 0; r < nHeight; ++r)
+    for (int r = 0; r < nHeight; ++r) {
         compute(0, r);
+    }
     return pResult;
 }
 
@@ -151,35 +159,40 @@ void CCorrelation::Transform(COMPLEX* pData, int nWidth, int nHeight, bool bForw
                     : m_df2.fft2d(nWidth, nHeight, pData, bForward ? 0 : 1) != 0;
     } catch (const wchar_t*) {  // not what the slots of a window expect
     }
-    if (!bDone)  // only memory can be missing; what is not transformed would give some other shift
+    if (!bDone) {  // only memory can be missing; what is not transformed would give some other shift
         throw std::bad_alloc();
+    }
 }
 
 std::unique_ptr<COMPLEX[]> CCorrelation::CorrelationMap(int nWidth, int nHeight, const COMPLEX* pA,
                                                         const COMPLEX* pB, bool bInverse, bool bTransformed)
 {
-    if (!pA || !pB || !isUsableSize(nWidth, nHeight))
+    if (!pA || !pB || !isUsableSize(nWidth, nHeight)) {
         return nullptr;
+    }
     const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
     const auto pCopyA = copyOf(pA, nCount);
     const auto pCopyB = copyOf(pB, nCount);
     for (COMPLEX* pCopy : {pCopyA.get(), pCopyB.get()}) {
-        if (bTransformed)
+        if (bTransformed) {
             moveZeroPoint(pCopy, nWidth, nHeight, false);
-        else
+        } else {
             Transform(pCopy, nWidth, nHeight, true);
+        }
     }
     auto pResult = CrossSpectrum(nWidth, nHeight, pCopyA.get(), pCopyB.get());
-    if (bInverse)
+    if (bInverse) {
         Transform(pResult.get(), nWidth, nHeight, false);
+    }
     return pResult;
 }
 
 int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, double& dfPeak, float& fDX,
                                       float& fDY) const
 {
-    if (!pMap || !isUsableSize(nWidth, nHeight))
+    if (!pMap || !isUsableSize(nWidth, nHeight)) {
         return 0;
+    }
     int nX = 0;
     int nY = 0;
     FindMaximum(pMap, nWidth, nHeight, &dfPeak, &nX, &nY);
@@ -196,16 +209,19 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     std::array<float, nBox * nBox> afBox;
     if (bSmall) {
         const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
-        for (int r = 0; r < nBox; ++r)
-            for (int c = 0; c < nBox; ++c)
+        for (int r = 0; r < nBox; ++r) {
+            for (int c = 0; c < nBox; ++c) {
                 afBox[std::size_t(r) * std::size_t(nBox) + std::size_t(c)] =
                     pMap[std::size_t(wrapped(nCornerY + r, nHeight)) * std::size_t(nWidth) +
                          std::size_t(wrapped(nCornerX + c, nWidth))];
+            }
+        }
     } else {
         boxOnAxis(nX, nWidth, nCornerX, nWrapX);
         boxOnAxis(nY, nHeight, nCornerY, nWrapY);
-        if (nWrapX != 0 || nWrapY != 0)
+        if (nWrapX != 0 || nWrapY != 0) {
             CyclicShift(pMap, nWidth, nHeight, nWrapX, nWrapY);
+        }
         CopyRegion(pMap, nWidth, nHeight, afBox.data(), nCornerX, nCornerY, nBox, nBox);
     }
 
@@ -239,17 +255,20 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
                                    double& dfPeak, double& dfShiftX, double& dfShiftY, bool bTransformed,
                                    bool* pbPeakFound)
 {
-    if (nMethod < 0 || nMethod > 2)
+    if (nMethod < 0 || nMethod > 2) {
         return nullptr;
+    }
     CCorrelation correlation;
     correlation.SetMethod(nMethod);
     auto pComplexMap = correlation.CorrelationMap(nWidth, nHeight, pA, pB, true, bTransformed);
-    if (!pComplexMap)
+    if (!pComplexMap) {
         return nullptr;
+    }
     const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
     std::unique_ptr<float[]> pMap(new float[nCount]);
-    for (std::size_t i = 0; i < nCount; ++i)
+    for (std::size_t i = 0; i < nCount; ++i) {
         pMap[i] = pComplexMap[i].re;
+    }
     pComplexMap.reset();
 
     double dfValue = 0.0;
@@ -257,13 +276,16 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     float fDY = 0.f;
     std::vector<float> vecSearch(pMap.get(), pMap.get() + nCount);  // the search moves its map
     const int nFound = correlation.FindCorrelationPeak(vecSearch.data(), nWidth, nHeight, dfValue, fDX, fDY);
-    if (pbPeakFound)
+    if (pbPeakFound) {
         *pbPeakFound = nFound != 0;
+    }
     const int nMiddleX = nWidth / 2, nMiddleY = nHeight / 2;
-    if (fDX > float(nMiddleX))
+    if (fDX > float(nMiddleX)) {
         fDX -= float(nWidth);
-    if (fDY > float(nMiddleY))
+    }
+    if (fDY > float(nMiddleY)) {
         fDY -= float(nHeight);
+    }
     moveZeroPoint(pMap.get(), nWidth, nHeight, true);
     dfPeak = dfValue;
     dfShiftX = fDX;

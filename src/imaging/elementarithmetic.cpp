@@ -4,8 +4,9 @@ namespace tessera {
 
 int AddComplex(COMPLEX* pA, const COMPLEX* pB, int n)
 {
-    if (!pA || !pB)
+    if (!pA || !pB) {
         return 0;
+    }
     for (int i = 0; i < n; ++i) {
         pA[i].re += pB[i].re;
         pA[i].im += pB[i].im;
@@ -15,8 +16,9 @@ int AddComplex(COMPLEX* pA, const COMPLEX* pB, int n)
 
 int ScaleComplex(COMPLEX* pA, int n, double df)
 {
-    if (!pA)
+    if (!pA) {
         return 0;
+    }
     const float f = float(df);
     for (int i = 0; i < n; ++i) {
         pA[i].re *= f;
@@ -27,8 +29,9 @@ int ScaleComplex(COMPLEX* pA, int n, double df)
 
 int MultiplyByMask(COMPLEX* pA, const char* pMask, int n)
 {
-    if (!pA || !pMask)
+    if (!pA || !pMask) {
         return 0;
+    }
     for (int i = 0; i < n; ++i) {
         const float f = static_cast<signed char>(pMask[i]);
         pA[i].re *= f;
@@ -39,8 +42,9 @@ int MultiplyByMask(COMPLEX* pA, const char* pMask, int n)
 
 int MultiplyByFloat(COMPLEX* pA, const float* pF, int n)
 {
-    if (!pA || !pF)
+    if (!pA || !pF) {
         return 0;
+    }
     for (int i = 0; i < n; ++i) {
         pA[i].re *= pF[i];
         pA[i].im *= pF[i];
@@ -50,10 +54,12 @@ int MultiplyByFloat(COMPLEX* pA, const float* pF, int n)
 
 int AddFloat(float* pA, const float* pB, int n)
 {
-    if (!pA || !pB)
+    if (!pA || !pB) {
         return 0;
-    for (int i = 0; i < n; ++i)
+    }
+    for (int i = 0; i < n; ++i) {
         pA[i] += pB[i];
+    }
     return 1;
 }
 

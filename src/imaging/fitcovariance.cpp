@@ -25,8 +25,9 @@ FitCovariance covarianceOfFit(const std::vector<double>& vecResidual, std::vecto
         const double dfDiagonal = vecJacobian[i * (nRows + 1)];
         result.vecOpen[i] = dfDiagonal == 0;
         result.vecStdErr[i] = std::sqrt(dfVariance * dfDiagonal);
-        for (std::size_t j = 0; j < nParams; ++j)
+        for (std::size_t j = 0; j < nParams; ++j) {
             result.vecCovariance[i * nParams + j] = dfVariance * vecJacobian[i * nRows + j];
+        }
     }
     return result;
 }

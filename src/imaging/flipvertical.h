@@ -10,8 +10,9 @@ namespace tessera {
 template <typename T>
 int FlipVertical(T* pData, int nWidth, int nHeight)
 {
-    if (!pData || nWidth < 1 || nHeight < 1)
+    if (!pData || nWidth < 1 || nHeight < 1) {
         return 0;
+    }
     for (int nTop = 0, nBottom = nHeight - 1; nTop < nBottom; ++nTop, --nBottom) {
         T* pTop = pData + std::size_t(nTop) * std::size_t(nWidth);
         std::swap_ranges(pTop, pTop + nWidth, pData + std::size_t(nBottom) * std::size_t(nWidth));

@@ -6,21 +6,24 @@ namespace tessera {
 
 int CHistogram::Fill(const float* pData, int n, int nBins)
 {
-    if (!pData || n < 1 || nBins < 1)
+    if (!pData || n < 1 || nBins < 1) {
         return 0;
+    }
     int nTotal = 0;
     float fMin = 0.f;
     float fMax = 0.f;
     for (int i = 0; i < n; ++i) {
         const float f = pData[i];
-        if (!std::isfinite(f))
+        if (!std::isfinite(f)) {
             continue;
+        }
         fMin = nTotal && fMin <= f ? fMin : f;
         fMax = nTotal && fMax >= f ? fMax : f;
         ++nTotal;
     }
-    if (nTotal == 0)
+    if (nTotal == 0) {
         return 0;
+    }
 
     m_nBins = nBins;
     m_dfMin = fMin;
@@ -34,8 +37,9 @@ int CHistogram::Fill(const float* pData, int n, int nBins)
     }
     for (int i = 0; i < n; ++i) {
         const double df = pData[i];
-        if (!std::isfinite(df))
+        if (!std::isfinite(df)) {
             continue;
+        }
         // Rounding of the quotient must not push the largest sample out of the last bin.
         const int nBin = df == m_dfMax ? nBins - 1 : int((df - m_dfMin) * (nBins - 1) / dfRange);
         ++m_vecBin[nBin];
@@ -45,28 +49,32 @@ int CHistogram::Fill(const float* pData, int n, int nBins)
 
 double CHistogram::Upper(double dfP) const
 {
-    if (m_nBins < 1)
+    if (m_nBins < 1) {
         return 0.0;
+    }
     int i = 0;
     double dfSum = 0.0;
     for (; i < m_nBins; ++i) {
         dfSum += m_vecBin[i];
-        if (dfSum / m_nTotal > 1.0 - dfP)
+        if (dfSum / m_nTotal > 1.0 - dfP) {
             break;
+        }
     }
     return (m_dfMax - m_dfMin) * (i + 1.0) / m_nBins + m_dfMin;
 }
 
 double CHistogram::Lower(double dfP) const
 {
-    if (m_nBins < 1)
+    if (m_nBins < 1) {
         return 0.0;
+    }
     int i = 0;
     double dfSum = 0.0;
     for (; i < m_nBins; ++i) {
         dfSum += m_vecBin[m_nBins - 1 - i];
-        if (dfSum / m_nTotal > 1.0 - dfP)
+        if (dfSum / m_nTotal > 1.0 - dfP) {
             break;
+        }
     }
     return (m_dfMax - m_dfMin) * (m_nBins - i) / m_nBins + m_dfMin;
 }

@@ -46,9 +46,10 @@ void* allocateLarge(std::size_t nBytes)
 {
     const std::size_t nAll = (nBytes + g_nFront + g_nFront - 1) / g_nFront * g_nFront + g_nFront;
     char* pBlock = nAll > nBytes ? static_cast<char*>(std::aligned_alloc(g_nFront, nAll)) : nullptr;
-    if (!pBlock)
+    if (!pBlock) {
         return nullptr;
 #ifdef MADV_HUGEPAGE
+    }
     // One page for 2 MB: five hundred times fewer faults, and no misses of the processor's table of pages
     // where a transform goes down the columns. Without such pages all is as it was.
     madvise(pBlock + g_nFront, nBytes / g_nFront * g_nFront, MADV_HUGEPAGE);
@@ -81,8 +82,9 @@ CImageMemory::~CImageMemory()
 void CImageMemory::clear()
 {
     const std::lock_guard<std::mutex> lock(m_pState->mutex);
-    for (const KeptBlock& block : m_pState->vecKept)
+    for (const KeptBlock& block : m_pState->vecKept) {
         freeLarge(block.pMemory);
+    }
     m_pState->vecKept.clear();
 }
 
@@ -90,8 +92,9 @@ std::size_t CImageMemory::keptBytes() const
 {
     const std::lock_guard<std::mutex> lock(m_pState->mutex);
     std::size_t nBytes = 0;
-    for (const KeptBlock& block : m_pState->vecKept)
+    for (const KeptBlock& block : m_pState->vecKept) {
         nBytes += block.nBytes;
+    }
     return nBytes;
 }
 
@@ -104,8 +107,9 @@ CImageMemory::CUse::~CUse()
 
 void* takeImageMemory(std::size_t nBytes)
 {
-    if (nBytes < g_nLarge)
+    if (nBytes < g_nLarge) {
         return ::operator new(nBytes);
+    }
     void* pMemory = nullptr;
     if (t_pMemory) {
         CImageMemory::State& state = *t_pMemory->m_pState;
@@ -117,14 +121,16 @@ void* takeImageMemory(std::size_t nBytes)
             state.vecKept.erase(it);
         }
     }
-    if (!pMemory)
+    if (!pMemory) {
         pMemory = allocateLarge(nBytes);
+    }
     if (!pMemory && t_pMemory) {
         t_pMemory->clear();  // what is kept is of other sizes
         pMemory = allocateLarge(nBytes);
     }
-    if (!pMemory)
+    if (!pMemory) {
         throw std::bad_alloc();
+    }
     new (frontOf(pMemory)) Front{t_pMemory ? t_pMemory->m_pState : nullptr};
     return pMemory;
 }
@@ -142,14 +148,16 @@ void giveImageMemory(void* pMemory, std::size_t nBytes) noexcept
         std::vector<KeptBlock>& vecKept = pState->vecKept;
         if (pState->bOpen) {
             void* const pOldest = vecKept.size() == vecKept.capacity() ? vecKept.front().pMemory : nullptr;
-            if (pOldest)
+            if (pOldest) {
                 vecKept.erase(vecKept.begin());
+            }
             vecKept.push_back({pMemory, nBytes});
             pMemory = pOldest;
         }
     }
-    if (pMemory)
+    if (pMemory) {
         freeLarge(pMemory);
+    }
 }
 
 }  // namespace tessera

@@ -13,17 +13,21 @@ namespace tessera {
 template <typename T>
 int CopyRegion(const T* pSource, int nSourceWidth, int nSourceHeight, T* pTarget, int x, int y, int w, int h)
 {
-    if (!pSource || !pTarget)
+    if (!pSource || !pTarget) {
         return 0;
-    if (h < 1)
+    }
+    if (h < 1) {
         return 1;
+    }
     const auto inside = [&](std::int64_t nX, std::int64_t nY) {
         return nX >= 0 && nX < nSourceWidth && nY >= 0 && nY < nSourceHeight;
     };
-    if (!inside(x, y) || !inside(std::int64_t(x) + w - 1, std::int64_t(y) + h - 1))
+    if (!inside(x, y) || !inside(std::int64_t(x) + w - 1, std::int64_t(y) + h - 1)) {
         return 0;
-    if (w < 1)
+    }
+    if (w < 1) {
         return 1;
+    }
     for (int r = 0; r < h; ++r) {
         const T* pRow = pSource + std::size_t(y + r) * std::size_t(nSourceWidth) + x;
         std::copy(pRow, pRow + w, pTarget + std::size_t(r) * std::size_t(w));

@@ -13,10 +13,12 @@ namespace {
 template <typename T>
 int shiftCenter(T* pData, int nWidth, int nHeight)
 {
-    if (!pData || nWidth < 1 || nHeight < 1)
+    if (!pData || nWidth < 1 || nHeight < 1) {
         return 0;
-    if (nWidth % 2 || nHeight % 2)
+    }
+    if (nWidth % 2 || nHeight % 2) {
         throw L"ShiftCenter: Width and Height should both be even!";
+    }
     const int nHalfX = nWidth / 2;
     for (int y = 0; y < nHeight / 2; ++y) {
         T* pUpper = pData + std::size_t(y) * std::size_t(nWidth);
@@ -37,12 +39,14 @@ int wrapped(int nShift, int nSize)
 template <typename T>
 int cyclicShift(T* pData, int nWidth, int nHeight, int nDX, int nDY)
 {
-    if (!pData || nWidth < 1 || nHeight < 1)
+    if (!pData || nWidth < 1 || nHeight < 1) {
         return 0;
+    }
     const int nX = wrapped(nDX, nWidth);
     const int nY = wrapped(nDY, nHeight);
-    if (nX == 0 && nY == 0)
+    if (nX == 0 && nY == 0) {
         return 1;
+    }
     const std::size_t nRow = std::size_t(nWidth);
     const std::vector<T> vecOld(pData, pData + nRow * std::size_t(nHeight));
     const std::size_t nRight = std::size_t(nX);  // columns that the shift brings in from the right edge
@@ -79,10 +83,12 @@ int CyclicShift(COMPLEX* pData, int nWidth, int nHeight, int nDX, int nDY)
 
 int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double dfDY, bool bCentred)
 {
-    if (!pData || nWidth < 1 || nHeight < 1)
+    if (!pData || nWidth < 1 || nHeight < 1) {
         return 0;
-    if (!bCentred)
+    }
+    if (!bCentred) {
         ShiftCenter(pData, nWidth, nHeight);
+    }
 
     const double dfTwoPi = 2.0 * std::acos(-1.0);
     const auto element = [&](int c, int r) -> COMPLEX& {
@@ -90,8 +96,9 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     };
     const auto turn = [&](int c, int r) {
         COMPLEX& value = element(c, r);
-        if (value.re == 0.f && value.im == 0.f)  // most of a low-passed spectrum
+        if (value.re == 0.f && value.im == 0.f) {  // most of a low-passed spectrum
             return;
+        }
         const int nU = c - nWidth / 2, nV = r - nHeight / 2;
         const double dfU = nU;
         const double dfV = nV;
@@ -102,26 +109,31 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     };
 
     if (nWidth % 2 || nHeight % 2) {
-        for (int r = 0; r < nHeight; ++r)
-            for (int c = 0; c < nWidth; ++c)
+        for (int r = 0; r < nHeight; ++r) {
+            for (int c = 0; c < nWidth; ++c) {
                 turn(c, r);
+            }
+        }
         return 1;
     }
-    for (int r = 1; r < nHeight / 2; ++r)
+    for (int r = 1; r < nHeight / 2; ++r) {
         for (int c = 1; c < nWidth; ++c) {
             turn(c, r);
             const COMPLEX value = element(c, r);
             element(nWidth - c, nHeight - r) = {value.re, -value.im};
         }
+    }
     for (int c = 1; c < nWidth; ++c) {
         turn(c, 0);
         turn(c, nHeight / 2);
     }
-    for (int r = 0; r < nHeight; ++r)
+    for (int r = 0; r < nHeight; ++r) {
         turn(0, r);
+    }
 
-    if (!bCentred)
+    if (!bCentred) {
         ShiftCenter(pData, nWidth, nHeight);
+    }
     return 1;
 }
 

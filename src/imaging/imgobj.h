@@ -52,11 +52,13 @@ public:
     /// @throw std::bad_alloc when memory runs out; the image is empty then
     int Create(int nWidth, int nHeight)
     {
-        if (nWidth == m_nWidth && nHeight == m_nHeight)
+        if (nWidth == m_nWidth && nHeight == m_nHeight) {
             return 1;
+        }
         Release();
-        if (nWidth < 1 || nHeight < 1 || std::int64_t(nWidth) * nHeight > INT32_MAX)
+        if (nWidth < 1 || nHeight < 1 || std::int64_t(nWidth) * nHeight > INT32_MAX) {
             return 0;
+        }
         m_pData = static_cast<T*>(takeImageMemory(std::size_t(nWidth) * std::size_t(nHeight) * sizeof(T)));
         m_nWidth = nWidth;
         m_nHeight = nHeight;
@@ -76,8 +78,9 @@ public:
     /// Sets every element to zero bits; nothing to do on an empty image.
     void Clear()
     {
-        if (m_pData)
+        if (m_pData) {
             std::memset(static_cast<void*>(m_pData), 0, Count() * sizeof(T));
+        }
     }
 
     /// Takes size and contents from a tightly packed buffer outside this image.
@@ -87,15 +90,18 @@ public:
     template <typename U>
     int Set(const U* pSource, int nWidth, int nHeight)
     {
-        if (!pSource || !Create(nWidth, nHeight))
+        if (!pSource || !Create(nWidth, nHeight)) {
             return 0;
+        }
         if constexpr (std::is_same<T, U>::value) {
-            if (m_pData)
+            if (m_pData) {
                 std::memmove(static_cast<void*>(m_pData), pSource, Count() * sizeof(T));
+            }
         } else {
             const std::size_t nCount = Count();
-            for (std::size_t i = 0; i < nCount; ++i)
+            for (std::size_t i = 0; i < nCount; ++i) {
                 m_pData[i] = static_cast<T>(pSource[i]);
+            }
         }
         return 1;
     }
@@ -114,16 +120,18 @@ public:
         CImgObj<float> imgResult;
         const bool bInside = x >= 0 && y >= 0 && w > 0 && h > 0 && std::int64_t(x) + w <= m_nWidth &&
                              std::int64_t(y) + h <= m_nHeight;
-        if (!bInside || !imgResult.Create(w, h))
+        if (!bInside || !imgResult.Create(w, h)) {
             return imgResult;
+        }
         for (int r = 0; r < h; ++r) {
             const T* pSource = m_pData + std::size_t(y + r) * std::size_t(m_nWidth) + x;
             float* pTarget = imgResult.Data() + std::size_t(r) * std::size_t(w);
             if constexpr (std::is_same<T, float>::value) {
                 std::memcpy(pTarget, pSource, std::size_t(w) * sizeof(float));
             } else {
-                for (int c = 0; c < w; ++c)
+                for (int c = 0; c < w; ++c) {
                     pTarget[c] = static_cast<float>(pSource[c]);
+                }
             }
         }
         return imgResult;

@@ -21,14 +21,16 @@ CLmderFit::CLmderFit(int nParam)
 
 void CLmderFit::SetParams(const std::vector<double>& vecParam)
 {
-    if (vecParam.size() == std::size_t(m_nParam))
+    if (vecParam.size() == std::size_t(m_nParam)) {
         m_vecParam = vecParam;
+    }
 }
 
 int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
 {
-    if (m < 1 || !fcn)
+    if (m < 1 || !fcn) {
         return -1;
+    }
     const int n = m_nParam;
     const std::size_t nSize = std::size_t(n), mSize = std::size_t(m);
     std::vector<double> x = m_vecParam, fvec(mSize), fjac(mSize * nSize), diag(nSize), qtf(nSize);

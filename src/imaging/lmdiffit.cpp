@@ -18,14 +18,16 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     m_vecStdErr.clear();
     m_vecCovariance.clear();
     m_nFev = 0;
-    if (!pResiduals || m < 1 || n < 1)
+    if (!pResiduals || m < 1 || n < 1) {
         return 0;
+    }
     const std::size_t nPara = vecPara.size();
     const double dfInfinity = std::numeric_limits<double>::infinity();
     m_vecStdErr.assign(nPara, dfInfinity);
     m_vecCovariance.assign(nPara * nPara, dfInfinity);
-    if (m < n)
+    if (m < n) {
         return 0;  // lmdif's own answer to it
+    }
 
     const std::size_t nRow = std::size_t(m);
     std::vector<double> fvec(nRow), fjac(nRow * nPara), wa4(nRow);
@@ -36,8 +38,9 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     const int nInfo = lmdif(pResiduals, pContext, m, n, vecPara.data(), fvec.data(), dfTol, dfTol, 0.0,
                             m_nMaxFev, m_dfEpsFcn, diag.data(), m_nMode, m_dfFactor, 0, &m_nFev, fjac.data(),
                             m, ipvt.data(), qtf.data(), wa1.data(), wa2.data(), wa3.data(), wa4.data());
-    if (m == n)
+    if (m == n) {
         return nInfo;
+    }
 
     FitCovariance errors = covarianceOfFit(fvec, std::move(fjac), ipvt);
     m_vecStdErr = std::move(errors.vecStdErr);

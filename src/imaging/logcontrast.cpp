@@ -36,8 +36,9 @@ float floatOf(std::uint32_t nBucket)
 
 int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fLow, float fHigh)
 {
-    if (!pSource || !pTarget)
+    if (!pSource || !pTarget) {
         return 0;
+    }
     if (!(fHigh > fLow)) {
         std::fill_n(pTarget, std::max(n, 0), static_cast<unsigned char>(0));
         return 1;
@@ -45,8 +46,9 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
     // Where each byte begins, above fLow; what comes behind the last never does.
     const double dfScale = std::log1p(double(fHigh) - double(fLow)) / (g_nBytes - 1);
     std::array<float, g_nBytes + 1> aBegin;
-    for (int i = 0; i < g_nBytes; ++i)
+    for (int i = 0; i < g_nBytes; ++i) {
         aBegin[i] = float(std::expm1(i * dfScale));
+    }
     aBegin[g_nBytes - 1] = std::min(aBegin[g_nBytes - 1], fHigh - fLow);
     aBegin[g_nBytes] = std::numeric_limits<float>::infinity();
 
@@ -68,8 +70,9 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
             pTarget[i] = g_nBytes - 1;
         } else {
             std::size_t nByte = vecByte[std::min(bucketOf(1.f + f), nLast) - nFirst];
-            while (f >= aBegin[nByte + 1])
+            while (f >= aBegin[nByte + 1]) {
                 ++nByte;
+            }
             pTarget[i] = static_cast<unsigned char>(nByte);
         }
     }

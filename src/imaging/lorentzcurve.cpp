@@ -16,11 +16,13 @@ double lorentz(double dfI, double dfCentre, double dfC, double dfFrame)
 
 int curveResiduals(void* pContext, int m, int, const double* p, double* pResidual, int nFlag)
 {
-    if (nFlag == 0)
+    if (nFlag == 0) {
         return 0;
+    }
     const auto& listPoint = *static_cast<const QList<QPointF>*>(pContext);
-    for (int i = 0; i < m; ++i)
+    for (int i = 0; i < m; ++i) {
         pResidual[i] = lorentz(p[0], p[1], p[2], listPoint[i].x()) - listPoint[i].y();
+    }
     return 0;
 }
 

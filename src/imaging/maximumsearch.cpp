@@ -11,30 +11,35 @@ namespace {
 bool anyAbove(const float* pData, std::size_t nCount, float f)
 {
     int nAbove = 0;
-    for (std::size_t i = 0; i < nCount; ++i)
+    for (std::size_t i = 0; i < nCount; ++i) {
         nAbove += pData[i] > f ? 1 : 0;
+    }
     return nAbove > 0;
 }
 
 std::size_t firstMaximum(const float* pData, std::size_t nCount)
 {
     std::size_t nBest = 0;
-    while (nBest < nCount && std::isnan(pData[nBest]))
+    while (nBest < nCount && std::isnan(pData[nBest])) {
         ++nBest;
-    if (nBest == nCount)
+    }
+    if (nBest == nCount) {
         return 0;
+    }
     // Run after run: whether one holds a new maximum is told without branches, its place only then.
     constexpr std::size_t nRun = 64;
     float fBest = pData[nBest];
     for (std::size_t nStart = nBest + 1; nStart < nCount; nStart += nRun) {
         const std::size_t nEnd = std::min(nStart + nRun, nCount);
-        if (!anyAbove(pData + nStart, nEnd - nStart, fBest))
+        if (!anyAbove(pData + nStart, nEnd - nStart, fBest)) {
             continue;
-        for (std::size_t i = nStart; i < nEnd; ++i)
+        }
+        for (std::size_t i = nStart; i < nEnd; ++i) {
             if (pData[i] > fBest) {
                 fBest = pData[i];
                 nBest = i;
             }
+        }
     }
     return nBest;
 }
@@ -43,20 +48,24 @@ std::size_t firstMaximum(const float* pData, std::size_t nCount)
 
 int FindMaximum(const float* pData, int nWidth, int nHeight, double* pValue, int* pX, int* pY)
 {
-    if (!pData)
+    if (!pData) {
         return 0;
+    }
     std::size_t nIndex = 0;
     std::size_t nRow = 1;
     if (nWidth > 0 && nHeight > 0) {
         nRow = std::size_t(nWidth);
         nIndex = firstMaximum(pData, nRow * std::size_t(nHeight));
     }
-    if (pValue)
+    if (pValue) {
         *pValue = pData[nIndex];
-    if (pX)
+    }
+    if (pX) {
         *pX = int(nIndex % nRow);
-    if (pY)
+    }
+    if (pY) {
         *pY = int(nIndex / nRow);
+    }
     return 1;
 }
 
@@ -67,12 +76,15 @@ int FindMaximumIndex(const float* pData, int n)
 
 int IndexToXY(int nIndex, int nWidth, int nHeight, int* pX, int* pY)
 {
-    if (nIndex < 0 || nWidth < 1 || nHeight < 0)
+    if (nIndex < 0 || nWidth < 1 || nHeight < 0) {
         return 0;
-    if (pX)
+    }
+    if (pX) {
         *pX = nIndex % nWidth;
-    if (pY)
+    }
+    if (pY) {
         *pY = nIndex / nWidth;
+    }
     return 1;
 }
 

@@ -23,8 +23,9 @@ struct FitBox {
 
 int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResidual, int nFlag)
 {
-    if (nFlag == 0)
+    if (nFlag == 0) {
         return 0;
+    }
     FitBox& box = *static_cast<FitBox*>(pContext);
     const int nWidth = box.img.Width();
     const int nHeight = box.img.Height();
@@ -32,16 +33,20 @@ int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResid
     const float* pMask = box.imgMask.Data();
     double* pColumn = box.vecColumn.data();
     const bool bBackground = n > int(g_nLorentzParameters);
-    for (int c = 0; c < nWidth; ++c)
+    for (int c = 0; c < nWidth; ++c) {
         pColumn[c] = 1.0 + (c - p[1]) * (c - p[1]) / p[2];
+    }
     for (int r = 0; r < nHeight; ++r) {
         const double dfY = (r - p[3]) * (r - p[3]) / p[4];
-        if (bBackground)
-            for (int c = 0; c < nWidth; ++c)
+        if (bBackground) {
+            for (int c = 0; c < nWidth; ++c) {
                 *pResidual++ = (p[0] / (pColumn[c] + dfY) + p[5] - *pPixel++) * *pMask++;
-        else
-            for (int c = 0; c < nWidth; ++c)
+            }
+        } else {
+            for (int c = 0; c < nWidth; ++c) {
                 *pResidual++ = (p[0] / (pColumn[c] + dfY) - *pPixel++) * *pMask++;
+            }
+        }
     }
     return 0;
 }
@@ -76,16 +81,18 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
                               double dfSaturation, bool bConstantBackground)
 {
     std::vector<double> vecResult(bConstantBackground ? 13 : 11, -1.0);
-    if (!std::isfinite(x) || !std::isfinite(y))
+    if (!std::isfinite(x) || !std::isfinite(y)) {
         return vecResult;
+    }
     const int nLeft = std::max(truncated(x - nHalfSize), 0);
     const int nTop = std::max(truncated(y - nHalfSize), 0);
     const int nRight = std::min(truncated(x + nHalfSize), img.Width() - 1);
     const int nBottom = std::min(truncated(y + nHalfSize), img.Height() - 1);
     const int nWidth = nRight - nLeft + 1;
     const int nHeight = nBottom - nTop + 1;
-    if (nWidth < 1 || nHeight < 1)
+    if (nWidth < 1 || nHeight < 1) {
         return vecResult;
+    }
 
     FitBox box;
     box.img = img.SubImage(nLeft, nTop, nWidth, nHeight);
@@ -112,8 +119,9 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     if (bInside) {
         const float fPixel =
             img.Data()[std::size_t(nTop + nStartY) * std::size_t(img.Width()) + std::size_t(nLeft + nStartX)];
-        if (std::isfinite(fPixel))
+        if (std::isfinite(fPixel)) {
             dfHeight = fPixel;
+        }
     }
     std::vector<double> vecPara{dfHeight, dfStartX, 1.0, dfStartY, 1.0};
     if (bConstantBackground) {
@@ -127,8 +135,9 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     x = nLeft + vecPara[1];
     y = nTop + vecPara[3];
     std::vector<double> vecError = fit.StdErr();
-    if (nUsable <= vecPara.size())
+    if (nUsable <= vecPara.size()) {
         std::fill(vecError.begin(), vecError.end(), std::numeric_limits<double>::infinity());
+    }
     std::copy_n(vecPara.begin(), g_nLorentzParameters, vecResult.begin());
     std::copy_n(vecError.begin(), g_nLorentzParameters, vecResult.begin() + g_nLorentzParameters);
     vecResult[10] = nInfo;
@@ -143,8 +152,9 @@ std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vec
                                              std::vector<double>& vecY, int nHalfSize, double dfSaturation,
                                              bool bConstantBackground, int nJobs)
 {
-    if (vecX.size() != vecY.size())
+    if (vecX.size() != vecY.size()) {
         return {};
+    }
     std::vector<std::vector<double>> vecResult(vecX.size());
     const auto fit = [&](int n) {
         const auto i = std::size_t(n);

@@ -57,27 +57,33 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
                 float* pTarget)
 {
     std::array<std::array<float, nCount>, 4> afWeight;
-    for (std::size_t i = 0; i < nCount; ++i)
-        for (std::size_t n = 0; n < 4; ++n)
+    for (std::size_t i = 0; i < nCount; ++i) {
+        for (std::size_t n = 0; n < 4; ++n) {
             afWeight[n][i] = pTapsX[i].afWeight[n];
+        }
+    }
     std::array<float, nCount> afSum{};
-    for (std::size_t m = 0; m < 4; ++m)
+    for (std::size_t m = 0; m < 4; ++m) {
         for (std::size_t n = 0; n < 4; ++n) {
             const float fSample = apRow[m][pTapsX->anIndex[n]];
             const float fWeight = tapsY.afWeight[m];
-            for (std::size_t i = 0; i < nCount; ++i)
+            for (std::size_t i = 0; i < nCount; ++i) {
                 afSum[i] += fWeight * afWeight[n][i] * fSample;
+            }
         }
-    for (std::size_t i = 0; i < nCount; ++i)
+    }
+    for (std::size_t i = 0; i < nCount; ++i) {
         pTarget[i] = afSum[i];
+    }
 }
 
 // The source rows of a target row.
 std::array<const float*, 4> rowsOf(const Taps& tapsY, const float* pSource, int nSourceWidth)
 {
     std::array<const float*, 4> apRow;
-    for (std::size_t m = 0; m < 4; ++m)
+    for (std::size_t m = 0; m < 4; ++m) {
         apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
+    }
     return apRow;
 }
 
@@ -87,17 +93,19 @@ void resizeRow(const std::vector<Taps>& vecX, const Taps& tapsY, const std::arra
                float* pTarget, const FnWanted& fnWanted)
 {
     std::size_t i = 0;
-    while (i < vecX.size())
+    while (i < vecX.size()) {
         if (i + nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + nTogether - 1].anIndex) {
-            if (fnWanted(vecX[i]))
+            if (fnWanted(vecX[i])) {
                 sumSamples<nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
-            else
+            } else {
                 std::fill_n(pTarget + i, nTogether, -INFINITY);
+            }
             i += nTogether;
         } else {
             sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
             ++i;
         }
+    }
 }
 
 bool isUsable(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth, int nSourceHeight)
@@ -110,8 +118,9 @@ bool isUsable(int nTargetWidth, int nTargetHeight, const float* pSource, int nSo
 int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
                   int nSourceHeight)
 {
-    if (!pTarget || !isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight))
+    if (!pTarget || !isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight)) {
         return 0;
+    }
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
     for (const Taps& tapsY : vecY) {
@@ -125,8 +134,9 @@ int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const flo
 int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource, int nSourceWidth,
                        int nSourceHeight, int* pX, int* pY)
 {
-    if (!isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight))
+    if (!isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight)) {
         return 0;
+    }
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
     // The maximum reaches what stands at the largest sample, up to rounding. A pixel reaches no more than
@@ -142,8 +152,9 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     sumSamples<1>(&vecX[targetOf(nLargestX, nTargetWidth, nSourceWidth)], tapsLargest,
                   rowsOf(tapsLargest, pSource, nSourceWidth), &fLeast);
     float fSize = 0.f;
-    for (int i = 0; i < nSourceWidth * nSourceHeight; ++i)
+    for (int i = 0; i < nSourceWidth * nSourceHeight; ++i) {
         fSize = std::max(fSize, std::abs(pSource[i]));
+    }
     fLeast -= 1e-4f * fSize;
 
     std::vector<float> vecColumn(static_cast<std::size_t>(nSourceWidth));  // maxima of the four source rows
@@ -160,10 +171,12 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     for (int y = 0; y < nTargetHeight; ++y) {
         const Taps& tapsY = vecY[y];
         const std::array<const float*, 4> apRow = rowsOf(tapsY, pSource, nSourceWidth);
-        for (std::size_t n = 0; n < vecColumn.size(); ++n)
+        for (std::size_t n = 0; n < vecColumn.size(); ++n) {
             vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
-        if (!anyReaches())
+        }
+        if (!anyReaches()) {
             continue;
+        }
         resizeRow(vecX, tapsY, apRow, vecRow.data(), reaches);
         const int x = FindMaximumIndex(vecRow.data(), nTargetWidth);
         const float f = vecRow[x];

@@ -36,16 +36,20 @@ double CValueAxis::value(double dfPlace) const
 ViewHistogram viewHistogram(const float* pData, int n, int nBins)
 {
     ViewHistogram histogram;
-    if (!pData || n < 1 || nBins < 1)
+    if (!pData || n < 1 || nBins < 1) {
         return histogram;
+    }
     std::vector<float> vec;
     const int nStep = 1 + n / g_nSamples;
     vec.reserve(std::size_t(n / nStep) + 1);
-    for (std::ptrdiff_t i = 0; i < n; i += nStep)
-        if (std::isfinite(pData[i]))
+    for (std::ptrdiff_t i = 0; i < n; i += nStep) {
+        if (std::isfinite(pData[i])) {
             vec.push_back(pData[i]);
-    if (vec.empty())
+        }
+    }
+    if (vec.empty()) {
         return histogram;
+    }
     const auto rank = [&](std::size_t nPart) {
         const auto it = vec.begin() + std::ptrdiff_t((vec.size() - 1) * nPart / 1000);
         std::nth_element(vec.begin(), it, vec.end());

@@ -1,8 +1,8 @@
 #include "integration/ciffile.h"
 
 #include "integration/electronscattering.h"
-#include "records/sealedfile.h"
 #include "records/pi.h"
+#include "records/sealedfile.h"
 
 #include <gemmi/cifdoc.hpp>
 #include <gemmi/to_cif.hpp>

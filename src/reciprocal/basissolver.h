@@ -18,8 +18,9 @@ public:
     /// The fractional indices of v, computed in double and rounded to single; (0, 0, 0) if not valid.
     Vec3D solve(const Vec3D& v) const
     {
-        if (!bValid)
+        if (!bValid) {
             return {};
+        }
         const double dfX = v.x, dfY = v.y, dfZ = v.z;
         return {float((dfX * dfCofactor[0] + dfY * dfCofactor[1] + dfZ * dfCofactor[2]) / dfDeterminant),
                 float((dfX * dfCofactor[3] + dfY * dfCofactor[4] + dfZ * dfCofactor[5]) / dfDeterminant),

@@ -8,8 +8,9 @@ namespace tessera {
 
 QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector)
 {
-    if (listVector.size() < 3)
+    if (listVector.size() < 3) {
         return {};
+    }
     QList<Peak3D> listSorted = listVector;
     sortByDStar(listSorted);
 
@@ -28,18 +29,21 @@ QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector)
         }
     }
     listBasis.append(vecB);
-    if (!bFound)
+    if (!bFound) {
         return listBasis;  // all along one line; the last one tried stands
+    }
 
     const Vec3D vecNormal = cross(vecA, vecB);
     for (const Peak3D& vector : listSorted) {
         const Vec3D v = vector.point();
         const float fTriple = std::fabs(dot(vecNormal, v)) / (length(vecA) * length(vecB) * length(v));
-        if (!(double(fTriple) > 0.2))
+        if (!(double(fTriple) > 0.2)) {
             continue;
+        }
         Vec3D vecC = dot(v, vecA) + dot(v, vecB) > dot(-v, vecA) + dot(-v, vecB) ? v : -v;
-        if (dot(vecNormal, vecC) < 0)
+        if (dot(vecNormal, vecC) < 0) {
             std::swap(listBasis[1], vecC);
+        }
         listBasis.append(vecC);
         break;
     }

@@ -28,9 +28,11 @@ constexpr double g_dfCloseAngle = 5;     // degrees
 bool isClose(const CellParameters& cell, const CellParameters& reference)
 {
     const std::array<double, 6> adfCell = cell.numbers(), adfReference = reference.numbers();
-    for (std::size_t n = 0; n < 6; ++n)
-        if (!(std::fabs(adfCell[n] - adfReference[n]) < (n < 3 ? g_dfCloseLength : g_dfCloseAngle)))
+    for (std::size_t n = 0; n < 6; ++n) {
+        if (!(std::fabs(adfCell[n] - adfReference[n]) < (n < 3 ? g_dfCloseLength : g_dfCloseAngle))) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -75,8 +77,9 @@ public:
             m_vecPeak,
             {m_parameters.m_dfRefineDStarLow, m_parameters.m_dfRefineDStarHigh, m_dataSet.m_dfPixelSize},
             m_dataSet.m_spaceGroup, m_report, &bStopped);
-        if (bStopped)
+        if (bStopped) {
             return false;
+        }
         m_vecDifference.reserve(vecPlace.size());
         for (const PeakPairPlace& place : vecPlace) {
             const Peak3D& a = first(place);
@@ -87,8 +90,9 @@ public:
             d.dfX = a.dfX2D - b.dfX2D;
             d.dfY = a.dfY2D - b.dfY2D;
             QPointF pt(d.dfX, d.dfY);
-            if (m_correction.hasTermsBeside())
+            if (m_correction.hasTermsBeside()) {
                 pt += displacement(a) - displacement(b);
+            }
             pt = applyStretching(pt, m_dataSet.m_dfStretchAmplitude, m_dataSet.m_dfStretchAzimuth);
             d.dfStretched = std::sqrt(pt.x() * pt.x() + pt.y() * pt.y());
             d.dfDStar = d.dfStretched * m_dataSet.m_dfPixelSize;
@@ -101,8 +105,9 @@ public:
     {
         std::vector<IndexKey> vecKey;
         vecKey.reserve(m_vecDifference.size());
-        for (const Difference& d : m_vecDifference)
+        for (const Difference& d : m_vecDifference) {
             vecKey.push_back(d.key);
+        }
         CNumberText table;
         for (const std::vector<int>& vecGroup : groupsOfDifferences(vecKey)) {
             const double dfCount = double(vecGroup.size());
@@ -113,8 +118,9 @@ public:
             }
             dfMean /= dfCount;
             double dfSquares = 0;
-            for (int n : vecGroup)
+            for (int n : vecGroup) {
                 dfSquares += (at(n).dfDStar - dfMean) * (at(n).dfDStar - dfMean);
+            }
             if (!(std::sqrt(dfSquares / dfCount) < 2 * m_dataSet.m_dfPixelSize)) {
                 ++result.nGroupsRejected;
                 result.nVectorsRejected += int(vecGroup.size());
@@ -127,11 +133,13 @@ public:
             record.nFrame = 0;
             result.listDifference.append(record);
             if (m_parameters.m_bOutputPeakList) {
-                if (result.listDifference.size() > 1)
+                if (result.listDifference.size() > 1) {
                     table.text("\n");
+                }
                 table.whole(result.listDifference.size(), 5);
-                for (int nIndex : key)
+                for (int nIndex : key) {
                     table.whole(nIndex, 5);
+                }
                 table.fixed(quotient(1, dfMean), 9, 6).fixed(dfMean, 8, 6);
             }
         }
@@ -141,8 +149,9 @@ public:
                 .arg(result.nVectorsRejected));
         m_report.addMessage(QStringLiteral("Total number of difference vectors for refinement: %1")
                                 .arg(result.listDifference.size()));
-        if (m_parameters.m_bOutputPeakList)
+        if (m_parameters.m_bOutputPeakList) {
             m_report.addMessage(table.take());
+        }
     }
 
     // Returns false when the run was stopped.
@@ -152,14 +161,16 @@ public:
         setReference(cell);
         CNumberText table;
         for (std::size_t n = 0; n < m_vecDifference.size(); ++n) {
-            if (m_parameters.m_bRefine2D)
+            if (m_parameters.m_bRefine2D) {
                 addRefinedRow(table, int(n));
-            else
+            } else {
                 addRow(table, int(n));
+            }
             if ((n + 1) % g_nRowsPerMessage == 0 || n + 1 == m_vecDifference.size()) {
                 m_report.addMessage(table.take());
-                if (!m_report.goOn())
+                if (!m_report.goOn()) {
                     return false;
+                }
             }
         }
         return true;
@@ -181,8 +192,9 @@ private:
 
     void setReference(const CellParameters& cell)
     {
-        if (!m_parameters.m_referenceCell || !isClose(cell, *m_parameters.m_referenceCell))
+        if (!m_parameters.m_referenceCell || !isClose(cell, *m_parameters.m_referenceCell)) {
             return;
+        }
         m_bClose = true;
         m_cellReference = CCrystalParaCal(*m_parameters.m_referenceCell);
     }
@@ -193,8 +205,9 @@ private:
         const Difference& d = at(n);
         const Peak3D& peak = first(d.place);
         table.whole(n + 1, 6).whole(peak.nFrame + 1, 4);
-        for (int nIndex : d.key)
+        for (int nIndex : d.key) {
             table.whole(nIndex, 3);
+        }
         table.fixed(d.dfDStar, 6, 6);
         addIndices(table, peak);
         table.fixed(peak.dfIPoint, 8, 1).fixed(peak.dfX2D, 6, 1).fixed(peak.dfY2D, 6, 1);
@@ -310,8 +323,9 @@ DifferenceVectorRefinement refineCellFromDifferenceVectors(const QVector<QList<P
     }
     result.refinement = unitCellRefinement(result.listDifference, *cellStart, report);
     const CellParameters cell = result.refinement ? result.refinement->cell : *cellStart;
-    if (parameters.m_bOutputPeakList && !run.addPairTable(cell))
+    if (parameters.m_bOutputPeakList && !run.addPairTable(cell)) {
         sayStopped();
+    }
     return result;
 }
 

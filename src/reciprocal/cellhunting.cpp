@@ -32,44 +32,51 @@ RunOutcome runUnitCellHunting(DataSet& dataSet, const QList<Peak3D>& listSelecti
         report.addMessage(QStringLiteral("%1> %2").arg(currentTimeStamp(), strReason), Severity::Info);
         return {RunEnd::Refused, strReason};
     }
-    if (!report.goOn())
+    if (!report.goOn()) {
         return {RunEnd::Stopped, {}};
+    }
     report.addMessage(QStringLiteral("%1>Calculating difference vectors...").arg(currentTimeStamp()),
                       Severity::Milestone);
     // The smallest cell edge gives the greatest length.
     const std::vector<DifferenceVector> vecDifference = calDifferenceVectors(
         listSelection, float(1 / parameters.m_dfCellRangeMin), float(1 / parameters.m_dfCellRangeMax),
         report);
-    if (!report.goOn())
+    if (!report.goOn()) {
         return {RunEnd::Stopped, {}};
+    }
     report.addMessage(
         QStringLiteral("%1>Total difference vectors: %L2").arg(currentTimeStamp()).arg(vecDifference.size()),
         Severity::Milestone);
     report.addMessage(QStringLiteral("%1>Averaging difference vectors...").arg(currentTimeStamp()),
                       Severity::Milestone);
-    if (!report.goOn())
+    if (!report.goOn()) {
         return {RunEnd::Stopped, {}};
+    }
     QList<Vec3D> listBasis = findBasisVectors(averageDifferenceVectors(
         vecDifference, averagingTolerance(parameters.m_dfCellRangeMax), report, nJobs));
-    if (!report.goOn())
+    if (!report.goOn()) {
         return {RunEnd::Stopped, {}};
-    if (listBasis.size() == 2)
+    }
+    if (listBasis.size() == 2) {
         listBasis.append(cross(listBasis[0], listBasis[1]));
+    }
     const std::optional<ReciprocalBasis> basis = basisFromList(listBasis);
     // Vectors without weight have no mean; such a basis is no cell.
     if (!basis || !isFinite(*basis)) {
         RunOutcome outcome = failRun(report, QStringLiteral("Unit cell not found."));
-        if (parameters.m_dfCellRangeMin > parameters.m_dfCellRangeMax)
+        if (parameters.m_dfCellRangeMin > parameters.m_dfCellRangeMax) {
             report.addMessage(QStringLiteral("No edge is both longer than \"Min.\", %L1 Å, and shorter than "
                                              "\"Max.\", %L2 Å.")
                                   .arg(parameters.m_dfCellRangeMin)
                                   .arg(parameters.m_dfCellRangeMax),
                               Severity::Error);
+        }
         return outcome;
     }
     const QString strCell = unitCellHtml(QStringLiteral("Found unit cell"), *basis, strLatticeHost);
-    if (!strCell.isEmpty())
+    if (!strCell.isEmpty()) {
         report.addHtml(strCell, Severity::Info);
+    }
     dataSet.m_listCellFound = listBasis;
     updateUnitCell(dataSet);
     return {};

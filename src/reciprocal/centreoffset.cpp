@@ -23,25 +23,29 @@ bool invert(std::array<Row, g_nUnknowns>& matrix)
 {
     Row scale;
     for (size_t i = 0; i < g_nUnknowns; ++i) {
-        if (!(matrix[i][i] > 0))
+        if (!(matrix[i][i] > 0)) {
             return false;
+        }
         scale[i] = 1 / std::sqrt(matrix[i][i]);
     }
     std::array<Row, g_nUnknowns> work;
     std::array<Row, g_nUnknowns> inverse{};
     for (size_t i = 0; i < g_nUnknowns; ++i) {
-        for (size_t j = 0; j < g_nUnknowns; ++j)
+        for (size_t j = 0; j < g_nUnknowns; ++j) {
             work[i][j] = matrix[i][j] * scale[i] * scale[j];
+        }
         inverse[i][i] = 1;
     }
     for (size_t k = 0; k < g_nUnknowns; ++k) {
         size_t nPivot = k;
         for (size_t i = k + 1; i < g_nUnknowns; ++i) {
-            if (std::abs(work[i][k]) > std::abs(work[nPivot][k]))
+            if (std::abs(work[i][k]) > std::abs(work[nPivot][k])) {
                 nPivot = i;
+            }
         }
-        if (!(std::abs(work[nPivot][k]) > 1e-10))
+        if (!(std::abs(work[nPivot][k]) > 1e-10)) {
             return false;
+        }
         std::swap(work[k], work[nPivot]);
         std::swap(inverse[k], inverse[nPivot]);
         const double dfPivot = 1 / work[k][k];
@@ -51,8 +55,9 @@ bool invert(std::array<Row, g_nUnknowns>& matrix)
         }
         for (size_t i = 0; i < g_nUnknowns; ++i) {
             const double dfFactor = work[i][k];
-            if (i == k || dfFactor == 0)
+            if (i == k || dfFactor == 0) {
                 continue;
+            }
             for (size_t j = 0; j < g_nUnknowns; ++j) {
                 work[i][j] -= dfFactor * work[k][j];
                 inverse[i][j] -= dfFactor * inverse[k][j];
@@ -60,8 +65,9 @@ bool invert(std::array<Row, g_nUnknowns>& matrix)
         }
     }
     for (size_t i = 0; i < g_nUnknowns; ++i) {
-        for (size_t j = 0; j < g_nUnknowns; ++j)
+        for (size_t j = 0; j < g_nUnknowns; ++j) {
             matrix[i][j] = inverse[i][j] * scale[i] * scale[j];
+        }
     }
     return true;
 }
@@ -98,23 +104,30 @@ Equations equationsOf(const Peak3D& peak, double dfPixelSize, double dfAxis)
 std::optional<CentreOffset> fitOnce(const std::vector<Equations>& vecEquations,
                                     std::vector<double>& vecDistance)
 {
-    if (vecEquations.size() < 6)
+    if (vecEquations.size() < 6) {
         return std::nullopt;
+    }
     std::array<Row, g_nUnknowns> normal{};
     Row right{};
-    for (const Equations& equations : vecEquations)
-        for (size_t n = 0; n < 3; ++n)
+    for (const Equations& equations : vecEquations) {
+        for (size_t n = 0; n < 3; ++n) {
             for (size_t i = 0; i < g_nUnknowns; ++i) {
-                for (size_t j = 0; j < g_nUnknowns; ++j)
+                for (size_t j = 0; j < g_nUnknowns; ++j) {
                     normal[i][j] += equations.aRow[n][i] * equations.aRow[n][j];
+                }
                 right[i] += equations.aRow[n][i] * equations.aPoint[n];
             }
-    if (!invert(normal))
+        }
+    }
+    if (!invert(normal)) {
         return std::nullopt;
+    }
     Row solution{};
-    for (size_t i = 0; i < g_nUnknowns; ++i)
-        for (size_t j = 0; j < g_nUnknowns; ++j)
+    for (size_t i = 0; i < g_nUnknowns; ++i) {
+        for (size_t j = 0; j < g_nUnknowns; ++j) {
             solution[i] += normal[i][j] * right[j];
+        }
+    }
 
     double dfSquares = 0;
     vecDistance.clear();
@@ -122,8 +135,9 @@ std::optional<CentreOffset> fitOnce(const std::vector<Equations>& vecEquations,
         double dfSquare = 0;
         for (size_t n = 0; n < 3; ++n) {
             double dfMissed = equations.aPoint[n];
-            for (size_t i = 0; i < g_nUnknowns; ++i)
+            for (size_t i = 0; i < g_nUnknowns; ++i) {
                 dfMissed -= solution[i] * equations.aRow[n][i];
+            }
             dfSquare += dfMissed * dfMissed;
         }
         vecDistance.push_back(std::sqrt(dfSquare));
@@ -136,8 +150,9 @@ std::optional<CentreOffset> fitOnce(const std::vector<Equations>& vecEquations,
     offset.dfErrorX = std::sqrt(dfVariance * normal[9][9]);
     offset.dfErrorY = std::sqrt(dfVariance * normal[10][10]);
     offset.dfRms = std::sqrt(dfSquares / double(vecEquations.size()));
-    if (!std::isfinite(offset.dfX) || !std::isfinite(offset.dfY))
+    if (!std::isfinite(offset.dfX) || !std::isfinite(offset.dfY)) {
         return std::nullopt;
+    }
     return offset;
 }
 
@@ -147,16 +162,20 @@ std::optional<CentreOffset> fitCentreOffset(const QList<Peak3D>& listPeak, doubl
                                             double dfRotationAxis)
 {
     std::vector<Equations> vecEquations;
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         vecEquations.push_back(equationsOf(peak, dfPixelSize, dfRotationAxis * g_dfRadian));
+    }
     std::vector<double> vecDistance;
     const std::optional<CentreOffset> offset = fitOnce(vecEquations, vecDistance);
-    if (!offset)
+    if (!offset) {
         return std::nullopt;
+    }
     std::vector<Equations> vecNear;
-    for (size_t n = 0; n < vecEquations.size(); ++n)
-        if (vecDistance[n] <= 3 * offset->dfRms)
+    for (size_t n = 0; n < vecEquations.size(); ++n) {
+        if (vecDistance[n] <= 3 * offset->dfRms) {
             vecNear.push_back(vecEquations[n]);
+        }
+    }
     const std::optional<CentreOffset> offsetNear = fitOnce(vecNear, vecDistance);
     return offsetNear ? offsetNear : offset;
 }

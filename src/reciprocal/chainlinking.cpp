@@ -17,33 +17,38 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
         if (nFrame % 10 == 0 || nFrame == nFrames - 1) {
             progress.set(nFrame / 10);
-            if (!report.goOn())
+            if (!report.goOn()) {
                 return false;
+            }
         }
         size_t nStillOpen = 0;
         for (size_t n = 0; n < vecOpen.size(); ++n) {
-            if (fnIsOver(nFrame, vecOpen[n].constLast()))
+            if (fnIsOver(nFrame, vecOpen[n].constLast())) {
                 listChain.append(vecOpen[n]);
-            else if (nStillOpen++ != n)
+            } else if (nStillOpen++ != n) {
                 vecOpen[nStillOpen - 1].swap(vecOpen[n]);
+            }
         }
         vecOpen.resize(nStillOpen);
 
         // Last peaks as they are before this frame: what joins or begins a chain now is no target yet.
         nearest.clear();
-        for (size_t n = 0; n < vecOpen.size(); ++n)
+        for (size_t n = 0; n < vecOpen.size(); ++n) {
             nearest.add(vecOpen[n].constLast().dfX2D, vecOpen[n].constLast().dfY2D, int(n));
+        }
         nearest.prepare();
         for (const Peak3D& peak : listPeakFrame[nFrame]) {
             const int nChain = nearest.find(peak.dfX2D, peak.dfY2D);
-            if (nChain >= 0)
+            if (nChain >= 0) {
                 vecOpen[nChain].append(peak);
-            else
+            } else {
                 vecOpen.push_back({peak});
+            }
         }
     }
-    for (const QList<Peak3D>& listOpen : vecOpen)
+    for (const QList<Peak3D>& listOpen : vecOpen) {
         listChain.append(listOpen);
+    }
     progress.end();
     return report.goOn();
 }

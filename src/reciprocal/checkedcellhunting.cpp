@@ -30,9 +30,11 @@ QString percent(double dfShare)
 double shorterEdge(const ReciprocalBasis& basis, const CellHuntingParameters& range)
 {
     double dfEdge = 0;
-    for (const Vec3D& v : basis.vectors())
-        if (const double df = g_dfShorter / double(length(v)); df < range.m_dfCellRangeMax)
+    for (const Vec3D& v : basis.vectors()) {
+        if (const double df = g_dfShorter / double(length(v)); df < range.m_dfCellRangeMax) {
             dfEdge = std::max(dfEdge, df);
+        }
+    }
     return dfEdge > range.m_dfCellRangeMin ? dfEdge : 0;
 }
 
@@ -42,8 +44,9 @@ double indexedShare(const ReciprocalBasis& basis, const QList<Peak3D>& listSelec
                     CRunReport& report)
 {
     QList<Peak3D> listPeak = listSelection;
-    if (listPeak.isEmpty() || !indexReflections(listPeak, basis, fThreshold, g_fRadius, report))
+    if (listPeak.isEmpty() || !indexReflections(listPeak, basis, fThreshold, g_fRadius, report)) {
         return 0;
+    }
     QList<Peak3D> listIndexed;
     std::copy_if(listPeak.begin(), listPeak.end(), std::back_inserter(listIndexed),
                  [&](const Peak3D& peak) { return isCloseToInteger(peak, fThreshold); });
@@ -54,17 +57,20 @@ void adviseOnCell(const DataSet& dataSet, const QList<Peak3D>& listSelection,
                   const CellHuntingParameters& parameters, double dfIndexThreshold, CRunReport& report)
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
-    if (!basis)
+    if (!basis) {
         return;
+    }
     const double dfShare = indexedShare(*basis, listSelection, float(dfIndexThreshold), report);
-    if (dfShare >= g_dfEnough)
+    if (dfShare >= g_dfEnough) {
         return;
+    }
     QString strText = QStringLiteral("Only %1% of the reflections fit this cell.").arg(percent(dfShare));
-    if (const double dfEdge = shorterEdge(*basis, parameters); dfEdge > 0)
+    if (const double dfEdge = shorterEdge(*basis, parameters); dfEdge > 0) {
         strText += QStringLiteral(
                        " If it is wrong, search with a \"Max.\" of %1 Å, which leaves out its "
                        "shortest vector.")
                        .arg(dfEdge, 0, 'f', 1);
+    }
     report.addMessage(strText);
 }
 
@@ -78,8 +84,9 @@ RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSele
     CellHuntingParameters range = parameters;
     for (int n = 0; n < g_nMostSearches; ++n) {
         outcome = runUnitCellHunting(dataSet, listSelection, range, report, nJobs);
-        if (!outcome.finished())
+        if (!outcome.finished()) {
             break;
+        }
         const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
         const double dfShare = indexedShare(*basis, listSelection, float(dfIndexThreshold), report);
         if (dfShare > dfBest) {
@@ -87,20 +94,23 @@ RunOutcome runCheckedCellHunting(DataSet& dataSet, const QList<Peak3D>& listSele
             basisBest = basis;
         }
         range.m_dfCellRangeMax = shorterEdge(*basis, range);
-        if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches || range.m_dfCellRangeMax == 0)
+        if (dfShare >= g_dfEnough || n + 1 == g_nMostSearches || range.m_dfCellRangeMax == 0) {
             break;
+        }
         report.addMessage(QStringLiteral("%1>Only %2% of the reflections fit this cell. Searching again, for "
                                          "edges up to %3 Å.")
                               .arg(currentTimeStamp(), percent(dfShare))
                               .arg(range.m_dfCellRangeMax, 0, 'f', 2),
                           Severity::Milestone);
     }
-    if (!basisBest)
+    if (!basisBest) {
         return outcome;
+    }
     const QList<Vec3D> listBest = basisBest->toList();
-    if (listBest != dataSet.m_listCell)
+    if (listBest != dataSet.m_listCell) {
         report.addMessage(QStringLiteral("An earlier cell, which %1% of the reflections fit, is kept.")
                               .arg(percent(dfBest)));
+    }
     dataSet.m_listCellFound = listBest;
     updateUnitCell(dataSet);
     return {};

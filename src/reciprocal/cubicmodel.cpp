@@ -25,8 +25,9 @@ std::optional<CubicStart> findCubicStart(const DataSet& dataSet, int nSteps, dou
                                          CRunReport& report)
 {
     const std::optional<RightHandedCell> cell = rightHandedCell(dataSet, report);
-    if (!cell)
+    if (!cell) {
         return std::nullopt;
+    }
     const ReciprocalBasis& basis = cell->basis;
     const double dfX = double(basis.a.x), dfY = double(basis.a.y), dfZ = double(basis.a.z);
     const double dfLength = std::sqrt(dfX * dfX + dfY * dfY + dfZ * dfZ);
@@ -95,12 +96,15 @@ std::optional<ReciprocalBasis> testFindCubicCell(const QList<Peak3D>& listPeak, 
 {
     report.addMessage(QStringLiteral("\nRunning unit cell refinement for garnet..."), Severity::Milestone);
     std::optional<CubicStart> start = findCubicStart(dataSet, 1000, dfEdge, report);
-    if (!start)
+    if (!start) {
         return std::nullopt;
+    }
     QList<Peak3D> listWork = listPeak;
-    if (start->bExchanged)
-        for (Peak3D& peak : listWork)
+    if (start->bExchanged) {
+        for (Peak3D& peak : listWork) {
             std::swap(peak.dfH, peak.dfK);
+        }
+    }
     const TiltFitResult fit = fitPoints(listWork, start->vecAngle, cubicModel(dfEdge));
     report.addMessage(QStringLiteral("Refinment result: %1, fev: %2").arg(fit.nInfo).arg(fit.nEvaluations));
     report.addMessage(QStringLiteral("covfac: %1").arg(fit.dfVariance));
@@ -122,8 +126,9 @@ std::optional<ReciprocalBasis> refineCubicUnitCell(const QList<Peak3D>& listPeak
 {
     report.addMessage(QStringLiteral("\nRunning cubic unit refinement..."), Severity::Milestone);
     std::optional<CubicStart> start = findCubicStart(dataSet, 10000, dfEdge, report);
-    if (!start)
+    if (!start) {
         return std::nullopt;
+    }
     const QList<Peak3D> listWork = reflectionsForTilts(listPeak, dataSet, 100.0, options.listExcluded,
                                                        start->bExchanged, report);
     const TiltFitResult fit = fitTilts(listWork, &Peak3D::dfTiltFit,

@@ -12,10 +12,12 @@ namespace {
 IndexKey withoutSign(const IndexKey& key)
 {
     for (int n : key) {
-        if (n > 0)
+        if (n > 0) {
             break;
-        if (n < 0)  // by unsigned numbers, as the least int has no negative
+        }
+        if (n < 0) {  // by unsigned numbers, as the least int has no negative
             return {int(0u - unsigned(key[0])), int(0u - unsigned(key[1])), int(0u - unsigned(key[2]))};
+        }
     }
     return key;
 }
@@ -28,8 +30,9 @@ std::vector<std::vector<int>> groupsOfDifferences(const std::vector<IndexKey>& v
     std::unordered_map<IndexKey, int, IndexKeyHash> mapGroup;
     for (std::size_t n = 0; n < vecDifference.size(); ++n) {
         const auto found = mapGroup.emplace(withoutSign(vecDifference[n]), int(vecGroup.size()));
-        if (found.second)
+        if (found.second) {
             vecGroup.emplace_back();
+        }
         vecGroup[found.first->second].push_back(int(n));
     }
     return vecGroup;
@@ -39,11 +42,13 @@ QList<QList<int>> groupDifferenceVectors(const QList<Peak3D>& listDifference)
 {
     std::vector<IndexKey> vecKey;
     vecKey.reserve(std::size_t(listDifference.size()));
-    for (const Peak3D& peak : listDifference)
+    for (const Peak3D& peak : listDifference) {
         vecKey.push_back({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)});
+    }
     QList<QList<int>> listGroup;
-    for (const std::vector<int>& vecGroup : groupsOfDifferences(vecKey))
+    for (const std::vector<int>& vecGroup : groupsOfDifferences(vecKey)) {
         listGroup.append(QList<int>(vecGroup.begin(), vecGroup.end()));
+    }
     return listGroup;
 }
 

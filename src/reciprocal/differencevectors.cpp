@@ -15,8 +15,9 @@ constexpr int64_t g_nMaxVectors = 300000;
 
 double weakerIntensity(double dfA, double dfB)
 {
-    if (std::isnan(dfA) || std::isnan(dfB))
+    if (std::isnan(dfA) || std::isnan(dfB)) {
         return std::nan("");
+    }
     return std::min(dfA, dfB);
 }
 
@@ -60,8 +61,9 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
 {
     const int nPeaks = listPeak.size();
     std::vector<int> vecByIntensity(static_cast<size_t>(nPeaks));
-    for (int n = 0; n < nPeaks; ++n)
+    for (int n = 0; n < nPeaks; ++n) {
         vecByIntensity[n] = n;
+    }
     std::stable_sort(vecByIntensity.begin(), vecByIntensity.end(), [&](int nA, int nB) {
         return numbersDescending(listPeak[nA].dfIPoint, listPeak[nB].dfIPoint);
     });
@@ -78,20 +80,23 @@ bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Select
     for (int n = 0; n < nPeaks; ++n) {
         if (n % 100 == 0 || n == nPeaks - 1) {
             report.setProgress(n / 100);
-            if (!report.goOn())
+            if (!report.goOn()) {
                 return false;
+            }
         }
         const int nPeak = vecByIntensity[n];
         const bool bNewRank = n == 0 || numbersDescending(listPeak[vecByIntensity[n - 1]].dfIPoint,
                                                           listPeak[nPeak].dfIPoint);
         if (bNewRank) {
-            if (n > 0)
+            if (n > 0) {
                 closeRank();
+            }
             ++nRank;
         }
         selection.vecRank[nPeak] = nRank;
-        if (selection.bCut)
+        if (selection.bCut) {
             continue;  // weaker than all that stay
+        }
         const Vec3D vecPoint = listPeak[nPeak].point();
         nRankCount += 2 * countInRange(vecX, vecY, vecZ, vecX.size(), vecPoint, limits);
         vecX.push_back(vecPoint.x);
@@ -109,44 +114,52 @@ std::vector<DifferenceVector> calDifferenceVectors(const QList<Peak3D>& listPeak
                                                    float fMinLength, CRunReport& report)
 {
     const int nPeaks = listPeak.size();
-    if (nPeaks < 2)
+    if (nPeaks < 2) {
         return {};
+    }
     const Limits limits = {fMaxLength * fMaxLength, fMinLength * fMinLength};
     CProgress progress(report, QStringLiteral("%p%"), 0, (nPeaks - 1) / 100, ProgressPlace::TaskBarToo);
     Selection selection;
-    if (!selectStrongest(listPeak, limits, selection, report))
+    if (!selectStrongest(listPeak, limits, selection, report)) {
         return {};
+    }
 
     // Second walk, over the pairs in their order: a vector goes to the end of its rank, or, when all stay,
     // to the end of the list.
     std::vector<DifferenceVector> vecVector(static_cast<size_t>(selection.nCount));
     std::vector<int> vecStrong;
-    for (int n = 0; n < nPeaks; ++n)
+    for (int n = 0; n < nPeaks; ++n) {
         if (!selection.bCut || (size_t(selection.vecRank[n]) < selection.vecOffset.size() &&
-                                selection.vecOffset[size_t(selection.vecRank[n])] < g_nMaxVectors))
+                                selection.vecOffset[size_t(selection.vecRank[n])] < g_nMaxVectors)) {
             vecStrong.push_back(n);
+        }
+    }
     std::vector<Vec3D> vecPoint;
     vecPoint.reserve(vecStrong.size());
-    for (int nPeak : vecStrong)
+    for (int nPeak : vecStrong) {
         vecPoint.push_back(listPeak[nPeak].point());
+    }
     int64_t nEnd = 0;
     int64_t nFilled = 0;
     for (size_t i = 0; i < vecStrong.size() && nFilled < selection.nCount; ++i) {
         const int nRankI = selection.vecRank[size_t(vecStrong[i])];
-        if (i % 1000 == 0 && !report.goOn())
+        if (i % 1000 == 0 && !report.goOn()) {
             return {};
+        }
         for (size_t j = i + 1; j < vecStrong.size(); ++j) {
             const Vec3D v = vecPoint[i] - vecPoint[j];
             const float fSquare = squaredLength(v);
-            if (!limits.contain(fSquare))
+            if (!limits.contain(fSquare)) {
                 continue;
+            }
             const size_t nRank = size_t(std::max(nRankI, selection.vecRank[size_t(vecStrong[j])]));
             int64_t& nPlace = selection.bCut ? selection.vecOffset[nRank] : nEnd;
             const double dfWeight = weakerIntensity(listPeak[vecStrong[i]].dfIPoint,
                                                     listPeak[vecStrong[j]].dfIPoint);
             for (const Vec3D& vecSigned : {v, -v}) {
-                if (nPlace >= selection.nCount)
+                if (nPlace >= selection.nCount) {
                     break;
+                }
                 vecVector[nPlace++] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
                 ++nFilled;
             }

@@ -39,8 +39,9 @@ Peak3D differenceRecord(const PeakPair& pair, double dfAmplitude, double dfAzimu
 int residuals(void* pContext, int m, int, const double* p, double* pResidual, int nFlag)
 {
     const QList<Peak3D>& listRecord = *static_cast<const QList<Peak3D>*>(pContext);
-    if (nFlag == 0)
+    if (nFlag == 0) {
         return 0;
+    }
     for (int i = 0; i < m; ++i) {
         const Peak3D& d = listRecord[i];
         const float h = float(d.dfH), k = float(d.dfK), l = float(d.dfL);
@@ -57,14 +58,16 @@ CMatrix3 leastSquaresMap(const QList<Peak3D>& listRecord)
     CMatrix3 matSquares(0, 0, 0, 0, 0, 0, 0, 0, 0), matMixed = matSquares;
     for (const Peak3D& d : listRecord) {
         const double aIndex[3] = {d.dfH, d.dfK, d.dfL}, aPlace[3] = {d.dfX2D, d.dfY2D, 0};
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             for (int j = 0; j < 3; ++j) {
                 matSquares.at(i, j) += aIndex[i] * aIndex[j];
                 matMixed.at(i, j) += aIndex[i] * aPlace[j];
             }
+        }
     }
-    if (!matSquares.isRegular())  // sums of products of whole numbers: the determinant is one too
+    if (!matSquares.isRegular()) {  // sums of products of whole numbers: the determinant is one too
         return {0, 0, 0, 0, 0, 0, 0, 0, 0};
+    }
     return matSquares.inverted().multiplied(matMixed).transposed();
 }
 
@@ -78,8 +81,9 @@ CMatrix3 startMap(const QList<Peak3D>& listRecord, CRunReport& report)
             matPlace.at(n, i) = i == 0 ? d.dfX2D : i == 1 ? d.dfY2D : 0;
         }
     }
-    if (!matIndex.isRegular())
+    if (!matIndex.isRegular()) {
         return leastSquaresMap(listRecord);
+    }
     const CMatrix3 matMap = matIndex.inverted().multiplied(matPlace).transposed();
     QStringList listLine;
     for (const Peak3D& d : listRecord) {
@@ -121,8 +125,9 @@ void fitMap(DifferenceMap& map, CRunReport& report)
     map.nInfo = fit.Run(residuals, nRecords, vecParam, &map.listDifference);
     std::vector<double> vecResidual(static_cast<std::size_t>(nRecords));
     residuals(&map.listDifference, nRecords, g_nParam, vecParam.data(), vecResidual.data(), 1);
-    for (double df : vecResidual)
+    for (double df : vecResidual) {
         map.dfSumSquares += df * df;
+    }
     std::copy(vecParam.begin(), vecParam.end(), map.adfEnd.begin());
     std::copy(fit.StdErr().begin(), fit.StdErr().end(), map.adfStdErr.begin());
     report.addMessage(sixNumbers(QStringLiteral("End values"), map.adfEnd));
@@ -144,14 +149,17 @@ bool mapFrame(const QList<PeakPair>& listPair, double dfAmplitude, double dfAzim
                             .arg(record.dfL, 4)
                             .arg(record.dfX2D, 6, 'f', 1)
                             .arg(record.dfY2D, 6, 'f', 1));
-        if (listLine.size() % g_nPairsPerLook == 0 && !report.goOn())
+        if (listLine.size() % g_nPairsPerLook == 0 && !report.goOn()) {
             return false;
+        }
     }
     map.nPairs = listPair.size();
-    if (!listLine.isEmpty())
+    if (!listLine.isEmpty()) {
         report.addMessage(listLine.join(QLatin1Char('\n')));
-    if (listPair.size() >= 3)
+    }
+    if (listPair.size() >= 3) {
         fitMap(map, report);
+    }
     return true;
 }
 
@@ -164,11 +172,13 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<PeakPair>>& 
     QVector<DifferenceMap> vecMap;
     for (const QList<PeakPair>& listPair : vecListPeakPair) {
         DifferenceMap map;
-        if (!mapFrame(listPair, dfAmplitude, dfAzimuth, dfPixelSize, report, map))
+        if (!mapFrame(listPair, dfAmplitude, dfAzimuth, dfPixelSize, report, map)) {
             break;
+        }
         vecMap.append(map);
-        if (!report.goOn())
+        if (!report.goOn()) {
             break;
+        }
     }
     return vecMap;
 }
@@ -183,16 +193,19 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& ve
                                                                &bStopped);
     auto it = vecPlace.begin();
     for (int nList = 0; nList < vecPeak.size() && !bStopped; ++nList) {
-        if (vecPeak[nList].size() < 2)
+        if (vecPeak[nList].size() < 2) {
             continue;
+        }
         QList<PeakPair> listPair;
-        for (; it != vecPlace.end() && it->nList == nList; ++it)
+        for (; it != vecPlace.end() && it->nList == nList; ++it) {
             listPair.append({vecPeak[nList][it->nFirst], vecPeak[nList][it->nSecond]});
+        }
         DifferenceMap map;
         bStopped = !mapFrame(listPair, dfAmplitude, dfAzimuth, limits.dfPixelSize, report, map);
         map.listDifference.clear();
-        if (!bStopped)
+        if (!bStopped) {
             vecMap.append(map);
+        }
         bStopped = bStopped || !report.goOn();
     }
     return vecMap;

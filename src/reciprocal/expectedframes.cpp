@@ -35,8 +35,9 @@ std::vector<FrameInSeries> beamTiltSeries(const QList<int>& listBreak)
 // A frame without a flag belongs to the first series.
 FrameInSeries seriesOf(const std::vector<FrameInSeries>& vecFrame, int nFrame)
 {
-    if (nFrame < 0 || std::size_t(nFrame) >= vecFrame.size())
+    if (nFrame < 0 || std::size_t(nFrame) >= vecFrame.size()) {
         return {0, std::max(nFrame, 0)};
+    }
     return vecFrame[nFrame];
 }
 
@@ -91,8 +92,9 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
     for (const Peak3D& peak : listPeak) {
         const std::optional<double> dfBefore = calculatedTilt(peak, *basisBefore, geometry);
         const std::optional<double> dfAfter = calculatedTilt(peak, *basisAfter, geometry);
-        if (!dfBefore || !dfAfter)
+        if (!dfBefore || !dfAfter) {
             continue;
+        }
         ExpectedFrame row{peak, *dfBefore, *dfAfter, 0, 0, 0, 0};
         row.dfErrBefore = peak.dfTiltFit - row.dfTiltBefore;
         row.dfErrAfter = peak.dfTiltFit - row.dfTiltAfter;
@@ -108,8 +110,9 @@ QList<ExpectedFrame> calExpectedFrameNo(const QList<Vec3D>& listUnitCellBefore,
         "%4s %4s %4s %2s %8s %4s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s %3s\n", "h", "k", "l", "A",
         "Int", "FNo", "d-RA", "TiltO", "TiltF", "TiltC1", "TiltC2", "Delta1", "Delta2", "DD", "Avg",
         "ErrDiff", "d-value", "Alpha", "BTFrame");
-    for (const ExpectedFrame& row : listRow)
+    for (const ExpectedFrame& row : listRow) {
         strTable += rowText(row, dataSet, centres, bExchanged);
+    }
     report.addMessage(strTable);
     report.addMessage(QStringLiteral("Sum of Err^2 of tilt before and after refinement: %1, %2\n")
                           .arg(dfSquaresBefore)

@@ -23,16 +23,19 @@ int frameCount(const DataSet& dataSet)
 QVector<QList<Peak3D>> sortPeakFrame(const QList<Peak3D>& listPeak, int nFrames)
 {
     QVector<QList<Peak3D>> vecFrame(std::max(nFrames, 0));
-    for (const Peak3D& peak : listPeak)
-        if (peak.nFrame >= 0 && peak.nFrame < vecFrame.size())
+    for (const Peak3D& peak : listPeak) {
+        if (peak.nFrame >= 0 && peak.nFrame < vecFrame.size()) {
             vecFrame[peak.nFrame].append(peak);
+        }
+    }
     return vecFrame;
 }
 
 void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakIndexed, CRunReport& report)
 {
-    if (listPeakIndexed.isEmpty())
+    if (listPeakIndexed.isEmpty()) {
         return;
+    }
     if (dataSet.m_listPeakChain.isEmpty()) {
         report.addMessage(
             QStringLiteral("These reflections have no peaks on the frames; the indexed peaks stay as "
@@ -49,8 +52,9 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
     int nMaxID = nMinID;
     CProgress progress(report, QStringLiteral("%p%"), 0, 100);
     for (int n = 0; n < nCount; ++n) {
-        if (n % nStep == 0)
+        if (n % nStep == 0) {
             progress.set(std::min(n / nStep, 100));
+        }
         const Peak3D& reflection = listPeakIndexed[n];
         nMinID = std::min(nMinID, reflection.nID);
         nMaxID = std::max(nMaxID, reflection.nID);
@@ -58,8 +62,9 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
         const int nK = roundIndex(reflection.dfK);
         const int nL = roundIndex(reflection.dfL);
         if ((nH == 0 && nK == 0 && nL == 0) || reflection.nID < 0 ||
-            reflection.nID >= dataSet.m_listPeakChain.size())
+            reflection.nID >= dataSet.m_listPeakChain.size()) {
             continue;
+        }
         for (Peak3D peak : qAsConst(dataSet.m_listPeakChain[reflection.nID])) {
             if (peak.nFrame >= 0 && peak.nFrame < nFrames) {
                 const QPointF ptCentre = frameCentre(centres, peak.nFrame);
@@ -83,8 +88,9 @@ void buildIndexedPeaksOnFrame(DataSet& dataSet, const QList<Peak3D>& listPeakInd
         return;
     }
     dataSet.m_vecReflectionFrame.assign(size_t(nMaxID) + 1, -1);
-    for (const Peak3D& reflection : listPeakIndexed)
+    for (const Peak3D& reflection : listPeakIndexed) {
         dataSet.m_vecReflectionFrame[reflection.nID] = reflection.nFrame;
+    }
 }
 
 }  // namespace tessera

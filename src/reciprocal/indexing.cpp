@@ -45,8 +45,9 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
     }
     const QList<QList<Peak3D>> listSplit = takeDuplicateReflections(result.listIndexed);
     result.listIndexed = listSplit[0];
-    for (const Peak3D& peak : listSplit[1])
+    for (const Peak3D& peak : listSplit[1]) {
         result.listDuplicatedID.append(peak.nID);
+    }
 }
 
 /// Sees to it that an indexing without a reflection costs no files that hold some.
@@ -58,8 +59,9 @@ bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
     for (const ResultFile file : {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks}) {
         const QString strFile = fileOfProject(dataSet, file);
         listFile.append(strFile);
-        if (QFile::exists(strFile))
+        if (QFile::exists(strFile)) {
             listKept.append(nameOfKept(strFile));
+        }
     }
     QString strReason;
     switch (keepFormerFiles(listFile, countObservedOfFile, 0, &strReason)) {
@@ -91,16 +93,18 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
                       CFileSet* pFiles)
 {
     const bool bNone = !holdsIndexed(listIndexed);
-    if (bNone && !pFiles && !keepFormerResults(dataSet, report))
+    if (bNone && !pFiles && !keepFormerResults(dataSet, report)) {
         return;
+    }
     outputIndexingResultsToFile(listIndexed, cellInForce(dataSet), dataSet.m_listOverallTilt,
                                 dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
     // The list of a former run stays on disk where there is none and none could be made, and where this run
     // has not made it.
     const bool bAnyList = !dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty();
-    if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, ResultFile::IndexedPeaks))))
+    if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, ResultFile::IndexedPeaks)))) {
         outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                          dataSet.m_strProjectName, report, pFiles);
+    }
 }
 
 /// The share of reflections with indices says nothing of the cell, as they follow from neighbour to
@@ -152,26 +156,31 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
         result.outcome = refuseRun(report, QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
         return result;
     }
-    if (!report.goOn())
+    if (!report.goOn()) {
         return result;
+    }
 
     const float fThreshold = float(parameters.m_dfIndexThreshold);
     result.listSelection = listSelection;
-    if (!indexReflections(result.listSelection, *basis, fThreshold, 1.f / 3.f, report))
+    if (!indexReflections(result.listSelection, *basis, fThreshold, 1.f / 3.f, report)) {
         return {};
+    }
     sortOut(result, fThreshold, frameCount(dataSet), CBasisSolver(*basis).isValid());
     assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
-    if (!report.goOn())
+    if (!report.goOn()) {
         return {};
+    }
     // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
     dataSet.m_listReflectionIndexed = result.listIndexed;
     dataSet.m_listCellIndexed = dataSet.m_listCell;
     noteIndexedMade(dataSet, parameters.m_dfIndexThreshold);
-    if (fnShow)
+    if (fnShow) {
         fnShow(result);
-    if (parameters.m_bOutputIndexing)
+    }
+    if (parameters.m_bOutputIndexing) {
         outputIndexingResultsToWindow(result.listIndexed, report);
+    }
     if (parameters.m_bOutputIndexing && dataSet.m_strProjectDir.isEmpty()) {
         // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
         report.addMessage(QStringLiteral("No data set is open, so no result files are written."),
@@ -204,11 +213,12 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                                  report);
     }
     if (parameters.m_bOutputRefinedCell) {
-        if (result.listRounded.size() < 7)
+        if (result.listRounded.size() < 7) {
             report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
                               Severity::Error);
-        else
+        } else {
             unitCellRefinement(result.listRounded, *cell, report);
+        }
     }
     result.outcome = {};
     return result;

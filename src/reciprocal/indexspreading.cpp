@@ -20,8 +20,9 @@ namespace {
 /// cutting off the part behind the point after adding a half outwards is the same rounding.
 inline bool isNearWhole(float fValue, float fThreshold)
 {
-    if (!(std::fabs(fValue) < 1e9f))
+    if (!(std::fabs(fValue) < 1e9f)) {
         return isCloseToInteger(Vec3D{fValue, 0, 0}, fThreshold);
+    }
     const double dfValue = double(fValue);
     const double dfRounded = double(int32_t(dfValue < 0 ? dfValue - 0.5 : dfValue + 0.5));
     return float(std::fabs(dfValue - dfRounded)) <= fThreshold;
@@ -53,8 +54,9 @@ struct StepTable {
     {
         const size_t nSize = nMost + g_nLanes;
         vecPlace.resize(nSize);
-        for (std::vector<float>* pColumn : {&vecX, &vecY, &vecZ, &vecH, &vecK, &vecL, &vecWeight})
+        for (std::vector<float>* pColumn : {&vecX, &vecY, &vecZ, &vecH, &vecK, &vecL, &vecWeight}) {
             pColumn->resize(nSize);
+        }
         vecWhole.resize(nSize);
     }
 };
@@ -105,8 +107,9 @@ __attribute__((always_inline)) inline void solveSteps(StepTable& table, const CB
         putLanes(table.vecWhole, nRow, (laneWhole & ~laneIsLarge) | (laneIsLarge & 1));
         const FloatLanes laneSquare = laneX * laneX + laneY * laneY + laneZ * laneZ;
         FloatLanes laneLength;
-        for (int n = 0; n < g_nLanes; ++n)
+        for (int n = 0; n < g_nLanes; ++n) {
             laneLength[n] = std::sqrt(laneSquare[n]);
+        }
         putLanes(table.vecWeight, nRow,
                  __builtin_convertvector(1 / (__builtin_convertvector(laneLength, DoubleLanes) + 0.001),
                                          FloatLanes));
@@ -131,9 +134,10 @@ __attribute__((target("avx2"))) void solveStepsWide(StepTable& table, const CBas
 SolveSteps chosenSolveSteps()
 {
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2"))
+    if (__builtin_cpu_supports("avx2")) {
         return solveStepsWide;
 #endif
+    }
     return solveStepsPlain;
 }
 
@@ -229,13 +233,16 @@ void CIndexSpreading::setWindow()
         const double dfDStar = m_vecDStar[i];
         m_vecBegin[i] = i;
         m_vecEnd[i] = i + 1;
-        if (!std::isfinite(dfDStar))
+        if (!std::isfinite(dfDStar)) {
             continue;
-        while (nBegin < i && !(dfDStar - m_vecDStar[nBegin] < dfRadius))
+        }
+        while (nBegin < i && !(dfDStar - m_vecDStar[nBegin] < dfRadius)) {
             ++nBegin;
+        }
         nEnd = std::max(nEnd, i + 1);
-        while (nEnd < m_nCount && m_vecDStar[nEnd] - dfDStar < dfRadius)
+        while (nEnd < m_nCount && m_vecDStar[nEnd] - dfDStar < dfRadius) {
             ++nEnd;
+        }
         // Record 0 is no neighbour of a reflection behind it.
         m_vecBegin[i] = std::min(std::max(nBegin, 1), i);
         m_vecEnd[i] = nEnd;
@@ -288,11 +295,13 @@ void CIndexSpreading::keepWholeSteps()
     m_pSolveSteps(table, m_solver, m_fThreshold);
     size_t nWhole = 0;
     for (size_t n = 0; n < table.nRows; ++n) {
-        if (table.vecWhole[n] == 0)
+        if (table.vecWhole[n] == 0) {
             continue;
+        }
         const Vec3D vecFraction = {table.vecH[n], table.vecK[n], table.vecL[n]};
-        if (table.vecWhole[n] == 1 && !isNearWhole(vecFraction, m_fThreshold))
+        if (table.vecWhole[n] == 1 && !isNearWhole(vecFraction, m_fThreshold)) {
             continue;
+        }
         table.vecPlace[nWhole] = table.vecPlace[n];
         table.vecH[nWhole] = vecFraction.x;
         table.vecK[nWhole] = vecFraction.y;
@@ -310,8 +319,9 @@ std::vector<int> CIndexSpreading::placesInWalkOrder(int i, const std::vector<int
     std::sort(vecPlace.begin(), vecPlace.end(), [&](int nA, int nB) {
         const int a = m_vecOrder[nA];
         const int b = m_vecOrder[nB];
-        if ((a < i) != (b < i))
+        if ((a < i) != (b < i)) {
             return a < i;
+        }
         return a < i ? a > b : a < b;
     });
     return vecPlace;
@@ -319,8 +329,9 @@ std::vector<int> CIndexSpreading::placesInWalkOrder(int i, const std::vector<int
 
 Vec3D CIndexSpreading::weightedIndices(int i) const
 {
-    if (m_table.nRows == 0)
+    if (m_table.nRows == 0) {
         return m_solver.solve(m_vecPoint[i]);
+    }
     Vec3D vecSum;
     float fSum = 0;
     for (size_t n = 0; n < m_table.nRows; ++n) {
@@ -346,8 +357,9 @@ bool CIndexSpreading::index(int i)
     keepWholeSteps();
     m_vecSeen[n] = m_vecOrder.size();
     if (!bFirstTime) {
-        if (m_table.nRows == 0)
+        if (m_table.nRows == 0) {
             return false;
+        }
         if (!m_vecIsKept[n]) {
             takeNeighbours(i, 0);
             keepWholeSteps();
@@ -379,10 +391,11 @@ void CIndexSpreading::keepForRetry(int i)
     std::vector<int>& vecKept = m_vecKept[i];
     m_nKept -= vecKept.size();
     m_vecIsKept[i] = m_nKept + m_table.nRows <= nMaxKept;
-    if (m_vecIsKept[i])
+    if (m_vecIsKept[i]) {
         vecKept.assign(m_table.vecPlace.begin(), m_table.vecPlace.begin() + ptrdiff_t(m_table.nRows));
-    else
+    } else {
         std::vector<int>().swap(vecKept);
+    }
     m_nKept += vecKept.size();
 }
 
@@ -392,11 +405,13 @@ bool CIndexSpreading::pass(int& nIndexed, CRunReport& report)
     for (int i = 0; i < m_nCount; ++i) {
         if (i % 100 == 0 || i == m_nCount - 1) {
             report.setProgress(i / 100);
-            if (!report.goOn())
+            if (!report.goOn()) {
                 return false;
+            }
         }
-        if (!m_vecIndexed[i])
+        if (!m_vecIndexed[i]) {
             nIndexed += index(i);
+        }
     }
     return true;
 }
@@ -407,16 +422,18 @@ bool indexReflections(QList<Peak3D>& listPeak, const ReciprocalBasis& basis, flo
                       CRunReport& report)
 {
     const CBasisSolver solver(basis);
-    if (!solver.isValid())
+    if (!solver.isValid()) {
         return true;
+    }
     QList<Peak3D> listSorted = listPeak;
     sortByDStar(listSorted);
     CIndexSpreading spreading(listSorted, solver, fThreshold, fRadius);
     CProgress progress(report, QStringLiteral("%p%"), 0, (listSorted.size() - 1) / 100);
     int nIndexed = 0;
     do {
-        if (!spreading.pass(nIndexed, report))
+        if (!spreading.pass(nIndexed, report)) {
             return false;
+        }
     } while (nIndexed > 0);
     progress.end();
     for (int n = 0; n < listSorted.size(); ++n) {

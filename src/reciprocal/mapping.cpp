@@ -158,9 +158,11 @@ PeaksShown filterPeaksShown(const QList<QList<Peak3D>>& listPeakFrame, const Map
     shown.m_listPeakFrameShown.reserve(listPeakFrame.size());
     for (const QList<Peak3D>& listPeak : listPeakFrame) {
         QList<Peak3D> listKept;
-        for (const Peak3D& peak : listPeak)
-            if (liesWithinLimits(peak, parameters))
+        for (const Peak3D& peak : listPeak) {
+            if (liesWithinLimits(peak, parameters)) {
                 listKept.append(peak);
+            }
+        }
         shown.m_listPeakFlat.append(listKept);
         shown.m_listPeakFrameShown.append(listKept);
     }

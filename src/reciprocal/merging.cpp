@@ -41,8 +41,9 @@ ChainMean meanOfChain(const QList<Peak3D>& listChain, const BeamCentres& centres
     ChainMean mean;
     for (const Peak3D& peak : listChain) {
         const float fWeight = float(intensity(peak, nIntensityMode));
-        if (!(fWeight > 0))
+        if (!(fWeight > 0)) {
             continue;
+        }
         mean.vecPositionSum = mean.vecPositionSum + scaled(peak.point(), fWeight);
         mean.dfWeightSum += double(fWeight);
         if (fWeight > mean.fBestWeight) {
@@ -73,8 +74,9 @@ void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
 /// Whether a chain of the right length gives no reflection because no peak of it has a weight.
 bool hasNoWeight(const QList<Peak3D>& listChain, const PeakMergingParameters& parameters)
 {
-    if (parameters.m_bIntegrateThroughFrames && listChain.size() < 2)
+    if (parameters.m_bIntegrateThroughFrames && listChain.size() < 2) {
         return false;  // for this one peak is too few
+    }
     const int nMode = parameters.m_bIntegrate2D && !parameters.m_bIntegrateThroughFrames ? 1 : 0;
     return std::none_of(listChain.begin(), listChain.end(),
                         [nMode](const Peak3D& peak) { return float(intensity(peak, nMode)) > 0; });
@@ -88,9 +90,11 @@ bool isSelected(const std::vector<char>* pvecSelected, int nID)
 int countSelected(const QList<QList<Peak3D>>& listPeakFrame, const std::vector<char>* pvecSelected)
 {
     int nCount = 0;
-    for (const QList<Peak3D>& listPeak : listPeakFrame)
-        for (const Peak3D& peak : listPeak)
+    for (const QList<Peak3D>& listPeak : listPeakFrame) {
+        for (const Peak3D& peak : listPeak) {
             nCount += isSelected(pvecSelected, peak.nID);
+        }
+    }
     return nCount;
 }
 
@@ -134,8 +138,9 @@ bool mergeReflectionsMax(Peak3D& peakOut, const QList<Peak3D>& listChain, const 
                          int nIntensityMode)
 {
     const ChainMean mean = meanOfChain(listChain, centres, nIntensityMode);
-    if (!(mean.dfWeightSum > 0))
+    if (!(mean.dfWeightSum > 0)) {
         return false;
+    }
     fillMerged(peakOut, mean, double(mean.fBestWeight));
     return true;
 }
@@ -143,12 +148,14 @@ bool mergeReflectionsMax(Peak3D& peakOut, const QList<Peak3D>& listChain, const 
 bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listChain,
                                      const BeamCentres& centres, int nIntensityMode)
 {
-    if (listChain.size() < 2)
+    if (listChain.size() < 2) {
         return false;
+    }
     // The mean goes by the point intensity in either mode.
     const ChainMean mean = meanOfChain(listChain, centres, 0);
-    if (!(mean.dfWeightSum > 0))
+    if (!(mean.dfWeightSum > 0)) {
         return false;
+    }
 
     QList<Peak3D> listByTilt = listChain;
     std::stable_sort(listByTilt.begin(), listByTilt.end(), [](const Peak3D& a, const Peak3D& b) {
@@ -183,13 +190,15 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
             QStringLiteral("The number of frames for peaks does not match that of the tilt angles. Stop."));
         return result;
     }
-    if (!report.goOn())
+    if (!report.goOn()) {
         return result;
+    }
 
     QList<QList<Peak3D>> listChain;
     if (!linkChains(workingLists(dataSet, pvecSelected), parameters.m_dfMax2DDistance,
-                    planeHasPassed(dataSet, parameters), listChain, report))
+                    planeHasPassed(dataSet, parameters), listChain, report)) {
         return result;
+    }
 
     const BeamCentres centres = beamCentres(dataSet);
     const int nIntensityMode = parameters.m_bIntegrate2D ? 1 : 0;
@@ -236,16 +245,18 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
     noteMergedMade(dataSet, parameters);
     result.outcome = {};
     result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, pvecSelected) - result.nPeaks);
-    if (result.nOutsideLimits > 0)
+    if (result.nOutsideLimits > 0) {
         report.addMessage(
             QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
                 .arg(result.nOutsideLimits),
             Severity::Info);
-    if (result.nNotPositive > 0)
+    }
+    if (result.nNotPositive > 0) {
         report.addMessage(
             QStringLiteral("%1 chains were dropped, as no peak of theirs has a positive intensity.")
                 .arg(result.nNotPositive),
             Severity::Info);
+    }
     report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
                           .arg(result.nPeaks)
                           .arg(listChain.size())

@@ -9,8 +9,9 @@ void MySortFilterProxyModel::setSourceModel(QAbstractItemModel* pSourceModel)
     // Connected ahead of the base class, which compares cells when it hears of a change.
     const auto forget = [this] { m_vecKey.clear(); };
     m_vecKey.clear();
-    if (sourceModel())
+    if (sourceModel()) {
         sourceModel()->disconnect(this);
+    }
     if (pSourceModel) {
         connect(pSourceModel, &QAbstractItemModel::modelReset, this, forget);
         connect(pSourceModel, &QAbstractItemModel::dataChanged, this, forget);
@@ -34,8 +35,9 @@ const MySortFilterProxyModel::Key& MySortFilterProxyModel::key(const QModelIndex
             Key& cell = m_vecKey[i];
             const QString strText = index.sibling(i, m_nKeyColumn).data().toString();
             cell.dfNumber = m_locale.toDouble(strText, &cell.bNumber);
-            if (!cell.bNumber)
+            if (!cell.bNumber) {
                 cell.strText = strText;
+            }
         }
     }
     return m_vecKey.at(index.row());
@@ -50,8 +52,9 @@ bool MySortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex
 {
     const Key& keyLeft = key(left);
     const Key& keyRight = key(right);
-    if (keyLeft.bNumber && keyRight.bNumber)
+    if (keyLeft.bNumber && keyRight.bNumber) {
         return keyLeft.dfNumber < keyRight.dfNumber;
+    }
     const auto text = [](const Key& cell, const QModelIndex& index) {
         return cell.bNumber ? index.data().toString() : cell.strText;
     };

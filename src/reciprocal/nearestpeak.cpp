@@ -7,8 +7,9 @@ namespace tessera {
 
 void CNearestPeak::add(double dfX, double dfY, int nNumber)
 {
-    if (std::isfinite(dfX) && std::isfinite(dfY))
+    if (std::isfinite(dfX) && std::isfinite(dfY)) {
         m_vecPlace.push_back({dfX, dfY, nNumber});
+    }
 }
 
 void CNearestPeak::prepare()
@@ -19,8 +20,9 @@ void CNearestPeak::prepare()
 
 int CNearestPeak::find(double dfX, double dfY) const
 {
-    if (!std::isfinite(dfX) || !std::isfinite(dfY) || !(m_dfMaxDistance > 0))
+    if (!std::isfinite(dfX) || !std::isfinite(dfY) || !(m_dfMaxDistance > 0)) {
         return -1;
+    }
     // A little wider than the limit: the root of a square may fall below what was squared.
     const double dfStrip = m_dfMaxDistance * (1 + 1e-9);
     auto it = std::lower_bound(m_vecPlace.begin(), m_vecPlace.end(), dfX,

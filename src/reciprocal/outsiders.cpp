@@ -10,8 +10,9 @@ namespace tessera {
 void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& listOverallTilt,
                                const std::optional<ReciprocalBasis>& basis)
 {
-    if (listOverallTilt.isEmpty() || !basis)
+    if (listOverallTilt.isEmpty() || !basis) {
         return;
+    }
     const double dfFirst = listOverallTilt.constFirst();
     const double dfLast = listOverallTilt.constLast();
     const double dfLow = radians(std::min(dfFirst, dfLast) + 2);
@@ -20,10 +21,12 @@ void removeOutsiderReflections(QList<Peak3D>& listPeak, const QList<double>& lis
     for (const Peak3D& peak : listPeak) {
         const double dfAngle = double(std::atan2(peak.fZ3D, peak.fY3D));
         double dfOpposite = dfAngle + g_dfPi;
-        if (dfOpposite > g_dfPi)
+        if (dfOpposite > g_dfPi) {
             dfOpposite -= 2 * g_dfPi;
-        if ((dfLow < dfAngle && dfAngle < dfHigh) || (dfLow < dfOpposite && dfOpposite < dfHigh))
+        }
+        if ((dfLow < dfAngle && dfAngle < dfHigh) || (dfLow < dfOpposite && dfOpposite < dfHigh)) {
             listInside.append(peak);
+        }
     }
     listPeak = listInside;
 }

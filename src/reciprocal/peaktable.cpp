@@ -31,8 +31,9 @@ struct CPeakTable::Cells {
 
     static bool isAllowed(const CPeakTable& table, const Peak3D& peak)
     {
-        if (!isCloseToInteger(peak, table.m_fIndexThreshold))
+        if (!isCloseToInteger(peak, table.m_fIndexThreshold)) {
             return true;
+        }
         const int nH = roundIndex(peak.dfH), nK = roundIndex(peak.dfK), nL = roundIndex(peak.dfL);
         return (nH == 0 && nK == 0 && nL == 0) || !table.m_spaceGroup.isAbsent(nH, nK, nL);
     }

@@ -60,10 +60,13 @@ std::vector<CalculatedDStar> calculatedDStars()
     CCrystalParaCal cell;
     cell.setUnitCell(g_dfEdge, g_dfEdge, g_dfEdge, 90, 90, 90);
     std::vector<CalculatedDStar> vec;
-    for (int h = 0; h <= g_nMaxIndex; ++h)
-        for (int k = h; k <= g_nMaxIndex; ++k)
-            for (int l = k; l <= g_nMaxIndex; ++l)
+    for (int h = 0; h <= g_nMaxIndex; ++h) {
+        for (int k = h; k <= g_nMaxIndex; ++k) {
+            for (int l = k; l <= g_nMaxIndex; ++l) {
                 vec.push_back({h, k, l, cell.calDStar(h, k, l)});
+            }
+        }
+    }
     return vec;
 }
 
@@ -74,28 +77,33 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
 {
     std::vector<bool> vecTaken(vecVector.size());
     for (std::size_t nSeed = 0; nSeed < vecVector.size(); ++nSeed) {
-        if (vecTaken[nSeed])
+        if (vecTaken[nSeed]) {
             continue;
+        }
         const QPointF ptSeed = vecVector[nSeed];
         const double dfReach = dfTolerance * lengthOf(ptSeed);
         PlaneGroup group;
         for (std::size_t n = nSeed; n < vecVector.size(); ++n) {
             const QPointF& pt = vecVector[n];
-            if (n > nSeed && lengthOf(pt) > (lengthOf(ptSeed) + dfReach) * (1 + 1e-9))
+            if (n > nSeed && lengthOf(pt) > (lengthOf(ptSeed) + dfReach) * (1 + 1e-9)) {
                 break;
-            if (vecTaken[n])
+            }
+            if (vecTaken[n]) {
                 continue;
+            }
             const bool bNear = n == nSeed || lengthOf(pt - ptSeed) <= dfReach;
-            if (!bNear && !(lengthOf(-pt - ptSeed) <= dfReach))
+            if (!bNear && !(lengthOf(-pt - ptSeed) <= dfReach)) {
                 continue;
+            }
             vecTaken[n] = true;
             group.ptMean += bNear ? pt : -pt;
             ++group.nCount;
         }
         group.ptMean /= group.nCount;
         listGroup.append(group);
-        if (!report.goOn())
+        if (!report.goOn()) {
             return false;
+        }
     }
     return true;
 }
@@ -110,8 +118,9 @@ QList<PlaneGroup> sayStopped(CRunReport& report)
 // The rows so far as one message.
 void flush(QStringList& listRow, CRunReport& report)
 {
-    if (!listRow.isEmpty())
+    if (!listRow.isEmpty()) {
         report.addMessage(listRow.join(QLatin1Char('\n')));
+    }
     listRow.clear();
 }
 
@@ -121,15 +130,18 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
                                  double dfBackgroundSize, CRunReport& report)
 {
     std::vector<QPointF> vecPoint;
-    for (const Peak3D& peak : listPeaks)
+    for (const Peak3D& peak : listPeaks) {
         if (peak.dfDStar > g_dfLeastDStar && peak.dfDStar < dfResolutionMax && std::isfinite(peak.dfX2D) &&
-            std::isfinite(peak.dfY2D))
+            std::isfinite(peak.dfY2D)) {
             vecPoint.emplace_back(peak.dfX2D, peak.dfY2D);
+        }
+    }
     report.addMessage(QStringLiteral("Total: %1 points.").arg(vecPoint.size()));
     sortByLength(vecPoint);
     QStringList listRow;
-    for (std::size_t n = 0; n < vecPoint.size(); ++n)
+    for (std::size_t n = 0; n < vecPoint.size(); ++n) {
         listRow.append(vectorText(int(n) + 1, vecPoint[n], dfPixelSize));
+    }
     flush(listRow, report);
 
     const std::vector<CalculatedDStar> vecCalculated = calculatedDStars();
@@ -144,15 +156,18 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
         return {};
     }
     std::vector<QPointF> vecDifference;
-    for (std::size_t i = 0; i < vecPoint.size(); ++i)
-        for (std::size_t j = i + 1; j < vecPoint.size(); ++j)
+    for (std::size_t i = 0; i < vecPoint.size(); ++i) {
+        for (std::size_t j = i + 1; j < vecPoint.size(); ++j) {
             vecDifference.push_back(vecPoint[j] - vecPoint[i]);
+        }
+    }
     report.addMessage(QStringLiteral("Total: %1 difference vectors.").arg(vecDifference.size()));
     sortByLength(vecDifference);
 
     QList<PlaneGroup> listGroup;
-    if (!groupVectors(vecDifference, dfBackgroundSize / 100, listGroup, report))
+    if (!groupVectors(vecDifference, dfBackgroundSize / 100, listGroup, report)) {
         return sayStopped(report);
+    }
     qint64 nTotal = 0;
     for (int n = 0; n < listGroup.size(); ++n) {
         const QPointF pt = applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) *
@@ -162,7 +177,7 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
         const double dfLength = lengthOf(pt);
         for (const CalculatedDStar& c : vecCalculated) {
             const double dfDifference = std::fabs(c.dfDStar - dfLength);
-            if (dfDifference < g_dfMatch * dfLength)
+            if (dfDifference < g_dfMatch * dfLength) {
                 listRow.append(QStringLiteral("  %1 %2 %3 %4 %5 %6")
                                    .arg(c.h, 6)
                                    .arg(c.k, 6)
@@ -170,12 +185,15 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
                                    .arg(c.dfDStar, 8, 'f', 4)
                                    .arg(reciprocalOf(c.dfDStar), 8, 'f', 3)
                                    .arg(dfDifference, 8, 'f', 3));
+            }
         }
         nTotal += listGroup[n].nCount;
-        if (listRow.size() >= g_nRowsPerMessage)
+        if (listRow.size() >= g_nRowsPerMessage) {
             flush(listRow, report);
-        if (!report.goOn())
+        }
+        if (!report.goOn()) {
             return sayStopped(report);
+        }
     }
     flush(listRow, report);
     report.addMessage(QStringLiteral("Total: %1 occ.").arg(nTotal));

@@ -38,23 +38,27 @@ std::optional<TiltWindow> windowOfFrame(const DataSet& dataSet, int nFrame)
     const int nShifts = dataSet.m_listShift.size();
     const int nTilts = dataSet.m_listOverallTilt.size();
     const int nFrames = nShifts > 0 ? nShifts : nTilts;
-    if (nFrame < 0 || nFrame >= std::min(nFrames, nTilts))
+    if (nFrame < 0 || nFrame >= std::min(nFrames, nTilts)) {
         return std::nullopt;
+    }
     TiltWindow window{};
     window.dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
     std::vector<double> vecTilt;
     vecTilt.reserve(size_t(std::min(nFrames, nTilts)));
-    for (int n = 0; n < std::min(nFrames, nTilts); ++n)
+    for (int n = 0; n < std::min(nFrames, nTilts); ++n) {
         vecTilt.push_back(relaxedTilt(dataSet, n, nFrames));
-    if (!std::all_of(vecTilt.begin(), vecTilt.end(), [](double df) { return std::isfinite(df); }))
+    }
+    if (!std::all_of(vecTilt.begin(), vecTilt.end(), [](double df) { return std::isfinite(df); })) {
         return std::nullopt;
+    }
     std::sort(vecTilt.begin(), vecTilt.end());
     vecTilt.erase(std::unique(vecTilt.begin(), vecTilt.end()), vecTilt.end());
     double dfHalf = g_dfSingleStep / 2;
     if (vecTilt.size() > 1) {
         std::vector<double> vecStep;
-        for (std::size_t n = 1; n < vecTilt.size(); ++n)
+        for (std::size_t n = 1; n < vecTilt.size(); ++n) {
             vecStep.push_back(vecTilt[n] - vecTilt[n - 1]);
+        }
         std::nth_element(vecStep.begin(), vecStep.begin() + std::ptrdiff_t(vecStep.size() / 2),
                          vecStep.end());
         dfHalf = vecStep[vecStep.size() / 2] / 2;
@@ -98,9 +102,11 @@ public:
     {
         // The innermost index runs along the basis vector that leaves the plane of the frame most steeply.
         std::size_t nIn = 0;
-        for (std::size_t n = 1; n < 3; ++n)
-            if (std::fabs(m_aBasis[n][2]) > std::fabs(m_aBasis[nIn][2]))
+        for (std::size_t n = 1; n < 3; ++n) {
+            if (std::fabs(m_aBasis[n][2]) > std::fabs(m_aBasis[nIn][2])) {
                 nIn = n;
+            }
+        }
         const std::size_t nOut = (nIn + 1) % 3, nMid = (nIn + 2) % 3;
         const double dfVolume = std::fabs(dot(m_aBasis[0], cross(m_aBasis[1], m_aBasis[2])));
         // No index exceeds d* times the length of its direct vector.
@@ -109,8 +115,9 @@ public:
             return std::floor(m_dfMaxDStar * std::sqrt(dot(v, v)) / dfVolume + 1e-6);
         };
         const double dfOut = limit(nOut), dfMid = limit(nMid);
-        if (!((2 * dfOut + 1) * (2 * dfMid + 1) <= g_dfMaxRows) || !(limit(nIn) < 1e9))
+        if (!((2 * dfOut + 1) * (2 * dfMid + 1) <= g_dfMaxRows) || !(limit(nIn) < 1e9)) {
             return false;
+        }
         const double dfLimit2 = m_dfMaxDStar * m_dfMaxDStar;
         // Height of the sphere above the plane at d* = r: at most r²·λ/2; the tilts of the window move a
         // point by at most the angle times r.
@@ -125,8 +132,9 @@ public:
                 // The piece of the row inside the sphere of the limit, then the piece near the plane.
                 const double dfMiddle = -dot(vecRow, m_aBasis[nIn]) / dfStep2;
                 const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
-                if (dfNearest2 > dfLimit2)
+                if (dfNearest2 > dfLimit2) {
                     continue;
+                }
                 const double dfHalf = std::sqrt((dfLimit2 - dfNearest2) / dfStep2);
                 const double dfLow = (-dfTurn * m_dfMaxDStar - vecRow[2]) / dfStepZ;
                 const double dfHigh = (dfTurn * m_dfMaxDStar + dfLimit2 / (2 * m_dfRadius) - vecRow[2]) /
@@ -135,8 +143,9 @@ public:
                 const int nTo = int(std::floor(std::min(dfMiddle + dfHalf, std::max(dfLow, dfHigh)) + 1e-6));
                 for (aIndex[nIn] = nFrom; aIndex[nIn] <= nTo; ++aIndex[nIn]) {
                     addCrossings(aIndex, sum(vecRow, aIndex[nIn], m_aBasis[nIn]), listPeak);
-                    if (listPeak.size() > g_nMaxReflections)
+                    if (listPeak.size() > g_nMaxReflections) {
                         return false;
+                    }
                 }
             }
         }
@@ -169,14 +178,16 @@ private:
         const double dfSine = m_dfOut == 0 ? dfSquare / (2 * m_dfRadius * dfDistance)
                                            : (dfSquare / (2 * m_dfRadius) - std::sin(m_dfOut) * g[0]) /
                                                  (std::cos(m_dfOut) * dfDistance);
-        if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(std::fabs(dfSine) <= 1))
+        if (dfSquare > m_dfMaxDStar * m_dfMaxDStar || dfSquare == 0 || !(std::fabs(dfSine) <= 1)) {
             return;
+        }
         const double dfPhi = std::atan2(g[2], g[1]), dfRise = std::asin(dfSine);
         double dfLast = std::numeric_limits<double>::quiet_NaN();
         for (double dfTurn : {dfPhi - dfRise, dfPhi + dfRise - g_dfPi}) {
             dfTurn = std::remainder(dfTurn, 2 * g_dfPi);
-            if (dfTurn >= m_window.dfFrom && dfTurn < m_window.dfTo && dfTurn != dfLast)
+            if (dfTurn >= m_window.dfFrom && dfTurn < m_window.dfTo && dfTurn != dfLast) {
                 addPeak(pIndex, g, dfSquare, dfTurn, listPeak);
+            }
             dfLast = dfTurn;
         }
     }
@@ -193,8 +204,9 @@ private:
         const QPointF ptFlat((m_dfCosAxis * dfX + m_dfSinAxis * dfY) * dfScale,
                              (-m_dfSinAxis * dfX + m_dfCosAxis * dfY) * dfScale);
         const std::optional<QPointF> pt = m_correction.putBack(ptFlat);
-        if (!pt)
+        if (!pt) {
             return;
+        }
         Peak3D peak;
         peak.setHKL(pIndex[0], pIndex[1], pIndex[2]);
         const Vec3D v = m_basis.point(pIndex[0], pIndex[1], pIndex[2]);
@@ -203,8 +215,9 @@ private:
         peak.dfFrameTilt = m_window.dfTilt + degrees(dfTurn);
         peak.dfX2D = m_ptCentre.x() + pt->x();
         peak.dfY2D = m_ptCentre.y() + pt->y();
-        if (!std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D))
+        if (!std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D)) {
             return;
+        }
         peak.nFrame = m_nFrame;
         peak.nID = listPeak.size();
         listPeak.append(peak);
@@ -246,11 +259,13 @@ QList<Peak3D> predictedPositions(const DataSet& dataSet, int nFrame, double dfMa
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
     if (!basis || !(dfMaxDStar > 0) || !std::isfinite(dfMaxDStar) || !(dataSet.m_dfWavelength > 0) ||
-        !(dataSet.m_dfPixelSize > 0))
+        !(dataSet.m_dfPixelSize > 0)) {
         return {};
+    }
     const std::optional<TiltWindow> window = windowOfFrame(dataSet, nFrame);
-    if (!window)
+    if (!window) {
         return {};
+    }
     QList<Peak3D> listPeak;
     CFramePrediction prediction(dataSet, *basis, nFrame, *window, dfMaxDStar, bApplyStretching);
     return prediction.walk(listPeak) ? listPeak : QList<Peak3D>();

@@ -59,24 +59,28 @@ double furthest(const Range& range)
 FlatBox flatBox(const Grid& grid, double dfPixelSize, double dfK, const CMatrix3& matTilt)
 {
     FlatBox box;
-    if (!(dfPixelSize > 0 && dfK > 0 && std::isfinite(dfPixelSize) && std::isfinite(dfK)))
+    if (!(dfPixelSize > 0 && dfK > 0 && std::isfinite(dfPixelSize) && std::isfinite(dfK))) {
         return box;
+    }
     const Range x = coordinates(grid.fX, dfPixelSize, dfK), y = coordinates(grid.fY, dfPixelSize, dfK),
                 z = coordinates(grid.fZ, dfPixelSize, dfK);
     // A point of the sphere at the distance d from the origin lies d²/2K above the flat pattern.
     const double dfLength = std::hypot(furthest(x), furthest(y), furthest(z));
-    if (!(dfLength < 0.9 * dfK))
+    if (!(dfLength < 0.9 * dfK)) {
         return box;
+    }
     const double dfLift = dfLength * dfLength / (2 * dfK) * (1 + 1e-6) + 1e-6 * dfK;
     const double dfCos = matTilt.at(1, 1), dfSin = matTilt.at(2, 1);
     Range ey;
     ey.narrow(-dfLength, dfLength);
-    if (std::fabs(dfCos) > 1e-3)  // y = cos·ey − sin·ez
+    if (std::fabs(dfCos) > 1e-3) {  // y = cos·ey − sin·ez
         ey.narrow((y.dfLow + std::min(0.0, dfSin * dfLift)) / dfCos,
                   (y.dfHigh + std::max(0.0, dfSin * dfLift)) / dfCos);
-    if (std::fabs(dfSin) > 1e-3)  // z = sin·ey + cos·ez
+    }
+    if (std::fabs(dfSin) > 1e-3) {  // z = sin·ey + cos·ez
         ey.narrow((z.dfLow - std::max(0.0, dfCos * dfLift)) / dfSin,
                   (z.dfHigh - std::min(0.0, dfCos * dfLift)) / dfSin);
+    }
     // Back from the sphere to the flat pattern, which is larger by K/(K − lift) at the most.
     const double dfGrowth = 1 / std::sqrt(1 - dfLength * dfLength / (dfK * dfK));
     box.x.narrow(std::min(x.dfLow, x.dfLow * dfGrowth), std::max(x.dfHigh, x.dfHigh * dfGrowth));
@@ -90,16 +94,19 @@ void narrowRun(const Range& range, double dfSlope, double dfOffset, double dfPix
 {
     if (!(std::fabs(dfSlope) > 1e-6 * std::fabs(dfPixelSize))) {
         const double dfSlack = std::fabs(dfPixelSize) + std::fabs(dfSlope) * nLast;
-        if (dfOffset < range.dfLow - dfSlack || dfOffset > range.dfHigh + dfSlack)
+        if (dfOffset < range.dfLow - dfSlack || dfOffset > range.dfHigh + dfSlack) {
             nLast = nFirst;
+        }
         return;
     }
     const double dfA = (range.dfLow - dfOffset) / dfSlope, dfB = (range.dfHigh - dfOffset) / dfSlope;
     const double dfFirst = std::floor(std::min(dfA, dfB)) - 2, dfLast = std::ceil(std::max(dfA, dfB)) + 3;
-    if (dfFirst > nFirst)
+    if (dfFirst > nFirst) {
         nFirst = dfFirst < nLast ? int(dfFirst) : nLast;
-    if (dfLast < nLast)
+    }
+    if (dfLast < nLast) {
         nLast = dfLast > nFirst ? int(dfLast) : nFirst;
+    }
 }
 
 /// A pattern's axis, column or row: what its places add to the two coordinates of the turned pattern.
@@ -173,12 +180,14 @@ void CReciprocalVolume::setRotationAxis(double dfDegrees)
 bool CReciprocalVolume::create(int nX, int nY, int nZ)
 {
     release();
-    if (std::min({nX, nY, nZ}) < 1 || std::max({nX, nY, nZ}) > g_nMaxSide)
+    if (std::min({nX, nY, nZ}) < 1 || std::max({nX, nY, nZ}) > g_nMaxSide) {
         return false;
+    }
     const std::uint64_t nSlice = std::uint64_t(nX) * std::uint64_t(nY);
     if (nSlice > std::uint64_t(std::numeric_limits<int>::max()) ||
-        !hasMemoryFor(nSlice * sizeof(float) * std::uint64_t(nZ)))
+        !hasMemoryFor(nSlice * sizeof(float) * std::uint64_t(nZ))) {
         return false;
+    }
     try {
         m_listSlice.reserve(nZ);
         for (int n = 0; n < nZ; ++n) {
@@ -195,10 +204,12 @@ bool CReciprocalVolume::create(int nX, int nY, int nZ)
 
 bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& ptCenter, double dfTilt)
 {
-    if (!pImage || !pImage->Data())
+    if (!pImage || !pImage->Data()) {
         return false;
-    if (m_listSlice.isEmpty())
+    }
+    if (m_listSlice.isEmpty()) {
         return true;
+    }
     if (!m_distortion.isNone()) {
         addDistortedFrame(*pImage, ptCenter, dfTilt);
         return true;
@@ -232,32 +243,37 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     const std::ptrdiff_t nRunStep = bRunsAlongX ? 1 : nWidth, nLineStep = bRunsAlongX ? nWidth : 1;
 
     std::vector<float*> vecSlice;
-    for (CImgObj<float>* pSlice : qAsConst(m_listSlice))
+    for (CImgObj<float>* pSlice : qAsConst(m_listSlice)) {
         vecSlice.push_back(pSlice->Data());
+    }
     const std::size_t nRow = std::size_t(m_listSlice.first()->Width());
     const int nRuns = int(run.vecX.size()), nLines = int(line.vecX.size());
     Block block;
-    for (int nBlock = 0; nBlock < nRuns; nBlock += g_nBlock)
+    for (int nBlock = 0; nBlock < nRuns; nBlock += g_nBlock) {
         for (int nLine = 0; nLine < nLines; ++nLine) {
             const double dfX = line.vecX[nLine], dfY = line.vecY[nLine];
             int nFirst = nBlock, nLast = std::min(nBlock + g_nBlock, nRuns);
             narrowRun(box.x, dfSlopeX, dfX - dfSlopeX * dfRunCentre, m_dfPixelSize, nFirst, nLast);
             narrowRun(box.y, dfSlopeY, dfY - dfSlopeY * dfRunCentre, m_dfPixelSize, nFirst, nLast);
-            if (nFirst >= nLast)
+            if (nFirst >= nLast) {
                 continue;
+            }
             mapper.map(run.vecX.data() + nFirst, run.vecY.data() + nFirst, dfX, dfY, nLast - nFirst, block);
             const float* pPixel = pImage->Data() + nLine * nLineStep + nFirst * nRunStep;
             for (int n = 0; n < nLast - nFirst; ++n, pPixel += nRunStep) {
                 const float x = block.afX[n], y = block.afY[n], z = block.afZ[n];
                 // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
-                if (!(*pPixel > 0.f && x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ))
+                if (!(*pPixel > 0.f && x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ)) {
                     continue;
+                }
                 float& fVoxel =
                     vecSlice[std::size_t(int(z))][std::size_t(int(y)) * nRow + std::size_t(int(x))];
-                if (*pPixel > fVoxel)
+                if (*pPixel > fVoxel) {
                     fVoxel = *pPixel;
+                }
             }
         }
+    }
     return true;
 }
 
@@ -293,21 +309,25 @@ void CReciprocalVolume::addDistortedFrame(const CImgObj<float>& image, const QPo
 
 bool CReciprocalVolume::saveRaw(const QString& strFileName, const FnGoOn& fnGoOn, QString* pstrReason) const
 {
-    if (m_listSlice.isEmpty())
+    if (m_listSlice.isEmpty()) {
         return false;
+    }
     CMrcWriter<float> writer;
     writer.open(strFileName, m_listSlice.first()->Width(), m_listSlice.first()->Height(), m_listSlice.size());
-    for (const CImgObj<float>* pSlice : m_listSlice)
-        if ((fnGoOn && !fnGoOn()) || !writer.addSection(pSlice->Data()))
+    for (const CImgObj<float>* pSlice : m_listSlice) {
+        if ((fnGoOn && !fnGoOn()) || !writer.addSection(pSlice->Data())) {
             break;
+        }
+    }
     return writer.commit(pstrReason);
 }
 
 bool CReciprocalVolume::saveScaled(const QString& strFileName, double dfLow, double dfHigh,
                                    const FnGoOn& fnGoOn, QString* pstrReason) const
 {
-    if (m_listSlice.isEmpty())
+    if (m_listSlice.isEmpty()) {
         return false;
+    }
     const int nX = m_listSlice.first()->Width(), nY = m_listSlice.first()->Height();
     std::vector<unsigned char> vecByte(std::size_t(nX) * std::size_t(nY));
     CImgObj<short> imgShort;
@@ -316,8 +336,9 @@ bool CReciprocalVolume::saveScaled(const QString& strFileName, double dfLow, dou
     for (const CImgObj<float>* pSlice : m_listSlice) {
         FloatToByte(pSlice->Data(), vecByte.data(), nX * nY, float(dfLow), float(dfHigh), 0, 255);
         imgShort.Set(vecByte.data(), nX, nY);
-        if ((fnGoOn && !fnGoOn()) || !writer.addSection(imgShort.Data()))
+        if ((fnGoOn && !fnGoOn()) || !writer.addSection(imgShort.Data())) {
             break;
+        }
     }
     return writer.commit(pstrReason);
 }

@@ -18,9 +18,10 @@ namespace {
 IndexKey transformedIndices(const IndexKey& hkl, const CSymOp& operation)
 {
     IndexKey result;
-    for (size_t n = 0; n < 3; ++n)
+    for (size_t n = 0; n < 3; ++n) {
         result[n] = truncatedInt(hkl[0] * operation.dfRotation[n] + hkl[1] * operation.dfRotation[3 + n] +
                                  hkl[2] * operation.dfRotation[6 + n]);
+    }
     return result;
 }
 
@@ -41,8 +42,9 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     }
     const QList<HKLRef> listHKL = getRoundedHKLRef(listToDo);
     std::unordered_map<IndexKey, std::vector<int>, IndexKeyHash> mapPlace;
-    for (int n = 0; n < listHKL.size(); ++n)
+    for (int n = 0; n < listHKL.size(); ++n) {
         mapPlace[indexKey(listHKL[n])].push_back(n);
+    }
 
     CProgress progress(report, QStringLiteral("%p%"), 0, (listToDo.size() - 1) / 10);
     std::vector<char> vecDone(size_t(listToDo.size()), 0);
@@ -50,28 +52,32 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     int nGroup = 1;
     std::vector<int> vecMember;
     for (int nFirst = 0; nFirst < listToDo.size(); ++nFirst) {
-        if (vecDone[nFirst])
+        if (vecDone[nFirst]) {
             continue;
+        }
         const IndexKey hklFirst = indexKey(listHKL[nFirst]);
         vecMember.clear();
         // Each set of indices is taken out of the map, so an operation that repeats one finds it gone.
         const auto take = [&](const IndexKey& hkl) {
             const auto it = mapPlace.find(hkl);
-            if (it == mapPlace.end())
+            if (it == mapPlace.end()) {
                 return;
+            }
             vecMember.insert(vecMember.end(), it->second.begin(), it->second.end());
             mapPlace.erase(it);
         };
         take(hklFirst);
-        for (const CSymOp& operation : vecOperation)
+        for (const CSymOp& operation : vecOperation) {
             take(transformedIndices(hklFirst, operation));
+        }
         std::sort(vecMember.begin(), vecMember.end());
         for (int n : vecMember) {
             vecDone[n] = 1;
             listResult.append(listToDo[n]);
             listResult.last().nRGroup = nGroup;
-            if (++nDone % 10 == 0)
+            if (++nDone % 10 == 0) {
                 progress.set(nDone / 10);
+            }
         }
         ++nGroup;
     }

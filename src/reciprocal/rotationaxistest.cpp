@@ -30,8 +30,9 @@ void addChainTable(const QList<QList<Peak3D>>& listChain, const BeamCentres& cen
     for (const QList<Peak3D>& chain : listChain) {
         const Peak3D& peak = chain.constFirst();
         float fMaxIntensity = float(peak.dfIPoint);
-        for (const Peak3D& other : chain)
+        for (const Peak3D& other : chain) {
             fMaxIntensity = std::max(fMaxIntensity, float(other.dfIPoint));
+        }
         const QPointF ptCentre = frameCentre(centres, peak.nFrame);
         strTable += QString::asprintf("%5d %6d %5.0f %5.0f %8.1f %8.1f %8.1f %7.1f %5d\n", ++nNumber,
                                       peak.nFrame + 1, peak.dfX2D + ptCentre.x(), peak.dfY2D + ptCentre.y(),
@@ -106,8 +107,9 @@ RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorre
                           Severity::Error);
         return test;
     }
-    for (const QList<Peak3D>& listPeak : listPeakShiftCorrected)
+    for (const QList<Peak3D>& listPeak : listPeakShiftCorrected) {
         test.nPeaks += listPeak.size();
+    }
     test.nChains = listChain.size();
     report.addMessage(QStringLiteral("TestRotationAxis: %L1 peaks in %L2 chains found. ")
                           .arg(test.nPeaks)

@@ -22,8 +22,9 @@ std::optional<RotationSense> judgeRotationSense(const QList<Peak3D>& listPeak, c
     TiltRefinementOptions options;
     options.dfWavelength = dataSet.m_dfWavelength;
     const std::optional<TiltRefinement> fit = refineBasisVectors(listPeak, dataSet, silent, options);
-    if (!fit || fit->nInfo <= 0)
+    if (!fit || fit->nInfo <= 0) {
         return std::nullopt;
+    }
     return RotationSense{fit->dfSquaresBefore, fit->dfSquaresAfter,
                          isTurnedRound(fit->basisBefore, fit->basis) &&
                              fit->dfSquaresBefore > g_dfLeastGain * fit->dfSquaresAfter};

@@ -55,8 +55,9 @@ bool testStreching(const QList<Peak3D>& listPeakIndexed, const DataSet& dataSet,
     }
     const QString strFileName = fileOfProject(dataSet, QStringLiteral("_pos.txt"));
     QString strReason;
-    if (writeWholeFile(strFileName, bytes, &strReason))
+    if (writeWholeFile(strFileName, bytes, &strReason)) {
         return true;
+    }
     report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Severity::Error);
     report.addMessage(strReason, Severity::Error);
     return false;

@@ -22,12 +22,14 @@ struct Context {
 
 int residuals(void* pContext, int m, int, const double* pParam, double* pResidual, int nFlag)
 {
-    if (nFlag == 0)
+    if (nFlag == 0) {
         return 0;
+    }
     const Context& context = *static_cast<const Context*>(pContext);
     const ReciprocalBasis basis = context.fnBasis(pParam);
-    for (int i = 0; i < m; ++i)
+    for (int i = 0; i < m; ++i) {
         pResidual[i] = context.fnResidual(context.listPeak[i], basis);
+    }
     return 0;
 }
 
@@ -49,8 +51,9 @@ TiltFitResult runFit(Context& context, std::vector<double>& vecParam, double dfF
     std::vector<double> vecResidual(static_cast<std::size_t>(m));
     residuals(&context, m, n, vecParam.data(), vecResidual.data(), 1);
     double dfSquares = 0;
-    for (double df : vecResidual)
+    for (double df : vecResidual) {
         dfSquares += df * df;
+    }
     result.dfVariance = m > n ? dfSquares / (m - n) : std::numeric_limits<double>::infinity();
     return result;
 }
@@ -61,8 +64,9 @@ std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& 
                                      const TiltGeometry& geometry)
 {
     double dfRadians = 0;
-    if (!calEwaldTilt(geometry.dfWavelength, -pointOf(peak, basis), dfRadians, geometry.dfAxisOutOfPlane))
+    if (!calEwaldTilt(geometry.dfWavelength, -pointOf(peak, basis), dfRadians, geometry.dfAxisOutOfPlane)) {
         return std::nullopt;
+    }
     return dfRadians * g_dfDegreesPerRadian;
 }
 
@@ -91,18 +95,21 @@ TiltFitResult fitPoints(const QList<Peak3D>& listPeak, std::vector<double>& vecP
 QList<Peak3D> withoutReflections(const QList<Peak3D>& listPeak, const QList<HKLRef>& listExcluded)
 {
     QList<Peak3D> listKept;
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         if (!reflectionExistInList({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL), 0},
-                                   listExcluded))
+                                   listExcluded)) {
             listKept.append(peak);
+        }
+    }
     return listKept;
 }
 
 void addValues(const QString& strHead, const std::vector<double>& vecValue, CRunReport& report)
 {
     QString strLine = strHead;
-    for (double df : vecValue)
+    for (double df : vecValue) {
         strLine += QStringLiteral(" %1").arg(df, 10, 'f', 7);
+    }
     report.addMessage(strLine);
 }
 

@@ -25,8 +25,9 @@ ReciprocalBasis basisOf(const double* p)
 std::vector<double> parametersOf(const ReciprocalBasis& basis)
 {
     std::vector<double> vec;
-    for (const Vec3D& v : basis.vectors())
+    for (const Vec3D& v : basis.vectors()) {
         vec.insert(vec.end(), {double(v.x), double(v.y), double(v.z)});
+    }
     return vec;
 }
 
@@ -49,8 +50,9 @@ void addErrorTable(TiltRefinement& result, const DataSet& dataSet, const TiltGeo
     for (const Peak3D& peak : result.listPeak) {
         const std::optional<double> dfBefore = calculatedTilt(peak, result.basisBefore, geometry);
         const std::optional<double> dfAfter = calculatedTilt(peak, result.basis, geometry);
-        if (!dfBefore || !dfAfter)
+        if (!dfBefore || !dfAfter) {
             continue;
+        }
         const double dfDelta1 = std::fabs(peak.dfFrameTilt - *dfBefore),
                      dfDelta2 = std::fabs(peak.dfFrameTilt - *dfAfter);
         result.dfSquaresBefore += dfDelta1 * dfDelta1;
@@ -74,8 +76,9 @@ std::optional<TiltRefinement> refineBasis(const QList<Peak3D>& listPeak, const D
 {
     report.addMessage(kind.strTitle, Severity::Milestone);
     const std::optional<RightHandedCell> start = rightHandedCell(dataSet, report, kind.strHeadBefore);
-    if (!start)
+    if (!start) {
         return std::nullopt;
+    }
     TiltRefinement result;
     result.basisBefore = start->basis;
     result.bExchanged = start->bExchanged;
@@ -112,8 +115,9 @@ double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report)
 {
     const double dfWavelength = dataSet.m_dfWavelength;
     const double dfHalfDigit = 0.00005;
-    if (!(dfWavelength > 0) || std::fabs(dfWavelength - g_dfTiltWavelength) <= dfHalfDigit)
+    if (!(dfWavelength > 0) || std::fabs(dfWavelength - g_dfTiltWavelength) <= dfHalfDigit) {
         return g_dfTiltWavelength;
+    }
     report.addMessage(
         QStringLiteral("Tilts are calculated with the wavelength of the data set, %1 Å.").arg(dfWavelength));
     return dfWavelength;
@@ -123,12 +127,13 @@ void addBasisLines(const ReciprocalBasis& basis, CRunReport& report)
 {
     const std::array<Vec3D, 3> aVector = basis.vectors();
     const char* const apszName[3] = {"a*", "b*", "c*"};
-    for (int n = 0; n < 3; ++n)
+    for (int n = 0; n < 3; ++n) {
         report.addMessage(QStringLiteral("%1 %2 %3 %4")
                               .arg(QLatin1String(apszName[n]))
                               .arg(double(aVector[n].x), 10, 'f', 7)
                               .arg(double(aVector[n].y), 10, 'f', 7)
                               .arg(double(aVector[n].z), 10, 'f', 7));
+    }
 }
 
 std::optional<RightHandedCell> rightHandedCell(const DataSet& dataSet, CRunReport& report,
@@ -148,8 +153,9 @@ std::optional<RightHandedCell> rightHandedCell(const DataSet& dataSet, CRunRepor
     }
     report.addMessage(
         QStringLiteral("Reciprocal cell volume: %1").arg(double(dot(basis.c, cross(basis.a, basis.b)))));
-    if (!strHead.isEmpty())
+    if (!strHead.isEmpty()) {
         report.addMessage(strHead);
+    }
     addBasisLines(basis, report);
     return cell;
 }
@@ -157,10 +163,11 @@ std::optional<RightHandedCell> rightHandedCell(const DataSet& dataSet, CRunRepor
 void addRefinedCell(const ReciprocalBasis& basis, const QString& strLatticeHost, CRunReport& report)
 {
     const QString strHtml = unitCellHtml(QStringLiteral("Refined unit cell"), basis, strLatticeHost);
-    if (strHtml.isEmpty())
+    if (strHtml.isEmpty()) {
         report.addMessage(QStringLiteral("Warning: co-planar reciprocal basis vectors!"), Severity::Warning);
-    else
+    } else {
         report.addHtml(strHtml);
+    }
 }
 
 QList<Peak3D> reflectionsForTilts(const QList<Peak3D>& listPeak, const DataSet& dataSet,
@@ -171,9 +178,11 @@ QList<Peak3D> reflectionsForTilts(const QList<Peak3D>& listPeak, const DataSet& 
         filterReflections(listPeak, g_dfLeastDistance, dfLeastIntensity, framePositionGeometry(dataSet),
                           report),
         listExcluded);
-    if (bExchanged)
-        for (Peak3D& peak : listKept)
+    if (bExchanged) {
+        for (Peak3D& peak : listKept) {
             std::swap(peak.dfH, peak.dfK);
+        }
+    }
     return listKept;
 }
 

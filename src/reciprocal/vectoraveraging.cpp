@@ -44,8 +44,9 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
     // Where each cube's points behind the current pile and not gone begin; only moves forward.
     std::vector<int> vecHead;
     vecHead.reserve(size_t(grid.cellCount()));
-    for (int nCell = 0; nCell < grid.cellCount(); ++nCell)
+    for (int nCell = 0; nCell < grid.cellCount(); ++nCell) {
         vecHead.push_back(grid.cell(nCell).nBegin);
+    }
 
     std::vector<CVectorGrid::Range> vecRange;
     struct Walk {
@@ -55,34 +56,42 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
     int nNeighboursOf = -1;
     for (int nA = 0; nA < nCount; ++nA) {
         const int nCellA = grid.cellOfPoint(nA);
-        if (vecGone[nA] || nCellA < 0)
+        if (vecGone[nA] || nCellA < 0) {
             continue;
-        if (nNeighboursOf != nCellA)
+        }
+        if (nNeighboursOf != nCellA) {
             grid.neighbours(nCellA, vecRange);
+        }
         nNeighboursOf = nCellA;
         const int nWindowEnd = window.vecEnd[nA];
         vecWalk.clear();
         const auto advance = [&](Walk& walk) {
-            while (walk.nPlace < walk.nEnd && vecGone[size_t(grid.order()[walk.nPlace])])
+            while (walk.nPlace < walk.nEnd && vecGone[size_t(grid.order()[walk.nPlace])]) {
                 ++walk.nPlace;
+            }
             walk.nIndex = walk.nPlace < walk.nEnd ? grid.order()[walk.nPlace] : nCount;
         };
-        for (const CVectorGrid::Range& range : vecRange)
+        for (const CVectorGrid::Range& range : vecRange) {
             for (int nCell = range.nBegin; nCell < range.nEnd; ++nCell) {
                 int& nHead = vecHead[nCell];
                 const int nEnd = grid.cell(nCell).nEnd;
-                while (nHead < nEnd && (grid.order()[nHead] <= nA || vecGone[size_t(grid.order()[nHead])]))
+                while (nHead < nEnd && (grid.order()[nHead] <= nA || vecGone[size_t(grid.order()[nHead])])) {
                     ++nHead;
+                }
                 Walk walk = {nHead, nEnd, nCount};
                 advance(walk);
-                if (walk.nIndex < nWindowEnd)
+                if (walk.nIndex < nWindowEnd) {
                     vecWalk.push_back(walk);
+                }
             }
+        }
         while (!vecWalk.empty()) {
             size_t nNext = 0;
-            for (size_t n = 1; n < vecWalk.size(); ++n)
-                if (vecWalk[n].nIndex < vecWalk[nNext].nIndex)
+            for (size_t n = 1; n < vecWalk.size(); ++n) {
+                if (vecWalk[n].nIndex < vecWalk[nNext].nIndex) {
                     nNext = n;
+                }
+            }
             const int nB = vecWalk[nNext].nIndex;
             if (squaredLength(vecPoint[nA] - vecPoint[nB]) <= fSquareLimit) {
                 if (vecPile[nB].dfWeight > vecPile[nA].dfWeight) {
@@ -93,8 +102,9 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
             }
             ++vecWalk[nNext].nPlace;
             advance(vecWalk[nNext]);
-            if (vecWalk[nNext].nIndex >= nWindowEnd)
+            if (vecWalk[nNext].nIndex >= nWindowEnd) {
                 vecWalk.erase(vecWalk.begin() + ptrdiff_t(nNext));
+            }
         }
     }
     return vecGone;
@@ -114,8 +124,9 @@ std::vector<VectorPile> pilesByDStar(const std::vector<PileSum>& vecSum)
     }
     std::vector<VectorPile> vecSorted;
     vecSorted.reserve(vecPile.size());
-    for (const int nPlace : sortedPlaces(std::move(vecKey)))
+    for (const int nPlace : sortedPlaces(std::move(vecKey))) {
         vecSorted.push_back(vecPile[nPlace]);
+    }
     return vecSorted;
 }
 
@@ -123,12 +134,14 @@ std::vector<DifferenceVector> sortedByDStar(const std::vector<DifferenceVector>&
 {
     std::vector<uint64_t> vecKey;
     vecKey.reserve(vecVector.size());
-    for (const DifferenceVector& vector : vecVector)
+    for (const DifferenceVector& vector : vecVector) {
         vecKey.push_back(ascendingKey(vector.dfDStar));
+    }
     std::vector<DifferenceVector> vecSorted;
     vecSorted.reserve(vecVector.size());
-    for (const int nPlace : sortedPlaces(std::move(vecKey)))
+    for (const int nPlace : sortedPlaces(std::move(vecKey))) {
         vecSorted.push_back(vecVector[nPlace]);
+    }
     return vecSorted;
 }
 
@@ -142,23 +155,27 @@ QList<Peak3D> averageDifferenceVectors(const std::vector<DifferenceVector>& vecV
     CProgress progress(report, QStringLiteral("%p%"), 0, (nCount - 1) / 1000);
     const bool bSummed = sumPiles(sortedByDStar(vecVector), fTolerance, nJobs, vecSum, report);
     progress.end();
-    if (!bSummed)
+    if (!bSummed) {
         return {};
+    }
     const std::vector<VectorPile> vecPile = pilesByDStar(vecSum);
     const std::vector<char> vecGone = suppressNeighbours(vecPile, fTolerance);
     float fMax = -std::numeric_limits<float>::infinity();
     bool bAny = false;
-    for (size_t n = 0; n < vecPile.size(); ++n)
+    for (size_t n = 0; n < vecPile.size(); ++n) {
         if (!vecGone[n] && float(vecPile[n].dfWeight) > fMax) {
             fMax = float(vecPile[n].dfWeight);
             bAny = true;
         }
+    }
     QList<Peak3D> listResult;
     for (size_t n = 0; n < vecPile.size(); ++n) {
-        if (vecGone[n])
+        if (vecGone[n]) {
             continue;
-        if (bAny && fMax != 0 && float(vecPile[n].dfWeight) < fMax / 10)
+        }
+        if (bAny && fMax != 0 && float(vecPile[n].dfWeight) < fMax / 10) {
             continue;
+        }
         Peak3D pile;
         pile.setPoint(vecPile[n].v);
         pile.dfIPoint = vecPile[n].dfWeight;

@@ -24,16 +24,18 @@ uint64_t cubeNumber(float fValue, double dfSide)
 CVectorGrid::CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide)
     : m_vecCellOfPoint(vecPoint.size(), -1)
 {
-    if (!(dfSide > 0))
+    if (!(dfSide > 0)) {
         dfSide = 1;
+    }
     std::vector<uint64_t> vecKey;
     std::vector<int> vecFinite;
     vecKey.reserve(vecPoint.size());
     vecFinite.reserve(vecPoint.size());
     for (size_t n = 0; n < vecPoint.size(); ++n) {
         const Vec3D& v = vecPoint[n];
-        if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
+        if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z)) {
             continue;
+        }
         vecKey.push_back((cubeNumber(v.x, dfSide) << (2 * g_nBits)) | (cubeNumber(v.y, dfSide) << g_nBits) |
                          cubeNumber(v.z, dfSide));
         vecFinite.push_back(int(n));
@@ -76,16 +78,19 @@ void CVectorGrid::CWalk::neighbours(int nCell, std::vector<Range>& vecRange)
         const uint64_t nBefore = rowBefore(nKey, nRow);
         int& nBegin = m_anBegin[nRow];
         if (bForward) {
-            while (size_t(nBegin) < vecKey.size() && vecKey[nBegin] < nBefore)
+            while (size_t(nBegin) < vecKey.size() && vecKey[nBegin] < nBefore) {
                 ++nBegin;
+            }
         } else {
             nBegin = int(std::lower_bound(vecKey.begin(), vecKey.end(), nBefore) - vecKey.begin());
         }
         int nEnd = nBegin;
-        while (size_t(nEnd) < vecKey.size() && vecKey[nEnd] <= nBefore + 2)
+        while (size_t(nEnd) < vecKey.size() && vecKey[nEnd] <= nBefore + 2) {
             ++nEnd;
-        if (nEnd > nBegin)
+        }
+        if (nEnd > nBegin) {
             vecRange.push_back({nBegin, nEnd});
+        }
     }
 }
 

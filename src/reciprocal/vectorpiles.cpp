@@ -66,8 +66,9 @@ __attribute__((always_inline)) inline void addLanes(const Contribution* pOwn, in
         const FloatLanes laneSquare = laneDX * laneDX + laneDY * laneDY + laneDZ * laneDZ;
         IntLanes laneNear = (laneSquare <= fSquareLimit) & (laneBegin <= other.nIndex) &
                             (laneEnd > other.nIndex);
-        if (nNextOwn < nLanes && pOwn[nNextOwn].nIndex == other.nIndex)
+        if (nNextOwn < nLanes && pOwn[nNextOwn].nIndex == other.nIndex) {
             laneNear[nNextOwn++] = 0;  // a vector is no neighbour of itself
+        }
         const IntLanes laneFar = ~laneNear & laneMinusZero;
         laneSX += (FloatLanes)(((IntLanes)(FloatLanes{} + other.fSX) & laneNear) | laneFar);
         laneSY += (FloatLanes)(((IntLanes)(FloatLanes{} + other.fSY) & laneNear) | laneFar);
@@ -81,8 +82,9 @@ __attribute__((always_inline)) inline void addLanes(const Contribution* pOwn, in
             laneW = (FloatLanes)(((IntLanes)laneNewW & laneNear) | ((IntLanes)laneW & ~laneNear));
         }
     }
-    for (int n = 0; n < nLanes; ++n)
+    for (int n = 0; n < nLanes; ++n) {
         pSum[n] = {laneSX[n], laneSY[n], laneSZ[n], laneW[n]};
+    }
 }
 
 using AddLanes = void (*)(const Contribution*, int, const Contribution*, const Contribution*, float,
@@ -111,9 +113,10 @@ template <bool bFloatWeights>
 AddLanes chosenAddLanes()
 {
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2"))
+    if (__builtin_cpu_supports("avx2")) {
         return addLanesWide<bFloatWeights>;
 #endif
+    }
     return addLanesPlain<bFloatWeights>;
 }
 

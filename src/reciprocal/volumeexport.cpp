@@ -34,10 +34,11 @@ AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, C
             return false;
         }
         if (!vecImage.empty() && volume.addFrame(vecImage.front().get(), frameCentre(series.centres, nFrame),
-                                                 series.listTilt.value(nFrame)))
+                                                 series.listTilt.value(nFrame))) {
             ++added.nAdded;
-        else
+        } else {
             report.fail(QStringLiteral("%1 holds no image and is left out of the volume.").arg(strFile));
+        }
         return true;
     });
     return added;
@@ -67,18 +68,22 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
     const SeriesSnapshot series(dataSet);
     const QString strFile = reciprocalVolumeFile(dataSet);
 
-    if (series.frameCount() != series.centres.m_listShift.size())
+    if (series.frameCount() != series.centres.m_listShift.size()) {
         return refuseRun(report, QStringLiteral("No shift correction data. Run shift evaluation first."));
-    if (series.frameCount() == 0)
+    }
+    if (series.frameCount() == 0) {
         return refuseRun(report, QStringLiteral("There are no frames to make a reciprocal volume of."));
-    if (!frameAmongTargets({strFile}, series.allFiles()).isEmpty())
+    }
+    if (!frameAmongTargets({strFile}, series.allFiles()).isEmpty()) {
         return refuseRun(report,
                          QStringLiteral("%1 is a frame of this series and would be overwritten. Nothing was "
                                         "exported.")
                              .arg(strFile));
+    }
     CReciprocalVolume volume;
-    if (!volume.create(parameters.nEdge, parameters.nEdge, parameters.nEdge))
+    if (!volume.create(parameters.nEdge, parameters.nEdge, parameters.nEdge)) {
         return refuseRun(report, QStringLiteral("Failed to create reciprocal volume. Not enough memory?"));
+    }
     volume.setPixelSize(dataSet.m_dfPixelSize);
     volume.setRotationAxis(dataSet.m_dfRotationAxis);
     volume.setWavelength(dataSet.m_dfWavelength);
@@ -87,12 +92,15 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
     report.addMessage(QStringLiteral("%1>Constructing reciprocal space volume...").arg(currentTimeStamp()),
                       Severity::Milestone);
     const AddedFrames added = addFrames(volume, series, report);
-    if (added.outcome.end == RunEnd::Stopped)
+    if (added.outcome.end == RunEnd::Stopped) {
         return stopped(report);
-    if (added.outcome.end == RunEnd::Failed && !added.bUnloadable)
+    }
+    if (added.outcome.end == RunEnd::Failed && !added.bUnloadable) {
         return added.outcome;
-    if (added.nAdded == 0)
+    }
+    if (added.nAdded == 0) {
         return failRun(report, QStringLiteral("No frame could be added. %1 was not written.").arg(strFile));
+    }
 
     report.addMessage(QStringLiteral("%1>Saving reciprocal space volume to file...").arg(currentTimeStamp()),
                       Severity::Milestone);
@@ -102,11 +110,13 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
     const bool bSaved = parameters.bScaled ? volume.saveScaled(strFile, parameters.dfContrastMin,
                                                                parameters.dfContrastMax, goOn, &strReason)
                                            : volume.saveRaw(strFile, goOn, &strReason);
-    if (bStopped)
+    if (bStopped) {
         return stopped(report);
-    if (!bSaved)
+    }
+    if (!bSaved) {
         return failRun(report,
                        QStringLiteral("Reciprocal space volume could not be saved: %1").arg(strReason));
+    }
     report.addMessage(
         QStringLiteral("%1>Reciprocal space volume saved to file: %2").arg(currentTimeStamp(), strFile),
         Severity::Milestone);

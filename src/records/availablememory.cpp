@@ -26,13 +26,14 @@ QByteArray content(const QString& strFileName)
 /// The number behind a name at the start of a line; g_nUnknown without it.
 std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
 {
-    for (const QByteArray& bytesLine : bytesText.split('\n'))
+    for (const QByteArray& bytesLine : bytesText.split('\n')) {
         if (bytesLine.startsWith(bytesName + ' ')) {
             bool bOk = false;
             const std::uint64_t n =
                 bytesLine.mid(bytesName.size()).simplified().split(' ')[0].toULongLong(&bOk);
             return bOk ? n : g_nUnknown;
         }
+    }
     return g_nUnknown;
 }
 
@@ -43,8 +44,9 @@ std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* 
     bool bLimit = false, bUsed = false;
     const std::uint64_t nLimit = content(strGroup + '/' + pszLimit).trimmed().toULongLong(&bLimit);
     std::uint64_t nUsed = content(strGroup + '/' + pszUsed).trimmed().toULongLong(&bUsed);
-    if (!bLimit || !bUsed)
+    if (!bLimit || !bUsed) {
         return g_nUnknown;
+    }
     const QByteArray bytesStat = content(strGroup + QStringLiteral("/memory.stat"));
     for (const char* pszCache : {"active_file", "inactive_file"}) {  // given back when memory runs short
         const std::uint64_t nCache = valueOf(bytesStat, QByteArray(pszPrefix) + pszCache);
@@ -60,15 +62,17 @@ std::uint64_t leftInControlGroup()
     for (const QByteArray& bytesLine : content(QStringLiteral("/proc/self/cgroup")).split('\n')) {
         const bool bUnified = bytesLine.startsWith("0::");
         const int nPath = bytesLine.indexOf(':', bytesLine.indexOf(':') + 1) + 1;
-        if (!bUnified && !bytesLine.left(nPath).contains(":memory:"))
+        if (!bUnified && !bytesLine.left(nPath).contains(":memory:")) {
             continue;
+        }
         const QString strRoot = bUnified ? QStringLiteral("/sys/fs/cgroup")
                                          : QStringLiteral("/sys/fs/cgroup/memory");
         for (QString strPath = QString::fromLocal8Bit(bytesLine.mid(nPath)); !strPath.isEmpty();
-             strPath.truncate(qMax(0, strPath.lastIndexOf(QLatin1Char('/')))))
+             strPath.truncate(qMax(0, strPath.lastIndexOf(QLatin1Char('/'))))) {
             nLeft = std::min(nLeft, bUnified ? leftIn(strRoot + strPath, "memory.max", "memory.current", "")
                                              : leftIn(strRoot + strPath, "memory.limit_in_bytes",
                                                       "memory.usage_in_bytes", "total_"));
+        }
     }
     return nLeft;
 }
@@ -90,8 +94,10 @@ std::uint64_t memoryLeftByLimits()
     const auto count = [&](auto resource, const char* pszUsed) {
         rlimit limit{};
         const std::uint64_t nUsed = valueOf(QByteArray(bytesStatus).replace('\t', ' '), pszUsed);
-        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY && nUsed < g_nUnknown / 1024)
+        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
+            nUsed < g_nUnknown / 1024) {
             nLeft = std::min(nLeft, limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, nUsed * 1024));
+        }
     };
     count(RLIMIT_AS, "VmSize:");
     count(RLIMIT_DATA, "VmData:");

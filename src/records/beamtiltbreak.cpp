@@ -10,15 +10,16 @@ QList<int> beamTiltBreaks(const QList<double>& listBeamTilt)
     const int n = listBeamTilt.size();
     listBreak.reserve(n);
     for (int i = 0; i < n; ++i) {
-        if (n < 3 || i == 1)
+        if (n < 3 || i == 1) {
             listBreak.append(0);
-        else if (i == 0)
+        } else if (i == 0) {
             listBreak.append(1);
-        else
+        } else {
             listBreak.append(std::abs(listBeamTilt[i] - listBeamTilt[i - 1]) >
                                      1.5 * std::abs(listBeamTilt[i - 1] - listBeamTilt[i - 2])
                                  ? 1
                                  : 0);
+        }
     }
     return listBreak;
 }

@@ -28,8 +28,9 @@ bool CFileSet::take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* p
         m_vecFile.push_back(std::move(pFile));
         return true;
     }
-    if (m_strReason.isEmpty())
+    if (m_strReason.isEmpty()) {
         m_strReason = pFile->reason();
+    }
     return giveReason(pstrReason, pFile->reason());
 }
 
@@ -43,21 +44,27 @@ bool CFileSet::holds(const QString& strFileName) const
 bool CFileSet::commit(QString* pstrReason)
 {
     // All that takes time or may fail comes before the first file goes into place.
-    for (const auto& pFile : m_vecFile)
-        if (m_strReason.isEmpty() && !pFile->giveName())
+    for (const auto& pFile : m_vecFile) {
+        if (m_strReason.isEmpty() && !pFile->giveName()) {
             m_strReason = pFile->reason();
+        }
+    }
     std::size_t nInPlace = 0;
     while (m_strReason.isEmpty() && nInPlace < m_vecFile.size()) {
-        if (m_vecFile[nInPlace]->exchange())
+        if (m_vecFile[nInPlace]->exchange()) {
             ++nInPlace;
-        else
+        } else {
             m_strReason = m_vecFile[nInPlace]->reason();
+        }
     }
-    if (!m_strReason.isEmpty())
-        while (nInPlace > 0)
+    if (!m_strReason.isEmpty()) {
+        while (nInPlace > 0) {
             m_vecFile[--nInPlace]->goBack();
-    for (const auto& pFile : m_vecFile)
+        }
+    }
+    for (const auto& pFile : m_vecFile) {
         pFile->removeBeside();
+    }
     m_vecFile.clear();
     return m_strReason.isEmpty() || giveReason(pstrReason, m_strReason);
 }

@@ -15,14 +15,18 @@ FormerFiles keepFormerFiles(const QStringList& listFile, const std::function<int
                             int nNew, QString* pstrReason)
 {
     const int nFormer = fnWorth(listFile.first());
-    if (nFormer <= nNew)
+    if (nFormer <= nNew) {
         return FormerFiles::NoneWorthKeeping;
-    if (fnWorth(nameOfKept(listFile.first())) > nFormer)
+    }
+    if (fnWorth(nameOfKept(listFile.first())) > nFormer) {
         return FormerFiles::RicherAreKept;
+    }
     CFileSet set;
-    for (const QString& strFile : listFile)
-        if (QFile::exists(strFile))
+    for (const QString& strFile : listFile) {
+        if (QFile::exists(strFile)) {
             set.addCopy(strFile, nameOfKept(strFile));
+        }
+    }
     return set.commit(pstrReason) ? FormerFiles::Kept : FormerFiles::Failed;
 }
 

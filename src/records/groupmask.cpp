@@ -5,18 +5,22 @@ namespace tessera {
 quint64 groupMask(const QList<int>& listGroup)
 {
     quint64 nMask = 0;
-    for (int nGroup : listGroup)
-        if (nGroup >= 0 && nGroup < 64)
+    for (int nGroup : listGroup) {
+        if (nGroup >= 0 && nGroup < 64) {
             nMask |= quint64(1) << (63 - nGroup);
+        }
+    }
     return nMask;
 }
 
 QList<int> groupsOfMask(quint64 nMask)
 {
     QList<int> listGroup;
-    for (int nGroup = 0; nMask != 0; ++nGroup, nMask <<= 1)
-        if (nMask & g_nMaskOfAllPeaks)
+    for (int nGroup = 0; nMask != 0; ++nGroup, nMask <<= 1) {
+        if (nMask & g_nMaskOfAllPeaks) {
             listGroup.append(nGroup);
+        }
+    }
     return listGroup;
 }
 
@@ -29,8 +33,9 @@ quint64 maskOfText(const QByteArray& strMask)
 
 quint64 peakGroupMask(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak)
 {
-    if (nFrame < 0 || nFrame >= vecPeakGroup.size() || nPeak < 0 || nPeak >= vecPeakGroup[nFrame].size())
+    if (nFrame < 0 || nFrame >= vecPeakGroup.size() || nPeak < 0 || nPeak >= vecPeakGroup[nFrame].size()) {
         return g_nMaskOfAllPeaks;
+    }
     return groupMask(vecPeakGroup[nFrame][nPeak]);
 }
 
@@ -43,11 +48,14 @@ QString peakGroupMaskText(const QVector<QVector<QList<int>>>& vecPeakGroup, int 
 bool groupsMatchPeaks(const QVector<QVector<QList<int>>>& vecPeakGroup,
                       const QList<QList<Peak3D>>& listPeakFrame)
 {
-    if (vecPeakGroup.size() != listPeakFrame.size())
+    if (vecPeakGroup.size() != listPeakFrame.size()) {
         return false;
-    for (int nFrame = 0; nFrame < listPeakFrame.size(); ++nFrame)
-        if (vecPeakGroup[nFrame].size() != listPeakFrame[nFrame].size())
+    }
+    for (int nFrame = 0; nFrame < listPeakFrame.size(); ++nFrame) {
+        if (vecPeakGroup[nFrame].size() != listPeakFrame[nFrame].size()) {
             return false;
+        }
+    }
     return true;
 }
 

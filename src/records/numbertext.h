@@ -30,10 +30,12 @@ private:
     // All columns but the first of a row have a blank before them.
     CNumberText& column(const QString& strNumber, int nWidth)
     {
-        if (!m_strText.isEmpty() && !m_strText.endsWith(QLatin1Char('\n')))
+        if (!m_strText.isEmpty() && !m_strText.endsWith(QLatin1Char('\n'))) {
             m_strText += QLatin1Char(' ');
-        for (int n = strNumber.size(); n < nWidth; ++n)
+        }
+        for (int n = strNumber.size(); n < nWidth; ++n) {
             m_strText += QLatin1Char(' ');
+        }
         m_strText += strNumber;
         return *this;
     }

@@ -28,14 +28,16 @@ public:
 
     void set(int nValue)
     {
-        if (m_pReport)
+        if (m_pReport) {
             m_pReport->setProgress(nValue);
+        }
     }
     /// Hides the display before what is said next; a second call does nothing.
     void end()
     {
-        if (m_pReport)
+        if (m_pReport) {
             m_pReport->endProgress();
+        }
         m_pReport = nullptr;
     }
 

@@ -10,8 +10,9 @@ namespace tessera {
 /// @return false, which the function that failed returns
 inline bool giveReason(QString* pstrReason, const QString& strReason)
 {
-    if (pstrReason)
+    if (pstrReason) {
         *pstrReason = strReason;
+    }
     return false;
 }
 

@@ -11,8 +11,9 @@ bool openRegularFile(QFile& file, QIODevice::OpenMode mode, QString& strReason)
         strReason = QStringLiteral("not a file");
         return false;
     }
-    if (file.open(mode))
+    if (file.open(mode)) {
         return true;
+    }
     strReason = file.errorString();
     return false;
 }

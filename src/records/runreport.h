@@ -39,8 +39,9 @@ public:
     /// the run did not finish, follows from the first.
     void noteReason(const QString& strReason)
     {
-        if (m_strReason.isEmpty())
+        if (m_strReason.isEmpty()) {
             m_strReason = strReason;
+        }
     }
     /// The first reason since the start or since forgetReason(); empty where nothing failed.
     const QString& reason() const { return m_strReason; }

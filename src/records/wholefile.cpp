@@ -35,8 +35,9 @@ QByteArray behindLinks(QByteArray strPath)
     for (int i = 0; i < g_nMaxLinks; ++i) {
         char szTarget[PATH_MAX];
         const ssize_t nLength = ::readlink(strPath.constData(), szTarget, sizeof(szTarget));
-        if (nLength < 0)
+        if (nLength < 0) {
             break;
+        }
         const QByteArray strTarget(szTarget, int(nLength));
         strPath = strTarget.startsWith('/') ? strTarget : folderOf(strPath) + strTarget;
     }
@@ -58,8 +59,9 @@ QByteArray nameBeside(const QByteArray& strPath)
     }
     std::random_device random;
     strName += '.';
-    for (int i = 1; i < nSuffix; ++i)
+    for (int i = 1; i < nSuffix; ++i) {
         strName += s_szLetters[random() % (sizeof(s_szLetters) - 1)];
+    }
     return strFolder + strName;
 }
 
@@ -83,8 +85,9 @@ CWholeFile::~CWholeFile()
 
 bool CWholeFile::fail(const QString& strWhat)
 {
-    if (m_strReason.isEmpty())
+    if (m_strReason.isEmpty()) {
         giveReason(&m_strReason, m_strFileName, strWhat);
+    }
     return false;
 }
 
@@ -96,16 +99,19 @@ bool CWholeFile::failBySystem()
 bool CWholeFile::open(const QString& strFileName)
 {
     m_strFileName = strFileName;
-    if (strFileName.isEmpty())
+    if (strFileName.isEmpty()) {
         return giveReason(&m_strReason, QStringLiteral("no name for the file"));
+    }
     const QByteArray strName = QFile::encodeName(strFileName);
     struct stat info = {};
     const bool bExists = ::stat(strName.constData(), &info) == 0;
-    if (bExists && S_ISDIR(info.st_mode))
+    if (bExists && S_ISDIR(info.st_mode)) {
         return fail(QStringLiteral("is a folder"));
+    }
     // A file that its owner has protected is not replaced either, though its folder would allow it.
-    if (bExists && ::access(strName.constData(), W_OK) != 0)
+    if (bExists && ::access(strName.constData(), W_OK) != 0) {
         return failBySystem();
+    }
     m_bDirect = bExists && !S_ISREG(info.st_mode);
     if (m_bDirect) {
         // A pipe that nobody reads fails, instead of waiting for a reader.
@@ -117,13 +123,16 @@ bool CWholeFile::open(const QString& strFileName)
 #ifdef O_TMPFILE
     m_nFile = ::open(strFolder.isEmpty() ? "." : strFolder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC,
                      0666);
-    if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0)
+    if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0) {
         closeFile();  // without /proc it would never get a name
 #endif
-    if (m_nFile < 0 && !makeNamed())
+    }
+    if (m_nFile < 0 && !makeNamed()) {
         return failBySystem();
-    if (bExists)
+    }
+    if (bExists) {
         (void)!::fchmod(m_nFile, info.st_mode & 0777);  // not every file system knows permissions
+    }
     return true;
 }
 
@@ -136,23 +145,27 @@ bool CWholeFile::makeNamed()
             m_strBeside = strBeside;
             return true;
         }
-        if (errno != EEXIST)
+        if (errno != EEXIST) {
             break;
+        }
     }
     return false;
 }
 
 bool CWholeFile::write(const void* pData, qint64 nBytes)
 {
-    if (!m_strReason.isEmpty() || m_nFile < 0)
+    if (!m_strReason.isEmpty() || m_nFile < 0) {
         return fail(QStringLiteral("not open"));
+    }
     const char* p = static_cast<const char*>(pData);
     while (nBytes > 0) {
         const ssize_t nWritten = ::write(m_nFile, p, size_t(nBytes));
-        if (nWritten < 0 && errno == EINTR)
+        if (nWritten < 0 && errno == EINTR) {
             continue;
-        if (nWritten < 0)
+        }
+        if (nWritten < 0) {
             return failBySystem();
+        }
         // A disk that has just become full takes a part; what is left then fails with the reason.
         p += nWritten;
         nBytes -= nWritten;
@@ -164,15 +177,18 @@ bool CWholeFile::writeCopy(const QString& strFrom)
 {
     QFile file(strFrom);
     QString strWhat;
-    if (!m_strReason.isEmpty())
+    if (!m_strReason.isEmpty()) {
         return false;
-    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat))
+    }
+    if (!openRegularFile(file, QIODevice::ReadOnly, strWhat)) {
         return giveReason(&m_strReason, strFrom, strWhat);
+    }
     QByteArray bytes;
     do {
         bytes = file.read(g_nCopyBytes);
-        if (file.error() != QFileDevice::NoError)
+        if (file.error() != QFileDevice::NoError) {
             return giveReason(&m_strReason, strFrom, file.errorString());
+        }
     } while (!bytes.isEmpty() && write(bytes));
     return m_strReason.isEmpty();
 }
@@ -180,10 +196,12 @@ bool CWholeFile::writeCopy(const QString& strFrom)
 /// Brings what was written to the disk. File systems of a network tell only here that it is full.
 bool CWholeFile::flush()
 {
-    if (!m_strReason.isEmpty() || m_nFile < 0)
+    if (!m_strReason.isEmpty() || m_nFile < 0) {
         return fail(QStringLiteral("not open"));
-    if (!m_bDirect && !m_bFlushed && ::fdatasync(m_nFile) != 0 && !flushIsUnknown(errno))
+    }
+    if (!m_bDirect && !m_bFlushed && ::fdatasync(m_nFile) != 0 && !flushIsUnknown(errno)) {
         return failBySystem();
+    }
     m_bFlushed = true;
     return true;
 }
@@ -191,18 +209,21 @@ bool CWholeFile::flush()
 /// Gives the file its name beside its place, if it has none, and closes it.
 bool CWholeFile::giveName()
 {
-    if (m_bDirect)
+    if (m_bDirect) {
         return closeFile() || failBySystem();
+    }
     for (int i = 0; m_strBeside.isEmpty() && i < g_nMaxNames; ++i) {
         const QByteArray strBeside = nameBeside(m_strPlace);
         if (::linkat(AT_FDCWD, pathOfOpenFile(m_nFile).constData(), AT_FDCWD, strBeside.constData(),
-                     AT_SYMLINK_FOLLOW) == 0)
+                     AT_SYMLINK_FOLLOW) == 0) {
             m_strBeside = strBeside;
-        else if (errno != EEXIST)
+        } else if (errno != EEXIST) {
             break;
+        }
     }
-    if (m_strBeside.isEmpty() && !copyToNamed())
+    if (m_strBeside.isEmpty() && !copyToNamed()) {
         return failBySystem();
+    }
     return closeFile() || failBySystem();
 }
 
@@ -231,8 +252,9 @@ bool CWholeFile::commit(QString* pstrReason)
     bool bDone = flush() && giveName();
     if (bDone && !m_bDirect) {
         bDone = std::rename(m_strBeside.constData(), m_strPlace.constData()) == 0 || failBySystem();
-        if (bDone)
+        if (bDone) {
             m_strBeside.clear();
+        }
     }
     discard();
     return bDone || giveReason(pstrReason, m_strReason);
@@ -241,16 +263,19 @@ bool CWholeFile::commit(QString* pstrReason)
 /// Puts a file that has its name beside into place, and the former one, if there is one, beside.
 bool CWholeFile::exchange()
 {
-    if (m_bDirect)
+    if (m_bDirect) {
         return true;
+    }
     const char* const pszPlace = m_strPlace.constData();
     struct stat info = {};
     m_bReplaced = ::lstat(pszPlace, &info) == 0;
-    if (m_bReplaced && S_ISDIR(info.st_mode))  // since the file was opened
+    if (m_bReplaced && S_ISDIR(info.st_mode)) {  // since the file was opened
         return fail(QStringLiteral("is a folder"));
+    }
     if (!m_bReplaced) {
-        if (std::rename(m_strBeside.constData(), pszPlace) != 0)
+        if (std::rename(m_strBeside.constData(), pszPlace) != 0) {
             return failBySystem();
+        }
         m_strBeside.clear();
         return true;
     }
@@ -258,13 +283,15 @@ bool CWholeFile::exchange()
     // after the names of the whole set are in order.
     m_nFormer = ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW);
 #ifdef RENAME_EXCHANGE
-    if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0)
+    if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0) {
         return true;
 #endif
+    }
     // A file system that cannot exchange: in two steps.
     const QByteArray strFormer = nameBeside(m_strPlace);
-    if (std::rename(pszPlace, strFormer.constData()) != 0)
+    if (std::rename(pszPlace, strFormer.constData()) != 0) {
         return failBySystem();
+    }
     if (std::rename(m_strBeside.constData(), pszPlace) != 0) {
         failBySystem();
         std::rename(strFormer.constData(), pszPlace);
@@ -277,29 +304,34 @@ bool CWholeFile::exchange()
 /// Undoes exchange().
 void CWholeFile::goBack()
 {
-    if (m_bDirect)
+    if (m_bDirect) {
         return;
-    if (m_bReplaced)
+    }
+    if (m_bReplaced) {
         std::rename(m_strBeside.constData(), m_strPlace.constData());
-    else
+    } else {
         ::unlink(m_strPlace.constData());
+    }
     m_strBeside.clear();  // should the former file not go back, it stays there
 }
 
 void CWholeFile::removeBeside()
 {
-    if (!m_strBeside.isEmpty())
+    if (!m_strBeside.isEmpty()) {
         ::unlink(m_strBeside.constData());
+    }
     m_strBeside.clear();
 }
 
 void CWholeFile::discard()
 {
-    if (m_nFile >= 0)
+    if (m_nFile >= 0) {
         closeFile();
+    }
     removeBeside();
-    if (m_nFormer >= 0)
+    if (m_nFormer >= 0) {
         ::close(m_nFormer);
+    }
     m_nFormer = -1;
 }
 

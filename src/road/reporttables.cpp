@@ -1,10 +1,10 @@
 #include "road/reporttables.h"
 
 #include "crystal/cellarithmetic.h"
+#include "records/pi.h"
 #include "refinement/geometrynumbers.h"
 #include "road/geometrytable.h"
 #include "road/usedparameters.h"
-#include "records/pi.h"
 
 #include <QFileInfo>
 

@@ -27,8 +27,9 @@ QString relationText(LatticeMatch::Relation relation)
 QString cellText(const QString& strHead, const std::array<double, 6>& adfCell)
 {
     QString str = strHead + QStringLiteral("   ");
-    for (size_t i = 0; i < 6; ++i)
+    for (size_t i = 0; i < 6; ++i) {
         str += QStringLiteral(" %1%2").arg(adfCell[i], 8, 'f', i < 3 ? 4 : 3).arg(i < 3 ? " Å" : "°");
+    }
     return str + QLatin1Char('\n');
 }
 
@@ -144,20 +145,23 @@ QJsonObject comparisonToJson(const SeriesComparison& comparison)
 {
     const auto array = [](const auto& list) {
         QJsonArray result;
-        for (double df : list)
+        for (double df : list) {
             result.append(df);
+        }
         return result;
     };
     QJsonArray arrayFound;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         arrayFound.append(QJsonObject{{QStringLiteral("snr"), comparison.adfRatio[i]},
                                       {QStringLiteral("spots"), comparison.anSpots[i]},
                                       {QStringLiteral("found"), comparison.anFound[i]},
                                       {QStringLiteral("share"), comparison.foundShare(i)}});
+    }
     QJsonObject pairs;
-    for (const auto& [strName, errors] : comparison.mapPairs)
+    for (const auto& [strName, errors] : comparison.mapPairs) {
         pairs[strName] = QJsonObject{{QStringLiteral("lengthErrorPercent"), array(errors.adfLength)},
                                      {QStringLiteral("angleErrorDegrees"), array(errors.adfAngle)}};
+    }
     const LatticeMatch& lattice = comparison.lattice;
     QJsonObject root{{QStringLiteral("cellRead"), comparison.bCellRead},
                      {QStringLiteral("latticeRight"), lattice.isRight()},
@@ -224,10 +228,12 @@ QString comparisonToText(const SeriesComparison& comparison)
         str += cellText(QStringLiteral("true "), lattice.adfTrueCell);
     }
     str += errorsText(QStringLiteral("errors "), lattice.errors);
-    if (comparison.bRefined)
+    if (comparison.bRefined) {
         str += errorsText(QStringLiteral("refined"), comparison.refined);
-    for (const auto& [strName, errors] : comparison.mapPairs)
+    }
+    for (const auto& [strName, errors] : comparison.mapPairs) {
         str += errorsText(QStringLiteral("pairs, ") + strName, errors);
+    }
     str += geometryToText(comparison.geometry);
     str += QStringLiteral("indices  %1 of %2 right (%3 %), %4 wrong, %5 at no true spot\n")
                .arg(comparison.nIndexedRight)
@@ -235,12 +241,13 @@ QString comparisonToText(const SeriesComparison& comparison)
                .arg(100 * comparison.rightShare(), 0, 'f', 2)
                .arg(comparison.nIndexedWrong)
                .arg(comparison.nIndexedStray);
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         str += QStringLiteral("found    %1 of %2 spots with a ratio of %3 and more (%4 %)\n")
                    .arg(comparison.anFound[i])
                    .arg(comparison.anSpots[i])
                    .arg(comparison.adfRatio[i])
                    .arg(100 * comparison.foundShare(i), 0, 'f', 2);
+    }
     str += huntText(comparison);
     if (comparison.proposal.bRead) {
         str += proposalText(comparison.proposal);

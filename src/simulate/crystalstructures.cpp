@@ -148,9 +148,11 @@ const std::vector<CrystalStructure>& crystalStructures()
 
 const CrystalStructure* findCrystalStructure(const QString& strName)
 {
-    for (const CrystalStructure& structure : crystalStructures())
-        if (structure.strName == strName)
+    for (const CrystalStructure& structure : crystalStructures()) {
+        if (structure.strName == strName) {
             return &structure;
+        }
+    }
     return nullptr;
 }
 

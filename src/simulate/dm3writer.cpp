@@ -45,8 +45,9 @@ public:
         head(21, pLabel);
         data.append("%%%%");
         word32(quint32(listInfo.size()));
-        for (quint32 n : listInfo)
+        for (quint32 n : listInfo) {
             word32(n);
+        }
     }
     void number(const char* pLabel, qint32 n)
     {
@@ -58,8 +59,9 @@ public:
         group("", 2);
         group("ImageData", 4);
         entry("Data", {g_nTypeArray, g_nTypeInt32, quint32(listPixel.size())});
-        for (qint32 n : listPixel)
+        for (qint32 n : listPixel) {
             value32(n);
+        }
         number("DataType", g_nPixelInt32);
         group("Dimensions", 2);
         number("", nWidth);
@@ -90,9 +92,11 @@ QByteArray encodeDm3(const std::vector<float>& listPixel, int nWidth, int nHeigh
     // Every eighth pixel makes the thumbnail, which a reader must not take for the image.
     const int nThumbWidth = (nWidth + 7) / 8, nThumbHeight = (nHeight + 7) / 8;
     std::vector<qint32> listThumb;
-    for (int y = 0; y < nThumbHeight; ++y)
-        for (int x = 0; x < nThumbWidth; ++x)
+    for (int y = 0; y < nThumbHeight; ++y) {
+        for (int x = 0; x < nThumbWidth; ++x) {
             listThumb.push_back(listWhole[size_t(8 * y) * nWidth + 8 * x]);
+        }
+    }
 
     TagWriter writer(bBigEndianData);
     writer.word32(3);

@@ -19,10 +19,12 @@ void drawSpot(const SimulationParameters& p, double dfX, double dfY, double dfCo
     const int nRight = std::min(p.nSize - 1, int(std::floor(dfX + dfRadius)));
     const int nTop = std::max(0, int(std::ceil(dfY - dfRadius)));
     const int nBottom = std::min(p.nSize - 1, int(std::floor(dfY + dfRadius)));
-    for (int y = nTop; y <= nBottom; ++y)
-        for (int x = nLeft; x <= nRight; ++x)
+    for (int y = nTop; y <= nBottom; ++y) {
+        for (int x = nLeft; x <= nRight; ++x) {
             listPixel[size_t(y) * p.nSize + x] += dfCounts * spotProfile(p, (x - dfX) * (x - dfX) +
                                                                                 (y - dfY) * (y - dfY));
+        }
+    }
 }
 }  // namespace
 
@@ -35,11 +37,14 @@ std::vector<double> expectedFrame(const SimulatedSeries& series, int nFrame)
     if (nFrame + 1 == p.nBlankFrame) {
         return listPixel;
     }
-    for (int y = 0; y < p.nSize; ++y)
-        for (int x = 0; x < p.nSize; ++x)
+    for (int y = 0; y < p.nSize; ++y) {
+        for (int x = 0; x < p.nSize; ++x) {
             listPixel[size_t(y) * p.nSize + x] = diffuseBackground(p, std::hypot(x - dfBeamX, y - dfBeamY));
-    for (const TruthSpot& spot : series.listDrawn[nFrame])
+        }
+    }
+    for (const TruthSpot& spot : series.listDrawn[nFrame]) {
         drawSpot(p, spot.dfX, spot.dfY, spot.dfCounts / spotShareWithin(p, spotDiscRadius(p)), listPixel);
+    }
     SimulationParameters beam = p;
     beam.dfSpotSigma = p.dfBeamSigma;
     beam.spotShape = SpotShape::Gaussian;
@@ -55,15 +60,19 @@ std::vector<float> renderFrame(const SimulatedSeries& series, int nFrame)
     std::vector<float> listPixel(listExpected.size());
     for (size_t i = 0; i < listExpected.size(); ++i) {
         double df = p.dfGain * random.poisson(listExpected[i] / p.dfGain);
-        if (p.dfReadNoise > 0)
+        if (p.dfReadNoise > 0) {
             df += p.dfReadNoise * random.normal();
+        }
         listPixel[i] = float(df);
     }
-    for (const QPoint& pt : series.listHotPixel)
+    for (const QPoint& pt : series.listHotPixel) {
         listPixel[size_t(pt.y()) * p.nSize + pt.x()] += float(g_dfHotCounts * (1 + 0.1 * random.normal()));
-    if (p.dfSaturation > 0)
-        for (float& f : listPixel)
+    }
+    if (p.dfSaturation > 0) {
+        for (float& f : listPixel) {
             f = std::min(f, float(p.dfSaturation));
+        }
+    }
     return listPixel;
 }
 

@@ -34,20 +34,23 @@ T rounded(float f)
 template <typename T>
 void appendPixels(const std::vector<float>& listPixel, int nWidth, int nHeight, QByteArray& data)
 {
-    for (int y = nHeight - 1; y >= 0; --y)
+    for (int y = nHeight - 1; y >= 0; --y) {
         for (int x = 0; x < nWidth; ++x) {
             const float f = listPixel[size_t(y) * nWidth + x];
             const T value = qToLittleEndian(std::is_floating_point<T>::value ? T(f) : rounded<T>(f));
             data.append(reinterpret_cast<const char*>(&value), int(sizeof(T)));
         }
+    }
 }
 
 QByteArray encodePng(const std::vector<float>& listPixel, int nWidth, int nHeight)
 {
     QImage image(nWidth, nHeight, QImage::Format_Grayscale8);
-    for (int y = 0; y < nHeight; ++y)
-        for (int x = 0; x < nWidth; ++x)
+    for (int y = 0; y < nHeight; ++y) {
+        for (int x = 0; x < nWidth; ++x) {
             image.scanLine(y)[x] = rounded<uchar>(listPixel[size_t(y) * nWidth + x] / g_nCountsPerGrey);
+        }
+    }
     QByteArray data;
     QBuffer buffer(&data);
     return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG") ? data : QByteArray();
@@ -57,8 +60,9 @@ QByteArray encodePng(const std::vector<float>& listPixel, int nWidth, int nHeigh
 QStringList simulatedFormatNames()
 {
     QStringList listName;
-    for (const NameAndExtension& row : g_aFormat)
+    for (const NameAndExtension& row : g_aFormat) {
         listName.append(QLatin1String(row.pName));
+    }
     return listName;
 }
 
@@ -85,12 +89,13 @@ QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeigh
     data[212] = 0x44;
     data[213] = 0x41;
     data.reserve(1024 + nWidth * nHeight * 4);
-    if (nMode == 1)
+    if (nMode == 1) {
         appendPixels<qint16>(listPixel, nWidth, nHeight, data);
-    else if (nMode == 6)
+    } else if (nMode == 6) {
         appendPixels<quint16>(listPixel, nWidth, nHeight, data);
-    else
+    } else {
         appendPixels<float>(listPixel, nWidth, nHeight, data);
+    }
     return data;
 }
 

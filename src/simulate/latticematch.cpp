@@ -13,12 +13,13 @@ Matrix3 roundedMatrix(const Matrix3& mat, double& dfMisfit)
 {
     Matrix3 result = mat;
     dfMisfit = 0;
-    for (Vector3& row : result)
+    for (Vector3& row : result) {
         for (double& df : row) {
             const double dfWhole = std::round(df);
             dfMisfit = std::max(dfMisfit, std::abs(df - dfWhole));
             df = dfWhole;
         }
+    }
     return result;
 }
 
@@ -34,8 +35,9 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
 {
     LatticeMatch match;
     const Matrix3 matTruePrimitive = matPrimitive * matTrue;
-    if (!(std::abs(determinantOf(matFound)) > 1e-9))
+    if (!(std::abs(determinantOf(matFound)) > 1e-9)) {
         return match;
+    }
     // Found basis on the primitive one: whole numbers when it holds lattice points only.
     const Matrix3 matRatio = matFound * inverseOf(matTruePrimitive);
     double dfMisfit = 0;
@@ -51,8 +53,9 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
         // The other way round: every true point has whole indices on the found basis.
         const Matrix3 matBack = roundedMatrix(inverseOf(matRatio), dfMisfit);
         const int nBack = int(std::lround(std::abs(determinantOf(matBack))));
-        if (!(dfMisfit < g_dfLargestMisfit) || nBack < 2)
+        if (!(dfMisfit < g_dfLargestMisfit) || nBack < 2) {
             return match;
+        }
         // The rows of its transpose are the found direct axes on the true primitive direct cell.
         const Matrix3 matDirect = transposed(matBack);
         const bool bTrueAxes = std::all_of(matDirect.begin(), matDirect.end(), isPrimitiveVector);

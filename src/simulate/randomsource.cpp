@@ -31,8 +31,9 @@ double CRandomSource::normal()
 
 double CRandomSource::poisson(double dfMean)
 {
-    if (dfMean <= 0)
+    if (dfMean <= 0) {
         return 0;
+    }
     if (dfMean >= 50) {
         const double df = std::floor(dfMean + std::sqrt(dfMean) * normal() + 0.5);
         return df > 0 ? df : 0;

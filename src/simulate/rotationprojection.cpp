@@ -57,8 +57,9 @@ std::array<double, 2> CRotationProjection::spotOffset(const Vector3& vecTurned) 
 double meanRockingCurve(double dfFirst, double dfLast, double dfWidth)
 {
     const double dfSpan = (dfLast - dfFirst) / dfWidth;
-    if (std::abs(dfSpan) < 1e-6)
+    if (std::abs(dfSpan) < 1e-6) {
         return std::exp(-0.5 * std::pow((dfFirst + dfLast) / (2 * dfWidth), 2));
+    }
     const double dfRoot = std::sqrt(2.0);
     return std::sqrt(g_dfPi / 2) *
            (std::erf(dfLast / (dfRoot * dfWidth)) - std::erf(dfFirst / (dfRoot * dfWidth))) / dfSpan;

@@ -30,11 +30,13 @@ const GaussianSum g_aSum[] = {
 double electronScatteringFactor(const QString& strElement, double dfS)
 {
     for (const GaussianSum& sum : g_aSum) {
-        if (strElement != QLatin1String(sum.pElement))
+        if (strElement != QLatin1String(sum.pElement)) {
             continue;
+        }
         double df = 0;
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; i < 5; ++i) {
             df += sum.adfA[i] * std::exp(-sum.adfB[i] * dfS * dfS);
+        }
         return df;
     }
     return std::numeric_limits<double>::quiet_NaN();

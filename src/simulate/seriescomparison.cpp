@@ -18,9 +18,11 @@ template <typename T>
 std::vector<std::vector<T>> byFrame(const std::vector<T>& list, int nFrames)
 {
     std::vector<std::vector<T>> listFrame(nFrames);
-    for (const T& item : list)
-        if (item.nFrame >= 0 && item.nFrame < nFrames)
+    for (const T& item : list) {
+        if (item.nFrame >= 0 && item.nFrame < nFrames) {
             listFrame[item.nFrame].push_back(item);
+        }
+    }
     return listFrame;
 }
 
@@ -36,10 +38,12 @@ const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, d
                                int nLattice = -1)
 {
     const TruthSpot* pBest = nullptr;
-    for (const TruthSpot& spot : list)
+    for (const TruthSpot& spot : list) {
         if ((nLattice < 0 || spot.nLattice == nLattice) && isWithin(spot, dfX, dfY, dfRadius) &&
-            (!pBest || spot.dfCounts > pBest->dfCounts))
+            (!pBest || spot.dfCounts > pBest->dfCounts)) {
             pBest = &spot;
+        }
+    }
     return pBest;
 }
 
@@ -151,15 +155,18 @@ void countFound(const std::vector<std::vector<TruthSpot>>& listSpot,
 bool readRows(const QString& strFileName, std::vector<QStringList>& listRow)
 {
     QFile file(strFileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return false;
+    }
     QString strText = QString::fromUtf8(file.readAll());
-    if (strText.startsWith(QChar(0xfeff)))
+    if (strText.startsWith(QChar(0xfeff))) {
         strText.remove(0, 1);
+    }
     for (const QString& strLine : strText.split(QLatin1Char('\n'))) {
         const QString str = strLine.simplified();
-        if (!str.isEmpty() && !str.startsWith(QLatin1Char('#')))
+        if (!str.isEmpty() && !str.startsWith(QLatin1Char('#'))) {
             listRow.push_back(str.split(QLatin1Char(' ')));
+        }
     }
     return true;
 }
@@ -167,16 +174,19 @@ bool readRows(const QString& strFileName, std::vector<QStringList>& listRow)
 bool readCell(const QString& strFileName, Matrix3& mat)
 {
     std::vector<QStringList> listRow;
-    if (!readRows(strFileName, listRow) || listRow.size() < 3)
+    if (!readRows(strFileName, listRow) || listRow.size() < 3) {
         return false;
+    }
     for (int i = 0; i < 3; ++i) {
-        if (listRow[i].size() < 4)
+        if (listRow[i].size() < 4) {
             return false;
+        }
         for (int j = 0; j < 3; ++j) {
             bool bGood = false;
             mat[i][j] = listRow[i][j + 1].toDouble(&bGood);
-            if (!bGood)
+            if (!bGood) {
                 return false;
+            }
         }
     }
     return true;
@@ -185,8 +195,9 @@ bool readCell(const QString& strFileName, Matrix3& mat)
 QJsonObject readSummary(const QString& strSummary)
 {
     QFile file(strSummary);
-    if (strSummary.isEmpty() || !file.open(QIODevice::ReadOnly))
+    if (strSummary.isEmpty() || !file.open(QIODevice::ReadOnly)) {
         return {};
+    }
     return QJsonDocument::fromJson(file.readAll()).object();
 }
 
@@ -194,8 +205,9 @@ QJsonObject readSummary(const QString& strSummary)
 bool readRefinedCell(const QJsonValue& value, std::array<double, 6>& adfCell)
 {
     const QJsonArray array = value.toObject()[QStringLiteral("parameters")].toArray();
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         adfCell[i] = array.at(i).toDouble();
+    }
     return array.size() == 6;
 }
 
@@ -235,23 +247,28 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
                         SeriesComparison& comparison, QString& strError)
 {
     SimulatedSeries truth;
-    if (!readTruthFile(strTruthFile, truth, strError))
+    if (!readTruthFile(strTruthFile, truth, strError)) {
         return false;
+    }
     std::vector<QStringList> listRow;
     if (!readRows(strBase + QStringLiteral(".pk"), listRow)) {
         strError = QStringLiteral("cannot open %1.pk").arg(strBase);
         return false;
     }
     std::vector<ReadPeak> listPeak, listIndexed;
-    for (const QStringList& row : listRow)
-        if (row.size() >= 6)
+    for (const QStringList& row : listRow) {
+        if (row.size() >= 6) {
             listPeak.push_back({row[1].toInt(), row[3].toDouble(), row[4].toDouble(), 0, 0, 0});
+        }
+    }
     listRow.clear();
     readRows(strBase + QStringLiteral(".ipf"), listRow);
-    for (const QStringList& row : listRow)
-        if (row.size() >= 7)
+    for (const QStringList& row : listRow) {
+        if (row.size() >= 7) {
             listIndexed.push_back({row[0].toInt() - 1, row[5].toDouble(), row[6].toDouble(), row[1].toInt(),
                                    row[2].toInt(), row[3].toInt()});
+        }
+    }
     Matrix3 matFound{};
     const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
     comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
@@ -273,16 +290,19 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
         summary[QStringLiteral("quality")].toObject(),
         truth.parameters.nSupercell > 1 ? QString() : truth.parameters.strCrystal);
     std::array<double, 6> adfRefined;
-    if (comparison.lattice.relation == LatticeMatch::None)
+    if (comparison.lattice.relation == LatticeMatch::None) {
         return true;
+    }
     if (readRefinedCell(summary[QStringLiteral("refined")], adfRefined)) {
         comparison.bRefined = true;
         comparison.refined = errorsOfCell(adfRefined, comparison.lattice, matTrue);
     }
     const QJsonObject pairs = summary[QStringLiteral("peakPairs")].toObject();
-    for (auto it = pairs.begin(); it != pairs.end(); ++it)
-        if (readRefinedCell(it.value(), adfRefined))
+    for (auto it = pairs.begin(); it != pairs.end(); ++it) {
+        if (readRefinedCell(it.value(), adfRefined)) {
             comparison.mapPairs[it.key()] = errorsOfCell(adfRefined, comparison.lattice, matTrue);
+        }
+    }
     return true;
 }
 

@@ -32,11 +32,12 @@ struct WholeOption {
 
 void listCrystals()
 {
-    for (const CrystalStructure& structure : crystalStructures())
+    for (const CrystalStructure& structure : crystalStructures()) {
         std::printf("%-11s %-11s %8.4f %8.4f %8.4f %7.2f %7.2f %7.2f  %s\n", qPrintable(structure.strName),
                     qPrintable(structure.strSpaceGroup), structure.adfCell[0], structure.adfCell[1],
                     structure.adfCell[2], structure.adfCell[3], structure.adfCell[4], structure.adfCell[5],
                     qPrintable(structure.strSource));
+    }
 }
 
 // What a preset changes from the defaults.
@@ -45,8 +46,9 @@ bool applyPreset(const QString& strPreset, SimulationParameters& p)
     if (strPreset == QLatin1String("clean") || strPreset == QLatin1String("demo")) {
         p.dfBackground = 2;
         p.dfReadNoise = 0.5;
-        if (strPreset == QLatin1String("demo"))
+        if (strPreset == QLatin1String("demo")) {
             return true;
+        }
         p.dfDrift = 0;
         p.nHotPixels = 0;
     } else if (strPreset == QLatin1String("hard")) {
@@ -259,13 +261,16 @@ int main(int argc, char** argv)
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), p.strName);
     parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
                       QStringLiteral("folder")});
-    for (const NumberOption& option : aNumber)
+    for (const NumberOption& option : aNumber) {
         add(QLatin1String(option.pName), QString::fromUtf8(option.pHelp), QString::number(*option.pdf));
-    for (const WholeOption& option : aWhole)
+    }
+    for (const WholeOption& option : aWhole) {
         add(QLatin1String(option.pName), QString::fromUtf8(option.pHelp), QString::number(*option.pn));
+    }
 
-    if (!parser.parse(app.arguments()))
+    if (!parser.parse(app.arguments())) {
         return fail(parser.errorText());
+    }
     if (parser.isSet(QStringLiteral("help"))) {
         std::fputs(qPrintable(parser.helpText()), stdout);
         return 0;
@@ -274,51 +279,64 @@ int main(int argc, char** argv)
         listCrystals();
         return 0;
     }
-    if (!parser.positionalArguments().isEmpty())
+    if (!parser.positionalArguments().isEmpty()) {
         return fail(QStringLiteral("Unexpected argument: %1").arg(parser.positionalArguments().first()));
-    if (parser.isSet(QStringLiteral("demo")))
+    }
+    if (parser.isSet(QStringLiteral("demo"))) {
         applyPreset(QStringLiteral("demo"), p);
-    if (parser.isSet(QStringLiteral("preset")) && !applyPreset(parser.value(QStringLiteral("preset")), p))
+    }
+    if (parser.isSet(QStringLiteral("preset")) && !applyPreset(parser.value(QStringLiteral("preset")), p)) {
         return fail(QStringLiteral("No preset of the name %1").arg(parser.value(QStringLiteral("preset"))));
+    }
     for (const NumberOption& option : aNumber) {
-        if (!parser.isSet(QLatin1String(option.pName)))
+        if (!parser.isSet(QLatin1String(option.pName))) {
             continue;
+        }
         bool bGood = false;
         *option.pdf = parser.value(QLatin1String(option.pName)).toDouble(&bGood);
-        if (!bGood || !std::isfinite(*option.pdf))
+        if (!bGood || !std::isfinite(*option.pdf)) {
             return fail(QStringLiteral("--%1 needs a number").arg(QLatin1String(option.pName)));
+        }
     }
     for (const WholeOption& option : aWhole) {
-        if (!parser.isSet(QLatin1String(option.pName)))
+        if (!parser.isSet(QLatin1String(option.pName))) {
             continue;
+        }
         bool bGood = false;
         *option.pn = parser.value(QLatin1String(option.pName)).toInt(&bGood);
-        if (!bGood)
+        if (!bGood) {
             return fail(QStringLiteral("--%1 needs a whole number").arg(QLatin1String(option.pName)));
+        }
     }
     p.nSeed = std::uint64_t(nSeed);
     p.lens.dfRadial = dfBarrel == 0 ? 0 : -dfBarrel;  // no negative zero
     // A frame of another size keeps the beam near its middle.
-    if (!parser.isSet(QStringLiteral("beam-x")))
+    if (!parser.isSet(QStringLiteral("beam-x"))) {
         p.dfCenterX += (p.nSize - 512) / 2.0;
-    if (!parser.isSet(QStringLiteral("beam-y")))
+    }
+    if (!parser.isSet(QStringLiteral("beam-y"))) {
         p.dfCenterY += (p.nSize - 512) / 2.0;
+    }
     p.bStepped = parser.isSet(QStringLiteral("stepped"));
     p.strCrystal = parser.value(QStringLiteral("crystal"));
     p.strName = parser.value(QStringLiteral("name"));
     p.strDirectory = parser.value(QStringLiteral("out"));
-    if (p.strDirectory.isEmpty())
+    if (p.strDirectory.isEmpty()) {
         return fail(QStringLiteral("--out is needed"));
-    if (p.strName.isEmpty() || p.strName.contains(QLatin1Char('/')))
+    }
+    if (p.strName.isEmpty() || p.strName.contains(QLatin1Char('/'))) {
         return fail(QStringLiteral("--name must be a file name"));
+    }
     const int nFormat = listFormat.indexOf(parser.value(QStringLiteral("format")));
-    if (nFormat < 0)
+    if (nFormat < 0) {
         return fail(QStringLiteral("--format must be one of %1").arg(listFormat.join(QStringLiteral(", "))));
+    }
     p.format = SimulatedFormat(nFormat);
     if (parser.isSet(QStringLiteral("spot-shape"))) {
         const QString strShape = parser.value(QStringLiteral("spot-shape"));
-        if (strShape != QLatin1String("gaussian") && strShape != QLatin1String("moffat"))
+        if (strShape != QLatin1String("gaussian") && strShape != QLatin1String("moffat")) {
             return fail(QStringLiteral("--spot-shape must be gaussian or moffat"));
+        }
         p.spotShape = strShape == QLatin1String("moffat") ? SpotShape::Moffat : SpotShape::Gaussian;
     }
 
@@ -326,13 +344,15 @@ int main(int argc, char** argv)
     if (strWrong.isEmpty()) {
         strWrong = readTold(parser, p);
     }
-    if (!strWrong.isEmpty())
+    if (!strWrong.isEmpty()) {
         return fail(strWrong);
+    }
 
     SimulatedSeries series;
     QString strError;
-    if (!simulateSeries(p, series, strError))
+    if (!simulateSeries(p, series, strError)) {
         return fail(strError);
+    }
     if (!writeSeries(series, strError)) {
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 1;

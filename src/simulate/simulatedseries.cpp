@@ -83,38 +83,48 @@ QString whatIsWrongInTheExposure(const SimulationParameters& p)
 
 QString whatIsWrong(const SimulationParameters& p)
 {
-    if (!findCrystalStructure(p.strCrystal))
+    if (!findCrystalStructure(p.strCrystal)) {
         return QStringLiteral("no crystal of the name %1").arg(p.strCrystal);
-    if (p.nFrames < 1 || p.nFrames > 5000)
+    }
+    if (p.nFrames < 1 || p.nFrames > 5000) {
         return QStringLiteral("%1 frames; 1 to 5000 can be made").arg(p.nFrames);
-    if (p.nSize < 32 || p.nSize > 4096)
+    }
+    if (p.nSize < 32 || p.nSize > 4096) {
         return QStringLiteral("%1 pixels a side; 32 to 4096 can be made").arg(p.nSize);
+    }
     if (!(p.dfWavelength > 0 && p.dfPixelSize > 0 && p.dfSpotSigma > 0 && p.dfBeamSigma > 0 &&
-          p.dfRocking > 0))
+          p.dfRocking > 0)) {
         return QStringLiteral("wavelength, pixel size, spot and beam size and rocking width must be above 0");
+    }
     if (!(p.dfExposure >= 0 && p.dfBeamCounts >= 0 && p.dfBackground >= 0 && p.dfReadNoise >= 0 &&
-          p.dfMosaicity >= 0 && p.dfDrift >= 0 && p.dfSaturation >= 0))
+          p.dfMosaicity >= 0 && p.dfDrift >= 0 && p.dfSaturation >= 0)) {
         return QStringLiteral("counts, noise, mosaicity and drift cannot be negative");
+    }
     const QString strLens = whatIsWrongInTheLens(p);
     if (!strLens.isEmpty()) {
         return strLens;
     }
-    if (p.nHotPixels < 0 || p.nHotPixels > p.nSize)
+    if (p.nHotPixels < 0 || p.nHotPixels > p.nSize) {
         return QStringLiteral("%1 hot pixels; 0 to %2 can be made").arg(p.nHotPixels).arg(p.nSize);
-    if (!(p.dfSecondShare >= 0 && std::isfinite(p.dfSecondTurn)))
+    }
+    if (!(p.dfSecondShare >= 0 && std::isfinite(p.dfSecondTurn))) {
         return QStringLiteral("the second lattice cannot have a negative intensity");
+    }
     // Four average cells of the longest axis of all crystals still part their reflections by two spot sizes.
-    if (p.nSupercell < 1 || p.nSupercell > 4 || p.nSupercellAxis < 0 || p.nSupercellAxis > 2)
+    if (p.nSupercell < 1 || p.nSupercell > 4 || p.nSupercellAxis < 0 || p.nSupercellAxis > 2) {
         return QStringLiteral("a supercell of %1; 1 to 4 average cells can be made").arg(p.nSupercell);
+    }
     const QString strExposure = whatIsWrongInTheExposure(p);
     if (!strExposure.isEmpty()) {
         return strExposure;
     }
-    if (!(p.dfOddShare > 0 && p.dfOddShare <= 1))
+    if (!(p.dfOddShare > 0 && p.dfOddShare <= 1)) {
         return QStringLiteral("the share of the supercell's own reflections lies above 0, up to 1");
+    }
     // The whole numbers of a diffraction pattern: what lies beyond can't be listed in memory.
-    if (p.dfPixelSize * p.nSize > 8)
+    if (p.dfPixelSize * p.nSize > 8) {
         return QStringLiteral("the frame reaches beyond 4 Å⁻¹; choose a smaller pixel size");
+    }
     return QString();
 }
 
@@ -181,8 +191,9 @@ std::vector<QPoint> hotPixels(const SimulationParameters& p)
     for (int nTry = 0; nTry < 100 * p.nHotPixels && int(listPixel.size()) < p.nHotPixels; ++nTry) {
         const QPoint pt(3 + int(random.uniform() * (p.nSize - 6)), 3 + int(random.uniform() * (p.nSize - 6)));
         if (std::none_of(listPixel.begin(), listPixel.end(),
-                         [&](const QPoint& ptOld) { return (pt - ptOld).manhattanLength() < 6; }))
+                         [&](const QPoint& ptOld) { return (pt - ptOld).manhattanLength() < 6; })) {
             listPixel.push_back(pt);
+        }
     }
     return listPixel;
 }
@@ -202,11 +213,12 @@ double meanSquareF(const std::vector<Reflection>& listReflection, const Supercel
 {
     double dfSum = 0;
     int nMean = 0;
-    for (const Reflection& reflection : listReflection)
+    for (const Reflection& reflection : listReflection) {
         if (reflection.dfDStar < 1 && supercell.isOfAverage(reflection)) {
             dfSum += reflection.dfSquareF;
             ++nMean;
         }
+    }
     return nMean > 0 ? dfSum / nMean : 1;
 }
 
@@ -218,8 +230,9 @@ void orient(const CStructureFactor& crystal, const Supercell& supercell, Simulat
     const double dfU1 = random.uniform(), dfU2 = random.uniform(), dfU3 = random.uniform();
     const Matrix3 matOrientation = orientationFromUniform(dfU1, dfU2, dfU3);
     Matrix3 matBasis;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         matBasis[i] = matOrientation * crystal.reciprocalBasis()[i];
+    }
     series.matBasis = supercellBasis(matBasis, supercell);
     if (series.latticeCount() > 1) {
         CRandomSource randomSecond(std::uint64_t(p.nOrientation), g_nStreamSecond);
@@ -254,8 +267,9 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
                                         2);
         const double dfCounts = dfShare * (p.dfExposure * reflection.dfSquareF / dfMeanSquareF * dfRecorded) *
                                 dfScale;
-        if (!(dfCounts > 0.01))
+        if (!(dfCounts > 0.01)) {
             continue;
+        }
         const Vector3 vecTurned = projection.turned(vecLattice, dfTilt);
         const auto offset = distorted(projection.spotOffset(vecTurned), p.lens);
         TruthSpot spot;
@@ -263,8 +277,9 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         spot.dfX = dfPatternX + offset[0];
         spot.dfY = dfPatternY + offset[1];
         if (spot.dfX < -dfRadius || spot.dfY < -dfRadius || spot.dfX > p.nSize + dfRadius ||
-            spot.dfY > p.nSize + dfRadius)
+            spot.dfY > p.nSize + dfRadius) {
             continue;
+        }
         spot.nH = reflection.nH;
         spot.nK = reflection.nK;
         spot.nL = reflection.nL;
@@ -278,8 +293,9 @@ void addSpots(const CRotationProjection& projection, const std::vector<Reflectio
         series.listDrawn[nFrame].push_back(spot);
         const bool bInside = spot.dfX >= 0 && spot.dfY >= 0 && spot.dfX <= p.nSize - 1 &&
                              spot.dfY <= p.nSize - 1;
-        if (bInside && spot.dfSignalToNoise >= 0.5)
+        if (bInside && spot.dfSignalToNoise >= 0.5) {
             series.listSpot.push_back(spot);
+        }
     }
 }
 }  // namespace
@@ -303,8 +319,9 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
         p.lens.dfRadius = p.nSize / 2.0;
     }
     strError = whatIsWrong(p);
-    if (!strError.isEmpty())
+    if (!strError.isEmpty()) {
         return false;
+    }
     const CrystalStructure& structure = *findCrystalStructure(p.strCrystal);
     const CStructureFactor crystal(structure);
     const Supercell supercell{p.nSupercell, p.nSupercellAxis, p.dfOddShare};
@@ -333,9 +350,11 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis, p.dfStretchAmplitude,
                                          p.dfStretchAzimuth);
     result.listDrawn.resize(p.nFrames);
-    for (int n = 0; n < p.nFrames; ++n)
-        for (int nLattice = 0; nLattice < result.latticeCount(); ++nLattice)
+    for (int n = 0; n < p.nFrames; ++n) {
+        for (int nLattice = 0; nLattice < result.latticeCount(); ++nLattice) {
             addSpots(projection, listReflection, dfMeanSquareF, n, nLattice, result);
+        }
+    }
     for (const Reflection& reflection : listReflection) {
         result.listArea.push_back(CExposureMode(p, projection).width(reflection.dfDStar) / p.dfRocking);
     }

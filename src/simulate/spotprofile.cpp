@@ -29,8 +29,9 @@ double spotProfile(const SimulationParameters& parameters, double dfSquaredDista
 double spotShareWithin(const SimulationParameters& parameters, double dfRadius)
 {
     const double df2 = dfRadius * dfRadius;
-    if (parameters.spotShape == SpotShape::Moffat)
+    if (parameters.spotShape == SpotShape::Moffat) {
         return 1 - 1 / (1 + df2 / moffatSquareWidth(parameters));
+    }
     return 1 - std::exp(-df2 / (2 * parameters.dfSpotSigma * parameters.dfSpotSigma));
 }
 

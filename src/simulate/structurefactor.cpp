@@ -19,8 +19,9 @@ bool isSamePlace(const Vector3& a, const Vector3& b)
 {
     for (int i = 0; i < 3; ++i) {
         const double df = a[i] - b[i];
-        if (std::abs(df - std::round(df)) > 1e-3)
+        if (std::abs(df - std::round(df)) > 1e-3) {
             return false;
+        }
     }
     return true;
 }
@@ -61,13 +62,15 @@ CStructureFactor::CStructureFactor(const CrystalStructure& structure, double dfD
         for (const SymmetryOperation& operation : m_listOperation) {
             const Vector3 vec = applyOperation(operation, {site.dfX, site.dfY, site.dfZ});
             if (std::none_of(listOrbit.begin(), listOrbit.end(),
-                             [&](const Vector3& vecOld) { return isSamePlace(vec, vecOld); }))
+                             [&](const Vector3& vecOld) { return isSamePlace(vec, vecOld); })) {
                 listOrbit.push_back(vec);
+            }
         }
         auto it = std::find_if(m_listElement.begin(), m_listElement.end(),
                                [&](const Element& element) { return element.strElement == site.strElement; });
-        if (it == m_listElement.end())
+        if (it == m_listElement.end()) {
             it = m_listElement.insert(it, {site.strElement, {}});
+        }
         it->listPosition.insert(it->listPosition.end(), listOrbit.begin(), listOrbit.end());
     }
 }
@@ -75,8 +78,9 @@ CStructureFactor::CStructureFactor(const CrystalStructure& structure, double dfD
 int CStructureFactor::atomCount() const
 {
     size_t n = 0;
-    for (const Element& element : m_listElement)
+    for (const Element& element : m_listElement) {
         n += element.listPosition.size();
+    }
     return int(n);
 }
 
@@ -87,8 +91,9 @@ std::complex<double> CStructureFactor::value(int nH, int nK, int nL) const
     std::complex<double> sum = 0;
     for (const Element& element : m_listElement) {
         std::complex<double> phases = 0;
-        for (const Vector3& vec : element.listPosition)
+        for (const Vector3& vec : element.listPosition) {
             phases += std::polar(1.0, 2 * g_dfPi * dotProduct(vecIndex, vec));
+        }
         sum += electronScatteringFactor(element.strElement, dfS) * phases;
     }
     return sum * std::exp(-m_dfDisplacement * dfS * dfS);
@@ -102,15 +107,18 @@ std::vector<Reflection> CStructureFactor::reflections(double dfMaxDStar) const
               nMaxL = int(dfMaxDStar * adfCell[2]);
     std::vector<Reflection> listAll;
     double dfStrongest = 0;
-    for (int h = -nMaxH; h <= nMaxH; ++h)
-        for (int k = -nMaxK; k <= nMaxK; ++k)
+    for (int h = -nMaxH; h <= nMaxH; ++h) {
+        for (int k = -nMaxK; k <= nMaxK; ++k) {
             for (int l = -nMaxL; l <= nMaxL; ++l) {
                 const double dfDStar = lengthOf(Vector3{double(h), double(k), double(l)} * m_matBasis);
-                if (dfDStar >= dfMaxDStar || (h == 0 && k == 0 && l == 0))
+                if (dfDStar >= dfMaxDStar || (h == 0 && k == 0 && l == 0)) {
                     continue;
+                }
                 listAll.push_back({h, k, l, dfDStar, std::norm(value(h, k, l))});
                 dfStrongest = std::max(dfStrongest, listAll.back().dfSquareF);
             }
+        }
+    }
     listAll.erase(std::remove_if(listAll.begin(), listAll.end(),
                                  [&](const Reflection& r) { return r.dfSquareF <= 1e-9 * dfStrongest; }),
                   listAll.end());

@@ -26,8 +26,9 @@ template <typename Container>
 QJsonArray jsonArray(const Container& list)
 {
     QJsonArray array;
-    for (double df : list)
+    for (double df : list) {
         array.append(df);
+    }
     return array;
 }
 
@@ -39,11 +40,13 @@ QJsonArray jsonMatrix(const Matrix3& mat)
 bool readNumbers(const QJsonValue& value, int nCount, double* padf)
 {
     const QJsonArray array = value.toArray();
-    if (array.size() != nCount)
+    if (array.size() != nCount) {
         return false;
+    }
     for (int i = 0; i < nCount; ++i) {
-        if (!array[i].isDouble())
+        if (!array[i].isDouble()) {
             return false;
+        }
         padf[i] = array[i].toDouble();
     }
     return true;
@@ -165,8 +168,9 @@ QString writeTruthFile(const QString& strFileName, const SimulatedSeries& series
     root[QStringLiteral("beamTilt")] = jsonArray(series.listBeamTilt);
     root[QStringLiteral("overall")] = jsonArray(series.listOverall);
     QJsonArray arrayShift;
-    for (const auto& shift : series.listShift)
+    for (const auto& shift : series.listShift) {
         arrayShift.append(jsonArray(shift));
+    }
     root[QStringLiteral("shifts")] = arrayShift;
     root[QStringLiteral("spotColumns")] = spotColumns(series.latticeCount() > 1);
 
@@ -286,10 +290,11 @@ QString projectText(const SimulatedSeries& series)
     str += QStringLiteral("STRETCHINGAZIMUTH %1\n").arg(number(p.toldStretchAzimuth(), 4));
     str += lensLines(p);
     str += QStringLiteral("FILELIST\n");
-    for (int n = 0; n < p.nFrames; ++n)
+    for (int n = 0; n < p.nFrames; ++n) {
         str += QStringLiteral("FILE %1 %2 %3 %4\n")
                    .arg(frameFileName(series, n), number(series.listStage[n], 4),
                         number(series.listBeamTilt[n], 4), number(series.listOverall[n], 4));
+    }
     return str + QStringLiteral("ENDFILELIST\n");
 }
 
@@ -302,22 +307,25 @@ bool writeSeries(const SimulatedSeries& series, QString& strError)
         return false;
     }
     const auto wrote = [&](const QString& strName, const QString& strReason) {
-        if (!strReason.isEmpty())
+        if (!strReason.isEmpty()) {
             strError = QStringLiteral("cannot write %1: %2").arg(dir.filePath(strName), strReason);
+        }
         return strReason.isEmpty();
     };
     for (int n = 0; n < p.nFrames; ++n) {
         const QString strFrame = frameFileName(series, n);
         if (!wrote(strFrame,
-                   writeFrame(dir.filePath(strFrame), renderFrame(series, n), p.nSize, p.nSize, p.format)))
+                   writeFrame(dir.filePath(strFrame), renderFrame(series, n), p.nSize, p.nSize, p.format))) {
             return false;
+        }
     }
     QString strHot;
-    for (size_t i = 0; i < series.listHotPixel.size(); ++i)
+    for (size_t i = 0; i < series.listHotPixel.size(); ++i) {
         strHot += QStringLiteral("%1 %2 %3\n")
                       .arg(i + 1)
                       .arg(series.listHotPixel[i].x())
                       .arg(series.listHotPixel[i].y());
+    }
     const QString strHotPixels = QStringLiteral("hotpixels.txt");
     const QString strTruth = p.strName + QStringLiteral("_truth.json");
     const QString strProject = p.strName + QStringLiteral(".ed3d");

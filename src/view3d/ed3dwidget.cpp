@@ -37,25 +37,28 @@ ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
     if (!isValid()) {  // a widget like any other: painted into the window's store
         setAttribute(Qt::WA_PaintOnScreen, false);
         setAttribute(Qt::WA_NoSystemBackground, false);
-        if (windowHandle())
+        if (windowHandle()) {
             windowHandle()->setSurfaceType(QSurface::RasterSurface);
+        }
     }
 }
 
 ED3DWidget::~ED3DWidget()
 {
-    if (m_pPointProgram)
+    if (m_pPointProgram) {
         makeContextCurrent();
+    }
 }
 
 void ED3DWidget::setPoints(const QList<Peak3D>& listPeak, const QList<PointGroup>& listGroup)
 {
     m_listPoint = listPeak;
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         if (peak.nID < 0) {
             m_listPoint.clear();
             break;
         }
+    }
     m_hashIdToPoint = {};
     m_vecIdToPoint.clear();
     m_nRinged = -1;
@@ -76,12 +79,14 @@ const QList<Peak3D>& ED3DWidget::points() const
 void ED3DWidget::setIndices(const QList<Peak3D>& listPeak)
 {
     QHash<int, int> hashGiven;
-    for (int i = 0; i < listPeak.size(); ++i)
+    for (int i = 0; i < listPeak.size(); ++i) {
         hashGiven.insert(listPeak[i].nID, i);
+    }
     for (Peak3D& peak : m_listPoint) {
         const auto it = hashGiven.constFind(peak.nID);
-        if (it != hashGiven.constEnd())
+        if (it != hashGiven.constEnd()) {
             peak.setHKL(listPeak[*it].dfH, listPeak[*it].dfK, listPeak[*it].dfL);
+        }
     }
 }
 
@@ -194,26 +199,30 @@ void ED3DWidget::insertPointGroupById(int nIndex, const QString& strLabel, const
 {
     if (m_hashIdToPoint.isEmpty()) {
         m_hashIdToPoint.reserve(m_listPoint.size());
-        for (int i = 0; i < m_listPoint.size(); ++i)
+        for (int i = 0; i < m_listPoint.size(); ++i) {
             m_hashIdToPoint.insert(m_listPoint.at(i).nID, i);
+        }
     }
     QList<int> listPoint;
     listPoint.reserve(listId.size());
-    for (int nId : listId)
+    for (int nId : listId) {
         listPoint.append(m_hashIdToPoint.value(nId, -1));
+    }
     insertPointGroup(nIndex, strLabel, listPoint, color);
 }
 
 void ED3DWidget::removePointGroups(const QList<int>& listGroup)
 {
-    if (m_groups.removeGroups(listGroup))
+    if (m_groups.removeGroups(listGroup)) {
         updatePointGroups();
+    }
 }
 
 void ED3DWidget::mergePointGroups(const QList<int>& listGroup)
 {
-    if (m_groups.mergeGroups(listGroup))
+    if (m_groups.mergeGroups(listGroup)) {
         updatePointGroups();
+    }
 }
 
 bool ED3DWidget::setGroupLabel(int nIndex, const QString& strLabel)
@@ -223,16 +232,18 @@ bool ED3DWidget::setGroupLabel(int nIndex, const QString& strLabel)
 
 bool ED3DWidget::setGroupColor(int nIndex, const QColor& color)
 {
-    if (!m_groups.setColor(nIndex, color))
+    if (!m_groups.setColor(nIndex, color)) {
         return false;
+    }
     updatePointGroups();
     return true;
 }
 
 bool ED3DWidget::setGroupVisible(int nIndex, bool bVisible)
 {
-    if (!m_groups.setVisible(nIndex, bVisible))
+    if (!m_groups.setVisible(nIndex, bVisible)) {
         return false;
+    }
     updatePointGroups();
     return true;
 }
@@ -245,8 +256,9 @@ void ED3DWidget::clearSelection()
 
 void ED3DWidget::updatePointGroups()
 {
-    if (m_groups.groupCount() == 0)
+    if (m_groups.groupCount() == 0) {
         return;
+    }
     m_groups.makeDisplay(m_display);
     m_vertices.reset();
     update();
@@ -311,8 +323,9 @@ void ED3DWidget::setCanvasGridColor(const QColor& c)
 void ED3DWidget::setPointSizeRatio(double fRatio)
 {
     m_dfPointSizeRatio = fRatio;
-    if (m_listPoint.isEmpty())
+    if (m_listPoint.isEmpty()) {
         return;
+    }
     m_pfPointSize = pointSizes(m_listPoint, fRatio);
     m_vertices.reset();
     update();
@@ -324,8 +337,9 @@ void ED3DWidget::calPointSizes()
     qCDebug(g_logView3D) << "Point size range:" << m_sizeClasses.fSmallest << " - "
                          << m_sizeClasses.fGreatest;
     int nTotal = 0;
-    for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); ++k)
+    for (size_t k = 0; k < m_sizeClasses.m_fSizeClass.size(); ++k) {
         qCDebug(g_logView3D) << "Point sizes #" << k << ":" << m_sizeClasses.m_fSizeClass[k];
+    }
     for (size_t k = 0; k < m_sizeClasses.m_nSizeClassCount.size(); ++k) {
         nTotal += m_sizeClasses.m_nSizeClassCount[k];
         qCDebug(g_logView3D) << k << ":" << m_sizeClasses.m_nSizeClassCount[k];
@@ -347,8 +361,9 @@ void ED3DWidget::setCanvasGridAlpha(float fCanvasGridAlpha)
 
 void ED3DWidget::addSelectedPeaksAsNewGroup()
 {
-    if (m_groups.addSelectedAsNewGroup())
+    if (m_groups.addSelectedAsNewGroup()) {
         updatePointGroups();
+    }
 }
 
 void ED3DWidget::changeBackGroundColor()
@@ -367,8 +382,9 @@ void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)
     auto* pDialog = new QColorDialog(colorNow, this);
     pDialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(pDialog, &QColorDialog::colorSelected, this, [this, pSetter](const QColor& color) {
-        if (color.isValid())
+        if (color.isValid()) {
             (this->*pSetter)(color);
+        }
     });
     pDialog->open();
 }

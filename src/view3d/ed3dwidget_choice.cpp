@@ -1,6 +1,6 @@
 // What ED3DWidget has for a selection that several views share: clicks on points, and a ring.
-#include "view3d/ed3dwidget.h"
 #include "records/pi.h"
+#include "view3d/ed3dwidget.h"
 
 #include <algorithm>
 #include <cmath>

@@ -28,16 +28,18 @@ const char g_acPointShader[] =
 
 void ED3DWidget::reportContextFailure(const QString& strMessage)
 {
-    if (m_bFailureReported)
+    if (m_bFailureReported) {
         return;
+    }
     m_bFailureReported = true;
     emit contextFailed(strMessage);
 }
 
 bool ED3DWidget::makeContextCurrent()
 {
-    if (!isValid() || !m_bUsable)
+    if (!isValid() || !m_bUsable) {
         return false;
+    }
     makeCurrent();
     return QOpenGLContext::currentContext() == context()->contextHandle();
 }
@@ -51,8 +53,9 @@ QPaintEngine* ED3DWidget::paintEngine() const
 void ED3DWidget::showEvent(QShowEvent* pEvent)
 {
     QGLWidget::showEvent(pEvent);
-    if (!isValid())
+    if (!isValid()) {
         reportContextFailure(tr("There is no OpenGL context for the 3D view. It stays empty."));
+    }
 }
 
 void ED3DWidget::paintEvent(QPaintEvent* pEvent)
@@ -70,31 +73,35 @@ void ED3DWidget::paintEvent(QPaintEvent* pEvent)
 
 void ED3DWidget::resizeEvent(QResizeEvent* pEvent)
 {
-    if (makeContextCurrent())
+    if (makeContextCurrent()) {
         QGLWidget::resizeEvent(pEvent);
+    }
 }
 
 void ED3DWidget::glDraw()
 {
-    if (makeContextCurrent())
+    if (makeContextCurrent()) {
         QGLWidget::glDraw();
-    else
+    } else {
         reportContextFailure(m_bUsable
                                  ? tr("The OpenGL context of the 3D view is lost. It stays empty.")
                                  : tr("The OpenGL context of the 3D view has no fixed-function pipeline. "
                                       "It stays empty."));
+    }
 }
 
 QImage ED3DWidget::grabFrameBuffer(bool bWithAlpha)
 {
-    if (!makeContextCurrent())
+    if (!makeContextCurrent()) {
         return QImage();
+    }
     if (!m_bInitialized) {
         glInit();
         resizeGL(int(width() * devicePixelRatioF()), int(height() * devicePixelRatioF()));
     }
-    if (!m_bUsable)
+    if (!m_bUsable) {
         return QImage();
+    }
     drawScene();
     // Some drivers take up a new size at the swap only.
     if (m_sizeSwapped != size() && windowHandle() && windowHandle()->isExposed()) {
@@ -111,8 +118,9 @@ void ED3DWidget::initializeGL()
     QOpenGLContext* pContext = QOpenGLContext::currentContext();
     m_bUsable = pContext && !pContext->isOpenGLES() &&
                 pContext->format().profile() != QSurfaceFormat::CoreProfile && glGetString(GL_VERSION);
-    if (!m_bUsable)
+    if (!m_bUsable) {
         return;
+    }
     glClearColor(float(m_colorBackground.redF()), float(m_colorBackground.greenF()),
                  float(m_colorBackground.blueF()), 1.f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -132,15 +140,17 @@ void ED3DWidget::initializeGL()
     // their own so small that some are missing.
     glGetFloatv(GL_SMOOTH_POINT_SIZE_RANGE, m_afPointRange);
     const QByteArray strRenderer(reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
-    if (strRenderer.contains("llvmpipe") || strRenderer.contains("softpipe"))
+    if (strRenderer.contains("llvmpipe") || strRenderer.contains("softpipe")) {
         m_afPointRange[0] = std::max(m_afPointRange[0], 2.f);
+    }
 
     m_pPointProgram.reset();
     if (QOpenGLShaderProgram::hasOpenGLShaderPrograms(pContext)) {
         m_pPointProgram = std::make_unique<QOpenGLShaderProgram>();
         if (!m_pPointProgram->addShaderFromSourceCode(QOpenGLShader::Vertex, g_acPointShader) ||
-            !m_pPointProgram->link())
+            !m_pPointProgram->link()) {
             m_pPointProgram.reset();
+        }
     }
 }
 
@@ -153,8 +163,9 @@ void ED3DWidget::resizeGL(int w, int h)
 
 void ED3DWidget::paintGL()
 {
-    if (!m_bUsable)
+    if (!m_bUsable) {
         return;
+    }
     drawScene();
     glFlush();
     swapBuffers();

@@ -11,8 +11,9 @@ namespace tessera {
 
 void ED3DWidget::drawScene()
 {
-    if (m_dfViewRatio != devicePixelRatioF())  // the window went to another screen
+    if (m_dfViewRatio != devicePixelRatioF()) {  // the window went to another screen
         resizeGL(int(width() * devicePixelRatioF()), int(height() * devicePixelRatioF()));
+    }
     int anViewport[4];
     squareViewport(m_nViewWidth, m_nViewHeight, m_bKeepAspect, anViewport);
     glViewport(anViewport[0], anViewport[1], anViewport[2], anViewport[3]);
@@ -22,8 +23,9 @@ void ED3DWidget::drawScene()
     if (m_bLight) {
         const float fDiffuse = 0.4f * m_fLightIntensity;
         const float afDiffuse[4] = {fDiffuse, fDiffuse, fDiffuse, fDiffuse};
-        for (GLenum i = 0; i < 4; ++i)
+        for (GLenum i = 0; i < 4; ++i) {
             glLightfv(GL_LIGHT0 + i, GL_DIFFUSE, afDiffuse);
+        }
         glEnable(GL_LIGHTING);
     }
     glMatrixMode(GL_MODELVIEW);
@@ -38,22 +40,27 @@ void ED3DWidget::drawScene()
         glLoadMatrixf(m_camera.projection().data());
         glMatrixMode(GL_MODELVIEW);
         // There is no depth: what is drawn later covers what was before, and nothing is to cover a peak.
-        if (m_bShowLatticeLines)
+        if (m_bShowLatticeLines) {
             drawLatticeLines();
-        if (m_bShowLatticePoints)
+        }
+        if (m_bShowLatticePoints) {
             drawLatticePoints();
+        }
         drawPoints();
-        if (m_bShowCanvasGrid)
+        if (m_bShowCanvasGrid) {
             drawCanvasGrid();
+        }
         drawRing();
-        if (m_nMouseMode == ModeBand)
+        if (m_nMouseMode == ModeBand) {
             drawRubberBand();
+        }
     }
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
     glDisable(GL_LIGHTING);
-    if (!m_camera.isFlat())
+    if (!m_camera.isFlat()) {
         drawOverlay();
+    }
 }
 
 void ED3DWidget::setDrawingState()
@@ -91,17 +98,19 @@ void ED3DWidget::drawAxesCross()
 
 void ED3DWidget::drawPoints()
 {
-    if (m_pPointProgram && !m_bPlainDrawing && !m_bLight)
+    if (m_pPointProgram && !m_bPlainDrawing && !m_bLight) {
         drawPointsByShader();
-    else
+    } else {
         drawPointsOneByOne();
+    }
 }
 
 void ED3DWidget::drawPointsByShader()
 {
     const CloudVertices& vertices = cloudVertices();
-    if (vertices.vecVertex.empty())
+    if (vertices.vecVertex.empty()) {
         return;
+    }
     if (!m_pPointProgram->bind()) {
         drawPointsOneByOne();
         return;

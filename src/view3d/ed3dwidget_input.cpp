@@ -60,16 +60,19 @@ void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
         finishBand(pEvent->modifiers() & Qt::ShiftModifier);
         update();
     }
-    if (nMode == ModeMeasure)
+    if (nMode == ModeMeasure) {
         measureTo(pEvent->pos());
+    }
     // The menu waits for the release, as a press with the right button may become a zoom.
-    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged)
+    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged) {
         showMenu(pEvent->globalPos());
+    }
     // A band without an area is none: with Control, too, this was a click.
     const bool bClick = nMode == ModeBand ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
                                           : nMode == ModeRotate || nMode == ModePan || nMode == ModeMeasure;
-    if (bClick && pEvent->button() == Qt::LeftButton && !m_bMouseDragged)
+    if (bClick && pEvent->button() == Qt::LeftButton && !m_bMouseDragged) {
         emit pointClicked(this, pointAt(pEvent->pos()), pEvent->modifiers());
+    }
 }
 
 void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
@@ -82,10 +85,11 @@ void ED3DWidget::mouseDoubleClickEvent(QMouseEvent*)
 
 void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
 {
-    if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance())
+    if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance()) {
         m_bMouseDragged = true;
-    else if (m_nMouseMode == ModeZoom && !m_bMouseDragged)
+    } else if (m_nMouseMode == ModeZoom && !m_bMouseDragged) {
         return;
+    }
     const float fX = float(pEvent->x() - m_nLastMouseX), fY = float(pEvent->y() - m_nLastMouseY);
     const float fWidth = float(std::max(width(), 1)), fHeight = float(std::max(height(), 1));
     m_nLastMouseX = pEvent->x();
@@ -128,8 +132,9 @@ void ED3DWidget::wheelEvent(QWheelEvent* pEvent)
 
 void ED3DWidget::keyPressEvent(QKeyEvent* pEvent)
 {
-    if (pEvent->key() == Qt::Key_A && !pEvent->isAutoRepeat())
+    if (pEvent->key() == Qt::Key_A && !pEvent->isAutoRepeat()) {
         m_bGroupKeyHeld = pEvent->modifiers() == Qt::ControlModifier;
+    }
     QWidget::keyPressEvent(pEvent);
 }
 
@@ -141,18 +146,21 @@ void ED3DWidget::keyReleaseEvent(QKeyEvent* pEvent)
         return;
     }
     const bool bHeld = m_bGroupKeyHeld && pEvent->modifiers() == Qt::NoModifier;
-    if (!pEvent->isAutoRepeat())
+    if (!pEvent->isAutoRepeat()) {
         m_bGroupKeyHeld = false;
-    if (bHeld || pEvent->modifiers() == Qt::ControlModifier)
+    }
+    if (bHeld || pEvent->modifiers() == Qt::ControlModifier) {
         addSelectedPeaksAsNewGroup();
-    else
+    } else {
         QWidget::keyReleaseEvent(pEvent);
+    }
 }
 
 void ED3DWidget::contextMenuEvent(QContextMenuEvent* pEvent)
 {
-    if (pEvent->reason() != QContextMenuEvent::Mouse)
+    if (pEvent->reason() != QContextMenuEvent::Mouse) {
         showMenu(pEvent->globalPos());
+    }
 }
 
 void ED3DWidget::showMenu(const QPoint& ptGlobal)
@@ -165,8 +173,9 @@ void ED3DWidget::showMenu(const QPoint& ptGlobal)
 
 void ED3DWidget::finishBand(bool bAdd)
 {
-    if (m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY)
+    if (m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY) {
         return;
+    }
     const QList<int> listPicked = pick();
     m_groups.select(listPicked, bAdd);
     if (listPicked.size() == 1) {

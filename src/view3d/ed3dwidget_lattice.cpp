@@ -11,8 +11,9 @@ void ED3DWidget::setLattice(const QList<Vec3D>& listCell)
     m_lattice = basisFromList(listCell);
     m_cellFrame = CCellFrame::of(m_lattice);
     m_latticeGrid.reset();
-    if (m_slab)
+    if (m_slab) {
         m_vertices.reset();
+    }
     update();
     emit latticeChanged(this);
 }
@@ -36,8 +37,9 @@ void ED3DWidget::getLatticeRange(int& nH, int& nK, int& nL) const
 const LatticeGrid& ED3DWidget::latticeGrid(const ReciprocalBasis& basis)
 {
     const int anRange[3] = {m_nLatticeRangeH, m_nLatticeRangeK, m_nLatticeRangeL};
-    if (!m_latticeGrid || (!(m_latticeGrid->camera == m_camera) && latticeGridNeedsCamera(anRange)))
+    if (!m_latticeGrid || (!(m_latticeGrid->camera == m_camera) && latticeGridNeedsCamera(anRange))) {
         m_latticeGrid = GridOfCamera{makeLatticeGrid(basis, anRange, m_fScale, m_camera), m_camera};
+    }
     return m_latticeGrid->grid;
 }
 
@@ -50,21 +52,24 @@ std::vector<Vec3D> ED3DWidget::latticeInSlab(const std::vector<Vec3D>& vecPlace,
 
 void ED3DWidget::drawLatticePoints()
 {
-    if (!m_lattice)
+    if (!m_lattice) {
         return;
+    }
     glPointSize(float(m_fLatticePointSize * m_dfViewRatio));
     setGlColor(m_colorLatticePoint, 1.f);
     const std::vector<Vec3D>& vecPoint = latticeGrid(*m_lattice).vecPoint;
-    if (m_slab && m_cellFrame)
+    if (m_slab && m_cellFrame) {
         drawArray(GL_POINTS, latticeInSlab(vecPoint, 1));
-    else
+    } else {
         drawArray(GL_POINTS, vecPoint);
+    }
 }
 
 void ED3DWidget::drawLatticeLines()
 {
-    if (!m_lattice)
+    if (!m_lattice) {
         return;
+    }
     const LatticeGrid& grid = latticeGrid(*m_lattice);
     glLineWidth(float(m_dfViewRatio));
     for (int i : {2, 1, 0}) {
@@ -73,10 +78,11 @@ void ED3DWidget::drawLatticeLines()
                       latticeLineAlpha(vecLine.size() / 2));
             drawArray(GL_LINES, vecLine);
         };
-        if (m_slab && m_cellFrame)
+        if (m_slab && m_cellFrame) {
             draw(latticeInSlab(grid.vecLine[i], 2));
-        else
+        } else {
             draw(grid.vecLine[i]);
+        }
     }
     glLineWidth(float(std::min(3.0 * m_camera.sizeFactor() * m_dfViewRatio, 1000.0)));
     const std::array<Vec3D, 3> aVector = m_lattice->vectors();

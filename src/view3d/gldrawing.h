@@ -22,16 +22,18 @@ inline void setGlColor(const QColor& color, float fAlpha)
 inline void drawInBatches(GLenum eMode, size_t nCount)
 {
     const size_t nBatch = 1024;
-    for (size_t nFirst = 0; nFirst < nCount; nFirst += nBatch)
+    for (size_t nFirst = 0; nFirst < nCount; nFirst += nBatch) {
         glDrawArrays(eMode, GLint(nFirst), GLsizei(std::min(nBatch, nCount - nFirst)));
+    }
 }
 
 /// A list of coordinates in the colour that is set.
 inline void drawArray(GLenum eMode, const std::vector<Vec3D>& vecPoint)
 {
     static_assert(sizeof(Vec3D) == 3 * sizeof(float), "three floats in a row");
-    if (vecPoint.empty())
+    if (vecPoint.empty()) {
         return;
+    }
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, 0, vecPoint.data());
     drawInBatches(eMode, vecPoint.size());

@@ -18,22 +18,27 @@ namespace {
 /// other objects, such as timers, any window.
 MainWindow* windowOf(QObject* pReceiver)
 {
-    for (QObject* pObject = pReceiver; pObject; pObject = pObject->parent())
-        if (auto* pWindow = qobject_cast<MainWindow*>(pObject))
+    for (QObject* pObject = pReceiver; pObject; pObject = pObject->parent()) {
+        if (auto* pWindow = qobject_cast<MainWindow*>(pObject)) {
             return pWindow;
-    for (QWidget* pWidget : QApplication::topLevelWidgets())
-        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget))
+        }
+    }
+    for (QWidget* pWidget : QApplication::topLevelWidgets()) {
+        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget)) {
             return pWindow;
+        }
+    }
     return nullptr;
 }
 
 void say(const QString& strText, QObject* pReceiver)
 {
     try {
-        if (MainWindow* pWindow = windowOf(pReceiver))
+        if (MainWindow* pWindow = windowOf(pReceiver)) {
             WindowReport(*pWindow).addMessage(strText, Severity::Error);
-        else
+        } else {
             QMessageBox::warning(nullptr, QApplication::applicationDisplayName(), strText);
+        }
     } catch (const std::bad_alloc&) {  // not even for the line: the program goes on without it
     }
 }

@@ -35,8 +35,9 @@ public:
     explicit CDisabledWidget(QWidget* pWidget) : m_pWidget(pWidget) { pWidget->setEnabled(false); }
     ~CDisabledWidget()
     {
-        if (m_pWidget)
+        if (m_pWidget) {
             m_pWidget->setEnabled(true);
+        }
     }
     CDisabledWidget(const CDisabledWidget&) = delete;
     CDisabledWidget& operator=(const CDisabledWidget&) = delete;

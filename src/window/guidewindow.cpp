@@ -31,11 +31,13 @@ const char g_szGuide[] = "tessera/doc/guide.md";
 QString linkName(const QString& strHeading)
 {
     QString strName;
-    for (const QChar c : strHeading.trimmed().toLower())
-        if (c.isLetterOrNumber() || c == QLatin1Char('-') || c == QLatin1Char('_'))
+    for (const QChar c : strHeading.trimmed().toLower()) {
+        if (c.isLetterOrNumber() || c == QLatin1Char('-') || c == QLatin1Char('_')) {
             strName += c;
-        else if (c == QLatin1Char(' '))
+        } else if (c == QLatin1Char(' ')) {
             strName += QLatin1Char('-');
+        }
+    }
     return strName;
 }
 
@@ -69,20 +71,23 @@ GuideBrowser::GuideBrowser(QWidget* pParent) : QTextBrowser(pParent)
     connect(this, &QTextBrowser::sourceChanged, this, [this](const QUrl& url) {
         m_nHeading = -1;
         formatDocument();
-        if (url.hasFragment())
+        if (url.hasFragment()) {
             showHeading(url.fragment());
+        }
     });
 }
 
 QVariant GuideBrowser::loadResource(int nType, const QUrl& url)
 {
     const QVariant loaded = QTextBrowser::loadResource(nType, url);
-    if (nType != QTextDocument::ImageResource)
+    if (nType != QTextDocument::ImageResource) {
         return loaded;
+    }
     const QImage image = loaded.type() == QVariant::ByteArray ? QImage::fromData(loaded.toByteArray())
                                                               : loaded.value<QImage>();
-    if (image.isNull())
+    if (image.isNull()) {
         return loaded;
+    }
     m_hashPicture[url] = image;
     return fitted(image);
 }
@@ -99,12 +104,14 @@ void GuideBrowser::fitPictures()
     // that was asked for before the window had its size is brought there once more.
     const bool bUntouched = m_nHeading >= 0 && verticalScrollBar()->value() == m_nHeadingValue;
     const int nPlace = bUntouched ? m_nHeading : cursorForPosition(QPoint(g_nMargin, 1)).position();
-    for (auto it = m_hashPicture.cbegin(); it != m_hashPicture.cend(); ++it)
+    for (auto it = m_hashPicture.cbegin(); it != m_hashPicture.cend(); ++it) {
         document()->addResource(QTextDocument::ImageResource, it.key(), fitted(it.value()));
+    }
     document()->markContentsDirty(0, document()->characterCount());
     const QTextBlock block = document()->findBlock(nPlace);
-    if (block.isValid() && (bUntouched || verticalScrollBar()->value() > 0))
+    if (block.isValid() && (bUntouched || verticalScrollBar()->value() > 0)) {
         scrollTo(block);
+    }
 }
 
 void GuideBrowser::scrollTo(const QTextBlock& block)
@@ -123,8 +130,9 @@ void GuideBrowser::formatDocument()
 {
     formatTables(document()->rootFrame());
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        if (block.blockFormat().headingLevel() == 0)
+        if (block.blockFormat().headingLevel() == 0) {
             continue;
+        }
         QTextBlockFormat format = block.blockFormat();
         format.setTopMargin(g_nMargin);
         QTextCursor(block).setBlockFormat(format);
@@ -135,8 +143,9 @@ bool GuideBrowser::showHeading(const QString& strName)
 {
     const QString strLink = linkName(strName);
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        if (block.blockFormat().headingLevel() == 0 || linkName(block.text()) != strLink)
+        if (block.blockFormat().headingLevel() == 0 || linkName(block.text()) != strLink) {
             continue;
+        }
         setTextCursor(QTextCursor(block));
         m_nHeading = block.position();
         scrollTo(block);
@@ -217,23 +226,27 @@ QString GuideWindow::guideFile()
 
 void GuideWindow::showAt(const QString& strHeading)
 {
-    if (isMinimized())
+    if (isMinimized()) {
         showNormal();
+    }
     show();
     raise();
     activateWindow();
-    if (m_pBrowser->source().adjusted(QUrl::RemoveFragment) != m_urlGuide)
+    if (m_pBrowser->source().adjusted(QUrl::RemoveFragment) != m_urlGuide) {
         m_pBrowser->setSource(m_urlGuide);
-    if (!m_pBrowser->showHeading(strHeading))
+    }
+    if (!m_pBrowser->showHeading(strHeading)) {
         m_pBrowser->setSource(m_urlGuide);
+    }
 }
 
 void GuideWindow::find(bool bBackward)
 {
     const QString strText = m_pSearchEdit->text();
     const auto options = bBackward ? QTextDocument::FindBackward : QTextDocument::FindFlags();
-    if (strText.isEmpty() || m_pBrowser->find(strText, options))
+    if (strText.isEmpty() || m_pBrowser->find(strText, options)) {
         return;
+    }
     m_pBrowser->moveCursor(bBackward ? QTextCursor::End : QTextCursor::Start);  // on from the other end
     m_pBrowser->find(strText, options);
 }

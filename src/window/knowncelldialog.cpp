@@ -28,8 +28,9 @@ QString numbersText(const LatticeBasis& basis)
 {
     QStringList listNumber;
     const auto aNumber = cellOf(basis).numbers();
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         listNumber.append(QLocale().toString(aNumber[n], 'f', n < 3 ? 3 : 2));
+    }
     return KnownCellDialog::tr("%1 Å; %2°")
         .arg(listNumber.mid(0, 3).join(QStringLiteral("  ")), listNumber.mid(3).join(QStringLiteral("  ")));
 }
@@ -47,9 +48,10 @@ KnownCellDialog::KnownCellDialog(const FnSearch& fnSearch, const QString& strFol
     pLayout->addWidget(m_pButtons);
     shareTips(this);
 
-    for (QDoubleSpinBox* pSpin : m_apSpin)
+    for (QDoubleSpinBox* pSpin : m_apSpin) {
         connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
                 &KnownCellDialog::numbersChanged);
+    }
     connect(m_pSpinTolerance, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
             &KnownCellDialog::numbersChanged);
     connect(m_pButtonCif, &QPushButton::clicked, this, &KnownCellDialog::readCif);
@@ -109,8 +111,9 @@ QGroupBox* KnownCellDialog::makeResult()
     for (int n = 0; n < 3; ++n) {
         m_apLabelFit[n] = new QLabel(pGroup);
         m_apLabelCell[n] = new QLabel(pGroup);
-        for (QLabel* pLabel : {m_apLabelFit[n], m_apLabelCell[n]})
+        for (QLabel* pLabel : {m_apLabelFit[n], m_apLabelCell[n]}) {
             explain(pLabel, astrTip[n]);
+        }
         // Room for what a search finds, so that the dialog keeps its size.
         m_apLabelFit[n]->setMinimumWidth(fontMetrics().horizontalAdvance(latticeFitText({99999, 99999, 1})));
         m_apLabelCell[n]->setMinimumWidth(
@@ -140,8 +143,9 @@ void KnownCellDialog::makeButtons()
     explain(m_pButtonTakeRefined,
             tr("Makes the cell that fits the peaks best the cell in force and writes the .uc file."));
     explain(m_pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; the cell in force stays."));
-    for (QPushButton* pButton : findChildren<QPushButton*>())
+    for (QPushButton* pButton : findChildren<QPushButton*>()) {
         pButton->setAutoDefault(false);  // Return in a box is no click
+    }
 }
 
 CellParameters KnownCellDialog::cell() const
@@ -152,8 +156,9 @@ CellParameters KnownCellDialog::cell() const
 
 void KnownCellDialog::setCell(const CellParameters& cell)
 {
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         m_apSpin[n]->setValue(cell.numbers()[n]);
+    }
 }
 
 void KnownCellDialog::reject()
@@ -166,21 +171,24 @@ void KnownCellDialog::readCif()
 {
     const QString strFile = QFileDialog::getOpenFileName(this, tr("Cell From CIF"), m_strFolder,
                                                          tr("CIF Files (*.cif);;All Files (*.*)"));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     m_strFolder = QFileInfo(strFile).absolutePath();
     QString strReason;
-    if (const std::optional<CellParameters> read = cellFromCif(strFile, &strReason))
+    if (const std::optional<CellParameters> read = cellFromCif(strFile, &strReason)) {
         setCell(*read);
-    else
+    } else {
         m_pLabelSays->setText(strReason);
+    }
 }
 
 void KnownCellDialog::search()
 {
     CRunFlag flag(m_bSearching);
-    if (!flag.isHeld())  // the wish to stop
+    if (!flag.isHeld()) {  // the wish to stop
         return;
+    }
     const CellParameters known = cell();
     KnownCellOptions options;
     options.dfLengthTolerance = m_pSpinTolerance->value() / 100;
@@ -197,8 +205,9 @@ void KnownCellDialog::search()
 
 void KnownCellDialog::enableNumbers(bool bEnable)
 {
-    for (QDoubleSpinBox* pSpin : findChildren<QDoubleSpinBox*>())
+    for (QDoubleSpinBox* pSpin : findChildren<QDoubleSpinBox*>()) {
         pSpin->setEnabled(bEnable);
+    }
     m_pButtonCif->setEnabled(bEnable);
 }
 
@@ -234,8 +243,9 @@ void KnownCellDialog::showResult()
         return;
     }
     const LatticeFit* apFit[] = {&found->fitRotated, &found->fitScaled, &found->fitRefined};
-    for (int n = 0; n < 3; ++n)
+    for (int n = 0; n < 3; ++n) {
         m_apLabelFit[n]->setText(latticeFitText(*apFit[n]));
+    }
     m_apLabelCell[0]->setText(numbersText(found->matRotated));
     m_apLabelCell[1]->setText(tr("all lengths times %1").arg(QLocale().toString(found->dfScale, 'f', 4)));
     m_apLabelCell[2]->setText(numbersText(found->matRefined));

@@ -21,8 +21,9 @@ namespace {
 QStringList absolutePaths(const QStringList& listFile)
 {
     QStringList listPath;
-    for (const QString& strFile : listFile)
+    for (const QString& strFile : listFile) {
         listPath.append(QFileInfo(strFile).absoluteFilePath());
+    }
     return listPath;
 }
 

@@ -100,22 +100,25 @@ MainWindow::~MainWindow()
     delete m_pSelection;
     delete m_pView3DControl;
     delete m_pGuides;
-    for (QObject* pChild : findChildren<QObject*>())
+    for (QObject* pChild : findChildren<QObject*>()) {
         pChild->disconnect(this);
+    }
 }
 
 void MainWindow::setSplashPixmap(const QPixmap& pixmap)
 {
-    if (!m_pSplash)
+    if (!m_pSplash) {
         m_pSplash = std::make_unique<QSplashScreen>();
+    }
     m_pSplash->setPixmap(pixmap);
 }
 
 void MainWindow::fillNameMaps()
 {
     const auto fill = [](QMap<int, QString>& map, const QStringList& listName) {
-        for (int i = 0; i < listName.size(); ++i)
+        for (int i = 0; i < listName.size(); ++i) {
             map.insert(i, listName[i]);
+        }
     };
     fill(m_mapTabName,
          {QStringLiteral("Experimental"), QStringLiteral("3D View Raw"), QStringLiteral("3D View Merged"),
@@ -145,8 +148,9 @@ void MainWindow::createViews()
     m_pFrameScene = new OriginalImgScene(this);
     m_pFrameScene->setShowProgress(false);
     m_pFrameScene->setBackgroundBrush(Qt::lightGray);
-    for (int nSide : {0, 64, 128, 256, 512, 1024})
+    for (int nSide : {0, 64, 128, 256, 512, 1024}) {
         m_pFrameScene->addSelectionRect(nSide, nSide);
+    }
     m_pFrameView = new BaseImgView(m_pFrameScene, m_pTabWidget);
     explainArea(m_pFrameView,
                 tr("The frame. Left drag moves it, the wheel zooms, the right button held shows pixel "
@@ -213,8 +217,9 @@ void MainWindow::updateControls(int nPageIndex)
     m_pActions->setInForce(m_pActions->m_pZoomIn, bImageView);
     m_pActions->setInForce(m_pActions->m_pZoomOut, bImageView);
     m_pScaleCombo->setEnabled(bImageView);
-    for (QAction* pAction : qAsConst(m_pActions->m_listPalette))
+    for (QAction* pAction : qAsConst(m_pActions->m_listPalette)) {
         m_pActions->setInForce(pAction, bImageView);
+    }
 
     const int nFrames = m_dataSet.m_listFrameFile.size();
     const bool bFrameView = bImageView && pView->scene() == m_pFrameScene;
@@ -224,8 +229,9 @@ void MainWindow::updateControls(int nPageIndex)
     m_pActions->setInForce(m_pActions->m_pSaveSeries, bFrameView && nFrames > 1);
     for (QAction* pAction :
          {m_pActions->m_pScaledFrames, m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages,
-          m_pActions->m_pOtherPrograms, m_pActions->m_pReport, m_pActions->m_pFrames, m_pActions->m_pClose})
+          m_pActions->m_pOtherPrograms, m_pActions->m_pReport, m_pActions->m_pFrames, m_pActions->m_pClose}) {
         m_pActions->setInForce(pAction, nFrames > 0);
+    }
     if (bFrameView) {
         if (nFrames > 0) {
             {
@@ -236,18 +242,21 @@ void MainWindow::updateControls(int nPageIndex)
                 m_pFrameSlider->setRange(1, nFrames);
                 m_pFrameSpin->setValue(m_pFrameSlider->value());
             }
-            if (!m_pSeriesTitle->isBegun())  // which stands until a frame is chosen
+            if (!m_pSeriesTitle->isBegun()) {  // which stands until a frame is chosen
                 switchToImgIndex(m_nFrameToShow > 0 && m_nFrameToShow <= nFrames ? m_nFrameToShow
                                                                                  : m_pFrameSlider->value());
+            }
         }
         m_pActions->m_listPalette.value(m_pFrameScene->palette(), m_pActions->m_listPalette.first())
             ->setChecked(true);
     }
     if (bImageView) {
         int nScale = 0;
-        for (int i = int(m_vecScale.size()) - 1; i >= 0; --i)
-            if (std::abs(m_vecScale[i] - pView->scaleFactor()) < 0.001)
+        for (int i = int(m_vecScale.size()) - 1; i >= 0; --i) {
+            if (std::abs(m_vecScale[i] - pView->scaleFactor()) < 0.001) {
                 nScale = i;
+            }
+        }
         updateScale(nScale);
     }
     auto* pView3D = qobject_cast<ED3DWidget*>(m_pTabWidget->widget(nPageIndex));
@@ -267,8 +276,9 @@ void MainWindow::updateScale(int nIndex)
         m_pScaleCombo->setCurrentIndex(m_nScaleIndex);
         m_pScaleCombo->setEditText(m_pScaleCombo->itemText(m_nScaleIndex));
     }
-    if (auto* pView = qobject_cast<BaseImgView*>(m_pTabWidget->currentWidget()))
+    if (auto* pView = qobject_cast<BaseImgView*>(m_pTabWidget->currentWidget())) {
         pView->setScaleFactor(m_vecScale[m_nScaleIndex]);
+    }
 }
 
 /// A percentage that was typed goes to the listed factor nearest to it; what is no number, back to the
@@ -280,10 +290,14 @@ void MainWindow::scaleTextEntered()
     bool bOk = false;
     const double dfScale = m_locale.toDouble(strText.trimmed(), &bOk) / 100;
     int nBest = m_nScaleIndex;
-    if (bOk && dfScale > 0)
-        for (int i = 0; i < int(m_vecScale.size()); ++i)
-            if (std::abs(std::log(m_vecScale[i] / dfScale)) < std::abs(std::log(m_vecScale[nBest] / dfScale)))
+    if (bOk && dfScale > 0) {
+        for (int i = 0; i < int(m_vecScale.size()); ++i) {
+            if (std::abs(std::log(m_vecScale[i] / dfScale)) <
+                std::abs(std::log(m_vecScale[nBest] / dfScale))) {
                 nBest = i;
+            }
+        }
+    }
     updateScale(nBest);
 }
 
@@ -300,8 +314,9 @@ void MainWindow::zoomOut()
 void MainWindow::paletteChanged()
 {
     const auto* pView = qobject_cast<BaseImgView*>(m_pTabWidget->currentWidget());
-    if (pView && pView->scene() == m_pFrameScene)
+    if (pView && pView->scene() == m_pFrameScene) {
         m_pFrameScene->setPalette(m_pActions->paletteIndex());
+    }
 }
 
 void MainWindow::copyWindow()
@@ -309,8 +324,9 @@ void MainWindow::copyWindow()
     QWidget* pPage = m_pTabWidget->currentWidget();
     if (auto* pView3D = qobject_cast<ED3DWidget*>(pPage)) {
         const QImage image = pView3D->grabFrameBuffer();
-        if (!image.isNull())  // there is none without OpenGL
+        if (!image.isNull()) {  // there is none without OpenGL
             QApplication::clipboard()->setImage(image);
+        }
         return;
     }
     if (pPage != m_pFrameView) {
@@ -318,8 +334,9 @@ void MainWindow::copyWindow()
         return;
     }
     const QSize size = m_pFrameScene->imageSize();
-    if (size.width() < 1 || size.height() < 1)
+    if (size.width() < 1 || size.height() < 1) {
         return;
+    }
     QImage image(size, QImage::Format_RGB888);
     image.fill(Qt::black);
     QPainter painter(&image);
@@ -337,8 +354,9 @@ void MainWindow::showGuide()
                                    Qt::red);
         return;
     }
-    if (!m_pGuideWindow)
+    if (!m_pGuideWindow) {
         m_pGuideWindow = std::make_unique<GuideWindow>(strFile);
+    }
     const bool bEmpty = m_dataSet.m_listFrameFile.isEmpty();
     m_pGuideWindow->showAt(bEmpty ? QString() : m_pToolBox->itemText(m_pToolBox->currentIndex()));
 }

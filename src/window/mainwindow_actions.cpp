@@ -51,29 +51,33 @@ void MainWindow::createActions()
     connectAction(m_pActions->m_pGroupMerge, &MainWindow::mergeSelectedPeakGroups);
     connectAction(m_pActions->m_pGroupResetAll, &MainWindow::resetSelectedPeakGroups);
     connectAction(m_pActions->m_pGroupExport, &MainWindow::exportSelectedPeak3D);
-    for (QAction* pAction : qAsConst(m_pActions->m_listRecent))
+    for (QAction* pAction : qAsConst(m_pActions->m_listRecent)) {
         connectAction(pAction, &MainWindow::openRecentFile);
+    }
     connect(m_pActions->m_pAboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
     m_pActions->setReady(m_pActions->m_pAboutQt);
 
     // The state and not the click counts, so that a run can check an action as well.
     for (QAction* pAction : qAsConst(m_pActions->m_listPalette)) {
         connect(pAction, &QAction::toggled, this, [this](bool bOn) {
-            if (bOn)
+            if (bOn) {
                 paletteChanged();
+            }
         });
         m_pActions->setReady(pAction);
     }
     for (QAction* pAction : qAsConst(m_pActions->m_listSelection)) {
         connect(pAction, &QAction::toggled, this, [this](bool bOn) {
-            if (bOn)
+            if (bOn) {
                 selSizeChanged2();
+            }
         });
         // A size that was too large for a former frame stands checked without a rectangle; a click tries
         // it again.
         connect(pAction, &QAction::triggered, this, [this] {
-            if (m_pActions->selectionIndex() != m_pFrameScene->selectionIndex())
+            if (m_pActions->selectionIndex() != m_pFrameScene->selectionIndex()) {
                 selSizeChanged2();
+            }
         });
         m_pActions->setReady(pAction);
     }
@@ -107,8 +111,9 @@ void MainWindow::createMenus()
     m_pViewMenu = pView;
 
     QMenu* pWindow = menuBar()->addMenu(QStringLiteral("&Window"));
-    for (QDockWidget* pDock : qAsConst(m_listDock))
+    for (QDockWidget* pDock : qAsConst(m_listDock)) {
         pWindow->addAction(pDock->toggleViewAction());
+    }
 
     createToolsMenu();
     menuBar()->addSeparator();
@@ -140,8 +145,9 @@ void MainWindow::createToolBar()
     m_pScaleCombo->setEditable(true);
     m_pScaleCombo->setInsertPolicy(QComboBox::NoInsert);
     m_pScaleCombo->setToolTip(QStringLiteral("Zoom"));
-    for (double dfScale : m_vecScale)
+    for (double dfScale : m_vecScale) {
         m_pScaleCombo->addItem(QStringLiteral("%L1%").arg(100 * dfScale));
+    }
     m_pScaleCombo->setCurrentIndex(m_nScaleIndex);
     connect(m_pScaleCombo, QOverload<int>::of(&QComboBox::activated), this, &MainWindow::updateScale);
     connect(m_pScaleCombo->lineEdit(), &QLineEdit::editingFinished, this, &MainWindow::scaleTextEntered);
@@ -168,8 +174,9 @@ void MainWindow::createToolBar()
     explain(m_pFrameSpin, tr("Number of the frame in view, from 1."));
     pBar->addWidget(m_pFrameSpin);
     pBar->addSeparator();
-    for (QDockWidget* pDock : qAsConst(m_listDock))
+    for (QDockWidget* pDock : qAsConst(m_listDock)) {
         pBar->addAction(pDock->toggleViewAction());
+    }
 }
 
 void MainWindow::createStatusBar()

@@ -76,12 +76,15 @@ void MainWindow::createControlDock()
 void MainWindow::toolBoxPageChanged(int nIndex)
 {
     QList<QWidget*> listHeader;
-    for (QWidget* pChild : m_pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        if (pChild->inherits("QToolBoxButton"))
+    for (QWidget* pChild : m_pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (pChild->inherits("QToolBoxButton")) {
             listHeader.append(pChild);
+        }
+    }
     const auto mark = [&](int nPage, const char* pchIcon, int nWeight) {
-        if (nPage < 0 || nPage >= m_pToolBox->count())
+        if (nPage < 0 || nPage >= m_pToolBox->count()) {
             return;
+        }
         m_pToolBox->setItemIcon(nPage, imageIcon(pchIcon));
         if (nPage < listHeader.size()) {
             QFont fontHeader = listHeader[nPage]->font();

@@ -48,28 +48,32 @@ namespace tessera {
 
 void MainWindow::newProject()
 {
-    if (refuseDuringRun(QStringLiteral("A new project")))
+    if (refuseDuringRun(QStringLiteral("A new project"))) {
         return;
+    }
     bool bSolve = false;
     {
         NewProjectDialog dialog(m_strWorkingDir, this);
         const std::unique_ptr<QSettings> pSettings(makeSettings());
         dialog.readSettings(*pSettings);
-        if (dialog.exec() != QDialog::Accepted)
+        if (dialog.exec() != QDialog::Accepted) {
             return;
+        }
         dialog.writeSettings(*pSettings);
         openFiles({dialog.projectFile()});
         bSolve = dialog.m_pSolveCheck->isChecked() && projectFile() == dialog.projectFile();
     }
-    if (bSolve)
+    if (bSolve) {
         solve();
+    }
 }
 
 void MainWindow::open()
 {
     const QString strWhat = QStringLiteral("Opening files");
-    if (refuseDuringRun(strWhat))
+    if (refuseDuringRun(strWhat)) {
         return;
+    }
     openFiles(QFileDialog::getOpenFileNames(
         this, QStringLiteral("Open Files"), m_strWorkingDir,
         QStringLiteral("ED3D Project(*.ed3d);;Images(%1);;All Files (*.*)").arg(frameNameFilters())));
@@ -78,8 +82,9 @@ void MainWindow::open()
 void MainWindow::chooseFrames()
 {
     const QString strWhat = QStringLiteral("Choosing the frames");
-    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(strWhat))
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(strWhat)) {
         return;
+    }
     const QString strProject = projectFile();
     if (!QFileInfo::exists(strProject)) {  // the choice is kept beside it
         QMessageBox::information(
@@ -89,8 +94,9 @@ void MainWindow::chooseFrames()
         return;
     }
     SeriesChoiceDialog dialog(m_dataSet.allFiles().size(), m_dataSet.m_reading.choice, this);
-    if (dialog.exec() != QDialog::Accepted)
+    if (dialog.exec() != QDialog::Accepted) {
         return;
+    }
     QString strReason;
     if (!keepSeriesChoice(fileOfProject(m_dataSet, QString()), dialog.choice(), &strReason)) {
         WindowReport(*this).addMessage(strReason, Severity::Error);
@@ -101,8 +107,9 @@ void MainWindow::chooseFrames()
 
 void MainWindow::openRecentFile()
 {
-    if (const auto* pAction = qobject_cast<const QAction*>(sender()))
+    if (const auto* pAction = qobject_cast<const QAction*>(sender())) {
         openFiles(pAction->data().toStringList());
+    }
 }
 
 namespace {
@@ -118,26 +125,31 @@ void acceptAsCopy(QDropEvent& event)
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* pEvent)
 {
-    if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
+    if (pEvent->mimeData()->hasFormat(QStringLiteral("text/uri-list"))) {
         acceptAsCopy(*pEvent);
+    }
 }
 
 void MainWindow::dropEvent(QDropEvent* pEvent)
 {
     QStringList listFile;
-    for (const QUrl& url : pEvent->mimeData()->urls())
-        if (url.isLocalFile())
+    for (const QUrl& url : pEvent->mimeData()->urls()) {
+        if (url.isLocalFile()) {
             listFile.append(url.toLocalFile());
-    if (listFile.isEmpty())
+        }
+    }
+    if (listFile.isEmpty()) {
         return;
+    }
     acceptAsCopy(*pEvent);
     openFiles(listFile);
 }
 
 void MainWindow::openFiles(const QStringList& listFile)
 {
-    if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files")))
+    if (listFile.isEmpty() || refuseDuringRun(QStringLiteral("Opening files"))) {
         return;
+    }
     if (const QString strReason = reasonNotToOpen(listFile); !strReason.isEmpty()) {
         WindowReport(*this).addMessage(strReason, Severity::Error);
         return;
@@ -153,8 +165,9 @@ void MainWindow::openFiles(const QStringList& listFile)
                 openReflectionList(listFile.first());
                 break;
             case OpenKind::project:
-                if (openProject(listFile.first()))
+                if (openProject(listFile.first())) {
                     m_pHistory->beginAnew();
+                }
                 break;
             case OpenKind::images:
                 openImageFiles(listFile);
@@ -163,8 +176,9 @@ void MainWindow::openFiles(const QStringList& listFile)
         }
     } catch (...) {  // out of memory
         WindowReport(*this).addMessage(whatWasThrown(), Severity::Error);
-        if (kind == OpenKind::project || kind == OpenKind::images)
+        if (kind == OpenKind::project || kind == OpenKind::images) {
             guarded([this] { showDataSetAnew(); });  // no view may stand for a series that is gone
+        }
     }
 }
 
@@ -210,8 +224,9 @@ bool MainWindow::openProject(const QString& strFileName)
                                            AxisLine::MayLack);
         });
         if (!bOpened) {
-            if (bPlays)
+            if (bPlays) {
                 m_timerPlay.start();
+            }
             return false;
         }
         stopImagePlay();
@@ -237,8 +252,9 @@ bool MainWindow::openProject(const QString& strFileName)
     pumpEvents();
     showOpenedCell();
     m_bytesKept = windowFileText(windowMemory());
-    for (const QString& strReason : qAsConst(listReason))
+    for (const QString& strReason : qAsConst(listReason)) {
         report.addMessage(strReason);
+    }
     tellUnknownAxis(report);
     return true;
 }
@@ -263,8 +279,9 @@ void MainWindow::openImageFiles(const QStringList& listFile)
     setWindowFilePath(displayName(listFile));
     showFirstFrame();
     showOpenedCell();
-    for (const QString& strReason : qAsConst(listReason))
+    for (const QString& strReason : qAsConst(listReason)) {
         report.addMessage(strReason);
+    }
 }
 
 void MainWindow::showDataSetAnew()
@@ -293,8 +310,9 @@ void MainWindow::clearDataSet()
     m_pGeometry->forget();
     m_pIntegration->forget();
     m_pSections->forget();
-    for (ED3DWidget* pView : views3D())
+    for (ED3DWidget* pView : views3D()) {
         pView->setPoints({});
+    }
     m_dataSet.m_listPeakFrameShown.clear();
     m_pTextData->clearImages();
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
@@ -345,9 +363,11 @@ void MainWindow::enterRecentSeries(const QStringList& listFile)
 /// All windows show the same list.
 void MainWindow::recentListChanged()
 {
-    for (QWidget* pWidget : QApplication::topLevelWidgets())
-        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget))
+    for (QWidget* pWidget : QApplication::topLevelWidgets()) {
+        if (auto* pWindow = qobject_cast<MainWindow*>(pWidget)) {
             pWindow->updateRecentMenu();
+        }
+    }
 }
 
 void MainWindow::updateRecentMenu()
@@ -355,20 +375,23 @@ void MainWindow::updateRecentMenu()
     const std::unique_ptr<QSettings> pSettings(makeSettings());
     const QList<RecentSeries> listSeries = recentSeries(*pSettings);
     QStringList listName;
-    for (const RecentSeries& series : listSeries)
+    for (const RecentSeries& series : listSeries) {
         listName.append(displayName(series.listFile));
+    }
     int nShown = 0;
     for (int i = 0; i < m_pActions->m_listRecent.size(); ++i) {
         QAction* pAction = m_pActions->m_listRecent[i];
         const QStringList listFile = i < listSeries.size() ? listSeries[i].listFile : QStringList();
         pAction->setVisible(!listFile.isEmpty());
-        if (listFile.isEmpty())
+        if (listFile.isEmpty()) {
             continue;
+        }
         ++nShown;
         const QString strName = listName[i], strFolder = QFileInfo(listFile.first()).absolutePath();
         QString strLabel = strName;
-        if (listName.count(strName) > 1)
+        if (listName.count(strName) > 1) {
             strLabel += QStringLiteral(" (%1)").arg(QDir::toNativeSeparators(strFolder));
+        }
         strLabel.replace(QLatin1Char('&'), QLatin1String("&&"));  // else a menu takes it for a mnemonic
         pAction->setText(QStringLiteral("&%1 %2").arg(QString::number(i + 1), strLabel));
         pAction->setStatusTip(

@@ -35,8 +35,9 @@ namespace tessera {
 void MainWindow::finishTyping()
 {
     auto* pTyped = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget());
-    if (pTyped && isAncestorOf(pTyped))
+    if (pTyped && isAncestorOf(pTyped)) {
         pTyped->interpretText();
+    }
 }
 
 /// With true the members take the widgets' values, with false each widget whose value differs is set.
@@ -46,8 +47,9 @@ void MainWindow::finishTyping()
 /// widget whose member did not change stays as it is.
 void MainWindow::syncParametersWithControls(bool bFromPanel)
 {
-    if (isPumping() || (bFromPanel && m_bShowingState))
+    if (isPumping() || (bFromPanel && m_bShowingState)) {
         return;
+    }
     if (bFromPanel) {
         m_bindings.takeFromControls();
         return;
@@ -89,11 +91,13 @@ void MainWindow::connectPages()
 {
     connect(m_pFrameSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::switchToImgIndex);
     connect(m_pFrameSlider, &QSlider::valueChanged, this, &MainWindow::switchToImgIndex);
-    for (QTableWidget* pTable : {m_pFramesPage->m_pFileTable, m_pShiftPage->m_pShiftTable})
+    for (QTableWidget* pTable : {m_pFramesPage->m_pFileTable, m_pShiftPage->m_pShiftTable}) {
         connect(pTable, &QTableWidget::currentCellChanged, this, [this](int nRow) {
-            if (nRow >= 0)  // a table that is emptied names no frame
+            if (nRow >= 0) {  // a table that is emptied names no frame
                 currentFileChangedInFileList(nRow);
+            }
         });
+    }
     connect(m_pFramesPage->m_pPlayForwardButton, &QPushButton::clicked, this, &MainWindow::playImageForward);
     connect(m_pFramesPage->m_pPlayBackwardButton, &QPushButton::clicked, this,
             &MainWindow::playImageBackward);
@@ -148,9 +152,11 @@ void MainWindow::connectPages()
     onLength(m_pCellPage->m_pSpinManualLengthA, &MainWindow::unitCellHuntingManualUpdateRA);
     onLength(m_pCellPage->m_pSpinManualLengthB, &MainWindow::unitCellHuntingManualUpdateRB);
     onLength(m_pCellPage->m_pSpinManualLengthC, &MainWindow::unitCellHuntingManualUpdateRC);
-    for (const auto& apEditRow : m_pCellPage->m_apEditMatrix)
-        for (QLineEdit* pEdit : apEditRow)
+    for (const auto& apEditRow : m_pCellPage->m_apEditMatrix) {
+        for (QLineEdit* pEdit : apEditRow) {
             connect(pEdit, &QLineEdit::editingFinished, this, &MainWindow::unitCellTransformatinMatrixEdited);
+        }
+    }
     connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
     connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this,
             &MainWindow::transformUnitCellClicked);
@@ -170,9 +176,11 @@ void MainWindow::connectPages()
             &GeometryControl::showDialog);
     connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
             &MainWindow::runUnitCellRefinementFromLoadingData);
-    for (QSpinBox* pSpin : {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize})
+    for (QSpinBox* pSpin :
+         {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize}) {
         connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
                 &MainWindow::showEstimatedPeakPosition);
+    }
     connect(m_pExtractionPage->m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
             &MainWindow::showEstimatedPeakPosition);
     connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged),
@@ -189,12 +197,14 @@ void MainWindow::connectPages()
 
 void MainWindow::connectPanelSignals(bool bConnect)
 {
-    if (bConnect == m_bPanelConnected)
+    if (bConnect == m_bPanelConnected) {
         return;
+    }
     m_bPanelConnected = bConnect;
     if (!bConnect) {
-        for (const QMetaObject::Connection& connection : qAsConst(m_listPanelConnection))
+        for (const QMetaObject::Connection& connection : qAsConst(m_listPanelConnection)) {
             disconnect(connection);
+        }
         m_listPanelConnection.clear();
         return;
     }
@@ -202,8 +212,9 @@ void MainWindow::connectPanelSignals(bool bConnect)
         m_listPanelConnection.append(connection);
     };
     const auto onValue = [&](const QList<QDoubleSpinBox*>& listSpin, const std::function<void()>& fnChanged) {
-        for (QDoubleSpinBox* pSpin : listSpin)
+        for (QDoubleSpinBox* pSpin : listSpin) {
             keep(connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, fnChanged));
+        }
     };
     const auto remap = [this] { recalculate3DPeakPositionsAndUpdateView(); };
 
@@ -247,17 +258,20 @@ void MainWindow::connectPanelSignals(bool bConnect)
                  &MainWindow::unitCellLatticePointsToggled));
     keep(connect(page3D.m_pCheckLatticeLines, &QCheckBox::toggled, this,
                  &MainWindow::unitCellLatticeLinesToggled));
-    for (QSpinBox* pSpin : {page3D.m_pSpinLatticeH, page3D.m_pSpinLatticeK, page3D.m_pSpinLatticeL})
+    for (QSpinBox* pSpin : {page3D.m_pSpinLatticeH, page3D.m_pSpinLatticeK, page3D.m_pSpinLatticeL}) {
         onWhole(pSpin, &MainWindow::unitCellLatticeRangeChanged);
+    }
     keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellClicked, this,
                  &MainWindow::pointGroupTableCellClicked));
     keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellChanged, this,
                  &MainWindow::pointGroupTableLabelEdidted));
-    for (ED3DWidget* pView : views3D())
+    for (ED3DWidget* pView : views3D()) {
         keep(connect(pView, &ED3DWidget::pointDisplayDataChanged, this,
                      &MainWindow::ed3dViewPointDisplayDataChanged));
-    for (ED3DWidget* pView : views3D())
+    }
+    for (ED3DWidget* pView : views3D()) {
         ed3dViewPointDisplayDataChanged(pView);  // what changed while nobody listened
+    }
 }
 
 }  // namespace tessera

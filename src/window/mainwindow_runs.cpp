@@ -23,20 +23,23 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     stopImagePlay();
     syncParametersWithControls(true);
     CRunFlag flag(bFlag);
-    if (!flag.isHeld() || refuseDuringRun(QStringLiteral("Another run")))
+    if (!flag.isHeld() || refuseDuringRun(QStringLiteral("Another run"))) {
         return;
+    }
     // The statistics of an indexing have left another one.
     m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
     {
         CRunScope scope(*this, true);
-        if (pButton)
+        if (pButton) {
             setButtonStatus(pButton, ButtonStatus::running);
+        }
         WindowReport report(*this, &bFlag);
         guarded([&] { fnRun(report); });
         flag.release();
     }
-    if (pButton)
+    if (pButton) {
         setButtonStatus(pButton, ButtonStatus::ready);
+    }
 }
 
 void MainWindow::setButtonStatus(QPushButton* pButton, ButtonStatus status)
@@ -71,8 +74,9 @@ void MainWindow::pumpEvents()
 
 bool MainWindow::refuseDuringRun(const QString& strWhat)
 {
-    if (!isPumping())
+    if (!isPumping()) {
         return false;
+    }
     const QString strText =
         QStringLiteral("%1 has to wait: a run is under way. Stop it first, or let it end.").arg(strWhat);
     m_pMessageEdit->addMessage(strText, Qt::red);
@@ -82,10 +86,12 @@ bool MainWindow::refuseDuringRun(const QString& strWhat)
 
 bool MainWindow::isFrameInUse()
 {
-    if (!isPumping())
+    if (!isPumping()) {
         return false;
-    if (m_gate.wishes().nFrame == 0)
+    }
+    if (m_gate.wishes().nFrame == 0) {
         m_gate.wishes().nFrame = m_pFrameSpin->value();
+    }
     return true;
 }
 
@@ -105,17 +111,20 @@ void MainWindow::catchUpAfterRun(bool bReload)
     startManualCell();
     showCellRange();
     showCellFit();
-    if (wishes.bRemap)
+    if (wishes.bRemap) {
         recalculate3DPeakPositionsAndUpdateView();
-    else if (wishes.bShow)
+    } else if (wishes.bShow) {
         showPeaksIn3D();
+    }
     const int nFrames = m_dataSet.m_listFrameFile.size();
-    if (wishes.nFrame >= 1 && wishes.nFrame <= nFrames)
+    if (wishes.nFrame >= 1 && wishes.nFrame <= nFrames) {
         switchToImgIndex(wishes.nFrame);
-    else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView)
+    } else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView) {
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
-    if (wishes.bRegion)
+    }
+    if (wishes.bRegion) {
         selSizeChanged2();  // on the frame, not on what the run showed in its place
+    }
     m_timerStatus.start();
     keepWindowMemory();
 }
@@ -131,14 +140,16 @@ MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
     : m_window(looked(window)), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
 {
     window.m_pHistory->busyChanged();
-    if (bReload)
+    if (bReload) {
         window.leaveSeriesPicture();  // the run shows frames
+    }
 }
 
 MainWindow::CRunScope::~CRunScope()
 {
-    if (m_window.m_gate.leave(m_nOuterPump))
+    if (m_window.m_gate.leave(m_nOuterPump)) {
         m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
+    }
     m_window.m_pHistory->busyChanged();
 }
 

@@ -42,13 +42,16 @@ bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
          strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
         bool bOk = false;
         listIndex.append(str.toInt(&bOk));
-        if (!bOk)
+        if (!bOk) {
             return false;
+        }
     }
-    if (listIndex.size() % 3 != 0)
+    if (listIndex.size() % 3 != 0) {
         return false;
-    for (int i = 0; i < listIndex.size(); i += 3)
+    }
+    for (int i = 0; i < listIndex.size(); i += 3) {
         listReflection.append({listIndex[i], listIndex[i + 1], listIndex[i + 2], 0});
+    }
     return true;
 }
 
@@ -60,17 +63,21 @@ bool readCell(const QString& strText, std::optional<CellParameters>& cell)
          strText.split(QRegularExpression(QStringLiteral("[\\s,;]+")), Qt::SkipEmptyParts)) {
         bool bOk = false;
         listNumber.append(str.toDouble(&bOk));
-        if (!bOk || !std::isfinite(listNumber.last()) || listNumber.last() < 0)
+        if (!bOk || !std::isfinite(listNumber.last()) || listNumber.last() < 0) {
             return false;
+        }
     }
-    if (listNumber.isEmpty() || listNumber == QList<double>{0})
+    if (listNumber.isEmpty() || listNumber == QList<double>{0}) {
         return true;
-    if (listNumber.contains(0) || (listNumber.size() != 1 && listNumber.size() != 6))
+    }
+    if (listNumber.contains(0) || (listNumber.size() != 1 && listNumber.size() != 6)) {
         return false;
-    if (listNumber.size() == 1)
+    }
+    if (listNumber.size() == 1) {
         cell = {listNumber[0], listNumber[0], listNumber[0], 90, 90, 90};
-    else
+    } else {
         cell = {listNumber[0], listNumber[1], listNumber[2], listNumber[3], listNumber[4], listNumber[5]};
+    }
     return true;
 }
 
@@ -106,8 +113,9 @@ QSettings* MainWindow::makeSettings(QObject* pParent)
 void MainWindow::checkSettings()
 {
     const QString strText = putBadSettingsAside(settingsFile());
-    if (!strText.isEmpty())
+    if (!strText.isEmpty()) {
         m_pMessageEdit->addMessage(strText, Qt::red);
+    }
 }
 
 void MainWindow::readSettings()
@@ -122,26 +130,31 @@ void MainWindow::readSettings()
     const QByteArray bytesState = pSettings->value(QStringLiteral("windowState")).toByteArray();
     const QByteArray bytesChecksum = pSettings->value(QLatin1String(g_szChecksum)).toByteArray();
     const bool bWhole = bytesChecksum.isEmpty() || bytesChecksum == windowChecksum(bytesGeometry, bytesState);
-    if (!bWhole)
+    if (!bWhole) {
         m_pMessageEdit->addMessage(
             tr("What the settings hold of the window's place and docks is damaged and not used."), Qt::red);
-    else
+    } else {
         restoreGeometry(bytesGeometry);
-    if (!bWhole || !restoreState(bytesState))
+    }
+    if (!bWhole || !restoreState(bytesState)) {
         arrangeDocks();
+    }
     setWindowState(windowState() & ~Qt::WindowFullScreen);  // which is for the moment
     m_strWorkingDir = pSettings->value(QStringLiteral("workingDir"), QStringLiteral("./")).toString();
 
-    for (const Parameter& row : parameterTable())
-        if (row.pszSettingsKey)
+    for (const Parameter& row : parameterTable()) {
+        if (row.pszSettingsKey) {
             row.setValue(parameterRecords(), storedNumber(*pSettings, QLatin1String(row.pszSettingsKey),
                                                           row.value(parameterRecords())));
+        }
+    }
     m_hunting.m_bAutoRadii = pSettings->value(QLatin1String(g_szAutoRadii), false).toBool();
     m_dfCanvasGridAlpha = qBound(
         0.0, storedNumber(*pSettings, QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha), 1.0);
     m_pView3DPage->m_pSpinCanvasGridTransparency->setValue(qRound(100 * (1 - m_dfCanvasGridAlpha)));
-    for (ED3DWidget* pView : views3D())
+    for (ED3DWidget* pView : views3D()) {
         pView->setCanvasGridAlpha(float(m_dfCanvasGridAlpha));
+    }
     m_strLatticeHost = pSettings->value(latticeHostKey(), latticeServiceHost()).toString();
 
     // Commas part the entries of a list in the file, so that a text with commas can come as a list.
@@ -155,10 +168,12 @@ void MainWindow::readSettings()
             tr("The setting %1 is not understood and not used: %2").arg(QLatin1String(pszKey), text(pszKey)),
             Qt::red);
     };
-    if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded))
+    if (!readReflections(text(g_szExcluded), m_refinement.m_listExcluded)) {
         complain(g_szExcluded);
-    if (!readCell(text(g_szReference), m_refinement.m_referenceCell))
+    }
+    if (!readCell(text(g_szReference), m_refinement.m_referenceCell)) {
         complain(g_szReference);
+    }
     m_bConstantBackground = pSettings->value(QLatin1String(g_szBackground), false).toBool();
     m_pPeakTableView->readColumns(*pSettings);
 }
@@ -182,18 +197,22 @@ void MainWindow::writeSettings()
     pSettings->setValue(QLatin1String(g_szChecksum), windowChecksum(bytesGeometry, bytesState));
     pSettings->setValue(QStringLiteral("workingDir"), m_strWorkingDir);
     pSettings->setValue(latticeHostKey(), m_strLatticeHost);
-    for (const Parameter& row : parameterTable())
-        if (row.pszSettingsKey)
+    for (const Parameter& row : parameterTable()) {
+        if (row.pszSettingsKey) {
             pSettings->setValue(QLatin1String(row.pszSettingsKey), row.value(parameterRecords()));
+        }
+    }
     pSettings->setValue(QLatin1String(g_szAutoRadii), m_hunting.m_bAutoRadii);
     pSettings->setValue(QLatin1String(g_szGridAlpha), m_dfCanvasGridAlpha);
     m_pPeakTableView->writeColumns(*pSettings);
     // Only the file changes these; written once, so that they can be found there.
     const std::pair<const char*, QVariant> aDefault[] = {
         {g_szExcluded, QString()}, {g_szReference, 0}, {g_szBackground, false}, {g_szTestRuns, false}};
-    for (const auto& entry : aDefault)
-        if (!pSettings->contains(QLatin1String(entry.first)))
+    for (const auto& entry : aDefault) {
+        if (!pSettings->contains(QLatin1String(entry.first))) {
             pSettings->setValue(QLatin1String(entry.first), entry.second);
+        }
+    }
 }
 
 }  // namespace tessera

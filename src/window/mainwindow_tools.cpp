@@ -51,8 +51,9 @@ void MainWindow::createToolsMenu()
 
     pMenu->addSeparator();
     add(pMenu, actions.m_pStopRun, [this] {
-        if (isPumping())
+        if (isPumping()) {
             m_bRunning = m_bHuntingRunning = m_bSolving = m_bUpdating = false;
+        }
     });
     connect(pMenu, &QMenu::aboutToShow, this, [this] {
         m_pActions->setInForce(m_pActions->m_pStopRun, m_bRunning || m_bHuntingRunning || m_bSolving);

@@ -44,8 +44,9 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     connect(pBar, &QScrollBar::valueChanged, this,
             [this, pBar](int nValue) { m_bAtEnd = nValue == pBar->maximum(); });
     connect(pBar, &QScrollBar::rangeChanged, this, [this, pBar](int, int nMaximum) {
-        if (m_bAtEnd)
+        if (m_bAtEnd) {
             pBar->setValue(nMaximum);
+        }
     });
 
     setFontWeight(QFont::Normal);
@@ -68,8 +69,9 @@ QTextCursor MessageEdit::newParagraph()
 {
     QTextCursor cursor(document());
     cursor.movePosition(QTextCursor::End);
-    if (!document()->isEmpty())
+    if (!document()->isEmpty()) {
         cursor.insertBlock(QTextBlockFormat(), m_format);
+    }
     cursor.block().setVisible(true);  // whatever the one before it is
     return cursor;
 }
@@ -109,8 +111,9 @@ void MessageEdit::beginFold(const QString& strTitle)
 
 void MessageEdit::endFold()
 {
-    if (m_listFold.empty())
+    if (m_listFold.empty()) {
         return;
+    }
     Fold& fold = m_listFold.back();
     fold.cursorEnd = QTextCursor(document());
     fold.cursorEnd.movePosition(QTextCursor::End);
@@ -121,12 +124,14 @@ void MessageEdit::endFold()
 
 void MessageEdit::showFold(Fold& fold)
 {
-    if (fold.cursorEnd.isNull())
+    if (fold.cursorEnd.isNull()) {
         return;  // its run is under way
+    }
     const QTextBlock blockTitle = fold.cursorTitle.block();
     for (QTextBlock block = blockTitle.next();
-         block.isValid() && block.position() <= fold.cursorEnd.position(); block = block.next())
+         block.isValid() && block.position() <= fold.cursorEnd.position(); block = block.next()) {
         block.setVisible(fold.bOpen || isRed(block));
+    }
     QTextCursor cursor(blockTitle);
     cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
     const QTextCharFormat format = cursor.charFormat();

@@ -51,8 +51,9 @@ void showValue(QDoubleSpinBox* pSpin, double dfValue)
 // What was understood of a list of tilts, degrees.
 QString tiltText(const QList<double>& listTilt)
 {
-    if (listTilt.isEmpty())
+    if (listTilt.isEmpty()) {
         return {};
+    }
     QString strText = NewProjectDialog::tr("%L1 tilts, %2° to %3°")
                           .arg(listTilt.size())
                           .arg(listTilt.first())
@@ -127,8 +128,9 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     m_pProblemLabel->setTextFormat(Qt::PlainText);
     m_pButtons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     m_pButtons->button(QDialogButtonBox::Ok)->setText(tr("Create"));
-    for (QAbstractButton* pButton : m_pButtons->buttons())
+    for (QAbstractButton* pButton : m_pButtons->buttons()) {
         static_cast<QPushButton*>(pButton)->setAutoDefault(false);
+    }
     explain(m_pButtons->button(QDialogButtonBox::Ok), tr("Writes the project file and opens it."));
     explain(m_pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; no file is written."));
     resize(1240, 740);  // with room for a frame of the window system on 1280 x 800
@@ -155,18 +157,22 @@ void NewProjectDialog::readSettings(QSettings& settings)
     m_bFilling = true;  // what was given for another series gives way to what this one tells
     settings.beginGroup(QStringLiteral("NewProject"));
     const bool bAxisGiven = settings.contains(QStringLiteral("RotationAxis"));  // before there was a choice
-    if (settings.value(QStringLiteral("GivesAxis"), bAxisGiven).toBool())
+    if (settings.value(QStringLiteral("GivesAxis"), bAxisGiven).toBool()) {
         m_pAxisRadio->setChecked(true);
-    for (const StoredRadio& stored : storedRadios(*this))  // first: the boxes out of use show what follows
-        if (settings.value(stored.strKey).toBool())
+    }
+    for (const StoredRadio& stored : storedRadios(*this)) {  // first: the boxes out of use show what follows
+        if (settings.value(stored.strKey).toBool()) {
             stored.pRadio->setChecked(true);
+        }
+    }
     m_pRotationCombo->setCurrentIndex(
         std::max(0, m_pRotationCombo->findText(settings.value(QStringLiteral("Rotation")).toString())));
     for (const StoredSpin& stored : storedSpins(*this)) {
         bool bOk = false;
         const double dfValue = settings.value(stored.strKey).toDouble(&bOk);
-        if (bOk && std::isfinite(dfValue))
+        if (bOk && std::isfinite(dfValue)) {
             stored.pSpin->setValue(dfValue);
+        }
     }
     m_pSolveCheck->setChecked(settings.value(solveKey()).toBool());
     settings.endGroup();
@@ -177,10 +183,12 @@ void NewProjectDialog::readSettings(QSettings& settings)
 void NewProjectDialog::writeSettings(QSettings& settings) const
 {
     settings.beginGroup(QStringLiteral("NewProject"));
-    for (const StoredSpin& stored : storedSpins(*this))
+    for (const StoredSpin& stored : storedSpins(*this)) {
         settings.setValue(stored.strKey, stored.pSpin->value());
-    for (const StoredRadio& stored : storedRadios(*this))
+    }
+    for (const StoredRadio& stored : storedRadios(*this)) {
         settings.setValue(stored.strKey, stored.pRadio->isChecked());
+    }
     settings.setValue(QStringLiteral("Rotation"), m_pRotationCombo->currentText());
     settings.setValue(solveKey(), m_pSolveCheck->isChecked());
     settings.endGroup();
@@ -191,8 +199,9 @@ void NewProjectDialog::askTilts()
     const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Tilts"), m_strFolder,
                                                          tr("Text Files (*.txt *.log *.csv *.tlt *.rawtlt);;"
                                                             "All Files (*.*)"));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     QByteArray bytesText;
     QString strReason;
     if (!readFileBytes(strFile, bytesText, g_nMaxTiltFile, &strReason)) {
@@ -208,8 +217,9 @@ void NewProjectDialog::askProjectFile()
     QString strFile = QFileDialog::getSaveFileName(
         this, tr("Save Project As"), projectFile().isEmpty() ? m_strFolder : projectFile(),
         tr("ED3D Project(*.ed3d)"), nullptr, QFileDialog::DontConfirmOverwrite);
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     m_pFileEdit->setText(QDir::toNativeSeparators(strFile));
     m_bFileTyped = true;
     refresh();
@@ -252,8 +262,9 @@ NewProject NewProjectDialog::project() const
 QString NewProjectDialog::projectFile() const
 {
     const QString strFile = QDir::fromNativeSeparators(m_pFileEdit->text().trimmed());
-    if (strFile.isEmpty() || strFile.endsWith(QLatin1Char('/')))
+    if (strFile.isEmpty() || strFile.endsWith(QLatin1Char('/'))) {
         return {};
+    }
     const QString strPath = QDir(m_strFolder).absoluteFilePath(strFile);
     return QFileInfo(strPath).suffix().toLower() == QLatin1String("ed3d") ? strPath
                                                                           : strPath + QStringLiteral(".ed3d");
@@ -261,29 +272,35 @@ QString NewProjectDialog::projectFile() const
 
 QString NewProjectDialog::problem() const
 {
-    if (m_pFrameList->count() > 0 && !m_strFirstFrameError.isEmpty())
+    if (m_pFrameList->count() > 0 && !m_strFirstFrameError.isEmpty()) {
         return tr("The first frame cannot be read: %1").arg(m_strFirstFrameError);
+    }
     FrameTilts tilts;
     QString strReason;
     if (m_pFrameList->count() > 0 && m_pListRadio->isChecked() &&
-        !readTilts(m_pTiltEdit->toPlainText().toUtf8(), tilts, &strReason))
+        !readTilts(m_pTiltEdit->toPlainText().toUtf8(), tilts, &strReason)) {
         return strReason;
+    }
     QByteArray bytesText;
     if (!makeProjectText(project(), projectFile(), bytesText, &strReason) ||
-        !m_pChoice->choice(m_pFrameList->count(), &strReason))
+        !m_pChoice->choice(m_pFrameList->count(), &strReason)) {
         return strReason;
+    }
     const QFileInfo info(projectFile());
-    if (!info.absoluteDir().exists())
+    if (!info.absoluteDir().exists()) {
         return tr("There is no folder %1.").arg(QDir::toNativeSeparators(info.absolutePath()));
-    if (info.isDir())
+    }
+    if (info.isDir()) {
         return tr("%1 is a folder.").arg(QDir::toNativeSeparators(projectFile()));
+    }
     return {};
 }
 
 void NewProjectDialog::refresh()
 {
-    if (m_bFilling)
+    if (m_bFilling) {
         return;  // once, when all is filled in
+    }
     m_pTiltStepSpin->setEnabled(m_pStepRadio->isChecked());
     m_pTiltEndSpin->setEnabled(m_pEndRadio->isChecked());
     m_pVoltageSpin->setEnabled(m_pVoltageRadio->isChecked());
@@ -295,18 +312,23 @@ void NewProjectDialog::refresh()
     // What follows from the rest is shown in the boxes that are not in use.
     const NewProject made = project();
     const int nFrames = made.listFrame.size();
-    if (m_pVoltageRadio->isChecked())
+    if (m_pVoltageRadio->isChecked()) {
         showValue(m_pWavelengthSpin, made.dfWavelength);
-    if (m_pCameraRadio->isChecked())
+    }
+    if (m_pCameraRadio->isChecked()) {
         showValue(m_pPixelSizeSpin, made.dfPixelSize);
-    if (m_pStepRadio->isChecked())
+    }
+    if (m_pStepRadio->isChecked()) {
         showValue(m_pTiltEndSpin,
                   m_pTiltStartSpin->value() + qMax(0, nFrames - 1) * m_pTiltStepSpin->value());
-    if (m_pEndRadio->isChecked())
+    }
+    if (m_pEndRadio->isChecked()) {
         showValue(m_pTiltStepSpin, tiltStep(nFrames, m_pTiltStartSpin->value(), m_pTiltEndSpin->value()));
+    }
 
-    if (m_pListRadio->isChecked())
+    if (m_pListRadio->isChecked()) {
         m_pTiltLabel->setText(tiltText(made.tilts.listOverall));
+    }
     const QString strOutcome = m_pChoice->outcomeText(nFrames);
     m_pChoiceLabel->setText(strOutcome + QLatin1Char('.'));
     m_pChoiceLabel->setVisible(!strOutcome.isEmpty());
@@ -326,8 +348,9 @@ bool NewProjectDialog::isAgreed(const QString& strQuestion)
 void NewProjectDialog::reject()
 {
     if (m_pTiltEdit->toPlainText().trimmed().isEmpty() ||
-        isAgreed(tr("The list of tilts is lost when the dialog is closed. Close it?")))
+        isAgreed(tr("The list of tilts is lost when the dialog is closed. Close it?"))) {
         QDialog::reject();
+    }
 }
 
 /// Return ends what is typed into a box; only a button that has the focus does what it says.
@@ -337,8 +360,9 @@ void NewProjectDialog::keyPressEvent(QKeyEvent* pEvent)
         QDialog::keyPressEvent(pEvent);
         return;
     }
-    if (auto* pButton = qobject_cast<QPushButton*>(focusWidget()))
+    if (auto* pButton = qobject_cast<QPushButton*>(focusWidget())) {
         pButton->click();
+    }
     pEvent->accept();
 }
 
@@ -347,18 +371,21 @@ void NewProjectDialog::accept()
     QByteArray bytesText;
     QString strReason;
     const QString strFile = projectFile();
-    if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason))
+    if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason)) {
         return;
+    }
     bool bAlike = false;
     {
         const CWaitCursor wait;
         bAlike = areFramesAlike(frames(), &strReason);
     }
-    if (!bAlike && !isAgreed(tr("%1. Create the project all the same?").arg(strReason)))
+    if (!bAlike && !isAgreed(tr("%1. Create the project all the same?").arg(strReason))) {
         return;
+    }
     if (QFileInfo::exists(strFile) &&
-        !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile))))
+        !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile)))) {
         return;
+    }
     // Before the project, so that nobody takes results of a former one of that name for those of this choice.
     const QString strBase = QFileInfo(strFile).absolutePath() + QLatin1Char('/') +
                             QFileInfo(strFile).completeBaseName();

@@ -167,8 +167,9 @@ QGroupBox* NewProjectDialog::makeTilts()
     explain(m_pEndRadio, tr("The tilts are spread evenly from the first frame to the last."));
     explain(m_pListRadio, tr("The tilt of each frame stands in a list, as from the log of the microscope."));
     auto* pChoice = new QHBoxLayout;
-    for (QRadioButton* pRadio : {m_pStepRadio, m_pEndRadio, m_pListRadio})
+    for (QRadioButton* pRadio : {m_pStepRadio, m_pEndRadio, m_pListRadio}) {
         pChoice->addWidget(pRadio);
+    }
 
     m_pTiltStartSpin = makeDoubleSpin(pGroup, -360, 360, 4, 1, 0, g_strDegree);
     m_pTiltStepSpin = makeDoubleSpin(pGroup, -90, 90, 4, 0.1, 0, g_strDegree);
@@ -356,12 +357,14 @@ QWidget* NewProjectDialog::makeFile()
 
 void NewProjectDialog::connectControls()
 {
-    for (auto* pSpin : findChildren<QDoubleSpinBox*>())
+    for (auto* pSpin : findChildren<QDoubleSpinBox*>()) {
         connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
                 &NewProjectDialog::refresh);
+    }
     connect(m_pBeamTiltSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &NewProjectDialog::refresh);
-    for (auto* pRadio : findChildren<QRadioButton*>())
+    for (auto* pRadio : findChildren<QRadioButton*>()) {
         connect(pRadio, &QRadioButton::toggled, this, &NewProjectDialog::refresh);
+    }
     connect(m_pRotationCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &NewProjectDialog::refresh);
     connect(m_pTiltEdit, &QPlainTextEdit::textChanged, this, &NewProjectDialog::refresh);

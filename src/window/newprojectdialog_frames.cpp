@@ -50,9 +50,11 @@ void NewProjectDialog::dragEnterEvent(QDragEnterEvent* pEvent)
 void NewProjectDialog::dropEvent(QDropEvent* pEvent)
 {
     QStringList listPath;
-    for (const QUrl& url : pEvent->mimeData()->urls())
-        if (url.isLocalFile())
+    for (const QUrl& url : pEvent->mimeData()->urls()) {
+        if (url.isLocalFile()) {
             listPath.append(url.toLocalFile());
+        }
+    }
     // A source that believes in a move deletes its files.
     pEvent->setDropAction(Qt::CopyAction);
     pEvent->accept();
@@ -62,8 +64,9 @@ void NewProjectDialog::dropEvent(QDropEvent* pEvent)
 QStringList NewProjectDialog::frames() const
 {
     QStringList listFile;
-    for (int i = 0; i < m_pFrameList->count(); ++i)
+    for (int i = 0; i < m_pFrameList->count(); ++i) {
         listFile.append(pathOf(m_pFrameList->item(i)));
+    }
     return listFile;
 }
 
@@ -90,21 +93,25 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
         QStringList listFound = info.isDir()           ? framesInFolder(strPath)
                                 : isFrameFile(strPath) ? framesOfFiles({info.absoluteFilePath()})
                                                        : QStringList();
-        if (info.isDir())
+        if (info.isDir()) {
             askSize(listFound);
-        for (const QString& strFile : qAsConst(listFound))
+        }
+        for (const QString& strFile : qAsConst(listFound)) {
             if (!setKnown.contains(strFile)) {
                 setKnown.insert(strFile);
                 listNew.append(strFile);
             }
+        }
     }
     sortFrames(listNew);
     const bool bSorted = listSorted == listFile;
     listFile += listNew;
-    if (bSorted)
+    if (bSorted) {
         sortFrames(listFile);
-    if (!listFile.isEmpty())
+    }
+    if (!listFile.isEmpty()) {
         m_strFolder = QFileInfo(listFile.first()).absolutePath();
+    }
     setFrames(listFile);
 }
 
@@ -112,8 +119,9 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
 void NewProjectDialog::askSize(QStringList& listFrame)
 {
     const QList<SizedFrames> listSized = framesBySize(listFrame);
-    if (listSized.size() < 2)
+    if (listSized.size() < 2) {
         return;
+    }
     QStringList listText;
     int nCommonest = 0;
     for (const SizedFrames& sized : listSized) {
@@ -121,8 +129,9 @@ void NewProjectDialog::askSize(QStringList& listFrame)
                             .arg(QString::number(sized.size.width()), QString::number(sized.size.height()))
                             .arg(sized.listFrame.size())
                             .arg(QFileInfo(sized.listFrame.first()).fileName()));
-        if (sized.listFrame.size() > listSized[nCommonest].listFrame.size())
+        if (sized.listFrame.size() > listSized[nCommonest].listFrame.size()) {
             nCommonest = listText.size() - 1;
+        }
     }
     bool bChosen = false;
     const QString strChosen = QInputDialog::getItem(
@@ -142,19 +151,23 @@ void NewProjectDialog::askFolder()
 {
     const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Add Frames of a Folder"),
                                                                 m_strFolder);
-    if (strFolder.isEmpty())
+    if (strFolder.isEmpty()) {
         return;
-    if (framesInFolder(strFolder).isEmpty())
+    }
+    if (framesInFolder(strFolder).isEmpty()) {
         QMessageBox::information(this, windowTitle(), tr("There are no frames in %1.").arg(strFolder));
+    }
     addFrames({strFolder});
 }
 
 void NewProjectDialog::removeSelected()
 {
     QStringList listFile;
-    for (int i = 0; i < m_pFrameList->count(); ++i)
-        if (!m_pFrameList->item(i)->isSelected())
+    for (int i = 0; i < m_pFrameList->count(); ++i) {
+        if (!m_pFrameList->item(i)->isSelected()) {
             listFile.append(pathOf(m_pFrameList->item(i)));
+        }
+    }
     setFrames(listFile);
 }
 
@@ -168,19 +181,24 @@ void NewProjectDialog::sortByName()
 void NewProjectDialog::moveSelected(int nStep)
 {
     QList<int> listRow;
-    for (const QListWidgetItem* pItem : m_pFrameList->selectedItems())
+    for (const QListWidgetItem* pItem : m_pFrameList->selectedItems()) {
         listRow.append(m_pFrameList->row(pItem));
+    }
     std::sort(listRow.begin(), listRow.end());
-    if (listRow.isEmpty() || listRow.first() + nStep < 0 || listRow.last() + nStep >= m_pFrameList->count())
+    if (listRow.isEmpty() || listRow.first() + nStep < 0 || listRow.last() + nStep >= m_pFrameList->count()) {
         return;
+    }
     QStringList listFile = frames();
-    if (nStep > 0)
+    if (nStep > 0) {
         std::reverse(listRow.begin(), listRow.end());
-    for (int nRow : listRow)
+    }
+    for (int nRow : listRow) {
         listFile.move(nRow, nRow + nStep);
+    }
     setFrames(listFile);
-    for (int nRow : listRow)
+    for (int nRow : listRow) {
         m_pFrameList->item(nRow + nStep)->setSelected(true);
+    }
     m_pFrameList->scrollToItem(m_pFrameList->item(listRow.first() + nStep));
 }
 
@@ -195,28 +213,35 @@ void NewProjectDialog::framesChanged()
         m_firstFrame = {};
         m_strFirstFrameError.clear();
         if (!listFile.isEmpty() && !readFrameSummary(m_strFirstFrame, m_firstFrame, &m_strFirstFrameError) &&
-            m_strFirstFrameError.isEmpty())
+            m_strFirstFrameError.isEmpty()) {
             m_strFirstFrameError = m_strFirstFrame;
+        }
     }
     QString strText = listFile.isEmpty()     ? tr("No frames yet: add files or a folder, or drop them here")
                       : listFile.size() == 1 ? tr("1 frame")
                                              : tr("%L1 frames").arg(listFile.size());
-    if (m_firstFrame.nWidth > 0)
+    if (m_firstFrame.nWidth > 0) {
         strText += tr("; the first: %1 × %2 pixels, %3")
                        .arg(QString::number(m_firstFrame.nWidth), QString::number(m_firstFrame.nHeight),
                             m_firstFrame.strFormat);
-    if (m_firstFrame.dfKilovolts > 0)
+    }
+    if (m_firstFrame.dfKilovolts > 0) {
         strText += tr(", %1 kV").arg(m_firstFrame.dfKilovolts);
-    if (m_firstFrame.dfPixelSize > 0)
+    }
+    if (m_firstFrame.dfPixelSize > 0) {
         strText += tr(", %1 Å⁻¹ per pixel").arg(m_firstFrame.dfPixelSize);
+    }
     m_pFrameLabel->setText(strText + QLatin1Char('.'));
-    if (listFile.isEmpty())
+    if (listFile.isEmpty()) {
         m_setTouched.clear();
+    }
     gatherFacts();
-    if (bOther)
+    if (bOther) {
         lookAtPreview();
-    if (!m_bFileTyped)
+    }
+    if (!m_bFileTyped) {
         m_pFileEdit->setText(QDir::toNativeSeparators(proposedProjectFile(listFile)));
+    }
     selectionChanged();
     refresh();
 }
@@ -224,8 +249,9 @@ void NewProjectDialog::framesChanged()
 void NewProjectDialog::selectionChanged()
 {
     const bool bSelected = !m_pFrameList->selectedItems().isEmpty();
-    for (QPushButton* pButton : {m_pRemoveButton, m_pUpButton, m_pDownButton})
+    for (QPushButton* pButton : {m_pRemoveButton, m_pUpButton, m_pDownButton}) {
         pButton->setEnabled(bSelected);
+    }
     m_pSortButton->setEnabled(m_pFrameList->count() > 1);
 }
 

@@ -19,8 +19,9 @@ public:
     /// The wish to stop from within.
     void clear()
     {
-        if (m_bHeld)
+        if (m_bHeld) {
             m_bFlag = false;
+        }
     }
     /// Clears the flag before the object goes, for good.
     void release()

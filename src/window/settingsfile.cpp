@@ -18,12 +18,15 @@ QString reasonNotToRead(const QString& strFile)
 {
     QByteArray bytes;
     QString strReason;
-    if (!readFileBytes(strFile, bytes, g_nMaxSettings, &strReason))
+    if (!readFileBytes(strFile, bytes, g_nMaxSettings, &strReason)) {
         return strReason;
-    if (bytes.contains("@Variant"))
+    }
+    if (bytes.contains("@Variant")) {
         return QStringLiteral("%1: holds a serialized object").arg(strFile);
-    if (QSettings(strFile, QSettings::IniFormat).status() != QSettings::NoError)
+    }
+    if (QSettings(strFile, QSettings::IniFormat).status() != QSettings::NoError) {
         return QStringLiteral("%1: not in the form of settings").arg(strFile);
+    }
     return {};
 }
 
@@ -39,15 +42,18 @@ QString settingsFile()
 QString putBadSettingsAside(const QString& strFile)
 {
     const QString strReason = QFileInfo::exists(strFile) ? reasonNotToRead(strFile) : QString();
-    if (strReason.isEmpty())
+    if (strReason.isEmpty()) {
         return {};
+    }
     QString strAside = strFile + QLatin1Char('~');
-    for (int i = 2; QFileInfo::exists(strAside) || QFileInfo(strAside).isSymLink(); ++i)
+    for (int i = 2; QFileInfo::exists(strAside) || QFileInfo(strAside).isSymLink(); ++i) {
         strAside = strFile + QStringLiteral("~%1").arg(i);
+    }
     // Not QFile::rename(), which copies what it cannot rename, however large it is.
-    if (std::rename(QFile::encodeName(strFile).constData(), QFile::encodeName(strAside).constData()) == 0)
+    if (std::rename(QFile::encodeName(strFile).constData(), QFile::encodeName(strAside).constData()) == 0) {
         return QStringLiteral("The settings cannot be read and begin anew. %1. The file is now %2.")
             .arg(strReason, strAside);
+    }
     // Below what is no folder nothing is found, and nothing can be written.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, strFile);
     return QStringLiteral("The settings cannot be read, begin anew and will not be kept. %1.").arg(strReason);

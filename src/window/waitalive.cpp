@@ -12,12 +12,14 @@ namespace tessera {
 void waitAlive(CRunReport& report, const std::function<int()>& fnTime)
 {
     const int nSlice = 10;  // ms
-    if (fnTime() <= 0)
+    if (fnTime() <= 0) {
         return;
+    }
     QElapsedTimer timer;
     timer.start();
-    while (report.goOn() && timer.elapsed() < fnTime())
+    while (report.goOn() && timer.elapsed() < fnTime()) {
         QThread::msleep(std::min<qint64>(nSlice, std::max<qint64>(1, fnTime() - timer.elapsed())));
+    }
 }
 
 }  // namespace tessera

@@ -34,14 +34,17 @@ struct Row {
 QAction* makeAction(QObject* pParent, const Row& row)
 {
     auto* pAction = new QAction(QString::fromUtf8(row.pchText), pParent);
-    if (row.pchTip)
+    if (row.pchTip) {
         pAction->setStatusTip(QString::fromUtf8(row.pchTip));
-    if (row.pchIcon)
+    }
+    if (row.pchIcon) {
         pAction->setIcon(QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(row.pchIcon))));
-    if (row.key.pchText)
+    }
+    if (row.key.pchText) {
         pAction->setShortcut(QKeySequence(QLatin1String(row.key.pchText)));
-    else if (row.key.nStandard != QKeySequence::UnknownKey)
+    } else if (row.key.nStandard != QKeySequence::UnknownKey) {
         pAction->setShortcuts(row.key.nStandard);
+    }
     pAction->setEnabled(false);
     return pAction;
 }
@@ -51,18 +54,22 @@ bool listens(const QAction* pAction)
 {
     const QWidget* pFocus = QApplication::focusWidget();
     for (const QWidget* pWidget : pAction->associatedWidgets()) {
-        if (qobject_cast<const QMenu*>(pWidget))
+        if (qobject_cast<const QMenu*>(pWidget)) {
             return true;
-        if (!pWidget->isVisible() || !pWidget->isEnabled())
+        }
+        if (!pWidget->isVisible() || !pWidget->isEnabled()) {
             continue;
+        }
         switch (pAction->shortcutContext()) {
             case Qt::WidgetShortcut:
-                if (pWidget == pFocus)
+                if (pWidget == pFocus) {
                     return true;
+                }
                 break;
             case Qt::WidgetWithChildrenShortcut:
-                if (pFocus && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
+                if (pFocus && (pWidget == pFocus || pWidget->isAncestorOf(pFocus))) {
                     return true;
+                }
                 break;
             default:
                 return true;
@@ -75,11 +82,14 @@ bool listens(const QAction* pAction)
 bool hasFocus(const QAction* pAction)
 {
     const QWidget* pFocus = QApplication::focusWidget();
-    if (!pFocus)
+    if (!pFocus) {
         return false;
-    for (const QWidget* pWidget : pAction->associatedWidgets())
-        if (!pWidget->isWindow() && (pWidget == pFocus || pWidget->isAncestorOf(pFocus)))
+    }
+    for (const QWidget* pWidget : pAction->associatedWidgets()) {
+        if (!pWidget->isWindow() && (pWidget == pFocus || pWidget->isAncestorOf(pFocus))) {
             return true;
+        }
+    }
     return false;
 }
 
@@ -358,8 +368,9 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
          "Ends the run under way once the frame or step that it is at is done; the log says so. Results that "
          "a run replaces at its end stay the former ones. The shift evaluation cannot be stopped."},
     };
-    for (const auto& explained : aExplained)
+    for (const auto& explained : aExplained) {
         explain(explained.pAction, QString::fromUtf8(explained.pchText));
+    }
     m_pShowPeakLabels->setCheckable(true);
     // The key deletes, so it must not be heard from other parts of the window.
     m_pGroupReset->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -402,7 +413,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
 
     explain(m_listSelection[0], tr("Takes the yellow square off the frame. The shift evaluation needs one."));
     const int anSide[] = {64, 128, 256, 512, 1024};
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         explain(
             m_listSelection[i + 1],
             tr("Puts a square of %1 × %1 pixels on the frame, whose pixels are compared from frame to frame "
@@ -410,6 +421,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
                "room for its drift on all sides, and few strong reflections. Too small and the beam leaves "
                "it; too large and the shifts follow reflections that come and go.")
                 .arg(anSide[i]));
+    }
 
     for (int i = 0; i < 20; ++i) {
         m_listRecent.append(makeAction(this, {"", nullptr, nullptr, {}}));
@@ -440,8 +452,9 @@ QAction* WindowActions::actionForKey(const QKeySequence& key) const
     int nBest = -1;
     for (QAction* pAction : m_listWatched) {
         if (!pAction->isEnabled() || !pAction->isVisible() || !pAction->shortcuts().contains(key) ||
-            !listens(pAction))
+            !listens(pAction)) {
             continue;
+        }
         const int nScore = (pAction->shortcuts().size() == 1 ? 100 : 0) + (hasFocus(pAction) ? 10 : 0) +
                            rank(pAction);
         if (nScore > nBest) {
@@ -457,8 +470,9 @@ bool WindowActions::eventFilter(QObject* pObject, QEvent* pEvent)
     if (pEvent->type() == QEvent::Shortcut) {
         const auto* pShortcut = static_cast<QShortcutEvent*>(pEvent);
         if (pShortcut->isAmbiguous()) {
-            if (QAction* pAction = actionForKey(pShortcut->key()))
+            if (QAction* pAction = actionForKey(pShortcut->key())) {
                 pAction->trigger();
+            }
             return true;
         }
     }
@@ -467,9 +481,11 @@ bool WindowActions::eventFilter(QObject* pObject, QEvent* pEvent)
 
 int WindowActions::checkedIndex(const QList<QAction*>& listAction)
 {
-    for (int i = 0; i < listAction.size(); ++i)
-        if (listAction[i]->isChecked())
+    for (int i = 0; i < listAction.size(); ++i) {
+        if (listAction[i]->isChecked()) {
             return i;
+        }
+    }
     return 0;
 }
 
@@ -478,13 +494,17 @@ int WindowActions::checkedIndex(const QList<QAction*>& listAction)
 // menu.
 int WindowActions::rank(const QAction* pAction) const
 {
-    if (pAction == m_pAbout)
+    if (pAction == m_pAbout) {
         return 0;
-    if (pAction == m_pMovieFrames)
+    }
+    if (pAction == m_pMovieFrames) {
         return 3;
-    for (const QWidget* pWidget : pAction->associatedWidgets())
-        if (qobject_cast<const QMenu*>(pWidget))
+    }
+    for (const QWidget* pWidget : pAction->associatedWidgets()) {
+        if (qobject_cast<const QMenu*>(pWidget)) {
             return 2;
+        }
+    }
     return 1;
 }
 

@@ -46,8 +46,9 @@ void WindowReport::setProgress(int nValue)
     const CDeferredPaint deferred(pBar);
     pBar->setValue(nValue);
     const int nRange = pBar->maximum() - pBar->minimum();
-    if (!m_bProgressShown || nRange <= 0 || m_strFormat.isEmpty())
+    if (!m_bProgressShown || nRange <= 0 || m_strFormat.isEmpty()) {
         return;
+    }
     const QString strLeft = timeLeftText(double(m_clock.elapsed()) / 1000,
                                          double(nValue - pBar->minimum()) / nRange);
     pBar->setFormat(strLeft.isEmpty() ? m_strFormat : m_strFormat + QStringLiteral(", ") + strLeft);
@@ -55,8 +56,9 @@ void WindowReport::setProgress(int nValue)
 
 void WindowReport::endProgress()
 {
-    if (m_bProgressShown)
+    if (m_bProgressShown) {
         m_window.m_pProgressBar->hide();
+    }
     m_bProgressShown = false;
 }
 

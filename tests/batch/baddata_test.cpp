@@ -101,8 +101,9 @@ const BadCase aBad[] = {
      {"--region", "32,32,64"}},
     {"all frames blank", "blank",
      [](const Series& s) {
-         for (int i = 0; i < g_nFrames; ++i)
+         for (int i = 0; i < g_nFrames; ++i) {
              s.writeFrame(i, mrcBytes(g_nSide, g_nSide, 1, 2, QByteArray(g_nSide * g_nSide * 4, '\0')));
+         }
      }},
     {"nothing above the threshold",
      "No peaks were found",
@@ -189,14 +190,16 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         SCOPED_TRACE(bad.pszName);
         Series series;
         const QStringList listResult = {"s.sc", "s.pk", "s.uc", "s.hkl", "s.p4p", "s.ipf"};
-        for (const QString& strName : listResult)
+        for (const QString& strName : listResult) {
             series.write(strName, "earlier");
+        }
         series.write("s.sc", "64 64\n1 0 0\n2 0 0\n3 0 0\n4 0 0\n5 0 0\n");
         series.write("s.pk", bytesPeaks);
         bad.fnBreak(series);
         QList<QByteArray> listBefore;
-        for (const QString& strName : listResult)
+        for (const QString& strName : listResult) {
             listBefore.append(series.read(strName));
+        }
         QStringList listArgument = {series.path("s.ed3d"), "--json", series.path("s.json")};
         for (QString strArgument : bad.listArgument) {
             listArgument.append(
@@ -216,8 +219,9 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         // Shifts, peaks and cell are of the stages that ended well, all else of the earlier run.
         const int nStage = listStage.indexOf(bad.pszStage);
         const bool abNew[] = {nStage >= 1, nStage >= 2, nStage >= 4, false, false, false};
-        for (int i = 0; i < listResult.size(); ++i)
+        for (int i = 0; i < listResult.size(); ++i) {
             EXPECT_EQ(series.read(listResult[i]) != listBefore[i], abNew[i]) << listResult[i].toStdString();
+        }
         const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
         EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
     }
@@ -234,8 +238,9 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
                 link(qPrintable(series.path("f3.mrc")), qPrintable(series.path("hard.json"))) == 0);
     series.write("f0_s.mrc", "a frame");
     series.write("s.uc", "a cell");
-    for (const QString& strName : QDir(series.path("")).entryList(QDir::Files))
+    for (const QString& strName : QDir(series.path("")).entryList(QDir::Files)) {
         mapBefore[strName] = series.read(strName);
+    }
     const QString strFirst = series.path("f0.mrc");
     const QStringList listGeometry = {"--wavelength", "0.0251", "--pixel-size", "0.01", "--axis", "10"};
     const struct {
@@ -303,8 +308,9 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
     }
     const QStringList listAfter = QDir(series.path("")).entryList(QDir::Files);
     EXPECT_EQ(listAfter, QStringList(mapBefore.keys()));
-    for (const QString& strName : listAfter)
+    for (const QString& strName : listAfter) {
         EXPECT_EQ(series.read(strName), mapBefore[strName]) << strName.toStdString();
+    }
     EXPECT_FALSE(QFile::exists(series.path("new")));
 }
 
@@ -319,8 +325,9 @@ TEST(Output, IsWholeWhenTheReaderLeaves)
     EXPECT_GT(nLines, 10);
 
     // A reader that leaves at once, of the log and of a table.
-    for (const char* pszFile : {"s.log", "s.pk"})
+    for (const char* pszFile : {"s.log", "s.pk"}) {
         QFile::remove(series.path(pszFile));
+    }
     EXPECT_EQ(runShell(strFolder,
                        "{ tessera-batch s.ed3d --to peaks --json s.json 2>&1; echo $? >&3; } 3>status | :;"
                        "read n < status; exit $n")

@@ -19,8 +19,9 @@ inline BatchOutcome outcomeOf(QProcess& process, const QString& strProgram, cons
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(strProgram, listArgument);
     BatchOutcome outcome;
-    if (process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit)
+    if (process.waitForFinished(600000) && process.exitStatus() == QProcess::NormalExit) {
         outcome.nStatus = process.exitCode();
+    }
     process.kill();
     outcome.strText = QString::fromUtf8(process.readAll());
     return outcome;

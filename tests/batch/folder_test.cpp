@@ -52,8 +52,9 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
     BatchOutcome outcome = runBatch({path(""), "--json", strJson, "--to", "index"});
     EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
     for (const char* pch : {"Wavelength 0.02508 Å, as the frames tell (WAVELENGTH)", "Pixel size 0.008 Å⁻¹",
-                            "Tilts -20° to 19°", "f.ed3d"})
+                            "Tilts -20° to 19°", "f.ed3d"}) {
         EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(pch))) << pch;
+    }
     const QJsonObject summary = QJsonDocument::fromJson(readBytes(strJson)).object();
     const QJsonArray cell = summary["cell"].toObject()["parameters"].toArray();
     std::vector<double> vecEdge = {cell[0].toDouble(), cell[1].toDouble(), cell[2].toDouble()};
@@ -84,9 +85,10 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
 
 TEST_F(FrameFolder, WhatLacksIsNamedByItsOption)
 {
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 40; ++i) {
         writeBytes(frame(i),
                    smvBytes("WAVELENGTH=0.02508;\n", g_nSide, g_nSide, readBytes(frame(i)).mid(512)));
+    }
     BatchOutcome outcome = runBatch({path("")});
     EXPECT_EQ(outcome.nStatus, 2);
     EXPECT_TRUE(

@@ -357,13 +357,15 @@ TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
     };
     // The indices of a later start are those of the stage index, whose files it leaves alone.
     const QJsonObject through = refined({"--from", "index", "--to", "refine", "--constant-background"});
-    for (const char* pszSuffix : {"hkl", "p4p", "ipf"})
+    for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
         writeBytes(m_dir.filePath(QStringLiteral("r/q.") + pszSuffix), "earlier");
+    }
     const QJsonObject later = refined(
         {"--from", "refine", "--constant-background", "--jobs", "3", "--statistics"});
     EXPECT_EQ(later["peakPairs"], through["peakPairs"]);
-    for (const char* pszSuffix : {"hkl", "p4p", "ipf"})
+    for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
         EXPECT_EQ(result("r", pszSuffix), "earlier") << pszSuffix;
+    }
     const QJsonObject pairs = later["peakPairs"].toObject();
     for (const char* pszRun : {"wholePixels", "subPixels", "subPixelsConstant"}) {
         const QJsonObject run = pairs[pszRun].toObject();
@@ -393,8 +395,9 @@ TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
 {
     ASSERT_EQ(batch("project").nStatus, 0);
     QStringList listArgument;
-    for (const QString& strFile : QDir(m_dir.path()).entryList({"*.mrc"}, QDir::Files, QDir::Name))
+    for (const QString& strFile : QDir(m_dir.path()).entryList({"*.mrc"}, QDir::Files, QDir::Name)) {
         listArgument.append(m_dir.filePath(strFile));
+    }
     ASSERT_EQ(listArgument.size(), 40);
     const BatchOutcome outcome = runBatch(listArgument + QStringList{"--wavelength", "0.0251", "--pixel-size",
                                                                      "0.008", "--axis", "-38.5",

@@ -42,7 +42,7 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
                 {{g_dfInf, 5, g_dfNaN, -g_dfInf}, {4000, 4000, 1.01, 1.01}},
                 {{1e-44, 0}, {4000, 1.01}},  // 4000 over it is beyond single precision
                 {{}, {}}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         for (double dfRatio : {2.0, 0.0, 37.5}) {
             const std::vector<float> vecSize = pointSizes(peaksOfIntensity(row.vecIntensity), dfRatio);
             ASSERT_EQ(vecSize.size(), row.vecX.size());
@@ -52,13 +52,15 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
                 EXPECT_EQ(vecSize[i] > 0, dfRatio > 0);
             }
         }
+    }
     // 64 classes from 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
     const PointSizeClasses classes = pointSizeClasses({3, 0.5, 99, 40, 13.4f, 14}, {1, 1, 0, 1, 1, 1});
     EXPECT_NEAR(classes.m_fSizeClass[21], 0.5 + 39.5 / 3, 1e-5);
     const std::pair<size_t, std::vector<int>> aClass[] = {
         {3, {0}}, {0, {1}}, {63, {3}}, {20, {4}}, {21, {5}}};
-    for (const auto& row : aClass)
+    for (const auto& row : aClass) {
         EXPECT_EQ(classes.m_pnSizeClass[row.first], row.second) << row.first;
+    }
     EXPECT_EQ(pointSizeClasses({3, 3}, {1, 1}).m_pnSizeClass[0], (std::vector<int>{0, 1}));
 }
 
@@ -78,11 +80,13 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
         for (int i = 0; i < nPoints; ++i) {
             int nHeld = 0, nShown = 0, anSum[3] = {};
             for (size_t k = vecTruth.size(); k-- > 0;) {
-                if (k == 0 && nHeld == 0)
+                if (k == 0 && nHeld == 0) {
                     vecTruth[0].insert(i);
+                }
                 nHeld += int(vecTruth[k].count(i));
-                if (!vecTruth[k].count(i) || !groups.visible()[int(k)])
+                if (!vecTruth[k].count(i) || !groups.visible()[int(k)]) {
                     continue;
+                }
                 const QColor color = groups.colors()[int(k)];
                 ++nShown;
                 anSum[0] += color.red();
@@ -93,9 +97,10 @@ TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
             const size_t n = size_t(i);
             ASSERT_EQ(bool(display.m_pbPointVisible[n]), nShown > 0 || bSelected) << i;
             const float afShown[3] = {display.m_pfRed[n], display.m_pfGreen[n], display.m_pfBlue[n]};
-            for (int c = 0; c < 3; ++c)
+            for (int c = 0; c < 3; ++c) {
                 ASSERT_FLOAT_EQ(afShown[c] * 255,
                                 bSelected ? (c == 0) * 255 : anSum[c] / std::max(nShown, 1));
+            }
         }
         EXPECT_EQ(groups.points()[0], QList<int>(vecTruth[0].begin(), vecTruth[0].end()));
     };
@@ -155,8 +160,9 @@ TEST(Camera, TurnsAsQuaternionsDo)
     CCamera camera;
     const auto expectRotation = [&camera](const QQuaternion& quaternion, double dfTolerance) {
         const QMatrix3x3 matrix = quaternion.toRotationMatrix();
-        for (int n = 0; n < 9; ++n)
+        for (int n = 0; n < 9; ++n) {
             ASSERT_NEAR(camera.m_fRotation[n / 3 * 4 + n % 3], matrix(n % 3, n / 3), dfTolerance) << n;
+        }
     };
     QQuaternion turned;
     const int nW = 611, nH = 400;
@@ -196,10 +202,11 @@ TEST(Camera, TurnsAsQuaternionsDo)
     } aPlace[] = {{100, 50, {0, 0, 1}, 1},
                   {0, 0, {-1, 1, 0}, M_SQRT2},
                   {150, 50, {0.5f, 0, M_SQRT1_2}, std::sqrt(0.75)}};  // half way to the right: cos 45°
-    for (const auto& place : aPlace)
+    for (const auto& place : aPlace) {
         EXPECT_LT(length(trackballVector(place.nX, place.nY, 200, 100) -
                          scaledDouble(place.vec, 1 / place.dfLength)),
                   1e-6);
+    }
 }
 
 TEST(Camera, NoZoomTurnsThePictureRound)
@@ -245,15 +252,17 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     const auto key = [](const Vec3D& v) {
         return std::vector<long>{std::lround(v.x * 1e4), std::lround(v.y * 1e4), std::lround(v.z * 1e4)};
     };
-    for (const Vec3D& v : makeLatticeGrid(basis, anGreat, 1.f, camera).vecPoint)
+    for (const Vec3D& v : makeLatticeGrid(basis, anGreat, 1.f, camera).vecPoint) {
         setDrawn.insert(key(v));
+    }
     size_t nSeen = 0;
     for (int n = 0; n < 121 * 101 * 81; ++n) {
         const int h = n / 8181 - 60, k = n / 81 % 101 - 50, l = n % 81 - 40;
         const Vec3D v = scaled(a, h) + scaled(b, k) + scaled(c, l);
         bool bSeen = true;
-        for (size_t r = 0; r < 3; ++r)
+        for (size_t r = 0; r < 3; ++r) {
             bSeen = bSeen && std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) < 1.f;
+        }
         nSeen += bSeen;
         ASSERT_TRUE(!bSeen || setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;
     }

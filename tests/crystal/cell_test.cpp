@@ -61,8 +61,9 @@ TEST(Cell, CoPlanarVectorsAreNoBasisHoweverTheyLie)
             for (size_t i = 0; i < 3; ++i) {
                 const double adf[] = {0.1 * a[i], 0.05 * b[i],
                                       0.1 * (dfX * a[i] + dfY * b[i] + dfOff * c[i])};
-                for (int k = 0; k < 3; ++k)
+                for (int k = 0; k < 3; ++k) {
                     (i == 0 ? listCell[k].x : i == 1 ? listCell[k].y : listCell[k].z) = float(adf[k]);
+                }
             }
             double adfCell[6] = {1, 2, 3, 4, 5, 6};
             EXPECT_EQ(cellParametersFromList(listCell, adfCell[0], adfCell[1], adfCell[2], adfCell[3],
@@ -94,8 +95,9 @@ TEST(Cell, NeedsThreeVectorsThatSpanASpace)
                                      QList<Vec3D>{a, b, a + b}, QList<Vec3D>{a, b, vecInfinite}}) {
         double f[6] = {1, 2, 3, 4, 5, 6};
         EXPECT_FALSE(cellParametersFromList(list, f[0], f[1], f[2], f[3], f[4], f[5]));
-        for (int n = 0; n < 6; ++n)
+        for (int n = 0; n < 6; ++n) {
             EXPECT_EQ(f[n], n + 1);
+        }
     }
     // The basis is dual: the way there is the way back.
     Vec3D aDirect[3], aBack[3];
@@ -134,8 +136,9 @@ TEST(TransformUnitCell, SaysTheNewCellOrWhyThereIsNone)
         const QList<Vec3D> listCell = basis ? basis->toList() : QList<Vec3D>();
         EXPECT_TRUE(report.log().startsWith(row.strMessage)) << report.log().toStdString();
         ASSERT_EQ(listCell.size(), row.listCell.size());
-        for (int n = 0; n < row.listCell.size(); ++n)
+        for (int n = 0; n < row.listCell.size(); ++n) {
             EXPECT_LE(length(listCell[n] - row.listCell[n]), 1e-8f) << &row - aRow << ' ' << n;
+        }
     }
 }
 

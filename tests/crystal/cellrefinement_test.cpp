@@ -20,11 +20,15 @@ QList<Peak3D> simulated()
 {
     const CCrystalParaCal cell(g_trueCell);
     QList<Peak3D> list;
-    for (int h = 0; h <= 4; ++h)
-        for (int k = -4; k <= 4; ++k)
-            for (int l = -4; l <= 4; ++l)
-                if (h != 0 || k != 0 || l != 0)
+    for (int h = 0; h <= 4; ++h) {
+        for (int k = -4; k <= 4; ++k) {
+            for (int l = -4; l <= 4; ++l) {
+                if (h != 0 || k != 0 || l != 0) {
                     list.append(reflection(h, k, l, 0, cell.calDStar(h, k, l)));
+                }
+            }
+        }
+    }
     return list;
 }
 
@@ -48,8 +52,9 @@ TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
     }
     const Refined r(list);
     ASSERT_TRUE(r.found);
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         EXPECT_NEAR(r.found->cell.numbers()[n], g_trueCell.numbers()[n] / (n < 3 ? 1.01 : 1), 1e-9);
+    }
     EXPECT_NEAR(r.found->dfRmsBefore[0], 0.01 * std::sqrt(dfSquares / list.size()), 1e-12);
     EXPECT_NEAR(r.found->dfRmsBefore[1], 0.01 / 1.01, 1e-12);
     EXPECT_NEAR(r.found->dfRmsAfter[0] + r.found->dfRmsAfter[1], 0, 1e-12);
@@ -63,8 +68,9 @@ TEST(CellRefinement, TellsStartResultAndFiguresOfMerit)
                                 "Unit cell UCLS e.s.d: ",
                                 "RMS of the d* errors after fitting: "};
     ASSERT_EQ(r.report.m_listLine.size(), listStart.size());
-    for (int n = 0; n < listStart.size(); ++n)
+    for (int n = 0; n < listStart.size(); ++n) {
         EXPECT_TRUE(r.report.m_listLine[n].startsWith(listStart[n])) << r.report.m_listLine[n].toStdString();
+    }
     EXPECT_TRUE(r.report.m_listLine[4].endsWith(QString("; result = %1").arg(r.found->nInfo)));
 }
 
@@ -82,8 +88,9 @@ TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
     };
     for (int i = 0; i < 2000; ++i) {
         QList<Peak3D> list = listTrue;
-        for (Peak3D& peak : list)
+        for (Peak3D& peak : list) {
             peak.dfDStar = std::sqrt(peak.dfDStar * peak.dfDStar + noise(generator));
+        }
         const Refined r(list);
         ASSERT_TRUE(r.found);
         for (size_t n = 0; n < 6; ++n) {
@@ -92,19 +99,22 @@ TEST(CellRefinement, TheErrorsOfTheCellAreTheScatterOfItsFits)
                 r.found->dfCoefficientStdErr[n]);
         }
     }
-    for (int n = 0; n < 12; ++n)  // a root of 2000 squares is good to 1.6 %
+    for (int n = 0; n < 12; ++n) {  // a root of 2000 squares is good to 1.6 %
         EXPECT_NEAR(std::sqrt(aVariance[n] / aSquares[n]), 1, 0.05) << n;
+    }
 }
 
 TEST(CellRefinement, SaysWhatTheReflectionsDoNotTell)
 {
     QList<Peak3D> listFlat, listSix, listNone = simulated();
     for (Peak3D& p : listNone) {
-        if (p.dfL == 0)
+        if (p.dfL == 0) {
             listFlat.append(p);
+        }
         if (std::min({p.dfH, p.dfK, p.dfL}) >= 0 && std::max({p.dfH, p.dfK, p.dfL}) == 1 &&
-            p.dfH + p.dfK + p.dfL <= 2)
+            p.dfH + p.dfK + p.dfL <= 2) {
             listSix.append(p);
+        }
         p.dfDStar = 0;
     }
     const Refined flat(listFlat), six(listSix), few(listSix.mid(1)), none(listNone);
@@ -128,8 +138,9 @@ TEST(CellRefinement, SaysWhatTheReflectionsDoNotTell)
     EXPECT_FALSE(refine(listNone));
     EXPECT_EQ(cell.numbers(), (std::array<double, 6>{7, 9, 11, 70, 80, 65}));
     EXPECT_TRUE(refine(simulated()));
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         EXPECT_NEAR(cell.numbers()[n], g_trueCell.numbers()[n], 1e-9);
+    }
 }
 
 // One line through points that are not on one, by derivatives; the step of finite differences is not in use.
@@ -139,9 +150,9 @@ TEST(LmderFit, GivesTheRegressionLineWhateverTheStepOfDifferences)
     const LmderFunction fn = [](void*, int m, int, const double* x, double* fvec, double* fjac, int ldfjac,
                                 int iflag) {
         for (int i = 0; i < m; ++i) {
-            if (iflag == 1)
+            if (iflag == 1) {
                 fvec[i] = x[0] + x[1] * i - adfY[i];
-            else if (iflag == 2) {
+            } else if (iflag == 2) {
                 fjac[i] = 1;
                 fjac[i + ldfjac] = i;
             }

@@ -19,9 +19,11 @@ using Indices = std::vector<std::array<int, 3>>;
 Indices indicesOf(const QList<HKLRef>& list, bool bWithOrigin = true)
 {
     Indices indices;
-    for (const HKLRef& hkl : list)
-        if (bWithOrigin || hkl.nH != 0 || hkl.nK != 0 || hkl.nL != 0)
+    for (const HKLRef& hkl : list) {
+        if (bWithOrigin || hkl.nH != 0 || hkl.nK != 0 || hkl.nL != 0) {
             indices.push_back({hkl.nH, hkl.nK, hkl.nL});
+        }
+    }
     return indices;
 }
 
@@ -32,18 +34,22 @@ Indices plainEnumeration(float fDStar, const QList<Vec3D>& cell, double dfLow, d
     Indices indices;
     const int nMax[3] = {int(2 * fDStar / length(cell[0])), int(2 * fDStar / length(cell[1])),
                          int(2 * fDStar / length(cell[2]))};
-    for (int h = -nMax[0]; h <= nMax[0]; ++h)
-        for (int k = -nMax[1]; k <= nMax[1]; ++k)
+    for (int h = -nMax[0]; h <= nMax[0]; ++h) {
+        for (int k = -nMax[1]; k <= nMax[1]; ++k) {
             for (int l = -nMax[2]; l <= nMax[2]; ++l) {
                 const Vec3D g = scaled(cell[0], float(h)) + scaled(cell[1], float(k)) +
                                 scaled(cell[2], float(l));
                 const double dfAngle = std::atan2(double(g.z), double(g.y)) * 180 / std::acos(-1.0);
                 bool bSwept = false;
-                for (double df : {dfAngle - 180, dfAngle, dfAngle + 180})
+                for (double df : {dfAngle - 180, dfAngle, dfAngle + 180}) {
                     bSwept |= dfLow < df && df < dfHigh && std::fabs(df) <= 180;
-                if (bSwept && squaredLength(g) < fDStar * fDStar)
+                }
+                if (bSwept && squaredLength(g) < fDStar * fDStar) {
                     indices.push_back({h, k, l});
+                }
             }
+        }
+    }
     return indices;
 }
 
@@ -55,8 +61,9 @@ TEST(ReflectionIndices, HalvesGoAwayFromZeroAndNothingOverflows)
         double dfIndex;
         int nRounded;
     } aRow[] = {{0.5, 1}, {-2.5, -3}, {-1.499, -1}, {1e300, INT_MAX}, {-1e300, INT_MIN}, {std::nan(""), 0}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         EXPECT_EQ(getRoundedHKLRef({reflection(0, row.dfIndex, 0, 7)})[0].nK, row.nRounded) << row.dfIndex;
+    }
     EXPECT_TRUE(isCloseToInteger(Vec3D{1.25f, -1.75f, 0}, 0.25f));
     EXPECT_FALSE(isCloseToInteger(Vec3D{0, 0, -3.2501f}, 0.25f));
     EXPECT_FALSE(isCloseToInteger(Vec3D{std::nanf(""), 0, 0}, 0.5f));
@@ -68,8 +75,9 @@ TEST(ReflectionSet, AnswersWhatTheLinearSearchAnswers)
     std::uniform_int_distribution<int> uniform(-12, 12);
     const auto any = [&]() { return HKLRef{uniform(generator), uniform(generator), uniform(generator), 5}; };
     QList<HKLRef> list{{INT_MAX, INT_MIN, 0, 0}};
-    for (int n = 0; n < 900; ++n)
+    for (int n = 0; n < 900; ++n) {
         list.append(any());
+    }
     const CReflectionSet set(list);
     EXPECT_TRUE(set.contains(list[0]));
     for (int n = 0; n < 3000; ++n) {
@@ -87,10 +95,11 @@ TEST(ExpectedReflections, SameAsThePlainTripleLoop)
     const QList<QList<double>> listTilts{{-50, 0, 63}, {63, -50}, {0, 1, 170},
                                          {-179, 179},  {10, 13},  {100, 178.5}};
     QList<Peak3D> listPeak;  // the element at 95 % counts
-    for (int n = 0; n < 100; ++n)
+    for (int n = 0; n < 100; ++n) {
         listPeak.append(reflection(0, 0, 1, 1, 0.61 + ((37 * n) % 100 - 95)));
+    }
     CRecordingReport report;
-    for (const QList<Vec3D>& cell : listCells)
+    for (const QList<Vec3D>& cell : listCells) {
         for (const QList<double>& tilts : listTilts) {
             const double dfLow = std::min(tilts.first(), tilts.last()) + 2,
                          dfHigh = std::max(tilts.first(), tilts.last()) - 2;
@@ -103,6 +112,7 @@ TEST(ExpectedReflections, SameAsThePlainTripleLoop)
             EXPECT_TRUE(!bRise || indicesOf(calAllReflections(listPeak, basisFromList(cell), tilts,
                                                               report)) == indicesOf(list, false));
         }
+    }
     EXPECT_TRUE(report.m_listLine.isEmpty());
 }
 

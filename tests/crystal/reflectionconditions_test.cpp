@@ -15,9 +15,11 @@ TEST(ReflectionStatistics, TablesOfParity)
                  {2, 0, 1, 29},  {1, 1, 0, 31}, {1, 2, 0, 37}, {2, 1, 0, 41},  {1, 0, 0, 43},
                  {2, 0, 0, 200}, {0, 1, 0, 47}, {0, 2, 0, 53}, {0, 0, -3, 59}, {0, 0, 2, 300}};
     QList<Peak3D> list{reflection(0, 0, 5, 1), reflection(0, 0, 5, 1)};  // weak ones count as even
-    for (const auto& kind : aKind)
-        for (int n = 0; n < kind.nCount; ++n)
+    for (const auto& kind : aKind) {
+        for (int n = 0; n < kind.nCount; ++n) {
             list.append(reflection(kind.h + 0.1, kind.k - 0.1, kind.l, 10));
+        }
+    }
     const struct {
         const char *pszClass, *pszTest;  // null: the class before
         int nEven, nOdd, nTotal;
@@ -32,10 +34,11 @@ TEST(ReflectionStatistics, TablesOfParity)
                 {"0k0", "k:", 53, 47, 100, false},      {"00l", "l:", 302, 59, 361, true}};
     QStringList listExpected;
     for (const auto& row : aRow) {
-        if (row.pszClass)
+        if (row.pszClass) {
             listExpected
                 << QString("%1Reflection condition for %2:").arg(&row == aRow ? "" : "\n", row.pszClass)
                 << "            2n  2n+1 Total\n--------------------------";
+        }
         listExpected << (row.bRed ? "red " : "") + QString::asprintf("%8s %5d %5d %5d", row.pszTest,
                                                                      row.nEven, row.nOdd, row.nTotal);
     }
@@ -79,8 +82,9 @@ TEST(TestReflectionConditions, OneLineForEachGroupAndNoStopping)
         {2, "  1        P 1               ∞ (   3/   0)               ∞ (   1.051,0/       0,0)"},
         {226, "225   F m -3 m             2.0 (   2/   1)           525.0 (   1.575,0/       3,0)"},
         {230, "229   I m -3 m             0.5 (   1/   2)             0.0 (      50,0/   1.551,5)"}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         EXPECT_EQ(report.m_listLine[row.first], row.second);
+    }
     EXPECT_TRUE(spaceGroup.nNumber == 230 && report.m_nAsked == 230);
     EXPECT_EQ(report.m_listProgress.first() + report.m_listProgress.value(230) + report.m_listProgress.last(),
               "%v/%m 0..230230end");

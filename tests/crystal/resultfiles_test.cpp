@@ -71,8 +71,9 @@ TEST_F(ResultFiles, HklColumnsHoldFromMinus999To9999)
                                      "   1   2   312345.67    1.00\n1 2 3 12345.6\n"
                                      "12 13 14 12345.6\n1 2 34\n");
     QStringList listRead;
-    for (const HKL5& hkl : readHKLFile(path("wide.hkl")))
+    for (const HKL5& hkl : readHKLFile(path("wide.hkl"))) {
         listRead += QString("%1,%2,%3 %4").arg(hkl.nH).arg(hkl.nK).arg(hkl.nL).arg(double(hkl.fI), 0, 'f', 1);
+    }
     EXPECT_EQ(listRead.join("; "),
               "-100,-999,-10 20.0; 1000,9999,1234 30.5; 1,1000,-1 -5.0; "
               "9999,-999,1000 0.0; 0,0,0 0.0; 1,2,3 12345.7; 1,2,3 12345.6; "
@@ -112,9 +113,10 @@ TEST_F(ResultFiles, HklFilesAreReadInFreeFormat)
                "# comment\n   1  -2   3  1234.6     1.0\n\n1 2 3\n+4\t5 6 -7e2 x\r\n1.5 2 3 4\n"
                "99999999999 1 1 5\n1 1 1 1e99\n7 8 9 1e-60\n2 2 2 nonsense\n   0   0   0     0.0     0.0");
     QString strRead;
-    for (const HKL5& hkl : readHKLFile(path("in.hkl")))
+    for (const HKL5& hkl : readHKLFile(path("in.hkl"))) {
         strRead +=
             QString("%1,%2,%3 %4; ").arg(hkl.nH).arg(hkl.nK).arg(hkl.nL).arg(double(hkl.fI), 0, 'f', 1);
+    }
     EXPECT_EQ(strRead, "1,-2,3 1234.6; 4,5,6 -700.0; 7,8,9 0.0; 0,0,0 0.0; ");
     QList<Peak3D> listPeak;
     EXPECT_TRUE(loadShelxFile(path("in.hkl"), basisFromList(g_listCell), listPeak, m_report));

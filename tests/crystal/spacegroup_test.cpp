@@ -22,10 +22,12 @@ std::vector<gemmi::Op> asGemmi(const std::vector<CSymOp>& vecOperation)
     std::vector<gemmi::Op> vecOp;
     for (const CSymOp& op : vecOperation) {
         vecOp.emplace_back();
-        for (int n = 0; n < 9; ++n)
+        for (int n = 0; n < 9; ++n) {
             vecOp.back().rot[n / 3][n % 3] = int(std::lround(op.dfRotation[n] * gemmi::Op::DEN));
-        for (int n = 0; n < 3; ++n)
+        }
+        for (int n = 0; n < 3; ++n) {
             vecOp.back().tran[n] = int(std::lround(op.dfTranslation[n] * gemmi::Op::DEN));
+        }
         vecOp.back().wrap();
     }
     return vecOp;
@@ -35,9 +37,11 @@ std::vector<gemmi::Op> asGemmi(const std::vector<CSymOp>& vecOperation)
 const gemmi::SpaceGroup* settingOf(int nNumber, std::vector<gemmi::Op> vecOp)
 {
     std::sort(vecOp.begin(), vecOp.end());
-    for (const gemmi::SpaceGroup& setting : gemmi::spacegroup_tables::main)
-        if (setting.number == nNumber && setting.operations().all_ops_sorted() == vecOp)
+    for (const gemmi::SpaceGroup& setting : gemmi::spacegroup_tables::main) {
+        if (setting.number == nNumber && setting.operations().all_ops_sorted() == vecOp) {
             return &setting;
+        }
+    }
     return nullptr;
 }
 
@@ -52,8 +56,9 @@ TEST(SpaceGroup, EveryGroupIsATabulatedSettingOfItsSymbolWithItsAbsences)
         const gemmi::SpaceGroup* pSetting = settingOf(n, asGemmi(spaceGroup.vecOperation));
         ASSERT_NE(pSetting, nullptr) << n << ", " << spaceGroup.vecOperation.size();
         std::string strFull = spaceGroupSymbol(n);
-        if (n >= 3 && n <= 15)  // monoclinic, unique axis b: the full symbol names all three axes
+        if (n >= 3 && n <= 15) {  // monoclinic, unique axis b: the full symbol names all three axes
             strFull = strFull.substr(0, 1) + " 1" + strFull.substr(1) + " 1";
+        }
         EXPECT_EQ(strFull, pSetting->hm) << n;
         const char chExpected = strFull[0] == 'R' ? 'H' : n == 222 ? '2' : '1';
         EXPECT_TRUE(pSetting->ext == '\0' || pSetting->ext == chExpected) << n << ' ' << pSetting->ext;
@@ -74,10 +79,12 @@ TEST(SpaceGroup, LaueGroupHoldsTheRotationsOfTheGroupAndTheInversionAndNoMore)
 {
     for (int n = 1; n <= 230; ++n) {
         std::set<gemmi::Op::Rot> setRotation, setLaue;
-        for (const gemmi::Op& op : asGemmi(operationsOfSpaceGroup(n)))
+        for (const gemmi::Op& op : asGemmi(operationsOfSpaceGroup(n))) {
             setRotation.insert({op.rot, op.negated_rot()});
-        for (const gemmi::Op& op : asGemmi(operationsOfSpaceGroup(laueGroupNumber(n))))
+        }
+        for (const gemmi::Op& op : asGemmi(operationsOfSpaceGroup(laueGroupNumber(n)))) {
             setLaue.insert(op.rot);
+        }
         EXPECT_EQ(setRotation, setLaue) << n;
     }
 }
@@ -93,11 +100,15 @@ TEST(SpaceGroup, FastClosingGivesThePlainLoopsListInItsOrder)
         }
         for (size_t nBefore = 0; nBefore != vecPlain.size();) {
             nBefore = vecPlain.size();
-            for (size_t i = 0; i < vecPlain.size(); ++i)
-                for (size_t j = i; j < vecPlain.size(); ++j)
-                    for (const gemmi::Op& op : {vecPlain[i] * vecPlain[j], vecPlain[j] * vecPlain[i]})
-                        if (std::find(vecPlain.begin(), vecPlain.end(), op) == vecPlain.end())
+            for (size_t i = 0; i < vecPlain.size(); ++i) {
+                for (size_t j = i; j < vecPlain.size(); ++j) {
+                    for (const gemmi::Op& op : {vecPlain[i] * vecPlain[j], vecPlain[j] * vecPlain[i]}) {
+                        if (std::find(vecPlain.begin(), vecPlain.end(), op) == vecPlain.end()) {
                             vecPlain.push_back(op);
+                        }
+                    }
+                }
+            }
         }
         EXPECT_TRUE(asGemmi(operationsOfSpaceGroup(n)) == vecPlain) << n;
     }

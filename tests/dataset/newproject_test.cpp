@@ -17,8 +17,9 @@ TEST(NewProject, WavelengthAndPixelSize)
 {
     // Williams & Carter, table 1.2.
     const double aPublished[][2] = {{80, 0.04176}, {100, 0.03701}, {200, 0.02508}, {300, 0.01969}};
-    for (const auto& row : aPublished)
+    for (const auto& row : aPublished) {
         EXPECT_NEAR(electronWavelength(row[0]), row[1], 0.5e-5) << row[0] << " kV";
+    }
     EXPECT_EQ(electronWavelength(0), 0);
     EXPECT_EQ(electronWavelength(-511), 0);
     // A ring of d = 2 Å stands R = L λ / d from the beam; R in pixels times their size is 1 / d.
@@ -31,11 +32,13 @@ TEST(NewProject, FramesInTheOrderOfTheirNumbers)
 {
     QTemporaryDir dir;
     for (const char* pch : {"s10.mrc", "S9.MRC", "s009.mrc", "s2a.mrc", "s1.png", "readme.txt", "a12b3.mrc",
-                            "a012b20.mrc", "s2.mrc", "s2_s.mrc", "Ns2.mrc", "s.mrc", "s.ed3d"})
+                            "a012b20.mrc", "s2.mrc", "s2_s.mrc", "Ns2.mrc", "s.mrc", "s.ed3d"}) {
         writeBytes(dir.filePath(pch), "x");
+    }
     QStringList listName;
-    for (const QString& strFile : framesInFolder(dir.path()))
+    for (const QString& strFile : framesInFolder(dir.path())) {
         listName += QFileInfo(strFile).fileName();
+    }
     EXPECT_EQ(listName,
               QStringList({"a12b3.mrc", "a012b20.mrc", "s2.mrc", "s2a.mrc", "S9.MRC", "s009.mrc", "s10.mrc"}))
         << listName.join(' ').toStdString();
@@ -117,8 +120,9 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
 TEST(NewProject, NamesFramesFromBehindALink)
 {
     QTemporaryDir dir;
-    for (const char* pch : {"deep", "deep/project", "frames"})
+    for (const char* pch : {"deep", "deep/project", "frames"}) {
         ASSERT_TRUE(QDir(dir.path()).mkdir(pch));
+    }
     writeBytes(dir.filePath("frames/a.mrc"), "x");
     ASSERT_TRUE(QFile::link(dir.filePath("deep/project"), dir.filePath("link")));
     NewProject project;

@@ -85,8 +85,9 @@ QByteArray tiffOfPages(quint32 nPages)
     stream << quint16(0x4949) << quint16(42) << nFirst << quint32(0) << quint32(1) << quint32(2);
     for (quint32 n = 1; n <= nPages; ++n) {
         stream << quint16(nTags);
-        for (const auto& tag : aTag)
+        for (const auto& tag : aTag) {
             stream << quint16(tag[0]) << quint16(4) << quint32(1) << tag[1];
+        }
         stream << (n < nPages ? nFirst + n * nDirectory : quint32(0));
     }
     return bytes;
@@ -299,8 +300,9 @@ TEST_F(Opening, TakesAFileOfManyImagesApart)
     EXPECT_TRUE(m_report.said(path("five.tif holds 5 images: each is a frame of the series.")));
     for (const QStringList& listFile :
          {QStringList{path("two.tif")}, QStringList{path("five.tif"), path("two.tif")},
-          QStringList{path("five.tif#1"), path("five.tif#2"), path("five.tif#4")}})
+          QStringList{path("five.tif#1"), path("five.tif#2"), path("five.tif#4")}}) {
         EXPECT_EQ(framesOfImageFiles(listFile), listFile);
+    }
     EXPECT_EQ(missingFrames({path("five.tif#5"), path("five.tif#6"), path("two.tif#1")}),
               QStringList(path("five.tif#6 (the file holds 5 images)")));
 }

@@ -29,8 +29,9 @@ QString storeText(const DataSet& data)
             EXPECT_EQ(peak.nFrame, nFrame);
             strText += QString::asprintf("%.11g %.11g %g %g #%d {", peak.dfX2D, peak.dfY2D, peak.dfIPoint,
                                          peak.dfI2D, peak.nID);
-            for (int nGroup : data.m_vecPeakGroup[nFrame][i])
+            for (int nGroup : data.m_vecPeakGroup[nFrame][i]) {
                 strText += QString("%1,").arg(nGroup);
+            }
             strText += '}';
         }
     }
@@ -62,13 +63,15 @@ TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
         {"1 0 0 0.1 16777217 3", "0.10000000149 16777216 3 3 #0 {}|", {}},  // single precision
         {"1 0 0 1 2 3\n2 2 0 1 2 3", strOld, {strFrames}},
         {"1 2147483647 0 1 2 3", strOld, {strFrames}}};
-    for (const char* strNone : {"2 0 0 1 2 3", "1 0 0 1 2 3\n1 0 1 1 2 3", "", "# a\n#b"})
+    for (const char* strNone : {"2 0 0 1 2 3", "1 0 0 1 2 3\n1 0 1 1 2 3", "", "# a\n#b"}) {
         listRow.append({strNone, strOld, {}});
+    }
     for (const QByteArray& strSecond :
          {QByteArray("2 0 1 4 5\n3 0 2 6 7 8"), QByteArray("2 0 1 4,5 1 6"), QByteArray("2 0 1 nan 5 6"),
           QByteArray("2 -1 1 4 5 6"), QByteArray("2 0 1 4 \0 6", 11),
-          QByteArray("2 0 1 12.012345.6 5.0 5.0 8000000000000000")})
+          QByteArray("2 0 1 12.012345.6 5.0 5.0 8000000000000000")}) {
         listRow.append({"1 0 0 1 2 3\n" + strSecond, "1 2 3 3 #0 {}|", {strBad}});
+    }
     for (const Row& row : listRow) {
         SCOPED_TRACE(row.bytesFile.constData());
         DataSet data;
@@ -90,8 +93,9 @@ TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
 TEST(PeakList, NeedsFramesUpToItsLastAndMovesTheBarEveryThousandLines)
 {
     QByteArray bytesFile;
-    for (int i = 1; i <= 2500; ++i)
+    for (int i = 1; i <= 2500; ++i) {
         bytesFile += QByteArray::number(i) + " 9 0 1 2 3\n";
+    }
     for (int nFrames : {9, 10, 20}) {
         DataSet data;
         setFrames(data, nFrames);
@@ -141,8 +145,9 @@ TEST(PeakList, LeavesGroupsOfOtherPeaksAsideAndCountsLinesTooWide)
     EXPECT_EQ(readPeakList(data, strFile, report), 1);
     EXPECT_EQ(data.m_listPeakFrame[1].size(), 0)
         << "the touching line ends the list instead of being misread";
-    for (const QString& strBad : {QString(), folder.filePath("none/a.pk"), folder.path()})
+    for (const QString& strBad : {QString(), folder.filePath("none/a.pk"), folder.path()}) {
         EXPECT_EQ(writePeakList(data, strBad), 0);
+    }
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("a.pk")) << "no half files";
 }
 

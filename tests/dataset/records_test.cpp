@@ -17,11 +17,14 @@ TEST(GroupMask, TextAndListGoBothWays)
     }
     EXPECT_EQ(groupsOfMask(groupMask({64, 5, -1, 5, 0})), QList<int>({0, 5})) << "64 and -1 are dropped";
     EXPECT_EQ(groupsOfMask(maskOfText("c")), QList<int>({60, 61})) << "short and lower case";
-    for (const char* strBad : {"", "g000000000000000", "80000000000000000", "12.5"})
+    for (const char* strBad : {"", "g000000000000000", "80000000000000000", "12.5"}) {
         EXPECT_EQ(maskOfText(strBad), 0u) << strBad;
+    }
     // a peak without an entry is in group 0, one with an empty list in none
-    for (const auto& [nFrame, nPeak] : {std::pair(0, 1), std::pair(1, 0), std::pair(-1, 0), std::pair(0, -1)})
+    for (const auto& [nFrame, nPeak] :
+         {std::pair(0, 1), std::pair(1, 0), std::pair(-1, 0), std::pair(0, -1)}) {
         EXPECT_EQ(peakGroupMaskText({{{2}}}, nFrame, nPeak), QString("8000000000000000"));
+    }
 }
 
 TEST(BeamTiltBreaks, StartWhereTheStepGrowsByMoreThanHalf)
@@ -34,8 +37,9 @@ TEST(BeamTiltBreaks, StartWhereTheStepGrowsByMoreThanHalf)
                 {{0, 1, 2.5, 4.75}, {1, 0, 0, 0}},  // exactly 1.5 times: no break
                 {{0, 0.5, 1, 0, 0.5, 1, 0}, {1, 0, 0, 1, 0, 0, 1}},
                 {{0, 0, 0, 1}, {1, 0, 0, 1}}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         EXPECT_EQ(beamTiltBreaks(row.listTilt), row.listBreak) << row.listTilt.size();
+    }
 }
 
 TEST(DisplayName, LaysTheBaseNamesOverOneAnother)

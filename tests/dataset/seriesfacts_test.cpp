@@ -27,8 +27,9 @@ ToldTilts tiltsOf(int nFrames, const Spoil& fnTell, QStringList* plistDoubt = nu
         listName += QString("f%1").arg(i);
     }
     const ToldTilts tilts = tiltsOfHeaders(vecHeader, listName, listDoubt);
-    if (plistDoubt)
+    if (plistDoubt) {
         *plistDoubt = listDoubt;
+    }
     return tilts;
 }
 
@@ -48,10 +49,11 @@ protected:
     QStringList writeFrames(int nFrames, const std::function<QByteArray(int)>& fnLines = {}) const
     {
         QStringList listFrame;
-        for (int i = 0; i < nFrames; ++i)
+        for (int i = 0; i < nFrames; ++i) {
             listFrame += write(QString("a_%1.img").arg(i + 1),
                                smvBytes(fnLines ? fnLines(i) : smvLines(-10 + 0.5 * i, 0.5, 0.05, 400), 8, 8,
                                         QByteArray(128, '\1')));
+        }
         return listFrame;
     }
     QTemporaryDir m_dir;
@@ -105,8 +107,9 @@ TEST(ToldTilts, ThatAreEqualOrMissingAreNotTold)
     EXPECT_FALSE(tiltsOf(
                      5,
                      [](int i, FrameHeader& h) {
-                         if (i != 2)
+                         if (i != 2) {
                              h.tilt = {1.0 * i, "ALPHA"};
+                         }
                      },
                      &listDoubt)
                      .isTold());
@@ -263,8 +266,9 @@ TEST_F(SeriesFolder, TwoSeriesInOneFolderAreNoticed)
 {
     const auto named = [&](const QStringList& listName) {
         QStringList listFrame;
-        for (const QString& strName : listName)
+        for (const QString& strName : listName) {
             listFrame += write(strName, smvBytes({}, 8, 8, QByteArray(128, '\1')));
+        }
         return factsOfSeries(listFrame).listDoubt.join('\n');
     };
     const QString strDoubt = named({"s1_1.img", "s1_2.img", "s2_1.img", "s2_2.img", "s2_3.img"});
@@ -280,23 +284,27 @@ TEST_F(SeriesFolder, FramesAreFoundAmongWhatBelongsToThem)
     EXPECT_EQ(framesInFolder(m_dir.path()), listFrame);
     // Files of a detector that a master leads to, and what was exported from frames of another kind.
     write("x_master.h5", "\x89HDF\r\n\x1a\n");
-    for (int i = 1; i < 5; ++i)
+    for (int i = 1; i < 5; ++i) {
         write(QString("x_data_00000%1.h5").arg(i), "\x89HDF\r\n\x1a\n");
+    }
     EXPECT_EQ(framesInFolder(m_dir.path()), listFrame) << "one master, two frames";
-    for (const char* pch : {"a_1.tif", "a_2.tif"})
+    for (const char* pch : {"a_1.tif", "a_2.tif"}) {
         write(pch, "x");
+    }
     EXPECT_EQ(framesInFolder(m_dir.path()), listFrame) << "a picture beside each frame";
-    for (const QString& strFrame : listFrame)
+    for (const QString& strFrame : listFrame) {
         writeBytes(strFrame,
                    smvBytes("BEAMLINE=TIMEPIX_QV;\nDETECTOR_SN=901;\nDATE=Tue Jun 26 09:43:09 2007;\n"
                             "TIME=0.096288;\n",
                             8, 8, QByteArray(128, '\1')));
+    }
     EXPECT_EQ(framesInFolder(m_dir.path()).value(0), m_dir.filePath("a_1.tif"))
         << "made here from the pictures";
 
     QTemporaryDir other;
-    for (const char* pch : {"f.001", "f.002"})
+    for (const char* pch : {"f.001", "f.002"}) {
         writeBytes(other.filePath(pch), smvBytes({}, 8, 8, QByteArray(128, '\1')));
+    }
     writeBytes(other.filePath("notes.xyz"), "BM");
     EXPECT_EQ(framesInFolder(other.path()).size(), 2) << "by their content";
 }

@@ -55,8 +55,9 @@ TEST(ShiftFile, IsWrittenInColumnsAndKeepsALongerOneBeside)
     ASSERT_TRUE(readShiftFile(strFile, shift));
     EXPECT_EQ(shift.dfCenterX, 3);
     EXPECT_EQ(shift.listShift, shiftTwo.listShift);
-    for (const QString& strBad : {QString(), folder.filePath("none/a.sc")})
+    for (const QString& strBad : {QString(), folder.filePath("none/a.sc")}) {
         EXPECT_FALSE(writeShiftFile(strBad, shift));
+    }
 }
 
 TEST(UnitCellFile, IsWrittenWithItsDirectCellAndReadsBack)
@@ -88,11 +89,13 @@ TEST(UnitCellFile, NeedsThreeVectorsInOrder)
 {
     const QList<Vec3D> listGood = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
     for (const char* strGood :
-         {"a* 1 2 3\nb* 4 5 6\nc* 7 8 9\n", "  a*1 2 3 4\n#x\n\tb* 4 5 6 x\nc* 7 8 9\nwhatever\n"})
+         {"a* 1 2 3\nb* 4 5 6\nc* 7 8 9\n", "  a*1 2 3 4\n#x\n\tb* 4 5 6 x\nc* 7 8 9\nwhatever\n"}) {
         EXPECT_EQ(readUnitCellLines(splitTextLines(strGood)), listGood) << strGood;
+    }
     for (const char* strBad : {"note\na* 1 2 3\nb* 4 5 6\nc* 7 8 9\n", "a* 1 2 3\nb* 4 5 6\n",
-                               "a* 1 2 3\nb* 4 5 nan\nc* 7 8 9\n", "a* 1 2 1e39\nb* 4 5 6\nc* 7 8 9\n"})
+                               "a* 1 2 3\nb* 4 5 nan\nc* 7 8 9\n", "a* 1 2 1e39\nb* 4 5 6\nc* 7 8 9\n"}) {
         EXPECT_TRUE(readUnitCellLines(splitTextLines(strBad)).isEmpty()) << strBad;
+    }
 }
 
 TEST(MaskFile, GathersTheCornersOfEachNumber)
@@ -128,9 +131,10 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
     QList<HKLRef> listReflection;
     ASSERT_TRUE(readReflectionList(strFile, listPoint, listReflection));
     QString strText;
-    for (const Peak3D& peak : peaksOfReflectionList(listPoint, listReflection))
+    for (const Peak3D& peak : peaksOfReflectionList(listPoint, listReflection)) {
         strText += QString::asprintf("#%d: %d %d %g %g; ", peak.nID, listReflection[peak.nID].nH,
                                      listReflection[peak.nID].nK, peak.dfDStar, peak.dfIPoint);
+    }
     EXPECT_EQ(strText, QString("#0: 1 -2 0.5 100.5; #1: 1 0 2 7; "));
     EXPECT_FALSE(
         readReflectionList(writeBytes(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));

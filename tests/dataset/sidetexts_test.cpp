@@ -121,8 +121,9 @@ TEST(SideTexts, MdocOfAStackAndOfFiles)
 TEST(SideTexts, WhatWasWrittenHereIsNoneOfThem)
 {
     QTemporaryDir dir;
-    for (const char* pch : {"f.log", "w_truth.json", "hotpixels.txt", "shifts.txt", "f_pos.txt"})
+    for (const char* pch : {"f.log", "w_truth.json", "hotpixels.txt", "shifts.txt", "f_pos.txt"}) {
         writeBytes(dir.filePath(pch), "Camera length: 400 mm\n");
+    }
     writeBytes(dir.filePath("summary.json"), "{\"reached\": true, \"wavelength\": 0.02}");
     writeBytes(dir.filePath("m.calib.json"),
                "{\"format\": \"tessera microscope calibration\", \"wavelength\": 0.02}");

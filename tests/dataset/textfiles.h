@@ -9,8 +9,9 @@ namespace tessera {
 inline void setFrames(DataSet& data, int nFrames)
 {
     data.m_listFrameFile.clear();
-    for (int i = 0; i < nFrames; ++i)
+    for (int i = 0; i < nFrames; ++i) {
         data.m_listFrameFile.append(QStringLiteral("f%1.mrc").arg(i));
+    }
 }
 
 }  // namespace tessera

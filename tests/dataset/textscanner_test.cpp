@@ -42,14 +42,16 @@ TEST(TextScanner, TakesWhatScanfTakes)
         "12| \t-7.25x|+3|+ 3|-|+-3|--3|.5|5.|.|1e3|1E-3|0x1.8p1|0x|0xg|0X.8|inf|-INFINITY|nan|in|1,5|1e400|"
         "-1e400|1e-400|1e39|1e-46|3e-45|0.1|16777217|2147483647|-2147483648|007||  |abc|1.5.6|12-3|"
         "0.00000000000000000000000000000000000000000000000000001";
-    for (const QByteArray& strText : strTexts.split('|'))
+    for (const QByteArray& strText : strTexts.split('|')) {
         expectAsScanf(strText.constData());
+    }
     std::mt19937 random(5);
     const char aCharacter[] = "0123456789.-+ 59";
     for (int i = 0; i < 20000; ++i) {
         char aText[9] = {};
-        for (int j = 0; j < 8; ++j)
+        for (int j = 0; j < 8; ++j) {
             aText[j] = aCharacter[random() % (sizeof(aCharacter) - 1)];
+        }
         expectAsScanf(aText);
     }
 }
@@ -89,8 +91,9 @@ TEST(TextLines, ComeWithoutEmptyLinesAndByteOrderMark)
     const QString strText("# a\nb\r\n \nc");
     const QByteArray bytesWide(reinterpret_cast<const char*>(strText.utf16()), 2 * strText.size());
     for (const QByteArray& bytes :
-         {QByteArray("# a\n\nb\r\n \rc"), QByteArray("\xEF\xBB\xBF# a\nb\n \nc\n"), "\xFF\xFE" + bytesWide})
+         {QByteArray("# a\n\nb\r\n \rc"), QByteArray("\xEF\xBB\xBF# a\nb\n \nc\n"), "\xFF\xFE" + bytesWide}) {
         EXPECT_EQ(splitTextLines(bytes), listExpected);
+    }
     QList<QByteArray> listLine = listExpected;
     dropComments(listLine);
     EXPECT_EQ(listLine, listExpected.mid(1));

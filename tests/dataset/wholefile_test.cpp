@@ -24,8 +24,9 @@ TEST(WholeFile, AFullDiskLeavesTheFormerFileAndTellsWhy)
     DataSet data;
     setFrames(data, 1);
     data.m_listPeakFrame = {{}};
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < 20000; ++i) {
         data.m_listPeakFrame[0].append(Peak3D());
+    }
     const auto writeList = [&](const QString& strFile, QString* p) {
         return writePeakList(data, strFile, p) == 1;
     };
@@ -117,8 +118,9 @@ TEST(FileSet, GoesIntoPlaceTogetherOrNotAtAll)
             EXPECT_EQ(readBytes(folder.filePath("a")), "old a");
             const bool bLater = QByteArray(pszTrouble) == "folder later";
             ASSERT_TRUE(!bLater || QDir().mkdir(strLast));
-            if (QByteArray(pszTrouble) != "no commit")
+            if (QByteArray(pszTrouble) != "no commit") {
                 bCommitted = set.commit(&strReason);
+            }
         }
         const bool bGood = QByteArray(pszTrouble) == "none";
         EXPECT_EQ(bCommitted, bGood) << strReason.toStdString();

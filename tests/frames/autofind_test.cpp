@@ -2,8 +2,8 @@
 #include "frames/autothreshold.h"
 #include "frames/framehunt.h"
 #include "frames/peakhunting.h"
-#include "tests/frames/frameseries.h"
 #include "records/pi.h"
+#include "tests/frames/frameseries.h"
 
 namespace tessera {
 
@@ -29,18 +29,23 @@ CImgObj<float> frameOf(const Trouble& trouble, int nFrame, std::mt19937& random)
     const double dfBeamX = 230 + trouble.dfWander * nFrame / (g_nFrames - 1);
     CImgObj<float> img = makeImage(640, 560, [&](int x, int y) {
         const double dfR = std::hypot(x - dfBeamX, y - 300);
-        if (trouble.bBadDetector && std::hypot(x - 320, y - 280) > 290)
+        if (trouble.bBadDetector && std::hypot(x - 320, y - 280) > 290) {
             return 0.0;
+        }
         double df = 10 + 1500 / (1 + std::pow(dfR / 14, 2)) + 60000 * gaussian(dfR, 0, 3);
-        if (dfR < trouble.dfCorePixels)
+        if (dfR < trouble.dfCorePixels) {
             df = -3000;
-        if (dfR < trouble.dfStopPixels || (trouble.dfStopPixels > 0 && std::abs(x - dfBeamX) < 6 && y < 300))
+        }
+        if (dfR < trouble.dfStopPixels ||
+            (trouble.dfStopPixels > 0 && std::abs(x - dfBeamX) < 6 && y < 300)) {
             df = 0;
+        }
         return trouble.dfScale *
                (df + noise(random) + 20000 * gaussian(x - 60 * nFrame - 90, y - 70 * nFrame - 60, 2));
     });
-    for (int n = 0; trouble.bBadDetector && n < 3000; ++n)
+    for (int n = 0; trouble.bBadDetector && n < 3000; ++n) {
         img.Data()[n < 60 ? n * 5923 + 13 : (n % 560) * 640 + 130 + n / 560] = n < 60 ? 3e7f : 400.f;
+    }
     return img;
 }
 
@@ -62,8 +67,9 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
                                {"weak", 0, 0, 0, false, 0.01, 256},
                                {"wandering far", 0, 0, 150, true, 1, 512}}) {
         FrameSeries series;
-        for (int i = 0; i < g_nFrames; ++i)
+        for (int i = 0; i < g_nFrames; ++i) {
             series.add(frameOf(row, i, random));
+        }
         ASSERT_TRUE(findBeamRegion(series.dataSet, series.report, rc)) << row.pWhat;
         EXPECT_EQ(rc.size(), QSize(row.nSide, row.nSide)) << row.pWhat;
         const double dfTolerance = row.dfStopPixels > 0 ? 30 : 8;  // a stop's arm hides one side of the halo
@@ -76,9 +82,10 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         EXPECT_EQ(rcSideBySide, rc);
         double dfThreshold = -1, dfSideBySide = -2;
         CPeakFilters filters;
-        for (const auto& [nJobs, pResult] : {std::pair(3, &dfSideBySide), {1, &dfThreshold}})
+        for (const auto& [nJobs, pResult] : {std::pair(3, &dfSideBySide), {1, &dfThreshold}}) {
             EXPECT_TRUE(
                 estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, *pResult, nJobs));
+        }
         EXPECT_EQ(dfSideBySide, dfThreshold);
     }
     FrameSeries series;
@@ -119,10 +126,11 @@ TEST(EstimatePeakThreshold, SmallValuesAreScaled)
         std::mt19937 random(31);
         std::normal_distribution<double> noise(0.02, 0.002);
         FrameSeries series;
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             series.add(makeImage(128, 128, [&](int x, int y) {
                 return dfGreatest * (noise(random) + 0.9 * gaussian(x % 64 - 30 - i, y % 64 - 32, 2));
             }));
+        }
         PeakHuntingParameters p = radii(2, 5);
         ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, series.filters, series.report,
                                           p.m_dfPeakThreshold, 2, &p.m_dfFrameScale));

@@ -1,7 +1,7 @@
 #include "frames/framehunt.h"
 #include "frames/smoothedimage.h"
-#include "tests/frames/frameseries.h"
 #include "records/pi.h"
+#include "tests/frames/frameseries.h"
 
 namespace tessera {
 
@@ -11,8 +11,9 @@ namespace {
 double convolved(const CImgObj<float>& img, double dfSigma, int nX, int nY)
 {
     const int nW = img.Width(), nH = img.Height();
-    if (dfSigma == 0)
+    if (dfSigma == 0) {
         return double(img.Data()[nY * nW + nX]);
+    }
     double dfSum = 0;
     for (int i = 0; i < nW * nH; ++i) {
         const int dx = std::abs(i % nW - nX), dy = std::abs(i / nW - nY);
@@ -61,12 +62,14 @@ TEST(HuntFrame, FindsNothingOnConstantFramesNorInNoiseAndOneSpotAmongPixelsWitho
     CPeakFilters filters;
     FrameHuntWork work;
     PeakHuntingParameters p;
-    for (const auto& [nW, nH] : {std::pair(64, 64), std::pair(37, 41), std::pair(516, 60), std::pair(1, 300)})
+    for (const auto& [nW, nH] :
+         {std::pair(64, 64), std::pair(37, 41), std::pair(516, 60), std::pair(1, 300)}) {
         for (double dfThreshold : {-1000.0, 0.0}) {
             p.m_dfPeakThreshold = dfThreshold;
             const CImgObj<float> img = makeImage(nW, nH, [](int, int) { return 12345.678; });
             EXPECT_TRUE(huntFrame(img, p, {}, filters, work).listX.isEmpty()) << nW << " " << nH;
         }
+    }
     EXPECT_FALSE(huntFrame(CImgObj<float>(), p, {}, filters, work).bHunted);
     std::mt19937 random(1);
     const CImgObj<float> imgNoise = makeImage(64, 64, [&](int, int) { return random() >> 16; });

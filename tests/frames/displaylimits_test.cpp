@@ -19,8 +19,9 @@ const float g_fNaN = std::numeric_limits<float>::quiet_NaN();
 TEST(DisplayLimits, AreTheRanksOfTheUsablePixels)
 {
     CImgObj<float> img = makeImage(100, 102, [](int x, int y) { return (x + 100 * y) * 3947 % 10000; });
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         img.Data()[10000 + i] = i % 3 == 0 ? g_fNaN : i % 3 == 1 ? 2e30f : -INFINITY;
+    }
     const auto limits = displayLimits(img, {});
     ASSERT_TRUE(limits);
     EXPECT_EQ(limits->dfLow, 99);     // 0.01 · 9999 = 99.99
@@ -89,8 +90,9 @@ TEST(SeriesPicture, MaximumSumAndMeanLeaveOutWhatIsNoMeasurement)
         EXPECT_EQ(series.at(maximum, 2, 1), 112);
         EXPECT_EQ(series.at(sum, 2, 1), float((112 + 5) * 3 / 2.0)) << "two of three";
         EXPECT_EQ(series.at(mean, 2, 1), 58.5f);
-        for (const SeriesPicture* pPicture : {&maximum, &sum, &mean})
+        for (const SeriesPicture* pPicture : {&maximum, &sum, &mean}) {
             EXPECT_TRUE(std::isnan(series.at(*pPicture, 5, 3)));
+        }
     }
     // Negative values alone have a maximum of their own.
     FrameSeries dark;
@@ -132,8 +134,9 @@ TEST(SeriesPicture, GoesOnWithoutAFrameAndLeavesItsTargetAlone)
     FrameSeries empty;
     EXPECT_EQ(makeSeriesPicture(empty.dataSet, SeriesPictureKind::Sum, empty.report, target).end,
               RunEnd::Refused);
-    for (int n = 0; n < 4; ++n)
+    for (int n = 0; n < 4; ++n) {
         series.removeFrame(n);
+    }
     series.report.m_nStopAfter = -1;
     EXPECT_EQ(makeSeriesPicture(series.dataSet, SeriesPictureKind::Sum, series.report, target).end,
               RunEnd::Failed);

@@ -34,8 +34,9 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     FrameSeries series;
     const float afValue[] = {-3.2f, 70000.f, 12.9f, 65534.9f, NAN, 5.f};
     const int anWanted[] = {0, 65535, 12, 65534, 0, 5}, anWidth[] = {6, 8, 6};
-    for (int nWidth : anWidth)
+    for (int nWidth : anWidth) {
         series.add(makeImage(nWidth, 4, [&](int x, int y) { return y == 0 && x < 6 ? afValue[x] : 1; }));
+    }
     series.dataSet.m_listOverallTilt = {-1.254, -0.754, 0.5};
     series.dataSet.m_dfPixelSize = 0.004;
     series.dataSet.m_dfCenterX = 3.127;
@@ -59,8 +60,9 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     for (int n = 0; n < 3; ++n) {
         const QByteArray bytesFile = series.content(QString("f000%1.img").arg(n));
         EXPECT_EQ(items(bytesFile), QByteArray(apOwn[n]) + " 0.055000 547.81 3.13 0.11 ");
-        for (int x = 0; x < 6; ++x)
+        for (int x = 0; x < 6; ++x) {
             EXPECT_EQ(pixel(bytesFile, anY[n] * anWidth[n] + (x + anX[n]) % anWidth[n]), anWanted[x]);
+        }
     }
     EXPECT_TRUE(series.content("f0000.img").contains("DENZO_Y_BEAM=0.17;\n}" + QByteArray(40, '\0')));
 }
@@ -130,8 +132,9 @@ TEST(Exports, ImagesOfOneStackGetFilesOfTheirOwn)
 {
     FrameSeries series;
     ImageList vecImage;
-    for (int n = 1; n <= 3; ++n)
+    for (int n = 1; n <= 3; ++n) {
         vecImage.push_back(std::make_unique<CImgObj<float>>(makeImage(8, 4, [&](int, int) { return n; })));
+    }
     const QString strStack = series.dir.filePath("s.1.mrc");
     ASSERT_EQ(WriteMRC(vecImage, strStack), 1);
     series.dataSet.m_listFrameFile = QStringList({nameOfImage(strStack, 2), nameOfImage(strStack, 0)});
@@ -143,8 +146,9 @@ TEST(Exports, ImagesOfOneStackGetFilesOfTheirOwn)
     EXPECT_EQ(saveSeries(series.dataSet, series.dir.path(), ".png", 0, 10, series.report).end,
               RunEnd::Finished);
     EXPECT_EQ(exportBinnedFrames(series.dataSet, 1, series.report).end, RunEnd::Finished);
-    for (const char* pName : {"s.1_0003.png", "s.1_0001.png", "s.1_0003_s.mrc", "s.1_0001_s.mrc"})
+    for (const char* pName : {"s.1_0003.png", "s.1_0001.png", "s.1_0003_s.mrc", "s.1_0001_s.mrc"}) {
         EXPECT_FALSE(series.content(pName).isEmpty()) << pName;
+    }
     CPeakFilters filters;
     EXPECT_TRUE(outputSmoothedImage(*vecImage[1], {}, filters, nameOfImage(strStack, 1), series.report));
     EXPECT_FALSE(series.content("Ns.1_0002.mrc").isEmpty());

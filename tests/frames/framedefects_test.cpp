@@ -1,8 +1,8 @@
 #include "frames/framedefects.h"
 #include "frames/framehunt.h"
 #include "frames/peakmask.h"
-#include "tests/frames/frameseries.h"
 #include "records/pi.h"
+#include "tests/frames/frameseries.h"
 
 #include <limits>
 

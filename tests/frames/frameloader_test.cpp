@@ -55,9 +55,10 @@ TEST(HotPixels, AreReplacedInListOrderAwayFromTheEdge)
 TEST_F(Loader, AStackIsOneFrameWithItsFirstImageRepaired)
 {
     ImageList vecImage;
-    for (int nFactor : {1, 10})  // 1 to 9 but for a hot middle, then tenfold
+    for (int nFactor : {1, 10}) {  // 1 to 9 but for a hot middle, then tenfold
         vecImage.push_back(std::make_unique<CImgObj<float>>(makeImage(
             3, 3, [&](int x, int y) { return x == 1 && y == 1 ? 1000 : (3 * y + x + 1) * nFactor; })));
+    }
     ASSERT_EQ(WriteMRC(vecImage, path("a.b.MRC")), 1);
     m_vecImage.push_back(nullptr);  // loadFrame appends
     ASSERT_EQ(loadFrame(m_vecImage, path("a.b.MRC"), {{1, 1}}, m_report), 1);
@@ -75,16 +76,19 @@ TEST_F(Loader, AStackIsOneFrameWithItsFirstImageRepaired)
 TEST_F(Loader, PicturesAreWeighedByColourAndKeepTheirRows)
 {
     QImage grey(4, 3, QImage::Format_Grayscale8), colour(2, 2, QImage::Format_ARGB32);
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 12; ++i) {
         grey.scanLine(i / 4)[i % 4] = static_cast<uchar>(i == 5 ? 255 : 10 * i);  // a hot pixel
+    }
     const QRgb aColour[] = {qRgb(1, 0, 0), qRgb(0, 1, 0), qRgb(0, 0, 1), qRgba(255, 255, 255, 128)};
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         colour.setPixel(i % 2, i / 2, aColour[i]);
+    }
     const QByteArray bmp = saved(grey, "g.bmp");
     QByteArray bmpTop = bmp;  // the same with the first row first, all of 4 bytes
     bmpTop.replace(22, 4, "\xfd\xff\xff\xff");
-    for (int nRow = 0; nRow < 3; ++nRow)
+    for (int nRow = 0; nRow < 3; ++nRow) {
         bmpTop.replace(bmp.size() - 12 + 4 * nRow, 4, bmp.mid(bmp.size() - 4 - 4 * nRow, 4));
+    }
     for (const auto& [pName, bytes] :
          {std::pair("g.bmp", bmp), {"t.bmp", bmpTop}, {"g.TIF", saved(grey, "g.tif")}}) {
         SCOPED_TRACE(pName);
@@ -92,17 +96,19 @@ TEST_F(Loader, PicturesAreWeighedByColourAndKeepTheirRows)
         ASSERT_EQ(m_vecImage.size(), 1u);
         const CImgObj<float>& img = *m_vecImage[0];
         ASSERT_TRUE(img.Width() == 4 && img.Height() == 3);
-        for (int i = 0; i < 12; ++i)
+        for (int i = 0; i < 12; ++i) {
             EXPECT_EQ(img.Data()[i], 640.f * i) << i;  // linear surroundings give the hot one back
+        }
     }
     EXPECT_EQ(logOf("c.png", saved(colour, "c.png"), 1), "");
     ASSERT_TRUE(m_vecImage[0]->Width() == 2 && m_vecImage[0]->Height() == 2);
     EXPECT_EQ(std::vector<float>(m_vecImage[0]->Data(), m_vecImage[0]->Data() + 4),
               (std::vector<float>{19, 38, 7, 16320}));
     QImage counts(3, 2, QImage::Format_Grayscale16);  // are no picture: they come as they are
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         reinterpret_cast<quint16*>(counts.scanLine(i / 3))[i % 3] = static_cast<quint16>(13107 * (i % 5) +
                                                                                          i % 2);
+    }
     EXPECT_EQ(logOf("d.png", saved(counts, "d.png"), 1), "");
     EXPECT_EQ(std::vector<float>(m_vecImage[0]->Data(), m_vecImage[0]->Data() + 6),
               (std::vector<float>{0, 13108, 26214, 39322, 52428, 1}));
@@ -174,9 +180,11 @@ TEST_F(Loader, AnotherContentThanItsNameSaysIsTold)
                                            {277, 1},
                                            {278, 2},
                                            {279, 16},
-                                           {339, nFormat}})
-            for (int n : {nTag, 4, 1, 0, nValue, 0})
+                                           {339, nFormat}}) {
+            for (int n : {nTag, 4, 1, 0, nValue, 0}) {
                 bytes += QByteArray(1, char(n % 256)) + QByteArray(1, char(n / 256));
+            }
+        }
         return bytes + QByteArray(4, '\0');
     };
     const CImgObj<float> img = makeImage(5, 4, [](int, int) { return 1; });
@@ -215,8 +223,9 @@ TEST_F(Loader, RunningOutOfMemoryFreesTheList)
         void addMessage(const QString& strText, Severity severity) override
         {
             CRecordingReport::addMessage(strText, severity);
-            if (m_listLine.size() == 1)
+            if (m_listLine.size() == 1) {
                 throw std::bad_alloc();  // stands for any allocation on the way
+            }
         }
     } report;
     m_vecImage.push_back(std::make_unique<CImgObj<float>>());

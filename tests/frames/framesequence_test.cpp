@@ -21,8 +21,9 @@ TEST(FrameSequence, GivesEachFrameInOrderAndWhatItThrowsInItsTurn)
         using Result = std::pair<int, std::shared_ptr<Counted>>;
         CFrameSequence<Result> sequence(40, nJobs, [&] {
             return [&](int nFrame) {
-                if (nFrame == 7)
+                if (nFrame == 7) {
                     throw std::runtime_error("seven");
+                }
                 nMost = std::max(int(nMost), ++nAlive);
                 return Result(nFrame * nFrame, new Counted{nAlive});
             };
@@ -49,8 +50,9 @@ TEST(FrameSequence, GoesOnWithFewerThreadsWhereMemoryRunsShort)
         };
         CFrameSequence<int> sequence(50, 8, [&, nMost = nRoom] {
             return [&, nMost, pWorker = std::make_shared<Worker>(nWorkers)](int nFrame) {
-                if (nFrame >= 20 && nWorkers > nMost)
+                if (nFrame >= 20 && nWorkers > nMost) {
                     throw std::bad_alloc();
+                }
                 return 3 * nFrame;
             };
         });

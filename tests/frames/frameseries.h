@@ -22,8 +22,9 @@ inline CImgObj<float> makeImage(int nWidth, int nHeight, const PixelFunction& fn
 {
     CImgObj<float> img;
     img.Create(nWidth, nHeight);
-    for (int i = 0; i < nWidth * nHeight; ++i)
+    for (int i = 0; i < nWidth * nHeight; ++i) {
         img.Data()[i] = float(fnPixel(i % nWidth, i / nWidth));
+    }
     return img;
 }
 
@@ -52,8 +53,9 @@ struct FrameSeries {
     {
         const QString strFile = dir.filePath(
             QString("f%1.mrc").arg(dataSet.m_listFrameFile.size(), 4, 10, QChar('0')));
-        if (!WriteMRC<float>({&img}, strFile))
+        if (!WriteMRC<float>({&img}, strFile)) {
             qFatal("no frame written");
+        }
         dataSet.m_listFrameFile.append(strFile);
     }
     void removeFrame(int n) { QFile::remove(dataSet.m_listFrameFile[n]); }

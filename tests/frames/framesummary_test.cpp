@@ -92,8 +92,9 @@ TEST_F(Summary, FramesOfASeriesAreAlike)
                 {{"a.mrc", "absent.mrc"}, ": no such file"}};
     for (const auto& row : aRow) {
         QStringList listFile;
-        for (const QString& strName : row.listName)
+        for (const QString& strName : row.listName) {
             listFile.append(m_dir.filePath(strName));
+        }
         QString strReason;
         EXPECT_EQ(areFramesAlike(listFile, &strReason), row.strReason.isNull());
         EXPECT_TRUE(row.strReason.isNull() ? strReason.isEmpty()

@@ -51,14 +51,15 @@ TEST(FrameWalk, TellsWhatWasThrownFromTheCallersThreadOrAnother)
     } aRow[] = {{[] { throw std::runtime_error("seven"); }, "red Error: seven"},
                 {[] { throw L"Width and Height\n"; }, "red Error: Width and Height"},
                 {[] { throw CShortMemory(QStringLiteral("ü.mrc"), 1); }, "ü.mrc takes about 1 MB"}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         for (int nJobs : {0, 1, 4}) {  // 0: without threads
             CRecordingReport report;
             CFrameWalk walk(9, StopAsked::BetweenFrames, report);
             walk.showProgress(ProgressPlace::Window);
             const auto frame = [&](int nFrame) {
-                if (nFrame == 5)
+                if (nFrame == 5) {
                     row.fnThrow();
+                }
                 return nFrame;
             };
             const auto isRight = [](int nFrame, int& nMade) { return nMade == nFrame; };
@@ -72,6 +73,7 @@ TEST(FrameWalk, TellsWhatWasThrownFromTheCallersThreadOrAnother)
             EXPECT_EQ("red " + outcome.strReason, report.log());
             EXPECT_EQ(report.m_listProgress.mid(7), QStringList{"end"});
         }
+    }
 }
 
 }  // namespace

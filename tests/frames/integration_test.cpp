@@ -27,7 +27,7 @@ TEST(IntegratePeaks, EqualsTheDirectSumToTheLastBit)
         float afSum[2] = {0.f, 0.f};  // disc and ring
         int anCount[2] = {0, 0};
         const int nT = nR + nB;
-        for (int dx = -nT; dx <= nT; ++dx)
+        for (int dx = -nT; dx <= nT; ++dx) {
             for (int dy = -nT; dy <= nT; ++dy) {
                 const int d2 = dx * dx + dy * dy, nRing = d2 > nR * nR;
                 if (d2 <= nT * nT) {
@@ -35,6 +35,7 @@ TEST(IntegratePeaks, EqualsTheDirectSumToTheLastBit)
                     ++anCount[nRing];
                 }
             }
+        }
         EXPECT_EQ(window.nPeakCount, anCount[0]);
         EXPECT_EQ(window.nBackgroundCount, anCount[1]);
         EXPECT_EQ(window.fPeakSum, afSum[0]);

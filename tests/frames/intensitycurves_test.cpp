@@ -51,8 +51,9 @@ TEST(ContinuousBeamTiltSeriesBound, LiesAroundTheFirstMaximum)
 TEST(FitIntensityProfile, FitsTheSeriesOfTheMaximumAndFallsBackOnShortOnes)
 {
     QList<int> listBreak;
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 40; ++i) {
         listBreak.append(i == 0 || i == 20);
+    }
     // chain 0 goes on into a second series with other intensities; chain 1 has two peaks; chain 2 is whole
     const QList<QList<Peak3D>> listChain{chain(14, 19, 500, 17.4, 1.2) + chain(20, 24, 90, 22, 1),
                                          chain(30, 31, 50, 31, 1), chain(2, 9, 80, 6.25, 0.7)};

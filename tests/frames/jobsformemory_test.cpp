@@ -47,8 +47,9 @@ TEST(JobsForMemory, GoesByTheLimitOfTheProcessAndSaysSo)
     FrameSeries series;
     series.add(makeImage(1100, 1000, [](int x, int y) { return x + y; }));
     const FrameMemory memory{100, 10};  // 110 MB each, 11 MB together
-    for (int n = 1; n < 6; ++n)
+    for (int n = 1; n < 6; ++n) {
         series.dataSet.m_listFrameFile.append(series.dataSet.m_listFrameFile.first());
+    }
     CRecordingReport report;
     EXPECT_EQ(jobsForMemory(SeriesSnapshot(series.dataSet), 2, {1, 0}, &report), 2);
     {

@@ -1,8 +1,8 @@
 #include "frames/localmaxima.h"
 
 #include "frames/peakmask.h"
-#include "tests/frames/frameseries.h"
 #include "records/pi.h"
+#include "tests/frames/frameseries.h"
 
 namespace tessera {
 
@@ -20,8 +20,9 @@ TEST(FindLocalMaxima, AgreesWithTheMaximumOfNeighboursInRowOrder)
         for (int i = 0; i < nW * nH; ++i) {
             const int x = i % nW, y = i / nW;
             int nBelow = 0;
-            for (int d = 0; d < 9 && x > 0 && x < nW - 1 && y > 0 && y < nH - 1; ++d)
+            for (int d = 0; d < 9 && x > 0 && x < nW - 1 && y > 0 && y < nH - 1; ++d) {
                 nBelow += img.Data()[(y + d / 3 - 1) * nW + x + d % 3 - 1] < img.Data()[i];
+            }
             if (nBelow == 8 && img.Data()[i] >= fThreshold) {
                 listExpectedX.append(x);
                 listExpectedY.append(y);
@@ -33,8 +34,9 @@ TEST(FindLocalMaxima, AgreesWithTheMaximumOfNeighboursInRowOrder)
         EXPECT_EQ(listY, listExpectedY);
         for (const double dfFraction : {1.0, 0.003}) {  // row by row as from the image, and too many alike
             CMaximaOfRows rows(nW, nH, fThreshold, dfFraction);
-            for (int y = 0; y < nH; ++y)
+            for (int y = 0; y < nH; ++y) {
                 rows.add(img.Data() + y * nW, -100.f);
+            }
             EXPECT_EQ(rows.tooMany(), !FindLocalMaxima(img, fThreshold, listX, listY, dfFraction));
             EXPECT_EQ(rows.tooMany(), dfFraction < 1);
             EXPECT_EQ(rows.listX(), listX);
@@ -59,8 +61,9 @@ TEST(RemoveMaskedPeaks, DropsWhatLiesInAnyPolygonByTheFillRule)
 {
     // a pentagram: its middle is crossed twice, so it counts as outside by the odd-even rule
     QPolygonF star;
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         star << QPointF(50 + 40 * std::cos(i * 0.8 * g_dfPi), 50 + 40 * std::sin(i * 0.8 * g_dfPi));
+    }
     for (Qt::FillRule rule : {Qt::OddEvenFill, Qt::WindingFill}) {
         QList<double> listX{50, 85, 110, 130, 5}, listY{50, 50, 10, 10, 5};
         removeMaskedPeaks({rule, {star, QPolygonF(QRectF(100, 0, 20, 20))}}, listX, listY);

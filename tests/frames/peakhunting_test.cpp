@@ -1,9 +1,9 @@
 #include "frames/peakhunting.h"
 
 #include "frames/intensityextraction.h"
+#include "records/pi.h"
 #include "tests/frames/frameseries.h"
 #include "tests/imagefiles/filesizelimit.h"
-#include "records/pi.h"
 
 namespace tessera {
 
@@ -24,14 +24,17 @@ PeakHuntingParameters parameters()
 struct HuntingSeries : FrameSeries {
     explicit HuntingSeries(int nFrames)
     {
-        for (int n = 0; n < nFrames; ++n)
+        for (int n = 0; n < nFrames; ++n) {
             add(makeImage(n == 3 ? 200 : 192, 160, [n](int x, int y) {
                 double df = 40 + 0.02 * x + 0.01 * y;
-                for (int i = 0; i < 12; ++i)
-                    if (shines(i, n))
+                for (int i = 0; i < 12; ++i) {
+                    if (shines(i, n)) {
                         df += height(i) * gaussian(x - column(i), y - row(i), g_dfSpot);
+                    }
+                }
                 return df;
             }));
+        }
         dataSet.m_listPeakFrame = {{Peak3D()}};
     }
     static bool shines(int i, int nFrame) { return (i + nFrame) % 3 != 0; }
@@ -80,8 +83,9 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
             EXPECT_EQ(series.dataSet.m_vecFrameImage.at(0)->Width(), nFrame == 3 ? 200 : 192);
             int nPeak = 0;
             for (int i = 0; i < 12; ++i) {
-                if (!series.shines(i, nFrame) || i == 1)
+                if (!series.shines(i, nFrame) || i == 1) {
                     continue;
+                }
                 ASSERT_LT(nPeak, listPeak.size()) << nFrame;
                 const Peak3D& peak = listPeak[nPeak++];
                 EXPECT_EQ(QPointF(peak.dfX2D, peak.dfY2D), QPointF(series.column(i), series.row(i)));
@@ -111,17 +115,20 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
     // Measured again, each peak has the intensities that the hunt gave it.
     const QList<QList<Peak3D>>& listHunted = series.dataSet.m_listPeakFrame;
     QVector<QList<Peak3D>> vecPeak = listHunted.toVector();
-    for (QList<Peak3D>& listPeak : vecPeak)
-        for (Peak3D& peak : listPeak)
+    for (QList<Peak3D>& listPeak : vecPeak) {
+        for (Peak3D& peak : listPeak) {
             peak.dfIPoint = peak.dfI2D = -1;
+        }
+    }
     ASSERT_EQ(
         extractIntensity(series.dataSet, vecPeak, parameters(), {8, 3, 1}, series.filters, series.report).end,
         RunEnd::Finished);
-    for (int n = 0; n < nFrames; ++n)
+    for (int n = 0; n < nFrames; ++n) {
         for (int i = 0; i < vecPeak[n].size(); ++i) {
             EXPECT_EQ(vecPeak[n][i].dfIPoint, listHunted[n][i].dfIPoint);
             EXPECT_EQ(vecPeak[n][i].dfI2D, listHunted[n][i].dfI2D);
         }
+    }
 }
 
 TEST(PeakHunting, ARunThatEndsEarlyChangesNothing)

@@ -3,9 +3,9 @@
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
 #include "frames/summedframes.h"
+#include "records/pi.h"
 #include "tests/frames/frameseries.h"
 #include "tests/reciprocal/testpeaks.h"
-#include "records/pi.h"
 
 namespace tessera {
 
@@ -127,15 +127,17 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
                 {Stop, 3, " did not finish.", 3, RunEnd::Stopped, ""},
                 {Missing, -1, "failed to load", 1, RunEnd::Failed, "f0001.mrc: "},
                 {Less, -1, "red Frame counts do not match.", 0, RunEnd::Refused, "Frame counts"}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         for (int nRun = 0; nRun < (row.nWhat == Stop ? 4 : 3); ++nRun) {
             SpotSeries series;
             DataSet& dataSet = series.dataSet;
             CRecordingReport& report = series.report;
-            if (row.nWhat == Missing)
+            if (row.nWhat == Missing) {
                 series.removeFrame(1);
-            if (row.nWhat == Less)
+            }
+            if (row.nWhat == Less) {
                 series.peaks.removeLast();
+            }
             report.m_nStopAfter = row.nStopAfter;
             RunOutcome outcome{row.end, {}};  // the run on the frames in place tells none
             if (nRun == 0) {
@@ -160,6 +162,7 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
             EXPECT_FALSE(report.said(" finished"));
             EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty());
         }
+    }
 }
 
 // Centres beyond the edge are found there, but a peak on no pixel could not be measured any more.
@@ -169,16 +172,19 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
     const QList<QPointF> listTrue{{-0.4, 60}, {-1.6, 180}, {299.3, 120}, {150, 239.8}, {150, 120}};
     series.add(makeImage(300, 240, [&](int x, int y) {
         double df = 0;
-        for (const QPointF& pt : listTrue)
+        for (const QPointF& pt : listTrue) {
             df += lorentzian(x - pt.x(), y - pt.y(), 2000, 2, 2);
+        }
         return df;
     }));
     QVector<QList<Peak3D>> peaks(1);
-    for (const QPointF& pt : listTrue)
+    for (const QPointF& pt : listTrue) {
         peaks[0].append(
             peakAt(std::clamp(std::round(pt.x()), 0., 299.), std::clamp(std::round(pt.y()), 0., 239.)));
-    for (int n = 0; n < 5; ++n)
+    }
+    for (int n = 0; n < 5; ++n) {
         peaks[0][n].setHKL(n, -1.2, 7);
+    }
     const QVector<QList<Peak3D>> refined = refinePeakPosition(series.dataSet, peaks, series.report).vecPeak;
     refinePeakPositionOnFrame(series.dataSet, peaks, series.report);
     for (int n : {1, 3}) {  // what stays where it was has no errors of a fit
@@ -187,10 +193,12 @@ TEST(PositionRefinement, KeepsPeaksOnTheFrame)
         const QString strAt = QString::asprintf(" %8.1f %8.1f", pt.x(), pt.y());
         EXPECT_TRUE(series.report.said(strAt + strAt + "    -1.0000    -1.0000\n")) << n;
     }
-    for (int n : {0, 2, 4})
+    for (int n : {0, 2, 4}) {
         EXPECT_GT(refined[0][n].fX3D, 0) << n;
-    for (int n : {0, 2, 4})
+    }
+    for (int n : {0, 2, 4}) {
         EXPECT_NEAR(peaks[0][n].dfX2D, listTrue[n].x(), 0.1) << n;
+    }
     EXPECT_EQ(peaks[0][1].dfX2D, 0);
     EXPECT_EQ(peaks[0][3].dfY2D, 239);
     EXPECT_TRUE(
@@ -273,21 +281,23 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty() &&
                 dataSet.m_listReflectionIndexed.isEmpty());
     ASSERT_EQ(dataSet.m_listPeakMerged.size(), 4);
-    for (int n = 0; n < 4; ++n)
+    for (int n = 0; n < 4; ++n) {
         for (const Peak3D& peak : {dataSet.m_listPeakMerged[n], dataSet.m_listPeakMergedShown[n],
                                    dataSet.m_vecPeakIndexedOnFrame[n / 2][n % 2]}) {
             EXPECT_EQ(peak.nID, n);
             EXPECT_NEAR(peak.dfIPoint, n % 2 ? 850 : 1800, 200);  // the height a third of a pixel aside
         }
+    }
 }
 
 TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
 {
     FrameSeries series;
-    for (int n = 0; n < 6; ++n)  // a mark that drifts with the shift; the last frame has another size
+    for (int n = 0; n < 6; ++n) {  // a mark that drifts with the shift; the last frame has another size
         series.add(makeImage(n == 5 ? 9 : 8, 6, [&](int x, int y) {
             return x == (3 + n) % 8 && y == 2 ? 1e6 : y == 5 ? (x == 0 ? -90 : x == 7 ? 53 : 0) : 0;
         }));
+    }
     DataSet& dataSet = series.dataSet;
     dataSet.m_listBeamTiltBreak = {0, 1, 0, 1, 2, 1};
     dataSet.m_listShift = {{0, 0}, {1.9, -0.7}, {2.2, 0}, {-0.7, 0}, {0, 0}, {0, 0}};
@@ -307,13 +317,16 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     EXPECT_TRUE(strLog.endsWith("\nShift #002:  -1   0\nShift #003:  -2   0\nShift #004:   0   0\n"));
     CRecordingReport report;
     exportSummedFrames(dataSet, series.dir.filePath("none"), report);
-    for (const QString& strFile : {series.dir.filePath("none/001.mrc"), series.dir.filePath("none/002.mrc")})
+    for (const QString& strFile :
+         {series.dir.filePath("none/001.mrc"), series.dir.filePath("none/002.mrc")}) {
         EXPECT_TRUE(report.said("red Failed to save image:" + strFile + "\nred " + strFile +
                                 ": No such file or directory\n#00"))
             << report.log().toStdString();
+    }
     ImageList vecImage;
-    for (const char* pFile : {"001.mrc", "002.mrc"})
+    for (const char* pFile : {"001.mrc", "002.mrc"}) {
         ASSERT_TRUE(ReadMRC(series.dir.filePath(pFile), vecImage));
+    }
     const auto at = [&](size_t i, int x, int y) { return vecImage.at(i)->Data()[y * 8 + x]; };
     EXPECT_EQ(at(0, 3, 2), 65535);  // both marks moved back to column 3
     EXPECT_EQ(at(1, 6, 2), 50000);  // a shift of -0.7 truncates to 0

@@ -52,8 +52,9 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
             EXPECT_LT(std::hypot(ptOff.x(), ptOff.y()), nFrame == 0 ? 1e-9 : 0.07) << nFrame;
             EXPECT_EQ(img.Width(), int(dfSide) / 2 * 2);
             double dfFine = 0;  // waves of 4 pixels, well above what the mask lets through
-            for (int i = 0; i < 128 * 128 && dfSide == 128; i += 2)
+            for (int i = 0; i < 128 * 128 && dfSide == 128; i += 2) {
                 dfFine += double(img.Data()[i] * (i % 4 ? -1 : 1));
+            }
             EXPECT_NEAR(dfFine, 0, 5);
         };
         const QRectF rcRegion(40, 30, dfSide, 1);
@@ -100,11 +101,12 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)
                 {QRectF(std::nan(""), 0, 64, 64), -1, -1, 0, "does not lie inside frame #1"},
                 {QRectF(0, 0, 15, 64), -1, -1, -1, "red The reference region must have"},
                 {QRectF(0, 0, 1e300, 1), -1, -1, 0, "does not lie inside frame #1"}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         for (bool bKeep : {true, false}) {
             DriftSeries series;
-            if (row.nMissing >= 0)
+            if (row.nMissing >= 0) {
                 series.removeFrame(row.nMissing);
+            }
             series.report.m_nStopAfter = row.nStopAfter;
             ShiftEvaluationOptions options;
             options.bKeepPartial = bKeep;
@@ -124,6 +126,7 @@ TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)
             EXPECT_EQ(series.report.said("blue >Image shift evaluation finished"), row.nReached > 0);
             EXPECT_NEAR(series.dataSet.m_dfCenterX, row.nReached ? g_ptBeam.x() : 1, 0.2);
         }
+    }
 }
 
 TEST(FindBeamInSummedMap, PrefersTheBroadMaximumToTheHighOne)
@@ -145,8 +148,9 @@ TEST(FindBeamInSummedMap, PrefersTheBroadMaximumToTheHighOne)
 TEST(ShiftJumps, NamesTheFramesThatStandApartAndNoOthers)
 {
     QList<QPointF> listDrift;
-    for (int i = 0; i < 60; ++i)
+    for (int i = 0; i < 60; ++i) {
         listDrift.append({0.8 * i, 12 * std::sin(i * 0.2)});
+    }
     EXPECT_EQ(findShiftJumps(listDrift, 10), QList<int>());
     EXPECT_EQ(findShiftJumps(listDrift.mid(0, 4), 0.001), QList<int>());
     for (int nMoved : {0, 1, 2, 30, 58, 59}) {

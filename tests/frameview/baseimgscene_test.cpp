@@ -26,8 +26,9 @@ TEST(Palettes, RampsStartAndEndWhereTheyShould)
     } aRow[] = {{0, 0, 0xFF000000},   {0, 200, 0xFFC8C8C8}, {1, 200, 0xFF373737}, {2, 0, 0xFF0000FF},
                 {2, 63, 0xFF00FCFF},  {2, 64, 0xFF00FFFF},  {2, 127, 0xFF00FF03}, {2, 191, 0xFFFCFF00},
                 {2, 192, 0xFFFFFF00}, {2, 255, 0xFFFF0300}, {3, 255, 0xFF0000FF}, {3, 100, 0xFF6CFF00}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         EXPECT_EQ(paletteTable(row.nPalette)->at(row.i), row.rgb) << row.nPalette << ' ' << row.i;
+    }
 }
 
 TEST_F(Scene, DrawsEachPixelThroughThePalette)
@@ -40,9 +41,10 @@ TEST_F(Scene, DrawsEachPixelThroughThePalette)
             EXPECT_EQ(m_scene.setPalette(nPalette), nPalette);
             const QImage picture = drawn(m_scene);
             ASSERT_EQ(picture.size(), QSize(nWidth, 4));
-            for (int i = 0; i < 4 * nWidth; ++i)
+            for (int i = 0; i < 4 * nWidth; ++i) {
                 EXPECT_EQ(picture.pixel(i % nWidth, i / nWidth), paletteTable(nPalette)->at(7 * i))
                     << nWidth << ": " << i << ", palette " << nPalette;
+            }
         }
         EXPECT_EQ(m_scene.setPalette(4), 1);
     }
@@ -56,8 +58,9 @@ TEST_F(Scene, LimitsAndOutputRangesSetTheContrast)
     const int aanByte[][4] = {{0, 85, 170, 255}, {50, 70, 90, 110}, {0, 85, 170, 255}};
     for (int i = 0; i < 3; ++i) {
         m_scene.setImagesLimits(vecImage, {{0, 300}}, vecOut[i]);
-        for (int x = 0; x < 4; ++x)
+        for (int x = 0; x < 4; ++x) {
             EXPECT_EQ(red(x, 0), aanByte[i][x]) << i;
+        }
     }
 }
 
@@ -115,8 +118,9 @@ TEST(Overlay, LiesOnItsImageInTheColoursOfItsTable)
     scene.setImagesLimits(vecImage, {{0, 255}, {0, 255}});
     const auto pixels = [&] {
         QString str;
-        for (int x = 0; x < 5; ++x)
+        for (int x = 0; x < 5; ++x) {
             str += drawn(scene).pixelColor(x, 0).name() + ' ';
+        }
         return str;
     };
     const QString strPlain = QStringLiteral("#646464 ").repeated(5);
@@ -138,11 +142,13 @@ TEST_F(Scene, AFrameThatComesInDuringTheProgressWins)
     for (bool bGone : {false, true}) {
         m_scene.setShowProgress(true);
         ImageList vecLong = makeFrame(8, 8, 1);
-        for (int i = 0; i < 2; ++i)
+        for (int i = 0; i < 2; ++i) {
             vecLong.push_back(std::move(makeFrame(8, 8, 1)[0]));
+        }
         QTimer::singleShot(0, [&] {
-            if (bGone)
+            if (bGone) {
                 vecLong.clear();
+            }
             m_scene.setShowProgress(false);
             m_scene.setImagesLimits(makeFrame(4, 4, 200), {{0, 255}});
         });

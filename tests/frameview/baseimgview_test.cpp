@@ -84,8 +84,9 @@ TEST_F(View, SmallAnglesAddUpAndTheWheelZoomsAboutThePointer)
         turn(15);
         ASSERT_EQ(spyIn.count(), (n + 7) / 8) << n;
     }
-    for (int n = 0; n < 30; ++n)  // fingers that lie still
+    for (int n = 0; n < 30; ++n) {  // fingers that lie still
         turn(n % 2 ? -3 : 3);
+    }
     EXPECT_EQ(spyOut.count(), 0);
     QTest::qWait(400);
     turn(-4);  // another movement, which is seen at once
@@ -131,14 +132,17 @@ TEST_F(View, TheMenuWaitsForTheReleaseAndNotForADrag)
             QCoreApplication::sendEvent(pViewport, &event);
         };
         sendMouse(pViewport, QEvent::MouseButtonPress, {40, 40}, Qt::RightButton, Qt::RightButton);
-        if (bMenuOnPress)
+        if (bMenuOnPress) {
             contextEvent();
-        if (bDrag)
+        }
+        if (bDrag) {
             sendMouse(pViewport, QEvent::MouseMove, {90, 60}, Qt::NoButton, Qt::RightButton);
+        }
         bHeld = false;
         sendMouse(pViewport, QEvent::MouseButtonRelease, {40, 40}, Qt::RightButton, Qt::NoButton);
-        if (!bMenuOnPress)
+        if (!bMenuOnPress) {
             contextEvent();
+        }
         EXPECT_EQ(nMenu, bDrag ? 0 : 1) << nCase;
         EXPECT_FALSE(bMenuWhileHeld) << nCase;
     }

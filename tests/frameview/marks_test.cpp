@@ -5,8 +5,8 @@
 #include "frameview/markzoom.h"
 #include "frameview/replacemarks.h"
 #include "frameview/textitem.h"
-#include "tests/frameview/testscenes.h"
 #include "records/pi.h"
+#include "tests/frameview/testscenes.h"
 
 #include <QCoreApplication>
 
@@ -39,9 +39,11 @@ protected:
     {
         std::set<std::pair<int, int>> setPixel;
         const QImage picture = drawn(m_scene);
-        for (int i = 0; i < 60 * 50; ++i)
-            if (picture.pixelColor(i % 60, i / 60) == color)
+        for (int i = 0; i < 60 * 50; ++i) {
+            if (picture.pixelColor(i % 60, i / 60) == color) {
                 setPixel.insert({i % 60, i / 60});
+            }
+        }
         return setPixel;
     }
     BaseImgScene m_scene;
@@ -108,8 +110,9 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     const QPoint ptMiddle(164, 244);  // 8 · (20.5, 30.5)
     int nReach = 0, nFree = 1000, nInRow = 0;
     for (int x = ptMiddle.x(); x < 480; ++x) {
-        if (picture.pixelColor(x, ptMiddle.y()).green() < 20)
+        if (picture.pixelColor(x, ptMiddle.y()).green() < 20) {
             continue;
+        }
         nReach = std::max(nReach, x - ptMiddle.x());
         nFree = std::min(nFree, x - ptMiddle.x());
         ++nInRow;
@@ -118,8 +121,9 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     EXPECT_NEAR(nFree, 35, 1);
     EXPECT_NEAR(nInRow, 5, 2);
     int nThick = 0;
-    for (int y = 0; y < 400; ++y)
+    for (int y = 0; y < 400; ++y) {
         nThick += picture.pixelColor(ptMiddle.x() + 37, y).green() >= 20;
+    }
     EXPECT_LE(nThick, 3);
     EXPECT_LT(picture.pixelColor(ptMiddle.x() + 37, ptMiddle.y()).green(), 230) << "faded";
     replaceMarks(&m_scene, list);
@@ -135,9 +139,11 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     m_scene.setImagesLimits(makeFrame(60, 50, 255), {{0, 255}});
     draw();
     QRect rcDark;
-    for (int i = 0; i < 480 * 400; ++i)
-        if (picture.pixelColor(i % 480, i / 480).lightness() < 100)
+    for (int i = 0; i < 480 * 400; ++i) {
+        if (picture.pixelColor(i % 480, i / 480).lightness() < 100) {
             rcDark |= QRect(i % 480, i / 480, 1, 1);
+        }
+    }
     const QRectF rcText = QFontMetricsF(pLabel->font()).boundingRect("1,2,3");
     EXPECT_GT(rcDark.left(), 160 + 8 * 3);
     EXPECT_NEAR(rcDark.width(), rcText.width(), 6);
@@ -164,8 +170,9 @@ TEST_F(Marks, ThousandsOfMarksCostOneRepaintAndLeaveNothingBehind)
     const QImage pictureBefore = view.viewport()->grab().toImage();
     for (int nRound = 0; nRound < 3; ++nRound) {
         QList<CrossItem*> listNew;
-        for (int i = 0; i < 2000; ++i)
+        for (int i = 0; i < 2000; ++i) {
             listNew.append(mark<CrossItem>({double(i % 60), double(i * 7 % 50)}, 5, Qt::green));
+        }
         expectOneRepaint(listNew);
     }
     EXPECT_NE(view.viewport()->grab().toImage(), pictureBefore);

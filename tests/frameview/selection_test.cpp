@@ -15,8 +15,9 @@ protected:
     Selection()
     {
         m_scene.setShowProgress(false);
-        for (int n : {0, 64, 128, 256, 512, 1024})
+        for (int n : {0, 64, 128, 256, 512, 1024}) {
             m_scene.addSelectionRect(n, n);
+        }
         m_view.resize(600, 600);
         m_view.setDragMode(QGraphicsView::ScrollHandDrag);
         QObject::connect(&m_view, &BaseImgView::scaleChanged, &m_scene, &OriginalImgScene::updateViewScale);
@@ -30,9 +31,10 @@ protected:
         const QPoint ptStart = m_view.mapFromScene(ptFrom);
         const QPoint ptEnd = m_view.mapFromScene(ptTo);
         sendMouse(pViewport, QEvent::MouseButtonPress, ptStart, Qt::LeftButton, Qt::LeftButton);
-        for (int i = 1; i <= 7; ++i)
+        for (int i = 1; i <= 7; ++i) {
             sendMouse(pViewport, QEvent::MouseMove, ptStart + (ptEnd - ptStart) * i / 7, Qt::NoButton,
                       Qt::LeftButton);
+        }
         sendMouse(pViewport, QEvent::MouseButtonRelease, ptEnd, Qt::LeftButton, Qt::NoButton);
     }
 
@@ -85,7 +87,7 @@ TEST_F(Selection, DraggedPastAnyEdgeItStaysInsideInWholePixels)
 {
     const QPointF aTarget[] = {{-300, 128}, {700, 128}, {128, -300}, {128, 700}, {-90, -90}, {400, 350}};
     const QRectF rectFrame(0, 0, 256, 300);
-    for (double dfScale : {1.0, 2.0, 8.0, 0.5})
+    for (double dfScale : {1.0, 2.0, 8.0, 0.5}) {
         for (const QPointF& ptTarget : aTarget) {
             showFrame(10, 10);  // forgets the place
             showFrame(256, 300);
@@ -112,6 +114,7 @@ TEST_F(Selection, DraggedPastAnyEdgeItStaysInsideInWholePixels)
             EXPECT_EQ(m_scene.selectionRect(), spy.last()[0].toRectF());
             m_scene.setSelectionIndex(0);
         }
+    }
 }
 
 TEST_F(Selection, TheFrameOfTheRectangleIsOneScreenPixelWide)
@@ -124,8 +127,9 @@ TEST_F(Selection, TheFrameOfTheRectangleIsOneScreenPixelWide)
         const QImage picture = m_view.viewport()->grab().toImage();
         const int nY = picture.height() / 2 + int(20 * dfScale);
         int nYellow = 0;
-        for (int x = 0; x < picture.width() / 2 + 30; ++x)
+        for (int x = 0; x < picture.width() / 2 + 30; ++x) {
             nYellow += picture.pixelColor(x, nY) == QColor(Qt::yellow);
+        }
         EXPECT_NEAR(nYellow, picture.devicePixelRatio(), 0.5) << dfScale;
     }
 }

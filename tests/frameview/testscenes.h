@@ -23,8 +23,9 @@ inline ImageList makeFrame(int w, int h, const std::function<double(int, int)>& 
     ImageList vecImage;
     vecImage.push_back(std::make_unique<CImgObj<float>>());
     vecImage[0]->Create(w, h);
-    for (int i = 0; i < w * h; ++i)
+    for (int i = 0; i < w * h; ++i) {
         vecImage[0]->Data()[i] = float(fnValue(i % w, i / w));
+    }
     return vecImage;
 }
 

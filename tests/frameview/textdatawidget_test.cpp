@@ -24,8 +24,9 @@ protected:
         m_widget.setImage(makeFrame(w, h, fnValue)[0].get());
         CImgObj<unsigned char> imgByte;
         imgByte.Create(w, h);
-        for (int i = 0; i < w * h; ++i)
+        for (int i = 0; i < w * h; ++i) {
             imgByte.Data()[i] = static_cast<unsigned char>(i % 251);
+        }
         m_widget.setByteImage(&imgByte);
     }
     bool refreshAt(QPointF pt)
@@ -43,9 +44,10 @@ protected:
             dfHeight = pItem->y() > 0 ? std::min(dfHeight, pItem->y()) : dfHeight;
         }
         std::map<std::pair<int, int>, TextItem*> map;
-        for (QGraphicsItem* pItem : listItem)
+        for (QGraphicsItem* pItem : listItem) {
             map[{qRound(pItem->x() / dfWidth), qRound(pItem->y() / dfHeight)}] = static_cast<TextItem*>(
                 pItem);
+        }
         EXPECT_EQ(map.size(), std::size_t(listItem.size())) << "items on one another";
         return map;
     }
@@ -122,8 +124,9 @@ TEST_F(TextData, WithoutAUsableImageOrCentreTheGridStays)
     setFrame(50, 50, [](int, int) { return 5; });
     ASSERT_TRUE(refreshAt({20, 20}));
     const int nItems = m_widget.scene()->items().size();
-    for (const QPointF& pt : {QPointF(50, 3), QPointF(3, 50), QPointF(-1, 3), QPointF(std::nan(""), 3)})
+    for (const QPointF& pt : {QPointF(50, 3), QPointF(3, 50), QPointF(-1, 3), QPointF(std::nan(""), 3)}) {
         EXPECT_FALSE(refreshAt(pt));
+    }
     m_widget.setCenter({20, 20});
     m_widget.setImage(makeFrame(40, 50, 6)[0].get());  // the bytes follow later
     EXPECT_FALSE(m_widget.refresh());

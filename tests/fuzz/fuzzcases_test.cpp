@@ -32,9 +32,10 @@ TEST_P(FuzzCases, HoldForEveryCase)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QByteArray bytes = file.readAll();
         // Whole, and cut anywhere.
-        for (int nSize = bytes.size(); nSize >= 0; nSize -= nSize > 300 ? 97 : 7)
+        for (int nSize = bytes.size(); nSize >= 0; nSize -= nSize > 300 ? 97 : 7) {
             EXPECT_EQ(readAsFile(GetParam(), bytes.left(nSize)), QString())
                 << strCase.toStdString() << " of " << nSize << " bytes";
+        }
     }
 }
 

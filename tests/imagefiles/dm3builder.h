@@ -34,8 +34,9 @@ inline QByteArray label(const QByteArray& strLabel)
 inline QByteArray group(const QByteArray& strLabel, const std::vector<QByteArray>& vecChild)
 {
     QByteArray bytes = '\x14' + label(strLabel) + '\1' + '\0' + big(static_cast<quint32>(vecChild.size()));
-    for (const QByteArray& child : vecChild)
+    for (const QByteArray& child : vecChild) {
         bytes += child;
+    }
     return bytes;
 }
 
@@ -43,8 +44,9 @@ inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint32>& 
                         const QByteArray& data)
 {
     QByteArray bytes = '\x15' + label(strLabel) + "%%%%" + big(static_cast<quint32>(vecInfo.size()));
-    for (quint32 nWord : vecInfo)
+    for (quint32 nWord : vecInfo) {
         bytes += big(nWord);
+    }
     return bytes + data;
 }
 
@@ -82,8 +84,9 @@ template <class T>
 QByteArray numbers(const std::vector<double>& vecValue, quint32 nOrder)
 {
     QByteArray data;
-    for (double dfValue : vecValue)
+    for (double dfValue : vecValue) {
         data += number(static_cast<T>(dfValue), nOrder);
+    }
     return data;
 }
 

@@ -23,8 +23,9 @@ int read(const QByteArray& bytes, CImgObj<float>& image, QString* pReason = null
 std::vector<float> pixels(const QByteArray& bytes)
 {
     CImgObj<float> image;
-    if (read(bytes, image) != 1)
+    if (read(bytes, image) != 1) {
         return {};
+    }
     return {image.Data(), image.Data() + image.Width() * image.Height()};
 }
 
@@ -53,7 +54,7 @@ TEST_F(Dm3, ReadsEveryPixelTypeInBothByteOrders)
                  {11, 5, dm3::numbers<quint32>, {4294967040., 2147483648., 16909060, 0}},
                  {12, 7, dm3::numbers<double>, {-0.5, 1e30f, 258.25, 0}}};
     CImgObj<float> image;  // one for files of two sizes
-    for (const auto& row : aCase)
+    for (const auto& row : aCase) {
         for (quint32 nOrder : {1u, 0u, 2u}) {
             SCOPED_TRACE(testing::Message() << "type " << row.nDataType << " order " << nOrder);
             std::vector<double> vecValue = row.vecEdge;
@@ -69,6 +70,7 @@ TEST_F(Dm3, ReadsEveryPixelTypeInBothByteOrders)
             ASSERT_TRUE(image.Width() == int(nCount / 2) && image.Height() == 2);
             EXPECT_EQ(std::vector<double>(image.Data(), image.Data() + nCount), vecValue);
         }
+    }
 }
 
 TEST_F(Dm3, TheImageIsTheFirstThatIsNoThumbnail)
@@ -106,8 +108,9 @@ TEST_F(Dm3, WalksOverEveryFormOfEntry)
         dm3::group("ImageList", {byteRow("abc")})};
     const QByteArray sound = dm3::file(vecTag);
     EXPECT_EQ(pixels(sound.chopped(8)), (std::vector<float>{'a', 'b', 'c'}));
-    for (int nSize = 0; nSize < sound.size() - 8; ++nSize)  // the last 8 bytes belong to no tag
+    for (int nSize = 0; nSize < sound.size() - 8; ++nSize) {  // the last 8 bytes belong to no tag
         EXPECT_TRUE(pixels(sound.left(nSize)).empty()) << nSize;
+    }
 
     writeBytes(path("a.dm3"), sound);
     DM3File file;
@@ -126,8 +129,9 @@ TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
     const auto list = [](const QByteArray& image) { return dm3::file({dm3::group("ImageList", {image})}); };
     const auto lone = [](const QByteArray& tag) { return dm3::file({tag}).chopped(8); };
     QByteArray nested;
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         nested += dm3::group("", {}).chopped(1) + '\1';  // each says that it has one child
+    }
     const QByteArray sound = list(dm3::image(2, 2, 6, data4));
     const QByteArray groups = dm3::group("", std::vector<QByteArray>(600000, dm3::group("", {})));
     const struct {

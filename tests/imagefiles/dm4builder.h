@@ -24,8 +24,9 @@ inline QByteArray tag(char chKind, const QByteArray& strLabel, const QByteArray&
 inline QByteArray group(const QByteArray& strLabel, const std::vector<QByteArray>& vecChild)
 {
     QByteArray body = QByteArray("\1\0", 2) + big(vecChild.size());
-    for (const QByteArray& child : vecChild)
+    for (const QByteArray& child : vecChild) {
         body += child;
+    }
     return tag('\x14', strLabel, body);
 }
 
@@ -33,8 +34,9 @@ inline QByteArray entry(const QByteArray& strLabel, const std::vector<quint64>& 
                         const QByteArray& data)
 {
     QByteArray body = "%%%%" + big(vecInfo.size());
-    for (quint64 nWord : vecInfo)
+    for (quint64 nWord : vecInfo) {
         body += big(nWord);
+    }
     return tag('\x15', strLabel, body + data);
 }
 
@@ -51,8 +53,9 @@ inline QByteArray real(const QByteArray& strLabel, double dfValue, quint32 nOrde
 inline QByteArray text(const QByteArray& strLabel, const QString& str, quint32 nOrder = 1)
 {
     QByteArray bytes;
-    for (const QChar c : str)
+    for (const QChar c : str) {
         bytes += dm3::number(c.unicode(), nOrder);
+    }
     return entry(strLabel, {20, 4, quint64(str.size())}, bytes);
 }
 
@@ -73,8 +76,9 @@ inline QByteArray image(const std::vector<quint32>& vecSize, quint32 nDataType, 
                         const std::vector<QByteArray>& vecCalibration = {})
 {
     std::vector<QByteArray> vecDimension;
-    for (quint32 nSize : vecSize)
+    for (quint32 nSize : vecSize) {
         vecDimension.push_back(integer("", nSize, nOrder));
+    }
     return group(
         "", {group("ImageData", {group("Calibrations", vecCalibration), tagData,
                                  integer("DataType", nDataType, nOrder), group("Dimensions", vecDimension)}),

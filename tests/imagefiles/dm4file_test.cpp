@@ -21,9 +21,10 @@ protected:
         std::vector<double> vecPixel;
         const bool bRead = readDm4Frames(path("a.dm4"), nFirst, nMaxImages, vecImage, m_strReason);
         EXPECT_EQ(bRead, !vecImage.empty());
-        for (const auto& pImage : vecImage)
+        for (const auto& pImage : vecImage) {
             vecPixel.insert(vecPixel.end(), pImage->Data(),
                             pImage->Data() + pImage->Width() * pImage->Height());
+        }
         return vecPixel;
     }
     FrameHeader header(const QByteArray& bytes, int nImage = 0)
@@ -71,7 +72,7 @@ TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
                  {10, 2, 2, dm3::numbers<quint16>, {65535, 32768, 258, 0, 5, 6}},
                  {11, 3, 4, dm3::numbers<quint32>, {4294967040., 2147483648., 16909060, 0, 5, 6}},
                  {12, 12, 8, dm3::numbers<double>, {-0.5, 1e30f, 258.25, 0, 5, 6}}};
-    for (const auto& row : aCase)
+    for (const auto& row : aCase) {
         for (quint32 nOrder : {1u, 0u}) {
             SCOPED_TRACE(testing::Message() << "type " << row.nDataType << " order " << nOrder);
             const QByteArray data = row.pNumbers(row.vecEdge, nOrder);
@@ -87,6 +88,7 @@ TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
             EXPECT_TRUE(header(bytes, 2).size == QSize(2, 1) && header(bytes).nImages == 3);
             EXPECT_FALSE(header(bytes, 3).size.isValid());
         }
+    }
     const QByteArray cut = dm4::file({listOf({dm4::image({1, 1, 2, 3}, 6, dm4::array(10, 4, "abcd"))})});
     EXPECT_EQ(pixels(cut), (std::vector<double>{'a', 'b', 'c', 'd'}));
     EXPECT_EQ(m_strReason, "4 of 6 images are there");
@@ -97,8 +99,9 @@ TEST_F(Dm4, TheImageIsTheFirstThatIsNoPreviewAndCanBeRead)
 {
     const auto thumbnails = [](const std::vector<quint32>& vecIndex) {
         std::vector<QByteArray> vecGroup;
-        for (quint32 nIndex : vecIndex)
+        for (quint32 nIndex : vecIndex) {
             vecGroup.push_back(dm4::group("", {dm4::integer("ImageIndex", nIndex)}));
+        }
         return dm4::group("Thumbnails", vecGroup);
     };
     const QByteArray small = byteRow("S"), full = byteRow("FG"), colour = byteRow("RGBA", 23);
@@ -168,12 +171,14 @@ TEST_F(Dm4, BrokenFilesFailWithAReason)
     const auto list = [](const QByteArray& image) { return dm4::file({listOf({image})}); };
     const auto inList = [](const QByteArray& tag) { return dm4::file({listOf({tag})}); };
     QByteArray nested;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         nested = dm4::group("", {nested.isEmpty() ? dm4::integer("", 1) : nested});
+    }
     const QByteArray sound = list(dm4::image({2, 2}, 6, data4));
     QByteArray many = dm4::group("", {});
-    for (int i = 0; i < 1 << 20; ++i)
+    for (int i = 0; i < 1 << 20; ++i) {
         many += dm4::group("", {});
+    }
     const quint64 nHuge = quint64(1) << 62;
     const struct {
         QByteArray bytes;
@@ -261,14 +266,15 @@ TEST_F(Dm4, Dm3FilesTellTheSame)
     } aRow[] = {{"1/nm", 0.05f, 200000, 0.005, 200}, {QStringLiteral("1/Å"), 0.004f, 300000, 0.004, 300},
                 {"nm", 0.05f, 0, NAN, NAN},          {"1/nm", -1, -5, NAN, NAN},
                 {"1/nm", NAN, INFINITY, NAN, NAN},   {"", 1, 80000, NAN, 80}};
-    for (const quint32 nOrder : {1u, 2u})
+    for (const quint32 nOrder : {1u, 2u}) {
         for (const auto& row : aRow) {
             const auto real = [&](const char* pLabel, float f) {
                 return dm3::entry(pLabel, {6}, dm3::number(f, nOrder));
             };
             QByteArray bytesUnit;
-            for (const QChar c : row.strUnit)
+            for (const QChar c : row.strUnit) {
                 bytesUnit += dm3::number(c.unicode(), nOrder);
+            }
             const QByteArray axis = dm3::group(
                 "",
                 {real("Scale", row.fScale), dm3::array("Units", 4, quint32(row.strUnit.size()), bytesUnit)});
@@ -302,6 +308,7 @@ TEST_F(Dm4, Dm3FilesTellTheSame)
                                    : vecImage[0]->Data()[1] == float('b' + 2 * i));
             }
         }
+    }
 }
 
 }  // namespace tessera

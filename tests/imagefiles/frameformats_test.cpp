@@ -21,9 +21,11 @@ protected:
         QList<QByteArray> listBytes;
         for (const QDir& dir :
              {QDir(TESSERA_TEST_DATA, "*." + format.listSuffix.value(0)),
-              QDir(QString(TESSERA_TEST_DATA "/../../fuzzcases/%1").arg(strName.toLower()), "seed_*")})
-            for (const QString& strFile : dir.entryList(QDir::Files))
+              QDir(QString(TESSERA_TEST_DATA "/../../fuzzcases/%1").arg(strName.toLower()), "seed_*")}) {
+            for (const QString& strFile : dir.entryList(QDir::Files)) {
                 listBytes.append(readBytes(dir.filePath(strFile)));
+            }
+        }
         return listBytes;
     }
     static bool hasMagic(const FrameFormat& format, const QByteArray& bytes)
@@ -41,8 +43,9 @@ TEST_F(FrameFormats, TheSuffixDecidesWhereTheContentDoesNot)
     const std::pair<const char*, const char*> aRow[] = {
         {"/d.mrc/a.b.MRC", "MRC"}, {"x.Dm3", "DM3"},        {"x.jpeg", "JPEG"}, {"x.TIFF", "TIFF"},
         {"x.ppm", "Picture"},      {"/d.mrc/x", "Picture"}, {"mrc", "Picture"}, {"x.mrc.bak", "Picture"}};
-    for (const auto& [pName, pFormat] : aRow)
+    for (const auto& [pName, pFormat] : aRow) {
         EXPECT_EQ(frameFormatOf(pName).strName, pFormat) << pName;
+    }
     // Users see this order, and "Add Folder" goes by it.
     EXPECT_TRUE(frameNameFilters().startsWith("*.dm3 *.mrc *."));
     EXPECT_TRUE(frameNameFilters().endsWith(" *.bmp *.jpg *.jpeg *.gif *.tif *.tiff *.png"));
@@ -53,21 +56,25 @@ TEST_F(FrameFormats, TheSuffixDecidesWhereTheContentDoesNot)
 TEST_F(FrameFormats, EveryRowKnowsAndReadsItsFiles)
 {
     for (const FrameFormat& format : frameFormats()) {
-        if (&format == &frameFormats().back())
+        if (&format == &frameFormats().back()) {
             continue;
+        }
         SCOPED_TRACE(qPrintable(format.strName));
         const QString strFile = m_dir.filePath("frame." + format.listSuffix.value(0).toUpper());
         int nRead = 0;
         for (const QByteArray& bytes : samples(format)) {
-            if (!hasMagic(format, bytes))
+            if (!hasMagic(format, bytes)) {
                 continue;
-            for (const FrameFormat& other : frameFormats())
+            }
+            for (const FrameFormat& other : frameFormats()) {
                 EXPECT_TRUE(&other == &format || !hasMagic(other, bytes)) << qPrintable(other.strName);
+            }
             writeBytes(strFile, bytes);
             ImageList vecImage;
             QString strReason;
-            if (!frameFormatOf(strFile).fnRead(strFile, 0, 1, vecImage, strReason) || vecImage.size() != 1)
+            if (!frameFormatOf(strFile).fnRead(strFile, 0, 1, vecImage, strReason) || vecImage.size() != 1) {
                 continue;
+            }
             ++nRead;
             const QSize size(vecImage[0]->Width(), vecImage[0]->Height());
             EXPECT_EQ(size, format.fnReadHeader(strFile, 0).size);

@@ -6,9 +6,9 @@
 #include "imagefiles/hdf5nexus.h"
 #include "imagefiles/hdf5series.h"
 #include "imagefiles/hdf5stamp.h"
+#include "records/pi.h"
 #include "tests/imagefiles/hdf5builder.h"
 #include "tests/imagefiles/testfiles.h"
-#include "records/pi.h"
 
 #include <QDir>
 #include <QtEndian>

@@ -19,8 +19,9 @@ QByteArray header(int nX, int nY, int nZ, int nMode)
 {
     QByteArray bytes(1024, '\xff');  // whatever the rest of the header holds does not matter
     const int aField[] = {nX, nY, nZ, nMode};
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         qToLittleEndian<qint32>(aField[i], bytes.data() + 4 * i);
+    }
     return bytes;
 }
 
@@ -55,7 +56,7 @@ TEST_F(Mrc, ReadsEveryModeOfAnotherProgramWithTheFirstRowAtTheBottom)
                     {"mode2", 0.25, -3.5},
                     {"mode6", 520, 0},
                     {"mode12", 0.5, -8}};
-    for (const auto& row : aFixture)
+    for (const auto& row : aFixture) {
         for (int nMax : {INT_MAX, -1, 0, 1, 2, 4}) {  // or the first sections alone
             SCOPED_TRACE(testing::Message() << row.pName << " " << nMax);
             ImageList vecImage;
@@ -71,6 +72,7 @@ TEST_F(Mrc, ReadsEveryModeOfAnotherProgramWithTheFirstRowAtTheBottom)
                           double(x + 10 * y + 40 * z) * row.dfFactor + row.dfOffset);
             }
         }
+    }
 }
 
 TEST_F(Mrc, ReadsBackWideStacksOfSeveralBlocks)
@@ -79,8 +81,9 @@ TEST_F(Mrc, ReadsBackWideStacksOfSeveralBlocks)
     for (int z = 0; z < 20; ++z) {
         vecWide.push_back(std::make_unique<CImgObj<float>>());
         vecWide.back()->Create(600, 100);
-        for (int i = 0; i < 60000; ++i)
+        for (int i = 0; i < 60000; ++i) {
             vecWide.back()->Data()[i] = static_cast<float>((i + 7 * (i / 600) + 31 * z) % 113);
+        }
     }
     for (auto* pWrite : {rewrite<short>, rewrite<float>, rewrite<unsigned short>}) {
         ImageList vecImage;
@@ -88,8 +91,9 @@ TEST_F(Mrc, ReadsBackWideStacksOfSeveralBlocks)
         ASSERT_EQ(ReadMRC(path("wide.mrc"), vecImage), 1);
         ASSERT_EQ(parsed(readBytes(path("wide.mrc")), vecImage), 1);
         ASSERT_EQ(vecImage.size(), 40u);
-        for (size_t z = 0; z < 40; ++z)
+        for (size_t z = 0; z < 40; ++z) {
             EXPECT_EQ(std::memcmp(vecImage[z]->Data(), vecWide[z % 20]->Data(), 60000 * sizeof(float)), 0);
+        }
     }
 }
 
@@ -98,8 +102,9 @@ TEST_F(Mrc, ReadsLargeSectionsStripByStripAsItReadsThemWhole)
     const int nX = 701, nY = 1003;  // 1.4 MB of 16 bit, and no whole number of strips
     QByteArray bytes = header(nX, nY, 2, 1);
     bytes.resize(1024 + 2 * 2 * nX * nY);
-    for (int i = 0; i < 2 * nX * nY; ++i)
+    for (int i = 0; i < 2 * nX * nY; ++i) {
         qToLittleEndian<qint16>(qint16(i % 30011), bytes.data() + 1024 + 2 * i);
+    }
     for (const int nMapR : {-1, -2}) {  // the first row at the bottom, and on top
         bytes[4 * 17] = char(nMapR);    // the other bytes of MAPR are 255 already
         writeBytes(path("large.mrc"), bytes);
@@ -107,8 +112,9 @@ TEST_F(Mrc, ReadsLargeSectionsStripByStripAsItReadsThemWhole)
         ASSERT_EQ(ReadMRC(path("large.mrc"), vecImage), 1);
         ASSERT_EQ(parsed(bytes, vecWhole), 1);
         ASSERT_EQ(vecImage.size(), 2u);
-        for (size_t z = 0; z < 2; ++z)
+        for (size_t z = 0; z < 2; ++z) {
             EXPECT_TRUE(std::equal(vecImage[z]->Data(), vecImage[z]->Data() + nX * nY, vecWhole[z]->Data()));
+        }
     }
 }
 

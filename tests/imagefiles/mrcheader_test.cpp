@@ -52,9 +52,10 @@ protected:
         ImageList vecImage;
         std::vector<double> vecPixel;
         m_bRead = readMrcFrames(path("a.mrc"), nFirst, nMaxImages, vecImage, m_strReason);
-        for (const auto& pImage : vecImage)
+        for (const auto& pImage : vecImage) {
             vecPixel.insert(vecPixel.end(), pImage->Data(),
                             pImage->Data() + pImage->Width() * pImage->Height());
+        }
         return vecPixel;
     }
     FrameHeader headerOf(const QByteArray& bytes, int nImage = 0)
@@ -70,8 +71,9 @@ template <class T>
 QByteArray pixelBytes(const std::vector<T>& vecPixel, bool bBigEndian)
 {
     CFields fields(int(vecPixel.size() * sizeof(T)), bBigEndian);
-    for (size_t i = 0; i < vecPixel.size(); ++i)
+    for (size_t i = 0; i < vecPixel.size(); ++i) {
         fields.put(int(i * sizeof(T)), vecPixel[i]);
+    }
     return fields;
 }
 
@@ -86,8 +88,8 @@ TEST_F(MrcHeader, SectionsOfBothOrdersBehindTheExtendedHeader)
 {
     const quint16 anHalf[] = {0x3c00, 0xc000, 0x7bff, 0x0001, 0x7c00, 0x03ff};  // IEEE 754, by hand
     const std::vector<double> vecHalf = {1, -2, 65504, std::ldexp(1., -24), INFINITY, std::ldexp(1023., -24)};
-    for (const bool bBig : {false, true})
-        for (const int nExtended : {0, 40})
+    for (const bool bBig : {false, true}) {
+        for (const int nExtended : {0, 40}) {
             for (const bool bStamp : {true, false}) {
                 const struct {
                     int nMode;
@@ -101,8 +103,9 @@ TEST_F(MrcHeader, SectionsOfBothOrdersBehindTheExtendedHeader)
                 for (const auto& row : aCase) {
                     SCOPED_TRACE(testing::Message() << row.nMode << bBig << nExtended << bStamp);
                     CFields fields = header(1, 2, 3, row.nMode, bBig).put(92, nExtended);
-                    if (!bStamp)
+                    if (!bStamp) {
                         fields.text(212, "\x3f\x3f");
+                    }
                     const QByteArray bytes = fields + QByteArray(nExtended, '\x55') + row.pixels;
                     const std::vector<double>& v = row.vecPixel;
                     EXPECT_EQ(pixels(bytes), (std::vector<double>{v[1], v[0], v[3], v[2], v[5], v[4]}));
@@ -125,6 +128,8 @@ TEST_F(MrcHeader, SectionsOfBothOrdersBehindTheExtendedHeader)
                     }
                 }
             }
+        }
+    }
 }
 
 TEST_F(MrcHeader, AnExtendedHeaderThatCannotBeIsNone)
@@ -204,12 +209,13 @@ TEST_F(MrcHeader, RowsSignsAndPackedPixels)
 
 TEST_F(MrcHeader, RecordsOfFeiTellWhatTheirMasksAllow)
 {
-    for (const bool bBig : {false, true})
+    for (const bool bBig : {false, true}) {
         for (const bool bMasks : {true, false}) {
             const auto record = [&](double dfAlpha) {
                 CFields fields(888, bBig);
-                for (const int nMask : {8, 297, 490, 748})
+                for (const int nMask : {8, 297, 490, 748}) {
                     fields.put(nMask, bMasks ? quint32(0xffffffff) : quint32(0));
+                }
                 fields.put(0, 888)
                     .text(68, "3.7")
                     .put(84, 2e5)
@@ -269,6 +275,7 @@ TEST_F(MrcHeader, RecordsOfFeiTellWhatTheirMasksAllow)
                          headerOf(file(record(1)), 1).kilovolts.isTold());
             EXPECT_FALSE(headerOf(file(record(1).put(0, 700))).kilovolts.isTold());
         }
+    }
 }
 
 TEST_F(MrcHeader, OtherRecordsTellTheTilt)
@@ -289,8 +296,9 @@ TEST_F(MrcHeader, OtherRecordsTellTheTilt)
         EXPECT_EQ(named(headerOf(serialEm, 1).tilt), "SERI: tilt angle 60");
         for (const QByteArray& bytes : {QByteArray(counts(16, 6, 3, "SERI") + records + "ab"),
                                         QByteArray(counts(16, 6, 2, "SERI") + records + "ab"),
-                                        QByteArray(counts(8, 8, 3, "SERI") + records.left(8) + "ab")})
+                                        QByteArray(counts(8, 8, 3, "SERI") + records.left(8) + "ab")}) {
             EXPECT_FALSE(headerOf(bytes).tilt.isTold());
+        }
 
         CFields old(131072, bBig);
         old.put(128, -30.5f).put(128 + 32, 0.5f).put(128 + 40, 85.f).put(128 + 44, 1e7f).put(128 + 52, 3e5f);

@@ -26,8 +26,10 @@ TEST(CHistogram, CountsByTheRuleOfItsBins)
 TEST(AutoContrast, CutsItsFractionsOffASparseTailAndLowersTheLowLimit)
 {
     std::vector<float> vec;
-    for (const auto& group : {std::pair<int, int>{5, -1000}, {50, -500}, {99755, 0}, {100, 500}, {90, 1000}})
+    for (const auto& group :
+         {std::pair<int, int>{5, -1000}, {50, -500}, {99755, 0}, {100, 500}, {90, 1000}}) {
         vec.insert(vec.end(), std::size_t(group.first), float(group.second));
+    }
     double dfLow = 0.0, dfHigh = 0.0;
     ASSERT_EQ(autoContrastLimits(vec.data(), 100000, &dfLow, &dfHigh), 1);
     EXPECT_NEAR(dfHigh, 500.0, 2.0);  // a bin

@@ -37,7 +37,7 @@ TEST(Correlate, FindsTheShiftOfTheMovedFormula)
     } aRow[] = {{64, 64, 0.0, 0.0, 0},        {64, 64, -3.0, 2.0, 0},     {64, 32, 7.3, -4.6, 0.03},
                 {64, 64, 20.5, -15.25, 0.03}, {60, 50, -0.4, 0.15, 0.03}, {60, 50, 29.0, -24.0, 0},
                 {45, 63, 3.7, -9.1, 0.03},    {64, 64, 32.0, 32.0, 0},    {9, 14, 2.3, -3.6, 0.05}};
-    for (const auto& [nW, nH, dfDX, dfDY, dfTolerance] : aRow)
+    for (const auto& [nW, nH, dfDX, dfDY, dfTolerance] : aRow) {
         for (int nMethod : {0, 1, 2}) {
             SCOPED_TRACE(testing::Message() << nW << " x " << nH << ", " << dfDX << ", " << nMethod);
             auto vecA = asComplex(spotImage(nW, nH, 0.0, 0.0)),
@@ -46,8 +46,9 @@ TEST(Correlate, FindsTheShiftOfTheMovedFormula)
             ASSERT_TRUE(image.pMap && image.bFound);
             EXPECT_NEAR(image.dfX, dfDX, dfTolerance);
             EXPECT_NEAR(image.dfY, dfDY, dfTolerance);
-            for (double df : {image.dfX, image.dfY})  // in steps of a fortieth
+            for (double df : {image.dfX, image.dfY}) {  // in steps of a fortieth
                 EXPECT_NEAR(df * 40, std::round(df * 40), 1e-4);
+            }
             EXPECT_EQ(image.dfPeak, *std::max_element(image.pMap.get(), image.pMap.get() + nW * nH));
 
             for (auto* pVec : {&vecA, &vecB}) {  // spectra in centred layout
@@ -58,6 +59,7 @@ TEST(Correlate, FindsTheShiftOfTheMovedFormula)
             EXPECT_NEAR(spectrum.dfX, image.dfX, dfTolerance);
             EXPECT_NEAR(spectrum.dfY, image.dfY, dfTolerance);
         }
+    }
 }
 
 TEST(Correlate, CentresTheMapItReturns)
@@ -66,28 +68,33 @@ TEST(Correlate, CentresTheMapItReturns)
         const int nW = size.first, nH = size.second;
         const auto vecA = spotImage(nW, nH, 0.0, 0.0), vecB = spotImage(nW, nH, 3.0, -2.0);
         const auto result = correlate(asComplex(vecA), asComplex(vecB), nW, nH, 0);
-        for (int nDY : {-3, 0, 2})
+        for (int nDY : {-3, 0, 2}) {
             for (int nDX : {-4, 0, 3}) {
                 double dfSum = 0.0;  // the plain map is Σ a(p)·b(p + shift)
-                for (int y = 0; y < nH; ++y)
-                    for (int x = 0; x < nW; ++x)
+                for (int y = 0; y < nH; ++y) {
+                    for (int x = 0; x < nW; ++x) {
                         dfSum += double(vecA[y * nW + x]) *
                                  double(vecB[(y + nDY + nH) % nH * nW + (x + nDX + nW) % nW]);
+                    }
+                }
                 EXPECT_NEAR(result.pMap[(nH / 2 + nDY) * nW + nW / 2 + nDX], dfSum, 1e-5 * result.dfPeak);
             }
+        }
     }
 }
 
 TEST(Correlate, BlankFramesGiveNoShift)
 {
-    for (const auto& [nW, nH] : {std::pair(64, 32), std::pair(45, 63)})
-        for (float f : {0.f, 1234.5f})
+    for (const auto& [nW, nH] : {std::pair(64, 32), std::pair(45, 63)}) {
+        for (float f : {0.f, 1234.5f}) {
             for (int nMethod : {0, 1, 2}) {
                 const std::vector<COMPLEX> vecBlank(std::size_t(nW * nH), COMPLEX{f, 0.f});
                 const auto result = correlate(asComplex(spotImage(nW, nH, 0, 0)), vecBlank, nW, nH, nMethod);
                 EXPECT_FALSE(result.bFound) << nW << " " << f << " " << nMethod;
                 EXPECT_TRUE(result.dfX == 0 && result.dfY == 0);
             }
+        }
+    }
 }
 
 // Both halves of the spectrum enter the map of the test above.

@@ -47,10 +47,11 @@ TEST(FlipVertical, PutsTheLastRowFirst)
         }
         return FlipVertical(vec.data(), 5, nHeight) == 1 && vec == vecWanted;
     };
-    for (int nHeight : {1, 2, 7})
+    for (int nHeight : {1, 2, 7}) {
         EXPECT_TRUE(flipped(std::uint8_t(), nHeight) && flipped(std::int16_t(), nHeight) &&
                     flipped(float(), nHeight))
             << nHeight;
+    }
     float f = 3;
     EXPECT_EQ(FlipVertical<float>(nullptr, 1, 1) + FlipVertical(&f, 0, 1) + FlipVertical(&f, 1, 0), 0);
 }
@@ -60,22 +61,27 @@ TEST(ResizeBicubic, HasTheMomentsOfTheCubicBSpline)
 {
     const int nWidth = 12, nHeight = 9, nFactor = 5, nW = nWidth * nFactor, nH = nHeight * nFactor;
     std::vector<float> vecPolynomial, vec(nW * nH);
-    for (int y = 0; y < nHeight; ++y)
-        for (int x = 0; x < nWidth; ++x)
+    for (int y = 0; y < nHeight; ++y) {
+        for (int x = 0; x < nWidth; ++x) {
             vecPolynomial.push_back(float(x * x - 2 * y + 0.5 * x * y));
+        }
+    }
     ASSERT_EQ(ResizeBicubic(vec.data(), nW, nH, vecPolynomial.data(), nWidth, nHeight), 1);
-    for (int j = nFactor; j < nH - 2 * nFactor; ++j)
+    for (int j = nFactor; j < nH - 2 * nFactor; ++j) {
         for (int i = nFactor; i < nW - 2 * nFactor; ++i) {
             const double x = double(i) / nFactor, y = double(j) / nFactor;
             ASSERT_NEAR(vec[j * nW + i], x * x + 1.0 / 3.0 - 2 * y + 0.5 * x * y, 2e-4) << i << " " << j;
         }
+    }
     const float aEdge[][2][3] = {{{9, 0, 0}, {7.5f, 1.5f, 0}}, {{0, 0, 9}, {0, 1.5f, 7.5f}}};
-    for (const auto& [aSource, aExpected] : aEdge)
+    for (const auto& [aSource, aExpected] : aEdge) {
         for (int nColumns : {3, 1}) {
             ResizeBicubic(vec.data(), nColumns, 4 - nColumns, aSource, nColumns, 4 - nColumns);
-            for (int i = 0; i < 3; ++i)
+            for (int i = 0; i < 3; ++i) {
                 EXPECT_NEAR(vec[i], aExpected[i], 1e-5) << nColumns << " " << i;
+            }
         }
+    }
 }
 
 }  // namespace tessera

@@ -16,10 +16,12 @@ CImgObj<float> spotOnFrame(const std::vector<double>& p, int nWidth, int nHeight
 {
     CImgObj<float> img;
     img.Create(nWidth, nHeight);
-    for (int y = 0; y < nHeight; ++y)
-        for (int x = 0; x < nWidth; ++x)
+    for (int y = 0; y < nHeight; ++y) {
+        for (int x = 0; x < nWidth; ++x) {
             img.Data()[y * nWidth + x] = float(
                 p[0] / (1 + (x - p[1]) * (x - p[1]) / p[2] + (y - p[3]) * (y - p[3]) / p[4]));
+        }
+    }
     return img;
 }
 
@@ -32,8 +34,9 @@ const struct {
 
 int misra1a(void*, int m, int, const double* p, double* pResidual, int nFlag)
 {
-    for (int i = 0; i < m && nFlag != 0; ++i)
+    for (int i = 0; i < m && nFlag != 0; ++i) {
         pResidual[i] = p[0] * (1 - std::exp(-p[1] * aMisra1a[i].x)) - aMisra1a[i].y;
+    }
     return 0;
 }
 
@@ -82,8 +85,9 @@ TEST(FitPeak2D, FindsPureLorentziansWhereverTheBoxLies)
         const auto vec = FitPeak2D(img, x, y, row.nHalfSize, row.dfSaturation);
         ASSERT_EQ(vec.size(), 11u);
         const double aExpected[] = {1000.0, row.dfX - row.nLeft, 6.0, row.dfY - row.nTop, 11.0};
-        for (std::size_t k = 0; k < 5; ++k)
+        for (std::size_t k = 0; k < 5; ++k) {
             EXPECT_NEAR(vec[k], aExpected[k], 1e-5 * aExpected[0]) << k;
+        }
         EXPECT_TRUE(std::abs(x - row.dfX) < 1e-5 && std::abs(y - row.dfY) < 1e-5) << x << " " << y;
         EXPECT_TRUE(vec[10] >= 1 && vec[10] <= 4 && vec[6] < 1e-5) << vec[10];
     }

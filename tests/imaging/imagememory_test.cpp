@@ -48,14 +48,16 @@ TEST(ImageMemory, KeepsNoMoreThanItShallAndNothingAtItsEnd)
         CImageMemory memory(2);
         {
             const CImageMemory::CUse use(memory);
-            for (int n = 0; n < 4; ++n)
+            for (int n = 0; n < 4; ++n) {
                 vecImage.push_back(imageOf(nSide + n));
+            }
         }
         CImgObj<float> imgBefore = imageOf(nSide);  // made while nothing is in use
         imgBefore.Release();
         EXPECT_EQ(memory.keptBytes(), 0u);
-        for (std::size_t n = 0; n < 3; ++n)
+        for (std::size_t n = 0; n < 3; ++n) {
             vecImage[n].Release();
+        }
         EXPECT_EQ(memory.keptBytes(), std::size_t(nSide) * (2 * nSide + 3) * sizeof(float));
         memory.clear();
         EXPECT_EQ(memory.keptBytes(), 0u);

@@ -21,8 +21,9 @@ TEST(FloatToByteLog, IsTheFormulaForEveryRange)
         std::vector<float> vec;
         const double dfSpan = std::log1p(double(fHigh) - double(fLow));
         std::uniform_real_distribution<double> share(-0.1, 1.1);
-        for (int i = 0; i < 20000; ++i)
+        for (int i = 0; i < 20000; ++i) {
             vec.push_back(float(double(fLow) + std::expm1(share(rng) * dfSpan)));
+        }
         std::vector<unsigned char> vecByte(vec.size());
         ASSERT_EQ(FloatToByteLog(vec.data(), vecByte.data(), int(vec.size()), fLow, fHigh), 1);
         int nOff = 0;
@@ -52,17 +53,20 @@ TEST(ViewHistogram, IsEvenOrLogarithmicByTheSpanOfItsValues)
     EXPECT_FALSE(even.axis.isLogarithmic());
     EXPECT_EQ(even.axis.last(), 9999);
     EXPECT_EQ(std::accumulate(even.vecCount.begin(), even.vecCount.end(), 0), 10000);
-    for (const int n : even.vecCount)
+    for (const int n : even.vecCount) {
         EXPECT_NEAR(n, 1000, 12);  // what lies below the first permille is in the first bin
+    }
 
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         vec[std::size_t(i) * 400] = 4e6f;  // spots
+    }
     const ViewHistogram decades = viewHistogram(vec.data(), int(vec.size()), 64);
     ASSERT_TRUE(decades.axis.isLogarithmic());
     EXPECT_EQ(decades.vecCount.back(), 20);
     EXPECT_GT(decades.axis.place(5000), 0.08) << "the background has room";
-    for (const double df : {10.0, 500.0, 9000.0, 3e6})
+    for (const double df : {10.0, 500.0, 9000.0, 3e6}) {
         EXPECT_NEAR(decades.axis.value(decades.axis.place(df)), df, 1e-6 * df);
+    }
     EXPECT_EQ(decades.axis.place(-100), 0);
     EXPECT_EQ(decades.axis.place(1e9), 1);
 

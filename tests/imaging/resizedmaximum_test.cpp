@@ -21,7 +21,7 @@ TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
                 {10, 10, 400, 400, 0.f, 0.f, 7.f},   {9, 7, 100, 93, 5.f, 1.f, -20.f},
                 {12, 5, 6, 40, 0.f, 1.f, 0.f},       {1, 1, 30, 30, 0.f, 1.f, 0.f},
                 {3, 40, 17, 5, 1.f, 1.f, 1e30f}};
-    for (const auto& row : aRow)
+    for (const auto& row : aRow) {
         for (int nNaN : {-1, 0, 3}) {
             std::vector<float> vec;
             for (int i = 0; i < row.nWidth * row.nHeight; ++i) {
@@ -29,8 +29,9 @@ TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
                              dfY = i / row.nWidth - 0.6 * row.nHeight;
                 vec.push_back(row.fBase + row.fPeak * float(std::exp(-(dfX * dfX + dfY * dfY) / 8)) +
                               row.fNoise * noise(random));
-                if (i == nNaN)
+                if (i == nNaN) {
                     vec.back() = NAN;
+                }
             }
             std::vector<float> vecAll(std::size_t(row.nTargetWidth * row.nTargetHeight));
             ResizeBicubic(vecAll.data(), row.nTargetWidth, row.nTargetHeight, vec.data(), row.nWidth,
@@ -44,14 +45,16 @@ TEST(FindResizedMaximum, IsTheFirstMaximumOfTheResizedImage)
             EXPECT_EQ(nX, nExpectedX) << row.nTargetWidth << " " << nNaN;
             EXPECT_EQ(nY, nExpectedY) << row.nTargetWidth << " " << nNaN;
         }
+    }
 }
 
 TEST(FindMaximum, TakesTheFirstInLongDataToo)
 {
     for (int nPlace = 0; nPlace < 300; ++nPlace) {
         std::vector<float> vec(300);
-        for (int i = 0; i < 300; ++i)
+        for (int i = 0; i < 300; ++i) {
             vec[i] = i == nPlace || i == 299 ? 500.f : float(i);
+        }
         EXPECT_EQ(FindMaximumIndex(vec.data(), 300), nPlace);
     }
 }

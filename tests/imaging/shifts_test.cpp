@@ -15,12 +15,13 @@ namespace {
 std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 {
     std::vector<float> vec(std::size_t(nWidth) * std::size_t(nHeight));
-    for (long y = 0; y < nHeight; ++y)
+    for (long y = 0; y < nHeight; ++y) {
         for (long x = 0; x < nWidth; ++x) {
             const long nX = ((x + nDX) % nWidth + nWidth) % nWidth;
             const long nY = ((y + nDY) % nHeight + nHeight) % nHeight;
             vec[nY * nWidth + nX] = float(y * nWidth + x);
         }
+    }
     return vec;
 }
 
@@ -28,12 +29,13 @@ std::vector<float> numbered(int nWidth, int nHeight, long nDX, long nDY)
 
 TEST(Shifts, PutEveryPixelWhereTheRemainderSays)
 {
-    for (int nDX : {0, 1, -1, 7, -8, 20, INT_MAX, INT_MIN})
+    for (int nDX : {0, 1, -1, 7, -8, 20, INT_MAX, INT_MIN}) {
         for (int nDY : {0, 2, -1, 5, -13, INT_MAX, INT_MIN}) {
             auto vec = numbered(7, 5, 0, 0);
             ASSERT_EQ(CyclicShift(vec.data(), 7, 5, nDX, nDY), 1);
             EXPECT_EQ(vec, numbered(7, 5, nDX, nDY)) << nDX << " " << nDY;
         }
+    }
     auto vec = numbered(6, 4, 0, 0);
     ASSERT_EQ(ShiftCenter(vec.data(), 6, 4), 1);
     EXPECT_EQ(vec, numbered(6, 4, 3, 2));

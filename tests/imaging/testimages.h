@@ -30,8 +30,9 @@ inline std::vector<float> spotImage(int nWidth, int nHeight, double dfDX, double
 inline std::vector<COMPLEX> asComplex(const std::vector<float>& vecReal)
 {
     std::vector<COMPLEX> vec;
-    for (float f : vecReal)
+    for (float f : vecReal) {
         vec.push_back({f, 0.f});
+    }
     return vec;
 }
 

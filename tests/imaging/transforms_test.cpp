@@ -33,8 +33,9 @@ std::vector<COMPLEX> randomImage(int n)
 std::vector<Complex> inDouble(const std::vector<COMPLEX>& vecIn)
 {
     std::vector<Complex> vec;
-    for (const COMPLEX& c : vecIn)
+    for (const COMPLEX& c : vecIn) {
         vec.emplace_back(c.re, c.im);
+    }
     return vec;
 }
 
@@ -43,17 +44,22 @@ std::vector<Complex> directSum(const std::vector<COMPLEX>& vecIn, int nWidth, in
 {
     const auto line = [](std::vector<Complex>& vec, int nStart, int nStep, int n) {
         std::vector<Complex> vecSum(std::size_t(n), Complex(0.0));
-        for (int k = 0; k < n; ++k)
-            for (int j = 0; j < n; ++j)
+        for (int k = 0; k < n; ++k) {
+            for (int j = 0; j < n; ++j) {
                 vecSum[k] += vec[nStart + j * nStep] * std::polar(1.0, -2.0 * dfPi * ((long(j) * k) % n) / n);
-        for (int k = 0; k < n; ++k)
+            }
+        }
+        for (int k = 0; k < n; ++k) {
             vec[nStart + k * nStep] = vecSum[k];
+        }
     };
     std::vector<Complex> vec = inDouble(vecIn);
-    for (int y = 0; y < nHeight; ++y)
+    for (int y = 0; y < nHeight; ++y) {
         line(vec, y * nWidth, 1, nWidth);
-    for (int x = 0; x < nWidth; ++x)
+    }
+    for (int x = 0; x < nWidth; ++x) {
         line(vec, x, nWidth, nHeight);
+    }
     return vec;
 }
 
@@ -62,8 +68,9 @@ double largestDifference(const std::vector<COMPLEX>& vecA, const std::vector<Com
     double dfLargest = 0.0;
     for (std::size_t i = 0; i < vecA.size(); ++i) {
         const double dfDifference = std::abs(Complex(vecA[i].re, vecA[i].im) - vecB[i]);
-        if (!(dfDifference <= dfLargest))  // keeps what is not a number
+        if (!(dfDifference <= dfLargest)) {  // keeps what is not a number
             dfLargest = dfDifference;
+        }
     }
     return dfLargest;
 }
@@ -75,12 +82,14 @@ TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
     CAcmlFft fft;
     CDF2 df2;
     std::vector<std::pair<int, int>> vecSize{{1, 7}, {8, 8}, {64, 32}, {15, 17}, {50, 13}, {31, 121}};
-    for (int n = 1; n <= 64; ++n)
+    for (int n = 1; n <= 64; ++n) {
         vecSize.emplace_back(n, 1);
+    }
     // 128 trades 8 × 2 for 4 × 4; squares of primes; primes on both sides of the work vectors
-    for (int n : {128, 160, 169, 343, 720, 1000, 1001, 1999, 2003})
+    for (int n : {128, 160, 169, 343, 720, 1000, 1001, 1999, 2003}) {
         vecSize.emplace_back(n, 1);
-    for (const auto& [nW, nH] : vecSize)
+    }
+    for (const auto& [nW, nH] : vecSize) {
         for (bool bDF2 : {false, true}) {
             SCOPED_TRACE(testing::Message() << nW << " x " << nH << (bDF2 ? ", mixed radix" : ""));
             const auto vecImage = randomImage(nW * nH);
@@ -90,6 +99,7 @@ TEST(Transforms, AreTheDefiningSumForwardAndComeBack)
             ASSERT_EQ(bDF2 ? df2.fft2d(nW, nH, vec.data(), 1) : fft.Transform(vec.data(), nW, nH, 1), 1);
             EXPECT_LT(largestDifference(vec, inDouble(vecImage)), 2e-6);
         }
+    }
 }
 
 // Codelets chosen by the alignment of the caller's buffer would differ in the last bit.
@@ -115,8 +125,9 @@ TEST(AcmlFft, FiltersInPlaceToTheBitWhatItFiltersIntoImages)
         const std::vector<COMPLEX> vecFilter = randomImage(int(CAcmlFft::HalfCount(nW, nH)));
         const std::vector<COMPLEX> vecImage = randomImage(nW * nH);
         const auto fill = [&, nWidth = nW](int nRow, float* pRow) {
-            for (int x = 0; x < nWidth; ++x)
+            for (int x = 0; x < nWidth; ++x) {
                 pRow[x] = vecImage[nRow * nWidth + x].re;
+            }
         };
         CAcmlFft fft;
         const std::size_t nHalf = vecFilter.size(), nPixels = std::size_t(nW) * std::size_t(nH);
@@ -133,8 +144,9 @@ TEST(AcmlFft, FiltersInPlaceToTheBitWhatItFiltersIntoImages)
                                     }),
                   1);
         EXPECT_EQ(vecRows, vecB) << nW << " " << nH;
-        for (int i = 0; i < nW * nH; ++i)
+        for (int i = 0; i < nW * nH; ++i) {
             ASSERT_EQ(CAcmlFft::KeptPixel(vecPlace.data(), i % nW, i / nW, nH), vecS[i]) << i;
+        }
     }
 }
 

@@ -2,8 +2,8 @@
 #include "lattice/furtherlattices.h"
 
 #include "lattice/knowncell.h"
-#include "tests/lattice/simulatedpoints.h"
 #include "records/pi.h"
+#include "tests/lattice/simulatedpoints.h"
 
 #include <gtest/gtest.h>
 

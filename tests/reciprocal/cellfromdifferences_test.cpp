@@ -31,8 +31,9 @@ TEST(CellFromDifferences, APerfectCrystalGivesItsCellThoughStretched)
 {
     PerfectSeries series(gemmi::UnitCell(8.6, 13.0, 9.3, 95, 112, 88), 0.9, 0.3);
     DataSet& data = series.data;
-    for (Vec3D& v : data.m_listCell)
+    for (Vec3D& v : data.m_listCell) {
         v = scaled(v, 1.01f);
+    }
     data.m_vecPeakIndexedOnFrame = series.vecPeak;
     RefinementParameters parameters;
     parameters.m_dfRefineDStarLow = 0.5;
@@ -41,8 +42,9 @@ TEST(CellFromDifferences, APerfectCrystalGivesItsCellThoughStretched)
     const DifferenceVectorRefinement found = runUnitCellRefinement(data, parameters, report);
     ASSERT_TRUE(found.refinement);
     const double aTrue[6] = {8.6, 13.0, 9.3, 95, 112, 88};
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         EXPECT_NEAR(found.refinement->cell.numbers()[n], aTrue[n], n < 3 ? 1e-3 * aTrue[n] : 0.1) << n;
+    }
     report.m_nStopAfter = 50;
     EXPECT_FALSE(runUnitCellRefinement(data, parameters, report).refinement);
     EXPECT_TRUE(report.log().endsWith("red >Unit cell refinement did not finish."));
@@ -123,13 +125,14 @@ TEST(CellFromDifferences, ADeviationOfTwoPixelsIsTooMuch)
     parameters.m_dfRefineDStarLow = 0.09;
     parameters.m_dfRefineDStarHigh = 0.11;
     CRecordingReport report;
-    for (double dfX : {103.99, 104.0})
+    for (double dfX : {103.99, 104.0}) {
         EXPECT_EQ(refineCellFromDifferenceVectors(
                       {{indexed(1, 0, 0, 200, 0, 0), indexed(2, 0, 0, 200, 100, 0),
                         indexed(1, 1, 0, 200, 0, 500), indexed(2, 1, 0, 200, dfX, 500)}},
                       data, parameters, report)
                       .nGroupsRejected,
                   dfX == 104 ? 1 : 0);
+    }
 }
 
 TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
@@ -145,8 +148,9 @@ TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
     const QVector<QList<PeakPair>> vec = buildPeakPairs(vecPeak, {0.5, 0.1, 0.001}, spaceGroup, report);
     ASSERT_EQ(vec.size(), 2);  // no entry for the frame of one peak
     QStringList list;
-    for (const PeakPair& pair : vec[0] + vec[1])
+    for (const PeakPair& pair : vec[0] + vec[1]) {
         list.append(QString("%1,%2").arg(pair.peakFirst.dfX2D).arg(pair.peakSecond.dfY2D));
+    }
     EXPECT_EQ(list, (QStringList{"0,400", "0,100", "300,100", "300,99.9", "0,0"}));
     EXPECT_EQ(report.m_listProgress, (QStringList{"%v/%m 0..3", "1", "2", "3", "end"}));
     // Frame by frame the beam's refinement says the same of them.
@@ -160,8 +164,9 @@ TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
 TEST(DifferenceGroups, HoldEqualAndNegatedIndicesInTheOrderOfTheList)
 {
     QList<Peak3D> list;
-    for (int h : {0, 0, 2, -1, 1, -2, 0, 1})
+    for (int h : {0, 0, 2, -1, 1, -2, 0, 1}) {
         list.append(reflection(h + 0.4, h < 0 ? 1 : -h, h * 3 - 0.3));
+    }
     list.append(reflection(0, -2, 3));
     list.append(reflection(0.3, 2, -3));
     EXPECT_EQ(groupDifferenceVectors(list), QList<QList<int>>({{0, 1, 6}, {2}, {3, 4, 7}, {5}, {8, 9}}));
@@ -185,12 +190,15 @@ TEST(DirectBeamRefinement, FindsTheMapOfAFrame)
     const auto vec = refineDirectBeamPosition({aPair[0], aPair[1], aPair[0].mid(0, 2), {}}, 0, 0, 0.001,
                                               report);
     ASSERT_EQ(vec.size(), 4);
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         EXPECT_NEAR(vec[0].adfEnd[n], aMap[n], 0.05) << n;
+    }
     EXPECT_NEAR(vec[1].adfEnd[3], aMap[3], 0.05);
     EXPECT_NEAR(vec[0].dfSumSquares, 200 * 2 * 0.09, 10);
-    for (const char* psz : {"\nStarting values: ", "\nEnd values: ", "\nError: ", "\nInfo = ", ", sumErr = "})
+    for (const char* psz :
+         {"\nStarting values: ", "\nEnd values: ", "\nError: ", "\nInfo = ", ", sumErr = "}) {
         EXPECT_EQ(report.log().count(psz), 2) << psz;
+    }
     refineDirectBeamPosition({{{indexed(3, 0, 0, 1, 130, 10), indexed(-1, 2, 0, 1, 30, 10)}}}, 10, 0, 1,
                              report);
     EXPECT_EQ(report.m_listLine.last(), "[   4,  -2,   0] ( 110.0,    0.0)");

@@ -57,8 +57,9 @@ TEST(DifferenceVectors, KeepTheStrongestInTheOrderOfThePlainWay)
     // The limits are included.
     const QList<Peak3D> list = {vectorRecord(0, 0, 0), vectorRecord(0.25f, 0, 0), vectorRecord(0.75f, 0, 0)};
     QList<double> listX;
-    for (const DifferenceVector& vector : calDifferenceVectors(list, 0.5f, 0.25f, report))
+    for (const DifferenceVector& vector : calDifferenceVectors(list, 0.5f, 0.25f, report)) {
         listX.append(double(vector.v.x));
+    }
     EXPECT_EQ(listX, QList<double>({-0.25, 0.25, -0.5, 0.5}));
 }
 
@@ -69,30 +70,38 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
     const QList<Peak3D> listLattice = recordsOf(calDifferenceVectors(
         simulatedReflections(reciprocalBasis(cell), 0.3, 2e-3, all), 1 / 3.f, 1 / 30.f, report));
     QList<Peak3D> listNoFloats = listLattice;
-    for (Peak3D& peak : listNoFloats)
+    for (Peak3D& peak : listNoFloats) {
         peak.dfIPoint /= 3;
+    }
     // Weights of both signs and none, points that are no numbers, are endless or far away.
     QList<Peak3D> listStrange = randomCloud(3000, 9);
-    for (int n = 0; n < listStrange.size(); n += 3)
+    for (int n = 0; n < listStrange.size(); n += 3) {
         listStrange[n].dfIPoint = n % 2 ? 0 : -listStrange[n].dfIPoint;
-    for (float f : {NAN, INFINITY, -INFINITY, 1e30f, 1e6f})
+    }
+    for (float f : {NAN, INFINITY, -INFINITY, 1e30f, 1e6f}) {
         listStrange << vectorRecord(f, 0, 0) << vectorRecord(0.1f, f, -f);
+    }
     QList<Peak3D> listDark = listStrange;
-    for (Peak3D& peak : listDark)
+    for (Peak3D& peak : listDark) {
         peak.dfIPoint = 0;
+    }
     for (const QList<Peak3D>& list :
-         {randomCloud(6000, 7), listLattice, listNoFloats, listStrange, listDark, {}})
+         {randomCloud(6000, 7), listLattice, listNoFloats, listStrange, listDark, {}}) {
         for (float fTolerance : {0.01f, 0.03f, 0.3f, 0.f}) {
-            if (fTolerance > 0.1f && list.size() > 10000)
+            if (fTolerance > 0.1f && list.size() > 10000) {
                 continue;  // the plain walk would take minutes
+            }
             const std::vector<uint64_t> vecPlain = bitsOf(plainAveragedVectors(list, fTolerance));
-            for (int nJobs : {1, 2, 3, 5})
+            for (int nJobs : {1, 2, 3, 5}) {
                 EXPECT_TRUE(bitsOf(averageDifferenceVectors(vectorsOf(list), fTolerance, report, nJobs)) ==
                             vecPlain)
                     << fTolerance << " " << list.size() << " " << nJobs;
+            }
         }
-    for (const DifferenceVector& vector : calDifferenceVectors(listStrange, 1, 0.01f, report))
+    }
+    for (const DifferenceVector& vector : calDifferenceVectors(listStrange, 1, 0.01f, report)) {
         EXPECT_TRUE(std::isfinite(vector.v.x));
+    }
 }
 
 TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
@@ -116,9 +125,10 @@ TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
         ASSERT_EQ(list.size(), 3);
         EXPECT_EQ(std::min(length(list[1]), length(list[2])) < 0.25f, std::fabs(dfAngle - 90) < 60);
     }
-    for (double dfTriple : {0.19, 0.21, -0.21, -0.19})  // with a and b at right angles it is the height
+    for (double dfTriple : {0.19, 0.21, -0.21, -0.19}) {  // with a and b at right angles it is the height
         EXPECT_EQ(findBasisVectors({at(0, 0, 0.1f), at(90, 0, 0.2f), at(45, dfTriple, 0.3f)}).size(),
                   std::fabs(dfTriple) > 0.2 ? 3 : 2);
+    }
 }
 
 // Each vector must be an allowed reflection, and the three must span the whole lattice, no more and no less.
@@ -187,8 +197,9 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
     EXPECT_NEAR(length(data.m_listCell[2] - cross(data.m_listCell[0], data.m_listCell[1])), 0, 1e-9);
     const QList<Vec3D> listBefore = data.m_listCell;  // a search without a result leaves it
     QList<Peak3D> listDark = list;
-    for (Peak3D& peak : listDark)
+    for (Peak3D& peak : listDark) {
         peak.dfIPoint = 0;
+    }
     for (const QList<Peak3D>& listPoor : {list.mid(0, 2), listDark}) {
         const RunOutcome outcome = runUnitCellHunting(data, listPoor, CellHuntingParameters(), log);
         EXPECT_EQ(outcome.end, RunEnd::Failed);
@@ -231,8 +242,9 @@ TEST(CheckedCellHunting, SearchesAgainWithoutAVectorThatIsNone)
 
     // A row in space has no third axis, so none to leave out; the first of equally poor cells is kept.
     list.clear();
-    for (int n = 0; n < 9; ++n)
+    for (int n = 0; n < 9; ++n) {
         list.append(vectorRecord(0.1f * float(n), 0, 0));
+    }
     ASSERT_TRUE(runCheckedCellHunting(data, list, CellHuntingParameters(), 0.05, log).finished());
     EXPECT_TRUE(log.said("Searching again, for edges up to 9.50 Å."));
     EXPECT_NEAR(length(data.m_listCell[0]), 0.1, 1e-6);
@@ -266,8 +278,9 @@ TEST(Selection, TakesTheReflectionsWhoseIDTheGroupShows)
 {
     const auto withIDs = [](const QList<int>& listID) {
         QList<Peak3D> list;
-        for (int nID : listID)
+        for (int nID : listID) {
             list.append(reflection(0, 0, 0, 1, nID));
+        }
         return list;
     };
     QList<Peak3D> list;

@@ -21,7 +21,7 @@ QList<Peak3D> mappedCrystal(double dfX, double dfY, double dfAxis, double dfNois
     std::mt19937 random(7);
     std::normal_distribution<double> noise(0, 1);
     QList<Peak3D> list;
-    for (const QList<Peak3D>& listPeak : series.vecPeak)
+    for (const QList<Peak3D>& listPeak : series.vecPeak) {
         for (const Peak3D& spot : listPeak) {
             Peak3D peak = spot;
             peak.dfX2D += dfNoisePixels * noise(random);
@@ -31,6 +31,7 @@ QList<Peak3D> mappedCrystal(double dfX, double dfY, double dfAxis, double dfNois
             peak.setHKL(spot.dfH + 0.02, spot.dfK - 0.03, spot.dfL + 0.01);
             list.append(peak);
         }
+    }
     return list;
 }
 
@@ -38,18 +39,20 @@ QList<Peak3D> mappedCrystal(double dfX, double dfY, double dfAxis, double dfNois
 
 TEST(CentreOffset, ComesBackWhateverTheAxisAndInSpiteOfWrongIndices)
 {
-    for (double dfAxis : {0.0, 33.0, 90.0, -140.5})
+    for (double dfAxis : {0.0, 33.0, 90.0, -140.5}) {
         for (int nWrong : {0, 8}) {
             QList<Peak3D> list = mappedCrystal(1.7, -0.6, dfAxis);
             ASSERT_GT(list.size(), 200);
-            for (int n = 0; n < nWrong; ++n)
+            for (int n = 0; n < nWrong; ++n) {
                 list[20 + 23 * n].dfH += 1;
+            }
             const std::optional<CentreOffset> offset = fitCentreOffset(list, 0.002, dfAxis);
             ASSERT_TRUE(offset);
             EXPECT_NEAR(offset->dfX, 1.7, 0.01) << dfAxis << " " << nWrong;
             EXPECT_NEAR(offset->dfY, -0.6, 0.01) << dfAxis << " " << nWrong;
             EXPECT_LT(offset->dfRms, 1e-4);
         }
+    }
 }
 
 TEST(CentreOffset, HasHonestErrorsAndSaysWhenTheDataDoNotTell)
@@ -66,12 +69,15 @@ TEST(CentreOffset, HasHonestErrorsAndSaysWhenTheDataDoNotTell)
     EXPECT_NEAR(offset->dfRms, 0.002 * std::sqrt(2.0), 0.0003);
 
     QList<Peak3D> listRow = list, listPlane = list;
-    for (Peak3D& peak : listRow)
+    for (Peak3D& peak : listRow) {
         peak.dfK = peak.dfL = 0;
-    for (Peak3D& peak : listPlane)
+    }
+    for (Peak3D& peak : listPlane) {
         peak.dfL = 0;
-    for (const QList<Peak3D>& listBad : {QList<Peak3D>(), list.mid(0, 5), listRow, listPlane})
+    }
+    for (const QList<Peak3D>& listBad : {QList<Peak3D>(), list.mid(0, 5), listRow, listPlane}) {
         EXPECT_FALSE(fitCentreOffset(listBad, 0.002, 33));
+    }
 }
 
 }  // namespace tessera

@@ -29,8 +29,9 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
     const QList<Vec3D> listBasis = reciprocalBasis(gemmi::UnitCell(6, 9, 12, 84, 97, 103));
     const ReciprocalBasis basis = basisFromList(listBasis).value();
     QList<Peak3D> list = simulatedReflections(listBasis, 0.8, 1e-3, all);
-    for (Peak3D& peak : list)  // far reflections are not whole by plain division
+    for (Peak3D& peak : list) {  // far reflections are not whole by plain division
         placeAt(peak, scaled(peak.point(), 1.01f));
+    }
     std::mt19937 random(11);
     for (int n = 0; n < 300; ++n) {  // a second crystal and noise, so that passes repeat
         Peak3D peak = list[int(random() % unsigned(list.size()))];
@@ -44,7 +45,7 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
     }
     CRunReport report;
     int nMostPasses = 0;
-    for (float fThreshold : {0.05f, 0.12f, 0.5f})
+    for (float fThreshold : {0.05f, 0.12f, 0.5f}) {
         for (float fRadius : {1.f / 3, 0.12f, 5.f}) {
             QList<Peak3D> listFast = list;
             QList<Peak3D> listPlain = list;
@@ -52,6 +53,7 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
             nMostPasses = std::max(nMostPasses, plainIndexing(listPlain, basis, fThreshold, fRadius));
             EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fThreshold << " " << fRadius;
         }
+    }
     EXPECT_GE(nMostPasses, 3);
     const std::vector<uint64_t> vecBefore = bitsOf(list);
     CRecordingReport log;
@@ -68,8 +70,9 @@ TEST(BasisSolver, FindsTheStepsOfItsBasis)
     for (int n = 0; n < 125; ++n) {
         const int anStep[] = {n / 25 - 2, n / 5 % 5 - 2, n % 5 - 2};
         Vec3D v;
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             v = v + scaled(solver.basis()[i], float(anStep[i]));
+        }
         EXPECT_LT(length(solver.solve(v) - Vec3D{float(anStep[0]), float(anStep[1]), float(anStep[2])}),
                   1e-5f)
             << n;
@@ -95,8 +98,9 @@ TEST(ReflectionGroups, AreTheOrbitsOfTheLaueClass)
         const gemmi::ReciprocalAsu asu(pGroup);
         const gemmi::GroupOps operations = pGroup->operations();
         QList<Peak3D> list = {reflection(0.5, 0, 0)};
-        for (int n = 0; n < 9 * 9 * 9; ++n)
+        for (int n = 0; n < 9 * 9 * 9; ++n) {
             list.append(reflection(n / 81 - 3.97, n / 9 % 9 - 4.03, n % 9 - 4));
+        }
         CRunReport report;
         assignReflectionGroups(list, nNumber, 0.05f, report);
         ASSERT_EQ(list.size(), 9 * 9 * 9 + 1);
@@ -130,8 +134,9 @@ DataSet indexedSeries(const QList<Vec3D>& listCell, const QList<Peak3D>& listRef
         data.m_listShift.append(QPointF(n, 2 * n));
         data.m_listOverallTilt.append(n);
     }
-    for (const Peak3D& peak : listReflection)
+    for (const Peak3D& peak : listReflection) {
         data.m_listPeakChain.append({peakAt(7, 0, 4), peakAt(7, 0, peak.nFrame)});
+    }
     data.m_listPeakMerged = listReflection;
     return data;
 }
@@ -147,8 +152,9 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     list << list[20] << list[30] << Peak3D();  // the last one at the origin
     list[nGood].dfIPoint /= 2;
     placeAt(list[nGood + 1], list[30].point() + scaled(g_listCell[0], 0.5f));
-    for (int n : {nGood, nGood + 1, nGood + 2})
+    for (int n : {nGood, nGood + 1, nGood + 2}) {
         list[n].nID = n;
+    }
     DataSet data = indexedSeries(g_listCell, list);
     QTemporaryDir dir;
     data.m_strProjectDir = dir.path();
@@ -216,9 +222,11 @@ TEST(RunIndexing, WithoutAnIndexedReflectionKeepsTheFormerFiles)
         DataSet data = indexedSeries(g_listCell, list);
         data.m_strProjectDir = dir.path();
         data.m_strProjectName = "s";
-        if (!bGood)
-            for (Peak3D& peak : list)
+        if (!bGood) {
+            for (Peak3D& peak : list) {
                 placeAt(peak, peak.point() + scaled(g_listCell[0], 0.5f));
+            }
+        }
         EXPECT_EQ(runIndexing(data, list, parameters, log).listIndexed.isEmpty(), !bGood);
     };
     run(0.5, true);
@@ -275,11 +283,12 @@ TEST(RunIndexing, KnowsTheLimitsOfCellAndNeighbourhood)
 
 TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
 {
-    for (int nFrames : {2, 3})
+    for (int nFrames : {2, 3}) {
         for (int nCount : {6, 7, 8, 9}) {
             QList<Peak3D> list = simulatedReflections(g_listCell, 0.5, 0, all).mid(0, nCount);
-            for (int n = 0; n < nCount; ++n)
+            for (int n = 0; n < nCount; ++n) {
                 list[n].nFrame = n < 2 ? n * (nFrames - 1) : nFrames / 2;
+            }
             placeAt(list.last(), list[2].point());  // duplicates are refined, too
             DataSet data;
             data.m_listCell = g_listCell;
@@ -294,6 +303,7 @@ TEST(RunIndexing, EdgesNeedThreeFramesAndRefinementSevenReflections)
             EXPECT_EQ(log.said(QString("Unit cell refinement: %1 points.").arg(nCount - nOnEdge)),
                       nCount - nOnEdge >= 7);
         }
+    }
 }
 
 TEST(RunIndexing, LeavesEverythingWhereItCannotRun)

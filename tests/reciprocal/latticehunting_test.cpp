@@ -1,9 +1,9 @@
 // The cell search over all peaks of the frames, and what it starts from.
 #include "reciprocal/latticehunting.h"
 #include "reciprocal/latticepoints.h"
+#include "records/pi.h"
 #include "tests/reciprocal/simulatedlattice.h"
 #include "tests/recordingreport.h"
-#include "records/pi.h"
 
 #include <gtest/gtest.h>
 

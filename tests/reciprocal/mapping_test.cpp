@@ -22,7 +22,7 @@ const double g_dfRadians = std::acos(-1.0) / 180;
 // the azimuth of the greatest stretching.
 TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
 {
-    for (double dfAxis : {0.0, 37.5, -120.0, 90.0})
+    for (double dfAxis : {0.0, 37.5, -120.0, 90.0}) {
         for (double dfRelaxation : {0.0, 2.0}) {
             DataSet data;
             MappingParameters parameters;
@@ -37,9 +37,11 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
                 data.m_listOverallTilt.append(-20.0 + 3.5 * n);
                 data.m_listShift.append(QPointF(0.5 * n, -0.25 * n));
                 data.m_listPeakFrame.append(QList<Peak3D>());
-                for (double dfX : {3.0, 212.0, 512.25, 1020.0})  // and on the direct beam
-                    for (double dfY : {9.0, 500.5, 777.0})
+                for (double dfX : {3.0, 212.0, 512.25, 1020.0}) {  // and on the direct beam
+                    for (double dfY : {9.0, 500.5, 777.0}) {
                         data.m_listPeakFrame[n].append(peakAt(dfX, dfY));
+                    }
+                }
                 data.m_listPeakFrame[n][0].setHKL(1, 2, 3);
             }
             CRecordingReport log;
@@ -79,6 +81,7 @@ TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
             EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
             EXPECT_EQ(log.m_listSeverity, QList<Severity>({Severity::Error, Severity::Error}));
         }
+    }
 }
 
 TEST(Mapping, IsDueWhenAnythingThatItUsedIsAnother)
@@ -142,8 +145,8 @@ TEST(Mapping, TheLimitsAreIncluded)
 TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
 {
     const BeamCentres centres = {{QPointF(), QPointF(3, -4)}, 100, 200};
-    for (double dfAxis : {-180.0, -135.0, -90.0, -30.0, 0.0, 45.0, 89.0, 90.0, 91.0, 180.0})
-        for (double dfX : {-7.0, 0.0, 20.0})
+    for (double dfAxis : {-180.0, -135.0, -90.0, -30.0, 0.0, 45.0, 89.0, 90.0, 91.0, 180.0}) {
+        for (double dfX : {-7.0, 0.0, 20.0}) {
             for (double dfY : {-11.0, 6.0}) {
                 const double df = dfAxis * g_dfRadians;
                 const double dfAlong = dfX * std::cos(df) - dfY * std::sin(df);
@@ -156,6 +159,8 @@ TEST(FrameGeometry, DistanceAndAngleToTheAxisAreThoseOfTheLine)
                             std::atan2(dfAcross, std::fabs(dfAlong)) / g_dfRadians, 1e-4)
                     << dfAxis << " " << dfX << " " << dfY;
             }
+        }
+    }
     EXPECT_EQ(calAngleToRotationAxis(centres, 30, 1, peakAt(103, 196)), 60);  // on the beam
 }
 

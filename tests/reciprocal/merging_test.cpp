@@ -36,8 +36,9 @@ void addPeak(DataSet& data, int nFrame, double dfX, double dfY, Vec3D vecPixels,
     Peak3D peak = peakAt(dfX + 100 + nFrame, dfY + 200 + 2 * nFrame, nFrame, 2 * dfI2D);
     peak.setPoint(scaledDouble(vecPixels, data.m_dfPixelSize));
     peak.dfI2D = dfI2D;
-    for (const QList<Peak3D>& listPeak : data.m_listPeakFrame)
+    for (const QList<Peak3D>& listPeak : data.m_listPeakFrame) {
         peak.nID += listPeak.size();
+    }
     data.m_listPeakFrame[nFrame].append(peak);
 }
 
@@ -51,8 +52,9 @@ PeakMergingResult merge(DataSet& data, const PeakMergingParameters& parameters, 
 QList<QList<int>> idsOfChains(const QList<QList<Peak3D>>& listChain)
 {
     QList<QList<int>> listID;
-    for (const QList<Peak3D>& chain : listChain)
+    for (const QList<Peak3D>& chain : listChain) {
         listID.append(idsOf(chain));
+    }
     return listID;
 }
 
@@ -154,8 +156,9 @@ TEST(Merging, EveryWayOfReducingAChain)
         EXPECT_NEAR(merged.fZ3D, 0.001 * row.dfZ, 1e-8) << row.bLine << row.b2D;
         EXPECT_NEAR(merged.dfDStar, length(merged.point()), 1e-9);
         for (double Peak3D::*p : {&Peak3D::dfFrameTilt, &Peak3D::dfX2D, &Peak3D::dfY2D,
-                                  &Peak3D::dfX2DCorrected, &Peak3D::dfY2DCorrected})
+                                  &Peak3D::dfX2DCorrected, &Peak3D::dfY2DCorrected}) {
             EXPECT_EQ(merged.*p, best.*p);
+        }
         EXPECT_EQ(merged.nFrame, row.nBest);
         EXPECT_EQ(merged.dfI2D, 0);
     }
@@ -172,8 +175,9 @@ TEST(Merging, LengthLimitsDecideWhatAChainIs)
     for (const auto& row : aRow) {
         DataSet data = flatSeries(2);
         data.m_dfPixelSize = 1.0 / 1024;
-        for (int n = 0; n < 2; ++n)
+        for (int n = 0; n < 2; ++n) {
             addPeak(data, n, 0, 0, {n * row.fLength, 0, 0}, 1);
+        }
         PeakMergingParameters parameters;
         parameters.m_dfMin2DLength = row.dfMin;
         parameters.m_dfMax3DLength = row.dfMax;
@@ -192,8 +196,9 @@ TEST(Merging, AChainIsOverWhenThePlaneHasLeftItsLastPeak)
         data.m_dfPixelSize = 0.002;
         data.m_dfTiltRelaxation = 2;
         data.m_listOverallTilt = {30, 29 + dfOff};
-        for (int n = 0; n < 2; ++n)
+        for (int n = 0; n < 2; ++n) {
             addPeak(data, n, 0, 0, {0, 86.6025f, 50}, 1);
+        }
         CRecordingReport log;
         ASSERT_TRUE(merge(data, PeakMergingParameters(), log).outcome.finished());
         EXPECT_EQ(data.m_listPeakChain.size(), std::fabs(dfOff) > 5.75 ? 2 : 1) << dfOff;

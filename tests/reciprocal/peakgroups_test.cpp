@@ -38,8 +38,9 @@ QStringList writtenMasks(const DataSet& data)
     EXPECT_EQ(writePeakList(data, file.fileName()), 1);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     QStringList listMask;
-    for (const QString& strLine : QString::fromLatin1(file.readAll()).split('\n', Qt::SkipEmptyParts))
+    for (const QString& strLine : QString::fromLatin1(file.readAll()).split('\n', Qt::SkipEmptyParts)) {
         listMask.append(strLine.section(' ', -1));
+    }
     return listMask;
 }
 
@@ -133,9 +134,11 @@ TEST(PeakGroups, AListWithoutMasksShowsAllPeaks)
 TEST(PeakGroups, UnderAViewTheMasksTellOfHiddenPeaksAlone)
 {
     DataSet data = readList(g_achList);
-    for (QList<Peak3D>& listPeak : data.m_listPeakFrame)
-        for (Peak3D& peak : listPeak)
+    for (QList<Peak3D>& listPeak : data.m_listPeakFrame) {
+        for (Peak3D& peak : listPeak) {
             peak.dfIPoint = peak.nID == 2 || peak.nID == 3 ? 1 : 100;  // the limits hide 2 and 3
+        }
+    }
     MappingParameters limits;
     limits.m_dfIntensityMin = 10;
     QList<Peak3D> listView = filterPeaksShown(data.m_listPeakFrame, limits).m_listPeakFlat;
@@ -164,9 +167,11 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
         };
         settle();
         QList<int> listChosen;
-        for (int g = int(groups.size()) - 1; g >= 0; --g)
-            if (random() % 2)
+        for (int g = int(groups.size()) - 1; g >= 0; --g) {
+            if (random() % 2) {
                 listChosen.append(g);
+            }
+        }
         DataSet data;
         data.m_listPeakFrame = {{}, {}, {}};
         data.m_vecPeakGroup.fill(QVector<QList<int>>(3), 3);
@@ -175,11 +180,14 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
             Peak3D peak = peakAt(0, 0, i / 3);
             peak.nID = 20 - i;
             data.m_listPeakFrame[i / 3].append(peak);
-            for (size_t g = 0; g < groups.size(); ++g)
-                if (groups[g] >> i & 1)
+            for (size_t g = 0; g < groups.size(); ++g) {
+                if (groups[g] >> i & 1) {
                     data.m_vecPeakGroup[i / 3][i % 3].append(int(g));
-            if (random() % 2)
+                }
+            }
+            if (random() % 2) {
                 listShown.append(peak);
+            }
         }
         const bool bMerge = nRound % 2;
         const int nGroups = int(groups.size());
@@ -188,23 +196,28 @@ TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
             unsigned nUnion = 0;
             for (int g : listChosen) {  // the last ones first
                 nUnion |= groups[g];
-                if (g > 0)
+                if (g > 0) {
                     groups.erase(groups.begin() + g);
+                }
             }
             settle();  // before the united one comes, which leaves to group 0 what that has taken
-            if (bMerge)
+            if (bMerge) {
                 groups.insert(groups.begin() + listChosen.last(), nUnion);
+            }
             settle();
         }
         QList<QList<int>> listWanted;
         for (size_t g = 0; g < groups.size(); ++g) {
             listWanted.append(QList<int>());
-            for (int n = 0; n < listShown.size(); ++n)
-                if (groups[g] >> (20 - listShown[n].nID) & 1)
+            for (int n = 0; n < listShown.size(); ++n) {
+                if (groups[g] >> (20 - listShown[n].nID) & 1) {
                     listWanted.last().append(n);
-            for (int i = 0; i < 9; ++i)
+                }
+            }
+            for (int i = 0; i < 9; ++i) {
                 EXPECT_EQ(data.m_vecPeakGroup[i / 3][i % 3].count(int(g)), int(groups[g] >> i & 1))
                     << nRound << " group " << g << " peak " << i;
+            }
         }
         EXPECT_EQ(pointsOfPeakGroups(data, listShown, int(groups.size())), listWanted) << nRound;
     }

@@ -74,12 +74,15 @@ TEST(PeakTable, AllColumnsOfRecords)
         ASSERT_EQ(table.rowCount(), 4);
         for (int i = 0; i < 4; ++i) {
             QStringList listExpected = QString::fromLatin1(apchRow[i]).split('|');
-            for (int k = 7; bGerman && k < 28; ++k)
-                if (k != 11 && k != 24 && k != 25)
+            for (int k = 7; bGerman && k < 28; ++k) {
+                if (k != 11 && k != 24 && k != 25) {
                     listExpected[k].replace(',', ';').replace('.', ',').replace(';', '.');
+                }
+            }
             QStringList listText;
-            for (int k = 0; k < g_nPeakTableColumns; ++k)
+            for (int k = 0; k < g_nPeakTableColumns; ++k) {
                 listText.append(table.text(i, k));
+            }
             EXPECT_EQ(listText.join('|'), listExpected.join('|'));
         }
     }
@@ -101,24 +104,28 @@ TEST(PeakTable, SortsByNumberOrElseByText)
         {{number(1234.5), number(-3.25), number(12.5), number(9.75), number(-1e6)}, {4, 1, 3, 2, 0}},
         {{"10", "*", "9", "2"}, {1, 3, 2, 0}},
         {{number(0.5), number(0.125), number(-0.5)}, {2, 1, 0}}};
-    for (bool bMadeWhenAsked : {false, true})
+    for (bool bMadeWhenAsked : {false, true}) {
         for (const auto& row : aRow) {
             const QStringList& listCell = row.first;
             TableModel::Rows rows;
-            for (const QString& strCell : listCell)
+            for (const QString& strCell : listCell) {
                 rows.append(QVector<QString>{{}, strCell});
-            if (bMadeWhenAsked)
+            }
+            if (bMadeWhenAsked) {
                 model.setCells(rows.size(), 2, [rows](int nRow, int nColumn) { return rows[nRow][nColumn]; });
-            else
+            } else {
                 model.setRows(rows);
+            }
             sorted.sort(1, Qt::DescendingOrder);
             sorted.sort(1, Qt::AscendingOrder);
             QList<int> listPlace;
-            for (int i = 0; i < sorted.rowCount(); ++i)
+            for (int i = 0; i < sorted.rowCount(); ++i) {
                 listPlace.append(sorted.mapToSource(sorted.index(i, 0)).row());
+            }
             EXPECT_EQ(listPlace, row.second) << listCell.join(' ').toStdString();
             EXPECT_EQ(sorted.columnCount(), 2);
         }
+    }
 
     // A table whose texts are made when they are asked for asks for each cell of the sorted column once.
     int nAsked = 0;

@@ -30,24 +30,28 @@ struct PerfectSeries {
             data.m_listOverallTilt.append(-0.5 * nFrames + n);
             data.m_listShift.append(QPointF(0.1 * n, -0.05 * n));
         }
-        for (int n = 0; n < nFrames; ++n)
+        for (int n = 0; n < nFrames; ++n) {
             vecPeak.append(predictedPositions(data, n, dfMaxDStar, dfStretch != 0));
-        for (QList<Peak3D>& listPeak : vecPeak)
-            for (Peak3D& peak : listPeak)
+        }
+        for (QList<Peak3D>& listPeak : vecPeak) {
+            for (Peak3D& peak : listPeak) {
                 peak.dfIPoint = 1000;
+            }
+        }
     }
 
     // As merged reflections: the frame's own tilt in dfFrameTilt, the measured one as a place between frames.
     QList<Peak3D> merged() const
     {
         QList<Peak3D> list;
-        for (const QList<Peak3D>& listPeak : vecPeak)
+        for (const QList<Peak3D>& listPeak : vecPeak) {
             for (Peak3D peak : listPeak) {
                 peak.dfTiltFit = peak.dfFrameTilt;
                 peak.dfFrameTilt = data.m_listOverallTilt[peak.nFrame];
                 peak.dfFrameFit = peak.nFrame + 1 + peak.dfTiltFit - peak.dfFrameTilt;
                 list.append(peak);
             }
+        }
         return list;
     }
 };

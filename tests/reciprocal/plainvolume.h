@@ -20,7 +20,7 @@ inline void plainAddFrame(CReciprocalVolume& volume, const CImgObj<float>& image
     const CMatrix3 matTilt = rotationX(dfTilt);
     const int nX = volume.m_listSlice.first()->Width(), nY = volume.m_listSlice.first()->Height(),
               nZ = volume.m_listSlice.size();
-    for (int x = 0; x < image.Width(); ++x)
+    for (int x = 0; x < image.Width(); ++x) {
         for (int y = 0; y < image.Height(); ++y) {
             const QPointF p(x - ptCenter.x(), y - ptCenter.y());
             const Vec3D v = {float(volume.m_dfPixelSize * p.x()), float(volume.m_dfPixelSize * p.y()), 0.f};
@@ -30,13 +30,16 @@ inline void plainAddFrame(CReciprocalVolume& volume, const CImgObj<float>& image
             const int ix = plainIndex(r.x, dfInverse, float(nX) * 0.5f);
             const int iy = plainIndex(r.y, dfInverse, float(nY) * 0.5f);
             const int iz = plainIndex(r.z, dfInverse, float(nZ) * 0.5f);
-            if (ix < 0 || ix >= nX || iy < 0 || iy >= nY || iz < 0 || iz >= nZ)
+            if (ix < 0 || ix >= nX || iy < 0 || iy >= nY || iz < 0 || iz >= nZ) {
                 continue;
+            }
             float& fVoxel = volume.m_listSlice[iz]->Data()[iy * nX + ix];
             const float fPixel = image.Data()[y * image.Width() + x];
-            if (fPixel > fVoxel)
+            if (fPixel > fVoxel) {
                 fVoxel = fPixel;
+            }
         }
+    }
 }
 
 }  // namespace tessera

@@ -25,7 +25,7 @@ TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
         const int nFrames = data.m_listShift.size();
         const CMatrix3 matAxis = rotationZ(data.m_dfRotationAxis);
         std::map<std::array<int, 4>, int> mapCount;  // frame, h, k, l
-        for (int n = 0; n < nFrames; ++n)
+        for (int n = 0; n < nFrames; ++n) {
             for (const Peak3D& peak : series.vecPeak[n]) {
                 Peak3D mapped = peak;
                 mapPeakTo3D(mapped, frameCentre(beamCentres(data), n), matAxis,
@@ -35,10 +35,11 @@ TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
                 EXPECT_LE(std::fabs(peak.dfFrameTilt - relaxedTilt(data, n, nFrames)), 0.51);
                 ++mapCount[{n, int(peak.dfH), int(peak.dfK), int(peak.dfL)}];
             }
+        }
 
         const double dfStep = 1 + 0.7 / nFrames;
         int nSlow = 0;
-        for (const Peak3D& peak : simulatedReflections(data.m_listCell, 0.9, 0, all))
+        for (const Peak3D& peak : simulatedReflections(data.m_listCell, 0.9, 0, all)) {
             for (int n = 0; n < nFrames; ++n) {
                 const auto error = [&](double dfTilt) {
                     const double df = dfTilt * std::acos(-1.0) / 180;
@@ -52,15 +53,18 @@ TEST(PredictedPositions, AreThoseOfTheMappingAndComplete)
                 };
                 const double dfTilt = relaxedTilt(data, n, nFrames);
                 const double dfFrom = error(dfTilt - dfStep / 2), dfTo = error(dfTilt + dfStep / 2);
-                if ((dfFrom < 0) == (dfTo < 0) || std::min(std::fabs(dfFrom), std::fabs(dfTo)) < 1e-4)
+                if ((dfFrom < 0) == (dfTo < 0) || std::min(std::fabs(dfFrom), std::fabs(dfTo)) < 1e-4) {
                     continue;  // none, or so close to the border that rounding decides
+                }
                 ++nSlow;
                 EXPECT_EQ((mapCount[{n, int(peak.dfH), int(peak.dfK), int(peak.dfL)}]), 1)
                     << n << ": " << peak.dfH << ' ' << peak.dfK << ' ' << peak.dfL;
             }
+        }
         int nFast = 0;
-        for (const auto& entry : mapCount)
+        for (const auto& entry : mapCount) {
             nFast += entry.second;
+        }
         EXPECT_GT(nSlow, 1000);
         EXPECT_NEAR(nFast, nSlow, 0.005 * nSlow);
     }
@@ -74,8 +78,9 @@ TEST(PredictedPositions, OfGapsAndHopelessCells)
     const auto predict = [&](int nFrame) { return predictedPositions(series.data, nFrame, 0.9); };
     EXPECT_GT(predict(2).size(), 10);
     EXPECT_EQ(predict(2).size(), predict(3).size());
-    for (const Peak3D& peak : predict(1))
+    for (const Peak3D& peak : predict(1)) {
         EXPECT_LE(std::fabs(peak.dfFrameTilt + 1), 0.5);
+    }
     series.data.m_listCell[2] = series.data.m_listCell[1];
     EXPECT_TRUE(predict(2).isEmpty() && predict(5).isEmpty());
     series.data.m_listCell = {{1e-7f, 0, 0}, {0, 1e-7f, 0}, {0, 0, 1e-7f}};

@@ -48,13 +48,14 @@ QList<Peak3D> simulatedReflections(const QList<Vec3D>& listBasis, double dfMaxDS
     std::normal_distribution<double> noise(0, 1);
     QList<Peak3D> listPeak;
     const auto limit = [&](int n) { return int(3 * dfMaxDStar / double(length(listBasis[n]))); };
-    for (int h = -limit(0); h <= limit(0); ++h)
-        for (int k = -limit(1); k <= limit(1); ++k)
+    for (int h = -limit(0); h <= limit(0); ++h) {
+        for (int k = -limit(1); k <= limit(1); ++k) {
             for (int l = -limit(2); l <= limit(2); ++l) {
                 const Vec3D v = scaled(listBasis[0], float(h)) + scaled(listBasis[1], float(k)) +
                                 scaled(listBasis[2], float(l));
-                if (double(length(v)) > dfMaxDStar || (h == 0 && k == 0 && l == 0) || !filter(h, k, l))
+                if (double(length(v)) > dfMaxDStar || (h == 0 && k == 0 && l == 0) || !filter(h, k, l)) {
                     continue;
+                }
                 Peak3D peak;
                 placeAt(peak, v + Vec3D{float(dfNoise * noise(random)), float(dfNoise * noise(random)),
                                         float(dfNoise * noise(random))});
@@ -65,6 +66,8 @@ QList<Peak3D> simulatedReflections(const QList<Vec3D>& listBasis, double dfMaxDS
                 peak.nFrame = 5;
                 listPeak.append(peak);
             }
+        }
+    }
     return listPeak;
 }
 

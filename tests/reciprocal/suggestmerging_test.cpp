@@ -29,7 +29,8 @@ DataSet seriesOf(double dfSpacing, int nRimPeaks, double dfRim)
             listPeak.append(peak);
         };
         for (int i = 0; i < nRimPeaks; ++i) {
-            add(dfRim * std::cos(i * 2 * g_dfPi / nRimPeaks), dfRim * std::sin(i * 2 * g_dfPi / nRimPeaks), 1e5);
+            add(dfRim * std::cos(i * 2 * g_dfPi / nRimPeaks), dfRim * std::sin(i * 2 * g_dfPi / nRimPeaks),
+                1e5);
         }
         const double dfCos = std::cos(0.1 * n), dfSin = std::sin(0.1 * n);
         for (int h = -3; h <= 3; ++h) {

@@ -29,8 +29,9 @@ inline Peak3D reflection(double dfH, double dfK, double dfL, double dfIntensity 
 inline QList<int> idsOf(const QList<Peak3D>& listPeak)
 {
     QList<int> listID;
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         listID.append(peak.nID);
+    }
     return listID;
 }
 

@@ -31,8 +31,9 @@ Peak3D peakOf(double dfX, double dfY, double dfDStar, double h = 0, double k = 0
 TEST(PlaneIndexing, ASquareNetFallsIntoItsGroups)
 {
     QList<Peak3D> list;
-    for (int n = 0; n < 9; ++n)  // the last is no peak of the pattern, one is a little off
+    for (int n = 0; n < 9; ++n) {  // the last is no peak of the pattern, one is a little off
         list.append(peakOf(49 * (n % 3) - 24.5, 49 * (n / 3) - 98 + (n == 4 ? 0.2 : 0), n == 8 ? 0.01 : 0.5));
+    }
     CRecordingReport report;
     const QList<PlaneGroup> listGroup = test2DIndexing(list, 0.001, 1, 2, report);
     // Five steps along x and five along y, whichever way they point.
@@ -123,8 +124,9 @@ TEST(RotationAxisTest, FindsTheAxisAndTheNormalsOfKnownHeads)
     const auto azimuth = [](const Peak3D& p) {
         return std::atan2(-p.dfY2D, p.dfX2D) * 180 / std::acos(-1.0) + 360;
     };
-    while (azimuth(head(229.5, 0)) != 229.5 && r < 1100)
+    while (azimuth(head(229.5, 0)) != 229.5 && r < 1100) {
         r += 1;
+    }
     ASSERT_LT(r, 1100);
     const RotationAxisTest test = testRotationAxis(
         {{head(229.5, 0), head(50, 0), head(300, 0)}, {head(50, 1)}}, {}, 5, report);

@@ -28,8 +28,9 @@ void expectTrueCell(const ReciprocalBasis& basis)
     const std::optional<CellParameters> cell = cellParameters(basis);
     ASSERT_TRUE(cell);
     const double aTrue[6] = {g_cell.a, g_cell.b, g_cell.c, g_cell.alpha, g_cell.beta, g_cell.gamma};
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         EXPECT_NEAR(cell->numbers()[n], aTrue[n], n < 3 ? 1e-3 : 0.01) << n;
+    }
 }
 
 const double g_dfRadians = std::acos(-1.0) / 180;
@@ -59,8 +60,9 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
     expectTrueCell(result.basis);
     EXPECT_LT(result.dfSquaresAfter, result.dfSquaresBefore);
     QStringList listStart;
-    for (const QString& strLine : report.marked())
+    for (const QString& strLine : report.marked()) {
         listStart.append(strLine.left(17));
+    }
     EXPECT_EQ(listStart.filter(QRegularExpression("^(?!.\\*)")),
               (QStringList{"blue \nRunning uni", "Reciprocal cell v", "Unit cell before ",
                            "Initial values:  ", "Filtering gvecPea", "Before refinement", "Refinement return",
@@ -82,8 +84,9 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
 
     // A left-handed cell: the indices follow the exchange of a* and b*. Excluded reflections go.
     series.data.m_listCell.swapItemsAt(0, 1);
-    for (Peak3D& peak : listPeak)
+    for (Peak3D& peak : listPeak) {
         std::swap(peak.dfH, peak.dfK);
+    }
     TiltRefinementOptions options;
     const Peak3D peakOut = result.listPeak[0];
     options.listExcluded = {{int(peakOut.dfK), int(peakOut.dfH), int(peakOut.dfL), 0}};
@@ -118,9 +121,10 @@ TEST(TiltRefinement, TakesTheWavelengthOfTheDataSet)
                                           .arg(dfWavelength)
                                     : QString());
         distort(series.data.m_listCell);
-        if (dfWavelength != 0.02508)  // which is told from 0.0251 at the fourth digit
+        if (dfWavelength != 0.02508) {  // which is told from 0.0251 at the fourth digit
             expectTrueCell(
                 refineUnitCellUsingFrameNo(series.merged(), series.data, report, options).value().basis);
+        }
     }
 }
 
@@ -128,30 +132,36 @@ TEST(CubicModel, TheOrientationOfACubicCrystalIsFound)
 {
     PerfectSeries series(gemmi::UnitCell(12, 12, 12, 90, 90, 90), 0.8, 0);
     const QList<Vec3D> listTrue = series.data.m_listCell;
-    for (Vec3D& v : series.data.m_listCell)
+    for (Vec3D& v : series.data.m_listCell) {
         v = rotated(rotationZ(1), v);
+    }
     distort(series.data.m_listCell);
     CRecordingReport report;
     for (const auto& found : {testFindCubicCell(series.merged(), series.data, report),
                               refineCubicUnitCell(series.merged(), series.data, report)}) {
         const QList<Vec3D> listFound = found.value().toList();
-        for (int n = 0; n < 3; ++n)
+        for (int n = 0; n < 3; ++n) {
             EXPECT_LT(length(listFound[n] - listTrue[n]), 2e-5f) << n;
+        }
     }
     for (const char* psz : {"\nAlpha:", "\nRefinment result: ", ", fev: ", "\ncovfac: ",
-                            "\nLen: 12, 12, 12\nDotProduct: ", "blue \nRunning cubic unit refinement..."})
+                            "\nLen: 12, 12, 12\nDotProduct: ", "blue \nRunning cubic unit refinement..."}) {
         EXPECT_TRUE(report.said(psz)) << psz;
+    }
 }
 
 TEST(ExpectedFrames, TheTableHoldsErrorsBySeries)
 {
     PerfectSeries series(g_cell, 0.8, 0);
-    for (int n = 0; n < 101; ++n)
+    for (int n = 0; n < 101; ++n) {
         series.data.m_listBeamTiltBreak.append(n % 40 == 0);
+    }
     QList<Peak3D> list;
-    for (const Peak3D& peak : series.merged())
-        if (peak.nFrame == 42 && list.size() < 3)
+    for (const Peak3D& peak : series.merged()) {
+        if (peak.nFrame == 42 && list.size() < 3) {
             list.append(peak);
+        }
+    }
     list[0].dfTiltFit += 0.3;
     list.append(Peak3D());
     QList<Vec3D> listBefore = series.data.m_listCell;

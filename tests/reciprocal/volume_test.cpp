@@ -20,8 +20,9 @@ namespace {
 std::vector<float> voxels(const CReciprocalVolume& volume)
 {
     std::vector<float> vecVoxel;
-    for (const CImgObj<float>* pSlice : volume.m_listSlice)
+    for (const CImgObj<float>* pSlice : volume.m_listSlice) {
         vecVoxel.insert(vecVoxel.end(), pSlice->Data(), pSlice->Data() + pSlice->Width() * pSlice->Height());
+    }
     return vecVoxel;
 }
 
@@ -112,9 +113,10 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
 {
     FrameSeries series;
     DataSet& data = series.dataSet;
-    for (int n = 0; n < 2; ++n)
+    for (int n = 0; n < 2; ++n) {
         series.add(
             makeImage(30, 30, [n](int x, int y) { return x == 9 && y == 9 ? 1e6 : x + y + 10.0 * n; }));
+    }
     data.m_listHotPixel = {QPoint(9, 9)};
     data.m_listOverallTilt = {0, 30};
     data.m_dfCenterX = data.m_dfCenterY = 15;
@@ -133,14 +135,16 @@ TEST(ReciprocalVolume, ExportSaysWhatBecameOfTheFile)
     data.m_strProjectName = "f0001";  // as of frames that were opened without a project
     EXPECT_TRUE(run(true).endsWith("DIR/f0001_volume.mrc"));
     data.m_strProjectName = "v";
-    for (int nStopAfter : {1, 10})  // among the frames, and among the slices
+    for (int nStopAfter : {1, 10}) {  // among the frames, and among the slices
         EXPECT_TRUE(run(false, nStopAfter).endsWith(" was stopped. Nothing was saved."));
+    }
     EXPECT_TRUE(series.content("v.mrc").isEmpty());
     EXPECT_TRUE(run(true).endsWith("blue >Reciprocal space volume saved to file: DIR/v.mrc"));
     ImageList vecSlice;
     ASSERT_TRUE(ReadMRC(series.dir.filePath("v.mrc"), vecSlice));
-    for (const auto& pSlice : vecSlice)
+    for (const auto& pSlice : vecSlice) {
         EXPECT_LT(*std::max_element(pSlice->Data(), pSlice->Data() + 400), 100.f) << "a hot pixel";
+    }
     ASSERT_TRUE(QFile::remove(data.m_listFrameFile[1]));
     const QString strPartial = run(false);  // what was added is saved
     EXPECT_TRUE(strPartial.contains("red Failed to load: DIR/f0001.mrc\n") &&

@@ -39,8 +39,9 @@ TEST(LatticeMatch, TellsBasesOfOneLatticeFromOthers)
         EXPECT_EQ(match.nIndex, row.nIndex) << row.pCase;
         EXPECT_EQ(match.isRight(),
                   row.relation == LatticeMatch::Same || row.relation == LatticeMatch::Centred);
-        if (row.relation == LatticeMatch::None)
+        if (row.relation == LatticeMatch::None) {
             continue;
+        }
         // Indices brought over name the same vector.
         const Vector3 vecIndex{2, -3, 1};
         EXPECT_LT(lengthOf(vecIndex * row.matFound - vecIndex * match.matToTrue * g_matBasis), 1e-12)

@@ -18,11 +18,13 @@ public:
         const std::array<double, 6>& c = structure.adfCell;
         m_small.cell.set(c[0], c[1], c[2], c[3], c[4], c[5]);
         std::string strGroup = structure.strSpaceGroup.toStdString();
-        if (strGroup == "F d -3 m" || strGroup == "I 41/a m d")
+        if (strGroup == "F d -3 m" || strGroup == "I 41/a m d") {
             strGroup += ":1";
+        }
         const gemmi::SpaceGroup* pGroup = gemmi::find_spacegroup_by_name(strGroup, c[3], c[5]);
-        if (!pGroup)
+        if (!pGroup) {
             throw std::runtime_error("no group " + strGroup);
+        }
         m_nOperations = pGroup->operations().order();
         m_small.cell.set_cell_images_from_spacegroup(pGroup);
         for (const AtomSite& atom : structure.listSite) {
@@ -54,11 +56,14 @@ TEST(Crystals, StructureFactorsAreThoseOfAnotherLibrary)
         const CStructureFactor crystal(structure, 0.5);
         Reference reference(structure);
         EXPECT_EQ(crystal.operationCount(), reference.operationCount()) << structure.strName.toStdString();
-        for (int h = -3; h <= 5; h += 2)
-            for (int k = -4; k <= 6; ++k)
-                for (int l = 0; l <= 9; l += 3)
+        for (int h = -3; h <= 5; h += 2) {
+            for (int k = -4; k <= 6; ++k) {
+                for (int l = 0; l <= 9; l += 3) {
                     ASSERT_LT(std::abs(crystal.value(h, k, l) - reference.value(h, k, l)), 1e-6)
                         << structure.strName.toStdString() << ' ' << h << ' ' << k << ' ' << l;
+                }
+            }
+        }
     }
 }
 

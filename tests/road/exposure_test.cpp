@@ -1,9 +1,9 @@
 // How simulated frames are exposed: turned, stepped and precessed series, fading crystals, the gain.
+#include "records/pi.h"
 #include "simulate/crossings.h"
 #include "simulate/exposuremode.h"
 #include "simulate/frameimage.h"
 #include "simulate/truthfile.h"
-#include "records/pi.h"
 
 #include <QTemporaryDir>
 
@@ -16,7 +16,6 @@
 namespace tessera {
 
 namespace {
-
 
 SimulatedSeries made(const std::function<void(SimulationParameters&)>& fnChange)
 {

@@ -60,16 +60,18 @@ TEST(Frames, SpotsHoldTheirCountsAndTheNoiseIsTheOneTold)
         const std::vector<float> listNoisy = renderFrame(series, spot.nFrame);
         const double dfRadius = spotDiscRadius(p);
         double dfCounts = 0, dfVariance = 0, dfDeviation = 0;
-        for (int y = 0; y < p.nSize; ++y)
+        for (int y = 0; y < p.nSize; ++y) {
             for (int x = 0; x < p.nSize; ++x) {
                 const size_t i = size_t(y) * p.nSize + x;
                 const double dfPixelVariance = listWith[i] + p.dfReadNoise * p.dfReadNoise;
                 dfDeviation += std::pow(listNoisy[i] - listWith[i], 2) / dfPixelVariance;
-                if (std::hypot(x - spot.dfX, y - spot.dfY) > dfRadius)
+                if (std::hypot(x - spot.dfX, y - spot.dfY) > dfRadius) {
                     continue;
+                }
                 dfCounts += listWith[i] - listBare[i];
                 dfVariance += dfPixelVariance;
             }
+        }
         // The disc's edge cuts pixels, so its area is told to a few per cent.
         EXPECT_NEAR(dfCounts / spot.dfCounts, 1, 0.02);
         EXPECT_NEAR(dfCounts / std::sqrt(dfVariance) / spot.dfSignalToNoise, 1, 0.03);
@@ -85,8 +87,9 @@ TEST(Frames, DependOnTheirSeedAndNotOnTheOrder)
     const std::vector<float> listThird = renderFrame(series, 3);
     renderFrame(series, 0);
     EXPECT_EQ(renderFrame(series, 3), listThird);
-    for (const QPoint& pt : series.listHotPixel)
+    for (const QPoint& pt : series.listHotPixel) {
         EXPECT_EQ(listThird[size_t(pt.y()) * p.nSize + pt.x()], 500.f);
+    }
     EXPECT_EQ(*std::max_element(listThird.begin(), listThird.end()), 500.f);  // saturated
     p.nSeed = 2;
     EXPECT_NE(renderFrame(simulated(p), 3), listThird);

@@ -15,8 +15,9 @@ TEST(HtmlPage, AColumnStandsByItsDigitsOnlyWhereAllOfItAreNumbers)
     const QString strPage = QString::fromUtf8(page.end());
     QStringList listNumber;
     auto it = QRegularExpression("<(th|td) class=\"number\">([^<]*)<").globalMatch(strPage);
-    while (it.hasNext())
+    while (it.hasNext()) {
         listNumber.append(it.next().captured(2));
+    }
     EXPECT_EQ(listNumber.join('|'), "Edge|Error|12.1(4)|-|-0.5|0.1|90.000 °|");
 }
 

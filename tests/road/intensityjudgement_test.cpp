@@ -1,12 +1,12 @@
 // The judgement of intensities: lines made from the truth with a known noise, in settings that the metric
 // allows.
 #include "simulate/intensityjudgement.h"
+#include "records/pi.h"
 #include "simulate/cellsetting.h"
 #include "simulate/equivalentindices.h"
 #include "simulate/randomsource.h"
 #include "simulate/structurefactor.h"
 #include "simulate/symmetryjudgement.h"
-#include "records/pi.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -1,9 +1,9 @@
 // The simulator's projection against Bragg's law and the Lorentz factor.
+#include "records/pi.h"
 #include "simulate/crystalstructures.h"
 #include "simulate/rotationprojection.h"
 #include "simulate/simulatedseries.h"
 #include "simulate/structurefactor.h"
-#include "records/pi.h"
 
 #include <gtest/gtest.h>
 
@@ -14,14 +14,14 @@ namespace tessera {
 
 namespace {
 
-
 /// The tilt near dfTilt at which a lattice vector lies on the sphere, by bisection.
 bool exactTilt(const CRotationProjection& projection, const Vector3& vec, double dfTilt, double& dfExact)
 {
     const auto error = [&](double df) { return projection.excitationError(projection.turned(vec, df)); };
     double dfLow = dfTilt - 3, dfHigh = dfTilt + 3;
-    if (error(dfLow) * error(dfHigh) > 0)
+    if (error(dfLow) * error(dfHigh) > 0) {
         return false;
+    }
     for (int i = 0; i < 60; ++i) {
         dfExact = (dfLow + dfHigh) / 2;
         (error(dfLow) * error(dfExact) <= 0 ? dfHigh : dfLow) = dfExact;
@@ -40,8 +40,9 @@ TEST(Projection, SpotsObeyBraggsLawAndTurnAboutTheAxis)
                                Vector3{-0.2, -0.3, -0.15}, Vector3{0.0, 0.4, 0.1}}) {
         double dfTilt = 0;
         const double dfGuess = std::atan2(vec[2], vec[1]) * 180 / g_dfPi;
-        if (!exactTilt(projection, vec, std::remainder(dfGuess, 180), dfTilt))
+        if (!exactTilt(projection, vec, std::remainder(dfGuess, 180), dfTilt)) {
             continue;
+        }
         ++nChecked;
         const Vector3 vecTurned = projection.turned(vec, dfTilt);
         // |k + g| = |k| with the beam along -z.
@@ -87,7 +88,7 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
             int nFirst = 1 << 30, nLast = 0, nFrames = 0;
         };
         std::map<std::array<int, 3>, Total> mapTotal;
-        for (const auto& list : series.listDrawn)
+        for (const auto& list : series.listDrawn) {
             for (const TruthSpot& spot : list) {
                 Total& total = mapTotal[{spot.nH, spot.nK, spot.nL}];
                 total.dfCounts += spot.dfCounts;
@@ -95,6 +96,7 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
                 total.nLast = std::max(total.nLast, spot.nFrame);
                 ++total.nFrames;
             }
+        }
         const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis);
         const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
         std::vector<double> listConstant;
@@ -105,8 +107,9 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
             const double dfMiddle = p.dfTiltStart + (total.nFirst + total.nLast) / 2.0 * dfStep;
             if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 ||
                 lengthOf(vec) > 0.9 || std::hypot(vec[1], vec[2]) < 0.3 ||
-                !exactTilt(projection, vec, dfMiddle, dfTilt))
+                !exactTilt(projection, vec, dfMiddle, dfTilt)) {
                 continue;
+            }
             EXPECT_EQ(total.nFrames, total.nLast - total.nFirst + 1);
             const double dfSpeed = std::abs(
                                        projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -

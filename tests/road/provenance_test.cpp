@@ -42,32 +42,40 @@ Page readPage(const QByteArray& bytes)
     QXmlStreamReader xml(bytes);
     QString strTitle;
     while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement)
+        if (xml.readNext() != QXmlStreamReader::StartElement) {
             continue;
+        }
         const QString strElement = xml.name().toString();
         ++page.mapElement[strElement];
         for (const QXmlStreamAttribute& attribute : xml.attributes()) {
-            if (QStringList{"href", "src", "action", "data"}.contains(attribute.name().toString()))
+            if (QStringList{"href", "src", "action", "data"}.contains(attribute.name().toString())) {
                 page.listReference.append(attribute.value().toString());
+            }
             EXPECT_FALSE(attribute.name().startsWith(QLatin1String("on")));
-            if (attribute.name() == QLatin1String("d"))
+            if (attribute.name() == QLatin1String("d")) {
                 page.mapPoints[strTitle] = std::max(page.mapPoints[strTitle],
                                                     1 + attribute.value().toString().count('L'));
+            }
         }
-        if (strElement == "tr")
+        if (strElement == "tr") {
             page.listRow.emplace_back();
+        }
         if (QStringList{"h1", "h2", "h3", "p", "td", "th", "dd", "pre", "title", "li", "figcaption"}.contains(
                 strElement)) {
             const QString strText = xml.readElementText();
             page.listText.append(strText);
-            if (strElement == "h1")
+            if (strElement == "h1") {
                 page.strHeading = strText;
-            if (strElement == "title")
+            }
+            if (strElement == "title") {
                 strTitle = strText;
-            if (strElement == "pre")
+            }
+            if (strElement == "pre") {
                 page.listPre.append(strText);
-            if (strElement == "td" && !page.listRow.empty())
+            }
+            if (strElement == "td" && !page.listRow.empty()) {
                 page.listRow.back().append(strText);
+            }
         }
     }
     page.bWellFormed = !xml.hasError();
@@ -112,7 +120,7 @@ TEST_F(Provenance, TheRecordHasTheCheckSumsOfSha256sum)
     EXPECT_EQ(inputs["files"].toArray().size(), 1);
     QStringList listWritten;
     int nChecked = 0;
-    for (const QJsonArray& array : {arrayFrame, inputs["files"].toArray(), arrayWritten})
+    for (const QJsonArray& array : {arrayFrame, inputs["files"].toArray(), arrayWritten}) {
         for (const QJsonValue& value : array) {
             const QJsonObject file = value.toObject();
             const QString strPath = file["path"].toString();
@@ -124,6 +132,7 @@ TEST_F(Provenance, TheRecordHasTheCheckSumsOfSha256sum)
                       QFileInfo(strPath).lastModified());
             ++nChecked;
         }
+    }
     EXPECT_GE(nChecked, g_nFrames + 1 + 15);
     const QJsonObject summary = jsonOf(path("s.json"));
     EXPECT_EQ(object["parameters"].toObject()["cell-max"].toObject()["value"].toDouble(), 12.5);
@@ -134,12 +143,14 @@ TEST_F(Provenance, TheRecordHasTheCheckSumsOfSha256sum)
         const QJsonObject stage = value.toObject();
         listStage.append(stage["name"].toString());
         const QJsonObject found = stage["found"].toObject();
-        for (auto it = found.begin(); it != found.end(); ++it)
+        for (auto it = found.begin(); it != found.end(); ++it) {
             EXPECT_EQ(it.value(), summary[it.key()]) << it.key().toStdString();
+        }
         EXPECT_FALSE(found.isEmpty());
         const QJsonObject judgement = stage["judgement"].toObject();
-        for (auto it = judgement.begin(); it != judgement.end(); ++it)
+        for (auto it = judgement.begin(); it != judgement.end(); ++it) {
             EXPECT_EQ(it.value(), summary["judgement"].toObject()[it.key()]);
+        }
     }
     EXPECT_EQ(listStage.join(' '), "shifts peaks merge cell index geometry integrate");
 }
@@ -161,8 +172,9 @@ TEST_F(Provenance, TheCommandOfTheRecordMakesTheSameFilesAndItself)
     QTemporaryDir elsewhere;
     const BatchOutcome again = runShell(elsewhere.path(), first["command"].toString());
     ASSERT_EQ(again.nStatus, 0) << again.strText.toStdString();
-    for (auto it = mapBytes.begin(); it != mapBytes.end(); ++it)
+    for (auto it = mapBytes.begin(); it != mapBytes.end(); ++it) {
         EXPECT_EQ(readBytes(it.key()), it.value()) << it.key().toStdString();
+    }
     EXPECT_TRUE(QDir(elsewhere.path()).isEmpty());  // and nothing that a name of a file says
     QJsonArray listFirst = first["arguments"].toArray();
     EXPECT_TRUE(listFirst.contains("--ignore-hot-pixels"));
@@ -229,8 +241,9 @@ TEST_F(Provenance, EachOptionComesBackAsItWasGiven)
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     const QJsonObject object = jsonOf(path("o ut/" + g_strName + ".run.json"));
     QStringList listWant = listGiven + QStringList{"tessera-batch", path(g_strName + ".ed3d")}, listHave;
-    for (const QJsonValue& value : object["arguments"].toArray())
+    for (const QJsonValue& value : object["arguments"].toArray()) {
         listHave.append(value.toString());
+    }
     listWant.sort();
     listHave.sort();
     EXPECT_EQ(listHave.join('\n'), listWant.join('\n'));
@@ -246,8 +259,9 @@ TEST_F(Provenance, TheReportIsReadBackWithTheFiguresOfTheSummary)
     EXPECT_TRUE(bytes.startsWith("<!DOCTYPE html>"));
     EXPECT_EQ(page.strHeading, g_strName);
     EXPECT_FALSE(bytes.contains("<b>"));
-    for (const char* pszElement : {"script", "b", "link", "iframe", "img", "a"})
+    for (const char* pszElement : {"script", "b", "link", "iframe", "img", "a"}) {
         EXPECT_FALSE(page.mapElement.contains(pszElement)) << pszElement;
+    }
     EXPECT_FALSE(bytes.contains("url("));
     // An element that HTML closes by an end tag alone must have one.
     const QRegularExpression closed("<(td|th|p|div|pre|dd|dt|h[1-6]|li|ul|dl|style|title|figure)( [^>]*)?/>");
@@ -277,18 +291,20 @@ TEST_F(Provenance, TheReportIsReadBackWithTheFiguresOfTheSummary)
                             QString::number(shell["ccHalf"].toDouble(), 'f', 3)}));
     }
     const QJsonObject judgement = summary["judgement"].toObject();
-    for (auto it = judgement.begin(); it != judgement.end(); ++it)
+    for (auto it = judgement.begin(); it != judgement.end(); ++it) {
         if (it.key() != "overall") {
             EXPECT_TRUE(hasRow({it.key(), it.value().toObject()["verdict"].toString(),
                                 it.value().toObject()["reason"].toString()}))
                 << it.key().toStdString();
         }
+    }
     const QJsonArray arrayGroup = quality["spaceGroups"].toArray();
     ASSERT_FALSE(arrayGroup.isEmpty());
     EXPECT_TRUE(hasRow({arrayGroup[0].toObject()["name"].toString(),
                         QString::number(arrayGroup[0].toObject()["likelihood"].toDouble(), 'f', 2)}));
-    for (const char* pszPlot : {"Drift of the direct beam", "Peaks on the frames", "Scale of the frames"})
+    for (const char* pszPlot : {"Drift of the direct beam", "Peaks on the frames", "Scale of the frames"}) {
         EXPECT_EQ(page.mapPoints[pszPlot], g_nFrames) << pszPlot;
+    }
     EXPECT_GT(page.mapPoints["Residuals of the refined geometry"], g_nFrames / 2);
     EXPECT_EQ(page.mapPoints["Agreement by resolution"], arrayShell.size());
 }

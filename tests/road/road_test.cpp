@@ -55,15 +55,17 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
         << strError.toStdString();
     SCOPED_TRACE(comparisonToText(c).toStdString());
     const auto expectNear = [](const CellErrors& errors, double dfMost) {  // per cent, degrees
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             EXPECT_LT(std::max(std::abs(errors.adfLength[i]), std::abs(errors.adfAngle[i])), dfMost);
+        }
     };
     EXPECT_TRUE(c.lattice.isRight() && c.bRefined);
     expectNear(c.lattice.errors, 0.5);
     expectNear(c.refined, 0.1);
     EXPECT_EQ(c.mapPairs.size(), words(road.pBatchOptions).contains("refine") ? 3u : 0u);
-    for (const auto& pairs : c.mapPairs)
+    for (const auto& pairs : c.mapPairs) {
         expectNear(pairs.second, 0.1);
+    }
     EXPECT_GE(c.nIndexed, road.nReflections);
     EXPECT_GE(c.rightShare(), 0.99);
     EXPECT_GE(c.foundShare(1), 0.9);

@@ -41,8 +41,9 @@ protected:
 QJsonObject found(const RoadResults& results)
 {
     QJsonObject summary = roadSummary(results);
-    for (const char* pszKey : {"seconds", "stage", "warnings", "judgement"})
+    for (const char* pszKey : {"seconds", "stage", "warnings", "judgement"}) {
         summary.remove(QLatin1String(pszKey));
+    }
     return summary;
 }
 
@@ -77,10 +78,11 @@ TEST_F(RoadStages, ThatAreStoppedLeaveNothingAndCanBeRunAgain)
     }
     EXPECT_EQ(found(state.results), found(unbroken.results));
     EXPECT_EQ(results("stopped"), results("whole"));
-    for (const QString& strFile : results("whole"))
+    for (const QString& strFile : results("whole")) {
         EXPECT_EQ(readBytes(m_dir.filePath("stopped/" + strFile)),
                   readBytes(m_dir.filePath("whole/" + strFile)))
             << strFile.toStdString();
+    }
 }
 
 TEST_F(RoadStages, HotPixelsThatWereFoundAreListedWhereLaterRunsReadThem)
@@ -108,8 +110,9 @@ TEST_F(RoadStages, HotPixelsThatWereFoundAreListedWhereLaterRunsReadThem)
     const QList<QPoint> listRepaired = hunt("");
     ASSERT_TRUE(readHotPixelFile(strList, listFound));
     EXPECT_EQ(listFound, listRepaired);
-    for (const QPoint& pt : listFound)
+    for (const QPoint& pt : listFound) {
         EXPECT_TRUE(listMade.contains(pt)) << pt.x() << ' ' << pt.y();
+    }
     EXPECT_GE(listFound.size(), listMade.size() / 2);
     EXPECT_EQ(hunt(""), listFound);
 }

@@ -27,21 +27,25 @@ Drawn drawn(const SvgPlot& plot)
     QXmlStreamReader xml(page.end());
     Drawn result;
     while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement)
+        if (xml.readNext() != QXmlStreamReader::StartElement) {
             continue;
+        }
         const QXmlStreamAttributes at = xml.attributes();
         const auto number = [&at](const char* psz) { return at.value(QLatin1String(psz)).toDouble(); };
-        if (xml.name() == QLatin1String("circle"))
+        if (xml.name() == QLatin1String("circle")) {
             result.listPoint.append({number("cx"), number("cy")});
-        if (xml.name() == QLatin1String("path"))
+        }
+        if (xml.name() == QLatin1String("path")) {
             result.nPieces += at.value("d").toString().count('M');
+        }
         if (xml.name() == QLatin1String("text") && !at.hasAttribute("transform")) {
             const double dfX = number("x"), dfY = number("y");
             const bool bOfY = at.value("text-anchor") == QLatin1String("end");
             bool bNumber = false;
             const double df = xml.readElementText().toDouble(&bNumber);
-            if (bNumber)
+            if (bNumber) {
                 (bOfY ? result.mapY : result.mapX)[df] = bOfY ? dfY - 4 : dfX;  // middle of the digits
+            }
         }
     }
     EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
@@ -67,12 +71,13 @@ TEST(SvgPlot, PointsLieWhereTheLabelsHaveThem)
     ASSERT_EQ(result.listPoint.size(), 4);
     EXPECT_EQ(result.nPieces, 2);  // the gap
     int n = 0;
-    for (const QPointF& pt : listPoint)
+    for (const QPointF& pt : listPoint) {
         if (std::isfinite(pt.y())) {
             EXPECT_NEAR(numberAt(result.mapX, result.listPoint[n].x()), pt.x(), 0.05);
             EXPECT_NEAR(numberAt(result.mapY, result.listPoint[n].y()), pt.y(), 0.001);
             ++n;
         }
+    }
     EXPECT_TRUE(SvgPlot().isEmpty());
     plot.listSeries = {{"s", {{1, dfNone}}, true, true}};
     EXPECT_TRUE(plot.isEmpty());
@@ -113,8 +118,9 @@ TEST(HtmlPage, NoTextEndsOrBreaksIt)
     EXPECT_FALSE(bytes.contains("<script"));
     QXmlStreamReader xml(bytes);
     int nTexts = 0;
-    while (!xml.atEnd())
+    while (!xml.atEnd()) {
         nTexts += xml.readNext() == QXmlStreamReader::Characters && xml.text().contains("<script>");
+    }
     EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
     EXPECT_EQ(nTexts, 5);
 }

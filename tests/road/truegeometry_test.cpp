@@ -1,5 +1,6 @@
 // Distortions, offsets and told geometry of simulated series, and how a refined geometry is judged.
 #include "geometry/rotationgeometry.h"
+#include "records/pi.h"
 #include "simulate/cellsetting.h"
 #include "simulate/frameimage.h"
 #include "simulate/secondlattice.h"
@@ -7,7 +8,6 @@
 #include "simulate/structurefactor.h"
 #include "simulate/truthfile.h"
 #include "tests/batch/batchprogram.h"
-#include "records/pi.h"
 
 #include <gtest/gtest.h>
 #include <QJsonArray>

@@ -46,8 +46,9 @@ protected:
 
     void SetUp() override
     {
-        if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+        if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
             GTEST_SKIP() << "no OpenGL on this platform";
+        }
         ASSERT_TRUE(m_view.isValid());
         m_window.resize(m_nW, m_nH);
         m_view.setParent(&m_window);  // a window of its own until now

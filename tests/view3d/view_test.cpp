@@ -1,5 +1,5 @@
-#include "tests/view3d/view3dtest.h"
 #include "records/pi.h"
+#include "tests/view3d/view3dtest.h"
 
 #include <QAction>
 #include <QColorDialog>
@@ -43,8 +43,9 @@ struct PlainCloud {
         draw();
         m_vecBand.clear();
         QList<int> listName;
-        for (int i = 0, nHits = glRenderMode(GL_RENDER); i < nHits; ++i)
+        for (int i = 0, nHits = glRenderMode(GL_RENDER); i < nHits; ++i) {
             listName.append(int(vecHit[size_t(i) * 4 + 3]));
+        }
         return listName;
     }
     void draw()
@@ -57,22 +58,25 @@ struct PlainCloud {
         glClear(GL_COLOR_BUFFER_BIT);
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
-        if (!m_vecBand.empty())
+        if (!m_vecBand.empty()) {
             gluPickMatrix((m_vecBand[0] + m_vecBand[2]) / 2,
                           2 * anViewport[1] + anViewport[3] - (m_vecBand[1] + m_vecBand[3]) / 2,
                           abs(m_vecBand[2] - m_vecBand[0]), abs(m_vecBand[3] - m_vecBand[1]), anViewport);
+        }
         const float x = m_pfTurn[4], y = m_pfTurn[5], z = m_pfTurn[6];
         glOrtho(-2 - x - z, 2 - x + z, -2 - y - z, 2 - y + z, -2, 2);
         glMatrixMode(GL_MODELVIEW);
         glRotatef(m_pfTurn[0], m_pfTurn[1], m_pfTurn[2], m_pfTurn[3]);
         double dfGreatest = 0;
-        for (const Peak3D& peak : m_listPoint)
+        for (const Peak3D& peak : m_listPoint) {
             dfGreatest = std::max(dfGreatest, peak.dfIPoint);
+        }
         for (int i = 0; i < m_listPoint.size(); ++i) {
             const double dfLog = std::log(std::max(4000 / dfGreatest * m_listPoint[i].dfIPoint, 1.01));
             const QColor& color = m_vecColor[i];
-            if (!color.isValid())
+            if (!color.isValid()) {
                 continue;
+            }
             glPointSize(float(r * 2 / std::abs(2 + z) * dfLog * m_pfTurn[7] * dfLog * 0.1));
             glColor4f(float(color.redF()), float(color.greenF()), float(color.blueF()), 0.8f);
             glLoadName(GLuint(i));
@@ -120,7 +124,7 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     for (int nTurn : {0, 1}) {
         const QImage image = picture();
         int anLit[3] = {};  // of x, of y, and blue ones about the letter x
-        for (int i = 5; i < 60; ++i)
+        for (int i = 5; i < 60; ++i) {
             for (int j = -8; j < 8; ++j) {
                 const QPoint aPlace[] = {
                     {60 + i, m_nH - 60 + j}, {60 + j, m_nH - 60 - i}, {60 - i, m_nH - 60 + j}};
@@ -130,6 +134,7 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
                     anLit[2] += nAxis == 0 && i > 50 && color.blue() > 150;
                 }
             }
+        }
         EXPECT_NEAR(anLit[0], 45, 2) << nTurn;
         EXPECT_NEAR(anLit[1], 45, 2) << nTurn;
         EXPECT_GT(anLit[2], 8) << nTurn;
@@ -174,10 +179,12 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
     for (int i = 0; i < 4000; ++i) {
         const float x = normal(random), y = normal(random), z = normal(random);
         plain.m_listPoint.append(peakAt(x, y, z, std::exp(2.0 * normal(random)), i));
-        if (i % 2 == 0)
+        if (i % 2 == 0) {
             listEven.append(i);
-        if (i % 3 == 0)
+        }
+        if (i % 3 == 0) {
             listThird.append(i);
+        }
         plain.m_vecColor.push_back(i % 3 != 0   ? i % 2 == 0 ? QColor(Qt::red) : QColor()
                                      : i % 2 == 0 ? QColor(127, 127, 0)
                                                 : QColor(Qt::green));
@@ -202,8 +209,9 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
             int nDifferent = 0, nLit = 0;
             for (int n = 0; n < image.width() * image.height(); ++n) {
                 const QPoint pt(n % image.width(), n / image.width());
-                if (rectCross.contains(pt))
+                if (rectCross.contains(pt)) {
                     continue;
+                }
                 const QColor a = image.pixelColor(pt), b = expected.pixelColor(pt);
                 nLit += b != QColor(Qt::black);
                 nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
@@ -274,8 +282,9 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     for (int nExpected : {60, 0}) {
         const QImage image = picture();
         int nYellow = 0;
-        for (int n = 0; n < 360; ++n)
+        for (int n = 0; n < 360; ++n) {
             nYellow += at(image, 300 + n / 3, 159 + n % 3) == QColor(204, 204, 0);
+        }
         EXPECT_NEAR(nYellow, nExpected, nExpected / 10);
         mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
     }
@@ -321,7 +330,7 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     m_view.setCanvasGridAlpha(1);
     m_view.resetView();
     QColor aColor[] = {Qt::black, Qt::white};
-    for (int i : {0, 1})
+    for (int i : {0, 1}) {
         for (bool bTaken : {false, true}) {
             EXPECT_EQ(m_view.actions()[i]->text(), i == 0 ? "Background Color..." : "Canvas Grid Color...");
             m_view.actions()[i]->trigger();
@@ -330,11 +339,13 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
             pDialog->setCurrentColor(QColor(40 * i + 10, 90, 200));
             bTaken ? pDialog->accept() : pDialog->reject();
             QCoreApplication::sendPostedEvents(pDialog, QEvent::DeferredDelete);
-            if (bTaken)
+            if (bTaken) {
                 aColor[i] = QColor(40 * i + 10, 90, 200);
+            }
             EXPECT_EQ(at(picture(), 256, 206), aColor[0]);
             EXPECT_EQ(at(picture(), 256, 200), aColor[1]);
         }
+    }
 }
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.

@@ -10,8 +10,9 @@ TEST_F(Reciprocal, CellByHand)
     m_pCell->m_pRadioCellManual->setChecked(true);
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
     EXPECT_EQ(fields(), fieldsOf(cell()));
-    for (const ED3DWidget* pView : {m_pRaw, m_pMerged})
+    for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
         EXPECT_TRUE(pView->showLatticeLines() && pView->showLatticePoints());
+    }
     m_pCell->m_pButtonAssignRB->click();  // no view yet
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
 
@@ -51,8 +52,9 @@ TEST_F(Reciprocal, CellByHand)
     expectNear(cell(), g_matCell);
     m_pCell->m_pRadioCellAuto->setChecked(true);
     Mat matRounded = g_matCell;
-    for (Vec& v : matRounded)
+    for (Vec& v : matRounded) {
         v = std::round(lengthOf(v) * 1e5) / 1e5 / lengthOf(v) * v;
+    }
     EXPECT_GT(std::fabs(matRounded[2][2] - g_matCell[2][2]), 1e-6);
     expectNear(cell(), matRounded);
 }
@@ -65,8 +67,9 @@ TEST_F(Reciprocal, CellByMatrix)
     for (bool bReal : {false, true}) {
         const Mat matWanted = bReal ? dual(matTurned * dual(g_matCell)) : matTurned * g_matCell;
         auto *pSpace = m_pCell->m_pRadioSpaceReciprocal, *pOther = m_pCell->m_pRadioSpaceReal;
-        if (bReal)
+        if (bReal) {
             std::swap(pSpace, pOther);
+        }
         const auto tries = [this] { return log().count("Transformed unit cell: a="); };
         loadCell(g_matCell);
         pSpace->setChecked(true);

@@ -48,8 +48,9 @@ protected:
             bCame = true;
             fnWork(*pDialog);
             EXPECT_FALSE(pDialog->isVisible());
-            if (pDialog->isVisible())
+            if (pDialog->isVisible()) {
                 pDialog->reject();
+            }
         });
         m_pCell->m_pButtonKnownCell->click();
         EXPECT_TRUE(bCame);
@@ -136,8 +137,9 @@ TEST_F(CellSearchPage, AKnownCellIsOrientedAndTaken)
         EXPECT_EQ(dialog.m_apSpin[2]->value(), 5.4054);
         dialog.m_pButtonSearch->click();
         EXPECT_TRUE(dialog.m_pButtonTakeRotated->isEnabled()) << dialog.m_pLabelSays->text().toStdString();
-        for (const QLabel* pLabel : dialog.m_apLabelFit)
+        for (const QLabel* pLabel : dialog.m_apLabelFit) {
             EXPECT_TRUE(pLabel->text().contains("peaks fit, by chance"));
+        }
         dialog.m_apSpin[0]->setValue(6);  // takes the result away
         EXPECT_FALSE(dialog.m_pButtonTakeRefined->isEnabled());
         EXPECT_FALSE(dialog.m_apLabelFit[0]->text().contains("peaks"));
@@ -149,23 +151,26 @@ TEST_F(CellSearchPage, AKnownCellIsOrientedAndTaken)
     for (const bool bRefined : {false, true}) {
         withDialog([&](KnownCellDialog& dialog) {
             EXPECT_EQ(dialog.m_apSpin[0]->value(), bRefined ? g_dfEdgeA : 6) << "as it was given last";
-            for (size_t n = 0; n < 6; ++n)
+            for (size_t n = 0; n < 6; ++n) {
                 dialog.m_apSpin[n]->setValue(matTruth[n / 3][n % 3]);
+            }
             dialog.m_pButtonSearch->click();
             (bRefined ? dialog.m_pButtonTakeRefined : dialog.m_pButtonTakeRotated)->click();
         });
         const auto aNumber = cellOfReciprocalBasis(cell());
-        for (size_t n = 0; n < 6; ++n)
+        for (size_t n = 0; n < 6; ++n) {
             EXPECT_NEAR(aNumber[n], matTruth[n / 3][n % 3],
                         (bRefined ? 1e-2 : 1e-4) * matTruth[n / 3][n % 3]);
+        }
         EXPECT_GT(shownShare(), 80);
         EXPECT_EQ(readBytes(file("w.uc")), readBytes(path("out.uc"))) << "the project's own file";
         EXPECT_EQ(log().count("Found unit cell: a="), bRefined ? 2 : 1);
         EXPECT_TRUE(m_pMerged->showLatticeLines());
     }
     withDialog([this](KnownCellDialog& dialog) {
-        for (size_t n = 0; n < 6; ++n)
+        for (size_t n = 0; n < 6; ++n) {
             dialog.m_apSpin[n]->setValue(n < 3 ? 5.64 : 90);
+        }
         dialog.m_pButtonSearch->click();
         EXPECT_TRUE(dialog.m_pLabelSays->text().startsWith("The known cell was not found"));
         EXPECT_FALSE(dialog.m_pButtonTakeRotated->isEnabled());

@@ -35,8 +35,9 @@ protected:
     QMap<QString, QByteArray> files(const QString& strFolder, const char* pszPattern)
     {
         QMap<QString, QByteArray> map;
-        for (const QString& strName : QDir(strFolder).entryList({pszPattern}, QDir::Files | QDir::Hidden))
+        for (const QString& strName : QDir(strFolder).entryList({pszPattern}, QDir::Files | QDir::Hidden)) {
             map[strName] = readBytes(strFolder + '/' + strName);
+        }
         return map;
     }
 };
@@ -59,8 +60,9 @@ TEST_F(ExportsWindow, TheImageInViewIsSavedGreyOrAsItsValues)
     ASSERT_EQ(image.size(), QSize(64, 64));
     const unsigned char* pShown = m_pScene->images().front()->Data();
     EXPECT_EQ(pShown[63] - pShown[0], 255);
-    for (int x = 0; x < 64; ++x)
+    for (int x = 0; x < 64; ++x) {
         EXPECT_EQ(image.pixel(x, 9), QRgb(0xFF000000u + 0x10101u * pShown[x])) << x;
+    }
 
     // An existing file: No asks for another name. Working folder and suffix follow the names chosen.
     const QByteArray bytesBefore = readBytes(path("out/a.tif.png"));
@@ -71,8 +73,9 @@ TEST_F(ExportsWindow, TheImageInViewIsSavedGreyOrAsItsValues)
     ImageList vecSaved;
     ASSERT_TRUE(ReadMRC(path("out/b.MRC"), vecSaved));
     ASSERT_EQ(vecSaved.size(), 1u);
-    for (int x = 0; x < 64; ++x)
+    for (int x = 0; x < 64; ++x) {
         EXPECT_EQ(vecSaved.front()->Data()[640 + x], 256 * x);
+    }
     writeBytes(path("out/a.tif.png"), "old");
     save({"a.tif.png", int(QMessageBox::Yes)});
     EXPECT_EQ(readBytes(path("out/a.tif.png")), bytesBefore);
@@ -90,12 +93,14 @@ TEST_F(ExportsWindow, WithoutFramesOrShifts)
 {
     for (const QAction* pAction :
          {m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries, m_pActions->m_pScaledFrames,
-          m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages, m_pActions->m_pMovieFrames})
+          m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages, m_pActions->m_pMovieFrames}) {
         EXPECT_FALSE(pAction->isEnabled()) << pAction->text().toStdString();
+    }
     open();
     const auto before = files(m_dir.path(), "*");
-    for (QAction* pAction : {m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages})
+    for (QAction* pAction : {m_pActions->m_pReciprocalVolume, m_pActions->m_pSmvImages}) {
         EXPECT_TRUE(answered({}, [&] { pAction->trigger(); }).isEmpty());
+    }
     EXPECT_EQ(lines("No shift correction data. Run shift evaluation first."), 2);
     EXPECT_EQ(files(m_dir.path(), "*"), before);
 }
@@ -108,8 +113,9 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
     typedef QMap<QString, QByteArray> Files;
     const auto take = [this](const char* pszPattern) {
         const Files map = files(m_dir.path(), pszPattern);
-        for (const QString& strName : map.keys())
+        for (const QString& strName : map.keys()) {
             EXPECT_TRUE(QFile::remove(m_dir.filePath(strName)));
+        }
         return map;
     };
     const auto driver = [&](const char* pszPattern, const QStringList& list) {
@@ -174,16 +180,18 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [this] {
             const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
-            if (!pBar->isHidden() && pBar->value() >= 2)
+            if (!pBar->isHidden() && pBar->value() >= 2) {
                 m_pWindow->close();
+            }
         });
         timer.start(0);
         answered(row.listAnswer, [&] { row.pAction->trigger(); });
         EXPECT_TRUE(QTest::qWaitFor([this] { return m_pWindow->isHidden(); }, 2000));
         const Files mapLeft = take(row.pszPattern);
         EXPECT_EQ(mapLeft.size(), row.nFiles) << row.pszPattern;
-        for (const QByteArray& bytes : mapLeft)
+        for (const QByteArray& bytes : mapLeft) {
             EXPECT_EQ(bytes.size(), 512 + 2 * 192 * 192);
+        }
     }
 }
 
@@ -199,8 +207,9 @@ TEST_F(ExportsWindow, Movie)
         answered({path("movie.x.png")}, [&] { m_pActions->m_pMovieFrames->trigger(); });
         return files(m_dir.path(), "movie*").keys();
     };
-    for (const char* pszStep : {"a lot", "0", "-90", "361"})
+    for (const char* pszStep : {"a lot", "0", "-90", "361"}) {
         EXPECT_TRUE(movie(pszStep).isEmpty()) << pszStep;
+    }
     EXPECT_EQ(lines("Unknown numberic format."), 1);
     EXPECT_EQ(lines("The rotation step of a movie must be above "), 2);
     if (m_pRaw->grabFrameBuffer().isNull()) {  // without OpenGL
@@ -220,9 +229,10 @@ TEST_F(ExportsWindow, Movie)
         const QImage image(m_dir.filePath(QStringLiteral("movie000%1.png").arg(i)));
         ASSERT_EQ(image.size(), vecWanted[i].size());
         int nDifferent = 0;
-        for (int n = 0; n < image.width() * image.height(); ++n)
+        for (int n = 0; n < image.width() * image.height(); ++n) {
             nDifferent += image.pixel(n % image.width(), n / image.width()) !=
                           vecWanted[i].pixel(n % image.width(), n / image.width());
+        }
         EXPECT_LT(nDifferent, image.width() * image.height() / 200) << i;  // a full turn is not exact
     }
     EXPECT_EQ(movie("7").size(), 51);

@@ -51,9 +51,11 @@ protected:
     }
     QAction* viewAction(const QString& strText) const
     {
-        for (QAction* pAction : m_pWindow->findChildren<QAction*>())
-            if (pAction->text().remove('&') == strText)
+        for (QAction* pAction : m_pWindow->findChildren<QAction*>()) {
+            if (pAction->text().remove('&') == strText) {
                 return pAction;
+            }
+        }
         ADD_FAILURE() << "no action " << strText.toStdString();
         return nullptr;
     }
@@ -92,13 +94,15 @@ TEST_F(FrameLookWindow, ContrastIsThatOfThePercentilesStaysAndComesBack)
     EXPECT_EQ(limits(), (QPair<double, double>{700, 5000}));
 
     QSettings settings("Lumenarc", "Tessera");
-    for (int i = 0; i < g_nKeptContrasts; ++i)
+    for (int i = 0; i < g_nKeptContrasts; ++i) {
         keepContrast(settings, QStringLiteral("/series %1, one.ed3d").arg(i), {double(i), 1e7 / 3, true});
+    }
     EXPECT_FALSE(keptContrast(settings, path("a.ed3d"))) << "the oldest goes";
     EXPECT_EQ(keptContrast(settings, "/series 0, one.ed3d")->dfHigh, 3333333.33333);
     settings.setValue("contrastOfSeries", QStringList{"0 x 1 /s", "nan 1 0 /t", "words"});
-    for (const char* pszSeries : {"/s", "/t", "words", ""})
+    for (const char* pszSeries : {"/s", "/t", "words", ""}) {
         EXPECT_FALSE(keptContrast(settings, pszSeries)) << pszSeries;
+    }
 }
 
 TEST_F(FrameLookWindow, HandlesAndKeysSetTheLimitsAtOnceAndADoubleClickThoseOfThePercentiles)
@@ -136,8 +140,9 @@ TEST_F(FrameLookWindow, LogarithmIsTheClosedForm)
     m_pFrames->m_pContrastMaxSpin->setValue(9999);
     const int nLinear = shown(50, 50);
     m_pFrames->m_pContrastLogCheck->setChecked(true);
-    for (const int x : {7, 50, 99})
+    for (const int x : {7, 50, 99}) {
         EXPECT_EQ(shown(x, 50), int(255 * std::log1p(pixel(0, x, 50)) / std::log1p(9999))) << x;
+    }
     m_pFrames->m_pContrastLogCheck->setChecked(false);
     EXPECT_EQ(shown(50, 50), nLinear);
 }

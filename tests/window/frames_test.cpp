@@ -48,8 +48,9 @@ protected:
     /// The bytes of the image in view.
     QByteArray shownBytes() const
     {
-        if (m_pScene->images().size() != 1)
+        if (m_pScene->images().size() != 1) {
             return {};
+        }
         const CImgObj<unsigned char>& img = *m_pScene->images().front();
         return QByteArray(reinterpret_cast<const char*>(img.Data()), img.Width() * img.Height());
     }
@@ -193,8 +194,9 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_NEAR(marks<QGraphicsLineItem>().first()->line().center().y() - line.center().y(), 10, 1);
     QByteArray bytesLater = QByteArray::number(m_pShift->m_pCenterXSpin->value(), 'f', 2) + ' ' +
                             QByteArray::number(m_pShift->m_pCenterYSpin->value(), 'f', 2) + '\n';
-    for (int i = 0; i < g_nFrames; ++i)
+    for (int i = 0; i < g_nFrames; ++i) {
         bytesLater += QByteArray::number(i + 1) + ' ' + QByteArray::number(drift(i).x(), 'f', 2) + " 20\n";
+    }
     answered({write("later.sc", bytesLater)}, [&] { m_pShift->m_pLoadButton->click(); });
     EXPECT_NEAR(marks<QGraphicsLineItem>().first()->line().center().y() - line.center().y(),
                 30 - drift(4).y(), 2);
@@ -232,8 +234,9 @@ TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
 {
     const auto places = [this] {
         std::vector<double> vec;
-        for (const Peak3D& peak : m_pRaw->points())
+        for (const Peak3D& peak : m_pRaw->points()) {
             vec.insert(vec.end(), {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)});
+        }
         return vec;
     };
     /// The same after a change of the geometry and back, which maps all anew.
@@ -265,8 +268,9 @@ TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
     EXPECT_NE(vecMoved, vecFirst);
     EXPECT_EQ(placesAnew(), vecMoved);
     double dfLargest = 0;
-    for (const Peak3D& peak : m_pMerged->points())
+    for (const Peak3D& peak : m_pMerged->points()) {
         dfLargest = std::max(dfLargest, peak.dfDStar);
+    }
     EXPECT_NEAR(dfLargest, 0.004 * std::hypot(55 + 4, 40), 0.004 * 1.5);
     m_pShift->m_pCenterXSpin->setValue(m_pShift->m_pCenterXSpin->value() - 4);
     EXPECT_EQ(merge(), 2);
@@ -317,8 +321,9 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
         const int nHunted = pBar->value();
-        if (pBar->isHidden() || nHunted < 2 || !setHunted.insert(nHunted).second)
+        if (pBar->isHidden() || nHunted < 2 || !setHunted.insert(nHunted).second) {
             return;
+        }
         const QList<CrossItem*> listMark = marks<CrossItem>();
         EXPECT_EQ(listMark.size(), 2) << nHunted;
         // The weaker spot, as the tail of the beam pushes the maximum of the other one outwards.
@@ -354,8 +359,9 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
 TEST_F(FramesWindow, ShiftsAreSavedAsThePageShowsThem)
 {
     QByteArray bytesShift = "82.40 76.70\n";
-    for (int i = 0; i < g_nFrames; ++i)
+    for (int i = 0; i < g_nFrames; ++i) {
         bytesShift += QByteArray::number(i + 1) + " " + QByteArray::number(1234.5 * i) + " -0.25\n";
+    }
     EXPECT_EQ(answered({write("in.sc", bytesShift)}, [&] { m_pWindow->loadEDShift(); }),
               QStringList{"Load ED Shift"});
     EXPECT_EQ(m_pShift->m_pCenterXSpin->value(), 82.4);
@@ -401,8 +407,9 @@ TEST_F(FramesWindow, ContrastFollowsTheFrameAndThenTheLimits)
         m_pFrames->m_pContrastMaxSpin->setValue(row[0]);
         const QByteArray bytes = shownBytes();
         ASSERT_EQ(bytes.size(), 64 * 64);
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             EXPECT_EQ(int(uchar(bytes[i == 2 ? 63 : 32 * i])), row[size_t(i) + 1]) << row[0];
+        }
     }
 
     // "Copy Window", however the frame is looked at.
@@ -460,8 +467,9 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     m_pWindow->openFiles({path("series.ed3d")});
     m_pView->centerOn(80, 80);  // the small picture had no place to scroll to
     QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
-    if (auto* pMenu = QApplication::activePopupWidget())
+    if (auto* pMenu = QApplication::activePopupWidget()) {
         pMenu->close();
+    }
     move(ptOnFrame, Qt::NoButton);
     EXPECT_FALSE(m_pScene->isLabelVisible());
     EXPECT_EQ(m_pView->dragMode(), QGraphicsView::ScrollHandDrag);

@@ -29,8 +29,9 @@ protected:
         during([this] { m_pSearch->m_pRunButton->click(); },
                [&] {
                    const bool bUnderWay = !pBar->isHidden() && pBar->value() >= 2;
-                   if (bUnderWay)
+                   if (bUnderWay) {
                        fnMeanwhile();
+                   }
                    return bUnderWay;
                });
     }

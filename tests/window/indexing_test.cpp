@@ -37,8 +37,9 @@ TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
     m_pMerging->m_pButtonMerge->click();
     EXPECT_EQ(groups(m_pMerged), QStringLiteral("Unlabeled %1 #ffffff").arg(m_pMerged->points().size()));
     EXPECT_GT(m_pMerged->points().size(), 10);
-    for (const Peak3D& peak : m_pMerged->points())
+    for (const Peak3D& peak : m_pMerged->points()) {
         EXPECT_LT(peak.dfDStar, 0.61);
+    }
     EXPECT_EQ(lines(QStringLiteral("%1 peaks lie outside").arg(nPeaks - m_pRaw->points().size()), Qt::black),
               1);
     m_pMerging->m_pSpinResolutionMax->setValue(1);
@@ -64,8 +65,9 @@ TEST_F(Reciprocal, GroupsOfMergingAndIndexing)
     EXPECT_EQ(m_pCell->m_pTableReflectionSelection->rowCount(), 4);
     EXPECT_EQ(table()->rowCount(), count("indexed"));
     int nIndexed = 0;
-    for (const Peak3D& peak : m_pMerged->points())
+    for (const Peak3D& peak : m_pMerged->points()) {
         nIndexed += peak.dfH != 0 || peak.dfK != 0 || peak.dfL != 0;
+    }
     EXPECT_GT(nIndexed, count("indexed"));
 }
 
@@ -77,10 +79,12 @@ TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
     open();
     m_pMerging->m_pButtonMerge->click();
     QList<int> aPart[2];
-    for (int i = 0; i < m_pMerged->points().size(); ++i)
+    for (int i = 0; i < m_pMerged->points().size(); ++i) {
         aPart[i % 3 == 0].append(i);
-    for (int i : {0, 1})
+    }
+    for (int i : {0, 1}) {
         m_pMerged->insertPointGroup(1 + i, QString::number(i), aPart[i], Qt::blue);
+    }
     const auto lattice = [](ED3DWidget* pView) {
         int an[3];
         pView->getLatticeRange(an[0], an[1], an[2]);
@@ -121,9 +125,11 @@ TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
     m_pCell->m_pButtonSearchCell->click();
     EXPECT_EQ(lattice(m_pRaw) + lattice(m_pMerged), QStringLiteral("1 1 1 11 1 1 1"));
     QString strHref;
-    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
-        for (auto it = block.begin(); !it.atEnd(); ++it)
+    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
             strHref += it.fragment().charFormat().anchorHref();
+        }
+    }
     EXPECT_EQ(strHref.count("http://lattice%1:81/"), 2)
         << strHref.toStdString();  // of the test and the search
 
@@ -154,16 +160,19 @@ TEST_F(Reciprocal, TheChosenGroupIsSearchedAndIndexed)
     }
     EXPECT_EQ(setColor.size(), 4u);
     for (int nFrame = 1; nFrame <= 31; ++nFrame) {
-        if (nFrame > 1)  // the frame in view was labelled by the run
+        if (nFrame > 1) {  // the frame in view was labelled by the run
             m_pWindow->switchToImgIndex(nFrame);
+        }
         QStringList listLabel;
-        for (QGraphicsItem* pItem : m_pScene->items())
-            if (const auto* p = dynamic_cast<TextItem*>(pItem); p && p->text().count(',') == 2)
+        for (QGraphicsItem* pItem : m_pScene->items()) {
+            if (const auto* p = dynamic_cast<TextItem*>(pItem); p && p->text().count(',') == 2) {
                 listLabel << QStringLiteral("%1 %2 %3 %4")
                                  .arg(p->text())
                                  .arg(int(p->x()))
                                  .arg(int(p->y()))
                                  .arg(p->brush().color().name());
+            }
+        }
         listLabel.sort();
         mapWanted[nFrame].sort();
         EXPECT_EQ(listLabel, mapWanted[nFrame]) << nFrame;

@@ -110,24 +110,27 @@ TEST_F(IntegrationWindow, ARunThatIsStoppedOrFailsLeavesAllAsItWas)
                                                 IntegrationResult& result) {
             result.chosen.strClass = "mmm";
             if (bStop) {
-                while (report.goOn())
+                while (report.goOn()) {
                     ;
+                }
                 return RunOutcome{RunEnd::Stopped, {}};
             }
             report.fail("Frame 7 cannot be read.");
             return RunOutcome{RunEnd::Failed, report.reason()};
         };
-        if (bStop)
+        if (bStop) {
             during([this] { integrate(); },
                    [this] {
-                       if (m_pPage->m_pButtonIntegrate->text() != "Stop")
+                       if (m_pPage->m_pButtonIntegrate->text() != "Stop") {
                            return false;
+                       }
                        m_pWindow->openFiles({file("w.ed3d")});
                        integrate();
                        return true;
                    });
-        else
+        } else {
             integrate();
+        }
         EXPECT_EQ(m_pPage->m_pButtonIntegrate->text(), "Integrate");
         EXPECT_EQ(m_pController->result(), pBefore);
         EXPECT_EQ(m_pPage->m_pLabelResult->text(), strBefore);
@@ -153,9 +156,11 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
     m_pPage->m_pCheckPredicted->click();
     const IntegrationResult& result = *m_pController->result();
     std::vector<Observation> listStrong;
-    for (const Observation& observation : result.integrated.listObservation)
-        if (observation.nFlags == 0)
+    for (const Observation& observation : result.integrated.listObservation) {
+        if (observation.nFlags == 0) {
             listStrong.push_back(observation);
+        }
+    }
     ASSERT_GT(listStrong.size(), 50u);
     std::sort(listStrong.begin(), listStrong.end(), [](const Observation& one, const Observation& other) {
         return one.dfIntensity > other.dfIntensity;
@@ -164,8 +169,9 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
         const auto nFrame = int(std::lround(listStrong[n].dfFrame));
         m_pSpin->setValue(nFrame + 1);
         for (const PredictedDisc& disc : discsOnFrame(result, nFrame, QLocale::c())) {
-            if (result.integrated.listObservation[disc.nObservation].anIndex != listStrong[n].anIndex)
+            if (result.integrated.listObservation[disc.nObservation].anIndex != listStrong[n].anIndex) {
                 continue;
+            }
             const CImgObj<unsigned char>& pixels = *m_pScene->images()[0];
             const auto at = [&](double dfX) {
                 return int(
@@ -183,8 +189,9 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
     // A second click, in the middle of the frames, leaves the former result.
     during([this] { integrate(); },
            [this] {
-               if (m_pPage->m_pButtonIntegrate->text() != "Stop")
+               if (m_pPage->m_pButtonIntegrate->text() != "Stop") {
                    return false;
+               }
                integrate();
                return true;
            });
@@ -196,8 +203,9 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
 TEST_F(IntegrationWindow, ExportsWhatTheDriverWrites)
 {
     QDir().mkpath(path("driver"));
-    for (const QString& strFile : QDir(s_pSeries->path()).entryList(QDir::Files))
+    for (const QString& strFile : QDir(s_pSeries->path()).entryList(QDir::Files)) {
         QFile::copy(s_pSeries->filePath(strFile), path("driver/" + strFile));
+    }
     const BatchOutcome outcome = runBatch({"--window-defaults", "--from", "merge", "--to", "integrate",
                                            "--cell", path("driver/w.uc"), "--formula", "Si O2", "--accept",
                                            path("driver/w.ed3d")});

@@ -44,9 +44,11 @@ protected:
     DiscItem* discOf(const Observation& observation) const
     {
         const QPointF pt(observation.place.dfX + 0.5, observation.place.dfY + 0.5);
-        for (DiscItem* pDisc : marks<DiscItem>())
-            if (pDisc->pos() == pt)
+        for (DiscItem* pDisc : marks<DiscItem>()) {
+            if (pDisc->pos() == pt) {
                 return pDisc;
+            }
+        }
         return nullptr;
     }
     ProfileWindow* profile() const { return m_pWindow->findChild<ProfileWindow*>(); }

@@ -10,8 +10,9 @@ TEST_F(IntegrationWindow, DiscsHaveTheColoursOfTheirFlags)
 {
     // Every flag by itself, on passages of frame 5.
     const size_t nFirst = 4;
-    for (size_t nBit = 0; nBit < 13; ++nBit)
+    for (size_t nBit = 0; nBit < 13; ++nBit) {
         m_result.integrated.listObservation[nFirst + g_nFrames * (nBit / 3) + nBit % 3].nFlags = 1u << nBit;
+    }
     integrate();
     m_pSpin->setValue(6);
     EXPECT_TRUE(marks<DiscItem>().isEmpty());
@@ -20,8 +21,9 @@ TEST_F(IntegrationWindow, DiscsHaveTheColoursOfTheirFlags)
     for (const Observation& observation : observations()) {
         DiscItem* pDisc = discOf(observation);
         ASSERT_EQ(pDisc != nullptr, std::abs(observation.dfFrame - 5) <= 1) << observation.dfFrame;
-        if (!pDisc)
+        if (!pDisc) {
             continue;
+        }
         EXPECT_EQ(pDisc->rect().width(), 8);
         EXPECT_TRUE(pDisc->toolTip().startsWith(QString("h k l = %1 %2 %3\nI = ")
                                                     .arg(observation.anIndex[0])
@@ -82,11 +84,12 @@ TEST_F(IntegrationWindow, AClickOnADiscShowsWhatWasSummed)
     // The outline is green on three of five frames: 28 edges around the disc on each.
     const QImage picture = profile()->picture()->pixmap(Qt::ReturnByValue).toImage();
     int nGreen = 0, nGrey = 0;
-    for (int y = 0; y < picture.height(); ++y)
+    for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
             nGreen += picture.pixelColor(x, y) == QColor(60, 220, 60);
             nGrey += picture.pixelColor(x, y) == QColor(150, 150, 150);
         }
+    }
     EXPECT_GT(nGrey, 300);
     EXPECT_NEAR(double(nGreen) / nGrey, 1.5, 0.2);
 
@@ -103,11 +106,13 @@ TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
         return table()->index(nRow, nColumn).data().toString();
     };
     const auto find = [&](const Observation& observation) {
-        for (int nRow = 0; nRow < table()->rowCount(); ++nRow)
+        for (int nRow = 0; nRow < table()->rowCount(); ++nRow) {
             if (cell(nRow, 4).toInt() == observation.anIndex[0] &&
                 cell(nRow, 5).toInt() == observation.anIndex[1] &&
-                cell(nRow, 6).toInt() == observation.anIndex[2])
+                cell(nRow, 6).toInt() == observation.anIndex[2]) {
                 return nRow;
+            }
+        }
         return -1;
     };
     ASSERT_EQ(table()->columnCount(), 29);
@@ -116,8 +121,9 @@ TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
     m_result.integrated.listObservation.resize(2);
     for (size_t n : {size_t(0), size_t(1)}) {
         Observation& observation = m_result.integrated.listObservation[n];
-        for (size_t nAxis = 0; nAxis < 3; ++nAxis)
+        for (size_t nAxis = 0; nAxis < 3; ++nAxis) {
             observation.anIndex[nAxis] = cell(3, 4 + int(nAxis)).toInt();
+        }
         observation.dfFrame = cell(3, 11).toInt() - 1 + (n == 0 ? 9 : 0);
         observation.dfIntensity = n == 0 ? 7 : -1234.56;
         observation.dfScale = 2;
@@ -155,8 +161,9 @@ TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
     integrate();
     const auto filled = [&] {
         int nFilled = 0;
-        for (int n = 0; n < table()->rowCount(); ++n)
+        for (int n = 0; n < table()->rowCount(); ++n) {
             nFilled += !cell(n, 26).isEmpty();
+        }
         return nFilled;
     };
     EXPECT_GT(filled(), 20);

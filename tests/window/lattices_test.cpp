@@ -27,9 +27,11 @@ QString textOf(const QTableWidget* pTable, int nRow, int nColumn)
 QStringList notes(const LatticesDialog& dialog)
 {
     QStringList list;
-    for (const QLabel* pLabel : dialog.findChildren<QLabel*>())
-        if (pLabel->isVisible())
+    for (const QLabel* pLabel : dialog.findChildren<QLabel*>()) {
+        if (pLabel->isVisible()) {
             list.append(pLabel->text());
+        }
+    }
     return list;
 }
 
@@ -76,8 +78,10 @@ TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
     m_pCell->m_pRadioSpaceReciprocal->setChecked(true);
     dialog.m_pButtonRun->click();
     int nRow = 0;
-    while (nRow < dialog.m_pTableTypes->rowCount() && !textOf(dialog.m_pTableTypes, nRow, 0).startsWith("hR"))
+    while (nRow < dialog.m_pTableTypes->rowCount() &&
+           !textOf(dialog.m_pTableTypes, nRow, 0).startsWith("hR")) {
         ++nRow;
+    }
     ASSERT_LT(nRow, dialog.m_pTableTypes->rowCount());
     dialog.m_pTableTypes->selectRow(nRow);
     dialog.m_pButtonFillMatrix->click();
@@ -90,15 +94,17 @@ TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
     dialog.m_pButtonCopy->click();
     const QString strCopied = QApplication::clipboard()->text();
     EXPECT_TRUE(strCopied.contains("*cI") && strCopied.contains("hR")) << strCopied.toStdString();
-    for (const QString& strLine : strCopied.split('\n'))
+    for (const QString& strLine : strCopied.split('\n')) {
         EXPECT_TRUE(log().contains(strLine.trimmed()) || strLine.startsWith("Lattice 1"))
             << strLine.toStdString();
+    }
     // Numbers are read whole, whatever the width of the window.
     dialog.resize(400, 400);
-    for (int nColumn = 0; nColumn < dialog.m_pTableTypes->columnCount(); ++nColumn)
+    for (int nColumn = 0; nColumn < dialog.m_pTableTypes->columnCount(); ++nColumn) {
         EXPECT_GE(
             dialog.m_pTableTypes->columnWidth(nColumn),
             dialog.m_pTableTypes->fontMetrics().horizontalAdvance(textOf(dialog.m_pTableTypes, 0, nColumn)));
+    }
 }
 
 /// A window on a series of two crystals of quartz.
@@ -143,13 +149,16 @@ protected:
         const QList<QByteArray> listWord = readBytes(s_pSeries->filePath("w.uc")).simplified().split(' ');
         ASSERT_GE(listWord.size(), 12);
         Mat mat{};
-        for (int i = 0; i < 9; ++i)
+        for (int i = 0; i < 9; ++i) {
             mat[size_t(i) / 3][size_t(i) % 3] =
                 listWord[listWord.size() - 12 + i / 3 * 4 + 1 + i % 3].toDouble();
+        }
         const Mat matChange = mat * inverseOf(matLattice);
-        for (const Vec& row : matChange)
-            for (const double df : row)
+        for (const Vec& row : matChange) {
+            for (const double df : row) {
                 EXPECT_NEAR(df, std::round(df), 0.06);
+            }
+        }
         EXPECT_NEAR(std::abs(determinantOf(matChange)), 1, 0.05);
     }
     LatticesDialog& dialog() const { return dialogOf(*m_pWindow); }
@@ -173,8 +182,9 @@ protected:
         QStringList list;
         for (int g = 0; g < pView->groupLabels().size(); ++g) {
             QStringList listPoint;
-            for (const int nPoint : pView->groupPoints()[g])
+            for (const int nPoint : pView->groupPoints()[g]) {
                 listPoint.append(QString::number(nPoint));
+            }
             list.append(pView->groupLabels()[g] + pView->groupColors()[g].name() +
                         QString::number(pView->groupsVisible()[g]) + ": " + listPoint.join(' '));
         }
@@ -227,14 +237,16 @@ TEST_F(TwoLattices, TheSecondOneIsChosenMergedAndIndexed)
 TEST_F(TwoLattices, ALongerCellThatThePeaksAskForIsTaken)
 {
     Mat matShort = s_pTruth->matBasis;
-    for (double& df : matShort[2])
+    for (double& df : matShort[2]) {
         df *= 2;
+    }
     lookAt(matShort);
     EXPECT_FALSE(dialog().m_pButtonLongerCell->isEnabled());
     int nRow = 0;
     while (nRow < dialog().m_pListPoints->count() &&
-           !dialog().m_pListPoints->item(nRow)->text().contains("1/2"))  // of the shortest axes
+           !dialog().m_pListPoints->item(nRow)->text().contains("1/2")) {  // of the shortest axes
         ++nRow;
+    }
     ASSERT_LT(nRow, dialog().m_pListPoints->count()) << log().right(2000).toStdString();
     dialog().m_pListPoints->setCurrentRow(nRow);
     dialog().m_pButtonLongerCell->click();
@@ -313,8 +325,9 @@ TEST_F(TwoLattices, TheRunIsStoppedByItsButtonAndKeepsTheWindowAlive)
     bool bRefused = false;
     during([this] { dialog().m_pButtonRun->click(); },
            [&] {
-               if (dialog().m_pButtonRun->text() != "Stop")
+               if (dialog().m_pButtonRun->text() != "Stop") {
                    return false;
+               }
                m_pCell->m_pButtonTransform->click();
                bRefused = lines("Transforming the cell has to wait") == 1;
                dialog().m_pButtonRun->click();

@@ -45,8 +45,9 @@ QPalette darkPalette()
     palette.setColor(QPalette::AlternateBase, QColor(48, 48, 48));
     palette.setColor(QPalette::ToolTipBase, colorWindow);
     palette.setColor(QPalette::ToolTipText, colorText);
-    for (QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    for (QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
         palette.setColor(QPalette::Disabled, role, colorGrey);
+    }
     return palette;
 }
 
@@ -54,11 +55,12 @@ QPalette darkPalette()
 QString named(const QWidget* p, const QString& strText)
 {
     QString strPlace;
-    for (const QWidget* pUp = p->parentWidget(); pUp; pUp = pUp->parentWidget())
+    for (const QWidget* pUp = p->parentWidget(); pUp; pUp = pUp->parentWidget()) {
         if (!QString(pUp->metaObject()->className()).startsWith('Q')) {
             strPlace = pUp->metaObject()->className();
             break;
         }
+    }
     return QStringLiteral("%1 \"%2\" of %3, %4 × %5 pixels, needs %6 × %7")
         .arg(p->metaObject()->className(), strText, strPlace)
         .arg(p->width())
@@ -71,10 +73,12 @@ QString named(const QWidget* p, const QString& strText)
 bool isTooSmall(const QWidget* p)
 {
     if (const auto* pLabel = qobject_cast<const QLabel*>(p)) {
-        if (pLabel->text().isEmpty())
+        if (pLabel->text().isEmpty()) {
             return !pLabel->pixmap(Qt::ReturnByValue).isNull() && p->width() < p->sizeHint().width();
-        if (pLabel->wordWrap())
+        }
+        if (pLabel->wordWrap()) {
             return p->height() < p->heightForWidth(p->width());
+        }
         return p->width() < p->minimumSizeHint().width() || p->height() < p->fontMetrics().height();
     }
     if (const auto* pEdit = qobject_cast<const QAbstractSpinBox*>(p)) {
@@ -89,8 +93,9 @@ bool isTooSmall(const QWidget* p)
                                                     QStyle::SC_ComboBoxEditField, p);
         return rc.width() < p->fontMetrics().horizontalAdvance(pCombo->currentText());
     }
-    if (const auto* pGroup = qobject_cast<const QGroupBox*>(p))
+    if (const auto* pGroup = qobject_cast<const QGroupBox*>(p)) {
         return p->width() < pGroup->fontMetrics().horizontalAdvance(pGroup->title());
+    }
     if (const auto* pButton = qobject_cast<const QPushButton*>(p)) {
         // Styles ask for a least width of buttons, which those of one letter do without.
         const int nIcon = pButton->icon().isNull() ? 0 : pButton->iconSize().width() + 4;
@@ -106,20 +111,25 @@ QStringList cutOff(QWidget* pTop)
     QStringList list;
     for (QWidget* p : pTop->findChildren<QWidget*>()) {
         if (!p->isVisible() || p->inherits("QDockWidgetTitleButton") || p->inherits("QDockWidgetSeparator") ||
-            p->inherits("QToolBarExtension"))
+            p->inherits("QToolBarExtension")) {
             continue;
-        if (p->mapTo(p->window(), QPoint(p->width(), 0)).x() <= 0)
+        }
+        if (p->mapTo(p->window(), QPoint(p->width(), 0)).x() <= 0) {
             continue;  // of a dock behind another one
+        }
         QString strText = p->property("text").toString();
-        if (strText.isEmpty())
+        if (strText.isEmpty()) {
             strText = p->property("title").toString();
+        }
         const bool bText = qobject_cast<QLabel*>(p) || qobject_cast<QAbstractButton*>(p) ||
                            qobject_cast<QAbstractSpinBox*>(p) || qobject_cast<QComboBox*>(p) ||
                            qobject_cast<QGroupBox*>(p);
-        if (!bText)
+        if (!bText) {
             continue;
-        if (isTooSmall(p))
+        }
+        if (isTooSmall(p)) {
             list.append(named(p, strText));
+        }
         for (QWidget* pUp = p->parentWidget(); pUp && pUp != pTop->parentWidget();
              pUp = pUp->parentWidget()) {
             const int nLeft = p->mapTo(pUp, QPoint()).x();
@@ -132,8 +142,9 @@ QStringList cutOff(QWidget* pTop)
                                 .arg(pUp->width()));
                 break;
             }
-            if (pUp == pTop)
+            if (pUp == pTop) {
                 break;
+            }
         }
     }
     return list;
@@ -156,8 +167,9 @@ protected:
         QFont font = m_font;
         font.setPointSize(g_nFontSize);
         QApplication::setFont(font);
-        if (isDark())
+        if (isDark()) {
             QApplication::setPalette(darkPalette());
+        }
         WindowTest::SetUp();
         m_pWindow->resize(g_sizeWindow);
         m_pWindow->show();
@@ -179,12 +191,14 @@ protected:
         settle();
         EXPECT_LE(pWidget->window()->width(), g_sizeWindow.width()) << qPrintable(strName);
         EXPECT_LE(pWidget->window()->height(), g_sizeWindow.height()) << qPrintable(strName);
-        for (const QString& str : cutOff(pWidget))
+        for (const QString& str : cutOff(pWidget)) {
             ADD_FAILURE() << qPrintable(strName) << ": " << qPrintable(str);
-        if (qEnvironmentVariableIsSet("TESSERA_PICTURES"))
+        }
+        if (qEnvironmentVariableIsSet("TESSERA_PICTURES")) {
             pWidget->window()->grab().save(
                 QStringLiteral("%1/%2_%3.png")
                     .arg(qEnvironmentVariable("TESSERA_PICTURES"), strName, QString(GetParam()).toLower()));
+        }
     }
     void checkDialog(QDialog& dialog, const QString& strName)
     {
@@ -278,16 +292,19 @@ TEST_P(Looks, NothingIsCutOffInItsDialogs)
 TEST_P(Looks, TextsStandOutFromTheirGround)
 {
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
-    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
+    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next()) {
         if (!block.begin().atEnd()) {
             const QColor color = block.begin().fragment().charFormat().foreground().color();
             EXPECT_GE(contrastOf(color, m_pLog->palette().color(QPalette::Base)), g_dfLeastContrast)
                 << qPrintable(block.text());
         }
+    }
     int nTexts = 0;
     for (QWidget* pWidget : m_pWindow->findChildren<QWidget*>()) {
-        if (!pWidget->isEnabled() || !(qobject_cast<QLabel*>(pWidget) || qobject_cast<QPushButton*>(pWidget)))
+        if (!pWidget->isEnabled() ||
+            !(qobject_cast<QLabel*>(pWidget) || qobject_cast<QPushButton*>(pWidget))) {
             continue;
+        }
         ++nTexts;
         const QPalette& palette = pWidget->palette();
         const bool bButton = qobject_cast<QPushButton*>(pWidget) != nullptr;

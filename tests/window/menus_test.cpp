@@ -15,10 +15,12 @@ bool isHeard(const QObject* pObject, const char* pszSignal)
         static auto isConnected() { return &Open::isSignalConnected; }  // which is protected
     };
     const QMetaObject* pMeta = pObject->metaObject();
-    for (int i = 0; i < pMeta->methodCount(); ++i)
+    for (int i = 0; i < pMeta->methodCount(); ++i) {
         if (pMeta->method(i).methodType() == QMetaMethod::Signal && pMeta->method(i).name() == pszSignal &&
-            (pObject->*Open::isConnected())(pMeta->method(i)))
+            (pObject->*Open::isConnected())(pMeta->method(i))) {
             return true;
+        }
+    }
     return false;
 }
 
@@ -36,12 +38,13 @@ TEST_F(Menus, EachButtonAndActionLeadsSomewhere)
     int nButtons = 0;
     for (const QWidget* pPage :
          QList<QWidget*>{m_pFrames, m_pShift, m_pSearch, m_pMerging, m_pCell, m_pRefine, m_pPanel,
-                         m_pExtraction, m_pWindow->findChild<IntegrationPage*>()})
+                         m_pExtraction, m_pWindow->findChild<IntegrationPage*>()}) {
         for (const QPushButton* pButton : pPage->findChildren<QPushButton*>()) {
             ++nButtons;
             EXPECT_TRUE(isHeard(pButton, pButton->isCheckable() ? "toggled" : "clicked"))
                 << pButton->text().toStdString() << " of " << pPage->metaObject()->className();
         }
+    }
     EXPECT_GT(nButtons, 30);
     for (const QAction* pAction : m_pActions->findChildren<QAction*>()) {
         EXPECT_TRUE(isHeard(pAction, "triggered") || isHeard(pAction, "toggled"))
@@ -54,9 +57,11 @@ TEST_F(Menus, TheOpenPageHasItsArrowAndABoldTitle)
 {
     auto* pToolBox = m_pWindow->findChild<QToolBox*>();
     QList<QWidget*> listHeader;
-    for (QWidget* pChild : pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        if (pChild->inherits("QToolBoxButton"))
+    for (QWidget* pChild : pToolBox->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (pChild->inherits("QToolBoxButton")) {
             listHeader += pChild;
+        }
+    }
     ASSERT_EQ(listHeader.size(), 8);
     for (int nOpen : {0, 4, 7, 1}) {
         pToolBox->setCurrentIndex(nOpen);
@@ -77,9 +82,11 @@ TEST_F(Menus, TheWheelOverAPageChangesNoNumberInPassing)
     m_pWindow->findChild<QToolBox*>()->setCurrentWidget(m_pCell);
     QDoubleSpinBox* pSpin = m_pCell->m_pSpinCellRangeMax;
     QScrollBar* pScroll = nullptr;
-    for (QWidget* pEach = pSpin; pEach && !pScroll; pEach = pEach->parentWidget())
-        if (auto* pArea = qobject_cast<QScrollArea*>(pEach))
+    for (QWidget* pEach = pSpin; pEach && !pScroll; pEach = pEach->parentWidget()) {
+        if (auto* pArea = qobject_cast<QScrollArea*>(pEach)) {
             pScroll = pArea->verticalScrollBar();
+        }
+    }
     ASSERT_NE(pScroll, nullptr);
     QTest::qWait(20);
     ASSERT_GT(pScroll->maximum(), 0);

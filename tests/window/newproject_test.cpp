@@ -30,8 +30,9 @@ protected:
             bCame = true;
             fnWork(*pDialog, pDialog->m_pButtons->button(QDialogButtonBox::Ok));
             EXPECT_FALSE(pDialog->isVisible());
-            if (pDialog->isVisible())
+            if (pDialog->isVisible()) {
                 pDialog->reject();
+            }
         });
         m_pActions->m_pNewProject->trigger();
         EXPECT_TRUE(bCame);
@@ -45,12 +46,15 @@ bool isControl(const QWidget* p)
         return std::any_of(listClass.begin(), listClass.end(),
                            [pWidget](const char* psz) { return pWidget->inherits(psz); });
     };
-    for (const QWidget* pUp = p->parentWidget(); pUp; pUp = pUp->parentWidget())
-        if (isOne(pUp, {"QAbstractSpinBox", "QComboBox", "QAbstractItemView", "QLineEdit", "QTabBar"}))
+    for (const QWidget* pUp = p->parentWidget(); pUp; pUp = pUp->parentWidget()) {
+        if (isOne(pUp, {"QAbstractSpinBox", "QComboBox", "QAbstractItemView", "QLineEdit", "QTabBar"})) {
             return false;
+        }
+    }
     if (isOne(p, {"QToolBoxButton", "QDockWidgetTitleButton", "QToolBarExtension", "QScrollBar"}) ||
-        p->objectName() == "qt_menubar_ext_button")
+        p->objectName() == "qt_menubar_ext_button") {
         return false;
+    }
     const auto* pGroup = qobject_cast<const QGroupBox*>(p);
     return (pGroup && pGroup->isCheckable()) ||
            isOne(p, {"QAbstractButton", "QAbstractSpinBox", "QComboBox", "QLineEdit", "QAbstractItemView",
@@ -174,15 +178,17 @@ TEST_F(FirstRun, FieldsAreFilledFromWhatTheFramesTell)
 {
     // A beam at (20, 30) on frames of 64 × 48 pixels.
     QByteArray bytesPixel(2 * 64 * 48, '\0');
-    for (int y = 0; y < 48; ++y)
+    for (int y = 0; y < 48; ++y) {
         for (int x = 0; x < 64; ++x) {
             const double dfSquare = (x - 20) * (x - 20) + (y - 30) * (y - 30);
             const auto nCounts = quint16(10 + (x * 7 + y * 3) % 5 + 2000 * std::exp(-dfSquare / 8));
             qToLittleEndian(nCounts, bytesPixel.data() + 2 * (64 * y + x));
         }
-    for (int i = 0; i < 12; ++i)
+    }
+    for (int i = 0; i < 12; ++i) {
         write(QString("c_%1.img").arg(i + 1),
               smvBytes(smvLines(-10 - 0.5 * i, -0.5, 0.05, 400), 64, 48, bytesPixel));
+    }
     write("scan_log.txt", "Rotation axis: -30 deg\nCamera length: 500 mm\n");
 
     NewProjectDialog dialog(m_dir.path());
@@ -233,7 +239,7 @@ TEST_F(FirstRun, GuideOpensAtThePageInFront)
         EXPECT_EQ(browser.cursorForPosition({20, 8}).block().text(), pToolBox->itemText(i));
     }
     int nLinks = 0, nPictures = 0;
-    for (QTextBlock block = browser.document()->begin(); block.isValid(); block = block.next())
+    for (QTextBlock block = browser.document()->begin(); block.isValid(); block = block.next()) {
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             const QTextCharFormat format = it.fragment().charFormat();
             const QUrl url(format.anchorHref()), urlPicture(format.toImageFormat().name());
@@ -246,6 +252,7 @@ TEST_F(FirstRun, GuideOpensAtThePageInFront)
                     << urlPicture.toString().toStdString();
             }
         }
+    }
     EXPECT_GE(nLinks, 12);
     EXPECT_GE(nPictures, 15);
     guide.m_pSearchEdit->setText("natrolite");
@@ -264,17 +271,20 @@ TEST_F(FirstRun, EveryControlIsExplained)
     SuggestionDialog suggestion("Numbers", {{"one", "1", "2", "of this"}});
     int nControls = 0, nActions = 0;
     for (const QWidget* pWindow :
-         std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &known, &guide, &suggestion})
-        for (const QWidget* p : pWindow->findChildren<QWidget*>())
+         std::initializer_list<QWidget*>{m_pWindow.get(), &dialog, &known, &guide, &suggestion}) {
+        for (const QWidget* p : pWindow->findChildren<QWidget*>()) {
             if (isControl(p) && ++nControls) {
                 EXPECT_TRUE(isText(p->toolTip() + p->whatsThis()))
                     << p->metaObject()->className() << " " << p->property("text").toString().toStdString()
                     << " on " << p->parentWidget()->metaObject()->className();
             }
-    for (const QAction* p : m_pWindow->findChildren<QAction*>())
+        }
+    }
+    for (const QAction* p : m_pWindow->findChildren<QAction*>()) {
         if (!p->isSeparator() && !p->menu() && !p->text().isEmpty() && ++nActions) {
             EXPECT_TRUE(isText(p->whatsThis())) << p->text().toStdString();
         }
+    }
     EXPECT_GT(nControls, 130);
     EXPECT_GT(nActions, 70);
 }

@@ -57,8 +57,9 @@ TEST_F(Reciprocal, OtherData)
 
     // A peak list without masks: all its peaks are shown, in no group.
     QByteArray bytesList;
-    for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n'))
+    for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n')) {
         bytesList += bytesLine.left(bytesLine.lastIndexOf(' ')) + '\n';
+    }
     answered({write("nomask.pk", bytesList)}, [&] { m_pWindow->loadRawPeaks(); });
     EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
 
@@ -104,9 +105,10 @@ TEST_F(Reciprocal, ALongListTakesLittleMemory)
 {
     const int nReflections = 200000;
     QByteArray bytes;
-    for (int i = 0; i < nReflections; ++i)
+    for (int i = 0; i < nReflections; ++i) {
         bytes += QString::asprintf("%4d%4d%4d%8d%8.1f\n", i % 100, i / 100 % 100, i / 10000, 3 * i, 1.0)
                      .toLatin1();
+    }
     write("long.hkl", bytes);
     bytes.clear();
     loadCell(g_matCell);

@@ -41,8 +41,9 @@ TEST_F(NumbersOfPages, AreThoseThatTheDriverComputesWith)
     QMap<const Parameter*, int> mapBoxes;
     const auto compare = [&](auto* pSpin) {
         const Parameter* pRow = parameterOfBox(pSpin);
-        if (!pRow)
+        if (!pRow) {
             return;
+        }
         ++mapBoxes[pRow];
         for (double dfNumber : g_listNumber) {
             pSpin->setValue(decltype(pSpin->value())(dfNumber));
@@ -53,14 +54,17 @@ TEST_F(NumbersOfPages, AreThoseThatTheDriverComputesWith)
     };
     for (QWidget* pPage :
          QList<QWidget*>{&m_frames, &m_shift, &m_search, &m_merging, &m_cell, &m_extracting, &m_refining}) {
-        for (QDoubleSpinBox* pSpin : pPage->findChildren<QDoubleSpinBox*>())
+        for (QDoubleSpinBox* pSpin : pPage->findChildren<QDoubleSpinBox*>()) {
             compare(pSpin);
-        for (QSpinBox* pSpin : pPage->findChildren<QSpinBox*>())
+        }
+        for (QSpinBox* pSpin : pPage->findChildren<QSpinBox*>()) {
             compare(pSpin);
+        }
     }
     const Parameter& rowOfList = parameterOf(&IndexingParameters::m_nSpaceGroup);  // its page has a list
-    for (const Parameter& row : parameterTable())
+    for (const Parameter& row : parameterTable()) {
         EXPECT_EQ(mapBoxes[&row], &row == &rowOfList ? 0 : 1) << row.pszTip;
+    }
 }
 
 // The numbers that users and their scripts know: not to be changed with the table by mistake.

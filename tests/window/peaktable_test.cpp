@@ -39,8 +39,9 @@ protected:
                                   .toLatin1();
             };
             add(0, 300, 270, 1000.5 + 100 * i, bGroups && i < 2 ? "2000000000000000" : "8000000000000000");
-            if (i > 2)
+            if (i > 2) {
                 add(1, 200, 240, 50 + i, bGroups && i == 5 ? "0000000000000000" : "8000000000000000");
+            }
         }
         write("s.sc", bytesShift);
         write("s.pk", bytesPeaks);
@@ -50,11 +51,12 @@ protected:
     static QStringList rows(const QTableWidget* pTable)
     {
         QStringList listRow;
-        for (int i = 0; i < pTable->rowCount(); ++i)
+        for (int i = 0; i < pTable->rowCount(); ++i) {
             listRow.append(QStringLiteral("%1 %2 %3 %4")
                                .arg(pTable->item(i, 0)->text(), pTable->item(i, 1)->text(),
                                     pTable->item(i, 2)->background().color().name(),
                                     pTable->columnCount() > 3 ? pTable->item(i, 3)->text() : QString()));
+        }
         return listRow;
     }
     QString cell(int nRow, int nColumn) const
@@ -85,8 +87,9 @@ protected:
     QList<int> ids() const
     {
         QList<int> listID;
-        for (int i = 0; i < m_pTable->model()->rowCount(); ++i)
+        for (int i = 0; i < m_pTable->model()->rowCount(); ++i) {
             listID.append(cell(i, 0).toInt());
+        }
         return listID;
     }
     /// Reflections h = 0 to n - 1, the strongest last, every third of them not indexed.
@@ -142,16 +145,19 @@ TEST_F(PeakTableWindow, TheClipboardHasTheColumnsInSight)
         "3|1.00|1|0|0|2.0|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0\n"
         "0|1.00|1|0|0|S|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0");
     QStringList listExpected = strExpected.split('|');
-    for (int i = 0; i < listExpected.size(); ++i)
-        if (i % 17 > 1)  // the real index is not the locale's
+    for (int i = 0; i < listExpected.size(); ++i) {
+        if (i % 17 > 1) {  // the real index is not the locale's
             listExpected[i].replace('.', locale.decimalPoint());
+        }
+    }
     strExpected = listExpected.join('\t').replace(QStringLiteral("S"), strStrong);
     EXPECT_EQ(QApplication::clipboard()->text(), strExpected);
     QApplication::clipboard()->clear();
     m_pTable->clearSelection();
     const auto nRows = QItemSelectionModel::Select | QItemSelectionModel::Rows;
-    for (int nRow : {1, 0})
+    for (int nRow : {1, 0}) {
         m_pTable->selectionModel()->select(m_pTable->model()->index(nRow, 5), nRows);
+    }
     m_pWindow->copySelectedReflectionsInPeakTable();
     EXPECT_EQ(QApplication::clipboard()->text(), strExpected) << "in the order of the rows";
 }
@@ -160,8 +166,9 @@ TEST_F(PeakTableWindow, NoNumberIsElided)
 {
     m_pTabs->setCurrentIndex(3);
     m_pWindow->updatePeakTable(reflections(400));
-    for (QAction* pAction : m_pTable->horizontalHeader()->actions())
+    for (QAction* pAction : m_pTable->horizontalHeader()->actions()) {
         pAction->setChecked(true);
+    }
     // The delegate's own measure, with a pixel for the line of the grid.
     QStyleOptionViewItem option;
     option.initFrom(m_pTable);
@@ -169,16 +176,18 @@ TEST_F(PeakTableWindow, NoNumberIsElided)
     option.fontMetrics = m_pTable->fontMetrics();
     const auto needed = [&](int nColumn) {
         int nNeeded = m_pTable->horizontalHeader()->sectionSizeHint(nColumn);
-        for (int i = 0; i < m_pTable->model()->rowCount(); ++i)
+        for (int i = 0; i < m_pTable->model()->rowCount(); ++i) {
             nNeeded = std::max(
                 nNeeded,
                 1 + m_pTable->itemDelegate()->sizeHint(option, m_pTable->model()->index(i, nColumn)).width());
+        }
         return nNeeded;
     };
     int nWide = 0;
     for (int nColumn = 0; nColumn < g_nPeakTableColumns; ++nColumn) {
-        if (m_pTable->isColumnHidden(nColumn))
+        if (m_pTable->isColumnHidden(nColumn)) {
             continue;
+        }
         EXPECT_GE(m_pTable->columnWidth(nColumn), needed(nColumn)) << "column " << nColumn;
         EXPECT_LE(m_pTable->columnWidth(nColumn), needed(nColumn) + 20) << "column " << nColumn;
         nWide += m_pTable->columnWidth(nColumn);
@@ -212,8 +221,9 @@ TEST_F(PeakTableWindow, OrderAndChoiceOfColumnsOutliveTheWindow)
         QStringList list;
         for (int i = 0; i < 29; ++i) {
             const int nColumn = m_pTable->horizontalHeader()->logicalIndex(i);
-            if (!m_pTable->isColumnHidden(nColumn))
+            if (!m_pTable->isColumnHidden(nColumn)) {
                 list.append(QString::number(nColumn));
+            }
         }
         return list.join(' ');
     };
@@ -286,17 +296,20 @@ TEST_F(PeakTableWindow, TheLineChoosesTheRows)
 TEST_F(PeakTableWindow, SortingKeepsTheOrderOfEqualRows)
 {
     QList<Peak3D> listPeak = reflections(40);
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 40; ++i) {
         listPeak[i].dfIPoint = 5 - i % 4;
+    }
     m_pWindow->updatePeakTable(listPeak);
     m_pTable->sortByColumn(7, Qt::AscendingOrder);
     table().setFilter("indexed");
     std::stable_sort(listPeak.begin(), listPeak.end(),
                      [](const Peak3D& left, const Peak3D& right) { return left.dfIPoint < right.dfIPoint; });
     QList<int> listExpected;
-    for (const Peak3D& peak : listPeak)
-        if ((peak.nID - 100) % 3 != 2)
+    for (const Peak3D& peak : listPeak) {
+        if ((peak.nID - 100) % 3 != 2) {
             listExpected.append(peak.nID);
+        }
+    }
     EXPECT_EQ(ids(), listExpected);
 }
 
@@ -376,10 +389,12 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     const auto* pCurve = static_cast<QwtPlotCurve*>(m_pPlot->itemList(QwtPlotItem::Rtti_PlotCurve)[0]);
     const auto shown = [&] {
         QStringList list = {pCurve->title().text()};
-        for (size_t i = 0; i < pCurve->dataSize(); ++i)
+        for (size_t i = 0; i < pCurve->dataSize(); ++i) {
             list.append(QString::asprintf("%g:%g", pCurve->sample(int(i)).x(), pCurve->sample(int(i)).y()));
-        for (const QwtPlotItem* pItem : m_pPlot->itemList(QwtPlotItem::Rtti_PlotMarker))
+        }
+        for (const QwtPlotItem* pItem : m_pPlot->itemList(QwtPlotItem::Rtti_PlotMarker)) {
             list.append(QString::number(static_cast<const QwtPlotMarker*>(pItem)->xValue()));
+        }
         return list.join(' ');
     };
     const auto click = [&](Qt::MouseButton eButton = Qt::LeftButton) {
@@ -509,8 +524,9 @@ TEST_F(PeakTableWindow, ALoadedShiftFileBringsAWaitingPeakListToLife)
     EXPECT_NEAR(m_pRaw->points()[0].dfDStar, 0.002 * std::hypot(300 - 256, 270 - 256), 1e-4);
     QStringList listNow = rows(m_pTarget);
     ASSERT_EQ(listNow.size(), 2);
-    for (int i : {0, 1})
+    for (int i : {0, 1}) {
         EXPECT_EQ(listNow[i].section(' ', 0, 1), listRow[i].section(' ', 0, 1));
+    }
     EXPECT_EQ(m_pTabs->currentIndex(), 0);
 }
 
@@ -532,9 +548,10 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
         for (int g = 0; g < m_pRaw->groupLabels().size(); ++g) {
             list << m_pRaw->groupLabels()[g] + ' ' + m_pRaw->groupColors()[g].name().mid(1) +
                         (m_pRaw->groupsVisible()[g] ? "" : " hidden");
-            for (int n : m_pRaw->groupPoints()[g])
+            for (int n : m_pRaw->groupPoints()[g]) {
                 list.last() += (m_pRaw->points()[n].dfX2D > 250 ? " A" : " B") +
                                QString::number(m_pRaw->points()[n].nFrame);
+            }
         }
         return list.join(", ").toStdString();
     };
@@ -581,8 +598,9 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     EXPECT_EQ(state(), "rest ffffff A2 A4 B5, odd 0000ff A0 A1 A3 B3 B4 A5");
     answered({path("out.pk")}, [&] { m_pWindow->saveRawPeaks(); });
     QString strMasks;
-    for (const QString& strLine : linesOf("out.pk"))
+    for (const QString& strLine : linesOf("out.pk")) {
         strMasks += strLine.right(16)[0];
+    }
     EXPECT_EQ(strMasks, QStringLiteral("448448448"));
 
     // What is united with group 0 becomes group 1, in sight or not. One group alone keeps its looks, too.

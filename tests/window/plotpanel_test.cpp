@@ -21,9 +21,11 @@ int bluePixels(QWidget& widget, const QRect& rect)
 {
     const QImage image = widget.grab().toImage();
     int n = 0;
-    for (int y = rect.top(); y <= rect.bottom(); ++y)
-        for (int x = rect.left(); x <= rect.right(); ++x)
+    for (int y = rect.top(); y <= rect.bottom(); ++y) {
+        for (int x = rect.left(); x <= rect.right(); ++x) {
             n += image.pixelColor(x, y).blue() > image.pixelColor(x, y).red() + 60;
+        }
+    }
     return n;
 }
 

@@ -24,10 +24,12 @@ TEST(QualityTables, AreReadByOthersAsTheyWereWritten)
     QXmlStreamReader reader(svgOf(table, QLocale::c()));
     while (!reader.atEnd()) {
         reader.readNext();
-        if (reader.isStartElement() && reader.name() == "rect")
+        if (reader.isStartElement() && reader.name() == "rect") {
             listWidth.append(reader.attributes().value("width").toDouble());
-        if (reader.isStartElement() && reader.name() == "text")
+        }
+        if (reader.isStartElement() && reader.name() == "text") {
             listText.append(reader.readElementText());
+        }
     }
     EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
     EXPECT_EQ(listText, QStringList({"R & <B>", "x, y", "share", "a \"b\"", "0.25", "c", "1.70", "d", "–"}));

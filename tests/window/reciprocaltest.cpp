@@ -7,15 +7,17 @@ QTemporaryDir* Reciprocal::s_pSeries = nullptr;
 QString fieldsOf(const Mat& matReciprocal)
 {
     QStringList list;
-    for (double df : cellOfReciprocalBasis(matReciprocal))
+    for (double df : cellOfReciprocalBasis(matReciprocal)) {
         list.append(QLocale::system().toString(df, 'f', 2));
+    }
     return list.join(' ');
 }
 
 void expectNear(const Mat& m, const Mat& matWanted, double dfTolerance)
 {
-    for (size_t i = 0; i < 9; ++i)
+    for (size_t i = 0; i < 9; ++i) {
         EXPECT_NEAR(m[i / 3][i % 3], matWanted[i / 3][i % 3], dfTolerance) << i;
+    }
 }
 
 void Reciprocal::SetUpTestSuite()
@@ -35,9 +37,10 @@ void Reciprocal::SetUp()
 void Reciprocal::loadCell(const Mat& m)
 {
     QByteArray bytes;
-    for (size_t i = 0; i < 3; ++i)
+    for (size_t i = 0; i < 3; ++i) {
         bytes +=
             QString::asprintf("%c* %.8f %.8f %.8f\n", int('a' + i), m[i][0], m[i][1], m[i][2]).toLatin1();
+    }
     answered({write("in.uc", bytes)}, [this] { m_pWindow->loadUnitCell(); });
 }
 
@@ -47,23 +50,26 @@ Mat Reciprocal::cell()
     answered({path("out.uc")}, [this] { m_pWindow->exportUnitCell(); });
     Mat m{};
     const QList<QByteArray> list = readBytes(path("out.uc")).simplified().split(' ');
-    for (int i = 0; i < 9 && list.size() >= 12; ++i)
+    for (int i = 0; i < 9 && list.size() >= 12; ++i) {
         m[size_t(i) / 3][size_t(i) % 3] = list[list.size() - 12 + i / 3 * 4 + 1 + i % 3].toDouble();
+    }
     return m;
 }
 
 QString Reciprocal::fields() const
 {
     QStringList list;
-    for (QLineEdit* pEdit : m_pCell->m_apEditCell)
+    for (QLineEdit* pEdit : m_pCell->m_apEditCell) {
         list.append(pEdit->text());
+    }
     return list.join(' ');
 }
 
 void Reciprocal::type(const Mat& m)
 {
-    for (size_t i = 0; i < 9; ++i)
+    for (size_t i = 0; i < 9; ++i) {
         m_pCell->m_apEditMatrix[i / 3][i % 3]->setText(QLocale::system().toString(m[i / 3][i % 3]));
+    }
     QTest::keyClick(m_pCell->m_apEditMatrix[2][2], Qt::Key_Return);
 }
 
@@ -71,8 +77,9 @@ void Reciprocal::typeOver(QWidget* pBox, QString strText)
 {
     ASSERT_NO_FATAL_FAILURE(activate());
     auto* pToolBox = m_pWindow->findChild<QToolBox*>();
-    for (int i = 0; i < pToolBox->count() && !pBox->isVisible(); ++i)
+    for (int i = 0; i < pToolBox->count() && !pBox->isVisible(); ++i) {
         pToolBox->setCurrentIndex(i);
+    }
     pBox->setFocus();
     ASSERT_TRUE(pBox->hasFocus()) << strText.toStdString();
     QTest::keyClick(pBox, Qt::Key_A, Qt::ControlModifier);
@@ -82,9 +89,10 @@ void Reciprocal::typeOver(QWidget* pBox, QString strText)
 QString Reciprocal::groups(const ED3DWidget* pView)
 {
     QStringList list;
-    for (int g = 0; g < pView->groupLabels().size(); ++g)
+    for (int g = 0; g < pView->groupLabels().size(); ++g) {
         list.append(pView->groupLabels()[g] + ' ' + QString::number(pView->groupPoints()[g].size()) + ' ' +
                     pView->groupColors()[g].name());
+    }
     return list.join(", ");
 }
 

@@ -42,17 +42,20 @@ protected:
     }
     void tool(const char* pszText)
     {
-        for (QAction* pAction : m_pActions->findChildren<QAction*>())
-            if (pAction->text() == pszText)
+        for (QAction* pAction : m_pActions->findChildren<QAction*>()) {
+            if (pAction->text() == pszText) {
                 return pAction->trigger();
+            }
+        }
         FAIL() << pszText;
     }
     /// The numbers behind the last occurrence of a text in the log.
     QList<double> numbers(const QString& strHead) const
     {
         QList<double> list;
-        for (const QString& str : log().section(strHead, -1).section('\n', 0, 0).split(','))
+        for (const QString& str : log().section(strHead, -1).section('\n', 0, 0).split(',')) {
             list.append(str.toDouble());
+        }
         return list;
     }
     /// The places of the marks of a kind and colour.
@@ -60,8 +63,9 @@ protected:
     QList<QPointF> places(const QColor& color) const
     {
         QList<QPointF> list;
-        for (const TItem* pMark : marks<TItem>(color))
+        for (const TItem* pMark : marks<TItem>(color)) {
             list.append(pMark->pos());
+        }
         return list;
     }
 
@@ -74,8 +78,9 @@ QTemporaryDir* Refinement::s_pSeries = nullptr;
 TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
 {
     for (const char* psz : {"&Extract Intensities", "Refine &Direct Beam Position", "Refine &Basis Vectors",
-                            "Refine Cell by Frame &Numbers", "Find &Cubic Cell", "&Refine Cubic Cell"})
+                            "Refine Cell by Frame &Numbers", "Find &Cubic Cell", "&Refine Cubic Cell"}) {
         tool(psz);
+    }
     m_pExtraction->m_pButtonRun->click();
     m_pRefine->m_pButtonRunRefinement->click();
     tool("Test &Stretching");
@@ -91,8 +96,9 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
         "\n +\\d+( +-?[0-9.]+){4} +(-?[0-9.]+) +(-?[0-9.]+)( +[0-9.]+){3} [1-8](?=\n)");
     during([this] { tool("&Fit Direct Beam"); },
            [&] {  // each fit takes its time
-               if (log().count(expBeam) < 3)
+               if (log().count(expBeam) < 3) {
                    return false;
+               }
                EXPECT_EQ(places<CircleItem>(Qt::green).size(), 1);
                tool("&Fit Direct Beam");
                return true;
@@ -104,8 +110,10 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
     }
     EXPECT_TRUE(places<CircleItem>(Qt::green).isEmpty() && m_pExtraction->m_pButtonRun->text() == "Run");
 
-    for (const char* psz : {"Test Rotation &Axis", "Refine &Basis Vectors", "Refine Cell by Frame &Numbers"})
+    for (const char* psz :
+         {"Test Rotation &Axis", "Refine &Basis Vectors", "Refine Cell by Frame &Numbers"}) {
         tool(psz);
+    }
     EXPECT_TRUE(log().contains("Max Angle Weighted:") && log().contains(" using "));
     const QList<double> listError = numbers("Averaged error before and after refinement: ");
     EXPECT_TRUE(listError.size() == 2 && listError[1] < listError[0] && listError[0] < 1 && listError[1] > 0);
@@ -123,8 +131,9 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
     std::sort(listCell.begin(), listCell.end());
     const QList<double> listQuartz = {4.913, 4.913, 5.405, 90, 90, 120};
     ASSERT_EQ(listCell.size(), 6);
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         EXPECT_NEAR(listCell[i], listQuartz[i], 0.003 * listQuartz[i]);
+    }
 }
 
 TEST_F(Refinement, ThePageRefinesWithTheGroupOfItsBoxAndTheCellOfTheIndices)
@@ -143,8 +152,9 @@ TEST_F(Refinement, ThePageRefinesWithTheGroupOfItsBoxAndTheCellOfTheIndices)
     tool("Refine &Basis Vectors");
     EXPECT_FALSE(log().contains("with the wavelength of the data set"));
     m_pFrames->m_pWavelengthSpin->setValue(0.0197);
-    for (const char* psz : {"Refine &Basis Vectors", "Refine Cell by Frame &Numbers"})
+    for (const char* psz : {"Refine &Basis Vectors", "Refine Cell by Frame &Numbers"}) {
         tool(psz);
+    }
     EXPECT_EQ(lines("Tilts are calculated with the wavelength of the data set, 0.0197 Å.", Qt::black), 2);
 
     m_pCell->m_apEditMatrix[0][0]->setText(QStringLiteral("2"));
@@ -174,8 +184,9 @@ TEST_F(Refinement, ExtractionLeavesNoOtherReflectionsData)
            [this] {
                const bool bStop = m_pExtraction->m_pButtonRun->text() == "Stop" &&
                                   !places<CircleItem>(Qt::green).isEmpty();
-               if (bStop)
+               if (bStop) {
                    tool("&Stop");
+               }
                return bStop;
            });
     EXPECT_EQ(log().count("Intensity extraction did not finish."), 2);
@@ -199,8 +210,9 @@ TEST_F(Refinement, CrossesShowThePositionsBeforeAndAfterAFit)
     QElapsedTimer timer;
     during([this] { m_pExtraction->m_pButtonRun->click(); },
            [&] {
-               if (places<CrossItem>(Qt::yellow).isEmpty())
+               if (places<CrossItem>(Qt::yellow).isEmpty()) {
                    return false;
+               }
                timer.start();
                m_pExtraction->m_pButtonRun->click();
                return true;
@@ -223,10 +235,11 @@ TEST_F(Refinement, ExpectedPositionsFallOnPeaksOfTheRightAxisOnly)
             const QList<QPointF> listCross = places<CrossItem>(Qt::green),
                                  listCircle = places<CircleItem>(Qt::cyan);
             nCircles += listCircle.size();
-            for (const QPointF& pt : listCircle)
+            for (const QPointF& pt : listCircle) {
                 nNear += std::any_of(listCross.begin(), listCross.end(), [&](const QPointF& ptCross) {
                     return std::hypot(pt.x() - ptCross.x(), pt.y() - ptCross.y()) < 2;
                 });
+            }
         }
         EXPECT_GT(nCircles, 60);
         EXPECT_EQ(nNear > (dfTurn > 0 ? 0.1 : 0.7) * nCircles, dfTurn <= 0) << nNear << " of " << nCircles;
@@ -258,8 +271,9 @@ TEST_F(Refinement, SettingsLeaveReflectionsOutAndShowTheTestRuns)
         settings.sync();
         newWindow();
         open();
-        for (const QMenu* pMenu : m_pWindow->findChildren<QMenu*>())
+        for (const QMenu* pMenu : m_pWindow->findChildren<QMenu*>()) {
             EXPECT_TRUE(pMenu->title() != "Test &Runs" || pMenu->menuAction()->isVisible() == bTestRuns);
+        }
     }
     EXPECT_EQ(log().count("is not understood and not used: 1,2"), 1);
     index();

@@ -24,8 +24,9 @@ protected:
         m_pRoad = m_pWindow->findChild<RoadDock*>();
         for (const QString& strFolder : {path("window"), path("driver")}) {
             ASSERT_TRUE(QDir().mkpath(strFolder));
-            for (const QFileInfo& file : QDir(s_pSeries->path()).entryInfoList(QDir::Files))
+            for (const QFileInfo& file : QDir(s_pSeries->path()).entryInfoList(QDir::Files)) {
                 ASSERT_TRUE(QFile::copy(file.filePath(), strFolder + '/' + file.fileName()));
+            }
         }
     }
     QStringList filesOf(const QString& strFolder) const
@@ -43,9 +44,11 @@ protected:
     QToolButton* button(RoadRowKind kind, const QString& strText) const
     {
         QList<QToolButton*> list;
-        for (QToolButton* pButton : m_pRoad->findChildren<QToolButton*>())
-            if (pButton->text() == strText)
+        for (QToolButton* pButton : m_pRoad->findChildren<QToolButton*>()) {
+            if (pButton->text() == strText) {
                 list.append(pButton);
+            }
+        }
         return list.value(int(kind));
     }
     /// Name and sentence of each row.
@@ -53,9 +56,11 @@ protected:
     {
         QStringList list;
         const QList<QLabel*> listLabel = m_pRoad->findChildren<QLabel*>();
-        for (int n = 0; n < listLabel.size(); ++n)
-            if (listLabel[n]->text().startsWith("<b>"))
+        for (int n = 0; n < listLabel.size(); ++n) {
+            if (listLabel[n]->text().startsWith("<b>")) {
                 list.append(listLabel[n]->text() + ' ' + listLabel.value(n + 1)->text());
+            }
+        }
         return list;
     }
 
@@ -87,8 +92,9 @@ TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
     EXPECT_TRUE(bytesOf("r.html").contains("<pre>tessera-batch " + path("window/w.ed3d").toUtf8()));
     EXPECT_TRUE(bytesOf("r.html").contains("Bravais types"));
 
-    for (const QString& strText : rowTexts())
+    for (const QString& strText : rowTexts()) {
         EXPECT_FALSE(strText.contains("not done") || strText.contains("did not")) << qPrintable(strText);
+    }
     EXPECT_TRUE(m_pRaw->points().size() > 500 && m_pMerged->points().size() > 100);
     EXPECT_GT(m_pTable->model()->rowCount(), 100);
     button(RoadRowKind::Integration, "Show")->click();
@@ -101,16 +107,18 @@ TEST_F(Road, AMaskOfTheWindowIsThatOfTheDriversOption)
 {
     QFile mask(path("a.msk"));
     ASSERT_TRUE(mask.open(QIODevice::WriteOnly));
-    for (const char* psz : {"1 20 20\n", "1 60 20\n", "1 60 120.25\n", "1 20 120\n"})
+    for (const char* psz : {"1 20 20\n", "1 60 20\n", "1 60 120.25\n", "1 20 120\n"}) {
         mask.write(psz);
+    }
     mask.close();
     const BatchOutcome driver = runBatch({"--mask", path("a.msk"), "--to", "index", path("driver/w.ed3d")});
     ASSERT_EQ(driver.nStatus, 0) << driver.strText.toStdString();
     m_pWindow->openFiles({path("window/w.ed3d")});
     answered({path("a.msk")}, [&] { m_pWindow->loadPeakHuntingMask(); });
     m_pActions->m_pSolve->trigger();
-    for (const char* pszFile : {"/w.sc", "/w.pk", "/w.uc", "/w.hkl"})
+    for (const char* pszFile : {"/w.sc", "/w.pk", "/w.uc", "/w.hkl"}) {
         EXPECT_TRUE(bytesOf(QString("window") + pszFile) == bytesOf(QString("driver") + pszFile)) << pszFile;
+    }
     EXPECT_FALSE(QFile::exists(path("window/w_window.msk")));
     const QByteArray bytesPeaks = bytesOf("window/w.pk");
 
@@ -144,8 +152,9 @@ TEST_F(Road, StopKeepsWhatIsDoneAndTheWindowAnswersMeanwhile)
     m_pWindow->show();
     during([&] { m_pActions->m_pSolve->trigger(); },
            [&] {
-               if (m_pRaw->points().isEmpty())
+               if (m_pRaw->points().isEmpty()) {
                    return false;
+               }
                // A change of what the road has in use is refused, and a second press stops it.
                m_pWindow->openFiles({path("window/w.ed3d")});
                m_pRoad->m_pSolveButton->click();
@@ -217,8 +226,9 @@ TEST(RoadRows, TimeThatIsLeft)
 {
     EXPECT_EQ(timeLeftText(10, 0.5), "0:10 left");
     EXPECT_EQ(timeLeftText(60, 0.25), "3:00 left");
-    for (const double dfShare : {0.0, 0.01, 1.0, 2.0})
+    for (const double dfShare : {0.0, 0.01, 1.0, 2.0}) {
         EXPECT_EQ(timeLeftText(10, dfShare), "") << dfShare;
+    }
     EXPECT_EQ(timeLeftText(0.5, 0.5), "") << "too little to go by";
 }
 

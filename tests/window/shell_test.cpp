@@ -180,8 +180,9 @@ TEST_F(Shell, ALensIsThatOfTheProjectInView)
 
 TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
 {
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         writePicture(QStringLiteral("f%1.png").arg(i), [](int x, int) { return x; });
+    }
     const QStringList listFrame = {"f0.png 0 0 0", "f1.png 1 0 1", "f2.png 2 0 2", "f3.png 3 0 3",
                                    "f4.png 4 0 4"};
     const QString strProject = writeProject(
@@ -230,8 +231,9 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
 
     listRecent[0]->trigger();
     EXPECT_EQ(pFiles->rowCount(), 5);
-    for (int i = 0; i < 25; ++i)
+    for (int i = 0; i < 25; ++i) {
         m_pWindow->openFiles({writeProject(QStringLiteral("p%1.ed3d").arg(i), listFrame.mid(4))});
+    }
     const QStringList listEntry = setting("recentSeriesList").toStringList();
     ASSERT_EQ(listEntry.size(), 20);
     EXPECT_EQ(listEntry.first(), path("p24.ed3d"));
@@ -250,14 +252,16 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
     EXPECT_EQ(lines("Error reading ed3d file: Could not find keyword \"CCDPIXELSIZE\"", Qt::black), 1);
     QStringList listNone = {m_dir.path(), "/dev/zero"};
-    for (const char* pszName : {"series.sc", "s.hkl", "s.p4p", "s.ipf", "s.log", "s.json", "s.sc~", "none"})
+    for (const char* pszName : {"series.sc", "s.hkl", "s.p4p", "s.ipf", "s.log", "s.json", "s.sc~", "none"}) {
         listNone.append(write(pszName, "1 1\n1 0 0\n"));
+    }
     for (const char* pszName : {"pipe.ed3d", "pipe.png", "pipe.txt"}) {
         listNone.append(path(pszName));
         ASSERT_EQ(mkfifo(qPrintable(path(pszName)), 0600), 0);
     }
-    for (const QString& strNone : listNone)
+    for (const QString& strNone : listNone) {
         m_pWindow->openFiles({strNone, path("f0.png")});
+    }
     EXPECT_EQ(lines("is neither a project nor an image."), listNone.size());
     m_pWindow->openFiles({path("gone.mrc")});
     EXPECT_EQ(lines("gone.mrc does not exist."), 1);

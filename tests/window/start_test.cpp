@@ -55,8 +55,9 @@ TEST_F(Start, ThePageIsThereAsLongAsNoDataSetIs)
     EXPECT_EQ(m_pPage->geometry(), m_pView->rect());
     EXPECT_FALSE(m_pActions->m_pClose->isEnabled());
     // What is dropped anywhere on it goes on to the window.
-    for (QWidget* p : m_pPage->findChildren<QWidget*>() + QList<QWidget*>{m_pPage})
+    for (QWidget* p : m_pPage->findChildren<QWidget*>() + QList<QWidget*>{m_pPage}) {
         EXPECT_FALSE(p->acceptDrops() && !qobject_cast<QLineEdit*>(p)) << p->metaObject()->className();
+    }
 
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
     EXPECT_TRUE(m_pPage->isVisible()) << "nothing was opened";
@@ -132,8 +133,9 @@ TEST_F(Start, EachWayInIsReachedByTheKeyboard)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
     EXPECT_EQ(listReached[3], m_pPage->m_pRecentList);
-    for (QWidget* p : listReached)
+    for (QWidget* p : listReached) {
         EXPECT_NE(p->accessibleName(), "") << p->metaObject()->className();
+    }
     listReached[0]->setFocus();
     EXPECT_EQ(answered({}, [&] { QTest::keyClick(listReached[0], Qt::Key_Return); }),
               QStringList("Open Files"));
@@ -147,8 +149,9 @@ TEST(RecentSeriesList, KeepsOrderDatesAndLength)
     QTemporaryDir dir;
     QSettings settings(dir.filePath("s.ini"), QSettings::IniFormat);
     const QDateTime begin(QDate(2026, 3, 1), QTime(12, 0));
-    for (int i = 0; i < 25; ++i)
+    for (int i = 0; i < 25; ++i) {
         enterRecentSeries(settings, {QStringLiteral("/x/%1.ed3d").arg(i)}, begin.addDays(i));
+    }
     enterRecentSeries(settings, {"/x/10.ed3d"}, begin.addDays(100));
     QList<RecentSeries> list = recentSeries(settings);
     ASSERT_EQ(list.size(), 20);
@@ -200,8 +203,9 @@ TEST_F(Start, ADemoThatIsStoppedOrFailsLeavesNothing)
         QSignalSpy spyMade(&demo, &DemoSeries::made), spyStopped(&demo, &DemoSeries::stopped),
             spyFailed(&demo, &DemoSeries::failed);
         demo.start();
-        if (bStop)
+        if (bStop) {
             demo.stop();
+        }
         EXPECT_TRUE(QTest::qWaitFor([&] { return spyMade.size() + spyStopped.size() + spyFailed.size() > 0; },
                                     60000));
         EXPECT_TRUE(spyMade.isEmpty());
@@ -232,8 +236,9 @@ TEST_F(Start, ADemoThatIsStoppedOrFailsLeavesNothing)
 
 TEST_F(Start, ANewProjectIsSolvedAtOnceWhereThatIsWished)
 {
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         writePicture(QStringLiteral("f%1.png").arg(i), [](int x, int y) { return (x * y) % 50; });
+    }
     const auto make = [&](bool bWishedBefore, bool bWish) {
         QTimer::singleShot(0, [&] {
             auto* pDialog = qobject_cast<NewProjectDialog*>(QApplication::activeModalWidget());

@@ -21,8 +21,9 @@ protected:
     {
         m_pWindow->showWorkStatus();
         QString str;
-        for (const StageStatus& stage : m_pStrip->status())
+        for (const StageStatus& stage : m_pStrip->status()) {
             str += QLatin1Char("MDS"[int(stage.state)]);
+        }
         return str;
     }
     QToolButton* chip(WorkStage stage) const { return m_pStrip->m_listChip[stage]; }
@@ -30,10 +31,13 @@ protected:
     bool clickLink(const QString& strText) const
     {
         QString strAddress;
-        for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
-            for (auto it = block.begin(); !it.atEnd(); ++it)
-                if (it.fragment().text().contains(strText) && it.fragment().charFormat().isAnchor())
+        for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next()) {
+            for (auto it = block.begin(); !it.atEnd(); ++it) {
+                if (it.fragment().text().contains(strText) && it.fragment().charFormat().isAnchor()) {
                     strAddress = it.fragment().charFormat().anchorHref();
+                }
+            }
+        }
         emit m_pLog->anchorClicked(QUrl(strAddress));
         return !strAddress.isEmpty();
     }
@@ -41,8 +45,9 @@ protected:
     int visibleLines(const QString& strText) const
     {
         int nLines = 0;
-        for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
+        for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next()) {
             nLines += block.text().contains(strText) && block.isVisible();
+        }
         return nLines;
     }
 

@@ -1,6 +1,6 @@
 // What moves the points of the 3D views, and the page that steers the views.
-#include "tests/window/reciprocaltest.h"
 #include "records/pi.h"
+#include "tests/window/reciprocaltest.h"
 
 namespace tessera {
 
@@ -10,8 +10,9 @@ namespace {
 std::vector<float> places(const ED3DWidget* pView)
 {
     std::vector<float> vec;
-    for (const Peak3D& peak : pView->points())
+    for (const Peak3D& peak : pView->points()) {
         vec.insert(vec.end(), {peak.fX3D, peak.fY3D, peak.fZ3D});
+    }
     return vec;
 }
 
@@ -105,9 +106,11 @@ TEST_F(Reciprocal, PanelAndViews)
     };
     const auto all = [&] {
         std::vector<double> vec;
-        for (const auto& row : aRow)
-            for (const ED3DWidget* pView : {m_pRaw, m_pMerged})
+        for (const auto& row : aRow) {
+            for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
                 vec.push_back(row.fnGet(pView));
+            }
+        }
         return vec;
     };
     for (int nView = 0; nView < 2; ++nView) {
@@ -119,24 +122,27 @@ TEST_F(Reciprocal, PanelAndViews)
             const double dfSet = nView == 0 ? row.dfRaw : row.dfMerged;
             vecWanted[size_t(2 * (&row - aRow) + nView)] = dfSet * row.dfScale + row.dfOffset;
             row.pControl->setProperty(property(row.pControl), dfSet);
-            for (size_t i = 0; i < vecWanted.size(); ++i)
+            for (size_t i = 0; i < vecWanted.size(); ++i) {
                 EXPECT_NEAR(all()[i], vecWanted[i], 1e-6) << i;
+            }
         }
     }
     for (int nView : {0, 1, 0}) {
         m_pTabs->setCurrentIndex(3);
         m_pTabs->setCurrentIndex(1 + nView);
-        for (const auto& row : aRow)
+        for (const auto& row : aRow) {
             EXPECT_NEAR(row.pControl->property(property(row.pControl)).toDouble(),
                         nView == 0 ? row.dfRaw : row.dfMerged, 1e-6)
                 << &row - aRow;
+        }
     }
 
     // The view along each vector of a cell, and the lattice that loading the cell shows in both views.
     m_pRaw->setLatticeRange(4, 4, 4);
     loadCell(g_matCell);
-    for (const ED3DWidget* pView : {m_pRaw, m_pMerged})
+    for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
         EXPECT_TRUE(pView->showLatticeLines() && range(0)(pView) == 1 && range(2)(pView) == 1);
+    }
     EXPECT_TRUE(p.m_pCheckLatticeLines->isChecked());
     EXPECT_EQ(p.m_pSpinLatticeH->value(), 1);
     QPushButton* apAlong[] = {p.m_pButtonAlongRA, p.m_pButtonAlongRB, p.m_pButtonAlongRC,
@@ -166,11 +172,12 @@ TEST_F(Reciprocal, PanelAndViews)
         float af[16], fPanX, fPanY, fZoom;
         m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
         Mat m;
-        for (size_t i = 0; i < 9; ++i)
+        for (size_t i = 0; i < 9; ++i) {
             m[i / 3][i % 3] = double(af[i / 3 + 4 * (i % 3)]);
+        }
         return m;
     };
-    for (bool bNumber : {true, false})
+    for (bool bNumber : {true, false}) {
         for (const auto& turn : aTurn) {
             const double dfStep = bNumber ? 22.5 * g_dfPi / 180 : 0;
             const Vec vecScene = turn.vecFrom * rotation();  // which lies at vecFrom now
@@ -179,6 +186,7 @@ TEST_F(Reciprocal, PanelAndViews)
             const Vec vecWanted = std::cos(dfStep) * turn.vecFrom + std::sin(dfStep) * turn.vecTo;
             EXPECT_LT(lengthOf(rotation() * vecScene - vecWanted), 1e-5) << &turn - aTurn;
         }
+    }
     EXPECT_EQ(lines("Unknown numeric format for the rotation step."), 6);
 }
 

@@ -68,8 +68,9 @@ protected:
 
         ASSERT_NO_FATAL_FAILURE(openPage("Unit Cell Determination and Indexing"));
         ASSERT_NO_FATAL_FAILURE(click(onPage("Search for Unit Cell")));
-        for (const char* pszBox : {"Output Indexing Results", "Output Reflection Statistics"})
+        for (const char* pszBox : {"Output Indexing Results", "Output Reflection Statistics"}) {
             ASSERT_NO_FATAL_FAILURE(click(onPage(pszBox)));
+        }
         ASSERT_NO_FATAL_FAILURE(click(onPage("Index Merged Peaks")));
     }
     /// Ctrl+O, and the path typed into the dialog that comes.
@@ -79,10 +80,12 @@ protected:
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {
             auto* pDialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (!pDialog || bAnswered)
+            if (!pDialog || bAnswered) {
                 return;
-            if (!pDialog->isActiveWindow())
+            }
+            if (!pDialog->isActiveWindow()) {
                 return pDialog->activateWindow();
+            }
             bAnswered = true;
             auto* pEdit = pDialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
             QTest::keyClicks(pEdit, strFile);
@@ -108,10 +111,12 @@ protected:
     }
     static QAbstractButton* button(const QWidget* pParent, const char* pszText)
     {
-        for (QAbstractButton* pButton : pParent->findChildren<QAbstractButton*>())
+        for (QAbstractButton* pButton : pParent->findChildren<QAbstractButton*>()) {
             if (pButton->text() == QString::fromUtf8(pszText) ||
-                pButton->toolTip() == QString::fromUtf8(pszText))
+                pButton->toolTip() == QString::fromUtf8(pszText)) {
                 return pButton;
+            }
+        }
         ADD_FAILURE() << "no button " << pszText;
         return nullptr;
     }
@@ -119,8 +124,9 @@ protected:
     {
         ASSERT_NE(pWidget, nullptr);
         QPoint pt = pWidget->rect().center();
-        if (qobject_cast<QCheckBox*>(pWidget))
+        if (qobject_cast<QCheckBox*>(pWidget)) {
             pt.setX(10);  // on the box or its text
+        }
         clickAt(pWidget, pt);
     }
     /// A click at a place of a widget, which is scrolled into view as far as need be.
@@ -137,12 +143,14 @@ protected:
     void scrollTo(QWidget* pWidget, const QPoint& ptIn)
     {
         QScrollArea* pArea = nullptr;
-        for (QWidget* pEach = pWidget; pEach && !pArea; pEach = pEach->parentWidget())
+        for (QWidget* pEach = pWidget; pEach && !pArea; pEach = pEach->parentWidget()) {
             pArea = qobject_cast<QScrollArea*>(pEach);
+        }
         for (int i = 0; pArea && i < 200; ++i) {
             const int nY = pWidget->mapTo(pArea, ptIn).y();
-            if (nY > 8 && nY < pArea->height() - 8)
+            if (nY > 8 && nY < pArea->height() - 8) {
                 return;
+            }
             const QPointF pt = pArea->verticalScrollBar()->mapTo(m_pWindow.get(),
                                                                  pArea->verticalScrollBar()->rect().center());
             QWheelEvent event(pt, m_pWindow->mapToGlobal(pt.toPoint()), {}, {0, nY > 8 ? -40 : 40}, {}, {},
@@ -243,15 +251,17 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     const QList<Vec3D> listBefore = readUnitCellFile(path("w.uc"));
     ASSERT_EQ(listBefore.size(), 3);
     ASSERT_NO_FATAL_FAILURE(click(m_pCell->m_apEditMatrix[0][1]));
-    for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")})
+    for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")}) {
         QTest::keySequence(m_pWindow->windowHandle(), key);
+    }
     ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
     EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
     const QList<Vec3D> listAfter = readUnitCellFile(path("w.uc"));
     ASSERT_EQ(listAfter.size(), 3);
     const Vec3D aWanted[] = {listBefore[0] + listBefore[1], listBefore[1], listBefore[2]};
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
+    }
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
 }
 

@@ -51,9 +51,11 @@ QStringList WindowTest::linesOf(const QString& strName) const
 void WindowTest::writePicture(const QString& strName, const std::function<int(int x, int y)>& fnGrey) const
 {
     QImage image(64, 64, QImage::Format_Grayscale8);
-    for (int y = 0; y < 64; ++y)
-        for (int x = 0; x < 64; ++x)
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x) {
             image.scanLine(y)[x] = uchar(fnGrey(x, y));
+        }
+    }
     ASSERT_TRUE(image.save(path(strName)));
 }
 
@@ -75,9 +77,10 @@ void WindowTest::simulate(const QString& strFolder, const QString& strArguments)
 int WindowTest::lines(const QString& strText, const QColor& color) const
 {
     int nLines = 0;
-    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next())
+    for (QTextBlock block = m_pLog->document()->begin(); block.isValid(); block = block.next()) {
         nLines += block.text().contains(strText) && !block.begin().atEnd() &&
                   block.begin().fragment().charFormat().foreground().color() == color;
+    }
     return nLines;
 }
 
@@ -87,30 +90,36 @@ QStringList WindowTest::answered(QVariantList listAnswer, const std::function<vo
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
         auto* pDialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!pDialog)
+        if (!pDialog) {
             return;
+        }
         listTitle.append(pDialog->windowTitle());
         auto* pBox = qobject_cast<QMessageBox*>(pDialog);
-        if (pBox)
+        if (pBox) {
             listTitle.last() += ": " + pBox->text();
-        if (listAnswer.isEmpty())
+        }
+        if (listAnswer.isEmpty()) {
             return pDialog->reject();
+        }
         const QVariant answer = listAnswer.takeFirst();
-        if (pBox)
+        if (pBox) {
             return pBox->button(QMessageBox::StandardButton(answer.toInt()))->click();
+        }
         if (auto* pColor = qobject_cast<QColorDialog*>(pDialog)) {
             pColor->setCurrentColor(answer.value<QColor>());
         } else if (auto* pInput = qobject_cast<QInputDialog*>(pDialog)) {
-            if (answer.type() == QVariant::Int)
+            if (answer.type() == QVariant::Int) {
                 pInput->setIntValue(answer.toInt());
-            else if (answer.type() == QVariant::Double)
+            } else if (answer.type() == QVariant::Double) {
                 pInput->setDoubleValue(answer.toDouble());
-            else
+            } else {
                 pInput->setTextValue(answer.toString());
+            }
         } else if (auto* pFile = qobject_cast<QFileDialog*>(pDialog)) {
             pFile->setOption(QFileDialog::DontConfirmOverwrite);
-            if (answer.toString().contains('|'))
+            if (answer.toString().contains('|')) {
                 pFile->selectNameFilter(answer.toString().section('|', 1));
+            }
             pFile->findChild<QLineEdit*>("fileNameEdit")->setText(answer.toString().section('|', 0, 0));
         }
         QMetaObject::invokeMethod(pDialog, "accept");

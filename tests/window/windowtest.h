@@ -55,15 +55,18 @@ protected:
         QList<TItem*> list;
         for (QGraphicsItem* pItem : m_pScene->items()) {
             auto* pMark = dynamic_cast<TItem*>(pItem);
-            if (!pMark || !pMark->isVisible())
+            if (!pMark || !pMark->isVisible()) {
                 continue;
+            }
             QColor colorMark;
-            if constexpr (std::is_base_of_v<QGraphicsSimpleTextItem, TItem>)
+            if constexpr (std::is_base_of_v<QGraphicsSimpleTextItem, TItem>) {
                 colorMark = pMark->brush().color();
-            else
+            } else {
                 colorMark = pMark->pen().color();
-            if (!color.isValid() || colorMark == color)
+            }
+            if (!color.isValid() || colorMark == color) {
                 list.append(pMark);
+            }
         }
         return list;
     }

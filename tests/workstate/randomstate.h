@@ -41,14 +41,16 @@ private:
     template <class T, size_t N>
     void fillValue(T (&aValue)[N])
     {
-        for (T& value : aValue)
+        for (T& value : aValue) {
             fill(value);
+        }
     }
     template <class T, size_t N>
     void fillValue(std::array<T, N>& aValue)
     {
-        for (T& value : aValue)
+        for (T& value : aValue) {
             fill(value);
+        }
     }
     template <class T>
     auto fillValue(T& list) -> decltype(list.clear(), void())
@@ -64,8 +66,9 @@ private:
     void fillValue(std::optional<T>& value)
     {
         value.reset();
-        if (below(3) > 0)
+        if (below(3) > 0) {
             fill(value.emplace());
+        }
     }
     template <class T>
     void fillValue(std::shared_ptr<const T>& pValue)
@@ -99,8 +102,9 @@ private:
     }
     void fillValue(Eigen::Matrix3d& matrix)
     {
-        for (double& df : matrix.reshaped())
+        for (double& df : matrix.reshaped()) {
             fill(df);
+        }
     }
     void fillValue(CellForm& form)
     {

@@ -89,8 +89,9 @@ TEST(WindowFile, DamagedAndForeignFilesAreRefused)
         const bool bRead = readWindowFileText(bytesBad, memory, &strReason);
         return !bRead && !strReason.isEmpty() && windowFileText(memory) == windowFileText(before);
     };
-    for (int nSize = 0; nSize < bytes.trimmed().size(); ++nSize)
+    for (int nSize = 0; nSize < bytes.trimmed().size(); ++nSize) {
         EXPECT_TRUE(refused(bytes.left(nSize))) << nSize;
+    }
     const struct {
         const char* pszFrom;
         const char* pszTo;

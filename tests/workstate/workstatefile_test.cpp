@@ -95,8 +95,9 @@ TEST(WorkStateFile, RefusesWhatIsNotWhole)
         bytesFlipped[nPlace] = char(bytesFlipped[nPlace] ^ (1 << random() % 8));
         expectRefused(bytesFlipped, "flipped at ", nPlace);
         expectRefused(bytes.left(nPlace), "cut at ", nPlace);
-        if (nPlace >= g_nHead)
+        if (nPlace >= g_nHead) {
             expectRefused(summed(bytes.left(nPlace)), "cut with another sum at ", nPlace);
+        }
     }
     expectRefused(summed(bytes + 'x'), "longer", bytes.size());
     QByteArray bytesOther = bytes;
@@ -114,8 +115,9 @@ TEST(WorkStateFile, HoldsAgainstBytesWithARightSum)
     int nRead = 0;
     for (int i = 0; i < 3000; ++i) {
         QByteArray bytes = workStateBytes(randomState(unsigned(i % 20)));
-        for (int nFlips = 1 + i % 3; nFlips > 0; --nFlips)
+        for (int nFlips = 1 + i % 3; nFlips > 0; --nFlips) {
             bytes[g_nHead + int(random() % unsigned(bytes.size() - g_nHead))] = char(random());
+        }
         WorkState state;
         if (workStateFromBytes(summed(bytes), state)) {
             ++nRead;

@@ -22,8 +22,9 @@ struct Series {
     QString states() const
     {
         QString str;
-        for (const StageStatus& stage : status())
+        for (const StageStatus& stage : status()) {
             str += QLatin1Char("MDS"[int(stage.state)]);
+        }
         return str;
     }
     QString reason(WorkStage stage) const { return status()[stage].strReason; }

@@ -27,11 +27,14 @@ bool same(const CImgObj<float>& a, const CImgObj<float>& b)
 
 bool same(const ImageList& vecA, const ImageList& vecB)
 {
-    if (vecA.size() != vecB.size())
+    if (vecA.size() != vecB.size()) {
         return false;
-    for (size_t i = 0; i < vecA.size(); ++i)
-        if (!same(*vecA[i], *vecB[i]))
+    }
+    for (size_t i = 0; i < vecA.size(); ++i) {
+        if (!same(*vecA[i], *vecB[i])) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -42,15 +45,18 @@ QString readMrc(const QString& strFileName, const QByteArray& bytes)
     const int nResult = ReadMRC(strFileName, vecImage, &strReason);
     const int nResultOfBytes = readMrcBytes(reinterpret_cast<const uint8_t*>(bytes.constData()),
                                             size_t(bytes.size()), vecFromBytes, &strReasonOfBytes);
-    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(vecImage, vecFromBytes))
+    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(vecImage, vecFromBytes)) {
         return QStringLiteral("file and bytes are read differently: \"%1\", \"%2\"")
             .arg(strReason, strReasonOfBytes);
-    if (vecImage.empty() || vecImage.size() * size_t(vecImage[0]->Width()) > 100000)
+    }
+    if (vecImage.empty() || vecImage.size() * size_t(vecImage[0]->Width()) > 100000) {
         return g_strGood;
+    }
     const QString strWritten = strFileName + QStringLiteral(".written");
     if (WriteMRC(vecImage, strWritten) != 1 || ReadMRC(strWritten, vecAgain) != 1 ||
-        !same(vecImage, vecAgain))
+        !same(vecImage, vecAgain)) {
         return QStringLiteral("images change when written and read");
+    }
     return g_strGood;
 }
 
@@ -64,15 +70,18 @@ QString readDm3(const QString& strFileName, const QByteArray& bytes)
     const int nResult = ReadDM3(image, strFileName, &strReason);
     const int nResultOfBytes = readDm3Bytes(reinterpret_cast<const uint8_t*>(bytes.constData()),
                                             size_t(bytes.size()), imageOfBytes, &strReasonOfBytes);
-    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(image, imageOfBytes))
+    if (nResult != nResultOfBytes || strReason != strReasonOfBytes || !same(image, imageOfBytes)) {
         return QStringLiteral("file and bytes are read differently: \"%1\", \"%2\"")
             .arg(strReason, strReasonOfBytes);
-    if ((nResult == 1) != strReason.isEmpty())
+    }
+    if ((nResult == 1) != strReason.isEmpty()) {
         return QStringLiteral("result %1 with the reason \"%2\"").arg(nResult).arg(strReason);
+    }
     CImgObj<float> imageFormer;
     imageFormer.Set(afFormer, 2, 1);
-    if (nResult != 1 && !same(image, imageFormer))
+    if (nResult != 1 && !same(image, imageFormer)) {
         return QStringLiteral("a failure has changed the image");
+    }
     return g_strGood;
 }
 
@@ -81,14 +90,18 @@ QString readHeader(const FrameFormat& format, const QString& strFileName, const 
 {
     const FrameHeader header = format.fnReadHeader(strFileName, 0);
     for (const ToldNumber& told : {header.kilovolts, header.wavelength, header.pixelSize, header.cameraLength,
-                                   header.detectorPixel, header.exposure, header.saturation})
-        if (told.isTold() && !(told.df > 0))
+                                   header.detectorPixel, header.exposure, header.saturation}) {
+        if (told.isTold() && !(told.df > 0)) {
             return QStringLiteral("%1 in the header").arg(told.df);
-    for (const int nImage : {1, header.nImages - 1, header.nImages, std::numeric_limits<int>::max()})
+        }
+    }
+    for (const int nImage : {1, header.nImages - 1, header.nImages, std::numeric_limits<int>::max()}) {
         format.fnReadHeader(strFileName, nImage);
+    }
     if (vecImage.empty() || !header.size.isValid() ||
-        header.size == QSize(vecImage[0]->Width(), vecImage[0]->Height()))
+        header.size == QSize(vecImage[0]->Width(), vecImage[0]->Height())) {
         return g_strGood;
+    }
     return QStringLiteral("%1 x %2 pixels by the header, but the image has others")
         .arg(header.size.width())
         .arg(header.size.height());
@@ -100,22 +113,27 @@ QString readFrame(const FrameFormat& format, const QString& strFileName)
     ImageList vecImage;
     QString strReason;
     const bool bRead = format.fnRead(strFileName, 0, std::numeric_limits<int>::max(), vecImage, strReason);
-    if (vecImage.empty() ? strReason.isEmpty() : !bRead)
+    if (vecImage.empty() ? strReason.isEmpty() : !bRead) {
         return QStringLiteral("result %1 with %2 images and the reason \"%3\"")
             .arg(bRead)
             .arg(int(vecImage.size()))
             .arg(strReason);
-    for (const auto& pImage : vecImage)
-        if (!pImage->Data() || pImage->Width() < 1 || pImage->Height() < 1)
+    }
+    for (const auto& pImage : vecImage) {
+        if (!pImage->Data() || pImage->Width() < 1 || pImage->Height() < 1) {
             return QStringLiteral("an empty image");
+        }
+    }
     for (size_t i : {size_t(0), vecImage.size() / 2, vecImage.size() - 1}) {
         ImageList vecOne;
         if (vecImage.size() > 1 && (!format.fnRead(strFileName, int(i), 1, vecOne, strReason) ||
-                                    vecOne.size() != 1 || !same(*vecOne[0], *vecImage[i])))
+                                    vecOne.size() != 1 || !same(*vecOne[0], *vecImage[i]))) {
             return QStringLiteral("image %1 is another one when it is read alone").arg(i);
+        }
     }
-    if (!vecImage.empty())
+    if (!vecImage.empty()) {
         repairHotPixels(*vecImage[0], {QPoint(0, 0), QPoint(1, 1)});
+    }
     return format.fnReadHeader ? readHeader(format, strFileName, vecImage) : g_strGood;
 }
 
@@ -128,8 +146,9 @@ std::vector<FuzzReader> frameFuzzReaders()
     const FrameFormat& picture = frameFormats().back();
     std::vector<FuzzReader> vecReader;
     for (const FrameFormat& format : frameFormats()) {
-        if (format.fnRead == picture.fnRead && &format != &picture)
+        if (format.fnRead == picture.fnRead && &format != &picture) {
             continue;
+        }
         const auto it = mapMore.find(format.strName);
         const auto fnMore = it != mapMore.end() ? it->second : nullptr;
         const auto fnRead = [&format, fnMore](const QString& strFileName, const QByteArray& bytes) {

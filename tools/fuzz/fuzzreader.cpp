@@ -59,12 +59,14 @@ QString readProject(const QString& strFileName, const QByteArray& bytes)
     const bool bGood = project.read(strFileName);
     if (bGood != projectOfBytes.readBytes(bytes, strFileName) ||
         project.errorText() != projectOfBytes.errorText() ||
-        project.frameFiles() != projectOfBytes.frameFiles())
+        project.frameFiles() != projectOfBytes.frameFiles()) {
         return QStringLiteral("file and bytes are read differently");
+    }
     const int nFrames = project.frameFiles().size();
     if (bGood != project.errorText().isEmpty() || project.stageTilts().size() != nFrames ||
-        project.beamTilts().size() != nFrames || project.overallTilts().size() != nFrames)
+        project.beamTilts().size() != nFrames || project.overallTilts().size() != nFrames) {
         return QStringLiteral("lists of different length, or a failure without a reason");
+    }
 
     DataSet data;
     data.m_strProjectName = QStringLiteral("former");
@@ -72,20 +74,25 @@ QString readProject(const QString& strFileName, const QByteArray& bytes)
     data.m_listShift = {QPointF(1, 2)};
     MappingParameters parameters;
     CRunReport report;
-    if (openProject(data, parameters, strFileName, report) != bGood)
+    if (openProject(data, parameters, strFileName, report) != bGood) {
         return QStringLiteral("opening and reading disagree");
+    }
     if (!bGood && (nFrames != 0 || data.m_strProjectName != QLatin1String("former") ||
                    data.m_listFrameFile != QStringList{QStringLiteral("former.mrc")} ||
-                   data.m_listShift.size() != 1 || parameters.m_bApplyStretching))
+                   data.m_listShift.size() != 1 || parameters.m_bApplyStretching)) {
         return QStringLiteral("a failure has changed the data set");
+    }
     const double adfGeometry[] = {data.m_dfWavelength, data.m_dfPixelSize, data.m_dfRotationAxis,
                                   data.m_dfStretchAmplitude, data.m_dfStretchAzimuth};
-    for (double df : adfGeometry)
-        if (!std::isfinite(df))
+    for (double df : adfGeometry) {
+        if (!std::isfinite(df)) {
             return QStringLiteral("a value of the geometry is no number");
+        }
+    }
     if (bGood && (!(data.m_dfWavelength > 0) || !(data.m_dfPixelSize > 0) ||
-                  data.m_listBeamTiltBreak.size() != nFrames || !data.m_listShift.isEmpty()))
+                  data.m_listBeamTiltBreak.size() != nFrames || !data.m_listShift.isEmpty())) {
         return QStringLiteral("an opened data set with lengths of 0, or with what belongs to the former one");
+    }
     return g_strGood;
 }
 
@@ -93,40 +100,49 @@ QString readPeaks(const QString& strFileName, const QByteArray& bytes)
 {
     constexpr int nFrameCount = 40;
     DataSet data;
-    for (int i = 0; i < nFrameCount; ++i)
+    for (int i = 0; i < nFrameCount; ++i) {
         data.m_listFrameFile.append(QString::number(i));
+    }
     data.m_listPeakFrame = {QList<Peak3D>{Peak3D()}};
     data.m_vecPeakGroup = {{{7}}};
     CRunReport report;
     QString strReason;
     if (readPeakList(data, strFileName, report, &strReason) == 0) {
         if (strReason.isEmpty() || data.m_listPeakFrame.size() != 1 || data.m_listPeakFrame[0].size() != 1 ||
-            data.m_vecPeakGroup != QVector<QVector<QList<int>>>{{{7}}})
+            data.m_vecPeakGroup != QVector<QVector<QList<int>>>{{{7}}}) {
             return QStringLiteral("a failure without a reason, or one that has changed the peaks");
+        }
         return g_strGood;
     }
     if (data.m_listPeakFrame.size() != nFrameCount ||
-        !groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame))
+        !groupsMatchPeaks(data.m_vecPeakGroup, data.m_listPeakFrame)) {
         return QStringLiteral("peaks and groups do not fit the frames");
+    }
     int nPeaks = 0;
-    for (int nFrame = 0; nFrame < nFrameCount; ++nFrame)
+    for (int nFrame = 0; nFrame < nFrameCount; ++nFrame) {
         for (const Peak3D& peak : qAsConst(data.m_listPeakFrame[nFrame])) {
             ++nPeaks;
             if (peak.nFrame != nFrame || !std::isfinite(peak.dfX2D) || !std::isfinite(peak.dfY2D) ||
-                !std::isfinite(peak.dfIPoint) || !std::isfinite(peak.dfI2D))
+                !std::isfinite(peak.dfIPoint) || !std::isfinite(peak.dfI2D)) {
                 return QStringLiteral("a peak of no number or another frame");
+            }
         }
-    if (nPeaks > bytes.size() / 12 + 1)
+    }
+    if (nPeaks > bytes.size() / 12 + 1) {
         return QStringLiteral("more peaks than lines");
+    }
 
-    if (writePeakList(data, written(strFileName), &strReason) != 1)
+    if (writePeakList(data, written(strFileName), &strReason) != 1) {
         return QStringLiteral("not written: %1").arg(strReason);
-    if (!strReason.isEmpty())  // numbers as wide as their fields
+    }
+    if (!strReason.isEmpty()) {  // numbers as wide as their fields
         return g_strGood;
+    }
     const QByteArray bytesWritten = contentOf(written(strFileName));
     if (readPeakListBytes(data, bytesWritten, strFileName, report, &strReason) != 1 ||
-        writePeakList(data, written(strFileName)) != 1 || contentOf(written(strFileName)) != bytesWritten)
+        writePeakList(data, written(strFileName)) != 1 || contentOf(written(strFileName)) != bytesWritten) {
         return QStringLiteral("peaks change when written and read: %1").arg(strReason);
+    }
     return g_strGood;
 }
 
@@ -136,29 +152,35 @@ QString readShifts(const QString& strFileName, const QByteArray&)
     shift.dfCenterX = 3;
     shift.listShift = {QPointF(1, 2)};
     QString strReason;
-    if (!readShiftFile(strFileName, shift, &strReason))
+    if (!readShiftFile(strFileName, shift, &strReason)) {
         return strReason.isEmpty() || shift.dfCenterX != 3 || shift.listShift.size() != 1
                    ? QStringLiteral("a failure without a reason, or one that has changed the shifts")
                    : g_strGood;
+    }
     bool bFits = shift.dfCenterX < 9999 && shift.dfCenterY < 9999 && shift.listShift.size() < 10000;
     for (const QPointF& ptShift : qAsConst(shift.listShift)) {
-        if (!std::isfinite(ptShift.x()) || !std::isfinite(ptShift.y()))
+        if (!std::isfinite(ptShift.x()) || !std::isfinite(ptShift.y())) {
             return QStringLiteral("a shift is no number");
+        }
         bFits = bFits && ptShift.x() < 9999 && ptShift.y() < 9999;
     }
-    if (!std::isfinite(shift.dfCenterX) || !std::isfinite(shift.dfCenterY))
+    if (!std::isfinite(shift.dfCenterX) || !std::isfinite(shift.dfCenterY)) {
         return QStringLiteral("the direct beam is no number");
-    if (!bFits)  // a number that touches the one before it is read as another
+    }
+    if (!bFits) {  // a number that touches the one before it is read as another
         return g_strGood;
+    }
     QFile::remove(written(strFileName));
-    if (!writeShiftFile(written(strFileName), shift))
+    if (!writeShiftFile(written(strFileName), shift)) {
         return QStringLiteral("not written");
+    }
     const QByteArray bytesWritten = contentOf(written(strFileName));
     ShiftData shiftAgain;
     if (!shift.listShift.isEmpty() && (!readShiftFile(written(strFileName), shiftAgain, &strReason) ||
                                        !writeShiftFile(written(strFileName), shiftAgain) ||
-                                       contentOf(written(strFileName)) != bytesWritten))
+                                       contentOf(written(strFileName)) != bytesWritten)) {
         return QStringLiteral("shifts change when written and read: %1").arg(strReason);
+    }
     return g_strGood;
 }
 
@@ -173,25 +195,31 @@ QString readCell(const QString& strFileName, const QByteArray&)
     QString strReason;
     DataSet data;
     data.m_listCell = readUnitCellFile(strFileName, &strReason);
-    if (data.m_listCell.isEmpty())
+    if (data.m_listCell.isEmpty()) {
         return strReason.isEmpty() ? QStringLiteral("no cell and no reason") : g_strGood;
-    if (data.m_listCell.size() != 3)
+    }
+    if (data.m_listCell.size() != 3) {
         return QStringLiteral("%1 vectors").arg(data.m_listCell.size());
+    }
     bool bFits = true;
     for (const Vec3D& v : qAsConst(data.m_listCell)) {
-        if (!finite(v))
+        if (!finite(v)) {
             return QStringLiteral("a vector is no number");
+        }
         bFits = bFits && v.x < 99 && v.y < 99 && v.z < 99;
     }
-    if (!saveUnitCellFile(data, written(strFileName)))
+    if (!saveUnitCellFile(data, written(strFileName))) {
         return QStringLiteral("not written");
-    if (!bFits)  // a number that touches the one before it is read as another
+    }
+    if (!bFits) {  // a number that touches the one before it is read as another
         return g_strGood;
+    }
     const QByteArray bytesWritten = contentOf(written(strFileName));
     const QList<Vec3D> listAgain = readUnitCellFile(written(strFileName), &strReason);
     const std::optional<ReciprocalBasis> basisAgain = basisFromList(listAgain);
-    if (!basisAgain || vectorLines(unitCellText(*basisAgain)) != vectorLines(bytesWritten))
+    if (!basisAgain || vectorLines(unitCellText(*basisAgain)) != vectorLines(bytesWritten)) {
         return QStringLiteral("a cell changes when written and read: %1").arg(strReason);
+    }
     return g_strGood;
 }
 
@@ -199,20 +227,25 @@ QString readCif(const QString& strFileName, const QByteArray&)
 {
     QString strReason;
     const std::optional<CellParameters> cell = cellFromCif(strFileName, &strReason);
-    if (cell.has_value() != strReason.isEmpty())
+    if (cell.has_value() != strReason.isEmpty()) {
         return QStringLiteral("no cell and no reason, or both");
-    if (!cell)
+    }
+    if (!cell) {
         return g_strGood;
+    }
     const std::optional<LatticeBasis> basis = basisOfCell(*cell);
-    if (!basis || !basis->allFinite() || !(basis->determinant() > 0))
+    if (!basis || !basis->allFinite() || !(basis->determinant() > 0)) {
         return QStringLiteral("the six numbers make no cell");
+    }
     QByteArray bytesWritten("data_again\n");
     const char* apszName[] = {"length_a", "length_b", "length_c", "angle_alpha", "angle_beta", "angle_gamma"};
-    for (size_t n = 0; n < 6; ++n)
+    for (size_t n = 0; n < 6; ++n) {
         bytesWritten += QByteArray("_cell_") + apszName[n] + ' ' +
                         QByteArray::number(cell->numbers()[n], 'g', 17) + '\n';
-    if (!writeWholeFile(written(strFileName), bytesWritten))
+    }
+    if (!writeWholeFile(written(strFileName), bytesWritten)) {
         return QStringLiteral("not written");
+    }
     const std::optional<CellParameters> again = cellFromCif(written(strFileName), &strReason);
     return again && again->numbers() == cell->numbers()
                ? g_strGood
@@ -225,12 +258,14 @@ QString readMask(const QString& strFileName, const QByteArray&)
     mask.listPolygon = {QVector<QPointF>{{0, 0}, {9, 0}, {0, 9}}};
     QString strReason;
     const int nPolygons = readMaskFile(mask, strFileName, &strReason);
-    if (nPolygons == 0)
+    if (nPolygons == 0) {
         return strReason.isEmpty() || mask.listPolygon.size() != 1 || mask.listPolygon[0].size() != 3
                    ? QStringLiteral("a failure without a reason, or one that has changed the mask")
                    : g_strGood;
-    if (mask.listPolygon.size() != nPolygons)
+    }
+    if (mask.listPolygon.size() != nPolygons) {
         return QStringLiteral("%1 polygons, told as %2").arg(mask.listPolygon.size()).arg(nPolygons);
+    }
     QList<double> listX{0, 31.5, 64}, listY{0, 31.5, -64};
     removeMaskedPeaks(mask, listX, listY);
     return listX.size() == listY.size() ? g_strGood : QStringLiteral("masking parts the coordinates");
@@ -242,12 +277,14 @@ QString readChoice(const QString& strFileName, const QByteArray&)
     QString strReason;
     const std::optional<SeriesChoice> choice = readSeriesChoice(strBase, &strReason);
     static_cast<void>(isMadeByChoice(strBase + QStringLiteral(".pk"), SeriesChoice()));
-    if (!choice)
+    if (!choice) {
         return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
+    }
     const QList<int> listTaken = takenFrames(*choice, 40);
     const QList<int> listFirst = sumStarts(listTaken, choice->nSum);
-    if (choice->nBin < 1 || choice->nSum < 1 || listFirst.size() * choice->nSum > listTaken.size())
+    if (choice->nBin < 1 || choice->nSum < 1 || listFirst.size() * choice->nSum > listTaken.size()) {
         return QStringLiteral("a choice that cannot be");
+    }
     const auto again = frameRanges(frameRangesText(choice->listFrames));
     return choice->listFrames.isEmpty() || (again && *again == choice->listFrames)
                ? g_strGood
@@ -258,10 +295,11 @@ QString readHotPixels(const QString& strFileName, const QByteArray&)
 {
     QList<QPoint> listHotPixel{QPoint(7, 7)};
     QString strReason;
-    if (!readHotPixelFile(strFileName, listHotPixel, &strReason))
+    if (!readHotPixelFile(strFileName, listHotPixel, &strReason)) {
         return strReason.isEmpty() || listHotPixel.size() != 1
                    ? QStringLiteral("a failure without a reason, or one that has changed the list")
                    : g_strGood;
+    }
     CImgObj<float> image;
     image.Create(5, 4);
     image.Clear();
@@ -276,15 +314,19 @@ QString readReflections(const QString& strFileName, const QByteArray&)
     QList<Vec3D> listPoint{Vec3D{1, 2, 3}};
     QList<HKLRef> listReflection{HKLRef()};
     QString strReason;
-    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason))
+    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason)) {
         return strReason.isEmpty() || listPoint.size() != 1 || listReflection.size() != 1
                    ? QStringLiteral("a failure without a reason, or one that has changed the lists")
                    : g_strGood;
-    if (listPoint.size() != listReflection.size() || listPoint.isEmpty())
+    }
+    if (listPoint.size() != listReflection.size() || listPoint.isEmpty()) {
         return QStringLiteral("lists of different length");
-    for (const Vec3D& v : qAsConst(listPoint))
-        if (!finite(v))
+    }
+    for (const Vec3D& v : qAsConst(listPoint)) {
+        if (!finite(v)) {
             return QStringLiteral("a point is no number");
+        }
+    }
     return peaksOfReflectionList(listPoint, listReflection).size() == listPoint.size()
                ? g_strGood
                : QStringLiteral("points are lost");
@@ -298,21 +340,25 @@ QString readHkl(const QString& strFileName, const QByteArray&)
     bool bShown = false;
     const QList<HKL5> listHKL = readHKLFile(strFileName);
     if (!loadShelxFile(strFileName, basis, listPeak, report, &bShown) || !bShown ||
-        listPeak.size() != listHKL.size())
+        listPeak.size() != listHKL.size()) {
         return QStringLiteral("the list is not shown");
+    }
     QList<HKLRef> listReflection;
     for (const HKL5& hkl : listHKL) {
-        if (hkl.nH == 0 && hkl.nK == 0 && hkl.nL == 0)
+        if (hkl.nH == 0 && hkl.nK == 0 && hkl.nL == 0) {
             continue;
+        }
         listReflection.append({hkl.nH, hkl.nK, hkl.nL, double(hkl.fI)});
     }
-    if (!writeWholeFile(written(strFileName), hklFileText(listReflection, {}).toUtf8()))
+    if (!writeWholeFile(written(strFileName), hklFileText(listReflection, {}).toUtf8())) {
         return QStringLiteral("not written");
+    }
     const QList<HKL5> listAgain = readHKLFile(written(strFileName));
     bool bSame = listAgain.size() == listReflection.size() + 1;  // the closing line
-    for (int i = 0; bSame && i < listReflection.size(); ++i)
+    for (int i = 0; bSame && i < listReflection.size(); ++i) {
         bSame = listAgain[i].nH == listReflection[i].nH && listAgain[i].nK == listReflection[i].nK &&
                 listAgain[i].nL == listReflection[i].nL;
+    }
     return bSame ? g_strGood : QStringLiteral("reflections change when written and read");
 }
 
@@ -335,26 +381,30 @@ QString readTiltList(const QString&, const QByteArray& bytes)
 {
     FrameTilts tilts = evenTilts(1, 7, 0);
     QString strReason;
-    if (!readTilts(bytes, tilts, &strReason))
+    if (!readTilts(bytes, tilts, &strReason)) {
         return strReason.isEmpty() || tilts.size() != 1 || tilts.listStage.value(0) != 7
                    ? QStringLiteral("a failure without a reason, or one that has changed the tilts")
                    : g_strGood;
+    }
     const int nFrames = tilts.size();
-    if (nFrames == 0 || tilts.listStage.size() != nFrames || tilts.listBeam.size() != nFrames)
+    if (nFrames == 0 || tilts.listStage.size() != nFrames || tilts.listBeam.size() != nFrames) {
         return QStringLiteral("lists of different length");
+    }
     QList<QByteArray> listLine = splitTextLines(bytes);
     for (QByteArray& strLine : listLine) {
         strLine.replace(',', ' ').replace(';', ' ').replace("\xC2\xB0", " ");
         const int nWords = strLine.simplified().count(' ') + 1;
-        if (!strLine.startsWith('#') && nWords != 1 && nWords != 3)
+        if (!strLine.startsWith('#') && nWords != 1 && nWords != 3) {
             return QStringLiteral("a line of %1 words").arg(nWords);
+        }
     }
     QByteArray bytesWritten;
     for (int i = 0; i < nFrames; ++i) {
         const double adf[] = {tilts.listStage[i], tilts.listBeam[i], tilts.listOverall[i]};
         for (double df : adf) {
-            if (!std::isfinite(df))
+            if (!std::isfinite(df)) {
                 return QStringLiteral("a tilt is no number");
+            }
             bytesWritten += QByteArray::number(df, 'g', 17) + ' ';
         }
         bytesWritten += '\n';
@@ -438,8 +488,9 @@ QString readAsFile(const FuzzReader& reader, const QByteArray& bytes)
     static const QTemporaryDir s_folder;
     const QString strFileName = s_folder.filePath(reader.strFile);
     QFile file(strFileName);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush())
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
         return QStringLiteral("%1: %2").arg(strFileName, file.errorString());
+    }
     file.close();
     return reader.fnRead(strFileName, bytes);
 }

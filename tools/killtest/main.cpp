@@ -81,8 +81,9 @@ CImgObj<float> imageOf(int nVersion)
 {
     CImgObj<float> image;
     image.Create(512, 512);
-    for (int i = 0; i < 512 * 512; ++i)
+    for (int i = 0; i < 512 * 512; ++i) {
         image.Data()[i] = float((i * (3 + nVersion)) % 4001);
+    }
     return image;
 }
 
@@ -91,8 +92,9 @@ bool writeVolume(const QString& strFile, int nVersion)
     const CImgObj<float> image = imageOf(nVersion);
     CMrcWriter<float> writer;
     bool bWritten = writer.open(strFile, 512, 512, 12);
-    for (int z = 0; z < 12; ++z)
+    for (int z = 0; z < 12; ++z) {
         bWritten = bWritten && writer.addSection(image.Data());
+    }
     return bWritten && writer.commit();
 }
 
@@ -118,8 +120,9 @@ std::vector<Writer> fileWriters()
         {"sc",  // the shorter list in place of the longer one, which is kept as "s.sc~"
          [=](const QString& str, int n) {
              ShiftData shift;
-             for (int i = 0; i < 900 - 300 * n; ++i)
+             for (int i = 0; i < 900 - 300 * n; ++i) {
                  shift.listShift.append(QPointF(0.25 * i, n));
+             }
              return writeShiftFile(inFolder(str, "s.sc"), shift);
          }},
         {"uc",
@@ -132,8 +135,9 @@ std::vector<Writer> fileWriters()
          [=](const QString& str, int n) {
              const QString strFile = inFolder(str, "s.ed3d");
              NewProject project;
-             for (int i = 0; i < 2000; ++i)
+             for (int i = 0; i < 2000; ++i) {
                  project.listFrame.append(str + QStringLiteral("/f%1.mrc").arg(i));
+             }
              project.tilts = evenTilts(2000, -60, 0.05 + 0.01 * n);
              project.dfWavelength = 0.0251;
              project.dfPixelSize = 0.004;
@@ -201,14 +205,16 @@ QMap<QString, QByteArray> filesOf(const QString& strFolder)
     QMap<QString, QByteArray> mapFile;
     for (const QString& strName : QDir(strFolder).entryList(QDir::Files)) {
         QFile file(strFolder + QLatin1Char('/') + strName);
-        if (!file.open(QIODevice::ReadOnly))
+        if (!file.open(QIODevice::ReadOnly)) {
             continue;
+        }
         QByteArray bytes = file.readAll();
-        if (strName.endsWith(QLatin1String(".log")) || strName.endsWith(QLatin1String(".json")))
+        if (strName.endsWith(QLatin1String(".log")) || strName.endsWith(QLatin1String(".json"))) {
             bytes = QString::fromUtf8(bytes)
                         .replace(QRegularExpression(QStringLiteral("-?[0-9.]+(e[-+][0-9]+)?")),
                                  QStringLiteral("0"))
                         .toUtf8();
+        }
         mapFile[strName] = bytes;
     }
     return mapFile;
@@ -231,24 +237,29 @@ Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, 
     QMap<QString, QByteArray> amapVersion[2];
     QElapsedTimer timer;
     timer.start();
-    for (int nPass = 0; nPass < 2; ++nPass)  // the second time over what the other version has left
+    for (int nPass = 0; nPass < 2; ++nPass) {  // the second time over what the other version has left
         for (int nVersion : {1, 0}) {
-            if (!succeeded(forked([&] { return fnWrite(strFolder, nVersion); })))
+            if (!succeeded(forked([&] { return fnWrite(strFolder, nVersion); }))) {
                 figures.listWrong.append(QStringLiteral("version %1 cannot be written").arg(nVersion));
+            }
             amapVersion[nVersion] = filesOf(strFolder);
         }
+    }
     const double dfOneWrite = double(timer.nsecsElapsed()) / 4000;  // microseconds
-    for (int nVersion : {0, 1})
+    for (int nVersion : {0, 1}) {
         amapVersion[nVersion].remove(QStringLiteral("s.sc~"));
-    if (amapVersion[0] == amapVersion[1])
+    }
+    if (amapVersion[0] == amapVersion[1]) {
         figures.listWrong.append(QStringLiteral("the two versions are the same"));
+    }
 
     std::uniform_real_distribution<double> delay(0, 3 * dfOneWrite);
     for (int nRound = 0; nRound < nRounds; ++nRound) {
         const pid_t nProcess = forked([&] {
             for (int nVersion = 1;; nVersion = 1 - nVersion) {
-                if (!fnWrite(strFolder, nVersion))
+                if (!fnWrite(strFolder, nVersion)) {
                     return false;
+                }
             }
         });
         usleep(static_cast<useconds_t>(delay(random)));
@@ -263,9 +274,10 @@ Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, 
                 static const QRegularExpression s_suffix(QStringLiteral("\\.[A-Za-z0-9]{6}$"));
                 const bool bHarmless = s_suffix.match(strName).hasMatch() &&
                                        amapVersion[0].contains(QString(strName).remove(s_suffix));
-                if (!bHarmless)
+                if (!bHarmless) {
                     figures.listWrong.append(
                         QStringLiteral("round %1: stray file %2").arg(nRound).arg(strName));
+                }
                 ++figures.nTemporary;
                 QFile::remove(strFolder + QLatin1Char('/') + it.key());
             } else if (it.value() == amapVersion[0][strName]) {
@@ -280,16 +292,21 @@ Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, 
                                              .arg(it.value().size()));
             }
         }
-        for (const QString& strName : writer.listTogether)
-            for (const QString& strOther : writer.listTogether)
+        for (const QString& strName : writer.listTogether) {
+            for (const QString& strOther : writer.listTogether) {
                 if (mapFile[strName] != amapVersion[1][strName] &&
-                    mapFile[strOther] != amapVersion[0][strOther])
+                    mapFile[strOther] != amapVersion[0][strOther]) {
                     figures.listWrong.append(QStringLiteral("round %1: %2 is the old one and %3 the new one")
                                                  .arg(nRound)
                                                  .arg(strName, strOther));
-        for (const QString& strName : amapVersion[0].keys())
-            if (!mapFile.contains(strName))
+                }
+            }
+        }
+        for (const QString& strName : amapVersion[0].keys()) {
+            if (!mapFile.contains(strName)) {
                 figures.listWrong.append(QStringLiteral("round %1: %2 is gone").arg(nRound).arg(strName));
+            }
+        }
     }
     return figures;
 }
@@ -311,15 +328,18 @@ bool runDriver(const QString& strDriver, const QString& strProject, const QStrin
                                    QString::number(nVersion == 0 ? 0.012 : 0.0125)};
     QList<QByteArray> listBytes;
     std::vector<char*> vecArgument;
-    for (const QString& str : listArgument)
+    for (const QString& str : listArgument) {
         listBytes.append(str.toLocal8Bit());
-    for (QByteArray& bytes : listBytes)
+    }
+    for (QByteArray& bytes : listBytes) {
         vecArgument.push_back(bytes.data());
+    }
     vecArgument.push_back(nullptr);
     const pid_t nProcess = fork();
     if (nProcess == 0) {
-        if (std::freopen("/dev/null", "w", stdout) && std::freopen("/dev/null", "w", stderr))
+        if (std::freopen("/dev/null", "w", stdout) && std::freopen("/dev/null", "w", stderr)) {
             execv(vecArgument[0], vecArgument.data());
+        }
         _exit(127);
     }
     return succeeded(nProcess);
@@ -347,8 +367,9 @@ int main(int argc, char** argv)
     const int nRounds = parser.value(QStringLiteral("rounds")).toInt();
     const unsigned nSeed = parser.value(QStringLiteral("seed")).toUInt();
     const QTemporaryDir folder;
-    if (nRounds < 1 || !folder.isValid())
+    if (nRounds < 1 || !folder.isValid()) {
         return 2;
+    }
     prctl(PR_SET_CHILD_SUBREAPER, 1);  // so that killGroup() can wait for grandchildren
 
     std::vector<Writer> vecWriter = fileWriters();
@@ -359,8 +380,9 @@ int main(int argc, char** argv)
                 strBin + QStringLiteral("/tessera-simulate"),
                 {QStringLiteral("--out"), strSeries, QStringLiteral("--name"), QStringLiteral("s"),
                  QStringLiteral("--frames"), QStringLiteral("24"), QStringLiteral("--size"),
-                 QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) != 0)
+                 QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) != 0) {
             return 2;
+        }
         vecWriter.push_back({"tessera-batch",
                              [&](const QString& str, int n) {
                                  return runDriver(strBin + QStringLiteral("/tessera-batch"),
@@ -377,8 +399,9 @@ int main(int argc, char** argv)
         std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n",
                     writer.pName, figures.nOld, figures.nNew, figures.nTorn, figures.nTemporary,
                     figures.listWrong.size());
-        for (const QString& str : figures.listWrong)
+        for (const QString& str : figures.listWrong) {
             std::printf("  %s\n", qPrintable(str));
+        }
         bGood = bGood && figures.listWrong.isEmpty();
     }
     // The kills are worth something only if they tear a file that is written in its place.

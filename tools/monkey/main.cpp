@@ -72,8 +72,9 @@ void keepMessage(QtMsgType type, const QMessageLogContext&, const QString& strTe
     } else {
         ++g_mapWarning[strText];
     }
-    if (type == QtFatalMsg)
+    if (type == QtFatalMsg) {
         std::abort();
+    }
 }
 
 /// Aborts the thread of the window when it makes no step for too long.
@@ -97,8 +98,9 @@ void watchForHangs(pthread_t nWindowThread)
 QString nameOf(const QWidget* p)
 {
     QString strText;
-    if (const auto* pButton = qobject_cast<const QAbstractButton*>(p))
+    if (const auto* pButton = qobject_cast<const QAbstractButton*>(p)) {
         strText = pButton->text();
+    }
     return QStringLiteral("%1 %2 \"%3\"").arg(p->metaObject()->className(), p->objectName(), strText);
 }
 
@@ -125,10 +127,12 @@ public:
     {
         std::printf("%d steps, %d dialogs answered, %d windows opened, deepest nesting %d\n", g_nStep.load(),
                     m_nDialogs, m_nWindows, m_nDeepest);
-        for (auto it = m_mapDone.begin(); it != m_mapDone.end(); ++it)
+        for (auto it = m_mapDone.begin(); it != m_mapDone.end(); ++it) {
             std::printf("  %-12s %d\n", qPrintable(it.key()), it.value());
-        for (auto it = g_mapWarning.begin(); it != g_mapWarning.end(); ++it)
+        }
+        for (auto it = g_mapWarning.begin(); it != g_mapWarning.end(); ++it) {
             std::printf("  %d times: %s\n", it.value(), qPrintable(it.key()));
+        }
     }
 
 private:
@@ -174,26 +178,29 @@ private:
 
     void step()
     {
-        if (m_bEnded)
+        if (m_bEnded) {
             return;
+        }
         ++g_nStep;
         later();  // before anything that may run an event loop of its own
         ++m_nDepth;
         m_nDeepest = qMax(m_nDeepest, m_nDepth);
-        if (m_bDragging)
+        if (m_bDragging) {
             QDrag::cancel();  // of a colour, say: Qt waits for a release that would come after the move only
-        if (m_timer.elapsed() > 1000 * m_dfSeconds)
+        }
+        if (m_timer.elapsed() > 1000 * m_dfSeconds) {
             end();
-        else if (QWidget* pPopup = QApplication::activePopupWidget())
+        } else if (QWidget* pPopup = QApplication::activePopupWidget()) {
             useMenu(pPopup);
-        else if (QWidget* pDialog = QApplication::activeModalWidget())
+        } else if (QWidget* pDialog = QApplication::activeModalWidget()) {
             useDialog(pDialog);
-        else if (m_nDepth > g_nMostNested)
+        } else if (m_nDepth > g_nMostNested) {
             pressStop();
-        else if (!m_pWindow->isVisible() && m_nDepth == 1)
+        } else if (!m_pWindow->isVisible() && m_nDepth == 1) {
             reopen();
-        else if (m_pWindow->isVisible())
+        } else if (m_pWindow->isVisible()) {
             useWindow();
+        }
         --m_nDepth;
     }
 
@@ -215,22 +222,25 @@ private:
     void reopen()
     {
         say("reopen", m_strProject);
-        if (chance(50))
+        if (chance(50)) {
             copySeries();
-        if (chance(50))
+        }
+        if (chance(50)) {
             openWindow();
-        else
+        } else {
             m_pWindow->show();
+        }
     }
 
     void pressStop()
     {
-        for (QAbstractButton* pButton : m_pWindow->findChildren<QAbstractButton*>())
+        for (QAbstractButton* pButton : m_pWindow->findChildren<QAbstractButton*>()) {
             if (pButton->text().contains(QLatin1String("Stop")) && pButton->isEnabled()) {
                 say("stop", nameOf(pButton));
                 pButton->click();
                 return;
             }
+        }
     }
 
     /// A file of the folder, or a name that is not there yet.
@@ -238,11 +248,12 @@ private:
     {
         static const char* const s_apSuffix[] = {"ed3d", "pk",  "sc",  "uc",  "hkl", "mrc", "png",
                                                  "img",  "txt", "msk", "tif", "",    "bmp"};
-        if (chance(25))
+        if (chance(25)) {
             return QStringLiteral("%1/new%2.%3")
                 .arg(m_strWork)
                 .arg(pick(5))
                 .arg(QLatin1String(s_apSuffix[pick(int(std::size(s_apSuffix)))]));
+        }
         const QStringList listFile = QDir(m_strWork).entryList(QDir::Files);
         return m_strWork + QLatin1Char('/') + listFile.value(pick(listFile.size()));
     }
@@ -268,8 +279,9 @@ private:
     void useDialog(QWidget* pWidget)
     {
         auto* pDialog = qobject_cast<QDialog*>(pWidget);
-        if (pWidget != m_pDialog)
+        if (pWidget != m_pDialog) {
             m_nInDialog = 0;
+        }
         m_pDialog = pWidget;
         if (pDialog && (++m_nInDialog > g_nStepsInADialog || m_nDepth > g_nMostNested + 2 || chance(5))) {
             say("dialog", QStringLiteral("%1 \"%2\" left").arg(nameOf(pDialog), pDialog->windowTitle()));
@@ -300,32 +312,37 @@ private:
     void useWindow()
     {
         const int nDice = pick(100);
-        if (nDice < 14)
+        if (nDice < 14) {
             triggerAction();
-        else if (nDice < 15)
+        } else if (nDice < 15) {
             drop();
-        else if (nDice < 17)
+        } else if (nDice < 17) {
             resize();
-        else
+        } else {
             useWidgets(pickWindow());
+        }
     }
 
     /// The main window, or now and then another one that stands open.
     QWidget* pickWindow()
     {
         QList<QWidget*> listOther;
-        for (QWidget* p : QApplication::topLevelWidgets())
-            if (p->isVisible() && p != m_pWindow.get() && p->windowType() != Qt::ToolTip)
+        for (QWidget* p : QApplication::topLevelWidgets()) {
+            if (p->isVisible() && p != m_pWindow.get() && p->windowType() != Qt::ToolTip) {
                 listOther.append(p);
+            }
+        }
         return listOther.isEmpty() || chance(70) ? m_pWindow.get() : pickOf(listOther);
     }
 
     void triggerAction()
     {
         QList<QAction*> listAction;
-        for (QAction* pAction : m_pWindow->findChildren<QAction*>())
-            if (pAction->isEnabled() && pAction->isVisible() && !pAction->menu() && !pAction->isSeparator())
+        for (QAction* pAction : m_pWindow->findChildren<QAction*>()) {
+            if (pAction->isEnabled() && pAction->isVisible() && !pAction->menu() && !pAction->isSeparator()) {
                 listAction.append(pAction);
+            }
+        }
         if (QAction* pAction = pickOf(listAction)) {
             say("action", pAction->text());
             pAction->trigger();
@@ -336,9 +353,10 @@ private:
     {
         QMimeData data;
         QList<QUrl> listUrl;
-        for (int n = 1 + pick(3); n > 0; --n)
+        for (int n = 1 + pick(3); n > 0; --n) {
             listUrl.append(
                 QUrl::fromLocalFile(chance(60) ? m_strWork + QLatin1Char('/') + m_strProject : fileName()));
+        }
         data.setUrls(listUrl);
         say("drop", listUrl.first().toString());
         QDragEnterEvent eventEnter(QPoint(9, 9), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
@@ -357,59 +375,68 @@ private:
     void useWidgets(QWidget* pTop)
     {
         QList<QWidget*> listWidget;
-        for (QWidget* p : pTop->findChildren<QWidget*>())
-            if (p->isVisible() && p->isEnabled() && p->window() == pTop)
+        for (QWidget* p : pTop->findChildren<QWidget*>()) {
+            if (p->isVisible() && p->isEnabled() && p->window() == pTop) {
                 listWidget.append(p);
+            }
+        }
         QWidget* pWidget = listWidget.isEmpty() ? pTop : pickOf(listWidget);
         const int nDice = pick(100);
-        if (nDice < 18)
+        if (nDice < 18) {
             setValue(listWidget);
-        else if (nDice < 36)
+        } else if (nDice < 36) {
             clickButton(listWidget);
-        else if (nDice < 60)
+        } else if (nDice < 60) {
             clickIn(pTop, pWidget);
-        else if (nDice < 72)
+        } else if (nDice < 72) {
             dragIn(pTop, pWidget);
-        else if (nDice < 80)
+        } else if (nDice < 80) {
             turnWheel(pWidget);
-        else if (nDice < 86)
+        } else if (nDice < 86) {
             turnPage(listWidget);
-        else
+        } else {
             pressAnyKey(pTop);
+        }
     }
 
     /// A number at an end of its range or within it, an entry, a text.
     void setValue(const QList<QWidget*>& listWidget)
     {
         QList<QWidget*> listBox;
-        for (QWidget* p : listWidget)
+        for (QWidget* p : listWidget) {
             if (qobject_cast<QAbstractSpinBox*>(p) || qobject_cast<QComboBox*>(p) ||
-                qobject_cast<QSlider*>(p))
+                qobject_cast<QSlider*>(p)) {
                 listBox.append(p);
+            }
+        }
         QWidget* p = pickOf(listBox);
-        if (!p)
+        if (!p) {
             return;
+        }
         const double dfPart = chance(15) ? 0 : chance(15) ? 1 : pick(1001) / 1000.0;
         say("value", QStringLiteral("%1 to %2 of its range").arg(nameOf(p)).arg(dfPart));
         const auto between = [dfPart](double dfMin, double dfMax) {
             return dfMin + dfPart * (dfMax - dfMin);
         };
-        if (auto* pInt = qobject_cast<QSpinBox*>(p))
+        if (auto* pInt = qobject_cast<QSpinBox*>(p)) {
             pInt->setValue(int(between(pInt->minimum(), pInt->maximum())));
-        else if (auto* pDouble = qobject_cast<QDoubleSpinBox*>(p))
+        } else if (auto* pDouble = qobject_cast<QDoubleSpinBox*>(p)) {
             pDouble->setValue(chance(50) ? between(pDouble->minimum(), pDouble->maximum()) : 20 * dfPart);
-        else if (auto* pCombo = qobject_cast<QComboBox*>(p))
+        } else if (auto* pCombo = qobject_cast<QComboBox*>(p)) {
             pCombo->setCurrentIndex(pick(pCombo->count()));
-        else if (auto* pSlider = qobject_cast<QSlider*>(p))
+        } else if (auto* pSlider = qobject_cast<QSlider*>(p)) {
             pSlider->setValue(int(between(pSlider->minimum(), pSlider->maximum())));
+        }
     }
 
     void clickButton(const QList<QWidget*>& listWidget)
     {
         QList<QAbstractButton*> listButton;
-        for (QWidget* p : listWidget)
-            if (auto* pButton = qobject_cast<QAbstractButton*>(p))
+        for (QWidget* p : listWidget) {
+            if (auto* pButton = qobject_cast<QAbstractButton*>(p)) {
                 listButton.append(pButton);
+            }
+        }
         if (QAbstractButton* pButton = pickOf(listButton)) {
             say("button", nameOf(pButton));
             pButton->click();
@@ -432,17 +459,19 @@ private:
         say("click", QStringLiteral("%1 at %2, %3").arg(nameOf(pWidget)).arg(pt.x()).arg(pt.y()));
         QWindow* pWindow = pTop->windowHandle();
         const Qt::MouseButton button = pickButton();
-        if (pWindow && chance(15))
+        if (pWindow && chance(15)) {
             QTest::mouseDClick(pWindow, button, pickModifiers(), pt);
-        else if (pWindow)
+        } else if (pWindow) {
             QTest::mouseClick(pWindow, button, pickModifiers(), pt);
+        }
     }
 
     void dragIn(QWidget* pTop, QWidget* pWidget)
     {
         QWindow* pWindow = pTop->windowHandle();
-        if (!pWindow)
+        if (!pWindow) {
             return;
+        }
         QPoint pt = pWidget->mapTo(pTop, pickPoint(pWidget));
         const QPoint ptEnd = chance(80) ? pWidget->mapTo(pTop, pickPoint(pWidget)) : pickPoint(pTop);
         const Qt::MouseButton button = pickButton();
@@ -456,11 +485,13 @@ private:
         const QPointer<QWindow> pGuard(pWindow);
         QTest::mousePress(pWindow, button, modifiers, pt);
         m_bDragging = true;
-        for (int i = 1; i <= 4 && pGuard; ++i)
+        for (int i = 1; i <= 4 && pGuard; ++i) {
             QTest::mouseMove(pWindow, pt + (ptEnd - pt) * i / 4);
+        }
         m_bDragging = false;
-        if (pGuard)
+        if (pGuard) {
             QTest::mouseRelease(pWindow, button, modifiers, ptEnd);
+        }
     }
 
     void turnWheel(QWidget* pWidget)
@@ -476,9 +507,11 @@ private:
     void turnPage(const QList<QWidget*>& listWidget)
     {
         QList<QWidget*> listPages;
-        for (QWidget* p : listWidget)
-            if (qobject_cast<QToolBox*>(p) || qobject_cast<QTabBar*>(p))
+        for (QWidget* p : listWidget) {
+            if (qobject_cast<QToolBox*>(p) || qobject_cast<QTabBar*>(p)) {
                 listPages.append(p);
+            }
+        }
         QWidget* p = pickOf(listPages);
         if (auto* pToolBox = qobject_cast<QToolBox*>(p)) {
             const int nPage = pick(pToolBox->count());
@@ -514,8 +547,9 @@ private:
         const bool bPath = pEdit && pEdit->text().contains(QLatin1Char('/')) && nKey != Qt::Key_Return;
         say("key", QKeySequence(nKey | int(modifiers)).toString() +
                        (bPath ? QStringLiteral(" left out") : QString()));
-        if (QWindow* pWindow = bPath ? nullptr : pTop->windowHandle())
+        if (QWindow* pWindow = bPath ? nullptr : pTop->windowHandle()) {
             QTest::keyClick(pWindow, Qt::Key(nKey), modifiers);
+        }
     }
 
     std::mt19937 m_random;
@@ -553,10 +587,12 @@ int main(int argc, char** argv)
     using namespace tessera;
     // Nothing of the user's is read or written.
     const QTemporaryDir home;
-    for (const char* pName : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+    for (const char* pName : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
         qputenv(pName, QFile::encodeName(home.path()));
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     // Kept to the end: the offscreen platform loses track of its screen when the application goes.
     static const QApplication* pApplication = new QApplication(argc, argv);
@@ -577,20 +613,25 @@ int main(int argc, char** argv)
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("The .ed3d file of a small series."));
     parser.process(*pApplication);
-    if (parser.positionalArguments().size() != 1 || !QFileInfo::exists(parser.positionalArguments().first()))
+    if (parser.positionalArguments().size() != 1 ||
+        !QFileInfo::exists(parser.positionalArguments().first())) {
         parser.showHelp(2);
-    if (parser.isSet(QStringLiteral("log")))
+    }
+    if (parser.isSet(QStringLiteral("log"))) {
         g_pLog = std::fopen(QFile::encodeName(parser.value(QStringLiteral("log"))).constData(), "w");
-    if (!g_pLog)
+    }
+    if (!g_pLog) {
         return 2;
+    }
     const unsigned nSeed = parser.value(QStringLiteral("seed")).toUInt();
     std::printf("seed %u\n", nSeed);
     std::fflush(stdout);
     std::fprintf(g_pLog, "seed %u\n", nSeed);
 
     CNoBrowser noBrowser;
-    for (const char* pScheme : {"http", "https", "file", "mailto"})
+    for (const char* pScheme : {"http", "https", "file", "mailto"}) {
         QDesktopServices::setUrlHandler(QString::fromLatin1(pScheme), &noBrowser, "open");
+    }
     qInstallMessageHandler(keepMessage);
     watchForHangs(pthread_self());
     CMonkey monkey(parser.positionalArguments().first(), nSeed,

@@ -37,9 +37,11 @@ template <typename T>
 T* find(const QObject* pParent, const QString& strText)
 {
     const QList<T*> listFound = pParent->findChildren<T*>();
-    for (T* pFound : listFound)
-        if (textOf(pFound) == strText)
+    for (T* pFound : listFound) {
+        if (textOf(pFound) == strText) {
             return pFound;
+        }
+    }
     std::fprintf(stderr, "Nothing in the window is called %s\n", qPrintable(strText));
     std::exit(1);
 }
@@ -53,11 +55,12 @@ public:
     QWidget* openPage(const QString& strTitle)
     {
         auto* pToolBox = m_window.findChild<QToolBox*>();
-        for (int i = 0; i < pToolBox->count(); ++i)
+        for (int i = 0; i < pToolBox->count(); ++i) {
             if (pToolBox->itemText(i) == strTitle) {
                 pToolBox->setCurrentIndex(i);
                 return pToolBox->widget(i);
             }
+        }
         std::fprintf(stderr, "The tool box has no page %s\n", qPrintable(strTitle));
         std::exit(1);
     }
@@ -65,8 +68,9 @@ public:
     /// @param fnPose  what is to be done again in each size, before the picture
     void shoot(const QString& strName, const std::function<void()>& fnPose = {})
     {
-        for (const QSize& size : {QSize(1280, 800), QSize(1920, 1080)})
+        for (const QSize& size : {QSize(1280, 800), QSize(1920, 1080)}) {
             shootIn(size, strName, fnPose);
+        }
     }
 
     /// In the smaller size alone, for rows of pictures that belong together.

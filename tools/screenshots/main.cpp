@@ -81,8 +81,9 @@ int main(int argc, char** argv)
     // A user's settings neither show in the pictures nor suffer from them.
     QTemporaryDir dirSettings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dirSettings.path());
-    if (!QDir().mkpath(listArgument[3]))
+    if (!QDir().mkpath(listArgument[3])) {
         return 1;
+    }
 
     MainWindow window;
     CCamera camera(window, QDir(listArgument[3]));
@@ -171,8 +172,9 @@ int main(int argc, char** argv)
     find<QPushButton>(p3D, QStringLiteral("a*"))->click();
     const QList<QSpinBox*> listRange =
         find<QGroupBox>(p3D, QStringLiteral("HKL Range"))->findChildren<QSpinBox*>();
-    for (QSpinBox* pSpin : listRange)
+    for (QSpinBox* pSpin : listRange) {
         pSpin->setValue(pSpin == listRange.first() ? 0 : 4);
+    }
     camera.shoot(QStringLiteral("lattice"));
 
     // The raw cloud: a group made by a rubber band, and another band under way.

@@ -19,13 +19,15 @@ namespace tessera {
 
 void MainWindow::runIndexing()
 {
-    if (refuseDuringRun(tr("Indexing")))
+    if (refuseDuringRun(tr("Indexing"))) {
         return;
+    }
     syncParametersWithControls(true);
     QList<Peak3D> listSelection;
     // Without a cell the run says so before anything is chosen.
-    if (cellInForce(m_dataSet) && !selectReflectionsForProcessing(listSelection))
+    if (cellInForce(m_dataSet) && !selectReflectionsForProcessing(listSelection)) {
         return;
+    }
     CRunScope scope(*this);
     WindowReport report(*this);
     const CWaitCursor wait;
@@ -50,10 +52,12 @@ void MainWindow::showIndexing(const IndexingResult& result)
     } aGroup[] = {{QStringLiteral("Duplicated"), result.listDuplicatedID, Qt::green},
                   {QStringLiteral("Unindexed"), result.listUnindexedID, Qt::red},
                   {QStringLiteral("On edge"), result.listOnEdgeID, Qt::magenta}};
-    for (const auto& group : aGroup)
-        if (!group.listId.isEmpty())
+    for (const auto& group : aGroup) {
+        if (!group.listId.isEmpty()) {
             m_pView3DMerged->insertPointGroupById(m_pView3DMerged->groupLabels().size(), group.strLabel,
                                                   group.listId, group.color);
+        }
+    }
     update3DViewControls();
     updatePeakTable(result.listIndexed);
     showPeakText();
@@ -67,27 +71,31 @@ void MainWindow::showInMergedView(const QList<Peak3D>& listPeak, const QList<int
     const QuietView quiet(*m_pView3DMerged);
     m_pView3DMerged->setPointSizeRatio(m_pView3DPage->m_pSpinPointSize->value());
     m_pView3DMerged->setPoints(listPeak);
-    if (!listStreak.isEmpty())
+    if (!listStreak.isEmpty()) {
         m_pView3DMerged->insertPointGroup(1, QStringLiteral("Streaks"), listStreak, Qt::cyan);
+    }
     float afRotation[16];
     float fPanX = 0, fPanY = 0, fZoom = 0;
     m_pView3DRaw->getCamera(afRotation, fPanX, fPanY, fZoom);
     m_pView3DMerged->setCamera(afRotation, fPanX, fPanY, fZoom);
-    if (bColors)
+    if (bColors) {
         applyLatticeColors();
+    }
 }
 
 bool MainWindow::loadShelxFile()
 {
-    if (refuseDuringRun(tr("Loading reflections")))
+    if (refuseDuringRun(tr("Loading reflections"))) {
         return false;
+    }
     QString strFile;
     if (cellInForce(m_dataSet)) {  // without a cell the reader says so
         syncParametersWithControls(true);
         strFile = QFileDialog::getOpenFileName(this, tr("Load an HKL file"), m_strWorkingDir,
                                                tr("HKL File (*.hkl);;All Files (*.*)"));
-        if (strFile.isEmpty())
+        if (strFile.isEmpty()) {
             return false;
+        }
     }
     WindowReport report(*this);
     QList<Peak3D> listPeak;
@@ -95,8 +103,9 @@ bool MainWindow::loadShelxFile()
     bool bLoaded = false;
     guarded([&] {
         bLoaded = tessera::loadShelxFile(strFile, cellInForce(m_dataSet), listPeak, report, &bShown);
-        if (bShown)
+        if (bShown) {
             showReflectionList(listPeak);
+        }
     });
     return bLoaded;
 }

@@ -22,10 +22,12 @@ namespace tessera {
 void MainWindow::runUnitCellRefinement()
 {
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
-        if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report))
+        if (!m_dataSet.m_vecPeakIndexedOnFrame.isEmpty() && !holdsIndicesOfCell(report)) {
             return;
-        if (m_refinement.m_bRefine2D)
+        }
+        if (m_refinement.m_bRefine2D) {
             clearFrameMarks();
+        }
         m_pRefinementPage->m_pButtonRunRefinement->setEnabled(false);
         const RefinementParameters refinement = m_refinement;
         guarded([&] {
@@ -40,8 +42,9 @@ void MainWindow::runUnitCellRefinement()
 
 void MainWindow::refineDirectBeamPosition()
 {
-    if (stopsRun() || !holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame))
+    if (stopsRun() || !holdsPeaks(m_dataSet.m_vecPeakIndexedOnFrame)) {
         return;
+    }
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
                                     m_dataSet.m_dfPixelSize};
@@ -59,14 +62,16 @@ void MainWindow::refineDirectBeamPosition()
         });
         const bool bGoing = report.goOn();
         if (bGoing && std::all_of(vecMap.begin(), vecMap.end(),
-                                  [](const DifferenceMap& map) { return map.nPairs == 0; }))
+                                  [](const DifferenceMap& map) { return map.nPairs == 0; })) {
             report.addMessage(tr("No two peaks of a frame lie within the d* range of the page \"Unit Cell "
                                  "Refinement\"."),
                               Severity::Error);
-        if (!bGoing)
+        }
+        if (!bGoing) {
             report.addMessage(
                 tr("%1>Refinement of the direct beam position did not finish.").arg(currentTimeStamp()),
                 Severity::Error);
+        }
     });
 }
 
@@ -74,19 +79,21 @@ void MainWindow::withIndexedReflections(const std::function<void(CRunReport&)>& 
 {
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         const bool bCell = cellInForce(m_dataSet).has_value();  // without one the run says so
-        if (bCell && m_dataSet.m_listReflectionIndexed.isEmpty())
+        if (bCell && m_dataSet.m_listReflectionIndexed.isEmpty()) {
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
                 Severity::Error);
-        else if (!bCell || holdsIndicesOfCell(report))
+        } else if (!bCell || holdsIndicesOfCell(report)) {
             fnRun(report);
+        }
     });
 }
 
 bool MainWindow::holdsIndicesOfCell(CRunReport& report)
 {
-    if (tessera::holdsIndicesOfCell(m_dataSet))
+    if (tessera::holdsIndicesOfCell(m_dataSet)) {
         return true;
+    }
     report.addMessage(tr("The unit cell is another one than the reflections were indexed with. Index them "
                          "again first."),
                       Severity::Error);
@@ -113,8 +120,9 @@ void MainWindow::refineBasisVectors()
                                                      alive.report(), options);
             });
         });
-        if (result)
+        if (result) {
             offerCell(*result);
+        }
     });
 }
 
@@ -128,14 +136,16 @@ void MainWindow::refineUnitCellUsingFrameNo()
                 const DataSet& dataSet = alive.dataSet();
                 result = tessera::refineUnitCellUsingFrameNo(dataSet.m_listReflectionIndexed, dataSet,
                                                              alive.report(), options);
-                if (result)
+                if (result) {
                     tessera::calExpectedFrameNo(result->basisBefore.toList(), result->basis.toList(),
                                                 result->listPeak, dataSet, alive.report(), options,
                                                 result->bExchanged);
+                }
             });
         });
-        if (result)
+        if (result) {
             offerCell(*result);
+        }
     });
 }
 

@@ -23,27 +23,33 @@ bool MainWindow::transformUnitCell()
     const std::optional<ReciprocalBasis> basis = tessera::transformUnitCell(
         basisFromList(m_dataSet.m_listCellFound), m_dfCellMatrix,
         bReciprocal ? TransformationSpace::Reciprocal : TransformationSpace::Real, report, m_strLatticeHost);
-    if (!basis)
+    if (!basis) {
         return false;
+    }
     m_dataSet.m_listCell = basis->toList();
-    for (ED3DWidget* pView : views3D())
+    for (ED3DWidget* pView : views3D()) {
         pView->setLattice(m_dataSet.m_listCell);
+    }
     updateUnitCellInfo();
     return true;
 }
 
 void MainWindow::transformUnitCellClicked()
 {
-    if (refuseDuringRun(tr("Transforming the cell")) || !readCellMatrix() || !transformUnitCell())
+    if (refuseDuringRun(tr("Transforming the cell")) || !readCellMatrix() || !transformUnitCell()) {
         return;
-    for (int nRow = 0; nRow < 3; ++nRow)
-        for (int nColumn = 0; nColumn < 3; ++nColumn)
+    }
+    for (int nRow = 0; nRow < 3; ++nRow) {
+        for (int nColumn = 0; nColumn < 3; ++nColumn) {
             m_pCellPage->m_apEditMatrix[nRow][nColumn]->setText(nRow == nColumn ? QStringLiteral("1")
                                                                                 : QStringLiteral("0"));
+        }
+    }
     m_dfCellMatrix = CMatrix3::identity();
     WindowReport report(*this);
-    if (commitTransformedCell(m_dataSet))
+    if (commitTransformedCell(m_dataSet)) {
         saveProjectCell(report);
+    }
     m_pCellPage->m_pButtonTest->setChecked(false);
     showPeakText();  // the labels of the former cell
 }
@@ -60,31 +66,34 @@ void MainWindow::testUnitCellToggled(bool bChecked)
         m_pCellPage->m_pButtonTest->setChecked(false);
         return;
     }
-    if (bChecked)
+    if (bChecked) {
         transformUnitCell();
-    else if (basisFromList(m_dataSet.m_listCellFound))
+    } else if (basisFromList(m_dataSet.m_listCellFound)) {
         updateUnitCell();
-    else
+    } else {
         updateUnitCellInfo();
+    }
 }
 
 void MainWindow::unitCellTransformatinMatrixEdited()
 {
     const CMatrix3 matrixBefore = m_dfCellMatrix;
     if (!readCellMatrix() || std::equal(std::begin(m_dfCellMatrix.m_dfElement),
-                                        std::end(m_dfCellMatrix.m_dfElement), matrixBefore.m_dfElement))
+                                        std::end(m_dfCellMatrix.m_dfElement), matrixBefore.m_dfElement)) {
         return;
-    if (isPumping())
+    }
+    if (isPumping()) {
         m_gate.wishes().bEndCellTest = true;  // what is under test is not what the fields show now
-    else if (m_pCellPage->m_pButtonTest->isChecked())
+    } else if (m_pCellPage->m_pButtonTest->isChecked()) {
         transformUnitCell();
+    }
 }
 
 /// Takes the matrix from the page. A text that is no number gives a red line, and the matrix stays.
 bool MainWindow::readCellMatrix()
 {
     CMatrix3 matrix;
-    for (int nRow = 0; nRow < 3; ++nRow)
+    for (int nRow = 0; nRow < 3; ++nRow) {
         for (int nColumn = 0; nColumn < 3; ++nColumn) {
             bool bOk = false;
             matrix.at(nRow, nColumn) = m_locale.toDouble(m_pCellPage->m_apEditMatrix[nRow][nColumn]->text(),
@@ -94,6 +103,7 @@ bool MainWindow::readCellMatrix()
                 return false;
             }
         }
+    }
     m_dfCellMatrix = matrix;
     return true;
 }

@@ -100,8 +100,9 @@ void CurvePlot::showCurve(const QString& strTitle, const QVector<double>& vecFra
     m_nDecimals = 2;
     m_pCurve->setSamples(vecFrame, vecInt);
     for (double dfFrame : vecFrame) {
-        if (listBreak.value(int(dfFrame) - 1) == 0)
+        if (listBreak.value(int(dfFrame) - 1) == 0) {
             continue;
+        }
         // Between the last frame of one series and the first of the next.
         addLine(dfFrame - 0.5, QPen(QBrush(Qt::darkCyan), 0, Qt::DashLine));
     }
@@ -111,9 +112,11 @@ void CurvePlot::showCurve(const QString& strTitle, const QVector<double>& vecFra
 void CurvePlot::markFrame(int nFrame)
 {
     QVector<QPointF> vecPoint;
-    for (size_t i = 0; m_nReflection >= 0 && i < m_pCurve->dataSize(); ++i)
-        if (m_pCurve->sample(int(i)).x() == nFrame + 1)
+    for (size_t i = 0; m_nReflection >= 0 && i < m_pCurve->dataSize(); ++i) {
+        if (m_pCurve->sample(int(i)).x() == nFrame + 1) {
             vecPoint.append(m_pCurve->sample(int(i)));
+        }
+    }
     m_pMark->setSamples(vecPoint);
     replot();
 }
@@ -124,8 +127,9 @@ bool CurvePlot::eventFilter(QObject* pObject, QEvent* pEvent)
         const auto* pMouse = static_cast<QMouseEvent*>(pEvent);
         double dfDistance = 0;
         const int nPoint = m_pCurve->closestPoint(pMouse->pos(), &dfDistance);
-        if (pMouse->button() == Qt::LeftButton && nPoint >= 0 && dfDistance <= g_dfReach)
+        if (pMouse->button() == Qt::LeftButton && nPoint >= 0 && dfDistance <= g_dfReach) {
             emit frameClicked(int(std::lround(m_pCurve->sample(nPoint).x())) - 1);
+        }
     }
     return QwtPlot::eventFilter(pObject, pEvent);
 }
@@ -142,8 +146,9 @@ void CurvePlot::clearCurve()
 
 QString CurvePlot::text() const
 {
-    if (m_pCurve->dataSize() == 0)
+    if (m_pCurve->dataSize() == 0) {
         return {};
+    }
     QString strText;
     for (size_t i = 0; i < m_pCurve->dataSize(); ++i) {
         const QPointF ptSample = m_pCurve->sample(int(i));

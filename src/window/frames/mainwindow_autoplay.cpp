@@ -11,8 +11,9 @@ namespace tessera {
 void MainWindow::playImageForward()
 {
     m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames")))
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames"))) {
         return;
+    }
     m_nPlayDirection = 1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
 }
@@ -20,8 +21,9 @@ void MainWindow::playImageForward()
 void MainWindow::playImageBackward()
 {
     m_timerPlay.stop();
-    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames")))
+    if (m_dataSet.m_listFrameFile.isEmpty() || refuseDuringRun(tr("Playing the frames"))) {
         return;
+    }
     m_nPlayDirection = -1;
     m_timerPlay.start(m_pFramesPage->m_pPlayDelaySpin->value());
 }
@@ -38,21 +40,24 @@ void MainWindow::playOneImage()
         stopImagePlay();
         return;
     }
-    if (m_nPlayDirection == 0)
+    if (m_nPlayDirection == 0) {
         return;
+    }
     const int nNext = m_pFrameSpin->value() + m_nPlayDirection;
-    if (nNext < m_pFrameSpin->minimum() || nNext > m_pFrameSpin->maximum())
+    if (nNext < m_pFrameSpin->minimum() || nNext > m_pFrameSpin->maximum()) {
         m_pFramesPage->m_pPlayLoopCheck->isChecked() ? playFromOtherEnd() : stopImagePlay();
-    else
+    } else {
         m_pFrameSpin->setValue(nNext);
+    }
 }
 
 void MainWindow::playFromOtherEnd()
 {
-    if (m_pFrameSpin->minimum() == m_pFrameSpin->maximum())
+    if (m_pFrameSpin->minimum() == m_pFrameSpin->maximum()) {
         stopImagePlay();  // one frame does not move
-    else
+    } else {
         m_pFrameSpin->setValue(m_nPlayDirection > 0 ? m_pFrameSpin->minimum() : m_pFrameSpin->maximum());
+    }
 }
 
 void MainWindow::imagePlayIntervalChanged(int nNewInterval)

@@ -45,16 +45,18 @@ void MainWindow::updateCurveWindow(QModelIndex index)
 {
     bool bNumber = false;
     const int nID = index.sibling(index.row(), 0).data(Qt::DisplayRole).toString().toInt(&bNumber);
-    if (bNumber)
+    if (bNumber) {
         showPeakInCurve(nID);
+    }
 }
 
 /// Without a curve the clipboard keeps what it holds.
 void MainWindow::copyIntensityCurveData()
 {
     const QString strText = m_pCurvePlot->text();
-    if (!strText.isEmpty())
+    if (!strText.isEmpty()) {
         QApplication::clipboard()->setText(strText);
+    }
 }
 
 void MainWindow::copyIntensityCurveWindow()

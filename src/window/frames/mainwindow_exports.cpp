@@ -36,8 +36,9 @@ QString MainWindow::askSaveImageName(bool bConfirmOverwrite)
 
 void MainWindow::saveCurrent()
 {
-    if (refuseDuringRun(tr("Saving an image")))
+    if (refuseDuringRun(tr("Saving an image"))) {
         return;
+    }
     stopImagePlay();  // it is the image that the user sees now
     const int nTab = m_pTabWidget->currentIndex();
     QString strFile;
@@ -48,11 +49,13 @@ void MainWindow::saveCurrent()
              QMessageBox::question(this, tr("Overwite"),
                                    tr("File \"%1\" already exists. Overwrite?").arg(strFile),
                                    QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes);
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     m_strWorkingDir = QFileInfo(strFile).absolutePath();
-    if (nTab != 0)
+    if (nTab != 0) {
         return;
+    }
     const auto warn = [this](const QString& strText) {
         QMessageBox::warning(this, tr("Saving images"), strText);
     };
@@ -78,11 +81,13 @@ void MainWindow::saveCurrent()
                                 nImage < int(vecFrame.size()) ? vecFrame[nImage].get() : nullptr, strFile,
                                 &strReason);
     });
-    if (bSaved)
+    if (bSaved) {
         return;
+    }
     warn(tr("Saving file failed."));
-    if (!strReason.isEmpty())
+    if (!strReason.isEmpty()) {
         WindowReport(*this).addMessage(strReason, Severity::Error);
+    }
 }
 
 /// What the exports of the whole series have in common: the pages read, the play stopped, and one at a time.
@@ -97,17 +102,20 @@ void MainWindow::runExport(const std::function<void(CRunReport&)>& fnExport)
 
 void MainWindow::saveSeries()
 {
-    if (refuseDuringRun(tr("Saving the series")))
+    if (refuseDuringRun(tr("Saving the series"))) {
         return;
+    }
     const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Select image output directory"),
                                                                 m_dataSet.m_strProjectDir);
-    if (strFolder.isEmpty())
+    if (strFolder.isEmpty()) {
         return;
+    }
     bool bOk = false;
     const QString strType = QInputDialog::getItem(this, tr("Image Type Selection"), tr("Output Image Type:"),
                                                   imageTypeItems(), 0, false, &bOk);
-    if (!bOk)
+    if (!bOk) {
         return;
+    }
     runExport([&](CRunReport& report) {
         const double dfMin = m_pFramesPage->m_pContrastMinSpin->value();
         const double dfMax = m_pFramesPage->m_pContrastMaxSpin->value();
@@ -120,8 +128,9 @@ void MainWindow::saveSeries()
 
 void MainWindow::exportSMVImages()
 {
-    if (refuseDuringRun(tr("Exporting SMV images")))
+    if (refuseDuringRun(tr("Exporting SMV images"))) {
         return;
+    }
     runExport([this](CRunReport& report) {
         computeAlive(report,
                      [](CAliveData& alive) { tessera::exportSMVImages(alive.dataSet(), alive.report()); });
@@ -130,28 +139,32 @@ void MainWindow::exportSMVImages()
 
 void MainWindow::exportBinnedFrames()
 {
-    if (refuseDuringRun(tr("Exporting scaled frames")))
+    if (refuseDuringRun(tr("Exporting scaled frames"))) {
         return;
+    }
     bool bOk = false;
     const double dfScale = QInputDialog::getDouble(this, tr("Frame Scaling"), tr("Scale:"), 0.5, 0.05, 20, 2,
                                                    &bOk);
-    if (bOk)
+    if (bOk) {
         runExport([&](CRunReport& report) {
             computeAlive(report, [&](CAliveData& alive) {
                 tessera::exportBinnedFrames(alive.dataSet(), dfScale, alive.report());
             });
         });
+    }
 }
 
 /// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
 void MainWindow::runUnitCellRefinementFromLoadingData()
 {
-    if (stopsRun() || refuseDuringRun(tr("Exporting summed frames")))
+    if (stopsRun() || refuseDuringRun(tr("Exporting summed frames"))) {
         return;
+    }
     const QString strFolder = QFileDialog::getExistingDirectory(this, tr("Export summed data..."),
                                                                 m_strWorkingDir);
-    if (strFolder.isEmpty())
+    if (strFolder.isEmpty()) {
         return;
+    }
     runWithButton(m_bRunning, nullptr, [&](CRunReport& report) {
         clearFrameMarks();
         RunOutcome outcome;
@@ -159,9 +172,10 @@ void MainWindow::runUnitCellRefinementFromLoadingData()
             outcome = tessera::exportSummedFrames(alive.dataSet(), strFolder, alive.report(),
                                                   [&](int) { alive.show([this] { refreshImageView(); }); });
         });
-        if (outcome.end != RunEnd::Finished)
+        if (outcome.end != RunEnd::Finished) {
             report.addMessage(tr("%1>Export of the summed frames did not finish.").arg(currentTimeStamp()),
                               Severity::Error);
+        }
     });
 }
 

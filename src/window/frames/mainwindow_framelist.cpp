@@ -42,8 +42,9 @@ void MainWindow::fillFileTable()
     pTable->setRowCount(0);
     const DataSet& dataSet = m_dataSet;
     const int nFrames = dataSet.m_listFrameFile.size();
-    if (nFrames > 0)
+    if (nFrames > 0) {
         m_strWorkingDir = QFileInfo(dataSet.m_listFrameFile.first()).absolutePath();
+    }
     pTable->setRowCount(nFrames);
     for (int i = 0; i < nFrames; ++i) {
         setRightItem(pTable, i, 0, QFileInfo(dataSet.m_listFrameFile[i]).fileName());
@@ -80,8 +81,9 @@ void MainWindow::switchToImgIndex(int nIndex)
         pTable->setCurrentCell(nIndex - 1, 0);
         return;
     }
-    if (!bSame)
+    if (!bSame) {
         return;
+    }
     if (isPumping()) {  // the images in memory are the run's
         m_gate.wishes().nFrame = nIndex;
         // The road has a data set and images of its own. What lies on the frame comes after the run.
@@ -104,45 +106,52 @@ void MainWindow::switchToImgIndex(int nIndex)
         return;
     }
     leaveSeriesPicture();
-    if (m_bAutoContrastOnLoad)
+    if (m_bAutoContrastOnLoad) {
         setAutoContrast();
-    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+    }
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
         testCurrentPatternForPeaks();
-    else
+    } else {
         clearCrossMarks();
+    }
     clearCircleMarks();  // a run left them on its own last frame
     showPeakText();
     showEstimatedPeakPosition();
     showRotationAxisLine();
     refreshImageView();
     showFrameGuides();
-    if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled())
+    if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled()) {
         selSizeChanged2();  // this frame has no room for the region of the former one
+    }
     m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
 }
 
 void MainWindow::currentFileChangedInFileList(int nCurrentRow)
 {
-    if (nCurrentRow >= 0)  // −1: a table that was emptied
+    if (nCurrentRow >= 0) {  // −1: a table that was emptied
         switchToImgIndex(nCurrentRow + 1);
+    }
 }
 
 void MainWindow::refreshImageView()
 {
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
-    if (vecImage.empty())
+    if (vecImage.empty()) {
         return;
+    }
     guarded([&] {
-        if (m_pFrameScene->imageSize() != QSize(vecImage.front()->Width(), vecImage.front()->Height()))
+        if (m_pFrameScene->imageSize() != QSize(vecImage.front()->Width(), vecImage.front()->Height())) {
             m_pTextData->clearImages();  // where the grid stood there may be no pixel now
+        }
         const RangeList vecLimit(vecImage.size(), {m_pFramesPage->m_pContrastMinSpin->value(),
                                                    m_pFramesPage->m_pContrastMaxSpin->value()});
         m_pFrameScene->setImagesLimits(vecImage, vecLimit);
         m_pContrast->showHistogramOf(*vecImage.front());
         m_pTextData->setImage(vecImage.front().get());
         const int nShown = m_pFrameScene->currentIndex();
-        if (nShown >= 0 && nShown < int(m_pFrameScene->images().size()))
+        if (nShown >= 0 && nShown < int(m_pFrameScene->images().size())) {
             m_pTextData->setByteImage(m_pFrameScene->images()[nShown].get());
+        }
         m_pTextData->refresh();
     });
 }

@@ -37,8 +37,9 @@ void MainWindow::createFrameLook()
     m_pSeriesTitle = new SeriesPictureTitle(m_pFrameView);
     connect(m_pSeriesTitle, &SeriesPictureTitle::pictureWanted, this, &MainWindow::showSeriesPicture);
     connect(m_pSeriesTitle, &SeriesPictureTitle::frameWanted, this, [this] {
-        if (!m_dataSet.m_listFrameFile.isEmpty())
+        if (!m_dataSet.m_listFrameFile.isEmpty()) {
             switchToImgIndex(m_pFrameSpin->value());
+        }
     });
     m_pViewMenu->addSeparator();
     m_pViewMenu->addActions(m_pSeriesTitle->actions());
@@ -68,8 +69,9 @@ void MainWindow::beginSeriesLook()
 
 void MainWindow::setAutoContrast()
 {
-    if (!m_dataSet.m_vecFrameImage.empty() && m_pContrast->takeFirst(*m_dataSet.m_vecFrameImage.front()))
+    if (!m_dataSet.m_vecFrameImage.empty() && m_pContrast->takeFirst(*m_dataSet.m_vecFrameImage.front())) {
         m_bAutoContrastOnLoad = false;  // these limits hold for the series
+    }
 }
 
 void MainWindow::showSeriesPicture(SeriesPictureKind kind)
@@ -87,11 +89,12 @@ void MainWindow::showSeriesPicture(SeriesPictureKind kind)
                                           QThread::idealThreadCount())
                             .finished();
         });
-        if (bFinished)
+        if (bFinished) {
             report.addMessage(tr("%1>%2.").arg(currentTimeStamp(), seriesPictureText(picture)));
-        else
+        } else {
             report.addMessage(tr("%1>The picture of the series did not finish.").arg(currentTimeStamp()),
                               Severity::Error);
+        }
     });
     if (!bBegun || !bFinished) {
         m_pSeriesTitle->recheck();

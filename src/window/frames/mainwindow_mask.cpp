@@ -18,13 +18,15 @@ namespace tessera {
 
 void MainWindow::loadPeakHuntingMask()
 {
-    if (refuseDuringRun(tr("Loading a mask")))
+    if (refuseDuringRun(tr("Loading a mask"))) {
         return;
+    }
     const QString strFile = QFileDialog::getOpenFileName(
         this, tr("Load Peak Hunting Mask"), m_strWorkingDir,
         tr("Mask Files (*.%1);;All Files (*.*)").arg(QStringLiteral("msk")));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     WindowReport report(*this);
     QString strReason;
     if (!readMaskFile(m_dataSet.m_maskPeakHunting, strFile, &strReason)) {
@@ -50,8 +52,9 @@ void MainWindow::showNewMask()
 
 void MainWindow::clearPeakHuntingMask()
 {
-    if (refuseDuringRun(tr("Clearing the mask")))
+    if (refuseDuringRun(tr("Clearing the mask"))) {
         return;
+    }
     m_dataSet.m_maskPeakHunting.listPolygon.clear();
     fillMaskTable();
     m_pMarks->setMask({});

@@ -63,20 +63,22 @@ void MainWindow::showHuntedPeaks(CRunReport& report)
     forgetLattices();
     transformPeaksTo3D();
     showPeaksIn3D();
-    if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size())
+    if (m_dataSet.m_listShift.size() == m_dataSet.m_listPeakFrame.size()) {
         peakReduction3D();
-    else
+    } else {
         report.addMessage(tr("The peaks are kept, but have no place in reciprocal space yet: run the "
                              "shift evaluation, or load a shift file, and then merge."),
                           Severity::Error);
+    }
     m_pTabWidget->setCurrentIndex(1);
     tellUnknownAxis(report);
 }
 
 void MainWindow::testCurrentPatternForPeaks()
 {
-    if (isFrameInUse())  // and so are the filters
+    if (isFrameInUse()) {  // and so are the filters
         return;
+    }
     WindowReport report(*this);
     if (m_dataSet.m_vecFrameImage.empty()) {
         report.addMessage(QStringLiteral("No image is loaded."), Severity::Error);
@@ -87,12 +89,14 @@ void MainWindow::testCurrentPatternForPeaks()
         FrameHuntWork work;
         const FramePeaks peaks = huntFrame(*m_dataSet.m_vecFrameImage.front(), m_hunting,
                                            m_dataSet.m_maskPeakHunting, m_peakFilters, work);
-        if (!peaks.bHunted)
+        if (!peaks.bHunted) {
             return;
+        }
         QList<QPointF> listPos;
         listPos.reserve(peaks.listX.size());
-        for (int i = 0; i < peaks.listX.size(); ++i)
+        for (int i = 0; i < peaks.listX.size(); ++i) {
             listPos.append({peaks.listX[i], peaks.listY[i]});
+        }
         showCrossMarks(listPos, Qt::green, g_nCrossSize);
         m_pFrameScene->update();
         m_pPeakSearchPage->m_pLiveLabel->setText(
@@ -101,17 +105,19 @@ void MainWindow::testCurrentPatternForPeaks()
         const QString strTooMany = tr(
             "More than 1 % of the pixels are peak candidates, which is noise: none is "
             "taken. Raise the threshold.");
-        if (peaks.bTooMany)
+        if (peaks.bTooMany) {
             statusBarMessage(strTooMany);
-        else if (statusBar()->currentMessage() == strTooMany)
+        } else if (statusBar()->currentMessage() == strTooMany) {
             statusBarMessage({});
+        }
     });
 }
 
 void MainWindow::peakHuntingParametersChanged()
 {
-    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+    if (m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
         testCurrentPatternForPeaks();
+    }
 }
 
 void MainWindow::visualMoniteringPeakHuntingToggled(bool bEnabled)
@@ -136,8 +142,9 @@ void MainWindow::refreshPeakMarks()
 
 void MainWindow::outputSmoothedImage(const QString& strFileName)
 {
-    if (m_dataSet.m_vecFrameImage.empty() || isPumping())
+    if (m_dataSet.m_vecFrameImage.empty() || isPumping()) {
         return;
+    }
     syncParametersWithControls(true);
     WindowReport report(*this);
     tessera::outputSmoothedImage(*m_dataSet.m_vecFrameImage.front(), m_hunting, m_peakFilters, strFileName,

@@ -30,8 +30,9 @@ const int g_nLookTime = 1000;  // ms that the crosses of a frame can be looked a
 bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
 {
     if (std::any_of(vecPeak.begin(), vecPeak.end(),
-                    [](const QList<Peak3D>& list) { return !list.isEmpty(); }))
+                    [](const QList<Peak3D>& list) { return !list.isEmpty(); })) {
         return true;
+    }
     WindowReport(*this).addMessage(
         QStringLiteral("No indexed peaks are available. Do merging and indexing first."), Severity::Error);
     return false;
@@ -64,8 +65,9 @@ bool MainWindow::fitDirectBeam()
                                                  });
             });
         });
-        if (outcome.finished())
+        if (outcome.finished()) {
             offerBeam(listBeam);
+        }
     });
 }
 
@@ -77,8 +79,9 @@ PositionRefinementOptions MainWindow::positionOptions(CRunReport& report, CAlive
     const auto look = [this, &report, &alive](Qt::GlobalColor color) {
         return [this, &report, &alive, color](int, const QList<QPointF>& listPosition) {
             alive.show([&] {
-                if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked())
+                if (!m_pPeakSearchPage->m_pShowPeaksCheck->isChecked()) {
                     return;
+                }
                 showCrossMarks(listPosition, color, g_nCrossSize);
                 refreshImageView();
                 waitAlive(report, [] { return g_nLookTime; });
@@ -120,14 +123,16 @@ QVector<std::vector<std::vector<double>>> MainWindow::refinePeakPositionOnFrame(
 
 void MainWindow::runIntensityExtraction()
 {
-    if (!stopsRun() && canMeasure(m_dataSet.m_vecPeakIndexedOnFrame))
+    if (!stopsRun() && canMeasure(m_dataSet.m_vecPeakIndexedOnFrame)) {
         refinePeakPositionOnFrame(m_dataSet.m_vecPeakIndexedOnFrame);
+    }
 }
 
 bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
 {
-    if (stopsRun() || !canMeasure(peaksSorted))
+    if (stopsRun() || !canMeasure(peaksSorted)) {
         return false;
+    }
     bool bResult = false;
     runOnFrames(m_pExtractionPage->m_pButtonRun, [&](CRunReport& report) {
         RunOutcome outcome;
@@ -145,8 +150,9 @@ bool MainWindow::extractIntensity(QVector<QList<Peak3D>>& peaksSorted)
         });
         peaksSorted = vecPeak;
         bResult = outcome.end != RunEnd::Refused;
-        if (outcome.end != RunEnd::Finished)
+        if (outcome.end != RunEnd::Finished) {
             return;
+        }
         m_pCurvePlot->clearCurve();  // of a reflection that has left
         showInMergedView(m_dataSet.m_listPeakMergedShown, {});
         updatePeakTable(m_dataSet.m_listPeakMerged);

@@ -31,24 +31,27 @@ void MainWindow::selSizeChanged2()
     m_pFrameScene->setSelectionIndex(nIndex);
     const bool bRegion = m_pFrameScene->selectionIndex() > 0;
     m_pShiftPage->m_pRunButton->setEnabled(bRegion);
-    if (bRegion)
+    if (bRegion) {
         return;
+    }
     selRectChanged({});
     const QSize size = m_pFrameScene->imageSize();
     const QSize sizeRegion = m_pFrameScene->selectionRects().value(nIndex).size().toSize();
-    if (nIndex > 0 && !size.isEmpty())
+    if (nIndex > 0 && !size.isEmpty()) {
         statusBarMessage(tr("No region: %1×%2 pixels are more than the frame has, %3×%4.")
                              .arg(sizeRegion.width())
                              .arg(sizeRegion.height())
                              .arg(size.width())
                              .arg(size.height()));
+    }
 }
 
 void MainWindow::selRectChanged(QRectF rectSel)
 {
     if (rectSel.isEmpty()) {  // a region that was put away has no place
-        if (statusBar()->currentMessage().startsWith(QLatin1String("ROI:")))
+        if (statusBar()->currentMessage().startsWith(QLatin1String("ROI:"))) {
             statusBarMessage({});
+        }
         return;
     }
     statusBarMessage(tr("ROI: %L1, %L2, %L3, %L4")
@@ -95,14 +98,16 @@ void MainWindow::runShiftEvaluation()
         });
         syncParametersWithControls(false);
     });
-    if (!bBegun)
+    if (!bBegun) {
         return;
+    }
     // A region that was chosen meanwhile stands where the presets stood before.
     m_pFrameScene->setSelectionIndex(0);
     m_pFrameScene->setSelectionRects(listPlace);
     selSizeChanged2();
-    if (!bFinished)
+    if (!bFinished) {
         fillShiftTable();  // the shifts that stand, be they the old ones
+    }
     mapWaitingPeaks();
     showPeakHuntingMask(m_pPeakSearchPage->m_pShowMaskCheck->isChecked());
 }

@@ -36,20 +36,23 @@ QString peakListFilter()
 
 void addReason(CRunReport& report, const QString& strReason)
 {
-    if (!strReason.isEmpty())
+    if (!strReason.isEmpty()) {
         report.addMessage(strReason, Severity::Error);
+    }
 }
 
 }  // namespace
 
 void MainWindow::saveEDShift()
 {
-    if (refuseDuringRun(tr("Exporting shift data")))
+    if (refuseDuringRun(tr("Exporting shift data"))) {
         return;
+    }
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Shift Data to File"),
                                                          m_strWorkingDir, shiftFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     syncParametersWithControls(true);
     QString strReason;
     if (writeShiftFile(strFile, {m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY, m_dataSet.m_listShift},
@@ -64,15 +67,18 @@ void MainWindow::saveEDShift()
 
 void MainWindow::loadEDShift()
 {
-    if (refuseDuringRun(tr("Loading shift data")))
+    if (refuseDuringRun(tr("Loading shift data"))) {
         return;
+    }
     const QString strFile = QFileDialog::getOpenFileName(this, tr("Load ED Shift"), m_strWorkingDir,
                                                          shiftFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     QString strReason;
-    if (loadShiftFile(strFile, &strReason))
+    if (loadShiftFile(strFile, &strReason)) {
         return;
+    }
     WindowReport report(*this);
     report.addMessage(QStringLiteral("Error occured when loading %1 as shift data.").arg(strFile),
                       Severity::Error);
@@ -82,8 +88,9 @@ void MainWindow::loadEDShift()
 bool MainWindow::loadShiftFile(const QString& strFileName, QString* pstrReason)
 {
     WindowReport report(*this);
-    if (!tessera::loadShiftFile(m_dataSet, strFileName, report, pstrReason))
+    if (!tessera::loadShiftFile(m_dataSet, strFileName, report, pstrReason)) {
         return false;
+    }
     {
         // Whoever hears of the one box reads the pages, and with them the former number of the other.
         const QSignalBlocker blockX(m_pShiftPage->m_pCenterXSpin);
@@ -105,8 +112,9 @@ void MainWindow::fillShiftTable()
     pTable->setUpdatesEnabled(false);
     pTable->clearContents();
     pTable->setRowCount(0);
-    for (const QPointF& ptShift : m_dataSet.m_listShift)
+    for (const QPointF& ptShift : m_dataSet.m_listShift) {
         appendShiftRow(ptShift);
+    }
     pTable->setUpdatesEnabled(true);
 }
 
@@ -121,20 +129,23 @@ void MainWindow::appendShiftRow(const QPointF& ptShift)
 
 void MainWindow::loadRawPeaks()
 {
-    if (refuseDuringRun(tr("Loading peaks")))
+    if (refuseDuringRun(tr("Loading peaks"))) {
         return;
+    }
     const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Raw Peaks"), m_strWorkingDir,
                                                          peakListFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     CRunScope scope(*this);  // a long list lets events through, and nothing else may change the peaks then
     WindowReport report(*this);
     QString strReason;
     bool bRead = false;
     guarded([&] { bRead = readPeakList(m_dataSet, strFile, report, &strReason) != 0; });
     addReason(report, strReason);
-    if (!bRead)
+    if (!bRead) {
         return;
+    }
     m_rawGroups.forget();
     forgetLattices();
     transformPeaksTo3D();
@@ -144,33 +155,37 @@ void MainWindow::loadRawPeaks()
 
 void MainWindow::saveRawPeaks()
 {
-    if (refuseDuringRun(tr("Exporting peaks")))
+    if (refuseDuringRun(tr("Exporting peaks"))) {
         return;
+    }
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Raw Peaks"), m_strWorkingDir,
                                                          peakListFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     WindowReport report(*this);
     QString strReason;
     bool bSaved = false;
     guarded([&] {
         updatePeakGroupsFromView();
         const int nBeyond = keepPeaksBeyondMasks(m_dataSet);
-        if (nBeyond > 0)
+        if (nBeyond > 0) {
             report.addMessage(
                 tr("%L1 peaks are only in groups beyond the 64 that a peak list can tell apart; they are "
                    "saved without a group.")
                     .arg(nBeyond),
                 Severity::Error);
+        }
         bSaved = writePeakList(m_dataSet, strFile, &strReason);
     });
-    if (bSaved)
+    if (bSaved) {
         report.addMessage(QStringLiteral("%1>List of raw peaks saved to %2").arg(currentTimeStamp(), strFile),
                           Severity::Info);
-    else
+    } else {
         report.addMessage(
             QStringLiteral("%1>Saving list of raw peaks to %2 failed.").arg(currentTimeStamp(), strFile),
             Severity::Error);
+    }
     addReason(report, strReason);
 }
 

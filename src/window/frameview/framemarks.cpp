@@ -42,8 +42,9 @@ QList<TItem*> makeMarks(const QList<QPointF>& listPos, const QColor& color, int 
 
 QColor labelColor(bool bStrongest, bool bAbsent)
 {
-    if (bStrongest)
+    if (bStrongest) {
         return bAbsent ? Qt::magenta : Qt::red;
+    }
     return bAbsent ? Qt::darkCyan : Qt::green;
 }
 
@@ -98,8 +99,9 @@ void CFrameMarks::showLabels(const QList<Peak3D>& listPeak, const DataSet& data,
 {
     QList<TextItem*> listLabel;
     listLabel.reserve(listPeak.size());
-    for (const Peak3D& peak : listPeak)
+    for (const Peak3D& peak : listPeak) {
         listLabel.append(makeLabel(peak, data, nFrame));
+    }
     replaceMarks(&m_scene, m_listTextMark, listLabel);
 }
 
@@ -141,8 +143,9 @@ void CFrameMarks::setMask(const MaskData& mask)
 
 void CFrameMarks::showMask(bool bShow)
 {
-    for (QGraphicsPolygonItem* pItem : qAsConst(m_listMaskItem))
+    for (QGraphicsPolygonItem* pItem : qAsConst(m_listMaskItem)) {
         pItem->setVisible(bShow);
+    }
 }
 
 }  // namespace tessera

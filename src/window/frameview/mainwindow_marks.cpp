@@ -40,16 +40,18 @@ void MainWindow::clearCircleMarks()
 
 void MainWindow::showPeakText()
 {
-    if (isFrameInUse())
+    if (isFrameInUse()) {
         return;
+    }
     const QVector<QList<Peak3D>>& vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
     const int nFrame = m_pFrameSpin->value() - 1;
     QList<Peak3D> listLabelled;
     // A frame that could not be read leaves the picture of another one standing.
     if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() &&
         !m_pSeriesTitle->isBegun() && vecPeak.size() == m_dataSet.m_listFrameFile.size() && nFrame >= 0 &&
-        nFrame < vecPeak.size())
+        nFrame < vecPeak.size()) {
         listLabelled = vecPeak[nFrame];
+    }
     m_pMarks->showLabels(listLabelled, m_dataSet, nFrame);
     m_pFrameScene->update();
 }
@@ -75,13 +77,15 @@ void MainWindow::enableShowPeaks(bool /*bShow*/)
 void MainWindow::mouseMoving(QPointF posF)
 {
     // Under a run the images in memory are the run's, and need not be what is in view.
-    if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView)
+    if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView) {
         return;
+    }
     const QSize size = m_pFrameScene->imageSize();
     const double dfX = std::floor(posF.x());
     const double dfY = std::floor(posF.y());
-    if (!(dfX >= 0 && dfY >= 0 && dfX < size.width() && dfY < size.height()))
+    if (!(dfX >= 0 && dfY >= 0 && dfX < size.width() && dfY < size.height())) {
         return;
+    }
     m_pPixelReadout->show(m_dataSet.m_vecFrameImage, posF, QApplication::mouseButtons() == Qt::RightButton);
 }
 

@@ -15,19 +15,22 @@ namespace {
 
 std::optional<float> pixelValue(const ImageList& vecImage, int nImage, int x, int y)
 {
-    if (nImage < 0 || nImage >= int(vecImage.size()) || !vecImage[nImage])
+    if (nImage < 0 || nImage >= int(vecImage.size()) || !vecImage[nImage]) {
         return {};
+    }
     const CImgObj<float>& img = *vecImage[nImage];
-    if (!img.Data() || x < 0 || y < 0 || x >= img.Width() || y >= img.Height())
+    if (!img.Data() || x < 0 || y < 0 || x >= img.Width() || y >= img.Height()) {
         return {};
+    }
     return img.Data()[qint64(y) * img.Width() + x];
 }
 
 // The shortest form has six digits: from where it would take to powers of ten, the whole number.
 QString pixelText(float fValue)
 {
-    if (std::isnan(fValue))
+    if (std::isnan(fValue)) {
         return QStringLiteral("no measurement");  // as the frame marks it
+    }
     const bool bLarge = std::abs(fValue) >= 999999.5f;
     return QStringLiteral("%L1").arg(double(fValue), 0, bLarge ? 'f' : 'g', bLarge ? 0 : -1);
 }
@@ -64,21 +67,24 @@ void CPixelReadout::show(const ImageList& vecImage, const QPointF& ptF, bool bLa
 
 void CPixelReadout::renew(const ImageList& vecImage)
 {
-    if (m_scene.isLabelVisible() || showsStatus())
+    if (m_scene.isLabelVisible() || showsStatus()) {
         show(vecImage, m_ptRead, m_scene.isLabelVisible());
+    }
 }
 
 void CPixelReadout::clear()
 {
     hideLabel();
-    if (showsStatus())
+    if (showsStatus()) {
         m_statusBar.clearMessage();
+    }
 }
 
 void CPixelReadout::hideLabel()
 {
-    if (!m_scene.isLabelVisible())
+    if (!m_scene.isLabelVisible()) {
         return;
+    }
     m_scene.setLabelVisible(false);
     m_view.viewport()->update();
     m_view.viewport()->unsetCursor();

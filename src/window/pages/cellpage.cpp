@@ -52,10 +52,11 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
     pPageLayout->addWidget(makeIndexing());
 
     m_pComboReflectionGrouping = new QComboBox(this);
-    for (int nNumber = 1; nNumber <= g_nSpaceGroups; ++nNumber)
+    for (int nNumber = 1; nNumber <= g_nSpaceGroups; ++nNumber) {
         m_pComboReflectionGrouping->addItem(
             QStringLiteral("%1  %2").arg(nNumber, 3).arg(QString::fromStdString(spaceGroupSymbol(nNumber))),
             nNumber);
+    }
     m_pComboReflectionGrouping->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_pComboReflectionGrouping->setMinimumContentsLength(g_nSymbolLength);
     m_pComboReflectionGrouping->setMaxVisibleItems(g_nVisibleSpaceGroups);
@@ -327,8 +328,9 @@ void CellPage::showManual(bool bManual)
 {
     for (QWidget* pWidget :
          {m_pMethod, static_cast<QWidget*>(m_pGroupCellRange), static_cast<QWidget*>(m_pButtonSearchCell),
-          static_cast<QWidget*>(m_pButtonKnownCell)})
+          static_cast<QWidget*>(m_pButtonKnownCell)}) {
         pWidget->setVisible(!bManual);
+    }
     m_pGroupAssignViewingDirection->setVisible(bManual);
 }
 
@@ -349,16 +351,18 @@ void CellPage::showAutoRange(bool bAuto)
 void CellPage::colorAxes()
 {
     QPushButton* const apButton[] = {m_pButtonAssignRA, m_pButtonAssignRB, m_pButtonAssignRC};
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         apButton[i]->setStyleSheet(QStringLiteral("color: %1").arg(axisColor(i, palette())));
+    }
     showMatrixLabels();
 }
 
 void CellPage::changeEvent(QEvent* pEvent)
 {
     QWidget::changeEvent(pEvent);
-    if (pEvent->type() == QEvent::PaletteChange)
+    if (pEvent->type() == QEvent::PaletteChange) {
         colorAxes();
+    }
 }
 
 void CellPage::updateCellTransformMatrixLabels()

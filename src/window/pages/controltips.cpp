@@ -21,8 +21,9 @@ QString wrapped(const QString& strText)
 void explain(QWidget* pControl, const QString& strText)
 {
     pControl->setWhatsThis(wrapped(strText));
-    if (pControl->toolTip().isEmpty())
+    if (pControl->toolTip().isEmpty()) {
         pControl->setToolTip(wrapped(strText));
+    }
 }
 
 void explainArea(QWidget* pArea, const QString& strText)
@@ -54,8 +55,9 @@ const QWidget* nextWidget(const QLayout* pLayout, int nItem)
 void shareTips(QWidget* pWindow)
 {
     for (const QLayout* pLayout : pWindow->findChildren<QLayout*>()) {
-        if (qobject_cast<const QMainWindow*>(pLayout->parent()))  // docks and bars, which it does not count
+        if (qobject_cast<const QMainWindow*>(pLayout->parent())) {  // docks and bars, which it does not count
             continue;
+        }
         for (int i = 0; i < pLayout->count(); ++i) {
             auto* pLabel = qobject_cast<QLabel*>(pLayout->itemAt(i)->widget());
             const QWidget* pNext = pLabel ? nextWidget(pLayout, i) : nullptr;
@@ -65,12 +67,16 @@ void shareTips(QWidget* pWindow)
             }
         }
     }
-    for (QWidget* pWidget : pWindow->findChildren<QWidget*>())
-        if (pWidget->whatsThis().isEmpty())
+    for (QWidget* pWidget : pWindow->findChildren<QWidget*>()) {
+        if (pWidget->whatsThis().isEmpty()) {
             pWidget->setWhatsThis(pWidget->toolTip());
-    for (QAction* pAction : pWindow->findChildren<QAction*>())
-        if (pAction->whatsThis().isEmpty())
+        }
+    }
+    for (QAction* pAction : pWindow->findChildren<QAction*>()) {
+        if (pAction->whatsThis().isEmpty()) {
             pAction->setWhatsThis(pAction->statusTip());
+        }
+    }
 }
 
 }  // namespace tessera

@@ -61,16 +61,18 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
     auto* pLayout = new QVBoxLayout(this);
     for (QWidget* pWidget :
          {static_cast<QWidget*>(pIntegration), static_cast<QWidget*>(pPosition),
-          static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)})
+          static_cast<QWidget*>(m_pCheckShowEstimated), static_cast<QWidget*>(m_pButtonRun)}) {
         pLayout->addWidget(pWidget);
+    }
     pLayout->addStretch(1);
 }
 
 bool ExtractionPage::event(QEvent* pEvent)
 {
     // Such events end at a window, and this is one.
-    if (pEvent->type() == QEvent::StatusTip && parentWidget())
+    if (pEvent->type() == QEvent::StatusTip && parentWidget()) {
         return QCoreApplication::sendEvent(parentWidget(), pEvent);
+    }
     return QWidget::event(pEvent);
 }
 

@@ -133,8 +133,9 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     explain(m_pPlayStopButton, tr("Stops the play."));
     pPlayLayout->addWidget(new QLabel(tr("Delay"), pPlay));
     pPlayLayout->addWidget(m_pPlayDelaySpin);
-    for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton})
+    for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton}) {
         pPlayLayout->addWidget(pButton);
+    }
     pPlayRows->addLayout(pPlayLayout);
     pPlayRows->addWidget(m_pPlayLoopCheck);
     pPageLayout->addWidget(pPlay);

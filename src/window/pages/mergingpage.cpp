@@ -54,8 +54,9 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     m_pGroupApplyStretching->setChecked(Mapping().m_bApplyStretching);
     m_pSpinStretchAmplitude = makeSpin(this, &DataSet::m_dfStretchAmplitude);
     m_pSpinStretchAzimuth = makeSpin(this, &DataSet::m_dfStretchAzimuth);
-    for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth})
+    for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth}) {
         pSpin->setKeyboardTracking(false);  // a half-typed distortion would move every point
+    }
     auto* pStretchLayout = new QGridLayout(m_pGroupApplyStretching);
     pStretchLayout->addWidget(new QLabel(tr("Amplitude"), m_pGroupApplyStretching), 0, 0);
     pStretchLayout->addWidget(m_pSpinStretchAmplitude, 0, 1);
@@ -74,8 +75,9 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
     m_pSpinIntensityMin = makeSpin(this, &Mapping::m_dfIntensityMin);
     m_pSpinIntensityMax = makeSpin(this, &Mapping::m_dfIntensityMax);
     for (QDoubleSpinBox* pSpin :
-         {m_pSpinResolutionMin, m_pSpinResolutionMax, m_pSpinIntensityMin, m_pSpinIntensityMax})
+         {m_pSpinResolutionMin, m_pSpinResolutionMax, m_pSpinIntensityMin, m_pSpinIntensityMax}) {
         pSpin->setGroupSeparatorShown(true);
+    }
     pPageLayout->addWidget(makeRange(tr("Intensity Range"), m_pSpinIntensityMin, m_pSpinIntensityMax, this));
 
     explain(m_pGroupApplyStretching,

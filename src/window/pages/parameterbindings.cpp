@@ -14,18 +14,21 @@ void CParameterBindings::bindBoxes(const QWidget* pParent, const ParameterRecord
 {
     const auto bind = [&](auto* pSpin) {
         const Parameter* pRow = parameterOfBox(pSpin);
-        if (!pRow)
+        if (!pRow) {
             return;
+        }
         using TNumber = decltype(pSpin->value());
         m_vecBinding.push_back({[pSpin] { return double(pSpin->value()); },
                                 [pSpin](double df) { pSpin->setValue(TNumber(df)); },
                                 [pRow, records] { return pRow->value(records); },
                                 [pRow, records](double df) { pRow->setValue(records, df); }});
     };
-    for (QDoubleSpinBox* pSpin : pParent->findChildren<QDoubleSpinBox*>())
+    for (QDoubleSpinBox* pSpin : pParent->findChildren<QDoubleSpinBox*>()) {
         bind(pSpin);
-    for (QSpinBox* pSpin : pParent->findChildren<QSpinBox*>())
+    }
+    for (QSpinBox* pSpin : pParent->findChildren<QSpinBox*>()) {
         bind(pSpin);
+    }
 }
 
 void CParameterBindings::bindCheck(QAbstractButton* pButton, bool& bMember, QAbstractButton* pOther)
@@ -33,10 +36,11 @@ void CParameterBindings::bindCheck(QAbstractButton* pButton, bool& bMember, QAbs
     m_vecBinding.push_back({[pButton] { return pButton->isChecked() ? 1.0 : 0.0; },
                             [pButton, pOther](double df) {
                                 // A radio button is only unchecked by its neighbour.
-                                if (df == 0 && pOther)
+                                if (df == 0 && pOther) {
                                     pOther->setChecked(true);
-                                else
+                                } else {
                                     pButton->setChecked(df != 0);
+                                }
                             },
                             [&bMember] { return bMember ? 1.0 : 0.0; },
                             [&bMember](double df) { bMember = df != 0; }});
@@ -63,8 +67,9 @@ void CParameterBindings::bindCombo(QComboBox* pCombo, const std::function<int()>
         {[pCombo, fnMember] { return double(pCombo->count() ? pCombo->currentData().toInt() : fnMember()); },
          [pCombo](double df) {
              const int nIndex = pCombo->findData(int(df));
-             if (nIndex >= 0)
+             if (nIndex >= 0) {
                  pCombo->setCurrentIndex(nIndex);
+             }
          },
          [fnMember] { return double(fnMember()); }, [fnSetMember](double df) { fnSetMember(int(df)); }});
 }
@@ -82,8 +87,9 @@ void CParameterBindings::showOnControls(KeepControls keep)
     for (Binding& binding : m_vecBinding) {
         const double dfMember = binding.fnMember();
         const bool bKeep = keep == KeepControls::WhereMemberStays && binding.dfSynced == dfMember;
-        if (!bKeep && binding.fnControl() != dfMember)
+        if (!bKeep && binding.fnControl() != dfMember) {
             binding.fnSetControl(dfMember);
+        }
         binding.dfSynced = binding.fnMember();
     }
 }

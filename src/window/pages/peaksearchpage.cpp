@@ -45,12 +45,14 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     m_pBackgroundRadiusSpin = makeSpin(pSearch, &Parameters::m_dfBackgroundRadius);
     m_pThresholdSpin = makeSpin(pSearch, &Parameters::m_dfPeakThreshold);
     // A preview costs transforms of the whole frame: one for each finished edit, not for each key.
-    for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin})
+    for (QDoubleSpinBox* pSpin : {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin}) {
         pSpin->setKeyboardTracking(false);
+    }
     m_pSmoothRadiusSpin = makeSpin(pSearch, &Parameters::m_dfSmoothRadius);
     for (QDoubleSpinBox* pSpin :
-         {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin})
+         {m_pPeakRadiusSpin, m_pBackgroundRadiusSpin, m_pThresholdSpin, m_pSmoothRadiusSpin}) {
         pSpin->setGroupSeparatorShown(true);
+    }
     auto* pSmoothLabel = new QLabel(tr("Integration Radius"), pSearch);
     addBox(pGrid, 0, tr("Peak Radius"), m_pPeakRadiusSpin);
     addBox(pGrid, 1, tr("Background Radius"), m_pBackgroundRadiusSpin);
@@ -98,8 +100,9 @@ PeakSearchPage::PeakSearchPage(QWidget* pParent) : QWidget(pParent)
     auto* pIntegrationLayout = new QGridLayout(pIntegration);
     m_pIntegrationRadiusSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationRadius);
     m_pIntegrationBackgroundSpin = makeSpin(pIntegration, &Parameters::m_dfIntegrationBackground);
-    for (QDoubleSpinBox* pSpin : {m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin})
+    for (QDoubleSpinBox* pSpin : {m_pIntegrationRadiusSpin, m_pIntegrationBackgroundSpin}) {
         pSpin->setGroupSeparatorShown(true);
+    }
     addBox(pIntegrationLayout, 0, tr("Radius"), m_pIntegrationRadiusSpin, pIntegration->title());
     addBox(pIntegrationLayout, 1, tr("Background"), m_pIntegrationBackgroundSpin, pIntegration->title());
     pIntegrationLayout->setColumnStretch(1, 1);

@@ -23,8 +23,9 @@ QGroupBox* makeRange(const QString& strTitle, QDoubleSpinBox* pSpinLow, QDoubleS
 {
     auto* pGroup = new QGroupBox(strTitle, pParent);
     // Room for usual values: two boxes as wide as their ranges would make the whole tool box wider.
-    for (QDoubleSpinBox* pSpin : {pSpinLow, pSpinHigh})
+    for (QDoubleSpinBox* pSpin : {pSpinLow, pSpinHigh}) {
         pSpin->setMinimumWidth(g_nSpinWidth);
+    }
     auto* pGrid = new QGridLayout(pGroup);
     pGrid->addWidget(new QLabel(RefinementPage::tr("Low"), pGroup), 0, 0);
     pGrid->addWidget(pSpinLow, 0, 1);
@@ -78,8 +79,9 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     for (QWidget* pWidget :
          {static_cast<QWidget*>(m_pCheckRefine2D), static_cast<QWidget*>(m_pCheckOutputPeakList),
           static_cast<QWidget*>(m_pButtonRunRefinement),
-          static_cast<QWidget*>(m_pButtonRunRefinementFromList), static_cast<QWidget*>(m_pButtonGeometry)})
+          static_cast<QWidget*>(m_pButtonRunRefinementFromList), static_cast<QWidget*>(m_pButtonGeometry)}) {
         pPageLayout->addWidget(pWidget);
+    }
     pPageLayout->addStretch(1);
 }
 

@@ -59,8 +59,9 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
     auto* pCenterLayout = new QGridLayout(pCenter);
     m_pCenterXSpin = makeSpin(pCenter, &DataSet::m_dfCenterX);
     m_pCenterYSpin = makeSpin(pCenter, &DataSet::m_dfCenterY);
-    for (QDoubleSpinBox* pSpin : {m_pCenterXSpin, m_pCenterYSpin})
+    for (QDoubleSpinBox* pSpin : {m_pCenterXSpin, m_pCenterYSpin}) {
         pSpin->setGroupSeparatorShown(true);
+    }
     pCenterLayout->addWidget(new QLabel(tr("X"), pCenter), 0, 0);
     pCenterLayout->addWidget(m_pCenterXSpin, 0, 1);
     pCenterLayout->addWidget(new QLabel(tr("Y"), pCenter), 0, 2);

@@ -260,10 +260,12 @@ QGroupBox* View3DPage::makeRotation()
     m_pComboRotationStep->setEditable(true);
     m_pComboRotationStep->setInsertPolicy(QComboBox::NoInsert);
     const QLocale locale = QLocale::system();
-    for (double dfStep : {0.1, 0.2, 0.5, 1.0, 2.0, 5.0})
+    for (double dfStep : {0.1, 0.2, 0.5, 1.0, 2.0, 5.0}) {
         m_pComboRotationStep->addItem(locale.toString(dfStep, 'f', 1));
-    for (const char* pszStep : {" 10", " 20", " 30", " 45", " 60", " 90"})
+    }
+    for (const char* pszStep : {" 10", " 20", " 30", " 45", " 60", " 90"}) {
         m_pComboRotationStep->addItem(QString::fromLatin1(pszStep));
+    }
     m_pComboRotationStep->setCurrentIndex(m_pComboRotationStep->count() - 1);
     m_pComboRotationStep->setValidator(new StepValidator(m_pComboRotationStep));
     explain(m_pComboRotationStep, tr("Angle of one step, degrees. Another one can be typed."));

@@ -9,8 +9,9 @@ namespace tessera {
 WheelGuard::WheelGuard(QWidget* pPage) : QObject(pPage)
 {
     for (QWidget* pWidget : pPage->findChildren<QWidget*>()) {
-        if (!qobject_cast<QAbstractSpinBox*>(pWidget) && !qobject_cast<QComboBox*>(pWidget))
+        if (!qobject_cast<QAbstractSpinBox*>(pWidget) && !qobject_cast<QComboBox*>(pWidget)) {
             continue;
+        }
         pWidget->setFocusPolicy(Qt::StrongFocus);  // the wheel alone would give it the keyboard
         pWidget->installEventFilter(this);
     }

@@ -52,8 +52,9 @@ std::array<QDoubleSpinBox*, 3> lengthSpins(const CellPage& page)
 bool MainWindow::selectReflectionsForProcessing(QList<Peak3D>& listPeak)
 {
     const int nGroup = selectedGroupRow(m_pCellPage->m_pTableReflectionSelection);
-    if (nGroup < 0)
+    if (nGroup < 0) {
         return false;
+    }
     const QList<QList<int>>& listGroup = m_pView3DMerged->groupPoints();
     if (nGroup >= listGroup.size()) {
         QMessageBox::warning(this, QStringLiteral("Error"), QStringLiteral("Wrong group in selection!"));
@@ -70,13 +71,15 @@ void MainWindow::runUnitCellHunting()
         m_bSearchingCell = false;
         return;
     }
-    if (refuseDuringRun(tr("Searching for a unit cell")))
+    if (refuseDuringRun(tr("Searching for a unit cell"))) {
         return;
+    }
     syncParametersWithControls(true);
     QList<Peak3D> listSelection;
     if (m_cellHunting.m_method != CellSearchMethod::Directions &&
-        !selectReflectionsForProcessing(listSelection))
+        !selectReflectionsForProcessing(listSelection)) {
         return;
+    }
     CRunScope scope(*this);
     searchCellWithButton(listSelection);
 }
@@ -111,13 +114,16 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
             result = searchCell(alive.dataSet(), listSelection, search, alive.report());
         });
         bFound = result.end.finished();
-        if (result.end.end == RunEnd::Stopped && bOnPeaks)
+        if (result.end.end == RunEnd::Stopped && bOnPeaks) {
             report.addMessage(tr("The search for the cell was stopped."));
-        if (result.bSaved)
+        }
+        if (result.bSaved) {
             startDialogsAtCellFile();
+        }
         if (bFound) {
-            if (const QString strPoorer = tellPoorerCell(m_dataSet, listFormer); !strPoorer.isEmpty())
+            if (const QString strPoorer = tellPoorerCell(m_dataSet, listFormer); !strPoorer.isEmpty()) {
                 m_pMessageEdit->addMessage(strPoorer, g_colorDoubt);
+            }
         }
     });
     if (bFound) {
@@ -130,8 +136,9 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
 
 void MainWindow::showCellRange()
 {
-    if (isPumping() || m_bShowingState || !m_pCellPage->m_pCheckAutoRange->isChecked())
+    if (isPumping() || m_bShowingState || !m_pCellPage->m_pCheckAutoRange->isChecked()) {
         return;
+    }
     syncParametersWithControls(true);
     guarded([this] { m_cellHunting = withRange(m_cellHunting, m_dataSet); });
     m_pCellPage->m_pSpinCellRangeMin->setValue(m_cellHunting.m_dfCellRangeMin);
@@ -140,8 +147,9 @@ void MainWindow::showCellRange()
 
 void MainWindow::saveProjectCell(CRunReport& report)
 {
-    if (tessera::saveProjectCell(m_dataSet, report))
+    if (tessera::saveProjectCell(m_dataSet, report)) {
         startDialogsAtCellFile();
+    }
 }
 
 void MainWindow::startDialogsAtCellFile()
@@ -167,17 +175,19 @@ void MainWindow::updateUnitCell()
         const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
-    for (ED3DWidget* pView : views3D())
+    for (ED3DWidget* pView : views3D()) {
         pView->setLattice(m_dataSet.m_listCellFound);
+    }
     updateUnitCellInfo();
 }
 
 void MainWindow::updateUnitCellInfo()
 {
     const std::optional<CellParameters> cell = cellParametersFromList(m_dataSet.m_listCell);
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         m_pCellPage->m_apEditCell[i]->setText(cell ? m_locale.toString(cell->numbers()[i], 'f', 2)
                                                    : QString());
+    }
     showCellFit();
     updateExpectedPeakPositionFromOrientationMatrix();
 }
@@ -186,8 +196,9 @@ void MainWindow::showCellFit()
 {
     QString strFit;
     guarded([&] {
-        if (needsMapping(m_dataSet, m_mapping))
+        if (needsMapping(m_dataSet, m_mapping)) {
             return;
+        }
         std::optional<LatticeFit> fit;
         if (isRunning() && !isPumping()) {
             WindowReport report(*this);
@@ -195,8 +206,9 @@ void MainWindow::showCellFit()
         } else {
             fit = cellResultOf(m_dataSet).fit;
         }
-        if (fit)
+        if (fit) {
             strFit = latticeFitText(*fit, m_locale);
+        }
     });
     m_pCellPage->m_pLabelCellFit->setText(strFit);
     showAgeOfLattices();
@@ -206,8 +218,9 @@ void MainWindow::showCellFit()
 /// made-up cell when it is chosen, and nobody has chosen it for these data.
 void MainWindow::showOpenedCell()
 {
-    if (m_dataSet.m_listCellFound.size() != 3)
+    if (m_dataSet.m_listCellFound.size() != 3) {
         m_pCellPage->m_pRadioCellAuto->setChecked(true);
+    }
     updateUnitCell();
     showCellRange();
 }
@@ -218,16 +231,19 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
     if (!bTrue) {
         // The boxes round to their decimals, and their slots take the rounded lengths.
         const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
-        for (int i = 0; i < 3 && basisFromList(listCell) && !isPumping(); ++i)
-            if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength)
+        for (int i = 0; i < 3 && basisFromList(listCell) && !isPumping(); ++i) {
+            if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength) {
                 apSpin[i]->setValue(dfLength);
+            }
+        }
         return;
     }
     startManualCell();
     m_pView3DPage->m_pCheckLatticeLines->setChecked(true);
     m_pView3DPage->m_pCheckLatticePoints->setChecked(true);
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         return;
+    }
     for (ED3DWidget* pView : views3D()) {  // none was looked at yet, and the page shows what they are set to
         pView->setShowLatticeLines(true);
         pView->setShowLatticePoints(true);
@@ -238,8 +254,9 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 void MainWindow::startManualCell()
 {
     if (!m_pCellPage->m_pRadioCellManual->isChecked() || basisFromList(m_dataSet.m_listCellFound) ||
-        isPumping())
+        isPumping()) {
         return;
+    }
     m_dataSet.m_listCellFound = firstManualCell();
     updateUnitCell();
 }
@@ -247,8 +264,9 @@ void MainWindow::startManualCell()
 void MainWindow::assignViewingDirection(int nVector)
 {
     if (!m_pView3DCurrent || !basisFromList(m_dataSet.m_listCellFound) ||
-        refuseDuringRun(tr("Changing the cell")))
+        refuseDuringRun(tr("Changing the cell"))) {
         return;
+    }
     m_dataSet.m_listCellFound[nVector] = scaledDouble(m_pView3DCurrent->getViewDirection(),
                                                       lengthSpins(*m_pCellPage)[nVector]->value());
     updateUnitCell();
@@ -271,8 +289,9 @@ void MainWindow::unitCellHuntingManualAssignRC()
 
 void MainWindow::updateManualLength(int nVector)
 {
-    if (!basisFromList(m_dataSet.m_listCellFound) || refuseDuringRun(tr("Changing the cell")))
+    if (!basisFromList(m_dataSet.m_listCellFound) || refuseDuringRun(tr("Changing the cell"))) {
         return;
+    }
     Vec3D& vec = m_dataSet.m_listCellFound[nVector];
     vec = atLength(vec, nVector, lengthSpins(*m_pCellPage)[nVector]->value());
     updateUnitCell();
@@ -295,12 +314,14 @@ void MainWindow::unitCellHuntingManualUpdateRC()
 
 void MainWindow::exportUnitCell()
 {
-    if (refuseDuringRun(tr("Exporting a unit cell")))
+    if (refuseDuringRun(tr("Exporting a unit cell"))) {
         return;
+    }
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Unit Cell Data to File"),
                                                          m_strWorkingDir, cellFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     QString strReason;
     if (saveUnitCellFile(m_dataSet, strFile, &strReason)) {
         m_strWorkingDir = QFileInfo(strFile).absolutePath();
@@ -313,12 +334,14 @@ void MainWindow::exportUnitCell()
 
 void MainWindow::loadUnitCell()
 {
-    if (refuseDuringRun(tr("Loading a unit cell")))
+    if (refuseDuringRun(tr("Loading a unit cell"))) {
         return;
+    }
     const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Unit Cell"), m_strWorkingDir,
                                                          cellFilter());
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     QString strReason;
     const QList<Vec3D> listCell = readUnitCellFile(strFile, &strReason);
     if (listCell.isEmpty()) {

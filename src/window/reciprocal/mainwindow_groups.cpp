@@ -41,8 +41,9 @@ QTableWidgetItem* itemAt(QTableWidget* pTable, int nRow, int nColumn, Qt::ItemFl
 
 void setItemText(QTableWidgetItem* pItem, const QString& strText)
 {
-    if (pItem->text() != strText)  // a change would overwrite what is being typed into the cell
+    if (pItem->text() != strText) {  // a change would overwrite what is being typed into the cell
         pItem->setText(strText);
+    }
 }
 
 /// Whether the groups that the table shows stand at the head of the list, up to one that has been renamed:
@@ -50,12 +51,15 @@ void setItemText(QTableWidgetItem* pItem, const QString& strText)
 bool rowsStay(const QTableWidget* pTable, const QStringList& listLabel)
 {
     const int nRows = pTable->rowCount();
-    if (nRows > listLabel.size())
+    if (nRows > listLabel.size()) {
         return false;
+    }
     int nOthers = 0;
-    for (int i = 0; i < nRows; ++i)
-        if (!pTable->item(i, ColumnLabel) || pTable->item(i, ColumnLabel)->text() != listLabel[i])
+    for (int i = 0; i < nRows; ++i) {
+        if (!pTable->item(i, ColumnLabel) || pTable->item(i, ColumnLabel)->text() != listLabel[i]) {
             ++nOthers;
+        }
+    }
     return nOthers <= (nRows == listLabel.size() ? 1 : 0);
 }
 
@@ -70,16 +74,19 @@ void sayUnwritten(MainWindow& window, const QString& strFile, const QString& str
 
 void MainWindow::addSelectedAsNewGroup()
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->addSelectedPeaksAsNewGroup();
+    }
 }
 
 void MainWindow::removeSelectedPeakGroups()
 {
-    if (refuseDuringRun(tr("Removing groups of peaks")))
+    if (refuseDuringRun(tr("Removing groups of peaks"))) {
         return;
-    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent))
+    }
+    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent)) {
         return;
+    }
     const QList<int> listRow = selectedPeakGroupRows();
     const int nGroups = m_pView3DCurrent->groupLabels().size();
     changeHiddenGroups(m_pView3DCurrent, [&] { removePeakGroups(m_dataSet, nGroups, listRow); });
@@ -88,10 +95,12 @@ void MainWindow::removeSelectedPeakGroups()
 
 void MainWindow::mergeSelectedPeakGroups()
 {
-    if (refuseDuringRun(tr("Merging groups of peaks")))
+    if (refuseDuringRun(tr("Merging groups of peaks"))) {
         return;
-    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent))
+    }
+    if (!m_pView3DCurrent || refuseUnderLatticeColors(m_pView3DCurrent)) {
         return;
+    }
     const QList<int> listRow = selectedPeakGroupRows();
     const int nGroups = m_pView3DCurrent->groupLabels().size();
     changeHiddenGroups(m_pView3DCurrent, [&] { mergePeakGroups(m_dataSet, nGroups, listRow); });
@@ -101,8 +110,9 @@ void MainWindow::mergeSelectedPeakGroups()
 /// Lets the peaks that the limits hide follow a change of the raw view's groups, before the view makes it.
 void MainWindow::changeHiddenGroups(const ED3DWidget* pView, const std::function<void()>& fnChange)
 {
-    if (pView != m_pView3DRaw || !m_rawGroups.holdsPeaks())
+    if (pView != m_pView3DRaw || !m_rawGroups.holdsPeaks()) {
         return;
+    }
     guarded([&] {
         updatePeakGroupsFromView();
         fnChange();
@@ -111,90 +121,111 @@ void MainWindow::changeHiddenGroups(const ED3DWidget* pView, const std::function
 
 void MainWindow::resetSelectedPeakGroups()
 {
-    if (refuseDuringRun(tr("Removing groups of peaks")))
+    if (refuseDuringRun(tr("Removing groups of peaks"))) {
         return;
+    }
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
-    if (!pView || pView->groupPoints().size() < 2 || refuseUnderLatticeColors(pView))
+    if (!pView || pView->groupPoints().size() < 2 || refuseUnderLatticeColors(pView)) {
         return;
+    }
     if (QMessageBox::question(this, tr("Confirm"), tr("Are you sure you want to reset this table?"),
                               QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes ||
-        !pView)
+        !pView) {
         return;
+    }
     QList<int> listGroup;
-    for (int g = 1; g < pView->groupPoints().size(); ++g)
+    for (int g = 1; g < pView->groupPoints().size(); ++g) {
         listGroup.append(g);
+    }
     changeHiddenGroups(pView, [&] { removePeakGroups(m_dataSet, listGroup.size() + 1, listGroup); });
     pView->removePointGroups(listGroup);
 }
 
 void MainWindow::exportSelectedPeak3D()
 {
-    if (refuseDuringRun(tr("Exporting peaks")))
+    if (refuseDuringRun(tr("Exporting peaks"))) {
         return;
-    if (!m_pView3DCurrent)
+    }
+    if (!m_pView3DCurrent) {
         return;
+    }
     const QList<QList<int>> listGroupPoint = m_pView3DCurrent->groupPoints();
     const QList<Peak3D> listPoint = m_pView3DCurrent->points();
     const bool bMerged = m_pView3DCurrent == m_pView3DMerged;
     QList<int> listRow = selectedPeakGroupRows();
-    if (listRow.isEmpty())
-        for (int g = 0; g < listGroupPoint.size(); ++g)
+    if (listRow.isEmpty()) {
+        for (int g = 0; g < listGroupPoint.size(); ++g) {
             listRow.append(g);
-    for (int nRow : qAsConst(listRow))
+        }
+    }
+    for (int nRow : qAsConst(listRow)) {
         if (nRow >= listGroupPoint.size()) {
             QMessageBox::warning(this, tr("Error"), tr("Group index out of range!"));
             return;
         }
+    }
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export 3D Peaks"), m_strWorkingDir,
                                                          tr("Text Files (*.txt);;All Files (*.*)"));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     guarded([&] {
         QList<Peak3D> listPeak;
-        for (int nRow : qAsConst(listRow))
-            for (int nPoint : listGroupPoint[nRow])
-                if (nPoint >= 0 && nPoint < listPoint.size())
+        for (int nRow : qAsConst(listRow)) {
+            for (int nPoint : listGroupPoint[nRow]) {
+                if (nPoint >= 0 && nPoint < listPoint.size()) {
                     listPeak.append(listPoint[nPoint]);
+                }
+            }
+        }
         QString strReason;
-        if (!writePeak3DList(listPeak, strFile, bMerged, &strReason))
+        if (!writePeak3DList(listPeak, strFile, bMerged, &strReason)) {
             sayUnwritten(*this, strFile, strReason);
+        }
     });
 }
 
 void MainWindow::exportPeak3D()
 {
-    if (!m_pView3DCurrent || refuseDuringRun(tr("Exporting peaks")))
+    if (!m_pView3DCurrent || refuseDuringRun(tr("Exporting peaks"))) {
         return;
+    }
     const QList<int> listPoint = m_pView3DCurrent->groupPoints().value(0);
     const QList<Peak3D> listPeak = m_pView3DCurrent->points();
     const QString strFile = QFileDialog::getSaveFileName(
         this, tr("Export 3D Peaks to File"), m_strWorkingDir,
         tr("Peak List Files (*.%1);;All Files (*.*)").arg(QStringLiteral("pk")));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     guarded([&] {
         QString strReason;
-        if (!writePeakPositions(listPeak, listPoint, strFile, &strReason))
+        if (!writePeakPositions(listPeak, listPoint, strFile, &strReason)) {
             sayUnwritten(*this, strFile, strReason);
+        }
     });
 }
 
 QList<int> MainWindow::selectedPeakGroupRows() const
 {
     QList<int> listRow;
-    for (const QTableWidgetItem* pItem : m_pView3DPage->m_pTablePeakGroups->selectedItems())
-        if (!listRow.contains(pItem->row()))
+    for (const QTableWidgetItem* pItem : m_pView3DPage->m_pTablePeakGroups->selectedItems()) {
+        if (!listRow.contains(pItem->row())) {
             listRow.append(pItem->row());
+        }
+    }
     return listRow;
 }
 
 int MainWindow::selectedGroupRow(QTableWidget* pTable)
 {
-    if (pTable->selectedItems().isEmpty())
+    if (pTable->selectedItems().isEmpty()) {
         pTable->setCurrentCell(0, 0);
+    }
     const QList<QTableWidgetItem*> listItem = pTable->selectedItems();
-    if (!listItem.isEmpty())
+    if (!listItem.isEmpty()) {
         return listItem.first()->row();
+    }
     QMessageBox::warning(this, tr("Error"),
                          tr("No peaks were selected. Please select from the peak table first."));
     return -1;
@@ -202,32 +233,38 @@ int MainWindow::selectedGroupRow(QTableWidget* pTable)
 
 void MainWindow::restorePointGroups()
 {
-    if (refuseDuringRun(tr("Restoring groups of peaks")))
+    if (refuseDuringRun(tr("Restoring groups of peaks"))) {
         return;
-    if (!m_pView3DRaw)
+    }
+    if (!m_pView3DRaw) {
         return;
+    }
     guarded([this] {
         bool bRestored = false;
         withoutLatticeColors([&] { bRestored = restoreRawGroups(); });
-        if (bRestored)
+        if (bRestored) {
             m_pTabWidget->setCurrentIndex(1);
+        }
     });
 }
 
 bool MainWindow::restoreRawGroups()
 {
     const RestoredPointGroups all = tessera::restorePointGroups(m_dataSet);
-    if (!all.bRestored)
+    if (!all.bRestored) {
         return false;
+    }
     const RestoredPointGroups shown = withinLimits(all, m_mapping);
     QList<PointGroup> listGroup{{m_pView3DRaw->groupLabels()[0],
                                  {},
                                  m_pView3DRaw->groupColors()[0],
                                  m_pView3DRaw->groupsVisible()[0]}};
-    for (int g = 1; g < all.listGroupPoint.size(); ++g)
-        if (!all.listGroupPoint[g].isEmpty())  // else a group of hidden peaks would be lost
+    for (int g = 1; g < all.listGroupPoint.size(); ++g) {
+        if (!all.listGroupPoint[g].isEmpty()) {  // else a group of hidden peaks would be lost
             listGroup.append(
                 {QStringLiteral("Label%1").arg(g), shown.listGroupPoint[g], ED3DWidget::nextGroupColor()});
+        }
+    }
     closeGapsOfGroups(m_dataSet, all);
     m_dataSet.m_listPeakFrameShown = shown.listPeakFrameShown;
     showInRawView(shown.listPeakFlat, listGroup);
@@ -237,8 +274,9 @@ bool MainWindow::restoreRawGroups()
 
 void MainWindow::updatePeakGroupsFromView()
 {
-    if (refuseDuringRun(tr("Updating the groups of the peak list")) || !m_pView3DRaw)
+    if (refuseDuringRun(tr("Updating the groups of the peak list")) || !m_pView3DRaw) {
         return;
+    }
     withoutLatticeColors([this] {
         tessera::updatePeakGroupsFromView(m_dataSet, m_pView3DRaw->points(), m_pView3DRaw->groupPoints());
     });
@@ -249,13 +287,16 @@ void MainWindow::pointGroupTableCellClicked(int nRow, int nColumn)
     QTableWidget* pTable = m_pView3DPage->m_pTablePeakGroups;
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
     if (!pView || nRow < 0 || nRow >= pView->groupsVisible().size() ||
-        (nColumn != ColumnColor && nColumn != ColumnShown))
+        (nColumn != ColumnColor && nColumn != ColumnShown)) {
         return;
-    if (refuseDuringRun(tr("Changing a group of peaks")))
+    }
+    if (refuseDuringRun(tr("Changing a group of peaks"))) {
         return;
+    }
     QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
-    if (!pItem)
+    if (!pItem) {
         return;
+    }
     if (nColumn == ColumnShown) {
         const bool bShow = !pView->groupsVisible()[nRow];
         const QSignalBlocker blocker(pTable);
@@ -264,25 +305,29 @@ void MainWindow::pointGroupTableCellClicked(int nRow, int nColumn)
         return;
     }
     const QColor color = QColorDialog::getColor(pView->groupColors()[nRow], this, tr("Select Color"));
-    if (color.isValid() && pView)
+    if (color.isValid() && pView) {
         pView->setGroupColor(nRow, color);  // which comes back into the table
+    }
 }
 
 void MainWindow::pointGroupTableLabelEdidted(int nRow, int nColumn)
 {
     const QTableWidgetItem* pItem = m_pView3DPage->m_pTablePeakGroups->item(nRow, nColumn);
-    if (nColumn == ColumnLabel && pItem && m_pTableView && m_pTableView->setGroupLabel(nRow, pItem->text()))
+    if (nColumn == ColumnLabel && pItem && m_pTableView && m_pTableView->setGroupLabel(nRow, pItem->text())) {
         ed3dViewPointDisplayDataChanged(m_pTableView);  // the other table of the view
+    }
 }
 
 void MainWindow::ed3dViewPointDisplayDataChanged(ED3DWidget* view)
 {
-    if (view == m_pView3DCurrent)
+    if (view == m_pView3DCurrent) {
         update3DViewControls();
-    if (view == m_pView3DRaw)
+    }
+    if (view == m_pView3DRaw) {
         buildGroupTable(m_pMergingPage->m_pTableTargetPeaks, view, false);
-    else if (view == m_pView3DMerged)
+    } else if (view == m_pView3DMerged) {
         buildGroupTable(m_pCellPage->m_pTableReflectionSelection, view, false);
+    }
 }
 
 /// Cells that stay keep their items, and with them the selection and an editor that is open. Rows that come
@@ -311,11 +356,13 @@ void MainWindow::buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool b
         // Not selectable in the panel, so that the colour is seen on a selected row.
         QTableWidgetItem* pColor = itemAt(
             pTable, g, ColumnColor, bPanelTable ? Qt::ItemFlags(Qt::ItemIsEnabled) : flagsShown, nCentre);
-        if (pColor->background() != QBrush(pView->groupColors()[g]))
+        if (pColor->background() != QBrush(pView->groupColors()[g])) {
             pColor->setBackground(pView->groupColors()[g]);
-        if (bPanelTable)
+        }
+        if (bPanelTable) {
             setItemText(itemAt(pTable, g, ColumnShown, flagsShown, nCentre),
                         shownText(pView->groupsVisible()[g]));
+        }
     }
 }
 

@@ -12,15 +12,17 @@ namespace tessera {
 
 void MainWindow::searchKnownCell()
 {
-    if (refuseDuringRun(tr("Looking for a known cell")))
+    if (refuseDuringRun(tr("Looking for a known cell"))) {
         return;
+    }
     syncParametersWithControls(true);
     const auto fnSearch = [this](const CellParameters& cell, const KnownCellOptions& options,
                                  const bool& bGoOn) {
         KnownCellSearchResult result;
         result.end = {RunEnd::Failed, tr("The search did not come to an end.")};
-        if (refuseDuringRun(tr("Looking for a known cell")))
+        if (refuseDuringRun(tr("Looking for a known cell"))) {
             return result;
+        }
         CRunScope scope(*this);
         WindowReport report(*this, &bGoOn);
         report.goOn();
@@ -33,12 +35,14 @@ void MainWindow::searchKnownCell()
         return result;
     };
     KnownCellDialog dialog(fnSearch, m_strWorkingDir, this);
-    if (m_knownCell)
+    if (m_knownCell) {
         dialog.setCell(*m_knownCell);
+    }
     const bool bTake = dialog.exec() == QDialog::Accepted && dialog.result().orientation;
     m_knownCell = dialog.cell();
-    if (!bTake || refuseDuringRun(tr("Changing the cell")))
+    if (!bTake || refuseDuringRun(tr("Changing the cell"))) {
         return;
+    }
     m_pCellPage->m_pButtonTest->setChecked(false);
     CRunScope scope(*this);
     WindowReport report(*this);
@@ -48,8 +52,9 @@ void MainWindow::searchKnownCell()
             taken = takeOrientedCell(alive.dataSet(), *dialog.result().orientation, dialog.form(),
                                      alive.report(), m_strLatticeHost);
         });
-        if (taken.finished())
+        if (taken.finished()) {
             saveProjectCell(report);
+        }
     });
     if (taken.finished()) {
         updateUnitCell();

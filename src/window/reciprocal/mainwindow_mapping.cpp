@@ -67,20 +67,24 @@ void MainWindow::showInRawView(const QList<Peak3D>& listPeak, const QList<PointG
 {
     const QuietView quiet(*m_pView3DRaw);
     const double dfSize = m_pView3DPage->m_pSpinPointSize->value();
-    if (m_pView3DRaw->pointSizeRatio() != dfSize)  // else the sizes of the points that go would be made again
+    if (m_pView3DRaw->pointSizeRatio() !=
+        dfSize) {  // else the sizes of the points that go would be made again
         m_pView3DRaw->setPointSizeRatio(dfSize);
+    }
     m_pView3DRaw->setPoints(listPeak, listGroup);
 }
 
 void MainWindow::mapWaitingPeaks()
 {
-    if (m_dataSet.m_peakMapping || !canMapPeaks(m_dataSet))
+    if (m_dataSet.m_peakMapping || !canMapPeaks(m_dataSet)) {
         return;
+    }
     const bool bRestore = !m_rawGroups.holdsPeaks();  // of a list that could not be shown when it was opened
     transformPeaksTo3D();
     showPeaksIn3D();
-    if (bRestore)
+    if (bRestore) {
         guarded([this] { restoreRawGroups(); });
+    }
 }
 
 void MainWindow::recalculate3DPeakPositionsAndUpdateView()
@@ -98,8 +102,9 @@ void MainWindow::recalculate3DPeakPositionsAndUpdateView()
 
 void MainWindow::mapPeaksAnew(const QString& strThen, CRunReport& report)
 {
-    if (!m_rawGroups.holdsPeaks() || !needsMapping(m_dataSet, m_mapping))
+    if (!m_rawGroups.holdsPeaks() || !needsMapping(m_dataSet, m_mapping)) {
         return;
+    }
     report.addMessage(
         tr("Shifts, direct beam or geometry have changed since the peaks were mapped. %1").arg(strThen));
     transformPeaksTo3D();
@@ -108,12 +113,14 @@ void MainWindow::mapPeaksAnew(const QString& strThen, CRunReport& report)
 
 void MainWindow::peakReduction3D()
 {
-    if (refuseDuringRun(tr("Merging")))
+    if (refuseDuringRun(tr("Merging"))) {
         return;
+    }
     syncParametersWithControls(true);
     const int nGroup = selectedGroupRow(m_pMergingPage->m_pTableTargetPeaks);
-    if (nGroup < 0)
+    if (nGroup < 0) {
         return;
+    }
     CRunScope scope(*this);
     WindowReport report(*this);
     // Positions relative to a beam that has moved since must not meet points of the former one.
@@ -140,8 +147,9 @@ void MainWindow::peakReduction3D()
             result = tessera::peakReduction3D(alive.dataSet(), merging, &vecFlag, alive.report(),
                                               QThread::idealThreadCount());
         });
-        if (!result.outcome.finished())
+        if (!result.outcome.finished()) {
             return;
+        }
         m_nMergedGroup = m_pView3DRaw->groupLabels().size() > 1 ? nGroup : -1;
         m_pTabWidget->setCurrentIndex(2);
         report.goOn();
@@ -153,10 +161,12 @@ void MainWindow::peakReduction3D()
 
 void MainWindow::showRotationAxisLine()
 {
-    if (isFrameInUse())
+    if (isFrameInUse()) {
         return;
-    if (!isRunning())
+    }
+    if (!isRunning()) {
         syncParametersWithControls(true);
+    }
     const int nFrame = m_pFrameSpin->value() - 1;
     const BeamCentres centres = beamCentres(m_dataSet);
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
@@ -164,10 +174,11 @@ void MainWindow::showRotationAxisLine()
     bool bShow = m_pFramesPage->m_pShowAxisCheck->isChecked() && centres.holds(nFrame) && !vecImage.empty();
     bShow = bShow && axisLine(line, frameCentre(centres, nFrame), m_pFramesPage->m_pRotationAxisSpin->value(),
                               {vecImage.front()->Width(), vecImage.front()->Height()});
-    if (bShow)
+    if (bShow) {
         m_pMarks->showAxis(line);
-    else
+    } else {
         m_pMarks->hideAxis();
+    }
     m_pFrameScene->update();
 }
 

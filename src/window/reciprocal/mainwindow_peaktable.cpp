@@ -95,8 +95,9 @@ void MainWindow::createPeakTable()
         m_pPeakTableView,
         tr("All merged reflections. A click on a row shows its curve through the frames, "
            "a click on a title sorts, a drag moves it; the right button on a title chooses columns."));
-    for (const QAction* pAction : m_pPeakTableView->columnActions())
+    for (const QAction* pAction : m_pPeakTableView->columnActions()) {
         connect(pAction, &QAction::toggled, this, &MainWindow::updatePeakTableColumnVisability);
+    }
 
     m_pActions->setReady(m_pActions->m_pTableCopySelected);
     m_pActions->setReady(m_pActions->m_pTableCopyAll);
@@ -114,8 +115,9 @@ void MainWindow::createPeakTable()
     // asked for.
     const auto showChosen = [this](const QModelIndex& index, Qt::MouseButtons buttons) {
         if (!m_pPeakTableView->isBeingSet() && QApplication::mouseButtons() == buttons &&
-            !m_dataSet.m_listPeakChain.isEmpty() && m_pPeakTableView->selectionModel()->isSelected(index))
+            !m_dataSet.m_listPeakChain.isEmpty() && m_pPeakTableView->selectionModel()->isSelected(index)) {
             updateCurveWindow(index);
+        }
     };
     connect(m_pPeakTableView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [showChosen](const QModelIndex& index) { showChosen(index, Qt::NoButton); });
@@ -158,8 +160,9 @@ void MainWindow::updatePeakTableColumnVisability()
 void MainWindow::copySelectedReflectionsInPeakTable()
 {
     const QString strText = m_pPeakTableView->selectedText();
-    if (!strText.isEmpty())
+    if (!strText.isEmpty()) {
         QApplication::clipboard()->setText(strText);
+    }
 }
 
 void MainWindow::copyAllReflectionsInPeakTable()

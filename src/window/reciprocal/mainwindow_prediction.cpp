@@ -16,32 +16,37 @@ namespace tessera {
 /// the box is not checked.
 void MainWindow::showEstimatedPeakPosition()
 {
-    if (isFrameInUse())
+    if (isFrameInUse()) {
         return;
-    if (!isRunning())
+    }
+    if (!isRunning()) {
         syncParametersWithControls(true);
+    }
     const int nFrame = m_pFrameSpin->value() - 1;
     const int nFrames = m_dataSet.m_listFrameFile.size();
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
     QList<QPointF> listPosition;
     // A frame that could not be read leaves the picture of another one standing.
     if (m_pExtractionPage->m_pCheckShowEstimated->isChecked() && !vecImage.empty() && nFrame >= 0 &&
-        nFrame < nFrames)
+        nFrame < nFrames) {
         guarded([&] {
-            if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked())
+            if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked()) {
                 listPosition = peakPositions(predictedPositionsOnFrame(
                     m_dataSet, nFrame, m_extraction.m_dfResolutionLimit, m_mapping.m_bApplyStretching,
                     {vecImage.front()->Width(), vecImage.front()->Height()}));
-            else if (m_dataSet.m_vecPeakIndexedOnFrame.size() == nFrames)
+            } else if (m_dataSet.m_vecPeakIndexedOnFrame.size() == nFrames) {
                 listPosition = peakPositions(m_dataSet.m_vecPeakIndexedOnFrame[nFrame]);
+            }
         });
+    }
     m_pMarks->showEstimated(listPosition, m_extraction.m_nWindowRadius);
 }
 
 void MainWindow::updateExpectedPeakPositionFromOrientationMatrix()
 {
-    if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked())
+    if (m_pExtractionPage->m_pRadioOrientationMatrix->isChecked()) {
         showEstimatedPeakPosition();
+    }
 }
 
 }  // namespace tessera

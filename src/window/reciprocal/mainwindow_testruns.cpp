@@ -18,8 +18,9 @@ namespace {
 bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 {
     const int nFrames = dataSet.m_listFrameFile.size();
-    if (nFrames > 0 && dataSet.m_listPeakFrameShown.size() == nFrames)
+    if (nFrames > 0 && dataSet.m_listPeakFrameShown.size() == nFrames) {
         return true;
+    }
     report.addMessage(
         MainWindow::tr("There are no peaks of these frames in 3D. Find peaks and shifts first."),
         Severity::Error);
@@ -31,16 +32,18 @@ bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 void MainWindow::testRotationAxis()
 {
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
-        if (!holdsShownPeaks(m_dataSet, report))
+        if (!holdsShownPeaks(m_dataSet, report)) {
             return;
+        }
         const BeamCentres centres = beamCentres(m_dataSet);
         RotationAxisTest test;
         inFold(tr("Rotation axis test"), [&] {
             test = tessera::testRotationAxis(peaksAroundBeam(m_dataSet.m_listPeakFrameShown, centres),
                                              centres, m_merging.m_dfMax2DDistance, report);
         });
-        if (test.bFinished && test.nChains > 0)
+        if (test.bFinished && test.nChains > 0) {
             offerAxis(test.dfMaxAngleWeighted);
+        }
     });
 }
 
@@ -67,14 +70,15 @@ void MainWindow::testStreching()
 {
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         const QList<Peak3D> listPeak = m_dataSet.m_vecPeakIndexedOnFrame.value(m_pFrameSpin->value() - 1);
-        if (m_dataSet.m_strProjectDir.isEmpty())
+        if (m_dataSet.m_strProjectDir.isEmpty()) {
             report.addMessage(tr("No data set is open, so no result file is written."), Severity::Error);
-        else if (listPeak.isEmpty())
+        } else if (listPeak.isEmpty()) {
             report.addMessage(
                 QStringLiteral("No indexed peaks are available. Do merging and indexing first."),
                 Severity::Error);
-        else
+        } else {
             inFold(tr("Stretching test"), [&] { tessera::testStreching(listPeak, m_dataSet, report); });
+        }
     });
 }
 
@@ -82,8 +86,9 @@ void MainWindow::testStreching()
 void MainWindow::test2DIndexing()
 {
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
-        if (!holdsShownPeaks(m_dataSet, report))
+        if (!holdsShownPeaks(m_dataSet, report)) {
             return;
+        }
         const QList<QList<Peak3D>> listPeakFrame = peaksAroundBeam(m_dataSet.m_listPeakFrameShown,
                                                                    beamCentres(m_dataSet));
         inFold(tr("Vectors in the plane"), [&] {
@@ -97,8 +102,9 @@ void MainWindow::testIndexing()
 {
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         QList<Peak3D> listPeak;
-        if (tessera::testIndexing(cellInForce(m_dataSet), listPeak, report))
+        if (tessera::testIndexing(cellInForce(m_dataSet), listPeak, report)) {
             showReflectionList(listPeak);
+        }
     });
 }
 

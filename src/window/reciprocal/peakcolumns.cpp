@@ -118,8 +118,9 @@ QList<int> storedColumns(const QSettings& settings, const char* pszKey)
 QVector<QString> peakColumnTips()
 {
     QVector<QString> vecTip;
-    for (const char* pszTip : g_apszColumnTip)
+    for (const char* pszTip : g_apszColumnTip) {
         vecTip.append(QCoreApplication::translate("MainWindow", pszTip));
+    }
     return vecTip;
 }
 

@@ -289,8 +289,9 @@ QString PeakTableView::selectedText() const
     std::stable_sort(listIndex.begin(), listIndex.end(), isBefore);
     QString strText;
     for (int i = 0; i < listIndex.size(); ++i) {
-        if (i > 0)
+        if (i > 0) {
             strText += listIndex[i].row() == listIndex[i - 1].row() ? QLatin1Char('\t') : QLatin1Char('\n');
+        }
         strText += pastedText(listIndex[i]);
     }
     return strText;

@@ -7,11 +7,13 @@ namespace tessera {
 
 void CRawGroups::keep(DataSet& data, const ED3DWidget& view)
 {
-    if (!m_bHoldsPeaks)
+    if (!m_bHoldsPeaks) {
         return;
+    }
     m_kept = {view.groupLabels(), view.groupColors(), view.groupsVisible()};
-    if (m_kept.listLabel.size() > 1)  // one group alone holds all, whatever their masks say
+    if (m_kept.listLabel.size() > 1) {  // one group alone holds all, whatever their masks say
         updatePeakGroupsFromView(data, view.points(), view.groupPoints());
+    }
 }
 
 QList<PointGroup> CRawGroups::take(const DataSet& data, const QList<Peak3D>& listPeak)
@@ -26,9 +28,10 @@ QList<PointGroup> CRawGroups::kept(const DataSet& data, const QList<Peak3D>& lis
     const int nGroups = m_kept.listLabel.size();
     const QList<QList<int>> listGroupPoint = pointsOfPeakGroups(data, listPeak, nGroups);
     QList<PointGroup> listGroup;
-    for (int g = 0; g < nGroups; ++g)
+    for (int g = 0; g < nGroups; ++g) {
         listGroup.append(
             {m_kept.listLabel[g], listGroupPoint[g], m_kept.listColor[g], m_kept.listVisible[g]});
+    }
     return listGroup;
 }
 

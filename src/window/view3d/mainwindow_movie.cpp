@@ -34,12 +34,14 @@ bool savePicture(const QImage& image, const QString& strFile, QString& strReason
 
 void MainWindow::grab3DMovieFrames()
 {
-    if (refuseDuringRun(tr("Exporting pictures for a movie")))
+    if (refuseDuringRun(tr("Exporting pictures for a movie"))) {
         return;
+    }
     const QString strFile = QFileDialog::getSaveFileName(this, tr("Export Image Files"), m_strWorkingDir,
                                                          tr("Image Files (*.png);;All Files (*.*)"));
-    if (strFile.isEmpty())
+    if (strFile.isEmpty()) {
         return;
+    }
     bool bOk = false;
     const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
                                             &bOk);
@@ -52,15 +54,17 @@ void MainWindow::grab3DMovieFrames()
                                        Severity::Error);
         return;
     }
-    if (!m_pView3DCurrent)
+    if (!m_pView3DCurrent) {
         return;
+    }
     const QPointer<ED3DWidget> pView = m_pView3DCurrent;
     const int nPictures = int(360 / dfStep);
     const QString strStem = QFileInfo(strFile).absolutePath() + QLatin1Char('/') +
                             QFileInfo(strFile).baseName();
     QStringList listName;
-    for (int i = 0; i < nPictures; ++i)
+    for (int i = 0; i < nPictures; ++i) {
         listName.append(strStem + QStringLiteral("%1.png").arg(i, 4, 10, QLatin1Char('0')));
+    }
     const QString strFrame = frameAmongTargets(listName, m_dataSet.allFiles());
     if (!strFrame.isEmpty()) {
         WindowReport(*this).addMessage(
@@ -87,16 +91,18 @@ void MainWindow::grab3DMovieFrames()
                 report.addMessage(tr("The 3D view gives no picture."), Severity::Error);
                 break;
             }
-            if (!savePicture(image, listName[i], strReason))
+            if (!savePicture(image, listName[i], strReason)) {
                 listFailed.append(strReason.isEmpty() ? listName[i] : strReason);
+            }
             pView->rotateAroundScreenY(dfStep);
         }
         progress.end();
-        if (!listFailed.isEmpty())
+        if (!listFailed.isEmpty()) {
             report.addMessage(tr("%1 of %2 pictures could not be written: %3")
                                   .arg(QString::number(listFailed.size()), QString::number(nPictures),
                                        someNames(listFailed)),
                               Severity::Error);
+        }
         report.goOn();
     });
 }

@@ -48,8 +48,9 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
            "selects points."));
     connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
     connect(pView, &ED3DWidget::contextFailed, this, [this](const QString& strMessage) {
-        for (ED3DWidget* pEach : views3D())  // what one of them lacks, the other lacks too: said once
+        for (ED3DWidget* pEach : views3D()) {  // what one of them lacks, the other lacks too: said once
             disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
+        }
         WindowReport(*this).addMessage(strMessage, Severity::Error);
     });
     m_pTabWidget->addTab(pView, strTab);
@@ -97,8 +98,9 @@ void MainWindow::create3DControl()
 /// Brings the page into line with the view that it acts on.
 void MainWindow::update3DViewControls()
 {
-    if (!m_pView3DCurrent)
+    if (!m_pView3DCurrent) {
         return;
+    }
     const View3DPage& page = *m_pView3DPage;
     int anRange[3];
     m_pView3DCurrent->getLatticeRange(anRange[0], anRange[1], anRange[2]);
@@ -107,8 +109,9 @@ void MainWindow::update3DViewControls()
         for (QWidget* pControl : std::initializer_list<QWidget*>{
                  page.m_pSpinPointSize, page.m_pSpinPointTransparency, page.m_pGroupCanvasGrid,
                  page.m_pSpinCanvasGridTransparency, page.m_pCheckLatticePoints, page.m_pCheckLatticeLines,
-                 page.m_pSpinLatticeH, page.m_pSpinLatticeK, page.m_pSpinLatticeL})
+                 page.m_pSpinLatticeH, page.m_pSpinLatticeK, page.m_pSpinLatticeL}) {
             listBlocker.emplace_back(pControl);
+        }
         page.m_pSpinPointSize->setValue(m_pView3DCurrent->pointSizeRatio());
         page.m_pSpinPointTransparency->setValue(transparency(m_pView3DCurrent->pointAlpha()));
         page.m_pGroupCanvasGrid->setChecked(m_pView3DCurrent->showCanvasGrid());
@@ -124,68 +127,78 @@ void MainWindow::update3DViewControls()
     page.m_pEditSelectedCount->setText(QStringLiteral("%L1").arg(nSelected));
     // A button that goes off hands the keyboard to the next control and scrolls the page there. What is
     // selected next is selected in the view.
-    if (nSelected == 0 && page.window()->focusWidget() == page.m_pButtonAddGroup)
+    if (nSelected == 0 && page.window()->focusWidget() == page.m_pButtonAddGroup) {
         m_pView3DCurrent->setFocus();
+    }
     page.m_pButtonAddGroup->setEnabled(nSelected >= 1);
 }
 
 void MainWindow::pointSize3DChanged(double dfNewSize)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setPointSizeRatio(dfNewSize);
+    }
 }
 
 void MainWindow::pointAlpha3DChanged(int nTransparency)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setPointAlpha(alphaOf(nTransparency));
+    }
 }
 
 void MainWindow::canvasGridTransparencyChanged(int nTransparency)
 {
-    if (!m_pView3DCurrent)
+    if (!m_pView3DCurrent) {
         return;
+    }
     m_pView3DCurrent->setCanvasGridAlpha(alphaOf(nTransparency));
     m_dfCanvasGridAlpha = (100 - nTransparency) / 100.0;  // what the next start begins with
 }
 
 void MainWindow::canvasGridToggled(bool bEnable)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setShowCanvasGrid(bEnable);
+    }
 }
 
 void MainWindow::unitCellLatticePointsToggled(bool bEnable)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setShowLatticePoints(bEnable);
+    }
 }
 
 void MainWindow::unitCellLatticeLinesToggled(bool bEnable)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setShowLatticeLines(bEnable);
+    }
 }
 
 void MainWindow::unitCellLatticeRangeChanged()
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         m_pView3DCurrent->setLatticeRange(m_pView3DPage->m_pSpinLatticeH->value(),
                                           m_pView3DPage->m_pSpinLatticeK->value(),
                                           m_pView3DPage->m_pSpinLatticeL->value());
+    }
 }
 
 /// Turns the view to look along a*, b*, c* (nVector 0, 1, 2) of the cell in force, or along a, b, c.
 void MainWindow::rotateAlong(int nVector, bool bReciprocal)
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(m_dataSet);
-    if (!m_pView3DCurrent || !basis)
+    if (!m_pView3DCurrent || !basis) {
         return;
+    }
     std::array<Vec3D, 3> aVector = basis->vectors();
     if (!bReciprocal) {
         const std::optional<DirectBasis> direct = reciprocalToDirectBasis(*basis);
-        if (!direct)
+        if (!direct) {
             return;
+        }
         aVector = {direct->a, direct->b, direct->c};
     }
     m_pView3DCurrent->viewAlong(aVector[nVector]);
@@ -227,17 +240,19 @@ double MainWindow::rotationStep()
     bool bOk = false;
     const double dfStep = m_locale.toDouble(m_pView3DPage->m_pComboRotationStep->currentText().trimmed(),
                                             &bOk);
-    if (!bOk)
+    if (!bOk) {
         WindowReport(*this).addMessage(QStringLiteral("Unknown numeric format for the rotation step."),
                                        Severity::Error);
+    }
     return bOk ? dfStep : 0;
 }
 
 /// Turns the view by one step of the page, forwards or back.
 void MainWindow::turn3DView(void (ED3DWidget::*pTurn)(double), int nSign)
 {
-    if (m_pView3DCurrent)
+    if (m_pView3DCurrent) {
         (m_pView3DCurrent->*pTurn)(nSign * rotationStep());
+    }
 }
 
 void MainWindow::rotate3DViewUp()
