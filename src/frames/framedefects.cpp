@@ -105,7 +105,7 @@ void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
         // Next to no row holds a spike: counting passes over it without a branch.
         int nHigh = 0;
         for (int x = 1; x < nWidth - 1; ++x) {
-            nHigh += (p[x] > p[x - 1] + fStep) & (p[x] > p[x + 1] + fStep) ? 1 : 0;
+            nHigh += ((p[x] > p[x - 1] + fStep) & (p[x] > p[x + 1] + fStep)) ? 1 : 0;
         }
         for (int x = 1; nHigh > 0 && x + 1 < nWidth; ++x) {
             if (p[x] > p[x - 1] + fStep && p[x] > p[x + 1] + fStep && standsAlone(img, x, y, fStep)) {
