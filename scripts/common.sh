@@ -18,7 +18,7 @@ PACKAGES_TEST=(libgtest-dev libbenchmark-dev libglu1-mesa-dev xvfb xauth
 # is left out where it is missing.
 PACKAGES_CLUSTER=(snakemake slurm-wlm munge python3)
 PACKAGES_PICTURES=(chromium)
-PACKAGES_LINT=(clang-format clang-tidy)
+PACKAGES_LINT=(clang-format clang-tidy doxygen)
 PACKAGES_PACKAGE=(dpkg-dev fakeroot gzip help2man lintian)
 
 # timed WHAT COMMAND...: runs it; where TESSERA_TIMES names a file, a line with its time is added there.
@@ -58,6 +58,15 @@ build() {
     }
     rm -f "/tmp/tessera-configure-$$.log"
     ninja -C "$folder" -j "$JOBS" "$@" | tail -n 1
+}
+
+# build_tests PRESET: programs and tests, with precompiled headers (not in the released sources themselves, where an
+# include that is missing is to be found out).
+build_tests() {
+    local preset=$1 folder=build/$1 bench=OFF pch=ALL
+    [ "$preset" = release ] && folder=build bench=ON pch=TESTS
+    build "$preset" "$PROJECT/$folder" -DTESSERA_TESTS=ON -DTESSERA_WERROR="$WERROR" -DTESSERA_BENCH="$bench" \
+        -DTESSERA_PCH="${TESSERA_PCH:-$pch}"
 }
 
 # build_programs: the programs, as released. Whether the folder has tests stays as it is.

@@ -41,8 +41,10 @@ QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOption
 ///
 /// Slow are also those that turn back within the reach of the sphere, as their two passages are one. A
 /// passage begins before the series or ends after it where more than a two-hundredth of its curve is lost.
-/// @param nJobs  threads; the result is the same for every number
 std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options);
+
+/// The same, of passages that are prepared.
+/// @param nJobs  threads; the result is the same for every number
 std::vector<Observation> predictObservations(const CPassageGeometry& passages,
                                              const PredictionOptions& options, int nJobs = 1);
 
