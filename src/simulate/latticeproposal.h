@@ -23,7 +23,8 @@ struct LatticeProposal {
 
 /// Judges a proposal.
 /// @param lattice       the object; may be empty
-/// @param pmatFound     the indexed reciprocal basis in the rows, which the matrix belongs to; null without a cell
+/// @param pmatFound     the indexed reciprocal basis in the rows, which the matrix belongs to; null without a
+/// cell
 /// @param matTrue, matPrimitive  as of matchLattice()
 LatticeProposal judgeProposal(const QJsonObject& lattice, const Matrix3* pmatFound, const Matrix3& matTrue,
                               const Matrix3& matPrimitive, const BravaisType& typeTrue);
