@@ -68,7 +68,7 @@ QStringList simulatedFormatNames()
 
 QString frameExtension(SimulatedFormat format)
 {
-    return QLatin1String(g_aFormat[format].pExtension);
+    return QLatin1String(g_aFormat[int(format)].pExtension);
 }
 
 QByteArray encodeMrc(const std::vector<float>& listPixel, int nWidth, int nHeight, SimulatedFormat format)
