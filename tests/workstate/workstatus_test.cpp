@@ -27,7 +27,7 @@ struct Series {
         }
         return str;
     }
-    QString reason(WorkStage stage) const { return status()[stage].strReason; }
+    QString reason(WorkStage stage) const { return status()[size_t(stage)].strReason; }
     QString steps() const { return stagesText(stagesToRun(status()), status()); }
 
     void hunt()

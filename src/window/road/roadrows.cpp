@@ -108,7 +108,7 @@ void CRoadRows::end()
 
 void CRoadRows::setFound(RoadRowKind kind, const QString& strText)
 {
-    RoadRow& row = m_listRow[kind];
+    RoadRow& row = m_listRow[size_t(kind)];
     if (row.state == RoadRowState::Waiting || row.state == RoadRowState::Found) {
         row.state = strText.isEmpty() ? RoadRowState::Waiting : RoadRowState::Found;
         row.strText = strText;

@@ -127,7 +127,7 @@ void StatusStrip::setRunning(bool bRunning)
 void StatusStrip::showStatus()
 {
     for (const StageStatus& status : m_listStatus) {
-        QToolButton* pChip = m_listChip[status.stage];
+        QToolButton* pChip = m_listChip[size_t(status.stage)];
         pChip->setIcon(signOf(status.state, *this));
         pChip->setAccessibleName(tr("%1: %2").arg(workStageName(status.stage), wordOf(status.state)));
         pChip->setToolTip({});
