@@ -11,7 +11,7 @@ import sys
 
 RUNS = ("one", "slurm1", "slurm2", "killed")
 # What tells of the run itself: times and names of places.
-OF_THE_RUN = (".log", ".run.json", ".merge.json", ".html")
+OF_THE_RUN = (".log", ".run.json", ".merge.json", ".html", ".workflow.json")
 SUMMARIES = ("peaks.json", "cell.json", "summary.json")
 
 

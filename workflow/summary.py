@@ -26,7 +26,7 @@ table = snakemake.output[0]
 with open(table + ".part", "w", encoding="utf-8") as file:
     for part in parts(list(snakemake.input)):
         # Its exit status of 1 tells of bad series, which are what the table is for.
-        command = [*shlex.split(snakemake.config["batch"]), "--summary", *part]
+        command = [*shlex.split(str(snakemake.config["batch"])), "--summary", *part]
         status = subprocess.run(command, stdout=file, check=False).returncode
         if status not in (0, 1):
             raise SystemExit(status)
