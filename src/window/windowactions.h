@@ -5,19 +5,19 @@
 #include <QList>
 #include <QObject>
 
-class QActionGroup;
-class QWidget;
-
 namespace tessera {
 
-/// Builds the actions and decides which of two actions with the same key a key press means.
+struct ActionRows;
+
+/// Builds the actions by the action table, and decides which of two actions a shared key means.
 ///
-/// An action is built disabled until setReady() says that it has a slot to go to. The class connects
-/// nothing itself.
+/// An action is disabled until setReady() says that it has a slot to go to. The class connects nothing
+/// itself.
 ///
-/// Two actions in force can share a key, by their table (Ctrl+Shift+M, Ctrl+P) or because the desktop adds
-/// keys of its own to a standard one; Qt then runs neither. Here one always runs: one that has no other
-/// key, then one whose widget holds the keyboard, then the one of the higher rank (see rank()).
+/// Two enabled actions can share a key, by the table (Ctrl+Shift+M, Ctrl+P) or because the desktop adds
+/// keys of its own to a standard one; Qt then runs neither. Here one always runs: an action without another
+/// key before one with several, then one whose widget has the keyboard, then the one of the higher rank (see
+/// rank()).
 class WindowActions : public QObject {
     Q_OBJECT
 
@@ -101,6 +101,8 @@ protected:
 
 private:
     static int checkedIndex(const QList<QAction*>& listAction);
+    /// One of them is checked, at first the first one.
+    QList<QAction*> makeExclusive(const ActionRows& rows);
     int rank(const QAction* pAction) const;
 
     QList<QAction*> m_listWatched;
