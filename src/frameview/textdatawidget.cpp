@@ -6,6 +6,7 @@
 #include <QFont>
 #include <QFontMetrics>
 #include <QResizeEvent>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -74,17 +75,18 @@ void TextDataWidget::setCenter(QPointF ptCenter)
     m_ptCenter = ptCenter;
 }
 
-// The narrowest field, 3 to 8 characters, that holds all values and pixel numbers of the part that it
-// leaves room for; the widest stands whatever the values.
-bool TextDataWidget::findLayout(Layout& layout) const
+// The narrowest field, 3 to 8 characters, that takes all values and pixel numbers of the part of the frame
+// for which it leaves room. The widest one is taken whatever the values are.
+std::optional<TextDataWidget::Layout> TextDataWidget::findLayout() const
 {
     const int nImgWidth = m_imgData.Width();
     const int nImgHeight = m_imgData.Height();
     // As real numbers first: a centre far off would not fit an int.
     if (!(m_ptCenter.x() > -1.0 && m_ptCenter.x() < nImgWidth && m_ptCenter.y() > -1.0 &&
           m_ptCenter.y() < nImgHeight)) {
-        return false;
+        return std::nullopt;
     }
+    Layout layout;
     const QFontMetrics metrics(gridFont());
     double dfLimit = 10.0;  // 10^k
     for (int k = 1; k <= 6; ++k, dfLimit *= 10.0) {
@@ -112,16 +114,14 @@ bool TextDataWidget::findLayout(Layout& layout) const
             break;
         }
     }
-    return true;
+    return layout;
 }
 
 void TextDataWidget::clearImages()
 {
     m_imgData.Release();
     m_imgByte.Release();
-    for (QGraphicsItem* pItem : m_pScene->items()) {
-        m_pScene->removeItem(pItem);
-    }
+    takeGridAway();
 }
 
 bool TextDataWidget::refresh()
@@ -130,16 +130,32 @@ bool TextDataWidget::refresh()
         m_imgData.Width() < 1 || m_imgData.Height() < 1) {
         return false;
     }
-    Layout layout;
-    if (!findLayout(layout)) {
+    const std::optional<Layout> layout = findLayout();
+    if (!layout) {
         return false;
     }
+    {
+        setUpdatesEnabled(false);
+        const auto painting = qScopeGuard([this] { setUpdatesEnabled(true); });
+        takeGridAway();
+        m_pScene->setSceneRect(0.0, 0.0, layout->nCellWidth * layout->nColumns,
+                               layout->nCellHeight * layout->nRows);
+        growPools(*layout);
+        fillGrid(*layout);
+    }
+    viewport()->update();
+    return true;
+}
 
-    setUpdatesEnabled(false);
+void TextDataWidget::takeGridAway()
+{
     for (QGraphicsItem* pItem : m_pScene->items()) {
         m_pScene->removeItem(pItem);
     }
-    m_pScene->setSceneRect(0.0, 0.0, layout.nCellWidth * layout.nColumns, layout.nCellHeight * layout.nRows);
+}
+
+void TextDataWidget::growPools(const Layout& layout)
+{
     if (layout.nColumns + layout.nRows - 2 > m_listHeaderItem.size()) {
         growPool(m_listHeaderItem, m_colorHeader, m_listHeaderItem.size());
         growPool(m_listCrossItem, m_colorCross, m_listCrossItem.size());
@@ -147,34 +163,22 @@ bool TextDataWidget::refresh()
     if ((layout.nColumns - 1) * (layout.nRows - 1) > m_listCellItem.size()) {
         growPool(m_listCellItem, m_colorCell, m_listCellItem.size());
     }
+}
 
-    // Places the next item of a pool; the grid goes without those that the pool can't give.
-    int nHeader = 0;
-    int nCell = 0;
-    int nCross = 0;
-    const auto place = [&](const QList<TextItem*>& listItem, int& nUsed, int c, int r, const QString& strText,
-                           const QColor& color) {
-        if (nUsed >= listItem.size()) {
-            return;
-        }
-        TextItem* pItem = listItem[nUsed++];
-        pItem->setText(strText);
-        pItem->setBrushColor(color);
-        pItem->setPos(c * layout.nCellWidth, r * layout.nCellHeight);
-        m_pScene->addItem(pItem);
-    };
-
+void TextDataWidget::fillGrid(const Layout& layout)
+{
+    Pool headers{m_listHeaderItem}, cells{m_listCellItem}, crosses{m_listCrossItem};
     const int d = layout.nDigits;
     m_listHeaderItem.first()->setBackground(m_colorCross);
-    place(m_listHeaderItem, nHeader, 0, 0, QStringLiteral("%1").arg(QStringLiteral("I."), d), Qt::red);
+    place(headers, layout, {0, 0}, QStringLiteral("%1").arg(QStringLiteral("I."), d), Qt::red);
     // A window with room for one column or one row alone gets the corner and nothing else.
     const int nColumns = layout.h > 0 ? layout.w : 0;
     const int nRows = layout.w > 0 ? layout.h : 0;
     for (int c = 1; c <= nColumns; ++c) {
-        place(m_listHeaderItem, nHeader, c, 0, QStringLiteral("%1").arg(layout.x0 + c - 1, d), Qt::black);
+        place(headers, layout, {c, 0}, QStringLiteral("%1").arg(layout.x0 + c - 1, d), Qt::black);
     }
     for (int r = 1; r <= nRows; ++r) {
-        place(m_listHeaderItem, nHeader, 0, r, QStringLiteral("%1").arg(layout.y0 + r - 1, d), Qt::black);
+        place(headers, layout, {0, r}, QStringLiteral("%1").arg(layout.y0 + r - 1, d), Qt::black);
     }
 
     const QVector<QRgb>& vecColor = *paletteTable(2);
@@ -184,14 +188,25 @@ bool TextDataWidget::refresh()
             const int y = layout.y0 + r - 1;
             const std::size_t nPixel = std::size_t(y) * std::size_t(m_imgData.Width()) + std::size_t(x);
             const bool bCross = x == int(m_ptCenter.x()) || y == int(m_ptCenter.y());
-            place(bCross ? m_listCrossItem : m_listCellItem, bCross ? nCross : nCell, c, r,
+            place(bCross ? crosses : cells, layout, {c, r},
                   QStringLiteral("%1").arg(double(m_imgData.Data()[nPixel]), d, 'f', 0),
                   QColor(vecColor[m_imgByte.Data()[nPixel]]));
         }
     }
-    setUpdatesEnabled(true);
-    viewport()->update();
-    return true;
+}
+
+// Puts the next item of a pool into a column and row; the grid goes without items that the pool lacks.
+void TextDataWidget::place(Pool& pool, const Layout& layout, const QPoint& ptCell, const QString& strText,
+                           const QColor& color)
+{
+    if (pool.nUsed >= pool.listItem.size()) {
+        return;
+    }
+    TextItem* pItem = pool.listItem[pool.nUsed++];
+    pItem->setText(strText);
+    pItem->setBrushColor(color);
+    pItem->setPos(ptCell.x() * layout.nCellWidth, ptCell.y() * layout.nCellHeight);
+    m_pScene->addItem(pItem);
 }
 
 void TextDataWidget::resizeEvent(QResizeEvent* pEvent)

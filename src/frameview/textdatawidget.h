@@ -8,6 +8,8 @@
 #include <QList>
 #include <QPointF>
 
+#include <optional>
+
 namespace tessera {
 
 class TextItem;
@@ -20,6 +22,7 @@ class TextDataWidget : public QGraphicsView {
     Q_OBJECT
 
 public:
+    /// Shows nothing before it has both images.
     explicit TextDataWidget(QWidget* pParent = nullptr);
     ~TextDataWidget() override;
 
@@ -49,7 +52,19 @@ private:
         int x0, y0, w, h;     ///< the part of the frame shown, pixels
     };
 
-    bool findLayout(Layout& layout) const;
+    /// Items, and how many of them the grid has taken.
+    struct Pool {
+        const QList<TextItem*>& listItem;
+        int nUsed = 0;
+    };
+
+    /// The grid about the centre; none when that lies off the image.
+    std::optional<Layout> findLayout() const;
+    void takeGridAway();
+    void growPools(const Layout& layout);
+    void fillGrid(const Layout& layout);
+    void place(Pool& pool, const Layout& layout, const QPoint& ptCell, const QString& strText,
+               const QColor& color);
     void growPool(QList<TextItem*>& listItem, const QColor& colorBackground, int nCount);
 
     QGraphicsScene* m_pScene;

@@ -84,6 +84,7 @@ struct AxisSearch;
 struct DirectBeamOnFrame;
 struct FrameDefects;
 struct IndexingResult;
+struct IntegrationHost;
 struct LatticeLook;
 struct PositionRefinementOptions;
 struct RoadState;
@@ -560,6 +561,7 @@ private:
     // Built once by the constructor, in this order.
     void fillNameMaps();
     void createActions();
+    void connectChoices();
     void createMenus();
     void createToolsMenu();  // src/window/mainwindow_tools.cpp
     void createControlDock();
@@ -599,8 +601,9 @@ private:
     void mergeAsBefore(const WindowMemory& memory, CRunReport& report);
     void runWorkStage(WorkStage stage);
     void createIntegration();  // src/window/integration/mainwindow_integration.cpp
-    void createSections();     // src/window/sections/mainwindow_sections.cpp
-    void createCrystals();     // src/window/crystals/mainwindow_crystals.cpp
+    void giveIntegrationRuns(IntegrationHost& host);
+    void createSections();  // src/window/sections/mainwindow_sections.cpp
+    void createCrystals();  // src/window/crystals/mainwindow_crystals.cpp
     // The one selection of the views: src/window/selection/mainwindow_selection.cpp
     void createSelection();
     void createFrameGuides();
@@ -608,6 +611,13 @@ private:
     /// Draws what lies on the frame in view of rings and chosen spots.
     void showFrameGuides();
     void connectPages();
+    void connectFrameControls();
+    void connectPeakSearchPage();
+    void connectMergingPage();
+    void connectCellPage();
+    void connectLatticesDialog();
+    void connectRefinementPage();
+    void connectExtractionPage();
     void connect3DPage();
     void create3DControl();  // src/window/view3d/mainwindow_view3d.cpp
     static QSettings* makeSettings(QObject* pParent = nullptr);
@@ -625,6 +635,13 @@ private:
     void finishTyping();
     /// Connects or cuts the panel signals whose slots recompute something.
     void connectPanelSignals(bool bConnect);
+    bool isPanelConnected() const { return !m_listPanelConnection.isEmpty(); }
+    /// Has a connection cut with the panel signals.
+    void keepPanelConnection(const QMetaObject::Connection& connection);
+    void onPanelNumber(const QList<QDoubleSpinBox*>& listSpin, const std::function<void()>& fnChanged);
+    void connectGeometrySignals();
+    void connectViewSignals();
+    void connect3DSignals();
 
     bool openProject(const QString& strFileName);
     void openImageFiles(const QStringList& listFile);
@@ -634,6 +651,13 @@ private:
     /// The same, and puts tables and pages to the new one.
     void showDataSetAnew();
     void showFirstFrame();
+    /// Sets the controls of the frame number.
+    /// @return whether all of them had it already
+    bool setFrameControls(int nIndex);
+    /// Reads a frame, from 1, as the one in view; false, with a message, when that fails.
+    bool loadFrameInView(int nIndex, CRunReport& report);
+    /// Shows it with all that lies on it.
+    void showLoadedFrame();
     void showOpenedCell();
     void enterRecentSeries(const QStringList& listFile);
     void recentListChanged();
@@ -699,8 +723,10 @@ private:
     bool selectReflectionsForProcessing(QList<Peak3D>& listPeak);
     void assignViewingDirection(int nVector);
     void updateManualLength(int nVector);
-    void rotateAlong(int nVector, bool bReciprocal);
+    enum class CellEdges { Direct, Reciprocal };
+    void rotateAlong(CellEdges edges, int nVector);
     double rotationStep();
+    void writeMovie(const QStringList& listName, double dfStep, CRunReport& report);
     void turn3DView(void (ED3DWidget::*pTurn)(double), int nSign);
     void startManualCell();
     void showLattice();
@@ -785,7 +811,7 @@ private:
     /// Cuts the signals of the pages, if they are connected: the boxes are set and nothing is computed anew.
     class CQuietPages {
     public:
-        explicit CQuietPages(MainWindow& window) : m_window(window), m_bConnected(window.m_bPanelConnected)
+        explicit CQuietPages(MainWindow& window) : m_window(window), m_bConnected(window.isPanelConnected())
         {
             window.connectPanelSignals(false);
         }
@@ -797,10 +823,15 @@ private:
         MainWindow& m_window;
         bool m_bConnected;
     };
+    /// What a run leaves in memory as the image of the frame in view.
+    enum class FrameAfterRun {
+        Stays,  ///< the image that was there
+        Reload  ///< maybe that of another frame: the named one is read again
+    };
     /// Makes what happens while it lives a run under way.
     class CRunScope {
     public:
-        explicit CRunScope(MainWindow& window, bool bReload = false);
+        explicit CRunScope(MainWindow& window, FrameAfterRun frame = FrameAfterRun::Stays);
         ~CRunScope();
         CRunScope(const CRunScope&) = delete;
         CRunScope& operator=(const CRunScope&) = delete;
@@ -809,12 +840,11 @@ private:
         static MainWindow& looked(MainWindow& window);
 
         MainWindow& m_window;
-        bool m_bReload;
+        FrameAfterRun m_frame;
         int m_nOuterPump;  ///< a run may begin from the events that the end of another one lets through
     };
-    /// What the user asked for during the run that has just ended.
-    /// @param bReload  the run may have left other images in memory than the frame that is named
-    void catchUpAfterRun(bool bReload);
+    /// Does what the user asked for during the run that has just ended.
+    void catchUpAfterRun(FrameAfterRun frame);
 
     DataSet m_dataSet;
     QString m_strWorkingDir;            ///< where every file dialog starts
@@ -858,12 +888,11 @@ private:
     std::unique_ptr<LatticeLook> m_pLatticeLook;  ///< never null
     CLatticeColors m_colorsRaw;
     CLatticeColors m_colorsMerged;
-    bool m_bPanelConnected = false;
     bool m_bShowingState = false;  ///< controls are being set to a state: their slots read no page
-    QList<QMetaObject::Connection> m_listPanelConnection;
-    CParameterBindings m_bindings;                   ///< of the pages and the parameters
-    double m_dfCanvasGridAlpha = 0.05;               ///< of the grid in both 3D views
-    CMatrix3 m_dfCellMatrix = CMatrix3::identity();  ///< of the transformation of the cell
+    QList<QMetaObject::Connection> m_listPanelConnection;  ///< empty while the panel signals are cut
+    CParameterBindings m_bindings;                         ///< of the pages and the parameters
+    double m_dfCanvasGridAlpha = 0.05;                     ///< of the grid in both 3D views
+    CMatrix3 m_dfCellMatrix = CMatrix3::identity();        ///< of the transformation of the cell
     QString m_strLatticeHost;  ///< address of the service that the links of unit cells go to
     QTimer m_timerPlay;
     std::unique_ptr<QSplashScreen> m_pSplash;

@@ -56,7 +56,12 @@ void MainWindow::createActions()
     }
     connect(m_pActions->m_pAboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
     m_pActions->setReady(m_pActions->m_pAboutQt);
+    connectChoices();
+}
 
+/// The palettes, and the sizes of the reference region.
+void MainWindow::connectChoices()
+{
     // The state and not the click counts, so that a run can check an action as well.
     for (QAction* pAction : qAsConst(m_pActions->m_listPalette)) {
         connect(pAction, &QAction::toggled, this, [this](bool bOn) {
@@ -72,8 +77,8 @@ void MainWindow::createActions()
                 selSizeChanged2();
             }
         });
-        // A size that was too large for a former frame stands checked without a rectangle; a click tries
-        // it again.
+        // A size that was too large for a former frame is checked without a rectangle; a click tries it
+        // again.
         connect(pAction, &QAction::triggered, this, [this] {
             if (m_pActions->selectionIndex() != m_pFrameScene->selectionIndex()) {
                 selSizeChanged2();
@@ -81,7 +86,7 @@ void MainWindow::createActions()
         });
         m_pActions->setReady(pAction);
     }
-    // Their tool bar is out of sight on other pages; their keys work all the same.
+    // Their tool bar is hidden on other pages, where their keys shall work too.
     addActions(m_pActions->m_listSelection);
 }
 

@@ -86,8 +86,20 @@ void MainWindow::bindParameters()
     m_bindings.bindCombo(m_pCellPage->m_pComboReflectionGrouping, m_indexing.m_nSpaceGroup);
 }
 
-/// The connections that stand as long as the window.
+/// The connections that last as long as the window.
 void MainWindow::connectPages()
+{
+    connectFrameControls();
+    connectPeakSearchPage();
+    connectMergingPage();
+    connectCellPage();
+    connectLatticesDialog();
+    connect3DPage();
+    connectRefinementPage();
+    connectExtractionPage();
+}
+
+void MainWindow::connectFrameControls()
 {
     connect(m_pFrameSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::switchToImgIndex);
     connect(m_pFrameSlider, &QSlider::valueChanged, this, &MainWindow::switchToImgIndex);
@@ -110,167 +122,196 @@ void MainWindow::connectPages()
     connect(m_pShiftPage->m_pRunButton, &QPushButton::clicked, this, &MainWindow::runShiftEvaluation);
     connect(m_pShiftPage->m_pLoadButton, &QPushButton::clicked, this, &MainWindow::loadEDShift);
     connect(m_pShiftPage->m_pExportButton, &QPushButton::clicked, this, &MainWindow::saveEDShift);
+}
 
-    connect(m_pPeakSearchPage->m_pRunButton, &QPushButton::clicked, this, &MainWindow::runPeakHunting);
-    connect(m_pPeakSearchPage->m_pLoadMaskButton, &QPushButton::clicked, this,
-            &MainWindow::loadPeakHuntingMask);
-    connect(m_pPeakSearchPage->m_pClearMaskButton, &QPushButton::clicked, this,
-            &MainWindow::clearPeakHuntingMask);
-    connect(m_pPeakSearchPage->m_pRemoveAreasAction, &QAction::triggered, this,
-            &MainWindow::removeSelectedMaskAreas);
-    connect(m_pPeakSearchPage->m_pShowMaskCheck, &QCheckBox::toggled, this, &MainWindow::showPeakHuntingMask);
-    connect(m_pPeakSearchPage->m_pShowPeaksCheck, &QCheckBox::toggled, this,
+void MainWindow::connectPeakSearchPage()
+{
+    const PeakSearchPage& page = *m_pPeakSearchPage;
+    connect(page.m_pRunButton, &QPushButton::clicked, this, &MainWindow::runPeakHunting);
+    connect(page.m_pLoadMaskButton, &QPushButton::clicked, this, &MainWindow::loadPeakHuntingMask);
+    connect(page.m_pClearMaskButton, &QPushButton::clicked, this, &MainWindow::clearPeakHuntingMask);
+    connect(page.m_pRemoveAreasAction, &QAction::triggered, this, &MainWindow::removeSelectedMaskAreas);
+    connect(page.m_pShowMaskCheck, &QCheckBox::toggled, this, &MainWindow::showPeakHuntingMask);
+    connect(page.m_pShowPeaksCheck, &QCheckBox::toggled, this,
             &MainWindow::visualMoniteringPeakHuntingToggled);
+    connect(page.m_pAutoRadiiCheck, &QCheckBox::toggled, this, &MainWindow::autoRadiiToggled);
+    connect(page.m_pFindDefectsButton, &QPushButton::clicked, this, &MainWindow::findFrameDefects);
+    connect(page.m_pSuggestButton, &QPushButton::clicked, this, &MainWindow::suggestPeakSearch);
+}
 
-    connect(m_pPeakSearchPage->m_pAutoRadiiCheck, &QCheckBox::toggled, this, &MainWindow::autoRadiiToggled);
-    connect(m_pPeakSearchPage->m_pFindDefectsButton, &QPushButton::clicked, this,
-            &MainWindow::findFrameDefects);
-    connect(m_pPeakSearchPage->m_pSuggestButton, &QPushButton::clicked, this, &MainWindow::suggestPeakSearch);
+void MainWindow::connectMergingPage()
+{
+    const MergingPage& page = *m_pMergingPage;
+    connect(page.m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestMerging);
+    connect(page.m_pButtonLoadPeaks, &QPushButton::clicked, this, &MainWindow::loadRawPeaks);
+    connect(page.m_pButtonExportPeaks, &QPushButton::clicked, this, &MainWindow::saveRawPeaks);
+    connect(page.m_pButtonMerge, &QPushButton::clicked, this, &MainWindow::peakReduction3D);
+}
 
-    connect(m_pMergingPage->m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestMerging);
-    connect(m_pMergingPage->m_pButtonLoadPeaks, &QPushButton::clicked, this, &MainWindow::loadRawPeaks);
-    connect(m_pMergingPage->m_pButtonExportPeaks, &QPushButton::clicked, this, &MainWindow::saveRawPeaks);
-    connect(m_pMergingPage->m_pButtonMerge, &QPushButton::clicked, this, &MainWindow::peakReduction3D);
-    connect(m_pCellPage->m_pButtonLoadCell, &QPushButton::clicked, this, &MainWindow::loadUnitCell);
-    connect(m_pCellPage->m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
-
-    connect(m_pCellPage->m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestCellRange);
-    connect(m_pCellPage->m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
-    connect(m_pCellPage->m_pButtonKnownCell, &QPushButton::clicked, this, &MainWindow::searchKnownCell);
-    connect(m_pCellPage->m_pCheckAutoRange, &QCheckBox::toggled, this, &MainWindow::showCellRange);
-    connect(m_pCellPage->m_pRadioCellManual, &QRadioButton::toggled, this,
+void MainWindow::connectCellPage()
+{
+    const CellPage& page = *m_pCellPage;
+    connect(page.m_pButtonLoadCell, &QPushButton::clicked, this, &MainWindow::loadUnitCell);
+    connect(page.m_pButtonExportCell, &QPushButton::clicked, this, &MainWindow::exportUnitCell);
+    connect(page.m_pButtonSuggest, &QPushButton::clicked, this, &MainWindow::suggestCellRange);
+    connect(page.m_pButtonSearchCell, &QPushButton::clicked, this, &MainWindow::runUnitCellHunting);
+    connect(page.m_pButtonKnownCell, &QPushButton::clicked, this, &MainWindow::searchKnownCell);
+    connect(page.m_pCheckAutoRange, &QCheckBox::toggled, this, &MainWindow::showCellRange);
+    connect(page.m_pRadioCellManual, &QRadioButton::toggled, this,
             &MainWindow::switchtoManualUnitCellHunting);
-    connect(m_pCellPage->m_pButtonAssignRA, &QPushButton::clicked, this,
-            &MainWindow::unitCellHuntingManualAssignRA);
-    connect(m_pCellPage->m_pButtonAssignRB, &QPushButton::clicked, this,
-            &MainWindow::unitCellHuntingManualAssignRB);
-    connect(m_pCellPage->m_pButtonAssignRC, &QPushButton::clicked, this,
-            &MainWindow::unitCellHuntingManualAssignRC);
+    connect(page.m_pButtonAssignRA, &QPushButton::clicked, this, &MainWindow::unitCellHuntingManualAssignRA);
+    connect(page.m_pButtonAssignRB, &QPushButton::clicked, this, &MainWindow::unitCellHuntingManualAssignRB);
+    connect(page.m_pButtonAssignRC, &QPushButton::clicked, this, &MainWindow::unitCellHuntingManualAssignRC);
     const auto onLength = [this](QDoubleSpinBox* pSpin, void (MainWindow::*pSlot)()) {
         connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, pSlot);
     };
-    onLength(m_pCellPage->m_pSpinManualLengthA, &MainWindow::unitCellHuntingManualUpdateRA);
-    onLength(m_pCellPage->m_pSpinManualLengthB, &MainWindow::unitCellHuntingManualUpdateRB);
-    onLength(m_pCellPage->m_pSpinManualLengthC, &MainWindow::unitCellHuntingManualUpdateRC);
-    for (const auto& apEditRow : m_pCellPage->m_apEditMatrix) {
+    onLength(page.m_pSpinManualLengthA, &MainWindow::unitCellHuntingManualUpdateRA);
+    onLength(page.m_pSpinManualLengthB, &MainWindow::unitCellHuntingManualUpdateRB);
+    onLength(page.m_pSpinManualLengthC, &MainWindow::unitCellHuntingManualUpdateRC);
+    for (const auto& apEditRow : page.m_apEditMatrix) {
         for (QLineEdit* pEdit : apEditRow) {
             connect(pEdit, &QLineEdit::editingFinished, this, &MainWindow::unitCellTransformatinMatrixEdited);
         }
     }
-    connect(m_pCellPage->m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
-    connect(m_pCellPage->m_pButtonTransform, &QPushButton::clicked, this,
-            &MainWindow::transformUnitCellClicked);
-    connect(m_pCellPage->m_pButtonLattices, &QPushButton::clicked, this, &MainWindow::showLattices);
-    connect(m_pLatticesDialog->m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runLatticeAnalysis);
-    connect(m_pLatticesDialog->m_pButtonFillMatrix, &QPushButton::clicked, this,
-            &MainWindow::fillMatrixFromLattices);
-    connect(m_pLatticesDialog->m_pButtonLongerCell, &QPushButton::clicked, this, &MainWindow::takeLongerCell);
-    connect(m_pLatticesDialog->m_pButtonChoose, &QPushButton::clicked, this, &MainWindow::chooseLattice);
-    connect(m_pLatticesDialog->m_pCheckColors, &QCheckBox::toggled, this, &MainWindow::showLatticeColors);
-    connect(m_pCellPage->m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
-    connect3DPage();
+    connect(page.m_pButtonTest, &QPushButton::toggled, this, &MainWindow::testUnitCellToggled);
+    connect(page.m_pButtonTransform, &QPushButton::clicked, this, &MainWindow::transformUnitCellClicked);
+    connect(page.m_pButtonLattices, &QPushButton::clicked, this, &MainWindow::showLattices);
+    connect(page.m_pButtonIndexMergedPeaks, &QPushButton::clicked, this, &MainWindow::runIndexing);
+}
 
-    connect(m_pRefinementPage->m_pButtonRunRefinement, &QPushButton::clicked, this,
-            &MainWindow::runUnitCellRefinement);
-    connect(m_pRefinementPage->m_pButtonGeometry, &QPushButton::clicked, m_pGeometry,
-            &GeometryControl::showDialog);
-    connect(m_pRefinementPage->m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
+void MainWindow::connectLatticesDialog()
+{
+    const LatticesDialog& dialog = *m_pLatticesDialog;
+    connect(dialog.m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runLatticeAnalysis);
+    connect(dialog.m_pButtonFillMatrix, &QPushButton::clicked, this, &MainWindow::fillMatrixFromLattices);
+    connect(dialog.m_pButtonLongerCell, &QPushButton::clicked, this, &MainWindow::takeLongerCell);
+    connect(dialog.m_pButtonChoose, &QPushButton::clicked, this, &MainWindow::chooseLattice);
+    connect(dialog.m_pCheckColors, &QCheckBox::toggled, this, &MainWindow::showLatticeColors);
+}
+
+void MainWindow::connectRefinementPage()
+{
+    const RefinementPage& page = *m_pRefinementPage;
+    connect(page.m_pButtonRunRefinement, &QPushButton::clicked, this, &MainWindow::runUnitCellRefinement);
+    connect(page.m_pButtonGeometry, &QPushButton::clicked, m_pGeometry, &GeometryControl::showDialog);
+    connect(page.m_pButtonRunRefinementFromList, &QPushButton::clicked, this,
             &MainWindow::runUnitCellRefinementFromLoadingData);
-    for (QSpinBox* pSpin :
-         {m_pExtractionPage->m_pSpinWindowRadius, m_pExtractionPage->m_pSpinBackgroundSize}) {
+}
+
+void MainWindow::connectExtractionPage()
+{
+    const ExtractionPage& page = *m_pExtractionPage;
+    for (QSpinBox* pSpin : {page.m_pSpinWindowRadius, page.m_pSpinBackgroundSize}) {
         connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
                 &MainWindow::showEstimatedPeakPosition);
     }
-    connect(m_pExtractionPage->m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
+    connect(page.m_pRadioOrientationMatrix, &QRadioButton::toggled, this,
             &MainWindow::showEstimatedPeakPosition);
-    connect(m_pExtractionPage->m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged),
-            this, &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
-    connect(m_pExtractionPage->m_pCheckShowEstimated, &QCheckBox::toggled, this,
-            &MainWindow::showEstimatedPeakPosition);
-    connect(m_pExtractionPage->m_pButtonRun, &QPushButton::clicked, this,
-            &MainWindow::runIntensityExtraction);
-
-    m_pView3DPage->m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
-                                                   m_pActions->m_pGroupResetAll, m_pActions->m_pGroupExport});
-    m_pView3DPage->m_pTablePeakGroups->setContextMenuPolicy(Qt::ActionsContextMenu);
+    connect(page.m_pSpinResolutionLimit, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &MainWindow::updateExpectedPeakPositionFromOrientationMatrix);
+    connect(page.m_pCheckShowEstimated, &QCheckBox::toggled, this, &MainWindow::showEstimatedPeakPosition);
+    connect(page.m_pButtonRun, &QPushButton::clicked, this, &MainWindow::runIntensityExtraction);
 }
 
 void MainWindow::connectPanelSignals(bool bConnect)
 {
-    if (bConnect == m_bPanelConnected) {
+    if (bConnect == isPanelConnected()) {
         return;
     }
-    m_bPanelConnected = bConnect;
-    if (!bConnect) {
-        for (const QMetaObject::Connection& connection : qAsConst(m_listPanelConnection)) {
-            disconnect(connection);
-        }
-        m_listPanelConnection.clear();
+    if (bConnect) {
+        connectGeometrySignals();
+        connectViewSignals();
+        connect3DSignals();
         return;
     }
-    const auto keep = [this](const QMetaObject::Connection& connection) {
-        m_listPanelConnection.append(connection);
-    };
-    const auto onValue = [&](const QList<QDoubleSpinBox*>& listSpin, const std::function<void()>& fnChanged) {
-        for (QDoubleSpinBox* pSpin : listSpin) {
-            keep(connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, fnChanged));
-        }
-    };
-    const auto remap = [this] { recalculate3DPeakPositionsAndUpdateView(); };
+    for (const QMetaObject::Connection& connection : qAsConst(m_listPanelConnection)) {
+        disconnect(connection);
+    }
+    m_listPanelConnection.clear();
+}
 
-    keep(connect(m_pFrameScene, &OriginalImgScene::selRectPosChanged, this, &MainWindow::selRectChanged));
-    keep(connect(m_pFrameScene, &OriginalImgScene::mouseMoving, this, &MainWindow::mouseMoving));
-    onValue({m_pFramesPage->m_pWavelengthSpin, m_pFramesPage->m_pPixelSizeSpin,
-             m_pFramesPage->m_pRotationAxisSpin, m_pFramesPage->m_pTiltRelaxationSpin,
-             m_pMergingPage->m_pSpinStretchAmplitude, m_pMergingPage->m_pSpinStretchAzimuth},
-            remap);
-    onValue(m_pMergingPage->m_pLensDistortion->boxes(), remap);
-    keep(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
-    onValue({m_pFramesPage->m_pRotationAxisSpin}, [this] {
+void MainWindow::keepPanelConnection(const QMetaObject::Connection& connection)
+{
+    m_listPanelConnection.append(connection);
+}
+
+void MainWindow::onPanelNumber(const QList<QDoubleSpinBox*>& listSpin, const std::function<void()>& fnChanged)
+{
+    for (QDoubleSpinBox* pSpin : listSpin) {
+        keepPanelConnection(
+            connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, fnChanged));
+    }
+}
+
+/// What moves the peaks in reciprocal space.
+void MainWindow::connectGeometrySignals()
+{
+    const auto remap = [this] { recalculate3DPeakPositionsAndUpdateView(); };
+    onPanelNumber({m_pFramesPage->m_pWavelengthSpin, m_pFramesPage->m_pPixelSizeSpin,
+                   m_pFramesPage->m_pRotationAxisSpin, m_pFramesPage->m_pTiltRelaxationSpin,
+                   m_pMergingPage->m_pSpinStretchAmplitude, m_pMergingPage->m_pSpinStretchAzimuth},
+                  remap);
+    onPanelNumber(m_pMergingPage->m_pLensDistortion->boxes(), remap);
+    keepPanelConnection(connect(m_pMergingPage->m_pGroupApplyStretching, &QGroupBox::toggled, this, remap));
+    onPanelNumber({m_pFramesPage->m_pRotationAxisSpin}, [this] {
         m_dataSet.m_bRotationAxisKnown = true;  // by whoever has typed it
         showRotationAxisLine();
     });
-    onValue({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin}, [this] {
+    onPanelNumber({m_pShiftPage->m_pCenterXSpin, m_pShiftPage->m_pCenterYSpin}, [this] {
         showRotationAxisLine();
         updateExpectedPeakPositionFromOrientationMatrix();
     });
-    keep(connect(m_pFramesPage->m_pShowAxisCheck, &QCheckBox::toggled, this,
-                 &MainWindow::showRotationAxisLine));
-    onValue({m_pFramesPage->m_pContrastMinSpin, m_pFramesPage->m_pContrastMaxSpin},
-            [this] { refreshImageView(); });
-    onValue({m_pPeakSearchPage->m_pPeakRadiusSpin, m_pPeakSearchPage->m_pBackgroundRadiusSpin,
-             m_pPeakSearchPage->m_pThresholdSpin},
-            [this] { peakHuntingParametersChanged(); });
-    onValue({m_pMergingPage->m_pSpinResolutionMin, m_pMergingPage->m_pSpinResolutionMax,
-             m_pMergingPage->m_pSpinIntensityMin, m_pMergingPage->m_pSpinIntensityMax},
-            [this] { showPeaksIn3D(); });
+}
 
-    const View3DPage& page3D = *m_pView3DPage;
-    const auto onWhole = [&](QSpinBox* pSpin, auto pSlot) {
-        keep(connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, pSlot));
+/// What changes the picture of the frame, the marks on it, or which peaks the raw view shows.
+void MainWindow::connectViewSignals()
+{
+    keepPanelConnection(
+        connect(m_pFrameScene, &OriginalImgScene::selRectPosChanged, this, &MainWindow::selRectChanged));
+    keepPanelConnection(
+        connect(m_pFrameScene, &OriginalImgScene::mouseMoving, this, &MainWindow::mouseMoving));
+    keepPanelConnection(connect(m_pFramesPage->m_pShowAxisCheck, &QCheckBox::toggled, this,
+                                &MainWindow::showRotationAxisLine));
+    onPanelNumber({m_pFramesPage->m_pContrastMinSpin, m_pFramesPage->m_pContrastMaxSpin},
+                  [this] { refreshImageView(); });
+    onPanelNumber({m_pPeakSearchPage->m_pPeakRadiusSpin, m_pPeakSearchPage->m_pBackgroundRadiusSpin,
+                   m_pPeakSearchPage->m_pThresholdSpin},
+                  [this] { peakHuntingParametersChanged(); });
+    onPanelNumber({m_pMergingPage->m_pSpinResolutionMin, m_pMergingPage->m_pSpinResolutionMax,
+                   m_pMergingPage->m_pSpinIntensityMin, m_pMergingPage->m_pSpinIntensityMax},
+                  [this] { showPeaksIn3D(); });
+}
+
+/// The page of the 3D view. What changed while the signals were cut is shown now.
+void MainWindow::connect3DSignals()
+{
+    const View3DPage& page = *m_pView3DPage;
+    const auto onWhole = [this](QSpinBox* pSpin, auto pSlot) {
+        keepPanelConnection(connect(pSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, pSlot));
     };
-    keep(connect(page3D.m_pSpinPointSize, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-                 &MainWindow::pointSize3DChanged));
-    onWhole(page3D.m_pSpinPointTransparency, &MainWindow::pointAlpha3DChanged);
-    keep(connect(page3D.m_pGroupCanvasGrid, &QGroupBox::toggled, this, &MainWindow::canvasGridToggled));
-    onWhole(page3D.m_pSpinCanvasGridTransparency, &MainWindow::canvasGridTransparencyChanged);
-    keep(connect(page3D.m_pCheckLatticePoints, &QCheckBox::toggled, this,
-                 &MainWindow::unitCellLatticePointsToggled));
-    keep(connect(page3D.m_pCheckLatticeLines, &QCheckBox::toggled, this,
-                 &MainWindow::unitCellLatticeLinesToggled));
-    for (QSpinBox* pSpin : {page3D.m_pSpinLatticeH, page3D.m_pSpinLatticeK, page3D.m_pSpinLatticeL}) {
+    keepPanelConnection(connect(page.m_pSpinPointSize, QOverload<double>::of(&QDoubleSpinBox::valueChanged),
+                                this, &MainWindow::pointSize3DChanged));
+    onWhole(page.m_pSpinPointTransparency, &MainWindow::pointAlpha3DChanged);
+    keepPanelConnection(
+        connect(page.m_pGroupCanvasGrid, &QGroupBox::toggled, this, &MainWindow::canvasGridToggled));
+    onWhole(page.m_pSpinCanvasGridTransparency, &MainWindow::canvasGridTransparencyChanged);
+    keepPanelConnection(connect(page.m_pCheckLatticePoints, &QCheckBox::toggled, this,
+                                &MainWindow::unitCellLatticePointsToggled));
+    keepPanelConnection(connect(page.m_pCheckLatticeLines, &QCheckBox::toggled, this,
+                                &MainWindow::unitCellLatticeLinesToggled));
+    for (QSpinBox* pSpin : {page.m_pSpinLatticeH, page.m_pSpinLatticeK, page.m_pSpinLatticeL}) {
         onWhole(pSpin, &MainWindow::unitCellLatticeRangeChanged);
     }
-    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellClicked, this,
-                 &MainWindow::pointGroupTableCellClicked));
-    keep(connect(page3D.m_pTablePeakGroups, &QTableWidget::cellChanged, this,
-                 &MainWindow::pointGroupTableLabelEdidted));
+    keepPanelConnection(connect(page.m_pTablePeakGroups, &QTableWidget::cellClicked, this,
+                                &MainWindow::pointGroupTableCellClicked));
+    keepPanelConnection(connect(page.m_pTablePeakGroups, &QTableWidget::cellChanged, this,
+                                &MainWindow::pointGroupTableLabelEdidted));
     for (ED3DWidget* pView : views3D()) {
-        keep(connect(pView, &ED3DWidget::pointDisplayDataChanged, this,
-                     &MainWindow::ed3dViewPointDisplayDataChanged));
+        keepPanelConnection(connect(pView, &ED3DWidget::pointDisplayDataChanged, this,
+                                    &MainWindow::ed3dViewPointDisplayDataChanged));
     }
     for (ED3DWidget* pView : views3D()) {
-        ed3dViewPointDisplayDataChanged(pView);  // what changed while nobody listened
+        ed3dViewPointDisplayDataChanged(pView);
     }
 }
 

@@ -29,7 +29,7 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     // The statistics of an indexing have left another one.
     m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
     {
-        CRunScope scope(*this, true);
+        CRunScope scope(*this, FrameAfterRun::Reload);
         if (pButton) {
             setButtonStatus(pButton, ButtonStatus::running);
         }
@@ -95,7 +95,7 @@ bool MainWindow::isFrameInUse()
     return true;
 }
 
-void MainWindow::catchUpAfterRun(bool bReload)
+void MainWindow::catchUpAfterRun(FrameAfterRun frame)
 {
     const RunWishes wishes = m_gate.takeWishes();
     if (wishes.bClose) {
@@ -119,7 +119,8 @@ void MainWindow::catchUpAfterRun(bool bReload)
     const int nFrames = m_dataSet.m_listFrameFile.size();
     if (wishes.nFrame >= 1 && wishes.nFrame <= nFrames) {
         switchToImgIndex(wishes.nFrame);
-    } else if (bReload && nFrames > 0 && m_pTabWidget->currentWidget() == m_pFrameView) {
+    } else if (frame == FrameAfterRun::Reload && nFrames > 0 &&
+               m_pTabWidget->currentWidget() == m_pFrameView) {
         switchToImgIndex(m_pFrameSlider->value());  // a run leaves the last frame that it visited
     }
     if (wishes.bRegion) {
@@ -136,11 +137,11 @@ MainWindow& MainWindow::CRunScope::looked(MainWindow& window)
     return window;
 }
 
-MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
-    : m_window(looked(window)), m_bReload(bReload), m_nOuterPump(window.m_gate.enter())
+MainWindow::CRunScope::CRunScope(MainWindow& window, FrameAfterRun frame)
+    : m_window(looked(window)), m_frame(frame), m_nOuterPump(window.m_gate.enter())
 {
     window.m_pHistory->busyChanged();
-    if (bReload) {
+    if (frame == FrameAfterRun::Reload) {
         window.leaveSeriesPicture();  // the run shows frames
     }
 }
@@ -148,7 +149,7 @@ MainWindow::CRunScope::CRunScope(MainWindow& window, bool bReload)
 MainWindow::CRunScope::~CRunScope()
 {
     if (m_window.m_gate.leave(m_nOuterPump)) {
-        m_window.guarded([this] { m_window.catchUpAfterRun(m_bReload); });
+        m_window.guarded([this] { m_window.catchUpAfterRun(m_frame); });
     }
     m_window.m_pHistory->busyChanged();
 }

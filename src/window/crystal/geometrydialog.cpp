@@ -202,7 +202,7 @@ QWidget* GeometryDialog::makeButtons()
 {
     auto* pBar = new QWidget(this);
     m_pButtonRun = makeRunButton(pBar, tr("Refine"), tr("Refine the geometry against the indexed peaks"),
-                                 true);
+                                 ButtonText::Bold);
     m_pButtonRun->setAutoDefault(false);
     m_pButtonApply = makeButton(tr("Apply"), pBar);
     m_pButtonUndo = makeButton(tr("Undo"), pBar);

@@ -128,7 +128,8 @@ QIcon swatch(const QColor& color)
 
 LatticesDialog::LatticesDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
 {
-    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Look at the lattice of the cell in force"), true);
+    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Look at the lattice of the cell in force"),
+                                 ButtonText::Bold);
     m_pButtonRun->setAutoDefault(false);
     explain(m_pButtonRun, tr("Looks at the cell in force anew: its symmetry, what the peaks say of it, and "
                              "further lattices in the peaks that it leaves over. \"Stop\" keeps what is "

@@ -39,7 +39,7 @@ void MainWindow::exportForOtherPrograms()
     stopImagePlay();
     syncParametersWithControls(true);
     const auto fnExport = [this](ExportKind kind, const QString& strFolder, const bool& bGoOn) {
-        CRunScope scope(*this, true);
+        CRunScope scope(*this, FrameAfterRun::Reload);
         WindowReport report(*this, &bGoOn);
         bool bDone = false;
         guarded([&] {

@@ -6,6 +6,7 @@
 #include "frameview/textdatawidget.h"
 #include "window/frames/contrastcontrol.h"
 #include "window/frameview/pixelreadout.h"
+#include "window/guards.h"
 #include "window/pages/framespage.h"
 #include "window/pages/pagecontrols.h"
 #include "window/pages/peaksearchpage.h"
@@ -37,7 +38,7 @@ void MainWindow::fillFileTable()
     QTableWidget* pTable = m_pFramesPage->m_pFileTable;
     // The rows come without a current one: the frame is shown when its number is set.
     const QSignalBlocker blocker(pTable);
-    pTable->setUpdatesEnabled(false);
+    const CDeferredPaint deferred(pTable);
     pTable->clearContents();
     pTable->setRowCount(0);
     const DataSet& dataSet = m_dataSet;
@@ -52,21 +53,42 @@ void MainWindow::fillFileTable()
         setRightItem(pTable, i, 2, degreesText(dataSet.m_listBeamTilt.value(i), 2));
         setRightItem(pTable, i, 3, degreesText(dataSet.m_listOverallTilt.value(i), 3));
     }
-    pTable->setUpdatesEnabled(true);
 }
 
 void MainWindow::switchToImgIndex(int nIndex)
 {
     // Before the controls are touched: they clamp a number beyond their range, and would show a frame
     // that nobody asked for.
-    const int nFrames = m_dataSet.m_listFrameFile.size();
     WindowReport report(*this);
-    if (nIndex < 1 || nIndex > nFrames) {
+    if (nIndex < 1 || nIndex > m_dataSet.m_listFrameFile.size()) {
         report.addMessage(QStringLiteral("Invalid file index: %1").arg(nIndex), Severity::Error);
         return;
     }
-    // Each control that is set enters here again by its signal; only the call that finds all of them on
-    // the number goes on, so a frame is loaded once.
+    if (!setFrameControls(nIndex)) {
+        return;
+    }
+    if (isPumping()) {  // the run uses the images in memory
+        m_gate.wishes().nFrame = nIndex;
+        // "Solve" has a data set and images of its own. What lies on the frame comes after the run.
+        if (m_bSolving) {
+            loadFrameInView(nIndex, report);
+            clearFrameMarks();
+            refreshImageView();
+        }
+        return;
+    }
+    const bool bLoaded = loadFrameInView(nIndex, report);
+    emit frameLoaded(nIndex, bLoaded);
+    if (bLoaded) {  // else the loader said why, and the view keeps what it showed
+        showLoadedFrame();
+    }
+    m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
+}
+
+/// Each control that is set calls switchToImgIndex() again by its signal; only the call that finds all of
+/// them on the number goes on, so a frame is loaded once.
+bool MainWindow::setFrameControls(int nIndex)
+{
     bool bSame = true;
     if (m_pFrameSpin->value() != nIndex) {
         bSame = false;
@@ -79,32 +101,20 @@ void MainWindow::switchToImgIndex(int nIndex)
     QTableWidget* pTable = m_pFramesPage->m_pFileTable;
     if (pTable->currentRow() != nIndex - 1) {
         pTable->setCurrentCell(nIndex - 1, 0);
-        return;
+        return false;
     }
-    if (!bSame) {
-        return;
-    }
-    if (isPumping()) {  // the images in memory are the run's
-        m_gate.wishes().nFrame = nIndex;
-        // The road has a data set and images of its own. What lies on the frame comes after the run.
-        if (m_bSolving) {
-            releaseFrameImages(m_dataSet.m_vecFrameImage);
-            loadFrame(m_dataSet.m_vecFrameImage, frameSource(m_dataSet, nIndex - 1), report);
-            clearFrameMarks();
-            refreshImageView();
-        }
-        return;
-    }
+    return bSame;
+}
 
+bool MainWindow::loadFrameInView(int nIndex, CRunReport& report)
+{
     releaseFrameImages(m_dataSet.m_vecFrameImage);
-    const bool bLoaded = loadFrame(m_dataSet.m_vecFrameImage, frameSource(m_dataSet, nIndex - 1), report) !=
-                             0 &&
-                         !m_dataSet.m_vecFrameImage.empty();
-    emit frameLoaded(nIndex, bLoaded);
-    if (!bLoaded) {  // the loader said why; the view keeps what it showed
-        m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
-        return;
-    }
+    return loadFrame(m_dataSet.m_vecFrameImage, frameSource(m_dataSet, nIndex - 1), report) != 0 &&
+           !m_dataSet.m_vecFrameImage.empty();
+}
+
+void MainWindow::showLoadedFrame()
+{
     leaveSeriesPicture();
     if (m_bAutoContrastOnLoad) {
         setAutoContrast();
@@ -123,7 +133,6 @@ void MainWindow::switchToImgIndex(int nIndex)
     if (m_pFrameScene->selectionIndex() == 0 && m_pShiftPage->m_pRunButton->isEnabled()) {
         selSizeChanged2();  // this frame has no room for the region of the former one
     }
-    m_pPixelReadout->renew(m_dataSet.m_vecFrameImage);
 }
 
 void MainWindow::currentFileChangedInFileList(int nCurrentRow)

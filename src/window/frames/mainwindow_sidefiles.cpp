@@ -1,4 +1,5 @@
 // MainWindow: shift and peak list files by hand.
+#include "window/guards.h"
 #include "window/mainwindow.h"
 
 #include "dataset/peaklistfile.h"
@@ -109,13 +110,12 @@ void MainWindow::fillShiftTable()
 {
     QTableWidget* pTable = m_pShiftPage->m_pShiftTable;
     const QSignalBlocker blocker(pTable);
-    pTable->setUpdatesEnabled(false);
+    const CDeferredPaint deferred(pTable);
     pTable->clearContents();
     pTable->setRowCount(0);
     for (const QPointF& ptShift : m_dataSet.m_listShift) {
         appendShiftRow(ptShift);
     }
-    pTable->setUpdatesEnabled(true);
 }
 
 void MainWindow::appendShiftRow(const QPointF& ptShift)

@@ -42,6 +42,16 @@ void MainWindow::createIntegration()
     host.fnFrameInView = [this] {
         return m_dataSet.m_vecFrameImage.empty() || isPumping() ? -1 : m_pFrameSpin->value() - 1;
     };
+    giveIntegrationRuns(host);
+    host.fnBreathe = [this] { pumpEvents(); };
+    m_pIntegration = new IntegrationController(host, this);
+    connect(this, &MainWindow::frameLoaded, m_pIntegration,
+            [this](int nFrame, bool bLoaded) { m_pIntegration->showDiscs(bLoaded ? nFrame - 1 : -1); });
+}
+
+/// What reads frames: it computes in a thread, on a copy of the data set.
+void MainWindow::giveIntegrationRuns(IntegrationHost& host)
+{
     host.fnProfile = [this](const IntegrationResult& result, const Observation& observation,
                             CRunReport& report, ObservationProfile& profile) {
         bool bDone = false;
@@ -75,10 +85,6 @@ void MainWindow::createIntegration()
         });
         return bWritten;
     };
-    host.fnBreathe = [this] { pumpEvents(); };
-    m_pIntegration = new IntegrationController(host, this);
-    connect(this, &MainWindow::frameLoaded, m_pIntegration,
-            [this](int nFrame, bool bLoaded) { m_pIntegration->showDiscs(bLoaded ? nFrame - 1 : -1); });
 }
 
 }  // namespace tessera

@@ -48,7 +48,7 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
 
     m_pCheckShowEstimated = new QCheckBox(tr("Show Estimated Peak Position"), this);
 
-    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Run intensity extraction"), true);
+    m_pButtonRun = makeRunButton(this, tr("Run"), tr("Run intensity extraction"), ButtonText::Bold);
     m_pButtonRun->setToolTip(tr("Refines the positions of the indexed peaks on the frames"));
 
     explain(m_pRadioOrientationMatrix,

@@ -42,46 +42,74 @@ QTableWidget* makeFileTable(QWidget* pParent)
 FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
 {
     auto* pPageLayout = new QVBoxLayout(this);
+    pPageLayout->addWidget(makeFiles(), 1);
+    pPageLayout->addLayout(makeGeometry());
+    pPageLayout->addWidget(makePlay());
+}
 
+QGroupBox* FramesPage::makeFiles()
+{
     auto* pFiles = new QGroupBox(tr("Files"), this);
-    auto* pFilesLayout = new QVBoxLayout(pFiles);
+    auto* pLayout = new QVBoxLayout(pFiles);
     m_pFileTable = makeFileTable(pFiles);
-    pFilesLayout->addWidget(m_pFileTable);
-    pPageLayout->addWidget(pFiles, 1);
+    pLayout->addWidget(m_pFileTable);
+    explain(m_pFileTable,
+            tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
+               " and over all. The overall tilt is the one that places peaks in reciprocal "
+               "space. A click shows the frame."));
+    return pFiles;
+}
 
+// The contrast stands between the axis and the tilt relaxation.
+QLayout* FramesPage::makeGeometry()
+{
     m_pWavelengthSpin = makeSpin(this, &DataSet::m_dfWavelength);
     m_pPixelSizeSpin = makeSpin(this, &DataSet::m_dfPixelSize);
     m_pRotationAxisSpin = makeSpin(this, &DataSet::m_dfRotationAxis);
     m_pShowAxisCheck = new QCheckBox(tr("Show On EDP"), this);
     m_pTiltRelaxationSpin = makeSpin(this, &DataSet::m_dfTiltRelaxation);
+    QGroupBox* pContrast = makeContrast();
+    explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
 
+    auto* pGrid = new QGridLayout;
+    pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
+    pGrid->addWidget(m_pWavelengthSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Pixel Size"), this), 1, 0);
+    pGrid->addWidget(m_pPixelSizeSpin, 1, 1);
+    pGrid->addWidget(new QLabel(tr("Rotation Axis At"), this), 2, 0);
+    pGrid->addWidget(m_pRotationAxisSpin, 2, 1);
+    pGrid->addWidget(m_pShowAxisCheck, 2, 2);
+    pGrid->addWidget(pContrast, 3, 0, 2, 3);
+    pGrid->addWidget(new QLabel(tr("Tilt Relaxation"), this), 5, 0);
+    pGrid->addWidget(m_pTiltRelaxationSpin, 5, 1);
+    pGrid->setColumnStretch(1, 100);
+    return pGrid;
+}
+
+QGroupBox* FramesPage::makeContrast()
+{
     auto* pContrast = new QGroupBox(tr("Intensity Range for Contrast Scaling"), this);
     m_pContrastMinSpin = makeDoubleSpin(pContrast, nContrastLow, nContrastHigh, 2, 10, 0);
     m_pContrastMaxSpin = makeDoubleSpin(pContrast, nContrastLow, nContrastHigh, 2, 10, 0);
-    auto* pContrastLayout = new QGridLayout(pContrast);
-    pContrastLayout->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
-    pContrastLayout->addWidget(m_pContrastMinSpin, 0, 1);
-    pContrastLayout->addWidget(new QLabel(tr("Max."), pContrast), 1, 0);
-    pContrastLayout->addWidget(m_pContrastMaxSpin, 1, 1);
-    pContrastLayout->setColumnStretch(1, 100);
+    auto* pGrid = new QGridLayout(pContrast);
+    pGrid->addWidget(new QLabel(tr("Min."), pContrast), 0, 0);
+    pGrid->addWidget(m_pContrastMinSpin, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Max."), pContrast), 1, 0);
+    pGrid->addWidget(m_pContrastMaxSpin, 1, 1);
+    pGrid->setColumnStretch(1, 100);
     m_pContrastHistogram = new ContrastHistogram(pContrast);
     m_pContrastHistogram->setAccessibleName(tr("Histogram of the pixel values"));
     m_pContrastAutoButton = new QPushButton(tr("Automatic"), pContrast);
     m_pContrastFullButton = new QPushButton(tr("Full Range"), pContrast);
     m_pContrastLogCheck = new QCheckBox(tr("Logarithmic"), pContrast);
-    auto* pContrastButtons = new QHBoxLayout;
-    pContrastButtons->addWidget(m_pContrastAutoButton);
-    pContrastButtons->addWidget(m_pContrastFullButton);
-    pContrastButtons->addStretch(1);
-    pContrastButtons->addWidget(m_pContrastLogCheck);
-    pContrastLayout->addWidget(m_pContrastHistogram, 2, 0, 1, 2);
-    pContrastLayout->addLayout(pContrastButtons, 3, 0, 1, 2);
+    auto* pButtons = new QHBoxLayout;
+    pButtons->addWidget(m_pContrastAutoButton);
+    pButtons->addWidget(m_pContrastFullButton);
+    pButtons->addStretch(1);
+    pButtons->addWidget(m_pContrastLogCheck);
+    pGrid->addWidget(m_pContrastHistogram, 2, 0, 1, 2);
+    pGrid->addLayout(pButtons, 3, 0, 1, 2);
 
-    explain(m_pFileTable,
-            tr("The frames of the series with their tilts in degrees: of the stage, of the beam,"
-               " and over all. The overall tilt is the one that places peaks in reciprocal "
-               "space. A click shows the frame."));
-    explain(m_pShowAxisCheck, tr("Draws the rotation axis through the direct beam of the frame in view."));
     explain(m_pContrastMinSpin,
             tr("Pixel value that is shown black, in counts. For the eye, for saved series and "
                "for the scaled volume; nothing is measured by it."));
@@ -100,23 +128,14 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     explain(m_pContrastLogCheck,
             tr("Shows the logarithm of the value above \"Min.\", so that weak spots and the beam are seen at "
                "once. Saved series stay linear. Grey turned round is in the menu \"View\"."));
-    auto* pGrid = new QGridLayout;
-    pGrid->addWidget(new QLabel(tr("Wavelength"), this), 0, 0);
-    pGrid->addWidget(m_pWavelengthSpin, 0, 1);
-    pGrid->addWidget(new QLabel(tr("Pixel Size"), this), 1, 0);
-    pGrid->addWidget(m_pPixelSizeSpin, 1, 1);
-    pGrid->addWidget(new QLabel(tr("Rotation Axis At"), this), 2, 0);
-    pGrid->addWidget(m_pRotationAxisSpin, 2, 1);
-    pGrid->addWidget(m_pShowAxisCheck, 2, 2);
-    pGrid->addWidget(pContrast, 3, 0, 2, 3);
-    pGrid->addWidget(new QLabel(tr("Tilt Relaxation"), this), 5, 0);
-    pGrid->addWidget(m_pTiltRelaxationSpin, 5, 1);
-    pGrid->setColumnStretch(1, 100);
-    pPageLayout->addLayout(pGrid);
+    return pContrast;
+}
 
+QGroupBox* FramesPage::makePlay()
+{
     auto* pPlay = new QGroupBox(tr("Auto Play"), this);
-    auto* pPlayRows = new QVBoxLayout(pPlay);  // in one row the page would be too wide
-    auto* pPlayLayout = new QHBoxLayout;
+    auto* pRows = new QVBoxLayout(pPlay);  // in one row the page would be too wide
+    auto* pLayout = new QHBoxLayout;
     m_pPlayDelaySpin = makeIntSpin(pPlay, 0, 1000000, 10, 0, QStringLiteral(" ms"));
     m_pPlayDelaySpin->setMaximumWidth(70);
     m_pPlayDelaySpin->setAlignment(Qt::AlignRight);
@@ -131,14 +150,14 @@ FramesPage::FramesPage(QWidget* pParent) : QWidget(pParent)
     explain(m_pPlayForwardButton, tr("Plays the series forwards."));
     explain(m_pPlayBackwardButton, tr("Plays the series backwards."));
     explain(m_pPlayStopButton, tr("Stops the play."));
-    pPlayLayout->addWidget(new QLabel(tr("Delay"), pPlay));
-    pPlayLayout->addWidget(m_pPlayDelaySpin);
+    pLayout->addWidget(new QLabel(tr("Delay"), pPlay));
+    pLayout->addWidget(m_pPlayDelaySpin);
     for (QPushButton* pButton : {m_pPlayForwardButton, m_pPlayBackwardButton, m_pPlayStopButton}) {
-        pPlayLayout->addWidget(pButton);
+        pLayout->addWidget(pButton);
     }
-    pPlayRows->addLayout(pPlayLayout);
-    pPlayRows->addWidget(m_pPlayLoopCheck);
-    pPageLayout->addWidget(pPlay);
+    pRows->addLayout(pLayout);
+    pRows->addWidget(m_pPlayLoopCheck);
+    return pPlay;
 }
 
 void FramesPage::setAxisDecimals(int nDecimals)

@@ -5,6 +5,8 @@
 
 class QCheckBox;
 class QDoubleSpinBox;
+class QGroupBox;
+class QLayout;
 class QPushButton;
 class QSpinBox;
 class QTableWidget;
@@ -20,11 +22,12 @@ class FramesPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the data set; the table is empty.
     explicit FramesPage(QWidget* pParent = nullptr);
 
     static constexpr int nContrastLow = -1000000, nContrastHigh = 1000000;  ///< of the contrast boxes
 
-    /// Shows the axis with so many decimals, without a word to those who listen.
+    /// Number of decimals that the box of the axis shows. No valueChanged() is sent.
     void setAxisDecimals(int nDecimals);
 
     QTableWidget* m_pFileTable;           ///< Name, Stage, Beam, Overall; a row per frame
@@ -44,6 +47,12 @@ public:
     QPushButton* m_pPlayBackwardButton;
     QPushButton* m_pPlayStopButton;
     QCheckBox* m_pPlayLoopCheck;  ///< from the last frame on to the first
+
+private:
+    QGroupBox* makeFiles();
+    QLayout* makeGeometry();
+    QGroupBox* makeContrast();
+    QGroupBox* makePlay();
 };
 
 }  // namespace tessera

@@ -52,7 +52,8 @@ IntegrationPage::IntegrationPage(QWidget* pParent) : QWidget(pParent)
         pPageLayout->addWidget(pGroup);
     }
     m_pButtonIntegrate = makeRunButton(this, tr("Integrate"),
-                                       tr("Integrate, scale and merge the reflections of the series"), true);
+                                       tr("Integrate, scale and merge the reflections of the series"),
+                                       ButtonText::Bold);
     m_pButtonExport = new QPushButton(tr("Export"), this);
     m_pButtonExport->setMinimumHeight(m_pButtonIntegrate->minimumHeight());
     m_pButtonExport->setStatusTip(tr("Write the intensities for structure programs"));

@@ -48,21 +48,7 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
 {
     using Mapping = MappingParameters;
     auto* pPageLayout = new QVBoxLayout(this);
-
-    m_pGroupApplyStretching = new QGroupBox(tr("Apply Stretching"), this);
-    m_pGroupApplyStretching->setCheckable(true);
-    m_pGroupApplyStretching->setChecked(Mapping().m_bApplyStretching);
-    m_pSpinStretchAmplitude = makeSpin(this, &DataSet::m_dfStretchAmplitude);
-    m_pSpinStretchAzimuth = makeSpin(this, &DataSet::m_dfStretchAzimuth);
-    for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth}) {
-        pSpin->setKeyboardTracking(false);  // a half-typed distortion would move every point
-    }
-    auto* pStretchLayout = new QGridLayout(m_pGroupApplyStretching);
-    pStretchLayout->addWidget(new QLabel(tr("Amplitude"), m_pGroupApplyStretching), 0, 0);
-    pStretchLayout->addWidget(m_pSpinStretchAmplitude, 0, 1);
-    pStretchLayout->addWidget(new QLabel(tr("Azimuth"), m_pGroupApplyStretching), 1, 0);
-    pStretchLayout->addWidget(m_pSpinStretchAzimuth, 1, 1);
-    pStretchLayout->setColumnStretch(1, 1);
+    makeStretching();
     pPageLayout->addWidget(m_pGroupApplyStretching);
     m_pLensDistortion = new LensDistortionBox(this);
     pPageLayout->addWidget(m_pLensDistortion);
@@ -79,38 +65,87 @@ MergingPage::MergingPage(QWidget* pParent) : QWidget(pParent)
         pSpin->setGroupSeparatorShown(true);
     }
     pPageLayout->addWidget(makeRange(tr("Intensity Range"), m_pSpinIntensityMin, m_pSpinIntensityMax, this));
+    pPageLayout->addWidget(makeMerging(), 1);
+}
 
+void MergingPage::makeStretching()
+{
+    m_pGroupApplyStretching = new QGroupBox(tr("Apply Stretching"), this);
+    m_pGroupApplyStretching->setCheckable(true);
+    m_pGroupApplyStretching->setChecked(MappingParameters().m_bApplyStretching);
+    m_pSpinStretchAmplitude = makeSpin(this, &DataSet::m_dfStretchAmplitude);
+    m_pSpinStretchAzimuth = makeSpin(this, &DataSet::m_dfStretchAzimuth);
+    for (QDoubleSpinBox* pSpin : {m_pSpinStretchAmplitude, m_pSpinStretchAzimuth}) {
+        pSpin->setKeyboardTracking(false);  // a half-typed distortion would move every point
+    }
+    auto* pGrid = new QGridLayout(m_pGroupApplyStretching);
+    pGrid->addWidget(new QLabel(tr("Amplitude"), m_pGroupApplyStretching), 0, 0);
+    pGrid->addWidget(m_pSpinStretchAmplitude, 0, 1);
+    pGrid->addWidget(new QLabel(tr("Azimuth"), m_pGroupApplyStretching), 1, 0);
+    pGrid->addWidget(m_pSpinStretchAzimuth, 1, 1);
+    pGrid->setColumnStretch(1, 1);
     explain(m_pGroupApplyStretching,
             tr("Undoes an elliptical distortion of the pattern by the lenses, before peaks are "
                "mapped."));
-    pPageLayout->addWidget(makeMerging(), 1);
 }
 
 QGroupBox* MergingPage::makeMerging()
 {
-    using Merging = PeakMergingParameters;
     auto* pMerging = new QGroupBox(tr("Peak Merging"), this);
+    QGroupBox* pTarget = makeTarget(pMerging);
+    QWidget* pParameters = makeParameters(pMerging);
 
-    auto* pTarget = new QGroupBox(tr("Target Peaks"), pMerging);
+    m_pButtonSuggest = new QPushButton(tr("Suggest..."), pMerging);
+    explain(m_pButtonSuggest,
+            tr("Offers distances by how close the peaks lie, and limits that leave no peak out: up to the "
+               "corner of the frames and the strongest peak. Each with its reason; nothing is set before you "
+               "say so."));
+    m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
+    explain(m_pButtonMerge,
+            tr("Makes one reflection of each chain of peaks over neighbouring frames, and shows "
+               "them in \"3D View Merged\"."));
+    auto* pLayout = new QVBoxLayout(pMerging);
+    pLayout->addWidget(pTarget, 1);
+    pLayout->addWidget(pParameters);
+    auto* pButtons = new QHBoxLayout;
+    pButtons->addWidget(m_pButtonSuggest);
+    pButtons->addWidget(m_pButtonMerge, 1);
+    pLayout->addLayout(pButtons);
+    return pMerging;
+}
+
+QGroupBox* MergingPage::makeTarget(QWidget* pParent)
+{
+    auto* pTarget = new QGroupBox(tr("Target Peaks"), pParent);
     m_pTableTargetPeaks = makeGroupTable(pTarget);
     m_pButtonLoadPeaks = new QPushButton(tr("Load..."), pTarget);
     m_pButtonExportPeaks = new QPushButton(tr("Export..."), pTarget);
-    auto* pTargetLayout = new QGridLayout(pTarget);
-    pTargetLayout->addWidget(m_pTableTargetPeaks, 0, 0, 1, 2);
-    pTargetLayout->addWidget(m_pButtonLoadPeaks, 1, 0);
-    pTargetLayout->addWidget(m_pButtonExportPeaks, 1, 1);
+    auto* pGrid = new QGridLayout(pTarget);
+    pGrid->addWidget(m_pTableTargetPeaks, 0, 0, 1, 2);
+    pGrid->addWidget(m_pButtonLoadPeaks, 1, 0);
+    pGrid->addWidget(m_pButtonExportPeaks, 1, 1);
+    explain(m_pTableTargetPeaks, tr("The group of the view \"3D View Raw\" that is merged."));
+    explain(m_pButtonLoadPeaks,
+            tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
+    explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
+    return pTarget;
+}
 
-    m_pMergingParameters = new QWidget(pMerging);
+// The rows between the target peaks and the buttons.
+QWidget* MergingPage::makeParameters(QWidget* pParent)
+{
+    using Merging = PeakMergingParameters;
+    auto* pParameters = new QWidget(pParent);
     m_pSpinMin3DDistance = makeSpin(this, &Merging::m_dfMin3DDistance);
     m_pSpinMax2DDistance = makeSpin(this, &Merging::m_dfMax2DDistance);
     m_pSpinMin2DLength = makeSpin(this, &Merging::m_dfMin2DLength);
     m_pSpinMax3DLength = makeSpin(this, &Merging::m_dfMax3DLength);
-    m_pRadioInFrames2DIntegration = new QRadioButton(tr("2D Integration"), m_pMergingParameters);
-    m_pRadioInFramesPoint = new QRadioButton(tr("Point"), m_pMergingParameters);
-    m_pRadioThroughFramesMaximum = new QRadioButton(tr("Maximum"), m_pMergingParameters);
-    m_pRadioThroughFrames3DIntegration = new QRadioButton(tr("3D Integration"), m_pMergingParameters);
+    m_pRadioInFrames2DIntegration = new QRadioButton(tr("2D Integration"), pParameters);
+    m_pRadioInFramesPoint = new QRadioButton(tr("Point"), pParameters);
+    m_pRadioThroughFramesMaximum = new QRadioButton(tr("Maximum"), pParameters);
+    m_pRadioThroughFrames3DIntegration = new QRadioButton(tr("3D Integration"), pParameters);
 
-    auto* pGrid = new QGridLayout(m_pMergingParameters);
+    auto* pGrid = new QGridLayout(pParameters);
     pGrid->setContentsMargins(0, 0, 0, 0);
     const struct {
         QString strLabel;
@@ -121,7 +156,7 @@ QGroupBox* MergingPage::makeMerging()
                 {tr("Max. 3D Length"), m_pSpinMax3DLength}};
     int nRow = 0;
     for (const auto& row : aRow) {
-        auto* pLabel = new QLabel(row.strLabel, m_pMergingParameters);
+        auto* pLabel = new QLabel(row.strLabel, pParameters);
         pGrid->addWidget(pLabel, nRow, 0);
         pGrid->addWidget(row.pSpin, ++nRow, 1);
         row.pSpin->setAccessibleName(row.strLabel);
@@ -131,17 +166,18 @@ QGroupBox* MergingPage::makeMerging()
         }
     }
     pGrid->addWidget(makeChoice(tr("Intensity In Frames"), m_pRadioInFrames2DIntegration,
-                                m_pRadioInFramesPoint, m_pMergingParameters),
+                                m_pRadioInFramesPoint, pParameters),
                      nRow++, 0, 1, 2);
     pGrid->addWidget(makeChoice(tr("Intensity Through Frames"), m_pRadioThroughFramesMaximum,
-                                m_pRadioThroughFrames3DIntegration, m_pMergingParameters),
+                                m_pRadioThroughFrames3DIntegration, pParameters),
                      nRow, 0, 1, 2);
     pGrid->setColumnStretch(1, 1);
+    explainChoices();
+    return pParameters;
+}
 
-    explain(m_pTableTargetPeaks, tr("The group of the view \"3D View Raw\" that is merged."));
-    explain(m_pButtonLoadPeaks,
-            tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
-    explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
+void MergingPage::explainChoices()
+{
     explain(m_pRadioInFrames2DIntegration,
             tr("A peak weighs what its disc holds above the background of the ring."));
     explain(m_pRadioInFramesPoint,
@@ -152,24 +188,6 @@ QGroupBox* MergingPage::makeMerging()
     explain(m_pRadioThroughFrames3DIntegration,
             tr("A reflection gets the integral along its chain: for fine tilt steps, where it is"
                " seen on several frames."));
-    m_pButtonSuggest = new QPushButton(tr("Suggest..."), pMerging);
-    explain(m_pButtonSuggest,
-            tr("Offers distances by how close the peaks lie, and limits that leave no peak out: up to the "
-               "corner of the frames and the strongest peak. Each with its reason; nothing is set before you "
-               "say so."));
-    m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
-
-    explain(m_pButtonMerge,
-            tr("Makes one reflection of each chain of peaks over neighbouring frames, and shows "
-               "them in \"3D View Merged\"."));
-    auto* pLayout = new QVBoxLayout(pMerging);
-    pLayout->addWidget(pTarget, 1);
-    pLayout->addWidget(m_pMergingParameters);
-    auto* pButtons = new QHBoxLayout;
-    pButtons->addWidget(m_pButtonSuggest);
-    pButtons->addWidget(m_pButtonMerge, 1);
-    pLayout->addLayout(pButtons);
-    return pMerging;
 }
 
 }  // namespace tessera

@@ -21,6 +21,7 @@ class MergingPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the parameters; the table is empty.
     explicit MergingPage(QWidget* pParent = nullptr);
 
     QGroupBox* m_pGroupApplyStretching;       ///< checkable, unchecked at start
@@ -47,9 +48,11 @@ public:
     QPushButton* m_pButtonMerge;
 
 private:
+    void makeStretching();
     QGroupBox* makeMerging();
-
-    QWidget* m_pMergingParameters;  ///< the rows between the target peaks and the button
+    QGroupBox* makeTarget(QWidget* pParent);
+    QWidget* makeParameters(QWidget* pParent);
+    void explainChoices();
 };
 
 }  // namespace tessera

@@ -87,12 +87,13 @@ const Parameter* parameterOfBox(const QWidget* pBox)
     return row.isValid() ? &parameterTable()[std::size_t(row.toInt())] : nullptr;
 }
 
-QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold)
+QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip,
+                           ButtonText text)
 {
     auto* pButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), strText, pParent);
     pButton->setStatusTip(strStatusTip);
     pButton->setMinimumHeight(g_nRunButtonHeight);
-    if (bBold) {
+    if (text == ButtonText::Bold) {
         QFont font = pButton->font();
         font.setWeight(QFont::Bold);
         pButton->setFont(font);

@@ -19,14 +19,17 @@ namespace tessera {
 /// The box of a parameter: range, decimals, step, suffix, tip and start value as its row in the table of
 /// parameters has them, right-aligned. CParameterBindings ties it to the number in the window's record.
 QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, const Parameter& row);
+/// The same of a whole number.
 QSpinBox* makeIntSpin(QWidget* pParent, const Parameter& row);
 
+/// The box of the parameter that is kept in that member.
 template <typename TRecord>
 QDoubleSpinBox* makeSpin(QWidget* pParent, double TRecord::*pMember)
 {
     return makeDoubleSpin(pParent, parameterOf(pMember));
 }
 
+/// The same of a whole number.
 template <typename TRecord>
 QSpinBox* makeSpin(QWidget* pParent, int TRecord::*pMember)
 {
@@ -49,8 +52,15 @@ QDoubleSpinBox* makeDoubleSpin(QWidget* pParent, double dfLimitLow, double dfLim
 QSpinBox* makeIntSpin(QWidget* pParent, int nLimitLow, int nLimitHigh, int nStep, int nStart,
                       const QString& strSuffix = {});
 
-/// The button of a run: its icon, its status tip, 30 pixels high at least.
-QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip, bool bBold);
+/// How the text of a button is set.
+enum class ButtonText {
+    Plain,
+    Bold,
+};
+
+/// The button of a run: with the icon of all runs, a status tip, and 30 pixels high at least.
+QPushButton* makeRunButton(QWidget* pParent, const QString& strText, const QString& strStatusTip,
+                           ButtonText text);
 
 /// Makes a label the heading of a page: bold, and a quarter larger than the text.
 void makeHeading(QLabel* pLabel);

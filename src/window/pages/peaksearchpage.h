@@ -6,7 +6,10 @@
 class QAction;
 class QCheckBox;
 class QDoubleSpinBox;
+class QGridLayout;
+class QGroupBox;
 class QLabel;
+class QLayout;
 class QPushButton;
 class QTableWidget;
 
@@ -17,6 +20,7 @@ class PeakSearchPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the hunting parameters.
     explicit PeakSearchPage(QWidget* pParent = nullptr);
 
     QDoubleSpinBox* m_pPeakRadiusSpin;
@@ -36,6 +40,13 @@ public:
     QDoubleSpinBox* m_pIntegrationBackgroundSpin;  ///< its ring
     QPushButton* m_pSuggestButton;
     QPushButton* m_pRunButton;
+
+private:
+    void makeHunt(QWidget* pParent, QGridLayout* pGrid);
+    QGroupBox* makeMask(QWidget* pParent);
+    void makeFoundPeaks(QWidget* pParent, QGridLayout* pGrid);
+    QGroupBox* makeIntegration(QWidget* pParent);
+    QLayout* makeButtons(QWidget* pParent);
 };
 
 }  // namespace tessera

@@ -49,7 +49,7 @@ RefinementPage::RefinementPage(QWidget* pParent) : QWidget(pParent)
     m_pCheckOutputPeakList = new QCheckBox(tr("Output Peak List to the Message Window"), this);
 
     m_pButtonRunRefinement = makeRunButton(
-        this, tr("&Run"), tr("Run unit cell refinement using indexed peaks in the frames"), true);
+        this, tr("&Run"), tr("Run unit cell refinement using indexed peaks in the frames"), ButtonText::Bold);
 
     m_pButtonRunRefinementFromList = new QPushButton(tr("&Run from HKL list..."), this);
     m_pButtonRunRefinementFromList->setStatusTip(tr("Run unit cell refinement using an hkl list in file"));

@@ -46,7 +46,7 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
     pRegionLayout->addStretch();
     pPageLayout->addWidget(pRegion);
 
-    m_pRunButton = makeRunButton(this, tr("Run"), tr("Run shift evaluation"), false);
+    m_pRunButton = makeRunButton(this, tr("Run"), tr("Run shift evaluation"), ButtonText::Plain);
     m_pRunButton->setEnabled(false);
     pPageLayout->addWidget(m_pRunButton);
 

@@ -7,6 +7,7 @@
 #include "window/pages/view3dpage.h"
 #include "window/tabwidget.h"
 #include "window/view3d/view3dcontrol.h"
+#include "window/windowactions.h"
 #include "window/windowreport.h"
 
 #include <QCheckBox>
@@ -56,7 +57,7 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
     m_pTabWidget->addTab(pView, strTab);
 }
 
-/// What the page's buttons do; its other controls belong to connectPanelSignals().
+/// The buttons of the page and the menu of its table; its other controls belong to connectPanelSignals().
 void MainWindow::connect3DPage()
 {
     const View3DPage& page = *m_pView3DPage;
@@ -77,6 +78,9 @@ void MainWindow::connect3DPage()
     onClick(page.m_pButtonRotateClockwise, &MainWindow::rotate3DViewClockwise);
     onClick(page.m_pButtonRotateCounterClockwise, &MainWindow::rotate3DViewCounterClockwise);
     connect(page.m_pButtonLoadHKL, &QPushButton::clicked, this, [this] { loadShelxFile(); });
+    page.m_pTablePeakGroups->addActions({m_pActions->m_pGroupReset, m_pActions->m_pGroupMerge,
+                                         m_pActions->m_pGroupResetAll, m_pActions->m_pGroupExport});
+    page.m_pTablePeakGroups->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
 void MainWindow::create3DControl()
@@ -186,15 +190,15 @@ void MainWindow::unitCellLatticeRangeChanged()
     }
 }
 
-/// Turns the view to look along a*, b*, c* (nVector 0, 1, 2) of the cell in force, or along a, b, c.
-void MainWindow::rotateAlong(int nVector, bool bReciprocal)
+/// Turns the view to look along an edge of the cell in force; nVector 0 is a* or a, 1 b* or b, 2 c* or c.
+void MainWindow::rotateAlong(CellEdges edges, int nVector)
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(m_dataSet);
     if (!m_pView3DCurrent || !basis) {
         return;
     }
     std::array<Vec3D, 3> aVector = basis->vectors();
-    if (!bReciprocal) {
+    if (edges == CellEdges::Direct) {
         const std::optional<DirectBasis> direct = reciprocalToDirectBasis(*basis);
         if (!direct) {
             return;
@@ -206,32 +210,32 @@ void MainWindow::rotateAlong(int nVector, bool bReciprocal)
 
 void MainWindow::rotateAlongRA()
 {
-    rotateAlong(0, true);
+    rotateAlong(CellEdges::Reciprocal, 0);
 }
 
 void MainWindow::rotateAlongRB()
 {
-    rotateAlong(1, true);
+    rotateAlong(CellEdges::Reciprocal, 1);
 }
 
 void MainWindow::rotateAlongRC()
 {
-    rotateAlong(2, true);
+    rotateAlong(CellEdges::Reciprocal, 2);
 }
 
 void MainWindow::rotateAlongA()
 {
-    rotateAlong(0, false);
+    rotateAlong(CellEdges::Direct, 0);
 }
 
 void MainWindow::rotateAlongB()
 {
-    rotateAlong(1, false);
+    rotateAlong(CellEdges::Direct, 1);
 }
 
 void MainWindow::rotateAlongC()
 {
-    rotateAlong(2, false);
+    rotateAlong(CellEdges::Direct, 2);
 }
 
 /// Degrees of one rotation step; 0 with a red line for a text that is no number.
